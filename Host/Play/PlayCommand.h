@@ -1,0 +1,26 @@
+// `launchscreen play`: plays a scenario and prints what happened.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "Host/CommandLine.h"
+
+namespace vel::host {
+
+/// What the process answers when the play broke off.
+inline constexpr int kExitPlayBrokeOff = 3;
+
+struct PlayOptions {
+  /// The scenario's file; "-" is standard input.
+  std::string file;
+};
+
+/// Plays the scenario, writes the trace to `out` and answers the exit status. A scenario that
+/// cannot be read is a UsageError; nothing has been written then.
+int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
+
+/// Adds the command; see `CommandRun`.
+void addPlayCommand(CLI::App& program, CommandRun& chosen);
+
+}  // namespace vel::host

@@ -1,0 +1,50 @@
+#include "Host/Show/EventsFile.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include <utility>
+
+#include "Host/CommandLine.h"
+
+namespace vel::host {
+
+namespace {
+
+// As ISO 8601 has it, to the millisecond.
+std::string timeOfDay() {
+  const auto now = std::chrono::system_clock::now();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+  const auto milliseconds =
+      std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+  std::tm utc{};
+  gmtime_r(&seconds, &utc);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &utc);
+  char text[48];
+  std::snprintf(text, sizeof text, "%s.%03dZ", date, static_cast<int>(milliseconds));
+  return text;
+}
+
+}  // namespace
+
+EventsFile::EventsFile(std::string path)
+    : path_(std::move(path)), file_(path_, std::ios::out | std::ios::app) {
+  if (!file_) {
+    throw UsageError("--events: " + path_ + ": " + std::generic_category().message(errno));
+  }
+}
+
+bool EventsFile::append(std::string_view event, double time) {
+  const nlohmann::ordered_json line{
+      {"event", event}, {"time", timeOfDay()}, {"seconds", std::round(time * 1000) / 1000}};
+  // A name that is not UTF-8 is recorded as near as JSON allows.
+  file_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
+  return file_.good();
+}
+
+}  // namespace vel::host

@@ -1,0 +1,233 @@
+#include "Host/Show/ShowSession.h"
+
+#include <map>
+#include <utility>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/Message.h"
+
+namespace vel::host {
+
+namespace {
+
+constexpr NSWindowStyleMask kControls =
+    NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
+
+/// What the library takes for the game's main window goes by its class name.
+class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
+ public:
+  using Class::Class;
+};
+
+// The content framework's numbers for the ways of presenting, which are not the library's own.
+std::int32_t hostMode(const std::string& presentation) {
+  static const std::map<std::string, std::int32_t> kModes{
+      {"embedded", 0}, {"sheet", 1}, {"modal", 2}};
+  return kModes.at(presentation);
+}
+
+}  // namespace
+
+ShowSession::ShowSession(ShowOptions options, std::shared_ptr<Console> console,
+                         std::unique_ptr<EventsFile> events)
+    : options_(std::move(options)), console_(std::move(console)), events_(std::move(events)) {}
+
+ShowSession::~ShowSession() { giveBack(); }
+
+void ShowSession::start() {
+  started_ = true;
+  startedAt_ = NSRunLoop::mainRunLoop().now();
+  observerBefore_ = setPlatformObserver(this);
+  sinkBefore_ = MetricsCenter::setSink([this](std::string_view event) { eventRecorded(event); });
+  NSApp->setDisplayLostHandler([this](std::string_view reason) { displayLost(reason); });
+  openPlayerWindow();
+
+  broker_ = make<EngineBroker>();
+  manager_ = LaunchScreenManager::init();
+  manager_->setDelegate(self());
+  manager_->activate(broker_);
+  const auto& keys = LaunchScreenContentRequest;
+  const auto request = make<TextRequest>(
+      std::map<std::string, std::string>{{std::string(keys.mode), options_.mode},
+                                         {std::string(keys.event), options_.event},
+                                         {std::string(keys.maxDurationTime), options_.duration}});
+  const Strong<ContentData> data = send(broker_->resolverForEngine(kLaunchScreenEngine),
+                                        &ContentResolver::contentDataForContentRequest, request);
+  if (data == nullptr) {
+    fail({});  // the library has said why
+  } else if (data->state() == ContentDataStateLoaded) {
+    present(data);
+  }
+}
+
+void ShowSession::openPlayerWindow() {
+  playerStyle_ = NSWindowStyleMaskTitled | kControls;
+  player_ = NSWindow::initAs<PlayerWindow>(CGRect{{}, options_.size}, playerStyle_);
+  player_->setTitle("launchscreen: player");
+  if (options_.contentController) {
+    player_->setContentViewController(make<NSViewController>());
+  }
+  player_->makeKeyAndOrderFront();
+}
+
+void ShowSession::contentResolverDidChangeStateForContentData(
+    const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
+  if (data->state() == ContentDataStateLoaded) {
+    happened("request answered");
+  } else if (data->state() == ContentDataStateFailed) {
+    fail("the launch screen cannot be shown: " +
+         std::string(send(data->error(), &NSError::domain)));
+  }
+}
+
+void ShowSession::present(const Strong<ContentData>& data) {
+  const Strong<ContentView> view =
+      broker_->resolverForEngine(kLaunchScreenEngine)->contentViewForContentData(data);
+  view->setDelegate(self());
+  presentation_ = as<CVPresentationFullScreen>(view->presentation());
+  cover_ = presentation_->viewController();
+  if (options_.indicator) {
+    // Before the view appears: that is what sets the indicator turning.
+    const auto controller = as<LaunchScreenViewController>(cover_);
+    send(controller, &LaunchScreenViewController::createActivityIndicator);
+    send(controller, &LaunchScreenViewController::createConstraintsActivityIndicator);
+  }
+  timeGiven_ = manager_->launchScreenExpirationTimeLeft();
+  presentation_->presentForWindowWithPresentationMode(player_, hostMode(options_.presentation));
+  if (!covers()) {
+    fail("nothing is shown: a " + options_.presentation +
+         " needs a player window with a content view controller (--content-controller)");
+    return;
+  }
+  tellTimeLeft();
+  if (options_.skipAfter) {
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(*options_.skipAfter)),
+                   dispatch_get_main_queue(), [session = Weak<ShowSession>(self())] {
+                     send(session.lock(), &ShowSession::skip);
+                   });
+  }
+}
+
+void ShowSession::skip() {
+  // Asked once more while the cover is being taken down, the library would end it once more.
+  if (options_.canSkip() && covers() && !dismissed_) {
+    manager_->dismissLaunchScreen();
+  }
+}
+
+bool ShowSession::passEnded() {
+  if (covers() && !dismissed_) {
+    const Countdown now = manager_->appIsUnfocused() ? Countdown::Paused : Countdown::Runs;
+    if (now != countdown_) {
+      countdown_ = now;
+      tellTimeLeft();
+    }
+  }
+  noticeUncovered();
+  if (uncovered_ && !outcome_) {
+    if (options_.canSkip() || recorded_) {
+      outcome_ = ShowOutcome{};
+    } else if (!manager_->eventWasSended()) {
+      // Only while a required window is key is the event recorded, and there is none any more.
+      fail("the launch screen was closed while it was not in front: no event is recorded");
+    }
+  }
+  return outcome_.has_value();
+}
+
+void ShowSession::giveBack() {
+  if (!std::exchange(started_, false)) {
+    return;
+  }
+  if (covers() && !dismissed_) {
+    presentation_->dismissViewController();
+  }
+  if (covers()) {
+    // An embedded cover may be left for a while after its end. Taking it away restores the window.
+    cover_->view()->removeFromSuperview();
+  }
+  noticeUncovered();
+  player_->close();
+  manager_->deactivate();
+  send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
+  MetricsCenter::setSink(std::exchange(sinkBefore_, nullptr));
+  setPlatformObserver(observerBefore_);
+}
+
+// What happens
+
+void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
+  if (&controller == cover_.get() && step == LifeCycleStep::DidAppear) {
+    covered_ = true;
+    happened("covered");
+  }
+}
+
+void ShowSession::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
+  if (&window != player_.get()) {
+    return;
+  }
+  if (!controlsTaken_ && (styleMask & kControls) == 0) {
+    controlsTaken_ = true;
+    happened("controls taken");
+  } else if (controlsTaken_ && styleMask == playerStyle_) {
+    controlsTaken_ = false;
+    happened("controls given back");
+  }
+}
+
+void ShowSession::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
+  if (target == manager_ && !dismissed_) {
+    tellTimeLeft();
+  }
+}
+
+void ShowSession::contentViewDidDisappear(const Strong<ContentView>& /*view*/) {
+  dismissed_ = true;
+  happened("dismissed");
+}
+
+void ShowSession::eventRecorded(std::string_view event) {
+  recorded_ = true;
+  happened("event recorded: " + std::string(event));
+  if (events_ != nullptr && !events_->append(event, time())) {
+    fail("the event could not be written to " + events_->path());
+  }
+}
+
+void ShowSession::displayLost(std::string_view reason) {
+  fail("the display is lost: " + std::string(reason));
+}
+
+void ShowSession::fail(std::string failure) {
+  if (!outcome_) {
+    outcome_ = ShowOutcome{kExitRefused, std::move(failure)};
+  }
+}
+
+double ShowSession::time() const {
+  return secondsFromNanoseconds(NSRunLoop::mainRunLoop().now() - startedAt_);
+}
+
+void ShowSession::happened(std::string_view what) { console_->happened(time(), what); }
+
+void ShowSession::tellTimeLeft() {
+  console_->timeLeft(time(), {.left = manager_->launchScreenExpirationTimeLeft(),
+                              .total = timeGiven_,
+                              .countdown = countdown_});
+}
+
+bool ShowSession::covers() const {
+  return cover_ != nullptr && send(cover_->view()->window(), &NSWindow::isVisible);
+}
+
+void ShowSession::noticeUncovered() {
+  if (covered_ && !uncovered_ && !covers()) {
+    uncovered_ = true;
+    happened("uncovered");
+  }
+}
+
+}  // namespace vel::host

@@ -1,0 +1,40 @@
+# Completes the command line of launchscreen in bash.
+# shellcheck shell=bash
+
+_launchscreen() {
+  local current="${COMP_WORDS[COMP_CWORD]}" previous="${COMP_WORDS[COMP_CWORD - 1]}"
+  # bash takes the parts of --option=value for words of their own.
+  if [[ $current == "=" ]]; then
+    current=""
+  elif [[ $previous == "=" ]]; then
+    previous="${COMP_WORDS[COMP_CWORD - 2]}"
+  fi
+
+  local command=""
+  if [[ $COMP_CWORD -gt 1 ]]; then
+    command="${COMP_WORDS[1]}"
+  fi
+  local common="--help --version" words="" files=""
+  case "$command $previous" in
+    "show --display") words="auto headless" ;;
+    "show --mode") words="forced skip" ;;
+    "show --present") words="embedded modal sheet" ;;
+    "show --events") files=yes ;;
+    "show --event" | "show --duration" | "show --size" | "show --skip-after") ;;
+    "show "*)
+      words="--display --mode --event --duration --present --content-controller --indicator --size
+        --events --skip-after $common"
+      ;;
+    "play "*)
+      files=yes
+      words="$common"
+      ;;
+    " "*) words="show play $common" ;;
+  esac
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+  if [[ -n $files ]]; then
+    compopt -o default 2>/dev/null
+  fi
+}
+
+complete -F _launchscreen launchscreen

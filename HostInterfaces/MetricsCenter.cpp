@@ -1,0 +1,32 @@
+#include "HostInterfaces/MetricsCenter.h"
+
+#include <utility>
+
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSLog.h"
+
+namespace vel {
+
+namespace {
+
+MetricsCenter::Sink& theSink() {
+  static auto& sink = *new MetricsCenter::Sink();
+  return sink;
+}
+
+}  // namespace
+
+MetricsCenter::Sink MetricsCenter::setSink(Sink sink) {
+  return std::exchange(theSink(), std::move(sink));
+}
+
+void MetricsCenter::logEvent(const Strong<NSString>& name) {
+  const std::string_view event = send(name, &NSString::UTF8String);
+  if (const Sink sink = theSink()) {
+    sink(event);
+  } else {
+    NSLog("%@ (%s): %@", "MetricsCenter", "+[MetricsCenter logEvent:]", event);
+  }
+}
+
+}  // namespace vel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <utility>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+class NSView;
+
+/// What a layer-backed view draws itself with. The view owns it.
+class VEL_EXPORT CALayer final : public Class<CALayer, "CALayer"> {
+ public:
+  explicit CALayer(Weak<NSView> view) : view_(std::move(view)) {}
+
+  [[nodiscard]] CGColor backgroundColor() const { return backgroundColor_; }
+  /// Transparent at first.
+  void setBackgroundColor(CGColor color);
+
+ private:
+  Weak<NSView> view_;
+  CGColor backgroundColor_;
+};
+
+}  // namespace vel

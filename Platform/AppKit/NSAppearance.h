@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string_view>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// The name of an appearance.
+using NSAppearanceName = std::string_view;
+
+/// The light appearance.
+inline constexpr NSAppearanceName NSAppearanceNameAqua = "NSAppearanceNameAqua";
+
+/// How controls look: light or dark.
+class VEL_EXPORT NSAppearance final : public Class<NSAppearance, "NSAppearance"> {
+ public:
+  explicit NSAppearance(NSAppearanceName name) : name_(name) {}
+
+  static Strong<NSAppearance> appearanceNamed(NSAppearanceName name) {
+    return make<NSAppearance>(name);
+  }
+
+  [[nodiscard]] NSAppearanceName name() const { return name_; }
+
+ private:
+  NSAppearanceName name_;
+};
+
+}  // namespace vel

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// A colour object.
+class VEL_EXPORT NSColor final : public Class<NSColor, "NSColor"> {
+ public:
+  explicit NSColor(vel::CGColor color) : color_(color) {}
+
+  static Strong<NSColor> whiteColor() {
+    return make<NSColor>(vel::CGColor{.red = 1, .green = 1, .blue = 1, .alpha = 1});
+  }
+
+  /// The colour as layers take it.
+  [[nodiscard]] vel::CGColor CGColor() const { return color_; }
+
+ private:
+  vel::CGColor color_;
+};
+
+}  // namespace vel

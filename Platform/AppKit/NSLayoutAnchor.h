@@ -1,0 +1,88 @@
+// Anchors and constraints: placing a view by its relation to another.
+#pragma once
+
+#include <cstdint>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSArray.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+class NSView;
+
+enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
+enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
+
+/// A required relation between an attribute of a view and that of another view, or a constant. Four
+/// kinds can be made, by the anchors: a centre equal to another's on either axis, and a size equal
+/// to or at least a constant. Active ones belong to the superview of their first view.
+class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
+ public:
+  NSLayoutConstraint(const Strong<NSView>& first, NSLayoutAttribute attribute,
+                     NSLayoutRelation relation, const Strong<NSView>& second, double constant)
+      : first_(first),
+        attribute_(attribute),
+        relation_(relation),
+        second_(second),
+        constant_(constant) {}
+
+  /// Puts the constraints to work, in this order, and lays out. One whose first view has no
+  /// superview is ignored.
+  static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
+
+  [[nodiscard]] Strong<NSView> firstItem() const { return first_.lock(); }
+  [[nodiscard]] NSLayoutAttribute attribute() const { return attribute_; }
+  [[nodiscard]] NSLayoutRelation relation() const { return relation_; }
+  /// None for a constraint to a constant.
+  [[nodiscard]] Strong<NSView> secondItem() const { return second_.lock(); }
+  /// In points.
+  [[nodiscard]] double constant() const { return constant_; }
+
+ private:
+  Weak<NSView> first_;
+  NSLayoutAttribute attribute_;
+  NSLayoutRelation relation_;
+  Weak<NSView> second_;
+  double constant_;
+};
+
+/// A view's centre on one axis.
+template <NSLayoutAttribute Attribute>
+class NSLayoutAnchor {
+ public:
+  explicit NSLayoutAnchor(Strong<NSView> view) : view_(std::move(view)) {}
+
+  [[nodiscard]] Strong<NSLayoutConstraint> constraintEqualToAnchor(
+      const NSLayoutAnchor& other) const {
+    return make<NSLayoutConstraint>(view_, Attribute, NSLayoutRelation::Equal, other.view_, 0.0);
+  }
+
+ private:
+  Strong<NSView> view_;
+};
+
+using NSLayoutXAxisAnchor = NSLayoutAnchor<NSLayoutAttribute::CenterX>;
+using NSLayoutYAxisAnchor = NSLayoutAnchor<NSLayoutAttribute::CenterY>;
+
+/// A view's width or height. Constants are in points.
+class VEL_EXPORT NSLayoutDimension {
+ public:
+  NSLayoutDimension(Strong<NSView> view, NSLayoutAttribute attribute)
+      : view_(std::move(view)), attribute_(attribute) {}
+
+  [[nodiscard]] Strong<NSLayoutConstraint> constraintEqualToConstant(double constant) const {
+    return make<NSLayoutConstraint>(view_, attribute_, NSLayoutRelation::Equal, nullptr, constant);
+  }
+  [[nodiscard]] Strong<NSLayoutConstraint> constraintGreaterThanOrEqualToConstant(
+      double constant) const {
+    return make<NSLayoutConstraint>(view_, attribute_, NSLayoutRelation::GreaterThanOrEqual,
+                                    nullptr, constant);
+  }
+
+ private:
+  Strong<NSView> view_;
+  NSLayoutAttribute attribute_;
+};
+
+}  // namespace vel

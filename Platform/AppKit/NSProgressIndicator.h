@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Platform/AppKit/NSAppearance.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/Foundation/Export.h"
+
+namespace vel {
+
+enum class NSProgressIndicatorStyle : std::uint8_t { Bar = 0, Spinning = 1 };
+
+inline constexpr auto NSProgressIndicatorStyleBar = NSProgressIndicatorStyle::Bar;
+inline constexpr auto NSProgressIndicatorStyleSpinning = NSProgressIndicatorStyle::Spinning;
+
+/// Shows that something is going on. Main thread.
+class VEL_EXPORT NSProgressIndicator final
+    : public Class<NSProgressIndicator, "NSProgressIndicator", NSView> {
+ public:
+  using Class::Class;
+
+  static Strong<NSProgressIndicator> initWithFrame(CGRect frame) {
+    return make<NSProgressIndicator>(frame);
+  }
+
+  [[nodiscard]] NSProgressIndicatorStyle style() const { return style_; }
+  void setStyle(NSProgressIndicatorStyle style);
+
+  /// The indicator's own appearance; none where it inherits one.
+  [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
+  void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
+
+  [[nodiscard]] bool isAnimating() const { return animating_; }
+  /// `sender` is not looked at and may be none.
+  void startAnimation(const Strong<NSObject>& sender);
+  void stopAnimation(const Strong<NSObject>& sender);
+
+ protected:
+  void addOwnContents(Scene& scene, CGRect rectangle) const override;
+
+ private:
+  void setAnimating(bool animating);
+
+  NSProgressIndicatorStyle style_ = NSProgressIndicatorStyleBar;
+  Strong<NSAppearance> appearance_;
+  bool animating_ = false;
+};
+
+}  // namespace vel

@@ -1,0 +1,233 @@
+#include "Platform/AppKit/NSView.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/ViewLifeCycle.h"
+#include "Platform/Foundation/Message.h"
+
+namespace vel {
+
+namespace {
+
+// One axis of autoresizing: the change of the superview's size is spread evenly over the parts that
+// give.
+struct Axis {
+  bool minMargin;
+  bool size;
+  bool maxMargin;
+
+  void apply(double change, double& origin, double& length) const {
+    const int parts = int{minMargin} + int{size} + int{maxMargin};
+    if (parts == 0) {
+      return;
+    }
+    const double share = change / parts;
+    origin += minMargin ? share : 0;
+    length = std::max(0.0, length + (size ? share : 0));
+  }
+};
+
+bool has(NSAutoresizingMaskOptions mask, NSAutoresizingMaskOptions bit) {
+  return (mask & bit) != 0;
+}
+
+}  // namespace
+
+void CALayer::setBackgroundColor(CGColor color) {
+  backgroundColor_ = color;
+  if (const Strong<NSView> view = view_.lock()) {
+    view->setNeedsDisplay();
+  }
+}
+
+void NSView::setFrame(CGRect frame) {
+  if (frame == frame_) {
+    return;
+  }
+  const CGSize oldSize = frame_.size;
+  frame_ = frame;
+  if (frame.size != oldSize) {
+    resizeSubviews(oldSize);
+    layOutSubviews();
+  }
+  setNeedsDisplay();
+}
+
+Strong<NSWindow> NSView::window() const {
+  Strong<const NSView> root = std::static_pointer_cast<const NSView>(shared_from_this());
+  while (const Strong<NSView> outer = root->superview()) {
+    root = outer;
+  }
+  return root->window_.lock();
+}
+
+bool NSView::isWithin(const NSView* other) const {
+  Strong<const NSView> view = std::static_pointer_cast<const NSView>(shared_from_this());
+  while (view != nullptr && view.get() != other) {
+    view = view->superview();
+  }
+  return view != nullptr;
+}
+
+void NSView::addSubview(const Strong<NSView>& view) {
+  addSubviewPositionedRelativeTo(view, NSWindowAbove, nullptr);
+}
+
+void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode place,
+                                            const Strong<NSView>& other) {
+  if (view == nullptr || isWithin(view.get())) {
+    return;
+  }
+  const Strong<NSView> kept = self();
+  const Strong<NSWindow> window = this->window();
+  if (window == nullptr || view->window() != window) {
+    view->removeFromSuperview();  // disappears where it was
+  }
+  view->detach();
+  const auto beside = std::ranges::find(subviews_, other);
+  auto position = place == NSWindowBelow ? subviews_.begin() : subviews_.end();
+  if (beside != subviews_.end()) {
+    position = place == NSWindowBelow ? beside : beside + 1;
+  }
+  subviews_.insert(position, view);
+  view->superview_ = kept;
+  setNeedsDisplay();
+  if (window != nullptr && window->isVisible()) {
+    Appearance appearance(view);
+    appearance.willAppear();
+    appearance.didAppear();
+  }
+}
+
+void NSView::removeFromSuperview() {
+  const Strong<NSView> kept = self();
+  const Strong<NSView> superview = this->superview();
+  const Strong<NSWindow> window = this->window();
+  if (superview == nullptr && window == nullptr) {
+    return;
+  }
+  Disappearance disappearance(kept);
+  disappearance.willDisappear();
+  const bool moved = this->window() != window;
+  if (this->superview() != superview || (superview == nullptr && moved)) {
+    return;  // a step has put the view elsewhere, and it has disappeared here
+  }
+  if (moved) {
+    return removeFromSuperview();  // with its superview: once more, from where that is now
+  }
+  detach();
+  if (window != nullptr) {
+    window->setNeedsDisplay();
+  }
+  disappearance.didDisappear();
+}
+
+// Out of the superview or the window, without a word to anybody.
+void NSView::detach() {
+  if (const Strong<NSView> superview = this->superview()) {
+    std::erase_if(superview->constraints_, [this](const Strong<NSLayoutConstraint>& constraint) {
+      return constraint->firstItem().get() == this || constraint->secondItem().get() == this;
+    });
+    superview_.reset();
+    std::erase(superview->subviews_, self());
+  }
+  if (const Strong<NSWindow> window = window_.lock()) {
+    window_.reset();
+    window->contentViewLeft();
+  }
+}
+
+void NSView::setWantsLayer(bool wants) {
+  if (wants != wantsLayer()) {
+    layer_ = wants ? make<CALayer>(self()) : nullptr;
+    setNeedsDisplay();
+  }
+}
+
+NSLayoutXAxisAnchor NSView::centerXAnchor() { return NSLayoutXAxisAnchor(self()); }
+NSLayoutYAxisAnchor NSView::centerYAnchor() { return NSLayoutYAxisAnchor(self()); }
+NSLayoutDimension NSView::widthAnchor() { return {self(), NSLayoutAttribute::Width}; }
+NSLayoutDimension NSView::heightAnchor() { return {self(), NSLayoutAttribute::Height}; }
+
+void NSView::resizeSubviews(CGSize oldSize) {
+  const CGSize size = frame_.size;
+  for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
+    if (!view->translates_) {
+      continue;  // its constraints place it
+    }
+    CGRect frame = view->frame_;
+    const NSAutoresizingMaskOptions mask = view->autoresizingMask_;
+    const Axis horizontal{has(mask, NSViewMinXMargin), has(mask, NSViewWidthSizable),
+                          has(mask, NSViewMaxXMargin)};
+    const Axis vertical{has(mask, NSViewMinYMargin), has(mask, NSViewHeightSizable),
+                        has(mask, NSViewMaxYMargin)};
+    horizontal.apply(size.width - oldSize.width, frame.origin.x, frame.size.width);
+    vertical.apply(size.height - oldSize.height, frame.origin.y, frame.size.height);
+    view->setFrame(frame);
+  }
+}
+
+// The size that a view's constraints ask for: an equality decides, else the least size that every
+// bound allows.
+CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
+  CGSize size;
+  for (const Strong<NSLayoutConstraint>& constraint : constraints) {
+    const bool wide = constraint->attribute() == NSLayoutAttribute::Width;
+    if (!wide && constraint->attribute() != NSLayoutAttribute::Height) {
+      continue;
+    }
+    double& length = wide ? size.width : size.height;
+    length = constraint->relation() == NSLayoutRelation::Equal
+                 ? constraint->constant()
+                 : std::max(length, constraint->constant());
+  }
+  return size;
+}
+
+// Sizes first, then places by the centres.
+void NSView::layOutSubviews() {
+  for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
+    NSArray<NSLayoutConstraint> constraints;
+    std::ranges::copy_if(constraints_, std::back_inserter(constraints),
+                         [&view](const Strong<NSLayoutConstraint>& constraint) {
+                           return constraint->firstItem() == view;
+                         });
+    if (view->translates_ || constraints.empty()) {
+      continue;
+    }
+    CGRect frame{view->frame_.origin, constrainedSize(constraints)};
+    for (const Strong<NSLayoutConstraint>& constraint : constraints) {
+      const Strong<NSView> other = constraint->secondItem();
+      const CGRect reference = other.get() == this ? bounds() : send(other, &NSView::frame);
+      if (constraint->attribute() == NSLayoutAttribute::CenterX) {
+        frame.origin.x = reference.origin.x + (reference.size.width - frame.size.width) / 2;
+      } else if (constraint->attribute() == NSLayoutAttribute::CenterY) {
+        frame.origin.y = reference.origin.y + (reference.size.height - frame.size.height) / 2;
+      }
+    }
+    view->setFrame(frame);
+  }
+}
+
+void NSView::setNeedsDisplay() const {
+  if (const Strong<NSWindow> window = this->window()) {
+    window->setNeedsDisplay();
+  }
+}
+
+void NSView::addToScene(Scene& scene, CGPoint origin) const {
+  const CGRect rectangle{{origin.x + frame_.origin.x, origin.y + frame_.origin.y}, frame_.size};
+  if (layer_ != nullptr && layer_->backgroundColor().alpha > 0) {
+    scene.push_back(
+        {.kind = SceneItem::Kind::Fill, .frame = rectangle, .color = layer_->backgroundColor()});
+  }
+  addOwnContents(scene, rectangle);
+  for (const Strong<NSView>& view : subviews_) {
+    view->addToScene(scene, rectangle.origin);
+  }
+}
+
+}  // namespace vel

@@ -1,0 +1,162 @@
+#include "Platform/AppKit/NSViewController.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/Message.h"
+
+namespace vel {
+
+namespace {
+
+constexpr CGSize kDefaultPresentationSize{480, 270};
+
+CGSize presentationSize(NSViewController& controller) {
+  const CGSize size = controller.view()->frame().size;
+  return size.width > 0 && size.height > 0 ? size : kDefaultPresentationSize;
+}
+
+}  // namespace
+
+NSViewController::~NSViewController() = default;
+
+Strong<NSViewController> NSViewController::initWithNibNameBundle(std::string_view /*nibName*/,
+                                                                 Strong<NSBundle> bundle) {
+  return make<NSViewController>(std::move(bundle));
+}
+
+Strong<NSView> NSViewController::view() {
+  if (view_ == nullptr) {
+    loadView();
+    viewDidLoad();
+  }
+  return view_;
+}
+
+void NSViewController::setView(Strong<NSView> view) {
+  if (view_ != nullptr) {
+    view_->viewController_.reset();
+  }
+  view_ = std::move(view);
+  if (view_ != nullptr) {
+    view_->viewController_ = self();
+  }
+}
+
+void NSViewController::loadView() { setView(NSView::initWithFrame(CGRectZero)); }
+
+void NSViewController::viewWillAppear() { stepRuns(LifeCycleStep::WillAppear); }
+void NSViewController::viewDidAppear() { stepRuns(LifeCycleStep::DidAppear); }
+void NSViewController::viewWillDisappear() { stepRuns(LifeCycleStep::WillDisappear); }
+void NSViewController::viewDidDisappear() { stepRuns(LifeCycleStep::DidDisappear); }
+
+void NSViewController::stepRuns(LifeCycleStep step) {
+  stepsRun_.set(static_cast<std::size_t>(step));
+  observePlatform([&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
+}
+
+std::uint64_t NSViewController::beginShowing() {
+  shown_ = true;
+  stepsRun_.reset();
+  return ++showing_;
+}
+
+void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showing) {
+  if (!shown_ || showing != showing_) {
+    return;
+  }
+  // The showing is over before the last step is sent, so that it may begin another.
+  shown_ = step != LifeCycleStep::DidDisappear;
+  if (stepsRun_.test(static_cast<std::size_t>(step))) {
+    return;
+  }
+  switch (step) {
+    case LifeCycleStep::WillAppear:
+      return viewWillAppear();
+    case LifeCycleStep::DidAppear:
+      return viewDidAppear();
+    case LifeCycleStep::WillDisappear:
+      return viewWillDisappear();
+    case LifeCycleStep::DidDisappear:
+      return viewDidDisappear();
+  }
+}
+
+void NSViewController::addChildViewController(const Strong<NSViewController>& child) {
+  if (child == nullptr || child.get() == this || child->parentViewController().get() == this) {
+    return;
+  }
+  child->removeFromParentViewController();
+  children_.push_back(child);
+  child->parent_ = self();
+}
+
+void NSViewController::removeFromParentViewController() {
+  const Strong<NSViewController> kept = self();
+  if (const Strong<NSViewController> parent = parent_.lock()) {
+    parent_.reset();
+    std::erase(parent->children_, kept);
+  }
+}
+
+void NSViewController::presentViewControllerAsModalWindow(
+    const Strong<NSViewController>& controller) {
+  if (controller == nullptr || !controller->presentationWindow_.expired()) {
+    return;
+  }
+  Strong<NSWindow> owner = isViewLoaded() ? view_->window() : nullptr;
+  if (owner == nullptr || !owner->isVisible()) {
+    owner = send(NSApp, &NSApplication::frontWindow);
+  }
+  const auto window = NSWindow::presentationWindow(
+      WindowKind::Modal, presentationSize(*controller), owner,
+      NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable);
+  presentIn(window, controller);
+  send(NSApp, &NSApplication::beginModalRun, window);
+  window->makeKeyAndOrderFront();
+}
+
+void NSViewController::presentViewControllerAsSheet(const Strong<NSViewController>& controller) {
+  const Strong<NSWindow> host = view()->window();
+  if (controller == nullptr || !controller->presentationWindow_.expired() || host == nullptr ||
+      !host->isVisible()) {
+    return;
+  }
+  const auto window =
+      NSWindow::presentationWindow(WindowKind::Sheet, presentationSize(*controller), host,
+                                   NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
+  presentIn(window, controller);
+  window->makeKeyAndOrderFront();
+}
+
+void NSViewController::presentIn(const Strong<NSWindow>& window,
+                                 const Strong<NSViewController>& controller) {
+  window->setContentViewController(controller);
+  controller->presentationWindow_ = window;
+  controller->presenting_ = self();
+  if (controller.get() != this) {
+    presented_.push_back(controller);
+  }
+}
+
+void NSViewController::presentationEnded() {
+  presentationWindow_.reset();
+  if (const Strong<NSViewController> presenting = presenting_.lock()) {
+    presenting_.reset();
+    std::erase(presenting->presented_, self());
+  }
+}
+
+void NSViewController::dismissViewController(const Strong<NSViewController>& controller) {
+  if (controller == nullptr) {
+    return;
+  }
+  if (const Strong<NSWindow> window = controller->presentationWindow_.lock()) {
+    window->close();
+  }
+}
+
+}  // namespace vel

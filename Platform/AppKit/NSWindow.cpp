@@ -1,0 +1,310 @@
+#include "Platform/AppKit/NSWindow.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/NSViewController.h"
+#include "Platform/AppKit/ViewLifeCycle.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+
+namespace vel {
+
+namespace {
+
+// A modal window lies over the middle of its owner, a sheet hangs below its title bar.
+CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
+  const double x = owner.origin.x + (owner.size.width - size.width) / 2;
+  const double slack = owner.size.height - size.height;
+  return {x, owner.origin.y + (kind == WindowKind::Sheet ? slack : slack / 2)};
+}
+
+}  // namespace
+
+NSWindow::~NSWindow() {
+  if (handle_ != WindowHandle::None && NSApp != nullptr) {
+    NSApp->windows_.erase(handle_);
+    NSApp->windowSystem().releaseWindow(handle_);
+  }
+}
+
+Strong<NSWindow> NSWindow::presentationWindow(WindowKind kind, CGSize size,
+                                              const Strong<NSWindow>& owner,
+                                              NSWindowStyleMask styleMask) {
+  const CGRect ownerFrame = send(owner, &NSWindow::frame);
+  auto window = initWithContentRectStyleMask({originFor(kind, size, ownerFrame), size}, styleMask);
+  window->kind_ = kind;
+  window->owner_ = owner;
+  if (kind == WindowKind::Sheet) {
+    window->sheetParent_ = owner;
+    owner->sheets_.push_back(window);
+  }
+  return window;
+}
+
+void NSWindow::makeContentView() { replaceContentView(NSView::initWithFrame(CGRectZero)); }
+
+void NSWindow::replaceContentView(const Strong<NSView>& view) {
+  if (contentView_ != nullptr) {
+    contentView_->window_.reset();
+  }
+  contentView_ = view;
+  if (contentView_ != nullptr) {
+    contentView_->window_ = self();
+    contentView_->setFrame({{}, frame_.size});
+  }
+  setNeedsDisplay();
+}
+
+void NSWindow::setContentView(const Strong<NSView>& view) {
+  if (view == contentView_) {
+    return;
+  }
+  const Strong<NSWindow> kept = self();
+  if (view != nullptr) {
+    view->removeFromSuperview();
+  }
+  Disappearance disappearance(contentView_);
+  disappearance.willDisappear();
+  replaceContentView(view);
+  disappearance.didDisappear();
+  if (open_) {
+    Appearance appearance(view);
+    appearance.willAppear();
+    appearance.didAppear();
+  }
+}
+
+void NSWindow::setContentViewController(const Strong<NSViewController>& controller) {
+  // The former one, which perhaps only this window keeps, still has to disappear.
+  const Strong<NSViewController> former = std::exchange(contentViewController_, controller);
+  setContentView(controller != nullptr ? controller->view() : NSView::initWithFrame(CGRectZero));
+}
+
+void NSWindow::setFrame(CGRect frame) {
+  if (NSApp != nullptr && frame != frame_) {
+    NSApp->windowSystem().setFrame(handle_, frame);
+  }
+  frameChanged(frame);
+}
+
+void NSWindow::frameChanged(CGRect frame) {
+  frame_ = frame;
+  if (contentView_ != nullptr) {
+    contentView_->setFrame({{}, frame.size});
+  }
+  for (const Strong<NSWindow>& sheet : NSArray<NSWindow>(sheets_)) {
+    const CGSize size = sheet->frame_.size;
+    sheet->setFrame({originFor(WindowKind::Sheet, size, frame), size});
+  }
+}
+
+void NSWindow::setTitle(std::string_view title) {
+  title_ = title;
+  if (NSApp != nullptr) {
+    NSApp->windowSystem().setTitle(handle_, title);
+  }
+}
+
+void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
+  styleMask_ = styleMask;
+  observePlatform([&](PlatformObserver& observer) { observer.styleMaskSet(*this, styleMask); });
+  if (NSApp != nullptr) {
+    NSApp->windowSystem().setStyleMask(handle_, styleMask);
+  }
+}
+
+void NSWindow::setMovableByWindowBackground(bool movable) {
+  movableByWindowBackground_ = movable;
+  if (NSApp != nullptr) {
+    NSApp->windowSystem().setMovableByBackground(handle_, movable);
+  }
+}
+
+void NSWindow::addChildWindow(const Strong<NSWindow>& child) {
+  if (child == nullptr || child.get() == this || child->parentWindow().get() == this) {
+    return;
+  }
+  if (const Strong<NSWindow> former = child->parentWindow()) {
+    std::erase(former->children_, child);
+  }
+  children_.push_back(child);
+  child->parent_ = self();
+}
+
+// The window system learns of a window when it is first put on screen, as it is then.
+void NSWindow::realize() {
+  if (handle_ != WindowHandle::None) {
+    return;
+  }
+  const Strong<NSWindow> owner = owner_.lock();
+  handle_ = NSApp->windowSystem().createWindow({.className = std::string(className()),
+                                                .title = title_,
+                                                .frame = frame_,
+                                                .styleMask = styleMask_,
+                                                .kind = kind_,
+                                                .owner = send(owner, &NSWindow::handle),
+                                                .movableByBackground = movableByWindowBackground_,
+                                                .canHide = canHide_});
+  if (handle_ != WindowHandle::None) {  // a display that has gone makes no windows
+    NSApp->windows_[handle_] = this;
+  }
+}
+
+void NSWindow::orderFront() { open(false); }
+
+void NSWindow::makeKeyAndOrderFront() { open(true); }
+
+void NSWindow::open(bool key) {
+  if (NSApp == nullptr || miniaturized_) {
+    return;
+  }
+  const Strong<NSWindow> kept = self();
+  const bool opens = !open_;
+  if (opens) {
+    open_ = true;
+    NSApp->open_.push_back(kept);
+  }
+  Appearance appearance(opens ? contentView_ : nullptr);
+  appearance.willAppear();
+  if (!open_ || NSApp == nullptr) {
+    return;  // a step has closed the window
+  }
+  realize();
+  onScreen_ = true;
+  NSApp->enteredScreen(kept);
+  NSApp->windowSystem().orderFront(handle_);
+  setNeedsDisplay();
+  if (opens) {
+    observePlatform([this](PlatformObserver& observer) { observer.windowOpened(*this); });
+  }
+  if (key) {
+    makeKeyWindow();
+  }
+  appearance.didAppear();
+}
+
+void NSWindow::close() {
+  if (!open_) {
+    return;
+  }
+  const Strong<NSWindow> kept = self();
+  while (!sheets_.empty()) {
+    const Strong<NSWindow> sheet = sheets_.back();
+    sheet->close();
+    std::erase(sheets_, sheet);
+  }
+  Disappearance disappearance(contentView_);
+  disappearance.willDisappear();
+  if (!open_) {
+    return;  // a step has closed the window
+  }
+  open_ = false;
+  onScreen_ = false;
+  miniaturized_ = false;
+  scene_.clear();
+  const Strong<NSApplication> app = NSApp;
+  if (app != nullptr) {
+    app->leftScreen(kept);
+    std::erase(app->open_, kept);
+    app->windowSystem().orderOut(handle_);
+    app->endModalRuns(this);
+  }
+  presentationEnded();
+  observePlatform([this](PlatformObserver& observer) { observer.windowClosed(*this); });
+  disappearance.didDisappear();
+  if (app != nullptr) {
+    app->passKeyOn(kept);
+  }
+}
+
+void NSWindow::presentationEnded() {
+  if (kind_ == WindowKind::Plain) {
+    return;
+  }
+  if (const Strong<NSWindow> host = sheetParent_.lock()) {
+    std::erase(host->sheets_, self());
+  }
+  sheetParent_.reset();
+  // The controller gives its view to whoever presents it next.
+  const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
+  if (controller != nullptr) {
+    controller->presentationEnded();
+  }
+  replaceContentView(nullptr);
+}
+
+void NSWindow::performClose() {
+  if ((styleMask_ & NSWindowStyleMaskClosable) != 0) {
+    close();
+  }
+}
+
+void NSWindow::miniaturize() {
+  if (onScreen_ && NSApp != nullptr) {
+    NSApp->windowSystem().requestMiniaturized(handle_, true);
+  }
+}
+
+void NSWindow::deminiaturize() {
+  if (miniaturized_ && NSApp != nullptr) {
+    NSApp->windowSystem().requestMiniaturized(handle_, false);
+  }
+}
+
+void NSWindow::miniaturizedChanged(bool miniaturized) {
+  if (!open_ || miniaturized == miniaturized_ || NSApp == nullptr) {
+    return;
+  }
+  const Strong<NSWindow> kept = self();
+  miniaturized_ = miniaturized;
+  onScreen_ = !miniaturized;
+  if (miniaturized) {
+    NSApp->leftScreen(kept);
+    NSApp->passKeyOn(kept);
+  } else {
+    NSApp->enteredScreen(kept);
+    setNeedsDisplay();
+  }
+  NSNotificationCenter::defaultCenter().postNotificationNameObject(
+      miniaturized ? NSWindowDidMiniaturizeNotification : NSWindowDidDeminiaturizeNotification,
+      kept);
+}
+
+void NSWindow::vanished() {
+  handle_ = WindowHandle::None;
+  close();
+}
+
+void NSWindow::makeKeyWindow() {
+  if (onScreen_ && !isKeyWindow() && NSApp != nullptr) {
+    NSApp->windowSystem().requestFocus(handle_);
+  }
+}
+
+bool NSWindow::isKeyWindow() const { return NSApp != nullptr && NSApp->keyWindow().get() == this; }
+
+bool NSWindow::isModalPanel() const {
+  return NSApp != nullptr &&
+         std::ranges::any_of(NSApp->modalRuns_, [this](const NSApplication::ModalRun& run) {
+           return run.window.get() == this;
+         });
+}
+
+void NSWindow::setNeedsDisplay() {
+  if (!onScreen_ || NSApp == nullptr) {
+    return;
+  }
+  Scene scene;
+  if (contentView_ != nullptr) {
+    contentView_->addToScene(scene, {});
+  }
+  if (scene != scene_) {
+    scene_ = std::move(scene);
+    NSApp->windowSystem().setScene(handle_, scene_);
+  }
+}
+
+}  // namespace vel

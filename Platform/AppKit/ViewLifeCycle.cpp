@@ -1,0 +1,74 @@
+#include "Platform/AppKit/ViewLifeCycle.h"
+
+#include <algorithm>
+
+#include "Platform/AppKit/NSView.h"
+
+namespace vel {
+
+namespace {
+
+void collect(const Strong<NSView>& view, bool shown, NSArray<NSViewController>& controllers) {
+  if (view == nullptr) {
+    return;
+  }
+  if (const Strong<NSViewController> controller = view->viewController();
+      controller != nullptr && controller->isShown() == shown) {
+    controllers.push_back(controller);
+  }
+  for (const Strong<NSView>& inner : view->subviews()) {
+    collect(inner, shown, controllers);
+  }
+}
+
+NSArray<NSViewController> controllersIn(const Strong<NSView>& view, bool shown) {
+  NSArray<NSViewController> controllers;
+  collect(view, shown, controllers);
+  return controllers;
+}
+
+}  // namespace
+
+Appearance::Appearance(const Strong<NSView>& view) {
+  for (const Strong<NSViewController>& controller : controllersIn(view, false)) {
+    showings_.push_back({controller, controller->beginShowing()});
+  }
+}
+
+void Appearance::willAppear() {
+  for (const Showing& showing : showings_) {
+    showing.controller->sendStep(LifeCycleStep::WillAppear, showing.number);
+  }
+}
+
+void Appearance::didAppear() {
+  for (const Showing& showing : showings_) {
+    showing.controller->sendStep(LifeCycleStep::DidAppear, showing.number);
+  }
+}
+
+void Disappearance::willDisappear() {
+  std::size_t told = 0;
+  for (addNew(); told < showings_.size(); addNew()) {
+    for (; told < showings_.size(); ++told) {
+      const Showing& showing = showings_[told];
+      showing.controller->sendStep(LifeCycleStep::WillDisappear, showing.number);
+    }
+  }
+}
+
+void Disappearance::addNew() {
+  for (const Strong<NSViewController>& controller : controllersIn(view_, true)) {
+    if (std::ranges::find(showings_, controller, &Showing::controller) == showings_.end()) {
+      showings_.push_back({controller, controller->showing_});
+    }
+  }
+}
+
+void Disappearance::didDisappear() {
+  for (const Showing& showing : showings_) {
+    showing.controller->sendStep(LifeCycleStep::DidDisappear, showing.number);
+  }
+}
+
+}  // namespace vel

@@ -1,0 +1,46 @@
+// A message to an object, or to none.
+#pragma once
+
+#include <concepts>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+#include "Platform/Foundation/Protocol.h"
+
+namespace vel {
+
+namespace detail {
+
+template <class R>
+concept MessageResult = !std::is_reference_v<R>;
+
+}  // namespace detail
+
+/// Sends `operation` to the receiver and answers its result. With no receiver nothing happens and
+/// the answer is the result type's zero: 0, false, none, an empty rectangle. The receiver is kept
+/// alive for the call.
+template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
+          class... Arguments>
+  requires std::derived_from<Receiver, Owner> &&
+           std::invocable<R (Owner::*)(Parameters...), Receiver&, Arguments...>
+R send(Strong<Receiver> receiver, R (Owner::*operation)(Parameters...), Arguments&&... arguments) {
+  if (receiver == nullptr) {
+    return R();
+  }
+  return std::invoke(operation, *receiver, std::forward<Arguments>(arguments)...);
+}
+
+template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
+          class... Arguments>
+  requires std::derived_from<Receiver, Owner> &&
+           std::invocable<R (Owner::*)(Parameters...) const, const Receiver&, Arguments...>
+R send(Strong<Receiver> receiver, R (Owner::*operation)(Parameters...) const,
+       Arguments&&... arguments) {
+  if (receiver == nullptr) {
+    return R();
+  }
+  return std::invoke(operation, std::as_const(*receiver), std::forward<Arguments>(arguments)...);
+}
+
+}  // namespace vel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string_view>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// The loadable unit that a class came in. Off macOS it carries no resources; it says which class
+/// it was asked for.
+class VEL_EXPORT NSBundle final : public Class<NSBundle, "NSBundle"> {
+ public:
+  explicit NSBundle(std::string_view principalClass) : principalClass_(principalClass) {}
+
+  template <class T>
+  static Strong<NSBundle> bundleForClass() {
+    return make<NSBundle>(T::staticClassName());
+  }
+
+  [[nodiscard]] std::string_view principalClass() const { return principalClass_; }
+
+ private:
+  std::string_view principalClass_;
+};
+
+}  // namespace vel

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSDictionary.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// Why something failed: a domain, a code within it, and what else there is to say.
+class VEL_EXPORT NSError final : public Class<NSError, "NSError"> {
+ public:
+  NSError(std::string_view domain, std::int64_t code, Strong<NSDictionary> userInfo)
+      : domain_(domain), code_(code), userInfo_(std::move(userInfo)) {}
+
+  static Strong<NSError> errorWithDomainCodeUserInfo(std::string_view domain, std::int64_t code,
+                                                     Strong<NSDictionary> userInfo) {
+    return make<NSError>(domain, code, std::move(userInfo));
+  }
+
+  [[nodiscard]] std::string_view domain() const { return domain_; }
+  [[nodiscard]] std::int64_t code() const { return code_; }
+  /// May be none.
+  [[nodiscard]] Strong<NSDictionary> userInfo() const { return userInfo_; }
+
+ private:
+  std::string domain_;
+  std::int64_t code_;
+  Strong<NSDictionary> userInfo_;
+};
+
+}  // namespace vel

@@ -1,0 +1,96 @@
+#include "Platform/Foundation/NSLog.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <utility>
+
+namespace vel {
+
+namespace {
+
+struct Log {
+  std::mutex mutex;
+  NSLogSink sink;
+};
+
+Log& theLog() {
+  // Never destroyed: a last line may come while the process ends.
+  static auto& log = *new Log();
+  return log;
+}
+
+std::string textOf(const NSLogArgument& argument) {
+  if (const auto* number = std::get_if<std::uint32_t>(&argument)) {
+    return std::to_string(*number);
+  }
+  return std::string(std::get<std::string_view>(argument));
+}
+
+}  // namespace
+
+std::string formatLogLine(std::string_view format, std::initializer_list<NSLogArgument> arguments) {
+  std::string line;
+  const auto* next = arguments.begin();
+  for (std::size_t index = 0; index < format.size(); ++index) {
+    const char specifier = index + 1 < format.size() ? format[index + 1] : '\0';
+    if (format[index] != '%') {
+      line += format[index];
+    } else if (specifier == '%') {
+      line += '%';
+      ++index;
+    } else if ((specifier == '@' || specifier == 's' || specifier == 'u') &&
+               next != arguments.end()) {
+      line += textOf(*next++);
+      ++index;
+    } else {
+      line += '%';
+    }
+  }
+  return line;
+}
+
+NSLogSink setNSLogSink(NSLogSink sink) {
+  const std::scoped_lock lock(theLog().mutex);
+  return std::exchange(theLog().sink, std::move(sink));
+}
+
+void writeLogLine(std::string_view line) {
+  const auto now = std::chrono::system_clock::now();
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+  const auto milliseconds =
+      std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  char prefix[64];
+  std::size_t length = std::strftime(prefix, sizeof prefix, "%Y-%m-%d %H:%M:%S", &local);
+  length += static_cast<std::size_t>(std::snprintf(prefix + length, sizeof prefix - length,
+                                                   ".%03d ", static_cast<int>(milliseconds)));
+  std::string written(prefix, length);
+  written += program_invocation_short_name;
+  written += '[' + std::to_string(getpid()) + ':' + std::to_string(syscall(SYS_gettid)) + "] ";
+  written += line;
+  written += '\n';
+  // In one piece, so that the lines of several threads stay whole, zero bytes included.
+  std::fwrite(written.data(), 1, written.size(), stderr);
+}
+
+void detail::log(std::string_view line) {
+  NSLogSink sink;
+  {
+    const std::scoped_lock lock(theLog().mutex);
+    sink = theLog().sink;
+  }
+  if (sink) {
+    sink(line);
+  } else {
+    writeLogLine(line);
+  }
+}
+
+}  // namespace vel

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// Raised by a walk over an array that was changed before the walk had ended.
+class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
+ public:
+  NSCollectionMutatedError() : std::runtime_error("collection mutated while being enumerated") {}
+};
+
+/// A growable ordered array of objects. A `for` loop over it walks it in place: any change made
+/// meanwhile, also while the last element is being told, raises NSCollectionMutatedError. An
+/// operation that leaves the array as it was is no change. One thread at a time.
+template <class T>
+class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
+ public:
+  static Strong<NSMutableArray> array() { return make<NSMutableArray>(); }
+
+  [[nodiscard]] std::size_t count() const { return objects_.size(); }
+  [[nodiscard]] const Strong<T>& objectAtIndex(std::size_t index) const {
+    return objects_.at(index);
+  }
+
+  /// The index of the first equal object, or nothing. None is never in an array.
+  [[nodiscard]] std::optional<std::size_t> indexOfObject(const T* object) const {
+    const auto found = std::ranges::find_if(
+        objects_, [object](const Strong<T>& held) { return held->isEqual(object); });
+    if (object == nullptr || found == objects_.end()) {
+      return std::nullopt;
+    }
+    return static_cast<std::size_t>(found - objects_.begin());
+  }
+  [[nodiscard]] bool containsObject(const T* object) const {
+    return indexOfObject(object).has_value();
+  }
+
+  void addObject(Strong<T> object) {
+    ++mutations_;
+    objects_.push_back(std::move(object));
+  }
+
+  void removeObjectAtIndex(std::size_t index) {
+    // The object dies last, when the array is whole again: its destructor may look at the array.
+    const Strong<T> removed = objects_.at(index);
+    ++mutations_;
+    objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
+  }
+
+  void removeAllObjects() {
+    if (!objects_.empty()) {
+      ++mutations_;
+      const std::vector<Strong<T>> removed = std::exchange(objects_, {});
+    }
+  }
+
+  /// The end of a walk.
+  struct End {};
+
+  /// A walk in progress; each element is kept alive while it is being told.
+  class Walk {
+   public:
+    explicit Walk(const NSMutableArray& array) : array_(array), mutations_(array.mutations_) {}
+
+    Strong<T> operator*() const { return array_.objects_[index_]; }
+    Walk& operator++() {
+      if (array_.mutations_ != mutations_) {
+        throw NSCollectionMutatedError();
+      }
+      ++index_;
+      return *this;
+    }
+    bool operator==(End) const { return index_ >= array_.objects_.size(); }
+
+   private:
+    const NSMutableArray& array_;
+    std::size_t index_ = 0;
+    std::size_t mutations_;
+  };
+
+  [[nodiscard]] Walk begin() const { return Walk(*this); }
+  [[nodiscard]] End end() const { return {}; }
+
+ private:
+  std::vector<Strong<T>> objects_;
+  std::size_t mutations_ = 0;
+};
+
+}  // namespace vel

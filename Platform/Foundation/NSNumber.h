@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <variant>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel {
+
+/// An immutable number, kept in the kind it was given in.
+class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
+ public:
+  using Value = std::variant<std::int64_t, std::uint64_t, double>;
+
+  explicit NSNumber(Value value) : value_(value) {}
+
+  static Strong<NSNumber> numberWithDouble(double value) { return make<NSNumber>(Value(value)); }
+  static Strong<NSNumber> numberWithInteger(std::int64_t value) {
+    return make<NSNumber>(Value(value));
+  }
+  static Strong<NSNumber> numberWithUnsignedInteger(std::uint64_t value) {
+    return make<NSNumber>(Value(value));
+  }
+
+  /// The number rounded to single precision; out of range plus or minus infinity.
+  [[nodiscard]] float floatValue() const {
+    static_assert(std::numeric_limits<float>::is_iec559, "out of range has to give infinity");
+    return std::visit([](auto value) { return static_cast<float>(value); }, value_);
+  }
+
+ private:
+  Value value_;
+};
+
+}  // namespace vel

@@ -1,0 +1,94 @@
+#include "Platform/Foundation/NSString.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace vel {
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+
+bool isDigit(char character) { return character >= '0' && character <= '9'; }
+
+std::size_t digitsFrom(std::string_view text, std::size_t start) {
+  std::size_t end = start;
+  while (end < text.size() && isDigit(text[end])) {
+    ++end;
+  }
+  return end - start;
+}
+
+// The length of the unsigned decimal number at the start of the text; 0 where there is none.
+std::size_t decimalPrefix(std::string_view text) {
+  std::size_t end = digitsFrom(text, 0);
+  std::size_t digits = end;
+  if (end < text.size() && text[end] == '.') {
+    const std::size_t fraction = digitsFrom(text, end + 1);
+    digits += fraction;
+    end += 1 + fraction;
+  }
+  if (digits == 0) {
+    return 0;
+  }
+  if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
+    std::size_t exponent = end + 1;
+    if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) {
+      ++exponent;
+    }
+    if (const std::size_t count = digitsFrom(text, exponent); count > 0) {
+      end = exponent + count;
+    }
+  }
+  return end;
+}
+
+// Whether a decimal number that does not fit a float is too large, rather than too small: the place
+// of its first digit other than 0, moved by the exponent, decides.
+bool isLarge(std::string_view number) {
+  const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
+  const std::string_view mantissa = number.substr(0, mantissaEnd);
+  const std::size_t first = mantissa.find_first_of("123456789");
+  if (first == std::string_view::npos) {
+    return false;
+  }
+  const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+  const auto place = static_cast<long long>(point) - static_cast<long long>(first);
+  std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
+  const bool negative = exponent.starts_with('-');
+  exponent.remove_prefix(exponent.starts_with('+') || negative ? 1 : 0);
+  long long magnitude = 0;
+  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), magnitude).ec ==
+      std::errc::result_out_of_range) {
+    return !negative;
+  }
+  return place > (negative ? magnitude : -magnitude);
+}
+
+}  // namespace
+
+bool NSString::isEqual(const NSObjectProtocol* other) const {
+  const auto* string = dynamic_cast<const NSString*>(other);
+  return string != nullptr && isEqualToString(string->text_);
+}
+
+float NSString::floatValue() const {
+  std::string_view text = text_;
+  text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+  const bool negative = text.starts_with('-');
+  text.remove_prefix(text.starts_with('+') || negative ? 1 : 0);
+  const std::string_view number = text.substr(0, decimalPrefix(text));
+  if (number.empty()) {
+    return 0;
+  }
+  float value = 0;
+  if (std::from_chars(number.data(), number.data() + number.size(), value).ec ==
+      std::errc::result_out_of_range) {
+    value = isLarge(number) ? std::numeric_limits<float>::infinity() : 0;
+  }
+  return negative ? -value : value;
+}
+
+}  // namespace vel

@@ -1,0 +1,71 @@
+#include "Platform/Foundation/NSTimer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Platform/Foundation/NSRunLoop.h"
+#include "Platform/Foundation/PlatformObserver.h"
+
+namespace vel {
+
+namespace {
+
+constexpr Nanoseconds kShortestInterval = 100'000;
+
+}  // namespace
+
+NSTimer::NSTimer(Nanoseconds firstFireDate, Nanoseconds interval, bool repeats,
+                 Strong<NSObject> target, Callout callout)
+    : firstFireDate_(firstFireDate),
+      fireDate_(firstFireDate),
+      interval_(interval),
+      repeats_(repeats),
+      target_(std::move(target)),
+      callout_(callout) {}
+
+Strong<NSTimer> NSTimer::schedule(double interval, Strong<NSObject> target, bool repeats,
+                                  Callout callout) {
+  const Nanoseconds now = NSRunLoop::mainRunLoop().now();
+  const Nanoseconds span =
+      interval > 0 ? std::max(nanosecondsFromSeconds(interval), Nanoseconds{1}) : kShortestInterval;
+  const Nanoseconds first = span < kNever - now ? now + span : kNever;
+  auto timer = make<NSTimer>(first, span, repeats, std::move(target), callout);
+  if (NSRunLoop* loop = NSRunLoop::currentRunLoop()) {
+    loop->addTimerForMode(timer, NSDefaultRunLoopMode);
+  }
+  return timer;
+}
+
+void NSTimer::invalidate() {
+  if (!valid_) {
+    return;
+  }
+  valid_ = false;
+  const Strong<NSTimer> kept = self();
+  NSRunLoop::mainRunLoop().remove(*this);
+  const Strong<NSObject> released = std::move(target_);
+}
+
+void NSTimer::advance(Nanoseconds now) {
+  fireDate_ = firstFireDate_ + ((now - firstFireDate_) / interval_ + 1) * interval_;
+}
+
+void NSTimer::fire() {
+  const Strong<NSObject> target = target_;
+  if (!repeats_) {
+    invalidate();
+  }
+  struct Firing {
+    bool& flag;
+    explicit Firing(bool& firing) : flag(firing) { flag = true; }
+    Firing(const Firing&) = delete;
+    Firing& operator=(const Firing&) = delete;
+    ~Firing() { flag = false; }
+  } const firing(firing_);
+  if (target != nullptr) {
+    callout_(*target, *this);
+  }
+  observePlatform([&](PlatformObserver& observer) { observer.timerFired(*this, target); });
+}
+
+}  // namespace vel

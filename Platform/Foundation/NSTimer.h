@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+
+#include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NSObject.h"
+#include "Platform/Foundation/Time.h"
+
+namespace vel {
+
+/// A mode of the run loop: a timer fires only in the modes it was added for.
+enum class NSRunLoopMode : std::uint8_t { Default = 1, ModalPanel = 2, EventTracking = 4 };
+
+inline constexpr NSRunLoopMode NSDefaultRunLoopMode = NSRunLoopMode::Default;
+inline constexpr NSRunLoopMode NSModalPanelRunLoopMode = NSRunLoopMode::ModalPanel;
+inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::EventTracking;
+
+/// A run loop timer: once or repeatedly, after an interval, it calls an operation of its target,
+/// which it keeps alive until it is invalidated or has fired its only time. Main thread.
+class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
+ public:
+  using Callout = void (*)(NSObject& target, NSTimer& timer);
+
+  NSTimer(Nanoseconds firstFireDate, Nanoseconds interval, bool repeats, Strong<NSObject> target,
+          Callout callout);
+
+  /// Makes a timer and schedules it on the current thread's run loop in the default mode:
+  /// `NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
+  /// true)`. The interval is in seconds; 0 or less counts as 0.1 ms. On a thread without a run loop
+  /// the timer is made and never fires.
+  template <auto Selector, class Target>
+  static Strong<NSTimer> scheduledTimerWithTimeIntervalTargetSelectorRepeats(
+      double interval, const Strong<Target>& target, bool repeats) {
+    return schedule(interval, target, repeats, [](NSObject& receiver, NSTimer& timer) {
+      if constexpr (std::is_invocable_v<decltype(Selector), Target&, NSTimer&>) {
+        (static_cast<Target&>(receiver).*Selector)(timer);
+      } else {
+        (static_cast<Target&>(receiver).*Selector)();
+      }
+    });
+  }
+
+  /// False once invalidated, and after the only firing of a timer that does not repeat.
+  [[nodiscard]] bool isValid() const { return valid_; }
+  /// Ends the timer and releases its target. A second time does nothing.
+  void invalidate();
+  /// When it fires next, on the run loop's clock.
+  [[nodiscard]] Nanoseconds fireDate() const { return fireDate_; }
+  /// None once invalid.
+  [[nodiscard]] const Strong<NSObject>& target() const { return target_; }
+
+ private:
+  friend class NSRunLoop;
+
+  static Strong<NSTimer> schedule(double interval, Strong<NSObject> target, bool repeats,
+                                  Callout callout);
+  // Moves the fire date past `now`: a timer that is late fires once and keeps its phase.
+  void advance(Nanoseconds now);
+  // Calls the target. Whoever calls this keeps the timer alive.
+  void fire();
+
+  Nanoseconds firstFireDate_;
+  Nanoseconds fireDate_;
+  Nanoseconds interval_;
+  bool repeats_;
+  bool valid_ = true;
+  bool firing_ = false;
+  Strong<NSObject> target_;
+  Callout callout_;
+  // What the run loop keeps about it: the modes it fires in, and its place among equals.
+  std::uint8_t modes_ = 0;
+  std::uint64_t order_ = 0;
+};
+
+}  // namespace vel

@@ -1,0 +1,161 @@
+#include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+
+namespace vel {
+
+HeadlessWindowSystem::Window* HeadlessWindowSystem::find(WindowHandle window) {
+  const auto found = windows_.find(window);
+  return found == windows_.end() ? nullptr : &found->second;
+}
+
+const HeadlessWindowSystem::Window* HeadlessWindowSystem::window(WindowHandle window) const {
+  const auto found = windows_.find(window);
+  return found == windows_.end() ? nullptr : &found->second;
+}
+
+WindowHandle HeadlessWindowSystem::createWindow(const WindowDescription& description) {
+  const auto handle = static_cast<WindowHandle>(++created_);
+  windows_[handle].description = description;
+  return handle;
+}
+
+std::optional<AdoptedWindow> HeadlessWindowSystem::adoptWindow(std::uint64_t /*nativeId*/,
+                                                               std::string& error) {
+  error = "the headless display has no windows of other programs";
+  return std::nullopt;
+}
+
+void HeadlessWindowSystem::releaseWindow(WindowHandle window) {
+  orderOut(window);
+  windows_.erase(window);
+}
+
+void HeadlessWindowSystem::orderFront(WindowHandle window) {
+  if (Window* const state = find(window)) {
+    state->onScreen = true;
+    state->miniaturized = false;
+  }
+}
+
+void HeadlessWindowSystem::orderOut(WindowHandle window) {
+  if (Window* const state = find(window)) {
+    state->onScreen = false;
+  }
+  if (focus_ == window) {
+    focus_ = WindowHandle::None;
+  }
+}
+
+void HeadlessWindowSystem::requestFocus(WindowHandle window) {
+  const Window* const state = find(window);
+  if (state == nullptr || !state->onScreen) {
+    return;
+  }
+  focus_ = window;
+  if (delegate_ != nullptr) {
+    delegate_->focusMoved(window);
+  }
+}
+
+void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
+  Window* const state = find(window);
+  if (state == nullptr || state->miniaturized == miniaturized) {
+    return;
+  }
+  state->miniaturized = miniaturized;
+  state->onScreen = !miniaturized;
+  if (miniaturized && focus_ == window) {
+    focus_ = WindowHandle::None;
+  }
+  if (delegate_ != nullptr) {
+    delegate_->miniaturizedChanged(window, miniaturized);
+  }
+}
+
+void HeadlessWindowSystem::setFrame(WindowHandle window, CGRect frame) {
+  if (Window* const state = find(window)) {
+    state->description.frame = frame;
+  }
+}
+
+void HeadlessWindowSystem::setTitle(WindowHandle window, std::string_view title) {
+  if (Window* const state = find(window)) {
+    state->description.title = title;
+  }
+}
+
+void HeadlessWindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
+  if (Window* const state = find(window)) {
+    state->description.styleMask = styleMask;
+  }
+}
+
+void HeadlessWindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
+  if (Window* const state = find(window)) {
+    state->description.movableByBackground = movable;
+  }
+}
+
+void HeadlessWindowSystem::setScene(WindowHandle window, const Scene& scene) {
+  if (Window* const state = find(window)) {
+    state->scene = scene;
+  }
+}
+
+void HeadlessWindowSystem::userMovesFocusAway() {
+  focus_ = WindowHandle::None;
+  if (delegate_ != nullptr) {
+    delegate_->focusMoved(WindowHandle::None);
+  }
+}
+
+void HeadlessWindowSystem::userDeactivatesApplication() {
+  focus_ = WindowHandle::None;
+  if (delegate_ != nullptr) {
+    delegate_->applicationDeactivated();
+  }
+}
+
+void HeadlessWindowSystem::userActivatesApplication() {
+  if (delegate_ != nullptr) {
+    delegate_->applicationActivated(WindowHandle::None);
+  }
+}
+
+void HeadlessWindowSystem::userClosesWindow(WindowHandle window) {
+  const Window* const state = find(window);
+  if (state != nullptr && delegate_ != nullptr &&
+      (state->description.styleMask & NSWindowStyleMaskClosable) != 0) {
+    delegate_->closeAsked(window);
+  }
+}
+
+void HeadlessWindowSystem::userResizesWindow(WindowHandle window, CGRect frame) {
+  Window* const state = find(window);
+  if (state == nullptr) {
+    return;
+  }
+  state->description.frame = frame;
+  if (delegate_ != nullptr) {
+    delegate_->frameChanged(window, frame);
+  }
+}
+
+void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
+  if (focus_ == window) {
+    focus_ = WindowHandle::None;
+  }
+  if (windows_.erase(window) > 0 && delegate_ != nullptr) {
+    delegate_->windowGone(window);
+  }
+}
+
+void HeadlessWindowSystem::connectionBreaks(std::string_view reason) {
+  windows_.clear();
+  focus_ = WindowHandle::None;
+  modal_ = WindowHandle::None;
+  if (delegate_ != nullptr) {
+    delegate_->displayLost(reason);
+  }
+}
+
+}  // namespace vel

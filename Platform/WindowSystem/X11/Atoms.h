@@ -1,0 +1,59 @@
+// The names that are agreed on with the server once, when the connection is opened.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace vel::x11 {
+
+enum class Atom : std::size_t {
+  Utf8String,
+  WmState,
+  WmProtocols,
+  WmDeleteWindow,
+  WmChangeState,
+  MotifWmHints,
+  NetSupported,
+  NetSupportingWmCheck,
+  NetActiveWindow,
+  NetWmName,
+  NetWmPid,
+  NetWmState,
+  NetWmStateModal,
+  NetWmWindowType,
+  NetWmWindowTypeNormal,
+  NetWmWindowTypeDialog,
+  NetWmAllowedActions,
+  NetWmActionClose,
+  NetWmActionMinimize,
+  NetWmActionResize,
+  VelTime,
+  Count,
+};
+
+inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Count)> kAtomNames{
+    "UTF8_STRING",
+    "WM_STATE",
+    "WM_PROTOCOLS",
+    "WM_DELETE_WINDOW",
+    "WM_CHANGE_STATE",
+    "_MOTIF_WM_HINTS",
+    "_NET_SUPPORTED",
+    "_NET_SUPPORTING_WM_CHECK",
+    "_NET_ACTIVE_WINDOW",
+    "_NET_WM_NAME",
+    "_NET_WM_PID",
+    "_NET_WM_STATE",
+    "_NET_WM_STATE_MODAL",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_TYPE_NORMAL",
+    "_NET_WM_WINDOW_TYPE_DIALOG",
+    "_NET_WM_ALLOWED_ACTIONS",
+    "_NET_WM_ACTION_CLOSE",
+    "_NET_WM_ACTION_MINIMIZE",
+    "_NET_WM_ACTION_RESIZE",
+    "_VEL_TIME",
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,48 @@
+#include "Platform/WindowSystem/X11/Colors.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace vel::x11 {
+
+namespace {
+
+std::uint32_t placed(double component, std::uint32_t mask) {
+  if (mask == 0) {
+    return 0;
+  }
+  const int shift = std::countr_zero(mask);
+  const double greatest = mask >> shift;
+  return static_cast<std::uint32_t>(std::lround(std::clamp(component, 0.0, 1.0) * greatest))
+         << shift;
+}
+
+}  // namespace
+
+PixelFormat::PixelFormat(const xcb_screen_t& screen, xcb_visualid_t visual, std::uint8_t depth)
+    : screen_(screen), depthMask_(depth < 32 ? (1U << depth) - 1 : ~0U) {
+  for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
+       xcb_depth_next(&depths)) {
+    for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
+         xcb_visualtype_next(&visuals)) {
+      if (visuals.data->visual_id == visual) {
+        visual_ = visuals.data;
+      }
+    }
+  }
+}
+
+std::uint32_t PixelFormat::pixel(CGColor color) const {
+  if (visual_ == nullptr || (visual_->_class != XCB_VISUAL_CLASS_TRUE_COLOR &&
+                             visual_->_class != XCB_VISUAL_CLASS_DIRECT_COLOR)) {
+    const bool light = color.red + color.green + color.blue > 1.5;
+    return light ? screen_.white_pixel : screen_.black_pixel;
+  }
+  // Bits that no colour uses are the opacity, where there is one.
+  const std::uint32_t used = visual_->red_mask | visual_->green_mask | visual_->blue_mask;
+  return placed(color.red, visual_->red_mask) | placed(color.green, visual_->green_mask) |
+         placed(color.blue, visual_->blue_mask) | (depthMask_ & ~used);
+}
+
+}  // namespace vel::x11

@@ -1,0 +1,283 @@
+#include "Platform/WindowSystem/X11/Connection.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <utility>
+
+#include "Platform/Foundation/NSLog.h"
+
+namespace vel::x11 {
+
+namespace {
+
+// More than can be under way between two looks at the events.
+constexpr std::size_t kRequestsRemembered = 2048;
+constexpr std::size_t kEndedWindowsRemembered = 256;
+constexpr std::uint32_t kWholeProperty = 0x1FFFFFFF;
+
+constexpr std::array kErrorNames{
+    "Success",   "BadRequest", "BadValue",    "BadWindow",   "BadPixmap", "BadAtom",
+    "BadCursor", "BadFont",    "BadMatch",    "BadDrawable", "BadAccess", "BadAlloc",
+    "BadColor",  "BadGC",      "BadIDChoice", "BadName",     "BadLength", "BadImplementation"};
+
+std::string nameOfError(std::uint8_t code) {
+  return code < kErrorNames.size() ? kErrorNames.at(code) : "error " + std::to_string(code);
+}
+
+const char* reasonOf(int connectionError) {
+  switch (connectionError) {
+    case XCB_CONN_CLOSED_PARSE_ERR:
+      return "its name is malformed";
+    case XCB_CONN_CLOSED_INVALID_SCREEN:
+      return "it has no such screen";
+    default:
+      return "it does not answer";
+  }
+}
+
+sigset_t brokenPipe() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGPIPE);
+  return signals;
+}
+
+}  // namespace
+
+// Property
+
+std::vector<std::uint32_t> Property::numbers() const {
+  std::vector<std::uint32_t> numbers(format == 32 ? bytes.size() / sizeof(std::uint32_t) : 0);
+  if (!numbers.empty()) {
+    std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
+  }
+  return numbers;
+}
+
+Property Property::ofNumbers(xcb_atom_t type, std::span<const std::uint32_t> numbers) {
+  const auto bytes = std::as_bytes(numbers);
+  Property property{.type = type, .format = 32, .bytes = std::vector<std::uint8_t>(bytes.size())};
+  if (!bytes.empty()) {
+    std::memcpy(property.bytes.data(), bytes.data(), bytes.size());
+  }
+  return property;
+}
+
+Property Property::ofText(xcb_atom_t type, std::string_view text) {
+  return {.type = type, .format = 8, .bytes = {text.begin(), text.end()}};
+}
+
+// BrokenPipeGuard
+
+BrokenPipeGuard::BrokenPipeGuard() {
+  sigset_t pending;
+  sigpending(&pending);
+  if (sigismember(&pending, SIGPIPE) != 0) {
+    return;  // somebody else's, and blocked: ours cannot end the process either
+  }
+  const sigset_t signals = brokenPipe();
+  sigset_t before;
+  pthread_sigmask(SIG_BLOCK, &signals, &before);
+  blockedHere_ = sigismember(&before, SIGPIPE) == 0;
+}
+
+BrokenPipeGuard::~BrokenPipeGuard() {
+  if (blockedHere_) {
+    const sigset_t signals = brokenPipe();
+    constexpr timespec kNow{};
+    sigtimedwait(&signals, nullptr, &kNow);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+  }
+}
+
+// Connection
+
+std::unique_ptr<Connection> Connection::open(const std::string& displayName, std::string& error) {
+  int number = 0;
+  const char* const name = displayName.empty() ? nullptr : displayName.c_str();
+  xcb_connection_t* const connection = xcb_connect(name, &number);
+  if (const int failure = xcb_connection_has_error(connection); failure != 0) {
+    xcb_disconnect(connection);
+    const char* const environment = std::getenv("DISPLAY");
+    const std::string asked = name != nullptr ? name : environment != nullptr ? environment : "";
+    error = asked.empty() ? "no X11 display is named (DISPLAY is not set)"
+                          : "cannot open the X11 display \"" + asked + "\": " + reasonOf(failure);
+    return nullptr;
+  }
+  xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+  for (; number > 0 && screens.rem > 1; --number) {
+    xcb_screen_next(&screens);
+  }
+  return std::unique_ptr<Connection>(new Connection(connection, screens.data));
+}
+
+Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
+    : connection_(connection), screen_(screen) {
+  internAtoms();
+  timeWindow_ = makeId();
+  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  sent(xcb_create_window(connection_, 0, timeWindow_, root(), -1, -1, 1, 1, 0,
+                         XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                         &kEvents),
+       "CreateWindow", timeWindow_);
+}
+
+Connection::~Connection() {
+  const BrokenPipeGuard guard;
+  xcb_disconnect(connection_);
+}
+
+void Connection::internAtoms() {
+  std::array<xcb_intern_atom_cookie_t, kAtomNames.size()> cookies{};
+  std::ranges::transform(kAtomNames, cookies.begin(), [this](std::string_view name) {
+    return xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+  });
+  std::ranges::transform(cookies, atoms_.begin(), [this](xcb_intern_atom_cookie_t cookie) {
+    const auto reply = answer(xcb_intern_atom_reply, cookie, "InternAtom", root());
+    return reply == nullptr ? xcb_atom_t{XCB_ATOM_NONE} : reply->atom;
+  });
+}
+
+Event Connection::nextEvent() {
+  while (true) {
+    Event event;
+    if (events_.empty()) {
+      event.reset(xcb_poll_for_event(connection_));
+    } else {
+      event = std::move(events_.front());
+      events_.pop_front();
+    }
+    if (event == nullptr) {
+      return nullptr;
+    }
+    if (event->response_type != 0) {
+      forgetAnswered(event->full_sequence);
+      return event;
+    }
+    FromServer<xcb_generic_error_t> error(
+        reinterpret_cast<xcb_generic_error_t*>(event.release()));  // NOLINT(*-reinterpret-cast)
+    const auto request = std::ranges::find(sent_, error->full_sequence, &SentRequest::sequence);
+    if (request == sent_.end()) {
+      noteError(std::move(error), "a request", XCB_WINDOW_NONE);
+    } else {
+      const SentRequest found = *request;
+      forgetAnswered(error->full_sequence);
+      noteError(std::move(error), found.name, found.window);
+    }
+  }
+}
+
+bool Connection::hasReadEvents() {
+  if (events_.empty()) {
+    if (Event event{xcb_poll_for_queued_event(connection_)}) {
+      events_.push_back(std::move(event));
+    }
+  }
+  return !events_.empty();
+}
+
+void Connection::sent(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
+  if (sent_.size() == kRequestsRemembered) {
+    sent_.pop_front();
+  }
+  sent_.push_back({cookie.sequence, request, window});
+}
+
+// Whatever was sent before the request that an event is numbered after has been carried out.
+void Connection::forgetAnswered(unsigned sequence) {
+  while (!sent_.empty() && static_cast<int>(sent_.front().sequence - sequence) < 0) {
+    sent_.pop_front();
+  }
+}
+
+void Connection::noteError(FromServer<xcb_generic_error_t> error, const char* request,
+                           xcb_window_t window) {
+  failures_.push_back({error->error_code, request, window});
+}
+
+void Connection::windowEnded(xcb_window_t window) {
+  if (ended_.size() == kEndedWindowsRemembered) {
+    ended_.pop_front();
+  }
+  ended_.push_back(window);
+}
+
+void Connection::reportErrors() {
+  for (const Failure& failure : std::exchange(failures_, {})) {
+    if (std::ranges::find(ended_, failure.window) == ended_.end()) {
+      NSLog("X11: %s for window %s failed: %s", std::string_view(failure.request),
+            std::to_string(failure.window), nameOfError(failure.code));
+    }
+  }
+}
+
+xcb_get_property_cookie_t Connection::askForProperty(xcb_window_t window, xcb_atom_t name) const {
+  return xcb_get_property(connection_, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                          kWholeProperty);
+}
+
+std::optional<Property> Connection::property(xcb_window_t window, xcb_atom_t name) {
+  return property(askForProperty(window, name), window);
+}
+
+std::optional<Property> Connection::property(xcb_get_property_cookie_t cookie,
+                                             xcb_window_t window) {
+  const auto reply = answer(xcb_get_property_reply, cookie, "GetProperty", window);
+  if (reply == nullptr || reply->type == XCB_ATOM_NONE) {
+    return std::nullopt;
+  }
+  const std::span bytes(static_cast<const std::uint8_t*>(xcb_get_property_value(reply.get())),
+                        static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+  return Property{reply->type, reply->format, {bytes.begin(), bytes.end()}};
+}
+
+void Connection::setProperty(xcb_window_t window, xcb_atom_t name,
+                             const std::optional<Property>& value) {
+  if (!value) {
+    sent(xcb_delete_property(connection_, window, name), "DeleteProperty", window);
+    return;
+  }
+  const std::size_t count = value->bytes.size() / (value->format / 8U);
+  sent(xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
+                           value->format, static_cast<std::uint32_t>(count), value->bytes.data()),
+       "ChangeProperty", window);
+}
+
+void Connection::tellWindowManager(xcb_window_t window, Atom message,
+                                   const std::array<std::uint32_t, 5>& data) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = atom(message);
+  std::ranges::copy(data, event.data.data32);
+  std::array<char, 32> bytes{};
+  static_assert(sizeof event == bytes.size());
+  std::memcpy(bytes.data(), &event, bytes.size());
+  sent(xcb_send_event(connection_, 0, root(),
+                      XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                      bytes.data()),
+       "SendEvent", window);
+}
+
+// A property written without a change brings an event with the time of the writing.
+xcb_timestamp_t Connection::time() {
+  sent(xcb_change_property(connection_, XCB_PROP_MODE_APPEND, timeWindow_, atom(Atom::VelTime),
+                           XCB_ATOM_CARDINAL, 32, 0, nullptr),
+       "ChangeProperty", timeWindow_);
+  flush();
+  while (Event event{xcb_wait_for_event(connection_)}) {
+    if (typeOf(*event) == XCB_PROPERTY_NOTIFY) {
+      const auto notice = eventAs<xcb_property_notify_event_t>(*event);
+      if (notice.window == timeWindow_) {
+        return notice.time;
+      }
+    }
+    events_.push_back(std::move(event));
+  }
+  return XCB_CURRENT_TIME;
+}
+
+}  // namespace vel::x11

@@ -1,0 +1,160 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/WindowSystem/X11/Atoms.h"
+
+namespace vel::x11 {
+
+struct FreeMemory {
+  void operator()(void* memory) const { std::free(memory); }  // NOLINT(*-no-malloc): XCB's way
+};
+
+/// What XCB hands over and the receiver frees.
+template <class T>
+using FromServer = std::unique_ptr<T, FreeMemory>;
+using Event = FromServer<xcb_generic_event_t>;
+
+/// An event as what its type says it is.
+template <class T>
+[[nodiscard]] T eventAs(const xcb_generic_event_t& event) {
+  static_assert(sizeof(T) <= sizeof event);
+  T result;
+  std::memcpy(&result, &event, sizeof result);
+  return result;
+}
+[[nodiscard]] inline int typeOf(const xcb_generic_event_t& event) {
+  return event.response_type & 0x7F;  // the bit taken out says that a client has sent it
+}
+
+/// A property's value as it stands on a window, to the byte.
+struct Property {
+  xcb_atom_t type = XCB_ATOM_NONE;
+  std::uint8_t format = 8;
+  std::vector<std::uint8_t> bytes;
+  bool operator==(const Property&) const = default;
+
+  /// The value as 32-bit numbers; none where it is of another format.
+  [[nodiscard]] std::vector<std::uint32_t> numbers() const;
+  [[nodiscard]] std::string text() const { return {bytes.begin(), bytes.end()}; }
+  static Property ofNumbers(xcb_atom_t type, std::span<const std::uint32_t> numbers);
+  static Property ofText(xcb_atom_t type, std::string_view text);
+};
+
+/// Keeps a write to a connection that has just been closed at the other end from ending the
+/// process: XCB writes without asking not to be sent SIGPIPE. Held around everything that may
+/// write; what the host has done about the signal is as it was afterwards.
+class BrokenPipeGuard {
+ public:
+  BrokenPipeGuard();
+  BrokenPipeGuard(const BrokenPipeGuard&) = delete;
+  BrokenPipeGuard& operator=(const BrokenPipeGuard&) = delete;
+  BrokenPipeGuard(BrokenPipeGuard&&) = delete;
+  BrokenPipeGuard& operator=(BrokenPipeGuard&&) = delete;
+  ~BrokenPipeGuard();
+
+ private:
+  bool blockedHere_ = false;
+};
+
+/// The connection to the server: its events in order, requests and the errors that come back for
+/// them, and properties. An error is named after the request that it answers and written to the
+/// log; what fails because a window has ended is not an error, the window's end is told by an
+/// event.
+class Connection {
+ public:
+  /// None, with the reason in `error`, where the display does not answer. An empty name stands for
+  /// the environment's display.
+  static std::unique_ptr<Connection> open(const std::string& displayName, std::string& error);
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  Connection(Connection&&) = delete;
+  Connection& operator=(Connection&&) = delete;
+  ~Connection();
+
+  [[nodiscard]] xcb_connection_t* get() const { return connection_; }
+  [[nodiscard]] const xcb_screen_t& screen() const { return *screen_; }
+  [[nodiscard]] xcb_window_t root() const { return screen_->root; }
+  [[nodiscard]] xcb_atom_t atom(Atom atom) const { return atoms_[static_cast<std::size_t>(atom)]; }
+  [[nodiscard]] xcb_window_t makeId() const { return xcb_generate_id(connection_); }
+  [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
+  void flush() const { xcb_flush(connection_); }
+
+  /// The next event that has come; none if there is none. Never waits. Errors do not appear here.
+  Event nextEvent();
+  /// Whether an event has been read already, so that the descriptor does not tell of it.
+  bool hasReadEvents();
+
+  /// Notes which request `cookie` stands for, so that an error can be named.
+  void sent(xcb_void_cookie_t cookie, const char* request, xcb_window_t window);
+  /// Waits for the answer of a request; none where there is none, and the error is noted.
+  template <class Reply, class Cookie>
+  FromServer<Reply> answer(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+                           Cookie cookie, const char* request, xcb_window_t window) {
+    xcb_generic_error_t* error = nullptr;
+    FromServer<Reply> reply(wait(connection_, cookie, &error));
+    if (error != nullptr) {
+      noteError(FromServer<xcb_generic_error_t>(error), request, window);
+    }
+    return reply;
+  }
+  /// Says that `window` no longer exists: what has failed or will fail because of it is no error.
+  void windowEnded(xcb_window_t window);
+  /// Writes the errors noted to the log, less those explained by a window's end. To be called when
+  /// no events are left.
+  void reportErrors();
+
+  /// A window's property, none where it is absent. Waits.
+  std::optional<Property> property(xcb_window_t window, xcb_atom_t name);
+  [[nodiscard]] xcb_get_property_cookie_t askForProperty(xcb_window_t window,
+                                                         xcb_atom_t name) const;
+  std::optional<Property> property(xcb_get_property_cookie_t cookie, xcb_window_t window);
+  /// Sets a window's property, or removes it.
+  void setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
+  /// Sends a message to a window manager, through the root window.
+  void tellWindowManager(xcb_window_t window, Atom message,
+                         const std::array<std::uint32_t, 5>& data);
+  /// The server's time. Waits.
+  xcb_timestamp_t time();
+
+ private:
+  struct SentRequest {
+    unsigned sequence;
+    const char* name;
+    xcb_window_t window;
+  };
+  struct Failure {
+    std::uint8_t code;
+    const char* request;
+    xcb_window_t window;
+  };
+
+  Connection(xcb_connection_t* connection, xcb_screen_t* screen);
+
+  void internAtoms();
+  void noteError(FromServer<xcb_generic_error_t> error, const char* request, xcb_window_t window);
+  void forgetAnswered(unsigned sequence);
+
+  xcb_connection_t* connection_;
+  xcb_screen_t* screen_;
+  xcb_window_t timeWindow_ = XCB_WINDOW_NONE;
+  std::array<xcb_atom_t, static_cast<std::size_t>(Atom::Count)> atoms_{};
+  std::deque<Event> events_;
+  std::deque<SentRequest> sent_;
+  std::deque<xcb_window_t> ended_;
+  std::vector<Failure> failures_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,111 @@
+#include "Platform/WindowSystem/X11/Display.h"
+
+#include <xcb/randr.h>
+
+#include <charconv>
+#include <cmath>
+
+namespace vel::x11 {
+
+namespace {
+
+constexpr double kOrdinaryDpi = 96;
+constexpr double kLeastScale = 0.5;
+constexpr double kGreatestScale = 16;
+constexpr std::string_view kResource = "Xft.dpi:";
+
+int rounded(double value) { return static_cast<int>(std::lround(value)); }
+
+}  // namespace
+
+double scaleFromResources(std::string_view resources) {
+  while (!resources.empty()) {
+    const std::size_t end = std::min(resources.find('\n'), resources.size());
+    std::string_view line = resources.substr(0, end);
+    resources.remove_prefix(std::min(end + 1, resources.size()));
+    if (!line.starts_with(kResource)) {
+      continue;
+    }
+    line.remove_prefix(std::min(line.find_first_not_of(" \t", kResource.size()), line.size()));
+    double dpi = 0;
+    std::from_chars(line.data(), line.data() + line.size(), dpi);
+    const double scale = dpi / kOrdinaryDpi;
+    return scale >= kLeastScale && scale <= kGreatestScale ? scale : 1;
+  }
+  return 1;
+}
+
+Display::Display(Connection& connection) : connection_(connection) {
+  if (const auto resources = connection_.property(connection_.root(), XCB_ATOM_RESOURCE_MANAGER)) {
+    scale_ = scaleFromResources(resources->text());
+  }
+  const xcb_query_extension_reply_t* const randr =
+      xcb_get_extension_data(connection_.get(), &xcb_randr_id);
+  if (randr != nullptr && randr->present != 0) {
+    monitorsChanged_ = randr->first_event + XCB_RANDR_SCREEN_CHANGE_NOTIFY;
+    connection_.answer(xcb_randr_query_version_reply,
+                       xcb_randr_query_version(connection_.get(), 1, 5), "RRQueryVersion",
+                       connection_.root());
+    connection_.sent(xcb_randr_select_input(connection_.get(), connection_.root(),
+                                            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE),
+                     "RRSelectInput", connection_.root());
+  }
+  readMonitors();
+}
+
+void Display::readMonitors() {
+  first_ = {0, 0, connection_.screen().width_in_pixels, connection_.screen().height_in_pixels};
+  if (monitorsChanged_ < 0) {
+    return;
+  }
+  const auto monitors =
+      connection_.answer(xcb_randr_get_monitors_reply,
+                         xcb_randr_get_monitors(connection_.get(), connection_.root(), 1),
+                         "RRGetMonitors", connection_.root());
+  if (monitors == nullptr) {
+    return;
+  }
+  bool found = false;
+  for (auto next = xcb_randr_get_monitors_monitors_iterator(monitors.get()); next.rem > 0;
+       xcb_randr_monitor_info_next(&next)) {
+    if (!found || next.data->primary != 0) {
+      first_ = {next.data->x, next.data->y, next.data->width, next.data->height};
+    }
+    if (next.data->primary != 0) {
+      return;
+    }
+    found = true;
+  }
+}
+
+bool Display::handle(const xcb_generic_event_t& event) {
+  if (typeOf(event) != monitorsChanged_) {
+    return false;
+  }
+  readMonitors();
+  return true;
+}
+
+CGRect Display::points(PixelRect pixels) const {
+  const int bottom = first_.y + first_.height;
+  return CGRectMake((pixels.x - first_.x) / scale_, (bottom - pixels.y - pixels.height) / scale_,
+                    pixels.width / scale_, pixels.height / scale_);
+}
+
+PixelRect Display::pixels(CGRect points) const {
+  const int width = rounded(points.size.width * scale_);
+  const int height = rounded(points.size.height * scale_);
+  const int bottom = first_.y + first_.height;
+  return {first_.x + rounded(points.origin.x * scale_),
+          bottom - rounded(points.origin.y * scale_) - height, width, height};
+}
+
+PixelRect Display::contentPixels(CGRect points, int contentHeight) const {
+  const int left = rounded(points.origin.x * scale_);
+  const int right = rounded((points.origin.x + points.size.width) * scale_);
+  const int top = contentHeight - rounded((points.origin.y + points.size.height) * scale_);
+  const int bottom = contentHeight - rounded(points.origin.y * scale_);
+  return {left, top, right - left, bottom - top};
+}
+
+}  // namespace vel::x11

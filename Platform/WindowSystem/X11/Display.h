@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+
+namespace vel::x11 {
+
+/// Whole pixels, with y growing downwards from the upper left corner.
+struct PixelRect {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+  bool operator==(const PixelRect&) const = default;
+};
+
+/// The value of Xft.dpi in a resource database, as a scale where 96 is 1; 1 where there is none or
+/// it makes no sense.
+[[nodiscard]] double scaleFromResources(std::string_view resources);
+
+/// How points become pixels and back. A point is as many pixels as the display's scale says
+/// (Xft.dpi over 96, looked at once), everywhere and for every window; the origin of the points is
+/// the lower left corner of the primary monitor, else of the first.
+class Display {
+ public:
+  explicit Display(Connection& connection);
+
+  [[nodiscard]] double scale() const { return scale_; }
+  /// A rectangle on the screen, its pixels counted from the root window's corner.
+  [[nodiscard]] CGRect points(PixelRect pixels) const;
+  [[nodiscard]] PixelRect pixels(CGRect points) const;
+  /// A rectangle in a window's content of the given height in pixels.
+  [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight) const;
+
+  /// Takes an event; answers whether the monitors have changed.
+  bool handle(const xcb_generic_event_t& event);
+
+ private:
+  void readMonitors();
+
+  Connection& connection_;
+  double scale_ = 1;
+  PixelRect first_;
+  int monitorsChanged_ = -1;  // the event's number
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,156 @@
+#include "Platform/WindowSystem/X11/StyleHints.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vel::x11 {
+
+namespace {
+
+// _MOTIF_WM_HINTS: flags, functions, decorations, input mode, status.
+constexpr std::size_t kMotifFields = 5;
+enum MotifField : std::size_t { kMotifFlags, kMotifFunctions, kMotifDecorations };
+constexpr std::uint32_t kHasFunctions = 1;
+constexpr std::uint32_t kHasDecorations = 2;
+
+// In both sets the first bit turns the others round: all but those.
+constexpr std::uint32_t kAllBut = 1;
+constexpr std::uint32_t kEveryFunction = 2 | 4 | 8 | 16 | 32;
+constexpr std::uint32_t kEveryDecoration = 2 | 4 | 8 | 16 | 32 | 64;
+constexpr std::uint32_t kMove = 4;
+
+struct Control {
+  NSWindowStyleMask bit;
+  std::uint32_t function;  // the one that stands for it, of those in `functions`
+  std::uint32_t functions;
+  std::uint32_t decorations;
+};
+constexpr std::array<Control, 3> kMotifControls{{
+    {NSWindowStyleMaskResizable, 2, 2 | 16, 4 | 64},  // maximising is resizing
+    {NSWindowStyleMaskMiniaturizable, 8, 8, 32},
+    {NSWindowStyleMaskClosable, 32, 32, 0},
+}};
+
+// WM_NORMAL_HINTS, as far as it is touched.
+constexpr std::size_t kNormalFields = 18;
+enum NormalField : std::size_t {
+  kNormalFlags,
+  kLeastWidth = 5,
+  kLeastHeight,
+  kGreatestWidth,
+  kGreatestHeight,
+  kGravity = 17,
+};
+constexpr std::uint32_t kPlacedByProgram = 1 | 2 | 4 | 8;  // USPosition, USSize, PPosition, PSize
+constexpr std::uint32_t kHasLeastSize = 16;
+constexpr std::uint32_t kHasGreatestSize = 32;
+constexpr std::uint32_t kHasGravity = 512;
+
+std::vector<std::uint32_t> fields(const std::optional<Property>& property, std::size_t count) {
+  std::vector<std::uint32_t> numbers;
+  if (property) {
+    numbers = property->numbers();
+  }
+  numbers.resize(std::max(numbers.size(), count));
+  return numbers;
+}
+
+std::uint32_t spelledOut(std::uint32_t set, std::uint32_t every) {
+  return (set & kAllBut) != 0 ? every & ~set : set;
+}
+
+std::uint32_t functionsOf(const std::vector<std::uint32_t>& motif) {
+  return (motif[kMotifFlags] & kHasFunctions) != 0
+             ? spelledOut(motif[kMotifFunctions], kEveryFunction)
+             : kEveryFunction;
+}
+
+std::uint32_t decorationsOf(const std::vector<std::uint32_t>& motif) {
+  return (motif[kMotifFlags] & kHasDecorations) != 0
+             ? spelledOut(motif[kMotifDecorations], kEveryDecoration)
+             : kEveryDecoration;
+}
+
+bool hasOneSize(const std::vector<std::uint32_t>& normal) {
+  constexpr std::uint32_t kBoth = kHasLeastSize | kHasGreatestSize;
+  return (normal[kNormalFlags] & kBoth) == kBoth && normal[kLeastWidth] == normal[kGreatestWidth] &&
+         normal[kLeastHeight] == normal[kGreatestHeight];
+}
+
+void change(std::uint32_t& set, std::uint32_t bits, bool has) {
+  set = has ? set | bits : set & ~bits;
+}
+
+void fixSize(std::vector<std::uint32_t>& normal, PixelRect size) {
+  normal[kNormalFlags] |= kHasLeastSize | kHasGreatestSize;
+  normal[kLeastWidth] = normal[kGreatestWidth] = static_cast<std::uint32_t>(size.width);
+  normal[kLeastHeight] = normal[kGreatestHeight] = static_cast<std::uint32_t>(size.height);
+}
+
+}  // namespace
+
+NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
+  const auto motif = fields(hints.motif, kMotifFields);
+  NSWindowStyleMask styleMask =
+      decorationsOf(motif) == 0 ? NSWindowStyleMaskBorderless : NSWindowStyleMaskTitled;
+  for (const Control& control : kMotifControls) {
+    if ((functionsOf(motif) & control.function) != 0) {
+      styleMask |= control.bit;
+    }
+  }
+  if (hasOneSize(fields(hints.normal, kNormalFields))) {
+    styleMask &= ~NSWindowStyleMaskResizable;
+  }
+  return styleMask;
+}
+
+StyleHints withControls(const StyleHints& hints, NSWindowStyleMask styleMask, PixelRect size,
+                        xcb_atom_t motifType) {
+  auto motif = fields(hints.motif, kMotifFields);
+  std::uint32_t functions = functionsOf(motif);
+  const bool titled = (styleMask & NSWindowStyleMaskTitled) != 0;
+  std::uint32_t decorations = decorationsOf(motif);
+  if (titled && decorations == 0) {
+    decorations = kEveryDecoration;
+  }
+  for (const Control& control : kMotifControls) {
+    const bool has = (styleMask & control.bit) != 0;
+    change(functions, control.functions, has);
+    change(decorations, control.decorations, has);
+  }
+  if (!titled) {
+    decorations = 0;
+  }
+  motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
+  motif[kMotifFunctions] = functions;
+  motif[kMotifDecorations] = decorations;
+
+  auto normal = fields(hints.normal, kNormalFields);
+  const bool resizable = (styleMask & NSWindowStyleMaskResizable) != 0;
+  if (!resizable && !hasOneSize(normal)) {
+    fixSize(normal, size);
+  } else if (resizable && hasOneSize(normal)) {
+    normal[kNormalFlags] &= ~(kHasLeastSize | kHasGreatestSize);
+  }
+  return {Property::ofNumbers(hints.motif ? hints.motif->type : motifType, motif),
+          Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)};
+}
+
+StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
+                             xcb_atom_t motifType) {
+  if (kind == WindowKind::Sheet) {
+    styleMask &= ~NSWindowStyleMaskTitled;  // it hangs below its owner's title
+  }
+  std::vector<std::uint32_t> motif(kMotifFields);
+  motif[kMotifFlags] = kHasFunctions | kHasDecorations;
+  motif[kMotifFunctions] = kind == WindowKind::Sheet ? 0 : kMove;  // a sheet stays where it hangs
+
+  std::vector<std::uint32_t> normal(kNormalFields);
+  normal[kNormalFlags] = kPlacedByProgram | kHasGravity;
+  normal[kGravity] = XCB_GRAVITY_STATIC;  // the frame is that of the content, not of the border
+  return withControls(
+      {Property::ofNumbers(motifType, motif), Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)},
+      styleMask, frame, motifType);
+}
+
+}  // namespace vel::x11

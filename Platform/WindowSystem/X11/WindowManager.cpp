@@ -1,0 +1,134 @@
+#include "Platform/WindowSystem/X11/WindowManager.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace vel::x11 {
+
+namespace {
+
+constexpr std::uint32_t kIconicState = 3;
+constexpr std::uint32_t kAskedByApplication = 1;
+
+}  // namespace
+
+WindowManager::WindowManager(Connection& connection) : connection_(connection) {
+  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  connection_.sent(xcb_change_window_attributes(connection_.get(), connection_.root(),
+                                                XCB_CW_EVENT_MASK, &kEvents),
+                   "ChangeWindowAttributes", connection_.root());
+  look();
+}
+
+// The root window names a window that the window manager keeps, and which names itself. A name left
+// by one that is gone leads to no such window.
+void WindowManager::look() {
+  check_ = XCB_WINDOW_NONE;
+  supported_.clear();
+  const xcb_atom_t name = connection_.atom(Atom::NetSupportingWmCheck);
+  const auto named = connection_.property(connection_.root(), name);
+  if (!named || named->numbers().empty()) {
+    return;
+  }
+  const xcb_window_t window = named->numbers().front();
+  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  connection_.sent(
+      xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &kEvents),
+      "ChangeWindowAttributes", window);
+  const auto itself = connection_.property(window, name);
+  if (!itself || itself->numbers() != named->numbers()) {
+    connection_.windowEnded(window);
+    return;
+  }
+  check_ = window;
+  if (const auto supported =
+          connection_.property(connection_.root(), connection_.atom(Atom::NetSupported))) {
+    supported_ = supported->numbers();
+  }
+}
+
+bool WindowManager::handle(const xcb_generic_event_t& event) {
+  if (typeOf(event) == XCB_DESTROY_NOTIFY) {
+    const auto notice = eventAs<xcb_destroy_notify_event_t>(event);
+    if (notice.window != check_ || !isPresent()) {
+      return false;
+    }
+    connection_.windowEnded(check_);
+    look();
+    return true;
+  }
+  if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
+    return false;
+  }
+  const auto notice = eventAs<xcb_property_notify_event_t>(event);
+  if (notice.window != connection_.root() ||
+      (notice.atom != connection_.atom(Atom::NetSupportingWmCheck) &&
+       notice.atom != connection_.atom(Atom::NetSupported))) {
+    return false;
+  }
+  const xcb_window_t before = check_;
+  look();
+  return check_ != before;
+}
+
+bool WindowManager::supports(Atom feature) const {
+  return std::ranges::find(supported_, connection_.atom(feature)) != supported_.end();
+}
+
+bool WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
+  if (!isPresent() || !supports(Atom::NetActiveWindow)) {
+    return false;
+  }
+  connection_.tellWindowManager(window, Atom::NetActiveWindow, {kAskedByApplication, time});
+  return true;
+}
+
+void WindowManager::askToIconify(xcb_window_t window) {
+  connection_.tellWindowManager(window, Atom::WmChangeState, {kIconicState});
+}
+
+void WindowManager::tellWithdrawn(xcb_window_t window) {
+  xcb_unmap_notify_event_t event{};
+  event.response_type = XCB_UNMAP_NOTIFY;
+  event.event = connection_.root();
+  event.window = window;
+  std::array<char, 32> bytes{};
+  std::memcpy(bytes.data(), &event, sizeof event);
+  connection_.sent(
+      xcb_send_event(connection_.get(), 0, connection_.root(),
+                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                     bytes.data()),
+      "SendEvent", window);
+}
+
+bool WindowManager::isIconic(const std::optional<Property>& state) {
+  const std::vector<std::uint32_t> numbers =
+      state ? state->numbers() : std::vector<std::uint32_t>();
+  return !numbers.empty() && numbers.front() == kIconicState;
+}
+
+std::optional<NSWindowStyleMask> WindowManager::controlsOffered(xcb_window_t window) {
+  if (!isPresent()) {
+    return NSWindowStyleMaskBorderless;  // nobody offers any
+  }
+  if (!supports(Atom::NetWmAllowedActions)) {
+    return std::nullopt;
+  }
+  const auto actions = connection_.property(window, connection_.atom(Atom::NetWmAllowedActions));
+  const std::vector<std::uint32_t> allowed =
+      actions ? actions->numbers() : std::vector<std::uint32_t>();
+  NSWindowStyleMask controls = NSWindowStyleMaskBorderless;
+  constexpr std::array kActions{
+      std::pair{Atom::NetWmActionClose, NSWindowStyleMaskClosable},
+      std::pair{Atom::NetWmActionMinimize, NSWindowStyleMaskMiniaturizable},
+      std::pair{Atom::NetWmActionResize, NSWindowStyleMaskResizable}};
+  for (const auto& [action, control] : kActions) {
+    if (std::ranges::find(allowed, connection_.atom(action)) != allowed.end()) {
+      controls |= control;
+    }
+  }
+  return controls;
+}
+
+}  // namespace vel::x11

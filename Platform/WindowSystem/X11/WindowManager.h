@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "Platform/WindowSystem/WindowSystem.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+
+namespace vel::x11 {
+
+/// The window manager that runs on the display, if any: what it supports, what it is asked to do
+/// and what it says about windows. It may come, go and be replaced at any time.
+class WindowManager {
+ public:
+  explicit WindowManager(Connection& connection);
+
+  /// Takes an event; answers whether the window manager has gone or another one has come.
+  bool handle(const xcb_generic_event_t& event);
+
+  /// Whether one that speaks the extended hints runs.
+  [[nodiscard]] bool isPresent() const { return check_ != XCB_WINDOW_NONE; }
+
+  /// Asks it to give the focus to `window`, `time` being when the user wished so; answers false
+  /// where nobody takes such requests.
+  bool askToActivate(xcb_window_t window, xcb_timestamp_t time);
+  void askToIconify(xcb_window_t window);
+  /// Says that a window that was put on screen is not any more.
+  void tellWithdrawn(xcb_window_t window);
+
+  /// Whether a window with this WM_STATE is miniaturised.
+  [[nodiscard]] static bool isIconic(const std::optional<Property>& state);
+  /// The controls that it offers for `window`; none where it does not say. Waits.
+  std::optional<NSWindowStyleMask> controlsOffered(xcb_window_t window);
+
+ private:
+  void look();
+  [[nodiscard]] bool supports(Atom feature) const;
+
+  Connection& connection_;
+  xcb_window_t check_ = XCB_WINDOW_NONE;
+  std::vector<std::uint32_t> supported_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,334 @@
+// What the back end is told to do; what it hears is in X11Events.cpp.
+#include "Platform/WindowSystem/X11/X11WindowSystem.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace vel {
+
+using x11::Atom;
+using x11::BrokenPipeGuard;
+using x11::PixelRect;
+using x11::Property;
+using x11::Window;
+
+namespace {
+
+constexpr std::uint32_t kFollowed = XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+                                    XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
+constexpr std::uint32_t kDragging =
+    XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_BUTTON_MOTION;
+
+std::uint32_t unsignedOf(int value) { return static_cast<std::uint32_t>(value); }
+
+}  // namespace
+
+std::unique_ptr<X11WindowSystem> X11WindowSystem::open(const std::string& displayName,
+                                                       std::string& error) {
+  const BrokenPipeGuard guard;
+  auto connection = x11::Connection::open(displayName, error);
+  if (connection == nullptr) {
+    return nullptr;
+  }
+  std::unique_ptr<X11WindowSystem> system(new X11WindowSystem(std::move(connection)));
+  if (system->connection_->isBroken()) {
+    error = "the X11 display broke the connection";
+    return nullptr;
+  }
+  return system;
+}
+
+X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
+    : connection_(std::move(connection)),
+      display_(*connection_),
+      render_(*connection_),
+      windowManager_(*connection_) {}
+
+X11WindowSystem::~X11WindowSystem() {
+  const BrokenPipeGuard guard;
+  for (auto& [handle, window] : windows_) {
+    letGo(window);
+  }
+  windows_.clear();
+  connection_->flush();
+}
+
+int X11WindowSystem::descriptor() const { return xcb_get_file_descriptor(connection_->get()); }
+
+Window* X11WindowSystem::find(WindowHandle window) {
+  const auto found = windows_.find(window);
+  return found == windows_.end() ? nullptr : &found->second;
+}
+
+// Making windows and letting them go
+
+WindowHandle X11WindowSystem::createWindow(const WindowDescription& description) {
+  if (lost_) {
+    return WindowHandle::None;
+  }
+  const BrokenPipeGuard guard;
+  const xcb_window_t id = connection_->makeId();
+  Window& window = windows_[static_cast<WindowHandle>(id)];
+  window.id = id;
+  window.kind = description.kind;
+  window.frame = display_.pixels(description.frame);
+  window.frame.width = std::max(window.frame.width, 1);
+  window.frame.height = std::max(window.frame.height, 1);
+  window.movableByBackground = description.movableByBackground;
+
+  // A presentation is white before anything is drawn in it.
+  const xcb_screen_t& screen = connection_->screen();
+  const std::uint32_t background =
+      description.kind == WindowKind::Plain ? screen.black_pixel : screen.white_pixel;
+  connection_->sent(
+      xcb_create_window(
+          connection_->get(), XCB_COPY_FROM_PARENT, id, connection_->root(),
+          static_cast<std::int16_t>(window.frame.x), static_cast<std::int16_t>(window.frame.y),
+          static_cast<std::uint16_t>(window.frame.width),
+          static_cast<std::uint16_t>(window.frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background),
+      "CreateWindow", id);
+  selectEvents(window);
+  describe(window, description);
+  window.style = std::make_unique<x11::Style>(*connection_, id, description.kind,
+                                              description.styleMask, window.frame);
+  makeCover(window, screen.root_visual, screen.root_depth);
+  connection_->flush();
+  return window.handle();
+}
+
+void X11WindowSystem::describe(const Window& window, const WindowDescription& description) {
+  const auto set = [this, &window](xcb_atom_t name, Property value) {
+    connection_->setProperty(window.id, name, std::move(value));
+  };
+  const auto atom = [this](Atom name) { return connection_->atom(name); };
+  const std::string className = description.className + '\0' + description.className + '\0';
+  set(XCB_ATOM_WM_CLASS, Property::ofText(XCB_ATOM_STRING, className));
+  constexpr std::array<std::uint32_t, 9> kTakesInput{1, 1};  // the first flag: the second field
+  set(XCB_ATOM_WM_HINTS, Property::ofNumbers(XCB_ATOM_WM_HINTS, kTakesInput));
+  const std::array protocols{atom(Atom::WmDeleteWindow)};
+  set(atom(Atom::WmProtocols), Property::ofNumbers(XCB_ATOM_ATOM, protocols));
+  const std::array process{static_cast<std::uint32_t>(getpid())};
+  set(atom(Atom::NetWmPid), Property::ofNumbers(XCB_ATOM_CARDINAL, process));
+  const std::array type{atom(description.kind == WindowKind::Plain ? Atom::NetWmWindowTypeNormal
+                                                                   : Atom::NetWmWindowTypeDialog)};
+  set(atom(Atom::NetWmWindowType), Property::ofNumbers(XCB_ATOM_ATOM, type));
+  if (const Window* const owner = find(description.owner)) {
+    const std::array ownerId{owner->id};
+    set(XCB_ATOM_WM_TRANSIENT_FOR, Property::ofNumbers(XCB_ATOM_WINDOW, ownerId));
+  }
+  setTitle(window.handle(), description.title);
+}
+
+void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
+  window.cover =
+      std::make_unique<x11::Cover>(*connection_, display_, render_, window.id, visual, depth);
+  window.cover->setShielded(modal_ != WindowHandle::None && modal_ != window.handle());
+}
+
+// Pointer events of a window can be selected by one program only: it is left to others unless it is
+// needed.
+void X11WindowSystem::selectEvents(const Window& window) {
+  const std::uint32_t events = window.movableByBackground ? kFollowed | kDragging : kFollowed;
+  connection_->sent(
+      xcb_change_window_attributes(connection_->get(), window.id, XCB_CW_EVENT_MASK, &events),
+      "ChangeWindowAttributes", window.id);
+}
+
+void X11WindowSystem::ignoreEvents(xcb_window_t id) {
+  constexpr std::uint32_t kNoEvents = XCB_EVENT_MASK_NO_EVENT;
+  connection_->sent(
+      xcb_change_window_attributes(connection_->get(), id, XCB_CW_EVENT_MASK, &kNoEvents),
+      "ChangeWindowAttributes", id);
+}
+
+void X11WindowSystem::releaseWindow(WindowHandle window) {
+  Window* const released = find(window);
+  if (released == nullptr) {
+    return;
+  }
+  const BrokenPipeGuard guard;
+  letGo(*released);
+  if (focus_ == released->id) {
+    focus_ = focusTold_ = XCB_WINDOW_NONE;
+    focusLeft_ = unsettled_ = true;
+  }
+  windows_.erase(window);
+  connection_->flush();
+}
+
+void X11WindowSystem::letGo(Window& window) {
+  window.cover = nullptr;
+  if (window.isOwn()) {
+    connection_->sent(xcb_destroy_window(connection_->get(), window.id), "DestroyWindow",
+                      window.id);
+    return;
+  }
+  window.style->giveBack();
+  ignoreEvents(window.id);
+}
+
+// Putting them on screen
+
+void X11WindowSystem::orderFront(WindowHandle window) {
+  Window* const shown = find(window);
+  if (shown == nullptr) {
+    return;
+  }
+  const BrokenPipeGuard guard;
+  configure(*shown, XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE});
+  if (shown->isOwn() && !shown->ordered) {
+    shown->ordered = true;
+    shown->miniaturized = false;
+    if (shown->kind == WindowKind::Modal) {
+      // Written each time: a window manager takes it away from a window that leaves the screen.
+      const std::array state{connection_->atom(Atom::NetWmStateModal)};
+      connection_->setProperty(shown->id, connection_->atom(Atom::NetWmState),
+                               Property::ofNumbers(XCB_ATOM_ATOM, state));
+    }
+    connection_->sent(xcb_map_window(connection_->get(), shown->id), "MapWindow", shown->id);
+  }
+  connection_->flush();
+}
+
+void X11WindowSystem::orderOut(WindowHandle window) {
+  Window* const hidden = find(window);
+  if (hidden == nullptr) {
+    return;
+  }
+  const BrokenPipeGuard guard;
+  hidden->wantsFocus = false;
+  if (hidden->isOwn() && hidden->ordered) {
+    hidden->ordered = false;
+    hidden->miniaturized = false;
+    connection_->sent(xcb_unmap_window(connection_->get(), hidden->id), "UnmapWindow", hidden->id);
+    windowManager_.tellWithdrawn(hidden->id);
+    if (focus_ == hidden->id) {
+      focus_ = focusTold_ = XCB_WINDOW_NONE;
+    }
+  }
+  hidden->cover->show({}, hidden->frame);
+  connection_->flush();
+}
+
+void X11WindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
+  const Window* const changed = find(window);
+  if (changed == nullptr) {
+    return;
+  }
+  const BrokenPipeGuard guard;
+  if (miniaturized) {
+    windowManager_.askToIconify(changed->id);
+  } else {
+    connection_->sent(xcb_map_window(connection_->get(), changed->id), "MapWindow", changed->id);
+  }
+  connection_->flush();
+}
+
+// While another application has the focus, a request is as old as ours of it was: whether that is
+// reason enough to take the focus away from there, the window manager knows.
+void X11WindowSystem::requestFocus(WindowHandle window) {
+  Window* const wanted = find(window);
+  if (wanted == nullptr || (wanted->isOwn() && !wanted->ordered)) {
+    return;
+  }
+  if (focus_ == wanted->id) {
+    report([window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); });
+    return;
+  }
+  const BrokenPipeGuard guard;
+  const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
+  const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->time();
+  if (!windowManager_.askToActivate(wanted->id, time)) {
+    wanted->wantsFocus = true;
+    settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
+  }
+  connection_->flush();
+}
+
+// How they look
+
+void X11WindowSystem::configure(const Window& window, std::uint16_t mask,
+                                const std::vector<std::uint32_t>& values) {
+  connection_->sent(xcb_configure_window(connection_->get(), window.id, mask, values.data()),
+                    "ConfigureWindow", window.id);
+}
+
+void X11WindowSystem::moveTo(Window& window, PixelRect frame) {
+  frame.width = std::max(frame.width, 1);
+  frame.height = std::max(frame.height, 1);
+  window.frame = frame;
+  window.style->sizeChanged(frame);
+  configure(window,
+            XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                XCB_CONFIG_WINDOW_HEIGHT,
+            {unsignedOf(frame.x), unsignedOf(frame.y), unsignedOf(frame.width),
+             unsignedOf(frame.height)});
+}
+
+void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
+  if (Window* const changed = find(window)) {
+    const BrokenPipeGuard guard;
+    moveTo(*changed, display_.pixels(frame));
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
+  if (const Window* const changed = find(window)) {
+    const BrokenPipeGuard guard;
+    const xcb_atom_t utf8 = connection_->atom(Atom::Utf8String);
+    connection_->setProperty(changed->id, connection_->atom(Atom::NetWmName),
+                             Property::ofText(utf8, title));
+    connection_->setProperty(changed->id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
+  if (Window* const changed = find(window)) {
+    const BrokenPipeGuard guard;
+    changed->style->set(styleMask, changed->frame);
+    changed->controlsTold.reset();
+    changed->controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
+  Window* const changed = find(window);
+  if (changed != nullptr && changed->isOwn() && changed->movableByBackground != movable) {
+    const BrokenPipeGuard guard;
+    changed->movableByBackground = movable;
+    selectEvents(*changed);
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::setScene(WindowHandle window, const Scene& scene) {
+  if (Window* const changed = find(window)) {
+    const BrokenPipeGuard guard;
+    changed->cover->show(scene, changed->frame);
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::setModalWindow(WindowHandle window) {
+  if (std::exchange(modal_, window) != window) {
+    const BrokenPipeGuard guard;
+    shieldWindows();
+    connection_->flush();
+  }
+}
+
+void X11WindowSystem::shieldWindows() {
+  for (auto& [handle, window] : windows_) {
+    window.cover->setShielded(modal_ != WindowHandle::None && modal_ != handle);
+  }
+}
+
+}  // namespace vel

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Platform/WindowSystem/WindowSystem.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/Spinner.h"
+#include "Platform/WindowSystem/X11/WindowManager.h"
+#include "Platform/WindowSystem/X11/X11Window.h"
+
+namespace vel {
+
+/// Windows on an X11 display, over a connection of its own: windows of ours, and those of any
+/// program that are adopted by their ids. A window's handle is its X id, its frame that of its
+/// content, without what a window manager puts around it. Reports are made from `deliverEvents`
+/// only, in this order: windows that have ended, frames, miniaturisation, focus.
+class X11WindowSystem final : public WindowSystem {
+ public:
+  /// None, with the reason in `error`, where the display does not answer. An empty name stands for
+  /// the environment's display.
+  static std::unique_ptr<X11WindowSystem> open(const std::string& displayName, std::string& error);
+  ~X11WindowSystem() override;
+
+  void setDelegate(WindowSystemDelegate* delegate) override { delegate_ = delegate; }
+  [[nodiscard]] int descriptor() const override;
+  bool deliverEvents() override;
+  [[nodiscard]] Nanoseconds nextDeadline() const override;
+
+  WindowHandle createWindow(const WindowDescription& description) override;
+  std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) override;
+  void releaseWindow(WindowHandle window) override;
+  void orderFront(WindowHandle window) override;
+  void orderOut(WindowHandle window) override;
+  void requestFocus(WindowHandle window) override;
+  void requestMiniaturized(WindowHandle window, bool miniaturized) override;
+  void setFrame(WindowHandle window, CGRect frame) override;
+  void setTitle(WindowHandle window, std::string_view title) override;
+  void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) override;
+  void setMovableByBackground(WindowHandle window, bool movable) override;
+  void setScene(WindowHandle window, const Scene& scene) override;
+  void setModalWindow(WindowHandle window) override;
+
+ private:
+  using Report = std::function<void(WindowSystemDelegate&)>;
+  /// A window that follows the pointer.
+  struct Drag {
+    xcb_window_t window = XCB_WINDOW_NONE;
+    int grabX = 0;  // from the window's corner to the pointer
+    int grabY = 0;
+    int pointerX = 0;
+    int pointerY = 0;
+    bool moved = false;
+  };
+
+  /// How the server has a window, as far as it has one.
+  struct Looks {
+    x11::FromServer<xcb_get_window_attributes_reply_t> attributes;
+    x11::FromServer<xcb_get_geometry_reply_t> geometry;
+    x11::FromServer<xcb_translate_coordinates_reply_t> corner;
+
+    [[nodiscard]] bool areComplete() const {
+      return attributes != nullptr && geometry != nullptr && corner != nullptr;
+    }
+    [[nodiscard]] x11::PixelRect frame() const {
+      return {corner->dst_x, corner->dst_y, geometry->width, geometry->height};
+    }
+  };
+
+  explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
+
+  x11::Window* find(WindowHandle window);
+  x11::Window* findShown(xcb_window_t window);  // itself or by a part of its cover
+  void report(Report report) { reports_.push_back(std::move(report)); }
+  bool deliverReports();
+  void checkConnection();
+  void letGo(x11::Window& window);
+  void selectEvents(const x11::Window& window);
+  void ignoreEvents(xcb_window_t id);
+  void describe(const x11::Window& window, const WindowDescription& description);
+  void configure(const x11::Window& window, std::uint16_t mask,
+                 const std::vector<std::uint32_t>& values);
+  void moveTo(x11::Window& window, x11::PixelRect frame);
+  void shieldWindows();
+  void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth);
+
+  // Looking at windows; each waits
+  Looks lookAt(xcb_window_t id);
+  const char* reasonToRefuse(xcb_window_t id, const Looks& looks);
+  bool isFrame(xcb_window_t id);
+  bool holdsFocus(xcb_window_t id);
+
+  // Events
+  bool readEvents();
+  void handle(const xcb_generic_event_t& event);
+  void handleMessage(const xcb_client_message_event_t& message);
+  void handleProperty(const xcb_property_notify_event_t& notice);
+  void handleFocus(const xcb_generic_event_t& event);
+  void handlePointer(const xcb_generic_event_t& event);
+  void windowEnded(xcb_window_t id);
+  // What is done once all events that have come are read
+  void settle();
+  void settleDrag();
+  void settleWindow(x11::Window& window);
+  void settleFocus();
+  void settleControls(x11::Window& window, Nanoseconds now);
+  void animate(Nanoseconds now);
+  [[nodiscard]] bool isAnimated() const;
+
+  std::unique_ptr<x11::Connection> connection_;
+  x11::Display display_;
+  x11::Render render_;
+  x11::WindowManager windowManager_;
+  WindowSystemDelegate* delegate_ = nullptr;
+  std::map<WindowHandle, x11::Window> windows_;
+  WindowHandle modal_ = WindowHandle::None;
+  Drag drag_;
+
+  xcb_window_t focus_ = XCB_WINDOW_NONE;      // the window of ours that has it
+  xcb_window_t focusTold_ = XCB_WINDOW_NONE;  // what was reported last
+  bool focusLeft_ = false;                    // a window of ours has lost it
+  bool windowManagerLeft_ = false;
+  bool active_ = true;
+  xcb_timestamp_t timeOfFocus_ = XCB_CURRENT_TIME;  // when it last came to the application
+
+  bool unsettled_ = false;
+  Nanoseconds nextPicture_ = 0;  // of the indicators that turn
+  std::deque<Report> reports_;
+  bool lost_ = false;
+  std::shared_ptr<int> alive_ = std::make_shared<int>();  // ends with this object
+};
+
+}  // namespace vel

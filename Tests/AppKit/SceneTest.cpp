@@ -1,0 +1,179 @@
+// What windows show: layers and indicators, as the window system is given them.
+#include "Platform/AppKit/NSColor.h"
+#include "Platform/AppKit/NSProgressIndicator.h"
+#include "Tests/AppKit/Stage.h"
+
+namespace vel::test {
+namespace {
+
+constexpr CGColor kWhite{.red = 1, .green = 1, .blue = 1, .alpha = 1};
+constexpr CGColor kRed{.red = 1, .green = 0, .blue = 0, .alpha = 0.5};
+
+SceneItem fill(CGRect frame, CGColor color) {
+  return {.kind = SceneItem::Kind::Fill, .frame = frame, .color = color};
+}
+
+SceneItem spinner(CGRect frame, bool animates) {
+  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .animates = animates};
+}
+
+class SceneTest : public StageTest {
+ protected:
+  const Scene& scene() { return platform.user().window(window->handle())->scene; }
+  // A filled view in the window's content.
+  Strong<NSView> add(CGRect frame, CGColor color) {
+    Strong<NSView> view = NSView::initWithFrame(frame);
+    view->setWantsLayer(true);
+    view->layer()->setBackgroundColor(color);
+    window->contentView()->addSubview(view);
+    return view;
+  }
+
+  Strong<NSWindow> window = open("A");
+};
+
+TEST_F(SceneTest, APlainWindowShowsNothingOfOurs) { EXPECT_TRUE(scene().empty()); }
+
+TEST_F(SceneTest, ALayersBackgroundFillsItsView) {
+  add(CGRectMake(10, 20, 30, 40), kRed);
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(10, 20, 30, 40), kRed)});
+}
+
+TEST_F(SceneTest, ItemsComeBackToFrontInTheWindowsCoordinates) {
+  const auto back = add(CGRectMake(10, 20, 300, 400), kWhite);
+  add(CGRectMake(50, 50, 5, 5), kWhite);
+  const auto inner = NSView::initWithFrame(CGRectMake(1, 2, 3, 4));
+  inner->setWantsLayer(true);
+  inner->layer()->setBackgroundColor(kRed);
+  back->addSubview(inner);
+  EXPECT_EQ(scene(),
+            (Scene{fill(CGRectMake(10, 20, 300, 400), kWhite), fill(CGRectMake(11, 22, 3, 4), kRed),
+                   fill(CGRectMake(50, 50, 5, 5), kWhite)}));
+}
+
+TEST_F(SceneTest, ATransparentLayerShowsNothing) {
+  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+  view->layer()->setBackgroundColor(CGColor{});
+  EXPECT_TRUE(scene().empty());
+}
+
+TEST_F(SceneTest, ALayerIsTransparentAtFirst) {
+  const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
+  EXPECT_FALSE(view->wantsLayer());
+  EXPECT_EQ(view->layer(), nullptr);
+  view->setWantsLayer(true);
+  EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
+}
+
+TEST_F(SceneTest, WantingALayerAgainKeepsIt) {
+  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+  view->setWantsLayer(true);
+  EXPECT_EQ(view->layer()->backgroundColor(), kRed);
+  view->setWantsLayer(false);
+  EXPECT_EQ(view->layer(), nullptr);
+  EXPECT_TRUE(scene().empty());
+}
+
+TEST_F(SceneTest, ALayerThatOutlivesItsViewDoesNoHarm) {
+  const Strong<CALayer> layer = [] {
+    const auto view = NSView::initWithFrame(CGRectZero);
+    view->setWantsLayer(true);
+    return view->layer();
+  }();
+  layer->setBackgroundColor(kRed);
+  EXPECT_EQ(layer->backgroundColor(), kRed);
+}
+
+TEST_F(SceneTest, ChangesAreShownAtOnce) {
+  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+  view->setFrame(CGRectMake(1, 1, 8, 8));
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(1, 1, 8, 8), kRed)});
+  view->layer()->setBackgroundColor(kWhite);
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(1, 1, 8, 8), kWhite)});
+  view->removeFromSuperview();
+  EXPECT_TRUE(scene().empty());
+}
+
+TEST_F(SceneTest, AWindowThatIsOpenedShowsWhatIsInIt) {
+  window->close();
+  add(CGRectMake(0, 0, 9, 9), kRed);
+  window->orderFront();
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
+}
+
+TEST_F(SceneTest, AWindowThatIsOpenedAgainShowsItAgain) {
+  add(CGRectMake(0, 0, 9, 9), kRed);
+  const WindowHandle handle = window->handle();
+  window->close();
+  platform.user().windowVanishes(handle);
+  window->orderFront();
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
+}
+
+TEST_F(SceneTest, AMiniaturisedWindowThatComesBackShowsWhatChangedMeanwhile) {
+  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+  window->miniaturize();
+  view->layer()->setBackgroundColor(kWhite);
+  window->deminiaturize();
+  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kWhite)});
+}
+
+class IndicatorTest : public SceneTest {
+ protected:
+  IndicatorTest() {
+    window->contentView()->addSubview(indicator);
+    indicator->setStyle(NSProgressIndicatorStyleSpinning);
+  }
+
+  CGRect frame = CGRectMake(10, 10, 32, 32);
+  Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(frame);
+};
+
+TEST_F(IndicatorTest, IsABarThatStandsStillAtFirst) {
+  const auto fresh = NSProgressIndicator::initWithFrame(CGRectZero);
+  EXPECT_EQ(fresh->className(), "NSProgressIndicator");
+  EXPECT_EQ(fresh->style(), NSProgressIndicatorStyleBar);
+  EXPECT_FALSE(fresh->isAnimating());
+  EXPECT_EQ(fresh->appearance(), nullptr);
+}
+
+TEST_F(IndicatorTest, SpinningIsShownAsASpinner) {
+  EXPECT_EQ(scene(), Scene{spinner(frame, false)});
+}
+
+TEST_F(IndicatorTest, TurnsFromStartToStop) {
+  indicator->startAnimation(nullptr);
+  EXPECT_TRUE(indicator->isAnimating());
+  EXPECT_EQ(scene(), Scene{spinner(frame, true)});
+  indicator->stopAnimation(nullptr);
+  EXPECT_FALSE(indicator->isAnimating());
+  EXPECT_EQ(scene(), Scene{spinner(frame, false)});
+}
+
+TEST_F(IndicatorTest, AsABarIsNotShown) {
+  indicator->setStyle(NSProgressIndicatorStyleBar);
+  EXPECT_TRUE(scene().empty());
+}
+
+TEST_F(IndicatorTest, WithoutASizeIsNotShown) {
+  indicator->setFrame(CGRectMake(10, 10, 0, 32));
+  EXPECT_TRUE(scene().empty());
+}
+
+TEST_F(IndicatorTest, LiesOverItsOwnLayer) {
+  indicator->setWantsLayer(true);
+  indicator->layer()->setBackgroundColor(kWhite);
+  EXPECT_EQ(scene(), (Scene{fill(frame, kWhite), spinner(frame, false)}));
+}
+
+TEST_F(IndicatorTest, HasTheAppearanceItIsGiven) {
+  const auto light = NSAppearance::appearanceNamed(NSAppearanceNameAqua);
+  EXPECT_EQ(light->name(), "NSAppearanceNameAqua");
+  indicator->setAppearance(light);
+  EXPECT_EQ(indicator->appearance(), light);
+}
+
+TEST(NSColorTest, WhiteIsWhiteAndOpaque) { EXPECT_EQ(NSColor::whiteColor()->CGColor(), kWhite); }
+
+}  // namespace
+}  // namespace vel::test

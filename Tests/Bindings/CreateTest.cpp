@@ -1,0 +1,267 @@
+// Making a launch screen, handles, and what they are refused.
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "HostInterfaces/MetricsCenter.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Tests/Bindings/CScreen.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+namespace {
+
+class CreateTest : public testing::Test {
+ protected:
+  ~CreateTest() override { vel_destroy(&screen); }
+
+  VelLaunchScreen* screen = nullptr;
+};
+
+/// A structure as a later version might have it.
+template <class Structure>
+struct Later {
+  Structure known;
+  std::uint64_t unknown = 0;
+};
+
+TEST(StatusTest, EveryStatusHasATextOfItsOwn) {
+  std::set<std::string> texts;
+  for (int status = VEL_OK; status <= VEL_INTERNAL_ERROR; ++status) {
+    const char* const text = vel_status_text(static_cast<VelStatus>(status));
+    ASSERT_NE(text, nullptr);
+    EXPECT_STRNE(text, "unknown status");
+    EXPECT_TRUE(texts.insert(text).second) << text;
+  }
+  EXPECT_STREQ(vel_status_text(static_cast<VelStatus>(1000)), "unknown status");
+  EXPECT_STREQ(vel_status_text(static_cast<VelStatus>(-1)), "unknown status");
+}
+
+TEST(VersionTest, IsTheLibrarys) {
+  EXPECT_EQ(vel_version_number(), VelLaunchScreenVersionNumber);
+  EXPECT_STREQ(vel_version_string(), VelLaunchScreenVersionString);
+}
+
+TEST_F(CreateTest, OptionsAsTheyStartOpenAWindowOf1280By720) {
+  VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+  ASSERT_NE(screen, nullptr);
+  ASSERT_EQ(NSApp->orderedWindows().size(), 1u);
+  EXPECT_EQ(NSApp->keyWindow()->frame().size, (CGSize{1280, 720}));
+  EXPECT_EQ(NSApp->keyWindow()->className(), "PlayerWindow");
+  EXPECT_EQ(NSApp->keyWindow()->title(), "");
+  EXPECT_EQ(NSApp->keyWindow()->contentViewController(), nullptr);
+}
+
+TEST_F(CreateTest, TheOptionsAreHeeded) {
+  VelCreateOptions options = virtualOptions();
+  options.title = "A game";
+  options.width = 640;
+  options.height = 1;
+  options.content_controller = 1;
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+  EXPECT_EQ(NSApp->keyWindow()->frame().size, (CGSize{640, 1}));
+  EXPECT_EQ(NSApp->keyWindow()->title(), "A game");
+  EXPECT_NE(NSApp->keyWindow()->contentViewController(), nullptr);
+}
+
+TEST_F(CreateTest, WithoutAPlaceForTheResultNothingIsMade) {
+  const VelCreateOptions options = virtualOptions();
+  EXPECT_EQ(vel_create(&options, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_STRNE(vel_last_error(), "");
+  EXPECT_EQ(NSApp, nullptr);
+}
+
+TEST_F(CreateTest, AFailureClearsTheHandle) {
+  screen = reinterpret_cast<VelLaunchScreen*>(77);
+  EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(screen, nullptr);
+}
+
+TEST_F(CreateTest, ASmallerStructureIsNotUnderstood) {
+  VelCreateOptions options = virtualOptions();
+  for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
+    options.size = size;
+    EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
+  }
+}
+
+TEST_F(CreateTest, ALargerStructureIsUnderstoodWhereWhatIsUnknownIsZero) {
+  Later<VelCreateOptions> options{virtualOptions()};
+  options.known.size = sizeof options;
+  options.unknown = 1;
+  EXPECT_EQ(vel_create(&options.known, &screen), VEL_INVALID_ARGUMENT);
+  options.unknown = 0;
+  EXPECT_EQ(vel_create(&options.known, &screen), VEL_OK) << vel_last_error();
+}
+
+TEST_F(CreateTest, ASizeBeyondAllReasonIsNotUnderstood) {
+  VelCreateOptions options = virtualOptions();
+  options.size = static_cast<std::size_t>(-1);
+  EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
+}
+
+TEST_F(CreateTest, TheCallbacksHaveASizeOfTheirOwn) {
+  Later<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
+  const VelCreateOptions options = virtualOptions(&callbacks.known);
+  callbacks.known.size = sizeof(VelCallbacks) - 1;
+  EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
+  callbacks.known.size = sizeof callbacks;
+  callbacks.unknown = 1;
+  EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
+  callbacks.unknown = 0;
+  EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+}
+
+TEST_F(CreateTest, TheCallbacksAreCopied) {
+  CHost host;
+  VelCallbacks callbacks = host.callbacks();
+  const VelCreateOptions options = virtualOptions(&callbacks);
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  std::memset(&callbacks, 0xff, sizeof callbacks);
+  const VelRequest request = makeRequest("launch_end", 1);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3"}));
+}
+
+TEST_F(CreateTest, UnknownTimesAndSizesAreRefused) {
+  VelCreateOptions options = virtualOptions();
+  options.time = static_cast<VelTime>(2);
+  EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
+  for (const double side : {-1.0, 0.5, 32768.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
+    options = virtualOptions();
+    options.width = side;
+    EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << side;
+    options = virtualOptions();
+    options.height = side;
+    EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << side;
+  }
+}
+
+TEST_F(CreateTest, AnUnknownDisplayIsNoDisplay) {
+  VelCreateOptions options = virtualOptions();
+  options.display = "punched cards";
+  EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
+  EXPECT_NE(std::string(vel_last_error()).find("punched cards"), std::string::npos);
+  EXPECT_EQ(NSApp, nullptr);
+}
+
+TEST_F(CreateTest, ALongErrorIsCutNotLost) {
+  const std::string name(10'000, 'x');
+  VelCreateOptions options = virtualOptions();
+  options.display = name.c_str();
+  EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
+  EXPECT_GT(std::strlen(vel_last_error()), 100u);
+  EXPECT_LT(std::strlen(vel_last_error()), 1'000u);
+}
+
+TEST_F(CreateTest, ABadWindowIdLeavesNothingBehind) {
+  VelCreateOptions options = virtualOptions();
+  options.window = 4711;
+  EXPECT_EQ(vel_create(&options, &screen), VEL_BAD_WINDOW);
+  EXPECT_STRNE(vel_last_error(), "");
+  EXPECT_EQ(screen, nullptr);
+  EXPECT_EQ(NSApp, nullptr);
+  options.window = 0;
+  EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
+}
+
+TEST_F(CreateTest, ThereIsOneAtATime) {
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  VelLaunchScreen* second = nullptr;
+  EXPECT_EQ(vel_create(&options, &second), VEL_ALREADY_EXISTS);
+  EXPECT_EQ(second, nullptr);
+  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
+}
+
+TEST_F(CreateTest, AnApplicationOfTheHostsOwnIsLeftAlone) {
+  const VirtualPlatform platform;
+  const Strong<NSApplication> application = NSApp;
+  const VelCreateOptions options = virtualOptions();
+  EXPECT_EQ(vel_create(&options, &screen), VEL_ALREADY_EXISTS);
+  EXPECT_EQ(NSApp, application);
+}
+
+TEST_F(CreateTest, WhatWorksClearsTheLastError) {
+  EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
+  EXPECT_STRNE(vel_last_error(), "");
+  const VelCreateOptions options = virtualOptions();
+  EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_STREQ(vel_last_error(), "");
+}
+
+TEST_F(CreateTest, AClearedHandleIsNotAlive) {
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_EQ(screen, nullptr);
+  EXPECT_EQ(vel_destroy(&screen), VEL_NOT_ALIVE);
+  EXPECT_EQ(vel_destroy(nullptr), VEL_INVALID_ARGUMENT);
+}
+
+// Every function on a handle, as a status.
+std::vector<VelStatus> callAll(VelLaunchScreen* screen) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  int number = 0;
+  double seconds = 0;
+  VelPause reason = VEL_PAUSE_NONE;
+  VelState state = VEL_STATE_NONE;
+  VelLaunchScreen* copy = screen;
+  return {vel_request(screen, &request),
+          vel_request_json(screen, "{}", 2),
+          vel_present(screen, VEL_PRESENT_EMBEDDED),
+          vel_dismiss(screen),
+          vel_pump(screen, &number),
+          vel_run(screen, 0),
+          vel_poll_descriptor(screen, &number),
+          vel_next_deadline(screen, &seconds),
+          vel_seconds_left(screen, &seconds),
+          vel_is_up(screen, &number),
+          vel_pause_reason(screen, &reason),
+          vel_state(screen, &state),
+          vel_destroy(&copy)};
+}
+
+TEST_F(CreateTest, NoFunctionTakesANullHandle) {
+  EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
+}
+
+TEST_F(CreateTest, NoFunctionTakesACopyOfADestroyedHandle) {
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  VelLaunchScreen* const stale = screen;
+  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_THAT(callAll(stale), testing::Each(VEL_NOT_ALIVE));
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_NE(screen, stale);
+  EXPECT_THAT(callAll(stale), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_STRNE(vel_last_error(), "");
+}
+
+TEST_F(CreateTest, NoFunctionTakesAHandleThatNeverWas) {
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_THAT(callAll(reinterpret_cast<VelLaunchScreen*>(&screen)), testing::Each(VEL_NOT_ALIVE));
+}
+
+TEST_F(CreateTest, ResultsNeedAPlace) {
+  const VelCreateOptions options = virtualOptions();
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  EXPECT_EQ(vel_poll_descriptor(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_next_deadline(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_seconds_left(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_is_up(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_pause_reason(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_state(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,169 @@
+// The end of a launch screen, in any state and from inside any callback.
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+class DestroyTest : public CBindingTest {
+ protected:
+  /// Nothing of a launch screen is left, and another one can be made and run.
+  void expectGone() {
+    EXPECT_EQ(screen, nullptr);
+    EXPECT_EQ(NSApp, nullptr);
+    EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
+    EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+    host = {};
+    const VelCreateOptions options = virtualOptions(&callbacks);
+    ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+    present(VEL_PRESENT_EMBEDDED, 1);
+    ASSERT_EQ(vel_run(screen, 5), VEL_OK);
+    EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  }
+
+  void destroyAndExpectGone() {
+    const std::size_t heardBefore = host.heard.size();
+    EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+    EXPECT_EQ(host.heard.size(), heardBefore);
+    expectGone();
+  }
+};
+
+TEST_F(DestroyTest, BeforeARequest) { destroyAndExpectGone(); }
+
+TEST_F(DestroyTest, WithARequestLoaded) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  destroyAndExpectGone();
+}
+
+TEST_F(DestroyTest, WithARequestFailed) {
+  const VelRequest request = makeRequest("launch_end", -1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_REFUSED);
+  destroyAndExpectGone();
+}
+
+TEST_F(DestroyTest, WhileCovered) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  const Strong<NSWindow> window = NSApp->keyWindow();
+  ASSERT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
+  destroyAndExpectGone();
+  EXPECT_EQ(window->styleMask(), 15u);
+}
+
+TEST_F(DestroyTest, WhileModalOrASheet) {
+  for (const VelPresentation presentation : {VEL_PRESENT_MODAL, VEL_PRESENT_SHEET}) {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = 1;
+    createAgain(options);
+    present(presentation, 1);
+    destroyAndExpectGone();
+  }
+}
+
+TEST_F(DestroyTest, WhilePaused) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  user().userMovesFocusAway();
+  destroyAndExpectGone();
+}
+
+TEST_F(DestroyTest, WhileTheEventIsOwed) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 1.2), VEL_OK);
+  ASSERT_EQ(host.heard.back(), "did_disappear");
+  destroyAndExpectGone();
+}
+
+TEST_F(DestroyTest, AfterTheDisplayWasLost) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  user().connectionBreaks("gone");
+  destroyAndExpectGone();
+}
+
+TEST_F(DestroyTest, AfterTheWindowVanished) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  user().windowVanishes(NSApp->keyWindow()->handle());
+  destroyAndExpectGone();
+}
+
+/// The parameter is the callback in which the launch screen is destroyed.
+class DestroyInsideTest : public DestroyTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(DestroyInsideTest, TheCallbackIsTheLast) {
+  bool destroyed = false;
+  host.inside = [&](const std::string& callback) {
+    EXPECT_FALSE(destroyed) << callback << " after the end";
+    if (callback == GetParam()) {
+      destroyed = true;
+      VelLaunchScreen* const stale = screen;
+      EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+      EXPECT_EQ(screen, nullptr);
+      VelLaunchScreen* copy = stale;
+      EXPECT_EQ(vel_destroy(&copy), VEL_NOT_ALIVE);
+      EXPECT_EQ(vel_pump(stale, nullptr), VEL_NOT_ALIVE);
+      // Until the call that led here has returned.
+      const VelCreateOptions options = virtualOptions(&callbacks);
+      VelLaunchScreen* next = nullptr;
+      EXPECT_EQ(vel_create(&options, &next), VEL_ALREADY_EXISTS);
+    }
+  };
+  const VelRequest request = makeRequest("launch_end", 1);
+  vel_request(screen, &request);
+  vel_present(screen, VEL_PRESENT_EMBEDDED);
+  vel_run(screen, 100);
+  EXPECT_TRUE(destroyed);
+  expectGone();
+}
+
+INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
+                         testing::Values("state_changed", "log_line", "will_appear",
+                                         "may_disappear", "did_disappear", "record_event"),
+                         [](const auto& each) { return std::string(each.param); });
+
+TEST_F(DestroyTest, InsideDisplayLost) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  // Inside a pump, where it comes from a real display too.
+  host.inside = [this](const std::string& callback) {
+    if (callback == "display_lost") {
+      EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+    }
+  };
+  dispatch_async(dispatch_get_main_queue(), [] { user().connectionBreaks("gone"); });
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "display_lost gone");
+  expectGone();
+}
+
+TEST_F(DestroyTest, ARunEndsWithItsLaunchScreen) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  host.inside = [this](const std::string& callback) {
+    if (callback == "did_disappear") {
+      vel_destroy(&screen);
+    }
+  };
+  EXPECT_EQ(vel_run(screen, 1e9), VEL_OK);
+  EXPECT_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1.1);
+  expectGone();
+}
+
+TEST_F(DestroyTest, ACallbackMayCallAllTheRest) {
+  bool nested = false;
+  host.inside = [&](const std::string& callback) {
+    int up = -1;
+    EXPECT_EQ(vel_is_up(screen, &up), VEL_OK) << callback;
+    EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK) << callback;
+    if (callback == "did_disappear" && !nested) {
+      nested = true;
+      EXPECT_EQ(vel_run(screen, 5), VEL_OK);
+    }
+  };
+  present(VEL_PRESENT_EMBEDDED, 1);
+  EXPECT_EQ(vel_run(screen, 2), VEL_OK);  // over long ago: the callback ran further
+  EXPECT_EQ(vel_run(screen, 1), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+}
+
+}  // namespace
+}  // namespace vel::test

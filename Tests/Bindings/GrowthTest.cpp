@@ -1,0 +1,69 @@
+// What is made is given back: many launch screens need no more than one.
+#include <malloc.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+struct Use {
+  std::size_t bytes;        // allocated from the heap
+  std::size_t pages;        // resident
+  std::size_t descriptors;  // open
+};
+
+Use currentUse() {
+  std::size_t total = 0;
+  std::size_t resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return {mallinfo2().uordblks, resident,
+          static_cast<std::size_t>(std::distance(begin(open), end(open)))};
+}
+
+void createAndDestroy(int round) {
+  CHost host;
+  const VelCallbacks callbacks = host.callbacks();
+  VelCreateOptions options = virtualOptions(&callbacks);
+  options.time = round % 2 == 0 ? VEL_TIME_REAL : VEL_TIME_VIRTUAL;
+  options.content_controller = round % 3 == 0 ? 1 : 0;
+  VelLaunchScreen* screen = nullptr;
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  if (round % 5 != 0) {
+    ASSERT_EQ(vel_present(screen, round % 5 < 3 ? VEL_PRESENT_EMBEDDED : VEL_PRESENT_MODAL),
+              VEL_OK);
+  }
+  ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  if (options.time == VEL_TIME_VIRTUAL) {
+    ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)),
+              VEL_OK);  // now in the midst of it, now at the end
+  }
+  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+}
+
+TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreThanOne) {
+  constexpr int kRounds = 10'000;
+  constexpr int kWarmUp = 500;  // until what is made once has been made
+  for (int round = 0; round < kWarmUp; ++round) {
+    createAndDestroy(round);
+  }
+  const Use before = currentUse();
+  for (int round = 0; round < kRounds; ++round) {
+    createAndDestroy(round);
+  }
+  const Use after = currentUse();
+  // A leak of one byte a round would show. (Sanitizers count for themselves, and answer 0 here.)
+  EXPECT_LT(after.bytes, before.bytes + kRounds);
+  EXPECT_EQ(after.descriptors, before.descriptors);
+  if (before.bytes > 0) {
+    EXPECT_LE(after.pages, before.pages + 64);  // 256 KiB
+  }
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,132 @@
+// How a host's own loop drives a launch screen.
+#include <poll.h>
+
+#include <chrono>
+#include <cmath>
+#include <limits>
+
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+/// In real time.
+class CLoopTest : public CBindingTest {
+ protected:
+  CLoopTest() {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.time = VEL_TIME_REAL;
+    createAgain(options);
+    EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
+  }
+
+  /// Waits on the descriptor, and answers whether it became readable in that time.
+  [[nodiscard]] bool becomesReadable(int milliseconds) const {
+    pollfd waited{.fd = descriptor, .events = POLLIN, .revents = 0};
+    return poll(&waited, 1, milliseconds) == 1;
+  }
+  void pumpUntilIdle() const {
+    for (int did = 1; did != 0;) {
+      ASSERT_EQ(vel_pump(screen, &did), VEL_OK);
+    }
+  }
+  [[nodiscard]] double nextDeadline() const {
+    double seconds = -1000;
+    EXPECT_EQ(vel_next_deadline(screen, &seconds), VEL_OK);
+    return seconds;
+  }
+
+  int descriptor = -1;
+};
+
+TEST_F(CLoopTest, AnIdleLoopHasNothingToWaitFor) {
+  pumpUntilIdle();
+  EXPECT_EQ(nextDeadline(), -1);
+  EXPECT_FALSE(becomesReadable(0));
+}
+
+TEST_F(CLoopTest, ThePollDescriptorTellsOfTheNextTick) {
+  present(VEL_PRESENT_EMBEDDED, 60);
+  pumpUntilIdle();
+  const double deadline = nextDeadline();
+  EXPECT_GT(deadline, 0);
+  EXPECT_LE(deadline, 0.1);
+  EXPECT_FALSE(becomesReadable(0));
+  EXPECT_TRUE(becomesReadable(10'000));
+  EXPECT_EQ(nextDeadline(), 0);
+  int did = 0;
+  EXPECT_EQ(vel_pump(screen, &did), VEL_OK);
+  EXPECT_EQ(did, 1);
+  EXPECT_LT(secondsLeft(), 60);
+}
+
+// Whoever polls right after a call, without a pump in between, misses nothing.
+TEST_F(CLoopTest, WhatACallStartsIsToldWithoutAPump) {
+  present(VEL_PRESENT_EMBEDDED, 60);
+  EXPECT_TRUE(becomesReadable(10'000));
+}
+
+TEST_F(CLoopTest, TheDescriptorStaysTheSame) {
+  present(VEL_PRESENT_EMBEDDED, 0.1);
+  for (int pass = 0; pass < 10; ++pass) {
+    ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+    int now = -1;
+    ASSERT_EQ(vel_poll_descriptor(screen, &now), VEL_OK);
+    EXPECT_EQ(now, descriptor);
+  }
+}
+
+TEST_F(CLoopTest, APollLoopRunsToTheEvent) {
+  present(VEL_PRESENT_EMBEDDED, 0.2);
+  while (host.heard.back() != "record_event launch_end") {
+    ASSERT_TRUE(becomesReadable(10'000));
+    ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  }
+}
+
+TEST_F(CLoopTest, APumpNeverWaits) {
+  present(VEL_PRESENT_EMBEDDED, 60);
+  const auto began = std::chrono::steady_clock::now();
+  for (int pass = 0; pass < 100; ++pass) {
+    ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(1));
+  EXPECT_GT(secondsLeft(), 50);
+}
+
+TEST_F(CLoopTest, ARunWaitsAsLongAsItIsTold) {
+  const auto began = std::chrono::steady_clock::now();
+  EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
+  EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(20));
+}
+
+using CVirtualLoopTest = CBindingTest;
+
+TEST_F(CVirtualLoopTest, ThereIsNoDescriptorInVirtualTime) {
+  int descriptor = 0;
+  EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
+  EXPECT_EQ(descriptor, -1);
+}
+
+TEST_F(CVirtualLoopTest, APumpDoesNotMoveVirtualTime) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  for (int pass = 0; pass < 100; ++pass) {
+    ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  }
+  EXPECT_EQ(secondsLeft(), 1);
+  double seconds = -1000;
+  EXPECT_EQ(vel_next_deadline(screen, &seconds), VEL_OK);
+  EXPECT_EQ(seconds, 0.1);
+}
+
+TEST_F(CVirtualLoopTest, ARunTakesAFiniteTime) {
+  for (const double seconds :
+       {-1.0, 1.1e9, std::numeric_limits<double>::infinity(), std::nan("")}) {
+    EXPECT_EQ(vel_run(screen, seconds), VEL_INVALID_ARGUMENT) << seconds;
+  }
+  EXPECT_EQ(vel_run(screen, 1e9), VEL_OK);
+  EXPECT_EQ(vel_run(screen, 0), VEL_OK);
+}
+
+}  // namespace
+}  // namespace vel::test

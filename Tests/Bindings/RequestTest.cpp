@@ -1,0 +1,211 @@
+// Requests, from the structure and from JSON.
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+class CRequestTest : public CBindingTest {
+ protected:
+  VelStatus request(const char* event, double seconds, const char* mode = nullptr) {
+    const VelRequest made = makeRequest(event, seconds, mode);
+    return vel_request(screen, &made);
+  }
+  VelStatus requestJson(std::string_view json) {
+    return vel_request_json(screen, json.data(), json.size());
+  }
+  static const LaunchScreenConfiguration& configuration() {
+    return *LaunchScreenConfiguration::defaultConfiguration();
+  }
+  static std::string event() { return std::string(configuration().nextEventName()->UTF8String()); }
+};
+
+TEST_F(CRequestTest, ARequestIsLoadedAndTellsItsState) {
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+  EXPECT_EQ(request("launch_end", 2.5), VEL_OK);
+  EXPECT_EQ(state(), VEL_STATE_LOADED);
+  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3"}));
+  EXPECT_EQ(secondsLeft(), 2.5);
+  EXPECT_EQ(event(), "launch_end");
+  EXPECT_FALSE(configuration().skipMode());
+}
+
+TEST_F(CRequestTest, TheTimeIsSinglePrecision) {
+  EXPECT_EQ(request("launch_end", 0.1), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 0.10000000149011612);
+}
+
+TEST_F(CRequestTest, OnlySkipIsSkipMode) {
+  EXPECT_EQ(request("launch_end", 1, "skip"), VEL_OK);
+  EXPECT_TRUE(configuration().skipMode());
+  for (const char* mode : {"forced", "Skip", "", "anything"}) {
+    EXPECT_EQ(request("launch_end", 1, mode), VEL_OK);
+    EXPECT_FALSE(configuration().skipMode()) << mode;
+  }
+}
+
+TEST_F(CRequestTest, WithoutAnEventItIsRefusedInTheLibrarysWords) {
+  for (const char* missing : {static_cast<const char*>(nullptr), ""}) {
+    EXPECT_EQ(request(missing, 1, "skip"), VEL_REFUSED);
+    EXPECT_STREQ(vel_last_error(),
+                 "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
+                 "Next event name is nil or empty!");
+  }
+  EXPECT_EQ(host.log.size(), 2u);
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+  EXPECT_TRUE(configuration().skipMode());  // read before the refusal, and kept
+}
+
+TEST_F(CRequestTest, WithoutTimeItIsRefused) {
+  EXPECT_EQ(request("launch_end", 0), VEL_REFUSED);
+  EXPECT_NE(std::string(vel_last_error()).find("Max duration time is nil or empty!"),
+            std::string::npos);
+  EXPECT_EQ(request("launch_end", 1e-60), VEL_REFUSED);  // 0 in single precision
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+}
+
+TEST_F(CRequestTest, ANegativeTimeFails) {
+  EXPECT_EQ(request("launch_end", -1), VEL_REFUSED);
+  EXPECT_STREQ(vel_last_error(), "LaunchScreen view controller is NIL");
+  EXPECT_EQ(state(), VEL_STATE_FAILED);
+  EXPECT_EQ(host.heard,
+            (std::vector<std::string>{"state_changed 4 LaunchScreen view controller is NIL"}));
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+}
+
+TEST_F(CRequestTest, ATimeHasToBeANumberButMayBeEndless) {
+  EXPECT_EQ(request("launch_end", std::nan("")), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+  EXPECT_EQ(request("launch_end", 1e300), VEL_OK);
+  EXPECT_EQ(secondsLeft(), std::numeric_limits<double>::infinity());
+}
+
+TEST_F(CRequestTest, AStructureOfNoKnownSizeIsRefused) {
+  VelRequest wrong = makeRequest("launch_end", 1);
+  wrong.size = sizeof wrong - 1;
+  EXPECT_EQ(vel_request(screen, &wrong), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(vel_request(screen, nullptr), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+}
+
+TEST_F(CRequestTest, WhileOneIsUpAnotherLeavesItAlone) {
+  VelCreateOptions options = virtualOptions(&callbacks);
+  options.content_controller = 1;
+  createAgain(options);
+  present(VEL_PRESENT_EMBEDDED, 5);
+  host.heard.clear();
+  EXPECT_EQ(request("another_end", 9), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 5);
+  EXPECT_TRUE(host.heard.empty());
+  EXPECT_EQ(event(), "another_end");
+}
+
+TEST_F(CRequestTest, JsonIsReadAsTheServiceSendsIt) {
+  EXPECT_EQ(requestJson(R"({"mode": "skip", "event": "launch_end", "max_duration_time": 3})"),
+            VEL_OK)
+      << vel_last_error();
+  EXPECT_TRUE(configuration().skipMode());
+  EXPECT_EQ(event(), "launch_end");
+  EXPECT_EQ(secondsLeft(), 3);
+}
+
+TEST_F(CRequestTest, JsonTimesMayBeTextsAndOfAnyKindOfNumber) {
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": " 2.5 s"})"), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 2.5);
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": 25e-1})"), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 2.5);
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": 18446744073709551615})"), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 18446744073709551616.0);
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": -7})"), VEL_REFUSED);
+  EXPECT_EQ(state(), VEL_STATE_FAILED);
+}
+
+TEST_F(CRequestTest, JsonOfOtherKindsCountsAsMissing) {
+  for (const char* event :
+       {"null", "true", "3", "[\"launch_end\"]", "{\"event\": \"launch_end\"}"}) {
+    EXPECT_EQ(requestJson(std::string(R"({"max_duration_time": 1, "event": )") + event + "}"),
+              VEL_REFUSED)
+        << event;
+  }
+  for (const char* time : {"null", "true", "[1]", "{\"max_duration_time\": 1}", "\"soon\""}) {
+    EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": )") + time + "}"),
+              VEL_REFUSED)
+        << time;
+  }
+  EXPECT_EQ(requestJson(R"({"mode": ["skip"], "event": "e", "max_duration_time": 1})"), VEL_OK);
+  EXPECT_FALSE(configuration().skipMode());
+  EXPECT_EQ(requestJson("{}"), VEL_REFUSED);
+}
+
+TEST_F(CRequestTest, JsonMembersThatNobodyKnowsAreNoMatter) {
+  EXPECT_EQ(requestJson(R"({"x": {"event": "inner", "y": [{"event": "deeper"}, 1, null]},
+                            "event": "outer", "z": [[], {}], "max_duration_time": 1})"),
+            VEL_OK);
+  EXPECT_EQ(event(), "outer");
+}
+
+TEST_F(CRequestTest, WhatIsNotAJsonObjectIsRefused) {
+  for (const char* json : {"",
+                           " ",
+                           "[]",
+                           "[{}]",
+                           "\"event\"",
+                           "1",
+                           "null",
+                           "true",
+                           "{",
+                           "}",
+                           "{]",
+                           "{} {}",
+                           "{}x",
+                           "{\"event\"}",
+                           "{'event': 1}",
+                           "{\"event\": tru}",
+                           "{\"a\": 1,}",
+                           "{\"a\": 01}",
+                           "{\"a\": 1e999}",
+                           "{\"a\": \"\n\"}"}) {
+    EXPECT_EQ(requestJson(json), VEL_INVALID_ARGUMENT) << json;
+    EXPECT_STRNE(vel_last_error(), "") << json;
+  }
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+  EXPECT_EQ(vel_request_json(screen, nullptr, 0), VEL_INVALID_ARGUMENT);
+}
+
+TEST_F(CRequestTest, JsonIsAsLongAsItsLengthSays) {
+  constexpr std::string_view kJson = R"({"event": "e", "max_duration_time": 1} and the rest)";
+  EXPECT_EQ(requestJson(kJson.substr(0, kJson.find('}') + 1)), VEL_OK);
+  EXPECT_EQ(requestJson(kJson), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(requestJson(kJson.substr(0, 10)), VEL_INVALID_ARGUMENT);
+}
+
+TEST_F(CRequestTest, InvalidUtf8IsNoJson) {
+  for (const char* bytes :
+       {"\x80", "\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf5\x80\x80\x80", "\xff"}) {
+    EXPECT_EQ(requestJson(std::string(R"({"max_duration_time": 1, "event": ")") + bytes + "\"}"),
+              VEL_INVALID_ARGUMENT);
+  }
+  EXPECT_EQ(requestJson("{\"max_duration_time\": 1, \"event\": \"\xc3\xa9\xf0\x9f\x8e\xae\"}"),
+            VEL_OK);
+  EXPECT_EQ(event(), "\xc3\xa9\xf0\x9f\x8e\xae");
+}
+
+TEST_F(CRequestTest, NoNestingIsTooDeep) {
+  constexpr std::size_t kDepth = 200'000;
+  std::string lists = R"({"event": "e", "max_duration_time": 1, "x": )" + std::string(kDepth, '[');
+  EXPECT_EQ(requestJson(lists), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(requestJson(lists + std::string(kDepth, ']') + "}"), VEL_OK) << vel_last_error();
+  std::string objects;
+  for (std::size_t depth = 0; depth < kDepth; ++depth) {
+    objects += "{\"event\":";
+  }
+  objects += "0" + std::string(kDepth, '}');
+  EXPECT_EQ(requestJson(objects), VEL_REFUSED);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,196 @@
+// A launch screen from C, from request to event: what is called back, and what the host can ask.
+#include "Platform/AppKit/NSApplication.h"
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class CRunTest : public CBindingTest {
+ protected:
+  /// A window with a content controller.
+  void createWithController() {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = 1;
+    createAgain(options);
+  }
+};
+
+TEST_F(CRunTest, AnEmbeddedCoverTellsEachStep) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear"}));
+  EXPECT_EQ(NSApp->keyWindow()->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_TRUE(isUp());
+  ASSERT_EQ(vel_run(screen, 1.05), VEL_OK);
+  EXPECT_EQ(host.heard.size(), 2u);
+  ASSERT_EQ(vel_run(screen, 0.05), VEL_OK);
+  EXPECT_EQ(host.heard,
+            (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
+  EXPECT_EQ(NSApp->keyWindow()->styleMask(), 15u);
+  EXPECT_TRUE(isUp());  // for one more second, since the window has no content controller
+  ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  ASSERT_EQ(vel_run(screen, 10), VEL_OK);
+  EXPECT_EQ(host.heard.size(), 5u);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CRunTest, WithAContentControllerTheCoverGoesAtOnce) {
+  createWithController();
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
+  for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
+    createWithController();
+    host.heard.clear();
+    present(presentation, 1);
+    EXPECT_EQ(user().windowCount(), 2u);
+    ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+    EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear",
+                                 "record_event launch_end"}));
+    EXPECT_FALSE(isUp());
+  }
+}
+
+TEST_F(CRunTest, ThePresentationIsLogged) {
+  present(VEL_PRESENT_MODAL, 1);
+  EXPECT_EQ(host.log, (Lines{"LaunchScreenContent (-[LaunchScreenContent "
+                             "presentForWindow:withPresentationMode:]) mode: 2"}));
+}
+
+TEST_F(CRunTest, NothingIsPresentedWithoutARequest) {
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+  EXPECT_STREQ(vel_last_error(), "no request has been loaded");
+}
+
+TEST_F(CRunTest, AnUnknownPresentationIsRefused) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  for (const int presentation : {-1, 3, 1'000'000}) {
+    EXPECT_EQ(vel_present(screen, static_cast<VelPresentation>(presentation)),
+              VEL_INVALID_ARGUMENT);
+  }
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CRunTest, ASheetNeedsAContentController) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_SHEET), VEL_NOTHING_TO_PRESENT);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
+}
+
+TEST_F(CRunTest, AClosedWindowCannotBeCovered) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  NSApp->keyWindow()->close();
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+  EXPECT_STREQ(vel_last_error(), "the window has been closed");
+}
+
+TEST_F(CRunTest, ThePauseHasAReason) {
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
+  present(VEL_PRESENT_EMBEDDED, 1);
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
+  ASSERT_EQ(vel_run(screen, 0.3), VEL_OK);
+  user().userMovesFocusAway();
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
+  const double left = secondsLeft();
+  ASSERT_EQ(vel_run(screen, 100), VEL_OK);
+  EXPECT_EQ(secondsLeft(), left);
+  NSApp->orderedWindows().front()->makeKeyWindow();
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
+  ASSERT_EQ(vel_run(screen, 0.9), VEL_OK);
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NO_TIME_LEFT);
+  EXPECT_LE(secondsLeft(), 0);
+  ASSERT_EQ(vel_run(screen, 1), VEL_OK);
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
+}
+
+TEST_F(CRunTest, InSkipModeTheHostDismissesAndNoEventIsRecorded) {
+  present(VEL_PRESENT_EMBEDDED, 60, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "did_disappear");
+  ASSERT_EQ(vel_run(screen, 100), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "did_disappear");
+}
+
+TEST_F(CRunTest, OtherwiseAnEarlyDismissalIsRefusedAndTheEventRecordedEarly) {
+  present(VEL_PRESENT_EMBEDDED, 60);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "may_disappear");
+  ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  EXPECT_TRUE(isUp());
+}
+
+TEST_F(CRunTest, ADismissalOfNothingIsNoDismissal) {
+  EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
+  present(VEL_PRESENT_EMBEDDED, 1);
+  user().userMovesFocusAway();
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);  // the countdown knows nothing of the attempt
+}
+
+TEST_F(CRunTest, TheHostMayKeepTheCover) {
+  host.mayDisappear = false;
+  present(VEL_PRESENT_EMBEDDED, 1, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "may_disappear");
+  EXPECT_TRUE(isUp());
+  host.mayDisappear = true;
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "did_disappear");
+}
+
+TEST_F(CRunTest, WithoutCallbacksItRunsAllTheSame) {
+  VelCallbacks quiet = VEL_CALLBACKS_INIT;
+  createAgain(virtualOptions(&quiet));
+  testing::internal::CaptureStderr();
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 5), VEL_OK);
+  EXPECT_FALSE(isUp());
+  // Log lines, and the event, which nobody took, as one of them.
+  const std::string lines = testing::internal::GetCapturedStderr();
+  EXPECT_NE(lines.find("mode: 0"), std::string::npos);
+  EXPECT_NE(lines.find("launch_end"), std::string::npos);
+}
+
+TEST_F(CRunTest, ALostDisplayIsToldAndClosesTheWindow) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  user().connectionBreaks("the plug was pulled");
+  EXPECT_EQ(host.heard.back(), "display_lost the plug was pulled");
+  EXPECT_FALSE(isUp());
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  const VelRequest request = makeRequest("launch_end", 1);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+}
+
+TEST_F(CRunTest, TheUserClosingTheWindowEndsTheCover) {
+  createWithController();
+  host.heard.clear();
+  present(VEL_PRESENT_MODAL, 5);
+  user().windowVanishes(NSApp->modalWindow()->handle());
+  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CRunTest, TheNextRequestIsShownToo) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 10), VEL_OK);
+  host.heard.clear();
+  present(VEL_PRESENT_EMBEDDED, 2);
+  EXPECT_TRUE(isUp());
+  ASSERT_EQ(vel_run(screen, 10), VEL_OK);
+  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear",
+                               "did_disappear"}));  // the event is recorded once
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,126 @@
+// Who may call what from which thread.
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <thread>
+
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+using CThreadTest = CBindingTest;
+
+TEST_F(CThreadTest, OnlyTheOwnersThreadMayCall) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  std::vector<VelStatus> statuses;
+  std::string error;
+  VelLaunchScreen* copy = screen;
+  std::thread([&] {
+    int number = 0;
+    double seconds = 0;
+    VelPause reason = VEL_PAUSE_NONE;
+    VelState state = VEL_STATE_NONE;
+    statuses = {vel_request(screen, &request),
+                vel_request_json(screen, "{}", 2),
+                vel_present(screen, VEL_PRESENT_EMBEDDED),
+                vel_pump(screen, &number),
+                vel_run(screen, 0),
+                vel_poll_descriptor(screen, &number),
+                vel_next_deadline(screen, &seconds),
+                vel_seconds_left(screen, &seconds),
+                vel_is_up(screen, &number),
+                vel_pause_reason(screen, &reason),
+                vel_state(screen, &state),
+                vel_destroy(&copy)};
+    error = vel_last_error();
+  }).join();
+  EXPECT_THAT(statuses, testing::Each(VEL_WRONG_THREAD));
+  EXPECT_NE(error, "");
+  EXPECT_EQ(copy, screen);
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+}
+
+TEST_F(CThreadTest, TheLastErrorIsTheThreadsOwn) {
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+  std::string elsewhere = "?";
+  std::thread([&] { elsewhere = vel_last_error(); }).join();
+  EXPECT_EQ(elsewhere, "");
+  EXPECT_STREQ(vel_last_error(), "no request has been loaded");
+}
+
+TEST_F(CThreadTest, ADismissalFromElsewhereComesWithTheNextPump) {
+  present(VEL_PRESENT_EMBEDDED, 60, "skip");
+  std::thread([this] { EXPECT_EQ(vel_dismiss(screen), VEL_OK); }).join();
+  EXPECT_EQ(host.heard.back(), "will_appear");
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "did_disappear");
+}
+
+TEST_F(CThreadTest, ADismissalEndsAWait) {
+  VelCreateOptions options = virtualOptions(&callbacks);
+  options.time = VEL_TIME_REAL;
+  createAgain(options);
+  present(VEL_PRESENT_EMBEDDED, 10'000, "skip");
+  host.inside = [this](const std::string& callback) {
+    if (callback == "did_disappear") {
+      vel_destroy(&screen);
+    }
+  };
+  std::thread dismisser([handle = screen] { vel_dismiss(handle); });
+  EXPECT_EQ(vel_run(screen, 10'000), VEL_OK);
+  dismisser.join();
+  EXPECT_EQ(screen, nullptr);
+}
+
+// Handles are checked, dismissals queued and launch screens ended at the same time.
+TEST_F(CThreadTest, DismissalsMayMeetTheEnd) {
+  std::atomic<VelLaunchScreen*> current = screen;
+  std::atomic<bool> done = false;
+  std::atomic<int> answered = 0;
+  const auto dismissUntilDone = [&] {
+    while (!done) {
+      const VelStatus status = vel_dismiss(current);
+      EXPECT_TRUE(status == VEL_OK || status == VEL_NOT_ALIVE) << status;
+      ++answered;
+      std::this_thread::yield();
+    }
+  };
+  std::thread one(dismissUntilDone);
+  std::thread two(dismissUntilDone);
+  const VelCreateOptions options = virtualOptions(&callbacks);
+  for (int round = 0; round < 200 || answered < 1000; ++round) {
+    const VelRequest request = makeRequest("launch_end", 1, round % 2 == 0 ? "skip" : nullptr);
+    EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+    EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_OK);
+    EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+    ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+    ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+    current = screen;
+  }
+  done = true;
+  one.join();
+  two.join();
+}
+
+TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {
+  const auto wholeRun = [] {
+    CHost host;
+    const VelCallbacks callbacks = host.callbacks();
+    const VelCreateOptions options = virtualOptions(&callbacks);
+    VelLaunchScreen* screen = nullptr;
+    ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+    const VelRequest request = makeRequest("launch_end", 1);
+    EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+    EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
+    EXPECT_EQ(vel_run(screen, 5), VEL_OK);
+    EXPECT_EQ(host.heard.back(), "record_event launch_end");
+    EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  };
+  std::thread(wholeRun).join();
+  std::thread(wholeRun).join();
+  wholeRun();
+}
+
+}  // namespace
+}  // namespace vel::test

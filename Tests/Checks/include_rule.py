@@ -1,0 +1,130 @@
+#!/usr/bin/env python3
+"""Reads the include rule below and fails on every line of a source that breaks it.
+
+usage: include_rule.py ROOT
+"""
+
+import re
+import sys
+from pathlib import Path
+
+from sources import source_files
+
+# Each folder and the folders that its files may include from, besides their own. A folder's line
+# holds for the folders in it that have no line of their own.
+BASE = ["Platform/Foundation"]
+PORT = ["Platform/WindowSystem", *BASE]
+PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
+LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
+EVERYTHING = [""]
+MAY_INCLUDE = {
+    "Platform/Foundation": [],
+    "Platform/WindowSystem": BASE,
+    "Platform/WindowSystem/Headless": PORT,
+    "Platform/WindowSystem/X11": PORT,
+    "Platform/WindowSystem/Backends": EVERYTHING,
+    "Platform/Dispatch": BASE,
+    "Platform/AppKit": ["Platform/Dispatch", *PORT],
+    "HostInterfaces": PLATFORM,
+    "LaunchScreen": LIBRARY,
+    "Bindings/C": [*LIBRARY, "Platform/WindowSystem", "Platform/WindowSystem/Backends"],
+    "Host": EVERYTHING,
+    "Examples": EVERYTHING,
+    "Tests": EVERYTHING,
+    "Fuzz": EVERYTHING,
+    "Benchmarks": EVERYTHING,
+}
+
+# Headers from outside that only some folders may include.
+OUTSIDE = {
+    "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11"],
+    "X11/": [],
+    "CLI/": ["Host"],
+    "nlohmann/": ["Bindings/C", "Host", "Tests/Host", "Fuzz"],
+    "gtest/": ["Tests"],
+    "gmock/": ["Tests"],
+    "benchmark/": ["Benchmarks"],
+}
+
+# Where the sources may ask which platform they are compiled for.
+CHOOSES_PLATFORM = ["Platform/WindowSystem/Backends"]
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]*)"|<([^>]*)>)')
+CONDITION = re.compile(r"^\s*#\s*(?:el)?if(?:n?def)?\b(.*)")
+PLATFORM_MACRO = re.compile(
+    r"\b(__APPLE__|__MACH__|TARGET_OS_\w+|_?_?WIN(?:32|64)(?:__)?|_MSC_VER|__CYGWIN__|__MINGW\w*"
+    r"|(?:__)?(?:gnu_)?linux(?:__)?|(?:__)?unix(?:__)?|__ANDROID__|__\w+BSD__|__EMSCRIPTEN__)\b"
+)
+COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
+
+
+def is_below(path, folder):
+    return folder == "" or path == folder or path.startswith(folder + "/")
+
+
+def layer_of(path):
+    """The longest folder of the table that the file is in, or None."""
+    return max((f for f in MAY_INCLUDE if is_below(path, f)), key=len, default=None)
+
+
+def without_comments(text):
+    """The text with its comments blanked, line for line."""
+
+    def blank(match):
+        found = match.group()
+        return found if found.startswith('"') else "\n" * found.count("\n")
+
+    return COMMENT.sub(blank, text)
+
+
+def include_fault(path, included, quoted, root):
+    """What is wrong with the line that includes `included`, or None."""
+    layer = layer_of(path)
+    if not quoted:
+        for prefix, folders in OUTSIDE.items():
+            if included.startswith(prefix) and not any(is_below(path, f) for f in folders):
+                return f"<{prefix}…> belongs in {', '.join(folders) or 'no folder'}"
+        if layer_of(included) is None:
+            return None
+        return f'a header of ours is included as "{included}"'
+    target = layer_of(included)
+    if target is None or not (root / included).is_file():
+        return f'there is no "{included}"; includes are written from the project\'s root'
+    allowed = [layer, *MAY_INCLUDE[layer]]
+    if "" in allowed or target in allowed:
+        return None
+    return f"{layer} may not include from {target}"
+
+
+def faults(root):
+    """Every fault below root, as `file:line: what`."""
+    root = Path(root)
+    for file in source_files(root):
+        path = file.as_posix()
+        if layer_of(path) is None:
+            yield f"{path}:1: no line of the include rule says what this folder may include"
+            continue
+        chooses = any(is_below(path, folder) for folder in CHOOSES_PLATFORM)
+        text = without_comments((root / file).read_text(encoding="utf-8"))
+        for number, line in enumerate(text.split("\n"), start=1):
+            if match := INCLUDE.match(line):
+                quoted = match.group(1) is not None
+                fault = include_fault(path, match.group(1) or match.group(2) or "", quoted, root)
+                if fault:
+                    yield f"{path}:{number}: {fault}"
+            elif (match := CONDITION.match(line)) and not chooses:
+                if macro := PLATFORM_MACRO.search(match.group(1)):
+                    yield f"{path}:{number}: {macro.group()} is asked for outside {CHOOSES_PLATFORM[0]}"
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    found = list(faults(sys.argv[1]))
+    for fault in found:
+        print(fault)
+    sys.exit(1 if found else 0)
+
+
+if __name__ == "__main__":
+    main()

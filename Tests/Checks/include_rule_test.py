@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Tests of the include rule: that it finds what it is there to find."""
+
+import tempfile
+import unittest
+from pathlib import Path
+
+import include_rule
+
+TREE = {
+    "Platform/Foundation/NSObject.h": "",
+    "Platform/WindowSystem/WindowSystem.h": '#include "Platform/Foundation/NSObject.h"\n',
+    "Platform/WindowSystem/Headless/HeadlessWindow.h": "",
+    "Platform/WindowSystem/Backends/Backends.h": "",
+    "Platform/Dispatch/Dispatch.h": "",
+    "Platform/AppKit/NSWindow.h": '#include "Platform/WindowSystem/WindowSystem.h"\n',
+    "HostInterfaces/MetricsCenter.h": "",
+    "LaunchScreen/View/Cover.h": "",
+    "Host/main.cpp": '#include "LaunchScreen/View/Cover.h"\n#include <CLI/CLI.hpp>\n',
+}
+
+
+class IncludeRuleTest(unittest.TestCase):
+    def faults_with(self, path, text):
+        with tempfile.TemporaryDirectory() as root:
+            for name, content in {**TREE, path: text}.items():
+                file = Path(root, name)
+                file.parent.mkdir(parents=True, exist_ok=True)
+                file.write_text(content, encoding="utf-8")
+            return list(include_rule.faults(root))
+
+    def assert_fault(self, path, line, at=1):
+        found = self.faults_with(path, line)
+        self.assertEqual(len(found), 1, found)
+        self.assertTrue(found[0].startswith(f"{path}:{at}: "), found[0])
+
+    def assert_none(self, path, line):
+        self.assertEqual(self.faults_with(path, line), [])
+
+    def test_arrows_that_go_up(self):
+        for path, included in (
+            ("Platform/Foundation/A.cpp", "Platform/Dispatch/Dispatch.h"),
+            ("Platform/Foundation/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
+            ("Platform/Dispatch/A.cpp", "Platform/AppKit/NSWindow.h"),
+            ("Platform/WindowSystem/A.h", "Platform/WindowSystem/Headless/HeadlessWindow.h"),
+            ("Platform/WindowSystem/Headless/A.h", "Platform/AppKit/NSWindow.h"),
+            ("Platform/AppKit/A.cpp", "Platform/WindowSystem/Headless/HeadlessWindow.h"),
+            ("Platform/AppKit/A.cpp", "HostInterfaces/MetricsCenter.h"),
+            ("HostInterfaces/A.h", "LaunchScreen/View/Cover.h"),
+            ("LaunchScreen/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
+            ("LaunchScreen/View/A.cpp", "Platform/WindowSystem/Backends/Backends.h"),
+            ("Bindings/C/A.cpp", "Host/main.cpp"),
+        ):
+            with self.subTest(path=path, included=included):
+                self.assert_fault(path, f'#include "{included}"\n')
+
+    def test_arrows_that_go_down(self):
+        for path, included in (
+            ("Platform/Dispatch/A.cpp", "Platform/Foundation/NSObject.h"),
+            ("Platform/AppKit/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
+            ("LaunchScreen/A.cpp", "LaunchScreen/View/Cover.h"),
+            ("LaunchScreen/A.cpp", "HostInterfaces/MetricsCenter.h"),
+            ("Bindings/C/A.cpp", "Platform/WindowSystem/Backends/Backends.h"),
+            ("Tests/AppKit/A.cpp", "Platform/WindowSystem/Headless/HeadlessWindow.h"),
+        ):
+            with self.subTest(path=path, included=included):
+                self.assert_none(path, f'#include "{included}"\n')
+
+    def test_the_line_is_named(self):
+        text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"
+        self.assert_fault("LaunchScreen/A.cpp", text, at=3)
+
+    def test_includes_are_written_from_the_root(self):
+        self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
+        self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
+
+    def test_headers_from_outside_stay_in_their_folder(self):
+        self.assert_fault("Platform/AppKit/A.cpp", "#include <xcb/xcb.h>\n")
+        self.assert_fault("Host/A.cpp", "#include <xcb/xcb.h>\n")
+        self.assert_fault("LaunchScreen/A.cpp", "#include <nlohmann/json.hpp>\n")
+        self.assert_none("Platform/WindowSystem/X11/A.cpp", "#include <xcb/xcb.h>\n")
+        self.assert_none("Platform/AppKit/A.cpp", "#include <vector>\n")
+
+    def test_platform_conditions(self):
+        for line in (
+            "#ifdef __APPLE__",
+            "#ifndef _WIN32",
+            "#if defined(__linux__) && 1",
+            "# elif defined __unix__",
+            "#if TARGET_OS_OSX",
+        ):
+            with self.subTest(line=line):
+                self.assert_fault("Platform/AppKit/A.cpp", line + "\n")
+                self.assert_none("Platform/WindowSystem/Backends/A.cpp", line + "\n")
+        self.assert_none("Platform/AppKit/A.cpp", "#ifdef VEL_HAS_X11\n")
+
+    def test_comments_do_not_count(self):
+        self.assert_none("Platform/AppKit/A.cpp", '// #ifdef _WIN32\n/*\n#include "X.h"\n*/\n')
+
+    def test_a_folder_without_a_line(self):
+        self.assert_fault("Elsewhere/A.cpp", "\n")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,295 @@
+// The main queue in virtual time.
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+namespace {
+
+class DispatchTest : public VirtualTest {
+ protected:
+  using Ran = std::vector<std::string>;
+
+  static dispatch_time_t after(double seconds) {
+    return dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(seconds));
+  }
+  void submit(const std::string& name, const std::function<void()>& work = nullptr) {
+    dispatch_async(queue, noting(name, work));
+  }
+  void submitAt(dispatch_time_t when, const std::string& name,
+                const std::function<void()>& work = nullptr) {
+    dispatch_after(when, queue, noting(name, work));
+  }
+  // As slow work does: time passes, and nothing is served.
+  void letTimePass(double seconds) {
+    loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));
+  }
+
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  DispatchQueue& queue = dispatch_get_main_queue();
+  Ran ran;
+
+ private:
+  DispatchQueue::Work noting(const std::string& name, const std::function<void()>& work) {
+    return [this, name, work] {
+      ran.push_back(name);
+      if (work) {
+        work();
+      }
+    };
+  }
+};
+
+TEST_F(DispatchTest, WorkRunsInThePassAndNotBefore) {
+  submit("work");
+  EXPECT_TRUE(ran.empty());
+  EXPECT_TRUE(loop.pump());
+  EXPECT_EQ(ran, Ran{"work"});
+  EXPECT_FALSE(loop.pump());
+  EXPECT_EQ(ran, Ran{"work"});
+}
+
+TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
+  for (const char* name : {"first", "second", "third"}) {
+    submit(name);
+  }
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+}
+
+TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
+  submitAt(after(0.5), "work");
+  platform.run(0.499999999);
+  EXPECT_TRUE(ran.empty());
+  platform.run(0.000000001);
+  EXPECT_EQ(ran, Ran{"work"});
+}
+
+TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
+  submitAt(after(0.3), "third");
+  submitAt(after(0.1), "first");
+  submitAt(after(0.2), "second");
+  letTimePass(1);
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+}
+
+TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
+  submitAt(after(0.2), "first");
+  letTimePass(0.1);
+  submitAt(after(0.1), "second");
+  letTimePass(0.1);
+  submit("third");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+}
+
+TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
+  std::vector<int> order;
+  for (int number = 0; number < 10'000; ++number) {
+    dispatch_after(after(number % 10), queue, [&order, number] { order.push_back(number); });
+  }
+  platform.run(10);
+  ASSERT_EQ(order.size(), 10'000u);
+  EXPECT_TRUE(
+      std::ranges::is_sorted(order, {}, [](int number) { return std::pair(number % 10, number); }));
+}
+
+TEST_F(DispatchTest, AsyncIsAfterWithoutADelay) {
+  letTimePass(1);
+  submit("first");
+  submitAt(DISPATCH_TIME_NOW, "second");
+  submitAt(after(0), "third");
+  submit("fourth");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"first", "second", "third", "fourth"}));
+}
+
+TEST_F(DispatchTest, AMomentThatHasPassedIsDueNow) {
+  letTimePass(2);
+  submitAt(after(-1), "work");
+  loop.pump();
+  EXPECT_EQ(ran, Ran{"work"});
+}
+
+TEST_F(DispatchTest, WhatWorkSubmitsWaitsForTheNextPass) {
+  submit("outer", [this] { submit("inner"); });
+  submit("other");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "other"}));
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "other", "inner"}));
+}
+
+TEST_F(DispatchTest, WhatWorkSubmitsForThePastWaitsAndHoldsNothingUp) {
+  letTimePass(2);
+  submit("outer", [this] { submitAt(after(-1), "inner"); });
+  submit("other");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "other"}));
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "other", "inner"}));
+}
+
+TEST_F(DispatchTest, WhatComesDueDuringTheStepWaitsForTheNextPass) {
+  submit("slow", [this] { letTimePass(1); });
+  submitAt(after(0.5), "later");
+  loop.pump();
+  EXPECT_EQ(ran, Ran{"slow"});
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"slow", "later"}));
+}
+
+TEST_F(DispatchTest, WorkThatRunsTheLoopHasTheRestServedInside) {
+  submit("outer", [this] {
+    submit("submitted inside");
+    loop.pump();
+    ran.emplace_back("outer ends");
+  });
+  submit("rest");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "rest", "submitted inside", "outer ends"}));
+}
+
+TEST_F(DispatchTest, AfterANestedLoopThePassTakesNothingNew) {
+  submit("outer", [this] {
+    loop.pump();
+    submit("new");
+  });
+  submit("rest");
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "rest"}));
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"outer", "rest", "new"}));
+}
+
+TEST_F(DispatchTest, NestedLoopsMayGoDeep) {
+  std::function<void(int)> nest = [&](int depth) {
+    if (depth > 0) {
+      submit("level", [&, depth] { nest(depth - 1); });
+      loop.pump();
+    }
+  };
+  nest(50);
+  EXPECT_EQ(ran.size(), 50u);
+  EXPECT_EQ(queue.pendingCount(), 0u);
+}
+
+TEST_F(DispatchTest, TellsTheNextDeadline) {
+  EXPECT_EQ(queue.nextDeadline(), kNever);
+  submitAt(after(0.5), "later");
+  submitAt(after(0.2), "sooner");
+  EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.2));
+  platform.run(0.3);
+  EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.5));
+}
+
+TEST_F(DispatchTest, WorkThatStillWaitsInsideANestedLoopIsDueThere) {
+  submit("outer", [this] { EXPECT_LE(loop.nextDeadline(), loop.now()); });
+  submit("rest");
+  loop.pump();
+  EXPECT_EQ(loop.nextDeadline(), kNever);
+}
+
+TEST_F(DispatchTest, CountsWhatWaits) {
+  submit("now");
+  submitAt(after(1), "later");
+  EXPECT_EQ(queue.pendingCount(), 2u);
+  loop.pump();
+  EXPECT_EQ(queue.pendingCount(), 1u);
+}
+
+TEST_F(DispatchTest, TellsWhatWaitsInTheOrderInWhichItWillRun) {
+  submitAt(after(2), "last");
+  submitAt(after(1), "later");
+  submit("now");
+  std::vector<dispatch_time_t> deadlines;
+  for (const DispatchQueue::Pending& pending : queue.pending()) {
+    deadlines.push_back(pending.deadline);
+  }
+  EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
+}
+
+TEST_F(DispatchTest, DroppedWorkDoesNotRun) {
+  submit("now");
+  submitAt(after(1), "later");
+  queue.removeAll();
+  platform.run(2);
+  EXPECT_TRUE(ran.empty());
+}
+
+TEST_F(DispatchTest, WorkMayDropTheRest) {
+  submit("dropper", [this] { queue.removeAll(); });
+  submit("rest");
+  platform.run(1);
+  EXPECT_EQ(ran, Ran{"dropper"});
+}
+
+TEST_F(DispatchTest, WhatWorkHeldGoesWithIt) {
+  const auto held = std::make_shared<int>(5);
+  dispatch_async(queue, [held] {});
+  EXPECT_EQ(held.use_count(), 2);
+  loop.pump();
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(DispatchTest, WhatWorkHeldGoesBeforeTheNextWorkRuns) {
+  const auto held = std::make_shared<int>(5);
+  long users = 0;
+  dispatch_async(queue, [held] {});
+  submit("next", [&] { users = held.use_count(); });
+  loop.pump();
+  EXPECT_EQ(users, 1);
+}
+
+TEST_F(DispatchTest, WhatDroppedWorkHeldMaySubmitAgain) {
+  const auto submitting = [this](const int* value) {
+    submit("heir");
+    delete value;
+  };
+  dispatch_async(queue, [holder = std::shared_ptr<int>(new int(5), submitting)] {});
+  queue.removeAll();
+  EXPECT_EQ(queue.pendingCount(), 1u);
+  queue.removeAll();
+}
+
+TEST_F(DispatchTest, WorkThatRaisesLeavesTheRestForTheNextPass) {
+  submit("raises", [] { throw std::runtime_error("stop"); });
+  submit("rest");
+  EXPECT_THROW(loop.pump(), std::runtime_error);
+  EXPECT_EQ(ran, Ran{"raises"});
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"raises", "rest"}));
+}
+
+TEST_F(DispatchTest, TimeIsCountedFromNowOrFromTheMomentGiven) {
+  letTimePass(1);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, 0), NSEC_PER_SEC);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), NSEC_PER_SEC * 3 / 2);
+  EXPECT_EQ(dispatch_time(5 * NSEC_PER_SEC, NSEC_PER_SEC), 6 * NSEC_PER_SEC);
+}
+
+TEST_F(DispatchTest, ATimeBeyondAllTimesIsNever) {
+  letTimePass(1);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, kNever), kNever);
+  EXPECT_EQ(dispatch_time(kNever, 1), kNever);
+  EXPECT_EQ(dispatch_time(kNever, 0), kNever);
+}
+
+TEST_F(DispatchTest, ATimeBeforeAllTimesIsTheFirstOfAll) {
+  EXPECT_EQ(dispatch_time(-kNever, -1), -kNever);
+  EXPECT_EQ(dispatch_time(-NSEC_PER_SEC, std::numeric_limits<std::int64_t>::min()), -kNever);
+  EXPECT_EQ(dispatch_time(-NSEC_PER_SEC, 0), -NSEC_PER_SEC);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,101 @@
+// The main queue, with work from other threads.
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSThread.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+namespace {
+
+class DispatchThreadsTest : public VirtualTest {
+ protected:
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  DispatchQueue& queue = dispatch_get_main_queue();
+};
+
+TEST_F(DispatchThreadsTest, WorkFromAnotherThreadRunsOnTheMainThread) {
+  bool onMainThread = false;
+  std::thread([&] {
+    dispatch_async(queue, [&onMainThread] { onMainThread = NSThread::isMainThread(); });
+  }).join();
+  EXPECT_FALSE(onMainThread);
+  loop.pump();
+  EXPECT_TRUE(onMainThread);
+}
+
+TEST_F(DispatchThreadsTest, DelayedWorkFromAnotherThreadIsCountedFromItsSubmission) {
+  platform.run(1);
+  std::vector<double> times;
+  std::thread([&] {
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), queue,
+                   [&] { times.push_back(platform.now()); });
+  }).join();
+  platform.run(1);
+  EXPECT_EQ(times, std::vector<double>{1.5});
+}
+
+TEST_F(DispatchThreadsTest, WorkOfEachThreadKeepsItsOrderWhileTheLoopRuns) {
+  constexpr int kThreads = 4;
+  constexpr int kEach = 500;
+  std::array<std::vector<int>, kThreads> ran;
+  std::array<std::thread, kThreads> threads;
+  for (std::size_t index = 0; index < kThreads; ++index) {
+    threads[index] = std::thread([&, index] {
+      for (int number = 0; number < kEach; ++number) {
+        dispatch_async(queue, [&ran, index, number] { ran[index].push_back(number); });
+      }
+    });
+  }
+  for (int pass = 0; pass < 100; ++pass) {
+    loop.pump();
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  platform.runDue();
+  for (const std::vector<int>& numbers : ran) {
+    EXPECT_EQ(numbers.size(), std::size_t{kEach});
+    EXPECT_TRUE(std::ranges::is_sorted(numbers));
+  }
+}
+
+TEST_F(DispatchThreadsTest, WorkFromAnotherThreadIsServedInsideANestedLoop) {
+  bool ran = false;
+  dispatch_async(queue, [&] {
+    std::thread other([&] { dispatch_async(queue, [&ran] { ran = true; }); });
+    // Ends only because that work comes: virtual time does not wait for it by itself.
+    while (!ran) {
+      loop.pump();
+    }
+    other.join();
+  });
+  loop.pump();
+  EXPECT_TRUE(ran);
+}
+
+TEST_F(DispatchThreadsTest, TheClockIsReadFromOtherThreads) {
+  bool wentBack = false;
+  std::thread other([&] {
+    dispatch_time_t last = 0;
+    for (int reading = 0; reading < 1000; ++reading) {
+      const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
+      wentBack = wentBack || now < last;
+      last = now;
+    }
+  });
+  for (int step = 0; step < 100; ++step) {
+    platform.run(0.1);
+  }
+  other.join();
+  EXPECT_FALSE(wentBack);
+}
+
+}  // namespace
+}  // namespace vel::test

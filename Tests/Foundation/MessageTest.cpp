@@ -1,0 +1,116 @@
+// A message to an object, or to none.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSArray.h"
+#include "Platform/Foundation/NSObject.h"
+
+namespace vel::test {
+namespace {
+
+class Player : public Class<Player, "Player"> {
+ public:
+  [[nodiscard]] std::int32_t points() const { return 7; }
+  [[nodiscard]] bool plays() const { return true; }
+  [[nodiscard]] double speed() const { return 1.5; }
+  [[nodiscard]] CGRect place() const { return CGRectMake(1, 2, 3, 4); }
+  [[nodiscard]] std::string_view nickname() const { return "Ace"; }
+  [[nodiscard]] Strong<Player> partner() const { return partner_; }
+  [[nodiscard]] NSArray<Player> rivals() const { return {partner_}; }
+  void setPartner(const Strong<Player>& partner) { partner_ = partner; }
+  [[nodiscard]] std::int32_t sum(std::int32_t left, std::int32_t right) const {
+    return left + right;
+  }
+  void act(const std::function<void()>& during) {
+    during();
+    acted_ = true;
+  }
+  [[nodiscard]] bool acted() const { return acted_; }
+  [[nodiscard]] const Strong<Player>& partnerInPlace() const { return partner_; }
+  [[nodiscard]] std::int32_t& pointsInPlace() { return counted_; }
+
+ private:
+  Strong<Player> partner_;
+  std::int32_t counted_ = 0;
+  bool acted_ = false;
+};
+
+class Keeper final : public Class<Keeper, "Keeper", Player> {};
+
+const Strong<Player> kNone;
+
+TEST(MessageTest, ToAnObjectCallsTheOperation) {
+  const auto player = make<Player>();
+  EXPECT_EQ(send(player, &Player::points), 7);
+  EXPECT_EQ(send(player, &Player::sum, 2, 3), 5);
+  send(player, &Player::setPartner, make<Player>());
+  EXPECT_NE(player->partner(), nullptr);
+}
+
+TEST(MessageTest, ToASubclassCallsTheInheritedOperation) {
+  EXPECT_EQ(send(make<Keeper>(), &Player::points), 7);
+}
+
+TEST(MessageTest, ToNoneAnswersTheResultTypesZero) {
+  EXPECT_EQ(send(kNone, &Player::points), 0);
+  EXPECT_EQ(send(kNone, &Player::sum, 2, 3), 0);
+  EXPECT_FALSE(send(kNone, &Player::plays));
+  EXPECT_EQ(send(kNone, &Player::speed), 0.0);
+  EXPECT_EQ(send(kNone, &Player::place), CGRectZero);
+  EXPECT_TRUE(send(kNone, &Player::nickname).empty());
+  EXPECT_EQ(send(kNone, &Player::partner), nullptr);
+  EXPECT_TRUE(send(kNone, &Player::rivals).empty());
+}
+
+TEST(MessageTest, ToNoneDoesNothing) {
+  bool done = false;
+  send(kNone, &Player::act, [&done] { done = true; });
+  EXPECT_FALSE(done);
+}
+
+TEST(MessageTest, ToTheAnswerOfAMessageToNoneIsAMessageToNone) {
+  EXPECT_EQ(send(send(kNone, &Player::partner), &Player::points), 0);
+  EXPECT_EQ(send(send(make<Player>(), &Player::partner), &Player::points), 0);
+}
+
+TEST(MessageTest, KeepsTheReceiverAliveForTheCall) {
+  auto player = make<Player>();
+  const Weak<Player> seen = player;
+  bool aliveInside = false;
+  send(player, &Player::act, [&] {
+    player.reset();  // the last reference but the message's own
+    aliveInside = !seen.expired();
+  });
+  EXPECT_TRUE(aliveInside);
+  EXPECT_TRUE(seen.expired());
+}
+
+template <class Receiver, class Operation, class... Arguments>
+concept CanSend = requires(const Strong<Receiver>& receiver, Operation operation,
+                           Arguments... arguments) { send(receiver, operation, arguments...); };
+
+TEST(MessageTest, WhoseResultIsAReferenceDoesNotCompile) {
+  EXPECT_TRUE((CanSend<Player, decltype(&Player::partner)>));
+  EXPECT_FALSE((CanSend<Player, decltype(&Player::partnerInPlace)>));
+  EXPECT_FALSE((CanSend<Player, decltype(&Player::pointsInPlace)>));
+}
+
+TEST(MessageTest, ToAnObjectWithoutTheOperationDoesNotCompile) {
+  EXPECT_TRUE((CanSend<Keeper, decltype(&Player::points)>));
+  EXPECT_FALSE((CanSend<NSObject, decltype(&Player::points)>));
+}
+
+TEST(MessageTest, WithWrongArgumentsDoesNotCompile) {
+  using Sum = decltype(&Player::sum);
+  EXPECT_TRUE((CanSend<Player, Sum, std::int32_t, std::int32_t>));
+  EXPECT_FALSE((CanSend<Player, Sum, std::int32_t>));
+  EXPECT_FALSE((CanSend<Player, Sum, std::int32_t, std::string>));
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,147 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+#include <limits>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "Platform/Foundation/NSLog.h"
+
+namespace vel::test {
+namespace {
+
+class NSLogTest : public testing::Test {
+ protected:
+  NSLogTest() {
+    setNSLogSink([this](std::string_view line) { lines.emplace_back(line); });
+  }
+  ~NSLogTest() override { setNSLogSink(nullptr); }
+
+  std::vector<std::string> lines;
+};
+
+TEST(FormatLogLineTest, PutsATextForAnObject) {
+  EXPECT_EQ(formatLogLine("%@!", {"Player"}), "Player!");
+}
+
+TEST(FormatLogLineTest, PutsATextForACString) {
+  EXPECT_EQ(formatLogLine("(%s)", {"-[Player run]"}), "(-[Player run])");
+}
+
+TEST(FormatLogLineTest, PutsAnUnsignedNumber) {
+  EXPECT_EQ(formatLogLine("mode: %u", {0U}), "mode: 0");
+  EXPECT_EQ(formatLogLine("%u", {std::numeric_limits<std::uint32_t>::max()}), "4294967295");
+}
+
+TEST(FormatLogLineTest, ANegativeNumberShowsAsAnUnsignedOne) {
+  EXPECT_EQ(formatLogLine("%u", {static_cast<std::uint32_t>(-1)}), "4294967295");
+}
+
+TEST(FormatLogLineTest, PutsTheArgumentsInTheirOrder) {
+  EXPECT_EQ(formatLogLine("%@ (%s) mode: %u", {"Content", "-[Content present]", 2U}),
+            "Content (-[Content present]) mode: 2");
+}
+
+TEST(FormatLogLineTest, TwoPercentSignsGiveOne) {
+  EXPECT_EQ(formatLogLine("100%% of %@", {"it"}), "100% of it");
+  EXPECT_EQ(formatLogLine("%%@", {}), "%@");
+  EXPECT_EQ(formatLogLine("%%%@", {"x"}), "%x");
+}
+
+TEST(FormatLogLineTest, APlaceWithoutAnArgumentStays) {
+  EXPECT_EQ(formatLogLine("%@ and %@", {"one"}), "one and %@");
+  EXPECT_EQ(formatLogLine("%u", {}), "%u");
+}
+
+TEST(FormatLogLineTest, OtherSpecifiersAndALastPercentSignStay) {
+  EXPECT_EQ(formatLogLine("%d %@ 5%", {"x"}), "%d x 5%");
+}
+
+TEST(FormatLogLineTest, WhatLooksLikeAPlaceInAnArgumentStaysAsItIs) {
+  EXPECT_EQ(formatLogLine("%@ %@", {"%s", "%%"}), "%s %%");
+}
+
+TEST(FormatLogLineTest, TextsMayHoldAnything) {
+  EXPECT_EQ(formatLogLine("<%@>", {""}), "<>");
+  EXPECT_EQ(formatLogLine("<%@>", {std::string_view("a\0b", 3)}), std::string("<a\0b>", 5));
+  EXPECT_EQ(formatLogLine("<%@>", {"größer"}), "<größer>");
+}
+
+TEST_F(NSLogTest, GivesTheLineToTheSink) {
+  NSLog("%@ (%s): %u%%", "Player", std::string("run"), std::uint32_t{5});
+  EXPECT_EQ(lines, std::vector<std::string>{"Player (run): 5%"});
+}
+
+TEST_F(NSLogTest, SettingASinkAnswersTheFormerOne) {
+  const NSLogSink former = setNSLogSink([](std::string_view) {});
+  NSLog("lost");
+  EXPECT_TRUE(lines.empty());
+  former("kept");
+  EXPECT_EQ(lines, std::vector<std::string>{"kept"});
+}
+
+TEST_F(NSLogTest, ASinkMayReplaceItself) {
+  setNSLogSink([this](std::string_view line) {
+    setNSLogSink(nullptr);
+    lines.emplace_back(line);
+  });
+  NSLog("last");
+  EXPECT_EQ(lines, std::vector<std::string>{"last"});
+}
+
+TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
+  setNSLogSink(nullptr);
+  testing::internal::CaptureStderr();
+  NSLog("%@ is %s", "Player", "ready");
+  const std::string written = testing::internal::GetCapturedStderr();
+  const std::string process = std::to_string(getpid());
+  // The first thread of a process has its number.
+  EXPECT_TRUE(
+      std::regex_match(written, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
+                                           process + ":" + process + R"(\] Player is ready\n)")))
+      << written;
+}
+
+TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
+  testing::internal::CaptureStderr();
+  writeLogLine("line");
+  const std::string written = testing::internal::GetCapturedStderr();
+  EXPECT_NE(written.find(std::string(" ") + program_invocation_short_name + "["), std::string::npos)
+      << written;
+}
+
+TEST_F(NSLogTest, WritesALineWithAZeroByteWhole) {
+  testing::internal::CaptureStderr();
+  writeLogLine(std::string_view("a\0b", 3));
+  const std::string written = testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(written.ends_with(std::string("] a\0b\n", 6))) << written;
+}
+
+TEST_F(NSLogTest, LinesOfSeveralThreadsStayWhole) {
+  setNSLogSink(nullptr);
+  testing::internal::CaptureStderr();
+  const auto work = [] {
+    for (int number = 0; number < 50; ++number) {
+      NSLog("%@", std::string(200, 'x'));
+    }
+  };
+  std::thread first(work);
+  std::thread second(work);
+  first.join();
+  second.join();
+  const std::string written = testing::internal::GetCapturedStderr();
+  const std::regex whole(R"([^\n]*\] x{200}\n)");
+  EXPECT_EQ(std::distance(std::sregex_iterator(written.begin(), written.end(), whole), {}), 100);
+  EXPECT_EQ(std::ranges::count(written, '\n'), 100);
+}
+
+}  // namespace
+}  // namespace vel::test

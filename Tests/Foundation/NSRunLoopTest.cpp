@@ -1,0 +1,345 @@
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSRunLoop.h"
+#include "Platform/Foundation/ReleasePool.h"
+#include "Tests/Foundation/Ticker.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+namespace {
+
+constexpr NSRunLoopMode kModes[] = {NSDefaultRunLoopMode, NSModalPanelRunLoopMode,
+                                    NSEventTrackingRunLoopMode};
+
+/// A window system with at most one event.
+class Events final : public RunLoopSource {
+ public:
+  bool deliver() override {
+    const std::function<void()> event = std::exchange(event_, nullptr);
+    if (event) {
+      event();
+    }
+    return event != nullptr;
+  }
+  [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline; }
+  void put(std::function<void()> event) { event_ = std::move(event); }
+
+  Nanoseconds deadline = kNever;
+
+ private:
+  std::function<void()> event_;
+};
+
+class Mortal final : public Class<Mortal, "Mortal"> {
+ public:
+  explicit Mortal(std::function<void()> dying) : dying_(std::move(dying)) {}
+  ~Mortal() override { dying_(); }
+
+ private:
+  std::function<void()> dying_;
+};
+
+class NSRunLoopTest : public VirtualTest {
+ protected:
+  NSRunLoopTest() { loop.setWindowSystemSource(&events); }
+  ~NSRunLoopTest() override { loop.setWindowSystemSource(nullptr); }
+
+  std::function<void()> note(const std::string& what) {
+    return [this, what] { noted.push_back(what); };
+  }
+  void dispatch(const std::string& what, double delay = 0) {
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(delay)),
+                   dispatch_get_main_queue(), note(what));
+  }
+
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  Events events;
+  std::vector<std::string> noted;
+};
+
+TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenPool) {
+  releaseLater(make<Mortal>(note("pool")));
+  dispatch("main queue");
+  events.put(note("window system"));
+  schedule(0, note("timer"));
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_EQ(noted, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
+}
+
+TEST_F(NSRunLoopTest, WhatATimerSubmitsRunsInTheSamePass) {
+  schedule(0.1, [this] { dispatch("main queue"); });
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_EQ(noted, std::vector<std::string>{"main queue"});
+}
+
+TEST_F(NSRunLoopTest, APassAnswersWhetherItDidAnything) {
+  EXPECT_FALSE(loop.pump());
+  dispatch("work");
+  EXPECT_TRUE(loop.pump());
+  schedule(0, note("timer"));
+  EXPECT_FALSE(loop.pump());
+  letTimePass(0.1);
+  EXPECT_TRUE(loop.pump());
+  events.put(note("event"));
+  EXPECT_TRUE(loop.pump());
+  EXPECT_FALSE(loop.pump());
+}
+
+TEST_F(NSRunLoopTest, APassDoesNotWait) {
+  schedule(0.1, note("timer"));
+  EXPECT_FALSE(loop.pump());
+  EXPECT_EQ(platform.now(), 0);
+}
+
+TEST_F(NSRunLoopTest, TheMainQueueAndTheWindowSystemAreServedInAllModes) {
+  for (const NSRunLoopMode mode : kModes) {
+    dispatch("work");
+    events.put(note("event"));
+    loop.runPass(mode);
+  }
+  EXPECT_EQ(noted, (std::vector<std::string>{"event", "work", "event", "work", "event", "work"}));
+}
+
+TEST_F(NSRunLoopTest, ATimerFiresOnlyInTheModesItWasAddedFor) {
+  const auto ticker = make<Ticker>();
+  const auto timer = schedule(0, ticker, Repeats::Yes);
+  loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
+  for (const NSRunLoopMode mode : kModes) {
+    letTimePass(0.1);
+    loop.runPass(mode);
+  }
+  EXPECT_EQ(ticker->ticks(), 2);
+  letTimePass(0.1);
+  loop.runPass(NSEventTrackingRunLoopMode);
+  EXPECT_EQ(ticker->ticks(), 2);
+}
+
+TEST_F(NSRunLoopTest, ATimerInSeveralModesFiresOnceAPass) {
+  const auto ticker = make<Ticker>();
+  const auto timer = schedule(0.1, ticker, Repeats::Yes);
+  loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
+  loop.addTimerForMode(timer, NSDefaultRunLoopMode);
+  EXPECT_EQ(loop.timerCount(), 1u);
+  platform.run(0.1);
+  EXPECT_EQ(ticker->ticks(), 1);
+}
+
+TEST_F(NSRunLoopTest, ATimerThatMissedItsTimeInAnotherModeFiresWhenItsModeRuns) {
+  const auto ticker = make<Ticker>();
+  schedule(0.1, ticker);
+  loop.setMode(NSEventTrackingRunLoopMode);
+  platform.run(1);
+  EXPECT_EQ(ticker->ticks(), 0);
+  loop.setMode(NSDefaultRunLoopMode);
+  platform.runDue();
+  EXPECT_EQ(ticker->ticks(), 1);
+}
+
+TEST_F(NSRunLoopTest, ThereIsNothingToAddOfNoTimerOrAnInvalidOne) {
+  const auto timer = schedule(0.1, make<Ticker>());
+  timer->invalidate();
+  loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
+  loop.addTimerForMode(nullptr, NSDefaultRunLoopMode);
+  EXPECT_EQ(loop.timerCount(), 0u);
+}
+
+TEST_F(NSRunLoopTest, TheModeIsLookedAtBeforeEachPass) {
+  schedule(0.1, [this] { loop.setMode(NSModalPanelRunLoopMode); });
+  schedule(0.2, note("default mode"));
+  const auto timer = schedule(0.3, note("both modes"));
+  loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
+  platform.run(1);
+  EXPECT_EQ(noted, std::vector<std::string>{"both modes"});
+  loop.setMode(NSDefaultRunLoopMode);
+}
+
+TEST_F(NSRunLoopTest, APassThatDidSomethingDoesNotWait) {
+  dispatch("work");
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 0);
+}
+
+TEST_F(NSRunLoopTest, WaitsForTheNextTimerOfTheMode) {
+  const auto timer = schedule(0.5, note("default mode"));
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 0.5);
+  EXPECT_TRUE(noted.empty());  // it has only waited
+}
+
+TEST_F(NSRunLoopTest, DoesNotWaitForATimerOfAnotherMode) {
+  schedule(0.5, note("default mode"));
+  loop.runModeBeforeDate(NSModalPanelRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 5);
+}
+
+TEST_F(NSRunLoopTest, WaitsForTheNextWorkOfTheMainQueue) {
+  dispatch("work", 0.4);
+  schedule(0.5, note("timer"));
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 0.4);
+}
+
+TEST_F(NSRunLoopTest, WaitsForTheWindowSystem) {
+  dispatch("work", 0.4);
+  events.deadline = nanosecondsFromSeconds(0.3);
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 0.3);
+}
+
+TEST_F(NSRunLoopTest, WaitsNoLongerThanTheLimit) {
+  schedule(0.5, note("timer"));
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(0.2));
+  EXPECT_EQ(platform.now(), 0.2);
+}
+
+TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadEndsAWait) {
+  std::thread([this] { loop.wake(); }).join();
+  EXPECT_NO_THROW(loop.clock().waitUntil(kNever));
+  EXPECT_EQ(platform.now(), 0);
+}
+
+TEST_F(NSRunLoopTest, VirtualTimeMovesStraightToTheNextDeadline) {
+  std::vector<double> times;
+  for (const double seconds : {3.5, 1'000'000.0, 0.25}) {
+    schedule(seconds, [&] { times.push_back(platform.now()); });
+  }
+  platform.run(2'000'000);
+  EXPECT_EQ(times, (std::vector<double>{0.25, 3.5, 1'000'000.0}));
+}
+
+TEST_F(NSRunLoopTest, AVirtualWaitWithNothingScheduledRaises) {
+  EXPECT_THROW(loop.runUntil([] { return false; }), NothingToWaitFor);
+  EXPECT_THROW(loop.runModeBeforeDate(NSDefaultRunLoopMode, kNever), NothingToWaitFor);
+}
+
+TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitTellsWhatIsPending) {
+  schedule(0.5, make<Ticker>());
+  try {
+    loop.runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
+    FAIL() << "nothing was raised";
+  } catch (const NothingToWaitFor& error) {
+    const std::string text = error.what();
+    EXPECT_NE(text.find("timers: 1"), std::string::npos) << text;
+    EXPECT_NE(text.find("500000000 ns"), std::string::npos) << text;
+    EXPECT_NE(text.find("Ticker"), std::string::npos) << text;
+    EXPECT_NE(text.find("not in this mode"), std::string::npos) << text;
+  }
+}
+
+TEST_F(NSRunLoopTest, TheErrorTellsOfATimerThatFiresNow) {
+  std::string text;
+  schedule(
+      0.5,
+      [&] {
+        // A nested loop of the timer's own mode, which the timer itself cannot end.
+        try {
+          loop.runUntil([] { return false; });
+        } catch (const NothingToWaitFor& error) {
+          text = error.what();
+        }
+      },
+      Repeats::Yes);
+  letTimePass(0.5);
+  loop.pump();
+  EXPECT_NE(text.find("firing now"), std::string::npos) << text;
+}
+
+TEST_F(NSRunLoopTest, RunsUntilTheDateAndNoLonger) {
+  schedule(1.0, note("at the date"));
+  schedule(1.000000001, note("after it"));
+  loop.runUntilDate(nanosecondsFromSeconds(1));
+  EXPECT_EQ(noted, std::vector<std::string>{"at the date"});
+  EXPECT_EQ(platform.now(), 1);
+}
+
+TEST_F(NSRunLoopTest, RunsUntilADateAndWhatIsDueThen) {
+  schedule(1.0, [this] {
+    dispatch_async(dispatch_get_main_queue(), [this] { dispatch("work of work"); });
+  });
+  loop.runUntilDate(nanosecondsFromSeconds(1));
+  EXPECT_EQ(noted, std::vector<std::string>{"work of work"});
+}
+
+TEST_F(NSRunLoopTest, RunningUntilADateEndsAlsoWhereATimerIsAlwaysLate) {
+  const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
+  schedule(0.1, slow, Repeats::Yes);
+  loop.runUntilDate(nanosecondsFromSeconds(1));
+  EXPECT_EQ(slow->ticks(), 5);  // the last for 0.9, as late as 1.1
+}
+
+TEST_F(NSRunLoopTest, RunningUntilADateThatHasPassedRunsWhatIsDueNow) {
+  letTimePass(1);
+  dispatch("work");
+  loop.runUntilDate(0);
+  EXPECT_EQ(noted, std::vector<std::string>{"work"});
+}
+
+TEST_F(NSRunLoopTest, RunsUntilToldThatItIsDone) {
+  bool done = false;
+  schedule(1.0, [&done] { done = true; });
+  schedule(2.0, note("too late"));
+  loop.runUntil([&done] { return done; });
+  EXPECT_EQ(platform.now(), 1);
+  EXPECT_TRUE(noted.empty());
+}
+
+TEST_F(NSRunLoopTest, TellsTheNextDeadlineOfItsMode) {
+  EXPECT_EQ(loop.nextDeadline(), kNever);
+  schedule(0.5, note("timer"));
+  dispatch("work", 0.7);
+  EXPECT_EQ(loop.nextDeadline(), nanosecondsFromSeconds(0.5));
+  loop.setMode(NSModalPanelRunLoopMode);
+  EXPECT_EQ(loop.nextDeadline(), nanosecondsFromSeconds(0.7));
+  loop.setMode(NSDefaultRunLoopMode);
+}
+
+TEST_F(NSRunLoopTest, ATimerThatRaisesLeavesTheLoopUsable) {
+  bool raises = true;
+  const auto timer = schedule(
+      0.1,
+      [&] {
+        if (std::exchange(raises, false)) {
+          throw std::runtime_error("stop");
+        }
+        noted.emplace_back("tick");
+      },
+      Repeats::Yes);
+  EXPECT_THROW(platform.run(0.1), std::runtime_error);
+  platform.run(0.1);
+  EXPECT_EQ(noted, std::vector<std::string>{"tick"});
+}
+
+TEST_F(NSRunLoopTest, IsTheCurrentOneOnTheMainThreadOnly) {
+  EXPECT_EQ(NSRunLoop::currentRunLoop(), &loop);
+  NSRunLoop* onAnotherThread = &loop;
+  std::thread([&] { onAnotherThread = NSRunLoop::currentRunLoop(); }).join();
+  EXPECT_EQ(onAnotherThread, nullptr);
+}
+
+TEST_F(NSRunLoopTest, ANewClockInvalidatesTheTimersOfTheOldOne) {
+  const auto timer = schedule(0.1, make<Ticker>());
+  loop.setClock(std::make_unique<VirtualClock>());
+  EXPECT_FALSE(timer->isValid());
+  EXPECT_EQ(loop.timerCount(), 0u);
+}
+
+TEST_F(NSRunLoopTest, HasNoDescriptorInVirtualTime) { EXPECT_EQ(loop.descriptor(), -1); }
+
+TEST_F(NSRunLoopTest, VirtualTimeStandsStillWhileThereIsWork) {
+  for (int number = 0; number < 100; ++number) {
+    dispatch("work");
+    loop.pump();
+  }
+  EXPECT_EQ(platform.now(), 0);
+}
+
+}  // namespace
+}  // namespace vel::test

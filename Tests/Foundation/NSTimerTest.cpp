@@ -1,0 +1,293 @@
+#include <cmath>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Foundation/NSTimer.h"
+#include "Platform/Foundation/PlatformObserver.h"
+#include "Tests/Foundation/Ticker.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+namespace {
+
+class NSTimerTest : public VirtualTest {
+ protected:
+  // A timer that notes its name when it fires.
+  Strong<NSTimer> named(const std::string& name, double seconds, Repeats repeats = Repeats::No) {
+    return schedule(
+        seconds, [this, name] { fired.push_back(name); }, repeats);
+  }
+
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  Strong<Ticker> ticker = make<Ticker>();
+  std::vector<std::string> fired;
+};
+
+TEST_F(NSTimerTest, FiresOnceAfterItsInterval) {
+  schedule(0.5, ticker);
+  platform.run(0.499999999);
+  EXPECT_EQ(ticker->ticks(), 0);
+  platform.run(0.000000001);
+  EXPECT_EQ(ticker->ticks(), 1);
+  platform.run(10);
+  EXPECT_EQ(ticker->ticks(), 1);
+}
+
+TEST_F(NSTimerTest, RepeatsEveryInterval) {
+  schedule(0.5, ticker, Repeats::Yes);
+  platform.run(2.4);
+  EXPECT_EQ(ticker->ticks(), 4);
+}
+
+TEST_F(NSTimerTest, CallsAnOperationWithoutParametersToo) {
+  class Alarm final : public Class<Alarm, "Alarm"> {
+   public:
+    void ring() { ++rings; }
+    int rings = 0;
+  };
+  const auto alarm = make<Alarm>();
+  NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Alarm::ring>(0.5, alarm, false);
+  platform.run(1);
+  EXPECT_EQ(alarm->rings, 1);
+}
+
+TEST_F(NSTimerTest, TimersThatAreDueFireEarliestFirst) {
+  named("third", 0.3);
+  named("first", 0.1);
+  named("second", 0.2);
+  letTimePass(1);
+  loop.pump();
+  EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(NSTimerTest, TiesFireInTheOrderOfScheduling) {
+  named("first", 0.2);
+  letTimePass(0.1);
+  named("second", 0.1);
+  named("third", 0.1);
+  platform.run(0.1);
+  EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
+}
+
+TEST_F(NSTimerTest, TiesOfRepeatingTimersKeepTheOrderOfScheduling) {
+  named("first", 0.1, Repeats::Yes);
+  named("second", 0.2, Repeats::Yes);
+  platform.run(0.2);
+  EXPECT_EQ(fired, (std::vector<std::string>{"first", "first", "second"}));
+}
+
+TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
+  const auto timer = schedule(0.1, ticker, Repeats::Yes);
+  letTimePass(0.35);
+  platform.runDue();
+  EXPECT_EQ(ticker->ticks(), 1);
+  EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
+}
+
+TEST_F(NSTimerTest, TheNextFireDateLiesAfterNowEvenWhenNowIsOne) {
+  const auto timer = schedule(0.1, ticker, Repeats::Yes);
+  letTimePass(0.3);
+  platform.runDue();
+  EXPECT_EQ(ticker->ticks(), 1);
+  EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
+}
+
+TEST_F(NSTimerTest, PhaseDoesNotDriftOverManyFirings) {
+  const auto timer = schedule(0.1, ticker, Repeats::Yes);
+  platform.run(1000);
+  EXPECT_EQ(ticker->ticks(), 10'000);
+  EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(1000.1));
+}
+
+TEST_F(NSTimerTest, TheNextFireDateIsFixedBeforeTheTargetIsCalled) {
+  Nanoseconds inside = 0;
+  const auto slow = make<Ticker>([&inside](NSTimer& timer) {
+    letTimePass(0.25);
+    inside = timer.fireDate();
+  });
+  const auto timer = schedule(0.1, slow, Repeats::Yes);
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_EQ(inside, nanosecondsFromSeconds(0.2));
+  EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.2));
+}
+
+TEST_F(NSTimerTest, FiresOnceAPassHoweverSlowItsTargetIs) {
+  const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
+  const auto timer = schedule(0.1, slow, Repeats::Yes);
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_EQ(slow->ticks(), 1);
+  loop.pump();
+  EXPECT_EQ(slow->ticks(), 2);
+}
+
+TEST_F(NSTimerTest, WhatComesDueDuringAPassWaitsForTheNext) {
+  schedule(0.1, [this] {
+    named("inside", 0.01);
+    letTimePass(1);
+  });
+  named("later", 0.2);
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_TRUE(fired.empty());
+  loop.pump();
+  EXPECT_EQ(fired, (std::vector<std::string>{"inside", "later"}));
+}
+
+TEST_F(NSTimerTest, InvalidatedByAnEarlierOneInThePassDoesNotFire) {
+  Strong<NSTimer> second;
+  schedule(0.1, [&second] { second->invalidate(); });
+  second = named("second", 0.2);
+  letTimePass(1);
+  loop.pump();
+  EXPECT_TRUE(fired.empty());
+}
+
+TEST_F(NSTimerTest, DoesNotFireInsideItselfInANestedLoop) {
+  int depth = 0;
+  int deepest = 0;
+  const auto nesting = make<Ticker>([&](NSTimer&) {
+    deepest = std::max(deepest, ++depth);
+    loop.runUntilDate(loop.now() + nanosecondsFromSeconds(0.35));
+    --depth;
+  });
+  schedule(0.1, nesting, Repeats::Yes);
+  named("other", 0.25);
+  letTimePass(0.1);
+  loop.pump();
+  EXPECT_EQ(deepest, 1);
+  EXPECT_EQ(nesting->ticks(), 1);
+  EXPECT_EQ(fired, std::vector<std::string>{"other"});
+  loop.pump();  // after it has returned it fires again
+  EXPECT_EQ(nesting->ticks(), 2);
+}
+
+TEST_F(NSTimerTest, IsInvalidFromItsOnlyFiringOn) {
+  bool validInside = true;
+  const auto once = make<Ticker>([&](NSTimer& timer) { validInside = timer.isValid(); });
+  const auto timer = schedule(0.1, once);
+  EXPECT_TRUE(timer->isValid());
+  platform.run(0.1);
+  EXPECT_FALSE(validInside);
+  EXPECT_FALSE(timer->isValid());
+  EXPECT_EQ(loop.timerCount(), 0u);
+}
+
+TEST_F(NSTimerTest, KeepsItsTargetUntilItHasFiredItsOnlyTime) {
+  const Weak<Ticker> target = ticker;
+  const auto timer = schedule(0.1, ticker);
+  ticker.reset();
+  EXPECT_FALSE(target.expired());
+  platform.run(0.1);
+  EXPECT_TRUE(target.expired());
+}
+
+TEST_F(NSTimerTest, KeepsItsTargetUntilItIsInvalidated) {
+  const Weak<Ticker> target = ticker;
+  const auto timer = schedule(0.1, ticker, Repeats::Yes);
+  ticker.reset();
+  platform.run(1);
+  EXPECT_FALSE(target.expired());
+  timer->invalidate();
+  EXPECT_TRUE(target.expired());
+  EXPECT_EQ(timer->target(), nullptr);
+}
+
+TEST_F(NSTimerTest, InvalidatedByItsOwnTargetFiresNoMore) {
+  Weak<Ticker> target;
+  bool aliveInside = false;
+  {
+    auto last = make<Ticker>([&](NSTimer& timer) {
+      timer.invalidate();
+      aliveInside = !target.expired();
+    });
+    target = last;
+    schedule(0.1, last, Repeats::Yes);
+  }
+  platform.run(1);
+  EXPECT_TRUE(aliveInside);
+  EXPECT_TRUE(target.expired());
+  EXPECT_EQ(loop.timerCount(), 0u);
+}
+
+TEST_F(NSTimerTest, InvalidatingTwiceDoesNothingMore) {
+  const auto timer = schedule(0.1, ticker);
+  timer->invalidate();
+  timer->invalidate();
+  platform.run(1);
+  EXPECT_EQ(ticker->ticks(), 0);
+}
+
+TEST_F(NSTimerTest, AnIntervalOfNothingCountsAsATenthOfAMillisecond) {
+  for (const double seconds : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
+    const auto timer = schedule(seconds, ticker);
+    EXPECT_EQ(timer->fireDate(), 100'000);
+    timer->invalidate();
+  }
+}
+
+TEST_F(NSTimerTest, AnIntervalIsRoundedToNanosecondsButNotToNothing) {
+  EXPECT_EQ(schedule(0.1, ticker)->fireDate(), 100'000'000);
+  EXPECT_EQ(schedule(1.6e-9, ticker)->fireDate(), 2);
+  EXPECT_EQ(schedule(1e-12, ticker)->fireDate(), 1);
+}
+
+TEST_F(NSTimerTest, AnEndlessIntervalNeverEnds) {
+  EXPECT_EQ(schedule(std::numeric_limits<double>::infinity(), ticker)->fireDate(), kNever);
+  platform.run(1e6);
+  EXPECT_EQ(ticker->ticks(), 0);
+}
+
+TEST_F(NSTimerTest, OnAThreadWithoutARunLoopIsMadeAndNeverFires) {
+  Strong<NSTimer> timer;
+  std::thread([&] { timer = schedule(0.1, ticker); }).join();
+  EXPECT_TRUE(timer->isValid());
+  EXPECT_EQ(loop.timerCount(), 0u);
+  platform.run(1);
+  EXPECT_EQ(ticker->ticks(), 0);
+}
+
+TEST_F(NSTimerTest, OfAThreadWithoutARunLoopIsInvalidatedThereBesideTheMainThreadsTimers) {
+  bool valid = true;
+  std::thread other([&valid] {
+    const auto timer = schedule(0.1, make<Ticker>());
+    timer->invalidate();
+    valid = timer->isValid();
+  });
+  for (int number = 0; number < 100; ++number) {
+    schedule(0.1, ticker)->invalidate();
+  }
+  other.join();
+  EXPECT_FALSE(valid);
+}
+
+TEST_F(NSTimerTest, AnObserverHearsOfAFiringAfterTheTargetReturned) {
+  struct Observer final : PlatformObserver {
+    void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) override {
+      ticksSeen = as<Ticker>(target)->ticks();
+    }
+    int ticksSeen = 0;
+  } observer;
+  setPlatformObserver(&observer);
+  schedule(0.1, ticker);
+  platform.run(1);
+  EXPECT_EQ(observer.ticksSeen, 1);
+}
+
+TEST_F(NSTimerTest, TenThousandTimersFireInOrder) {
+  std::vector<int> order;
+  for (int number = 0; number < 10'000; ++number) {
+    // Shuffled fire dates: 7919 is prime to 10,000.
+    schedule((number * 7919 % 10'000 + 1) * 0.001,
+             [&order, number] { order.push_back(number * 7919 % 10'000); });
+  }
+  platform.run(10);
+  ASSERT_EQ(order.size(), 10'000u);
+  EXPECT_TRUE(std::ranges::is_sorted(order));
+}
+
+}  // namespace
+}  // namespace vel::test

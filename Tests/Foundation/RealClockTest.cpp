@@ -1,0 +1,269 @@
+// The real clock. Its waits are what is tested here, so these tests take real milliseconds.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/Clock.h"
+#include "Tests/Foundation/Ticker.h"
+
+namespace vel::test {
+namespace {
+
+constexpr Nanoseconds kMillisecond = 1'000'000;
+constexpr int kPatience = 10'000;  // in milliseconds: how long what must come may take
+
+class Pipe {
+ public:
+  Pipe() { EXPECT_EQ(pipe(ends_.data()), 0); }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  ~Pipe() {
+    close(ends_[0]);
+    close(ends_[1]);
+  }
+  [[nodiscard]] int output() const { return ends_[0]; }
+  void fill() const { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
+
+ private:
+  std::array<int, 2> ends_{};
+};
+
+class RealClockTest : public testing::Test {
+ protected:
+  RealClockTest() { loop.setClock(makeRealClock()); }
+  ~RealClockTest() override {
+    loop.invalidateTimers();
+    dispatch_get_main_queue().removeAll();
+    loop.setClock(makeRealClock());
+  }
+
+  // Whether a host that polls the loop's descriptor so long is told to run it.
+  bool readable(int milliseconds = 0) {
+    pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    return poll(&polled, 1, milliseconds) == 1;
+  }
+  // Brings the descriptor up to date, as a host does before it waits.
+  void pumpUntilIdle() {
+    while (readable()) {
+      loop.pump();
+    }
+  }
+  static void onAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
+
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+};
+
+TEST_F(RealClockTest, NeverGoesBack) {
+  Nanoseconds last = loop.now();
+  for (int reading = 0; reading < 1000; ++reading) {
+    const Nanoseconds now = loop.now();
+    EXPECT_GE(now, last);
+    last = now;
+  }
+}
+
+TEST_F(RealClockTest, DoesNotWaitForWhatIsPast) {
+  loop.clock().waitUntil(loop.now() - kMillisecond);
+  loop.clock().waitUntil(0);
+}
+
+TEST_F(RealClockTest, AWaitNeverEndsEarly) {
+  for (const Nanoseconds span : {1, 1'000, 300'000, 1'000'000, 2'500'000}) {
+    const Nanoseconds deadline = loop.now() + span;
+    loop.clock().waitUntil(deadline);
+    EXPECT_GE(loop.now(), deadline);
+  }
+}
+
+TEST_F(RealClockTest, ATimerNeverFiresEarly) {
+  Nanoseconds fired = 0;
+  const auto timer = schedule(0.003, [&] { fired = loop.now(); });
+  const Nanoseconds fireDate = timer->fireDate();
+  loop.runUntil([&] { return fired != 0; });
+  EXPECT_GE(fired, fireDate);
+}
+
+TEST_F(RealClockTest, WorkIsNeverRunEarly) {
+  Nanoseconds ran = 0;
+  const dispatch_time_t when = dispatch_time(DISPATCH_TIME_NOW, 3 * kMillisecond);
+  dispatch_after(when, dispatch_get_main_queue(), [&] { ran = loop.now(); });
+  loop.runUntil([&] { return ran != 0; });
+  EXPECT_GE(ran, when);
+}
+
+TEST_F(RealClockTest, ARepeatingTimerKeepsItsPhase) {
+  const auto ticker = make<Ticker>();
+  const auto timer = schedule(0.001, ticker, Repeats::Yes);
+  const Nanoseconds first = timer->fireDate();
+  loop.runUntil([&] { return ticker->ticks() == 5; });
+  EXPECT_EQ((timer->fireDate() - first) % kMillisecond, 0);
+}
+
+TEST_F(RealClockTest, AWaitWithoutADeadlineEndsWhenAnotherThreadWakesIt) {
+  std::thread other([this] { loop.wake(); });
+  loop.clock().waitUntil(kNever);
+  other.join();
+}
+
+TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
+  // To and fro, so that the wake-up comes before, during and after the beginning of a wait.
+  std::atomic<int> wanted = 0;
+  int ran = 0;
+  constexpr int kRounds = 500;
+  std::thread other([&] {
+    for (int round = 0; round < kRounds; ++round) {
+      dispatch_async(dispatch_get_main_queue(), [&] {
+        ++ran;
+        wanted = ran;
+        wanted.notify_one();
+      });
+      wanted.wait(round);
+    }
+  });
+  loop.runUntil([&] { return ran == kRounds; });
+  other.join();
+  EXPECT_EQ(ran, kRounds);
+}
+
+TEST_F(RealClockTest, InputOnTheWatchedDescriptorEndsAWait) {
+  const Pipe pipe;
+  loop.clock().watch(pipe.output());
+  pipe.fill();
+  loop.clock().waitUntil(kNever);
+  loop.clock().watch(-1);
+}
+
+TEST_F(RealClockTest, ADescriptorThatIsNoLongerWatchedEndsNoWait) {
+  const Pipe former;
+  const Pipe watched;
+  loop.clock().watch(former.output());
+  loop.clock().watch(watched.output());
+  former.fill();
+  pumpUntilIdle();
+  EXPECT_FALSE(readable());
+  watched.fill();
+  EXPECT_TRUE(readable(kPatience));
+  loop.clock().watch(-1);
+  loop.pump();
+  EXPECT_FALSE(readable());
+}
+
+TEST_F(RealClockTest, AWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
+  {
+    const Pipe pipe;
+    loop.clock().watch(pipe.output());
+  }
+  EXPECT_NO_THROW(loop.clock().watch(-1));
+}
+
+TEST_F(RealClockTest, TheDescriptorIsQuietWhileThereIsNothingToDo) {
+  schedule(3600, make<Ticker>());
+  pumpUntilIdle();
+  EXPECT_FALSE(readable());
+}
+
+TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
+  pumpUntilIdle();
+  bool ran = false;
+  onAnotherThread([&ran] { dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; }); });
+  EXPECT_TRUE(readable(kPatience));
+  loop.pump();
+  EXPECT_TRUE(ran);
+  EXPECT_FALSE(readable());
+}
+
+TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromTheMainThreadBetweenPasses) {
+  pumpUntilIdle();
+  dispatch_async(dispatch_get_main_queue(), [] {});
+  EXPECT_TRUE(readable(kPatience));
+}
+
+TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore) {
+  const auto ticker = make<Ticker>();
+  const auto timer = schedule(0.003, ticker);
+  const Nanoseconds fireDate = timer->fireDate();
+  pumpUntilIdle();
+  while (ticker->ticks() == 0) {
+    ASSERT_TRUE(readable(kPatience));
+    EXPECT_GE(loop.now(), fireDate);
+    loop.pump();
+  }
+  EXPECT_FALSE(readable());
+}
+
+TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
+  schedule(3600, make<Ticker>());
+  pumpUntilIdle();
+  const auto ticker = make<Ticker>();
+  schedule(0.002, ticker);
+  while (ticker->ticks() == 0) {
+    ASSERT_TRUE(readable(kPatience));
+    loop.pump();
+  }
+}
+
+TEST_F(RealClockTest, TheDescriptorStaysReadableUntilAPassHasServedIt) {
+  pumpUntilIdle();
+  onAnotherThread([this] { loop.wake(); });
+  EXPECT_TRUE(readable(kPatience));
+  EXPECT_TRUE(readable());
+  loop.pump();
+  EXPECT_FALSE(readable());
+}
+
+TEST_F(RealClockTest, TheDescriptorFallsQuietAgainHoweverAWakeUpAndAPassMeet) {
+  constexpr int kRounds = 400;
+  pumpUntilIdle();
+  std::atomic<int> begun = 0;
+  std::atomic<int> ended = 0;
+  std::thread other([&] {
+    for (int round = 1; round <= kRounds; ++round) {
+      begun.wait(round - 1);
+      loop.wake();
+      ended = round;
+    }
+  });
+  int loud = 0;
+  for (int round = 1; round <= kRounds; ++round) {
+    begun = round;
+    begun.notify_one();
+    while (ended != round) {
+      loop.pump();
+    }
+    loop.pump();
+    loop.pump();
+    loud += readable() ? 1 : 0;
+  }
+  other.join();
+  EXPECT_EQ(loud, 0);
+}
+
+TEST_F(RealClockTest, NoWorkIsLostHoweverSubmissionsAndWaitsMeet) {
+  constexpr int kThreads = 4;
+  constexpr int kEach = 500;
+  int ran = 0;  // only the main thread touches it
+  std::array<std::thread, kThreads> others;
+  for (std::thread& other : others) {
+    other = std::thread([&ran] {
+      for (int number = 0; number < kEach; ++number) {
+        dispatch_async(dispatch_get_main_queue(), [&ran] { ++ran; });
+      }
+    });
+  }
+  loop.runUntil([&ran] { return ran == kThreads * kEach; });
+  for (std::thread& other : others) {
+    other.join();
+  }
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+}  // namespace
+}  // namespace vel::test

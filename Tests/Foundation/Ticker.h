@@ -1,0 +1,52 @@
+// A target for timers.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "Platform/Foundation/NSRunLoop.h"
+#include "Platform/Foundation/NSTimer.h"
+
+namespace vel::test {
+
+/// Counts how often its timer fires, and does what the test wants it to do then.
+class Ticker final : public Class<Ticker, "Ticker"> {
+ public:
+  explicit Ticker(std::function<void(NSTimer&)> work = nullptr) : work_(std::move(work)) {}
+
+  void tick(NSTimer& timer) {
+    ++ticks_;
+    if (work_) {
+      work_(timer);
+    }
+  }
+  [[nodiscard]] int ticks() const { return ticks_; }
+
+ private:
+  std::function<void(NSTimer&)> work_;
+  int ticks_ = 0;
+};
+
+enum class Repeats : bool { No, Yes };
+
+/// A timer for `ticker` after so many seconds, in the default mode.
+inline Strong<NSTimer> schedule(double seconds, const Strong<Ticker>& ticker,
+                                Repeats repeats = Repeats::No) {
+  return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Ticker::tick>(
+      seconds, ticker, repeats == Repeats::Yes);
+}
+
+/// A timer that does `work` after so many seconds.
+inline Strong<NSTimer> schedule(double seconds, std::function<void()> work,
+                                Repeats repeats = Repeats::No) {
+  return schedule(seconds, make<Ticker>([work = std::move(work)](NSTimer&) { work(); }), repeats);
+}
+
+/// Moves the virtual clock without a pass, as slow work does.
+inline void letTimePass(double seconds) {
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));
+}
+
+}  // namespace vel::test

@@ -1,0 +1,109 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Host/CommandLine.h"
+
+namespace vel::host {
+namespace {
+
+using testing::HasSubstr;
+using testing::internal::CaptureStderr;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStderr;
+using testing::internal::GetCapturedStdout;
+
+struct Result {
+  int status = 0;
+  std::string out;
+  std::string err;
+};
+
+Result run(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "launchscreen");
+  CaptureStdout();
+  CaptureStderr();
+  const int status = runCommandLine(static_cast<int>(arguments.size()), arguments.data());
+  return {status, GetCapturedStdout(), GetCapturedStderr()};
+}
+
+TEST(CommandLineTest, HelpNamesTheCommands) {
+  const Result result = run({"--help"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, HasSubstr("\n  show "));
+  EXPECT_EQ(result.err, "");
+}
+
+TEST(CommandLineTest, ShowHasHelpOfItsOwn) {
+  const Result result = run({"show", "--help"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, HasSubstr("--duration SECONDS=5 "));
+  EXPECT_EQ(result.err, "");
+}
+
+TEST(CommandLineTest, VersionIsAskedWithAndWithoutACommand) {
+  for (const Result& result : {run({"--version"}), run({"show", "--version"})}) {
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, testing::MatchesRegex("launchscreen [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(result.err, "");
+  }
+}
+
+struct BadUsage {
+  const char* fact;
+  std::vector<const char*> arguments;
+  const char* says;
+
+  friend void PrintTo(const BadUsage& usage, std::ostream* out) { *out << usage.fact; }
+};
+
+class BadUsageTest : public testing::TestWithParam<BadUsage> {};
+
+TEST_P(BadUsageTest, IsToldInOneLine) {
+  const Result result = run(GetParam().arguments);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, testing::StartsWith("launchscreen: "));
+  EXPECT_THAT(result.err, HasSubstr(GetParam().says));
+  EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
+  EXPECT_TRUE(result.err.ends_with('\n'));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLine, BadUsageTest,
+    testing::Values(
+        BadUsage{"NoCommand", {}, "which command?"}, BadUsage{"UnknownCommand", {"dance"}, "dance"},
+        BadUsage{"UnknownOption", {"show", "--bogus"}, "--bogus"},
+        BadUsage{"OptionOfTwoLines", {"show", "--bo\ngus"}, "--bo gus"},
+        BadUsage{"Operand", {"show", "now"}, "now"},
+        BadUsage{"OptionWithoutValue", {"show", "--mode"}, "--mode"},
+        BadUsage{"OptionTwice", {"show", "--duration", "1", "--duration", "2"}, "--duration"},
+        BadUsage{"UnknownDisplay", {"show", "--display", "paper"}, "paper"},
+        BadUsage{"UnknownMode", {"show", "--mode", "Skip"}, "Skip"},
+        BadUsage{"UnknownPresentation", {"show", "--present", "0"}, "--present"},
+        BadUsage{"SizeOfNothing", {"show", "--size", "0x720"}, "0x720"},
+        BadUsage{"NegativeSize", {"show", "--size", "-1x720"}, "-1x720"},
+        BadUsage{"SizeWithoutHeight", {"show", "--size", "1280"}, "1280"},
+        BadUsage{"SizeWithMore", {"show", "--size", "1280x720x2"}, "1280x720x2"},
+        BadUsage{"SizeNotWhole", {"show", "--size", "1280x7.5"}, "1280x7.5"},
+        BadUsage{"EmptySize", {"show", "--size", ""}, "--size"},
+        BadUsage{"SizeOutOfReach", {"show", "--size", "99999999999x1"}, "99999999999x1"},
+        BadUsage{"SkipAfterText", {"show", "--mode", "skip", "--skip-after", "x"}, "--skip-after"},
+        BadUsage{
+            "SkipAfterNegative", {"show", "--mode", "skip", "--skip-after", "-1"}, "--skip-after"},
+        BadUsage{"SkipAfterNotANumber",
+                 {"show", "--mode", "skip", "--skip-after", "nan"},
+                 "--skip-after"},
+        BadUsage{
+            "SkipAfterEndless", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
+        BadUsage{"SkipAfterInForcedMode", {"show", "--skip-after", "1"}, "needs --mode skip"},
+        BadUsage{"EventsFileThatCannotBeWritten",
+                 {"show", "--events", "/nonexistent/file"},
+                 "/nonexistent/file"}),
+    [](const testing::TestParamInfo<BadUsage>& tested) { return tested.param.fact; });
+
+}  // namespace
+}  // namespace vel::host

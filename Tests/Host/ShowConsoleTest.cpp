@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <sstream>
+
+#include "Host/Show/Console.h"
+
+namespace vel::host {
+namespace {
+
+TimeLeft running(double left, double total) { return {.left = left, .total = total}; }
+TimeLeft paused(double left, double total) {
+  return {.left = left, .total = total, .countdown = Countdown::Paused};
+}
+
+class LineConsoleTest : public testing::Test {
+ protected:
+  // Tells the console of a whole countdown, as the library counts.
+  void countDown(double total) {
+    double time = 0;
+    for (double left = total; left > 0; left -= 0.1, time += 0.1) {
+      console.timeLeft(time, running(left, total));
+    }
+  }
+
+  std::ostringstream out;
+  LineConsole console{out};
+};
+
+TEST_F(LineConsoleTest, HappeningIsALineWithItsTime) {
+  console.happened(1.6004, "dismissed");
+  console.happened(1234.5, "event recorded: e");
+  EXPECT_EQ(out.str(), "   1.600 s  dismissed\n1234.500 s  event recorded: e\n");
+}
+
+TEST_F(LineConsoleTest, ControlCharactersDoNotReachTheTerminal) {
+  console.happened(0, "event recorded: a\nb\033[2J");
+  EXPECT_EQ(out.str(), "   0.000 s  event recorded: a?b?[2J\n");
+}
+
+TEST_F(LineConsoleTest, EachWholeSecondLeftIsALine) {
+  countDown(3);
+  EXPECT_EQ(out.str(), "   0.000 s  3 s left\n   1.000 s  2 s left\n   2.000 s  1 s left\n");
+}
+
+TEST_F(LineConsoleTest, SecondsOfAnOddDurationAreToldAtTheNearestStep) {
+  countDown(2.37);
+  EXPECT_EQ(out.str(), "   0.400 s  2 s left\n   1.400 s  1 s left\n");
+}
+
+TEST_F(LineConsoleTest, LessThanASecondHasNoSecondsToTell) {
+  countDown(0.9);
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(LineConsoleTest, EndlessTimeHasNoSecondsToTell) {
+  console.timeLeft(
+      0, running(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()));
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(LineConsoleTest, PauseAndItsEndAreALineEachAndNoSecondIsToldTwice) {
+  console.timeLeft(0, running(2, 5));
+  console.timeLeft(0.5, paused(2, 5));
+  console.timeLeft(0.6, paused(2, 5));
+  console.timeLeft(3, running(2, 5));
+  EXPECT_EQ(out.str(),
+            "   0.000 s  2 s left\n"
+            "   0.500 s  paused: not in front\n"
+            "   3.000 s  goes on: in front again\n");
+}
+
+TEST(CountdownLineTest, BarFillsAsTimeGoes) {
+  EXPECT_EQ(countdownLine(running(5, 5), "", 26), "  5.0 s left  [----------]");
+  EXPECT_EQ(countdownLine(running(3.5, 5), "", 26), "  3.5 s left  [###-------]");
+  EXPECT_EQ(countdownLine(running(0, 5), "", 26), "  0.0 s left  [##########]");
+}
+
+TEST(CountdownLineTest, TimeThatWentBelowNothingIsNothing) {
+  EXPECT_EQ(countdownLine(running(-0.1, 5), "", 26), "  0.0 s left  [##########]");
+}
+
+TEST(CountdownLineTest, NoteStandsAfterTheBar) {
+  EXPECT_EQ(countdownLine(running(2.5, 5), "paused", 34), "  2.5 s left  [#####-----]  paused");
+}
+
+TEST(CountdownLineTest, BarHasAtMostFortyPlaces) {
+  EXPECT_EQ(countdownLine(running(1, 1), "", 200).size(),
+            std::string("  1.0 s left  []").size() + 40);
+}
+
+TEST(CountdownLineTest, NarrowTerminalGetsNoBar) {
+  EXPECT_EQ(countdownLine(running(2.5, 5), "paused", 28), "  2.5 s left  paused");
+}
+
+TEST(CountdownLineTest, NeverLongerThanTheTerminalIsWide) {
+  for (std::size_t columns = 0; columns < 100; ++columns) {
+    EXPECT_LE(countdownLine(running(2.5, 5), "paused: not in front", columns).size(), columns);
+  }
+}
+
+TEST(CountdownLineTest, EndlessTimeLeavesTheBarEmpty) {
+  constexpr double kEndless = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(countdownLine(running(kEndless, kEndless), "", 26), "  inf s left  [----------]");
+}
+
+class LiveConsoleTest : public testing::Test {
+ protected:
+  std::size_t columns = 40;
+  std::ostringstream out;
+  LiveConsole console{out, [this] { return columns; }, "press Enter"};
+};
+
+TEST_F(LiveConsoleTest, EverythingIsWrittenOverTheSameLine) {
+  console.timeLeft(0, running(5, 5));
+  console.timeLeft(0.1, running(4.9, 5));
+  console.happened(5.1, "dismissed");
+  EXPECT_EQ(out.str().find('\n'), std::string::npos);
+  const std::string written = out.str();
+  EXPECT_EQ(std::ranges::count(written, '\r'), 3);
+}
+
+TEST_F(LiveConsoleTest, ShorterLineWipesOutTheLongerOne) {
+  console.timeLeft(0, running(5, 5));
+  const std::size_t before = out.str().size();
+  console.happened(5.1, "dismissed");
+  EXPECT_EQ(out.str().substr(before), "\r   5.100 s  dismissed" + std::string(18, ' '));
+}
+
+TEST_F(LiveConsoleTest, CountdownSaysWhatTheUserCanDo) {
+  console.timeLeft(0, running(5, 5));
+  EXPECT_EQ(out.str(), "\r  5.0 s left  [----------]  press Enter");
+}
+
+TEST_F(LiveConsoleTest, PauseIsSaidInTheLine) {
+  columns = 60;
+  console.timeLeft(0, paused(5, 5));
+  EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
+}
+
+TEST_F(LiveConsoleTest, HappeningsAfterTheCountdownAreGathered) {
+  columns = 80;
+  console.happened(0, "covered");
+  console.timeLeft(0, running(1, 1));
+  const std::size_t before = out.str().size();
+  console.happened(1.1, "dismissed");
+  console.happened(1.6, "event recorded: e");
+  EXPECT_NE(out.str().find("\r   1.600 s  dismissed, event recorded: e", before),
+            std::string::npos);
+}
+
+TEST_F(LiveConsoleTest, OldestHappeningsMakeRoom) {
+  console.happened(1, "controls given back");
+  console.happened(2, "dismissed");
+  console.happened(3, "uncovered");
+  EXPECT_TRUE(out.str().ends_with("\r   3.000 s  dismissed, uncovered")) << out.str();
+}
+
+TEST_F(LiveConsoleTest, LastColumnStaysFree) {
+  columns = 20;
+  console.happened(1, std::string(100, 'x'));
+  EXPECT_EQ(out.str(), "\r   1.000 s  xxxxxxx");
+}
+
+TEST_F(LiveConsoleTest, MakesWayByClearingItsLine) {
+  console.happened(1, "covered");
+  console.makeWay();
+  out << "a log line\n";
+  console.makeWay();
+  EXPECT_EQ(out.str(), "\r   1.000 s  covered\r" + std::string(19, ' ') + "\ra log line\n");
+}
+
+TEST_F(LiveConsoleTest, LineThatWasBegunIsEndedOnce) {
+  console.finish();
+  EXPECT_EQ(out.str(), "");
+  console.happened(1, "covered");
+  console.finish();
+  console.finish();
+  EXPECT_TRUE(out.str().ends_with("covered\n"));
+}
+
+}  // namespace
+}  // namespace vel::host

@@ -1,0 +1,123 @@
+#!/usr/bin/env python3
+"""An option exists in the help, the manual, the completion and a test, or not at all."""
+
+import re
+import subprocess
+import unittest
+
+from program import ROOT, run
+
+MANUAL = ROOT / "docs/launchscreen.1"
+COMPLETION = ROOT / "Host/completion/launchscreen.bash"
+COMMON = {"--help", "--version"}
+OPTION = re.compile(r"--[a-z][a-z0-9-]*")
+
+
+def help_lines(*command):
+    """The lines of the help that begin an option or a command, with what is indented below."""
+    text = run(*command, "--help").stdout
+    return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
+
+
+def commands():
+    text = run("--help").stdout
+    return re.findall(r"^  ([a-z]+) ", text[text.index("Subcommands:") :], re.MULTILINE)
+
+
+def help_options(*command):
+    """Each option with the values that its help lists, if it lists any."""
+    options = {}
+    for line in help_lines(*command):
+        if line.startswith("-"):
+            values = re.match(r"\S+(?: \S*:\{(\S*)\})?", line)[1]
+            options[OPTION.search(line.split()[0])[0]] = set(values.split(",")) if values else set()
+    return options
+
+
+def manual_sections():
+    """The manual's sections by name, without its markup; those of a command by the command's."""
+    text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
+    parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
+    return dict(zip(parts[1::2], parts[2::2]))
+
+
+def manual_options(section):
+    return set(re.findall(r"^\.TP\n\.[A-Z]+ (--[a-z-]+)", manual_sections()[section], re.MULTILINE))
+
+
+def completions(*words):
+    """What bash offers in place of the last word."""
+    script = (
+        f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
+        ' printf "%s\\n" "${COMPREPLY[@]}"'
+    )
+    offered = subprocess.run(
+        ["bash", "-c", script, "bash", *words], capture_output=True, text=True, check=True
+    )
+    return set(offered.stdout.split())
+
+
+class Options(unittest.TestCase):
+    def test_there_are_commands_with_options(self):
+        self.assertIn("show", commands())
+        self.assertIn("--duration", help_options("show"))
+        self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})
+
+    def test_options_of_the_program_itself_are_the_same_everywhere(self):
+        self.assertEqual(set(help_options()), COMMON)
+        self.assertEqual(manual_options("OPTIONS"), COMMON)
+        self.assertEqual(completions(""), COMMON | set(commands()))
+
+    def test_manual_has_exactly_the_options_of_the_help(self):
+        for command in commands():
+            with self.subTest(command):
+                self.assertEqual(manual_options(command) | COMMON, set(help_options(command)))
+
+    def test_completion_has_exactly_the_options_of_the_help(self):
+        for command in commands():
+            with self.subTest(command):
+                offered = {word for word in completions(command, "") if word.startswith("-")}
+                self.assertEqual(offered, set(help_options(command)))
+
+    def test_values_are_the_same_in_help_manual_and_completion(self):
+        for command in commands():
+            for option, values in help_options(command).items():
+                with self.subTest(command=command, option=option):
+                    if values:
+                        self.assertEqual(completions(command, option, ""), values)
+                        self.assertEqual(completions(command, option, "=", ""), values)
+                    for value in values:
+                        self.assertRegex(manual_sections()[command], rf"\b{value}\b")
+
+    def test_completion_goes_on_from_what_is_typed(self):
+        self.assertEqual(completions("show", "--dis"), {"--display"})
+        self.assertEqual(completions("show", "--mode", "s"), {"skip"})
+        self.assertEqual(completions("show", "--mode", "="), {"forced", "skip"})
+        self.assertEqual(completions("sh"), {"show"})
+
+    def test_every_option_is_in_a_test(self):
+        tests = "".join(
+            file.read_text(encoding="utf-8")
+            for pattern in ("*.cpp", "*.py")
+            for file in (ROOT / "Tests/Host").rglob(pattern)
+            if file.name != "options_test.py"
+        )
+        for command in commands():
+            for option in help_options(command):
+                with self.subTest(command=command, option=option):
+                    self.assertIn(f'"{option}"', tests)
+
+    def test_manual_is_free_of_formatting_faults(self):
+        # groff is part of every Debian system with manual pages, and need not be here.
+        try:
+            checked = subprocess.run(
+                ["groff", "-man", "-ww", "-z", "-Tutf8", str(MANUAL)],
+                capture_output=True, text=True, check=False,
+            )
+        except FileNotFoundError:
+            self.skipTest("no groff here")
+        self.assertEqual((checked.returncode, checked.stderr), (0, ""))
+
+
+if __name__ == "__main__":
+    unittest.main()

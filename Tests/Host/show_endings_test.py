@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+"""How a run of `launchscreen show` goes and ends."""
+
+import os
+import subprocess
+import unittest
+
+from program import PATIENCE, start
+from show import LOG_LINE, happenings, show, showing
+
+
+# The quickest to end: nothing of it stays up after its dismissal.
+MODAL = ["--present", "modal"]
+
+
+class Endings(unittest.TestCase):
+    def test_embedded_run_goes_from_request_to_event(self):
+        result = show("--duration", "0.3")
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(
+            happenings(result.stdout),
+            [
+                "request answered",
+                "covered",
+                "controls taken",
+                "controls given back",
+                "dismissed",
+                "event recorded: launch_end",
+                "uncovered",
+            ],
+        )
+        self.assertRegex(
+            result.stderr,
+            rf"\A{LOG_LINE}LaunchScreenContent \(-\[LaunchScreenContent "
+            r"presentForWindow:withPresentationMode:\]\) mode: 0\n\Z",
+        )
+
+    def test_each_second_left_is_told(self):
+        result = show("--duration", "1.2", "--mode", "forced", *MODAL)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(
+            [line for line in happenings(result.stdout) if line.endswith("left")], ["1 s left"]
+        )
+
+    def test_modal_and_sheet_runs_go_from_request_to_event(self):
+        for arguments, mode in (
+            (MODAL, 2),
+            (["--present", "sheet", "--content-controller"], 1),
+        ):
+            with self.subTest(arguments):
+                result = show("--duration", "0.3", "--size", "640x480", "--indicator", *arguments)
+                self.assertEqual(result.returncode, 0)
+                self.assertEqual(
+                    happenings(result.stdout),
+                    [
+                        "request answered",
+                        "covered",
+                        "dismissed",
+                        "uncovered",
+                        "event recorded: launch_end",
+                    ],
+                )
+                self.assertTrue(result.stderr.endswith(f" mode: {mode}\n"))
+
+    def test_skip_after_ends_without_an_event(self):
+        result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(happenings(result.stdout)[-2:], ["dismissed", "uncovered"])
+        self.assertNotIn("event recorded", result.stdout)
+
+    def test_enter_dismisses_in_skip_mode(self):
+        with showing(
+            "covered", "--mode", "skip", "--duration", "60", *MODAL, stdin=subprocess.PIPE
+        ) as process:
+            process.stdin.write(b"\n")
+            process.stdin.flush()
+            for line in process.stdout:
+                process.read_so_far += line
+            self.assertEqual(process.wait(PATIENCE), 0)
+            self.assertEqual(
+                happenings(process.read_so_far.decode())[-2:], ["dismissed", "uncovered"]
+            )
+
+    def test_enter_does_nothing_in_forced_mode(self):
+        result = show("--duration", "0.3", *MODAL, stdin=None, input="\n\n")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("event recorded", result.stdout)
+
+    def test_end_of_input_does_not_dismiss(self):
+        result = show("--mode", "skip", "--duration", "0.5", *MODAL)
+        self.assertEqual(result.returncode, 0)
+        times = [float(line.split()[0]) for line in result.stdout.splitlines() if "dismissed" in line]
+        self.assertGreaterEqual(min(times), 0.5)
+
+    def test_closed_input_does_not_dismiss(self):
+        process = start(
+            "show", "--display", "headless", "--mode", "skip", "--duration", "0.3", *MODAL,
+            preexec_fn=lambda: os.close(0),
+        )
+        out, _ = process.communicate(timeout=PATIENCE)
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(happenings(out.decode())[-1], "uncovered")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,62 @@
+#!/usr/bin/env python3
+"""The file that `launchscreen show` appends events to."""
+
+import json
+import os
+import tempfile
+import unittest
+
+from program import PATIENCE, start
+from show import show, showing
+
+
+class EventsFiles(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.file = os.path.join(folder.name, "events")
+
+    def events(self):
+        with open(self.file, encoding="utf-8") as file:
+            return [json.loads(line) for line in file]
+
+    def test_each_run_appends_its_event(self):
+        for event in ("first", "second"):
+            result = show(
+                "--duration", "0.1", "--present", "modal",
+                "--event", event, "--events", self.file,
+            )
+            self.assertEqual(result.returncode, 0)
+        self.assertEqual([event["event"] for event in self.events()], ["first", "second"])
+        for event in self.events():
+            self.assertRegex(event["time"], r"\A\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z\Z")
+            self.assertGreaterEqual(event["seconds"], 0.6)
+
+    def test_run_without_an_event_appends_nothing(self):
+        show("--mode", "skip", "--skip-after", "0", "--present", "modal", "--events", self.file)
+        self.assertEqual(self.events(), [])
+
+    def test_event_is_appended_also_when_nobody_reads_the_output(self):
+        with showing("covered", "--duration", "0.3", "--events", self.file) as process:
+            process.stdout.close()
+            self.assertEqual(process.wait(PATIENCE), 0)
+        self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
+
+    def test_closed_output_does_not_end_up_in_the_file(self):
+        process = start(
+            "show", "--display", "headless", "--duration", "0.1", "--present", "modal",
+            "--events", self.file, preexec_fn=lambda: os.close(1),
+        )
+        process.communicate(timeout=PATIENCE)
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
+
+    def test_full_disk_fails_and_the_event_is_still_told(self):
+        result = show("--duration", "0.1", "--events", "/dev/full")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("event recorded: launch_end", result.stdout)
+        self.assertIn("/dev/full", result.stderr.splitlines()[-1])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""What `launchscreen show` says where it cannot do what is asked."""
+
+import unittest
+
+from program import run
+from show import LOG_LINE, show
+
+
+class Refusals(unittest.TestCase):
+    def test_bad_duration_gives_the_librarys_line(self):
+        for duration in ("abc", "0", "", "nan"):
+            with self.subTest(duration):
+                result = show("--duration", duration)
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(result.stdout, "")
+                self.assertRegex(
+                    result.stderr,
+                    rf"\A{LOG_LINE}LaunchScreenManager \(-\[LaunchScreenManager "
+                    r"parseParameters:\]\): Max duration time is nil or empty!\n\Z",
+                )
+
+    def test_empty_event_name_gives_the_librarys_line(self):
+        result = show("--event", "")
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(
+            result.stderr, r"parseParameters:\]\): Next event name is nil or empty!\n\Z"
+        )
+
+    def test_negative_duration_gives_the_errors_domain(self):
+        result = show("--duration", "-3")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(
+            result.stderr,
+            "launchscreen: the launch screen cannot be shown: LaunchScreen view controller is NIL\n",
+        )
+
+    def test_sheet_with_nothing_to_hang_on_is_told(self):
+        result = show("--present", "sheet")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("--content-controller", result.stderr.splitlines()[-1])
+
+    def test_bad_usage_is_one_line(self):
+        for arguments in (
+            ["show", "--size", "big"],
+            ["show", "--skip-after", "1"],
+            ["show", "--events", "/nonexistent/events"],
+            [],
+        ):
+            with self.subTest(arguments):
+                result = run(*arguments)
+                self.assertEqual(result.returncode, 2)
+                self.assertEqual(result.stdout, "")
+                self.assertEqual(len(result.stderr.splitlines()), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()

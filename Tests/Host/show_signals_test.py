@@ -1,0 +1,43 @@
+#!/usr/bin/env python3
+"""A signal ends `launchscreen show`, and the window is given back first."""
+
+import signal
+import unittest
+
+from show import ended, happenings, showing
+
+
+class Signals(unittest.TestCase):
+    def test_window_is_given_back_first(self):
+        for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            for arguments in ([], ["--content-controller"]):
+                with self.subTest(signal=ending, arguments=arguments):
+                    with showing("controls taken", "--duration", "60", *arguments) as process:
+                        process.send_signal(ending)
+                        status, output = ended(process)
+                    self.assertEqual(status, 128 + ending)
+                    self.assertIn("controls given back", happenings(output))
+                    self.assertEqual(happenings(output)[-1], "uncovered")
+                    self.assertNotIn("event recorded", output)
+
+    def test_modal_window_and_sheet_are_taken_down(self):
+        for presentation in ("modal", "sheet"):
+            with self.subTest(presentation):
+                with showing("covered", "--duration", "60", "--present", presentation,
+                             "--content-controller") as process:
+                    process.send_signal(signal.SIGTERM)
+                    status, output = ended(process)
+                self.assertEqual(status, 128 + signal.SIGTERM)
+                self.assertEqual(happenings(output)[-2:], ["dismissed", "uncovered"])
+
+    def test_cover_that_waits_to_be_taken_down_is_gone_at_once(self):
+        with showing("dismissed", "--duration", "0.1") as process:
+            process.send_signal(signal.SIGINT)
+            status, output = ended(process)
+        self.assertEqual(status, 128 + signal.SIGINT)
+        self.assertEqual(happenings(output).count("dismissed"), 1)
+        self.assertEqual(happenings(output)[-1], "uncovered")
+
+
+if __name__ == "__main__":
+    unittest.main()

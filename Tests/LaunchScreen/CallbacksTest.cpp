@@ -1,0 +1,326 @@
+// What the manager does when the launch screen's controller tells or asks it something.
+#include <limits>
+
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Events = std::vector<VirtualPlatform::Event>;
+
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+
+class CallbacksTest : public LaunchScreenTest {
+ protected:
+  CallbacksTest() { configuration().setNextEventName(NSString::stringWithUTF8String("e")); }
+
+  bool mayDismiss() { return manager->canLaunchScreenControllerDismiss(controller()); }
+  // Leaves a countdown running with so much time left.
+  void runWith(double seconds) {
+    setTimeLeft(seconds);
+    manager->startTimer();
+  }
+  // Loads, presents, and lets the controller present something on top.
+  Strong<NSViewController> presentWithSomethingOnTop(double duration) {
+    load(duration);
+    present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+    auto onTop = make<NamedViewController>("NSViewController");
+    controller()->presentViewControllerAsSheet(onTop);
+    EXPECT_EQ(controller()->presentedViewControllers().size(), 1u);
+    return onTop;
+  }
+};
+
+// Before presentation
+
+TEST_F(CallbacksTest, BeforePresentationItSubscribesAndStartsTheCountdown) {
+  setTimeLeft(5.0);
+  manager->launchScreenControllerWillPresent(nullptr);
+  EXPECT_EQ(registrations(), 6u);
+  ASSERT_NE(timer(), nullptr);
+  EXPECT_TRUE(timer()->isValid());
+  EXPECT_EQ(timeLeft(), 5.0);
+}
+
+TEST_F(CallbacksTest, BeforePresentationWithNoTimeLeftItOnlySubscribes) {
+  std::size_t calls = 0;
+  for (const double seconds : {0.0, -0.1, -3.0, kNotANumber}) {
+    setTimeLeft(seconds);
+    manager->launchScreenControllerWillPresent(nullptr);
+    EXPECT_EQ(registrations(), 6 * ++calls);
+    EXPECT_EQ(timer(), nullptr) << seconds;
+  }
+}
+
+TEST_F(CallbacksTest, BeforePresentationWhileUnfocusedItOnlySubscribes) {
+  setTimeLeft(5.0);
+  manager->setAppIsUnfocused(true);
+  manager->launchScreenControllerWillPresent(nullptr);
+  EXPECT_EQ(registrations(), 6u);
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_TRUE(manager->appIsUnfocused());
+}
+
+TEST_F(CallbacksTest, ASecondPresentationSubscribesAgainAndKeepsTheCountdown) {
+  setTimeLeft(5.0);
+  manager->launchScreenControllerWillPresent(nullptr);
+  const auto running = timer();
+  manager->launchScreenControllerWillPresent(nullptr);
+  EXPECT_EQ(registrations(), 12u);
+  EXPECT_EQ(timer(), running);
+}
+
+// May it dismiss? In skip mode
+
+TEST_F(CallbacksTest, InSkipModeInFrontItMayDismissAtAnyTimeAndNothingElseHappens) {
+  configuration().setSkipMode(true);
+  for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNotANumber}) {
+    runWith(seconds);
+    const auto running = timer();
+    EXPECT_TRUE(mayDismiss()) << seconds;
+    EXPECT_EQ(timer(), running);
+    EXPECT_EQ(pendingWork(), 0u);
+    EXPECT_FALSE(manager->eventWasSended());
+    EXPECT_FALSE(manager->launchShouldBeClosed());
+    manager->pauseTimer();
+  }
+}
+
+TEST_F(CallbacksTest, InSkipModeTheTimeLeftStays) {
+  configuration().setSkipMode(true);
+  runWith(0.05);
+  EXPECT_TRUE(mayDismiss());
+  EXPECT_EQ(timeLeft(), 0.05);
+}
+
+TEST_F(CallbacksTest, InSkipModeWhileUnfocusedItMayNotAndTheDismissalIsOwed) {
+  configuration().setSkipMode(true);
+  manager->setAppIsUnfocused(true);
+  for (const double seconds : {5.0, 0.05}) {
+    manager->setLaunchShouldBeClosed(false);
+    runWith(seconds);
+    const auto running = timer();
+    EXPECT_FALSE(mayDismiss());
+    EXPECT_TRUE(manager->launchShouldBeClosed());
+    EXPECT_EQ(timer(), running);
+    EXPECT_EQ(timeLeft(), seconds);
+    EXPECT_EQ(pendingWork(), 0u);
+    manager->pauseTimer();
+  }
+}
+
+TEST_F(CallbacksTest, InSkipModeSomethingOnTopDoesNotMatter) {
+  const auto onTop = presentWithSomethingOnTop(5.0);
+  configuration().setSkipMode(true);
+  manager->setAppIsUnfocused(false);
+  EXPECT_TRUE(mayDismiss());
+}
+
+TEST_F(CallbacksTest, InSkipModeNoEventIsEverRecorded) {
+  load(5.0, "skip");
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  platform.run(1.0);
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(controller()->view()->window(), nullptr);
+  platform.run(10.0);
+  EXPECT_TRUE(platform.events.empty());
+  EXPECT_FALSE(manager->eventWasSended());
+}
+
+TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsByItselfToo) {
+  load(1.0, "skip");
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  platform.run(1.1);
+  EXPECT_EQ(controller()->view()->window(), nullptr);
+  platform.run(10.0);
+  EXPECT_TRUE(platform.events.empty());
+}
+
+// May it dismiss? With the time used up
+
+TEST_F(CallbacksTest, WithTheTimeUsedUpItMayDismissAndTheCountdownIsOver) {
+  load(5.0);
+  for (const double seconds : {0.1, 0.05, 0.0, -0.1}) {
+    setTimeLeft(seconds);
+    EXPECT_TRUE(mayDismiss()) << seconds;
+    EXPECT_EQ(timeLeft(), 0.0);
+    EXPECT_EQ(timer(), nullptr);
+    EXPECT_EQ(pendingWork(), 0u);
+  }
+}
+
+TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsAskedForAtOnce) {
+  load(5.0);
+  manager->setLaunchScreenExpired(true);
+  runWith(0.1);
+  const auto running = timer();
+  EXPECT_TRUE(mayDismiss());
+  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_TRUE(manager->eventWasSended());
+  EXPECT_FALSE(manager->launchScreenExpired());
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
+}
+
+TEST_F(CallbacksTest, WithTheTimeUsedUpAnInvalidTimerAsksForNoEvent) {
+  load(5.0);
+  runWith(0.1);
+  timer()->invalidate();
+  EXPECT_TRUE(mayDismiss());
+  EXPECT_FALSE(manager->eventWasSended());
+  EXPECT_EQ(timer(), nullptr);
+}
+
+TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedItMayDismissAndTheEventIsOwed) {
+  load(5.0);
+  manager->setAppIsUnfocused(true);
+  runWith(0.1);
+  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+  EXPECT_FALSE(manager->eventWasSended());
+}
+
+TEST_F(CallbacksTest, WithSomethingOnTopItMayNotDismissAndTheCountdownIsOverAllTheSame) {
+  const auto onTop = presentWithSomethingOnTop(5.0);
+  manager->setAppIsUnfocused(false);
+  runWith(0.1);
+  ASSERT_NE(timer(), nullptr);
+  EXPECT_FALSE(mayDismiss());
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 0.0);
+  EXPECT_TRUE(manager->eventWasSended()) << "the timer was running";
+  controller()->NSViewController::dismissViewController(onTop);
+  EXPECT_TRUE(mayDismiss());
+}
+
+TEST_F(CallbacksTest, WithoutAControllerThereIsNothingOnTop) {
+  setTimeLeft(0.1);
+  EXPECT_TRUE(manager->canLaunchScreenControllerDismiss(nullptr));
+}
+
+// May it dismiss? With time left
+
+TEST_F(CallbacksTest, WithTimeLeftItMayNotDismissAndTheEventIsAskedForTwoSecondsLater) {
+  load(5.0);
+  for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
+    runWith(seconds);
+    const auto running = timer();
+    EXPECT_FALSE(mayDismiss()) << seconds;
+    EXPECT_EQ(timer(), running);
+    EXPECT_TRUE(running->isValid());
+    EXPECT_EQ(timeLeft(), seconds);
+    EXPECT_FALSE(manager->launchShouldBeClosed());
+    manager->pauseTimer();
+  }
+  EXPECT_EQ(pendingWork(), 4u);
+  platform.run(1.999999999);
+  EXPECT_FALSE(manager->eventWasSended());
+  platform.run(0.000000001);
+  EXPECT_TRUE(manager->eventWasSended());
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "once for all four";
+}
+
+TEST_F(CallbacksTest, ATimeLeftThatIsNotANumberCountsAsTimeLeft) {
+  load(5.0);
+  setTimeLeft(kNotANumber);
+  EXPECT_FALSE(mayDismiss());
+  EXPECT_EQ(pendingWork(), 1u);
+}
+
+TEST_F(CallbacksTest, ARefusedDismissalLeavesTheLaunchScreenUpUntilItsTimeRunsOut) {
+  load(5.0);
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  platform.run(1.0);
+  manager->dismissLaunchScreen();
+  EXPECT_NE(controller()->view()->window(), nullptr);
+  platform.run(4.0);
+  EXPECT_NE(controller()->view()->window(), nullptr);
+  platform.run(0.1);
+  EXPECT_EQ(controller()->view()->window(), nullptr);
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}})) << "recorded early, and once";
+}
+
+TEST_F(CallbacksTest, ARefusedDismissalsEventIsOwedIfTheWindowHasGoneByThen) {
+  load(5.0);
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  EXPECT_FALSE(mayDismiss());
+  platform.run(1.0);
+  platform.user().userMovesFocusAway();
+  platform.run(5.0);
+  EXPECT_TRUE(platform.events.empty());
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+}
+
+// Before and after dismissal
+
+TEST_F(CallbacksTest, BeforeDismissalItDoesNothing) {
+  load(5.0);
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  const auto before = state();
+  manager->launchScreenControllerWillDismiss(controller());
+  EXPECT_EQ(state(), before);
+}
+
+TEST_F(CallbacksTest, AfterDismissalItUnsubscribesStopsTheCountdownAndAsksForTheEvent) {
+  setTimeLeft(5.0);
+  manager->launchScreenControllerWillPresent(nullptr);
+  manager->launchScreenControllerWillPresent(nullptr);
+  manager->setLaunchScreenExpired(true);
+  const auto running = timer();
+  manager->launchScreenControllerDidDismiss(nullptr);
+  EXPECT_EQ(registrations(), 0u) << "all of them, however often it had subscribed";
+  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 0.0);
+  EXPECT_FALSE(manager->launchScreenExpired());
+  EXPECT_TRUE(manager->eventWasSended());
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"e", 0.5}}));
+}
+
+TEST_F(CallbacksTest, AfterDismissalInSkipModeItAsksForNoEvent) {
+  configuration().setSkipMode(true);
+  setTimeLeft(5.0);
+  manager->launchScreenControllerWillPresent(nullptr);
+  manager->setLaunchScreenExpired(true);
+  manager->launchScreenControllerDidDismiss(nullptr);
+  EXPECT_EQ(registrations(), 0u);
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 0.0);
+  EXPECT_FALSE(manager->eventWasSended());
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_EQ(pendingWork(), 0u);
+}
+
+// The end by time
+
+TEST_F(CallbacksTest, AtTheEndOfTheTimeTheEventIsAskedForAfterTheDismissalOnly) {
+  load(1.0);
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  const auto host = addHostDelegate();
+  bool sentWhenAsked = true;
+  host->once(CoverCall::CanDismiss, [&] { sentWhenAsked = manager->eventWasSended(); });
+  platform.run(1.1);
+  EXPECT_FALSE(sentWhenAsked);
+  EXPECT_TRUE(manager->eventWasSended());
+  EXPECT_EQ(registrations(), 0u);
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
+}
+
+TEST_F(CallbacksTest, AtTheEndOfTheTimeWithSomethingOnTopItStaysUpAndRecordsNothing) {
+  const auto onTop = presentWithSomethingOnTop(1.0);
+  manager->startTimer();
+  platform.run(10.0);
+  EXPECT_NE(controller()->view()->window(), nullptr);
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), -0x1.999999999999ap-4);
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_TRUE(platform.events.empty());
+}
+
+}  // namespace
+}  // namespace vel::test

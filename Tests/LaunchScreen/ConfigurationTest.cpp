@@ -1,0 +1,162 @@
+// The default configuration: made on first use, replaced, never none.
+#include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Configuration = LaunchScreenConfiguration;
+
+constexpr auto kRefusal =
+    "LaunchScreenConfiguration (+[LaunchScreenConfiguration setDefaultConfiguration:]): "
+    "Failed to set nil configuration!";
+
+class ConfigurationTest : public VirtualTest {};
+
+void expectInitialValues(const Configuration& configuration) {
+  EXPECT_EQ(configuration.viewController(), nullptr);
+  EXPECT_FALSE(configuration.skipMode());
+  EXPECT_EQ(configuration.nextEventName(), nullptr);
+  EXPECT_EQ(configuration.expirationTimeInterval(), 0.0);
+}
+
+TEST_F(ConfigurationTest, InitGivesNothingToShowAndNoTime) {
+  const auto configuration = Configuration::init();
+  ASSERT_NE(configuration, nullptr);
+  expectInitialValues(*configuration);
+}
+
+TEST_F(ConfigurationTest, InitDoesNotMakeADefault) {
+  const auto configuration = Configuration::init();
+  EXPECT_EQ(sDefaultConfiguration, nullptr);
+}
+
+TEST_F(ConfigurationTest, ItIsNamedLaunchScreenConfiguration) {
+  EXPECT_EQ(Configuration::init()->className(), "LaunchScreenConfiguration");
+}
+
+TEST_F(ConfigurationTest, ThereIsNoDefaultUntilItIsAskedFor) {
+  EXPECT_EQ(sDefaultConfiguration, nullptr);
+}
+
+TEST_F(ConfigurationTest, TheDefaultIsMadeOnFirstUseWithInitialValues) {
+  const auto configuration = Configuration::defaultConfiguration();
+  ASSERT_NE(configuration, nullptr);
+  expectInitialValues(*configuration);
+  EXPECT_EQ(sDefaultConfiguration, configuration);
+}
+
+TEST_F(ConfigurationTest, EveryLaterReadAnswersTheSameDefault) {
+  const auto configuration = Configuration::defaultConfiguration();
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
+  EXPECT_EQ(Configuration::getDefaultConfiguration(), configuration);
+}
+
+TEST_F(ConfigurationTest, GetDefaultConfigurationMakesItTooOnFirstUse) {
+  const auto configuration = Configuration::getDefaultConfiguration();
+  ASSERT_NE(configuration, nullptr);
+  expectInitialValues(*configuration);
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
+}
+
+TEST_F(ConfigurationTest, AnObjectSetBeforeFirstUseIsTheDefault) {
+  const auto configuration = Configuration::init();
+  Configuration::setDefaultConfiguration(configuration);
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
+}
+
+TEST_F(ConfigurationTest, SettingNoneKeepsTheDefaultAndLogsOneLine) {
+  const auto configuration = Configuration::defaultConfiguration();
+  Configuration::setDefaultConfiguration(nullptr);
+  EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
+}
+
+TEST_F(ConfigurationTest, SettingNoneBeforeFirstUseLeavesTheDefaultToBeMadeLater) {
+  Configuration::setDefaultConfiguration(nullptr);
+  EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
+  EXPECT_EQ(sDefaultConfiguration, nullptr);
+  expectInitialValues(*Configuration::defaultConfiguration());
+}
+
+TEST_F(ConfigurationTest, SettingTheCurrentDefaultChangesNothingAndDoesNotReleaseIt) {
+  const Weak<Configuration> configuration = Configuration::defaultConfiguration();
+  configuration.lock()->setExpirationTimeInterval(4.5);
+  Configuration::setDefaultConfiguration(configuration.lock());
+  ASSERT_FALSE(configuration.expired());
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration.lock());
+  EXPECT_EQ(Configuration::defaultConfiguration()->expirationTimeInterval(), 4.5);
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ConfigurationTest, ANewDefaultTakesThePlaceOfTheFormerWhichAReaderStillHas) {
+  const auto former = Configuration::defaultConfiguration();
+  former->setSkipMode(true);
+  const auto configuration = Configuration::init();
+  Configuration::setDefaultConfiguration(configuration);
+  EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
+  EXPECT_FALSE(Configuration::defaultConfiguration()->skipMode());
+  EXPECT_NE(former, configuration);
+  EXPECT_TRUE(former->skipMode());
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ConfigurationTest, AReplacedDefaultIsReleased) {
+  const Weak<Configuration> former = Configuration::defaultConfiguration();
+  Configuration::setDefaultConfiguration(Configuration::init());
+  EXPECT_TRUE(former.expired());
+}
+
+TEST_F(ConfigurationTest, TheDefaultLivesOnWithNobodyElseHoldingIt) {
+  auto made = Configuration::init();
+  const Weak<Configuration> configuration = made;
+  Configuration::setDefaultConfiguration(std::move(made));
+  EXPECT_FALSE(configuration.expired());
+}
+
+TEST_F(ConfigurationTest, AReaderSeesLaterChangesOfTheObjectItHolds) {
+  const auto reader = Configuration::defaultConfiguration();
+  Configuration::defaultConfiguration()->setExpirationTimeInterval(7.0);
+  EXPECT_EQ(reader->expirationTimeInterval(), 7.0);
+}
+
+TEST_F(ConfigurationTest, PropertiesAnswerWhatWasSet) {
+  const auto configuration = Configuration::init();
+  const auto hostController = make<HostController>();
+  configuration->setViewController(hostController);
+  configuration->setSkipMode(true);
+  configuration->setExpirationTimeInterval(-2.5);
+  EXPECT_EQ(configuration->viewController(), hostController);
+  EXPECT_TRUE(configuration->skipMode());
+  EXPECT_EQ(configuration->expirationTimeInterval(), -2.5);
+  configuration->setViewController(nullptr);
+  configuration->setSkipMode(false);
+  EXPECT_EQ(configuration->viewController(), nullptr);
+  EXPECT_FALSE(configuration->skipMode());
+  EXPECT_TRUE(hostController->calls.empty());
+}
+
+TEST_F(ConfigurationTest, TheEventNameIsKeptAndNotCopied) {
+  const auto configuration = Configuration::init();
+  const auto name = NSString::stringWithUTF8String("launch_end");
+  configuration->setNextEventName(name);
+  EXPECT_EQ(configuration->nextEventName().get(), name.get());
+}
+
+TEST_F(ConfigurationTest, ItKeepsItsControllerAndItsEventNameAliveAndReleasesThemAtItsEnd) {
+  auto configuration = Configuration::init();
+  auto hostController = make<HostController>();
+  auto name = NSString::stringWithUTF8String("launch_end");
+  const Weak<HostController> heldController = hostController;
+  const Weak<NSString> heldName = name;
+  configuration->setViewController(std::move(hostController));
+  configuration->setNextEventName(std::move(name));
+  EXPECT_FALSE(heldController.expired());
+  EXPECT_FALSE(heldName.expired());
+  configuration = nullptr;
+  EXPECT_TRUE(heldController.expired());
+  EXPECT_TRUE(heldName.expired());
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,63 @@
+// The vocabulary that hosts rely on, value by value.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+
+#include "LaunchScreen/Helpers/LaunchScreenConstants.h"
+
+namespace vel::test {
+namespace {
+
+TEST(ConstantsTest, TheEngineIsLaunchScreen) { EXPECT_EQ(kLaunchScreenEngine, "launch_screen"); }
+
+TEST(ConstantsTest, TheRequestsKeysAndModesAreTheseTexts) {
+  EXPECT_EQ(LaunchScreenContentRequest.mode, "mode");
+  EXPECT_EQ(LaunchScreenContentRequest.skip, "skip");
+  EXPECT_EQ(LaunchScreenContentRequest.forced, "forced");
+  EXPECT_EQ(LaunchScreenContentRequest.maxDurationTime, "max_duration_time");
+  EXPECT_EQ(LaunchScreenContentRequest.event, "event");
+}
+
+TEST(ConstantsTest, TheRequestsTextsAreOneRecordOfFiveInThisOrder) {
+  using Keys = LaunchScreenContentRequestKeys;
+  static_assert(std::is_standard_layout_v<Keys>);
+  constexpr std::size_t kText = sizeof(std::string_view);
+  EXPECT_EQ(sizeof(Keys), 5 * kText);
+  EXPECT_EQ(offsetof(Keys, mode), 0 * kText);
+  EXPECT_EQ(offsetof(Keys, skip), 1 * kText);
+  EXPECT_EQ(offsetof(Keys, forced), 2 * kText);
+  EXPECT_EQ(offsetof(Keys, maxDurationTime), 3 * kText);
+  EXPECT_EQ(offsetof(Keys, event), 4 * kText);
+}
+
+TEST(ConstantsTest, TheStepOfTheCountdownIsTheDoubleNearestToATenth) {
+  EXPECT_EQ(expirationTimeStep, 0x1.999999999999ap-4);
+}
+
+TEST(ConstantsTest, TheIndicatorsSideIs32Points) { EXPECT_EQ(activityIndicatorSide, 32.0); }
+
+TEST(ConstantsTest, TheHostsClassNamesAreTheseTexts) {
+  EXPECT_EQ(LSUnityPlayerWindowClassName, "PlayerWindow");
+  EXPECT_EQ(LSGDPRControllerClassName, "GDPRViewController");
+}
+
+TEST(ConstantsTest, TheConstantsCannotBeChanged) {
+  static_assert(std::is_const_v<decltype(kLaunchScreenEngine)>);
+  static_assert(std::is_const_v<decltype(LaunchScreenContentRequest)>);
+  static_assert(std::is_const_v<decltype(expirationTimeStep)>);
+  static_assert(std::is_const_v<decltype(activityIndicatorSide)>);
+  static_assert(std::is_const_v<decltype(LSUnityPlayerWindowClassName)>);
+  static_assert(std::is_const_v<decltype(LSGDPRControllerClassName)>);
+  static_assert(std::is_const_v<decltype(VelLaunchScreenVersionNumber)>);
+}
+
+TEST(ConstantsTest, TheVersionIsOneAndIdentifiesTheLibrary) {
+  EXPECT_EQ(VelLaunchScreenVersionNumber, 1.0);
+  EXPECT_NE(std::string_view(VelLaunchScreenVersionString).find("VelLaunchScreen"),
+            std::string_view::npos);
+}
+
+}  // namespace
+}  // namespace vel::test

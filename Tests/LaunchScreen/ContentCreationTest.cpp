@@ -1,0 +1,373 @@
+// The manager as the host's content resolver: from a request to content and its view.
+#include <limits>
+
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+class Broker final : public Class<Broker, "Broker", NSObject, ContentBroker> {
+ public:
+  bool registerContentResolver(const Strong<ContentResolver>& resolver) override {
+    registered.push_back(resolver);
+    return false;
+  }
+  std::vector<Strong<ContentResolver>> registered;
+};
+
+class ContentCreationTest : public LaunchScreenTest {
+ protected:
+  Strong<ContentData> request(double duration, std::string_view mode = "") {
+    return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
+  }
+  // A window in which some launch screen is embedded, so that a new request must not disturb it.
+  static Strong<NSWindow> showAnotherLaunchScreen() {
+    const auto window = openPlayerWindowWithContentViewController();
+    window->contentViewController()->addChildViewController(
+        make<NamedViewController>("LaunchScreenViewController"));
+    return window;
+  }
+  // A temporary content that has a controller of the host's.
+  Strong<HostController> loadTemporaryHostController() {
+    const auto hostController = make<HostController>();
+    configuration().setViewController(hostController);
+    request(3.0);
+    EXPECT_EQ(send(manager->tempContent(), &LaunchScreenContent::viewController), hostController);
+    return hostController;
+  }
+
+  Strong<ResolverListener> listener = make<ResolverListener>();
+};
+
+// Construction
+
+TEST_F(ContentCreationTest, InitMakesTheMainContentAndListensToIt) {
+  ASSERT_NE(manager->content(), nullptr);
+  EXPECT_EQ(manager->content()->contentDelegate(), manager);
+  EXPECT_EQ(manager->content()->state(), 0u);
+  EXPECT_EQ(manager->content()->contentRequest(), nullptr);
+}
+
+TEST_F(ContentCreationTest, InitLeavesEverythingElseEmptyOrOff) {
+  EXPECT_EQ(manager->tempContent(), nullptr);
+  EXPECT_FALSE(manager->appIsUnfocused());
+  EXPECT_FALSE(manager->eventWasSended());
+  EXPECT_EQ(manager->launchScreenExpirationTimer(), nullptr);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 0.0);
+  EXPECT_FALSE(manager->launchScreenExpired());
+  EXPECT_FALSE(manager->launchShouldBeClosed());
+  EXPECT_EQ(manager->delegate(), nullptr);
+}
+
+TEST_F(ContentCreationTest, ItIsNamedLaunchScreenManager) {
+  EXPECT_EQ(manager->className(), "LaunchScreenManager");
+}
+
+TEST_F(ContentCreationTest, ItHasNoNameOfItsOwnAsAResolver) {
+  const Strong<ContentResolver> resolver = manager;
+  EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
+}
+
+TEST_F(ContentCreationTest, ItDoesNotKeepItsDelegateAlive) {
+  manager->setDelegate(listener);
+  EXPECT_EQ(manager->delegate(), listener);
+  const Weak<ResolverListener> held = listener;
+  listener = nullptr;
+  EXPECT_TRUE(held.expired());
+  EXPECT_EQ(manager->delegate(), nullptr);
+}
+
+// Registration
+
+TEST_F(ContentCreationTest, ItServesTheEngineLaunchScreenAlone) {
+  const auto engines = manager->supportedEngines();
+  ASSERT_EQ(engines.size(), 1u);
+  EXPECT_EQ(engines[0]->UTF8String(), "launch_screen");
+}
+
+TEST_F(ContentCreationTest, ActivatingRegistersItWithTheBrokerWhateverThatAnswers) {
+  const auto broker = make<Broker>();
+  EXPECT_TRUE(manager->activate(broker));
+  EXPECT_EQ(broker->registered, std::vector<Strong<ContentResolver>>{manager});
+}
+
+TEST_F(ContentCreationTest, ActivatingWithoutABrokerAnswersYesToo) {
+  EXPECT_TRUE(manager->activate(nullptr));
+}
+
+// Content for a request
+
+TEST_F(ContentCreationTest, AnAcceptedRequestGoesToTheMainContentAndSeedsTheTimeLeft) {
+  const auto asked = makeRequest("e", 5);
+  EXPECT_EQ(manager->contentDataForContentRequest(asked), manager->content());
+  EXPECT_EQ(manager->content()->contentRequest(), asked);
+  EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
+  EXPECT_NE(controller(), nullptr);
+  EXPECT_EQ(manager->tempContent(), nullptr);
+  EXPECT_FALSE(configuration().skipMode());
+  EXPECT_EQ(configuration().nextEventName()->UTF8String(), "e");
+  EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ContentCreationTest, AnAcceptedRequestDoesNotStartTheCountdown) {
+  request(5.0);
+  EXPECT_EQ(manager->launchScreenExpirationTimer(), nullptr);
+}
+
+TEST_F(ContentCreationTest, TheTimeLeftIsTheDurationInSinglePrecision) {
+  request(0.1);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 0.10000000149011612);
+}
+
+TEST_F(ContentCreationTest, ANegativeDurationIsAcceptedAndItsContentFails) {
+  EXPECT_EQ(request(-3), manager->content());
+  EXPECT_EQ(configuration().expirationTimeInterval(), -3.0);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), -3.0);
+  EXPECT_EQ(manager->content()->state(), ContentDataStateFailed);
+  EXPECT_EQ(manager->content()->viewController(), nullptr);
+}
+
+TEST_F(ContentCreationTest, ADurationThatIsNotANumberIsAcceptedAndItsContentLoads) {
+  EXPECT_EQ(request(std::numeric_limits<double>::quiet_NaN()), manager->content());
+  EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
+}
+
+TEST_F(ContentCreationTest, TheDelegateHearsOfTheMainContentsState) {
+  manager->setDelegate(listener);
+  request(5.0);
+  ASSERT_EQ(listener->changes.size(), 1u);
+  EXPECT_EQ(listener->changes[0].resolver, manager);
+  EXPECT_EQ(listener->changes[0].data, manager->content());
+  EXPECT_EQ(listener->changes[0].state, ContentDataStateLoaded);
+}
+
+TEST_F(ContentCreationTest, ARequestWithoutParametersIsAnsweredWithNone) {
+  EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
+  EXPECT_EQ(platform.log.size(), 1u);
+}
+
+TEST_F(ContentCreationTest, NoRequestAtAllIsLikeOneWithoutParameters) {
+  EXPECT_EQ(manager->contentDataForContentRequest(nullptr), nullptr);
+  EXPECT_EQ(platform.log, std::vector<std::string>{
+                              "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
+                              "Content request parameters is nil or empty!"});
+}
+
+TEST_F(ContentCreationTest, ARefusedRequestLeavesTheMainContentAndTheTimeLeftAsTheyWere) {
+  load(5.0);
+  const auto asked = manager->content()->contentRequest();
+  const auto shown = controller();
+  manager->setDelegate(listener);
+  EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("", 7)), nullptr);
+  EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("e", 0)), nullptr);
+  EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
+  EXPECT_EQ(manager->content()->contentRequest(), asked);
+  EXPECT_EQ(controller(), shown);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+TEST_F(ContentCreationTest, ARefusedRequestMakesNoTemporaryContent) {
+  showAnotherLaunchScreen();
+  EXPECT_EQ(request(0), nullptr);
+  EXPECT_EQ(manager->tempContent(), nullptr);
+}
+
+TEST_F(ContentCreationTest, EachAcceptedRequestSeedsTheTimeLeftAndBuildsAnotherController) {
+  load(5.0);
+  const auto former = controller();
+  EXPECT_EQ(request(2.0), manager->content());
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 2.0);
+  EXPECT_NE(controller(), former);
+}
+
+TEST_F(ContentCreationTest, ANewRequestResetsNoFlag) {
+  manager->setAppIsUnfocused(true);
+  manager->setEventWasSended(true);
+  manager->setLaunchScreenExpired(true);
+  manager->setLaunchShouldBeClosed(true);
+  request(5.0);
+  EXPECT_TRUE(manager->appIsUnfocused());
+  EXPECT_TRUE(manager->eventWasSended());
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+}
+
+// The temporary content
+
+TEST_F(ContentCreationTest, WhileALaunchScreenIsShownARequestGetsATemporaryContent) {
+  load(5.0);
+  const auto asked = manager->content()->contentRequest();
+  const auto shown = controller();
+  showAnotherLaunchScreen();
+  const auto other = makeRequest("other", 3.0, "skip");
+  const auto data = manager->contentDataForContentRequest(other);
+  ASSERT_NE(data, nullptr);
+  EXPECT_EQ(data, manager->tempContent());
+  EXPECT_NE(data, manager->content());
+  EXPECT_EQ(data->request(), other);
+  EXPECT_EQ(data->state(), ContentDataStateLoaded);
+  EXPECT_EQ(manager->content()->contentRequest(), asked);
+  EXPECT_EQ(controller(), shown);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
+}
+
+TEST_F(ContentCreationTest, ARequestForATemporaryContentStillRewritesTheConfiguration) {
+  load(5.0);
+  showAnotherLaunchScreen();
+  request(3.0, "skip");
+  EXPECT_EQ(configuration().expirationTimeInterval(), 3.0);
+  EXPECT_TRUE(configuration().skipMode());
+}
+
+TEST_F(ContentCreationTest, TheHostHearsNothingOfATemporaryContent) {
+  showAnotherLaunchScreen();
+  manager->setDelegate(listener);
+  request(3.0);
+  ASSERT_NE(manager->tempContent(), nullptr);
+  EXPECT_EQ(manager->tempContent()->contentDelegate(), nullptr);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+TEST_F(ContentCreationTest, ASecondTemporaryContentTakesThePlaceOfTheFirst) {
+  showAnotherLaunchScreen();
+  const auto hostController = loadTemporaryHostController();
+  const Weak<LaunchScreenContent> first = manager->tempContent();
+  request(4.0);
+  EXPECT_TRUE(first.expired());
+  EXPECT_NE(manager->tempContent(), nullptr);
+  EXPECT_TRUE(hostController->calls.empty());
+}
+
+// The content view
+
+TEST_F(ContentCreationTest, TheContentViewIsTheMainContentWhateverTheArgument) {
+  load(5.0);
+  showAnotherLaunchScreen();
+  EXPECT_EQ(manager->contentViewForContentData(manager->content()), manager->content());
+  EXPECT_EQ(manager->contentViewForContentData(nullptr), manager->content());
+  EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
+}
+
+TEST_F(ContentCreationTest, AskedForTheTemporaryContentsViewItDropsThatAndAnswersTheMainOne) {
+  load(5.0);
+  showAnotherLaunchScreen();
+  const auto hostController = loadTemporaryHostController();
+  const Weak<LaunchScreenContent> temporary = manager->tempContent();
+  EXPECT_EQ(manager->contentViewForContentData(manager->tempContent()), manager->content());
+  EXPECT_EQ(manager->tempContent(), nullptr);
+  EXPECT_TRUE(temporary.expired());
+  EXPECT_TRUE(hostController->calls.empty()) << "it is released, not deactivated";
+}
+
+TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerBehindTheContent) {
+  const auto data = request(5.0);
+  ASSERT_EQ(controller()->delegates()->count(), 1u);
+  manager->contentViewForContentData(data);
+  ASSERT_EQ(controller()->delegates()->count(), 2u);
+  EXPECT_EQ(controller()->delegates()->objectAtIndex(0), manager->content());
+  EXPECT_EQ(controller()->delegates()->objectAtIndex(1), manager);
+}
+
+TEST_F(ContentCreationTest, AskingAgainKeepsTheManagerOnce) {
+  load(5.0);
+  manager->contentViewForContentData(manager->content());
+  EXPECT_EQ(controller()->delegates()->count(), 2u);
+}
+
+TEST_F(ContentCreationTest, EachCallTellsTheControllerToAddTheManager) {
+  const auto hostController = loadHostController(5.0);
+  EXPECT_EQ(hostController->delegate, manager);
+  manager->contentViewForContentData(nullptr);
+  EXPECT_EQ(hostController->calls, (std::vector<std::string>{"addDelegate", "addDelegate"}));
+}
+
+TEST_F(ContentCreationTest, WithoutAControllerTheViewIsAnsweredAllTheSame) {
+  EXPECT_EQ(manager->contentViewForContentData(nullptr), manager->content());
+  EXPECT_EQ(manager->content()->viewController(), nullptr);
+}
+
+// Deactivation
+
+TEST_F(ContentCreationTest, DeactivatingDropsBothContentsAndEmptiesTheirControllers) {
+  load(5.0);
+  const auto shown = controller();
+  showAnotherLaunchScreen();
+  request(3.0);
+  const auto other = as<LaunchScreenViewController>(manager->tempContent()->viewController());
+  manager->deactivate();
+  EXPECT_EQ(manager->content(), nullptr);
+  EXPECT_EQ(manager->tempContent(), nullptr);
+  EXPECT_EQ(shown->delegates()->count(), 0u);
+  EXPECT_EQ(other->delegates()->count(), 0u);
+}
+
+TEST_F(ContentCreationTest, TheMainContentIsDeactivatedAndDroppedBeforeTheTemporaryOne) {
+  const auto main = loadHostController(5.0);
+  showAnotherLaunchScreen();
+  const auto temporary = loadTemporaryHostController();
+  temporary->once([&] {
+    EXPECT_EQ(main->calls.back(), "deactivate");
+    EXPECT_EQ(manager->content(), nullptr);
+    EXPECT_NE(manager->tempContent(), nullptr);
+  });
+  manager->deactivate();
+  EXPECT_EQ(temporary->calls, std::vector<std::string>{"deactivate"});
+}
+
+TEST_F(ContentCreationTest, DeactivatingTwiceOrWithoutContentsIsHarmless) {
+  manager->deactivate();
+  manager->deactivate();
+  EXPECT_EQ(manager->content(), nullptr);
+  EXPECT_EQ(manager->contentViewForContentData(nullptr), nullptr);
+}
+
+TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndAnsweredWithNone) {
+  manager->deactivate();
+  EXPECT_EQ(request(5.0, "skip"), nullptr);
+  EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
+  EXPECT_TRUE(configuration().skipMode());
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ContentCreationTest, AfterDeactivationARequestMayStillGetATemporaryContent) {
+  manager->deactivate();
+  showAnotherLaunchScreen();
+  EXPECT_NE(request(5.0), nullptr);
+  EXPECT_NE(manager->tempContent(), nullptr);
+}
+
+// From another thread
+
+TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsControllerExists) {
+  manager->setDelegate(listener);
+  Strong<ContentData> data;
+  onAnotherThread([&] { data = request(5.0); });
+  EXPECT_EQ(data, manager->content());
+  EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
+  EXPECT_EQ(data->state(), 0u);
+  EXPECT_EQ(manager->content()->viewController(), nullptr);
+  EXPECT_TRUE(listener->changes.empty());
+
+  platform.runDue();
+  EXPECT_NE(manager->content()->viewController(), nullptr);
+  ASSERT_EQ(listener->changes.size(), 1u);
+  EXPECT_EQ(listener->changes[0].state, ContentDataStateLoaded);
+  EXPECT_TRUE(listener->changes[0].onMainThread);
+}
+
+TEST_F(ContentCreationTest, FromAnotherThreadARefusedRequestIsAnsweredWithNone) {
+  Strong<ContentData> data = manager->content();
+  onAnotherThread([&] { data = request(0.0); });
+  EXPECT_EQ(data, nullptr);
+  EXPECT_EQ(platform.log.size(), 1u);
+  platform.runDue();
+  EXPECT_EQ(manager->content()->state(), 0u);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,247 @@
+// The content as the host sees it: presented, dismissed, and passing on what its controller tells.
+#include <limits>
+
+#include "Tests/Support/CoverFixture.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+class ContentPresentationTest : public CoverTest {
+ protected:
+  ~ContentPresentationTest() override { content->deactivate(); }
+
+  static std::string lineWithMode(std::string_view mode) {
+    return "LaunchScreenContent (-[LaunchScreenContent presentForWindow:withPresentationMode:]) "
+           "mode: " +
+           std::string(mode);
+  }
+  // Gives the content a controller that only notes what it is asked to do.
+  Strong<HostController> takesHostController() {
+    auto controller = make<HostController>();
+    content->setInternalViewController(controller);
+    return controller;
+  }
+
+  Strong<LaunchScreenContent> content = LaunchScreenContent::init();
+};
+
+// One object
+
+TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItself) {
+  EXPECT_EQ(content->data(), content);
+  EXPECT_EQ(content->presentation(), content);
+  EXPECT_EQ(content->getContentView(), content);
+}
+
+TEST_F(ContentPresentationTest, TheViewControllerIsTheInternalOne) {
+  EXPECT_EQ(content->viewController(), nullptr);
+  content->setInternalViewController(cover);
+  EXPECT_EQ(content->viewController(), cover);
+}
+
+TEST_F(ContentPresentationTest, ItIsKnownByItsClassName) {
+  EXPECT_EQ(content->className(), "LaunchScreenContent");
+}
+
+TEST_F(ContentPresentationTest, ItDoesNotRespondToRewardedOrCompletedView) {
+  const Strong<CVPresentation> presentation = content->presentation();
+  EXPECT_FALSE(respondsTo<&CVPresentation::rewarded>(presentation));
+  EXPECT_FALSE(respondsTo<&CVPresentation::completedView>(presentation));
+}
+
+TEST_F(ContentPresentationTest, AsADelegateItRespondsToAllThatItsControllerTells) {
+  using Delegate = LaunchScreenViewControllerDelegate;
+  const Strong<Delegate> delegate = content;
+  EXPECT_TRUE(respondsTo<&Delegate::launchScreenControllerWillPresent>(delegate));
+  EXPECT_TRUE(respondsTo<&Delegate::canLaunchScreenControllerDismiss>(delegate));
+  EXPECT_TRUE(respondsTo<&Delegate::launchScreenControllerDidDismiss>(delegate));
+}
+
+// Presenting
+
+TEST_F(ContentPresentationTest, HostModesAreTranslatedWithOneAndTwoSwapped) {
+  constexpr auto kGreatest = std::numeric_limits<std::int32_t>::max();
+  constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();
+  const std::vector<std::pair<std::int32_t, LaunchScreenPresentationMode>> table{
+      {0, 0}, {1, 2}, {2, 1}, {3, 2}, {-1, 2}, {-2, 2}, {kGreatest, 2}, {kLeast, 2}};
+  const auto controller = takesHostController();
+  const auto window = openPlayerWindow();
+  for (const auto& [hostMode, mode] : table) {
+    controller->mode = -1;
+    content->presentForWindowWithPresentationMode(window, hostMode);
+    EXPECT_EQ(controller->mode, mode) << "host mode " << hostMode;
+    EXPECT_EQ(controller->window, window);
+  }
+  EXPECT_EQ(controller->calls, Lines(table.size(), "present"));
+}
+
+TEST_F(ContentPresentationTest, TheLogLineShowsTheHostsModeAsAnUnsignedNumber) {
+  const auto controller = takesHostController();
+  for (const std::int32_t hostMode : {0, 1, 2, 3, -1}) {
+    content->presentForWindowWithPresentationMode(nullptr, hostMode);
+  }
+  EXPECT_EQ(platform.log, (Lines{lineWithMode("0"), lineWithMode("1"), lineWithMode("2"),
+                                 lineWithMode("3"), lineWithMode("4294967295")}));
+}
+
+TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
+  content->setInternalViewController(cover);
+  bool presented = false;
+  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+    presented = true;
+    EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
+  });
+  content->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
+  EXPECT_TRUE(presented);
+}
+
+TEST_F(ContentPresentationTest, WithoutAControllerPresentingLogsAndDoesNothingElse) {
+  const auto window = openPlayerWindow();
+  content->presentForWindowWithPresentationMode(window, 0);
+  EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
+  EXPECT_TRUE(window->contentView()->subviews().empty());
+}
+
+TEST_F(ContentPresentationTest, TheWindowMayBeNone) {
+  const auto controller = takesHostController();
+  controller->window = openPlayerWindow();
+  content->presentForWindowWithPresentationMode(nullptr, 2);
+  EXPECT_EQ(controller->window, nullptr);
+  EXPECT_EQ(controller->mode, 1);
+}
+
+TEST_F(ContentPresentationTest, TheContentDoesNotKeepTheWindow) {
+  const auto controller = takesHostController();
+  Strong<NSWindow> window = openPlayerWindow();
+  content->presentForWindowWithPresentationMode(window, 0);
+  controller->window = nullptr;
+  window->close();
+  const Weak<NSWindow> gone = std::exchange(window, nullptr);
+  EXPECT_TRUE(gone.expired());
+}
+
+// Dismissing
+
+TEST_F(ContentPresentationTest, DismissingTakesTheCoverDownWithoutAskingAnybody) {
+  content->setInternalViewController(cover);
+  const auto delegate = addDelegate("first");
+  delegate->agrees = false;
+  content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
+  taken();
+  content->dismissViewController();
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",  //
+                            "viewDidDisappear", "first: did dismiss"}));
+}
+
+TEST_F(ContentPresentationTest, DismissingSendsOneMessageAndLogsNothing) {
+  const auto controller = takesHostController();
+  content->dismissViewController();
+  EXPECT_EQ(controller->calls, Lines{"dismiss"});
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ContentPresentationTest, WithoutAControllerDismissingDoesNothing) {
+  content->dismissViewController();
+  EXPECT_TRUE(platform.log.empty());
+}
+
+// What the controller tells is passed on to the host
+
+class ContentForwardingTest : public ContentPresentationTest {
+ protected:
+  ContentForwardingTest() { content->setDelegate(host); }
+
+  Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
+};
+
+TEST_F(ContentForwardingTest, WillPresentIsPassedOnAsWillAppear) {
+  content->launchScreenControllerWillPresent(cover);
+  EXPECT_EQ(taken(), Lines{"host: will appear"});
+  EXPECT_EQ(host->view.lock(), content);
+}
+
+TEST_F(ContentForwardingTest, TheQuestionIsPassedOnAndTheHostsAnswerIsTheAnswer) {
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  host->agrees = false;
+  EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "host: can disappear"}));
+  EXPECT_EQ(host->view.lock(), content);
+}
+
+TEST_F(ContentForwardingTest, DidDismissIsPassedOnAsDidDisappear) {
+  content->launchScreenControllerDidDismiss(cover);
+  EXPECT_EQ(taken(), Lines{"host: did disappear"});
+  EXPECT_EQ(host->view.lock(), content);
+}
+
+TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
+  host->agrees = false;
+  for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
+                              HostCall::DidDisappear}) {
+    host->lack(call);
+  }
+  content->launchScreenControllerWillPresent(cover);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  content->launchScreenControllerDidDismiss(cover);
+  EXPECT_EQ(taken(), Lines{});
+}
+
+TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
+  host->lack(HostCall::CanDisappear);
+  content->launchScreenControllerWillPresent(cover);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  content->launchScreenControllerDidDismiss(cover);
+  EXPECT_EQ(taken(), (Lines{"host: will appear", "host: did disappear"}));
+}
+
+TEST_F(ContentForwardingTest, WithoutAHostDelegateNobodyIsToldAndTheAnswerIsYes) {
+  content->setDelegate(nullptr);
+  content->launchScreenControllerWillPresent(cover);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+  content->launchScreenControllerDidDismiss(cover);
+  EXPECT_EQ(taken(), Lines{});
+}
+
+TEST_F(ContentForwardingTest, TheHostDelegateIsNotKeptAlive) {
+  const Weak<HostViewDelegate> gone = std::exchange(host, nullptr);
+  EXPECT_TRUE(gone.expired());
+  EXPECT_EQ(content->delegate(), nullptr);
+  EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
+}
+
+TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherTheHostDoesNotHearThatItHasGone) {
+  cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
+  taken();
+  content->launchScreenControllerDidDismiss(cover);
+  EXPECT_EQ(taken(), Lines{});
+  cover->dismissViewController(cover->presentedViewControllers().front());
+}
+
+TEST_F(ContentForwardingTest, TheControllerGivenIsTheOneThatIsAskedWhatItPresents) {
+  const auto other = LaunchScreenViewController::init();
+  content->setInternalViewController(other);
+  other->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
+  taken();
+  content->launchScreenControllerDidDismiss(cover);
+  content->launchScreenControllerDidDismiss(nullptr);
+  EXPECT_EQ(taken(), (Lines{"host: did disappear", "host: did disappear"}));
+}
+
+TEST_F(ContentForwardingTest, APresentationRunsThroughTheHostsDelegate) {
+  content->setContentRequest(makeRequest(NSDictionary::dictionary()));
+  content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
+  EXPECT_EQ(taken(), (Lines{"window opened", "viewWillAppear", "host: will appear", "window opened",
+                            "viewDidAppear"}));
+  const auto controller = content->viewController();
+  host->agrees = false;
+  controller->dismissViewController(controller);
+  EXPECT_EQ(taken(), Lines{"host: can disappear"});
+  host->agrees = true;
+  controller->dismissViewController(controller);
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "host: did disappear"}));
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,358 @@
+// The content takes a request, builds its controller and reports its state.
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSThread.h"
+#include "Tests/Support/CoverFixture.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+/// A content delegate that notes each state it hears of, and what else there was to see then.
+class ContentListener final
+    : public Class<ContentListener, "ContentListener", NSObject, LaunchScreenContentDelegate> {
+ public:
+  struct Change {
+    ContentDataState state = 0;
+    std::string error;  // empty for none
+    bool onMainThread = false;
+    bool operator==(const Change&) const = default;
+  };
+
+  void contentDataDidChangeState(const Strong<ContentData>& data) override {
+    const Strong<NSError> error = data->error();
+    changes.push_back(
+        {data->state(), std::string(send(error, &NSError::domain)), NSThread::isMainThread()});
+    lastData = data;
+    if (keepsError) {
+      kept = error;
+    }
+    if (whenToldNext) {
+      std::exchange(whenToldNext, nullptr)();
+    }
+  }
+
+  std::vector<Change> changes;
+  Weak<ContentData> lastData;
+  bool keepsError = false;
+  Strong<NSError> kept;
+  std::function<void()> whenToldNext;
+};
+
+/// A content delegate that has no operation at all.
+class SilentListener final
+    : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {};
+
+using Changes = std::vector<ContentListener::Change>;
+
+constexpr auto kNoParameters = "ContentRequest parameters is NIL";
+constexpr auto kNoController = "LaunchScreen view controller is NIL";
+
+class ContentStateTest : public CoverTest {
+ protected:
+  ContentStateTest() { content->setContentDelegate(listener); }
+  ~ContentStateTest() override { content->deactivate(); }
+
+  static Strong<ContentRequest> request() { return makeRequest(NSDictionary::dictionary()); }
+  static Strong<ContentRequest> requestWithoutParameters() {
+    return makeRequest(Strong<NSDictionary>());
+  }
+
+  Strong<ContentListener> listener = make<ContentListener>();
+  Strong<LaunchScreenContent> content = LaunchScreenContent::init();
+};
+
+TEST_F(ContentStateTest, AFreshContentHasStateZeroAndNothingElse) {
+  const auto fresh = LaunchScreenContent::init();
+  EXPECT_EQ(fresh->state(), 0u);
+  EXPECT_EQ(fresh->request(), nullptr);
+  EXPECT_EQ(fresh->error(), nullptr);
+  EXPECT_EQ(fresh->internalViewController(), nullptr);
+  EXPECT_EQ(fresh->delegate(), nullptr);
+  EXPECT_EQ(fresh->contentDelegate(), nullptr);
+}
+
+TEST_F(ContentStateTest, TheStatesHaveTheirValues) {
+  EXPECT_EQ(ContentDataStateLoaded, 3u);
+  EXPECT_EQ(ContentDataStateFailed, 4u);
+}
+
+// On the main thread
+
+TEST_F(ContentStateTest, ARequestMakesAControllerThatHasTheContentAsDelegateAndIsLoaded) {
+  content->setContentRequest(request());
+  const auto controller = as<LaunchScreenViewController>(content->internalViewController());
+  ASSERT_NE(controller, nullptr);
+  ASSERT_EQ(controller->delegates()->count(), 1u);
+  EXPECT_EQ(controller->delegates()->objectAtIndex(0), content);
+  EXPECT_EQ(content->state(), ContentDataStateLoaded);
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
+  EXPECT_EQ(listener->lastData.lock(), content);
+}
+
+TEST_F(ContentStateTest, TheRequestIsKeptAndAnswered) {
+  Strong<ContentRequest> asked = request();
+  content->setContentRequest(asked);
+  EXPECT_EQ(content->request(), asked);
+  EXPECT_EQ(content->contentRequest(), asked);
+  const Weak<ContentRequest> kept = std::exchange(asked, nullptr);
+  EXPECT_FALSE(kept.expired());
+}
+
+TEST_F(ContentStateTest, ARequestWithoutParametersFailsWithItsErrorAndMakesNoController) {
+  content->setContentRequest(requestWithoutParameters());
+  EXPECT_EQ(content->state(), ContentDataStateFailed);
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  ASSERT_NE(content->error(), nullptr);
+  EXPECT_EQ(content->error()->domain(), kNoParameters);
+  EXPECT_EQ(content->error()->code(), 404);
+  EXPECT_EQ(content->error()->userInfo(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
+}
+
+TEST_F(ContentStateTest, NoRequestAtAllFailsLikeOneWithoutParameters) {
+  content->setContentRequest(nullptr);
+  EXPECT_EQ(content->request(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
+}
+
+TEST_F(ContentStateTest, ARefusedControllerFailsWithItsError) {
+  configuration().setExpirationTimeInterval(0);
+  content->setContentRequest(request());
+  EXPECT_EQ(content->state(), ContentDataStateFailed);
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  ASSERT_NE(content->error(), nullptr);
+  EXPECT_EQ(content->error()->domain(), kNoController);
+  EXPECT_EQ(content->error()->code(), 404);
+  EXPECT_EQ(content->error()->userInfo(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
+}
+
+TEST_F(ContentStateTest, NoFailureIsLogged) {
+  content->setContentRequest(requestWithoutParameters());
+  configuration().setExpirationTimeInterval(0);
+  content->setContentRequest(request());
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(ContentStateTest, ALaterRequestStartsAgainWithAControllerOfItsOwn) {
+  content->setContentRequest(request());
+  const auto first = content->internalViewController();
+  content->setContentRequest(request());
+  EXPECT_NE(content->internalViewController(), nullptr);
+  EXPECT_NE(content->internalViewController(), first);
+  EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
+}
+
+TEST_F(ContentStateTest, LaterRequestsMoveTheStateFromLoadedToFailedAndBack) {
+  content->setContentRequest(request());
+  content->setContentRequest(requestWithoutParameters());
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  content->setContentRequest(request());
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {4, kNoParameters, true}, {3, "", true}}));
+}
+
+// A controller of the host's own
+
+TEST_F(ContentStateTest, AConfiguredControllerIsTakenAsItIsWithoutAStateOrADelegate) {
+  const auto configured = make<HostController>();
+  configuration().setViewController(configured);
+  content->setContentRequest(request());
+  EXPECT_EQ(content->internalViewController(), configured);
+  EXPECT_EQ(content->viewController(), configured);
+  EXPECT_EQ(configured->calls, Lines{});
+  EXPECT_EQ(content->state(), 0u);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+TEST_F(ContentStateTest, AConfiguredControllerLeavesTheStateOfBeforeAndClearsTheError) {
+  content->setContentRequest(requestWithoutParameters());
+  configuration().setViewController(make<HostController>());
+  content->setContentRequest(request());
+  EXPECT_EQ(content->state(), ContentDataStateFailed);
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(listener->changes.size(), 1u);
+}
+
+TEST_F(ContentStateTest, AConfiguredControllerIsNotLookedAtForARequestWithoutParameters) {
+  configuration().setViewController(make<HostController>());
+  content->setContentRequest(requestWithoutParameters());
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  EXPECT_EQ(content->state(), ContentDataStateFailed);
+}
+
+TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
+  const auto configured = make<HostController>();
+  configuration().setViewController(configured);
+  onAnotherThread([this] { content->setContentRequest(request()); });
+  EXPECT_EQ(content->internalViewController(), configured);
+  platform.runDue();
+  EXPECT_EQ(content->internalViewController(), configured);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+// Off the main thread
+
+TEST_F(ContentStateTest, OffTheMainThreadTheCallerReturnsBeforeTheControllerIsMade) {
+  onAnotherThread([this] { content->setContentRequest(request()); });
+  EXPECT_EQ(content->state(), 0u);
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  EXPECT_TRUE(listener->changes.empty());
+  platform.runDue();
+  EXPECT_NE(content->internalViewController(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
+}
+
+TEST_F(ContentStateTest, OffTheMainThreadARequestWithoutParametersFailsAtOnceOnThatThread) {
+  listener->keepsError = true;
+  onAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
+  EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, false}}));
+  EXPECT_EQ(content->error(), listener->kept);
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsMade) {
+  onAnotherThread([this] { content->setContentRequest(request()); });
+  const Weak<LaunchScreenContent> waiting = std::exchange(content, LaunchScreenContent::init());
+  EXPECT_FALSE(waiting.expired());
+  configuration().setExpirationTimeInterval(0);  // so that no controller keeps it afterwards
+  platform.runDue();
+  EXPECT_TRUE(waiting.expired());
+  EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
+}
+
+TEST_F(ContentStateTest, TheIntervalThatCountsIsTheOneWhenTheControllerIsMade) {
+  configuration().setExpirationTimeInterval(0);
+  onAnotherThread([this] { content->setContentRequest(request()); });
+  configuration().setExpirationTimeInterval(1);
+  platform.runDue();
+  EXPECT_EQ(content->state(), ContentDataStateLoaded);
+}
+
+TEST_F(ContentStateTest, WhereTheSecondOfTwoWaitingRequestsGetsNoControllerTheFirstOnesServes) {
+  onAnotherThread([this] {
+    content->setContentRequest(request());
+    content->setContentRequest(request());
+  });
+  Strong<LaunchScreenViewControllerProtocol> first;
+  listener->whenToldNext = [&] {
+    first = content->internalViewController();
+    configuration().setExpirationTimeInterval(0);
+  };
+  platform.runDue();
+  EXPECT_NE(first, nullptr);
+  EXPECT_EQ(content->internalViewController(), first);
+  EXPECT_EQ(as<LaunchScreenViewController>(first)->delegates()->count(), 1u);
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
+}
+
+// The state's setter
+
+TEST_F(ContentStateTest, TheSameStateTwiceIsToldTwice) {
+  content->setState(7);
+  content->setState(7);
+  EXPECT_EQ(content->state(), 7u);
+  EXPECT_EQ(listener->changes, (Changes{{7, "", true}, {7, "", true}}));
+}
+
+TEST_F(ContentStateTest, AContentDelegateThatLacksTheOperationIsNotTold) {
+  const auto silent = make<SilentListener>();
+  content->setContentDelegate(silent);
+  content->setState(7);
+  EXPECT_EQ(content->state(), 7u);
+}
+
+TEST_F(ContentStateTest, TheContentDelegateIsNotKeptAlive) {
+  const Weak<ContentListener> gone = std::exchange(listener, nullptr);
+  EXPECT_TRUE(gone.expired());
+  EXPECT_EQ(content->contentDelegate(), nullptr);
+  content->setState(7);
+  EXPECT_EQ(content->state(), 7u);
+}
+
+// The error's life
+
+TEST_F(ContentStateTest, AnErrorNobodyKeepsIsGoneAfterThePassOfTheRunLoop) {
+  content->setContentRequest(requestWithoutParameters());
+  EXPECT_NE(content->error(), nullptr);
+  platform.run(0.1);
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(content->state(), ContentDataStateFailed);
+}
+
+TEST_F(ContentStateTest, AnErrorMadeInAPassLivesUntilItsEnd) {
+  configuration().setExpirationTimeInterval(0);
+  onAnotherThread([this] { content->setContentRequest(request()); });
+  std::string later;
+  dispatch_async(dispatch_get_main_queue(),
+                 [&] { later = send(content->error(), &NSError::domain); });
+  platform.runDue();
+  EXPECT_EQ(later, kNoController);
+  EXPECT_EQ(content->error(), nullptr);
+}
+
+TEST_F(ContentStateTest, AnErrorThatItsReaderKeepsStays) {
+  listener->keepsError = true;
+  content->setContentRequest(requestWithoutParameters());
+  platform.run(0.1);
+  ASSERT_NE(content->error(), nullptr);
+  EXPECT_EQ(content->error(), listener->kept);
+}
+
+TEST_F(ContentStateTest, AnErrorThatIsSetIsNotKeptAlive) {
+  auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
+  content->setInternalError(error);
+  EXPECT_EQ(content->error(), error);
+  EXPECT_EQ(error.use_count(), 1);
+  error = nullptr;
+  EXPECT_EQ(content->error(), nullptr);
+}
+
+// Deactivation
+
+TEST_F(ContentStateTest, DeactivationDropsControllerAndErrorAndKeepsStateRequestAndDelegates) {
+  const auto asked = request();
+  const auto host = make<HostViewDelegate>("host", journal);
+  const auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
+  content->setContentRequest(asked);
+  content->setDelegate(host);
+  content->setInternalError(error);
+  listener->changes.clear();
+  content->deactivate();
+  EXPECT_EQ(content->viewController(), nullptr);
+  EXPECT_EQ(content->internalViewController(), nullptr);
+  EXPECT_EQ(content->error(), nullptr);
+  EXPECT_EQ(content->state(), ContentDataStateLoaded);
+  EXPECT_EQ(content->request(), asked);
+  EXPECT_EQ(content->delegate(), host);
+  EXPECT_EQ(content->contentDelegate(), listener);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+TEST_F(ContentStateTest, DeactivationMakesTheControllerForgetItsDelegates) {
+  content->setContentRequest(request());
+  const auto controller = as<LaunchScreenViewController>(content->internalViewController());
+  controller->addDelegate(make<CoverDelegate>("other", journal));
+  content->deactivate();
+  EXPECT_EQ(controller->delegates()->count(), 0u);
+}
+
+TEST_F(ContentStateTest, DeactivationTellsAConfiguredControllerToo) {
+  const auto configured = make<HostController>();
+  configuration().setViewController(configured);
+  content->setContentRequest(request());
+  content->deactivate();
+  EXPECT_EQ(configured->calls, Lines{"deactivate"});
+}
+
+TEST_F(ContentStateTest, DeactivationWithoutAControllerAndASecondOneDoNothing) {
+  content->deactivate();
+  content->deactivate();
+  EXPECT_EQ(content->state(), 0u);
+  EXPECT_TRUE(listener->changes.empty());
+}
+
+}  // namespace
+}  // namespace vel::test

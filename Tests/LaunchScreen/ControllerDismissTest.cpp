@@ -1,0 +1,286 @@
+// The cover's controller is taken down, without asking anybody.
+#include <limits>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/CoverFixture.h"
+
+namespace vel::test {
+namespace {
+
+class ControllerDismissTest : public CoverTest {
+ protected:
+  void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
+    cover->presentForWindowWithPresentationMode(window, mode);
+    taken();
+  }
+  void embed(const Strong<NSWindow>& window) { present(window, LaunchScreenPresentationEmbedded); }
+};
+
+// Modal window, sheet and any other mode
+
+TEST_F(ControllerDismissTest, AModalWindowIsClosed) {
+  const auto window = openPlayerWindowWithContentViewController();
+  present(window, LaunchScreenPresentationModalWindow);
+  addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
+                            "first: did dismiss"}));
+  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_EQ(cover->presentingViewController(), nullptr);
+  EXPECT_EQ(NSApp->modalWindow(), nullptr);
+  EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(ControllerDismissTest, ASheetIsClosed) {
+  const auto window = openPlayerWindowWithContentViewController();
+  present(window, LaunchScreenPresentationSheet);
+  addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
+                            "first: did dismiss"}));
+  EXPECT_TRUE(window->sheets().empty());
+  EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(ControllerDismissTest, WhatIsClosedIsTheWindowThatShowsTheViewWhicheverThatIs) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  cover->setPresentationMode(LaunchScreenPresentationSheet);
+  cover->dismiss();
+  EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(ControllerDismissTest, WithoutAWindowThereIsNothingToClose) {
+  const auto window = openPlayerWindow();
+  addDelegate("first");
+  taken();
+  for (const LaunchScreenPresentationMode mode : {1, 2}) {
+    cover->setPresentationMode(mode);
+    cover->dismiss();
+  }
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  addDelegate("first");
+  for (const LaunchScreenPresentationMode mode :
+       {3, -1, std::numeric_limits<std::int32_t>::min()}) {
+    cover->setPresentationMode(mode);
+    cover->dismiss();
+  }
+  platform.run(2);
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->view()->window(), window);
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+}
+
+// Embedded without a parent
+
+TEST_F(ControllerDismissTest, ATrackedCoverTellsItsDelegatesAtOnceAndStaysOnScreen) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  const auto first = addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(cover->view()->window(), window);
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+}
+
+TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownExactlyOneSecondLater) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  addDelegate("first");
+  platform.run(0.25);
+  cover->dismiss();
+  taken();
+  platform.run(0.999999999);
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->view()->window(), window);
+  platform.run(0.000000001);
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15"}));
+  EXPECT_EQ(cover->view()->superview(), nullptr);
+  EXPECT_TRUE(window->contentView()->subviews().empty());
+  EXPECT_TRUE(tracksNothing());
+}
+
+TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownInEveryModeOfTheRunLoop) {
+  for (const NSRunLoopMode mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
+    embed(openPlayerWindow());
+    cover->dismiss();
+    NSApp->setRunLoopMode(mode);
+    platform.run(1);
+    EXPECT_TRUE(tracksNothing());
+  }
+}
+
+TEST_F(ControllerDismissTest, TakenDownATrackedCoverLeavesItsParentToo) {
+  embed(openPlayerWindow());
+  const auto parent = make<NamedViewController>("Parent");
+  parent->addChildViewController(cover);
+  cover->dismiss();
+  EXPECT_EQ(cover->parentViewController(), parent);
+  platform.run(1);
+  EXPECT_EQ(cover->parentViewController(), nullptr);
+}
+
+TEST_F(ControllerDismissTest, DismissingDoesNotGiveTheStyleBackItself) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  cover->dismiss();
+  platform.run(0.5);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(cover->appWindow(), window);
+  platform.run(0.5);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+}
+
+TEST_F(ControllerDismissTest, AnyEmbeddedControllerTakesDownTheTrackedOne) {
+  embed(openPlayerWindow());
+  const auto first = addDelegate("first");
+  const auto other = LaunchScreenViewController::init();
+  addDelegate("other", other);
+  other->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(first->teller.lock(), cover);
+  platform.run(1);
+  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_TRUE(tracksNothing());
+}
+
+TEST_F(ControllerDismissTest, WhatIsTakenDownIsWhatIsTrackedByThen) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  cover->dismiss();
+  platform.run(0.5);
+  const auto second = LaunchScreenViewController::init();
+  second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
+  platform.run(0.5);
+  EXPECT_EQ(second->view()->window(), nullptr);
+  EXPECT_EQ(cover->view()->window(), window);
+  EXPECT_TRUE(tracksNothing());
+}
+
+TEST_F(ControllerDismissTest, TwiceWithinTheSecondTheDelegatesAreToldTwice) {
+  embed(openPlayerWindow());
+  addDelegate("first");
+  cover->dismiss();
+  platform.run(0.5);
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss",  //
+                            "viewDidDisappear", "first: did dismiss"}));
+  platform.run(0.5);
+  EXPECT_TRUE(tracksNothing());
+  platform.run(0.5);
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15"}));
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+TEST_F(ControllerDismissTest, AControllerThatLosesItsPlaceWhileItTellsLivesUntilAllAreTold) {
+  embed(openPlayerWindow());
+  const auto second = LaunchScreenViewController::init();
+  const auto elsewhere = openWindow("PlayerWindow");
+  addDelegate("first")->once(CoverCall::DidDismiss,
+                             [&] { second->presentForWindowWithPresentationMode(elsewhere, 0); });
+  const auto last = addDelegate("last");
+  const Weak<LaunchScreenViewController> told = std::exchange(cover, nullptr);
+  taken();
+  second->dismiss();
+  EXPECT_EQ(taken().back(), "last: did dismiss");
+  EXPECT_TRUE(told.expired());
+  EXPECT_TRUE(tracks(elsewhere->contentView(), second));
+}
+
+// Embedded, and not fully tracked
+
+TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItTellsAtOnceAndStaysTracked) {
+  embed(nullptr);
+  const auto first = addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), Lines{"first: did dismiss"});
+  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_TRUE(tracks(nullptr, cover));
+}
+
+TEST_F(ControllerDismissTest, WithAnyReferenceMissingTheViewGoesAtOnceAndTheRestStaysTracked) {
+  const auto window = openPlayerWindow();
+  embed(window);
+  embedded_cover::selfView = nullptr;
+  cover->dismiss();
+  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_EQ(embedded_cover::superView, window->contentView());
+  EXPECT_EQ(embedded_cover::selfController, cover);
+
+  embed(window);
+  embedded_cover::selfController = nullptr;
+  cover->dismiss();
+  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_EQ(embedded_cover::selfView, cover->view());
+
+  embed(window);
+  embedded_cover::superView = nullptr;
+  cover->dismiss();
+  EXPECT_EQ(cover->view()->window(), nullptr);
+  EXPECT_EQ(embedded_cover::selfController, cover);
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceTheDelegatesHearOfItTwice) {
+  embed(openPlayerWindow());
+  embedded_cover::superView = nullptr;
+  addDelegate("first");
+  addDelegate("second")->lack(CoverCall::DidDismiss);
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",           // the platform takes it off
+                            "viewDidDisappear", "first: did dismiss",  // and the last step tells
+                            "first: did dismiss"}));                   // and so does the dismissal
+}
+
+TEST_F(ControllerDismissTest, ADelegateThatChangesTheListWhileToldRaisesTheMutationError) {
+  embed(nullptr);
+  addDelegate("first")->once(CoverCall::DidDismiss, [this] { addDelegate("late"); });
+  addDelegate("second");
+  EXPECT_THROW(cover->dismiss(), NSCollectionMutatedError);
+  EXPECT_EQ(taken(), Lines{"first: did dismiss"});
+}
+
+// Embedded under a content view controller
+
+TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildGoAtOnce) {
+  const auto window = openPlayerWindowWithContentViewController();
+  embed(window);
+  addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",  //
+                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(cover->view()->superview(), nullptr);
+  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_TRUE(window->contentViewController()->childViewControllers().empty());
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+TEST_F(ControllerDismissTest, UnderAParentTheDismissalItselfTellsNobody) {
+  const auto window = openPlayerWindowWithContentViewController();
+  window->close();  // so that the platform has no step to send
+  embed(window);
+  addDelegate("first");
+  cover->dismiss();
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->view()->superview(), nullptr);
+  EXPECT_EQ(cover->parentViewController(), nullptr);
+}
+
+TEST_F(ControllerDismissTest, WithoutAContentViewControllerAParentIsKept) {
+  embed(nullptr);
+  const auto parent = make<NamedViewController>("Parent");
+  parent->addChildViewController(cover);
+  cover->dismiss();
+  EXPECT_EQ(cover->parentViewController(), parent);
+}
+
+}  // namespace
+}  // namespace vel::test

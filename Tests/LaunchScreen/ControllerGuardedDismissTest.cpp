@@ -1,0 +1,203 @@
+// The cover's controller dismisses itself if every delegate agrees.
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/CoverFixture.h"
+
+namespace vel::test {
+namespace {
+
+constexpr LaunchScreenPresentationMode kEmbedded = LaunchScreenPresentationEmbedded;
+constexpr LaunchScreenPresentationMode kModalWindow = LaunchScreenPresentationModalWindow;
+constexpr LaunchScreenPresentationMode kSheet = LaunchScreenPresentationSheet;
+
+class ControllerGuardedDismissTest : public CoverTest {
+ protected:
+  void present(LaunchScreenPresentationMode mode) {
+    cover->presentForWindowWithPresentationMode(window, mode);
+    taken();
+  }
+  [[nodiscard]] bool isShown() const { return cover->view()->window() != nullptr; }
+
+  Strong<NSWindow> window = openPlayerWindowWithContentViewController();
+};
+
+// Who is asked, and what counts
+
+TEST_F(ControllerGuardedDismissTest, YesAndNoBlockTheDismissalAndBothAreAskedInTheirOrder) {
+  present(kEmbedded);
+  addDelegate("first");
+  addDelegate("second")->agrees = false;
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "second: can dismiss"}));
+  EXPECT_TRUE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, AllAreAskedEvenAfterANo) {
+  present(kEmbedded);
+  addDelegate("first")->agrees = false;
+  addDelegate("second");
+  addDelegate("third")->agrees = false;
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "second: can dismiss", "third: can dismiss"}));
+  EXPECT_TRUE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
+  present(kEmbedded);
+  addDelegate("first")->agrees = false;
+  cover->dismissViewController(cover);
+  EXPECT_TRUE(platform.log.empty());
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(cover->presentationMode(), kEmbedded);
+  EXPECT_EQ(cover->parentViewController(), window->contentViewController());
+  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+}
+
+TEST_F(ControllerGuardedDismissTest, ADelegateIsAskedWithTheControllerThatIsToGo) {
+  present(kModalWindow);
+  const auto first = addDelegate("first");
+  first->agrees = false;
+  cover->dismissViewController(make<NamedViewController>("Other"));
+  EXPECT_EQ(first->teller.lock(), cover);
+}
+
+TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
+  present(kEmbedded);
+  const auto first = addDelegate("first");
+  first->lack(CoverCall::CanDismiss);
+  first->agrees = false;
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken().front(), "style 15");
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayItGoesAhead) {
+  present(kEmbedded);
+  cover->dismissViewController(cover);
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItGoesAhead) {
+  present(kEmbedded);
+  cover->addDelegate(nullptr);
+  cover->dismissViewController(cover);
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListWhileAskedRaisesTheMutationError) {
+  present(kEmbedded);
+  addDelegate("first")->once(CoverCall::CanDismiss, [this] { cover->deactivate(); });
+  EXPECT_THROW(cover->dismissViewController(cover), NSCollectionMutatedError);
+  EXPECT_TRUE(isShown());
+}
+
+// What then happens
+
+TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentTheStyleIsGivenBackThenTheCoverGoes) {
+  present(kEmbedded);
+  addDelegate("first");
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "style 15",  //
+                            "viewWillDisappear", "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(cover->parentViewController(), nullptr);
+}
+
+TEST_F(ControllerGuardedDismissTest, EmbeddedWithoutAParentTheStyleIsGivenBackASecondEarlier) {
+  window = openPlayerWindow();
+  present(kEmbedded);
+  addDelegate("first");
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "style 15",  //
+                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_TRUE(isShown());
+  platform.run(1);
+  EXPECT_EQ(taken(), Lines{"viewWillDisappear"});  // restored already
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, EmbeddedItDismissesItselfWhicheverControllerIsGiven) {
+  present(kEmbedded);
+  const auto other = make<NamedViewController>("Other");
+  window->contentViewController()->presentViewControllerAsSheet(other);
+  cover->dismissViewController(other);
+  EXPECT_FALSE(isShown());
+  EXPECT_EQ(window->sheets().size(), 1u);
+  present(kEmbedded);
+  cover->dismissViewController(nullptr);
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, AModalWindowIsTakenDownByThePlatform) {
+  present(kModalWindow);
+  addDelegate("first");
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(NSApp->modalWindow(), nullptr);
+}
+
+TEST_F(ControllerGuardedDismissTest, ASheetIsTakenDownByThePlatform) {
+  present(kSheet);
+  addDelegate("first");
+  cover->dismissViewController(cover);
+  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_TRUE(window->sheets().empty());
+}
+
+TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheControllerGivenIsTheOneThatGoes) {
+  for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
+    present(mode);
+    const auto other = make<NamedViewController>("Other");
+    cover->presentViewControllerAsSheet(other);
+    cover->dismissViewController(nullptr);
+    EXPECT_EQ(cover->presentedViewControllers().size(), 1u);
+    cover->dismissViewController(other);
+    EXPECT_TRUE(cover->presentedViewControllers().empty());
+    EXPECT_TRUE(isShown());
+    cover->dismissViewController(cover);
+    EXPECT_FALSE(isShown());
+  }
+}
+
+TEST_F(ControllerGuardedDismissTest, InAnyOtherModeItIsLeftToThePlatform) {
+  present(kSheet);
+  for (const LaunchScreenPresentationMode mode : {3, -1}) {
+    const auto other = make<NamedViewController>("Other");
+    cover->presentViewControllerAsSheet(other);
+    cover->setPresentationMode(mode);
+    cover->dismissViewController(other);
+    EXPECT_TRUE(cover->presentedViewControllers().empty());
+    EXPECT_TRUE(isShown());
+  }
+}
+
+TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeNoStyleIsGivenBack) {
+  present(kModalWindow);
+  cover->setAppWindow(window);
+  cover->setAppWindowStyleMask(7);
+  cover->dismissViewController(cover);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+}
+
+TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
+  present(kModalWindow);
+  addDelegate("first")->once(CoverCall::CanDismiss,
+                             [this] { cover->setPresentationMode(kEmbedded); });
+  cover->dismissViewController(nullptr);  // which the platform would not take down
+  EXPECT_FALSE(isShown());
+}
+
+TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsGivenBack) {
+  present(kEmbedded);
+  const auto other = make<NamedViewController>("Other");
+  cover->presentViewControllerAsSheet(other);
+  platformJournal.atNextStyleMask([this] { cover->setPresentationMode(3); });
+  cover->dismissViewController(other);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(window->sheets().size(), 1u);  // not handed to the platform
+}
+
+}  // namespace
+}  // namespace vel::test

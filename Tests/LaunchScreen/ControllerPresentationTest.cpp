@@ -1,0 +1,280 @@
+// The cover's controller is laid over a window, or presented in one of its own.
+#include <limits>
+
+#include "Tests/Support/CoverFixture.h"
+
+namespace vel::test {
+namespace {
+
+constexpr LaunchScreenPresentationMode kEmbedded = LaunchScreenPresentationEmbedded;
+constexpr LaunchScreenPresentationMode kModalWindow = LaunchScreenPresentationModalWindow;
+constexpr LaunchScreenPresentationMode kSheet = LaunchScreenPresentationSheet;
+
+class ControllerPresentationTest : public CoverTest {
+ protected:
+  void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
+    cover->presentForWindowWithPresentationMode(window, mode);
+  }
+  // Nothing shows the cover, and nothing is kept of an attempt to.
+  void expectNothingPresented() {
+    EXPECT_EQ(cover->view()->window(), nullptr);
+    EXPECT_EQ(cover->presentingViewController(), nullptr);
+    EXPECT_EQ(cover->parentViewController(), nullptr);
+    EXPECT_EQ(cover->appWindow(), nullptr);
+    EXPECT_TRUE(tracksNothing());
+  }
+};
+
+TEST_F(ControllerPresentationTest, TheModesHaveTheirValues) {
+  EXPECT_EQ(kEmbedded, 0);
+  EXPECT_EQ(kModalWindow, 1);
+  EXPECT_EQ(kSheet, 2);
+}
+
+// Embedded in a window without a content view controller
+
+TEST_F(ControllerPresentationTest, EmbeddedWithoutAParentItIsASubviewOfTheContentViewAndTracked) {
+  const auto window = openPlayerWindow();
+  present(window, kEmbedded);
+  EXPECT_EQ(cover->presentationMode(), 0);
+  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(cover->view()->superview(), window->contentView());
+  EXPECT_EQ(cover->parentViewController(), nullptr);
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedItFillsItsSuperviewAndFollowsItsSize) {
+  const auto window = openPlayerWindow();
+  present(window, kEmbedded);
+  EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
+  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
+  window->setFrame(CGRectMake(50, 60, 800, 600));
+  EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 800, 600));
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedItMakesTheContentViewLayerBacked) {
+  const auto window = openPlayerWindow();
+  EXPECT_FALSE(window->contentView()->wantsLayer());
+  present(window, kEmbedded);
+  EXPECT_TRUE(window->contentView()->wantsLayer());
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedItTakesTheSuperviewsFrameAsItStandsNotItsBounds) {
+  const auto window = openPlayerWindow();
+  window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
+  present(window, kEmbedded);
+  EXPECT_EQ(cover->view()->frame(), CGRectMake(10, 20, 300, 200));
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWindowsFrame) {
+  const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
+  window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
+  bool appeared = false;
+  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+    appeared = true;
+    EXPECT_EQ(cover->appWindow(), window);
+    EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
+    EXPECT_TRUE(tracks(window->contentView(), cover));
+    // The superview is made ready only when the cover is in it.
+    EXPECT_FALSE(window->contentView()->wantsLayer());
+    EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+  });
+  present(window, kEmbedded);
+  EXPECT_TRUE(appeared);
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedInAWindowThatIsNotOpenItAppearsWhenThatIsOrderedIn) {
+  const auto window = openPlayerWindow();
+  window->close();
+  present(window, kEmbedded);
+  taken();
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  window->orderFront();
+  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "window opened", "viewDidAppear", "style 7",
+                            "style 3", "style 1"}));
+}
+
+// Embedded in a window with a content view controller
+
+TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItIsItsChildAndNotTracked) {
+  const auto window = openPlayerWindowWithContentViewController();
+  const auto host = window->contentViewController();
+  present(window, kEmbedded);
+  EXPECT_EQ(cover->appWindow(), window);
+  EXPECT_EQ(cover->parentViewController(), host);
+  EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{cover});
+  EXPECT_EQ(cover->view()->superview(), host->view());
+  EXPECT_TRUE(tracksNothing());
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsItsLayerBackedView) {
+  const auto window = openPlayerWindowWithContentViewController();
+  const auto hostView = window->contentViewController()->view();
+  hostView->setFrame(CGRectMake(5, 6, 70, 80));
+  present(window, kEmbedded);
+  EXPECT_TRUE(hostView->wantsLayer());
+  EXPECT_EQ(cover->view()->frame(), CGRectMake(5, 6, 70, 80));
+  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedItIsAChildByTheTimeItAppears) {
+  const auto window = openPlayerWindowWithContentViewController();
+  bool appeared = false;
+  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+    appeared = true;
+    EXPECT_EQ(cover->parentViewController(), window->contentViewController());
+    EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
+  });
+  present(window, kEmbedded);
+  EXPECT_TRUE(appeared);
+}
+
+// Embedded nowhere
+
+TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTrackedWithoutSuperview) {
+  cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
+  cover->setAppWindow(openPlayerWindow());
+  present(nullptr, kEmbedded);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(cover->view()->frame(), CGRectZero);
+  EXPECT_EQ(cover->view()->superview(), nullptr);
+  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
+  EXPECT_TRUE(tracks(nullptr, cover));
+}
+
+// One after the other
+
+TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedTakesThePlaceOfTheTrackedOne) {
+  const auto window = openPlayerWindow();
+  const auto other = openWindow("PlayerWindow");
+  present(window, kEmbedded);
+  const auto second = LaunchScreenViewController::init();
+  second->presentForWindowWithPresentationMode(other, kEmbedded);
+  EXPECT_TRUE(tracks(other->contentView(), second));
+  EXPECT_EQ(cover->view()->superview(), window->contentView());
+  EXPECT_EQ(cover->appWindow(), window);
+}
+
+TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedUnderAParentLeavesTheTrackedOne) {
+  const auto window = openPlayerWindow();
+  present(window, kEmbedded);
+  const auto second = LaunchScreenViewController::init();
+  second->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
+                                               kEmbedded);
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedAgainElsewhereTheSameControllerMoves) {
+  const auto first = openPlayerWindowWithContentViewController();
+  const auto second = openPlayerWindowWithContentViewController();
+  present(first, kEmbedded);
+  present(second, kEmbedded);
+  EXPECT_TRUE(first->contentViewController()->childViewControllers().empty());
+  EXPECT_TRUE(first->contentViewController()->view()->subviews().empty());
+  EXPECT_EQ(cover->parentViewController(), second->contentViewController());
+  EXPECT_EQ(cover->view()->window(), second);
+}
+
+TEST_F(ControllerPresentationTest, EmbeddedElsewhereWhileShownItGivesTheStyleBackToTheNewWindow) {
+  const auto first = openPlayerWindow();
+  const auto second = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
+  present(first, kEmbedded);
+  taken();
+  present(second, kEmbedded);
+  // It leaves the first window when the second is already the one whose style counts as taken.
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
+                            "viewWillAppear", "viewDidAppear"}));
+  EXPECT_EQ(first->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(second->styleMask(), kFullStyle);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+}
+
+// Modal window
+
+TEST_F(ControllerPresentationTest, AsAModalWindowTheContentViewControllerPresentsIt) {
+  const auto window = openPlayerWindowWithContentViewController();
+  const auto host = window->contentViewController();
+  present(window, kModalWindow);
+  EXPECT_EQ(cover->presentationMode(), 1);
+  EXPECT_EQ(cover->presentingViewController(), host);
+  EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{cover});
+  ASSERT_NE(cover->view()->window(), nullptr);
+  EXPECT_NE(cover->view()->window(), window);
+  EXPECT_TRUE(cover->view()->window()->isModalPanel());
+}
+
+TEST_F(ControllerPresentationTest, AsAModalWindowWithoutAContentViewControllerItPresentsItself) {
+  present(openPlayerWindow(), kModalWindow);
+  EXPECT_EQ(cover->presentingViewController(), cover);
+  ASSERT_NE(cover->view()->window(), nullptr);
+  EXPECT_TRUE(cover->view()->window()->isModalPanel());
+}
+
+TEST_F(ControllerPresentationTest, AsAModalWindowForNoWindowItPresentsItself) {
+  present(nullptr, kModalWindow);
+  EXPECT_EQ(cover->presentingViewController(), cover);
+  EXPECT_NE(cover->view()->window(), nullptr);
+}
+
+TEST_F(ControllerPresentationTest, AsAModalWindowItSetsNoApplicationWindowAndIsNotTracked) {
+  present(openPlayerWindow(), kModalWindow);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+  EXPECT_TRUE(tracksNothing());
+}
+
+// Sheet
+
+TEST_F(ControllerPresentationTest, AsASheetTheContentViewControllerPresentsIt) {
+  const auto window = openPlayerWindowWithContentViewController();
+  present(window, kSheet);
+  EXPECT_EQ(cover->presentationMode(), 2);
+  EXPECT_EQ(cover->presentingViewController(), window->contentViewController());
+  ASSERT_EQ(window->sheets().size(), 1u);
+  EXPECT_EQ(cover->view()->window(), window->sheets().front());
+  EXPECT_FALSE(cover->view()->window()->isModalPanel());
+}
+
+TEST_F(ControllerPresentationTest, AsASheetItSetsNoApplicationWindowAndIsNotTracked) {
+  present(openPlayerWindowWithContentViewController(), kSheet);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
+  EXPECT_TRUE(tracksNothing());
+}
+
+TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfWhileOffScreenNothingIsPresented) {
+  present(openPlayerWindow(), kSheet);
+  EXPECT_EQ(cover->presentationMode(), 2);
+  expectNothingPresented();
+  present(nullptr, kSheet);
+  expectNothingPresented();
+}
+
+TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfItIsASheetOfTheWindowThatShowsIt) {
+  const auto window = openPlayerWindow();
+  present(window, kEmbedded);
+  present(openWindow("PlayerWindow"), kSheet);
+  EXPECT_EQ(cover->presentingViewController(), cover);
+  ASSERT_EQ(window->sheets().size(), 1u);
+  EXPECT_EQ(cover->view()->window(), window->sheets().front());
+}
+
+// Any other mode
+
+TEST_F(ControllerPresentationTest, AnyOtherModeIsStoredAndPresentsNothing) {
+  const auto window = openPlayerWindowWithContentViewController();
+  for (const LaunchScreenPresentationMode mode :
+       {3, -1, std::numeric_limits<std::int32_t>::min()}) {
+    present(window, mode);
+    EXPECT_EQ(cover->presentationMode(), mode);
+    expectNothingPresented();
+  }
+}
+
+TEST_F(ControllerPresentationTest, AnyOtherModeForNoWindowPresentsNothing) {
+  present(nullptr, 3);
+  expectNothingPresented();
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,227 @@
+// The cover's controller takes over the style of a window, and gives it back.
+#include "Tests/Support/CoverFixture.h"
+
+namespace vel::test {
+namespace {
+
+constexpr NSWindowStyleMask kNothingSaved = 0xFFFFFFFFFFFFFFFF;
+
+class ControllerStyleTest : public CoverTest {
+ protected:
+  ControllerStyleTest() { taken(); }
+
+  // Everything a presentation sets, without one.
+  static void lay(const Strong<LaunchScreenViewController>& controller,
+                  const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
+    controller->setPresentationMode(mode);
+    controller->setAppWindow(window);
+  }
+  void embed(const Strong<NSWindow>& over) {
+    cover->presentForWindowWithPresentationMode(over, LaunchScreenPresentationEmbedded);
+  }
+
+  Strong<NSWindow> window = openPlayerWindow();
+};
+
+// Taking over
+
+TEST_F(ControllerStyleTest, ResizableThenMiniaturizableThenClosableGoInThreeSteps) {
+  lay(cover, window);
+  cover->setupPresentation();
+  EXPECT_EQ(taken(), (Lines{"style 7", "style 3", "style 1"}));
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+}
+
+TEST_F(ControllerStyleTest, AllOtherBitsStay) {
+  window->setStyleMask(0x7FFFFFFFFFFFFFFF);
+  lay(cover, window);
+  cover->setupPresentation();
+  EXPECT_EQ(window->styleMask(), 0x7FFFFFFFFFFFFFF1);
+}
+
+TEST_F(ControllerStyleTest, TheThreeStepsAreTakenAlsoWhereThereIsNothingToTake) {
+  window->setStyleMask(NSWindowStyleMaskTitled);
+  taken();
+  lay(cover, window);
+  cover->setupPresentation();
+  EXPECT_EQ(taken(), (Lines{"style 1", "style 1", "style 1"}));
+}
+
+TEST_F(ControllerStyleTest, EachStepStartsFromTheStyleOfThatMoment) {
+  lay(cover, window);
+  platformJournal.atNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
+  cover->setupPresentation();
+  EXPECT_EQ(taken(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
+}
+
+TEST_F(ControllerStyleTest, TheStyleIsSavedAsItWasBefore) {
+  lay(cover, window);
+  cover->setupPresentation();
+  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
+  EXPECT_EQ(cover->appWindow(), window);
+}
+
+TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
+  lay(cover, window);
+  cover->setupPresentation();
+  window->setStyleMask(kFullStyle & ~NSWindowStyleMaskResizable);
+  cover->setupPresentation();
+  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
+}
+
+TEST_F(ControllerStyleTest, WithoutAnApplicationWindowNothingIsTakenOver) {
+  lay(cover, nullptr);
+  cover->setupPresentation();
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+}
+
+TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherNothingIsTakenOver) {
+  for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
+    lay(cover, window, mode);
+    cover->setupPresentation();
+  }
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+}
+
+// The modal window
+
+TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndCannotBeHidden) {
+  const auto modal = openWindow("NSWindow");
+  modal->contentView()->addSubview(cover->view());
+  taken();
+  lay(cover, window, LaunchScreenPresentationModalWindow);
+  cover->setupPresentation();
+  EXPECT_EQ(taken(), Lines{"style 0"});
+  EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
+  EXPECT_TRUE(modal->isMovableByWindowBackground());
+  EXPECT_FALSE(modal->canHide());
+}
+
+TEST_F(ControllerStyleTest, ForAModalWindowTheApplicationWindowIsLeftAloneAndNothingSaved) {
+  lay(cover, window, LaunchScreenPresentationModalWindow);
+  cover->setupPresentation();  // shown by no window
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_FALSE(window->isMovableByWindowBackground());
+  EXPECT_TRUE(window->canHide());
+  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+}
+
+// Giving back
+
+TEST_F(ControllerStyleTest, TheSavedStyleIsGivenBackAndTheWindowLetGo) {
+  lay(cover, window);
+  cover->setupPresentation();
+  taken();
+  cover->restorePresentation();
+  EXPECT_EQ(taken(), Lines{"style 15"});
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+}
+
+TEST_F(ControllerStyleTest, TheSavedStyleStaysSaved) {
+  lay(cover, window);
+  cover->setupPresentation();
+  cover->restorePresentation();
+  EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
+}
+
+TEST_F(ControllerStyleTest, GivingBackTwiceDoesItOnce) {
+  lay(cover, window);
+  cover->setupPresentation();
+  taken();
+  cover->restorePresentation();
+  cover->restorePresentation();
+  EXPECT_EQ(taken(), Lines{"style 15"});
+}
+
+TEST_F(ControllerStyleTest, WithNothingSavedNoStyleChangesAndTheWindowIsLetGo) {
+  lay(cover, window);
+  cover->restorePresentation();
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->appWindow(), nullptr);
+}
+
+TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotTheOneGivenBack) {
+  embed(window);
+  cover->dismissViewController(cover);
+  platform.run(1);
+  window->setStyleMask(NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
+  embed(window);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  cover->restorePresentation();
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+}
+
+TEST_F(ControllerStyleTest, OnlyInEmbeddedModeIsAnythingGivenBack) {
+  lay(cover, window);
+  cover->setupPresentation();
+  taken();
+  for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
+    cover->setPresentationMode(mode);
+    cover->restorePresentation();
+  }
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->appWindow(), window);
+}
+
+// Giving back through the tracked controller
+
+TEST_F(ControllerStyleTest, AControllerWithoutAWindowGivesBackTheTrackedOnesWindow) {
+  embed(window);
+  taken();
+  const auto other = LaunchScreenViewController::init();
+  other->restorePresentation();
+  EXPECT_EQ(taken(), Lines{"style 15"});
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_EQ(other->appWindowStyleMask(), kNothingSaved);
+}
+
+TEST_F(ControllerStyleTest, TheTrackedOnesMaskIsWrittenAsItStandsEvenWhenNothingIsSaved) {
+  embed(window);
+  cover->setAppWindowStyleMask(kNothingSaved);
+  taken();
+  LaunchScreenViewController::init()->restorePresentation();
+  EXPECT_EQ(taken(), Lines{"style 18446744073709551615"});
+  EXPECT_EQ(window->styleMask(), kNothingSaved);
+  EXPECT_EQ(cover->appWindow(), nullptr);
+}
+
+TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowGivesNothingBack) {
+  embed(window);
+  cover->restorePresentation();
+  taken();
+  LaunchScreenViewController::init()->restorePresentation();
+  cover->restorePresentation();
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_TRUE(tracks(window->contentView(), cover));
+}
+
+TEST_F(ControllerStyleTest, AControllerWithAWindowLeavesTheTrackedOnesAlone) {
+  embed(window);
+  const auto other = LaunchScreenViewController::init();
+  const auto otherWindow = openWindow("PlayerWindow");
+  lay(other, otherWindow);
+  other->setupPresentation();
+  other->restorePresentation();
+  EXPECT_EQ(otherWindow->styleMask(), kFullStyle);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(cover->appWindow(), window);
+}
+
+TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedOneIsNotLookedAt) {
+  embed(window);
+  taken();
+  const auto other = LaunchScreenViewController::init();
+  other->setPresentationMode(LaunchScreenPresentationModalWindow);
+  other->restorePresentation();
+  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(cover->appWindow(), window);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,319 @@
+// The end of a launch screen: how the manager asks for it, the one event, and what the host hears.
+#include <atomic>
+#include <thread>
+
+#include "Platform/Foundation/NSThread.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Events = std::vector<VirtualPlatform::Event>;
+using Calls = std::vector<std::string>;
+
+class DismissalTest : public LaunchScreenTest {};
+
+TEST_F(DismissalTest, OnTheMainThreadTheControllerIsToldBeforeTheCallReturns) {
+  const auto hostController = loadHostController(5.0);
+  hostController->calls.clear();
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(hostController->dismissed.lock(), hostController) << "with itself as the argument";
+}
+
+TEST_F(DismissalTest, FromAnotherThreadTheControllerIsToldOnTheMainQueue) {
+  const auto hostController = loadHostController(5.0);
+  hostController->calls.clear();
+  bool toldOnMainThread = false;
+  hostController->once([&] { toldOnMainThread = NSThread::isMainThread(); });
+  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  EXPECT_TRUE(hostController->calls.empty());
+  platform.runDue();
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(hostController->dismissed.lock(), hostController);
+  EXPECT_TRUE(toldOnMainThread);
+}
+
+TEST_F(DismissalTest, ItCountsAsExpiredBeforeTheControllerIsTold) {
+  const auto hostController = loadHostController(5.0);
+  bool expired = false;
+  hostController->once([&] { expired = manager->launchScreenExpired(); });
+  manager->dismissLaunchScreen();
+  EXPECT_TRUE(expired);
+  EXPECT_TRUE(manager->launchScreenExpired());
+}
+
+TEST_F(DismissalTest, FromAnotherThreadItCountsAsExpiredAtOnce) {
+  loadHostController(5.0);
+  bool expired = false;
+  onAnotherThread([&] {
+    manager->dismissLaunchScreen();
+    expired = manager->launchScreenExpired();
+  });
+  EXPECT_TRUE(expired);
+}
+
+TEST_F(DismissalTest, AnotherThreadMayAskForItWhileTheMainThreadIsAtWork) {
+  load(5.0);
+  const auto window = openPlayerWindowWithContentViewController();
+  present(window, kHostModeEmbedded);
+  addHostDelegate();
+  // Relaxed, so that it orders nothing: a thread checker then sees whether the manager does.
+  std::atomic<bool> looked = false;
+  std::thread other([&] {
+    while (!looked.load(std::memory_order_relaxed)) {
+      std::this_thread::yield();
+    }
+    manager->dismissLaunchScreen();
+  });
+  while (journal->empty()) {
+    window->makeKeyWindow();
+    platform.user().userMovesFocusAway();  // here the manager looks whether it has expired
+    looked.store(true, std::memory_order_relaxed);
+    platform.runDue();
+  }
+  other.join();
+  EXPECT_EQ(*journal, Lines{"host: can dismiss"});
+}
+
+TEST_F(DismissalTest, FromAnotherThreadTheControllerThatStandsWhenTheWorkRunsIsTold) {
+  const auto former = loadHostController(5.0);
+  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  const auto latter = loadHostController(5.0);
+  platform.runDue();
+  EXPECT_EQ(former->calls, Calls{"addDelegate"});
+  EXPECT_EQ(latter->calls, (Calls{"addDelegate", "dismissViewController"}));
+}
+
+TEST_F(DismissalTest, WithoutAControllerItOnlyCountsAsExpired) {
+  manager->dismissLaunchScreen();
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(DismissalTest, WithoutAContentItOnlyCountsAsExpired) {
+  manager->deactivate();
+  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  platform.runDue();
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_TRUE(platform.log.empty());
+}
+
+TEST_F(DismissalTest, ADelegateThatRefusesKeepsTheLaunchScreenUp) {
+  load(5.0, "skip");
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  const auto host = addHostDelegate();
+  host->agrees = false;
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(*journal, Lines{"host: can dismiss"});
+  EXPECT_NE(controller()->view()->window(), nullptr);
+  host->agrees = true;
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(controller()->view()->window(), nullptr);
+}
+
+// The event
+
+class EventTest : public LaunchScreenTest {
+ protected:
+  EventTest() { setEventName("launch_end"); }
+
+  static void setEventName(std::string_view name) {
+    configuration().setNextEventName(NSString::stringWithUTF8String(name));
+  }
+};
+
+TEST_F(EventTest, TheEventIsRecordedHalfASecondAfterItIsAskedFor) {
+  platform.run(0.25);
+  manager->sendAnalyticsEvent();
+  platform.run(0.499999999);
+  EXPECT_TRUE(platform.events.empty());
+  platform.run(0.000000001);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 0.75}}));
+}
+
+TEST_F(EventTest, AskedTwiceOneEventIsRecordedAfterTheFirst) {
+  manager->sendAnalyticsEvent();
+  platform.run(0.1);
+  manager->sendAnalyticsEvent();
+  platform.run(5.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
+}
+
+TEST_F(EventTest, ItCountsAsSentWhenItIsScheduled) {
+  manager->sendAnalyticsEvent();
+  EXPECT_TRUE(manager->eventWasSended());
+  EXPECT_TRUE(platform.events.empty());
+}
+
+TEST_F(EventTest, OnceItIsSentAnotherCallChangesNothing) {
+  manager->sendAnalyticsEvent();
+  manager->setAppIsUnfocused(true);
+  manager->setLaunchScreenExpired(true);
+  manager->sendAnalyticsEvent();
+  EXPECT_TRUE(manager->launchScreenExpired());
+  EXPECT_FALSE(manager->launchShouldBeClosed());
+}
+
+TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNothingMore) {
+  manager->sendAnalyticsEvent();
+  platform.run(1.0);
+  manager->contentDataForContentRequest(makeRequest("another", 5));
+  manager->sendAnalyticsEvent();
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
+}
+
+TEST_F(EventTest, WhileUnfocusedItIsOwedInsteadOfRecorded) {
+  manager->setAppIsUnfocused(true);
+  for (const bool expired : {false, true}) {
+    manager->setLaunchShouldBeClosed(false);
+    manager->setLaunchScreenExpired(expired);
+    manager->sendAnalyticsEvent();
+    EXPECT_TRUE(manager->launchShouldBeClosed());
+    EXPECT_EQ(manager->launchScreenExpired(), expired);
+    EXPECT_FALSE(manager->eventWasSended());
+  }
+  platform.run(5.0);
+  EXPECT_TRUE(platform.events.empty());
+}
+
+TEST_F(EventTest, InFrontItIsNotOwed) {
+  manager->sendAnalyticsEvent();
+  EXPECT_FALSE(manager->launchShouldBeClosed());
+}
+
+TEST_F(EventTest, TheDismissalIsOverOnceTheEventIsScheduled) {
+  manager->setLaunchScreenExpired(true);
+  manager->sendAnalyticsEvent();
+  EXPECT_FALSE(manager->launchScreenExpired());
+}
+
+TEST_F(EventTest, WithoutANameTheDismissalIsOverAndALaterCallTriesAgain) {
+  for (const auto& none : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
+    configuration().setNextEventName(none);
+    manager->setLaunchScreenExpired(true);
+    manager->sendAnalyticsEvent();
+    platform.run(1.0);
+    EXPECT_FALSE(manager->launchScreenExpired());
+    EXPECT_FALSE(manager->eventWasSended());
+    EXPECT_TRUE(platform.events.empty());
+  }
+  setEventName("late");
+  manager->sendAnalyticsEvent();
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"late", 2.5}}));
+}
+
+TEST_F(EventTest, ANameChangedMeanwhileIsWhatIsRecorded) {
+  manager->sendAnalyticsEvent();
+  platform.run(0.2);
+  setEventName("changed");
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"changed", 0.5}}));
+}
+
+TEST_F(EventTest, ANameTakenAwayMeanwhileIsRecordedAsAnEmptyOne) {
+  manager->sendAnalyticsEvent();
+  configuration().setNextEventName(nullptr);
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"", 0.5}}));
+}
+
+TEST_F(EventTest, AReplacementOfTheConfigurationMeanwhileIsNotSeen) {
+  const auto former = LaunchScreenConfiguration::defaultConfiguration();
+  manager->sendAnalyticsEvent();
+  LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
+  setEventName("of the new one");
+  former->setNextEventName(NSString::stringWithUTF8String("of the former one"));
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"of the former one", 0.5}}));
+}
+
+TEST_F(EventTest, TheSkipModeIsTheCallersBusiness) {
+  configuration().setSkipMode(true);
+  manager->sendAnalyticsEvent();
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
+}
+
+TEST_F(EventTest, NothingIsLogged) {
+  manager->sendAnalyticsEvent();
+  platform.run(1.0);
+  EXPECT_TRUE(platform.log.empty());
+}
+
+// What the host hears
+
+/// It has the operation of a resolver delegate and does not declare itself one.
+class UndeclaredListener final : public Class<UndeclaredListener, "UndeclaredListener"> {
+ public:
+  void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
+                                                   const Strong<ContentData>& /*data*/) {
+    ++told;
+  }
+  int told = 0;
+};
+
+class StateChangeTest : public LaunchScreenTest {
+ protected:
+  Strong<ResolverListener> listener = make<ResolverListener>();
+};
+
+TEST_F(StateChangeTest, TheDelegateIsToldWithTheManagerAndTheData) {
+  manager->setDelegate(listener);
+  const auto data = LaunchScreenContent::init();
+  manager->contentDataDidChangeState(data);
+  ASSERT_EQ(listener->changes.size(), 1u);
+  EXPECT_EQ(listener->changes[0].resolver, manager);
+  EXPECT_EQ(listener->changes[0].data, data);
+}
+
+TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsPassedOn) {
+  manager->setDelegate(listener);
+  manager->content()->setState(7);
+  manager->content()->setState(7);
+  ASSERT_EQ(listener->changes.size(), 2u);
+  EXPECT_EQ(listener->changes[1].data, manager->content());
+  EXPECT_EQ(listener->changes[1].state, 7u);
+}
+
+TEST_F(StateChangeTest, ADelegateThatDoesNotDeclareItselfOneIsNotTold) {
+  const auto undeclared = make<UndeclaredListener>();
+  manager->setDelegate(undeclared);
+  manager->content()->setState(ContentDataStateLoaded);
+  EXPECT_EQ(undeclared->told, 0);
+  EXPECT_EQ(manager->delegate(), undeclared);
+}
+
+TEST_F(StateChangeTest, WithoutADelegateNothingHappens) {
+  manager->content()->setState(ContentDataStateLoaded);
+  EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
+}
+
+TEST_F(StateChangeTest, ADelegateThatHasGoneIsNotTold) {
+  manager->setDelegate(listener);
+  listener = nullptr;
+  manager->content()->setState(ContentDataStateLoaded);
+  EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
+}
+
+TEST_F(StateChangeTest, TheDelegateOfTheMomentIsTold) {
+  const auto former = make<ResolverListener>();
+  manager->setDelegate(former);
+  manager->setDelegate(listener);
+  manager->content()->setState(ContentDataStateLoaded);
+  EXPECT_TRUE(former->changes.empty());
+  EXPECT_EQ(listener->changes.size(), 1u);
+}
+
+TEST_F(StateChangeTest, AFailureAtOnceIsPassedOnOnTheThreadItCameOn) {
+  manager->setDelegate(listener);
+  onAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
+  ASSERT_EQ(listener->changes.size(), 1u);
+  EXPECT_EQ(listener->changes[0].state, ContentDataStateFailed);
+  EXPECT_FALSE(listener->changes[0].onMainThread);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,358 @@
+// The countdown: its ticks, its exact arithmetic, and how it is stopped and started.
+#include <cmath>
+#include <limits>
+#include <ostream>
+
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+constexpr double kTenth = 0x1.999999999999ap-4;
+
+class ExpirationTimerTest : public LaunchScreenTest {
+ protected:
+  // Runs so many ticks, and nothing after the last one.
+  void runTicks(int count) {
+    NSRunLoop& loop = NSRunLoop::mainRunLoop();
+    loop.runUntilDate(loop.now() + count * Nanoseconds{100'000'000});
+  }
+};
+
+// Starting
+
+TEST_F(ExpirationTimerTest, WithTimeLeftStartingSchedulesATimerAndTakesNothingOff) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  ASSERT_NE(timer(), nullptr);
+  EXPECT_TRUE(timer()->isValid());
+  EXPECT_EQ(timer()->target(), manager);
+  EXPECT_EQ(timer()->fireDate(), 100'000'000);
+  EXPECT_EQ(timeLeft(), 1.0);
+}
+
+TEST_F(ExpirationTimerTest, WithNoTimeLeftStartingMakesNoTimer) {
+  for (const double seconds :
+       {0.0, -0.0, -0x1p-55, -0.1, -3.0, -std::numeric_limits<double>::infinity()}) {
+    setTimeLeft(seconds);
+    manager->startTimer();
+    EXPECT_EQ(timer(), nullptr) << seconds;
+    EXPECT_EQ(timeLeft(), seconds);
+  }
+  EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
+}
+
+TEST_F(ExpirationTimerTest, TheLeastTimeLeftStartsIt) {
+  setTimeLeft(std::numeric_limits<double>::denorm_min());
+  manager->startTimer();
+  EXPECT_NE(timer(), nullptr);
+}
+
+TEST_F(ExpirationTimerTest, ATimeLeftThatIsNotANumberStartsItAndNeverEnds) {
+  setTimeLeft(std::numeric_limits<double>::quiet_NaN());
+  manager->startTimer();
+  runTicks(1000);
+  EXPECT_NE(timer(), nullptr);
+  EXPECT_TRUE(std::isnan(timeLeft()));
+  EXPECT_FALSE(manager->launchScreenExpired());
+}
+
+TEST_F(ExpirationTimerTest, StartingARunningCountdownKeepsTheTimerAndItsPhase) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto running = timer();
+  platform.run(0.05);
+  manager->startTimer();
+  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer()->fireDate(), 100'000'000);
+  EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 1u);
+}
+
+TEST_F(ExpirationTimerTest, AnInvalidTimerInThePropertyIsReplaced) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto former = timer();
+  former->invalidate();
+  ASSERT_EQ(timer(), former);
+  manager->startTimer();
+  ASSERT_NE(timer(), former);
+  EXPECT_TRUE(timer()->isValid());
+}
+
+// Ticks
+
+TEST_F(ExpirationTimerTest, ATickComesEveryTenthOfASecondAndNotBefore) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  platform.run(0.099999999);
+  EXPECT_EQ(timeLeft(), 1.0);
+  platform.run(0.000000001);
+  EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
+  platform.run(0.099999999);
+  EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
+  platform.run(0.000000001);
+  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
+}
+
+TEST_F(ExpirationTimerTest, EachTickTakesOffTheDoubleNearestToATenth) {
+  const double values[] = {1.0,
+                           0x1.ccccccccccccdp-1,
+                           0x1.999999999999ap-1,
+                           0x1.6666666666667p-1,
+                           0x1.3333333333334p-1,
+                           0x1.0000000000001p-1,
+                           0x1.999999999999cp-2,
+                           0x1.3333333333336p-2,
+                           0x1.999999999999fp-3,
+                           0x1.99999999999a4p-4,
+                           0x1.4p-53,
+                           -0x1.999999999999p-4};
+  setTimeLeft(values[0]);
+  for (const double value : values) {
+    EXPECT_EQ(timeLeft(), value);
+    manager->updateTimer();
+  }
+}
+
+TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftAtAllChangesNothing) {
+  const auto hostController = loadHostController(5.0);
+  hostController->calls.clear();
+  for (const double zero : {0.0, -0.0}) {
+    setTimeLeft(zero);
+    manager->updateTimer();
+    EXPECT_EQ(timeLeft(), 0.0);
+    EXPECT_EQ(std::signbit(timeLeft()), std::signbit(zero));
+  }
+  EXPECT_TRUE(hostController->calls.empty());
+  EXPECT_FALSE(manager->launchScreenExpired());
+}
+
+TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftLeavesTheTimerAlone) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  setTimeLeft(0.0);
+  runTicks(3);
+  ASSERT_NE(timer(), nullptr);
+  EXPECT_TRUE(timer()->isValid());
+}
+
+TEST_F(ExpirationTimerTest, ATickBelowZeroDismissesAndGoesOnSubtracting) {
+  const auto hostController = loadHostController(5.0);
+  hostController->calls.clear();
+  setTimeLeft(-0.25);
+  manager->updateTimer();
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(timeLeft(), -0x1.6666666666666p-2);
+}
+
+TEST_F(ExpirationTimerTest, AtTheLastTickTheTimerHasGoneAndTheTimeLeftStandsWhenTheDismissalComes) {
+  const auto hostController = loadHostController(5.0);
+  setTimeLeft(0.2);
+  manager->startTimer();
+  const auto running = timer();
+  bool told = false;
+  hostController->once([&] {
+    told = true;
+    EXPECT_EQ(timer(), nullptr);
+    EXPECT_FALSE(running->isValid());
+    EXPECT_EQ(timeLeft(), kTenth);
+    EXPECT_TRUE(manager->launchScreenExpired());
+  });
+  runTicks(2);
+  EXPECT_TRUE(told);
+}
+
+// The arithmetic, value by value
+
+struct Countdown {
+  double start;
+  int ticks;      // the one that dismisses
+  double read;    // what it finds
+  double stored;  // what it leaves, unless the dismissal has set the time left to 0
+};
+
+std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
+  return out << countdown.start << " s";
+}
+
+class CountdownTest : public ExpirationTimerTest, public testing::WithParamInterface<Countdown> {};
+
+TEST_P(CountdownTest, DismissesAtThisTickWithTheseValuesLeft) {
+  const auto hostController = loadHostController(5.0);
+  hostController->calls.clear();
+  double read = -1;
+  hostController->once([&] { read = timeLeft(); });
+  setTimeLeft(GetParam().start);
+  manager->startTimer();
+
+  runTicks(GetParam().ticks - 1);
+  EXPECT_TRUE(hostController->calls.empty());
+  EXPECT_NE(timer(), nullptr);
+  runTicks(1);
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(read, GetParam().read);
+  EXPECT_EQ(timeLeft(), GetParam().stored);
+  EXPECT_FALSE(std::signbit(timeLeft()) && timeLeft() == 0.0);
+
+  manager->startTimer();
+  EXPECT_EQ(timer(), nullptr) << "what is left starts no countdown";
+  platform.run(1.0);
+  EXPECT_EQ(hostController->calls.size(), 1u);
+}
+
+TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesATenthBelowZero) {
+  load(5.0);
+  addHostDelegate();
+  present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
+  journal->clear();
+  manager->pauseTimer();
+  setTimeLeft(GetParam().start);
+  manager->startTimer();
+
+  runTicks(GetParam().ticks - 1);
+  EXPECT_TRUE(journal->empty());
+  runTicks(1);
+  EXPECT_EQ(*journal, (Lines{"host: can dismiss", "host: did dismiss"}));
+  EXPECT_EQ(timeLeft(), -0x1.999999999999ap-4);
+  manager->startTimer();
+  EXPECT_EQ(timer(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ExpirationTimer, CountdownTest,
+    testing::Values(
+        Countdown{0.05, 1, 0x1.999999999999ap-5, -0x1.999999999999ap-5},
+        Countdown{0.1, 1, 0x1.999999999999ap-4, 0.0}, Countdown{0.2, 2, 0x1.999999999999ap-4, 0.0},
+        Countdown{0.3, 3, 0x1.9999999999998p-4, -0x1p-55},
+        Countdown{1.0, 11, 0x1.4p-53, -0x1.999999999999p-4},
+        Countdown{2.0, 20, 0x1.999999999996cp-4, -0x1.7p-51},
+        Countdown{3.0, 30, 0x1.999999999992cp-4, -0x1.b8p-50},
+        Countdown{5.0, 51, 0x1.28p-50, -0x1.999999999995p-4},
+        Countdown{10.0, 101, 0x1.528p-46, -0x1.999999999945p-4},
+        // What requests of a tenth and of three tenths of a second come to in single precision.
+        Countdown{0.10000000149011612, 2, 0x1.9999998p-30, -0x1.9999993333334p-4},
+        Countdown{0.30000001192092896, 4, 0x1.9999999p-27, -0x1.9999966666668p-4}));
+
+// Pausing and stopping
+
+TEST_F(ExpirationTimerTest, PausingInvalidatesTheTimerAndKeepsTheTimeLeft) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto running = timer();
+  runTicks(2);
+  manager->pauseTimer();
+  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(timer(), nullptr);
+  platform.run(5.0);
+  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
+}
+
+TEST_F(ExpirationTimerTest, PausingWithoutATimerChangesNothing) {
+  setTimeLeft(1.0);
+  manager->pauseTimer();
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 1.0);
+}
+
+TEST_F(ExpirationTimerTest, PausingDropsAnInvalidTimerToo) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  timer()->invalidate();
+  manager->pauseTimer();
+  EXPECT_EQ(timer(), nullptr);
+}
+
+TEST_F(ExpirationTimerTest, AfterAPauseAFreshTimerGoesOnFromTheTimeLeftAFullTenthLater) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto former = timer();
+  platform.run(0.25);  // two ticks, and half an interval that is lost
+  manager->pauseTimer();
+  platform.run(3.0);
+  manager->startTimer();
+  EXPECT_NE(timer(), former);
+  platform.run(0.099999999);
+  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
+  platform.run(0.000000001);
+  EXPECT_EQ(timeLeft(), 0x1.6666666666667p-1);
+}
+
+TEST_F(ExpirationTimerTest, StoppingInvalidatesTheTimerAndLeavesNoTime) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto running = timer();
+  manager->stopTimer();
+  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 0.0);
+  EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
+}
+
+TEST_F(ExpirationTimerTest, StoppingAPausedOrFinishedCountdownLeavesNoTime) {
+  for (const double seconds : {1.0, -0.1}) {
+    setTimeLeft(seconds);
+    manager->stopTimer();
+    EXPECT_EQ(timeLeft(), 0.0);
+    EXPECT_EQ(timer(), nullptr);
+  }
+}
+
+TEST_F(ExpirationTimerTest, AfterAStopStartingDoesNothingUntilThereIsTimeLeftAgain) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  manager->stopTimer();
+  manager->startTimer();
+  EXPECT_EQ(timer(), nullptr);
+  load(2.0);
+  manager->startTimer();
+  EXPECT_NE(timer(), nullptr);
+}
+
+TEST_F(ExpirationTimerTest, NothingIsLogged) {
+  setTimeLeft(0.3);
+  manager->startTimer();
+  platform.run(1.0);
+  EXPECT_TRUE(platform.log.empty());
+}
+
+// Modes of the run loop
+
+TEST_F(ExpirationTimerTest, ItRunsInTheDefaultAndTheModalPanelMode) {
+  for (const NSRunLoopMode mode : {NSDefaultRunLoopMode, NSModalPanelRunLoopMode}) {
+    setTimeLeft(1.0);
+    manager->startTimer();
+    NSRunLoop::mainRunLoop().setMode(mode);
+    runTicks(1);
+    EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
+    manager->stopTimer();
+  }
+}
+
+TEST_F(ExpirationTimerTest, ATickIsOneInBothModesTogether) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  runTicks(1);
+  loop.runPass(NSModalPanelRunLoopMode);
+  loop.runPass(NSDefaultRunLoopMode);
+  EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
+}
+
+TEST_F(ExpirationTimerTest, WhileEventsAreTrackedItStandsStillAndThatTimeIsNotCounted) {
+  setTimeLeft(1.0);
+  manager->startTimer();
+  const auto running = timer();
+  NSRunLoop::mainRunLoop().setMode(NSEventTrackingRunLoopMode);
+  platform.run(5.0);
+  EXPECT_EQ(timeLeft(), 1.0);
+  EXPECT_EQ(timer(), running);
+  NSRunLoop::mainRunLoop().setMode(NSDefaultRunLoopMode);
+  platform.run(0.1);
+  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1) << "one tick that is late, and the next";
+}
+
+}  // namespace
+}  // namespace vel::test

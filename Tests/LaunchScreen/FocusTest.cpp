@@ -1,0 +1,233 @@
+// How the countdown follows the key window.
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Calls = std::vector<std::string>;
+using Events = std::vector<VirtualPlatform::Event>;
+
+class FocusTest : public ShownLaunchScreenTest {};
+
+void post(NSNotificationName name, const Strong<NSObject>& object) {
+  NSNotificationCenter::defaultCenter().postNotificationNameObject(name, object);
+}
+
+// Subscribing
+
+TEST_F(FocusTest, SubscribingRegistersSixTimes) {
+  manager->subscribeAppLifecycle();
+  EXPECT_EQ(registrations(), 6u);
+}
+
+TEST_F(FocusTest, SubscribingTwiceRegistersTwiceAndEachHandlerRunsTwice) {
+  show(5.0, "skip");
+  manager->setLaunchShouldBeClosed(true);
+  manager->subscribeAppLifecycle();
+  manager->subscribeAppLifecycle();
+  EXPECT_EQ(registrations(), 12u);
+  post(NSWindowDidBecomeKeyNotification, window);
+  EXPECT_EQ(shown->calls, (Calls{"dismissViewController", "dismissViewController"}));
+}
+
+TEST_F(FocusTest, TheKeyWindowsNotificationsArriveWhicheverWindowPostsThem) {
+  show(5.0);
+  manager->subscribeAppLifecycle();
+  post(NSWindowDidResignKeyNotification, window);
+  EXPECT_TRUE(manager->appIsUnfocused());
+  EXPECT_EQ(timer(), nullptr);
+  post(NSWindowDidBecomeKeyNotification, window);
+  EXPECT_FALSE(manager->appIsUnfocused());
+  EXPECT_NE(timer(), nullptr);
+}
+
+TEST_F(FocusTest, TheApplicationsActivityAndMiniaturizingHaveNoEffect) {
+  show(5.0);
+  manager->setLaunchShouldBeClosed(true);
+  manager->subscribeAppLifecycle();
+  for (const bool runs : {true, false}) {
+    if (!runs) {
+      resignKey(window);
+    }
+    const auto before = state();
+    for (const Strong<NSObject>& object : {Strong<NSObject>(window), Strong<NSObject>()}) {
+      post(NSApplicationWillResignActiveNotification, object);
+      post(NSApplicationDidBecomeActiveNotification, object);
+      post(NSWindowDidMiniaturizeNotification, object);
+      post(NSWindowDidDeminiaturizeNotification, object);
+    }
+    EXPECT_EQ(state(), before);
+  }
+}
+
+TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
+  show(5.0);
+  const auto before = state();
+  const auto notification =
+      NSNotification::initWithNameObject(NSWindowDidMiniaturizeNotification, window);
+  manager->applicationWillResignActive(notification);
+  manager->applicationDidBecomeActive(notification);
+  manager->windowDidMiniaturize(notification);
+  manager->windowDidDeminiaturize(notification);
+  manager->appWillEnterForeground();
+  manager->appDidEnterBackground();
+  EXPECT_EQ(state(), before);
+}
+
+TEST_F(FocusTest, GoingToAnotherApplicationPausesThroughTheKeyWindow) {
+  load(5.0);
+  present(openPlayerWindow(), kHostModeEmbedded);
+  platform.run(0.2);
+  platform.user().userDeactivatesApplication();
+  EXPECT_TRUE(manager->appIsUnfocused());
+  platform.run(3.0);
+  platform.user().userActivatesApplication();
+  EXPECT_FALSE(manager->appIsUnfocused());
+  EXPECT_EQ(timeLeft(), 0x1.3333333333334p+2);
+  platform.run(0.1);
+  EXPECT_LT(timeLeft(), 0x1.3333333333334p+2);
+}
+
+// A window resigns key
+
+TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
+  show(5.0);
+  const auto running = timer();
+  resignKey(window);
+  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(timer(), nullptr);
+  EXPECT_EQ(timeLeft(), 5.0);
+  EXPECT_TRUE(manager->appIsUnfocused());
+}
+
+TEST_F(FocusTest, ARequiredWindowThatResignsKeyUnfocusesAlsoWithoutACountdown) {
+  show(5.0);
+  manager->stopTimer();
+  resignKey(window);
+  EXPECT_TRUE(manager->appIsUnfocused());
+}
+
+TEST_F(FocusTest, OnceExpiredARequiredWindowThatResignsKeyChangesNothing) {
+  show(5.0);
+  manager->setLaunchScreenExpired(true);
+  const auto before = state();
+  resignKey(window);
+  EXPECT_EQ(state(), before);
+}
+
+TEST_F(FocusTest, AnotherWindowThatResignsKeyChangesNothing) {
+  show(5.0);
+  const auto before = state();
+  resignKey(openWindow("NSWindow"));
+  resignKey(openPlayerWindowWithContentViewController());
+  resignKey(nullptr);
+  resignKey(shown);  // no window at all
+  EXPECT_EQ(state(), before);
+}
+
+// A window becomes key
+
+TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
+  show(5.0);
+  resignKey(window);
+  becomeKey(window);
+  EXPECT_FALSE(manager->appIsUnfocused());
+  ASSERT_NE(timer(), nullptr);
+  EXPECT_TRUE(timer()->isValid());
+  EXPECT_EQ(pendingWork(), 0u);
+  EXPECT_TRUE(shown->calls.empty());
+}
+
+TEST_F(FocusTest, ARunningCountdownIsLeftAloneByAWindowThatBecomesKey) {
+  show(5.0);
+  const auto running = timer();
+  becomeKey(window);
+  EXPECT_EQ(timer(), running);
+}
+
+TEST_F(FocusTest, WithNoTimeLeftAWindowThatBecomesKeyStartsNothing) {
+  show(5.0);
+  manager->stopTimer();
+  manager->setAppIsUnfocused(true);
+  becomeKey(window);
+  EXPECT_FALSE(manager->appIsUnfocused());
+  EXPECT_EQ(timer(), nullptr);
+}
+
+TEST_F(FocusTest, AnotherWindowThatBecomesKeyChangesNothing) {
+  show(5.0, "skip");
+  resignKey(window);
+  manager->setLaunchShouldBeClosed(true);
+  const auto before = state();
+  becomeKey(openWindow("NSWindow"));
+  becomeKey(nullptr);
+  EXPECT_EQ(state(), before);
+  EXPECT_TRUE(shown->calls.empty());
+}
+
+TEST_F(FocusTest, AnOwedEventIsAskedForASecondAfterTheWindowComesBack) {
+  show(5.0);
+  resignKey(window);
+  manager->sendAnalyticsEvent();
+  ASSERT_TRUE(manager->launchShouldBeClosed());
+  becomeKey(window);
+  EXPECT_NE(timer(), nullptr) << "the countdown goes on at once";
+  platform.run(0.999999999);
+  EXPECT_FALSE(manager->eventWasSended());
+  platform.run(0.000000001);
+  EXPECT_TRUE(manager->eventWasSended());
+  platform.run(0.5);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.5}}));
+  EXPECT_TRUE(shown->calls.empty());
+}
+
+TEST_F(FocusTest, AnOwedEventIsOwedOnWhenTheWindowHasGoneAgain) {
+  show(5.0);
+  manager->setLaunchShouldBeClosed(true);
+  becomeKey(window);
+  platform.run(0.5);
+  resignKey(window);
+  platform.run(5.0);
+  EXPECT_TRUE(platform.events.empty());
+  EXPECT_FALSE(manager->eventWasSended());
+}
+
+TEST_F(FocusTest, WhatIsOwedStaysOwedAndIsAskedForEachTime) {
+  show(5.0);
+  manager->setLaunchShouldBeClosed(true);
+  becomeKey(window);
+  becomeKey(window);
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+  EXPECT_EQ(pendingWork(), 2u);
+  platform.run(3.0);
+  EXPECT_EQ(platform.events.size(), 1u) << "the event itself knows that it comes once";
+}
+
+TEST_F(FocusTest, InSkipModeAnOwedDismissalIsAskedForBeforeTheCountdownStarts) {
+  show(5.0, "skip");
+  resignKey(window);
+  manager->setLaunchShouldBeClosed(true);
+  bool told = false;
+  shown->once([&] {
+    told = true;
+    EXPECT_EQ(timer(), nullptr);
+    EXPECT_FALSE(manager->appIsUnfocused());
+  });
+  becomeKey(window);
+  EXPECT_TRUE(told);
+  EXPECT_EQ(shown->calls, Calls{"dismissViewController"});
+  EXPECT_NE(timer(), nullptr);
+  EXPECT_EQ(pendingWork(), 0u);
+  EXPECT_TRUE(manager->launchShouldBeClosed());
+}
+
+TEST_F(FocusTest, InSkipModeNothingIsDismissedUnlessItIsOwed) {
+  show(5.0, "skip");
+  resignKey(window);
+  becomeKey(window);
+  EXPECT_TRUE(shown->calls.empty());
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,226 @@
+// Who keeps whom alive, and for how long.
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Events = std::vector<VirtualPlatform::Event>;
+
+class LifetimeTest : public LaunchScreenTest {
+ protected:
+  // The host lets go of the manager, without or with its deactivation.
+  void dropManager() {
+    watch();
+    manager = nullptr;
+  }
+  void deactivateAndDropManager() {
+    watch();
+    manager->deactivate();
+    manager = nullptr;
+  }
+  [[nodiscard]] bool allGone() const {
+    return watchedManager.expired() && watchedContent.expired() && watchedController.expired();
+  }
+
+  Weak<LaunchScreenManager> watchedManager;
+  Weak<LaunchScreenContent> watchedContent;
+  Weak<LaunchScreenViewController> watchedController;
+
+ private:
+  void watch() {
+    watchedManager = manager;
+    watchedContent = manager->content();
+    watchedController = controller();
+  }
+};
+
+// Deactivation
+
+TEST_F(LifetimeTest, AfterDeactivationManagerContentAndControllerAreGone) {
+  load(5.0);
+  deactivateAndDropManager();
+  EXPECT_TRUE(allGone());
+}
+
+TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsGoneToo) {
+  load(5.0);
+  const auto window = openPlayerWindowWithContentViewController();
+  window->contentViewController()->addChildViewController(
+      make<NamedViewController>("LaunchScreenViewController"));
+  manager->contentDataForContentRequest(makeRequest("e", 5));
+  const Weak<LaunchScreenContent> temporary = manager->tempContent();
+  const Weak<NSViewController> itsController = manager->tempContent()->viewController();
+  ASSERT_FALSE(temporary.expired());
+  deactivateAndDropManager();
+  EXPECT_TRUE(temporary.expired());
+  EXPECT_TRUE(itsController.expired());
+  EXPECT_TRUE(allGone());
+}
+
+TEST_F(LifetimeTest, AfterAWholeRunAndDeactivationAllAreGoneInEveryMode) {
+  for (const std::int32_t mode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
+    manager = LaunchScreenManager::init();
+    load(0.5);
+    present(openPlayerWindowWithContentViewController(), mode);
+    platform.run(3.0);
+    deactivateAndDropManager();
+    EXPECT_TRUE(allGone()) << "host mode " << mode;
+  }
+}
+
+TEST_F(LifetimeTest, AfterAWholeRunOverAWindowWithoutContentViewControllerAllAreGone) {
+  load(0.5);
+  present(openPlayerWindow(), kHostModeEmbedded);
+  platform.run(1.0);
+  deactivateAndDropManager();
+  EXPECT_FALSE(watchedController.expired()) << "the cover is still to be taken down";
+  platform.run(1.0);
+  EXPECT_TRUE(allGone());
+}
+
+TEST_F(LifetimeTest, WithoutDeactivationControllerContentAndManagerKeepEachOtherAlive) {
+  load(5.0);
+  dropManager();
+  EXPECT_FALSE(watchedManager.expired());
+  EXPECT_FALSE(watchedContent.expired());
+  EXPECT_FALSE(watchedController.expired());
+  watchedManager.lock()->deactivate();
+  EXPECT_TRUE(allGone());
+}
+
+TEST_F(LifetimeTest, WithoutARequestTheManagerNeedsNoDeactivation) {
+  dropManager();
+  EXPECT_TRUE(watchedManager.expired());
+  EXPECT_TRUE(watchedContent.expired());
+}
+
+TEST_F(LifetimeTest, AControllerThatIsNotShownIsGoneOnceAnotherTakesItsPlace) {
+  load(5.0);
+  const Weak<LaunchScreenViewController> former = controller();
+  load(5.0);
+  EXPECT_TRUE(former.expired());
+}
+
+// Teardown
+
+TEST_F(LifetimeTest, TeardownEndsTheRegistrationsForNotifications) {
+  manager->subscribeAppLifecycle();
+  ASSERT_EQ(registrations(), 6u);
+  const NSObject* const identity = manager.get();  // to compare with only
+  dropManager();
+  EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not keep it";
+  EXPECT_EQ(NSNotificationCenter::defaultCenter().registrationCount(identity), 0u);
+}
+
+// The countdown
+
+TEST_F(LifetimeTest, ARunningCountdownKeepsTheManagerAliveUntilItIsPaused) {
+  manager->setLaunchScreenExpirationTimeLeft(5.0);
+  manager->startTimer();
+  dropManager();
+  platform.run(1.0);
+  ASSERT_FALSE(watchedManager.expired());
+  watchedManager.lock()->pauseTimer();
+  EXPECT_TRUE(watchedManager.expired());
+}
+
+TEST_F(LifetimeTest, ACountdownThatHasEndedKeepsNothingAlive) {
+  manager->setLaunchScreenExpirationTimeLeft(0.3);
+  manager->startTimer();
+  dropManager();
+  platform.run(0.299999999);
+  EXPECT_FALSE(watchedManager.expired());
+  platform.run(0.000000001);
+  EXPECT_TRUE(watchedManager.expired());
+}
+
+TEST_F(LifetimeTest, AnInvalidTimerKeepsNothingAlive) {
+  manager->setLaunchScreenExpirationTimeLeft(5.0);
+  manager->startTimer();
+  const auto held = timer();
+  manager->stopTimer();
+  dropManager();
+  EXPECT_FALSE(held->isValid());
+  EXPECT_TRUE(watchedManager.expired());
+}
+
+TEST_F(LifetimeTest, ADroppedTimerIsGone) {
+  manager->setLaunchScreenExpirationTimeLeft(5.0);
+  manager->startTimer();
+  const Weak<NSTimer> held = timer();
+  manager->pauseTimer();
+  EXPECT_TRUE(held.expired());
+}
+
+// Delayed work
+
+TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager) {
+  configuration().setNextEventName(NSString::stringWithUTF8String("late"));
+  const Weak<LaunchScreenConfiguration> held = LaunchScreenConfiguration::defaultConfiguration();
+  manager->sendAnalyticsEvent();
+  LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
+  dropManager();
+  EXPECT_TRUE(watchedManager.expired());
+  platform.run(0.499999999);
+  EXPECT_FALSE(held.expired());
+  platform.run(0.000000001);
+  EXPECT_TRUE(held.expired());
+  EXPECT_EQ(platform.events, (Events{{"late", 0.5}}));
+}
+
+TEST_F(LifetimeTest, ADeferredEventKeepsTheManagerAliveForASecond) {
+  configuration().setNextEventName(NSString::stringWithUTF8String("owed"));
+  const auto window = openPlayerWindow();
+  window->setContentViewController(make<NamedViewController>("HostViewController"));
+  window->contentViewController()->addChildViewController(
+      make<NamedViewController>("HostController"));
+  loadHostController(5.0);
+  manager->setLaunchScreenExpirationTimeLeft(0.0);
+  manager->setLaunchShouldBeClosed(true);
+  manager->windowDidBecomeKey(
+      NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, window));
+  ASSERT_EQ(pendingWork(), 1u);
+  deactivateAndDropManager();
+  platform.run(0.999999999);
+  EXPECT_FALSE(watchedManager.expired());
+  platform.run(0.000000001);
+  EXPECT_TRUE(watchedManager.expired());
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.5}}));
+}
+
+TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
+  manager->setLaunchScreenExpirationTimeLeft(5.0);
+  configuration().setNextEventName(NSString::stringWithUTF8String("early"));
+  ASSERT_FALSE(manager->canLaunchScreenControllerDismiss(nullptr));
+  dropManager();
+  platform.run(1.999999999);
+  EXPECT_FALSE(watchedManager.expired());
+  platform.run(0.000000001);
+  EXPECT_TRUE(watchedManager.expired());
+  platform.run(1.0);
+  EXPECT_EQ(platform.events, (Events{{"early", 2.5}}));
+}
+
+TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilItHasRun) {
+  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  dropManager();
+  EXPECT_FALSE(watchedManager.expired());
+  platform.runDue();
+  EXPECT_TRUE(watchedManager.expired());
+}
+
+TEST_F(LifetimeTest, ARequestFromAnotherThreadKeepsTheContentAliveUntilItsControllerIsBuilt) {
+  onAnotherThread([this] { manager->contentDataForContentRequest(makeRequest("e", 5)); });
+  watchedContent = manager->content();
+  manager->deactivate();
+  EXPECT_FALSE(watchedContent.expired());
+  platform.runDue();
+  ASSERT_FALSE(watchedContent.expired()) << "its controller has it among its delegates now";
+  watchedContent.lock()->deactivate();
+  EXPECT_TRUE(watchedContent.expired());
+}
+
+}  // namespace
+}  // namespace vel::test

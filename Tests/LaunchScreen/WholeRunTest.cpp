@@ -1,0 +1,267 @@
+// The launch screen from request to event.
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/CoverFixture.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+using Events = std::vector<VirtualPlatform::Event>;
+
+class WholeRunTest : public LaunchScreenTest {
+ protected:
+  // Requests, and presents the content in the host's mode, followed by the host's view delegate.
+  void show(const Strong<NSWindow>& window, std::int32_t hostMode, double duration = 1.0,
+            std::string_view mode = "") {
+    load(duration, mode);
+    manager->content()->setDelegate(host);
+    taken();
+    present(window, hostMode);
+  }
+  // The user goes away after three ticks of the countdown, and comes back five seconds later.
+  void switchAwayAndBack(const Strong<NSWindow>& window) {
+    platform.run(0.35);
+    platform.user().userMovesFocusAway();
+    platform.run(5);
+    window->makeKeyWindow();
+  }
+  Lines taken() { return std::exchange(*journal, {}); }
+  [[nodiscard]] std::size_t rectanglesIn(const Strong<NSWindow>& window) {
+    return platform.user().window(window->handle())->scene.size();
+  }
+
+  PlatformJournal platformJournal{journal};
+  Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
+};
+
+// Mode by mode
+
+TEST_F(WholeRunTest, EmbeddedWithoutAParentTheCoverOutlastsItsEndByASecond) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded);
+  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
+                            "style 3", "style 1"}));
+  EXPECT_EQ(rectanglesIn(window), 1u);
+  platform.run(1.05);
+  EXPECT_EQ(taken(), Lines{});
+  platform.run(0.05);
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "style 15",  //
+                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(rectanglesIn(window), 1u);
+  platform.run(1);
+  EXPECT_EQ(taken(), Lines{"viewWillDisappear"});
+  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
+}
+
+TEST_F(WholeRunTest, EmbeddedUnderAParentTheCoverGoesWithItsEnd) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeEmbedded);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  taken();
+  platform.run(1.1);
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
+                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(rectanglesIn(window), 0u);
+  platform.run(2);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
+}
+
+TEST_F(WholeRunTest, AsAModalWindowItIsRunModallyUntilItsEnd) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeModalWindow);
+  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
+                            "viewDidAppear"}));
+  EXPECT_EQ(NSApp->modalWindow(), controller()->view()->window());
+  EXPECT_EQ(NSApp->keyWindow(), NSApp->modalWindow());
+  platform.run(1.1);
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(NSApp->modalWindow(), nullptr);
+  EXPECT_EQ(NSApp->keyWindow(), window);
+  platform.run(2);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
+}
+
+TEST_F(WholeRunTest, AsASheetItHangsFromTheWindowUntilItsEnd) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeSheet);
+  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
+                            "viewDidAppear"}));
+  EXPECT_EQ(window->sheets().size(), 1u);
+  platform.run(1.1);
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_TRUE(window->sheets().empty());
+  platform.run(2);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
+}
+
+// The user goes away and comes back: three ticks before, eight after
+
+TEST_F(WholeRunTest, EmbeddedWithoutAParentTheTimeAwayIsNotCounted) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded);
+  switchAwayAndBack(window);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(3);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+TEST_F(WholeRunTest, EmbeddedUnderAParentTheTimeAwayIsNotCounted) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeEmbedded);
+  switchAwayAndBack(window);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(3);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+TEST_F(WholeRunTest, AsAModalWindowTheTimeAwayIsNotCounted) {
+  show(openPlayerWindow(), kHostModeModalWindow);
+  switchAwayAndBack(NSApp->modalWindow());
+  platform.run(3);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+TEST_F(WholeRunTest, AsAModalWindowThePlayersWindowCountsAsBackToo) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeModalWindow);
+  switchAwayAndBack(window);
+  platform.run(3);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+TEST_F(WholeRunTest, AsASheetTheTimeAwayIsNotCounted) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeSheet);
+  switchAwayAndBack(window->sheets().front());
+  platform.run(3);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+TEST_F(WholeRunTest, AnotherApplicationInFrontCountsAsAway) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded);
+  platform.run(0.35);
+  platform.user().userDeactivatesApplication();
+  platform.run(5);
+  platform.user().userActivatesApplication();
+  EXPECT_EQ(NSApp->keyWindow(), window);
+  platform.run(3);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+// A consent dialog over the launch screen
+
+TEST_F(WholeRunTest, AConsentDialogInterruptsTheCountdownAndGivesTheKeyBack) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded);
+  platform.run(0.35);
+  const auto consent = openWindow("ConsentWindow");
+  consent->setContentViewController(make<NamedViewController>(LSGDPRControllerClassName));
+  NSApp->beginModalRun(consent);
+  consent->makeKeyWindow();
+  platform.run(5);
+  EXPECT_TRUE(platform.events.empty());
+  consent->close();
+  EXPECT_EQ(NSApp->modalWindow(), nullptr);
+  EXPECT_EQ(NSApp->keyWindow(), window);
+  platform.run(3);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
+}
+
+// Other ends
+
+TEST_F(WholeRunTest, InSkipModeTheHostEndsItEarlyAndNoEventIsRecorded) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded, 10, "skip");
+  platform.run(0.5);
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  platform.run(20);
+  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_TRUE(platform.events.empty());
+}
+
+TEST_F(WholeRunTest, AnEarlyEndIsRefusedWithTheStyleKeptAndTheEventRecordedAllTheSame) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeEmbedded, 5);
+  platform.run(0.5);
+  taken();
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(taken(), Lines{"host: can disappear"});
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(3);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 3.0}}));
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(5);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_EQ(platform.events.size(), 1u);
+}
+
+TEST_F(WholeRunTest, TheHostsRefusalKeepsItUpBeyondItsTimeUntilHeAgrees) {
+  const auto window = openPlayerWindowWithContentViewController();
+  show(window, kHostModeEmbedded);
+  host->agrees = false;
+  platform.run(10);
+  EXPECT_EQ(rectanglesIn(window), 1u);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_TRUE(platform.events.empty());
+  host->agrees = true;
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  platform.run(1);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 10.5}}));
+}
+
+TEST_F(WholeRunTest, ASheetOnTopKeepsItUpAndTheHostDoesNotHearOfAnEnd) {
+  show(openPlayerWindow(), kHostModeModalWindow);
+  const auto onTop = make<NamedViewController>("OnTop");
+  controller()->presentViewControllerAsSheet(onTop);
+  controller()->view()->window()->makeKeyWindow();
+  platform.run(5);
+  EXPECT_NE(controller()->view()->window(), nullptr);
+  EXPECT_TRUE(platform.events.empty());
+  controller()->NSViewController::dismissViewController(onTop);
+  taken();
+  manager->dismissLaunchScreen();
+  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                            "viewDidDisappear", "host: did disappear"}));
+}
+
+TEST_F(WholeRunTest, TheHostWindowsEndIsTheLaunchScreensEnd) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded, 10);
+  platform.run(0.5);
+  taken();
+  platform.user().windowVanishes(window->handle());
+  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15", "window closed",  //
+                            "viewDidDisappear", "host: did disappear"}));
+  platform.run(1);
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 1.0}}));
+}
+
+TEST_F(WholeRunTest, ASecondLaunchScreenOfTheSameManagerRunsWithoutAnEvent) {
+  const auto window = openPlayerWindow();
+  show(window, kHostModeEmbedded);
+  platform.run(5);
+  window->setStyleMask(7);
+  show(window, kHostModeEmbedded);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(5);
+  EXPECT_EQ(window->styleMask(), 7u);
+  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(platform.events.size(), 1u);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,102 @@
+#include "Tests/Support/CoverFixture.h"
+
+namespace vel::test {
+
+void CoverDelegate::note(CoverCall call, std::string_view text,
+                         const Strong<LaunchScreenViewController>& controller) {
+  teller = controller;
+  journal_->push_back(name_ + ": " + std::string(text));
+  if (work_ && call == workCall_) {
+    std::exchange(work_, nullptr)();
+  }
+}
+
+void CoverDelegate::launchScreenControllerWillPresent(
+    const Strong<LaunchScreenViewController>& controller) {
+  note(CoverCall::WillPresent, "will present", controller);
+}
+
+bool CoverDelegate::canLaunchScreenControllerDismiss(
+    const Strong<LaunchScreenViewController>& controller) {
+  note(CoverCall::CanDismiss, "can dismiss", controller);
+  return agrees;
+}
+
+void CoverDelegate::launchScreenControllerDidDismiss(
+    const Strong<LaunchScreenViewController>& controller) {
+  note(CoverCall::DidDismiss, "did dismiss", controller);
+}
+
+void CoverDelegate::once(CoverCall call, std::function<void()> work) {
+  workCall_ = call;
+  work_ = std::move(work);
+}
+
+void HostViewDelegate::note(std::string_view text, const Strong<ContentView>& shown) {
+  view = shown;
+  journal_->push_back(name_ + ": " + std::string(text));
+}
+
+void HostViewDelegate::contentViewWillAppear(const Strong<ContentView>& shown) {
+  note("will appear", shown);
+}
+
+bool HostViewDelegate::canContentViewDisappear(const Strong<ContentView>& shown) {
+  note("can disappear", shown);
+  return agrees;
+}
+
+void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& shown) {
+  note("did disappear", shown);
+}
+
+void PlatformJournal::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
+  if (controller.className() != LaunchScreenViewController::staticClassName()) {
+    return;
+  }
+  switch (step) {
+    case LifeCycleStep::WillAppear:
+      return journal_->push_back("viewWillAppear");
+    case LifeCycleStep::DidAppear:
+      return journal_->push_back("viewDidAppear");
+    case LifeCycleStep::WillDisappear:
+      return journal_->push_back("viewWillDisappear");
+    case LifeCycleStep::DidDisappear:
+      return journal_->push_back("viewDidDisappear");
+  }
+}
+
+void PlatformJournal::styleMaskSet(NSWindow& /*window*/, std::uint64_t styleMask) {
+  journal_->push_back("style " + std::to_string(styleMask));
+  if (work_) {
+    std::exchange(work_, nullptr)();
+  }
+}
+
+void PlatformJournal::windowOpened(NSWindow& /*window*/) { journal_->push_back("window opened"); }
+
+void PlatformJournal::windowClosed(NSWindow& /*window*/) { journal_->push_back("window closed"); }
+
+CoverTest::CoverTest() {
+  configuration().setExpirationTimeInterval(5);
+  cover = LaunchScreenViewController::init();
+}
+
+Strong<CoverDelegate> CoverTest::addDelegate(std::string_view name,
+                                             const Strong<LaunchScreenViewController>& to) {
+  auto delegate = make<CoverDelegate>(name, journal);
+  to->addDelegate(delegate);
+  return delegate;
+}
+
+bool tracks(const Strong<NSView>& superView, const Strong<LaunchScreenViewController>& controller) {
+  return embedded_cover::superView == superView && embedded_cover::selfView == controller->view() &&
+         embedded_cover::selfController == controller;
+}
+
+bool tracksNothing() {
+  return embedded_cover::superView == nullptr && embedded_cover::selfView == nullptr &&
+         embedded_cover::selfController == nullptr;
+}
+
+}  // namespace vel::test

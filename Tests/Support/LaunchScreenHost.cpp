@@ -1,0 +1,108 @@
+#include "Tests/Support/LaunchScreenHost.h"
+
+#include <thread>
+
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Foundation/NSThread.h"
+
+namespace vel::test {
+
+void ResolverListener::contentResolverDidChangeStateForContentData(
+    const Strong<ContentResolver>& resolver, const Strong<ContentData>& data) {
+  changes.push_back({resolver, data, data->state(), NSThread::isMainThread()});
+}
+
+void HostController::note(std::string_view operation) {
+  calls.emplace_back(operation);
+  if (const auto work = std::exchange(work_, nullptr)) {
+    work();
+  }
+}
+
+void HostController::addDelegate(const Strong<LaunchScreenViewControllerDelegate>& added) {
+  delegate = added;
+  note("addDelegate");
+}
+
+void HostController::removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& /*removed*/) {
+  note("removeDelegate");
+}
+
+void HostController::deactivate() {
+  delegate = nullptr;
+  note("deactivate");
+}
+
+void HostController::presentForWindowWithPresentationMode(const Strong<NSWindow>& over,
+                                                          LaunchScreenPresentationMode how) {
+  window = over;
+  mode = how;
+  note("present");
+}
+
+void HostController::dismiss() { note("dismiss"); }
+
+void HostController::dismissViewController(const Strong<NSViewController>& controller) {
+  dismissed = controller;
+  note("dismissViewController");
+}
+
+void onAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
+
+LaunchScreenTest::~LaunchScreenTest() { send(manager, &LaunchScreenManager::deactivate); }
+
+void LaunchScreenTest::load(double duration, std::string_view mode) {
+  const auto data =
+      manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
+  ASSERT_EQ(data, manager->content());
+  manager->contentViewForContentData(data);
+}
+
+Strong<HostController> LaunchScreenTest::loadHostController(double duration,
+                                                            std::string_view mode) {
+  const auto hostController = make<HostController>();
+  configuration().setViewController(hostController);
+  load(duration, mode);
+  return hostController;
+}
+
+void LaunchScreenTest::present(const Strong<NSWindow>& window, std::int32_t hostMode) {
+  manager->content()->presentForWindowWithPresentationMode(window, hostMode);
+}
+
+Strong<LaunchScreenViewController> LaunchScreenTest::controller() const {
+  return as<LaunchScreenViewController>(manager->content()->viewController());
+}
+
+Strong<CoverDelegate> LaunchScreenTest::addHostDelegate() {
+  auto delegate = make<CoverDelegate>("host", journal);
+  controller()->addDelegate(delegate);
+  return delegate;
+}
+
+std::size_t LaunchScreenTest::registrations() const {
+  return NSNotificationCenter::defaultCenter().registrationCount(manager.get());
+}
+
+std::size_t LaunchScreenTest::pendingWork() { return dispatch_get_main_queue().pendingCount(); }
+
+void ShownLaunchScreenTest::show(double duration, std::string_view mode) {
+  shown = loadHostController(duration, mode);
+  shown->calls.clear();
+  window = openWindow("NSWindow");
+  window->contentView()->addSubview(shown->view());
+  manager->startTimer();
+}
+
+void ShownLaunchScreenTest::resignKey(const Strong<NSObject>& object) {
+  manager->windowDidResignKey(
+      NSNotification::initWithNameObject(NSWindowDidResignKeyNotification, object));
+}
+
+void ShownLaunchScreenTest::becomeKey(const Strong<NSObject>& object) {
+  manager->windowDidBecomeKey(
+      NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, object));
+}
+
+}  // namespace vel::test

@@ -1,0 +1,93 @@
+#include "Tests/Support/VirtualPlatform.h"
+
+#include <memory>
+#include <utility>
+
+#include "LaunchScreen/View/macOS/EmbeddedCover.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/NSNumber.h"
+#include "Platform/Foundation/NSProcessInfo.h"
+#include "Platform/Foundation/ReleasePool.h"
+
+namespace vel::test {
+
+namespace {
+
+constexpr NSOperatingSystemVersion kCurrentSystem{15, 0, 0};
+
+class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
+ public:
+  explicit Request(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
+  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
+
+ private:
+  Strong<NSDictionary> parameters_;
+};
+
+}  // namespace
+
+VirtualPlatform::VirtualPlatform() {
+  NSRunLoop::mainRunLoop().setClock(std::make_unique<VirtualClock>());
+  auto windowSystem = std::make_unique<HeadlessWindowSystem>();
+  windowSystem_ = windowSystem.get();
+  NSApplication::start(std::move(windowSystem));
+  setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
+  MetricsCenter::setSink([this](std::string_view event) {
+    events.push_back({std::string(event), now()});
+  });
+}
+
+VirtualPlatform::~VirtualPlatform() {
+  setPlatformObserver(nullptr);
+  NSApplication::stop();
+  send(embedded_cover::selfController, &LaunchScreenViewController::deactivate);
+  embedded_cover::release();
+  ReleasePool::current().drainTo(0);
+  sDefaultConfiguration = nullptr;
+  NSProcessInfo::setOperatingSystemVersion(kCurrentSystem);
+  MetricsCenter::setSink(nullptr);
+  setNSLogSink(nullptr);
+}
+
+void VirtualPlatform::run(double seconds) {
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  loop.runUntilDate(loop.now() + nanosecondsFromSeconds(seconds));
+}
+
+double VirtualPlatform::now() const {
+  return secondsFromNanoseconds(NSRunLoop::mainRunLoop().now());
+}
+
+Strong<NSWindow> openWindow(std::string_view className, CGRect frame, NSWindowStyleMask styleMask) {
+  Strong<NSWindow> window = NSWindow::initAs<NamedWindow>(className, frame, styleMask);
+  window->orderFront();
+  return window;
+}
+
+Strong<NSWindow> openPlayerWindow() {
+  Strong<NSWindow> window = openWindow(LSUnityPlayerWindowClassName);
+  window->makeKeyWindow();
+  return window;
+}
+
+Strong<NSWindow> openPlayerWindowWithContentViewController() {
+  Strong<NSWindow> window = openPlayerWindow();
+  window->setContentViewController(make<NamedViewController>("PlayerViewController"));
+  return window;
+}
+
+Strong<ContentRequest> makeRequest(Strong<NSDictionary> parameters) {
+  return make<Request>(std::move(parameters));
+}
+
+Strong<ContentRequest> makeRequest(std::string_view event, double duration, std::string_view mode) {
+  NSDictionary::Entries entries{{"event", NSString::stringWithUTF8String(event)},
+                                {"max_duration_time", NSNumber::numberWithDouble(duration)}};
+  if (!mode.empty()) {
+    entries["mode"] = NSString::stringWithUTF8String(mode);
+  }
+  return makeRequest(NSDictionary::dictionaryWithEntries(std::move(entries)));
+}
+
+}  // namespace vel::test

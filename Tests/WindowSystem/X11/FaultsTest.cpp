@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr std::uint32_t kGreen = 0x208040;
+
+class X11Faults : public X11Test {
+ protected:
+  WindowHandle openCovered() {
+    game = user.openGame(kGame, kGreen);
+    EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    const AdoptedWindow found = adopt(game);
+    system().setScene(found.handle, whiteWithIndicator(found.frame.size));
+    system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+    deliver();
+    return found.handle;
+  }
+  /// Everything that the port offers, at once.
+  void askForEverything(WindowHandle window) {
+    system().orderFront(window);
+    system().requestFocus(window);
+    system().requestMiniaturized(window, true);
+    system().requestMiniaturized(window, false);
+    system().setFrame(window, CGRectMake(1, 2, 3, 4));
+    system().setTitle(window, "nobody");
+    system().setStyleMask(window, 1);
+    system().setStyleMask(window, 15);
+    system().setMovableByBackground(window, true);
+    system().setScene(window, whiteWithIndicator({100, 100}));
+    system().setModalWindow(window);
+    system().setScene(window, {});
+    system().setModalWindow(WindowHandle::None);
+    system().orderOut(window);
+  }
+
+  xcb_window_t game = 0;
+};
+
+TEST_F(X11Faults, TheServerGoesAwayAndTheProcessGoesOn) {
+  const WindowHandle handle = openCovered();
+  server.kill();
+  askForEverything(handle);
+  EXPECT_EQ(system().createWindow({.className = "Late", .title = "", .frame = {{}, {1, 1}}}),
+            system().createWindow({.className = "Late", .title = "", .frame = {{}, {1, 1}}}));
+  EXPECT_TRUE(waitFor([&] { return reports.heard("lost"); }));
+  EXPECT_EQ(reports.count("lost"), 1);
+  askForEverything(handle);
+  std::string error;
+  EXPECT_FALSE(system().adoptWindow(game, error).has_value());
+  EXPECT_FALSE(system().deliverEvents());
+  EXPECT_EQ(reports.count("lost"), 1);
+  EXPECT_EQ(system().nextDeadline(), kNever);
+}
+
+TEST_F(X11Faults, TheServerGoesAwayUnnoticedAtFirst) {
+  openCovered();
+  server.kill();
+  EXPECT_TRUE(waitFor([&] { return reports.heard("lost"); }));
+}
+
+TEST_F(X11Faults, ABrokenConnectionLeavesTheHostsSignalsAlone) {
+  const WindowHandle handle = openCovered();
+  server.kill();
+  askForEverything(handle);
+  sigset_t pending;
+  sigpending(&pending);
+  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+  sigset_t blocked;
+  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+}
+
+TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
+  const WindowHandle handle = openCovered();
+  class Ender final : public WindowSystemDelegate {
+   public:
+    explicit Ender(std::unique_ptr<X11WindowSystem>& system) : system_(system) {}
+    void focusMoved(WindowHandle /*window*/) override {}
+    void applicationActivated(WindowHandle /*window*/) override {}
+    void applicationDeactivated() override {}
+    void closeAsked(WindowHandle /*window*/) override {}
+    void windowGone(WindowHandle /*window*/) override { system_ = nullptr; }
+    void frameChanged(WindowHandle /*window*/, CGRect /*frame*/) override {}
+    void miniaturizedChanged(WindowHandle /*window*/, bool /*miniaturized*/) override {}
+    void controlsKept(WindowHandle /*window*/, NSWindowStyleMask /*controls*/) override {}
+    void displayLost(std::string_view /*reason*/) override {}
+
+   private:
+    std::unique_ptr<X11WindowSystem>& system_;
+  };
+  std::unique_ptr<X11WindowSystem> taken = takeSystem();
+  Ender ender(taken);
+  taken->setDelegate(&ender);
+  ASSERT_EQ(idOf(handle), game);
+  user.destroy(game);
+  while (taken != nullptr) {
+    taken->deliverEvents();
+  }
+}
+
+TEST_F(X11Faults, TheGameIsUnmappedUnderTheCoverAndComesBackCovered) {
+  const WindowHandle handle = openCovered();
+  user.unmap(game);
+  EXPECT_TRUE(waitFor([&] { return reports.heard(line("miniaturized", handle)); }));
+  user.map(game);
+  EXPECT_TRUE(waitFor([&] { return reports.heard(line("deminiaturized", handle)); }));
+  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+}
+
+TEST_F(X11Faults, TheGameIsDestroyedUnderTheCover) {
+  const WindowHandle handle = openCovered();
+  user.destroy(game);
+  askForEverything(handle);
+  EXPECT_TRUE(waitFor([&] { return reports.heard(line("gone", handle)); }));
+  deliver();
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(X11Faults, AnErrorIsNamedAfterItsRequest) {
+  const xcb_window_t selected = user.makeWindow(kGame, kGreen);
+  user.selectEvents(selected, XCB_EVENT_MASK_BUTTON_PRESS);
+  const WindowHandle ours = open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
+  // Only one program may have a window's button presses.
+  user.selectEvents(idOf(ours), XCB_EVENT_MASK_BUTTON_PRESS);
+  system().setMovableByBackground(ours, true);
+  deliver();
+  EXPECT_THAT(log, ElementsAre("X11: ChangeWindowAttributes for window " +
+                               std::to_string(idOf(ours)) + " failed: BadAccess"));
+}
+
+TEST_F(X11Faults, TheWindowManagerExits) {
+  startManager(Manager::Metacity);
+  const WindowHandle handle = openCovered();
+  system().requestFocus(handle);
+  ASSERT_TRUE(waitFor([&] { return reports.heard(line("focus", handle)); }));
+  reports.lines.clear();
+  manager.kill();
+  // The keyboard would go nowhere: it is given back to the window that had it.
+  EXPECT_TRUE(waitFor([&] { return user.focused() == game && user.isViewable(game); }));
+  deliver();
+  if (reports.heard("deactivated")) {
+    EXPECT_TRUE(waitFor([&] { return reports.heard(line("activated", handle)); }));
+  }
+  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(X11Faults, TheWindowManagerIsReplaced) {
+  startManager(Manager::Metacity);
+  const WindowHandle handle = openCovered();
+  ASSERT_TRUE(waitFor([&] { return reports.heard(line("controls kept", handle) + " 0"); }));
+  manager.end();
+  startManager(Manager::Openbox);
+  // The new one keeps more: it has been asked anew.
+  EXPECT_TRUE(waitFor([&] { return reports.heard(line("controls kept", handle) + " 6"); }));
+  system().requestFocus(handle);
+  EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
+  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST(X11Opening, FailsWithAReasonWhereThereIsNoDisplay) {
+  std::string error;
+  EXPECT_EQ(X11WindowSystem::open(":9999", error), nullptr);
+  EXPECT_EQ(error, "cannot open the X11 display \":9999\": it does not answer");
+  EXPECT_EQ(X11WindowSystem::open("no display", error), nullptr);
+  EXPECT_EQ(error, "cannot open the X11 display \"no display\": its name is malformed");
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,165 @@
+#include <gmock/gmock.h>
+
+#include "Platform/WindowSystem/X11/Focus.h"
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kOther{900, 150, 200, 200};
+
+class X11Focus : public X11Test {
+ protected:
+  xcb_window_t game = user.openGame(kGame, 0);
+  xcb_window_t other = user.openGame(kOther, 0);
+  WindowHandle handle = WindowHandle::None;
+
+  /// Adopts the game while it has the focus.
+  void adoptFocused() {
+    user.focus(game);
+    handle = adopt(game).handle;
+    deliver();
+    ASSERT_THAT(reports.lines, IsEmpty());
+  }
+};
+
+TEST_F(X11Focus, LeavesForAnotherProgramAndComesBack) {
+  adoptFocused();
+  user.focus(other);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
+  reports.lines.clear();
+  user.focus(game);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
+}
+
+TEST_F(X11Focus, PassesBetweenWindowsOfOursWithoutLeaving) {
+  adoptFocused();
+  const WindowHandle second = adopt(other).handle;
+  user.focus(other);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
+}
+
+TEST_F(X11Focus, IsNotTakenAwayByAGrab) {
+  adoptFocused();
+  const x11::FromServer<xcb_grab_keyboard_reply_t> grabbed(
+      xcb_grab_keyboard_reply(user.get(),
+                              xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
+                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                              nullptr));
+  ASSERT_EQ(grabbed->status, XCB_GRAB_STATUS_SUCCESS);
+  deliver();
+  EXPECT_THAT(reports.lines, IsEmpty());
+  xcb_ungrab_keyboard(user.get(), XCB_CURRENT_TIME);
+  deliver();
+  EXPECT_THAT(reports.lines, IsEmpty());
+}
+
+TEST_F(X11Focus, MovesDuringAGrab) {
+  adoptFocused();
+  const x11::FromServer<xcb_grab_keyboard_reply_t> grabbed(
+      xcb_grab_keyboard_reply(user.get(),
+                              xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
+                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                              nullptr));
+  user.focus(other);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
+}
+
+TEST_F(X11Focus, IsNotGivenByThePointer) {
+  user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
+  adopt(game);
+  deliver();
+  ASSERT_THAT(reports.lines, ElementsAre("deactivated"));
+  user.movePointer(kGame.x + 10, kGame.y + 10);
+  deliver();
+  user.movePointer(1200, 900);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
+}
+
+TEST_F(X11Focus, StaysInTheWindowWhileItMovesAmongItsChildren) {
+  const xcb_window_t first = user.makeWindow({0, 0, 50, 50}, 0, game);
+  const xcb_window_t second = user.makeWindow({50, 0, 50, 50}, 0, game);
+  user.map(first);
+  user.map(second);
+  adoptFocused();
+  user.focus(first);
+  user.focus(second);
+  user.focus(game);
+  user.focus(first);
+  deliver();
+  EXPECT_THAT(reports.lines, IsEmpty());
+  user.focus(other);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
+}
+
+TEST_F(X11Focus, ComesThroughAChildToo) {
+  const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
+  user.map(child);
+  adoptFocused();
+  user.focus(other);
+  deliver();
+  reports.lines.clear();
+  user.focus(child);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
+}
+
+TEST_F(X11Focus, IsSetWithoutAWindowManager) {
+  adoptFocused();
+  user.focus(other);
+  deliver();
+  system().requestFocus(handle);
+  deliver();
+  EXPECT_EQ(user.focused(), game);
+}
+
+TEST_F(X11Focus, WaitsForAWindowThatCannotBeSeenYet) {
+  adoptFocused();
+  user.unmap(game);
+  deliver();
+  system().requestFocus(handle);
+  deliver();
+  EXPECT_NE(user.focused(), game);
+  user.map(game);
+  deliver();
+  EXPECT_EQ(user.focused(), game);
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(X11Focus, IsToldAgainWhenItIsThereAlready) {
+  adoptFocused();
+  system().requestFocus(handle);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle)));
+}
+
+class X11FocusWithManager : public X11TestWithManager {};
+
+TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
+  const xcb_window_t game = user.openGame(kGame, 0);
+  const xcb_window_t other = user.openGame(kOther, 0);
+  ASSERT_TRUE(waitFor([&] { return user.isViewable(game) && user.isViewable(other); }));
+  const WindowHandle handle = adopt(game).handle;
+  system().requestFocus(handle);
+  ASSERT_TRUE(waitFor([&] { return reports.heard(line("focus", handle)); }));
+  user.click(kOther.x + 100, kOther.y + 100);
+  user.noteUserTime(other);
+  ASSERT_TRUE(
+      waitFor([&] { return user.focused() == other && reports.lines.back() == "focus 0x0"; }));
+  system().requestFocus(handle);
+  deliverFor(0.3);
+  EXPECT_EQ(user.focused(), other);
+}
+
+}  // namespace
+}  // namespace vel::test

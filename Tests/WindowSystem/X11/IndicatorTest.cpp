@@ -1,0 +1,139 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <set>
+
+#include "Platform/WindowSystem/X11/Display.h"
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+
+class X11Indicator : public X11Test {
+ protected:
+  void setDpi(std::string_view dpi) {
+    user.setProperty(
+        user.root(), "RESOURCE_MANAGER",
+        Property::ofText(XCB_ATOM_STRING, "*customization:\t-color\nXft.dpi:\t" + std::string(dpi) +
+                                              "\nXft.hinting:\t1\n"));
+  }
+  Picture show(bool animates) {
+    game = user.openGame(kGame, 0x208040);
+    const AdoptedWindow found = adopt(game);
+    handle = found.handle;
+    scene = whiteWithIndicator(found.frame.size);
+    scene.back().animates = animates;
+    system().setScene(handle, scene);
+    deliver();
+    return user.picture(game);
+  }
+  /// Pictures that differ from the one before, in so many seconds.
+  int changesIn(double seconds) {
+    const Nanoseconds limit = x11::steadyNow() + nanosecondsFromSeconds(seconds);
+    Picture last = user.picture(game);
+    int changes = 0;
+    while (x11::steadyNow() < limit) {
+      deliverFor(0.02);
+      const Picture now = user.picture(game);
+      changes += now == last ? 0 : 1;
+      last = now;
+    }
+    return changes;
+  }
+
+  xcb_window_t game = 0;
+  WindowHandle handle = WindowHandle::None;
+  Scene scene;
+};
+
+TEST_F(X11Indicator, IsRoundAndCentredAndThirtyTwoPointsHigh) {
+  const Picture picture = show(false);
+  EXPECT_EQ(picture.otherThan(kWhite), (PixelRect{304, 184, 32, 32}));
+  // Round: nothing in the corners of its square, and its middle is free.
+  for (int y = 0; y < 32; ++y) {
+    for (int x = 0; x < 32; ++x) {
+      const double radius = std::hypot(x - 15.5, y - 15.5);
+      if (radius > 17 || radius < 6) {
+        EXPECT_EQ(picture.at(304 + x, 184 + y), kWhite) << x << ", " << y;
+      }
+    }
+  }
+  picture.keep("indicator");
+}
+
+TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShade) {
+  const Picture picture = show(false);
+  std::set<std::uint32_t> shades;
+  for (int spoke = 0; spoke < 12; ++spoke) {
+    const double angle = spoke * M_PI / 6;
+    shades.insert(picture.at(320 + static_cast<int>(std::lround(11.5 * std::sin(angle) - 0.5)),
+                             200 - static_cast<int>(std::lround(11.5 * std::cos(angle) + 0.5))));
+  }
+  EXPECT_EQ(shades.size(), 12U);
+  EXPECT_FALSE(shades.contains(kWhite));
+}
+
+TEST_F(X11Indicator, IsAsLargeAsTheDisplaysScaleSays) {
+  setDpi("192");
+  const Picture picture = show(false);
+  EXPECT_EQ(picture.otherThan(kWhite), (PixelRect{288, 168, 64, 64}));
+  picture.keep("indicator-at-192-dpi");
+}
+
+TEST_F(X11Indicator, TurnsWhileItIsAnimated) {
+  show(true);
+  const int changes = changesIn(1);
+  EXPECT_GE(changes, 8);  // twelve a second, and some leeway
+  EXPECT_LE(changes, 13);
+}
+
+TEST_F(X11Indicator, StandsStillWhileItIsNotAnimated) {
+  show(false);
+  EXPECT_EQ(changesIn(0.3), 0);
+  EXPECT_EQ(system().nextDeadline(), kNever);
+}
+
+TEST_F(X11Indicator, HasNothingToDoWhileItsWindowIsHidden) {
+  show(true);
+  EXPECT_NE(system().nextDeadline(), kNever);
+  user.unmap(game);
+  deliver();
+  EXPECT_EQ(system().nextDeadline(), kNever);
+  user.map(game);
+  deliver();
+  EXPECT_NE(system().nextDeadline(), kNever);
+}
+
+TEST_F(X11Indicator, HasNothingToDoOnceItIsGone) {
+  show(true);
+  system().setScene(handle, {});
+  deliver();
+  EXPECT_EQ(system().nextDeadline(), kNever);
+}
+
+TEST_F(X11Indicator, IsThereAgainAfterItWasCovered) {
+  const Picture picture = show(false);
+  const xcb_window_t above = user.makeWindow({400, 250, 200, 200}, 0xFF);
+  user.map(above);
+  user.destroy(above);
+  EXPECT_EQ(user.picture(game), picture);
+}
+
+TEST(X11Scale, ComesFromTheResources) {
+  EXPECT_EQ(x11::scaleFromResources("Xft.dpi:\t192\n"), 2);
+  EXPECT_EQ(x11::scaleFromResources("a: b\nXft.dpi: 144"), 1.5);
+  EXPECT_EQ(x11::scaleFromResources("Xft.dpi:96"), 1);
+}
+
+TEST(X11Scale, IsOneWhereTheResourcesMakeNoSense) {
+  for (const char* const text :
+       {"", "Xft.dpi:", "Xft.dpi:\t", "Xft.dpi: nan", "Xft.dpi: -96", "Xft.dpi: 0",
+        "Xft.dpi: 1e300", "Xft.dpi: many", "xXft.dpi: 192", "Xft.dpi.x: 192"}) {
+    EXPECT_EQ(x11::scaleFromResources(text), 1) << text;
+  }
+}
+
+}  // namespace
+}  // namespace vel::test

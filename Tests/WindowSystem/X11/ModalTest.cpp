@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr std::uint32_t kButtonEvents = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+
+class X11Modal : public X11Test {
+ protected:
+  void SetUp() override {
+    startManager(managerWanted);
+    game = user.openGame(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    const AdoptedWindow found = adopt(game);
+    owner = found.handle;
+    place = user.frameOf(game);
+    frame = found.frame;
+  }
+  WindowHandle openPresentation(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
+    const double x = frame.origin.x + (frame.size.width - size.width) / 2;
+    const double slack = frame.size.height - size.height;
+    const double y = frame.origin.y + (kind == WindowKind::Sheet ? slack : slack / 2);
+    return open({.className = "NSWindow",
+                 .title = "Launch",
+                 .frame = {{x, y}, size},
+                 .styleMask = styleMask,
+                 .kind = kind,
+                 .owner = owner,
+                 .movableByBackground = kind == WindowKind::Modal,
+                 .canHide = false});
+  }
+  WindowHandle openModal() { return openPresentation(WindowKind::Modal, 0, {480, 270}); }
+  bool isAt(WindowHandle window, PixelRect expected) {
+    return waitFor([&] { return user.frameOf(idOf(window)) == expected; });
+  }
+
+  Manager managerWanted = Manager::None;
+  xcb_window_t game = 0;
+  WindowHandle owner = WindowHandle::None;
+  PixelRect place;  // of the game
+  CGRect frame;
+};
+
+class X11ModalWithManager : public X11Modal {
+ protected:
+  X11ModalWithManager() { managerWanted = Manager::Metacity; }
+};
+
+TEST_F(X11ModalWithManager, IsWhiteInTheMiddleOfItsOwner) {
+  const WindowHandle modal = openModal();
+  EXPECT_TRUE(isAt(modal, {place.x + 80, place.y + 65, 480, 270}));
+  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
+}
+
+TEST_F(X11ModalWithManager, BelongsToItsOwner) {
+  const xcb_window_t modal = idOf(openModal());
+  EXPECT_THAT(user.numbers(modal, "WM_TRANSIENT_FOR"), ElementsAre(game));
+  EXPECT_THAT(user.atomNames(modal, "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
+  EXPECT_THAT(user.atomNames(modal, "_NET_WM_WINDOW_TYPE"),
+              ElementsAre("_NET_WM_WINDOW_TYPE_DIALOG"));
+}
+
+TEST_F(X11ModalWithManager, HasNoBorderAndNoControls) {
+  const xcb_window_t modal = idOf(openModal());
+  EXPECT_THAT(user.numbers(modal, "_NET_FRAME_EXTENTS"),
+              testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
+  const auto actions = user.atomNames(modal, "_NET_WM_ALLOWED_ACTIONS");
+  EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_MINIMIZE")));
+  EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_CLOSE")));
+  EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_RESIZE")));
+}
+
+TEST_F(X11ModalWithManager, IsModalAgainWhenItIsOpenedAgain) {
+  const WindowHandle modal = openModal();
+  system().orderOut(modal);
+  ASSERT_TRUE(waitFor([&] {
+    return !user.isViewable(idOf(modal)) && user.numbers(idOf(modal), "_NET_WM_STATE").empty();
+  }));
+  system().orderFront(modal);
+  EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(modal)); }));
+  EXPECT_THAT(user.atomNames(idOf(modal), "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
+}
+
+TEST_F(X11ModalWithManager, IsDraggedByItsBackground) {
+  const WindowHandle modal = openModal();
+  system().setScene(modal, white({480, 270}));
+  deliver();
+  const PixelRect before = user.frameOf(idOf(modal));
+  reports.lines.clear();
+  user.movePointer(before.x + 100, before.y + 50);
+  user.press();
+  deliver();
+  user.movePointer(before.x + 130, before.y + 110);
+  deliver();
+  user.release();
+  EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
+  EXPECT_TRUE(reports.heard(line("frame", modal)));
+  EXPECT_EQ(reports.frame.origin.y, 960 - before.y - 60 - 270);
+  // It has been let go.
+  user.movePointer(before.x + 300, before.y + 300);
+  deliver();
+  EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
+}
+
+TEST_F(X11ModalWithManager, StaysWhereItIsWhenItIsNotMovable) {
+  const WindowHandle modal = openModal();
+  system().setMovableByBackground(modal, false);
+  deliver();
+  const PixelRect before = user.frameOf(idOf(modal));
+  user.movePointer(before.x + 100, before.y + 50);
+  user.press();
+  deliver();
+  user.movePointer(before.x + 130, before.y + 110);
+  deliver();
+  user.release();
+  deliverFor(0.1);
+  EXPECT_EQ(user.frameOf(idOf(modal)), before);
+}
+
+TEST_F(X11ModalWithManager, SheetHangsBelowItsOwnersTitle) {
+  const WindowHandle sheet = openPresentation(
+      WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
+  EXPECT_TRUE(isAt(sheet, {place.x + 120, place.y, 400, 100}));
+  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(sheet)).isAll(kWhite); }));
+  EXPECT_THAT(user.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
+  EXPECT_THAT(user.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
+              testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
+}
+
+TEST_F(X11Modal, KeepsThePointerFromTheOtherWindows) {
+  user.selectEvents(game, kButtonEvents);
+  const WindowHandle ours =
+      open({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
+  user.selectEvents(idOf(ours), kButtonEvents);
+  const WindowHandle modal = openModal();
+  system().setModalWindow(modal);
+  deliver();
+  user.events();
+  user.click(place.x + 5, place.y + 5);
+  user.click(950, 200);
+  EXPECT_THAT(user.events(), IsEmpty());
+  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
+}
+
+TEST_F(X11Modal, KeepsThePointerFromAWindowThatTheGameAddsToItsOwn) {
+  const WindowHandle modal = openModal();
+  system().setModalWindow(modal);
+  deliver();
+  const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
+  user.selectEvents(child, kButtonEvents);
+  user.map(child);
+  deliver();
+  user.events();
+  user.click(place.x + 5, place.y + 5);
+  EXPECT_THAT(user.events(), IsEmpty());
+}
+
+TEST_F(X11Modal, LeavesThePointerToTheWindowItself) {
+  const WindowHandle modal = openPresentation(WindowKind::Sheet, 0, {100, 100});
+  user.selectEvents(idOf(modal), kButtonEvents);
+  system().setModalWindow(modal);
+  deliver();
+  user.events();
+  const PixelRect there = user.frameOf(idOf(modal));
+  user.click(there.x + 50, there.y + 50);
+  EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
+}
+
+TEST_F(X11Modal, GivesThePointerBackAtItsEnd) {
+  user.selectEvents(game, kButtonEvents);
+  system().setModalWindow(openModal());
+  system().setModalWindow(WindowHandle::None);
+  deliver();
+  user.events();
+  user.click(place.x + 5, place.y + 5);
+  EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
+}
+
+TEST_F(X11Modal, KeepsThePointerFromWindowsThatComeLater) {
+  const WindowHandle modal = openModal();
+  system().setModalWindow(modal);
+  const xcb_window_t other = user.openGame({900, 600, 100, 100}, 0);
+  user.selectEvents(other, kButtonEvents);
+  adopt(other);
+  user.events();
+  user.click(950, 650);
+  EXPECT_THAT(user.events(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,189 @@
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr NSWindowStyleMask kEverything = 15;
+constexpr std::string_view kMotif = "_MOTIF_WM_HINTS";
+constexpr std::string_view kNormal = "WM_NORMAL_HINTS";
+
+class X11Style : public X11Test {
+ protected:
+  xcb_window_t game = user.openGame(kGame, 0);
+
+  Property motif(std::vector<std::uint32_t> fields) {
+    return Property::ofNumbers(user.atom(kMotif), fields);
+  }
+};
+
+TEST_F(X11Style, TakesNothingBeforeItIsChanged) {
+  const auto normal = user.property(game, kNormal);
+  adopt(game);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(user.property(game, kNormal), normal);
+}
+
+TEST_F(X11Style, TakesControlsAwayOneByOne) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskResizable);
+  deliver();
+  // Flags, functions (resize 2, move 4, minimise 8, maximise 16, close 32), decorations (border 2,
+  // resize handles 4, title 8, menu 16, minimise 32, maximise 64).
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
+  system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 36, 26, 0, 0}));
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 26, 0, 0}));
+}
+
+TEST_F(X11Style, FixesTheSizeOfAWindowThatMayNotBeResized) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  const auto hints = user.numbers(game, kNormal);
+  EXPECT_EQ(hints.at(0), 1U | 4U | 16U | 32U);
+  EXPECT_EQ((std::vector(hints.begin() + 5, hints.begin() + 9)),
+            (std::vector<std::uint32_t>{640, 400, 640, 400}));
+}
+
+TEST_F(X11Style, FixesTheNewSizeWhenTheWindowIsResizedAllTheSame) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  user.configure(game, {0, 0, 800, 600});
+  EXPECT_TRUE(waitFor([&] { return user.numbers(game, kNormal).at(5) == 800; }));
+}
+
+TEST_F(X11Style, GivesBackWhatStoodBeforeToTheByte) {
+  // Fields that the mask knows nothing of, a type of its own, and a length of another age.
+  const Property motifBefore{
+      .type = XCB_ATOM_CARDINAL, .format = 32, .bytes = motif({1 | 4, 1 | 32, 77, 2, 9}).bytes};
+  const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
+  const Property normalBefore = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, shortHints);
+  user.setProperty(game, kMotif, motifBefore);
+  user.setProperty(game, kNormal, normalBefore);
+  const AdoptedWindow found = adopt(game);
+  EXPECT_EQ(found.styleMask, kEverything & ~NSWindowStyleMaskClosable);
+  system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+  deliver();
+  EXPECT_NE(user.property(game, kMotif), motifBefore);
+  EXPECT_NE(user.property(game, kNormal), normalBefore);
+  system().setStyleMask(found.handle, found.styleMask);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), motifBefore);
+  EXPECT_EQ(user.property(game, kNormal), normalBefore);
+}
+
+TEST_F(X11Style, GivesBackTheAbsenceOfHints) {
+  user.setProperty(game, kNormal, std::nullopt);
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  EXPECT_NE(user.property(game, kNormal), std::nullopt);
+  system().setStyleMask(handle, kEverything);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(user.property(game, kNormal), std::nullopt);
+}
+
+TEST_F(X11Style, GivesBackWithEveryBitOfTheMaskSet) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  system().setStyleMask(handle, ~NSWindowStyleMask{0});
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+}
+
+TEST_F(X11Style, GivesBackWhatTheGameWroteMeanwhile) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirs);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kEverything);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), theirs);
+}
+
+TEST_F(X11Style, LeavesWhatTheGameWroteJustBefore) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirs);
+  system().setStyleMask(handle, kEverything);  // no event has been delivered
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), theirs);
+}
+
+TEST_F(X11Style, LeavesTheGamesProtocolsAlone) {
+  const auto protocols = user.property(game, "WM_PROTOCOLS");
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliver();
+  EXPECT_EQ(user.property(game, "WM_PROTOCOLS"), protocols);
+}
+
+TEST_F(X11Style, KeepsNoControlWhereNobodyOffersAny) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  EXPECT_TRUE(reports.heard(line("controls kept", handle) + " 0"));
+}
+
+class X11StyleWithManager : public X11Test {
+ protected:
+  xcb_window_t openManagedGame(Manager started) {
+    startManager(started);
+    const xcb_window_t game = user.openGame(kGame, 0);
+    EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    return game;
+  }
+  /// Closing, miniaturising and resizing, as far as the manager allows them.
+  std::vector<std::string> offered(xcb_window_t game) {
+    std::vector<std::string> actions = user.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
+    std::erase_if(actions, [](const std::string& action) {
+      return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
+             action != "_NET_WM_ACTION_RESIZE";
+    });
+    return actions;
+  }
+};
+
+TEST_F(X11StyleWithManager, TakesTheControlsAwayByTheManagersOwnWord) {
+  const xcb_window_t game = openManagedGame(Manager::Metacity);
+  const AdoptedWindow found = adopt(game);
+  ASSERT_EQ(found.styleMask, kEverything);
+  EXPECT_THAT(offered(game), SizeIs(3));
+  system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  EXPECT_TRUE(reports.heard(line("controls kept", found.handle) + " 0"));
+  EXPECT_THAT(offered(game), IsEmpty());
+  system().setStyleMask(found.handle, found.styleMask);
+  EXPECT_TRUE(waitFor([&] { return offered(game).size() == 3; }));
+}
+
+TEST_F(X11StyleWithManager, TellsWhichControlsTheManagerKeeps) {
+  const xcb_window_t game = openManagedGame(Manager::Openbox);
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  // This one gives up resizing, and keeps closing (2) and miniaturising (4).
+  EXPECT_THAT(offered(game),
+              UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
+  EXPECT_TRUE(reports.heard(line("controls kept", handle) + " 6"));
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,107 @@
+#include <png.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <span>
+#include <stdexcept>
+
+#include "Tests/WindowSystem/X11/Support/XClient.h"
+
+namespace vel::test {
+
+namespace {
+
+Picture read(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect place) {
+  const x11::FromServer<xcb_get_image_reply_t> image(xcb_get_image_reply(
+      connection,
+      xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
+                    static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
+                    static_cast<std::uint16_t>(place.width),
+                    static_cast<std::uint16_t>(place.height), ~0U),
+      nullptr));
+  if (image == nullptr) {
+    throw std::runtime_error("the server gives no picture");
+  }
+  const std::span bytes(xcb_get_image_data(image.get()),
+                        static_cast<std::size_t>(xcb_get_image_data_length(image.get())));
+  Picture picture{place.width, place.height, std::vector<std::uint32_t>(bytes.size() / 4)};
+  std::memcpy(picture.pixels.data(), bytes.data(), picture.pixels.size() * 4);
+  return picture;
+}
+
+}  // namespace
+
+std::uint32_t Picture::at(int x, int y) const {
+  return pixels.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                   static_cast<std::size_t>(x));
+}
+
+std::map<std::uint32_t, int> Picture::colors() const {
+  std::map<std::uint32_t, int> counts;
+  for (const std::uint32_t pixel : pixels) {
+    ++counts[pixel];
+  }
+  return counts;
+}
+
+bool Picture::isAll(std::uint32_t color) const {
+  return !pixels.empty() &&
+         std::ranges::all_of(pixels, [color](std::uint32_t pixel) { return pixel == color; });
+}
+
+PixelRect Picture::otherThan(std::uint32_t color) const {
+  int left = width;
+  int top = height;
+  int right = 0;
+  int bottom = 0;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      if (at(x, y) != color) {
+        left = std::min(left, x);
+        right = std::max(right, x + 1);
+        top = std::min(top, y);
+        bottom = std::max(bottom, y + 1);
+      }
+    }
+  }
+  return right == 0 ? PixelRect{} : PixelRect{left, top, right - left, bottom - top};
+}
+
+void Picture::keep(const std::string& name) const {
+  const std::filesystem::path folder("build/pictures");
+  std::filesystem::create_directories(folder);
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(pixels.size() * 3);
+  for (const std::uint32_t pixel : pixels) {
+    for (const unsigned shift : {16U, 8U, 0U}) {
+      bytes.push_back(static_cast<std::uint8_t>(pixel >> shift & 0xFF));
+    }
+  }
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = static_cast<png_uint_32>(width);
+  image.height = static_cast<png_uint_32>(height);
+  image.format = PNG_FORMAT_RGB;
+  const std::string file = (folder / (name + ".png")).string();
+  if (png_image_write_to_file(&image, file.c_str(), 0, bytes.data(), 0, nullptr) == 0) {
+    throw std::runtime_error("cannot write " + file);
+  }
+}
+
+Picture XClient::picture(xcb_window_t window) const { return picture(frameOf(window)); }
+
+Picture XClient::picture(PixelRect place) const {
+  Picture picture = read(connection_, root_, place);
+  for (std::uint32_t& pixel : picture.pixels) {
+    pixel &= 0xFFFFFF;
+  }
+  return picture;
+}
+
+Picture XClient::pictureOfWindow(xcb_window_t window) const {
+  const PixelRect frame = frameOf(window);
+  return read(connection_, window, {0, 0, frame.width, frame.height});
+}
+
+}  // namespace vel::test

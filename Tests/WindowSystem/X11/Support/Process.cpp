@@ -1,0 +1,101 @@
+#include "Tests/WindowSystem/X11/Support/Process.h"
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+namespace vel::test {
+
+namespace {
+
+[[noreturn]] void become(std::vector<std::string> arguments, const std::string& display,
+                         int output) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  setenv("DISPLAY", display.c_str(), 1);
+  setenv("LC_ALL", "C", 1);
+  const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+  dup2(nowhere, STDIN_FILENO);
+  dup2(output < 0 ? nowhere : output, STDOUT_FILENO);
+  dup2(nowhere, STDERR_FILENO);
+  std::vector<char*> words;
+  words.reserve(arguments.size() + 1);
+  for (std::string& argument : arguments) {
+    words.push_back(argument.data());
+  }
+  words.push_back(nullptr);
+  execvp(words[0], words.data());
+  _exit(127);
+}
+
+}  // namespace
+
+Process::Process(std::vector<std::string> arguments, const std::string& display, int inherited)
+    : id_(fork()) {
+  if (id_ < 0) {
+    throw std::system_error(errno, std::generic_category(), "fork");
+  }
+  if (id_ == 0) {
+    become(std::move(arguments), display, inherited);
+  }
+}
+
+Process::Process(Process&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
+
+Process& Process::operator=(Process&& other) noexcept {
+  if (this != &other) {
+    end();
+    id_ = std::exchange(other.id_, 0);
+  }
+  return *this;
+}
+
+bool Process::isRunning() {
+  if (id_ != 0 && waitpid(id_, nullptr, WNOHANG) == id_) {
+    id_ = 0;
+  }
+  return id_ != 0;
+}
+
+void Process::end() { signalAndWait(SIGTERM); }
+
+void Process::kill() { signalAndWait(SIGKILL); }
+
+void Process::signalAndWait(int signal) {
+  if (id_ != 0) {
+    ::kill(id_, signal);
+    waitpid(std::exchange(id_, 0), nullptr, 0);
+  }
+}
+
+int Process::wait() {
+  int status = 0;
+  waitpid(std::exchange(id_, 0), &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string outputOf(const std::vector<std::string>& arguments, const std::string& display) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  Process process(arguments, display, ends[1]);
+  close(ends[1]);
+  std::string output;
+  std::array<char, 4096> part{};
+  for (ssize_t size = 0; (size = read(ends[0], part.data(), part.size())) > 0;) {
+    output.append(part.data(), static_cast<std::size_t>(size));
+  }
+  close(ends[0]);
+  process.wait();
+  return output;
+}
+
+}  // namespace vel::test

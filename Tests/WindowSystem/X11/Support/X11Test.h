@@ -1,0 +1,89 @@
+// What the tests of the X11 back end run on: a server of their own, another program on it, and the
+// back end with somebody who listens.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/WindowSystem/X11/X11WindowSystem.h"
+#include "Tests/WindowSystem/X11/Support/XClient.h"
+#include "Tests/WindowSystem/X11/Support/XServer.h"
+
+namespace vel::test {
+
+/// Notes each report as a line: "focus 0x200001", "deactivated", "gone 0x200001"...
+class ReportListener final : public WindowSystemDelegate {
+ public:
+  void focusMoved(WindowHandle window) override;
+  void applicationActivated(WindowHandle window) override;
+  void applicationDeactivated() override;
+  void closeAsked(WindowHandle window) override;
+  void windowGone(WindowHandle window) override;
+  void frameChanged(WindowHandle window, CGRect frame) override;
+  void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
+  void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
+  void displayLost(std::string_view reason) override;
+
+  [[nodiscard]] bool heard(std::string_view line) const;
+  /// How often a line was heard that begins so.
+  [[nodiscard]] int count(std::string_view beginning) const;
+
+  std::vector<std::string> lines;
+  CGRect frame;  // of the last change
+};
+
+/// Which window manager runs: the one that knows every hint, another one, or none.
+enum class Manager : std::uint8_t { None, Metacity, Openbox };
+
+/// The X server, another program with windows on it (`user`), and the back end. Waiting is for
+/// events, and fails where what was waited for does not come.
+class X11Test : public testing::Test {
+ protected:
+  explicit X11Test(Manager manager = Manager::None);
+  ~X11Test() override;
+
+  /// Opens the back end, if that has not happened.
+  X11WindowSystem& system();
+  /// Gives it away.
+  std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
+  /// Starts a window manager and waits until it manages.
+  void startManager(Manager manager);
+  /// Delivers events until the condition holds; false where it does not come to hold.
+  bool waitFor(const std::function<bool()>& condition);
+  /// Delivers what the server has for us by now, and waits until it has done what we asked.
+  void deliver();
+  /// The same for a while, to see that something does not happen.
+  void deliverFor(double seconds);
+
+  /// A window of ours, on screen.
+  WindowHandle open(const WindowDescription& description);
+  AdoptedWindow adopt(xcb_window_t window);
+  /// A scene that covers a window of that size, in points, with or without an indicator.
+  static Scene white(CGSize size);
+  static Scene whiteWithIndicator(CGSize size);
+
+  static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
+  static std::string line(std::string_view what, WindowHandle window);
+
+  XServer server;
+  XClient user;
+  Process manager;
+  ReportListener reports;
+  /// Lines that the back end has logged: errors of the server, attributed.
+  std::vector<std::string> log;
+
+ private:
+  std::unique_ptr<X11WindowSystem> system_;
+};
+
+class X11TestWithManager : public X11Test {
+ protected:
+  X11TestWithManager() : X11Test(Manager::Metacity) {}
+};
+
+}  // namespace vel::test

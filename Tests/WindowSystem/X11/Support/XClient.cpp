@@ -1,0 +1,360 @@
+#include "Tests/WindowSystem/X11/Support/XClient.h"
+
+#include <xcb/res.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+#include <stdexcept>
+
+namespace vel::test {
+
+namespace {
+
+template <class T>
+using Reply = x11::FromServer<T>;
+
+std::string nameOf(xcb_connection_t* connection, xcb_atom_t atom) {
+  const Reply<xcb_get_atom_name_reply_t> reply(
+      xcb_get_atom_name_reply(connection, xcb_get_atom_name(connection, atom), nullptr));
+  return reply == nullptr
+             ? std::string()
+             : std::string(xcb_get_atom_name_name(reply.get()),
+                           static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get())));
+}
+
+}  // namespace
+
+XClient::XClient(const std::string& display) : connection_(xcb_connect(display.c_str(), nullptr)) {
+  if (xcb_connection_has_error(connection_) != 0) {
+    throw std::runtime_error("the test cannot open the display " + display);
+  }
+  root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+}
+
+XClient::~XClient() { xcb_disconnect(connection_); }
+
+xcb_atom_t XClient::atom(std::string_view name) const {
+  const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+      connection_,
+      xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+      nullptr));
+  return reply->atom;
+}
+
+// Windows of its own
+
+xcb_window_t XClient::makeWindow(PixelRect frame, std::uint32_t color, xcb_window_t parent) {
+  const xcb_window_t window = xcb_generate_id(connection_);
+  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, parent == 0 ? root_ : parent,
+                    static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
+                    static_cast<std::uint16_t>(frame.width),
+                    static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                    XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &color);
+  settle();
+  return window;
+}
+
+xcb_window_t XClient::openGame(PixelRect frame, std::uint32_t color) {
+  const xcb_window_t window = makeWindow(frame, color);
+  constexpr std::string_view kClass("game\0PlayerWindow\0", 18);
+  setProperty(window, "WM_CLASS", Property::ofText(XCB_ATOM_STRING, kClass));
+  setProperty(window, "WM_NAME", Property::ofText(XCB_ATOM_STRING, "A game"));
+  const std::array protocols{atom("WM_DELETE_WINDOW")};
+  setProperty(window, "WM_PROTOCOLS", Property::ofNumbers(XCB_ATOM_ATOM, protocols));
+  std::array<std::uint32_t, 18> hints{1 | 4};  // placed by the user
+  setProperty(window, "WM_NORMAL_HINTS", Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, hints));
+  map(window);
+  return window;
+}
+
+xcb_window_t XClient::openGameWithOpacity(PixelRect frame) {
+  const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+  xcb_visualid_t visual = 0;
+  for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
+       xcb_depth_next(&depths)) {
+    if (depths.data->depth == 32) {
+      visual = xcb_depth_visuals(depths.data)->visual_id;
+    }
+  }
+  const xcb_colormap_t colormap = xcb_generate_id(connection_);
+  xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap, root_, visual);
+  const xcb_window_t window = xcb_generate_id(connection_);
+  const std::array<std::uint32_t, 3> values{0, 0, colormap};
+  xcb_create_window(connection_, 32, window, root_, static_cast<std::int16_t>(frame.x),
+                    static_cast<std::int16_t>(frame.y), static_cast<std::uint16_t>(frame.width),
+                    static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                    visual, XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP,
+                    values.data());
+  map(window);
+  return window;
+}
+
+void XClient::map(xcb_window_t window) {
+  xcb_map_window(connection_, window);
+  settle();
+}
+
+void XClient::unmap(xcb_window_t window) {
+  xcb_unmap_window(connection_, window);
+  settle();
+}
+
+void XClient::destroy(xcb_window_t window) {
+  xcb_destroy_window(connection_, window);
+  settle();
+}
+
+void XClient::configure(xcb_window_t window, PixelRect frame) {
+  const std::array values{frame.x, frame.y, frame.width, frame.height};
+  xcb_configure_window(connection_, window,
+                       XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
+                           XCB_CONFIG_WINDOW_HEIGHT,
+                       values.data());
+  settle();
+}
+
+void XClient::raise(xcb_window_t window) {
+  constexpr std::uint32_t kAbove = XCB_STACK_MODE_ABOVE;
+  xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &kAbove);
+  settle();
+}
+
+void XClient::focus(xcb_window_t window) {
+  xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+  settle();
+}
+
+void XClient::fill(xcb_window_t window, std::uint32_t color) {
+  xcb_change_window_attributes(connection_, window, XCB_CW_BACK_PIXEL, &color);
+  xcb_clear_area(connection_, 0, window, 0, 0, 0, 0);
+  settle();
+}
+
+void XClient::selectEvents(xcb_window_t window, std::uint32_t events) {
+  xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &events);
+  settle();
+}
+
+std::vector<int> XClient::events() {
+  settle();
+  std::vector<int> types;
+  while (const x11::Event event{xcb_poll_for_event(connection_)}) {
+    types.push_back(x11::typeOf(*event));
+  }
+  return types;
+}
+
+void XClient::settle() {
+  const Reply<xcb_get_input_focus_reply_t> reply(
+      xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
+
+// Looking at windows
+
+std::optional<Property> XClient::property(xcb_window_t window, std::string_view name) const {
+  const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+      connection_,
+      xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 0xFFFFFF),
+      nullptr));
+  if (reply == nullptr || reply->type == XCB_ATOM_NONE) {
+    return std::nullopt;
+  }
+  const std::span bytes(static_cast<const std::uint8_t*>(xcb_get_property_value(reply.get())),
+                        static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+  return Property{reply->type, reply->format, {bytes.begin(), bytes.end()}};
+}
+
+void XClient::setProperty(xcb_window_t window, std::string_view name,
+                          const std::optional<Property>& value) {
+  if (value) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(name), value->type,
+                        value->format,
+                        static_cast<std::uint32_t>(value->bytes.size() / (value->format / 8U)),
+                        value->bytes.data());
+  } else {
+    xcb_delete_property(connection_, window, atom(name));
+  }
+  settle();
+}
+
+std::vector<std::uint32_t> XClient::numbers(xcb_window_t window, std::string_view name) const {
+  const auto value = property(window, name);
+  return value ? value->numbers() : std::vector<std::uint32_t>();
+}
+
+std::vector<std::string> XClient::atomNames(xcb_window_t window, std::string_view name) const {
+  std::vector<std::string> names;
+  for (const xcb_atom_t atom : numbers(window, name)) {
+    names.push_back(nameOf(connection_, atom));
+  }
+  return names;
+}
+
+PixelRect XClient::frameOf(xcb_window_t window) const {
+  const Reply<xcb_get_geometry_reply_t> geometry(
+      xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
+  const Reply<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
+      connection_, xcb_translate_coordinates(connection_, window, root_, 0, 0), nullptr));
+  return geometry == nullptr || corner == nullptr
+             ? PixelRect{}
+             : PixelRect{corner->dst_x, corner->dst_y, geometry->width, geometry->height};
+}
+
+bool XClient::isViewable(xcb_window_t window) const {
+  const Reply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
+      connection_, xcb_get_window_attributes(connection_, window), nullptr));
+  return reply != nullptr && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool XClient::exists(xcb_window_t window) const {
+  const Reply<xcb_get_geometry_reply_t> geometry(
+      xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
+  return geometry != nullptr;
+}
+
+xcb_window_t XClient::focused() const {
+  const Reply<xcb_get_input_focus_reply_t> reply(
+      xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+  return reply->focus;
+}
+
+std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
+  const Reply<xcb_query_tree_reply_t> tree(
+      xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+  if (tree == nullptr) {
+    return {};
+  }
+  const std::span found(xcb_query_tree_children(tree.get()),
+                        static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+  return {found.begin(), found.end()};
+}
+
+xcb_window_t XClient::find(std::string_view className, xcb_window_t in) const {
+  std::vector<xcb_window_t> windows = children(in == 0 ? root_ : in);
+  std::ranges::reverse(windows);
+  for (const xcb_window_t window : windows) {
+    const auto value = property(window, "WM_CLASS");
+    const std::string text = value ? value->text() : std::string();
+    if (text.ends_with('\0' + std::string(className) + '\0')) {
+      return window;
+    }
+    if (const xcb_window_t inside = find(className, window); inside != 0) {
+      return inside;
+    }
+  }
+  return 0;
+}
+
+void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window,
+                          std::string_view type, std::uint32_t first, std::uint32_t second) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = atom(type);
+  event.data.data32[0] = first;
+  event.data.data32[1] = second;
+  std::array<char, 32> bytes{};
+  std::memcpy(bytes.data(), &event, bytes.size());
+  xcb_send_event(connection_, 0, to, mask, bytes.data());
+  settle();
+}
+
+void XClient::sendProtocol(xcb_window_t window, std::string_view protocol) {
+  sendMessage(window, XCB_EVENT_MASK_NO_EVENT, window, "WM_PROTOCOLS", atom(protocol), 0);
+}
+
+void XClient::closeByManager(xcb_window_t window) {
+  constexpr std::uint32_t kFromPager = 2;
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, "_NET_CLOSE_WINDOW", XCB_CURRENT_TIME, kFromPager);
+}
+
+void XClient::iconify(xcb_window_t window) {
+  constexpr std::uint32_t kIconic = 3;
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, "WM_CHANGE_STATE", kIconic, 0);
+}
+
+// The pointer and the keyboard
+
+void XClient::fake(std::uint8_t type, std::uint8_t detail, int x, int y) {
+  xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
+                      static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+  settle();
+}
+
+// Input that is made up is worked off some time after it was asked for.
+void XClient::waitForPointer(
+    const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
+  while (true) {
+    const Reply<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
+    if (pointer == nullptr || condition(*pointer)) {
+      return;
+    }
+  }
+}
+
+void XClient::movePointer(int x, int y) {
+  fake(XCB_MOTION_NOTIFY, 0, x, y);
+  waitForPointer([x, y](const xcb_query_pointer_reply_t& pointer) {
+    return pointer.root_x == x && pointer.root_y == y;
+  });
+}
+
+void XClient::press() {
+  fake(XCB_BUTTON_PRESS, 1, 0, 0);
+  waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
+    return (pointer.mask & XCB_BUTTON_MASK_1) != 0;
+  });
+}
+
+void XClient::release() {
+  fake(XCB_BUTTON_RELEASE, 1, 0, 0);
+  waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
+    return (pointer.mask & XCB_BUTTON_MASK_1) == 0;
+  });
+}
+
+void XClient::click(int x, int y) {
+  movePointer(x, y);
+  press();
+  release();
+}
+
+void XClient::pressKey(std::uint8_t code) {
+  fake(XCB_KEY_PRESS, code, 0, 0);
+  fake(XCB_KEY_RELEASE, code, 0, 0);
+}
+
+void XClient::noteUserTime(xcb_window_t window) {
+  selectEvents(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  setProperty(window, "_VEL_TEST", Property::ofText(XCB_ATOM_STRING, ""));
+  std::array<std::uint32_t, 1> time{};
+  while (const x11::Event event{xcb_poll_for_event(connection_)}) {
+    if (x11::typeOf(*event) == XCB_PROPERTY_NOTIFY) {
+      time[0] = x11::eventAs<xcb_property_notify_event_t>(*event).time;
+    }
+  }
+  selectEvents(window, XCB_EVENT_MASK_NO_EVENT);
+  setProperty(window, "_NET_WM_USER_TIME", Property::ofNumbers(XCB_ATOM_CARDINAL, time));
+}
+
+std::map<std::string, unsigned> XClient::resourcesOf(xcb_window_t client) const {
+  const Reply<xcb_res_query_client_resources_reply_t> reply(xcb_res_query_client_resources_reply(
+      connection_, xcb_res_query_client_resources(connection_, client), nullptr));
+  std::map<std::string, unsigned> counts;
+  if (reply != nullptr) {
+    for (auto next = xcb_res_query_client_resources_types_iterator(reply.get()); next.rem > 0;
+         xcb_res_type_next(&next)) {
+      counts[nameOf(connection_, next.data->resource_type)] = next.data->count;
+    }
+  }
+  return counts;
+}
+
+}  // namespace vel::test

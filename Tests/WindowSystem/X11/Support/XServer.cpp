@@ -1,0 +1,67 @@
+#include "Tests/WindowSystem/X11/Support/XServer.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+namespace vel::test {
+
+namespace {
+
+// What is on the screen is what the programs have drawn, with no shadows and no delay.
+constexpr std::string_view kSettings = "[org/gnome/metacity]\ncompositor='none'\n";
+
+std::filesystem::path makeFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "x11-test-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "mkdtemp");
+  }
+  return name;
+}
+
+}  // namespace
+
+// The server chooses its number and prints it once it answers.
+XServer::XServer() : settings_(makeFolder()) {
+  std::filesystem::create_directories(settings_ / "glib-2.0/settings");
+  std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kSettings;
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  process_ = Process({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x960x24", "-nolisten", "tcp",
+                      "-noreset", "-dpi", "96"},
+                     "", ends[1]);
+  close(ends[1]);
+  char digit = 0;
+  while (read(ends[0], &digit, 1) == 1 && digit != '\n') {
+    display_ += digit;
+  }
+  close(ends[0]);
+  if (display_.empty()) {
+    throw std::runtime_error("Xvfb does not start");
+  }
+  display_.insert(display_.begin(), ':');
+}
+
+XServer::~XServer() {
+  process_.end();
+  std::error_code ignored;
+  std::filesystem::remove_all(settings_, ignored);
+}
+
+Process XServer::start(const std::vector<std::string>& arguments) const {
+  std::vector<std::string> all{"env", "GSETTINGS_BACKEND=keyfile",
+                               "XDG_CONFIG_HOME=" + settings_.string()};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return {all, display_};
+}
+
+}  // namespace vel::test

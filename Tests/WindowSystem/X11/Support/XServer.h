@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "Tests/WindowSystem/X11/Support/Process.h"
+
+namespace vel::test {
+
+/// An X server with a screen in memory, 1280 by 960 pixels, on a free display of its own.
+class XServer {
+ public:
+  XServer();
+  XServer(const XServer&) = delete;
+  XServer& operator=(const XServer&) = delete;
+  XServer(XServer&&) = delete;
+  XServer& operator=(XServer&&) = delete;
+  ~XServer();
+
+  [[nodiscard]] const std::string& display() const { return display_; }
+  /// Starts a program on the display, with settings of nobody's but these tests'.
+  [[nodiscard]] Process start(const std::vector<std::string>& arguments) const;
+  /// Ends the server, as a crash would.
+  void kill() { process_.kill(); }
+
+ private:
+  std::filesystem::path settings_;
+  std::string display_;
+  Process process_;
+};
+
+}  // namespace vel::test

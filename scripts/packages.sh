@@ -1,0 +1,64 @@
+# The Debian packages that the project needs, and how they get installed. Sourced, not run.
+# shellcheck shell=bash
+
+# Each group is what one purpose needs beyond the groups that are asked for with it.
+# shellcheck disable=SC2034  # read by name, in require_packages
+packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev)
+# shellcheck disable=SC2034
+packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git python3)
+# The X11 back end, and what its tests run it on and against.
+# shellcheck disable=SC2034
+packages_x11=(pkg-config libxcb1-dev libxcb-randr0-dev libxcb-render0-dev)
+# shellcheck disable=SC2034
+packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev libpng-dev
+  xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg)
+# shellcheck disable=SC2034
+packages_fuzz=(clang libclang-rt-dev)
+# shellcheck disable=SC2034
+packages_benchmark=(libbenchmark-dev)
+
+package_is_installed() {
+  [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
+}
+
+# require_packages GROUP...: installs what is missing of the groups; says nothing if nothing is.
+require_packages() {
+  if ! command -v dpkg-query >/dev/null; then
+    echo "$0: not a Debian system: install what scripts/packages.sh lists yourself; going on" >&2
+    return 0
+  fi
+
+  local group package missing=()
+  for group in "$@"; do
+    local -n packages="packages_${group}"
+    for package in "${packages[@]}"; do
+      package_is_installed "$package" || missing+=("$package")
+    done
+  done
+  if [[ ${#missing[@]} -eq 0 ]]; then
+    return 0
+  fi
+
+  local as_root=()
+  if [[ $EUID -ne 0 ]]; then
+    if ! command -v sudo >/dev/null; then
+      echo "$0: these Debian packages are missing: ${missing[*]}" >&2
+      echo "$0: they can only be installed as root: apt-get install ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+
+  echo "$0: installing ${missing[*]}" >&2
+  local log
+  log="$(mktemp)"
+  if ! { "${as_root[@]}" apt-get update &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install --yes --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 </dev/null; then
+    cat "$log" >&2
+    rm -f "$log"
+    echo "$0: installing failed" >&2
+    return 1
+  fi
+  rm -f "$log"
+}
