@@ -152,6 +152,9 @@ TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.heard(line("focus", handle)); }));
+  // The server counts milliseconds, and no user is that quick.
+  const xcb_timestamp_t came = user.time(other);
+  ASSERT_TRUE(waitFor([&] { return user.time(other) > came; }));
   user.click(kOther.x + 100, kOther.y + 100);
   user.noteUserTime(other);
   ASSERT_TRUE(

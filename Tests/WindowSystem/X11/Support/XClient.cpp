@@ -332,16 +332,21 @@ void XClient::pressKey(std::uint8_t code) {
 }
 
 void XClient::noteUserTime(xcb_window_t window) {
+  const std::array<std::uint32_t, 1> now{time(window)};
+  setProperty(window, "_NET_WM_USER_TIME", Property::ofNumbers(XCB_ATOM_CARDINAL, now));
+}
+
+xcb_timestamp_t XClient::time(xcb_window_t window) {
+  xcb_timestamp_t time = XCB_CURRENT_TIME;
   selectEvents(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
   setProperty(window, "_VEL_TEST", Property::ofText(XCB_ATOM_STRING, ""));
-  std::array<std::uint32_t, 1> time{};
   while (const x11::Event event{xcb_poll_for_event(connection_)}) {
     if (x11::typeOf(*event) == XCB_PROPERTY_NOTIFY) {
-      time[0] = x11::eventAs<xcb_property_notify_event_t>(*event).time;
+      time = x11::eventAs<xcb_property_notify_event_t>(*event).time;
     }
   }
   selectEvents(window, XCB_EVENT_MASK_NO_EVENT);
-  setProperty(window, "_NET_WM_USER_TIME", Property::ofNumbers(XCB_ATOM_CARDINAL, time));
+  return time;
 }
 
 std::map<std::string, unsigned> XClient::resourcesOf(xcb_window_t client) const {

@@ -107,6 +107,8 @@ class XClient {
   void pressKey(std::uint8_t code);
   /// Says of a window what toolkits say of theirs: that the user is at work in it.
   void noteUserTime(xcb_window_t window);
+  /// The server's time, in milliseconds; read through a window of this program's.
+  [[nodiscard]] xcb_timestamp_t time(xcb_window_t window);
 
   /// How many resources of each type all other clients have on the server.
   [[nodiscard]] std::map<std::string, unsigned> resourcesOf(xcb_window_t client) const;
