@@ -15,6 +15,8 @@ packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev libpng-d
 # shellcheck disable=SC2034
 packages_fuzz=(clang libclang-rt-dev)
 # shellcheck disable=SC2034
+packages_coverage=(gcovr)
+# shellcheck disable=SC2034
 packages_benchmark=(libbenchmark-dev)
 
 package_is_installed() {

@@ -241,5 +241,24 @@ TEST_F(ControllerDelegatesTest, WhatLeavesTheListAsItIsMayBeDoneWhileTold) {
   EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
 }
 
+// What is left out
+
+/// Adopts what the library tells, and has none of its operations.
+class SilentDelegate final
+    : public Class<SilentDelegate, "SilentDelegate", NSObject, LaunchScreenViewControllerDelegate,
+                   LaunchScreenContentDelegate> {};
+
+TEST_F(ControllerDelegatesTest,
+       AnOperationLeftOutAgreesToNothingAndDoesNothingWhenCalledAllTheSame) {
+  const auto silent = make<SilentDelegate>();
+  cover->addDelegate(silent);
+  silent->launchScreenControllerWillPresent(cover);
+  silent->launchScreenControllerDidDismiss(cover);
+  silent->contentDataDidChangeState(nullptr);
+  EXPECT_FALSE(silent->canLaunchScreenControllerDismiss(cover));
+  EXPECT_EQ(cover->delegates()->count(), 1u);
+  EXPECT_TRUE(taken().empty());
+}
+
 }  // namespace
 }  // namespace vel::test

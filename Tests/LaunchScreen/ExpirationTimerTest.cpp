@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <ostream>
+#include <thread>
 
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -41,6 +42,15 @@ TEST_F(ExpirationTimerTest, WithNoTimeLeftStartingMakesNoTimer) {
     EXPECT_EQ(timer(), nullptr) << seconds;
     EXPECT_EQ(timeLeft(), seconds);
   }
+  EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
+}
+
+TEST_F(ExpirationTimerTest, StartingOnAThreadWithoutARunLoopMakesATimerThatNeverFires) {
+  setTimeLeft(1.0);
+  std::thread([this] { manager->startTimer(); }).join();
+  ASSERT_NE(timer(), nullptr);
+  runTicks(20);
+  EXPECT_EQ(timeLeft(), 1.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
 }
 
