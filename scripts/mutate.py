@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Breaks the library's sources one place at a time and says which breaks no test notices.
+
+    scripts/mutate.py [--every N] [--only TEXT] [--list]
+
+Works in a copy of the tree below build/mutation. A break is an operator turned, a number or truth
+value changed, or a call, assignment or return left out. Each is compiled and the tests of
+LaunchScreen/ are run: `killed` (a test fails, the run hangs or dies), `refused` (the compiler does
+not take it) or `LIVES`. Ends with 1 if one lives that is not listed as equivalent below.
+"""
+
+import argparse
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+COPY = ROOT / "build" / "mutation" / "tree"
+BUILD = ROOT / "build" / "mutation" / "build"
+PROGRAM = BUILD / "bin" / "LaunchScreenTests"
+SOURCES = sorted(path.relative_to(ROOT) for path in (ROOT / "LaunchScreen").rglob("*.cpp"))
+
+TURNS = [
+    (r" == ", [" != "]),
+    (r" != ", [" == "]),
+    (r" >= ", [" > ", " < "]),
+    (r" > ", [" >= ", " <= "]),
+    (r" < ", [" <= ", " >= "]),
+    (r" && ", [" || "]),
+    (r" \|\| ", [" && "]),
+    (r"\btrue\b", ["false"]),
+    (r"\bfalse\b", ["true"]),
+    (r"(?<=[(\s&|])!(?=[\w(])", [""]),
+    (r" - ", [" + "]),
+    (r" \* ", [" / "]),
+    (r" & ~", [" & "]),
+    (r"(?<![\w.])0\.0(?!\d)", ["1.0"]),
+    (r"(?<![\w.\[])(\d+)(?![\w.])", [lambda number: str(int(number) + 1)]),
+    (r"\b(\d+\.\d+)\b", [lambda number: str(float(number) + 1)]),
+    (r'(?<=")(\w[\w ]+)(?=")', [lambda text: text + "x"]),
+]
+# Such breaks change nothing that could be noticed.
+EQUIVALENT = {
+    # source, line as it stands, what is put in its place: reason
+}
+SKIPPED = re.compile(r"^\s*(//|#|using |namespace |static constexpr auto kMethod)")
+
+
+def statements(lines):
+    """Whole statements, over several lines if need be, that can be left out: (first, last)."""
+    first = None
+    for number, line in enumerate(lines):
+        if first is None:
+            if re.match(r"^  \s*[\w(]", line) and not re.match(
+                r"^\s*(if|for|while|switch|case|default|else|struct|class|using|const|static|auto)\b",
+                line,
+            ):
+                first = number
+            else:
+                continue
+        text = "\n".join(lines[first : number + 1])
+        if line.rstrip().endswith("{"):
+            first = None
+        elif re.search(r";\s*(//.*)?$", line) and text.count("(") == text.count(")"):
+            if text.count("{") == text.count("}"):
+                yield first, number
+            first = None
+
+
+def breaks(source):
+    """All breaks of a source: (line number, what it was, the whole new text)."""
+    lines = (ROOT / source).read_text().split("\n")
+    for number, line in enumerate(lines):
+        if SKIPPED.match(line) or "template" in line:
+            continue
+        code = line.split("//")[0]
+        for pattern, replacements in TURNS:
+            for match in re.finditer(pattern, code):
+                for replacement in replacements:
+                    new = replacement if isinstance(replacement, str) else replacement(match[0])
+                    changed = line[: match.start()] + new + line[match.end() :]
+                    yield number + 1, changed.strip(), "\n".join(
+                        lines[:number] + [changed] + lines[number + 1 :])
+    for first, last in statements(lines):
+        left_out = "without " + " ".join(line.strip() for line in lines[first : last + 1])
+        yield first + 1, left_out, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
+
+
+def build():
+    return subprocess.run(
+        ["cmake", "--build", BUILD, "--target", "LaunchScreenTests", "--", "--quiet"],
+        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+
+
+def verdict():
+    if build().returncode != 0:
+        return "refused"
+    try:
+        run = subprocess.run([PROGRAM, "--gtest_brief=1"], cwd=ROOT, timeout=60, check=False,
+                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    except subprocess.TimeoutExpired:
+        return "killed"
+    return "killed" if run.returncode != 0 else "LIVES"
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    arguments.add_argument("--every", type=int, default=1, help="only each N-th break")
+    arguments.add_argument("--only", default="", help="only sources whose path has the text")
+    arguments.add_argument("--list", action="store_true", help="only say what would be tried")
+    options = arguments.parse_args()
+
+    tried = [(source, *one) for source in SOURCES if options.only in str(source)
+             for one in breaks(source)][:: options.every]
+    if options.list:
+        for source, number, change, _ in tried:
+            print(f"{source}:{number}: {change}")
+        print(f"{len(tried)} breaks")
+        return 0
+
+    shutil.rmtree(COPY, ignore_errors=True)
+    COPY.mkdir(parents=True)
+    files = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, check=True, capture_output=True)
+    for name in filter(None, files.stdout.decode().split("\0")):
+        if (ROOT / name).is_file():
+            (COPY / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(ROOT / name, COPY / name)
+    subprocess.run(["cmake", "-S", COPY, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
+                    "-DCMAKE_CXX_FLAGS=-O0 -D_GLIBCXX_ASSERTIONS", "-DVEL_TESTS=ON", "-DVEL_HOST=OFF",
+                    "-DVEL_X11=OFF"], check=True, stdout=subprocess.DEVNULL)
+    first = build()
+    if first.returncode != 0 or verdict() != "LIVES":
+        sys.exit(f"the tests do not pass on the sources as they are\n{first.stdout}")
+
+    counts = {"killed": 0, "refused": 0, "LIVES": 0, "equivalent": 0}
+    for source, number, change, text in tried:
+        original = (ROOT / source).read_text()
+        (COPY / source).write_text(text)
+        result = verdict()
+        (COPY / source).write_text(original)
+        reason = EQUIVALENT.get((str(source), change))
+        if result == "LIVES" and reason:
+            result = "equivalent"
+        counts[result] += 1
+        print(f"{result:10} {source}:{number}: {change}", flush=True)
+    print(", ".join(f"{count} {name}" for name, count in counts.items()))
+    return 1 if counts["LIVES"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
