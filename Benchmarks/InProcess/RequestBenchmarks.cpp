@@ -1,0 +1,233 @@
+// Requests, content and windows, beside the plainest code that answers the same.
+#include <benchmark/benchmark.h>
+#include <glib.h>
+
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Benchmarks/InProcess/Stage.h"
+#include "Platform/AppKit/NSView.h"
+
+namespace vel::bench {
+namespace {
+
+// Parsing the parameters of a request.
+
+void parseOfLibrary(benchmark::State& state) {
+  const Stage stage(std::make_unique<VirtualClock>());
+  const auto manager = LaunchScreenManager::init();
+  const auto parameters = NSDictionary::dictionaryWithEntries(
+      {{"mode", NSString::stringWithUTF8String("skip")},
+       {"event", NSString::stringWithUTF8String("launch_end")},
+       {"max_duration_time", NSString::stringWithUTF8String("5.5")}});
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(manager->parseParameters(parameters));
+  }
+  manager->deactivate();
+}
+BENCHMARK(parseOfLibrary)->Name("parse a request/library");
+
+void parsePlain(benchmark::State& state) {
+  const std::map<std::string, std::string, std::less<>> parameters{
+      {"mode", "skip"}, {"event", "launch_end"}, {"max_duration_time", "5.5"}};
+  bool skip = false;
+  std::string event;
+  double duration = 0;
+  for (auto _ : state) {
+    if (const auto found = parameters.find("mode"); found != parameters.end()) {
+      skip = found->second == "skip";
+    }
+    if (const auto found = parameters.find("event"); found != parameters.end()) {
+      event = found->second;
+    }
+    if (const auto found = parameters.find("max_duration_time"); found != parameters.end()) {
+      duration = static_cast<double>(std::strtof(found->second.c_str(), nullptr));
+    }
+    benchmark::DoNotOptimize(skip);
+    benchmark::DoNotOptimize(event);
+    benchmark::DoNotOptimize(duration);
+  }
+}
+BENCHMARK(parsePlain)->Name("parse a request/plain");
+
+void parseOfGLib(benchmark::State& state) {
+  GHashTable* const parameters = g_hash_table_new(g_str_hash, g_str_equal);
+  const auto insert = [&](const char* key, const char* value) {
+    g_hash_table_insert(parameters, const_cast<char*>(key), const_cast<char*>(value));
+  };
+  insert("mode", "skip");
+  insert("event", "launch_end");
+  insert("max_duration_time", "5.5");
+  const auto find = [&](const char* key) {
+    return static_cast<const char*>(g_hash_table_lookup(parameters, key));
+  };
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(g_str_equal(find("mode"), "skip"));
+    char* const event = g_strdup(find("event"));
+    benchmark::DoNotOptimize(event);
+    benchmark::DoNotOptimize(g_ascii_strtod(find("max_duration_time"), nullptr));
+    g_free(event);
+  }
+  g_hash_table_unref(parameters);
+}
+BENCHMARK(parseOfGLib)->Name("parse a request/GLib");
+
+// From a request to content that is loaded, and rid of again.
+
+void loadOfLibrary(benchmark::State& state) {
+  const Stage stage(std::make_unique<VirtualClock>());
+  const auto request = makeRequest("launch_end", 5);
+  for (auto _ : state) {
+    const auto manager = LaunchScreenManager::init();
+    const auto view =
+        manager->contentViewForContentData(manager->contentDataForContentRequest(request));
+    benchmark::DoNotOptimize(view);
+    manager->deactivate();
+    NSRunLoop::mainRunLoop().pump();
+  }
+}
+BENCHMARK(loadOfLibrary)->Name("request to loaded content/library");
+
+void loadPlain(benchmark::State& state) {
+  struct Request {
+    std::string event = "launch_end";
+    double duration = 5;
+  };
+  struct Controller {
+    double left;
+    std::vector<void*> delegates;
+    std::unique_ptr<std::string> view = std::make_unique<std::string>("view");
+  };
+  struct Content {
+    std::shared_ptr<Request> request;
+    std::shared_ptr<Controller> controller;
+    int state = 0;
+  };
+  struct Manager {
+    std::shared_ptr<Content> content = std::make_shared<Content>();
+    std::string event;
+    double left = 0;
+  };
+  const auto request = std::make_shared<Request>();
+  for (auto _ : state) {
+    const auto manager = std::make_shared<Manager>();
+    manager->event = request->event;
+    manager->left = request->duration;
+    manager->content->request = request;
+    manager->content->controller = std::make_shared<Controller>(Controller{manager->left, {}});
+    manager->content->controller->delegates.push_back(manager.get());
+    manager->content->state = 3;
+    benchmark::DoNotOptimize(manager.get());
+  }
+}
+BENCHMARK(loadPlain)->Name("request to loaded content/plain");
+
+// The two questions about windows, with so many open.
+
+/// A launch screen over the first of so many windows.
+class Covered {
+ public:
+  explicit Covered(std::int64_t count) {
+    for (std::int64_t index = 0; index < count; ++index) {
+      windows_.push_back(openWindow("PlayerWindow"));
+    }
+    view_ = load(manager_, 5);
+  }
+  Covered(const Covered&) = delete;
+  Covered& operator=(const Covered&) = delete;
+  ~Covered() { manager_->deactivate(); }
+
+  void present() {
+    as<CVPresentationFullScreen>(view_->presentation())
+        ->presentForWindowWithPresentationMode(windows_.front(), 0);
+  }
+  [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
+  [[nodiscard]] const Strong<NSWindow>& last() const { return windows_.back(); }
+
+ private:
+  Strong<LaunchScreenManager> manager_ = LaunchScreenManager::init();
+  std::vector<Strong<NSWindow>> windows_;
+  Strong<ContentView> view_;
+};
+
+struct PlainWindow {
+  std::string className = "PlayerWindow";
+  std::vector<std::string> children;
+};
+
+bool holdsCover(const PlainWindow& window) {
+  for (const std::string& child : window.children) {
+    if (child == "LaunchScreenViewController") {
+      return true;
+    }
+  }
+  return false;
+}
+
+void isRequiredOfLibrary(benchmark::State& state) {
+  const Stage stage(std::make_unique<VirtualClock>());
+  Covered covered(state.range(0));
+  covered.present();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(covered.manager()->isRequiredWindow(covered.last()));
+  }
+}
+BENCHMARK(isRequiredOfLibrary)->Name("isRequiredWindow/library")->Arg(1)->Arg(100)->Arg(10'000);
+
+void isRequiredPlain(benchmark::State& state) {
+  const std::vector<PlainWindow> windows(static_cast<std::size_t>(state.range(0)));
+  const PlainWindow* shownIn = &windows.front();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(shownIn);
+    benchmark::DoNotOptimize(&windows.back() == shownIn || holdsCover(windows.back()));
+  }
+}
+BENCHMARK(isRequiredPlain)->Name("isRequiredWindow/plain")->Arg(1)->Arg(100)->Arg(10'000);
+
+void tempItemOfLibrary(benchmark::State& state) {
+  const Stage stage(std::make_unique<VirtualClock>());
+  const Covered covered(state.range(0));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(covered.manager()->tempItemRequired());
+  }
+}
+BENCHMARK(tempItemOfLibrary)->Name("tempItemRequired/library")->Arg(1)->Arg(100)->Arg(10'000);
+
+void tempItemPlain(benchmark::State& state) {
+  const std::vector<PlainWindow> windows(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    bool required = false;
+    for (const PlainWindow& window : windows) {
+      required = required || holdsCover(window);
+    }
+    benchmark::DoNotOptimize(required);
+  }
+}
+BENCHMARK(tempItemPlain)->Name("tempItemRequired/plain")->Arg(1)->Arg(100)->Arg(10'000);
+
+void tempItemOfGLib(benchmark::State& state) {
+  GPtrArray* const windows = g_ptr_array_new_with_free_func(
+      [](gpointer list) { g_ptr_array_unref(static_cast<GPtrArray*>(list)); });
+  for (std::int64_t index = 0; index < state.range(0); ++index) {
+    g_ptr_array_add(windows, g_ptr_array_new());
+  }
+  for (auto _ : state) {
+    bool required = false;
+    for (guint index = 0; index < windows->len; ++index) {
+      auto* const children = static_cast<GPtrArray*>(g_ptr_array_index(windows, index));
+      for (guint child = 0; child < children->len; ++child) {
+        required = required || g_str_equal(g_ptr_array_index(children, child),
+                                           "LaunchScreenViewController");
+      }
+    }
+    benchmark::DoNotOptimize(required);
+  }
+  g_ptr_array_unref(windows);
+}
+BENCHMARK(tempItemOfGLib)->Name("tempItemRequired/GLib")->Arg(1)->Arg(100)->Arg(10'000);
+
+}  // namespace
+}  // namespace vel::bench

@@ -1,0 +1,73 @@
+#include "Benchmarks/InProcess/Stage.h"
+
+#include <string>
+#include <utility>
+
+#include "LaunchScreen/View/macOS/EmbeddedCover.h"
+#include "Platform/AppKit/NSWindow.h"
+#include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/NSNumber.h"
+#include "Platform/Foundation/ReleasePool.h"
+#include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+
+namespace vel::bench {
+
+namespace {
+
+class NamedWindow final : public Class<NamedWindow, "NSWindow", NSWindow> {
+ public:
+  NamedWindow(std::string_view name, CGRect frame, NSWindowStyleMask styleMask)
+      : Class(frame, styleMask), name_(name) {}
+  [[nodiscard]] std::string_view className() const override { return name_; }
+
+ private:
+  std::string name_;
+};
+
+class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
+ public:
+  explicit Request(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
+  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
+
+ private:
+  Strong<NSDictionary> parameters_;
+};
+
+}  // namespace
+
+Stage::Stage(std::unique_ptr<Clock> clock) {
+  NSRunLoop::mainRunLoop().setClock(std::move(clock));
+  NSApplication::start(std::make_unique<HeadlessWindowSystem>());
+  setNSLogSink([](std::string_view) {});
+  MetricsCenter::setSink([](std::string_view) {});
+}
+
+Stage::~Stage() {
+  NSApplication::stop();
+  embedded_cover::release();
+  ReleasePool::current().drainTo(0);
+  sDefaultConfiguration = nullptr;
+  MetricsCenter::setSink(nullptr);
+  setNSLogSink(nullptr);
+  NSRunLoop::mainRunLoop().setClock(makeRealClock());
+}
+
+Strong<NSWindow> openWindow(std::string_view className) {
+  Strong<NSWindow> window =
+      NSWindow::initAs<NamedWindow>(className, CGRectMake(0, 0, 640, 480), NSWindowStyleMask{15});
+  window->orderFront();
+  return window;
+}
+
+Strong<ContentRequest> makeRequest(std::string_view event, double duration) {
+  return make<Request>(NSDictionary::dictionaryWithEntries(
+      {{"event", NSString::stringWithUTF8String(event)},
+       {"max_duration_time", NSNumber::numberWithDouble(duration)}}));
+}
+
+Strong<ContentView> load(const Strong<LaunchScreenManager>& manager, double duration) {
+  return manager->contentViewForContentData(
+      manager->contentDataForContentRequest(makeRequest("launch_end", duration)));
+}
+
+}  // namespace vel::bench
