@@ -1,27 +1,67 @@
-# Installs the library, its headers and the package that find_package(VelLaunchScreen) finds.
+# Installs the library, its headers, and the packages by which CMake and pkg-config find it. What a
+# program needs that runs is the component `runtime`; what is needed to build one, `development`.
 
 include(CMakePackageConfigHelpers)
-include(GNUInstallDirs)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/VelLaunchScreen")
+set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen")
 
-install(TARGETS VelLaunchScreen EXPORT VelLaunchScreenTargets)
+install(TARGETS VelLaunchScreen EXPORT VelLaunchScreenTargets
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE COMPONENT development)
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT license)
+
+# The headers that the umbrella brings in, as they lie in the tree; and the one for C.
 install(
-  DIRECTORY Platform HostInterfaces LaunchScreen Bindings
-  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen"
+  DIRECTORY Platform HostInterfaces LaunchScreen
+  DESTINATION "${header_folder}"
+  COMPONENT development
   FILES_MATCHING PATTERN "*.h"
-  PATTERN "Platform/WindowSystem/X11" EXCLUDE)
-install(EXPORT VelLaunchScreenTargets NAMESPACE VelLaunchScreen:: DESTINATION "${package_folder}")
+  PATTERN "X11" EXCLUDE
+  PATTERN "EmbeddedCover.h" EXCLUDE
+  PATTERN "ViewLifeCycle.h" EXCLUDE)
+install(
+  FILES include/VelLaunchScreen/VelLaunchScreen.h Bindings/C/vel_launch_screen.h
+  DESTINATION "${header_folder}"
+  COMPONENT development)
 
+# The pkg-config file finds the prefix from where it lies itself, so that the whole can be moved.
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+  BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
+  OUTPUT_VARIABLE pc_prefix)
+cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+# What a static library needs it leaves to its users to link; a shared one links it itself.
+set(pc_requires_private "")
+set(pc_libs_private "")
+if(VEL_LIBRARY_TYPE STREQUAL "STATIC_LIBRARY")
+  set(pc_requires_private "${VEL_X11_MODULES}")
+  list(JOIN pc_requires_private " " pc_requires_private)
+  set(pc_libs_private "-lstdc++ -lm -pthread")
+endif()
+configure_file(
+  "${PROJECT_SOURCE_DIR}/cmake/vellaunchscreen.pc.in" "${PROJECT_BINARY_DIR}/vellaunchscreen.pc"
+  @ONLY)
+install(
+  FILES "${PROJECT_BINARY_DIR}/vellaunchscreen.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT development)
+
+install(
+  EXPORT VelLaunchScreenTargets
+  NAMESPACE VelLaunchScreen::
+  DESTINATION "${package_folder}"
+  COMPONENT development)
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/VelLaunchScreenConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/VelLaunchScreenConfig.cmake"
-  INSTALL_DESTINATION "${package_folder}")
+  INSTALL_DESTINATION "${package_folder}"
+  NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(
   "${PROJECT_BINARY_DIR}/VelLaunchScreenConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(
   FILES
     "${PROJECT_BINARY_DIR}/VelLaunchScreenConfig.cmake"
     "${PROJECT_BINARY_DIR}/VelLaunchScreenConfigVersion.cmake"
-  DESTINATION "${package_folder}")
-install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+  DESTINATION "${package_folder}"
+  COMPONENT development)

@@ -1,27 +1,37 @@
-# The library as a game links it: the layers in one file. Static, or shared with BUILD_SHARED_LIBS.
+# The library as a game links it: the layers in one file. Shared or static, as BUILD_SHARED_LIBS says.
+
+include(GNUInstallDirs)
 
 get_property(layers GLOBAL PROPERTY VEL_LIBRARY_LAYERS)
 get_property(dependencies GLOBAL PROPERTY VEL_LIBRARY_DEPENDENCIES)
 
-if(layers)
-  set(objects "")
-  foreach(layer IN LISTS layers)
-    list(APPEND objects "$<TARGET_OBJECTS:${layer}>")
-  endforeach()
-  add_library(VelLaunchScreen ${objects})
-  add_library(VelLaunchScreen::VelLaunchScreen ALIAS VelLaunchScreen)
-  set_target_properties(VelLaunchScreen PROPERTIES
-    LINKER_LANGUAGE CXX
-    VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR})
-  target_compile_features(VelLaunchScreen PUBLIC cxx_std_20)
-  target_include_directories(VelLaunchScreen PUBLIC
-    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
-    "$<INSTALL_INTERFACE:include/VelLaunchScreen>")
-  target_link_libraries(VelLaunchScreen
-    PUBLIC Threads::Threads
-    PRIVATE $<BUILD_INTERFACE:vel::CompilerSettings> ${dependencies})
-  if(VEL_INSTALL)
-    include(VelInstall)
-  endif()
+set(objects "")
+foreach(layer IN LISTS layers)
+  list(APPEND objects "$<TARGET_OBJECTS:${layer}>")
+endforeach()
+add_library(VelLaunchScreen ${objects})
+add_library(VelLaunchScreen::VelLaunchScreen ALIAS VelLaunchScreen)
+set_target_properties(VelLaunchScreen PROPERTIES
+  LINKER_LANGUAGE CXX
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR})
+target_compile_features(VelLaunchScreen PUBLIC cxx_std_20)
+# Hosts write #include <VelLaunchScreen/...>; the headers include each other from the project's root.
+target_include_directories(VelLaunchScreen PUBLIC
+  "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${PROJECT_SOURCE_DIR}/include>"
+  "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen>")
+target_link_libraries(VelLaunchScreen
+  PUBLIC Threads::Threads
+  PRIVATE $<BUILD_INTERFACE:vel::CompilerSettings> ${dependencies})
+
+# Hidden visibility does not reach what the compiler makes of the standard library's templates.
+get_target_property(VEL_LIBRARY_TYPE VelLaunchScreen TYPE)
+if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
+  set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  target_link_options(VelLaunchScreen PRIVATE "LINKER:--version-script=${exports}")
+  set_target_properties(VelLaunchScreen PROPERTIES LINK_DEPENDS "${exports}")
+endif()
+
+if(VEL_INSTALL)
+  include(VelInstall)
 endif()

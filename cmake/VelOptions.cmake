@@ -1,5 +1,10 @@
 # What can be chosen when the project is configured.
 
+# A project that this one is part of decides for itself.
+if(PROJECT_IS_TOP_LEVEL)
+  option(BUILD_SHARED_LIBS "Build the library as a shared one" ON)
+endif()
+
 option(VEL_HOST "Build the launchscreen program" ${PROJECT_IS_TOP_LEVEL})
 option(VEL_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VEL_CHECKS "Add the checks of the sources (format, tidy, ...) to the tests" OFF)

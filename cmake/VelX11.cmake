@@ -1,6 +1,6 @@
 # Decides whether the X11 back end is built: sets VEL_X11_ENABLED, and VEL_X11_LAYERS and
 # VEL_X11_DEFINITIONS for the folder that chooses the back end. The back end's own folder links
-# PkgConfig::VEL_XCB, which stands for VEL_X11_MODULES:
+# PkgConfig::VEL_XCB, which stands for VEL_X11_MODULES (none without the back end):
 #
 #     vel_add_layer(X11 DEPENDS WindowSystem Foundation LIBRARIES PkgConfig::VEL_XCB)
 
@@ -21,6 +21,9 @@ if(VEL_X11 AND EXISTS "${PROJECT_SOURCE_DIR}/Platform/WindowSystem/X11/CMakeList
   endif()
 endif()
 
+if(NOT VEL_X11_ENABLED)
+  set(VEL_X11_MODULES "")
+endif()
 if(NOT VEL_X11_ENABLED AND VEL_X11 AND NOT VEL_X11 STREQUAL "AUTO")
   message(FATAL_ERROR "VEL_X11 is ON, but the X11 back end or its libraries are missing")
 endif()

@@ -28,6 +28,7 @@ MAY_INCLUDE = {
     "HostInterfaces": PLATFORM,
     "LaunchScreen": LIBRARY,
     "Bindings/C": [*LIBRARY, "Platform/WindowSystem", "Platform/WindowSystem/Backends"],
+    "include": EVERYTHING,
     "Host": EVERYTHING,
     "Examples": EVERYTHING,
     "Tests": EVERYTHING,

@@ -1,0 +1,65 @@
+// A host in C++: plays a launch screen in virtual time to its event, and prints what happened.
+#include <VelLaunchScreen/VelLaunchScreen.h>
+
+#include <cstdio>
+
+namespace {
+
+class PlayerWindow final : public vel::Class<PlayerWindow, "PlayerWindow", vel::NSWindow> {
+ public:
+  using Class::Class;
+};
+
+class Request final : public vel::Class<Request, "Request", vel::NSObject, vel::ContentRequest> {
+ public:
+  [[nodiscard]] vel::Strong<vel::NSDictionary> parameters() const override {
+    const auto& keys = vel::LaunchScreenContentRequest;
+    vel::NSDictionary::Entries entries;
+    entries.emplace(keys.event, vel::NSString::stringWithUTF8String("launch_end"));
+    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(2));
+    return vel::NSDictionary::dictionaryWithEntries(std::move(entries));
+  }
+};
+
+class Host final : public vel::Class<Host, "Host", vel::NSObject, vel::ContentViewDelegate> {
+ public:
+  void contentViewWillAppear(const vel::Strong<vel::ContentView>& /*view*/) override {
+    std::puts("will appear");
+  }
+  void contentViewDidDisappear(const vel::Strong<vel::ContentView>& /*view*/) override {
+    std::puts("did disappear");
+  }
+};
+
+}  // namespace
+
+int main() {
+  vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
+  loop.setClock(std::make_unique<vel::VirtualClock>());
+  vel::NSApplication::start(std::make_unique<vel::HeadlessWindowSystem>());
+  bool recorded = false;
+  vel::MetricsCenter::setSink([&recorded](std::string_view event) {
+    std::printf("event %s\n", std::string(event).c_str());
+    recorded = true;
+  });
+  {
+    const auto window = vel::NSWindow::initAs<PlayerWindow>(vel::CGRect{{}, {640, 480}},
+                                                            vel::NSWindowStyleMaskTitled);
+    window->makeKeyAndOrderFront();
+    const auto host = vel::make<Host>();
+    const auto manager = vel::LaunchScreenManager::init();
+    manager->activate(nullptr);
+    const auto data = manager->contentDataForContentRequest(vel::make<Request>());
+    const auto view = manager->contentViewForContentData(data);
+    view->setDelegate(host);
+    vel::as<vel::CVPresentationFullScreen>(view->presentation())
+        ->presentForWindowWithPresentationMode(window, 0);
+    const vel::Nanoseconds limit = vel::nanosecondsFromSeconds(60);
+    while (!recorded && loop.now() < limit) {
+      loop.runModeBeforeDate(loop.mode(), limit);
+    }
+    manager->deactivate();
+  }
+  vel::NSApplication::stop();
+  return recorded ? 0 : 1;
+}

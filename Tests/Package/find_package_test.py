@@ -1,0 +1,26 @@
+#!/usr/bin/env python3
+"""CMake projects find the installed library with find_package."""
+
+import unittest
+
+from package import CONSUMERS, PREFIX, RUN, cmake_build, fresh_folder, run, try_run
+
+
+class FindPackageTest(unittest.TestCase):
+    def test_hosts_in_cpp_and_c_build_and_run_to_the_event(self):
+        folder = fresh_folder("find_package")
+        cmake_build("find_package", folder, f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        self.assertEqual(run(folder / "host_cpp"), RUN)
+        self.assertEqual(run(folder / "host_c"), RUN)
+
+    def test_a_later_version_is_not_found(self):
+        project = fresh_folder("find_later")
+        text = (CONSUMERS / "find_package/CMakeLists.txt").read_text(encoding="utf-8")
+        (project / "CMakeLists.txt").write_text(text.replace("1.0", "2.0"), encoding="utf-8")
+        done = try_run("cmake", "-S", project, "-B", project / "build", f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn('compatible with requested version "2.0"', done.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

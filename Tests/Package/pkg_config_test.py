@@ -1,0 +1,31 @@
+#!/usr/bin/env python3
+"""Hosts without CMake find the installed library with pkg-config."""
+
+import unittest
+
+from package import CC, CONSUMERS, CXX, PREFIX, RUN, STRICT, fresh_folder, library_path
+from package import pkg_config, run
+
+
+class PkgConfigTest(unittest.TestCase):
+    def build_and_run(self, *compiler):
+        program = fresh_folder("pkg_config") / "host"
+        flags = pkg_config("--cflags", "--libs", prefix=PREFIX)
+        run(*compiler, *STRICT, *flags, "-o", program)
+        self.assertEqual(run(program, **library_path(PREFIX)), RUN)
+
+    def test_a_host_in_c99_runs_to_the_event(self):
+        self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")
+
+    def test_the_same_host_is_cpp_too(self):
+        self.build_and_run(CXX, "-std=c++11", "-x", "c++", CONSUMERS / "host.c", "-x", "none")
+
+    def test_a_host_in_cpp_runs_to_the_event(self):
+        self.build_and_run(CXX, "-std=c++20", CONSUMERS / "host.cpp")
+
+    def test_the_version_is_told(self):
+        self.assertEqual(pkg_config("--modversion", prefix=PREFIX), ["1.0.0"])
+
+
+if __name__ == "__main__":
+    unittest.main()
