@@ -3,14 +3,17 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
 #include "Host/Play/Player.h"
 #include "Host/Play/ScenarioReader.h"
+#include "Host/Play/TimelineSvg.h"
 
 namespace vel::host {
 
@@ -35,15 +38,49 @@ std::string readFile(const std::string& name) {
   return text;
 }
 
-/// Writes each line as it comes.
+/// Writes each line as it comes, and collects what a picture shows where there is to be one.
 class TracePrinter final : public PlayListener {
  public:
-  explicit TracePrinter(std::ostream& out) : out_(out) {}
-  void happened(const TraceLine& line) override { out_ << traceText(line) << '\n'; }
-  void settled(const PlayState& /*state*/) override {}
+  TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
+  void happened(const TraceLine& line) override {
+    out_ << traceText(line) << '\n';
+    if (timeline_ != nullptr) {
+      timeline_->happened(line);
+    }
+  }
+  void settled(const PlayState& state) override {
+    if (timeline_ != nullptr) {
+      timeline_->settled(state);
+    }
+  }
 
  private:
   std::ostream& out_;
+  Timeline* timeline_;
+};
+
+/// The file that a picture of the play goes to. Opened before the play, so that one that cannot be
+/// written is told before anything else is.
+class TimelineFile {
+ public:
+  /// Throws UsageError where the file cannot be written to.
+  explicit TimelineFile(const std::string& path) : path_(path), file_(path, std::ios::binary) {
+    if (!file_) {
+      throw UsageError("--timeline: " + inOneLine(path_) + ": " + std::strerror(errno));
+    }
+  }
+
+  Timeline& timeline() { return timeline_; }
+  void write(const std::string& title) {
+    if (!(file_ << timelineSvg(timeline_, title) << std::flush)) {
+      throw std::runtime_error("--timeline: " + inOneLine(path_) + ": cannot be written");
+    }
+  }
+
+ private:
+  std::string path_;
+  std::ofstream file_;
+  Timeline timeline_;
 };
 
 }  // namespace
@@ -57,10 +94,17 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
   } catch (const ScenarioError& error) {
     throw UsageError(name + ": " + error.what());
   }
-  TracePrinter printer(out);
+  std::optional<TimelineFile> picture;
+  if (options.timelinePath) {
+    picture.emplace(*options.timelinePath);
+  }
+  TracePrinter printer(out, picture ? &picture->timeline() : nullptr);
   const PlayOutcome outcome = Player(scenario, printer).play();
   if (!out.flush()) {
     throw std::runtime_error("the trace cannot be written");
+  }
+  if (picture) {
+    picture->write(piped ? name : std::filesystem::path(options.file).stem().string());
   }
   return outcome == PlayOutcome::Ended ? kExitEnded : kExitPlayBrokeOff;
 }
@@ -71,6 +115,8 @@ void addPlayCommand(CLI::App& program, CommandRun& chosen) {
   auto options = std::make_shared<PlayOptions>();
   command->add_option("FILE", options->file, "The scenario, a JSON file; - is standard input")
       ->required();
+  command->add_option("--timeline", options->timelinePath, "Draw the play into a file, as SVG")
+      ->type_name("FILE");
   command->callback(
       [options, &chosen] { chosen = [options] { return play(*options, std::cin, std::cout); }; });
 }

@@ -25,9 +25,10 @@ _launchscreen() {
       words="--display --mode --event --duration --present --content-controller --indicator --size
         --window --screenshot --events --skip-after $common"
       ;;
+    "play --timeline") files=yes ;;
     "play "*)
       files=yes
-      words="$common"
+      words="--timeline $common"
       ;;
     " "*) words="show play $common" ;;
   esac

@@ -1,0 +1,52 @@
+"""Measures text with a TrueType font, as whoever draws a picture does."""
+
+import struct
+
+
+class Font:
+    def __init__(self, path):
+        with open(path, "rb") as file:
+            self._data = file.read()
+        self._tables = {}
+        for index in range(self._numbers("H", 4)[0]):
+            tag, _, place, _ = self._numbers("4sIII", 12 + 16 * index)
+            self._tables[tag.decode()] = place
+        self._units = self._numbers("H", self._tables["head"] + 18)[0]
+        self._measured_glyphs = self._numbers("H", self._tables["hhea"] + 34)[0]
+        self._glyphs = self._read_glyphs()
+
+    def width(self, text, size):
+        """Of text on one line, without kerning; what the font lacks is as wide as its box for it."""
+        widths = (self._advance(self._glyphs.get(ord(character), 0)) for character in text)
+        return sum(widths) * size / self._units
+
+    def _numbers(self, kinds, place):
+        return struct.unpack_from(">" + kinds, self._data, place)
+
+    def _advance(self, glyph):
+        # All glyphs after the measured ones are as wide as the last of these.
+        index = min(glyph, self._measured_glyphs - 1)
+        return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
+
+    def _read_glyphs(self):
+        """The glyph of each character, from the table that every such font has for Windows."""
+        cmap = self._tables["cmap"]
+        for index in range(self._numbers("H", cmap + 2)[0]):
+            platform, encoding, place = self._numbers("HHI", cmap + 4 + 8 * index)
+            if (platform, encoding) == (3, 1):
+                return self._read_segments(cmap + place)
+        raise ValueError("the font has no table of Unicode characters")
+
+    def _read_segments(self, table):
+        count = self._numbers("H", table + 6)[0] // 2
+        places = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
+        glyphs = {}
+        for index in range(count):
+            last, first, delta, offset = (self._numbers("H", at + 2 * index)[0] for at in places)
+            for character in range(first, min(last, 0xFFFE) + 1):
+                glyph = character
+                if offset != 0:
+                    at = places[3] + 2 * index + offset + 2 * (character - first)
+                    glyph = self._numbers("H", at)[0]
+                glyphs[character] = (glyph + delta) & 0xFFFF if offset == 0 or glyph else 0
+        return glyphs

@@ -1,0 +1,170 @@
+#!/usr/bin/env python3
+"""The picture that `launchscreen play --timeline` draws."""
+
+import itertools
+import json
+import re
+import tempfile
+import unittest
+from dataclasses import dataclass
+from pathlib import Path
+from xml.etree import ElementTree
+
+from font import Font
+from program import ROOT, run
+
+EXAMPLES = sorted((ROOT / "Examples/scenarios").glob("*.json"))
+KEPT = ROOT / "docs/pictures/timeline.svg"
+KEPT_EXAMPLE = ROOT / "Examples/scenarios/switch-away-and-back.json"
+SVG = "{http://www.w3.org/2000/svg}"
+
+FONT = Font("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")
+# Of a font's size, above and below the line that text stands on.
+ASCENT, DESCENT = 0.76, 0.24
+
+
+@dataclass
+class Box:
+    text: str
+    left: float
+    top: float
+    right: float
+    bottom: float
+
+    def overlaps(self, other):
+        return (
+            self.left < other.right
+            and other.left < self.right
+            and self.top < other.bottom
+            and other.top < self.bottom
+        )
+
+
+def text_box(element):
+    size = 16 if element.get("class") == "title" else 13
+    width = FONT.width(element.text, size)
+    x, y = float(element.get("x")), float(element.get("y"))
+    left = x - {"middle": width / 2, "end": width}.get(element.get("text-anchor"), 0)
+    return Box(element.text, left, y - ASCENT * size, left + width, y + DESCENT * size)
+
+
+def dot_box(element):
+    x, y, radius = (float(element.get(name)) for name in ("cx", "cy", "r"))
+    return Box("a dot", x - radius, y - radius, x + radius, y + radius)
+
+
+class Timeline(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.picture = self.folder / "picture.svg"
+
+    def draw(self, scenario):
+        """Plays the scenario, a file or an object, and answers its picture, parsed."""
+        if isinstance(scenario, dict):
+            file = self.folder / "scenario.json"
+            file.write_text(json.dumps(scenario), encoding="utf-8")
+            scenario = file
+        result = run("play", str(scenario), "--timeline", str(self.picture))
+        self.assertIn(result.returncode, (0, 3), result.stderr)
+        return ElementTree.parse(self.picture).getroot()
+
+    def assert_readable(self, svg):
+        """Nothing written lies on something else written or on a dot, or leaves the picture."""
+        texts = [text_box(element) for element in svg.iter(SVG + "text")]
+        self.assertGreater(len(texts), 10)
+        width, height = float(svg.get("width")), float(svg.get("height"))
+        for box in texts:
+            self.assertGreaterEqual(box.left, 0, box)
+            self.assertGreaterEqual(box.top, 0, box)
+            self.assertLessEqual(box.right, width, box)
+            self.assertLessEqual(box.bottom, height, box)
+        for one, other in itertools.combinations(texts, 2):
+            self.assertFalse(one.overlaps(other), (one, other))
+        for text, dot in itertools.product(texts, map(dot_box, svg.iter(SVG + "circle"))):
+            self.assertFalse(text.overlaps(dot), (text, dot))
+
+    def test_text_of_every_example_is_readable(self):
+        self.assertGreater(len(EXAMPLES), 12)
+        for example in EXAMPLES:
+            with self.subTest(example.stem):
+                self.assert_readable(self.draw(example))
+
+    def test_trace_is_the_same_with_a_picture(self):
+        for example in EXAMPLES:
+            with self.subTest(example.stem):
+                drawn = run("play", str(example), "--timeline", str(self.picture))
+                plain = run("play", str(example))
+                self.assertEqual(
+                    (drawn.returncode, drawn.stdout, drawn.stderr),
+                    (plain.returncode, plain.stdout, plain.stderr),
+                )
+
+    def test_picture_in_the_documents_is_what_the_program_draws(self):
+        self.draw(KEPT_EXAMPLE)
+        self.assertEqual(self.picture.read_text(), KEPT.read_text())
+
+    def test_text_of_odd_scenarios_is_readable(self):
+        name = "a window <&\"'> \x01\uffff é 🎮 " + 40 * "W"
+        moment = [{"do": "makeKey", "window": name}] * 50
+        request = {"do": "request", "parameters": {"event": name, "max_duration_time": 1e300}}
+        present = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
+        for until in (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000):
+            with self.subTest(until=until):
+                end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
+                # An hour of countdown would take its time.
+                steps = [request, *(present if until < 1000 else ()), *moment, *end]
+                host = {"windows": [{"name": name}]}
+                self.assert_readable(self.draw({"host": host, "steps": steps, "until": until}))
+
+    def test_picture_has_a_mark_for_every_kind_of_thing(self):
+        svg = self.draw(ROOT / "Examples/scenarios/refused-close-sends-event-early.json")
+        looks = {element.get("class") for element in svg.iter(SVG + "circle")}
+        kinds = "Request Script HostCall Refusal WindowStyle Dismissal Event"
+        self.assertEqual(looks, set(kinds.split()))
+        looks = {element.get("class") for element in svg.iter(SVG + "rect")}
+        self.assertEqual(looks, {"paper", "key", "cover"})
+
+    def test_light_and_dark_have_a_colour_for_everything(self):
+        svg = self.draw(KEPT_EXAMPLE)
+        light, dark = svg.find(SVG + "style").text.split("@media (prefers-color-scheme:dark)")
+        # "name" and "label" texts are filled as every text is.
+        filled = {f".{element.get('class').split()[0]}" for element in svg.iter() if
+                  element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
+        for scheme in light, dark:
+            rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
+            for look in filled:
+                self.assertRegex(rules[look], r"fill:#\w+")
+        self.assertEqual(svg.find(SVG + "rect").attrib["class"], "paper")
+        self.assertEqual(svg.find(SVG + "rect").attrib["width"], svg.get("width"))
+        self.assertEqual(svg.find(SVG + "rect").attrib["height"], svg.get("height"))
+
+    def test_play_that_breaks_off_is_drawn(self):
+        example = ROOT / "Examples/scenarios/deactivating-while-told-breaks-off.json"
+        self.assertIn("the play broke off", [text.text for text in self.draw(example).iter()])
+
+    def test_file_that_cannot_be_written_is_told_before_anything_else(self):
+        result = run("play", str(KEPT_EXAMPLE), "--timeline", "/nonexistent/picture.svg")
+        self.assertEqual((result.returncode, result.stdout), (2, ""))
+        self.assertEqual(
+            result.stderr,
+            "launchscreen: --timeline: /nonexistent/picture.svg: No such file or directory\n",
+        )
+
+    def test_scenario_that_cannot_be_read_leaves_the_file_alone(self):
+        self.picture.write_text("kept")
+        result = run("play", "/nonexistent/scenario.json", "--timeline", str(self.picture))
+        self.assertEqual((result.returncode, result.stdout), (2, ""))
+        self.assertEqual(self.picture.read_text(), "kept")
+
+    def test_full_disk_is_told(self):
+        result = run("play", str(KEPT_EXAMPLE), "--timeline", "/dev/full")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(
+            result.stderr, "launchscreen: --timeline: /dev/full: cannot be written\n"
+        )
+
+
+if __name__ == "__main__":
+    unittest.main()
