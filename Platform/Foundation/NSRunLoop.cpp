@@ -104,13 +104,16 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   }
   bool fired = false;
   const Nanoseconds began = now();
+  Nanoseconds current = began;
   for (; next != timers_.end() && (*next)->fireDate_ <= began; next = nextTimer(mode)) {
-    fired = true;
+    if (std::exchange(fired, true)) {
+      current = now();  // the one before may have taken its time
+    }
     // Kept alive: its call may invalidate it.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Strong<NSTimer> timer = *next;
     if (timer->repeats_) {
-      advance(next);
+      advance(next, current);
     }
     timer->fire();
   }
@@ -118,9 +121,9 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
 }
 
 // Moves a repeating timer to its next fire date and its new place, before its target is called.
-void NSRunLoop::advance(Timers::const_iterator position) {
+void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds current) {
   auto node = timers_.extract(position);
-  node.value()->advance(now());
+  node.value()->advance(current);
   timers_.insert(std::move(node));
 }
 

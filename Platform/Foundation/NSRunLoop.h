@@ -102,7 +102,7 @@ class VEL_EXPORT NSRunLoop {
 
   void remove(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);
-  void advance(Timers::const_iterator position);
+  void advance(Timers::const_iterator position, Nanoseconds current);
   [[nodiscard]] Timers::const_iterator nextTimer(NSRunLoopMode mode) const;
   [[nodiscard]] Nanoseconds nextDeadline(NSRunLoopMode mode) const;
   void wait(NSRunLoopMode mode, Nanoseconds limit);
