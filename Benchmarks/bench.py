@@ -37,7 +37,8 @@ class Server:
     def __init__(self, manager=None):
         reading, writing = os.pipe()
         self.processes = [subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp",
+             "-noreset"],
             pass_fds=[writing], stderr=subprocess.DEVNULL)]
         os.close(writing)
         with os.fdopen(reading) as number:

@@ -41,9 +41,25 @@ TURNS = [
     (r"\b(\d+\.\d+)\b", [lambda number: str(float(number) + 1)]),
     (r'(?<=")(\w[\w ]+)(?=")', [lambda text: text + "x"]),
 ]
-# Such breaks change nothing that could be noticed.
+# Such breaks change nothing that could be noticed: (source, change) and why not.
+MANAGER = "LaunchScreen/LaunchScreenManager.cpp"
+CONTROLLER = "LaunchScreen/View/macOS/LaunchScreenViewControllerMac.cpp"
+UNDER_DESTRUCTION = "nobody can look at the manager any more"
+REPEATED = "the member has that value already"
 EQUIVALENT = {
-    # source, line as it stands, what is put in its place: reason
+    (MANAGER, "launchScreenExpired_ = true;"): UNDER_DESTRUCTION,
+    (MANAGER, "without launchScreenExpired_ = false;"): UNDER_DESTRUCTION,
+    (MANAGER, "without launchScreenExpirationTimer_ = nullptr;"): UNDER_DESTRUCTION,
+    (MANAGER, "if (launchScreenExpirationTimeLeft() >= 0 && !appIsUnfocused()) {"):
+        "with nothing left the countdown does not start anyway",
+    (MANAGER, "without LaunchScreenConfiguration::setDefaultConfiguration(configuration);"):
+        "it is the default configuration that was written to",
+    (MANAGER, "without return true; after if (holdsChildOfClass(front, className)) {"):
+        "a key or main window is on the screen, so that the walk over all windows finds it too",
+    (CONTROLLER, "without controller->setPresentationMode(LaunchScreenPresentationEmbedded);"):
+        REPEATED,
+    (CONTROLLER, "without controller->setAppWindow(nullptr);"): REPEATED,
+    (CONTROLLER, "without controller->setAppWindowStyleMask(kNothingSaved);"): REPEATED,
 }
 SKIPPED = re.compile(r"^\s*(//|#|using |namespace |static constexpr auto kMethod)")
 
@@ -85,6 +101,8 @@ def breaks(source):
                         lines[:number] + [changed] + lines[number + 1 :])
     for first, last in statements(lines):
         left_out = "without " + " ".join(line.strip() for line in lines[first : last + 1])
+        if "return" in left_out:
+            left_out += " after " + lines[first - 1].strip()
         yield first + 1, left_out, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
 
 

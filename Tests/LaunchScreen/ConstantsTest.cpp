@@ -55,8 +55,7 @@ TEST(ConstantsTest, TheConstantsCannotBeChanged) {
 
 TEST(ConstantsTest, TheVersionIsOneAndIdentifiesTheLibrary) {
   EXPECT_EQ(VelLaunchScreenVersionNumber, 1.0);
-  EXPECT_NE(std::string_view(VelLaunchScreenVersionString).find("VelLaunchScreen"),
-            std::string_view::npos);
+  EXPECT_STREQ(VelLaunchScreenVersionString, "VelLaunchScreen 1.0");
 }
 
 }  // namespace
