@@ -3,14 +3,14 @@
 
 # Each group is what one purpose needs beyond the groups that are asked for with it.
 # shellcheck disable=SC2034  # read by name, in require_packages
-packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev)
+packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libpng-dev)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git python3)
 # The X11 back end, and what its tests run it on and against.
 # shellcheck disable=SC2034
 packages_x11=(pkg-config libxcb1-dev libxcb-randr0-dev libxcb-render0-dev)
 # shellcheck disable=SC2034
-packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev libpng-dev
+packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg)
 # shellcheck disable=SC2034
 packages_fuzz=(clang libclang-rt-dev)

@@ -86,6 +86,12 @@ void LiveConsole::happened(double time, std::string_view what) {
   write(line);
 }
 
+void LiveConsole::remark(double time, std::string_view what) {
+  makeWay();
+  *out_ << timed(time, what) << std::endl;
+  written_ = 0;
+}
+
 void LiveConsole::timeLeft(double /*time*/, const TimeLeft& timeLeft) {
   happenings_.clear();
   write(countdownLine(timeLeft, timeLeft.countdown == Countdown::Paused ? kPaused : hint_,

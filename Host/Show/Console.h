@@ -30,6 +30,8 @@ class Console {
   virtual ~Console() = default;
 
   virtual void happened(double time, std::string_view what) = 0;
+  /// The same for what the user should be able to read later, too.
+  virtual void remark(double time, std::string_view what) { happened(time, what); }
   /// Called when the countdown begins, at each of its steps, and when it is paused or goes on.
   virtual void timeLeft(double time, const TimeLeft& timeLeft) = 0;
   /// Something else is about to write a line to the terminal.
@@ -67,6 +69,8 @@ class LiveConsole final : public Console {
 
   void happened(double time, std::string_view what) override;
   void timeLeft(double time, const TimeLeft& timeLeft) override;
+  /// Writes a line of its own, which stays above.
+  void remark(double time, std::string_view what) override;
   /// Clears the line; it is written anew with the next happening.
   void makeWay() override;
   /// Leaves the line as it is and ends it.

@@ -17,6 +17,7 @@
 #include "Host/Show/ShowSession.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/NSRunLoop.h"
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 namespace vel::host {
@@ -25,6 +26,7 @@ namespace {
 
 constexpr std::size_t kUsualColumns = 80;
 constexpr int kLargestSide = 32767;  // what window systems can do
+constexpr Nanoseconds kTimeForThePlayer = kNanosecondsPerSecond;
 
 std::size_t terminalColumns() {
   winsize size{};
@@ -61,6 +63,8 @@ int show(const ShowOptions& options) {
   if (windowSystem == nullptr) {
     return failed(error);
   }
+  // The display in memory has nothing to wait for, and nobody who looks at it.
+  const bool isSeen = windowSystem->descriptor() >= 0;
 
   HostLoop loop;
   NSApplication::start(std::move(windowSystem));
@@ -70,7 +74,13 @@ int show(const ShowOptions& options) {
   if (options.canSkip()) {
     loop.onEnter([&session] { session->skip(); });
   }
-  const int signal = loop.runUntil([&session] { return session->passEnded(); });
+  int signal = loop.runUntil([&session] { return session->passEnded(); });
+  if (signal == 0 && isSeen && !options.window && session->outcome()->status == kExitEnded) {
+    // The user is to see the player come back. Its pictures keep the loop going.
+    NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
+    const Nanoseconds end = runLoop.now() + kTimeForThePlayer;
+    signal = loop.runUntil([&runLoop, end] { return runLoop.now() >= end; });
+  }
   session->giveBack();
   NSApplication::stop();
   setNSLogSink(nullptr);
@@ -100,17 +110,30 @@ CGSize sizeFrom(const std::string& text) {
                                            std::to_string(kLargestSide));
 }
 
+// "41943045" or "0x2800005", say.
+std::uint64_t windowFrom(const std::string& text) {
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  const char* const start = text.data() + (hexadecimal ? 2 : 0);
+  const char* const end = text.data() + text.size();
+  std::uint64_t window = 0;
+  const auto [rest, error] = std::from_chars(start, end, window, hexadecimal ? 16 : 10);
+  if (error != std::errc() || rest != end) {
+    throw CLI::ValidationError("--window", "'" + text + "' is not a window's id");
+  }
+  return window;
+}
+
 }  // namespace
 
 void addShowCommand(CLI::App& program, CommandRun& chosen) {
   auto options = std::make_shared<ShowOptions>();
   ShowOptions& wanted = *options;
   CLI::App* const command = program.add_subcommand(
-      "show", "Play host: show a launch screen over a player window, from request to event");
+      "show", "Play host: show a launch screen over a game's window, from request to event");
 
   command
       ->add_option("--display", wanted.display, "The window system; auto takes the best there is")
-      ->check(CLI::IsMember({"auto", "headless"}))
+      ->check(CLI::IsMember({"auto", "headless", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();
   command->add_option("--mode", wanted.mode, "Whether the launch screen may be closed early")
@@ -130,12 +153,23 @@ void addShowCommand(CLI::App& program, CommandRun& chosen) {
   command->add_flag("--content-controller", wanted.contentController,
                     "Give the player window a content view controller");
   command->add_flag("--indicator", wanted.indicator, "Let an indicator spin on the launch screen");
+  CLI::Option* const size =
+      command
+          ->add_option_function<std::string>(
+              "--size", [options](const std::string& text) { options->size = sizeFrom(text); },
+              "The size of the player window")
+          ->type_name("WIDTHxHEIGHT")
+          ->default_str("1280x720");
   command
       ->add_option_function<std::string>(
-          "--size", [options](const std::string& text) { options->size = sizeFrom(text); },
-          "The size of the player window")
-      ->type_name("WIDTHxHEIGHT")
-      ->default_str("1280x720");
+          "--window", [options](const std::string& text) { options->window = windowFrom(text); },
+          "Cover this window of another program instead of a player window (x11)")
+      ->type_name("ID")
+      ->excludes(size);
+  command
+      ->add_option("--screenshot", wanted.screenshotPath,
+                   "Save the window as a PNG file when half the time is over (x11)")
+      ->type_name("FILE.png");
   command->add_option("--events", wanted.eventsPath, "Append recorded events, a line of JSON each")
       ->type_name("FILE");
   command
@@ -152,6 +186,15 @@ void addShowCommand(CLI::App& program, CommandRun& chosen) {
   command->final_callback([options, &chosen] {
     if (options->skipAfter && !options->canSkip()) {
       throw CLI::ValidationError("--skip-after", "needs --mode skip");
+    }
+    // Only there is another program's window, or anything to be seen.
+    const bool needsScreen = options->window || !options->screenshotPath.empty();
+    if (needsScreen && options->display == "headless") {
+      throw CLI::ValidationError(options->window ? "--window" : "--screenshot",
+                                 "needs --display x11");
+    }
+    if (needsScreen) {
+      options->display = "x11";
     }
     chosen = [options] { return show(*options); };
   });

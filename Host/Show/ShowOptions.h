@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,10 @@ struct ShowOptions {
   bool contentController = false;
   bool indicator = false;
   CGSize size{1280, 720};
+  /// The window system's id of another program's window to cover, instead of one of our own.
+  std::optional<std::uint64_t> window;
+  /// Empty for none.
+  std::string screenshotPath;
   /// Empty for none.
   std::string eventsPath;
   /// Seconds.

@@ -1,8 +1,10 @@
 #include "Host/Show/ShowSession.h"
 
+#include <array>
 #include <map>
 #include <utility>
 
+#include "Host/Show/Screenshot.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Dispatch/Dispatch.h"
@@ -20,6 +22,20 @@ class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> 
  public:
   using Class::Class;
 };
+
+std::string namesOf(NSWindowStyleMask controls) {
+  constexpr std::array<std::pair<NSWindowStyleMask, std::string_view>, 3> kNames{
+      {{NSWindowStyleMaskClosable, "close"},
+       {NSWindowStyleMaskMiniaturizable, "miniaturise"},
+       {NSWindowStyleMaskResizable, "resize"}}};
+  std::string names;
+  for (const auto& [control, name] : kNames) {
+    if ((controls & control) != 0) {
+      names.append(names.empty() ? "" : ", ").append(name);
+    }
+  }
+  return names.empty() ? "none" : names;
+}
 
 // The content framework's numbers for the ways of presenting, which are not the library's own.
 std::int32_t hostMode(const std::string& presentation) {
@@ -42,7 +58,26 @@ void ShowSession::start() {
   observerBefore_ = setPlatformObserver(this);
   sinkBefore_ = MetricsCenter::setSink([this](std::string_view event) { eventRecorded(event); });
   NSApp->setDisplayLostHandler([this](std::string_view reason) { displayLost(reason); });
-  openPlayerWindow();
+  NSApp->setControlsKeptHandler([this](const NSWindow& window, NSWindowStyleMask controls) {
+    controlsKept(window, controls);
+  });
+  screenshotDue_ = !options_.screenshotPath.empty();
+  if (options_.window) {
+    adoptPlayerWindow(*options_.window);
+  } else {
+    openPlayerWindow();
+  }
+  if (player_ == nullptr) {
+    return;
+  }
+  playerStyle_ = player_->styleMask();
+  if (options_.contentController) {
+    player_->setContentViewController(make<NSViewController>());
+  }
+  if (!options_.window) {
+    playground_ = Playground::startIn(player_);
+  }
+  player_->makeKeyAndOrderFront();
 
   broker_ = make<EngineBroker>();
   manager_ = LaunchScreenManager::init();
@@ -63,13 +98,20 @@ void ShowSession::start() {
 }
 
 void ShowSession::openPlayerWindow() {
-  playerStyle_ = NSWindowStyleMaskTitled | kControls;
-  player_ = NSWindow::initAs<PlayerWindow>(CGRect{{}, options_.size}, playerStyle_);
+  player_ = NSWindow::initAs<PlayerWindow>(CGRect{{}, options_.size},
+                                           NSWindowStyleMaskTitled | kControls);
   player_->setTitle("launchscreen: player");
-  if (options_.contentController) {
-    player_->setContentViewController(make<NSViewController>());
+}
+
+void ShowSession::adoptPlayerWindow(std::uint64_t window) {
+  std::string error;
+  player_ = NSApp->adoptWindow(window, error);
+  if (player_ == nullptr) {
+    fail(error);
+  } else if (!player_->isOnScreen()) {
+    player_ = nullptr;
+    fail("the window is not on the screen");
   }
-  player_->makeKeyAndOrderFront();
 }
 
 void ShowSession::contentResolverDidChangeStateForContentData(
@@ -129,6 +171,10 @@ bool ShowSession::passEnded() {
   if (uncovered_ && !outcome_) {
     if (options_.canSkip() || recorded_) {
       outcome_ = ShowOutcome{};
+      if (screenshotDue_) {
+        outcome_ =
+            ShowOutcome{kExitRefused, "the launch screen went before its middle: no screenshot"};
+      }
     } else if (!manager_->eventWasSended()) {
       // Only while a required window is key is the event recorded, and there is none any more.
       fail("the launch screen was closed while it was not in front: no event is recorded");
@@ -149,9 +195,11 @@ void ShowSession::giveBack() {
     cover_->view()->removeFromSuperview();
   }
   noticeUncovered();
-  player_->close();
-  manager_->deactivate();
+  send(playground_, &Playground::stop);
+  send(player_, &NSWindow::close);
+  send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
+  send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
   MetricsCenter::setSink(std::exchange(sinkBefore_, nullptr));
   setPlatformObserver(observerBefore_);
 }
@@ -179,8 +227,12 @@ void ShowSession::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
 }
 
 void ShowSession::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
-  if (target == manager_ && !dismissed_) {
-    tellTimeLeft();
+  if (target != manager_ || dismissed_) {
+    return;
+  }
+  tellTimeLeft();
+  if (screenshotDue_ && manager_->launchScreenExpirationTimeLeft() <= timeGiven_ / 2) {
+    takeScreenshot();
   }
 }
 
@@ -199,6 +251,23 @@ void ShowSession::eventRecorded(std::string_view event) {
 
 void ShowSession::displayLost(std::string_view reason) {
   fail("the display is lost: " + std::string(reason));
+}
+
+void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask controls) {
+  if (&window == player_.get() && controlsTaken_) {
+    console_->remark(time(), "controls kept by the window manager: " + namesOf(controls));
+  }
+}
+
+void ShowSession::takeScreenshot() {
+  screenshotDue_ = false;
+  const auto picture = NSApp->windowSystem().picture(player_->handle());
+  if (!picture) {
+    fail("no screenshot: the player window is not on a screen");
+  } else if (const std::string reason = writePng(*picture, options_.screenshotPath);
+             !reason.empty()) {
+    fail("no screenshot: " + options_.screenshotPath + ": " + reason);
+  }
 }
 
 void ShowSession::fail(std::string failure) {

@@ -9,6 +9,7 @@
 #include "Host/Show/Console.h"
 #include "Host/Show/ContentRequests.h"
 #include "Host/Show/EventsFile.h"
+#include "Host/Show/Playground.h"
 #include "Host/Show/ShowOptions.h"
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/Foundation/PlatformObserver.h"
@@ -23,7 +24,8 @@ struct ShowOutcome {
 };
 
 /// One launch screen from request to event, as a host sees to it: the session opens a player
-/// window, sends the content request, presents what it gets, and tells its console what happens.
+/// window, or takes part in another program's, sends the content request, presents what it gets,
+/// and tells its console what happens.
 /// It works on the running application and the main run loop, in whichever time that runs; the
 /// caller runs the loop. Main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
@@ -36,7 +38,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Gives the window back, if that has not been done.
   ~ShowSession() override;
 
-  /// Presents the launch screen over a new player window. What goes wrong is the outcome.
+  /// Presents the launch screen over the player window. What goes wrong is the outcome.
   void start();
   /// Takes notice of what a pass of the run loop has changed; to be called after each. Answers
   /// whether the session has come to its outcome.
@@ -46,7 +48,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// The user wants the launch screen gone; without skip mode nothing happens.
   void skip();
   /// Takes the launch screen down without asking anybody, restores the window's style and closes
-  /// the window. A second time does nothing.
+  /// the window, or lets another program's go. A second time does nothing.
   void giveBack();
 
   [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return player_; }
@@ -64,9 +66,12 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
 
   void openPlayerWindow();
+  void adoptPlayerWindow(std::uint64_t window);
   void present(const Strong<ContentData>& data);
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);
+  void controlsKept(const NSWindow& window, NSWindowStyleMask controls);
+  void takeScreenshot();
   void fail(std::string failure);
 
   // Seconds since the start.
@@ -88,6 +93,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
   Strong<NSWindow> player_;
+  Strong<Playground> playground_;
   Strong<CVPresentationFullScreen> presentation_;
   Strong<NSViewController> cover_;
 
@@ -99,6 +105,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   bool dismissed_ = false;
   bool uncovered_ = false;
   bool recorded_ = false;
+  bool screenshotDue_ = false;
   std::optional<ShowOutcome> outcome_;
 };
 

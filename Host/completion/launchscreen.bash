@@ -16,14 +16,14 @@ _launchscreen() {
   fi
   local common="--help --version" words="" files=""
   case "$command $previous" in
-    "show --display") words="auto headless" ;;
+    "show --display") words="auto headless x11" ;;
     "show --mode") words="forced skip" ;;
     "show --present") words="embedded modal sheet" ;;
-    "show --events") files=yes ;;
-    "show --event" | "show --duration" | "show --size" | "show --skip-after") ;;
+    "show --events" | "show --screenshot") files=yes ;;
+    "show --event" | "show --duration" | "show --size" | "show --window" | "show --skip-after") ;;
     "show "*)
       words="--display --mode --event --duration --present --content-controller --indicator --size
-        --events --skip-after $common"
+        --window --screenshot --events --skip-after $common"
       ;;
     "play "*)
       files=yes

@@ -74,6 +74,15 @@ struct SceneItem {
 /// shows what its owner draws.
 using Scene = std::vector<SceneItem>;
 
+/// What is seen on the screen in a window's place, as far as that is on the screen.
+struct WindowPicture {
+  /// In pixels.
+  int width = 0;
+  int height = 0;
+  /// Red, green and blue, a byte each, row by row from the top.
+  std::vector<std::uint8_t> pixels;
+};
+
 /// Hears what happened to windows. Called from inside `deliverEvents` and, where a back end learns
 /// of the outcome at once, from inside the operation that asked for it.
 class VEL_EXPORT WindowSystemDelegate {
@@ -154,6 +163,10 @@ class VEL_EXPORT WindowSystem {
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
   /// While a window is named here, pointer input to the application's other windows goes nowhere.
   virtual void setModalWindow(WindowHandle window) = 0;
+
+  /// What is seen in the window's place now, with whatever lies over it; none where there is no
+  /// screen to look at, or the window is not on it. Waits for the display.
+  virtual std::optional<WindowPicture> picture(WindowHandle window) = 0;
 };
 
 }  // namespace vel

@@ -38,6 +38,7 @@ class ScriptedDisplay final : public WindowSystem {
   void setMovableByBackground(WindowHandle /*window*/, bool /*movable*/) override {}
   void setScene(WindowHandle /*window*/, const Scene& /*scene*/) override {}
   void setModalWindow(WindowHandle /*window*/) override {}
+  std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   WindowSystemDelegate* delegate = nullptr;
   WindowHandle nextHandle = WindowHandle{1};

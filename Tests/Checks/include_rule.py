@@ -40,6 +40,7 @@ OUTSIDE = {
     "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11"],
     "X11/": [],
     "CLI/": ["Host"],
+    "png.h": ["Host", "Tests/WindowSystem/X11"],
     "nlohmann/": ["Bindings/C", "Host", "Tests/Host", "Fuzz"],
     "gtest/": ["Tests"],
     "gmock/": ["Tests"],

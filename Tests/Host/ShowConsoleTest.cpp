@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <limits>
@@ -119,6 +119,15 @@ TEST_F(LiveConsoleTest, EverythingIsWrittenOverTheSameLine) {
   EXPECT_EQ(out.str().find('\n'), std::string::npos);
   const std::string written = out.str();
   EXPECT_EQ(std::ranges::count(written, '\r'), 3);
+}
+
+TEST_F(LiveConsoleTest, RemarkStaysOnALineOfItsOwn) {
+  console.timeLeft(0, running(5, 5));
+  const std::size_t before = out.str().size();
+  console.remark(0.2, "controls kept");
+  console.timeLeft(0.3, running(4.7, 5));
+  EXPECT_THAT(out.str().substr(before),
+              testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
 }
 
 TEST_F(LiveConsoleTest, ShorterLineWipesOutTheLongerOne) {

@@ -15,6 +15,9 @@ namespace {
 
 using test::VirtualTest;
 
+// What the player window's scene has of its own: a ground, and what moves on it.
+constexpr std::size_t kPlaying = 2;
+
 class ShowSessionTest : public VirtualTest {
  protected:
   // Opens the player and presents, with `options`.
@@ -265,6 +268,53 @@ TEST_F(ShowSessionTest, LostDisplayIsTold) {
   EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
 }
 
+TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
+  options.window = 77;
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitRefused);
+  EXPECT_EQ(outcome.failure, "the headless display has no windows of other programs");
+  EXPECT_EQ(out.str(), "");
+  session->giveBack();
+}
+
+TEST_F(ShowSessionTest, ScreenshotOfWhatIsNotOnAScreenIsToldInTheMiddle) {
+  options.screenshotPath = "/nonexistent/picture.png";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitRefused);
+  EXPECT_EQ(outcome.failure, "no screenshot: the player window is not on a screen");
+  EXPECT_DOUBLE_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1);
+}
+
+TEST_F(ShowSessionTest, ScreenshotThatNeverCameIsTold) {
+  options.mode = "skip";
+  options.presentation = "modal";
+  options.screenshotPath = "/nonexistent/picture.png";
+  start();
+  run(0.2);
+  session->skip();
+  EXPECT_EQ(runToEnd().failure, "the launch screen went before its middle: no screenshot");
+}
+
+TEST_F(ShowSessionTest, ControlsThatAreKeptAreTold) {
+  start();
+  const WindowHandle window = session->playerWindow()->handle();
+  platform.user().windowManagerKeeps(window,
+                                     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable);
+  platform.user().windowManagerKeeps(window, NSWindowStyleMaskBorderless);
+  EXPECT_THAT(out.str(), testing::EndsWith(
+                             "   0.000 s  controls kept by the window manager: close, miniaturise\n"
+                             "   0.000 s  controls kept by the window manager: none\n"));
+}
+
+TEST_F(ShowSessionTest, ControlsOfAWindowThatHasItsOwnBackAreNotTold) {
+  start();
+  runToEnd();
+  platform.user().windowManagerKeeps(session->playerWindow()->handle(), NSWindowStyleMaskClosable);
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("kept")));
+}
+
 TEST_F(ShowSessionTest, PlayerThatVanishesInFrontStillEndsWithItsEvent) {
   for (const char* presentation : {"embedded", "sheet"}) {
     options.presentation = presentation;
@@ -324,7 +374,7 @@ TEST_F(ShowSessionTest, IndicatorTurnsInTheMiddleOfTheCover) {
   options.indicator = true;
   options.size = {800, 600};
   start();
-  ASSERT_EQ(player().scene.size(), 2U);
+  ASSERT_EQ(player().scene.size(), kPlaying + 2);
   const SceneItem& spinner = player().scene.back();
   EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
   EXPECT_TRUE(spinner.animates);
@@ -333,8 +383,30 @@ TEST_F(ShowSessionTest, IndicatorTurnsInTheMiddleOfTheCover) {
 
 TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
   start();
-  ASSERT_EQ(player().scene.size(), 1U);
-  EXPECT_EQ(player().scene.front().kind, SceneItem::Kind::Fill);
+  ASSERT_EQ(player().scene.size(), kPlaying + 1);
+  EXPECT_EQ(player().scene.back().kind, SceneItem::Kind::Fill);
+  EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
+}
+
+TEST_F(ShowSessionTest, PlayerPlaysOnUnderTheCoverAndAfterIt) {
+  options.contentController = true;
+  start();
+  const CGRect place = player().scene[1].frame;
+  run(0.5);
+  EXPECT_NE(player().scene[1].frame, place);
+  run(1.6);
+  ASSERT_EQ(player().scene.size(), kPlaying);
+  const CGRect uncovered = player().scene[1].frame;
+  run(0.2);
+  EXPECT_NE(player().scene[1].frame, uncovered);
+}
+
+TEST_F(ShowSessionTest, PlayerPlaysOnBesideAModalWindow) {
+  options.presentation = "modal";
+  start();
+  const CGRect place = player().scene[1].frame;
+  run(0.5);
+  EXPECT_NE(player().scene[1].frame, place);
 }
 
 struct GivenBack {

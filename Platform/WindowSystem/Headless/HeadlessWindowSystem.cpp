@@ -140,6 +140,12 @@ void HeadlessWindowSystem::userResizesWindow(WindowHandle window, CGRect frame) 
   }
 }
 
+void HeadlessWindowSystem::windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls) {
+  if (find(window) != nullptr && delegate_ != nullptr) {
+    delegate_->controlsKept(window, controls);
+  }
+}
+
 void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
   if (focus_ == window) {
     focus_ = WindowHandle::None;

@@ -38,6 +38,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setMovableByBackground(WindowHandle window, bool movable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
   void setModalWindow(WindowHandle window) override { modal_ = window; }
+  std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   /// The focus goes elsewhere within the application's reach, to none of its windows.
   void userMovesFocusAway();
@@ -47,6 +48,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// The user presses the close control; a window without one does not hear of it.
   void userClosesWindow(WindowHandle window);
   void userResizesWindow(WindowHandle window, CGRect frame);
+  /// A window manager says which controls it goes on offering.
+  void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
   /// The window is destroyed by its owner.
   void windowVanishes(WindowHandle window);
   /// The connection breaks.

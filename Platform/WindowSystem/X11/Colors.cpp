@@ -33,16 +33,24 @@ PixelFormat::PixelFormat(const xcb_screen_t& screen, xcb_visualid_t visual, std:
   }
 }
 
-std::uint32_t PixelFormat::pixel(CGColor color) const {
+std::optional<std::array<std::uint32_t, 3>> PixelFormat::masks() const {
   if (visual_ == nullptr || (visual_->_class != XCB_VISUAL_CLASS_TRUE_COLOR &&
                              visual_->_class != XCB_VISUAL_CLASS_DIRECT_COLOR)) {
+    return std::nullopt;
+  }
+  return std::array{visual_->red_mask, visual_->green_mask, visual_->blue_mask};
+}
+
+std::uint32_t PixelFormat::pixel(CGColor color) const {
+  const auto bits = masks();
+  if (!bits) {
     const bool light = color.red + color.green + color.blue > 1.5;
     return light ? screen_.white_pixel : screen_.black_pixel;
   }
+  const auto& [red, green, blue] = *bits;
   // Bits that no colour uses are the opacity, where there is one.
-  const std::uint32_t used = visual_->red_mask | visual_->green_mask | visual_->blue_mask;
-  return placed(color.red, visual_->red_mask) | placed(color.green, visual_->green_mask) |
-         placed(color.blue, visual_->blue_mask) | (depthMask_ & ~used);
+  return placed(color.red, red) | placed(color.green, green) | placed(color.blue, blue) |
+         (depthMask_ & ~(red | green | blue));
 }
 
 }  // namespace vel::x11

@@ -2,7 +2,9 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
+#include <optional>
 
 #include "Platform/Foundation/Geometry.h"
 
@@ -15,6 +17,8 @@ class PixelFormat {
   PixelFormat(const xcb_screen_t& screen, xcb_visualid_t visual, std::uint8_t depth);
 
   [[nodiscard]] std::uint32_t pixel(CGColor color) const;
+  /// Which bits of a pixel are red, green and blue; none where pixels are numbers in a table.
+  [[nodiscard]] std::optional<std::array<std::uint32_t, 3>> masks() const;
 
  private:
   const xcb_screen_t& screen_;

@@ -44,6 +44,7 @@ class X11WindowSystem final : public WindowSystem {
   void setMovableByBackground(WindowHandle window, bool movable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
   void setModalWindow(WindowHandle window) override;
+  std::optional<WindowPicture> picture(WindowHandle window) override;
 
  private:
   using Report = std::function<void(WindowSystemDelegate&)>;
