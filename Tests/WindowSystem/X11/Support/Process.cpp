@@ -17,14 +17,14 @@ namespace vel::test {
 namespace {
 
 [[noreturn]] void become(std::vector<std::string> arguments, const std::string& display,
-                         int output) {
+                         const Process::Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   setenv("DISPLAY", display.c_str(), 1);
   setenv("LC_ALL", "C", 1);
   const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-  dup2(nowhere, STDIN_FILENO);
-  dup2(output < 0 ? nowhere : output, STDOUT_FILENO);
-  dup2(nowhere, STDERR_FILENO);
+  dup2(streams.input < 0 ? nowhere : streams.input, STDIN_FILENO);
+  dup2(streams.output < 0 ? nowhere : streams.output, STDOUT_FILENO);
+  dup2(streams.errors < 0 ? nowhere : streams.errors, STDERR_FILENO);
   std::vector<char*> words;
   words.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
@@ -37,13 +37,13 @@ namespace {
 
 }  // namespace
 
-Process::Process(std::vector<std::string> arguments, const std::string& display, int inherited)
+Process::Process(std::vector<std::string> arguments, const std::string& display, Streams streams)
     : id_(fork()) {
   if (id_ < 0) {
     throw std::system_error(errno, std::generic_category(), "fork");
   }
   if (id_ == 0) {
-    become(std::move(arguments), display, inherited);
+    become(std::move(arguments), display, streams);
   }
 }
 
@@ -63,6 +63,8 @@ bool Process::isRunning() {
   }
   return id_ != 0;
 }
+
+void Process::signal(int number) const { ::kill(id_, number); }
 
 void Process::end() { signalAndWait(SIGTERM); }
 
@@ -86,7 +88,7 @@ std::string outputOf(const std::vector<std::string>& arguments, const std::strin
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  Process process(arguments, display, ends[1]);
+  Process process(arguments, display, {.output = ends[1]});
   close(ends[1]);
   std::string output;
   std::array<char, 4096> part{};

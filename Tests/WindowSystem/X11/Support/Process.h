@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vel::test {
@@ -11,9 +12,17 @@ namespace vel::test {
 class Process {
  public:
   Process() = default;
-  /// Starts `arguments[0]`, found on the path, on the display, with nothing of what it prints
-  /// shown. `inherited` is a descriptor that it may write to.
-  Process(std::vector<std::string> arguments, const std::string& display, int inherited = -1);
+  /// What becomes of a program's standard input and output; nothing, unless told otherwise.
+  struct Streams {
+    int input = -1;
+    int output = -1;
+    int errors = -1;
+  };
+
+  /// Starts `arguments[0]`, found on the path, on the display.
+  Process(std::vector<std::string> arguments, const std::string& display, Streams streams);
+  Process(std::vector<std::string> arguments, const std::string& display)
+      : Process(std::move(arguments), display, Streams()) {}
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
   Process(Process&& other) noexcept;
@@ -21,6 +30,7 @@ class Process {
   ~Process() { end(); }
 
   [[nodiscard]] bool isRunning();
+  void signal(int number) const;
   /// Ends it and waits for that.
   void end();
   /// The same without giving it a chance to tidy up.

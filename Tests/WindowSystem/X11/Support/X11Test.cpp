@@ -15,6 +15,8 @@ namespace {
 
 // Far longer than anything takes on a machine that is busy otherwise.
 constexpr Nanoseconds kPatience = 15 * kNanosecondsPerSecond;
+// What other programs do between themselves is looked at again and again.
+constexpr Nanoseconds kAnotherLook = kNanosecondsPerSecond / 100;
 
 std::string hexadecimal(WindowHandle window) {
   std::ostringstream text;
@@ -30,6 +32,17 @@ void waitForInput(int descriptor, Nanoseconds until) {
 }
 
 }  // namespace
+
+bool eventually(const std::function<bool()>& condition) {
+  const Nanoseconds limit = x11::steadyNow() + kPatience;
+  while (!condition()) {
+    if (x11::steadyNow() >= limit) {
+      return false;
+    }
+    waitForInput(-1, x11::steadyNow() + kAnotherLook);
+  }
+  return true;
+}
 
 // ReportListener
 
@@ -120,8 +133,6 @@ void X11Test::startManager(Manager started) {
 
 bool X11Test::waitFor(const std::function<bool()>& condition) {
   const Nanoseconds limit = x11::steadyNow() + kPatience;
-  // What other programs do between themselves is looked at again and again.
-  constexpr Nanoseconds kAnotherLook = kNanosecondsPerSecond / 100;
   while (true) {
     system().deliverEvents();
     if (condition()) {

@@ -37,6 +37,10 @@ class ReportListener final : public WindowSystemDelegate {
   CGRect frame;  // of the last change
 };
 
+/// Looks again and again until the condition holds; false where it does not come to hold in far
+/// more time than anything takes.
+bool eventually(const std::function<bool()>& condition);
+
 /// Which window manager runs: the one that knows every hint, another one, or none.
 enum class Manager : std::uint8_t { None, Metacity, Openbox };
 

@@ -232,16 +232,19 @@ std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
   return {found.begin(), found.end()};
 }
 
-xcb_window_t XClient::find(std::string_view className, xcb_window_t in) const {
+xcb_window_t XClient::find(std::string_view name, xcb_window_t in) const {
   std::vector<xcb_window_t> windows = children(in == 0 ? root_ : in);
   std::ranges::reverse(windows);
+  const auto text = [this](xcb_window_t window, std::string_view property) {
+    const auto value = this->property(window, property);
+    return value ? value->text() : std::string();
+  };
   for (const xcb_window_t window : windows) {
-    const auto value = property(window, "WM_CLASS");
-    const std::string text = value ? value->text() : std::string();
-    if (text.ends_with('\0' + std::string(className) + '\0')) {
+    if (text(window, "WM_CLASS").ends_with('\0' + std::string(name) + '\0') ||
+        text(window, "WM_NAME") == name) {
       return window;
     }
-    if (const xcb_window_t inside = find(className, window); inside != 0) {
+    if (const xcb_window_t inside = find(name, window); inside != 0) {
       return inside;
     }
   }

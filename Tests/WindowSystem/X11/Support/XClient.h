@@ -91,8 +91,9 @@ class XClient {
   void closeByManager(xcb_window_t window);
   /// Asks the window manager to miniaturise a window.
   void iconify(xcb_window_t window);
-  /// The first window, front to back and outside in, whose WM_CLASS ends in the name; 0 for none.
-  [[nodiscard]] xcb_window_t find(std::string_view className, xcb_window_t in = 0) const;
+  /// The first window, front to back and outside in, whose WM_CLASS ends in the name or whose
+  /// WM_NAME it is; 0 for none.
+  [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t in = 0) const;
 
   /// What is seen on the screen in a window's place.
   [[nodiscard]] Picture picture(xcb_window_t window) const;

@@ -38,7 +38,7 @@ XServer::XServer() : settings_(makeFolder()) {
   }
   process_ = Process({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x960x24", "-nolisten", "tcp",
                       "-noreset", "-dpi", "96"},
-                     "", ends[1]);
+                     "", {.output = ends[1]});
   close(ends[1]);
   char digit = 0;
   while (read(ends[0], &digit, 1) == 1 && digit != '\n') {

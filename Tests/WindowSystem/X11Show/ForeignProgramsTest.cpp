@@ -1,0 +1,172 @@
+// Programs that nobody here wrote, covered by the ids of their windows.
+#include <gmock/gmock.h>
+
+#include <map>
+#include <sstream>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+
+namespace vel::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::UnorderedElementsAre;
+
+struct Program {
+  const char* name;
+  std::vector<std::string> command;
+  const char* window;  // its class or its title
+
+  friend void PrintTo(const Program& program, std::ostream* out) { *out << program.name; }
+};
+
+std::string hexadecimal(xcb_window_t window) {
+  std::ostringstream text;
+  text << "0x" << std::hex << window;
+  return text.str();
+}
+
+int inked(const Picture& picture) {
+  const auto colors = picture.colors();
+  const auto white = colors.find(kWhite);
+  return picture.width * picture.height - (white == colors.end() ? 0 : white->second);
+}
+
+class ForeignPrograms : public X11Test, public testing::WithParamInterface<Program> {
+ protected:
+  void SetUp() override {
+    startManager(managerWanted);
+    program = server.start(GetParam().command);
+    ASSERT_TRUE(eventually([this] {
+      window = user.find(GetParam().window);
+      return window != 0 && user.isViewable(window) && isDrawn();
+    }));
+  }
+  bool isDrawn() { return user.picture(window).colors().size() > 1; }
+  void keep(const std::string& when) {
+    user.picture(window).keep(std::string(GetParam().name) + "-" + when);
+  }
+  /// What its program has said about the window.
+  std::map<std::string, std::optional<Property>> said() {
+    std::map<std::string, std::optional<Property>> properties;
+    for (const char* name :
+         {"_MOTIF_WM_HINTS", "WM_NORMAL_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_CLASS", "WM_NAME",
+          "WM_ICON_NAME", "WM_TRANSIENT_FOR", "_NET_WM_NAME", "_NET_WM_WINDOW_TYPE"}) {
+      properties[name] = user.property(window, name);
+    }
+    return properties;
+  }
+  /// Closing, miniaturising and resizing, as far as the manager allows them.
+  std::vector<std::string> offered() {
+    std::vector<std::string> actions = user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
+    std::erase_if(actions, [](const std::string& action) {
+      return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
+             action != "_NET_WM_ACTION_RESIZE";
+    });
+    return actions;
+  }
+  bool isWhite() { return user.picture(window).isAll(kWhite); }
+  void resizeBy(int width, int height) {
+    PixelRect frame = user.frameOf(window);
+    frame.width += width;
+    frame.height += height;
+    user.configure(window, frame);
+  }
+  bool isAsLargeAs(PixelRect frame) {
+    const PixelRect now = user.frameOf(window);
+    return now.width >= frame.width && now.height >= frame.height;
+  }
+
+  Manager managerWanted = Manager::None;
+  Process program;
+  xcb_window_t window = 0;
+};
+
+class ForeignProgramsWithManager : public ForeignPrograms {
+ protected:
+  ForeignProgramsWithManager() { managerWanted = Manager::Metacity; }
+};
+
+TEST_P(ForeignProgramsWithManager, AreCoveredAndGivenBackAsTheyWere) {
+  ASSERT_TRUE(eventually([this] { return offered().size() == 3; }));
+  const auto saidBefore = said();
+  const auto childrenBefore = user.children(window);
+  const int inkedBefore = inked(user.picture(window));
+  const PixelRect frameBefore = user.frameOf(window);
+  keep("before");
+
+  LaunchedShow show(server, {"--window", hexadecimal(window), "--mode", "skip", "--duration", "600",
+                             "--content-controller"});
+  ASSERT_TRUE(show.prints("covered")) << show.output();
+  EXPECT_TRUE(eventually([this] { return isWhite(); }));
+  EXPECT_TRUE(show.prints("controls kept by the window manager: none")) << show.output();
+  EXPECT_THAT(offered(), IsEmpty());
+  EXPECT_NE(said()["WM_NORMAL_HINTS"], saidBefore.at("WM_NORMAL_HINTS"));
+  EXPECT_TRUE(isWhite());
+  keep("covered");
+
+  show.pressEnter();
+  EXPECT_EQ(show.wait(), 0) << show.output();
+  EXPECT_THAT(show.output(), HasSubstr("controls given back"));
+  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // an error of the server's
+  EXPECT_TRUE(eventually([this] { return offered().size() == 3; }));
+  EXPECT_EQ(said(), saidBefore);
+  EXPECT_EQ(user.children(window), childrenBefore);
+  EXPECT_EQ(user.frameOf(window), frameBefore);
+  EXPECT_TRUE(eventually([&] { return inked(user.picture(window)) > inkedBefore / 2; }));
+  keep("after");
+
+  // It runs and answers.
+  ASSERT_TRUE(program.isRunning());
+  resizeBy(120, 90);
+  EXPECT_TRUE(eventually([&] {
+    return isAsLargeAs({0, 0, frameBefore.width + 100, frameBefore.height + 70}) && isDrawn();
+  }));
+  user.closeByManager(window);
+  EXPECT_TRUE(eventually([this] { return !program.isRunning(); }));
+}
+
+TEST_P(ForeignPrograms, AreResizedWhileCovered) {
+  LaunchedShow show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
+                             "600", "--indicator"});
+  const auto isCovered = [this] {  // but for the indicator
+    const Picture picture = user.picture(window);
+    const PixelRect other = picture.otherThan(kWhite);
+    return other.width <= 32 && other.height <= 32 && picture.at(0, 0) == kWhite;
+  };
+  ASSERT_TRUE(eventually(isCovered)) << show.output();
+  const PixelRect frame = user.frameOf(window);
+  const auto saidBefore = said();
+  resizeBy(150, 100);
+  EXPECT_TRUE(isCovered());  // in the same motion
+  // Until it has been heard of, and its size is again the only one.
+  EXPECT_TRUE(eventually([&] { return said() != saidBefore; }));
+  EXPECT_TRUE(isAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
+  EXPECT_TRUE(isCovered());
+  EXPECT_TRUE(eventually([&] {  // the indicator goes back to the middle
+    const PixelRect spinner = user.picture(window).otherThan(kWhite);
+    return spinner.x + spinner.width / 2 == (frame.width + 150) / 2;
+  }));
+  show.pressEnter();
+  EXPECT_EQ(show.wait(), 0) << show.output();
+  EXPECT_TRUE(isAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
+  EXPECT_TRUE(eventually([this] { return isDrawn(); }));
+  EXPECT_TRUE(program.isRunning());
+}
+
+const auto kPrograms =
+    testing::Values(Program{"xclock", {"xclock", "-geometry", "300x300+120+120"}, "XClock"},
+                    Program{"xterm", {"xterm", "-geometry", "70x20+120+120"}, "XTerm"},
+                    Program{"glxgears", {"glxgears", "-geometry", "300x300+120+120"}, "glxgears"},
+                    Program{"xmahjongg", {"/usr/games/xmahjongg"}, "XMahjongg"});
+
+std::string nameOf(const testing::TestParamInfo<Program>& tested) { return tested.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(X11Show, ForeignProgramsWithManager, kPrograms, nameOf);
+INSTANTIATE_TEST_SUITE_P(X11Show, ForeignPrograms, kPrograms, nameOf);
+
+}  // namespace
+}  // namespace vel::test

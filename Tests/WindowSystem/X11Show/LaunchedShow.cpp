@@ -1,0 +1,92 @@
+#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <sstream>
+#include <system_error>
+
+namespace vel::test {
+
+namespace {
+
+// Far longer than any of the runs takes on a machine that is busy otherwise.
+constexpr int kPatience = 30'000;
+
+std::array<int, 2> makePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  return ends;
+}
+
+}  // namespace
+
+LaunchedShow::LaunchedShow(const XServer& server, std::vector<std::string> arguments) {
+  const auto input = makePipe();
+  const auto output = makePipe();
+  arguments.insert(arguments.begin(), {LAUNCHSCREEN, "show", "--display", "x11"});
+  process_ = Process(std::move(arguments), server.display(),
+                     {.input = input[0], .output = output[1], .errors = output[1]});
+  close(input[0]);
+  close(output[1]);
+  writer_ = input[1];
+  reader_ = output[0];
+}
+
+LaunchedShow::~LaunchedShow() {
+  process_.end();
+  close(writer_);
+  close(reader_);
+}
+
+bool LaunchedShow::read(int milliseconds) {
+  pollfd source{reader_, POLLIN, 0};
+  if (poll(&source, 1, milliseconds) <= 0) {
+    return false;
+  }
+  std::array<char, 4096> part{};
+  const ssize_t size = ::read(reader_, part.data(), part.size());
+  if (size > 0) {
+    output_.append(part.data(), static_cast<std::size_t>(size));
+  }
+  return size > 0;
+}
+
+bool LaunchedShow::prints(std::string_view text) {
+  while (output_.find(text) == std::string::npos) {
+    if (!read(kPatience)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void LaunchedShow::pressEnter() const {
+  if (write(writer_, "\n", 1) != 1) {
+    throw std::system_error(errno, std::generic_category(), "write");
+  }
+}
+
+int LaunchedShow::wait() {
+  while (read(kPatience)) {
+  }
+  return process_.wait();
+}
+
+double LaunchedShow::timeOf(std::string_view happening) const {
+  std::istringstream lines(output_);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.ends_with(happening)) {
+      return std::strtod(line.c_str(), nullptr);
+    }
+  }
+  return -1;
+}
+
+}  // namespace vel::test
