@@ -78,12 +78,17 @@ void Display::readMonitors() {
   }
 }
 
+// Where the server's own notion of monitors stays and only a user's changes, nothing is told but
+// that the root window is as it was.
 bool Display::handle(const xcb_generic_event_t& event) {
-  if (typeOf(event) != monitorsChanged_) {
+  const bool rootTold = typeOf(event) == XCB_CONFIGURE_NOTIFY &&
+                        eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
+  if (typeOf(event) != monitorsChanged_ && !rootTold) {
     return false;
   }
+  const PixelRect before = first_;
   readMonitors();
-  return true;
+  return first_ != before;
 }
 
 CGRect Display::points(PixelRect pixels) const {

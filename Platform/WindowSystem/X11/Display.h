@@ -35,7 +35,7 @@ class Display {
   /// A rectangle in a window's content of the given height in pixels.
   [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight) const;
 
-  /// Takes an event; answers whether the monitors have changed.
+  /// Takes an event; answers whether points are counted from elsewhere now.
   bool handle(const xcb_generic_event_t& event);
 
  private:

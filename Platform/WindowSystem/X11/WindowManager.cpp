@@ -14,7 +14,10 @@ constexpr std::uint32_t kAskedByApplication = 1;
 }  // namespace
 
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
-  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  // Each program selects a window's events once: these are all that matter of the root window,
+  // those for the monitors included.
+  constexpr std::uint32_t kEvents =
+      XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   connection_.sent(xcb_change_window_attributes(connection_.get(), connection_.root(),
                                                 XCB_CW_EVENT_MASK, &kEvents),
                    "ChangeWindowAttributes", connection_.root());

@@ -68,6 +68,25 @@ PixelRect Picture::otherThan(std::uint32_t color) const {
   return right == 0 ? PixelRect{} : PixelRect{left, top, right - left, bottom - top};
 }
 
+Picture Picture::from(const std::string& file) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  if (png_image_begin_read_from_file(&image, file.c_str()) == 0) {
+    throw std::runtime_error("cannot read " + file);
+  }
+  image.format = PNG_FORMAT_RGB;
+  std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(image));
+  if (png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr) == 0) {
+    throw std::runtime_error("cannot read " + file);
+  }
+  Picture picture{static_cast<int>(image.width), static_cast<int>(image.height), {}};
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    picture.pixels.push_back(static_cast<std::uint32_t>(bytes[i] << 16U | bytes[i + 1] << 8U) |
+                             bytes[i + 2]);
+  }
+  return picture;
+}
+
 void Picture::keep(const std::string& name) const {
   const std::filesystem::path folder("build/pictures");
   std::filesystem::create_directories(folder);

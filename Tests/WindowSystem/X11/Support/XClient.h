@@ -33,6 +33,8 @@ struct Picture {
   /// The smallest rectangle that holds every pixel of another colour.
   [[nodiscard]] PixelRect otherThan(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
+  /// One that somebody has saved as a PNG file.
+  static Picture from(const std::string& file);
   /// Keeps it for people, as build/pictures/NAME.png below the tests' working directory.
   void keep(const std::string& name) const;
 };

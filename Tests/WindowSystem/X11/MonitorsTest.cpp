@@ -1,0 +1,60 @@
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::IsEmpty;
+
+constexpr std::uint32_t kGreen = 0x208040;
+
+/// Two monitors of different height, side by side; the lower edges do not meet.
+class X11Monitors : public X11Test {
+ protected:
+  X11Monitors() {
+    addMonitor("left", "640/169x800/212+0+0", "screen");
+    addMonitor("right", "640/169x960/254+640+0", "none");
+  }
+  void addMonitor(const std::string& name, const std::string& place, const std::string& output) {
+    const auto listed = [this] { return outputOf({"xrandr", "--listmonitors"}, server.display()); };
+    outputOf({"xrandr", "--setmonitor", name, place, output}, server.display());
+    ASSERT_THAT(listed(), testing::HasSubstr(name));
+  }
+};
+
+TEST_F(X11Monitors, PointsAreCountedFromTheFirstOne) {
+  const AdoptedWindow left = adopt(user.openGame({100, 300, 200, 160}, kGreen));
+  const AdoptedWindow right = adopt(user.openGame({700, 100, 200, 160}, kGreen));
+  EXPECT_EQ(left.frame, CGRectMake(100, 340, 200, 160));
+  EXPECT_EQ(right.frame, CGRectMake(700, 540, 200, 160));
+}
+
+TEST_F(X11Monitors, WindowsOpenOnTheOneThatTheirFrameSays) {
+  const WindowHandle right =
+      open({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
+  EXPECT_EQ(user.frameOf(idOf(right)), (PixelRect{700, 100, 200, 160}));
+}
+
+TEST_F(X11Monitors, ACoverFollowsItsWindowFromOneToTheOther) {
+  const xcb_window_t game = user.openGame({100, 300, 200, 160}, kGreen);
+  const AdoptedWindow found = adopt(game);
+  system().setScene(found.handle, white(found.frame.size));
+  deliver();
+  user.configure(game, {700, 100, 500, 300});
+  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  deliver();
+  EXPECT_EQ(reports.frame, CGRectMake(700, 400, 500, 300));
+  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(X11Monitors, FramesAreToldAnewWhenTheFirstOneBecomesAnother) {
+  const AdoptedWindow found = adopt(user.openGame({100, 300, 200, 160}, kGreen));
+  ASSERT_EQ(found.frame, CGRectMake(100, 340, 200, 160));
+  addMonitor("*other", "640/169x960/254+0+0", "none");
+  EXPECT_TRUE(waitFor([this] { return reports.frame == CGRectMake(100, 500, 200, 160); }));
+}
+
+}  // namespace
+}  // namespace vel::test

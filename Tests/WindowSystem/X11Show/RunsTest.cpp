@@ -1,0 +1,174 @@
+// `launchscreen show` on a display, from its beginning to its end.
+#include <gmock/gmock.h>
+
+#include <array>
+#include <filesystem>
+#include <sstream>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+
+namespace vel::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr std::uint32_t kGreen = 0x208040;
+
+/// What is printed, less the times and the log.
+std::vector<std::string> happenings(const LaunchedShow& show) {
+  std::istringstream lines(show.output());
+  std::vector<std::string> found;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find(" s  ") == 8) {
+      found.push_back(line.substr(12));
+    }
+  }
+  return found;
+}
+
+class X11Player : public X11Test {
+ protected:
+  X11Player() : X11Test(Manager::Metacity) {}
+  void TearDown() override { std::filesystem::remove(screenshot); }
+  xcb_window_t player() { return user.find("PlayerWindow"); }
+
+  const std::string screenshot =
+      (std::filesystem::temp_directory_path() / ("screenshot" + server.display() + ".png"))
+          .string();
+};
+
+TEST_F(X11Player, IsWhiteInTheMiddleOfTheRunAndPlaysAfterIt) {
+  LaunchedShow show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
+                             "--screenshot", screenshot});
+  ASSERT_TRUE(show.prints("uncovered")) << show.output();
+  Picture playing;
+  EXPECT_TRUE(eventually([&] {
+    playing = user.picture(player());
+    return playing.colors().size() == 2 && playing.colors().count(kWhite) == 0;
+  }));
+  EXPECT_TRUE(eventually([&] { return !(user.picture(player()) == playing); }));
+  playing.keep("player");
+  EXPECT_EQ(show.wait(), 0) << show.output();
+  const Picture covered = Picture::from(screenshot);
+  EXPECT_EQ(covered.width, 640);
+  EXPECT_EQ(covered.height, 480);
+  EXPECT_TRUE(covered.isAll(kWhite));
+}
+
+TEST_F(X11Player, PlaysAroundAModalWindow) {
+  LaunchedShow show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
+                             "960x540", "--screenshot", screenshot});
+  EXPECT_EQ(show.wait(), 0) << show.output();
+  const Picture modal = Picture::from(screenshot);
+  modal.keep("modal");
+  EXPECT_NE(modal.at(5, 5), kWhite);
+  // The modal window, 480 by 270, lies in the middle, and the indicator in its middle.
+  EXPECT_EQ(modal.at(480 - 230, 270 - 130), kWhite);
+  EXPECT_EQ(modal.at(480 + 230, 270 + 130), kWhite);
+  EXPECT_NE(modal.at(480 - 250, 270 - 130), kWhite);
+  EXPECT_EQ(modal.at(480, 270), kWhite);
+  int ink = 0;
+  for (int x = 480 - 16; x < 480 + 16; ++x) {
+    ink += modal.at(x, 270) == kWhite ? 0 : 1;
+  }
+  EXPECT_GT(ink, 4);
+}
+
+TEST_F(X11Player, IsOpenedOnTheDisplayThatAnswers) {
+  const std::vector<std::string> automatic{
+      LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
+  // Only on a display with a window manager is there anybody to keep a control.
+  EXPECT_THAT(outputOf(automatic, server.display()), HasSubstr("controls kept"));
+  const std::string headless = outputOf(automatic, ":9999");
+  EXPECT_THAT(headless, HasSubstr("uncovered"));
+  EXPECT_THAT(headless, Not(HasSubstr("controls kept")));
+}
+
+TEST_F(X11Player, LosesAScreenshotThatCannotBeWritten) {
+  LaunchedShow show(server, {"--duration", "0.2", "--screenshot", "/nonexistent/picture.png"});
+  EXPECT_EQ(show.wait(), 1);
+  EXPECT_THAT(show.output(), HasSubstr("launchscreen: no screenshot: /nonexistent/picture.png: "));
+}
+
+struct Run {
+  Manager manager;
+  const char* presentation;
+  const char* kept;  // of the controls, by the manager
+
+  [[nodiscard]] std::string name() const {
+    constexpr std::array<const char*, 3> kManagers{"WithoutAManager", "UnderMetacity",
+                                                   "UnderOpenbox"};
+    return std::string(presentation) + kManagers.at(static_cast<std::size_t>(manager));
+  }
+  friend void PrintTo(const Run& run, std::ostream* out) { *out << run.name(); }
+};
+
+class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
+ protected:
+  X11Runs() : X11Test(GetParam().manager) {}
+};
+
+TEST_P(X11Runs, GoFromRequestToEvent) {
+  const xcb_window_t game = user.openGame(kGame, kGreen);
+  ASSERT_TRUE(eventually([&] { return user.isViewable(game); }));
+  LaunchedShow show(server, {"--window", std::to_string(game), "--duration", "0.6", "--present",
+                             GetParam().presentation, "--content-controller"});
+  ASSERT_TRUE(show.prints("covered"));
+  EXPECT_TRUE(eventually([&] { return user.picture(game).colors().count(kWhite) == 1; }));
+  EXPECT_EQ(show.wait(), 0);
+  std::vector<std::string> expected{"request answered", "covered"};
+  if (*GetParam().kept != '\0') {
+    expected.insert(
+        expected.end(),
+        {"controls taken", "controls kept by the window manager: " + std::string(GetParam().kept),
+         "controls given back"});
+  }
+  expected.insert(expected.end(), {"dismissed", "uncovered", "event recorded: launch_end"});
+  EXPECT_EQ(happenings(show), expected);
+  EXPECT_TRUE(eventually([&] { return user.picture(game).isAll(kGreen); }));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    X11Show, X11Runs,
+    testing::Values(Run{Manager::None, "embedded", "none"}, Run{Manager::None, "modal", ""},
+                    Run{Manager::None, "sheet", ""}, Run{Manager::Metacity, "embedded", "none"},
+                    Run{Manager::Metacity, "modal", ""}, Run{Manager::Metacity, "sheet", ""},
+                    Run{Manager::Openbox, "embedded", "close, miniaturise"},
+                    Run{Manager::Openbox, "modal", ""}),
+    [](const testing::TestParamInfo<Run>& tested) { return tested.param.name(); });
+
+class X11ShowFocus : public X11TestWithManager {};
+
+TEST_F(X11ShowFocus, TheCountdownStandsStillWhileTheUserIsInAnotherProgram) {
+  const xcb_window_t game = user.openGame(kGame, kGreen);
+  const Process xterm = server.start({"xterm", "-geometry", "40x10+900+600"});
+  xcb_window_t other = 0;
+  ASSERT_TRUE(eventually([&] {
+    other = user.find("XTerm");
+    return user.isViewable(game) && other != 0 && user.isViewable(other);
+  }));
+  const auto userGoesTo = [this](xcb_window_t window) {
+    outputOf({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
+  };
+  LaunchedShow show(server,
+                    {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
+  ASSERT_TRUE(show.prints("covered"));
+  ASSERT_TRUE(eventually([&] { return user.focused() == game; }));
+  userGoesTo(other);
+  ASSERT_TRUE(show.prints("paused: not in front")) << show.output();
+  // Time passes: a run of its own, on a display of its own.
+  outputOf({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());
+  userGoesTo(game);
+  ASSERT_TRUE(show.prints("goes on: in front again")) << show.output();
+  EXPECT_EQ(show.wait(), 0);
+  const double away = show.timeOf("goes on: in front again") - show.timeOf("paused: not in front");
+  EXPECT_GT(away, 1);
+  EXPECT_GT(show.timeOf("dismissed") - show.timeOf("covered"), 2.95 + away);
+  EXPECT_THAT(show.output(), HasSubstr("event recorded: launch_end"));
+}
+
+}  // namespace
+}  // namespace vel::test
