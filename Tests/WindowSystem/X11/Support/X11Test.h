@@ -11,38 +11,17 @@
 #include <vector>
 
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
+#include "Tests/WindowSystem/Reports.h"
 #include "Tests/WindowSystem/X11/Support/XClient.h"
 #include "Tests/WindowSystem/X11/Support/XServer.h"
 
 namespace vel::test {
 
-/// Notes each report as a line: "focus 0x200001", "deactivated", "gone 0x200001"...
-class ReportListener final : public WindowSystemDelegate {
- public:
-  void focusMoved(WindowHandle window) override;
-  void applicationActivated(WindowHandle window) override;
-  void applicationDeactivated() override;
-  void closeAsked(WindowHandle window) override;
-  void windowGone(WindowHandle window) override;
-  void frameChanged(WindowHandle window, CGRect frame) override;
-  void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
-  void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
-  void displayLost(std::string_view reason) override;
-
-  [[nodiscard]] bool heard(std::string_view line) const;
-  /// How often a line was heard that begins so.
-  [[nodiscard]] int count(std::string_view beginning) const;
-
-  std::vector<std::string> lines;
-  CGRect frame;  // of the last change
-};
-
-/// Looks again and again until the condition holds; false where it does not come to hold in far
-/// more time than anything takes.
-bool eventually(const std::function<bool()>& condition);
-
 /// Which window manager runs: the one that knows every hint, another one, or none.
 enum class Manager : std::uint8_t { None, Metacity, Openbox };
+
+/// Starts a window manager on the server and waits until it manages; `user` looks on.
+Process startManager(Manager manager, const XServer& server, XClient& user);
 
 /// The X server, another program with windows on it (`user`), and the back end. Waiting is for
 /// events, and fails where what was waited for does not come.
@@ -55,10 +34,9 @@ class X11Test : public testing::Test {
   X11WindowSystem& system();
   /// Gives it away.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
-  /// Starts a window manager and waits until it manages.
-  void startManager(Manager manager);
+  void startManager(Manager started) { manager = test::startManager(started, server, user); }
   /// Delivers events until the condition holds; false where it does not come to hold.
-  bool waitFor(const std::function<bool()>& condition);
+  bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
   /// Delivers what the server has for us by now, and waits until it has done what we asked.
   void deliver();
   /// The same for a while, to see that something does not happen.

@@ -1,0 +1,36 @@
+#include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+#include "Tests/WindowSystem/Conformance.h"
+
+namespace vel::test {
+namespace {
+
+class HeadlessDisplay final : public TestDisplay {
+ public:
+  WindowSystem& system() override { return system_; }
+  void userGoesToAnotherApplication() override { system_.userDeactivatesApplication(); }
+  void userComesBackTo(WindowHandle /*window*/) override { system_.userActivatesApplication(); }
+  void userAsksToClose(WindowHandle window) override { system_.userClosesWindow(window); }
+  void somebodyResizes(WindowHandle window, CGSize size) override {
+    system_.userResizesWindow(window, {system_.window(window)->description.frame.origin, size});
+  }
+  void somebodyEnds(WindowHandle window) override { system_.windowVanishes(window); }
+  void connectionBreaks() override { system_.connectionBreaks("a test"); }
+  std::uint64_t openForeignWindow() override { return 0; }
+
+ private:
+  HeadlessWindowSystem system_;
+};
+
+std::unique_ptr<TestDisplay> open() { return std::make_unique<HeadlessDisplay>(); }
+
+INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
+                         testing::Values(Backend{.name = "InMemory",
+                                                 .open = open,
+                                                 .adoptsWindows = false,
+                                                 .hasScreen = false,
+                                                 .miniaturizes = true,
+                                                 .tellsControlsKept = false}),
+                         nameOfBackend);
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,100 @@
+#include "Tests/WindowSystem/Reports.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <chrono>
+#include <sstream>
+
+namespace vel::test {
+
+namespace {
+
+// What other programs do between themselves is looked at again and again.
+constexpr Nanoseconds kAnotherLook = kNanosecondsPerSecond / 100;
+
+}  // namespace
+
+std::string nameOf(WindowHandle window) {
+  std::ostringstream text;
+  text << "0x" << std::hex << static_cast<std::uint64_t>(window);
+  return text.str();
+}
+
+void ReportListener::focusMoved(WindowHandle window) { lines.push_back("focus " + nameOf(window)); }
+void ReportListener::applicationActivated(WindowHandle window) {
+  lines.push_back("activated " + nameOf(window));
+}
+void ReportListener::applicationDeactivated() { lines.emplace_back("deactivated"); }
+void ReportListener::closeAsked(WindowHandle window) {
+  lines.push_back("close asked " + nameOf(window));
+}
+void ReportListener::windowGone(WindowHandle window) { lines.push_back("gone " + nameOf(window)); }
+void ReportListener::frameChanged(WindowHandle window, CGRect changed) {
+  frame = changed;
+  lines.push_back("frame " + nameOf(window));
+}
+void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized) {
+  lines.push_back((miniaturized ? "miniaturized " : "deminiaturized ") + nameOf(window));
+}
+void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
+  lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
+}
+void ReportListener::displayLost(std::string_view /*reason*/) { lines.emplace_back("lost"); }
+
+bool ReportListener::heard(std::string_view line) const {
+  return std::ranges::find(lines, line) != lines.end();
+}
+
+int ReportListener::count(std::string_view beginning) const {
+  return static_cast<int>(std::ranges::count_if(
+      lines, [beginning](const std::string& line) { return line.starts_with(beginning); }));
+}
+
+Nanoseconds steadyNow() {
+  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void waitForInput(int descriptor, Nanoseconds until) {
+  pollfd input{descriptor, POLLIN, 0};
+  const Nanoseconds left = std::max<Nanoseconds>(until - steadyNow(), 0);
+  poll(&input, 1, static_cast<int>((left + 999'999) / 1'000'000));
+}
+
+bool eventually(const std::function<bool()>& condition) {
+  const Nanoseconds limit = steadyNow() + kPatience;
+  while (!condition()) {
+    if (steadyNow() >= limit) {
+      return false;
+    }
+    waitForInput(-1, steadyNow() + kAnotherLook);
+  }
+  return true;
+}
+
+bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) {
+  const Nanoseconds limit = steadyNow() + kPatience;
+  while (true) {
+    system.deliverEvents();
+    if (condition()) {
+      return true;
+    }
+    const Nanoseconds now = steadyNow();
+    if (now >= limit) {
+      return false;
+    }
+    waitForInput(system.descriptor(), std::min(system.nextDeadline(), now + kAnotherLook));
+  }
+}
+
+void deliverAll(WindowSystem& system) {
+  while (system.deliverEvents()) {
+  }
+  // A question that cannot be answered well, but only after all that was asked before it.
+  std::string error;
+  system.adoptWindow(1, error);
+  while (system.deliverEvents()) {
+  }
+}
+
+}  // namespace vel::test

@@ -1,0 +1,74 @@
+#include <stdexcept>
+
+#include "Tests/WindowSystem/Conformance.h"
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+class X11Display final : public TestDisplay {
+ public:
+  explicit X11Display(Manager manager)
+      : user_(server_.display()), manager_(startManager(manager, server_, user_)) {
+    other_ = openGame({900, 600, 100, 100});
+    std::string error;
+    system_ = X11WindowSystem::open(server_.display(), error);
+    if (system_ == nullptr) {
+      throw std::runtime_error(error);
+    }
+  }
+
+  WindowSystem& system() override { return *system_; }
+  void userGoesToAnotherApplication() override { user_.focus(other_); }
+  void userComesBackTo(WindowHandle window) override { user_.focus(idOf(window)); }
+  void userAsksToClose(WindowHandle window) override {
+    user_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
+    user_.settle();
+  }
+  void somebodyResizes(WindowHandle window, CGSize size) override {
+    PixelRect frame = user_.frameOf(idOf(window));
+    frame.width = static_cast<int>(size.width);
+    frame.height = static_cast<int>(size.height);
+    user_.configure(idOf(window), frame);
+  }
+  void somebodyEnds(WindowHandle window) override { user_.destroy(idOf(window)); }
+  void connectionBreaks() override { server_.kill(); }
+  std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }
+
+ private:
+  static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
+  xcb_window_t openGame(PixelRect frame) {
+    const xcb_window_t game = user_.openGame(frame, 0);
+    eventually([this, game] { return user_.isViewable(game); });
+    return game;
+  }
+
+  XServer server_;
+  XClient user_;
+  Process manager_;
+  xcb_window_t other_ = 0;  // another program's
+  std::unique_ptr<X11WindowSystem> system_;
+};
+
+template <Manager kManager>
+std::unique_ptr<TestDisplay> open() {
+  return std::make_unique<X11Display>(kManager);
+}
+
+Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bool managed) {
+  return {.name = name,
+          .open = open,
+          .adoptsWindows = true,
+          .hasScreen = true,
+          .miniaturizes = managed,
+          .tellsControlsKept = true};
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, Conformance,
+                         testing::Values(backendWith("WithoutAManager", open<Manager::None>, false),
+                                         backendWith("UnderMetacity", open<Manager::Metacity>,
+                                                     true)),
+                         nameOfBackend);
+
+}  // namespace
+}  // namespace vel::test
