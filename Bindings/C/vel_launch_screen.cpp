@@ -145,6 +145,11 @@ bool isUnderstood(const Structure* structure) {
                      [](unsigned char byte) { return byte == 0; });
 }
 
+bool isMode(const char* text) {
+  const auto& keys = vel::LaunchScreenContentRequest;
+  return text == nullptr || text == keys.skip || text == keys.forced;
+}
+
 bool isWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
 
 VelStatus check(const VelCreateOptions* options, VelLaunchScreen** screen) {
@@ -251,6 +256,10 @@ VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request) {
   return onSession(screen, [request](Session& session, std::string& error) {
     if (!isUnderstood(request)) {
       error = "the request is missing, or of no known size";
+      return VEL_INVALID_ARGUMENT;
+    }
+    if (!isMode(request->mode)) {
+      error = "unknown mode";
       return VEL_INVALID_ARGUMENT;
     }
     if (std::isnan(request->seconds)) {
