@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 
+#include <filesystem>
+
 #include "Bindings/C/vel_launch_screen.h"
 #include "Tests/WindowSystem/X11/Support/X11Test.h"
 
@@ -108,6 +110,24 @@ TEST_F(X11CBinding, RefusesAWindowThatIsNotThere) {
     EXPECT_EQ(screen, nullptr);
   }
   EXPECT_EQ(create(game), VEL_OK) << vel_last_error();
+}
+
+TEST_F(X11CBinding, LeavesNoDescriptorOpen) {
+  const auto descriptors = [] {
+    const std::filesystem::directory_iterator open("/proc/self/fd");
+    return std::distance(begin(open), end(open));
+  };
+  const auto createAndDestroy = [this] {
+    ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
+    present(60);
+    ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+  };
+  createAndDestroy();  // the first time, the run loop's own are opened
+  const auto before = descriptors();
+  for (int round = 0; round < 20; ++round) {
+    createAndDestroy();
+  }
+  EXPECT_EQ(descriptors(), before);
 }
 
 TEST_F(X11CBinding, TellsOfALostDisplayAndCanBeDestroyed) {
