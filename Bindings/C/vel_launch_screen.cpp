@@ -37,7 +37,8 @@ struct Registry {
   std::mutex mutex;
   std::unique_ptr<Session> session;
   std::uintptr_t handle = 0;
-  bool creating = false;
+  /// One is being made or ended, without the lock; no other may begin meanwhile.
+  bool changing = false;
 
   /// The session that a handle stands for; none where that has been destroyed. Under the lock.
   [[nodiscard]] Session* find(const VelLaunchScreen* screen) const {
@@ -68,8 +69,14 @@ VelStatus findOwned(const VelLaunchScreen* screen, Session*& session) {
 
 void endSession() {
   std::unique_ptr<Session> ended;
+  {
+    const std::scoped_lock lock(registry().mutex);
+    registry().changing = true;
+    ended.swap(registry().session);
+  }
+  ended = nullptr;
   const std::scoped_lock lock(registry().mutex);
-  ended.swap(registry().session);
+  registry().changing = false;
 }
 
 /// Counts a call while it is under way. The outermost one ends a session that was destroyed inside.
@@ -145,6 +152,11 @@ bool isUnderstood(const Structure* structure) {
                      [](unsigned char byte) { return byte == 0; });
 }
 
+bool isMode(const char* text) {
+  const auto& keys = vel::LaunchScreenContentRequest;
+  return text == nullptr || text == keys.skip || text == keys.forced;
+}
+
 bool isWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
 
 VelStatus check(const VelCreateOptions* options, VelLaunchScreen** screen) {
@@ -212,10 +224,10 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
   }
   {
     const std::scoped_lock lock(registry().mutex);
-    if (registry().session != nullptr || registry().creating || vel::NSApp != nullptr) {
+    if (registry().session != nullptr || registry().changing || vel::NSApp != nullptr) {
       return fail(VEL_ALREADY_EXISTS, "there is a launch screen in this process already");
     }
-    registry().creating = true;
+    registry().changing = true;
   }
   std::unique_ptr<Session> session;
   const VelStatus status = guarded([&] {
@@ -224,7 +236,7 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
     return created == VEL_OK ? VEL_OK : fail(created, error);
   });
   const std::scoped_lock lock(registry().mutex);
-  registry().creating = false;
+  registry().changing = false;
   if (status == VEL_OK) {
     registry().session = std::move(session);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): never used as an address
@@ -251,6 +263,10 @@ VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request) {
   return onSession(screen, [request](Session& session, std::string& error) {
     if (!isUnderstood(request)) {
       error = "the request is missing, or of no known size";
+      return VEL_INVALID_ARGUMENT;
+    }
+    if (!isMode(request->mode)) {
+      error = "unknown mode";
       return VEL_INVALID_ARGUMENT;
     }
     if (std::isnan(request->seconds)) {

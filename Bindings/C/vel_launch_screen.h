@@ -148,7 +148,7 @@ typedef struct VelCreateOptions {
 typedef struct VelRequest {
   size_t size;       /* sizeof(VelRequest) */
   const char* mode;  /* "skip": the host may end the launch screen at any time, and no event is
-                        recorded; any other, and null: it stays up for its time */
+                        recorded; "forced", and null: it stays up for its time */
   const char* event; /* the analytics event */
   double seconds;    /* how long the launch screen stays up while in front; single precision */
 } VelRequest;
@@ -166,8 +166,10 @@ VEL_C_EXPORT const char* vel_status_text(VelStatus status);
  * next call. Any thread. */
 VEL_C_EXPORT const char* vel_last_error(void);
 
-/* Makes a launch screen for a window and stores it in *screen, or null where this fails. Nothing is
- * shown yet. The calling thread owns it. */
+/* Makes a launch screen for a window and stores it in *screen, or null where this fails: with
+ * VEL_ALREADY_EXISTS, VEL_NO_DISPLAY or VEL_BAD_WINDOW, or with VEL_INVALID_ARGUMENT where an
+ * option makes no sense. Nothing is shown yet. Any thread; it owns the launch screen from then on.
+ */
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
 /* Ends the launch screen in any state, gives the window back as it was, and stores null in *screen.
@@ -176,14 +178,15 @@ VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScre
  * to it returns. VEL_NOT_ALIVE where *screen is null or destroyed. The owning thread. */
 VEL_C_EXPORT VelStatus vel_destroy(VelLaunchScreen** screen);
 
-/* Requests a launch screen. VEL_REFUSED where the event is missing or empty or the time is 0 or
+/* Requests a launch screen. VEL_INVALID_ARGUMENT where the mode is unknown or the time is not a
+ * number. VEL_REFUSED where the event is missing or empty or the time is 0 or
  * less; vel_last_error then has the library's own words. What is read before that stays: the mode,
  * and the event where it is there. While a launch screen is up, the request is read but leaves it
  * alone. The owning thread. */
 VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request);
 /* The same from the JSON object that a content service sends, with "mode", "event" and
- * "max_duration_time" (a number or a text). `length` is in bytes. VEL_INVALID_ARGUMENT where it is
- * not a JSON object. The owning thread. */
+ * "max_duration_time" (a number or a text); a mode that nobody knows counts as "forced" there.
+ * `length` is in bytes. VEL_INVALID_ARGUMENT where it is not a JSON object. The owning thread. */
 VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t length);
 
 /* Shows what has been requested, once for each request. VEL_NOTHING_TO_PRESENT where nothing is

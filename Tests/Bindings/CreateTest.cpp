@@ -148,6 +148,15 @@ TEST_F(CreateTest, AnUnknownDisplayIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
+TEST_F(CreateTest, AnX11DisplayThatDoesNotAnswerIsNoDisplay) {
+  VelCreateOptions options = virtualOptions();
+  options.display = "x11";
+  options.display_name = ":2147483647";
+  EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
+  EXPECT_STRNE(vel_last_error(), "");
+  EXPECT_EQ(NSApp, nullptr);
+}
+
 TEST_F(CreateTest, ALongErrorIsCutNotLost) {
   const std::string name(10'000, 'x');
   VelCreateOptions options = virtualOptions();

@@ -136,6 +136,21 @@ TEST_F(DestroyTest, InsideDisplayLost) {
   expectGone();
 }
 
+TEST_F(DestroyTest, InsideControlsKept) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  host.inside = [this](const std::string& callback) {
+    if (callback == "controls_kept") {
+      EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+    }
+  };
+  dispatch_async(dispatch_get_main_queue(), [] {
+    user().windowManagerKeeps(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
+  });
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "controls_kept 2");
+  expectGone();
+}
+
 TEST_F(DestroyTest, ARunEndsWithItsLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 1);
   host.inside = [this](const std::string& callback) {

@@ -42,10 +42,18 @@ TEST_F(CRequestTest, TheTimeIsSinglePrecision) {
 TEST_F(CRequestTest, OnlySkipIsSkipMode) {
   EXPECT_EQ(request("launch_end", 1, "skip"), VEL_OK);
   EXPECT_TRUE(configuration().skipMode());
-  for (const char* mode : {"forced", "Skip", "", "anything"}) {
+  for (const char* mode : {"forced", static_cast<const char*>(nullptr)}) {
     EXPECT_EQ(request("launch_end", 1, mode), VEL_OK);
-    EXPECT_FALSE(configuration().skipMode()) << mode;
+    EXPECT_FALSE(configuration().skipMode());
   }
+}
+
+TEST_F(CRequestTest, AnUnknownModeIsRefused) {
+  for (const char* mode : {"Skip", "", "skip ", "anything"}) {
+    EXPECT_EQ(request("launch_end", 1, mode), VEL_INVALID_ARGUMENT);
+    EXPECT_STREQ(vel_last_error(), "unknown mode");
+  }
+  EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
 TEST_F(CRequestTest, WithoutAnEventItIsRefusedInTheLibrarysWords) {
@@ -111,6 +119,15 @@ TEST_F(CRequestTest, JsonIsReadAsTheServiceSendsIt) {
   EXPECT_TRUE(configuration().skipMode());
   EXPECT_EQ(event(), "launch_end");
   EXPECT_EQ(secondsLeft(), 3);
+}
+
+TEST_F(CRequestTest, JsonModesThatNobodyKnowsAreNotSkipMode) {
+  for (const char* mode : {"forced", "Skip", "", "anything"}) {
+    EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": 1, "mode": ")") +
+                          mode + "\"}"),
+              VEL_OK);
+    EXPECT_FALSE(configuration().skipMode()) << mode;
+  }
 }
 
 TEST_F(CRequestTest, JsonTimesMayBeTextsAndOfAnyKindOfNumber) {

@@ -161,6 +161,18 @@ TEST_F(CRunTest, WithoutCallbacksItRunsAllTheSame) {
   EXPECT_NE(lines.find("launch_end"), std::string::npos);
 }
 
+TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreTold) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  const WindowHandle window = NSApp->keyWindow()->handle();
+  user().windowManagerKeeps(window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
+  EXPECT_EQ(host.heard.back(),
+            "controls_kept " + std::to_string(VEL_CONTROL_MINIATURIZE | VEL_CONTROL_RESIZE));
+  user().windowManagerKeeps(window, NSWindowStyleMaskClosable);
+  EXPECT_EQ(host.heard.back(), "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
+  user().windowManagerKeeps(window, 0);
+  EXPECT_EQ(host.heard.back(), "controls_kept 0");
+}
+
 TEST_F(CRunTest, ALostDisplayIsToldAndClosesTheWindow) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().connectionBreaks("the plug was pulled");

@@ -2,8 +2,12 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <functional>
 #include <thread>
+#include <utility>
 
+#include "Platform/Foundation/NSObject.h"
+#include "Platform/Foundation/ReleasePool.h"
 #include "Tests/Bindings/CScreen.h"
 
 namespace vel::test {
@@ -101,6 +105,35 @@ TEST_F(CThreadTest, DismissalsMayMeetTheEnd) {
   done = true;
   one.join();
   two.join();
+}
+
+/// Does something when it is released.
+class Farewell final : public Class<Farewell, "Farewell"> {
+ public:
+  explicit Farewell(std::function<void()> work) : work_(std::move(work)) {}
+  Farewell(const Farewell&) = delete;
+  Farewell& operator=(const Farewell&) = delete;
+  Farewell(Farewell&&) = delete;
+  Farewell& operator=(Farewell&&) = delete;
+  ~Farewell() override { work_(); }
+
+ private:
+  std::function<void()> work_;
+};
+
+TEST_F(CThreadTest, NoOtherThreadGetsOneBeforeThisOneHasEnded) {
+  VelStatus meanwhile = VEL_OK;
+  // The last thing that an end does is to release what was to be released later.
+  ReleasePool::current().add(make<Farewell>([&meanwhile] {
+    std::thread([&meanwhile] {
+      const VelCreateOptions options = virtualOptions();
+      VelLaunchScreen* other = nullptr;
+      meanwhile = vel_create(&options, &other);
+      vel_destroy(&other);
+    }).join();
+  }));
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_EQ(meanwhile, VEL_ALREADY_EXISTS);
 }
 
 TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {

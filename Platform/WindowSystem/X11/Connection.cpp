@@ -126,6 +126,10 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
 
 Connection::~Connection() {
   const BrokenPipeGuard guard;
+  // A server drops what it has not read yet of a client that is gone: windows would not be given
+  // back. Its answer tells that it has read everything.
+  answer(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",
+         XCB_WINDOW_NONE);
   xcb_disconnect(connection_);
 }
 
