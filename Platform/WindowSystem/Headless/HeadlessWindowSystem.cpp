@@ -155,12 +155,6 @@ void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
   }
 }
 
-void HeadlessWindowSystem::windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls) {
-  if (delegate_ != nullptr) {
-    delegate_->controlsKept(window, controls);
-  }
-}
-
 void HeadlessWindowSystem::connectionBreaks(std::string_view reason) {
   windows_.clear();
   focus_ = WindowHandle::None;

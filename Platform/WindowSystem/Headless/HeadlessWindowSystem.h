@@ -52,8 +52,6 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
   /// The window is destroyed by its owner.
   void windowVanishes(WindowHandle window);
-  /// Which of the controls taken away from a window are offered all the same.
-  void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
   /// The connection breaks.
   void connectionBreaks(std::string_view reason);
 

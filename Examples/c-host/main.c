@@ -1,0 +1,166 @@
+/* The game of sdl2-game in C99: a launch screen over its own X11 window at start, drawing beneath
+ * sixty times a second, the event appended to a file.
+ *
+ *     c-host [EVENTS_FILE [SECONDS [FRAMES]]]
+ *
+ * FRAMES, 0 if left out, are drawn before the launch screen comes. */
+#include <SDL.h>
+#include <SDL_syswm.h>
+#include <VelLaunchScreen/vel_launch_screen.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+enum { WIDTH = 640, HEIGHT = 400, BALL = 60, FRAME_MILLISECONDS = 16 };
+
+typedef struct {
+  char* events_file;
+  double seconds;
+  int frames_before;
+} Options;
+
+typedef struct {
+  int frames;
+  int frames_covered;
+  double longest_pump; /* seconds */
+} Counts;
+
+static void tell(const char* text) {
+  puts(text);
+  fflush(stdout);
+}
+
+static int fail(const char* why) {
+  fprintf(stderr, "c-host: %s\n", why);
+  return 1;
+}
+
+static void record_event(void* user_data, const char* event) {
+  const char* file = (const char*)user_data;
+  FILE* events = fopen(file, "a");
+  if (events == NULL || fprintf(events, "%s\n", event) < 0 || fclose(events) != 0) {
+    perror(file);
+  }
+  tell("event");
+}
+
+static void controls_kept(void* user_data, uint32_t controls) {
+  (void)user_data;
+  tell(controls == 0 ? "no controls kept" : "controls kept");
+}
+
+/* The launch screen over the game's window, presented; null where it cannot be. */
+static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wanted) {
+  SDL_SysWMinfo info;
+  VelLaunchScreen* screen = NULL;
+  VelCallbacks callbacks = VEL_CALLBACKS_INIT;
+  VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
+  VelRequest request = VEL_REQUEST_INIT;
+
+  SDL_VERSION(&info.version)
+  if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE || info.subsystem != SDL_SYSWM_X11) {
+    fail("no X11 window: there is no launch screen");
+    return NULL;
+  }
+  callbacks.user_data = wanted->events_file;
+  callbacks.record_event = record_event;
+  callbacks.controls_kept = controls_kept;
+  options.display = "x11";
+  options.window = info.info.x11.window;
+  options.callbacks = &callbacks;
+  request.event = "launch_end";
+  request.seconds = wanted->seconds;
+  if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
+      vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
+    fail(vel_last_error());
+    vel_destroy(&screen);
+  }
+  return screen;
+}
+
+/* A ball on its way to and fro. */
+static void draw(SDL_Renderer* renderer, int frame) {
+  const int way = WIDTH - BALL;
+  const int gone = frame * 5 % (2 * way);
+  SDL_Rect ball = {0, (HEIGHT - BALL) / 2, BALL, BALL};
+  ball.x = gone < way ? gone : 2 * way - gone;
+  SDL_SetRenderDrawColor(renderer, 32, 64, 128, 255);
+  SDL_RenderClear(renderer);
+  SDL_SetRenderDrawColor(renderer, 255, 176, 32, 255);
+  SDL_RenderFillRect(renderer, &ball);
+  SDL_RenderPresent(renderer);
+}
+
+static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* wanted,
+                 Counts* counts) {
+  VelLaunchScreen* screen = NULL;
+  const double ticks = (double)SDL_GetPerformanceFrequency();
+  int was_up = 0;
+  int running = 1;
+  while (running) {
+    const Uint32 begun = SDL_GetTicks();
+    SDL_Event event;
+    Uint64 before;
+    double took;
+    int is_up = 0;
+    while (SDL_PollEvent(&event)) {
+      running = running && event.type != SDL_QUIT;
+    }
+
+    if (counts->frames == wanted->frames_before) {
+      screen = show_launch_screen(window, wanted);
+    }
+    /* The one call a frame. It does what is due and never waits. */
+    before = SDL_GetPerformanceCounter();
+    vel_pump(screen, NULL);
+    took = (double)(SDL_GetPerformanceCounter() - before) / ticks;
+    counts->longest_pump = took > counts->longest_pump ? took : counts->longest_pump;
+    vel_is_up(screen, &is_up);
+    if (is_up != was_up) {
+      tell(is_up ? "covered" : "uncovered");
+      was_up = is_up;
+    }
+
+    draw(renderer, ++counts->frames);
+    counts->frames_covered += is_up;
+    if (is_up && counts->frames_covered % 30 == 0) {
+      printf("%d frames covered\n", counts->frames_covered);
+      fflush(stdout);
+    }
+    {
+      const Uint32 spent = SDL_GetTicks() - begun;
+      SDL_Delay(spent < FRAME_MILLISECONDS ? FRAME_MILLISECONDS - spent : 0);
+    }
+  }
+  vel_destroy(&screen);
+}
+
+int main(int argc, char** argv) {
+  char default_file[] = "events.txt";
+  Options wanted;
+  Counts counts = {0, 0, 0};
+  SDL_Window* window;
+  SDL_Renderer* renderer;
+
+  wanted.events_file = argc > 1 ? argv[1] : default_file;
+  wanted.seconds = argc > 2 ? atof(argv[2]) : 3;
+  wanted.frames_before = argc > 3 ? atoi(argv[3]) : 0;
+  /* The launch screen knows the windows that it belongs to by their class. */
+  SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
+  if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+    return fail(SDL_GetError());
+  }
+  window = SDL_CreateWindow("A game", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, WIDTH, HEIGHT,
+                            SDL_WINDOW_RESIZABLE);
+  renderer = window != NULL ? SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE) : NULL;
+  if (renderer == NULL) {
+    SDL_Quit();
+    return fail(SDL_GetError());
+  }
+  play(window, renderer, &wanted, &counts);
+  SDL_DestroyRenderer(renderer);
+  SDL_DestroyWindow(window);
+  SDL_Quit();
+  printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,
+         counts.frames_covered, counts.longest_pump * 1000);
+  return 0;
+}

@@ -1,0 +1,76 @@
+// A host with a loop of its own around poll: it waits for its own input and for the library's at
+// once, and never inside the library. The display is the one in memory, so this runs anywhere.
+#include <VelLaunchScreen/VelLaunchScreen.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+
+namespace {
+
+class PlayerWindow final : public vel::Class<PlayerWindow, "PlayerWindow", vel::NSWindow> {
+ public:
+  using Class::Class;
+};
+
+class Request final : public vel::Class<Request, "Request", vel::NSObject, vel::ContentRequest> {
+ public:
+  [[nodiscard]] vel::Strong<vel::NSDictionary> parameters() const override {
+    const auto& keys = vel::LaunchScreenContentRequest;
+    vel::NSDictionary::Entries entries;
+    entries.emplace(keys.event, vel::NSString::stringWithUTF8String("launch_end"));
+    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(0.5));
+    return vel::NSDictionary::dictionaryWithEntries(std::move(entries));
+  }
+};
+
+class Host final : public vel::Class<Host, "Host", vel::NSObject, vel::ContentViewDelegate> {
+ public:
+  void contentViewWillAppear(const vel::Strong<vel::ContentView>& /*view*/) override {
+    std::puts("will appear");
+  }
+  void contentViewDidDisappear(const vel::Strong<vel::ContentView>& /*view*/) override {
+    std::puts("did disappear");
+  }
+};
+
+}  // namespace
+
+int main() {
+  vel::NSApplication::start(std::make_unique<vel::HeadlessWindowSystem>());
+  bool recorded = false;
+  vel::MetricsCenter::setSink([&recorded](std::string_view event) {
+    std::printf("event %.*s\n", static_cast<int>(event.size()), event.data());
+    recorded = true;
+  });
+
+  const auto window = vel::NSWindow::initAs<PlayerWindow>(vel::CGRect{{}, {640, 480}},
+                                                          vel::NSWindowStyleMaskTitled);
+  window->makeKeyAndOrderFront();
+  const auto host = vel::make<Host>();
+  const auto manager = vel::LaunchScreenManager::init();
+  manager->activate(nullptr);
+  const auto data = manager->contentDataForContentRequest(vel::make<Request>());
+  const auto view = manager->contentViewForContentData(data);
+  view->setDelegate(host);
+  vel::as<vel::CVPresentationFullScreen>(view->presentation())
+      ->presentForWindowWithPresentationMode(window, 0);
+
+  vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
+  int input = STDIN_FILENO;
+  while (!recorded) {
+    loop.pump();
+    // The library's descriptor is readable when there is something to do, a timer due included.
+    std::array<pollfd, 2> sources{{{loop.descriptor(), POLLIN, 0}, {input, POLLIN, 0}}};
+    poll(sources.data(), sources.size(), -1);
+    std::array<char, 256> text{};
+    if (sources[1].revents != 0 && read(input, text.data(), text.size()) <= 0) {
+      input = -1;  // its end: poll passes it over from now on
+    }
+  }
+
+  manager->deactivate();
+  vel::NSApplication::stop();
+  return 0;
+}

@@ -1,0 +1,131 @@
+#!/usr/bin/env python3
+"""A host in Python, without any build step: shows a launch screen through ctypes and tells what is
+called back.
+
+usage: host.py [--display headless|x11] [--seconds SECONDS] [LIBRARY]
+
+LIBRARY is the shared library, libVelLaunchScreen.so; without it, what VEL_LIBRARY names, else what
+the system finds."""
+
+import argparse
+import ctypes
+import os
+import select
+import sys
+from ctypes import CFUNCTYPE, POINTER, c_char_p, c_double, c_int, c_size_t, c_uint32, c_uint64, c_void_p
+
+VEL_OK, VEL_PRESENT_EMBEDDED = 0, 0
+
+
+def structure(name, fields):
+    """A structure of the library's, with its size filled in as each of them begins."""
+    kind = type(name, (ctypes.Structure,), {"_fields_": [("size", c_size_t), *fields]})
+    return lambda **values: kind(size=ctypes.sizeof(kind), **values)
+
+
+CALLBACKS = [
+    ("state_changed", CFUNCTYPE(None, c_void_p, c_int, c_char_p)),
+    ("will_appear", CFUNCTYPE(None, c_void_p)),
+    ("may_disappear", CFUNCTYPE(c_int, c_void_p)),
+    ("did_disappear", CFUNCTYPE(None, c_void_p)),
+    ("record_event", CFUNCTYPE(None, c_void_p, c_char_p)),
+    ("log_line", CFUNCTYPE(None, c_void_p, c_char_p)),
+    ("controls_kept", CFUNCTYPE(None, c_void_p, c_uint32)),
+    ("display_lost", CFUNCTYPE(None, c_void_p, c_char_p)),
+]
+Callbacks = structure("VelCallbacks", [("user_data", c_void_p), *CALLBACKS])
+CreateOptions = structure(
+    "VelCreateOptions",
+    [
+        ("display", c_char_p),
+        ("display_name", c_char_p),
+        ("window", c_uint64),
+        ("title", c_char_p),
+        ("width", c_double),
+        ("height", c_double),
+        ("content_controller", c_int),
+        ("time", c_int),
+        ("callbacks", c_void_p),
+    ],
+)
+Request = structure(
+    "VelRequest", [("mode", c_char_p), ("event", c_char_p), ("seconds", c_double)]
+)
+
+
+def load(path):
+    library = ctypes.CDLL(path)
+    library.vel_last_error.restype = c_char_p
+    library.vel_create.argtypes = [c_void_p, POINTER(c_void_p)]
+    library.vel_destroy.argtypes = [POINTER(c_void_p)]
+    library.vel_request.argtypes = [c_void_p, c_void_p]
+    library.vel_present.argtypes = [c_void_p, c_int]
+    library.vel_pump.argtypes = [c_void_p, POINTER(c_int)]
+    library.vel_poll_descriptor.argtypes = [c_void_p, POINTER(c_int)]
+    library.vel_is_up.argtypes = [c_void_p, POINTER(c_int)]
+    return library
+
+
+class Host:
+    """Tells of each callback in a line: its name, and what came with it."""
+
+    def __init__(self):
+        self.ended = False
+
+    def tell(self, name, *values):
+        texts = (value.decode() if isinstance(value, bytes) else str(value) for value in values)
+        print(name, *texts, flush=True)
+        self.ended = self.ended or name in ("record_event", "display_lost")
+        return 1  # what may_disappear answers: yes
+
+    def callbacks(self):
+        """They have to be kept as long as the library may call them."""
+
+        def telling(name, kind):
+            if kind._restype_ is None:
+                return kind(lambda _, *values: self.tell(name, *values) and None)
+            return kind(lambda _, *values: self.tell(name, *values))
+
+        return Callbacks(**{name: telling(name, kind) for name, kind in CALLBACKS})
+
+
+def run(library, display, seconds):
+    def check(status):
+        if status != VEL_OK:
+            sys.exit(f"host.py: {library.vel_last_error().decode()}")
+
+    host = Host()
+    callbacks = host.callbacks()
+    options = CreateOptions(
+        display=display.encode(), callbacks=ctypes.addressof(callbacks), title=b"A host in Python"
+    )
+    screen = c_void_p()
+    check(library.vel_create(ctypes.byref(options), ctypes.byref(screen)))
+    try:
+        request = Request(event=b"launch_end", seconds=seconds)
+        check(library.vel_request(screen, ctypes.byref(request)))
+        check(library.vel_present(screen, VEL_PRESENT_EMBEDDED))
+        descriptor, is_up = c_int(), c_int(1)
+        check(library.vel_poll_descriptor(screen, ctypes.byref(descriptor)))
+        while not host.ended or is_up.value:
+            select.select([descriptor.value], [], [])
+            check(library.vel_pump(screen, None))
+            check(library.vel_is_up(screen, ctypes.byref(is_up)))
+    finally:
+        library.vel_destroy(ctypes.byref(screen))
+    print("ended", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--display", choices=["headless", "x11"], default="headless")
+    parser.add_argument("--seconds", type=float, default=1)
+    parser.add_argument(
+        "library", nargs="?", default=os.environ.get("VEL_LIBRARY", "libVelLaunchScreen.so.1")
+    )
+    arguments = parser.parse_args()
+    run(load(arguments.library), arguments.display, arguments.seconds)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,186 @@
+// A small game on SDL that shows a launch screen over its own X11 window when it starts. It goes on
+// drawing beneath, sixty times a second, and appends the event to a file.
+//
+//     sdl2-game [EVENTS_FILE [SECONDS [FRAMES]]]
+//
+// FRAMES, 0 if left out, are drawn before the launch screen comes.
+#include <SDL.h>
+#include <SDL_syswm.h>
+#include <VelLaunchScreen/vel_launch_screen.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kWidth = 640;
+constexpr int kHeight = 400;
+constexpr auto kFrame = std::chrono::microseconds(16'667);
+
+template <class T, void (*destroy)(T*)>
+struct With {
+  void operator()(T* thing) const { destroy(thing); }
+};
+using GameWindow = std::unique_ptr<SDL_Window, With<SDL_Window, SDL_DestroyWindow>>;
+using GameRenderer = std::unique_ptr<SDL_Renderer, With<SDL_Renderer, SDL_DestroyRenderer>>;
+
+// What the user asks for.
+struct Options {
+  const char* eventsFile = "events.txt";
+  double seconds = 3;
+  int framesBefore = 0;
+};
+
+// What the game counts about itself.
+struct Counts {
+  int frames = 0;
+  int framesCovered = 0;
+  std::chrono::duration<double, std::milli> longestPump{0};
+};
+
+void tell(const char* text) {
+  std::puts(text);
+  std::fflush(stdout);
+}
+
+int fail(const char* why) {
+  std::fprintf(stderr, "sdl2-game: %s\n", why);
+  return 1;
+}
+
+void recordEvent(void* userData, const char* event) {
+  const char* const file = static_cast<const char*>(userData);
+  std::FILE* const events = std::fopen(file, "a");
+  if (events == nullptr || std::fprintf(events, "%s\n", event) < 0 || std::fclose(events) != 0) {
+    std::perror(file);
+  }
+  tell("event");
+}
+
+void controlsKept(void* /*userData*/, std::uint32_t controls) {
+  tell(controls == 0 ? "no controls kept" : "controls kept");
+}
+
+// The launch screen over the game's window, presented; none where it cannot be.
+VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& wanted) {
+  SDL_SysWMinfo info;
+  SDL_VERSION(&info.version)
+  if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE || info.subsystem != SDL_SYSWM_X11) {
+    fail("no X11 window: there is no launch screen");
+    return nullptr;
+  }
+  VelCallbacks callbacks = VEL_CALLBACKS_INIT;
+  callbacks.user_data = const_cast<char*>(wanted.eventsFile);
+  callbacks.record_event = recordEvent;
+  callbacks.controls_kept = controlsKept;
+  VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
+  options.display = "x11";
+  options.window = info.info.x11.window;
+  options.callbacks = &callbacks;
+  VelRequest request = VEL_REQUEST_INIT;
+  request.event = "launch_end";
+  request.seconds = wanted.seconds;
+  VelLaunchScreen* screen = nullptr;
+  if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
+      vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
+    fail(vel_last_error());
+    vel_destroy(&screen);
+  }
+  return screen;
+}
+
+// A ball on its way through the window.
+void draw(SDL_Renderer* renderer, int frame) {
+  const double angle = frame * 0.05;
+  const SDL_Rect ball{static_cast<int>((kWidth - 60) * (0.5 + 0.5 * std::sin(angle))),
+                      static_cast<int>((kHeight - 60) * (0.5 + 0.5 * std::cos(angle * 0.7))), 60,
+                      60};
+  SDL_SetRenderDrawColor(renderer, 32, 64, 128, 255);
+  SDL_RenderClear(renderer);
+  SDL_SetRenderDrawColor(renderer, 255, 176, 32, 255);
+  SDL_RenderFillRect(renderer, &ball);
+  SDL_RenderPresent(renderer);
+}
+
+Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
+  Counts counts;
+  VelLaunchScreen* screen = nullptr;
+  int wasUp = 0;
+  bool running = true;
+  for (auto next = Clock::now(); running; next = std::max(next + kFrame, Clock::now())) {
+    SDL_Event event;
+    while (SDL_PollEvent(&event) != 0) {
+      running = running && event.type != SDL_QUIT;
+    }
+
+    if (counts.frames == wanted.framesBefore) {
+      screen = showLaunchScreen(window, wanted);
+    }
+    // The one call a frame. It does what is due and never waits.
+    const auto before = Clock::now();
+    vel_pump(screen, nullptr);
+    counts.longestPump =
+        std::max<decltype(counts.longestPump)>(counts.longestPump, Clock::now() - before);
+    int isUp = 0;
+    vel_is_up(screen, &isUp);
+    if (isUp != wasUp) {
+      tell(isUp != 0 ? "covered" : "uncovered");
+      wasUp = isUp;
+    }
+
+    draw(renderer, ++counts.frames);
+    counts.framesCovered += isUp;
+    if (isUp != 0 && counts.framesCovered % 30 == 0) {
+      std::printf("%d frames covered\n", counts.framesCovered);
+      std::fflush(stdout);
+    }
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(next + kFrame - Clock::now());
+    SDL_Delay(static_cast<Uint32>(std::max<std::int64_t>(left.count(), 0)));
+  }
+  vel_destroy(&screen);
+  return counts;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options wanted;
+  if (argc > 1) {
+    wanted.eventsFile = argv[1];
+  }
+  if (argc > 2) {
+    wanted.seconds = std::atof(argv[2]);
+  }
+  if (argc > 3) {
+    wanted.framesBefore = std::atoi(argv[3]);
+  }
+
+  // The launch screen knows the windows that it belongs to by their class.
+  SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
+  if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+    return fail(SDL_GetError());
+  }
+  Counts counts;
+  {
+    const GameWindow window(SDL_CreateWindow("A game", SDL_WINDOWPOS_CENTERED,
+                                             SDL_WINDOWPOS_CENTERED, kWidth, kHeight,
+                                             SDL_WINDOW_RESIZABLE));
+    const GameRenderer renderer(window ? SDL_CreateRenderer(window.get(), -1, SDL_RENDERER_SOFTWARE)
+                                       : nullptr);
+    if (!renderer) {
+      return fail(SDL_GetError());
+    }
+    counts = play(window.get(), renderer.get(), wanted);
+  }
+  SDL_Quit();
+  std::printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,
+              counts.framesCovered, counts.longestPump.count());
+  return 0;
+}

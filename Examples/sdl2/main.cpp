@@ -1,0 +1,63 @@
+// A host on SDL's events that draws only when something happens: it waits for an event of SDL's,
+// but no longer than to the library's next deadline. The display is the one in memory.
+#include <SDL.h>
+#include <VelLaunchScreen/vel_launch_screen.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+// Another window system's input does not wake SDL up: look for it so often.
+constexpr int kLongestWait = 100;
+
+void willAppear(void* /*userData*/) { std::puts("will appear"); }
+void didDisappear(void* /*userData*/) { std::puts("did disappear"); }
+void recordEvent(void* userData, const char* event) {
+  std::printf("event %s\n", event);
+  *static_cast<bool*>(userData) = true;
+}
+
+int milliseconds(VelLaunchScreen* screen) {
+  double seconds = -1;
+  vel_next_deadline(screen, &seconds);
+  return seconds < 0 ? kLongestWait : std::min(static_cast<int>(seconds * 1000) + 1, kLongestWait);
+}
+
+}  // namespace
+
+int main(int /*argc*/, char** /*argv*/) {
+  if (SDL_Init(SDL_INIT_EVENTS) != 0) {
+    std::fprintf(stderr, "%s\n", SDL_GetError());
+    return 1;
+  }
+  bool recorded = false;
+  VelCallbacks callbacks = VEL_CALLBACKS_INIT;
+  callbacks.user_data = &recorded;
+  callbacks.will_appear = willAppear;
+  callbacks.did_disappear = didDisappear;
+  callbacks.record_event = recordEvent;
+  VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
+  options.display = "headless";
+  options.callbacks = &callbacks;
+  VelRequest request = VEL_REQUEST_INIT;
+  request.event = "launch_end";
+  request.seconds = 0.5;
+  VelLaunchScreen* screen = nullptr;
+  if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
+      vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
+    std::fprintf(stderr, "%s\n", vel_last_error());
+  }
+
+  bool running = screen != nullptr;
+  while (running && !recorded) {
+    vel_pump(screen, nullptr);
+    SDL_Event event;
+    if (SDL_WaitEventTimeout(&event, milliseconds(screen)) != 0) {
+      running = event.type != SDL_QUIT;
+    }
+  }
+  vel_destroy(&screen);
+  SDL_Quit();
+  return recorded ? 0 : 1;
+}

@@ -1,0 +1,75 @@
+#include "Tests/Examples/HostProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace vel::test {
+
+HostProcess::HostProcess(const std::vector<std::string>& arguments, const std::string& display) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  process_ = Process(arguments, display, ends[1]);
+  close(ends[1]);
+  output_ = ends[0];
+}
+
+HostProcess::~HostProcess() { close(output_); }
+
+const std::vector<std::string>& HostProcess::lines() {
+  pollfd input{output_, POLLIN, 0};
+  while (poll(&input, 1, 0) > 0 && readSome()) {
+  }
+  return lines_;
+}
+
+bool HostProcess::hasPrinted(std::string_view beginning) {
+  return std::ranges::any_of(
+      lines(), [beginning](const std::string& line) { return line.starts_with(beginning); });
+}
+
+int HostProcess::wait() {
+  while (readSome()) {
+  }
+  return process_.wait();
+}
+
+bool HostProcess::readSome() {
+  std::array<char, 4096> part{};
+  const ssize_t size = read(output_, part.data(), part.size());
+  if (size <= 0) {
+    return false;
+  }
+  unended_.append(part.data(), static_cast<std::size_t>(size));
+  for (std::size_t end = 0; (end = unended_.find('\n')) != std::string::npos;) {
+    lines_.push_back(unended_.substr(0, end));
+    unended_.erase(0, end + 1);
+  }
+  return true;
+}
+
+std::string exampleFile(std::string_view name) {
+  return std::string(VEL_EXAMPLES_BUILT "/").append(name);
+}
+
+std::string nameOfExample(const testing::TestParamInfo<const char*>& info) {
+  std::string name = info.param;
+  std::erase(name, '-');
+  return name;
+}
+
+std::vector<std::string> pythonHost(const std::vector<std::string>& arguments) {
+  std::vector<std::string> all{VEL_PYTHON, VEL_EXAMPLES "/python-host/host.py"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  all.emplace_back(VEL_LIBRARY);
+  return all;
+}
+
+}  // namespace vel::test

@@ -1,0 +1,42 @@
+// The examples that need no display.
+#include <gmock/gmock.h>
+
+#include "Tests/Examples/HostProcess.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+
+class LoopExample : public testing::TestWithParam<const char*> {};
+
+TEST_P(LoopExample, DrivesTheLaunchScreenToItsEvent) {
+  HostProcess host({exampleFile(GetParam())});
+  EXPECT_EQ(host.wait(), 0);
+  EXPECT_THAT(host.lines(), ElementsAre("will appear", "did disappear", "event launch_end"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Examples, LoopExample, testing::Values("poll-loop", "glib", "sdl2"),
+                         nameOfExample);
+
+#ifdef VEL_PYTHON_CAN_LOAD
+
+TEST(PythonHost, IsCalledBackWithoutADisplay) {
+  HostProcess host(pythonHost({"--seconds", "0.3"}));
+  EXPECT_EQ(host.wait(), 0);
+  EXPECT_THAT(host.lines(), ElementsAre("state_changed 3 None",
+                                        "log_line LaunchScreenContent (-[LaunchScreenContent "
+                                        "presentForWindow:withPresentationMode:]) mode: 0",
+                                        "will_appear", "may_disappear", "did_disappear",
+                                        "record_event launch_end", "ended"));
+}
+
+TEST(PythonHost, EndsWhereItsRequestIsRefused) {
+  HostProcess host(pythonHost({"--seconds", "0"}));
+  EXPECT_EQ(host.wait(), 1);
+}
+
+#endif
+
+}  // namespace
+}  // namespace vel::test
