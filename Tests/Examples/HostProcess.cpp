@@ -16,7 +16,7 @@ HostProcess::HostProcess(const std::vector<std::string>& arguments, const std::s
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  process_ = Process(arguments, display, ends[1]);
+  process_ = Process(arguments, display, {.output = ends[1]});
   close(ends[1]);
   output_ = ends[0];
 }
