@@ -1,4 +1,5 @@
-# The library as a game links it: the layers in one file. Shared or static, as BUILD_SHARED_LIBS says.
+# The library as a game links it, the layers in one file: shared or static, as BUILD_SHARED_LIBS
+# says.
 
 include(GNUInstallDirs)
 
@@ -16,7 +17,7 @@ set_target_properties(VelLaunchScreen PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
 target_compile_features(VelLaunchScreen PUBLIC cxx_std_20)
-# Hosts write #include <VelLaunchScreen/...>; the headers include each other from the project's root.
+# Hosts write #include <VelLaunchScreen/...>; headers include each other from the project's root.
 target_include_directories(VelLaunchScreen PUBLIC
   "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${PROJECT_SOURCE_DIR}/include>"
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen>")

@@ -4,6 +4,8 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The VelLaunchScreen authors <authors@vellaunchscreen.invalid>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -23,8 +25,8 @@ if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library}${PROJECT_VERSION_MAJOR})
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
   set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-    "A white cover over the window for a bounded time while the game loads. The time counts down only
-while the user can see it.")
+    "A white cover over the window for a bounded time while the game loads.
+The time counts down only while the user can see it.")
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
 endif()
@@ -34,7 +36,8 @@ if(VEL_HOST)
   set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME launchscreen)
   set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION games)
   set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
-    "The program launchscreen plays host to a launch screen, or plays a host's script in virtual time.")
+    "The program launchscreen plays host to a launch screen.
+It also plays a host's script in virtual time.")
 endif()
 
 # Only where a component is installed by its name, as CPack does.

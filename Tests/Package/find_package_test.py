@@ -17,7 +17,8 @@ class FindPackageTest(unittest.TestCase):
         project = fresh_folder("find_later")
         text = (CONSUMERS / "find_package/CMakeLists.txt").read_text(encoding="utf-8")
         (project / "CMakeLists.txt").write_text(text.replace("1.0", "2.0"), encoding="utf-8")
-        done = try_run("cmake", "-S", project, "-B", project / "build", f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        build = project / "build"
+        done = try_run("cmake", "-S", project, "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         self.assertNotEqual(done.returncode, 0)
         self.assertIn('compatible with requested version "2.0"', done.stderr)
 

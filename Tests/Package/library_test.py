@@ -6,9 +6,9 @@ import re
 import unittest
 from pathlib import Path
 
-from package import CXX, PREFIX, run
+from package import CXX, LIB, PREFIX, run
 
-LIBRARY = PREFIX / "lib/libVelLaunchScreen.so"
+LIBRARY = PREFIX / LIB / "libVelLaunchScreen.so"
 HEADERS = PREFIX / "include"
 EXPORTS = Path(__file__).resolve().parent / "exports.txt"
 

@@ -9,6 +9,8 @@ from pathlib import Path
 SOURCE = Path(os.environ["VEL_SOURCE"])
 WORK = Path(os.environ["VEL_WORK"])
 PREFIX = WORK / "prefix"
+# Where libraries lie under a prefix.
+LIB = os.environ["VEL_LIB"]
 CONSUMERS = Path(__file__).resolve().parent / "consumers"
 CC = os.environ["CC"]
 CXX = os.environ["CXX"]
@@ -56,10 +58,10 @@ def cmake_build(project, folder, *settings):
 
 def pkg_config(*arguments, prefix=None):
     """What pkg-config answers about the library under a prefix, or else where the system has it."""
-    search = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / "lib/pkgconfig")}
+    search = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / LIB / "pkgconfig")}
     return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search))
 
 
 def library_path(prefix):
     """The setting by which the loader finds the shared library under a prefix."""
-    return {"LD_LIBRARY_PATH": str(prefix / "lib")}
+    return {"LD_LIBRARY_PATH": str(prefix / LIB)}

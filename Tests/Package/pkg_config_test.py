@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Hosts without CMake find the installed library with pkg-config."""
 
+import ctypes
 import unittest
 
-from package import CC, CONSUMERS, CXX, PREFIX, RUN, STRICT, fresh_folder, library_path
+from package import CC, CONSUMERS, CXX, LIB, PREFIX, RUN, STRICT, fresh_folder, library_path
 from package import pkg_config, run
 
 
@@ -23,8 +24,11 @@ class PkgConfigTest(unittest.TestCase):
     def test_a_host_in_cpp_runs_to_the_event(self):
         self.build_and_run(CXX, "-std=c++20", CONSUMERS / "host.cpp")
 
-    def test_the_version_is_told(self):
-        self.assertEqual(pkg_config("--modversion", prefix=PREFIX), ["1.0.0"])
+    def test_the_version_is_the_one_that_the_library_tells(self):
+        library = ctypes.CDLL(PREFIX / LIB / "libVelLaunchScreen.so")
+        library.vel_version_number.restype = ctypes.c_double
+        (version,) = pkg_config("--modversion", prefix=PREFIX)
+        self.assertEqual(version.rsplit(".", 1)[0], str(library.vel_version_number()))
 
 
 if __name__ == "__main__":

@@ -3,7 +3,7 @@
 
 import unittest
 
-from package import CC, CONSUMERS, RUN, SOURCE, STRICT, WORK, cmake_build, fresh_folder
+from package import CC, CONSUMERS, LIB, RUN, SOURCE, STRICT, WORK, cmake_build, fresh_folder
 from package import pkg_config, run
 
 
@@ -13,11 +13,9 @@ class SubprojectTest(unittest.TestCase):
         cls.folder = fresh_folder("subproject")
 
     def build(self, *settings):
-        # As a game may build itself, and quick.
-        cmake_build(
-            "subproject", self.folder, f"-DVEL_SOURCE={SOURCE}", "-DCMAKE_UNITY_BUILD=ON",
-            "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0", *settings
-        )
+        # A unity build: as games are built, and the quickest.
+        unity = ["-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0"]
+        cmake_build("subproject", self.folder, f"-DVEL_SOURCE={SOURCE}", *unity, *settings)
         self.assertEqual(run(self.folder / "host_cpp"), RUN)
         self.assertEqual(run(self.folder / "host_c"), RUN)
 
@@ -38,7 +36,7 @@ class SubprojectTest(unittest.TestCase):
     def test_3_installed_on_request(self):
         self.build("-DFETCH=ON", "-DVEL_INSTALL=ON")
         run("cmake", "--install", self.folder, "--prefix", fresh_folder("static"))
-        self.assertTrue((WORK / "static/lib/libVelLaunchScreen.a").is_file())
+        self.assertTrue((WORK / "static" / LIB / "libVelLaunchScreen.a").is_file())
 
     def test_4_the_static_library_is_found_by_cmake(self):
         folder = fresh_folder("find_static")
