@@ -99,9 +99,6 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
   while (running) {
     const Uint32 begun = SDL_GetTicks();
     SDL_Event event;
-    Uint64 before;
-    double took;
-    int is_up = 0;
     while (SDL_PollEvent(&event)) {
       running = running && event.type != SDL_QUIT;
     }
@@ -110,10 +107,11 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
       screen = show_launch_screen(window, wanted);
     }
     /* The one call a frame. It does what is due and never waits. */
-    before = SDL_GetPerformanceCounter();
+    const Uint64 before = SDL_GetPerformanceCounter();
     vel_pump(screen, NULL);
-    took = (double)(SDL_GetPerformanceCounter() - before) / ticks;
+    const double took = (double)(SDL_GetPerformanceCounter() - before) / ticks;
     counts->longest_pump = took > counts->longest_pump ? took : counts->longest_pump;
+    int is_up = 0;
     vel_is_up(screen, &is_up);
     if (is_up != was_up) {
       tell(is_up ? "covered" : "uncovered");
@@ -126,10 +124,8 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
       printf("%d frames covered\n", counts->frames_covered);
       fflush(stdout);
     }
-    {
-      const Uint32 spent = SDL_GetTicks() - begun;
-      SDL_Delay(spent < FRAME_MILLISECONDS ? FRAME_MILLISECONDS - spent : 0);
-    }
+    const Uint32 spent = SDL_GetTicks() - begun;
+    SDL_Delay(spent < FRAME_MILLISECONDS ? FRAME_MILLISECONDS - spent : 0);
   }
   vel_destroy(&screen);
 }
@@ -138,8 +134,6 @@ int main(int argc, char** argv) {
   char default_file[] = "events.txt";
   Options wanted;
   Counts counts = {0, 0, 0};
-  SDL_Window* window;
-  SDL_Renderer* renderer;
 
   wanted.events_file = argc > 1 ? argv[1] : default_file;
   wanted.seconds = argc > 2 ? atof(argv[2]) : 3;
@@ -149,9 +143,10 @@ int main(int argc, char** argv) {
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());
   }
-  window = SDL_CreateWindow("A game", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, WIDTH, HEIGHT,
-                            SDL_WINDOW_RESIZABLE);
-  renderer = window != NULL ? SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE) : NULL;
+  SDL_Window* window = SDL_CreateWindow("A game", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED,
+                                        WIDTH, HEIGHT, SDL_WINDOW_RESIZABLE);
+  SDL_Renderer* renderer =
+      window != NULL ? SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE) : NULL;
   if (renderer == NULL) {
     SDL_Quit();
     return fail(SDL_GetError());
