@@ -94,10 +94,12 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   }
   subviews_.insert(position, view);
   view->superview_ = kept;
-  setNeedsDisplay();
   if (window != nullptr && window->isVisible()) {
     Appearance appearance(view);
-    appearance.willAppear();
+    {
+      const NSWindow::Unshown unshown(window);
+      appearance.willAppear();
+    }
     appearance.didAppear();
   }
 }

@@ -1,6 +1,7 @@
 #include "Platform/AppKit/NSWindow.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "Platform/AppKit/NSApplication.h"
@@ -68,11 +69,13 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
   }
   Disappearance disappearance(contentView_);
   disappearance.willDisappear();
+  std::optional<Unshown> unshown(kept);
   replaceContentView(view);
   disappearance.didDisappear();
   if (open_) {
     Appearance appearance(view);
     appearance.willAppear();
+    unshown.reset();
     appearance.didAppear();
   }
 }
@@ -294,7 +297,7 @@ bool NSWindow::isModalPanel() const {
 }
 
 void NSWindow::setNeedsDisplay() {
-  if (!onScreen_ || NSApp == nullptr) {
+  if (!onScreen_ || NSApp == nullptr || changesUnshown_ > 0) {
     return;
   }
   Scene scene;

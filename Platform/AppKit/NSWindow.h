@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/NSArray.h"
@@ -111,6 +112,26 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
+  /// While one is there, what changes in the window is not shown; at its end it is. A view comes on
+  /// screen as its controllers have made it on the way, and not half made.
+  class Unshown {
+   public:
+    explicit Unshown(Strong<NSWindow> window) : window_(std::move(window)) {
+      ++window_->changesUnshown_;
+    }
+    Unshown(const Unshown&) = delete;
+    Unshown& operator=(const Unshown&) = delete;
+    Unshown(Unshown&&) = delete;
+    Unshown& operator=(Unshown&&) = delete;
+    ~Unshown() {
+      --window_->changesUnshown_;
+      window_->setNeedsDisplay();
+    }
+
+   private:
+    Strong<NSWindow> window_;
+  };
+
   static Strong<NSWindow> presentationWindow(WindowKind kind, CGSize size,
                                              const Strong<NSWindow>& owner,
                                              NSWindowStyleMask styleMask);
@@ -138,6 +159,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   Weak<NSWindow> sheetParent_;
   NSArray<NSWindow> sheets_;
   Scene scene_;
+  int changesUnshown_ = 0;  // how many Unshown there are
   bool movableByWindowBackground_ = false;
   bool canHide_ = true;
   bool open_ = false;

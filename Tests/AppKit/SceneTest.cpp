@@ -65,6 +65,42 @@ TEST_F(SceneTest, ALayerIsTransparentAtFirst) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
+TEST_F(SceneTest, AViewIsShownAsItsControllersHaveMadeItOnTheWay) {
+  const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
+  const auto inner = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
+  inner->setStyle(NSProgressIndicatorStyleSpinning);
+  view->addSubview(inner);
+  const auto controller = make<Actor>(stage, "C");
+  controller->setView(view);
+  Scene onTheWay{spinner({}, true)};
+  stage.at("C will appear", [&] {
+    view->setWantsLayer(true);
+    view->layer()->setBackgroundColor(kWhite);
+    onTheWay = scene();
+  });
+  const Scene made{fill(CGRectMake(0, 0, 9, 9), kWhite), spinner(CGRectMake(2, 2, 5, 5), false)};
+  Scene inTheEnd;
+  stage.at("C did appear", [&] { inTheEnd = scene(); });
+  window->contentView()->addSubview(view);
+  EXPECT_EQ(onTheWay, Scene{});
+  EXPECT_EQ(inTheEnd, made);
+}
+
+TEST_F(SceneTest, AContentViewIsShownAsItsControllerHasMadeItOnTheWay) {
+  const auto controller = make<Actor>(stage, "C");
+  add(CGRectMake(0, 0, 9, 9), kRed);
+  const Scene before = scene();
+  Scene onTheWay;
+  stage.at("C will appear", [&] {
+    controller->view()->setWantsLayer(true);
+    controller->view()->layer()->setBackgroundColor(kWhite);
+    onTheWay = scene();
+  });
+  window->setContentViewController(controller);
+  EXPECT_EQ(onTheWay, before);
+  EXPECT_EQ(scene(), Scene{fill({{}, window->frame().size}, kWhite)});
+}
+
 TEST_F(SceneTest, WantingALayerAgainKeepsIt) {
   const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
   view->setWantsLayer(true);

@@ -1,0 +1,57 @@
+// What whole runs leave on the server: nothing.
+#include <gmock/gmock.h>
+
+#include <array>
+#include <map>
+
+#include "Tests/WindowSystem/X11/X11HostTest.h"
+
+namespace vel::test {
+namespace {
+
+class X11Resources : public X11HostTest, public testing::WithParamInterface<std::int32_t> {
+ protected:
+  /// A run from request to event, with an indicator.
+  void runOnce() {
+    events.clear();
+    indicator = true;
+    const auto childrenBefore = user.children(game);
+    present(0.1, GetParam());
+    EXPECT_TRUE(runUntil([&] {
+      return !events.empty() && user.children(game) == childrenBefore && player->isKeyWindow();
+    }));
+    launchScreen->deactivate();
+    launchScreen = nullptr;
+  }
+  std::map<std::string, unsigned> resources() {
+    while (NSRunLoop::mainRunLoop().pump()) {
+    }
+    return user.resourcesOf(idOf(own->handle()));
+  }
+
+  // One of the host's own, to name its connection by.
+  Strong<NSWindow> own = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
+};
+
+TEST_P(X11Resources, AreAsManyAfterARunAsBefore) {
+  own->makeKeyAndOrderFront();
+  ASSERT_TRUE(runUntil([this] { return own->isKeyWindow(); }));
+  player->makeKeyWindow();
+  ASSERT_TRUE(runUntil([this] { return player->isKeyWindow(); }));
+  const auto before = resources();
+  ASSERT_FALSE(before.empty());
+  runOnce();
+  runOnce();
+  EXPECT_EQ(resources(), before);
+  EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
+}
+
+std::string nameOfMode(const testing::TestParamInfo<std::int32_t>& tested) {
+  constexpr std::array<const char*, 3> kNames{"Embedded", "Sheet", "Modal"};
+  return kNames.at(static_cast<std::size_t>(tested.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, X11Resources, testing::Values(0, 1, 2), nameOfMode);
+
+}  // namespace
+}  // namespace vel::test
