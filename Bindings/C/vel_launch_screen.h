@@ -168,8 +168,7 @@ VEL_C_EXPORT const char* vel_last_error(void);
 
 /* Makes a launch screen for a window and stores it in *screen, or null where this fails: with
  * VEL_ALREADY_EXISTS, VEL_NO_DISPLAY or VEL_BAD_WINDOW, or with VEL_INVALID_ARGUMENT where an
- * option makes no sense. Nothing is shown yet. Any thread; it owns the launch screen from then on.
- */
+ * option makes no sense. Nothing is shown yet. Any thread, which owns it from then on. */
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
 /* Ends the launch screen in any state, gives the window back as it was, and stores null in *screen.
@@ -179,9 +178,9 @@ VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScre
 VEL_C_EXPORT VelStatus vel_destroy(VelLaunchScreen** screen);
 
 /* Requests a launch screen. VEL_INVALID_ARGUMENT where the mode is unknown or the time is not a
- * number. VEL_REFUSED where the event is missing or empty or the time is 0 or
- * less; vel_last_error then has the library's own words. What is read before that stays: the mode,
- * and the event where it is there. While a launch screen is up, the request is read but leaves it
+ * number; VEL_REFUSED where the event is missing or empty or the time is 0 or less, and then
+ * vel_last_error has the library's own words. What is read before a refusal stays: the mode, and
+ * the event where it is there. While a launch screen is up, the request is read but leaves it
  * alone. The owning thread. */
 VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request);
 /* The same from the JSON object that a content service sends, with "mode", "event" and

@@ -2,8 +2,10 @@
 """The Debian packages install, serve and leave cleanly. They are installed on this very system, and
 removed from it again; skipped where that cannot be done, or would do harm."""
 
+import fcntl
 import os
 import sys
+import tempfile
 import time
 import unittest
 
@@ -12,6 +14,7 @@ from package import CC, CONSUMERS, PATIENCE, RUN, SOURCE, STRICT
 from package import cmake_build, fresh_folder, pkg_config, run, try_run
 
 SKIPPED = 77
+LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
 
 
 def why_not():
@@ -78,8 +81,15 @@ class DebianInstallTest(unittest.TestCase):
         self.assertNotIn("VelLaunchScreen", run("/sbin/ldconfig", "--print-cache"))
 
 
+def main():
+    # For another build this test may be at it just now, on the same system.
+    with open(LOCK, "a", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if reason := why_not():
+            print("skipped:", reason)
+            sys.exit(SKIPPED)
+        unittest.main(failfast=True)
+
+
 if __name__ == "__main__":
-    if reason := why_not():
-        print("skipped:", reason)
-        sys.exit(SKIPPED)
-    unittest.main(failfast=True)
+    main()
