@@ -249,10 +249,7 @@ void handedOverPlain(benchmark::State& state) {
   }
   close(descriptor);
 }
-BENCHMARK(handedOverPlain)
-    ->Name("task from another thread/plain")
-    ->UseManualTime()
-    ->Iterations(1);
+BENCHMARK(handedOverPlain)->Name("task from another thread/plain")->UseManualTime()->Iterations(1);
 
 void handedOverToGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
@@ -280,10 +277,7 @@ void handedOverToGLib(benchmark::State& state) {
   }
   g_main_context_unref(context);
 }
-BENCHMARK(handedOverToGLib)
-    ->Name("task from another thread/GLib")
-    ->UseManualTime()
-    ->Iterations(1);
+BENCHMARK(handedOverToGLib)->Name("task from another thread/GLib")->UseManualTime()->Iterations(1);
 
 // A message to an object, and to none.
 

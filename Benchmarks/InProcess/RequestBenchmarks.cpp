@@ -219,8 +219,8 @@ void tempItemOfGLib(benchmark::State& state) {
     for (guint index = 0; index < windows->len; ++index) {
       auto* const children = static_cast<GPtrArray*>(g_ptr_array_index(windows, index));
       for (guint child = 0; child < children->len; ++child) {
-        required = required || g_str_equal(g_ptr_array_index(children, child),
-                                           "LaunchScreenViewController");
+        required = required ||
+                   g_str_equal(g_ptr_array_index(children, child), "LaunchScreenViewController");
       }
     }
     benchmark::DoNotOptimize(required);

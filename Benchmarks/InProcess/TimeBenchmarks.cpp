@@ -35,9 +35,8 @@ void tickOfLibrary(benchmark::State& state) {
   ForwardClock& clock = *forward;
   const Stage stage(std::move(forward));
   const auto counter = make<Counter>();
-  const auto timer =
-      NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(0.1, counter,
-                                                                                  true);
+  const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
+      0.1, counter, true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   for (auto _ : state) {
     clock.putForward(kTenth);

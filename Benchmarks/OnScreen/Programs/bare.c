@@ -1,11 +1,11 @@
 /* The limit: a white window made with nothing but XCB, and a timerfd. With -DSHARED_CONNECTION the
  * connection is there before anything is shown. */
-#include "stamps.h"
-
 #include <poll.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
+
+#include "Benchmarks/OnScreen/Programs/stamps.h"
 
 int main(int argc, char** argv) {
   Arguments arguments = arguments_of(argc, argv);

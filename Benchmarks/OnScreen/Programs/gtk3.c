@@ -1,7 +1,7 @@
 /* GTK 3: an undecorated white window and a GLib timeout. */
 #include <gtk/gtk.h>
 
-#include "stamps.h"
+#include "Benchmarks/OnScreen/Programs/stamps.h"
 
 static Arguments arguments;
 

@@ -1,11 +1,11 @@
 /* A program with a black window that knows nothing of launch screens: prints the window's id and
  * stays until its standard input ends. With "fill" it asks to fill the screen. */
-#include "stamps.h"
-
-#include <string.h>
 #include <poll.h>
+#include <string.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
+
+#include "Benchmarks/OnScreen/Programs/stamps.h"
 
 static xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
   xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(

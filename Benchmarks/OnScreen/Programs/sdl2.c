@@ -1,7 +1,7 @@
 /* SDL2 on plain surfaces: a borderless white window and SDL's own timer. */
 #include <SDL2/SDL.h>
 
-#include "stamps.h"
+#include "Benchmarks/OnScreen/Programs/stamps.h"
 
 static Uint32 tick(Uint32 interval, void* data) {
   SDL_Event event;

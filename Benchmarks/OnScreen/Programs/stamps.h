@@ -4,9 +4,6 @@
 #ifndef VEL_BENCH_STAMPS_H
 #define VEL_BENCH_STAMPS_H
 
-#ifndef _GNU_SOURCE
-#define _GNU_SOURCE /* clock_gettime, in strict C too */
-#endif
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
