@@ -35,9 +35,12 @@ class Request final : public Class<Request, "Request", NSObject, ContentRequest>
 
 }  // namespace
 
-Stage::Stage(std::unique_ptr<Clock> clock) {
+Stage::Stage(std::unique_ptr<Clock> clock, std::unique_ptr<WindowSystem> windowSystem) {
   NSRunLoop::mainRunLoop().setClock(std::move(clock));
-  NSApplication::start(std::make_unique<HeadlessWindowSystem>());
+  if (windowSystem == nullptr) {
+    windowSystem = std::make_unique<HeadlessWindowSystem>();
+  }
+  NSApplication::start(std::move(windowSystem));
   setNSLogSink([](std::string_view) {});
   MetricsCenter::setSink([](std::string_view) {});
 }

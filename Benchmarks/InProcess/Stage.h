@@ -7,6 +7,7 @@
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/Clock.h"
+#include "Platform/WindowSystem/WindowSystem.h"
 
 namespace vel::bench {
 
@@ -31,10 +32,12 @@ class ForwardClock final : public Clock {
   Nanoseconds ahead_ = 0;
 };
 
-/// The headless platform for one benchmark, on the given clock; at its end nothing is left of it.
+/// The platform for one benchmark, on the given clock and headless unless a window system is given;
+/// at its end nothing is left of it.
 class Stage {
  public:
-  explicit Stage(std::unique_ptr<Clock> clock);
+  explicit Stage(std::unique_ptr<Clock> clock,
+                 std::unique_ptr<WindowSystem> windowSystem = nullptr);
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
   Stage(Stage&&) = delete;

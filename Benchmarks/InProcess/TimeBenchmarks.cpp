@@ -1,14 +1,19 @@
 // Ticks, timers and the run loop, beside the plainest code and GLib's main loop.
 #include <benchmark/benchmark.h>
 #include <glib.h>
+#include <xcb/xcb.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "Benchmarks/InProcess/Stage.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Foundation/NSTimer.h"
+#include "Platform/WindowSystem/Backends/Backends.h"
 
 namespace vel::bench {
 namespace {
@@ -170,6 +175,35 @@ void idleOfGLib(benchmark::State& state) {
   g_main_context_unref(context);
 }
 BENCHMARK(idleOfGLib)->Name("idle pump/GLib");
+
+// The same on a display: both look whether anything has come over the connection.
+
+void idleOnDisplayOfLibrary(benchmark::State& state) {
+  std::string error;
+  auto windowSystem = makeWindowSystem("x11", {}, error);
+  if (windowSystem == nullptr) {
+    state.SkipWithError(error.c_str());
+    return;
+  }
+  const Stage stage(makeRealClock(), std::move(windowSystem));
+  const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
+      1e6, make<Counter>(), true);
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(loop.pump());
+  }
+}
+BENCHMARK(idleOnDisplayOfLibrary)->Name("idle pump on a display/library");
+
+void idleOnDisplayPlain(benchmark::State& state) {
+  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(readClock());
+    std::free(xcb_poll_for_event(connection));
+  }
+  xcb_disconnect(connection);
+}
+BENCHMARK(idleOnDisplayPlain)->Name("idle pump on a display/plain");
 
 // A whole countdown in virtual time, from the presentation to the event; the size is in seconds.
 
