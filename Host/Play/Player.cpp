@@ -68,10 +68,7 @@ PlayOutcome Player::play() {
   try {
     settled();
     for (const Step& step : scenario_.steps) {
-      runUntil(step.at);
-      tell(trace::StepStarted{step.name});
-      std::visit([this](const auto& action) { perform(action); }, step.action);
-      settled();
+      play(step);
     }
     runUntil(scenario_.end);
     tell(trace::Inspected{inspect(*manager_, names_)});
@@ -80,6 +77,13 @@ PlayOutcome Player::play() {
     tell(trace::Fatal{error.what()});
     return PlayOutcome::CollectionMutated;
   }
+}
+
+void Player::play(const Step& step) {
+  runUntil(step.at);
+  tell(trace::StepStarted{step.name});
+  std::visit([this](const auto& action) { perform(action); }, step.action);
+  settled();
 }
 
 void Player::runUntil(Nanoseconds time) {

@@ -34,6 +34,11 @@ class Player final : private PlatformObserver {
 
   PlayOutcome play();
 
+  /// For whoever plays step by step, instead: runs the loop until the step's time and does it.
+  void play(const Step& step);
+  [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
+  [[nodiscard]] WindowNames& names() { return names_; }
+
  private:
   // PlatformObserver
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;

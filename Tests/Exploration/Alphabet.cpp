@@ -1,0 +1,93 @@
+#include "Tests/Exploration/Alphabet.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+#include "Host/Play/JsonText.h"
+#include "Host/Play/ScenarioReader.h"
+
+namespace vel::exploration {
+
+namespace {
+
+// Three ticks leave next to nothing of 0.3 s; half a second is more than enough.
+constexpr Action kActions[] = {
+    {"request", 0,
+     R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
+    {"request in skip mode", 0,
+     R"({"do":"request","parameters":{"mode":"skip","event":"launch_end","max_duration_time":0.3}})"},
+    {"content view", 0, R"({"do":"contentView"})"},
+    {"present embedded", 0, R"({"do":"present","window":"player","mode":0})"},
+    {"present as a sheet", 0, R"({"do":"present","window":"player","mode":1})"},
+    {"present as a modal window", 0, R"({"do":"present","window":"player","mode":2})"},
+    {"key to the player", 0, R"({"do":"makeKey","window":"player"})"},
+    {"key to another window", 0, R"({"do":"makeKey","window":"other"})"},
+    {"key to nobody", 0, R"({"do":"resignKey"})"},
+    {"consent window loses key", 0, R"({"do":"makeKey","window":"consent"},{"do":"resignKey"})"},
+    {"tick", 1, R"({"do":"inspect"})"},
+    {"half a second", 5, R"({"do":"inspect"})"},
+    {"dismiss by the manager", 0, R"({"do":"dismiss","by":"manager"})"},
+    {"dismiss by the controller", 0, R"({"do":"dismiss","by":"controller"})"},
+    {"dismiss by the content", 0, R"({"do":"dismiss","by":"content"})"},
+    {"close the player", 0, R"({"do":"closeWindow","window":"player"})"},
+    {"deactivate", 0, R"({"do":"deactivate"})"},
+};
+
+#define VEL_EXPLORATION_OTHER_WINDOWS                               \
+  R"({"name":"other","className":"OtherWindow","styleMask":7},)"    \
+  R"({"name":"consent","className":"ConsentWindow","styleMask":1,)" \
+  R"("contentViewController":"GDPRViewController"}]})"
+
+constexpr Setting kSettings[] = {
+    {"bare", R"({"windows":[{"name":"player"},)" VEL_EXPLORATION_OTHER_WINDOWS},
+    {"with a content view controller",
+     R"({"windows":[{"name":"player","contentViewController":"PlayerViewController"},)" VEL_EXPLORATION_OTHER_WINDOWS},
+};
+
+#undef VEL_EXPLORATION_OTHER_WINDOWS
+
+constexpr int kTenthsToRest = 50;
+
+std::string seconds(int tenths) { return host::shortestDecimal(tenths / 10.0); }
+
+std::string scenarioOf(const Setting& setting, const std::string& steps, int untilTenths) {
+  return "{\n  \"host\": " + std::string(setting.host) + ",\n  \"steps\": [" + steps +
+         "\n  ],\n  \"until\": " + seconds(untilTenths) + "\n}\n";
+}
+
+}  // namespace
+
+std::span<const Action> actions() { return kActions; }
+std::span<const Setting> settings() { return kSettings; }
+
+std::uint8_t actionNamed(std::string_view name) {
+  const auto* const action = std::ranges::find(kActions, name, &Action::name);
+  if (action == std::end(kActions)) {
+    throw std::invalid_argument("no action is called \"" + std::string(name) + "\"");
+  }
+  return static_cast<std::uint8_t>(action - std::begin(kActions));
+}
+
+std::string scenarioText(const Setting& setting, const Script& script) {
+  std::string steps;
+  int tenths = 0;
+  for (const std::uint8_t index : script) {
+    const Action& action = kActions[index];
+    tenths += action.tenthsOfSecond;
+    // The other steps of an action come at the same time.
+    steps += steps.empty() ? "\n    " : ",\n    ";
+    steps += "{\"at\":" + seconds(tenths) + ",";
+    steps += action.steps.substr(1);
+  }
+  return scenarioOf(setting, steps, tenths + kTenthsToRest);
+}
+
+Theatre::Theatre(const Setting& chosen)
+    : setting(chosen), scenario(host::readScenario(scenarioOf(chosen, "", 0))) {
+  for (const Action& action : kActions) {
+    steps.push_back(host::readScenario(scenarioOf(chosen, std::string(action.steps), 0)).steps);
+  }
+}
+
+}  // namespace vel::exploration

@@ -1,0 +1,209 @@
+#include "Tests/Exploration/Stage.h"
+
+#include <algorithm>
+
+#include "Platform/AppKit/NSView.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Tests/Exploration/StyleExceptions.h"
+
+namespace vel::exploration {
+
+namespace {
+
+constexpr Nanoseconds kTenthOfSecond = kNanosecondsPerSecond / 10;
+// More than the countdown and all delayed work that can follow one another.
+constexpr Nanoseconds kTimeToRest = 5 * kNanosecondsPerSecond;
+
+Sample sampleOf(const LaunchScreenManager& manager) {
+  const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
+  return {.timeLeft = manager.launchScreenExpirationTimeLeft(),
+          .interval = configuration->expirationTimeInterval(),
+          .counts = send(manager.launchScreenExpirationTimer(), &NSTimer::isValid),
+          .unfocused = manager.appIsUnfocused(),
+          .sent = manager.eventWasSended(),
+          .expired = manager.launchScreenExpired(),
+          .skipMode = configuration->skipMode()};
+}
+
+Strong<LaunchScreenViewController> controllerOf(const Strong<LaunchScreenContent>& content) {
+  return as<LaunchScreenViewController>(send(content, &LaunchScreenContent::viewController));
+}
+
+template <class T>
+void addOnce(std::vector<Weak<T>>& list, const Strong<T>& object) {
+  const auto isObject = [&object](const Weak<T>& entry) { return entry.lock() == object; };
+  if (object != nullptr && std::ranges::none_of(list, isObject)) {
+    list.push_back(object);
+  }
+}
+
+}  // namespace
+
+Stage::Stage(const Theatre& theatre, std::span<const Invariant> invariants)
+    : theatre_(theatre),
+      invariants_(invariants),
+      player_(theatre.scenario, *this),
+      names_(player_.names()),
+      mainContent_(manager()->content()),
+      now_(sampleOf(*manager())) {
+  for (const host::WindowScript& window : hostScript().windows) {
+    hostWindows_.push_back(names_.window(window.name));
+  }
+  if (!hostWindows_.empty()) {
+    history_.keyOrder.push_back(hostScript().windows.front().name);
+  }
+}
+
+Stage::~Stage() {
+  // Temporary contents and their controllers keep each other alive until somebody does this.
+  for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
+    send(content.lock(), &LaunchScreenContent::deactivate);
+  }
+}
+
+void Stage::perform(std::uint8_t action) {
+  at_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
+  for (host::Step step : theatre_.steps[action]) {
+    step.at = at_;
+    play(step);
+  }
+  check(Invariant::When::State);
+}
+
+void Stage::end() {
+  play({.at = at_, .name = "deactivate", .action = host::step::Deactivate{}});
+  at_ += kTimeToRest;
+  play({.at = at_, .name = "inspect", .action = host::step::Inspect{}});
+  check(Invariant::When::End);
+}
+
+void Stage::play(const host::Step& step) {
+  step_ = &step;
+  try {
+    player_.play(step);
+  } catch (const std::exception& error) {
+    if (violation_.empty()) {
+      violation_ = std::string("nothing is thrown: ") + error.what();
+    }
+  }
+}
+
+std::vector<Strong<LaunchScreenViewController>> Stage::controllers() const {
+  std::vector<Strong<LaunchScreenViewController>> alive;
+  for (const Weak<LaunchScreenViewController>& entry : controllers_) {
+    if (const auto controller = entry.lock()) {
+      alive.push_back(controller);
+    }
+  }
+  return alive;
+}
+
+NSWindowStyleMask Stage::givenStyle(const NSWindow& window) const {
+  std::size_t place = 0;
+  while (hostWindows_[place].get() != &window) {
+    ++place;
+  }
+  return hostScript().windows[place].styleMask;
+}
+
+// Watching
+
+void Stage::happened(const host::TraceLine& line) {
+  moment(&line.event);
+  std::visit([this](const auto& event) { note(event); }, line.event);
+}
+
+void Stage::settled(const host::PlayState& /*state*/) {
+  moment(nullptr);
+  collect();
+  history_.timeLeft = now_.timeLeft;
+  history_.wasCounting = now_.counts;
+  history_.step = {};
+  history_.refusalDue = false;
+  history_.hostAsked = false;
+  history_.hostTold = false;
+  history_.coverSteps = 0;
+}
+
+void Stage::moment(const host::TraceEvent* event) {
+  event_ = event;
+  before_ = now_;
+  now_ = sampleOf(*manager());
+  if (now_.sent && !before_.sent) {
+    history_.sentAt = time();
+  }
+  check(Invariant::When::Moment);
+}
+
+void Stage::check(Invariant::When when) {
+  for (const Invariant& invariant : invariants_) {
+    if (!violation_.empty()) {
+      return;
+    }
+    if (invariant.when != when) {
+      continue;
+    }
+    if (const std::string fault = invariant.fault(*this); !fault.empty()) {
+      violation_ = std::string(invariant.name) + ": " + fault;
+    }
+  }
+}
+
+void Stage::note(const host::trace::StepStarted& started) {
+  history_.step = started.name;
+  for (std::size_t place = 0; place < styleExceptions().size(); ++place) {
+    if (styleExceptions()[place].begins(*this, *step_)) {
+      history_.styleExceptions.set(place);
+    }
+  }
+  const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);
+  const bool guarded = dismissal != nullptr && dismissal->by != host::DismissalRoad::Content;
+  const auto delegates =
+      send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
+  history_.refusalDue = guarded && delegates != nullptr &&
+                        delegates->containsObject(manager().get()) && !now_.skipMode &&
+                        now_.timeLeft > expirationTimeStep;
+}
+
+void Stage::note(const host::trace::ContentDataAnswered& answered) {
+  history_.plainRequest = history_.plainRequest || (answered.answer && !now_.skipMode);
+}
+
+void Stage::note(const host::trace::HostCalled& called) {
+  history_.hostAsked = history_.hostAsked || called.operation == host::ViewOperation::CanDisappear;
+  history_.hostTold = history_.hostTold || called.operation == host::ViewOperation::DidDisappear;
+}
+
+void Stage::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.events; }
+
+void Stage::note(const host::trace::CoverStep& /*step*/) { ++history_.coverSteps; }
+
+// The manager is about to be told; from this alone follows whether a required window is away.
+void Stage::note(const host::trace::KeyChanged& changed) {
+  if (changed.change == KeyChange::Becomes) {
+    std::erase(history_.keyOrder, changed.window);
+    history_.keyOrder.push_back(changed.window);
+  }
+  if (NSNotificationCenter::defaultCenter().registrationCount(manager().get()) == 0) {
+    return;
+  }
+  const Strong<NSWindow> window = names_.window(changed.window);
+  const Strong<NSViewController> cover = controllerOf(manager()->content());
+  if (changed.change == KeyChange::Becomes) {
+    history_.away = history_.away && !manager()->isRequiredWindow(window);
+  } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
+             LSGDPRControllerClassName) {
+    history_.away =
+        history_.away && send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
+  } else if (!now_.expired && manager()->isRequiredWindow(window)) {
+    history_.away = true;
+  }
+}
+
+void Stage::collect() {
+  addOnce(controllers_, controllerOf(manager()->content()));
+  addOnce(temporaryContents_, manager()->tempContent());
+}
+
+}  // namespace vel::exploration

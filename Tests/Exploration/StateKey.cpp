@@ -1,0 +1,132 @@
+#include "Tests/Exploration/StateKey.h"
+
+#include <algorithm>
+
+#include "Host/Play/JsonText.h"
+#include "LaunchScreen/View/macOS/EmbeddedCover.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+
+namespace vel::exploration {
+
+namespace {
+
+// One part of the key after the other.
+class KeyText {
+ public:
+  template <class Value>
+  KeyText& operator<<(const Value& value) {
+    if constexpr (std::is_enum_v<Value>) {
+      host::writeJson(text_, static_cast<int>(value));
+    } else {
+      host::writeJson(text_, value);
+    }
+    text_ += ' ';
+    return *this;
+  }
+  std::string text_;
+};
+
+using Controllers = std::vector<Strong<LaunchScreenViewController>>;
+
+// The place in the list; its size for one that is not in it.
+template <class T>
+std::size_t placeOf(const T* controller, const Controllers& controllers) {
+  return static_cast<std::size_t>(
+      std::ranges::find(controllers, controller, [](const auto& entry) { return entry.get(); }) -
+      controllers.begin());
+}
+
+void addWork(KeyText& key) {
+  for (const DispatchQueue::Pending& work : dispatch_get_main_queue().pending()) {
+    key << work.deadline - Stage::time() << work.kind->hash_code();
+  }
+  key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();
+}
+
+void addWindows(KeyText& key, const Stage& stage) {
+  for (const Strong<NSWindow>& window : stage.hostWindows()) {
+    key << window->isVisible() << window->styleMask() << window->sheets().size()
+        << window->contentView()->subviews().size();
+  }
+  for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
+    key << window->isModalPanel();
+  }
+  for (const std::string& name : stage.history().keyOrder) {
+    const Strong<NSWindow> window = stage.names().window(name);
+    if (send(window, &NSWindow::isOnScreen)) {
+      key << name;
+    }
+  }
+}
+
+void addController(KeyText& key, const Stage& stage, LaunchScreenViewController& controller) {
+  key << controller.presentationMode() << controller.appWindowStyleMask()
+      << stage.names().nameOf(controller.appWindow()) << controller.isShown()
+      << (controller.parentViewController() != nullptr)
+      << (controller.presentingViewController().get() == &controller)
+      << (controller.presentingViewController() != nullptr);
+  for (const LifeCycleStep step : {LifeCycleStep::WillAppear, LifeCycleStep::DidAppear,
+                                   LifeCycleStep::WillDisappear, LifeCycleStep::DidDisappear}) {
+    key << controller.hasRun(step);
+  }
+  if (const auto delegates = controller.delegates()) {
+    key << delegates->containsObject(stage.manager().get())
+        << delegates->containsObject(stage.mainContent().lock().get());
+  }
+  if (!controller.isViewLoaded()) {
+    return;
+  }
+  const Strong<NSView> view = controller.view();
+  key << stage.names().nameOf(view->window());
+  if (const Strong<NSView> superview = view->superview()) {
+    const auto& views = superview->subviews();
+    key << std::ranges::find(views, view) - views.begin();
+  }
+}
+
+void addCovers(KeyText& key, const Stage& stage) {
+  using namespace embedded_cover;
+  const Controllers controllers = stage.controllers();
+  for (const auto& controller : controllers) {
+    addController(key, stage, *controller);
+  }
+  // Whose view is tracked: a controller's that may be gone already.
+  const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
+  const auto window = send(superView, &NSView::window);
+  const auto current = send(stage.manager()->content(), &LaunchScreenContent::viewController);
+  key << placeOf(selfController.get(), controllers) << placeOf(owner.get(), controllers)
+      << stage.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
+      << placeOf(as<LaunchScreenViewController>(current).get(), controllers);
+}
+
+void addHistory(KeyText& key, const Stage& stage) {
+  const History& history = stage.history();
+  key << history.plainRequest << history.away << history.events;
+  if (history.sentAt && history.events == 0) {
+    key << *history.sentAt - Stage::time();
+  }
+  key << history.styleExceptions.to_ulong();
+}
+
+}  // namespace
+
+std::string stateKey(const Stage& stage) {
+  KeyText key;
+  key.text_ = host::traceText(
+      {.time = 0, .event = host::trace::Inspected{host::inspect(*stage.manager(), stage.names())}});
+  if (const Strong<NSTimer> timer = stage.manager()->launchScreenExpirationTimer()) {
+    key << timer->isValid() << timer->fireDate() - Stage::time();
+  }
+  key << NSNotificationCenter::defaultCenter().registrationCount(stage.manager().get());
+  addWork(key);
+  addWindows(key, stage);
+  addCovers(key, stage);
+  addHistory(key, stage);
+  return std::move(key.text_);
+}
+
+}  // namespace vel::exploration

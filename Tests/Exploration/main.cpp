@@ -1,0 +1,43 @@
+// explore [--depth N]: plays every script up to a length, and looks at the invariants all the time.
+#include <charconv>
+#include <iostream>
+#include <string_view>
+
+#include "Tests/Exploration/Explorer.h"
+#include "Tests/Exploration/Invariants.h"
+
+namespace {
+
+constexpr std::size_t kDefaultDepth = 5;
+
+// Answers whether no invariant was broken.
+bool exploreAll(std::size_t depth) {
+  using namespace vel::exploration;
+  for (const Setting& setting : settings()) {
+    const Exploration found = explore(setting, invariants(), depth);
+    if (found.finding) {
+      std::cerr << found.finding->violation << '\n';
+      std::cout << scenarioText(setting, found.finding->script);
+      return false;
+    }
+    std::cout << "player window " << setting.name << ": " << found.states << " states, "
+              << found.sequences << " sequences, depth " << found.depth << std::endl;
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  std::size_t depth = kDefaultDepth;
+  if (count > 1) {
+    const std::string_view number = count == 3 ? arguments[2] : "";
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), depth);
+    if (std::string_view(arguments[1]) != "--depth" || number.empty() || error != std::errc() ||
+        end != number.data() + number.size()) {
+      std::cerr << "usage: explore [--depth N]\n";
+      return 2;
+    }
+  }
+  return exploreAll(depth) ? 0 : 1;
+}
