@@ -62,6 +62,9 @@ Player::~Player() {
   }
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
+  for (const Strong<NSWindow>& window : windows_) {
+    window->setContentViewController(nullptr);  // a cover in it may keep the window
+  }
 }
 
 PlayOutcome Player::play() {

@@ -1,0 +1,117 @@
+// Any text as a request's parameters in JSON: it is refused or accepted, and leaves the default
+// configuration, as another reading of it says.
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Bindings/C/JsonParameters.h"
+#include "Fuzz/Fuzz.h"
+#include "Fuzz/SlowNumber.h"
+#include "Host/Play/HostObjects.h"
+#include "Host/Play/VirtualStage.h"
+#include "LaunchScreen/LaunchScreen.h"
+#include "Platform/Foundation/NSLog.h"
+
+namespace vel::fuzz {
+
+namespace {
+
+// What the configuration holds before each request.
+constexpr const char* kFormerEvent = "former";
+constexpr double kFormerInterval = 7;
+
+struct Outcome {
+  bool accepted = false;
+  bool skipMode = false;
+  std::string event = kFormerEvent;
+  double interval = kFormerInterval;
+  std::string logged;
+  bool operator==(const Outcome&) const = default;
+};
+
+float numberOf(const nlohmann::json& value) {
+  if (value.is_string()) {
+    return slowFloatValue(value.get_ref<const std::string&>());
+  }
+  if (value.is_number_unsigned()) {
+    return static_cast<float>(value.get<std::uint64_t>());
+  }
+  if (value.is_number_integer()) {
+    return static_cast<float>(value.get<std::int64_t>());
+  }
+  return value.is_number_float() ? static_cast<float>(value.get<double>()) : 0;
+}
+
+std::string logLine(std::string_view what) {
+  return "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): " + std::string(what) +
+         " is nil or empty!";
+}
+
+Outcome expectedOf(const nlohmann::json& parameters) {
+  Outcome outcome;
+  outcome.skipMode = parameters.contains("mode") && parameters["mode"] == "skip";
+  if (!parameters.contains("event") || !parameters["event"].is_string() ||
+      parameters["event"] == "") {
+    outcome.logged = logLine("Next event name");
+    return outcome;
+  }
+  outcome.event = parameters["event"];
+  const float duration =
+      parameters.contains("max_duration_time") ? numberOf(parameters["max_duration_time"]) : 0;
+  if (duration == 0) {
+    outcome.logged = logLine("Max duration time");
+    return outcome;
+  }
+  outcome.accepted = true;
+  outcome.interval = duration;
+  return outcome;
+}
+
+// Does the request; the manager and its content have to agree with the configuration.
+Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
+  const host::VirtualStage stage({10, 14, 0});
+  Outcome outcome;
+  setNSLogSink([&outcome](std::string_view line) { outcome.logged += line; });
+  const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
+  configuration->setSkipMode(true);
+  configuration->setNextEventName(NSString::stringWithUTF8String(kFormerEvent));
+  configuration->setExpirationTimeInterval(kFormerInterval);
+  const auto manager = LaunchScreenManager::init();
+  const auto answer = manager->contentDataForContentRequest(make<host::HostRequest>(parameters));
+  outcome.accepted = answer != nullptr;
+  outcome.skipMode = configuration->skipMode();
+  outcome.event = configuration->nextEventName()->UTF8String();
+  outcome.interval = configuration->expirationTimeInterval();
+
+  if (outcome.accepted) {
+    const bool shows = outcome.interval > 0;
+    require(manager->launchScreenExpirationTimeLeft() == outcome.interval, "another time left");
+    require(answer->state() == (shows ? ContentDataStateLoaded : ContentDataStateFailed), "state ",
+            answer->state(), " with ", outcome.interval, " s");
+    require((answer->error() == nullptr) == shows, "an error with ", outcome.interval, " s");
+  } else {
+    require(manager->content()->state() == 0, "a refused request reached the content");
+  }
+  manager->deactivate();
+  setNSLogSink(nullptr);
+  return outcome;
+}
+
+}  // namespace
+
+}  // namespace vel::fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace vel::fuzz;
+  const std::string_view text = textOf(data, size);
+  const auto expected = nlohmann::json::parse(text, nullptr, false);
+  std::string error;
+  const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJson(text, error);
+  require((parameters != nullptr) == expected.is_object(), "read and not an object, or not read");
+  require((parameters != nullptr) == error.empty(), "the reason: ", error);
+  if (parameters != nullptr) {
+    require(outcomeOf(parameters) == expectedOf(expected), "another outcome");
+  }
+  return 0;
+}

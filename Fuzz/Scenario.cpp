@@ -1,0 +1,60 @@
+// Any text as a scenario: it is refused in one line, or plays to its end, twice alike, each line of
+// the trace being JSON.
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "Fuzz/Fuzz.h"
+#include "Host/Play/Player.h"
+#include "Host/Play/ScenarioReader.h"
+
+namespace vel::fuzz {
+
+namespace {
+
+// Longer plays say nothing more, and take their time.
+constexpr Nanoseconds kLongestPlay = 60 * kNanosecondsPerSecond;
+
+class Trace final : public host::PlayListener {
+ public:
+  void happened(const host::TraceLine& line) override { text += traceText(line) + "\n"; }
+  void settled(const host::PlayState& /*state*/) override {}
+  std::string text;
+};
+
+std::string traceOf(const host::Scenario& scenario) {
+  Trace trace;
+  static_cast<void>(host::Player(scenario, trace).play());
+  return trace.text;
+}
+
+void requireLinesOfJson(std::string_view trace) {
+  while (!trace.empty()) {
+    const std::size_t end = trace.find('\n');
+    const std::string_view line = trace.substr(0, end);
+    require(nlohmann::json::accept(line), "a line that is not JSON: ", line);
+    trace.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
+
+}  // namespace vel::fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace vel;
+  host::Scenario scenario;
+  try {
+    scenario = host::readScenario(fuzz::textOf(data, size));
+  } catch (const host::ScenarioError& error) {
+    const std::string_view refusal = error.what();
+    fuzz::require(!refusal.empty() && refusal.find('\n') == std::string_view::npos,
+                  "no single line: ", refusal);
+    return 0;
+  }
+  if (scenario.end <= fuzz::kLongestPlay) {
+    const std::string trace = fuzz::traceOf(scenario);
+    fuzz::requireLinesOfJson(trace);
+    fuzz::require(trace == fuzz::traceOf(scenario), "another trace the second time");
+  }
+  return 0;
+}

@@ -1,0 +1,169 @@
+#include "Fuzz/SlowNumber.h"
+
+#include <algorithm>
+#include <bit>
+#include <compare>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace vel::fuzz {
+
+namespace {
+
+// A natural number of any size.
+class Natural {
+ public:
+  explicit Natural(std::uint32_t value) : parts_{value} {}
+
+  Natural& multiplyAdd(std::uint32_t factor, std::uint32_t summand) {
+    std::uint64_t carry = summand;
+    for (std::uint32_t& part : parts_) {
+      carry += std::uint64_t{part} * factor;
+      part = static_cast<std::uint32_t>(carry);
+      carry >>= 32;
+    }
+    if (carry > 0) {
+      parts_.push_back(static_cast<std::uint32_t>(carry));
+    }
+    return *this;
+  }
+  Natural& timesPower(std::uint32_t base, int exponent) {
+    for (; exponent > 0; --exponent) {
+      multiplyAdd(base, 0);
+    }
+    return *this;
+  }
+
+  std::strong_ordering operator<=>(const Natural& other) const {
+    for (std::size_t place = std::max(parts_.size(), other.parts_.size()); place-- > 0;) {
+      if (const auto order = part(place) <=> other.part(place); order != 0) {
+        return order;
+      }
+    }
+    return std::strong_ordering::equal;
+  }
+
+ private:
+  [[nodiscard]] std::uint32_t part(std::size_t place) const {
+    return place < parts_.size() ? parts_[place] : 0;
+  }
+  std::vector<std::uint32_t> parts_;  // least first
+};
+
+bool isDigits(std::string_view text) {
+  return std::ranges::all_of(text, [](char digit) { return digit >= '0' && digit <= '9'; });
+}
+
+std::string_view withoutSign(std::string_view text) {
+  return text.starts_with('+') || text.starts_with('-') ? text.substr(1) : text;
+}
+
+// Splits at the first of the characters; the second part is empty without one.
+struct Parts {
+  std::string_view before;
+  bool hasMark;
+  std::string_view after;
+};
+Parts splitAt(std::string_view text, std::string_view marks) {
+  const std::size_t place = text.find_first_of(marks);
+  return place == std::string_view::npos
+             ? Parts{text, false, {}}
+             : Parts{text.substr(0, place), true, text.substr(place + 1)};
+}
+
+bool isDecimalNumber(std::string_view text) {
+  const auto [mantissa, hasExponent, exponent] = splitAt(withoutSign(text), "eE");
+  const auto [whole, hasPoint, fraction] = splitAt(mantissa, ".");
+  const std::string_view exponentDigits = withoutSign(exponent);
+  return isDigits(whole) && isDigits(fraction) && !(whole.empty() && fraction.empty()) &&
+         (!hasExponent || (isDigits(exponentDigits) && !exponentDigits.empty()));
+}
+
+int readExponent(std::string_view text) {
+  constexpr int kFar = 100'000'000;  // farther than any number of digits reaches
+  int exponent = 0;
+  for (const char digit : withoutSign(text)) {
+    exponent = std::min(exponent * 10 + (digit - '0'), kFar);
+  }
+  return text.starts_with('-') ? -exponent : exponent;
+}
+
+// digits x 10^exponent, not negative.
+struct Decimal {
+  std::string digits;
+  int exponent;
+
+  // Against mantissa x 2^power.
+  [[nodiscard]] std::strong_ordering compare(std::uint32_t mantissa, int power) const {
+    Natural left(0);
+    for (const char digit : digits) {
+      left.multiplyAdd(10, static_cast<std::uint32_t>(digit - '0'));
+    }
+    left.timesPower(10, exponent).timesPower(2, -power);
+    Natural right(mantissa);
+    right.timesPower(10, -exponent).timesPower(2, power);
+    return left <=> right;
+  }
+};
+
+// The floats that are not negative, by their place in their order: infinity is the last.
+struct Place {
+  static constexpr std::uint32_t kInfinity = 0x7f800000;
+  static constexpr int kLeastPower = -149;
+
+  std::uint32_t bits;
+  [[nodiscard]] std::uint32_t mantissa() const {
+    const std::uint32_t fraction = bits & 0x7fffff;
+    return bits >> 23 == 0 ? fraction : fraction | 0x800000;
+  }
+  [[nodiscard]] int power() const {
+    return kLeastPower + std::max(static_cast<int>(bits >> 23) - 1, 0);
+  }
+};
+
+float nearest(const Decimal& number) {
+  // The greatest float that is not greater than the number.
+  std::uint32_t low = 0;
+  std::uint32_t high = Place::kInfinity;
+  while (high - low > 1) {
+    const Place middle{low + (high - low) / 2};
+    (number.compare(middle.mantissa(), middle.power()) < 0 ? high : low) = middle.bits;
+  }
+  // Half-way to the next one lies an odd number of halves of the last place.
+  const Place below{low};
+  const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
+  const bool up = order > 0 || (order == 0 && below.mantissa() % 2 == 1);
+  return std::bit_cast<float>(up ? low + 1 : low);
+}
+
+float magnitude(std::string_view number) {
+  const auto [mantissa, hasExponent, exponentText] = splitAt(withoutSign(number), "eE");
+  const auto [whole, hasPoint, fraction] = splitAt(mantissa, ".");
+  std::string digits = std::string(whole) + std::string(fraction);
+  digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
+  const int exponent = readExponent(exponentText) - static_cast<int>(fraction.size());
+  const int leading = exponent + static_cast<int>(digits.size());  // the number is below 10^leading
+  if (digits.empty() || leading < -50) {
+    return 0;
+  }
+  if (leading > 50) {
+    return std::numeric_limits<float>::infinity();
+  }
+  return nearest({digits, exponent});
+}
+
+}  // namespace
+
+float slowFloatValue(std::string_view text) {
+  constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+  text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+  while (!text.empty() && !isDecimalNumber(text)) {
+    text.remove_suffix(1);
+  }
+  const float value = magnitude(text);
+  return text.starts_with('-') ? -value : value;
+}
+
+}  // namespace vel::fuzz

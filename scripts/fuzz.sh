@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Builds the fuzzers and runs one after the other, each for so many seconds.
+# usage: scripts/fuzz.sh [SECONDS [NAME...]]      60 seconds and every fuzzer, if left out
+# What was learnt stays in build/fuzz/corpus/NAME for the next time; inputs that fail are put into
+# build/fuzz/findings.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+source scripts/build.sh
+
+seconds="${1:-60}"
+shift || true
+if [[ ! "$seconds" =~ ^[1-9][0-9]*$ ]]; then
+  sed -n '3s/^# //p' "${BASH_SOURCE[0]}" >&2
+  exit 2
+fi
+names=("$@")
+if [[ ${#names[@]} -eq 0 ]]; then
+  names=(number-text request-parameters scenario random-script)
+fi
+
+require_packages build fuzz
+build_preset fuzz
+
+findings=build/fuzz/findings
+mkdir -p "$findings"
+status=0
+for name in "${names[@]}"; do
+  corpus="build/fuzz/corpus/$name"
+  log="build/fuzz/$name.log"
+  dictionary="Fuzz/dictionaries/$name.dict"
+  options=(-max_total_time="$seconds" -max_len=2048 -timeout=20 -print_final_stats=1
+    -artifact_prefix="$findings/$name-")
+  if [[ -f "$dictionary" ]]; then
+    options+=(-dict="$dictionary")
+  fi
+  mkdir -p "$corpus"
+  result="no findings"
+  if ! "build/fuzz/bin/fuzz-$name" "${options[@]}" "$corpus" "Fuzz/seeds/$name" >"$log" 2>&1; then
+    result="A FINDING, see $log"
+    status=1
+  fi
+  executions="$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
+  echo "$name: ${executions:-0} executions, $result"
+done
+exit "$status"
