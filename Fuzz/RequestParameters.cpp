@@ -52,7 +52,7 @@ Outcome expectedOf(const nlohmann::json& parameters) {
   Outcome outcome;
   outcome.skipMode = parameters.contains("mode") && parameters["mode"] == "skip";
   if (!parameters.contains("event") || !parameters["event"].is_string() ||
-      parameters["event"] == "") {
+      parameters["event"].get<std::string>().empty()) {
     outcome.logged = logLine("Next event name");
     return outcome;
   }

@@ -38,7 +38,7 @@ class Natural {
 
   std::strong_ordering operator<=>(const Natural& other) const {
     for (std::size_t place = std::max(parts_.size(), other.parts_.size()); place-- > 0;) {
-      if (const auto order = part(place) <=> other.part(place); order != 0) {
+      if (const auto order = part(place) <=> other.part(place); std::is_neq(order)) {
         return order;
       }
     }
@@ -129,12 +129,12 @@ float nearest(const Decimal& number) {
   std::uint32_t high = Place::kInfinity;
   while (high - low > 1) {
     const Place middle{low + (high - low) / 2};
-    (number.compare(middle.mantissa(), middle.power()) < 0 ? high : low) = middle.bits;
+    (std::is_lt(number.compare(middle.mantissa(), middle.power())) ? high : low) = middle.bits;
   }
   // Half-way to the next one lies an odd number of halves of the last place.
   const Place below{low};
   const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
-  const bool up = order > 0 || (order == 0 && below.mantissa() % 2 == 1);
+  const bool up = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);
   return std::bit_cast<float>(up ? low + 1 : low);
 }
 

@@ -12,6 +12,7 @@ namespace vel::exploration {
 namespace {
 
 // Three ticks leave next to nothing of 0.3 s; half a second is more than enough.
+// A new action goes to the end: the seeds of the fuzzer know the others by their places.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
@@ -19,6 +20,7 @@ constexpr Action kActions[] = {
      R"({"do":"request","parameters":{"mode":"skip","event":"launch_end","max_duration_time":0.3}})"},
     {"content view", 0, R"({"do":"contentView"})"},
     {"present embedded", 0, R"({"do":"present","window":"player","mode":0})"},
+    {"present embedded elsewhere", 0, R"({"do":"present","window":"other","mode":0})"},
     {"present as a sheet", 0, R"({"do":"present","window":"player","mode":1})"},
     {"present as a modal window", 0, R"({"do":"present","window":"player","mode":2})"},
     {"key to the player", 0, R"({"do":"makeKey","window":"player"})"},

@@ -4,8 +4,6 @@
 
 #include "Host/Play/JsonText.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
-#include "Platform/AppKit/NSApplication.h"
-#include "Platform/AppKit/NSView.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Exploration/StyleExceptions.h"
 
@@ -117,30 +115,10 @@ std::string severalTimers(const Stage& stage) {
 
 // Style masks
 
-bool isRemovalPending() {
-  // A controller submits no other work than its removal.
-  return std::ranges::any_of(dispatch_get_main_queue().pending(), [](const auto& work) {
-    return std::string_view(work.kind->name()).find("LaunchScreenViewController") !=
-           std::string_view::npos;
-  });
-}
-
-// The host's windows have no views of their own in their content views.
-bool isCoverUp(const Stage& stage) {
-  return std::ranges::any_of(stage.hostWindows(),
-                             [](const Strong<NSWindow>& window) {
-                               return window->isVisible() &&
-                                      !window->contentView()->subviews().empty();
-                             }) ||
-         std::ranges::any_of(NSApp->orderedWindows(), [](const Strong<NSWindow>& window) {
-           return window->kind() != WindowKind::Plain;
-         });
-}
-
-bool isException(const Stage& stage, NSWindowStyleMask mask, NSWindowStyleMask given) {
+bool isException(const Stage& stage, const NSWindow& window) {
   const auto exceptions = styleExceptions();
   for (std::size_t place = 0; place < exceptions.size(); ++place) {
-    if (stage.history().styleExceptions.test(place) && exceptions[place].left(given) == mask) {
+    if (stage.history().styleExceptions.test(place) && exceptions[place].leaves(stage, window)) {
       return true;
     }
   }
@@ -148,15 +126,14 @@ bool isException(const Stage& stage, NSWindowStyleMask mask, NSWindowStyleMask g
 }
 
 std::string styleKept(const Stage& stage) {
-  if (isCoverUp(stage) || isRemovalPending()) {
+  if (!isUncovered(stage)) {
     return "";
   }
   for (const Strong<NSWindow>& window : stage.hostWindows()) {
-    const NSWindowStyleMask mask = window->styleMask();
     const NSWindowStyleMask given = stage.givenStyle(*window);
-    if (mask != given && !isException(stage, mask, given)) {
-      return stage.names().nameOf(*window) + " has " + std::to_string(mask) + " instead of " +
-             std::to_string(given);
+    if (window->styleMask() != given && !isException(stage, *window)) {
+      return stage.names().nameOf(*window) + " has " + std::to_string(window->styleMask()) +
+             " instead of " + std::to_string(given);
     }
   }
   return "";

@@ -69,6 +69,12 @@ void Stage::perform(std::uint8_t action) {
     play(step);
   }
   check(Invariant::When::State);
+  const bool stylesKept = std::ranges::all_of(hostWindows_, [this](const auto& window) {
+    return window->styleMask() == givenStyle(*window);
+  });
+  if (stylesKept && isUncovered(*this) && isStyleForgotten(*this)) {
+    history_.styleExceptions.reset();
+  }
 }
 
 void Stage::end() {

@@ -1,8 +1,13 @@
 #include "Tests/Exploration/StateKey.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <optional>
+#include <type_traits>
+#include <utility>
 
-#include "Host/Play/JsonText.h"
+#include "Host/Play/Inspection.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
@@ -14,21 +19,50 @@ namespace vel::exploration {
 
 namespace {
 
-// One part of the key after the other.
+// One part of the key after the other, each as its bytes.
 class KeyText {
  public:
   template <class Value>
-  KeyText& operator<<(const Value& value) {
-    if constexpr (std::is_enum_v<Value>) {
-      host::writeJson(text_, static_cast<int>(value));
-    } else {
-      host::writeJson(text_, value);
-    }
-    text_ += ' ';
+    requires std::is_arithmetic_v<Value> || std::is_enum_v<Value>
+  KeyText& operator<<(Value value) {
+    const auto bytes = std::bit_cast<std::array<char, sizeof value>>(value);
+    text_.append(bytes.data(), bytes.size());
     return *this;
   }
+  KeyText& operator<<(const std::string& text) {
+    text_ += text;
+    text_ += '\0';
+    return *this;
+  }
+  template <class Value>
+  KeyText& operator<<(const std::optional<Value>& value) {
+    *this << value.has_value();
+    return value ? *this << *value : *this;
+  }
+
+  [[nodiscard]] std::string text() && { return std::move(text_); }
+
+ private:
   std::string text_;
 };
+
+void addInspection(KeyText& key, const Stage& stage) {
+  const auto [manager, configuration, content, controller, application] =
+      host::inspect(*stage.manager(), stage.names());
+  key << manager.content << manager.tempContent << manager.appIsUnfocused << manager.eventWasSended
+      << manager.launchScreenExpirationTimer << manager.launchScreenExpirationTimeLeft
+      << manager.launchScreenExpired << manager.launchShouldBeClosed;
+  key << configuration.viewController << configuration.skipMode << configuration.nextEventName
+      << configuration.expirationTimeInterval;
+  key << content.has_value() << controller.has_value();
+  if (content) {
+    key << content->state << content->error.has_value() << content->contentRequest;
+  }
+  key << application.keyWindow << application.mainWindow << application.modalWindow;
+  for (const auto& window : application.orderedWindows) {
+    key << window << application.styleMasks.at(window);
+  }
+}
 
 using Controllers = std::vector<Strong<LaunchScreenViewController>>;
 
@@ -73,6 +107,8 @@ void addController(KeyText& key, const Stage& stage, LaunchScreenViewController&
                                    LifeCycleStep::WillDisappear, LifeCycleStep::DidDisappear}) {
     key << controller.hasRun(step);
   }
+  key << (controller.activityIndicator() != nullptr)
+      << controller.presentedViewControllers().size();
   if (const auto delegates = controller.delegates()) {
     key << delegates->containsObject(stage.manager().get())
         << delegates->containsObject(stage.mainContent().lock().get());
@@ -116,8 +152,7 @@ void addHistory(KeyText& key, const Stage& stage) {
 
 std::string stateKey(const Stage& stage) {
   KeyText key;
-  key.text_ = host::traceText(
-      {.time = 0, .event = host::trace::Inspected{host::inspect(*stage.manager(), stage.names())}});
+  addInspection(key, stage);
   if (const Strong<NSTimer> timer = stage.manager()->launchScreenExpirationTimer()) {
     key << timer->isValid() << timer->fireDate() - Stage::time();
   }
@@ -126,7 +161,7 @@ std::string stateKey(const Stage& stage) {
   addWindows(key, stage);
   addCovers(key, stage);
   addHistory(key, stage);
-  return std::move(key.text_);
+  return std::move(key).text();
 }
 
 }  // namespace vel::exploration

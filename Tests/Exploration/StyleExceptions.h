@@ -11,12 +11,18 @@ namespace vel::exploration {
 struct StyleException {
   std::string_view name;
   std::string_view reason;
-  /// Whether the step that is about to be done, or what went before, brings it about.
-  bool (*begins)(const Stage& stage, const host::Step& step);
-  /// The style that the window is left with, where its host gave it this one.
-  NSWindowStyleMask (*left)(NSWindowStyleMask given);
+  /// Whether the step that is about to be done brings it about.
+  bool (*begins)(const Stage& stage, const host::Step& step) = nullptr;
+  /// Whether the window has just the style that it is then left with.
+  bool (*leaves)(const Stage& stage, const NSWindow& window) = nullptr;
 };
 
 [[nodiscard]] std::span<const StyleException> styleExceptions();
+
+/// Whether no cover is up and none is about to be removed.
+[[nodiscard]] bool isUncovered(const Stage& stage);
+/// Whether no controller holds a window or a style that is not the window's own: what went before
+/// has no consequences any more.
+[[nodiscard]] bool isStyleForgotten(const Stage& stage);
 
 }  // namespace vel::exploration
