@@ -37,6 +37,7 @@ std::string recordedInSkipMode(const Stage& stage) {
   return wrong ? "it is recorded" : "";
 }
 
+// Once sent it is recorded half a second later, whatever happens meanwhile.
 std::string sentWhileAway(const Stage& stage) {
   const bool rose = stage.now().sent && !stage.before().sent;
   return rose && stage.history().away ? "it is sent" : "";
@@ -94,10 +95,7 @@ std::string timeLeftMoves(const Stage& stage) {
 }
 
 std::string countsUnseen(const Stage& stage) {
-  if (stage.now().counts && stage.now().unfocused) {
-    return "it runs while unfocused";
-  }
-  return stage.now().counts && stage.now().timeLeft <= 0 ? "it runs with no time left" : "";
+  return stage.now().counts && stage.now().unfocused ? "it runs while unfocused" : "";
 }
 
 std::string unfocusedOtherwise(const Stage& stage) {
@@ -170,6 +168,12 @@ std::string leftAlive(const Stage& stage) {
   return "";
 }
 
+std::string toldAfterEnd(const Stage& stage) {
+  const auto controller = stage.lastController();
+  const auto delegates = controller == nullptr ? nullptr : controller->delegates();
+  return delegates == nullptr || delegates->count() == 0 ? "" : "it has delegates";
+}
+
 constexpr Invariant kInvariants[] = {
     {"the event is recorded at most once", When::Moment, &recordedTwice},
     {"no event is recorded where every request asks for skip mode", When::Moment,
@@ -179,12 +183,13 @@ constexpr Invariant kInvariants[] = {
     {"outside skip mode a guarded dismissal does not go through with more than a step left",
      When::Moment, &dismissedEarly},
     {"the time left falls by one step a tick of a valid timer", When::Moment, &timeLeftMoves},
-    {"the countdown runs only in focus and with time left", When::Moment, &countsUnseen},
+    {"the countdown runs only in focus", When::Moment, &countsUnseen},
     {"the manager is unfocused exactly while a required window is away", When::Moment,
      &unfocusedOtherwise},
     {"there is at most one timer", When::Moment, &severalTimers},
     {"without a cover every window has the style that its host gave it", When::State, &styleKept},
     {"after its end nothing is left alive but covers that are up", When::End, &leftAlive},
+    {"a deactivated cover tells nobody", When::End, &toldAfterEnd},
 };
 
 }  // namespace
