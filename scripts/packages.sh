@@ -7,7 +7,7 @@ packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libpng-dev
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git python3
   pkg-config dpkg-dev file fonts-dejavu-core
-  libglib2.0-dev libsdl2-dev)
+  libglib2.0-dev libsdl2-dev doxygen)
 # The X11 back end, and what its tests run it on and against.
 # shellcheck disable=SC2034
 packages_x11=(pkg-config libxcb1-dev libxcb-randr0-dev libxcb-render0-dev)

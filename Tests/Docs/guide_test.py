@@ -1,0 +1,87 @@
+#!/usr/bin/env python3
+"""The guide's snippets compile, and its programs run, against the installed library."""
+
+import os
+import re
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+from docs import PROGRAM, ROOT
+
+PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
+PREFIX = Path(os.environ["PREFIX"])
+# Kind, file name if it has one, text.
+SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
+# What the guide's statements stand among.
+AROUND = """#include <VelLaunchScreen/vel_launch_screen.h>
+void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
+             uint64_t window_id);
+void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
+             uint64_t window_id) {
+  (void)window_id;
+%s
+  (void)options;
+  (void)request;
+  (void)screen;
+}
+"""
+PATIENCE = 240
+
+
+class Guide(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        for _, name, text in SNIPPETS:
+            if name:
+                (self.folder / name).write_text(text, encoding="utf-8")
+
+    def run_in_folder(self, *command):
+        environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+        environment["PATH"] = f"{Path(PROGRAM).parent}:{environment['PATH']}"
+        environment["PKG_CONFIG_PATH"] = str(PREFIX / "lib/pkgconfig")
+        environment["LD_LIBRARY_PATH"] = str(PREFIX / "lib")
+        done = subprocess.run(
+            command, cwd=self.folder, env=environment, capture_output=True, text=True,
+            stdin=subprocess.DEVNULL, timeout=PATIENCE, check=False,
+        )
+        self.assertEqual(done.returncode, 0, (command, done.stdout, done.stderr))
+        return done.stdout
+
+    def test_has_programs_and_statements(self):
+        kinds = [kind for kind, _, _ in SNIPPETS]
+        self.assertEqual(set(kinds), {"c", "cpp", "cmake", "json", "sh", "text"})
+        self.assertGreater(kinds.count("c"), 3)
+
+    def test_commands_run_and_print_what_the_guide_shows(self):
+        printed = ""
+        for kind, _, text in SNIPPETS:
+            if kind == "sh":
+                printed = self.run_in_folder("sh", "-e", "-c", text)
+            elif kind == "text":
+                self.assertEqual(printed, text)
+        self.assertIn('{"t":6.500000000,"event":"launch_end"}', printed)
+        self.assertTrue((self.folder / "away.svg").exists())
+
+    def test_program_in_cpp_is_found_built_and_run_by_cmake(self):
+        build = self.folder / "build"
+        self.run_in_folder("cmake", "-S", ".", "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        self.run_in_folder("cmake", "--build", build)
+        self.assertEqual(self.run_in_folder(build / "first"), "event launch_end\n")
+
+    def test_statements_compile(self):
+        for kind, name, text in SNIPPETS:
+            if kind == "c" and not name:
+                with self.subTest(text):
+                    (self.folder / "snippet.c").write_text(AROUND % text, encoding="utf-8")
+                    self.run_in_folder(
+                        os.environ["CC"], "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror",
+                        "-I", PREFIX / "include", "-c", "snippet.c",
+                    )
+
+
+if __name__ == "__main__":
+    unittest.main()
