@@ -17,6 +17,9 @@ namespace {
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
+// A user who works elsewhere meanwhile may keep it from there for good.
+constexpr double kTimeToComeToFront = 1;
+
 /// What the library takes for the game's main window goes by its class name.
 class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
  public:
@@ -78,7 +81,14 @@ void ShowSession::start() {
     playground_ = Playground::startIn(player_);
   }
   player_->makeKeyAndOrderFront();
+  // A window of our own is where it stays once it is in front; another program's is that already.
+  if (options_.window || player_->isKeyWindow()) {
+    request();
+  }
+}
 
+void ShowSession::request() {
+  startedAt_ = NSRunLoop::mainRunLoop().now();
   broker_ = make<EngineBroker>();
   manager_ = LaunchScreenManager::init();
   manager_->setDelegate(self());
@@ -160,6 +170,13 @@ void ShowSession::skip() {
 }
 
 bool ShowSession::passEnded() {
+  if (player_ != nullptr && manager_ == nullptr && !outcome_) {
+    if (!player_->isVisible()) {
+      fail("the player window was closed");
+    } else if (player_->isKeyWindow() || time() >= kTimeToComeToFront) {
+      request();
+    }
+  }
   if (covers() && !dismissed_) {
     const Countdown now = manager_->appIsUnfocused() ? Countdown::Paused : Countdown::Runs;
     if (now != countdown_) {

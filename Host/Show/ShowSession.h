@@ -38,7 +38,8 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Gives the window back, if that has not been done.
   ~ShowSession() override;
 
-  /// Presents the launch screen over the player window. What goes wrong is the outcome.
+  /// Opens the player window and, as soon as it is in front, presents the launch screen over it.
+  /// What goes wrong is the outcome.
   void start();
   /// Takes notice of what a pass of the run loop has changed; to be called after each. Answers
   /// whether the session has come to its outcome.
@@ -67,6 +68,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
 
   void openPlayerWindow();
   void adoptPlayerWindow(std::uint64_t window);
+  void request();
   void present(const Strong<ContentData>& data);
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);

@@ -268,6 +268,24 @@ TEST_F(ShowSessionTest, LostDisplayIsTold) {
   EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
 }
 
+TEST_F(ShowSessionTest, PlayerThatDoesNotComeToTheFrontIsCoveredAllTheSame) {
+  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
+  platform.user().userKeepsFocus(true);
+  session->start();
+  run(0.95);
+  EXPECT_EQ(out.str(), "");
+  run(0.1);
+  EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
+}
+
+TEST_F(ShowSessionTest, PlayerThatIsClosedBeforeItCameToTheFrontIsTold) {
+  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
+  platform.user().userKeepsFocus(true);
+  session->start();
+  session->playerWindow()->close();
+  EXPECT_EQ(runToEnd().failure, "the player window was closed");
+}
+
 TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
   options.window = 77;
   start();

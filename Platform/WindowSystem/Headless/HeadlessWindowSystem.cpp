@@ -47,7 +47,7 @@ void HeadlessWindowSystem::orderOut(WindowHandle window) {
 
 void HeadlessWindowSystem::requestFocus(WindowHandle window) {
   const Window* const state = find(window);
-  if (state == nullptr || !state->onScreen) {
+  if (state == nullptr || !state->onScreen || userKeepsFocus_) {
     return;
   }
   focus_ = window;

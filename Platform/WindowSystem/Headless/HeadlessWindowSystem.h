@@ -42,6 +42,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
 
   /// The focus goes elsewhere within the application's reach, to none of its windows.
   void userMovesFocusAway();
+  /// The user works elsewhere: the focus stays there, whoever asks for it.
+  void userKeepsFocus(bool keeps) { userKeepsFocus_ = keeps; }
   /// The user goes to another application, and comes back.
   void userDeactivatesApplication();
   void userActivatesApplication();
@@ -69,6 +71,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   std::uint64_t created_ = 0;
   WindowHandle focus_ = WindowHandle::None;
   WindowHandle modal_ = WindowHandle::None;
+  bool userKeepsFocus_ = false;
 };
 
 }  // namespace vel

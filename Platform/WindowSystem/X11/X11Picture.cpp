@@ -31,10 +31,9 @@ struct Channel {
   std::uint32_t greatest;
 
   explicit Channel(std::uint32_t mask)
-      : shift(std::countr_zero(mask)), greatest(mask == 0 ? 0 : mask >> shift) {}
+      : shift(mask == 0 ? 0 : std::countr_zero(mask)), greatest(mask >> shift) {}
   [[nodiscard]] std::uint8_t of(std::uint32_t pixel) const {
-    return greatest == 0 ? 0
-                         : static_cast<std::uint8_t>((pixel >> shift & greatest) * 255 / greatest);
+    return static_cast<std::uint8_t>((pixel >> shift & greatest) * 255 / std::max(greatest, 1U));
   }
 };
 
