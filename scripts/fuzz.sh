@@ -23,6 +23,9 @@ fi
 require_packages build fuzz
 build_preset fuzz
 
+# No longer inputs than the fuzzer looks at.
+declare -A longest=([random-script]=65)
+
 findings=build/fuzz/findings
 mkdir -p "$findings"
 status=0
@@ -30,7 +33,7 @@ for name in "${names[@]}"; do
   corpus="build/fuzz/corpus/$name"
   log="build/fuzz/$name.log"
   dictionary="Fuzz/dictionaries/$name.dict"
-  options=(-max_total_time="$seconds" -max_len=2048 -timeout=20 -print_final_stats=1
+  options=(-max_total_time="$seconds" -max_len="${longest[$name]:-2048}" -timeout=20 -print_final_stats=1
     -artifact_prefix="$findings/$name-")
   if [[ -f "$dictionary" ]]; then
     options+=(-dict="$dictionary")

@@ -170,6 +170,12 @@ std::string leftAlive(const Stage& stage) {
   return "";
 }
 
+std::string toldAfterEnd(const Stage& stage) {
+  const auto controller = stage.lastController();
+  const auto delegates = controller == nullptr ? nullptr : controller->delegates();
+  return delegates == nullptr || delegates->count() == 0 ? "" : "it has delegates";
+}
+
 constexpr Invariant kInvariants[] = {
     {"the event is recorded at most once", When::Moment, &recordedTwice},
     {"no event is recorded where every request asks for skip mode", When::Moment,
@@ -185,6 +191,7 @@ constexpr Invariant kInvariants[] = {
     {"there is at most one timer", When::Moment, &severalTimers},
     {"without a cover every window has the style that its host gave it", When::State, &styleKept},
     {"after its end nothing is left alive but covers that are up", When::End, &leftAlive},
+    {"a deactivated cover tells nobody", When::End, &toldAfterEnd},
 };
 
 }  // namespace

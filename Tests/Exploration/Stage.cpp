@@ -78,6 +78,7 @@ void Stage::perform(std::uint8_t action) {
 }
 
 void Stage::end() {
+  lastController_ = controllerOf(manager()->content());
   play({.at = at_, .name = "deactivate", .action = host::step::Deactivate{}});
   at_ += kTimeToRest;
   play({.at = at_, .name = "inspect", .action = host::step::Inspect{}});

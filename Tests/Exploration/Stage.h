@@ -99,11 +99,11 @@ class Stage final : private host::PlayListener {
   [[nodiscard]] NSWindowStyleMask givenStyle(const NSWindow& window) const;
   /// The main content's controllers that are alive, the oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
-  [[nodiscard]] const Weak<LaunchScreenContent>& mainContent() const { return mainContent_; }
-  /// Those that were made, alive or not.
-  [[nodiscard]] const std::vector<Weak<LaunchScreenContent>>& temporaryContents() const {
-    return temporaryContents_;
+  /// After the end: the controller that the deactivation found, if it is still alive.
+  [[nodiscard]] Strong<LaunchScreenViewController> lastController() const {
+    return lastController_.lock();
   }
+  [[nodiscard]] const Weak<LaunchScreenContent>& mainContent() const { return mainContent_; }
 
  private:
   void happened(const host::TraceLine& line) override;
@@ -129,6 +129,7 @@ class Stage final : private host::PlayListener {
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   std::vector<Weak<LaunchScreenViewController>> controllers_;
+  Weak<LaunchScreenViewController> lastController_;
   Sample before_;
   Sample now_;
   const host::TraceEvent* event_ = nullptr;
