@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 
 #include "Host/Play/ScenarioReader.h"
 #include "Tests/Exploration/Explorer.h"
@@ -25,13 +26,25 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-std::string keyAfter(const std::vector<std::string_view>& names) {
-  const Theatre theatre(bare());
+std::string keyAfter(const Theatre& theatre, const Script& script) {
   Stage stage(theatre, {});
-  for (const std::uint8_t action : scriptOf(names)) {
+  for (const std::uint8_t action : script) {
     stage.perform(action);
   }
   return stateKey(stage);
+}
+
+std::string keyAfter(const std::vector<std::string_view>& names) {
+  return keyAfter(Theatre(bare()), scriptOf(names));
+}
+
+// The script with one more action; every action in turn.
+std::vector<Script> continuationsOf(const Script& script) {
+  std::vector<Script> continuations(actions().size(), script);
+  for (std::size_t action = 0; action < actions().size(); ++action) {
+    continuations[action].push_back(static_cast<std::uint8_t>(action));
+  }
+  return continuations;
 }
 
 // What is false
@@ -132,6 +145,31 @@ TEST(StateKeyTest, DiffersWhereWhatComesNextDoes) {
   EXPECT_NE(keyAfter({"request", "content view"}),
             keyAfter({"request", "content view", "dismiss by the controller"}));
 }
+
+class SettingTest : public testing::TestWithParam<std::size_t> {};
+
+// Of what the key leaves out, nothing matters.
+TEST_P(SettingTest, StatesWithTheSameKeyGoOnAlike) {
+  const Theatre theatre(settings()[GetParam()]);
+  std::map<std::string, Script> firstWith;
+  std::vector<Script> scripts{{}};
+  for (std::size_t place = 0; place < scripts.size(); ++place) {
+    const Script script = scripts[place];
+    const auto [known, isNew] = firstWith.emplace(keyAfter(theatre, script), script);
+    const std::vector<Script> continuations = continuationsOf(script);
+    if (script.size() < 2) {
+      scripts.insert(scripts.end(), continuations.begin(), continuations.end());
+    }
+    for (std::size_t action = 0; !isNew && action < actions().size(); ++action) {
+      EXPECT_EQ(keyAfter(theatre, continuations[action]),
+                keyAfter(theatre, continuationsOf(known->second)[action]))
+          << scenarioText(theatre.setting, continuations[action]);
+    }
+  }
+  EXPECT_LT(firstWith.size(), scripts.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
 
 // Where a window does not get its style back
 
