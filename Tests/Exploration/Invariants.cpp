@@ -37,6 +37,7 @@ std::string recordedInSkipMode(const Stage& stage) {
   return wrong ? "it is recorded" : "";
 }
 
+// Once sent it is recorded half a second later, whatever happens meanwhile.
 std::string sentWhileAway(const Stage& stage) {
   const bool rose = stage.now().sent && !stage.before().sent;
   return rose && stage.history().away ? "it is sent" : "";
