@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
   wanted.events_file = argc > 1 ? argv[1] : default_file;
   wanted.seconds = argc > 2 ? atof(argv[2]) : 3;
   wanted.frames_before = argc > 3 ? atoi(argv[3]) : 0;
-  /* The launch screen knows the windows that it belongs to by their class. */
+  /* The launch screen knows the player's window by its class. */
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());

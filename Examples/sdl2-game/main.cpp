@@ -162,7 +162,7 @@ int main(int argc, char** argv) {
     wanted.framesBefore = std::atoi(argv[3]);
   }
 
-  // The launch screen knows the windows that it belongs to by their class.
+  // The launch screen knows the player's window by its class.
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());

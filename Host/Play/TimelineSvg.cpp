@@ -84,10 +84,10 @@ std::vector<AxisTick> axisTicks(double end, int most) {
   const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 0.001)));
   std::vector<AxisTick> ticks;
   for (int index = 0; index <= most && index * step <= end * 1.0001; ++index) {
-    char text[40];
     const double value = index * step;
-    std::snprintf(text, sizeof text, value < 1e7 ? "%.*f s" : "%.*g s", value < 1e7 ? decimals : 3,
-                  value);
+    const bool isPlain = step >= 1e-6 && value < 1e7;
+    char text[40];
+    std::snprintf(text, sizeof text, isPlain ? "%.*f s" : "%.*g s", isPlain ? decimals : 3, value);
     ticks.push_back({.value = value, .text = text});
   }
   return ticks;

@@ -108,13 +108,15 @@ class Timeline(unittest.TestCase):
     def test_text_of_odd_scenarios_is_readable(self):
         name = "a window <&\"'> \x01\uffff é 🎮 " + 40 * "W"
         moment = [{"do": "makeKey", "window": name}] * 50
-        request = {"do": "request", "parameters": {"event": name, "max_duration_time": 1e300}}
         present = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
-        for until in (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000):
-            with self.subTest(until=until):
+        moments = (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000)
+        for until, seconds in itertools.product(moments, (1e-40, 0.1, 7, 3e38)):
+            with self.subTest(until=until, seconds=seconds):
+                parameters = {"event": name, "max_duration_time": seconds}
                 end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
                 # An hour of countdown would take its time.
-                steps = [request, *(present if until < 1000 else ()), *moment, *end]
+                steps = [*(present if until < 1000 else ()), *moment, *end]
+                steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
                 self.assert_readable(self.draw({"host": host, "steps": steps, "until": until}))
 
