@@ -45,9 +45,10 @@ std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, bool
   std::uint8_t* next = components.data();
   const std::uint8_t* const end = image.data() + image.size();
   for (const std::uint8_t* byte = image.data(); byte != end; byte += kBytesForPixel) {
-    const std::uint32_t pixel =
-        highestByteFirst ? std::uint32_t{byte[0]} << 24 | byte[1] << 16U | byte[2] << 8U | byte[3]
-                         : std::uint32_t{byte[3]} << 24 | byte[2] << 16U | byte[1] << 8U | byte[0];
+    std::uint32_t pixel = 0;
+    for (unsigned i = 0; i < kBytesForPixel; ++i) {
+      pixel = pixel << 8U | byte[highestByteFirst ? i : kBytesForPixel - 1 - i];
+    }
     *next++ = channels[0].of(pixel);
     *next++ = channels[1].of(pixel);
     *next++ = channels[2].of(pixel);
