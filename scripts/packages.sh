@@ -5,7 +5,7 @@
 # shellcheck disable=SC2034  # read by name, in require_packages
 packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libpng-dev)
 # shellcheck disable=SC2034
-packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git python3
+packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
   pkg-config dpkg-dev file fonts-dejavu-core
   libglib2.0-dev libsdl2-dev doxygen)
 # The X11 back end, and what its tests run it on and against.

@@ -8,6 +8,7 @@
 #include "LaunchScreen/Helpers/LaunchScreenConstants.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSView.h"
+#include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Platform/Foundation/ReleasePool.h"
@@ -118,6 +119,12 @@ void Session::silence() {
 }
 
 VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& error) {
+  // Over a window without a content controller the manager would not notice the cover that is up,
+  // and leave it without a countdown.
+  if (isUp()) {
+    error = "a launch screen is shown";
+    return VEL_STILL_UP;
+  }
   const Strong<ContentData> data =
       manager_->contentDataForContentRequest(make<Request>(parameters));
   if (data == nullptr) {
@@ -136,6 +143,10 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "no request has been loaded";
     return VEL_NOTHING_TO_PRESENT;
   }
+  if (controller() == presented_.lock()) {
+    error = "the request has been presented";
+    return VEL_NOTHING_TO_PRESENT;
+  }
   if (presentation != VEL_PRESENT_MODAL && !window_->isVisible()) {
     error = "the window has been closed";
     return VEL_NOTHING_TO_PRESENT;
@@ -144,12 +155,26 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "a sheet needs a window with a content controller";
     return VEL_NOTHING_TO_PRESENT;
   }
+  presented_ = controller();
   const Strong<ContentView> view = manager_->contentViewForContentData(manager_->content());
   // These are the content framework's own modes.
   send(as<CVPresentationFullScreen>(view->presentation()),
        &CVPresentationFullScreen::presentForWindowWithPresentationMode, window_,
        static_cast<std::int32_t>(presentation));
   return VEL_OK;
+}
+
+void Session::dismiss() {
+  if (isOwnedByThisThread()) {
+    manager_->dismissLaunchScreen();
+    return;
+  }
+  // Work that waits is dropped with the session.
+  dispatch_async(dispatch_get_main_queue(), [this] {
+    if (isUp()) {
+      manager_->dismissLaunchScreen();
+    }
+  });
 }
 
 void Session::run(double seconds) const {

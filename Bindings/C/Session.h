@@ -28,8 +28,8 @@ class Session {
 
   VelStatus request(const Strong<NSDictionary>& parameters, std::string& error);
   VelStatus present(VelPresentation presentation, std::string& error);
-  /// Any thread.
-  void dismiss() { manager_->dismissLaunchScreen(); }
+  /// Any thread; from another one than the owner's it comes with the next pass, if one is up then.
+  void dismiss();
   /// Runs the loop for a time, or until the session has been ended meanwhile.
   void run(double seconds) const;
 
@@ -60,6 +60,7 @@ class Session {
   Strong<NSWindow> window_;
   Strong<LaunchScreenManager> manager_;
   Strong<CallbackDelegate> delegate_;
+  Weak<NSViewController> presented_;
   std::atomic<bool> silent_ = false;
 };
 

@@ -206,6 +206,8 @@ const char* vel_status_text(VelStatus status) {
       return "nothing to present";
     case VEL_NOT_UP:
       return "no launch screen is up";
+    case VEL_STILL_UP:
+      return "a launch screen is up";
     case VEL_INTERNAL_ERROR:
       return "internal error";
   }

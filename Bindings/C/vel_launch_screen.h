@@ -63,7 +63,8 @@ typedef VEL_ENUM(VelStatus){
     VEL_REFUSED = 7,            /* the library has no launch screen for this request */
     VEL_NOTHING_TO_PRESENT = 8, /* no request has been loaded, or nowhere to show it this way */
     VEL_NOT_UP = 9,             /* no launch screen is shown */
-    VEL_INTERNAL_ERROR = 10     /* out of memory or of descriptors, or a fault of the library */
+    VEL_STILL_UP = 10,          /* one is shown, and has to go first */
+    VEL_INTERNAL_ERROR = 11     /* out of memory or of descriptors, or a fault of the library */
 } VelStatus;
 
 /* How the launch screen is shown. */
@@ -180,8 +181,8 @@ VEL_C_EXPORT VelStatus vel_destroy(VelLaunchScreen** screen);
 /* Requests a launch screen. VEL_INVALID_ARGUMENT where the mode is unknown or the time is not a
  * number; VEL_REFUSED where the event is missing or empty or the time is 0 or less, and then
  * vel_last_error has the library's own words. What is read before a refusal stays: the mode, and
- * the event where it is there. While a launch screen is up, the request is read but leaves it
- * alone. The owning thread. */
+ * the event where it is there. VEL_STILL_UP while a launch screen is shown; nothing is read then.
+ * The owning thread. */
 VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request);
 /* The same from the JSON object that a content service sends, with "mode", "event" and
  * "max_duration_time" (a number or a text); a mode that nobody knows counts as "forced" there.
@@ -189,14 +190,14 @@ VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* re
 VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t length);
 
 /* Shows what has been requested, once for each request. VEL_NOTHING_TO_PRESENT where nothing is
- * loaded, where the window has been closed, or where a sheet has no content controller to hang on.
- * The owning thread. */
+ * loaded or what is has been presented, where the window has been closed, or where a sheet has no
+ * content controller to hang on. The owning thread. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);
 
 /* Asks for the dismissal, as a host does in skip mode. In any other mode it is refused as long as
  * time is left, and the event is recorded early. Whether the cover goes is told by did_disappear.
  * VEL_NOT_UP where none is shown. Any thread; from another one the dismissal comes with the owner's
- * next vel_pump, and the answer is VEL_OK also where none is shown. */
+ * next vel_pump, and the answer is VEL_OK also where none is shown; nothing happens then. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
 
 /* Does what there is to do now, without waiting: once a frame. *did_something (may be null) tells

@@ -39,6 +39,7 @@ static void record_event(void* user_data, const char* event) {
   FILE* events = fopen(file, "a");
   if (events == NULL || fprintf(events, "%s\n", event) < 0 || fclose(events) != 0) {
     perror(file);
+    return;
   }
   tell("event");
 }

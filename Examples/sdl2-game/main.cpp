@@ -59,6 +59,7 @@ void recordEvent(void* userData, const char* event) {
   std::FILE* const events = std::fopen(file, "a");
   if (events == nullptr || std::fprintf(events, "%s\n", event) < 0 || std::fclose(events) != 0) {
     std::perror(file);
+    return;
   }
   tell("event");
 }

@@ -37,7 +37,8 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
           }
         });
   }
-  send(manager_->content(), &LaunchScreenContent::setDelegate, viewDelegate_);
+  // Also on content that the manager has dropped: a cover may still be told by it.
+  send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
 Strong<LaunchScreenContent> Player::content(ContentName name) const {

@@ -50,7 +50,12 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     if (error.id == kNumberOutOfRange) {
       throw ScenarioError(place(), "a number within the range of a double");
     }
-    const std::string_view read = text_.substr(0, std::max<std::size_t>(position, 1) - 1);
+    throwMalformed(std::max<std::size_t>(position, 1) - 1);
+  }
+
+  /// Malformed behind so many bytes.
+  [[noreturn]] void throwMalformed(std::size_t length) const {
+    const std::string_view read = text_.substr(0, length);
     const auto line = 1 + std::ranges::count(read, '\n');
     const std::size_t column = read.size() - (read.rfind('\n') + 1) + 1;
     throw ScenarioError(place(), "well-formed JSON in UTF-8 at line " + std::to_string(line) +
@@ -128,6 +133,10 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 nlohmann::json parseStrictJson(std::string_view text) {
   DocumentBuilder builder(text);
   Json::sax_parse(text.begin(), text.end(), &builder);
+  // The parser takes a zero byte for the end, wherever one may come.
+  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    builder.throwMalformed(zero);
+  }
   return builder.takeDocument();
 }
 

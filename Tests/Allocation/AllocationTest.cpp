@@ -15,16 +15,19 @@ std::size_t allocations = 0;
 
 }  // namespace
 
-// Every other form of `new` ends in this one. NOLINTBEGIN(misc-new-delete-overloads)
-void* operator new(std::size_t size) {
+// Every other form of `new` ends in this one. Not to be seen through by the compiler, which would
+// take the two for strangers. NOLINTBEGIN(misc-new-delete-overloads)
+[[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
     return memory;
   }
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
 // NOLINTEND(misc-new-delete-overloads)
 
 namespace vel::test {

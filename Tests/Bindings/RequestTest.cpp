@@ -100,16 +100,19 @@ TEST_F(CRequestTest, AStructureOfNoKnownSizeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WhileOneIsUpAnotherLeavesItAlone) {
-  VelCreateOptions options = virtualOptions(&callbacks);
-  options.content_controller = 1;
-  createAgain(options);
-  present(VEL_PRESENT_EMBEDDED, 5);
-  host.heard.clear();
-  EXPECT_EQ(request("another_end", 9), VEL_OK);
-  EXPECT_EQ(secondsLeft(), 5);
-  EXPECT_TRUE(host.heard.empty());
-  EXPECT_EQ(event(), "another_end");
+TEST_F(CRequestTest, WhileOneIsUpAnotherIsNotEvenRead) {
+  for (const int contentController : {0, 1}) {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = contentController;
+    createAgain(options);
+    present(VEL_PRESENT_EMBEDDED, 5);
+    host.heard.clear();
+    EXPECT_EQ(request("another_end", 9), VEL_STILL_UP);
+    EXPECT_EQ(request("", 9), VEL_STILL_UP);
+    EXPECT_EQ(secondsLeft(), 5);
+    EXPECT_TRUE(host.heard.empty());
+    EXPECT_EQ(event(), "launch_end");
+  }
 }
 
 TEST_F(CRequestTest, JsonIsReadAsTheServiceSendsIt) {

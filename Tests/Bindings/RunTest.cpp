@@ -1,4 +1,6 @@
 // A launch screen from C, from request to event: what is called back, and what the host can ask.
+#include <thread>
+
 #include "Platform/AppKit/NSApplication.h"
 #include "Tests/Bindings/CScreen.h"
 
@@ -68,6 +70,16 @@ TEST_F(CRunTest, NothingIsPresentedWithoutARequest) {
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
 
+TEST_F(CRunTest, ARequestIsPresentedOnce) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_NOTHING_TO_PRESENT);
+  vel_run(screen, 10);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
+  int up = 1;
+  EXPECT_EQ(vel_is_up(screen, &up), VEL_OK);
+  EXPECT_EQ(up, 0);
+}
+
 TEST_F(CRunTest, AnUnknownPresentationIsRefused) {
   const VelRequest request = makeRequest("launch_end", 1);
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
@@ -135,6 +147,18 @@ TEST_F(CRunTest, ADismissalOfNothingIsNoDismissal) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().userMovesFocusAway();
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);  // the countdown knows nothing of the attempt
+}
+
+TEST_F(CRunTest, ADismissalOfNothingFromAnotherThreadIsNoneEither) {
+  const VelRequest request = makeRequest("launch_end", 2);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  VelStatus status = VEL_INTERNAL_ERROR;
+  std::thread([&] { status = vel_dismiss(screen); }).join();
+  EXPECT_EQ(status, VEL_OK);
+  host.heard.clear();
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_TRUE(host.heard.empty());
+  EXPECT_EQ(secondsLeft(), 2);
 }
 
 TEST_F(CRunTest, TheHostMayKeepTheCover) {

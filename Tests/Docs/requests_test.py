@@ -126,7 +126,7 @@ WINDOW_ROWS = {
     "the host asks for dismissal while time is left": ([{"at": 1, **DISMISS}], {}, (5.1, 3.5)),
     "the same, and the window resigns key within these 2 s": (
         [{"at": 1, **DISMISS}, at(1.5, "resignKey")], {}, (5.1, 3.5)),
-    "the same while the user is away": (
+    "the same while the user is away, for more than 2 s": (
         [at(1, "resignKey"), {"at": 1.5, **DISMISS}, key(6, "player")], {}, (10.1, 7.5)),
     "skip mode: the host asks for dismissal": ([{"at": 1, **DISMISS}], {}, (1, NO_EVENT)),
     "skip mode: the same while the user is away": (

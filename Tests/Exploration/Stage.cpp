@@ -186,6 +186,28 @@ void Stage::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.ev
 
 void Stage::note(const host::trace::CoverStep& /*step*/) { ++history_.coverSteps; }
 
+// Whether the user sees the cover while the window is key, worked out without the manager's help.
+bool Stage::showsCover(const Strong<NSWindow>& window) {
+  const Strong<NSViewController> cover = controllerOf(manager()->content());
+  const Strong<NSWindow> shownIn = send(send(cover, &NSViewController::view), &NSView::window);
+  if (window == nullptr || cover == nullptr) {
+    return false;
+  }
+  const auto isPlayer = [](const Strong<NSWindow>& one) {
+    return one != nullptr && one->className() == "PlayerWindow";
+  };
+  if (shownIn != nullptr && shownIn->isModalPanel() &&
+      (isPlayer(window) || isPlayer(window->parentWindow()))) {
+    return true;
+  }
+  const auto children =
+      send(window->contentViewController(), &NSViewController::childViewControllers);
+  return window == shownIn ||
+         std::ranges::any_of(children, [&](const Strong<NSViewController>& child) {
+           return child->className() == cover->className();
+         });
+}
+
 // The manager is about to be told; from this alone follows whether a required window is away.
 void Stage::note(const host::trace::KeyChanged& changed) {
   if (changed.change == KeyChange::Becomes) {
@@ -198,12 +220,12 @@ void Stage::note(const host::trace::KeyChanged& changed) {
   const Strong<NSWindow> window = names_.window(changed.window);
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   if (changed.change == KeyChange::Becomes) {
-    history_.away = history_.away && !manager()->isRequiredWindow(window);
+    history_.away = history_.away && !showsCover(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {
     history_.away =
         history_.away && send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
-  } else if (!now_.expired && manager()->isRequiredWindow(window)) {
+  } else if (!now_.expired && showsCover(window)) {
     history_.away = true;
   }
 }

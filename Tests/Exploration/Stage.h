@@ -119,6 +119,7 @@ class Stage final : private host::PlayListener {
   void note(const host::trace::CoverStep& step);
   template <class Other>
   void note(const Other& /*other*/) {}
+  bool showsCover(const Strong<NSWindow>& window);
   void collect();
 
   const Theatre& theatre_;

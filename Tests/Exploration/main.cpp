@@ -20,7 +20,7 @@ bool exploreAll(std::size_t depth) {
       std::cout << scenarioText(setting, found.finding->script);
       return false;
     }
-    std::cout << "player window " << setting.name << ": " << found.states << " states, "
+    std::cerr << "player window " << setting.name << ": " << found.states << " states, "
               << found.sequences << " sequences, depth " << found.depth << std::endl;
   }
   return true;

@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""`launchscreen play` as a program: where it reads from, and what it says of what is no scenario."""
+
+import tempfile
+import unittest
+from pathlib import Path
+
+from program import ROOT, run
+
+EXAMPLE = ROOT / "Examples" / "scenarios" / "switch-away-and-back.json"
+SMALL = '{"steps": [{"do": "activate"}], "until": 1}'
+
+
+class Plays(unittest.TestCase):
+    def test_standard_input_plays_as_the_file_does(self):
+        from_file = run("play", str(EXAMPLE))
+        with EXAMPLE.open() as text:
+            from_input = run("play", "-", stdin=text)
+        self.assertEqual(from_file.returncode, 0)
+        self.assertEqual(from_file.stderr, "")
+        self.assertEqual(from_input.stdout, from_file.stdout)
+        self.assertEqual(from_input.returncode, 0)
+
+    def test_every_play_gives_the_same_bytes(self):
+        self.assertEqual(run("play", str(EXAMPLE)).stdout, run("play", str(EXAMPLE)).stdout)
+
+
+class Refusals(unittest.TestCase):
+    def refused(self, content):
+        """What a file of that content is refused with: one line, and nothing else."""
+        with tempfile.TemporaryDirectory() as folder:
+            file = Path(folder) / "script.json"
+            file.write_bytes(content if isinstance(content, bytes) else content.encode())
+            result = run("play", str(file))
+            self.assertEqual(result.returncode, 2, result.stdout)
+            self.assertEqual(result.stdout, "")
+            self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
+            beginning = f"launchscreen: {file}: "
+            self.assertTrue(result.stderr.startswith(beginning), result.stderr)
+            return result.stderr[len(beginning):]
+
+    def test_what_is_not_json_is_told_with_its_line(self):
+        for content in (b"", b"{", b"[" * 100_000, b'{"steps":' * 100_000, b'{"steps": [}',
+                        b'{"until": "\xff\xfe"}', b'{"until": 1}\0{"', b"\0", SMALL.encode() * 2):
+            with self.subTest(content[:20]):
+                self.refused(content)
+
+    def test_what_breaks_a_rule_is_told_with_its_place(self):
+        step = '{{"steps": [{{"do": "activate"}}, {}]}}'
+        for content, place in (
+            (step.format('{"do": "vanish"}'), "/steps/1/do"),
+            (step.format('{"do": "makeKey"}'), "/steps/1/window"),
+            (step.format('{"do": "makeKey", "window": "nobody"}'), "/steps/1/window"),
+            (step.format('{"do": "activate", "at": -1}'), "/steps/1/at"),
+            (step.format('{"do": "activate", "at": 1000001}'), "/steps/1/at"),
+            (step.format('{"do": "activate", "colour": "red"}'), "/steps/1/colour"),
+            (step.format('{"do": "activate", "broker": 1}'), "/steps/1/broker"),
+            ('{"steps": [{"do": "activate", "at": 2}, {"do": "activate", "at": 1}]}',
+             "/steps/1/at"),
+            ('{"host": {"windows": [{"name": "a"}, {"name": "a"}]}}', "/host/windows/1/name"),
+            ('{"host": {"windows": [{"className": "A"}]}}', "/host/windows/0/name"),
+            ('{"host": {"windows": [{"name": "a", "parent": "b"}, {"name": "b"}]}}',
+             "/host/windows/0/parent"),
+            ('{"until": "soon"}', "/until"),
+            ('{"end": 1}', "/end"),
+        ):
+            with self.subTest(content):
+                self.assertEqual(self.refused(content).split(": ")[0], place)
+
+    def test_a_file_that_is_not_there_is_told(self):
+        for name in ("/nowhere/at/all.json", str(ROOT)):
+            result = run("play", name)
+            self.assertEqual(result.returncode, 2)
+            self.assertEqual(result.stdout, "")
+            self.assertEqual(result.stderr.count("\n"), 1)
+            self.assertIn(name, result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
