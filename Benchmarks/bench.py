@@ -78,7 +78,7 @@ class Server:
         if seen["status"] != 0 or "called" not in seen:
             say(f"{program}: status {seen['status']}: {run.stderr.strip()}")
             return None
-        for stamp in ("called", "returned", "down"):
+        for stamp in ("called", "returned", "down", "kibibytes"):
             seen[stamp] = seen[stamp][0]
         return seen
 

@@ -173,7 +173,7 @@ int main(int argc, char** argv) {
   std::printf(R"({"started": %lld, "white": %lld, "gone": %lld, "status": %d, )",
               static_cast<long long>(started), static_cast<long long>(white),
               static_cast<long long>(gone), WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-  std::printf(R"("kibibytes": %ld, "microseconds": %lld, "switches": %ld)", used.ru_maxrss,
+  std::printf(R"("microseconds": %lld, "switches": %ld)",
               static_cast<long long>(microseconds(used.ru_utime) + microseconds(used.ru_stime)),
               used.ru_nvcsw);
   std::istringstream lines(printed);

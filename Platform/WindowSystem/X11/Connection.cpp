@@ -201,7 +201,12 @@ void Connection::noteError(FromServer<xcb_generic_error_t> error, const char* re
   failures_.push_back({error->error_code, request, window});
 }
 
+void Connection::windowFound(xcb_window_t window) { std::erase(ended_, window); }
+
 void Connection::windowEnded(xcb_window_t window) {
+  if (window == XCB_WINDOW_NONE) {
+    return;  // errors without a window are nobody's, and told
+  }
   if (ended_.size() == kEndedWindowsRemembered) {
     ended_.pop_front();
   }

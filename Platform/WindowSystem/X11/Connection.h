@@ -112,6 +112,13 @@ class Connection {
   }
   /// Says that `window` no longer exists: what has failed or will fail because of it is no error.
   void windowEnded(xcb_window_t window);
+  /// Says that it does exist: its id may have been that of one that ended.
+  void windowFound(xcb_window_t window);
+  /// Whether the window was made over this connection.
+  [[nodiscard]] bool hasMade(xcb_window_t window) const {
+    const xcb_setup_t& setup = *xcb_get_setup(connection_);
+    return (window & ~setup.resource_id_mask) == setup.resource_id_base;
+  }
   /// Writes the errors noted to the log, less those explained by a window's end. To be called when
   /// no events are left.
   void reportErrors();

@@ -53,6 +53,10 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     error = name + ": it takes part already";
     return std::nullopt;
   }
+  if (connection_->hasMade(id)) {
+    error = name + ": it is one of this program's own";
+    return std::nullopt;
+  }
 
   // Followed first and looked at then: nothing that happens meanwhile is missed.
   Window window;
@@ -75,6 +79,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     return std::nullopt;
   }
 
+  connection_->windowFound(id);
   window.frame = looks.frame();
   const bool iconic =
       x11::WindowManager::isIconic(connection_->property(id, connection_->atom(Atom::WmState)));

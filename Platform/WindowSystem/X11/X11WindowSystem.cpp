@@ -205,6 +205,9 @@ void X11WindowSystem::orderOut(WindowHandle window) {
   }
   const BrokenPipeGuard guard;
   hidden->wantsFocus = false;
+  if (drag_.window == hidden->id) {
+    drag_ = {};
+  }
   if (hidden->isOwn() && hidden->ordered) {
     hidden->ordered = false;
     hidden->miniaturized = false;
@@ -247,6 +250,9 @@ void X11WindowSystem::requestFocus(WindowHandle window) {
   const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
   const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->time();
   if (!windowManager_.askToActivate(wanted->id, time)) {
+    for (auto& [handle, other] : windows_) {
+      other.wantsFocus = false;  // the latest wish is the one that counts
+    }
     wanted->wantsFocus = true;
     settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
   }

@@ -76,6 +76,18 @@ TEST_F(X11AdoptedWindows, AreRefusedWhereNothingCanBeShown) {
   EXPECT_THAT(refusal(pixmap), HasSubstr("there is no such window"));
 }
 
+TEST_F(X11AdoptedWindows, AreRefusedWhereTheyAreTheBackEndsOwn) {
+  WindowDescription description;
+  description.frame = CGRectMake(0, 0, 100, 100);
+  const WindowHandle own = open(description);
+  std::string error;
+  for (xcb_window_t id = idOf(own) - 1; id + 20 > idOf(own); --id) {
+    EXPECT_FALSE(system().adoptWindow(id, error));
+  }
+  system().requestFocus(own);  // reads the server's time, through a window of that kind
+  deliver();
+}
+
 TEST_F(X11AdoptedWindows, AreAdoptedOnce) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   adopt(game);

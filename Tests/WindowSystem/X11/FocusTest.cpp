@@ -164,5 +164,19 @@ TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
   EXPECT_EQ(user.focused(), other);
 }
 
+TEST_F(X11Focus, GoesToTheWindowThatWasAskedForLast) {
+  adoptFocused();
+  const WindowHandle second = adopt(other).handle;
+  user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
+  user.unmap(game);
+  deliver();
+  system().requestFocus(handle);
+  system().requestFocus(second);
+  deliver();
+  user.map(game);
+  deliver();
+  EXPECT_EQ(user.focused(), other);
+}
+
 }  // namespace
 }  // namespace vel::test
