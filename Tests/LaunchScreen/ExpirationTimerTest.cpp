@@ -52,6 +52,7 @@ TEST_F(ExpirationTimerTest, StartingOnAThreadWithoutARunLoopMakesATimerThatNever
   runTicks(20);
   EXPECT_EQ(timeLeft(), 1.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
+  manager->pauseTimer();  // no loop ends it, and it would keep the manager alive
 }
 
 TEST_F(ExpirationTimerTest, TheLeastTimeLeftStartsIt) {
