@@ -40,6 +40,7 @@ Strong<NSApplication>& NSApp = *new Strong<NSApplication>();
 
 Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowSystem) {
   stop();
+  dispatch_get_main_queue();  // made here, before another thread can be the first to ask for it
   NSApp = make<NSApplication>(std::move(windowSystem));
   return NSApp;
 }
