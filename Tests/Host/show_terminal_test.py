@@ -19,6 +19,10 @@ class Terminal:
     def __init__(self, *arguments, columns=80):
         self.master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        # Ctrl-C drops what has been written and not yet read, also what a quick program answers to it.
+        attributes = termios.tcgetattr(slave)
+        attributes[3] |= termios.NOFLSH
+        termios.tcsetattr(slave, termios.TCSANOW, attributes)
         self.process = start(
             "show", "--display", "headless", *arguments,
             stdin=slave, stdout=slave, stderr=subprocess.DEVNULL, start_new_session=True,
