@@ -90,7 +90,7 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
 };
 
 TEST_P(GameExample, GoesOnUnderItsLaunchScreen) {
-  HostProcess game({exampleFile(GetParam()), events_, "3", "60"}, server.display());
+  HostProcess game({exampleFile(GetParam()), events_, "3", "120"}, server.display());
   xcb_window_t window = 0;
   ASSERT_TRUE(waitFor([&] {
     window = user.find("PlayerWindow");

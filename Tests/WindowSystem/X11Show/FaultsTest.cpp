@@ -56,7 +56,7 @@ TEST_F(X11ShowFaults, AWindowThatEndsUnderItsCoverEndsTheLaunchScreen) {
 }
 
 TEST_F(X11ShowFaults, AnUnmappedWindowStopsTheCountdownUntilItIsBack) {
-  cover(Manager::Metacity, {"--duration", "2"});
+  cover(Manager::Metacity, {"--duration", "5"});
   ASSERT_TRUE(isInFront());
   user.iconify(game);
   EXPECT_TRUE(show->prints("paused: not in front")) << show->output();
