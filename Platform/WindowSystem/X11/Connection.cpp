@@ -1,5 +1,7 @@
 #include "Platform/WindowSystem/X11/Connection.h"
 
+#include <xcb/randr.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstring>
@@ -115,6 +117,7 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
+  xcb_prefetch_extension_data(connection_, &xcb_randr_id);  // answered along with the names
   internAtoms();
   timeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;

@@ -43,7 +43,7 @@ unsigned spokeAt(Nanoseconds now) {
 
 }  // namespace
 
-Cover::Cover(Connection& connection, const Display& display, Render& render, xcb_window_t window,
+Cover::Cover(Connection& connection, Display& display, Render& render, xcb_window_t window,
              xcb_visualid_t visual, std::uint8_t depth)
     : connection_(connection),
       display_(display),

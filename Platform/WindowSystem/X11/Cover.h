@@ -19,7 +19,7 @@ namespace vel::x11 {
 /// uncovers nothing.
 class Cover {
  public:
-  Cover(Connection& connection, const Display& display, Render& render, xcb_window_t window,
+  Cover(Connection& connection, Display& display, Render& render, xcb_window_t window,
         xcb_visualid_t visual, std::uint8_t depth);
   Cover(const Cover&) = delete;
   Cover& operator=(const Cover&) = delete;
@@ -61,7 +61,7 @@ class Cover {
   void place(xcb_window_t window, std::uint16_t mask, const std::vector<std::uint32_t>& values);
 
   Connection& connection_;
-  const Display& display_;
+  Display& display_;
   Render& render_;
   xcb_window_t window_;
   xcb_visualid_t visual_;

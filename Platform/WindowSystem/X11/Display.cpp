@@ -1,9 +1,8 @@
 #include "Platform/WindowSystem/X11/Display.h"
 
-#include <xcb/randr.h>
-
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace vel::x11 {
 
@@ -35,38 +34,49 @@ double scaleFromResources(std::string_view resources) {
   return 1;
 }
 
-Display::Display(Connection& connection) : connection_(connection) {
-  if (const auto resources = connection_.property(connection_.root(), XCB_ATOM_RESOURCE_MANAGER)) {
-    scale_ = scaleFromResources(resources->text());
-  }
+Display::Display(Connection& connection)
+    : connection_(connection),
+      resourcesAsked_(connection.askForProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
+      first_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
   const xcb_query_extension_reply_t* const randr =
       xcb_get_extension_data(connection_.get(), &xcb_randr_id);
   if (randr != nullptr && randr->present != 0) {
     monitorsChanged_ = randr->first_event + XCB_RANDR_SCREEN_CHANGE_NOTIFY;
-    connection_.answer(xcb_randr_query_version_reply,
-                       xcb_randr_query_version(connection_.get(), 1, 5), "RRQueryVersion",
-                       connection_.root());
+    const auto version = xcb_randr_query_version(connection_.get(), 1, 5);
+    xcb_discard_reply(connection_.get(), version.sequence);
     connection_.sent(xcb_randr_select_input(connection_.get(), connection_.root(),
                                             XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE),
                      "RRSelectInput", connection_.root());
   }
-  readMonitors();
+  askForMonitors();
 }
 
-void Display::readMonitors() {
-  first_ = {0, 0, connection_.screen().width_in_pixels, connection_.screen().height_in_pixels};
-  if (monitorsChanged_ < 0) {
-    return;
+void Display::askForMonitors() {
+  if (monitorsChanged_ >= 0) {
+    monitorsAsked_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), 1);
   }
-  const auto monitors =
-      connection_.answer(xcb_randr_get_monitors_reply,
-                         xcb_randr_get_monitors(connection_.get(), connection_.root(), 1),
-                         "RRGetMonitors", connection_.root());
+}
+
+void Display::takeAnswers() {
+  if (const auto asked = std::exchange(resourcesAsked_, std::nullopt)) {
+    if (const auto resources = connection_.property(*asked, connection_.root())) {
+      scale_ = scaleFromResources(resources->text());
+    }
+  }
+  if (const auto asked = std::exchange(monitorsAsked_, std::nullopt)) {
+    const auto monitors = connection_.answer(xcb_randr_get_monitors_reply, *asked, "RRGetMonitors",
+                                             connection_.root());
+    readMonitors(monitors.get());
+  }
+}
+
+void Display::readMonitors(const xcb_randr_get_monitors_reply_t* monitors) {
+  first_ = {0, 0, connection_.screen().width_in_pixels, connection_.screen().height_in_pixels};
   if (monitors == nullptr) {
     return;
   }
   bool found = false;
-  for (auto next = xcb_randr_get_monitors_monitors_iterator(monitors.get()); next.rem > 0;
+  for (auto next = xcb_randr_get_monitors_monitors_iterator(monitors); next.rem > 0;
        xcb_randr_monitor_info_next(&next)) {
     if (!found || next.data->primary != 0) {
       first_ = {next.data->x, next.data->y, next.data->width, next.data->height};
@@ -86,18 +96,22 @@ bool Display::handle(const xcb_generic_event_t& event) {
   if (typeOf(event) != monitorsChanged_ && !rootTold) {
     return false;
   }
+  takeAnswers();
   const PixelRect before = first_;
-  readMonitors();
+  askForMonitors();
+  takeAnswers();
   return first_ != before;
 }
 
-CGRect Display::points(PixelRect pixels) const {
+CGRect Display::points(PixelRect pixels) {
+  takeAnswers();
   const int bottom = first_.y + first_.height;
   return CGRectMake((pixels.x - first_.x) / scale_, (bottom - pixels.y - pixels.height) / scale_,
                     pixels.width / scale_, pixels.height / scale_);
 }
 
-PixelRect Display::pixels(CGRect points) const {
+PixelRect Display::pixels(CGRect points) {
+  takeAnswers();
   const int width = rounded(points.size.width * scale_);
   const int height = rounded(points.size.height * scale_);
   const int bottom = first_.y + first_.height;
@@ -105,7 +119,8 @@ PixelRect Display::pixels(CGRect points) const {
           bottom - rounded(points.origin.y * scale_) - height, width, height};
 }
 
-PixelRect Display::contentPixels(CGRect points, int contentHeight) const {
+PixelRect Display::contentPixels(CGRect points, int contentHeight) {
+  takeAnswers();
   const int left = rounded(points.origin.x * scale_);
   const int right = rounded((points.origin.x + points.size.width) * scale_);
   const int top = contentHeight - rounded((points.origin.y + points.size.height) * scale_);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <xcb/randr.h>
+
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "Platform/Foundation/Geometry.h"
@@ -23,25 +26,29 @@ struct PixelRect {
 
 /// How points become pixels and back. A point is as many pixels as the display's scale says
 /// (Xft.dpi over 96, looked at once), everywhere and for every window; the origin of the points is
-/// the lower left corner of the primary monitor, else of the first.
+/// the lower left corner of the primary monitor, else of the first. The server is asked at once,
+/// and its answers are taken when they are first needed: nobody waits for them alone.
 class Display {
  public:
   explicit Display(Connection& connection);
 
-  [[nodiscard]] double scale() const { return scale_; }
   /// A rectangle on the screen, its pixels counted from the root window's corner.
-  [[nodiscard]] CGRect points(PixelRect pixels) const;
-  [[nodiscard]] PixelRect pixels(CGRect points) const;
+  [[nodiscard]] CGRect points(PixelRect pixels);
+  [[nodiscard]] PixelRect pixels(CGRect points);
   /// A rectangle in a window's content of the given height in pixels.
-  [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight) const;
+  [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight);
 
   /// Takes an event; answers whether points are counted from elsewhere now.
   bool handle(const xcb_generic_event_t& event);
 
  private:
-  void readMonitors();
+  void askForMonitors();
+  void takeAnswers();
+  void readMonitors(const xcb_randr_get_monitors_reply_t* monitors);
 
   Connection& connection_;
+  std::optional<xcb_get_property_cookie_t> resourcesAsked_;
+  std::optional<xcb_randr_get_monitors_cookie_t> monitorsAsked_;
   double scale_ = 1;
   PixelRect first_;
   int monitorsChanged_ = -1;  // the event's number

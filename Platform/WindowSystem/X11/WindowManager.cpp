@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace vel::x11 {
 
@@ -21,16 +22,26 @@ WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   connection_.sent(xcb_change_window_attributes(connection_.get(), connection_.root(),
                                                 XCB_CW_EVENT_MASK, &kEvents),
                    "ChangeWindowAttributes", connection_.root());
-  look();
+  ask();
+}
+
+void WindowManager::ask() {
+  const xcb_window_t root = connection_.root();
+  asked_ = {connection_.askForProperty(root, connection_.atom(Atom::NetSupportingWmCheck)),
+            connection_.askForProperty(root, connection_.atom(Atom::NetSupported))};
 }
 
 // The root window names a window that the window manager keeps, and which names itself. A name left
 // by one that is gone leads to no such window.
-void WindowManager::look() {
+void WindowManager::takeAnswers() {
+  const auto asked = std::exchange(asked_, std::nullopt);
+  if (!asked) {
+    return;
+  }
   check_ = XCB_WINDOW_NONE;
   supported_.clear();
-  const xcb_atom_t name = connection_.atom(Atom::NetSupportingWmCheck);
-  const auto named = connection_.property(connection_.root(), name);
+  const auto named = connection_.property(asked->check, connection_.root());
+  const auto supported = connection_.property(asked->supported, connection_.root());
   if (!named || named->numbers().empty()) {
     return;
   }
@@ -39,26 +50,27 @@ void WindowManager::look() {
   connection_.sent(
       xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &kEvents),
       "ChangeWindowAttributes", window);
-  const auto itself = connection_.property(window, name);
+  const auto itself = connection_.property(window, connection_.atom(Atom::NetSupportingWmCheck));
   if (!itself || itself->numbers() != named->numbers()) {
     connection_.windowEnded(window);
     return;
   }
   check_ = window;
-  if (const auto supported =
-          connection_.property(connection_.root(), connection_.atom(Atom::NetSupported))) {
+  if (supported) {
     supported_ = supported->numbers();
   }
 }
 
 bool WindowManager::handle(const xcb_generic_event_t& event) {
+  takeAnswers();
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     const auto notice = eventAs<xcb_destroy_notify_event_t>(event);
-    if (notice.window != check_ || !isPresent()) {
+    if (notice.window != check_ || check_ == XCB_WINDOW_NONE) {
       return false;
     }
     connection_.windowEnded(check_);
-    look();
+    ask();
+    takeAnswers();
     return true;
   }
   if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
@@ -71,7 +83,8 @@ bool WindowManager::handle(const xcb_generic_event_t& event) {
     return false;
   }
   const xcb_window_t before = check_;
-  look();
+  ask();
+  takeAnswers();
   return check_ != before;
 }
 
@@ -79,12 +92,15 @@ bool WindowManager::supports(Atom feature) const {
   return std::ranges::find(supported_, connection_.atom(feature)) != supported_.end();
 }
 
-bool WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
-  if (!isPresent() || !supports(Atom::NetActiveWindow)) {
-    return false;
-  }
+bool WindowManager::isPresent() {
+  takeAnswers();
+  return check_ != XCB_WINDOW_NONE;
+}
+
+bool WindowManager::activatesWindows() { return isPresent() && supports(Atom::NetActiveWindow); }
+
+void WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
   connection_.tellWindowManager(window, Atom::NetActiveWindow, {kAskedByApplication, time});
-  return true;
 }
 
 void WindowManager::askToIconify(xcb_window_t window) {

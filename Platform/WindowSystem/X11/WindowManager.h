@@ -9,7 +9,8 @@
 namespace vel::x11 {
 
 /// The window manager that runs on the display, if any: what it supports, what it is asked to do
-/// and what it says about windows. It may come, go and be replaced at any time.
+/// and what it says about windows. It may come, go and be replaced at any time. The server is asked
+/// for it at once, and the answers are taken when they are first needed.
 class WindowManager {
  public:
   explicit WindowManager(Connection& connection);
@@ -18,11 +19,12 @@ class WindowManager {
   bool handle(const xcb_generic_event_t& event);
 
   /// Whether one that speaks the extended hints runs.
-  [[nodiscard]] bool isPresent() const { return check_ != XCB_WINDOW_NONE; }
+  [[nodiscard]] bool isPresent();
+  /// Whether one runs that takes requests for the focus.
+  [[nodiscard]] bool activatesWindows();
 
-  /// Asks it to give the focus to `window`, `time` being when the user wished so; answers false
-  /// where nobody takes such requests.
-  bool askToActivate(xcb_window_t window, xcb_timestamp_t time);
+  /// Asks it to give the focus to `window`, `time` being when the user wished so.
+  void askToActivate(xcb_window_t window, xcb_timestamp_t time);
   void askToIconify(xcb_window_t window);
   /// Says that a window that was put on screen is not any more.
   void tellWithdrawn(xcb_window_t window);
@@ -33,10 +35,17 @@ class WindowManager {
   std::optional<NSWindowStyleMask> controlsOffered(xcb_window_t window);
 
  private:
-  void look();
+  struct Asked {
+    xcb_get_property_cookie_t check;
+    xcb_get_property_cookie_t supported;
+  };
+
+  void ask();
+  void takeAnswers();
   [[nodiscard]] bool supports(Atom feature) const;
 
   Connection& connection_;
+  std::optional<Asked> asked_;
   xcb_window_t check_ = XCB_WINDOW_NONE;
   std::vector<std::uint32_t> supported_;
 };

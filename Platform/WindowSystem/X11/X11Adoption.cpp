@@ -67,10 +67,10 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   if (!isRoot) {
     selectEvents(window);
   }
-  const Looks looks = lookAt(id);
-  if (const char* const reason = isRoot ? "it is the root window" : reasonToRefuse(id, looks)) {
+  Inspection seen = inspect(id);
+  if (const char* const reason = isRoot ? "it is the root window" : reasonToRefuse(seen)) {
     error = name + ": " + reason;
-    if (looks.attributes == nullptr) {
+    if (seen.looks.attributes == nullptr) {
       connection_->windowEnded(id);
     } else if (!isRoot) {
       ignoreEvents(id);
@@ -80,28 +80,20 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   }
 
   connection_->windowFound(id);
-  window.frame = looks.frame();
-  const bool iconic =
-      x11::WindowManager::isIconic(connection_->property(id, connection_->atom(Atom::WmState)));
-  window.miniaturized = iconic || looks.attributes->map_state == XCB_MAP_STATE_UNMAPPED;
-  window.style = std::make_unique<x11::Style>(
-      *connection_, id,
-      x11::StyleHints{connection_->property(id, connection_->atom(Atom::MotifWmHints)),
-                      connection_->property(id, XCB_ATOM_WM_NORMAL_HINTS)});
-  makeCover(window, looks.attributes->visual, looks.geometry->depth);
+  window.frame = seen.looks.frame();
+  window.miniaturized = x11::WindowManager::isIconic(seen.state) ||
+                        seen.looks.attributes->map_state == XCB_MAP_STATE_UNMAPPED;
+  window.style = std::make_unique<x11::Style>(*connection_, id, seen.hints);
+  makeCover(window, seen.looks.attributes->visual, seen.looks.geometry->depth);
 
   AdoptedWindow found;
   found.handle = window.handle();
-  found.className = classPart(connection_->property(id, XCB_ATOM_WM_CLASS));
-  auto title = connection_->property(id, connection_->atom(Atom::NetWmName));
-  if (!title) {
-    title = connection_->property(id, XCB_ATOM_WM_NAME);
-  }
-  found.title = title ? title->text() : std::string();
+  found.className = classPart(seen.windowClass);
+  found.title = seen.title ? seen.title->text() : std::string();
   found.frame = display_.points(window.frame);
   found.styleMask = window.style->mask();
   found.onScreen = !window.miniaturized;
-  found.hasFocus = holdsFocus(id);
+  found.hasFocus = seen.focus != nullptr && holdsFocus(id, seen.focus->focus);
   if (found.hasFocus) {
     focus_ = focusTold_ = id;
     if (!std::exchange(active_, true)) {
@@ -131,7 +123,35 @@ X11WindowSystem::Looks X11WindowSystem::lookAt(xcb_window_t id) {
   return looks;
 }
 
-const char* X11WindowSystem::reasonToRefuse(xcb_window_t id, const Looks& looks) {
+// All questions go to the server with the first one that is waited for.
+X11WindowSystem::Inspection X11WindowSystem::inspect(xcb_window_t id) {
+  const auto ask = [this, id](xcb_atom_t name) { return connection_->askForProperty(id, name); };
+  const auto tree = xcb_query_tree(connection_->get(), id);
+  const auto focus = xcb_get_input_focus(connection_->get());
+  const auto state = ask(connection_->atom(Atom::WmState));
+  const auto motif = ask(connection_->atom(Atom::MotifWmHints));
+  const auto normal = ask(XCB_ATOM_WM_NORMAL_HINTS);
+  const auto windowClass = ask(XCB_ATOM_WM_CLASS);
+  const auto title = ask(connection_->atom(Atom::NetWmName));
+  const auto plainTitle = ask(XCB_ATOM_WM_NAME);
+  Inspection found;
+  found.looks = lookAt(id);
+  found.tree = connection_->answer(xcb_query_tree_reply, tree, "QueryTree", id);
+  found.focus =
+      connection_->answer(xcb_get_input_focus_reply, focus, "GetInputFocus", connection_->root());
+  found.state = connection_->property(state, id);
+  found.hints = {connection_->property(motif, id), connection_->property(normal, id)};
+  found.windowClass = connection_->property(windowClass, id);
+  found.title = connection_->property(title, id);
+  auto plain = connection_->property(plainTitle, id);
+  if (!found.title) {
+    found.title = std::move(plain);
+  }
+  return found;
+}
+
+const char* X11WindowSystem::reasonToRefuse(const Inspection& found) {
+  const Looks& looks = found.looks;
   if (connection_->isBroken()) {
     return "the X11 display does not answer any more";
   }
@@ -144,23 +164,17 @@ const char* X11WindowSystem::reasonToRefuse(xcb_window_t id, const Looks& looks)
   if (looks.geometry->root != connection_->root() || looks.corner->same_screen == 0) {
     return "it is on another screen";
   }
-  return isFrame(id) ? "it is a window manager's frame; name the window inside" : nullptr;
+  return isFrame(found) ? "it is a window manager's frame; name the window inside" : nullptr;
 }
 
 // A window that a window manager has made around another program's: it has no state of its own, but
 // one of its children has.
-bool X11WindowSystem::isFrame(xcb_window_t id) {
-  const xcb_atom_t state = connection_->atom(Atom::WmState);
-  if (connection_->property(id, state)) {
+bool X11WindowSystem::isFrame(const Inspection& found) {
+  if (found.state || found.tree == nullptr || found.tree->parent != found.tree->root) {
     return false;
   }
-  const auto tree = connection_->answer(xcb_query_tree_reply,
-                                        xcb_query_tree(connection_->get(), id), "QueryTree", id);
-  if (tree == nullptr || tree->parent != tree->root) {
-    return false;
-  }
-  for (const xcb_window_t child : childrenIn(*tree)) {
-    if (connection_->property(child, state)) {
+  for (const xcb_window_t child : childrenIn(*found.tree)) {
+    if (connection_->property(child, connection_->atom(Atom::WmState))) {
       return true;
     }
   }
@@ -168,18 +182,14 @@ bool X11WindowSystem::isFrame(xcb_window_t id) {
 }
 
 // Whether the focus is on the window or on something in it.
-bool X11WindowSystem::holdsFocus(xcb_window_t id) {
-  xcb_connection_t* const x = connection_->get();
-  const auto focus = connection_->answer(xcb_get_input_focus_reply, xcb_get_input_focus(x),
-                                         "GetInputFocus", connection_->root());
-  xcb_window_t window = focus == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : focus->focus;
-  while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != connection_->root()) {
-    if (window == id) {
+bool X11WindowSystem::holdsFocus(xcb_window_t id, xcb_window_t focus) {
+  while (focus > XCB_INPUT_FOCUS_POINTER_ROOT && focus != connection_->root()) {
+    if (focus == id) {
       return true;
     }
-    const auto tree =
-        connection_->answer(xcb_query_tree_reply, xcb_query_tree(x, window), "QueryTree", window);
-    window = tree == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : tree->parent;
+    const auto tree = connection_->answer(
+        xcb_query_tree_reply, xcb_query_tree(connection_->get(), focus), "QueryTree", focus);
+    focus = tree == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : tree->parent;
   }
   return false;
 }

@@ -263,6 +263,7 @@ void X11WindowSystem::settle() {
 }
 
 void X11WindowSystem::settleWindow(Window& window) {
+  window.appears = false;
   const auto state = connection_->askForProperty(window.id, connection_->atom(Atom::WmState));
   const Looks looks = lookAt(window.id);
   const bool iconic = x11::WindowManager::isIconic(connection_->property(state, window.id));

@@ -33,6 +33,8 @@ struct Window {
   /// always counts as that.
   bool ordered = false;
   bool miniaturized = false;
+  /// Of a window of ours: whether it has been put on screen just now, and an event will say so.
+  bool appears = false;
   /// It is to have the focus as soon as it can.
   bool wantsFocus = false;
   /// Events say that its frame, its mapping or its state is another; or that its hints are.

@@ -54,10 +54,6 @@ X11WindowSystem::~X11WindowSystem() {
     letGo(window);
   }
   windows_.clear();
-  // A server that is busy drops what it has not read yet when the connection ends: what is given
-  // back has to have arrived.
-  connection_->answer(xcb_get_input_focus_reply, xcb_get_input_focus(connection_->get()),
-                      "GetInputFocus", connection_->root());
 }
 
 int X11WindowSystem::descriptor() const { return xcb_get_file_descriptor(connection_->get()); }
@@ -185,7 +181,7 @@ void X11WindowSystem::orderFront(WindowHandle window) {
   const BrokenPipeGuard guard;
   configure(*shown, XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE});
   if (shown->isOwn() && !shown->ordered) {
-    shown->ordered = true;
+    shown->ordered = shown->appears = true;
     shown->miniaturized = false;
     if (shown->kind == WindowKind::Modal) {
       // Written each time: a window manager takes it away from a window that leaves the screen.
@@ -209,7 +205,7 @@ void X11WindowSystem::orderOut(WindowHandle window) {
     drag_ = {};
   }
   if (hidden->isOwn() && hidden->ordered) {
-    hidden->ordered = false;
+    hidden->ordered = hidden->appears = false;
     hidden->miniaturized = false;
     connection_->sent(xcb_unmap_window(connection_->get(), hidden->id), "UnmapWindow", hidden->id);
     windowManager_.tellWithdrawn(hidden->id);
@@ -247,14 +243,18 @@ void X11WindowSystem::requestFocus(WindowHandle window) {
     return;
   }
   const BrokenPipeGuard guard;
-  const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
-  const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->time();
-  if (!windowManager_.askToActivate(wanted->id, time)) {
+  if (windowManager_.activatesWindows()) {
+    const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
+    const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->time();
+    windowManager_.askToActivate(wanted->id, time);
+  } else {
     for (auto& [handle, other] : windows_) {
       other.wantsFocus = false;  // the latest wish is the one that counts
     }
     wanted->wantsFocus = true;
-    settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
+    if (!wanted->appears) {
+      settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
+    }
   }
   connection_->flush();
 }

@@ -72,6 +72,17 @@ class X11WindowSystem final : public WindowSystem {
     }
   };
 
+  /// All that has to be known of somebody else's window before it can take part.
+  struct Inspection {
+    Looks looks;
+    x11::FromServer<xcb_query_tree_reply_t> tree;
+    x11::FromServer<xcb_get_input_focus_reply_t> focus;
+    std::optional<x11::Property> state;
+    x11::StyleHints hints;
+    std::optional<x11::Property> windowClass;
+    std::optional<x11::Property> title;
+  };
+
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
 
   x11::Window* find(WindowHandle window);
@@ -91,9 +102,10 @@ class X11WindowSystem final : public WindowSystem {
 
   // Looking at windows; each waits
   Looks lookAt(xcb_window_t id);
-  const char* reasonToRefuse(xcb_window_t id, const Looks& looks);
-  bool isFrame(xcb_window_t id);
-  bool holdsFocus(xcb_window_t id);
+  Inspection inspect(xcb_window_t id);
+  const char* reasonToRefuse(const Inspection& found);
+  bool isFrame(const Inspection& found);
+  bool holdsFocus(xcb_window_t id, xcb_window_t focus);
 
   // Events
   bool readEvents();
