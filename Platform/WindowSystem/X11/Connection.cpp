@@ -73,12 +73,9 @@ Property Property::ofText(xcb_atom_t type, std::string_view text) {
 
 // BrokenPipeGuard
 
+// Where it is blocked already, one that waits is somebody else's, and ours cannot end the process
+// either.
 BrokenPipeGuard::BrokenPipeGuard() {
-  sigset_t pending;
-  sigpending(&pending);
-  if (sigismember(&pending, SIGPIPE) != 0) {
-    return;  // somebody else's, and blocked: ours cannot end the process either
-  }
   const sigset_t signals = brokenPipe();
   sigset_t before;
   pthread_sigmask(SIG_BLOCK, &signals, &before);
@@ -176,11 +173,14 @@ Event Connection::nextEvent() {
   }
 }
 
-bool Connection::hasReadEvents() {
-  if (events_.empty()) {
-    if (Event event{xcb_poll_for_queued_event(connection_)}) {
-      events_.push_back(std::move(event));
-    }
+bool Connection::hasEvents() { return keep(Event(xcb_poll_for_event(connection_))); }
+
+bool Connection::hasReadEvents() { return keep(Event(xcb_poll_for_queued_event(connection_))); }
+
+// Keeps an event for later; answers whether there is any.
+bool Connection::keep(Event event) {
+  if (event != nullptr) {
+    events_.push_back(std::move(event));
   }
   return !events_.empty();
 }

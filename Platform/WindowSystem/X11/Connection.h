@@ -94,7 +94,9 @@ class Connection {
 
   /// The next event that has come; none if there is none. Never waits. Errors do not appear here.
   Event nextEvent();
-  /// Whether an event has been read already, so that the descriptor does not tell of it.
+  /// Whether there is a next event. Never waits.
+  bool hasEvents();
+  /// Whether it has been read already, so that the descriptor does not tell of it.
   bool hasReadEvents();
 
   /// Notes which request `cookie` stands for, so that an error can be named.
@@ -119,6 +121,7 @@ class Connection {
     const xcb_setup_t& setup = *xcb_get_setup(connection_);
     return (window & ~setup.resource_id_mask) == setup.resource_id_base;
   }
+  [[nodiscard]] bool hasErrors() const { return !failures_.empty(); }
   /// Writes the errors noted to the log, less those explained by a window's end. To be called when
   /// no events are left.
   void reportErrors();
@@ -152,6 +155,7 @@ class Connection {
 
   void internAtoms();
   void noteError(FromServer<xcb_generic_error_t> error, const char* request, xcb_window_t window);
+  bool keep(Event event);
   void forgetAnswered(unsigned sequence);
 
   xcb_connection_t* connection_;

@@ -17,7 +17,8 @@ using x11::Window;
 
 bool X11WindowSystem::deliverEvents() {
   bool came = false;
-  if (!lost_) {
+  // Most frames bring nothing: they cost one look at the connection.
+  if (!lost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
     const BrokenPipeGuard guard;
     came = readEvents();
   }
@@ -26,6 +27,9 @@ bool X11WindowSystem::deliverEvents() {
 
 // What is told may end this object: nothing of it is touched afterwards.
 bool X11WindowSystem::deliverReports() {
+  if (reports_.empty()) {
+    return false;
+  }
   const std::weak_ptr<int> alive = alive_;
   bool any = false;
   while (!alive.expired() && !reports_.empty()) {
@@ -46,7 +50,8 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
   if (lost_) {
     return kNever;
   }
-  if (unsettled_ || connection_->hasReadEvents() || connection_->isBroken()) {
+  if (unsettled_ || connection_->hasReadEvents() || connection_->hasErrors() ||
+      connection_->isBroken()) {
     return 0;
   }
   Nanoseconds next = isAnimated() ? nextPicture_ : kNever;
