@@ -91,10 +91,10 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
           static_cast<std::uint16_t>(window.frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
           XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background),
       "CreateWindow", id);
-  selectEvents(window);
   describe(window, description);
   window.style = std::make_unique<x11::Style>(*connection_, id, description.kind,
                                               description.styleMask, window.frame);
+  selectEvents(window);  // what has been written so far, we know
   makeCover(window, screen.root_visual, screen.root_depth);
   connection_->flush();
   return window.handle();
@@ -120,7 +120,14 @@ void X11WindowSystem::describe(const Window& window, const WindowDescription& de
     const std::array ownerId{owner->id};
     set(XCB_ATOM_WM_TRANSIENT_FOR, Property::ofNumbers(XCB_ATOM_WINDOW, ownerId));
   }
-  setTitle(window.handle(), description.title);
+  writeTitle(window, description.title);
+}
+
+void X11WindowSystem::writeTitle(const Window& window, std::string_view title) {
+  const xcb_atom_t utf8 = connection_->atom(Atom::Utf8String);
+  connection_->setProperty(window.id, connection_->atom(Atom::NetWmName),
+                           Property::ofText(utf8, title));
+  connection_->setProperty(window.id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
 }
 
 void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
@@ -290,10 +297,7 @@ void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
 void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
   if (const Window* const changed = find(window)) {
     const BrokenPipeGuard guard;
-    const xcb_atom_t utf8 = connection_->atom(Atom::Utf8String);
-    connection_->setProperty(changed->id, connection_->atom(Atom::NetWmName),
-                             Property::ofText(utf8, title));
-    connection_->setProperty(changed->id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
+    writeTitle(*changed, title);
     connection_->flush();
   }
 }

@@ -94,6 +94,7 @@ class X11WindowSystem final : public WindowSystem {
   void selectEvents(const x11::Window& window);
   void ignoreEvents(xcb_window_t id);
   void describe(const x11::Window& window, const WindowDescription& description);
+  void writeTitle(const x11::Window& window, std::string_view title);
   void configure(const x11::Window& window, std::uint16_t mask,
                  const std::vector<std::uint32_t>& values);
   void moveTo(x11::Window& window, x11::PixelRect frame);
