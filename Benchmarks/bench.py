@@ -25,6 +25,7 @@ OUT = ROOT / "build" / "bench"
 FIVE = "640,480;325,245;955,245;325,715;955,715"  # the window's middle and corners
 FILLED = "640,480;5,5;1274,5;5,954;1274,954"
 SCREEN = "1280x960x24"
+STARTED = ("bare", "bare-runtime", "library", "library-linked", "sdl2", "qt6", "gtk3", "wx")
 
 
 def say(text):
@@ -137,7 +138,7 @@ def alternately(rounds, names, measure):
 
 
 def from_start(quick):
-    names = ["bare", "library", "sdl2", "qt6", "gtk3", "wx"]
+    names = list(STARTED)
     say("from process start, three seconds each")
     with Server() as server:
         return alternately(1 if quick else 9, names,
@@ -190,7 +191,7 @@ def sizes():
             subprocess.run(["strip", "-o", stripped, library], check=True)
             found[name] = stripped.stat().st_size
     loads = {}
-    for program in ("bare", "library", "sdl2", "qt6", "gtk3", "wx"):
+    for program in STARTED:
         listed = subprocess.run(["ldd", BIN / f"bench-screen-{program}"], capture_output=True,
                                 text=True, check=True).stdout
         files = [line.split("=>")[1].split()[0] for line in listed.splitlines() if "=>" in line]

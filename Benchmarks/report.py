@@ -11,8 +11,10 @@ matplotlib.use("svg")
 import matplotlib.pyplot as plt  # noqa: E402
 
 IMPROVEMENTS = pathlib.Path(__file__).resolve().parent / "improvements.md"
-NAMES = {"bare": "bare XCB", "bare-shared": "bare XCB, shared connection", "library": "VelLaunchScreen",
-         "library-open": "VelLaunchScreen, display opened before", "sdl2": "SDL2", "qt6": "Qt 6",
+NAMES = {"bare": "bare XCB", "bare-shared": "bare XCB, shared connection",
+         "bare-runtime": "bare XCB, C++ runtime loaded", "library": "VelLaunchScreen",
+         "library-open": "VelLaunchScreen, display opened before",
+         "library-linked": "VelLaunchScreen, C++ runtime linked in", "sdl2": "SDL2", "qt6": "Qt 6",
          "gtk3": "GTK 3", "wx": "wxWidgets"}
 COLORS = {"library": "#1f6feb", "plain": "#8b949e", "GLib": "#d29922", "Qt": "#3fb950"}
 
@@ -248,6 +250,18 @@ def median_cell(key, factor=1.0, unit=""):
     return lambda runs: f"{statistics.median([run[key] for run in runs]) * factor:.4g}{unit}"
 
 
+def runtime_share(start):
+    """What a program that is started pays before the library has any part in it."""
+    def median(name, of):
+        return statistics.median([of(run) for run in start[name]])
+    to_white = [median(name, lambda run: run["white"] - run["started"])
+                for name in ("bare-runtime", "bare")]
+    memory = [median(name, lambda run: run["kibibytes"]) for name in ("bare-runtime", "bare")]
+    return (f"Bare XCB that loads the C++ runtime, and uses nothing of it, is white after "
+            f"{to_white[0] / to_white[1]:.2f} times as long as bare XCB and takes "
+            f"{memory[0] / memory[1]:.2f} times its memory.")
+
+
 def write(measured, folder):
     kinds = growth(measured["in_process"])
     plot_growth(kinds, folder / "growth.svg")
@@ -276,6 +290,7 @@ def write(measured, folder):
                 lambda runs: shown(statistics.median(drift(runs))),
                 lambda runs: shown(percentile(lateness(runs), 50)),
                 lambda runs: shown(percentile(lateness(runs), 99))]))]))
+    parts.append(runtime_share(measured["from_start"]))
     parts.append("![On the screen](screen.svg)")
     parts.append("Over a host that fills the screen, under metacity: " + "; ".join(
         f"{NAMES[name]} {times} of {runs}" for name, (times, runs) in measured["over_a_screen"].items())

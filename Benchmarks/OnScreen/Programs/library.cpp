@@ -17,7 +17,10 @@ using namespace vel;
 
 class Stamps final : public PlatformObserver {
  public:
-  void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) override { stamp_tick(); }
+  // Told after what the timer calls: the last one takes everything down, and had come before that.
+  void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) override {
+    stamp_tick_at(stamp_down != 0 ? stamp_down : stamp_now());
+  }
   void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep step) override {
     if (step == LifeCycleStep::WillDisappear && stamp_down == 0) {
       stamp_down = stamp_now();

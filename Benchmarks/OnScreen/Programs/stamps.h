@@ -23,11 +23,13 @@ static int64_t stamp_now(void) {
   return (int64_t)now.tv_sec * 1000000000 + now.tv_nsec;
 }
 
-static void stamp_tick(void) {
+static void stamp_tick_at(int64_t moment) {
   if (stamp_tick_count < STAMPS_MAX_TICKS) {
-    stamp_ticks[stamp_tick_count++] = stamp_now();
+    stamp_ticks[stamp_tick_count++] = moment;
   }
 }
+
+static void stamp_tick(void) { stamp_tick_at(stamp_now()); }
 
 /* The most memory that this program has had at a time. Asked of the kernel here, since what it
  * tells a parent counts from before the program was loaded. */
