@@ -290,6 +290,12 @@ void NSApplication::miniaturizedChanged(WindowHandle window, bool miniaturized) 
   send(windowFor(window), &NSWindow::miniaturizedChanged, miniaturized);
 }
 
+void NSApplication::styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) {
+  if (const Strong<NSWindow> changed = windowFor(window)) {
+    changed->styleMask_ = styleMask;
+  }
+}
+
 void NSApplication::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   const Strong<NSWindow> changed = windowFor(window);
   const auto handler = controlsKept_;

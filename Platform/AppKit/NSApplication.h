@@ -97,6 +97,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void windowGone(WindowHandle window) override;
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
+  void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
   void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 

@@ -109,6 +109,9 @@ class VEL_EXPORT WindowSystemDelegate {
   /// The window has been moved or resized by somebody else.
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
   virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
+  /// The owner of an adopted window has given it this style mask. Not told while another one is
+  /// set: then it waits until the window has again the one it had.
+  virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   /// After a change of style: which controls the window manager still offers although the window's
   /// style mask takes them away; Borderless (0) when it honoured the mask.
   virtual void controlsKept(WindowHandle window, NSWindowStyleMask controls) = 0;

@@ -131,6 +131,12 @@ TEST_F(WindowTest, TheWindowSystemIsToldOfChanges) {
   EXPECT_TRUE(description.movableByBackground);
 }
 
+TEST_F(WindowTest, AStyleMaskThatTheWindowsOwnerGivesItIsFollowed) {
+  const auto window = open("A");
+  platform.user().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+}
+
 TEST_F(WindowTest, ANewFrameResizesTheContentView) {
   const auto window = open("A");
   window->setFrame(CGRectMake(5, 6, 70, 80));

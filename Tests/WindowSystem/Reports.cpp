@@ -37,6 +37,9 @@ void ReportListener::frameChanged(WindowHandle window, CGRect changed) {
 void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized) {
   lines.push_back((miniaturized ? "miniaturized " : "deminiaturized ") + nameOf(window));
 }
+void ReportListener::styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) {
+  lines.push_back("style " + nameOf(window) + " " + std::to_string(styleMask));
+}
 void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
 }

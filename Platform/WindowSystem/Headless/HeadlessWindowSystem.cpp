@@ -140,6 +140,17 @@ void HeadlessWindowSystem::userResizesWindow(WindowHandle window, CGRect frame) 
   }
 }
 
+void HeadlessWindowSystem::ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
+  Window* const state = find(window);
+  if (state == nullptr) {
+    return;
+  }
+  state->description.styleMask = styleMask;
+  if (delegate_ != nullptr) {
+    delegate_->styleMaskChanged(window, styleMask);
+  }
+}
+
 void HeadlessWindowSystem::windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls) {
   if (find(window) != nullptr && delegate_ != nullptr) {
     delegate_->controlsKept(window, controls);

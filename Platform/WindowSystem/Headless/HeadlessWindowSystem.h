@@ -50,6 +50,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// The user presses the close control; a window without one does not hear of it.
   void userClosesWindow(WindowHandle window);
   void userResizesWindow(WindowHandle window, CGRect frame);
+  /// The window's owner gives it another style mask.
+  void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
   /// A window manager says which controls it goes on offering.
   void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
   /// The window is destroyed by its owner.

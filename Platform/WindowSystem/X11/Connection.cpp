@@ -245,16 +245,20 @@ std::optional<Property> Connection::property(xcb_get_property_cookie_t cookie,
   return Property{reply->type, reply->format, {bytes.begin(), bytes.end()}};
 }
 
-void Connection::setProperty(xcb_window_t window, xcb_atom_t name,
-                             const std::optional<Property>& value) {
+unsigned Connection::setProperty(xcb_window_t window, xcb_atom_t name,
+                                 const std::optional<Property>& value) {
+  xcb_void_cookie_t cookie{};
   if (!value) {
-    sent(xcb_delete_property(connection_, window, name), "DeleteProperty", window);
-    return;
+    cookie = xcb_delete_property(connection_, window, name);
+    sent(cookie, "DeleteProperty", window);
+  } else {
+    const std::size_t count = value->bytes.size() / (value->format / 8U);
+    cookie =
+        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
+                            value->format, static_cast<std::uint32_t>(count), value->bytes.data());
+    sent(cookie, "ChangeProperty", window);
   }
-  const std::size_t count = value->bytes.size() / (value->format / 8U);
-  sent(xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
-                           value->format, static_cast<std::uint32_t>(count), value->bytes.data()),
-       "ChangeProperty", window);
+  return cookie.sequence;
 }
 
 void Connection::tellWindowManager(xcb_window_t window, Atom message,
@@ -290,6 +294,17 @@ xcb_timestamp_t Connection::time() {
     events_.push_back(std::move(event));
   }
   return XCB_CURRENT_TIME;
+}
+
+// ServerGrab
+
+ServerGrab::ServerGrab(Connection& connection) : connection_(connection) {
+  connection_.sent(xcb_grab_server(connection_.get()), "GrabServer", connection_.root());
+}
+
+ServerGrab::~ServerGrab() {
+  connection_.sent(xcb_ungrab_server(connection_.get()), "UngrabServer", connection_.root());
+  connection_.flush();
 }
 
 }  // namespace vel::x11

@@ -131,8 +131,9 @@ class Connection {
   [[nodiscard]] xcb_get_property_cookie_t askForProperty(xcb_window_t window,
                                                          xcb_atom_t name) const;
   std::optional<Property> property(xcb_get_property_cookie_t cookie, xcb_window_t window);
-  /// Sets a window's property, or removes it.
-  void setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
+  /// Sets a window's property, or removes it. Answers the request's number: the event of the change
+  /// is the first about the property that bears it.
+  unsigned setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
   /// Sends a message to a window manager, through the root window.
   void tellWindowManager(xcb_window_t window, Atom message,
                          const std::array<std::uint32_t, 5>& data);
@@ -166,6 +167,20 @@ class Connection {
   std::deque<SentRequest> sent_;
   std::deque<xcb_window_t> ended_;
   std::vector<Failure> failures_;
+};
+
+/// While it is there, the server does nothing for any other program. To be held for a few requests.
+class ServerGrab {
+ public:
+  explicit ServerGrab(Connection& connection);
+  ServerGrab(const ServerGrab&) = delete;
+  ServerGrab& operator=(const ServerGrab&) = delete;
+  ServerGrab(ServerGrab&&) = delete;
+  ServerGrab& operator=(ServerGrab&&) = delete;
+  ~ServerGrab();
+
+ private:
+  Connection& connection_;
 };
 
 }  // namespace vel::x11

@@ -6,7 +6,9 @@ namespace vel::x11 {
 
 /// The style mask of one window, as its hints say it. Of a window that is not ours, the hints are
 /// taken over with the first change and given back, to the byte, when the mask is again what it
-/// was. The window's protocols are never touched: a host keeps being asked to close by who may ask.
+/// was. Its owner may write them at any time: what he wrote last is what is given back, and until
+/// then what the mask takes away stays away. The window's protocols are never touched: a host keeps
+/// being asked to close by who may ask.
 class Style {
  public:
   /// Of a window of ours: writes the hints.
@@ -17,31 +19,51 @@ class Style {
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
   /// The controls that the window would have, were they not taken away.
-  [[nodiscard]] NSWindowStyleMask takenControls() const { return initial_ & ~mask_ & kControls; }
+  [[nodiscard]] NSWindowStyleMask takenControls() const;
 
+  /// Waits, where the window is somebody else's.
   void set(NSWindowStyleMask styleMask, PixelRect frame);
-  /// The window has, or is about to have, another size.
+  /// The window has, or is about to have, another size. Waits like `set`.
   void sizeChanged(PixelRect frame);
-  /// Somebody has written the window's hints. Where it was the window's owner, the new values are
-  /// what will be given back. Waits.
+  /// Takes an event; answers whether it says that the window's owner has written one of the hints.
+  bool handle(const xcb_generic_event_t& event);
+  /// The window's owner has written the hints. Waits.
   void hintsChanged(PixelRect frame);
+  /// Another mask that the window's owner has given it; none while his hints are taken over, or
+  /// once it has been told.
+  [[nodiscard]] std::optional<NSWindowStyleMask> ownersMask() const;
+  void ownersMaskTold();
   /// Gives back what was taken over. Waits.
   void giveBack();
 
  private:
+  /// One of the two properties.
+  struct Hint {
+    xcb_atom_t name = XCB_ATOM_NONE;
+    std::optional<Property> theirs =
+        std::nullopt;  // as the window's owner set it last; to be given back
+    std::optional<Property> written = std::nullopt;  // as it stands there, by us or by him
+    unsigned lastWriting = 0;                        // the number of our request
+    bool writingUnheard = false;                     // its event is still to come
+    bool writtenByOwner = false;                     // since it was last read
+  };
+
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
-  [[nodiscard]] StyleHints read() const;
+  [[nodiscard]] StyleHints theirs() const { return {motif_.theirs, normal_.theirs}; }
+  void read();
+  static void found(Hint& hint, std::optional<Property> value);
   void write(const StyleHints& hints);
+  void write(Hint& hint, const std::optional<Property>& value);
   void apply(PixelRect frame);
 
   Connection& connection_;
   xcb_window_t window_;
   std::optional<WindowKind> kind_;  // of a window of ours
-  NSWindowStyleMask initial_;
+  NSWindowStyleMask told_;          // what others know as the mask that the owner gave it
   NSWindowStyleMask mask_;
   bool takenOver_ = false;
-  StyleHints theirs_;   // to be given back
-  StyleHints written_;  // what we wrote last
+  Hint motif_;
+  Hint normal_;
 };
 
 }  // namespace vel::x11

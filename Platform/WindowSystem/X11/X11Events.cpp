@@ -133,7 +133,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
     case XCB_CLIENT_MESSAGE:
       return handleMessage(eventAs<xcb_client_message_event_t>(event));
     case XCB_PROPERTY_NOTIFY:
-      return handleProperty(eventAs<xcb_property_notify_event_t>(event));
+      return handleProperty(event);
     case XCB_FOCUS_IN:
     case XCB_FOCUS_OUT:
       return handleFocus(event);
@@ -167,15 +167,15 @@ void X11WindowSystem::handleMessage(const xcb_client_message_event_t& message) {
   }
 }
 
-void X11WindowSystem::handleProperty(const xcb_property_notify_event_t& notice) {
+void X11WindowSystem::handleProperty(const xcb_generic_event_t& event) {
+  const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = find(static_cast<WindowHandle>(notice.window));
   if (window == nullptr) {
     return;
   }
   if (notice.atom == connection_->atom(Atom::WmState)) {
     window->changed = true;
-  } else if (notice.atom == connection_->atom(Atom::MotifWmHints) ||
-             notice.atom == XCB_ATOM_WM_NORMAL_HINTS) {
+  } else if (window->style->handle(event)) {
     window->hintsChanged = true;
   } else if (notice.atom == connection_->atom(Atom::NetWmAllowedActions) && window->controlsTold) {
     window->controlsDue = 0;
@@ -259,12 +259,28 @@ void X11WindowSystem::settle() {
   for (auto& [handle, window] : windows_) {
     if (std::exchange(window.hintsChanged, false)) {
       window.style->hintsChanged(window.frame);
+      reportOwnersStyle(window);
     }
     if (std::exchange(window.changed, false)) {
       settleWindow(window);
     }
   }
   settleFocus();
+}
+
+void X11WindowSystem::reportOwnersStyle(const Window& window) {
+  if (!window.style->ownersMask()) {
+    return;
+  }
+  report([this, handle = window.handle()](WindowSystemDelegate& delegate) {
+    const Window* const changed = find(handle);
+    const auto styleMask =
+        changed == nullptr ? std::nullopt : changed->style->ownersMask();  // it may be ours by now
+    if (styleMask) {
+      changed->style->ownersMaskTold();
+      delegate.styleMaskChanged(handle, *styleMask);
+    }
+  });
 }
 
 void X11WindowSystem::settleWindow(Window& window) {

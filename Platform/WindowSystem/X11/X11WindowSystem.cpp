@@ -306,6 +306,7 @@ void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleM
   if (Window* const changed = find(window)) {
     const BrokenPipeGuard guard;
     changed->style->set(styleMask, changed->frame);
+    reportOwnersStyle(*changed);
     changed->controlsTold.reset();
     changed->controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;
     connection_->flush();

@@ -112,13 +112,14 @@ class X11WindowSystem final : public WindowSystem {
   bool readEvents();
   void handle(const xcb_generic_event_t& event);
   void handleMessage(const xcb_client_message_event_t& message);
-  void handleProperty(const xcb_property_notify_event_t& notice);
+  void handleProperty(const xcb_generic_event_t& event);
   void handleFocus(const xcb_generic_event_t& event);
   void handlePointer(const xcb_generic_event_t& event);
   void windowEnded(xcb_window_t id);
   // What is done once all events that have come are read
   void settle();
   void settleDrag();
+  void reportOwnersStyle(const x11::Window& window);
   void settleWindow(x11::Window& window);
   void settleFocus();
   void settleControls(x11::Window& window, Nanoseconds now);

@@ -91,6 +91,7 @@ TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
     void windowGone(WindowHandle /*window*/) override { system_ = nullptr; }
     void frameChanged(WindowHandle /*window*/, CGRect /*frame*/) override {}
     void miniaturizedChanged(WindowHandle /*window*/, bool /*miniaturized*/) override {}
+    void styleMaskChanged(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {}
     void controlsKept(WindowHandle /*window*/, NSWindowStyleMask /*controls*/) override {}
     void displayLost(std::string_view /*reason*/) override {}
 
