@@ -77,10 +77,6 @@ bool hasOneSize(const std::vector<std::uint32_t>& normal) {
          normal[kLeastHeight] == normal[kGreatestHeight];
 }
 
-void change(std::uint32_t& set, std::uint32_t bits, bool has) {
-  set = has ? set | bits : set & ~bits;
-}
-
 void fixSize(std::vector<std::uint32_t>& normal, PixelRect size) {
   normal[kNormalFlags] |= kHasLeastSize | kHasGreatestSize;
   normal[kLeastWidth] = normal[kGreatestWidth] = static_cast<std::uint32_t>(size.width);
@@ -106,44 +102,44 @@ NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
 
 StyleHints withControls(const StyleHints& hints, NSWindowStyleMask styleMask, PixelRect size,
                         xcb_atom_t motifType) {
-  auto motif = fields(hints.motif, kMotifFields);
-  std::uint32_t functions = functionsOf(motif);
-  const bool titled = (styleMask & NSWindowStyleMaskTitled) != 0;
-  std::uint32_t decorations = decorationsOf(motif);
-  if (titled && decorations == 0) {
+  std::uint32_t functions = 0;
+  std::uint32_t decorations = 0;
+  for (const Control& control : kMotifControls) {
+    if ((styleMask & control.bit) == 0) {
+      functions |= control.functions;
+      decorations |= control.decorations;
+    }
+  }
+  if ((styleMask & NSWindowStyleMaskTitled) == 0) {
     decorations = kEveryDecoration;
   }
-  for (const Control& control : kMotifControls) {
-    const bool has = (styleMask & control.bit) != 0;
-    change(functions, control.functions, has);
-    change(decorations, control.decorations, has);
-  }
-  if (!titled) {
-    decorations = 0;
-  }
-  motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
-  motif[kMotifFunctions] = functions;
-  motif[kMotifDecorations] = decorations;
 
-  auto normal = fields(hints.normal, kNormalFields);
-  const bool resizable = (styleMask & NSWindowStyleMaskResizable) != 0;
-  if (!resizable && !hasOneSize(normal)) {
-    fixSize(normal, size);
-  } else if (resizable && hasOneSize(normal)) {
-    normal[kNormalFlags] &= ~(kHasLeastSize | kHasGreatestSize);
+  StyleHints changed = hints;
+  if (auto motif = fields(hints.motif, kMotifFields);
+      (functionsOf(motif) & functions) != 0 || (decorationsOf(motif) & decorations) != 0) {
+    motif[kMotifFunctions] = functionsOf(motif) & ~functions;
+    motif[kMotifDecorations] = decorationsOf(motif) & ~decorations;
+    motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
+    changed.motif = Property::ofNumbers(hints.motif ? hints.motif->type : motifType, motif);
   }
-  return {Property::ofNumbers(hints.motif ? hints.motif->type : motifType, motif),
-          Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)};
+  if (auto normal = fields(hints.normal, kNormalFields);
+      (styleMask & NSWindowStyleMaskResizable) == 0 && !hasOneSize(normal)) {
+    fixSize(normal, size);
+    changed.normal = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal);
+  }
+  return changed;
 }
 
 StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
                              xcb_atom_t motifType) {
-  if (kind == WindowKind::Sheet) {
-    styleMask &= ~NSWindowStyleMaskTitled;  // it hangs below its owner's title
-  }
   std::vector<std::uint32_t> motif(kMotifFields);
   motif[kMotifFlags] = kHasFunctions | kHasDecorations;
-  motif[kMotifFunctions] = kind == WindowKind::Sheet ? 0 : kMove;  // a sheet stays where it hangs
+  motif[kMotifFunctions] = kEveryFunction;
+  motif[kMotifDecorations] = kEveryDecoration;
+  if (kind == WindowKind::Sheet) {  // it stays where it hangs, below its owner's title
+    motif[kMotifFunctions] &= ~kMove;
+    motif[kMotifDecorations] = 0;
+  }
 
   std::vector<std::uint32_t> normal(kNormalFields);
   normal[kNormalFlags] = kPlacedByProgram | kHasGravity;

@@ -24,8 +24,9 @@ struct StyleHints {
 /// The style mask that the properties amount to. Absent ones leave a window every control.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// The hints of a window of `size` with the title and the controls that `styleMask` has; everything
-/// else stays as `hints` has it. `motifType` is the type of a Motif property that is made new.
+/// The hints of a window of `size` without the title and the controls that `styleMask` lacks; what
+/// it has more than `hints` is not added, and a property from which nothing is taken away stays as
+/// it is, to the byte. `motifType` is the type of a Motif property that is made new.
 [[nodiscard]] StyleHints withControls(const StyleHints& hints, NSWindowStyleMask styleMask,
                                       PixelRect size, xcb_atom_t motifType);
 

@@ -134,6 +134,37 @@ TEST_F(X11StyleOwner, IsHeardAtTheEndWhereItWroteMeanwhile) {
   EXPECT_TRUE(reports.heard(line("style", handle) + " 7"));
 }
 
+TEST_F(X11StyleOwner, GetsNoFunctionAndNoDecorationThatItHadNot) {
+  // Resizable, though not by maximising; miniaturisable and closable, with a title and no button.
+  user.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
+  handle = adopt(game).handle;
+  ASSERT_EQ(reports.count("style"), 0);
+  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2 | 8, 8, 0, 0}));
+  system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
+}
+
+TEST_F(X11StyleOwner, GetsNoTitleThatItHadNot) {
+  user.setProperty(game, kMotif, motif({2, 0, 0, 0, 0}));
+  cover();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+}
+
+TEST_F(X11StyleOwner, KeepsHintsThatGiveNothingToTakeAway) {
+  const Property theirMotif = motif({1, 4, 0, 7});
+  const Property theirSizes = sizes(16 | 32, 500, 500);
+  user.setProperty(game, kMotif, theirMotif);
+  user.setProperty(game, kNormal, theirSizes);
+  handle = adopt(game).handle;
+  system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
+  deliver();
+  EXPECT_NE(user.property(game, kMotif), theirMotif);  // the buttons have gone
+  EXPECT_EQ(user.property(game, kNormal), theirSizes);
+}
+
 TEST_F(X11StyleOwner, LosesNothingOfWhatItWritesWhileItsHintsAreTakenOver) {
   handle = adopt(game).handle;
   constexpr std::uint32_t kRounds = 400;
