@@ -296,6 +296,23 @@ void NSApplication::styleMaskChanged(WindowHandle window, NSWindowStyleMask styl
   }
 }
 
+// The windows named take the places that they have among all, in their new order.
+void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
+  NSArray<NSWindow> named;
+  for (const WindowHandle handle : windows) {
+    const Strong<NSWindow> window = windowFor(handle);
+    if (std::ranges::find(ordered_, window) != ordered_.end()) {
+      named.push_back(window);
+    }
+  }
+  auto next = named.begin();
+  for (Strong<NSWindow>& place : ordered_) {
+    if (std::ranges::find(named, place) != named.end()) {
+      place = *next++;
+    }
+  }
+}
+
 void NSApplication::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   const Strong<NSWindow> changed = windowFor(window);
   const auto handler = controlsKept_;

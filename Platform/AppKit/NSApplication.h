@@ -98,6 +98,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
   void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
+  void orderChanged(const std::vector<WindowHandle>& windows) override;
   void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 

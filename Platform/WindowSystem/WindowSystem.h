@@ -112,6 +112,9 @@ class VEL_EXPORT WindowSystemDelegate {
   /// The owner of an adopted window has given it this style mask. Not told while another one is
   /// set: then it waits until the window has again the one it had.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
+  /// The windows named here, all on screen, lie in this order now, front to back. One that is not
+  /// named lies where it lay.
+  virtual void orderChanged(const std::vector<WindowHandle>& windows) = 0;
   /// After a change of style: which controls the window manager still offers although the window's
   /// style mask takes them away; Borderless (0) when it honoured the mask.
   virtual void controlsKept(WindowHandle window, NSWindowStyleMask controls) = 0;

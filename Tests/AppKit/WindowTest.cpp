@@ -56,6 +56,25 @@ TEST_F(WindowTest, OrderingNeverMakesKey) {
   EXPECT_EQ(key(), "none");
 }
 
+TEST_F(WindowTest, TheOrderThatTheUserGivesIsFollowed) {
+  const auto a = open("A");
+  const auto b = open("B");
+  const auto c = open("C");
+  platform.user().userOrdersWindows({a->handle(), c->handle(), b->handle()});
+  EXPECT_EQ(order(), (Story{"A", "C", "B"}));
+}
+
+TEST_F(WindowTest, TheUsersOrderLeavesOtherWindowsWhereTheyAre) {
+  const auto a = open("A");
+  const auto b = open("B");
+  open("C");
+  const auto hidden = open("D");
+  hidden->close();
+  platform.user().userOrdersWindows(
+      {a->handle(), hidden->handle(), WindowHandle{4711}, b->handle()});
+  EXPECT_EQ(order(), (Story{"C", "A", "B"}));
+}
+
 TEST_F(WindowTest, IsNeitherOpenNorOnScreenOnceClosed) {
   const auto window = open("A");
   window->close();

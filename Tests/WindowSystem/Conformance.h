@@ -27,6 +27,8 @@ class TestDisplay {
   virtual void userComesBackTo(WindowHandle window) = 0;
   virtual void userAsksToClose(WindowHandle window) = 0;
   virtual void somebodyResizes(WindowHandle window, CGSize size) = 0;
+  /// Puts the first window above the second.
+  virtual void somebodyRaises(WindowHandle window, WindowHandle other) = 0;
   virtual void somebodyEnds(WindowHandle window) = 0;
   virtual void connectionBreaks() = 0;
   /// Opens a window of another program's, of class "PlayerWindow", 200 by 160 points large, with

@@ -140,7 +140,16 @@ TEST_P(Conformance, LeavingForAnotherApplicationAndComingBackIsToldOnceEach) {
   EXPECT_EQ(reports.count("activated"), 1);
 }
 
-// Frames, controls, miniaturising
+// Order, frames, controls, miniaturising
+
+TEST_P(Conformance, AnOrderThatSomebodyElseGivesIsTold) {
+  const WindowHandle first = openFocused();
+  const WindowHandle second = openFocused();
+  display->somebodyRaises(first, second);
+  const std::vector wanted{first, second};
+  EXPECT_TRUE(deliverUntil(
+      system(), [&] { return !reports.orders.empty() && reports.orders.back() == wanted; }));
+}
 
 TEST_P(Conformance, AFrameThatSomebodyElseGivesIsTold) {
   const WindowHandle window = open();

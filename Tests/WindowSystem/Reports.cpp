@@ -40,6 +40,13 @@ void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized)
 void ReportListener::styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) {
   lines.push_back("style " + nameOf(window) + " " + std::to_string(styleMask));
 }
+void ReportListener::orderChanged(const std::vector<WindowHandle>& windows) {
+  orders.push_back(windows);
+  lines.emplace_back("order");
+  for (const WindowHandle window : windows) {
+    lines.back() += " " + nameOf(window);
+  }
+}
 void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
 }

@@ -24,6 +24,7 @@ class ReportListener final : public WindowSystemDelegate {
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
   void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
+  void orderChanged(const std::vector<WindowHandle>& windows) override;
   void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 
@@ -32,7 +33,8 @@ class ReportListener final : public WindowSystemDelegate {
   [[nodiscard]] int count(std::string_view beginning) const;
 
   std::vector<std::string> lines;
-  CGRect frame;  // of the last change
+  CGRect frame;                                   // of the last change
+  std::vector<std::vector<WindowHandle>> orders;  // each that was told
 };
 
 /// The steady clock, in nanoseconds.

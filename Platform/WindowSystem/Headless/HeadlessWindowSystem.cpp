@@ -151,6 +151,12 @@ void HeadlessWindowSystem::ownerSetsStyleMask(WindowHandle window, NSWindowStyle
   }
 }
 
+void HeadlessWindowSystem::userOrdersWindows(const std::vector<WindowHandle>& windows) {
+  if (delegate_ != nullptr) {
+    delegate_->orderChanged(windows);
+  }
+}
+
 void HeadlessWindowSystem::windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls) {
   if (find(window) != nullptr && delegate_ != nullptr) {
     delegate_->controlsKept(window, controls);

@@ -52,6 +52,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void userResizesWindow(WindowHandle window, CGRect frame);
   /// The window's owner gives it another style mask.
   void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
+  /// The user brings windows into another order, front to back.
+  void userOrdersWindows(const std::vector<WindowHandle>& windows);
   /// A window manager says which controls it goes on offering.
   void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
   /// The window is destroyed by its owner.

@@ -99,6 +99,23 @@ bool WindowManager::isPresent() {
 
 bool WindowManager::activatesWindows() { return isPresent() && supports(Atom::NetActiveWindow); }
 
+bool WindowManager::hasOrdered(const xcb_generic_event_t& event) const {
+  if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
+    return false;
+  }
+  const auto notice = eventAs<xcb_property_notify_event_t>(event);
+  return notice.window == connection_.root() &&
+         notice.atom == connection_.atom(Atom::NetClientListStacking);
+}
+
+std::optional<std::vector<xcb_window_t>> WindowManager::order() {
+  const Atom name = Atom::NetClientListStacking;
+  const auto order = isPresent() && supports(name)
+                         ? connection_.property(connection_.root(), connection_.atom(name))
+                         : std::nullopt;
+  return order ? std::optional(order->numbers()) : std::nullopt;
+}
+
 void WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
   connection_.tellWindowManager(window, Atom::NetActiveWindow, {kAskedByApplication, time});
 }

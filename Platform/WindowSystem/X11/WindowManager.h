@@ -23,6 +23,11 @@ class WindowManager {
   /// Whether one runs that takes requests for the focus.
   [[nodiscard]] bool activatesWindows();
 
+  /// Whether the event says that it has put windows into another order.
+  [[nodiscard]] bool hasOrdered(const xcb_generic_event_t& event) const;
+  /// The windows that it manages, back to front; none where it does not say. Waits.
+  [[nodiscard]] std::optional<std::vector<xcb_window_t>> order();
+
   /// Asks it to give the focus to `window`, `time` being when the user wished so.
   void askToActivate(xcb_window_t window, xcb_timestamp_t time);
   void askToIconify(xcb_window_t window);

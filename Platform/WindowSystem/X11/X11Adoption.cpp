@@ -105,6 +105,9 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     focusLeft_ = unsettled_ = true;  // to see whether the application has the focus at all
   }
   windows_.emplace(found.handle, std::move(window));
+  if (found.onScreen) {
+    putInFront(found.handle);
+  }
   connection_->flush();
   return found;
 }

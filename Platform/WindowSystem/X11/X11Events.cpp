@@ -58,7 +58,7 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
   for (const auto& [handle, window] : windows_) {
     next = std::min(next, window.controlsDue);
   }
-  return next;
+  return std::min(next, orderDue_);
 }
 
 bool X11WindowSystem::readEvents() {
@@ -74,6 +74,7 @@ bool X11WindowSystem::readEvents() {
   for (auto& [handle, window] : windows_) {
     settleControls(window, now);
   }
+  settleOrder(now);
   animate(now);
   connection_->reportErrors();
   connection_->flush();
@@ -118,12 +119,14 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   }
   if (windowManager_.handle(event)) {
     windowManagerLeft_ = !windowManager_.isPresent();
+    lookAtOrderLater();
     for (auto& [handle, window] : windows_) {
       if (window.controlsTold) {  // another one may think otherwise
         window.controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;
       }
     }
   }
+  handleOrder(event);
   const auto changed = [this](xcb_window_t id) {
     if (Window* const window = find(static_cast<WindowHandle>(id))) {
       window->changed = true;
@@ -305,6 +308,9 @@ void X11WindowSystem::settleWindow(Window& window) {
   const bool miniaturized = iconic || (!window.isOwn() && mapping == XCB_MAP_STATE_UNMAPPED);
   if (window.ordered && miniaturized != window.miniaturized) {
     window.miniaturized = miniaturized;
+    if (!miniaturized) {
+      putInFront(handle);
+    }
     report([handle, miniaturized](WindowSystemDelegate& delegate) {
       delegate.miniaturizedChanged(handle, miniaturized);
     });

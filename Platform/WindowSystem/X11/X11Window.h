@@ -37,6 +37,8 @@ struct Window {
   bool appears = false;
   /// It is to have the focus as soon as it can.
   bool wantsFocus = false;
+  /// The window just below it, among those that lie beside it.
+  xcb_window_t above = XCB_WINDOW_NONE;
   /// Events say that its frame, its mapping or its state is another; or that its hints are.
   bool changed = false;
   bool hintsChanged = false;

@@ -198,6 +198,7 @@ void X11WindowSystem::orderFront(WindowHandle window) {
     }
     connection_->sent(xcb_map_window(connection_->get(), shown->id), "MapWindow", shown->id);
   }
+  putInFront(window);
   connection_->flush();
 }
 

@@ -18,7 +18,7 @@ namespace vel {
 /// Windows on an X11 display, over a connection of its own: windows of ours, and those of any
 /// program that are adopted by their ids. A window's handle is its X id, its frame that of its
 /// content, without what a window manager puts around it. Reports are made from `deliverEvents`
-/// only, in this order: windows that have ended, frames, miniaturisation, focus.
+/// only, in this order: windows that have ended, frames, miniaturisation, focus, order.
 class X11WindowSystem final : public WindowSystem {
  public:
   /// None, with the reason in `error`, where the display does not answer. An empty name stands for
@@ -107,6 +107,7 @@ class X11WindowSystem final : public WindowSystem {
   const char* reasonToRefuse(const Inspection& found);
   bool isFrame(const Inspection& found);
   bool holdsFocus(xcb_window_t id, xcb_window_t focus);
+  std::vector<WindowHandle> order();  // of those on screen, front to back
 
   // Events
   bool readEvents();
@@ -115,6 +116,7 @@ class X11WindowSystem final : public WindowSystem {
   void handleProperty(const xcb_generic_event_t& event);
   void handleFocus(const xcb_generic_event_t& event);
   void handlePointer(const xcb_generic_event_t& event);
+  void handleOrder(const xcb_generic_event_t& event);
   void windowEnded(xcb_window_t id);
   // What is done once all events that have come are read
   void settle();
@@ -122,6 +124,10 @@ class X11WindowSystem final : public WindowSystem {
   void reportOwnersStyle(const x11::Window& window);
   void settleWindow(x11::Window& window);
   void settleFocus();
+  void putInFront(WindowHandle window);
+  void lookAtOrderLater();
+  [[nodiscard]] bool haveAnOrder() const;
+  void settleOrder(Nanoseconds now);
   void settleControls(x11::Window& window, Nanoseconds now);
   void animate(Nanoseconds now);
   [[nodiscard]] bool isAnimated() const;
@@ -141,6 +147,9 @@ class X11WindowSystem final : public WindowSystem {
   bool windowManagerLeft_ = false;
   bool active_ = true;
   xcb_timestamp_t timeOfFocus_ = XCB_CURRENT_TIME;  // when it last came to the application
+
+  Nanoseconds orderDue_ = kNever;        // when to see in which order the windows lie
+  std::vector<WindowHandle> orderTold_;  // what the listener takes it for
 
   bool unsettled_ = false;
   Nanoseconds nextPicture_ = 0;  // of the indicators that turn

@@ -13,6 +13,9 @@ class HeadlessDisplay final : public TestDisplay {
   void somebodyResizes(WindowHandle window, CGSize size) override {
     system_.userResizesWindow(window, {system_.window(window)->description.frame.origin, size});
   }
+  void somebodyRaises(WindowHandle window, WindowHandle other) override {
+    system_.userOrdersWindows({window, other});
+  }
   void somebodyEnds(WindowHandle window) override { system_.windowVanishes(window); }
   void connectionBreaks() override { system_.connectionBreaks("a test"); }
   std::uint64_t openForeignWindow() override { return 0; }

@@ -92,6 +92,7 @@ TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
     void frameChanged(WindowHandle /*window*/, CGRect /*frame*/) override {}
     void miniaturizedChanged(WindowHandle /*window*/, bool /*miniaturized*/) override {}
     void styleMaskChanged(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {}
+    void orderChanged(const std::vector<WindowHandle>& /*windows*/) override {}
     void controlsKept(WindowHandle /*window*/, NSWindowStyleMask /*controls*/) override {}
     void displayLost(std::string_view /*reason*/) override {}
 

@@ -31,6 +31,10 @@ class X11Display final : public TestDisplay {
     frame.height = static_cast<int>(size.height);
     user_.configure(idOf(window), frame);
   }
+  void somebodyRaises(WindowHandle window, WindowHandle /*other*/) override {
+    user_.raise(idOf(window));
+    user_.activateByManager(idOf(window));
+  }
   void somebodyEnds(WindowHandle window) override { user_.destroy(idOf(window)); }
   void connectionBreaks() override { server_.kill(); }
   std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }

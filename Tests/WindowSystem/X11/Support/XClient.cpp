@@ -276,6 +276,12 @@ void XClient::closeByManager(xcb_window_t window) {
               window, "_NET_CLOSE_WINDOW", XCB_CURRENT_TIME, kFromPager);
 }
 
+void XClient::activateByManager(xcb_window_t window) {
+  constexpr std::uint32_t kFromPager = 2;
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, "_NET_ACTIVE_WINDOW", kFromPager, XCB_CURRENT_TIME);
+}
+
 void XClient::iconify(xcb_window_t window) {
   constexpr std::uint32_t kIconic = 3;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,

@@ -91,6 +91,8 @@ class XClient {
   void sendProtocol(xcb_window_t window, std::string_view protocol);
   /// Asks the window manager to close a window, as a taskbar does.
   void closeByManager(xcb_window_t window);
+  /// Asks the window manager to bring a window to the front, as a taskbar does.
+  void activateByManager(xcb_window_t window);
   /// Asks the window manager to miniaturise a window.
   void iconify(xcb_window_t window);
   /// The first window, front to back and outside in, whose WM_CLASS ends in the name or whose

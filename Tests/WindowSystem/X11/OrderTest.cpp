@@ -1,0 +1,124 @@
+// The order in which windows lie, as users and window managers change it.
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11/X11HostTest.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kSecond{300, 250, 640, 400};
+
+class X11Order : public X11Test {
+ protected:
+  xcb_window_t openGame(PixelRect frame) {
+    const xcb_window_t window = user.openGame(frame, 0);
+    EXPECT_TRUE(eventually([&] { return user.isViewable(window); }));
+    return window;
+  }
+  bool waitForOrder(const std::vector<WindowHandle>& order) {
+    return waitFor([&] { return !reports.orders.empty() && reports.orders.back() == order; });
+  }
+};
+
+TEST_F(X11Order, IsToldWithoutAWindowManager) {
+  const WindowHandle first = adopt(openGame(kGame)).handle;
+  const WindowHandle second = adopt(openGame(kSecond)).handle;
+  user.raise(idOf(first));
+  EXPECT_TRUE(waitForOrder({first, second}));
+  user.raise(idOf(second));
+  EXPECT_TRUE(waitForOrder({second, first}));
+  EXPECT_EQ(reports.orders.size(), 2U);
+}
+
+TEST_F(X11Order, IsToldWhereItIsNotThatOfTheAdoption) {
+  const xcb_window_t lower = openGame(kGame);
+  const WindowHandle upper = adopt(openGame(kSecond)).handle;
+  const WindowHandle handle = adopt(lower).handle;
+  EXPECT_TRUE(waitForOrder({upper, handle}));
+}
+
+TEST_F(X11Order, IsNotToldWhereWeHaveMadeIt) {
+  const WindowHandle first =
+      open({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
+  const WindowHandle second =
+      open({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
+  system().orderFront(first);
+  ASSERT_TRUE(waitFor([&] { return user.children(user.root()).back() == idOf(first); }));
+  system().orderFront(second);
+  ASSERT_TRUE(waitFor([&] { return user.children(user.root()).back() == idOf(second); }));
+  EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
+  EXPECT_THAT(reports.orders, IsEmpty());
+}
+
+TEST_F(X11Order, OfOneWindowIsNothingToLookAt) {
+  const xcb_window_t game = openGame(kGame);
+  adopt(game);
+  openGame(kSecond);
+  user.raise(game);
+  deliver();
+  EXPECT_THAT(reports.orders, IsEmpty());
+  EXPECT_EQ(system().nextDeadline(), kNever);
+}
+
+TEST_F(X11Order, IsThatOfTheWindowsOnTheScreen) {
+  const WindowHandle first = adopt(openGame(kGame)).handle;
+  const WindowHandle second = adopt(openGame(kSecond)).handle;
+  const WindowHandle third = adopt(openGame(kSecond)).handle;
+  user.unmap(idOf(second));
+  deliver();
+  user.raise(idOf(first));
+  EXPECT_TRUE(waitForOrder({first, third}));
+}
+
+class X11OrderWithManager : public X11Order, public testing::WithParamInterface<Manager> {
+ protected:
+  X11OrderWithManager() { startManager(GetParam()); }
+};
+
+TEST_P(X11OrderWithManager, FollowsAClickThatRaises) {
+  const WindowHandle first = adopt(openGame(kGame)).handle;
+  const WindowHandle second = adopt(openGame(kSecond)).handle;
+  ASSERT_TRUE(waitFor([&] { return user.focused() == idOf(second); }));
+  const PixelRect place = user.frameOf(idOf(first));
+  user.click(place.x + 20, place.y + 20);
+  EXPECT_TRUE(waitForOrder({first, second}));
+}
+
+TEST_P(X11OrderWithManager, IsAskedOfAManagerThatComesLater) {
+  const WindowHandle first = adopt(openGame(kGame)).handle;
+  const WindowHandle second = adopt(openGame(kSecond)).handle;
+  manager.end();
+  startManager(GetParam());
+  ASSERT_TRUE(waitFor([&] { return user.isViewable(idOf(first)); }));
+  user.activateByManager(idOf(second));
+  user.activateByManager(idOf(first));
+  EXPECT_TRUE(waitForOrder({first, second}));
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, X11OrderWithManager,
+                         testing::Values(Manager::Metacity, Manager::Openbox),
+                         [](const testing::TestParamInfo<Manager>& tested) {
+                           return tested.param == Manager::Metacity ? "Metacity" : "Openbox";
+                         });
+
+class X11ApplicationOrder : public X11HostTest {};
+
+TEST_F(X11ApplicationOrder, IsThatOnTheScreen) {
+  std::string error;
+  const Strong<NSWindow> second = NSApp->adoptWindow(other, error);
+  ASSERT_NE(second, nullptr) << error;
+  const auto order = [] { return NSApp->orderedWindows(); };
+  ASSERT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
+  const PixelRect place = user.frameOf(other);
+  user.click(place.x + place.width - 10, place.y + place.height - 10);
+  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{second, player}; }));
+  user.activateByManager(game);
+  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
+}
+
+}  // namespace
+}  // namespace vel::test
