@@ -96,6 +96,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   found.hasFocus = seen.focus != nullptr && holdsFocus(id, seen.focus->focus);
   if (found.hasFocus) {
     focus_ = focusTold_ = id;
+    timeOfFocus_ = connection_->time();  // not when it came, but it is here now
     if (!std::exchange(active_, true)) {
       report([handle = found.handle](WindowSystemDelegate& delegate) {
         delegate.applicationActivated(handle);
