@@ -79,7 +79,9 @@ int show(const ShowOptions& options) {
     // The user is to see the player come back. Its pictures keep the loop going.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kTimeForThePlayer;
-    signal = loop.runUntil([&runLoop, end] { return runLoop.now() >= end; });
+    signal = loop.runUntil([&runLoop, &session, end] {
+      return runLoop.now() >= end || session->outcome()->status != kExitEnded;
+    });
   }
   session->giveBack();
   NSApplication::stop();

@@ -266,7 +266,11 @@ void ShowSession::eventRecorded(std::string_view event) {
   }
 }
 
+// Also after a good end, while the user is to see the player.
 void ShowSession::displayLost(std::string_view reason) {
+  if (outcome_ && outcome_->status == kExitEnded) {
+    outcome_.reset();
+  }
   fail("the display is lost: " + std::string(reason));
 }
 

@@ -268,6 +268,22 @@ TEST_F(ShowSessionTest, LostDisplayIsTold) {
   EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
 }
 
+TEST_F(ShowSessionTest, LostDisplayIsToldAfterAGoodEndToo) {
+  start();
+  EXPECT_EQ(runToEnd().status, kExitEnded);
+  platform.user().connectionBreaks("the server went away");
+  EXPECT_EQ(session->outcome()->status, kExitRefused);
+  EXPECT_EQ(session->outcome()->failure, "the display is lost: the server went away");
+}
+
+TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
+  options.presentation = "sheet";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  platform.user().connectionBreaks("the server went away");
+  EXPECT_EQ(session->outcome()->failure, outcome.failure);
+}
+
 TEST_F(ShowSessionTest, PlayerThatDoesNotComeToTheFrontIsCoveredAllTheSame) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.user().userKeepsFocus(true);

@@ -1,0 +1,23 @@
+// The end of a run with a player of the program's own, which is seen for a while after it.
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+
+namespace vel::test {
+namespace {
+
+TEST(X11ShowEnd, ADisplayThatIsLostAfterTheEventIsOneLine) {
+  XServer server;
+  LaunchedShow show(server, {"--duration", "0.3", "--content-controller"});
+  ASSERT_TRUE(show.prints("event recorded: launch_end\n")) << show.output();
+  server.kill();
+  EXPECT_EQ(show.wait(), 1);
+  EXPECT_THAT(
+      show.output(),
+      testing::EndsWith(
+          "launch_end\nlaunchscreen: the display is lost: the X11 display does not answer any "
+          "more\n"));
+}
+
+}  // namespace
+}  // namespace vel::test
