@@ -1,6 +1,7 @@
 // What the back end is told to do; what it hears is in X11Events.cpp.
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -113,6 +114,10 @@ void X11WindowSystem::describe(const Window& window, const WindowDescription& de
   set(atom(Atom::WmProtocols), Property::ofNumbers(XCB_ATOM_ATOM, protocols));
   const std::array process{static_cast<std::uint32_t>(getpid())};
   set(atom(Atom::NetWmPid), Property::ofNumbers(XCB_ATOM_CARDINAL, process));
+  if (utsname machine{}; uname(&machine) == 0) {  // a process's number is one of a machine's
+    set(XCB_ATOM_WM_CLIENT_MACHINE,
+        Property::ofText(XCB_ATOM_STRING, static_cast<const char*>(machine.nodename)));
+  }
   const std::array type{atom(description.kind == WindowKind::Plain ? Atom::NetWmWindowTypeNormal
                                                                    : Atom::NetWmWindowTypeDialog)};
   set(atom(Atom::NetWmWindowType), Property::ofNumbers(XCB_ATOM_ATOM, type));

@@ -1,0 +1,24 @@
+#include <unistd.h>
+
+#include <array>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+class X11OwnProcess : public X11Test {};
+
+TEST_F(X11OwnProcess, IsNamedWithTheMachineThatItRunsOn) {
+  const xcb_window_t window =
+      idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
+  std::array<char, 256> machine{};
+  ASSERT_EQ(gethostname(machine.data(), machine.size()), 0);
+  EXPECT_EQ(user.property(window, "WM_CLIENT_MACHINE"),
+            Property::ofText(XCB_ATOM_STRING, machine.data()));
+  EXPECT_EQ(user.numbers(window, "_NET_WM_PID"),
+            std::vector{static_cast<std::uint32_t>(getpid())});
+}
+
+}  // namespace
+}  // namespace vel::test
