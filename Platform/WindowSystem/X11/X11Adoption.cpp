@@ -53,6 +53,10 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     error = name + ": it takes part already";
     return std::nullopt;
   }
+  if (id == connection_->root()) {
+    error = name + ": it is the root window";
+    return std::nullopt;
+  }
   if (connection_->hasMade(id)) {
     error = name + ": it is one of this program's own";
     return std::nullopt;
@@ -63,16 +67,13 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   window.id = id;
   window.origin = WindowOrigin::Adopted;
   window.ordered = true;
-  const bool isRoot = id == connection_->root();
-  if (!isRoot) {
-    selectEvents(window);
-  }
+  selectEvents(window);
   Inspection seen = inspect(id);
-  if (const char* const reason = isRoot ? "it is the root window" : reasonToRefuse(seen)) {
+  if (const char* const reason = reasonToRefuse(seen)) {
     error = name + ": " + reason;
     if (seen.looks.attributes == nullptr) {
       connection_->windowEnded(id);
-    } else if (!isRoot) {
+    } else if (!isManagersMark(seen)) {  // of that the end is to be heard
       ignoreEvents(id);
     }
     connection_->flush();
@@ -135,16 +136,19 @@ X11WindowSystem::Inspection X11WindowSystem::inspect(xcb_window_t id) {
   const auto state = ask(connection_->atom(Atom::WmState));
   const auto motif = ask(connection_->atom(Atom::MotifWmHints));
   const auto normal = ask(XCB_ATOM_WM_NORMAL_HINTS);
+  const auto mark = ask(connection_->atom(Atom::NetSupportingWmCheck));
   const auto windowClass = ask(XCB_ATOM_WM_CLASS);
   const auto title = ask(connection_->atom(Atom::NetWmName));
   const auto plainTitle = ask(XCB_ATOM_WM_NAME);
   Inspection found;
+  found.id = id;
   found.looks = lookAt(id);
   found.tree = connection_->answer(xcb_query_tree_reply, tree, "QueryTree", id);
   found.focus =
       connection_->answer(xcb_get_input_focus_reply, focus, "GetInputFocus", connection_->root());
   found.state = connection_->property(state, id);
   found.hints = {connection_->property(motif, id), connection_->property(normal, id)};
+  found.mark = connection_->property(mark, id);
   found.windowClass = connection_->property(windowClass, id);
   found.title = connection_->property(title, id);
   auto plain = connection_->property(plainTitle, id);
@@ -168,7 +172,15 @@ const char* X11WindowSystem::reasonToRefuse(const Inspection& found) {
   if (looks.geometry->root != connection_->root() || looks.corner->same_screen == 0) {
     return "it is on another screen";
   }
+  if (isManagersMark(found)) {
+    return "it is the window manager's mark, and nobody's to see";
+  }
   return isFrame(found) ? "it is a window manager's frame; name the window inside" : nullptr;
+}
+
+// The window by which a window manager says that it runs: it names itself.
+bool X11WindowSystem::isManagersMark(const Inspection& found) {
+  return found.mark && found.mark->numbers() == std::vector{found.id};
 }
 
 // A window that a window manager has made around another program's: it has no state of its own, but

@@ -74,11 +74,13 @@ class X11WindowSystem final : public WindowSystem {
 
   /// All that has to be known of somebody else's window before it can take part.
   struct Inspection {
+    xcb_window_t id = XCB_WINDOW_NONE;
     Looks looks;
     x11::FromServer<xcb_query_tree_reply_t> tree;
     x11::FromServer<xcb_get_input_focus_reply_t> focus;
     std::optional<x11::Property> state;
     x11::StyleHints hints;
+    std::optional<x11::Property> mark;
     std::optional<x11::Property> windowClass;
     std::optional<x11::Property> title;
   };
@@ -105,6 +107,7 @@ class X11WindowSystem final : public WindowSystem {
   Looks lookAt(xcb_window_t id);
   Inspection inspect(xcb_window_t id);
   const char* reasonToRefuse(const Inspection& found);
+  static bool isManagersMark(const Inspection& found);
   bool isFrame(const Inspection& found);
   bool holdsFocus(xcb_window_t id, xcb_window_t focus);
   std::vector<WindowHandle> order();  // of those on screen, front to back

@@ -16,8 +16,7 @@ TEST_F(X11OwnProcess, IsNamedWithTheMachineThatItRunsOn) {
   ASSERT_EQ(gethostname(machine.data(), machine.size()), 0);
   EXPECT_EQ(user.property(window, "WM_CLIENT_MACHINE"),
             Property::ofText(XCB_ATOM_STRING, machine.data()));
-  EXPECT_EQ(user.numbers(window, "_NET_WM_PID"),
-            std::vector{static_cast<std::uint32_t>(getpid())});
+  EXPECT_EQ(user.numbers(window, "_NET_WM_PID"), std::vector{static_cast<std::uint32_t>(getpid())});
 }
 
 }  // namespace
