@@ -3,6 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "Platform/Foundation/NSLog.h"
+
 namespace vel::x11 {
 
 namespace {
@@ -40,6 +42,7 @@ void Render::ask() {
   const xcb_query_extension_reply_t* const extension =
       xcb_get_extension_data(connection_.get(), &xcb_render_id);
   if (extension == nullptr || extension->present == 0) {
+    NSLog("X11: the display cannot draw indicators: it has no Render extension");
     return;
   }
   connection_.answer(xcb_render_query_version_reply,

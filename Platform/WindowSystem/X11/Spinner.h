@@ -12,7 +12,8 @@
 
 namespace vel::x11 {
 
-/// What the server's Render extension can draw with; asked for when it is first needed.
+/// What the server's Render extension can draw with; asked for when it is first needed. Without it
+/// covers have no indicator; the log says so once.
 class Render {
  public:
   explicit Render(Connection& connection) : connection_(connection) {}

@@ -36,7 +36,8 @@ Process startManager(Manager started, const XServer& server, XClient& user) {
 
 // X11Test
 
-X11Test::X11Test(Manager started) : user(server.display()) {
+X11Test::X11Test(Manager started, const std::vector<std::string>& serverArguments)
+    : server(serverArguments), user(server.display()) {
   setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
   startManager(started);
 }

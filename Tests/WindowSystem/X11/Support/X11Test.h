@@ -27,7 +27,8 @@ Process startManager(Manager manager, const XServer& server, XClient& user);
 /// events, and fails where what was waited for does not come.
 class X11Test : public testing::Test {
  protected:
-  explicit X11Test(Manager manager = Manager::None);
+  explicit X11Test(Manager manager = Manager::None,
+                   const std::vector<std::string>& serverArguments = {});
   ~X11Test() override;
 
   /// Opens the back end, if that has not happened.

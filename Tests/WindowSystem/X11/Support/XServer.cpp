@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace vel::test {
 
@@ -29,16 +30,17 @@ std::filesystem::path makeFolder() {
 }  // namespace
 
 // The server chooses its number and prints it once it answers.
-XServer::XServer() : settings_(makeFolder()) {
+XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
   std::filesystem::create_directories(settings_ / "glib-2.0/settings");
   std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kSettings;
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  process_ = Process({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x960x24", "-nolisten", "tcp",
-                      "-noreset", "-dpi", "96"},
-                     "", {.output = ends[1]});
+  std::vector<std::string> all{"Xvfb",      "-displayfd", "1",        "-screen", "0", "1280x960x24",
+                               "-nolisten", "tcp",        "-noreset", "-dpi",    "96"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  process_ = Process(std::move(all), "", {.output = ends[1]});
   close(ends[1]);
   char digit = 0;
   while (read(ends[0], &digit, 1) == 1 && digit != '\n') {

@@ -11,7 +11,8 @@ namespace vel::test {
 /// An X server with a screen in memory, 1280 by 960 pixels, on a free display of its own.
 class XServer {
  public:
-  XServer();
+  /// `arguments` are further ones of the server's.
+  explicit XServer(const std::vector<std::string>& arguments = {});
   XServer(const XServer&) = delete;
   XServer& operator=(const XServer&) = delete;
   XServer(XServer&&) = delete;

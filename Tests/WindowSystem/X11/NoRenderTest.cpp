@@ -1,0 +1,34 @@
+// A server that cannot draw indicators.
+#include <gmock/gmock.h>
+#include <xcb/render.h>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+class X11NoRender : public X11Test {
+ protected:
+  X11NoRender() : X11Test(Manager::None, {"-extension", "RENDER"}) {}
+};
+
+TEST_F(X11NoRender, TheCoverIsWhiteWithoutAnIndicatorAndTheLogSaysSoOnce) {
+  const auto* const render = xcb_get_extension_data(user.get(), &xcb_render_id);
+  ASSERT_EQ(render->present, 0);
+  const xcb_window_t game = user.openGame({200, 150, 640, 400}, 0x208040);
+  const AdoptedWindow found = adopt(game);
+  for (int i = 0; i < 2; ++i) {
+    system().setScene(found.handle, whiteWithIndicator(found.frame.size));
+    deliver();
+    EXPECT_TRUE(user.picture(game).isAll(kWhite));
+    EXPECT_EQ(system().nextDeadline(), kNever);
+    system().setScene(found.handle, {});
+    deliver();
+    EXPECT_TRUE(user.picture(game).isAll(0x208040));
+  }
+  EXPECT_THAT(log, testing::ElementsAre(
+                       "X11: the display cannot draw indicators: it has no Render extension"));
+}
+
+}  // namespace
+}  // namespace vel::test
