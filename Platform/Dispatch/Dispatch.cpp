@@ -1,29 +1,39 @@
 #include "Platform/Dispatch/Dispatch.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace vel {
 
 DispatchQueue::DispatchQueue() { NSRunLoop::mainRunLoop().setMainQueueSource(this); }
 
-bool DispatchQueue::later(const Task& left, const Task& right) {
-  return left.deadline != right.deadline ? left.deadline > right.deadline
-                                         : left.order > right.order;
-}
-
 void DispatchQueue::noteNextDeadline() {
-  nextDeadline_ = tasks_.empty() ? kNever : tasks_.front().deadline;
+  Nanoseconds next = kNever;
+  if (!arrived_.empty()) {
+    next = arrived_.front().place.deadline;
+  }
+  if (!later_.empty()) {
+    next = std::min(next, later_.begin()->first.deadline);
+  }
+  nextDeadline_ = next;
 }
 
 void DispatchQueue::submit(dispatch_time_t deadline, Work work) {
   bool first = false;
   {
     const std::scoped_lock lock(mutex_);
-    tasks_.push_back({deadline, submitted_++, std::move(work)});
-    std::ranges::push_heap(tasks_, later);
+    if (deadline == DISPATCH_TIME_NOW) {
+      // Read under the lock: what is submitted later has a later deadline.
+      deadline = NSRunLoop::mainRunLoop().now();
+      arrived_.emplace_back(Place{deadline, submitted_++}, std::move(work));
+    } else {
+      later_.emplace(Place{deadline, submitted_++}, std::move(work));
+    }
     first = deadline < nextDeadline_;
-    noteNextDeadline();
+    if (first) {
+      nextDeadline_ = deadline;
+    }
   }
   if (first) {
     NSRunLoop::mainRunLoop().wake();
@@ -32,14 +42,25 @@ void DispatchQueue::submit(dispatch_time_t deadline, Work work) {
 
 void DispatchQueue::takeDue() {
   if (nextDeadline_ == kNever) {
-    return;  // the usual case costs no reading of the clock
+    return;  // the usual case costs neither the lock nor a reading of the clock
   }
-  const Nanoseconds now = NSRunLoop::mainRunLoop().now();
   const std::scoped_lock lock(mutex_);
-  while (!tasks_.empty() && tasks_.front().deadline <= now) {
-    std::ranges::pop_heap(tasks_, later);
-    due_.push_back(std::move(tasks_.back()));
-    tasks_.pop_back();
+  auto arrived = arrived_.begin();
+  if (!later_.empty()) {
+    const Nanoseconds now = NSRunLoop::mainRunLoop().now();
+    while (!later_.empty() && later_.begin()->first.deadline <= now) {
+      auto later = later_.extract(later_.begin());
+      for (; arrived != arrived_.end() && arrived->place < later.key(); ++arrived) {
+        due_.push_back(std::move(*arrived));
+      }
+      due_.emplace_back(later.key(), std::move(later.mapped()));
+    }
+  }
+  if (due_.empty()) {
+    due_.swap(arrived_);
+  } else {
+    std::move(arrived, arrived_.end(), std::back_inserter(due_));
+    arrived_.clear();
   }
   noteNextDeadline();
 }
@@ -59,35 +80,40 @@ bool DispatchQueue::deliver() {
 
 std::size_t DispatchQueue::pendingCount() const {
   const std::scoped_lock lock(mutex_);
-  return tasks_.size() + (due_.size() - next_);
+  return arrived_.size() + later_.size() + (due_.size() - next_);
 }
 
 std::vector<DispatchQueue::Pending> DispatchQueue::pending() const {
   const std::scoped_lock lock(mutex_);
-  std::vector<const Task*> tasks;
-  for (std::size_t index = next_; index < due_.size(); ++index) {
-    tasks.push_back(&due_[index]);
-  }
-  const auto waiting = static_cast<std::ptrdiff_t>(tasks.size());
-  for (const Task& task : tasks_) {
-    tasks.push_back(&task);
-  }
-  std::sort(tasks.begin() + waiting, tasks.end(),
-            [](const Task* left, const Task* right) { return later(*right, *left); });
   std::vector<Pending> pending;
-  pending.reserve(tasks.size());
-  for (const Task* task : tasks) {
-    pending.push_back({task->deadline, &task->work.target_type()});
+  const auto add = [&pending](const Place& place, const Work& work) {
+    pending.push_back({place.deadline, &work.target_type()});
+  };
+  for (std::size_t index = next_; index < due_.size(); ++index) {
+    add(due_[index].place, due_[index].work);
+  }
+  auto later = later_.begin();
+  for (const Task& task : arrived_) {
+    for (; later != later_.end() && later->first < task.place; ++later) {
+      add(later->first, later->second);
+    }
+    add(task.place, task.work);
+  }
+  for (; later != later_.end(); ++later) {
+    add(later->first, later->second);
   }
   return pending;
 }
 
 void DispatchQueue::removeAll() {
-  std::vector<Task> dropped;
-  std::vector<Task> droppedDue;
+  // What the work held dies after the lock is given back: it may come back here.
+  std::vector<Task> arrived;
+  std::map<Place, Work> later;
+  std::vector<Task> due;
   const std::scoped_lock lock(mutex_);
-  dropped.swap(tasks_);
-  droppedDue.swap(due_);
+  arrived.swap(arrived_);
+  later.swap(later_);
+  due.swap(due_);
   next_ = 0;
   noteNextDeadline();
 }
@@ -110,11 +136,11 @@ dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta) {
 }
 
 void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work) {
-  queue.submit(NSRunLoop::mainRunLoop().now(), std::move(work));
+  queue.submit(DISPATCH_TIME_NOW, std::move(work));
 }
 
 void dispatch_after(dispatch_time_t when, DispatchQueue& queue, DispatchQueue::Work work) {
-  queue.submit(dispatch_time(when, 0), std::move(work));
+  queue.submit(when, std::move(work));
 }
 
 }  // namespace vel

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <atomic>
+#include <compare>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <typeinfo>
 #include <vector>
@@ -28,7 +30,8 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
 
   DispatchQueue();
 
-  /// Adds work that is due at `deadline`. Any thread; a waiting run loop is woken.
+  /// Adds work that is due at `deadline`; DISPATCH_TIME_NOW stands for now. Any thread; a waiting
+  /// run loop is woken.
   void submit(dispatch_time_t deadline, Work work);
 
   bool deliver() override;
@@ -49,18 +52,25 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   void removeAll();
 
  private:
-  struct Task {
+  /// A task's place in the order.
+  struct Place {
     Nanoseconds deadline;
-    std::uint64_t order;
+    std::uint64_t submission;
+    auto operator<=>(const Place&) const = default;
+  };
+  struct Task {
+    Place place;
     Work work;
   };
-  // For the heap functions: the task due first is the greatest.
-  static bool later(const Task& left, const Task& right);
+
   void noteNextDeadline();
   void takeDue();
 
   mutable std::mutex mutex_;
-  std::vector<Task> tasks_;  // a heap
+  // What was submitted for now, and what for a moment of its own; both in order. The former is due
+  // without asking the clock.
+  std::vector<Task> arrived_;
+  std::map<Place, Work> later_;
   std::uint64_t submitted_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
   // The main thread's own: what has come due, in order, and how much of it has been run. Work that

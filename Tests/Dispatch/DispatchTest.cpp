@@ -114,6 +114,29 @@ TEST_F(DispatchTest, AsyncIsAfterWithoutADelay) {
   EXPECT_EQ(ran, (Ran{"first", "second", "third", "fourth"}));
 }
 
+TEST_F(DispatchTest, WorkForNowHasItsPlaceAmongTheMoments) {
+  submitAt(after(0.5), "half a second");
+  letTimePass(1);
+  submit("one second");
+  submitAt(after(-0.75), "a quarter");
+  submitAt(after(0), "one second again");
+  const std::vector<DispatchQueue::Pending> pending = queue.pending();
+  ASSERT_EQ(pending.size(), 4u);
+  EXPECT_EQ(pending[0].deadline, NSEC_PER_SEC / 4);
+  EXPECT_EQ(pending[1].deadline, NSEC_PER_SEC / 2);
+  EXPECT_EQ(pending[3].deadline, NSEC_PER_SEC);
+  loop.pump();
+  EXPECT_EQ(ran, (Ran{"a quarter", "half a second", "one second", "one second again"}));
+}
+
+TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForWorkThatIsNot) {
+  submitAt(after(1), "later");
+  submit("now");
+  loop.pump();
+  EXPECT_EQ(ran, Ran{"now"});
+  EXPECT_EQ(queue.nextDeadline(), NSEC_PER_SEC);
+}
+
 TEST_F(DispatchTest, AMomentThatHasPassedIsDueNow) {
   letTimePass(2);
   submitAt(after(-1), "work");
