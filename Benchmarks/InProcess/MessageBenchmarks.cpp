@@ -82,6 +82,35 @@ void postPlain(benchmark::State& state) {
 }
 BENCHMARK(postPlain)->Name("post/plain")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
 
+// What it costs at the least to keep each observer alive for its call, as the library does.
+void postPlainKeptAlive(benchmark::State& state) {
+  struct Observer {
+    std::int64_t heard = 0;
+    void hear() { ++heard; }
+  };
+  std::vector<std::shared_ptr<Observer>> observers;
+  std::vector<std::weak_ptr<Observer>> registered;
+  for (std::int64_t index = 0; index < state.range(0); ++index) {
+    registered.emplace_back(observers.emplace_back(std::make_shared<Observer>()));
+  }
+  void (Observer::*call)() = &Observer::hear;
+  benchmark::DoNotOptimize(call);
+  for (auto _ : state) {
+    for (const std::weak_ptr<Observer>& observer : registered) {
+      if (const std::shared_ptr<Observer> kept = observer.lock()) {
+        (kept.get()->*call)();
+      }
+    }
+  }
+  benchmark::DoNotOptimize(observers.data());
+}
+BENCHMARK(postPlainKeptAlive)
+    ->Name("post/plain, kept alive")
+    ->Arg(1)
+    ->Arg(10)
+    ->Arg(1000)
+    ->Arg(10'000);
+
 void postOfQt(benchmark::State& state) {
   QtSender sender;
   std::vector<std::unique_ptr<QtListener>> listeners;

@@ -54,7 +54,7 @@ std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
 }
 
 void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
-                                                      const Strong<NSObject>& object) {
+                                                      Strong<NSObject> object) {
   std::unique_lock lock(mutex_);
   Topic* const topic = find(name);
   if (topic == nullptr || topic->entries.empty()) {
@@ -76,11 +76,11 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   } const post(*this);
   lock.unlock();
 
-  const auto notification = NSNotification::initWithNameObject(name, object);
+  const NSObject* const sender = object.get();
+  const auto notification = NSNotification::initWithNameObject(name, std::move(object));
   for (;; ++entry) {
     const Registration& registration = entry->registration;
-    if (!entry->removed &&
-        (registration.object == nullptr || registration.object == object.get())) {
+    if (!entry->removed && (registration.object == nullptr || registration.object == sender)) {
       if (const Strong<NSObject> observer = registration.observer.lock()) {
         registration.callout(*observer, notification);
       }

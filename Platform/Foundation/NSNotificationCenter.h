@@ -45,7 +45,7 @@ class VEL_EXPORT NSNotificationCenter {
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
   /// Posts to the registrations that stand now, less those removed meanwhile.
-  void postNotificationNameObject(NSNotificationName name, const Strong<NSObject>& object);
+  void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:
   struct Registration {
