@@ -29,6 +29,8 @@ add_library(vel::CompilerSettings ALIAS VelCompilerSettings)
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_compile_options(VelCompilerSettings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion)
+  # So that the linker can leave out what nobody uses.
+  target_compile_options(VelCompilerSettings INTERFACE -ffunction-sections -fdata-sections)
 endif()
 if(VEL_WARNINGS_AS_ERRORS)
   target_compile_options(VelCompilerSettings INTERFACE -Werror)
