@@ -245,20 +245,16 @@ std::optional<Property> Connection::property(xcb_get_property_cookie_t cookie,
   return Property{reply->type, reply->format, {bytes.begin(), bytes.end()}};
 }
 
-unsigned Connection::setProperty(xcb_window_t window, xcb_atom_t name,
-                                 const std::optional<Property>& value) {
-  xcb_void_cookie_t cookie{};
+void Connection::setProperty(xcb_window_t window, xcb_atom_t name,
+                             const std::optional<Property>& value) {
   if (!value) {
-    cookie = xcb_delete_property(connection_, window, name);
-    sent(cookie, "DeleteProperty", window);
-  } else {
-    const std::size_t count = value->bytes.size() / (value->format / 8U);
-    cookie =
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
-                            value->format, static_cast<std::uint32_t>(count), value->bytes.data());
-    sent(cookie, "ChangeProperty", window);
+    sent(xcb_delete_property(connection_, window, name), "DeleteProperty", window);
+    return;
   }
-  return cookie.sequence;
+  const std::size_t count = value->bytes.size() / (value->format / 8U);
+  sent(xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
+                           value->format, static_cast<std::uint32_t>(count), value->bytes.data()),
+       "ChangeProperty", window);
 }
 
 void Connection::tellWindowManager(xcb_window_t window, Atom message,

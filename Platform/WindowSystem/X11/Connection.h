@@ -131,9 +131,8 @@ class Connection {
   [[nodiscard]] xcb_get_property_cookie_t askForProperty(xcb_window_t window,
                                                          xcb_atom_t name) const;
   std::optional<Property> property(xcb_get_property_cookie_t cookie, xcb_window_t window);
-  /// Sets a window's property, or removes it. Answers the request's number: the event of the change
-  /// is the first about the property that bears it.
-  unsigned setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
+  /// Sets a window's property, or removes it.
+  void setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
   /// Sends a message to a window manager, through the root window.
   void tellWindowManager(xcb_window_t window, Atom message,
                          const std::array<std::uint32_t, 5>& data);

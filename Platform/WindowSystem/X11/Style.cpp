@@ -4,6 +4,13 @@
 
 namespace vel::x11 {
 
+namespace {
+
+// More than are made while a window's owner reads one and writes his own.
+constexpr std::size_t kWritingsRemembered = 4;
+
+}  // namespace
+
 Style::Style(Connection& connection, xcb_window_t window, WindowKind kind,
              NSWindowStyleMask styleMask, PixelRect frame)
     : connection_(connection),
@@ -57,29 +64,10 @@ void Style::sizeChanged(PixelRect frame) {
   }
 }
 
-// An event bears the number of our latest request that the server had come to. The event of our own
-// writing is the first with its number; an earlier one is of something that we have read since.
-bool Style::handle(const xcb_generic_event_t& event) {
-  const xcb_atom_t name = eventAs<xcb_property_notify_event_t>(event).atom;
-  if (isOwn() || (name != motif_.name && name != normal_.name)) {
-    return false;
-  }
-  Hint& hint = name == motif_.name ? motif_ : normal_;
-  const int age = static_cast<int>(event.full_sequence - hint.lastWriting);
-  if (hint.lastWriting != 0 && age < 0) {
-    return false;
-  }
-  if (age == 0 && std::exchange(hint.writingUnheard, false)) {
-    return false;
-  }
-  hint.writtenByOwner = true;
-  return true;
-}
-
 void Style::hintsChanged(PixelRect frame) {
   if (takenOver_) {
     apply(frame);
-  } else {
+  } else if (!isOwn()) {
     read();
   }
 }
@@ -99,6 +87,8 @@ void Style::giveBack() {
   const ServerGrab grab(connection_);
   read();
   write(theirs());
+  motif_.overlays.clear();
+  normal_.overlays.clear();
   takenOver_ = false;
 }
 
@@ -109,12 +99,17 @@ void Style::read() {
   found(normal_, connection_.property(normal, window_));
 }
 
-// What its owner writes may be just what we wrote, and is his all the same.
 void Style::found(Hint& hint, std::optional<Property> value) {
-  if (std::exchange(hint.writtenByOwner, false) || value != hint.written) {
-    hint.theirs = value;
-    hint.written = std::move(value);
+  if (value == hint.written) {
+    return;
   }
+  hint.theirs = value;
+  for (const Overlay& overlay : hint.overlays) {
+    if (value && isReadFrom(overlay, *value)) {
+      hint.theirs = value == overlay.ours ? overlay.theirs : withoutOurs(overlay, *value);
+    }
+  }
+  hint.written = std::move(value);
 }
 
 void Style::write(const StyleHints& hints) {
@@ -123,11 +118,15 @@ void Style::write(const StyleHints& hints) {
 }
 
 void Style::write(Hint& hint, const std::optional<Property>& value) {
-  if (value != hint.written) {
-    hint.lastWriting = connection_.setProperty(window_, hint.name, value);
-    hint.writingUnheard = true;
-    hint.written = value;
+  if (value == hint.written) {
+    return;
   }
+  connection_.setProperty(window_, hint.name, value);
+  hint.written = value;
+  if (hint.overlays.size() == kWritingsRemembered) {
+    hint.overlays.pop_front();
+  }
+  hint.overlays.push_back({.theirs = hint.theirs, .ours = value});
 }
 
 }  // namespace vel::x11

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <deque>
+
 #include "Platform/WindowSystem/X11/StyleHints.h"
 
 namespace vel::x11 {
@@ -7,8 +9,9 @@ namespace vel::x11 {
 /// The style mask of one window, as its hints say it. Of a window that is not ours, the hints are
 /// taken over with the first change and given back, to the byte, when the mask is again what it
 /// was. Its owner may write them at any time: what he wrote last is what is given back, and until
-/// then what the mask takes away stays away. The window's protocols are never touched: a host keeps
-/// being asked to close by who may ask.
+/// then what the mask takes away stays away. Where he has read them meanwhile, changed a part and
+/// written them back, what we had taken away is given back in the rest. The window's protocols are
+/// never touched: a host keeps being asked to close by who may ask.
 class Style {
  public:
   /// Of a window of ours: writes the hints.
@@ -25,9 +28,7 @@ class Style {
   void set(NSWindowStyleMask styleMask, PixelRect frame);
   /// The window has, or is about to have, another size. Waits like `set`.
   void sizeChanged(PixelRect frame);
-  /// Takes an event; answers whether it says that the window's owner has written one of the hints.
-  bool handle(const xcb_generic_event_t& event);
-  /// The window's owner has written the hints. Waits.
+  /// Somebody has written the hints. Waits, where the window is somebody else's.
   void hintsChanged(PixelRect frame);
   /// Another mask that the window's owner has given it; none while his hints are taken over, or
   /// once it has been told.
@@ -40,12 +41,12 @@ class Style {
   /// One of the two properties.
   struct Hint {
     xcb_atom_t name = XCB_ATOM_NONE;
-    std::optional<Property> theirs =
-        std::nullopt;  // as the window's owner set it last; to be given back
-    std::optional<Property> written = std::nullopt;  // as it stands there, by us or by him
-    unsigned lastWriting = 0;                        // the number of our request
-    bool writingUnheard = false;                     // its event is still to come
-    bool writtenByOwner = false;                     // since it was last read
+    /// As the window's owner set it last; to be given back.
+    std::optional<Property> theirs = std::nullopt;
+    /// As it stands there, by us or by him.
+    std::optional<Property> written = std::nullopt;
+    /// Our latest writings; its owner may have read any of them.
+    std::deque<Overlay> overlays{};
   };
 
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }

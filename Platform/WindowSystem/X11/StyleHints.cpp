@@ -77,6 +77,24 @@ bool hasOneSize(const std::vector<std::uint32_t>& normal) {
          normal[kLeastHeight] == normal[kGreatestHeight];
 }
 
+// By their lengths: of the five fields of a Motif property three are sets, of the others' one.
+std::size_t setsIn(const std::vector<std::uint32_t>& values) {
+  return values.size() < kNormalFields ? 3 : 1;
+}
+
+// The bits of each field in which ours differs from theirs. Where two sizes differ, they differ as
+// wholes.
+std::vector<std::uint32_t> changesIn(const Overlay& overlay) {
+  const std::vector<std::uint32_t> ours = fields(overlay.ours, 0);
+  const std::vector<std::uint32_t> theirs = fields(overlay.theirs, ours.size());
+  std::vector<std::uint32_t> changes(ours.size());
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    const std::uint32_t difference = ours[i] ^ theirs[i];
+    changes[i] = i < setsIn(ours) || difference == 0 ? difference : ~0U;
+  }
+  return changes;
+}
+
 void fixSize(std::vector<std::uint32_t>& normal, PixelRect size) {
   normal[kNormalFlags] |= kHasLeastSize | kHasGreatestSize;
   normal[kLeastWidth] = normal[kGreatestWidth] = static_cast<std::uint32_t>(size.width);
@@ -84,6 +102,31 @@ void fixSize(std::vector<std::uint32_t>& normal, PixelRect size) {
 }
 
 }  // namespace
+
+bool isReadFrom(const Overlay& overlay, const Property& found) {
+  const std::vector<std::uint32_t> ours = fields(overlay.ours, 0);
+  const std::vector<std::uint32_t> changes = changesIn(overlay);
+  const std::vector<std::uint32_t> values = found.numbers();
+  if (values.size() < ours.size() || overlay.ours == overlay.theirs) {
+    return false;
+  }
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    if (((values[i] ^ ours[i]) & changes[i]) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+Property withoutOurs(const Overlay& overlay, const Property& found) {
+  const std::vector<std::uint32_t> changes = changesIn(overlay);
+  const std::vector<std::uint32_t> theirs = fields(overlay.theirs, changes.size());
+  std::vector<std::uint32_t> values = found.numbers();
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    values[i] = (values[i] & ~changes[i]) | (theirs[i] & changes[i]);
+  }
+  return Property::ofNumbers(found.type, values);
+}
 
 NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
   const auto motif = fields(hints.motif, kMotifFields);

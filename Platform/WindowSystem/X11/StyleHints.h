@@ -21,6 +21,18 @@ struct StyleHints {
   bool operator==(const StyleHints&) const = default;
 };
 
+/// What we wrote over one of these properties, and what its owner had there.
+struct Overlay {
+  std::optional<Property> theirs;
+  std::optional<Property> ours;
+};
+
+/// Whether a value that the owner has written since has all that we changed in it still: then he
+/// has changed what he read from us, as many programs do, and means the rest as it was.
+[[nodiscard]] bool isReadFrom(const Overlay& overlay, const Property& found);
+/// Such a value with what stood for our changes.
+[[nodiscard]] Property withoutOurs(const Overlay& overlay, const Property& found);
+
 /// The style mask that the properties amount to. Absent ones leave a window every control.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 

@@ -136,7 +136,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
     case XCB_CLIENT_MESSAGE:
       return handleMessage(eventAs<xcb_client_message_event_t>(event));
     case XCB_PROPERTY_NOTIFY:
-      return handleProperty(event);
+      return handleProperty(eventAs<xcb_property_notify_event_t>(event));
     case XCB_FOCUS_IN:
     case XCB_FOCUS_OUT:
       return handleFocus(event);
@@ -170,15 +170,15 @@ void X11WindowSystem::handleMessage(const xcb_client_message_event_t& message) {
   }
 }
 
-void X11WindowSystem::handleProperty(const xcb_generic_event_t& event) {
-  const auto notice = eventAs<xcb_property_notify_event_t>(event);
+void X11WindowSystem::handleProperty(const xcb_property_notify_event_t& notice) {
   Window* const window = find(static_cast<WindowHandle>(notice.window));
   if (window == nullptr) {
     return;
   }
   if (notice.atom == connection_->atom(Atom::WmState)) {
     window->changed = true;
-  } else if (window->style->handle(event)) {
+  } else if (notice.atom == connection_->atom(Atom::MotifWmHints) ||
+             notice.atom == XCB_ATOM_WM_NORMAL_HINTS) {
     window->hintsChanged = true;
   } else if (notice.atom == connection_->atom(Atom::NetWmAllowedActions) && window->controlsTold) {
     window->controlsDue = 0;

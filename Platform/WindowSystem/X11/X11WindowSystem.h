@@ -116,7 +116,7 @@ class X11WindowSystem final : public WindowSystem {
   bool readEvents();
   void handle(const xcb_generic_event_t& event);
   void handleMessage(const xcb_client_message_event_t& message);
-  void handleProperty(const xcb_generic_event_t& event);
+  void handleProperty(const xcb_property_notify_event_t& notice);
   void handleFocus(const xcb_generic_event_t& event);
   void handlePointer(const xcb_generic_event_t& event);
   void handleOrder(const xcb_generic_event_t& event);

@@ -99,14 +99,39 @@ TEST_F(X11StyleOwner, StaysWithoutControlsWhateverItWritesMeanwhile) {
   EXPECT_EQ(user.property(game, kNormal), sizes(16 | 32, 100, 1000));
 }
 
-TEST_F(X11StyleOwner, IsGivenBackWhatItWroteAlsoWhereThatIsJustWhatWeWrote) {
+TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItChangesWhatItReadFromUs) {
+  user.setProperty(game, kNormal, sizes(1 | 16, 100, 0));
+  user.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
-  const auto ours = user.property(game, kNormal);
-  user.setProperty(game, kNormal, ours);
+  auto hints = user.numbers(game, kNormal);
+  hints[0] |= 64;  // steps to be resized in
+  hints[9] = hints[10] = 7;
+  user.setProperty(game, kNormal, Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, hints));
+  auto decorations = user.numbers(game, kMotif);
+  decorations[2] &= ~8U;  // no title
+  user.setProperty(game, kMotif, motif(decorations));
   deliver();
+  EXPECT_TRUE(hasNoControls());
   uncover();
-  EXPECT_EQ(user.property(game, kNormal), ours);
-  EXPECT_TRUE(reports.heard(line("style", handle) + " 7"));
+  hints = sizes(1 | 16 | 64, 100, 0).numbers();
+  hints[9] = hints[10] = 7;
+  EXPECT_EQ(user.numbers(game, kNormal), hints);
+  EXPECT_EQ(user.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
+}
+
+TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItReadThatBeforeItWasResized) {
+  const auto before = user.property(game, kNormal);
+  cover();
+  const auto read = user.property(game, kNormal);
+  user.configure(game, {0, 0, 800, 600});
+  deliver();
+  ASSERT_NE(user.property(game, kNormal), read);
+  user.setProperty(game, kNormal, read);
+  deliver();
+  EXPECT_EQ(user.numbers(game, kNormal).at(5), 800U);
+  uncover();
+  EXPECT_EQ(user.property(game, kNormal), before);
+  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, IsGivenBackWhatItWroteUnheardBeforeAnotherChange) {
