@@ -71,7 +71,8 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
 INSTANTIATE_TEST_SUITE_P(X11, Conformance,
                          testing::Values(backendWith("WithoutAManager", open<Manager::None>, false),
                                          backendWith("UnderMetacity", open<Manager::Metacity>,
-                                                     true)),
+                                                     true),
+                                         backendWith("UnderOpenbox", open<Manager::Openbox>, true)),
                          nameOfBackend);
 
 }  // namespace

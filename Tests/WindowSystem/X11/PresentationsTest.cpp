@@ -1,0 +1,88 @@
+// Launch screens where their hosts' windows are: moved by a window manager, on another monitor.
+#include <gmock/gmock.h>
+
+#include "Platform/Foundation/Message.h"
+#include "Tests/WindowSystem/X11/X11HostTest.h"
+
+namespace vel::test {
+namespace {
+
+constexpr std::int32_t kEmbedded = 0;
+constexpr std::int32_t kSheet = 1;
+constexpr std::int32_t kModal = 2;
+constexpr double kVeryLong = 600;
+
+class X11Presentations : public X11HostTest {
+ protected:
+  /// Where a launch screen of its own window lies, which is 480 by 270.
+  [[nodiscard]] bool liesAt(const Strong<NSWindow>& window, int below) const {
+    const PixelRect host = user.frameOf(game);
+    const PixelRect expected{host.x + (host.width - 480) / 2, host.y + below, 480, 270};
+    return user.frameOf(idOf(window->handle())) == expected && user.picture(expected).isAll(kWhite);
+  }
+  void moveGame(int x, int y) {
+    const PixelRect before = user.frameOf(game);
+    user.configure(game, {x, y, before.width, before.height});
+    ASSERT_TRUE(runUntil([&] {
+      const PixelRect now = user.frameOf(game);
+      return (now.x != before.x || now.y != before.y) && player->frame().origin.x == double(now.x);
+    }));
+  }
+};
+
+TEST_F(X11Presentations, ASheetMovesWithItsHost) {
+  present(kVeryLong, kSheet);
+  const auto sheets = player->sheets();
+  ASSERT_EQ(sheets.size(), 1U);
+  ASSERT_TRUE(runUntil([&] { return liesAt(sheets.front(), 0); }));
+  moveGame(420, 350);
+  EXPECT_TRUE(runUntil([&] { return liesAt(sheets.front(), 0); }));
+}
+
+TEST_F(X11Presentations, AnEmbeddedOneMovesWithItsHostInTheSameMotion) {
+  present(kVeryLong, kEmbedded);
+  ASSERT_TRUE(runUntil([&] { return user.picture(game).isAll(kWhite); }));
+  const PixelRect before = user.frameOf(game);
+  user.configure(game, {420, 350, before.width, before.height});
+  // Nothing of ours runs meanwhile.
+  ASSERT_TRUE(eventually([&] { return !(user.frameOf(game) == before); }));
+  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+}
+
+/// Two monitors side by side; the game is on the second one.
+class X11SecondMonitor : public X11Presentations {
+ protected:
+  void SetUp() override {
+    outputOf({"xrandr", "--setmonitor", "left", "640/169x800/212+0+0", "screen"}, server.display());
+    outputOf({"xrandr", "--setmonitor", "right", "640/169x960/254+640+0", "none"},
+             server.display());
+    ASSERT_THAT(outputOf({"xrandr", "--listmonitors"}, server.display()),
+                testing::HasSubstr("right"));
+    X11HostTest::SetUp();
+    user.configure(game, {660, 500, 600, 400});
+    ASSERT_TRUE(runUntil([this] {
+      return user.frameOf(game).x >= 640 && player->frame().size == CGSize{600, 400} &&
+             player->frame().origin.x >= 640;
+    }));
+  }
+};
+
+TEST_F(X11SecondMonitor, HasAnEmbeddedOneWhereTheGameIs) {
+  present(kVeryLong, kEmbedded);
+  EXPECT_TRUE(runUntil([this] { return user.picture(game).isAll(kWhite); }));
+}
+
+TEST_F(X11SecondMonitor, HasASheetWhereTheGameIs) {
+  present(kVeryLong, kSheet);
+  ASSERT_EQ(player->sheets().size(), 1U);
+  EXPECT_TRUE(runUntil([this] { return liesAt(player->sheets().front(), 0); }));
+}
+
+TEST_F(X11SecondMonitor, HasAModalOneInTheMiddleOfTheGame) {
+  present(kVeryLong, kModal);
+  ASSERT_NE(NSApp->modalWindow(), nullptr);
+  EXPECT_TRUE(runUntil([this] { return liesAt(NSApp->modalWindow(), 65); }));
+}
+
+}  // namespace
+}  // namespace vel::test
