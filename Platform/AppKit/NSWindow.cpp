@@ -149,8 +149,7 @@ void NSWindow::realize() {
                                                 .styleMask = styleMask_,
                                                 .kind = kind_,
                                                 .owner = send(owner, &NSWindow::handle),
-                                                .movableByBackground = movableByWindowBackground_,
-                                                .canHide = canHide_});
+                                                .movableByBackground = movableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // a display that has gone makes no windows
     NSApp->windows_[handle_] = this;
   }

@@ -54,7 +54,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Whether dragging the window anywhere moves it. Off at first.
   [[nodiscard]] bool isMovableByWindowBackground() const { return movableByWindowBackground_; }
   void setMovableByWindowBackground(bool movable);
-  /// Whether the window goes when the application is hidden. On at first.
+  /// Whether the window goes when the application is hidden. On at first. Only kept: no window
+  /// system here hides applications.
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 

@@ -43,7 +43,6 @@ struct WindowDescription {
   /// The window that a modal window or a sheet belongs to.
   WindowHandle owner = WindowHandle::None;
   bool movableByBackground = false;
-  bool canHide = true;
 };
 
 /// A window of somebody else, as it was found.

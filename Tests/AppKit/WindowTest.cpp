@@ -124,7 +124,6 @@ TEST_F(WindowTest, TheWindowSystemLearnsOfItWhenItIsFirstOrderedIn) {
   window->setTitle("Title");
   window->setStyleMask(NSWindowStyleMaskTitled);
   window->setMovableByWindowBackground(true);
-  window->setCanHide(false);
   EXPECT_EQ(platform.user().windowCount(), 0u);
   window->orderFront();
   const WindowDescription& description = shown(window).description;
@@ -134,7 +133,6 @@ TEST_F(WindowTest, TheWindowSystemLearnsOfItWhenItIsFirstOrderedIn) {
   EXPECT_EQ(description.styleMask, NSWindowStyleMaskTitled);
   EXPECT_EQ(description.kind, WindowKind::Plain);
   EXPECT_TRUE(description.movableByBackground);
-  EXPECT_FALSE(description.canHide);
 }
 
 TEST_F(WindowTest, TheWindowSystemIsToldOfChanges) {
