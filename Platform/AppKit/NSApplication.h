@@ -50,7 +50,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] bool isActive() const { return active_; }
 
   /// Takes part in a window that somebody else has opened. Its class name is the window's own; it
-  /// is open as long as it is on that screen. None, with the reason in `error`, where that fails.
+  /// is open as long as it exists; while it is not on the screen, by whatever means, it counts as
+  /// miniaturised. None, with the reason in `error`, where that fails.
   Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
 
   /// The window of the newest modal run; none while there is none.

@@ -80,6 +80,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
 
   /// Opens the window, in front; an open one comes to the front. Becoming key is another matter.
   void orderFront();
+  /// The same, and becoming key as by `makeKeyWindow`.
   void makeKeyAndOrderFront();
   /// Closes an open window: its sheets first, then its controllers disappear, then key passes on.
   /// It can be ordered in again; a presentation in it has ended.
@@ -91,7 +92,10 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void miniaturize();
   void deminiaturize();
 
-  /// Makes an on-screen window key; it does not change the order.
+  /// Makes an on-screen window key; it does not change the order. In memory that has happened when
+  /// this returns. On a display it is asked for: the window is key once
+  /// NSWindowDidBecomeKeyNotification has been posted for it, in a later pass of the run loop, and
+  /// not at all where the window manager lets the user stay where he is.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
   /// Whether the window is run modally now.

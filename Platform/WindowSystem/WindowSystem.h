@@ -52,6 +52,7 @@ struct AdoptedWindow {
   std::string title;
   CGRect frame;
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
+  /// Whether it can be seen, but for what lies over it; else it counts as miniaturised.
   bool onScreen = true;
   bool hasFocus = false;
 };
@@ -107,6 +108,8 @@ class VEL_EXPORT WindowSystemDelegate {
   virtual void windowGone(WindowHandle window) = 0;
   /// The window has been moved or resized by somebody else.
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
+  /// The window has been miniaturised or brought back. Of somebody else's, also where its owner has
+  /// taken it off the screen in another way, or put it there.
   virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
   /// The owner of an adopted window has given it this style mask. Not told while another one is
   /// set: then it waits until the window has again the one it had.

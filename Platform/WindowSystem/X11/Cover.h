@@ -17,6 +17,10 @@ namespace vel::x11 {
 /// above all other children of the window and take the pointer's input. The server paints them
 /// itself, from the moment they are there; what fills the window reaches beyond it, so that growth
 /// uncovers nothing.
+///
+/// A child that the window's owner adds is seen until we have heard of it and are above it again.
+/// And where the owner grabs buttons on the window, the server looks for grabs before it looks for
+/// the window below the pointer: he gets those presses all the same.
 class Cover {
  public:
   Cover(Connection& connection, Display& display, Render& render, xcb_window_t window,

@@ -1,0 +1,42 @@
+// What a cover cannot do, as it is said where covers are described.
+#include <gmock/gmock.h>
+
+#include "Tests/WindowSystem/X11/Support/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr std::uint32_t kRed = 0xC02020;
+
+class X11CoverLimits : public X11Test {
+ protected:
+  void cover() {
+    system().setScene(adopt(game).handle, white({640, 400}));
+    deliver();
+  }
+
+  xcb_window_t game = user.openGame(kGame, 0x208040);
+};
+
+TEST_F(X11CoverLimits, AGrabOfTheGamesOwnGetsPressesBeforeTheCover) {
+  xcb_grab_button(user.get(), 0, game, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
+                  XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_BUTTON_INDEX_1,
+                  XCB_MOD_MASK_ANY);
+  cover();
+  user.events();
+  user.click(400, 300);
+  EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
+}
+
+TEST_F(X11CoverLimits, AChildThatTheGameAddsShowsUntilTheCoverIsRaised) {
+  cover();
+  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
+  user.map(child);
+  EXPECT_EQ(user.picture(game).at(60, 60), kRed);
+  deliver();
+  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+}
+
+}  // namespace
+}  // namespace vel::test
