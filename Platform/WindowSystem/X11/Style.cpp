@@ -33,6 +33,8 @@ Style::Style(Connection& connection, xcb_window_t window, const StyleHints& foun
              .written = found.motif},
       normal_{.name = XCB_ATOM_WM_NORMAL_HINTS, .theirs = found.normal, .written = found.normal} {}
 
+Style::~Style() { takeAnswers(); }
+
 NSWindowStyleMask Style::takenControls() const {
   return (isOwn() ? told_ : styleMaskOf(theirs())) & ~mask_ & kControls;
 }
@@ -41,19 +43,29 @@ void Style::set(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
   if (!isOwn() && (mask_ & kHinted) == (told_ & kHinted)) {
     giveBack();
-  } else {
-    takenOver_ = !isOwn();
+  } else if (isOwn() || takenOver_) {
     apply(frame);
+  } else {
+    takeOver(frame);
   }
 }
 
-// Nobody else writes between our reading and our writing: nothing of his is lost unread.
+// Here as below, nobody else writes between our reading and our writing: nothing of his is lost
+// unread. But the answer is looked at when the event of the writing has come.
+void Style::takeOver(PixelRect frame) {
+  takenOver_ = true;
+  const ServerGrab grab(connection_);
+  asked_ = ask();
+  write(withControls(theirs(), mask_, frame, motif_.name));
+}
+
 void Style::apply(PixelRect frame) {
   if (isOwn()) {
     write(hintsForOwnWindow(mask_, *kind_, frame, motif_.name));
     return;
   }
   const ServerGrab grab(connection_);
+  takeAnswers();
   read();
   write(withControls(theirs(), mask_, frame, motif_.name));
 }
@@ -85,6 +97,7 @@ void Style::giveBack() {
     return;
   }
   const ServerGrab grab(connection_);
+  takeAnswers();
   read();
   write(theirs());
   motif_.overlays.clear();
@@ -92,11 +105,29 @@ void Style::giveBack() {
   takenOver_ = false;
 }
 
+Style::Asked Style::ask() const {
+  return {.motif = connection_.askForProperty(window_, motif_.name),
+          .normal = connection_.askForProperty(window_, normal_.name)};
+}
+
 void Style::read() {
-  const auto motif = connection_.askForProperty(window_, motif_.name);
-  const auto normal = connection_.askForProperty(window_, normal_.name);
-  found(motif_, connection_.property(motif, window_));
-  found(normal_, connection_.property(normal, window_));
+  const Asked asked = ask();
+  found(motif_, connection_.property(asked.motif, window_));
+  found(normal_, connection_.property(asked.normal, window_));
+}
+
+void Style::takeAnswers() {
+  if (const auto asked = std::exchange(asked_, std::nullopt)) {
+    takenFrom(motif_, connection_.property(asked->motif, window_));
+    takenFrom(normal_, connection_.property(asked->normal, window_));
+  }
+}
+
+void Style::takenFrom(Hint& hint, const std::optional<Property>& value) {
+  hint.theirs = value;
+  for (Overlay& overlay : hint.overlays) {
+    overlay.theirs = value;
+  }
 }
 
 void Style::found(Hint& hint, std::optional<Property> value) {

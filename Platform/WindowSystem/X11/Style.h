@@ -19,14 +19,21 @@ class Style {
         PixelRect frame);
   /// Of somebody else's, as it was found.
   Style(Connection& connection, xcb_window_t window, const StyleHints& found);
+  Style(const Style&) = delete;
+  Style& operator=(const Style&) = delete;
+  Style(Style&&) = delete;
+  Style& operator=(Style&&) = delete;
+  ~Style();
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
   /// The controls that the window would have, were they not taken away.
   [[nodiscard]] NSWindowStyleMask takenControls() const;
 
-  /// Waits, where the window is somebody else's.
+  /// Waits, where the window is somebody else's, but not to take its hints over: who shows a launch
+  /// screen is not to be held up.
   void set(NSWindowStyleMask styleMask, PixelRect frame);
-  /// The window has, or is about to have, another size. Waits like `set`.
+  /// The window has, or is about to have, another size. Waits, where the window is
+  /// somebody else's.
   void sizeChanged(PixelRect frame);
   /// Somebody has written the hints. Waits, where the window is somebody else's.
   void hintsChanged(PixelRect frame);
@@ -49,9 +56,18 @@ class Style {
     std::deque<Overlay> overlays{};
   };
 
+  struct Asked {
+    xcb_get_property_cookie_t motif;
+    xcb_get_property_cookie_t normal;
+  };
+
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
   [[nodiscard]] StyleHints theirs() const { return {motif_.theirs, normal_.theirs}; }
+  void takeOver(PixelRect frame);
+  [[nodiscard]] Asked ask() const;
   void read();
+  void takeAnswers();
+  static void takenFrom(Hint& hint, const std::optional<Property>& value);
   static void found(Hint& hint, std::optional<Property> value);
   void write(const StyleHints& hints);
   void write(Hint& hint, const std::optional<Property>& value);
@@ -63,6 +79,7 @@ class Style {
   NSWindowStyleMask told_;          // what others know as the mask that the owner gave it
   NSWindowStyleMask mask_;
   bool takenOver_ = false;
+  std::optional<Asked> asked_;  // what was taken over; the answer has not been looked at
   Hint motif_;
   Hint normal_;
 };

@@ -127,6 +127,28 @@ TEST_F(X11Style, LeavesWhatTheGameWroteJustBefore) {
   EXPECT_EQ(user.property(game, kMotif), theirs);
 }
 
+TEST_F(X11Style, TakesOverWhatTheGameWroteJustBefore) {
+  const WindowHandle handle = adopt(game).handle;
+  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirs);
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kEverything);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), theirs);
+}
+
+TEST_F(X11Style, GivesBackAtOnceWhatTheGameWroteJustBefore) {
+  const WindowHandle handle = adopt(game).handle;
+  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirs);
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  system().setStyleMask(handle, kEverything);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), theirs);
+}
+
 TEST_F(X11Style, LeavesTheGamesProtocolsAlone) {
   const auto protocols = user.property(game, "WM_PROTOCOLS");
   const WindowHandle handle = adopt(game).handle;
