@@ -236,7 +236,15 @@ std::optional<Property> Connection::property(xcb_window_t window, xcb_atom_t nam
 
 std::optional<Property> Connection::property(xcb_get_property_cookie_t cookie,
                                              xcb_window_t window) {
-  const auto reply = answer(xcb_get_property_reply, cookie, "GetProperty", window);
+  return propertyIn(answer(xcb_get_property_reply, cookie, "GetProperty", window));
+}
+
+std::optional<Property> Connection::propertyIfThere(xcb_window_t window, xcb_atom_t name) {
+  return propertyIn(FromServer<xcb_get_property_reply_t>(
+      xcb_get_property_reply(connection_, askForProperty(window, name), nullptr)));
+}
+
+std::optional<Property> Connection::propertyIn(const FromServer<xcb_get_property_reply_t>& reply) {
   if (reply == nullptr || reply->type == XCB_ATOM_NONE) {
     return std::nullopt;
   }

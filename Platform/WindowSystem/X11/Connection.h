@@ -131,6 +131,8 @@ class Connection {
   [[nodiscard]] xcb_get_property_cookie_t askForProperty(xcb_window_t window,
                                                          xcb_atom_t name) const;
   std::optional<Property> property(xcb_get_property_cookie_t cookie, xcb_window_t window);
+  /// The same of a window that may be gone, which is no error: none then.
+  std::optional<Property> propertyIfThere(xcb_window_t window, xcb_atom_t name);
   /// Sets a window's property, or removes it.
   void setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
   /// Sends a message to a window manager, through the root window.
@@ -154,6 +156,7 @@ class Connection {
   Connection(xcb_connection_t* connection, xcb_screen_t* screen);
 
   void internAtoms();
+  static std::optional<Property> propertyIn(const FromServer<xcb_get_property_reply_t>& reply);
   void noteError(FromServer<xcb_generic_error_t> error, const char* request, xcb_window_t window);
   bool keep(Event event);
   void forgetAnswered(unsigned sequence);

@@ -25,10 +25,11 @@ struct PixelRect {
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
 /// How points become pixels and back. A point is as many pixels as the display's scale says
-/// (Xft.dpi over 96), everywhere and for every window; that is read once, as it was when the display
-/// was opened: who changes it later changes nothing here. The origin of the points is the lower left
-/// corner of the primary monitor, else of the first; it follows the monitors. The server is asked at
-/// once, and its answers are taken when they are first needed: nobody waits for them alone.
+/// (Xft.dpi over 96), everywhere and for every window; that is read once, as it was when the
+/// display was opened: who changes it later changes nothing here. The origin of the points is the
+/// lower left corner of the primary monitor, else of the first; it follows the monitors. The server
+/// is asked at once, and its answers are taken when they are first needed: nobody waits for them
+/// alone.
 class Display {
  public:
   explicit Display(Connection& connection);

@@ -32,7 +32,8 @@ void WindowManager::ask() {
 }
 
 // The root window names a window that the window manager keeps, and which names itself. A name left
-// by one that is gone leads to no such window.
+// by one that is gone leads to no such window, or to somebody else's: of that, our choice of events
+// is left as it is.
 void WindowManager::takeAnswers() {
   const auto asked = std::exchange(asked_, std::nullopt);
   if (!asked) {
@@ -46,12 +47,14 @@ void WindowManager::takeAnswers() {
     return;
   }
   const xcb_window_t window = named->numbers().front();
+  if (!namesItself(window)) {
+    return;
+  }
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   connection_.sent(
       xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &kEvents),
       "ChangeWindowAttributes", window);
-  const auto itself = connection_.property(window, connection_.atom(Atom::NetSupportingWmCheck));
-  if (!itself || itself->numbers() != named->numbers()) {
+  if (!namesItself(window)) {  // it has ended just now, and would not say so
     connection_.windowEnded(window);
     return;
   }
@@ -59,6 +62,12 @@ void WindowManager::takeAnswers() {
   if (supported) {
     supported_ = supported->numbers();
   }
+}
+
+bool WindowManager::namesItself(xcb_window_t window) {
+  const auto named =
+      connection_.propertyIfThere(window, connection_.atom(Atom::NetSupportingWmCheck));
+  return named && named->numbers() == std::vector{window};
 }
 
 bool WindowManager::handle(const xcb_generic_event_t& event) {

@@ -47,6 +47,7 @@ class WindowManager {
 
   void ask();
   void takeAnswers();
+  bool namesItself(xcb_window_t window);
   [[nodiscard]] bool supports(Atom feature) const;
 
   Connection& connection_;

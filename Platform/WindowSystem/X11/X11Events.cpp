@@ -76,7 +76,9 @@ bool X11WindowSystem::readEvents() {
   }
   settleOrder(now);
   animate(now);
-  connection_->reportErrors();
+  if (!connection_->hasReadEvents()) {  // one may be of the end that explains an error
+    connection_->reportErrors();
+  }
   connection_->flush();
   checkConnection();
   return came;
@@ -249,11 +251,17 @@ void X11WindowSystem::windowEnded(xcb_window_t id) {
   }
   ended->second.cover->windowEnded();
   windows_.erase(ended);
-  if (focus_ == id || focusTold_ == id) {
-    focus_ = focusTold_ = XCB_WINDOW_NONE;
-    focusLeft_ = true;
-  }
+  focusLost(id);
   report([handle](WindowSystemDelegate& delegate) { delegate.windowGone(handle); });
+}
+
+// By a window that takes part no longer. Another one may have it already, and is still to be told.
+void X11WindowSystem::focusLost(xcb_window_t id) {
+  if (focus_ == id || focusTold_ == id) {
+    focusLeft_ = unsettled_ = true;
+  }
+  focus_ = focus_ == id ? xcb_window_t{XCB_WINDOW_NONE} : focus_;
+  focusTold_ = focusTold_ == id ? xcb_window_t{XCB_WINDOW_NONE} : focusTold_;
 }
 
 void X11WindowSystem::settle() {

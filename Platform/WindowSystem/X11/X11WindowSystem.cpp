@@ -67,7 +67,7 @@ Window* X11WindowSystem::find(WindowHandle window) {
 // Making windows and letting them go
 
 WindowHandle X11WindowSystem::createWindow(const WindowDescription& description) {
-  if (lost_) {
+  if (lost_ || connection_->isBroken()) {
     return WindowHandle::None;
   }
   const BrokenPipeGuard guard;
@@ -164,10 +164,7 @@ void X11WindowSystem::releaseWindow(WindowHandle window) {
   }
   const BrokenPipeGuard guard;
   letGo(*released);
-  if (focus_ == released->id) {
-    focus_ = focusTold_ = XCB_WINDOW_NONE;
-    focusLeft_ = unsettled_ = true;
-  }
+  focusLost(released->id);
   windows_.erase(window);
   connection_->flush();
 }

@@ -121,6 +121,7 @@ class X11WindowSystem final : public WindowSystem {
   void handlePointer(const xcb_generic_event_t& event);
   void handleOrder(const xcb_generic_event_t& event);
   void windowEnded(xcb_window_t id);
+  void focusLost(xcb_window_t id);
   // What is done once all events that have come are read
   void settle();
   void settleDrag();

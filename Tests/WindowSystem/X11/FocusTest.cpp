@@ -46,6 +46,27 @@ TEST_F(X11Focus, PassesBetweenWindowsOfOursWithoutLeaving) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
 }
 
+TEST_F(X11Focus, IsWithTheNextWindowWhenTheFormerHasEndedMeanwhile) {
+  adoptFocused();
+  const WindowHandle second = adopt(other).handle;
+  user.focus(other);
+  user.destroy(game);
+  deliver();
+  EXPECT_THAT(reports.lines, ElementsAre(line("gone", handle), line("focus", second)));
+}
+
+TEST_F(X11Focus, IsFollowedInAGameThatAManagerThatCrashedHasLeftItsNameTo) {
+  user.setProperty(user.root(), "_NET_SUPPORTING_WM_CHECK",
+                   Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
+  adoptFocused();
+
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliverFor(0.3);
+  user.focus(other);
+  deliver();
+  EXPECT_THAT(reports.lines, testing::Contains("deactivated"));
+}
+
 TEST_F(X11Focus, IsNotTakenAwayByAGrab) {
   adoptFocused();
   const x11::FromServer<xcb_grab_keyboard_reply_t> grabbed(
