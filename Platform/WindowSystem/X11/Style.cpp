@@ -43,7 +43,7 @@ void Style::set(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
   if (!isOwn() && (mask_ & kHinted) == (told_ & kHinted)) {
     giveBack();
-  } else if (isOwn() || takenOver_) {
+  } else if (isOwn()) {
     apply(frame);
   } else {
     takeOver(frame);
@@ -55,7 +55,7 @@ void Style::set(NSWindowStyleMask styleMask, PixelRect frame) {
 void Style::takeOver(PixelRect frame) {
   takenOver_ = true;
   const ServerGrab grab(connection_);
-  asked_ = ask();
+  unread_.push_back({.asked = ask(), .written = {motif_.written, normal_.written}});
   write(withControls(theirs(), mask_, frame, motif_.name));
 }
 
@@ -117,30 +117,38 @@ void Style::read() {
 }
 
 void Style::takeAnswers() {
-  if (const auto asked = std::exchange(asked_, std::nullopt)) {
-    takenFrom(motif_, connection_.property(asked->motif, window_));
-    takenFrom(normal_, connection_.property(asked->normal, window_));
+  for (const Unread& unread : std::exchange(unread_, {})) {
+    stood(motif_, unread.written.motif, connection_.property(unread.asked.motif, window_));
+    stood(normal_, unread.written.normal, connection_.property(unread.asked.normal, window_));
   }
 }
 
-void Style::takenFrom(Hint& hint, const std::optional<Property>& value) {
-  hint.theirs = value;
+void Style::stood(Hint& hint, const std::optional<Property>& written,
+                  const std::optional<Property>& value) {
+  if (value == written) {
+    return;
+  }
+  hint.theirs = meantBy(hint, value);
   for (Overlay& overlay : hint.overlays) {
-    overlay.theirs = value;
+    overlay.theirs = hint.theirs;
   }
 }
 
 void Style::found(Hint& hint, std::optional<Property> value) {
-  if (value == hint.written) {
-    return;
+  if (value != hint.written) {
+    hint.theirs = meantBy(hint, value);
+    hint.written = std::move(value);
   }
-  hint.theirs = value;
+}
+
+std::optional<Property> Style::meantBy(const Hint& hint, const std::optional<Property>& value) {
+  std::optional<Property> meant = value;
   for (const Overlay& overlay : hint.overlays) {
     if (value && isReadFrom(overlay, *value)) {
-      hint.theirs = value == overlay.ours ? overlay.theirs : withoutOurs(overlay, *value);
+      meant = value == overlay.ours ? overlay.theirs : withoutOurs(overlay, *value);
     }
   }
-  hint.written = std::move(value);
+  return meant;
 }
 
 void Style::write(const StyleHints& hints) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <vector>
 
 #include "Platform/WindowSystem/X11/StyleHints.h"
 
@@ -29,8 +30,7 @@ class Style {
   /// The controls that the window would have, were they not taken away.
   [[nodiscard]] NSWindowStyleMask takenControls() const;
 
-  /// Waits, where the window is somebody else's, but not to take its hints over: who shows a launch
-  /// screen is not to be held up.
+  /// Waits only to give hints back: who shows a launch screen is not to be held up.
   void set(NSWindowStyleMask styleMask, PixelRect frame);
   /// The window has, or is about to have, another size. Waits, where the window is
   /// somebody else's.
@@ -61,14 +61,23 @@ class Style {
     xcb_get_property_cookie_t normal;
   };
 
+  /// What stood there before a writing of ours, to be compared with what we thought stood there.
+  struct Unread {
+    Asked asked;
+    StyleHints written;
+  };
+
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
   [[nodiscard]] StyleHints theirs() const { return {motif_.theirs, normal_.theirs}; }
   void takeOver(PixelRect frame);
   [[nodiscard]] Asked ask() const;
   void read();
   void takeAnswers();
-  static void takenFrom(Hint& hint, const std::optional<Property>& value);
+  static void stood(Hint& hint, const std::optional<Property>& written,
+                    const std::optional<Property>& value);
   static void found(Hint& hint, std::optional<Property> value);
+  /// What the owner means by a value that he has written.
+  static std::optional<Property> meantBy(const Hint& hint, const std::optional<Property>& value);
   void write(const StyleHints& hints);
   void write(Hint& hint, const std::optional<Property>& value);
   void apply(PixelRect frame);
@@ -79,7 +88,7 @@ class Style {
   NSWindowStyleMask told_;          // what others know as the mask that the owner gave it
   NSWindowStyleMask mask_;
   bool takenOver_ = false;
-  std::optional<Asked> asked_;  // what was taken over; the answer has not been looked at
+  std::vector<Unread> unread_;
   Hint motif_;
   Hint normal_;
 };

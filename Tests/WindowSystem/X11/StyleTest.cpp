@@ -149,6 +149,21 @@ TEST_F(X11Style, GivesBackAtOnceWhatTheGameWroteJustBefore) {
   EXPECT_EQ(user.property(game, kMotif), theirs);
 }
 
+TEST_F(X11Style, TakesOverWhatTheGameWroteBetweenTwoChanges) {
+  const WindowHandle handle = adopt(game).handle;
+  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
+  user.settle();
+  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirs);
+  user.settle();
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
+  deliver();
+  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kEverything);
+  deliver();
+  EXPECT_EQ(user.property(game, kMotif), theirs);
+}
+
 TEST_F(X11Style, LeavesTheGamesProtocolsAlone) {
   const auto protocols = user.property(game, "WM_PROTOCOLS");
   const WindowHandle handle = adopt(game).handle;
