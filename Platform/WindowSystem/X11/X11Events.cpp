@@ -36,7 +36,7 @@ bool X11WindowSystem::deliverReports() {
     const Report report = std::move(reports_.front());
     reports_.pop_front();
     if (delegate_ != nullptr) {
-      report(*delegate_);
+      report.tell(*delegate_);
     }
     any = true;
   }
@@ -115,8 +115,8 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   }
   if (display_.handle(event)) {
     for (const auto& [handle, window] : windows_) {
-      report([handle = handle, frame = display_.points(window.frame)](
-                 WindowSystemDelegate& delegate) { delegate.frameChanged(handle, frame); });
+      report(handle, [handle = handle, frame = display_.points(window.frame)](
+                         WindowSystemDelegate& delegate) { delegate.frameChanged(handle, frame); });
     }
   }
   if (windowManager_.handle(event)) {
@@ -168,7 +168,7 @@ void X11WindowSystem::handleMessage(const xcb_client_message_event_t& message) {
       message.type == connection_->atom(Atom::WmProtocols) && message.format == 32 &&
       message.data.data32[0] == connection_->atom(Atom::WmDeleteWindow) &&
       (window->style->mask() & NSWindowStyleMaskClosable) != 0) {
-    report([handle](WindowSystemDelegate& delegate) { delegate.closeAsked(handle); });
+    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.closeAsked(handle); });
   }
 }
 
@@ -236,7 +236,8 @@ void X11WindowSystem::settleDrag() {
     frame.y = drag_.pointerY - drag_.grabY;
     if (frame != window->frame) {
       moveTo(*window, frame);
-      report([handle = window->handle(), points = display_.points(frame)](
+      report(window->handle(),
+             [handle = window->handle(), points = display_.points(frame)](
                  WindowSystemDelegate& delegate) { delegate.frameChanged(handle, points); });
     }
   }
@@ -252,7 +253,7 @@ void X11WindowSystem::windowEnded(xcb_window_t id) {
   ended->second.cover->windowEnded();
   windows_.erase(ended);
   focusLost(id);
-  report([handle](WindowSystemDelegate& delegate) { delegate.windowGone(handle); });
+  report(handle, [handle](WindowSystemDelegate& delegate) { delegate.windowGone(handle); });
 }
 
 // By a window that takes part no longer. Another one may have it already, and is still to be told.
@@ -283,7 +284,7 @@ void X11WindowSystem::reportOwnersStyle(const Window& window) {
   if (!window.style->ownersMask()) {
     return;
   }
-  report([this, handle = window.handle()](WindowSystemDelegate& delegate) {
+  report(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
     const Window* const changed = find(handle);
     const auto styleMask =
         changed == nullptr ? std::nullopt : changed->style->ownersMask();  // it may be ours by now
@@ -308,7 +309,7 @@ void X11WindowSystem::settleWindow(Window& window) {
     if (!window.isOwn()) {  // of ours this may be a size that setFrame has left behind already
       window.style->sizeChanged(frame);
     }
-    report([handle, points = display_.points(frame)](WindowSystemDelegate& delegate) {
+    report(handle, [handle, points = display_.points(frame)](WindowSystemDelegate& delegate) {
       delegate.frameChanged(handle, points);
     });
   }
@@ -319,7 +320,7 @@ void X11WindowSystem::settleWindow(Window& window) {
     if (!miniaturized) {
       putInFront(handle);
     }
-    report([handle, miniaturized](WindowSystemDelegate& delegate) {
+    report(handle, [handle, miniaturized](WindowSystemDelegate& delegate) {
       delegate.miniaturizedChanged(handle, miniaturized);
     });
   }
@@ -360,7 +361,7 @@ void X11WindowSystem::settleFocus() {
   }
   focusTold_ = focus_;
   const auto focused = static_cast<WindowHandle>(focus_);
-  report([focused](WindowSystemDelegate& delegate) { delegate.focusMoved(focused); });
+  report(focused, [focused](WindowSystemDelegate& delegate) { delegate.focusMoved(focused); });
   if (focused != WindowHandle::None) {
     timeOfFocus_ = connection_->time();
     if (!std::exchange(active_, true)) {
@@ -381,7 +382,7 @@ void X11WindowSystem::settleControls(Window& window, Nanoseconds now) {
   const NSWindowStyleMask kept = *offered & window.style->takenControls();
   if (window.controlsTold != kept) {
     window.controlsTold = kept;
-    report([handle = window.handle(), kept](WindowSystemDelegate& delegate) {
+    report(window.handle(), [handle = window.handle(), kept](WindowSystemDelegate& delegate) {
       delegate.controlsKept(handle, kept);
     });
   }

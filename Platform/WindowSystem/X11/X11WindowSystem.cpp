@@ -165,6 +165,7 @@ void X11WindowSystem::releaseWindow(WindowHandle window) {
   const BrokenPipeGuard guard;
   letGo(*released);
   focusLost(released->id);
+  std::erase_if(reports_, [window](const Report& report) { return report.window == window; });
   windows_.erase(window);
   connection_->flush();
 }
@@ -249,7 +250,7 @@ void X11WindowSystem::requestFocus(WindowHandle window) {
     return;
   }
   if (focus_ == wanted->id) {
-    report([window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); });
+    report(window, [window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); });
     return;
   }
   const BrokenPipeGuard guard;

@@ -47,7 +47,13 @@ class X11WindowSystem final : public WindowSystem {
   std::optional<WindowPicture> picture(WindowHandle window) override;
 
  private:
-  using Report = std::function<void(WindowSystemDelegate&)>;
+  using Telling = std::function<void(WindowSystemDelegate&)>;
+
+  /// What the listener is still to be told, and of which window, if of one.
+  struct Report {
+    WindowHandle window = WindowHandle::None;
+    Telling tell;
+  };
   /// A window that follows the pointer.
   struct Drag {
     xcb_window_t window = XCB_WINDOW_NONE;
@@ -89,7 +95,8 @@ class X11WindowSystem final : public WindowSystem {
 
   x11::Window* find(WindowHandle window);
   x11::Window* findShown(xcb_window_t window);  // itself or by a part of its cover
-  void report(Report report) { reports_.push_back(std::move(report)); }
+  void report(Telling tell) { report(WindowHandle::None, std::move(tell)); }
+  void report(WindowHandle window, Telling tell) { reports_.push_back({window, std::move(tell)}); }
   bool deliverReports();
   void checkConnection();
   void letGo(x11::Window& window);

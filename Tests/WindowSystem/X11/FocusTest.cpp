@@ -46,6 +46,15 @@ TEST_F(X11Focus, PassesBetweenWindowsOfOursWithoutLeaving) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
 }
 
+TEST_F(X11Focus, OfAWindowThatHasBeenReleasedIsNotTold) {
+  adoptFocused();
+  system().requestFocus(handle);  // it has it, and is told so with the next events
+  system().releaseWindow(handle);
+  deliver();
+  EXPECT_THAT(reports.lines,
+              testing::Each(testing::Not(testing::HasSubstr(line("focus", handle)))));
+}
+
 TEST_F(X11Focus, IsWithTheNextWindowWhenTheFormerHasEndedMeanwhile) {
   adoptFocused();
   const WindowHandle second = adopt(other).handle;
