@@ -96,7 +96,7 @@ Strong<NSWindow> NSApplication::frontWindow() const {
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string& error) {
-  const std::optional<AdoptedWindow> found = windowSystem_->adoptWindow(nativeId, error);
+  const std::optional<AdoptedWindow> found = ask()->adoptWindow(nativeId, error);
   if (!found) {
     return nullptr;
   }
@@ -258,7 +258,7 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 void NSApplication::modalRunsChanged() {
   const bool modal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(modal ? NSModalPanelRunLoopMode : mode_);
-  windowSystem_->setModalWindow(send(modalWindow(), &NSWindow::handle));
+  ask()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
 // What the window system reports about windows

@@ -90,6 +90,23 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     Strong<NSWindow> window;
   };
 
+  /// The window system while something is asked of it. Afterwards it may have something to report
+  /// sooner than the loop knows, which a host that polls the loop has to hear of.
+  class Asked {
+   public:
+    explicit Asked(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
+    Asked(const Asked&) = delete;
+    Asked& operator=(const Asked&) = delete;
+    Asked(Asked&&) = delete;
+    Asked& operator=(Asked&&) = delete;
+    ~Asked() { NSRunLoop::mainRunLoop().deadlineChanged(); }
+
+    WindowSystem* operator->() const { return &windowSystem_; }
+
+   private:
+    WindowSystem& windowSystem_;
+  };
+
   // WindowSystemDelegate
   void focusMoved(WindowHandle window) override;
   void applicationActivated(WindowHandle window) override;
@@ -107,6 +124,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
+  [[nodiscard]] Asked ask() { return Asked(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);

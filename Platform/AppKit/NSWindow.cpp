@@ -27,7 +27,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
     NSApp->windows_.erase(handle_);
-    NSApp->windowSystem().releaseWindow(handle_);
+    NSApp->ask()->releaseWindow(handle_);
   }
 }
 
@@ -88,7 +88,7 @@ void NSWindow::setContentViewController(const Strong<NSViewController>& controll
 
 void NSWindow::setFrame(CGRect frame) {
   if (NSApp != nullptr && frame != frame_) {
-    NSApp->windowSystem().setFrame(handle_, frame);
+    NSApp->ask()->setFrame(handle_, frame);
   }
   frameChanged(frame);
 }
@@ -107,7 +107,7 @@ void NSWindow::frameChanged(CGRect frame) {
 void NSWindow::setTitle(std::string_view title) {
   title_ = title;
   if (NSApp != nullptr) {
-    NSApp->windowSystem().setTitle(handle_, title);
+    NSApp->ask()->setTitle(handle_, title);
   }
 }
 
@@ -115,14 +115,14 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   styleMask_ = styleMask;
   observePlatform([&](PlatformObserver& observer) { observer.styleMaskSet(*this, styleMask); });
   if (NSApp != nullptr) {
-    NSApp->windowSystem().setStyleMask(handle_, styleMask);
+    NSApp->ask()->setStyleMask(handle_, styleMask);
   }
 }
 
 void NSWindow::setMovableByWindowBackground(bool movable) {
   movableByWindowBackground_ = movable;
   if (NSApp != nullptr) {
-    NSApp->windowSystem().setMovableByBackground(handle_, movable);
+    NSApp->ask()->setMovableByBackground(handle_, movable);
   }
 }
 
@@ -143,13 +143,13 @@ void NSWindow::realize() {
     return;
   }
   const Strong<NSWindow> owner = owner_.lock();
-  handle_ = NSApp->windowSystem().createWindow({.className = std::string(className()),
-                                                .title = title_,
-                                                .frame = frame_,
-                                                .styleMask = styleMask_,
-                                                .kind = kind_,
-                                                .owner = send(owner, &NSWindow::handle),
-                                                .movableByBackground = movableByWindowBackground_});
+  handle_ = NSApp->ask()->createWindow({.className = std::string(className()),
+                                        .title = title_,
+                                        .frame = frame_,
+                                        .styleMask = styleMask_,
+                                        .kind = kind_,
+                                        .owner = send(owner, &NSWindow::handle),
+                                        .movableByBackground = movableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // a display that has gone makes no windows
     NSApp->windows_[handle_] = this;
   }
@@ -177,7 +177,7 @@ void NSWindow::open(bool key) {
   realize();
   onScreen_ = true;
   NSApp->enteredScreen(kept);
-  NSApp->windowSystem().orderFront(handle_);
+  NSApp->ask()->orderFront(handle_);
   setNeedsDisplay();
   if (opens) {
     observePlatform([this](PlatformObserver& observer) { observer.windowOpened(*this); });
@@ -211,7 +211,7 @@ void NSWindow::close() {
   if (app != nullptr) {
     app->leftScreen(kept);
     std::erase(app->open_, kept);
-    app->windowSystem().orderOut(handle_);
+    app->ask()->orderOut(handle_);
     app->endModalRuns(this);
   }
   presentationEnded();
@@ -246,13 +246,13 @@ void NSWindow::performClose() {
 
 void NSWindow::miniaturize() {
   if (onScreen_ && NSApp != nullptr) {
-    NSApp->windowSystem().requestMiniaturized(handle_, true);
+    NSApp->ask()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
   if (miniaturized_ && NSApp != nullptr) {
-    NSApp->windowSystem().requestMiniaturized(handle_, false);
+    NSApp->ask()->requestMiniaturized(handle_, false);
   }
 }
 
@@ -282,7 +282,7 @@ void NSWindow::vanished() {
 
 void NSWindow::makeKeyWindow() {
   if (onScreen_ && !isKeyWindow() && NSApp != nullptr) {
-    NSApp->windowSystem().requestFocus(handle_);
+    NSApp->ask()->requestFocus(handle_);
   }
 }
 
@@ -305,7 +305,7 @@ void NSWindow::setNeedsDisplay() {
   }
   if (scene != scene_) {
     scene_ = std::move(scene);
-    NSApp->windowSystem().setScene(handle_, scene_);
+    NSApp->ask()->setScene(handle_, scene_);
   }
 }
 

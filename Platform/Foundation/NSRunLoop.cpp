@@ -73,6 +73,13 @@ void NSRunLoop::wake() {
   }
 }
 
+void NSRunLoop::deadlineChanged() {
+  // A pass under way looks at the deadlines when it ends.
+  if (passes_ == 0 && clock_->isPolled()) {
+    clock_->passEnded(nextDeadline());
+  }
+}
+
 void NSRunLoop::remove(NSTimer& timer) {
   if (timer.modes_ == 0) {
     return;  // never scheduled; it may be another thread's

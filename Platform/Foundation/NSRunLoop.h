@@ -81,6 +81,9 @@ class VEL_EXPORT NSRunLoop {
 
   /// Ends a wait, also a host's on the descriptor. Any thread.
   void wake();
+  /// Tells that what a source has to do may be due at another time now. Between passes that is
+  /// passed on to a host that waits on the descriptor; without one, nothing happens. Main thread.
+  void deadlineChanged();
 
   /// Timers that are scheduled, in any mode.
   [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }

@@ -1,8 +1,12 @@
 // The application: its beginning and end, and what a window system may report to it.
+#include <poll.h>
+
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
@@ -17,33 +21,47 @@ class ScriptedDisplay final : public WindowSystem {
  public:
   void setDelegate(WindowSystemDelegate* to) override { delegate = to; }
   [[nodiscard]] int descriptor() const override { return -1; }
-  bool deliverEvents() override { return false; }
-  [[nodiscard]] Nanoseconds nextDeadline() const override { return kNever; }
+  bool deliverEvents() override {
+    deadline = kNever;
+    return false;
+  }
+  [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline; }
   WindowHandle createWindow(const WindowDescription& /*description*/) override {
+    asked();
     return nextHandle;
   }
   std::optional<AdoptedWindow> adoptWindow(std::uint64_t /*nativeId*/,
                                            std::string& error) override {
+    asked();
     error = adopted ? "" : "no such window";
     return adopted;
   }
-  void releaseWindow(WindowHandle /*window*/) override { ++released; }
-  void orderFront(WindowHandle /*window*/) override {}
-  void orderOut(WindowHandle /*window*/) override {}
-  void requestFocus(WindowHandle /*window*/) override {}
-  void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {}
-  void setFrame(WindowHandle /*window*/, CGRect /*frame*/) override {}
-  void setTitle(WindowHandle /*window*/, std::string_view /*title*/) override {}
-  void setStyleMask(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {}
-  void setMovableByBackground(WindowHandle /*window*/, bool /*movable*/) override {}
-  void setScene(WindowHandle /*window*/, const Scene& /*scene*/) override {}
-  void setModalWindow(WindowHandle /*window*/) override {}
+  void releaseWindow(WindowHandle /*window*/) override {
+    asked();
+    ++released;
+  }
+  void orderFront(WindowHandle /*window*/) override { asked(); }
+  void orderOut(WindowHandle /*window*/) override { asked(); }
+  void requestFocus(WindowHandle /*window*/) override { asked(); }
+  void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override { asked(); }
+  void setFrame(WindowHandle /*window*/, CGRect /*frame*/) override { asked(); }
+  void setTitle(WindowHandle /*window*/, std::string_view /*title*/) override { asked(); }
+  void setStyleMask(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override { asked(); }
+  void setMovableByBackground(WindowHandle /*window*/, bool /*movable*/) override { asked(); }
+  void setScene(WindowHandle /*window*/, const Scene& /*scene*/) override { asked(); }
+  void setModalWindow(WindowHandle /*window*/) override { asked(); }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   WindowSystemDelegate* delegate = nullptr;
   WindowHandle nextHandle = WindowHandle{1};
   std::optional<AdoptedWindow> adopted;
   int released = 0;
+  bool hasReports = false;  // after each operation
+
+ private:
+  void asked() { deadline = hasReports ? 0 : kNever; }
+
+  Nanoseconds deadline = kNever;
 };
 
 class ApplicationTest : public StageTest {
@@ -63,6 +81,66 @@ class ApplicationTest : public StageTest {
                          .styleMask = kFullStyle};
   }
 };
+
+/// A host that polls the loop's descriptor in real time, and calls operations between passes.
+class PollingHostTest : public ApplicationTest {
+ protected:
+  PollingHostTest() {
+    loop.setClock(makeRealClock());
+    window->contentView()->setWantsLayer(true);
+  }
+
+  /// Brings the descriptor up to date, as a host does before it waits.
+  void pumpUntilIdle() {
+    while (isReadable(0)) {
+      loop.pump();
+    }
+  }
+  bool isReadable(int milliseconds) {
+    pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    return poll(&polled, 1, milliseconds) == 1;
+  }
+  /// Whether each operation, done while nothing else is due, makes the descriptor readable.
+  void expectReadableAfterEach(bool readable) {
+    for (std::size_t number = 0; number < operations.size(); ++number) {
+      pumpUntilIdle();
+      operations[number]();
+      EXPECT_EQ(isReadable(readable ? kPatience : 0), readable) << "operation " << number;
+    }
+  }
+
+  static constexpr int kPatience = 10'000;
+
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  ScriptedDisplay& display = startOnScriptedDisplay();
+  Strong<NSWindow> window =
+      NSWindow::initWithContentRectStyleMask(CGRectMake(10, 20, 800, 600), kFullStyle);
+  std::string error;
+  std::vector<std::function<void()>> operations{
+      [this] { NSApp->adoptWindow(7, error); },
+      [this] { window->orderFront(); },
+      [this] { window->makeKeyWindow(); },
+      [this] { window->setFrame(CGRectMake(1, 2, 300, 200)); },
+      [this] { window->setTitle("Game"); },
+      [this] { window->setStyleMask(NSWindowStyleMaskTitled); },
+      [this] { window->setMovableByWindowBackground(true); },
+      [this] {
+        window->contentView()->layer()->setBackgroundColor(CGColor{1, 1, 1, 1});
+      },
+      [this] { window->miniaturize(); },
+      [this] { NSApp->beginModalRun(window); },
+      [this] { window->close(); },
+      [this] { window = nullptr; }};
+};
+
+TEST_F(PollingHostTest, IsWokenWhereAnOperationHasBroughtReports) {
+  display.hasReports = true;
+  expectReadableAfterEach(true);
+}
+
+TEST_F(PollingHostTest, IsNotWokenWhereAnOperationHasBroughtNone) {
+  expectReadableAfterEach(false);
+}
 
 TEST_F(ApplicationTest, StandsFromStartToStop) {
   EXPECT_NE(NSApp, nullptr);
