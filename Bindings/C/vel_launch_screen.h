@@ -200,8 +200,8 @@ VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation pres
  * next vel_pump, and the answer is VEL_OK also where none is shown; nothing happens then. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
 
-/* Does what there is to do now, without waiting: once a frame. *did_something (may be null) tells
- * whether there was anything. The owning thread. */
+/* Does what there is to do now: once a frame. It waits for no event, only for the window system's
+ * answers. *did_something (may be null) tells whether there was anything. The owning thread. */
 VEL_C_EXPORT VelStatus vel_pump(VelLaunchScreen* screen, int* did_something);
 /* Does what there is to do during `seconds`, waiting in between. The owning thread. */
 VEL_C_EXPORT VelStatus vel_run(VelLaunchScreen* screen, double seconds);

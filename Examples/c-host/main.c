@@ -107,7 +107,7 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
     if (counts->frames == wanted->frames_before) {
       screen = show_launch_screen(window, wanted);
     }
-    /* The one call a frame. It does what is due and never waits. */
+    /* The one call a frame. It does what is due and waits for no event. */
     const Uint64 before = SDL_GetPerformanceCounter();
     vel_pump(screen, NULL);
     const double took = (double)(SDL_GetPerformanceCounter() - before) / ticks;

@@ -123,7 +123,7 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
     if (counts.frames == wanted.framesBefore) {
       screen = showLaunchScreen(window, wanted);
     }
-    // The one call a frame. It does what is due and never waits.
+    // The one call a frame. It does what is due and waits for no event.
     const auto before = Clock::now();
     vel_pump(screen, nullptr);
     counts.longestPump =

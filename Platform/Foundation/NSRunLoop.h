@@ -61,9 +61,10 @@ class VEL_EXPORT NSRunLoop {
   /// Adds the timer for one more mode.
   void addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode);
 
-  /// One pass, without waiting; answers whether it did anything.
+  /// One pass; answers whether it did anything. It waits for no event, only for the window system's
+  /// answers.
   bool runPass(NSRunLoopMode mode);
-  /// One pass in the loop's mode, without waiting: what a game calls once a frame.
+  /// The same in the loop's mode: what a game calls once a frame.
   bool pump() { return runPass(mode_); }
   /// One pass; where it did nothing, waits for what comes next, `limit` at the latest.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);

@@ -139,7 +139,8 @@ class VEL_EXPORT WindowSystem {
 
   /// Readable when events have come; -1 where there is nothing to wait for.
   [[nodiscard]] virtual int descriptor() const = 0;
-  /// Reports what has happened; answers whether there was anything. Never waits.
+  /// Reports what has happened; answers whether there was anything. Waits for no event, only for
+  /// the window system's answers.
   virtual bool deliverEvents() = 0;
   /// When `deliverEvents` has something to do apart from new input on the descriptor (events read
   /// already, the next picture of an indicator): a moment on the steady clock, 0 for now, `kNever`
