@@ -38,7 +38,7 @@ class X11Consent : public X11HostTest {
 };
 
 TEST_F(X11Consent, WhenItHasBeenAnsweredTheLaunchScreenIsKeyAndGoesOnToItsEnd) {
-  present(2, kEmbedded);
+  present(5, kEmbedded);
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
   runConsent([this] { consent->close(); });
   EXPECT_FALSE(launchScreen->appIsUnfocused());

@@ -1,6 +1,7 @@
 // What goes wrong on the display while `launchscreen show` runs.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <csignal>
 #include <memory>
 
@@ -69,8 +70,14 @@ TEST_F(X11ShowFaults, AnUnmappedWindowStopsTheCountdownUntilItIsBack) {
 }
 
 TEST_F(X11ShowFaults, AWindowManagerThatExitsDoesNotStopIt) {
-  cover(Manager::Metacity, {"--duration", "1.5"});
+  cover(Manager::Metacity, {"--duration", "3"});
   manager.kill();
+  // The server hands its windows back when it is gone there too.
+  EXPECT_TRUE(eventually([this] {
+    const auto windows = user.children(user.root());
+    return std::ranges::find(windows, game) != windows.end();
+  }));
+  EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
   expectGivenBack();
