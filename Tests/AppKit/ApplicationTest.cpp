@@ -22,10 +22,10 @@ class ScriptedDisplay final : public WindowSystem {
   void setDelegate(WindowSystemDelegate* to) override { delegate = to; }
   [[nodiscard]] int descriptor() const override { return -1; }
   bool deliverEvents() override {
-    deadline = kNever;
+    deadline_ = kNever;
     return false;
   }
-  [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline; }
+  [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline_; }
   WindowHandle createWindow(const WindowDescription& /*description*/) override {
     asked();
     return nextHandle;
@@ -59,9 +59,9 @@ class ScriptedDisplay final : public WindowSystem {
   bool hasReports = false;  // after each operation
 
  private:
-  void asked() { deadline = hasReports ? 0 : kNever; }
+  void asked() { deadline_ = hasReports ? 0 : kNever; }
 
-  Nanoseconds deadline = kNever;
+  Nanoseconds deadline_ = kNever;
 };
 
 class ApplicationTest : public StageTest {
