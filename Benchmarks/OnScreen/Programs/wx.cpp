@@ -21,8 +21,9 @@ class Splash final : public wxApp {
       canvas.SetBackground(*wxWHITE_BRUSH);
       canvas.Clear();
     }
-    splash_ = new wxSplashScreen(picture, wxSPLASH_NO_CENTRE | wxSPLASH_NO_TIMEOUT, 0, nullptr,
-                                 wxID_ANY, wxPoint(arguments.x, arguments.y),
+    // A splash screen takes no place of its own; every program's is in the middle.
+    splash_ = new wxSplashScreen(picture, wxSPLASH_CENTRE_ON_SCREEN | wxSPLASH_NO_TIMEOUT, 0,
+                                 nullptr, wxID_ANY, wxPoint(arguments.x, arguments.y),
                                  wxSize(arguments.width, arguments.height), wxBORDER_NONE);
     stamp_returned = stamp_now();
     timer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
