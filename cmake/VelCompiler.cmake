@@ -1,4 +1,4 @@
-# How every source of the project is compiled.
+# Compiler settings of the whole project.
 
 set(CMAKE_C_STANDARD 99)
 set(CMAKE_C_STANDARD_REQUIRED ON)
@@ -16,20 +16,20 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
   if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-    set(CMAKE_BUILD_TYPE Release CACHE STRING "The kind of build" FORCE)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
   endif()
 endif()
 
 find_package(Threads REQUIRED)
 
-# What the project's own targets are compiled and linked with; it is not passed on to users.
+# Flags of the project's own targets. Programs that link the library do not inherit them.
 add_library(VelCompilerSettings INTERFACE)
 add_library(vel::CompilerSettings ALIAS VelCompilerSettings)
 
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_compile_options(VelCompilerSettings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion)
-  # So that the linker can leave out what nobody uses.
+  # Let the linker remove unused functions and data.
   target_compile_options(VelCompilerSettings INTERFACE -ffunction-sections -fdata-sections)
 endif()
 if(VEL_WARNINGS_AS_ERRORS)
@@ -40,7 +40,7 @@ if(VEL_SANITIZERS)
   target_compile_options(VelCompilerSettings INTERFACE ${sanitizer_flags} -fno-omit-frame-pointer)
   target_link_options(VelCompilerSettings INTERFACE ${sanitizer_flags})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # In instrumented code the compiler sees uninitialised values where there are none.
+    # GCC reports false positives in instrumented code.
     target_compile_options(VelCompilerSettings INTERFACE -Wno-maybe-uninitialized)
   endif()
 endif()

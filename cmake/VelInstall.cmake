@@ -1,5 +1,5 @@
-# Installs the library, its headers, and the packages by which CMake and pkg-config find it. What a
-# program needs that runs is the component `runtime`; what is needed to build one, `development`.
+# Installs the library, its headers, and the CMake and pkg-config packages. The component `runtime`
+# is what a program needs to run, the component `development` what it needs to be built.
 
 include(CMakePackageConfigHelpers)
 
@@ -11,7 +11,7 @@ install(TARGETS VelLaunchScreen EXPORT VelLaunchScreenTargets
   ARCHIVE COMPONENT development)
 install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT license)
 
-# The headers that the umbrella brings in, as they lie in the tree; and the one for C.
+# The headers that VelLaunchScreen.h includes, in the folders of the source tree, and the C header.
 install(
   DIRECTORY Platform HostInterfaces LaunchScreen
   DESTINATION "${header_folder}"
@@ -25,13 +25,13 @@ install(
   DESTINATION "${header_folder}"
   COMPONENT development)
 
-# The pkg-config file finds the prefix from where it lies itself, so that the whole can be moved.
+# The pkg-config file derives the prefix from its own location, so the installation can be moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
   OUTPUT_VARIABLE pc_prefix)
 cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
-# What a static library needs it leaves to its users to link; a shared one links it itself.
+# Programs that link the static library also link what it depends on.
 set(pc_requires_private "")
 set(pc_libs_private "")
 if(VEL_LIBRARY_TYPE STREQUAL "STATIC_LIBRARY")

@@ -1,5 +1,4 @@
-# The library as a game links it, the layers in one file: shared or static, as BUILD_SHARED_LIBS
-# says.
+# The library that a game links: all layers in one file, shared or static (BUILD_SHARED_LIBS).
 
 include(GNUInstallDirs)
 
@@ -17,7 +16,7 @@ set_target_properties(VelLaunchScreen PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
 target_compile_features(VelLaunchScreen PUBLIC cxx_std_20)
-# Hosts write #include <VelLaunchScreen/...>; headers include each other from the project's root.
+# Hosts write #include <VelLaunchScreen/...>. The headers include each other from the project's root.
 target_include_directories(VelLaunchScreen PUBLIC
   "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${PROJECT_SOURCE_DIR}/include>"
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen>")
@@ -27,18 +26,18 @@ target_link_libraries(VelLaunchScreen
 
 get_target_property(VEL_LIBRARY_TYPE VelLaunchScreen TYPE)
 if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
-  # Hidden visibility does not reach what the compiler makes of the standard library's templates.
+  # Hidden visibility does not apply to instantiations of the standard library's templates.
   set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
   target_link_options(VelLaunchScreen PRIVATE "LINKER:--version-script=${exports}")
   set_target_properties(VelLaunchScreen PROPERTIES LINK_DEPENDS "${exports}")
 
-  # The library's own calls stay in the library, and nothing is in it that is used by nobody.
+  # Calls within the library do not go through the PLT; unused sections are removed.
   target_link_options(VelLaunchScreen PRIVATE "LINKER:-Bsymbolic-functions,--gc-sections")
   if(CMAKE_INTERPROCEDURAL_OPTIMIZATION AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_link_options(VelLaunchScreen PRIVATE
       -flto-partition=one -ffunction-sections -fdata-sections)
   endif()
-  # Most relocations are those of the classes' tables: packed, they take a hundredth of the space.
+  # Most relocations are in vtables. Packed, they take a hundredth of the space.
   include(CheckLinkerFlag)
   check_linker_flag(CXX "LINKER:-z,pack-relative-relocs" VEL_PACKS_RELOCATIONS)
   if(VEL_PACKS_RELOCATIONS)

@@ -1,4 +1,4 @@
-# The Debian packages that CPack makes: the library, what building against it takes, the program.
+# The Debian packages that CPack builds: the library, its development files, and the program.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The VelLaunchScreen authors <authors@vellaunchscreen.invalid>")
@@ -18,7 +18,7 @@ set(CPACK_COMPONENTS_ALL development)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${library}-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-  "The headers for C++ and C, and what CMake and pkg-config need to find the library.")
+  "Headers for C++ and C, and the CMake and pkg-config packages.")
 
 if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY")
   list(APPEND CPACK_COMPONENTS_ALL runtime)
@@ -36,11 +36,11 @@ if(VEL_HOST)
   set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME launchscreen)
   set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION games)
   set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
-    "The program launchscreen plays host to a launch screen.
-It also plays a host's script in virtual time.")
+    "The program launchscreen shows a launch screen.
+It also plays scenarios in virtual time.")
 endif()
 
-# Only where a component is installed by its name, as CPack does.
+# EXCLUDE_FROM_ALL: `cmake --install` leaves these out; CPack installs each component by name.
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} name)
   install(

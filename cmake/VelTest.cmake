@@ -1,22 +1,14 @@
-# vel_add_test(<name> [SOURCES <source>...] [GLOB <pattern>...] [LINK <target>...]
-#              [TIMEOUT <seconds>])
+# vel_add_test(<name> [SOURCES <source>...] [LINK <target>...] [TIMEOUT <seconds>])
 #
-# Makes the program <name>Tests of the given sources, or else of every source that a pattern
-# matches, folders below included; the usual pattern is <name>/*.cpp. Each case in it is a test of
-# its own for ctest, with <name> as its label. Without sources there is no program.
+# Builds the program <name>Tests from the given sources, or from all sources in the folder <name>
+# and its subfolders. Each test case becomes a test of ctest with the label <name>.
 function(vel_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;GLOB;LINK")
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LINK")
   if(test_UNPARSED_ARGUMENTS)
-    message(FATAL_ERROR "vel_add_test(${name}): what is '${test_UNPARSED_ARGUMENTS}'?")
+    message(FATAL_ERROR "vel_add_test(${name}): unknown argument '${test_UNPARSED_ARGUMENTS}'")
   endif()
   if(NOT test_SOURCES)
-    if(NOT test_GLOB)
-      set(test_GLOB "${name}/*.cpp")
-    endif()
-    file(GLOB_RECURSE test_SOURCES CONFIGURE_DEPENDS ${test_GLOB})
-  endif()
-  if(NOT test_SOURCES)
-    return()
+    file(GLOB_RECURSE test_SOURCES CONFIGURE_DEPENDS "${name}/*.cpp")
   endif()
   if(NOT test_TIMEOUT)
     set(test_TIMEOUT 60)

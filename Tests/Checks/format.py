@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that every source is laid out as .clang-format says, or with --fix lays it out so.
+"""Checks that every source follows .clang-format. With --fix, formats the sources instead.
 
 usage: format.py [--fix] ROOT CLANG_FORMAT
 """
@@ -31,7 +31,7 @@ def main():
     if result.returncode:
         places = re.findall(r"^(\S+:\d+):\d+: error", result.stderr, re.MULTILINE)
         print("\n".join(dict.fromkeys(places)) or result.stderr)
-        print("These lines are laid out otherwise than .clang-format says. To mend them:")
+        print("These lines do not follow .clang-format. To format them:")
         print("cmake --build --preset debug --target format")
     sys.exit(result.returncode)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Reads the include rule below and fails on every line of a source that breaks it.
+"""Checks that every source follows the include rule below. Prints each line that breaks it.
 
 usage: include_rule.py ROOT
 """
@@ -10,33 +10,39 @@ from pathlib import Path
 
 from sources import source_files
 
-# Each folder and the folders that its files may include from, besides their own. A folder's line
-# holds for the folders in it that have no line of their own.
+# For each folder, the other folders that its files may include from. A folder's row also applies to
+# its subfolders that have no row of their own.
 BASE = ["Platform/Foundation"]
 PORT = ["Platform/WindowSystem", *BASE]
 PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
+# What a program needs that chooses its window system.
+BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
 EVERYTHING = [""]
 MAY_INCLUDE = {
     "Platform/Foundation": [],
     "Platform/WindowSystem": BASE,
     "Platform/WindowSystem/Headless": PORT,
     "Platform/WindowSystem/X11": PORT,
-    "Platform/WindowSystem/Backends": EVERYTHING,
+    "Platform/WindowSystem/Backends": [
+        "Platform/WindowSystem/Headless",
+        "Platform/WindowSystem/X11",
+        *PORT,
+    ],
     "Platform/Dispatch": BASE,
     "Platform/AppKit": ["Platform/Dispatch", *PORT],
     "HostInterfaces": PLATFORM,
     "LaunchScreen": LIBRARY,
-    "Bindings/C": [*LIBRARY, "Platform/WindowSystem", "Platform/WindowSystem/Backends"],
-    "include": EVERYTHING,
-    "Host": EVERYTHING,
-    "Examples": EVERYTHING,
+    "Bindings/C": [*LIBRARY, *PORT, "Platform/WindowSystem/Backends"],
+    "include": ["Bindings/C", *LIBRARY, *BACKENDS],
+    "Host": [*LIBRARY, *BACKENDS],
+    "Examples": [],
     "Tests": EVERYTHING,
-    "Fuzz": EVERYTHING,
-    "Benchmarks": EVERYTHING,
+    "Fuzz": ["Bindings/C", "Host", "Tests", *LIBRARY],
+    "Benchmarks": [*LIBRARY, *BACKENDS],
 }
 
-# Headers from outside that only some folders may include.
+# Headers of other projects, and the folders that may include them.
 OUTSIDE = {
     "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11", "Benchmarks"],
     "X11/": [],
@@ -48,7 +54,7 @@ OUTSIDE = {
     "benchmark/": ["Benchmarks"],
 }
 
-# Where the sources may ask which platform they are compiled for.
+# The folders whose sources may test platform macros.
 CHOOSES_PLATFORM = ["Platform/WindowSystem/Backends"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]*)"|<([^>]*)>)')
@@ -65,12 +71,12 @@ def is_below(path, folder):
 
 
 def layer_of(path):
-    """The longest folder of the table that the file is in, or None."""
+    """The innermost folder with a row that contains the file, or None."""
     return max((f for f in MAY_INCLUDE if is_below(path, f)), key=len, default=None)
 
 
 def without_comments(text):
-    """The text with its comments blanked, line for line."""
+    """The text without its comments; line numbers stay the same."""
 
     def blank(match):
         found = match.group()
@@ -80,18 +86,18 @@ def without_comments(text):
 
 
 def include_fault(path, included, quoted, root):
-    """What is wrong with the line that includes `included`, or None."""
+    """Describes what is wrong with including `included` in the file `path`, or returns None."""
     layer = layer_of(path)
     if not quoted:
         for prefix, folders in OUTSIDE.items():
             if included.startswith(prefix) and not any(is_below(path, f) for f in folders):
-                return f"<{prefix}…> belongs in {', '.join(folders) or 'no folder'}"
+                return f"<{prefix}…> may be included only in {', '.join(folders) or 'no folder'}"
         if layer_of(included) is None:
             return None
-        return f'a header of ours is included as "{included}"'
+        return f'include this project\'s header as "{included}"'
     target = layer_of(included)
     if target is None or not (root / included).is_file():
-        return f'there is no "{included}"; includes are written from the project\'s root'
+        return f'"{included}" does not exist; write includes from the project\'s root'
     allowed = [layer, *MAY_INCLUDE[layer]]
     if "" in allowed or target in allowed:
         return None
@@ -99,12 +105,12 @@ def include_fault(path, included, quoted, root):
 
 
 def faults(root):
-    """Every fault below root, as `file:line: what`."""
+    """Yields every fault below root, as `file:line: message`."""
     root = Path(root)
     for file in source_files(root):
         path = file.as_posix()
         if layer_of(path) is None:
-            yield f"{path}:1: no line of the include rule says what this folder may include"
+            yield f"{path}:1: this folder has no row in the include rule"
             continue
         chooses = any(is_below(path, folder) for folder in CHOOSES_PLATFORM)
         text = without_comments((root / file).read_text(encoding="utf-8"))
@@ -116,7 +122,7 @@ def faults(root):
                     yield f"{path}:{number}: {fault}"
             elif (match := CONDITION.match(line)) and not chooses:
                 if macro := PLATFORM_MACRO.search(match.group(1)):
-                    yield f"{path}:{number}: {macro.group()} is asked for outside {CHOOSES_PLATFORM[0]}"
+                    yield f"{path}:{number}: {macro.group()} is tested outside {CHOOSES_PLATFORM[0]}"
 
 
 def main():

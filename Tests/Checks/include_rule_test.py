@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests of the include rule: that it finds what it is there to find."""
+"""Tests of include_rule.py."""
 
 import tempfile
 import unittest
@@ -30,14 +30,14 @@ class IncludeRuleTest(unittest.TestCase):
             return list(include_rule.faults(root))
 
     def assert_fault(self, path, line, at=1):
-        found = self.faults_with(path, line)
-        self.assertEqual(len(found), 1, found)
-        self.assertTrue(found[0].startswith(f"{path}:{at}: "), found[0])
+        faults = self.faults_with(path, line)
+        self.assertEqual(len(faults), 1, faults)
+        self.assertTrue(faults[0].startswith(f"{path}:{at}: "), faults[0])
 
-    def assert_none(self, path, line):
+    def assert_no_fault(self, path, line):
         self.assertEqual(self.faults_with(path, line), [])
 
-    def test_arrows_that_go_up(self):
+    def test_includes_from_a_higher_floor_are_faults(self):
         for path, included in (
             ("Platform/Foundation/A.cpp", "Platform/Dispatch/Dispatch.h"),
             ("Platform/Foundation/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
@@ -54,7 +54,7 @@ class IncludeRuleTest(unittest.TestCase):
             with self.subTest(path=path, included=included):
                 self.assert_fault(path, f'#include "{included}"\n')
 
-    def test_arrows_that_go_down(self):
+    def test_includes_from_a_lower_floor_are_allowed(self):
         for path, included in (
             ("Platform/Dispatch/A.cpp", "Platform/Foundation/NSObject.h"),
             ("Platform/AppKit/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
@@ -64,24 +64,24 @@ class IncludeRuleTest(unittest.TestCase):
             ("Tests/AppKit/A.cpp", "Platform/WindowSystem/Headless/HeadlessWindow.h"),
         ):
             with self.subTest(path=path, included=included):
-                self.assert_none(path, f'#include "{included}"\n')
+                self.assert_no_fault(path, f'#include "{included}"\n')
 
-    def test_the_line_is_named(self):
+    def test_a_fault_names_its_line(self):
         text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"
         self.assert_fault("LaunchScreen/A.cpp", text, at=3)
 
-    def test_includes_are_written_from_the_root(self):
+    def test_includes_not_written_from_the_root_are_faults(self):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 
-    def test_headers_from_outside_stay_in_their_folder(self):
+    def test_headers_of_other_projects_are_allowed_in_their_folders_only(self):
         self.assert_fault("Platform/AppKit/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_fault("Host/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_fault("LaunchScreen/A.cpp", "#include <nlohmann/json.hpp>\n")
-        self.assert_none("Platform/WindowSystem/X11/A.cpp", "#include <xcb/xcb.h>\n")
-        self.assert_none("Platform/AppKit/A.cpp", "#include <vector>\n")
+        self.assert_no_fault("Platform/WindowSystem/X11/A.cpp", "#include <xcb/xcb.h>\n")
+        self.assert_no_fault("Platform/AppKit/A.cpp", "#include <vector>\n")
 
-    def test_platform_conditions(self):
+    def test_platform_macros_are_allowed_in_one_folder_only(self):
         for line in (
             "#ifdef __APPLE__",
             "#ifndef _WIN32",
@@ -91,13 +91,13 @@ class IncludeRuleTest(unittest.TestCase):
         ):
             with self.subTest(line=line):
                 self.assert_fault("Platform/AppKit/A.cpp", line + "\n")
-                self.assert_none("Platform/WindowSystem/Backends/A.cpp", line + "\n")
-        self.assert_none("Platform/AppKit/A.cpp", "#ifdef VEL_HAS_X11\n")
+                self.assert_no_fault("Platform/WindowSystem/Backends/A.cpp", line + "\n")
+        self.assert_no_fault("Platform/AppKit/A.cpp", "#ifdef VEL_HAS_X11\n")
 
-    def test_comments_do_not_count(self):
-        self.assert_none("Platform/AppKit/A.cpp", '// #ifdef _WIN32\n/*\n#include "X.h"\n*/\n')
+    def test_comments_are_ignored(self):
+        self.assert_no_fault("Platform/AppKit/A.cpp", '// #ifdef _WIN32\n/*\n#include "X.h"\n*/\n')
 
-    def test_a_folder_without_a_line(self):
+    def test_a_folder_without_a_row_is_a_fault(self):
         self.assert_fault("Elsewhere/A.cpp", "\n")
 
 

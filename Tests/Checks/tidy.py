@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the sources of the library and the program.
+"""Runs clang-tidy on the sources of the library and the program.
 
 usage: tidy.py ROOT BUILD_DIR CLANG_TIDY
 
-How each source is compiled is read from BUILD_DIR/compile_commands.json. A source that passed is
-not looked at again before it, a header of ours that it includes, its command, a .clang-tidy or
-clang-tidy itself changes: BUILD_DIR/tidy holds an empty file for each state that passed.
+BUILD_DIR/compile_commands.json says how each source is compiled. A source that has passed is checked
+again only after a change to the source, to one of the project's headers that it includes, to its
+compile command, to a .clang-tidy file, or to clang-tidy itself. BUILD_DIR/tidy contains one empty
+file for each state that has passed.
 """
 
 import hashlib
@@ -17,7 +18,7 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-# Tests are held to less, and what they get wrong shows when they run.
+# Not checked: a fault in a test shows when the test runs.
 SKIPPED = ("Tests/", "Fuzz/", "Benchmarks/", "build/")
 
 OPTIONS = ["--quiet", "--extra-arg=-Wno-unknown-warning-option"]
@@ -26,22 +27,22 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 
 class Sources:
-    """The text of our files and what they include, each read once."""
+    """Reads each source once: its text and the headers that it includes."""
 
     def __init__(self, root):
         self._root = root
-        self._read = {}
+        self._files = {}
 
     def _file(self, name):
-        if name not in self._read:
+        if name not in self._files:
             path = self._root / name
             text = path.read_bytes() if path.is_file() else b""
             included = [i.decode() for i in INCLUDE.findall(text)]
-            self._read[name] = (hashlib.sha256(text).digest(), included)
-        return self._read[name]
+            self._files[name] = (hashlib.sha256(text).digest(), included)
+        return self._files[name]
 
     def digest(self, name):
-        """A digest of the file and of everything of ours that it includes, however far away."""
+        """A digest of the file and of all the project's headers that it includes, directly or not."""
         seen, waiting = set(), [name]
         while waiting:
             current = waiting.pop()
@@ -55,24 +56,24 @@ class Sources:
 
 
 def checks_for(root, name):
-    """The text of every .clang-tidy that holds for the source."""
+    """The text of every .clang-tidy file that applies to the source."""
     files = [root / folder / ".clang-tidy" for folder in Path(name).parents]
     return b"\0".join(file.read_bytes() for file in files if file.is_file())
 
 
 def commands(root, build):
     """Pairs of a source's path, relative to root, and the command that compiles it."""
-    file = build / "compile_commands.json"  # not there while there is nothing to compile
+    file = build / "compile_commands.json"  # missing if there is nothing to compile
     database = json.loads(file.read_text(encoding="utf-8")) if file.is_file() else []
-    found = {}
+    sources = {}
     for entry in database:
         path = Path(entry["directory"], entry["file"]).resolve()
         if not path.is_relative_to(root):
             continue
         name = path.relative_to(root).as_posix()
         if not name.startswith(SKIPPED) and not path.is_relative_to(build):
-            found[name] = entry.get("command") or " ".join(entry["arguments"])
-    return sorted(found.items())
+            sources[name] = entry.get("command") or " ".join(entry["arguments"])
+    return sorted(sources.items())
 
 
 def main():
@@ -88,19 +89,19 @@ def main():
 
     stamps = build / "tidy"
     stamps.mkdir(exist_ok=True)
-    waiting, current = [], set()
+    unchecked, current = [], set()
     for name, command in commands(root, build):
         state = hashlib.sha256(
             settings + checks_for(root, name) + command.encode() + sources.digest(name)
         ).hexdigest()
         current.add(state)
         if not (stamps / state).exists():
-            waiting.append((name, state))
+            unchecked.append((name, state))
     for stamp in stamps.iterdir():
         if stamp.name not in current:
             stamp.unlink()
 
-    def look_at(name, state):
+    def check(name, state):
         result = subprocess.run(
             [clang_tidy, *OPTIONS, "-p", str(build), str(root / name)],
             capture_output=True,
@@ -110,15 +111,14 @@ def main():
         if result.returncode == 0:
             (stamps / state).touch()
             return None
-        # What it has to say stands in stdout; stderr counts what it kept to itself, and says why
-        # it could not start.
+        # The warnings are in stdout. If clang-tidy could not start, stderr says why.
         return result.stdout or result.stderr
 
     with ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        complaints = [c for c in pool.map(lambda w: look_at(*w), waiting) if c]
+        complaints = [c for c in pool.map(lambda w: check(*w), unchecked) if c]
     for complaint in complaints:
         print(complaint)
-    print(f"{len(waiting)} sources looked at, {len(complaints)} with complaints")
+    print(f"{len(unchecked)} sources checked, {len(complaints)} with complaints")
     sys.exit(1 if complaints else 0)
 
 
