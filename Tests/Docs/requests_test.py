@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What docs/requests.md says in its tables is what the library does: each row is played."""
+"""Plays each row of the tables in docs/requests.md and compares the result with the row."""
 
 import json
 import re
@@ -16,14 +16,14 @@ STAYS = None
 
 
 def rows(heading):
-    """The rows of the table below a heading, as lists of their cells."""
+    """Returns the rows of the table in a section, each as a list of cells."""
     section = PAGE.split(f"\n## {heading}\n")[1].split("\n## ")[0]
     lines = [line for line in section.splitlines() if line.startswith("| ")]
     return [[cell.strip() for cell in line.strip("|").split("|")] for line in lines[2:]]
 
 
-class Played:
-    """A play of a request, of its presentation and of some steps."""
+class Play:
+    """Plays a request, its presentation and more steps; has the trace."""
 
     def __init__(self, parameters, steps=(), mode=0, windows=(), until=30, **host):
         script = {
@@ -43,17 +43,17 @@ class Played:
         self.lines = [json.loads(line) for line in done.stdout.splitlines()]
 
     def first(self, name, value=None):
-        """The line that first has the member, with that value if one is given; none if none has."""
-        found = (line for line in self.lines if name in line and value in (None, line[name]))
-        return next(found, None)
+        """Returns the first line with the member (and the value, if one is given), or None."""
+        lines = (line for line in self.lines if name in line and value in (None, line[name]))
+        return next(lines, None)
 
     def time_of(self, *line):
-        found = self.first(*line)
-        return found and found["t"]
+        first = self.first(*line)
+        return first and first["t"]
 
     @property
     def outcome(self):
-        """When the cover was dismissed and when the event was recorded, if ever."""
+        """The times at which the cover was dismissed and the event recorded; None for never."""
         return self.time_of("cover", "viewDidDisappear"), self.time_of("event")
 
     @property
@@ -65,7 +65,7 @@ class Played:
 
 
 def request(**changed):
-    """The usual parameters but for some; those that are none are left out."""
+    """Returns the default parameters with changes; a change to None removes the parameter."""
     parameters = {"event": "end", "max_duration_time": 5, **changed}
     return {name: value for name, value in parameters.items() if value is not None}
 
@@ -85,7 +85,7 @@ CONTROLLED = {"contentViewController": "PlayerViewController"}
 CONSENT = {"name": "consent", "contentViewController": "GDPRViewController"}
 MODAL = {"mode": PRESENTED_MODAL, "windows": [CHILD, OTHER]}
 
-# What is done, and when the cover then goes and the event is recorded.
+# For each row: the steps, the host, and the times of dismissal and event.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
     "the covered window resigns key": ([at(1, "resignKey")], {}, (STAYS, NO_EVENT)),
@@ -96,17 +96,16 @@ WINDOW_ROWS = {
     "another window of the host resigns key, or becomes key after another": (
         [key(1, "other"), key(2, "child"), at(3, "resignKey")],
         {"windows": [OTHER, CHILD]}, (STAYS, NO_EVENT)),
-    "the user turns to another application, and comes back": (
+    "the user switches to another application, and comes back": (
         [at(1, "deactivateApp"), at(2, "activateApp")], {}, (6.1, 6.6)),
     "the covered window is miniaturised": (
         [at(1, "miniaturize", window="player"), at(2, "deminiaturize", window="player")],
         {}, (STAYS, NO_EVENT)),
-    "another window is miniaturised and comes back": (
+    "another window is miniaturised and deminiaturised": (
         [at(1, "miniaturize", window="other"), at(2, "deminiaturize", window="other")],
         {"windows": [OTHER]}, (5.1, 5.6)),
     "a child window of the covered window becomes key": (
         [key(1, "child"), key(2, "player")], {"windows": [CHILD]}, (6.1, 6.6)),
-    # A new timer begins each time, so two halves of a step get lost.
     "modal: the player window becomes key": ([key(1, "player")], MODAL, (5.1, 5.6)),
     "modal: a child window of the player window becomes key": ([key(1, "child")], MODAL, (5.1, 5.6)),
     "modal: a window of another class becomes key": (
@@ -123,18 +122,18 @@ WINDOW_ROWS = {
     "the covered window is closed": ([at(1, "closeWindow", window="player")], {}, (1, 1.5)),
     "modal: the cover's window is closed": ([at(1, "closeWindow", window="modal-1")], MODAL, (1, 1.5)),
     "modal: the player window is closed": ([at(1, "closeWindow", window="player")], MODAL, (5.1, 5.6)),
-    "the host asks for dismissal while time is left": ([{"at": 1, **DISMISS}], {}, (5.1, 3.5)),
-    "the same, and the window resigns key within these 2 s": (
+    "the host dismisses while time is left": ([{"at": 1, **DISMISS}], {}, (5.1, 3.5)),
+    "the host dismisses while time is left, and the window resigns key within 2 s": (
         [{"at": 1, **DISMISS}, at(1.5, "resignKey")], {}, (5.1, 3.5)),
-    "the same while the user is away, for more than 2 s": (
+    "the host dismisses while time is left and the user is away for more than 2 s": (
         [at(1, "resignKey"), {"at": 1.5, **DISMISS}, key(6, "player")], {}, (10.1, 7.5)),
-    "skip mode: the host asks for dismissal": ([{"at": 1, **DISMISS}], {}, (1, NO_EVENT)),
-    "skip mode: the same while the user is away": (
+    "skip mode: the host dismisses": ([{"at": 1, **DISMISS}], {}, (1, NO_EVENT)),
+    "skip mode: the host dismisses while the user is away": (
         [at(1, "resignKey"), {"at": 1.5, **DISMISS}, key(6, "player")], {}, (6, NO_EVENT)),
     "skip mode: the time is used up": ([], {}, (5.1, NO_EVENT)),
-    "the host's own dismissal of the content": (
+    "the host dismisses the content itself": (
         [at(1, "dismiss", by="content")], {}, (1, 1.5)),
-    "the host's delegate answers no when the time is used up": (
+    "the host's delegate refuses when the time is used up": (
         [{"at": 8, **DISMISS}],
         {"viewDelegate": {"operations": ["canContentViewDisappear:"], "canDisappear": False}},
         (STAYS, NO_EVENT)),
@@ -146,60 +145,60 @@ WINDOW_ROWS = {
 
 
 class Requests(unittest.TestCase):
-    def assert_times(self, found, expected):
-        for one, other in zip(found, expected):
-            self.assertEqual(one is None, other is None, (found, expected))
-            if one is not None:
-                self.assertAlmostEqual(one, other, places=6)
+    def assert_times(self, times, expected_times):
+        for time, expected in zip(times, expected_times):
+            self.assertEqual(time is None, expected is None, (times, expected_times))
+            if time is not None:
+                self.assertAlmostEqual(time, expected, places=6)
 
     def test_each_row_about_windows_is_true(self):
         self.assertEqual([row[0] for row in rows("Windows, focus and closing")], list(WINDOW_ROWS))
         for row, (steps, host, expected) in WINDOW_ROWS.items():
             with self.subTest(row):
                 parameters = request(mode="skip" if row.startswith("skip mode") else "forced")
-                self.assert_times(Played(parameters, steps, **host).outcome, expected)
+                self.assert_times(Play(parameters, steps, **host).outcome, expected)
 
     def test_each_time_of_the_countdown_is_true(self):
-        table = rows("The countdown, exactly")
+        table = rows("The countdown")
         self.assertGreater(len(table), 5)
-        for asked, stays in table:
-            with self.subTest(asked):
-                played = Played(request(max_duration_time=float(asked.strip("`"))))
-                self.assert_times(played.outcome[:1], [float(stays.split()[0])])
+        for duration, dismissed in table:
+            with self.subTest(duration):
+                play = Play(request(max_duration_time=float(duration.strip("`"))))
+                self.assert_times(play.outcome[:1], [float(dismissed.split()[0])])
 
-    def test_each_mode_does_what_its_row_says(self):
+    def test_each_row_about_modes_is_true(self):
         values = {"missing": None, "anything else": "Skip"}
-        for value, says in rows("`mode`"):
+        for value, effect in rows("`mode`"):
             with self.subTest(value):
                 name = value.split(",")[0]
                 mode = values[name] if name in values else json.loads(name.strip("`"))
-                outcome = Played(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
-                skips = "any time" in says
+                outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
+                skips = "any time" in effect
                 self.assert_times(outcome, (1, NO_EVENT) if skips else (5.1, 3.5))
 
-    def test_each_event_and_each_time_is_read_or_refused_as_its_row_says(self):
+    def test_each_row_about_events_and_times_is_true(self):
         for parameter in "event", "max_duration_time":
-            for value, says in rows(f"`{parameter}`"):
+            for value, effect in rows(f"`{parameter}`"):
                 with self.subTest(parameter=parameter, value=value):
                     values = {"missing": None, "a text": "some_event"}
                     read = values[value] if value in values else json.loads(value.strip("`"))
-                    played = Played(request(**{"max_duration_time": 2, parameter: read}))
-                    refusal = re.match("Refused: `(.*)`", says)
-                    self.assertEqual(played.refusal, refusal and refusal[1])
-                    fails = re.search("the content fails with", says)
-                    failed = played.lines[-1]["inspect"]["content"]["state"] == FAILED
+                    play = Play(request(**{"max_duration_time": 2, parameter: read}))
+                    refusal = re.match("Refused: `(.*)`", effect)
+                    self.assertEqual(play.refusal, refusal and refusal[1])
+                    fails = re.search("the content fails with", effect)
+                    failed = play.lines[-1]["inspect"]["content"]["state"] == FAILED
                     self.assertEqual(failed, fails is not None)
                     if not refusal and not fails:
-                        self.assert_times(played.outcome, (2, 2.5))
-                        event = played.first("event")["event"]
+                        self.assert_times(play.outcome, (2, 2.5))
+                        event = play.first("event")["event"]
                         self.assertEqual(event, read if parameter == "event" else "end")
 
-    def test_a_request_without_parameters_is_refused_with_its_line(self):
-        self.assertIn(f"refused with `{Played(None).refusal}`", PAGE)
+    def test_the_refusal_of_a_request_without_parameters_is_on_the_page(self):
+        self.assertIn(f"refused with `{Play(None).refusal}`", PAGE)
 
-    def test_the_log_lines_are_the_librarys(self):
-        refused = Played(request(event=None)).first("log")["log"]
-        presented = Played(request()).first("log")["log"]
+    def test_the_log_lines_are_on_the_page(self):
+        refused = Play(request(event=None)).first("log")["log"]
+        presented = Play(request()).first("log")["log"]
         for line in refused, presented:
             self.assertIn(f"\n    {line}\n", PAGE)
 
