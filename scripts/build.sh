@@ -1,8 +1,8 @@
-# How a preset is configured and built. Sourced, not run, from the project's root.
+# Configures and builds a preset. Source this file from the project's root.
 # shellcheck shell=bash
 
-# build_preset PRESET [TARGET...]: configures it and builds the targets, or all of it, and shows the
-# output only if that fails.
+# build_preset PRESET [TARGET...]: configures the preset and builds the targets (default: all). Shows
+# the output only if the build fails.
 build_preset() {
   local preset="$1" log targets=()
   shift

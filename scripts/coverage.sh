@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Says which lines and branches of LaunchScreen/ its own tests reach; ends with 1 if a line is left out.
-# Branches that only an exception takes are not counted.
+# Prints the line and branch coverage of LaunchScreen/ by its own tests. Exits with 1 if a line is not
+# covered. Branches that only an exception takes are not counted.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# Builds the fuzzers and runs one after the other, each for so many seconds.
-# usage: scripts/fuzz.sh [SECONDS [NAME...]]      60 seconds and every fuzzer, if left out
-# What was learnt stays in build/fuzz/corpus/NAME for the next time; inputs that fail are put into
-# build/fuzz/findings.
+# Builds the fuzzers and runs them one after the other, each for SECONDS.
+# usage: scripts/fuzz.sh [SECONDS [NAME...]]      default: 60 seconds, every fuzzer
+# build/fuzz/corpus/NAME keeps the corpus for the next run. Failing inputs go to build/fuzz/findings.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -23,7 +22,7 @@ fi
 require_packages build fuzz
 build_preset fuzz
 
-# No longer inputs than the fuzzer looks at.
+# The maximum input length, for fuzzers that ignore the rest of an input.
 declare -A longest=([random-script]=65)
 
 findings=build/fuzz/findings

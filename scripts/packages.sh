@@ -1,14 +1,13 @@
-# The Debian packages that the project needs, and how they get installed. Sourced, not run.
+# Lists and installs the Debian packages that the project needs. Source this file.
 # shellcheck shell=bash
 
-# Each group is what one purpose needs beyond the groups that are asked for with it.
 # shellcheck disable=SC2034  # read by name, in require_packages
 packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libpng-dev)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
   pkg-config dpkg-dev file fonts-dejavu-core
   libglib2.0-dev libsdl2-dev doxygen)
-# The X11 back end, and what its tests run it on and against.
+# The X11 back end, and the X servers, window managers and programs of its tests.
 # shellcheck disable=SC2034
 packages_x11=(pkg-config libxcb1-dev libxcb-randr0-dev libxcb-render0-dev)
 # shellcheck disable=SC2034
@@ -26,10 +25,11 @@ package_is_installed() {
   [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }
 
-# require_packages GROUP...: installs what is missing of the groups; says nothing if nothing is.
+# require_packages GROUP...: installs the missing packages of the groups. Prints nothing if none is
+# missing.
 require_packages() {
   if ! command -v dpkg-query >/dev/null; then
-    echo "$0: not a Debian system: install what scripts/packages.sh lists yourself; going on" >&2
+    echo "$0: not a Debian system: install the packages that scripts/packages.sh lists yourself; continuing" >&2
     return 0
   fi
 
@@ -48,7 +48,7 @@ require_packages() {
   if [[ $EUID -ne 0 ]]; then
     if ! command -v sudo >/dev/null; then
       echo "$0: these Debian packages are missing: ${missing[*]}" >&2
-      echo "$0: they can only be installed as root: apt-get install ${missing[*]}" >&2
+      echo "$0: install them as root: apt-get install ${missing[*]}" >&2
       return 1
     fi
     as_root=(sudo)
@@ -62,7 +62,7 @@ require_packages() {
       apt-get install --yes --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 </dev/null; then
     cat "$log" >&2
     rm -f "$log"
-    echo "$0: installing failed" >&2
+    echo "$0: installation failed" >&2
     return 1
   fi
   rm -f "$log"

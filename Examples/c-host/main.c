@@ -1,9 +1,9 @@
-/* The game of sdl2-game in C99: a launch screen over its own X11 window at start, drawing beneath
- * sixty times a second, the event appended to a file.
+/* The game of sdl2-game in C99. It shows a launch screen over its own X11 window at start, keeps
+ * drawing under the cover, 60 times a second, and appends the event to a file.
  *
  *     c-host [EVENTS_FILE [SECONDS [FRAMES]]]
  *
- * FRAMES, 0 if left out, are drawn before the launch screen comes. */
+ * The game draws FRAMES frames (default 0) before it shows the launch screen. */
 #include <SDL.h>
 #include <SDL_syswm.h>
 #include <VelLaunchScreen/vel_launch_screen.h>
@@ -49,7 +49,7 @@ static void controls_kept(void* user_data, uint32_t controls) {
   tell(controls == 0 ? "no controls kept" : "controls kept");
 }
 
-/* The launch screen over the game's window, presented; null where it cannot be. */
+/* Presents a launch screen over the game's window. Returns null if that fails. */
 static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wanted) {
   SDL_SysWMinfo info;
   VelLaunchScreen* screen = NULL;
@@ -78,7 +78,7 @@ static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wa
   return screen;
 }
 
-/* A ball on its way to and fro. */
+/* A ball that moves from side to side. */
 static void draw(SDL_Renderer* renderer, int frame) {
   const int way = WIDTH - BALL;
   const int gone = frame * 5 % (2 * way);
@@ -107,7 +107,7 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
     if (counts->frames == wanted->frames_before) {
       screen = show_launch_screen(window, wanted);
     }
-    /* The one call a frame. It does what is due and waits for no event. */
+    /* The only call in each frame. It does the work that is due and does not wait for events. */
     const Uint64 before = SDL_GetPerformanceCounter();
     vel_pump(screen, NULL);
     const double took = (double)(SDL_GetPerformanceCounter() - before) / ticks;
@@ -139,7 +139,7 @@ int main(int argc, char** argv) {
   wanted.events_file = argc > 1 ? argv[1] : default_file;
   wanted.seconds = argc > 2 ? atof(argv[2]) : 3;
   wanted.frames_before = argc > 3 ? atoi(argv[3]) : 0;
-  /* The launch screen knows the player's window by its class. */
+  /* The library recognises the player window by this class name. */
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());

@@ -1,5 +1,6 @@
-/* A host on GLib's main loop, as GTK programs have: the library becomes a source of the loop, which
- * waits for its descriptor and its next deadline. The display is the one in memory. */
+/* A host with GLib's main loop. The library is a source of that loop, which waits for the library's
+ * descriptor and next deadline. The window system is the one in memory, so the example needs no
+ * display. */
 #include <VelLaunchScreen/vel_launch_screen.h>
 #include <glib-unix.h>
 #include <stdio.h>
@@ -12,7 +13,7 @@ typedef struct {
 static gboolean prepare(GSource* source, int* milliseconds) {
   double seconds = -1;
   vel_next_deadline(((LaunchScreenSource*)source)->screen, &seconds);
-  *milliseconds = seconds < 0 ? -1 : (int)(seconds * 1000) + 1; /* never a moment too early */
+  *milliseconds = seconds < 0 ? -1 : (int)(seconds * 1000) + 1; /* round up: never early */
   return seconds == 0;
 }
 
@@ -23,7 +24,8 @@ static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer user_da
   return G_SOURCE_CONTINUE;
 }
 
-/* Without `check`, the source is dispatched when its descriptor or its time says so. */
+/* Without `check`, GLib dispatches the source when its descriptor is readable or its time is due.
+ */
 static GSourceFuncs functions = {prepare, NULL, dispatch, NULL, NULL, NULL};
 
 static void will_appear(void* user_data) {

@@ -1,5 +1,5 @@
-// A host with a loop of its own around poll: it waits for its own input and for the library's at
-// once, and never inside the library. The display is the one in memory, so this runs anywhere.
+// A host with its own loop around poll. It waits for its own input and for the library's descriptor
+// at once. The window system is the one in memory, so the example needs no display.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 #include <poll.h>
 #include <unistd.h>
@@ -61,12 +61,12 @@ int main() {
   int input = STDIN_FILENO;
   while (!recorded) {
     loop.pump();
-    // The library's descriptor is readable when there is something to do, a timer due included.
+    // The descriptor is readable when the library has work to do, for example when a timer is due.
     std::array<pollfd, 2> sources{{{loop.descriptor(), POLLIN, 0}, {input, POLLIN, 0}}};
     poll(sources.data(), sources.size(), -1);
     std::array<char, 256> text{};
     if (sources[1].revents != 0 && read(input, text.data(), text.size()) <= 0) {
-      input = -1;  // its end: poll passes it over from now on
+      input = -1;  // end of input: poll ignores a negative descriptor
     }
   }
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""A host in Python, without any build step: shows a launch screen through ctypes and tells what is
-called back.
+"""A host in Python with ctypes, without a build step. It shows a launch screen and prints every
+callback.
 
 usage: host.py [--display headless|x11] [--seconds SECONDS] [LIBRARY]
 
-LIBRARY is the shared library, libVelLaunchScreen.so; without it, what VEL_LIBRARY names, else what
-the system finds."""
+LIBRARY is the path of libVelLaunchScreen.so. The default is the environment variable VEL_LIBRARY, or
+the library that the system finds."""
 
 import argparse
 import ctypes
@@ -18,7 +18,7 @@ VEL_OK, VEL_PRESENT_EMBEDDED = 0, 0
 
 
 def structure(name, fields):
-    """A structure of the library's, with its size filled in as each of them begins."""
+    """Returns a function that makes one of the library's structures, with its first member, size, set."""
     kind = type(name, (ctypes.Structure,), {"_fields_": [("size", c_size_t), *fields]})
     return lambda **values: kind(size=ctypes.sizeof(kind), **values)
 
@@ -67,7 +67,7 @@ def load(path):
 
 
 class Host:
-    """Tells of each callback in a line: its name, and what came with it."""
+    """Prints each callback on one line: its name and its arguments."""
 
     def __init__(self):
         self.ended = False
@@ -79,7 +79,7 @@ class Host:
         return 1  # what may_disappear answers: yes
 
     def callbacks(self):
-        """They have to be kept as long as the library may call them."""
+        """Returns the callbacks. The caller must keep them while the library may call them."""
 
         def telling(name, kind):
             if kind._restype_ is None:

@@ -1,9 +1,9 @@
-// A small game on SDL that shows a launch screen over its own X11 window when it starts. It goes on
-// drawing beneath, sixty times a second, and appends the event to a file.
+// A small SDL game that shows a launch screen over its own X11 window at start. It keeps drawing
+// under the cover, 60 times a second, and appends the event to a file.
 //
 //     sdl2-game [EVENTS_FILE [SECONDS [FRAMES]]]
 //
-// FRAMES, 0 if left out, are drawn before the launch screen comes.
+// The game draws FRAMES frames (default 0) before it shows the launch screen.
 #include <SDL.h>
 #include <SDL_syswm.h>
 #include <VelLaunchScreen/vel_launch_screen.h>
@@ -30,21 +30,21 @@ struct With {
 using GameWindow = std::unique_ptr<SDL_Window, With<SDL_Window, SDL_DestroyWindow>>;
 using GameRenderer = std::unique_ptr<SDL_Renderer, With<SDL_Renderer, SDL_DestroyRenderer>>;
 
-// What the user asks for.
+// The command line.
 struct Options {
   const char* eventsFile = "events.txt";
   double seconds = 3;
   int framesBefore = 0;
 };
 
-// What the game counts about itself.
+// Statistics of the game.
 struct Counts {
   int frames = 0;
   int framesCovered = 0;
   std::chrono::duration<double, std::milli> longestPump{0};
 };
 
-void tell(const char* text) {
+void printLine(const char* text) {
   std::puts(text);
   std::fflush(stdout);
 }
@@ -61,15 +61,15 @@ void recordEvent(void* userData, const char* event) {
     std::perror(file);
     return;
   }
-  tell("event");
+  printLine("event");
 }
 
 void controlsKept(void* /*userData*/, std::uint32_t controls) {
-  tell(controls == 0 ? "no controls kept" : "controls kept");
+  printLine(controls == 0 ? "no controls kept" : "controls kept");
 }
 
-// The launch screen over the game's window, presented; none where it cannot be.
-VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& wanted) {
+// Presents a launch screen over the game's window. Returns null if that fails.
+VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& options) {
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version)
   if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE || info.subsystem != SDL_SYSWM_X11) {
@@ -77,7 +77,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& wanted) {
     return nullptr;
   }
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
-  callbacks.user_data = const_cast<char*>(wanted.eventsFile);
+  callbacks.user_data = const_cast<char*>(options.eventsFile);
   callbacks.record_event = recordEvent;
   callbacks.controls_kept = controlsKept;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
@@ -86,7 +86,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& wanted) {
   options.callbacks = &callbacks;
   VelRequest request = VEL_REQUEST_INIT;
   request.event = "launch_end";
-  request.seconds = wanted.seconds;
+  request.seconds = options.seconds;
   VelLaunchScreen* screen = nullptr;
   if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
       vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
@@ -96,7 +96,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& wanted) {
   return screen;
 }
 
-// A ball on its way through the window.
+// A ball that moves through the window.
 void draw(SDL_Renderer* renderer, int frame) {
   const double angle = frame * 0.05;
   const SDL_Rect ball{static_cast<int>((kWidth - 60) * (0.5 + 0.5 * std::sin(angle))),
@@ -109,7 +109,7 @@ void draw(SDL_Renderer* renderer, int frame) {
   SDL_RenderPresent(renderer);
 }
 
-Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
+Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& options) {
   Counts counts;
   VelLaunchScreen* screen = nullptr;
   int wasUp = 0;
@@ -120,10 +120,10 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
       running = running && event.type != SDL_QUIT;
     }
 
-    if (counts.frames == wanted.framesBefore) {
-      screen = showLaunchScreen(window, wanted);
+    if (counts.frames == options.framesBefore) {
+      screen = showLaunchScreen(window, options);
     }
-    // The one call a frame. It does what is due and waits for no event.
+    // The only call in each frame. It does the work that is due and does not wait for events.
     const auto before = Clock::now();
     vel_pump(screen, nullptr);
     counts.longestPump =
@@ -131,7 +131,7 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
     int isUp = 0;
     vel_is_up(screen, &isUp);
     if (isUp != wasUp) {
-      tell(isUp != 0 ? "covered" : "uncovered");
+      printLine(isUp != 0 ? "covered" : "uncovered");
       wasUp = isUp;
     }
 
@@ -152,18 +152,18 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& wanted) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  Options wanted;
+  Options options;
   if (argc > 1) {
-    wanted.eventsFile = argv[1];
+    options.eventsFile = argv[1];
   }
   if (argc > 2) {
-    wanted.seconds = std::atof(argv[2]);
+    options.seconds = std::atof(argv[2]);
   }
   if (argc > 3) {
-    wanted.framesBefore = std::atoi(argv[3]);
+    options.framesBefore = std::atoi(argv[3]);
   }
 
-  // The launch screen knows the player's window by its class.
+  // The library recognises the player window by this class name.
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());
@@ -178,7 +178,7 @@ int main(int argc, char** argv) {
     if (!renderer) {
       return fail(SDL_GetError());
     }
-    counts = play(window.get(), renderer.get(), wanted);
+    counts = play(window.get(), renderer.get(), options);
   }
   SDL_Quit();
   std::printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,

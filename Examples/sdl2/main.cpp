@@ -1,5 +1,5 @@
-// A host on SDL's events that draws only when something happens: it waits for an event of SDL's,
-// but no longer than to the library's next deadline. The display is the one in memory.
+// A host that draws only when an SDL event arrives. It waits for SDL events until the library's
+// next deadline. The window system is the one in memory, so the example needs no display.
 #include <SDL.h>
 #include <VelLaunchScreen/vel_launch_screen.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-// Another window system's input does not wake SDL up: look for it so often.
+// SDL does not wake up for the library's own connection, so the host checks it at this interval.
 constexpr int kLongestWait = 100;
 
 void willAppear(void* /*userData*/) { std::puts("will appear"); }

@@ -1,4 +1,4 @@
-"""Where the documents are, and what they are held against; shared by the tests of them."""
+"""Paths for the tests of the documents."""
 
 import os
 from pathlib import Path

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The guide's snippets compile, and its programs run, against the installed library."""
+"""Compiles the guide's snippets and runs its programs with the installed library."""
 
 import os
 import re
@@ -12,10 +12,10 @@ from docs import PROGRAM, ROOT
 
 PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
 PREFIX = Path(os.environ["PREFIX"])
-# Kind, file name if it has one, text.
+# Tuples: language, file name or empty, text.
 SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
-# What the guide's statements stand among.
-AROUND = """#include <VelLaunchScreen/vel_launch_screen.h>
+# The code around a snippet of statements.
+SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
              uint64_t window_id);
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
@@ -27,7 +27,7 @@ void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest reque
   (void)screen;
 }
 """
-PATIENCE = 240
+TIMEOUT = 240
 
 
 class Guide(unittest.TestCase):
@@ -44,19 +44,19 @@ class Guide(unittest.TestCase):
         environment["PATH"] = f"{Path(PROGRAM).parent}:{environment['PATH']}"
         environment["PKG_CONFIG_PATH"] = str(PREFIX / "lib/pkgconfig")
         environment["LD_LIBRARY_PATH"] = str(PREFIX / "lib")
-        done = subprocess.run(
+        result = subprocess.run(
             command, cwd=self.folder, env=environment, capture_output=True, text=True,
-            stdin=subprocess.DEVNULL, timeout=PATIENCE, check=False,
+            stdin=subprocess.DEVNULL, timeout=TIMEOUT, check=False,
         )
-        self.assertEqual(done.returncode, 0, (command, done.stdout, done.stderr))
-        return done.stdout
+        self.assertEqual(result.returncode, 0, (command, result.stdout, result.stderr))
+        return result.stdout
 
-    def test_has_programs_and_statements(self):
+    def test_the_guide_has_snippets_of_each_language(self):
         kinds = [kind for kind, _, _ in SNIPPETS]
         self.assertEqual(set(kinds), {"c", "cpp", "cmake", "json", "sh", "text"})
         self.assertGreater(kinds.count("c"), 3)
 
-    def test_commands_run_and_print_what_the_guide_shows(self):
+    def test_commands_print_what_the_guide_shows(self):
         printed = ""
         for kind, _, text in SNIPPETS:
             if kind == "sh":
@@ -66,7 +66,7 @@ class Guide(unittest.TestCase):
         self.assertIn('{"t":6.500000000,"event":"launch_end"}', printed)
         self.assertTrue((self.folder / "away.svg").exists())
 
-    def test_program_in_cpp_is_found_built_and_run_by_cmake(self):
+    def test_the_cpp_program_is_built_with_cmake_and_runs(self):
         build = self.folder / "build"
         self.run_in_folder("cmake", "-S", ".", "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         self.run_in_folder("cmake", "--build", build)
@@ -76,7 +76,7 @@ class Guide(unittest.TestCase):
         for kind, name, text in SNIPPETS:
             if kind == "c" and not name:
                 with self.subTest(text):
-                    (self.folder / "snippet.c").write_text(AROUND % text, encoding="utf-8")
+                    (self.folder / "snippet.c").write_text(SNIPPET_FRAME % text, encoding="utf-8")
                     self.run_in_folder(
                         os.environ["CC"], "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror",
                         "-I", PREFIX / "include", "-c", "snippet.c",

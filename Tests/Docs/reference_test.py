@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Doxygen makes the reference of the public headers, and has nothing to complain about."""
+"""Runs Doxygen on the public headers and checks the reference that it writes."""
 
 import os
 import subprocess
@@ -11,7 +11,7 @@ from docs import ROOT
 
 
 def doxygen(folder, *settings):
-    """Runs doxygen on the project, into a folder; answers the process."""
+    """Runs doxygen on the project with output into a folder. Returns the finished process."""
     settings = [f"@INCLUDE = {ROOT / 'Doxyfile'}", f"OUTPUT_DIRECTORY = {folder}", *settings]
     return subprocess.run(
         [os.environ["DOXYGEN"], "-"],
@@ -29,23 +29,23 @@ class Reference(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
-    def test_is_made_without_warnings(self):
-        made = doxygen(self.folder)
-        self.assertEqual((made.returncode, made.stderr), (0, ""))
+    def test_doxygen_writes_the_reference_without_warnings(self):
+        result = doxygen(self.folder)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
         pages = {page.name for page in (self.folder / "html").iterdir()}
         for page in ("classvel_1_1LaunchScreenManager.html", "structVelCallbacks.html"):
             self.assertIn(page, pages)
 
-    def test_has_the_comments_of_the_headers_in_c(self):
+    def test_the_reference_has_the_comments_of_the_c_header(self):
         doxygen(self.folder)
         page = (self.folder / "html/Bindings_2C_2vel__launch__screen_8h.html").read_text(encoding="utf-8")
         self.assertIn("Makes a launch screen for a window and stores it", page)
 
-    def test_would_have_warned(self):
+    def test_doxygen_warns_about_a_faulty_comment(self):
         faulty = self.folder / "faulty.h"
         faulty.write_text("/// \\param nothing that there is\nvoid operation(int there);\n")
-        made = doxygen(self.folder, f"INPUT += {faulty}")
-        self.assertIn("warning", made.stderr)
+        result = doxygen(self.folder, f"INPUT += {faulty}")
+        self.assertIn("warning", result.stderr)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-// The examples on a display with a window manager, as a user has them.
+// Tests of the examples on a display with a window manager.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -21,12 +21,11 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr std::uint32_t kSky = 0x204080;   // what the games draw
-constexpr std::uint32_t kBall = 0xFFB020;  // on it
+constexpr std::uint32_t kSky = 0x204080;  // the games' background
+constexpr std::uint32_t kBall = 0xFFB020;
 constexpr std::size_t kMoreFrames = 60;
-// Milliseconds: far longer than a pump takes also on a busy machine, far shorter than one that
-// waited for the launch screen.
-constexpr double kStalled = 1000;
+// Milliseconds. Much longer than a pump takes on a busy machine, much shorter than a launch screen.
+constexpr double kMaxPump = 1000;
 
 auto hasControls() {
   return AllOf(Contains("_NET_WM_ACTION_CLOSE"), Contains("_NET_WM_ACTION_MINIMIZE"),
@@ -42,8 +41,8 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
  protected:
   GameExample() {
     std::filesystem::remove(events_);
-    // Under the address sanitizer: some of what SDL loads is never freed, and is unloaded before
-    // it could be named as such. The examples without windows are looked at for leaks.
+    // The address sanitizer cannot name, and so not suppress, leaks of libraries that SDL loads and
+    // unloads. Leak detection stays on for the examples without windows.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
   ~GameExample() override { std::filesystem::remove(events_); }
@@ -54,33 +53,33 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   std::vector<std::string> actions(xcb_window_t window) {
     return user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
   }
-  // Whether the game is to be seen, ball and all.
+  // True if the game's drawing is on the screen, and no white.
   bool isDrawn(xcb_window_t window) {
     const auto colors = user.picture(window).colors();
     return colors.contains(kSky) && colors.contains(kBall) && !colors.contains(kWhite);
   }
-  // What the window manager has put above the window: its title and its buttons.
+  // The title bar that the window manager draws, with its buttons.
   Picture titleBar(xcb_window_t window) {
     constexpr int kHeight = 30;
     const PixelRect frame = user.frameOf(window);
     return user.picture(PixelRect{frame.x, frame.y - kHeight, frame.width, kHeight});
   }
-  // The user turns to something else, and back.
-  xcb_window_t turnAway() {
+  // The user switches to another window.
+  xcb_window_t switchAway() {
     const xcb_window_t other = user.openGame({1020, 100, 200, 150}, 0);
     EXPECT_TRUE(waitFor([&] { return user.isViewable(other); }));
     user.focus(other);
     EXPECT_TRUE(waitFor([&] { return user.focused() == other; }));
     return other;
   }
-  void turnBack(xcb_window_t from, xcb_window_t window) {
+  void switchBack(xcb_window_t from, xcb_window_t window) {
     user.destroy(from);
     user.focus(window);
   }
   void keepPicture(std::string_view moment) {
     user.picture({0, 0, 1280, 960}).keep(std::string(GetParam()).append("-").append(moment));
   }
-  std::string recorded() {
+  std::string recordedEvents() {
     std::ostringstream text;
     text << std::ifstream(events_).rdbuf();
     return text.str();
@@ -89,8 +88,8 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   std::string events_ = testing::TempDir() + GetParam() + "-events-" + std::to_string(getpid());
 };
 
-TEST_P(GameExample, GoesOnUnderItsLaunchScreen) {
-  HostProcess game({exampleFile(GetParam()), events_, "3", "120"}, server.display());
+TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
+  HostProcess game({examplePath(GetParam()), events_, "3", "120"}, server.display());
   xcb_window_t window = 0;
   ASSERT_TRUE(waitFor([&] {
     window = user.find("PlayerWindow");
@@ -100,7 +99,7 @@ TEST_P(GameExample, GoesOnUnderItsLaunchScreen) {
   keepPicture("before");
 
   ASSERT_TRUE(waitForLine(game, "covered"));
-  const xcb_window_t other = turnAway();  // so that the time stands still while we look
+  const xcb_window_t other = switchAway();  // pauses the countdown during the checks
   ASSERT_TRUE(waitFor([&] { return user.picture(window).isAll(kWhite); }));
   EXPECT_TRUE(waitForLine(game, "no controls kept"));
   EXPECT_THAT(actions(window), hasNoControls());
@@ -112,17 +111,17 @@ TEST_P(GameExample, GoesOnUnderItsLaunchScreen) {
   const auto before = framesCovered();
   EXPECT_TRUE(waitFor([&] { return framesCovered() >= before + 2; }));
   EXPECT_TRUE(user.picture(window).isAll(kWhite));
-  EXPECT_EQ(recorded(), "");
+  EXPECT_EQ(recordedEvents(), "");
   keepPicture("during");
 
-  turnBack(other, window);
+  switchBack(other, window);
   ASSERT_TRUE(waitForLine(game, "event"));
-  EXPECT_EQ(recorded(), "launch_end\n");
+  EXPECT_EQ(recordedEvents(), "launch_end\n");
   ASSERT_TRUE(waitForLine(game, "uncovered"));
   EXPECT_TRUE(waitFor([&] { return isDrawn(window); }));
   EXPECT_TRUE(waitFor([&] { return testing::Matches(hasControls())(actions(window)); }));
-  // This window manager draws its buttons anew when the focus moves, not when they change.
-  turnBack(turnAway(), window);
+  // metacity redraws its buttons when the focus moves, not when they change.
+  switchBack(switchAway(), window);
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));
   keepPicture("after");
 
@@ -130,21 +129,21 @@ TEST_P(GameExample, GoesOnUnderItsLaunchScreen) {
   EXPECT_EQ(game.wait(), 0);
   int frames = 0;
   int covered = 0;
-  double longestPump = kStalled;
+  double longestPump = kMaxPump;
   ASSERT_EQ(
       std::sscanf(game.lines().back().c_str(), "%d frames, %d of them covered, longest pump %lf ms",
                   &frames, &covered, &longestPump),
       3);
   EXPECT_GE(covered, kMoreFrames);
   EXPECT_GT(frames, covered);
-  EXPECT_LT(longestPump, kStalled);
+  EXPECT_LT(longestPump, kMaxPump);
   std::cout << GetParam() << ": " << game.lines().back() << '\n';
 }
 
-TEST_P(GameExample, EndsCleanlyWhenItIsClosedUnderItsLaunchScreen) {
-  HostProcess game({exampleFile(GetParam()), events_, "3600"}, server.display());
+TEST_P(GameExample, ExitsCleanlyIfItIsClosedUnderItsLaunchScreen) {
+  HostProcess game({examplePath(GetParam()), events_, "3600"}, server.display());
   ASSERT_TRUE(waitForLine(game, "covered"));
-  // Without its control it can still be asked to close, by its own program for instance.
+  // The close control is disabled, but a program can still send WM_DELETE_WINDOW.
   user.sendProtocol(user.find("PlayerWindow"), "WM_DELETE_WINDOW");
   EXPECT_EQ(game.wait(), 0);
 }
@@ -156,20 +155,20 @@ INSTANTIATE_TEST_SUITE_P(Examples, GameExample, testing::Values("sdl2-game", "c-
 
 class PythonHostOnADisplay : public X11TestWithManager {};
 
-TEST_F(PythonHostOnADisplay, IsCalledBack) {
-  HostProcess host(pythonHost({"--display", "x11", "--seconds", "0.5"}), server.display());
+TEST_F(PythonHostOnADisplay, PrintsEachCallback) {
+  HostProcess host(pythonHostCommand({"--display", "x11", "--seconds", "0.5"}), server.display());
   ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended"); }));
   EXPECT_EQ(host.wait(), 0);
   std::vector<std::string> lines = host.lines();
-  // The window manager answers when it likes.
+  // The window manager may report more than once.
   EXPECT_GE(std::erase(lines, "controls_kept 0"), 1U);
   EXPECT_THAT(lines, ElementsAre("state_changed 3 None", StartsWith("log_line LaunchScreenContent"),
                                  "will_appear", "may_disappear", "did_disappear",
                                  "record_event launch_end", "ended"));
 }
 
-TEST_F(PythonHostOnADisplay, HearsOfTheDisplaysEnd) {
-  HostProcess host(pythonHost({"--display", "x11", "--seconds", "3600"}), server.display());
+TEST_F(PythonHostOnADisplay, PrintsThatTheDisplayIsLost) {
+  HostProcess host(pythonHostCommand({"--display", "x11", "--seconds", "3600"}), server.display());
   ASSERT_TRUE(waitFor([&] { return host.hasPrinted("controls_kept 0"); }));
   server.kill();
   EXPECT_EQ(host.wait(), 0);

@@ -47,15 +47,15 @@ bool HostProcess::readSome() {
   if (size <= 0) {
     return false;
   }
-  unended_.append(part.data(), static_cast<std::size_t>(size));
-  for (std::size_t end = 0; (end = unended_.find('\n')) != std::string::npos;) {
-    lines_.push_back(unended_.substr(0, end));
-    unended_.erase(0, end + 1);
+  incompleteLine_.append(part.data(), static_cast<std::size_t>(size));
+  for (std::size_t end = 0; (end = incompleteLine_.find('\n')) != std::string::npos;) {
+    lines_.push_back(incompleteLine_.substr(0, end));
+    incompleteLine_.erase(0, end + 1);
   }
   return true;
 }
 
-std::string exampleFile(std::string_view name) {
+std::string examplePath(std::string_view name) {
   return std::string(VEL_EXAMPLES_BUILT "/").append(name);
 }
 
@@ -65,7 +65,7 @@ std::string nameOfExample(const testing::TestParamInfo<const char*>& info) {
   return name;
 }
 
-std::vector<std::string> pythonHost(const std::vector<std::string>& arguments) {
+std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments) {
   std::vector<std::string> all{VEL_PYTHON, VEL_EXAMPLES "/python-host/host.py"};
   all.insert(all.end(), arguments.begin(), arguments.end());
   all.emplace_back(VEL_LIBRARY);

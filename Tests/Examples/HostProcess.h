@@ -6,43 +6,40 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Tests/WindowSystem/X11/Support/Process.h"
 
 namespace vel::test {
 
-/// An example that runs; what it prints can be read line by line.
-class HostProcess {
+/// A running example. Collects its output line by line.
+class HostProcess : NonCopyable {
  public:
-  /// Starts it on a display, or on none.
+  /// Starts the example. An empty display leaves DISPLAY unset.
   explicit HostProcess(const std::vector<std::string>& arguments, const std::string& display = "");
-  HostProcess(const HostProcess&) = delete;
-  HostProcess& operator=(const HostProcess&) = delete;
-  HostProcess(HostProcess&&) = delete;
-  HostProcess& operator=(HostProcess&&) = delete;
   ~HostProcess();
 
-  /// What it has printed by now, with the lines that it has ended; waits for nothing.
+  /// The complete lines that it has printed so far. Does not wait.
   const std::vector<std::string>& lines();
-  /// Whether it has printed a line by now that begins so.
+  /// True if it has printed a line that starts with `beginning`. Does not wait.
   bool hasPrinted(std::string_view beginning);
-  /// Waits for its own end; answers its exit status.
+  /// Waits until the example exits. Returns its exit status.
   int wait();
 
  private:
-  // False at the end of the output.
+  // Returns false at the end of the output.
   bool readSome();
 
   Process process_;
   int output_ = -1;
-  std::string unended_;
+  std::string incompleteLine_;
   std::vector<std::string> lines_;
 };
 
-/// An example as the build has it.
-std::string exampleFile(std::string_view name);
-/// Its name in those of tests.
+/// The path of an example in the build folder.
+std::string examplePath(std::string_view name);
+/// Names the test of an example after it.
 std::string nameOfExample(const testing::TestParamInfo<const char*>& info);
-/// What runs the example in Python with the library that has been built.
-std::vector<std::string> pythonHost(const std::vector<std::string>& arguments);
+/// The command that runs the Python example with the built library.
+std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments);
 
 }  // namespace vel::test

@@ -1,4 +1,4 @@
-// The examples that need no display.
+// Tests of the examples that need no display.
 #include <gmock/gmock.h>
 
 #include "Tests/Examples/HostProcess.h"
@@ -10,8 +10,8 @@ using testing::ElementsAre;
 
 class LoopExample : public testing::TestWithParam<const char*> {};
 
-TEST_P(LoopExample, DrivesTheLaunchScreenToItsEvent) {
-  HostProcess host({exampleFile(GetParam())});
+TEST_P(LoopExample, RunsTheLaunchScreenUntilItsEvent) {
+  HostProcess host({examplePath(GetParam())});
   EXPECT_EQ(host.wait(), 0);
   EXPECT_THAT(host.lines(), ElementsAre("will appear", "did disappear", "event launch_end"));
 }
@@ -21,8 +21,8 @@ INSTANTIATE_TEST_SUITE_P(Examples, LoopExample, testing::Values("poll-loop", "gl
 
 #ifdef VEL_PYTHON_CAN_LOAD
 
-TEST(PythonHost, IsCalledBackWithoutADisplay) {
-  HostProcess host(pythonHost({"--seconds", "0.3"}));
+TEST(PythonHost, PrintsEachCallbackWithoutADisplay) {
+  HostProcess host(pythonHostCommand({"--seconds", "0.3"}));
   EXPECT_EQ(host.wait(), 0);
   EXPECT_THAT(host.lines(), ElementsAre("state_changed 3 None",
                                         "log_line LaunchScreenContent (-[LaunchScreenContent "
@@ -31,8 +31,8 @@ TEST(PythonHost, IsCalledBackWithoutADisplay) {
                                         "record_event launch_end", "ended"));
 }
 
-TEST(PythonHost, EndsWhereItsRequestIsRefused) {
-  HostProcess host(pythonHost({"--seconds", "0"}));
+TEST(PythonHost, ExitsIfItsRequestIsRefused) {
+  HostProcess host(pythonHostCommand({"--seconds", "0"}));
   EXPECT_EQ(host.wait(), 1);
 }
 

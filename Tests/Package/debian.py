@@ -1,4 +1,4 @@
-"""The Debian packages that have been made; shared by the tests of them."""
+"""Helpers for the tests of the Debian packages."""
 
 from package import WORK, run, try_run
 
@@ -9,22 +9,22 @@ PACKAGES = [RUNTIME, DEVELOPMENT, PROGRAM]
 
 
 def field(file, name):
-    """A field of a package's description."""
+    """Returns a control field of a package."""
     return run("dpkg-deb", "--field", file, name).strip()
 
 
-def made_packages():
-    """The file of each package, by the package's name."""
+def package_files():
+    """Returns the file of each built package, by package name."""
     return {field(file, "Package"): file for file in (WORK / "debian").glob("*.deb")}
 
 
 def contents(file):
-    """What a package has the system have: its folders, which end in a slash, and its files."""
+    """Returns the paths that a package installs. Paths of folders end in a slash."""
     lines = run("dpkg-deb", "--contents", file).splitlines()
     return {line.split(maxsplit=5)[5].split(" -> ")[0].removeprefix(".") for line in lines}
 
 
 def is_installed(package):
-    """Whether the system has the package, or anything left of it."""
+    """True if the package is installed, or removed with files left."""
     status = try_run("dpkg-query", "--show", "--showformat=${db:Status-Status}", package).stdout
     return status not in ("", "not-installed")

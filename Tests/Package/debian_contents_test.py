@@ -1,42 +1,42 @@
 #!/usr/bin/env python3
-"""What is in the Debian packages, and what they need."""
+"""Checks the contents and the dependencies of the Debian packages."""
 
 import os
 import unittest
 
-from debian import DEVELOPMENT, PACKAGES, PROGRAM, RUNTIME, contents, field, made_packages
+from debian import DEVELOPMENT, PACKAGES, PROGRAM, RUNTIME, contents, field, package_files
 
 
 class DebianContentsTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.made = made_packages()
+        cls.packages = package_files()
 
     def files(self, package):
-        return {name for name in contents(self.made[package]) if not name.endswith("/")}
+        return {name for name in contents(self.packages[package]) if not name.endswith("/")}
 
-    def test_there_are_three(self):
-        self.assertEqual(set(self.made), set(PACKAGES))
+    def test_there_are_three_packages(self):
+        self.assertEqual(set(self.packages), set(PACKAGES))
 
-    def test_the_library_comes_with_what_a_program_needs_that_runs(self):
+    def test_the_library_package_has_the_shared_library(self):
         self.assertEqual(
             {os.path.basename(name) for name in self.files(RUNTIME)},
             {"libVelLaunchScreen.so.1", "libVelLaunchScreen.so.1.0.0", "copyright"},
         )
 
-    def test_what_building_a_program_takes_comes_apart(self):
+    def test_the_development_package_has_the_headers_and_package_files(self):
         files = self.files(DEVELOPMENT)
         for name in ("VelLaunchScreen.h", "vel_launch_screen.h"):
             self.assertIn(f"/usr/include/VelLaunchScreen/{name}", files)
         names = {os.path.basename(name) for name in files}
-        wanted = {"libVelLaunchScreen.so", "vellaunchscreen.pc", "VelLaunchScreenConfig.cmake"}
-        self.assertLessEqual(wanted, names)
+        expected = {"libVelLaunchScreen.so", "vellaunchscreen.pc", "VelLaunchScreenConfig.cmake"}
+        self.assertLessEqual(expected, names)
 
-    def test_building_takes_the_same_version_of_the_library(self):
-        version = field(self.made[RUNTIME], "Version")
-        self.assertEqual(field(self.made[DEVELOPMENT], "Depends"), f"{RUNTIME} (= {version})")
+    def test_the_development_package_depends_on_the_same_version_of_the_library(self):
+        version = field(self.packages[RUNTIME], "Version")
+        self.assertEqual(field(self.packages[DEVELOPMENT], "Depends"), f"{RUNTIME} (= {version})")
 
-    def test_the_program_comes_with_its_manual_and_completion(self):
+    def test_the_program_package_has_the_manual_and_the_completion(self):
         self.assertEqual(
             self.files(PROGRAM),
             {
@@ -47,10 +47,10 @@ class DebianContentsTest(unittest.TestCase):
             },
         )
 
-    def test_the_library_and_the_program_know_what_they_need(self):
+    def test_the_library_and_the_program_depend_on_the_standard_libraries(self):
         for package in (RUNTIME, PROGRAM):
-            needs = field(self.made[package], "Depends")
-            self.assertRegex(needs, r"\blibc6\b.*\blibstdc\+\+6\b")
+            depends = field(self.packages[package], "Depends")
+            self.assertRegex(depends, r"\blibc6\b.*\blibstdc\+\+6\b")
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The Debian packages install, serve and leave cleanly. They are installed on this very system, and
-removed from it again; skipped where that cannot be done, or would do harm."""
+"""Installs the Debian packages on this system, uses them, and removes them. Skipped if the user is not
+root or if one of the packages is already installed."""
 
 import fcntl
 import os
@@ -9,16 +9,16 @@ import tempfile
 import time
 import unittest
 
-from debian import PACKAGES, contents, is_installed, made_packages
-from package import CC, CONSUMERS, PATIENCE, RUN, SOURCE, STRICT
+from debian import PACKAGES, contents, is_installed, package_files
+from package import CC, CONSUMERS, TIMEOUT, RUN, SOURCE, STRICT
 from package import cmake_build, fresh_folder, pkg_config, run, try_run
 
 SKIPPED = 77
 LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
 
 
-def why_not():
-    """Why the packages cannot be installed here; none if they can."""
+def reason_to_skip():
+    """Returns why the packages cannot be installed here, or None if they can."""
     if os.geteuid() != 0:
         return "only root can install packages"
     present = [package for package in PACKAGES if is_installed(package)]
@@ -26,25 +26,25 @@ def why_not():
 
 
 def dpkg(*arguments):
-    """Runs dpkg, as soon as nobody else does; answers what it complained about."""
-    give_up = time.monotonic() + PATIENCE
+    """Runs dpkg, if necessary after waiting for its lock. Returns what dpkg wrote to stderr."""
+    deadline = time.monotonic() + TIMEOUT
     while True:
-        done = try_run("dpkg", *arguments, LC_ALL="C", DEBIAN_FRONTEND="noninteractive")
-        if "locked by another process" not in done.stderr or time.monotonic() > give_up:
+        result = try_run("dpkg", *arguments, LC_ALL="C", DEBIAN_FRONTEND="noninteractive")
+        if "locked by another process" not in result.stderr or time.monotonic() > deadline:
             break
         time.sleep(0.2)
-    if done.returncode != 0:
-        raise AssertionError(f"dpkg {arguments}\n{done.stdout}{done.stderr}")
-    return done.stderr
+    if result.returncode != 0:
+        raise AssertionError(f"dpkg {arguments}\n{result.stdout}{result.stderr}")
+    return result.stderr
 
 
 class DebianInstallTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        made = made_packages()
-        cls.names = set().union(*map(contents, made.values()))
+        packages = package_files()
+        cls.names = set().union(*map(contents, packages.values()))
         cls.addClassCleanup(cls.remove)
-        cls.complaints = dpkg("--install", *made.values())
+        cls.messages = dpkg("--install", *packages.values())
 
     @classmethod
     def remove(cls):
@@ -52,8 +52,8 @@ class DebianInstallTest(unittest.TestCase):
         if present:
             dpkg("--purge", *present)
 
-    def test_1_installing_leaves_nothing_to_complain_about(self):
-        self.assertEqual(self.complaints, "")
+    def test_1_the_packages_install_without_messages(self):
+        self.assertEqual(self.messages, "")
         self.assertTrue(all(map(is_installed, PACKAGES)))
 
     def test_2_a_host_in_c99_builds_and_runs_to_the_event(self):
@@ -69,23 +69,23 @@ class DebianInstallTest(unittest.TestCase):
         self.assertEqual(run(folder / "host_cpp"), RUN)
         self.assertEqual(run(folder / "host_c"), RUN)
 
-    def test_4_the_program_plays_a_script(self):
-        script = SOURCE / "Examples/scenarios/normal-run.json"
-        self.assertIn("launch_end", run("/usr/bin/launchscreen", "play", script))
+    def test_4_the_program_plays_a_scenario(self):
+        scenario = SOURCE / "Examples/scenarios/normal-run.json"
+        self.assertIn("launch_end", run("/usr/bin/launchscreen", "play", scenario))
 
-    def test_5_removing_leaves_nothing_behind(self):
+    def test_5_purging_leaves_no_files(self):
         self.assertEqual(dpkg("--purge", *PACKAGES), "")
         self.assertFalse(any(map(is_installed, PACKAGES)))
-        ours = {name for name in self.names if "launchscreen" in name.lower()}
-        self.assertEqual({name for name in ours if os.path.lexists(name)}, set())
+        paths = {name for name in self.names if "launchscreen" in name.lower()}
+        self.assertEqual({name for name in paths if os.path.lexists(name)}, set())
         self.assertNotIn("VelLaunchScreen", run("/sbin/ldconfig", "--print-cache"))
 
 
 def main():
-    # For another build this test may be at it just now, on the same system.
+    # The same test of another build folder may be running on this system.
     with open(LOCK, "a", encoding="utf-8") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
-        if reason := why_not():
+        if reason := reason_to_skip():
             print("skipped:", reason)
             sys.exit(SKIPPED)
         unittest.main(failfast=True)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""CMake projects find the installed library with find_package."""
+"""Builds CMake projects that find the installed library with find_package."""
 
 import unittest
 
@@ -18,9 +18,9 @@ class FindPackageTest(unittest.TestCase):
         text = (CONSUMERS / "find_package/CMakeLists.txt").read_text(encoding="utf-8")
         (project / "CMakeLists.txt").write_text(text.replace("1.0", "2.0"), encoding="utf-8")
         build = project / "build"
-        done = try_run("cmake", "-S", project, "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
-        self.assertNotEqual(done.returncode, 0)
-        self.assertIn('compatible with requested version "2.0"', done.stderr)
+        result = try_run("cmake", "-S", project, "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn('compatible with requested version "2.0"', result.stderr)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-# Installs what BUILD has built and then moves it to WORK/prefix, since it has to work anywhere.
+# Installs the build in BUILD and then moves it to WORK/prefix, to test that it can be moved.
 
 file(REMOVE_RECURSE "${WORK}")
 execute_process(

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Whether the library is a shared or a static one, the project decides that it is built in."""
+"""Checks whether CMake builds a shared or a static library."""
 
 import json
 import unittest
@@ -10,7 +10,7 @@ LIBRARY_ALONE = ("-DVEL_TESTS=OFF", "-DVEL_HOST=OFF")
 
 
 def kind(source, *settings):
-    """What CMake makes of the library, in its own words."""
+    """Returns the type of the library's target in CMake's file API."""
     folder = fresh_folder("linkage")
     api = folder / ".cmake" / "api" / "v1"
     (api / "query" / "codemodel-v2").mkdir(parents=True)
@@ -20,14 +20,14 @@ def kind(source, *settings):
 
 
 class LinkageTest(unittest.TestCase):
-    def test_by_itself_it_is_shared(self):
+    def test_it_is_shared_by_default(self):
         self.assertEqual(kind(SOURCE, *LIBRARY_ALONE), "SHARED_LIBRARY")
 
-    def test_by_itself_it_is_static_on_request(self):
+    def test_it_is_static_without_build_shared_libs(self):
         static = kind(SOURCE, *LIBRARY_ALONE, "-DBUILD_SHARED_LIBS=OFF")
         self.assertEqual(static, "STATIC_LIBRARY")
 
-    def test_in_a_project_it_is_what_that_makes_of_its_libraries(self):
+    def test_a_subproject_follows_the_parent_project(self):
         project = (CONSUMERS / "subproject", f"-DVEL_SOURCE={SOURCE}")
         self.assertEqual(kind(*project), "STATIC_LIBRARY")
         self.assertEqual(kind(*project, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")

@@ -1,4 +1,4 @@
-"""Builds and runs hosts of the library outside its tree; shared by the tests of the package."""
+"""Builds and runs hosts outside the source tree. Helpers for the tests of the package."""
 
 import os
 import shlex
@@ -9,41 +9,41 @@ from pathlib import Path
 SOURCE = Path(os.environ["VEL_SOURCE"])
 WORK = Path(os.environ["VEL_WORK"])
 PREFIX = WORK / "prefix"
-# Where libraries lie under a prefix.
+# The folder for libraries below a prefix.
 LIB = os.environ["VEL_LIB"]
 CONSUMERS = Path(__file__).resolve().parent / "consumers"
 CC = os.environ["CC"]
 CXX = os.environ["CXX"]
 STRICT = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
-# Far beyond what a build takes, also on a busy machine.
-PATIENCE = 240
-# What every host prints.
+# Seconds; much longer than any build takes.
+TIMEOUT = 240
+# The output of every host.
 RUN = "will appear\ndid disappear\nevent launch_end\n"
 
 
 def run(*command, **environment):
-    """Runs a command to its end; answers what it wrote, and fails with that if the command does."""
-    done = try_run(*command, **environment)
-    if done.returncode != 0:
-        raise AssertionError(f"{shlex.join(map(str, command))}\n{done.stdout}{done.stderr}")
-    return done.stdout
+    """Runs a command and returns its stdout. Raises AssertionError if the command fails."""
+    result = try_run(*command, **environment)
+    if result.returncode != 0:
+        raise AssertionError(f"{shlex.join(map(str, command))}\n{result.stdout}{result.stderr}")
+    return result.stdout
 
 
 def try_run(*command, **environment):
-    """The same, whatever comes of it; answers the process."""
+    """Runs a command and returns the finished process, even if the command fails."""
     return subprocess.run(
         command,
         stdin=subprocess.DEVNULL,
         capture_output=True,
         text=True,
-        timeout=PATIENCE,
+        timeout=TIMEOUT,
         env={**os.environ, **environment},
         check=False,
     )
 
 
 def fresh_folder(name):
-    """An empty folder of that name to work in."""
+    """Returns a new, empty working folder of this name."""
     folder = WORK / name
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
@@ -57,11 +57,11 @@ def cmake_build(project, folder, *settings):
 
 
 def pkg_config(*arguments, prefix=None):
-    """What pkg-config answers about the library under a prefix, or else where the system has it."""
+    """Returns the output of pkg-config for the library below a prefix (default: the system's)."""
     search = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / LIB / "pkgconfig")}
     return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search))
 
 
 def library_path(prefix):
-    """The setting by which the loader finds the shared library under a prefix."""
+    """Returns the environment in which the loader finds the shared library below a prefix."""
     return {"LD_LIBRARY_PATH": str(prefix / LIB)}

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Hosts without CMake find the installed library with pkg-config."""
+"""Builds hosts without CMake, with the flags from pkg-config."""
 
 import ctypes
 import unittest
@@ -18,13 +18,13 @@ class PkgConfigTest(unittest.TestCase):
     def test_a_host_in_c99_runs_to_the_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")
 
-    def test_the_same_host_is_cpp_too(self):
+    def test_the_c99_host_also_compiles_as_cpp(self):
         self.build_and_run(CXX, "-std=c++11", "-x", "c++", CONSUMERS / "host.c", "-x", "none")
 
     def test_a_host_in_cpp_runs_to_the_event(self):
         self.build_and_run(CXX, "-std=c++20", CONSUMERS / "host.cpp")
 
-    def test_the_version_is_the_one_that_the_library_tells(self):
+    def test_pkg_config_and_the_library_report_the_same_version(self):
         library = ctypes.CDLL(PREFIX / LIB / "libVelLaunchScreen.so")
         library.vel_version_number.restype = ctypes.c_double
         (version,) = pkg_config("--modversion", prefix=PREFIX)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Projects build the library along with themselves; it is static then, and installed on request."""
+"""Builds the library as a subproject: static, and installed only with VEL_INSTALL."""
 
 import unittest
 
@@ -13,14 +13,14 @@ class SubprojectTest(unittest.TestCase):
         cls.folder = fresh_folder("subproject")
 
     def build(self, *settings):
-        # A unity build: as games are built, and the quickest.
+        # Many games use unity builds; they are also the fastest.
         unity = ["-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0"]
         cmake_build("subproject", self.folder, f"-DVEL_SOURCE={SOURCE}", *unity, *settings)
         self.assertEqual(run(self.folder / "host_cpp"), RUN)
         self.assertEqual(run(self.folder / "host_c"), RUN)
 
-    # The steps share a folder, and with it the library that the first one builds.
-    def test_1_by_add_subdirectory_with_nothing_but_the_library(self):
+    # The tests share a build folder, so only the first one compiles the library.
+    def test_1_add_subdirectory_builds_and_installs_only_the_library(self):
         self.build("-DFETCH=OFF")
         targets = run("cmake", "--build", self.folder, "--target", "help")
         self.assertIn("libVelLaunchScreen.a", targets)
@@ -30,21 +30,21 @@ class SubprojectTest(unittest.TestCase):
         run("cmake", "--install", self.folder, "--prefix", prefix)
         self.assertEqual(list(prefix.iterdir()), [])
 
-    def test_2_by_fetch_content(self):
+    def test_2_fetch_content_builds_it(self):
         self.build("-DFETCH=ON")
 
-    def test_3_installed_on_request(self):
+    def test_3_vel_install_installs_it(self):
         self.build("-DFETCH=ON", "-DVEL_INSTALL=ON")
         run("cmake", "--install", self.folder, "--prefix", fresh_folder("static"))
         self.assertTrue((WORK / "static" / LIB / "libVelLaunchScreen.a").is_file())
 
-    def test_4_the_static_library_is_found_by_cmake(self):
+    def test_4_cmake_finds_the_static_library(self):
         folder = fresh_folder("find_static")
         cmake_build("find_package", folder, f"-DCMAKE_PREFIX_PATH={WORK / 'static'}")
         self.assertEqual(run(folder / "host_cpp"), RUN)
         self.assertEqual(run(folder / "host_c"), RUN)
 
-    def test_5_the_static_library_is_found_by_pkg_config(self):
+    def test_5_pkg_config_finds_the_static_library(self):
         program = fresh_folder("pkg_config_static") / "host"
         flags = pkg_config("--static", "--cflags", "--libs", prefix=WORK / "static")
         run(CC, "-std=c99", *STRICT, CONSUMERS / "host.c", *flags, "-o", program)

@@ -1,4 +1,4 @@
-// A host in C++: plays a launch screen in virtual time to its event, and prints what happened.
+// A host in C++. It runs a launch screen in virtual time until its event and prints the callbacks.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 
 #include <cstdio>
