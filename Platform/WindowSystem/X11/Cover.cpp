@@ -43,10 +43,10 @@ unsigned spokeAt(Nanoseconds now) {
 
 }  // namespace
 
-Cover::Cover(Connection& connection, Display& display, Render& render, xcb_window_t window,
-             xcb_visualid_t visual, std::uint8_t depth)
+Cover::Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExtension& render,
+             xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth)
     : connection_(connection),
-      display_(display),
+      coordinates_(coordinates),
       render_(render),
       window_(window),
       visual_(visual),
@@ -79,7 +79,7 @@ void Cover::show(const Scene& scene, PixelRect frame) {
 
 Cover::Pane Cover::paneFor(const Scene& scene, std::size_t index, PixelRect frame) const {
   const SceneItem& item = scene[index];
-  const PixelRect place = display_.contentPixels(item.frame, frame.height);
+  const PixelRect place = coordinates_.contentPixels(item.frame, frame.height);
   if (item.kind == SceneItem::Kind::Fill) {
     constexpr PixelRect kEverywhere{0, 0, kBeyondEveryWindow, kBeyondEveryWindow};
     return {.item = item,

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "Platform/WindowSystem/WindowSystem.h"
-#include "Platform/WindowSystem/X11/Colors.h"
 #include "Platform/WindowSystem/X11/Connection.h"
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/PixelFormat.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 #include "Platform/WindowSystem/X11/Spinner.h"
 
 namespace vel::x11 {
@@ -23,8 +23,8 @@ namespace vel::x11 {
 /// the window below the pointer: he gets those presses all the same.
 class Cover {
  public:
-  Cover(Connection& connection, Display& display, Render& render, xcb_window_t window,
-        xcb_visualid_t visual, std::uint8_t depth);
+  Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExtension& render,
+        xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth);
   Cover(const Cover&) = delete;
   Cover& operator=(const Cover&) = delete;
   Cover(Cover&&) = delete;
@@ -65,8 +65,8 @@ class Cover {
   void place(xcb_window_t window, std::uint16_t mask, const std::vector<std::uint32_t>& values);
 
   Connection& connection_;
-  Display& display_;
-  Render& render_;
+  ScreenCoordinates& coordinates_;
+  RenderExtension& render_;
   xcb_window_t window_;
   xcb_visualid_t visual_;
   std::uint8_t depth_;

@@ -5,7 +5,7 @@
 
 #include "Platform/WindowSystem/WindowSystem.h"
 #include "Platform/WindowSystem/X11/Connection.h"
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 
 namespace vel::x11 {
 

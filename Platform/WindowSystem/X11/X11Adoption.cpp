@@ -84,14 +84,14 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   window.frame = seen.looks.frame();
   window.miniaturized = x11::WindowManager::isIconic(seen.state) ||
                         seen.looks.attributes->map_state == XCB_MAP_STATE_UNMAPPED;
-  window.style = std::make_unique<x11::Style>(*connection_, id, seen.hints);
+  window.style = std::make_unique<x11::WindowStyle>(*connection_, id, seen.hints);
   makeCover(window, seen.looks.attributes->visual, seen.looks.geometry->depth);
 
   AdoptedWindow found;
   found.handle = window.handle();
   found.className = classPart(seen.windowClass);
   found.title = seen.title ? seen.title->text() : std::string();
-  found.frame = display_.points(window.frame);
+  found.frame = coordinates_.points(window.frame);
   found.styleMask = window.style->mask();
   found.onScreen = !window.miniaturized;
   found.hasFocus = seen.focus != nullptr && holdsFocus(id, seen.focus->focus);

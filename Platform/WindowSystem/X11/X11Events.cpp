@@ -113,9 +113,9 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
       window.cover->raise();
     }
   }
-  if (display_.handle(event)) {
+  if (coordinates_.handle(event)) {
     for (const auto& [handle, window] : windows_) {
-      report(handle, [handle = handle, frame = display_.points(window.frame)](
+      report(handle, [handle = handle, frame = coordinates_.points(window.frame)](
                          WindowSystemDelegate& delegate) { delegate.frameChanged(handle, frame); });
     }
   }
@@ -237,7 +237,7 @@ void X11WindowSystem::settleDrag() {
     if (frame != window->frame) {
       moveTo(*window, frame);
       report(window->handle(),
-             [handle = window->handle(), points = display_.points(frame)](
+             [handle = window->handle(), points = coordinates_.points(frame)](
                  WindowSystemDelegate& delegate) { delegate.frameChanged(handle, points); });
     }
   }
@@ -309,7 +309,7 @@ void X11WindowSystem::settleWindow(Window& window) {
     if (!window.isOwn()) {  // of ours this may be a size that setFrame has left behind already
       window.style->sizeChanged(frame);
     }
-    report(handle, [handle, points = display_.points(frame)](WindowSystemDelegate& delegate) {
+    report(handle, [handle, points = coordinates_.points(frame)](WindowSystemDelegate& delegate) {
       delegate.frameChanged(handle, points);
     });
   }

@@ -4,7 +4,7 @@
 #include <bit>
 #include <span>
 
-#include "Platform/WindowSystem/X11/Colors.h"
+#include "Platform/WindowSystem/X11/PixelFormat.h"
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 
 namespace vel {

@@ -7,8 +7,8 @@
 #include "Platform/Foundation/Time.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 #include "Platform/WindowSystem/X11/Cover.h"
-#include "Platform/WindowSystem/X11/Display.h"
-#include "Platform/WindowSystem/X11/Style.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
+#include "Platform/WindowSystem/X11/WindowStyle.h"
 
 namespace vel::x11 {
 
@@ -45,7 +45,7 @@ struct Window {
   /// When to see which controls the window manager has left, and what was reported last.
   Nanoseconds controlsDue = kNever;
   std::optional<NSWindowStyleMask> controlsTold;
-  std::unique_ptr<Style> style;
+  std::unique_ptr<WindowStyle> style;
   std::unique_ptr<Cover> cover;
 
   [[nodiscard]] bool isOwn() const { return origin == WindowOrigin::Own; }

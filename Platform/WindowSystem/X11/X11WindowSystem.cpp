@@ -45,7 +45,7 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::open(const std::string& displa
 
 X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
     : connection_(std::move(connection)),
-      display_(*connection_),
+      coordinates_(*connection_),
       render_(*connection_),
       windowManager_(*connection_) {}
 
@@ -75,7 +75,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
   Window& window = windows_[static_cast<WindowHandle>(id)];
   window.id = id;
   window.kind = description.kind;
-  window.frame = display_.pixels(description.frame);
+  window.frame = coordinates_.pixels(description.frame);
   window.frame.width = std::max(window.frame.width, 1);
   window.frame.height = std::max(window.frame.height, 1);
   window.movableByBackground = description.movableByBackground;
@@ -93,8 +93,8 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
           XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background),
       "CreateWindow", id);
   describe(window, description);
-  window.style = std::make_unique<x11::Style>(*connection_, id, description.kind,
-                                              description.styleMask, window.frame);
+  window.style = std::make_unique<x11::WindowStyle>(*connection_, id, description.kind,
+                                                    description.styleMask, window.frame);
   selectEvents(window);  // what has been written so far, we know
   makeCover(window, screen.root_visual, screen.root_depth);
   connection_->flush();
@@ -137,7 +137,7 @@ void X11WindowSystem::writeTitle(const Window& window, std::string_view title) {
 
 void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
   window.cover =
-      std::make_unique<x11::Cover>(*connection_, display_, render_, window.id, visual, depth);
+      std::make_unique<x11::Cover>(*connection_, coordinates_, render_, window.id, visual, depth);
   window.cover->setShielded(modal_ != WindowHandle::None && modal_ != window.handle());
 }
 
@@ -293,7 +293,7 @@ void X11WindowSystem::moveTo(Window& window, PixelRect frame) {
 void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
   if (Window* const changed = find(window)) {
     const BrokenPipeGuard guard;
-    moveTo(*changed, display_.pixels(frame));
+    moveTo(*changed, coordinates_.pixels(frame));
     connection_->flush();
   }
 }

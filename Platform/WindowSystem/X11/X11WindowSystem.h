@@ -8,7 +8,7 @@
 
 #include "Platform/WindowSystem/WindowSystem.h"
 #include "Platform/WindowSystem/X11/Connection.h"
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 #include "Platform/WindowSystem/X11/Spinner.h"
 #include "Platform/WindowSystem/X11/WindowManager.h"
 #include "Platform/WindowSystem/X11/X11Window.h"
@@ -144,8 +144,8 @@ class X11WindowSystem final : public WindowSystem {
   [[nodiscard]] bool isAnimated() const;
 
   std::unique_ptr<x11::Connection> connection_;
-  x11::Display display_;
-  x11::Render render_;
+  x11::ScreenCoordinates coordinates_;
+  x11::RenderExtension render_;
   x11::WindowManager windowManager_;
   WindowSystemDelegate* delegate_ = nullptr;
   std::map<WindowHandle, x11::Window> windows_;

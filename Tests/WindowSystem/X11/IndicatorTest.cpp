@@ -4,7 +4,7 @@
 #include <set>
 #include <utility>
 
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 #include "Tests/WindowSystem/X11/Support/X11Test.h"
 
 namespace vel::test {

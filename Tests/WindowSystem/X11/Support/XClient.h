@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Platform/WindowSystem/X11/Connection.h"
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 
 namespace vel::test {
 

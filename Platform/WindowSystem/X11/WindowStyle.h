@@ -13,18 +13,18 @@ namespace vel::x11 {
 /// then what the mask takes away stays away. Where he has read them meanwhile, changed a part and
 /// written them back, what we had taken away is given back in the rest. The window's protocols are
 /// never touched: a host keeps being asked to close by who may ask.
-class Style {
+class WindowStyle {
  public:
   /// Of a window of ours: writes the hints.
-  Style(Connection& connection, xcb_window_t window, WindowKind kind, NSWindowStyleMask styleMask,
-        PixelRect frame);
+  WindowStyle(Connection& connection, xcb_window_t window, WindowKind kind,
+              NSWindowStyleMask styleMask, PixelRect frame);
   /// Of somebody else's, as it was found.
-  Style(Connection& connection, xcb_window_t window, const StyleHints& found);
-  Style(const Style&) = delete;
-  Style& operator=(const Style&) = delete;
-  Style(Style&&) = delete;
-  Style& operator=(Style&&) = delete;
-  ~Style();
+  WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& found);
+  WindowStyle(const WindowStyle&) = delete;
+  WindowStyle& operator=(const WindowStyle&) = delete;
+  WindowStyle(WindowStyle&&) = delete;
+  WindowStyle& operator=(WindowStyle&&) = delete;
+  ~WindowStyle();
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
   /// The controls that the window would have, were they not taken away.

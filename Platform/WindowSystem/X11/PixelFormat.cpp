@@ -1,4 +1,4 @@
-#include "Platform/WindowSystem/X11/Colors.h"
+#include "Platform/WindowSystem/X11/PixelFormat.h"
 
 #include <algorithm>
 #include <bit>

@@ -30,9 +30,9 @@ struct PixelRect {
 /// lower left corner of the primary monitor, else of the first; it follows the monitors. The server
 /// is asked at once, and its answers are taken when they are first needed: nobody waits for them
 /// alone.
-class Display {
+class ScreenCoordinates {
  public:
-  explicit Display(Connection& connection);
+  explicit ScreenCoordinates(Connection& connection);
 
   /// A rectangle on the screen, its pixels counted from the root window's corner.
   [[nodiscard]] CGRect points(PixelRect pixels);

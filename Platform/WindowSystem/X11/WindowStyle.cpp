@@ -1,4 +1,4 @@
-#include "Platform/WindowSystem/X11/Style.h"
+#include "Platform/WindowSystem/X11/WindowStyle.h"
 
 #include <utility>
 
@@ -11,8 +11,8 @@ constexpr std::size_t kWritingsRemembered = 4;
 
 }  // namespace
 
-Style::Style(Connection& connection, xcb_window_t window, WindowKind kind,
-             NSWindowStyleMask styleMask, PixelRect frame)
+WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, WindowKind kind,
+                         NSWindowStyleMask styleMask, PixelRect frame)
     : connection_(connection),
       window_(window),
       kind_(kind),
@@ -23,7 +23,7 @@ Style::Style(Connection& connection, xcb_window_t window, WindowKind kind,
   apply(frame);
 }
 
-Style::Style(Connection& connection, xcb_window_t window, const StyleHints& found)
+WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& found)
     : connection_(connection),
       window_(window),
       told_(styleMaskOf(found)),
@@ -33,13 +33,13 @@ Style::Style(Connection& connection, xcb_window_t window, const StyleHints& foun
              .written = found.motif},
       normal_{.name = XCB_ATOM_WM_NORMAL_HINTS, .theirs = found.normal, .written = found.normal} {}
 
-Style::~Style() { takeAnswers(); }
+WindowStyle::~WindowStyle() { takeAnswers(); }
 
-NSWindowStyleMask Style::takenControls() const {
+NSWindowStyleMask WindowStyle::takenControls() const {
   return (isOwn() ? told_ : styleMaskOf(theirs())) & ~mask_ & kControls;
 }
 
-void Style::set(NSWindowStyleMask styleMask, PixelRect frame) {
+void WindowStyle::set(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
   if (!isOwn() && (mask_ & kHinted) == (told_ & kHinted)) {
     giveBack();
@@ -52,14 +52,14 @@ void Style::set(NSWindowStyleMask styleMask, PixelRect frame) {
 
 // Here as below, nobody else writes between our reading and our writing: nothing of his is lost
 // unread. But the answer is looked at when the event of the writing has come.
-void Style::takeOver(PixelRect frame) {
+void WindowStyle::takeOver(PixelRect frame) {
   takenOver_ = true;
   const ServerGrab grab(connection_);
   unread_.push_back({.asked = ask(), .written = {motif_.written, normal_.written}});
   write(withControls(theirs(), mask_, frame, motif_.name));
 }
 
-void Style::apply(PixelRect frame) {
+void WindowStyle::apply(PixelRect frame) {
   if (isOwn()) {
     write(hintsForOwnWindow(mask_, *kind_, frame, motif_.name));
     return;
@@ -70,13 +70,13 @@ void Style::apply(PixelRect frame) {
   write(withControls(theirs(), mask_, frame, motif_.name));
 }
 
-void Style::sizeChanged(PixelRect frame) {
+void WindowStyle::sizeChanged(PixelRect frame) {
   if ((isOwn() || takenOver_) && (mask_ & NSWindowStyleMaskResizable) == 0) {
     apply(frame);
   }
 }
 
-void Style::hintsChanged(PixelRect frame) {
+void WindowStyle::hintsChanged(PixelRect frame) {
   if (takenOver_) {
     apply(frame);
   } else if (!isOwn()) {
@@ -84,15 +84,15 @@ void Style::hintsChanged(PixelRect frame) {
   }
 }
 
-std::optional<NSWindowStyleMask> Style::ownersMask() const {
+std::optional<NSWindowStyleMask> WindowStyle::ownersMask() const {
   const NSWindowStyleMask theirMask = styleMaskOf(theirs());
   const bool isNews = !isOwn() && !takenOver_ && theirMask != told_;
   return isNews ? std::optional(theirMask) : std::nullopt;
 }
 
-void Style::ownersMaskTold() { mask_ = told_ = styleMaskOf(theirs()); }
+void WindowStyle::ownersMaskTold() { mask_ = told_ = styleMaskOf(theirs()); }
 
-void Style::giveBack() {
+void WindowStyle::giveBack() {
   if (!takenOver_) {
     return;
   }
@@ -105,26 +105,26 @@ void Style::giveBack() {
   takenOver_ = false;
 }
 
-Style::Asked Style::ask() const {
+WindowStyle::Asked WindowStyle::ask() const {
   return {.motif = connection_.askForProperty(window_, motif_.name),
           .normal = connection_.askForProperty(window_, normal_.name)};
 }
 
-void Style::read() {
+void WindowStyle::read() {
   const Asked asked = ask();
   found(motif_, connection_.property(asked.motif, window_));
   found(normal_, connection_.property(asked.normal, window_));
 }
 
-void Style::takeAnswers() {
+void WindowStyle::takeAnswers() {
   for (const Unread& unread : std::exchange(unread_, {})) {
     stood(motif_, unread.written.motif, connection_.property(unread.asked.motif, window_));
     stood(normal_, unread.written.normal, connection_.property(unread.asked.normal, window_));
   }
 }
 
-void Style::stood(Hint& hint, const std::optional<Property>& written,
-                  const std::optional<Property>& value) {
+void WindowStyle::stood(Hint& hint, const std::optional<Property>& written,
+                        const std::optional<Property>& value) {
   if (value == written) {
     return;
   }
@@ -134,14 +134,15 @@ void Style::stood(Hint& hint, const std::optional<Property>& written,
   }
 }
 
-void Style::found(Hint& hint, std::optional<Property> value) {
+void WindowStyle::found(Hint& hint, std::optional<Property> value) {
   if (value != hint.written) {
     hint.theirs = meantBy(hint, value);
     hint.written = std::move(value);
   }
 }
 
-std::optional<Property> Style::meantBy(const Hint& hint, const std::optional<Property>& value) {
+std::optional<Property> WindowStyle::meantBy(const Hint& hint,
+                                             const std::optional<Property>& value) {
   std::optional<Property> meant = value;
   for (const Overlay& overlay : hint.overlays) {
     if (value && isReadFrom(overlay, *value)) {
@@ -151,12 +152,12 @@ std::optional<Property> Style::meantBy(const Hint& hint, const std::optional<Pro
   return meant;
 }
 
-void Style::write(const StyleHints& hints) {
+void WindowStyle::write(const StyleHints& hints) {
   write(motif_, hints.motif);
   write(normal_, hints.normal);
 }
 
-void Style::write(Hint& hint, const std::optional<Property>& value) {
+void WindowStyle::write(Hint& hint, const std::optional<Property>& value) {
   if (value == hint.written) {
     return;
   }

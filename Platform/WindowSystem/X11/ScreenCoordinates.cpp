@@ -1,4 +1,4 @@
-#include "Platform/WindowSystem/X11/Display.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 
 #include <charconv>
 #include <cmath>
@@ -34,7 +34,7 @@ double scaleFromResources(std::string_view resources) {
   return 1;
 }
 
-Display::Display(Connection& connection)
+ScreenCoordinates::ScreenCoordinates(Connection& connection)
     : connection_(connection),
       resourcesAsked_(connection.askForProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
       first_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
@@ -51,13 +51,13 @@ Display::Display(Connection& connection)
   askForMonitors();
 }
 
-void Display::askForMonitors() {
+void ScreenCoordinates::askForMonitors() {
   if (monitorsChanged_ >= 0) {
     monitorsAsked_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), 1);
   }
 }
 
-void Display::takeAnswers() {
+void ScreenCoordinates::takeAnswers() {
   if (const auto asked = std::exchange(resourcesAsked_, std::nullopt)) {
     if (const auto resources = connection_.property(*asked, connection_.root())) {
       scale_ = scaleFromResources(resources->text());
@@ -70,7 +70,7 @@ void Display::takeAnswers() {
   }
 }
 
-void Display::readMonitors(const xcb_randr_get_monitors_reply_t* monitors) {
+void ScreenCoordinates::readMonitors(const xcb_randr_get_monitors_reply_t* monitors) {
   first_ = {0, 0, connection_.screen().width_in_pixels, connection_.screen().height_in_pixels};
   if (monitors == nullptr) {
     return;
@@ -90,7 +90,7 @@ void Display::readMonitors(const xcb_randr_get_monitors_reply_t* monitors) {
 
 // Where the server's own notion of monitors stays and only a user's changes, nothing is told but
 // that the root window is as it was.
-bool Display::handle(const xcb_generic_event_t& event) {
+bool ScreenCoordinates::handle(const xcb_generic_event_t& event) {
   const bool rootTold = typeOf(event) == XCB_CONFIGURE_NOTIFY &&
                         eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
   if (typeOf(event) != monitorsChanged_ && !rootTold) {
@@ -103,14 +103,14 @@ bool Display::handle(const xcb_generic_event_t& event) {
   return first_ != before;
 }
 
-CGRect Display::points(PixelRect pixels) {
+CGRect ScreenCoordinates::points(PixelRect pixels) {
   takeAnswers();
   const int bottom = first_.y + first_.height;
   return CGRectMake((pixels.x - first_.x) / scale_, (bottom - pixels.y - pixels.height) / scale_,
                     pixels.width / scale_, pixels.height / scale_);
 }
 
-PixelRect Display::pixels(CGRect points) {
+PixelRect ScreenCoordinates::pixels(CGRect points) {
   takeAnswers();
   const int width = rounded(points.size.width * scale_);
   const int height = rounded(points.size.height * scale_);
@@ -119,7 +119,7 @@ PixelRect Display::pixels(CGRect points) {
           bottom - rounded(points.origin.y * scale_) - height, width, height};
 }
 
-PixelRect Display::contentPixels(CGRect points, int contentHeight) {
+PixelRect ScreenCoordinates::contentPixels(CGRect points, int contentHeight) {
   takeAnswers();
   const int left = rounded(points.origin.x * scale_);
   const int right = rounded((points.origin.x + points.size.width) * scale_);
