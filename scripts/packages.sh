@@ -9,7 +9,7 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   libglib2.0-dev libsdl2-dev doxygen)
 # The X11 back end, and the X servers, window managers and programs of its tests.
 # shellcheck disable=SC2034
-packages_x11=(pkg-config libxcb1-dev libxcb-randr0-dev libxcb-render0-dev)
+packages_x11=(pkg-config libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev)
 # shellcheck disable=SC2034
 packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg)

@@ -3,12 +3,11 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstring>
-#include <ctime>
 #include <utility>
 
 #include "Platform/Foundation/NSLog.h"
+#include "Platform/WindowSystem/X11/BrokenPipeGuard.h"
 
 namespace vel::x11 {
 
@@ -39,59 +38,7 @@ const char* reasonOf(int connectionError) {
   }
 }
 
-sigset_t brokenPipe() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGPIPE);
-  return signals;
-}
-
 }  // namespace
-
-// Property
-
-std::vector<std::uint32_t> Property::numbers() const {
-  std::vector<std::uint32_t> numbers(format == 32 ? bytes.size() / sizeof(std::uint32_t) : 0);
-  if (!numbers.empty()) {
-    std::memcpy(numbers.data(), bytes.data(), numbers.size() * sizeof(std::uint32_t));
-  }
-  return numbers;
-}
-
-Property Property::ofNumbers(xcb_atom_t type, std::span<const std::uint32_t> numbers) {
-  const auto bytes = std::as_bytes(numbers);
-  Property property{.type = type, .format = 32, .bytes = std::vector<std::uint8_t>(bytes.size())};
-  if (!bytes.empty()) {
-    std::memcpy(property.bytes.data(), bytes.data(), bytes.size());
-  }
-  return property;
-}
-
-Property Property::ofText(xcb_atom_t type, std::string_view text) {
-  return {.type = type, .format = 8, .bytes = {text.begin(), text.end()}};
-}
-
-// BrokenPipeGuard
-
-// Where it is blocked already, one that waits is somebody else's, and ours cannot end the process
-// either.
-BrokenPipeGuard::BrokenPipeGuard() {
-  const sigset_t signals = brokenPipe();
-  sigset_t before;
-  pthread_sigmask(SIG_BLOCK, &signals, &before);
-  blockedHere_ = sigismember(&before, SIGPIPE) == 0;
-}
-
-BrokenPipeGuard::~BrokenPipeGuard() {
-  if (blockedHere_) {
-    const sigset_t signals = brokenPipe();
-    constexpr timespec kNow{};
-    sigtimedwait(&signals, nullptr, &kNow);
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-  }
-}
-
-// Connection
 
 std::unique_ptr<Connection> Connection::open(const std::string& displayName, std::string& error) {
   int number = 0;
@@ -118,18 +65,18 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
   internAtoms();
   timeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
-  sent(xcb_create_window(connection_, 0, timeWindow_, root(), -1, -1, 1, 1, 0,
-                         XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
-                         &kEvents),
-       "CreateWindow", timeWindow_);
+  track(xcb_create_window(connection_, 0, timeWindow_, root(), -1, -1, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                          &kEvents),
+        "CreateWindow", timeWindow_);
 }
 
 Connection::~Connection() {
   const BrokenPipeGuard guard;
   // A server drops what it has not read yet of a client that is gone: windows would not be given
   // back. Its answer tells that it has read everything.
-  answer(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",
-         XCB_WINDOW_NONE);
+  waitForReply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",
+               XCB_WINDOW_NONE);
   xcb_disconnect(connection_);
 }
 
@@ -139,7 +86,7 @@ void Connection::internAtoms() {
     return xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
   });
   std::ranges::transform(cookies, atoms_.begin(), [this](xcb_intern_atom_cookie_t cookie) {
-    const auto reply = answer(xcb_intern_atom_reply, cookie, "InternAtom", root());
+    const auto reply = waitForReply(xcb_intern_atom_reply, cookie, "InternAtom", root());
     return reply == nullptr ? xcb_atom_t{XCB_ATOM_NONE} : reply->atom;
   });
 }
@@ -175,7 +122,7 @@ Event Connection::nextEvent() {
 
 bool Connection::hasEvents() { return keep(Event(xcb_poll_for_event(connection_))); }
 
-bool Connection::hasReadEvents() { return keep(Event(xcb_poll_for_queued_event(connection_))); }
+bool Connection::hasQueuedEvents() { return keep(Event(xcb_poll_for_queued_event(connection_))); }
 
 // Keeps an event for later; answers whether there is any.
 bool Connection::keep(Event event) {
@@ -185,7 +132,7 @@ bool Connection::keep(Event event) {
   return !events_.empty();
 }
 
-void Connection::sent(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
+void Connection::track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
   if (sent_.size() == kRequestsRemembered) {
     sent_.pop_front();
   }
@@ -204,9 +151,9 @@ void Connection::noteError(FromServer<xcb_generic_error_t> error, const char* re
   failures_.push_back({error->error_code, request, window});
 }
 
-void Connection::windowFound(xcb_window_t window) { std::erase(ended_, window); }
+void Connection::markExisting(xcb_window_t window) { std::erase(ended_, window); }
 
-void Connection::windowEnded(xcb_window_t window) {
+void Connection::markDestroyed(xcb_window_t window) {
   if (window == XCB_WINDOW_NONE) {
     return;  // errors without a window are nobody's, and told
   }
@@ -216,7 +163,7 @@ void Connection::windowEnded(xcb_window_t window) {
   ended_.push_back(window);
 }
 
-void Connection::reportErrors() {
+void Connection::logErrors() {
   for (const Failure& failure : std::exchange(failures_, {})) {
     if (std::ranges::find(ended_, failure.window) == ended_.end()) {
       NSLog("X11: %s for window %s failed: %s", std::string_view(failure.request),
@@ -225,23 +172,23 @@ void Connection::reportErrors() {
   }
 }
 
-xcb_get_property_cookie_t Connection::askForProperty(xcb_window_t window, xcb_atom_t name) const {
+xcb_get_property_cookie_t Connection::requestProperty(xcb_window_t window, xcb_atom_t name) const {
   return xcb_get_property(connection_, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
                           kWholeProperty);
 }
 
-std::optional<Property> Connection::property(xcb_window_t window, xcb_atom_t name) {
-  return property(askForProperty(window, name), window);
+std::optional<Property> Connection::readProperty(xcb_window_t window, xcb_atom_t name) {
+  return readProperty(requestProperty(window, name), window);
 }
 
-std::optional<Property> Connection::property(xcb_get_property_cookie_t cookie,
-                                             xcb_window_t window) {
-  return propertyIn(answer(xcb_get_property_reply, cookie, "GetProperty", window));
+std::optional<Property> Connection::readProperty(xcb_get_property_cookie_t cookie,
+                                                 xcb_window_t window) {
+  return propertyIn(waitForReply(xcb_get_property_reply, cookie, "GetProperty", window));
 }
 
-std::optional<Property> Connection::propertyIfThere(xcb_window_t window, xcb_atom_t name) {
+std::optional<Property> Connection::readPropertyIfExists(xcb_window_t window, xcb_atom_t name) {
   return propertyIn(FromServer<xcb_get_property_reply_t>(
-      xcb_get_property_reply(connection_, askForProperty(window, name), nullptr)));
+      xcb_get_property_reply(connection_, requestProperty(window, name), nullptr)));
 }
 
 std::optional<Property> Connection::propertyIn(const FromServer<xcb_get_property_reply_t>& reply) {
@@ -253,40 +200,11 @@ std::optional<Property> Connection::propertyIn(const FromServer<xcb_get_property
   return Property{reply->type, reply->format, {bytes.begin(), bytes.end()}};
 }
 
-void Connection::setProperty(xcb_window_t window, xcb_atom_t name,
-                             const std::optional<Property>& value) {
-  if (!value) {
-    sent(xcb_delete_property(connection_, window, name), "DeleteProperty", window);
-    return;
-  }
-  const std::size_t count = value->bytes.size() / (value->format / 8U);
-  sent(xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, name, value->type,
-                           value->format, static_cast<std::uint32_t>(count), value->bytes.data()),
-       "ChangeProperty", window);
-}
-
-void Connection::tellWindowManager(xcb_window_t window, Atom message,
-                                   const std::array<std::uint32_t, 5>& data) {
-  xcb_client_message_event_t event{};
-  event.response_type = XCB_CLIENT_MESSAGE;
-  event.format = 32;
-  event.window = window;
-  event.type = atom(message);
-  std::ranges::copy(data, event.data.data32);
-  std::array<char, 32> bytes{};
-  static_assert(sizeof event == bytes.size());
-  std::memcpy(bytes.data(), &event, bytes.size());
-  sent(xcb_send_event(connection_, 0, root(),
-                      XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                      bytes.data()),
-       "SendEvent", window);
-}
-
 // A property written without a change brings an event with the time of the writing.
-xcb_timestamp_t Connection::time() {
-  sent(xcb_change_property(connection_, XCB_PROP_MODE_APPEND, timeWindow_, atom(Atom::VelTime),
-                           XCB_ATOM_CARDINAL, 32, 0, nullptr),
-       "ChangeProperty", timeWindow_);
+xcb_timestamp_t Connection::serverTime() {
+  track(xcb_change_property(connection_, XCB_PROP_MODE_APPEND, timeWindow_, atom(Atom::VelTime),
+                            XCB_ATOM_CARDINAL, 32, 0, nullptr),
+        "ChangeProperty", timeWindow_);
   flush();
   while (Event event{xcb_wait_for_event(connection_)}) {
     if (typeOf(*event) == XCB_PROPERTY_NOTIFY) {
@@ -298,17 +216,6 @@ xcb_timestamp_t Connection::time() {
     events_.push_back(std::move(event));
   }
   return XCB_CURRENT_TIME;
-}
-
-// ServerGrab
-
-ServerGrab::ServerGrab(Connection& connection) : connection_(connection) {
-  connection_.sent(xcb_grab_server(connection_.get()), "GrabServer", connection_.root());
-}
-
-ServerGrab::~ServerGrab() {
-  connection_.sent(xcb_ungrab_server(connection_.get()), "UngrabServer", connection_.root());
-  connection_.flush();
 }
 
 }  // namespace vel::x11

@@ -14,7 +14,9 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/Atoms.h"
+#include "Platform/WindowSystem/X11/Property.h"
 
 namespace vel::x11 {
 
@@ -38,36 +40,6 @@ template <class T>
 [[nodiscard]] inline int typeOf(const xcb_generic_event_t& event) {
   return event.response_type & 0x7F;  // the bit taken out says that a client has sent it
 }
-
-/// A property's value as it stands on a window, to the byte.
-struct Property {
-  xcb_atom_t type = XCB_ATOM_NONE;
-  std::uint8_t format = 8;
-  std::vector<std::uint8_t> bytes;
-  bool operator==(const Property&) const = default;
-
-  /// The value as 32-bit numbers; none where it is of another format.
-  [[nodiscard]] std::vector<std::uint32_t> numbers() const;
-  [[nodiscard]] std::string text() const { return {bytes.begin(), bytes.end()}; }
-  static Property ofNumbers(xcb_atom_t type, std::span<const std::uint32_t> numbers);
-  static Property ofText(xcb_atom_t type, std::string_view text);
-};
-
-/// Keeps a write to a connection that has just been closed at the other end from ending the
-/// process: XCB writes without asking not to be sent SIGPIPE. Held around everything that may
-/// write; what the host has done about the signal is as it was afterwards.
-class BrokenPipeGuard {
- public:
-  BrokenPipeGuard();
-  BrokenPipeGuard(const BrokenPipeGuard&) = delete;
-  BrokenPipeGuard& operator=(const BrokenPipeGuard&) = delete;
-  BrokenPipeGuard(BrokenPipeGuard&&) = delete;
-  BrokenPipeGuard& operator=(BrokenPipeGuard&&) = delete;
-  ~BrokenPipeGuard();
-
- private:
-  bool blockedHere_ = false;
-};
 
 /// The connection to the server: its events in order, requests and the errors that come back for
 /// them, and properties. An error is named after the request that it answers and written to the
@@ -97,14 +69,14 @@ class Connection {
   /// Whether there is a next event. Never waits.
   bool hasEvents();
   /// Whether it has been read already, so that the descriptor does not tell of it.
-  bool hasReadEvents();
+  bool hasQueuedEvents();
 
   /// Notes which request `cookie` stands for, so that an error can be named.
-  void sent(xcb_void_cookie_t cookie, const char* request, xcb_window_t window);
+  void track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window);
   /// Waits for the answer of a request; none where there is none, and the error is noted.
   template <class Reply, class Cookie>
-  FromServer<Reply> answer(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
-                           Cookie cookie, const char* request, xcb_window_t window) {
+  FromServer<Reply> waitForReply(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+                                 Cookie cookie, const char* request, xcb_window_t window) {
     xcb_generic_error_t* error = nullptr;
     FromServer<Reply> reply(wait(connection_, cookie, &error));
     if (error != nullptr) {
@@ -113,33 +85,28 @@ class Connection {
     return reply;
   }
   /// Says that `window` no longer exists: what has failed or will fail because of it is no error.
-  void windowEnded(xcb_window_t window);
+  void markDestroyed(xcb_window_t window);
   /// Says that it does exist: its id may have been that of one that ended.
-  void windowFound(xcb_window_t window);
+  void markExisting(xcb_window_t window);
   /// Whether the window was made over this connection.
-  [[nodiscard]] bool hasMade(xcb_window_t window) const {
+  [[nodiscard]] bool hasCreated(xcb_window_t window) const {
     const xcb_setup_t& setup = *xcb_get_setup(connection_);
     return (window & ~setup.resource_id_mask) == setup.resource_id_base;
   }
   [[nodiscard]] bool hasErrors() const { return !failures_.empty(); }
   /// Writes the errors noted to the log, less those explained by a window's end. To be called when
   /// no events are left.
-  void reportErrors();
+  void logErrors();
 
   /// A window's property, none where it is absent. Waits.
-  std::optional<Property> property(xcb_window_t window, xcb_atom_t name);
-  [[nodiscard]] xcb_get_property_cookie_t askForProperty(xcb_window_t window,
-                                                         xcb_atom_t name) const;
-  std::optional<Property> property(xcb_get_property_cookie_t cookie, xcb_window_t window);
+  std::optional<Property> readProperty(xcb_window_t window, xcb_atom_t name);
+  [[nodiscard]] xcb_get_property_cookie_t requestProperty(xcb_window_t window,
+                                                          xcb_atom_t name) const;
+  std::optional<Property> readProperty(xcb_get_property_cookie_t cookie, xcb_window_t window);
   /// The same of a window that may be gone, which is no error: none then.
-  std::optional<Property> propertyIfThere(xcb_window_t window, xcb_atom_t name);
-  /// Sets a window's property, or removes it.
-  void setProperty(xcb_window_t window, xcb_atom_t name, const std::optional<Property>& value);
-  /// Sends a message to a window manager, through the root window.
-  void tellWindowManager(xcb_window_t window, Atom message,
-                         const std::array<std::uint32_t, 5>& data);
+  std::optional<Property> readPropertyIfExists(xcb_window_t window, xcb_atom_t name);
   /// The server's time. Waits.
-  xcb_timestamp_t time();
+  xcb_timestamp_t serverTime();
 
  private:
   struct SentRequest {
@@ -169,20 +136,6 @@ class Connection {
   std::deque<SentRequest> sent_;
   std::deque<xcb_window_t> ended_;
   std::vector<Failure> failures_;
-};
-
-/// While it is there, the server does nothing for any other program. To be held for a few requests.
-class ServerGrab {
- public:
-  explicit ServerGrab(Connection& connection);
-  ServerGrab(const ServerGrab&) = delete;
-  ServerGrab& operator=(const ServerGrab&) = delete;
-  ServerGrab(ServerGrab&&) = delete;
-  ServerGrab& operator=(ServerGrab&&) = delete;
-  ~ServerGrab();
-
- private:
-  Connection& connection_;
 };
 
 }  // namespace vel::x11

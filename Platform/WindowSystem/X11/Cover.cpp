@@ -1,8 +1,9 @@
 #include "Platform/WindowSystem/X11/Cover.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
 
 namespace vel::x11 {
 
@@ -104,26 +105,17 @@ void Cover::open(Pane& pane) {
   }
   pane.window = connection_.makeId();
   // An indicator stays in the middle while the window grows, until its new place is told.
-  const std::array<std::uint32_t, 4> values{
-      format_.pixel(pane.color),
-      static_cast<std::uint32_t>(turns ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
-      kPointerEvents, kKeptFromWindowsBelow};
-  connection_.sent(
-      xcb_create_window(
-          connection_.get(), XCB_COPY_FROM_PARENT, pane.window, window_,
-          static_cast<std::int16_t>(pane.place.x), static_cast<std::int16_t>(pane.place.y),
-          static_cast<std::uint16_t>(pane.place.width),
-          static_cast<std::uint16_t>(pane.place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-          XCB_COPY_FROM_PARENT,
-          XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
-          values.data()),
-      "CreateWindow", pane.window);
+  createWindow(connection_, {.id = pane.window, .parent = window_, .frame = pane.place},
+               XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
+               {format_.pixel(pane.color),
+                static_cast<std::uint32_t>(turns ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
+                kPointerEvents, kKeptFromWindowsBelow});
   if (turns) {
     pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, pane.window, depth_,
                                              pane.place.width, pane.color);
     pane.spinner->draw(0);
   }
-  connection_.sent(xcb_map_window(connection_.get(), pane.window), "MapWindow", pane.window);
+  mapWindow(connection_, pane.window);
 }
 
 void Cover::update(Pane& pane, Pane&& wanted) {
@@ -139,21 +131,13 @@ void Cover::update(Pane& pane, Pane&& wanted) {
     return;
   }
   if (pane.color != wanted.color) {
-    const std::uint32_t pixel = format_.pixel(wanted.color);
-    connection_.sent(
-        xcb_change_window_attributes(connection_.get(), pane.window, XCB_CW_BACK_PIXEL, &pixel),
-        "ChangeWindowAttributes", pane.window);
-    connection_.sent(xcb_clear_area(connection_.get(), 0, pane.window, 0, 0, 0, 0), "ClearArea",
-                     pane.window);
+    changeWindowAttributes(connection_, pane.window, XCB_CW_BACK_PIXEL,
+                           {format_.pixel(wanted.color)});
+    clearWindow(connection_, pane.window);
   }
   // Also where it is known to lie there: the server may have moved it with the window.
   if (pane.place != wanted.place || pane.spinner != nullptr) {
-    place(pane.window,
-          XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
-              XCB_CONFIG_WINDOW_HEIGHT,
-          {static_cast<std::uint32_t>(wanted.place.x), static_cast<std::uint32_t>(wanted.place.y),
-           static_cast<std::uint32_t>(wanted.place.width),
-           static_cast<std::uint32_t>(wanted.place.height)});
+    moveResizeWindow(connection_, pane.window, wanted.place);
   }
   pane.item = wanted.item;
   pane.place = wanted.place;
@@ -172,7 +156,7 @@ void Cover::destroy(xcb_window_t window) {
     closed_.erase(closed_.begin());
   }
   closed_.push_back(window);
-  connection_.sent(xcb_destroy_window(connection_.get(), window), "DestroyWindow", window);
+  destroyWindow(connection_, window);
 }
 
 void Cover::setShielded(bool shielded) {
@@ -184,24 +168,24 @@ void Cover::setShielded(bool shielded) {
     return;
   }
   shield_ = connection_.makeId();
-  const std::array<std::uint32_t, 2> values{kPointerEvents, kKeptFromWindowsBelow};
-  connection_.sent(
-      xcb_create_window(connection_.get(), 0, shield_, window_, 0, 0, kBeyondEveryWindow,
-                        kBeyondEveryWindow, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT,
-                        XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE, values.data()),
-      "CreateWindow", shield_);
-  connection_.sent(xcb_map_window(connection_.get(), shield_), "MapWindow", shield_);
+  createWindow(connection_,
+               {.id = shield_,
+                .parent = window_,
+                .frame = {0, 0, kBeyondEveryWindow, kBeyondEveryWindow},
+                .windowClass = XCB_WINDOW_CLASS_INPUT_ONLY},
+               XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE, {kPointerEvents, kKeptFromWindowsBelow});
+  mapWindow(connection_, shield_);
 }
 
 void Cover::windowEnded() {
   for (Pane& pane : panes_) {
-    connection_.windowEnded(std::exchange(pane.window, XCB_WINDOW_NONE));
+    connection_.markDestroyed(std::exchange(pane.window, XCB_WINDOW_NONE));
   }
   panes_.clear();
-  connection_.windowEnded(std::exchange(shield_, XCB_WINDOW_NONE));
+  connection_.markDestroyed(std::exchange(shield_, XCB_WINDOW_NONE));
   // Their requests may have come too late as well.
   for (const xcb_window_t window : std::exchange(closed_, {})) {
-    connection_.windowEnded(window);
+    connection_.markDestroyed(window);
   }
 }
 
@@ -243,21 +227,15 @@ void Cover::raise() {
       return;
     }
     if (above == XCB_WINDOW_NONE) {
-      place(window, XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE});
+      raiseWindow(connection_, window);
     } else {
-      place(window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
-            {above, XCB_STACK_MODE_BELOW});
+      configureWindow(connection_, window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+                      {above, XCB_STACK_MODE_BELOW});
     }
     above = window;
   };
   lift(shield_);
   std::for_each(panes_.rbegin(), panes_.rend(), [&lift](const Pane& pane) { lift(pane.window); });
-}
-
-void Cover::place(xcb_window_t window, std::uint16_t mask,
-                  const std::vector<std::uint32_t>& values) {
-  connection_.sent(xcb_configure_window(connection_.get(), window, mask, values.data()),
-                   "ConfigureWindow", window);
 }
 
 bool Cover::isAnimated() const {

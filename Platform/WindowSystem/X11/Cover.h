@@ -62,7 +62,6 @@ class Cover {
   void update(Pane& pane, Pane&& wanted);
   void close(Pane& pane);
   void destroy(xcb_window_t window);
-  void place(xcb_window_t window, std::uint16_t mask, const std::vector<std::uint32_t>& values);
 
   Connection& connection_;
   ScreenCoordinates& coordinates_;

@@ -20,12 +20,12 @@ void RenderExtension::ask() {
     NSLog("X11: the display cannot draw indicators: it has no Render extension");
     return;
   }
-  connection_.answer(xcb_render_query_version_reply,
-                     xcb_render_query_version(connection_.get(), 0, 11), "RenderQueryVersion",
-                     connection_.root());
-  const auto reply = connection_.answer(xcb_render_query_pict_formats_reply,
-                                        xcb_render_query_pict_formats(connection_.get()),
-                                        "RenderQueryPictFormats", connection_.root());
+  connection_.waitForReply(xcb_render_query_version_reply,
+                           xcb_render_query_version(connection_.get(), 0, 11), "RenderQueryVersion",
+                           connection_.root());
+  const auto reply = connection_.waitForReply(xcb_render_query_pict_formats_reply,
+                                              xcb_render_query_pict_formats(connection_.get()),
+                                              "RenderQueryPictFormats", connection_.root());
   if (reply == nullptr) {
     return;
   }

@@ -36,7 +36,7 @@ double scaleFromResources(std::string_view resources) {
 
 ScreenCoordinates::ScreenCoordinates(Connection& connection)
     : connection_(connection),
-      resourcesAsked_(connection.askForProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
+      resourcesAsked_(connection.requestProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
       first_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
   const xcb_query_extension_reply_t* const randr =
       xcb_get_extension_data(connection_.get(), &xcb_randr_id);
@@ -44,9 +44,9 @@ ScreenCoordinates::ScreenCoordinates(Connection& connection)
     monitorsChanged_ = randr->first_event + XCB_RANDR_SCREEN_CHANGE_NOTIFY;
     const auto version = xcb_randr_query_version(connection_.get(), 1, 5);
     xcb_discard_reply(connection_.get(), version.sequence);
-    connection_.sent(xcb_randr_select_input(connection_.get(), connection_.root(),
-                                            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE),
-                     "RRSelectInput", connection_.root());
+    connection_.track(xcb_randr_select_input(connection_.get(), connection_.root(),
+                                             XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE),
+                      "RRSelectInput", connection_.root());
   }
   askForMonitors();
 }
@@ -59,13 +59,13 @@ void ScreenCoordinates::askForMonitors() {
 
 void ScreenCoordinates::takeAnswers() {
   if (const auto asked = std::exchange(resourcesAsked_, std::nullopt)) {
-    if (const auto resources = connection_.property(*asked, connection_.root())) {
+    if (const auto resources = connection_.readProperty(*asked, connection_.root())) {
       scale_ = scaleFromResources(resources->text());
     }
   }
   if (const auto asked = std::exchange(monitorsAsked_, std::nullopt)) {
-    const auto monitors = connection_.answer(xcb_randr_get_monitors_reply, *asked, "RRGetMonitors",
-                                             connection_.root());
+    const auto monitors = connection_.waitForReply(xcb_randr_get_monitors_reply, *asked,
+                                                   "RRGetMonitors", connection_.root());
     readMonitors(monitors.get());
   }
 }

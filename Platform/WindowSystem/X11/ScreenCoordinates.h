@@ -8,17 +8,9 @@
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
 
 namespace vel::x11 {
-
-/// Whole pixels, with y growing downwards from the upper left corner.
-struct PixelRect {
-  int x = 0;
-  int y = 0;
-  int width = 0;
-  int height = 0;
-  bool operator==(const PixelRect&) const = default;
-};
 
 /// The value of Xft.dpi in a resource database, as a scale where 96 is 1; 1 where there is none or
 /// it makes no sense.

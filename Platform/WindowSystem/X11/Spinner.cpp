@@ -3,6 +3,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "Platform/WindowSystem/X11/Requests.h"
+
 namespace vel::x11 {
 
 namespace {
@@ -38,15 +40,15 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
       pixmap_(connection.makeId()),
       picture_(connection.makeId()) {
   const auto length = static_cast<std::uint16_t>(side_);
-  connection_.sent(xcb_create_pixmap(connection_.get(), depth, pixmap_, window_, length, length),
-                   "CreatePixmap", window_);
-  connection_.sent(
+  connection_.track(xcb_create_pixmap(connection_.get(), depth, pixmap_, window_, length, length),
+                    "CreatePixmap", window_);
+  connection_.track(
       xcb_render_create_picture(connection_.get(), picture_, pixmap_, format, 0, nullptr),
       "RenderCreatePicture", window_);
   for (unsigned i = 0; i < kSpokes; ++i) {
     inks_.at(i) = connection_.makeId();
     const double shade = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
-    connection_.sent(
+    connection_.track(
         xcb_render_create_solid_fill(connection_.get(), inks_.at(i), {0, 0, 0, component(shade)}),
         "RenderCreateSolidFill", window_);
   }
@@ -54,11 +56,12 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
 
 Spinner::~Spinner() {
   for (const xcb_render_picture_t ink : inks_) {
-    connection_.sent(xcb_render_free_picture(connection_.get(), ink), "RenderFreePicture", window_);
+    connection_.track(xcb_render_free_picture(connection_.get(), ink), "RenderFreePicture",
+                      window_);
   }
-  connection_.sent(xcb_render_free_picture(connection_.get(), picture_), "RenderFreePicture",
-                   window_);
-  connection_.sent(xcb_free_pixmap(connection_.get(), pixmap_), "FreePixmap", window_);
+  connection_.track(xcb_render_free_picture(connection_.get(), picture_), "RenderFreePicture",
+                    window_);
+  connection_.track(xcb_free_pixmap(connection_.get(), pixmap_), "FreePixmap", window_);
 }
 
 void Spinner::draw(unsigned position) {
@@ -66,16 +69,14 @@ void Spinner::draw(unsigned position) {
   const xcb_rectangle_t whole{0, 0, length, length};
   const xcb_render_color_t paper{component(background_.red), component(background_.green),
                                  component(background_.blue), component(1)};
-  connection_.sent(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
-                                              paper, 1, &whole),
-                   "RenderFillRectangles", window_);
+  connection_.track(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
+                                               paper, 1, &whole),
+                    "RenderFillRectangles", window_);
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
     drawSpoke(spoke, inks_.at((position + kSpokes - spoke) % kSpokes));
   }
-  connection_.sent(
-      xcb_change_window_attributes(connection_.get(), window_, XCB_CW_BACK_PIXMAP, &pixmap_),
-      "ChangeWindowAttributes", window_);
-  connection_.sent(xcb_clear_area(connection_.get(), 0, window_, 0, 0, 0, 0), "ClearArea", window_);
+  changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXMAP, {pixmap_});
+  clearWindow(connection_, window_);
 }
 
 // A bar with blunt tips, in one strip of triangles from the inside out.
@@ -100,7 +101,7 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t ink) {
     points.at(2 * i) = {fixed(x - half * outwardsY), fixed(y + half * outwardsX)};
     points.at(2 * i + 1) = {fixed(x + half * outwardsY), fixed(y - half * outwardsX)};
   }
-  connection_.sent(
+  connection_.track(
       xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, ink, picture_, mask_, 0, 0,
                            static_cast<std::uint32_t>(points.size()), points.data()),
       "RenderTriStrip", window_);

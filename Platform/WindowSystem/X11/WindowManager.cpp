@@ -1,15 +1,17 @@
 #include "Platform/WindowSystem/X11/WindowManager.h"
 
+#include <xcb/xcb_icccm.h>
+
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
 
 namespace vel::x11 {
 
 namespace {
 
-constexpr std::uint32_t kIconicState = 3;
 constexpr std::uint32_t kAskedByApplication = 1;
 
 }  // namespace
@@ -17,18 +19,15 @@ constexpr std::uint32_t kAskedByApplication = 1;
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   // Each program selects a window's events once: these are all that matter of the root window,
   // those for the monitors included.
-  constexpr std::uint32_t kEvents =
-      XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-  connection_.sent(xcb_change_window_attributes(connection_.get(), connection_.root(),
-                                                XCB_CW_EVENT_MASK, &kEvents),
-                   "ChangeWindowAttributes", connection_.root());
+  selectEvents(connection_, connection_.root(),
+               XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   ask();
 }
 
 void WindowManager::ask() {
   const xcb_window_t root = connection_.root();
-  asked_ = {connection_.askForProperty(root, connection_.atom(Atom::NetSupportingWmCheck)),
-            connection_.askForProperty(root, connection_.atom(Atom::NetSupported))};
+  asked_ = {connection_.requestProperty(root, connection_.atom(Atom::NetSupportingWmCheck)),
+            connection_.requestProperty(root, connection_.atom(Atom::NetSupported))};
 }
 
 // The root window names a window that the window manager keeps, and which names itself. A name left
@@ -41,8 +40,8 @@ void WindowManager::takeAnswers() {
   }
   check_ = XCB_WINDOW_NONE;
   supported_.clear();
-  const auto named = connection_.property(asked->check, connection_.root());
-  const auto supported = connection_.property(asked->supported, connection_.root());
+  const auto named = connection_.readProperty(asked->check, connection_.root());
+  const auto supported = connection_.readProperty(asked->supported, connection_.root());
   if (!named || named->numbers().empty()) {
     return;
   }
@@ -50,12 +49,9 @@ void WindowManager::takeAnswers() {
   if (!namesItself(window)) {
     return;
   }
-  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-  connection_.sent(
-      xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &kEvents),
-      "ChangeWindowAttributes", window);
+  selectEvents(connection_, window, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   if (!namesItself(window)) {  // it has ended just now, and would not say so
-    connection_.windowEnded(window);
+    connection_.markDestroyed(window);
     return;
   }
   check_ = window;
@@ -66,7 +62,7 @@ void WindowManager::takeAnswers() {
 
 bool WindowManager::namesItself(xcb_window_t window) {
   const auto named =
-      connection_.propertyIfThere(window, connection_.atom(Atom::NetSupportingWmCheck));
+      connection_.readPropertyIfExists(window, connection_.atom(Atom::NetSupportingWmCheck));
   return named && named->numbers() == std::vector{window};
 }
 
@@ -77,7 +73,7 @@ bool WindowManager::handle(const xcb_generic_event_t& event) {
     if (notice.window != check_ || check_ == XCB_WINDOW_NONE) {
       return false;
     }
-    connection_.windowEnded(check_);
+    connection_.markDestroyed(check_);
     ask();
     takeAnswers();
     return true;
@@ -120,37 +116,23 @@ bool WindowManager::hasOrdered(const xcb_generic_event_t& event) const {
 std::optional<std::vector<xcb_window_t>> WindowManager::order() {
   const Atom name = Atom::NetClientListStacking;
   const auto order = isPresent() && supports(name)
-                         ? connection_.property(connection_.root(), connection_.atom(name))
+                         ? connection_.readProperty(connection_.root(), connection_.atom(name))
                          : std::nullopt;
   return order ? std::optional(order->numbers()) : std::nullopt;
 }
 
 void WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
-  connection_.tellWindowManager(window, Atom::NetActiveWindow, {kAskedByApplication, time});
+  sendToWindowManager(connection_, window, Atom::NetActiveWindow, {kAskedByApplication, time});
 }
 
 void WindowManager::askToIconify(xcb_window_t window) {
-  connection_.tellWindowManager(window, Atom::WmChangeState, {kIconicState});
-}
-
-void WindowManager::tellWithdrawn(xcb_window_t window) {
-  xcb_unmap_notify_event_t event{};
-  event.response_type = XCB_UNMAP_NOTIFY;
-  event.event = connection_.root();
-  event.window = window;
-  std::array<char, 32> bytes{};
-  std::memcpy(bytes.data(), &event, sizeof event);
-  connection_.sent(
-      xcb_send_event(connection_.get(), 0, connection_.root(),
-                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                     bytes.data()),
-      "SendEvent", window);
+  sendToWindowManager(connection_, window, Atom::WmChangeState, {XCB_ICCCM_WM_STATE_ICONIC});
 }
 
 bool WindowManager::isIconic(const std::optional<Property>& state) {
   const std::vector<std::uint32_t> numbers =
       state ? state->numbers() : std::vector<std::uint32_t>();
-  return !numbers.empty() && numbers.front() == kIconicState;
+  return !numbers.empty() && numbers.front() == XCB_ICCCM_WM_STATE_ICONIC;
 }
 
 std::optional<NSWindowStyleMask> WindowManager::controlsOffered(xcb_window_t window) {
@@ -160,7 +142,8 @@ std::optional<NSWindowStyleMask> WindowManager::controlsOffered(xcb_window_t win
   if (!supports(Atom::NetWmAllowedActions)) {
     return std::nullopt;
   }
-  const auto actions = connection_.property(window, connection_.atom(Atom::NetWmAllowedActions));
+  const auto actions =
+      connection_.readProperty(window, connection_.atom(Atom::NetWmAllowedActions));
   const std::vector<std::uint32_t> allowed =
       actions ? actions->numbers() : std::vector<std::uint32_t>();
   NSWindowStyleMask controls = NSWindowStyleMaskBorderless;

@@ -31,8 +31,6 @@ class WindowManager {
   /// Asks it to give the focus to `window`, `time` being when the user wished so.
   void askToActivate(xcb_window_t window, xcb_timestamp_t time);
   void askToIconify(xcb_window_t window);
-  /// Says that a window that was put on screen is not any more.
-  void tellWithdrawn(xcb_window_t window);
 
   /// Whether a window with this WM_STATE is miniaturised.
   [[nodiscard]] static bool isIconic(const std::optional<Property>& state);

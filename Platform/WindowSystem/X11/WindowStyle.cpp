@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Platform/WindowSystem/X11/Requests.h"
+
 namespace vel::x11 {
 
 namespace {
@@ -106,20 +108,20 @@ void WindowStyle::giveBack() {
 }
 
 WindowStyle::Asked WindowStyle::ask() const {
-  return {.motif = connection_.askForProperty(window_, motif_.name),
-          .normal = connection_.askForProperty(window_, normal_.name)};
+  return {.motif = connection_.requestProperty(window_, motif_.name),
+          .normal = connection_.requestProperty(window_, normal_.name)};
 }
 
 void WindowStyle::read() {
   const Asked asked = ask();
-  found(motif_, connection_.property(asked.motif, window_));
-  found(normal_, connection_.property(asked.normal, window_));
+  found(motif_, connection_.readProperty(asked.motif, window_));
+  found(normal_, connection_.readProperty(asked.normal, window_));
 }
 
 void WindowStyle::takeAnswers() {
   for (const Unread& unread : std::exchange(unread_, {})) {
-    stood(motif_, unread.written.motif, connection_.property(unread.asked.motif, window_));
-    stood(normal_, unread.written.normal, connection_.property(unread.asked.normal, window_));
+    stood(motif_, unread.written.motif, connection_.readProperty(unread.asked.motif, window_));
+    stood(normal_, unread.written.normal, connection_.readProperty(unread.asked.normal, window_));
   }
 }
 
@@ -161,7 +163,7 @@ void WindowStyle::write(Hint& hint, const std::optional<Property>& value) {
   if (value == hint.written) {
     return;
   }
-  connection_.setProperty(window_, hint.name, value);
+  changeProperty(connection_, window_, hint.name, value);
   hint.written = value;
   if (hint.overlays.size() == kWritingsRemembered) {
     hint.overlays.pop_front();

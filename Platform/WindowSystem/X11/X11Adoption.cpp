@@ -5,12 +5,13 @@
 #include <span>
 #include <utility>
 
+#include "Platform/WindowSystem/X11/Requests.h"
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 
 namespace vel {
 
 using x11::Atom;
-using x11::BrokenPipeGuard;
+using x11::RequestBatch;
 using x11::Window;
 using x11::WindowOrigin;
 
@@ -38,7 +39,7 @@ std::span<const xcb_window_t> childrenIn(const xcb_query_tree_reply_t& tree) {
 
 std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId,
                                                           std::string& error) {
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   const std::string name = "window " + hexadecimal(nativeId);
   if (lost_) {
     error = "the X11 display is lost";
@@ -57,7 +58,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     error = name + ": it is the root window";
     return std::nullopt;
   }
-  if (connection_->hasMade(id)) {
+  if (connection_->hasCreated(id)) {
     error = name + ": it is one of this program's own";
     return std::nullopt;
   }
@@ -72,15 +73,14 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   if (const char* const reason = reasonToRefuse(seen)) {
     error = name + ": " + reason;
     if (seen.looks.attributes == nullptr) {
-      connection_->windowEnded(id);
+      connection_->markDestroyed(id);
     } else if (!isManagersMark(seen)) {  // of that the end is to be heard
-      ignoreEvents(id);
+      x11::selectEvents(*connection_, id, XCB_EVENT_MASK_NO_EVENT);
     }
-    connection_->flush();
     return std::nullopt;
   }
 
-  connection_->windowFound(id);
+  connection_->markExisting(id);
   window.frame = seen.looks.frame();
   window.miniaturized = x11::WindowManager::isIconic(seen.state) ||
                         seen.looks.attributes->map_state == XCB_MAP_STATE_UNMAPPED;
@@ -97,7 +97,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   found.hasFocus = seen.focus != nullptr && holdsFocus(id, seen.focus->focus);
   if (found.hasFocus) {
     focus_ = focusTold_ = id;
-    timeOfFocus_ = connection_->time();  // not when it came, but it is here now
+    timeOfFocus_ = connection_->serverTime();  // not when it came, but it is here now
     if (!std::exchange(active_, true)) {
       report([handle = found.handle](WindowSystemDelegate& delegate) {
         delegate.applicationActivated(handle);
@@ -110,7 +110,6 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   if (found.onScreen) {
     putInFront(found.handle);
   }
-  connection_->flush();
   return found;
 }
 
@@ -120,17 +119,17 @@ X11WindowSystem::Looks X11WindowSystem::lookAt(xcb_window_t id) {
   const auto geometry = xcb_get_geometry(x, id);
   const auto corner = xcb_translate_coordinates(x, id, connection_->root(), 0, 0);
   Looks looks;
-  looks.attributes =
-      connection_->answer(xcb_get_window_attributes_reply, attributes, "GetWindowAttributes", id);
-  looks.geometry = connection_->answer(xcb_get_geometry_reply, geometry, "GetGeometry", id);
-  looks.corner =
-      connection_->answer(xcb_translate_coordinates_reply, corner, "TranslateCoordinates", id);
+  looks.attributes = connection_->waitForReply(xcb_get_window_attributes_reply, attributes,
+                                               "GetWindowAttributes", id);
+  looks.geometry = connection_->waitForReply(xcb_get_geometry_reply, geometry, "GetGeometry", id);
+  looks.corner = connection_->waitForReply(xcb_translate_coordinates_reply, corner,
+                                           "TranslateCoordinates", id);
   return looks;
 }
 
 // All questions go to the server with the first one that is waited for.
 X11WindowSystem::Inspection X11WindowSystem::inspect(xcb_window_t id) {
-  const auto ask = [this, id](xcb_atom_t name) { return connection_->askForProperty(id, name); };
+  const auto ask = [this, id](xcb_atom_t name) { return connection_->requestProperty(id, name); };
   const auto tree = xcb_query_tree(connection_->get(), id);
   const auto focus = xcb_get_input_focus(connection_->get());
   const auto state = ask(connection_->atom(Atom::WmState));
@@ -143,15 +142,15 @@ X11WindowSystem::Inspection X11WindowSystem::inspect(xcb_window_t id) {
   Inspection found;
   found.id = id;
   found.looks = lookAt(id);
-  found.tree = connection_->answer(xcb_query_tree_reply, tree, "QueryTree", id);
-  found.focus =
-      connection_->answer(xcb_get_input_focus_reply, focus, "GetInputFocus", connection_->root());
-  found.state = connection_->property(state, id);
-  found.hints = {connection_->property(motif, id), connection_->property(normal, id)};
-  found.mark = connection_->property(mark, id);
-  found.windowClass = connection_->property(windowClass, id);
-  found.title = connection_->property(title, id);
-  auto plain = connection_->property(plainTitle, id);
+  found.tree = connection_->waitForReply(xcb_query_tree_reply, tree, "QueryTree", id);
+  found.focus = connection_->waitForReply(xcb_get_input_focus_reply, focus, "GetInputFocus",
+                                          connection_->root());
+  found.state = connection_->readProperty(state, id);
+  found.hints = {connection_->readProperty(motif, id), connection_->readProperty(normal, id)};
+  found.mark = connection_->readProperty(mark, id);
+  found.windowClass = connection_->readProperty(windowClass, id);
+  found.title = connection_->readProperty(title, id);
+  auto plain = connection_->readProperty(plainTitle, id);
   if (!found.title) {
     found.title = std::move(plain);
   }
@@ -190,7 +189,7 @@ bool X11WindowSystem::isFrame(const Inspection& found) {
     return false;
   }
   for (const xcb_window_t child : childrenIn(*found.tree)) {
-    if (connection_->property(child, connection_->atom(Atom::WmState))) {
+    if (connection_->readProperty(child, connection_->atom(Atom::WmState))) {
       return true;
     }
   }
@@ -203,7 +202,7 @@ bool X11WindowSystem::holdsFocus(xcb_window_t id, xcb_window_t focus) {
     if (focus == id) {
       return true;
     }
-    const auto tree = connection_->answer(
+    const auto tree = connection_->waitForReply(
         xcb_query_tree_reply, xcb_query_tree(connection_->get(), focus), "QueryTree", focus);
     focus = tree == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : tree->parent;
   }

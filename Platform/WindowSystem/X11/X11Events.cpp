@@ -3,15 +3,16 @@
 #include <utility>
 
 #include "Platform/WindowSystem/X11/Focus.h"
+#include "Platform/WindowSystem/X11/Requests.h"
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 
 namespace vel {
 
 using x11::Atom;
-using x11::BrokenPipeGuard;
 using x11::Event;
 using x11::eventAs;
 using x11::PixelRect;
+using x11::RequestBatch;
 using x11::typeOf;
 using x11::Window;
 
@@ -19,8 +20,8 @@ bool X11WindowSystem::deliverEvents() {
   bool came = false;
   // Most frames bring nothing: they cost one look at the connection.
   if (!lost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
-    const BrokenPipeGuard guard;
     came = readEvents();
+    checkConnection();
   }
   return deliverReports() || came;
 }
@@ -50,7 +51,7 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
   if (lost_) {
     return kNever;
   }
-  if (unsettled_ || connection_->hasReadEvents() || connection_->hasErrors() ||
+  if (unsettled_ || connection_->hasQueuedEvents() || connection_->hasErrors() ||
       connection_->isBroken()) {
     return 0;
   }
@@ -62,6 +63,7 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
 }
 
 bool X11WindowSystem::readEvents() {
+  const RequestBatch batch(*connection_);
   bool came = false;
   do {
     while (const Event event = connection_->nextEvent()) {
@@ -69,18 +71,16 @@ bool X11WindowSystem::readEvents() {
       handle(*event);
     }
     settle();
-  } while (unsettled_ || connection_->hasReadEvents());
+  } while (unsettled_ || connection_->hasQueuedEvents());
   const Nanoseconds now = x11::steadyNow();
   for (auto& [handle, window] : windows_) {
     settleControls(window, now);
   }
   settleOrder(now);
   animate(now);
-  if (!connection_->hasReadEvents()) {  // one may be of the end that explains an error
-    connection_->reportErrors();
+  if (!connection_->hasQueuedEvents()) {  // one may be of the end that explains an error
+    connection_->logErrors();
   }
-  connection_->flush();
-  checkConnection();
   return came;
 }
 
@@ -244,7 +244,7 @@ void X11WindowSystem::settleDrag() {
 }
 
 void X11WindowSystem::windowEnded(xcb_window_t id) {
-  connection_->windowEnded(id);
+  connection_->markDestroyed(id);
   const auto handle = static_cast<WindowHandle>(id);
   const auto ended = windows_.find(handle);
   if (ended == windows_.end()) {
@@ -297,9 +297,9 @@ void X11WindowSystem::reportOwnersStyle(const Window& window) {
 
 void X11WindowSystem::settleWindow(Window& window) {
   window.appears = false;
-  const auto state = connection_->askForProperty(window.id, connection_->atom(Atom::WmState));
+  const auto state = connection_->requestProperty(window.id, connection_->atom(Atom::WmState));
   const Looks looks = lookAt(window.id);
-  const bool iconic = x11::WindowManager::isIconic(connection_->property(state, window.id));
+  const bool iconic = x11::WindowManager::isIconic(connection_->readProperty(state, window.id));
   if (!looks.areComplete()) {
     return;  // it has ended, and an event will say so
   }
@@ -326,9 +326,7 @@ void X11WindowSystem::settleWindow(Window& window) {
   }
   if (window.wantsFocus && mapping == XCB_MAP_STATE_VIEWABLE) {
     window.wantsFocus = false;
-    connection_->sent(xcb_set_input_focus(connection_->get(), XCB_INPUT_FOCUS_PARENT, window.id,
-                                          XCB_CURRENT_TIME),
-                      "SetInputFocus", window.id);
+    setInputFocus(*connection_, window.id);
   }
 }
 
@@ -337,9 +335,9 @@ void X11WindowSystem::settleFocus() {
   if (left && focus_ == XCB_WINDOW_NONE) {
     // A window that loses the focus and the one that gets it are told of it together: once the
     // server has answered, the other half has come, too.
-    const auto focus =
-        connection_->answer(xcb_get_input_focus_reply, xcb_get_input_focus(connection_->get()),
-                            "GetInputFocus", connection_->root());
+    const auto focus = connection_->waitForReply(xcb_get_input_focus_reply,
+                                                 xcb_get_input_focus(connection_->get()),
+                                                 "GetInputFocus", connection_->root());
     while (const Event event = connection_->nextEvent()) {
       handle(*event);
       unsettled_ = true;
@@ -363,7 +361,7 @@ void X11WindowSystem::settleFocus() {
   const auto focused = static_cast<WindowHandle>(focus_);
   report(focused, [focused](WindowSystemDelegate& delegate) { delegate.focusMoved(focused); });
   if (focused != WindowHandle::None) {
-    timeOfFocus_ = connection_->time();
+    timeOfFocus_ = connection_->serverTime();
     if (!std::exchange(active_, true)) {
       report([focused](WindowSystemDelegate& delegate) { delegate.applicationActivated(focused); });
     }

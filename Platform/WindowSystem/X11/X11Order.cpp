@@ -74,9 +74,9 @@ void X11WindowSystem::settleOrder(Nanoseconds now) {
 std::vector<WindowHandle> X11WindowSystem::order() {
   auto backToFront = windowManager_.order();
   if (!backToFront) {
-    const auto tree = connection_->answer(xcb_query_tree_reply,
-                                          xcb_query_tree(connection_->get(), connection_->root()),
-                                          "QueryTree", connection_->root());
+    const auto tree = connection_->waitForReply(
+        xcb_query_tree_reply, xcb_query_tree(connection_->get(), connection_->root()), "QueryTree",
+        connection_->root());
     if (tree == nullptr) {
       return {};
     }

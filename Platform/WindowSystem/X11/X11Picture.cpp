@@ -5,12 +5,13 @@
 #include <span>
 
 #include "Platform/WindowSystem/X11/PixelFormat.h"
+#include "Platform/WindowSystem/X11/Requests.h"
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 
 namespace vel {
 
-using x11::BrokenPipeGuard;
 using x11::PixelRect;
+using x11::RequestBatch;
 using x11::Window;
 
 namespace {
@@ -63,11 +64,11 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle window) {
   if (seen == nullptr || !seen->ordered || seen->miniaturized) {
     return std::nullopt;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   xcb_connection_t* const x = connection_->get();
   const xcb_screen_t& screen = connection_->screen();
-  const auto size = connection_->answer(xcb_get_geometry_reply, xcb_get_geometry(x, screen.root),
-                                        "GetGeometry", screen.root);
+  const auto size = connection_->waitForReply(
+      xcb_get_geometry_reply, xcb_get_geometry(x, screen.root), "GetGeometry", screen.root);
   if (size == nullptr) {
     return std::nullopt;
   }
@@ -76,7 +77,7 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle window) {
   if (place.width <= 0 || place.height <= 0 || !masks) {
     return std::nullopt;
   }
-  const auto image = connection_->answer(
+  const auto image = connection_->waitForReply(
       xcb_get_image_reply,
       xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, screen.root, static_cast<std::int16_t>(place.x),
                     static_cast<std::int16_t>(place.y), static_cast<std::uint16_t>(place.width),

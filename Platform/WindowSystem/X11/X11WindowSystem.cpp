@@ -8,12 +8,15 @@
 #include <array>
 #include <utility>
 
+#include "Platform/WindowSystem/X11/Requests.h"
+
 namespace vel {
 
 using x11::Atom;
 using x11::BrokenPipeGuard;
 using x11::PixelRect;
 using x11::Property;
+using x11::RequestBatch;
 using x11::Window;
 
 namespace {
@@ -23,8 +26,6 @@ constexpr std::uint32_t kFollowed = XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                                     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
 constexpr std::uint32_t kDragging =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_BUTTON_MOTION;
-
-std::uint32_t unsignedOf(int value) { return static_cast<std::uint32_t>(value); }
 
 }  // namespace
 
@@ -50,7 +51,7 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
       windowManager_(*connection_) {}
 
 X11WindowSystem::~X11WindowSystem() {
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   for (auto& [handle, window] : windows_) {
     letGo(window);
   }
@@ -70,7 +71,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
   if (lost_ || connection_->isBroken()) {
     return WindowHandle::None;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   const xcb_window_t id = connection_->makeId();
   Window& window = windows_[static_cast<WindowHandle>(id)];
   window.id = id;
@@ -84,26 +85,19 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
   const xcb_screen_t& screen = connection_->screen();
   const std::uint32_t background =
       description.kind == WindowKind::Plain ? screen.black_pixel : screen.white_pixel;
-  connection_->sent(
-      xcb_create_window(
-          connection_->get(), XCB_COPY_FROM_PARENT, id, connection_->root(),
-          static_cast<std::int16_t>(window.frame.x), static_cast<std::int16_t>(window.frame.y),
-          static_cast<std::uint16_t>(window.frame.width),
-          static_cast<std::uint16_t>(window.frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background),
-      "CreateWindow", id);
+  x11::createWindow(*connection_, {.id = id, .parent = connection_->root(), .frame = window.frame},
+                    XCB_CW_BACK_PIXEL, {background});
   describe(window, description);
   window.style = std::make_unique<x11::WindowStyle>(*connection_, id, description.kind,
                                                     description.styleMask, window.frame);
   selectEvents(window);  // what has been written so far, we know
   makeCover(window, screen.root_visual, screen.root_depth);
-  connection_->flush();
   return window.handle();
 }
 
 void X11WindowSystem::describe(const Window& window, const WindowDescription& description) {
   const auto set = [this, &window](xcb_atom_t name, Property value) {
-    connection_->setProperty(window.id, name, std::move(value));
+    changeProperty(*connection_, window.id, name, std::move(value));
   };
   const auto atom = [this](Atom name) { return connection_->atom(name); };
   const std::string className = description.className + '\0' + description.className + '\0';
@@ -130,9 +124,9 @@ void X11WindowSystem::describe(const Window& window, const WindowDescription& de
 
 void X11WindowSystem::writeTitle(const Window& window, std::string_view title) {
   const xcb_atom_t utf8 = connection_->atom(Atom::Utf8String);
-  connection_->setProperty(window.id, connection_->atom(Atom::NetWmName),
-                           Property::ofText(utf8, title));
-  connection_->setProperty(window.id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
+  changeProperty(*connection_, window.id, connection_->atom(Atom::NetWmName),
+                 Property::ofText(utf8, title));
+  changeProperty(*connection_, window.id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
 }
 
 void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
@@ -144,17 +138,8 @@ void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint
 // Pointer events of a window can be selected by one program only: it is left to others unless it is
 // needed.
 void X11WindowSystem::selectEvents(const Window& window) {
-  const std::uint32_t events = window.movableByBackground ? kFollowed | kDragging : kFollowed;
-  connection_->sent(
-      xcb_change_window_attributes(connection_->get(), window.id, XCB_CW_EVENT_MASK, &events),
-      "ChangeWindowAttributes", window.id);
-}
-
-void X11WindowSystem::ignoreEvents(xcb_window_t id) {
-  constexpr std::uint32_t kNoEvents = XCB_EVENT_MASK_NO_EVENT;
-  connection_->sent(
-      xcb_change_window_attributes(connection_->get(), id, XCB_CW_EVENT_MASK, &kNoEvents),
-      "ChangeWindowAttributes", id);
+  x11::selectEvents(*connection_, window.id,
+                    window.movableByBackground ? kFollowed | kDragging : kFollowed);
 }
 
 void X11WindowSystem::releaseWindow(WindowHandle window) {
@@ -162,23 +147,21 @@ void X11WindowSystem::releaseWindow(WindowHandle window) {
   if (released == nullptr) {
     return;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   letGo(*released);
   focusLost(released->id);
   std::erase_if(reports_, [window](const Report& report) { return report.window == window; });
   windows_.erase(window);
-  connection_->flush();
 }
 
 void X11WindowSystem::letGo(Window& window) {
   window.cover = nullptr;
   if (window.isOwn()) {
-    connection_->sent(xcb_destroy_window(connection_->get(), window.id), "DestroyWindow",
-                      window.id);
+    destroyWindow(*connection_, window.id);
     return;
   }
   window.style->giveBack();
-  ignoreEvents(window.id);
+  x11::selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
 }
 
 // Putting them on screen
@@ -188,21 +171,20 @@ void X11WindowSystem::orderFront(WindowHandle window) {
   if (shown == nullptr) {
     return;
   }
-  const BrokenPipeGuard guard;
-  configure(*shown, XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE});
+  const RequestBatch batch(*connection_);
+  raiseWindow(*connection_, shown->id);
   if (shown->isOwn() && !shown->ordered) {
     shown->ordered = shown->appears = true;
     shown->miniaturized = false;
     if (shown->kind == WindowKind::Modal) {
       // Written each time: a window manager takes it away from a window that leaves the screen.
       const std::array state{connection_->atom(Atom::NetWmStateModal)};
-      connection_->setProperty(shown->id, connection_->atom(Atom::NetWmState),
-                               Property::ofNumbers(XCB_ATOM_ATOM, state));
+      changeProperty(*connection_, shown->id, connection_->atom(Atom::NetWmState),
+                     Property::ofNumbers(XCB_ATOM_ATOM, state));
     }
-    connection_->sent(xcb_map_window(connection_->get(), shown->id), "MapWindow", shown->id);
+    mapWindow(*connection_, shown->id);
   }
   putInFront(window);
-  connection_->flush();
 }
 
 void X11WindowSystem::orderOut(WindowHandle window) {
@@ -210,7 +192,7 @@ void X11WindowSystem::orderOut(WindowHandle window) {
   if (hidden == nullptr) {
     return;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   hidden->wantsFocus = false;
   if (drag_.window == hidden->id) {
     drag_ = {};
@@ -218,14 +200,13 @@ void X11WindowSystem::orderOut(WindowHandle window) {
   if (hidden->isOwn() && hidden->ordered) {
     hidden->ordered = hidden->appears = false;
     hidden->miniaturized = false;
-    connection_->sent(xcb_unmap_window(connection_->get(), hidden->id), "UnmapWindow", hidden->id);
-    windowManager_.tellWithdrawn(hidden->id);
+    unmapWindow(*connection_, hidden->id);
+    sendWithdrawn(*connection_, hidden->id);
     if (focus_ == hidden->id) {
       focus_ = focusTold_ = XCB_WINDOW_NONE;
     }
   }
   hidden->cover->show({}, hidden->frame);
-  connection_->flush();
 }
 
 void X11WindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
@@ -233,13 +214,12 @@ void X11WindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized
   if (changed == nullptr) {
     return;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   if (miniaturized) {
     windowManager_.askToIconify(changed->id);
   } else {
-    connection_->sent(xcb_map_window(connection_->get(), changed->id), "MapWindow", changed->id);
+    mapWindow(*connection_, changed->id);
   }
-  connection_->flush();
 }
 
 // While another application has the focus, a request is as old as ours of it was: whether that is
@@ -253,10 +233,10 @@ void X11WindowSystem::requestFocus(WindowHandle window) {
     report(window, [window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); });
     return;
   }
-  const BrokenPipeGuard guard;
+  const RequestBatch batch(*connection_);
   if (windowManager_.activatesWindows()) {
     const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
-    const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->time();
+    const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->serverTime();
     windowManager_.askToActivate(wanted->id, time);
   } else {
     for (auto& [handle, other] : windows_) {
@@ -267,79 +247,62 @@ void X11WindowSystem::requestFocus(WindowHandle window) {
       settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
     }
   }
-  connection_->flush();
 }
 
 // How they look
-
-void X11WindowSystem::configure(const Window& window, std::uint16_t mask,
-                                const std::vector<std::uint32_t>& values) {
-  connection_->sent(xcb_configure_window(connection_->get(), window.id, mask, values.data()),
-                    "ConfigureWindow", window.id);
-}
 
 void X11WindowSystem::moveTo(Window& window, PixelRect frame) {
   frame.width = std::max(frame.width, 1);
   frame.height = std::max(frame.height, 1);
   window.frame = frame;
   window.style->sizeChanged(frame);
-  configure(window,
-            XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
-                XCB_CONFIG_WINDOW_HEIGHT,
-            {unsignedOf(frame.x), unsignedOf(frame.y), unsignedOf(frame.width),
-             unsignedOf(frame.height)});
+  moveResizeWindow(*connection_, window.id, frame);
 }
 
 void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
   if (Window* const changed = find(window)) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     moveTo(*changed, coordinates_.pixels(frame));
-    connection_->flush();
   }
 }
 
 void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
   if (const Window* const changed = find(window)) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     writeTitle(*changed, title);
-    connection_->flush();
   }
 }
 
 void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
   if (Window* const changed = find(window)) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     changed->style->set(styleMask, changed->frame);
     reportOwnersStyle(*changed);
     changed->controlsTold.reset();
     changed->controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;
-    connection_->flush();
   }
 }
 
 void X11WindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
   Window* const changed = find(window);
   if (changed != nullptr && changed->isOwn() && changed->movableByBackground != movable) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     changed->movableByBackground = movable;
     selectEvents(*changed);
-    connection_->flush();
   }
 }
 
 void X11WindowSystem::setScene(WindowHandle window, const Scene& scene) {
   if (Window* const changed = find(window)) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     changed->cover->show(scene, changed->frame);
-    connection_->flush();
   }
 }
 
 void X11WindowSystem::setModalWindow(WindowHandle window) {
   if (std::exchange(modal_, window) != window) {
-    const BrokenPipeGuard guard;
+    const RequestBatch batch(*connection_);
     shieldWindows();
-    connection_->flush();
   }
 }
 

@@ -101,11 +101,8 @@ class X11WindowSystem final : public WindowSystem {
   void checkConnection();
   void letGo(x11::Window& window);
   void selectEvents(const x11::Window& window);
-  void ignoreEvents(xcb_window_t id);
   void describe(const x11::Window& window, const WindowDescription& description);
   void writeTitle(const x11::Window& window, std::string_view title);
-  void configure(const x11::Window& window, std::uint16_t mask,
-                 const std::vector<std::uint32_t>& values);
   void moveTo(x11::Window& window, x11::PixelRect frame);
   void shieldWindows();
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth);

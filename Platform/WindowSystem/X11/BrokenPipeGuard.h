@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel::x11 {
+
+/// Prevents SIGPIPE from ending the process. XCB raises SIGPIPE when it writes to a connection that
+/// the server has closed. The guard blocks the signal on the calling thread, and restores the
+/// thread's signal mask when it is destroyed. A scope that may write to the connection holds one;
+/// `RequestBatch` includes one.
+class BrokenPipeGuard final : public NonCopyable {
+ public:
+  BrokenPipeGuard();
+  ~BrokenPipeGuard();
+
+ private:
+  bool hasBlockedSignal_ = false;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace vel::x11 {
+
+/// A rectangle in whole pixels; y grows downwards from the upper left corner.
+struct PixelRect {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+  bool operator==(const PixelRect&) const = default;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,78 @@
+// The requests of the core protocol that the back end sends. Each is named after its request. None
+// of them blocks. An error that the server returns later is logged with the request's name.
+#pragma once
+
+#include <xcb/xproto.h>
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/X11/BrokenPipeGuard.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
+
+namespace vel::x11 {
+
+/// A scope that sends requests: flushes the connection at its end, and guards against SIGPIPE.
+class RequestBatch final : public NonCopyable {
+ public:
+  explicit RequestBatch(Connection& connection) : connection_(connection) {}
+  ~RequestBatch() { connection_.flush(); }
+
+ private:
+  Connection& connection_;
+  BrokenPipeGuard guard_;  // destroyed after the flush
+};
+
+/// While an object of this class exists, the server processes no other client's requests. Hold it
+/// for a few requests only. Flushes the connection at its end.
+class ServerGrab final : public NonCopyable {
+ public:
+  explicit ServerGrab(Connection& connection);
+  ~ServerGrab();
+
+ private:
+  Connection& connection_;
+};
+
+/// What CreateWindow needs. The visual and the depth are those of the parent.
+struct NewWindow {
+  xcb_window_t id = XCB_WINDOW_NONE;
+  xcb_window_t parent = XCB_WINDOW_NONE;
+  PixelRect frame;
+  xcb_window_class_t windowClass = XCB_WINDOW_CLASS_INPUT_OUTPUT;
+};
+
+/// `attributes` is a mask of XCB_CW_…; `values` has one value for each bit, lowest bit first.
+void createWindow(Connection& connection, const NewWindow& window, std::uint32_t attributes,
+                  std::initializer_list<std::uint32_t> values);
+void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t attributes,
+                            std::initializer_list<std::uint32_t> values);
+/// Sets which events this connection receives for the window, a mask of XCB_EVENT_MASK_….
+void selectEvents(Connection& connection, xcb_window_t window, std::uint32_t events);
+void destroyWindow(Connection& connection, xcb_window_t window);
+void mapWindow(Connection& connection, xcb_window_t window);
+void unmapWindow(Connection& connection, xcb_window_t window);
+/// `fields` is a mask of XCB_CONFIG_WINDOW_…; `values` has one value for each bit, lowest bit
+/// first.
+void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t fields,
+                     std::initializer_list<std::uint32_t> values);
+void moveResizeWindow(Connection& connection, xcb_window_t window, PixelRect frame);
+/// Puts the window above all its siblings.
+void raiseWindow(Connection& connection, xcb_window_t window);
+/// Fills the window with its background.
+void clearWindow(Connection& connection, xcb_window_t window);
+void setInputFocus(Connection& connection, xcb_window_t window);
+/// Sets a property, or deletes it if there is no value.
+void changeProperty(Connection& connection, xcb_window_t window, xcb_atom_t name,
+                    const std::optional<Property>& value);
+/// Sends a client message about `window` to the window manager, through the root window.
+void sendToWindowManager(Connection& connection, xcb_window_t window, Atom message,
+                         const std::array<std::uint32_t, 5>& data);
+/// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
+void sendWithdrawn(Connection& connection, xcb_window_t window);
+
+}  // namespace vel::x11
