@@ -8,8 +8,8 @@
 #include "Bindings/C/JsonParameters.h"
 #include "Fuzz/Fuzz.h"
 #include "Fuzz/SlowNumber.h"
-#include "Host/Play/HostObjects.h"
-#include "Host/Play/VirtualStage.h"
+#include "Host/Play/Player/HeadlessPlatform.h"
+#include "Host/Play/Player/HostObjects.h"
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/Foundation/NSLog.h"
 
@@ -70,7 +70,7 @@ Outcome expectedOf(const nlohmann::json& parameters) {
 
 // Does the request; the manager and its content have to agree with the configuration.
 Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
-  const host::VirtualStage stage({10, 14, 0});
+  const host::HeadlessPlatform stage({10, 14, 0});
   Outcome outcome;
   setNSLogSink([&outcome](std::string_view line) { outcome.logged += line; });
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "Fuzz/Fuzz.h"
-#include "Host/Play/Player.h"
-#include "Host/Play/ScenarioReader.h"
+#include "Host/Play/Player/Player.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
 
 namespace vel::fuzz {
 
@@ -16,8 +16,8 @@ constexpr Nanoseconds kLongestPlay = 60 * kNanosecondsPerSecond;
 
 class Trace final : public host::PlayListener {
  public:
-  void happened(const host::TraceLine& line) override { text += traceText(line) + "\n"; }
-  void settled(const host::PlayState& /*state*/) override {}
+  void traceLineAdded(const host::TraceLine& line) override { text += traceText(line) + "\n"; }
+  void stateReached(const host::PlayState& /*state*/) override {}
   std::string text;
 };
 

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <string>
 
+#include "Host/Command.h"
 #include "Host/Play/PlayCommand.h"
 #include "Host/Show/ShowCommand.h"
 
@@ -66,7 +67,7 @@ int runCommandLine(int argc, const char* const* argv) {
     return badUsage(error.what());
   } catch (const std::exception& error) {
     std::cerr << "launchscreen: " << error.what() << std::endl;
-    return kExitRefused;
+    return kExitFailure;
   }
 }
 

@@ -11,9 +11,9 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "Host/Play/Player.h"
-#include "Host/Play/ScenarioReader.h"
-#include "Host/Play/TimelineSvg.h"
+#include "Host/Play/Player/Player.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
+#include "Host/Play/Timeline/TimelineSvg.h"
 
 namespace vel::host {
 
@@ -42,15 +42,15 @@ std::string readFile(const std::string& name) {
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
-  void happened(const TraceLine& line) override {
+  void traceLineAdded(const TraceLine& line) override {
     out_ << traceText(line) << '\n';
     if (timeline_ != nullptr) {
-      timeline_->happened(line);
+      timeline_->traceLineAdded(line);
     }
   }
-  void settled(const PlayState& state) override {
+  void stateReached(const PlayState& state) override {
     if (timeline_ != nullptr) {
-      timeline_->settled(state);
+      timeline_->stateReached(state);
     }
   }
 
@@ -106,7 +106,7 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
   if (picture) {
     picture->write(piped ? name : std::filesystem::path(options.file).stem().string());
   }
-  return outcome == PlayOutcome::Ended ? kExitEnded : kExitPlayBrokeOff;
+  return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
 }
 
 void addPlayCommand(CLI::App& program, CommandRun& chosen) {

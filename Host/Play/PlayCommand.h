@@ -5,12 +5,12 @@
 #include <optional>
 #include <string>
 
-#include "Host/CommandLine.h"
+#include "Host/Command.h"
 
 namespace vel::host {
 
 /// What the process answers when the play broke off.
-inline constexpr int kExitPlayBrokeOff = 3;
+inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
   /// The scenario's file; "-" is standard input.

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-#include "Host/CommandLine.h"
+#include "Host/Command.h"
 
 namespace vel::host {
 

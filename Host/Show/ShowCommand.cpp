@@ -52,7 +52,7 @@ int failed(const std::string& failure) {
   if (!failure.empty()) {
     std::cerr << "launchscreen: " << failure << std::endl;
   }
-  return kExitRefused;
+  return kExitFailure;
 }
 
 int show(const ShowOptions& options) {
@@ -75,12 +75,12 @@ int show(const ShowOptions& options) {
     loop.onEnter([&session] { session->skip(); });
   }
   int signal = loop.runUntil([&session] { return session->passEnded(); });
-  if (signal == 0 && isSeen && !options.window && session->outcome()->status == kExitEnded) {
+  if (signal == 0 && isSeen && !options.window && session->outcome()->status == kExitSuccess) {
     // The user is to see the player come back. Its pictures keep the loop going.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kTimeForThePlayer;
     signal = loop.runUntil([&runLoop, &session, end] {
-      return runLoop.now() >= end || session->outcome()->status != kExitEnded;
+      return runLoop.now() >= end || session->outcome()->status != kExitSuccess;
     });
   }
   session->giveBack();
@@ -89,10 +89,10 @@ int show(const ShowOptions& options) {
   console->finish();
 
   if (signal != 0) {
-    return kExitSignalled + signal;
+    return kExitSignalBase + signal;
   }
   const ShowOutcome outcome = session->outcome().value_or(ShowOutcome());
-  return outcome.status == kExitEnded ? kExitEnded : failed(outcome.failure);
+  return outcome.status == kExitSuccess ? kExitSuccess : failed(outcome.failure);
 }
 
 // "1280x720", say; both sides positive.

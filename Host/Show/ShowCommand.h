@@ -1,7 +1,7 @@
 // `launchscreen show`: plays the host of a launch screen.
 #pragma once
 
-#include "Host/CommandLine.h"
+#include "Host/Command.h"
 
 namespace vel::host {
 

@@ -190,7 +190,7 @@ bool ShowSession::passEnded() {
       outcome_ = ShowOutcome{};
       if (screenshotDue_) {
         outcome_ =
-            ShowOutcome{kExitRefused, "the launch screen went before its middle: no screenshot"};
+            ShowOutcome{kExitFailure, "the launch screen went before its middle: no screenshot"};
       }
     } else if (!manager_->eventWasSended()) {
       // Only while a required window is key is the event recorded, and there is none any more.
@@ -268,7 +268,7 @@ void ShowSession::eventRecorded(std::string_view event) {
 
 // Also after a good end, while the user is to see the player.
 void ShowSession::displayLost(std::string_view reason) {
-  if (outcome_ && outcome_->status == kExitEnded) {
+  if (outcome_ && outcome_->status == kExitSuccess) {
     outcome_.reset();
   }
   fail("the display is lost: " + std::string(reason));
@@ -293,7 +293,7 @@ void ShowSession::takeScreenshot() {
 
 void ShowSession::fail(std::string failure) {
   if (!outcome_) {
-    outcome_ = ShowOutcome{kExitRefused, std::move(failure)};
+    outcome_ = ShowOutcome{kExitFailure, std::move(failure)};
   }
 }
 

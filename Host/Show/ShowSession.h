@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "Host/CommandLine.h"
+#include "Host/Command.h"
 #include "Host/Show/Console.h"
 #include "Host/Show/ContentRequests.h"
 #include "Host/Show/EventsFile.h"
@@ -18,7 +18,7 @@ namespace vel::host {
 
 /// How a session ended.
 struct ShowOutcome {
-  ExitStatus status = kExitEnded;
+  ExitStatus status = kExitSuccess;
   /// One line for the user; empty where nothing failed, or where the library has said it already.
   std::string failure;
 };

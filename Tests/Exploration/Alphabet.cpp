@@ -4,8 +4,8 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "Host/Play/JsonText.h"
-#include "Host/Play/ScenarioReader.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
+#include "Host/Play/Trace/JsonWriter.h"
 
 namespace vel::exploration {
 

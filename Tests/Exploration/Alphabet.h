@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Host/Play/Scenario.h"
+#include "Host/Play/Scenario/Scenario.h"
 
 namespace vel::exploration {
 

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <map>
 
-#include "Host/Play/ScenarioReader.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
 #include "Tests/Exploration/Explorer.h"
 #include "Tests/Exploration/Invariants.h"
 #include "Tests/Exploration/StateKey.h"

@@ -116,12 +116,12 @@ NSWindowStyleMask Stage::givenStyle(const NSWindow& window) const {
 
 // Watching
 
-void Stage::happened(const host::TraceLine& line) {
+void Stage::traceLineAdded(const host::TraceLine& line) {
   moment(&line.event);
   std::visit([this](const auto& event) { note(event); }, line.event);
 }
 
-void Stage::settled(const host::PlayState& /*state*/) {
+void Stage::stateReached(const host::PlayState& /*state*/) {
   moment(nullptr);
   collect();
   history_.timeLeft = now_.timeLeft;

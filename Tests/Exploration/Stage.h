@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Host/Play/Player.h"
+#include "Host/Play/Player/Player.h"
 #include "Platform/Foundation/NSRunLoop.h"
 #include "Tests/Exploration/Alphabet.h"
 
@@ -106,8 +106,8 @@ class Stage final : private host::PlayListener {
   [[nodiscard]] const Weak<LaunchScreenContent>& mainContent() const { return mainContent_; }
 
  private:
-  void happened(const host::TraceLine& line) override;
-  void settled(const host::PlayState& state) override;
+  void traceLineAdded(const host::TraceLine& line) override;
+  void stateReached(const host::PlayState& state) override;
   void moment(const host::TraceEvent* event);
   void check(Invariant::When when);
   void play(const host::Step& step);

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "Host/Play/Inspection.h"
+#include "Host/Play/Trace/Inspection.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"

@@ -1,0 +1,207 @@
+// What each step of a scenario does.
+#include <future>
+#include <utility>
+
+#include "Host/Play/Player/Player.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Platform/Foundation/Message.h"
+
+namespace vel::host {
+
+namespace {
+
+// Does the work on the thread that the step names, and waits for its end.
+void runOn(StepThread thread, const std::function<void()>& work) {
+  if (thread == StepThread::Main) {
+    work();
+  } else {
+    std::async(std::launch::async, work).get();
+  }
+}
+
+}  // namespace
+
+void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
+  viewDelegate_ = nullptr;
+  if (script) {
+    viewDelegate_ = make<ScriptedViewDelegate>(
+        *script, [this](const ViewDelegateScript& told, ViewOperation operation) {
+          trace::HostCalled called{.operation = operation, .answer = std::nullopt};
+          if (operation == ViewOperation::CanDisappear) {
+            called.answer = told.canDisappear;
+          }
+          tell(called);
+          if (operation == told.deactivateDuring) {
+            manager_->deactivate();
+          }
+        });
+  }
+  // Also on content that the manager has dropped: a cover may still be told by it.
+  send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
+}
+
+Strong<LaunchScreenContent> Player::content(ContentName name) const {
+  return name == ContentName::Main ? manager_->content() : manager_->tempContent();
+}
+
+std::optional<ContentName> Player::contentNameOf(const NSObjectProtocol* content) const {
+  if (content == nullptr) {
+    return std::nullopt;
+  }
+  return content == mainContent_.lock().get() ? ContentName::Main : ContentName::Temporary;
+}
+
+Strong<LaunchScreenViewController> Player::controller() const {
+  return as<LaunchScreenViewController>(
+      send(manager_->content(), &LaunchScreenContent::viewController));
+}
+
+// The manager's service
+
+void Player::perform(const step::Activate& action) {
+  const bool answer = manager_->activate(action.broker ? broker_ : nullptr);
+  tell(trace::Activated{answer});
+}
+
+void Player::perform(const step::Request& action) {
+  Strong<ContentRequest> request;
+  if (action.object == step::Request::Object::Given) {
+    request = make<HostRequest>(action.parameters);
+  }
+  Strong<ContentData> answer;
+  runOn(action.thread, [&] { answer = manager_->contentDataForContentRequest(request); });
+  if (const auto temporary = manager_->tempContent(); answer != nullptr && answer == temporary) {
+    temporaryContents_.push_back(temporary);
+  }
+  tell(trace::ContentDataAnswered{contentNameOf(answer.get())});
+}
+
+void Player::perform(const step::ContentView& action) {
+  const Strong<ContentView> answer = manager_->contentViewForContentData(content(action.content));
+  tell(trace::ContentViewAnswered{contentNameOf(answer.get())});
+}
+
+void Player::perform(const step::Present& action) {
+  const Strong<NSWindow> window = action.window ? names_.window(*action.window) : nullptr;
+  send(content(action.content), &LaunchScreenContent::presentForWindowWithPresentationMode, window,
+       action.mode);
+}
+
+void Player::perform(const step::Dismiss& action) {
+  switch (action.by) {
+    case DismissalRoad::Manager:
+      runOn(action.thread, [this] { manager_->dismissLaunchScreen(); });
+      break;
+    case DismissalRoad::Controller:
+      send(controller(), &LaunchScreenViewController::dismissViewController, controller());
+      break;
+    case DismissalRoad::Content:
+      send(manager_->content(), &LaunchScreenContent::dismissViewController);
+      break;
+  }
+}
+
+void Player::perform(const step::Deactivate& /*action*/) { manager_->deactivate(); }
+
+void Player::perform(const step::Send& action) {
+  switch (action.operation) {
+    case SentOperation::SendAnalyticsEvent:
+      return manager_->sendAnalyticsEvent();
+    case SentOperation::SubscribeAppLifecycle:
+      return manager_->subscribeAppLifecycle();
+    case SentOperation::StartTimer:
+      return manager_->startTimer();
+    case SentOperation::PauseTimer:
+      return manager_->pauseTimer();
+    case SentOperation::StopTimer:
+      return manager_->stopTimer();
+    case SentOperation::CreateActivityIndicator:
+      return send(controller(), &LaunchScreenViewController::createActivityIndicator);
+    case SentOperation::CreateConstraintsActivityIndicator:
+      return send(controller(), &LaunchScreenViewController::createConstraintsActivityIndicator);
+  }
+}
+
+// The configuration
+
+void Player::perform(const step::Configure& action) {
+  const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
+  if (action.skipMode) {
+    configuration->setSkipMode(*action.skipMode);
+  }
+  if (const auto& event = action.nextEventName) {
+    configuration->setNextEventName(*event ? NSString::stringWithUTF8String(**event) : nullptr);
+  }
+  if (action.expirationTimeInterval) {
+    configuration->setExpirationTimeInterval(*action.expirationTimeInterval);
+  }
+  if (action.viewController) {
+    configuration->setViewController(*action.viewController ? LaunchScreenViewController::init()
+                                                            : nullptr);
+  }
+}
+
+void Player::perform(const step::ReplaceConfiguration& /*action*/) {
+  LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
+}
+
+void Player::perform(const step::ViewDelegate& action) { setViewDelegate(action.script); }
+
+// Windows and the application
+
+void Player::perform(const step::OpenWindow& action) { windows_.push_back(open(action.script)); }
+
+void Player::perform(const step::CloseWindow& action) {
+  send(names_.window(action.window), &NSWindow::close);
+}
+
+void Player::perform(const step::MakeKey& action) {
+  send(names_.window(action.window), &NSWindow::makeKeyWindow);
+}
+
+void Player::perform(const step::Miniaturize& action) {
+  send(names_.window(action.window), &NSWindow::miniaturize);
+}
+
+void Player::perform(const step::Deminiaturize& action) {
+  send(names_.window(action.window), &NSWindow::deminiaturize);
+}
+
+void Player::perform(const step::ResignKey& /*action*/) { stage_.user().userMovesFocusAway(); }
+
+void Player::perform(const step::DeactivateApp& /*action*/) {
+  stage_.user().userDeactivatesApplication();
+}
+
+void Player::perform(const step::ActivateApp& /*action*/) {
+  stage_.user().userActivatesApplication();
+}
+
+void Player::perform(const step::StopModal& /*action*/) { NSApp->stopModal(); }
+
+void Player::perform(const step::PresentOver& /*action*/) {
+  const auto over = make<HostViewController>("NSViewController");
+  send(controller(), &NSViewController::presentViewControllerAsSheet, over);
+  presentedOver_.push_back(over);
+}
+
+void Player::perform(const step::DismissOver& /*action*/) {
+  // The latest that is still up. It is sent its own dismissal: the cover's is guarded.
+  while (!presentedOver_.empty()) {
+    const Strong<NSViewController> over = presentedOver_.back();
+    presentedOver_.pop_back();
+    if (over->view()->window() != nullptr) {
+      over->dismissViewController(over);
+      return;
+    }
+  }
+}
+
+void Player::perform(const step::RunLoopMode& action) { NSApp->setRunLoopMode(action.mode); }
+
+void Player::perform(const step::Inspect& /*action*/) {
+  tell(trace::Inspected{inspect(*manager_, names_)});
+}
+
+}  // namespace vel::host

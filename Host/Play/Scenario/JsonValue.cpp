@@ -1,0 +1,119 @@
+#include "Host/Play/Scenario/JsonValue.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vel::host {
+
+using Json = nlohmann::json;
+
+void JsonValue::refuse(std::string_view expected) const {
+  throw ScenarioError(place_, std::string(expected) + (isGiven() ? "" : ", which is missing"));
+}
+
+bool JsonValue::boolean() const {
+  if (!isGiven() || !json_->is_boolean()) {
+    refuse("true or false");
+  }
+  return json_->get<bool>();
+}
+
+std::string JsonValue::text(std::string_view expected) const {
+  if (!isGiven() || !json_->is_string()) {
+    refuse(expected);
+  }
+  return json_->get<std::string>();
+}
+
+std::optional<std::string> JsonValue::textOrNull(std::string_view expected) const {
+  if (isNull()) {
+    return std::nullopt;
+  }
+  return text(expected);
+}
+
+double JsonValue::number() const {
+  if (!isGiven() || !json_->is_number()) {
+    refuse("a number");
+  }
+  return json_->get<double>();
+}
+
+double JsonValue::numberOrWord() const {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  static constexpr NamedValue<double> kWords[] = {
+      {"nan", std::numeric_limits<double>::quiet_NaN()},
+      {"inf", kInfinity},
+      {"-inf", -kInfinity},
+  };
+  if (isGiven() && json_->is_number()) {
+    return number();
+  }
+  for (const NamedValue<double>& word : kWords) {
+    if (isGiven() && *json_ == word.name) {
+      return word.value;
+    }
+  }
+  refuse(R"(a number, "nan", "inf" or "-inf")");
+}
+
+std::int64_t JsonValue::integer(std::int64_t least, std::int64_t greatest) const {
+  if (isGiven() && json_->is_number_integer()) {
+    const auto number = json_->get<std::int64_t>();
+    // Beyond the signed range it would come out negative.
+    const bool fits = !json_->is_number_unsigned() || number >= 0;
+    if (fits && number >= least && number <= greatest) {
+      return number;
+    }
+  }
+  refuse("an integer from " + std::to_string(least) + " to " + std::to_string(greatest));
+}
+
+std::uint64_t JsonValue::unsigned64() const {
+  if (!isGiven() || !json_->is_number_unsigned()) {
+    refuse("an integer from 0 to 18446744073709551615");
+  }
+  return json_->get<std::uint64_t>();
+}
+
+std::vector<JsonValue> JsonValue::elements(std::string_view expected) const {
+  if (!isGiven() || !json_->is_array()) {
+    refuse(expected);
+  }
+  std::vector<JsonValue> values;
+  for (std::size_t index = 0; index < json_->size(); ++index) {
+    values.emplace_back(&(*json_)[index], place_.element(index));
+  }
+  return values;
+}
+
+JsonMembers::JsonMembers(JsonValue object, std::string_view expected) : object_(std::move(object)) {
+  if (!object_.isGiven() || !object_.json().is_object()) {
+    object_.refuse(expected);
+  }
+}
+
+JsonValue JsonMembers::operator[](std::string_view name) {
+  asked_.push_back(name);
+  const auto found = object_.json().find(name);
+  return {found == object_.json().end() ? nullptr : &*found, object_.place().member(name)};
+}
+
+void JsonMembers::refuseOthers() const {
+  for (const auto& [name, value] : object_.json().items()) {
+    if (std::ranges::find(asked_, name) == asked_.end()) {
+      throw ScenarioError(object_.place().member(name),
+                          "no such member, but only " + oneOfThese(asked_));
+    }
+  }
+}
+
+std::string oneOfThese(const std::vector<std::string_view>& names) {
+  std::string text = names.size() == 1 ? "" : "one of ";
+  for (std::size_t index = 0; index < names.size(); ++index) {
+    text += (index == 0 ? "\"" : ", \"") + std::string(names[index]) + "\"";
+  }
+  return text;
+}
+
+}  // namespace vel::host

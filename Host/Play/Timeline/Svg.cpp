@@ -1,0 +1,101 @@
+#include "Host/Play/Timeline/Svg.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace vel::host {
+
+namespace {
+
+// To a hundredth, which no eye sees.
+std::string number(double value) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.2f", value);
+  std::string shorter = text;
+  shorter.erase(shorter.find_last_not_of('0') + 1);
+  if (shorter.back() == '.') {
+    shorter.pop_back();
+  }
+  return shorter;
+}
+
+// XML has no way to write control characters and the two that are none.
+bool isWritable(std::string_view rest) {
+  constexpr std::string_view kNoCharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
+  return static_cast<unsigned char>(rest.front()) >= ' ' && !rest.starts_with(kNoCharacters[0]) &&
+         !rest.starts_with(kNoCharacters[1]);
+}
+
+std::string escaped(std::string_view text) {
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const std::string_view rest = text.substr(at);
+    if (!isWritable(rest)) {
+      result += "\uFFFD";
+      at += rest.front() == '\xEF' ? 2U : 0U;
+    } else if (text[at] == '&') {
+      result += "&amp;";
+    } else if (text[at] == '<') {
+      result += "&lt;";
+    } else if (text[at] == '"') {
+      result += "&quot;";
+    } else if (text[at] == '>') {
+      result += "&gt;";
+    } else {
+      result += text[at];
+    }
+  }
+  return result;
+}
+
+std::string attribute(std::string_view name, double value) {
+  return std::string(" ").append(name).append("=\"").append(number(value)).append("\"");
+}
+
+std::string opening(std::string_view element, std::string_view look) {
+  return std::string("<").append(element).append(" class=\"").append(look).append("\"");
+}
+
+}  // namespace
+
+void Svg::rect(std::string_view look, const PictureRect& rect) {
+  elements_ += opening("rect", look) + attribute("x", rect.x) + attribute("y", rect.y) +
+               attribute("width", rect.width) + attribute("height", rect.height) + "/>\n";
+}
+
+void Svg::line(std::string_view look, PicturePoint from, PicturePoint to) {
+  path(look, {from, to});
+}
+
+void Svg::dot(std::string_view look, PicturePoint middle, double radius) {
+  elements_ += opening("circle", look) + attribute("cx", middle.x) + attribute("cy", middle.y) +
+               attribute("r", radius) + "/>\n";
+}
+
+void Svg::path(std::string_view look, const std::vector<PicturePoint>& points) {
+  elements_ += opening("path", look) + " d=\"";
+  for (const PicturePoint& point : points) {
+    elements_ += &point == points.data() ? "M" : "L";
+    elements_ += number(point.x) + " " + number(point.y);
+  }
+  elements_ += "\"/>\n";
+}
+
+void Svg::text(std::string_view look, PicturePoint at, Anchor anchor, std::string_view text) {
+  elements_ += opening("text", look) + attribute("x", at.x) + attribute("y", at.y);
+  if (anchor != Anchor::Start) {
+    elements_ += anchor == Anchor::Middle ? " text-anchor=\"middle\"" : " text-anchor=\"end\"";
+  }
+  elements_ += ">" + escaped(text) + "</text>\n";
+}
+
+std::string Svg::picture(double width, double height, std::string_view name,
+                         std::string_view styleSheet) const {
+  std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
+  svg += attribute("width", width) + attribute("height", height);
+  svg += " viewBox=\"0 0 " + number(width) + " " + number(height) + "\"";
+  svg += R"( role="img" aria-label=")" + escaped(name) + "\">\n<style>\n";
+  return svg.append(styleSheet).append("</style>\n").append(elements_).append("</svg>\n");
+}
+
+}  // namespace vel::host

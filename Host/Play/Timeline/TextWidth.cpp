@@ -1,0 +1,60 @@
+#include "Host/Play/Timeline/TextWidth.h"
+
+#include <cstdint>
+
+namespace vel::host {
+
+namespace {
+
+constexpr double kThousandths = 1000;
+// From the space to the tilde, in thousandths of the font's size.
+constexpr std::uint16_t kAsciiWidths[] = {
+    318, 401, 460, 838, 636, 950, 780, 275, 390, 390, 500, 838, 318, 361,  318, 337, 636, 636, 636,
+    636, 636, 636, 636, 636, 636, 636, 337, 337, 838, 838, 838, 531, 1000, 684, 686, 698, 770, 632,
+    575, 775, 752, 295, 295, 656, 557, 863, 748, 787, 603, 787, 695, 635,  611, 732, 684, 989, 685,
+    611, 685, 390, 337, 390, 838, 500, 500, 613, 635, 550, 635, 615, 352,  635, 634, 278, 278, 579,
+    278, 974, 634, 612, 635, 635, 411, 521, 392, 634, 592, 818, 592, 592,  525, 636, 337, 636, 838};
+constexpr double kOtherWidth = 1500;
+constexpr std::string_view kEllipsis = "\u2026";
+
+bool goesOn(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+double widthOf(char byte) {
+  if (goesOn(byte)) {
+    return 0;  // its character has been counted
+  }
+  return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kOtherWidth;
+}
+
+}  // namespace
+
+double textWidth(std::string_view text, double fontSize) {
+  double width = 0;
+  for (const char byte : text) {
+    width += widthOf(byte);
+  }
+  return width / kThousandths * fontSize;
+}
+
+std::string shortened(std::string_view text, double fontSize, double width) {
+  if (textWidth(text, fontSize) <= width) {
+    return std::string(text);
+  }
+  const double room = width - textWidth(kEllipsis, fontSize);
+  std::size_t end = 0;
+  double taken = 0;
+  while (end < text.size()) {
+    taken += textWidth(text.substr(end, 1), fontSize);
+    if (taken > room) {
+      break;
+    }
+    ++end;
+  }
+  // A character is taken whole: its first byte brings its width, the others none.
+  while (end > 0 && end < text.size() && goesOn(text[end])) {
+    ++end;
+  }
+  return std::string(text.substr(0, end)).append(kEllipsis);
+}
+
+}  // namespace vel::host

@@ -1,0 +1,250 @@
+#include "Host/Play/Timeline/TimelineSvg.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "Host/Play/Timeline/LabelLayout.h"
+#include "Host/Play/Timeline/Svg.h"
+#include "Host/Play/Timeline/TextWidth.h"
+
+namespace vel::host {
+
+namespace {
+
+constexpr std::string_view kStyleSheet = R"(text{font:13px "DejaVu Sans",Verdana,sans-serif}
+.title{font-size:16px}
+.paper{fill:#fff}text{fill:#1f2328}.quiet{fill:#59636e}
+.line,.frame{stroke:#d1d9e0;fill:none}.frame{stroke:#818b98}
+.label{stroke:#fff;stroke-width:4px;stroke-linejoin:round;paint-order:stroke}
+.falls,.waits{fill:none;stroke:#0969da;stroke-width:2.5px;stroke-linejoin:round}
+.waits{stroke:#59636e;stroke-dasharray:4 3;stroke-width:2px}
+.key{fill:#7fb3e6}.cover{fill:#a58ad6}
+.Request{fill:#0969da}.Script{fill:#59636e}.HostCall{fill:#8250df}.Refusal{fill:#d1242f}
+.WindowStyle{fill:#bc4c00}.Dismissal{fill:#6e40c9}.Event{fill:#1a7f37}
+@media (prefers-color-scheme:dark){
+.paper{fill:#0d1117}text{fill:#f0f6fc}.quiet{fill:#9198a1}
+.line{stroke:#30363d}.frame{stroke:#656c76}
+.label{stroke:#0d1117}
+.falls{stroke:#58a6ff}.waits{stroke:#9198a1}
+.key{fill:#1f5a99}.cover{fill:#6e50b0}
+.Request{fill:#58a6ff}.Script{fill:#9198a1}.HostCall{fill:#bc8cff}.Refusal{fill:#ff7b72}
+.WindowStyle{fill:#f0883e}.Dismissal{fill:#a371f7}.Event{fill:#3fb950}
+}
+)";
+
+struct LaneLook {
+  TimelineLane lane;
+  std::string_view look;
+  std::string_view name;
+};
+constexpr LaneLook kLanes[] = {
+    {TimelineLane::Request, "Request", "request"},
+    {TimelineLane::Script, "Script", "host and user"},
+    {TimelineLane::HostCall, "HostCall", "host is called"},
+    {TimelineLane::Refusal, "Refusal", "refused"},
+    {TimelineLane::WindowStyle, "WindowStyle", "window style"},
+    {TimelineLane::Dismissal, "Dismissal", "dismissal"},
+    {TimelineLane::Event, "Event", "event"},
+};
+
+constexpr double kWidth = 960;
+constexpr double kMargin = 16;
+constexpr double kLeft = 150;  // where the play begins
+constexpr double kRight = 920;
+constexpr double kFontSize = 13;
+constexpr double kTitleSize = 16;
+constexpr double kTextDrop = 4.5;  // from a text's middle down to its line
+constexpr double kRowHeight = 20;
+constexpr double kLanePadding = 4;
+constexpr double kBandHeight = 12;
+constexpr double kChartHeight = 120;
+constexpr double kMarkRadius = 4;
+constexpr double kLabelDistance = 4;
+constexpr double kLabelGap = 8;
+constexpr double kLongestLabel = (kRight - kLeft) / 2 - 4 * kMarkRadius;
+constexpr int kMostTimes = 7;
+constexpr int kMostHeights = 5;
+
+struct AxisTick {
+  double value = 0;
+  std::string text;
+};
+
+// Round values from 0 to the end, `most` of them after the first, as seconds.
+std::vector<AxisTick> axisTicks(double end, int most) {
+  const double power = std::floor(std::log10(end / most));
+  double step = 0;
+  for (const double factor : {1.0, 2.0, 5.0, 10.0}) {
+    step = factor * std::pow(10, power);
+    if (end / step <= most) {
+      break;
+    }
+  }
+  const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 0.001)));
+  std::vector<AxisTick> ticks;
+  for (int index = 0; index <= most && index * step <= end * 1.0001; ++index) {
+    const double value = index * step;
+    const bool isPlain = step >= 1e-6 && value < 1e7;
+    char text[40];
+    std::snprintf(text, sizeof text, isPlain ? "%.*f s" : "%.*g s", isPlain ? decimals : 3, value);
+    ticks.push_back({.value = value, .text = text});
+  }
+  return ticks;
+}
+
+/// Draws lane under lane.
+class Drawing {
+ public:
+  Drawing(const Timeline& timeline, std::string_view title)
+      : timeline_(timeline), title_(title), seconds_(secondsFromNanoseconds(timeline.end())) {
+    if (seconds_ <= 0) {
+      seconds_ = 1;  // all at one moment: there has to be some width
+    }
+  }
+
+  std::string draw() {
+    drawHead();
+    const double top = bottom_;
+    for (const KeyWindowSpans& key : timeline_.keyWindows()) {
+      drawBand(key.window + " is key", "key", key.spans);
+    }
+    drawBand("covered", "cover", timeline_.covered());
+    drawCountdown();
+    for (const LaneLook& lane : kLanes) {
+      drawMarks(lane);
+    }
+    // What has been drawn says how high the picture is; the ground and the grid lie under it.
+    Svg picture;
+    picture.rect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
+    for (const AxisTick& tick : axisTicks(seconds_, kMostTimes)) {
+      picture.line("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
+    }
+    picture.add(svg_);
+    return picture.picture(kWidth, bottom_ + kMargin, "Timeline of " + title_, kStyleSheet);
+  }
+
+ private:
+  [[nodiscard]] double xOf(double seconds) const {
+    return kLeft + (kRight - kLeft) * seconds / seconds_;
+  }
+  [[nodiscard]] double xOf(Nanoseconds time) const { return xOf(secondsFromNanoseconds(time)); }
+
+  void drawText(std::string_view look, PicturePoint middle, Svg::Anchor anchor,
+                std::string_view text) {
+    svg_.text(look, {middle.x, middle.y + kTextDrop}, anchor, text);
+  }
+
+  void drawHead() {
+    drawText("title", {kMargin, kMargin + kTitleSize / 2}, Svg::Anchor::Start,
+             shortened(title_, kTitleSize, kWidth - 2 * kMargin));
+    const double middle = kMargin + kTitleSize + kRowHeight;
+    drawText("quiet", {kMargin, middle}, Svg::Anchor::Start, "time");
+    for (const AxisTick& tick : axisTicks(seconds_, kMostTimes)) {
+      const double farthest = kWidth - kMargin / 2 - textWidth(tick.text, kFontSize) / 2;
+      drawText("quiet", {std::min(xOf(tick.value), farthest), middle}, Svg::Anchor::Middle,
+               tick.text);
+    }
+    bottom_ = middle + kRowHeight / 2;
+  }
+
+  // The line above a lane and its name in its first row; answers the middle of that row.
+  double beginLane(std::string_view name) {
+    svg_.line("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
+    const double middle = bottom_ + kLanePadding + kRowHeight / 2;
+    drawText("name", {kMargin, middle}, Svg::Anchor::Start,
+             shortened(name, kFontSize, kLeft - kMargin - 2 * kMarkRadius));
+    return middle;
+  }
+
+  void drawNone(double middle) {
+    drawText("quiet label", {kLeft + kLabelGap, middle}, Svg::Anchor::Start, "none");
+  }
+
+  void drawBand(std::string_view name, std::string_view look, const std::vector<TimeSpan>& spans) {
+    const double middle = beginLane(name);
+    for (const TimeSpan& span : spans) {
+      svg_.rect(look, {.x = xOf(span.from),
+                       .y = middle - kBandHeight / 2,
+                       .width = xOf(span.to) - xOf(span.from),
+                       .height = kBandHeight});
+    }
+    if (spans.empty()) {
+      drawNone(middle);
+    }
+    bottom_ = middle + kRowHeight / 2 + kLanePadding;
+  }
+
+  void drawCountdown() {
+    const double head = beginLane("time left");
+    const auto& countdown = timeline_.countdown();
+    if (countdown.empty()) {
+      drawNone(head);
+      bottom_ = head + kRowHeight / 2 + kLanePadding;
+      return;
+    }
+    const double most = std::ranges::max(countdown, {}, &CountdownStretch::leftBefore).leftBefore;
+    const double bottom = head + kRowHeight + kChartHeight;
+    const auto yOf = [&](double left) { return bottom - kChartHeight * (left / most); };
+    for (const AxisTick& tick : axisTicks(most, kMostHeights)) {
+      const double y = yOf(tick.value);
+      svg_.line(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
+      drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
+    }
+    drawText("quiet label", {kLeft + kLabelGap, head}, Svg::Anchor::Start,
+             "falls while it counts, dashed while it waits");
+    // One line for as long as it goes on counting, or waiting: it may jump, but has no gaps.
+    for (auto stretch = countdown.begin(); stretch != countdown.end();) {
+      const bool countsDown = stretch->countsDown;
+      std::vector<PicturePoint> points;
+      Nanoseconds end = stretch->span.from;
+      for (; stretch != countdown.end() && stretch->countsDown == countsDown &&
+             stretch->span.from == end;
+           ++stretch) {
+        points.push_back({xOf(stretch->span.from), yOf(stretch->leftBefore)});
+        points.push_back({xOf(stretch->span.to), yOf(stretch->leftAfter)});
+        end = stretch->span.to;
+      }
+      svg_.path(countsDown ? "falls" : "waits", points);
+    }
+    bottom_ = bottom + kRowHeight / 2 + kLanePadding;
+  }
+
+  void drawMarks(const LaneLook& lane) {
+    const double middle = beginLane(lane.name);
+    LabelLayout layout(kWidth - kMargin / 2, kMarkRadius, kLabelGap);
+    for (const TimelineMark& mark : timeline_.marks()) {
+      if (mark.lane != lane.lane) {
+        continue;
+      }
+      const std::string text = shortened(mark.text, kFontSize, kLongestLabel);
+      const double x = xOf(mark.time);
+      const LabelPlace place = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
+      const double y = middle + static_cast<double>(place.row) * kRowHeight;
+      const bool toTheRight = place.side == LabelPlace::Side::Right;
+      const double distance = kMarkRadius + kLabelDistance;
+      svg_.dot(lane.look, {x, y}, kMarkRadius);
+      drawText("label", {toTheRight ? x + distance : x - distance, y},
+               toTheRight ? Svg::Anchor::Start : Svg::Anchor::End, text);
+    }
+    if (layout.rows() == 0) {
+      drawNone(middle);
+    }
+    const double rows = static_cast<double>(std::max<std::size_t>(layout.rows(), 1));
+    bottom_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
+  }
+
+  const Timeline& timeline_;
+  std::string title_;
+  double seconds_;
+  Svg svg_;
+  double bottom_ = 0;  // of what has been drawn
+};
+
+}  // namespace
+
+std::string timelineSvg(const Timeline& timeline, std::string_view title) {
+  return Drawing(timeline, title).draw();
+}
+
+}  // namespace vel::host

@@ -1,0 +1,85 @@
+#include "Host/Play/Trace/Inspection.h"
+
+#include "Host/Play/Trace/WindowNames.h"
+#include "LaunchScreen/LaunchScreen.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+
+namespace vel::host {
+
+namespace {
+
+Inspection::Configuration inspectConfiguration() {
+  const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
+  const Strong<NSString> event = configuration->nextEventName();
+  return {.viewController = configuration->viewController() != nullptr,
+          .skipMode = configuration->skipMode(),
+          .nextEventName =
+              event == nullptr ? std::nullopt : std::optional(std::string(event->UTF8String())),
+          .expirationTimeInterval = configuration->expirationTimeInterval()};
+}
+
+Inspection::Content inspectContent(const LaunchScreenContent& content) {
+  Inspection::Content found{.state = content.state(),
+                            .error = std::nullopt,
+                            .contentRequest = content.contentRequest() != nullptr};
+  if (const Strong<NSError> error = content.error()) {
+    found.error = {.domain = std::string(error->domain()), .code = error->code()};
+  }
+  return found;
+}
+
+Inspection::Controller inspectController(LaunchScreenViewController& controller,
+                                         WindowNames& names) {
+  const auto delegates = controller.delegates();
+  // Looking must not make the view.
+  const auto window = controller.isViewLoaded() ? controller.view()->window() : nullptr;
+  return {.presentationMode = controller.presentationMode(),
+          .appWindow = names.nameOf(controller.appWindow()),
+          .appWindowStyleMask = controller.appWindowStyleMask(),
+          .delegates = delegates == nullptr ? std::nullopt : std::optional(delegates->count()),
+          .activityIndicator = controller.activityIndicator() != nullptr,
+          .window = names.nameOf(window),
+          .presented = controller.presentedViewControllers().size()};
+}
+
+Inspection::Application inspectApplication(const NSApplication& application, WindowNames& names) {
+  Inspection::Application found{.keyWindow = names.nameOf(application.keyWindow()),
+                                .mainWindow = names.nameOf(application.mainWindow()),
+                                .orderedWindows = {},
+                                .modalWindow = names.nameOf(application.modalWindow()),
+                                .styleMasks = {}};
+  for (const Strong<NSWindow>& window : application.orderedWindows()) {
+    const std::string name = names.nameOf(*window);
+    found.orderedWindows.push_back(name);
+    found.styleMasks[name] = window->styleMask();
+  }
+  return found;
+}
+
+}  // namespace
+
+Inspection inspect(const LaunchScreenManager& manager, WindowNames& names) {
+  Inspection found;
+  found.manager = {
+      .content = manager.content() != nullptr,
+      .tempContent = manager.tempContent() != nullptr,
+      .appIsUnfocused = manager.appIsUnfocused(),
+      .eventWasSended = manager.eventWasSended(),
+      .launchScreenExpirationTimer = manager.launchScreenExpirationTimer() != nullptr,
+      .launchScreenExpirationTimeLeft = manager.launchScreenExpirationTimeLeft(),
+      .launchScreenExpired = manager.launchScreenExpired(),
+      .launchShouldBeClosed = manager.launchShouldBeClosed(),
+  };
+  found.configuration = inspectConfiguration();
+  if (const Strong<LaunchScreenContent> content = manager.content()) {
+    found.content = inspectContent(*content);
+    if (const auto controller = as<LaunchScreenViewController>(content->viewController())) {
+      found.controller = inspectController(*controller, names);
+    }
+  }
+  found.application = inspectApplication(*NSApp, names);
+  return found;
+}
+
+}  // namespace vel::host

@@ -1,0 +1,40 @@
+#include "Host/Play/Trace/JsonWriter.h"
+
+#include <charconv>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace vel::host {
+
+std::string shortestDecimal(double number) {
+  char digits[32];
+  return {digits, std::to_chars(digits, digits + sizeof digits, number).ptr};
+}
+
+void writeJson(std::string& text, double value) {
+  if (std::isnan(value)) {
+    text += R"("nan")";
+  } else if (std::isinf(value)) {
+    text += value > 0 ? R"("inf")" : R"("-inf")";
+  } else {
+    text += shortestDecimal(value);
+  }
+}
+
+void writeJson(std::string& text, std::string_view value) {
+  using Json = nlohmann::json;
+  text += Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void writeJson(std::string& text, std::nullptr_t /*value*/) { text += "null"; }
+
+std::string& JsonObject::nameMember(std::string_view name) {
+  if (hasMembers_) {
+    text_ += ',';
+  }
+  hasMembers_ = true;
+  writeJson(text_, name);
+  return text_ += ':';
+}
+
+}  // namespace vel::host

@@ -1,0 +1,37 @@
+#include "Host/Play/Trace/WindowNames.h"
+
+#include <algorithm>
+
+#include "Host/Play/Scenario/Scenario.h"
+
+namespace vel::host {
+
+void WindowNames::give(const Strong<NSWindow>& window, std::string_view name) {
+  std::erase_if(entries_, [](const Entry& entry) { return entry.window.expired(); });
+  entries_.push_back({window, std::string(name)});
+}
+
+std::string WindowNames::nameOf(NSWindow& window) {
+  const Strong<NSWindow> asked = window.self();
+  const auto found = std::ranges::find_if(
+      entries_, [&asked](const Entry& entry) { return entry.window.lock() == asked; });
+  if (found != entries_.end()) {
+    return found->name;
+  }
+  const bool modal = window.kind() == WindowKind::Modal;
+  std::string name(modal ? kModalWindowName : kSheetName);
+  name += std::to_string(modal ? ++modalWindows_ : ++sheets_);
+  give(asked, name);
+  return name;
+}
+
+std::optional<std::string> WindowNames::nameOf(const Strong<NSWindow>& window) {
+  return window == nullptr ? std::nullopt : std::optional(nameOf(*window));
+}
+
+Strong<NSWindow> WindowNames::window(std::string_view name) const {
+  const auto found = std::ranges::find(entries_, name, &Entry::name);
+  return found == entries_.end() ? nullptr : found->window.lock();
+}
+
+}  // namespace vel::host

@@ -1,0 +1,555 @@
+// What each step of a scenario does.
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "Host/Play/Scenario/ScenarioReader.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSView.h"
+#include "Tests/Host/Play/PlaySupport.h"
+
+namespace vel::host {
+namespace {
+
+using nlohmann::json;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+// What became of the parameter "max_duration_time": the configured interval, or null where the
+// request was refused.
+json intervalFor(const std::string& duration) {
+  const Lines trace =
+      play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
+  const bool refused =
+      linesAfter(trace, "request").back() == R"("answer":{"contentDataForContentRequest:":null}})";
+  return refused ? json() : lastInspection(trace)["configuration"]["expirationTimeInterval"];
+}
+
+// Activate, request, contentView
+
+TEST(PlayStepsTest, ActivateRegistersWithTheBroker) {
+  EXPECT_THAT(linesAfter(play(R"({"do":"activate"})"), "activate"),
+              ElementsAre(R"("registered":["launch_screen"]})", R"("answer":{"activate:":true}})"));
+}
+
+TEST(PlayStepsTest, ActivateWithoutBrokerRegistersNowhere) {
+  EXPECT_THAT(linesAfter(play(R"({"do":"activate","broker":false})"), "activate"),
+              ElementsAre(R"("answer":{"activate:":true}})"));
+}
+
+TEST(PlayStepsTest, RequestMayBeNoneOrHaveNoParameters) {
+  constexpr auto kRefused =
+      R"("log":"LaunchScreenManager (-[LaunchScreenManager parseParameters:]): )"
+      R"(Content request parameters is nil or empty!"})";
+  constexpr auto kNone = R"("answer":{"contentDataForContentRequest:":null}})";
+  EXPECT_THAT(linesAfter(play(R"({"do":"request"})"), "request"), ElementsAre(kRefused, kNone));
+  EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":null})"), "request"),
+              ElementsAre(kRefused, kNone));
+  EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":{}})"), "request"),
+              ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNone));
+}
+
+TEST(PlayStepsTest, ParametersKeepTheirKind) {
+  EXPECT_EQ(intervalFor("5"), 5);
+  EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
+  EXPECT_EQ(intervalFor("-9223372036854775808"), -9223372036854775808.0);
+  EXPECT_EQ(intervalFor("18446744073709551615"), 18446744073709551616.0);
+  EXPECT_EQ(intervalFor("1e300"), "inf");
+  EXPECT_EQ(intervalFor(R"(" 2.5s")"), 2.5);
+  for (const char* neither : {"null", "true", "[5]", R"({"seconds":5})", R"("soon")", "0"}) {
+    EXPECT_EQ(intervalFor(neither), nullptr) << neither;
+  }
+}
+
+TEST(PlayStepsTest, ParametersOfAnotherKindThanTextAreNoText) {
+  const Lines trace =
+      play(R"({"do":"request","parameters":{"mode":["skip"],"event":5,"max_duration_time":5}})");
+  EXPECT_THAT(linesOfKind(trace, "log"),
+              ElementsAre(testing::HasSubstr("Next event name is nil or empty!")));
+  EXPECT_EQ(lastInspection(trace)["configuration"]["skipMode"], false);
+}
+
+TEST(PlayStepsTest, RequestFromABackgroundThreadIsAnsweredBeforeItsContentIsLoaded) {
+  const Lines trace = play(
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"})");
+  EXPECT_THAT(linesAfter(trace, "request"),
+              ElementsAre(R"("answer":{"contentDataForContentRequest:":"main"}})",
+                          R"("state":3,"content":"main"})"));
+}
+
+TEST(PlayStepsTest, RequestWhileCoveredIsAnsweredWithTheTemporaryContent) {
+  const std::string request =
+      covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
+  const Lines trace = play(request, 0, kHostWithController);
+  EXPECT_THAT(linesAfter(trace, "request"),
+              ElementsAre(R"("answer":{"contentDataForContentRequest:":"temporary"}})"));
+  EXPECT_EQ(lastInspection(trace)["manager"]["tempContent"], true);
+  for (const char* content : {"main", "temporary"}) {
+    const Lines viewed = play(request + R"(,{"do":"contentView","content":")" + content + R"("})",
+                              0, kHostWithController);
+    EXPECT_THAT(linesAfter(viewed, "contentView"),
+                ElementsAre(R"("answer":{"contentViewForContentData:":"main"}})"));
+    EXPECT_EQ(lastInspection(viewed)["manager"]["tempContent"], false);
+  }
+}
+
+TEST(PlayStepsTest, AfterDeactivationThereIsNoContent) {
+  const Lines trace = play(
+      R"({"do":"deactivate"},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+      R"({"do":"contentView"})");
+  EXPECT_THAT(linesAfter(trace, "request"),
+              ElementsAre(R"("answer":{"contentDataForContentRequest:":null}})"));
+  EXPECT_THAT(linesAfter(trace, "contentView"),
+              ElementsAre(R"("answer":{"contentViewForContentData:":null}})"));
+  EXPECT_EQ(lastInspection(trace)["content"], nullptr);
+  EXPECT_EQ(lastInspection(trace)["controller"], nullptr);
+}
+
+// Present and dismiss
+
+TEST(PlayStepsTest, PresentCoversTheNamedWindow) {
+  const Lines trace = play(covered(R"({"do":"inspect"})"));
+  EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
+  EXPECT_EQ(lastInspection(trace)["controller"]["appWindow"], "player");
+}
+
+TEST(PlayStepsTest, PresentOverNoWindowShowsNothing) {
+  const Lines trace = play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                           R"({"do":"present","window":null,"mode":0})");
+  EXPECT_THAT(linesOfKind(trace, "cover"), IsEmpty());
+  EXPECT_EQ(lastInspection(trace)["controller"]["window"], nullptr);
+}
+
+TEST(PlayStepsTest, PresentTakesTheModesOfTheHost) {
+  const auto modeOf = [](const std::string& mode) {
+    return lastInspection(
+        play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+             R"({"do":"present","window":"player","mode":)" +
+             mode + "}"))["controller"]["presentationMode"];
+  };
+  EXPECT_EQ(modeOf("0"), 0);
+  EXPECT_EQ(modeOf("1"), 2);
+  EXPECT_EQ(modeOf("2"), 1);
+  EXPECT_EQ(modeOf("-1"), 2);
+}
+
+TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
+  const Lines trace =
+      play(covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                   R"({"do":"present","window":"player","mode":2,"content":"temporary"})"),
+           0, kHostWithController);
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-1","is":"opened"})"));
+  EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
+}
+
+TEST(PlayStepsTest, DismissByTheManagerMarksTheLaunchScreenExpired) {
+  const Lines trace = play(covered(R"({"do":"dismiss","by":"manager"})"));
+  EXPECT_THAT(linesAfter(trace, "dismiss"),
+              ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
+  EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], true);
+}
+
+TEST(PlayStepsTest, DismissFromABackgroundThreadAsksAfterwards) {
+  const Lines trace = play(covered(R"({"do":"dismiss","by":"manager","thread":"background"})"));
+  EXPECT_THAT(linesAfter(trace, "dismiss"),
+              ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
+  EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], true);
+}
+
+TEST(PlayStepsTest, DismissByTheControllerAsksTheDelegates) {
+  const Lines trace = play(covered(R"({"do":"dismiss","by":"controller"})"));
+  EXPECT_THAT(linesAfter(trace, "dismiss"),
+              ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
+  EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], false);
+}
+
+TEST(PlayStepsTest, DismissByTheContentAsksNobody) {
+  const Lines trace = play(covered(R"({"do":"dismiss","by":"content"})"));
+  EXPECT_THAT(linesAfter(trace, "dismiss"), ElementsAre(R"("cover":"viewDidDisappear"})",
+                                                        R"("host":"contentViewDidDisappear:"})"));
+}
+
+TEST(PlayStepsTest, DismissWithoutContentDoesNothing) {
+  for (const char* by : {"manager", "controller", "content"}) {
+    EXPECT_THAT(linesAfter(play(std::string(R"({"do":"deactivate"},{"do":"dismiss","by":")") + by +
+                                R"("})"),
+                           "dismiss"),
+                IsEmpty());
+  }
+}
+
+TEST(PlayStepsTest, DeactivateDropsTheContent) {
+  EXPECT_EQ(lastInspection(play(R"({"do":"deactivate"})"))["manager"]["content"], false);
+}
+
+// Send
+
+TEST(PlayStepsTest, SendRecordsTheEvent) {
+  const Lines trace = play(covered(R"({"do":"send","operation":"sendAnalyticsEvent"})"), 0.5);
+  EXPECT_THAT(trace, Contains(R"({"t":0.500000000,"event":"launch_end"})"));
+}
+
+TEST(PlayStepsTest, SendSubscribesOnceMore) {
+  // A second registration lets the deferred close of skip mode run a second time.
+  const std::string away =
+      R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
+      R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
+      R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false},)"
+      R"({"do":"dismiss","by":"manager"},)";
+  const std::string back = R"({"do":"makeKey","window":"player"})";
+  const std::string subscribe = R"({"do":"send","operation":"subscribeAppLifecycle"},)";
+  EXPECT_EQ(linesOfKind(play(away + back), "host").size(), 3U);
+  EXPECT_EQ(linesOfKind(play(away + subscribe + back), "host").size(), 4U);
+}
+
+TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
+  const auto timer = [](const std::string& operations) {
+    const json manager =
+        lastInspection(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})" +
+                            operations))["manager"];
+    return std::pair(manager["launchScreenExpirationTimer"].get<bool>(),
+                     manager["launchScreenExpirationTimeLeft"].get<double>());
+  };
+  const std::string start = R"(,{"do":"send","operation":"startTimer"})";
+  EXPECT_EQ(timer(""), std::pair(false, 5.0));
+  EXPECT_EQ(timer(start), std::pair(true, 5.0));
+  EXPECT_EQ(timer(start + R"(,{"do":"send","operation":"pauseTimer"})"), std::pair(false, 5.0));
+  EXPECT_EQ(timer(start + R"(,{"do":"send","operation":"stopTimer"})"), std::pair(false, 0.0));
+}
+
+TEST(PlayStepsTest, SendMakesTheIndicator) {
+  EXPECT_EQ(lastInspection(play(kCovered))["controller"]["activityIndicator"], false);
+  EXPECT_EQ(lastInspection(play(covered(
+                R"({"do":"send","operation":"createActivityIndicator"})")))["controller"]
+                                                                           ["activityIndicator"],
+            true);
+}
+
+TEST(PlayStepsTest, SendPinsTheIndicator) {
+  /// Counts the constraints in the cover over the player window.
+  class Watcher final : public PlayListener {
+   public:
+    void traceLineAdded(const TraceLine& /*line*/) override {}
+    void stateReached(const PlayState& /*state*/) override {
+      for (const Strong<NSView>& cover : NSApp->keyWindow()->contentView()->subviews()) {
+        constraints = cover->constraints().size();
+      }
+    }
+    std::size_t constraints = 0;
+  };
+  const std::string steps =
+      R"({"steps":[)" + covered(R"({"do":"send","operation":"createActivityIndicator"})");
+  const auto constraintsAfter = [](const std::string& text) {
+    const Scenario scenario = readScenario(text);
+    Watcher watcher;
+    Player(scenario, watcher).play();
+    return watcher.constraints;
+  };
+  EXPECT_EQ(constraintsAfter(steps + "]}"), 0U);
+  EXPECT_EQ(constraintsAfter(
+                steps + R"(,{"do":"send","operation":"createConstraintsActivityIndicator"}]})"),
+            4U);
+}
+
+// Configure
+
+TEST(PlayStepsTest, ConfigureSetsWhatIsGivenAndNothingElse) {
+  const auto after = [](const std::string& members) {
+    return lastInspection(play(R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
+                               R"("expirationTimeInterval":1.5},{"do":"configure")" +
+                               members + "}"))["configuration"];
+  };
+  EXPECT_EQ(after(""), json::parse(R"({"viewController":false,"skipMode":true,)"
+                                   R"("nextEventName":"e","expirationTimeInterval":1.5})"));
+  EXPECT_EQ(after(R"(,"skipMode":false)")["skipMode"], false);
+  EXPECT_EQ(after(R"(,"nextEventName":null)")["nextEventName"], nullptr);
+  EXPECT_EQ(after(R"(,"nextEventName":"")")["nextEventName"], "");
+  EXPECT_EQ(after(R"(,"expirationTimeInterval":-2)")["expirationTimeInterval"], -2);
+  for (const char* word : {"nan", "inf", "-inf"}) {
+    EXPECT_EQ(after(std::string(R"(,"expirationTimeInterval":")") + word +
+                    R"(")")["expirationTimeInterval"],
+              word);
+  }
+  EXPECT_EQ(after(R"(,"viewController":true)")["viewController"], true);
+  EXPECT_EQ(
+      after(
+          R"(,"viewController":true},{"do":"configure","viewController":false)")["viewController"],
+      false);
+}
+
+TEST(PlayStepsTest, ConfigureMakesTheControllerAfterSettingTheInterval) {
+  const auto made = [](const std::string& interval) {
+    return lastInspection(play(R"({"do":"configure","viewController":true,)"
+                               R"("expirationTimeInterval":)" +
+                               interval + "}"))["configuration"]["viewController"];
+  };
+  EXPECT_EQ(made("0.1"), true);
+  EXPECT_EQ(made(R"("nan")"), true);
+  EXPECT_EQ(made("0"), false) << "its init refuses";
+}
+
+TEST(PlayStepsTest, ConfiguredControllerIsTheOneThatIsPresented) {
+  const Lines trace =
+      play(R"({"do":"configure","expirationTimeInterval":5,"viewController":true},)" +
+           std::string(kCovered));
+  EXPECT_THAT(linesOfKind(trace, "state"), IsEmpty());
+  EXPECT_THAT(linesOfKind(trace, "host"), IsEmpty()) << "the content is no delegate of it";
+  EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
+}
+
+TEST(PlayStepsTest, ReplaceConfigurationSetsAFreshOne) {
+  EXPECT_EQ(lastInspection(play(
+                R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
+                R"("expirationTimeInterval":1},{"do":"replaceConfiguration"})"))["configuration"],
+            json::parse(R"({"viewController":false,"skipMode":false,"nextEventName":null,)"
+                        R"("expirationTimeInterval":0})"));
+}
+
+// The view delegate
+
+TEST(PlayStepsTest, ViewDelegateHasTheOperationsItIsGiven) {
+  const std::string steps = std::string(kCovered) + R"(,{"do":"dismiss","by":"content"})";
+  const auto hostCalls = [&steps](const std::string& delegate) {
+    return linesOfKind(play(steps, 0, R"({"viewDelegate":)" + delegate + "}"), "host");
+  };
+  const std::string willAppear = R"("host":"contentViewWillAppear:"})";
+  const std::string didDisappear = R"("host":"contentViewDidDisappear:"})";
+  EXPECT_THAT(hostCalls("{}"), ElementsAre(willAppear, didDisappear));
+  EXPECT_THAT(hostCalls("null"), IsEmpty());
+  EXPECT_THAT(hostCalls(R"({"operations":[]})"), IsEmpty());
+  EXPECT_THAT(hostCalls(R"({"operations":["contentViewWillAppear:"]})"), ElementsAre(willAppear));
+  EXPECT_THAT(hostCalls(R"({"operations":["contentViewDidDisappear:"]})"),
+              ElementsAre(didDisappear));
+}
+
+TEST(PlayStepsTest, ViewDelegateAnswersAsItIsTold) {
+  const std::string refuses =
+      R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
+  const std::string skip = R"(,{"do":"configure","skipMode":true},)";
+  const Lines trace = play(covered(refuses + skip + R"({"do":"dismiss","by":"manager"})"));
+  EXPECT_THAT(linesAfter(trace, "dismiss"),
+              ElementsAre(R"("host":"canContentViewDisappear:","answer":false})"));
+  EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
+}
+
+TEST(PlayStepsTest, ViewDelegateIsReplacedOrTakenAway) {
+  const std::string dismiss = R"(,{"do":"dismiss","by":"content"})";
+  EXPECT_THAT(
+      linesAfter(play(covered(R"({"do":"viewDelegate","operations":null})" + dismiss)), "dismiss"),
+      Not(Contains(testing::HasSubstr("host"))));
+  EXPECT_THAT(linesAfter(play(covered(R"({"do":"viewDelegate","operations":null},)"
+                                      R"({"do":"viewDelegate"})" +
+                                      dismiss)),
+                         "dismiss"),
+              Contains(R"("host":"contentViewDidDisappear:"})"));
+}
+
+TEST(PlayStepsTest, DeactivatingDuringACallbackBreaksOff) {
+  for (const char* operation :
+       {"contentViewWillAppear:", "canContentViewDisappear:", "contentViewDidDisappear:"}) {
+    const Played played = playScenario(
+        std::string(R"({"host":{"viewDelegate":{"deactivateDuring":")") + operation +
+        R"("}},"steps":[{"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
+        R"({"do":"contentView"},{"do":"present","window":"player","mode":0},)"
+        R"({"at":1,"do":"dismiss","by":"manager","thread":"background"}]})");
+    EXPECT_EQ(played.outcome, PlayOutcome::CollectionMutated) << operation;
+    EXPECT_THAT(played.lines.back(),
+                testing::EndsWith(R"("fatal":"collection mutated while being enumerated"})"));
+    EXPECT_THAT(played.lines[played.lines.size() - 2],
+                testing::HasSubstr(std::string(R"("host":")") + operation));
+  }
+}
+
+// Windows
+
+TEST(PlayStepsTest, OpenWindowOpensInFrontAndNotKey) {
+  const json application =
+      lastInspection(play(R"({"do":"openWindow","name":"tools","styleMask":9})"))["application"];
+  EXPECT_EQ(application, json::parse(R"({"keyWindow":"player","mainWindow":"player",)"
+                                     R"("orderedWindows":["tools","player"],"modalWindow":null,)"
+                                     R"("styleMasks":{"player":15,"tools":9}})"));
+}
+
+TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
+  const Lines trace = play("", 0, R"({"windows":[{"name":"a"},{"name":"b"},{"name":"c"}]})");
+  EXPECT_EQ(trace.size(), 1U) << "nothing of it is told";
+  const json application = lastInspection(trace)["application"];
+  EXPECT_EQ(application["keyWindow"], "a");
+  EXPECT_EQ(application["orderedWindows"], json::parse(R"(["c","b","a"])"));
+}
+
+TEST(PlayStepsTest, WindowHasItsClassAndItsParent) {
+  // While the launch screen is modal, the player window and its children keep the countdown going.
+  const auto pausedBy = [](const std::string& window) {
+    return lastInspection(
+        play(R"({"do":"openWindow","name":"other")" + window +
+                 R"(},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                 R"({"do":"contentView"},{"do":"present","window":"player","mode":2},)"
+                 R"({"do":"makeKey","window":"other"})",
+             0))["manager"]["appIsUnfocused"];
+  };
+  EXPECT_EQ(pausedBy(""), false);
+  EXPECT_EQ(pausedBy(R"(,"className":"ToolWindow")"), true);
+  EXPECT_EQ(pausedBy(R"(,"className":"ToolWindow","parent":"player")"), false);
+}
+
+TEST(PlayStepsTest, WindowHasItsContentViewController) {
+  // Only a window with one notices that it is covered already.
+  const std::string steps =
+      covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
+  EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);
+  EXPECT_EQ(lastInspection(play(steps, 0, kHostWithController))["manager"]["tempContent"], true);
+}
+
+TEST(PlayStepsTest, CloseWindowClosesIt) {
+  const Lines trace =
+      play(R"({"do":"openWindow","name":"b"},{"do":"closeWindow","window":"player"},)"
+           R"({"do":"closeWindow","window":"player"})");
+  EXPECT_THAT(linesOfKind(trace, "becomeKey"), ElementsAre(R"("becomeKey":"b"})"));
+  EXPECT_EQ(lastInspection(trace)["application"]["orderedWindows"], json::parse(R"(["b"])"));
+}
+
+TEST(PlayStepsTest, WindowOfAPresentationIsKnownByItsName) {
+  const std::string steps =
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
+      R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
+      R"({"do":"makeKey","window":"modal-1"},{"do":"closeWindow","window":"modal-1"},)";
+  const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
+  EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
+  const Lines gone = play(steps + R"({"do":"makeKey","window":"modal-1"})");
+  EXPECT_THAT(linesAfter(gone, "makeKey"), IsEmpty());
+}
+
+TEST(PlayStepsTest, MakeKeyMakesAWindowOnScreenKey) {
+  EXPECT_THAT(linesAfter(play(R"({"do":"openWindow","name":"b"},{"do":"makeKey","window":"b"})"),
+                         "makeKey"),
+              ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
+  EXPECT_THAT(linesAfter(play(R"({"do":"openWindow","name":"b"},{"do":"closeWindow","window":"b"},)"
+                              R"({"do":"makeKey","window":"b"})"),
+                         "makeKey"),
+              IsEmpty());
+}
+
+TEST(PlayStepsTest, MiniaturizeTakesAWindowOffTheScreenAndDeminiaturizeBringsItBack) {
+  const std::string miniaturize =
+      R"({"do":"openWindow","name":"b"},{"do":"miniaturize","window":"player"})";
+  const Lines away = play(miniaturize);
+  EXPECT_THAT(linesAfter(away, "miniaturize"),
+              ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
+  EXPECT_EQ(lastInspection(away)["application"]["orderedWindows"], json::parse(R"(["b"])"));
+  const Lines back = play(miniaturize + R"(,{"do":"deminiaturize","window":"player"})");
+  EXPECT_THAT(linesAfter(back, "deminiaturize"), IsEmpty());
+  EXPECT_EQ(lastInspection(back)["application"]["orderedWindows"],
+            json::parse(R"(["player","b"])"));
+  EXPECT_EQ(lastInspection(back)["application"]["keyWindow"], "b");
+}
+
+// The application
+
+TEST(PlayStepsTest, ResignKeyLeavesNoKeyWindow) {
+  const Lines trace = play(R"({"do":"resignKey"})");
+  EXPECT_THAT(linesAfter(trace, "resignKey"), ElementsAre(R"("resignKey":"player"})"));
+  EXPECT_EQ(lastInspection(trace)["application"]["keyWindow"], nullptr);
+  EXPECT_EQ(lastInspection(trace)["application"]["mainWindow"], "player");
+}
+
+TEST(PlayStepsTest, DeactivatedApplicationGetsItsKeyWindowBack) {
+  const Lines trace = play(R"({"do":"deactivateApp"},{"do":"deactivateApp"},{"do":"activateApp"})");
+  EXPECT_THAT(linesOfKind(trace, "resignKey"), ElementsAre(R"("resignKey":"player"})"));
+  EXPECT_THAT(linesAfter(trace, "activateApp"), ElementsAre(R"("becomeKey":"player"})"));
+}
+
+TEST(PlayStepsTest, StopModalEndsTheNewestRun) {
+  const std::string modal = R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                            R"({"do":"present","window":"player","mode":2})";
+  EXPECT_EQ(lastInspection(play(modal))["application"]["modalWindow"], "modal-1");
+  EXPECT_EQ(lastInspection(play(modal + R"(,{"do":"stopModal"})"))["application"]["modalWindow"],
+            nullptr);
+  EXPECT_EQ(play(R"({"do":"stopModal"})").size(), 2U);
+}
+
+TEST(PlayStepsTest, PresentOverAndDismissOverPutASheetOnTheCover) {
+  const std::string over = covered(R"({"do":"presentOver"})");
+  const Lines up = play(over);
+  EXPECT_THAT(linesAfter(up, "presentOver"),
+              ElementsAre(R"("window":"sheet-1","is":"opened"})", R"("resignKey":"player"})",
+                          R"("becomeKey":"sheet-1"})"));
+  EXPECT_EQ(lastInspection(up)["controller"]["presented"], 1);
+  const Lines down = play(over + R"(,{"do":"presentOver"},{"do":"dismissOver"})");
+  EXPECT_THAT(linesAfter(down, "dismissOver"), Contains(R"("window":"sheet-2","is":"closed"})"));
+  EXPECT_EQ(lastInspection(down)["controller"]["presented"], 1);
+}
+
+TEST(PlayStepsTest, DismissOverLeavesAloneWhatHasGone) {
+  const Lines trace = play(covered(
+      R"({"do":"presentOver"},{"do":"presentOver"},{"do":"closeWindow","window":"sheet-2"},)"
+      R"({"do":"dismissOver"})"));
+  EXPECT_THAT(linesAfter(trace, "dismissOver"), Contains(R"("window":"sheet-1","is":"closed"})"));
+  EXPECT_THAT(linesAfter(play(R"({"do":"presentOver"},{"do":"dismissOver"})"), "dismissOver"),
+              IsEmpty());
+}
+
+TEST(PlayStepsTest, RunLoopModeOfEventTrackingHoldsTheCountdown) {
+  const std::string tracking = covered(R"({"at":1,"do":"runLoopMode","mode":"eventTracking"})");
+  EXPECT_EQ(linesOfKind(play(tracking, 2), "tick").size(), 10U);
+  EXPECT_EQ(
+      linesOfKind(play(tracking + R"(,{"at":1.5,"do":"runLoopMode","mode":"default"})", 2), "tick")
+          .size(),
+      16U);  // the late one, at 1.5, is one of them
+}
+
+TEST(PlayStepsTest, ModalRunLeavesEventTrackingAlone) {
+  const std::string steps =
+      R"({"do":"runLoopMode","mode":"eventTracking"},)"
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
+      R"({"do":"present","window":"player","mode":2})";
+  EXPECT_THAT(linesOfKind(play(steps, 2), "tick"), IsEmpty());
+}
+
+TEST(PlayStepsTest, InspectChangesNothing) {
+  const Lines trace = play(R"({"do":"inspect"},{"do":"inspect"})");
+  ASSERT_EQ(trace.size(), 5U);
+  EXPECT_EQ(trace[1], trace[3]);
+  EXPECT_EQ(trace[1], trace[4]);
+}
+
+// Time
+
+TEST(PlayStepsTest, WhatIsDueAtAStepsMomentComesBeforeIt) {
+  const Lines trace = play(covered(R"({"at":0.1,"do":"resignKey"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("tick":4.9})"));
+}
+
+TEST(PlayStepsTest, WhatAStepQueuesForNowComesBeforeTheNext) {
+  const Lines trace = play(
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"},)"
+      R"({"do":"contentView"})");
+  EXPECT_THAT(linesAfter(trace, "request"), Contains(R"("state":3,"content":"main"})"));
+  EXPECT_EQ(lastInspection(trace)["controller"]["delegates"], 2);
+}
+
+TEST(PlayStepsTest, StepWithoutTimeIsAtTheTimeOfTheStepBefore) {
+  const Lines trace = play(R"({"do":"resignKey"},{"at":1.25,"do":"inspect"},{"do":"resignKey"})");
+  EXPECT_THAT(trace, Contains(R"({"t":0.000000000,"do":"resignKey"})"));
+  EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
+}
+
+TEST(PlayStepsTest, PlayEndsNotBeforeItsLastStep) {
+  EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
+              testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
+  EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),
+              testing::StartsWith(R"({"t":1000000.000000000,"inspect":)"));
+}
+
+TEST(PlayStepsTest, ErrorIsSeenUntilTheLoopHasTurned) {
+  const std::string fails = R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
+  EXPECT_EQ(lastInspection(play(fails))["content"]["error"],
+            json::parse(R"({"domain":"LaunchScreen view controller is NIL","code":404})"));
+  EXPECT_EQ(lastInspection(play(fails, 1))["content"]["error"], nullptr);
+}
+
+}  // namespace
+}  // namespace vel::host

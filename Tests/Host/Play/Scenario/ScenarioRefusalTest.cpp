@@ -1,0 +1,305 @@
+// What is no scenario, and how that is told.
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "Host/Play/Scenario/ScenarioReader.h"
+
+namespace vel::host {
+namespace {
+
+std::string refusalOf(std::string_view text) {
+  try {
+    static_cast<void>(readScenario(text));
+  } catch (const ScenarioError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+struct Refusal {
+  const char* fact;
+  const char* scenario;
+  const char* refusal;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.fact; }
+
+class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
+
+TEST_P(ScenarioRefusalTest, NamesThePlaceAndWhatWasExpected) {
+  EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().refusal);
+}
+
+constexpr const char* kOperations =
+    R"(one of "contentViewWillAppear:", "canContentViewDisappear:", "contentViewDidDisappear:")";
+
+std::string factOf(const testing::TestParamInfo<Refusal>& info) { return info.param.fact; }
+
+INSTANTIATE_TEST_SUITE_P(
+    NotJson, ScenarioRefusalTest,
+    testing::Values(
+        Refusal{"Nothing", "",
+                R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 1)"},
+        Refusal{"Blank", " \n ",
+                R"("" (the document): expected well-formed JSON in UTF-8 at line 2, column 2)"},
+        Refusal{"Words", "play it",
+                R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 1)"},
+        Refusal{"CutShort", "{\"steps\":[\n  {\"at\":1",
+                "/steps/0: expected well-formed JSON in UTF-8 at line 2, column 10"},
+        Refusal{"CutShortAfterAName",
+                "{\"until\":", "/until: expected well-formed JSON in UTF-8 at line 1, column 10"},
+        Refusal{"Comment", "{} // all",
+                R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 4)"},
+        Refusal{"SecondDocument", "{}{}",
+                R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 3)"},
+        Refusal{"InvalidUtf8", "{\"steps\":[{\"do\":\"\xc3(\"}]}",
+                "/steps/0/do: expected well-formed JSON in UTF-8 at line 1, column 19"},
+        Refusal{"NumberBeyondADouble", R"({"until":1e999})",
+                "/until: expected a number within the range of a double"},
+        Refusal{"MemberTwice", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
+                "/steps/0/at: expected a member that stands only once in its object"}),
+    factOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Document, ScenarioRefusalTest,
+    testing::Values(
+        Refusal{"Array", "[]", R"("" (the document): expected an object)"},
+        Refusal{"Number", "7", R"("" (the document): expected an object)"},
+        Refusal{"UnknownMember", R"({"actors":[]})",
+                R"(/actors: expected no such member, but only one of "host", "steps", "until")"},
+        Refusal{"MemberNameThatAPointerEscapes", R"({"a/b~c":1})",
+                R"(/a~1b~0c: expected no such member, but only one of "host", "steps", "until")"},
+        Refusal{"MemberNameOfTwoLines", R"({"a\nb":1})",
+                R"(/a\u000ab: expected no such member, but only one of "host", "steps", "until")"},
+        Refusal{"StepsNoArray", R"({"steps":{}})", "/steps: expected an array of steps"},
+        Refusal{"StepNoObject", R"({"steps":["activate"]})", "/steps/0: expected a step"},
+        Refusal{"UntilNoNumber", R"({"until":"late"})", "/until: expected a number"},
+        Refusal{"UntilNegative", R"({"until":-1})",
+                "/until: expected a number of seconds from 0 to 1000000"},
+        Refusal{"UntilTooLate", R"({"until":1000000.5})",
+                "/until: expected a number of seconds from 0 to 1000000"}),
+    factOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Host, ScenarioRefusalTest,
+    testing::Values(
+        Refusal{"NoObject", R"({"host":null})", "/host: expected an object with what the host has"},
+        Refusal{"UnknownMember", R"({"host":{"name":"game"}})",
+                R"(/host/name: expected no such member, but only one of "windows", )"
+                R"("resolverDelegate", "viewDelegate", "osVersion")"},
+        Refusal{"WindowsNoArray", R"({"host":{"windows":{}}})",
+                "/host/windows: expected an array of windows"},
+        Refusal{"WindowNoObject", R"({"host":{"windows":["player"]}})",
+                "/host/windows/0: expected a window"},
+        Refusal{"WindowWithoutName", R"({"host":{"windows":[{}]}})",
+                "/host/windows/0/name: expected the window's name, which is missing"},
+        Refusal{"WindowNameNoText", R"({"host":{"windows":[{"name":1}]}})",
+                "/host/windows/0/name: expected the window's name"},
+        Refusal{"WindowNameTwice", R"({"host":{"windows":[{"name":"a"},{"name":"a"}]}})",
+                "/host/windows/1/name: expected a name that no earlier window has"},
+        Refusal{"WindowNamedAsAModalWindow", R"({"host":{"windows":[{"name":"modal-1"}]}})",
+                "/host/windows/0/name: expected a name that no presentation gives to its window"},
+        Refusal{"WindowNamedAsASheet",
+                R"({"host":{"windows":[{"name":"sheet-99999999999999999999"}]}})",
+                "/host/windows/0/name: expected a name that no presentation gives to its window"},
+        Refusal{"WindowUnknownMember", R"({"host":{"windows":[{"name":"a","title":"A"}]}})",
+                R"(/host/windows/0/title: expected no such member, but only one of "name", )"
+                R"("className", "styleMask", "frame", "contentViewController", "parent")"},
+        Refusal{"ClassNameNoText", R"({"host":{"windows":[{"name":"a","className":null}]}})",
+                "/host/windows/0/className: expected a string"},
+        Refusal{"StyleMaskNegative", R"({"host":{"windows":[{"name":"a","styleMask":-1}]}})",
+                "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
+        Refusal{"StyleMaskTooLarge",
+                R"({"host":{"windows":[{"name":"a","styleMask":18446744073709551616}]}})",
+                "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
+        Refusal{"StyleMaskNoInteger", R"({"host":{"windows":[{"name":"a","styleMask":1.5}]}})",
+                "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
+        Refusal{"FrameOfThree", R"({"host":{"windows":[{"name":"a","frame":[0,0,1]}]}})",
+                "/host/windows/0/frame: expected four numbers: x, y, width and height"},
+        Refusal{"FrameNoArray", R"({"host":{"windows":[{"name":"a","frame":"big"}]}})",
+                "/host/windows/0/frame: expected four numbers: x, y, width and height"},
+        Refusal{"FrameOfText", R"({"host":{"windows":[{"name":"a","frame":[0,0,"1",1]}]}})",
+                "/host/windows/0/frame/2: expected a number"},
+        Refusal{"ContentViewControllerNoText",
+                R"({"host":{"windows":[{"name":"a","contentViewController":true}]}})",
+                "/host/windows/0/contentViewController: expected a string or null"},
+        Refusal{"ParentLater", R"({"host":{"windows":[{"name":"a","parent":"b"},{"name":"b"}]}})",
+                "/host/windows/0/parent: expected the name of an earlier window, or null"},
+        Refusal{"ParentItself", R"({"host":{"windows":[{"name":"a","parent":"a"}]}})",
+                "/host/windows/0/parent: expected the name of an earlier window, or null"},
+        Refusal{"ResolverDelegateUnknown", R"({"host":{"resolverDelegate":"yes"}})",
+                R"(/host/resolverDelegate: expected one of "conforming", "undeclared")"},
+        Refusal{"OsVersionOfTwo", R"({"host":{"osVersion":[10,14]}})",
+                "/host/osVersion: expected three integers: major, minor and patch version"},
+        Refusal{"OsVersionNoInteger", R"({"host":{"osVersion":[10,14.5,0]}})",
+                "/host/osVersion/1: expected an integer from 0 to 9223372036854775807"}),
+    factOf);
+
+TEST(ScenarioReaderTest, ViewDelegateIsHeldToItsOperations) {
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":true}})"),
+            "/host/viewDelegate: expected a view delegate, or null");
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":null}}})"),
+            "/host/viewDelegate/operations: expected an array of operations");
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":["close"]}}})"),
+            std::string("/host/viewDelegate/operations/0: expected ") + kOperations);
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"canDisappear":1}}})"),
+            "/host/viewDelegate/canDisappear: expected true or false");
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"deactivateDuring":"close"}}})"),
+            std::string("/host/viewDelegate/deactivateDuring: expected ") + kOperations);
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":["contentViewWillAppear:"],)"
+                      R"("deactivateDuring":"contentViewDidDisappear:"}}})"),
+            "/host/viewDelegate/deactivateDuring: expected one of the delegate's operations");
+  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"mood":1}}})"),
+            "/host/viewDelegate/mood: expected no such member, but only one of "
+            R"("operations", "canDisappear", "deactivateDuring")");
+}
+
+// Steps: the inside of the array.
+class StepRefusalTest : public testing::TestWithParam<Refusal> {};
+
+TEST_P(StepRefusalTest, NamesThePlaceAndWhatWasExpected) {
+  EXPECT_EQ(refusalOf("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
+            GetParam().refusal);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Time, StepRefusalTest,
+    testing::Values(Refusal{"Negative", R"({"at":-0.1,"do":"inspect"})",
+                            "/steps/0/at: expected a number of seconds from 0 to 1000000"},
+                    Refusal{"BeforeTheStepBefore",
+                            R"({"at":1.5,"do":"inspect"},{"do":"inspect"},{"at":1,"do":"inspect"})",
+                            "/steps/2/at: expected a number of seconds from 1.5 to 1000000"},
+                    Refusal{"TooLate", R"({"at":1000001,"do":"inspect"})",
+                            "/steps/0/at: expected a number of seconds from 0 to 1000000"},
+                    Refusal{"NoNumber", R"({"at":null,"do":"inspect"})",
+                            "/steps/0/at: expected a number"}),
+    factOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Members, StepRefusalTest,
+    testing::Values(
+        Refusal{"UnknownMember", R"({"do":"inspect","deep":true})",
+                R"(/steps/0/deep: expected no such member, but only one of "at", "do")"},
+        Refusal{"BrokerNoTruth", R"({"do":"activate","broker":null})",
+                "/steps/0/broker: expected true or false"},
+        Refusal{"ParametersNoObject", R"({"do":"request","parameters":[]})",
+                "/steps/0/parameters: expected an object with the request's parameters, or null"},
+        Refusal{"ThreadUnknown", R"({"do":"request","thread":"main"})",
+                R"(/steps/0/thread: expected "background")"},
+        Refusal{"ThreadOfADismissalByTheContent",
+                R"({"do":"dismiss","by":"content","thread":"background"})",
+                R"(/steps/0/thread: expected no such member, but only one of "at", "do", "by")"},
+        Refusal{"ThreadOfAnyOtherStep", R"({"do":"deactivate","thread":"background"})",
+                R"(/steps/0/thread: expected no such member, but only one of "at", "do")"},
+        Refusal{"ContentUnknown", R"({"do":"contentView","content":"other"})",
+                R"(/steps/0/content: expected one of "main", "temporary")"},
+        Refusal{
+            "PresentWithoutWindow", R"({"do":"present","mode":0})",
+            "/steps/0/window: expected the name of an earlier window, or null, which is missing"},
+        Refusal{
+            "PresentWithoutMode", R"({"do":"present","window":null})",
+            "/steps/0/mode: expected an integer from -2147483648 to 2147483647, which is missing"},
+        Refusal{"ModeTooLarge", R"({"do":"present","window":null,"mode":2147483648})",
+                "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
+        Refusal{"ModeTooSmall", R"({"do":"present","window":null,"mode":-2147483649})",
+                "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
+        Refusal{"ModeBeyondSigned64",
+                R"({"do":"present","window":null,"mode":18446744073709551615})",
+                "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
+        Refusal{"ModeNoInteger", R"({"do":"present","window":null,"mode":0.5})",
+                "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
+        Refusal{
+            "DismissByNobody", R"({"do":"dismiss"})",
+            R"(/steps/0/by: expected one of "manager", "controller", "content", which is missing)"},
+        Refusal{
+            "SendNothing", R"({"do":"send"})",
+            R"(/steps/0/operation: expected one of "sendAnalyticsEvent", "subscribeAppLifecycle", )"
+            R"("startTimer", "pauseTimer", "stopTimer", "createActivityIndicator", )"
+            R"("createConstraintsActivityIndicator", which is missing)"},
+        Refusal{"SkipModeNoTruth", R"({"do":"configure","skipMode":0})",
+                "/steps/0/skipMode: expected true or false"},
+        Refusal{"NextEventNameNoText", R"({"do":"configure","nextEventName":1})",
+                "/steps/0/nextEventName: expected a string or null"},
+        Refusal{"IntervalUnknownWord", R"({"do":"configure","expirationTimeInterval":"NaN"})",
+                R"(/steps/0/expirationTimeInterval: expected a number, "nan", "inf" or "-inf")"},
+        Refusal{"ViewControllerNoTruth", R"({"do":"configure","viewController":null})",
+                "/steps/0/viewController: expected true or false"},
+        Refusal{
+            "ViewDelegateDeactivatesWithoutOperations",
+            R"({"do":"viewDelegate","operations":null,"deactivateDuring":"contentViewWillAppear:"})",
+            "/steps/0/deactivateDuring: expected one of the delegate's operations"},
+        Refusal{"OpenWindowWithoutName", R"({"do":"openWindow"})",
+                "/steps/0/name: expected the window's name, which is missing"},
+        Refusal{"OpenWindowOfATakenName", R"({"do":"openWindow","name":"player"})",
+                "/steps/0/name: expected a name that no earlier window has"},
+        Refusal{"CloseWindowWithoutWindow", R"({"do":"closeWindow"})",
+                "/steps/0/window: expected the name of an earlier window, which is missing"},
+        Refusal{"MakeNothingKey", R"({"do":"makeKey","window":null})",
+                "/steps/0/window: expected the name of an earlier window"},
+        Refusal{"RunLoopModeMissing", R"({"do":"runLoopMode"})",
+                R"(/steps/0/mode: expected one of "default", "eventTracking", which is missing)"},
+        Refusal{"RunLoopModeUnknown", R"({"do":"runLoopMode","mode":"modalPanel"})",
+                R"(/steps/0/mode: expected one of "default", "eventTracking")"}),
+    factOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    WindowNames, StepRefusalTest,
+    testing::Values(
+        Refusal{"Unknown", R"({"do":"miniaturize","window":"Player"})",
+                "/steps/0/window: expected the name of an earlier window"},
+        Refusal{"OpenedLater", R"({"do":"makeKey","window":"b"},{"do":"openWindow","name":"b"})",
+                "/steps/0/window: expected the name of an earlier window"},
+        Refusal{
+            "ModalWindowThatNoStepCanHaveMade",
+            R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"modal-2"})",
+            "/steps/1/window: expected the name of an earlier window"},
+        Refusal{
+            "SheetThatNoStepCanHaveMade",
+            R"({"do":"present","window":"player","mode":0},{"do":"makeKey","window":"sheet-1"})",
+            "/steps/1/window: expected the name of an earlier window"},
+        Refusal{
+            "SheetNumberZero",
+            R"({"do":"present","window":"player","mode":1},{"do":"makeKey","window":"sheet-0"})",
+            "/steps/1/window: expected the name of an earlier window"}),
+    factOf);
+
+TEST(ScenarioReaderTest, UnknownStepIsToldWhichThereAre) {
+  const std::string refusal = refusalOf(R"({"steps":[{"do":"dance"}]})");
+  EXPECT_THAT(refusal,
+              testing::StartsWith(R"(/steps/0/do: expected one of "activate", "request", )"));
+  EXPECT_THAT(refusal, testing::EndsWith(R"("runLoopMode", "inspect")"));
+  EXPECT_THAT(refusalOf(R"({"steps":[{}]})"), testing::EndsWith(R"("inspect", which is missing)"));
+}
+
+TEST(ScenarioReaderTest, NestingIsNoDeeperThan64) {
+  const auto nested = [](std::size_t depth) {
+    return R"({"steps":[{"do":"request","parameters":{"a":)" + std::string(depth - 4, '[') +
+           std::string(depth - 4, ']') + "}}]}";
+  };
+  EXPECT_EQ(refusalOf(nested(64)), "none");
+  EXPECT_THAT(refusalOf(nested(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
+  EXPECT_THAT(refusalOf(std::string(100'000, '[')),
+              testing::EndsWith(": expected no more than 64 objects and arrays in each other"));
+}
+
+TEST(ScenarioReaderTest, EverythingButNamesMayBeLeftOut) {
+  EXPECT_EQ(refusalOf("{}"), "none");
+  EXPECT_EQ(refusalOf(R"({"host":{"windows":[],"resolverDelegate":null,"viewDelegate":null}})"),
+            "none");
+  EXPECT_EQ(refusalOf(R"({"host":{"windows":[{"name":"a"},{"name":"b","parent":"a"}]}})"), "none");
+  EXPECT_EQ(refusalOf(R"({"steps":[{"do":"configure"},{"do":"viewDelegate"}],"until":1000000})"),
+            "none");
+  EXPECT_EQ(refusalOf("\xef\xbb\xbf{}"), "none") << "a byte order mark does no harm";
+}
+
+TEST(ScenarioReaderTest, WindowsOfPresentationsMayBeNamedOnceTheyCanBe) {
+  EXPECT_EQ(refusalOf(R"({"steps":[{"do":"present","window":null,"mode":2},)"
+                      R"({"do":"present","window":"modal-1","mode":-1},)"
+                      R"({"do":"openWindow","name":"b","parent":"sheet-1"},{"do":"presentOver"},)"
+                      R"({"do":"makeKey","window":"sheet-2"}]})"),
+            "none");
+}
+
+}  // namespace
+}  // namespace vel::host

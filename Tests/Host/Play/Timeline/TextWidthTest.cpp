@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include "Host/Play/Timeline/TextWidth.h"
+
+namespace vel::host {
+namespace {
+
+constexpr double kSize = 10;
+
+TEST(TextWidthTest, IsTheSumOfTheCharacters) {
+  EXPECT_DOUBLE_EQ(textWidth("", kSize), 0);
+  EXPECT_DOUBLE_EQ(textWidth("W", kSize), 9.89);
+  EXPECT_DOUBLE_EQ(textWidth("W W", kSize), 9.89 + 3.18 + 9.89);
+}
+
+TEST(TextWidthTest, GrowsWithTheFont) {
+  EXPECT_DOUBLE_EQ(textWidth("present", 2 * kSize), 2 * textWidth("present", kSize));
+}
+
+TEST(TextWidthTest, CountsAForeignCharacterOnceAndWide) {
+  EXPECT_DOUBLE_EQ(textWidth("\u00e9", kSize), 15);
+  EXPECT_DOUBLE_EQ(textWidth("\U0001F3AE", kSize), 15);
+}
+
+TEST(ShortenedTextTest, IsTheTextWhereItFits) {
+  EXPECT_EQ(shortened("present", kSize, textWidth("present", kSize)), "present");
+}
+
+TEST(ShortenedTextTest, FitsWithItsEllipsis) {
+  const std::string text = shortened(std::string(300, 'x'), kSize, 100);
+  EXPECT_LE(textWidth(text, kSize) - 5, 100);  // an ellipsis takes 10 at most
+  EXPECT_GT(text.size(), 10U);
+  EXPECT_TRUE(text.ends_with("x\u2026"));
+}
+
+TEST(ShortenedTextTest, CutsBetweenCharacters) {
+  EXPECT_EQ(shortened("\u00e9\u00e9\u00e9", kSize, 40), "\u00e9\u2026");
+}
+
+TEST(ShortenedTextTest, IsAnEllipsisWhereNothingFits) {
+  EXPECT_EQ(shortened("present", kSize, 16), "\u2026");
+}
+
+}  // namespace
+}  // namespace vel::host

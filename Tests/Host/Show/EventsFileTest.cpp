@@ -1,0 +1,79 @@
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "Host/Command.h"
+#include "Host/Show/EventsFile.h"
+
+namespace vel::host {
+namespace {
+
+class EventsFileTest : public testing::Test {
+ protected:
+  EventsFileTest() { std::filesystem::remove(path); }
+  ~EventsFileTest() override { std::filesystem::remove(path); }
+
+  [[nodiscard]] std::vector<std::string> lines() const {
+    std::ifstream file(path);
+    std::vector<std::string> found;
+    for (std::string line; std::getline(file, line);) {
+      found.push_back(line);
+    }
+    return found;
+  }
+
+  std::string path = testing::TempDir() + "EventsFileTest." + std::to_string(getpid());
+};
+
+TEST_F(EventsFileTest, EventIsALineOfJsonWithItsTimes) {
+  ASSERT_TRUE(EventsFile(path).append("launch_end", 5.6014));
+  ASSERT_EQ(lines().size(), 1U);
+  const auto event = nlohmann::json::parse(lines()[0]);
+  EXPECT_EQ(event.size(), 3U);
+  EXPECT_EQ(event["event"], "launch_end");
+  EXPECT_EQ(event["seconds"], 5.601);
+  EXPECT_THAT(event["time"].get<std::string>(),
+              testing::MatchesRegex(R"(....-..-..T..:..:..\....Z)"));
+}
+
+TEST_F(EventsFileTest, WhatIsInTheFileStays) {
+  std::ofstream(path) << "{}\n";
+  ASSERT_TRUE(EventsFile(path).append("a", 1));
+  EventsFile file(path);
+  ASSERT_TRUE(file.append("b", 2));
+  ASSERT_TRUE(file.append("c", 3));
+  EXPECT_THAT(lines(),
+              testing::ElementsAre("{}", testing::HasSubstr("\"a\""), testing::HasSubstr("\"b\""),
+                                   testing::HasSubstr("\"c\"")));
+}
+
+TEST_F(EventsFileTest, EventIsInTheFileAtOnce) {
+  EventsFile file(path);
+  ASSERT_TRUE(file.append("a", 1));
+  EXPECT_EQ(lines().size(), 1U);
+}
+
+TEST_F(EventsFileTest, AnyNameKeepsToOneLine) {
+  EventsFile file(path);
+  ASSERT_TRUE(file.append("a\nb\"c\xff", 1));
+  ASSERT_EQ(lines().size(), 1U);
+  EXPECT_EQ(nlohmann::json::parse(lines()[0])["event"], "a\nb\"c\xef\xbf\xbd");
+}
+
+TEST_F(EventsFileTest, FileThatCannotBeOpenedIsBadUsage) {
+  try {
+    EventsFile("/nonexistent/events");
+    FAIL() << "opened";
+  } catch (const UsageError& error) {
+    EXPECT_STREQ(error.what(), "--events: /nonexistent/events: No such file or directory");
+  }
+}
+
+TEST_F(EventsFileTest, FullDiskIsNoticed) { EXPECT_FALSE(EventsFile("/dev/full").append("a", 1)); }
+
+}  // namespace
+}  // namespace vel::host

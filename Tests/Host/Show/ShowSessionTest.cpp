@@ -1,0 +1,510 @@
+// `launchscreen show` in virtual time: what it tells, when it ends, and how it leaves the window.
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "Host/Show/ShowSession.h"
+#include "LaunchScreen/View/macOS/EmbeddedCover.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::host {
+namespace {
+
+using test::VirtualTest;
+
+// What the player window's scene has of its own: a ground, and what moves on it.
+constexpr std::size_t kPlaying = 2;
+
+class ShowSessionTest : public VirtualTest {
+ protected:
+  // Opens the player and presents, with `options`.
+  void start() {
+    session = make<ShowSession>(options, std::make_shared<LineConsole>(out), std::move(events));
+    session->start();
+    session->passEnded();
+  }
+
+  // Runs the loop for so many seconds as the program does: looking around after each pass.
+  void run(double seconds) {
+    NSRunLoop& loop = NSRunLoop::mainRunLoop();
+    const Nanoseconds limit = loop.now() + nanosecondsFromSeconds(seconds);
+    bool reached = false;
+    dispatch_after(limit, dispatch_get_main_queue(), [&reached] { reached = true; });
+    loop.runUntil([&] {
+      session->passEnded();
+      return reached;
+    });
+  }
+
+  // Runs to the outcome.
+  ShowOutcome runToEnd() {
+    NSRunLoop::mainRunLoop().runUntil([this] { return session->passEnded(); });
+    return *session->outcome();
+  }
+
+  [[nodiscard]] const HeadlessWindowSystem::Window& player() {
+    return *platform.user().window(session->playerWindow()->handle());
+  }
+
+  ShowOptions options = [] {
+    ShowOptions wanted;
+    wanted.duration = "2";
+    return wanted;
+  }();
+  std::unique_ptr<EventsFile> events;
+  std::ostringstream out;
+  Strong<ShowSession> session;
+};
+
+// What is told
+
+TEST_F(ShowSessionTest, EmbeddedRunIsToldFromRequestToEvent) {
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_EQ(out.str(),
+            "   0.000 s  request answered\n"
+            "   0.000 s  covered\n"
+            "   0.000 s  controls taken\n"
+            "   0.000 s  2 s left\n"
+            "   1.000 s  1 s left\n"
+            "   2.000 s  controls given back\n"
+            "   2.000 s  dismissed\n"
+            "   2.500 s  event recorded: launch_end\n"
+            "   3.000 s  uncovered\n");
+}
+
+TEST_F(ShowSessionTest, EmbeddedRunUnderAContentControllerIsTold) {
+  options.contentController = true;
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_EQ(out.str(),
+            "   0.000 s  request answered\n"
+            "   0.000 s  covered\n"
+            "   0.000 s  controls taken\n"
+            "   0.000 s  2 s left\n"
+            "   1.000 s  1 s left\n"
+            "   2.000 s  controls given back\n"
+            "   2.000 s  dismissed\n"
+            "   2.000 s  uncovered\n"
+            "   2.500 s  event recorded: launch_end\n");
+}
+
+TEST_F(ShowSessionTest, ModalAndSheetRunsTakeNoControls) {
+  for (const char* presentation : {"modal", "sheet"}) {
+    options.presentation = presentation;
+    options.contentController = true;
+    out.str({});
+    start();
+    EXPECT_EQ(runToEnd().status, kExitSuccess);
+    EXPECT_EQ(out.str(),
+              "   0.000 s  request answered\n"
+              "   0.000 s  covered\n"
+              "   0.000 s  2 s left\n"
+              "   1.000 s  1 s left\n"
+              "   2.000 s  dismissed\n"
+              "   2.000 s  uncovered\n"
+              "   2.500 s  event recorded: launch_end\n")
+        << presentation;
+    session = nullptr;
+    sDefaultConfiguration = nullptr;
+  }
+}
+
+TEST_F(ShowSessionTest, TimeNotInFrontIsToldAndNotCounted) {
+  start();
+  run(0.55);
+  platform.user().userMovesFocusAway();
+  run(10);
+  session->playerWindow()->makeKeyWindow();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::HasSubstr("   0.550 s  paused: not in front\n"
+                                            "  10.550 s  goes on: in front again\n"
+                                            "  11.050 s  1 s left\n"
+                                            "  12.050 s  controls given back\n"));
+}
+
+TEST_F(ShowSessionTest, EventOfTheUsersChoiceIsRecorded) {
+  options.event = "loading_done";
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::HasSubstr("event recorded: loading_done\n"));
+}
+
+// When it ends
+
+TEST_F(ShowSessionTest, EndsWhenTheEventIsRecordedAndTheCoverGone) {
+  start();
+  run(2.9);
+  EXPECT_THAT(out.str(), testing::HasSubstr("event recorded"));
+  EXPECT_FALSE(session->outcome());
+  run(0.1);
+  EXPECT_TRUE(session->outcome());
+}
+
+TEST_F(ShowSessionTest, SkippingEndsWithoutAnEventWhenTheCoverIsGone) {
+  options.mode = "skip";
+  start();
+  run(0.55);
+  session->skip();
+  run(0.95);
+  EXPECT_FALSE(session->outcome());
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_EQ(out.str(),
+            "   0.000 s  request answered\n"
+            "   0.000 s  covered\n"
+            "   0.000 s  controls taken\n"
+            "   0.000 s  2 s left\n"
+            "   0.550 s  controls given back\n"
+            "   0.550 s  dismissed\n"
+            "   1.550 s  uncovered\n");
+  run(5);
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
+}
+
+TEST_F(ShowSessionTest, SkipAfterDismissesThen) {
+  options.mode = "skip";
+  options.skipAfter = 0.25;
+  options.presentation = "modal";
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::EndsWith("   0.250 s  dismissed\n   0.250 s  uncovered\n"));
+}
+
+TEST_F(ShowSessionTest, SkipModeEndsAlsoWhenTheTimeIsUp) {
+  options.mode = "skip";
+  options.skipAfter = 60;
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::EndsWith("   2.000 s  dismissed\n   3.000 s  uncovered\n"));
+}
+
+TEST_F(ShowSessionTest, SkippingTwiceDismissesOnce) {
+  options.mode = "skip";
+  start();
+  run(0.5);
+  session->skip();
+  run(0.3);
+  session->skip();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  run(5);
+  session->skip();
+  EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n   1.500 s  uncovered\n"));
+}
+
+TEST_F(ShowSessionTest, SkippingWhileNotInFrontIsDoneWhenItIsBack) {
+  options.mode = "skip";
+  start();
+  run(0.5);
+  platform.user().userMovesFocusAway();
+  session->skip();
+  run(0.5);
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("dismissed")));
+  session->playerWindow()->makeKeyWindow();
+  EXPECT_THAT(out.str(), testing::EndsWith("   1.000 s  dismissed\n"));
+}
+
+TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
+  start();
+  run(0.5);
+  session->skip();
+  runToEnd();
+  EXPECT_THAT(out.str(), testing::HasSubstr("   2.000 s  dismissed\n"));
+  EXPECT_THAT(out.str(), testing::HasSubstr("   2.500 s  event recorded: launch_end\n"));
+}
+
+// What goes wrong
+
+TEST_F(ShowSessionTest, RefusedRequestLeavesTheWordToTheLibrary) {
+  for (const char* duration : {"abc", "0", "", "nan", "inf"}) {
+    options.duration = duration;
+    platform.log.clear();
+    start();
+    EXPECT_EQ(runToEnd().status, kExitFailure) << duration;
+    EXPECT_EQ(session->outcome()->failure, "");
+    EXPECT_THAT(platform.log,
+                testing::ElementsAre("LaunchScreenManager (-[LaunchScreenManager "
+                                     "parseParameters:]): Max duration time is nil or empty!"));
+    EXPECT_EQ(out.str(), "");
+    session = nullptr;
+  }
+}
+
+TEST_F(ShowSessionTest, EmptyEventNameIsTheLibrarysToRefuse) {
+  options.event = "";
+  start();
+  EXPECT_EQ(runToEnd().status, kExitFailure);
+  EXPECT_THAT(platform.log,
+              testing::ElementsAre(testing::EndsWith("Next event name is nil or empty!")));
+}
+
+TEST_F(ShowSessionTest, ContentThatFailedIsToldWithItsError) {
+  options.duration = "-3";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure,
+            "the launch screen cannot be shown: LaunchScreen view controller is NIL");
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(ShowSessionTest, SheetWithNothingToHangOnIsTold) {
+  options.presentation = "sheet";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_THAT(outcome.failure, testing::HasSubstr("--content-controller"));
+  EXPECT_EQ(out.str(), "   0.000 s  request answered\n");
+}
+
+TEST_F(ShowSessionTest, LostDisplayIsTold) {
+  start();
+  run(0.5);
+  platform.user().connectionBreaks("the server went away");
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
+}
+
+TEST_F(ShowSessionTest, LostDisplayIsToldAfterAGoodEndToo) {
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  platform.user().connectionBreaks("the server went away");
+  EXPECT_EQ(session->outcome()->status, kExitFailure);
+  EXPECT_EQ(session->outcome()->failure, "the display is lost: the server went away");
+}
+
+TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
+  options.presentation = "sheet";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  platform.user().connectionBreaks("the server went away");
+  EXPECT_EQ(session->outcome()->failure, outcome.failure);
+}
+
+TEST_F(ShowSessionTest, PlayerThatDoesNotComeToTheFrontIsCoveredAllTheSame) {
+  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
+  platform.user().userKeepsFocus(true);
+  session->start();
+  run(0.95);
+  EXPECT_EQ(out.str(), "");
+  run(0.1);
+  EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
+}
+
+TEST_F(ShowSessionTest, PlayerThatIsClosedBeforeItCameToTheFrontIsTold) {
+  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
+  platform.user().userKeepsFocus(true);
+  session->start();
+  session->playerWindow()->close();
+  EXPECT_EQ(runToEnd().failure, "the player window was closed");
+}
+
+TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
+  options.window = 77;
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure, "the headless display has no windows of other programs");
+  EXPECT_EQ(out.str(), "");
+  session->giveBack();
+}
+
+TEST_F(ShowSessionTest, ScreenshotOfWhatIsNotOnAScreenIsToldInTheMiddle) {
+  options.screenshotPath = "/nonexistent/picture.png";
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure, "no screenshot: the player window is not on a screen");
+  EXPECT_DOUBLE_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1);
+}
+
+TEST_F(ShowSessionTest, ScreenshotThatNeverCameIsTold) {
+  options.mode = "skip";
+  options.presentation = "modal";
+  options.screenshotPath = "/nonexistent/picture.png";
+  start();
+  run(0.2);
+  session->skip();
+  EXPECT_EQ(runToEnd().failure, "the launch screen went before its middle: no screenshot");
+}
+
+TEST_F(ShowSessionTest, ControlsThatAreKeptAreTold) {
+  start();
+  const WindowHandle window = session->playerWindow()->handle();
+  platform.user().windowManagerKeeps(window,
+                                     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable);
+  platform.user().windowManagerKeeps(window, NSWindowStyleMaskBorderless);
+  EXPECT_THAT(out.str(), testing::EndsWith(
+                             "   0.000 s  controls kept by the window manager: close, miniaturise\n"
+                             "   0.000 s  controls kept by the window manager: none\n"));
+}
+
+TEST_F(ShowSessionTest, ControlsOfAWindowThatHasItsOwnBackAreNotTold) {
+  start();
+  runToEnd();
+  platform.user().windowManagerKeeps(session->playerWindow()->handle(), NSWindowStyleMaskClosable);
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("kept")));
+}
+
+TEST_F(ShowSessionTest, PlayerThatVanishesInFrontStillEndsWithItsEvent) {
+  for (const char* presentation : {"embedded", "sheet"}) {
+    options.presentation = presentation;
+    options.contentController = true;
+    start();
+    run(0.5);
+    platform.user().windowVanishes(session->playerWindow()->handle());
+    EXPECT_EQ(runToEnd().status, kExitSuccess);
+    EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n"
+                                             "   0.500 s  uncovered\n"
+                                             "   1.000 s  event recorded: launch_end\n"));
+    session = nullptr;
+  }
+}
+
+TEST_F(ShowSessionTest, PlayerThatVanishesNotInFrontEndsWithoutWaitingForAnEvent) {
+  start();
+  run(0.5);
+  platform.user().userMovesFocusAway();
+  run(0.5);
+  platform.user().windowVanishes(session->playerWindow()->handle());
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_THAT(outcome.failure, testing::HasSubstr("no event is recorded"));
+}
+
+TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsToldAndFails) {
+  events = std::make_unique<EventsFile>("/dev/full");
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure, "the event could not be written to /dev/full");
+  EXPECT_THAT(out.str(), testing::HasSubstr("event recorded: launch_end\n"));
+}
+
+// The windows
+
+TEST_F(ShowSessionTest, PlayerWindowIsOneThatTheLibraryKnowsAndKey) {
+  options.size = {640, 480};
+  start();
+  EXPECT_EQ(session->playerWindow()->className(), LSUnityPlayerWindowClassName);
+  EXPECT_TRUE(session->playerWindow()->isKeyWindow());
+  EXPECT_EQ(player().description.className, "PlayerWindow");
+  EXPECT_EQ(player().description.frame.size, (CGSize{640, 480}));
+}
+
+TEST_F(ShowSessionTest, ContentControllerIsThereOnlyOnRequest) {
+  start();
+  EXPECT_EQ(session->playerWindow()->contentViewController(), nullptr);
+  session = nullptr;
+  options.contentController = true;
+  start();
+  EXPECT_NE(session->playerWindow()->contentViewController(), nullptr);
+}
+
+TEST_F(ShowSessionTest, IndicatorTurnsInTheMiddleOfTheCover) {
+  options.indicator = true;
+  options.size = {800, 600};
+  start();
+  ASSERT_EQ(player().scene.size(), kPlaying + 2);
+  const SceneItem& spinner = player().scene.back();
+  EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
+  EXPECT_TRUE(spinner.animates);
+  EXPECT_EQ(spinner.frame, CGRectMake(384, 284, 32, 32));
+}
+
+TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
+  start();
+  ASSERT_EQ(player().scene.size(), kPlaying + 1);
+  EXPECT_EQ(player().scene.back().kind, SceneItem::Kind::Fill);
+  EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
+}
+
+TEST_F(ShowSessionTest, PlayerPlaysOnUnderTheCoverAndAfterIt) {
+  options.contentController = true;
+  start();
+  const CGRect place = player().scene[1].frame;
+  run(0.5);
+  EXPECT_NE(player().scene[1].frame, place);
+  run(1.6);
+  ASSERT_EQ(player().scene.size(), kPlaying);
+  const CGRect uncovered = player().scene[1].frame;
+  run(0.2);
+  EXPECT_NE(player().scene[1].frame, uncovered);
+}
+
+TEST_F(ShowSessionTest, PlayerPlaysOnBesideAModalWindow) {
+  options.presentation = "modal";
+  start();
+  const CGRect place = player().scene[1].frame;
+  run(0.5);
+  EXPECT_NE(player().scene[1].frame, place);
+}
+
+struct GivenBack {
+  const char* fact;
+  const char* presentation;
+  bool contentController;
+  double after;
+
+  friend void PrintTo(const GivenBack& tested, std::ostream* out) { *out << tested.fact; }
+};
+
+class GivingBackTest : public ShowSessionTest, public testing::WithParamInterface<GivenBack> {};
+
+TEST_P(GivingBackTest, LeavesTheWindowAsItWasAndClosed) {
+  options.presentation = GetParam().presentation;
+  options.contentController = GetParam().contentController;
+  start();
+  const Strong<NSWindow> window = session->playerWindow();
+  run(GetParam().after);
+  session->giveBack();
+  EXPECT_EQ(window->styleMask(), 15U);
+  EXPECT_EQ(player().description.styleMask, 15U);
+  EXPECT_FALSE(window->isVisible());
+  EXPECT_TRUE(NSApp->orderedWindows().empty());
+  EXPECT_EQ(NSApp->modalWindow(), nullptr);
+  EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0U);
+  EXPECT_THAT(out.str(), testing::HasSubstr("dismissed\n"));
+  EXPECT_THAT(out.str(), testing::HasSubstr("uncovered\n"));
+  const std::string told = out.str();
+  session->giveBack();
+  platform.run(5);
+  EXPECT_EQ(out.str(), told);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ShowSession, GivingBackTest,
+    testing::Values(GivenBack{"Embedded", "embedded", false, 0.5},
+                    GivenBack{"EmbeddedUnderAContentController", "embedded", true, 0.5},
+                    GivenBack{"Modal", "modal", false, 0.5},
+                    GivenBack{"ModalOfAContentController", "modal", true, 0.5},
+                    GivenBack{"Sheet", "sheet", true, 0.5},
+                    GivenBack{"CoverThatWaitsToBeTakenDown", "embedded", false, 2.4}),
+    [](const testing::TestParamInfo<GivenBack>& tested) { return tested.param.fact; });
+
+TEST_F(ShowSessionTest, GivenBackOnceItIsOverNothingIsDismissedAgain) {
+  start();
+  runToEnd();
+  const std::string told = out.str();
+  session->giveBack();
+  EXPECT_EQ(out.str(), told);
+  EXPECT_FALSE(session->playerWindow()->isVisible());
+}
+
+TEST_F(ShowSessionTest, NothingOfASessionOutlivesIt) {
+  start();
+  const Weak<NSWindow> window = session->playerWindow();
+  const Weak<LaunchScreenViewController> cover = embedded_cover::selfController;
+  ASSERT_FALSE(cover.expired());
+  runToEnd();
+  session = nullptr;
+  platform.runDue();
+  EXPECT_TRUE(window.expired());
+  EXPECT_TRUE(cover.expired());
+}
+
+}  // namespace
+}  // namespace vel::host
