@@ -31,7 +31,7 @@ using GameWindow = std::unique_ptr<SDL_Window, With<SDL_Window, SDL_DestroyWindo
 using GameRenderer = std::unique_ptr<SDL_Renderer, With<SDL_Renderer, SDL_DestroyRenderer>>;
 
 // The command line.
-struct Options {
+struct Arguments {
   const char* eventsFile = "events.txt";
   double seconds = 3;
   int framesBefore = 0;
@@ -69,7 +69,7 @@ void controlsKept(void* /*userData*/, std::uint32_t controls) {
 }
 
 // Presents a launch screen over the game's window. Returns null if that fails.
-VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& options) {
+VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Arguments& arguments) {
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version)
   if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE || info.subsystem != SDL_SYSWM_X11) {
@@ -77,7 +77,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& options) {
     return nullptr;
   }
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
-  callbacks.user_data = const_cast<char*>(options.eventsFile);
+  callbacks.user_data = const_cast<char*>(arguments.eventsFile);
   callbacks.record_event = recordEvent;
   callbacks.controls_kept = controlsKept;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
@@ -86,7 +86,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Options& options) {
   options.callbacks = &callbacks;
   VelRequest request = VEL_REQUEST_INIT;
   request.event = "launch_end";
-  request.seconds = options.seconds;
+  request.seconds = arguments.seconds;
   VelLaunchScreen* screen = nullptr;
   if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
       vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
@@ -109,7 +109,7 @@ void draw(SDL_Renderer* renderer, int frame) {
   SDL_RenderPresent(renderer);
 }
 
-Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& options) {
+Counts play(SDL_Window* window, SDL_Renderer* renderer, const Arguments& arguments) {
   Counts counts;
   VelLaunchScreen* screen = nullptr;
   int wasUp = 0;
@@ -120,8 +120,8 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& options) 
       running = running && event.type != SDL_QUIT;
     }
 
-    if (counts.frames == options.framesBefore) {
-      screen = showLaunchScreen(window, options);
+    if (counts.frames == arguments.framesBefore) {
+      screen = showLaunchScreen(window, arguments);
     }
     // The only call in each frame. It does the work that is due and does not wait for events.
     const auto before = Clock::now();
@@ -152,15 +152,15 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Options& options) 
 }  // namespace
 
 int main(int argc, char** argv) {
-  Options options;
+  Arguments arguments;
   if (argc > 1) {
-    options.eventsFile = argv[1];
+    arguments.eventsFile = argv[1];
   }
   if (argc > 2) {
-    options.seconds = std::atof(argv[2]);
+    arguments.seconds = std::atof(argv[2]);
   }
   if (argc > 3) {
-    options.framesBefore = std::atoi(argv[3]);
+    arguments.framesBefore = std::atoi(argv[3]);
   }
 
   // The library recognises the player window by this class name.
@@ -178,7 +178,7 @@ int main(int argc, char** argv) {
     if (!renderer) {
       return fail(SDL_GetError());
     }
-    counts = play(window.get(), renderer.get(), options);
+    counts = play(window.get(), renderer.get(), arguments);
   }
   SDL_Quit();
   std::printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,
