@@ -96,7 +96,7 @@ Strong<NSWindow> NSApplication::frontWindow() const {
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string& error) {
-  const std::optional<AdoptedWindow> found = ask()->adoptWindow(nativeId, error);
+  const std::optional<AdoptedWindow> found = port()->adoptWindow(nativeId, error);
   if (!found) {
     return nullptr;
   }
@@ -258,25 +258,25 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 void NSApplication::modalRunsChanged() {
   const bool modal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(modal ? NSModalPanelRunLoopMode : mode_);
-  ask()->setModalWindow(send(modalWindow(), &NSWindow::handle));
+  port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
 // What the window system reports about windows
 
-void NSApplication::closeAsked(WindowHandle window) {
-  const Strong<NSWindow> asked = windowFor(window);
-  if (asked == nullptr || (asked->styleMask() & NSWindowStyleMaskClosable) == 0) {
+void NSApplication::closeRequested(WindowHandle handle) {
+  const Strong<NSWindow> window = windowFor(handle);
+  if (window == nullptr || (window->styleMask() & NSWindowStyleMaskClosable) == 0) {
     return;
   }
-  // Copies of handlers are called: they may replace themselves.
-  if (const auto handler = closeAsked_) {
-    handler(*asked);
+  // A copy is called: the handler may replace itself.
+  if (const auto handler = closeRequestedHandler_) {
+    handler(*window);
   } else {
-    asked->close();
+    window->close();
   }
 }
 
-void NSApplication::windowGone(WindowHandle window) {
+void NSApplication::windowDestroyed(WindowHandle window) {
   const Strong<NSWindow> gone = windowFor(window);
   windows_.erase(window);
   send(gone, &NSWindow::vanished);
@@ -315,7 +315,7 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
 
 void NSApplication::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   const Strong<NSWindow> changed = windowFor(window);
-  const auto handler = controlsKept_;
+  const auto handler = controlsKeptHandler_;
   if (changed != nullptr && handler) {
     handler(*changed, controls);
   }
@@ -333,7 +333,7 @@ void NSApplication::displayLost(std::string_view reason) {
     const Strong<NSWindow> window = ordered_.empty() ? open_.back() : ordered_.front();
     window->close();
   }
-  if (const auto handler = displayLost_) {
+  if (const auto handler = displayLostHandler_) {
     handler(text);
   }
 }

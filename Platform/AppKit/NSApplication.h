@@ -10,6 +10,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/NSArray.h"
 #include "Platform/Foundation/NSRunLoop.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel {
 
@@ -71,15 +72,15 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Called when the window manager keeps offering controls (the second argument) that a window's
   /// style mask takes away, after each change of style; with Borderless when it honours the mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
-    controlsKept_ = std::move(handler);
+    controlsKeptHandler_ = std::move(handler);
   }
   /// Called once when the display's connection is lost, after its windows have been closed.
   void setDisplayLostHandler(std::function<void(std::string_view)> handler) {
-    displayLost_ = std::move(handler);
+    displayLostHandler_ = std::move(handler);
   }
   /// Called when the user asks to close a window that has a close control, instead of closing it.
-  void setCloseAskedHandler(std::function<void(NSWindow&)> handler) {
-    closeAsked_ = std::move(handler);
+  void setCloseRequestedHandler(std::function<void(NSWindow&)> handler) {
+    closeRequestedHandler_ = std::move(handler);
   }
 
  private:
@@ -90,16 +91,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     Strong<NSWindow> window;
   };
 
-  /// The window system while something is asked of it. Afterwards it may have something to report
-  /// sooner than the loop knows, which a host that polls the loop has to hear of.
-  class Asked {
+  /// Access to the window system for one call. After the call the window system may have an earlier
+  /// deadline, so the run loop updates the descriptor that a host polls.
+  class PortAccess : private NonCopyable {
    public:
-    explicit Asked(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
-    Asked(const Asked&) = delete;
-    Asked& operator=(const Asked&) = delete;
-    Asked(Asked&&) = delete;
-    Asked& operator=(Asked&&) = delete;
-    ~Asked() { NSRunLoop::mainRunLoop().deadlineChanged(); }
+    explicit PortAccess(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
+    ~PortAccess() { NSRunLoop::mainRunLoop().deadlineChanged(); }
 
     WindowSystem* operator->() const { return &windowSystem_; }
 
@@ -111,8 +108,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void focusMoved(WindowHandle window) override;
   void applicationActivated(WindowHandle window) override;
   void applicationDeactivated() override;
-  void closeAsked(WindowHandle window) override;
-  void windowGone(WindowHandle window) override;
+  void closeRequested(WindowHandle handle) override;
+  void windowDestroyed(WindowHandle window) override;
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
   void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
@@ -124,7 +121,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
-  [[nodiscard]] Asked ask() { return Asked(*windowSystem_); }
+  [[nodiscard]] PortAccess port() { return PortAccess(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
@@ -148,9 +145,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   std::vector<ModalRun> modalRuns_;
   std::uint64_t modalRunsBegun_ = 0;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
-  std::function<void(NSWindow&, NSWindowStyleMask)> controlsKept_;
-  std::function<void(std::string_view)> displayLost_;
-  std::function<void(NSWindow&)> closeAsked_;
+  std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
+  std::function<void(std::string_view)> displayLostHandler_;
+  std::function<void(NSWindow&)> closeRequestedHandler_;
 };
 
 /// The application; none before `start` and after `stop`.

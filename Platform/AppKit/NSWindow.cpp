@@ -27,7 +27,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
     NSApp->windows_.erase(handle_);
-    NSApp->ask()->releaseWindow(handle_);
+    NSApp->port()->releaseWindow(handle_);
   }
 }
 
@@ -88,7 +88,7 @@ void NSWindow::setContentViewController(const Strong<NSViewController>& controll
 
 void NSWindow::setFrame(CGRect frame) {
   if (NSApp != nullptr && frame != frame_) {
-    NSApp->ask()->setFrame(handle_, frame);
+    NSApp->port()->setFrame(handle_, frame);
   }
   frameChanged(frame);
 }
@@ -107,7 +107,7 @@ void NSWindow::frameChanged(CGRect frame) {
 void NSWindow::setTitle(std::string_view title) {
   title_ = title;
   if (NSApp != nullptr) {
-    NSApp->ask()->setTitle(handle_, title);
+    NSApp->port()->setTitle(handle_, title);
   }
 }
 
@@ -115,14 +115,14 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   styleMask_ = styleMask;
   observePlatform([&](PlatformObserver& observer) { observer.styleMaskSet(*this, styleMask); });
   if (NSApp != nullptr) {
-    NSApp->ask()->setStyleMask(handle_, styleMask);
+    NSApp->port()->setStyleMask(handle_, styleMask);
   }
 }
 
 void NSWindow::setMovableByWindowBackground(bool movable) {
   movableByWindowBackground_ = movable;
   if (NSApp != nullptr) {
-    NSApp->ask()->setMovableByBackground(handle_, movable);
+    NSApp->port()->setMovableByBackground(handle_, movable);
   }
 }
 
@@ -143,7 +143,7 @@ void NSWindow::realize() {
     return;
   }
   const Strong<NSWindow> owner = owner_.lock();
-  handle_ = NSApp->ask()->createWindow({.className = std::string(className()),
+  handle_ = NSApp->port()->createWindow({.className = std::string(className()),
                                         .title = title_,
                                         .frame = frame_,
                                         .styleMask = styleMask_,
@@ -177,7 +177,7 @@ void NSWindow::open(bool key) {
   realize();
   onScreen_ = true;
   NSApp->enteredScreen(kept);
-  NSApp->ask()->orderFront(handle_);
+  NSApp->port()->orderFront(handle_);
   setNeedsDisplay();
   if (opens) {
     observePlatform([this](PlatformObserver& observer) { observer.windowOpened(*this); });
@@ -211,7 +211,7 @@ void NSWindow::close() {
   if (app != nullptr) {
     app->leftScreen(kept);
     std::erase(app->open_, kept);
-    app->ask()->orderOut(handle_);
+    app->port()->orderOut(handle_);
     app->endModalRuns(this);
   }
   presentationEnded();
@@ -246,13 +246,13 @@ void NSWindow::performClose() {
 
 void NSWindow::miniaturize() {
   if (onScreen_ && NSApp != nullptr) {
-    NSApp->ask()->requestMiniaturized(handle_, true);
+    NSApp->port()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
   if (miniaturized_ && NSApp != nullptr) {
-    NSApp->ask()->requestMiniaturized(handle_, false);
+    NSApp->port()->requestMiniaturized(handle_, false);
   }
 }
 
@@ -282,7 +282,7 @@ void NSWindow::vanished() {
 
 void NSWindow::makeKeyWindow() {
   if (onScreen_ && !isKeyWindow() && NSApp != nullptr) {
-    NSApp->ask()->requestFocus(handle_);
+    NSApp->port()->requestFocus(handle_);
   }
 }
 
@@ -305,7 +305,7 @@ void NSWindow::setNeedsDisplay() {
   }
   if (scene != scene_) {
     scene_ = std::move(scene);
-    NSApp->ask()->setScene(handle_, scene_);
+    NSApp->port()->setScene(handle_, scene_);
   }
 }
 

@@ -8,6 +8,7 @@
 #include "Platform/Foundation/NSArray.h"
 #include "Platform/Foundation/NSNotification.h"
 #include "Platform/Foundation/NSObject.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
 namespace vel {
@@ -119,15 +120,11 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
 
   /// While one is there, what changes in the window is not shown; at its end it is. A view comes on
   /// screen as its controllers have made it on the way, and not half made.
-  class Unshown {
+  class Unshown : private NonCopyable {
    public:
     explicit Unshown(Strong<NSWindow> window) : window_(std::move(window)) {
       ++window_->changesUnshown_;
     }
-    Unshown(const Unshown&) = delete;
-    Unshown& operator=(const Unshown&) = delete;
-    Unshown(Unshown&&) = delete;
-    Unshown& operator=(Unshown&&) = delete;
     ~Unshown() {
       --window_->changesUnshown_;
       window_->setNeedsDisplay();

@@ -13,6 +13,7 @@
 
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/Foundation/Time.h"
 
 namespace vel {
@@ -85,13 +86,8 @@ struct WindowPicture {
 
 /// Hears what happened to windows. Called from inside `deliverEvents` and, where a back end learns
 /// of the outcome at once, from inside the operation that asked for it.
-class VEL_EXPORT WindowSystemDelegate {
+class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
  public:
-  WindowSystemDelegate() = default;
-  WindowSystemDelegate(const WindowSystemDelegate&) = delete;
-  WindowSystemDelegate& operator=(const WindowSystemDelegate&) = delete;
-  WindowSystemDelegate(WindowSystemDelegate&&) = delete;
-  WindowSystemDelegate& operator=(WindowSystemDelegate&&) = delete;
   virtual ~WindowSystemDelegate() = default;
 
   /// The input focus is now with this window, or with none of ours.
@@ -103,9 +99,9 @@ class VEL_EXPORT WindowSystemDelegate {
   /// has the focus.
   virtual void applicationDeactivated() = 0;
   /// The user asked to close the window; it is still open.
-  virtual void closeAsked(WindowHandle window) = 0;
+  virtual void closeRequested(WindowHandle window) = 0;
   /// The window no longer exists; its handle is void.
-  virtual void windowGone(WindowHandle window) = 0;
+  virtual void windowDestroyed(WindowHandle window) = 0;
   /// The window has been moved or resized by somebody else.
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
   /// The window has been miniaturised or brought back. Of somebody else's, also where its owner has
@@ -125,13 +121,8 @@ class VEL_EXPORT WindowSystemDelegate {
 };
 
 /// A window system. Operations on a void handle do nothing.
-class VEL_EXPORT WindowSystem {
+class VEL_EXPORT WindowSystem : public NonCopyable {
  public:
-  WindowSystem() = default;
-  WindowSystem(const WindowSystem&) = delete;
-  WindowSystem& operator=(const WindowSystem&) = delete;
-  WindowSystem(WindowSystem&&) = delete;
-  WindowSystem& operator=(WindowSystem&&) = delete;
   virtual ~WindowSystem() = default;
 
   /// Who hears what happened; none stops the reports. Not owned.

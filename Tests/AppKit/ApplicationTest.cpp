@@ -215,7 +215,7 @@ TEST_F(ApplicationTest, AWindowThatTheDisplayRefusesIsNeverTakenForTheFocusedOne
   const auto window = open("A");
   display.delegate->focusMoved(WindowHandle::None);
   EXPECT_EQ(key(), "none");
-  display.delegate->windowGone(WindowHandle::None);
+  display.delegate->windowDestroyed(WindowHandle::None);
   EXPECT_TRUE(window->isVisible());
 }
 
@@ -230,8 +230,8 @@ TEST_F(ApplicationTest, AWindowBecomesKeyWhenTheDisplaySaysSo) {
 TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
   ScriptedDisplay& display = startOnScriptedDisplay();
   constexpr WindowHandle kUnknown{99};
-  display.delegate->closeAsked(kUnknown);
-  display.delegate->windowGone(kUnknown);
+  display.delegate->closeRequested(kUnknown);
+  display.delegate->windowDestroyed(kUnknown);
   display.delegate->frameChanged(kUnknown, CGRectZero);
   display.delegate->miniaturizedChanged(kUnknown, true);
   display.delegate->controlsKept(kUnknown, 2);
@@ -329,7 +329,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatItsOwnerDestroysCountsAsClosed) {
   const auto window = NSApp->adoptWindow(42, error);
   actorIn(window, "view");
   stage.take();
-  display.delegate->windowGone(WindowHandle{7});
+  display.delegate->windowDestroyed(WindowHandle{7});
   EXPECT_EQ(stage.take(),
             (Story{"view will disappear", "view did disappear", "PlayerWindow resigns"}));
 }

@@ -218,7 +218,7 @@ TEST_F(WindowTest, PerformCloseClosesWhereThereIsACloseControl) {
 TEST_F(WindowTest, AHandlerMayTakeTheUsersWishToCloseUponItself) {
   const auto window = open("A");
   Story asked;
-  NSApp->setCloseAskedHandler([&](NSWindow& which) { asked.emplace_back(which.className()); });
+  NSApp->setCloseRequestedHandler([&](NSWindow& which) { asked.emplace_back(which.className()); });
   platform.user().userClosesWindow(window->handle());
   EXPECT_EQ(asked, Story{"A"});
   EXPECT_TRUE(window->isVisible());
@@ -227,8 +227,8 @@ TEST_F(WindowTest, AHandlerMayTakeTheUsersWishToCloseUponItself) {
 TEST_F(WindowTest, TheHandlerMayReplaceItself) {
   const auto window = open("A");
   auto kept = std::make_shared<int>(0);
-  NSApp->setCloseAskedHandler([kept](NSWindow&) {
-    NSApp->setCloseAskedHandler(nullptr);
+  NSApp->setCloseRequestedHandler([kept](NSWindow&) {
+    NSApp->setCloseRequestedHandler(nullptr);
     ++*kept;  // still there
   });
   platform.user().userClosesWindow(window->handle());

@@ -26,10 +26,10 @@ void ReportListener::applicationActivated(WindowHandle window) {
   lines.push_back("activated " + nameOf(window));
 }
 void ReportListener::applicationDeactivated() { lines.emplace_back("deactivated"); }
-void ReportListener::closeAsked(WindowHandle window) {
+void ReportListener::closeRequested(WindowHandle window) {
   lines.push_back("close asked " + nameOf(window));
 }
-void ReportListener::windowGone(WindowHandle window) { lines.push_back("gone " + nameOf(window)); }
+void ReportListener::windowDestroyed(WindowHandle window) { lines.push_back("gone " + nameOf(window)); }
 void ReportListener::frameChanged(WindowHandle window, CGRect changed) {
   frame = changed;
   lines.push_back("frame " + nameOf(window));

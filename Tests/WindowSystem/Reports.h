@@ -19,8 +19,8 @@ class ReportListener final : public WindowSystemDelegate {
   void focusMoved(WindowHandle window) override;
   void applicationActivated(WindowHandle window) override;
   void applicationDeactivated() override;
-  void closeAsked(WindowHandle window) override;
-  void windowGone(WindowHandle window) override;
+  void closeRequested(WindowHandle window) override;
+  void windowDestroyed(WindowHandle window) override;
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
   void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;

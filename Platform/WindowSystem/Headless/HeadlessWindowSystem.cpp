@@ -125,7 +125,7 @@ void HeadlessWindowSystem::userClosesWindow(WindowHandle window) {
   const Window* const state = find(window);
   if (state != nullptr && delegate_ != nullptr &&
       (state->description.styleMask & NSWindowStyleMaskClosable) != 0) {
-    delegate_->closeAsked(window);
+    delegate_->closeRequested(window);
   }
 }
 
@@ -168,7 +168,7 @@ void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
     focus_ = WindowHandle::None;
   }
   if (windows_.erase(window) > 0 && delegate_ != nullptr) {
-    delegate_->windowGone(window);
+    delegate_->windowDestroyed(window);
   }
 }
 

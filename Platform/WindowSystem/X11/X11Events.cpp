@@ -168,7 +168,7 @@ void X11WindowSystem::handleMessage(const xcb_client_message_event_t& message) {
       message.type == connection_->atom(Atom::WmProtocols) && message.format == 32 &&
       message.data.data32[0] == connection_->atom(Atom::WmDeleteWindow) &&
       (window->style->mask() & NSWindowStyleMaskClosable) != 0) {
-    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.closeAsked(handle); });
+    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.closeRequested(handle); });
   }
 }
 
@@ -253,7 +253,7 @@ void X11WindowSystem::windowEnded(xcb_window_t id) {
   ended->second.cover->windowEnded();
   windows_.erase(ended);
   focusLost(id);
-  report(handle, [handle](WindowSystemDelegate& delegate) { delegate.windowGone(handle); });
+  report(handle, [handle](WindowSystemDelegate& delegate) { delegate.windowDestroyed(handle); });
 }
 
 // By a window that takes part no longer. Another one may have it already, and is still to be told.

@@ -87,8 +87,8 @@ TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
     void focusMoved(WindowHandle /*window*/) override {}
     void applicationActivated(WindowHandle /*window*/) override {}
     void applicationDeactivated() override {}
-    void closeAsked(WindowHandle /*window*/) override {}
-    void windowGone(WindowHandle /*window*/) override { system_ = nullptr; }
+    void closeRequested(WindowHandle /*window*/) override {}
+    void windowDestroyed(WindowHandle /*window*/) override { system_ = nullptr; }
     void frameChanged(WindowHandle /*window*/, CGRect /*frame*/) override {}
     void miniaturizedChanged(WindowHandle /*window*/, bool /*miniaturized*/) override {}
     void styleMaskChanged(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {}
