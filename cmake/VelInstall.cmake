@@ -19,6 +19,8 @@ install(
   FILES_MATCHING PATTERN "*.h"
   PATTERN "X11" EXCLUDE
   PATTERN "EmbeddedCover.h" EXCLUDE
+  PATTERN "RealClock.h" EXCLUDE
+  PATTERN "WaitSet.h" EXCLUDE
   PATTERN "ViewLifeCycle.h" EXCLUDE)
 install(
   FILES include/VelLaunchScreen/VelLaunchScreen.h Bindings/C/vel_launch_screen.h

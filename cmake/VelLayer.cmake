@@ -1,12 +1,12 @@
-# vel_add_layer(<name> [RECURSIVE] [DEPENDS <layer>...] [LIBRARIES <target>...]
-#               [DEFINITIONS <definition>...])
+# vel_add_layer(<name> [RECURSIVE] [SOURCES <source>...] [DEPENDS <layer>...]
+#               [LIBRARIES <target>...] [DEFINITIONS <definition>...])
 #
 # Creates the target vel::<name> from the sources of the current folder. RECURSIVE also takes the
-# sources of its subfolders. DEPENDS lists the layers whose headers the folder includes. LIBRARIES
-# (targets from outside the project) and DEFINITIONS apply to the folder's own sources only. A
-# folder without sources becomes an interface target.
+# sources of its subfolders, SOURCES the sources that it lists. DEPENDS lists the layers whose
+# headers the folder includes. LIBRARIES (targets from outside the project) and DEFINITIONS apply to
+# the folder's own sources only. A folder without sources becomes an interface target.
 function(vel_add_layer name)
-  cmake_parse_arguments(PARSE_ARGV 1 layer "RECURSIVE" "" "DEPENDS;LIBRARIES;DEFINITIONS")
+  cmake_parse_arguments(PARSE_ARGV 1 layer "RECURSIVE" "" "SOURCES;DEPENDS;LIBRARIES;DEFINITIONS")
   if(layer_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "vel_add_layer(${name}): unknown argument '${layer_UNPARSED_ARGUMENTS}'")
   endif()
@@ -16,6 +16,7 @@ function(vel_add_layer name)
     set(glob GLOB_RECURSE)
   endif()
   file(${glob} sources CONFIGURE_DEPENDS "*.cpp")
+  list(APPEND sources ${layer_SOURCES})
   list(TRANSFORM layer_DEPENDS PREPEND "vel::")
 
   if(sources)

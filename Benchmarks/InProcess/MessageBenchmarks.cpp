@@ -130,7 +130,7 @@ BENCHMARK(postOfQt)->Name("post/Qt")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
 // A task through the main queue, from the main thread.
 
 void taskOfLibrary(benchmark::State& state) {
-  const Stage stage(makeRealClock());
+  const Stage stage(kRealTime);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   std::int64_t done = 0;
   for (auto _ : state) {
@@ -231,7 +231,7 @@ class Sender {
 constexpr std::size_t kHandedOver = 500;
 
 void handedOverToLibrary(benchmark::State& state) {
-  const Stage stage(makeRealClock());
+  const Stage stage(kRealTime);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   DispatchQueue& queue = dispatch_get_main_queue();
   for (auto _ : state) {

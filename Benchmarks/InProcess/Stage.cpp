@@ -36,7 +36,11 @@ class Request final : public Class<Request, "Request", NSObject, ContentRequest>
 }  // namespace
 
 Stage::Stage(std::unique_ptr<Clock> clock, std::unique_ptr<WindowSystem> windowSystem) {
-  NSRunLoop::mainRunLoop().setClock(std::move(clock));
+  if (clock == nullptr) {
+    NSRunLoop::mainRunLoop().useRealTime();
+  } else {
+    NSRunLoop::mainRunLoop().setClock(std::move(clock));
+  }
   if (windowSystem == nullptr) {
     windowSystem = std::make_unique<HeadlessWindowSystem>();
   }
@@ -52,7 +56,7 @@ Stage::~Stage() {
   sDefaultConfiguration = nullptr;
   MetricsCenter::setSink(nullptr);
   setNSLogSink(nullptr);
-  NSRunLoop::mainRunLoop().setClock(makeRealClock());
+  NSRunLoop::mainRunLoop().useRealTime();
 }
 
 Strong<NSWindow> openWindow(std::string_view className) {

@@ -1,12 +1,14 @@
 // What the benchmarks inside the process run on.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string_view>
 
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/RealClock.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
 namespace vel::bench {
@@ -15,25 +17,23 @@ namespace vel::bench {
 /// the time costs what it costs.
 class ForwardClock final : public Clock {
  public:
-  [[nodiscard]] Nanoseconds now() const override { return real_->now() + ahead_; }
-  void waitUntil(Nanoseconds /*deadline*/) override {}
-  [[nodiscard]] bool canWaitForEver() const override { return true; }
+  [[nodiscard]] Nanoseconds now() const override { return real_.now() + ahead_; }
+  bool waitUntil(Nanoseconds /*deadline*/) override { return true; }
   void wake() override {}
-  void passBegan() override {}
-  [[nodiscard]] bool isPolled() const override { return false; }
-  void passEnded(Nanoseconds /*deadline*/) override {}
-  [[nodiscard]] int descriptor() override { return -1; }
-  void watch(int /*descriptor*/) override {}
 
   void putForward(Nanoseconds span) { ahead_ += span; }
 
  private:
-  std::unique_ptr<Clock> real_ = makeRealClock();
+  std::unique_ptr<WaitSet> waitSet_ = makeWaitSet();
+  RealClock real_{*waitSet_};
   Nanoseconds ahead_ = 0;
 };
 
-/// The platform for one benchmark, on the given clock and headless unless a window system is given;
-/// at its end nothing is left of it.
+/// Given to `Stage` for the machine's own clock.
+inline constexpr std::nullptr_t kRealTime = nullptr;
+
+/// The platform for one benchmark, in real time unless a clock is given, and headless unless a
+/// window system is given; at its end nothing is left of it.
 class Stage {
  public:
   explicit Stage(std::unique_ptr<Clock> clock,

@@ -95,7 +95,7 @@ BENCHMARK(tickOfGLib)->Name("tick/GLib");
 // Armed timers: one more is armed and taken back while so many wait.
 
 void timersOfLibrary(benchmark::State& state) {
-  const Stage stage(makeRealClock());
+  const Stage stage(kRealTime);
   const auto counter = make<Counter>();
   const auto arm = [&](double seconds) {
     return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
@@ -144,7 +144,7 @@ BENCHMARK(timersOfGLib)->Name("timers/GLib")->Arg(1)->Arg(100)->Arg(10'000);
 // An idle pump: what a game pays in a frame in which nothing happens, while the countdown runs.
 
 void idleOfLibrary(benchmark::State& state) {
-  const Stage stage(makeRealClock());
+  const Stage stage(kRealTime);
   const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
       1e6, make<Counter>(), true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -185,7 +185,7 @@ void idleOnDisplayOfLibrary(benchmark::State& state) {
     state.SkipWithError(error.c_str());
     return;
   }
-  const Stage stage(makeRealClock(), std::move(windowSystem));
+  const Stage stage(kRealTime, std::move(windowSystem));
   const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
       1e6, make<Counter>(), true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();

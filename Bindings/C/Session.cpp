@@ -52,8 +52,11 @@ VelStatus Session::create(const VelCreateOptions& options, std::unique_ptr<Sessi
   if (windowSystem == nullptr) {
     return VEL_NO_DISPLAY;
   }
-  NSRunLoop::mainRunLoop().setClock(
-      options.time == VEL_TIME_VIRTUAL ? std::make_unique<VirtualClock>() : makeRealClock());
+  if (options.time == VEL_TIME_VIRTUAL) {
+    NSRunLoop::mainRunLoop().setClock(std::make_unique<VirtualClock>());
+  } else {
+    NSRunLoop::mainRunLoop().useRealTime();
+  }
   NSApplication::start(std::move(windowSystem));
   std::unique_ptr<Session> made(new Session());
   const VelStatus status = made->openWindow(options, error);

@@ -64,7 +64,7 @@ int show(const ShowOptions& options) {
     return failed(error);
   }
   // The display in memory has nothing to wait for, and nobody who looks at it.
-  const bool isSeen = windowSystem->descriptor() >= 0;
+  const bool isSeen = windowSystem->waitHandle().isValid();
 
   HostLoop loop;
   NSApplication::start(std::move(windowSystem));

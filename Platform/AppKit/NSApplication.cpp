@@ -67,7 +67,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
     : windowSystem_(std::move(windowSystem)) {
   windowSystem_->setDelegate(this);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  loop.clock().watch(windowSystem_->descriptor());  // may fail: then nothing points here yet
+  loop.watch(windowSystem_->waitHandle());  // first, since it may throw
   loop.setWindowSystemSource(this);
   modalRunsChanged();
 }
@@ -76,7 +76,7 @@ NSApplication::~NSApplication() {
   windowSystem_->setDelegate(nullptr);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.setWindowSystemSource(nullptr);
-  loop.clock().watch(-1);
+  loop.watch(WaitHandle());
   loop.setMode(NSDefaultRunLoopMode);
 }
 
@@ -328,7 +328,7 @@ void NSApplication::displayLost(std::string_view reason) {
     window->handle_ = WindowHandle::None;
   }
   windows_.clear();
-  NSRunLoop::mainRunLoop().clock().watch(-1);
+  NSRunLoop::mainRunLoop().watch(WaitHandle());
   while (!open_.empty()) {
     const Strong<NSWindow> window = ordered_.empty() ? open_.back() : ordered_.front();
     window->close();

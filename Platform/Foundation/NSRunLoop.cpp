@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "Platform/Foundation/NSThread.h"
+#include "Platform/Foundation/RealClock.h"
 #include "Platform/Foundation/ReleasePool.h"
+#include "Platform/Foundation/WaitSet.h"
 
 namespace vel {
 
@@ -14,32 +16,37 @@ bool firesIn(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-/// Counts a pass while it is under way, and drains at its end what was handed over in it.
-class Pass {
+// The bits of `wakeState_`, by which other threads know what the loop does.
+constexpr unsigned kIdle = 1;   // between passes: a wake-up has to end a wait
+constexpr unsigned kWoken = 2;  // a wake-up has come since the pass began
+
+/// Counts a running pass. At the end of the pass, drains what was added to the release pool in it.
+class PassScope : NonCopyable {
  public:
-  explicit Pass(std::size_t& passes) : passes_(passes), pool_(ReleasePool::current()) {
-    // What was handed over before any pass began goes with the first one.
-    mark_ = passes_++ == 0 ? 0 : pool_.size();
+  explicit PassScope(std::size_t& runningPasses)
+      : runningPasses_(runningPasses), pool_(ReleasePool::current()) {
+    // The outermost pass also drains what was added before it began.
+    mark_ = runningPasses_++ == 0 ? 0 : pool_.size();
   }
-  Pass(const Pass&) = delete;
-  Pass& operator=(const Pass&) = delete;
-  ~Pass() {
+  ~PassScope() {
     pool_.drainTo(mark_);
-    --passes_;
+    --runningPasses_;
   }
 
  private:
-  std::size_t& passes_;
+  std::size_t& runningPasses_;
   ReleasePool& pool_;
   std::size_t mark_;
 };
 
 }  // namespace
 
-NSRunLoop::NSRunLoop() : clock_(makeRealClock()) {}
+NSRunLoop::NSRunLoop() { useRealTime(); }
+
+NSRunLoop::~NSRunLoop() = default;
 
 NSRunLoop& NSRunLoop::mainRunLoop() {
-  // Never destroyed: other threads may wake it while the process ends.
+  // Never destroyed: other threads may call `wake` while the process exits.
   static auto& loop = *new NSRunLoop();
   return loop;
 }
@@ -48,9 +55,37 @@ NSRunLoop* NSRunLoop::currentRunLoop() {
   return NSThread::isMainThread() ? &mainRunLoop() : nullptr;
 }
 
-void NSRunLoop::setClock(std::unique_ptr<Clock> clock) {
+void NSRunLoop::useRealTime() {
+  std::unique_ptr<WaitSet> waitSet = makeWaitSet();
+  auto clock = std::make_unique<RealClock>(*waitSet);
+  replaceClock(std::move(clock), std::move(waitSet));
+}
+
+void NSRunLoop::setClock(std::unique_ptr<Clock> clock) { replaceClock(std::move(clock), nullptr); }
+
+void NSRunLoop::replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitSet> waitSet) {
   invalidateTimers();
   clock_ = std::move(clock);
+  waitSet_ = std::move(waitSet);
+  isPolled_ = false;
+  wakeState_ = 0;
+}
+
+int NSRunLoop::descriptor() {
+  if (waitSet_ == nullptr) {
+    return -1;
+  }
+  if (!isPolled_) {
+    isPolled_ = true;
+    waitSet_->wake();  // the host then runs a pass, which updates the descriptor
+  }
+  return waitSet_->descriptor();
+}
+
+void NSRunLoop::watch(WaitHandle handle) {
+  if (waitSet_ != nullptr) {
+    waitSet_->watch(handle);
+  }
 }
 
 void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode) {
@@ -66,23 +101,43 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // The main thread does not wait while it is here. A pass under way looks at what there is to do
-  // when it ends; between passes only somebody who waits on the descriptor has to hear of it.
-  if (!NSThread::isMainThread() || (passes_ == 0 && clock_->isPolled())) {
+  // The main thread is not waiting now. A running pass computes the next deadline when it ends, so
+  // only a host that polls the descriptor between two passes needs a wake-up.
+  if (NSThread::isMainThread() && (runningPasses_ > 0 || !isPolled_)) {
+    return;
+  }
+  if ((wakeState_.fetch_or(kWoken) & kIdle) != 0) {
     clock_->wake();
   }
 }
 
 void NSRunLoop::deadlineChanged() {
-  // A pass under way looks at the deadlines when it ends.
-  if (passes_ == 0 && clock_->isPolled()) {
-    clock_->passEnded(nextDeadline());
+  // A running pass computes the next deadline when it ends.
+  if (runningPasses_ == 0 && isPolled_) {
+    updateDescriptor(nextDeadline());
+  }
+}
+
+void NSRunLoop::beginPass() {
+  wakeState_ = 0;  // this pass serves the earlier wake-ups
+  if (waitSet_ != nullptr) {
+    waitSet_->acknowledgeWakeUps();
+  }
+}
+
+// From here on a wake-up ends a wait. Returns false if one has come since the pass began.
+bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIdle) & kWoken) == 0; }
+
+void NSRunLoop::updateDescriptor(Nanoseconds deadline) {
+  waitSet_->setDeadline(deadline);
+  if (!becomeIdle()) {
+    waitSet_->wake();
   }
 }
 
 void NSRunLoop::remove(NSTimer& timer) {
   if (timer.modes_ == 0) {
-    return;  // never scheduled; it may be another thread's
+    return;  // never scheduled; another thread may have made it
   }
   const auto found = timers_.find(timer.self());
   if (found != timers_.end() && found->get() == &timer) {
@@ -98,7 +153,7 @@ void NSRunLoop::invalidateTimers() {
 }
 
 NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const {
-  // A timer whose target is still running does not fire again inside itself.
+  // A timer does not fire while the call of its own target is running.
   return std::ranges::find_if(timers_, [mode](const Strong<NSTimer>& timer) {
     return firesIn(timer->modes_, mode) && !timer->firing_;
   });
@@ -107,16 +162,16 @@ NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const
 bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   auto next = nextTimer(mode);
   if (next == timers_.end()) {
-    return false;  // an idle pass does not even read the clock
+    return false;  // an idle pass does not read the clock
   }
   bool fired = false;
   const Nanoseconds began = now();
   Nanoseconds current = began;
   for (; next != timers_.end() && (*next)->fireDate_ <= began; next = nextTimer(mode)) {
     if (std::exchange(fired, true)) {
-      current = now();  // the one before may have taken its time
+      current = now();  // the previous timer's target may have taken long
     }
-    // Kept alive: its call may invalidate it.
+    // A reference of our own: the target may invalidate the timer.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Strong<NSTimer> timer = *next;
     if (timer->repeats_) {
@@ -127,7 +182,7 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   return fired;
 }
 
-// Moves a repeating timer to its next fire date and its new place, before its target is called.
+// Sets the next fire date of a repeating timer and reorders it, before its target is called.
 void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds current) {
   auto node = timers_.extract(position);
   node.value()->advance(current);
@@ -135,8 +190,8 @@ void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds current) {
 }
 
 bool NSRunLoop::runPass(NSRunLoopMode mode) {
-  const Pass pass(passes_);
-  clock_->passBegan();
+  const PassScope scope(runningPasses_);
+  beginPass();
   bool did = fireTimers(mode);
   if (windowSystem_ != nullptr) {
     did |= windowSystem_->deliver();
@@ -144,8 +199,8 @@ bool NSRunLoop::runPass(NSRunLoopMode mode) {
   if (mainQueue_ != nullptr) {
     did |= mainQueue_->deliver();
   }
-  if (clock_->isPolled()) {
-    clock_->passEnded(nextDeadline(mode));
+  if (isPolled_) {
+    updateDescriptor(nextDeadline(mode));
   }
   return did;
 }
@@ -164,11 +219,17 @@ Nanoseconds NSRunLoop::nextDeadline(NSRunLoopMode mode) const {
 }
 
 void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
-  const Nanoseconds deadline = std::min(limit, nextDeadline(mode));
-  if (deadline == kNever && !clock_->canWaitForEver()) {
-    throw NothingToWaitFor("a wait in virtual time with nothing scheduled; " + pending(mode));
+  if (!becomeIdle()) {
+    return;
   }
-  clock_->waitUntil(deadline);
+  const bool canEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
+  if (!isPolled_) {
+    wakeState_.fetch_and(~kIdle);  // nobody waits until the next pass, which serves all wake-ups
+  }
+  if (!canEnd) {
+    throw NothingToWaitFor("a wait in virtual time with nothing scheduled; " +
+                           describePending(mode));
+  }
 }
 
 void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
@@ -178,26 +239,31 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // What comes due after the end does not count: a timer that is always late would never let go.
+  // What is due only after the end does not count: a timer that is always late would go on forever.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);
   }
 }
 
-void NSRunLoop::runUntil(const std::function<bool()>& done) {
-  while (!done()) {
+void NSRunLoop::runUntil(const std::function<bool()>& isDone) {
+  while (!isDone()) {
     runModeBeforeDate(mode_, kNever);
   }
 }
 
-std::string NSRunLoop::pending(NSRunLoopMode mode) const {
+std::string NSRunLoop::describePending(NSRunLoopMode mode) const {
   std::string text = "timers: " + std::to_string(timers_.size());
   for (const Strong<NSTimer>& timer : timers_) {
     text += "\n  at " + std::to_string(timer->fireDate_) + " ns, target " +
-            std::string(timer->target() ? timer->target()->className() : "none") +
+            std::string(timer->target() ? timer->target()->className() : "null") +
             (timer->firing_ ? ", firing now" : "") +
             (firesIn(timer->modes_, mode) ? "" : ", not in this mode");
+  }
+  for (const RunLoopSource* source : {windowSystem_, mainQueue_}) {
+    if (source != nullptr) {
+      text += source->describePending();
+    }
   }
   return text;
 }

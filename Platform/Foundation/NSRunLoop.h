@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,83 +11,95 @@
 #include "Platform/Foundation/Clock.h"
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/NSTimer.h"
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/WaitHandle.h"
 
 namespace vel {
 
-/// Something that a pass of the run loop serves besides its timers.
-class VEL_EXPORT RunLoopSource {
+class WaitSet;
+
+/// Something that a pass of the run loop serves besides its timers. Main thread.
+class VEL_EXPORT RunLoopSource : NonCopyable {
  public:
-  RunLoopSource() = default;
-  RunLoopSource(const RunLoopSource&) = delete;
-  RunLoopSource& operator=(const RunLoopSource&) = delete;
-  RunLoopSource(RunLoopSource&&) = delete;
-  RunLoopSource& operator=(RunLoopSource&&) = delete;
   virtual ~RunLoopSource() = default;
 
-  /// Delivers what has come by now; answers whether there was anything.
+  /// Delivers everything that is due. Returns whether anything was.
   virtual bool deliver() = 0;
-  /// When there will be something: `kNever` where that is unknown, 0 where there is already.
+  /// When something will be due: 0 if something is due already, `kNever` if that is unknown.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
+  /// What is pending, one line for each, for the text of an error.
+  [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
-/// Raised by a wait that could never end: virtual time, and nothing scheduled.
+/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. Its text lists
+/// the pending timers and the pending work of the main queue.
 class VEL_EXPORT NothingToWaitFor : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
 
-/// The main thread's run loop. One pass in a mode fires the timers that are due, delivers the
-/// window system's events, runs the main queue's work and drains the release pool, in this order. A
-/// host either hands over control (`runUntilDate`) or calls `pump` from a loop of its own.
-class VEL_EXPORT NSRunLoop {
+/// The main thread's run loop. A pass in a mode fires the timers that are due, delivers the window
+/// system's events, runs the main queue's work and drains the release pool, in this order. A host
+/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Main thread,
+/// except for `wake`, `now` and `currentRunLoop`.
+class VEL_EXPORT NSRunLoop : NonCopyable {
  public:
   static NSRunLoop& mainRunLoop();
-  /// The main run loop on the main thread; none on any other.
+  /// The main run loop on the main thread, null on any other thread.
   static NSRunLoop* currentRunLoop();
 
-  /// Replaces the clock; timers scheduled on the old one are invalidated. The default is real time.
+  /// Replaces the clock by the machine's steady clock, which is also the default. Invalidates all
+  /// timers. Throws `std::system_error`, and changes nothing, if the process has no descriptors
+  /// left.
+  void useRealTime();
+  /// Replaces the clock by one that waits for nothing but its deadline, such as a `VirtualClock`.
+  /// Invalidates all timers.
   void setClock(std::unique_ptr<Clock> clock);
   [[nodiscard]] Clock& clock() { return *clock_; }
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
-  /// Who is served in a pass after the timers: first the window system, then the main queue. None
-  /// takes the source out.
+  /// The sources that a pass serves after the timers: first the window system, then the main queue.
+  /// Null removes the source. Not owned.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 
-  /// The mode in which `pump` and `runUntilDate` run, looked at before each pass.
+  /// The mode in which `pump` and `runUntilDate` run. They read it before each pass.
   void setMode(NSRunLoopMode mode) { mode_ = mode; }
   [[nodiscard]] NSRunLoopMode mode() const { return mode_; }
 
-  /// Adds the timer for one more mode.
+  /// Lets the timer fire in one more mode. Ignores null and an invalid timer.
   void addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode);
 
-  /// One pass; answers whether it did anything. It waits for no event, only for the window system's
-  /// answers.
+  /// Runs one pass. Returns whether it did anything. Never waits for an event, but may block for a
+  /// round trip to the display server.
   bool runPass(NSRunLoopMode mode);
-  /// The same in the loop's mode: what a game calls once a frame.
+  /// Runs one pass in the loop's mode. A game calls this once a frame.
   bool pump() { return runPass(mode_); }
-  /// One pass; where it did nothing, waits for what comes next, `limit` at the latest.
+  /// Runs one pass. If it did nothing, waits for the next deadline or event, but at most until
+  /// `limit`.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);
-  /// Runs until `limit` has come and nothing more is due at that moment.
+  /// Runs passes until `limit` has come and nothing more is due at that moment.
   void runUntilDate(Nanoseconds limit);
-  /// Runs until `done` answers true, asking after each pass.
-  void runUntil(const std::function<bool()>& done);
+  /// Runs passes until `isDone` returns true. Calls it before each pass.
+  void runUntil(const std::function<bool()>& isDone);
 
-  /// When a pass in the loop's mode has something to do next; 0 for now, `kNever` if that is
+  /// When a pass in the loop's mode next has something to do: 0 for now, `kNever` if that is
   /// unknown.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
-  /// Becomes readable when a pass has something to do; -1 in virtual time. Valid until the clock is
-  /// replaced.
-  [[nodiscard]] int descriptor() { return clock_->descriptor(); }
+  /// A descriptor that is readable when a pass has something to do, for a host's own `poll`. -1 in
+  /// virtual time. Valid until the clock is replaced. After the first call every pass keeps the
+  /// descriptor up to date.
+  [[nodiscard]] int descriptor();
+  /// Lets input on `handle` end a wait; an invalid handle ends the watching. There is one handle at
+  /// a time. Virtual time ignores it.
+  void watch(WaitHandle handle);
 
-  /// Ends a wait, also a host's on the descriptor. Any thread.
+  /// Ends a wait of the loop, and makes the descriptor readable. Any thread.
   void wake();
-  /// Tells that what a source has to do may be due at another time now. Between passes that is
-  /// passed on to a host that waits on the descriptor; without one, nothing happens. Main thread.
+  /// Updates the descriptor after the deadline of a source has changed between two passes.
   void deadlineChanged();
 
-  /// Timers that are scheduled, in any mode.
+  /// How many timers are scheduled, in any mode.
   [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }
   /// Invalidates every timer.
   void invalidateTimers();
@@ -103,22 +116,30 @@ class VEL_EXPORT NSRunLoop {
   using Timers = std::set<Strong<NSTimer>, EarlierFirst>;
 
   NSRunLoop();
+  ~NSRunLoop();
 
+  void replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitSet> waitSet);
+  void beginPass();
+  void updateDescriptor(Nanoseconds deadline);
+  bool becomeIdle();
   void remove(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);
   void advance(Timers::const_iterator position, Nanoseconds current);
   [[nodiscard]] Timers::const_iterator nextTimer(NSRunLoopMode mode) const;
   [[nodiscard]] Nanoseconds nextDeadline(NSRunLoopMode mode) const;
   void wait(NSRunLoopMode mode, Nanoseconds limit);
-  [[nodiscard]] std::string pending(NSRunLoopMode mode) const;
+  [[nodiscard]] std::string describePending(NSRunLoopMode mode) const;
 
+  std::unique_ptr<WaitSet> waitSet_;  // null unless time is real
   std::unique_ptr<Clock> clock_;
   RunLoopSource* windowSystem_ = nullptr;
   RunLoopSource* mainQueue_ = nullptr;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
   Timers timers_;
   std::uint64_t scheduled_ = 0;
-  std::size_t passes_ = 0;  // under way, nested ones included
+  std::size_t runningPasses_ = 0;  // a pass may run a nested loop
+  bool isPolled_ = false;          // by a host that uses the descriptor
+  std::atomic<unsigned> wakeState_ = 0;
 };
 
 }  // namespace vel

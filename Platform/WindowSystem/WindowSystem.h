@@ -15,6 +15,7 @@
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/Foundation/Time.h"
+#include "Platform/Foundation/WaitHandle.h"
 
 namespace vel {
 
@@ -128,12 +129,12 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Who hears what happened; none stops the reports. Not owned.
   virtual void setDelegate(WindowSystemDelegate* delegate) = 0;
 
-  /// Readable when events have come; -1 where there is nothing to wait for.
-  [[nodiscard]] virtual int descriptor() const = 0;
+  /// Has input when events have come. Invalid if there is nothing to wait for.
+  [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
   /// Reports what has happened; answers whether there was anything. Waits for no event, only for
   /// the window system's answers.
   virtual bool deliverEvents() = 0;
-  /// When `deliverEvents` has something to do apart from new input on the descriptor (events read
+  /// When `deliverEvents` has something to do apart from new input on the handle (events read
   /// already, the next picture of an indicator): a moment on the steady clock, 0 for now, `kNever`
   /// for nothing.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;

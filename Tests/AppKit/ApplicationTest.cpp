@@ -20,7 +20,7 @@ namespace {
 class ScriptedDisplay final : public WindowSystem {
  public:
   void setDelegate(WindowSystemDelegate* to) override { delegate = to; }
-  [[nodiscard]] int descriptor() const override { return -1; }
+  [[nodiscard]] WaitHandle waitHandle() const override { return {}; }
   bool deliverEvents() override {
     deadline_ = kNever;
     return false;
@@ -86,7 +86,7 @@ class ApplicationTest : public StageTest {
 class PollingHostTest : public ApplicationTest {
  protected:
   PollingHostTest() {
-    loop.setClock(makeRealClock());
+    loop.useRealTime();
     window->contentView()->setWantsLayer(true);
   }
 

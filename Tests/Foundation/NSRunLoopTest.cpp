@@ -21,6 +21,9 @@ constexpr NSRunLoopMode kModes[] = {NSDefaultRunLoopMode, NSModalPanelRunLoopMod
 class Events final : public RunLoopSource {
  public:
   bool deliver() override {
+    if (onDeliver) {
+      onDeliver();
+    }
     const std::function<void()> event = std::exchange(event_, nullptr);
     if (event) {
       event();
@@ -31,6 +34,7 @@ class Events final : public RunLoopSource {
   void put(std::function<void()> event) { event_ = std::move(event); }
 
   Nanoseconds deadline = kNever;
+  std::function<void()> onDeliver;
 
  private:
   std::function<void()> event_;
@@ -200,10 +204,25 @@ TEST_F(NSRunLoopTest, WaitsNoLongerThanTheLimit) {
   EXPECT_EQ(platform.now(), 0.2);
 }
 
-TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadEndsAWait) {
-  std::thread([this] { loop.wake(); }).join();
-  EXPECT_NO_THROW(loop.clock().waitUntil(kNever));
+TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheNextWait) {
+  events.onDeliver = [this] { std::thread([this] { loop.wake(); }).join(); };
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
+}
+
+TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassEndsNoWait) {
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
+  std::thread([this] { loop.wake(); }).join();
+  loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
+  EXPECT_EQ(platform.now(), 5);
+}
+
+TEST_F(NSRunLoopTest, AWakeUpEndsOneVirtualWait) {
+  VirtualClock clock;
+  clock.wake();
+  EXPECT_TRUE(clock.waitUntil(kNever));
+  EXPECT_FALSE(clock.waitUntil(kNever));
+  EXPECT_EQ(clock.now(), 0);
 }
 
 TEST_F(NSRunLoopTest, VirtualTimeMovesStraightToTheNextDeadline) {

@@ -9,9 +9,11 @@
 #include <functional>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "Platform/Dispatch/Dispatch.h"
-#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/RealClock.h"
 #include "Tests/Foundation/Ticker.h"
 
 namespace vel::test {
@@ -20,16 +22,14 @@ namespace {
 constexpr Nanoseconds kMillisecond = 1'000'000;
 constexpr int kPatience = 10'000;  // in milliseconds: how long what must come may take
 
-class Pipe {
+class Pipe : NonCopyable {
  public:
   Pipe() { EXPECT_EQ(pipe(ends_.data()), 0); }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
   ~Pipe() {
     close(ends_[0]);
     close(ends_[1]);
   }
-  [[nodiscard]] int output() const { return ends_[0]; }
+  [[nodiscard]] WaitHandle output() const { return WaitHandle(ends_[0]); }
   void fill() const { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
 
  private:
@@ -38,11 +38,11 @@ class Pipe {
 
 class RealClockTest : public testing::Test {
  protected:
-  RealClockTest() { loop.setClock(makeRealClock()); }
+  RealClockTest() { loop.useRealTime(); }
   ~RealClockTest() override {
     loop.invalidateTimers();
     dispatch_get_main_queue().removeAll();
-    loop.setClock(makeRealClock());
+    loop.useRealTime();
   }
 
   // Whether a host that polls the loop's descriptor so long is told to run it.
@@ -108,8 +108,31 @@ TEST_F(RealClockTest, ARepeatingTimerKeepsItsPhase) {
 }
 
 TEST_F(RealClockTest, AWaitWithoutADeadlineEndsWhenAnotherThreadWakesIt) {
-  std::thread other([this] { loop.wake(); });
+  std::thread other([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
+  other.join();
+}
+
+TEST_F(RealClockTest, AWakeUpThatComesFirstEndsTheNextWait) {
+  onAnotherThread([this] { loop.clock().wake(); });
+  loop.clock().waitUntil(kNever);
+}
+
+TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
+  const std::unique_ptr<WaitSet> waitSet = makeWaitSet();
+  RealClock clock(*waitSet);
+  clock.wake();
+  clock.wake();
+  waitSet->acknowledgeWakeUps();
+  const Nanoseconds deadline = clock.now() + kMillisecond;
+  clock.waitUntil(deadline);
+  EXPECT_GE(clock.now(), deadline);
+}
+
+TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
+  bool isIdle = true;
+  std::thread other([this] { loop.wake(); });
+  loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // one pass and one wait
   other.join();
 }
 
@@ -135,23 +158,23 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
 
 TEST_F(RealClockTest, InputOnTheWatchedDescriptorEndsAWait) {
   const Pipe pipe;
-  loop.clock().watch(pipe.output());
+  loop.watch(pipe.output());
   pipe.fill();
   loop.clock().waitUntil(kNever);
-  loop.clock().watch(-1);
+  loop.watch(WaitHandle());
 }
 
 TEST_F(RealClockTest, ADescriptorThatIsNoLongerWatchedEndsNoWait) {
   const Pipe former;
   const Pipe watched;
-  loop.clock().watch(former.output());
-  loop.clock().watch(watched.output());
+  loop.watch(former.output());
+  loop.watch(watched.output());
   former.fill();
   pumpUntilIdle();
   EXPECT_FALSE(readable());
   watched.fill();
   EXPECT_TRUE(readable(kPatience));
-  loop.clock().watch(-1);
+  loop.watch(WaitHandle());
   loop.pump();
   EXPECT_FALSE(readable());
 }
@@ -159,9 +182,9 @@ TEST_F(RealClockTest, ADescriptorThatIsNoLongerWatchedEndsNoWait) {
 TEST_F(RealClockTest, AWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
   {
     const Pipe pipe;
-    loop.clock().watch(pipe.output());
+    loop.watch(pipe.output());
   }
-  EXPECT_NO_THROW(loop.clock().watch(-1));
+  EXPECT_NO_THROW(loop.watch(WaitHandle()));
 }
 
 TEST_F(RealClockTest, TheDescriptorIsQuietWhileThereIsNothingToDo) {

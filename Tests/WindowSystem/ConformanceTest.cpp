@@ -290,8 +290,9 @@ TEST_P(Conformance, WhatHasHappenedIsToldOrCanBeWaitedFor) {
   const WindowHandle window = openFocused();
   display->somebodyResizes(window, {400, 260});
   if (reports.count("frame") == 0) {  // not told at once
-    ASSERT_GE(system().descriptor(), 0);
-    waitForInput(system().descriptor(), std::min(system().nextDeadline(), steadyNow() + kPatience));
+    ASSERT_TRUE(system().waitHandle().isValid());
+    waitForInput(system().waitHandle().descriptor(),
+                 std::min(system().nextDeadline(), steadyNow() + kPatience));
     EXPECT_TRUE(system().deliverEvents());
   }
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));

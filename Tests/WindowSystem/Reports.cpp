@@ -93,7 +93,8 @@ bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) 
     if (now >= limit) {
       return false;
     }
-    waitForInput(system.descriptor(), std::min(system.nextDeadline(), now + kAnotherLook));
+    waitForInput(system.waitHandle().descriptor(),
+                 std::min(system.nextDeadline(), now + kAnotherLook));
   }
 }
 

@@ -21,7 +21,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   };
 
   void setDelegate(WindowSystemDelegate* delegate) override { delegate_ = delegate; }
-  [[nodiscard]] int descriptor() const override { return -1; }
+  [[nodiscard]] WaitHandle waitHandle() const override { return {}; }
   bool deliverEvents() override { return false; }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return kNever; }
 

@@ -58,7 +58,9 @@ X11WindowSystem::~X11WindowSystem() {
   windows_.clear();
 }
 
-int X11WindowSystem::descriptor() const { return xcb_get_file_descriptor(connection_->get()); }
+WaitHandle X11WindowSystem::waitHandle() const {
+  return WaitHandle(xcb_get_file_descriptor(connection_->get()));
+}
 
 Window* X11WindowSystem::find(WindowHandle window) {
   const auto found = windows_.find(window);

@@ -27,7 +27,7 @@ class X11WindowSystem final : public WindowSystem {
   ~X11WindowSystem() override;
 
   void setDelegate(WindowSystemDelegate* delegate) override { delegate_ = delegate; }
-  [[nodiscard]] int descriptor() const override;
+  [[nodiscard]] WaitHandle waitHandle() const override;
   bool deliverEvents() override;
   [[nodiscard]] Nanoseconds nextDeadline() const override;
 

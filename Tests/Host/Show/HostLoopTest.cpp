@@ -51,7 +51,7 @@ class Input {
 // The loop waits on descriptors, so it runs in real time.
 class HostLoopTest : public testing::Test {
  protected:
-  HostLoopTest() { NSRunLoop::mainRunLoop().setClock(makeRealClock()); }
+  HostLoopTest() { NSRunLoop::mainRunLoop().useRealTime(); }
   ~HostLoopTest() override { dispatch_get_main_queue().removeAll(); }
 
   // Ends the loop after so many passes, each of which is asked for by the one before.

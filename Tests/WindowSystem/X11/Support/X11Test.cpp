@@ -68,7 +68,7 @@ void X11Test::deliverFor(double seconds) {
   const Nanoseconds limit = steadyNow() + nanosecondsFromSeconds(seconds);
   while (steadyNow() < limit) {
     system().deliverEvents();
-    waitForInput(system().descriptor(), std::min(system().nextDeadline(), limit));
+    waitForInput(system().waitHandle().descriptor(), std::min(system().nextDeadline(), limit));
   }
 }
 

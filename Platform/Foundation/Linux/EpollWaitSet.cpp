@@ -1,0 +1,123 @@
+// The wait set of Linux.
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <system_error>
+
+#include "Platform/Foundation/WaitSet.h"
+
+namespace vel {
+
+namespace {
+
+/// Owns a file descriptor.
+class FileDescriptor : NonCopyable {
+ public:
+  /// Takes the result of the system call `call`. Throws if the call has failed.
+  FileDescriptor(int descriptor, const char* call) : descriptor_(descriptor) {
+    if (descriptor < 0) {
+      throw std::system_error(errno, std::generic_category(), call);
+    }
+  }
+  ~FileDescriptor() { close(descriptor_); }
+
+  [[nodiscard]] int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+/// One epoll descriptor over three: an eventfd for wake-ups, a timerfd for the deadline, and the
+/// watched handle.
+class EpollWaitSet final : public WaitSet {
+ public:
+  EpollWaitSet()
+      : epoll_(epoll_create1(EPOLL_CLOEXEC), "epoll_create1"),
+        eventfd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd"),
+        timerfd_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK), "timerfd_create") {
+    add(eventfd_.get());
+    add(timerfd_.get());
+  }
+
+  void watch(WaitHandle handle) override {
+    if (watched_.isValid()) {
+      // Fails if the descriptor is closed already. Closing it has removed it from the epoll set.
+      epoll_event unused{};
+      epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, watched_.descriptor(), &unused);
+    }
+    watched_ = handle;
+    if (watched_.isValid()) {
+      add(watched_.descriptor());
+    }
+  }
+
+  void setDeadline(Nanoseconds deadline) override {
+    if (deadline == deadline_) {
+      return;
+    }
+    deadline_ = deadline;
+    itimerspec setting{};
+    if (deadline != kNever) {
+      // 0 would disarm the timer. Any moment in the past makes it expire at once.
+      const Nanoseconds moment = deadline > 0 ? deadline : 1;
+      setting.it_value.tv_sec = moment / kNanosecondsPerSecond;
+      setting.it_value.tv_nsec = moment % kNanosecondsPerSecond;
+    }
+    timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &setting, nullptr);
+  }
+
+  void wait() override {
+    epoll_event event{};
+    epoll_wait(epoll_.get(), &event, 1, -1);
+  }
+
+  void wake() override {
+    // The mark comes before the write: the write may let the main thread run, and
+    // `acknowledgeWakeUps` then needs the mark.
+    if (!isSignalled_.exchange(true)) {
+      const std::uint64_t one = 1;
+      [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);
+    }
+  }
+
+  void acknowledgeWakeUps() override {
+    if (isSignalled_) {
+      // The read fails if another thread has set the mark and not yet written. The mark then stays,
+      // and a later call removes both.
+      std::uint64_t count = 0;
+      if (read(eventfd_.get(), &count, sizeof count) > 0) {
+        isSignalled_ = false;
+      }
+    }
+  }
+
+  [[nodiscard]] int descriptor() const override { return epoll_.get(); }
+
+ private:
+  void add(int descriptor) const {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = descriptor;
+    if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, descriptor, &event) < 0) {
+      throw std::system_error(errno, std::generic_category(), "epoll_ctl");
+    }
+  }
+
+  FileDescriptor epoll_;
+  FileDescriptor eventfd_;
+  FileDescriptor timerfd_;
+  WaitHandle watched_;
+  Nanoseconds deadline_ = kNever;
+  std::atomic<bool> isSignalled_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<WaitSet> makeWaitSet() { return std::make_unique<EpollWaitSet>(); }
+
+}  // namespace vel

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/WaitSet.h"
+
+namespace vel {
+
+/// The machine's steady clock. Its waits are those of a wait set, which must outlive it.
+class RealClock final : public Clock {
+ public:
+  explicit RealClock(WaitSet& waitSet) : waitSet_(waitSet) {}
+
+  [[nodiscard]] Nanoseconds now() const override;
+  bool waitUntil(Nanoseconds deadline) override;
+  void wake() override;
+
+ private:
+  WaitSet& waitSet_;
+};
+
+}  // namespace vel

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace vel {
+
+/// Something of the operating system whose input can end a wait, such as the connection to a
+/// display server. On POSIX systems this is a file descriptor. The handle does not own it.
+class WaitHandle {
+ public:
+  /// An invalid handle: there is nothing to wait for.
+  WaitHandle() = default;
+  explicit WaitHandle(int descriptor) : descriptor_(descriptor) {}
+
+  [[nodiscard]] bool isValid() const { return descriptor_ >= 0; }
+  /// The file descriptor, or -1 if the handle is invalid.
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_ = -1;
+};
+
+}  // namespace vel
