@@ -1,193 +1,178 @@
 #include "Platform/WindowSystem/X11/StyleHints.h"
 
+#include <xcb/xcb_icccm.h>
+
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace vel::x11 {
 
 namespace {
 
-// _MOTIF_WM_HINTS: flags, functions, decorations, input mode, status.
-constexpr std::size_t kMotifFields = 5;
-enum MotifField : std::size_t { kMotifFlags, kMotifFunctions, kMotifDecorations };
-constexpr std::uint32_t kHasFunctions = 1;
-constexpr std::uint32_t kHasDecorations = 2;
+// The elements of _MOTIF_WM_HINTS; input mode and status follow.
+enum MotifElement : std::size_t { kMotifFlags, kMotifFunctions, kMotifDecorations };
+constexpr std::size_t kMotifElementCount = 5;
 
-// In both sets the first bit turns the others round: all but those.
-constexpr std::uint32_t kAllBut = 1;
-constexpr std::uint32_t kEveryFunction = 2 | 4 | 8 | 16 | 32;
-constexpr std::uint32_t kEveryDecoration = 2 | 4 | 8 | 16 | 32 | 64;
-constexpr std::uint32_t kMove = 4;
+enum MotifFlag : std::uint32_t { kHasFunctions = 1, kHasDecorations = 2 };
 
-struct Control {
-  NSWindowStyleMask bit;
-  std::uint32_t function;  // the one that stands for it, of those in `functions`
-  std::uint32_t functions;
-  std::uint32_t decorations;
+// This bit inverts a set of functions or decorations: the window has all but those in the set.
+constexpr std::uint32_t kAll = 1;
+
+enum MotifFunction : std::uint32_t {
+  kFunctionResize = 2,
+  kFunctionMove = 4,
+  kFunctionMinimize = 8,
+  kFunctionMaximize = 16,
+  kFunctionClose = 32,
+  kEveryFunction = 62,
 };
-constexpr std::array<Control, 3> kMotifControls{{
-    {NSWindowStyleMaskResizable, 2, 2 | 16, 4 | 64},  // maximising is resizing
-    {NSWindowStyleMaskMiniaturizable, 8, 8, 32},
-    {NSWindowStyleMaskClosable, 32, 32, 0},
+
+enum MotifDecoration : std::uint32_t {
+  kDecorationBorder = 2,
+  kDecorationResizeHandles = 4,
+  kDecorationTitle = 8,
+  kDecorationMenu = 16,
+  kDecorationMinimize = 32,
+  kDecorationMaximize = 64,
+  kEveryDecoration = 126,
+};
+
+/// What stands for a control in _MOTIF_WM_HINTS.
+struct MotifControl {
+  NSWindowStyleMask styleBit;
+  std::uint32_t function;          // a window with it has the control
+  std::uint32_t removedFunctions;  // removed with the control
+  std::uint32_t removedDecorations;
+};
+constexpr std::array<MotifControl, 3> kMotifControls{{
+    {NSWindowStyleMaskResizable, kFunctionResize,
+     kFunctionResize | kFunctionMaximize,  // maximising is resizing, too
+     kDecorationResizeHandles | kDecorationMaximize},
+    {NSWindowStyleMaskMiniaturizable, kFunctionMinimize, kFunctionMinimize, kDecorationMinimize},
+    {NSWindowStyleMaskClosable, kFunctionClose, kFunctionClose, 0},
 }};
 
-// WM_NORMAL_HINTS, as far as it is touched.
-constexpr std::size_t kNormalFields = 18;
-enum NormalField : std::size_t {
-  kNormalFlags,
-  kLeastWidth = 5,
-  kLeastHeight,
-  kGreatestWidth,
-  kGreatestHeight,
-  kGravity = 17,
-};
-constexpr std::uint32_t kPlacedByProgram = 1 | 2 | 4 | 8;  // USPosition, USSize, PPosition, PSize
-constexpr std::uint32_t kHasLeastSize = 16;
-constexpr std::uint32_t kHasGreatestSize = 32;
-constexpr std::uint32_t kHasGravity = 512;
+// The elements of WM_NORMAL_HINTS that are used here.
+constexpr std::size_t elementAt(std::size_t offset) { return offset / sizeof(std::uint32_t); }
+constexpr std::size_t kNormalFlags = elementAt(offsetof(xcb_size_hints_t, flags));
+constexpr std::size_t kMinWidth = elementAt(offsetof(xcb_size_hints_t, min_width));
+constexpr std::size_t kMinHeight = elementAt(offsetof(xcb_size_hints_t, min_height));
+constexpr std::size_t kMaxWidth = elementAt(offsetof(xcb_size_hints_t, max_width));
+constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_height));
+constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
+constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
-std::vector<std::uint32_t> fields(const std::optional<Property>& property, std::size_t count) {
-  std::vector<std::uint32_t> numbers;
-  if (property) {
-    numbers = property->numbers();
-  }
-  numbers.resize(std::max(numbers.size(), count));
-  return numbers;
+// Missing elements at the end count as 0.
+std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t count) {
+  std::vector<std::uint32_t> elements = value ? value->numbers() : std::vector<std::uint32_t>();
+  elements.resize(std::max(elements.size(), count));
+  return elements;
 }
 
-std::uint32_t spelledOut(std::uint32_t set, std::uint32_t every) {
-  return (set & kAllBut) != 0 ? every & ~set : set;
+// Returns the set without the bit that inverts it.
+std::uint32_t expandAll(std::uint32_t set, std::uint32_t every) {
+  return (set & kAll) != 0 ? every & ~set : set;
 }
 
 std::uint32_t functionsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasFunctions) != 0
-             ? spelledOut(motif[kMotifFunctions], kEveryFunction)
+             ? expandAll(motif[kMotifFunctions], kEveryFunction)
              : kEveryFunction;
 }
 
 std::uint32_t decorationsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasDecorations) != 0
-             ? spelledOut(motif[kMotifDecorations], kEveryDecoration)
+             ? expandAll(motif[kMotifDecorations], kEveryDecoration)
              : kEveryDecoration;
 }
 
-bool hasOneSize(const std::vector<std::uint32_t>& normal) {
-  constexpr std::uint32_t kBoth = kHasLeastSize | kHasGreatestSize;
-  return (normal[kNormalFlags] & kBoth) == kBoth && normal[kLeastWidth] == normal[kGreatestWidth] &&
-         normal[kLeastHeight] == normal[kGreatestHeight];
+bool hasFixedSize(const std::vector<std::uint32_t>& normal) {
+  constexpr std::uint32_t kMinAndMax =
+      XCB_ICCCM_SIZE_HINT_P_MIN_SIZE | XCB_ICCCM_SIZE_HINT_P_MAX_SIZE;
+  return (normal[kNormalFlags] & kMinAndMax) == kMinAndMax &&
+         normal[kMinWidth] == normal[kMaxWidth] && normal[kMinHeight] == normal[kMaxHeight];
 }
 
-// By their lengths: of the five fields of a Motif property three are sets, of the others' one.
-std::size_t setsIn(const std::vector<std::uint32_t>& values) {
-  return values.size() < kNormalFields ? 3 : 1;
+void fixSize(std::vector<std::uint32_t>& normal, PixelRect frame) {
+  normal[kNormalFlags] |= XCB_ICCCM_SIZE_HINT_P_MIN_SIZE | XCB_ICCCM_SIZE_HINT_P_MAX_SIZE;
+  normal[kMinWidth] = normal[kMaxWidth] = static_cast<std::uint32_t>(frame.width);
+  normal[kMinHeight] = normal[kMaxHeight] = static_cast<std::uint32_t>(frame.height);
 }
 
-// The bits of each field in which ours differs from theirs. Where two sizes differ, they differ as
-// wholes.
-std::vector<std::uint32_t> changesIn(const Overlay& overlay) {
-  const std::vector<std::uint32_t> ours = fields(overlay.ours, 0);
-  const std::vector<std::uint32_t> theirs = fields(overlay.theirs, ours.size());
-  std::vector<std::uint32_t> changes(ours.size());
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    const std::uint32_t difference = ours[i] ^ theirs[i];
-    changes[i] = i < setsIn(ours) || difference == 0 ? difference : ~0U;
+HintValue restrictMotif(const HintValue& value, NSWindowStyleMask styleMask, xcb_atom_t newType) {
+  std::uint32_t removedFunctions = 0;
+  std::uint32_t removedDecorations = 0;
+  for (const MotifControl& control : kMotifControls) {
+    if ((styleMask & control.styleBit) == 0) {
+      removedFunctions |= control.removedFunctions;
+      removedDecorations |= control.removedDecorations;
+    }
   }
-  return changes;
+  if ((styleMask & NSWindowStyleMaskTitled) == 0) {
+    removedDecorations = kEveryDecoration;
+  }
+  auto motif = elementsOf(value, kMotifElementCount);
+  const std::uint32_t functions = functionsOf(motif);
+  const std::uint32_t decorations = decorationsOf(motif);
+  if ((functions & removedFunctions) == 0 && (decorations & removedDecorations) == 0) {
+    return value;
+  }
+  motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
+  motif[kMotifFunctions] = functions & ~removedFunctions;
+  motif[kMotifDecorations] = decorations & ~removedDecorations;
+  return Property::ofNumbers(value ? value->type : newType, motif);
 }
 
-void fixSize(std::vector<std::uint32_t>& normal, PixelRect size) {
-  normal[kNormalFlags] |= kHasLeastSize | kHasGreatestSize;
-  normal[kLeastWidth] = normal[kGreatestWidth] = static_cast<std::uint32_t>(size.width);
-  normal[kLeastHeight] = normal[kGreatestHeight] = static_cast<std::uint32_t>(size.height);
+HintValue restrictNormal(const HintValue& value, NSWindowStyleMask styleMask, PixelRect frame) {
+  auto normal = elementsOf(value, kNormalElementCount);
+  if ((styleMask & NSWindowStyleMaskResizable) != 0 || hasFixedSize(normal)) {
+    return value;
+  }
+  fixSize(normal, frame);
+  return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal);
 }
 
 }  // namespace
 
-bool isReadFrom(const Overlay& overlay, const Property& found) {
-  const std::vector<std::uint32_t> ours = fields(overlay.ours, 0);
-  const std::vector<std::uint32_t> changes = changesIn(overlay);
-  const std::vector<std::uint32_t> values = found.numbers();
-  if (values.size() < ours.size() || overlay.ours == overlay.theirs) {
-    return false;
-  }
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    if (((values[i] ^ ours[i]) & changes[i]) != 0) {
-      return false;
-    }
-  }
-  return true;
-}
-
-Property withoutOurs(const Overlay& overlay, const Property& found) {
-  const std::vector<std::uint32_t> changes = changesIn(overlay);
-  const std::vector<std::uint32_t> theirs = fields(overlay.theirs, changes.size());
-  std::vector<std::uint32_t> values = found.numbers();
-  for (std::size_t i = 0; i < changes.size(); ++i) {
-    values[i] = (values[i] & ~changes[i]) | (theirs[i] & changes[i]);
-  }
-  return Property::ofNumbers(found.type, values);
-}
-
 NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
-  const auto motif = fields(hints.motif, kMotifFields);
+  const auto motif = elementsOf(hints.motif, kMotifElementCount);
   NSWindowStyleMask styleMask =
       decorationsOf(motif) == 0 ? NSWindowStyleMaskBorderless : NSWindowStyleMaskTitled;
-  for (const Control& control : kMotifControls) {
+  for (const MotifControl& control : kMotifControls) {
     if ((functionsOf(motif) & control.function) != 0) {
-      styleMask |= control.bit;
+      styleMask |= control.styleBit;
     }
   }
-  if (hasOneSize(fields(hints.normal, kNormalFields))) {
+  if (hasFixedSize(elementsOf(hints.normal, kNormalElementCount))) {
     styleMask &= ~NSWindowStyleMaskResizable;
   }
   return styleMask;
 }
 
-StyleHints withControls(const StyleHints& hints, NSWindowStyleMask styleMask, PixelRect size,
-                        xcb_atom_t motifType) {
-  std::uint32_t functions = 0;
-  std::uint32_t decorations = 0;
-  for (const Control& control : kMotifControls) {
-    if ((styleMask & control.bit) == 0) {
-      functions |= control.functions;
-      decorations |= control.decorations;
-    }
-  }
-  if ((styleMask & NSWindowStyleMaskTitled) == 0) {
-    decorations = kEveryDecoration;
-  }
-
-  StyleHints changed = hints;
-  if (auto motif = fields(hints.motif, kMotifFields);
-      (functionsOf(motif) & functions) != 0 || (decorationsOf(motif) & decorations) != 0) {
-    motif[kMotifFunctions] = functionsOf(motif) & ~functions;
-    motif[kMotifDecorations] = decorationsOf(motif) & ~decorations;
-    motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
-    changed.motif = Property::ofNumbers(hints.motif ? hints.motif->type : motifType, motif);
-  }
-  if (auto normal = fields(hints.normal, kNormalFields);
-      (styleMask & NSWindowStyleMaskResizable) == 0 && !hasOneSize(normal)) {
-    fixSize(normal, size);
-    changed.normal = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal);
-  }
-  return changed;
+StyleHints restrictHints(const StyleHints& hints, NSWindowStyleMask styleMask, PixelRect frame,
+                         xcb_atom_t motifType) {
+  return {.motif = restrictMotif(hints.motif, styleMask, motifType),
+          .normal = restrictNormal(hints.normal, styleMask, frame)};
 }
 
 StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
                              xcb_atom_t motifType) {
-  std::vector<std::uint32_t> motif(kMotifFields);
+  std::vector<std::uint32_t> motif(kMotifElementCount);
   motif[kMotifFlags] = kHasFunctions | kHasDecorations;
   motif[kMotifFunctions] = kEveryFunction;
   motif[kMotifDecorations] = kEveryDecoration;
-  if (kind == WindowKind::Sheet) {  // it stays where it hangs, below its owner's title
-    motif[kMotifFunctions] &= ~kMove;
+  if (kind == WindowKind::Sheet) {  // stays attached to its owner, below the owner's title
+    motif[kMotifFunctions] &= ~std::uint32_t{kFunctionMove};
     motif[kMotifDecorations] = 0;
   }
 
-  std::vector<std::uint32_t> normal(kNormalFields);
-  normal[kNormalFlags] = kPlacedByProgram | kHasGravity;
-  normal[kGravity] = XCB_GRAVITY_STATIC;  // the frame is that of the content, not of the border
-  return withControls(
+  std::vector<std::uint32_t> normal(kNormalElementCount);
+  normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
+                         XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
+                         XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // the position is that of the content, not of a frame
+  return restrictHints(
       {Property::ofNumbers(motifType, motif), Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)},
       styleMask, frame, motifType);
 }

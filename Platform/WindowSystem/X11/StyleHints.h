@@ -1,48 +1,41 @@
-// What a style mask says, in the properties that window managers read.
+// Converts between a style mask and the properties in which window managers read it.
 #pragma once
 
-#include <optional>
-
 #include "Platform/WindowSystem/WindowSystem.h"
-#include "Platform/WindowSystem/X11/Connection.h"
-#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
+#include "Platform/WindowSystem/X11/HintOverride.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
 
 namespace vel::x11 {
 
-/// The controls that a style mask takes away or gives, and all of the mask that hints can say.
+/// The bits of a style mask that are controls.
 inline constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
-inline constexpr NSWindowStyleMask kHinted = kControls | NSWindowStyleMaskTitled;
+/// The bits of a style mask that hints can express.
+inline constexpr NSWindowStyleMask kStyleInHints = kControls | NSWindowStyleMaskTitled;
 
-/// The two properties of a window that its style mask speaks for; none is an absent property.
+/// How many elements at the start of each property are sets of bits: flags, functions and
+/// decorations of _MOTIF_WM_HINTS, and flags of WM_NORMAL_HINTS.
+inline constexpr std::size_t kMotifBitSetCount = 3;
+inline constexpr std::size_t kNormalBitSetCount = 1;
+
+/// The properties of a window that express its style mask.
 struct StyleHints {
-  std::optional<Property> motif;   // _MOTIF_WM_HINTS
-  std::optional<Property> normal;  // WM_NORMAL_HINTS
+  HintValue motif;   // _MOTIF_WM_HINTS
+  HintValue normal;  // WM_NORMAL_HINTS
   bool operator==(const StyleHints&) const = default;
 };
 
-/// What we wrote over one of these properties, and what its owner had there.
-struct Overlay {
-  std::optional<Property> theirs;
-  std::optional<Property> ours;
-};
-
-/// Whether a value that the owner has written since has all that we changed in it still: then he
-/// has changed what he read from us, as many programs do, and means the rest as it was.
-[[nodiscard]] bool isReadFrom(const Overlay& overlay, const Property& found);
-/// Such a value with what stood for our changes.
-[[nodiscard]] Property withoutOurs(const Overlay& overlay, const Property& found);
-
-/// The style mask that the properties amount to. Absent ones leave a window every control.
+/// The style mask that `hints` give a window. Without the properties it has a title and all
+/// controls.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// The hints of a window of `size` without the title and the controls that `styleMask` lacks; what
-/// it has more than `hints` is not added, and a property from which nothing is taken away stays as
-/// it is, to the byte. `motifType` is the type of a Motif property that is made new.
-[[nodiscard]] StyleHints withControls(const StyleHints& hints, NSWindowStyleMask styleMask,
-                                      PixelRect size, xcb_atom_t motifType);
+/// Returns `hints` without the title and the controls that `styleMask` lacks, for a window of the
+/// size of `frame`. Adds no control that `hints` lack. A property that allows nothing to be removed
+/// keeps its bytes. `motifType` is the type of a new Motif property.
+[[nodiscard]] StyleHints restrictHints(const StyleHints& hints, NSWindowStyleMask styleMask,
+                                       PixelRect frame, xcb_atom_t motifType);
 
-/// The hints of a window of our own, placed and sized by the program.
+/// The hints of a window that we create, which the program positions and sizes.
 [[nodiscard]] StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind,
                                            PixelRect frame, xcb_atom_t motifType);
 

@@ -6,169 +6,149 @@
 
 namespace vel::x11 {
 
-namespace {
-
-// More than are made while a window's owner reads one and writes his own.
-constexpr std::size_t kWritingsRemembered = 4;
-
-}  // namespace
-
 WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, WindowKind kind,
                          NSWindowStyleMask styleMask, PixelRect frame)
     : connection_(connection),
       window_(window),
+      motifName_(connection.atom(Atom::MotifWmHints)),
       kind_(kind),
-      told_(kControls),
       mask_(styleMask),
-      motif_{.name = connection.atom(Atom::MotifWmHints)},
-      normal_{.name = XCB_ATOM_WM_NORMAL_HINTS} {
-  apply(frame);
+      reportedOwnersMask_(styleMask),
+      motif_(std::nullopt, kMotifBitSetCount),
+      normal_(std::nullopt, kNormalBitSetCount) {
+  writeOwnHints(frame);
 }
 
-WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& found)
+WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& ownersHints)
     : connection_(connection),
       window_(window),
-      told_(styleMaskOf(found)),
-      mask_(told_),
-      motif_{.name = connection.atom(Atom::MotifWmHints),
-             .theirs = found.motif,
-             .written = found.motif},
-      normal_{.name = XCB_ATOM_WM_NORMAL_HINTS, .theirs = found.normal, .written = found.normal} {}
+      motifName_(connection.atom(Atom::MotifWmHints)),
+      mask_(styleMaskOf(ownersHints)),
+      reportedOwnersMask_(mask_),
+      motif_(ownersHints.motif, kMotifBitSetCount),
+      normal_(ownersHints.normal, kNormalBitSetCount) {}
 
-WindowStyle::~WindowStyle() { takeAnswers(); }
+// Each reply must be read: XCB keeps it in memory until then.
+WindowStyle::~WindowStyle() { reconcileReplacedHints(); }
 
-NSWindowStyleMask WindowStyle::takenControls() const {
-  return (isOwn() ? told_ : styleMaskOf(theirs())) & ~mask_ & kControls;
+StyleHints WindowStyle::ownersHints() const {
+  return {.motif = motif_.ownersValue(), .normal = normal_.ownersValue()};
 }
 
-void WindowStyle::set(NSWindowStyleMask styleMask, PixelRect frame) {
+StyleHints WindowStyle::currentHints() const {
+  return {.motif = motif_.currentValue(), .normal = normal_.currentValue()};
+}
+
+NSWindowStyleMask WindowStyle::removedControls() const {
+  return (isOwn() ? kControls : styleMaskOf(ownersHints())) & ~mask_ & kControls;
+}
+
+void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
-  if (!isOwn() && (mask_ & kHinted) == (told_ & kHinted)) {
-    giveBack();
-  } else if (isOwn()) {
-    apply(frame);
-  } else {
-    takeOver(frame);
-  }
-}
-
-// Here as below, nobody else writes between our reading and our writing: nothing of his is lost
-// unread. But the answer is looked at when the event of the writing has come.
-void WindowStyle::takeOver(PixelRect frame) {
-  takenOver_ = true;
-  const ServerGrab grab(connection_);
-  unread_.push_back({.asked = ask(), .written = {motif_.written, normal_.written}});
-  write(withControls(theirs(), mask_, frame, motif_.name));
-}
-
-void WindowStyle::apply(PixelRect frame) {
   if (isOwn()) {
-    write(hintsForOwnWindow(mask_, *kind_, frame, motif_.name));
-    return;
+    writeOwnHints(frame);
+  } else if ((mask_ & kStyleInHints) == (reportedOwnersMask_ & kStyleInHints)) {
+    restore();
+  } else {
+    overrideHints(frame);
   }
-  const ServerGrab grab(connection_);
-  takeAnswers();
-  read();
-  write(withControls(theirs(), mask_, frame, motif_.name));
 }
 
 void WindowStyle::sizeChanged(PixelRect frame) {
-  if ((isOwn() || takenOver_) && (mask_ & NSWindowStyleMaskResizable) == 0) {
-    apply(frame);
+  if ((mask_ & NSWindowStyleMaskResizable) != 0) {
+    return;  // the hints do not contain the size
+  }
+  if (isOwn()) {
+    writeOwnHints(frame);
+  } else if (isOverridden_) {
+    reconcileAndOverrideHints(frame);
   }
 }
 
 void WindowStyle::hintsChanged(PixelRect frame) {
-  if (takenOver_) {
-    apply(frame);
-  } else if (!isOwn()) {
-    read();
+  if (isOwn()) {
+    return;
+  }
+  if (isOverridden_) {
+    reconcileAndOverrideHints(frame);
+  } else {
+    reconcileCurrentHints();
   }
 }
 
-std::optional<NSWindowStyleMask> WindowStyle::ownersMask() const {
-  const NSWindowStyleMask theirMask = styleMaskOf(theirs());
-  const bool isNews = !isOwn() && !takenOver_ && theirMask != told_;
-  return isNews ? std::optional(theirMask) : std::nullopt;
+std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersMask() const {
+  if (isOwn() || isOverridden_) {
+    return std::nullopt;
+  }
+  const NSWindowStyleMask ownersMask = styleMaskOf(ownersHints());
+  return ownersMask != reportedOwnersMask_ ? std::optional(ownersMask) : std::nullopt;
 }
 
-void WindowStyle::ownersMaskTold() { mask_ = told_ = styleMaskOf(theirs()); }
+void WindowStyle::markOwnersMaskReported() {
+  mask_ = reportedOwnersMask_ = styleMaskOf(ownersHints());
+}
 
-void WindowStyle::giveBack() {
-  if (!takenOver_) {
+void WindowStyle::writeOwnHints(PixelRect frame) {
+  writeHints(hintsForOwnWindow(mask_, *kind_, frame, motifName_));
+}
+
+// In the functions below, the server grab guarantees that we never overwrite a value that we have
+// not requested.
+
+// Does not block: the replies are read later. Our write causes an event, and `hintsChanged` then
+// finds out whether the owner had written other values.
+void WindowStyle::overrideHints(PixelRect frame) {
+  isOverridden_ = true;
+  const ServerGrab grab(connection_);
+  replacedHints_.push_back({.pendingReplies = requestHints(), .expectedHints = currentHints()});
+  writeHints(restrictHints(ownersHints(), mask_, frame, motifName_));
+}
+
+void WindowStyle::reconcileAndOverrideHints(PixelRect frame) {
+  const ServerGrab grab(connection_);
+  reconcileReplacedHints();
+  reconcileCurrentHints();
+  writeHints(restrictHints(ownersHints(), mask_, frame, motifName_));
+}
+
+void WindowStyle::restore() {
+  if (!isOverridden_) {
     return;
   }
   const ServerGrab grab(connection_);
-  takeAnswers();
-  read();
-  write(theirs());
-  motif_.overlays.clear();
-  normal_.overlays.clear();
-  takenOver_ = false;
+  reconcileReplacedHints();
+  reconcileCurrentHints();
+  writeHints(ownersHints());
+  motif_.forgetWrites();
+  normal_.forgetWrites();
+  isOverridden_ = false;
 }
 
-WindowStyle::Asked WindowStyle::ask() const {
-  return {.motif = connection_.requestProperty(window_, motif_.name),
-          .normal = connection_.requestProperty(window_, normal_.name)};
+WindowStyle::PendingReplies WindowStyle::requestHints() const {
+  return {.motif = connection_.requestProperty(window_, motifName_),
+          .normal = connection_.requestProperty(window_, XCB_ATOM_WM_NORMAL_HINTS)};
 }
 
-void WindowStyle::read() {
-  const Asked asked = ask();
-  found(motif_, connection_.readProperty(asked.motif, window_));
-  found(normal_, connection_.readProperty(asked.normal, window_));
+void WindowStyle::reconcileCurrentHints() {
+  const PendingReplies pending = requestHints();
+  motif_.reconcile(connection_.readProperty(pending.motif, window_));
+  normal_.reconcile(connection_.readProperty(pending.normal, window_));
 }
 
-void WindowStyle::takeAnswers() {
-  for (const Unread& unread : std::exchange(unread_, {})) {
-    stood(motif_, unread.written.motif, connection_.readProperty(unread.asked.motif, window_));
-    stood(normal_, unread.written.normal, connection_.readProperty(unread.asked.normal, window_));
+void WindowStyle::reconcileReplacedHints() {
+  for (const auto& [pending, expected] : std::exchange(replacedHints_, {})) {
+    motif_.reconcileReplaced(expected.motif, connection_.readProperty(pending.motif, window_));
+    normal_.reconcileReplaced(expected.normal, connection_.readProperty(pending.normal, window_));
   }
 }
 
-void WindowStyle::stood(Hint& hint, const std::optional<Property>& written,
-                        const std::optional<Property>& value) {
-  if (value == written) {
-    return;
+void WindowStyle::writeHints(const StyleHints& hints) {
+  if (motif_.recordWrite(hints.motif)) {
+    changeProperty(connection_, window_, motifName_, hints.motif);
   }
-  hint.theirs = meantBy(hint, value);
-  for (Overlay& overlay : hint.overlays) {
-    overlay.theirs = hint.theirs;
+  if (normal_.recordWrite(hints.normal)) {
+    changeProperty(connection_, window_, XCB_ATOM_WM_NORMAL_HINTS, hints.normal);
   }
-}
-
-void WindowStyle::found(Hint& hint, std::optional<Property> value) {
-  if (value != hint.written) {
-    hint.theirs = meantBy(hint, value);
-    hint.written = std::move(value);
-  }
-}
-
-std::optional<Property> WindowStyle::meantBy(const Hint& hint,
-                                             const std::optional<Property>& value) {
-  std::optional<Property> meant = value;
-  for (const Overlay& overlay : hint.overlays) {
-    if (value && isReadFrom(overlay, *value)) {
-      meant = value == overlay.ours ? overlay.theirs : withoutOurs(overlay, *value);
-    }
-  }
-  return meant;
-}
-
-void WindowStyle::write(const StyleHints& hints) {
-  write(motif_, hints.motif);
-  write(normal_, hints.normal);
-}
-
-void WindowStyle::write(Hint& hint, const std::optional<Property>& value) {
-  if (value == hint.written) {
-    return;
-  }
-  changeProperty(connection_, window_, hint.name, value);
-  hint.written = value;
-  if (hint.overlays.size() == kWritingsRemembered) {
-    hint.overlays.pop_front();
-  }
-  hint.overlays.push_back({.theirs = hint.theirs, .ours = value});
 }
 
 }  // namespace vel::x11

@@ -1,96 +1,103 @@
 #pragma once
 
-#include <deque>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/X11/Connection.h"
 #include "Platform/WindowSystem/X11/StyleHints.h"
 
 namespace vel::x11 {
 
-/// The style mask of one window, as its hints say it. Of a window that is not ours, the hints are
-/// taken over with the first change and given back, to the byte, when the mask is again what it
-/// was. Its owner may write them at any time: what he wrote last is what is given back, and until
-/// then what the mask takes away stays away. Where he has read them meanwhile, changed a part and
-/// written them back, what we had taken away is given back in the rest. The window's protocols are
-/// never touched: a host keeps being asked to close by who may ask.
-class WindowStyle {
+/// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
+/// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
+/// window, it overrides the owner's hints while the style mask differs from the owner's mask, and
+/// then restores the owner's hints to the byte. It never changes WM_PROTOCOLS: the window manager
+/// still asks the owner to close the window.
+///
+/// The hints of an adopted window, after each write (A to D are values; "A - controls" is A without
+/// the title and the controls that the mask removes; `HintOverride` computes the last column):
+///
+///   who writes, and when                       the window has             restoring writes
+///   -----------------------------------------  -------------------------  ----------------------
+///   owner, before the adoption: A              A                          nothing
+///   owner, while not overridden: B             B                          nothing
+///   we, in setMask                             B - controls               B
+///   owner, just before setMask: C; we          B - controls, until the    C
+///     receive the event after it                 event comes; then
+///                                                C - controls
+///   owner, while overridden: C                 C, until the event comes;  C
+///                                                then C - controls
+///   owner, while overridden: what we wrote     C - controls               C
+///   owner, while overridden: what we wrote,    the edited value,          D, the edited value with
+///     edited                                     D - controls               our changes taken out
+///   owner, while overridden: deletes the       no property, until the     no property
+///     property                                   event comes; then ours
+///   we, when the window is resized             C - controls, with the     C
+///                                                new fixed size
+///   we, in restore                             C                          nothing
+class WindowStyle final : public NonCopyable {
  public:
-  /// Of a window of ours: writes the hints.
+  /// For a window that we create. Writes the hints.
   WindowStyle(Connection& connection, xcb_window_t window, WindowKind kind,
               NSWindowStyleMask styleMask, PixelRect frame);
-  /// Of somebody else's, as it was found.
-  WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& found);
-  WindowStyle(const WindowStyle&) = delete;
-  WindowStyle& operator=(const WindowStyle&) = delete;
-  WindowStyle(WindowStyle&&) = delete;
-  WindowStyle& operator=(WindowStyle&&) = delete;
+  /// For an adopted window with the hints `ownersHints`. Writes nothing yet.
+  WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& ownersHints);
   ~WindowStyle();
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
-  /// The controls that the window would have, were they not taken away.
-  [[nodiscard]] NSWindowStyleMask takenControls() const;
+  /// The controls that the owner's hints allow and the mask removes.
+  [[nodiscard]] NSWindowStyleMask removedControls() const;
 
-  /// Waits only to give hints back: who shows a launch screen is not to be held up.
-  void set(NSWindowStyleMask styleMask, PixelRect frame);
-  /// The window has, or is about to have, another size. Waits, where the window is
-  /// somebody else's.
+  /// Blocks for a round trip to the X server only to restore hints. Overriding does not block, so
+  /// that a launch screen appears without delay.
+  void setMask(NSWindowStyleMask styleMask, PixelRect frame);
+  /// The window has another size, or is about to get it. Can block for a round trip if the window
+  /// is adopted.
   void sizeChanged(PixelRect frame);
-  /// Somebody has written the hints. Waits, where the window is somebody else's.
+  /// A program has written the hints. Blocks for a round trip if the window is adopted.
   void hintsChanged(PixelRect frame);
-  /// Another mask that the window's owner has given it; none while his hints are taken over, or
-  /// once it has been told.
-  [[nodiscard]] std::optional<NSWindowStyleMask> ownersMask() const;
-  void ownersMaskTold();
-  /// Gives back what was taken over. Waits.
-  void giveBack();
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip.
+  void restore();
+
+  /// The style mask that the owner has given the window, if it was not reported yet. No value while
+  /// the hints are overridden.
+  [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersMask() const;
+  void markOwnersMaskReported();
 
  private:
-  /// One of the two properties.
-  struct Hint {
-    xcb_atom_t name = XCB_ATOM_NONE;
-    /// As the window's owner set it last; to be given back.
-    std::optional<Property> theirs = std::nullopt;
-    /// As it stands there, by us or by him.
-    std::optional<Property> written = std::nullopt;
-    /// Our latest writings; its owner may have read any of them.
-    std::deque<Overlay> overlays{};
-  };
-
-  struct Asked {
+  struct PendingReplies {
     xcb_get_property_cookie_t motif;
     xcb_get_property_cookie_t normal;
   };
-
-  /// What stood there before a writing of ours, to be compared with what we thought stood there.
-  struct Unread {
-    Asked asked;
-    StyleHints written;
+  /// A request for the hints that we sent just before overriding them, and the values expected
+  /// then.
+  struct ReplacedHints {
+    PendingReplies pendingReplies;
+    StyleHints expectedHints;
   };
 
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
-  [[nodiscard]] StyleHints theirs() const { return {motif_.theirs, normal_.theirs}; }
-  void takeOver(PixelRect frame);
-  [[nodiscard]] Asked ask() const;
-  void read();
-  void takeAnswers();
-  static void stood(Hint& hint, const std::optional<Property>& written,
-                    const std::optional<Property>& value);
-  static void found(Hint& hint, std::optional<Property> value);
-  /// What the owner means by a value that he has written.
-  static std::optional<Property> meantBy(const Hint& hint, const std::optional<Property>& value);
-  void write(const StyleHints& hints);
-  void write(Hint& hint, const std::optional<Property>& value);
-  void apply(PixelRect frame);
+  [[nodiscard]] StyleHints ownersHints() const;
+  [[nodiscard]] StyleHints currentHints() const;
+  void writeOwnHints(PixelRect frame);
+  void overrideHints(PixelRect frame);
+  void reconcileAndOverrideHints(PixelRect frame);
+
+  [[nodiscard]] PendingReplies requestHints() const;
+  void reconcileCurrentHints();
+  void reconcileReplacedHints();
+  void writeHints(const StyleHints& hints);
 
   Connection& connection_;
   xcb_window_t window_;
-  std::optional<WindowKind> kind_;  // of a window of ours
-  NSWindowStyleMask told_;          // what others know as the mask that the owner gave it
+  xcb_atom_t motifName_;
+  std::optional<WindowKind> kind_;  // only of a window that we created
   NSWindowStyleMask mask_;
-  bool takenOver_ = false;
-  std::vector<Unread> unread_;
-  Hint motif_;
-  Hint normal_;
+  NSWindowStyleMask reportedOwnersMask_;
+  bool isOverridden_ = false;
+  HintOverride motif_;
+  HintOverride normal_;
+  std::vector<ReplacedHints> replacedHints_;  // oldest first
 };
 
 }  // namespace vel::x11

@@ -281,15 +281,16 @@ void X11WindowSystem::settle() {
 }
 
 void X11WindowSystem::reportOwnersStyle(const Window& window) {
-  if (!window.style->ownersMask()) {
+  if (!window.style->unreportedOwnersMask()) {
     return;
   }
   report(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
     const Window* const changed = find(handle);
-    const auto styleMask =
-        changed == nullptr ? std::nullopt : changed->style->ownersMask();  // it may be ours by now
+    const auto styleMask = changed == nullptr
+                               ? std::nullopt
+                               : changed->style->unreportedOwnersMask();  // it may be ours by now
     if (styleMask) {
-      changed->style->ownersMaskTold();
+      changed->style->markOwnersMaskReported();
       delegate.styleMaskChanged(handle, *styleMask);
     }
   });
@@ -377,7 +378,7 @@ void X11WindowSystem::settleControls(Window& window, Nanoseconds now) {
   if (!offered) {
     return;
   }
-  const NSWindowStyleMask kept = *offered & window.style->takenControls();
+  const NSWindowStyleMask kept = *offered & window.style->removedControls();
   if (window.controlsTold != kept) {
     window.controlsTold = kept;
     report(window.handle(), [handle = window.handle(), kept](WindowSystemDelegate& delegate) {

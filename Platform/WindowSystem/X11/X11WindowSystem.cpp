@@ -162,7 +162,7 @@ void X11WindowSystem::letGo(Window& window) {
     destroyWindow(*connection_, window.id);
     return;
   }
-  window.style->giveBack();
+  window.style->restore();
   x11::selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
 }
 
@@ -278,7 +278,7 @@ void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
 void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
   if (Window* const changed = find(window)) {
     const RequestBatch batch(*connection_);
-    changed->style->set(styleMask, changed->frame);
+    changed->style->setMask(styleMask, changed->frame);
     reportOwnersStyle(*changed);
     changed->controlsTold.reset();
     changed->controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;

@@ -1,0 +1,112 @@
+#include "Platform/WindowSystem/X11/HintOverride.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vel::x11 {
+
+namespace {
+
+// An owner that reads our value and writes an edited one can miss a few writes of ours in between.
+constexpr std::size_t kMaxRecentWrites = 4;
+
+std::vector<std::uint32_t> elementsOf(const HintValue& value) {
+  return value ? value->numbers() : std::vector<std::uint32_t>();
+}
+
+// Elements that the value does not have count as 0.
+std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t count) {
+  std::vector<std::uint32_t> elements = elementsOf(value);
+  elements.resize(std::max(elements.size(), count));
+  return elements;
+}
+
+}  // namespace
+
+HintOverride::HintOverride(HintValue value, std::size_t bitSetCount)
+    : bitSetCount_(bitSetCount), ownersValue_(value), currentValue_(std::move(value)) {}
+
+bool HintOverride::recordWrite(const HintValue& value) {
+  if (value == currentValue_) {
+    return false;
+  }
+  currentValue_ = value;
+  if (recentWrites_.size() == kMaxRecentWrites) {
+    recentWrites_.pop_front();
+  }
+  recentWrites_.push_back({.ourValue = value, .ownersValue = ownersValue_});
+  return true;
+}
+
+void HintOverride::forgetWrites() { recentWrites_.clear(); }
+
+void HintOverride::reconcile(const HintValue& value) {
+  if (value != currentValue_) {
+    ownersValue_ = interpretOwnersWrite(value);
+    currentValue_ = value;
+  }
+}
+
+// Our write has replaced the owner's value, so the current value stays. The owner's values that are
+// recorded with our writes were out of date.
+void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
+  if (value == expectedValue) {
+    return;
+  }
+  ownersValue_ = interpretOwnersWrite(value);
+  for (RecentWrite& write : recentWrites_) {
+    write.ownersValue = ownersValue_;
+  }
+}
+
+// If the value contains the changes of several writes, the latest write counts.
+HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
+  HintValue interpretation = value;
+  for (const RecentWrite& write : recentWrites_) {
+    if (value && containsOurChanges(write, *value)) {
+      interpretation =
+          value == write.ourValue ? write.ownersValue : withoutOurChanges(write, *value);
+    }
+  }
+  return interpretation;
+}
+
+// For each element of our value, the bits that differ from the owner's value. A number that differs
+// differs in all bits.
+std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
+  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue);
+  const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, ours.size());
+  std::vector<std::uint32_t> changed(ours.size());
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    const std::uint32_t difference = ours[i] ^ owners[i];
+    changed[i] = i < bitSetCount_ || difference == 0 ? difference : ~0U;
+  }
+  return changed;
+}
+
+bool HintOverride::containsOurChanges(const RecentWrite& write, const Property& value) const {
+  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue);
+  const std::vector<std::uint32_t> changed = changedBits(write);
+  const std::vector<std::uint32_t> elements = value.numbers();
+  if (elements.size() < ours.size() || write.ourValue == write.ownersValue) {
+    return false;
+  }
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    if (((elements[i] ^ ours[i]) & changed[i]) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+Property HintOverride::withoutOurChanges(const RecentWrite& write, const Property& value) const {
+  const std::vector<std::uint32_t> changed = changedBits(write);
+  const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, changed.size());
+  std::vector<std::uint32_t> elements = value.numbers();
+  for (std::size_t i = 0; i < changed.size(); ++i) {
+    elements[i] = (elements[i] & ~changed[i]) | (owners[i] & changed[i]);
+  }
+  return Property::ofNumbers(value.type, elements);
+}
+
+}  // namespace vel::x11

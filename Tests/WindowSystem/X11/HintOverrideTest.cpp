@@ -1,0 +1,136 @@
+// The override of one property. These tests need no display.
+#include <gtest/gtest.h>
+
+#include "Platform/WindowSystem/X11/HintOverride.h"
+
+namespace vel::test {
+namespace {
+
+using x11::HintOverride;
+using x11::HintValue;
+using x11::Property;
+
+// The first element is a set of bits, the others are numbers.
+constexpr std::size_t kBitSetCount = 1;
+
+HintValue hint(std::vector<std::uint32_t> elements) {
+  return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, elements);
+}
+
+class HintOverrideTest : public testing::Test {
+ protected:
+  HintOverride override{hint({1, 100, 5}), kBitSetCount};
+};
+
+TEST_F(HintOverrideTest, StartsWithTheOwnersValue) {
+  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(override.currentValue(), hint({1, 100, 5}));
+}
+
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenWeWrite) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+}
+
+TEST_F(HintOverrideTest, NeedsNoRequestForTheCurrentValue) {
+  EXPECT_FALSE(override.recordWrite(hint({1, 100, 5})));
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_FALSE(override.recordWrite(hint({3, 640, 5})));
+}
+
+TEST_F(HintOverrideTest, TakesEachWriteOfTheOwner) {
+  override.reconcile(hint({8, 200, 6}));
+  EXPECT_EQ(override.ownersValue(), hint({8, 200, 6}));
+  EXPECT_TRUE(override.recordWrite(hint({10, 640, 6})));
+  override.reconcile(hint({4, 300, 7}));
+  EXPECT_EQ(override.ownersValue(), hint({4, 300, 7}));
+  EXPECT_EQ(override.currentValue(), hint({4, 300, 7}));
+}
+
+TEST_F(HintOverrideTest, TakesTheDeletionOfTheProperty) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  override.reconcile(std::nullopt);
+  EXPECT_EQ(override.ownersValue(), std::nullopt);
+}
+
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurs) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(override.recordWrite(hint({3, 800, 5})));
+  override.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+}
+
+TEST_F(HintOverrideTest, KeepsTheAbsenceOfThePropertyWhenTheOwnerWritesOurValue) {
+  HintOverride absent(std::nullopt, kBitSetCount);
+  EXPECT_TRUE(absent.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(absent.recordWrite(hint({3, 800, 5})));
+  absent.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(absent.ownersValue(), std::nullopt);
+}
+
+TEST_F(HintOverrideTest, TakesOurChangesOutOfAnEditedValue) {
+  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
+  // The owner sets another bit, changes the last number and appends one.
+  override.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
+  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9, 11}));
+}
+
+TEST_F(HintOverrideTest, TakesAValueThatLacksOneOfOurChangesAsItIs) {
+  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
+  override.reconcile(hint({1 | 2, 641, 5}));
+  EXPECT_EQ(override.ownersValue(), hint({1 | 2, 641, 5}));
+}
+
+TEST_F(HintOverrideTest, TakesAValueThatIsShorterThanOursAsItIs) {
+  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
+  override.reconcile(hint({1 | 2, 640}));
+  EXPECT_EQ(override.ownersValue(), hint({1 | 2, 640}));
+}
+
+TEST_F(HintOverrideTest, RecognizesTheLastFourWrites) {
+  for (const std::uint32_t width : {600U, 610U, 620U, 630U, 640U}) {
+    EXPECT_TRUE(override.recordWrite(hint({1 | 2, width, 5})));
+  }
+  HintOverride other = override;
+  override.reconcile(hint({1 | 2, 610, 9}));
+  EXPECT_EQ(override.ownersValue(), hint({1, 100, 9}));
+  other.reconcile(hint({1 | 2, 600, 9}));
+  EXPECT_EQ(other.ownersValue(), hint({1 | 2, 600, 9}));
+}
+
+TEST_F(HintOverrideTest, TakesAWriteOfTheOwnerThatOurWriteHasReplaced) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  override.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
+  EXPECT_EQ(override.ownersValue(), hint({8, 200, 6}));
+  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+}
+
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenOurWriteHasReplacedIt) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  override.reconcileReplaced(hint({1, 100, 5}), hint({1, 100, 5}));
+  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
+}
+
+TEST_F(HintOverrideTest, TakesOurChangesOutOfAValueThatOurNextWriteHasReplaced) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(override.recordWrite(hint({3, 800, 5})));
+  override.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
+  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9}));
+  // Our last write, which the owner writes again, stands for the value found late.
+  EXPECT_TRUE(override.recordWrite(hint({3, 900, 5})));
+  override.reconcile(hint({3, 800, 5}));
+  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9}));
+}
+
+TEST_F(HintOverrideTest, TakesEveryValueAsItIsAfterForgettingOurWrites) {
+  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(override.recordWrite(override.ownersValue()));
+  override.forgetWrites();
+  override.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(override.ownersValue(), hint({3, 640, 5}));
+}
+
+}  // namespace
+}  // namespace vel::test
