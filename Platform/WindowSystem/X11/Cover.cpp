@@ -9,33 +9,35 @@ namespace vel::x11 {
 
 namespace {
 
-// More than a change of scene closes.
-constexpr std::size_t kClosedWindowsRemembered = 8;
+// A change of scene destroys fewer windows than this.
+constexpr std::size_t kMaxRecentlyDestroyed = 8;
 
-// As far as windows reach.
-constexpr int kBeyondEveryWindow = 32767;
+// The maximum width and height of a window.
+constexpr int kMaxWindowSize = 32767;
 
 constexpr std::uint32_t kPointerEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
-constexpr std::uint32_t kKeptFromWindowsBelow = kPointerEvents | XCB_EVENT_MASK_BUTTON_MOTION;
+constexpr std::uint32_t kDoNotPropagate = kPointerEvents | XCB_EVENT_MASK_BUTTON_MOTION;
 
 constexpr CGColor kWhite{1, 1, 1, 1};
 
-bool contains(CGRect outer, CGRect inner) {
+// ReisIndicator true if the centre of `inner` is in `outer`.
+bool containsCentre(CGRect outer, CGRect inner) {
   const double x = inner.origin.x + inner.size.width / 2;
   const double y = inner.origin.y + inner.size.height / 2;
   return x >= outer.origin.x && x < outer.origin.x + outer.size.width && y >= outer.origin.y &&
          y < outer.origin.y + outer.size.height;
 }
 
-PixelRect squareIn(PixelRect place) {
-  const int side = std::min(place.width, place.height);
-  return {place.x + (place.width - side) / 2, place.y + (place.height - side) / 2, side, side};
+PixelRect centredSquareIn(PixelRect rect) {
+  const int side = std::min(rect.width, rect.height);
+  return {rect.x + (rect.width - side) / 2, rect.y + (rect.height - side) / 2, side, side};
 }
 
-bool fills(PixelRect place, PixelRect frame) {
-  return place.x <= 0 && place.y <= 0 && place.x + place.width >= frame.width &&
-         place.y + place.height >= frame.height;
+// ReisIndicator true if a child with the frame `child` fills the window with the frame `window`.
+bool fills(PixelRect child, PixelRect window) {
+  return child.x <= 0 && child.y <= 0 && child.x + child.width >= window.width &&
+         child.y + child.height >= window.height;
 }
 
 unsigned spokeAt(Nanoseconds now) {
@@ -61,16 +63,16 @@ Cover::~Cover() {
 
 void Cover::show(const Scene& scene, PixelRect frame) {
   for (std::size_t i = 0; i < scene.size(); ++i) {
-    Pane wanted = paneFor(scene, i, frame);
+    Pane newPane = describePane(scene, i, frame);
     if (i == panes_.size()) {
-      panes_.push_back(std::move(wanted));
-      open(panes_.back());
+      panes_.push_back(std::move(newPane));
+      openPane(panes_.back());
     } else {
-      update(panes_[i], std::move(wanted));
+      updatePane(panes_[i], std::move(newPane));
     }
   }
   while (panes_.size() > scene.size()) {
-    close(panes_.back());
+    closePane(panes_.back());
     panes_.pop_back();
   }
   if (shield_ != XCB_WINDOW_NONE) {
@@ -78,73 +80,79 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
 }
 
-Cover::Pane Cover::paneFor(const Scene& scene, std::size_t index, PixelRect frame) const {
+Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect frame) const {
   const SceneItem& item = scene[index];
-  const PixelRect place = coordinates_.contentPixels(item.frame, frame.height);
+  const PixelRect itemFrame = coordinates_.contentPixels(item.frame, frame.height);
   if (item.kind == SceneItem::Kind::Fill) {
-    constexpr PixelRect kEverywhere{0, 0, kBeyondEveryWindow, kBeyondEveryWindow};
+    constexpr PixelRect kLargestWindow{0, 0, kMaxWindowSize, kMaxWindowSize};
     return {.item = item,
-            .place = fills(place, frame) ? kEverywhere : place,
-            .color = item.color,
+            .frame = fills(itemFrame, frame) ? kLargestWindow : itemFrame,
+            .background = item.color,
             .spinner = nullptr};
   }
-  CGColor below = kWhite;
+  CGColor background = kWhite;
   for (const SceneItem& lower : std::span(scene).first(index)) {
-    if (lower.kind == SceneItem::Kind::Fill && contains(lower.frame, item.frame)) {
-      below = lower.color;
+    if (lower.kind == SceneItem::Kind::Fill && containsCentre(lower.frame, item.frame)) {
+      background = lower.color;
     }
   }
-  return {.item = item, .place = squareIn(place), .color = below, .spinner = nullptr};
+  return {.item = item,
+          .frame = centredSquareIn(itemFrame),
+          .background = background,
+          .spinner = nullptr};
 }
 
-void Cover::open(Pane& pane) {
-  const bool turns = pane.item.kind == SceneItem::Kind::Spinner;
-  const auto format = turns ? render_.formatOf(visual_) : std::nullopt;
-  if (pane.place.width <= 0 || pane.place.height <= 0 || (turns && !format)) {
-    return;  // nothing to see
+void Cover::openPane(Pane& pane) {
+  const bool isIndicator = pane.item.kind == SceneItem::Kind::Spinner;
+  const auto format = isIndicator ? render_.formatOf(visual_) : std::nullopt;
+  if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !format)) {
+    return;  // the item has no pixels, or indicators cannot be drawn
   }
   pane.window = connection_.makeId();
-  // An indicator stays in the middle while the window grows, until its new place is told.
-  createWindow(connection_, {.id = pane.window, .parent = window_, .frame = pane.place},
-               XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
-               {format_.pixel(pane.color),
-                static_cast<std::uint32_t>(turns ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
-                kPointerEvents, kKeptFromWindowsBelow});
-  if (turns) {
+  // When the window grows, the server keeps an indicator in the centre until we move it.
+  createWindow(
+      connection_, {.id = pane.window, .parent = window_, .frame = pane.frame},
+      XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
+      {format_.pixel(pane.background),
+       static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
+       kPointerEvents, kDoNotPropagate});
+  if (isIndicator) {
     pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, pane.window, depth_,
-                                             pane.place.width, pane.color);
+                                             pane.frame.width, pane.background);
     pane.spinner->draw(0);
   }
   mapWindow(connection_, pane.window);
 }
 
-void Cover::update(Pane& pane, Pane&& wanted) {
-  const bool another = pane.window == XCB_WINDOW_NONE || pane.item.kind != wanted.item.kind ||
-                       wanted.place.width <= 0 || wanted.place.height <= 0;
-  const bool redrawn = pane.spinner != nullptr &&
-                       (pane.place.width != wanted.place.width || pane.color != wanted.color);
-  if (another || redrawn) {
-    close(pane);
-    pane = std::move(wanted);
-    open(pane);
+void Cover::updatePane(Pane& pane, Pane&& newPane) {
+  const bool needsNewWindow = pane.window == XCB_WINDOW_NONE ||
+                              pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
+                              newPane.frame.height <= 0;
+  const bool needsNewPicture =
+      pane.spinner != nullptr &&
+      (pane.frame.width != newPane.frame.width || pane.background != newPane.background);
+  if (needsNewWindow || needsNewPicture) {
+    closePane(pane);
+    pane = std::move(newPane);
+    openPane(pane);
     raise();
     return;
   }
-  if (pane.color != wanted.color) {
+  if (pane.background != newPane.background) {
     changeWindowAttributes(connection_, pane.window, XCB_CW_BACK_PIXEL,
-                           {format_.pixel(wanted.color)});
+                           {format_.pixel(newPane.background)});
     clearWindow(connection_, pane.window);
   }
-  // Also where it is known to lie there: the server may have moved it with the window.
-  if (pane.place != wanted.place || pane.spinner != nullptr) {
-    moveResizeWindow(connection_, pane.window, wanted.place);
+  // The server may have moved an indicator when the window was resized.
+  if (pane.frame != newPane.frame || pane.spinner != nullptr) {
+    moveResizeWindow(connection_, pane.window, newPane.frame);
   }
-  pane.item = wanted.item;
-  pane.place = wanted.place;
-  pane.color = wanted.color;
+  pane.item = newPane.item;
+  pane.frame = newPane.frame;
+  pane.background = newPane.background;
 }
 
-void Cover::close(Pane& pane) {
+void Cover::closePane(Pane& pane) {
   if (pane.window != XCB_WINDOW_NONE) {
     pane.spinner = nullptr;
     destroy(std::exchange(pane.window, XCB_WINDOW_NONE));
@@ -152,10 +160,10 @@ void Cover::close(Pane& pane) {
 }
 
 void Cover::destroy(xcb_window_t window) {
-  if (closed_.size() == kClosedWindowsRemembered) {
-    closed_.erase(closed_.begin());
+  if (recentlyDestroyed_.size() == kMaxRecentlyDestroyed) {
+    recentlyDestroyed_.erase(recentlyDestroyed_.begin());
   }
-  closed_.push_back(window);
+  recentlyDestroyed_.push_back(window);
   destroyWindow(connection_, window);
 }
 
@@ -171,9 +179,9 @@ void Cover::setShielded(bool shielded) {
   createWindow(connection_,
                {.id = shield_,
                 .parent = window_,
-                .frame = {0, 0, kBeyondEveryWindow, kBeyondEveryWindow},
+                .frame = {0, 0, kMaxWindowSize, kMaxWindowSize},
                 .windowClass = XCB_WINDOW_CLASS_INPUT_ONLY},
-               XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE, {kPointerEvents, kKeptFromWindowsBelow});
+               XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE, {kPointerEvents, kDoNotPropagate});
   mapWindow(connection_, shield_);
 }
 
@@ -183,8 +191,8 @@ void Cover::windowEnded() {
   }
   panes_.clear();
   connection_.markDestroyed(std::exchange(shield_, XCB_WINDOW_NONE));
-  // Their requests may have come too late as well.
-  for (const xcb_window_t window : std::exchange(closed_, {})) {
+  // The server may have processed our requests for these windows after it destroyed them.
+  for (const xcb_window_t window : std::exchange(recentlyDestroyed_, {})) {
     connection_.markDestroyed(window);
   }
 }
@@ -194,7 +202,7 @@ bool Cover::owns(xcb_window_t window) const {
          (window == shield_ || std::ranges::find(panes_, window, &Pane::window) != panes_.end());
 }
 
-// What a window has anew comes to lie above all it had.
+// A child that is created or reparented is above all its siblings.
 bool Cover::isOvertakenBy(const xcb_generic_event_t& event) const {
   switch (typeOf(event)) {
     case XCB_CREATE_NOTIFY: {
@@ -219,20 +227,20 @@ bool Cover::isOvertakenBy(const xcb_generic_event_t& event) const {
   }
 }
 
-// From the top down, each below the last: so none of ours is hidden by another for a moment.
+// Restacks from the top down, so that no window of the cover hides another one in between.
 void Cover::raise() {
-  xcb_window_t above = XCB_WINDOW_NONE;
-  const auto lift = [this, &above](xcb_window_t window) {
+  xcb_window_t sibling = XCB_WINDOW_NONE;  // the one raised last
+  const auto lift = [this, &sibling](xcb_window_t window) {
     if (window == XCB_WINDOW_NONE) {
       return;
     }
-    if (above == XCB_WINDOW_NONE) {
+    if (sibling == XCB_WINDOW_NONE) {
       raiseWindow(connection_, window);
     } else {
       configureWindow(connection_, window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
-                      {above, XCB_STACK_MODE_BELOW});
+                      {sibling, XCB_STACK_MODE_BELOW});
     }
-    above = window;
+    sibling = window;
   };
   lift(shield_);
   std::for_each(panes_.rbegin(), panes_.rend(), [&lift](const Pane& pane) { lift(pane.window); });

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 #include "Platform/WindowSystem/X11/Connection.h"
 #include "Platform/WindowSystem/X11/PixelFormat.h"
@@ -12,55 +13,53 @@
 
 namespace vel::x11 {
 
-/// What is laid over the content of one window, ours or somebody else's: child windows, one for
-/// each item of a scene, and a shield against pointer input while another window is modal. They lie
-/// above all other children of the window and take the pointer's input. The server paints them
-/// itself, from the moment they are there; what fills the window reaches beyond it, so that growth
-/// uncovers nothing.
+/// What we show over the content of one window, adopted or created by us: a child window for each
+/// item of a scene, and a shield that takes the pointer input while another window is modal. The
+/// children are above all other children of the window, and take the pointer input. Their
+/// background is the picture, so the server shows it as soon as it maps them. A child that fills
+/// the window is larger than the window, so it still fills the window after growth.
 ///
-/// A child that the window's owner adds is seen until we have heard of it and are above it again.
-/// And where the owner grabs buttons on the window, the server looks for grabs before it looks for
-/// the window below the pointer: he gets those presses all the same.
-class Cover {
+/// Limits: a child that the window's owner adds is visible until we receive the event and raise the
+/// cover. A button that the owner has grabbed on its window reaches the owner, because the server
+/// checks grabs before it looks for the window under the pointer.
+class Cover final : public NonCopyable {
  public:
   Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExtension& render,
         xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth);
-  Cover(const Cover&) = delete;
-  Cover& operator=(const Cover&) = delete;
-  Cover(Cover&&) = delete;
-  Cover& operator=(Cover&&) = delete;
   ~Cover();
 
-  /// Shows the scene in the window, which is as large as `frame`.
+  /// Replaces the scene. `frame` has the size of the window.
   void show(const Scene& scene, PixelRect frame);
   void setShielded(bool shielded);
-  /// The window no longer exists, and so does nothing in it.
+  /// The window has been destroyed, and with it the windows of the cover.
   void windowEnded();
 
-  /// Whether the window is one of the cover's.
+  /// Returns true if `window` is one of the cover's windows.
   [[nodiscard]] bool owns(xcb_window_t window) const;
-  /// Whether the event says that another child of the window may lie above the cover.
+  /// Returns true if another child of the window can be above the cover after the event.
   [[nodiscard]] bool isOvertakenBy(const xcb_generic_event_t& event) const;
+  /// Puts the cover above all other children of the window.
   void raise();
 
-  /// Whether something in it turns.
+  /// Returns true if an indicator of the cover turns.
   [[nodiscard]] bool isAnimated() const;
-  /// Draws the indicators as they are to be at the moment `now`.
+  /// Turns the indicators to their position at the time `now`.
   void animate(Nanoseconds now);
 
  private:
+  /// The child window for one item of the scene.
   struct Pane {
-    xcb_window_t window = XCB_WINDOW_NONE;
+    xcb_window_t window = XCB_WINDOW_NONE;  // none if the item cannot be drawn
     SceneItem item;
-    PixelRect place;
-    CGColor color;  // of an indicator: what it lies on
-    std::unique_ptr<Spinner> spinner;
+    PixelRect frame;
+    CGColor background;
+    std::unique_ptr<Spinner> spinner;  // only of an indicator
   };
 
-  [[nodiscard]] Pane paneFor(const Scene& scene, std::size_t index, PixelRect frame) const;
-  void open(Pane& pane);
-  void update(Pane& pane, Pane&& wanted);
-  void close(Pane& pane);
+  [[nodiscard]] Pane describePane(const Scene& scene, std::size_t index, PixelRect frame) const;
+  void openPane(Pane& pane);
+  void updatePane(Pane& pane, Pane&& newPane);
+  void closePane(Pane& pane);
   void destroy(xcb_window_t window);
 
   Connection& connection_;
@@ -72,8 +71,7 @@ class Cover {
   PixelFormat format_;
   std::vector<Pane> panes_;  // back to front
   xcb_window_t shield_ = XCB_WINDOW_NONE;
-  std::vector<xcb_window_t>
-      closed_;  // lately; the server may not have heard of all that went before
+  std::vector<xcb_window_t> recentlyDestroyed_;  // errors for these can still arrive
 };
 
 }  // namespace vel::x11

@@ -8,13 +8,14 @@ namespace vel::x11 {
 
 namespace {
 
-std::uint32_t placed(double component, std::uint32_t mask) {
+// Returns the bits of `mask` that stand for `component`, which is between 0 and 1.
+std::uint32_t maskedComponent(double component, std::uint32_t mask) {
   if (mask == 0) {
     return 0;
   }
   const int shift = std::countr_zero(mask);
-  const double greatest = mask >> shift;
-  return static_cast<std::uint32_t>(std::lround(std::clamp(component, 0.0, 1.0) * greatest))
+  const double maximum = mask >> shift;
+  return static_cast<std::uint32_t>(std::lround(std::clamp(component, 0.0, 1.0) * maximum))
          << shift;
 }
 
@@ -44,13 +45,13 @@ std::optional<std::array<std::uint32_t, 3>> PixelFormat::masks() const {
 std::uint32_t PixelFormat::pixel(CGColor color) const {
   const auto bits = masks();
   if (!bits) {
-    const bool light = color.red + color.green + color.blue > 1.5;
-    return light ? screen_.white_pixel : screen_.black_pixel;
+    const bool isLight = color.red + color.green + color.blue > 1.5;
+    return isLight ? screen_.white_pixel : screen_.black_pixel;
   }
   const auto& [red, green, blue] = *bits;
-  // Bits that no colour uses are the opacity, where there is one.
-  return placed(color.red, red) | placed(color.green, green) | placed(color.blue, blue) |
-         (depthMask_ & ~(red | green | blue));
+  // If the visual has opacity, its bits are those that no colour uses: make the pixel opaque.
+  return maskedComponent(color.red, red) | maskedComponent(color.green, green) |
+         maskedComponent(color.blue, blue) | (depthMask_ & ~(red | green | blue));
 }
 
 }  // namespace vel::x11

@@ -10,14 +10,15 @@
 
 namespace vel::x11 {
 
-/// How colours are written into the pixels of a visual.
+/// Converts colours to pixel values of one visual.
 class PixelFormat {
  public:
-  /// Of the screen's visual with that id and the depth of the window that uses it.
+  /// `depth` is the depth of the window that uses the visual.
   PixelFormat(const xcb_screen_t& screen, xcb_visualid_t visual, std::uint8_t depth);
 
   [[nodiscard]] std::uint32_t pixel(CGColor color) const;
-  /// Which bits of a pixel are red, green and blue; none where pixels are numbers in a table.
+  /// The bits of a pixel value that are red, green and blue. No value if pixel values are indices
+  /// of a colour map.
   [[nodiscard]] std::optional<std::array<std::uint32_t, 3>> masks() const;
 
  private:

@@ -5,15 +5,16 @@
 namespace vel::x11 {
 
 std::optional<xcb_render_pictformat_t> RenderExtension::formatOf(xcb_visualid_t visual) {
-  if (!asked_) {
-    asked_ = true;
-    ask();
+  if (!hasReadFormats_) {
+    hasReadFormats_ = true;
+    readFormats();
   }
   const auto found = formats_.find(visual);
-  return found == formats_.end() || mask_ == XCB_NONE ? std::nullopt : std::optional(found->second);
+  return found == formats_.end() || maskFormat_ == XCB_NONE ? std::nullopt
+                                                            : std::optional(found->second);
 }
 
-void RenderExtension::ask() {
+void RenderExtension::readFormats() {
   const xcb_query_extension_reply_t* const extension =
       xcb_get_extension_data(connection_.get(), &xcb_render_id);
   if (extension == nullptr || extension->present == 0) {
@@ -34,7 +35,7 @@ void RenderExtension::ask() {
     const xcb_render_pictforminfo_t& info = *next.data;
     if (info.type == XCB_RENDER_PICT_TYPE_DIRECT && info.depth == 8 &&
         info.direct.alpha_mask == 0xFF) {
-      mask_ = info.id;
+      maskFormat_ = info.id;
     }
   }
   for (auto screens = xcb_render_query_pict_formats_screens_iterator(reply.get()); screens.rem > 0;

@@ -9,23 +9,24 @@
 
 namespace vel::x11 {
 
-/// What the server's Render extension can draw with; asked for when it is first needed. Without it
-/// covers have no indicator; the log says so once.
+/// The formats of the server's Render extension. The first call of `formatOf` requests them.
+/// Without the extension, covers have no indicator, and the log says so once.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection) : connection_(connection) {}
 
-  /// The format of pictures in windows of a visual; none where the server cannot draw there.
+  /// The format of pictures in windows with the visual. No value if Render cannot draw in them. The
+  /// first call blocks for round trips to the X server.
   std::optional<xcb_render_pictformat_t> formatOf(xcb_visualid_t visual);
-  /// The format of masks, eight bits of opacity.
-  [[nodiscard]] xcb_render_pictformat_t mask() const { return mask_; }
+  /// The format of masks: eight bits of opacity. Valid after `formatOf` has returned a format.
+  [[nodiscard]] xcb_render_pictformat_t maskFormat() const { return maskFormat_; }
 
  private:
-  void ask();
+  void readFormats();
 
   Connection& connection_;
-  bool asked_ = false;
-  xcb_render_pictformat_t mask_ = XCB_NONE;
+  bool hasReadFormats_ = false;
+  xcb_render_pictformat_t maskFormat_ = XCB_NONE;
   std::map<xcb_visualid_t, xcb_render_pictformat_t> formats_;
 };
 

@@ -8,10 +8,10 @@ namespace vel::x11 {
 
 namespace {
 
-constexpr double kOrdinaryDpi = 96;
-constexpr double kLeastScale = 0.5;
-constexpr double kGreatestScale = 16;
-constexpr std::string_view kResource = "Xft.dpi:";
+constexpr double kUnscaledDpi = 96;
+constexpr double kMinScale = 0.5;
+constexpr double kMaxScale = 16;
+constexpr std::string_view kDpiResource = "Xft.dpi:";
 
 int rounded(double value) { return static_cast<int>(std::lround(value)); }
 
@@ -22,105 +22,109 @@ double scaleFromResources(std::string_view resources) {
     const std::size_t end = std::min(resources.find('\n'), resources.size());
     std::string_view line = resources.substr(0, end);
     resources.remove_prefix(std::min(end + 1, resources.size()));
-    if (!line.starts_with(kResource)) {
+    if (!line.starts_with(kDpiResource)) {
       continue;
     }
-    line.remove_prefix(std::min(line.find_first_not_of(" \t", kResource.size()), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(" \t", kDpiResource.size()), line.size()));
     double dpi = 0;
     std::from_chars(line.data(), line.data() + line.size(), dpi);
-    const double scale = dpi / kOrdinaryDpi;
-    return scale >= kLeastScale && scale <= kGreatestScale ? scale : 1;
+    const double scale = dpi / kUnscaledDpi;
+    return scale >= kMinScale && scale <= kMaxScale ? scale : 1;
   }
   return 1;
 }
 
 ScreenCoordinates::ScreenCoordinates(Connection& connection)
     : connection_(connection),
-      resourcesAsked_(connection.requestProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
-      first_{0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels} {
+      pendingResources_(connection.requestProperty(connection.root(), XCB_ATOM_RESOURCE_MANAGER)),
+      originMonitor_{0, 0, connection.screen().width_in_pixels,
+                     connection.screen().height_in_pixels} {
   const xcb_query_extension_reply_t* const randr =
       xcb_get_extension_data(connection_.get(), &xcb_randr_id);
   if (randr != nullptr && randr->present != 0) {
-    monitorsChanged_ = randr->first_event + XCB_RANDR_SCREEN_CHANGE_NOTIFY;
+    screenChangeEvent_ = randr->first_event + XCB_RANDR_SCREEN_CHANGE_NOTIFY;
     const auto version = xcb_randr_query_version(connection_.get(), 1, 5);
     xcb_discard_reply(connection_.get(), version.sequence);
     connection_.track(xcb_randr_select_input(connection_.get(), connection_.root(),
                                              XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE),
                       "RRSelectInput", connection_.root());
   }
-  askForMonitors();
+  requestMonitors();
 }
 
-void ScreenCoordinates::askForMonitors() {
-  if (monitorsChanged_ >= 0) {
-    monitorsAsked_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), 1);
+void ScreenCoordinates::requestMonitors() {
+  if (screenChangeEvent_ >= 0) {
+    pendingMonitors_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), 1);
   }
 }
 
-void ScreenCoordinates::takeAnswers() {
-  if (const auto asked = std::exchange(resourcesAsked_, std::nullopt)) {
-    if (const auto resources = connection_.readProperty(*asked, connection_.root())) {
+void ScreenCoordinates::readReplies() {
+  if (const auto pending = std::exchange(pendingResources_, std::nullopt)) {
+    if (const auto resources = connection_.readProperty(*pending, connection_.root())) {
       scale_ = scaleFromResources(resources->text());
     }
   }
-  if (const auto asked = std::exchange(monitorsAsked_, std::nullopt)) {
-    const auto monitors = connection_.waitForReply(xcb_randr_get_monitors_reply, *asked,
+  if (const auto pending = std::exchange(pendingMonitors_, std::nullopt)) {
+    const auto monitors = connection_.waitForReply(xcb_randr_get_monitors_reply, *pending,
                                                    "RRGetMonitors", connection_.root());
-    readMonitors(monitors.get());
+    readOriginMonitor(monitors.get());
   }
 }
 
-void ScreenCoordinates::readMonitors(const xcb_randr_get_monitors_reply_t* monitors) {
-  first_ = {0, 0, connection_.screen().width_in_pixels, connection_.screen().height_in_pixels};
+void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* monitors) {
+  originMonitor_ = {0, 0, connection_.screen().width_in_pixels,
+                    connection_.screen().height_in_pixels};
   if (monitors == nullptr) {
     return;
   }
-  bool found = false;
+  bool hasMonitor = false;
   for (auto next = xcb_randr_get_monitors_monitors_iterator(monitors); next.rem > 0;
        xcb_randr_monitor_info_next(&next)) {
-    if (!found || next.data->primary != 0) {
-      first_ = {next.data->x, next.data->y, next.data->width, next.data->height};
+    if (!hasMonitor || next.data->primary != 0) {
+      originMonitor_ = {next.data->x, next.data->y, next.data->width, next.data->height};
     }
     if (next.data->primary != 0) {
       return;
     }
-    found = true;
+    hasMonitor = true;
   }
 }
 
-// Where the server's own notion of monitors stays and only a user's changes, nothing is told but
-// that the root window is as it was.
+// If a user changes only the list of monitors, for example with xrandr --setmonitor, the only event
+// is a ConfigureNotify of the root window with an unchanged size.
 bool ScreenCoordinates::handle(const xcb_generic_event_t& event) {
-  const bool rootTold = typeOf(event) == XCB_CONFIGURE_NOTIFY &&
-                        eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
-  if (typeOf(event) != monitorsChanged_ && !rootTold) {
+  const bool isRootConfigure =
+      typeOf(event) == XCB_CONFIGURE_NOTIFY &&
+      eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
+  if (typeOf(event) != screenChangeEvent_ && !isRootConfigure) {
     return false;
   }
-  takeAnswers();
-  const PixelRect before = first_;
-  askForMonitors();
-  takeAnswers();
-  return first_ != before;
+  readReplies();
+  const PixelRect previousMonitor = originMonitor_;
+  requestMonitors();
+  readReplies();
+  return originMonitor_ != previousMonitor;
 }
 
 CGRect ScreenCoordinates::points(PixelRect pixels) {
-  takeAnswers();
-  const int bottom = first_.y + first_.height;
-  return CGRectMake((pixels.x - first_.x) / scale_, (bottom - pixels.y - pixels.height) / scale_,
-                    pixels.width / scale_, pixels.height / scale_);
+  readReplies();
+  const int bottom = originMonitor_.y + originMonitor_.height;
+  return CGRectMake((pixels.x - originMonitor_.x) / scale_,
+                    (bottom - pixels.y - pixels.height) / scale_, pixels.width / scale_,
+                    pixels.height / scale_);
 }
 
 PixelRect ScreenCoordinates::pixels(CGRect points) {
-  takeAnswers();
+  readReplies();
   const int width = rounded(points.size.width * scale_);
   const int height = rounded(points.size.height * scale_);
-  const int bottom = first_.y + first_.height;
-  return {first_.x + rounded(points.origin.x * scale_),
+  const int bottom = originMonitor_.y + originMonitor_.height;
+  return {originMonitor_.x + rounded(points.origin.x * scale_),
           bottom - rounded(points.origin.y * scale_) - height, width, height};
 }
 
 PixelRect ScreenCoordinates::contentPixels(CGRect points, int contentHeight) {
-  takeAnswers();
+  readReplies();
   const int left = rounded(points.origin.x * scale_);
   const int right = rounded((points.origin.x + points.size.width) * scale_);
   const int top = contentHeight - rounded((points.origin.y + points.size.height) * scale_);

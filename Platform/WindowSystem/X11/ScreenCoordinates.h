@@ -12,40 +12,41 @@
 
 namespace vel::x11 {
 
-/// The value of Xft.dpi in a resource database, as a scale where 96 is 1; 1 where there is none or
-/// it makes no sense.
+/// Returns the scale in a resource database: Xft.dpi divided by 96. Returns 1 if Xft.dpi is missing
+/// or the scale is not between 0.5 and 16.
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
-/// How points become pixels and back. A point is as many pixels as the display's scale says
-/// (Xft.dpi over 96), everywhere and for every window; that is read once, as it was when the
-/// display was opened: who changes it later changes nothing here. The origin of the points is the
-/// lower left corner of the primary monitor, else of the first; it follows the monitors. The server
-/// is asked at once, and its answers are taken when they are first needed: nobody waits for them
-/// alone.
+/// Converts between points and pixels. One scale applies to the whole screen: Xft.dpi divided by
+/// 96, as it was when the display was opened. Later changes of Xft.dpi have no effect. The origin
+/// of points is the lower left corner of the primary monitor, or of the first monitor if none is
+/// primary. It follows changes of the monitors.
+///
+/// The constructor sends the requests to the X server. The first conversion reads the replies.
 class ScreenCoordinates {
  public:
   explicit ScreenCoordinates(Connection& connection);
 
-  /// A rectangle on the screen, its pixels counted from the root window's corner.
+  /// Convert a rectangle on the screen. The origin of pixels is the upper left corner of the root
+  /// window.
   [[nodiscard]] CGRect points(PixelRect pixels);
   [[nodiscard]] PixelRect pixels(CGRect points);
-  /// A rectangle in a window's content of the given height in pixels.
+  /// Converts a rectangle in the content of a window; `contentHeight` is in pixels.
   [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight);
 
-  /// Takes an event; answers whether points are counted from elsewhere now.
+  /// Handles an event. Returns true if the origin of points has changed.
   bool handle(const xcb_generic_event_t& event);
 
  private:
-  void askForMonitors();
-  void takeAnswers();
-  void readMonitors(const xcb_randr_get_monitors_reply_t* monitors);
+  void requestMonitors();
+  void readReplies();
+  void readOriginMonitor(const xcb_randr_get_monitors_reply_t* monitors);
 
   Connection& connection_;
-  std::optional<xcb_get_property_cookie_t> resourcesAsked_;
-  std::optional<xcb_randr_get_monitors_cookie_t> monitorsAsked_;
+  std::optional<xcb_get_property_cookie_t> pendingResources_;
+  std::optional<xcb_randr_get_monitors_cookie_t> pendingMonitors_;
   double scale_ = 1;
-  PixelRect first_;
-  int monitorsChanged_ = -1;  // the event's number
+  PixelRect originMonitor_;
+  int screenChangeEvent_ = -1;  // the number of RRScreenChangeNotify; -1 without RandR
 };
 
 }  // namespace vel::x11

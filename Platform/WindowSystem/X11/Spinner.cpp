@@ -9,13 +9,14 @@ namespace vel::x11 {
 
 namespace {
 
-// The shape, in parts of the side.
+// The shape, as fractions of the side.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
-constexpr double kWidth = 0.09;
+constexpr double kSpokeWidth = 0.09;
 constexpr double kTipWidth = 0.05;
 constexpr double kTipLength = 0.02;
 
+// The opacity of the black spokes.
 constexpr double kDarkest = 0.72;
 constexpr double kLightest = 0.14;
 
@@ -36,7 +37,7 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
       window_(window),
       side_(side),
       background_(background),
-      mask_(render.mask()),
+      maskFormat_(render.maskFormat()),
       pixmap_(connection.makeId()),
       picture_(connection.makeId()) {
   const auto length = static_cast<std::uint16_t>(side_);
@@ -46,17 +47,17 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
       xcb_render_create_picture(connection_.get(), picture_, pixmap_, format, 0, nullptr),
       "RenderCreatePicture", window_);
   for (unsigned i = 0; i < kSpokes; ++i) {
-    inks_.at(i) = connection_.makeId();
-    const double shade = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
-    connection_.track(
-        xcb_render_create_solid_fill(connection_.get(), inks_.at(i), {0, 0, 0, component(shade)}),
-        "RenderCreateSolidFill", window_);
+    sources_.at(i) = connection_.makeId();
+    const double opacity = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
+    connection_.track(xcb_render_create_solid_fill(connection_.get(), sources_.at(i),
+                                                   {0, 0, 0, component(opacity)}),
+                      "RenderCreateSolidFill", window_);
   }
 }
 
 Spinner::~Spinner() {
-  for (const xcb_render_picture_t ink : inks_) {
-    connection_.track(xcb_render_free_picture(connection_.get(), ink), "RenderFreePicture",
+  for (const xcb_render_picture_t source : sources_) {
+    connection_.track(xcb_render_free_picture(connection_.get(), source), "RenderFreePicture",
                       window_);
   }
   connection_.track(xcb_render_free_picture(connection_.get(), picture_), "RenderFreePicture",
@@ -67,20 +68,20 @@ Spinner::~Spinner() {
 void Spinner::draw(unsigned position) {
   const auto length = static_cast<std::uint16_t>(side_);
   const xcb_rectangle_t whole{0, 0, length, length};
-  const xcb_render_color_t paper{component(background_.red), component(background_.green),
-                                 component(background_.blue), component(1)};
+  const xcb_render_color_t background{component(background_.red), component(background_.green),
+                                      component(background_.blue), component(1)};
   connection_.track(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
-                                               paper, 1, &whole),
+                                               background, 1, &whole),
                     "RenderFillRectangles", window_);
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
-    drawSpoke(spoke, inks_.at((position + kSpokes - spoke) % kSpokes));
+    drawSpoke(spoke, sources_.at((position + kSpokes - spoke) % kSpokes));
   }
   changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXMAP, {pixmap_});
   clearWindow(connection_, window_);
 }
 
-// A bar with blunt tips, in one strip of triangles from the inside out.
-void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t ink) {
+// A bar with tapered tips, drawn as one strip of triangles from the centre outwards.
+void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);
   const double outwardsY = -std::cos(angle);
@@ -90,8 +91,8 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t ink) {
     double width;
   };
   constexpr std::array<Cut, 4> kCuts{{{kInnerRadius, kTipWidth},
-                                      {kInnerRadius + kTipLength, kWidth},
-                                      {kOuterRadius - kTipLength, kWidth},
+                                      {kInnerRadius + kTipLength, kSpokeWidth},
+                                      {kOuterRadius - kTipLength, kSpokeWidth},
                                       {kOuterRadius, kTipWidth}}};
   std::array<xcb_render_pointfix_t, 2 * kCuts.size()> points{};
   for (std::size_t i = 0; i < kCuts.size(); ++i) {
@@ -101,10 +102,10 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t ink) {
     points.at(2 * i) = {fixed(x - half * outwardsY), fixed(y + half * outwardsX)};
     points.at(2 * i + 1) = {fixed(x + half * outwardsY), fixed(y - half * outwardsX)};
   }
-  connection_.track(
-      xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, ink, picture_, mask_, 0, 0,
-                           static_cast<std::uint32_t>(points.size()), points.data()),
-      "RenderTriStrip", window_);
+  connection_.track(xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, source,
+                                         picture_, maskFormat_, 0, 0,
+                                         static_cast<std::uint32_t>(points.size()), points.data()),
+                    "RenderTriStrip", window_);
 }
 
 }  // namespace vel::x11
