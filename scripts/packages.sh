@@ -12,7 +12,13 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
 packages_x11=(pkg-config libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev)
 # shellcheck disable=SC2034
 packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
-  xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg)
+  xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
+  python3-xlib)
+# The hosts and environments of scripts/hosts.sh.
+# shellcheck disable=SC2034
+packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm
+  picom libgtk-3-dev libgtk-4-dev qtbase5-dev qt6-base-dev libsdl2-dev openjdk-17-jdk godot3-runner wine
+  wine64 mpv xauth)
 # shellcheck disable=SC2034
 packages_fuzz=(clang libclang-rt-dev)
 # shellcheck disable=SC2034

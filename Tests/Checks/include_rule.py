@@ -44,7 +44,7 @@ MAY_INCLUDE = {
 
 # Headers of other projects, and the folders that may include them.
 OUTSIDE = {
-    "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11", "Benchmarks"],
+    "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11", "Tests/Hosts", "Benchmarks"],
     "X11/": [],
     "CLI/": ["Host"],
     "png.h": ["Host", "Tests/WindowSystem/X11"],

@@ -1,0 +1,328 @@
+// A host with one bad habit.
+//
+// usage: hosts-badhost HABIT [WIDTH HEIGHT]
+//
+// Draws a moving pattern without white. Some habits begin with SIGUSR1 and end with the next one:
+// "resize" asks for another size, "maximise" and "fullscreen" ask the window manager for the state,
+// "remap" unmaps the window and maps it again, "recreate" opens a new window and destroys the old
+// one. The other habits last from the start: "none", "redirect" selects SubstructureRedirect on its
+// own window, "inferiors" draws with IncludeInferiors, "raise" raises its child windows every
+// millisecond, "argb" has a translucent window. Prints each window that it opens, and each request
+// that the user's close button sends.
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr std::uint32_t kGreen = 0xFF208040;
+constexpr std::uint32_t kBlue = 0xFF204080;
+constexpr std::uint32_t kTranslucentGreen = 0x80104020;  // premultiplied
+constexpr std::uint32_t kTranslucentBlue = 0x80102040;
+constexpr std::uint32_t kRed = 0xFF802020;
+constexpr std::uint16_t kWidth = 640;
+constexpr std::uint16_t kHeight = 480;
+constexpr std::int16_t kLeft = 100;
+constexpr std::int16_t kTop = 80;
+constexpr std::uint16_t kStripe = 16;
+
+struct Free {
+  void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc)
+};
+template <typename T>
+using Reply = std::unique_ptr<T, Free>;
+
+class BadHost {
+ public:
+  BadHost(xcb_connection_t* x, std::string habit, std::uint16_t width, std::uint16_t height)
+      : x_(x),
+        screen_(xcb_setup_roots_iterator(xcb_get_setup(x)).data),
+        habit_(std::move(habit)),
+        width_(width),
+        height_(height) {
+    findVisual();
+    open();
+  }
+
+  /// Draws the next frame.
+  void draw() {
+    ++frame_;
+    const auto offset = static_cast<std::int16_t>(frame_ % (2 * kStripe));
+    std::vector<xcb_rectangle_t> stripes;
+    const xcb_rectangle_t all{0, 0, currentWidth_, currentHeight_};
+    for (int x = offset - 2 * kStripe; x < currentWidth_; x += 2 * kStripe) {
+      stripes.push_back({static_cast<std::int16_t>(x), 0, kStripe, currentHeight_});
+    }
+    setForeground(isTranslucent() ? kTranslucentGreen : kGreen);
+    xcb_poly_fill_rectangle(x_, window_, context_, 1, &all);
+    setForeground(isTranslucent() ? kTranslucentBlue : kBlue);
+    xcb_poly_fill_rectangle(x_, window_, context_, static_cast<std::uint32_t>(stripes.size()),
+                            stripes.data());
+    xcb_flush(x_);
+  }
+
+  void raiseChildren() {
+    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+    for (const xcb_window_t child : children_) {
+      xcb_configure_window(x_, child, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    }
+    xcb_flush(x_);
+  }
+
+  /// Does what the habit does on a signal.
+  void toggle() {
+    hasToggled_ = !hasToggled_;
+    if (habit_ == "resize") {
+      const std::array<std::uint32_t, 2> size{width_ + (hasToggled_ ? 160U : 0U),
+                                              height_ + (hasToggled_ ? 120U : 0U)};
+      xcb_configure_window(x_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                           size.data());
+    } else if (habit_ == "maximise") {
+      changeState("_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ");
+    } else if (habit_ == "fullscreen") {
+      changeState("_NET_WM_STATE_FULLSCREEN", "");
+    } else if (habit_ == "remap") {
+      remap();
+    } else if (habit_ == "recreate") {
+      const xcb_window_t old = window_;
+      open();
+      xcb_destroy_window(x_, old);
+    }
+    xcb_flush(x_);
+  }
+
+  /// Handles what the server has sent. Returns false when the user closed the window.
+  bool handleEvents() {
+    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(x_)}) {
+      const int type = event->response_type & 0x7F;
+      if (type == XCB_CONFIGURE_NOTIFY) {
+        const auto& notify = *reinterpret_cast<const xcb_configure_notify_event_t*>(event.get());
+        if (notify.window == window_) {
+          currentWidth_ = notify.width;
+          currentHeight_ = notify.height;
+        }
+      } else if (type == XCB_CLIENT_MESSAGE) {
+        const auto& message = *reinterpret_cast<const xcb_client_message_event_t*>(event.get());
+        if (message.data.data32[0] == atom("WM_DELETE_WINDOW")) {
+          std::puts("close");
+          return false;
+        }
+      }
+    }
+    return xcb_connection_has_error(x_) == 0;
+  }
+
+  [[nodiscard]] bool raisesChildren() const { return habit_ == "raise"; }
+
+ private:
+  [[nodiscard]] bool isTranslucent() const { return habit_ == "argb"; }
+
+  void findVisual() {
+    visual_ = screen_->root_visual;
+    depth_ = screen_->root_depth;
+    if (!isTranslucent()) {
+      return;
+    }
+    for (auto depths = xcb_screen_allowed_depths_iterator(screen_); depths.rem != 0;
+         xcb_depth_next(&depths)) {
+      const auto visuals = xcb_depth_visuals_iterator(depths.data);
+      if (depths.data->depth == 32 && visuals.rem != 0) {
+        visual_ = visuals.data->visual_id;
+        depth_ = 32;
+        return;
+      }
+    }
+  }
+
+  xcb_atom_t atom(const std::string& name) {
+    const auto known = atoms_.find(name);
+    if (known != atoms_.end()) {
+      return known->second;
+    }
+    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+        x_, xcb_intern_atom(x_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+    return atoms_[name] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+  }
+
+  void setForeground(std::uint32_t color) {
+    xcb_change_gc(x_, context_, XCB_GC_FOREGROUND, &color);
+  }
+
+  void setText(xcb_atom_t property, std::string_view text) {
+    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+  }
+
+  void open() {
+    const xcb_colormap_t colormap = xcb_generate_id(x_);
+    xcb_create_colormap(x_, XCB_COLORMAP_ALLOC_NONE, colormap, screen_->root, visual_);
+    std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (habit_ == "redirect") {
+      events |= XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+    }
+    const std::array<std::uint32_t, 4> values{isTranslucent() ? kTranslucentGreen : kGreen,
+                                              isTranslucent() ? 0 : screen_->black_pixel, events,
+                                              colormap};
+    window_ = xcb_generate_id(x_);
+    xcb_create_window(x_, depth_, window_, screen_->root, kLeft, kTop, width_, height_, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
+                      XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+                      values.data());
+    currentWidth_ = width_;
+    currentHeight_ = height_;
+    setText(XCB_ATOM_WM_NAME, "badhost " + habit_);
+    setText(XCB_ATOM_WM_CLASS, std::string_view("badhost\0BadHost\0", 16));
+    const xcb_atom_t deletes = atom("WM_DELETE_WINDOW");
+    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"), XCB_ATOM_ATOM, 32,
+                        1, &deletes);
+    // The position and size that the program chose, and north-west gravity.
+    const std::array<std::uint32_t, 18> hints{(1U << 2U) | (1U << 3U) | (1U << 9U),
+                                              kLeft,
+                                              kTop,
+                                              width_,
+                                              height_,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              0,
+                                              XCB_GRAVITY_NORTH_WEST};
+    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+    // InputHint: the window takes the keyboard focus from the window manager.
+    const std::array<std::uint32_t, 9> wmHints{1, 1, 0, 0, 0, 0, 0, 0, 0};
+    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS,
+                        32, wmHints.size(), wmHints.data());
+    std::uint32_t subwindowMode = habit_ == "inferiors" ? XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS
+                                                        : XCB_SUBWINDOW_MODE_CLIP_BY_CHILDREN;
+    context_ = xcb_generate_id(x_);
+    xcb_create_gc(x_, context_, window_, XCB_GC_SUBWINDOW_MODE, &subwindowMode);
+    if (raisesChildren()) {
+      addChildren();
+    }
+    xcb_map_window(x_, window_);
+    xcb_flush(x_);
+    std::printf("window 0x%x\n", window_);
+    std::fflush(stdout);
+  }
+
+  void addChildren() {
+    children_.clear();
+    for (std::int16_t index = 0; index < 2; ++index) {
+      const xcb_window_t child = xcb_generate_id(x_);
+      const std::uint32_t color = kRed;
+      xcb_create_window(x_, depth_, child, window_, static_cast<std::int16_t>(40 + index * 300), 60,
+                        240, 360, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_, XCB_CW_BACK_PIXEL,
+                        &color);
+      xcb_map_window(x_, child);
+      children_.push_back(child);
+    }
+  }
+
+  void changeState(const std::string& first, const std::string& second) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window_;
+    message.type = atom("_NET_WM_STATE");
+    message.data.data32[0] = hasToggled_ ? 1 : 0;
+    message.data.data32[1] = atom(first);
+    message.data.data32[2] = second.empty() ? 0 : atom(second);
+    message.data.data32[3] = 1;
+    xcb_send_event(x_, 0, screen_->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+  }
+
+  /// Withdraws the window as ICCCM section 4.1.4 describes, and maps it 100 milliseconds later.
+  void remap() {
+    xcb_unmap_notify_event_t notify{};
+    notify.response_type = XCB_UNMAP_NOTIFY;
+    notify.event = screen_->root;
+    notify.window = window_;
+    xcb_unmap_window(x_, window_);
+    xcb_send_event(x_, 0, screen_->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&notify));
+    xcb_flush(x_);
+    const timespec pause{0, 100'000'000};
+    nanosleep(&pause, nullptr);
+    xcb_map_window(x_, window_);
+  }
+
+  xcb_connection_t* x_;
+  xcb_screen_t* screen_;
+  std::string habit_;
+  std::uint16_t width_;
+  std::uint16_t height_;
+  std::uint16_t currentWidth_ = 0;
+  std::uint16_t currentHeight_ = 0;
+  std::uint8_t depth_ = 0;
+  xcb_visualid_t visual_ = 0;
+  xcb_window_t window_ = 0;
+  xcb_gcontext_t context_ = 0;
+  std::vector<xcb_window_t> children_;
+  std::map<std::string, xcb_atom_t> atoms_;
+  unsigned frame_ = 0;
+  bool hasToggled_ = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2 && argc != 4) {
+    std::fputs("usage: hosts-badhost HABIT [WIDTH HEIGHT]\n", stderr);
+    return 2;
+  }
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGUSR1);
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  const int signalInput = signalfd(-1, &signals, SFD_CLOEXEC);
+  xcb_connection_t* const x = xcb_connect(nullptr, nullptr);
+  if (xcb_connection_has_error(x) != 0) {
+    std::fputs("hosts-badhost: no display\n", stderr);
+    return 1;
+  }
+  const bool hasSize = argc == 4;
+  BadHost host(x, argv[1],
+               static_cast<std::uint16_t>(hasSize ? std::strtol(argv[2], nullptr, 10) : kWidth),
+               static_cast<std::uint16_t>(hasSize ? std::strtol(argv[3], nullptr, 10) : kHeight));
+  const int frameTime = host.raisesChildren() ? 1 : 16;  // milliseconds
+  pollfd input{signalInput, POLLIN, 0};
+  while (host.handleEvents()) {
+    if (host.raisesChildren()) {
+      host.raiseChildren();
+    }
+    host.draw();
+    if (poll(&input, 1, frameTime) > 0) {
+      signalfd_siginfo information{};
+      if (read(signalInput, &information, sizeof information) == sizeof information) {
+        host.toggle();
+      }
+    }
+  }
+  xcb_disconnect(x);
+  return 0;
+}

@@ -1,0 +1,198 @@
+"""The displays that the trials run on: an X server of its own with a window manager for each."""
+
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+# A busy machine may need far longer than the usual fraction of a second.
+PATIENCE = 40
+SCREEN = (1280, 960)
+
+
+def wait_until(condition, patience=PATIENCE, pause=0.02):
+    """Calls `condition` until it returns a true value. Returns this value, or None if it never came."""
+    limit = time.monotonic() + patience
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() >= limit:
+            return None
+        time.sleep(pause)
+
+
+class Environment:
+    """A window manager and, for some, a compositor of its own.
+
+    `buttons` maps each button of the frame to the offset of its centre from the top right corner of
+    the area inside the frame. A manager without buttons has an empty map. `resizes` is true if the user can drag the
+    frame's bottom right corner.
+    """
+
+    def __init__(self, name, commands=(), files=None, buttons=None, resizes=False, composites=False, bus=False):
+        self.name = name
+        self.commands = commands
+        self.files = files or {}
+        self.buttons = buttons or {}
+        self.resizes = resizes
+        self.composites = composites
+        self.needs_bus = bus
+        self.has_manager = bool(commands)
+
+
+_GSETTINGS = """[org/gnome/metacity]
+compositor='none'
+
+[org/gnome/desktop/wm/preferences]
+button-layout=':minimize,maximize,close'
+
+[org/mate/marco/general]
+button-layout=':minimize,maximize,close'
+"""
+
+_I3 = """font pango:DejaVu Sans Mono 8
+"""
+
+_OPENBOX = Environment(
+    "openbox",
+    commands=[["openbox"]],
+    buttons={"close": (-10, -10), "maximise": (-26, -10), "minimise": (-42, -10)},
+    resizes=True,
+)
+
+ENVIRONMENTS = [
+    Environment("bare"),
+    Environment(
+        "metacity",
+        commands=[["metacity"]],
+        buttons={"close": (-18, -19), "maximise": (-52, -19), "minimise": (-86, -19)},
+        resizes=True,
+    ),
+    _OPENBOX,
+    Environment(
+        "xfwm4",
+        commands=[["xfwm4", "--compositor=on"]],
+        buttons={"close": (-11, -14), "maximise": (-34, -14), "minimise": (-57, -14)},
+        resizes=True,
+        composites=True,
+        bus=True,
+    ),
+    Environment(
+        "marco",
+        commands=[["marco", "--composite"]],
+        buttons={"close": (-11, -12), "maximise": (-30, -12), "minimise": (-49, -12)},
+        resizes=True,
+        composites=True,
+    ),
+    Environment(
+        "icewm",
+        commands=[["icewm"]],
+        files={".icewm/preferences": "ShowTaskBar=0\nShowSplash=0\n"},
+        buttons={"close": (-12, -9), "maximise": (-38, -9), "minimise": (-58, -9)},
+        resizes=True,
+    ),
+    Environment("i3", commands=[["i3", "-c", "{home}/i3.config"]], files={"i3.config": _I3}),
+    Environment(
+        "picom",
+        commands=[["openbox"], ["picom", "--backend", "xrender", "--config", "/dev/null"]],
+        buttons=_OPENBOX.buttons,
+        resizes=True,
+        composites=True,
+    ),
+]
+
+
+class Display:
+    """An X server with the programs of an environment. `close` ends all that was started on it."""
+
+    def __init__(self, environment):
+        self.environment = environment
+        self.home = Path(tempfile.mkdtemp(prefix="hosts-"))
+        self._processes = []
+        self._bus = "disabled:"
+        self._log = open(self.home / "log", "wb")
+        reader, writer = os.pipe()
+        self._start(
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", "%dx%dx24" % SCREEN]
+            + ["-nolisten", "tcp", "-noreset", "-dpi", "96"],
+            pass_fds=[writer],
+        )
+        os.close(writer)
+        with os.fdopen(reader) as numbers:
+            self.name = ":" + numbers.readline().strip()
+        if self.name == ":":
+            raise RuntimeError("Xvfb does not start")
+        os.environ["DISPLAY"] = self.name
+        keyfile = self.home / "config/glib-2.0/settings/keyfile"
+        keyfile.parent.mkdir(parents=True)
+        keyfile.write_text(_GSETTINGS)
+        for name, text in environment.files.items():
+            file = self.home / name
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text)
+
+    def variables(self):
+        """The environment variables of a program on the display."""
+        values = {
+            name: value
+            for name, value in os.environ.items()
+            if name not in ("WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER")
+        }
+        values.update(
+            DISPLAY=self.name,
+            HOME=str(self.home),
+            XDG_CONFIG_HOME=str(self.home / "config"),
+            XDG_RUNTIME_DIR=str(self.home),
+            GSETTINGS_BACKEND="keyfile",
+            NO_AT_BRIDGE="1",
+            LIBGL_ALWAYS_SOFTWARE="1",
+            DBUS_SESSION_BUS_ADDRESS=self._bus,
+        )
+        return values
+
+    def _start(self, command, **settings):
+        process = subprocess.Popen(
+            command, stdin=subprocess.DEVNULL, stdout=self._log, stderr=self._log, **settings
+        )
+        self._processes.append(process)
+        return process
+
+    def start_manager(self):
+        """Starts the environment's programs, the window manager first."""
+        if self.environment.needs_bus:
+            reader, writer = os.pipe()
+            self._start(
+                ["dbus-daemon", "--session", "--nofork", "--print-address=%d" % writer],
+                env=self.variables(),
+                pass_fds=[writer],
+            )
+            os.close(writer)
+            with os.fdopen(reader) as addresses:
+                self._bus = addresses.readline().strip()
+        for command in self.environment.commands:
+            self._start([part.format(home=self.home) for part in command], env=self.variables())
+
+    def log(self):
+        """What the programs of the environment have written."""
+        return (self.home / "log").read_text(errors="replace")
+
+    def close(self):
+        for process in reversed(self._processes):
+            end(process)
+        self._log.close()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+
+def end(process):
+    """Ends a process, and waits for it."""
+    if process.poll() is None:
+        process.send_signal(signal.SIGTERM)
+        try:
+            process.wait(2)
+        except subprocess.TimeoutExpired:
+            process.kill()
+    process.wait()

@@ -1,0 +1,207 @@
+"""The programs whose windows are covered."""
+
+import os
+import shlex
+import shutil
+import subprocess
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+PROGRAMS = HERE / "programs"
+
+
+class Host:
+    """A program with a window.
+
+    `command` is formatted with `bin`, the folder of the built programs, and `home`, an empty folder.
+    `window` is in the window's class or title. `compiles` lists the commands that build the program.
+    `changes` is true if the program changes its window on SIGUSR1, and changes it back on the next.
+    `buttons` maps the buttons that the program draws itself to the offset of their centres from the top
+    right corner of its window without the shadow.
+    """
+
+    def __init__(self, name, description, command, window, needs=(), compiles=(), variables=None):
+        self.name = name
+        self.description = description
+        self.command = command
+        self.window = window
+        self.needs = needs
+        self.compiles = compiles
+        self.variables = variables or {}
+        self.changes = False
+        self.recreates = False
+        self.buttons = None
+        self.prepares = None
+
+    def with_settings(self, **settings):
+        for name, value in settings.items():
+            setattr(self, name, value)
+        return self
+
+    def missing(self, programs):
+        """Why the host cannot run here, or None."""
+        for need in self.needs:
+            if shutil.which(need) is None:
+                return "%s is not installed" % need
+        program = self.command[0].format(bin=programs, home="")
+        if shutil.which(program) is None:
+            return "%s does not exist" % program
+        return None
+
+
+def _bad(habit, description, *size):
+    name = {"argb": "argb"}.get(habit, "bad-" + habit)
+    return Host(
+        name, description, ["{bin}/hosts-badhost", habit, *size], "BadHost"
+    )
+
+
+def _compiled(name, package, source, compiler):
+    """The command that builds a program with the flags that pkg-config returns for a package."""
+    return "%s -O1 -o {bin}/hosts-%s {programs}/%s $(pkg-config --cflags --libs %s)" % (
+        compiler,
+        name,
+        source,
+        package,
+    )
+
+
+def _sdl2(name, description, *arguments):
+    return Host(
+        name,
+        description,
+        ["{bin}/hosts-sdl2", *arguments],
+        "hosts-sdl2",
+        compiles=[_compiled("sdl2", "sdl2", "sdl2.c", "cc")],
+    ).with_settings(changes=bool(arguments))
+
+
+def _tiny(host):
+    host.command = ["{bin}/hosts-badhost", "none", "24", "18"]
+    host.name = "bad-tiny"
+    return host
+
+
+def _prepare_wine(home, programs):
+    """Copies nothing: all trials share one prefix, which is made once and used by one trial at a time."""
+    return {"WINEPREFIX": str(Path(programs) / "wine")}
+
+
+_CSD = {"close": (-24, 23)}
+
+HOSTS = [
+    Host(
+        "xterm",
+        "xterm, which has no Motif hints",
+        ["xterm", "-bg", "#204060", "-fg", "#80c0ff", "-geometry", "80x24+100+80"]
+        + ["-e", "sh", "-c", "while :; do date; sleep 0.1; done"],
+        "XTerm",
+    ),
+    Host(
+        "gtk3",
+        "GTK 3 with client-side decorations",
+        ["{bin}/hosts-gtk3"],
+        "hosts-gtk3",
+        compiles=[_compiled("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
+    ).with_settings(buttons=_CSD),
+    Host(
+        "gtk4",
+        "GTK 4",
+        ["{bin}/hosts-gtk4"],
+        "hosts-gtk4",
+        compiles=[_compiled("gtk4", "gtk4", "gtk4.c", "cc")],
+        variables={"GSK_RENDERER": "cairo"},
+    ).with_settings(buttons=_CSD),
+    Host(
+        "qt5",
+        "Qt 5",
+        ["{bin}/hosts-qt5"],
+        "hosts-qt",
+        compiles=[_compiled("qt5", "Qt5Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+    ),
+    Host(
+        "qt6",
+        "Qt 6",
+        ["{bin}/hosts-qt6"],
+        "hosts-qt",
+        compiles=[_compiled("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+    ),
+    _bad("argb", "a translucent ARGB window"),
+    Host(
+        "swing",
+        "Java Swing",
+        ["java", "-cp", "{bin}", "HostsSwing"],
+        "hosts-swing",
+        needs=["java"],
+        compiles=["javac -d {bin} {programs}/HostsSwing.java"],
+    ),
+    _sdl2("sdl2", "an SDL 2 game"),
+    Host("glxgears", "an OpenGL program", ["glxgears", "-geometry", "500x400+100+80"], "glxgears"),
+    Host(
+        "godot",
+        "a game of Godot 3 with GLES2",
+        ["godot3-runner", "--video-driver", "GLES2", "--audio-driver", "Dummy"]
+        + ["--path", str(PROGRAMS / "godot")],
+        "hosts-godot",
+    ),
+    Host(
+        "wine",
+        "notepad under Wine",
+        ["wine", "notepad"],
+        "notepad",
+        compiles=[
+            "test -e {bin}/wine/system.reg ||"
+            " WINEPREFIX={bin}/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml='"
+            " xvfb-run --auto-servernum wine wineboot --init"
+        ],
+        variables={"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree=;mshtml="},
+    ).with_settings(prepares=_prepare_wine),
+    Host(
+        "mpv",
+        "mpv",
+        ["mpv", "--no-config", "--vo=x11", "--no-audio", "--no-osc", "--loop=inf"]
+        + ["--geometry=640x480+100+80", "av://lavfi:testsrc2=size=640x480:rate=25"],
+        "mpv",
+    ),
+    _bad("redirect", "selects SubstructureRedirect on its own window"),
+    _bad("inferiors", "draws with IncludeInferiors at each frame"),
+    _bad("raise", "raises its child windows every millisecond"),
+    _bad("recreate", "destroys its window while covered and opens another").with_settings(
+        changes=True, recreates=True
+    ),
+    _bad("resize", "changes its size while covered").with_settings(changes=True),
+    _bad("maximise", "maximises its window while covered").with_settings(changes=True),
+    _bad("fullscreen", "goes fullscreen while covered").with_settings(changes=True),
+    _bad("remap", "unmaps its window and maps it again while covered").with_settings(changes=True),
+    _tiny(_bad("tiny", "a window of 24 by 18 pixels")),
+    Host(
+        "bad-large",
+        "a window larger than the screen",
+        ["{bin}/hosts-badhost", "none", "2000", "1500"],
+        "BadHost",
+    ),
+    _sdl2("sdl2-resize", "an SDL 2 game that changes its size while covered", "resize"),
+    _sdl2("sdl2-fullscreen", "an SDL 2 game that goes fullscreen while covered", "fullscreen"),
+    _sdl2("sdl2-desktop", "an SDL 2 game that fills the desktop while covered", "desktop"),
+]
+
+
+def build(host, programs):
+    """Builds the host's program. Returns why it failed, or None."""
+    for command in host.compiles:
+        command = command.format(
+            bin=shlex.quote(str(programs)), programs=shlex.quote(str(PROGRAMS))
+        )
+        done = subprocess.run(
+            ["bash", "-c", "set -o pipefail; " + command],
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            timeout=300,
+            check=False,
+            env={name: value for name, value in os.environ.items() if name != "DISPLAY"},
+        )
+        if done.returncode != 0:
+            lines = (done.stderr or done.stdout).strip().splitlines() or ["no output"]
+            return "%s failed: %s" % (command.split()[0], lines[-1])
+    return None

@@ -1,0 +1,189 @@
+#!/usr/bin/env python3
+"""Covers each host in each environment and writes what the screen showed as a table.
+
+usage: matrix.py --launchscreen FILE --programs FOLDER [--output FILE] [--jobs N]
+                 [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...]
+
+FOLDER has hosts-sampler and hosts-badhost; the hosts' other programs are built in it. Beside the
+table FILE.md the script writes FILE.json with all details. Exits with 1 if a trial shows a fault.
+"""
+
+import argparse
+import json
+import shutil
+import subprocess
+import sys
+import time
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+from environments import ENVIRONMENTS
+from hosts import HOSTS, build
+
+HERE = Path(__file__).resolve().parent
+ENDINGS = ["time", "skip", "SIGTERM", "SIGINT"]
+
+
+def chosen(everything, names):
+    if not names:
+        return everything
+    wanted = names.split(",")
+    unknown = set(wanted) - {each.name for each in everything}
+    if unknown:
+        sys.exit("unknown: " + ", ".join(sorted(unknown)))
+    return [each for each in everything if each.name in wanted]
+
+
+def run_trial(host, environment, ending, arguments):
+    """Runs one trial in a process of its own, and returns its result."""
+    result = {"host": host.name, "environment": environment.name, "ending": ending, "faults": []}
+    command = [sys.executable, str(HERE / "trial.py"), host.name, environment.name, ending]
+    done = subprocess.run(
+        command + [arguments.launchscreen, arguments.programs],
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        text=True,
+        check=False,
+    )
+    try:
+        result = json.loads(done.stdout)
+    except ValueError:
+        result["error"] = done.stderr.strip()[-400:] or "no output"
+    return result
+
+
+def verdict(result):
+    if "error" in result:
+        return "not run"
+    return "fault" if result["faults"] else "passed"
+
+
+def buttons(result):
+    before, after = result.get("buttons"), result.get("buttons after")
+    if before is None:
+        return ""
+    closes = result.get("closes")
+    parts = list(before) if before else ["no button does anything"]
+    parts = [
+        name if after is None or name in after or not before else name + " (lost)" for name in parts
+    ]
+    if closes is not None:
+        parts.append("close" if closes else "close (lost)")
+    return ", ".join(parts)
+
+
+def row(result):
+    if "error" in result:
+        cells = [result["host"], result["environment"], result["ending"], "not run", "", "", result["error"]]
+    else:
+        white = ""
+        if "frames" in result:
+            white = "%d of %d" % (result["frames"] - result.get("not white", 0), result["frames"])
+        cells = [
+            result["host"],
+            result["environment"],
+            result["ending"],
+            verdict(result),
+            white,
+            buttons(result),
+            "; ".join(result["faults"] + ([result["note"]] if "note" in result else [])),
+        ]
+    return "| " + " | ".join(cell.replace("|", "/").replace("\n", " ") for cell in cells) + " |"
+
+
+def table(results, hosts, environments, seconds):
+    marks = {"passed": "✓", "fault": "✗", "not run": "–"}
+    found = {(result["host"], result["environment"]): result for result in results}
+    counts = {name: sum(verdict(result) == name for result in results) for name in marks}
+    lines = [
+        "# Hosts and environments",
+        "",
+        "`launchscreen show --window ID` over each host in each environment: %d trials in %d s; %d passed, "
+        "%d showed a fault, %d did not run."
+        % (len(results), seconds, counts["passed"], counts["fault"], counts["not run"]),
+        "",
+        "A trial passes if every sampled point (corners, middles of the edges, centre) is white in every",
+        "sampled frame from the first white one to the end, if the buttons that worked before work after,",
+        "if the hints have the same bytes, and if the window has its position and size, or those that the",
+        "host asked for while it was covered.",
+        "",
+        "✓ passed, ✗ fault, – not run.",
+        "",
+        "| host | " + " | ".join(each.name for each in environments) + " |",
+        "|---" * (len(environments) + 1) + "|",
+    ]
+    for host in hosts:
+        cells = [marks[verdict(found[host.name, each.name])] for each in environments]
+        lines.append("| %s: %s | %s |" % (host.name, host.description, " | ".join(cells)))
+    lines += [
+        "",
+        "| host | environment | ended by | result | white frames | buttons | what was wrong |",
+        "|---" * 7 + "|",
+    ]
+    lines += [row(result) for result in results]
+    return "\n".join(lines) + "\n"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--launchscreen", required=True)
+    parser.add_argument("--programs", required=True)
+    parser.add_argument("--output", default="build/hosts.md")
+    parser.add_argument("--jobs", type=int, default=3)
+    parser.add_argument("--hosts")
+    parser.add_argument("--environments")
+    parser.add_argument("--endings")
+    arguments = parser.parse_args()
+    arguments.launchscreen = str(Path(arguments.launchscreen).resolve())
+    arguments.programs = str(Path(arguments.programs).resolve())
+    hosts = chosen(HOSTS, arguments.hosts)
+    environments = chosen(ENVIRONMENTS, arguments.environments)
+    endings = arguments.endings.split(",") if arguments.endings else ENDINGS
+
+    began = time.monotonic()
+    reasons = {host.name: build(host, arguments.programs) for host in hosts}
+    missing = {
+        each.name: next(
+            (command[0] + " is not installed" for command in each.commands if not shutil.which(command[0])),
+            None,
+        )
+        for each in environments
+    }
+
+    def trial(place):
+        host_index, environment_index = place
+        host, environment = hosts[host_index], environments[environment_index]
+        ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
+        reason = reasons[host.name] or host.missing(arguments.programs) or missing[environment.name]
+        if reason:
+            result = {"host": host.name, "environment": environment.name, "ending": ending}
+            result.update(error=reason, faults=[])
+        else:
+            result = run_trial(host, environment, ending, arguments)
+        print(
+            "%-16s %-9s %-8s %s %s"
+            % (
+                host.name,
+                environment.name,
+                ending,
+                verdict(result),
+                result.get("error") or "; ".join(result["faults"]),
+            ),
+            flush=True,
+        )
+        return result
+
+    places = [(host, environment) for host in range(len(hosts)) for environment in range(len(environments))]
+    with ThreadPoolExecutor(arguments.jobs) as pool:
+        results = list(pool.map(trial, places))
+    seconds = round(time.monotonic() - began)
+    output = Path(arguments.output)
+    output.parent.mkdir(parents=True, exist_ok=True)
+    output.write_text(table(results, hosts, environments, seconds))
+    output.with_suffix(".json").write_text(json.dumps(results, indent=1))
+    print("%d trials in %d s: %s" % (len(results), seconds, output))
+    return 1 if any(verdict(result) != "passed" for result in results) else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,56 @@
+// An SDL 2 game. With SIGUSR1 it changes its size while it loads, and changes it back with the
+// next.
+//
+// usage: hosts-sdl2 [resize|fullscreen|desktop]
+#include <SDL.h>
+#include <signal.h>
+#include <string.h>
+
+static volatile sig_atomic_t isSignalled;
+
+static void handleSignal(int number) {
+  (void)number;
+  isSignalled = 1;
+}
+
+int main(int argc, char** argv) {
+  const char* change = argc > 1 ? argv[1] : "";
+  SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+  if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+    return 1;
+  }
+  SDL_Window* window =
+      SDL_CreateWindow("hosts-sdl2", 100, 80, 640, 480, SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN);
+  SDL_Renderer* renderer = SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
+  struct sigaction action = {0};
+  action.sa_handler = handleSignal;
+  sigaction(SIGUSR1, &action, NULL);
+  int isChanged = 0;
+  for (int frame = 0;; ++frame) {
+    SDL_Event event;
+    while (SDL_PollEvent(&event)) {
+      if (event.type == SDL_QUIT) {
+        SDL_Quit();
+        return 0;
+      }
+    }
+    if (isSignalled) {
+      isSignalled = 0;
+      isChanged = !isChanged;
+      if (strcmp(change, "resize") == 0) {
+        SDL_SetWindowSize(window, isChanged ? 800 : 640, isChanged ? 600 : 480);
+      } else if (strcmp(change, "fullscreen") == 0) {
+        SDL_SetWindowFullscreen(window, isChanged ? SDL_WINDOW_FULLSCREEN : 0);
+      } else if (strcmp(change, "desktop") == 0) {
+        SDL_SetWindowFullscreen(window, isChanged ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+      }
+    }
+    SDL_SetRenderDrawColor(renderer, 70, 30, 90, 255);
+    SDL_RenderClear(renderer);
+    SDL_SetRenderDrawColor(renderer, 40, 120, 60, 255);
+    const SDL_Rect box = {frame * 4 % 560, 40, 80, 80};
+    SDL_RenderFillRect(renderer, &box);
+    SDL_RenderPresent(renderer);
+    SDL_Delay(16);
+  }
+}

@@ -1,0 +1,539 @@
+#!/usr/bin/env python3
+"""Covers one host in one environment, and prints as JSON what the screen showed.
+
+usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
+
+ENDING is "time", "skip", "SIGTERM" or "SIGINT". PROGRAMS is the folder with hosts-sampler and the
+hosts' programs. All processes of the trial are ended before it ends. Exits with 1 if the trial shows a
+fault.
+"""
+
+import contextlib
+import ctypes
+import fcntl
+import json
+import os
+import signal
+import subprocess
+import sys
+import threading
+import time
+import traceback
+from pathlib import Path
+
+from environments import ENVIRONMENTS, PATIENCE, SCREEN, Display, end, wait_until
+from hosts import HOSTS
+from xclient import ICONIC, Client
+
+_PR_SET_CHILD_SUBREAPER = 36
+STATUS = {"time": 0, "skip": 0, "SIGTERM": 128 + 15, "SIGINT": 128 + 2}
+HINTS = [
+    "_MOTIF_WM_HINTS",
+    "WM_NORMAL_HINTS",
+    "WM_HINTS",
+    "WM_PROTOCOLS",
+    "WM_CLASS",
+    "WM_TRANSIENT_FOR",
+    "_NET_WM_WINDOW_TYPE",
+    "_NET_WM_WINDOW_OPACITY",
+    "_NET_WM_BYPASS_COMPOSITOR",
+    "_NET_WM_STATE",
+]
+COVERED_FOR = 1.2  # seconds at least
+
+
+def descendants():
+    """The ids of all processes below this one."""
+    parents = {}
+    for entry in Path("/proc").iterdir():
+        if entry.name.isdigit():
+            with contextlib.suppress(OSError, IndexError, ValueError):
+                fields = (entry / "stat").read_text().rpartition(")")[2].split()
+                parents.setdefault(int(fields[1]), []).append(int(entry.name))
+    found, waiting = [], [os.getpid()]
+    while waiting:
+        children = parents.get(waiting.pop(), [])
+        found += children
+        waiting += children
+    return found
+
+
+def end_descendants():
+    """Ends every process below this one by its id; orphans are adopted by this process first."""
+    for _ in range(50):
+        numbers = descendants()
+        if not numbers:
+            return
+        for number in numbers:
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(number, signal.SIGKILL)
+        with contextlib.suppress(ChildProcessError):
+            while os.waitpid(-1, os.WNOHANG)[0] != 0:
+                pass
+        time.sleep(0.02)
+
+
+class Lines:
+    """Reads the lines of a stream as they come, each with the time of CLOCK_MONOTONIC."""
+
+    def __init__(self, stream):
+        self._stream = stream
+        self.lines = []
+        self._thread = threading.Thread(target=self._read, daemon=True)
+        self._thread.start()
+
+    def _read(self):
+        for line in self._stream:
+            self.lines.append((time.monotonic_ns(), line.decode(errors="replace").rstrip("\n")))
+
+    def join(self):
+        self._thread.join(5)
+
+    def time_of(self, ending):
+        """When the first line that ends so was read, or None."""
+        for moment, line in list(self.lines):
+            if line.endswith(ending):
+                return moment
+        return None
+
+    def text(self):
+        return "\n".join(line for _, line in self.lines)
+
+
+class Frame:
+    """What the sampler saw at one moment."""
+
+    def __init__(self, line):
+        fields = line.split()
+        self.time = int(fields[0])
+        self.state = fields[1]
+        self.others = int(fields[2], 16)
+        self.color = fields[3]
+        self.rect = tuple(int(field) for field in fields[4:8])
+        self.is_white = self.state == "V" and self.others == 0
+
+
+class Trial:
+    """One host in one environment."""
+
+    def __init__(self, host, environment, ending, launchscreen, programs):
+        self.host = host
+        self.environment = environment
+        self.ending = ending
+        self.launchscreen = launchscreen
+        self.programs = programs
+        self.result = {"host": host.name, "environment": environment.name, "ending": ending}
+        self.faults = []
+        self.display = self.client = self.process = self.window = None
+        self.sampler = self.frames_read = None
+
+    def fault(self, text):
+        self.faults.append(text)
+
+    # Preparation
+
+    def start(self):
+        self.display = Display(self.environment)
+        self.display.start_manager()
+        self.client = Client(self.display.name)
+        if self.environment.has_manager and not wait_until(self.client.manager_runs):
+            raise RuntimeError("the window manager does not start: " + self.display.log()[-300:])
+        if self.environment.composites and not wait_until(self.client.compositor_runs):
+            raise RuntimeError("the compositor does not start: " + self.display.log()[-300:])
+        # openbox misses a window that is mapped before its main loop runs.
+        time.sleep(0.5)
+        variables = self.display.variables()
+        variables.update(self.host.variables)
+        if self.host.prepares:
+            variables.update(self.host.prepares(self.display.home, self.programs))
+        with open(self.display.home / "host.log", "wb") as log:
+            self.process = subprocess.Popen(
+                [part.format(bin=self.programs, home=self.display.home) for part in self.host.command],
+                env=variables,
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+            )
+        self.window = wait_until(self.find_window)
+        if not self.window:
+            log = (self.display.home / "host.log").read_text(errors="replace").strip()
+            raise RuntimeError("the host opens no window: " + log[-300:])
+        self.settle()
+        if not self.environment.has_manager:
+            self.client.focus(self.window)
+        if not wait_until(self.is_drawn, 15):
+            self.result["note"] = "the host itself is white at each point"
+        self.result["window"] = hex(self.window)
+
+    def find_window(self):
+        if self.process.poll() is not None:
+            return None
+        return self.client.find(self.host.window)
+
+    def points(self):
+        x, y, width, height = self.client.rect(self.window)
+        extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
+        left, right, top, bottom = extents[2] if extents else (0, 0, 0, 0)
+        x, y, width, height = x + left, y + top, width - left - right, height - top - bottom
+        right, bottom = min(x + width, SCREEN[0]) - 1, min(y + height, SCREEN[1]) - 1
+        x, y = max(x, 0), max(y, 0)
+        return [(px, py) for px in (x, (x + right) // 2, right) for py in (y, (y + bottom) // 2, bottom)]
+
+    def is_drawn(self):
+        """True if the host shows another colour than white, and than the black of an empty screen."""
+        return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
+
+    def settle(self, pause=0.3):
+        """Waits until the window keeps its position and size for a while."""
+        last = [None, 0.0]
+
+        def unchanged():
+            rect = self.client.rect(self.window)
+            if rect != last[0]:
+                last[:] = [rect, time.monotonic()]
+            return time.monotonic() - last[1] > pause
+
+        wait_until(unchanged, 10)
+        return last[0]
+
+    # What the user can do
+
+    def rect(self):
+        return self.client.rect(self.window)
+
+    def button_place(self, name):
+        x, y, width, _ = self.rect()
+        if self.host.buttons is not None:
+            extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
+            right, top = (extents[2][1], extents[2][2]) if extents else (0, 0)
+            offset = self.host.buttons.get(name)
+            return offset and (x + width - right + offset[0], y + top + offset[1])
+        offset = self.environment.buttons.get(name)
+        return offset and (x + width + offset[0], y + offset[1])
+
+    def click(self, name):
+        """Clicks a button. Returns false if there is none on the screen."""
+        place = self.button_place(name)
+        if not place or not (0 <= place[0] < SCREEN[0] and 0 <= place[1] < SCREEN[1]):
+            return False
+        self.client.click(*place)
+        return True
+
+    def rest_pointer(self):
+        self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
+
+    def working(self, patience):
+        """The controls that do what they should, except closing."""
+        if not self.environment.buttons:
+            return []
+        controls = []
+        original = self.rect()
+        if self.click("minimise"):
+            if wait_until(lambda: self.client.state(self.window) == ICONIC, patience):
+                controls.append("minimise")
+                self.client.message(self.window, "_NET_ACTIVE_WINDOW", [2])
+                if not wait_until(lambda: self.client.is_viewable(self.window), 10):
+                    raise RuntimeError("the minimised window does not come back")
+                self.settle()
+        if self.click("maximise"):
+            if wait_until(lambda: self.rect() != original, patience):
+                controls.append("maximise")
+                self.settle()
+                self.client.message(
+                    self.window,
+                    "_NET_WM_STATE",
+                    [0]
+                    + [
+                        self.client.atom("_NET_WM_STATE_MAXIMIZED_" + axis) for axis in ("VERT", "HORZ")
+                    ]
+                    + [2],
+                )
+                wait_until(lambda: self.rect() == original, 3)
+                self.settle()
+        if self.environment.resizes and self.host.buttons is None:
+            x, y, width, height = self.rect()
+            extents = self.client.property(self.window, "_NET_FRAME_EXTENTS")
+            right, bottom = (extents[2][1], extents[2][3]) if extents else (0, 0)
+            corner = (x + width + max(right - 2, 0), y + height + max(bottom - 2, 0))
+            if corner[0] < SCREEN[0] and corner[1] < SCREEN[1]:
+                self.client.drag(corner, (corner[0] + 60, corner[1] + 50))
+                if wait_until(lambda: self.rect()[2:] != (width, height), patience):
+                    controls.append("resize")
+                    self.settle()
+        self.rest_pointer()
+        return controls
+
+    def closes(self):
+        """Closes the window as the user does. Returns None if the environment has no button for it."""
+        if not self.click("close"):
+            if self.environment.name != "i3":
+                return None
+            # i3 closes the window for a pager; it draws no button.
+            self.client.message(self.window, "_NET_CLOSE_WINDOW", [0, 2])
+        closed = lambda: self.process.poll() is not None or not self.client.is_viewable(self.window)
+        return bool(wait_until(closed, 8))
+
+    # The run
+
+    def sample(self):
+        self.sampler = subprocess.Popen(
+            [str(Path(self.programs) / "hosts-sampler"), hex(self.window)],
+            env=self.display.variables(),
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+        )
+        self.frames_read = Lines(self.sampler.stdout)
+        wait_until(lambda: self.frames_read.lines)
+
+    def frames(self):
+        return [Frame(line) for _, line in list(self.frames_read.lines)]
+
+    def hints(self):
+        return {name: self.client.property(self.window, name) for name in HINTS}
+
+    def change(self):
+        self.process.send_signal(signal.SIGUSR1)
+
+    def reference_change(self):
+        """What the host's own change leads to without a cover; then the host changes it back."""
+        original = self.settle()
+        self.change()
+        wait_until(lambda: self.rect() != original, 1.5)
+        changed = self.settle()
+        self.change()
+        if not wait_until(lambda: self.rect() == original, 5):
+            self.result["note"] = "without a cover the host's change is not undone"
+        self.settle()
+        return changed
+
+    def run(self):
+        host, client = self.host, self.client
+        buttons_before = self.working(2.0)
+        self.result["buttons"] = buttons_before
+        self.settle()
+        reference = None
+        if host.changes and not host.recreates and host.name != "bad-remap":
+            reference = self.reference_change()
+        if not self.environment.has_manager:
+            client.focus(self.window)
+        before = {
+            "hints": self.hints(),
+            "rect": self.settle(),
+            "actions": sorted(client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS")),
+            "children": client.child_count(self.window),
+            "is_drawn": self.is_drawn(),
+        }
+        self.sample()
+        arguments = ["--window", hex(self.window)]
+        if self.ending == "time":
+            arguments += ["--duration", "2"]
+        else:
+            arguments += ["--duration", "600"]
+            if self.ending == "skip":
+                arguments += ["--mode", "skip"]
+        show = subprocess.Popen(
+            [self.launchscreen, "show", "--display", "x11", *arguments],
+            env=self.display.variables(),
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+        )
+        output = Lines(show.stdout)
+        try:
+            self.cover(show, output, before, reference)
+        finally:
+            end(show)
+            output.join()
+            self.result["output"] = output.text()
+        after_buttons = None
+        if client.exists(self.window) and client.is_viewable(self.window):
+            after_buttons = self.working(6.0)
+            lost = [name for name in buttons_before if name not in after_buttons]
+            if lost:
+                self.fault("buttons lost: " + ", ".join(lost))
+            closes = self.closes()
+            self.result["closes"] = closes
+            if closes is False:
+                self.fault("the close button does not close the window")
+        self.result["buttons after"] = after_buttons
+
+    def cover(self, show, output, before, reference):
+        host, client = self.host, self.client
+        covered = wait_until(
+            lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
+        )
+        if output.time_of("covered") is None:
+            self.fault("launchscreen never says covered" if covered is None else "launchscreen ends early")
+            self.stop_sampling()
+            self.result["status"] = show.poll()
+            return
+        first_white = wait_until(lambda: any(frame.is_white for frame in self.frames()), 5)
+        if not first_white:
+            self.fault("says covered, is never white")
+        started = time.monotonic()
+        time.sleep(0.4)
+        final = before["rect"]
+        moment = None
+        if host.changes and self.ending_is_open(output):
+            changed_at = time.monotonic_ns()
+            self.change()
+            if reference is not None:
+                final = reference
+                if not wait_until(lambda: self.rect() == reference, 3):
+                    self.fault(
+                        "while covered the host gets %s, not %s" % (self.rect(), reference)
+                    )
+                self.result["changed after ms"] = (time.monotonic_ns() - changed_at) // 1_000_000
+            time.sleep(0.5)
+        time.sleep(max(0, started + COVERED_FOR - time.monotonic()))
+        if host.recreates:
+            moment = self.end_of_window()
+            if wait_until(lambda: show.poll() is not None, 5) is None:
+                self.fault("does not end when the window is destroyed")
+        elif self.ending == "time":
+            if not wait_until(lambda: output.time_of("dismissed") or show.poll() is not None, 20):
+                self.fault("the time never passes")
+            moment = output.time_of("dismissed") or time.monotonic_ns()
+        else:
+            if show.poll() is not None:
+                self.fault("launchscreen ended by itself")
+            moment = time.monotonic_ns()
+            if self.ending == "skip":
+                with contextlib.suppress(BrokenPipeError):
+                    show.stdin.write(b"\n")
+                    show.stdin.flush()
+            else:
+                show.send_signal(getattr(signal, self.ending))
+        if wait_until(lambda: show.poll() is not None, 20) is None:
+            self.fault("launchscreen does not end")
+            self.stop_sampling()
+            return
+        status = show.poll()
+        self.result["status"] = status
+        if not host.recreates and status != STATUS[self.ending]:
+            self.fault("exit status %d" % status)
+        if before["is_drawn"] and not host.recreates:
+            if not wait_until(self.is_drawn, 8):
+                self.fault("the host is not visible again")
+        time.sleep(0.2)
+        self.stop_sampling()
+        self.judge_frames(moment)
+        if not host.recreates:
+            self.judge_window(before, final)
+
+    def ending_is_open(self, output):
+        return output.time_of("dismissed") is None
+
+    def end_of_window(self):
+        for frame in self.frames():
+            if frame.state == "D":
+                return frame.time
+        return time.monotonic_ns()
+
+    def stop_sampling(self):
+        if self.sampler:
+            self.sampler.stdin.close()
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                self.sampler.wait(5)
+            self.frames_read.join()
+
+    def judge_frames(self, moment):
+        """Every viewable frame from the first white one to `moment`, when the end began, is white."""
+        frames = self.frames()
+        first = next((index for index, frame in enumerate(frames) if frame.is_white), None)
+        if first is None:
+            self.result["frames"] = 0
+            return
+        run = [frame for frame in frames[first:] if frame.time <= moment and frame.state == "V"]
+        others = [frame for frame in run if not frame.is_white]
+        self.result["frames"] = len(run)
+        self.result["not white"] = len(others)
+        self.result["unmapped"] = sum(
+            1 for frame in frames[first:] if frame.time <= moment and frame.state == "U"
+        )
+        if others:
+            begin = run[0].time
+            self.result["not white, in detail"] = [
+                [(frame.time - begin) // 1_000_000, "%03x" % frame.others, frame.color, frame.rect]
+                for frame in others[:: max(1, len(others) // 20)]
+            ]
+            self.fault(
+                "%d of %d frames not white, first after %d ms"
+                % (len(others), len(run), (others[0].time - begin) // 1_000_000)
+            )
+        after = [frame.is_white for frame in frames if frame.time > moment and frame.state == "V"]
+        if any(not first and second for first, second in zip(after, after[1:])):
+            self.fault("white comes back after the end")
+
+    def judge_window(self, before, final):
+        def changed_hints():
+            now = self.hints()
+            return [name for name in HINTS if now[name] != before["hints"][name]]
+
+        wait_until(lambda: not changed_hints(), 3)
+        changed = [
+            name
+            for name in changed_hints()
+            if name != "_NET_WM_STATE" or final == before["rect"]
+        ]
+        if changed:
+            self.fault("hints differ: " + ", ".join(changed))
+            now = self.hints()
+            self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
+        if not wait_until(lambda: self.rect() == final, 3):
+            self.fault("position and size %s, not %s" % (self.rect(), final))
+        actions = lambda: sorted(self.client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS"))
+        if final == before["rect"] and not wait_until(lambda: actions() == before["actions"], 3):
+            lost = [name for name in before["actions"] if name not in actions()]
+            gained = [name for name in actions() if name not in before["actions"]]
+            self.fault("allowed actions lost: %s, gained: %s" % (lost, gained))
+        children = self.client.child_count(self.window)
+        if children != before["children"]:
+            self.fault("%d child windows, not %d" % (children, before["children"]))
+
+
+def main():
+    host, environment, ending, launchscreen, programs = sys.argv[1:]
+    ctypes.CDLL(None).prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
+    def give_up(*_):
+        raise TimeoutError("the trial took too long")
+
+    signal.signal(signal.SIGALRM, give_up)
+    signal.signal(signal.SIGTERM, give_up)
+    signal.alarm(150)
+    trial = Trial(
+        next(each for each in HOSTS if each.name == host),
+        next(each for each in ENVIRONMENTS if each.name == environment),
+        ending,
+        launchscreen,
+        programs,
+    )
+    began = time.monotonic()
+    lock = None
+    try:
+        if trial.host.prepares:
+            lock = open(Path(programs) / "wine.lock", "w")  # pylint: disable=consider-using-with
+            fcntl.flock(lock, fcntl.LOCK_EX)
+        trial.start()
+        trial.run()
+    except Exception as error:  # pylint: disable=broad-except
+        trial.result["error"] = "%s: %s" % (type(error).__name__, error)
+        trial.result["trace"] = traceback.format_exc()
+    finally:
+        signal.alarm(0)
+        end_descendants()
+        if trial.display:
+            trial.display.close()
+        if lock:
+            lock.close()
+    trial.result["faults"] = trial.faults
+    trial.result["seconds"] = round(time.monotonic() - began, 1)
+    json.dump(trial.result, sys.stdout, indent=1)
+    print()
+    return 1 if trial.faults or "error" in trial.result else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,173 @@
+"""The trial's own X client: it looks at windows and does what a user does."""
+
+import sys
+import time
+
+# Debian's packages, also if another Python runs the trials.
+sys.path.append("/usr/lib/python3/dist-packages")
+
+# pylint: disable=wrong-import-position
+from Xlib import X, Xatom, display, error
+from Xlib.ext import xtest
+from Xlib.protocol import event
+
+ICONIC = 3
+
+
+class Client:
+    """A connection to the display. Windows are passed as ids."""
+
+    def __init__(self, name):
+        self._display = display.Display(name)
+        self._display.set_error_handler(lambda *_: None)
+        self.root = self._display.screen().root
+
+    def close(self):
+        self._display.close()
+
+    def _window(self, number):
+        return self._display.create_resource_object("window", number)
+
+    def atom(self, name):
+        return self._display.intern_atom(name)
+
+    def property(self, number, name):
+        """The property as (type, format, values), or None."""
+        try:
+            value = self._window(number).get_full_property(self.atom(name), X.AnyPropertyType)
+        except error.XError:
+            return None
+        if value is None:
+            return None
+        return (self._display.get_atom_name(value.property_type), value.format, tuple(value.value))
+
+    def atoms(self, number, name):
+        """The names of the atoms in a property."""
+        value = self.property(number, name)
+        return [self._display.get_atom_name(atom) for atom in value[2]] if value else []
+
+    def manager_runs(self):
+        """True if a window manager has announced itself as EWMH describes."""
+        check = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
+        return bool(check) and self.property(check[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
+
+    def compositor_runs(self):
+        return self._display.get_selection_owner(self.atom("_NET_WM_CM_S0")) != X.NONE
+
+    def _children(self, window):
+        try:
+            return window.query_tree().children
+        except error.XError:
+            return []
+
+    def _text(self, number, name):
+        value = self.property(number, name)
+        if not value or value[1] != 8:
+            return ""
+        return bytes(value[2]).decode(errors="replace")
+
+    def find(self, text):
+        """The largest viewable window whose class or title contains `text`, or None."""
+        best, best_size = None, 0
+        waiting = [self.root]
+        while waiting:
+            for child in self._children(waiting.pop()):
+                waiting.append(child)
+                if not any(
+                    text in self._text(child.id, name)
+                    for name in ("WM_CLASS", "WM_NAME", "_NET_WM_NAME")
+                ):
+                    continue
+                rect = self.rect(child.id)
+                if rect and self.is_viewable(child.id) and rect[2] * rect[3] > best_size:
+                    best, best_size = child.id, rect[2] * rect[3]
+        return best
+
+    def is_viewable(self, number):
+        try:
+            return self._window(number).get_attributes().map_state == X.IsViewable
+        except error.XError:
+            return False
+
+    def exists(self, number):
+        return self.rect(number) is not None
+
+    def rect(self, number):
+        """The position on the screen and the size, or None if the window does not exist."""
+        window = self._window(number)
+        try:
+            geometry = window.get_geometry()
+            place = self.root.translate_coords(window, 0, 0)
+        except error.XError:
+            return None
+        return (place.x, place.y, geometry.width, geometry.height)
+
+    def frame(self, number):
+        """The outermost window around a window, with the borders that the manager drew."""
+        window = self._window(number)
+        try:
+            while True:
+                parent = window.query_tree().parent
+                if parent == X.NONE or parent.id == self.root.id:
+                    return window.id
+                window = parent
+        except error.XError:
+            return None
+
+    def child_count(self, number):
+        return len(self._children(self._window(number)))
+
+    def state(self, number):
+        """The window's WM_STATE: 1 for normal, 3 for iconic; None if it has none."""
+        value = self.property(number, "WM_STATE")
+        return value[2][0] if value else None
+
+    def pixel(self, x, y):
+        """The colour on the screen, without the alpha."""
+        image = self.root.get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF)
+        return int.from_bytes(image.data[:3], "little")
+
+    def message(self, number, name, values):
+        """Sends a client message about a window to the window manager."""
+        values = (list(values) + [0] * 5)[:5]
+        sent = event.ClientMessage(
+            window=self._window(number), client_type=self.atom(name), data=(32, values)
+        )
+        self.root.send_event(sent, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self._display.sync()
+
+    def focus(self, number):
+        self._window(number).set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
+        self._display.sync()
+
+    def move_pointer(self, x, y):
+        xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
+        self._display.sync()
+
+    def button(self, is_down, number=1):
+        kind = X.ButtonPress if is_down else X.ButtonRelease
+        xtest.fake_input(self._display, kind, detail=number)
+        self._display.sync()
+
+    def click(self, x, y):
+        self.move_pointer(x, y)
+        time.sleep(0.05)
+        self.button(True)
+        time.sleep(0.03)
+        self.button(False)
+
+    def drag(self, start, end):
+        """Drags with the first button in small steps."""
+        self.move_pointer(*start)
+        time.sleep(0.05)
+        self.button(True)
+        time.sleep(0.05)
+        for step in range(1, 9):
+            self.move_pointer(
+                start[0] + (end[0] - start[0]) * step // 8, start[1] + (end[1] - start[1]) * step // 8
+            )
+            time.sleep(0.02)
+        self.button(False)
+
+
+__all__ = ["Client", "ICONIC", "X", "Xatom"]

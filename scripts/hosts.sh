@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Covers every host in every environment and writes what the screen showed to build/hosts.md. It takes
+# less than half an hour on two cores. Arguments go to Tests/Hosts/matrix.py, for example
+#   scripts/hosts.sh --hosts xterm,godot --environments bare,xfwm4
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+source scripts/build.sh
+
+require_packages build x11 test x11_test hosts
+build_preset debug launchscreen hosts-sampler hosts-badhost
+exec python3 Tests/Hosts/matrix.py --launchscreen build/debug/bin/launchscreen \
+  --programs build/debug/hosts "$@"
