@@ -7,21 +7,16 @@ namespace vel::x11 {
 
 namespace {
 
-// An owner that reads our value and writes an edited one can miss a few writes of ours in between.
+// Between an owner's reading and writing of the property, we write less often than this.
 constexpr std::size_t kMaxRecentWrites = 4;
 
-std::vector<std::uint32_t> elementsOf(const HintValue& value) {
-  return value ? value->numbers() : std::vector<std::uint32_t>();
-}
+}  // namespace
 
-// Elements that the value does not have count as 0.
-std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t count) {
-  std::vector<std::uint32_t> elements = elementsOf(value);
-  elements.resize(std::max(elements.size(), count));
+std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount) {
+  std::vector<std::uint32_t> elements = value ? value->numbers() : std::vector<std::uint32_t>();
+  elements.resize(std::max(elements.size(), minCount));
   return elements;
 }
-
-}  // namespace
 
 HintOverride::HintOverride(HintValue value, std::size_t bitSetCount)
     : bitSetCount_(bitSetCount), ownersValue_(value), currentValue_(std::move(value)) {}
@@ -47,8 +42,8 @@ void HintOverride::reconcile(const HintValue& value) {
   }
 }
 
-// Our write has replaced the owner's value, so the current value stays. The owner's values that are
-// recorded with our writes were out of date.
+// The current value stays, because our write came later. The owner's values recorded with our
+// writes were out of date.
 void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -74,7 +69,7 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
 // For each element of our value, the bits that differ from the owner's value. A number that differs
 // differs in all bits.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
-  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue);
+  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue, 0);
   const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, ours.size());
   std::vector<std::uint32_t> changed(ours.size());
   for (std::size_t i = 0; i < ours.size(); ++i) {
@@ -85,7 +80,7 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
 }
 
 bool HintOverride::containsOurChanges(const RecentWrite& write, const Property& value) const {
-  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue);
+  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue, 0);
   const std::vector<std::uint32_t> changed = changedBits(write);
   const std::vector<std::uint32_t> elements = value.numbers();
   if (elements.size() < ours.size() || write.ourValue == write.ownersValue) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
+#include <vector>
 
 #include "Platform/WindowSystem/X11/Property.h"
 
@@ -10,6 +12,9 @@ namespace vel::x11 {
 
 /// The value of a property, or no value if the window does not have the property.
 using HintValue = std::optional<Property>;
+
+/// The elements of a property of format 32, at least `minCount`. Missing elements are 0.
+[[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
 /// One property of an adopted window: the owner's value, which restoring writes back, and the
 /// current value, which can be ours. It sends no requests: `WindowStyle` reads and writes the
@@ -31,17 +36,17 @@ class HintOverride {
   /// The value that the window has, as far as we know.
   [[nodiscard]] const HintValue& currentValue() const { return currentValue_; }
 
-  /// Makes `value`, which we are about to write, the current value. Returns false if it is the
-  /// current value already, so that no request is needed.
+  /// Records that we write `value`. Returns false if the window already has it, so that no request
+  /// is needed.
   [[nodiscard]] bool recordWrite(const HintValue& value);
-  /// Forgets what we wrote. Call it after restoring: whatever the owner writes from then on is the
-  /// owner's value as it is.
+  /// Forgets our writes. Call it after restoring: from then on, each write of the owner is taken
+  /// unchanged.
   void forgetWrites();
 
-  /// Compares with the value that the window has now. A difference is a write of the owner.
+  /// Takes the value that the window has now. If it is not the current value, the owner wrote it.
   void reconcile(const HintValue& value);
-  /// Compares with the value that the window had just before one of our writes; `expectedValue` was
-  /// the current value then. A difference is a write of the owner, which our write has replaced.
+  /// Takes the value that the window had just before a write of ours. If it is not `expectedValue`,
+  /// the current value before that write, then the owner wrote it and our write replaced it.
   void reconcileReplaced(const HintValue& expectedValue, const HintValue& value);
 
  private:

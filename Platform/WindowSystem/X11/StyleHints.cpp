@@ -2,7 +2,6 @@
 
 #include <xcb/xcb_icccm.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -62,13 +61,6 @@ constexpr std::size_t kMaxWidth = elementAt(offsetof(xcb_size_hints_t, max_width
 constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_height));
 constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
-
-// Missing elements at the end count as 0.
-std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t count) {
-  std::vector<std::uint32_t> elements = value ? value->numbers() : std::vector<std::uint32_t>();
-  elements.resize(std::max(elements.size(), count));
-  return elements;
-}
 
 // Returns the set without the bit that inverts it.
 std::uint32_t expandAll(std::uint32_t set, std::uint32_t every) {

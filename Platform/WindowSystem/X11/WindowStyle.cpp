@@ -92,11 +92,11 @@ void WindowStyle::writeOwnHints(PixelRect frame) {
   writeHints(hintsForOwnWindow(mask_, *kind_, frame, motifName_));
 }
 
-// In the functions below, the server grab guarantees that we never overwrite a value that we have
-// not requested.
+// In the next three functions, the server grab guarantees that the owner does not write between our
+// reading and our writing: we never overwrite a value that we have not read or requested.
 
-// Does not block: the replies are read later. Our write causes an event, and `hintsChanged` then
-// finds out whether the owner had written other values.
+// Does not block, because the replies are read later. Our write causes a PropertyNotify event, and
+// `hintsChanged` then reads them.
 void WindowStyle::overrideHints(PixelRect frame) {
   isOverridden_ = true;
   const ServerGrab grab(connection_);
