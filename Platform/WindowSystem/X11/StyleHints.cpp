@@ -37,16 +37,16 @@ enum MotifDecoration : std::uint32_t {
   kEveryDecoration = 126,
 };
 
-/// What stands for a control in _MOTIF_WM_HINTS.
+/// The functions and decorations of a control in _MOTIF_WM_HINTS.
 struct MotifControl {
   NSWindowStyleMask styleBit;
-  std::uint32_t function;          // a window with it has the control
-  std::uint32_t removedFunctions;  // removed with the control
+  std::uint32_t function;  // a window that has this function has the control
+  std::uint32_t removedFunctions;
   std::uint32_t removedDecorations;
 };
 constexpr std::array<MotifControl, 3> kMotifControls{{
     {NSWindowStyleMaskResizable, kFunctionResize,
-     kFunctionResize | kFunctionMaximize,  // maximising is resizing, too
+     kFunctionResize | kFunctionMaximize,  // a maximised window has another size
      kDecorationResizeHandles | kDecorationMaximize},
     {NSWindowStyleMaskMiniaturizable, kFunctionMinimize, kFunctionMinimize, kDecorationMinimize},
     {NSWindowStyleMaskClosable, kFunctionClose, kFunctionClose, 0},
@@ -154,7 +154,7 @@ StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, Pixel
   motif[kMotifFlags] = kHasFunctions | kHasDecorations;
   motif[kMotifFunctions] = kEveryFunction;
   motif[kMotifDecorations] = kEveryDecoration;
-  if (kind == WindowKind::Sheet) {  // stays attached to its owner, below the owner's title
+  if (kind == WindowKind::Sheet) {  // a sheet cannot be moved away from its owner
     motif[kMotifFunctions] &= ~std::uint32_t{kFunctionMove};
     motif[kMotifDecorations] = 0;
   }
@@ -163,7 +163,7 @@ StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, Pixel
   normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
-  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // the position is that of the content, not of a frame
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions are those of the content, not of a frame
   return restrictHints(
       {Property::ofNumbers(motifType, motif), Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)},
       styleMask, frame, motifType);

@@ -30,8 +30,8 @@ struct StyleHints {
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
 /// Returns `hints` without the title and the controls that `styleMask` lacks, for a window of the
-/// size of `frame`. Adds no control that `hints` lack. A property that allows nothing to be removed
-/// keeps its bytes. `motifType` is the type of a new Motif property.
+/// size of `frame`. Adds no control that `hints` lack. Returns a property unchanged, to the byte,
+/// if it lacks all of these already. `motifType` is the type of a new Motif property.
 [[nodiscard]] StyleHints restrictHints(const StyleHints& hints, NSWindowStyleMask styleMask,
                                        PixelRect frame, xcb_atom_t motifType);
 

@@ -23,7 +23,7 @@ namespace vel::x11 {
 ///   owner, while not overridden: B             B                          nothing
 ///   we, in setMask                             B - controls               B
 ///   owner, just before setMask: C; we          B - controls, until the    C
-///     receive the event after it                 event comes; then
+///     receive the event after setMask            event comes; then
 ///                                                C - controls
 ///   owner, while overridden: C                 C, until the event comes;  C
 ///                                                then C - controls
