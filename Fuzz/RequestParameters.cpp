@@ -5,11 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "Bindings/C/JsonParameters.h"
+#include "Bindings/Json/JsonParameters.h"
 #include "Fuzz/Fuzz.h"
 #include "Fuzz/SlowNumber.h"
 #include "Host/Play/Player/HeadlessPlatform.h"
-#include "Host/Play/Player/HostObjects.h"
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/Foundation/NSLog.h"
 
@@ -39,6 +38,9 @@ float numberOf(const nlohmann::json& value) {
   }
   if (value.is_number_integer()) {
     return static_cast<float>(value.get<std::int64_t>());
+  }
+  if (value.is_boolean()) {
+    return value.get<bool>() ? 1 : 0;
   }
   return value.is_number_float() ? static_cast<float>(value.get<double>()) : 0;
 }
@@ -78,7 +80,8 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
   configuration->setNextEventName(NSString::stringWithUTF8String(kFormerEvent));
   configuration->setExpirationTimeInterval(kFormerInterval);
   const auto manager = LaunchScreenManager::init();
-  const auto answer = manager->contentDataForContentRequest(make<host::HostRequest>(parameters));
+  const auto answer =
+      manager->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
   outcome.accepted = answer != nullptr;
   outcome.skipMode = configuration->skipMode();
   outcome.event = configuration->nextEventName()->UTF8String();
@@ -107,7 +110,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = textOf(data, size);
   const auto expected = nlohmann::json::parse(text, nullptr, false);
   std::string error;
-  const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJson(text, error);
+  const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJsonText(text, error);
   require((parameters != nullptr) == expected.is_object(), "read and not an object, or not read");
   require((parameters != nullptr) == error.empty(), "the reason: ", error);
   if (parameters != nullptr) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "HostInterfaces/ContentBroker.h"
+#include "HostInterfaces/DictionaryRequest.h"
 #include "HostInterfaces/MetricsCenter.h"
 #include "LaunchScreen/Content/LaunchScreenContent.h"
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "HostInterfaces/DictionaryRequest.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSWindow.h"
 #include "Platform/Foundation/NSLog.h"
@@ -22,15 +23,6 @@ class NamedWindow final : public Class<NamedWindow, "NSWindow", NSWindow> {
 
  private:
   std::string name_;
-};
-
-class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
- public:
-  explicit Request(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
-  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
-
- private:
-  Strong<NSDictionary> parameters_;
 };
 
 }  // namespace
@@ -67,9 +59,9 @@ Strong<NSWindow> openWindow(std::string_view className) {
 }
 
 Strong<ContentRequest> makeRequest(std::string_view event, double duration) {
-  return make<Request>(NSDictionary::dictionaryWithEntries(
+  return DictionaryRequest::requestWithEntries(
       {{"event", NSString::stringWithUTF8String(event)},
-       {"max_duration_time", NSNumber::numberWithDouble(duration)}}));
+       {"max_duration_time", NSNumber::numberWithDouble(duration)}});
 }
 
 Strong<ContentView> load(const Strong<LaunchScreenManager>& manager, double duration) {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Bindings/C/CallbackDelegate.h"
+#include "HostInterfaces/DictionaryRequest.h"
 #include "HostInterfaces/MetricsCenter.h"
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "LaunchScreen/Helpers/LaunchScreenConstants.h"
@@ -22,16 +23,6 @@ namespace {
 class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
  public:
   using Class::Class;
-};
-
-/// The request that the host makes.
-class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
- public:
-  explicit Request(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
-  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
-
- private:
-  Strong<NSDictionary> parameters_;
 };
 
 constexpr NSWindowStyleMask kPlayerStyle = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
@@ -129,7 +120,7 @@ VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& 
     return VEL_STILL_UP;
   }
   const Strong<ContentData> data =
-      manager_->contentDataForContentRequest(make<Request>(parameters));
+      manager_->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
   if (data == nullptr) {
     error = delegate_->lastLogLine();
     return VEL_REFUSED;

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <utility>
 
-#include "Bindings/C/JsonParameters.h"
 #include "Bindings/C/Session.h"
+#include "Bindings/Json/JsonParameters.h"
 #include "LaunchScreen/Helpers/LaunchScreenConstants.h"
 #include "Platform/Foundation/NSNumber.h"
 
@@ -294,7 +294,7 @@ VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t len
       error = "there is no JSON";
       return VEL_INVALID_ARGUMENT;
     }
-    const auto parameters = vel::parametersFromJson({json, length}, error);
+    const auto parameters = vel::parametersFromJsonText({json, length}, error);
     return parameters != nullptr ? session.request(parameters, error) : VEL_INVALID_ARGUMENT;
   });
 }

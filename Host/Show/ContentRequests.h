@@ -1,9 +1,8 @@
-// The host's own end of the content framework: a broker and a request.
+// The host's own end of the content framework: a broker.
 #pragma once
 
 #include <map>
 #include <string>
-#include <utility>
 
 #include "HostInterfaces/ContentBroker.h"
 
@@ -27,23 +26,6 @@ class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, 
 
  private:
   std::map<std::string, Weak<ContentResolver>, std::less<>> resolvers_;
-};
-
-/// A request whose parameters are all text.
-class TextRequest final : public Class<TextRequest, "TextRequest", NSObject, ContentRequest> {
- public:
-  explicit TextRequest(const std::map<std::string, std::string>& parameters) {
-    NSDictionary::Entries entries;
-    for (const auto& [key, value] : parameters) {
-      entries[key] = NSString::stringWithUTF8String(value);
-    }
-    parameters_ = NSDictionary::dictionaryWithEntries(std::move(entries));
-  }
-
-  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
-
- private:
-  Strong<NSDictionary> parameters_;
 };
 
 }  // namespace vel::host

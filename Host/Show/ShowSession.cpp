@@ -1,10 +1,10 @@
 #include "Host/Show/ShowSession.h"
 
 #include <array>
-#include <map>
 #include <utility>
 
 #include "Host/Show/Screenshot.h"
+#include "HostInterfaces/DictionaryRequest.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Dispatch/Dispatch.h"
@@ -94,10 +94,10 @@ void ShowSession::request() {
   manager_->setDelegate(self());
   manager_->activate(broker_);
   const auto& keys = LaunchScreenContentRequest;
-  const auto request = make<TextRequest>(
-      std::map<std::string, std::string>{{std::string(keys.mode), options_.mode},
-                                         {std::string(keys.event), options_.event},
-                                         {std::string(keys.maxDurationTime), options_.duration}});
+  const auto request = DictionaryRequest::requestWithEntries(
+      {{std::string(keys.mode), NSString::stringWithUTF8String(options_.mode)},
+       {std::string(keys.event), NSString::stringWithUTF8String(options_.event)},
+       {std::string(keys.maxDurationTime), NSString::stringWithUTF8String(options_.duration)}});
   const Strong<ContentData> data = send(broker_->resolverForEngine(kLaunchScreenEngine),
                                         &ContentResolver::contentDataForContentRequest, request);
   if (data == nullptr) {

@@ -151,7 +151,7 @@ TEST_F(CRequestTest, JsonOfOtherKindsCountsAsMissing) {
               VEL_REFUSED)
         << event;
   }
-  for (const char* time : {"null", "true", "[1]", "{\"max_duration_time\": 1}", "\"soon\""}) {
+  for (const char* time : {"null", "false", "[1]", "{\"max_duration_time\": 1}", "\"soon\""}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": )") + time + "}"),
               VEL_REFUSED)
         << time;
@@ -159,6 +159,12 @@ TEST_F(CRequestTest, JsonOfOtherKindsCountsAsMissing) {
   EXPECT_EQ(requestJson(R"({"mode": ["skip"], "event": "e", "max_duration_time": 1})"), VEL_OK);
   EXPECT_FALSE(configuration().skipMode());
   EXPECT_EQ(requestJson("{}"), VEL_REFUSED);
+}
+
+TEST_F(CRequestTest, AJsonBooleanIsTheNumberOneOrZero) {
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": true})"), VEL_OK);
+  EXPECT_EQ(secondsLeft(), 1);
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);
 }
 
 TEST_F(CRequestTest, JsonMembersThatNobodyKnowsAreNoMatter) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "HostInterfaces/DictionaryRequest.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSLog.h"
@@ -15,15 +16,6 @@ namespace vel::test {
 namespace {
 
 constexpr NSOperatingSystemVersion kCurrentSystem{15, 0, 0};
-
-class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
- public:
-  explicit Request(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
-  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
-
- private:
-  Strong<NSDictionary> parameters_;
-};
 
 }  // namespace
 
@@ -78,7 +70,7 @@ Strong<NSWindow> openPlayerWindowWithContentViewController() {
 }
 
 Strong<ContentRequest> makeRequest(Strong<NSDictionary> parameters) {
-  return make<Request>(std::move(parameters));
+  return DictionaryRequest::requestWithParameters(std::move(parameters));
 }
 
 Strong<ContentRequest> makeRequest(std::string_view event, double duration, std::string_view mode) {

@@ -28,19 +28,6 @@ class Stamps final : public PlatformObserver {
   }
 };
 
-class Request final : public Class<Request, "Request", NSObject, ContentRequest> {
- public:
-  explicit Request(double duration) : duration_(duration) {}
-  [[nodiscard]] Strong<NSDictionary> parameters() const override {
-    return NSDictionary::dictionaryWithEntries(
-        {{"event", NSString::stringWithUTF8String("launch_end")},
-         {"max_duration_time", NSNumber::numberWithDouble(duration_)}});
-  }
-
- private:
-  double duration_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -88,7 +75,9 @@ int main(int argc, char** argv) {
   window->setContentViewController(make<NSViewController>());
   const auto manager = LaunchScreenManager::init();
   const auto view = manager->contentViewForContentData(
-      manager->contentDataForContentRequest(make<Request>(arguments.tenths / 10.0)));
+      manager->contentDataForContentRequest(DictionaryRequest::requestWithEntries(
+          {{"event", NSString::stringWithUTF8String("launch_end")},
+           {"max_duration_time", NSNumber::numberWithDouble(arguments.tenths / 10.0)}})));
   as<CVPresentationFullScreen>(view->presentation())
       ->presentForWindowWithPresentationMode(window, 0);
   stamp_returned = stamp_now();

@@ -33,15 +33,6 @@ class HostViewController final
   std::string className_;
 };
 
-class HostRequest final : public Class<HostRequest, "HostRequest", NSObject, ContentRequest> {
- public:
-  explicit HostRequest(Strong<NSDictionary> parameters) : parameters_(std::move(parameters)) {}
-  [[nodiscard]] Strong<NSDictionary> parameters() const override { return parameters_; }
-
- private:
-  Strong<NSDictionary> parameters_;
-};
-
 class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, ContentBroker> {
  public:
   using Told = std::function<void(const Strong<ContentResolver>& resolver)>;

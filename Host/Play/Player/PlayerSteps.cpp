@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Host/Play/Player/Player.h"
+#include "HostInterfaces/DictionaryRequest.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Foundation/Message.h"
@@ -67,7 +68,7 @@ void Player::perform(const step::Activate& action) {
 void Player::perform(const step::Request& action) {
   Strong<ContentRequest> request;
   if (action.object == step::Request::Object::Given) {
-    request = make<HostRequest>(action.parameters);
+    request = DictionaryRequest::requestWithParameters(action.parameters);
   }
   Strong<ContentData> answer;
   runOn(action.thread, [&] { answer = manager_->contentDataForContentRequest(request); });

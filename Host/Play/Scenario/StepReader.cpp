@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "Host/Play/Scenario/RequestParameters.h"
+#include "Bindings/Json/JsonParameters.h"
 #include "Host/Play/Trace/JsonWriter.h"
 
 namespace vel::host {
@@ -74,11 +74,22 @@ StepAction readActivate(const StepContext& context) {
   return action;
 }
 
+// A request's parameters; null for a JSON null.
+Strong<NSDictionary> readParameters(const JsonValue& value) {
+  if (value.isNull()) {
+    return nullptr;
+  }
+  if (!value.json().is_object()) {
+    value.refuse("an object with the request's parameters, or null");
+  }
+  return parametersFromJson(value.json());
+}
+
 StepAction readRequest(const StepContext& context) {
   step::Request action;
   if (const JsonValue parameters = context.members["parameters"]; parameters.isGiven()) {
     action.object = step::Request::Object::Given;
-    action.parameters = readRequestParameters(parameters);
+    action.parameters = readParameters(parameters);
   }
   context.members.takeOneOf("thread", action.thread, kStepThreads);
   return action;

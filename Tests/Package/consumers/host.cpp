@@ -10,17 +10,6 @@ class PlayerWindow final : public vel::Class<PlayerWindow, "PlayerWindow", vel::
   using Class::Class;
 };
 
-class Request final : public vel::Class<Request, "Request", vel::NSObject, vel::ContentRequest> {
- public:
-  [[nodiscard]] vel::Strong<vel::NSDictionary> parameters() const override {
-    const auto& keys = vel::LaunchScreenContentRequest;
-    vel::NSDictionary::Entries entries;
-    entries.emplace(keys.event, vel::NSString::stringWithUTF8String("launch_end"));
-    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(2));
-    return vel::NSDictionary::dictionaryWithEntries(std::move(entries));
-  }
-};
-
 class Host final : public vel::Class<Host, "Host", vel::NSObject, vel::ContentViewDelegate> {
  public:
   void contentViewWillAppear(const vel::Strong<vel::ContentView>& /*view*/) override {
@@ -49,7 +38,10 @@ int main() {
     const auto host = vel::make<Host>();
     const auto manager = vel::LaunchScreenManager::init();
     manager->activate(nullptr);
-    const auto data = manager->contentDataForContentRequest(vel::make<Request>());
+    const auto request = vel::DictionaryRequest::requestWithEntries(
+        {{"event", vel::NSString::stringWithUTF8String("launch_end")},
+         {"max_duration_time", vel::NSNumber::numberWithDouble(2)}});
+    const auto data = manager->contentDataForContentRequest(request);
     const auto view = manager->contentViewForContentData(data);
     view->setDelegate(host);
     vel::as<vel::CVPresentationFullScreen>(view->presentation())
