@@ -1,4 +1,4 @@
-// The host's content framework: what it offers to content resolvers and expects of them.
+// The protocols of the host's content framework.
 #pragma once
 
 #include <cstdint>
@@ -18,57 +18,58 @@ namespace vel {
 class ContentView;
 class ContentResolver;
 
-/// The state of a content data object. The framework defines more values than stand here.
+/// The state of a ContentData. The framework defines further values that this library does not use.
 using ContentDataState = std::uint64_t;
 
 inline constexpr ContentDataState ContentDataStateLoaded = 3;
 inline constexpr ContentDataState ContentDataStateFailed = 4;
 
-/// A request for content: what the host asks a resolver for.
+/// A request that the host sends to a ContentResolver.
 class VEL_EXPORT ContentRequest : public virtual NSObjectProtocol {
  public:
-  /// The request's parameters, as the content service sent them; may be none.
+  /// The parameters of the request from the content service. May be null.
   [[nodiscard]] virtual Strong<NSDictionary> parameters() const = 0;
 };
 
-/// Content on its way: the request that it answers, how far it is, and what went wrong.
+/// The content that a ContentResolver loads for a request, with its state and error.
 class VEL_EXPORT ContentData : public virtual NSObjectProtocol {
  public:
   [[nodiscard]] virtual Strong<ContentRequest> request() const = 0;
   [[nodiscard]] virtual ContentDataState state() const = 0;
   virtual void setState(ContentDataState state) = 0;
-  /// None while nothing went wrong. Whoever keeps it beyond the call takes a reference of its own.
+  /// Null if there is no error. A caller that needs the error longer must keep a reference.
   [[nodiscard]] virtual Strong<NSError> error() const = 0;
 };
 
 /// A way of presenting content.
 class VEL_EXPORT CVPresentation : public Protocol<CVPresentation> {
  public:
-  /// Optional: whether the user earns something by watching.
+  /// Optional: true if the user gets a reward for watching the content.
   [[nodiscard]] virtual bool rewarded() const { return false; }
-  /// Optional: whether the user has seen all of it.
+  /// Optional: true if the user has watched the content to its end.
   [[nodiscard]] virtual bool completedView() const { return false; }
 
   template <class Adopter>
   using Optional = Operations<&Adopter::rewarded, &Adopter::completedView>;
 };
 
-/// Presentation over a window of the host. Main thread.
+/// A presentation of content over a window of the host. Main thread.
 class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
  public:
-  /// The controller that does the covering; none while there is none.
+  /// The controller that covers the window. May be null.
   [[nodiscard]] virtual Strong<NSViewController> viewController() const = 0;
-  /// Covers `window` in one of the framework's modes.
+  /// Covers `window`. `mode` is a presentation mode of the framework.
   virtual void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                                     std::int32_t mode) = 0;
   virtual void dismissViewController() = 0;
 };
 
-/// What the host implements to follow a content view. Main thread. All operations are optional.
+/// Receives the notifications of a content view. The host implements it. All operations are
+/// optional. Main thread.
 class VEL_EXPORT ContentViewDelegate : public Protocol<ContentViewDelegate> {
  public:
   virtual void contentViewWillAppear(const Strong<ContentView>& /*view*/) {}
-  /// Whether the view may go now; asked before it goes.
+  /// True if the view may disappear now. Called before each dismissal.
   virtual bool canContentViewDisappear(const Strong<ContentView>& /*view*/) { return false; }
   virtual void contentViewDidDisappear(const Strong<ContentView>& /*view*/) {}
 
@@ -77,49 +78,50 @@ class VEL_EXPORT ContentViewDelegate : public Protocol<ContentViewDelegate> {
                               &Adopter::contentViewDidDisappear>;
 };
 
-/// Content that can be shown.
+/// A view of loaded content.
 class VEL_EXPORT ContentView : public virtual NSObjectProtocol {
  public:
   [[nodiscard]] virtual Strong<ContentData> data() = 0;
   [[nodiscard]] virtual Strong<CVPresentation> presentation() = 0;
-  /// Not kept alive; may be none.
+  /// A weak reference. May be null.
   [[nodiscard]] virtual Strong<ContentViewDelegate> delegate() const = 0;
   virtual void setDelegate(const Strong<ContentViewDelegate>& delegate) = 0;
 };
 
-/// What the host implements to hear of content on its way.
+/// Receives the state changes of content data. The host implements it.
 class VEL_EXPORT ContentResolverDelegate : public virtual NSObjectProtocol {
  public:
-  /// `data` has changed its state; it may be in any state now. On the thread that changed it.
+  /// The state of `data` has changed. Called on the thread that changed the state.
   virtual void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& resolver,
                                                            const Strong<ContentData>& data) = 0;
 };
 
-/// The host's broker: it routes content requests to the resolvers registered with it.
+/// Routes content requests to registered resolvers. The host implements it.
 class VEL_EXPORT ContentBroker : public virtual NSObjectProtocol {
  public:
-  /// Registers a resolver for the engines that it supports. The answer says whether that worked.
+  /// Registers a resolver for the engines that it supports. Returns true on success.
   virtual bool registerContentResolver(const Strong<ContentResolver>& resolver) = 0;
 };
 
-/// Serves content requests for the engines that it names.
+/// Loads content for the requests of the engines that it supports.
 class VEL_EXPORT ContentResolver : public Protocol<ContentResolver> {
  public:
   [[nodiscard]] virtual NSArray<NSString> supportedEngines() const = 0;
-  /// Registers with the broker; none is allowed. Answers whether the resolver is at work.
+  /// Registers the resolver with the broker, which may be null. Returns true if the resolver
+  /// accepts requests.
   virtual bool activate(const Strong<ContentBroker>& broker) = 0;
-  /// The content for a request, on its way; none for a request that is refused.
+  /// Starts to load the content of a request. Returns null if the resolver refuses the request.
   virtual Strong<ContentData> contentDataForContentRequest(
       const Strong<ContentRequest>& request) = 0;
-  /// What to show for that content. Main thread.
+  /// Returns the view of the content. Main thread.
   virtual Strong<ContentView> contentViewForContentData(const Strong<ContentData>& data) = 0;
-  /// Ends the resolver's service. Main thread.
+  /// Releases all content. Main thread.
   virtual void deactivate() = 0;
-  /// Not kept alive; may be none. It is told of state changes only if it declares itself a
+  /// A weak reference. May be null. The resolver notifies it of state changes only if it adopts
   /// ContentResolverDelegate.
   [[nodiscard]] virtual Strong<NSObjectProtocol> delegate() const = 0;
   virtual void setDelegate(const Strong<NSObjectProtocol>& delegate) = 0;
-  /// Optional: a name for people.
+  /// Optional: a name to display.
   [[nodiscard]] virtual std::string_view name() const { return {}; }
 
   template <class Adopter>

@@ -9,7 +9,7 @@ namespace vel {
 
 namespace {
 
-MetricsCenter::Sink& theSink() {
+MetricsCenter::Sink& currentSink() {
   static auto& sink = *new MetricsCenter::Sink();
   return sink;
 }
@@ -17,12 +17,12 @@ MetricsCenter::Sink& theSink() {
 }  // namespace
 
 MetricsCenter::Sink MetricsCenter::setSink(Sink sink) {
-  return std::exchange(theSink(), std::move(sink));
+  return std::exchange(currentSink(), std::move(sink));
 }
 
 void MetricsCenter::logEvent(const Strong<NSString>& name) {
   const std::string_view event = send(name, &NSString::UTF8String);
-  if (const Sink sink = theSink()) {
+  if (const Sink sink = currentSink()) {
     sink(event);
   } else {
     NSLog("%@ (%s): %@", "MetricsCenter", "+[MetricsCenter logEvent:]", event);

@@ -8,17 +8,17 @@
 
 namespace vel {
 
-/// The host's analytics: records events by name. Main thread.
+/// Records analytics events by name. Main thread.
 class VEL_EXPORT MetricsCenter {
  public:
-  /// Takes the name of an event to record.
+  /// A function of the host that records an event.
   using Sink = std::function<void(std::string_view event)>;
 
-  /// Sets where events go, and answers where they went before. An empty sink stands for none: then
-  /// each event gives one log line, so that none is lost silently.
+  /// Sets the function that records events and returns the previous one. Without a function, each
+  /// event is written to the log.
   static Sink setSink(Sink sink);
 
-  /// Records an event; none is recorded as an empty name.
+  /// Records an event. Null is recorded as an empty name.
   static void logEvent(const Strong<NSString>& name);
 };
 

@@ -1,4 +1,4 @@
-// All of the launch screen.
+// Includes every public header of the launch screen.
 #pragma once
 
 #include "HostInterfaces/ContentBroker.h"

@@ -20,11 +20,12 @@ constexpr std::int64_t kEventDelay = NSEC_PER_SEC / 2;
 constexpr std::int64_t kDeferredEventDelay = NSEC_PER_SEC;
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * NSEC_PER_SEC;
 
-// Parameters of a wrong kind count as missing.
+// Returns null if the value is not a text.
 Strong<NSString> textFor(const NSDictionary& parameters, std::string_view key) {
   return as<NSString>(parameters.objectForKey(key));
 }
 
+// Converts a number or a text. Returns 0 for a value of another class.
 float numberFor(const NSDictionary& parameters, std::string_view key) {
   const Strong<NSObjectProtocol> value = parameters.objectForKey(key);
   if (const Strong<NSNumber> number = as<NSNumber>(value)) {
@@ -51,7 +52,7 @@ void scheduleAnalyticsEvent(const Strong<LaunchScreenManager>& manager, std::int
 
 }  // namespace
 
-// Construction and teardown
+// Construction and destruction
 
 Strong<LaunchScreenManager> LaunchScreenManager::init() {
   auto manager = make<LaunchScreenManager>();
@@ -61,7 +62,8 @@ Strong<LaunchScreenManager> LaunchScreenManager::init() {
 }
 
 LaunchScreenManager::~LaunchScreenManager() {
-  // The timer is not invalidated: while it is scheduled it keeps the manager alive.
+  // Does not invalidate the timer. A scheduled timer keeps the manager alive, so the timer is not
+  // scheduled here.
   launchScreenExpirationTimer_ = nullptr;
   launchScreenExpired_ = false;
   NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -87,8 +89,8 @@ bool LaunchScreenManager::parseParameters(const Strong<NSDictionary>& parameters
   const Strong<LaunchScreenConfiguration> configuration =
       LaunchScreenConfiguration::defaultConfiguration();
   const auto& keys = LaunchScreenContentRequest;
-  // Written straight into the shared configuration, with no way back: what a refused request got
-  // through stays.
+  // This function writes directly to the shared configuration. It does not roll back when a later
+  // parameter is refused.
   configuration->setSkipMode(
       send(textFor(*parameters, keys.mode), &NSString::isEqualToString, keys.skip));
   const Strong<NSString> event = textFor(*parameters, keys.event);
@@ -98,7 +100,7 @@ bool LaunchScreenManager::parseParameters(const Strong<NSDictionary>& parameters
   }
   configuration->setNextEventName(event);
   const float duration = numberFor(*parameters, keys.maxDurationTime);
-  if (duration == 0) {  // exactly: negative ones pass, and so does what is not a number
+  if (duration == 0) {  // a negative value and NaN are accepted
     NSLog("%@ (%s): Max duration time is nil or empty!", className(), kMethod);
     return false;
   }
@@ -113,7 +115,7 @@ Strong<ContentData> LaunchScreenManager::contentDataForContentRequest(
     return nullptr;
   }
   if (tempItemRequired()) {
-    // It has no content delegate: the host does not hear of its state.
+    // It gets no content delegate, so the host is not notified of its state.
     setTempContent(LaunchScreenContent::init());
     send(tempContent(), &LaunchScreenContent::setContentRequest, request);
     return tempContent();
@@ -173,7 +175,7 @@ void LaunchScreenManager::sendAnalyticsEvent() {
       LaunchScreenConfiguration::defaultConfiguration();
   if (send(configuration->nextEventName(), &NSString::length) > 0) {
     setEventWasSended(true);
-    // The name is read when the work runs: a change until then is what gets recorded.
+    // The work reads the name when it runs, so it records a name that was set after this call.
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, kEventDelay), dispatch_get_main_queue(),
                    [configuration] { MetricsCenter::logEvent(configuration->nextEventName()); });
   }
@@ -195,11 +197,11 @@ Strong<NSWindow> LaunchScreenManager::launchScreenWindow() const {
 }
 
 bool LaunchScreenManager::isRequiredWindow(const Strong<NSWindow>& window) const {
-  const Strong<NSWindow> shownIn = launchScreenWindow();
-  if (shownIn != nullptr && send(window, &NSWindow::isEqual, shownIn.get())) {
+  const Strong<NSWindow> launchWindow = launchScreenWindow();
+  if (launchWindow != nullptr && send(window, &NSWindow::isEqual, launchWindow.get())) {
     return true;
   }
-  if (send(shownIn, &NSWindow::isModalPanel)) {
+  if (send(launchWindow, &NSWindow::isModalPanel)) {
     if (send(window, &NSWindow::className) == LSUnityPlayerWindowClassName) {
       return true;
     }
@@ -246,7 +248,7 @@ void LaunchScreenManager::startTimer() {
   setLaunchScreenExpirationTimer(
       NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<
           &LaunchScreenManager::updateTimer>(expirationTimeStep, self(), true));
-  // The countdown goes on while a modal panel is shown, and in no other mode.
+  // The countdown also runs while a modal panel is shown. It does not run in any other mode.
   if (NSRunLoop* const loop = NSRunLoop::currentRunLoop()) {
     loop->addTimerForMode(launchScreenExpirationTimer(), NSModalPanelRunLoopMode);
   }
@@ -260,7 +262,7 @@ void LaunchScreenManager::updateTimer() {
     pauseTimer();
     dismissLaunchScreen();
   }
-  // Read afresh: the dismissal may have set it to 0.
+  // Do not cache the time left above: the dismissal may have set it to 0.
   setLaunchScreenExpirationTimeLeft(launchScreenExpirationTimeLeft() - expirationTimeStep);
 }
 
@@ -327,7 +329,7 @@ void LaunchScreenManager::windowDidBecomeKey(const NSNotification& notification)
   startTimer();
 }
 
-// Registered, and nothing to do: only the key window matters.
+// These handlers are empty because only the key window affects the countdown.
 void LaunchScreenManager::applicationWillResignActive(const NSNotification& /*notification*/) {}
 void LaunchScreenManager::applicationDidBecomeActive(const NSNotification& /*notification*/) {}
 void LaunchScreenManager::windowDidMiniaturize(const NSNotification& /*notification*/) {}
@@ -358,11 +360,12 @@ bool LaunchScreenManager::canLaunchScreenControllerDismiss(
     if (send(launchScreenExpirationTimer(), &NSTimer::isValid)) {
       sendAnalyticsEvent();
     }
-    const bool nothingOnTop = send(controller, &NSViewController::presentedViewControllers).empty();
+    const bool presentsNothing =
+        send(controller, &NSViewController::presentedViewControllers).empty();
     stopTimer();
-    return nothingOnTop;
+    return presentsNothing;
   }
-  // Too early, but the attempt counts: the event is recorded without waiting for the end.
+  // The attempt comes too early and is refused. The event is nevertheless recorded.
   scheduleAnalyticsEvent(self(), kRefusedDismissalEventDelay);
   return false;
 }

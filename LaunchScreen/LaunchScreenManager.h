@@ -11,12 +11,12 @@
 
 namespace vel {
 
-/// The launch screen's resolver and the library's entry: the host makes one, activates it with its
-/// content broker and asks it for content. It turns a request into a launch screen, counts its time
-/// down while the user can see it, dismisses it, and records the analytics event, once.
+/// The entry point of the library. The host creates a manager, activates it with its content broker
+/// and requests content from it. The manager turns a request into a launch screen, counts down its
+/// time while the user can see it, dismisses it, and records one analytics event.
 ///
-/// The host keeps it alive; a running countdown and delayed work do so too. Main thread, but for
-/// `contentDataForContentRequest` and `dismissLaunchScreen`, which may come from any.
+/// The host owns the manager. A running countdown and delayed work also keep the manager alive.
+/// Main thread, except for `contentDataForContentRequest` and `dismissLaunchScreen` (any thread).
 class VEL_EXPORT LaunchScreenManager final
     : public Class<LaunchScreenManager, "LaunchScreenManager", NSObject,
                    LaunchScreenContentDelegate, LaunchScreenViewControllerDelegate,
@@ -26,44 +26,48 @@ class VEL_EXPORT LaunchScreenManager final
   ~LaunchScreenManager() override;
 
   // ContentResolver
-  /// "launch_screen" alone.
+  /// The only element is "launch_screen".
   [[nodiscard]] NSArray<NSString> supportedEngines() const override;
-  /// Registers with the broker. Always true, also with none.
+  /// Registers this manager with the broker, which may be null. Always returns true.
   bool activate(const Strong<ContentBroker>& broker) override;
-  /// The content for the request: the main one, or a temporary one while a launch screen is shown;
-  /// none, with a log line, for a request that is refused.
+  /// Loads the request into the main content, or into a temporary content while a launch screen is
+  /// shown. Returns that content. Logs and returns null if a parameter is missing or invalid.
   Strong<ContentData> contentDataForContentRequest(const Strong<ContentRequest>& request) override;
-  /// The main content's view, whatever the argument; the temporary content is dropped.
+  /// Returns the view of the main content for every argument. Releases the temporary content.
   Strong<ContentView> contentViewForContentData(const Strong<ContentData>& data) override;
-  /// Drops both contents.
+  /// Deactivates and releases both contents.
   void deactivate() override;
   [[nodiscard]] Strong<NSObjectProtocol> delegate() const override { return delegate_.lock(); }
   void setDelegate(const Strong<NSObjectProtocol>& delegate) override { delegate_ = delegate; }
 
-  /// Reads a request's parameters into the default configuration. False, with a log line, where one
-  /// is missing; what was read before it stays.
+  /// Copies the parameters of a request to the default configuration. Logs and returns false at the
+  /// first missing parameter; parameters that precede it have been copied.
   bool parseParameters(const Strong<NSDictionary>& parameters);
 
-  /// Asks the view controller to dismiss itself, which it does if its delegates agree.
+  /// Asks the view controller to dismiss itself. It does so only if all its delegates agree.
   void dismissLaunchScreen();
-  /// Records the configured event half a second from now; at most once, and not while unfocused.
+  /// Schedules the recording of the configured event in half a second, at most once. While the
+  /// application is unfocused, it only sets `launchShouldBeClosed`.
   void sendAnalyticsEvent();
   // LaunchScreenContentDelegate
   void contentDataDidChangeState(const Strong<ContentData>& data) override;
 
-  /// Whether the window's focus matters: the user sees the launch screen while it is key.
+  /// True if the user can see the launch screen while `window` is the key window.
   [[nodiscard]] bool isRequiredWindow(const Strong<NSWindow>& window) const;
-  /// Whether a launch screen is shown already, so that a new request must not disturb it.
+  /// True while a launch screen is shown. A new request must then not change the main content.
   [[nodiscard]] bool tempItemRequired() const;
 
-  /// The countdown: starts unless it runs or no time is left; one tick; stops, keeping the time
-  /// left; stops and leaves none.
+  /// Starts the countdown if it is not running and time is left.
   void startTimer();
+  /// One tick of the countdown. Dismisses the launch screen when the time is used up.
   void updateTimer();
+  /// Stops the countdown and keeps the time left.
   void pauseTimer();
+  /// Stops the countdown and sets the time left to 0.
   void stopTimer();
 
-  /// Registers for the application's and the windows' notifications; each call once more.
+  /// Subscribes to notifications of the application and its windows. Calling it again subscribes
+  /// again.
   void subscribeAppLifecycle();
   void applicationWillResignActive(const NSNotification& notification);
   void applicationDidBecomeActive(const NSNotification& notification);
@@ -79,46 +83,46 @@ class VEL_EXPORT LaunchScreenManager final
       const Strong<LaunchScreenViewController>& controller) override;
   bool canLaunchScreenControllerDismiss(
       const Strong<LaunchScreenViewController>& controller) override;
-  /// Nothing calls it, and it does nothing.
+  /// Does nothing. The library never calls it.
   void launchScreenControllerWillDismiss(const Strong<LaunchScreenViewController>& controller);
   void launchScreenControllerDidDismiss(
       const Strong<LaunchScreenViewController>& controller) override;
 
-  /// The main content; none after `deactivate`.
+  /// The main content. Null after `deactivate`.
   [[nodiscard]] Strong<LaunchScreenContent> content() const { return content_; }
   void setContent(Strong<LaunchScreenContent> content) { content_ = std::move(content); }
-  /// A content for a request that must not disturb the main one.
+  /// The content of a request that arrived while a launch screen was shown. Null otherwise.
   [[nodiscard]] Strong<LaunchScreenContent> tempContent() const { return tempContent_; }
   void setTempContent(Strong<LaunchScreenContent> content) { tempContent_ = std::move(content); }
-  /// A required window has lost key status and not regained it.
+  /// True from the time at which a required window stops being key until one is key again.
   [[nodiscard]] bool appIsUnfocused() const { return appIsUnfocused_; }
   void setAppIsUnfocused(bool unfocused) { appIsUnfocused_ = unfocused; }
-  /// The event has been scheduled; never cleared.
+  /// True after the event has been scheduled. The manager never sets it back to false.
   [[nodiscard]] bool eventWasSended() const { return eventWasSended_; }
   void setEventWasSended(bool sended) { eventWasSended_ = sended; }
-  /// None unless the countdown runs.
+  /// Null unless the countdown is running.
   [[nodiscard]] Strong<NSTimer> launchScreenExpirationTimer() const {
     return launchScreenExpirationTimer_;
   }
   void setLaunchScreenExpirationTimer(Strong<NSTimer> timer) {
     launchScreenExpirationTimer_ = std::move(timer);
   }
-  /// Seconds that the launch screen may still stay up.
+  /// For how many more seconds the launch screen may be shown.
   [[nodiscard]] double launchScreenExpirationTimeLeft() const {
     return launchScreenExpirationTimeLeft_;
   }
   void setLaunchScreenExpirationTimeLeft(double seconds) {
     launchScreenExpirationTimeLeft_ = seconds;
   }
-  /// A dismissal has been started and the event not yet dealt with.
+  /// True from the start of a dismissal until `sendAnalyticsEvent` has handled the event.
   [[nodiscard]] bool launchScreenExpired() const { return launchScreenExpired_; }
   void setLaunchScreenExpired(bool expired) { launchScreenExpired_ = expired; }
-  /// Something was refused while unfocused and is owed when a required window comes back.
+  /// True if a dismissal or the event was postponed because the application was unfocused.
   [[nodiscard]] bool launchShouldBeClosed() const { return launchShouldBeClosed_; }
-  void setLaunchShouldBeClosed(bool owed) { launchShouldBeClosed_ = owed; }
+  void setLaunchShouldBeClosed(bool shouldBeClosed) { launchShouldBeClosed_ = shouldBeClosed; }
 
  private:
-  // The window that shows the launch screen, read afresh at each use; none while nothing does.
+  // The window that currently shows the launch screen. Null while it is not shown.
   [[nodiscard]] Strong<NSWindow> launchScreenWindow() const;
 
   Strong<LaunchScreenContent> content_;
@@ -127,7 +131,7 @@ class VEL_EXPORT LaunchScreenManager final
   bool eventWasSended_ = false;
   Strong<NSTimer> launchScreenExpirationTimer_;
   double launchScreenExpirationTimeLeft_ = 0.0;
-  // Written by whatever thread asks for the dismissal.
+  // Atomic because `dismissLaunchScreen` sets it on any thread.
   std::atomic<bool> launchScreenExpired_ = false;
   bool launchShouldBeClosed_ = false;
   Weak<NSObjectProtocol> delegate_;

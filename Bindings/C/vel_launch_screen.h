@@ -1,6 +1,6 @@
 /* VelLaunchScreen for C and for every language that can call C.
  *
- * A launch screen covers a host's window for a bounded time. From creation to event:
+ * A launch screen covers the window of a host, such as a game, for a limited time. A complete run:
  *
  *     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
  *     VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
@@ -17,17 +17,22 @@
  *     each frame: vel_pump(screen, NULL);
  *     vel_destroy(&screen);
  *
- * Threads: the thread that calls vel_create owns the launch screen. All functions and all callbacks
- * belong to it, but for those whose comment says otherwise.
+ * Threads. The thread that calls vel_create() is the owning thread of the launch screen. Every
+ * function must be called on the owning thread unless its comment says "Any thread". The library
+ * calls every callback on the owning thread.
  *
- * Errors: every function that can fail answers a VelStatus, and none ends the process.
- * vel_last_error has the details in words. A call that fails has changed nothing, unless its
- * comment says otherwise.
+ * Errors. Every function that can fail returns a VelStatus. No function throws an exception or ends
+ * the process. After a failure, vel_last_error() returns the reason as text. A call that fails
+ * changes nothing unless its comment says otherwise. Passing a null launch screen returns
+ * VEL_NOT_ALIVE.
  *
- * Structures begin with their size and are filled in from their _INIT value: 0 and null are the
- * defaults of all that follows. A later version of the library may have more members; it takes the
- * structures of this one all the same, and this one takes those of a later one as long as what it
- * does not know is 0. */
+ * Structures. The first member of every structure is its size. Initialize a structure with its
+ * _INIT macro. The macro sets the size, and sets every other member to zero or null, which is the
+ * default of that member. Later versions of this library may add members at the end of a structure.
+ * A later version accepts the structures of this version. This version accepts a structure of a
+ * later version if all members that this version does not know are zero.
+ *
+ * Strings are UTF-8 and end with a zero byte unless the comment says otherwise. */
 #ifndef VEL_LAUNCH_SCREEN_H
 #define VEL_LAUNCH_SCREEN_H
 
@@ -40,7 +45,8 @@
 #define VEL_C_EXPORT
 #endif
 
-/* Values that are not listed may come in, and are refused: in C++ this takes a fixed type. */
+/* A caller may pass a value that an enumeration does not list. The library refuses such a value. In
+ * C++ this is only defined for an enumeration with a fixed underlying type. */
 #ifdef __cplusplus
 #define VEL_ENUM(name) enum name : int
 extern "C" {
@@ -48,179 +54,238 @@ extern "C" {
 #define VEL_ENUM(name) enum name
 #endif
 
-/* A launch screen over one window. One at a time in a process. */
+/* A handle of a launch screen over one window. A process can have one launch screen at a time.
+ * Using a handle after vel_destroy() is safe and returns VEL_NOT_ALIVE. */
 typedef struct VelLaunchScreen VelLaunchScreen;
 
-/* How a call went. */
+/* The result of a call. */
 typedef VEL_ENUM(VelStatus){
     VEL_OK = 0,
-    VEL_INVALID_ARGUMENT = 1,   /* a null, an unknown value, a structure of no known size */
-    VEL_NOT_ALIVE = 2,          /* no launch screen, or one that has been destroyed */
-    VEL_WRONG_THREAD = 3,       /* not the thread that created it */
-    VEL_ALREADY_EXISTS = 4,     /* there is one already in this process */
-    VEL_NO_DISPLAY = 5,         /* the display is not built in, or does not answer */
-    VEL_BAD_WINDOW = 6,         /* no such window, or one that cannot be covered */
-    VEL_REFUSED = 7,            /* the library has no launch screen for this request */
-    VEL_NOTHING_TO_PRESENT = 8, /* no request has been loaded, or nowhere to show it this way */
+    VEL_INVALID_ARGUMENT = 1,   /* a pointer is null, or a value or a structure size is unknown */
+    VEL_NOT_ALIVE = 2,          /* the launch screen is null or has been destroyed */
+    VEL_WRONG_THREAD = 3,       /* the calling thread is not the owning thread */
+    VEL_ALREADY_EXISTS = 4,     /* this process already has a launch screen */
+    VEL_NO_DISPLAY = 5,         /* the display is not supported or cannot be opened */
+    VEL_BAD_WINDOW = 6,         /* the window does not exist or cannot be covered */
+    VEL_REFUSED = 7,            /* the library rejects the parameters of the request */
+    VEL_NOTHING_TO_PRESENT = 8, /* no request is loaded, or its launch screen cannot be shown */
     VEL_NOT_UP = 9,             /* no launch screen is shown */
-    VEL_STILL_UP = 10,          /* one is shown, and has to go first */
-    VEL_INTERNAL_ERROR = 11     /* out of memory or of descriptors, or a fault of the library */
+    VEL_STILL_UP = 10,          /* a launch screen is shown and must end first */
+    VEL_INTERNAL_ERROR = 11     /* out of memory or file descriptors, or a fault of the library */
 } VelStatus;
 
-/* How the launch screen is shown. */
+/* How vel_present() shows the launch screen. */
 typedef VEL_ENUM(VelPresentation){
-    VEL_PRESENT_EMBEDDED = 0, /* over the window's content; its controls are taken away */
-    VEL_PRESENT_SHEET = 1,    /* in a sheet of the window */
+    VEL_PRESENT_EMBEDDED = 0, /* over the content of the window; disables the window's controls */
+    VEL_PRESENT_SHEET = 1,    /* in a sheet that is attached to the window */
     VEL_PRESENT_MODAL = 2     /* in a modal window of its own */
 } VelPresentation;
 
-/* How far the content of a request is. */
+/* The state of the content that a request loads. */
 typedef VEL_ENUM(VelState){
-    VEL_STATE_NONE = 0,   /* nothing requested yet */
-    VEL_STATE_LOADED = 3, /* it can be presented */
-    VEL_STATE_FAILED = 4  /* it cannot */
+    VEL_STATE_NONE = 0,   /* there has been no request */
+    VEL_STATE_LOADED = 3, /* the launch screen can be presented */
+    VEL_STATE_FAILED = 4  /* the launch screen cannot be presented */
 } VelState;
 
-/* Why the time left stands still. */
+/* Why the countdown is paused. */
 typedef VEL_ENUM(VelPause){
-    VEL_PAUSE_NONE = 0,         /* it does not: the countdown runs */
-    VEL_PAUSE_NOT_UP = 1,       /* the launch screen is not up */
-    VEL_PAUSE_NOT_IN_FRONT = 2, /* no window that shows it is key */
+    VEL_PAUSE_NONE = 0,         /* the countdown is running */
+    VEL_PAUSE_NOT_UP = 1,       /* the launch screen is not shown */
+    VEL_PAUSE_NOT_IN_FRONT = 2, /* no window that shows the launch screen has the keyboard focus */
     VEL_PAUSE_NO_TIME_LEFT = 3  /* the time is used up */
 } VelPause;
 
-/* Which time the countdown runs on. */
+/* The clock that the countdown uses. */
 typedef VEL_ENUM(VelTime){
-    VEL_TIME_REAL = 0,
-    VEL_TIME_VIRTUAL = 1 /* stands still but in vel_run, which then takes no time: for tests */
+    VEL_TIME_REAL = 0,   /* the monotonic clock of the system */
+    VEL_TIME_VIRTUAL = 1 /* for tests: time advances only in vel_run(), which does not wait */
 } VelTime;
 
-/* Controls of a window, as bits. */
+/* The controls of a window, as bits. */
 #define VEL_CONTROL_CLOSE 2u
 #define VEL_CONTROL_MINIATURIZE 4u
 #define VEL_CONTROL_RESIZE 8u
 
-/* What the host hears, from inside its calls to this library. Each may be null. A callback may call
- * any function here. After vel_destroy in a callback no other one comes; the launch screen ends
- * when the call that led to the callback returns. Texts are valid during the call. */
+/* The functions that the library calls to notify the host. Every member may be null. The library
+ * calls them from inside a call of the host to this library, never at another time. A callback may
+ * call any function of this interface. If a callback calls vel_destroy(), the library calls no
+ * further callback. Every string is valid only during the callback. */
 typedef struct VelCallbacks {
   size_t size;     /* sizeof(VelCallbacks) */
-  void* user_data; /* passed on to every callback */
-  /* The content has changed its state; `error` is null unless it failed. */
+  void* user_data; /* the first argument of every callback */
+  /* The state of the content has changed. `error` is null unless the new state is
+   * VEL_STATE_FAILED. Null: the host is not notified. */
   void (*state_changed)(void* user_data, VelState state, const char* error);
-  /* The cover is about to appear. */
+  /* The cover is about to appear. Null: the host is not notified. */
   void (*will_appear)(void* user_data);
-  /* Whether the cover may go now (0: no); asked before each dismissal. */
+  /* The library asks before each dismissal if the cover may disappear. Return 0 to keep the cover.
+   * Null: the host always agrees. */
   int (*may_disappear)(void* user_data);
-  /* The cover has gone; or, embedded without a content controller, goes in a second. */
+  /* The cover has disappeared. Exception: an embedded cover over a window without a content
+   * controller is removed one second after this callback. Null: the host is not notified. */
   void (*did_disappear)(void* user_data);
-  /* The analytics event to record; once. Without this, each event gives one log line. */
+  /* The host should record this analytics event. The library calls this at most once. Null: the
+   * library writes the event to the log. */
   void (*record_event)(void* user_data, const char* event);
-  /* A log line. Without this, lines go to standard error. */
+  /* A log line, without a newline. Null: the library writes the line to standard error. */
   void (*log_line)(void* user_data, const char* line);
-  /* After a change of style: the controls (VEL_CONTROL_ bits) that the window manager still offers
-   * although they were taken away; 0 when it took them all. */
+  /* The library has disabled or restored controls of the window. `controls` has the VEL_CONTROL_
+   * bit of every disabled control that the window manager still offers. It is 0 if the window
+   * manager has removed all disabled controls. Null: the host is not notified. */
   void (*controls_kept)(void* user_data, uint32_t controls);
-  /* The display's connection is lost; its windows count as closed. */
+  /* The connection to the display is lost. The library treats all windows as closed. Null: the
+   * host is not notified. */
   void (*display_lost)(void* user_data, const char* reason);
 } VelCallbacks;
 
 #define VEL_CALLBACKS_INIT \
   { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
+/* The options of vel_create(). */
 typedef struct VelCreateOptions {
-  size_t size;              /* sizeof(VelCreateOptions) */
-  const char* display;      /* "headless", "x11", or "auto" (null too) for the best there is */
-  const char* display_name; /* which X display; null for the environment's */
-  uint64_t window;          /* the host's window, by the window system's id; 0 opens one */
-  const char* title;        /* of a window that is opened */
-  double width;             /* of a window that is opened, in points; 0 for 1280 */
-  double height;            /* likewise; 0 for 720 */
-  int content_controller; /* not 0: the window gets a content controller. A sheet needs one, and an
-                             embedded cover then goes at once when it ends, otherwise one second
-                             after did_disappear */
-  VelTime time;
-  const VelCallbacks* callbacks; /* copied; null for none */
+  size_t size; /* sizeof(VelCreateOptions) */
+  /* "headless" for a display in memory, or "x11". "auto" or null: X11 if a display can be opened,
+   * otherwise the display in memory. */
+  const char* display;
+  const char* display_name; /* the name of the X display; null: the value of $DISPLAY */
+  uint64_t window;          /* the X11 identifier of the host's window; 0: open a new window */
+  const char* title;        /* title of a new window; null: empty */
+  double width;             /* width of a new window in points, 1 to 32767; 0: 1280 */
+  double height;            /* height of a new window in points, 1 to 32767; 0: 720 */
+  /* Not 0: give the window a content controller. A sheet requires a content controller. With a
+   * content controller, an embedded cover is removed when did_disappear is called, otherwise one
+   * second later. */
+  int content_controller;
+  VelTime time;                  /* the clock of the countdown */
+  const VelCallbacks* callbacks; /* vel_create() copies the structure; null: no callbacks */
 } VelCreateOptions;
 
 #define VEL_CREATE_OPTIONS_INIT \
   { sizeof(VelCreateOptions), 0, 0, 0, 0, 0, 0, 0, VEL_TIME_REAL, 0 }
 
+/* The parameters of a launch screen. */
 typedef struct VelRequest {
-  size_t size;       /* sizeof(VelRequest) */
-  const char* mode;  /* "skip": the host may end the launch screen at any time, and no event is
-                        recorded; "forced", and null: it stays up for its time */
-  const char* event; /* the analytics event */
-  double seconds;    /* how long the launch screen stays up while in front; single precision */
+  size_t size; /* sizeof(VelRequest) */
+  /* "skip": the host may end the launch screen at any time, and no event is recorded. "forced" or
+   * null: the launch screen stays until its time is used up. */
+  const char* mode;
+  const char* event; /* the name of the analytics event; must not be null or empty */
+  /* How many seconds the launch screen stays. Only time in front counts. The library converts the
+   * value to single precision. It must be greater than 0. */
+  double seconds;
 } VelRequest;
 
 #define VEL_REQUEST_INIT \
   { sizeof(VelRequest), 0, 0, 0 }
 
-/* The library's version, such as 1.0, and a text that identifies it. Any thread. */
+/* This interface returns the version of the library, such as 1.0. Any thread. */
 VEL_C_EXPORT double vel_version_number(void);
+/* This interface returns a text with the name and the version of the library. The text is never
+ * null and is valid until the process ends. Any thread. */
 VEL_C_EXPORT const char* vel_version_string(void);
 
-/* What a status means, in a few words; never null. Any thread. */
+/* This interface returns a short English description of a status. The text is never null and is
+ * valid until the process ends. Any thread. */
 VEL_C_EXPORT const char* vel_status_text(VelStatus status);
-/* Why the last call on the calling thread failed; "" where it did not. Valid until the thread's
- * next call. Any thread. */
+/* This interface returns the reason why the latest call on the calling thread failed. It returns
+ * "" if that call succeeded. The text is never null and is valid until the next call on the calling
+ * thread. Any thread. */
 VEL_C_EXPORT const char* vel_last_error(void);
 
-/* Makes a launch screen for a window and stores it in *screen, or null where this fails: with
- * VEL_ALREADY_EXISTS, VEL_NO_DISPLAY or VEL_BAD_WINDOW, or with VEL_INVALID_ARGUMENT where an
- * option makes no sense. Nothing is shown yet. Any thread, which owns it from then on. */
+/* This interface creates a launch screen for a window and stores its handle in *screen. It does not
+ * show anything yet. The calling thread becomes the owning thread. If the call fails, it stores
+ * null in *screen. Any thread.
+ *
+ * VEL_INVALID_ARGUMENT: `options` or `screen` is null, or an option has an invalid value.
+ * VEL_ALREADY_EXISTS: this process already has a launch screen.
+ * VEL_NO_DISPLAY: the display is not supported by this build or cannot be opened.
+ * VEL_BAD_WINDOW: the window does not exist or cannot be covered. */
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
-/* Ends the launch screen in any state, gives the window back as it was, and stores null in *screen.
- * Nothing is called back any more; an event not recorded by then is not recorded. From inside a
- * callback, the end, and with it the place for another launch screen, comes when the call that led
- * to it returns. VEL_NOT_ALIVE where *screen is null or destroyed. The owning thread. */
+/* This interface ends a launch screen in any state, restores the window, and stores null in
+ * *screen. The library calls no callback after this call and discards an event that has not been
+ * recorded yet. If a callback calls this interface, the launch screen ends when the call that
+ * invoked the callback returns; a new launch screen can be created only after that.
+ *
+ * VEL_INVALID_ARGUMENT: `screen` is null.
+ * VEL_NOT_ALIVE: *screen is null or has been destroyed. */
 VEL_C_EXPORT VelStatus vel_destroy(VelLaunchScreen** screen);
 
-/* Requests a launch screen. VEL_INVALID_ARGUMENT where the mode is unknown or the time is not a
- * number; VEL_REFUSED where the event is missing or empty or the time is 0 or less, and then
- * vel_last_error has the library's own words. What is read before a refusal stays: the mode, and
- * the event where it is there. VEL_STILL_UP while a launch screen is shown; nothing is read then.
- * The owning thread. */
+/* This interface requests a launch screen. After success, vel_present() can show it.
+ *
+ * VEL_INVALID_ARGUMENT: `request` is null, its mode is unknown, or its time is not a number.
+ * VEL_REFUSED: the event is null or empty, or the time is 0 or negative. vel_last_error() returns
+ * the log line of the library. The library keeps the parameters that it reads before the invalid
+ * one. It reads the mode first, then the event.
+ * VEL_STILL_UP: a launch screen is shown. */
 VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request);
-/* The same from the JSON object that a content service sends, with "mode", "event" and
- * "max_duration_time" (a number or a text); a mode that nobody knows counts as "forced" there.
- * `length` is in bytes. VEL_INVALID_ARGUMENT where it is not a JSON object. The owning thread. */
+/* This interface requests a launch screen like vel_request(), with the parameters from a JSON
+ * object. `length` is the number of bytes of `json`, which needs no zero byte at its end. The
+ * members of the object are "mode", "event" and "max_duration_time". The time is a number or a
+ * string; true counts as 1 and false as 0. Every mode other than "skip" means "forced". Other
+ * members are ignored.
+ *
+ * VEL_INVALID_ARGUMENT: `json` is null or is not one JSON object.
+ * VEL_REFUSED, VEL_STILL_UP: like vel_request(). */
 VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t length);
 
-/* Shows what has been requested, once for each request. VEL_NOTHING_TO_PRESENT where nothing is
- * loaded or what is has been presented, where the window has been closed, or where a sheet has no
- * content controller to hang on. The owning thread. */
+/* This interface shows the launch screen of the latest request. Each request can be presented once.
+ *
+ * VEL_INVALID_ARGUMENT: the presentation is unknown.
+ * VEL_NOTHING_TO_PRESENT: no request is loaded, the latest request has been presented, the window
+ * has been closed, or a sheet is requested for a window without a content controller. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);
 
-/* Asks for the dismissal, as a host does in skip mode. In any other mode it is refused as long as
- * time is left, and the event is recorded early. Whether the cover goes is told by did_disappear.
- * VEL_NOT_UP where none is shown. Any thread; from another one the dismissal comes with the owner's
- * next vel_pump, and the answer is VEL_OK also where none is shown; nothing happens then. */
+/* This interface dismisses the launch screen if all conditions are met. In mode "skip", the launch
+ * screen must be in front. In mode "forced", the time must be used up; an earlier call keeps the
+ * launch screen and records the event early. The callback may_disappear must agree. If the launch
+ * screen is dismissed, the library calls did_disappear. The return value is VEL_OK in both cases.
+ * Any thread. On a thread other than the owning thread, the call returns VEL_OK at once and takes
+ * effect in the next vel_pump() or vel_run() of the owning thread.
+ *
+ * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
 
-/* Does what there is to do now: once a frame. It waits for no event, only for the window system's
- * answers. *did_something (may be null) tells whether there was anything. The owning thread. */
+/* This interface performs all work that is due and returns. Call it once per frame. It does not
+ * wait for events or timers. It may block for a round trip to the X server. If `did_something` is
+ * not null, it stores 1 in *did_something if there was any work, otherwise 0. */
 VEL_C_EXPORT VelStatus vel_pump(VelLaunchScreen* screen, int* did_something);
-/* Does what there is to do during `seconds`, waiting in between. The owning thread. */
+/* This interface performs all work that becomes due during the next `seconds`, and waits between
+ * the work. In virtual time it does not wait. `seconds` is 0 to 1e9. It returns earlier if a
+ * callback destroys the launch screen.
+ *
+ * VEL_INVALID_ARGUMENT: `seconds` is not in this range. */
 VEL_C_EXPORT VelStatus vel_run(VelLaunchScreen* screen, double seconds);
-/* A descriptor that becomes readable when vel_pump has something to do, for poll or select; do not
- * read from it or close it. It stays the same until vel_destroy. -1 in virtual time. The owning
- * thread. */
+/* This interface stores a file descriptor in *descriptor that is readable when vel_pump() has work.
+ * Use it with poll() or select(). Do not read from it and do not close it. It does not change until
+ * vel_destroy(). In virtual time it is -1.
+ *
+ * VEL_INVALID_ARGUMENT: `descriptor` is null. */
 VEL_C_EXPORT VelStatus vel_poll_descriptor(VelLaunchScreen* screen, int* descriptor);
-/* In how many seconds vel_pump has something to do at the latest: 0 for now, negative when only the
- * descriptor tells. The owning thread. */
+/* This interface stores the number of seconds until vel_pump() has work in *seconds. It stores 0 if
+ * there is work now, and a negative value if no timer is scheduled. Events of the display can make
+ * work earlier; the descriptor of vel_poll_descriptor() reports them.
+ *
+ * VEL_INVALID_ARGUMENT: `seconds` is null. */
 VEL_C_EXPORT VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds);
 
-/* The seconds that the launch screen may still stay up; 0 or a little below at the end. The owning
- * thread. */
+/* This interface stores the number of seconds that the launch screen may still be shown in
+ * *seconds. The value is 0 or slightly negative at the end.
+ *
+ * VEL_INVALID_ARGUMENT: `seconds` is null. */
 VEL_C_EXPORT VelStatus vel_seconds_left(VelLaunchScreen* screen, double* seconds);
-/* Whether the cover is on the window. The owning thread. */
+/* This interface stores 1 in *up if the launch screen is shown, otherwise 0.
+ *
+ * VEL_INVALID_ARGUMENT: `up` is null. */
 VEL_C_EXPORT VelStatus vel_is_up(VelLaunchScreen* screen, int* up);
-/* Whether the countdown stands still, and why. The owning thread. */
+/* This interface stores in *reason why the countdown is paused.
+ *
+ * VEL_INVALID_ARGUMENT: `reason` is null. */
 VEL_C_EXPORT VelStatus vel_pause_reason(VelLaunchScreen* screen, VelPause* reason);
-/* How far the content is. The owning thread. */
+/* This interface stores the state of the content in *state.
+ *
+ * VEL_INVALID_ARGUMENT: `state` is null. */
 VEL_C_EXPORT VelStatus vel_state(VelLaunchScreen* screen, VelState* state);
 
 #ifdef __cplusplus

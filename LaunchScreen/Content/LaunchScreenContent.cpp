@@ -13,12 +13,13 @@ namespace {
 
 constexpr std::int64_t kErrorCode = 404;
 
-// The message is the domain. Nobody owns the error but the pool: a reader who keeps it takes it.
+// The message is the error's domain. Only the release pool owns the error. A reader that needs the
+// error longer must take a reference.
 Strong<NSError> errorWithMessage(std::string_view message) {
   return releaseLater(NSError::errorWithDomainCodeUserInfo(message, kErrorCode, nullptr));
 }
 
-// The host's modes 1 and 2 mean what ours mean by 2 and 1.
+// Modes 1 and 2 of the host are modes 2 and 1 of the view controller.
 LaunchScreenPresentationMode translatedMode(std::int32_t hostMode) {
   switch (hostMode) {
     case 2:
@@ -50,7 +51,7 @@ void LaunchScreenContent::configureViewController() {
   const Strong<LaunchScreenViewControllerProtocol> configured =
       LaunchScreenConfiguration::defaultConfiguration()->viewController();
   if (configured != nullptr) {
-    // Who configured it sees to its delegates and to our state.
+    // A host that supplies its own controller also adds the delegates and sets our state.
     setInternalViewController(configured);
     return;
   }
@@ -114,7 +115,7 @@ void LaunchScreenContent::launchScreenControllerWillPresent(
 bool LaunchScreenContent::canLaunchScreenControllerDismiss(
     const Strong<LaunchScreenViewController>& /*controller*/) {
   if (!respondsTo<&ContentViewDelegate::canContentViewDisappear>(delegate())) {
-    return true;  // nobody to ask
+    return true;
   }
   return send(delegate(), &ContentViewDelegate::canContentViewDisappear, self());
 }
@@ -122,7 +123,7 @@ bool LaunchScreenContent::canLaunchScreenControllerDismiss(
 void LaunchScreenContent::launchScreenControllerDidDismiss(
     const Strong<LaunchScreenViewController>& controller) {
   if (!send(controller, &NSViewController::presentedViewControllers).empty()) {
-    return;  // something is still shown on top of the launch screen
+    return;  // the controller still presents another controller
   }
   if (respondsTo<&ContentViewDelegate::contentViewDidDisappear>(delegate())) {
     send(delegate(), &ContentViewDelegate::contentViewDidDisappear, self());

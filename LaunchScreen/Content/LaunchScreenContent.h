@@ -9,7 +9,7 @@
 
 namespace vel {
 
-/// Hears when a content changes its state.
+/// Receives the state changes of a content.
 class VEL_EXPORT LaunchScreenContentDelegate : public Protocol<LaunchScreenContentDelegate> {
  public:
   virtual void contentDataDidChangeState(const Strong<ContentData>& /*data*/) {}
@@ -18,9 +18,9 @@ class VEL_EXPORT LaunchScreenContentDelegate : public Protocol<LaunchScreenConte
   using Optional = Operations<&Adopter::contentDataDidChangeState>;
 };
 
-/// The one object that the host sees of a launch screen: the data, the view and its presentation.
-/// It keeps its request and its view controller alive, its delegates not. Main thread, but for
-/// `setContentRequest`.
+/// A launch screen as the host sees it: the content data, the content view and its presentation in
+/// one object. It owns its request and its view controller, but not its delegates. Main thread,
+/// except for `setContentRequest` (any thread).
 class VEL_EXPORT LaunchScreenContent final
     : public Class<LaunchScreenContent, "LaunchScreenContent", NSObject,
                    LaunchScreenViewControllerDelegate, ContentData, ContentView,
@@ -28,18 +28,18 @@ class VEL_EXPORT LaunchScreenContent final
  public:
   static Strong<LaunchScreenContent> init();
 
-  /// Takes a request and builds the view controller for it, on the main thread: at once there, from
-  /// any other thread soon after. The state then is loaded or failed. A request without parameters
-  /// fails at once, on the caller's thread.
+  /// Stores a request and creates its view controller. On the main thread this happens before the
+  /// call returns; on another thread the main queue does it later. The new state is loaded or
+  /// failed. A request without parameters fails before the call returns, on the calling thread.
   void setContentRequest(Strong<ContentRequest> request);
   [[nodiscard]] Strong<ContentRequest> contentRequest() const { return contentRequest_; }
 
   // ContentData
   [[nodiscard]] Strong<ContentRequest> request() const override { return contentRequest(); }
   [[nodiscard]] ContentDataState state() const override { return state_; }
-  /// Stores the state and tells the content delegate, also when it is the same as before.
+  /// Stores the state and notifies the content delegate, even if the state has not changed.
   void setState(ContentDataState state) override;
-  /// None once the error has gone: the content does not keep it.
+  /// Null if there is no error or the error has been destroyed. The content does not own its error.
   [[nodiscard]] Strong<NSError> error() const override { return internalError(); }
 
   // ContentView
@@ -51,16 +51,16 @@ class VEL_EXPORT LaunchScreenContent final
 
   // CVPresentationFullScreen
   [[nodiscard]] Strong<NSViewController> viewController() const override;
-  /// Host mode 0 covers the window, 2 presents a modal window, any other a sheet.
+  /// Mode 0 covers the window, mode 2 presents a modal window, and any other mode presents a sheet.
   void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                             std::int32_t mode) override;
-  /// Takes the cover down without asking anybody.
+  /// Removes the cover without asking the delegates.
   void dismissViewController() override;
 
-  /// Ends the content's active life: the controller forgets its delegates and is released.
+  /// Removes all delegates from the view controller and releases the view controller.
   void deactivate();
 
-  // LaunchScreenViewControllerDelegate: passed on to the host's view delegate.
+  // LaunchScreenViewControllerDelegate: each operation calls the host's view delegate.
   void launchScreenControllerWillPresent(
       const Strong<LaunchScreenViewController>& controller) override;
   bool canLaunchScreenControllerDismiss(
@@ -81,7 +81,7 @@ class VEL_EXPORT LaunchScreenContent final
     contentDelegate_ = delegate;
   }
   [[nodiscard]] Strong<NSError> internalError() const { return internalError_.lock(); }
-  /// The content does not keep the error alive.
+  /// Stores a weak reference.
   void setInternalError(const Strong<NSError>& error) { internalError_ = error; }
 
  private:

@@ -28,7 +28,7 @@ void LaunchScreenConfiguration::setDefaultConfiguration(
           "+[LaunchScreenConfiguration setDefaultConfiguration:]");
     return;
   }
-  sDefaultConfiguration.swap(configuration);  // the former one is released last
+  sDefaultConfiguration.swap(configuration);  // releases the previous one after the assignment
 }
 
 }  // namespace vel

@@ -10,22 +10,22 @@ namespace vel {
 
 class LaunchScreenViewControllerProtocol;
 
-/// What the launch screen is to do, as the latest content request has it. There is one default
-/// configuration at a time, shared by everything and kept until the process ends. Nothing is
-/// locked: one thread at a time.
+/// The settings of the launch screen, copied from the latest content request. The whole process
+/// shares one default configuration, which lives until the process ends. The class has no locks:
+/// only one thread may use it at a time.
 class VEL_EXPORT LaunchScreenConfiguration final
     : public Class<LaunchScreenConfiguration, "LaunchScreenConfiguration"> {
  public:
   static Strong<LaunchScreenConfiguration> init();
 
-  /// The default configuration; never none. Made on first use.
+  /// The default configuration. Never null: the first call creates it.
   static Strong<LaunchScreenConfiguration> defaultConfiguration();
   static Strong<LaunchScreenConfiguration> getDefaultConfiguration();
-  /// Replaces the default configuration. None is refused with a log line.
+  /// Replaces the default configuration. Logs and ignores null.
   static void setDefaultConfiguration(Strong<LaunchScreenConfiguration> configuration);
 
-  /// A view controller of the host's to use instead of the library's own. It has to be an
-  /// NSViewController that adopts LaunchScreenPresenter too.
+  /// A view controller that the host supplies, or null for the library's own. It must also be an
+  /// NSViewController and a LaunchScreenPresenter.
   [[nodiscard]] Strong<LaunchScreenViewControllerProtocol> viewController() const {
     return viewController_;
   }
@@ -33,15 +33,15 @@ class VEL_EXPORT LaunchScreenConfiguration final
     viewController_ = std::move(controller);
   }
 
-  /// Whether the host may close the launch screen at any time; then no event is recorded.
+  /// True if the host may close the launch screen at any time. No event is recorded in this mode.
   [[nodiscard]] bool skipMode() const { return skipMode_; }
   void setSkipMode(bool skipMode) { skipMode_ = skipMode; }
 
-  /// The analytics event to record when the launch screen has ended.
+  /// The name of the analytics event that is recorded when the launch screen has ended.
   [[nodiscard]] Strong<NSString> nextEventName() const { return nextEventName_; }
   void setNextEventName(Strong<NSString> name) { nextEventName_ = std::move(name); }
 
-  /// The longest time the launch screen stays up, in seconds.
+  /// The maximum time for which the launch screen is shown, in seconds.
   [[nodiscard]] double expirationTimeInterval() const { return expirationTimeInterval_; }
   void setExpirationTimeInterval(double seconds) { expirationTimeInterval_ = seconds; }
 
@@ -52,7 +52,7 @@ class VEL_EXPORT LaunchScreenConfiguration final
   double expirationTimeInterval_ = 0.0;
 };
 
-/// The default configuration; none until it is first asked for.
+/// The default configuration. Null until `defaultConfiguration` is called for the first time.
 VEL_EXPORT extern Strong<LaunchScreenConfiguration> sDefaultConfiguration;
 
 }  // namespace vel

@@ -1,4 +1,4 @@
-// The vocabulary that the library and its hosts share.
+// Constants that the library and its hosts share.
 #pragma once
 
 #include <string_view>
@@ -7,33 +7,38 @@
 
 namespace vel {
 
-/// The keys of a content request's parameters, and the values of "mode".
+/// The keys of the parameters of a content request, and the values of "mode".
 struct LaunchScreenContentRequestKeys {
-  std::string_view mode;    ///< key: how the launch screen may be closed
-  std::string_view skip;    ///< the mode in which the host may close it at any time
-  std::string_view forced;  ///< the other mode; never compared: all but "skip" means it
-  std::string_view
-      maxDurationTime;     ///< key: the longest time the launch screen stays up, in seconds
-  std::string_view event;  ///< key: the name of the analytics event
+  /// Key of the mode, which says when the host may close the launch screen.
+  std::string_view mode;
+  /// The mode in which the host may close the launch screen at any time.
+  std::string_view skip;
+  /// The mode in which the host may not close the launch screen early. The library never compares
+  /// it: every value other than `skip` has this meaning.
+  std::string_view forced;
+  /// Key of the maximum time for which the launch screen is shown, in seconds.
+  std::string_view maxDurationTime;
+  /// Key of the name of the analytics event.
+  std::string_view event;
 };
 
-/// The engine that the launch screen's resolver serves.
+/// The name of the engine that LaunchScreenManager serves.
 VEL_EXPORT extern const std::string_view kLaunchScreenEngine;
 VEL_EXPORT extern const LaunchScreenContentRequestKeys LaunchScreenContentRequest;
-/// Seconds: the interval of the countdown, what a tick takes off the time left, and the time at or
-/// below which it counts as used up.
+/// The interval of the countdown in seconds. Each tick subtracts this value from the time left. At
+/// or below this value, the time is used up.
 VEL_EXPORT extern const double expirationTimeStep;
-/// Points: the activity indicator's height, and its least width.
+/// The height and the minimum width of the activity indicator, in points.
 VEL_EXPORT extern const double activityIndicatorSide;
-/// The class name of the host's main (player) window.
+/// The class name of the main window of the host.
 VEL_EXPORT extern const std::string_view LSUnityPlayerWindowClassName;
-/// The class name of a consent view controller that the host may show in a window of its own.
+/// The class name of the content view controller of a consent dialog that the host may show.
 VEL_EXPORT extern const std::string_view LSGDPRControllerClassName;
 
 }  // namespace vel
 
 extern "C" {
-/// The library's version, and a text that identifies it.
+/// The version of the library, as a number and as a text with the library's name.
 VEL_EXPORT extern const double VelLaunchScreenVersionNumber;
 VEL_EXPORT extern const char VelLaunchScreenVersionString[];
 }

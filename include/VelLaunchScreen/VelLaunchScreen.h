@@ -1,5 +1,4 @@
-// All that a host in C++ uses: the launch screen, the application that it runs in, and what can be
-// watched of both.
+// Includes every header that a host in C++ uses.
 #pragma once
 
 #include "LaunchScreen/LaunchScreen.h"

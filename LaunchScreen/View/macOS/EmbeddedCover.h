@@ -1,4 +1,4 @@
-// The embedded cover that has no parent view controller: at most one at a time.
+// The embedded cover over a window without a content view controller.
 #pragma once
 
 #include "Platform/Foundation/Protocol.h"
@@ -8,15 +8,16 @@ namespace vel {
 class LaunchScreenViewController;
 class NSView;
 
-/// Keeps that cover alive until it is taken down, and lets any controller find its window. Shared
-/// by all controllers: a second cover of this kind takes the place of the first. Main thread.
+/// Owns this cover until it is removed, because it has no parent view controller that could own it.
+/// All controllers share these variables. A second cover of this kind replaces the first. Main
+/// thread.
 namespace embedded_cover {
 
 extern Strong<NSView> superView;
 extern Strong<NSView> selfView;
 extern Strong<LaunchScreenViewController> selfController;
 
-/// Lets go of all three without a word to anybody: for whoever ends the whole application.
+/// Releases all three without notifying a delegate. Used when the application ends.
 void release();
 
 }  // namespace embedded_cover

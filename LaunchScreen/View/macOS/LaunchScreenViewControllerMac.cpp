@@ -13,7 +13,7 @@ namespace vel {
 
 namespace {
 
-constexpr NSWindowStyleMask kNothingSaved = ~NSWindowStyleMask{0};
+constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 constexpr NSOperatingSystemVersion kFirstVersionWithDarkAppearance{10, 14, 0};
 
 using Delegate = LaunchScreenViewControllerDelegate;
@@ -43,14 +43,14 @@ using embedded_cover::superView;
 Strong<LaunchScreenViewController> LaunchScreenViewController::init() {
   const double interval =
       LaunchScreenConfiguration::defaultConfiguration()->expirationTimeInterval();
-  if (0.0 >= interval) {  // written so that what is not a number passes
+  if (0.0 >= interval) {  // false for NaN, which is accepted
     return nullptr;
   }
   auto controller =
       make<LaunchScreenViewController>(NSBundle::bundleForClass<LaunchScreenViewController>());
   controller->setPresentationMode(LaunchScreenPresentationEmbedded);
   controller->setAppWindow(nullptr);
-  controller->setAppWindowStyleMask(kNothingSaved);
+  controller->setAppWindowStyleMask(kNoSavedStyle);
   return controller;
 }
 
@@ -76,19 +76,19 @@ void LaunchScreenViewController::removeDelegate(const Strong<Delegate>& delegate
 void LaunchScreenViewController::deactivate() { send(delegates(), &Delegates::removeAllObjects); }
 
 template <auto Operation>
-void LaunchScreenViewController::tellDelegates() {
-  const Strong<Delegates> told = delegates();
-  if (told == nullptr) {
+void LaunchScreenViewController::notifyDelegates() {
+  const Strong<Delegates> notifiedDelegates = delegates();
+  if (notifiedDelegates == nullptr) {
     return;
   }
-  for (const Strong<Delegate>& delegate : *told) {
+  for (const Strong<Delegate>& delegate : *notifiedDelegates) {
     if (respondsTo<Operation>(delegate)) {
       ((*delegate).*Operation)(self());
     }
   }
 }
 
-// Life on screen
+// View life cycle
 
 void LaunchScreenViewController::viewDidLoad() { NSViewController::viewDidLoad(); }
 
@@ -100,7 +100,7 @@ void LaunchScreenViewController::viewWillAppear() {
     send(activityIndicator(), &NSProgressIndicator::setAppearance,
          NSAppearance::appearanceNamed(NSAppearanceNameAqua));
   }
-  tellDelegates<&Delegate::launchScreenControllerWillPresent>();
+  notifyDelegates<&Delegate::launchScreenControllerWillPresent>();
   if (presentationMode() == LaunchScreenPresentationModalWindow) {
     setupPresentation();
   }
@@ -121,7 +121,7 @@ void LaunchScreenViewController::viewWillDisappear() {
 
 void LaunchScreenViewController::viewDidDisappear() {
   NSViewController::viewDidDisappear();
-  tellDelegates<&Delegate::launchScreenControllerDidDismiss>();
+  notifyDelegates<&Delegate::launchScreenControllerDidDismiss>();
 }
 
 // Presentation
@@ -132,7 +132,7 @@ void LaunchScreenViewController::presentForWindowWithPresentationMode(
   const Strong<NSViewController> host = send(window, &NSWindow::contentViewController);
   switch (presentationMode()) {
     case LaunchScreenPresentationSheet:
-      // A window without a content view controller leaves nobody else to ask.
+      // The controller presents itself if the window has no content view controller.
       (host ? host : self())->presentViewControllerAsSheet(self());
       break;
     case LaunchScreenPresentationModalWindow:
@@ -162,8 +162,9 @@ void LaunchScreenViewController::presentForWindowWithPresentationMode(
 
 void LaunchScreenViewController::setupPresentation() {
   if (presentationMode() == LaunchScreenPresentationEmbedded && appWindow() != nullptr) {
-    // Saved once per controller: a later presentation gives back what the first one found.
-    if (appWindowStyleMask() == kNothingSaved) {
+    // Save the style once per controller: a later presentation restores the style that the first
+    // presentation saved.
+    if (appWindowStyleMask() == kNoSavedStyle) {
       setAppWindowStyleMask(appWindow()->styleMask());
     }
     appWindow()->setStyleMask(appWindow()->styleMask() & ~NSWindowStyleMaskResizable);
@@ -181,12 +182,12 @@ void LaunchScreenViewController::restorePresentation() {
     return;
   }
   if (appWindow() != nullptr) {
-    if (appWindowStyleMask() != kNothingSaved) {
+    if (appWindowStyleMask() != kNoSavedStyle) {
       appWindow()->setStyleMask(appWindowStyleMask());
     }
     setAppWindow(nullptr);
   } else if (send(selfController, &LaunchScreenViewController::appWindow) != nullptr) {
-    // The tracked cover's window, and its saved style as it stands, saved or not.
+    // This restores the style of the tracked cover's window even if no style has been saved.
     selfController->appWindow()->setStyleMask(selfController->appWindowStyleMask());
     selfController->setAppWindow(nullptr);
   }
@@ -201,9 +202,9 @@ void LaunchScreenViewController::dismiss() {
     return;
   }
   if (superView != nullptr && selfView != nullptr && selfController != nullptr) {
-    // Kept alive meanwhile: a delegate may put another cover in its place.
+    // `send` keeps the controller alive: a delegate may replace the tracked cover.
     send(selfController, &NSViewController::viewDidDisappear);
-    // It works on what is tracked by then, whoever put it there.
+    // The work removes the cover that is tracked when it runs, which may be a later cover.
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(), [] {
       send(selfView, &NSView::removeFromSuperview);
       send(selfController, &NSViewController::removeFromParentViewController);
@@ -211,27 +212,27 @@ void LaunchScreenViewController::dismiss() {
     });
     return;
   }
-  // Asked before the view is removed: afterwards it has no window.
+  // Read this before the view is removed. Afterwards the view has no window.
   const bool hasParent = send(view()->window(), &NSWindow::contentViewController) != nullptr;
   view()->removeFromSuperview();
   if (hasParent) {
     removeFromParentViewController();
   } else {
-    tellDelegates<&Delegate::launchScreenControllerDidDismiss>();
+    notifyDelegates<&Delegate::launchScreenControllerDidDismiss>();
   }
 }
 
 void LaunchScreenViewController::dismissViewController(const Strong<NSViewController>& controller) {
-  bool agreed = true;
-  if (const Strong<Delegates> asked = delegates()) {
-    for (const Strong<Delegate>& delegate : *asked) {
+  bool canDismiss = true;
+  if (const Strong<Delegates> askedDelegates = delegates()) {
+    for (const Strong<Delegate>& delegate : *askedDelegates) {
       if (respondsTo<&Delegate::canLaunchScreenControllerDismiss>(delegate) &&
           !delegate->canLaunchScreenControllerDismiss(self())) {
-        agreed = false;  // and the others are asked all the same
+        canDismiss = false;  // and ask the remaining delegates
       }
     }
   }
-  if (!agreed) {
+  if (!canDismiss) {
     return;
   }
   const LaunchScreenPresentationMode mode = presentationMode();
@@ -243,7 +244,7 @@ void LaunchScreenViewController::dismissViewController(const Strong<NSViewContro
   }
 }
 
-// The indicator
+// Activity indicator
 
 void LaunchScreenViewController::createActivityIndicator() {
   setActivityIndicator(NSProgressIndicator::initWithFrame(CGRectZero));
@@ -253,7 +254,7 @@ void LaunchScreenViewController::createActivityIndicator() {
          NSAppearance::appearanceNamed(NSAppearanceNameAqua));
   }
   send(activityIndicator(), &NSView::setTranslatesAutoresizingMaskIntoConstraints, false);
-  // Relative to the view itself, which is no sibling: above all that is there.
+  // The view is not a sibling of the indicator, so this adds the indicator above all subviews.
   view()->addSubviewPositionedRelativeTo(activityIndicator(), NSWindowAbove, view());
 }
 

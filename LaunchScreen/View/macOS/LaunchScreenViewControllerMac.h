@@ -14,28 +14,27 @@ namespace vel {
 
 class LaunchScreenViewController;
 
-/// How the controller is shown. Any other value presents nothing.
+/// How the controller is presented. A value that is not listed here presents nothing.
 using LaunchScreenPresentationMode = std::int32_t;
 
-/// As a subview that fills the host window, whose style is taken over meanwhile.
+/// As a subview that fills the host window. Overrides the style of the host window.
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationEmbedded = 0;
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationModalWindow = 1;
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationSheet = 2;
 
-/// Hears from the launch screen's controller. Each operation is sent only to a delegate that has
-/// it.
+/// Receives the notifications of a launch screen's view controller. All operations are optional.
 class VEL_EXPORT LaunchScreenViewControllerDelegate
     : public Protocol<LaunchScreenViewControllerDelegate> {
  public:
   /// The view is about to appear.
   virtual void launchScreenControllerWillPresent(
       const Strong<LaunchScreenViewController>& /*controller*/) {}
-  /// Whether the controller may dismiss now; one no is enough to keep it.
+  /// True if the controller may be dismissed now. It stays if one delegate returns false.
   virtual bool canLaunchScreenControllerDismiss(
       const Strong<LaunchScreenViewController>& /*controller*/) {
     return false;
   }
-  /// The view has gone.
+  /// The view has disappeared.
   virtual void launchScreenControllerDidDismiss(
       const Strong<LaunchScreenViewController>& /*controller*/) {}
 
@@ -45,17 +44,17 @@ class VEL_EXPORT LaunchScreenViewControllerDelegate
                               &Adopter::launchScreenControllerDidDismiss>;
 };
 
-/// What a launch screen's controller offers, whoever makes it.
+/// The delegate list of a launch screen's view controller.
 class VEL_EXPORT LaunchScreenViewControllerProtocol : public virtual NSObjectProtocol {
  public:
   virtual void addDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) = 0;
   virtual void removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) = 0;
-  /// Forgets all delegates.
+  /// Removes all delegates.
   virtual void deactivate() = 0;
 };
 
-/// What a controller needs besides to be presented by the content; a host that configures a
-/// controller of its own adopts both.
+/// A view controller that LaunchScreenContent can present. A controller that a host supplies must
+/// adopt this protocol and LaunchScreenViewControllerProtocol.
 class VEL_EXPORT LaunchScreenPresenter : public virtual NSObjectProtocol {
  public:
   virtual void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
@@ -63,11 +62,11 @@ class VEL_EXPORT LaunchScreenPresenter : public virtual NSObjectProtocol {
   virtual void dismiss() = 0;
 };
 
-/// The controller that covers the host's window: it lays a white view over it, takes the window's
-/// style over and gives it back, and tells its delegates of presentation and dismissal.
+/// Covers the window of the host with a white view, overrides and restores the style of the window,
+/// and notifies its delegates of presentation and dismissal.
 ///
-/// It keeps its delegates alive, the content among them, which in turn keeps the controller:
-/// `deactivate` breaks that circle. Main thread.
+/// It owns its delegates. One of them is the content, which owns the controller; `deactivate`
+/// breaks this reference cycle. Main thread.
 class VEL_EXPORT LaunchScreenViewController final
     : public Class<LaunchScreenViewController, "LaunchScreenViewController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
@@ -77,39 +76,42 @@ class VEL_EXPORT LaunchScreenViewController final
   using Class::Class;
   ~LaunchScreenViewController() override;
 
-  /// A new controller; none while the default configuration allows no time.
+  /// Creates a controller. Returns null if the time of the default configuration is 0 or negative.
   static Strong<LaunchScreenViewController> init();
 
-  // The delegates, told in the order in which they were added. Changing them from inside a callback
-  // raises NSCollectionMutatedError.
+  // LaunchScreenViewControllerProtocol. The controller notifies delegates in the order in which
+  // they were added. Adding or removing one during a notification raises NSCollectionMutatedError.
   void addDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) override;
   void removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) override;
   void deactivate() override;
 
-  // Life on screen.
+  // NSViewController
   void viewDidLoad() override;
   void viewWillAppear() override;
   void viewDidAppear() override;
   void viewWillDisappear() override;
   void viewDidDisappear() override;
 
-  /// Covers `window`, which may be none, in the given mode.
+  /// Presents the controller over `window`, which may be null.
   void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                             LaunchScreenPresentationMode mode) override;
-  /// Takes the host window's style over (embedded), or prepares the modal window.
+  /// In embedded mode, overrides the style of the host window. In modal mode, sets the style of the
+  /// modal window.
   void setupPresentation();
-  /// Gives the host window's style back (embedded).
+  /// In embedded mode, restores the style of the host window.
   void restorePresentation();
-  /// Takes the cover down without asking anybody.
+  /// Removes the cover without asking the delegates.
   void dismiss() override;
-  /// Dismisses if every delegate agrees; all of them are asked.
+  /// Dismisses the controller if every delegate agrees. It asks all of them, even after one has
+  /// refused.
   void dismissViewController(const Strong<NSViewController>& controller) override;
 
-  // The indicator. The library never calls these two: a host that wants one does, in this order,
-  // once the view exists.
-  /// Adds a new spinning indicator to the view, in place of the one in `activityIndicator`.
+  // The activity indicator. The library never calls these two operations. A host that wants an
+  // indicator calls them in this order after the view has been loaded.
+  /// Adds a new spinning indicator to the view and stores it in `activityIndicator`. It does not
+  /// remove a previous indicator from the view.
   void createActivityIndicator();
-  /// Centres it, 32 points high. Without an indicator nothing happens.
+  /// Centres the indicator and makes it 32 points high. Does nothing if there is no indicator.
   void createConstraintsActivityIndicator();
 
   [[nodiscard]] LaunchScreenPresentationMode presentationMode() const { return presentationMode_; }
@@ -120,20 +122,20 @@ class VEL_EXPORT LaunchScreenViewController final
   void setActivityIndicator(Strong<NSProgressIndicator> indicator) {
     activityIndicator_.store(std::move(indicator));
   }
-  /// None until the first delegate is added.
+  /// Null until the first delegate is added.
   [[nodiscard]] Strong<Delegates> delegates() const { return delegates_; }
   void setDelegates(Strong<Delegates> delegates) { delegates_ = std::move(delegates); }
-  /// The host window whose style is taken over, or is about to be.
+  /// The host window whose style the controller overrides in embedded mode.
   [[nodiscard]] Strong<NSWindow> appWindow() const { return appWindow_.load(); }
   void setAppWindow(Strong<NSWindow> window) { appWindow_.store(std::move(window)); }
-  /// The host window's style as it was; all bits set when none is saved.
+  /// The previous style of the host window. All bits are set if no style has been saved.
   [[nodiscard]] NSWindowStyleMask appWindowStyleMask() const { return appWindowStyleMask_; }
   void setAppWindowStyleMask(NSWindowStyleMask mask) { appWindowStyleMask_ = mask; }
 
  private:
-  // Tells every delegate that has the operation, in place.
+  // Calls the operation of every delegate that implements it.
   template <auto Operation>
-  void tellDelegates();
+  void notifyDelegates();
 
   LaunchScreenPresentationMode presentationMode_ = LaunchScreenPresentationEmbedded;
   AtomicReference<NSProgressIndicator> activityIndicator_;
