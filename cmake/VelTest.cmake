@@ -1,19 +1,34 @@
-# vel_add_test(<name> [SOURCES <source>...] [LINK <target>...] [TIMEOUT <seconds>])
+# vel_add_test(<name> [LINK <target>...])
 #
-# Builds the program <name>Tests from the given sources, or from all sources in the folder <name>
-# and its subfolders. Each test case becomes a test of ctest with the label <name>.
+# Builds the program <name>Tests from the sources in the folder <name> and its subfolders, except
+# those named X11. Each test case becomes a test of ctest with the label <name>.
 function(vel_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "" "LINK")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${name}/*.cpp")
+  list(FILTER sources EXCLUDE REGEX "/X11/")
+  vel_add_test_program(${name} SOURCES ${sources} LINK ${test_LINK} TIMEOUT 60)
+endfunction()
+
+# vel_add_x11_test(<folder> [SOURCES <source>...] [LINK <target>...] [TIMEOUT <seconds>])
+#
+# Builds the program X11<folder>Tests from the sources in <folder>/X11 and the given sources. Each
+# test case becomes a test of ctest with the label X11<folder>.
+function(vel_add_x11_test folder)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LINK")
-  if(test_UNPARSED_ARGUMENTS)
-    message(FATAL_ERROR "vel_add_test(${name}): unknown argument '${test_UNPARSED_ARGUMENTS}'")
-  endif()
-  if(NOT test_SOURCES)
-    file(GLOB_RECURSE test_SOURCES CONFIGURE_DEPENDS "${name}/*.cpp")
-  endif()
   if(NOT test_TIMEOUT)
     set(test_TIMEOUT 60)
   endif()
+  file(GLOB sources CONFIGURE_DEPENDS "${folder}/X11/*.cpp")
+  vel_add_test_program(X11${folder}
+    SOURCES ${sources} ${test_SOURCES} LINK VelX11TestSupport ${test_LINK}
+    TIMEOUT ${test_TIMEOUT})
+endfunction()
 
+# vel_add_test_program(<name> SOURCES <source>... [LINK <target>...] TIMEOUT <seconds>)
+#
+# Builds the program <name>Tests and adds its test cases to ctest, with the label <name>.
+function(vel_add_test_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LINK")
   add_executable(${name}Tests ${test_SOURCES})
   target_link_libraries(${name}Tests
     PRIVATE vel::TestSupport ${test_LINK} GTest::gmock_main vel::CompilerSettings)

@@ -45,10 +45,16 @@ MAY_INCLUDE = {
 
 # Headers of other projects, and the folders that may include them.
 OUTSIDE = {
-    "xcb/": ["Platform/WindowSystem/X11", "Tests/WindowSystem/X11", "Tests/Hosts", "Benchmarks"],
+    "xcb/": [
+        "Platform/WindowSystem/X11",
+        "Tests/WindowSystem/X11",
+        "Tests/Support/X11",
+        "Tests/Hosts",
+        "Benchmarks",
+    ],
     "X11/": [],
     "CLI/": ["Host"],
-    "png.h": ["Host", "Tests/WindowSystem/X11"],
+    "png.h": ["Host", "Tests/Support/X11"],
     "nlohmann/": ["Bindings/Json", "Host", "Tests/Host", "Fuzz"],
     "gtest/": ["Tests"],
     "gmock/": ["Tests"],

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "Tests/Examples/HostProcess.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Platform/Foundation/NonCopyable.h"
-#include "Tests/WindowSystem/X11/Support/Process.h"
+#include "Tests/Support/X11/Process.h"
 
 namespace vel::test {
 

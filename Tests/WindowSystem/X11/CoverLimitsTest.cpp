@@ -1,7 +1,7 @@
 // What a cover cannot do, as it is said where covers are described.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <thread>
 
-#include "Tests/WindowSystem/X11/Support/FrameWatch.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/FrameWatch.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

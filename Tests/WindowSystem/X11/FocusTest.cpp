@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "Platform/WindowSystem/X11/Focus.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

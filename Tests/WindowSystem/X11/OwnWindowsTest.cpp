@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

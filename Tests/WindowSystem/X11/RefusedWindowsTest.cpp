@@ -1,7 +1,7 @@
 // Windows that are not to be covered, and that are of use otherwise.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <thread>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

@@ -1,7 +1,7 @@
 #include <stdexcept>
 
 #include "Tests/WindowSystem/Conformance.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

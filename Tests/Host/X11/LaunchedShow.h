@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Tests/WindowSystem/X11/Support/XServer.h"
+#include "Tests/Support/X11/XServer.h"
 
 namespace vel::test {
 

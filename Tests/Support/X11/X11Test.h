@@ -12,8 +12,8 @@
 
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 #include "Tests/WindowSystem/Reports.h"
-#include "Tests/WindowSystem/X11/Support/XClient.h"
-#include "Tests/WindowSystem/X11/Support/XServer.h"
+#include "Tests/Support/X11/XClient.h"
+#include "Tests/Support/X11/XServer.h"
 
 namespace vel::test {
 

@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/Support/XClient.h"
+#include "Tests/Support/X11/XClient.h"
 
 #include <xcb/res.h>
 #include <xcb/xtest.h>

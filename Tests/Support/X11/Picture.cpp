@@ -6,7 +6,7 @@
 #include <span>
 #include <stdexcept>
 
-#include "Tests/WindowSystem/X11/Support/XClient.h"
+#include "Tests/Support/X11/XClient.h"
 
 namespace vel::test {
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "Bindings/C/vel_launch_screen.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {

@@ -5,8 +5,8 @@
 #include <csignal>
 #include <memory>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
-#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+#include "Tests/Support/X11/X11Test.h"
+#include "Tests/Host/X11/LaunchedShow.h"
 
 namespace vel::test {
 namespace {

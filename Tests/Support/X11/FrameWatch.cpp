@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/Support/FrameWatch.h"
+#include "Tests/Support/X11/FrameWatch.h"
 
 #include <xcb/damage.h>
 

@@ -1,7 +1,7 @@
 // The end of a run with a player of the program's own, which is seen for a while after it.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+#include "Tests/Host/X11/LaunchedShow.h"
 
 namespace vel::test {
 namespace {

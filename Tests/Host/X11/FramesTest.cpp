@@ -1,9 +1,9 @@
 // Every frame from before the request to after the end, as the server draws them.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/Support/FrameWatch.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
-#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+#include "Tests/Support/X11/FrameWatch.h"
+#include "Tests/Support/X11/X11Test.h"
+#include "Tests/Host/X11/LaunchedShow.h"
 
 namespace vel::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/Support/XServer.h"
+#include "Tests/Support/X11/XServer.h"
 
 #include <fcntl.h>
 #include <unistd.h>

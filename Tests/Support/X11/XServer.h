@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/WindowSystem/X11/Support/Process.h"
+#include "Tests/Support/X11/Process.h"
 
 namespace vel::test {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Tests/WindowSystem/X11/Support/XClient.h"
+#include "Tests/Support/X11/XClient.h"
 
 namespace vel::test {
 

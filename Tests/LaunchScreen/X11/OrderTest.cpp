@@ -1,7 +1,7 @@
 // The order in which windows lie, as users and window managers change it.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/X11HostTest.h"
+#include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 namespace vel::test {
 namespace {

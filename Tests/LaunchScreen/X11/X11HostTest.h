@@ -6,7 +6,7 @@
 
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 

@@ -3,7 +3,7 @@
 
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/VirtualPlatform.h"
-#include "Tests/WindowSystem/X11/X11HostTest.h"
+#include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 namespace vel::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <map>
 
-#include "Tests/WindowSystem/X11/X11HostTest.h"
+#include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 namespace vel::test {
 namespace {

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "Platform/Foundation/Message.h"
-#include "Tests/WindowSystem/X11/X11HostTest.h"
+#include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 namespace vel::test {
 namespace {

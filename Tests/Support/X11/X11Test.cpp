@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
+#include "Tests/Support/X11/X11Test.h"
 
 #include <algorithm>
 #include <stdexcept>

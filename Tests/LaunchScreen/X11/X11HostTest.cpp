@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/X11HostTest.h"
+#include "Tests/LaunchScreen/X11/X11HostTest.h"
 
 #include "Platform/Foundation/Message.h"
 #include "Tests/Support/VirtualPlatform.h"

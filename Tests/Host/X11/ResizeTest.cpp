@@ -1,8 +1,8 @@
 // A program under a window manager that resizes its window while `launchscreen show` covers it.
 #include <gmock/gmock.h>
 
-#include "Tests/WindowSystem/X11/Support/X11Test.h"
-#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+#include "Tests/Support/X11/X11Test.h"
+#include "Tests/Host/X11/LaunchedShow.h"
 
 namespace vel::test {
 namespace {

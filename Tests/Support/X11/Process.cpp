@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11/Support/Process.h"
+#include "Tests/Support/X11/Process.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

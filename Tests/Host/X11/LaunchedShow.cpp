@@ -1,4 +1,4 @@
-#include "Tests/WindowSystem/X11Show/LaunchedShow.h"
+#include "Tests/Host/X11/LaunchedShow.h"
 
 #include <fcntl.h>
 #include <poll.h>
