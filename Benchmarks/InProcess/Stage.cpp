@@ -4,11 +4,10 @@
 #include <utility>
 
 #include "HostInterfaces/DictionaryRequest.h"
-#include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSWindow.h"
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSNumber.h"
-#include "Platform/Foundation/ReleasePool.h"
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 
 namespace vel::bench {
@@ -42,9 +41,7 @@ Stage::Stage(std::unique_ptr<Clock> clock, std::unique_ptr<WindowSystem> windowS
 }
 
 Stage::~Stage() {
-  NSApplication::stop();
-  embedded_cover::release();
-  ReleasePool::current().drainTo(0);
+  shutDown();
   sDefaultConfiguration = nullptr;
   MetricsCenter::setSink(nullptr);
   setNSLogSink(nullptr);

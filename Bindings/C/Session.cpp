@@ -7,12 +7,11 @@
 #include "HostInterfaces/MetricsCenter.h"
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "LaunchScreen/Helpers/LaunchScreenConstants.h"
-#include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSThread.h"
-#include "Platform/Foundation/ReleasePool.h"
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 namespace vel {
@@ -99,9 +98,7 @@ void Session::connectSinks(bool recordsEvents) {
 Session::~Session() {
   silence();
   send(manager_, &LaunchScreenManager::deactivate);
-  NSApplication::stop();
-  embedded_cover::release();
-  ReleasePool::current().drainTo(0);
+  shutDown();
   sDefaultConfiguration = nullptr;
   MetricsCenter::setSink(nullptr);
   setNSLogSink(nullptr);

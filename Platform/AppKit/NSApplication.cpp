@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
@@ -28,11 +29,6 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
   NSNotificationCenter::defaultCenter().postNotificationNameObject(name, object);
 }
 
-void dropScheduledWork() {
-  NSRunLoop::mainRunLoop().invalidateTimers();
-  dispatch_get_main_queue().removeAll();
-}
-
 }  // namespace
 
 // Never destroyed: windows that outlive everything ask for it when they die.
@@ -46,21 +42,9 @@ Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowS
 }
 
 void NSApplication::stop() {
-  const Strong<NSApplication> app = NSApp;
-  if (app == nullptr) {
-    return;
+  if (NSApp != nullptr) {
+    shutDown();
   }
-  dropScheduledWork();
-  while (!app->open_.empty()) {
-    const Strong<NSWindow> window = app->open_.back();
-    window->close();
-  }
-  dropScheduledWork();  // what the windows' controllers left behind
-  for (const auto& [handle, window] : app->windows_) {
-    app->windowSystem_->releaseWindow(handle);
-    window->handle_ = WindowHandle::None;
-  }
-  NSApp = nullptr;
 }
 
 NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
@@ -72,12 +56,23 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
   modalRunsChanged();
 }
 
-NSApplication::~NSApplication() {
+void NSApplication::end() {
+  while (!open_.empty()) {
+    const Strong<NSWindow> window = open_.back();
+    window->close();
+  }
+  for (const auto& [handle, window] : windows_) {
+    windowSystem_->releaseWindow(handle);
+    window->handle_ = WindowHandle::None;
+  }
+  windows_.clear();
+  // Done here, not in the destructor: a host may keep this object while the next application runs.
   windowSystem_->setDelegate(nullptr);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.setWindowSystemSource(nullptr);
   loop.watch(WaitHandle());
   loop.setMode(NSDefaultRunLoopMode);
+  NSApp = nullptr;
 }
 
 Strong<NSWindow> NSApplication::windowFor(WindowHandle handle) const {

@@ -29,13 +29,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Makes the application, on `windowSystem`, and sets NSApp. The main run loop serves it from now
   /// on.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
-  /// Ends the application: timers and the main queue's work are dropped, every window is closed,
-  /// the latest first, and NSApp is emptied. Windows of other programs stay as they are. Not from
-  /// inside a callout of the platform.
+  /// Ends the application and everything else that the process shares: see `shutDown`. Afterwards
+  /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. Must
+  /// not be called from a callback of the platform.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
-  ~NSApplication() override;
 
   [[nodiscard]] WindowSystem& windowSystem() { return *windowSystem_; }
 
@@ -85,6 +84,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
  private:
   friend class NSWindow;
+  friend void shutDown();
 
   struct ModalRun {
     std::uint64_t number;
@@ -121,6 +121,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
+  void end();
   [[nodiscard]] PortAccess port() { return PortAccess(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();

@@ -144,12 +144,12 @@ void NSWindow::realize() {
   }
   const Strong<NSWindow> owner = owner_.lock();
   handle_ = NSApp->port()->createWindow({.className = std::string(className()),
-                                        .title = title_,
-                                        .frame = frame_,
-                                        .styleMask = styleMask_,
-                                        .kind = kind_,
-                                        .owner = send(owner, &NSWindow::handle),
-                                        .movableByBackground = movableByWindowBackground_});
+                                         .title = title_,
+                                         .frame = frame_,
+                                         .styleMask = styleMask_,
+                                         .kind = kind_,
+                                         .owner = send(owner, &NSWindow::handle),
+                                         .movableByBackground = movableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // a display that has gone makes no windows
     NSApp->windows_[handle_] = this;
   }

@@ -42,6 +42,17 @@ void NSNotificationCenter::removeObserver(const NSObject* observer) {
   sweep();
 }
 
+void NSNotificationCenter::removeAllObservers() {
+  const std::scoped_lock lock(mutex_);
+  for (Topic& topic : topics_) {
+    for (Entry& entry : topic.entries) {
+      entry.removed = true;
+      needsSweep_ = true;
+    }
+  }
+  sweep();
+}
+
 std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
   const std::scoped_lock lock(mutex_);
   std::ptrdiff_t count = 0;

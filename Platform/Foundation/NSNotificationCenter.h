@@ -41,6 +41,9 @@ class VEL_EXPORT NSNotificationCenter {
   /// not reach it any more.
   void removeObserver(const NSObject* observer);
 
+  /// Ends every registration. A post in progress reaches no further observer.
+  void removeAllObservers();
+
   /// How many registrations of `observer` stand.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 

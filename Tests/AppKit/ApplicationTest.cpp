@@ -71,6 +71,7 @@ class ApplicationTest : public StageTest {
     auto made = std::make_unique<ScriptedDisplay>();
     ScriptedDisplay& display = *made;
     NSApplication::start(std::move(made));
+    listenAgain();
     return display;
   }
   static std::optional<AdoptedWindow> gameWindow() {

@@ -134,6 +134,9 @@ class StageTest : public VirtualTest {
   /// The windows on screen, front to back.
   static Story order();
 
+  /// Observes the notifications of an application that the test has started itself.
+  void listenAgain() { listener_->listen(); }
+
   Stage stage;
 
  private:

@@ -4,12 +4,10 @@
 #include <utility>
 
 #include "HostInterfaces/DictionaryRequest.h"
-#include "LaunchScreen/View/macOS/EmbeddedCover.h"
-#include "Platform/Foundation/Message.h"
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSNumber.h"
 #include "Platform/Foundation/NSProcessInfo.h"
-#include "Platform/Foundation/ReleasePool.h"
 
 namespace vel::test {
 
@@ -32,10 +30,7 @@ VirtualPlatform::VirtualPlatform() {
 
 VirtualPlatform::~VirtualPlatform() {
   setPlatformObserver(nullptr);
-  NSApplication::stop();
-  send(embedded_cover::selfController, &LaunchScreenViewController::deactivate);
-  embedded_cover::release();
-  ReleasePool::current().drainTo(0);
+  shutDown();
   sDefaultConfiguration = nullptr;
   NSProcessInfo::setOperatingSystemVersion(kCurrentSystem);
   MetricsCenter::setSink(nullptr);

@@ -4,10 +4,8 @@
 #include <utility>
 
 #include "LaunchScreen/LaunchScreen.h"
-#include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSApplication.h"
-#include "Platform/Foundation/Message.h"
-#include "Platform/Foundation/ReleasePool.h"
+#include "Platform/AppKit/Shutdown.h"
 
 namespace vel::host {
 
@@ -21,10 +19,7 @@ HeadlessPlatform::HeadlessPlatform(NSOperatingSystemVersion version)
 }
 
 HeadlessPlatform::~HeadlessPlatform() {
-  NSApplication::stop();
-  send(embedded_cover::selfController, &LaunchScreenViewController::deactivate);
-  embedded_cover::release();
-  ReleasePool::current().drainTo(0);
+  shutDown();
   sDefaultConfiguration = nullptr;
   NSProcessInfo::setOperatingSystemVersion(formerVersion_);
 }

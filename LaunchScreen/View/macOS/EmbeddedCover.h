@@ -17,7 +17,7 @@ extern Strong<NSView> superView;
 extern Strong<NSView> selfView;
 extern Strong<LaunchScreenViewController> selfController;
 
-/// Releases all three without notifying a delegate. Used when the application ends.
+/// Sets all three to null without notifying a delegate.
 void release();
 
 }  // namespace embedded_cover

@@ -5,6 +5,7 @@
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSProcessInfo.h"
@@ -31,6 +32,16 @@ void release() {
   superView = nullptr;
   selfController = nullptr;
 }
+
+namespace {
+
+// A controller and the content that it notifies own each other until one of them is deactivated.
+const ShutdownStep endCover([] {
+  send(selfController, &LaunchScreenViewController::deactivate);
+  release();
+});
+
+}  // namespace
 
 }  // namespace embedded_cover
 

@@ -1,5 +1,6 @@
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
 
+#include "Platform/AppKit/Shutdown.h"
 #include "Platform/Foundation/Message.h"
 #include "Tests/Support/VirtualPlatform.h"
 
@@ -24,7 +25,7 @@ void X11HostTest::SetUp() {
 X11HostTest::~X11HostTest() {
   send(launchScreen, &LaunchScreenManager::deactivate);
   player = nullptr;
-  NSApplication::stop();
+  shutDown();
   MetricsCenter::setSink(nullptr);
   sDefaultConfiguration = nullptr;
 }

@@ -1,0 +1,38 @@
+#include "Platform/AppKit/Shutdown.h"
+
+#include <utility>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Foundation/ReleasePool.h"
+
+namespace vel {
+
+namespace {
+
+constinit const ShutdownStep* firstShutdownStep = nullptr;
+
+void removeScheduledWork() {
+  NSRunLoop::mainRunLoop().invalidateTimers();
+  dispatch_get_main_queue().removeAll();
+}
+
+}  // namespace
+
+ShutdownStep::ShutdownStep(void (*run)()) noexcept
+    : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
+
+void shutDown() {
+  removeScheduledWork();
+  send(NSApp, &NSApplication::end);
+  for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {
+    step->run_();
+  }
+  NSNotificationCenter::defaultCenter().removeAllObservers();
+  removeScheduledWork();
+  ReleasePool::current().drainTo(0);
+}
+
+}  // namespace vel

@@ -1,0 +1,63 @@
+// A launch screen after the application has been stopped and started again.
+#include <memory>
+
+#include "Platform/AppKit/Shutdown.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Support/CoverFixture.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace vel::test {
+namespace {
+
+class RestartTest : public LaunchScreenTest {
+ protected:
+  // Starts a launch screen that tracks its embedded cover, and stops the application under it.
+  Weak<LaunchScreenViewController> stopUnderTrackedCover() {
+    load(1);
+    present(openPlayerWindow(), kHostModeEmbedded);
+    const Weak<LaunchScreenViewController> cover = controller();
+    EXPECT_FALSE(tracksNothing());
+    NSApplication::stop();
+    return cover;
+  }
+  void startWithNewManager() {
+    NSApplication::start(std::make_unique<HeadlessWindowSystem>());
+    manager = LaunchScreenManager::init();
+  }
+};
+
+TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
+  const auto cover = stopUnderTrackedCover();
+  EXPECT_TRUE(tracksNothing());
+  manager = nullptr;
+  EXPECT_TRUE(cover.expired());
+}
+
+TEST_F(RestartTest, ALaunchScreenUnderAParentEndsAsIfItWereTheFirst) {
+  stopUnderTrackedCover();
+  startWithNewManager();
+  const auto window = openPlayerWindowWithContentViewController();
+  load(1);
+  present(window, kHostModeEmbedded);
+  const auto cover = controller();
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  platform.run(1.5);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_FALSE(cover->isShown());
+}
+
+TEST_F(RestartTest, ATrackedLaunchScreenEndsAsIfItWereTheFirst) {
+  stopUnderTrackedCover();
+  platform.events.clear();
+  startWithNewManager();
+  const auto window = openPlayerWindow();
+  load(1);
+  present(window, kHostModeEmbedded);
+  platform.run(5);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
+  EXPECT_TRUE(tracksNothing());
+  EXPECT_EQ(platform.events.size(), 1u);
+}
+
+}  // namespace
+}  // namespace vel::test
