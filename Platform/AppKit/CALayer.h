@@ -10,7 +10,7 @@ namespace vel {
 
 class NSView;
 
-/// What a layer-backed view draws itself with. The view owns it.
+/// The background of a layer-backed view. The view owns the layer.
 class VEL_EXPORT CALayer final : public Class<CALayer, "CALayer"> {
  public:
   explicit CALayer(Weak<NSView> view) : view_(std::move(view)) {}

@@ -13,11 +13,11 @@ namespace vel {
 
 namespace {
 
-/// A window that somebody else opened; its class name is what that somebody gave it.
+/// An adopted window. Its class name is the one that its owner gave it.
 class AdoptedHostWindow final : public Class<AdoptedHostWindow, "NSWindow", NSWindow> {
  public:
-  explicit AdoptedHostWindow(const AdoptedWindow& found)
-      : Class(found.frame, found.styleMask), name_(found.className) {}
+  explicit AdoptedHostWindow(const AdoptedWindow& adopted)
+      : Class(adopted.frame, adopted.styleMask), name_(adopted.className) {}
 
   [[nodiscard]] std::string_view className() const override { return name_; }
 
@@ -31,12 +31,12 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
 
 }  // namespace
 
-// Never destroyed: windows that outlive everything ask for it when they die.
+// Never destroyed: the destructors of static windows read it.
 Strong<NSApplication>& NSApp = *new Strong<NSApplication>();
 
 Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowSystem) {
   stop();
-  dispatch_get_main_queue();  // made here, before another thread can be the first to ask for it
+  dispatch_get_main_queue();  // must be created on the main thread
   NSApp = make<NSApplication>(std::move(windowSystem));
   return NSApp;
 }
@@ -53,7 +53,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.watch(windowSystem_->waitHandle());  // first, since it may throw
   loop.setWindowSystemSource(this);
-  modalRunsChanged();
+  applyModalRuns();
 }
 
 void NSApplication::end() {
@@ -91,23 +91,23 @@ Strong<NSWindow> NSApplication::frontWindow() const {
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string& error) {
-  const std::optional<AdoptedWindow> found = port()->adoptWindow(nativeId, error);
-  if (!found) {
+  const std::optional<AdoptedWindow> adopted = port()->adoptWindow(nativeId, error);
+  if (!adopted) {
     return nullptr;
   }
-  Strong<NSWindow> window = NSWindow::initAs<AdoptedHostWindow>(*found);
-  window->title_ = found->title;
-  window->handle_ = found->handle;
-  windows_[found->handle] = window.get();
+  Strong<NSWindow> window = NSWindow::initAs<AdoptedHostWindow>(*adopted);
+  window->title_ = adopted->title;
+  window->handle_ = adopted->handle;
+  windows_[adopted->handle] = window.get();
   window->open_ = true;
-  window->onScreen_ = found->onScreen;
-  window->miniaturized_ = !found->onScreen;
+  window->onScreen_ = adopted->onScreen;
+  window->miniaturized_ = !adopted->onScreen;
   open_.push_back(window);
-  if (found->onScreen) {
-    enteredScreen(window);
+  if (adopted->onScreen) {
+    addToScreen(window);
   }
-  if (found->hasFocus) {
-    focusMoved(found->handle);
+  if (adopted->hasFocus) {
+    focusMoved(adopted->handle);
   }
   return window;
 }
@@ -120,7 +120,7 @@ void NSApplication::focusMoved(WindowHandle window) {
     return;
   }
   resignKey();
-  // A handler may have made a window key (its wish stands) or closed the one we were to take.
+  // An observer may have made another window key, which has priority, or closed `next`.
   if (keyWindow_ == nullptr && next != nullptr && next->isOnScreen()) {
     becomeKey(next);
   }
@@ -139,8 +139,8 @@ void NSApplication::resignKey() {
 void NSApplication::becomeKey(const Strong<NSWindow>& window) {
   keyWindow_ = window;
   std::erase_if(keyHistory_, [&window](const Weak<NSWindow>& entry) {
-    const Strong<NSWindow> former = entry.lock();
-    return former == nullptr || former == window;
+    const Strong<NSWindow> earlier = entry.lock();
+    return earlier == nullptr || earlier == window;
   });
   keyHistory_.push_back(window);
   if (window->kind_ == WindowKind::Plain) {
@@ -151,7 +151,7 @@ void NSApplication::becomeKey(const Strong<NSWindow>& window) {
   post(NSWindowDidBecomeKeyNotification, window);
 }
 
-void NSApplication::passKeyOn(const Strong<NSWindow>& window) {
+void NSApplication::passOnKey(const Strong<NSWindow>& window) {
   if (keyWindow_ != window) {
     return;
   }
@@ -161,20 +161,21 @@ void NSApplication::passKeyOn(const Strong<NSWindow>& window) {
   }
   Strong<NSWindow> next = ordered_.empty() ? nullptr : ordered_.front();
   for (const Weak<NSWindow>& entry : keyHistory_) {
-    if (const Strong<NSWindow> former = entry.lock(); former != nullptr && former->isOnScreen()) {
-      next = former;
+    if (const Strong<NSWindow> earlier = entry.lock();
+        earlier != nullptr && earlier->isOnScreen()) {
+      next = earlier;
     }
   }
   send(next, &NSWindow::makeKeyWindow);
 }
 
-void NSApplication::enteredScreen(const Strong<NSWindow>& window) {
+void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(ordered_, window);
   ordered_.insert(ordered_.begin(), window);
-  modalRunsChanged();
+  applyModalRuns();
 }
 
-void NSApplication::leftScreen(const Strong<NSWindow>& window) {
+void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
   std::erase(ordered_, window);
   if (mainWindow_.lock() == window) {
     mainWindow_.reset();
@@ -210,7 +211,7 @@ Strong<NSWindow> NSApplication::modalWindow() const {
 
 std::uint64_t NSApplication::addModalRun(const Strong<NSWindow>& window) {
   modalRuns_.push_back({++modalRunsBegun_, window});
-  modalRunsChanged();
+  applyModalRuns();
   return modalRunsBegun_;
 }
 
@@ -218,15 +219,15 @@ void NSApplication::beginModalRun(const Strong<NSWindow>& window) { addModalRun(
 
 void NSApplication::stopModal() {
   if (!modalRuns_.empty()) {
-    const ModalRun ended = modalRuns_.back();
+    const ModalRun kept = modalRuns_.back();  // its window outlives the removal
     modalRuns_.pop_back();
-    modalRunsChanged();
+    applyModalRuns();
   }
 }
 
 void NSApplication::endModalRuns(const NSWindow* window) {
   std::erase_if(modalRuns_, [window](const ModalRun& run) { return run.window.get() == window; });
-  modalRunsChanged();
+  applyModalRuns();
 }
 
 void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
@@ -247,16 +248,16 @@ void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
 
 void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
   mode_ = mode;
-  modalRunsChanged();
+  applyModalRuns();
 }
 
-void NSApplication::modalRunsChanged() {
+void NSApplication::applyModalRuns() {
   const bool modal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(modal ? NSModalPanelRunLoopMode : mode_);
   port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
-// What the window system reports about windows
+// Reports of the window system about windows
 
 void NSApplication::closeRequested(WindowHandle handle) {
   const Strong<NSWindow> window = windowFor(handle);
@@ -272,9 +273,9 @@ void NSApplication::closeRequested(WindowHandle handle) {
 }
 
 void NSApplication::windowDestroyed(WindowHandle window) {
-  const Strong<NSWindow> gone = windowFor(window);
+  const Strong<NSWindow> destroyed = windowFor(window);
   windows_.erase(window);
-  send(gone, &NSWindow::vanished);
+  send(destroyed, &NSWindow::windowDestroyed);
 }
 
 void NSApplication::frameChanged(WindowHandle window, CGRect frame) {
@@ -291,7 +292,7 @@ void NSApplication::styleMaskChanged(WindowHandle window, NSWindowStyleMask styl
   }
 }
 
-// The windows named take the places that they have among all, in their new order.
+// The named windows exchange their places. All other windows keep theirs.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
   NSArray<NSWindow> named;
   for (const WindowHandle handle : windows) {

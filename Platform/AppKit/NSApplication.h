@@ -19,15 +19,14 @@ inline constexpr NSNotificationName NSApplicationWillResignActiveNotification =
 inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
-/// The application: its windows on one window system, which of them is key, and what is run
-/// modally. All decisions about windows are taken here; the window system only carries them out.
-/// Main thread.
+/// The application: its windows on one window system, the key window and the modal runs. This class
+/// makes all decisions about windows; the window system only carries them out. Main thread.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
  public:
-  /// Makes the application, on `windowSystem`, and sets NSApp. The main run loop serves it from now
-  /// on.
+  /// Stops the current application, if any. Makes a new one on `windowSystem`, sets NSApp and makes
+  /// the main run loop serve it.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
   /// Ends the application and everything else that the process shares: see `shutDown`. Afterwards
   /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. Must
@@ -38,46 +37,48 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   [[nodiscard]] WindowSystem& windowSystem() { return *windowSystem_; }
 
-  /// The window that the keyboard goes to; none while the user is elsewhere.
+  /// The window with the keyboard focus; null while the user works in another application.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// The last window to have become key that is neither a sheet nor a modal presentation's window;
-  /// none once that window has left the screen.
+  /// The last plain window that became key; null after that window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return ordered_; }
-  /// The main window, else the key one, else the one in front, else none: what a dialog belongs to.
+  /// The window that a dialog belongs to: the main window, else the key window, else the frontmost
+  /// window, else null.
   [[nodiscard]] Strong<NSWindow> frontWindow() const;
   [[nodiscard]] bool isActive() const { return active_; }
 
-  /// Takes part in a window that somebody else has opened. Its class name is the window's own; it
-  /// is open as long as it exists; while it is not on the screen, by whatever means, it counts as
-  /// miniaturised. None, with the reason in `error`, where that fails.
+  /// Adopts another program's window. Its class name is the one that its owner gave it. It is open
+  /// as long as it exists, and counts as miniaturised while it is not on screen. On failure, sets
+  /// `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
 
-  /// The window of the newest modal run; none while there is none.
+  /// The window of the newest modal run; null without a modal run.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;
-  /// Starts a modal run of `window` and returns. While one is on, the run loop runs in the
+  /// Begins a modal run of `window` and returns. During a modal run the run loop runs in the
   /// modal-panel mode.
   void beginModalRun(const Strong<NSWindow>& window);
-  /// Ends the newest modal run; nothing when there is none.
+  /// Ends the newest modal run, if any.
   void stopModal();
-  /// For hosts' own dialogs: opens the window, key, and runs the loop in the modal-panel mode until
-  /// this modal run has been ended, by `stopModal` or because the window was closed.
+  /// Shows a host's own dialog: opens the window, makes it key and begins a modal run. Runs the
+  /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal run.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// The mode the loop runs in while nothing is modal. Event tracking stays, also during a modal
+  /// Sets the run loop's mode outside modal runs. The event-tracking mode also stays during a modal
   /// run.
   void setRunLoopMode(NSRunLoopMode mode);
 
-  /// Called when the window manager keeps offering controls (the second argument) that a window's
-  /// style mask takes away, after each change of style; with Borderless when it honours the mask.
+  /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument has the controls
+  /// that the window manager still offers; Borderless (0) means that it honours the style mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
-  /// Called once when the display's connection is lost, after its windows have been closed.
+  /// Sets the handler that is called once when the connection to the display is lost, after all
+  /// windows have closed. The argument is the reason.
   void setDisplayLostHandler(std::function<void(std::string_view)> handler) {
     displayLostHandler_ = std::move(handler);
   }
-  /// Called when the user asks to close a window that has a close control, instead of closing it.
+  /// Sets the handler that is called, instead of closing the window, when the user asks to close a
+  /// window that has a close control.
   void setCloseRequestedHandler(std::function<void(NSWindow&)> handler) {
     closeRequestedHandler_ = std::move(handler);
   }
@@ -121,18 +122,19 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
+  // Closes all windows, leaves the window system and the run loop, and sets NSApp to null.
   void end();
   [[nodiscard]] PortAccess port() { return PortAccess(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
-  // The key window has left the screen.
-  void passKeyOn(const Strong<NSWindow>& window);
+  // Makes another window key if `window` was key and has left the screen.
+  void passOnKey(const Strong<NSWindow>& window);
   std::uint64_t addModalRun(const Strong<NSWindow>& window);
   void endModalRuns(const NSWindow* window);
-  void modalRunsChanged();
-  void enteredScreen(const Strong<NSWindow>& window);
-  void leftScreen(const Strong<NSWindow>& window);
+  void applyModalRuns();
+  void addToScreen(const Strong<NSWindow>& window);
+  void removeFromScreen(const Strong<NSWindow>& window);
 
   std::unique_ptr<WindowSystem> windowSystem_;
   std::map<WindowHandle, NSWindow*> windows_;
@@ -151,7 +153,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   std::function<void(NSWindow&)> closeRequestedHandler_;
 };
 
-/// The application; none before `start` and after `stop`.
+/// The application; null before `start` and after `stop`.
 VEL_EXPORT extern Strong<NSApplication>& NSApp;
 
 }  // namespace vel

@@ -6,7 +6,7 @@
 
 namespace vel {
 
-/// A colour object.
+/// A colour.
 class VEL_EXPORT NSColor final : public Class<NSColor, "NSColor"> {
  public:
   explicit NSColor(vel::CGColor color) : color_(color) {}
@@ -15,7 +15,7 @@ class VEL_EXPORT NSColor final : public Class<NSColor, "NSColor"> {
     return make<NSColor>(vel::CGColor{.red = 1, .green = 1, .blue = 1, .alpha = 1});
   }
 
-  /// The colour as layers take it.
+  /// The value that `CALayer::setBackgroundColor` takes.
   [[nodiscard]] vel::CGColor CGColor() const { return color_; }
 
  private:

@@ -1,4 +1,4 @@
-// Anchors and constraints: placing a view by its relation to another.
+// Anchors and constraints, which place a view relative to another view.
 #pragma once
 
 #include <cstdint>
@@ -14,9 +14,9 @@ class NSView;
 enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
-/// A required relation between an attribute of a view and that of another view, or a constant. Four
-/// kinds can be made, by the anchors: a centre equal to another's on either axis, and a size equal
-/// to or at least a constant. Active ones belong to the superview of their first view.
+/// A required relation between an attribute of a view and the same attribute of another view, or a
+/// constant. Anchors make them: a centre equal to another centre on one axis, or a length that is
+/// equal to or at least a constant. The superview of the first view owns active constraints.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& first, NSLayoutAttribute attribute,
@@ -27,14 +27,14 @@ class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NS
         second_(second),
         constant_(constant) {}
 
-  /// Puts the constraints to work, in this order, and lays out. One whose first view has no
-  /// superview is ignored.
+  /// Activates the constraints in this order and lays out. Ignores a constraint whose first view
+  /// has no superview.
   static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
 
   [[nodiscard]] Strong<NSView> firstItem() const { return first_.lock(); }
   [[nodiscard]] NSLayoutAttribute attribute() const { return attribute_; }
   [[nodiscard]] NSLayoutRelation relation() const { return relation_; }
-  /// None for a constraint to a constant.
+  /// Null for a constraint to a constant.
   [[nodiscard]] Strong<NSView> secondItem() const { return second_.lock(); }
   /// In points.
   [[nodiscard]] double constant() const { return constant_; }

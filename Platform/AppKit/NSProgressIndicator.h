@@ -13,7 +13,7 @@ enum class NSProgressIndicatorStyle : std::uint8_t { Bar = 0, Spinning = 1 };
 inline constexpr auto NSProgressIndicatorStyleBar = NSProgressIndicatorStyle::Bar;
 inline constexpr auto NSProgressIndicatorStyleSpinning = NSProgressIndicatorStyle::Spinning;
 
-/// Shows that something is going on. Main thread.
+/// Shows that an operation is in progress. Main thread.
 class VEL_EXPORT NSProgressIndicator final
     : public Class<NSProgressIndicator, "NSProgressIndicator", NSView> {
  public:
@@ -26,12 +26,12 @@ class VEL_EXPORT NSProgressIndicator final
   [[nodiscard]] NSProgressIndicatorStyle style() const { return style_; }
   void setStyle(NSProgressIndicatorStyle style);
 
-  /// The indicator's own appearance; none where it inherits one.
+  /// The indicator's own appearance; null if it inherits one.
   [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
   void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
 
   [[nodiscard]] bool isAnimating() const { return animating_; }
-  /// `sender` is not looked at and may be none.
+  /// `sender` is ignored and may be null.
   void startAnimation(const Strong<NSObject>& sender);
   void stopAnimation(const Strong<NSObject>& sender);
 

@@ -12,21 +12,20 @@ namespace vel {
 
 namespace {
 
-// One axis of autoresizing: the change of the superview's size is spread evenly over the parts that
-// give.
+// One axis of autoresizing. The flexible parts share the change of the superview's size equally.
 struct Axis {
-  bool minMargin;
-  bool size;
-  bool maxMargin;
+  bool hasFlexibleMinMargin;
+  bool hasFlexibleSize;
+  bool hasFlexibleMaxMargin;
 
   void apply(double change, double& origin, double& length) const {
-    const int parts = int{minMargin} + int{size} + int{maxMargin};
+    const int parts = int{hasFlexibleMinMargin} + int{hasFlexibleSize} + int{hasFlexibleMaxMargin};
     if (parts == 0) {
       return;
     }
     const double share = change / parts;
-    origin += minMargin ? share : 0;
-    length = std::max(0.0, length + (size ? share : 0));
+    origin += hasFlexibleMinMargin ? share : 0;
+    length = std::max(0.0, length + (hasFlexibleSize ? share : 0));
   }
 };
 
@@ -84,7 +83,7 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   const Strong<NSView> kept = self();
   const Strong<NSWindow> window = this->window();
   if (window == nullptr || view->window() != window) {
-    view->removeFromSuperview();  // disappears where it was
+    view->removeFromSuperview();  // its controllers disappear from their current window
   }
   view->detach();
   const auto beside = std::ranges::find(subviews_, other);
@@ -97,7 +96,7 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   if (window != nullptr && window->isVisible()) {
     Appearance appearance(view);
     {
-      const NSWindow::Unshown unshown(window);
+      const NSWindow::DisplayPause pause(window);
       appearance.willAppear();
     }
     appearance.didAppear();
@@ -115,10 +114,10 @@ void NSView::removeFromSuperview() {
   disappearance.willDisappear();
   const bool moved = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && moved)) {
-    return;  // a step has put the view elsewhere, and it has disappeared here
+    return;  // a step has moved the view, which made its controllers disappear
   }
   if (moved) {
-    return removeFromSuperview();  // with its superview: once more, from where that is now
+    return removeFromSuperview();  // a step has moved the superview to another window
   }
   detach();
   if (window != nullptr) {
@@ -127,7 +126,7 @@ void NSView::removeFromSuperview() {
   disappearance.didDisappear();
 }
 
-// Out of the superview or the window, without a word to anybody.
+// Removes the view from its superview or window and sends no life-cycle step.
 void NSView::detach() {
   if (const Strong<NSView> superview = this->superview()) {
     std::erase_if(superview->constraints_, [this](const Strong<NSLayoutConstraint>& constraint) {
@@ -138,7 +137,7 @@ void NSView::detach() {
   }
   if (const Strong<NSWindow> window = window_.lock()) {
     window_.reset();
-    window->contentViewLeft();
+    window->forgetContentView();
   }
 }
 
@@ -172,8 +171,8 @@ void NSView::resizeSubviews(CGSize oldSize) {
   }
 }
 
-// The size that a view's constraints ask for: an equality decides, else the least size that every
-// bound allows.
+// The last equality constraint sets each length. Without one, the length is the smallest one that
+// satisfies all lower bounds.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {
@@ -189,7 +188,7 @@ CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   return size;
 }
 
-// Sizes first, then places by the centres.
+// Sets the size before the position: the position of a centre depends on the size.
 void NSView::layOutSubviews() {
   for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
     NSArray<NSLayoutConstraint> constraints;

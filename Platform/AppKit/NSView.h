@@ -15,7 +15,7 @@ namespace vel {
 class NSViewController;
 class NSWindow;
 
-/// How a view follows a change of its superview's size: which of its margins and sides give.
+/// The margins and sides of a view that change when its superview is resized.
 using NSAutoresizingMaskOptions = std::uint64_t;
 
 inline constexpr NSAutoresizingMaskOptions NSViewNotSizable = 0;
@@ -30,8 +30,8 @@ enum class NSWindowOrderingMode : std::int8_t { Below = -1, Out = 0, Above = 1 }
 inline constexpr NSWindowOrderingMode NSWindowAbove = NSWindowOrderingMode::Above;
 inline constexpr NSWindowOrderingMode NSWindowBelow = NSWindowOrderingMode::Below;
 
-/// A rectangle in a window, with subviews. Its superview owns it (a window, where it is the content
-/// view). Main thread.
+/// A rectangle in a window, with subviews. Its superview owns it; the window owns the content view.
+/// Main thread.
 class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
  public:
   explicit NSView(CGRect frame = CGRectZero) : frame_(frame) {}
@@ -40,7 +40,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
 
   /// In the superview's coordinates, in points.
   [[nodiscard]] CGRect frame() const { return frame_; }
-  /// Moves and resizes the view; subviews follow by their autoresizing masks and constraints.
+  /// Moves and resizes the view. Autoresizing masks and constraints then place the subviews.
   void setFrame(CGRect frame);
   /// The view's own coordinates: its size at the origin.
   [[nodiscard]] CGRect bounds() const { return {{}, frame_.size}; }
@@ -48,29 +48,29 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] Strong<NSView> superview() const { return superview_.lock(); }
   /// Back to front.
   [[nodiscard]] const NSArray<NSView>& subviews() const { return subviews_; }
-  /// The window that the view is in; none outside of any.
+  /// The window that contains the view, or null.
   [[nodiscard]] Strong<NSWindow> window() const;
 
-  /// Adds `view` in front of the other subviews, taking it from its superview first. Where that
-  /// puts it in an open window, its controllers appear. None, the view itself and a view that
-  /// contains this one are refused silently.
+  /// Adds `view` in front of the other subviews. Removes it from its current superview first. If
+  /// this view is in an open window, the controllers of `view` appear. Ignores null, this view
+  /// itself and a view that contains this view.
   void addSubview(const Strong<NSView>& view);
-  /// The same, directly above or below `other`. Where that is no subview of this view: in front of
-  /// all of them, or behind.
+  /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds it
+  /// in front of all subviews or behind them.
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode place,
                                       const Strong<NSView>& other);
-  /// Takes the view from its superview, or from the window whose content view it is; its
-  /// controllers disappear. Does nothing outside of both.
+  /// Removes the view from its superview, or from the window whose content view it is. The view's
+  /// controllers disappear. Does nothing if the view has neither.
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }
   void setWantsLayer(bool wants);
-  /// None for a view without one.
+  /// Null if the view has no layer.
   [[nodiscard]] Strong<CALayer> layer() const { return layer_; }
 
   [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const { return autoresizingMask_; }
   void setAutoresizingMask(NSAutoresizingMaskOptions mask) { autoresizingMask_ = mask; }
-  /// Whether the autoresizing mask places the view (yes at first), or constraints alone do.
+  /// True (the default) if the autoresizing mask places the view; false if only constraints do.
   [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const { return translates_; }
   void setTranslatesAutoresizingMaskIntoConstraints(bool translates) { translates_ = translates; }
 
@@ -81,17 +81,18 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   /// The active constraints that place subviews of this view.
   [[nodiscard]] const NSArray<NSLayoutConstraint>& constraints() const { return constraints_; }
 
-  /// The controller whose view this is, or none.
+  /// The controller of this view, or null.
   [[nodiscard]] Strong<NSViewController> viewController() const { return viewController_.lock(); }
 
-  /// Tells the window that what the view shows has changed.
+  /// Makes the window draw its views again.
   void setNeedsDisplay() const;
-  /// Adds what the view and its subviews show; `origin` is where the view's superview lies in the
-  /// window.
+  /// Adds the contents of the view and its subviews to `scene`. `origin` is the position of the
+  /// view's superview in the window.
   void addToScene(Scene& scene, CGPoint origin) const;
 
  protected:
-  /// What the view itself shows besides its layer's background, in a rectangle of the window.
+  /// Adds the view's contents other than the background of its layer. `rectangle` is in the
+  /// window's coordinates.
   virtual void addOwnContents(Scene& /*scene*/, CGRect /*rectangle*/) const {}
 
  private:

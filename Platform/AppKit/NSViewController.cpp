@@ -48,12 +48,12 @@ void NSViewController::setView(Strong<NSView> view) {
 
 void NSViewController::loadView() { setView(NSView::initWithFrame(CGRectZero)); }
 
-void NSViewController::viewWillAppear() { stepRuns(LifeCycleStep::WillAppear); }
-void NSViewController::viewDidAppear() { stepRuns(LifeCycleStep::DidAppear); }
-void NSViewController::viewWillDisappear() { stepRuns(LifeCycleStep::WillDisappear); }
-void NSViewController::viewDidDisappear() { stepRuns(LifeCycleStep::DidDisappear); }
+void NSViewController::viewWillAppear() { recordStep(LifeCycleStep::WillAppear); }
+void NSViewController::viewDidAppear() { recordStep(LifeCycleStep::DidAppear); }
+void NSViewController::viewWillDisappear() { recordStep(LifeCycleStep::WillDisappear); }
+void NSViewController::viewDidDisappear() { recordStep(LifeCycleStep::DidDisappear); }
 
-void NSViewController::stepRuns(LifeCycleStep step) {
+void NSViewController::recordStep(LifeCycleStep step) {
   stepsRun_.set(static_cast<std::size_t>(step));
   observePlatform([&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
 }
@@ -68,7 +68,7 @@ void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showing) {
   if (!shown_ || showing != showing_) {
     return;
   }
-  // The showing is over before the last step is sent, so that it may begin another.
+  // The showing ends before the last step is sent: the step may begin another showing.
   shown_ = step != LifeCycleStep::DidDisappear;
   if (stepsRun_.test(static_cast<std::size_t>(step))) {
     return;
@@ -142,7 +142,7 @@ void NSViewController::presentIn(const Strong<NSWindow>& window,
   }
 }
 
-void NSViewController::presentationEnded() {
+void NSViewController::endPresentation() {
   presentationWindow_.reset();
   if (const Strong<NSViewController> presenting = presenting_.lock()) {
     presenting_.reset();

@@ -15,30 +15,30 @@ namespace vel {
 class NSView;
 class NSWindow;
 
-/// Runs a view: makes it when first asked, follows it on and off the screen, has child controllers,
-/// and can be presented as a modal window or as a sheet. Main thread.
+/// Controls a view: creates it on first use and receives its life-cycle steps. A controller can
+/// have child controllers, and can be presented as a modal window or as a sheet. Main thread.
 ///
-/// A controller is shown while its view is in an open window. What brings that about sends
-/// `viewWillAppear` and `viewDidAppear`; what ends it, `viewWillDisappear` and `viewDidDisappear`,
-/// each at most once per showing. A subclass that overrides a step runs the base class's first:
-/// that is the one that counts.
+/// A controller is shown while its view is in an open window. A showing begins with
+/// `viewWillAppear` and `viewDidAppear`. It ends with `viewWillDisappear` and `viewDidDisappear`.
+/// Each step runs at most once per showing. A subclass that overrides a step must call the base
+/// class's step first: the base class records that the step has run.
 class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewController"> {
  public:
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
   ~NSViewController() override;
 
-  /// A plain controller. Off macOS there are no interface files, so it never has a name of one.
+  /// A plain controller. Ignores `nibName`: this platform has no interface files.
   static Strong<NSViewController> initWithNibNameBundle(std::string_view nibName,
                                                         Strong<NSBundle> bundle);
 
   [[nodiscard]] Strong<NSBundle> nibBundle() const { return bundle_; }
 
-  /// The view, made by `loadView` when there is none yet.
+  /// The view. The first call creates it with `loadView`.
   [[nodiscard]] Strong<NSView> view();
   void setView(Strong<NSView> view);
   [[nodiscard]] bool isViewLoaded() const { return view_ != nullptr; }
 
-  /// Makes the view: a plain, empty one.
+  /// Creates a plain, empty view.
   virtual void loadView();
   virtual void viewDidLoad() {}
   virtual void viewWillAppear();
@@ -46,33 +46,33 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   virtual void viewWillDisappear();
   virtual void viewDidDisappear();
 
-  /// Adds a child, taking it from its former parent. A child already, none, or the controller
-  /// itself: nothing changes. Its view is placed by whoever adds it.
+  /// Adds a child and removes it from its previous parent. Ignores null, this controller itself and
+  /// a child of this controller. The caller places the child's view.
   void addChildViewController(const Strong<NSViewController>& child);
   void removeFromParentViewController();
   [[nodiscard]] NSArray<NSViewController> childViewControllers() const { return children_; }
   [[nodiscard]] Strong<NSViewController> parentViewController() const { return parent_.lock(); }
 
-  /// Shows `controller` in a window of its own, run modally, and returns at once. A controller that
-  /// is presented already is left alone. A controller may present itself.
+  /// Shows `controller` in its own window, begins a modal run of that window and returns at once.
+  /// Does nothing if `controller` is already presented. A controller may present itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
-  /// Shows `controller` in a sheet of the window that shows this controller's view; where there is
-  /// no such window, nothing happens.
+  /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
+  /// if there is no such window or if `controller` is already presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
-  /// Takes down the presentation of `controller`, whoever presents it; one that is not presented is
-  /// left alone.
+  /// Ends the presentation of `controller`, even if another controller presents it. Does nothing if
+  /// it is not presented.
   virtual void dismissViewController(const Strong<NSViewController>& controller);
 
-  /// Those that this controller presents, itself left out, in the order of presentation.
+  /// The controllers that this controller presents, except itself, in the order of presentation.
   [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const { return presented_; }
-  /// Who presents this controller (itself, where it was asked to present itself); none otherwise.
+  /// The controller that presents this one, which may be this one itself. Null if not presented.
   [[nodiscard]] Strong<NSViewController> presentingViewController() const {
     return presenting_.lock();
   }
 
-  /// Whether a showing is under way.
+  /// True during a showing.
   [[nodiscard]] bool isShown() const { return shown_; }
-  /// Whether the step has run in this showing, or the last one.
+  /// True if the step has run in the current showing or, if there is none, in the last one.
   [[nodiscard]] bool hasRun(LifeCycleStep step) const {
     return stepsRun_.test(static_cast<std::size_t>(step));
   }
@@ -82,14 +82,14 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   friend class Disappearance;
   friend class NSWindow;
 
-  // Answers the showing's number.
+  // Returns the number of the showing.
   std::uint64_t beginShowing();
-  // Sends the step unless it has run in that showing, or the showing is over.
+  // Sends the step unless the step has already run in that showing or the showing has ended.
   void sendStep(LifeCycleStep step, std::uint64_t showing);
-  void stepRuns(LifeCycleStep step);
-  // The links of a presentation in `window`, set and cut.
+  void recordStep(LifeCycleStep step);
+  // Set and cut the links between the presenting and the presented controller.
   void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
-  void presentationEnded();
+  void endPresentation();
 
   Strong<NSBundle> bundle_;
   Strong<NSView> view_;

@@ -15,7 +15,7 @@ namespace vel {
 
 namespace {
 
-// A modal window lies over the middle of its owner, a sheet hangs below its title bar.
+// A modal window is centred over its owner. A sheet is below the title bar of its owner.
 CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
   const double x = owner.origin.x + (owner.size.width - size.width) / 2;
   const double slack = owner.size.height - size.height;
@@ -69,20 +69,20 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
   }
   Disappearance disappearance(contentView_);
   disappearance.willDisappear();
-  std::optional<Unshown> unshown(kept);
+  std::optional<DisplayPause> displayPause(kept);
   replaceContentView(view);
   disappearance.didDisappear();
   if (open_) {
     Appearance appearance(view);
     appearance.willAppear();
-    unshown.reset();
+    displayPause.reset();
     appearance.didAppear();
   }
 }
 
 void NSWindow::setContentViewController(const Strong<NSViewController>& controller) {
-  // The former one, which perhaps only this window keeps, still has to disappear.
-  const Strong<NSViewController> former = std::exchange(contentViewController_, controller);
+  // Keeps the previous controller alive until it has disappeared.
+  const Strong<NSViewController> previous = std::exchange(contentViewController_, controller);
   setContentView(controller != nullptr ? controller->view() : NSView::initWithFrame(CGRectZero));
 }
 
@@ -150,7 +150,7 @@ void NSWindow::realize() {
                                          .kind = kind_,
                                          .owner = send(owner, &NSWindow::handle),
                                          .movableByBackground = movableByWindowBackground_});
-  if (handle_ != WindowHandle::None) {  // a display that has gone makes no windows
+  if (handle_ != WindowHandle::None) {  // a lost display creates no window
     NSApp->windows_[handle_] = this;
   }
 }
@@ -176,7 +176,7 @@ void NSWindow::open(bool key) {
   }
   realize();
   onScreen_ = true;
-  NSApp->enteredScreen(kept);
+  NSApp->addToScreen(kept);
   NSApp->port()->orderFront(handle_);
   setNeedsDisplay();
   if (opens) {
@@ -209,20 +209,20 @@ void NSWindow::close() {
   scene_.clear();
   const Strong<NSApplication> app = NSApp;
   if (app != nullptr) {
-    app->leftScreen(kept);
+    app->removeFromScreen(kept);
     std::erase(app->open_, kept);
     app->port()->orderOut(handle_);
     app->endModalRuns(this);
   }
-  presentationEnded();
+  endPresentation();
   observePlatform([this](PlatformObserver& observer) { observer.windowClosed(*this); });
   disappearance.didDisappear();
   if (app != nullptr) {
-    app->passKeyOn(kept);
+    app->passOnKey(kept);
   }
 }
 
-void NSWindow::presentationEnded() {
+void NSWindow::endPresentation() {
   if (kind_ == WindowKind::Plain) {
     return;
   }
@@ -230,10 +230,10 @@ void NSWindow::presentationEnded() {
     std::erase(host->sheets_, self());
   }
   sheetParent_.reset();
-  // The controller gives its view to whoever presents it next.
+  // The next presentation of the controller puts its view into another window.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
-    controller->presentationEnded();
+    controller->endPresentation();
   }
   replaceContentView(nullptr);
 }
@@ -264,10 +264,10 @@ void NSWindow::miniaturizedChanged(bool miniaturized) {
   miniaturized_ = miniaturized;
   onScreen_ = !miniaturized;
   if (miniaturized) {
-    NSApp->leftScreen(kept);
-    NSApp->passKeyOn(kept);
+    NSApp->removeFromScreen(kept);
+    NSApp->passOnKey(kept);
   } else {
-    NSApp->enteredScreen(kept);
+    NSApp->addToScreen(kept);
     setNeedsDisplay();
   }
   NSNotificationCenter::defaultCenter().postNotificationNameObject(
@@ -275,7 +275,7 @@ void NSWindow::miniaturizedChanged(bool miniaturized) {
       kept);
 }
 
-void NSWindow::vanished() {
+void NSWindow::windowDestroyed() {
   handle_ = WindowHandle::None;
   close();
 }
@@ -296,7 +296,7 @@ bool NSWindow::isModalPanel() const {
 }
 
 void NSWindow::setNeedsDisplay() {
-  if (!onScreen_ || NSApp == nullptr || changesUnshown_ > 0) {
+  if (!onScreen_ || NSApp == nullptr || displayPauses_ > 0) {
     return;
   }
   Scene scene;

@@ -25,18 +25,18 @@ inline constexpr NSNotificationName NSWindowDidMiniaturizeNotification =
 inline constexpr NSNotificationName NSWindowDidDeminiaturizeNotification =
     "NSWindowDidDeminiaturizeNotification";
 
-/// A window. It is open from when it is ordered in until it is closed or ordered out, and on screen
-/// while open and not miniaturised. The application keeps open windows alive. Main thread.
+/// A window. Ordering it in opens it; closing it or ordering it out ends that. An open window is on
+/// screen unless it is miniaturised. The application keeps open windows alive. Main thread.
 class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
  public:
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
   ~NSWindow() override;
 
-  /// A window that is not open yet, with a plain content view.
+  /// Makes a window with a plain content view. The window is not open.
   static Strong<NSWindow> initWithContentRectStyleMask(CGRect frame, NSWindowStyleMask styleMask) {
     return initAs<NSWindow>(frame, styleMask);
   }
-  /// The same, of a subclass.
+  /// Makes a window of a subclass with a plain content view. The window is not open.
   template <class Window, class... Arguments>
   static Strong<Window> initAs(Arguments&&... arguments) {
     auto window = make<Window>(std::forward<Arguments>(arguments)...);
@@ -44,7 +44,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
     return window;
   }
 
-  /// On the screen, in points.
+  /// In screen coordinates, in points.
   [[nodiscard]] CGRect frame() const { return frame_; }
   void setFrame(CGRect frame);
   [[nodiscard]] std::string_view title() const { return title_; }
@@ -52,65 +52,66 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
 
   [[nodiscard]] NSWindowStyleMask styleMask() const { return styleMask_; }
   void setStyleMask(NSWindowStyleMask styleMask);
-  /// Whether dragging the window anywhere moves it. Off at first.
+  /// True if dragging the background moves the window. False by default.
   [[nodiscard]] bool isMovableByWindowBackground() const { return movableByWindowBackground_; }
   void setMovableByWindowBackground(bool movable);
-  /// Whether the window goes when the application is hidden. On at first. Only kept: no window
-  /// system here hides applications.
+  /// True (the default) if the window is hidden with the application. Has no effect: no back end
+  /// hides applications.
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 
-  /// None only where it was taken away.
+  /// Null only after the content view has been removed.
   [[nodiscard]] Strong<NSView> contentView() const { return contentView_; }
   void setContentView(const Strong<NSView>& view);
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
     return contentViewController_;
   }
-  /// Makes the controller's view the content view, at the window's size; none gives a plain content
-  /// view.
+  /// Makes the controller's view the content view and resizes it to the window. Null sets a plain
+  /// content view.
   void setContentViewController(const Strong<NSViewController>& controller);
 
-  /// Ties `child` to this window. It does not open it.
+  /// Makes this window the parent of `child`. Does not open `child`.
   void addChildWindow(const Strong<NSWindow>& child);
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
-  /// Whether a presentation made the window, and how.
+  /// Modal or Sheet if a presentation made the window, else Plain.
   [[nodiscard]] WindowKind kind() const { return kind_; }
-  /// The window that this one is a sheet of; none for any other window.
+  /// The window that this sheet belongs to; null for other windows.
   [[nodiscard]] Strong<NSWindow> sheetParent() const { return sheetParent_.lock(); }
   [[nodiscard]] NSArray<NSWindow> sheets() const { return sheets_; }
 
-  /// Opens the window, in front; an open one comes to the front. Becoming key is another matter.
+  /// Opens the window, or raises it if it is open. Does not make it key.
   void orderFront();
-  /// The same, and becoming key as by `makeKeyWindow`.
+  /// Opens or raises the window and makes it key, as `makeKeyWindow` does.
   void makeKeyAndOrderFront();
-  /// Closes an open window: its sheets first, then its controllers disappear, then key passes on.
-  /// It can be ordered in again; a presentation in it has ended.
+  /// Closes an open window. Its sheets close first, then its controllers disappear, then another
+  /// window becomes key. Ends the presentation of a modal window or sheet. The window can be opened
+  /// again.
   void close();
-  /// The same: off the screen is closed here.
+  /// Closes the window: the platform layer has no other hidden state.
   void orderOut() { close(); }
-  /// Closes the window as its close control would: only where it has one.
+  /// Closes the window if it has a close control.
   void performClose();
   void miniaturize();
   void deminiaturize();
 
-  /// Makes an on-screen window key; it does not change the order. In memory that has happened when
-  /// this returns. On a display it is asked for: the window is key once
-  /// NSWindowDidBecomeKeyNotification has been posted for it, in a later pass of the run loop, and
-  /// not at all where the window manager lets the user stay where he is.
+  /// Makes an on-screen window key without changing the stacking order. On the headless back end
+  /// the window is key when this returns. On a display this requests the focus: the window becomes
+  /// key in a later pass of the run loop, which posts NSWindowDidBecomeKeyNotification. A window
+  /// manager may refuse the request; then the window does not become key.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
-  /// Whether the window is run modally now.
+  /// True during a modal run of the window.
   [[nodiscard]] bool isModalPanel() const;
 
-  /// Whether the window is open.
+  /// True if the window is open.
   [[nodiscard]] bool isVisible() const { return open_; }
   [[nodiscard]] bool isMiniaturized() const { return miniaturized_; }
   [[nodiscard]] bool isOnScreen() const { return onScreen_; }
 
-  /// What the window system calls this window; None while it has none.
+  /// The window system's handle; None if the window system has no such window.
   [[nodiscard]] WindowHandle handle() const { return handle_; }
 
-  /// Shows what has changed in the window's views.
+  /// Draws the window's views again if they have changed.
   void setNeedsDisplay();
 
  private:
@@ -118,15 +119,15 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
-  /// While one is there, what changes in the window is not shown; at its end it is. A view comes on
-  /// screen as its controllers have made it on the way, and not half made.
-  class Unshown : private NonCopyable {
+  /// Delays drawing while it exists and draws when it is destroyed. Without it, a view would be
+  /// visible before its controllers have finished it in `viewWillAppear`.
+  class DisplayPause : private NonCopyable {
    public:
-    explicit Unshown(Strong<NSWindow> window) : window_(std::move(window)) {
-      ++window_->changesUnshown_;
+    explicit DisplayPause(Strong<NSWindow> window) : window_(std::move(window)) {
+      ++window_->displayPauses_;
     }
-    ~Unshown() {
-      --window_->changesUnshown_;
+    ~DisplayPause() {
+      --window_->displayPauses_;
       window_->setNeedsDisplay();
     }
 
@@ -139,14 +140,14 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
                                              NSWindowStyleMask styleMask);
   void makeContentView();
   void replaceContentView(const Strong<NSView>& view);
-  void contentViewLeft() { contentView_ = nullptr; }
+  void forgetContentView() { contentView_ = nullptr; }
   void realize();
   void open(bool key);
-  void presentationEnded();
-  // What the window system reports.
+  void endPresentation();
+  // Reports of the window system.
   void frameChanged(CGRect frame);
   void miniaturizedChanged(bool miniaturized);
-  void vanished();
+  void windowDestroyed();
 
   CGRect frame_;
   NSWindowStyleMask styleMask_;
@@ -161,7 +162,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   Weak<NSWindow> sheetParent_;
   NSArray<NSWindow> sheets_;
   Scene scene_;
-  int changesUnshown_ = 0;  // how many Unshown there are
+  int displayPauses_ = 0;  // the number of DisplayPause objects
   bool movableByWindowBackground_ = false;
   bool canHide_ = true;
   bool open_ = false;

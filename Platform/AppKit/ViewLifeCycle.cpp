@@ -48,10 +48,10 @@ void Appearance::didAppear() {
 }
 
 void Disappearance::willDisappear() {
-  std::size_t told = 0;
-  for (addNew(); told < showings_.size(); addNew()) {
-    for (; told < showings_.size(); ++told) {
-      const Showing& showing = showings_[told];
+  std::size_t next = 0;
+  for (addNew(); next < showings_.size(); addNew()) {
+    for (; next < showings_.size(); ++next) {
+      const Showing& showing = showings_[next];
       showing.controller->sendStep(LifeCycleStep::WillDisappear, showing.number);
     }
   }

@@ -1,4 +1,4 @@
-// How the controllers of a part of a window come on screen and go.
+// Sends life-cycle steps to the controllers of a part of a window.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,19 @@
 
 namespace vel {
 
-/// One showing of a controller, which ends when the view leaves the screen and is not taken for a
-/// later one.
+/// One showing of a controller. It ends when the view leaves the screen. The number distinguishes
+/// it from later showings of the same controller.
 struct Showing {
   Strong<NSViewController> controller;
   std::uint64_t number = 0;
 };
 
-/// The controllers of a view and its subviews coming on screen, outer before inner. Whoever brings
-/// that about makes the change, then asks for the two steps. A controller that a step has taken off
-/// the screen again hears no more.
+/// The appearance of the controllers of a view and its subviews, outer before inner. The caller
+/// changes the view hierarchy first and then sends the two steps. A controller that a step removes
+/// from the screen receives no further step.
 class Appearance {
  public:
-  /// A showing begins for each controller that is not shown yet.
+  /// Begins a showing for each controller that is not shown yet.
   explicit Appearance(const Strong<NSView>& view);
   void willAppear();
   void didAppear();
@@ -30,13 +30,14 @@ class Appearance {
   std::vector<Showing> showings_;
 };
 
-/// The same for going: `willDisappear` while the view is in place, then the change, then
-/// `didDisappear`. Controllers that come on screen in a step of the others go with them.
+/// The disappearance of the controllers of a view and its subviews. The caller sends
+/// `willDisappear` while the view is in place, then changes the view hierarchy, then sends
+/// `didDisappear`. A controller that appears during `willDisappear` disappears too.
 class Disappearance {
  public:
   explicit Disappearance(Strong<NSView> view) : view_(std::move(view)) {}
   void willDisappear();
-  /// The showings end.
+  /// Ends the showings.
   void didDisappear();
 
  private:

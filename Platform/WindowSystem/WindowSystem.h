@@ -1,8 +1,8 @@
 // The port: what a window system does for the platform layer, and what it reports.
 //
-// A back end is mechanism only. It does what it is told and reports what happened; it never calls
-// the library or the host, and it decides nothing about key windows, modality or closing.
-// Everything here belongs to the main thread.
+// A back end contains no policy. It carries out each operation and reports what happened. It never
+// calls the library or the host, and it makes no decision about key windows, modality or closing.
+// All operations and reports run on the main thread.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@
 
 namespace vel {
 
-/// Which controls and decorations a window has, one bit each.
+/// The controls and decorations of a window, one bit each.
 using NSWindowStyleMask = std::uint64_t;
 
 inline constexpr NSWindowStyleMask NSWindowStyleMaskBorderless = 0;
@@ -29,16 +29,16 @@ inline constexpr NSWindowStyleMask NSWindowStyleMaskMiniaturizable = 4;
 inline constexpr NSWindowStyleMask NSWindowStyleMaskResizable = 8;
 inline constexpr NSWindowStyleMask NSWindowStyleMaskDocModalWindow = 64;
 
-/// A back end's name for one of its windows.
+/// The identifier of a window within its back end.
 enum class WindowHandle : std::uint64_t { None = 0 };
 
 enum class WindowKind : std::uint8_t { Plain, Modal, Sheet };
 
-/// What a window is made from.
+/// The initial state of a new window.
 struct WindowDescription {
   std::string className;
   std::string title;
-  /// On the screen, in points; the origin is the lower left corner of the first screen.
+  /// In screen coordinates, in points. The origin is the lower left corner of the first screen.
   CGRect frame;
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
   WindowKind kind = WindowKind::Plain;
@@ -47,126 +47,128 @@ struct WindowDescription {
   bool movableByBackground = false;
 };
 
-/// A window of somebody else, as it was found.
+/// The state of another program's window at adoption.
 struct AdoptedWindow {
   WindowHandle handle = WindowHandle::None;
   std::string className;
   std::string title;
   CGRect frame;
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
-  /// Whether it can be seen, but for what lies over it; else it counts as miniaturised.
+  /// True if the window is mapped, even if other windows obscure it. A window that is not on screen
+  /// counts as miniaturised.
   bool onScreen = true;
   bool hasFocus = false;
 };
 
-/// One thing to draw: a filled rectangle, or a spinning indicator.
+/// One drawn element: a filled rectangle or a spinning indicator.
 struct SceneItem {
   enum class Kind : std::uint8_t { Fill, Spinner };
   Kind kind = Kind::Fill;
-  /// In the window's content, in points, from its lower left corner.
+  /// In points. The origin is the lower left corner of the window's content.
   CGRect frame;
-  /// Fill only.
+  /// For `Kind::Fill` only.
   CGColor color;
-  /// Spinner only: whether it turns.
+  /// For `Kind::Spinner` only: true while the indicator turns.
   bool animates = false;
   bool operator==(const SceneItem&) const = default;
 };
 
-/// What the platform layer draws in a window, back to front. Where it draws nothing, the window
+/// The elements that the platform layer draws in a window, back to front. The rest of the window
 /// shows what its owner draws.
 using Scene = std::vector<SceneItem>;
 
-/// What is seen on the screen in a window's place, as far as that is on the screen.
+/// The pixels of the screen within a window's frame. Parts outside the screen are cut off.
 struct WindowPicture {
   /// In pixels.
   int width = 0;
   int height = 0;
-  /// Red, green and blue, a byte each, row by row from the top.
+  /// One byte each for red, green and blue; row by row from the top.
   std::vector<std::uint8_t> pixels;
 };
 
-/// Hears what happened to windows. Called from inside `deliverEvents` and, where a back end learns
-/// of the outcome at once, from inside the operation that asked for it.
+/// Receives a back end's reports about windows. A back end calls it from `deliverEvents`. A back
+/// end that knows the result of an operation at once also calls it from inside the operation.
 class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
  public:
   virtual ~WindowSystemDelegate() = default;
 
-  /// The input focus is now with this window, or with none of ours.
+  /// The input focus moved to this window. None means that no window of the application has it.
   virtual void focusMoved(WindowHandle window) = 0;
-  /// The user came back from another application, to the window named here (after `focusMoved` has
-  /// told of it) or, with None, to whichever had the focus when he left.
+  /// The user came back from another application to `window`; `focusMoved` has already been called
+  /// for it. None means the window that had the focus when the user left.
   virtual void applicationActivated(WindowHandle window) = 0;
-  /// The user goes to another application. Sent before `focusMoved` tells that no window of ours
-  /// has the focus.
+  /// The user goes to another application. Called before the `focusMoved` that reports None.
   virtual void applicationDeactivated() = 0;
-  /// The user asked to close the window; it is still open.
+  /// The user asked to close the window. The window is still open.
   virtual void closeRequested(WindowHandle window) = 0;
-  /// The window no longer exists; its handle is void.
+  /// The window no longer exists. Its handle is invalid.
   virtual void windowDestroyed(WindowHandle window) = 0;
-  /// The window has been moved or resized by somebody else.
+  /// The user or another program moved or resized the window.
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
-  /// The window has been miniaturised or brought back. Of somebody else's, also where its owner has
-  /// taken it off the screen in another way, or put it there.
+  /// The window was miniaturised or restored. For an adopted window, also reported when its owner
+  /// unmaps or maps it.
   virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
-  /// The owner of an adopted window has given it this style mask. Not told while another one is
-  /// set: then it waits until the window has again the one it had.
+  /// The owner of an adopted window changed the window's style mask. While `setStyleMask` overrides
+  /// the style mask, the back end holds this report back until the override ends.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
-  /// The windows named here, all on screen, lie in this order now, front to back. One that is not
-  /// named lies where it lay.
+  /// The stacking order of these windows, front to back, has changed. All of them are on screen.
+  /// Windows that are not listed keep their places.
   virtual void orderChanged(const std::vector<WindowHandle>& windows) = 0;
-  /// After a change of style: which controls the window manager still offers although the window's
-  /// style mask takes them away; Borderless (0) when it honoured the mask.
+  /// Reports, after a change of the style mask, the controls that the window manager still offers
+  /// although the mask excludes them. Borderless (0) means that the window manager honours the
+  /// mask.
   virtual void controlsKept(WindowHandle window, NSWindowStyleMask controls) = 0;
-  /// The connection is lost and with it every window; all handles are void.
+  /// The connection to the window system is lost. All windows are gone and all handles are invalid.
   virtual void displayLost(std::string_view reason) = 0;
 };
 
-/// A window system. Operations on a void handle do nothing.
+/// A window system. Operations on an invalid handle do nothing.
 class VEL_EXPORT WindowSystem : public NonCopyable {
  public:
   virtual ~WindowSystem() = default;
 
-  /// Who hears what happened; none stops the reports. Not owned.
+  /// Sets the receiver of all reports; null stops them. The back end does not own the delegate.
   virtual void setDelegate(WindowSystemDelegate* delegate) = 0;
 
   /// Has input when events have come. Invalid if there is nothing to wait for.
   [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
-  /// Reports what has happened; answers whether there was anything. Waits for no event, only for
-  /// the window system's answers.
+  /// Reports the events that have arrived. Returns true if there were any. May block for a round
+  /// trip to the window system, but never to wait for an event.
   virtual bool deliverEvents() = 0;
-  /// When `deliverEvents` has something to do apart from new input on the handle (events read
-  /// already, the next picture of an indicator): a moment on the steady clock, 0 for now, `kNever`
-  /// for nothing.
+  /// The time on the steady clock at which `deliverEvents` must run even if no input arrives: for
+  /// events that have already been read, or for the next frame of an indicator. 0 means now and
+  /// `kNever` means only when input arrives.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
 
-  /// Makes a window, not yet on screen.
+  /// Creates a window that is not on screen yet.
   virtual WindowHandle createWindow(const WindowDescription& description) = 0;
-  /// Takes part in a window of somebody else, named by the window system's own id; nothing, with
-  /// the reason in `error`, where that cannot be done.
+  /// Adopts another program's window. `nativeId` is the window system's own identifier. On failure,
+  /// sets `error` to the reason and returns `std::nullopt`.
   virtual std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) = 0;
-  /// Ends a window of ours; lets go of an adopted one, which stays as it is.
+  /// Destroys a window that `createWindow` made. Releases an adopted window without changing it.
   virtual void releaseWindow(WindowHandle window) = 0;
 
-  /// Puts the window on screen, in front.
+  /// Shows the window in front of all others.
   virtual void orderFront(WindowHandle window) = 0;
-  /// Takes the window off the screen. An adopted one stays there: it is its owner's to hide.
+  /// Hides the window. An adopted window stays on screen: only its owner may hide it.
   virtual void orderOut(WindowHandle window) = 0;
-  /// Asks for the input focus; `focusMoved` tells when it has come.
+  /// Requests the input focus. `focusMoved` reports when the window has it.
   virtual void requestFocus(WindowHandle window) = 0;
-  /// Asks to miniaturise the window or to bring it back; `miniaturizedChanged` tells when it is
-  /// done.
+  /// Requests that the window is miniaturised or restored. `miniaturizedChanged` reports when it
+  /// is.
   virtual void requestMiniaturized(WindowHandle window, bool miniaturized) = 0;
   virtual void setFrame(WindowHandle window, CGRect frame) = 0;
   virtual void setTitle(WindowHandle window, std::string_view title) = 0;
   virtual void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   virtual void setMovableByBackground(WindowHandle window, bool movable) = 0;
-  /// Replaces what is drawn in the window, and shows it at once.
+  /// Replaces what the platform layer draws in the window. The change is visible at once.
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
-  /// While a window is named here, pointer input to the application's other windows goes nowhere.
+  /// Discards pointer input to all other windows of the application. None ends this.
   virtual void setModalWindow(WindowHandle window) = 0;
 
-  /// What is seen in the window's place now, with whatever lies over it; none where there is no
-  /// screen to look at, or the window is not on it. Waits for the display.
+  /// Captures the screen within the window's frame, including windows that obscure it. Returns
+  /// `std::nullopt` if the back end has no screen or the window is not on it. Blocks for a round
+  /// trip to the window system.
   virtual std::optional<WindowPicture> picture(WindowHandle window) = 0;
 };
 

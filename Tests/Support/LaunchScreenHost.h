@@ -1,5 +1,5 @@
-// What the tests of the library play towards it: a host with its delegates and a controller of its
-// own, and the run from request to presentation.
+// A simulated host for the tests of the library: its delegates, its own view controller, and the
+// steps from request to presentation.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ inline constexpr std::int32_t kHostModeEmbedded = 0;
 inline constexpr std::int32_t kHostModeSheet = 1;
 inline constexpr std::int32_t kHostModeModalWindow = 2;
 
-/// A content resolver delegate that notes each change of state it is told of.
+/// A content resolver delegate that records each reported change of state.
 class ResolverListener final
     : public Class<ResolverListener, "ResolverListener", NSObject, ContentResolverDelegate> {
  public:
@@ -39,8 +39,7 @@ class ResolverListener final
   std::vector<Change> changes;
 };
 
-/// A view controller of the host's own, as it is given to the default configuration. It notes what
-/// it is asked to do, and does nothing.
+/// A host's own view controller, for the default configuration. It only records its calls.
 class HostController final
     : public Class<HostController, "HostController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
@@ -53,14 +52,14 @@ class HostController final
   void dismiss() override;
   void dismissViewController(const Strong<NSViewController>& controller) override;
 
-  /// The operations sent to it, by name, in the order in which they came.
+  /// The names of the called operations, in the order of the calls.
   std::vector<std::string> calls;
-  /// What came with the last one of each.
+  /// The arguments of the last call of each operation.
   Strong<LaunchScreenViewControllerDelegate> delegate;
   Strong<NSWindow> window;
   LaunchScreenPresentationMode mode = -1;
   Weak<NSViewController> dismissed;
-  /// Runs `work` inside the next operation.
+  /// Runs `work` inside the next call of any operation.
   void once(std::function<void()> work) { work_ = std::move(work); }
 
  private:
@@ -69,10 +68,10 @@ class HostController final
   std::function<void()> work_;
 };
 
-/// Runs `work` on a thread of its own and waits for its end.
+/// Runs `work` on another thread and waits until it returns.
 void onAnotherThread(const std::function<void()>& work);
 
-/// A manager on a fresh platform, and what a host does with it. At the end it is deactivated.
+/// A manager on a new platform, and the calls of a host. The destructor deactivates the manager.
 class LaunchScreenTest : public VirtualTest {
  protected:
   ~LaunchScreenTest() override;
@@ -81,28 +80,28 @@ class LaunchScreenTest : public VirtualTest {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
 
-  /// Requests content for the event "launch_end" and asks for its view, so that the manager hears
-  /// from the controller.
+  /// Requests content for the event "launch_end" and gets its view, which makes the manager a
+  /// delegate of the controller.
   void load(double duration, std::string_view mode = "");
-  /// The same with a controller of the host's own; the time left is `duration` all the same.
+  /// Does the same as `load`, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
-  /// Presents the main content in one of the host's modes.
+  /// Presents the main content; `hostMode` is a mode of the content framework.
   void present(const Strong<NSWindow>& window, std::int32_t hostMode);
   /// The main content's controller.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
 
-  /// Adds a delegate to that controller, behind the manager. It is called "host" in the journal.
+  /// Adds a delegate after the manager. The journal calls it "host".
   Strong<CoverDelegate> addHostDelegate();
 
-  /// The countdown's timer and the seconds it has left.
+  /// The timer of the countdown, and the time left in seconds.
   [[nodiscard]] Strong<NSTimer> timer() const { return manager->launchScreenExpirationTimer(); }
   [[nodiscard]] double timeLeft() const { return manager->launchScreenExpirationTimeLeft(); }
   void setTimeLeft(double seconds) { manager->setLaunchScreenExpirationTimeLeft(seconds); }
-  /// How many notifications the manager waits for.
+  /// The number of notifications that the manager observes.
   [[nodiscard]] std::size_t registrations() const;
-  /// How much work waits on the main queue.
+  /// The number of pending tasks of the main queue.
   [[nodiscard]] static std::size_t pendingWork();
-  /// All that the manager goes by, to find whether any of it has changed.
+  /// The complete state of the manager, for comparison.
   [[nodiscard]] auto state() const {
     return std::tuple(timer(), timeLeft(), manager->appIsUnfocused(), manager->eventWasSended(),
                       manager->launchScreenExpired(), manager->launchShouldBeClosed(),
@@ -113,11 +112,11 @@ class LaunchScreenTest : public VirtualTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// The same with a launch screen that a controller of the host's shows, and with windows of which
-/// the manager hears that they are key or not, whether they are or not.
+/// A LaunchScreenTest whose launch screen is shown by a HostController. Key notifications are sent
+/// directly to the manager, whether or not the window's key state has changed.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
-  /// Loads, shows the controller's view in an open window that is not key, and starts the
+  /// Loads content, shows the controller's view in an open window that is not key, and starts the
   /// countdown.
   void show(double duration, std::string_view mode = "");
   void resignKey(const Strong<NSObject>& object);

@@ -1,4 +1,4 @@
-// What every test runs on: virtual time, the headless window system, a log and an event list.
+// The platform of most tests: virtual time, the headless back end, a log and a list of events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,8 +16,8 @@
 
 namespace vel::test {
 
-/// A fresh platform in virtual time that starts at 0; at its end nothing of it is left for the
-/// next.
+/// A new platform in virtual time that starts at 0. The destructor shuts the platform down and
+/// resets the default configuration.
 class VirtualPlatform {
  public:
   VirtualPlatform();
@@ -25,17 +25,17 @@ class VirtualPlatform {
   VirtualPlatform& operator=(const VirtualPlatform&) = delete;
   ~VirtualPlatform();
 
-  /// Runs the loop for so many virtual seconds, and until nothing more is due then.
+  /// Runs the loop for this many virtual seconds, including all work that is due at the end.
   void run(double seconds);
-  /// Runs what is due now.
+  /// Runs all work that is due now.
   void runDue() { run(0); }
   [[nodiscard]] double now() const;
 
-  /// What a user does with windows.
+  /// Simulates a user.
   [[nodiscard]] HeadlessWindowSystem& user() { return *windowSystem_; }
-  /// Log lines, without the logger's own prefix.
+  /// The log lines without their prefix.
   std::vector<std::string> log;
-  /// Events that the host's analytics recorded, with the virtual time in seconds.
+  /// An analytics event and the virtual time of its recording, in seconds.
   struct Event {
     std::string name;
     double time = 0;
@@ -47,13 +47,13 @@ class VirtualPlatform {
   HeadlessWindowSystem* windowSystem_ = nullptr;
 };
 
-/// The fixture for it.
+/// A fixture with a virtual platform.
 class VirtualTest : public testing::Test {
  protected:
   VirtualPlatform platform;
 };
 
-/// A window whose class name is given at run time, as hosts have them.
+/// A window with a class name that is chosen at run time.
 class NamedWindow final : public Class<NamedWindow, "NSWindow", NSWindow> {
  public:
   NamedWindow(std::string_view name, CGRect frame, NSWindowStyleMask styleMask)
@@ -64,7 +64,7 @@ class NamedWindow final : public Class<NamedWindow, "NSWindow", NSWindow> {
   std::string name_;
 };
 
-/// The same for a view controller.
+/// A view controller with a class name that is chosen at run time.
 class NamedViewController final
     : public Class<NamedViewController, "NSViewController", NSViewController> {
  public:
@@ -77,17 +77,17 @@ class NamedViewController final
 
 inline constexpr NSWindowStyleMask kFullStyle = 15;
 
-/// An open window, in front, not key.
+/// Opens a window in front of the others. The window is not key.
 Strong<NSWindow> openWindow(std::string_view className, CGRect frame = CGRectMake(0, 0, 1280, 720),
                             NSWindowStyleMask styleMask = kFullStyle);
-/// An open, key window of class "PlayerWindow".
+/// Opens a window of class "PlayerWindow" and makes it key.
 Strong<NSWindow> openPlayerWindow();
-/// The same with a content view controller.
+/// Opens a key window of class "PlayerWindow" with a content view controller.
 Strong<NSWindow> openPlayerWindowWithContentViewController();
 
-/// A request with the given parameters, which may be none.
+/// A request with these parameters, which may be null.
 Strong<ContentRequest> makeRequest(Strong<NSDictionary> parameters);
-/// A request for `event` with a duration in seconds, and a mode unless that is empty.
+/// A request for `event` with a duration in seconds. An empty `mode` is left out.
 Strong<ContentRequest> makeRequest(std::string_view event, double duration,
                                    std::string_view mode = "");
 

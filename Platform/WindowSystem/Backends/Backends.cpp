@@ -1,4 +1,4 @@
-// The one place that knows which back ends are built in.
+// Only this file knows which back ends the build includes.
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
@@ -28,9 +28,9 @@ std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
     return makeX11(displayName, error);
   }
   if (name == "auto") {
-    std::string noMatter;
-    if (auto best = makeX11(displayName, noMatter)) {
-      return best;
+    std::string ignoredError;
+    if (auto x11 = makeX11(displayName, ignoredError)) {
+      return x11;
     }
   }
   if (name == "headless" || name == "auto") {

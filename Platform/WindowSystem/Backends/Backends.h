@@ -9,9 +9,9 @@
 
 namespace vel {
 
-/// Opens a window system by name: "headless", "x11" where it is built in, or "auto" for the best
-/// one that answers. `displayName` names the display, empty for the environment's. None, with the
-/// reason in `error`, where it cannot be had.
+/// Opens a window system by name: "headless", "x11" (if the build includes it), or "auto" for X11
+/// with "headless" as the fallback. An empty `displayName` means the display that the environment
+/// names. On failure, sets `error` to the reason and returns null.
 VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
                                                           const std::string& displayName,
                                                           std::string& error);

@@ -8,11 +8,11 @@
 
 namespace vel {
 
-/// A window system in memory: full window state and no screen. What a user would do is done by the
-/// `user…` operations; everything is reported at once, from inside the call.
+/// A window system in memory: it keeps the state of all windows and has no screen. The `user…`
+/// operations simulate a user. Each operation reports its result before it returns.
 class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
  public:
-  /// A window's state, as it was last told.
+  /// The current state of a window.
   struct Window {
     WindowDescription description;
     bool onScreen = false;
@@ -40,28 +40,28 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setModalWindow(WindowHandle window) override { modal_ = window; }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
-  /// The focus goes elsewhere within the application's reach, to none of its windows.
+  /// Takes the focus from the application's windows without deactivating the application.
   void userMovesFocusAway();
-  /// The user works elsewhere: the focus stays there, whoever asks for it.
+  /// While true, `requestFocus` does nothing, as if the user worked in another application.
   void userKeepsFocus(bool keeps) { userKeepsFocus_ = keeps; }
-  /// The user goes to another application, and comes back.
+  /// Takes the user to another application, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();
-  /// The user presses the close control; a window without one does not hear of it.
+  /// Presses the close control. Reports nothing if the window has none.
   void userClosesWindow(WindowHandle window);
   void userResizesWindow(WindowHandle window, CGRect frame);
-  /// The window's owner gives it another style mask.
+  /// Changes the style mask as the window's owner would.
   void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
-  /// The user brings windows into another order, front to back.
+  /// Reports a new stacking order of these windows, front to back.
   void userOrdersWindows(const std::vector<WindowHandle>& windows);
-  /// A window manager says which controls it goes on offering.
+  /// Reports the controls that a window manager still offers.
   void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
-  /// The window is destroyed by its owner.
+  /// Destroys the window as its owner would.
   void windowVanishes(WindowHandle window);
-  /// The connection breaks.
+  /// Ends the connection, and with it all windows.
   void connectionBreaks(std::string_view reason);
 
-  /// The state of a window; nothing for a void handle.
+  /// The state of a window; null for an invalid handle.
   [[nodiscard]] const Window* window(WindowHandle window) const;
   [[nodiscard]] std::size_t windowCount() const { return windows_.size(); }
   [[nodiscard]] WindowHandle focus() const { return focus_; }
