@@ -47,7 +47,7 @@ bool holdsChildOfClass(const Strong<NSWindow>& window, std::string_view classNam
 
 void scheduleAnalyticsEvent(const Strong<LaunchScreenManager>& manager, std::int64_t delay) {
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delay), dispatch_get_main_queue(),
-                 [manager] { manager->sendAnalyticsEvent(); });
+                 "send the analytics event", [manager] { manager->sendAnalyticsEvent(); });
 }
 
 }  // namespace
@@ -159,7 +159,7 @@ void LaunchScreenManager::dismissLaunchScreen() {
   if (NSThread::isMainThread()) {
     work();
   } else {
-    dispatch_async(dispatch_get_main_queue(), std::move(work));
+    dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen", std::move(work));
   }
 }
 
@@ -177,6 +177,7 @@ void LaunchScreenManager::sendAnalyticsEvent() {
     setEventWasSended(true);
     // The work reads the name when it runs, so it records a name that was set after this call.
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, kEventDelay), dispatch_get_main_queue(),
+                   "record the analytics event",
                    [configuration] { MetricsCenter::logEvent(configuration->nextEventName()); });
   }
   setLaunchScreenExpired(false);

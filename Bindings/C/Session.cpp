@@ -161,7 +161,7 @@ void Session::dismiss() {
     return;
   }
   // Work that waits is dropped with the session.
-  dispatch_async(dispatch_get_main_queue(), [this] {
+  dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen", [this] {
     if (isUp()) {
       manager_->dismissLaunchScreen();
     }

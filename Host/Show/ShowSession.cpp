@@ -155,10 +155,10 @@ void ShowSession::present(const Strong<ContentData>& data) {
   }
   tellTimeLeft();
   if (options_.skipAfter) {
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(*options_.skipAfter)),
-                   dispatch_get_main_queue(), [session = Weak<ShowSession>(self())] {
-                     send(session.lock(), &ShowSession::skip);
-                   });
+    dispatch_after(
+        dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(*options_.skipAfter)),
+        dispatch_get_main_queue(), "skip the launch screen",
+        [session = Weak<ShowSession>(self())] { send(session.lock(), &ShowSession::skip); });
   }
 }
 

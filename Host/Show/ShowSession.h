@@ -12,7 +12,7 @@
 #include "Host/Show/Playground.h"
 #include "Host/Show/ShowOptions.h"
 #include "LaunchScreen/LaunchScreen.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 
 namespace vel::host {
 

@@ -58,7 +58,7 @@ void LaunchScreenContent::configureViewController() {
   if (NSThread::isMainThread()) {
     buildViewController();
   } else {
-    dispatch_async(dispatch_get_main_queue(),
+    dispatch_async(dispatch_get_main_queue(), "build the view controller",
                    [content = self()] { content->buildViewController(); });
   }
 }

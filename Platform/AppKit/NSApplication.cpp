@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
-#include "Platform/Foundation/PlatformObserver.h"
 
 namespace vel {
 

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <string_view>
 
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/NSArray.h"
 #include "Platform/Foundation/NSBundle.h"
 #include "Platform/Foundation/NSObject.h"
-#include "Platform/Foundation/PlatformObserver.h"
 
 namespace vel {
 

@@ -8,118 +8,130 @@ namespace vel {
 
 DispatchQueue::DispatchQueue() { NSRunLoop::mainRunLoop().setMainQueueSource(this); }
 
-void DispatchQueue::noteNextDeadline() {
+// The caller holds the lock.
+void DispatchQueue::updateNextDeadline() {
   Nanoseconds next = kNever;
-  if (!arrived_.empty()) {
-    next = arrived_.front().place.deadline;
+  if (!immediate_.empty()) {
+    next = immediate_.front().place.deadline;
   }
-  if (!later_.empty()) {
-    next = std::min(next, later_.begin()->first.deadline);
+  if (!delayed_.empty()) {
+    next = std::min(next, delayed_.begin()->place.deadline);
   }
   nextDeadline_ = next;
 }
 
-void DispatchQueue::submit(dispatch_time_t deadline, Work work) {
-  bool first = false;
+void DispatchQueue::submit(dispatch_time_t deadline, Work work, std::string_view label) {
+  bool isEarliest = false;
   {
     const std::scoped_lock lock(mutex_);
     if (deadline == DISPATCH_TIME_NOW) {
-      // Read under the lock: what is submitted later has a later deadline.
+      // The clock is read under the lock, so that the deadlines follow the order of submission.
       deadline = NSRunLoop::mainRunLoop().now();
-      arrived_.emplace_back(Place{deadline, submitted_++}, std::move(work));
+      immediate_.push_back({{deadline, submissions_++}, label, std::move(work)});
     } else {
-      later_.emplace(Place{deadline, submitted_++}, std::move(work));
+      delayed_.insert({{deadline, submissions_++}, label, std::move(work)});
     }
-    first = deadline < nextDeadline_;
-    if (first) {
+    isEarliest = deadline < nextDeadline_;
+    if (isEarliest) {
       nextDeadline_ = deadline;
     }
   }
-  if (first) {
+  if (isEarliest) {
     NSRunLoop::mainRunLoop().wake();
   }
 }
 
 void DispatchQueue::takeDue() {
   if (nextDeadline_ == kNever) {
-    return;  // the usual case costs neither the lock nor a reading of the clock
+    return;  // an empty queue costs neither the lock nor a reading of the clock
   }
   const std::scoped_lock lock(mutex_);
-  auto arrived = arrived_.begin();
-  if (!later_.empty()) {
+  auto immediate = immediate_.begin();
+  if (!delayed_.empty()) {
     const Nanoseconds now = NSRunLoop::mainRunLoop().now();
-    while (!later_.empty() && later_.begin()->first.deadline <= now) {
-      auto later = later_.extract(later_.begin());
-      for (; arrived != arrived_.end() && arrived->place < later.key(); ++arrived) {
-        due_.push_back(std::move(*arrived));
+    while (!delayed_.empty() && delayed_.begin()->place.deadline <= now) {
+      auto delayed = delayed_.extract(delayed_.begin());
+      for (; immediate != immediate_.end() && *immediate < delayed.value(); ++immediate) {
+        due_.push_back(std::move(*immediate));
       }
-      due_.emplace_back(later.key(), std::move(later.mapped()));
+      due_.push_back(std::move(delayed.value()));
     }
   }
   if (due_.empty()) {
-    due_.swap(arrived_);
+    due_.swap(immediate_);
   } else {
-    std::move(arrived, arrived_.end(), std::back_inserter(due_));
-    arrived_.clear();
+    std::move(immediate, immediate_.end(), std::back_inserter(due_));
+    immediate_.clear();
   }
-  noteNextDeadline();
+  updateNextDeadline();
 }
 
 bool DispatchQueue::deliver() {
   takeDue();
-  bool ran = false;
+  bool hasRun = false;
   while (next_ < due_.size()) {
-    ran = true;
-    const Work work = std::move(due_[next_++].work);
+    hasRun = true;
+    // Emptied, not only moved from: a moved-from std::function may still hold what it captured.
+    const Work work = std::exchange(due_[next_++].work, nullptr);
     work();
   }
   due_.clear();
   next_ = 0;
-  return ran;
+  return hasRun;
 }
 
 std::size_t DispatchQueue::pendingCount() const {
   const std::scoped_lock lock(mutex_);
-  return arrived_.size() + later_.size() + (due_.size() - next_);
+  return immediate_.size() + delayed_.size() + (due_.size() - next_);
 }
 
 std::vector<DispatchQueue::Pending> DispatchQueue::pending() const {
   const std::scoped_lock lock(mutex_);
   std::vector<Pending> pending;
-  const auto add = [&pending](const Place& place, const Work& work) {
-    pending.push_back({place.deadline, &work.target_type()});
+  const auto add = [&pending](const Task& task) {
+    pending.push_back({task.place.deadline, task.label});
   };
   for (std::size_t index = next_; index < due_.size(); ++index) {
-    add(due_[index].place, due_[index].work);
+    add(due_[index]);
   }
-  auto later = later_.begin();
-  for (const Task& task : arrived_) {
-    for (; later != later_.end() && later->first < task.place; ++later) {
-      add(later->first, later->second);
+  auto delayed = delayed_.begin();
+  for (const Task& task : immediate_) {
+    for (; delayed != delayed_.end() && *delayed < task; ++delayed) {
+      add(*delayed);
     }
-    add(task.place, task.work);
+    add(task);
   }
-  for (; later != later_.end(); ++later) {
-    add(later->first, later->second);
+  for (; delayed != delayed_.end(); ++delayed) {
+    add(*delayed);
   }
   return pending;
 }
 
+std::string DispatchQueue::describePending() const {
+  std::string text;
+  for (const Pending& work : pending()) {
+    text += "\n  at " + std::to_string(work.deadline) +
+            " ns, work: " + (work.label.empty() ? "no label" : std::string(work.label));
+  }
+  return text;
+}
+
 void DispatchQueue::removeAll() {
-  // What the work held dies after the lock is given back: it may come back here.
-  std::vector<Task> arrived;
-  std::map<Place, Work> later;
+  // Declared before the lock, so that the work is destroyed after the lock is released: the
+  // destructor of a captured object may use this queue.
+  std::vector<Task> immediate;
+  std::set<Task> delayed;
   std::vector<Task> due;
   const std::scoped_lock lock(mutex_);
-  arrived.swap(arrived_);
-  later.swap(later_);
+  immediate.swap(immediate_);
+  delayed.swap(delayed_);
   due.swap(due_);
   next_ = 0;
-  noteNextDeadline();
+  updateNextDeadline();
 }
 
 DispatchQueue& dispatch_get_main_queue() {
-  // Never destroyed: other threads may submit work while the process ends.
+  // Never destroyed: other threads may submit work while the process exits.
   static auto& queue = *new DispatchQueue();
   return queue;
 }
@@ -139,8 +151,17 @@ void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work) {
   queue.submit(DISPATCH_TIME_NOW, std::move(work));
 }
 
+void dispatch_async(DispatchQueue& queue, std::string_view label, DispatchQueue::Work work) {
+  queue.submit(DISPATCH_TIME_NOW, std::move(work), label);
+}
+
 void dispatch_after(dispatch_time_t when, DispatchQueue& queue, DispatchQueue::Work work) {
   queue.submit(when, std::move(work));
+}
+
+void dispatch_after(dispatch_time_t when, DispatchQueue& queue, std::string_view label,
+                    DispatchQueue::Work work) {
+  queue.submit(when, std::move(work), label);
 }
 
 }  // namespace vel

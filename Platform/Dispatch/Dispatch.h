@@ -1,13 +1,14 @@
-// The main queue: work for the main thread, now or later, submitted from any thread.
+// The main queue: work that any thread submits and the main thread runs, now or later.
 #pragma once
 
 #include <atomic>
 #include <compare>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <mutex>
-#include <typeinfo>
+#include <set>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/Foundation/Export.h"
@@ -21,34 +22,36 @@ using dispatch_time_t = Nanoseconds;
 inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
 inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
 
-/// Work that waits for the main thread. The run loop serves it in each pass, in every mode: what
-/// has come due when its turn begins, earliest deadline first, equals in the order of submission;
-/// what that work submits waits for the next pass.
+/// Work for the main thread. Each pass of the run loop runs the work that is due when the queue's
+/// turn begins, in every mode: by deadline, then by order of submission. Work that is submitted
+/// during that turn waits for the next pass. One queue exists, and it is never destroyed.
 class VEL_EXPORT DispatchQueue final : public RunLoopSource {
  public:
   using Work = std::function<void()>;
 
   DispatchQueue();
 
-  /// Adds work that is due at `deadline`; DISPATCH_TIME_NOW stands for now. Any thread; a waiting
-  /// run loop is woken.
-  void submit(dispatch_time_t deadline, Work work);
+  /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
+  /// The label says what the work does, for readers of `pending`. Its text must live as long as the
+  /// process, as a literal does. Any thread.
+  void submit(dispatch_time_t deadline, Work work, std::string_view label = {});
 
   bool deliver() override;
   [[nodiscard]] Nanoseconds nextDeadline() const override {
     return next_ < due_.size() ? 0 : nextDeadline_.load();
   }
+  [[nodiscard]] std::string describePending() const override;
 
-  /// Work that waits, due or not.
+  /// How many pieces of work have not run yet.
   [[nodiscard]] std::size_t pendingCount() const;
-  /// A piece of work that waits: when it is due, and the type of what will be called.
+  /// A piece of work that has not run yet.
   struct Pending {
     dispatch_time_t deadline;
-    const std::type_info* kind;
+    std::string_view label;  // empty if the work has none
   };
-  /// The work that waits, in the order in which it will run; for looking at what goes on.
+  /// The work that has not run yet, in the order in which it will run. Main thread.
   [[nodiscard]] std::vector<Pending> pending() const;
-  /// Drops all work that waits. Main thread.
+  /// Drops all work that has not run yet. Main thread.
   void removeAll();
 
  private:
@@ -60,36 +63,45 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   };
   struct Task {
     Place place;
+    std::string_view label;
     Work work;
+    bool operator<(const Task& other) const { return place < other.place; }
   };
 
-  void noteNextDeadline();
+  void updateNextDeadline();
   void takeDue();
 
   mutable std::mutex mutex_;
-  // What was submitted for now, and what for a moment of its own; both in order. The former is due
-  // without asking the clock.
-  std::vector<Task> arrived_;
-  std::map<Place, Work> later_;
-  std::uint64_t submitted_ = 0;
+  // The work submitted for now, and the work with a deadline of its own, both in order. The former
+  // is due whatever the time is.
+  std::vector<Task> immediate_;
+  std::set<Task> delayed_;
+  std::uint64_t submissions_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
-  // The main thread's own: what has come due, in order, and how much of it has been run. Work that
-  // runs the loop itself (a modal dialog) leaves the rest to be served there.
+  // Used on the main thread only: the work that was due when the turn began, in order, and the
+  // index of the first piece that has not run. Work may run a nested loop (a modal dialog), which
+  // then runs the rest.
   std::vector<Task> due_;
   std::size_t next_ = 0;
 };
 
-/// The one queue there is; served by the main run loop.
+/// The main queue, served by the main run loop.
 VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 
-/// The moment `delta` nanoseconds after `when`; DISPATCH_TIME_NOW stands for now. Any thread.
+/// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread.
 [[nodiscard]] VEL_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta);
 
-/// Runs `work` on the main thread, in the run loop's next turn of the queue. Any thread.
+/// Runs `work` on the main thread, in the queue's next turn. Any thread. The label is that of
+/// `DispatchQueue::submit`.
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work);
+VEL_EXPORT void dispatch_async(DispatchQueue& queue, std::string_view label,
+                               DispatchQueue::Work work);
 
-/// Runs `work` on the main thread at `when`; it cannot be cancelled. Any thread.
+/// Runs `work` on the main thread at `when`. It cannot be cancelled. Any thread. The label is that
+/// of `DispatchQueue::submit`.
 VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue,
+                               DispatchQueue::Work work);
+VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue, std::string_view label,
                                DispatchQueue::Work work);
 
 }  // namespace vel

@@ -4,10 +4,12 @@
 #include <iterator>
 #include <utility>
 
+#include "Platform/Foundation/NonCopyable.h"
+
 namespace vel {
 
 NSNotificationCenter& NSNotificationCenter::defaultCenter() {
-  // Never destroyed: observers may remove themselves while the process ends.
+  // Never destroyed: observers may remove themselves while the process exits.
   static auto& center = *new NSNotificationCenter();
   return center;
 }
@@ -72,19 +74,17 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
     return;
   }
   auto entry = topic->entries.begin();
-  const auto last = std::prev(topic->entries.end());  // those added meanwhile wait
-  struct Post {
-    NSNotificationCenter& center;
-    explicit Post(NSNotificationCenter& owner) : center(owner) { ++center.posts_; }
-    Post(const Post&) = delete;
-    Post& operator=(const Post&) = delete;
-    ~Post() {
+  const auto last = std::prev(topic->entries.end());  // the post does not reach later additions
+  struct PostScope : NonCopyable {
+    explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.posts_; }
+    ~PostScope() {
       if (--center.posts_ == 0 && center.needsSweep_) {
         const std::scoped_lock again(center.mutex_);
         center.sweep();
       }
     }
-  } const post(*this);
+    NSNotificationCenter& center;
+  } const scope(*this);
   lock.unlock();
 
   const NSObject* const sender = object.get();
@@ -102,7 +102,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   }
 }
 
-// With the lock held.
+// The caller holds the lock.
 void NSNotificationCenter::sweep() {
   if (posts_ > 0 || !needsSweep_) {
     return;

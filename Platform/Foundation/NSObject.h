@@ -7,7 +7,6 @@
 #include <memory>
 #include <string_view>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
 
 #include "Platform/Foundation/Export.h"
@@ -15,37 +14,22 @@
 
 namespace vel {
 
-/// A text given as a template argument; what a class head names its class with.
+/// A text as a template argument: the name of a class in its class head.
 template <std::size_t Size>
 struct ClassName {
-  // Implicit, so that a literal can stand in the class head.
+  // Implicit, so that a class head can use a literal.
   consteval ClassName(const char (&text)[Size]) { std::copy_n(text, Size, characters); }
   [[nodiscard]] constexpr std::string_view view() const { return {characters, Size - 1}; }
   char characters[Size]{};
 };
 
-/// The root class. Objects live in shared references, made by `make`; they are neither copied nor
-/// moved.
+/// The root class. `make` makes every object and returns its first strong reference.
 class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
                             public std::enable_shared_from_this<NSObject> {
  public:
-  using AdoptedProtocols = ProtocolList<>;
-
-  NSObject() = default;
-  NSObject(const NSObject&) = delete;
-  NSObject& operator=(const NSObject&) = delete;
-  NSObject(NSObject&&) = delete;
-  NSObject& operator=(NSObject&&) = delete;
-  ~NSObject() override = default;
-
-  /// Identity, unless a class defines an equality of its own.
+  /// Identity. A class with an equality of its own overrides it.
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override {
     return other == static_cast<const NSObjectProtocol*>(this);
-  }
-
-  /// The optional operations of an adopted protocol that the object's class overrides.
-  [[nodiscard]] virtual OperationSet operationsOf(const std::type_info& /*protocol*/) const {
-    return {};
   }
 };
 
@@ -53,24 +37,19 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
-/// The name is what `className` answers and what class tests compare, exactly. A class that derives
-/// from another without a head of its own cannot be made.
+/// `className` returns the name, and class tests compare it exactly. `make` rejects a class without
+/// a head of its own.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:
   using Superclass::Superclass;
   using NamedClass = Self;
-  using AdoptedProtocols = decltype(detail::joined(typename Superclass::AdoptedProtocols(),
-                                                   ProtocolList<Protocols...>()));
 
-  /// The name of the class itself, where there is no object to ask.
+  /// The name of the class, without an object.
   static constexpr std::string_view staticClassName() { return Name.view(); }
   [[nodiscard]] std::string_view className() const override { return Name.view(); }
-  [[nodiscard]] OperationSet operationsOf(const std::type_info& protocol) const override {
-    return detail::operationsOf<Self>(protocol, AdoptedProtocols());
-  }
 
-  /// A strong reference to this object; none while it is being made or destroyed.
+  /// A strong reference to this object. Null in its constructor and destructor.
   [[nodiscard]] Strong<Self> self() {
     return std::static_pointer_cast<Self>(this->weak_from_this().lock());
   }

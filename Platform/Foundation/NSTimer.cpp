@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Platform/Foundation/NSRunLoop.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/Foundation/TimerObserver.h"
 
 namespace vel {
 
@@ -41,7 +41,7 @@ void NSTimer::invalidate() {
     return;
   }
   valid_ = false;
-  const Strong<NSTimer> kept = self();
+  const Strong<NSTimer> keptAlive = self();  // the loop may hold the last reference
   NSRunLoop::mainRunLoop().remove(*this);
   const Strong<NSObject> released = std::move(target_);
 }
@@ -55,17 +55,17 @@ void NSTimer::fire() {
   if (!repeats_) {
     invalidate();
   }
-  struct Firing {
-    bool& flag;
-    explicit Firing(bool& firing) : flag(firing) { flag = true; }
-    Firing(const Firing&) = delete;
-    Firing& operator=(const Firing&) = delete;
-    ~Firing() { flag = false; }
-  } const firing(firing_);
+  struct FiringScope : NonCopyable {
+    explicit FiringScope(bool& firing) : isFiring(firing) { isFiring = true; }
+    ~FiringScope() { isFiring = false; }
+    bool& isFiring;
+  } const scope(firing_);
   if (target != nullptr) {
     callout_(*target, *this);
   }
-  observePlatform([&](PlatformObserver& observer) { observer.timerFired(*this, target); });
+  if (detail::timerObserver != nullptr) [[unlikely]] {
+    detail::timerObserver->timerFired(*this, target);
+  }
 }
 
 }  // namespace vel

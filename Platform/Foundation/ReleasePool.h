@@ -1,24 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "Platform/Foundation/Export.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/Foundation/Protocol.h"
 
 namespace vel {
 
-/// The deferred-release pool of the current thread. What is handed to it stays alive until the run
-/// loop ends the pass in which it was handed over (or, handed over between passes, the next one);
-/// on a thread without a run loop, until the thread ends.
-class VEL_EXPORT ReleasePool {
+/// The deferred-release pool of the current thread. It keeps an object alive until the end of the
+/// run loop pass in which the object was added. An object that was added between two passes lives
+/// until the end of the next pass. On a thread without a run loop, it lives until the thread ends.
+class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;
-  ReleasePool(const ReleasePool&) = delete;
-  ReleasePool& operator=(const ReleasePool&) = delete;
-  ReleasePool(ReleasePool&&) = delete;
-  ReleasePool& operator=(ReleasePool&&) = delete;
-  /// Released while the pool still stands: what dies then may hand over more.
+  /// Drains here, while the pool still works: the destructor of an object may add more objects.
   ~ReleasePool() { drainTo(0); }
 
   /// The pool of the calling thread.
@@ -27,17 +25,17 @@ class VEL_EXPORT ReleasePool {
   /// Keeps `object` alive until the pool is drained.
   void add(Strong<const NSObjectProtocol> object) { objects_.push_back(std::move(object)); }
 
-  /// How many objects the pool holds; a mark for `drainTo`.
+  /// How many objects the pool holds. `drainTo` takes this number as a mark.
   [[nodiscard]] std::size_t size() const { return objects_.size(); }
 
-  /// Releases what was added since the pool had `mark` objects, newest last.
+  /// Releases the objects that were added since `size` returned `mark`, oldest first.
   void drainTo(std::size_t mark);
 
  private:
   std::vector<Strong<const NSObjectProtocol>> objects_;
 };
 
-/// Hands `object` to the current thread's pool and answers it.
+/// Adds `object` to the current thread's pool and returns it.
 template <class T>
 const Strong<T>& releaseLater(const Strong<T>& object) {
   ReleasePool::current().add(object);

@@ -1,5 +1,5 @@
 // Which window is key, which is main, and what is told about it.
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/Stage.h"
 
 namespace vel::test {

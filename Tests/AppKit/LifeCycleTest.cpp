@@ -1,5 +1,5 @@
 // The four steps of a controller's life on screen.
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/Stage.h"
 
 namespace vel::test {

@@ -1,6 +1,6 @@
 #include "Tests/AppKit/Stage.h"
 
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 
 namespace vel::test {
 

@@ -1,5 +1,5 @@
 // Windows: open and on screen, their order, and what the window system is told of them.
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/Stage.h"
 
 namespace vel::test {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -240,6 +241,40 @@ TEST_F(DispatchTest, TellsWhatWaitsInTheOrderInWhichItWillRun) {
     deadlines.push_back(pending.deadline);
   }
   EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
+}
+
+TEST_F(DispatchTest, PendingWorkHasItsLabel) {
+  dispatch_async(queue, "first", [] {});
+  dispatch_after(after(1), queue, "second", [] {});
+  submitAt(after(2), "without a label");
+  std::vector<std::string_view> labels;
+  for (const DispatchQueue::Pending& pending : queue.pending()) {
+    labels.push_back(pending.label);
+  }
+  EXPECT_EQ(labels, (std::vector<std::string_view>{"first", "second", ""}));
+}
+
+TEST_F(DispatchTest, TheErrorOfAnEndlessWaitListsPendingWork) {
+  dispatch_after(kNever, queue, "work at no time", [] {});
+  dispatch_after(kNever, queue, [] {});
+  try {
+    loop.runUntil([] { return false; });
+    FAIL() << "the wait did not throw";
+  } catch (const NothingToWaitFor& error) {
+    const std::string text = error.what();
+    EXPECT_NE(text.find("work: work at no time"), std::string::npos) << text;
+    EXPECT_NE(text.find("work: no label"), std::string::npos) << text;
+  }
+}
+
+TEST_F(DispatchTest, WorkThatHasRunIsReleasedBeforeTheNextWorkRuns) {
+  auto captured = std::make_shared<int>();
+  const std::weak_ptr<int> observed = captured;
+  bool isReleased = false;
+  dispatch_async(queue, [captured = std::move(captured)] {});
+  dispatch_async(queue, [&] { isReleased = observed.expired(); });
+  loop.pump();
+  EXPECT_TRUE(isReleased);
 }
 
 TEST_F(DispatchTest, DroppedWorkDoesNotRun) {

@@ -76,7 +76,7 @@ std::size_t placeOf(const T* controller, const Controllers& controllers) {
 
 void addWork(KeyText& key) {
   for (const DispatchQueue::Pending& work : dispatch_get_main_queue().pending()) {
-    key << work.deadline - Stage::time() << work.kind->hash_code();
+    key << work.deadline - Stage::time() << std::string(work.label);
   }
   key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();
 }

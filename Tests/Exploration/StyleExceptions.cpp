@@ -80,10 +80,8 @@ bool coversAClosedWindow(const Stage& stage, const host::Step& step) {
 }
 
 bool isRemovalPending() {
-  // A controller submits no other work than its removal.
   return std::ranges::any_of(dispatch_get_main_queue().pending(), [](const auto& work) {
-    return std::string_view(work.kind->name()).find("LaunchScreenViewController") !=
-           std::string_view::npos;
+    return work.label == embedded_cover::kRemovalLabel;
   });
 }
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Platform/Foundation/NSTimer.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/Foundation/TimerObserver.h"
 #include "Tests/Foundation/Ticker.h"
 #include "Tests/Support/VirtualPlatform.h"
 
@@ -265,13 +265,13 @@ TEST_F(NSTimerTest, OfAThreadWithoutARunLoopIsInvalidatedThereBesideTheMainThrea
 }
 
 TEST_F(NSTimerTest, AnObserverHearsOfAFiringAfterTheTargetReturned) {
-  struct Observer final : PlatformObserver {
+  struct Observer final : TimerObserver {
     void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) override {
       ticksSeen = as<Ticker>(target)->ticks();
     }
     int ticksSeen = 0;
   } observer;
-  setPlatformObserver(&observer);
+  setTimerObserver(&observer);
   schedule(0.1, ticker);
   platform.run(1);
   EXPECT_EQ(observer.ticksSeen, 1);

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/Support/VirtualPlatform.h"
 
 namespace vel::test {

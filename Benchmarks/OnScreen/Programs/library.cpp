@@ -7,8 +7,8 @@
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Platform/Foundation/NSNumber.h"
-#include "Platform/Foundation/PlatformObserver.h"
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 namespace {

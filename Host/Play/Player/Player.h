@@ -9,7 +9,7 @@
 #include "Host/Play/Trace/PlayListener.h"
 #include "Host/Play/Trace/WindowNames.h"
 #include "LaunchScreen/LaunchScreen.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 
 namespace vel::host {
 

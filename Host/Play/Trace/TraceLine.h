@@ -10,7 +10,7 @@
 
 #include "Host/Play/Scenario/Scenario.h"
 #include "Host/Play/Trace/Inspection.h"
-#include "Platform/Foundation/PlatformObserver.h"
+#include "Platform/AppKit/PlatformObserver.h"
 #include "Platform/Foundation/Time.h"
 
 namespace vel::host {

@@ -1,6 +1,8 @@
 // The embedded cover over a window without a content view controller.
 #pragma once
 
+#include <string_view>
+
 #include "Platform/Foundation/Protocol.h"
 
 namespace vel {
@@ -12,6 +14,9 @@ class NSView;
 /// All controllers share these variables. A second cover of this kind replaces the first. Main
 /// thread.
 namespace embedded_cover {
+
+/// The label of the main queue's work that removes the cover after its dismissal.
+inline constexpr std::string_view kRemovalLabel = "remove the embedded cover";
 
 extern Strong<NSView> superView;
 extern Strong<NSView> selfView;

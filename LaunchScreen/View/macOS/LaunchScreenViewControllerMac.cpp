@@ -216,11 +216,12 @@ void LaunchScreenViewController::dismiss() {
     // `send` keeps the controller alive: a delegate may replace the tracked cover.
     send(selfController, &NSViewController::viewDidDisappear);
     // The work removes the cover that is tracked when it runs, which may be a later cover.
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(), [] {
-      send(selfView, &NSView::removeFromSuperview);
-      send(selfController, &NSViewController::removeFromParentViewController);
-      embedded_cover::release();
-    });
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
+                   embedded_cover::kRemovalLabel, [] {
+                     send(selfView, &NSView::removeFromSuperview);
+                     send(selfController, &NSViewController::removeFromParentViewController);
+                     embedded_cover::release();
+                   });
     return;
   }
   // Read this before the view is removed. Afterwards the view has no window.
