@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// An atomic strong property: every read and write is indivisible, from any thread. A read answers
-/// a reference that stays valid whatever is written meanwhile.
+/// An atomic strong property. Any thread may read and write it. `load` returns a reference of the
+/// caller's own, which later writes do not affect.
 template <class T>
 class AtomicReference {
  public:
@@ -18,8 +18,8 @@ class AtomicReference {
   }
 
   void store(Strong<T> reference) {
-    // Swapped, so that the old value dies with the parameter, after the lock is given back: its
-    // destructor may come back here.
+    // The swap moves the old value into the parameter, which is destroyed after the lock is
+    // released: the destructor of the old object may use this property.
     const std::scoped_lock lock(mutex_);
     reference_.swap(reference);
   }

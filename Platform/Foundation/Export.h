@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what a shared library of ours offers to others; all else is hidden.
+/// Marks what the shared library exports. All other symbols are hidden.
 #define VEL_EXPORT __attribute__((visibility("default")))

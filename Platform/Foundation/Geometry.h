@@ -1,4 +1,4 @@
-// Points, sizes and rectangles, in points with y growing upwards; and colours.
+// Points, sizes and rectangles in points, with the y axis pointing up. Colours.
 #pragma once
 
 namespace vel {

@@ -1,4 +1,4 @@
-// A message to an object, or to none.
+// Calls on an object that may be null.
 #pragma once
 
 #include <concepts>
@@ -17,9 +17,9 @@ concept MessageResult = !std::is_reference_v<R>;
 
 }  // namespace detail
 
-/// Sends `operation` to the receiver and answers its result. With no receiver nothing happens and
-/// the answer is the result type's zero: 0, false, none, an empty rectangle. The receiver is kept
-/// alive for the call.
+/// Calls `operation` on the receiver and returns its result. If the receiver is null, calls nothing
+/// and returns the result type's zero: 0, false, null, an empty rectangle. Keeps the receiver alive
+/// during the call.
 template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
           class... Arguments>
   requires std::derived_from<Receiver, Owner> &&

@@ -6,7 +6,7 @@
 
 namespace vel {
 
-/// A list of objects as an operation answers it: a copy that nobody changes.
+/// A list of objects that an operation returns. It is a copy: later changes do not affect it.
 template <class T>
 using NSArray = std::vector<Strong<T>>;
 

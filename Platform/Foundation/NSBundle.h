@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// The loadable unit that a class came in. Off macOS it carries no resources; it says which class
-/// it was asked for.
+/// The loadable unit that contains a class. On this platform it has no resources and only knows the
+/// name of the class that it was requested for.
 class VEL_EXPORT NSBundle final : public Class<NSBundle, "NSBundle"> {
  public:
   explicit NSBundle(std::string_view principalClass) : principalClass_(principalClass) {}

@@ -11,8 +11,8 @@
 
 namespace vel {
 
-/// An immutable dictionary from texts to objects, such as a request's parameters. Values of any
-/// class may stand in it; who reads one asks for the kind that it expects.
+/// An immutable dictionary from texts to objects, such as a request's parameters. Its values may be
+/// of any class: a reader checks the class of a value with `as`.
 class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary"> {
  public:
   using Entries = std::map<std::string, Strong<NSObjectProtocol>, std::less<>>;
@@ -24,7 +24,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
     return make<NSDictionary>(std::move(entries));
   }
 
-  /// The value under `key`, or none.
+  /// The value of `key`, or null.
   [[nodiscard]] Strong<NSObjectProtocol> objectForKey(std::string_view key) const {
     const auto entry = entries_.find(key);
     return entry == entries_.end() ? nullptr : entry->second;
@@ -35,7 +35,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
   Entries entries_;
 };
 
-/// What stands in a dictionary for a value that is explicitly nothing.
+/// A dictionary value that stands for an explicit null.
 class VEL_EXPORT NSNull final : public Class<NSNull, "NSNull"> {
  public:
   static Strong<NSNull> null() { return make<NSNull>(); }

@@ -20,7 +20,7 @@ struct Log {
 };
 
 Log& theLog() {
-  // Never destroyed: a last line may come while the process ends.
+  // Never destroyed: other threads may log while the process exits.
   static auto& log = *new Log();
   return log;
 }
@@ -76,7 +76,7 @@ void writeLogLine(std::string_view line) {
   written += '[' + std::to_string(getpid()) + ':' + std::to_string(syscall(SYS_gettid)) + "] ";
   written += line;
   written += '\n';
-  // In one piece, so that the lines of several threads stay whole, zero bytes included.
+  // One call for the whole line, so that the lines of several threads do not mix.
   std::fwrite(written.data(), 1, written.size(), stderr);
 }
 

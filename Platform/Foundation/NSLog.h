@@ -11,22 +11,22 @@
 
 namespace vel {
 
-/// A value for one place of a log format: a text for %@ and %s, a 32-bit number for %u.
+/// An argument of a log format: a text for %@ and %s, a 32-bit number for %u.
 using NSLogArgument = std::variant<std::string_view, std::uint32_t>;
 
-/// The text of a log line: each %@, %s and %u of the format replaced by the next argument, %% by a
-/// percent sign. A place without an argument stays as it is.
+/// Formats a log line: replaces each %@, %s and %u by the next argument, and %% by a percent sign.
+/// A specifier without an argument is kept as text.
 [[nodiscard]] VEL_EXPORT std::string formatLogLine(std::string_view format,
                                                    std::initializer_list<NSLogArgument> arguments);
 
-/// Takes a log line, without date or process.
+/// Receives a log line without date and process.
 using NSLogSink = std::function<void(std::string_view line)>;
 
-/// Replaces where log lines go and answers the sink that stood before; an empty one stands for the
-/// standard one, which writes "date time process[pid:thread] line" to standard error. Any thread.
+/// Replaces the sink for log lines and returns the previous one. An empty sink means the standard
+/// sink, which writes "date time process[pid:thread] line" to standard error. Any thread.
 VEL_EXPORT NSLogSink setNSLogSink(NSLogSink sink);
 
-/// Writes a line to the standard sink, whatever sink is set.
+/// Writes a line to the standard sink, even if another sink is set.
 VEL_EXPORT void writeLogLine(std::string_view line);
 
 namespace detail {

@@ -12,15 +12,15 @@
 
 namespace vel {
 
-/// Raised by a walk over an array that was changed before the walk had ended.
+/// Thrown by an iteration over an array that was changed before the iteration ended.
 class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
  public:
   NSCollectionMutatedError() : std::runtime_error("collection mutated while being enumerated") {}
 };
 
-/// A growable ordered array of objects. A `for` loop over it walks it in place: any change made
-/// meanwhile, also while the last element is being told, raises NSCollectionMutatedError. An
-/// operation that leaves the array as it was is no change. One thread at a time.
+/// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
+/// copy: if the loop's body changes the array, also for the last element, the loop throws
+/// `NSCollectionMutatedError`. An operation without effect is not a change. One thread at a time.
 template <class T>
 class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
  public:
@@ -31,7 +31,7 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
     return objects_.at(index);
   }
 
-  /// The index of the first equal object, or nothing. None is never in an array.
+  /// The index of the first equal object, or no value. An array never contains null.
   [[nodiscard]] std::optional<std::size_t> indexOfObject(const T* object) const {
     const auto found = std::ranges::find_if(
         objects_, [object](const Strong<T>& held) { return held->isEqual(object); });
@@ -50,7 +50,7 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
   }
 
   void removeObjectAtIndex(std::size_t index) {
-    // The object dies last, when the array is whole again: its destructor may look at the array.
+    // The object is destroyed after the change: its destructor may use the array.
     const Strong<T> removed = objects_.at(index);
     ++mutations_;
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
@@ -63,10 +63,10 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
     }
   }
 
-  /// The end of a walk.
+  /// The end of an iteration.
   struct End {};
 
-  /// A walk in progress; each element is kept alive while it is being told.
+  /// An iterator. It returns strong references, which keep an element alive in the loop's body.
   class Walk {
    public:
     explicit Walk(const NSMutableArray& array) : array_(array), mutations_(array.mutations_) {}

@@ -8,13 +8,13 @@
 
 namespace vel {
 
-/// The name of a notification: a constant that lives as long as the process.
+/// The name of a notification. Its text must live as long as the process.
 using NSNotificationName = std::string_view;
 
-/// What happened to which object. A plain value: a post makes it on the stack.
+/// A notification: what happened, and to which object.
 class VEL_EXPORT NSNotification {
  public:
-  /// `object` may be none.
+  /// `object` may be null.
   static NSNotification initWithNameObject(NSNotificationName name, Strong<NSObject> object) {
     return NSNotification(name, std::move(object));
   }

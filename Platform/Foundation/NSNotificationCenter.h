@@ -12,18 +12,17 @@
 
 namespace vel {
 
-/// Tells observers of notifications, synchronously on the posting thread, in the order of
-/// registration. Observers are not kept alive. Callable from any thread; no lock is held while an
-/// observer is told.
+/// Delivers notifications to observers, in the order of registration. Delivery is synchronous, on
+/// the thread that posts, and holds no lock. The centre does not keep observers alive. Any thread.
 class VEL_EXPORT NSNotificationCenter {
  public:
-  /// The centre that the platform posts to.
+  /// The centre to which the platform posts.
   static NSNotificationCenter& defaultCenter();
 
-  /// Registers `observer` for notifications of that name, from `object` or, with none, from
-  /// anybody: `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name, nullptr)`.
-  /// A second registration of the same observer is told a second time. No observer: nothing
-  /// happens.
+  /// Registers `observer` for the notifications of that name that concern `object`, or any object
+  /// if `object` is null: `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name,
+  /// nullptr)`. An observer that is registered twice receives a notification twice. Ignores a null
+  /// observer.
   template <auto Selector, class Observer>
   void addObserverSelectorNameObject(const Strong<Observer>& observer, NSNotificationName name,
                                      const Strong<NSObject>& object) {
@@ -37,17 +36,18 @@ class VEL_EXPORT NSNotificationCenter {
     }
   }
 
-  /// Ends every registration of `observer`, which may be under destruction. A post in progress does
-  /// not reach it any more.
+  /// Removes every registration of `observer`. A post in progress no longer calls it. The
+  /// observer's destructor may call this.
   void removeObserver(const NSObject* observer);
 
-  /// Ends every registration. A post in progress reaches no further observer.
+  /// Removes every registration of every observer. A post in progress calls no further observer.
   void removeAllObservers();
 
-  /// How many registrations of `observer` stand.
+  /// How many registrations `observer` has.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
-  /// Posts to the registrations that stand now, less those removed meanwhile.
+  /// Posts to the current registrations. A registration that is removed during the post is skipped;
+  /// one that is added during the post is not called.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:
@@ -57,7 +57,7 @@ class VEL_EXPORT NSNotificationCenter {
     const NSObject* object = nullptr;
     void (*callout)(NSObject&, const NSNotification&) = nullptr;
   };
-  /// A registration in its place; it stays there while a post walks past it.
+  /// A registration in its topic's list. It stays in the list while a post is in progress.
   struct Entry {
     explicit Entry(Registration given) : registration(std::move(given)) {}
     Registration registration;
@@ -75,8 +75,8 @@ class VEL_EXPORT NSNotificationCenter {
 
   std::mutex mutex_;
   std::list<Topic> topics_;
-  // Posts under way. While there is one, entries are only added at the end and marked as removed,
-  // so that a post walks without the lock.
+  // The number of posts in progress. During a post, entries are only appended or marked as removed,
+  // so the post can iterate without the lock.
   std::atomic<std::size_t> posts_ = 0;
   std::atomic<bool> needsSweep_ = false;
 };

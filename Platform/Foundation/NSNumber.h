@@ -9,7 +9,7 @@
 
 namespace vel {
 
-/// An immutable number, kept in the kind it was given in.
+/// An immutable number. It keeps the type in which it was given.
 class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
  public:
   using Value = std::variant<std::int64_t, std::uint64_t, double>;
@@ -24,9 +24,10 @@ class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
     return make<NSNumber>(Value(value));
   }
 
-  /// The number rounded to single precision; out of range plus or minus infinity.
+  /// The number rounded to single precision. Plus or minus infinity if it is out of range.
   [[nodiscard]] float floatValue() const {
-    static_assert(std::numeric_limits<float>::is_iec559, "out of range has to give infinity");
+    static_assert(std::numeric_limits<float>::is_iec559,
+                  "a conversion that is out of range must give infinity");
     return std::visit([](auto value) { return static_cast<float>(value); }, value_);
   }
 

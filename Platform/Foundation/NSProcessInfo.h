@@ -14,10 +14,10 @@ struct NSOperatingSystemVersion {
   auto operator<=>(const NSOperatingSystemVersion&) const = default;
 };
 
-/// What the process knows of the system it runs on. Main thread.
+/// Information about the operating system. Main thread.
 class VEL_EXPORT NSProcessInfo {
  public:
-  /// The version that the system answers with; off macOS that of a current system, unless set.
+  /// The version of macOS that the library behaves like. 15.0.0 unless it is set.
   static NSOperatingSystemVersion operatingSystemVersion();
   static void setOperatingSystemVersion(NSOperatingSystemVersion version);
 

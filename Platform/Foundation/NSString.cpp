@@ -21,7 +21,7 @@ std::size_t digitsFrom(std::string_view text, std::size_t start) {
   return end - start;
 }
 
-// The length of the unsigned decimal number at the start of the text; 0 where there is none.
+// The length of the unsigned decimal number at the start of the text. 0 if there is none.
 std::size_t decimalPrefix(std::string_view text) {
   std::size_t end = digitsFrom(text, 0);
   std::size_t digits = end;
@@ -45,8 +45,8 @@ std::size_t decimalPrefix(std::string_view text) {
   return end;
 }
 
-// Whether a decimal number that does not fit a float is too large, rather than too small: the place
-// of its first digit other than 0, moved by the exponent, decides.
+// Whether a number that is out of a float's range is too large, and not too small. The position of
+// its first nonzero digit and its exponent decide.
 bool isLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);

@@ -19,18 +19,18 @@ class VEL_EXPORT NSString final : public Class<NSString, "NSString"> {
     return make<NSString>(std::string(text));
   }
 
-  /// The text; valid as long as the string.
+  /// The text. Valid as long as the string exists.
   [[nodiscard]] std::string_view UTF8String() const { return text_; }
   /// The length in bytes of UTF-8.
   [[nodiscard]] std::size_t length() const { return text_.size(); }
-  /// Byte-wise equality: case counts.
+  /// Compares byte by byte.
   [[nodiscard]] bool isEqualToString(std::string_view other) const { return text_ == other; }
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override;
 
-  /// The number that the text starts with: leading white space skipped, then the longest prefix
-  /// that is a decimal number (sign, digits, point, decimal exponent), rounded to single precision.
-  /// 0 when there is none; out of range plus or minus infinity, too small 0. Words ("nan", "inf")
-  /// and hexadecimal are not numbers; the locale never matters.
+  /// The number at the start of the text, rounded to single precision. Skips leading white space,
+  /// then reads the longest decimal number (sign, digits, point, decimal exponent). Returns 0 if
+  /// there is no number or if it is too small, and plus or minus infinity if it is too large. Words
+  /// ("nan", "inf") and hexadecimal digits are not numbers. The locale has no effect.
   [[nodiscard]] float floatValue() const;
 
  private:

@@ -4,14 +4,14 @@
 
 namespace vel {
 
-/// Which thread is the main one.
+/// Knows which thread is the main thread.
 class VEL_EXPORT NSThread {
  public:
-  /// Whether the caller is on the main thread: the one that loaded the library, unless another has
-  /// taken its place.
+  /// Whether the caller runs on the main thread. This is the thread that loaded the library, until
+  /// another thread calls `becomeMainThread`.
   static bool isMainThread();
-  /// Makes the calling thread the main one, for hosts that open their windows on another. Only
-  /// while nothing of the platform is in use.
+  /// Makes the calling thread the main thread, for hosts that open their windows on another thread.
+  /// No part of the platform may be in use.
   static void becomeMainThread();
 };
 

@@ -9,15 +9,16 @@
 
 namespace vel {
 
-/// A mode of the run loop: a timer fires only in the modes it was added for.
+/// A mode of the run loop. A timer fires only in the modes that it was added for.
 enum class NSRunLoopMode : std::uint8_t { Default = 1, ModalPanel = 2, EventTracking = 4 };
 
 inline constexpr NSRunLoopMode NSDefaultRunLoopMode = NSRunLoopMode::Default;
 inline constexpr NSRunLoopMode NSModalPanelRunLoopMode = NSRunLoopMode::ModalPanel;
 inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::EventTracking;
 
-/// A run loop timer: once or repeatedly, after an interval, it calls an operation of its target,
-/// which it keeps alive until it is invalidated or has fired its only time. Main thread.
+/// A timer of the run loop. It calls an operation of its target after an interval, once or
+/// repeatedly. It keeps the target alive until it is invalidated or, if it does not repeat, until
+/// it fires. Main thread.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
   using Callout = void (*)(NSObject& target, NSTimer& timer);
@@ -27,8 +28,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
 
   /// Makes a timer and schedules it on the current thread's run loop in the default mode:
   /// `NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
-  /// true)`. The interval is in seconds; 0 or less counts as 0.1 ms. On a thread without a run loop
-  /// the timer is made and never fires.
+  /// true)`. The interval is in seconds; 0 or less means 0.1 ms. On a thread without a run loop the
+  /// timer never fires.
   template <auto Selector, class Target>
   static Strong<NSTimer> scheduledTimerWithTimeIntervalTargetSelectorRepeats(
       double interval, const Strong<Target>& target, bool repeats) {
@@ -41,13 +42,13 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
     });
   }
 
-  /// False once invalidated, and after the only firing of a timer that does not repeat.
+  /// False after `invalidate`, and after a timer that does not repeat has fired.
   [[nodiscard]] bool isValid() const { return valid_; }
-  /// Ends the timer and releases its target. A second time does nothing.
+  /// Ends the timer and releases its target. Does nothing if the timer is invalid.
   void invalidate();
-  /// When it fires next, on the run loop's clock.
+  /// When the timer fires next, on the run loop's clock.
   [[nodiscard]] Nanoseconds fireDate() const { return fireDate_; }
-  /// None once invalid.
+  /// Null if the timer is invalid.
   [[nodiscard]] const Strong<NSObject>& target() const { return target_; }
 
  private:
@@ -55,9 +56,9 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
 
   static Strong<NSTimer> schedule(double interval, Strong<NSObject> target, bool repeats,
                                   Callout callout);
-  // Moves the fire date past `now`: a timer that is late fires once and keeps its phase.
+  // Moves the fire date past `now` by whole intervals, so that a late timer keeps its phase.
   void advance(Nanoseconds now);
-  // Calls the target. Whoever calls this keeps the timer alive.
+  // Calls the target. The caller keeps the timer alive.
   void fire();
 
   Nanoseconds firstFireDate_;
@@ -68,7 +69,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   bool firing_ = false;
   Strong<NSObject> target_;
   Callout callout_;
-  // What the run loop keeps about it: the modes it fires in, and its place among equals.
+  // Set by the run loop: the modes in which the timer fires, and its place among timers with the
+  // same fire date.
   std::uint8_t modes_ = 0;
   std::uint64_t order_ = 0;
 };

@@ -1,4 +1,4 @@
-// Time: monotonic, whole nanoseconds.
+// Monotonic time in whole nanoseconds.
 #pragma once
 
 #include <cmath>
@@ -7,15 +7,15 @@
 
 namespace vel {
 
-/// A moment on a clock, or a span between two.
+/// A moment of a clock, or a span between two moments.
 using Nanoseconds = std::int64_t;
 
 inline constexpr Nanoseconds kNanosecondsPerSecond = 1'000'000'000;
-/// The moment that does not come.
+/// A moment that never comes.
 inline constexpr Nanoseconds kNever = std::numeric_limits<Nanoseconds>::max();
 
-/// Seconds as nanoseconds, rounded to nearest. What is not a number gives 0; what is out of range,
-/// the nearest value in it.
+/// Converts seconds to nanoseconds, rounded to nearest. Returns 0 for NaN, and the nearest limit
+/// for a value that is out of range.
 [[nodiscard]] inline Nanoseconds nanosecondsFromSeconds(double seconds) {
   constexpr double kLimit = 9.2e18;
   const double nanoseconds = seconds * static_cast<double>(kNanosecondsPerSecond);
