@@ -16,8 +16,8 @@ namespace vel::host {
 
 namespace {
 
-// Where a standard stream is closed, the next file to be opened would take its place, and its input
-// or output.
+// Opens /dev/null for each standard descriptor that is closed. Otherwise the next file that the
+// program opens would become a standard stream.
 void occupyStandardDescriptors() {
   int lowest = open("/dev/null", O_RDWR);
   while (lowest >= 0 && lowest <= STDERR_FILENO) {
@@ -26,8 +26,8 @@ void occupyStandardDescriptors() {
   close(lowest);
 }
 
-int badUsage(std::string message) {
-  // One line, whatever the arguments that it quotes contain.
+int reportBadUsage(std::string message) {
+  // The message can quote arguments that contain line feeds.
   std::ranges::replace(message, '\n', ' ');
   std::cerr << "launchscreen: " << message << std::endl;
   return kExitBadUsage;
@@ -42,7 +42,7 @@ void addCommonFlags(CLI::App& app) {
 
 int runCommandLine(int argc, const char* const* argv) {
   occupyStandardDescriptors();
-  CLI::App program("Shows a launch screen over a game's window while the game loads.",
+  CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
   program.require_subcommand(0, 1);
   CommandRun chosen;
@@ -56,15 +56,15 @@ int runCommandLine(int argc, const char* const* argv) {
   try {
     program.parse(argc, argv);
     if (!chosen) {
-      throw UsageError("which command? See launchscreen --help");
+      throw UsageError("a command is missing; see launchscreen --help");
     }
     return chosen();
-  } catch (const CLI::Success& wish) {  // help, version
-    return program.exit(wish);
+  } catch (const CLI::Success& request) {  // --help or --version
+    return program.exit(request);
   } catch (const CLI::Error& error) {
-    return badUsage(error.what());
+    return reportBadUsage(error.what());
   } catch (const UsageError& error) {
-    return badUsage(error.what());
+    return reportBadUsage(error.what());
   } catch (const std::exception& error) {
     std::cerr << "launchscreen: " << error.what() << std::endl;
     return kExitFailure;

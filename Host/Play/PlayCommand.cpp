@@ -32,13 +32,13 @@ std::string readFile(const std::string& name) {
   errno = 0;
   std::ifstream file(name, std::ios::binary);
   std::string text = readAll(file);
-  if (!file.eof() || file.bad()) {  // it could not be opened, or not be read to its end
+  if (!file.eof() || file.bad()) {  // not opened, or not read to its end
     throw UsageError(inOneLine(name) + ": cannot be read: " + std::strerror(errno));
   }
   return text;
 }
 
-/// Writes each line as it comes, and collects what a picture shows where there is to be one.
+/// Writes each line at once, and passes it to the timeline if there is one.
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
@@ -59,11 +59,11 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The file that a picture of the play goes to. Opened before the play, so that one that cannot be
-/// written is told before anything else is.
+/// The file for a picture of the play. It is opened before the play, so that an error is reported
+/// before the trace.
 class TimelineFile {
  public:
-  /// Throws UsageError where the file cannot be written to.
+  /// Throws a UsageError if the file cannot be opened.
   explicit TimelineFile(const std::string& path) : path_(path), file_(path, std::ios::binary) {
     if (!file_) {
       throw UsageError("--timeline: " + inOneLine(path_) + ": " + std::strerror(errno));
@@ -86,11 +86,11 @@ class TimelineFile {
 }  // namespace
 
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out) {
-  const bool piped = options.file == "-";
-  const std::string name = piped ? "standard input" : inOneLine(options.file);
+  const bool isStandardInput = options.file == "-";
+  const std::string name = isStandardInput ? "standard input" : inOneLine(options.file);
   Scenario scenario;
   try {
-    scenario = readScenario(piped ? readAll(standardInput) : readFile(options.file));
+    scenario = readScenario(isStandardInput ? readAll(standardInput) : readFile(options.file));
   } catch (const ScenarioError& error) {
     throw UsageError(name + ": " + error.what());
   }
@@ -104,18 +104,18 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
     throw std::runtime_error("the trace cannot be written");
   }
   if (picture) {
-    picture->write(piped ? name : std::filesystem::path(options.file).stem().string());
+    picture->write(isStandardInput ? name : std::filesystem::path(options.file).stem().string());
   }
   return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
 }
 
 void addPlayCommand(CLI::App& program, CommandRun& chosen) {
-  CLI::App* const command = program.add_subcommand(
-      "play", "Plays a host's script in virtual time and prints what happened");
+  CLI::App* const command =
+      program.add_subcommand("play", "Play a scenario in virtual time and print what happened");
   auto options = std::make_shared<PlayOptions>();
-  command->add_option("FILE", options->file, "The scenario, a JSON file; - is standard input")
+  command->add_option("FILE", options->file, "The scenario, a JSON file, or - for standard input")
       ->required();
-  command->add_option("--timeline", options->timelinePath, "Draw the play into a file, as SVG")
+  command->add_option("--timeline", options->timelinePath, "Draw the play into this file, as SVG")
       ->type_name("FILE");
   command->callback(
       [options, &chosen] { chosen = [options] { return play(*options, std::cin, std::cout); }; });

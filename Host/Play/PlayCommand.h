@@ -9,22 +9,22 @@
 
 namespace vel::host {
 
-/// What the process answers when the play broke off.
+/// The exit status if a scenario ends in an error that would end a host.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
-  /// The scenario's file; "-" is standard input.
+  /// The file with the scenario; "-" is standard input.
   std::string file;
-  /// The file that a picture of the play is written to, if there is to be one.
+  /// The file for a picture of the play, if the user wants one.
   std::optional<std::string> timelinePath = std::nullopt;
 };
 
-/// Plays the scenario, writes the trace to `out` and answers the exit status. A scenario that
-/// cannot be read, or a picture that cannot be written, is a UsageError; nothing has been written
-/// to `out` then.
+/// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError,
+/// before it writes to `out`, if the scenario cannot be read or the file for the picture cannot be
+/// opened.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
-/// Adds the command; see `CommandRun`.
+/// Adds the command to the program; see `CommandRun`.
 void addPlayCommand(CLI::App& program, CommandRun& chosen);
 
 }  // namespace vel::host

@@ -13,14 +13,14 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// The countdown goes in tenths of a second: this near, a step is the one of a whole second.
+// The countdown steps by 0.1 s. A step belongs to the whole second that is at most this far away.
 constexpr double kHalfStep = 0.05;
 
-std::string timed(double time, std::string_view what) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%8.3f s  ", time);
-  std::string line = text + std::string(what);
-  // One line, and nothing in it that a terminal would obey: events have the names users give them.
+std::string lineOf(double time, std::string_view text) {
+  char prefix[32];
+  std::snprintf(prefix, sizeof prefix, "%8.3f s  ", time);
+  std::string line = prefix + std::string(text);
+  // Event names come from the user. They must not contain line feeds or escape sequences.
   std::ranges::replace_if(
       line, [](unsigned char character) { return std::iscntrl(character) != 0; }, '?');
   return line;
@@ -34,19 +34,19 @@ std::string seconds(double seconds, int decimals) {
 
 }  // namespace
 
-void LineConsole::happened(double time, std::string_view what) {
-  *out_ << timed(time, what) << std::endl;
+void LineConsole::report(double time, std::string_view text) {
+  *out_ << lineOf(time, text) << std::endl;
 }
 
-void LineConsole::timeLeft(double time, const TimeLeft& timeLeft) {
+void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
   if (timeLeft.countdown != countdown_) {
     countdown_ = timeLeft.countdown;
-    happened(time, countdown_ == Countdown::Paused ? kPaused : "goes on: in front again");
+    report(time, countdown_ == Countdown::Paused ? kPaused : "goes on: in front again");
   }
   const double second = std::round(timeLeft.left);
-  if (second >= 1 && second < latestSecond_ && std::abs(timeLeft.left - second) <= kHalfStep) {
-    latestSecond_ = second;
-    happened(time, seconds(second, 0));
+  if (second >= 1 && second < lastSecond_ && std::abs(timeLeft.left - second) <= kHalfStep) {
+    lastSecond_ = second;
+    report(time, seconds(second, 0));
   }
 }
 
@@ -60,13 +60,14 @@ std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::
   if (!note.empty()) {
     end.append("  ").append(note);
   }
-  const std::size_t taken = line.size() + end.size() + std::string_view("  []").size();
-  if (taken + kShortestBar <= columns) {
-    const std::size_t length = std::min(columns - taken, kLongestBar);
-    // Endless time leaves the bar empty.
-    const double gone = timeLeft.total > 0 && std::isfinite(left) ? 1 - left / timeLeft.total : 0;
+  const std::size_t used = line.size() + end.size() + std::string_view("  []").size();
+  if (used + kShortestBar <= columns) {
+    const std::size_t length = std::min(columns - used, kLongestBar);
+    // An infinite time leaves the bar empty.
+    const double elapsed =
+        timeLeft.total > 0 && std::isfinite(left) ? 1 - left / timeLeft.total : 0;
     const auto filled = static_cast<std::size_t>(
-        std::lround(std::clamp(gone, 0.0, 1.0) * static_cast<double>(length)));
+        std::lround(std::clamp(elapsed, 0.0, 1.0) * static_cast<double>(length)));
     line.append("  [").append(filled, '#').append(length - filled, '-').append("]");
   }
   line += end;
@@ -74,49 +75,49 @@ std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::
   return line;
 }
 
-void LiveConsole::happened(double time, std::string_view what) {
-  happenings_.append(happenings_.empty() ? "" : kSeparator).append(what);
-  std::string line = timed(time, happenings_);
-  // Where the line gets too long, the oldest make room.
-  for (auto end = happenings_.find(kSeparator);
-       line.size() >= columns_() && end != std::string::npos; end = happenings_.find(kSeparator)) {
-    happenings_.erase(0, end + kSeparator.size());
-    line = timed(time, happenings_);
+void LiveConsole::report(double time, std::string_view text) {
+  reports_.append(reports_.empty() ? "" : kSeparator).append(text);
+  std::string line = lineOf(time, reports_);
+  // If the line is too long, drop the oldest reports.
+  for (auto end = reports_.find(kSeparator); line.size() >= columns_() && end != std::string::npos;
+       end = reports_.find(kSeparator)) {
+    reports_.erase(0, end + kSeparator.size());
+    line = lineOf(time, reports_);
   }
   write(line);
 }
 
-void LiveConsole::remark(double time, std::string_view what) {
-  makeWay();
-  *out_ << timed(time, what) << std::endl;
-  written_ = 0;
+void LiveConsole::reportPermanently(double time, std::string_view text) {
+  clearLine();
+  *out_ << lineOf(time, text) << std::endl;
+  lineWidth_ = 0;
 }
 
-void LiveConsole::timeLeft(double /*time*/, const TimeLeft& timeLeft) {
-  happenings_.clear();
+void LiveConsole::showTimeLeft(double /*time*/, const TimeLeft& timeLeft) {
+  reports_.clear();
   write(countdownLine(timeLeft, timeLeft.countdown == Countdown::Paused ? kPaused : hint_,
                       columns_() - 1));
 }
 
-void LiveConsole::makeWay() {
-  if (written_ > 0) {
+void LiveConsole::clearLine() {
+  if (lineWidth_ > 0) {
     write("");
     *out_ << '\r' << std::flush;
   }
 }
 
 void LiveConsole::finish() {
-  if (written_ > 0) {
-    written_ = 0;
+  if (lineWidth_ > 0) {
+    lineWidth_ = 0;
     *out_ << std::endl;
   }
 }
 
 void LiveConsole::write(std::string_view line) {
-  // A line that reached the last column would go on below instead of being written over.
+  // A line that reaches the last column would wrap, and the next line could not replace it.
   const std::string_view shown = line.substr(0, columns_() - 1);
-  const std::size_t rest = written_ > shown.size() ? written_ - shown.size() : 0;
-  written_ = shown.size();
+  const std::size_t rest = lineWidth_ > shown.size() ? lineWidth_ - shown.size() : 0;
+  lineWidth_ = shown.size();
   *out_ << '\r' << shown << std::string(rest, ' ') << std::flush;
 }
 

@@ -1,4 +1,4 @@
-// What `show` tells its user, and in which form.
+// What `show` prints for its user.
 #pragma once
 
 #include <cstdint>
@@ -8,72 +8,71 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Foundation/NonCopyable.h"
+
 namespace vel::host {
 
 enum class Countdown : std::uint8_t { Runs, Paused };
 
-/// How much of the launch screen's time is left, and of how much; both in seconds.
+/// The time left of the launch screen and its total time, in seconds.
 struct TimeLeft {
   double left = 0;
   double total = 0;
   Countdown countdown = Countdown::Runs;
 };
 
-/// Tells the user what happens. Times are in seconds since the beginning. Main thread.
-class Console {
+/// Tells the user what happens. Times are in seconds since the start. Main thread.
+class Console : private NonCopyable {
  public:
   Console() = default;
-  Console(const Console&) = delete;
-  Console& operator=(const Console&) = delete;
-  Console(Console&&) = delete;
-  Console& operator=(Console&&) = delete;
   virtual ~Console() = default;
 
-  virtual void happened(double time, std::string_view what) = 0;
-  /// The same for what the user should be able to read later, too.
-  virtual void remark(double time, std::string_view what) { happened(time, what); }
-  /// Called when the countdown begins, at each of its steps, and when it is paused or goes on.
-  virtual void timeLeft(double time, const TimeLeft& timeLeft) = 0;
-  /// Something else is about to write a line to the terminal.
-  virtual void makeWay() {}
-  /// Nothing more will happen.
+  /// Reports what has happened. A later report may replace this one on the screen.
+  virtual void report(double time, std::string_view text) = 0;
+  /// Reports what must stay on the screen.
+  virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
+  /// Called when the countdown starts, at each of its steps, and when it pauses or resumes.
+  virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
+  /// Called before other code writes a line to the terminal.
+  virtual void clearLine() {}
+  /// Called after the last report.
   virtual void finish() {}
 };
 
-/// A line for each happening, with its time.
+/// Prints a line with its time for each report.
 class LineConsole final : public Console {
  public:
   /// `out` must outlive the console.
   explicit LineConsole(std::ostream& out) : out_(&out) {}
 
-  void happened(double time, std::string_view what) override;
-  /// A line for each whole second left, and for each pause and its end.
-  void timeLeft(double time, const TimeLeft& timeLeft) override;
+  void report(double time, std::string_view text) override;
+  /// Prints a line for each whole second that is left, for each pause and for its end.
+  void showTimeLeft(double time, const TimeLeft& timeLeft) override;
 
  private:
   std::ostream* out_;
   Countdown countdown_ = Countdown::Runs;
-  double latestSecond_ = std::numeric_limits<double>::infinity();
+  double lastSecond_ = std::numeric_limits<double>::infinity();
 };
 
-/// One line of a terminal, written over and over: the time left with a bar while the countdown is
-/// on, and what has happened before it and after.
+/// Keeps one line of a terminal up to date. During the countdown, the line shows the time left and
+/// a bar. Before and after the countdown, it shows the reports.
 class LiveConsole final : public Console {
  public:
-  /// Answers the terminal's width; asked at each writing, since it may change.
+  /// Returns the width of the terminal. Called for each line, because the width may change.
   using Columns = std::function<std::size_t()>;
 
-  /// `out` must outlive the console. `hint` says what the user can do while the countdown is on.
+  /// `out` must outlive the console. `hint` is shown during the countdown.
   LiveConsole(std::ostream& out, Columns columns, std::string_view hint)
       : out_(&out), columns_(std::move(columns)), hint_(hint) {}
 
-  void happened(double time, std::string_view what) override;
-  void timeLeft(double time, const TimeLeft& timeLeft) override;
-  /// Writes a line of its own, which stays above.
-  void remark(double time, std::string_view what) override;
-  /// Clears the line; it is written anew with the next happening.
-  void makeWay() override;
-  /// Leaves the line as it is and ends it.
+  void report(double time, std::string_view text) override;
+  void showTimeLeft(double time, const TimeLeft& timeLeft) override;
+  /// Prints the report on a line of its own.
+  void reportPermanently(double time, std::string_view text) override;
+  /// Clears the line. The next report writes it again.
+  void clearLine() override;
+  /// Ends the line with a line feed.
   void finish() override;
 
  private:
@@ -82,12 +81,12 @@ class LiveConsole final : public Console {
   std::ostream* out_;
   Columns columns_;
   std::string hint_;
-  std::string happenings_;   // since the countdown was last written
-  std::size_t written_ = 0;  // columns of the line that are in use
+  std::string reports_;        // the reports since the last countdown
+  std::size_t lineWidth_ = 0;  // the columns that the line uses
 };
 
-/// The countdown in one line of at most `columns` columns: the time left, a bar that fills as it
-/// goes, and a note.
+/// Returns a line of at most `columns` columns with the time left, a bar that fills as time passes,
+/// and a note.
 [[nodiscard]] std::string countdownLine(const TimeLeft& timeLeft, std::string_view note,
                                         std::size_t columns);
 

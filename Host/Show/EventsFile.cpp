@@ -15,7 +15,7 @@ namespace vel::host {
 
 namespace {
 
-// As ISO 8601 has it, to the millisecond.
+// Returns the time of day in the format of ISO 8601, with milliseconds.
 std::string timeOfDay() {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
@@ -42,7 +42,7 @@ EventsFile::EventsFile(std::string path)
 bool EventsFile::append(std::string_view event, double time) {
   const nlohmann::ordered_json line{
       {"event", event}, {"time", timeOfDay()}, {"seconds", std::round(time * 1000) / 1000}};
-  // A name that is not UTF-8 is recorded as near as JSON allows.
+  // JSON must be UTF-8, so invalid bytes in the name are replaced.
   file_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
   return file_.good();
 }

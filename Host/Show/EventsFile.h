@@ -6,14 +6,14 @@
 
 namespace vel::host {
 
-/// A file that recorded events are appended to, a line of JSON each.
+/// A file to which recorded events are appended, one line of JSON for each event.
 class EventsFile {
  public:
-  /// Opens the file, which need not exist yet. Throws UsageError where it cannot be written to.
+  /// Opens or creates the file. Throws a UsageError if it cannot be opened for writing.
   explicit EventsFile(std::string path);
 
-  /// Appends an event: its name, the time of day in UTC, and `time`, the seconds since the
-  /// beginning. False where that failed, on a full disk for instance.
+  /// Appends an event: its name, the time of day in UTC, and `time`, the seconds since the start.
+  /// Returns false if writing fails, for example on a full disk.
   [[nodiscard]] bool append(std::string_view event, double time);
 
   [[nodiscard]] const std::string& path() const { return path_; }

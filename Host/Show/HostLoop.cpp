@@ -24,47 +24,48 @@ bool isIgnored(int signal) {
 }  // namespace
 
 HostLoop::HostLoop() {
-  sigemptyset(&taken_);
-  sigaddset(&taken_, SIGINT);
-  sigaddset(&taken_, SIGTERM);
-  if (!isIgnored(SIGHUP)) {  // as under nohup
-    sigaddset(&taken_, SIGHUP);
+  sigemptyset(&receivedSignals_);
+  sigaddset(&receivedSignals_, SIGINT);
+  sigaddset(&receivedSignals_, SIGTERM);
+  if (!isIgnored(SIGHUP)) {  // nohup ignores it
+    sigaddset(&receivedSignals_, SIGHUP);
   }
-  pthread_sigmask(SIG_BLOCK, &taken_, &before_);
-  signals_ = signalfd(-1, &taken_, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (signals_ < 0) {
+  pthread_sigmask(SIG_BLOCK, &receivedSignals_, &previousMask_);
+  signalDescriptor_ = signalfd(-1, &receivedSignals_, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (signalDescriptor_ < 0) {
     const int reason = errno;
-    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
     throw std::system_error(reason, std::generic_category(), "signalfd");
   }
-  // Whoever reads our output may go; the window has to be given back all the same.
+  // The program that reads our output may exit. The window must be restored nevertheless.
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &ignore, &pipeBefore_);
+  sigaction(SIGPIPE, &ignore, &previousPipeAction_);
 }
 
 HostLoop::~HostLoop() {
-  sigaction(SIGPIPE, &pipeBefore_, nullptr);
-  close(signals_);
-  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  sigaction(SIGPIPE, &previousPipeAction_, nullptr);
+  close(signalDescriptor_);
+  pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
 }
 
-int HostLoop::runUntil(const std::function<bool()>& done) {
+int HostLoop::runUntil(const std::function<bool()>& isDone) {
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   for (;;) {
     loop.pump();
-    if (done()) {
+    if (isDone()) {
       return 0;
     }
-    // A descriptor below 0 is passed over.
+    // `poll` ignores a negative descriptor.
     std::array<pollfd, 3> sources{{{loop.descriptor(), POLLIN, 0},
-                                   {signals_, POLLIN, 0},
-                                   {entered_ ? STDIN_FILENO : -1, POLLIN, 0}}};
+                                   {signalDescriptor_, POLLIN, 0},
+                                   {enterHandler_ ? STDIN_FILENO : -1, POLLIN, 0}}};
     if (poll(sources.data(), sources.size(), -1) < 0) {
-      continue;  // interrupted: look again
+      continue;  // interrupted by a signal
     }
     signalfd_siginfo signal{};
-    if (sources[1].revents != 0 && read(signals_, &signal, sizeof signal) == sizeof signal) {
+    if (sources[1].revents != 0 &&
+        read(signalDescriptor_, &signal, sizeof signal) == sizeof signal) {
       return static_cast<int>(signal.ssi_signo);
     }
     if (sources[2].revents != 0) {
@@ -74,20 +75,20 @@ int HostLoop::runUntil(const std::function<bool()>& done) {
 }
 
 void HostLoop::readInput() {
-  // In the background of a terminal there is nothing for us to read, and to try would stop us.
-  const pid_t foreground = tcgetpgrp(STDIN_FILENO);  // below 0 where it is not our terminal
+  // Reading the terminal from a background job would stop the process.
+  const pid_t foreground = tcgetpgrp(STDIN_FILENO);  // negative if the input is not our terminal
   if (foreground >= 0 && foreground != getpgrp()) {
-    entered_ = nullptr;
+    enterHandler_ = nullptr;
     return;
   }
   std::array<char, 256> input{};
   const ssize_t size = read(STDIN_FILENO, input.data(), input.size());
-  if (size <= 0) {  // its end, or a fault
-    entered_ = nullptr;
+  if (size <= 0) {  // end of input, or an error
+    enterHandler_ = nullptr;
     return;
   }
   if (std::find(input.data(), input.data() + size, '\n') != input.data() + size) {
-    entered_();
+    enterHandler_();
   }
 }
 

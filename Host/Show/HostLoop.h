@@ -4,38 +4,36 @@
 #include <functional>
 #include <utility>
 
+#include "Platform/Foundation/NonCopyable.h"
+
 namespace vel::host {
 
-/// Drives the main run loop the way a program with a loop of its own does: it waits on the loop's
-/// descriptor together with what else concerns it, here the signals that end the program and the
-/// user's Enter, and calls `pump` when there is something to do. Nothing is polled for.
+/// Drives the main run loop as a program with its own loop does. It waits on the descriptor of the
+/// run loop, on signals and on the standard input, and then calls `pump`. It uses no processor time
+/// while it waits.
 ///
-/// From its making to its end, SIGINT, SIGTERM and SIGHUP are taken by the loop, and writing to a
-/// closed pipe does not end the process. Main thread, and before any other is started.
-class HostLoop {
+/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
+/// process. Create it on the main thread before any other thread starts.
+class HostLoop : private NonCopyable {
  public:
   HostLoop();
-  HostLoop(const HostLoop&) = delete;
-  HostLoop& operator=(const HostLoop&) = delete;
-  HostLoop(HostLoop&&) = delete;
-  HostLoop& operator=(HostLoop&&) = delete;
   ~HostLoop();
 
-  /// Has `entered` called at each Enter on the standard input, as long as that can be read.
-  void onEnter(std::function<void()> entered) { entered_ = std::move(entered); }
+  /// Calls `handler` whenever the user presses Enter, until the standard input ends.
+  void onEnter(std::function<void()> handler) { enterHandler_ = std::move(handler); }
 
-  /// Runs until `done`, asked after each pass, answers true, or until a signal arrives. Answers the
-  /// signal's number, else 0.
-  int runUntil(const std::function<bool()>& done);
+  /// Runs until `isDone` returns true or a signal arrives. Calls `isDone` after each pass. Returns
+  /// the number of the signal, or 0.
+  int runUntil(const std::function<bool()>& isDone);
 
  private:
   void readInput();
 
-  sigset_t taken_{};
-  sigset_t before_{};
-  struct sigaction pipeBefore_ {};
-  int signals_ = -1;
-  std::function<void()> entered_;
+  sigset_t receivedSignals_{};
+  sigset_t previousMask_{};
+  struct sigaction previousPipeAction_ {};
+  int signalDescriptor_ = -1;
+  std::function<void()> enterHandler_;
 };
 
 }  // namespace vel::host

@@ -11,9 +11,9 @@ namespace vel::host {
 
 namespace {
 
-constexpr double kPicturesEverySecond = 30;
-constexpr double kSecondsToAndFro = 4;
-constexpr CGColor kGround{0.09, 0.13, 0.24, 1};
+constexpr double kFramesPerSecond = 30;
+constexpr double kPeriod = 4;
+constexpr CGColor kBackground{0.09, 0.13, 0.24, 1};
 constexpr CGColor kSquare{0.96, 0.64, 0.18, 1};
 
 SceneItem filled(CGRect frame, CGColor color) {
@@ -29,8 +29,8 @@ Strong<Playground> Playground::startIn(const Strong<NSWindow>& window) {
   playground->setFrame(content->bounds());
   content->addSubview(playground);
   playground->timer_ =
-      NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Playground::nextPicture>(
-          1 / kPicturesEverySecond, playground, true);
+      NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Playground::drawNextFrame>(
+          1 / kFramesPerSecond, playground, true);
   NSRunLoop::mainRunLoop().addTimerForMode(playground->timer_, NSModalPanelRunLoopMode);
   return playground;
 }
@@ -40,15 +40,15 @@ void Playground::stop() {
   removeFromSuperview();
 }
 
-void Playground::nextPicture() { setNeedsDisplay(); }
+void Playground::drawNextFrame() { setNeedsDisplay(); }
 
 void Playground::addOwnContents(Scene& scene, CGRect rectangle) const {
-  scene.push_back(filled(rectangle, kGround));
+  scene.push_back(filled(rectangle, kBackground));
   const double time = secondsFromNanoseconds(NSRunLoop::mainRunLoop().now());
-  const double way = std::abs(std::fmod(time / kSecondsToAndFro, 1.0) * 2 - 1);
+  const double position = std::abs(std::fmod(time / kPeriod, 1.0) * 2 - 1);
   const CGSize size = rectangle.size;
   const double side = std::min(size.width, size.height) / 3;
-  scene.push_back(filled(CGRectMake(rectangle.origin.x + (size.width - side) * way,
+  scene.push_back(filled(CGRectMake(rectangle.origin.x + (size.width - side) * position,
                                     rectangle.origin.y + (size.height - side) / 2, side, side),
                          kSquare));
 }

@@ -6,20 +6,20 @@
 
 namespace vel::host {
 
-/// What the player window plays while nothing covers it: a square that goes to and fro on a dark
-/// ground. It plays on under a launch screen, as a game does. Main thread.
+/// The content of the player window: a square that moves to and fro on a dark background. It keeps
+/// moving under a launch screen, as a game does. Main thread.
 class Playground final : public Class<Playground, "Playground", NSView> {
  public:
-  /// Fills the window's content and starts to play.
+  /// Creates a view that fills the window, and starts the animation.
   static Strong<Playground> startIn(const Strong<NSWindow>& window);
-  /// Stops and leaves the window. A second time does nothing.
+  /// Stops the animation and leaves the window. A second call does nothing.
   void stop();
 
  protected:
   void addOwnContents(Scene& scene, CGRect rectangle) const override;
 
  private:
-  void nextPicture();
+  void drawNextFrame();
 
   Strong<NSTimer> timer_;
 };

@@ -6,8 +6,8 @@
 
 namespace vel::host {
 
-/// Writes the picture to a file in the PNG format, over what is there; answers what went wrong,
-/// empty for nothing.
+/// Writes the picture to a PNG file and replaces an existing file. Returns an error message, or an
+/// empty string on success.
 [[nodiscard]] std::string writePng(const WindowPicture& picture, const std::string& path);
 
 }  // namespace vel::host

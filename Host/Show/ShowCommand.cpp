@@ -24,14 +24,14 @@ namespace vel::host {
 
 namespace {
 
-constexpr std::size_t kUsualColumns = 80;
-constexpr int kLargestSide = 32767;  // what window systems can do
-constexpr Nanoseconds kTimeForThePlayer = kNanosecondsPerSecond;
+constexpr std::size_t kDefaultColumns = 80;
+constexpr int kLargestSide = 32767;  // the largest side that X11 supports
+constexpr Nanoseconds kPlayerTime = kNanosecondsPerSecond;
 
 std::size_t terminalColumns() {
   winsize size{};
-  const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return known ? size.ws_col : kUsualColumns;
+  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : kDefaultColumns;
 }
 
 std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
@@ -40,15 +40,15 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   }
   auto console = std::make_shared<LiveConsole>(std::cout, terminalColumns,
                                                options.canSkip() ? "press Enter to dismiss" : "");
-  // Log lines are likely to go to the same terminal.
+  // Log lines usually go to the same terminal.
   setNSLogSink([console](std::string_view line) {
-    console->makeWay();
+    console->clearLine();
     writeLogLine(line);
   });
   return console;
 }
 
-int failed(const std::string& failure) {
+int reportFailure(const std::string& failure) {
   if (!failure.empty()) {
     std::cerr << "launchscreen: " << failure << std::endl;
   }
@@ -61,10 +61,10 @@ int show(const ShowOptions& options) {
   std::string error;
   auto windowSystem = makeWindowSystem(options.display, {}, error);
   if (windowSystem == nullptr) {
-    return failed(error);
+    return reportFailure(error);
   }
-  // The display in memory has nothing to wait for, and nobody who looks at it.
-  const bool isSeen = windowSystem->waitHandle().isValid();
+  // The headless window system has no wait handle and no screen.
+  const bool hasScreen = windowSystem->waitHandle().isValid();
 
   HostLoop loop;
   NSApplication::start(std::move(windowSystem));
@@ -74,16 +74,16 @@ int show(const ShowOptions& options) {
   if (options.canSkip()) {
     loop.onEnter([&session] { session->skip(); });
   }
-  int signal = loop.runUntil([&session] { return session->passEnded(); });
-  if (signal == 0 && isSeen && !options.window && session->outcome()->status == kExitSuccess) {
-    // The user is to see the player come back. Its pictures keep the loop going.
+  int signal = loop.runUntil([&session] { return session->update(); });
+  if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
+    // Show the player window for a moment. Its animation wakes the loop.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
-    const Nanoseconds end = runLoop.now() + kTimeForThePlayer;
+    const Nanoseconds end = runLoop.now() + kPlayerTime;
     signal = loop.runUntil([&runLoop, &session, end] {
       return runLoop.now() >= end || session->outcome()->status != kExitSuccess;
     });
   }
-  session->giveBack();
+  session->shutDown();
   NSApplication::stop();
   setNSLogSink(nullptr);
   console->finish();
@@ -92,11 +92,11 @@ int show(const ShowOptions& options) {
     return kExitSignalBase + signal;
   }
   const ShowOutcome outcome = session->outcome().value_or(ShowOutcome());
-  return outcome.status == kExitSuccess ? kExitSuccess : failed(outcome.failure);
+  return outcome.status == kExitSuccess ? kExitSuccess : reportFailure(outcome.failure);
 }
 
-// "1280x720", say; both sides positive.
-CGSize sizeFrom(const std::string& text) {
+// Parses a size such as "1280x720".
+CGSize parseSize(const std::string& text) {
   int width = 0;
   int height = 0;
   const char* const end = text.data() + text.size();
@@ -112,8 +112,8 @@ CGSize sizeFrom(const std::string& text) {
                                            std::to_string(kLargestSide));
 }
 
-// "41943045" or "0x2800005", say.
-std::uint64_t windowFrom(const std::string& text) {
+// Parses a window id such as "41943045" or "0x2800005".
+std::uint64_t parseWindow(const std::string& text) {
   const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
   const char* const start = text.data() + (hexadecimal ? 2 : 0);
   const char* const end = text.data() + text.size();
@@ -125,79 +125,101 @@ std::uint64_t windowFrom(const std::string& text) {
   return window;
 }
 
-}  // namespace
-
-void addShowCommand(CLI::App& program, CommandRun& chosen) {
-  auto options = std::make_shared<ShowOptions>();
-  ShowOptions& wanted = *options;
-  CLI::App* const command = program.add_subcommand(
-      "show", "Play host: show a launch screen over a game's window, from request to event");
-
-  command
-      ->add_option("--display", wanted.display, "The window system; auto takes the best there is")
-      ->check(CLI::IsMember({"auto", "headless", "x11"}))
-      ->type_name("NAME")
-      ->capture_default_str();
-  command->add_option("--mode", wanted.mode, "Whether the launch screen may be closed early")
+// The options of the content request and its presentation.
+void addRequestOptions(CLI::App& command, ShowOptions& options) {
+  command.add_option("--mode", options.mode, "Whether the launch screen may be closed early")
       ->check(CLI::IsMember({"forced", "skip"}))
       ->type_name("MODE")
       ->capture_default_str();
-  command->add_option("--event", wanted.event, "The event to record at the end")
+  command.add_option("--event", options.event, "The event to record at the end")
       ->type_name("NAME")
       ->capture_default_str();
-  command->add_option("--duration", wanted.duration, "How long it stays up while it is in front")
+  command
+      .add_option("--duration", options.duration,
+                  "The time that the launch screen stays, counted while it is in front")
       ->type_name("SECONDS")
       ->capture_default_str();
-  command->add_option("--present", wanted.presentation, "How it is presented")
+  command.add_option("--present", options.presentation, "How to present the launch screen")
       ->check(CLI::IsMember({"embedded", "modal", "sheet"}))
       ->type_name("HOW")
       ->capture_default_str();
-  command->add_flag("--content-controller", wanted.contentController,
-                    "Give the player window a content view controller");
-  command->add_flag("--indicator", wanted.indicator, "Let an indicator spin on the launch screen");
+}
+
+// The options of the player window and of the display that it is on.
+void addWindowOptions(CLI::App& command, ShowOptions& options) {
+  command
+      .add_option("--display", options.display,
+                  "The window system; auto uses x11 if a display is available")
+      ->check(CLI::IsMember({"auto", "headless", "x11"}))
+      ->type_name("NAME")
+      ->capture_default_str();
+  command.add_flag("--content-controller", options.contentController,
+                   "Give the player window a content view controller");
+  command.add_flag("--indicator", options.indicator, "Show an indicator on the launch screen");
   CLI::Option* const size =
       command
-          ->add_option_function<std::string>(
-              "--size", [options](const std::string& text) { options->size = sizeFrom(text); },
+          .add_option_function<std::string>(
+              "--size", [&options](const std::string& text) { options.size = parseSize(text); },
               "The size of the player window")
           ->type_name("WIDTHxHEIGHT")
           ->default_str("1280x720");
   command
-      ->add_option_function<std::string>(
-          "--window", [options](const std::string& text) { options->window = windowFrom(text); },
+      .add_option_function<std::string>(
+          "--window", [&options](const std::string& text) { options.window = parseWindow(text); },
           "Cover this window of another program instead of a player window (x11)")
       ->type_name("ID")
       ->excludes(size);
+}
+
+// The options of what a run writes to files and when it dismisses the launch screen.
+void addRunOptions(CLI::App& command, ShowOptions& options) {
   command
-      ->add_option("--screenshot", wanted.screenshotPath,
-                   "Save the window as a PNG file when half the time is over (x11)")
+      .add_option("--screenshot", options.screenshotPath,
+                  "Save the window as a PNG file after half of the time (x11)")
       ->type_name("FILE.png");
-  command->add_option("--events", wanted.eventsPath, "Append recorded events, a line of JSON each")
+  command
+      .add_option("--events", options.eventsPath,
+                  "Append each recorded event to a file, as a line of JSON")
       ->type_name("FILE");
   command
-      ->add_option_function<double>(
+      .add_option_function<double>(
           "--skip-after",
-          [options](double seconds) {
+          [&options](double seconds) {
             if (!std::isfinite(seconds) || seconds < 0) {
               throw CLI::ValidationError("--skip-after", "not a number of seconds from 0 up");
             }
-            options->skipAfter = seconds;
+            options.skipAfter = seconds;
           },
-          "In skip mode: dismiss it then, unless Enter comes first")
+          "In skip mode: dismiss the launch screen after this time, or earlier on Enter")
       ->type_name("SECONDS");
+}
+
+// Checks the options that depend on each other.
+void checkOptions(ShowOptions& options) {
+  if (options.skipAfter && !options.canSkip()) {
+    throw CLI::ValidationError("--skip-after", "needs --mode skip");
+  }
+  const bool needsScreen = options.window || !options.screenshotPath.empty();
+  if (needsScreen && options.display == "headless") {
+    throw CLI::ValidationError(options.window ? "--window" : "--screenshot", "needs --display x11");
+  }
+  if (needsScreen) {
+    options.display = "x11";
+  }
+}
+
+}  // namespace
+
+void addShowCommand(CLI::App& program, CommandRun& chosen) {
+  // Outlives this function: CLI11 writes to the options when it parses the command line.
+  auto options = std::make_shared<ShowOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "show", "Show a launch screen over a game's window, from request to event");
+  addRequestOptions(*command, *options);
+  addWindowOptions(*command, *options);
+  addRunOptions(*command, *options);
   command->final_callback([options, &chosen] {
-    if (options->skipAfter && !options->canSkip()) {
-      throw CLI::ValidationError("--skip-after", "needs --mode skip");
-    }
-    // Only there is another program's window, or anything to be seen.
-    const bool needsScreen = options->window || !options->screenshotPath.empty();
-    if (needsScreen && options->display == "headless") {
-      throw CLI::ValidationError(options->window ? "--window" : "--screenshot",
-                                 "needs --display x11");
-    }
-    if (needsScreen) {
-      options->display = "x11";
-    }
+    checkOptions(*options);
     chosen = [options] { return show(*options); };
   });
 }

@@ -1,11 +1,11 @@
-// `launchscreen show`: plays the host of a launch screen.
+// `launchscreen show`: shows a launch screen as a host does.
 #pragma once
 
 #include "Host/Command.h"
 
 namespace vel::host {
 
-/// Adds the command; see `CommandRun`.
+/// Adds the command to the program; see `CommandRun`.
 void addShowCommand(CLI::App& program, CommandRun& chosen);
 
 }  // namespace vel::host

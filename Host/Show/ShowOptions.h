@@ -8,8 +8,8 @@
 
 namespace vel::host {
 
-/// What the user asked `show` for; the values here are what stands where nothing was said. What
-/// goes into the content request is kept as text: it is the library's to judge.
+/// The options of `show`, with their defaults. The values for the content request stay text,
+/// because the library checks them.
 struct ShowOptions {
   std::string display = "auto";
   std::string mode = "forced";
@@ -20,13 +20,13 @@ struct ShowOptions {
   bool contentController = false;
   bool indicator = false;
   CGSize size{1280, 720};
-  /// The window system's id of another program's window to cover, instead of one of our own.
+  /// The id of another program's window to cover. Without it, `show` opens a window of its own.
   std::optional<std::uint64_t> window;
-  /// Empty for none.
+  /// The file for a screenshot; empty for no screenshot.
   std::string screenshotPath;
-  /// Empty for none.
+  /// The file for recorded events; empty for no file.
   std::string eventsPath;
-  /// Seconds.
+  /// The time after which to dismiss the launch screen, in seconds.
   std::optional<double> skipAfter;
 
   [[nodiscard]] bool canSkip() const { return mode == "skip"; }

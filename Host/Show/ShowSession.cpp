@@ -17,10 +17,11 @@ namespace {
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
-// A user who works elsewhere meanwhile may keep it from there for good.
-constexpr double kTimeToComeToFront = 1;
+// The maximum wait for the player window to become key, in seconds. A window manager may never make
+// it key, for example while the user types in another window.
+constexpr double kMaximumWaitForKey = 1;
 
-/// What the library takes for the game's main window goes by its class name.
+/// The library recognises the main window of a game by this class name.
 class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
  public:
   using Class::Class;
@@ -40,7 +41,7 @@ std::string namesOf(NSWindowStyleMask controls) {
   return names.empty() ? "none" : names;
 }
 
-// The content framework's numbers for the ways of presenting, which are not the library's own.
+// Returns the host's number for a presentation. The library uses other numbers for its modes.
 std::int32_t hostMode(const std::string& presentation) {
   static const std::map<std::string, std::int32_t> kModes{
       {"embedded", 0}, {"sheet", 1}, {"modal", 2}};
@@ -53,18 +54,18 @@ ShowSession::ShowSession(ShowOptions options, std::shared_ptr<Console> console,
                          std::unique_ptr<EventsFile> events)
     : options_(std::move(options)), console_(std::move(console)), events_(std::move(events)) {}
 
-ShowSession::~ShowSession() { giveBack(); }
+ShowSession::~ShowSession() { shutDown(); }
 
 void ShowSession::start() {
-  started_ = true;
-  startedAt_ = NSRunLoop::mainRunLoop().now();
-  observerBefore_ = setPlatformObserver(this);
-  sinkBefore_ = MetricsCenter::setSink([this](std::string_view event) { eventRecorded(event); });
+  isStarted_ = true;
+  startTime_ = NSRunLoop::mainRunLoop().now();
+  previousObserver_ = setPlatformObserver(this);
+  previousSink_ = MetricsCenter::setSink([this](std::string_view event) { eventRecorded(event); });
   NSApp->setDisplayLostHandler([this](std::string_view reason) { displayLost(reason); });
   NSApp->setControlsKeptHandler([this](const NSWindow& window, NSWindowStyleMask controls) {
     controlsKept(window, controls);
   });
-  screenshotDue_ = !options_.screenshotPath.empty();
+  needsScreenshot_ = !options_.screenshotPath.empty();
   if (options_.window) {
     adoptPlayerWindow(*options_.window);
   } else {
@@ -81,14 +82,15 @@ void ShowSession::start() {
     playground_ = Playground::startIn(player_);
   }
   player_->makeKeyAndOrderFront();
-  // A window of our own is where it stays once it is in front; another program's is that already.
+  // A new window may still move until it is in front. A window of another program is in place
+  // already.
   if (options_.window || player_->isKeyWindow()) {
     request();
   }
 }
 
 void ShowSession::request() {
-  startedAt_ = NSRunLoop::mainRunLoop().now();
+  startTime_ = NSRunLoop::mainRunLoop().now();
   broker_ = make<EngineBroker>();
   manager_ = LaunchScreenManager::init();
   manager_->setDelegate(self());
@@ -101,7 +103,7 @@ void ShowSession::request() {
   const Strong<ContentData> data = send(broker_->resolverForEngine(kLaunchScreenEngine),
                                         &ContentResolver::contentDataForContentRequest, request);
   if (data == nullptr) {
-    fail({});  // the library has said why
+    fail({});  // the library has logged the reason
   } else if (data->state() == ContentDataStateLoaded) {
     present(data);
   }
@@ -127,7 +129,7 @@ void ShowSession::adoptPlayerWindow(std::uint64_t window) {
 void ShowSession::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
   if (data->state() == ContentDataStateLoaded) {
-    happened("request answered");
+    report("request answered");
   } else if (data->state() == ContentDataStateFailed) {
     fail("the launch screen cannot be shown: " +
          std::string(send(data->error(), &NSError::domain)));
@@ -141,19 +143,19 @@ void ShowSession::present(const Strong<ContentData>& data) {
   presentation_ = as<CVPresentationFullScreen>(view->presentation());
   cover_ = presentation_->viewController();
   if (options_.indicator) {
-    // Before the view appears: that is what sets the indicator turning.
+    // The indicator starts when the view appears, so it must exist before that.
     const auto controller = as<LaunchScreenViewController>(cover_);
     send(controller, &LaunchScreenViewController::createActivityIndicator);
     send(controller, &LaunchScreenViewController::createConstraintsActivityIndicator);
   }
-  timeGiven_ = manager_->launchScreenExpirationTimeLeft();
+  totalTime_ = manager_->launchScreenExpirationTimeLeft();
   presentation_->presentForWindowWithPresentationMode(player_, hostMode(options_.presentation));
-  if (!covers()) {
+  if (!isCovering()) {
     fail("nothing is shown: a " + options_.presentation +
          " needs a player window with a content view controller (--content-controller)");
     return;
   }
-  tellTimeLeft();
+  showTimeLeft();
   if (options_.skipAfter) {
     dispatch_after(
         dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(*options_.skipAfter)),
@@ -163,70 +165,70 @@ void ShowSession::present(const Strong<ContentData>& data) {
 }
 
 void ShowSession::skip() {
-  // Asked once more while the cover is being taken down, the library would end it once more.
-  if (options_.canSkip() && covers() && !dismissed_) {
+  // A second call during the dismissal would make the library end the launch screen again.
+  if (options_.canSkip() && isCovering() && !isDismissed_) {
     manager_->dismissLaunchScreen();
   }
 }
 
-bool ShowSession::passEnded() {
+bool ShowSession::update() {
   if (player_ != nullptr && manager_ == nullptr && !outcome_) {
     if (!player_->isVisible()) {
       fail("the player window was closed");
-    } else if (player_->isKeyWindow() || time() >= kTimeToComeToFront) {
+    } else if (player_->isKeyWindow() || time() >= kMaximumWaitForKey) {
       request();
     }
   }
-  if (covers() && !dismissed_) {
+  if (isCovering() && !isDismissed_) {
     const Countdown now = manager_->appIsUnfocused() ? Countdown::Paused : Countdown::Runs;
     if (now != countdown_) {
       countdown_ = now;
-      tellTimeLeft();
+      showTimeLeft();
     }
   }
-  noticeUncovered();
-  if (uncovered_ && !outcome_) {
-    if (options_.canSkip() || recorded_) {
+  reportUncovered();
+  if (isUncovered_ && !outcome_) {
+    if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
-      if (screenshotDue_) {
+      if (needsScreenshot_) {
         outcome_ =
             ShowOutcome{kExitFailure, "the launch screen went before its middle: no screenshot"};
       }
     } else if (!manager_->eventWasSended()) {
-      // Only while a required window is key is the event recorded, and there is none any more.
+      // The event is recorded only while a required window is key. No such window is left.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
   return outcome_.has_value();
 }
 
-void ShowSession::giveBack() {
-  if (!std::exchange(started_, false)) {
+void ShowSession::shutDown() {
+  if (!std::exchange(isStarted_, false)) {
     return;
   }
-  if (covers() && !dismissed_) {
+  if (isCovering() && !isDismissed_) {
     presentation_->dismissViewController();
   }
-  if (covers()) {
-    // An embedded cover may be left for a while after its end. Taking it away restores the window.
+  if (isCovering()) {
+    // An embedded cover may stay for a while after its dismissal. Removing it restores the window.
     cover_->view()->removeFromSuperview();
   }
-  noticeUncovered();
+  reportUncovered();
   send(playground_, &Playground::stop);
   send(player_, &NSWindow::close);
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
   send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
-  MetricsCenter::setSink(std::exchange(sinkBefore_, nullptr));
-  setPlatformObserver(observerBefore_);
+  MetricsCenter::setSink(std::exchange(previousSink_, nullptr));
+  setPlatformObserver(previousObserver_);
 }
 
-// What happens
+// What the library and the window system report
 
 void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
   if (&controller == cover_.get() && step == LifeCycleStep::DidAppear) {
-    covered_ = true;
-    happened("covered");
+    wasCovered_ = true;
+    report("covered");
   }
 }
 
@@ -234,39 +236,39 @@ void ShowSession::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
   if (&window != player_.get()) {
     return;
   }
-  if (!controlsTaken_ && (styleMask & kControls) == 0) {
-    controlsTaken_ = true;
-    happened("controls taken");
-  } else if (controlsTaken_ && styleMask == playerStyle_) {
-    controlsTaken_ = false;
-    happened("controls given back");
+  if (!areControlsRemoved_ && (styleMask & kControls) == 0) {
+    areControlsRemoved_ = true;
+    report("controls taken");
+  } else if (areControlsRemoved_ && styleMask == playerStyle_) {
+    areControlsRemoved_ = false;
+    report("controls given back");
   }
 }
 
 void ShowSession::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
-  if (target != manager_ || dismissed_) {
+  if (target != manager_ || isDismissed_) {
     return;
   }
-  tellTimeLeft();
-  if (screenshotDue_ && manager_->launchScreenExpirationTimeLeft() <= timeGiven_ / 2) {
+  showTimeLeft();
+  if (needsScreenshot_ && manager_->launchScreenExpirationTimeLeft() <= totalTime_ / 2) {
     takeScreenshot();
   }
 }
 
 void ShowSession::contentViewDidDisappear(const Strong<ContentView>& /*view*/) {
-  dismissed_ = true;
-  happened("dismissed");
+  isDismissed_ = true;
+  report("dismissed");
 }
 
 void ShowSession::eventRecorded(std::string_view event) {
-  recorded_ = true;
-  happened("event recorded: " + std::string(event));
+  isEventRecorded_ = true;
+  report("event recorded: " + std::string(event));
   if (events_ != nullptr && !events_->append(event, time())) {
     fail("the event could not be written to " + events_->path());
   }
 }
 
-// Also after a good end, while the user is to see the player.
+// This can also happen after a successful end, while the player window is still shown.
 void ShowSession::displayLost(std::string_view reason) {
   if (outcome_ && outcome_->status == kExitSuccess) {
     outcome_.reset();
@@ -275,13 +277,14 @@ void ShowSession::displayLost(std::string_view reason) {
 }
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask controls) {
-  if (&window == player_.get() && controlsTaken_) {
-    console_->remark(time(), "controls kept by the window manager: " + namesOf(controls));
+  if (&window == player_.get() && areControlsRemoved_) {
+    console_->reportPermanently(time(),
+                                "controls kept by the window manager: " + namesOf(controls));
   }
 }
 
 void ShowSession::takeScreenshot() {
-  screenshotDue_ = false;
+  needsScreenshot_ = false;
   const auto picture = NSApp->windowSystem().picture(player_->handle());
   if (!picture) {
     fail("no screenshot: the player window is not on a screen");
@@ -298,25 +301,25 @@ void ShowSession::fail(std::string failure) {
 }
 
 double ShowSession::time() const {
-  return secondsFromNanoseconds(NSRunLoop::mainRunLoop().now() - startedAt_);
+  return secondsFromNanoseconds(NSRunLoop::mainRunLoop().now() - startTime_);
 }
 
-void ShowSession::happened(std::string_view what) { console_->happened(time(), what); }
+void ShowSession::report(std::string_view text) { console_->report(time(), text); }
 
-void ShowSession::tellTimeLeft() {
-  console_->timeLeft(time(), {.left = manager_->launchScreenExpirationTimeLeft(),
-                              .total = timeGiven_,
-                              .countdown = countdown_});
+void ShowSession::showTimeLeft() {
+  console_->showTimeLeft(time(), {.left = manager_->launchScreenExpirationTimeLeft(),
+                                  .total = totalTime_,
+                                  .countdown = countdown_});
 }
 
-bool ShowSession::covers() const {
+bool ShowSession::isCovering() const {
   return cover_ != nullptr && send(cover_->view()->window(), &NSWindow::isVisible);
 }
 
-void ShowSession::noticeUncovered() {
-  if (covered_ && !uncovered_ && !covers()) {
-    uncovered_ = true;
-    happened("uncovered");
+void ShowSession::reportUncovered() {
+  if (wasCovered_ && !isUncovered_ && !isCovering()) {
+    isUncovered_ = true;
+    report("uncovered");
   }
 }
 

@@ -19,38 +19,38 @@ namespace vel::host {
 /// How a session ended.
 struct ShowOutcome {
   ExitStatus status = kExitSuccess;
-  /// One line for the user; empty where nothing failed, or where the library has said it already.
+  /// One line for the user. Empty on success, or if the library has logged the reason.
   std::string failure;
 };
 
-/// One launch screen from request to event, as a host sees to it: the session opens a player
-/// window, or takes part in another program's, sends the content request, presents what it gets,
-/// and tells its console what happens.
-/// It works on the running application and the main run loop, in whichever time that runs; the
-/// caller runs the loop. Main thread.
+/// Acts as the host of one launch screen, from request to event. It opens a player window or adopts
+/// a window of another program, sends the content request, presents the content, and reports to its
+/// console what happens. It needs a running application, and the caller runs the main run loop, in
+/// real or virtual time. Main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
  public:
-  /// `events` may be none.
+  /// `events` may be null.
   ShowSession(ShowOptions options, std::shared_ptr<Console> console,
               std::unique_ptr<EventsFile> events);
-  /// Gives the window back, if that has not been done.
+  /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens the player window and, as soon as it is in front, presents the launch screen over it.
-  /// What goes wrong is the outcome.
+  /// Opens the player window. Presents the launch screen over it as soon as the window is in front.
+  /// An error becomes the outcome.
   void start();
-  /// Takes notice of what a pass of the run loop has changed; to be called after each. Answers
-  /// whether the session has come to its outcome.
-  bool passEnded();
+  /// Checks what has changed. The caller must call this after each pass of the run loop. Returns
+  /// true if the session has its outcome.
+  bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
-  /// The user wants the launch screen gone; without skip mode nothing happens.
+  /// Dismisses the launch screen for the user. Does nothing without skip mode.
   void skip();
-  /// Takes the launch screen down without asking anybody, restores the window's style and closes
-  /// the window, or lets another program's go. A second time does nothing.
-  void giveBack();
+  /// Dismisses the launch screen without asking the delegates, restores the window's style and
+  /// closes the window. Releases an adopted window instead of closing it. A second call does
+  /// nothing.
+  void shutDown();
 
   [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return player_; }
 
@@ -76,21 +76,21 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void takeScreenshot();
   void fail(std::string failure);
 
-  // Seconds since the start.
+  // The seconds since the start.
   [[nodiscard]] double time() const;
-  void happened(std::string_view what);
-  void tellTimeLeft();
-  // Whether the launch screen's view is in an open window.
-  [[nodiscard]] bool covers() const;
-  void noticeUncovered();
+  void report(std::string_view text);
+  void showTimeLeft();
+  // True if the view of the launch screen is in an open window.
+  [[nodiscard]] bool isCovering() const;
+  void reportUncovered();
 
   ShowOptions options_;
   std::shared_ptr<Console> console_;
   std::unique_ptr<EventsFile> events_;
-  MetricsCenter::Sink sinkBefore_;
-  PlatformObserver* observerBefore_ = nullptr;
-  bool started_ = false;
-  Nanoseconds startedAt_ = 0;
+  MetricsCenter::Sink previousSink_;
+  PlatformObserver* previousObserver_ = nullptr;
+  bool isStarted_ = false;
+  Nanoseconds startTime_ = 0;
 
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
@@ -100,14 +100,14 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   Strong<NSViewController> cover_;
 
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
-  double timeGiven_ = 0;
+  double totalTime_ = 0;
   Countdown countdown_ = Countdown::Runs;
-  bool covered_ = false;
-  bool controlsTaken_ = false;
-  bool dismissed_ = false;
-  bool uncovered_ = false;
-  bool recorded_ = false;
-  bool screenshotDue_ = false;
+  bool wasCovered_ = false;
+  bool areControlsRemoved_ = false;
+  bool isDismissed_ = false;
+  bool isUncovered_ = false;
+  bool isEventRecorded_ = false;
+  bool needsScreenshot_ = false;
   std::optional<ShowOutcome> outcome_;
 };
 

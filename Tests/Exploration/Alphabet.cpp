@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "Host/Play/Scenario/ScenarioReader.h"
-#include "Host/Play/Trace/JsonWriter.h"
+#include "Host/Play/Scenario/Decimal.h"
 
 namespace vel::exploration {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Host/Play/Trace/JsonWriter.h"
+#include "Host/Play/Scenario/Decimal.h"
 #include "LaunchScreen/View/macOS/EmbeddedCover.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Exploration/StyleExceptions.h"

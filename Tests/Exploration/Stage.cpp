@@ -165,7 +165,7 @@ void Stage::note(const host::trace::StepStarted& started) {
     }
   }
   const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);
-  const bool guarded = dismissal != nullptr && dismissal->by != host::DismissalRoad::Content;
+  const bool guarded = dismissal != nullptr && dismissal->by != host::DismissalPath::Content;
   const auto delegates =
       send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
   history_.refusalDue = guarded && delegates != nullptr &&

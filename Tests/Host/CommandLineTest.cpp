@@ -75,7 +75,7 @@ TEST_P(BadUsageTest, IsToldInOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     CommandLine, BadUsageTest,
     testing::Values(
-        BadUsage{"NoCommand", {}, "which command?"}, BadUsage{"UnknownCommand", {"dance"}, "dance"},
+        BadUsage{"NoCommand", {}, "a command is missing"}, BadUsage{"UnknownCommand", {"dance"}, "dance"},
         BadUsage{"UnknownOption", {"show", "--bogus"}, "--bogus"},
         BadUsage{"OptionOfTwoLines", {"show", "--bo\ngus"}, "--bo gus"},
         BadUsage{"Operand", {"show", "now"}, "now"},

@@ -10,7 +10,7 @@
 namespace vel::host {
 
 HeadlessPlatform::HeadlessPlatform(NSOperatingSystemVersion version)
-    : formerVersion_(NSProcessInfo::operatingSystemVersion()) {
+    : previousVersion_(NSProcessInfo::operatingSystemVersion()) {
   NSProcessInfo::setOperatingSystemVersion(version);
   NSRunLoop::mainRunLoop().setClock(std::make_unique<VirtualClock>());
   auto windowSystem = std::make_unique<HeadlessWindowSystem>();
@@ -21,7 +21,7 @@ HeadlessPlatform::HeadlessPlatform(NSOperatingSystemVersion version)
 HeadlessPlatform::~HeadlessPlatform() {
   shutDown();
   sDefaultConfiguration = nullptr;
-  NSProcessInfo::setOperatingSystemVersion(formerVersion_);
+  NSProcessInfo::setOperatingSystemVersion(previousVersion_);
 }
 
 }  // namespace vel::host

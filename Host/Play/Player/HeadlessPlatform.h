@@ -1,26 +1,25 @@
 #pragma once
 
 #include "Platform/Foundation/NSProcessInfo.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 
 namespace vel::host {
 
-/// Where a play takes place: the platform with the headless window system and virtual time that
-/// starts at 0, and the library as a process finds it. One at a time. With it ends everything that
-/// is open or scheduled. Main thread.
-class HeadlessPlatform {
+/// Runs the application on the headless window system in virtual time, which starts at 0. The
+/// library is in its initial state. The destructor ends all that is open or scheduled. Only one may
+/// exist at a time. Main thread.
+class HeadlessPlatform : private NonCopyable {
  public:
   explicit HeadlessPlatform(NSOperatingSystemVersion version);
-  HeadlessPlatform(const HeadlessPlatform&) = delete;
-  HeadlessPlatform& operator=(const HeadlessPlatform&) = delete;
   ~HeadlessPlatform();
 
-  /// What a user does with windows.
+  /// The window system, which also simulates what a user does with windows.
   [[nodiscard]] HeadlessWindowSystem& user() { return *windowSystem_; }
 
  private:
-  HeadlessWindowSystem* windowSystem_ = nullptr;  // the application's
-  NSOperatingSystemVersion formerVersion_;
+  HeadlessWindowSystem* windowSystem_ = nullptr;  // owned by the application
+  NSOperatingSystemVersion previousVersion_;
 };
 
 }  // namespace vel::host

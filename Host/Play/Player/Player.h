@@ -15,26 +15,24 @@ namespace vel::host {
 
 enum class PlayOutcome : std::uint8_t {
   Ended,
-  /// The play broke off: a collection was changed while it was being walked.
+  /// The play stopped early: a collection was changed while it was being enumerated.
   CollectionMutated
 };
 
-/// The host of a scenario: plays it once, on a stage of its own, and tells its listener what
-/// happens. Main thread.
+/// Plays a scenario once, as its host, on a platform of its own. Reports what happens to a
+/// listener. Main thread.
 class Player final : private PlatformObserver {
  public:
-  /// Opens the host's windows and makes the manager; nothing of that is told. The scenario and the
-  /// listener have to outlive the player.
+  /// Opens the host's windows and makes the manager, without reporting it. The scenario and the
+  /// listener must outlive the player.
   Player(const Scenario& scenario, PlayListener& listener);
-  Player(const Player&) = delete;
-  Player& operator=(const Player&) = delete;
-  Player(Player&&) = delete;
-  Player& operator=(Player&&) = delete;
   ~Player() override;
 
+  /// Plays the whole scenario.
   PlayOutcome play();
 
-  /// For whoever plays step by step, instead: runs the loop until the step's time and does it.
+  /// Plays one step: runs the loop until the step's time and performs the step. For callers that do
+  /// not play the whole scenario.
   void play(const Step& step);
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
   [[nodiscard]] WindowNames& names() { return names_; }
@@ -48,16 +46,16 @@ class Player final : private PlatformObserver {
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
-  // Runs the loop until the moment has come and nothing more is due then.
+  // Runs the loop until this time, and until no more work is due at this time.
   void runUntil(Nanoseconds time);
-  void settled();
-  void tell(TraceEvent event);
+  void reportState();
+  void report(TraceEvent event);
 
   Strong<NSWindow> open(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& script);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
-  // The main content's.
+  // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
   [[nodiscard]] bool isCovered();
 
@@ -87,16 +85,16 @@ class Player final : private PlatformObserver {
 
   const Scenario& scenario_;
   PlayListener& listener_;
-  HeadlessPlatform stage_;
+  HeadlessPlatform platform_;
   WindowNames names_;
-  std::vector<Strong<NSWindow>> windows_;  // the host's own, also when closed
+  std::vector<Strong<NSWindow>> windows_;  // the host's own, including closed ones
   Strong<HostBroker> broker_;
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  Weak<LaunchScreenContent> mainContent_;  // also after the manager has dropped it
+  Weak<LaunchScreenContent> mainContent_;  // also after the manager has released it
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
-  std::vector<Weak<LaunchScreenViewController>> covers_;  // that have been on screen
+  std::vector<Weak<LaunchScreenViewController>> shownCovers_;
   std::vector<Strong<NSViewController>> presentedOver_;
 };
 

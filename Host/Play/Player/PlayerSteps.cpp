@@ -1,4 +1,4 @@
-// What each step of a scenario does.
+// Performs the steps of a scenario.
 #include <future>
 #include <utility>
 
@@ -12,7 +12,7 @@ namespace vel::host {
 
 namespace {
 
-// Does the work on the thread that the step names, and waits for its end.
+// Runs the work on the thread that the step names, and waits until it is done.
 void runOn(StepThread thread, const std::function<void()>& work) {
   if (thread == StepThread::Main) {
     work();
@@ -27,18 +27,18 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
   viewDelegate_ = nullptr;
   if (script) {
     viewDelegate_ = make<ScriptedViewDelegate>(
-        *script, [this](const ViewDelegateScript& told, ViewOperation operation) {
+        *script, [this](const ViewDelegateScript& current, ViewOperation operation) {
           trace::HostCalled called{.operation = operation, .answer = std::nullopt};
           if (operation == ViewOperation::CanDisappear) {
-            called.answer = told.canDisappear;
+            called.answer = current.canDisappear;
           }
-          tell(called);
-          if (operation == told.deactivateDuring) {
+          report(called);
+          if (operation == current.deactivateDuring) {
             manager_->deactivate();
           }
         });
   }
-  // Also on content that the manager has dropped: a cover may still be told by it.
+  // Content that the manager has released may still notify a delegate.
   send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
@@ -58,11 +58,11 @@ Strong<LaunchScreenViewController> Player::controller() const {
       send(manager_->content(), &LaunchScreenContent::viewController));
 }
 
-// The manager's service
+// Operations of the manager
 
 void Player::perform(const step::Activate& action) {
   const bool answer = manager_->activate(action.broker ? broker_ : nullptr);
-  tell(trace::Activated{answer});
+  report(trace::Activated{answer});
 }
 
 void Player::perform(const step::Request& action) {
@@ -75,12 +75,12 @@ void Player::perform(const step::Request& action) {
   if (const auto temporary = manager_->tempContent(); answer != nullptr && answer == temporary) {
     temporaryContents_.push_back(temporary);
   }
-  tell(trace::ContentDataAnswered{contentNameOf(answer.get())});
+  report(trace::ContentDataAnswered{contentNameOf(answer.get())});
 }
 
 void Player::perform(const step::ContentView& action) {
   const Strong<ContentView> answer = manager_->contentViewForContentData(content(action.content));
-  tell(trace::ContentViewAnswered{contentNameOf(answer.get())});
+  report(trace::ContentViewAnswered{contentNameOf(answer.get())});
 }
 
 void Player::perform(const step::Present& action) {
@@ -91,13 +91,13 @@ void Player::perform(const step::Present& action) {
 
 void Player::perform(const step::Dismiss& action) {
   switch (action.by) {
-    case DismissalRoad::Manager:
+    case DismissalPath::Manager:
       runOn(action.thread, [this] { manager_->dismissLaunchScreen(); });
       break;
-    case DismissalRoad::Controller:
+    case DismissalPath::Controller:
       send(controller(), &LaunchScreenViewController::dismissViewController, controller());
       break;
-    case DismissalRoad::Content:
+    case DismissalPath::Content:
       send(manager_->content(), &LaunchScreenContent::dismissViewController);
       break;
   }
@@ -169,14 +169,14 @@ void Player::perform(const step::Deminiaturize& action) {
   send(names_.window(action.window), &NSWindow::deminiaturize);
 }
 
-void Player::perform(const step::ResignKey& /*action*/) { stage_.user().userMovesFocusAway(); }
+void Player::perform(const step::ResignKey& /*action*/) { platform_.user().userMovesFocusAway(); }
 
 void Player::perform(const step::DeactivateApp& /*action*/) {
-  stage_.user().userDeactivatesApplication();
+  platform_.user().userDeactivatesApplication();
 }
 
 void Player::perform(const step::ActivateApp& /*action*/) {
-  stage_.user().userActivatesApplication();
+  platform_.user().userActivatesApplication();
 }
 
 void Player::perform(const step::StopModal& /*action*/) { NSApp->stopModal(); }
@@ -188,7 +188,8 @@ void Player::perform(const step::PresentOver& /*action*/) {
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // The latest that is still up. It is sent its own dismissal: the cover's is guarded.
+  // Dismisses the newest controller that is still presented. Its own operation does it: the cover's
+  // operation may refuse.
   while (!presentedOver_.empty()) {
     const Strong<NSViewController> over = presentedOver_.back();
     presentedOver_.pop_back();
@@ -202,7 +203,7 @@ void Player::perform(const step::DismissOver& /*action*/) {
 void Player::perform(const step::RunLoopMode& action) { NSApp->setRunLoopMode(action.mode); }
 
 void Player::perform(const step::Inspect& /*action*/) {
-  tell(trace::Inspected{inspect(*manager_, names_)});
+  report(trace::Inspected{inspect(*manager_, names_)});
 }
 
 }  // namespace vel::host

@@ -8,18 +8,19 @@ namespace vel::host {
 using Json = nlohmann::json;
 
 void JsonValue::refuse(std::string_view expected) const {
-  throw ScenarioError(place_, std::string(expected) + (isGiven() ? "" : ", which is missing"));
+  throw ScenarioError(place_.to_string(),
+                      std::string(expected) + (isPresent() ? "" : ", which is missing"));
 }
 
 bool JsonValue::boolean() const {
-  if (!isGiven() || !json_->is_boolean()) {
+  if (!isPresent() || !json_->is_boolean()) {
     refuse("true or false");
   }
   return json_->get<bool>();
 }
 
 std::string JsonValue::text(std::string_view expected) const {
-  if (!isGiven() || !json_->is_string()) {
+  if (!isPresent() || !json_->is_string()) {
     refuse(expected);
   }
   return json_->get<std::string>();
@@ -33,7 +34,7 @@ std::optional<std::string> JsonValue::textOrNull(std::string_view expected) cons
 }
 
 double JsonValue::number() const {
-  if (!isGiven() || !json_->is_number()) {
+  if (!isPresent() || !json_->is_number()) {
     refuse("a number");
   }
   return json_->get<double>();
@@ -46,69 +47,69 @@ double JsonValue::numberOrWord() const {
       {"inf", kInfinity},
       {"-inf", -kInfinity},
   };
-  if (isGiven() && json_->is_number()) {
+  if (isPresent() && json_->is_number()) {
     return number();
   }
   for (const NamedValue<double>& word : kWords) {
-    if (isGiven() && *json_ == word.name) {
+    if (isPresent() && *json_ == word.name) {
       return word.value;
     }
   }
   refuse(R"(a number, "nan", "inf" or "-inf")");
 }
 
-std::int64_t JsonValue::integer(std::int64_t least, std::int64_t greatest) const {
-  if (isGiven() && json_->is_number_integer()) {
+std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) const {
+  if (isPresent() && json_->is_number_integer()) {
     const auto number = json_->get<std::int64_t>();
-    // Beyond the signed range it would come out negative.
-    const bool fits = !json_->is_number_unsigned() || number >= 0;
-    if (fits && number >= least && number <= greatest) {
+    // The conversion makes an unsigned number beyond the signed range negative.
+    const bool isInSignedRange = !json_->is_number_unsigned() || number >= 0;
+    if (isInSignedRange && number >= minimum && number <= maximum) {
       return number;
     }
   }
-  refuse("an integer from " + std::to_string(least) + " to " + std::to_string(greatest));
+  refuse("an integer from " + std::to_string(minimum) + " to " + std::to_string(maximum));
 }
 
 std::uint64_t JsonValue::unsigned64() const {
-  if (!isGiven() || !json_->is_number_unsigned()) {
+  if (!isPresent() || !json_->is_number_unsigned()) {
     refuse("an integer from 0 to 18446744073709551615");
   }
   return json_->get<std::uint64_t>();
 }
 
 std::vector<JsonValue> JsonValue::elements(std::string_view expected) const {
-  if (!isGiven() || !json_->is_array()) {
+  if (!isPresent() || !json_->is_array()) {
     refuse(expected);
   }
   std::vector<JsonValue> values;
   for (std::size_t index = 0; index < json_->size(); ++index) {
-    values.emplace_back(&(*json_)[index], place_.element(index));
+    values.emplace_back(&(*json_)[index], place_ / index);
   }
   return values;
 }
 
 JsonMembers::JsonMembers(JsonValue object, std::string_view expected) : object_(std::move(object)) {
-  if (!object_.isGiven() || !object_.json().is_object()) {
+  if (!object_.isPresent() || !object_.json().is_object()) {
     object_.refuse(expected);
   }
 }
 
 JsonValue JsonMembers::operator[](std::string_view name) {
-  asked_.push_back(name);
+  knownNames_.push_back(name);
   const auto found = object_.json().find(name);
-  return {found == object_.json().end() ? nullptr : &*found, object_.place().member(name)};
+  return {found == object_.json().end() ? nullptr : &*found, object_.place() / std::string(name)};
 }
 
-void JsonMembers::refuseOthers() const {
+void JsonMembers::refuseUnknown() const {
   for (const auto& [name, value] : object_.json().items()) {
-    if (std::ranges::find(asked_, name) == asked_.end()) {
-      throw ScenarioError(object_.place().member(name),
-                          "no such member, but only " + oneOfThese(asked_));
+    if (std::ranges::find(knownNames_, name) == knownNames_.end()) {
+      throw ScenarioError((object_.place() / name).to_string(),
+                          "a known member: " + oneOfNames(knownNames_));
     }
   }
 }
 
-std::string oneOfThese(const std::vector<std::string_view>& names) {
+std::string oneOfNames(const std::vector<std::string_view>& names) {
   std::string text = names.size() == 1 ? "" : "one of ";
   for (std::size_t index = 0; index < names.size(); ++index) {
     text += (index == 0 ? "\"" : ", \"") + std::string(names[index]) + "\"";

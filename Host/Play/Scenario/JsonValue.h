@@ -1,7 +1,8 @@
-// Reading a JSON document by expectation: what is not as expected is refused with its place.
+// Reads the values of a JSON document. A value that is not as expected throws a ScenarioError.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -14,16 +15,20 @@
 
 namespace vel::host {
 
-/// A value of the document, or the lack of one where a member is left out. It borrows the document.
-/// Each reading throws a ScenarioError that says what was expected where the value is of another
-/// kind, out of range or left out.
+/// A value of the document, or a member that the document leaves out. Does not own the document.
+/// The functions that return a value throw a ScenarioError if the value has another type, is out of
+/// range or is missing. `expected` says in the error what the value should be.
 class JsonValue {
  public:
-  JsonValue(const nlohmann::json* json, JsonPlace place) : json_(json), place_(std::move(place)) {}
+  using Pointer = nlohmann::json::json_pointer;
 
-  [[nodiscard]] bool isGiven() const { return json_ != nullptr; }
-  [[nodiscard]] bool isNull() const { return isGiven() && json_->is_null(); }
-  [[nodiscard]] const JsonPlace& place() const { return place_; }
+  /// `json` is null if the value is missing; `place` is its place in the document.
+  JsonValue(const nlohmann::json* json, Pointer place) : json_(json), place_(std::move(place)) {}
+
+  [[nodiscard]] bool isPresent() const { return json_ != nullptr; }
+  [[nodiscard]] bool isNull() const { return isPresent() && json_->is_null(); }
+  [[nodiscard]] const Pointer& place() const { return place_; }
+  /// Throws a ScenarioError for this value.
   [[noreturn]] void refuse(std::string_view expected) const;
 
   [[nodiscard]] bool boolean() const;
@@ -33,72 +38,74 @@ class JsonValue {
   [[nodiscard]] double number() const;
   /// A number, or one of the strings "nan", "inf" and "-inf".
   [[nodiscard]] double numberOrWord() const;
-  [[nodiscard]] std::int64_t integer(std::int64_t least, std::int64_t greatest) const;
+  [[nodiscard]] std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const;
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// The elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expected) const;
-  /// The table's entry for the string, and its value.
+  /// The entry of the table whose name is this string.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryOf(const NamedValue<Value> (&table)[Size]) const;
+  /// The value in the table whose name is this string.
   template <class Value, std::size_t Size>
   [[nodiscard]] Value oneOf(const NamedValue<Value> (&table)[Size]) const {
     return entryOf(table).value;
   }
 
-  /// For kinds that are told apart by the reader.
+  /// The value itself, which must be present.
   [[nodiscard]] const nlohmann::json& json() const { return *json_; }
 
  private:
   const nlohmann::json* json_;
-  JsonPlace place_;
+  Pointer place_;
 };
 
-/// The members of one object. Each is asked for by its name; those that nobody asked for are
-/// refused in the end.
+/// The members of one object. The caller asks for each member that it knows and then calls
+/// `refuseUnknown`.
 class JsonMembers {
  public:
+  /// Throws a ScenarioError if the value is not an object.
   JsonMembers(JsonValue object, std::string_view expected);
 
-  /// The member's value, which may be left out.
+  /// The value of the member, which may be missing.
   [[nodiscard]] JsonValue operator[](std::string_view name);
 
-  /// Reads the member, if it is given, into `target`: `members.take("broker", broker,
-  /// &JsonValue::boolean)`.
-  template <class Target, class Reading>
-  void take(std::string_view name, Target& target, Reading reading) {
-    if (const JsonValue value = (*this)[name]; value.isGiven()) {
-      target = std::invoke(reading, value);
+  /// Reads the member into `target` if the member is present, for example:
+  /// `members.readInto(broker, "broker", &JsonValue::boolean)`.
+  template <class Target, class Reader>
+  void readInto(Target& target, std::string_view name, Reader reader) {
+    if (const JsonValue value = (*this)[name]; value.isPresent()) {
+      target = std::invoke(reader, value);
     }
   }
-  /// The same for a member that holds a word of the table.
+  /// Reads the member into `target` if the member is present. It must be a name in the table.
   template <class Target, class Value, std::size_t Size>
-  void takeOneOf(std::string_view name, Target& target, const NamedValue<Value> (&table)[Size]) {
-    if (const JsonValue value = (*this)[name]; value.isGiven()) {
+  void readInto(Target& target, std::string_view name, const NamedValue<Value> (&table)[Size]) {
+    if (const JsonValue value = (*this)[name]; value.isPresent()) {
       target = value.oneOf(table);
     }
   }
 
-  /// Throws a ScenarioError for the first member that has not been asked for.
-  void refuseOthers() const;
+  /// Throws a ScenarioError for the first member that the caller has not asked for.
+  void refuseUnknown() const;
 
  private:
   JsonValue object_;
-  std::vector<std::string_view> asked_;
+  std::vector<std::string_view> knownNames_;
 };
 
-/// "one of "a", "b"", or just ""a"" where there is no choice.
-[[nodiscard]] std::string oneOfThese(const std::vector<std::string_view>& names);
+/// Returns `one of "a", "b"`, or `"a"` for a single name.
+[[nodiscard]] std::string oneOfNames(const std::vector<std::string_view>& names);
 
 template <class Value, std::size_t Size>
 const NamedValue<Value>& JsonValue::entryOf(const NamedValue<Value> (&table)[Size]) const {
   std::vector<std::string_view> names;
   for (const NamedValue<Value>& entry : table) {
-    if (isGiven() && json_->is_string() && json_->get_ref<const std::string&>() == entry.name) {
+    if (isPresent() && json_->is_string() && json_->get_ref<const std::string&>() == entry.name) {
       return entry;
     }
     names.push_back(entry.name);
   }
-  refuse(oneOfThese(names));
+  refuse(oneOfNames(names));
 }
 
 }  // namespace vel::host

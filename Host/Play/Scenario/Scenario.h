@@ -1,4 +1,4 @@
-// A host's script: what it and its user do, and when.
+// A scenario: what a host and its user do, and when.
 #pragma once
 
 #include <cstdint>
@@ -25,13 +25,13 @@ struct WindowScript {
   std::string className = "PlayerWindow";
   NSWindowStyleMask styleMask = 15;
   CGRect frame = CGRectMake(0, 0, 1280, 720);
-  /// The class name of its content view controller.
+  /// The class name of its content view controller, if it has one.
   std::optional<std::string> contentViewController = std::nullopt;
-  /// The name of the window that it is a child of.
+  /// The name of its parent window, if it has one.
   std::optional<std::string> parent = std::nullopt;
 };
 
-/// The operations of the host's view delegate, in its protocol's order.
+/// The operations of the host's view delegate, in the order of its protocol.
 enum class ViewOperation : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
 inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
@@ -44,7 +44,7 @@ inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
 struct ViewDelegateScript {
   OperationSet operations{0b111};
   bool canDisappear = true;
-  /// The operation that deactivates the manager while it is being told.
+  /// The operation during which the delegate deactivates the manager.
   std::optional<ViewOperation> deactivateDuring;
 };
 
@@ -69,17 +69,17 @@ inline constexpr NamedValue<ContentName> kContents[] = {
     {"temporary", ContentName::Temporary},
 };
 
-/// The thread that a step is done on.
+/// The thread that performs a step.
 enum class StepThread : std::uint8_t { Main, Background };
 
 inline constexpr NamedValue<StepThread> kStepThreads[] = {{"background", StepThread::Background}};
 
-enum class DismissalRoad : std::uint8_t { Manager, Controller, Content };
+enum class DismissalPath : std::uint8_t { Manager, Controller, Content };
 
-inline constexpr NamedValue<DismissalRoad> kDismissalRoads[] = {
-    {"manager", DismissalRoad::Manager},
-    {"controller", DismissalRoad::Controller},
-    {"content", DismissalRoad::Content},
+inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
+    {"manager", DismissalPath::Manager},
+    {"controller", DismissalPath::Controller},
+    {"content", DismissalPath::Content},
 };
 
 enum class SentOperation : std::uint8_t {
@@ -107,7 +107,7 @@ inline constexpr NamedValue<NSRunLoopMode> kRunLoopModes[] = {
     {"eventTracking", NSEventTrackingRunLoopMode},
 };
 
-/// What a step does; a struct each.
+/// The actions of steps, one struct for each kind.
 namespace step {
 
 struct Activate {
@@ -116,7 +116,7 @@ struct Activate {
 struct Request {
   enum class Object : std::uint8_t { None, Given };
   Object object = Object::None;
-  /// Of the object given; may be none.
+  /// The parameters of a given object; may be null.
   Strong<NSDictionary> parameters;
   StepThread thread = StepThread::Main;
 };
@@ -129,25 +129,25 @@ struct Present {
   ContentName content = ContentName::Main;
 };
 struct Dismiss {
-  DismissalRoad by = DismissalRoad::Manager;
+  DismissalPath by = DismissalPath::Manager;
   StepThread thread = StepThread::Main;
 };
 struct Deactivate {};
 struct Send {
   SentOperation operation = SentOperation::SendAnalyticsEvent;
 };
-/// What is left out is not set.
+/// Sets only the members that have a value.
 struct Configure {
   std::optional<bool> skipMode;
-  /// Given and empty: none.
+  /// An inner `std::nullopt` sets null.
   std::optional<std::optional<std::string>> nextEventName;
   std::optional<double> expirationTimeInterval;
-  /// Whether there is to be one of the host's.
+  /// True sets a new controller of the host, false sets null.
   std::optional<bool> viewController;
 };
 struct ReplaceConfiguration {};
-/// Empty: none.
 struct ViewDelegate {
+  /// `std::nullopt` removes the delegate.
   std::optional<ViewDelegateScript> script;
 };
 struct OpenWindow {
@@ -187,9 +187,9 @@ using StepAction =
                  step::RunLoopMode, step::Inspect>;
 
 struct Step {
-  /// From the beginning of the play; never before the step before.
+  /// The time since the start of the play; never earlier than the previous step.
   Nanoseconds at = 0;
-  /// As the script calls it; a literal.
+  /// The name of the action in the scenario; a literal.
   std::string_view name;
   StepAction action;
 };
@@ -197,11 +197,11 @@ struct Step {
 struct Scenario {
   HostScript host;
   std::vector<Step> steps;
-  /// When the play ends; not before the last step.
+  /// The time at which the play ends; never earlier than the last step.
   Nanoseconds end = 0;
 };
 
-/// What the names of presentations' windows begin with; a number from 1 follows.
+/// The prefixes of the names of windows that presentations open. A number from 1 follows.
 inline constexpr std::string_view kModalWindowName = "modal-";
 inline constexpr std::string_view kSheetName = "sheet-";
 

@@ -4,27 +4,9 @@
 
 namespace vel::host {
 
-JsonPlace JsonPlace::member(std::string_view name) const {
-  JsonPlace place = *this;
-  place.pointer_ += '/';
-  for (const char character : name) {
-    if (character == '~') {
-      place.pointer_ += "~0";
-    } else if (character == '/') {
-      place.pointer_ += "~1";
-    } else {
-      place.pointer_ += character;
-    }
-  }
-  return place;
-}
-
-JsonPlace JsonPlace::element(std::size_t index) const { return member(std::to_string(index)); }
-
-ScenarioError::ScenarioError(const JsonPlace& place, std::string_view expected)
-    : std::runtime_error(
-          (place.pointer().empty() ? "\"\" (the document)" : inOneLine(place.pointer())) +
-          ": expected " + inOneLine(expected)) {}
+ScenarioError::ScenarioError(const std::string& place, std::string_view expected)
+    : std::runtime_error((place.empty() ? "\"\" (the document)" : inOneLine(place)) +
+                         ": expected " + inOneLine(expected)) {}
 
 std::string inOneLine(std::string_view text) {
   std::string line;

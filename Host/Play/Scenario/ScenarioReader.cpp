@@ -21,30 +21,30 @@ NSOperatingSystemVersion readVersion(const JsonValue& value) {
   if (parts.size() != 3) {
     value.refuse(kExpected);
   }
-  constexpr std::int64_t kGreatest = std::numeric_limits<std::int64_t>::max();
-  return {parts[0].integer(0, kGreatest), parts[1].integer(0, kGreatest),
-          parts[2].integer(0, kGreatest)};
+  constexpr std::int64_t kMaximum = std::numeric_limits<std::int64_t>::max();
+  return {parts[0].integer(0, kMaximum), parts[1].integer(0, kMaximum),
+          parts[2].integer(0, kMaximum)};
 }
 
 HostScript readHost(const JsonValue& value, KnownWindowNames& names) {
-  JsonMembers members(value, "an object with what the host has");
+  JsonMembers members(value, "an object that describes the host");
   HostScript host;
-  if (const JsonValue windows = members["windows"]; windows.isGiven()) {
+  if (const JsonValue windows = members["windows"]; windows.isPresent()) {
     host.windows.clear();
     for (const JsonValue& window : windows.elements("an array of windows")) {
       host.windows.push_back(readWindow(window, names));
     }
   } else {
-    names.giveDefault(host.windows.front().name);
+    names.addDefault(host.windows.front().name);
   }
-  members.take("resolverDelegate", host.resolverDelegate, &readResolverDelegate);
+  members.readInto(host.resolverDelegate, "resolverDelegate", &readResolverDelegate);
   if (const JsonValue delegate = members["viewDelegate"]; delegate.isNull()) {
     host.viewDelegate.reset();
-  } else if (delegate.isGiven()) {
+  } else if (delegate.isPresent()) {
     host.viewDelegate = readViewDelegate(delegate);
   }
-  members.take("osVersion", host.osVersion, &readVersion);
-  members.refuseOthers();
+  members.readInto(host.osVersion, "osVersion", &readVersion);
+  members.refuseUnknown();
   return host;
 }
 
@@ -52,23 +52,23 @@ HostScript readHost(const JsonValue& value, KnownWindowNames& names) {
 
 Scenario readScenario(std::string_view text) {
   const nlohmann::json document = parseStrictJson(text);
-  JsonMembers members({&document, {}}, "an object");
+  JsonMembers members(JsonValue(&document, JsonValue::Pointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
   const nlohmann::json defaults = nlohmann::json::object();
   const JsonValue host = members["host"];
-  scenario.host = readHost(host.isGiven() ? host : JsonValue(&defaults, host.place()), names);
+  scenario.host = readHost(host.isPresent() ? host : JsonValue(&defaults, host.place()), names);
   double at = 0;
-  if (const JsonValue steps = members["steps"]; steps.isGiven()) {
+  if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
       scenario.steps.push_back(readStep(step, at, names));
     }
   }
-  members.take("until", scenario.end, [](const JsonValue& value) {
+  members.readInto(scenario.end, "until", [](const JsonValue& value) {
     return nanosecondsFromSeconds(readSeconds(value, 0));
   });
   scenario.end = std::max(scenario.end, nanosecondsFromSeconds(at));
-  members.refuseOthers();
+  members.refuseUnknown();
   return scenario;
 }
 

@@ -7,8 +7,8 @@
 
 namespace vel::host {
 
-/// Reads a scenario from its JSON text and checks all of it; throws a ScenarioError at the first
-/// thing that is wrong.
+/// Reads a scenario from its JSON text and checks all of it. Throws a ScenarioError for the first
+/// error.
 [[nodiscard]] Scenario readScenario(std::string_view text);
 
 }  // namespace vel::host

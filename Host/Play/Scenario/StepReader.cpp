@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Bindings/Json/JsonParameters.h"
-#include "Host/Play/Trace/JsonWriter.h"
+#include "Host/Play/Scenario/Decimal.h"
 
 namespace vel::host {
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kLatestTime = 1'000'000;
 
-// The number in the name of a presentation's window; 0 for any other name.
+// Returns the number in the name of a presentation's window, or 0 for any other name.
 std::uint64_t presentationNumber(std::string_view name, std::string_view prefix) {
   if (!name.starts_with(prefix)) {
     return 0;
@@ -25,7 +25,8 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
       })) {
     return 0;
   }
-  std::uint64_t number = std::numeric_limits<std::uint64_t>::max();  // stays, where it is greater
+  std::uint64_t number =
+      std::numeric_limits<std::uint64_t>::max();  // kept if the number is greater
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
 }
@@ -38,10 +39,10 @@ OperationSet readOperations(const JsonValue& value) {
   return operations;
 }
 
-// The members of a view delegate but for "operations".
+// Reads the members of a view delegate, except "operations".
 void readViewDelegateMembers(JsonMembers& members, ViewDelegateScript& script) {
-  members.take("canDisappear", script.canDisappear, &JsonValue::boolean);
-  if (const JsonValue during = members["deactivateDuring"]; during.isGiven()) {
+  members.readInto(script.canDisappear, "canDisappear", &JsonValue::boolean);
+  if (const JsonValue during = members["deactivateDuring"]; during.isPresent()) {
     script.deactivateDuring = during.oneOf(kViewOperations);
     if (!script.operations.test(static_cast<std::size_t>(*script.deactivateDuring))) {
       during.refuse("one of the delegate's operations");
@@ -58,23 +59,23 @@ CGRect readFrame(const JsonValue& value) {
   return CGRectMake(parts[0].number(), parts[1].number(), parts[2].number(), parts[3].number());
 }
 
-/// What reading a step's own members takes.
+/// What the function that reads the members of a step needs.
 struct StepContext {
   JsonMembers& members;
   KnownWindowNames& names;
 
   [[nodiscard]] std::string window() const {
-    return names.known(members["window"], "the name of an earlier window");
+    return names.read(members["window"], "the name of an earlier window");
   }
 };
 
 StepAction readActivate(const StepContext& context) {
   step::Activate action;
-  context.members.take("broker", action.broker, &JsonValue::boolean);
+  context.members.readInto(action.broker, "broker", &JsonValue::boolean);
   return action;
 }
 
-// A request's parameters; null for a JSON null.
+// Reads the parameters of a request. Returns null for a JSON null.
 Strong<NSDictionary> readParameters(const JsonValue& value) {
   if (value.isNull()) {
     return nullptr;
@@ -87,17 +88,17 @@ Strong<NSDictionary> readParameters(const JsonValue& value) {
 
 StepAction readRequest(const StepContext& context) {
   step::Request action;
-  if (const JsonValue parameters = context.members["parameters"]; parameters.isGiven()) {
+  if (const JsonValue parameters = context.members["parameters"]; parameters.isPresent()) {
     action.object = step::Request::Object::Given;
     action.parameters = readParameters(parameters);
   }
-  context.members.takeOneOf("thread", action.thread, kStepThreads);
+  context.members.readInto(action.thread, "thread", kStepThreads);
   return action;
 }
 
 StepAction readContentView(const StepContext& context) {
   step::ContentView action;
-  context.members.takeOneOf("content", action.content, kContents);
+  context.members.readInto(action.content, "content", kContents);
   return action;
 }
 
@@ -105,20 +106,20 @@ StepAction readPresent(const StepContext& context) {
   step::Present action;
   const JsonValue window = context.members["window"];
   if (!window.isNull()) {
-    action.window = context.names.known(window, "the name of an earlier window, or null");
+    action.window = context.names.read(window, "the name of an earlier window, or null");
   }
   action.mode = static_cast<std::int32_t>(context.members["mode"].integer(
       std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-  context.members.takeOneOf("content", action.content, kContents);
-  context.names.presented(action.mode);
+  context.members.readInto(action.content, "content", kContents);
+  context.names.addPresentation(action.mode);
   return action;
 }
 
 StepAction readDismiss(const StepContext& context) {
   step::Dismiss action;
-  action.by = context.members["by"].oneOf(kDismissalRoads);
-  if (action.by == DismissalRoad::Manager) {
-    context.members.takeOneOf("thread", action.thread, kStepThreads);
+  action.by = context.members["by"].oneOf(kDismissalPaths);
+  if (action.by == DismissalPath::Manager) {
+    context.members.readInto(action.thread, "thread", kStepThreads);
   }
   return action;
 }
@@ -130,11 +131,12 @@ StepAction readSend(const StepContext& context) {
 StepAction readConfigure(const StepContext& context) {
   step::Configure action;
   JsonMembers& members = context.members;
-  members.take("skipMode", action.skipMode, &JsonValue::boolean);
-  members.take("nextEventName", action.nextEventName,
-               [](const JsonValue& value) { return value.textOrNull(); });
-  members.take("expirationTimeInterval", action.expirationTimeInterval, &JsonValue::numberOrWord);
-  members.take("viewController", action.viewController, &JsonValue::boolean);
+  members.readInto(action.skipMode, "skipMode", &JsonValue::boolean);
+  members.readInto(action.nextEventName, "nextEventName",
+                   [](const JsonValue& value) { return value.textOrNull(); });
+  members.readInto(action.expirationTimeInterval, "expirationTimeInterval",
+                   &JsonValue::numberOrWord);
+  members.readInto(action.viewController, "viewController", &JsonValue::boolean);
   return action;
 }
 
@@ -143,7 +145,7 @@ StepAction readViewDelegateStep(const StepContext& context) {
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
     script.operations.reset();
-  } else if (operations.isGiven()) {
+  } else if (operations.isPresent()) {
     script.operations = readOperations(operations);
   }
   readViewDelegateMembers(context.members, script);
@@ -153,15 +155,16 @@ StepAction readViewDelegateStep(const StepContext& context) {
 WindowScript readWindowMembers(JsonMembers& members, KnownWindowNames& names) {
   WindowScript window;
   const JsonValue name = members["name"];
-  members.take("className", window.className, [](const JsonValue& value) { return value.text(); });
-  members.take("styleMask", window.styleMask, &JsonValue::unsigned64);
-  members.take("frame", window.frame, &readFrame);
-  members.take("contentViewController", window.contentViewController,
-               [](const JsonValue& value) { return value.textOrNull(); });
-  if (const JsonValue parent = members["parent"]; parent.isGiven() && !parent.isNull()) {
-    window.parent = names.known(parent, "the name of an earlier window, or null");
+  members.readInto(window.className, "className",
+                   [](const JsonValue& value) { return value.text(); });
+  members.readInto(window.styleMask, "styleMask", &JsonValue::unsigned64);
+  members.readInto(window.frame, "frame", &readFrame);
+  members.readInto(window.contentViewController, "contentViewController",
+                   [](const JsonValue& value) { return value.textOrNull(); });
+  if (const JsonValue parent = members["parent"]; parent.isPresent() && !parent.isNull()) {
+    window.parent = names.read(parent, "the name of an earlier window, or null");
   }
-  window.name = names.give(name);
+  window.name = names.add(name);
   return window;
 }
 
@@ -170,17 +173,17 @@ StepAction readOpenWindow(const StepContext& context) {
 }
 
 template <class Action>
-StepAction readOnWindow(const StepContext& context) {
+StepAction readWindowStep(const StepContext& context) {
   return Action{context.window()};
 }
 
 template <class Action>
-StepAction readPlain(const StepContext& /*context*/) {
+StepAction readWithoutMembers(const StepContext& /*context*/) {
   return Action{};
 }
 
 StepAction readPresentOver(const StepContext& context) {
-  context.names.sheetPresented();
+  context.names.addSheet();
   return step::PresentOver{};
 }
 
@@ -188,49 +191,48 @@ StepAction readRunLoopMode(const StepContext& context) {
   return step::RunLoopMode{context.members["mode"].oneOf(kRunLoopModes)};
 }
 
-using StepReading = StepAction (*)(const StepContext&);
+using StepReader = StepAction (*)(const StepContext&);
 
-constexpr NamedValue<StepReading> kSteps[] = {
+constexpr NamedValue<StepReader> kSteps[] = {
     {"activate", &readActivate},
     {"request", &readRequest},
     {"contentView", &readContentView},
     {"present", &readPresent},
     {"dismiss", &readDismiss},
-    {"deactivate", &readPlain<step::Deactivate>},
+    {"deactivate", &readWithoutMembers<step::Deactivate>},
     {"send", &readSend},
     {"configure", &readConfigure},
-    {"replaceConfiguration", &readPlain<step::ReplaceConfiguration>},
+    {"replaceConfiguration", &readWithoutMembers<step::ReplaceConfiguration>},
     {"viewDelegate", &readViewDelegateStep},
     {"openWindow", &readOpenWindow},
-    {"closeWindow", &readOnWindow<step::CloseWindow>},
-    {"makeKey", &readOnWindow<step::MakeKey>},
-    {"miniaturize", &readOnWindow<step::Miniaturize>},
-    {"deminiaturize", &readOnWindow<step::Deminiaturize>},
-    {"resignKey", &readPlain<step::ResignKey>},
-    {"deactivateApp", &readPlain<step::DeactivateApp>},
-    {"activateApp", &readPlain<step::ActivateApp>},
-    {"stopModal", &readPlain<step::StopModal>},
+    {"closeWindow", &readWindowStep<step::CloseWindow>},
+    {"makeKey", &readWindowStep<step::MakeKey>},
+    {"miniaturize", &readWindowStep<step::Miniaturize>},
+    {"deminiaturize", &readWindowStep<step::Deminiaturize>},
+    {"resignKey", &readWithoutMembers<step::ResignKey>},
+    {"deactivateApp", &readWithoutMembers<step::DeactivateApp>},
+    {"activateApp", &readWithoutMembers<step::ActivateApp>},
+    {"stopModal", &readWithoutMembers<step::StopModal>},
     {"presentOver", &readPresentOver},
-    {"dismissOver", &readPlain<step::DismissOver>},
+    {"dismissOver", &readWithoutMembers<step::DismissOver>},
     {"runLoopMode", &readRunLoopMode},
-    {"inspect", &readPlain<step::Inspect>},
+    {"inspect", &readWithoutMembers<step::Inspect>},
 };
 
 }  // namespace
 
-std::string KnownWindowNames::give(const JsonValue& name) {
-  std::string given = name.text("the window's name");
-  if (presentationNumber(given, kModalWindowName) > 0 ||
-      presentationNumber(given, kSheetName) > 0) {
-    name.refuse("a name that no presentation gives to its window");
+std::string KnownWindowNames::add(const JsonValue& name) {
+  std::string text = name.text("the window's name");
+  if (presentationNumber(text, kModalWindowName) > 0 || presentationNumber(text, kSheetName) > 0) {
+    name.refuse("a name that is not reserved for presentations");
   }
-  if (!host_.insert(given).second) {
+  if (!hostWindows_.insert(text).second) {
     name.refuse("a name that no earlier window has");
   }
-  return given;
+  return text;
 }
 
-void KnownWindowNames::presented(std::int32_t mode) {
+void KnownWindowNames::addPresentation(std::int32_t mode) {
   if (mode == 2) {
     ++modalWindows_;
   } else if (mode != 0) {
@@ -238,19 +240,19 @@ void KnownWindowNames::presented(std::int32_t mode) {
   }
 }
 
-bool KnownWindowNames::isGiven(std::string_view name) const {
+bool KnownWindowNames::isKnown(std::string_view name) const {
   if (const std::uint64_t number = presentationNumber(name, kModalWindowName); number > 0) {
     return number <= modalWindows_;
   }
   if (const std::uint64_t number = presentationNumber(name, kSheetName); number > 0) {
     return number <= sheets_;
   }
-  return host_.contains(name);
+  return hostWindows_.contains(name);
 }
 
-std::string KnownWindowNames::known(const JsonValue& name, std::string_view expected) const {
+std::string KnownWindowNames::read(const JsonValue& name, std::string_view expected) const {
   std::string text = name.text(expected);
-  if (!isGiven(text)) {
+  if (!isKnown(text)) {
     name.refuse(expected);
   }
   return text;
@@ -267,28 +269,28 @@ double readSeconds(const JsonValue& value, double earliest) {
 WindowScript readWindow(const JsonValue& value, KnownWindowNames& names) {
   JsonMembers members(value, "a window");
   WindowScript window = readWindowMembers(members, names);
-  members.refuseOthers();
+  members.refuseUnknown();
   return window;
 }
 
 ViewDelegateScript readViewDelegate(const JsonValue& value) {
   JsonMembers members(value, "a view delegate, or null");
   ViewDelegateScript script;
-  members.take("operations", script.operations, &readOperations);
+  members.readInto(script.operations, "operations", &readOperations);
   readViewDelegateMembers(members, script);
-  members.refuseOthers();
+  members.refuseUnknown();
   return script;
 }
 
 Step readStep(const JsonValue& value, double& at, KnownWindowNames& names) {
   JsonMembers members(value, "a step");
-  if (const JsonValue time = members["at"]; time.isGiven()) {
+  if (const JsonValue time = members["at"]; time.isPresent()) {
     at = readSeconds(time, at);
   }
-  const auto& [name, reading] = members["do"].entryOf(kSteps);
-  Step read{.at = nanosecondsFromSeconds(at), .name = name, .action = reading({members, names})};
-  members.refuseOthers();
-  return read;
+  const auto& [name, readAction] = members["do"].entryOf(kSteps);
+  Step step{.at = nanosecondsFromSeconds(at), .name = name, .action = readAction({members, names})};
+  members.refuseUnknown();
+  return step;
 }
 
 }  // namespace vel::host

@@ -1,4 +1,4 @@
-// The parts of a scenario that its steps are made of.
+// Reads the windows, view delegates and steps of a scenario.
 #pragma once
 
 #include <cstdint>
@@ -11,38 +11,39 @@
 
 namespace vel::host {
 
-/// The names of windows that a script has given so far: the host's own, and as many of those that
-/// presentations give as the steps read can have made.
+/// The window names that a step may use: the names that the scenario has defined so far, and the
+/// names of the windows that earlier presentations can have opened.
 class KnownWindowNames {
  public:
-  /// Gives the name of one of the host's windows; one that is given already, or that presentations
-  /// give, is refused.
-  std::string give(const JsonValue& name);
-  /// Gives a name that no script has spelt out.
-  void giveDefault(const std::string& name) { host_.insert(name); }
-  /// A presentation in one of the host's modes.
-  void presented(std::int32_t mode);
-  /// A controller is presented as a sheet.
-  void sheetPresented() { ++sheets_; }
+  /// Reads and adds the name of a window of the host. Throws a ScenarioError if the name is known
+  /// already or is reserved for presentations.
+  std::string add(const JsonValue& name);
+  /// Adds the name of a window that the scenario leaves out.
+  void addDefault(const std::string& name) { hostWindows_.insert(name); }
+  /// Adds the window of a presentation in this mode of the host.
+  void addPresentation(std::int32_t mode);
+  /// Adds the window of a controller that is presented as a sheet.
+  void addSheet() { ++sheets_; }
 
-  [[nodiscard]] bool isGiven(std::string_view name) const;
-  /// The name of a window that was given earlier.
-  [[nodiscard]] std::string known(const JsonValue& name, std::string_view expected) const;
+  [[nodiscard]] bool isKnown(std::string_view name) const;
+  /// Reads a known name. Throws a ScenarioError for any other value.
+  [[nodiscard]] std::string read(const JsonValue& name, std::string_view expected) const;
 
  private:
-  std::set<std::string, std::less<>> host_;
+  std::set<std::string, std::less<>> hostWindows_;
   std::uint64_t modalWindows_ = 0;
   std::uint64_t sheets_ = 0;
 };
 
-/// A time in seconds, not before `earliest` and at most 1,000,000.
+/// Reads a time in seconds, from `earliest` to 1,000,000.
 [[nodiscard]] double readSeconds(const JsonValue& value, double earliest);
 
 [[nodiscard]] WindowScript readWindow(const JsonValue& value, KnownWindowNames& names);
 
 [[nodiscard]] ViewDelegateScript readViewDelegate(const JsonValue& value);
 
-/// Reads a step; `at` is the time in seconds of the step before, and then of this one.
+/// Reads a step. On entry, `at` is the time of the previous step in seconds; on return, the time of
+/// this step.
 [[nodiscard]] Step readStep(const JsonValue& value, double& at, KnownWindowNames& names);
 
 }  // namespace vel::host

@@ -13,9 +13,13 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr int kNumberOutOfRange = 406;  // how nlohmann numbers that error
+using Pointer = Json::json_pointer;
 
-/// Builds the document while the parser reads it, and knows where it is.
+// The library's error id for a number that is out of range.
+constexpr int kNumberOutOfRange = 406;
+
+/// Builds the document from the parser's calls. The library's own builder accepts duplicate members
+/// and does not know the place of an error.
 class DocumentBuilder final : public nlohmann::json_sax<Json> {
  public:
   explicit DocumentBuilder(std::string_view text) : text_(text) {}
@@ -28,7 +32,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   bool number_unsigned(number_unsigned_t value) override { return add(value); }
   bool number_float(number_float_t value, const string_t& /*text*/) override { return add(value); }
   bool string(string_t& value) override { return add(std::move(value)); }
-  bool binary(binary_t& /*value*/) override { return false; }  // JSON has none
+  bool binary(binary_t& /*value*/) override { return false; }  // not part of JSON
 
   bool start_object(std::size_t /*size*/) override { return open(Json::object()); }
   bool end_object() override { return close(); }
@@ -37,29 +41,30 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool key(string_t& name) override {
     if (open_.back()->contains(name)) {
-      throw ScenarioError(placeOf(open_.size() - 1).member(name),
-                          "a member that stands only once in its object");
+      throw ScenarioError((innermostPlace() / name).to_string(),
+                          "each member only once in an object");
     }
     keys_.back() = std::move(name);
-    awaitsValue_ = true;
+    expectsValue_ = true;
     return true;
   }
 
   bool parse_error(std::size_t position, const std::string& /*token*/,
                    const nlohmann::detail::exception& error) override {
     if (error.id == kNumberOutOfRange) {
-      throw ScenarioError(place(), "a number within the range of a double");
+      throw ScenarioError(place().to_string(), "a number within the range of a double");
     }
     throwMalformed(std::max<std::size_t>(position, 1) - 1);
   }
 
-  /// Malformed behind so many bytes.
+  /// Throws the error for a text whose first `length` bytes are valid.
   [[noreturn]] void throwMalformed(std::size_t length) const {
-    const std::string_view read = text_.substr(0, length);
-    const auto line = 1 + std::ranges::count(read, '\n');
-    const std::size_t column = read.size() - (read.rfind('\n') + 1) + 1;
-    throw ScenarioError(place(), "well-formed JSON in UTF-8 at line " + std::to_string(line) +
-                                     ", column " + std::to_string(column));
+    const std::string_view valid = text_.substr(0, length);
+    const auto line = 1 + std::ranges::count(valid, '\n');
+    const std::size_t column = valid.size() - (valid.rfind('\n') + 1) + 1;
+    throw ScenarioError(place().to_string(), "well-formed JSON in UTF-8 at line " +
+                                                 std::to_string(line) + ", column " +
+                                                 std::to_string(column));
   }
 
  private:
@@ -72,7 +77,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     if (container.is_array()) {
       return &container.emplace_back(std::move(value));
     }
-    awaitsValue_ = false;
+    expectsValue_ = false;
     return &(container[keys_.back()] = std::move(value));
   }
 
@@ -82,9 +87,9 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   }
 
   bool open(Json container) {
-    if (open_.size() == kDeepestJson) {
-      throw ScenarioError(place(), "no more than " + std::to_string(kDeepestJson) +
-                                       " objects and arrays in each other");
+    if (open_.size() == kMaximumJsonDepth) {
+      throw ScenarioError(place().to_string(), "at most " + std::to_string(kMaximumJsonDepth) +
+                                                   " levels of nested objects and arrays");
     }
     open_.push_back(addValue(std::move(container)));
     keys_.emplace_back();
@@ -97,35 +102,35 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return true;
   }
 
-  // Of the innermost container, after the outermost `depth` ones.
-  [[nodiscard]] JsonPlace placeOf(std::size_t depth) const {
-    JsonPlace place;
-    for (std::size_t level = 0; level < depth; ++level) {
+  // The place of the innermost open container.
+  [[nodiscard]] Pointer innermostPlace() const {
+    Pointer place;
+    for (std::size_t level = 0; level + 1 < open_.size(); ++level) {
       const Json& container = *open_[level];
-      place =
-          container.is_array() ? place.element(container.size() - 1) : place.member(keys_[level]);
+      place = container.is_array() ? place / (container.size() - 1) : place / keys_[level];
     }
     return place;
   }
 
-  // Of the value that is read now, or of the object whose member's name is.
-  [[nodiscard]] JsonPlace place() const {
+  // The place of the current value. Where the name of a member is expected, the place of the
+  // object.
+  [[nodiscard]] Pointer place() const {
     if (open_.empty()) {
-      return {};
+      return Pointer();
     }
-    const JsonPlace container = placeOf(open_.size() - 1);
     if (open_.back()->is_array()) {
-      return container.element(open_.back()->size());
+      return innermostPlace() / open_.back()->size();
     }
-    return awaitsValue_ ? container.member(keys_.back()) : container;
+    return expectsValue_ ? innermostPlace() / keys_.back() : innermostPlace();
   }
 
   std::string_view text_;
   Json document_;
-  // From the outermost to the innermost, each with the name of its latest member.
+  // The containers that are not closed yet, from the outermost to the innermost.
   std::vector<Json*> open_;
+  // For each of them, the name of its latest member; empty for an array.
   std::vector<std::string> keys_;
-  bool awaitsValue_ = false;
+  bool expectsValue_ = false;
 };
 
 }  // namespace
@@ -133,7 +138,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 nlohmann::json parseStrictJson(std::string_view text) {
   DocumentBuilder builder(text);
   Json::sax_parse(text.begin(), text.end(), &builder);
-  // The parser takes a zero byte for the end, wherever one may come.
+  // The parser takes a zero byte for the end of the text.
   if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
     builder.throwMalformed(zero);
   }

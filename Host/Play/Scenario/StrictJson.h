@@ -5,12 +5,12 @@
 
 namespace vel::host {
 
-/// Objects and arrays may stand in each other this deep.
-inline constexpr std::size_t kDeepestJson = 64;
+/// The maximum depth to which objects and arrays may be nested.
+inline constexpr std::size_t kMaximumJsonDepth = 64;
 
-/// Reads one JSON document in UTF-8. Besides what JSON forbids, a member that stands twice in one
-/// object, deeper nesting than `kDeepestJson` and a number beyond a double's range are refused with
-/// a ScenarioError.
+/// Parses a JSON document in UTF-8. Throws a ScenarioError if the text is not valid JSON, if an
+/// object has two members of one name, if a number is beyond the range of a double, or if the
+/// nesting is deeper than `kMaximumJsonDepth`.
 [[nodiscard]] nlohmann::json parseStrictJson(std::string_view text);
 
 }  // namespace vel::host

@@ -6,18 +6,18 @@ namespace vel::host {
 
 LabelPlace LabelLayout::place(double x, double width) {
   const bool fitsRight = x + markRadius_ + width <= right_;
-  const Interval taken = fitsRight ? Interval{x - markRadius_, x + markRadius_ + width}
-                                   : Interval{x - markRadius_ - width, x + markRadius_};
+  const Interval interval = fitsRight ? Interval{x - markRadius_, x + markRadius_ + width}
+                                      : Interval{x - markRadius_ - width, x + markRadius_};
   const auto hasRoom = [&](const std::vector<Interval>& row) {
     return std::ranges::none_of(row, [&](const Interval& other) {
-      return taken.from < other.to + gap_ && other.from < taken.to + gap_;
+      return interval.from < other.to + gap_ && other.from < interval.to + gap_;
     });
   };
   auto row = std::ranges::find_if(rows_, hasRoom);
   if (row == rows_.end()) {
     row = rows_.emplace(rows_.end());
   }
-  row->push_back(taken);
+  row->push_back(interval);
   return {.row = static_cast<std::size_t>(row - rows_.begin()),
           .side = fitsRight ? LabelPlace::Side::Right : LabelPlace::Side::Left};
 }

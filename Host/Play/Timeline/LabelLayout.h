@@ -5,25 +5,25 @@
 
 namespace vel::host {
 
-/// Where a label stands: in which row, counted from the top, and on which side of its mark.
+/// The place of a label: its row, counted from the top, and its side of the mark.
 struct LabelPlace {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
   Side side = Side::Right;
 };
 
-/// Gives marks and the labels beside them places in as few rows as it finds, so that nothing of one
-/// lies on another. Marks are placed in the order in which they come, each in the uppermost row
-/// that has room.
+/// Places marks and their labels in rows so that they do not overlap. Each mark goes into the
+/// topmost row that has room, in the order of the calls.
 class LabelLayout {
  public:
-  /// Nothing goes beyond `right`; `markRadius` is kept free on each side of a mark's middle, and
-  /// `gap` between neighbours.
+  /// `right` is the right edge of the picture, and `gap` is the minimum distance between
+  /// neighbours.
   LabelLayout(double right, double markRadius, double gap)
       : right_(right), markRadius_(markRadius), gap_(gap) {}
 
-  /// The place of the mark at `x` and its label of `width`, its distance from the mark included.
-  /// The label stands to the right of it where there is room, else to the left.
+  /// Places a mark with its centre at `x`. `width` is the width of its label, including the
+  /// distance between mark and label. The label is to the right of the mark if it fits there,
+  /// otherwise to the left.
   LabelPlace place(double x, double width);
 
   [[nodiscard]] std::size_t rows() const { return rows_.size(); }

@@ -7,7 +7,7 @@ namespace vel::host {
 
 namespace {
 
-// To a hundredth, which no eye sees.
+// Rounds to a hundredth of a pixel, to keep the picture short.
 std::string number(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2f", value);
@@ -19,18 +19,19 @@ std::string number(double value) {
   return shorter;
 }
 
-// XML has no way to write control characters and the two that are none.
-bool isWritable(std::string_view rest) {
-  constexpr std::string_view kNoCharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
-  return static_cast<unsigned char>(rest.front()) >= ' ' && !rest.starts_with(kNoCharacters[0]) &&
-         !rest.starts_with(kNoCharacters[1]);
+// True if XML can contain the first character of the text. It cannot contain control characters,
+// U+FFFE and U+FFFF.
+bool isValidInXml(std::string_view rest) {
+  constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
+  return static_cast<unsigned char>(rest.front()) >= ' ' && !rest.starts_with(kNoncharacters[0]) &&
+         !rest.starts_with(kNoncharacters[1]);
 }
 
 std::string escaped(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const std::string_view rest = text.substr(at);
-    if (!isWritable(rest)) {
+    if (!isValidInXml(rest)) {
       result += "\uFFFD";
       at += rest.front() == '\xEF' ? 2U : 0U;
     } else if (text[at] == '&') {
@@ -67,8 +68,8 @@ void Svg::line(std::string_view look, PicturePoint from, PicturePoint to) {
   path(look, {from, to});
 }
 
-void Svg::dot(std::string_view look, PicturePoint middle, double radius) {
-  elements_ += opening("circle", look) + attribute("cx", middle.x) + attribute("cy", middle.y) +
+void Svg::dot(std::string_view look, PicturePoint center, double radius) {
+  elements_ += opening("circle", look) + attribute("cx", center.x) + attribute("cy", center.y) +
                attribute("r", radius) + "/>\n";
 }
 

@@ -1,4 +1,4 @@
-// Writing pictures as SVG.
+// Writes pictures as SVG.
 #pragma once
 
 #include <string>
@@ -19,23 +19,23 @@ struct PictureRect {
   double height = 0;
 };
 
-/// The elements of a picture, in the order in which they are drawn. Each has a class, for the style
-/// sheet to give it its looks; a text of other sources is written so that it stays a text.
+/// The elements of a picture, in drawing order. `look` is the class of an element in the style
+/// sheet. Special characters in texts are escaped.
 class Svg {
  public:
   enum class Anchor : unsigned char { Start, Middle, End };
 
   void rect(std::string_view look, const PictureRect& rect);
   void line(std::string_view look, PicturePoint from, PicturePoint to);
-  void dot(std::string_view look, PicturePoint middle, double radius);
+  void dot(std::string_view look, PicturePoint center, double radius);
   void path(std::string_view look, const std::vector<PicturePoint>& points);
-  /// `at` is on the line that the text stands on.
+  /// `at` is a point on the baseline of the text.
   void text(std::string_view look, PicturePoint at, Anchor anchor, std::string_view text);
 
-  /// All elements of another picture.
+  /// Appends the elements of another picture.
   void add(const Svg& other) { elements_ += other.elements_; }
 
-  /// The whole picture, with a name for those who cannot see it.
+  /// Returns the whole picture. `name` is for screen readers.
   [[nodiscard]] std::string picture(double width, double height, std::string_view name,
                                     std::string_view styleSheet) const;
 

@@ -7,7 +7,7 @@ namespace vel::host {
 namespace {
 
 constexpr double kThousandths = 1000;
-// From the space to the tilde, in thousandths of the font's size.
+// The widths of the characters from space to tilde, in thousandths of the font size.
 constexpr std::uint16_t kAsciiWidths[] = {
     318, 401, 460, 838, 636, 950, 780, 275, 390, 390, 500, 838, 318, 361,  318, 337, 636, 636, 636,
     636, 636, 636, 636, 636, 636, 636, 337, 337, 838, 838, 838, 531, 1000, 684, 686, 698, 770, 632,
@@ -17,11 +17,11 @@ constexpr std::uint16_t kAsciiWidths[] = {
 constexpr double kOtherWidth = 1500;
 constexpr std::string_view kEllipsis = "\u2026";
 
-bool goesOn(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 double widthOf(char byte) {
-  if (goesOn(byte)) {
-    return 0;  // its character has been counted
+  if (isContinuation(byte)) {
+    return 0;  // the first byte of the character has the width
   }
   return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kOtherWidth;
 }
@@ -42,16 +42,16 @@ std::string shortened(std::string_view text, double fontSize, double width) {
   }
   const double room = width - textWidth(kEllipsis, fontSize);
   std::size_t end = 0;
-  double taken = 0;
+  double used = 0;
   while (end < text.size()) {
-    taken += textWidth(text.substr(end, 1), fontSize);
-    if (taken > room) {
+    used += textWidth(text.substr(end, 1), fontSize);
+    if (used > room) {
       break;
     }
     ++end;
   }
-  // A character is taken whole: its first byte brings its width, the others none.
-  while (end > 0 && end < text.size() && goesOn(text[end])) {
+  // Do not cut inside a character.
+  while (end > 0 && end < text.size() && isContinuation(text[end])) {
     ++end;
   }
   return std::string(text.substr(0, end)).append(kEllipsis);

@@ -1,4 +1,4 @@
-// How wide text is in a picture, before anybody has drawn it.
+// Estimates the width of text in a picture.
 #pragma once
 
 #include <string>
@@ -6,11 +6,12 @@
 
 namespace vel::host {
 
-/// The width of UTF-8 text in DejaVu Sans, in the unit of `fontSize`. Few sans-serif faces are
-/// wider, so that other ones need no more room. What is not ASCII is taken for very wide.
+/// Returns the width of UTF-8 text in DejaVu Sans, in the unit of `fontSize`. Few sans-serif fonts
+/// are wider. Counts each character outside ASCII as very wide. The widths are part of the program,
+/// so a picture does not depend on the fonts of the machine.
 [[nodiscard]] double textWidth(std::string_view text, double fontSize);
 
-/// The text if it fits into the width, else as much of its beginning as does, and an ellipsis.
+/// Returns the text if it fits into the width. Otherwise cuts it off and appends an ellipsis.
 [[nodiscard]] std::string shortened(std::string_view text, double fontSize, double width);
 
 }  // namespace vel::host

@@ -13,8 +13,9 @@ namespace vel::host {
 
 namespace {
 
-// Seconds a second; far below what a tick makes of it, far above rounding.
-constexpr double kStraight = 1e-6;
+// The maximum difference of the slopes of two stretches that are drawn as one. The unit is seconds
+// of time left per second. It is far above rounding errors and far below the effect of one tick.
+constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
 double slopeOf(const CountdownStretch& stretch) {
@@ -22,13 +23,13 @@ double slopeOf(const CountdownStretch& stretch) {
          secondsFromNanoseconds(stretch.span.to - stretch.span.from);
 }
 
-// Whether a stretch begins where another one ended, and is of its kind.
-bool goesOn(const CountdownStretch& before, const CountdownStretch& stretch) {
+// True if the stretch continues the previous one.
+bool continues(const CountdownStretch& before, const CountdownStretch& stretch) {
   return before.countsDown == stretch.countsDown && before.span.to == stretch.span.from &&
          before.leftAfter == stretch.leftBefore;
 }
 
-// Adds a span, or lengthens the last one.
+// Adds a span, or extends the last one if they touch.
 void extend(std::vector<TimeSpan>& spans, TimeSpan span) {
   if (!spans.empty() && spans.back().to == span.from) {
     spans.back().to = span.to;
@@ -53,13 +54,13 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// What a complaint in the log says; nothing for other lines.
-std::optional<std::string> complaint(std::string_view logged) {
-  constexpr std::string_view kBegins = "]): ";
-  const std::size_t begins = logged.find(kBegins);
-  return begins == std::string_view::npos
+// Returns the text of a complaint in the log, or `std::nullopt` for another line.
+std::optional<std::string> complaintIn(std::string_view logged) {
+  constexpr std::string_view kSeparator = "]): ";
+  const std::size_t start = logged.find(kSeparator);
+  return start == std::string_view::npos
              ? std::nullopt
-             : std::optional<std::string>(logged.substr(begins + kBegins.size()));
+             : std::optional<std::string>(logged.substr(start + kSeparator.size()));
 }
 
 }  // namespace
@@ -69,13 +70,13 @@ class Timeline::Marker {
   explicit Marker(Timeline& timeline) : timeline_(timeline) {}
 
   void operator()(const trace::StepStarted& step) {
-    if (step.name != "inspect" && step.name != "request") {  // a request is told when answered
-      timeline_.mark(TimelineLane::Script, std::string(step.name));
+    if (step.name != "inspect" && step.name != "request") {  // a request is marked with its result
+      timeline_.addMark(TimelineLane::Script, std::string(step.name));
     }
   }
   void operator()(const trace::Activated& activated) {
     if (!activated.answer) {
-      timeline_.mark(TimelineLane::Refusal, "not activated");
+      timeline_.addMark(TimelineLane::Refusal, "not activated");
     }
   }
   void operator()(const trace::ContentDataAnswered& data) {
@@ -83,51 +84,51 @@ class Timeline::Marker {
     if (data.answer) {
       text = *data.answer == ContentName::Main ? "main content" : "temporary content";
     }
-    timeline_.mark(TimelineLane::Request, std::string(text));
+    timeline_.addMark(TimelineLane::Request, std::string(text));
   }
   void operator()(const trace::Logged& logged) {
-    if (auto text = complaint(logged.text)) {
-      timeline_.mark(TimelineLane::Refusal, std::move(*text));
+    if (auto text = complaintIn(logged.text)) {
+      timeline_.addMark(TimelineLane::Refusal, std::move(*text));
     }
   }
   void operator()(const trace::StateChanged& change) {
     if (change.state == ContentDataStateFailed) {
-      timeline_.mark(TimelineLane::Refusal, "content failed");
+      timeline_.addMark(TimelineLane::Refusal, "content failed");
     }
   }
   void operator()(const trace::HostCalled& called) {
     std::string text(nameOf(called.operation, kViewOperations));
     if (called.answer) {
       text += *called.answer ? " yes" : " no";
-      timeline_.dismissalAsked_ = true;
+      timeline_.isDismissalRequested_ = true;
     }
-    timeline_.mark(TimelineLane::HostCall, std::move(text));
+    timeline_.addMark(TimelineLane::HostCall, std::move(text));
   }
   void operator()(const trace::EventRecorded& event) {
-    timeline_.mark(TimelineLane::Event, event.name);
+    timeline_.addMark(TimelineLane::Event, event.name);
   }
   void operator()(const trace::Ticked& tick) {
-    if (tick.timeLeft < 0) {  // used up: the cover is to go
-      timeline_.dismissalAsked_ = true;
+    if (tick.timeLeft < 0) {  // the time is up, so the library dismisses the cover
+      timeline_.isDismissalRequested_ = true;
     }
   }
   void operator()(const trace::StyleMaskSet& set) {
-    if (timeline_.styledWindow_ == set.window) {  // one of several steps: the last one counts
+    if (timeline_.styledWindow_ == set.window) {  // several changes in a row: keep only the last
       timeline_.marks_.pop_back();
     }
-    timeline_.mark(TimelineLane::WindowStyle, set.window + ": " + controlsText(set.styleMask));
+    timeline_.addMark(TimelineLane::WindowStyle, set.window + ": " + controlsText(set.styleMask));
     timeline_.styledWindow_ = set.window;
   }
   void operator()(const trace::CoverStep& step) {
     if (step.step == LifeCycleStep::DidDisappear) {
-      timeline_.mark(TimelineLane::Dismissal, "dismissed");
-      timeline_.dismissed_ = true;
+      timeline_.addMark(TimelineLane::Dismissal, "dismissed");
+      timeline_.isDismissed_ = true;
     }
   }
   void operator()(const trace::Fatal& /*fatal*/) {
-    timeline_.mark(TimelineLane::Refusal, "the play broke off");
+    timeline_.addMark(TimelineLane::Refusal, "the play stopped early");
   }
-  void operator()(const auto& /*others*/) {}
+  void operator()(const auto& /*event*/) {}
 
  private:
   Timeline& timeline_;
@@ -145,34 +146,34 @@ void Timeline::traceLineAdded(const TraceLine& line) {
 void Timeline::stateReached(const PlayState& state) {
   end_ = state.time;
   styledWindow_.reset();
-  const bool stays = dismissalAsked_ && !dismissed_ && state.isCovered;
-  dismissalAsked_ = dismissed_ = false;
-  if (stays) {
-    mark(TimelineLane::Refusal, "not dismissed");
+  const bool isRefused = isDismissalRequested_ && !isDismissed_ && state.isCovered;
+  isDismissalRequested_ = isDismissed_ = false;
+  if (isRefused) {
+    addMark(TimelineLane::Refusal, "not dismissed");
   }
   if (state_ && state_->time < state.time) {
-    follow(*state_, state);
+    extendSpans(*state_, state);
   }
   state_ = state;
 }
 
-void Timeline::mark(TimelineLane lane, std::string text) {
+void Timeline::addMark(TimelineLane lane, std::string text) {
   marks_.push_back({.time = end_, .lane = lane, .text = std::move(text)});
 }
 
-void Timeline::follow(const PlayState& before, const PlayState& now) {
+void Timeline::extendSpans(const PlayState& before, const PlayState& now) {
   const TimeSpan span{.from = before.time, .to = now.time};
   if (before.isCovered) {
     extend(covered_, span);
   }
   if (const auto& key = before.keyWindow) {
-    auto found = std::ranges::find(keyWindows_, *key, &KeyWindowSpans::window);
-    if (found == keyWindows_.end()) {
-      found = keyWindows_.insert(found, {.window = *key, .spans = {}});
+    auto entry = std::ranges::find(keyWindows_, *key, &KeyWindowSpans::window);
+    if (entry == keyWindows_.end()) {
+      entry = keyWindows_.insert(entry, {.window = *key, .spans = {}});
     }
-    extend(found->spans, span);
+    extend(entry->spans, span);
   }
-  // Where nothing counts, the time left changes in one go: at the end of the stretch.
+  // Without a countdown, the time left stays constant and changes only at the end of the stretch.
   const double leftAfter = before.countsDown ? std::max(now.timeLeft, 0.0) : before.timeLeft;
   if (before.timeLeft > 0 && std::isfinite(before.timeLeft) && std::isfinite(leftAfter)) {
     extendCountdown({.span = span,
@@ -183,16 +184,16 @@ void Timeline::follow(const PlayState& before, const PlayState& now) {
 }
 
 void Timeline::extendCountdown(CountdownStretch stretch) {
-  // The time left is a line, not stairs: it falls from one tick to the next, whatever else happens
-  // in between.
-  if (!countdown_.empty() && goesOn(countdown_.back(), stretch) &&
+  // The time left changes only at a tick, but is drawn as a sloping line between ticks. So a
+  // constant stretch inside a tick is merged with the next stretch.
+  if (!countdown_.empty() && continues(countdown_.back(), stretch) &&
       countdown_.back().leftBefore == countdown_.back().leftAfter &&
       stretch.span.to - countdown_.back().span.from <= kTickInterval) {
     stretch.span.from = countdown_.back().span.from;
     countdown_.pop_back();
   }
-  if (!countdown_.empty() && goesOn(countdown_.back(), stretch) &&
-      std::abs(slopeOf(countdown_.back()) - slopeOf(stretch)) < kStraight) {
+  if (!countdown_.empty() && continues(countdown_.back(), stretch) &&
+      std::abs(slopeOf(countdown_.back()) - slopeOf(stretch)) < kSlopeTolerance) {
     countdown_.back().span.to = stretch.span.to;
     countdown_.back().leftAfter = stretch.leftAfter;
   } else {

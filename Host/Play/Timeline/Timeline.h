@@ -8,7 +8,7 @@
 
 namespace vel::host {
 
-/// What a mark of a timeline tells of, in the order in which they stand below each other.
+/// The lanes of a timeline, from top to bottom. Each has marks of one kind.
 enum class TimelineLane : std::uint8_t {
   Request,
   Script,
@@ -19,7 +19,7 @@ enum class TimelineLane : std::uint8_t {
   Event
 };
 
-/// Something that happened at one moment.
+/// An event at one moment.
 struct TimelineMark {
   Nanoseconds time = 0;
   TimelineLane lane = TimelineLane::Script;
@@ -31,44 +31,44 @@ struct TimeSpan {
   Nanoseconds to = 0;
 };
 
-/// A stretch of time in which the time left fell, or stood still.
+/// A span in which the time left falls at a constant rate or stays constant.
 struct CountdownStretch {
   TimeSpan span;
-  /// Seconds, at both its ends.
+  /// The time left at the start and at the end of the span, in seconds.
   double leftBefore = 0;
   double leftAfter = 0;
   bool countsDown = false;
 };
 
-/// When a window was key.
+/// The spans in which a window was key.
 struct KeyWindowSpans {
   std::string window;
   std::vector<TimeSpan> spans;
 };
 
-/// Collects from a play what a picture of it shows. What does not change takes no room, however
-/// long it lasts. Belongs to whoever plays.
+/// Collects what the picture of a play shows. Its size depends on the number of changes, not on the
+/// duration of the play.
 class Timeline final : public PlayListener {
  public:
   void traceLineAdded(const TraceLine& line) override;
   void stateReached(const PlayState& state) override;
 
-  /// In the order in which they happened.
+  /// In the order of time.
   [[nodiscard]] const std::vector<TimelineMark>& marks() const { return marks_; }
-  /// In the order in which the windows became key for the first time.
+  /// In the order in which the windows first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   [[nodiscard]] const std::vector<TimeSpan>& covered() const { return covered_; }
-  /// Without the stretches in which there is no time left.
+  /// Without the spans in which no time is left.
   [[nodiscard]] const std::vector<CountdownStretch>& countdown() const { return countdown_; }
-  /// When the play ended.
+  /// The end of the play.
   [[nodiscard]] Nanoseconds end() const { return end_; }
 
  private:
-  // Marks of the kinds of lines that have some.
+  // Adds the marks for a line of the trace.
   class Marker;
 
-  void mark(TimelineLane lane, std::string text);
-  void follow(const PlayState& before, const PlayState& now);
+  void addMark(TimelineLane lane, std::string text);
+  void extendSpans(const PlayState& before, const PlayState& now);
   void extendCountdown(CountdownStretch stretch);
 
   std::vector<TimelineMark> marks_;
@@ -77,11 +77,11 @@ class Timeline final : public PlayListener {
   std::vector<CountdownStretch> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> state_;
-  // The window whose style mask was the last thing to be set.
+  // The window of the latest mark, if that mark is a window style.
   std::optional<std::string> styledWindow_;
-  // What has happened since it was last settled: whether the cover was to go, and whether it went.
-  bool dismissalAsked_ = false;
-  bool dismissed_ = false;
+  // Since the latest state: true if a dismissal was requested, and if it happened.
+  bool isDismissalRequested_ = false;
+  bool isDismissed_ = false;
 };
 
 }  // namespace vel::host

@@ -50,11 +50,11 @@ constexpr LaneLook kLanes[] = {
 
 constexpr double kWidth = 960;
 constexpr double kMargin = 16;
-constexpr double kLeft = 150;  // where the play begins
-constexpr double kRight = 920;
+constexpr double kLeft = 150;   // the start of the play
+constexpr double kRight = 920;  // the end of the play
 constexpr double kFontSize = 13;
 constexpr double kTitleSize = 16;
-constexpr double kTextDrop = 4.5;  // from a text's middle down to its line
+constexpr double kBaselineOffset = 4.5;  // from the vertical centre of a text to its baseline
 constexpr double kRowHeight = 20;
 constexpr double kLanePadding = 4;
 constexpr double kBandHeight = 12;
@@ -63,27 +63,27 @@ constexpr double kMarkRadius = 4;
 constexpr double kLabelDistance = 4;
 constexpr double kLabelGap = 8;
 constexpr double kLongestLabel = (kRight - kLeft) / 2 - 4 * kMarkRadius;
-constexpr int kMostTimes = 7;
-constexpr int kMostHeights = 5;
+constexpr int kMaximumTimeTicks = 7;
+constexpr int kMaximumHeightTicks = 5;
 
 struct AxisTick {
   double value = 0;
   std::string text;
 };
 
-// Round values from 0 to the end, `most` of them after the first, as seconds.
-std::vector<AxisTick> axisTicks(double end, int most) {
-  const double power = std::floor(std::log10(end / most));
+// Returns 0 and at most `maximum` further round values up to `end`, in seconds.
+std::vector<AxisTick> axisTicks(double end, int maximum) {
+  const double power = std::floor(std::log10(end / maximum));
   double step = 0;
   for (const double factor : {1.0, 2.0, 5.0, 10.0}) {
     step = factor * std::pow(10, power);
-    if (end / step <= most) {
+    if (end / step <= maximum) {
       break;
     }
   }
   const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 0.001)));
   std::vector<AxisTick> ticks;
-  for (int index = 0; index <= most && index * step <= end * 1.0001; ++index) {
+  for (int index = 0; index <= maximum && index * step <= end * 1.0001; ++index) {
     const double value = index * step;
     const bool isPlain = step >= 1e-6 && value < 1e7;
     char text[40];
@@ -93,13 +93,13 @@ std::vector<AxisTick> axisTicks(double end, int most) {
   return ticks;
 }
 
-/// Draws lane under lane.
+/// Draws the lanes from top to bottom.
 class Drawing {
  public:
   Drawing(const Timeline& timeline, std::string_view title)
       : timeline_(timeline), title_(title), seconds_(secondsFromNanoseconds(timeline.end())) {
     if (seconds_ <= 0) {
-      seconds_ = 1;  // all at one moment: there has to be some width
+      seconds_ = 1;  // a play of no duration still needs a width
     }
   }
 
@@ -114,10 +114,10 @@ class Drawing {
     for (const LaneLook& lane : kLanes) {
       drawMarks(lane);
     }
-    // What has been drawn says how high the picture is; the ground and the grid lie under it.
+    // The background and the grid are drawn first, but their height is known only now.
     Svg picture;
     picture.rect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
-    for (const AxisTick& tick : axisTicks(seconds_, kMostTimes)) {
+    for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
       picture.line("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
     }
     picture.add(svg_);
@@ -132,7 +132,7 @@ class Drawing {
 
   void drawText(std::string_view look, PicturePoint middle, Svg::Anchor anchor,
                 std::string_view text) {
-    svg_.text(look, {middle.x, middle.y + kTextDrop}, anchor, text);
+    svg_.text(look, {middle.x, middle.y + kBaselineOffset}, anchor, text);
   }
 
   void drawHead() {
@@ -140,7 +140,7 @@ class Drawing {
              shortened(title_, kTitleSize, kWidth - 2 * kMargin));
     const double middle = kMargin + kTitleSize + kRowHeight;
     drawText("quiet", {kMargin, middle}, Svg::Anchor::Start, "time");
-    for (const AxisTick& tick : axisTicks(seconds_, kMostTimes)) {
+    for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
       const double farthest = kWidth - kMargin / 2 - textWidth(tick.text, kFontSize) / 2;
       drawText("quiet", {std::min(xOf(tick.value), farthest), middle}, Svg::Anchor::Middle,
                tick.text);
@@ -148,7 +148,8 @@ class Drawing {
     bottom_ = middle + kRowHeight / 2;
   }
 
-  // The line above a lane and its name in its first row; answers the middle of that row.
+  // Draws the line above a lane and the name of the lane. Returns the vertical centre of its first
+  // row.
   double beginLane(std::string_view name) {
     svg_.line("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
     const double middle = bottom_ + kLanePadding + kRowHeight / 2;
@@ -157,7 +158,7 @@ class Drawing {
     return middle;
   }
 
-  void drawNone(double middle) {
+  void drawEmptyLane(double middle) {
     drawText("quiet label", {kLeft + kLabelGap, middle}, Svg::Anchor::Start, "none");
   }
 
@@ -170,7 +171,7 @@ class Drawing {
                        .height = kBandHeight});
     }
     if (spans.empty()) {
-      drawNone(middle);
+      drawEmptyLane(middle);
     }
     bottom_ = middle + kRowHeight / 2 + kLanePadding;
   }
@@ -179,21 +180,22 @@ class Drawing {
     const double head = beginLane("time left");
     const auto& countdown = timeline_.countdown();
     if (countdown.empty()) {
-      drawNone(head);
+      drawEmptyLane(head);
       bottom_ = head + kRowHeight / 2 + kLanePadding;
       return;
     }
-    const double most = std::ranges::max(countdown, {}, &CountdownStretch::leftBefore).leftBefore;
+    const double maximum =
+        std::ranges::max(countdown, {}, &CountdownStretch::leftBefore).leftBefore;
     const double bottom = head + kRowHeight + kChartHeight;
-    const auto yOf = [&](double left) { return bottom - kChartHeight * (left / most); };
-    for (const AxisTick& tick : axisTicks(most, kMostHeights)) {
+    const auto yOf = [&](double left) { return bottom - kChartHeight * (left / maximum); };
+    for (const AxisTick& tick : axisTicks(maximum, kMaximumHeightTicks)) {
       const double y = yOf(tick.value);
       svg_.line(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
       drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
     }
     drawText("quiet label", {kLeft + kLabelGap, head}, Svg::Anchor::Start,
              "falls while it counts, dashed while it waits");
-    // One line for as long as it goes on counting, or waiting: it may jump, but has no gaps.
+    // Adjacent stretches of one kind are drawn as one path.
     for (auto stretch = countdown.begin(); stretch != countdown.end();) {
       const bool countsDown = stretch->countsDown;
       std::vector<PicturePoint> points;
@@ -228,7 +230,7 @@ class Drawing {
                toTheRight ? Svg::Anchor::Start : Svg::Anchor::End, text);
     }
     if (layout.rows() == 0) {
-      drawNone(middle);
+      drawEmptyLane(middle);
     }
     const double rows = static_cast<double>(std::max<std::size_t>(layout.rows(), 1));
     bottom_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
@@ -238,7 +240,7 @@ class Drawing {
   std::string title_;
   double seconds_;
   Svg svg_;
-  double bottom_ = 0;  // of what has been drawn
+  double bottom_ = 0;  // of the elements drawn so far
 };
 
 }  // namespace

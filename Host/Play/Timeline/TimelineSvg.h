@@ -7,9 +7,9 @@
 
 namespace vel::host {
 
-/// A picture of a play, as SVG: time goes from left to right, and what there is to see stands below
-/// each other: which window is key, whether the cover is up, the time left, and marks for what
-/// happened. It has a background of its own and suits light and dark surroundings.
+/// Returns a picture of a play, as SVG. Time goes from left to right. From top to bottom, the
+/// picture shows which windows are key, when the cover is up, the time left, and marks for the
+/// events. It follows the reader's choice of a light or dark colour scheme.
 [[nodiscard]] std::string timelineSvg(const Timeline& timeline, std::string_view title);
 
 }  // namespace vel::host

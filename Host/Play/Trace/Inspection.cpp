@@ -20,19 +20,19 @@ Inspection::Configuration inspectConfiguration() {
 }
 
 Inspection::Content inspectContent(const LaunchScreenContent& content) {
-  Inspection::Content found{.state = content.state(),
-                            .error = std::nullopt,
-                            .contentRequest = content.contentRequest() != nullptr};
+  Inspection::Content inspection{.state = content.state(),
+                                 .error = std::nullopt,
+                                 .contentRequest = content.contentRequest() != nullptr};
   if (const Strong<NSError> error = content.error()) {
-    found.error = {.domain = std::string(error->domain()), .code = error->code()};
+    inspection.error = {.domain = std::string(error->domain()), .code = error->code()};
   }
-  return found;
+  return inspection;
 }
 
 Inspection::Controller inspectController(LaunchScreenViewController& controller,
                                          WindowNames& names) {
   const auto delegates = controller.delegates();
-  // Looking must not make the view.
+  // `view` would load the view, which changes the state.
   const auto window = controller.isViewLoaded() ? controller.view()->window() : nullptr;
   return {.presentationMode = controller.presentationMode(),
           .appWindow = names.nameOf(controller.appWindow()),
@@ -44,24 +44,24 @@ Inspection::Controller inspectController(LaunchScreenViewController& controller,
 }
 
 Inspection::Application inspectApplication(const NSApplication& application, WindowNames& names) {
-  Inspection::Application found{.keyWindow = names.nameOf(application.keyWindow()),
-                                .mainWindow = names.nameOf(application.mainWindow()),
-                                .orderedWindows = {},
-                                .modalWindow = names.nameOf(application.modalWindow()),
-                                .styleMasks = {}};
+  Inspection::Application inspection{.keyWindow = names.nameOf(application.keyWindow()),
+                                     .mainWindow = names.nameOf(application.mainWindow()),
+                                     .orderedWindows = {},
+                                     .modalWindow = names.nameOf(application.modalWindow()),
+                                     .styleMasks = {}};
   for (const Strong<NSWindow>& window : application.orderedWindows()) {
     const std::string name = names.nameOf(*window);
-    found.orderedWindows.push_back(name);
-    found.styleMasks[name] = window->styleMask();
+    inspection.orderedWindows.push_back(name);
+    inspection.styleMasks[name] = window->styleMask();
   }
-  return found;
+  return inspection;
 }
 
 }  // namespace
 
 Inspection inspect(const LaunchScreenManager& manager, WindowNames& names) {
-  Inspection found;
-  found.manager = {
+  Inspection inspection;
+  inspection.manager = {
       .content = manager.content() != nullptr,
       .tempContent = manager.tempContent() != nullptr,
       .appIsUnfocused = manager.appIsUnfocused(),
@@ -71,15 +71,15 @@ Inspection inspect(const LaunchScreenManager& manager, WindowNames& names) {
       .launchScreenExpired = manager.launchScreenExpired(),
       .launchShouldBeClosed = manager.launchShouldBeClosed(),
   };
-  found.configuration = inspectConfiguration();
+  inspection.configuration = inspectConfiguration();
   if (const Strong<LaunchScreenContent> content = manager.content()) {
-    found.content = inspectContent(*content);
+    inspection.content = inspectContent(*content);
     if (const auto controller = as<LaunchScreenViewController>(content->viewController())) {
-      found.controller = inspectController(*controller, names);
+      inspection.controller = inspectController(*controller, names);
     }
   }
-  found.application = inspectApplication(*NSApp, names);
-  return found;
+  inspection.application = inspectApplication(*NSApp, names);
+  return inspection;
 }
 
 }  // namespace vel::host

@@ -16,8 +16,8 @@ namespace vel::host {
 
 class WindowNames;
 
-/// The state of everything that a host can see, at one moment. Where a member says whether there is
-/// an object, that is all that is known of it.
+/// The state that a host can see, at one moment. A Boolean named after an object is true if the
+/// object exists.
 struct Inspection {
   struct Manager {
     bool content = false;
@@ -44,17 +44,17 @@ struct Inspection {
     std::optional<Error> error;
     bool contentRequest = false;
   };
-  /// The main content's.
+  /// The view controller of the main content.
   struct Controller {
     std::int32_t presentationMode = 0;
     std::optional<std::string> appWindow;
     NSWindowStyleMask appWindowStyleMask = 0;
-    /// How many; nothing where there is no list yet.
+    /// The number of delegates, or `std::nullopt` before the list exists.
     std::optional<std::size_t> delegates;
     bool activityIndicator = false;
     /// The window that shows the controller's view.
     std::optional<std::string> window;
-    /// How many controllers it presents.
+    /// The number of controllers that it presents.
     std::size_t presented = 0;
   };
   struct Application {
@@ -62,7 +62,7 @@ struct Inspection {
     std::optional<std::string> mainWindow;
     std::vector<std::string> orderedWindows;
     std::optional<std::string> modalWindow;
-    /// Of the windows on screen, by name.
+    /// The style masks of the windows on screen, by window name.
     std::map<std::string, NSWindowStyleMask> styleMasks;
   };
 
@@ -73,7 +73,7 @@ struct Inspection {
   Application application;
 };
 
-/// Looks at everything, and changes nothing.
+/// Reads the current state without changing it.
 [[nodiscard]] Inspection inspect(const LaunchScreenManager& manager, WindowNames& names);
 
 }  // namespace vel::host

@@ -1,15 +1,11 @@
 #include "Host/Play/Trace/JsonWriter.h"
 
-#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
-namespace vel::host {
+#include "Host/Play/Scenario/Decimal.h"
 
-std::string shortestDecimal(double number) {
-  char digits[32];
-  return {digits, std::to_chars(digits, digits + sizeof digits, number).ptr};
-}
+namespace vel::host {
 
 void writeJson(std::string& text, double value) {
   if (std::isnan(value)) {
@@ -28,7 +24,7 @@ void writeJson(std::string& text, std::string_view value) {
 
 void writeJson(std::string& text, std::nullptr_t /*value*/) { text += "null"; }
 
-std::string& JsonObject::nameMember(std::string_view name) {
+std::string& JsonObject::beginMember(std::string_view name) {
   if (hasMembers_) {
     text_ += ',';
   }

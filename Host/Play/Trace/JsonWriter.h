@@ -1,4 +1,4 @@
-// Writing compact JSON, member by member in the order given.
+// Writes compact JSON. The members of an object keep the order in which they are written.
 #pragma once
 
 #include <concepts>
@@ -8,10 +8,9 @@
 #include <string_view>
 #include <vector>
 
-namespace vel::host {
+#include "Platform/Foundation/NonCopyable.h"
 
-/// The shortest decimal that reads back as the same double.
-[[nodiscard]] std::string shortestDecimal(double number);
+namespace vel::host {
 
 void writeJson(std::string& text, std::same_as<bool> auto value) {
   text += value ? "true" : "false";
@@ -21,7 +20,7 @@ template <std::integral Number>
 void writeJson(std::string& text, Number value) {
   text += std::to_string(value);
 }
-/// What is no JSON number becomes "nan", "inf" or "-inf".
+/// JSON has no infinity and no NaN: these become the strings "nan", "inf" and "-inf".
 void writeJson(std::string& text, double value);
 void writeJson(std::string& text, std::string_view value);
 void writeJson(std::string& text, std::nullptr_t value);
@@ -44,21 +43,20 @@ void writeJson(std::string& text, const std::vector<Value>& values) {
   text += ']';
 }
 
-/// An object being written at the end of a text; its end closes it.
-class JsonObject {
+/// Appends an object to a text. The constructor writes the opening brace, the destructor writes the
+/// closing brace.
+class JsonObject : private NonCopyable {
  public:
   explicit JsonObject(std::string& text) : text_(text) { text_ += '{'; }
-  JsonObject(const JsonObject&) = delete;
-  JsonObject& operator=(const JsonObject&) = delete;
   ~JsonObject() { text_ += '}'; }
 
   template <class Value>
   JsonObject& member(std::string_view name, const Value& value) {
-    writeJson(nameMember(name), value);
+    writeJson(beginMember(name), value);
     return *this;
   }
-  /// Begins a member; its value has to be written to the text next.
-  std::string& nameMember(std::string_view name);
+  /// Writes the name of a member and returns the text. The caller appends the value next.
+  std::string& beginMember(std::string_view name);
 
  private:
   std::string& text_;

@@ -4,33 +4,30 @@
 #include <string>
 
 #include "Host/Play/Trace/TraceLine.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::host {
 
-/// How a play stands at one moment.
+/// The state of a play at one moment.
 struct PlayState {
   Nanoseconds time = 0;
   /// Seconds.
   double timeLeft = 0;
   bool countsDown = false;
-  /// Whether any cover of the library's is on screen.
+  /// True if a cover of the library is on screen.
   bool isCovered = false;
   std::optional<std::string> keyWindow;
 };
 
-/// Follows a play from outside.
-class PlayListener {
+/// Receives what happens in a play.
+class PlayListener : private NonCopyable {
  public:
   PlayListener() = default;
-  PlayListener(const PlayListener&) = delete;
-  PlayListener& operator=(const PlayListener&) = delete;
-  PlayListener(PlayListener&&) = delete;
-  PlayListener& operator=(PlayListener&&) = delete;
   virtual ~PlayListener() = default;
 
-  /// Something has happened. A line may come from a background thread, while the main one waits.
+  /// A background thread may call this while the main thread waits for it.
   virtual void traceLineAdded(const TraceLine& line) = 0;
-  /// A step has been done, or all that was due at a moment.
+  /// Called after each step, and whenever all work that was due at a moment is done.
   virtual void stateReached(const PlayState& state) = 0;
 };
 

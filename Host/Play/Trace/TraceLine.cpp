@@ -15,7 +15,7 @@ constexpr NamedValue<LifeCycleStep> kLifeCycleSteps[] = {
     {"viewDidDisappear", LifeCycleStep::DidDisappear},
 };
 
-// Whole nanoseconds, as seconds with nine decimals.
+// Returns the time in seconds, with nine decimals.
 std::string timeText(Nanoseconds time) {
   char text[40];
   std::snprintf(text, sizeof text, "%lld.%09lld",
@@ -30,22 +30,22 @@ std::string hexadecimal(std::uint64_t number) {
   return text;
 }
 
-std::optional<std::string_view> wordFor(std::optional<ContentName> content) {
+std::optional<std::string_view> contentName(std::optional<ContentName> content) {
   return content ? std::optional(nameOf(*content, kContents)) : std::nullopt;
 }
 
-/// Writes the members of each kind of line after "t".
+/// Writes the members of a line that follow "t".
 class LineWriter {
  public:
   LineWriter(std::string& text, JsonObject& line) : text_(text), line_(line) {}
 
   void operator()(const trace::StepStarted& step) { line_.member("do", step.name); }
-  void operator()(const trace::Activated& activated) { answer("activate:", activated.answer); }
+  void operator()(const trace::Activated& activated) { writeAnswer("activate:", activated.answer); }
   void operator()(const trace::ContentDataAnswered& data) {
-    answer("contentDataForContentRequest:", wordFor(data.answer));
+    writeAnswer("contentDataForContentRequest:", contentName(data.answer));
   }
   void operator()(const trace::ContentViewAnswered& view) {
-    answer("contentViewForContentData:", wordFor(view.answer));
+    writeAnswer("contentViewForContentData:", contentName(view.answer));
   }
   void operator()(const trace::Registered& registered) {
     line_.member("registered", registered.engines);
@@ -77,15 +77,15 @@ class LineWriter {
         .member("is", window.change == Change::Opened ? "opened" : "closed");
   }
   void operator()(const trace::Inspected& inspected) {
-    line_.nameMember("inspect");
+    line_.beginMember("inspect");
     write(inspected.inspection);
   }
   void operator()(const trace::Fatal& fatal) { line_.member("fatal", fatal.reason); }
 
  private:
   template <class Value>
-  void answer(std::string_view operation, const Value& value) {
-    line_.nameMember("answer");
+  void writeAnswer(std::string_view operation, const Value& value) {
+    line_.beginMember("answer");
     JsonObject(text_).member(operation, value);
   }
 
@@ -100,15 +100,15 @@ class LineWriter {
 
   void write(const Inspection& inspection) {
     JsonObject object(text_);
-    object.nameMember("manager");
+    object.beginMember("manager");
     write(inspection.manager);
-    object.nameMember("configuration");
+    object.beginMember("configuration");
     write(inspection.configuration);
-    object.nameMember("content");
+    object.beginMember("content");
     writeOptional(inspection.content);
-    object.nameMember("controller");
+    object.beginMember("controller");
     writeOptional(inspection.controller);
-    object.nameMember("application");
+    object.beginMember("application");
     write(inspection.application);
   }
 
@@ -134,7 +134,7 @@ class LineWriter {
 
   void write(const Inspection::Content& content) {
     JsonObject object(text_);
-    object.member("state", content.state).nameMember("error");
+    object.member("state", content.state).beginMember("error");
     writeOptional(content.error);
     object.member("contentRequest", content.contentRequest);
   }
@@ -160,7 +160,7 @@ class LineWriter {
         .member("mainWindow", application.mainWindow)
         .member("orderedWindows", application.orderedWindows)
         .member("modalWindow", application.modalWindow)
-        .nameMember("styleMasks");
+        .beginMember("styleMasks");
     JsonObject masks(text_);
     for (const auto& [window, mask] : application.styleMasks) {
       masks.member(window, mask);
@@ -177,7 +177,7 @@ std::string traceText(const TraceLine& line) {
   std::string text;
   {
     JsonObject object(text);
-    object.nameMember("t") += timeText(line.time);
+    object.beginMember("t") += timeText(line.time);
     std::visit(LineWriter(text, object), line.event);
   }
   return text;

@@ -1,4 +1,4 @@
-// What happened in a play, line by line.
+// The lines of a trace: what happened in a play.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 
 namespace vel::host {
 
-/// The kinds of lines, a struct each.
+/// The events of a trace, one struct for each kind.
 namespace trace {
 
 struct StepStarted {
@@ -42,7 +42,7 @@ struct StateChanged {
 };
 struct HostCalled {
   ViewOperation operation = ViewOperation::WillAppear;
-  /// What the host answers, where it is asked.
+  /// The return value of the host, if the operation has one.
   std::optional<bool> answer;
 };
 struct EventRecorded {
@@ -70,7 +70,7 @@ struct PresentationWindow {
 struct Inspected {
   Inspection inspection;
 };
-/// The end of a play that cannot go on.
+/// The play cannot continue.
 struct Fatal {
   std::string reason;
 };
@@ -89,7 +89,7 @@ struct TraceLine {
   TraceEvent event;
 };
 
-/// The line as JSON, without an end of line.
+/// Returns the line as JSON, without a line feed.
 [[nodiscard]] std::string traceText(const TraceLine& line);
 
 }  // namespace vel::host

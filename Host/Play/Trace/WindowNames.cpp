@@ -6,22 +6,22 @@
 
 namespace vel::host {
 
-void WindowNames::give(const Strong<NSWindow>& window, std::string_view name) {
+void WindowNames::add(const Strong<NSWindow>& window, std::string_view name) {
   std::erase_if(entries_, [](const Entry& entry) { return entry.window.expired(); });
   entries_.push_back({window, std::string(name)});
 }
 
 std::string WindowNames::nameOf(NSWindow& window) {
-  const Strong<NSWindow> asked = window.self();
-  const auto found = std::ranges::find_if(
-      entries_, [&asked](const Entry& entry) { return entry.window.lock() == asked; });
-  if (found != entries_.end()) {
-    return found->name;
+  const Strong<NSWindow> namedWindow = window.self();
+  const auto match = std::ranges::find_if(
+      entries_, [&namedWindow](const Entry& entry) { return entry.window.lock() == namedWindow; });
+  if (match != entries_.end()) {
+    return match->name;
   }
   const bool modal = window.kind() == WindowKind::Modal;
   std::string name(modal ? kModalWindowName : kSheetName);
   name += std::to_string(modal ? ++modalWindows_ : ++sheets_);
-  give(asked, name);
+  add(namedWindow, name);
   return name;
 }
 
@@ -30,8 +30,8 @@ std::optional<std::string> WindowNames::nameOf(const Strong<NSWindow>& window) {
 }
 
 Strong<NSWindow> WindowNames::window(std::string_view name) const {
-  const auto found = std::ranges::find(entries_, name, &Entry::name);
-  return found == entries_.end() ? nullptr : found->window.lock();
+  const auto match = std::ranges::find(entries_, name, &Entry::name);
+  return match == entries_.end() ? nullptr : match->window.lock();
 }
 
 }  // namespace vel::host

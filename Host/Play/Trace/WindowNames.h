@@ -9,17 +9,17 @@
 
 namespace vel::host {
 
-/// What the windows of a play are called. The host names its own; those that presentations make are
-/// named when they are first asked for. Windows are not kept alive.
+/// The names of the windows of a play. The player names the host's windows. The window of a
+/// presentation gets a name when its name is first needed. Does not keep windows alive.
 class WindowNames {
  public:
-  void give(const Strong<NSWindow>& window, std::string_view name);
+  void add(const Strong<NSWindow>& window, std::string_view name);
 
   [[nodiscard]] std::string nameOf(NSWindow& window);
-  /// The same; nothing for none.
+  /// Returns `std::nullopt` for null.
   [[nodiscard]] std::optional<std::string> nameOf(const Strong<NSWindow>& window);
 
-  /// The window of that name; none if there is none, or no longer.
+  /// Returns the window with this name, or null if it does not exist.
   [[nodiscard]] Strong<NSWindow> window(std::string_view name) const;
 
  private:

@@ -1,7 +1,7 @@
 #include "Tests/Host/Play/PlaySupport.h"
 
 #include "Host/Play/Scenario/ScenarioReader.h"
-#include "Host/Play/Trace/JsonWriter.h"
+#include "Host/Play/Scenario/Decimal.h"
 
 namespace vel::host {
 

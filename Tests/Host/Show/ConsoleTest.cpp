@@ -20,7 +20,7 @@ class LineConsoleTest : public testing::Test {
   void countDown(double total) {
     double time = 0;
     for (double left = total; left > 0; left -= 0.1, time += 0.1) {
-      console.timeLeft(time, running(left, total));
+      console.showTimeLeft(time, running(left, total));
     }
   }
 
@@ -29,13 +29,13 @@ class LineConsoleTest : public testing::Test {
 };
 
 TEST_F(LineConsoleTest, HappeningIsALineWithItsTime) {
-  console.happened(1.6004, "dismissed");
-  console.happened(1234.5, "event recorded: e");
+  console.report(1.6004, "dismissed");
+  console.report(1234.5, "event recorded: e");
   EXPECT_EQ(out.str(), "   1.600 s  dismissed\n1234.500 s  event recorded: e\n");
 }
 
 TEST_F(LineConsoleTest, ControlCharactersDoNotReachTheTerminal) {
-  console.happened(0, "event recorded: a\nb\033[2J");
+  console.report(0, "event recorded: a\nb\033[2J");
   EXPECT_EQ(out.str(), "   0.000 s  event recorded: a?b?[2J\n");
 }
 
@@ -55,16 +55,16 @@ TEST_F(LineConsoleTest, LessThanASecondHasNoSecondsToTell) {
 }
 
 TEST_F(LineConsoleTest, EndlessTimeHasNoSecondsToTell) {
-  console.timeLeft(
+  console.showTimeLeft(
       0, running(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()));
   EXPECT_EQ(out.str(), "");
 }
 
 TEST_F(LineConsoleTest, PauseAndItsEndAreALineEachAndNoSecondIsToldTwice) {
-  console.timeLeft(0, running(2, 5));
-  console.timeLeft(0.5, paused(2, 5));
-  console.timeLeft(0.6, paused(2, 5));
-  console.timeLeft(3, running(2, 5));
+  console.showTimeLeft(0, running(2, 5));
+  console.showTimeLeft(0.5, paused(2, 5));
+  console.showTimeLeft(0.6, paused(2, 5));
+  console.showTimeLeft(3, running(2, 5));
   EXPECT_EQ(out.str(),
             "   0.000 s  2 s left\n"
             "   0.500 s  paused: not in front\n"
@@ -113,77 +113,77 @@ class LiveConsoleTest : public testing::Test {
 };
 
 TEST_F(LiveConsoleTest, EverythingIsWrittenOverTheSameLine) {
-  console.timeLeft(0, running(5, 5));
-  console.timeLeft(0.1, running(4.9, 5));
-  console.happened(5.1, "dismissed");
+  console.showTimeLeft(0, running(5, 5));
+  console.showTimeLeft(0.1, running(4.9, 5));
+  console.report(5.1, "dismissed");
   EXPECT_EQ(out.str().find('\n'), std::string::npos);
   const std::string written = out.str();
   EXPECT_EQ(std::ranges::count(written, '\r'), 3);
 }
 
 TEST_F(LiveConsoleTest, RemarkStaysOnALineOfItsOwn) {
-  console.timeLeft(0, running(5, 5));
+  console.showTimeLeft(0, running(5, 5));
   const std::size_t before = out.str().size();
-  console.remark(0.2, "controls kept");
-  console.timeLeft(0.3, running(4.7, 5));
+  console.reportPermanently(0.2, "controls kept");
+  console.showTimeLeft(0.3, running(4.7, 5));
   EXPECT_THAT(out.str().substr(before),
               testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
 }
 
 TEST_F(LiveConsoleTest, ShorterLineWipesOutTheLongerOne) {
-  console.timeLeft(0, running(5, 5));
+  console.showTimeLeft(0, running(5, 5));
   const std::size_t before = out.str().size();
-  console.happened(5.1, "dismissed");
+  console.report(5.1, "dismissed");
   EXPECT_EQ(out.str().substr(before), "\r   5.100 s  dismissed" + std::string(18, ' '));
 }
 
 TEST_F(LiveConsoleTest, CountdownSaysWhatTheUserCanDo) {
-  console.timeLeft(0, running(5, 5));
+  console.showTimeLeft(0, running(5, 5));
   EXPECT_EQ(out.str(), "\r  5.0 s left  [----------]  press Enter");
 }
 
 TEST_F(LiveConsoleTest, PauseIsSaidInTheLine) {
   columns = 60;
-  console.timeLeft(0, paused(5, 5));
+  console.showTimeLeft(0, paused(5, 5));
   EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
 }
 
 TEST_F(LiveConsoleTest, HappeningsAfterTheCountdownAreGathered) {
   columns = 80;
-  console.happened(0, "covered");
-  console.timeLeft(0, running(1, 1));
+  console.report(0, "covered");
+  console.showTimeLeft(0, running(1, 1));
   const std::size_t before = out.str().size();
-  console.happened(1.1, "dismissed");
-  console.happened(1.6, "event recorded: e");
+  console.report(1.1, "dismissed");
+  console.report(1.6, "event recorded: e");
   EXPECT_NE(out.str().find("\r   1.600 s  dismissed, event recorded: e", before),
             std::string::npos);
 }
 
 TEST_F(LiveConsoleTest, OldestHappeningsMakeRoom) {
-  console.happened(1, "controls given back");
-  console.happened(2, "dismissed");
-  console.happened(3, "uncovered");
+  console.report(1, "controls given back");
+  console.report(2, "dismissed");
+  console.report(3, "uncovered");
   EXPECT_TRUE(out.str().ends_with("\r   3.000 s  dismissed, uncovered")) << out.str();
 }
 
 TEST_F(LiveConsoleTest, LastColumnStaysFree) {
   columns = 20;
-  console.happened(1, std::string(100, 'x'));
+  console.report(1, std::string(100, 'x'));
   EXPECT_EQ(out.str(), "\r   1.000 s  xxxxxxx");
 }
 
 TEST_F(LiveConsoleTest, MakesWayByClearingItsLine) {
-  console.happened(1, "covered");
-  console.makeWay();
+  console.report(1, "covered");
+  console.clearLine();
   out << "a log line\n";
-  console.makeWay();
+  console.clearLine();
   EXPECT_EQ(out.str(), "\r   1.000 s  covered\r" + std::string(19, ' ') + "\ra log line\n");
 }
 
 TEST_F(LiveConsoleTest, LineThatWasBegunIsEndedOnce) {
   console.finish();
   EXPECT_EQ(out.str(), "");
-  console.happened(1, "covered");
+  console.report(1, "covered");
   console.finish();
   console.finish();
   EXPECT_TRUE(out.str().ends_with("covered\n"));

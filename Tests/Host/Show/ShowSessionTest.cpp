@@ -24,7 +24,7 @@ class ShowSessionTest : public VirtualTest {
   void start() {
     session = make<ShowSession>(options, std::make_shared<LineConsole>(out), std::move(events));
     session->start();
-    session->passEnded();
+    session->update();
   }
 
   // Runs the loop for so many seconds as the program does: looking around after each pass.
@@ -34,14 +34,14 @@ class ShowSessionTest : public VirtualTest {
     bool reached = false;
     dispatch_after(limit, dispatch_get_main_queue(), [&reached] { reached = true; });
     loop.runUntil([&] {
-      session->passEnded();
+      session->update();
       return reached;
     });
   }
 
   // Runs to the outcome.
   ShowOutcome runToEnd() {
-    NSRunLoop::mainRunLoop().runUntil([this] { return session->passEnded(); });
+    NSRunLoop::mainRunLoop().runUntil([this] { return session->update(); });
     return *session->outcome();
   }
 
@@ -309,7 +309,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_EQ(outcome.failure, "the headless display has no windows of other programs");
   EXPECT_EQ(out.str(), "");
-  session->giveBack();
+  session->shutDown();
 }
 
 TEST_F(ShowSessionTest, ScreenshotOfWhatIsNotOnAScreenIsToldInTheMiddle) {
@@ -460,7 +460,7 @@ TEST_P(GivingBackTest, LeavesTheWindowAsItWasAndClosed) {
   start();
   const Strong<NSWindow> window = session->playerWindow();
   run(GetParam().after);
-  session->giveBack();
+  session->shutDown();
   EXPECT_EQ(window->styleMask(), 15U);
   EXPECT_EQ(player().description.styleMask, 15U);
   EXPECT_FALSE(window->isVisible());
@@ -470,7 +470,7 @@ TEST_P(GivingBackTest, LeavesTheWindowAsItWasAndClosed) {
   EXPECT_THAT(out.str(), testing::HasSubstr("dismissed\n"));
   EXPECT_THAT(out.str(), testing::HasSubstr("uncovered\n"));
   const std::string told = out.str();
-  session->giveBack();
+  session->shutDown();
   platform.run(5);
   EXPECT_EQ(out.str(), told);
 }
@@ -489,7 +489,7 @@ TEST_F(ShowSessionTest, GivenBackOnceItIsOverNothingIsDismissedAgain) {
   start();
   runToEnd();
   const std::string told = out.str();
-  session->giveBack();
+  session->shutDown();
   EXPECT_EQ(out.str(), told);
   EXPECT_FALSE(session->playerWindow()->isVisible());
 }

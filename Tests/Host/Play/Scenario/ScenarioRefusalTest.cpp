@@ -58,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"NumberBeyondADouble", R"({"until":1e999})",
                 "/until: expected a number within the range of a double"},
         Refusal{"MemberTwice", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
-                "/steps/0/at: expected a member that stands only once in its object"}),
+                "/steps/0/at: expected each member only once in an object"}),
     factOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -67,11 +67,11 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Array", "[]", R"("" (the document): expected an object)"},
         Refusal{"Number", "7", R"("" (the document): expected an object)"},
         Refusal{"UnknownMember", R"({"actors":[]})",
-                R"(/actors: expected no such member, but only one of "host", "steps", "until")"},
+                R"(/actors: expected a known member: one of "host", "steps", "until")"},
         Refusal{"MemberNameThatAPointerEscapes", R"({"a/b~c":1})",
-                R"(/a~1b~0c: expected no such member, but only one of "host", "steps", "until")"},
+                R"(/a~1b~0c: expected a known member: one of "host", "steps", "until")"},
         Refusal{"MemberNameOfTwoLines", R"({"a\nb":1})",
-                R"(/a\u000ab: expected no such member, but only one of "host", "steps", "until")"},
+                R"(/a\u000ab: expected a known member: one of "host", "steps", "until")"},
         Refusal{"StepsNoArray", R"({"steps":{}})", "/steps: expected an array of steps"},
         Refusal{"StepNoObject", R"({"steps":["activate"]})", "/steps/0: expected a step"},
         Refusal{"UntilNoNumber", R"({"until":"late"})", "/until: expected a number"},
@@ -84,9 +84,10 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Host, ScenarioRefusalTest,
     testing::Values(
-        Refusal{"NoObject", R"({"host":null})", "/host: expected an object with what the host has"},
+        Refusal{"NoObject", R"({"host":null})",
+                "/host: expected an object that describes the host"},
         Refusal{"UnknownMember", R"({"host":{"name":"game"}})",
-                R"(/host/name: expected no such member, but only one of "windows", )"
+                R"(/host/name: expected a known member: one of "windows", )"
                 R"("resolverDelegate", "viewDelegate", "osVersion")"},
         Refusal{"WindowsNoArray", R"({"host":{"windows":{}}})",
                 "/host/windows: expected an array of windows"},
@@ -99,12 +100,12 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"WindowNameTwice", R"({"host":{"windows":[{"name":"a"},{"name":"a"}]}})",
                 "/host/windows/1/name: expected a name that no earlier window has"},
         Refusal{"WindowNamedAsAModalWindow", R"({"host":{"windows":[{"name":"modal-1"}]}})",
-                "/host/windows/0/name: expected a name that no presentation gives to its window"},
+                "/host/windows/0/name: expected a name that is not reserved for presentations"},
         Refusal{"WindowNamedAsASheet",
                 R"({"host":{"windows":[{"name":"sheet-99999999999999999999"}]}})",
-                "/host/windows/0/name: expected a name that no presentation gives to its window"},
+                "/host/windows/0/name: expected a name that is not reserved for presentations"},
         Refusal{"WindowUnknownMember", R"({"host":{"windows":[{"name":"a","title":"A"}]}})",
-                R"(/host/windows/0/title: expected no such member, but only one of "name", )"
+                R"(/host/windows/0/title: expected a known member: one of "name", )"
                 R"("className", "styleMask", "frame", "contentViewController", "parent")"},
         Refusal{"ClassNameNoText", R"({"host":{"windows":[{"name":"a","className":null}]}})",
                 "/host/windows/0/className: expected a string"},
@@ -151,7 +152,7 @@ TEST(ScenarioReaderTest, ViewDelegateIsHeldToItsOperations) {
                       R"("deactivateDuring":"contentViewDidDisappear:"}}})"),
             "/host/viewDelegate/deactivateDuring: expected one of the delegate's operations");
   EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"mood":1}}})"),
-            "/host/viewDelegate/mood: expected no such member, but only one of "
+            "/host/viewDelegate/mood: expected a known member: one of "
             R"("operations", "canDisappear", "deactivateDuring")");
 }
 
@@ -180,7 +181,7 @@ INSTANTIATE_TEST_SUITE_P(
     Members, StepRefusalTest,
     testing::Values(
         Refusal{"UnknownMember", R"({"do":"inspect","deep":true})",
-                R"(/steps/0/deep: expected no such member, but only one of "at", "do")"},
+                R"(/steps/0/deep: expected a known member: one of "at", "do")"},
         Refusal{"BrokerNoTruth", R"({"do":"activate","broker":null})",
                 "/steps/0/broker: expected true or false"},
         Refusal{"ParametersNoObject", R"({"do":"request","parameters":[]})",
@@ -189,9 +190,9 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(/steps/0/thread: expected "background")"},
         Refusal{"ThreadOfADismissalByTheContent",
                 R"({"do":"dismiss","by":"content","thread":"background"})",
-                R"(/steps/0/thread: expected no such member, but only one of "at", "do", "by")"},
+                R"(/steps/0/thread: expected a known member: one of "at", "do", "by")"},
         Refusal{"ThreadOfAnyOtherStep", R"({"do":"deactivate","thread":"background"})",
-                R"(/steps/0/thread: expected no such member, but only one of "at", "do")"},
+                R"(/steps/0/thread: expected a known member: one of "at", "do")"},
         Refusal{"ContentUnknown", R"({"do":"contentView","content":"other"})",
                 R"(/steps/0/content: expected one of "main", "temporary")"},
         Refusal{
@@ -280,7 +281,7 @@ TEST(ScenarioReaderTest, NestingIsNoDeeperThan64) {
   EXPECT_EQ(refusalOf(nested(64)), "none");
   EXPECT_THAT(refusalOf(nested(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
   EXPECT_THAT(refusalOf(std::string(100'000, '[')),
-              testing::EndsWith(": expected no more than 64 objects and arrays in each other"));
+              testing::EndsWith(": expected at most 64 levels of nested objects and arrays"));
 }
 
 TEST(ScenarioReaderTest, EverythingButNamesMayBeLeftOut) {

@@ -177,7 +177,7 @@ TEST_F(TimelineTest, MarksThatThePlayBrokeOff) {
   timelineOf(timeline_, kHalfASecond, 2,
              R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
              R"("deactivateDuring":"contentViewDidDisappear:"}})");
-  EXPECT_THAT(marks(TimelineLane::Refusal), Contains(At{600, "the play broke off"}));
+  EXPECT_THAT(marks(TimelineLane::Refusal), Contains(At{600, "the play stopped early"}));
 }
 
 }  // namespace

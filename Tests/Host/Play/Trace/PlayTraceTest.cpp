@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "Host/Play/Trace/JsonWriter.h"
+#include "Host/Play/Scenario/Decimal.h"
 #include "Tests/Host/Play/PlaySupport.h"
 
 namespace vel::host {
