@@ -37,14 +37,14 @@ TEST(CommandLineTest, HelpNamesTheCommands) {
   EXPECT_EQ(result.err, "");
 }
 
-TEST(CommandLineTest, ShowHasHelpOfItsOwn) {
+TEST(CommandLineTest, ShowHasItsOwnHelp) {
   const Result result = run({"show", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, HasSubstr("--duration SECONDS=5 "));
   EXPECT_EQ(result.err, "");
 }
 
-TEST(CommandLineTest, VersionIsAskedWithAndWithoutACommand) {
+TEST(CommandLineTest, VersionWorksWithAndWithoutACommand) {
   for (const Result& result : {run({"--version"}), run({"show", "--version"})}) {
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, testing::MatchesRegex("launchscreen [0-9]+\\.[0-9]+\\.[0-9]+\n"));
@@ -62,7 +62,7 @@ struct BadUsage {
 
 class BadUsageTest : public testing::TestWithParam<BadUsage> {};
 
-TEST_P(BadUsageTest, IsToldInOneLine) {
+TEST_P(BadUsageTest, IsReportedInOneLine) {
   const Result result = run(GetParam().arguments);
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.out, "");
@@ -75,7 +75,8 @@ TEST_P(BadUsageTest, IsToldInOneLine) {
 INSTANTIATE_TEST_SUITE_P(
     CommandLine, BadUsageTest,
     testing::Values(
-        BadUsage{"NoCommand", {}, "a command is missing"}, BadUsage{"UnknownCommand", {"dance"}, "dance"},
+        BadUsage{"NoCommand", {}, "a command is missing"},
+        BadUsage{"UnknownCommand", {"dance"}, "dance"},
         BadUsage{"UnknownOption", {"show", "--bogus"}, "--bogus"},
         BadUsage{"OptionOfTwoLines", {"show", "--bo\ngus"}, "--bo gus"},
         BadUsage{"Operand", {"show", "now"}, "now"},
@@ -84,22 +85,22 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"UnknownDisplay", {"show", "--display", "paper"}, "paper"},
         BadUsage{"UnknownMode", {"show", "--mode", "Skip"}, "Skip"},
         BadUsage{"UnknownPresentation", {"show", "--present", "0"}, "--present"},
-        BadUsage{"SizeOfNothing", {"show", "--size", "0x720"}, "0x720"},
+        BadUsage{"SizeWithZeroWidth", {"show", "--size", "0x720"}, "0x720"},
         BadUsage{"NegativeSize", {"show", "--size", "-1x720"}, "-1x720"},
         BadUsage{"SizeWithoutHeight", {"show", "--size", "1280"}, "1280"},
-        BadUsage{"SizeWithMore", {"show", "--size", "1280x720x2"}, "1280x720x2"},
-        BadUsage{"SizeNotWhole", {"show", "--size", "1280x7.5"}, "1280x7.5"},
+        BadUsage{"SizeWithThreeNumbers", {"show", "--size", "1280x720x2"}, "1280x720x2"},
+        BadUsage{"SizeIsNotWhole", {"show", "--size", "1280x7.5"}, "1280x7.5"},
         BadUsage{"EmptySize", {"show", "--size", ""}, "--size"},
-        BadUsage{"SizeOutOfReach", {"show", "--size", "99999999999x1"}, "99999999999x1"},
-        BadUsage{"WindowThatIsNoNumber", {"show", "--window", "player"}, "'player'"},
-        BadUsage{"WindowWithMore", {"show", "--window", "0x12g"}, "'0x12g'"},
+        BadUsage{"SizeTooLarge", {"show", "--size", "99999999999x1"}, "99999999999x1"},
+        BadUsage{"WindowIsNotANumber", {"show", "--window", "player"}, "'player'"},
+        BadUsage{"WindowWithOtherCharacters", {"show", "--window", "0x12g"}, "'0x12g'"},
         BadUsage{"WindowWithoutDigits", {"show", "--window", "0x"}, "'0x'"},
         BadUsage{"NegativeWindow", {"show", "--window", "-5"}, "'-5'"},
         BadUsage{"WindowWithASize", {"show", "--window", "5", "--size", "2x2"}, "--size"},
-        BadUsage{"WindowInMemory",
+        BadUsage{"WindowOnTheHeadlessDisplay",
                  {"show", "--window", "5", "--display", "headless"},
                  "--window: needs --display x11"},
-        BadUsage{"ScreenshotInMemory",
+        BadUsage{"ScreenshotOnTheHeadlessDisplay",
                  {"show", "--screenshot", "x.png", "--display", "headless"},
                  "--screenshot: needs --display x11"},
         BadUsage{"SkipAfterText", {"show", "--mode", "skip", "--skip-after", "x"}, "--skip-after"},
@@ -109,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
                  {"show", "--mode", "skip", "--skip-after", "nan"},
                  "--skip-after"},
         BadUsage{
-            "SkipAfterEndless", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
+            "SkipAfterInfinite", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
         BadUsage{"SkipAfterInForcedMode", {"show", "--skip-after", "1"}, "needs --mode skip"},
         BadUsage{"EventsFileThatCannotBeWritten",
                  {"show", "--events", "/nonexistent/file"},

@@ -1,5 +1,5 @@
-// Each script of Examples/scenarios gives the trace that is kept for it: the one in golden/ whose
-// name begins with the script's and goes on, after two dashes, with what the trace shows.
+// Compares the trace of each scenario in Examples/scenarios with the expected trace in golden/. The
+// name of the expected trace is the name of the scenario, two dashes, and what the trace shows.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -19,10 +19,10 @@ namespace fs = std::filesystem;
 fs::path root() {
   return fs::path(__FILE__).parent_path().parent_path().parent_path().parent_path();
 }
-fs::path scripts() { return root() / "Examples/scenarios"; }
+fs::path scenarios() { return root() / "Examples/scenarios"; }
 fs::path traces() { return root() / "Tests/Host/Play/golden"; }
 
-// The names of a folder's files of one kind, without it, sorted.
+// Returns the sorted names of the files with this extension, without the extension.
 std::vector<std::string> namesIn(const fs::path& folder, std::string_view extension) {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder)) {
@@ -40,42 +40,43 @@ std::string contents(const fs::path& file) {
   return text.str();
 }
 
-std::string scriptOf(const std::string& trace) { return trace.substr(0, trace.find("--")); }
+std::string scenarioOf(const std::string& trace) { return trace.substr(0, trace.find("--")); }
 
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
-TEST_P(PlayExamplesTest, GivesItsTraceEveryTime) {
-  const std::string kept = contents(traces() / (GetParam() + ".jsonl"));
-  const std::string script = (scripts() / (scriptOf(GetParam()) + ".json")).string();
-  const int status = kept.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
+TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
+  const std::string expected = contents(traces() / (GetParam() + ".jsonl"));
+  const std::string scenario = (scenarios() / (scenarioOf(GetParam()) + ".json")).string();
+  const int status =
+      expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
   for (int time = 0; time < 2; ++time) {
-    std::istringstream none;
+    std::istringstream input;
     std::ostringstream trace;
-    EXPECT_EQ(play({.file = script}, none, trace), status);
-    EXPECT_EQ(trace.str(), kept);
+    EXPECT_EQ(play({.file = scenario}, input, trace), status);
+    EXPECT_EQ(trace.str(), expected);
   }
 }
 
 std::string testNameOf(const testing::TestParamInfo<std::string>& info) {
-  std::string name = scriptOf(info.param);
+  std::string name = scenarioOf(info.param);
   std::ranges::replace_if(
       name, [](char character) { return std::isalnum(character) == 0; }, '_');
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, PlayExamplesTest, testing::ValuesIn(namesIn(traces(), ".jsonl")),
-                         testNameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
+                         testing::ValuesIn(namesIn(traces(), ".jsonl")), testNameOf);
 
-TEST(PlayExampleListTest, EachScriptHasOneTrace) {
+TEST(PlayExampleListTest, EachScenarioHasOneTrace) {
   std::vector<std::string> played;
-  std::ranges::transform(namesIn(traces(), ".jsonl"), std::back_inserter(played), &scriptOf);
-  EXPECT_EQ(played, namesIn(scripts(), ".json"));
+  std::ranges::transform(namesIn(traces(), ".jsonl"), std::back_inserter(played), &scenarioOf);
+  EXPECT_EQ(played, namesIn(scenarios(), ".json"));
 }
 
-TEST(PlayExampleListTest, EachScriptIsInTheListOfThem) {
-  const std::string list = contents(scripts() / "README.md");
-  for (const std::string& script : namesIn(scripts(), ".json")) {
-    EXPECT_THAT(list, testing::HasSubstr("\n| [" + script + "](" + script + ".json) |"));
+TEST(PlayExampleListTest, ReadmeListsEachScenario) {
+  const std::string list = contents(scenarios() / "README.md");
+  for (const std::string& scenario : namesIn(scenarios(), ".json")) {
+    EXPECT_THAT(list, testing::HasSubstr("\n| [" + scenario + "](" + scenario + ".json) |"));
   }
 }
 

@@ -1,7 +1,7 @@
 #include "Tests/Host/Play/PlaySupport.h"
 
-#include "Host/Play/Scenario/ScenarioReader.h"
 #include "Host/Play/Scenario/Decimal.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
 
 namespace vel::host {
 
@@ -9,12 +9,12 @@ namespace {
 
 class Recorder final : public PlayListener {
  public:
-  explicit Recorder(Played& played) : played_(played) {}
-  void traceLineAdded(const TraceLine& line) override { played_.lines.push_back(traceText(line)); }
-  void stateReached(const PlayState& state) override { played_.states.push_back(state); }
+  explicit Recorder(PlayResult& result) : result_(result) {}
+  void traceLineAdded(const TraceLine& line) override { result_.lines.push_back(traceText(line)); }
+  void stateReached(const PlayState& state) override { result_.states.push_back(state); }
 
  private:
-  Played& played_;
+  PlayResult& result_;
 };
 
 std::string withoutTime(const std::string& line) {
@@ -27,12 +27,12 @@ bool isOfKind(const std::string& line, std::string_view kind) {
 
 }  // namespace
 
-Played playScenario(std::string_view scenario) {
+PlayResult playScenario(std::string_view scenario) {
   const Scenario script = readScenario(scenario);
-  Played played;
-  Recorder recorder(played);
-  played.outcome = Player(script, recorder).play();
-  return played;
+  PlayResult result;
+  Recorder recorder(result);
+  result.outcome = Player(script, recorder).play();
+  return result;
 }
 
 Lines play(std::string_view steps, double until, std::string_view host) {
@@ -43,29 +43,29 @@ Lines play(std::string_view steps, double until, std::string_view host) {
 
 Lines linesAfter(const Lines& trace, std::string_view step) {
   const std::string start = "\"do\":\"" + std::string(step) + "\"}";
-  Lines found;
+  Lines lines;
   bool inside = false;
   for (const std::string& line : trace) {
     if (isOfKind(line, "do")) {
       inside = withoutTime(line) == start;
       if (inside) {
-        found.clear();
+        lines.clear();
       }
     } else if (inside && &line != &trace.back()) {
-      found.push_back(withoutTime(line));
+      lines.push_back(withoutTime(line));
     }
   }
-  return found;
+  return lines;
 }
 
 Lines linesOfKind(const Lines& trace, std::string_view kind) {
-  Lines found;
+  Lines lines;
   for (const std::string& line : trace) {
     if (isOfKind(line, kind)) {
-      found.push_back(withoutTime(line));
+      lines.push_back(withoutTime(line));
     }
   }
-  return found;
+  return lines;
 }
 
 nlohmann::json lastInspection(const Lines& trace) {

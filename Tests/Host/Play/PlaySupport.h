@@ -1,4 +1,4 @@
-// Playing scenarios in tests.
+// Plays scenarios in tests.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -12,36 +12,37 @@ namespace vel::host {
 
 using Lines = std::vector<std::string>;
 
-struct Played {
+struct PlayResult {
   PlayOutcome outcome = PlayOutcome::Ended;
   /// The trace.
   Lines lines;
-  /// How it stood whenever something had been done.
+  /// The states that the player reported.
   std::vector<PlayState> states;
 };
 
 /// Plays a scenario given as JSON.
-Played playScenario(std::string_view scenario);
+PlayResult playScenario(std::string_view scenario);
 
-/// The trace of some steps, given as the inside of their array, and of the seconds after the last.
+/// Plays steps until the time `until` and returns the trace. `steps` is the content of a JSON
+/// array.
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
-/// The lines after the last start of a step of that name and before the next step's, each from
-/// behind its time on: `"tick":4.9}`. The last inspection is left out.
+/// Returns the lines that follow the last step of this name, up to the next step. Each line is
+/// without its time, for example `"tick":4.9}`. Leaves out the last line of the trace.
 Lines linesAfter(const Lines& trace, std::string_view step);
 
-/// All lines of a kind, named by its first member, each from behind its time on.
+/// Returns all lines whose first member has this name, without their times.
 Lines linesOfKind(const Lines& trace, std::string_view kind);
 
-/// What the trace's last line tells.
+/// Returns the inspection in the last line of the trace.
 nlohmann::json lastInspection(const Lines& trace);
 
-/// Steps from request to an embedded cover over the window "player", of five seconds.
+/// Steps that request a launch screen of five seconds and embed it in the window "player".
 inline constexpr std::string_view kCovered =
     R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
-/// The given steps after those.
+/// Returns these steps followed by the given steps.
 std::string covered(std::string_view steps);
 
 /// A host whose player window has a content view controller.

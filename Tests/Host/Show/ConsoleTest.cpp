@@ -16,7 +16,7 @@ TimeLeft paused(double left, double total) {
 
 class LineConsoleTest : public testing::Test {
  protected:
-  // Tells the console of a whole countdown, as the library counts.
+  // Reports a whole countdown to the console, in the steps of the library.
   void countDown(double total) {
     double time = 0;
     for (double left = total; left > 0; left -= 0.1, time += 0.1) {
@@ -28,7 +28,7 @@ class LineConsoleTest : public testing::Test {
   LineConsole console{out};
 };
 
-TEST_F(LineConsoleTest, HappeningIsALineWithItsTime) {
+TEST_F(LineConsoleTest, ReportIsALineWithItsTime) {
   console.report(1.6004, "dismissed");
   console.report(1234.5, "event recorded: e");
   EXPECT_EQ(out.str(), "   1.600 s  dismissed\n1234.500 s  event recorded: e\n");
@@ -39,28 +39,28 @@ TEST_F(LineConsoleTest, ControlCharactersDoNotReachTheTerminal) {
   EXPECT_EQ(out.str(), "   0.000 s  event recorded: a?b?[2J\n");
 }
 
-TEST_F(LineConsoleTest, EachWholeSecondLeftIsALine) {
+TEST_F(LineConsoleTest, PrintsALineForEachWholeSecond) {
   countDown(3);
   EXPECT_EQ(out.str(), "   0.000 s  3 s left\n   1.000 s  2 s left\n   2.000 s  1 s left\n");
 }
 
-TEST_F(LineConsoleTest, SecondsOfAnOddDurationAreToldAtTheNearestStep) {
+TEST_F(LineConsoleTest, SecondsOfAnyDurationArePrintedAtTheNearestStep) {
   countDown(2.37);
   EXPECT_EQ(out.str(), "   0.400 s  2 s left\n   1.400 s  1 s left\n");
 }
 
-TEST_F(LineConsoleTest, LessThanASecondHasNoSecondsToTell) {
+TEST_F(LineConsoleTest, LessThanASecondPrintsNoSeconds) {
   countDown(0.9);
   EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(LineConsoleTest, EndlessTimeHasNoSecondsToTell) {
+TEST_F(LineConsoleTest, InfiniteTimePrintsNoSeconds) {
   console.showTimeLeft(
       0, running(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()));
   EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(LineConsoleTest, PauseAndItsEndAreALineEachAndNoSecondIsToldTwice) {
+TEST_F(LineConsoleTest, PauseAndItsEndPrintALineAndNoSecondIsPrintedTwice) {
   console.showTimeLeft(0, running(2, 5));
   console.showTimeLeft(0.5, paused(2, 5));
   console.showTimeLeft(0.6, paused(2, 5));
@@ -71,21 +71,21 @@ TEST_F(LineConsoleTest, PauseAndItsEndAreALineEachAndNoSecondIsToldTwice) {
             "   3.000 s  goes on: in front again\n");
 }
 
-TEST(CountdownLineTest, BarFillsAsTimeGoes) {
+TEST(CountdownLineTest, BarFillsAsTimePasses) {
   EXPECT_EQ(countdownLine(running(5, 5), "", 26), "  5.0 s left  [----------]");
   EXPECT_EQ(countdownLine(running(3.5, 5), "", 26), "  3.5 s left  [###-------]");
   EXPECT_EQ(countdownLine(running(0, 5), "", 26), "  0.0 s left  [##########]");
 }
 
-TEST(CountdownLineTest, TimeThatWentBelowNothingIsNothing) {
+TEST(CountdownLineTest, NegativeTimeIsShownAsZero) {
   EXPECT_EQ(countdownLine(running(-0.1, 5), "", 26), "  0.0 s left  [##########]");
 }
 
-TEST(CountdownLineTest, NoteStandsAfterTheBar) {
+TEST(CountdownLineTest, NoteFollowsTheBar) {
   EXPECT_EQ(countdownLine(running(2.5, 5), "paused", 34), "  2.5 s left  [#####-----]  paused");
 }
 
-TEST(CountdownLineTest, BarHasAtMostFortyPlaces) {
+TEST(CountdownLineTest, BarHasAtMostFortyColumns) {
   EXPECT_EQ(countdownLine(running(1, 1), "", 200).size(),
             std::string("  1.0 s left  []").size() + 40);
 }
@@ -100,7 +100,7 @@ TEST(CountdownLineTest, NeverLongerThanTheTerminalIsWide) {
   }
 }
 
-TEST(CountdownLineTest, EndlessTimeLeavesTheBarEmpty) {
+TEST(CountdownLineTest, InfiniteTimeLeavesTheBarEmpty) {
   constexpr double kEndless = std::numeric_limits<double>::infinity();
   EXPECT_EQ(countdownLine(running(kEndless, kEndless), "", 26), "  inf s left  [----------]");
 }
@@ -112,7 +112,7 @@ class LiveConsoleTest : public testing::Test {
   LiveConsole console{out, [this] { return columns; }, "press Enter"};
 };
 
-TEST_F(LiveConsoleTest, EverythingIsWrittenOverTheSameLine) {
+TEST_F(LiveConsoleTest, EveryLineReplacesThePreviousLine) {
   console.showTimeLeft(0, running(5, 5));
   console.showTimeLeft(0.1, running(4.9, 5));
   console.report(5.1, "dismissed");
@@ -121,7 +121,7 @@ TEST_F(LiveConsoleTest, EverythingIsWrittenOverTheSameLine) {
   EXPECT_EQ(std::ranges::count(written, '\r'), 3);
 }
 
-TEST_F(LiveConsoleTest, RemarkStaysOnALineOfItsOwn) {
+TEST_F(LiveConsoleTest, PermanentReportStaysOnItsOwnLine) {
   console.showTimeLeft(0, running(5, 5));
   const std::size_t before = out.str().size();
   console.reportPermanently(0.2, "controls kept");
@@ -130,25 +130,25 @@ TEST_F(LiveConsoleTest, RemarkStaysOnALineOfItsOwn) {
               testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
 }
 
-TEST_F(LiveConsoleTest, ShorterLineWipesOutTheLongerOne) {
+TEST_F(LiveConsoleTest, ShorterLineErasesALongerLine) {
   console.showTimeLeft(0, running(5, 5));
   const std::size_t before = out.str().size();
   console.report(5.1, "dismissed");
   EXPECT_EQ(out.str().substr(before), "\r   5.100 s  dismissed" + std::string(18, ' '));
 }
 
-TEST_F(LiveConsoleTest, CountdownSaysWhatTheUserCanDo) {
+TEST_F(LiveConsoleTest, CountdownShowsTheHint) {
   console.showTimeLeft(0, running(5, 5));
   EXPECT_EQ(out.str(), "\r  5.0 s left  [----------]  press Enter");
 }
 
-TEST_F(LiveConsoleTest, PauseIsSaidInTheLine) {
+TEST_F(LiveConsoleTest, LineShowsAPause) {
   columns = 60;
   console.showTimeLeft(0, paused(5, 5));
   EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
 }
 
-TEST_F(LiveConsoleTest, HappeningsAfterTheCountdownAreGathered) {
+TEST_F(LiveConsoleTest, ReportsAfterTheCountdownAreCollected) {
   columns = 80;
   console.report(0, "covered");
   console.showTimeLeft(0, running(1, 1));
@@ -159,7 +159,7 @@ TEST_F(LiveConsoleTest, HappeningsAfterTheCountdownAreGathered) {
             std::string::npos);
 }
 
-TEST_F(LiveConsoleTest, OldestHappeningsMakeRoom) {
+TEST_F(LiveConsoleTest, OldestReportsAreDropped) {
   console.report(1, "controls given back");
   console.report(2, "dismissed");
   console.report(3, "uncovered");
@@ -172,7 +172,7 @@ TEST_F(LiveConsoleTest, LastColumnStaysFree) {
   EXPECT_EQ(out.str(), "\r   1.000 s  xxxxxxx");
 }
 
-TEST_F(LiveConsoleTest, MakesWayByClearingItsLine) {
+TEST_F(LiveConsoleTest, ClearLineClearsTheLineOnce) {
   console.report(1, "covered");
   console.clearLine();
   out << "a log line\n";
@@ -180,7 +180,7 @@ TEST_F(LiveConsoleTest, MakesWayByClearingItsLine) {
   EXPECT_EQ(out.str(), "\r   1.000 s  covered\r" + std::string(19, ' ') + "\ra log line\n");
 }
 
-TEST_F(LiveConsoleTest, LineThatWasBegunIsEndedOnce) {
+TEST_F(LiveConsoleTest, FinishEndsTheLineOnce) {
   console.finish();
   EXPECT_EQ(out.str(), "");
   console.report(1, "covered");

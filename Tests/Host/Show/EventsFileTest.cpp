@@ -19,11 +19,11 @@ class EventsFileTest : public testing::Test {
 
   [[nodiscard]] std::vector<std::string> lines() const {
     std::ifstream file(path);
-    std::vector<std::string> found;
+    std::vector<std::string> result;
     for (std::string line; std::getline(file, line);) {
-      found.push_back(line);
+      result.push_back(line);
     }
-    return found;
+    return result;
   }
 
   std::string path = testing::TempDir() + "EventsFileTest." + std::to_string(getpid());
@@ -40,7 +40,7 @@ TEST_F(EventsFileTest, EventIsALineOfJsonWithItsTimes) {
               testing::MatchesRegex(R"(....-..-..T..:..:..\....Z)"));
 }
 
-TEST_F(EventsFileTest, WhatIsInTheFileStays) {
+TEST_F(EventsFileTest, ExistingLinesStay) {
   std::ofstream(path) << "{}\n";
   ASSERT_TRUE(EventsFile(path).append("a", 1));
   EventsFile file(path);
@@ -51,13 +51,13 @@ TEST_F(EventsFileTest, WhatIsInTheFileStays) {
                                    testing::HasSubstr("\"c\"")));
 }
 
-TEST_F(EventsFileTest, EventIsInTheFileAtOnce) {
+TEST_F(EventsFileTest, EventIsWrittenAtOnce) {
   EventsFile file(path);
   ASSERT_TRUE(file.append("a", 1));
   EXPECT_EQ(lines().size(), 1U);
 }
 
-TEST_F(EventsFileTest, AnyNameKeepsToOneLine) {
+TEST_F(EventsFileTest, AnyNameIsWrittenOnOneLine) {
   EventsFile file(path);
   ASSERT_TRUE(file.append("a\nb\"c\xff", 1));
   ASSERT_EQ(lines().size(), 1U);
@@ -73,7 +73,9 @@ TEST_F(EventsFileTest, FileThatCannotBeOpenedIsBadUsage) {
   }
 }
 
-TEST_F(EventsFileTest, FullDiskIsNoticed) { EXPECT_FALSE(EventsFile("/dev/full").append("a", 1)); }
+TEST_F(EventsFileTest, AppendFailsOnAFullDisk) {
+  EXPECT_FALSE(EventsFile("/dev/full").append("a", 1));
+}
 
 }  // namespace
 }  // namespace vel::host

@@ -7,6 +7,7 @@
 
 #include "Host/Show/HostLoop.h"
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::host {
 namespace {
@@ -17,20 +18,18 @@ bool isBlocked(int signal) {
   return sigismember(&blocked, signal) == 1;
 }
 
-/// What a test writes is what the process reads from its standard input.
-class Input {
+/// Replaces the standard input of the process by a pipe that the test writes to.
+class Input : private NonCopyable {
  public:
-  Input() : before_(dup(STDIN_FILENO)) {
+  Input() : previousInput_(dup(STDIN_FILENO)) {
     EXPECT_EQ(pipe(pipe_.data()), 0);
     dup2(pipe_[0], STDIN_FILENO);
     close(pipe_[0]);
   }
-  Input(const Input&) = delete;
-  Input& operator=(const Input&) = delete;
   ~Input() {
     end();
-    dup2(before_, STDIN_FILENO);
-    close(before_);
+    dup2(previousInput_, STDIN_FILENO);
+    close(previousInput_);
   }
 
   void write(std::string_view text) const {
@@ -44,17 +43,18 @@ class Input {
   }
 
  private:
-  int before_;
+  int previousInput_;
   std::array<int, 2> pipe_{-1, -1};
 };
 
-// The loop waits on descriptors, so it runs in real time.
+// The loop waits for descriptors, so it runs in real time.
 class HostLoopTest : public testing::Test {
  protected:
   HostLoopTest() { NSRunLoop::mainRunLoop().useRealTime(); }
   ~HostLoopTest() override { dispatch_get_main_queue().removeAll(); }
 
-  // Ends the loop after so many passes, each of which is asked for by the one before.
+  // Returns a condition that ends the loop after `count` passes. Each call wakes the loop for
+  // another pass.
   std::function<bool()> afterPasses(int count) {
     return [count]() mutable {
       dispatch_async(dispatch_get_main_queue(), [] {});
@@ -73,12 +73,14 @@ TEST_F(HostLoopTest, RunsTheMainLoopUntilDone) {
   EXPECT_EQ(loop.runUntil([&done] { return done; }), 0);
 }
 
-TEST_F(HostLoopTest, SignalsThatEndTheProgramEndTheLoop) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    HostLoop loop;
-    ASSERT_EQ(raise(signal), 0);
-    EXPECT_EQ(loop.runUntil(never), signal);
-  }
+class HostLoopSignalTest : public HostLoopTest, public testing::WithParamInterface<int> {};
+
+INSTANTIATE_TEST_SUITE_P(Termination, HostLoopSignalTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_P(HostLoopSignalTest, EndsTheLoop) {
+  HostLoop loop;
+  ASSERT_EQ(raise(GetParam()), 0);
+  EXPECT_EQ(loop.runUntil(never), GetParam());
 }
 
 TEST_F(HostLoopTest, SignalWhileTheLoopRunsEndsIt) {
@@ -87,7 +89,7 @@ TEST_F(HostLoopTest, SignalWhileTheLoopRunsEndsIt) {
   EXPECT_EQ(loop.runUntil(never), SIGTERM);
 }
 
-TEST_F(HostLoopTest, SignalsAreAsBeforeAfterwards) {
+TEST_F(HostLoopTest, SignalMaskIsRestored) {
   {
     const HostLoop loop;
     EXPECT_TRUE(isBlocked(SIGINT));
@@ -97,7 +99,7 @@ TEST_F(HostLoopTest, SignalsAreAsBeforeAfterwards) {
   EXPECT_FALSE(isBlocked(SIGHUP));
 }
 
-TEST_F(HostLoopTest, IgnoredHangUpStaysIgnored) {
+TEST_F(HostLoopTest, IgnoredHangUpSignalStaysIgnored) {
   struct sigaction before {};
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
@@ -141,7 +143,7 @@ TEST_F(HostLoopTest, OtherKeysAreNotEnter) {
   EXPECT_EQ(entered, 1);
 }
 
-TEST_F(HostLoopTest, EndOfInputIsNotEnterAndDoesNotKeepTheLoopBusy) {
+TEST_F(HostLoopTest, EndOfInputIsNotEnterAndDoesNotWakeTheLoop) {
   Input input;
   HostLoop loop;
   bool entered = false;
@@ -160,7 +162,7 @@ TEST_F(HostLoopTest, EndOfInputIsNotEnterAndDoesNotKeepTheLoopBusy) {
   EXPECT_LE(passes, 5);
 }
 
-TEST_F(HostLoopTest, WithoutAnybodyToTellInputIsLeftAlone) {
+TEST_F(HostLoopTest, InputIsNotReadWithoutAHandler) {
   const Input input;
   input.write("x\n");
   HostLoop loop;

@@ -1,4 +1,5 @@
-// `launchscreen show` in virtual time: what it tells, when it ends, and how it leaves the window.
+// Tests `launchscreen show` in virtual time: its reports, its end, and the state of the window
+// after it.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -15,19 +16,19 @@ namespace {
 
 using test::VirtualTest;
 
-// What the player window's scene has of its own: a ground, and what moves on it.
-constexpr std::size_t kPlaying = 2;
+// The items in the scene of the player window: a background and a moving square.
+constexpr std::size_t kPlayerItems = 2;
 
 class ShowSessionTest : public VirtualTest {
  protected:
-  // Opens the player and presents, with `options`.
+  // Opens the player window and presents the launch screen, with `options`.
   void start() {
     session = make<ShowSession>(options, std::make_shared<LineConsole>(out), std::move(events));
     session->start();
     session->update();
   }
 
-  // Runs the loop for so many seconds as the program does: looking around after each pass.
+  // Runs the loop for this many seconds. Updates the session after each pass, as the program does.
   void run(double seconds) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     const Nanoseconds limit = loop.now() + nanosecondsFromSeconds(seconds);
@@ -39,7 +40,7 @@ class ShowSessionTest : public VirtualTest {
     });
   }
 
-  // Runs to the outcome.
+  // Runs until the session has its outcome.
   ShowOutcome runToEnd() {
     NSRunLoop::mainRunLoop().runUntil([this] { return session->update(); });
     return *session->outcome();
@@ -59,9 +60,9 @@ class ShowSessionTest : public VirtualTest {
   Strong<ShowSession> session;
 };
 
-// What is told
+// Reports
 
-TEST_F(ShowSessionTest, EmbeddedRunIsToldFromRequestToEvent) {
+TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
@@ -76,7 +77,7 @@ TEST_F(ShowSessionTest, EmbeddedRunIsToldFromRequestToEvent) {
             "   3.000 s  uncovered\n");
 }
 
-TEST_F(ShowSessionTest, EmbeddedRunUnderAContentControllerIsTold) {
+TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
   options.contentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -92,28 +93,28 @@ TEST_F(ShowSessionTest, EmbeddedRunUnderAContentControllerIsTold) {
             "   2.500 s  event recorded: launch_end\n");
 }
 
-TEST_F(ShowSessionTest, ModalAndSheetRunsTakeNoControls) {
-  for (const char* presentation : {"modal", "sheet"}) {
-    options.presentation = presentation;
-    options.contentController = true;
-    out.str({});
-    start();
-    EXPECT_EQ(runToEnd().status, kExitSuccess);
-    EXPECT_EQ(out.str(),
-              "   0.000 s  request answered\n"
-              "   0.000 s  covered\n"
-              "   0.000 s  2 s left\n"
-              "   1.000 s  1 s left\n"
-              "   2.000 s  dismissed\n"
-              "   2.000 s  uncovered\n"
-              "   2.500 s  event recorded: launch_end\n")
-        << presentation;
-    session = nullptr;
-    sDefaultConfiguration = nullptr;
-  }
+class ShowSessionPresentationTest : public ShowSessionTest,
+                                    public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
+                         testing::Values("modal", "sheet"));
+
+TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
+  options.presentation = GetParam();
+  options.contentController = true;
+  start();
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_EQ(out.str(),
+            "   0.000 s  request answered\n"
+            "   0.000 s  covered\n"
+            "   0.000 s  2 s left\n"
+            "   1.000 s  1 s left\n"
+            "   2.000 s  dismissed\n"
+            "   2.000 s  uncovered\n"
+            "   2.500 s  event recorded: launch_end\n");
 }
 
-TEST_F(ShowSessionTest, TimeNotInFrontIsToldAndNotCounted) {
+TEST_F(ShowSessionTest, PauseIsReportedAndNotCounted) {
   start();
   run(0.55);
   platform.user().userMovesFocusAway();
@@ -126,16 +127,16 @@ TEST_F(ShowSessionTest, TimeNotInFrontIsToldAndNotCounted) {
                                             "  12.050 s  controls given back\n"));
 }
 
-TEST_F(ShowSessionTest, EventOfTheUsersChoiceIsRecorded) {
+TEST_F(ShowSessionTest, GivenEventIsRecorded) {
   options.event = "loading_done";
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_THAT(out.str(), testing::HasSubstr("event recorded: loading_done\n"));
 }
 
-// When it ends
+// The end of a run
 
-TEST_F(ShowSessionTest, EndsWhenTheEventIsRecordedAndTheCoverGone) {
+TEST_F(ShowSessionTest, EndsAfterTheEventIsRecordedAndTheCoverRemoved) {
   start();
   run(2.9);
   EXPECT_THAT(out.str(), testing::HasSubstr("event recorded"));
@@ -164,7 +165,7 @@ TEST_F(ShowSessionTest, SkippingEndsWithoutAnEventWhenTheCoverIsGone) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
 }
 
-TEST_F(ShowSessionTest, SkipAfterDismissesThen) {
+TEST_F(ShowSessionTest, SkipAfterDismissesAtItsTime) {
   options.mode = "skip";
   options.skipAfter = 0.25;
   options.presentation = "modal";
@@ -173,7 +174,7 @@ TEST_F(ShowSessionTest, SkipAfterDismissesThen) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.250 s  dismissed\n   0.250 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkipModeEndsAlsoWhenTheTimeIsUp) {
+TEST_F(ShowSessionTest, SkipModeEndsWhenTheTimeIsUp) {
   options.mode = "skip";
   options.skipAfter = 60;
   start();
@@ -194,7 +195,7 @@ TEST_F(ShowSessionTest, SkippingTwiceDismissesOnce) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n   1.500 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkippingWhileNotInFrontIsDoneWhenItIsBack) {
+TEST_F(ShowSessionTest, SkippingWhileNotKeyTakesEffectWhenKeyAgain) {
   options.mode = "skip";
   start();
   run(0.5);
@@ -215,24 +216,26 @@ TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
   EXPECT_THAT(out.str(), testing::HasSubstr("   2.500 s  event recorded: launch_end\n"));
 }
 
-// What goes wrong
+// Failures
 
-TEST_F(ShowSessionTest, RefusedRequestLeavesTheWordToTheLibrary) {
-  for (const char* duration : {"abc", "0", "", "nan", "inf"}) {
-    options.duration = duration;
-    platform.log.clear();
-    start();
-    EXPECT_EQ(runToEnd().status, kExitFailure) << duration;
-    EXPECT_EQ(session->outcome()->failure, "");
-    EXPECT_THAT(platform.log,
-                testing::ElementsAre("LaunchScreenManager (-[LaunchScreenManager "
-                                     "parseParameters:]): Max duration time is nil or empty!"));
-    EXPECT_EQ(out.str(), "");
-    session = nullptr;
-  }
+class ShowSessionDurationTest : public ShowSessionTest,
+                                public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Invalid, ShowSessionDurationTest,
+                         testing::Values("abc", "0", "", "nan", "inf"));
+
+TEST_P(ShowSessionDurationTest, OnlyTheLibraryReportsAnInvalidDuration) {
+  options.duration = GetParam();
+  start();
+  EXPECT_EQ(runToEnd().status, kExitFailure);
+  EXPECT_EQ(session->outcome()->failure, "");
+  EXPECT_THAT(platform.log,
+              testing::ElementsAre("LaunchScreenManager (-[LaunchScreenManager "
+                                   "parseParameters:]): Max duration time is nil or empty!"));
+  EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(ShowSessionTest, EmptyEventNameIsTheLibrarysToRefuse) {
+TEST_F(ShowSessionTest, LibraryRefusesAnEmptyEventName) {
   options.event = "";
   start();
   EXPECT_EQ(runToEnd().status, kExitFailure);
@@ -240,7 +243,7 @@ TEST_F(ShowSessionTest, EmptyEventNameIsTheLibrarysToRefuse) {
               testing::ElementsAre(testing::EndsWith("Next event name is nil or empty!")));
 }
 
-TEST_F(ShowSessionTest, ContentThatFailedIsToldWithItsError) {
+TEST_F(ShowSessionTest, FailedContentIsReportedWithItsError) {
   options.duration = "-3";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -250,7 +253,7 @@ TEST_F(ShowSessionTest, ContentThatFailedIsToldWithItsError) {
   EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(ShowSessionTest, SheetWithNothingToHangOnIsTold) {
+TEST_F(ShowSessionTest, SheetWithoutContentControllerIsReported) {
   options.presentation = "sheet";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -259,7 +262,7 @@ TEST_F(ShowSessionTest, SheetWithNothingToHangOnIsTold) {
   EXPECT_EQ(out.str(), "   0.000 s  request answered\n");
 }
 
-TEST_F(ShowSessionTest, LostDisplayIsTold) {
+TEST_F(ShowSessionTest, LostDisplayIsReported) {
   start();
   run(0.5);
   platform.user().connectionBreaks("the server went away");
@@ -268,7 +271,7 @@ TEST_F(ShowSessionTest, LostDisplayIsTold) {
   EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
 }
 
-TEST_F(ShowSessionTest, LostDisplayIsToldAfterAGoodEndToo) {
+TEST_F(ShowSessionTest, LostDisplayAfterASuccessfulEndIsReported) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   platform.user().connectionBreaks("the server went away");
@@ -284,7 +287,7 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
-TEST_F(ShowSessionTest, PlayerThatDoesNotComeToTheFrontIsCoveredAllTheSame) {
+TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCovered) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.user().userKeepsFocus(true);
   session->start();
@@ -294,7 +297,7 @@ TEST_F(ShowSessionTest, PlayerThatDoesNotComeToTheFrontIsCoveredAllTheSame) {
   EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
 }
 
-TEST_F(ShowSessionTest, PlayerThatIsClosedBeforeItCameToTheFrontIsTold) {
+TEST_F(ShowSessionTest, PlayerThatClosesBeforeItIsKeyIsReported) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.user().userKeepsFocus(true);
   session->start();
@@ -302,7 +305,7 @@ TEST_F(ShowSessionTest, PlayerThatIsClosedBeforeItCameToTheFrontIsTold) {
   EXPECT_EQ(runToEnd().failure, "the player window was closed");
 }
 
-TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
+TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   options.window = 77;
   start();
   const ShowOutcome outcome = runToEnd();
@@ -312,7 +315,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeTakenPartInIsTold) {
   session->shutDown();
 }
 
-TEST_F(ShowSessionTest, ScreenshotOfWhatIsNotOnAScreenIsToldInTheMiddle) {
+TEST_F(ShowSessionTest, FailedScreenshotIsReportedAfterHalfTheTime) {
   options.screenshotPath = "/nonexistent/picture.png";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -321,7 +324,7 @@ TEST_F(ShowSessionTest, ScreenshotOfWhatIsNotOnAScreenIsToldInTheMiddle) {
   EXPECT_DOUBLE_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1);
 }
 
-TEST_F(ShowSessionTest, ScreenshotThatNeverCameIsTold) {
+TEST_F(ShowSessionTest, MissingScreenshotIsReported) {
   options.mode = "skip";
   options.presentation = "modal";
   options.screenshotPath = "/nonexistent/picture.png";
@@ -331,7 +334,7 @@ TEST_F(ShowSessionTest, ScreenshotThatNeverCameIsTold) {
   EXPECT_EQ(runToEnd().failure, "the launch screen went before its middle: no screenshot");
 }
 
-TEST_F(ShowSessionTest, ControlsThatAreKeptAreTold) {
+TEST_F(ShowSessionTest, KeptControlsAreReported) {
   start();
   const WindowHandle window = session->playerWindow()->handle();
   platform.user().windowManagerKeeps(window,
@@ -342,29 +345,32 @@ TEST_F(ShowSessionTest, ControlsThatAreKeptAreTold) {
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, ControlsOfAWindowThatHasItsOwnBackAreNotTold) {
+TEST_F(ShowSessionTest, KeptControlsAreNotReportedAfterRestoring) {
   start();
   runToEnd();
   platform.user().windowManagerKeeps(session->playerWindow()->handle(), NSWindowStyleMaskClosable);
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("kept")));
 }
 
-TEST_F(ShowSessionTest, PlayerThatVanishesInFrontStillEndsWithItsEvent) {
-  for (const char* presentation : {"embedded", "sheet"}) {
-    options.presentation = presentation;
-    options.contentController = true;
-    start();
-    run(0.5);
-    platform.user().windowVanishes(session->playerWindow()->handle());
-    EXPECT_EQ(runToEnd().status, kExitSuccess);
-    EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n"
-                                             "   0.500 s  uncovered\n"
-                                             "   1.000 s  event recorded: launch_end\n"));
-    session = nullptr;
-  }
+class ShowSessionDestroyedPlayerTest : public ShowSessionTest,
+                                       public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
+                         testing::Values("embedded", "sheet"));
+
+TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithItsEvent) {
+  options.presentation = GetParam();
+  options.contentController = true;
+  start();
+  run(0.5);
+  platform.user().windowVanishes(session->playerWindow()->handle());
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n"
+                                           "   0.500 s  uncovered\n"
+                                           "   1.000 s  event recorded: launch_end\n"));
 }
 
-TEST_F(ShowSessionTest, PlayerThatVanishesNotInFrontEndsWithoutWaitingForAnEvent) {
+TEST_F(ShowSessionTest, DestroyedPlayerThatIsNotKeyEndsTheRunWithoutEvent) {
   start();
   run(0.5);
   platform.user().userMovesFocusAway();
@@ -375,7 +381,7 @@ TEST_F(ShowSessionTest, PlayerThatVanishesNotInFrontEndsWithoutWaitingForAnEvent
   EXPECT_THAT(outcome.failure, testing::HasSubstr("no event is recorded"));
 }
 
-TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsToldAndFails) {
+TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsAFailure) {
   events = std::make_unique<EventsFile>("/dev/full");
   start();
   const ShowOutcome outcome = runToEnd();
@@ -386,7 +392,7 @@ TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsToldAndFails) {
 
 // The windows
 
-TEST_F(ShowSessionTest, PlayerWindowIsOneThatTheLibraryKnowsAndKey) {
+TEST_F(ShowSessionTest, PlayerWindowHasAKnownClassAndIsKey) {
   options.size = {640, 480};
   start();
   EXPECT_EQ(session->playerWindow()->className(), LSUnityPlayerWindowClassName);
@@ -395,7 +401,7 @@ TEST_F(ShowSessionTest, PlayerWindowIsOneThatTheLibraryKnowsAndKey) {
   EXPECT_EQ(player().description.frame.size, (CGSize{640, 480}));
 }
 
-TEST_F(ShowSessionTest, ContentControllerIsThereOnlyOnRequest) {
+TEST_F(ShowSessionTest, PlayerHasAContentControllerOnlyOnRequest) {
   start();
   EXPECT_EQ(session->playerWindow()->contentViewController(), nullptr);
   session = nullptr;
@@ -404,11 +410,11 @@ TEST_F(ShowSessionTest, ContentControllerIsThereOnlyOnRequest) {
   EXPECT_NE(session->playerWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(ShowSessionTest, IndicatorTurnsInTheMiddleOfTheCover) {
+TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
   options.indicator = true;
   options.size = {800, 600};
   start();
-  ASSERT_EQ(player().scene.size(), kPlaying + 2);
+  ASSERT_EQ(player().scene.size(), kPlayerItems + 2);
   const SceneItem& spinner = player().scene.back();
   EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
   EXPECT_TRUE(spinner.animates);
@@ -417,25 +423,25 @@ TEST_F(ShowSessionTest, IndicatorTurnsInTheMiddleOfTheCover) {
 
 TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
   start();
-  ASSERT_EQ(player().scene.size(), kPlaying + 1);
+  ASSERT_EQ(player().scene.size(), kPlayerItems + 1);
   EXPECT_EQ(player().scene.back().kind, SceneItem::Kind::Fill);
   EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
 }
 
-TEST_F(ShowSessionTest, PlayerPlaysOnUnderTheCoverAndAfterIt) {
+TEST_F(ShowSessionTest, AnimationContinuesUnderTheCoverAndAfterIt) {
   options.contentController = true;
   start();
   const CGRect place = player().scene[1].frame;
   run(0.5);
   EXPECT_NE(player().scene[1].frame, place);
   run(1.6);
-  ASSERT_EQ(player().scene.size(), kPlaying);
+  ASSERT_EQ(player().scene.size(), kPlayerItems);
   const CGRect uncovered = player().scene[1].frame;
   run(0.2);
   EXPECT_NE(player().scene[1].frame, uncovered);
 }
 
-TEST_F(ShowSessionTest, PlayerPlaysOnBesideAModalWindow) {
+TEST_F(ShowSessionTest, AnimationContinuesBesideAModalWindow) {
   options.presentation = "modal";
   start();
   const CGRect place = player().scene[1].frame;
@@ -443,18 +449,19 @@ TEST_F(ShowSessionTest, PlayerPlaysOnBesideAModalWindow) {
   EXPECT_NE(player().scene[1].frame, place);
 }
 
-struct GivenBack {
+struct ShutDownCase {
   const char* fact;
   const char* presentation;
   bool contentController;
   double after;
 
-  friend void PrintTo(const GivenBack& tested, std::ostream* out) { *out << tested.fact; }
+  friend void PrintTo(const ShutDownCase& tested, std::ostream* out) { *out << tested.fact; }
 };
 
-class GivingBackTest : public ShowSessionTest, public testing::WithParamInterface<GivenBack> {};
+class ShowSessionShutDownTest : public ShowSessionTest,
+                                public testing::WithParamInterface<ShutDownCase> {};
 
-TEST_P(GivingBackTest, LeavesTheWindowAsItWasAndClosed) {
+TEST_P(ShowSessionShutDownTest, RestoresAndClosesTheWindow) {
   options.presentation = GetParam().presentation;
   options.contentController = GetParam().contentController;
   start();
@@ -469,32 +476,32 @@ TEST_P(GivingBackTest, LeavesTheWindowAsItWasAndClosed) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0U);
   EXPECT_THAT(out.str(), testing::HasSubstr("dismissed\n"));
   EXPECT_THAT(out.str(), testing::HasSubstr("uncovered\n"));
-  const std::string told = out.str();
+  const std::string output = out.str();
   session->shutDown();
   platform.run(5);
-  EXPECT_EQ(out.str(), told);
+  EXPECT_EQ(out.str(), output);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    ShowSession, GivingBackTest,
-    testing::Values(GivenBack{"Embedded", "embedded", false, 0.5},
-                    GivenBack{"EmbeddedUnderAContentController", "embedded", true, 0.5},
-                    GivenBack{"Modal", "modal", false, 0.5},
-                    GivenBack{"ModalOfAContentController", "modal", true, 0.5},
-                    GivenBack{"Sheet", "sheet", true, 0.5},
-                    GivenBack{"CoverThatWaitsToBeTakenDown", "embedded", false, 2.4}),
-    [](const testing::TestParamInfo<GivenBack>& tested) { return tested.param.fact; });
+    ShowSession, ShowSessionShutDownTest,
+    testing::Values(ShutDownCase{"Embedded", "embedded", false, 0.5},
+                    ShutDownCase{"EmbeddedUnderAContentController", "embedded", true, 0.5},
+                    ShutDownCase{"Modal", "modal", false, 0.5},
+                    ShutDownCase{"ModalOfAContentController", "modal", true, 0.5},
+                    ShutDownCase{"Sheet", "sheet", true, 0.5},
+                    ShutDownCase{"CoverThatWaitsToBeTakenDown", "embedded", false, 2.4}),
+    [](const testing::TestParamInfo<ShutDownCase>& tested) { return tested.param.fact; });
 
-TEST_F(ShowSessionTest, GivenBackOnceItIsOverNothingIsDismissedAgain) {
+TEST_F(ShowSessionTest, ShutDownAfterTheEndDoesNotDismissAgain) {
   start();
   runToEnd();
-  const std::string told = out.str();
+  const std::string output = out.str();
   session->shutDown();
-  EXPECT_EQ(out.str(), told);
+  EXPECT_EQ(out.str(), output);
   EXPECT_FALSE(session->playerWindow()->isVisible());
 }
 
-TEST_F(ShowSessionTest, NothingOfASessionOutlivesIt) {
+TEST_F(ShowSessionTest, SessionReleasesItsWindowAndCover) {
   start();
   const Weak<NSWindow> window = session->playerWindow();
   const Weak<LaunchScreenViewController> cover = embedded_cover::selfController;

@@ -1,4 +1,4 @@
-// What each step of a scenario does.
+// Tests the steps of a scenario.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -17,8 +17,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// What became of the parameter "max_duration_time": the configured interval, or null where the
-// request was refused.
+// Returns the configured interval for this value of the parameter "max_duration_time", or null if
+// the library refuses the request.
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
@@ -34,12 +34,12 @@ TEST(PlayStepsTest, ActivateRegistersWithTheBroker) {
               ElementsAre(R"("registered":["launch_screen"]})", R"("answer":{"activate:":true}})"));
 }
 
-TEST(PlayStepsTest, ActivateWithoutBrokerRegistersNowhere) {
+TEST(PlayStepsTest, ActivateWithoutBrokerDoesNotRegister) {
   EXPECT_THAT(linesAfter(play(R"({"do":"activate","broker":false})"), "activate"),
               ElementsAre(R"("answer":{"activate:":true}})"));
 }
 
-TEST(PlayStepsTest, RequestMayBeNoneOrHaveNoParameters) {
+TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
   constexpr auto kRefused =
       R"("log":"LaunchScreenManager (-[LaunchScreenManager parseParameters:]): )"
       R"(Content request parameters is nil or empty!"})";
@@ -51,7 +51,7 @@ TEST(PlayStepsTest, RequestMayBeNoneOrHaveNoParameters) {
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNone));
 }
 
-TEST(PlayStepsTest, ParametersKeepTheirKind) {
+TEST(PlayStepsTest, NumbersAndTextsBecomeTheInterval) {
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
   EXPECT_EQ(intervalFor("-9223372036854775808"), -9223372036854775808.0);
@@ -63,7 +63,7 @@ TEST(PlayStepsTest, ParametersKeepTheirKind) {
   }
 }
 
-TEST(PlayStepsTest, ParametersOfAnotherKindThanTextAreNoText) {
+TEST(PlayStepsTest, ArraysAndNumbersAreNotTexts) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"mode":["skip"],"event":5,"max_duration_time":5}})");
   EXPECT_THAT(linesOfKind(trace, "log"),
@@ -71,7 +71,7 @@ TEST(PlayStepsTest, ParametersOfAnotherKindThanTextAreNoText) {
   EXPECT_EQ(lastInspection(trace)["configuration"]["skipMode"], false);
 }
 
-TEST(PlayStepsTest, RequestFromABackgroundThreadIsAnsweredBeforeItsContentIsLoaded) {
+TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeItsContentIsLoaded) {
   const Lines trace = play(
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"})");
   EXPECT_THAT(linesAfter(trace, "request"),
@@ -79,7 +79,7 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadIsAnsweredBeforeItsContentIsLoad
                           R"("state":3,"content":"main"})"));
 }
 
-TEST(PlayStepsTest, RequestWhileCoveredIsAnsweredWithTheTemporaryContent) {
+TEST(PlayStepsTest, RequestWhileCoveredReturnsTheTemporaryContent) {
   const std::string request =
       covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   const Lines trace = play(request, 0, kHostWithController);
@@ -115,24 +115,29 @@ TEST(PlayStepsTest, PresentCoversTheNamedWindow) {
   EXPECT_EQ(lastInspection(trace)["controller"]["appWindow"], "player");
 }
 
-TEST(PlayStepsTest, PresentOverNoWindowShowsNothing) {
+TEST(PlayStepsTest, PresentWithoutWindowShowsNothing) {
   const Lines trace = play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
                            R"({"do":"present","window":null,"mode":0})");
   EXPECT_THAT(linesOfKind(trace, "cover"), IsEmpty());
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], nullptr);
 }
 
-TEST(PlayStepsTest, PresentTakesTheModesOfTheHost) {
-  const auto modeOf = [](const std::string& mode) {
-    return lastInspection(
-        play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
-             R"({"do":"present","window":"player","mode":)" +
-             mode + "}"))["controller"]["presentationMode"];
-  };
-  EXPECT_EQ(modeOf("0"), 0);
-  EXPECT_EQ(modeOf("1"), 2);
-  EXPECT_EQ(modeOf("2"), 1);
-  EXPECT_EQ(modeOf("-1"), 2);
+struct HostMode {
+  int hostMode;
+  int presentationMode;
+};
+
+class PresentModeTest : public testing::TestWithParam<HostMode> {};
+
+INSTANTIATE_TEST_SUITE_P(HostModes, PresentModeTest,
+                         testing::Values(HostMode{0, 0}, HostMode{1, 2}, HostMode{2, 1},
+                                         HostMode{-1, 2}));
+
+TEST_P(PresentModeTest, BecomesAModeOfTheLibrary) {
+  const Lines trace = play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                           R"({"do":"present","window":"player","mode":)" +
+                           std::to_string(GetParam().hostMode) + "}");
+  EXPECT_EQ(lastInspection(trace)["controller"]["presentationMode"], GetParam().presentationMode);
 }
 
 TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
@@ -151,7 +156,7 @@ TEST(PlayStepsTest, DismissByTheManagerMarksTheLaunchScreenExpired) {
   EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], true);
 }
 
-TEST(PlayStepsTest, DismissFromABackgroundThreadAsksAfterwards) {
+TEST(PlayStepsTest, DismissFromABackgroundThreadAsksTheDelegates) {
   const Lines trace = play(covered(R"({"do":"dismiss","by":"manager","thread":"background"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
@@ -165,22 +170,23 @@ TEST(PlayStepsTest, DismissByTheControllerAsksTheDelegates) {
   EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], false);
 }
 
-TEST(PlayStepsTest, DismissByTheContentAsksNobody) {
+TEST(PlayStepsTest, DismissByTheContentDoesNotAskTheDelegates) {
   const Lines trace = play(covered(R"({"do":"dismiss","by":"content"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"), ElementsAre(R"("cover":"viewDidDisappear"})",
                                                         R"("host":"contentViewDidDisappear:"})"));
 }
 
-TEST(PlayStepsTest, DismissWithoutContentDoesNothing) {
-  for (const char* by : {"manager", "controller", "content"}) {
-    EXPECT_THAT(linesAfter(play(std::string(R"({"do":"deactivate"},{"do":"dismiss","by":")") + by +
-                                R"("})"),
-                           "dismiss"),
-                IsEmpty());
-  }
+class DismissWithoutContentTest : public testing::TestWithParam<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(By, DismissWithoutContentTest,
+                         testing::Values("manager", "controller", "content"));
+
+TEST_P(DismissWithoutContentTest, DoesNothing) {
+  const Lines trace = play(R"({"do":"deactivate"},{"do":"dismiss","by":")" + GetParam() + R"("})");
+  EXPECT_THAT(linesAfter(trace, "dismiss"), IsEmpty());
 }
 
-TEST(PlayStepsTest, DeactivateDropsTheContent) {
+TEST(PlayStepsTest, DeactivateReleasesTheContent) {
   EXPECT_EQ(lastInspection(play(R"({"do":"deactivate"})"))["manager"]["content"], false);
 }
 
@@ -191,8 +197,8 @@ TEST(PlayStepsTest, SendRecordsTheEvent) {
   EXPECT_THAT(trace, Contains(R"({"t":0.500000000,"event":"launch_end"})"));
 }
 
-TEST(PlayStepsTest, SendSubscribesOnceMore) {
-  // A second registration lets the deferred close of skip mode run a second time.
+TEST(PlayStepsTest, SendSubscribesAgain) {
+  // With a second registration, the deferred dismissal in skip mode runs twice.
   const std::string away =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
@@ -219,7 +225,7 @@ TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
   EXPECT_EQ(timer(start + R"(,{"do":"send","operation":"stopTimer"})"), std::pair(false, 0.0));
 }
 
-TEST(PlayStepsTest, SendMakesTheIndicator) {
+TEST(PlayStepsTest, SendCreatesTheIndicator) {
   EXPECT_EQ(lastInspection(play(kCovered))["controller"]["activityIndicator"], false);
   EXPECT_EQ(lastInspection(play(covered(
                 R"({"do":"send","operation":"createActivityIndicator"})")))["controller"]
@@ -227,7 +233,7 @@ TEST(PlayStepsTest, SendMakesTheIndicator) {
             true);
 }
 
-TEST(PlayStepsTest, SendPinsTheIndicator) {
+TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
   /// Counts the constraints in the cover over the player window.
   class Watcher final : public PlayListener {
    public:
@@ -255,7 +261,7 @@ TEST(PlayStepsTest, SendPinsTheIndicator) {
 
 // Configure
 
-TEST(PlayStepsTest, ConfigureSetsWhatIsGivenAndNothingElse) {
+TEST(PlayStepsTest, ConfigureSetsOnlyTheGivenMembers) {
   const auto after = [](const std::string& members) {
     return lastInspection(play(R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
                                R"("expirationTimeInterval":1.5},{"do":"configure")" +
@@ -287,19 +293,19 @@ TEST(PlayStepsTest, ConfigureMakesTheControllerAfterSettingTheInterval) {
   };
   EXPECT_EQ(made("0.1"), true);
   EXPECT_EQ(made(R"("nan")"), true);
-  EXPECT_EQ(made("0"), false) << "its init refuses";
+  EXPECT_EQ(made("0"), false) << "`init` returns null";
 }
 
-TEST(PlayStepsTest, ConfiguredControllerIsTheOneThatIsPresented) {
+TEST(PlayStepsTest, ConfiguredControllerIsPresented) {
   const Lines trace =
       play(R"({"do":"configure","expirationTimeInterval":5,"viewController":true},)" +
            std::string(kCovered));
   EXPECT_THAT(linesOfKind(trace, "state"), IsEmpty());
-  EXPECT_THAT(linesOfKind(trace, "host"), IsEmpty()) << "the content is no delegate of it";
+  EXPECT_THAT(linesOfKind(trace, "host"), IsEmpty()) << "the content is not its delegate";
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
-TEST(PlayStepsTest, ReplaceConfigurationSetsAFreshOne) {
+TEST(PlayStepsTest, ReplaceConfigurationSetsANewConfiguration) {
   EXPECT_EQ(lastInspection(play(
                 R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
                 R"("expirationTimeInterval":1},{"do":"replaceConfiguration"})"))["configuration"],
@@ -309,7 +315,7 @@ TEST(PlayStepsTest, ReplaceConfigurationSetsAFreshOne) {
 
 // The view delegate
 
-TEST(PlayStepsTest, ViewDelegateHasTheOperationsItIsGiven) {
+TEST(PlayStepsTest, ViewDelegateHasOnlyTheGivenOperations) {
   const std::string steps = std::string(kCovered) + R"(,{"do":"dismiss","by":"content"})";
   const auto hostCalls = [&steps](const std::string& delegate) {
     return linesOfKind(play(steps, 0, R"({"viewDelegate":)" + delegate + "}"), "host");
@@ -324,7 +330,7 @@ TEST(PlayStepsTest, ViewDelegateHasTheOperationsItIsGiven) {
               ElementsAre(didDisappear));
 }
 
-TEST(PlayStepsTest, ViewDelegateAnswersAsItIsTold) {
+TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
   const std::string refuses =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
   const std::string skip = R"(,{"do":"configure","skipMode":true},)";
@@ -334,7 +340,7 @@ TEST(PlayStepsTest, ViewDelegateAnswersAsItIsTold) {
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
-TEST(PlayStepsTest, ViewDelegateIsReplacedOrTakenAway) {
+TEST(PlayStepsTest, ViewDelegateCanBeReplacedAndRemoved) {
   const std::string dismiss = R"(,{"do":"dismiss","by":"content"})";
   EXPECT_THAT(
       linesAfter(play(covered(R"({"do":"viewDelegate","operations":null})" + dismiss)), "dismiss"),
@@ -346,25 +352,28 @@ TEST(PlayStepsTest, ViewDelegateIsReplacedOrTakenAway) {
               Contains(R"("host":"contentViewDidDisappear:"})"));
 }
 
-TEST(PlayStepsTest, DeactivatingDuringACallbackBreaksOff) {
-  for (const char* operation :
-       {"contentViewWillAppear:", "canContentViewDisappear:", "contentViewDidDisappear:"}) {
-    const Played played = playScenario(
-        std::string(R"({"host":{"viewDelegate":{"deactivateDuring":")") + operation +
-        R"("}},"steps":[{"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
-        R"({"do":"contentView"},{"do":"present","window":"player","mode":0},)"
-        R"({"at":1,"do":"dismiss","by":"manager","thread":"background"}]})");
-    EXPECT_EQ(played.outcome, PlayOutcome::CollectionMutated) << operation;
-    EXPECT_THAT(played.lines.back(),
-                testing::EndsWith(R"("fatal":"collection mutated while being enumerated"})"));
-    EXPECT_THAT(played.lines[played.lines.size() - 2],
-                testing::HasSubstr(std::string(R"("host":")") + operation));
-  }
+class DeactivatingCallbackTest : public testing::TestWithParam<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(Operations, DeactivatingCallbackTest,
+                         testing::Values("contentViewWillAppear:", "canContentViewDisappear:",
+                                         "contentViewDidDisappear:"));
+
+TEST_P(DeactivatingCallbackTest, StopsThePlay) {
+  const PlayResult played = playScenario(
+      std::string(R"({"host":{"viewDelegate":{"deactivateDuring":")") + GetParam() +
+      R"("}},"steps":[{"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
+      R"({"do":"contentView"},{"do":"present","window":"player","mode":0},)"
+      R"({"at":1,"do":"dismiss","by":"manager","thread":"background"}]})");
+  EXPECT_EQ(played.outcome, PlayOutcome::CollectionMutated);
+  EXPECT_THAT(played.lines.back(),
+              testing::EndsWith(R"("fatal":"collection mutated while being enumerated"})"));
+  EXPECT_THAT(played.lines[played.lines.size() - 2],
+              testing::HasSubstr(std::string(R"("host":")") + GetParam()));
 }
 
 // Windows
 
-TEST(PlayStepsTest, OpenWindowOpensInFrontAndNotKey) {
+TEST(PlayStepsTest, OpenedWindowIsInFrontButNotKey) {
   const json application =
       lastInspection(play(R"({"do":"openWindow","name":"tools","styleMask":9})"))["application"];
   EXPECT_EQ(application, json::parse(R"({"keyWindow":"player","mainWindow":"player",)"
@@ -374,13 +383,13 @@ TEST(PlayStepsTest, OpenWindowOpensInFrontAndNotKey) {
 
 TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
   const Lines trace = play("", 0, R"({"windows":[{"name":"a"},{"name":"b"},{"name":"c"}]})");
-  EXPECT_EQ(trace.size(), 1U) << "nothing of it is told";
+  EXPECT_EQ(trace.size(), 1U) << "opening the windows is not traced";
   const json application = lastInspection(trace)["application"];
   EXPECT_EQ(application["keyWindow"], "a");
   EXPECT_EQ(application["orderedWindows"], json::parse(R"(["c","b","a"])"));
 }
 
-TEST(PlayStepsTest, WindowHasItsClassAndItsParent) {
+TEST(PlayStepsTest, WindowHasItsClassAndParent) {
   // While the launch screen is modal, the player window and its children keep the countdown going.
   const auto pausedBy = [](const std::string& window) {
     return lastInspection(
@@ -396,7 +405,7 @@ TEST(PlayStepsTest, WindowHasItsClassAndItsParent) {
 }
 
 TEST(PlayStepsTest, WindowHasItsContentViewController) {
-  // Only a window with one notices that it is covered already.
+  // Only a window with a content view controller can tell that it is covered.
   const std::string steps =
       covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);
@@ -411,7 +420,7 @@ TEST(PlayStepsTest, CloseWindowClosesIt) {
   EXPECT_EQ(lastInspection(trace)["application"]["orderedWindows"], json::parse(R"(["b"])"));
 }
 
-TEST(PlayStepsTest, WindowOfAPresentationIsKnownByItsName) {
+TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   const std::string steps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
@@ -456,7 +465,7 @@ TEST(PlayStepsTest, ResignKeyLeavesNoKeyWindow) {
   EXPECT_EQ(lastInspection(trace)["application"]["mainWindow"], "player");
 }
 
-TEST(PlayStepsTest, DeactivatedApplicationGetsItsKeyWindowBack) {
+TEST(PlayStepsTest, ActivatedApplicationRestoresItsKeyWindow) {
   const Lines trace = play(R"({"do":"deactivateApp"},{"do":"deactivateApp"},{"do":"activateApp"})");
   EXPECT_THAT(linesOfKind(trace, "resignKey"), ElementsAre(R"("resignKey":"player"})"));
   EXPECT_THAT(linesAfter(trace, "activateApp"), ElementsAre(R"("becomeKey":"player"})"));
@@ -471,7 +480,7 @@ TEST(PlayStepsTest, StopModalEndsTheNewestRun) {
   EXPECT_EQ(play(R"({"do":"stopModal"})").size(), 2U);
 }
 
-TEST(PlayStepsTest, PresentOverAndDismissOverPutASheetOnTheCover) {
+TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesIt) {
   const std::string over = covered(R"({"do":"presentOver"})");
   const Lines up = play(over);
   EXPECT_THAT(linesAfter(up, "presentOver"),
@@ -483,7 +492,7 @@ TEST(PlayStepsTest, PresentOverAndDismissOverPutASheetOnTheCover) {
   EXPECT_EQ(lastInspection(down)["controller"]["presented"], 1);
 }
 
-TEST(PlayStepsTest, DismissOverLeavesAloneWhatHasGone) {
+TEST(PlayStepsTest, DismissOverSkipsClosedSheets) {
   const Lines trace = play(covered(
       R"({"do":"presentOver"},{"do":"presentOver"},{"do":"closeWindow","window":"sheet-2"},)"
       R"({"do":"dismissOver"})"));
@@ -492,16 +501,16 @@ TEST(PlayStepsTest, DismissOverLeavesAloneWhatHasGone) {
               IsEmpty());
 }
 
-TEST(PlayStepsTest, RunLoopModeOfEventTrackingHoldsTheCountdown) {
+TEST(PlayStepsTest, EventTrackingModePausesTheCountdown) {
   const std::string tracking = covered(R"({"at":1,"do":"runLoopMode","mode":"eventTracking"})");
   EXPECT_EQ(linesOfKind(play(tracking, 2), "tick").size(), 10U);
   EXPECT_EQ(
       linesOfKind(play(tracking + R"(,{"at":1.5,"do":"runLoopMode","mode":"default"})", 2), "tick")
           .size(),
-      16U);  // the late one, at 1.5, is one of them
+      16U);  // including the late tick at 1.5 s
 }
 
-TEST(PlayStepsTest, ModalRunLeavesEventTrackingAlone) {
+TEST(PlayStepsTest, ModalRunKeepsTheEventTrackingMode) {
   const std::string steps =
       R"({"do":"runLoopMode","mode":"eventTracking"},)"
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
@@ -518,12 +527,12 @@ TEST(PlayStepsTest, InspectChangesNothing) {
 
 // Time
 
-TEST(PlayStepsTest, WhatIsDueAtAStepsMomentComesBeforeIt) {
+TEST(PlayStepsTest, WorkThatIsDueAtTheTimeOfAStepRunsBeforeIt) {
   const Lines trace = play(covered(R"({"at":0.1,"do":"resignKey"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("tick":4.9})"));
 }
 
-TEST(PlayStepsTest, WhatAStepQueuesForNowComesBeforeTheNext) {
+TEST(PlayStepsTest, WorkThatAStepQueuesRunsBeforeTheNextStep) {
   const Lines trace = play(
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"},)"
       R"({"do":"contentView"})");
@@ -531,20 +540,20 @@ TEST(PlayStepsTest, WhatAStepQueuesForNowComesBeforeTheNext) {
   EXPECT_EQ(lastInspection(trace)["controller"]["delegates"], 2);
 }
 
-TEST(PlayStepsTest, StepWithoutTimeIsAtTheTimeOfTheStepBefore) {
+TEST(PlayStepsTest, StepWithoutTimeHasTheTimeOfThePreviousStep) {
   const Lines trace = play(R"({"do":"resignKey"},{"at":1.25,"do":"inspect"},{"do":"resignKey"})");
   EXPECT_THAT(trace, Contains(R"({"t":0.000000000,"do":"resignKey"})"));
   EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
 }
 
-TEST(PlayStepsTest, PlayEndsNotBeforeItsLastStep) {
+TEST(PlayStepsTest, PlayDoesNotEndBeforeItsLastStep) {
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
               testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),
               testing::StartsWith(R"({"t":1000000.000000000,"inspect":)"));
 }
 
-TEST(PlayStepsTest, ErrorIsSeenUntilTheLoopHasTurned) {
+TEST(PlayStepsTest, ErrorExistsUntilTheNextPassOfTheLoop) {
   const std::string fails = R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
   EXPECT_EQ(lastInspection(play(fails))["content"]["error"],
             json::parse(R"({"domain":"LaunchScreen view controller is NIL","code":404})"));

@@ -1,4 +1,4 @@
-// What is no scenario, and how that is told.
+// Tests the errors for texts that are not scenarios.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -14,7 +14,7 @@ std::string refusalOf(std::string_view text) {
   } catch (const ScenarioError& error) {
     return error.what();
   }
-  return "none";
+  return "accepted";
 }
 
 struct Refusal {
@@ -27,7 +27,7 @@ void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.fact; 
 
 class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(ScenarioRefusalTest, NamesThePlaceAndWhatWasExpected) {
+TEST_P(ScenarioRefusalTest, NamesThePlaceAndTheExpectedValue) {
   EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().refusal);
 }
 
@@ -39,15 +39,15 @@ std::string factOf(const testing::TestParamInfo<Refusal>& info) { return info.pa
 INSTANTIATE_TEST_SUITE_P(
     NotJson, ScenarioRefusalTest,
     testing::Values(
-        Refusal{"Nothing", "",
+        Refusal{"EmptyText", "",
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 1)"},
         Refusal{"Blank", " \n ",
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 2, column 2)"},
         Refusal{"Words", "play it",
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 1)"},
-        Refusal{"CutShort", "{\"steps\":[\n  {\"at\":1",
+        Refusal{"Truncated", "{\"steps\":[\n  {\"at\":1",
                 "/steps/0: expected well-formed JSON in UTF-8 at line 2, column 10"},
-        Refusal{"CutShortAfterAName",
+        Refusal{"TruncatedAfterAName",
                 "{\"until\":", "/until: expected well-formed JSON in UTF-8 at line 1, column 10"},
         Refusal{"Comment", "{} // all",
                 R"("" (the document): expected well-formed JSON in UTF-8 at line 1, column 4)"},
@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "/steps/0/do: expected well-formed JSON in UTF-8 at line 1, column 19"},
         Refusal{"NumberBeyondADouble", R"({"until":1e999})",
                 "/until: expected a number within the range of a double"},
-        Refusal{"MemberTwice", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
+        Refusal{"DuplicateMember", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
                 "/steps/0/at: expected each member only once in an object"}),
     factOf);
 
@@ -72,9 +72,9 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(/a~1b~0c: expected a known member: one of "host", "steps", "until")"},
         Refusal{"MemberNameOfTwoLines", R"({"a\nb":1})",
                 R"(/a\u000ab: expected a known member: one of "host", "steps", "until")"},
-        Refusal{"StepsNoArray", R"({"steps":{}})", "/steps: expected an array of steps"},
-        Refusal{"StepNoObject", R"({"steps":["activate"]})", "/steps/0: expected a step"},
-        Refusal{"UntilNoNumber", R"({"until":"late"})", "/until: expected a number"},
+        Refusal{"StepsAreNotAnArray", R"({"steps":{}})", "/steps: expected an array of steps"},
+        Refusal{"StepIsNotAnObject", R"({"steps":["activate"]})", "/steps/0: expected a step"},
+        Refusal{"UntilIsNotANumber", R"({"until":"late"})", "/until: expected a number"},
         Refusal{"UntilNegative", R"({"until":-1})",
                 "/until: expected a number of seconds from 0 to 1000000"},
         Refusal{"UntilTooLate", R"({"until":1000000.5})",
@@ -84,20 +84,20 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Host, ScenarioRefusalTest,
     testing::Values(
-        Refusal{"NoObject", R"({"host":null})",
+        Refusal{"IsNotAnObject", R"({"host":null})",
                 "/host: expected an object that describes the host"},
         Refusal{"UnknownMember", R"({"host":{"name":"game"}})",
                 R"(/host/name: expected a known member: one of "windows", )"
                 R"("resolverDelegate", "viewDelegate", "osVersion")"},
-        Refusal{"WindowsNoArray", R"({"host":{"windows":{}}})",
+        Refusal{"WindowsAreNotAnArray", R"({"host":{"windows":{}}})",
                 "/host/windows: expected an array of windows"},
-        Refusal{"WindowNoObject", R"({"host":{"windows":["player"]}})",
+        Refusal{"WindowIsNotAnObject", R"({"host":{"windows":["player"]}})",
                 "/host/windows/0: expected a window"},
         Refusal{"WindowWithoutName", R"({"host":{"windows":[{}]}})",
                 "/host/windows/0/name: expected the window's name, which is missing"},
-        Refusal{"WindowNameNoText", R"({"host":{"windows":[{"name":1}]}})",
+        Refusal{"WindowNameIsNotAString", R"({"host":{"windows":[{"name":1}]}})",
                 "/host/windows/0/name: expected the window's name"},
-        Refusal{"WindowNameTwice", R"({"host":{"windows":[{"name":"a"},{"name":"a"}]}})",
+        Refusal{"DuplicateWindowName", R"({"host":{"windows":[{"name":"a"},{"name":"a"}]}})",
                 "/host/windows/1/name: expected a name that no earlier window has"},
         Refusal{"WindowNamedAsAModalWindow", R"({"host":{"windows":[{"name":"modal-1"}]}})",
                 "/host/windows/0/name: expected a name that is not reserved for presentations"},
@@ -107,22 +107,22 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"WindowUnknownMember", R"({"host":{"windows":[{"name":"a","title":"A"}]}})",
                 R"(/host/windows/0/title: expected a known member: one of "name", )"
                 R"("className", "styleMask", "frame", "contentViewController", "parent")"},
-        Refusal{"ClassNameNoText", R"({"host":{"windows":[{"name":"a","className":null}]}})",
+        Refusal{"ClassNameIsNotAString", R"({"host":{"windows":[{"name":"a","className":null}]}})",
                 "/host/windows/0/className: expected a string"},
         Refusal{"StyleMaskNegative", R"({"host":{"windows":[{"name":"a","styleMask":-1}]}})",
                 "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
         Refusal{"StyleMaskTooLarge",
                 R"({"host":{"windows":[{"name":"a","styleMask":18446744073709551616}]}})",
                 "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
-        Refusal{"StyleMaskNoInteger", R"({"host":{"windows":[{"name":"a","styleMask":1.5}]}})",
+        Refusal{"StyleMaskIsNotAnInteger", R"({"host":{"windows":[{"name":"a","styleMask":1.5}]}})",
                 "/host/windows/0/styleMask: expected an integer from 0 to 18446744073709551615"},
         Refusal{"FrameOfThree", R"({"host":{"windows":[{"name":"a","frame":[0,0,1]}]}})",
                 "/host/windows/0/frame: expected four numbers: x, y, width and height"},
-        Refusal{"FrameNoArray", R"({"host":{"windows":[{"name":"a","frame":"big"}]}})",
+        Refusal{"FrameIsNotAnArray", R"({"host":{"windows":[{"name":"a","frame":"big"}]}})",
                 "/host/windows/0/frame: expected four numbers: x, y, width and height"},
         Refusal{"FrameOfText", R"({"host":{"windows":[{"name":"a","frame":[0,0,"1",1]}]}})",
                 "/host/windows/0/frame/2: expected a number"},
-        Refusal{"ContentViewControllerNoText",
+        Refusal{"ContentViewControllerIsNotAString",
                 R"({"host":{"windows":[{"name":"a","contentViewController":true}]}})",
                 "/host/windows/0/contentViewController: expected a string or null"},
         Refusal{"ParentLater", R"({"host":{"windows":[{"name":"a","parent":"b"},{"name":"b"}]}})",
@@ -133,11 +133,11 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(/host/resolverDelegate: expected one of "conforming", "undeclared")"},
         Refusal{"OsVersionOfTwo", R"({"host":{"osVersion":[10,14]}})",
                 "/host/osVersion: expected three integers: major, minor and patch version"},
-        Refusal{"OsVersionNoInteger", R"({"host":{"osVersion":[10,14.5,0]}})",
+        Refusal{"OsVersionIsNotAnInteger", R"({"host":{"osVersion":[10,14.5,0]}})",
                 "/host/osVersion/1: expected an integer from 0 to 9223372036854775807"}),
     factOf);
 
-TEST(ScenarioReaderTest, ViewDelegateIsHeldToItsOperations) {
+TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
   EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":true}})"),
             "/host/viewDelegate: expected a view delegate, or null");
   EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":null}}})"),
@@ -156,10 +156,10 @@ TEST(ScenarioReaderTest, ViewDelegateIsHeldToItsOperations) {
             R"("operations", "canDisappear", "deactivateDuring")");
 }
 
-// Steps: the inside of the array.
+// The scenario of each refusal is the content of the array of steps.
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(StepRefusalTest, NamesThePlaceAndWhatWasExpected) {
+TEST_P(StepRefusalTest, NamesThePlaceAndTheExpectedValue) {
   EXPECT_EQ(refusalOf("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
             GetParam().refusal);
 }
@@ -168,12 +168,12 @@ INSTANTIATE_TEST_SUITE_P(
     Time, StepRefusalTest,
     testing::Values(Refusal{"Negative", R"({"at":-0.1,"do":"inspect"})",
                             "/steps/0/at: expected a number of seconds from 0 to 1000000"},
-                    Refusal{"BeforeTheStepBefore",
+                    Refusal{"EarlierThanThePreviousStep",
                             R"({"at":1.5,"do":"inspect"},{"do":"inspect"},{"at":1,"do":"inspect"})",
                             "/steps/2/at: expected a number of seconds from 1.5 to 1000000"},
                     Refusal{"TooLate", R"({"at":1000001,"do":"inspect"})",
                             "/steps/0/at: expected a number of seconds from 0 to 1000000"},
-                    Refusal{"NoNumber", R"({"at":null,"do":"inspect"})",
+                    Refusal{"IsNotANumber", R"({"at":null,"do":"inspect"})",
                             "/steps/0/at: expected a number"}),
     factOf);
 
@@ -182,9 +182,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Refusal{"UnknownMember", R"({"do":"inspect","deep":true})",
                 R"(/steps/0/deep: expected a known member: one of "at", "do")"},
-        Refusal{"BrokerNoTruth", R"({"do":"activate","broker":null})",
+        Refusal{"BrokerIsNotABoolean", R"({"do":"activate","broker":null})",
                 "/steps/0/broker: expected true or false"},
-        Refusal{"ParametersNoObject", R"({"do":"request","parameters":[]})",
+        Refusal{"ParametersAreNotAnObject", R"({"do":"request","parameters":[]})",
                 "/steps/0/parameters: expected an object with the request's parameters, or null"},
         Refusal{"ThreadUnknown", R"({"do":"request","thread":"main"})",
                 R"(/steps/0/thread: expected "background")"},
@@ -208,23 +208,23 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"ModeBeyondSigned64",
                 R"({"do":"present","window":null,"mode":18446744073709551615})",
                 "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
-        Refusal{"ModeNoInteger", R"({"do":"present","window":null,"mode":0.5})",
+        Refusal{"ModeIsNotAnInteger", R"({"do":"present","window":null,"mode":0.5})",
                 "/steps/0/mode: expected an integer from -2147483648 to 2147483647"},
         Refusal{
-            "DismissByNobody", R"({"do":"dismiss"})",
+            "DismissWithoutBy", R"({"do":"dismiss"})",
             R"(/steps/0/by: expected one of "manager", "controller", "content", which is missing)"},
         Refusal{
-            "SendNothing", R"({"do":"send"})",
+            "SendWithoutOperation", R"({"do":"send"})",
             R"(/steps/0/operation: expected one of "sendAnalyticsEvent", "subscribeAppLifecycle", )"
             R"("startTimer", "pauseTimer", "stopTimer", "createActivityIndicator", )"
             R"("createConstraintsActivityIndicator", which is missing)"},
-        Refusal{"SkipModeNoTruth", R"({"do":"configure","skipMode":0})",
+        Refusal{"SkipModeIsNotABoolean", R"({"do":"configure","skipMode":0})",
                 "/steps/0/skipMode: expected true or false"},
-        Refusal{"NextEventNameNoText", R"({"do":"configure","nextEventName":1})",
+        Refusal{"NextEventNameIsNotAString", R"({"do":"configure","nextEventName":1})",
                 "/steps/0/nextEventName: expected a string or null"},
         Refusal{"IntervalUnknownWord", R"({"do":"configure","expirationTimeInterval":"NaN"})",
                 R"(/steps/0/expirationTimeInterval: expected a number, "nan", "inf" or "-inf")"},
-        Refusal{"ViewControllerNoTruth", R"({"do":"configure","viewController":null})",
+        Refusal{"ViewControllerIsNotABoolean", R"({"do":"configure","viewController":null})",
                 "/steps/0/viewController: expected true or false"},
         Refusal{
             "ViewDelegateDeactivatesWithoutOperations",
@@ -232,11 +232,11 @@ INSTANTIATE_TEST_SUITE_P(
             "/steps/0/deactivateDuring: expected one of the delegate's operations"},
         Refusal{"OpenWindowWithoutName", R"({"do":"openWindow"})",
                 "/steps/0/name: expected the window's name, which is missing"},
-        Refusal{"OpenWindowOfATakenName", R"({"do":"openWindow","name":"player"})",
+        Refusal{"OpenWindowWithAKnownName", R"({"do":"openWindow","name":"player"})",
                 "/steps/0/name: expected a name that no earlier window has"},
         Refusal{"CloseWindowWithoutWindow", R"({"do":"closeWindow"})",
                 "/steps/0/window: expected the name of an earlier window, which is missing"},
-        Refusal{"MakeNothingKey", R"({"do":"makeKey","window":null})",
+        Refusal{"MakeKeyWithoutWindow", R"({"do":"makeKey","window":null})",
                 "/steps/0/window: expected the name of an earlier window"},
         Refusal{"RunLoopModeMissing", R"({"do":"runLoopMode"})",
                 R"(/steps/0/mode: expected one of "default", "eventTracking", which is missing)"},
@@ -265,7 +265,7 @@ INSTANTIATE_TEST_SUITE_P(
             "/steps/1/window: expected the name of an earlier window"}),
     factOf);
 
-TEST(ScenarioReaderTest, UnknownStepIsToldWhichThereAre) {
+TEST(ScenarioReaderTest, ErrorForAnUnknownStepListsTheSteps) {
   const std::string refusal = refusalOf(R"({"steps":[{"do":"dance"}]})");
   EXPECT_THAT(refusal,
               testing::StartsWith(R"(/steps/0/do: expected one of "activate", "request", )"));
@@ -273,33 +273,34 @@ TEST(ScenarioReaderTest, UnknownStepIsToldWhichThereAre) {
   EXPECT_THAT(refusalOf(R"({"steps":[{}]})"), testing::EndsWith(R"("inspect", which is missing)"));
 }
 
-TEST(ScenarioReaderTest, NestingIsNoDeeperThan64) {
+TEST(ScenarioReaderTest, NestingDeeperThan64IsRefused) {
   const auto nested = [](std::size_t depth) {
     return R"({"steps":[{"do":"request","parameters":{"a":)" + std::string(depth - 4, '[') +
            std::string(depth - 4, ']') + "}}]}";
   };
-  EXPECT_EQ(refusalOf(nested(64)), "none");
+  EXPECT_EQ(refusalOf(nested(64)), "accepted");
   EXPECT_THAT(refusalOf(nested(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
   EXPECT_THAT(refusalOf(std::string(100'000, '[')),
               testing::EndsWith(": expected at most 64 levels of nested objects and arrays"));
 }
 
-TEST(ScenarioReaderTest, EverythingButNamesMayBeLeftOut) {
-  EXPECT_EQ(refusalOf("{}"), "none");
+TEST(ScenarioReaderTest, OnlyWindowNamesAreRequired) {
+  EXPECT_EQ(refusalOf("{}"), "accepted");
   EXPECT_EQ(refusalOf(R"({"host":{"windows":[],"resolverDelegate":null,"viewDelegate":null}})"),
-            "none");
-  EXPECT_EQ(refusalOf(R"({"host":{"windows":[{"name":"a"},{"name":"b","parent":"a"}]}})"), "none");
+            "accepted");
+  EXPECT_EQ(refusalOf(R"({"host":{"windows":[{"name":"a"},{"name":"b","parent":"a"}]}})"),
+            "accepted");
   EXPECT_EQ(refusalOf(R"({"steps":[{"do":"configure"},{"do":"viewDelegate"}],"until":1000000})"),
-            "none");
-  EXPECT_EQ(refusalOf("\xef\xbb\xbf{}"), "none") << "a byte order mark does no harm";
+            "accepted");
+  EXPECT_EQ(refusalOf("\xef\xbb\xbf{}"), "accepted") << "a byte order mark is allowed";
 }
 
-TEST(ScenarioReaderTest, WindowsOfPresentationsMayBeNamedOnceTheyCanBe) {
+TEST(ScenarioReaderTest, WindowsOfEarlierPresentationsMayBeNamed) {
   EXPECT_EQ(refusalOf(R"({"steps":[{"do":"present","window":null,"mode":2},)"
                       R"({"do":"present","window":"modal-1","mode":-1},)"
                       R"({"do":"openWindow","name":"b","parent":"sheet-1"},{"do":"presentOver"},)"
                       R"({"do":"makeKey","window":"sheet-2"}]})"),
-            "none");
+            "accepted");
 }
 
 }  // namespace

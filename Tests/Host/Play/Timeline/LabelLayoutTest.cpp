@@ -18,7 +18,7 @@ class LabelLayoutTest : public testing::Test {
 
 TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rows(), 0U); }
 
-TEST_F(LabelLayoutTest, PutsWhatHasRoomBesideEachOtherInOneRow) {
+TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
   EXPECT_EQ(layout_.place(0, 20).row, 0U);   // up to 22
   EXPECT_EQ(layout_.place(29, 20).row, 0U);  // from 27
   EXPECT_EQ(layout_.rows(), 1U);
@@ -30,25 +30,25 @@ TEST_F(LabelLayoutTest, KeepsTheGapBetweenNeighbours) {
   EXPECT_EQ(layout_.rows(), 2U);
 }
 
-TEST_F(LabelLayoutTest, PutsMarksOfOneMomentBelowEachOther) {
+TEST_F(LabelLayoutTest, PutsMarksOfOneMomentInDifferentRows) {
   for (std::size_t row = 0; row < 4; ++row) {
     EXPECT_EQ(layout_.place(50, 10).row, row);
   }
 }
 
-TEST_F(LabelLayoutTest, GoesBackToTheFirstRowWithRoom) {
+TEST_F(LabelLayoutTest, UsesTheFirstRowWithRoom) {
   layout_.place(0, 60);
   layout_.place(10, 10);
   EXPECT_EQ(layout_.place(70, 10).row, 0U);
   EXPECT_EQ(layout_.place(35, 10).row, 1U);
 }
 
-TEST_F(LabelLayoutTest, PutsALabelToTheLeftWhereItWouldGoBeyondTheEdge) {
+TEST_F(LabelLayoutTest, PutsALabelToTheLeftIfItWouldCrossTheEdge) {
   EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // up to 100
   EXPECT_EQ(layout_.place(48.1, 50).side, Side::Left);
 }
 
-TEST_F(LabelLayoutTest, KeepsALabelToTheLeftFreeOfWhatStandsThere) {
+TEST_F(LabelLayoutTest, LabelToTheLeftDoesNotOverlapItsNeighbour) {
   layout_.place(50, 20);                     // from 48 to 72
   EXPECT_EQ(layout_.place(95, 20).row, 1U);  // from 73
   EXPECT_EQ(layout_.place(95, 10).row, 0U);  // from 83

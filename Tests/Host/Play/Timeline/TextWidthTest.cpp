@@ -17,12 +17,12 @@ TEST(TextWidthTest, GrowsWithTheFont) {
   EXPECT_DOUBLE_EQ(textWidth("present", 2 * kSize), 2 * textWidth("present", kSize));
 }
 
-TEST(TextWidthTest, CountsAForeignCharacterOnceAndWide) {
+TEST(TextWidthTest, CountsANonAsciiCharacterOnceAsWide) {
   EXPECT_DOUBLE_EQ(textWidth("\u00e9", kSize), 15);
   EXPECT_DOUBLE_EQ(textWidth("\U0001F3AE", kSize), 15);
 }
 
-TEST(ShortenedTextTest, IsTheTextWhereItFits) {
+TEST(ShortenedTextTest, IsTheTextIfItFits) {
   EXPECT_EQ(shortened("present", kSize, textWidth("present", kSize)), "present");
 }
 
@@ -37,7 +37,7 @@ TEST(ShortenedTextTest, CutsBetweenCharacters) {
   EXPECT_EQ(shortened("\u00e9\u00e9\u00e9", kSize, 40), "\u00e9\u2026");
 }
 
-TEST(ShortenedTextTest, IsAnEllipsisWhereNothingFits) {
+TEST(ShortenedTextTest, IsAnEllipsisIfNothingFits) {
   EXPECT_EQ(shortened("present", kSize, 16), "\u2026");
 }
 

@@ -1,4 +1,4 @@
-// What a picture of a play is made of.
+// Tests what the timeline collects from a play.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -16,7 +16,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Whole milliseconds: a moment, and the text of the mark there.
+// A mark: its time in whole milliseconds and its text.
 struct At {
   int time = 0;
   std::string text;
@@ -74,7 +74,7 @@ TEST_F(TimelineTest, MarksTheStepsOfTheScript) {
   EXPECT_EQ(milliseconds(timeline_.end()), 1000);
 }
 
-TEST_F(TimelineTest, MarksARequestWithItsAnswer) {
+TEST_F(TimelineTest, MarksARequestWithItsResult) {
   timelineOf(timeline_,
              R"({"do":"request"},)"
              R"({"at":1,"do":"request","parameters":{"event":"e","max_duration_time":1}})",
@@ -83,7 +83,7 @@ TEST_F(TimelineTest, MarksARequestWithItsAnswer) {
               ElementsAre(At{0, "refused"}, At{1000, "main content"}));
 }
 
-TEST_F(TimelineTest, MarksARefusalWithWhatTheLibrarySays) {
+TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
   timelineOf(timeline_, R"({"do":"request","parameters":{"max_duration_time":1}})", 1);
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{0, "Next event name is nil or empty!"}));
 }
@@ -101,18 +101,18 @@ TEST_F(TimelineTest, MarksOneRunFromRequestToEvent) {
   EXPECT_THAT(inMilliseconds(timeline_.covered()), ElementsAre(Span(0, 1600)));
 }
 
-TEST_F(TimelineTest, NamesTheControlsThatAWindowHasLeft) {
+TEST_F(TimelineTest, NamesTheRestoredControls) {
   timelineOf(timeline_, kHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
   EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(At{600, "player: close, resize"}));
 }
 
-TEST_F(TimelineTest, MarksADismissalThatIsRefused) {
+TEST_F(TimelineTest, MarksARefusedDismissal) {
   timelineOf(timeline_, std::string(kHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})",
              0.3);
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{250, "not dismissed"}));
 }
 
-TEST_F(TimelineTest, MarksACoverThatStaysWhenItsTimeIsUsedUp) {
+TEST_F(TimelineTest, MarksACoverThatStaysAfterItsTime) {
   timelineOf(
       timeline_, kHalfASecond, 2,
       R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
@@ -120,7 +120,7 @@ TEST_F(TimelineTest, MarksACoverThatStaysWhenItsTimeIsUsedUp) {
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{600, "not dismissed"}));
 }
 
-TEST_F(TimelineTest, SaysWhenTheWindowsAreKey) {
+TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
   timelineOf(timeline_,
              R"({"at":1,"do":"makeKey","window":"other"},{"at":2,"do":"resignKey"},)"
              R"({"at":3,"do":"makeKey","window":"player"})",
@@ -133,7 +133,7 @@ TEST_F(TimelineTest, SaysWhenTheWindowsAreKey) {
   EXPECT_THAT(inMilliseconds(timeline_.keyWindows()[1].spans), ElementsAre(Span(1000, 2000)));
 }
 
-TEST_F(TimelineTest, DrawsTheTimeLeftFlatWhileItWaits) {
+TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
   timelineOf(timeline_,
              std::string(kHalfASecond) +
                  R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
@@ -151,12 +151,12 @@ TEST_F(TimelineTest, DrawsTheTimeLeftFlatWhileItWaits) {
   EXPECT_NEAR(countdown[2].leftAfter, 0.1, 1e-9);
 }
 
-TEST_F(TimelineTest, DrawsNoKinkWhereSomethingHappensBetweenTicks) {
+TEST_F(TimelineTest, StepBetweenTicksDoesNotBendTheLine) {
   timelineOf(timeline_, std::string(kHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
-TEST_F(TimelineTest, NeedsNoRoomForALongCountdown) {
+TEST_F(TimelineTest, LongCountdownTakesNoExtraSpace) {
   timelineOf(timeline_,
              R"({"do":"request","parameters":{"event":"end","max_duration_time":3600}},)"
              R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
@@ -165,7 +165,7 @@ TEST_F(TimelineTest, NeedsNoRoomForALongCountdown) {
   EXPECT_LE(timeline_.marks().size(), 12U);
 }
 
-TEST_F(TimelineTest, LeavesOutATimeThatIsNoNumber) {
+TEST_F(TimelineTest, LeavesOutAnInfiniteTime) {
   timelineOf(timeline_,
              R"({"do":"request","parameters":{"event":"end","max_duration_time":"inf"}},)"
              R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
@@ -173,7 +173,7 @@ TEST_F(TimelineTest, LeavesOutATimeThatIsNoNumber) {
   EXPECT_THAT(timeline_.countdown(), IsEmpty());
 }
 
-TEST_F(TimelineTest, MarksThatThePlayBrokeOff) {
+TEST_F(TimelineTest, MarksThatThePlayStoppedEarly) {
   timelineOf(timeline_, kHalfASecond, 2,
              R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
              R"("deactivateDuring":"contentViewDidDisappear:"}})");

@@ -1,4 +1,4 @@
-// How each kind of line is written, and what an inspection shows.
+// Tests the lines of a trace and the inspections.
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -19,7 +19,7 @@ std::string textOf(TraceEvent event, Nanoseconds time = 0) {
   return traceText({.time = time, .event = std::move(event)});
 }
 
-// The text of lines
+// The text of a line
 
 TEST(TraceTextTest, TimeHasNineDecimals) {
   EXPECT_EQ(textOf(trace::Ticked{1}, 1), R"({"t":0.000000001,"tick":1})");
@@ -87,21 +87,21 @@ TEST(TraceTextTest, DoublesAreTheShortestDecimalThatReadsBack) {
   EXPECT_EQ(shortestDecimal(-0.1), "-0.1");
 }
 
-TEST(TraceTextTest, WhatIsNoNumberIsAWord) {
+TEST(TraceTextTest, InfinityAndNaNBecomeStrings) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   EXPECT_EQ(textOf(trace::Ticked{std::nan("")}), R"({"t":0.000000000,"tick":"nan"})");
   EXPECT_EQ(textOf(trace::Ticked{kInfinity}), R"({"t":0.000000000,"tick":"inf"})");
   EXPECT_EQ(textOf(trace::Ticked{-kInfinity}), R"({"t":0.000000000,"tick":"-inf"})");
 }
 
-TEST(TraceTextTest, TextsAreEscapedAndKeepToOneLine) {
+TEST(TraceTextTest, TextsAreEscapedToOneLine) {
   EXPECT_EQ(textOf(trace::EventRecorded{"a\"b\\c\nd\x01\xc3\xa9"}),
             "{\"t\":0.000000000,\"event\":\"a\\\"b\\\\c\\nd\\u0001\xc3\xa9\"}");
 }
 
-// When lines come
+// The order of lines
 
-TEST(PlayTraceTest, WholeRunOfAModalWindowIsToldInItsOrder) {
+TEST(PlayTraceTest, LinesOfAModalRunAreInOrder) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",
@@ -131,12 +131,12 @@ TEST(PlayTraceTest, WholeRunOfAModalWindowIsToldInItsOrder) {
           R"({"t":0.100000000,"tick":-0.1})", R"({"t":0.600000000,"event":"e"})"));
 }
 
-TEST(PlayTraceTest, PresentationLinePrintsTheHostsModeUnsigned) {
+TEST(PlayTraceTest, PresentationLinePrintsTheModeUnsigned) {
   EXPECT_THAT(linesOfKind(play(R"({"do":"present","window":null,"mode":-1})"), "log"),
               ElementsAre(testing::EndsWith(R"(mode: 4294967295"})")));
 }
 
-TEST(PlayTraceTest, StateIsToldToADelegateThatDeclaresItself) {
+TEST(PlayTraceTest, OnlyAConformingDelegateReceivesTheState) {
   const auto states = [](const char* delegate) {
     return linesOfKind(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})",
                             0, std::string(R"({"resolverDelegate":)") + delegate + "}"),
@@ -147,26 +147,26 @@ TEST(PlayTraceTest, StateIsToldToADelegateThatDeclaresItself) {
   EXPECT_THAT(states("null"), testing::IsEmpty());
 }
 
-TEST(PlayTraceTest, StyleMaskIsToldWhetherOrNotItChanges) {
+TEST(PlayTraceTest, UnchangedStyleMaskHasALineToo) {
   const Lines trace = play(kCovered, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
   constexpr auto kSet = R"("styleMask":1,"window":"player"})";
   EXPECT_THAT(linesOfKind(trace, "styleMask"), ElementsAre(kSet, kSet, kSet));
 }
 
-TEST(PlayTraceTest, OnlyWindowsOfPresentationsAreToldToOpenAndClose) {
+TEST(PlayTraceTest, OnlyWindowsOfPresentationsHaveOpenAndCloseLines) {
   EXPECT_THAT(
       linesOfKind(play(R"({"do":"openWindow","name":"b"},{"do":"closeWindow","window":"b"})"),
                   "window"),
       testing::IsEmpty());
 }
 
-TEST(PlayTraceTest, TickTellsTheTimeLeftAfterIt) {
+TEST(PlayTraceTest, TickLineHasTheTimeLeftAfterTheTick) {
   const Lines trace = play(kCovered, 0.25);
   EXPECT_THAT(linesOfKind(trace, "tick"),
               ElementsAre(R"("tick":4.9})", R"("tick":4.800000000000001})"));
 }
 
-TEST(PlayTraceTest, TraceIsTheSameEveryTime) {
+TEST(PlayTraceTest, TwoPlaysHaveTheSameTrace) {
   const std::string steps =
       covered(R"({"at":1,"do":"dismiss","by":"manager","thread":"background"},)"
               R"({"at":2,"do":"resignKey"},{"at":3,"do":"makeKey","window":"player"})");
@@ -194,7 +194,7 @@ TEST(PlayInspectionTest, HasItsMembersInOrder) {
       R"("styleMasks":{"player":1}}}})");
 }
 
-TEST(PlayInspectionTest, BeforeAnythingThereIsNoControllerAndNothingOfARequest) {
+TEST(PlayInspectionTest, InitialStateHasNoControllerAndNoRequest) {
   EXPECT_EQ(play("").back(),
             R"({"t":0.000000000,"inspect":{"manager":{"content":true,"tempContent":false,)"
             R"("appIsUnfocused":false,"eventWasSended":false,"launchScreenExpirationTimer":false,)"
@@ -206,7 +206,7 @@ TEST(PlayInspectionTest, BeforeAnythingThereIsNoControllerAndNothingOfARequest) 
             R"("orderedWindows":["player"],"modalWindow":null,"styleMasks":{"player":15}}}})");
 }
 
-TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleSaysSo) {
+TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleIsShown) {
   const json controller = lastInspection(
       play(R"({"do":"configure","expirationTimeInterval":1,"viewController":true},)"
            R"({"do":"request","parameters":{"event":"e","max_duration_time":1}})"))["controller"];
