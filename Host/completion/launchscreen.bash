@@ -3,7 +3,7 @@
 
 _launchscreen() {
   local current="${COMP_WORDS[COMP_CWORD]}" previous="${COMP_WORDS[COMP_CWORD - 1]}"
-  # bash takes the parts of --option=value for words of their own.
+  # bash splits --option=value into three words.
   if [[ $current == "=" ]]; then
     current=""
   elif [[ $previous == "=" ]]; then

@@ -143,7 +143,7 @@ class Timeline(unittest.TestCase):
         self.assertEqual(svg.find(SVG + "rect").attrib["height"], svg.get("height"))
 
     def test_play_that_stops_early_is_drawn(self):
-        example = ROOT / "Examples/scenarios/deactivating-while-told-breaks-off.json"
+        example = ROOT / "Examples/scenarios/deactivate-during-callback.json"
         self.assertIn("the play stopped early", [text.text for text in self.draw(example).iter()])
 
     def test_file_that_cannot_be_written_is_told_before_anything_else(self):
