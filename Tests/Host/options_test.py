@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""An option exists in the help, the manual, the completion and a test, or not at all."""
+"""Tests that each option is in the help, the manual, the completion and a test."""
 
 import re
 import subprocess
@@ -14,7 +14,7 @@ OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
 
 def help_lines(*command):
-    """The lines of the help that begin an option or a command, with what is indented below."""
+    """Returns the lines of the help that start an option or a command, with their indented lines."""
     text = run(*command, "--help").stdout
     return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
 
@@ -25,7 +25,7 @@ def commands():
 
 
 def help_options(*command):
-    """Each option with the values that its help lists, if it lists any."""
+    """Returns each option with the values that its help lists."""
     options = {}
     for line in help_lines(*command):
         if line.startswith("-"):
@@ -35,7 +35,7 @@ def help_options(*command):
 
 
 def manual_sections():
-    """The manual's sections by name, without its markup; those of a command by the command's."""
+    """Returns the sections of the manual by name. The name of a subsection is its command."""
     text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
     parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
     return dict(zip(parts[1::2], parts[2::2]))
@@ -46,7 +46,7 @@ def manual_options(section):
 
 
 def completions(*words):
-    """What bash offers in place of the last word."""
+    """Returns what bash offers for the last word."""
     script = (
         f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
         ' printf "%s\\n" "${COMPREPLY[@]}"'
@@ -63,7 +63,7 @@ class Options(unittest.TestCase):
         self.assertIn("--duration", help_options("show"))
         self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})
 
-    def test_options_of_the_program_itself_are_the_same_everywhere(self):
+    def test_common_options_are_the_same_everywhere(self):
         self.assertEqual(set(help_options()), COMMON)
         self.assertEqual(manual_options("OPTIONS"), COMMON)
         self.assertEqual(completions(""), COMMON | set(commands()))
@@ -89,7 +89,7 @@ class Options(unittest.TestCase):
                     for value in values:
                         self.assertRegex(manual_sections()[command], rf"\b{value}\b")
 
-    def test_completion_goes_on_from_what_is_typed(self):
+    def test_completion_continues_the_typed_word(self):
         self.assertEqual(completions("show", "--dis"), {"--display"})
         self.assertEqual(completions("show", "--mode", "s"), {"skip"})
         self.assertEqual(completions("show", "--mode", "="), {"forced", "skip"})
@@ -107,15 +107,15 @@ class Options(unittest.TestCase):
                 with self.subTest(command=command, option=option):
                     self.assertIn(f'"{option}"', tests)
 
-    def test_manual_is_free_of_formatting_faults(self):
-        # groff is part of every Debian system with manual pages, and need not be here.
+    def test_manual_has_no_formatting_errors(self):
+        # groff may be missing, because it is not required to build.
         try:
             checked = subprocess.run(
                 ["groff", "-man", "-ww", "-z", "-Tutf8", str(MANUAL)],
                 capture_output=True, text=True, check=False,
             )
         except FileNotFoundError:
-            self.skipTest("no groff here")
+            self.skipTest("groff is not installed")
         self.assertEqual((checked.returncode, checked.stderr), (0, ""))
 
 

@@ -1,4 +1,4 @@
-"""Runs the program; shared by the tests of it."""
+"""Runs the program `launchscreen` for its tests."""
 
 import os
 import subprocess
@@ -6,20 +6,20 @@ from pathlib import Path
 
 PROGRAM = os.environ["LAUNCHSCREEN"]
 ROOT = Path(__file__).resolve().parents[2]
-# Far beyond what a run takes, also on a busy machine and under a sanitizer.
-PATIENCE = 120
+# In seconds. Much longer than any run, even on a busy machine and with a sanitizer.
+TIMEOUT = 120
 
 _environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
 
 
 def run(*arguments, **settings):
-    """Runs the program to its end; answers its status and what it wrote, as text."""
+    """Runs the program to its end. Returns its exit status and its output as text."""
     settings.setdefault("stdin", subprocess.DEVNULL)
     return subprocess.run(
         [PROGRAM, *arguments],
         capture_output=True,
         text=True,
-        timeout=PATIENCE,
+        timeout=TIMEOUT,
         env=_environment,
         check=False,
         **settings,
@@ -27,9 +27,9 @@ def run(*arguments, **settings):
 
 
 def start(*arguments, **settings):
-    """Starts the program; what it writes can be read from the answer."""
+    """Starts the program and returns its process, whose output can be read."""
     settings.setdefault("stdin", subprocess.DEVNULL)
     settings.setdefault("stdout", subprocess.PIPE)
     settings.setdefault("stderr", subprocess.PIPE)
-    # Unbuffered, so that no line is held back between readline and communicate.
+    # Without a buffer, so that readline does not hold back data from communicate.
     return subprocess.Popen([PROGRAM, *arguments], bufsize=0, env=_environment, **settings)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""`launchscreen play` as a program: where it reads from, and what it says of what is no scenario."""
+"""Tests the input of `launchscreen play` and its errors for invalid scenarios."""
 
 import tempfile
 import unittest
@@ -12,7 +12,7 @@ SMALL = '{"steps": [{"do": "activate"}], "until": 1}'
 
 
 class Plays(unittest.TestCase):
-    def test_standard_input_plays_as_the_file_does(self):
+    def test_standard_input_gives_the_same_trace_as_the_file(self):
         from_file = run("play", str(EXAMPLE))
         with EXAMPLE.open() as text:
             from_input = run("play", "-", stdin=text)
@@ -21,13 +21,13 @@ class Plays(unittest.TestCase):
         self.assertEqual(from_input.stdout, from_file.stdout)
         self.assertEqual(from_input.returncode, 0)
 
-    def test_every_play_gives_the_same_bytes(self):
+    def test_two_plays_give_the_same_trace(self):
         self.assertEqual(run("play", str(EXAMPLE)).stdout, run("play", str(EXAMPLE)).stdout)
 
 
 class Refusals(unittest.TestCase):
-    def refused(self, content):
-        """What a file of that content is refused with: one line, and nothing else."""
+    def error_for(self, content):
+        """Returns the error for a file with this content. Fails if it is not a single line."""
         with tempfile.TemporaryDirectory() as folder:
             file = Path(folder) / "script.json"
             file.write_bytes(content if isinstance(content, bytes) else content.encode())
@@ -35,17 +35,17 @@ class Refusals(unittest.TestCase):
             self.assertEqual(result.returncode, 2, result.stdout)
             self.assertEqual(result.stdout, "")
             self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
-            beginning = f"launchscreen: {file}: "
-            self.assertTrue(result.stderr.startswith(beginning), result.stderr)
-            return result.stderr[len(beginning):]
+            prefix = f"launchscreen: {file}: "
+            self.assertTrue(result.stderr.startswith(prefix), result.stderr)
+            return result.stderr[len(prefix):]
 
-    def test_what_is_not_json_is_told_with_its_line(self):
+    def test_invalid_json_is_refused(self):
         for content in (b"", b"{", b"[" * 100_000, b'{"steps":' * 100_000, b'{"steps": [}',
                         b'{"until": "\xff\xfe"}', b'{"until": 1}\0{"', b"\0", SMALL.encode() * 2):
             with self.subTest(content[:20]):
-                self.refused(content)
+                self.error_for(content)
 
-    def test_what_breaks_a_rule_is_told_with_its_place(self):
+    def test_error_names_the_place_of_an_invalid_value(self):
         step = '{{"steps": [{{"do": "activate"}}, {}]}}'
         for content, place in (
             (step.format('{"do": "vanish"}'), "/steps/1/do"),
@@ -65,9 +65,9 @@ class Refusals(unittest.TestCase):
             ('{"end": 1}', "/end"),
         ):
             with self.subTest(content):
-                self.assertEqual(self.refused(content).split(": ")[0], place)
+                self.assertEqual(self.error_for(content).split(": ")[0], place)
 
-    def test_a_file_that_is_not_there_is_told(self):
+    def test_missing_file_is_reported(self):
         for name in ("/nowhere/at/all.json", str(ROOT)):
             result = run("play", name)
             self.assertEqual(result.returncode, 2)

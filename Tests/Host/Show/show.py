@@ -1,30 +1,30 @@
-"""Runs `launchscreen show`; shared by the tests of it."""
+"""Runs `launchscreen show` for its tests."""
 
 import contextlib
 import re
 
-from program import PATIENCE, run, start
+from program import TIMEOUT, run, start
 
 LOG_LINE = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} launchscreen\[\d+:\d+\] "
-HAPPENING = re.compile(r" *(\d+\.\d{3}) s  (.+)")
+REPORT = re.compile(r" *(\d+\.\d{3}) s  (.+)")
 
 
 def show(*arguments, **settings):
     return run("show", "--display", "headless", *arguments, **settings)
 
 
-def happenings(output):
-    """What happened, without the times, which must not go back."""
-    found = [HAPPENING.fullmatch(line) for line in output.splitlines()]
-    assert all(found), output
-    times = [float(line[1]) for line in found]
+def reports(output):
+    """Returns the reports without their times. Fails if the times are not in order."""
+    lines = [REPORT.fullmatch(line) for line in output.splitlines()]
+    assert all(lines), output
+    times = [float(line[1]) for line in lines]
     assert times == sorted(times), output
-    return [line[2] for line in found]
+    return [line[2] for line in lines]
 
 
 @contextlib.contextmanager
 def showing(until, *arguments, **settings):
-    """The program, once it has printed a line with `until`; gone when the block ends."""
+    """Starts the program and waits until it prints `until`. Ends the program after the block."""
     process = start("show", "--display", "headless", *arguments, **settings)
     try:
         process.read_so_far = b""
@@ -42,6 +42,6 @@ def showing(until, *arguments, **settings):
 
 
 def ended(process):
-    """The status and all the output of a process that `showing` started."""
-    rest, _ = process.communicate(timeout=PATIENCE)
+    """Returns the exit status and the complete output of a process from `showing`."""
+    rest, _ = process.communicate(timeout=TIMEOUT)
     return process.returncode, (process.read_so_far + rest).decode()

@@ -1,24 +1,24 @@
 #!/usr/bin/env python3
-"""How a run of `launchscreen show` goes and ends."""
+"""Tests the reports and the end of `launchscreen show`."""
 
 import os
 import subprocess
 import unittest
 
-from program import PATIENCE, start
-from show import LOG_LINE, happenings, show, showing
+from program import TIMEOUT, start
+from show import LOG_LINE, reports, show, showing
 
 
-# The quickest to end: nothing of it stays up after its dismissal.
+# The shortest run: a modal cover closes as soon as it is dismissed.
 MODAL = ["--present", "modal"]
 
 
 class Endings(unittest.TestCase):
-    def test_embedded_run_goes_from_request_to_event(self):
+    def test_embedded_run_reports_from_request_to_event(self):
         result = show("--duration", "0.3")
         self.assertEqual(result.returncode, 0)
         self.assertEqual(
-            happenings(result.stdout),
+            reports(result.stdout),
             [
                 "request answered",
                 "covered",
@@ -35,14 +35,14 @@ class Endings(unittest.TestCase):
             r"presentForWindow:withPresentationMode:\]\) mode: 0\n\Z",
         )
 
-    def test_each_second_left_is_told(self):
+    def test_each_second_left_is_reported(self):
         result = show("--duration", "1.2", "--mode", "forced", *MODAL)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(
-            [line for line in happenings(result.stdout) if line.endswith("left")], ["1 s left"]
+            [line for line in reports(result.stdout) if line.endswith("left")], ["1 s left"]
         )
 
-    def test_modal_and_sheet_runs_go_from_request_to_event(self):
+    def test_modal_and_sheet_runs_report_from_request_to_event(self):
         for arguments, mode in (
             (MODAL, 2),
             (["--present", "sheet", "--content-controller"], 1),
@@ -51,7 +51,7 @@ class Endings(unittest.TestCase):
                 result = show("--duration", "0.3", "--size", "640x480", "--indicator", *arguments)
                 self.assertEqual(result.returncode, 0)
                 self.assertEqual(
-                    happenings(result.stdout),
+                    reports(result.stdout),
                     [
                         "request answered",
                         "covered",
@@ -65,7 +65,7 @@ class Endings(unittest.TestCase):
     def test_skip_after_ends_without_an_event(self):
         result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL)
         self.assertEqual(result.returncode, 0)
-        self.assertEqual(happenings(result.stdout)[-2:], ["dismissed", "uncovered"])
+        self.assertEqual(reports(result.stdout)[-2:], ["dismissed", "uncovered"])
         self.assertNotIn("event recorded", result.stdout)
 
     def test_enter_dismisses_in_skip_mode(self):
@@ -76,9 +76,9 @@ class Endings(unittest.TestCase):
             process.stdin.flush()
             for line in process.stdout:
                 process.read_so_far += line
-            self.assertEqual(process.wait(PATIENCE), 0)
+            self.assertEqual(process.wait(TIMEOUT), 0)
             self.assertEqual(
-                happenings(process.read_so_far.decode())[-2:], ["dismissed", "uncovered"]
+                reports(process.read_so_far.decode())[-2:], ["dismissed", "uncovered"]
             )
 
     def test_enter_does_nothing_in_forced_mode(self):
@@ -97,9 +97,9 @@ class Endings(unittest.TestCase):
             "show", "--display", "headless", "--mode", "skip", "--duration", "0.3", *MODAL,
             preexec_fn=lambda: os.close(0),
         )
-        out, _ = process.communicate(timeout=PATIENCE)
+        out, _ = process.communicate(timeout=TIMEOUT)
         self.assertEqual(process.returncode, 0)
-        self.assertEqual(happenings(out.decode())[-1], "uncovered")
+        self.assertEqual(reports(out.decode())[-1], "uncovered")
 
 
 if __name__ == "__main__":

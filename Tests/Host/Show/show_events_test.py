@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""The file that `launchscreen show` appends events to."""
+"""Tests the file to which `launchscreen show` appends events."""
 
 import json
 import os
 import tempfile
 import unittest
 
-from program import PATIENCE, start
+from program import TIMEOUT, start
 from show import show, showing
 
 
@@ -36,22 +36,22 @@ class EventsFiles(unittest.TestCase):
         show("--mode", "skip", "--skip-after", "0", "--present", "modal", "--events", self.file)
         self.assertEqual(self.events(), [])
 
-    def test_event_is_appended_also_when_nobody_reads_the_output(self):
+    def test_event_is_appended_even_if_no_program_reads_the_output(self):
         with showing("covered", "--duration", "0.3", "--events", self.file) as process:
             process.stdout.close()
-            self.assertEqual(process.wait(PATIENCE), 0)
+            self.assertEqual(process.wait(TIMEOUT), 0)
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
-    def test_closed_output_does_not_end_up_in_the_file(self):
+    def test_closed_output_is_not_written_to_the_file(self):
         process = start(
             "show", "--display", "headless", "--duration", "0.1", "--present", "modal",
             "--events", self.file, preexec_fn=lambda: os.close(1),
         )
-        process.communicate(timeout=PATIENCE)
+        process.communicate(timeout=TIMEOUT)
         self.assertEqual(process.returncode, 0)
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
-    def test_full_disk_fails_and_the_event_is_still_told(self):
+    def test_full_disk_is_a_failure_and_the_event_is_still_reported(self):
         result = show("--duration", "0.1", "--events", "/dev/full")
         self.assertEqual(result.returncode, 1)
         self.assertIn("event recorded: launch_end", result.stdout)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What `launchscreen show` says where it cannot do what is asked."""
+"""Tests the errors of `launchscreen show`."""
 
 import unittest
 
@@ -8,7 +8,7 @@ from show import LOG_LINE, show
 
 
 class Refusals(unittest.TestCase):
-    def test_bad_duration_gives_the_librarys_line(self):
+    def test_invalid_duration_prints_the_log_line(self):
         for duration in ("abc", "0", "", "nan"):
             with self.subTest(duration):
                 result = show("--duration", duration)
@@ -20,14 +20,14 @@ class Refusals(unittest.TestCase):
                     r"parseParameters:\]\): Max duration time is nil or empty!\n\Z",
                 )
 
-    def test_empty_event_name_gives_the_librarys_line(self):
+    def test_empty_event_name_prints_the_log_line(self):
         result = show("--event", "")
         self.assertEqual(result.returncode, 1)
         self.assertRegex(
             result.stderr, r"parseParameters:\]\): Next event name is nil or empty!\n\Z"
         )
 
-    def test_negative_duration_gives_the_errors_domain(self):
+    def test_negative_duration_prints_the_domain_of_the_error(self):
         result = show("--duration", "-3")
         self.assertEqual(result.returncode, 1)
         self.assertEqual(
@@ -35,7 +35,7 @@ class Refusals(unittest.TestCase):
             "launchscreen: the launch screen cannot be shown: LaunchScreen view controller is NIL\n",
         )
 
-    def test_sheet_with_nothing_to_hang_on_is_told(self):
+    def test_sheet_without_content_controller_is_reported(self):
         result = show("--present", "sheet")
         self.assertEqual(result.returncode, 1)
         self.assertIn("--content-controller", result.stderr.splitlines()[-1])

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""A signal ends `launchscreen show`, and the window is given back first."""
+"""Tests that a signal ends `launchscreen show` after it has restored the window."""
 
 import signal
 import unittest
 
-from show import ended, happenings, showing
+from show import ended, reports, showing
 
 
 class Signals(unittest.TestCase):
-    def test_window_is_given_back_first(self):
+    def test_window_is_restored_first(self):
         for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for arguments in ([], ["--content-controller"]):
                 with self.subTest(signal=ending, arguments=arguments):
@@ -16,11 +16,11 @@ class Signals(unittest.TestCase):
                         process.send_signal(ending)
                         status, output = ended(process)
                     self.assertEqual(status, 128 + ending)
-                    self.assertIn("controls given back", happenings(output))
-                    self.assertEqual(happenings(output)[-1], "uncovered")
+                    self.assertIn("controls given back", reports(output))
+                    self.assertEqual(reports(output)[-1], "uncovered")
                     self.assertNotIn("event recorded", output)
 
-    def test_modal_window_and_sheet_are_taken_down(self):
+    def test_modal_window_and_sheet_are_dismissed(self):
         for presentation in ("modal", "sheet"):
             with self.subTest(presentation):
                 with showing("covered", "--duration", "60", "--present", presentation,
@@ -28,15 +28,15 @@ class Signals(unittest.TestCase):
                     process.send_signal(signal.SIGTERM)
                     status, output = ended(process)
                 self.assertEqual(status, 128 + signal.SIGTERM)
-                self.assertEqual(happenings(output)[-2:], ["dismissed", "uncovered"])
+                self.assertEqual(reports(output)[-2:], ["dismissed", "uncovered"])
 
-    def test_cover_that_waits_to_be_taken_down_is_gone_at_once(self):
+    def test_dismissed_cover_is_removed_at_once(self):
         with showing("dismissed", "--duration", "0.1") as process:
             process.send_signal(signal.SIGINT)
             status, output = ended(process)
         self.assertEqual(status, 128 + signal.SIGINT)
-        self.assertEqual(happenings(output).count("dismissed"), 1)
-        self.assertEqual(happenings(output)[-1], "uncovered")
+        self.assertEqual(reports(output).count("dismissed"), 1)
+        self.assertEqual(reports(output)[-1], "uncovered")
 
 
 if __name__ == "__main__":

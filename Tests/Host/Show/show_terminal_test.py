@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""`launchscreen show` on a terminal: one line, kept up to date."""
+"""Tests the line that `launchscreen show` keeps up to date on a terminal."""
 
 import fcntl
 import os
@@ -10,16 +10,16 @@ import subprocess
 import termios
 import unittest
 
-from program import PATIENCE, start
+from program import TIMEOUT, start
 
 
 class Terminal:
-    """A terminal, and the program on it as its foreground job; its log goes elsewhere."""
+    """A terminal with the program as its foreground job. The log of the program is discarded."""
 
     def __init__(self, *arguments, columns=80):
         self.master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-        # Ctrl-C drops what has been written and not yet read, also what a quick program answers to it.
+        # Without NOFLSH, Ctrl-C would discard output that the test has not read yet.
         attributes = termios.tcgetattr(slave)
         attributes[3] |= termios.NOFLSH
         termios.tcsetattr(slave, termios.TCSANOW, attributes)
@@ -41,11 +41,11 @@ class Terminal:
 
     def _read(self):
         try:
-            found = os.read(self.master, 4096)
-        except OSError:  # the program has gone
+            data = os.read(self.master, 4096)
+        except OSError:  # the program has ended
             return False
-        self.output += found.decode()
-        return bool(found)
+        self.output += data.decode()
+        return bool(data)
 
     def wait_for(self, text):
         while text not in self.output:
@@ -55,14 +55,14 @@ class Terminal:
         os.write(self.master, text.encode())
 
     def end(self):
-        """The exit status, when all the output has been read."""
+        """Reads the rest of the output and returns the exit status."""
         while self._read():
             pass
-        return self.process.wait(PATIENCE)
+        return self.process.wait(TIMEOUT)
 
 
 class LiveLine(unittest.TestCase):
-    def test_run_takes_one_line(self):
+    def test_run_uses_one_line(self):
         with Terminal("--duration", "0.5", columns=100) as terminal:
             self.assertEqual(terminal.end(), 0)
             self.assertEqual(terminal.output.count("\n"), 1)
@@ -91,7 +91,7 @@ class LiveLine(unittest.TestCase):
             self.assertEqual(terminal.end(), 0)
         self.assertRegex(terminal.output, r"dismissed, uncovered *\r\n\Z")
 
-    def test_narrow_terminal_keeps_to_one_line(self):
+    def test_run_on_a_narrow_terminal_uses_one_line(self):
         with Terminal("--duration", "0.2", columns=30) as terminal:
             self.assertEqual(terminal.end(), 0)
         self.assertEqual(terminal.output.count("\n"), 1)

@@ -1,4 +1,4 @@
-"""Measures text with a TrueType font, as whoever draws a picture does."""
+"""Measures text with a TrueType font."""
 
 import struct
 
@@ -16,7 +16,8 @@ class Font:
         self._glyphs = self._read_glyphs()
 
     def width(self, text, size):
-        """Of text on one line, without kerning; what the font lacks is as wide as its box for it."""
+        """Returns the width of a line of text, without kerning. A character that the font does not have
+        has the width of the glyph for missing characters."""
         widths = (self._advance(self._glyphs.get(ord(character), 0)) for character in text)
         return sum(widths) * size / self._units
 
@@ -24,12 +25,12 @@ class Font:
         return struct.unpack_from(">" + kinds, self._data, place)
 
     def _advance(self, glyph):
-        # All glyphs after the measured ones are as wide as the last of these.
+        # All further glyphs have the width of the last measured glyph.
         index = min(glyph, self._measured_glyphs - 1)
         return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
 
     def _read_glyphs(self):
-        """The glyph of each character, from the table that every such font has for Windows."""
+        """Returns the glyph of each character, from the Unicode table for Windows."""
         cmap = self._tables["cmap"]
         for index in range(self._numbers("H", cmap + 2)[0]):
             platform, encoding, place = self._numbers("HHI", cmap + 4 + 8 * index)

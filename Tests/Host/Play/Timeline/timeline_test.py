@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The picture that `launchscreen play --timeline` draws."""
+"""Tests the picture that `launchscreen play --timeline` draws."""
 
 import itertools
 import json
@@ -14,12 +14,12 @@ from font import Font
 from program import ROOT, run
 
 EXAMPLES = sorted((ROOT / "Examples/scenarios").glob("*.json"))
-KEPT = ROOT / "docs/pictures/timeline.svg"
-KEPT_EXAMPLE = ROOT / "Examples/scenarios/switch-away-and-back.json"
+DOCUMENTED_PICTURE = ROOT / "docs/pictures/timeline.svg"
+DOCUMENTED_EXAMPLE = ROOT / "Examples/scenarios/switch-away-and-back.json"
 SVG = "{http://www.w3.org/2000/svg}"
 
 FONT = Font("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")
-# Of a font's size, above and below the line that text stands on.
+# The height of text above and below its baseline, relative to the font size.
 ASCENT, DESCENT = 0.76, 0.24
 
 
@@ -61,7 +61,7 @@ class Timeline(unittest.TestCase):
         self.picture = self.folder / "picture.svg"
 
     def draw(self, scenario):
-        """Plays the scenario, a file or an object, and answers its picture, parsed."""
+        """Plays the scenario, a file or an object, and returns the parsed picture."""
         if isinstance(scenario, dict):
             file = self.folder / "scenario.json"
             file.write_text(json.dumps(scenario), encoding="utf-8")
@@ -71,7 +71,7 @@ class Timeline(unittest.TestCase):
         return ElementTree.parse(self.picture).getroot()
 
     def assert_readable(self, svg):
-        """Nothing written lies on something else written or on a dot, or leaves the picture."""
+        """Fails if a text overlaps another text or a dot, or leaves the picture."""
         texts = [text_box(element) for element in svg.iter(SVG + "text")]
         self.assertGreater(len(texts), 10)
         width, height = float(svg.get("width")), float(svg.get("height"))
@@ -102,10 +102,10 @@ class Timeline(unittest.TestCase):
                 )
 
     def test_picture_in_the_documents_is_what_the_program_draws(self):
-        self.draw(KEPT_EXAMPLE)
-        self.assertEqual(self.picture.read_text(), KEPT.read_text())
+        self.draw(DOCUMENTED_EXAMPLE)
+        self.assertEqual(self.picture.read_text(), DOCUMENTED_PICTURE.read_text())
 
-    def test_text_of_odd_scenarios_is_readable(self):
+    def test_text_of_extreme_scenarios_is_readable(self):
         name = "a window <&\"'> \x01\uffff é 🎮 " + 40 * "W"
         moment = [{"do": "makeKey", "window": name}] * 50
         present = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
@@ -114,13 +114,13 @@ class Timeline(unittest.TestCase):
             with self.subTest(until=until, seconds=seconds):
                 parameters = {"event": name, "max_duration_time": seconds}
                 end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
-                # An hour of countdown would take its time.
+                # Do not present in long plays: the countdown would take too long.
                 steps = [*(present if until < 1000 else ()), *moment, *end]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
                 self.assert_readable(self.draw({"host": host, "steps": steps, "until": until}))
 
-    def test_picture_has_a_mark_for_every_kind_of_thing(self):
+    def test_picture_has_marks_of_every_kind(self):
         svg = self.draw(ROOT / "Examples/scenarios/refused-close-sends-event-early.json")
         looks = {element.get("class") for element in svg.iter(SVG + "circle")}
         kinds = "Request Script HostCall Refusal WindowStyle Dismissal Event"
@@ -128,10 +128,10 @@ class Timeline(unittest.TestCase):
         looks = {element.get("class") for element in svg.iter(SVG + "rect")}
         self.assertEqual(looks, {"paper", "key", "cover"})
 
-    def test_light_and_dark_have_a_colour_for_everything(self):
-        svg = self.draw(KEPT_EXAMPLE)
+    def test_both_colour_schemes_have_every_colour(self):
+        svg = self.draw(DOCUMENTED_EXAMPLE)
         light, dark = svg.find(SVG + "style").text.split("@media (prefers-color-scheme:dark)")
-        # "name" and "label" texts are filled as every text is.
+        # Texts of the classes "name" and "label" have the colour of all texts.
         filled = {f".{element.get('class').split()[0]}" for element in svg.iter() if
                   element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light, dark:
@@ -146,22 +146,22 @@ class Timeline(unittest.TestCase):
         example = ROOT / "Examples/scenarios/deactivate-during-callback.json"
         self.assertIn("the play stopped early", [text.text for text in self.draw(example).iter()])
 
-    def test_file_that_cannot_be_written_is_told_before_anything_else(self):
-        result = run("play", str(KEPT_EXAMPLE), "--timeline", "/nonexistent/picture.svg")
+    def test_file_that_cannot_be_opened_is_reported_before_the_play(self):
+        result = run("play", str(DOCUMENTED_EXAMPLE), "--timeline", "/nonexistent/picture.svg")
         self.assertEqual((result.returncode, result.stdout), (2, ""))
         self.assertEqual(
             result.stderr,
             "launchscreen: --timeline: /nonexistent/picture.svg: No such file or directory\n",
         )
 
-    def test_scenario_that_cannot_be_read_leaves_the_file_alone(self):
+    def test_scenario_that_cannot_be_read_does_not_change_the_file(self):
         self.picture.write_text("kept")
         result = run("play", "/nonexistent/scenario.json", "--timeline", str(self.picture))
         self.assertEqual((result.returncode, result.stdout), (2, ""))
         self.assertEqual(self.picture.read_text(), "kept")
 
-    def test_full_disk_is_told(self):
-        result = run("play", str(KEPT_EXAMPLE), "--timeline", "/dev/full")
+    def test_full_disk_is_reported(self):
+        result = run("play", str(DOCUMENTED_EXAMPLE), "--timeline", "/dev/full")
         self.assertEqual(result.returncode, 1)
         self.assertEqual(
             result.stderr, "launchscreen: --timeline: /dev/full: cannot be written\n"
