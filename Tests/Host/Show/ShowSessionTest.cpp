@@ -94,7 +94,7 @@ TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
 }
 
 class ShowSessionPresentationTest : public ShowSessionTest,
-                                    public testing::WithParamInterface<const char*> {};
+                                    public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
                          testing::Values("modal", "sheet"));
@@ -219,7 +219,7 @@ TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
 // Failures
 
 class ShowSessionDurationTest : public ShowSessionTest,
-                                public testing::WithParamInterface<const char*> {};
+                                public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(Invalid, ShowSessionDurationTest,
                          testing::Values("abc", "0", "", "nan", "inf"));
@@ -353,7 +353,7 @@ TEST_F(ShowSessionTest, KeptControlsAreNotReportedAfterRestoring) {
 }
 
 class ShowSessionDestroyedPlayerTest : public ShowSessionTest,
-                                       public testing::WithParamInterface<const char*> {};
+                                       public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
                          testing::Values("embedded", "sheet"));

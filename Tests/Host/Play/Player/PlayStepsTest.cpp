@@ -125,6 +125,7 @@ TEST(PlayStepsTest, PresentWithoutWindowShowsNothing) {
 struct HostMode {
   int hostMode;
   int presentationMode;
+  friend void PrintTo(const HostMode& mode, std::ostream* out) { *out << mode.hostMode; }
 };
 
 class PresentModeTest : public testing::TestWithParam<HostMode> {};
