@@ -7,7 +7,7 @@
 
 #include "Host/Command.h"
 #include "Host/Show/Console.h"
-#include "Host/Show/ContentRequests.h"
+#include "Host/Show/EngineBroker.h"
 #include "Host/Show/EventsFile.h"
 #include "Host/Show/Playground.h"
 #include "Host/Show/ShowOptions.h"

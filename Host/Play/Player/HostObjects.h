@@ -1,4 +1,4 @@
-// What the host of a play has of its own and gives to the library.
+// The objects of the host of a play.
 #pragma once
 
 #include <functional>
@@ -35,72 +35,73 @@ class HostViewController final
 
 class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, ContentBroker> {
  public:
-  using Told = std::function<void(const Strong<ContentResolver>& resolver)>;
-  explicit HostBroker(Told told) : told_(std::move(told)) {}
+  using RegistrationHandler = std::function<void(const Strong<ContentResolver>& resolver)>;
+  explicit HostBroker(RegistrationHandler handler) : handler_(std::move(handler)) {}
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {
-    told_(resolver);
+    handler_(resolver);
     return true;
   }
 
  private:
-  Told told_;
+  RegistrationHandler handler_;
 };
 
-/// What a resolver delegate does with a change of state.
-using StateChangeTold = std::function<void(const Strong<ContentData>& data)>;
+/// Handles a change of state.
+using StateHandler = std::function<void(const Strong<ContentData>& data)>;
 
 class ConformingResolverDelegate final
     : public Class<ConformingResolverDelegate, "ConformingResolverDelegate", NSObject,
                    ContentResolverDelegate> {
  public:
-  explicit ConformingResolverDelegate(StateChangeTold told) : told_(std::move(told)) {}
+  explicit ConformingResolverDelegate(StateHandler handler) : handler_(std::move(handler)) {}
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
                                                    const Strong<ContentData>& data) override {
-    told_(data);
+    handler_(data);
   }
 
  private:
-  StateChangeTold told_;
+  StateHandler handler_;
 };
 
-/// Has the protocol's operation and does not adopt the protocol.
+/// Has the operation of the protocol but does not adopt the protocol.
 class UndeclaredResolverDelegate final
     : public Class<UndeclaredResolverDelegate, "UndeclaredResolverDelegate"> {
  public:
-  explicit UndeclaredResolverDelegate(StateChangeTold told) : told_(std::move(told)) {}
+  explicit UndeclaredResolverDelegate(StateHandler handler) : handler_(std::move(handler)) {}
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
                                                    const Strong<ContentData>& data) {
-    told_(data);
+    handler_(data);
   }
 
  private:
-  StateChangeTold told_;
+  StateHandler handler_;
 };
 
-/// A view delegate that has the operations of its script, answers as that says, and tells of each
-/// call.
+/// A view delegate that has the operations and the return value of its script. It reports each call
+/// to a handler.
 class ScriptedViewDelegate final
     : public Class<ScriptedViewDelegate, "ScriptedViewDelegate", NSObject, ContentViewDelegate> {
  public:
-  using Told = std::function<void(const ViewDelegateScript& script, ViewOperation operation)>;
-  ScriptedViewDelegate(const ViewDelegateScript& script, Told told)
-      : script_(script), told_(std::move(told)) {}
+  using CallHandler =
+      std::function<void(const ViewDelegateScript& script, ViewOperation operation)>;
+  ScriptedViewDelegate(const ViewDelegateScript& script, CallHandler handler)
+      : script_(script), handler_(std::move(handler)) {}
 
   [[nodiscard]] OperationSet respondingOperations() const override { return script_.operations; }
   void contentViewWillAppear(const Strong<ContentView>& /*view*/) override {
-    told_(script_, ViewOperation::WillAppear);
+    handler_(script_, ViewOperation::WillAppear);
   }
   bool canContentViewDisappear(const Strong<ContentView>& /*view*/) override {
-    told_(script_, ViewOperation::CanDisappear);
+    handler_(script_, ViewOperation::CanDisappear);
     return script_.canDisappear;
   }
   void contentViewDidDisappear(const Strong<ContentView>& /*view*/) override {
-    told_(script_, ViewOperation::DidDisappear);
+    handler_(script_, ViewOperation::DidDisappear);
   }
 
  private:
   ViewDelegateScript script_;
-  Told told_;
+  CallHandler handler_;
 };
 
 }  // namespace vel::host

@@ -1,4 +1,3 @@
-// The host's own end of the content framework: a broker.
 #pragma once
 
 #include <map>
@@ -8,7 +7,8 @@
 
 namespace vel::host {
 
-/// Routes requests by engine name to the resolvers that registered for it, the latest for each.
+/// Keeps the resolver of each engine. If several resolvers register for an engine, the last one is
+/// kept.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {
@@ -18,10 +18,10 @@ class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, 
     return true;
   }
 
-  /// None for an engine that nobody serves, or nobody any more.
+  /// Returns the resolver of the engine, or null if it has no resolver that still exists.
   [[nodiscard]] Strong<ContentResolver> resolverForEngine(std::string_view engine) const {
-    const auto found = resolvers_.find(engine);
-    return found == resolvers_.end() ? nullptr : found->second.lock();
+    const auto entry = resolvers_.find(engine);
+    return entry == resolvers_.end() ? nullptr : entry->second.lock();
   }
 
  private:
