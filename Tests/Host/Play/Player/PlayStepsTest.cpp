@@ -51,17 +51,23 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNone));
 }
 
-TEST(PlayStepsTest, NumbersAndTextsBecomeTheInterval) {
+TEST(PlayStepsTest, NumbersTextsAndBooleansBecomeTheInterval) {
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
   EXPECT_EQ(intervalFor("-9223372036854775808"), -9223372036854775808.0);
   EXPECT_EQ(intervalFor("18446744073709551615"), 18446744073709551616.0);
   EXPECT_EQ(intervalFor("1e300"), "inf");
   EXPECT_EQ(intervalFor(R"(" 2.5s")"), 2.5);
-  for (const char* neither : {"null", "true", "[5]", R"({"seconds":5})", R"("soon")", "0"}) {
-    EXPECT_EQ(intervalFor(neither), nullptr) << neither;
-  }
+  EXPECT_EQ(intervalFor("true"), 1);
 }
+
+class RefusedDurationTest : public testing::TestWithParam<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(Values, RefusedDurationTest,
+                         testing::Values("null", "false", "[5]", R"({"seconds":5})", R"("soon")",
+                                         "0"));
+
+TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam()), nullptr); }
 
 TEST(PlayStepsTest, ArraysAndNumbersAreNotTexts) {
   const Lines trace =
