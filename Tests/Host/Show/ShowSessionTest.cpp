@@ -97,7 +97,10 @@ class ShowSessionPresentationTest : public ShowSessionTest,
                                     public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
-                         testing::Values("modal", "sheet"));
+                         testing::Values("modal", "sheet"),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                           return tested.param;
+                         });
 
 TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
   options.presentation = GetParam();
@@ -222,7 +225,10 @@ class ShowSessionDurationTest : public ShowSessionTest,
                                 public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(Invalid, ShowSessionDurationTest,
-                         testing::Values("abc", "0", "", "nan", "inf"));
+                         testing::Values("abc", "0", "", "nan", "inf"),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                           return tested.param.empty() ? "empty" : tested.param;
+                         });
 
 TEST_P(ShowSessionDurationTest, OnlyTheLibraryReportsAnInvalidDuration) {
   options.duration = GetParam();
@@ -356,7 +362,10 @@ class ShowSessionDestroyedPlayerTest : public ShowSessionTest,
                                        public testing::WithParamInterface<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
-                         testing::Values("embedded", "sheet"));
+                         testing::Values("embedded", "sheet"),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                           return tested.param;
+                         });
 
 TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithItsEvent) {
   options.presentation = GetParam();

@@ -61,13 +61,22 @@ TEST(PlayStepsTest, NumbersTextsAndBooleansBecomeTheInterval) {
   EXPECT_EQ(intervalFor("true"), 1);
 }
 
-class RefusedDurationTest : public testing::TestWithParam<std::string> {};
+struct RefusedDuration {
+  const char* fact;
+  const char* value;
+  friend void PrintTo(const RefusedDuration& duration, std::ostream* out) { *out << duration.fact; }
+};
 
-INSTANTIATE_TEST_SUITE_P(Values, RefusedDurationTest,
-                         testing::Values("null", "false", "[5]", R"({"seconds":5})", R"("soon")",
-                                         "0"));
+class RefusedDurationTest : public testing::TestWithParam<RefusedDuration> {};
 
-TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam()), nullptr); }
+INSTANTIATE_TEST_SUITE_P(
+    PlaySteps, RefusedDurationTest,
+    testing::Values(RefusedDuration{"Null", "null"}, RefusedDuration{"False", "false"},
+                    RefusedDuration{"Array", "[5]"}, RefusedDuration{"Object", R"({"seconds":5})"},
+                    RefusedDuration{"Word", R"("soon")"}, RefusedDuration{"Zero", "0"}),
+    [](const testing::TestParamInfo<RefusedDuration>& tested) { return tested.param.fact; });
+
+TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam().value), nullptr); }
 
 TEST(PlayStepsTest, ArraysAndNumbersAreNotTexts) {
   const Lines trace =
@@ -186,7 +195,10 @@ TEST(PlayStepsTest, DismissByTheContentDoesNotAskTheDelegates) {
 class DismissWithoutContentTest : public testing::TestWithParam<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(By, DismissWithoutContentTest,
-                         testing::Values("manager", "controller", "content"));
+                         testing::Values("manager", "controller", "content"),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                           return tested.param;
+                         });
 
 TEST_P(DismissWithoutContentTest, DoesNothing) {
   const Lines trace = play(R"({"do":"deactivate"},{"do":"dismiss","by":")" + GetParam() + R"("})");
@@ -363,7 +375,10 @@ class DeactivatingCallbackTest : public testing::TestWithParam<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(Operations, DeactivatingCallbackTest,
                          testing::Values("contentViewWillAppear:", "canContentViewDisappear:",
-                                         "contentViewDidDisappear:"));
+                                         "contentViewDidDisappear:"),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                           return tested.param.substr(0, tested.param.size() - 1);
+                         });
 
 TEST_P(DeactivatingCallbackTest, StopsThePlay) {
   const PlayResult played = playScenario(
