@@ -16,11 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path root() {
-  return fs::path(__FILE__).parent_path().parent_path().parent_path().parent_path();
-}
-fs::path scenarios() { return root() / "Examples/scenarios"; }
-fs::path traces() { return root() / "Tests/Host/Play/golden"; }
+// CTest runs the tests in the root folder of the project.
+constexpr const char* kScenarios = "Examples/scenarios";
+constexpr const char* kTraces = "Tests/Host/Play/golden";
 
 // Returns the sorted names of the files with this extension, without the extension.
 std::vector<std::string> namesIn(const fs::path& folder, std::string_view extension) {
@@ -45,8 +43,8 @@ std::string scenarioOf(const std::string& trace) { return trace.substr(0, trace.
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
-  const std::string expected = contents(traces() / (GetParam() + ".jsonl"));
-  const std::string scenario = (scenarios() / (scenarioOf(GetParam()) + ".json")).string();
+  const std::string expected = contents(fs::path(kTraces) / (GetParam() + ".jsonl"));
+  const std::string scenario = (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
   const int status =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
   for (int time = 0; time < 2; ++time) {
@@ -64,18 +62,18 @@ std::string testNameOf(const testing::TestParamInfo<std::string>& info) {
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
-                         testing::ValuesIn(namesIn(traces(), ".jsonl")), testNameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest, testing::ValuesIn(namesIn(kTraces, ".jsonl")),
+                         testNameOf);
 
 TEST(PlayExampleListTest, EachScenarioHasOneTrace) {
   std::vector<std::string> played;
-  std::ranges::transform(namesIn(traces(), ".jsonl"), std::back_inserter(played), &scenarioOf);
-  EXPECT_EQ(played, namesIn(scenarios(), ".json"));
+  std::ranges::transform(namesIn(kTraces, ".jsonl"), std::back_inserter(played), &scenarioOf);
+  EXPECT_EQ(played, namesIn(kScenarios, ".json"));
 }
 
 TEST(PlayExampleListTest, ReadmeListsEachScenario) {
-  const std::string list = contents(scenarios() / "README.md");
-  for (const std::string& scenario : namesIn(scenarios(), ".json")) {
+  const std::string list = contents(fs::path(kScenarios) / "README.md");
+  for (const std::string& scenario : namesIn(kScenarios, ".json")) {
     EXPECT_THAT(list, testing::HasSubstr("\n| [" + scenario + "](" + scenario + ".json) |"));
   }
 }
