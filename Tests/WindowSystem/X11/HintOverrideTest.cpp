@@ -19,47 +19,47 @@ HintValue hint(std::vector<std::uint32_t> elements) {
 
 class HintOverrideTest : public testing::Test {
  protected:
-  HintOverride override{hint({1, 100, 5}), kBitSetCount};
+  HintOverride hintOverride{hint({1, 100, 5}), kBitSetCount};
 };
 
 TEST_F(HintOverrideTest, StartsWithTheOwnersValue) {
-  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
-  EXPECT_EQ(override.currentValue(), hint({1, 100, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(hintOverride.currentValue(), hint({1, 100, 5}));
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenWeWrite) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
-  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
 TEST_F(HintOverrideTest, NeedsNoRequestForTheCurrentValue) {
-  EXPECT_FALSE(override.recordWrite(hint({1, 100, 5})));
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  EXPECT_FALSE(override.recordWrite(hint({3, 640, 5})));
+  EXPECT_FALSE(hintOverride.recordWrite(hint({1, 100, 5})));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  EXPECT_FALSE(hintOverride.recordWrite(hint({3, 640, 5})));
 }
 
 TEST_F(HintOverrideTest, TakesEachWriteOfTheOwner) {
-  override.reconcile(hint({8, 200, 6}));
-  EXPECT_EQ(override.ownersValue(), hint({8, 200, 6}));
-  EXPECT_TRUE(override.recordWrite(hint({10, 640, 6})));
-  override.reconcile(hint({4, 300, 7}));
-  EXPECT_EQ(override.ownersValue(), hint({4, 300, 7}));
-  EXPECT_EQ(override.currentValue(), hint({4, 300, 7}));
+  hintOverride.reconcile(hint({8, 200, 6}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({10, 640, 6})));
+  hintOverride.reconcile(hint({4, 300, 7}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({4, 300, 7}));
+  EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
 TEST_F(HintOverrideTest, TakesTheDeletionOfTheProperty) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  override.reconcile(std::nullopt);
-  EXPECT_EQ(override.ownersValue(), std::nullopt);
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  hintOverride.reconcile(std::nullopt);
+  EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurs) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  EXPECT_TRUE(override.recordWrite(hint({3, 800, 5})));
-  override.reconcile(hint({3, 640, 5}));
-  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
-  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
+  hintOverride.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
+  EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
 TEST_F(HintOverrideTest, KeepsTheAbsenceOfThePropertyWhenTheOwnerWritesOurValue) {
@@ -71,65 +71,65 @@ TEST_F(HintOverrideTest, KeepsTheAbsenceOfThePropertyWhenTheOwnerWritesOurValue)
 }
 
 TEST_F(HintOverrideTest, TakesOurChangesOutOfAnEditedValue) {
-  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   // The owner sets another bit, changes the last number and appends one.
-  override.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
-  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9, 11}));
+  hintOverride.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
 TEST_F(HintOverrideTest, TakesAValueThatLacksOneOfOurChangesAsItIs) {
-  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
-  override.reconcile(hint({1 | 2, 641, 5}));
-  EXPECT_EQ(override.ownersValue(), hint({1 | 2, 641, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
+  hintOverride.reconcile(hint({1 | 2, 641, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
 }
 
 TEST_F(HintOverrideTest, TakesAValueThatIsShorterThanOursAsItIs) {
-  EXPECT_TRUE(override.recordWrite(hint({1 | 2, 640, 5})));
-  override.reconcile(hint({1 | 2, 640}));
-  EXPECT_EQ(override.ownersValue(), hint({1 | 2, 640}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
+  hintOverride.reconcile(hint({1 | 2, 640}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 640}));
 }
 
 TEST_F(HintOverrideTest, RecognizesTheLastFourWrites) {
   for (const std::uint32_t width : {600U, 610U, 620U, 630U, 640U}) {
-    EXPECT_TRUE(override.recordWrite(hint({1 | 2, width, 5})));
+    EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, width, 5})));
   }
-  HintOverride other = override;
-  override.reconcile(hint({1 | 2, 610, 9}));
-  EXPECT_EQ(override.ownersValue(), hint({1, 100, 9}));
+  HintOverride other = hintOverride;
+  hintOverride.reconcile(hint({1 | 2, 610, 9}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 9}));
   other.reconcile(hint({1 | 2, 600, 9}));
   EXPECT_EQ(other.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
 TEST_F(HintOverrideTest, TakesAWriteOfTheOwnerThatOurWriteHasReplaced) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  override.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
-  EXPECT_EQ(override.ownersValue(), hint({8, 200, 6}));
-  EXPECT_EQ(override.currentValue(), hint({3, 640, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
+  EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenOurWriteHasReplacedIt) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  override.reconcileReplaced(hint({1, 100, 5}), hint({1, 100, 5}));
-  EXPECT_EQ(override.ownersValue(), hint({1, 100, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({1, 100, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
 TEST_F(HintOverrideTest, TakesOurChangesOutOfAValueThatOurNextWriteHasReplaced) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  EXPECT_TRUE(override.recordWrite(hint({3, 800, 5})));
-  override.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
-  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
+  hintOverride.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
   // Our last write, which the owner writes again, stands for the value found late.
-  EXPECT_TRUE(override.recordWrite(hint({3, 900, 5})));
-  override.reconcile(hint({3, 800, 5}));
-  EXPECT_EQ(override.ownersValue(), hint({1 | 16, 100, 9}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
+  hintOverride.reconcile(hint({3, 800, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
 TEST_F(HintOverrideTest, TakesEveryValueAsItIsAfterForgettingOurWrites) {
-  EXPECT_TRUE(override.recordWrite(hint({3, 640, 5})));
-  EXPECT_TRUE(override.recordWrite(override.ownersValue()));
-  override.forgetWrites();
-  override.reconcile(hint({3, 640, 5}));
-  EXPECT_EQ(override.ownersValue(), hint({3, 640, 5}));
+  EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
+  hintOverride.forgetWrites();
+  hintOverride.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(hintOverride.ownersValue(), hint({3, 640, 5}));
 }
 
 }  // namespace
