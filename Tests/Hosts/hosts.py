@@ -16,6 +16,9 @@ class Host:
     `command` is formatted with `bin`, the folder of the built programs, and `home`, an empty folder.
     `window` is in the window's class or title. `compiles` lists the commands that build the program.
     `changes` is true if the program changes its window on SIGUSR1, and changes it back on the next.
+    `recreates` is true if this change opens another window. `types` is true if the trial presses Page Down
+    and Page Up while the window is covered, so that the program draws. `prepares` returns environment variables for the
+    program; a host that has it runs in one trial at a time.
     `buttons` maps the buttons that the program draws itself to the offset of their centres from the top
     right corner of its window without the shadow.
     """
@@ -30,6 +33,7 @@ class Host:
         self.variables = variables or {}
         self.changes = False
         self.recreates = False
+        self.types = False
         self.buttons = None
         self.prepares = None
 
@@ -49,11 +53,9 @@ class Host:
         return None
 
 
-def _bad(habit, description, *size):
-    name = {"argb": "argb"}.get(habit, "bad-" + habit)
-    return Host(
-        name, description, ["{bin}/hosts-badhost", habit, *size], "BadHost"
-    )
+def _bad(habit, description):
+    name = habit if habit == "argb" else "bad-" + habit
+    return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
 
 def _compiled(name, package, source, compiler):
@@ -76,14 +78,8 @@ def _sdl2(name, description, *arguments):
     ).with_settings(changes=bool(arguments))
 
 
-def _tiny(host):
-    host.command = ["{bin}/hosts-badhost", "none", "24", "18"]
-    host.name = "bad-tiny"
-    return host
-
-
-def _prepare_wine(home, programs):
-    """Copies nothing: all trials share one prefix, which is made once and used by one trial at a time."""
+def _prepare_wine(programs):
+    """All trials share one prefix, because making one takes long."""
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 
@@ -147,7 +143,8 @@ HOSTS = [
     Host(
         "wine",
         "notepad under Wine",
-        ["wine", "notepad"],
+        # Pages of text, which a key scrolls.
+        ["wine", "notepad", "Z:" + str(HERE / "trial.py").replace("/", "\\")],
         "notepad",
         compiles=[
             "test -e {bin}/wine/system.reg ||"
@@ -155,7 +152,7 @@ HOSTS = [
             " xvfb-run --auto-servernum wine wineboot --init"
         ],
         variables={"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree=;mshtml="},
-    ).with_settings(prepares=_prepare_wine),
+    ).with_settings(prepares=_prepare_wine, types=True),
     Host(
         "mpv",
         "mpv",
@@ -173,7 +170,12 @@ HOSTS = [
     _bad("maximise", "maximises its window while covered").with_settings(changes=True),
     _bad("fullscreen", "goes fullscreen while covered").with_settings(changes=True),
     _bad("remap", "unmaps its window and maps it again while covered").with_settings(changes=True),
-    _tiny(_bad("tiny", "a window of 24 by 18 pixels")),
+    Host(
+        "bad-tiny",
+        "a window of 24 by 18 pixels",
+        ["{bin}/hosts-badhost", "none", "24", "18"],
+        "BadHost",
+    ),
     Host(
         "bad-large",
         "a window larger than the screen",

@@ -1,10 +1,11 @@
 // Samples what the screen shows at nine points of a window until its standard input ends.
 //
-// usage: hosts-sampler WINDOW [MICROSECONDS]
+// usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
 // Each output line is one frame: the time in nanoseconds of CLOCK_MONOTONIC, the window's state
-// (V viewable, U not viewable, D destroyed), a mask of the points that are not white, the colour of
-// the first of these points, and the window's position and size on the screen.
+// (V viewable, U not viewable, D destroyed), a mask of the points that are not white, a mask
+// of the points that have the colour BACKDROP of the screen behind the window, the colour of the
+// first point that is not white, and the window's position and size on the screen.
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -55,9 +56,10 @@ long long nanoseconds() {
 
 class Sampler {
  public:
-  Sampler(xcb_connection_t* x, xcb_window_t window)
+  Sampler(xcb_connection_t* x, xcb_window_t window, std::uint32_t backdrop)
       : x_(x),
         window_(window),
+        backdrop_(backdrop),
         screen_(xcb_setup_roots_iterator(xcb_get_setup(x)).data),
         frameExtents_(atom("_GTK_FRAME_EXTENTS")) {}
 
@@ -71,8 +73,8 @@ class Sampler {
     }
     xcb_ungrab_server(x_);
     xcb_flush(x_);
-    std::printf("%lld %c %x %06x %d %d %d %d\n", nanoseconds(), state_, otherPoints_, firstOther_,
-                place_.x, place_.y, place_.width, place_.height);
+    std::printf("%lld %c %x %x %06x %d %d %d %d\n", nanoseconds(), state_, otherPoints_,
+                backdropPoints_, firstOther_, place_.x, place_.y, place_.width, place_.height);
   }
 
  private:
@@ -125,6 +127,7 @@ class Sampler {
     const Reply<xcb_get_property_reply_t> extentsReply(
         xcb_get_property_reply(x_, extents, nullptr));
     otherPoints_ = 0;
+    backdropPoints_ = 0;
     firstOther_ = kWhite;
     for (std::size_t index = 0; index < images.size(); ++index) {
       const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(x_, images[index], nullptr));
@@ -136,6 +139,7 @@ class Sampler {
       if (color != kWhite) {
         firstOther_ = otherPoints_ == 0 ? color : firstOther_;
         otherPoints_ |= 1U << index;
+        backdropPoints_ |= (color == backdrop_ ? 1U : 0U) << index;
       }
     }
 
@@ -160,30 +164,33 @@ class Sampler {
 
   xcb_connection_t* x_;
   xcb_window_t window_;
+  std::uint32_t backdrop_;
   xcb_screen_t* screen_;
   xcb_atom_t frameExtents_;
   Rect place_;
   std::array<int, 4> extents_{};  // left, right, top, bottom
   char state_ = 'U';
   std::uint32_t otherPoints_ = 0;
+  std::uint32_t backdropPoints_ = 0;
   std::uint32_t firstOther_ = kWhite;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::fputs("usage: hosts-sampler WINDOW [MICROSECONDS]\n", stderr);
+  if (argc < 3) {
+    std::fputs("usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]\n", stderr);
     return 2;
   }
   const auto window = static_cast<xcb_window_t>(std::strtoul(argv[1], nullptr, 0));
-  const long interval = argc > 2 ? std::strtol(argv[2], nullptr, 10) : kDefaultInterval;
+  const long interval = argc > 3 ? std::strtol(argv[3], nullptr, 10) : kDefaultInterval;
   xcb_connection_t* const x = xcb_connect(nullptr, nullptr);
   if (xcb_connection_has_error(x) != 0) {
     std::fputs("hosts-sampler: no display\n", stderr);
     return 1;
   }
-  Sampler sampler(x, window);
+  const auto backdrop = static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 16));
+  Sampler sampler(x, window, backdrop);
   pollfd input{STDIN_FILENO, POLLIN, 0};
   const timespec wait{0, interval * 1000};
   bool isFirst = true;

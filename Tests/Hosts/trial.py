@@ -108,8 +108,9 @@ class Frame:
         self.time = int(fields[0])
         self.state = fields[1]
         self.others = int(fields[2], 16)
-        self.color = fields[3]
-        self.rect = tuple(int(field) for field in fields[4:8])
+        self.backdrop = int(fields[3], 16)
+        self.color = fields[4]
+        self.rect = tuple(int(field) for field in fields[5:9])
         self.is_white = self.state == "V" and self.others == 0
 
 
@@ -126,6 +127,7 @@ class Trial:
         self.faults = []
         self.display = self.client = self.process = self.window = None
         self.sampler = self.frames_read = None
+        self.backdrop = 0
 
     def fault(self, text):
         self.faults.append(text)
@@ -140,12 +142,12 @@ class Trial:
             raise RuntimeError("the window manager does not start: " + self.display.log()[-300:])
         if self.environment.composites and not wait_until(self.client.compositor_runs):
             raise RuntimeError("the compositor does not start: " + self.display.log()[-300:])
-        # openbox misses a window that is mapped before its main loop runs.
-        time.sleep(0.5)
+        time.sleep(0.5)  # for the compositor's first frame
+        self.backdrop = self.client.pixel(SCREEN[0] // 2, SCREEN[1] // 2)
         variables = self.display.variables()
         variables.update(self.host.variables)
         if self.host.prepares:
-            variables.update(self.host.prepares(self.display.home, self.programs))
+            variables.update(self.host.prepares(self.programs))
         with open(self.display.home / "host.log", "wb") as log:
             self.process = subprocess.Popen(
                 [part.format(bin=self.programs, home=self.display.home) for part in self.host.command],
@@ -168,6 +170,8 @@ class Trial:
     def find_window(self):
         if self.process.poll() is not None:
             return None
+        # openbox overlooks a window that is mapped before its main loop runs, until any event comes.
+        self.client.message(self.client.root.id, "_NET_CURRENT_DESKTOP", [0])
         return self.client.find(self.host.window)
 
     def points(self):
@@ -192,6 +196,19 @@ class Trial:
             if rect != last[0]:
                 last[:] = [rect, time.monotonic()]
             return time.monotonic() - last[1] > pause
+
+        wait_until(unchanged, 10)
+        return last[0]
+
+    def settled_hints(self):
+        """The hints, once the host has stopped to change them."""
+        last = [None, 0.0]
+
+        def unchanged():
+            hints = self.hints()
+            if hints != last[0]:
+                last[:] = [hints, time.monotonic()]
+            return time.monotonic() - last[1] > 0.4
 
         wait_until(unchanged, 10)
         return last[0]
@@ -231,7 +248,7 @@ class Trial:
         if self.click("minimise"):
             if wait_until(lambda: self.client.state(self.window) == ICONIC, patience):
                 controls.append("minimise")
-                self.client.message(self.window, "_NET_ACTIVE_WINDOW", [2])
+                self.client.activate(self.window)
                 if not wait_until(lambda: self.client.is_viewable(self.window), 10):
                     raise RuntimeError("the minimised window does not come back")
                 self.settle()
@@ -250,34 +267,47 @@ class Trial:
                 )
                 wait_until(lambda: self.rect() == original, 3)
                 self.settle()
-        if self.environment.resizes and self.host.buttons is None:
-            x, y, width, height = self.rect()
-            extents = self.client.property(self.window, "_NET_FRAME_EXTENTS")
-            right, bottom = (extents[2][1], extents[2][3]) if extents else (0, 0)
-            corner = (x + width + max(right - 2, 0), y + height + max(bottom - 2, 0))
-            if corner[0] < SCREEN[0] and corner[1] < SCREEN[1]:
-                self.client.drag(corner, (corner[0] + 60, corner[1] + 50))
-                if wait_until(lambda: self.rect()[2:] != (width, height), patience):
-                    controls.append("resize")
-                    self.settle()
+        if self.environment.resizes and self.host.buttons is None and self.drag_corner(60, 50):
+            if wait_until(lambda: self.rect()[2:] != original[2:], patience):
+                controls.append("resize")
+                self.settle()
+                self.drag_corner(-60, -50)
+                self.settle()
         self.rest_pointer()
         return controls
 
+    def drag_corner(self, right, down):
+        """Drags the frame's bottom right corner. Returns false if the corner is not on the screen."""
+        x, y, width, height = self.rect()
+        extents = self.client.property(self.window, "_NET_FRAME_EXTENTS")
+        borders = (extents[2][1], extents[2][3]) if extents else (0, 0)
+        corner = (x + width + max(borders[0] - 2, 0), y + height + max(borders[1] - 2, 0))
+        if corner[0] >= SCREEN[0] or corner[1] >= SCREEN[1]:
+            return False
+        self.client.drag(corner, (corner[0] + right, corner[1] + down))
+        return True
+
     def closes(self):
-        """Closes the window as the user does. Returns None if the environment has no button for it."""
+        """Closes the window as the user does. Returns None if the environment has no button for it, or if
+        the host does not take part in closing: icewm then asks the user whether to kill the host."""
+        if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
+            return None
         if not self.click("close"):
             if self.environment.name != "i3":
                 return None
             # i3 closes the window for a pager; it draws no button.
             self.client.message(self.window, "_NET_CLOSE_WINDOW", [0, 2])
-        closed = lambda: self.process.poll() is not None or not self.client.is_viewable(self.window)
-        return bool(wait_until(closed, 8))
+
+        def is_closed():
+            return self.process.poll() is not None or not self.client.is_viewable(self.window)
+
+        return bool(wait_until(is_closed, 8))
 
     # The run
 
     def sample(self):
         self.sampler = subprocess.Popen(
-            [str(Path(self.programs) / "hosts-sampler"), hex(self.window)],
+            [str(Path(self.programs) / "hosts-sampler"), hex(self.window), "%06x" % self.backdrop],
             env=self.display.variables(),
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
@@ -309,6 +339,7 @@ class Trial:
 
     def run(self):
         host, client = self.host, self.client
+        self.result["has buttons"] = bool(self.environment.buttons) and host.buttons is None
         buttons_before = self.working(2.0)
         self.result["buttons"] = buttons_before
         self.settle()
@@ -317,8 +348,15 @@ class Trial:
             reference = self.reference_change()
         if not self.environment.has_manager:
             client.focus(self.window)
+        elif not client.is_active(self.window):
+            client.activate(self.window)
+            wait_until(lambda: client.is_active(self.window), 5)
+        if host.types:
+            x, y, width, height = self.rect()
+            client.click(x + width // 2, y + height // 2)
+            self.rest_pointer()
         before = {
-            "hints": self.hints(),
+            "hints": self.settled_hints(),
             "rect": self.settle(),
             "actions": sorted(client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS")),
             "children": client.child_count(self.window),
@@ -347,6 +385,11 @@ class Trial:
             output.join()
             self.result["output"] = output.text()
         after_buttons = None
+        if reference is not None and self.rect() != before["rect"]:
+            self.change()
+            if not wait_until(lambda: self.rect() == before["rect"], 5):
+                self.fault("the host cannot change back, and has %s" % (self.rect(),))
+            self.settle()
         if client.exists(self.window) and client.is_viewable(self.window):
             after_buttons = self.working(6.0)
             lost = [name for name in buttons_before if name not in after_buttons]
@@ -373,8 +416,12 @@ class Trial:
             self.fault("says covered, is never white")
         started = time.monotonic()
         time.sleep(0.4)
+        if host.types:
+            for step in range(16):
+                client.press_key("Next" if step % 8 < 4 else "Prior")
+                time.sleep(0.08)
         final = before["rect"]
-        moment = None
+        moment = changed_at = None
         if host.changes and self.ending_is_open(output):
             changed_at = time.monotonic_ns()
             self.change()
@@ -388,7 +435,8 @@ class Trial:
             time.sleep(0.5)
         time.sleep(max(0, started + COVERED_FOR - time.monotonic()))
         if host.recreates:
-            moment = self.end_of_window()
+            # From here on the new window may hide the old one.
+            moment = changed_at
             if wait_until(lambda: show.poll() is not None, 5) is None:
                 self.fault("does not end when the window is destroyed")
         elif self.ending == "time":
@@ -425,12 +473,6 @@ class Trial:
     def ending_is_open(self, output):
         return output.time_of("dismissed") is None
 
-    def end_of_window(self):
-        for frame in self.frames():
-            if frame.state == "D":
-                return frame.time
-        return time.monotonic_ns()
-
     def stop_sampling(self):
         if self.sampler:
             self.sampler.stdin.close()
@@ -447,8 +489,14 @@ class Trial:
             return
         run = [frame for frame in frames[first:] if frame.time <= moment and frame.state == "V"]
         others = [frame for frame in run if not frame.is_white]
+        if self.environment.composites:
+            undrawn = self.undrawn(run)
+            self.result["not drawn yet"] = len(undrawn)
+            others = [frame for frame in others if frame not in undrawn]
         self.result["frames"] = len(run)
-        self.result["not white"] = len(others)
+        self.result["not white"] = sum(not frame.is_white for frame in run)
+        if run:
+            self.result["seconds sampled"] = round((run[-1].time - run[0].time) / 1e9, 3)
         self.result["unmapped"] = sum(
             1 for frame in frames[first:] if frame.time <= moment and frame.state == "U"
         )
@@ -462,9 +510,31 @@ class Trial:
                 "%d of %d frames not white, first after %d ms"
                 % (len(others), len(run), (others[0].time - begin) // 1_000_000)
             )
-        after = [frame.is_white for frame in frames if frame.time > moment and frame.state == "V"]
+        after = [
+            frame.is_white
+            for frame in frames
+            if frame.time > moment
+            and frame.state == "V"
+            and not (self.environment.composites and frame.others and frame.others == frame.backdrop)
+        ]
         if any(not first and second for first, second in zip(after, after[1:])):
             self.fault("white comes back after the end")
+
+    def undrawn(self, run):
+        """The frames in which the compositor has not drawn a window that was just mapped, moved or resized:
+        they show white and the screen behind the window, nothing of the host."""
+        found, changed_at = [], run[0].time if run else 0
+        for previous, frame in zip(run, run[1:]):
+            if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
+                changed_at = frame.time
+            if (
+                frame.others
+                and frame.others == frame.backdrop
+                and frame.time - changed_at < 300_000_000
+                and changed_at != run[0].time
+            ):
+                found.append(frame)
+        return found
 
     def judge_window(self, before, final):
         def changed_hints():
@@ -483,14 +553,22 @@ class Trial:
             self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
         if not wait_until(lambda: self.rect() == final, 3):
             self.fault("position and size %s, not %s" % (self.rect(), final))
-        actions = lambda: sorted(self.client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS"))
-        if final == before["rect"] and not wait_until(lambda: actions() == before["actions"], 3):
-            lost = [name for name in before["actions"] if name not in actions()]
-            gained = [name for name in actions() if name not in before["actions"]]
-            self.fault("allowed actions lost: %s, gained: %s" % (lost, gained))
+        # The engine of godot3-runner writes the manager's property itself.
+        if final == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
+            self.judge_actions(before["actions"])
         children = self.client.child_count(self.window)
         if children != before["children"]:
             self.fault("%d child windows, not %d" % (children, before["children"]))
+
+    def judge_actions(self, before):
+        def actions():
+            return sorted(self.client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS"))
+
+        if not wait_until(lambda: actions() == before, 3):
+            now = actions()
+            lost = [name for name in before if name not in now]
+            gained = [name for name in now if name not in before]
+            self.fault("allowed actions lost: %s, gained: %s" % (lost, gained))
 
 
 def main():
@@ -507,8 +585,8 @@ def main():
         next(each for each in HOSTS if each.name == host),
         next(each for each in ENVIRONMENTS if each.name == environment),
         ending,
-        launchscreen,
-        programs,
+        str(Path(launchscreen).resolve()),
+        str(Path(programs).resolve()),
     )
     began = time.monotonic()
     lock = None

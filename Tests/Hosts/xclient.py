@@ -7,7 +7,7 @@ import time
 sys.path.append("/usr/lib/python3/dist-packages")
 
 # pylint: disable=wrong-import-position
-from Xlib import X, Xatom, display, error
+from Xlib import X, XK, display, error
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
@@ -39,12 +39,18 @@ class Client:
             return None
         if value is None:
             return None
-        return (self._display.get_atom_name(value.property_type), value.format, tuple(value.value))
+        return (self._atom_name(value.property_type), value.format, tuple(value.value))
+
+    def _atom_name(self, atom):
+        try:
+            return self._display.get_atom_name(atom)
+        except error.XError:
+            return str(atom)
 
     def atoms(self, number, name):
         """The names of the atoms in a property."""
         value = self.property(number, name)
-        return [self._display.get_atom_name(atom) for atom in value[2]] if value else []
+        return [self._atom_name(atom) for atom in value[2]] if value else []
 
     def manager_runs(self):
         """True if a window manager has announced itself as EWMH describes."""
@@ -136,6 +142,14 @@ class Client:
         self.root.send_event(sent, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self._display.sync()
 
+    def activate(self, number):
+        """Asks the window manager for the keyboard focus, as a task bar does."""
+        self.message(number, "_NET_ACTIVE_WINDOW", [2])
+
+    def is_active(self, number):
+        value = self.property(self.root.id, "_NET_ACTIVE_WINDOW")
+        return bool(value) and value[2][0] == number
+
     def focus(self, number):
         self._window(number).set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
         self._display.sync()
@@ -156,6 +170,13 @@ class Client:
         time.sleep(0.03)
         self.button(False)
 
+    def press_key(self, name):
+        """Presses and releases a key for the window with the focus."""
+        code = self._display.keysym_to_keycode(XK.string_to_keysym(name))
+        xtest.fake_input(self._display, X.KeyPress, detail=code)
+        xtest.fake_input(self._display, X.KeyRelease, detail=code)
+        self._display.sync()
+
     def drag(self, start, end):
         """Drags with the first button in small steps."""
         self.move_pointer(*start)
@@ -170,4 +191,4 @@ class Client:
         self.button(False)
 
 
-__all__ = ["Client", "ICONIC", "X", "Xatom"]
+__all__ = ["Client", "ICONIC", "X"]
