@@ -30,7 +30,7 @@ TEST_F(DispatchThreadsTest, WorkFromAnotherThreadRunsOnTheMainThread) {
   EXPECT_TRUE(onMainThread);
 }
 
-TEST_F(DispatchThreadsTest, DelayedWorkFromAnotherThreadIsCountedFromItsSubmission) {
+TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission) {
   platform.run(1);
   std::vector<double> times;
   std::thread([&] {
@@ -41,7 +41,7 @@ TEST_F(DispatchThreadsTest, DelayedWorkFromAnotherThreadIsCountedFromItsSubmissi
   EXPECT_EQ(times, std::vector<double>{1.5});
 }
 
-TEST_F(DispatchThreadsTest, WorkOfEachThreadKeepsItsOrderWhileTheLoopRuns) {
+TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
   constexpr int kThreads = 4;
   constexpr int kEach = 500;
   std::array<std::vector<int>, kThreads> ran;
@@ -66,11 +66,11 @@ TEST_F(DispatchThreadsTest, WorkOfEachThreadKeepsItsOrderWhileTheLoopRuns) {
   }
 }
 
-TEST_F(DispatchThreadsTest, WorkFromAnotherThreadIsServedInsideANestedLoop) {
+TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool ran = false;
   dispatch_async(queue, [&] {
     std::thread other([&] { dispatch_async(queue, [&ran] { ran = true; }); });
-    // Ends only because that work comes: virtual time does not wait for it by itself.
+    // Only the work ends this loop: a virtual wait would throw.
     while (!ran) {
       loop.pump();
     }
@@ -80,7 +80,7 @@ TEST_F(DispatchThreadsTest, WorkFromAnotherThreadIsServedInsideANestedLoop) {
   EXPECT_TRUE(ran);
 }
 
-TEST_F(DispatchThreadsTest, TheClockIsReadFromOtherThreads) {
+TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
   bool wentBack = false;
   std::thread other([&] {
     dispatch_time_t last = 0;

@@ -1,4 +1,4 @@
-// Atomic properties, and references that do not own.
+// Atomic properties and weak references.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -29,11 +29,9 @@ class Mortal final : public Class<Mortal, "Mortal"> {
   std::function<void()> dying_;
 };
 
-TEST(AtomicReferenceTest, AnswersNoneAtFirst) {
-  EXPECT_EQ(AtomicReference<Mortal>().load(), nullptr);
-}
+TEST(AtomicReferenceTest, IsNullAtFirst) { EXPECT_EQ(AtomicReference<Mortal>().load(), nullptr); }
 
-TEST(AtomicReferenceTest, AnswersWhatWasStoredLast) {
+TEST(AtomicReferenceTest, LoadReturnsTheLastStoredObject) {
   AtomicReference<Mortal> property;
   const auto object = make<Mortal>(1);
   property.store(make<Mortal>(0));
@@ -41,7 +39,7 @@ TEST(AtomicReferenceTest, AnswersWhatWasStoredLast) {
   EXPECT_EQ(property.load(), object);
 }
 
-TEST(AtomicReferenceTest, OwnsWhatItHolds) {
+TEST(AtomicReferenceTest, OwnsItsObject) {
   AtomicReference<Mortal> property;
   auto object = make<Mortal>(1);
   const Weak<Mortal> seen = object;
@@ -51,7 +49,7 @@ TEST(AtomicReferenceTest, OwnsWhatItHolds) {
   EXPECT_TRUE(seen.expired());
 }
 
-TEST(AtomicReferenceTest, WhatWasReadOutlivesALaterWrite) {
+TEST(AtomicReferenceTest, ALoadedReferenceOutlivesALaterStore) {
   AtomicReference<Mortal> property;
   property.store(make<Mortal>(1));
   const Strong<Mortal> read = property.load();
@@ -59,17 +57,17 @@ TEST(AtomicReferenceTest, WhatWasReadOutlivesALaterWrite) {
   EXPECT_TRUE(read->isWhole());
 }
 
-TEST(AtomicReferenceTest, TheOldValueDiesOutsideTheLock) {
+TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
   AtomicReference<Mortal> property;
   Strong<Mortal> seenByTheDying;
   const auto next = make<Mortal>(2);
-  // With the lock held, the read in the destructor would never return.
+  // If the lock were held, the read in the destructor would block for ever.
   property.store(make<Mortal>(1, [&] { seenByTheDying = property.load(); }));
   property.store(next);
   EXPECT_EQ(seenByTheDying, next);
 }
 
-TEST(AtomicReferenceTest, IsReadAndWrittenFromSeveralThreads) {
+TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
   AtomicReference<Mortal> property;
   property.store(make<Mortal>(0));
   std::atomic<bool> broken = false;
@@ -88,7 +86,7 @@ TEST(AtomicReferenceTest, IsReadAndWrittenFromSeveralThreads) {
   EXPECT_FALSE(broken);
 }
 
-TEST(WeakTest, DoesNotKeepItsObjectAndAnswersNoneAfterwards) {
+TEST(WeakTest, DoesNotKeepItsObjectAliveAndReturnsNullAfterwards) {
   auto object = make<Mortal>(1);
   const Weak<Mortal> reference = object;
   EXPECT_EQ(reference.lock(), object);

@@ -1,4 +1,4 @@
-// A message to an object, or to none.
+// Calls on an object that may be null.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -42,9 +42,9 @@ class Player : public Class<Player, "Player"> {
 
 class Keeper final : public Class<Keeper, "Keeper", Player> {};
 
-const Strong<Player> kNone;
+const Strong<Player> kNull;
 
-TEST(MessageTest, ToAnObjectCallsTheOperation) {
+TEST(MessageTest, CallsTheOperation) {
   const auto player = make<Player>();
   EXPECT_EQ(send(player, &Player::points), 7);
   EXPECT_EQ(send(player, &Player::sum, 2, 3), 5);
@@ -52,38 +52,38 @@ TEST(MessageTest, ToAnObjectCallsTheOperation) {
   EXPECT_NE(player->partner(), nullptr);
 }
 
-TEST(MessageTest, ToASubclassCallsTheInheritedOperation) {
+TEST(MessageTest, CallsAnInheritedOperation) {
   EXPECT_EQ(send(make<Keeper>(), &Player::points), 7);
 }
 
-TEST(MessageTest, ToNoneAnswersTheResultTypesZero) {
-  EXPECT_EQ(send(kNone, &Player::points), 0);
-  EXPECT_EQ(send(kNone, &Player::sum, 2, 3), 0);
-  EXPECT_FALSE(send(kNone, &Player::plays));
-  EXPECT_EQ(send(kNone, &Player::speed), 0.0);
-  EXPECT_EQ(send(kNone, &Player::place), CGRectZero);
-  EXPECT_TRUE(send(kNone, &Player::nickname).empty());
-  EXPECT_EQ(send(kNone, &Player::partner), nullptr);
-  EXPECT_TRUE(send(kNone, &Player::rivals).empty());
+TEST(MessageTest, OnNullReturnsTheResultTypesZero) {
+  EXPECT_EQ(send(kNull, &Player::points), 0);
+  EXPECT_EQ(send(kNull, &Player::sum, 2, 3), 0);
+  EXPECT_FALSE(send(kNull, &Player::plays));
+  EXPECT_EQ(send(kNull, &Player::speed), 0.0);
+  EXPECT_EQ(send(kNull, &Player::place), CGRectZero);
+  EXPECT_TRUE(send(kNull, &Player::nickname).empty());
+  EXPECT_EQ(send(kNull, &Player::partner), nullptr);
+  EXPECT_TRUE(send(kNull, &Player::rivals).empty());
 }
 
-TEST(MessageTest, ToNoneDoesNothing) {
+TEST(MessageTest, OnNullCallsNothing) {
   bool done = false;
-  send(kNone, &Player::act, [&done] { done = true; });
+  send(kNull, &Player::act, [&done] { done = true; });
   EXPECT_FALSE(done);
 }
 
-TEST(MessageTest, ToTheAnswerOfAMessageToNoneIsAMessageToNone) {
-  EXPECT_EQ(send(send(kNone, &Player::partner), &Player::points), 0);
+TEST(MessageTest, TheResultOfACallOnNullMayBeTheNextReceiver) {
+  EXPECT_EQ(send(send(kNull, &Player::partner), &Player::points), 0);
   EXPECT_EQ(send(send(make<Player>(), &Player::partner), &Player::points), 0);
 }
 
-TEST(MessageTest, KeepsTheReceiverAliveForTheCall) {
+TEST(MessageTest, KeepsTheReceiverAliveDuringTheCall) {
   auto player = make<Player>();
   const Weak<Player> seen = player;
   bool aliveInside = false;
   send(player, &Player::act, [&] {
-    player.reset();  // the last reference but the message's own
+    player.reset();  // the call itself holds the only other reference
     aliveInside = !seen.expired();
   });
   EXPECT_TRUE(aliveInside);
@@ -94,18 +94,18 @@ template <class Receiver, class Operation, class... Arguments>
 concept CanSend = requires(const Strong<Receiver>& receiver, Operation operation,
                            Arguments... arguments) { send(receiver, operation, arguments...); };
 
-TEST(MessageTest, WhoseResultIsAReferenceDoesNotCompile) {
+TEST(MessageTest, DoesNotCompileForAResultThatIsAReference) {
   EXPECT_TRUE((CanSend<Player, decltype(&Player::partner)>));
   EXPECT_FALSE((CanSend<Player, decltype(&Player::partnerInPlace)>));
   EXPECT_FALSE((CanSend<Player, decltype(&Player::pointsInPlace)>));
 }
 
-TEST(MessageTest, ToAnObjectWithoutTheOperationDoesNotCompile) {
+TEST(MessageTest, DoesNotCompileForAnObjectWithoutTheOperation) {
   EXPECT_TRUE((CanSend<Keeper, decltype(&Player::points)>));
   EXPECT_FALSE((CanSend<NSObject, decltype(&Player::points)>));
 }
 
-TEST(MessageTest, WithWrongArgumentsDoesNotCompile) {
+TEST(MessageTest, DoesNotCompileForWrongArguments) {
   using Sum = decltype(&Player::sum);
   EXPECT_TRUE((CanSend<Player, Sum, std::int32_t, std::int32_t>));
   EXPECT_FALSE((CanSend<Player, Sum, std::int32_t>));

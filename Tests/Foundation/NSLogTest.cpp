@@ -28,59 +28,59 @@ class NSLogTest : public testing::Test {
   std::vector<std::string> lines;
 };
 
-TEST(FormatLogLineTest, PutsATextForAnObject) {
+TEST(FormatLogLineTest, ReplacesAnObjectSpecifierByText) {
   EXPECT_EQ(formatLogLine("%@!", {"Player"}), "Player!");
 }
 
-TEST(FormatLogLineTest, PutsATextForACString) {
+TEST(FormatLogLineTest, ReplacesAStringSpecifierByText) {
   EXPECT_EQ(formatLogLine("(%s)", {"-[Player run]"}), "(-[Player run])");
 }
 
-TEST(FormatLogLineTest, PutsAnUnsignedNumber) {
+TEST(FormatLogLineTest, ReplacesANumberSpecifierByTheNumber) {
   EXPECT_EQ(formatLogLine("mode: %u", {0U}), "mode: 0");
   EXPECT_EQ(formatLogLine("%u", {std::numeric_limits<std::uint32_t>::max()}), "4294967295");
 }
 
-TEST(FormatLogLineTest, ANegativeNumberShowsAsAnUnsignedOne) {
+TEST(FormatLogLineTest, PrintsANegativeNumberAsUnsigned) {
   EXPECT_EQ(formatLogLine("%u", {static_cast<std::uint32_t>(-1)}), "4294967295");
 }
 
-TEST(FormatLogLineTest, PutsTheArgumentsInTheirOrder) {
+TEST(FormatLogLineTest, UsesTheArgumentsInOrder) {
   EXPECT_EQ(formatLogLine("%@ (%s) mode: %u", {"Content", "-[Content present]", 2U}),
             "Content (-[Content present]) mode: 2");
 }
 
-TEST(FormatLogLineTest, TwoPercentSignsGiveOne) {
+TEST(FormatLogLineTest, ReplacesTwoPercentSignsByOne) {
   EXPECT_EQ(formatLogLine("100%% of %@", {"it"}), "100% of it");
   EXPECT_EQ(formatLogLine("%%@", {}), "%@");
   EXPECT_EQ(formatLogLine("%%%@", {"x"}), "%x");
 }
 
-TEST(FormatLogLineTest, APlaceWithoutAnArgumentStays) {
+TEST(FormatLogLineTest, KeepsASpecifierWithoutAnArgument) {
   EXPECT_EQ(formatLogLine("%@ and %@", {"one"}), "one and %@");
   EXPECT_EQ(formatLogLine("%u", {}), "%u");
 }
 
-TEST(FormatLogLineTest, OtherSpecifiersAndALastPercentSignStay) {
+TEST(FormatLogLineTest, KeepsOtherSpecifiersAndATrailingPercentSign) {
   EXPECT_EQ(formatLogLine("%d %@ 5%", {"x"}), "%d x 5%");
 }
 
-TEST(FormatLogLineTest, WhatLooksLikeAPlaceInAnArgumentStaysAsItIs) {
+TEST(FormatLogLineTest, DoesNotReplaceSpecifiersInsideAnArgument) {
   EXPECT_EQ(formatLogLine("%@ %@", {"%s", "%%"}), "%s %%");
 }
 
-TEST(FormatLogLineTest, TextsMayHoldAnything) {
+TEST(FormatLogLineTest, ATextMayContainAnyByte) {
   EXPECT_EQ(formatLogLine("<%@>", {""}), "<>");
   EXPECT_EQ(formatLogLine("<%@>", {std::string_view("a\0b", 3)}), std::string("<a\0b>", 5));
   EXPECT_EQ(formatLogLine("<%@>", {"größer"}), "<größer>");
 }
 
-TEST_F(NSLogTest, GivesTheLineToTheSink) {
+TEST_F(NSLogTest, PassesTheLineToTheSink) {
   NSLog("%@ (%s): %u%%", "Player", std::string("run"), std::uint32_t{5});
   EXPECT_EQ(lines, std::vector<std::string>{"Player (run): 5%"});
 }
 
-TEST_F(NSLogTest, SettingASinkAnswersTheFormerOne) {
+TEST_F(NSLogTest, SetNSLogSinkReturnsThePreviousSink) {
   const NSLogSink former = setNSLogSink([](std::string_view) {});
   NSLog("lost");
   EXPECT_TRUE(lines.empty());
@@ -103,7 +103,7 @@ TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
   NSLog("%@ is %s", "Player", "ready");
   const std::string written = testing::internal::GetCapturedStderr();
   const std::string process = std::to_string(getpid());
-  // The first thread of a process has its number.
+  // The id of the first thread is the id of the process.
   EXPECT_TRUE(
       std::regex_match(written, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
                                            process + ":" + process + R"(\] Player is ready\n)")))
@@ -118,14 +118,14 @@ TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
       << written;
 }
 
-TEST_F(NSLogTest, WritesALineWithAZeroByteWhole) {
+TEST_F(NSLogTest, WritesALineThatContainsAZeroByte) {
   testing::internal::CaptureStderr();
   writeLogLine(std::string_view("a\0b", 3));
   const std::string written = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(written.ends_with(std::string("] a\0b\n", 6))) << written;
 }
 
-TEST_F(NSLogTest, LinesOfSeveralThreadsStayWhole) {
+TEST_F(NSLogTest, DoesNotMixTheLinesOfSeveralThreads) {
   setNSLogSink(nullptr);
   testing::internal::CaptureStderr();
   const auto work = [] {

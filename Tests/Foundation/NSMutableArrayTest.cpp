@@ -38,7 +38,7 @@ class NSMutableArrayTest : public testing::Test {
     }
   }
 
-  // Walks the guests and runs `work` when the one of that name is told.
+  // Loops over the guests and runs `work` at the guest of that name.
   void walk(const std::string& name, const std::function<void()>& work) {
     for (const Strong<Guest>& guest : *guests) {
       told.push_back(guest->name());
@@ -52,7 +52,7 @@ class NSMutableArrayTest : public testing::Test {
   Told told;
 };
 
-TEST_F(NSMutableArrayTest, HoldsObjectsInTheOrderInWhichTheyWereAdded) {
+TEST_F(NSMutableArrayTest, KeepsTheOrderInWhichObjectsWereAdded) {
   EXPECT_EQ(guests->count(), 3u);
   EXPECT_EQ(guests->objectAtIndex(0)->name(), "Ann");
   EXPECT_EQ(guests->objectAtIndex(2)->name(), "Cid");
@@ -76,18 +76,18 @@ TEST_F(NSMutableArrayTest, FindsTheFirstEqualObject) {
   EXPECT_TRUE(strings->containsObject(NSString::stringWithUTF8String("a").get()));
 }
 
-TEST_F(NSMutableArrayTest, DoesNotFindWhatItDoesNotHold) {
+TEST_F(NSMutableArrayTest, DoesNotFindAnObjectThatItDoesNotContain) {
   EXPECT_EQ(guests->indexOfObject(make<Guest>("Ann").get()), std::nullopt);
   EXPECT_FALSE(guests->containsObject(nullptr));
 }
 
-TEST_F(NSMutableArrayTest, RemovingOneClosesTheGap) {
+TEST_F(NSMutableArrayTest, RemovingAnObjectMovesTheLaterOnesForward) {
   guests->removeObjectAtIndex(1);
   EXPECT_EQ(guests->count(), 2u);
   EXPECT_EQ(guests->objectAtIndex(1)->name(), "Cid");
 }
 
-TEST_F(NSMutableArrayTest, IsWholeAgainWhenARemovedObjectDies) {
+TEST_F(NSMutableArrayTest, IsConsistentWhenARemovedObjectIsDestroyed) {
   std::size_t countedByTheDying = 99;
   guests->addObject(make<Guest>("Dan", [&] { countedByTheDying = guests->count(); }));
   guests->removeObjectAtIndex(3);
@@ -97,47 +97,47 @@ TEST_F(NSMutableArrayTest, IsWholeAgainWhenARemovedObjectDies) {
   EXPECT_EQ(countedByTheDying, 0u);
 }
 
-TEST_F(NSMutableArrayTest, AWalkTellsEachInOrder) {
+TEST_F(NSMutableArrayTest, ALoopVisitsTheObjectsInOrder) {
   walk("", [] {});
   EXPECT_EQ(told, (Told{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSMutableArrayTest, AWalkOverAnEmptyArrayTellsNobody) {
+TEST_F(NSMutableArrayTest, ALoopOverAnEmptyArrayVisitsNothing) {
   guests->removeAllObjects();
   walk("", [] {});
   EXPECT_TRUE(told.empty());
 }
 
-TEST_F(NSMutableArrayTest, AddingDuringAWalkRaises) {
+TEST_F(NSMutableArrayTest, AddingDuringALoopThrows) {
   EXPECT_THROW(walk("Ann", [this] { guests->addObject(make<Guest>("Dan")); }),
                NSCollectionMutatedError);
   EXPECT_EQ(told, Told{"Ann"});
 }
 
-TEST_F(NSMutableArrayTest, RemovingDuringAWalkRaises) {
+TEST_F(NSMutableArrayTest, RemovingDuringALoopThrows) {
   EXPECT_THROW(walk("Bob", [this] { guests->removeObjectAtIndex(0); }), NSCollectionMutatedError);
   EXPECT_EQ(told, (Told{"Ann", "Bob"}));
 }
 
-TEST_F(NSMutableArrayTest, EmptyingDuringAWalkRaises) {
+TEST_F(NSMutableArrayTest, RemovingAllDuringALoopThrows) {
   EXPECT_THROW(walk("Ann", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, AddingWhileTheLastIsToldRaises) {
+TEST_F(NSMutableArrayTest, AddingAtTheLastObjectThrows) {
   EXPECT_THROW(walk("Cid", [this] { guests->addObject(make<Guest>("Dan")); }),
                NSCollectionMutatedError);
   EXPECT_EQ(told, (Told{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSMutableArrayTest, RemovingTheLastWhileItIsToldRaises) {
+TEST_F(NSMutableArrayTest, RemovingTheLastObjectDuringItsVisitThrows) {
   EXPECT_THROW(walk("Cid", [this] { guests->removeObjectAtIndex(2); }), NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, EmptyingWhileTheLastIsToldRaises) {
+TEST_F(NSMutableArrayTest, RemovingAllAtTheLastObjectThrows) {
   EXPECT_THROW(walk("Cid", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, AChangeThatIsUndoneDuringTheWalkRaisesAllTheSame) {
+TEST_F(NSMutableArrayTest, AChangeThatIsUndoneDuringTheLoopThrows) {
   EXPECT_THROW(walk("Ann",
                     [this] {
                       guests->addObject(make<Guest>("Dan"));
@@ -146,7 +146,7 @@ TEST_F(NSMutableArrayTest, AChangeThatIsUndoneDuringTheWalkRaisesAllTheSame) {
                NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, AskingDuringAWalkIsNoChange) {
+TEST_F(NSMutableArrayTest, ReadingDuringALoopIsNoChange) {
   walk("Ann", [this] {
     EXPECT_FALSE(guests->containsObject(make<Guest>("Ann").get()));
     EXPECT_EQ(guests->count(), 3u);
@@ -154,19 +154,19 @@ TEST_F(NSMutableArrayTest, AskingDuringAWalkIsNoChange) {
   EXPECT_EQ(told.size(), 3u);
 }
 
-TEST_F(NSMutableArrayTest, EmptyingAnEmptyArrayIsNoChange) {
+TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayIsNoChange) {
   const auto empty = NSMutableArray<Guest>::array();
   auto position = empty->begin();
   empty->removeAllObjects();
   EXPECT_NO_THROW(++position);
 }
 
-TEST_F(NSMutableArrayTest, AWalkInsideAWalkIsNoChange) {
+TEST_F(NSMutableArrayTest, ANestedLoopIsNoChange) {
   walk("Bob", [this] { walk("", [] {}); });
   EXPECT_EQ(told, (Told{"Ann", "Bob", "Ann", "Bob", "Cid", "Cid"}));
 }
 
-TEST_F(NSMutableArrayTest, AChangeAfterAWalkHasBeenBrokenOffIsNoError) {
+TEST_F(NSMutableArrayTest, AChangeAfterABreakIsNoError) {
   for (const Strong<Guest>& guest : *guests) {
     told.push_back(guest->name());
     guests->removeAllObjects();
@@ -175,7 +175,7 @@ TEST_F(NSMutableArrayTest, AChangeAfterAWalkHasBeenBrokenOffIsNoError) {
   EXPECT_EQ(told, Told{"Ann"});
 }
 
-TEST_F(NSMutableArrayTest, AnElementLivesWhileItIsTold) {
+TEST_F(NSMutableArrayTest, ALoopKeepsTheVisitedObjectAlive) {
   const Weak<Guest> first = guests->objectAtIndex(0);
   bool alive = false;
   EXPECT_THROW(walk("Ann",
@@ -188,7 +188,7 @@ TEST_F(NSMutableArrayTest, AnElementLivesWhileItIsTold) {
   EXPECT_TRUE(first.expired());
 }
 
-TEST_F(NSMutableArrayTest, TheErrorSaysWhatHappened) {
+TEST_F(NSMutableArrayTest, TheErrorHasAMessage) {
   try {
     walk("Ann", [this] { guests->removeAllObjects(); });
     FAIL() << "nothing was raised";

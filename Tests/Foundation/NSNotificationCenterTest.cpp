@@ -19,7 +19,7 @@ NSNotificationCenter& center() { return NSNotificationCenter::defaultCenter(); }
 
 class Door final : public Class<Door, "Door"> {};
 
-/// Who stands at the door: notes what it hears and may do something about it.
+/// An observer. It records each notification and may run some work on it.
 class Listener final : public Class<Listener, "Listener"> {
  public:
   Listener(std::vector<std::string>& heard, std::string name)
@@ -67,19 +67,19 @@ class NSNotificationCenterTest : public testing::Test {
   Strong<Listener> cid = listener("Cid");
 };
 
-TEST_F(NSNotificationCenterTest, TellsNobodyWhereNobodyIsRegistered) {
+TEST_F(NSNotificationCenterTest, APostWithoutObserversDoesNothing) {
   post();
   EXPECT_TRUE(heard.empty());
 }
 
-TEST_F(NSNotificationCenterTest, TellsInsideThePost) {
+TEST_F(NSNotificationCenterTest, DeliversInsideThePost) {
   observe(ann);
   EXPECT_TRUE(heard.empty());
   post();
   EXPECT_EQ(heard, Heard{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, TellsNameAndObject) {
+TEST_F(NSNotificationCenterTest, DeliversNameAndObject) {
   const auto door = make<Door>();
   observe(ann);
   post(kDoorOpened, door);
@@ -87,7 +87,7 @@ TEST_F(NSNotificationCenterTest, TellsNameAndObject) {
   EXPECT_EQ(ann->object, door);
 }
 
-TEST_F(NSNotificationCenterTest, TellsOnThePostingThread) {
+TEST_F(NSNotificationCenterTest, DeliversOnThePostingThread) {
   std::thread::id told;
   ann->reaction = [&told] { told = std::this_thread::get_id(); };
   observe(ann);
@@ -97,7 +97,7 @@ TEST_F(NSNotificationCenterTest, TellsOnThePostingThread) {
   EXPECT_EQ(told, posting);
 }
 
-TEST_F(NSNotificationCenterTest, TellsInTheOrderOfRegistration) {
+TEST_F(NSNotificationCenterTest, DeliversInTheOrderOfRegistration) {
   observe(bob);
   observe(ann);
   observe(cid);
@@ -105,7 +105,7 @@ TEST_F(NSNotificationCenterTest, TellsInTheOrderOfRegistration) {
   EXPECT_EQ(heard, (Heard{"Bob", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, ObserverRegisteredTwiceHearsTwice) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRegisteredTwiceReceivesTwice) {
   observe(ann);
   observe(bob);
   observe(ann);
@@ -120,7 +120,7 @@ TEST_F(NSNotificationCenterTest, EachRegistrationHasItsOwnSelector) {
   EXPECT_EQ(heard, (Heard{"Ann", "Ann again"}));
 }
 
-TEST_F(NSNotificationCenterTest, TellsOnlyOfTheNameRegisteredFor) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   observe(ann, kDoorClosed);
   post(kDoorOpened);
   EXPECT_TRUE(heard.empty());
@@ -128,7 +128,7 @@ TEST_F(NSNotificationCenterTest, TellsOnlyOfTheNameRegisteredFor) {
   EXPECT_EQ(heard, Heard{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, TellsOnlyOfTheObjectRegisteredFor) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
   const auto front = make<Door>();
   observe(ann, kDoorOpened, front);
   observe(bob);
@@ -139,7 +139,7 @@ TEST_F(NSNotificationCenterTest, TellsOnlyOfTheObjectRegisteredFor) {
   EXPECT_EQ(heard, (Heard{"Bob", "Bob", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoIsAddedMeanwhileWaitsForTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNextOne) {
   ann->reaction = [this] {
     observe(cid);
     ann->reaction = nullptr;
@@ -153,14 +153,14 @@ TEST_F(NSNotificationCenterTest, OneWhoIsAddedMeanwhileWaitsForTheNextPost) {
   EXPECT_EQ(heard, (Heard{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoIsAddedByTheLastWaitsToo) {
+TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsReceivesTheNextOne) {
   ann->reaction = [this] { observe(bob); };
   observe(ann);
   post();
   EXPECT_EQ(heard, Heard{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoIsRemovedMeanwhileDoesNotHear) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedDuringAPostDoesNotReceiveIt) {
   ann->reaction = [this] { center().removeObserver(bob.get()); };
   for (const auto& who : {ann, bob, cid}) {
     observe(who);
@@ -169,7 +169,7 @@ TEST_F(NSNotificationCenterTest, OneWhoIsRemovedMeanwhileDoesNotHear) {
   EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoRemovesItselfLeavesTheOthersInPlace) {
+TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOthers) {
   bob->reaction = [this] { center().removeObserver(bob.get()); };
   for (const auto& who : {ann, bob, cid}) {
     observe(who);
@@ -179,7 +179,7 @@ TEST_F(NSNotificationCenterTest, OneWhoRemovesItselfLeavesTheOthersInPlace) {
   EXPECT_EQ(heard, (Heard{"Ann", "Bob", "Cid", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoIsRemovedAndAddedMeanwhileWaitsForTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostReceivesTheNextOne) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     center().removeObserver(bob.get());
@@ -193,7 +193,7 @@ TEST_F(NSNotificationCenterTest, OneWhoIsRemovedAndAddedMeanwhileWaitsForTheNext
   EXPECT_EQ(heard, (Heard{"Ann", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, RemovingTakesAllRegistrationsOfTheObserver) {
+TEST_F(NSNotificationCenterTest, RemoveObserverRemovesAllItsRegistrations) {
   observe(ann);
   observe(ann, kDoorClosed);
   observe(ann, kDoorOpened, make<Door>());
@@ -206,7 +206,7 @@ TEST_F(NSNotificationCenterTest, RemovingTakesAllRegistrationsOfTheObserver) {
   EXPECT_EQ(heard, Heard{"Bob"});
 }
 
-TEST_F(NSNotificationCenterTest, RemovingNobodyOrAStrangerDoesNothing) {
+TEST_F(NSNotificationCenterTest, RemovingNullOrAnUnregisteredObserverDoesNothing) {
   observe(ann);
   center().removeObserver(nullptr);
   center().removeObserver(bob.get());
@@ -214,7 +214,7 @@ TEST_F(NSNotificationCenterTest, RemovingNobodyOrAStrangerDoesNothing) {
   EXPECT_EQ(heard, Heard{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, RegisteringNobodyDoesNothing) {
+TEST_F(NSNotificationCenterTest, RegisteringNullDoesNothing) {
   observe(nullptr);
   post();
   EXPECT_TRUE(heard.empty());
@@ -229,7 +229,7 @@ TEST_F(NSNotificationCenterTest, ObserversAreNotKeptAlive) {
   EXPECT_TRUE(heard.empty());
 }
 
-TEST_F(NSNotificationCenterTest, ObserverLivesWhileItIsTold) {
+TEST_F(NSNotificationCenterTest, DeliveryKeepsTheObserverAlive) {
   const Weak<Listener> seen = ann;
   bool alive = false;
   ann->reaction = [&] {
@@ -244,7 +244,7 @@ TEST_F(NSNotificationCenterTest, ObserverLivesWhileItIsTold) {
   EXPECT_EQ(heard, (Heard{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, OneWhoDeletesTheNextLeavesTheOthersInPlace) {
+TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextDoesNotAffectOthers) {
   ann->reaction = [this] { bob.reset(); };
   for (const auto& who : {ann, bob, cid}) {
     observe(who);
@@ -253,7 +253,7 @@ TEST_F(NSNotificationCenterTest, OneWhoDeletesTheNextLeavesTheOthersInPlace) {
   EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, APostInsideAPostIsToldAtOnce) {
+TEST_F(NSNotificationCenterTest, ANestedPostIsDeliveredAtOnce) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     post(kDoorClosed);
@@ -265,7 +265,7 @@ TEST_F(NSNotificationCenterTest, APostInsideAPostIsToldAtOnce) {
   EXPECT_EQ(heard, (Heard{"Ann", "Cid", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, RemovalInANestedPostHoldsForTheOuterOne) {
+TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     cid->reaction = [this] { center().removeObserver(bob.get()); };
@@ -278,7 +278,7 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostHoldsForTheOuterOne) {
   EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatRaisesEndsThePostAndNothingElse) {
+TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsOnlyThePost) {
   ann->reaction = [] { throw std::runtime_error("stop"); };
   observe(ann);
   observe(bob);
@@ -289,7 +289,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatRaisesEndsThePostAndNothingElse) 
   EXPECT_EQ(heard, (Heard{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, IsUsedFromSeveralThreadsAtOnce) {
+TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseItAtOnce) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
       std::vector<std::string> own;

@@ -77,14 +77,14 @@ TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenPool) {
   EXPECT_EQ(noted, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
 }
 
-TEST_F(NSRunLoopTest, WhatATimerSubmitsRunsInTheSamePass) {
+TEST_F(NSRunLoopTest, WorkThatATimerSubmitsRunsInTheSamePass) {
   schedule(0.1, [this] { dispatch("main queue"); });
   letTimePass(0.1);
   loop.pump();
   EXPECT_EQ(noted, std::vector<std::string>{"main queue"});
 }
 
-TEST_F(NSRunLoopTest, APassAnswersWhetherItDidAnything) {
+TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
   EXPECT_FALSE(loop.pump());
   dispatch("work");
   EXPECT_TRUE(loop.pump());
@@ -103,7 +103,7 @@ TEST_F(NSRunLoopTest, APassDoesNotWait) {
   EXPECT_EQ(platform.now(), 0);
 }
 
-TEST_F(NSRunLoopTest, TheMainQueueAndTheWindowSystemAreServedInAllModes) {
+TEST_F(NSRunLoopTest, EveryModeServesTheMainQueueAndTheWindowSystem) {
   for (const NSRunLoopMode mode : kModes) {
     dispatch("work");
     events.put(note("event"));
@@ -147,7 +147,7 @@ TEST_F(NSRunLoopTest, ATimerThatMissedItsTimeInAnotherModeFiresWhenItsModeRuns) 
   EXPECT_EQ(ticker->ticks(), 1);
 }
 
-TEST_F(NSRunLoopTest, ThereIsNothingToAddOfNoTimerOrAnInvalidOne) {
+TEST_F(NSRunLoopTest, AddingNullOrAnInvalidTimerDoesNothing) {
   const auto timer = schedule(0.1, make<Ticker>());
   timer->invalidate();
   loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
@@ -155,7 +155,7 @@ TEST_F(NSRunLoopTest, ThereIsNothingToAddOfNoTimerOrAnInvalidOne) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSRunLoopTest, TheModeIsLookedAtBeforeEachPass) {
+TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
   schedule(0.1, [this] { loop.setMode(NSModalPanelRunLoopMode); });
   schedule(0.2, note("default mode"));
   const auto timer = schedule(0.3, note("both modes"));
@@ -175,7 +175,7 @@ TEST_F(NSRunLoopTest, WaitsForTheNextTimerOfTheMode) {
   const auto timer = schedule(0.5, note("default mode"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.5);
-  EXPECT_TRUE(noted.empty());  // it has only waited
+  EXPECT_TRUE(noted.empty());  // the timer fires in the next pass
 }
 
 TEST_F(NSRunLoopTest, DoesNotWaitForATimerOfAnotherMode) {
@@ -225,7 +225,7 @@ TEST_F(NSRunLoopTest, AWakeUpEndsOneVirtualWait) {
   EXPECT_EQ(clock.now(), 0);
 }
 
-TEST_F(NSRunLoopTest, VirtualTimeMovesStraightToTheNextDeadline) {
+TEST_F(NSRunLoopTest, VirtualTimeJumpsToTheNextDeadline) {
   std::vector<double> times;
   for (const double seconds : {3.5, 1'000'000.0, 0.25}) {
     schedule(seconds, [&] { times.push_back(platform.now()); });
@@ -234,16 +234,16 @@ TEST_F(NSRunLoopTest, VirtualTimeMovesStraightToTheNextDeadline) {
   EXPECT_EQ(times, (std::vector<double>{0.25, 3.5, 1'000'000.0}));
 }
 
-TEST_F(NSRunLoopTest, AVirtualWaitWithNothingScheduledRaises) {
+TEST_F(NSRunLoopTest, AVirtualWaitWithNothingScheduledThrows) {
   EXPECT_THROW(loop.runUntil([] { return false; }), NothingToWaitFor);
   EXPECT_THROW(loop.runModeBeforeDate(NSDefaultRunLoopMode, kNever), NothingToWaitFor);
 }
 
-TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitTellsWhatIsPending) {
+TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
   schedule(0.5, make<Ticker>());
   try {
     loop.runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
-    FAIL() << "nothing was raised";
+    FAIL() << "the wait did not throw";
   } catch (const NothingToWaitFor& error) {
     const std::string text = error.what();
     EXPECT_NE(text.find("timers: 1"), std::string::npos) << text;
@@ -253,12 +253,12 @@ TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitTellsWhatIsPending) {
   }
 }
 
-TEST_F(NSRunLoopTest, TheErrorTellsOfATimerThatFiresNow) {
+TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
   std::string text;
   schedule(
       0.5,
       [&] {
-        // A nested loop of the timer's own mode, which the timer itself cannot end.
+        // A nested loop in the timer's mode: the firing timer cannot end it.
         try {
           loop.runUntil([] { return false; });
         } catch (const NothingToWaitFor& error) {
@@ -279,7 +279,7 @@ TEST_F(NSRunLoopTest, RunsUntilTheDateAndNoLonger) {
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(NSRunLoopTest, RunsUntilADateAndWhatIsDueThen) {
+TEST_F(NSRunLoopTest, RunsTheWorkThatIsDueAtTheDate) {
   schedule(1.0, [this] {
     dispatch_async(dispatch_get_main_queue(), [this] { dispatch("work of work"); });
   });
@@ -287,21 +287,21 @@ TEST_F(NSRunLoopTest, RunsUntilADateAndWhatIsDueThen) {
   EXPECT_EQ(noted, std::vector<std::string>{"work of work"});
 }
 
-TEST_F(NSRunLoopTest, RunningUntilADateEndsAlsoWhereATimerIsAlwaysLate) {
+TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
   const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
   schedule(0.1, slow, Repeats::Yes);
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(slow->ticks(), 5);  // the last for 0.9, as late as 1.1
+  EXPECT_EQ(slow->ticks(), 5);  // the last one was due at 0.9 s and fired at 1.1 s
 }
 
-TEST_F(NSRunLoopTest, RunningUntilADateThatHasPassedRunsWhatIsDueNow) {
+TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
   letTimePass(1);
   dispatch("work");
   loop.runUntilDate(0);
   EXPECT_EQ(noted, std::vector<std::string>{"work"});
 }
 
-TEST_F(NSRunLoopTest, RunsUntilToldThatItIsDone) {
+TEST_F(NSRunLoopTest, RunsUntilTheFunctionReturnsTrue) {
   bool done = false;
   schedule(1.0, [&done] { done = true; });
   schedule(2.0, note("too late"));
@@ -310,7 +310,7 @@ TEST_F(NSRunLoopTest, RunsUntilToldThatItIsDone) {
   EXPECT_TRUE(noted.empty());
 }
 
-TEST_F(NSRunLoopTest, TellsTheNextDeadlineOfItsMode) {
+TEST_F(NSRunLoopTest, NextDeadlineIsThatOfTheLoopsMode) {
   EXPECT_EQ(loop.nextDeadline(), kNever);
   schedule(0.5, note("timer"));
   dispatch("work", 0.7);
@@ -320,7 +320,7 @@ TEST_F(NSRunLoopTest, TellsTheNextDeadlineOfItsMode) {
   loop.setMode(NSDefaultRunLoopMode);
 }
 
-TEST_F(NSRunLoopTest, ATimerThatRaisesLeavesTheLoopUsable) {
+TEST_F(NSRunLoopTest, TheLoopIsUsableAfterATimerThrows) {
   bool raises = true;
   const auto timer = schedule(
       0.1,
@@ -352,7 +352,7 @@ TEST_F(NSRunLoopTest, ANewClockInvalidatesTheTimersOfTheOldOne) {
 
 TEST_F(NSRunLoopTest, HasNoDescriptorInVirtualTime) { EXPECT_EQ(loop.descriptor(), -1); }
 
-TEST_F(NSRunLoopTest, VirtualTimeStandsStillWhileThereIsWork) {
+TEST_F(NSRunLoopTest, VirtualTimeDoesNotAdvanceWhileThereIsWork) {
   for (int number = 0; number < 100; ++number) {
     dispatch("work");
     loop.pump();

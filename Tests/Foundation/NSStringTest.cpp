@@ -32,19 +32,19 @@ void expectValues(const std::vector<Case>& cases) {
   }
 }
 
-TEST(NSStringTest, HoldsItsText) {
+TEST(NSStringTest, ReturnsItsText) {
   const auto string = NSString::stringWithUTF8String("größer");
   EXPECT_EQ(string->UTF8String(), "größer");
   EXPECT_EQ(string->length(), 8u);
 }
 
-TEST(NSStringTest, HoldsZeroBytes) {
+TEST(NSStringTest, MayContainZeroBytes) {
   const auto string = NSString::stringWithUTF8String(std::string_view("a\0b", 3));
   EXPECT_EQ(string->length(), 3u);
   EXPECT_FALSE(string->isEqualToString("a"));
 }
 
-TEST(NSStringTest, EqualsTheSameTextWhereCaseCounts) {
+TEST(NSStringTest, EqualityIsCaseSensitive) {
   const auto string = NSString::stringWithUTF8String("skip");
   EXPECT_TRUE(string->isEqualToString("skip"));
   EXPECT_FALSE(string->isEqualToString("Skip"));
@@ -52,7 +52,7 @@ TEST(NSStringTest, EqualsTheSameTextWhereCaseCounts) {
   EXPECT_FALSE(string->isEqualToString(""));
 }
 
-TEST(NSStringTest, EqualsAnotherStringByItsTextAndNoOtherObject) {
+TEST(NSStringTest, EqualsOnlyStringsWithTheSameText) {
   const auto string = NSString::stringWithUTF8String("5");
   EXPECT_TRUE(string->isEqual(NSString::stringWithUTF8String("5").get()));
   EXPECT_FALSE(string->isEqual(NSString::stringWithUTF8String("6").get()));
@@ -60,7 +60,7 @@ TEST(NSStringTest, EqualsAnotherStringByItsTextAndNoOtherObject) {
   EXPECT_FALSE(string->isEqual(nullptr));
 }
 
-TEST(FloatValueTest, OfADecimalNumber) {
+TEST(FloatValueTest, ReadsADecimalNumber) {
   expectValues({{"5", 5.F},
                 {"0.1", 0.1F},
                 {"12.5", 12.5F},
@@ -71,11 +71,11 @@ TEST(FloatValueTest, OfADecimalNumber) {
                 {"16777217", 16777216.F}});
 }
 
-TEST(FloatValueTest, OfASignedNumber) {
+TEST(FloatValueTest, ReadsASign) {
   expectValues({{"+5", 5.F}, {"-5", -5.F}, {"-.5", -0.5F}, {"+.5e1", 5.F}});
 }
 
-TEST(FloatValueTest, OfANumberWithAnExponent) {
+TEST(FloatValueTest, ReadsAnExponent) {
   expectValues({{"5e2", 500.F},
                 {"5E2", 500.F},
                 {"5e+2", 500.F},
@@ -88,7 +88,7 @@ TEST(FloatValueTest, SkipsLeadingWhiteSpace) {
   expectValues({{" 5", 5.F}, {"\t\n\v\f\r 5", 5.F}, {"   -5", -5.F}});
 }
 
-TEST(FloatValueTest, DoesNotSkipWhatOnlyLooksLikeWhiteSpace) {
+TEST(FloatValueTest, DoesNotSkipOtherBlankCharacters) {
   expectValues({{std::string_view("\0"
                                   "5",
                                   2),
@@ -121,7 +121,7 @@ TEST(FloatValueTest, EndsAtAZeroByte) {
                 {std::string_view("5\0", 2), 5.F}});
 }
 
-TEST(FloatValueTest, OfNoNumberIsZero) {
+TEST(FloatValueTest, IsZeroWithoutANumber) {
   expectValues({{"", 0.F},
                 {" ", 0.F},
                 {"abc", 0.F},
@@ -139,13 +139,13 @@ TEST(FloatValueTest, OfNoNumberIsZero) {
                 {"\xd9\xa5", 0.F}});
 }
 
-TEST(FloatValueTest, OfNoNumberHasNoSign) {
+TEST(FloatValueTest, IsPositiveZeroWithoutANumber) {
   EXPECT_FALSE(std::signbit(floatValue("-")));
   EXPECT_FALSE(std::signbit(floatValue("-abc")));
   EXPECT_TRUE(std::signbit(floatValue("-0")));
 }
 
-TEST(FloatValueTest, OfAWordIsZero) {
+TEST(FloatValueTest, IsZeroForAWord) {
   expectValues({{"nan", 0.F},
                 {"NaN", 0.F},
                 {"nan(5)", 0.F},
@@ -156,11 +156,11 @@ TEST(FloatValueTest, OfAWordIsZero) {
                 {"true", 0.F}});
 }
 
-TEST(FloatValueTest, OfHexadecimalIsTheZeroBeforeTheX) {
+TEST(FloatValueTest, ReadsOnlyTheZeroOfAHexadecimalNumber) {
   expectValues({{"0x10", 0.F}, {"0X1p3", 0.F}, {"-0x10", 0.F}, {"1p3", 1.F}, {"0b11", 0.F}});
 }
 
-TEST(FloatValueTest, OutOfRangeIsInfinity) {
+TEST(FloatValueTest, IsInfinityIfTheNumberIsTooLarge) {
   expectValues({{"1e39", kInfinity},
                 {"-1e39", -kInfinity},
                 {"3.5e38", kInfinity},
@@ -170,7 +170,7 @@ TEST(FloatValueTest, OutOfRangeIsInfinity) {
                 {"-00012e38", -kInfinity}});
 }
 
-TEST(FloatValueTest, TooSmallIsZero) {
+TEST(FloatValueTest, IsZeroIfTheNumberIsTooSmall) {
   expectValues({{"1e-46", 0.F},
                 {"1e-999999999999999999999", 0.F},
                 {"-1e-50", 0.F},
@@ -179,11 +179,11 @@ TEST(FloatValueTest, TooSmallIsZero) {
                 {"1e-9223372036854775808", 0.F}});
 }
 
-TEST(FloatValueTest, OfZeroIsZeroWhateverItsExponent) {
+TEST(FloatValueTest, IsZeroForZeroWithAnyExponent) {
   expectValues({{"0e99", 0.F}, {"0.000e999999999999999999999", 0.F}, {"0e-99", 0.F}});
 }
 
-TEST(FloatValueTest, HoldsAtTheEdgesOfTheRange) {
+TEST(FloatValueTest, IsExactAtTheLimitsOfTheRange) {
   expectValues({{"3.40282346638528859811704183484516925440e38", std::numeric_limits<float>::max()},
                 {"1.17549435e-38", std::numeric_limits<float>::min()},
                 {"1e-45", std::numeric_limits<float>::denorm_min()},
@@ -192,13 +192,13 @@ TEST(FloatValueTest, HoldsAtTheEdgesOfTheRange) {
 }
 
 TEST(FloatValueTest, RoundsOnceToSinglePrecision) {
-  // Rounded to double first, the first of these would come out as 1.
+  // If the first number were rounded to double first, the result would be 1.
   expectValues({{"1.000000059604644775390625000000000000001", 1.00000012F},
                 {"1.00000005960464477539062", 1.F},
                 {"0.1", 0.1F}});
 }
 
-TEST(FloatValueTest, TakesAnyNumberOfDigits) {
+TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   const std::string zeros(5000, '0');
   EXPECT_EQ(floatValue("1" + zeros), kInfinity);
   EXPECT_EQ(floatValue("-1" + zeros), -kInfinity);
@@ -209,7 +209,7 @@ TEST(FloatValueTest, TakesAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// Decimal commas, as a host's process may have them.
+/// A locale with decimal commas. A host's process may have one.
 class CommaLocale {
  public:
   CommaLocale() : streams_(std::locale::global(std::locale(std::locale(), new Comma))) {}
@@ -221,7 +221,7 @@ class CommaLocale {
     unsetenv("LOCPATH");
   }
 
-  // Sets a German C locale; builds one where the system has none.
+  // Sets a German C locale. Builds one if the system has none.
   static bool setForC() {
     if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
       const std::string folder = testing::TempDir();

@@ -14,7 +14,7 @@ namespace {
 
 class NSTimerTest : public VirtualTest {
  protected:
-  // A timer that notes its name when it fires.
+  // A timer that records its name when it fires.
   Strong<NSTimer> named(const std::string& name, double seconds, Repeats repeats = Repeats::No) {
     return schedule(
         seconds, [this, name] { fired.push_back(name); }, repeats);
@@ -62,7 +62,7 @@ TEST_F(NSTimerTest, TimersThatAreDueFireEarliestFirst) {
   EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
 }
 
-TEST_F(NSTimerTest, TiesFireInTheOrderOfScheduling) {
+TEST_F(NSTimerTest, TimersWithEqualFireDatesFireInTheOrderOfScheduling) {
   named("first", 0.2);
   letTimePass(0.1);
   named("second", 0.1);
@@ -71,7 +71,7 @@ TEST_F(NSTimerTest, TiesFireInTheOrderOfScheduling) {
   EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
 }
 
-TEST_F(NSTimerTest, TiesOfRepeatingTimersKeepTheOrderOfScheduling) {
+TEST_F(NSTimerTest, RepeatingTimersWithEqualFireDatesKeepTheOrderOfScheduling) {
   named("first", 0.1, Repeats::Yes);
   named("second", 0.2, Repeats::Yes);
   platform.run(0.2);
@@ -86,7 +86,7 @@ TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
 }
 
-TEST_F(NSTimerTest, TheNextFireDateLiesAfterNowEvenWhenNowIsOne) {
+TEST_F(NSTimerTest, TheNextFireDateIsAfterNowEvenIfNowIsAFireDate) {
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   letTimePass(0.3);
   platform.runDue();
@@ -101,7 +101,7 @@ TEST_F(NSTimerTest, PhaseDoesNotDriftOverManyFirings) {
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(1000.1));
 }
 
-TEST_F(NSTimerTest, TheNextFireDateIsFixedBeforeTheTargetIsCalled) {
+TEST_F(NSTimerTest, TheNextFireDateIsSetBeforeTheTargetIsCalled) {
   Nanoseconds inside = 0;
   const auto slow = make<Ticker>([&inside](NSTimer& timer) {
     letTimePass(0.25);
@@ -124,7 +124,7 @@ TEST_F(NSTimerTest, FiresOnceAPassHoweverSlowItsTargetIs) {
   EXPECT_EQ(slow->ticks(), 2);
 }
 
-TEST_F(NSTimerTest, WhatComesDueDuringAPassWaitsForTheNext) {
+TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNext) {
   schedule(0.1, [this] {
     named("inside", 0.01);
     letTimePass(1);
@@ -137,7 +137,7 @@ TEST_F(NSTimerTest, WhatComesDueDuringAPassWaitsForTheNext) {
   EXPECT_EQ(fired, (std::vector<std::string>{"inside", "later"}));
 }
 
-TEST_F(NSTimerTest, InvalidatedByAnEarlierOneInThePassDoesNotFire) {
+TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
   Strong<NSTimer> second;
   schedule(0.1, [&second] { second->invalidate(); });
   second = named("second", 0.2);
@@ -146,7 +146,7 @@ TEST_F(NSTimerTest, InvalidatedByAnEarlierOneInThePassDoesNotFire) {
   EXPECT_TRUE(fired.empty());
 }
 
-TEST_F(NSTimerTest, DoesNotFireInsideItselfInANestedLoop) {
+TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
   int depth = 0;
   int deepest = 0;
   const auto nesting = make<Ticker>([&](NSTimer&) {
@@ -161,11 +161,11 @@ TEST_F(NSTimerTest, DoesNotFireInsideItselfInANestedLoop) {
   EXPECT_EQ(deepest, 1);
   EXPECT_EQ(nesting->ticks(), 1);
   EXPECT_EQ(fired, std::vector<std::string>{"other"});
-  loop.pump();  // after it has returned it fires again
+  loop.pump();  // the call has returned, so the timer fires again
   EXPECT_EQ(nesting->ticks(), 2);
 }
 
-TEST_F(NSTimerTest, IsInvalidFromItsOnlyFiringOn) {
+TEST_F(NSTimerTest, IsInvalidDuringAndAfterItsOnlyFiring) {
   bool validInside = true;
   const auto once = make<Ticker>([&](NSTimer& timer) { validInside = timer.isValid(); });
   const auto timer = schedule(0.1, once);
@@ -176,7 +176,7 @@ TEST_F(NSTimerTest, IsInvalidFromItsOnlyFiringOn) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSTimerTest, KeepsItsTargetUntilItHasFiredItsOnlyTime) {
+TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItsOnlyFiring) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker);
   ticker.reset();
@@ -185,7 +185,7 @@ TEST_F(NSTimerTest, KeepsItsTargetUntilItHasFiredItsOnlyTime) {
   EXPECT_TRUE(target.expired());
 }
 
-TEST_F(NSTimerTest, KeepsItsTargetUntilItIsInvalidated) {
+TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItIsInvalidated) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   ticker.reset();
@@ -196,7 +196,7 @@ TEST_F(NSTimerTest, KeepsItsTargetUntilItIsInvalidated) {
   EXPECT_EQ(timer->target(), nullptr);
 }
 
-TEST_F(NSTimerTest, InvalidatedByItsOwnTargetFiresNoMore) {
+TEST_F(NSTimerTest, DoesNotFireAgainAfterItsTargetInvalidatesIt) {
   Weak<Ticker> target;
   bool aliveInside = false;
   {
@@ -213,7 +213,7 @@ TEST_F(NSTimerTest, InvalidatedByItsOwnTargetFiresNoMore) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSTimerTest, InvalidatingTwiceDoesNothingMore) {
+TEST_F(NSTimerTest, InvalidatingTwiceDoesNothing) {
   const auto timer = schedule(0.1, ticker);
   timer->invalidate();
   timer->invalidate();
@@ -221,7 +221,7 @@ TEST_F(NSTimerTest, InvalidatingTwiceDoesNothingMore) {
   EXPECT_EQ(ticker->ticks(), 0);
 }
 
-TEST_F(NSTimerTest, AnIntervalOfNothingCountsAsATenthOfAMillisecond) {
+TEST_F(NSTimerTest, AnIntervalOfZeroMeansATenthOfAMillisecond) {
   for (const double seconds : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
     const auto timer = schedule(seconds, ticker);
     EXPECT_EQ(timer->fireDate(), 100'000);
@@ -229,19 +229,19 @@ TEST_F(NSTimerTest, AnIntervalOfNothingCountsAsATenthOfAMillisecond) {
   }
 }
 
-TEST_F(NSTimerTest, AnIntervalIsRoundedToNanosecondsButNotToNothing) {
+TEST_F(NSTimerTest, AnIntervalIsRoundedToAtLeastOneNanosecond) {
   EXPECT_EQ(schedule(0.1, ticker)->fireDate(), 100'000'000);
   EXPECT_EQ(schedule(1.6e-9, ticker)->fireDate(), 2);
   EXPECT_EQ(schedule(1e-12, ticker)->fireDate(), 1);
 }
 
-TEST_F(NSTimerTest, AnEndlessIntervalNeverEnds) {
+TEST_F(NSTimerTest, NeverFiresWithAnInfiniteInterval) {
   EXPECT_EQ(schedule(std::numeric_limits<double>::infinity(), ticker)->fireDate(), kNever);
   platform.run(1e6);
   EXPECT_EQ(ticker->ticks(), 0);
 }
 
-TEST_F(NSTimerTest, OnAThreadWithoutARunLoopIsMadeAndNeverFires) {
+TEST_F(NSTimerTest, NeverFiresOnAThreadWithoutARunLoop) {
   Strong<NSTimer> timer;
   std::thread([&] { timer = schedule(0.1, ticker); }).join();
   EXPECT_TRUE(timer->isValid());
@@ -250,7 +250,7 @@ TEST_F(NSTimerTest, OnAThreadWithoutARunLoopIsMadeAndNeverFires) {
   EXPECT_EQ(ticker->ticks(), 0);
 }
 
-TEST_F(NSTimerTest, OfAThreadWithoutARunLoopIsInvalidatedThereBesideTheMainThreadsTimers) {
+TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
   bool valid = true;
   std::thread other([&valid] {
     const auto timer = schedule(0.1, make<Ticker>());
@@ -264,7 +264,7 @@ TEST_F(NSTimerTest, OfAThreadWithoutARunLoopIsInvalidatedThereBesideTheMainThrea
   EXPECT_FALSE(valid);
 }
 
-TEST_F(NSTimerTest, AnObserverHearsOfAFiringAfterTheTargetReturned) {
+TEST_F(NSTimerTest, AnObserverIsNotifiedAfterTheTargetReturns) {
   struct Observer final : TimerObserver {
     void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) override {
       ticksSeen = as<Ticker>(target)->ticks();
@@ -280,7 +280,7 @@ TEST_F(NSTimerTest, AnObserverHearsOfAFiringAfterTheTargetReturned) {
 TEST_F(NSTimerTest, TenThousandTimersFireInOrder) {
   std::vector<int> order;
   for (int number = 0; number < 10'000; ++number) {
-    // Shuffled fire dates: 7919 is prime to 10,000.
+    // A permutation of the fire dates: 7919 and 10,000 have no common factor.
     schedule((number * 7919 % 10'000 + 1) * 0.001,
              [&order, number] { order.push_back(number * 7919 % 10'000); });
   }

@@ -1,4 +1,4 @@
-// The real clock. Its waits are what is tested here, so these tests take real milliseconds.
+// The waits of the real clock. These tests take real milliseconds.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ namespace vel::test {
 namespace {
 
 constexpr Nanoseconds kMillisecond = 1'000'000;
-constexpr int kPatience = 10'000;  // in milliseconds: how long what must come may take
+constexpr int kPatience = 10'000;  // in milliseconds: the limit for something that must happen
 
 class Pipe : NonCopyable {
  public:
@@ -45,14 +45,14 @@ class RealClockTest : public testing::Test {
     loop.useRealTime();
   }
 
-  // Whether a host that polls the loop's descriptor so long is told to run it.
-  bool readable(int milliseconds = 0) {
+  // Whether the loop's descriptor becomes readable within the time.
+  bool isReadable(int milliseconds = 0) {
     pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
     return poll(&polled, 1, milliseconds) == 1;
   }
-  // Brings the descriptor up to date, as a host does before it waits.
+  // Runs passes until the descriptor is no longer readable, as a host does before it waits.
   void pumpUntilIdle() {
-    while (readable()) {
+    while (isReadable()) {
       loop.pump();
     }
   }
@@ -70,7 +70,7 @@ TEST_F(RealClockTest, NeverGoesBack) {
   }
 }
 
-TEST_F(RealClockTest, DoesNotWaitForWhatIsPast) {
+TEST_F(RealClockTest, DoesNotWaitForAPastDeadline) {
   loop.clock().waitUntil(loop.now() - kMillisecond);
   loop.clock().waitUntil(0);
 }
@@ -137,7 +137,7 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
-  // To and fro, so that the wake-up comes before, during and after the beginning of a wait.
+  // Many rounds, so that wake-ups come before, during and after the beginning of a wait.
   std::atomic<int> wanted = 0;
   int ran = 0;
   constexpr int kRounds = 500;
@@ -156,7 +156,7 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
   EXPECT_EQ(ran, kRounds);
 }
 
-TEST_F(RealClockTest, InputOnTheWatchedDescriptorEndsAWait) {
+TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
   const Pipe pipe;
   loop.watch(pipe.output());
   pipe.fill();
@@ -164,22 +164,22 @@ TEST_F(RealClockTest, InputOnTheWatchedDescriptorEndsAWait) {
   loop.watch(WaitHandle());
 }
 
-TEST_F(RealClockTest, ADescriptorThatIsNoLongerWatchedEndsNoWait) {
+TEST_F(RealClockTest, InputOnAFormerHandleEndsNoWait) {
   const Pipe former;
   const Pipe watched;
   loop.watch(former.output());
   loop.watch(watched.output());
   former.fill();
   pumpUntilIdle();
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
   watched.fill();
-  EXPECT_TRUE(readable(kPatience));
+  EXPECT_TRUE(isReadable(kPatience));
   loop.watch(WaitHandle());
   loop.pump();
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, AWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
+TEST_F(RealClockTest, TheWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
   {
     const Pipe pipe;
     loop.watch(pipe.output());
@@ -187,26 +187,26 @@ TEST_F(RealClockTest, AWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
   EXPECT_NO_THROW(loop.watch(WaitHandle()));
 }
 
-TEST_F(RealClockTest, TheDescriptorIsQuietWhileThereIsNothingToDo) {
+TEST_F(RealClockTest, TheDescriptorIsNotReadableWhileThereIsNothingToDo) {
   schedule(3600, make<Ticker>());
   pumpUntilIdle();
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
 }
 
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
   pumpUntilIdle();
   bool ran = false;
   onAnotherThread([&ran] { dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; }); });
-  EXPECT_TRUE(readable(kPatience));
+  EXPECT_TRUE(isReadable(kPatience));
   loop.pump();
   EXPECT_TRUE(ran);
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
 }
 
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromTheMainThreadBetweenPasses) {
   pumpUntilIdle();
   dispatch_async(dispatch_get_main_queue(), [] {});
-  EXPECT_TRUE(readable(kPatience));
+  EXPECT_TRUE(isReadable(kPatience));
 }
 
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore) {
@@ -215,11 +215,11 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore
   const Nanoseconds fireDate = timer->fireDate();
   pumpUntilIdle();
   while (ticker->ticks() == 0) {
-    ASSERT_TRUE(readable(kPatience));
+    ASSERT_TRUE(isReadable(kPatience));
     EXPECT_GE(loop.now(), fireDate);
     loop.pump();
   }
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
 }
 
 TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
@@ -228,7 +228,7 @@ TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
   const auto ticker = make<Ticker>();
   schedule(0.002, ticker);
   while (ticker->ticks() == 0) {
-    ASSERT_TRUE(readable(kPatience));
+    ASSERT_TRUE(isReadable(kPatience));
     loop.pump();
   }
 }
@@ -236,13 +236,13 @@ TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
 TEST_F(RealClockTest, TheDescriptorStaysReadableUntilAPassHasServedIt) {
   pumpUntilIdle();
   onAnotherThread([this] { loop.wake(); });
-  EXPECT_TRUE(readable(kPatience));
-  EXPECT_TRUE(readable());
+  EXPECT_TRUE(isReadable(kPatience));
+  EXPECT_TRUE(isReadable());
   loop.pump();
-  EXPECT_FALSE(readable());
+  EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheDescriptorFallsQuietAgainHoweverAWakeUpAndAPassMeet) {
+TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable) {
   constexpr int kRounds = 400;
   pumpUntilIdle();
   std::atomic<int> begun = 0;
@@ -254,7 +254,7 @@ TEST_F(RealClockTest, TheDescriptorFallsQuietAgainHoweverAWakeUpAndAPassMeet) {
       ended = round;
     }
   });
-  int loud = 0;
+  int readableTimes = 0;
   for (int round = 1; round <= kRounds; ++round) {
     begun = round;
     begun.notify_one();
@@ -263,16 +263,16 @@ TEST_F(RealClockTest, TheDescriptorFallsQuietAgainHoweverAWakeUpAndAPassMeet) {
     }
     loop.pump();
     loop.pump();
-    loud += readable() ? 1 : 0;
+    readableTimes += isReadable() ? 1 : 0;
   }
   other.join();
-  EXPECT_EQ(loud, 0);
+  EXPECT_EQ(readableTimes, 0);
 }
 
-TEST_F(RealClockTest, NoWorkIsLostHoweverSubmissionsAndWaitsMeet) {
+TEST_F(RealClockTest, NoWorkIsLostWhenSubmissionsRaceWithWaits) {
   constexpr int kThreads = 4;
   constexpr int kEach = 500;
-  int ran = 0;  // only the main thread touches it
+  int ran = 0;  // used by the main thread only
   std::array<std::thread, kThreads> others;
   for (std::thread& other : others) {
     other = std::thread([&ran] {

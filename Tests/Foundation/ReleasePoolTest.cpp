@@ -1,4 +1,4 @@
-// Objects handed to the deferred-release pool, and when they die.
+// The deferred-release pool: when it releases its objects.
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -28,7 +28,7 @@ class Mortal final : public Class<Mortal, "Mortal"> {
 
 class ReleasePoolTest : public VirtualTest {
  protected:
-  // An object that is handed over now and says so when it dies.
+  // An object that is added to the pool now and records its destruction.
   Weak<Mortal> handOver(const std::string& name) {
     return releaseLater(make<Mortal>([this, name] { died.push_back(name); }));
   }
@@ -40,12 +40,12 @@ class ReleasePoolTest : public VirtualTest {
   std::vector<std::string> died;
 };
 
-TEST_F(ReleasePoolTest, AnswersTheObjectThatIsHandedOver) {
+TEST_F(ReleasePoolTest, ReleaseLaterReturnsItsObject) {
   const auto object = make<Mortal>();
   EXPECT_EQ(releaseLater(object), object);
 }
 
-TEST_F(ReleasePoolTest, WhatIsHandedOverInAPassLivesUntilItsEnd) {
+TEST_F(ReleasePoolTest, AnObjectAddedInAPassLivesUntilItsEnd) {
   Weak<Mortal> object;
   bool aliveLater = false;
   later([&] { object = handOver("first"); });
@@ -55,7 +55,7 @@ TEST_F(ReleasePoolTest, WhatIsHandedOverInAPassLivesUntilItsEnd) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, WhatIsHandedOverBetweenPassesLivesUntilTheEndOfTheNext) {
+TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesLivesUntilTheEndOfTheNext) {
   const Weak<Mortal> object = handOver("first");
   bool aliveInThePass = false;
   later([&] { aliveInThePass = !object.expired(); });
@@ -65,13 +65,13 @@ TEST_F(ReleasePoolTest, WhatIsHandedOverBetweenPassesLivesUntilTheEndOfTheNext) 
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, APassThatDoesNothingReleasesToo) {
+TEST_F(ReleasePoolTest, APassThatDoesNothingDrainsThePool) {
   const Weak<Mortal> object = handOver("first");
   EXPECT_FALSE(loop.pump());
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, ANestedPassReleasesWhatWasHandedOverInItAndNothingElse) {
+TEST_F(ReleasePoolTest, ANestedPassReleasesOnlyTheObjectsThatWereAddedInIt) {
   Weak<Mortal> outer;
   Weak<Mortal> inner;
   later([&] {
@@ -85,7 +85,7 @@ TEST_F(ReleasePoolTest, ANestedPassReleasesWhatWasHandedOverInItAndNothingElse) 
   EXPECT_EQ(died, (std::vector<std::string>{"inner", "outer"}));
 }
 
-TEST_F(ReleasePoolTest, WhatWasHandedOverBetweenPassesOutlivesANestedPass) {
+TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesOutlivesANestedPass) {
   const Weak<Mortal> object = handOver("between");
   later([&] {
     loop.pump();
@@ -95,21 +95,21 @@ TEST_F(ReleasePoolTest, WhatWasHandedOverBetweenPassesOutlivesANestedPass) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, ReleasesInTheOrderOfHandingOver) {
+TEST_F(ReleasePoolTest, ReleasesInTheOrderOfAdding) {
   handOver("first");
   handOver("second");
   loop.pump();
   EXPECT_EQ(died, (std::vector<std::string>{"first", "second"}));
 }
 
-TEST_F(ReleasePoolTest, WhatADyingObjectHandsOverGoesInTheSameDrain) {
+TEST_F(ReleasePoolTest, AnObjectThatADestructorAddsIsReleasedInTheSameDrain) {
   releaseLater(make<Mortal>([this] { handOver("heir"); }));
   loop.pump();
   EXPECT_EQ(died, std::vector<std::string>{"heir"});
   EXPECT_EQ(ReleasePool::current().size(), 0u);
 }
 
-TEST_F(ReleasePoolTest, APassThatEndsWithAnErrorReleasesToo) {
+TEST_F(ReleasePoolTest, APassThatThrowsDrainsThePool) {
   Weak<Mortal> object;
   later([&] {
     object = handOver("first");
@@ -119,7 +119,7 @@ TEST_F(ReleasePoolTest, APassThatEndsWithAnErrorReleasesToo) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, AnObjectHandedOverTwiceDiesOnce) {
+TEST_F(ReleasePoolTest, AnObjectThatIsAddedTwiceIsDestroyedOnce) {
   const Weak<Mortal> object = handOver("first");
   releaseLater(object.lock());
   loop.pump();
@@ -137,7 +137,7 @@ TEST_F(ReleasePoolTest, OnAnotherThreadReleasesWhenTheThreadEnds) {
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, AnObjectThatDiesWithItsThreadMayStillHandOver) {
+TEST_F(ReleasePoolTest, ADestructorAtTheEndOfAThreadMayAddObjects) {
   std::thread([this] { releaseLater(make<Mortal>([this] { handOver("heir"); })); }).join();
   EXPECT_EQ(died, std::vector<std::string>{"heir"});
 }

@@ -1,4 +1,4 @@
-// Numbers, dictionaries, errors, bundles, the system's version, and time.
+// Numbers, dictionaries, errors, bundles, the system's version, threads and time.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -33,7 +33,7 @@ TEST(NSNumberTest, ADoubleOutOfRangeConvertsToInfinity) {
   EXPECT_EQ(NSNumber::numberWithDouble(1e-50)->floatValue(), 0.F);
 }
 
-TEST(NSNumberTest, WhatIsNoNumberStaysSo) {
+TEST(NSNumberTest, NaNStaysNaN) {
   const float value = NSNumber::numberWithDouble(kNaN)->floatValue();
   EXPECT_NE(value, value);
 }
@@ -48,7 +48,7 @@ TEST(NSNumberTest, AnIntegerConvertsToTheNearestFloat) {
       18446744073709551616.F);
 }
 
-TEST(NSDictionaryTest, AnswersTheValueUnderAKeyOrNone) {
+TEST(NSDictionaryTest, ReturnsTheValueOfAKeyOrNull) {
   const auto name = NSString::stringWithUTF8String("launch_end");
   const auto dictionary = NSDictionary::dictionaryWithEntries({{"event", name}});
   EXPECT_EQ(dictionary->objectForKey("event"), name);
@@ -57,12 +57,12 @@ TEST(NSDictionaryTest, AnswersTheValueUnderAKeyOrNone) {
   EXPECT_EQ(dictionary->count(), 1u);
 }
 
-TEST(NSDictionaryTest, EmptyHoldsNothing) {
+TEST(NSDictionaryTest, AnEmptyDictionaryHasNoValues) {
   EXPECT_EQ(NSDictionary::dictionary()->count(), 0u);
   EXPECT_EQ(NSDictionary::dictionary()->objectForKey("event"), nullptr);
 }
 
-TEST(NSDictionaryTest, HoldsValuesOfAnyClass) {
+TEST(NSDictionaryTest, ValuesMayBeOfAnyClass) {
   const auto dictionary =
       NSDictionary::dictionaryWithEntries({{"text", NSString::stringWithUTF8String("5")},
                                            {"number", NSNumber::numberWithInteger(5)},
@@ -74,7 +74,7 @@ TEST(NSDictionaryTest, HoldsValuesOfAnyClass) {
   EXPECT_EQ(dictionary->objectForKey("nothing")->className(), "NSNull");
 }
 
-TEST(NSErrorTest, HoldsDomainCodeAndUserInfo) {
+TEST(NSErrorTest, ReturnsDomainCodeAndUserInfo) {
   const auto info = NSDictionary::dictionary();
   const auto error = NSError::errorWithDomainCodeUserInfo("No controller!", 404, info);
   EXPECT_EQ(error->domain(), "No controller!");
@@ -83,7 +83,7 @@ TEST(NSErrorTest, HoldsDomainCodeAndUserInfo) {
   EXPECT_EQ(NSError::errorWithDomainCodeUserInfo("", 0, nullptr)->userInfo(), nullptr);
 }
 
-TEST(NSBundleTest, KnowsTheClassItWasAskedFor) {
+TEST(NSBundleTest, KnowsTheClassThatItWasRequestedFor) {
   EXPECT_EQ(NSBundle::bundleForClass<NSString>()->principalClass(), "NSString");
 }
 
@@ -97,9 +97,9 @@ class NSProcessInfoTest : public testing::Test {
   NSOperatingSystemVersion before = NSProcessInfo::operatingSystemVersion();
 };
 
-TEST_F(NSProcessInfoTest, TheSystemIsACurrentOneUnlessSet) { EXPECT_TRUE(atLeast({10, 14, 0})); }
+TEST_F(NSProcessInfoTest, TheDefaultVersionIsCurrent) { EXPECT_TRUE(atLeast({10, 14, 0})); }
 
-TEST_F(NSProcessInfoTest, ASystemIsAtLeastItsOwnVersionAndEachBefore) {
+TEST_F(NSProcessInfoTest, ASystemIsAtLeastItsOwnAndEveryEarlierVersion) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
   EXPECT_TRUE(atLeast({10, 14, 3}));
   EXPECT_TRUE(atLeast({10, 14, 0}));
@@ -114,14 +114,14 @@ TEST_F(NSProcessInfoTest, ASystemIsNotAtLeastALaterVersion) {
   EXPECT_FALSE(atLeast({11, 0, 0}));
 }
 
-TEST(NSThreadTest, OnlyTheMainThreadIsTheMainThread) {
+TEST(NSThreadTest, AnotherThreadIsNotTheMainThread) {
   EXPECT_TRUE(NSThread::isMainThread());
   bool onAnother = true;
   std::thread([&onAnother] { onAnother = NSThread::isMainThread(); }).join();
   EXPECT_FALSE(onAnother);
 }
 
-TEST(NSThreadTest, AnotherThreadMayTakeThePlaceOfTheMainOne) {
+TEST(NSThreadTest, AnotherThreadMayBecomeTheMainThread) {
   bool main = false;
   std::thread([&main] {
     NSThread::becomeMainThread();
@@ -141,14 +141,14 @@ TEST(TimeTest, SecondsAreRoundedToTheNearestNanosecond) {
   EXPECT_EQ(nanosecondsFromSeconds(1e6), 1'000'000'000'000'000);
 }
 
-TEST(TimeTest, SecondsOutOfRangeGiveTheEndsOfIt) {
+TEST(TimeTest, SecondsOutOfRangeGiveTheNearestLimit) {
   EXPECT_EQ(nanosecondsFromSeconds(1e10), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(std::numeric_limits<double>::infinity()), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(-1e10), -kNever);
   EXPECT_EQ(nanosecondsFromSeconds(kNaN), 0);
 }
 
-TEST(TimeTest, NanosecondsGiveTheirSeconds) {
+TEST(TimeTest, NanosecondsConvertToSeconds) {
   EXPECT_EQ(secondsFromNanoseconds(1'500'000'000), 1.5);
   EXPECT_EQ(secondsFromNanoseconds(0), 0.0);
 }
