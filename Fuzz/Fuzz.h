@@ -1,4 +1,4 @@
-// What every fuzzer is made of.
+// The common parts of the fuzzers.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include <iostream>
 #include <string_view>
 
-// What is called with each input; libFuzzer's name.
+// libFuzzer calls this function with each input.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace vel::fuzz {
@@ -16,11 +16,11 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Ends the process, so that the input is kept, where a fact does not hold.
+/// Aborts the process if `holds` is false, so that libFuzzer keeps the input.
 template <class... Parts>
-void require(bool holds, const Parts&... whatIsWrong) {
+void require(bool holds, const Parts&... message) {
   if (!holds) {
-    (std::cerr << ... << whatIsWrong) << std::endl;
+    (std::cerr << ... << message) << std::endl;
     std::abort();
   }
 }

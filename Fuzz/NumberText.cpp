@@ -1,4 +1,4 @@
-// Any text: its number is the one that a slow and plain reading finds.
+// Any text: `floatValue` returns the same number as a slow and simple reader.
 #include "Fuzz/Fuzz.h"
 #include "Fuzz/SlowNumber.h"
 #include "Platform/Foundation/NSString.h"
@@ -7,6 +7,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text = vel::fuzz::textOf(data, size);
   const float value = vel::NSString::stringWithUTF8String(text)->floatValue();
   const float expected = vel::fuzz::slowFloatValue(text);
-  vel::fuzz::require(value == expected, "the number is ", expected, " and reads as ", value);
+  vel::fuzz::require(value == expected, "expected ", expected, " but floatValue returned ", value);
   return 0;
 }

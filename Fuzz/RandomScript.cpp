@@ -1,4 +1,4 @@
-// Any bytes as a script of the exploration's actions: what always holds, holds.
+// Any bytes as a script of the exploration's actions: no script breaks an invariant.
 #include <algorithm>
 
 #include "Fuzz/Fuzz.h"
@@ -7,17 +7,18 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace vel::exploration;
-  static const Theatre theatres[] = {Theatre(settings()[0]), Theatre(settings()[1])};
+  static const ParsedSetting parsedSettings[] = {ParsedSetting(settings()[0]),
+                                                 ParsedSetting(settings()[1])};
   constexpr std::size_t kLongestScript = 64;
   if (size == 0) {
     return 0;
   }
-  const Theatre& theatre = theatres[data[0] % std::size(theatres)];
+  const ParsedSetting& parsed = parsedSettings[data[0] % std::size(parsedSettings)];
   Script script(data + 1, data + std::min(size, kLongestScript + 1));
   for (std::uint8_t& action : script) {
     action = static_cast<std::uint8_t>(action % actions().size());
   }
-  const std::string violation = violationIn(theatre, invariants(), script);
-  vel::fuzz::require(violation.empty(), violation, "\n", scenarioText(theatre.setting, script));
+  const std::string violation = violationIn(parsed, invariants(), script);
+  vel::fuzz::require(violation.empty(), violation, "\n", scenarioText(parsed.setting, script));
   return 0;
 }

@@ -1,4 +1,4 @@
-// Feeds a fuzzer with files: those named, and those in the folders named.
+// Runs a fuzzer on files. The arguments are files, or folders with files.
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -10,7 +10,7 @@
 namespace {
 
 void replay(const std::filesystem::path& file) {
-  std::cout << file.string() << std::endl;  // the last one named is the one that failed
+  std::cout << file.string() << std::endl;  // the last printed file is the one that fails
   std::ifstream in(file, std::ios::binary);
   const std::string input{std::istreambuf_iterator<char>(in), {}};
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
@@ -20,8 +20,8 @@ void replay(const std::filesystem::path& file) {
 
 int main(int count, char** arguments) {
   int replayed = 0;
-  for (int place = 1; place < count; ++place) {
-    const std::filesystem::path path = arguments[place];
+  for (int index = 1; index < count; ++index) {
+    const std::filesystem::path path = arguments[index];
     if (!std::filesystem::is_directory(path)) {
       replay(path);
       ++replayed;

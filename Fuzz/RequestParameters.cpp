@@ -1,5 +1,5 @@
-// Any text as a request's parameters in JSON: it is refused or accepted, and leaves the default
-// configuration, as another reading of it says.
+// Any text as a request's parameters in JSON: the request has the same outcome as in a second,
+// independent reader.
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -16,15 +16,15 @@ namespace vel::fuzz {
 
 namespace {
 
-// What the configuration holds before each request.
-constexpr const char* kFormerEvent = "former";
-constexpr double kFormerInterval = 7;
+// The values in the configuration before each request.
+constexpr const char* kPreviousEvent = "previous";
+constexpr double kPreviousInterval = 7;
 
 struct Outcome {
   bool accepted = false;
   bool skipMode = false;
-  std::string event = kFormerEvent;
-  double interval = kFormerInterval;
+  std::string event = kPreviousEvent;
+  double interval = kPreviousInterval;
   std::string logged;
   bool operator==(const Outcome&) const = default;
 };
@@ -70,15 +70,15 @@ Outcome expectedOf(const nlohmann::json& parameters) {
   return outcome;
 }
 
-// Does the request; the manager and its content have to agree with the configuration.
+// Makes the request, and checks that the manager and its content agree with the configuration.
 Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
-  const host::HeadlessPlatform stage({10, 14, 0});
+  const host::HeadlessPlatform platform({10, 14, 0});
   Outcome outcome;
   setNSLogSink([&outcome](std::string_view line) { outcome.logged += line; });
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
   configuration->setSkipMode(true);
-  configuration->setNextEventName(NSString::stringWithUTF8String(kFormerEvent));
-  configuration->setExpirationTimeInterval(kFormerInterval);
+  configuration->setNextEventName(NSString::stringWithUTF8String(kPreviousEvent));
+  configuration->setExpirationTimeInterval(kPreviousInterval);
   const auto manager = LaunchScreenManager::init();
   const auto answer =
       manager->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
@@ -89,7 +89,8 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
 
   if (outcome.accepted) {
     const bool shows = outcome.interval > 0;
-    require(manager->launchScreenExpirationTimeLeft() == outcome.interval, "another time left");
+    require(manager->launchScreenExpirationTimeLeft() == outcome.interval,
+            "the time left differs from the interval");
     require(answer->state() == (shows ? ContentDataStateLoaded : ContentDataStateFailed), "state ",
             answer->state(), " with ", outcome.interval, " s");
     require((answer->error() == nullptr) == shows, "an error with ", outcome.interval, " s");
@@ -111,10 +112,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto expected = nlohmann::json::parse(text, nullptr, false);
   std::string error;
   const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJsonText(text, error);
-  require((parameters != nullptr) == expected.is_object(), "read and not an object, or not read");
-  require((parameters != nullptr) == error.empty(), "the reason: ", error);
+  require((parameters != nullptr) == expected.is_object(),
+          "the reader must accept exactly the JSON objects");
+  require((parameters != nullptr) == error.empty(), "unexpected error text: ", error);
   if (parameters != nullptr) {
-    require(outcomeOf(parameters) == expectedOf(expected), "another outcome");
+    require(outcomeOf(parameters) == expectedOf(expected),
+            "the outcome differs from the expected one");
   }
   return 0;
 }

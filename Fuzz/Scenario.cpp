@@ -1,5 +1,5 @@
-// Any text as a scenario: it is refused in one line, or plays to its end, twice alike, each line of
-// the trace being JSON.
+// Any text as a scenario: the reader refuses it with one line, or it plays to its end. Two plays
+// give the same trace, and each line of the trace is JSON.
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -11,7 +11,7 @@ namespace vel::fuzz {
 
 namespace {
 
-// Longer plays say nothing more, and take their time.
+// Longer plays take too long and find nothing new.
 constexpr Nanoseconds kLongestPlay = 60 * kNanosecondsPerSecond;
 
 class Trace final : public host::PlayListener {
@@ -48,13 +48,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   } catch (const host::ScenarioError& error) {
     const std::string_view refusal = error.what();
     fuzz::require(!refusal.empty() && refusal.find('\n') == std::string_view::npos,
-                  "no single line: ", refusal);
+                  "the refusal is not one line: ", refusal);
     return 0;
   }
   if (scenario.end <= fuzz::kLongestPlay) {
     const std::string trace = fuzz::traceOf(scenario);
     fuzz::requireLinesOfJson(trace);
-    fuzz::require(trace == fuzz::traceOf(scenario), "another trace the second time");
+    fuzz::require(trace == fuzz::traceOf(scenario), "the second play gives another trace");
   }
   return 0;
 }

@@ -12,7 +12,7 @@ namespace vel::fuzz {
 
 namespace {
 
-// A natural number of any size.
+// A nonnegative integer of any size.
 class Natural {
  public:
   explicit Natural(std::uint32_t value) : parts_{value} {}
@@ -49,7 +49,7 @@ class Natural {
   [[nodiscard]] std::uint32_t part(std::size_t place) const {
     return place < parts_.size() ? parts_[place] : 0;
   }
-  std::vector<std::uint32_t> parts_;  // least first
+  std::vector<std::uint32_t> parts_;  // least significant first
 };
 
 bool isDigits(std::string_view text) {
@@ -60,7 +60,7 @@ std::string_view withoutSign(std::string_view text) {
   return text.starts_with('+') || text.starts_with('-') ? text.substr(1) : text;
 }
 
-// Splits at the first of the characters; the second part is empty without one.
+// Splits the text at the first of the characters. Without one, the second part is empty.
 struct Parts {
   std::string_view before;
   bool hasMark;
@@ -82,7 +82,7 @@ bool isDecimalNumber(std::string_view text) {
 }
 
 int readExponent(std::string_view text) {
-  constexpr int kFar = 100'000'000;  // farther than any number of digits reaches
+  constexpr int kFar = 100'000'000;  // larger than any number of digits
   int exponent = 0;
   for (const char digit : withoutSign(text)) {
     exponent = std::min(exponent * 10 + (digit - '0'), kFar);
@@ -90,12 +90,12 @@ int readExponent(std::string_view text) {
   return text.starts_with('-') ? -exponent : exponent;
 }
 
-// digits x 10^exponent, not negative.
+// digits x 10^exponent, nonnegative.
 struct Decimal {
   std::string digits;
   int exponent;
 
-  // Against mantissa x 2^power.
+  // Compares with mantissa x 2^power.
   [[nodiscard]] std::strong_ordering compare(std::uint32_t mantissa, int power) const {
     Natural left(0);
     for (const char digit : digits) {
@@ -108,7 +108,8 @@ struct Decimal {
   }
 };
 
-// The floats that are not negative, by their place in their order: infinity is the last.
+// A nonnegative float as its bits, which have the same order as the floats. Infinity is the
+// maximum.
 struct Place {
   static constexpr std::uint32_t kInfinity = 0x7f800000;
   static constexpr int kLeastPower = -149;
@@ -124,14 +125,14 @@ struct Place {
 };
 
 float nearest(const Decimal& number) {
-  // The greatest float that is not greater than the number.
+  // The maximum float that does not exceed the number.
   std::uint32_t low = 0;
   std::uint32_t high = Place::kInfinity;
   while (high - low > 1) {
     const Place middle{low + (high - low) / 2};
     (std::is_lt(number.compare(middle.mantissa(), middle.power())) ? high : low) = middle.bits;
   }
-  // Half-way to the next one lies an odd number of halves of the last place.
+  // The midpoint to the next float has twice the precision: 2 * mantissa + 1.
   const Place below{low};
   const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
   const bool up = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);

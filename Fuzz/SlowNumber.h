@@ -4,9 +4,9 @@
 
 namespace vel::fuzz {
 
-/// What NSString's `floatValue` has to answer, found in another way, slow and plain: the prefixes
-/// are tried one by one, and the float nearest to the decimal number is found by comparing whole
-/// numbers of any size, half-way cases going to the even one.
+/// The expected result of `NSString::floatValue`, computed in a slow and simple way: tries the
+/// prefixes one by one, and finds the nearest float by comparing integers of any size. Rounds ties
+/// to even.
 [[nodiscard]] float slowFloatValue(std::string_view text);
 
 }  // namespace vel::fuzz

@@ -1,5 +1,5 @@
-// What happens in every frame, or ten times a second, takes nothing from the heap. A program of its
-// own, since it counts every allocation there is.
+// Operations that run in every frame, or ten times a second, do not allocate memory. This is a
+// separate program, because it replaces `operator new` to count allocations.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -15,8 +15,8 @@ std::size_t allocations = 0;
 
 }  // namespace
 
-// Every other form of `new` ends in this one. Not to be seen through by the compiler, which would
-// take the two for strangers. NOLINTBEGIN(misc-new-delete-overloads)
+// Every other form of `new` calls this one. Not inlined: the compiler would warn that `malloc` and
+// `delete` do not match. NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
@@ -35,14 +35,15 @@ namespace {
 
 class Listener final : public Class<Listener, "Listener"> {
  public:
-  void hear(const NSNotification& /*notification*/) { ++heard_; }
-  [[nodiscard]] int heard() const { return heard_; }
+  void receive(const NSNotification& /*notification*/) { ++receivedCount_; }
+  [[nodiscard]] int receivedCount() const { return receivedCount_; }
 
  private:
-  int heard_ = 0;
+  int receivedCount_ = 0;
 };
 
-/// How many allocations `work` makes, once everything has been done that is done only once.
+/// How many allocations 100 calls of `work` make. A first call, which may fill caches, does not
+/// count.
 template <class Work>
 std::size_t allocationsOf(Work work) {
   work();
@@ -62,34 +63,34 @@ class AllocationTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(AllocationTest, IsCountedAtAll) {
+TEST_F(AllocationTest, CountsAllocations) {
   EXPECT_EQ(allocationsOf([] { delete new Listener; }), 100u);
 }
 
-TEST_F(AllocationTest, ATickOfTheCountdownMakesNone) {
+TEST_F(AllocationTest, ATickOfTheCountdownDoesNotAllocate) {
   const double before = timeLeft();
   EXPECT_EQ(allocationsOf([this] { platform.run(0.1); }), 0u);
   EXPECT_NEAR(before - timeLeft(), 10.1, 1e-6);
 }
 
-TEST_F(AllocationTest, AnIdlePumpMakesNone) {
+TEST_F(AllocationTest, AnIdlePumpDoesNotAllocate) {
   EXPECT_EQ(allocationsOf([] { NSRunLoop::mainRunLoop().pump(); }), 0u);
 }
 
-TEST_F(AllocationTest, PostingANotificationMakesNone) {
+TEST_F(AllocationTest, PostingANotificationDoesNotAllocate) {
   NSNotificationCenter center;
   const auto listener = make<Listener>();
-  center.addObserverSelectorNameObject<&Listener::hear>(listener, "tick", nullptr);
+  center.addObserverSelectorNameObject<&Listener::receive>(listener, "tick", nullptr);
   EXPECT_EQ(allocationsOf([&] { center.postNotificationNameObject("tick", listener); }), 0u);
-  EXPECT_EQ(listener->heard(), 101);
+  EXPECT_EQ(listener->receivedCount(), 101);
 }
 
-TEST_F(AllocationTest, AMessageMakesNone) {
+TEST_F(AllocationTest, SendDoesNotAllocate) {
   const auto listener = make<Listener>();
-  const Strong<Listener> none;
+  const Strong<Listener> null;
   EXPECT_EQ(allocationsOf([&] {
-              send(listener, &Listener::heard);
-              send(none, &Listener::heard);
+              send(listener, &Listener::receivedCount);
+              send(null, &Listener::receivedCount);
             }),
             0u);
 }

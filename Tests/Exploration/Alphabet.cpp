@@ -11,8 +11,8 @@ namespace vel::exploration {
 
 namespace {
 
-// Three ticks leave next to nothing of 0.3 s; half a second is more than enough.
-// A new action goes to the end: the seeds of the fuzzer know the others by their places.
+// After three ticks almost nothing is left of 0.3 s. Half a second is longer than the countdown.
+// Append new actions: the seeds of the fuzzer refer to actions by index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
@@ -49,7 +49,7 @@ constexpr Setting kSettings[] = {
 
 #undef VEL_EXPLORATION_OTHER_WINDOWS
 
-constexpr int kTenthsToRest = 50;
+constexpr int kTenthsUntilAllIsDone = 50;
 
 std::string seconds(int tenths) { return host::shortestDecimal(tenths / 10.0); }
 
@@ -66,7 +66,7 @@ std::span<const Setting> settings() { return kSettings; }
 std::uint8_t actionNamed(std::string_view name) {
   const auto* const action = std::ranges::find(kActions, name, &Action::name);
   if (action == std::end(kActions)) {
-    throw std::invalid_argument("no action is called \"" + std::string(name) + "\"");
+    throw std::invalid_argument("no action has the name \"" + std::string(name) + "\"");
   }
   return static_cast<std::uint8_t>(action - std::begin(kActions));
 }
@@ -77,15 +77,15 @@ std::string scenarioText(const Setting& setting, const Script& script) {
   for (const std::uint8_t index : script) {
     const Action& action = kActions[index];
     tenths += action.tenthsOfSecond;
-    // The other steps of an action come at the same time.
+    // The later steps of an action have the time of its first step.
     steps += steps.empty() ? "\n    " : ",\n    ";
     steps += "{\"at\":" + seconds(tenths) + ",";
     steps += action.steps.substr(1);
   }
-  return scenarioOf(setting, steps, tenths + kTenthsToRest);
+  return scenarioOf(setting, steps, tenths + kTenthsUntilAllIsDone);
 }
 
-Theatre::Theatre(const Setting& chosen)
+ParsedSetting::ParsedSetting(const Setting& chosen)
     : setting(chosen), scenario(host::readScenario(scenarioOf(chosen, "", 0))) {
   for (const Action& action : kActions) {
     steps.push_back(host::readScenario(scenarioOf(chosen, std::string(action.steps), 0)).steps);

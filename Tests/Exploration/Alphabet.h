@@ -1,4 +1,4 @@
-// What the explored scripts are made of.
+// The actions and hosts of which the explored scripts consist.
 #pragma once
 
 #include <cstdint>
@@ -11,41 +11,41 @@
 
 namespace vel::exploration {
 
-/// One thing that a host, its user or time does.
+/// Something that the host or the user does, or a span of time.
 struct Action {
   std::string_view name;
-  /// The time that passes before it.
+  /// The time that passes before the steps.
   int tenthsOfSecond = 0;
   /// A scenario's steps, without times, separated by commas.
   std::string_view steps;
 };
 
-/// A host, and the windows that it has.
+/// A host with its windows.
 struct Setting {
   std::string_view name;
-  /// A scenario's "host".
+  /// The value of "host" in a scenario.
   std::string_view host;
 };
 
 [[nodiscard]] std::span<const Action> actions();
 [[nodiscard]] std::span<const Setting> settings();
-/// The place of the action with that name, which there has to be.
+/// The index of the action with that name. Throws `std::invalid_argument` if there is none.
 [[nodiscard]] std::uint8_t actionNamed(std::string_view name);
 
-/// Actions, by their place in `actions()`.
+/// Indices of actions in `actions()`.
 using Script = std::vector<std::uint8_t>;
 
-/// The script as a scenario that `launchscreen play` takes; it ends when all has come to rest.
+/// The script as a scenario for `launchscreen play`. The scenario ends after all delayed work.
 [[nodiscard]] std::string scenarioText(const Setting& setting, const Script& script);
 
-/// A setting and the alphabet, read once: what any number of plays are made from.
-struct Theatre {
-  explicit Theatre(const Setting& chosen);
+/// A setting and the steps of every action, parsed once for any number of plays.
+struct ParsedSetting {
+  explicit ParsedSetting(const Setting& chosen);
 
   const Setting& setting;
-  /// Of the host alone.
+  /// A scenario with this host and without steps.
   host::Scenario scenario;
-  /// The steps of each action; their times are for the player to set.
+  /// The steps of each action, without times.
   std::vector<std::vector<host::Step>> steps;
 };
 

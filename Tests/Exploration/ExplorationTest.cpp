@@ -1,4 +1,4 @@
-// The exploration finds what is wrong, and says it as a scenario.
+// The exploration finds broken invariants and prints them as scenarios.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -26,19 +26,19 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-std::string keyAfter(const Theatre& theatre, const Script& script) {
-  Stage stage(theatre, {});
+std::string keyAfter(const ParsedSetting& parsed, const Script& script) {
+  ObservedPlay play(parsed, {});
   for (const std::uint8_t action : script) {
-    stage.perform(action);
+    play.perform(action);
   }
-  return stateKey(stage);
+  return stateKey(play);
 }
 
 std::string keyAfter(const std::vector<std::string_view>& names) {
-  return keyAfter(Theatre(bare()), scriptOf(names));
+  return keyAfter(ParsedSetting(bare()), scriptOf(names));
 }
 
-// The script with one more action; every action in turn.
+// All scripts that extend the script by one action.
 std::vector<Script> continuationsOf(const Script& script) {
   std::vector<Script> continuations(actions().size(), script);
   for (std::size_t action = 0; action < actions().size(); ++action) {
@@ -47,9 +47,9 @@ std::vector<Script> continuationsOf(const Script& script) {
   return continuations;
 }
 
-// What is false
+// Findings
 
-Exploration exploreFor(When when, std::string (*fault)(const Stage&), std::size_t depth) {
+Exploration exploreFor(When when, std::string (*fault)(const ObservedPlay&), std::size_t depth) {
   const Invariant falsehood[] = {{"a falsehood", when, fault}};
   return explore(bare(), falsehood, depth);
 }
@@ -57,8 +57,8 @@ Exploration exploreFor(When when, std::string (*fault)(const Stage&), std::size_
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
   const Exploration found = exploreFor(
       When::State,
-      [](const Stage& stage) -> std::string {
-        return stage.hostWindows().front()->styleMask() == 1 ? "controls are taken" : "";
+      [](const ObservedPlay& play) -> std::string {
+        return play.hostWindows().front()->styleMask() == 1 ? "controls are taken" : "";
       },
       4);
   ASSERT_TRUE(found.finding);
@@ -69,10 +69,10 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
   const Exploration found = exploreFor(
       When::Moment,
-      [](const Stage& stage) -> std::string {
+      [](const ObservedPlay& play) -> std::string {
         const bool ticks =
-            stage.event() != nullptr && std::holds_alternative<host::trace::Ticked>(*stage.event());
-        return ticks && stage.manager()->content() != nullptr ? "time passes" : "";
+            play.event() != nullptr && std::holds_alternative<host::trace::Ticked>(*play.event());
+        return ticks && play.manager()->content() != nullptr ? "time passes" : "";
       },
       4);
   ASSERT_TRUE(found.finding);
@@ -83,8 +83,8 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
   const Exploration found = exploreFor(
       When::End,
-      [](const Stage& stage) -> std::string {
-        return stage.history().events > 0 ? "an event was recorded" : "";
+      [](const ObservedPlay& play) -> std::string {
+        return play.history().events > 0 ? "an event was recorded" : "";
       },
       4);
   ASSERT_TRUE(found.finding);
@@ -92,10 +92,11 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
             scriptOf({"request", "content view", "dismiss by the manager", "deactivate"}));
 }
 
-TEST(ExplorationTest, PrintsWhatItFindsAsAScenario) {
+TEST(ExplorationTest, PrintsAFindingAsAScenario) {
   const Exploration found = exploreFor(
       When::State,
-      [](const Stage& stage) -> std::string { return stage.now().unfocused ? "away" : ""; }, 4);
+      [](const ObservedPlay& play) -> std::string { return play.now().unfocused ? "away" : ""; },
+      4);
   ASSERT_TRUE(found.finding);
   const host::Scenario scenario = host::readScenario(scenarioText(bare(), found.finding->script));
   std::vector<std::string_view> steps;
@@ -105,7 +106,7 @@ TEST(ExplorationTest, PrintsWhatItFindsAsAScenario) {
   EXPECT_EQ(scenario.end, 5 * kNanosecondsPerSecond);
 }
 
-TEST(ExplorationTest, PrintsEveryActionAsAScenarioTakesIt) {
+TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
   Script all(actions().size());
   for (std::size_t place = 0; place < all.size(); ++place) {
     all[place] = static_cast<std::uint8_t>(place);
@@ -115,10 +116,9 @@ TEST(ExplorationTest, PrintsEveryActionAsAScenarioTakesIt) {
   }
 }
 
-// What is counted
+// Counts
 
-TEST(ExplorationTest, GoesOnFromEachStateOnce) {
-  // Nothing is a change before the first request but the key window, the time left, and the end.
+TEST(ExplorationTest, ExtendsEachStateOnce) {
   const Exploration found = explore(bare(), invariants(), 1);
   EXPECT_EQ(found.sequences, 1 + actions().size());
   EXPECT_EQ(found.depth, 1U);
@@ -128,42 +128,42 @@ TEST(ExplorationTest, GoesOnFromEachStateOnce) {
 
 // Equal states
 
-TEST(StateKeyTest, IsTheSameWhereNothingHasChanged) {
+TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
   EXPECT_EQ(keyAfter({}), keyAfter({"key to the player"}));
   EXPECT_EQ(keyAfter({}), keyAfter({"tick", "half a second"}));
   EXPECT_EQ(keyAfter({"request", "content view"}),
             keyAfter({"request", "content view", "content view"}));
 }
 
-TEST(StateKeyTest, DiffersWhereWhatComesNextDoes) {
+TEST(StateKeyTest, DiffersIfTheFutureDiffers) {
   EXPECT_NE(keyAfter({"request"}), keyAfter({"request in skip mode"}));
   EXPECT_NE(keyAfter({"request"}), keyAfter({"request", "content view"}));
-  // The key window is the same, and the one that it passes on to is not.
+  // The key window is the same, but the window that becomes key after it is not.
   EXPECT_NE(keyAfter({"key to another window", "key to the player"}),
             keyAfter({"consent window loses key", "key to the player"}));
-  // A refused dismissal leaves nothing but delayed work.
+  // A refused dismissal leaves only delayed work.
   EXPECT_NE(keyAfter({"request", "content view"}),
             keyAfter({"request", "content view", "dismiss by the controller"}));
 }
 
 class SettingTest : public testing::TestWithParam<std::size_t> {};
 
-// Of what the key leaves out, nothing matters.
-TEST_P(SettingTest, StatesWithTheSameKeyGoOnAlike) {
-  const Theatre theatre(settings()[GetParam()]);
+// What the key leaves out has no effect on the future.
+TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
+  const ParsedSetting parsed(settings()[GetParam()]);
   std::map<std::string, Script> firstWith;
   std::vector<Script> scripts{{}};
   for (std::size_t place = 0; place < scripts.size(); ++place) {
     const Script script = scripts[place];
-    const auto [known, isNew] = firstWith.emplace(keyAfter(theatre, script), script);
+    const auto [known, isNew] = firstWith.emplace(keyAfter(parsed, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
     for (std::size_t action = 0; !isNew && action < actions().size(); ++action) {
-      EXPECT_EQ(keyAfter(theatre, continuations[action]),
-                keyAfter(theatre, continuationsOf(known->second)[action]))
-          << scenarioText(theatre.setting, continuations[action]);
+      EXPECT_EQ(keyAfter(parsed, continuations[action]),
+                keyAfter(parsed, continuationsOf(known->second)[action]))
+          << scenarioText(parsed.setting, continuations[action]);
     }
   }
   EXPECT_LT(firstWith.size(), scripts.size());
@@ -171,23 +171,23 @@ TEST_P(SettingTest, StatesWithTheSameKeyGoOnAlike) {
 
 INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
 
-// Where a window does not get its style back
+// Style exceptions
 
 struct Example {
   std::string_view exception;
   std::vector<std::string_view> script;
-  /// The windows' styles after it; their host gave them 15, 7 and 1.
+  /// The windows' styles after the script. The host gave them 15, 7 and 1.
   std::vector<NSWindowStyleMask> left;
 };
 
 constexpr NSWindowStyleMask kEveryBit = ~NSWindowStyleMask{0};
 
 const Example kExamples[] = {
-    {"an embedded cover presented once more, as a window of its own",
+    {"an embedded cover presented again, as a window of its own",
      {"request", "present embedded", "present as a sheet", "dismiss by the manager",
       "half a second"},
      {1, 7, 1}},
-    {"an embedded cover presented once more, over another window",
+    {"an embedded cover presented again, over another window",
      {"request", "present embedded", "present embedded elsewhere", "dismiss by the manager",
       "half a second", "half a second"},
      {1, 15, 1}},
@@ -198,7 +198,7 @@ const Example kExamples[] = {
     {"a second cover over a covered window",
      {"request", "present embedded", "request", "present embedded", "close the player"},
      {1, 7, 1}},
-    {"a cover over a closed window, given back by another controller",
+    {"a cover over a closed window, restored by another controller",
      {"request", "close the player", "present embedded", "request", "dismiss by the controller",
       "half a second", "half a second"},
      {kEveryBit, 7, 1}},
@@ -206,31 +206,31 @@ const Example kExamples[] = {
 
 class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(StyleExceptionTest, LeavesTheWindowsWithThatStyle) {
+TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
   ASSERT_EQ(exception.name, example.exception);
-  const Theatre theatre(bare());
-  Stage stage(theatre, invariants());
+  const ParsedSetting parsed(bare());
+  ObservedPlay play(parsed, invariants());
   for (const std::uint8_t action : scriptOf(example.script)) {
-    stage.perform(action);
+    play.perform(action);
   }
-  EXPECT_EQ(stage.violation(), "");
-  EXPECT_TRUE(isUncovered(stage));
-  EXPECT_TRUE(stage.history().styleExceptions.test(GetParam()));
+  EXPECT_EQ(play.violation(), "");
+  EXPECT_TRUE(isUncovered(play));
+  EXPECT_TRUE(play.history().styleExceptions.test(GetParam()));
   std::vector<NSWindowStyleMask> left;
-  std::ranges::transform(stage.hostWindows(), std::back_inserter(left),
+  std::ranges::transform(play.hostWindows(), std::back_inserter(left),
                          [](const auto& window) { return window->styleMask(); });
   EXPECT_EQ(left, example.left);
-  EXPECT_TRUE(std::ranges::any_of(stage.hostWindows(), [&](const auto& window) {
-    return window->styleMask() != stage.givenStyle(*window) && exception.leaves(stage, *window);
+  EXPECT_TRUE(std::ranges::any_of(play.hostWindows(), [&](const auto& window) {
+    return window->styleMask() != play.givenStyle(*window) && exception.leaves(play, *window);
   }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Exceptions, StyleExceptionTest,
                          testing::Range(std::size_t{0}, styleExceptions().size()));
 
-TEST(StyleExceptionListTest, HasAnExampleOfEach) {
+TEST(StyleExceptionListTest, HasAnExampleOfEachException) {
   EXPECT_EQ(std::size(kExamples), styleExceptions().size());
 }
 

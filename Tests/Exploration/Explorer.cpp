@@ -9,47 +9,48 @@ namespace vel::exploration {
 
 namespace {
 
-void performAll(Stage& stage, const Script& script) {
+void performAll(ObservedPlay& play, const Script& script) {
   for (const std::uint8_t action : script) {
-    stage.perform(action);
+    play.perform(action);
   }
 }
 
 }  // namespace
 
-std::string violationIn(const Theatre& theatre, std::span<const Invariant> invariants,
+std::string violationIn(const ParsedSetting& parsed, std::span<const Invariant> invariants,
                         const Script& script) {
-  Stage stage(theatre, invariants);
-  performAll(stage, script);
-  stage.end();
-  return stage.violation();
+  ObservedPlay play(parsed, invariants);
+  performAll(play, script);
+  play.end();
+  return play.violation();
 }
 
 Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                     std::size_t depth) {
-  const Theatre theatre(setting);
+  const ParsedSetting parsed(setting);
   Exploration found;
-  // Hashes stand for the keys: two of a million states share one with a chance of 1 in 10^7.
+  // Stores hashes of the keys. Among a million states, two share a hash with a probability of 1 in
+  // 10^7.
   std::unordered_set<std::size_t> known;
   std::vector<Script> open;
-  // Answers whether all invariants hold.
+  // Returns whether all invariants hold.
   const auto visit = [&](const Script& script) {
     ++found.sequences;
-    Stage stage(theatre, invariants);
-    performAll(stage, script);
-    if (!stage.violation().empty()) {
-      found.finding = {.violation = stage.violation(), .script = script};
+    ObservedPlay play(parsed, invariants);
+    performAll(play, script);
+    if (!play.violation().empty()) {
+      found.finding = {.violation = play.violation(), .script = script};
       return false;
     }
-    if (known.insert(std::hash<std::string>()(stateKey(stage))).second) {
+    if (known.insert(std::hash<std::string>()(stateKey(play))).second) {
       open.push_back(script);
-      stage.end();
+      play.end();
     }
-    if (!stage.violation().empty()) {
-      found.finding = {.violation = stage.violation(), .script = script};
+    if (!play.violation().empty()) {
+      found.finding = {.violation = play.violation(), .script = script};
       found.finding->script.push_back(actionNamed("deactivate"));
     }
-    return stage.violation().empty();
+    return play.violation().empty();
   };
 
   if (!visit({})) {

@@ -7,35 +7,35 @@
 #include <string>
 
 #include "Tests/Exploration/Alphabet.h"
-#include "Tests/Exploration/Stage.h"
+#include "Tests/Exploration/ObservedPlay.h"
 
 namespace vel::exploration {
 
-/// A script in which an invariant does not hold. Where that shows only in the time after it, when
-/// the manager has been deactivated, that is its last action.
+/// A script that breaks an invariant. If the invariant breaks only after the end of the script,
+/// when the manager is deactivated, the last action of the script is "deactivate".
 struct Finding {
   std::string violation;
   Script script;
 };
 
 struct Exploration {
-  /// Different ones, the first included.
+  /// The number of different states, the first one included.
   std::size_t states = 0;
-  /// Scripts played.
+  /// The number of scripts that were played.
   std::size_t sequences = 0;
-  /// The length up to which every script was played, or found to end where a shorter one does.
+  /// Every script up to this length was played, or reaches a state of a shorter script.
   std::size_t depth = 0;
-  /// The first, and so one of the shortest; the exploration ends with it.
+  /// The first finding, which is also one of the shortest. The exploration ends with it.
   std::optional<Finding> finding;
 };
 
-/// Plays every script of up to `depth` actions, the shorter ones first, each from the start on a
-/// stage of its own. Of scripts that lead to the same state only the first is gone on from.
+/// Plays every script of up to `depth` actions from its start, shorter scripts first. If several
+/// scripts lead to the same state, extends only the first one.
 [[nodiscard]] Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                                   std::size_t depth);
 
-/// Plays one script to its end; what does not hold, or nothing.
-[[nodiscard]] std::string violationIn(const Theatre& theatre, std::span<const Invariant> invariants,
-                                      const Script& script);
+/// Plays one script to its end. Returns the broken invariant, or an empty text.
+[[nodiscard]] std::string violationIn(const ParsedSetting& parsed,
+                                      std::span<const Invariant> invariants, const Script& script);
 
 }  // namespace vel::exploration

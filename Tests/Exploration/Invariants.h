@@ -2,11 +2,11 @@
 
 #include <span>
 
-#include "Tests/Exploration/Stage.h"
+#include "Tests/Exploration/ObservedPlay.h"
 
 namespace vel::exploration {
 
-/// What holds of every launch screen, whatever its host and its user do.
+/// What holds for every launch screen, whatever the host and the user do.
 [[nodiscard]] std::span<const Invariant> invariants();
 
 }  // namespace vel::exploration

@@ -19,7 +19,7 @@ namespace vel::exploration {
 
 namespace {
 
-// One part of the key after the other, each as its bytes.
+// Appends the parts of the key as bytes.
 class KeyText {
  public:
   template <class Value>
@@ -46,9 +46,9 @@ class KeyText {
   std::string text_;
 };
 
-void addInspection(KeyText& key, const Stage& stage) {
+void addInspection(KeyText& key, const ObservedPlay& play) {
   const auto [manager, configuration, content, controller, application] =
-      host::inspect(*stage.manager(), stage.names());
+      host::inspect(*play.manager(), play.names());
   key << manager.content << manager.tempContent << manager.appIsUnfocused << manager.eventWasSended
       << manager.launchScreenExpirationTimer << manager.launchScreenExpirationTimeLeft
       << manager.launchScreenExpired << manager.launchShouldBeClosed;
@@ -66,7 +66,7 @@ void addInspection(KeyText& key, const Stage& stage) {
 
 using Controllers = std::vector<Strong<LaunchScreenViewController>>;
 
-// The place in the list; its size for one that is not in it.
+// The index in the list, or the size of the list if it does not contain the controller.
 template <class T>
 std::size_t placeOf(const T* controller, const Controllers& controllers) {
   return static_cast<std::size_t>(
@@ -76,30 +76,30 @@ std::size_t placeOf(const T* controller, const Controllers& controllers) {
 
 void addWork(KeyText& key) {
   for (const DispatchQueue::Pending& work : dispatch_get_main_queue().pending()) {
-    key << work.deadline - Stage::time() << std::string(work.label);
+    key << work.deadline - ObservedPlay::time() << std::string(work.label);
   }
   key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();
 }
 
-void addWindows(KeyText& key, const Stage& stage) {
-  for (const Strong<NSWindow>& window : stage.hostWindows()) {
+void addWindows(KeyText& key, const ObservedPlay& play) {
+  for (const Strong<NSWindow>& window : play.hostWindows()) {
     key << window->isVisible() << window->styleMask() << window->sheets().size()
         << window->contentView()->subviews().size();
   }
   for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
     key << window->isModalPanel();
   }
-  for (const std::string& name : stage.history().keyOrder) {
-    const Strong<NSWindow> window = stage.names().window(name);
+  for (const std::string& name : play.history().keyOrder) {
+    const Strong<NSWindow> window = play.names().window(name);
     if (send(window, &NSWindow::isOnScreen)) {
       key << name;
     }
   }
 }
 
-void addController(KeyText& key, const Stage& stage, LaunchScreenViewController& controller) {
+void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewController& controller) {
   key << controller.presentationMode() << controller.appWindowStyleMask()
-      << stage.names().nameOf(controller.appWindow()) << controller.isShown()
+      << play.names().nameOf(controller.appWindow()) << controller.isShown()
       << (controller.parentViewController() != nullptr)
       << (controller.presentingViewController().get() == &controller)
       << (controller.presentingViewController() != nullptr);
@@ -110,57 +110,57 @@ void addController(KeyText& key, const Stage& stage, LaunchScreenViewController&
   key << (controller.activityIndicator() != nullptr)
       << controller.presentedViewControllers().size();
   if (const auto delegates = controller.delegates()) {
-    key << delegates->containsObject(stage.manager().get())
-        << delegates->containsObject(stage.mainContent().lock().get());
+    key << delegates->containsObject(play.manager().get())
+        << delegates->containsObject(play.mainContent().lock().get());
   }
   if (!controller.isViewLoaded()) {
     return;
   }
   const Strong<NSView> view = controller.view();
-  key << stage.names().nameOf(view->window());
+  key << play.names().nameOf(view->window());
   if (const Strong<NSView> superview = view->superview()) {
     const auto& views = superview->subviews();
     key << std::ranges::find(views, view) - views.begin();
   }
 }
 
-void addCovers(KeyText& key, const Stage& stage) {
+void addCovers(KeyText& key, const ObservedPlay& play) {
   using namespace embedded_cover;
-  const Controllers controllers = stage.controllers();
+  const Controllers controllers = play.controllers();
   for (const auto& controller : controllers) {
-    addController(key, stage, *controller);
+    addController(key, play, *controller);
   }
-  // Whose view is tracked: a controller's that may be gone already.
+  // The controller of the tracked view. It may be released already.
   const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto window = send(superView, &NSView::window);
-  const auto current = send(stage.manager()->content(), &LaunchScreenContent::viewController);
+  const auto current = send(play.manager()->content(), &LaunchScreenContent::viewController);
   key << placeOf(selfController.get(), controllers) << placeOf(owner.get(), controllers)
-      << stage.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
+      << play.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
       << placeOf(as<LaunchScreenViewController>(current).get(), controllers);
 }
 
-void addHistory(KeyText& key, const Stage& stage) {
-  const History& history = stage.history();
+void addHistory(KeyText& key, const ObservedPlay& play) {
+  const History& history = play.history();
   key << history.plainRequest << history.away << history.events;
   if (history.sentAt && history.events == 0) {
-    key << *history.sentAt - Stage::time();
+    key << *history.sentAt - ObservedPlay::time();
   }
   key << history.styleExceptions.to_ulong();
 }
 
 }  // namespace
 
-std::string stateKey(const Stage& stage) {
+std::string stateKey(const ObservedPlay& play) {
   KeyText key;
-  addInspection(key, stage);
-  if (const Strong<NSTimer> timer = stage.manager()->launchScreenExpirationTimer()) {
-    key << timer->isValid() << timer->fireDate() - Stage::time();
+  addInspection(key, play);
+  if (const Strong<NSTimer> timer = play.manager()->launchScreenExpirationTimer()) {
+    key << timer->isValid() << timer->fireDate() - ObservedPlay::time();
   }
-  key << NSNotificationCenter::defaultCenter().registrationCount(stage.manager().get());
+  key << NSNotificationCenter::defaultCenter().registrationCount(play.manager().get());
   addWork(key);
-  addWindows(key, stage);
-  addCovers(key, stage);
-  addHistory(key, stage);
+  addWindows(key, play);
+  addCovers(key, play);
+  addHistory(key, play);
   return std::move(key).text();
 }
 

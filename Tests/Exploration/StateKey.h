@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "Tests/Exploration/Stage.h"
+#include "Tests/Exploration/ObservedPlay.h"
 
 namespace vel::exploration {
 
-/// All that what comes next may depend on, and all that the invariants remember: two plays with the
-/// same key go on alike. Times count from now.
-[[nodiscard]] std::string stateKey(const Stage& stage);
+/// Everything that the rest of the play depends on: two plays with the same key have the same
+/// future. Contains what the invariants remember, and times relative to now.
+[[nodiscard]] std::string stateKey(const ObservedPlay& play);
 
 }  // namespace vel::exploration

@@ -13,69 +13,69 @@ namespace vel::exploration {
 
 namespace {
 
-constexpr NSWindowStyleMask kTakenAway =
+constexpr NSWindowStyleMask kRemovedControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 constexpr NSWindowStyleMask kNothingSaved = ~NSWindowStyleMask{0};
 constexpr std::int32_t kHostModeEmbedded = 0;
 
-bool isWithoutControls(const Stage& stage, const NSWindow& window) {
-  return window.styleMask() == (stage.givenStyle(window) & ~kTakenAway);
+bool isWithoutControls(const ObservedPlay& play, const NSWindow& window) {
+  return window.styleMask() == (play.givenStyle(window) & ~kRemovedControls);
 }
 
-bool hasStyleOfAnother(const Stage& stage, const NSWindow& window) {
-  return std::ranges::any_of(stage.hostWindows(), [&stage, &window](const auto& other) {
-    return other.get() != &window && stage.givenStyle(*other) == window.styleMask();
+bool hasStyleOfAnother(const ObservedPlay& play, const NSWindow& window) {
+  return std::ranges::any_of(play.hostWindows(), [&play, &window](const auto& other) {
+    return other.get() != &window && play.givenStyle(*other) == window.styleMask();
   });
 }
 
-bool hasEveryBit(const Stage& /*stage*/, const NSWindow& window) {
+bool hasEveryBit(const ObservedPlay& /*play*/, const NSWindow& window) {
   return window.styleMask() == kNothingSaved;
 }
 
-// A presentation that is about to be made.
+// A presentation that a step is about to make.
 struct Presentation {
   bool embedded = false;
   Strong<NSWindow> window;
   Strong<LaunchScreenViewController> controller;
 };
 
-std::optional<Presentation> presentationOf(const Stage& stage, const host::Step& step) {
+std::optional<Presentation> presentationOf(const ObservedPlay& play, const host::Step& step) {
   const auto* const present = std::get_if<host::step::Present>(&step.action);
   const auto controller = as<LaunchScreenViewController>(
-      send(stage.manager()->content(), &LaunchScreenContent::viewController));
+      send(play.manager()->content(), &LaunchScreenContent::viewController));
   if (present == nullptr || controller == nullptr || !present->window) {
     return std::nullopt;
   }
   return Presentation{.embedded = present->mode == kHostModeEmbedded,
-                      .window = stage.names().window(*present->window),
+                      .window = play.names().window(*present->window),
                       .controller = controller};
 }
 
-bool takesAnotherMode(const Stage& stage, const host::Step& step) {
-  const auto made = presentationOf(stage, step);
+bool takesAnotherMode(const ObservedPlay& play, const host::Step& step) {
+  const auto made = presentationOf(play, step);
   return made && !made->embedded && made->controller->appWindow() != nullptr;
 }
 
-bool takesAnotherWindow(const Stage& stage, const host::Step& step) {
-  const auto made = presentationOf(stage, step);
+bool takesAnotherWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto made = presentationOf(play, step);
   return made && made->embedded && made->controller->appWindow() != nullptr &&
          made->controller->appWindow() != made->window;
 }
 
-bool bringsAnothersStyle(const Stage& stage, const host::Step& step) {
-  const auto made = presentationOf(stage, step);
+bool bringsAnothersStyle(const ObservedPlay& play, const host::Step& step) {
+  const auto made = presentationOf(play, step);
   return made && made->embedded && made->controller->appWindowStyleMask() != kNothingSaved &&
-         made->controller->appWindowStyleMask() != stage.givenStyle(*made->window);
+         made->controller->appWindowStyleMask() != play.givenStyle(*made->window);
 }
 
-bool coversACoveredWindow(const Stage& stage, const host::Step& step) {
-  const auto made = presentationOf(stage, step);
+bool coversACoveredWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto made = presentationOf(play, step);
   return made && made->embedded && made->controller->appWindowStyleMask() == kNothingSaved &&
-         made->window->styleMask() != stage.givenStyle(*made->window);
+         made->window->styleMask() != play.givenStyle(*made->window);
 }
 
-bool coversAClosedWindow(const Stage& stage, const host::Step& step) {
-  const auto made = presentationOf(stage, step);
+bool coversAClosedWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto made = presentationOf(play, step);
   return made && made->embedded && !made->window->isVisible();
 }
 
@@ -85,9 +85,9 @@ bool isRemovalPending() {
   });
 }
 
-// The host's windows have no views of their own in their content views.
-bool isCoverUp(const Stage& stage) {
-  return std::ranges::any_of(stage.hostWindows(),
+// The host adds no views to its content views, so any subview is a cover.
+bool isCoverUp(const ObservedPlay& play) {
+  return std::ranges::any_of(play.hostWindows(),
                              [](const Strong<NSWindow>& window) {
                                return window->isVisible() &&
                                       !window->contentView()->subviews().empty();
@@ -98,34 +98,34 @@ bool isCoverUp(const Stage& stage) {
 }
 
 constexpr StyleException kStyleExceptions[] = {
-    {"an embedded cover presented once more, as a window of its own",
-     "a style is given back in embedded mode alone, and the mode is another by then",
-     &takesAnotherMode, &isWithoutControls},
-    {"an embedded cover presented once more, over another window",
-     "one window is held at a time, and the former is let go without its style",
+    {"an embedded cover presented again, as a window of its own",
+     "only embedded mode restores a style, and the mode has changed", &takesAnotherMode,
+     &isWithoutControls},
+    {"an embedded cover presented again, over another window",
+     "a controller keeps one window at a time, and does not restore the style of the previous one",
      &takesAnotherWindow, &isWithoutControls},
     {"a controller's second window",
-     "a style is saved once for each controller, and so the second window is given the first one's",
+     "a controller saves a style once, so the second window gets the style of the first",
      &bringsAnothersStyle, &hasStyleOfAnother},
     {"a second cover over a covered window",
-     "it saves the style that the first has left, and gives that back", &coversACoveredWindow,
-     &isWithoutControls},
-    {"a cover over a closed window, given back by another controller",
-     "no style was saved, and what stands for none is written as it stands", &coversAClosedWindow,
+     "it saves the style that the first cover has set, and restores that style",
+     &coversACoveredWindow, &isWithoutControls},
+    {"a cover over a closed window, restored by another controller",
+     "no style was saved, and the value that means so is written as a style", &coversAClosedWindow,
      &hasEveryBit},
 };
 
 }  // namespace
 
-bool isUncovered(const Stage& stage) { return !isCoverUp(stage) && !isRemovalPending(); }
+bool isUncovered(const ObservedPlay& play) { return !isCoverUp(play) && !isRemovalPending(); }
 
-bool isStyleForgotten(const Stage& stage) {
-  const Strong<NSWindow> player = stage.hostWindows().front();
+bool isStyleForgotten(const ObservedPlay& play) {
+  const Strong<NSWindow> player = play.hostWindows().front();
   return embedded_cover::selfController == nullptr &&
-         std::ranges::all_of(stage.controllers(), [&stage, &player](const auto& controller) {
+         std::ranges::all_of(play.controllers(), [&play, &player](const auto& controller) {
            const NSWindowStyleMask saved = controller->appWindowStyleMask();
            return controller->appWindow() == nullptr &&
-                  (saved == kNothingSaved || saved == stage.givenStyle(*player));
+                  (saved == kNothingSaved || saved == play.givenStyle(*player));
          });
 }
 

@@ -1,4 +1,4 @@
-// explore [--depth N]: plays every script up to a length, and looks at the invariants all the time.
+// explore [--depth N]: plays every script up to a length and checks the invariants.
 #include <charconv>
 #include <iostream>
 #include <string_view>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kDefaultDepth = 5;
 
-// Answers whether no invariant was broken.
+// Returns whether every invariant holds.
 bool exploreAll(std::size_t depth) {
   using namespace vel::exploration;
   for (const Setting& setting : settings()) {

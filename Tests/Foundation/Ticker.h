@@ -10,7 +10,7 @@
 
 namespace vel::test {
 
-/// Counts how often its timer fires, and does what the test wants it to do then.
+/// Counts how often its timer fires, and runs the test's work at each firing.
 class Ticker final : public Class<Ticker, "Ticker"> {
  public:
   explicit Ticker(std::function<void(NSTimer&)> work = nullptr) : work_(std::move(work)) {}
@@ -30,20 +30,20 @@ class Ticker final : public Class<Ticker, "Ticker"> {
 
 enum class Repeats : bool { No, Yes };
 
-/// A timer for `ticker` after so many seconds, in the default mode.
+/// Schedules a timer for `ticker` in the default mode.
 inline Strong<NSTimer> schedule(double seconds, const Strong<Ticker>& ticker,
                                 Repeats repeats = Repeats::No) {
   return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Ticker::tick>(
       seconds, ticker, repeats == Repeats::Yes);
 }
 
-/// A timer that does `work` after so many seconds.
+/// Schedules a timer that runs `work`.
 inline Strong<NSTimer> schedule(double seconds, std::function<void()> work,
                                 Repeats repeats = Repeats::No) {
   return schedule(seconds, make<Ticker>([work = std::move(work)](NSTimer&) { work(); }), repeats);
 }
 
-/// Moves the virtual clock without a pass, as slow work does.
+/// Advances the virtual clock without a pass, as slow work does.
 inline void letTimePass(double seconds) {
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));

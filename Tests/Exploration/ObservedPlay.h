@@ -14,92 +14,93 @@
 
 namespace vel::exploration {
 
-class Stage;
+class ObservedPlay;
 
-/// What always holds, with its name.
+/// A statement that always holds.
 struct Invariant {
-  /// When it is looked at: whenever something happens and whenever all that is due has been done;
-  /// after each action; after the end, when all has come to rest.
+  /// When the invariant is checked. Moment: at every trace line, and whenever no more work is due.
+  /// State: after each action. End: after the end of the play, when no work is left.
   enum class When : std::uint8_t { Moment, State, End };
 
   std::string_view name;
   When when = When::Moment;
-  /// What is wrong; empty where nothing is.
-  std::string (*fault)(const Stage& stage) = nullptr;
+  /// Returns what is wrong, or an empty text.
+  std::string (*fault)(const ObservedPlay& play) = nullptr;
 };
 
-/// How the manager stands at a moment.
+/// The manager's state at a moment.
 struct Sample {
   double timeLeft = 0;
   double interval = 0;  // the configuration's
-  bool counts = false;  // it has a valid timer
+  bool counts = false;  // the manager has a valid timer
   bool unfocused = false;
   bool sent = false;
   bool expired = false;
   bool skipMode = false;
 };
 
-/// What a play has shown so far, as far as an invariant asks for it.
+/// What has happened in a play so far, as far as invariants need it.
 struct History {
-  /// Some request was accepted outside skip mode.
+  /// A request was accepted outside skip mode.
   bool plainRequest = false;
-  /// A required window resigned key and none has become key since, by the key changes alone.
+  /// A required window has lost the key status, and none has become key since. Computed from the
+  /// key changes alone.
   bool away = false;
   int events = 0;
-  /// When `eventWasSended` rose.
+  /// When `eventWasSended` became true.
   std::optional<Nanoseconds> sentAt;
-  /// The windows that were key, the latest last.
+  /// The windows that have been key, the latest last.
   std::vector<std::string> keyOrder;
-  /// Which of the style exceptions have begun, by their place.
+  /// The style exceptions that have begun, by index.
   std::bitset<16> styleExceptions;
 
-  // Since all that was due had been done:
+  // Since the last moment without due work:
   double timeLeft = 0;
   bool wasCounting = false;
   std::string_view step;
-  /// The step is a guarded dismissal that the manager is asked about and has to refuse.
+  /// The step is a guarded dismissal that the manager must refuse.
   bool refusalDue = false;
   bool hostAsked = false;
   bool hostTold = false;
   int coverSteps = 0;
 };
 
-/// One play of a script, watched: the player of scenarios does the steps, the invariants are looked
-/// at, and the first that does not hold is kept. One at a time. Main thread.
-class Stage final : private host::PlayListener {
+/// Plays a script, checks the invariants during the play, and keeps the first one that is broken.
+/// Only one play exists at a time. Main thread.
+class ObservedPlay final : private host::PlayListener {
  public:
-  /// Both have to outlive the stage.
-  Stage(const Theatre& theatre, std::span<const Invariant> invariants);
-  Stage(const Stage&) = delete;
-  Stage& operator=(const Stage&) = delete;
-  Stage(Stage&&) = delete;
-  Stage& operator=(Stage&&) = delete;
-  ~Stage() override;
+  /// Both arguments must outlive the play.
+  ObservedPlay(const ParsedSetting& parsed, std::span<const Invariant> invariants);
+  ObservedPlay(const ObservedPlay&) = delete;
+  ObservedPlay& operator=(const ObservedPlay&) = delete;
+  ObservedPlay(ObservedPlay&&) = delete;
+  ObservedPlay& operator=(ObservedPlay&&) = delete;
+  ~ObservedPlay() override;
 
   void perform(std::uint8_t action);
-  /// Deactivates the manager and lets time pass until nothing is left to come.
+  /// Deactivates the manager and lets time pass until no work is left.
   void end();
 
-  /// The name of the invariant that did not hold, and what was wrong; empty while all hold.
+  /// The name of the first broken invariant and what was wrong. Empty while all invariants hold.
   [[nodiscard]] const std::string& violation() const { return violation_; }
 
-  // For invariants and the state's key.
+  // For the invariants and the state key.
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return player_.manager(); }
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& before() const { return before_; }
   [[nodiscard]] const Sample& now() const { return now_; }
-  /// What happens at this moment; none where all that was due has been done.
+  /// The trace line of this moment. Null if no work is due.
   [[nodiscard]] const host::TraceEvent* event() const { return event_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
-  /// The host's windows, as they were opened, also closed ones.
+  /// The host's windows in the order in which they were opened, closed windows included.
   [[nodiscard]] const std::vector<Strong<NSWindow>>& hostWindows() const { return hostWindows_; }
-  [[nodiscard]] const host::HostScript& hostScript() const { return theatre_.scenario.host; }
+  [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
   /// The style that the host gave to one of its windows.
   [[nodiscard]] NSWindowStyleMask givenStyle(const NSWindow& window) const;
-  /// The main content's controllers that are alive, the oldest first.
+  /// The main content's controllers that are alive, oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
-  /// After the end: the controller that the deactivation found, if it is still alive.
+  /// After the end: the controller at the time of the deactivation, if it is still alive.
   [[nodiscard]] Strong<LaunchScreenViewController> lastController() const {
     return lastController_.lock();
   }
@@ -122,7 +123,7 @@ class Stage final : private host::PlayListener {
   bool showsCover(const Strong<NSWindow>& window);
   void collect();
 
-  const Theatre& theatre_;
+  const ParsedSetting& setting_;
   std::span<const Invariant> invariants_;
   host::Player player_;
   host::WindowNames& names_;
@@ -135,7 +136,7 @@ class Stage final : private host::PlayListener {
   Sample now_;
   const host::TraceEvent* event_ = nullptr;
   History history_;
-  const host::Step* step_ = nullptr;  // under way, or the last
+  const host::Step* step_ = nullptr;  // the current or the last step
   Nanoseconds at_ = 0;
   std::string violation_;
 };

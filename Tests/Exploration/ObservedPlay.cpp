@@ -1,4 +1,4 @@
-#include "Tests/Exploration/Stage.h"
+#include "Tests/Exploration/ObservedPlay.h"
 
 #include <algorithm>
 
@@ -12,8 +12,8 @@ namespace vel::exploration {
 namespace {
 
 constexpr Nanoseconds kTenthOfSecond = kNanosecondsPerSecond / 10;
-// More than the countdown and all delayed work that can follow one another.
-constexpr Nanoseconds kTimeToRest = 5 * kNanosecondsPerSecond;
+// Longer than the countdown and all delayed work that can follow it.
+constexpr Nanoseconds kTimeUntilAllIsDone = 5 * kNanosecondsPerSecond;
 
 Sample sampleOf(const LaunchScreenManager& manager) {
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
@@ -40,10 +40,10 @@ void addOnce(std::vector<Weak<T>>& list, const Strong<T>& object) {
 
 }  // namespace
 
-Stage::Stage(const Theatre& theatre, std::span<const Invariant> invariants)
-    : theatre_(theatre),
+ObservedPlay::ObservedPlay(const ParsedSetting& parsed, std::span<const Invariant> invariants)
+    : setting_(parsed),
       invariants_(invariants),
-      player_(theatre.scenario, *this),
+      player_(parsed.scenario, *this),
       names_(player_.names()),
       mainContent_(manager()->content()),
       now_(sampleOf(*manager())) {
@@ -55,16 +55,17 @@ Stage::Stage(const Theatre& theatre, std::span<const Invariant> invariants)
   }
 }
 
-Stage::~Stage() {
-  // Temporary contents and their controllers keep each other alive until somebody does this.
+ObservedPlay::~ObservedPlay() {
+  // Temporary contents and their controllers keep each other alive until the content is
+  // deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
 }
 
-void Stage::perform(std::uint8_t action) {
+void ObservedPlay::perform(std::uint8_t action) {
   at_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
-  for (host::Step step : theatre_.steps[action]) {
+  for (host::Step step : setting_.steps[action]) {
     step.at = at_;
     play(step);
   }
@@ -77,15 +78,15 @@ void Stage::perform(std::uint8_t action) {
   }
 }
 
-void Stage::end() {
+void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
   play({.at = at_, .name = "deactivate", .action = host::step::Deactivate{}});
-  at_ += kTimeToRest;
+  at_ += kTimeUntilAllIsDone;
   play({.at = at_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::When::End);
 }
 
-void Stage::play(const host::Step& step) {
+void ObservedPlay::play(const host::Step& step) {
   step_ = &step;
   try {
     player_.play(step);
@@ -96,7 +97,7 @@ void Stage::play(const host::Step& step) {
   }
 }
 
-std::vector<Strong<LaunchScreenViewController>> Stage::controllers() const {
+std::vector<Strong<LaunchScreenViewController>> ObservedPlay::controllers() const {
   std::vector<Strong<LaunchScreenViewController>> alive;
   for (const Weak<LaunchScreenViewController>& entry : controllers_) {
     if (const auto controller = entry.lock()) {
@@ -106,7 +107,7 @@ std::vector<Strong<LaunchScreenViewController>> Stage::controllers() const {
   return alive;
 }
 
-NSWindowStyleMask Stage::givenStyle(const NSWindow& window) const {
+NSWindowStyleMask ObservedPlay::givenStyle(const NSWindow& window) const {
   std::size_t place = 0;
   while (hostWindows_[place].get() != &window) {
     ++place;
@@ -116,12 +117,12 @@ NSWindowStyleMask Stage::givenStyle(const NSWindow& window) const {
 
 // Watching
 
-void Stage::traceLineAdded(const host::TraceLine& line) {
+void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
   moment(&line.event);
   std::visit([this](const auto& event) { note(event); }, line.event);
 }
 
-void Stage::stateReached(const host::PlayState& /*state*/) {
+void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
   moment(nullptr);
   collect();
   history_.timeLeft = now_.timeLeft;
@@ -133,7 +134,7 @@ void Stage::stateReached(const host::PlayState& /*state*/) {
   history_.coverSteps = 0;
 }
 
-void Stage::moment(const host::TraceEvent* event) {
+void ObservedPlay::moment(const host::TraceEvent* event) {
   event_ = event;
   before_ = now_;
   now_ = sampleOf(*manager());
@@ -143,7 +144,7 @@ void Stage::moment(const host::TraceEvent* event) {
   check(Invariant::When::Moment);
 }
 
-void Stage::check(Invariant::When when) {
+void ObservedPlay::check(Invariant::When when) {
   for (const Invariant& invariant : invariants_) {
     if (!violation_.empty()) {
       return;
@@ -157,7 +158,7 @@ void Stage::check(Invariant::When when) {
   }
 }
 
-void Stage::note(const host::trace::StepStarted& started) {
+void ObservedPlay::note(const host::trace::StepStarted& started) {
   history_.step = started.name;
   for (std::size_t place = 0; place < styleExceptions().size(); ++place) {
     if (styleExceptions()[place].begins(*this, *step_)) {
@@ -173,21 +174,21 @@ void Stage::note(const host::trace::StepStarted& started) {
                         now_.timeLeft > expirationTimeStep;
 }
 
-void Stage::note(const host::trace::ContentDataAnswered& answered) {
+void ObservedPlay::note(const host::trace::ContentDataAnswered& answered) {
   history_.plainRequest = history_.plainRequest || (answered.answer && !now_.skipMode);
 }
 
-void Stage::note(const host::trace::HostCalled& called) {
+void ObservedPlay::note(const host::trace::HostCalled& called) {
   history_.hostAsked = history_.hostAsked || called.operation == host::ViewOperation::CanDisappear;
   history_.hostTold = history_.hostTold || called.operation == host::ViewOperation::DidDisappear;
 }
 
-void Stage::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.events; }
+void ObservedPlay::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.events; }
 
-void Stage::note(const host::trace::CoverStep& /*step*/) { ++history_.coverSteps; }
+void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverSteps; }
 
-// Whether the user sees the cover while the window is key, worked out without the manager's help.
-bool Stage::showsCover(const Strong<NSWindow>& window) {
+// Whether the user sees the cover while the window is key. Does not use the manager's own answer.
+bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> shownIn = send(send(cover, &NSViewController::view), &NSView::window);
   if (window == nullptr || cover == nullptr) {
@@ -208,8 +209,9 @@ bool Stage::showsCover(const Strong<NSWindow>& window) {
          });
 }
 
-// The manager is about to be told; from this alone follows whether a required window is away.
-void Stage::note(const host::trace::KeyChanged& changed) {
+// Computes from the key change alone whether a required window is away. The manager is notified
+// later.
+void ObservedPlay::note(const host::trace::KeyChanged& changed) {
   if (changed.change == KeyChange::Becomes) {
     std::erase(history_.keyOrder, changed.window);
     history_.keyOrder.push_back(changed.window);
@@ -230,7 +232,7 @@ void Stage::note(const host::trace::KeyChanged& changed) {
   }
 }
 
-void Stage::collect() {
+void ObservedPlay::collect() {
   addOnce(controllers_, controllerOf(manager()->content()));
   addOnce(temporaryContents_, manager()->tempContent());
 }
