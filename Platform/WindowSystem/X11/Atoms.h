@@ -1,4 +1,4 @@
-// The names that are agreed on with the server once, when the connection is opened.
+// The atoms that the back end uses. They are interned once, when the connection is opened.
 #pragma once
 
 #include <array>

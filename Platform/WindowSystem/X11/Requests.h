@@ -1,5 +1,5 @@
-// The requests of the core protocol that the back end sends. Each is named after its request. None
-// of them blocks. An error that the server returns later is logged with the request's name.
+// The requests of the core protocol that the back end sends. A function has the name of its request
+// where it sends just one. An error that the server returns later is logged with that name.
 #pragma once
 
 #include <xcb/xproto.h>
@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
+#include <span>
 
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/BrokenPipeGuard.h"
@@ -74,5 +75,13 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
                          const std::array<std::uint32_t, 5>& data);
 /// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
 void sendWithdrawn(Connection& connection, xcb_window_t window);
+
+/// Each of these blocks for a round trip and returns null if it fails.
+FromServer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
+FromServer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
+
+/// The children, back to front; empty for null. Valid as long as the reply.
+[[nodiscard]] std::span<const xcb_window_t> childrenOf(
+    const FromServer<xcb_query_tree_reply_t>& tree);
 
 }  // namespace vel::x11

@@ -12,70 +12,71 @@ namespace vel::x11 {
 
 namespace {
 
-constexpr std::uint32_t kAskedByApplication = 1;
+// The source indication of _NET_ACTIVE_WINDOW for a normal application.
+constexpr std::uint32_t kSourceApplication = 1;
 
 }  // namespace
 
+// A connection has one event mask for each window. This one also serves ScreenCoordinates.
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
-  // Each program selects a window's events once: these are all that matter of the root window,
-  // those for the monitors included.
   selectEvents(connection_, connection_.root(),
                XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-  ask();
+  requestProperties();
 }
 
-void WindowManager::ask() {
+void WindowManager::requestProperties() {
   const xcb_window_t root = connection_.root();
-  asked_ = {connection_.requestProperty(root, connection_.atom(Atom::NetSupportingWmCheck)),
-            connection_.requestProperty(root, connection_.atom(Atom::NetSupported))};
+  pendingReplies_ = {
+      connection_.requestProperty(root, connection_.atom(Atom::NetSupportingWmCheck)),
+      connection_.requestProperty(root, connection_.atom(Atom::NetSupported))};
 }
 
-// The root window names a window that the window manager keeps, and which names itself. A name left
-// by one that is gone leads to no such window, or to somebody else's: of that, our choice of events
-// is left as it is.
-void WindowManager::takeAnswers() {
-  const auto asked = std::exchange(asked_, std::nullopt);
-  if (!asked) {
+// The property of a window manager that has ended may remain on the root window. It then names no
+// window, or a window of another client, whose event mask must not change.
+void WindowManager::readReplies() {
+  const auto pending = std::exchange(pendingReplies_, std::nullopt);
+  if (!pending) {
     return;
   }
-  check_ = XCB_WINDOW_NONE;
+  checkWindow_ = XCB_WINDOW_NONE;
   supported_.clear();
-  const auto named = connection_.readProperty(asked->check, connection_.root());
-  const auto supported = connection_.readProperty(asked->supported, connection_.root());
-  if (!named || named->numbers().empty()) {
+  const auto check = connection_.readProperty(pending->check, connection_.root());
+  const auto supported = connection_.readProperty(pending->supported, connection_.root());
+  if (!check || check->numbers().empty()) {
     return;
   }
-  const xcb_window_t window = named->numbers().front();
-  if (!namesItself(window)) {
+  const xcb_window_t window = check->numbers().front();
+  if (!isSupportingWmCheckWindow(window)) {
     return;
   }
   selectEvents(connection_, window, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-  if (!namesItself(window)) {  // it has ended just now, and would not say so
+  if (!isSupportingWmCheckWindow(window)) {  // destroyed before the events were selected
     connection_.markDestroyed(window);
     return;
   }
-  check_ = window;
+  checkWindow_ = window;
   if (supported) {
     supported_ = supported->numbers();
   }
 }
 
-bool WindowManager::namesItself(xcb_window_t window) {
-  const auto named =
+// The window that a window manager makes to announce itself names itself in the same property.
+bool WindowManager::isSupportingWmCheckWindow(xcb_window_t window) {
+  const auto check =
       connection_.readPropertyIfExists(window, connection_.atom(Atom::NetSupportingWmCheck));
-  return named && named->numbers() == std::vector{window};
+  return check && check->numbers() == std::vector{window};
 }
 
 bool WindowManager::handle(const xcb_generic_event_t& event) {
-  takeAnswers();
+  readReplies();
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     const auto notice = eventAs<xcb_destroy_notify_event_t>(event);
-    if (notice.window != check_ || check_ == XCB_WINDOW_NONE) {
+    if (notice.window != checkWindow_ || checkWindow_ == XCB_WINDOW_NONE) {
       return false;
     }
-    connection_.markDestroyed(check_);
-    ask();
-    takeAnswers();
+    connection_.markDestroyed(checkWindow_);
+    requestProperties();
+    readReplies();
     return true;
   }
   if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
@@ -87,10 +88,10 @@ bool WindowManager::handle(const xcb_generic_event_t& event) {
        notice.atom != connection_.atom(Atom::NetSupported))) {
     return false;
   }
-  const xcb_window_t before = check_;
-  ask();
-  takeAnswers();
-  return check_ != before;
+  const xcb_window_t previousWindow = checkWindow_;
+  requestProperties();
+  readReplies();
+  return checkWindow_ != previousWindow;
 }
 
 bool WindowManager::supports(Atom feature) const {
@@ -98,13 +99,13 @@ bool WindowManager::supports(Atom feature) const {
 }
 
 bool WindowManager::isPresent() {
-  takeAnswers();
-  return check_ != XCB_WINDOW_NONE;
+  readReplies();
+  return checkWindow_ != XCB_WINDOW_NONE;
 }
 
-bool WindowManager::activatesWindows() { return isPresent() && supports(Atom::NetActiveWindow); }
+bool WindowManager::supportsActivation() { return isPresent() && supports(Atom::NetActiveWindow); }
 
-bool WindowManager::hasOrdered(const xcb_generic_event_t& event) const {
+bool WindowManager::isStackingChange(const xcb_generic_event_t& event) const {
   if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
     return false;
   }
@@ -113,31 +114,26 @@ bool WindowManager::hasOrdered(const xcb_generic_event_t& event) const {
          notice.atom == connection_.atom(Atom::NetClientListStacking);
 }
 
-std::optional<std::vector<xcb_window_t>> WindowManager::order() {
-  const Atom name = Atom::NetClientListStacking;
-  const auto order = isPresent() && supports(name)
-                         ? connection_.readProperty(connection_.root(), connection_.atom(name))
-                         : std::nullopt;
+std::optional<std::vector<xcb_window_t>> WindowManager::readStackingOrder() {
+  if (!isPresent() || !supports(Atom::NetClientListStacking)) {
+    return std::nullopt;
+  }
+  const auto order =
+      connection_.readProperty(connection_.root(), connection_.atom(Atom::NetClientListStacking));
   return order ? std::optional(order->numbers()) : std::nullopt;
 }
 
-void WindowManager::askToActivate(xcb_window_t window, xcb_timestamp_t time) {
-  sendToWindowManager(connection_, window, Atom::NetActiveWindow, {kAskedByApplication, time});
+void WindowManager::requestActivation(xcb_window_t window, xcb_timestamp_t time) {
+  sendToWindowManager(connection_, window, Atom::NetActiveWindow, {kSourceApplication, time});
 }
 
-void WindowManager::askToIconify(xcb_window_t window) {
+void WindowManager::requestIconify(xcb_window_t window) {
   sendToWindowManager(connection_, window, Atom::WmChangeState, {XCB_ICCCM_WM_STATE_ICONIC});
 }
 
-bool WindowManager::isIconic(const std::optional<Property>& state) {
-  const std::vector<std::uint32_t> numbers =
-      state ? state->numbers() : std::vector<std::uint32_t>();
-  return !numbers.empty() && numbers.front() == XCB_ICCCM_WM_STATE_ICONIC;
-}
-
-std::optional<NSWindowStyleMask> WindowManager::controlsOffered(xcb_window_t window) {
+std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t window) {
   if (!isPresent()) {
-    return NSWindowStyleMaskBorderless;  // nobody offers any
+    return NSWindowStyleMaskBorderless;
   }
   if (!supports(Atom::NetWmAllowedActions)) {
     return std::nullopt;

@@ -3,55 +3,56 @@
 #include <optional>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 #include "Platform/WindowSystem/X11/Connection.h"
 
 namespace vel::x11 {
 
-/// The window manager that runs on the display, if any: what it supports, what it is asked to do
-/// and what it says about windows. It may come, go and be replaced at any time. The server is asked
-/// for it at once, and the answers are taken when they are first needed.
-class WindowManager {
+/// The window manager that supports the extended window manager hints (EWMH), if one runs. It may
+/// start, end and be replaced at any time. The constructor only requests its properties. The
+/// replies are read when they are first needed, so that opening the display does not wait for them.
+class WindowManager final : public NonCopyable {
  public:
   explicit WindowManager(Connection& connection);
 
-  /// Takes an event; answers whether the window manager has gone or another one has come.
+  /// Processes an event. Returns whether the window manager has ended or another one has started.
   bool handle(const xcb_generic_event_t& event);
 
-  /// Whether one that speaks the extended hints runs.
+  /// Whether a window manager runs.
   [[nodiscard]] bool isPresent();
-  /// Whether one runs that takes requests for the focus.
-  [[nodiscard]] bool activatesWindows();
+  /// Whether a window manager runs that supports _NET_ACTIVE_WINDOW.
+  [[nodiscard]] bool supportsActivation();
 
-  /// Whether the event says that it has put windows into another order.
-  [[nodiscard]] bool hasOrdered(const xcb_generic_event_t& event) const;
-  /// The windows that it manages, back to front; none where it does not say. Waits.
-  [[nodiscard]] std::optional<std::vector<xcb_window_t>> order();
+  /// Whether the event announces another stacking order.
+  [[nodiscard]] bool isStackingChange(const xcb_generic_event_t& event) const;
+  /// Returns the windows that it manages, back to front; no value if it does not publish them.
+  /// Blocks for a round trip.
+  [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
-  /// Asks it to give the focus to `window`, `time` being when the user wished so.
-  void askToActivate(xcb_window_t window, xcb_timestamp_t time);
-  void askToIconify(xcb_window_t window);
+  /// Requests the focus for `window`. `time` is the server time of the user's last input.
+  void requestActivation(xcb_window_t window, xcb_timestamp_t time);
+  void requestIconify(xcb_window_t window);
 
-  /// Whether a window with this WM_STATE is miniaturised.
-  [[nodiscard]] static bool isIconic(const std::optional<Property>& state);
-  /// The controls that it offers for `window`; none where it does not say. Waits.
-  std::optional<NSWindowStyleMask> controlsOffered(xcb_window_t window);
+  /// Returns the controls that it offers for `window`; no value if it does not publish them. Blocks
+  /// for a round trip.
+  std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
  private:
-  struct Asked {
+  struct PendingReplies {
     xcb_get_property_cookie_t check;
     xcb_get_property_cookie_t supported;
   };
 
-  void ask();
-  void takeAnswers();
-  bool namesItself(xcb_window_t window);
+  void requestProperties();
+  void readReplies();
+  bool isSupportingWmCheckWindow(xcb_window_t window);
   [[nodiscard]] bool supports(Atom feature) const;
 
   Connection& connection_;
-  std::optional<Asked> asked_;
-  xcb_window_t check_ = XCB_WINDOW_NONE;
-  std::vector<std::uint32_t> supported_;
+  std::optional<PendingReplies> pendingReplies_;
+  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // of _NET_SUPPORTING_WM_CHECK
+  std::vector<std::uint32_t> supported_;        // _NET_SUPPORTED
 };
 
 }  // namespace vel::x11

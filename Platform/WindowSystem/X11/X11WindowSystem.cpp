@@ -1,37 +1,53 @@
-// What the back end is told to do; what it hears is in X11Events.cpp.
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
-
-#include <sys/utsname.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <limits>
 #include <utility>
 
 #include "Platform/WindowSystem/X11/Requests.h"
+#include "Platform/WindowSystem/X11/WindowCapture.h"
+#include "Platform/WindowSystem/X11/WindowProperties.h"
 
 namespace vel {
 
 using x11::Atom;
-using x11::BrokenPipeGuard;
+using x11::Event;
+using x11::eventAs;
 using x11::PixelRect;
-using x11::Property;
 using x11::RequestBatch;
+using x11::typeOf;
 using x11::Window;
 
 namespace {
 
-constexpr std::uint32_t kFollowed = XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
-                                    XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
-constexpr std::uint32_t kDragging =
+constexpr std::uint32_t kWindowEvents =
+    XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+    XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_FOCUS_CHANGE;
+constexpr std::uint32_t kDragEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_BUTTON_MOTION;
+
+constexpr const char* kConnectionLost = "the X11 display does not answer any more";
+
+std::string hexadecimal(std::uint64_t number) {
+  std::array<char, 16> digits{};
+  const char* const end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
+  return "0x" + std::string(std::as_const(digits).data(), end);
+}
+
+PixelRect withMinimumSize(PixelRect frame) {
+  frame.width = std::max(frame.width, 1);
+  frame.height = std::max(frame.height, 1);
+  return frame;
+}
 
 }  // namespace
 
 std::unique_ptr<X11WindowSystem> X11WindowSystem::open(const std::string& displayName,
                                                        std::string& error) {
-  const BrokenPipeGuard guard;
+  const x11::BrokenPipeGuard guard;
   auto connection = x11::Connection::open(displayName, error);
   if (connection == nullptr) {
     return nullptr;
@@ -48,12 +64,17 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
     : connection_(std::move(connection)),
       coordinates_(*connection_),
       render_(*connection_),
-      windowManager_(*connection_) {}
+      windowManager_(*connection_),
+      order_(*connection_, windowManager_, windows_, reports_),
+      focus_(*connection_, windowManager_, windows_, reports_),
+      monitor_(*connection_, coordinates_, order_, windows_, reports_),
+      controls_(*connection_, windowManager_, windows_, reports_),
+      animation_(windows_) {}
 
 X11WindowSystem::~X11WindowSystem() {
   const RequestBatch batch(*connection_);
-  for (auto& [handle, window] : windows_) {
-    letGo(window);
+  for (auto& [id, window] : windows_) {
+    release(window);
   }
   windows_.clear();
 }
@@ -62,256 +83,424 @@ WaitHandle X11WindowSystem::waitHandle() const {
   return WaitHandle(xcb_get_file_descriptor(connection_->get()));
 }
 
-Window* X11WindowSystem::find(WindowHandle window) {
-  const auto found = windows_.find(window);
-  return found == windows_.end() ? nullptr : &found->second;
-}
-
-// Making windows and letting them go
+// Creating, adopting and releasing windows
 
 WindowHandle X11WindowSystem::createWindow(const WindowDescription& description) {
-  if (lost_ || connection_->isBroken()) {
+  if (isLost_ || connection_->isBroken()) {
     return WindowHandle::None;
   }
   const RequestBatch batch(*connection_);
-  const xcb_window_t id = connection_->makeId();
-  Window& window = windows_[static_cast<WindowHandle>(id)];
-  window.id = id;
-  window.kind = description.kind;
-  window.frame = coordinates_.pixels(description.frame);
-  window.frame.width = std::max(window.frame.width, 1);
-  window.frame.height = std::max(window.frame.height, 1);
-  window.movableByBackground = description.movableByBackground;
-
-  // A presentation is white before anything is drawn in it.
+  Window& window = windows_.add({.id = connection_->makeId(),
+                                 .kind = description.kind,
+                                 .isMovableByBackground = description.movableByBackground,
+                                 .frame = withMinimumSize(coordinates_.pixels(description.frame))});
+  // A modal window or a sheet is white even before its scene is drawn.
   const xcb_screen_t& screen = connection_->screen();
-  const std::uint32_t background =
-      description.kind == WindowKind::Plain ? screen.black_pixel : screen.white_pixel;
-  x11::createWindow(*connection_, {.id = id, .parent = connection_->root(), .frame = window.frame},
-                    XCB_CW_BACK_PIXEL, {background});
-  describe(window, description);
-  window.style = std::make_unique<x11::WindowStyle>(*connection_, id, description.kind,
+  const bool isPlain = description.kind == WindowKind::Plain;
+  x11::createWindow(*connection_,
+                    {.id = window.id, .parent = connection_->root(), .frame = window.frame},
+                    XCB_CW_BACK_PIXEL, {isPlain ? screen.black_pixel : screen.white_pixel});
+  const Window* const owner = windows_.find(description.owner);
+  writeProperties(*connection_, window.id, description,
+                  owner == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : owner->id);
+  window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,
                                                     description.styleMask, window.frame);
-  selectEvents(window);  // what has been written so far, we know
+  selectWindowEvents(window);  // last, so that our own writes bring no events
   makeCover(window, screen.root_visual, screen.root_depth);
   return window.handle();
-}
-
-void X11WindowSystem::describe(const Window& window, const WindowDescription& description) {
-  const auto set = [this, &window](xcb_atom_t name, Property value) {
-    changeProperty(*connection_, window.id, name, std::move(value));
-  };
-  const auto atom = [this](Atom name) { return connection_->atom(name); };
-  const std::string className = description.className + '\0' + description.className + '\0';
-  set(XCB_ATOM_WM_CLASS, Property::ofText(XCB_ATOM_STRING, className));
-  constexpr std::array<std::uint32_t, 9> kTakesInput{1, 1};  // the first flag: the second field
-  set(XCB_ATOM_WM_HINTS, Property::ofNumbers(XCB_ATOM_WM_HINTS, kTakesInput));
-  const std::array protocols{atom(Atom::WmDeleteWindow)};
-  set(atom(Atom::WmProtocols), Property::ofNumbers(XCB_ATOM_ATOM, protocols));
-  const std::array process{static_cast<std::uint32_t>(getpid())};
-  set(atom(Atom::NetWmPid), Property::ofNumbers(XCB_ATOM_CARDINAL, process));
-  if (utsname machine{}; uname(&machine) == 0) {  // a process's number is one of a machine's
-    set(XCB_ATOM_WM_CLIENT_MACHINE,
-        Property::ofText(XCB_ATOM_STRING, static_cast<const char*>(machine.nodename)));
-  }
-  const std::array type{atom(description.kind == WindowKind::Plain ? Atom::NetWmWindowTypeNormal
-                                                                   : Atom::NetWmWindowTypeDialog)};
-  set(atom(Atom::NetWmWindowType), Property::ofNumbers(XCB_ATOM_ATOM, type));
-  if (const Window* const owner = find(description.owner)) {
-    const std::array ownerId{owner->id};
-    set(XCB_ATOM_WM_TRANSIENT_FOR, Property::ofNumbers(XCB_ATOM_WINDOW, ownerId));
-  }
-  writeTitle(window, description.title);
-}
-
-void X11WindowSystem::writeTitle(const Window& window, std::string_view title) {
-  const xcb_atom_t utf8 = connection_->atom(Atom::Utf8String);
-  changeProperty(*connection_, window.id, connection_->atom(Atom::NetWmName),
-                 Property::ofText(utf8, title));
-  changeProperty(*connection_, window.id, XCB_ATOM_WM_NAME, Property::ofText(utf8, title));
 }
 
 void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
   window.cover =
       std::make_unique<x11::Cover>(*connection_, coordinates_, render_, window.id, visual, depth);
-  window.cover->setShielded(modal_ != WindowHandle::None && modal_ != window.handle());
+  window.cover->setShielded(isShielded(window));
 }
 
-// Pointer events of a window can be selected by one program only: it is left to others unless it is
-// needed.
-void X11WindowSystem::selectEvents(const Window& window) {
-  x11::selectEvents(*connection_, window.id,
-                    window.movableByBackground ? kFollowed | kDragging : kFollowed);
+bool X11WindowSystem::isShielded(const Window& window) const {
+  return modalWindow_ != WindowHandle::None && modalWindow_ != window.handle();
+}
+
+// Only one client can select ButtonPress on a window, so the back end selects it only if needed.
+void X11WindowSystem::selectWindowEvents(const Window& window) {
+  selectEvents(*connection_, window.id,
+               window.isMovableByBackground ? kWindowEvents | kDragEvents : kWindowEvents);
+}
+
+std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId,
+                                                          std::string& error) {
+  if (isLost_) {
+    error = "the X11 display is lost";
+    return std::nullopt;
+  }
+  const std::string name = "window " + hexadecimal(nativeId);
+  if (const char* const reason = reasonToRefuse(nativeId)) {
+    error = name + ": " + reason;
+    return std::nullopt;
+  }
+  // Events are selected first, so no change between selecting and inspecting is missed.
+  const RequestBatch batch(*connection_);
+  const auto id = static_cast<xcb_window_t>(nativeId);
+  selectEvents(*connection_, id, kWindowEvents);
+  x11::WindowInspector inspector(*connection_);
+  const x11::Inspection inspection = inspector.inspect(id);
+  if (const char* const reason = inspector.reasonToRefuse(inspection)) {
+    error = name + ": " + reason;
+    if (inspection.state.attributes == nullptr) {
+      connection_->markDestroyed(id);
+    } else if (!inspection.isSupportingWmCheckWindow()) {  // WindowManager needs its DestroyNotify
+      selectEvents(*connection_, id, XCB_EVENT_MASK_NO_EVENT);
+    }
+    return std::nullopt;
+  }
+  connection_->markExisting(id);
+  AdoptedWindow adopted = adopt(inspection);
+  adopted.hasFocus = inspector.hasFocus(inspection);
+  focus_.windowAdopted(id, adopted.hasFocus);
+  if (adopted.onScreen) {
+    order_.assumeInFront(adopted.handle);
+  }
+  return adopted;
+}
+
+const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
+  if (nativeId == 0 || nativeId > std::numeric_limits<xcb_window_t>::max()) {
+    return "that is no X11 window's id";
+  }
+  const auto id = static_cast<xcb_window_t>(nativeId);
+  if (windows_.findWithCover(id) != nullptr) {
+    return "it takes part already";
+  }
+  if (id == connection_->root()) {
+    return "it is the root window";
+  }
+  return connection_->hasCreated(id) ? "it is one of this program's own" : nullptr;
+}
+
+AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {
+  const x11::WindowState& state = inspection.state;
+  Window& window = windows_.add(
+      {.id = inspection.id,
+       .origin = x11::WindowOrigin::Adopted,
+       .frame = state.frame(),
+       .isOrdered = true,
+       .isMiniaturized = state.isIconic() || state.isUnmapped(),
+       .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
+  makeCover(window, state.attributes->visual, state.geometry->depth);
+  return {.handle = window.handle(),
+          .className = inspection.className,
+          .title = inspection.title,
+          .frame = coordinates_.points(window.frame),
+          .styleMask = window.style->mask(),
+          .onScreen = !window.isMiniaturized};
 }
 
 void X11WindowSystem::releaseWindow(WindowHandle window) {
-  Window* const released = find(window);
+  Window* const released = windows_.find(window);
   if (released == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
-  letGo(*released);
-  focusLost(released->id);
-  std::erase_if(reports_, [window](const Report& report) { return report.window == window; });
-  windows_.erase(window);
+  const xcb_window_t id = released->id;
+  release(*released);
+  focus_.windowRemoved(id);
+  reports_.removeReports(window);
+  windows_.remove(id);
 }
 
-void X11WindowSystem::letGo(Window& window) {
+void X11WindowSystem::release(Window& window) {
   window.cover = nullptr;
   if (window.isOwn()) {
     destroyWindow(*connection_, window.id);
     return;
   }
   window.style->restore();
-  x11::selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
+  selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
 }
 
-// Putting them on screen
+// Putting windows on screen
 
 void X11WindowSystem::orderFront(WindowHandle window) {
-  Window* const shown = find(window);
+  Window* const shown = windows_.find(window);
   if (shown == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
   raiseWindow(*connection_, shown->id);
-  if (shown->isOwn() && !shown->ordered) {
-    shown->ordered = shown->appears = true;
-    shown->miniaturized = false;
+  if (shown->isOwn() && !shown->isOrdered) {
+    shown->isOrdered = shown->isBeingMapped = true;
+    shown->isMiniaturized = false;
     if (shown->kind == WindowKind::Modal) {
-      // Written each time: a window manager takes it away from a window that leaves the screen.
-      const std::array state{connection_->atom(Atom::NetWmStateModal)};
-      changeProperty(*connection_, shown->id, connection_->atom(Atom::NetWmState),
-                     Property::ofNumbers(XCB_ATOM_ATOM, state));
+      writeModalState(*connection_, shown->id);
     }
     mapWindow(*connection_, shown->id);
   }
-  putInFront(window);
+  order_.assumeInFront(window);
 }
 
 void X11WindowSystem::orderOut(WindowHandle window) {
-  Window* const hidden = find(window);
+  Window* const hidden = windows_.find(window);
   if (hidden == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
   hidden->wantsFocus = false;
-  if (drag_.window == hidden->id) {
-    drag_ = {};
+  if (drag_.window() == hidden->id) {
+    drag_.end();
   }
-  if (hidden->isOwn() && hidden->ordered) {
-    hidden->ordered = hidden->appears = false;
-    hidden->miniaturized = false;
+  if (hidden->isOwn() && hidden->isOrdered) {
+    hidden->isOrdered = hidden->isBeingMapped = false;
+    hidden->isMiniaturized = false;
     unmapWindow(*connection_, hidden->id);
     sendWithdrawn(*connection_, hidden->id);
-    if (focus_ == hidden->id) {
-      focus_ = focusTold_ = XCB_WINDOW_NONE;
-    }
+    focus_.windowWithdrawn(hidden->id);
   }
   hidden->cover->show({}, hidden->frame);
 }
 
 void X11WindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
-  const Window* const changed = find(window);
+  const Window* const changed = windows_.find(window);
   if (changed == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
   if (miniaturized) {
-    windowManager_.askToIconify(changed->id);
+    windowManager_.requestIconify(changed->id);
   } else {
     mapWindow(*connection_, changed->id);
   }
 }
 
-// While another application has the focus, a request is as old as ours of it was: whether that is
-// reason enough to take the focus away from there, the window manager knows.
 void X11WindowSystem::requestFocus(WindowHandle window) {
-  Window* const wanted = find(window);
-  if (wanted == nullptr || (wanted->isOwn() && !wanted->ordered)) {
-    return;
-  }
-  if (focus_ == wanted->id) {
-    report(window, [window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); });
+  Window* const wanted = windows_.find(window);
+  if (wanted == nullptr || !wanted->isOrdered) {
     return;
   }
   const RequestBatch batch(*connection_);
-  if (windowManager_.activatesWindows()) {
-    const bool elsewhere = !active_ && timeOfFocus_ != XCB_CURRENT_TIME;
-    const xcb_timestamp_t time = elsewhere ? timeOfFocus_ : connection_->serverTime();
-    windowManager_.askToActivate(wanted->id, time);
-  } else {
-    for (auto& [handle, other] : windows_) {
-      other.wantsFocus = false;  // the latest wish is the one that counts
-    }
-    wanted->wantsFocus = true;
-    if (!wanted->appears) {
-      settleWindow(*wanted);  // gives it, unless the window cannot be seen yet
-    }
+  const bool mustSetFocus = focus_.request(*wanted);
+  if (mustSetFocus && !wanted->isBeingMapped) {
+    monitor_.update(*wanted);
   }
 }
 
-// How they look
+// Properties of windows
 
-void X11WindowSystem::moveTo(Window& window, PixelRect frame) {
-  frame.width = std::max(frame.width, 1);
-  frame.height = std::max(frame.height, 1);
-  window.frame = frame;
-  window.style->sizeChanged(frame);
-  moveResizeWindow(*connection_, window.id, frame);
+void X11WindowSystem::moveWindow(Window& window, PixelRect frame) {
+  window.frame = withMinimumSize(frame);
+  window.style->sizeChanged(window.frame);
+  moveResizeWindow(*connection_, window.id, window.frame);
 }
 
 void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
-  if (Window* const changed = find(window)) {
+  if (Window* const changed = windows_.find(window)) {
     const RequestBatch batch(*connection_);
-    moveTo(*changed, coordinates_.pixels(frame));
+    moveWindow(*changed, coordinates_.pixels(frame));
   }
 }
 
 void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
-  if (const Window* const changed = find(window)) {
+  if (const Window* const changed = windows_.find(window)) {
     const RequestBatch batch(*connection_);
-    writeTitle(*changed, title);
+    writeTitle(*connection_, changed->id, title);
   }
 }
 
 void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
-  if (Window* const changed = find(window)) {
+  if (Window* const changed = windows_.find(window)) {
     const RequestBatch batch(*connection_);
     changed->style->setMask(styleMask, changed->frame);
-    reportOwnersStyle(*changed);
-    changed->controlsTold.reset();
-    changed->controlsDue = x11::steadyNow() + x11::kTimeForWindowManager;
+    monitor_.reportOwnersMask(*changed);
+    x11::ControlsMonitor::styleMaskChanged(*changed);
   }
 }
 
 void X11WindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
-  Window* const changed = find(window);
-  if (changed != nullptr && changed->isOwn() && changed->movableByBackground != movable) {
+  Window* const changed = windows_.find(window);
+  if (changed != nullptr && changed->isOwn() && changed->isMovableByBackground != movable) {
     const RequestBatch batch(*connection_);
-    changed->movableByBackground = movable;
-    selectEvents(*changed);
+    changed->isMovableByBackground = movable;
+    selectWindowEvents(*changed);
   }
 }
 
 void X11WindowSystem::setScene(WindowHandle window, const Scene& scene) {
-  if (Window* const changed = find(window)) {
+  if (Window* const changed = windows_.find(window)) {
     const RequestBatch batch(*connection_);
     changed->cover->show(scene, changed->frame);
   }
 }
 
 void X11WindowSystem::setModalWindow(WindowHandle window) {
-  if (std::exchange(modal_, window) != window) {
-    const RequestBatch batch(*connection_);
-    shieldWindows();
+  if (std::exchange(modalWindow_, window) == window) {
+    return;
+  }
+  const RequestBatch batch(*connection_);
+  for (auto& [id, other] : windows_) {
+    other.cover->setShielded(isShielded(other));
   }
 }
 
-void X11WindowSystem::shieldWindows() {
-  for (auto& [handle, window] : windows_) {
-    window.cover->setShielded(modal_ != WindowHandle::None && modal_ != handle);
+std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle window) {
+  const Window* const captured = windows_.find(window);
+  if (captured == nullptr || !captured->isOnScreen()) {
+    return std::nullopt;
   }
+  const RequestBatch batch(*connection_);
+  return x11::WindowCapture(*connection_).capture(captured->frame);
+}
+
+// Events
+
+// Games call this in each frame. Usually no event has come, and it only polls the connection.
+bool X11WindowSystem::deliverEvents() {
+  bool hasEvents = false;
+  if (!isLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
+    hasEvents = processEvents();
+    checkConnection();
+  }
+  return reports_.deliver() || hasEvents;  // the delegate may destroy this object
+}
+
+Nanoseconds X11WindowSystem::nextDeadline() const {
+  if (!reports_.isEmpty()) {
+    return 0;
+  }
+  if (isLost_) {
+    return kNever;
+  }
+  if (focus_.hasPendingChanges() || connection_->hasQueuedEvents() || connection_->hasErrors() ||
+      connection_->isBroken()) {
+    return 0;
+  }
+  return std::min({animation_.deadline(), controls_.deadline(), order_.deadline()});
+}
+
+bool X11WindowSystem::processEvents() {
+  const RequestBatch batch(*connection_);
+  bool hasEvents = false;
+  do {
+    hasEvents = handleArrivedEvents() || hasEvents;
+    moveDraggedWindow();
+    monitor_.updateMarked();
+    focus_.reportChanges([this] { return handleArrivedEvents(); });
+  } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
+  const Nanoseconds now = x11::steadyNow();
+  controls_.check(now);
+  order_.check(now);
+  animation_.advance(now);
+  if (!connection_->hasQueuedEvents()) {  // a queued DestroyNotify may explain an error
+    connection_->logErrors();
+  }
+  return hasEvents;
+}
+
+bool X11WindowSystem::handleArrivedEvents() {
+  bool hasEvents = false;
+  while (const Event event = connection_->nextEvent()) {
+    handle(*event);
+    hasEvents = true;
+  }
+  return hasEvents;
+}
+
+void X11WindowSystem::handle(const xcb_generic_event_t& event) {
+  for (auto& [id, window] : windows_) {
+    if (window.cover->isOvertakenBy(event)) {
+      window.cover->raise();
+    }
+  }
+  if (coordinates_.handle(event)) {
+    monitor_.reportFrames();
+  }
+  if (windowManager_.handle(event)) {
+    focus_.windowManagerChanged();
+    order_.scheduleCheck();
+    controls_.windowManagerChanged();
+  }
+  order_.handle(event);
+  monitor_.handle(event);
+  controls_.handle(event);
+  switch (typeOf(event)) {
+    case XCB_CLIENT_MESSAGE:
+      return handleClientMessage(eventAs<xcb_client_message_event_t>(event));
+    case XCB_FOCUS_IN:
+    case XCB_FOCUS_OUT:
+      return focus_.handle(event);
+    case XCB_BUTTON_PRESS:
+    case XCB_BUTTON_RELEASE:
+    case XCB_MOTION_NOTIFY:
+      return handlePointer(event);
+    case XCB_DESTROY_NOTIFY:
+      return windowDestroyed(eventAs<xcb_destroy_notify_event_t>(event).window);
+    default:
+      return;
+  }
+}
+
+void X11WindowSystem::handleClientMessage(const xcb_client_message_event_t& message) {
+  const Window* const window = windows_.find(message.window);
+  if (window != nullptr && window->isOwn() &&
+      message.type == connection_->atom(Atom::WmProtocols) && message.format == 32 &&
+      message.data.data32[0] == connection_->atom(Atom::WmDeleteWindow) &&
+      (window->style->mask() & NSWindowStyleMaskClosable) != 0) {
+    const WindowHandle handle = window->handle();
+    reports_.add(handle,
+                 [handle](WindowSystemDelegate& delegate) { delegate.closeRequested(handle); });
+  }
+}
+
+// ButtonPress, ButtonRelease and MotionNotify have the same layout.
+void X11WindowSystem::handlePointer(const xcb_generic_event_t& event) {
+  const auto pointer = eventAs<xcb_button_press_event_t>(event);
+  if (typeOf(event) == XCB_MOTION_NOTIFY) {
+    drag_.movePointer(pointer.root_x, pointer.root_y);
+    return;
+  }
+  if (pointer.detail != XCB_BUTTON_INDEX_1) {
+    return;
+  }
+  moveDraggedWindow();
+  drag_.end();
+  const Window* const window = windows_.findWithCover(pointer.event);
+  if (typeOf(event) == XCB_BUTTON_PRESS && window != nullptr && window->isMovableByBackground) {
+    drag_.begin(window->id, window->frame, pointer.root_x, pointer.root_y);
+  }
+}
+
+void X11WindowSystem::moveDraggedWindow() {
+  Window* const window = windows_.find(drag_.window());
+  if (window == nullptr) {
+    return;
+  }
+  const auto frame = drag_.takeMovedFrame(window->frame);
+  if (frame && *frame != window->frame) {
+    moveWindow(*window, *frame);
+    monitor_.reportFrame(*window);
+  }
+}
+
+void X11WindowSystem::windowDestroyed(xcb_window_t id) {
+  connection_->markDestroyed(id);
+  Window* const window = windows_.find(id);
+  if (window == nullptr) {
+    return;
+  }
+  const WindowHandle handle = window->handle();
+  window->cover->windowEnded();
+  windows_.remove(id);
+  focus_.windowRemoved(id);
+  reports_.add(handle,
+               [handle](WindowSystemDelegate& delegate) { delegate.windowDestroyed(handle); });
+}
+
+void X11WindowSystem::checkConnection() {
+  if (!connection_->isBroken()) {
+    return;
+  }
+  isLost_ = true;
+  windows_.clear();
+  focus_.reset();
+  drag_.end();
+  reports_.add([](WindowSystemDelegate& delegate) { delegate.displayLost(kConnectionLost); });
 }
 
 }  // namespace vel

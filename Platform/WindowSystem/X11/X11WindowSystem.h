@@ -1,32 +1,34 @@
 #pragma once
 
-#include <deque>
-#include <functional>
-#include <map>
 #include <memory>
 #include <string>
 
+#include "Platform/WindowSystem/ReportQueue.h"
 #include "Platform/WindowSystem/WindowSystem.h"
-#include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/Animation.h"
+#include "Platform/WindowSystem/X11/ControlsMonitor.h"
+#include "Platform/WindowSystem/X11/FocusTracker.h"
+#include "Platform/WindowSystem/X11/PointerDrag.h"
+#include "Platform/WindowSystem/X11/RenderExtension.h"
 #include "Platform/WindowSystem/X11/ScreenCoordinates.h"
-#include "Platform/WindowSystem/X11/Spinner.h"
-#include "Platform/WindowSystem/X11/WindowManager.h"
-#include "Platform/WindowSystem/X11/X11Window.h"
+#include "Platform/WindowSystem/X11/StackingOrder.h"
+#include "Platform/WindowSystem/X11/WindowMonitor.h"
 
 namespace vel {
 
-/// Windows on an X11 display, over a connection of its own: windows of ours, and those of any
-/// program that are adopted by their ids. A window's handle is its X id, its frame that of its
-/// content, without what a window manager puts around it. Reports are made from `deliverEvents`
-/// only, in this order: windows that have ended, frames, miniaturisation, focus, order.
+/// The X11 back end, with its own connection to the server. It makes windows, and adopts windows of
+/// any client by their X ids. A window's handle is its X id. A window's frame is that of its
+/// content, without the window manager's frame. This class passes operations and events on to the
+/// classes in namespace x11, each of which has one concern. It calls its delegate from
+/// `deliverEvents` only.
 class X11WindowSystem final : public WindowSystem {
  public:
-  /// None, with the reason in `error`, where the display does not answer. An empty name stands for
-  /// the environment's display.
+  /// Returns null, with the reason in `error`, if the display cannot be opened. An empty name means
+  /// the display that the environment names.
   static std::unique_ptr<X11WindowSystem> open(const std::string& displayName, std::string& error);
   ~X11WindowSystem() override;
 
-  void setDelegate(WindowSystemDelegate* delegate) override { delegate_ = delegate; }
+  void setDelegate(WindowSystemDelegate* delegate) override { reports_.setDelegate(delegate); }
   [[nodiscard]] WaitHandle waitHandle() const override;
   bool deliverEvents() override;
   [[nodiscard]] Nanoseconds nextDeadline() const override;
@@ -47,123 +49,41 @@ class X11WindowSystem final : public WindowSystem {
   std::optional<WindowPicture> picture(WindowHandle window) override;
 
  private:
-  using Telling = std::function<void(WindowSystemDelegate&)>;
-
-  /// What the listener is still to be told, and of which window, if of one.
-  struct Report {
-    WindowHandle window = WindowHandle::None;
-    Telling tell;
-  };
-  /// A window that follows the pointer.
-  struct Drag {
-    xcb_window_t window = XCB_WINDOW_NONE;
-    int grabX = 0;  // from the window's corner to the pointer
-    int grabY = 0;
-    int pointerX = 0;
-    int pointerY = 0;
-    bool moved = false;
-  };
-
-  /// How the server has a window, as far as it has one.
-  struct Looks {
-    x11::FromServer<xcb_get_window_attributes_reply_t> attributes;
-    x11::FromServer<xcb_get_geometry_reply_t> geometry;
-    x11::FromServer<xcb_translate_coordinates_reply_t> corner;
-
-    [[nodiscard]] bool areComplete() const {
-      return attributes != nullptr && geometry != nullptr && corner != nullptr;
-    }
-    [[nodiscard]] x11::PixelRect frame() const {
-      return {corner->dst_x, corner->dst_y, geometry->width, geometry->height};
-    }
-  };
-
-  /// All that has to be known of somebody else's window before it can take part.
-  struct Inspection {
-    xcb_window_t id = XCB_WINDOW_NONE;
-    Looks looks;
-    x11::FromServer<xcb_query_tree_reply_t> tree;
-    x11::FromServer<xcb_get_input_focus_reply_t> focus;
-    std::optional<x11::Property> state;
-    x11::StyleHints hints;
-    std::optional<x11::Property> mark;
-    std::optional<x11::Property> windowClass;
-    std::optional<x11::Property> title;
-  };
-
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
 
-  x11::Window* find(WindowHandle window);
-  x11::Window* findShown(xcb_window_t window);  // itself or by a part of its cover
-  void report(Telling tell) { report(WindowHandle::None, std::move(tell)); }
-  void report(WindowHandle window, Telling tell) { reports_.push_back({window, std::move(tell)}); }
-  bool deliverReports();
-  void checkConnection();
-  void letGo(x11::Window& window);
-  void selectEvents(const x11::Window& window);
-  void describe(const x11::Window& window, const WindowDescription& description);
-  void writeTitle(const x11::Window& window, std::string_view title);
-  void moveTo(x11::Window& window, x11::PixelRect frame);
-  void shieldWindows();
+  // Windows
+  const char* reasonToRefuse(std::uint64_t nativeId);
+  AdoptedWindow adopt(const x11::Inspection& inspection);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth);
-
-  // Looking at windows; each waits
-  Looks lookAt(xcb_window_t id);
-  Inspection inspect(xcb_window_t id);
-  const char* reasonToRefuse(const Inspection& found);
-  static bool isManagersMark(const Inspection& found);
-  bool isFrame(const Inspection& found);
-  bool holdsFocus(xcb_window_t id, xcb_window_t focus);
-  std::vector<WindowHandle> order();  // of those on screen, front to back
+  [[nodiscard]] bool isShielded(const x11::Window& window) const;
+  void selectWindowEvents(const x11::Window& window);
+  void moveWindow(x11::Window& window, x11::PixelRect frame);
+  void release(x11::Window& window);
 
   // Events
-  bool readEvents();
+  bool processEvents();
+  bool handleArrivedEvents();
   void handle(const xcb_generic_event_t& event);
-  void handleMessage(const xcb_client_message_event_t& message);
-  void handleProperty(const xcb_property_notify_event_t& notice);
-  void handleFocus(const xcb_generic_event_t& event);
+  void handleClientMessage(const xcb_client_message_event_t& message);
   void handlePointer(const xcb_generic_event_t& event);
-  void handleOrder(const xcb_generic_event_t& event);
-  void windowEnded(xcb_window_t id);
-  void focusLost(xcb_window_t id);
-  // What is done once all events that have come are read
-  void settle();
-  void settleDrag();
-  void reportOwnersStyle(const x11::Window& window);
-  void settleWindow(x11::Window& window);
-  void settleFocus();
-  void putInFront(WindowHandle window);
-  void lookAtOrderLater();
-  [[nodiscard]] bool haveAnOrder() const;
-  void settleOrder(Nanoseconds now);
-  void settleControls(x11::Window& window, Nanoseconds now);
-  void animate(Nanoseconds now);
-  [[nodiscard]] bool isAnimated() const;
+  void moveDraggedWindow();
+  void windowDestroyed(xcb_window_t id);
+  void checkConnection();
 
   std::unique_ptr<x11::Connection> connection_;
   x11::ScreenCoordinates coordinates_;
   x11::RenderExtension render_;
   x11::WindowManager windowManager_;
-  WindowSystemDelegate* delegate_ = nullptr;
-  std::map<WindowHandle, x11::Window> windows_;
-  WindowHandle modal_ = WindowHandle::None;
-  Drag drag_;
-
-  xcb_window_t focus_ = XCB_WINDOW_NONE;      // the window of ours that has it
-  xcb_window_t focusTold_ = XCB_WINDOW_NONE;  // what was reported last
-  bool focusLeft_ = false;                    // a window of ours has lost it
-  bool windowManagerLeft_ = false;
-  bool active_ = true;
-  xcb_timestamp_t timeOfFocus_ = XCB_CURRENT_TIME;  // when it last came to the application
-
-  Nanoseconds orderDue_ = kNever;        // when to see in which order the windows lie
-  std::vector<WindowHandle> orderTold_;  // what the listener takes it for
-
-  bool unsettled_ = false;
-  Nanoseconds nextPicture_ = 0;  // of the indicators that turn
-  std::deque<Report> reports_;
-  bool lost_ = false;
-  std::shared_ptr<int> alive_ = std::make_shared<int>();  // ends with this object
+  ReportQueue reports_;
+  x11::WindowTable windows_;
+  x11::StackingOrder order_;
+  x11::FocusTracker focus_;
+  x11::WindowMonitor monitor_;
+  x11::ControlsMonitor controls_;
+  x11::Animation animation_;
+  x11::PointerDrag drag_;
+  WindowHandle modalWindow_ = WindowHandle::None;
+  bool isLost_ = false;
 };
 
 }  // namespace vel

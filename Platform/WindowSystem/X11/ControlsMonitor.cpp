@@ -1,0 +1,71 @@
+#include "Platform/WindowSystem/X11/ControlsMonitor.h"
+
+#include <algorithm>
+
+namespace vel::x11 {
+
+ControlsMonitor::ControlsMonitor(Connection& connection, WindowManager& windowManager,
+                                 WindowTable& windows, ReportQueue& reports)
+    : connection_(connection),
+      windowManager_(windowManager),
+      windows_(windows),
+      reports_(reports) {}
+
+void ControlsMonitor::handle(const xcb_generic_event_t& event) {
+  if (typeOf(event) != XCB_PROPERTY_NOTIFY) {
+    return;
+  }
+  const auto notice = eventAs<xcb_property_notify_event_t>(event);
+  Window* const window = windows_.find(notice.window);
+  if (window != nullptr && window->reportedControls &&
+      notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
+    window->controlsDeadline = 0;
+  }
+}
+
+void ControlsMonitor::windowManagerChanged() {
+  for (auto& [id, window] : windows_) {
+    if (window.reportedControls) {
+      window.controlsDeadline = steadyNow() + kWindowManagerDelay;
+    }
+  }
+}
+
+void ControlsMonitor::styleMaskChanged(Window& window) {
+  window.reportedControls.reset();
+  window.controlsDeadline = steadyNow() + kWindowManagerDelay;
+}
+
+Nanoseconds ControlsMonitor::deadline() const {
+  Nanoseconds deadline = kNever;
+  for (const auto& [id, window] : windows_) {
+    deadline = std::min(deadline, window.controlsDeadline);
+  }
+  return deadline;
+}
+
+void ControlsMonitor::check(Nanoseconds now) {
+  for (auto& [id, window] : windows_) {
+    if (now >= window.controlsDeadline) {
+      window.controlsDeadline = kNever;
+      check(window);
+    }
+  }
+}
+
+void ControlsMonitor::check(Window& window) {
+  const auto offered = windowManager_.readOfferedControls(window.id);
+  if (!offered) {
+    return;
+  }
+  const NSWindowStyleMask kept = *offered & window.style->removedControls();
+  if (window.reportedControls != kept) {
+    window.reportedControls = kept;
+    const WindowHandle handle = window.handle();
+    reports_.add(handle, [handle, kept](WindowSystemDelegate& delegate) {
+      delegate.controlsKept(handle, kept);
+    });
+  }
+}
+
+}  // namespace vel::x11

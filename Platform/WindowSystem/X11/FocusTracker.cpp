@@ -1,0 +1,149 @@
+#include "Platform/WindowSystem/X11/FocusTracker.h"
+
+#include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
+
+namespace vel::x11 {
+
+FocusChange focusChange(const xcb_generic_event_t& event) {
+  const auto focus = eventAs<xcb_focus_in_event_t>(event);
+  if (focus.mode == XCB_NOTIFY_MODE_GRAB || focus.mode == XCB_NOTIFY_MODE_UNGRAB) {
+    return FocusChange::None;
+  }
+  switch (focus.detail) {
+    case XCB_NOTIFY_DETAIL_ANCESTOR:
+    case XCB_NOTIFY_DETAIL_VIRTUAL:
+    case XCB_NOTIFY_DETAIL_NONLINEAR:
+    case XCB_NOTIFY_DETAIL_NONLINEAR_VIRTUAL:
+      return typeOf(event) == XCB_FOCUS_IN ? FocusChange::In : FocusChange::Out;
+    default:  // Inferior, Pointer, PointerRoot, None
+      return FocusChange::None;
+  }
+}
+
+FocusTracker::FocusTracker(Connection& connection, WindowManager& windowManager,
+                           WindowTable& windows, ReportQueue& reports)
+    : connection_(connection),
+      windowManager_(windowManager),
+      windows_(windows),
+      reports_(reports) {}
+
+void FocusTracker::handle(const xcb_generic_event_t& event) {
+  const xcb_window_t id = eventAs<xcb_focus_in_event_t>(event).event;
+  switch (focusChange(event)) {
+    case FocusChange::In:
+      if (windows_.find(id) != nullptr) {
+        focus_ = id;
+      }
+      break;
+    case FocusChange::Out:
+      hasFocusOut_ = true;
+      if (focus_ == id) {
+        focus_ = XCB_WINDOW_NONE;
+      }
+      break;
+    case FocusChange::None:
+      break;
+  }
+}
+
+void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowManager_.isPresent(); }
+
+void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
+  if (!hasFocus) {
+    hasFocusOut_ = hasPendingChanges_ = true;  // checks whether the application is active at all
+    return;
+  }
+  focus_ = reportedFocus_ = window;
+  focusTime_ = connection_.serverTime();  // the time of the FocusIn itself is unknown
+  if (!std::exchange(isActive_, true)) {
+    reports_.add([handle = static_cast<WindowHandle>(window)](WindowSystemDelegate& delegate) {
+      delegate.applicationActivated(handle);
+    });
+  }
+}
+
+void FocusTracker::windowWithdrawn(xcb_window_t window) {
+  if (focus_ == window) {
+    focus_ = reportedFocus_ = XCB_WINDOW_NONE;
+  }
+}
+
+// Another window may already have the focus, and its report is still due.
+void FocusTracker::windowRemoved(xcb_window_t window) {
+  if (focus_ == window || reportedFocus_ == window) {
+    hasFocusOut_ = hasPendingChanges_ = true;
+  }
+  if (focus_ == window) {
+    focus_ = XCB_WINDOW_NONE;
+  }
+  if (reportedFocus_ == window) {
+    reportedFocus_ = XCB_WINDOW_NONE;
+  }
+}
+
+void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
+
+// While another application is active, the request carries the time at which this application last
+// had the focus. The window manager decides whether such an old request may take the focus.
+bool FocusTracker::request(Window& window) {
+  if (focus_ == window.id) {
+    const WindowHandle handle = window.handle();
+    reports_.add(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });
+    return false;
+  }
+  if (windowManager_.supportsActivation()) {
+    const bool isOldRequest = !isActive_ && focusTime_ != XCB_CURRENT_TIME;
+    windowManager_.requestActivation(window.id,
+                                     isOldRequest ? focusTime_ : connection_.serverTime());
+    return false;
+  }
+  for (auto& [id, other] : windows_) {
+    other.wantsFocus = false;  // the latest request replaces earlier ones
+  }
+  window.wantsFocus = true;
+  return true;
+}
+
+void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
+  hasPendingChanges_ = false;
+  const bool hadFocusOut = std::exchange(hasFocusOut_, false);
+  if (hadFocusOut && focus_ == XCB_WINDOW_NONE) {
+    resolveFocusOut(handleEvents);
+  }
+  if (hadFocusOut && focus_ == XCB_WINDOW_NONE && isActive_) {
+    isActive_ = false;
+    reports_.add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
+  }
+  if (focus_ == reportedFocus_) {
+    return;
+  }
+  reportedFocus_ = focus_;
+  const auto focused = static_cast<WindowHandle>(focus_);
+  reports_.add(focused,
+               [focused](WindowSystemDelegate& delegate) { delegate.focusMoved(focused); });
+  if (focused == WindowHandle::None) {
+    return;
+  }
+  focusTime_ = connection_.serverTime();
+  if (!std::exchange(isActive_, true)) {
+    reports_.add(
+        [focused](WindowSystemDelegate& delegate) { delegate.applicationActivated(focused); });
+  }
+}
+
+// The server sends FocusOut and the matching FocusIn together. After a round trip, both have come.
+void FocusTracker::resolveFocusOut(const HandleEvents& handleEvents) {
+  const auto focus = queryInputFocus(connection_);
+  hasPendingChanges_ = handleEvents();
+  // When a window manager ends, the server may leave the focus on the root window or on no window.
+  Window* const previous = windows_.find(reportedFocus_);
+  const bool isOnNoWindow = focus != nullptr && (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT ||
+                                                 focus->focus == connection_.root());
+  if (std::exchange(hasWindowManagerEnded_, false) && previous != nullptr && isOnNoWindow) {
+    previous->wantsFocus = previous->hasStateChanges = hasPendingChanges_ = true;
+  }
+}
+
+}  // namespace vel::x11

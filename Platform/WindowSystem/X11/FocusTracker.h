@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Platform/WindowSystem/X11/WindowManager.h"
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+namespace vel::x11 {
+
+enum class FocusChange : std::uint8_t { None, In, Out };
+
+/// Returns whether a FocusIn or FocusOut event means that the event window gained or lost the
+/// keyboard. A move of the focus between the window and its children is no change. Neither are
+/// keyboard grabs, which are temporary, and a focus that follows the pointer.
+[[nodiscard]] FocusChange focusChange(const xcb_generic_event_t& event);
+
+/// Follows the input focus, requests it, and reports its changes. The application is active while
+/// one of the back end's windows has the focus.
+class FocusTracker final : public NonCopyable {
+ public:
+  /// Handles the events that have already come; returns whether there were any.
+  using HandleEvents = std::function<bool()>;
+
+  FocusTracker(Connection& connection, WindowManager& windowManager, WindowTable& windows,
+               ReportQueue& reports);
+
+  /// Processes a FocusIn or FocusOut event.
+  void handle(const xcb_generic_event_t& event);
+  /// The window manager has ended, or another one has started.
+  void windowManagerChanged();
+  /// A new window is adopted, and has the focus or not.
+  void windowAdopted(xcb_window_t window, bool hasFocus);
+  /// `orderOut` has taken the window off the screen.
+  void windowWithdrawn(xcb_window_t window);
+  /// The window has been released or destroyed.
+  void windowRemoved(xcb_window_t window);
+  /// The connection is lost.
+  void reset();
+
+  /// Requests the focus for a window on screen. Returns true if no window manager takes the
+  /// request: then the window has `wantsFocus`, and gets the focus once it is viewable.
+  bool request(Window& window);
+
+  /// Whether `reportChanges` must be called even though no event has come.
+  [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
+  /// Reports the changes since the last call. Blocks for a round trip if the focus has moved.
+  void reportChanges(const HandleEvents& handleEvents);
+
+ private:
+  void resolveFocusOut(const HandleEvents& handleEvents);
+
+  Connection& connection_;
+  WindowManager& windowManager_;
+  WindowTable& windows_;
+  ReportQueue& reports_;
+  xcb_window_t focus_ = XCB_WINDOW_NONE;  // None while no window of the back end has it
+  xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
+  bool hasFocusOut_ = false;  // since the last `reportChanges`
+  bool hasWindowManagerEnded_ = false;
+  bool hasPendingChanges_ = false;
+  bool isActive_ = true;
+  xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;  // server time of the last FocusIn
+};
+
+}  // namespace vel::x11

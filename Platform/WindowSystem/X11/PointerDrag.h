@@ -1,0 +1,34 @@
+#pragma once
+
+#include <xcb/xproto.h>
+
+#include <optional>
+
+#include "Platform/WindowSystem/X11/PixelRect.h"
+
+namespace vel::x11 {
+
+/// A window that follows the pointer while the user drags it by its background. It keeps its
+/// distance to the pointer. Positions are in pixels of the root window.
+class PointerDrag {
+ public:
+  /// Starts dragging a window with this frame; ends a previous drag.
+  void begin(xcb_window_t window, PixelRect frame, int pointerX, int pointerY);
+  void movePointer(int pointerX, int pointerY);
+  void end();
+
+  /// The dragged window; None if no window is dragged.
+  [[nodiscard]] xcb_window_t window() const { return window_; }
+  /// If the pointer has moved since the last call, returns `frame` at its new position.
+  std::optional<PixelRect> takeMovedFrame(PixelRect frame);
+
+ private:
+  xcb_window_t window_ = XCB_WINDOW_NONE;
+  int offsetX_ = 0;  // from the window's corner to the pointer
+  int offsetY_ = 0;
+  int pointerX_ = 0;
+  int pointerY_ = 0;
+  bool hasMoved_ = false;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <xcb/xproto.h>
+
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel::x11 {
+
+/// Remembers which requests are in progress, so that the errors they cause are logged with a name.
+/// Requests on a destroyed window are expected to fail, so their errors are not logged.
+class RequestLog final : public NonCopyable {
+ public:
+  /// Remembers a request on `window` that has been sent. `name` must be a literal.
+  void add(unsigned sequence, const char* name, xcb_window_t window);
+  /// Forgets the requests before this one: the server has processed them.
+  void removeBefore(unsigned sequence);
+
+  /// Remembers an error that the server has sent as an event.
+  void addError(const xcb_generic_error_t& error);
+  /// Remembers an error that has replaced the reply to a request.
+  void addError(const xcb_generic_error_t& error, const char* name, xcb_window_t window);
+
+  /// Errors of requests on this window are not logged from now on.
+  void markDestroyed(xcb_window_t window);
+  /// Reverses `markDestroyed`: the server may give the id to a new window.
+  void markExisting(xcb_window_t window);
+
+  [[nodiscard]] bool hasErrors() const { return !errors_.empty(); }
+  /// Writes the errors to the log and forgets them. Call this when all events have been processed,
+  /// because one of them may be the DestroyNotify that explains an error.
+  void logErrors();
+
+ private:
+  struct Request {
+    unsigned sequence;
+    const char* name;
+    xcb_window_t window;
+  };
+  struct Error {
+    std::uint8_t code;
+    const char* request;
+    xcb_window_t window;
+  };
+
+  std::deque<Request> requests_;
+  std::deque<xcb_window_t> destroyedWindows_;
+  std::vector<Error> errors_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Platform/WindowSystem/X11/WindowManager.h"
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+namespace vel::x11 {
+
+/// Reports changes in the stacking order of the windows on screen. A window manager publishes the
+/// order in a property. Without one, the windows are children of the root window, and the server
+/// sends a ConfigureNotify for each change.
+class StackingOrder final : public NonCopyable {
+ public:
+  StackingOrder(Connection& connection, WindowManager& windowManager, WindowTable& windows,
+                ReportQueue& reports);
+
+  /// Processes an event that may announce another order.
+  void handle(const xcb_generic_event_t& event);
+  /// The delegate now assumes that this window is in front. The window manager may decide
+  /// otherwise, so schedules a check.
+  void assumeInFront(WindowHandle window);
+  /// Checks the order when the window manager has had time to act.
+  void scheduleCheck();
+  /// When `check` has work to do; `kNever` if it has none.
+  [[nodiscard]] Nanoseconds deadline() const { return deadline_; }
+  /// If the deadline has come, reads the order and reports a change. Blocks for a round trip then.
+  void check(Nanoseconds now);
+
+ private:
+  [[nodiscard]] bool hasSeveralWindows() const;
+  std::vector<WindowHandle> readOrder();
+  std::vector<xcb_window_t> readRootChildren();
+
+  Connection& connection_;
+  WindowManager& windowManager_;
+  WindowTable& windows_;
+  ReportQueue& reports_;
+  Nanoseconds deadline_ = kNever;
+  std::vector<WindowHandle> reportedOrder_;  // front to back, what the delegate assumes
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <chrono>
+
+#include "Platform/Foundation/Time.h"
+
+namespace vel::x11 {
+
+/// How long a window manager has to act on a request before the back end reads the result.
+inline constexpr Nanoseconds kWindowManagerDelay = kNanosecondsPerSecond / 5;
+
+[[nodiscard]] inline Nanoseconds steadyNow() {
+  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace vel::x11

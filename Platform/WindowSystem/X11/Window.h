@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "Platform/WindowSystem/WindowSystem.h"
+#include "Platform/WindowSystem/X11/Cover.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
+#include "Platform/WindowSystem/X11/Timing.h"
+#include "Platform/WindowSystem/X11/WindowStyle.h"
+
+namespace vel::x11 {
+
+enum class WindowOrigin : std::uint8_t { Own, Adopted };
+
+/// The state of one window of the back end. Its handle is its X id.
+struct Window {
+  xcb_window_t id = XCB_WINDOW_NONE;
+  WindowOrigin origin = WindowOrigin::Own;
+  WindowKind kind = WindowKind::Plain;
+  bool isMovableByBackground = false;
+  /// The content, in pixels of the root window.
+  PixelRect frame;
+  /// Own window: `orderFront` has put it on screen. A miniaturised window is still ordered. An
+  /// adopted window is always ordered.
+  bool isOrdered = false;
+  bool isMiniaturized = false;
+  /// MapWindow has been sent, and MapNotify has not come yet.
+  bool isBeingMapped = false;
+  /// It gets the input focus as soon as it is viewable.
+  bool wantsFocus = false;
+  /// The sibling directly below it, from ConfigureNotify.
+  xcb_window_t siblingBelow = XCB_WINDOW_NONE;
+  /// Events announced changes that have not been read from the server yet.
+  bool hasStateChanges = false;
+  bool hasHintChanges = false;
+  /// When to read which controls the window manager offers, and which of them were last reported.
+  Nanoseconds controlsDeadline = kNever;
+  std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
+  std::unique_ptr<WindowStyle> style = nullptr;
+  std::unique_ptr<Cover> cover = nullptr;
+
+  [[nodiscard]] bool isOwn() const { return origin == WindowOrigin::Own; }
+  [[nodiscard]] bool isOnScreen() const { return isOrdered && !isMiniaturized; }
+  [[nodiscard]] WindowHandle handle() const { return static_cast<WindowHandle>(id); }
+};
+
+}  // namespace vel::x11

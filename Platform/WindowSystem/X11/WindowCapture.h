@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/WindowSystem.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
+
+namespace vel::x11 {
+
+/// Takes pictures of the screen.
+class WindowCapture final : public NonCopyable {
+ public:
+  explicit WindowCapture(Connection& connection) : connection_(connection) {}
+
+  /// Returns what the screen shows at `frame`, including other windows that cover it. Returns no
+  /// value if `frame` is off the screen, or if the server's pixel format is not supported. Blocks
+  /// for a round trip.
+  std::optional<WindowPicture> capture(PixelRect frame);
+
+ private:
+  Connection& connection_;
+};
+
+}  // namespace vel::x11

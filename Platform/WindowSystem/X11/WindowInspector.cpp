@@ -1,0 +1,127 @@
+#include "Platform/WindowSystem/X11/WindowInspector.h"
+
+#include <xcb/xcb_icccm.h>
+
+#include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
+
+namespace vel::x11 {
+
+namespace {
+
+// The second of the two strings in WM_CLASS.
+std::string classOf(const std::optional<Property>& wmClass) {
+  const std::string text = wmClass ? wmClass->text() : std::string();
+  const std::size_t separator = text.find('\0');
+  return separator == std::string::npos ? std::string() : std::string(text.c_str() + separator + 1);
+}
+
+}  // namespace
+
+bool WindowState::isViewable() const { return attributes->map_state == XCB_MAP_STATE_VIEWABLE; }
+
+bool WindowState::isUnmapped() const { return attributes->map_state == XCB_MAP_STATE_UNMAPPED; }
+
+bool WindowState::isIconic() const {
+  const std::vector<std::uint32_t> fields =
+      wmState ? wmState->numbers() : std::vector<std::uint32_t>();
+  return !fields.empty() && fields.front() == XCB_ICCCM_WM_STATE_ICONIC;
+}
+
+bool Inspection::isSupportingWmCheckWindow() const {
+  return supportingWmCheck && supportingWmCheck->numbers() == std::vector{id};
+}
+
+WindowState WindowInspector::readState(xcb_window_t id) {
+  xcb_connection_t* const xcb = connection_.get();
+  const auto wmState = connection_.requestProperty(id, connection_.atom(Atom::WmState));
+  const auto attributes = xcb_get_window_attributes(xcb, id);
+  const auto geometry = xcb_get_geometry(xcb, id);
+  const auto origin = xcb_translate_coordinates(xcb, id, connection_.root(), 0, 0);
+  WindowState state;
+  state.wmState = connection_.readProperty(wmState, id);
+  state.attributes = connection_.waitForReply(xcb_get_window_attributes_reply, attributes,
+                                              "GetWindowAttributes", id);
+  state.geometry = connection_.waitForReply(xcb_get_geometry_reply, geometry, "GetGeometry", id);
+  state.origin =
+      connection_.waitForReply(xcb_translate_coordinates_reply, origin, "TranslateCoordinates", id);
+  return state;
+}
+
+// XCB sends all requests when the first reply is waited for.
+Inspection WindowInspector::inspect(xcb_window_t id) {
+  const auto request = [this, id](xcb_atom_t name) {
+    return connection_.requestProperty(id, name);
+  };
+  const auto tree = xcb_query_tree(connection_.get(), id);
+  const auto inputFocus = xcb_get_input_focus(connection_.get());
+  const auto motif = request(connection_.atom(Atom::MotifWmHints));
+  const auto normal = request(XCB_ATOM_WM_NORMAL_HINTS);
+  const auto check = request(connection_.atom(Atom::NetSupportingWmCheck));
+  const auto wmClass = request(XCB_ATOM_WM_CLASS);
+  const auto netWmName = request(connection_.atom(Atom::NetWmName));
+  const auto wmName = request(XCB_ATOM_WM_NAME);
+  Inspection inspection;
+  inspection.id = id;
+  inspection.state = readState(id);
+  inspection.tree = connection_.waitForReply(xcb_query_tree_reply, tree, "QueryTree", id);
+  inspection.inputFocus = connection_.waitForReply(xcb_get_input_focus_reply, inputFocus,
+                                                   "GetInputFocus", connection_.root());
+  inspection.hints = {connection_.readProperty(motif, id), connection_.readProperty(normal, id)};
+  inspection.supportingWmCheck = connection_.readProperty(check, id);
+  inspection.className = classOf(connection_.readProperty(wmClass, id));
+  const auto title = connection_.readProperty(netWmName, id);
+  const auto oldTitle = connection_.readProperty(wmName, id);
+  inspection.title = title ? title->text() : oldTitle ? oldTitle->text() : std::string();
+  return inspection;
+}
+
+const char* WindowInspector::reasonToRefuse(const Inspection& inspection) {
+  const WindowState& state = inspection.state;
+  if (connection_.isBroken()) {
+    return "the X11 display does not answer any more";
+  }
+  if (!state.isComplete()) {
+    return "there is no such window";
+  }
+  if (state.attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY) {
+    return "it takes input only, nothing can be shown in it";
+  }
+  if (state.geometry->root != connection_.root() || state.origin->same_screen == 0) {
+    return "it is on another screen";
+  }
+  if (inspection.isSupportingWmCheckWindow()) {
+    return "it is the window manager's mark, and nobody's to see";
+  }
+  return isFrame(inspection) ? "it is a window manager's frame; name the window inside" : nullptr;
+}
+
+// A frame has no WM_STATE, but the client's window inside it has.
+bool WindowInspector::isFrame(const Inspection& inspection) {
+  if (inspection.state.wmState || inspection.tree == nullptr ||
+      inspection.tree->parent != inspection.tree->root) {
+    return false;
+  }
+  for (const xcb_window_t child : childrenOf(inspection.tree)) {
+    if (connection_.readProperty(child, connection_.atom(Atom::WmState))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool WindowInspector::hasFocus(const Inspection& inspection) {
+  xcb_window_t window = inspection.inputFocus == nullptr ? xcb_window_t{XCB_INPUT_FOCUS_NONE}
+                                                         : inspection.inputFocus->focus;
+  while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != connection_.root()) {
+    if (window == inspection.id) {
+      return true;
+    }
+    const auto tree = queryTree(connection_, window);
+    window = tree == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : tree->parent;
+  }
+  return false;
+}
+
+}  // namespace vel::x11

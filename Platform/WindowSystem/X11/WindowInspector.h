@@ -1,0 +1,69 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+#include "Platform/WindowSystem/X11/PixelRect.h"
+#include "Platform/WindowSystem/X11/StyleHints.h"
+
+namespace vel::x11 {
+
+/// The server's replies about a window. A reply is null if the window does not exist.
+struct WindowState {
+  FromServer<xcb_get_window_attributes_reply_t> attributes;
+  FromServer<xcb_get_geometry_reply_t> geometry;
+  FromServer<xcb_translate_coordinates_reply_t> origin;  // in the root window
+  std::optional<Property> wmState;
+
+  [[nodiscard]] bool isComplete() const {
+    return attributes != nullptr && geometry != nullptr && origin != nullptr;
+  }
+  // The following need a complete state.
+  [[nodiscard]] PixelRect frame() const {
+    return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
+  }
+  /// Whether the window and all its ancestors are mapped.
+  [[nodiscard]] bool isViewable() const;
+  /// Whether the owner or the window manager has unmapped the window.
+  [[nodiscard]] bool isUnmapped() const;
+  /// Whether WM_STATE is IconicState.
+  [[nodiscard]] bool isIconic() const;
+};
+
+/// What the back end needs to know about a window before it adopts it.
+struct Inspection {
+  xcb_window_t id = XCB_WINDOW_NONE;
+  WindowState state;
+  FromServer<xcb_query_tree_reply_t> tree;
+  FromServer<xcb_get_input_focus_reply_t> inputFocus;
+  StyleHints hints;
+  std::optional<Property> supportingWmCheck;
+  std::string className;
+  std::string title;
+
+  /// Whether a window manager made this window to announce itself: it names itself in
+  /// _NET_SUPPORTING_WM_CHECK.
+  [[nodiscard]] bool isSupportingWmCheckWindow() const;
+};
+
+/// Reads windows from the server. Each operation blocks for a round trip.
+class WindowInspector final : public NonCopyable {
+ public:
+  explicit WindowInspector(Connection& connection) : connection_(connection) {}
+
+  WindowState readState(xcb_window_t id);
+  Inspection inspect(xcb_window_t id);
+  /// Returns why the window cannot be adopted; null if it can.
+  const char* reasonToRefuse(const Inspection& inspection);
+  /// Returns whether the focus is on the window or on one of its descendants.
+  bool hasFocus(const Inspection& inspection);
+
+ private:
+  bool isFrame(const Inspection& inspection);
+
+  Connection& connection_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,130 @@
+#include "Platform/WindowSystem/X11/WindowMonitor.h"
+
+#include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
+
+namespace vel::x11 {
+
+WindowMonitor::WindowMonitor(Connection& connection, ScreenCoordinates& coordinates,
+                             StackingOrder& order, WindowTable& windows, ReportQueue& reports)
+    : connection_(connection),
+      coordinates_(coordinates),
+      order_(order),
+      windows_(windows),
+      reports_(reports),
+      inspector_(connection) {}
+
+void WindowMonitor::handle(const xcb_generic_event_t& event) {
+  switch (typeOf(event)) {
+    case XCB_PROPERTY_NOTIFY:
+      return handleProperty(eventAs<xcb_property_notify_event_t>(event));
+    case XCB_CONFIGURE_NOTIFY:
+      return mark(eventAs<xcb_configure_notify_event_t>(event).window);
+    case XCB_MAP_NOTIFY:
+      return mark(eventAs<xcb_map_notify_event_t>(event).window);
+    case XCB_UNMAP_NOTIFY:
+      return mark(eventAs<xcb_unmap_notify_event_t>(event).window);
+    case XCB_REPARENT_NOTIFY:
+      return mark(eventAs<xcb_reparent_notify_event_t>(event).window);
+    default:
+      return;
+  }
+}
+
+void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
+  if (notice.atom == connection_.atom(Atom::WmState)) {
+    mark(notice.window);
+  } else if (notice.atom == connection_.atom(Atom::MotifWmHints) ||
+             notice.atom == XCB_ATOM_WM_NORMAL_HINTS) {
+    if (Window* const window = windows_.find(notice.window)) {
+      window->hasHintChanges = true;
+    }
+  }
+}
+
+void WindowMonitor::mark(xcb_window_t id) {
+  if (Window* const window = windows_.find(id)) {
+    window->hasStateChanges = true;
+  }
+}
+
+void WindowMonitor::updateMarked() {
+  for (auto& [id, window] : windows_) {
+    if (std::exchange(window.hasHintChanges, false)) {
+      window.style->hintsChanged(window.frame);
+      reportOwnersMask(window);
+    }
+    if (std::exchange(window.hasStateChanges, false)) {
+      update(window);
+    }
+  }
+}
+
+void WindowMonitor::update(Window& window) {
+  window.isBeingMapped = false;
+  const WindowState state = inspector_.readState(window.id);
+  if (!state.isComplete()) {
+    return;  // the window is destroyed, and DestroyNotify follows
+  }
+  if (const PixelRect frame = state.frame(); frame != window.frame) {
+    window.frame = frame;
+    if (!window.isOwn()) {  // an own window may have got another frame from `setFrame` since
+      window.style->sizeChanged(frame);
+    }
+    reportFrame(window);
+  }
+  updateMiniaturized(window, state);
+  if (window.wantsFocus && state.isViewable()) {
+    window.wantsFocus = false;
+    setInputFocus(connection_, window.id);
+  }
+}
+
+// The owner of an adopted window may hide it without miniaturising it. The port reports both alike.
+void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
+  const bool isMiniaturized = state.isIconic() || (!window.isOwn() && state.isUnmapped());
+  if (!window.isOrdered || isMiniaturized == window.isMiniaturized) {
+    return;
+  }
+  window.isMiniaturized = isMiniaturized;
+  const WindowHandle handle = window.handle();
+  if (!isMiniaturized) {
+    order_.assumeInFront(handle);
+  }
+  reports_.add(handle, [handle, isMiniaturized](WindowSystemDelegate& delegate) {
+    delegate.miniaturizedChanged(handle, isMiniaturized);
+  });
+}
+
+// The back end may override the style again before the report is delivered.
+void WindowMonitor::reportOwnersMask(const Window& window) {
+  if (!window.style->unreportedOwnersMask()) {
+    return;
+  }
+  reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
+    const Window* const changed = windows_.find(handle);
+    const auto styleMask =
+        changed == nullptr ? std::nullopt : changed->style->unreportedOwnersMask();
+    if (styleMask) {
+      changed->style->markOwnersMaskReported();
+      delegate.styleMaskChanged(handle, *styleMask);
+    }
+  });
+}
+
+void WindowMonitor::reportFrame(const Window& window) {
+  const WindowHandle handle = window.handle();
+  reports_.add(handle,
+               [handle, frame = coordinates_.points(window.frame)](WindowSystemDelegate& delegate) {
+                 delegate.frameChanged(handle, frame);
+               });
+}
+
+void WindowMonitor::reportFrames() {
+  for (const auto& [id, window] : windows_) {
+    reportFrame(window);
+  }
+}
+
+}  // namespace vel::x11

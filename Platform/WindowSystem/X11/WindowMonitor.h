@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Platform/WindowSystem/X11/ScreenCoordinates.h"
+#include "Platform/WindowSystem/X11/StackingOrder.h"
+#include "Platform/WindowSystem/X11/WindowInspector.h"
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+namespace vel::x11 {
+
+/// Reports what owners, users and the window manager change about a window: its frame, its
+/// miniaturisation and its style. Events only mark a window; its state is then read once for all of
+/// them.
+class WindowMonitor final : public NonCopyable {
+ public:
+  WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
+                WindowTable& windows, ReportQueue& reports);
+
+  /// Marks the window that the event is about, if the event announces a change.
+  void handle(const xcb_generic_event_t& event);
+  /// Updates all marked windows. Blocks for a round trip for each of them.
+  void updateMarked();
+  /// Reads the window's state, reports changes, and gives the window the focus if it wants it and
+  /// is viewable. Blocks for a round trip.
+  void update(Window& window);
+
+  /// Reports the style mask that the owner of an adopted window has set, if it is a new one.
+  void reportOwnersMask(const Window& window);
+  void reportFrame(const Window& window);
+  /// Reports the frames of all windows, for when the origin of the screen coordinates moves.
+  void reportFrames();
+
+ private:
+  void handleProperty(const xcb_property_notify_event_t& notice);
+  void mark(xcb_window_t id);
+  void updateMiniaturized(Window& window, const WindowState& state);
+
+  Connection& connection_;
+  ScreenCoordinates& coordinates_;
+  StackingOrder& order_;
+  WindowTable& windows_;
+  ReportQueue& reports_;
+  WindowInspector inspector_;
+};
+
+}  // namespace vel::x11

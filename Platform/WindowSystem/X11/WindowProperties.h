@@ -1,0 +1,20 @@
+// The properties that describe an own window to window managers, apart from its style.
+#pragma once
+
+#include <string_view>
+
+#include "Platform/WindowSystem/WindowSystem.h"
+#include "Platform/WindowSystem/X11/Connection.h"
+
+namespace vel::x11 {
+
+/// Writes all of these properties. `transientFor` is None for a window without an owner window.
+void writeProperties(Connection& connection, xcb_window_t window,
+                     const WindowDescription& description, xcb_window_t transientFor);
+/// Writes _NET_WM_NAME and WM_NAME.
+void writeTitle(Connection& connection, xcb_window_t window, std::string_view title);
+/// Writes _NET_WM_STATE, before the window is mapped. A window manager removes it from a window
+/// that is withdrawn.
+void writeModalState(Connection& connection, xcb_window_t window);
+
+}  // namespace vel::x11

@@ -1,0 +1,30 @@
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+#include <utility>
+
+namespace vel::x11 {
+
+Window& WindowTable::add(Window window) {
+  const xcb_window_t id = window.id;
+  return windows_.insert_or_assign(id, std::move(window)).first->second;
+}
+
+void WindowTable::remove(xcb_window_t id) { windows_.erase(id); }
+
+void WindowTable::clear() { windows_.clear(); }
+
+Window* WindowTable::find(xcb_window_t id) {
+  const auto entry = windows_.find(id);
+  return entry == windows_.end() ? nullptr : &entry->second;
+}
+
+Window* WindowTable::findWithCover(xcb_window_t id) {
+  for (auto& [windowId, window] : windows_) {
+    if (windowId == id || window.cover->owns(id)) {
+      return &window;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace vel::x11

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/X11/Window.h"
+
+namespace vel::x11 {
+
+/// The windows of the back end, in the order of their X ids. Owned by `X11WindowSystem`.
+class WindowTable final : public NonCopyable {
+ public:
+  Window& add(Window window);
+  void remove(xcb_window_t id);
+  void clear();
+
+  /// Each returns null if there is no such window.
+  [[nodiscard]] Window* find(xcb_window_t id);
+  [[nodiscard]] Window* find(WindowHandle handle) {
+    return find(static_cast<xcb_window_t>(handle));
+  }
+  /// The window with this id, or the one whose cover contains this window.
+  [[nodiscard]] Window* findWithCover(xcb_window_t id);
+
+  // For range-based loops over pairs of id and window.
+  [[nodiscard]] auto begin() { return windows_.begin(); }
+  [[nodiscard]] auto end() { return windows_.end(); }
+  [[nodiscard]] auto begin() const { return windows_.begin(); }
+  [[nodiscard]] auto end() const { return windows_.end(); }
+
+ private:
+  std::map<xcb_window_t, Window> windows_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,113 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr auto kFirst = static_cast<WindowHandle>(1);
+constexpr auto kSecond = static_cast<WindowHandle>(2);
+
+ReportQueue::Report focusMovedTo(WindowHandle window) {
+  return [window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); };
+}
+
+class ReportQueueTest : public testing::Test {
+ protected:
+  void SetUp() override { queue_->setDelegate(&reports_); }
+
+  std::unique_ptr<ReportQueue> queue_ = std::make_unique<ReportQueue>();
+  ReportListener reports_;
+};
+
+TEST_F(ReportQueueTest, AddingAReportDoesNotCallTheDelegate) {
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  EXPECT_THAT(reports_.lines, IsEmpty());
+  EXPECT_FALSE(queue_->isEmpty());
+}
+
+TEST_F(ReportQueueTest, ReportsAreDeliveredInTheOrderOfAdding) {
+  queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  EXPECT_TRUE(queue_->deliver());
+  EXPECT_THAT(reports_.lines,
+              ElementsAre("focus " + nameOf(kSecond), "deactivated", "focus " + nameOf(kFirst)));
+  EXPECT_TRUE(queue_->isEmpty());
+}
+
+TEST_F(ReportQueueTest, DeliveringAnEmptyQueueReturnsFalse) { EXPECT_FALSE(queue_->deliver()); }
+
+TEST_F(ReportQueueTest, EachReportIsDeliveredOnce) {
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  EXPECT_TRUE(queue_->deliver());
+  EXPECT_FALSE(queue_->deliver());
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst)));
+}
+
+TEST_F(ReportQueueTest, RemovesTheReportsOfOneWindow) {
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->removeReports(kFirst);
+  queue_->deliver();
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kSecond)));
+}
+
+TEST_F(ReportQueueTest, WithoutADelegateReportsAreDiscarded) {
+  queue_->setDelegate(nullptr);
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  EXPECT_TRUE(queue_->deliver());
+  queue_->setDelegate(&reports_);
+  EXPECT_FALSE(queue_->deliver());
+  EXPECT_THAT(reports_.lines, IsEmpty());
+}
+
+TEST_F(ReportQueueTest, AReportAddedDuringDeliveryIsDeliveredToo) {
+  queue_->add(kFirst, [this](WindowSystemDelegate& delegate) {
+    delegate.focusMoved(kFirst);
+    queue_->add(kSecond, focusMovedTo(kSecond));
+  });
+  queue_->deliver();
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst), "focus " + nameOf(kSecond)));
+}
+
+TEST_F(ReportQueueTest, TheDelegateMayRemoveReportsDuringDelivery) {
+  queue_->add(kFirst, [this](WindowSystemDelegate& delegate) {
+    delegate.focusMoved(kFirst);
+    queue_->removeReports(kSecond);
+  });
+  queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->deliver();
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst)));
+}
+
+TEST_F(ReportQueueTest, TheDelegateMayDestroyTheQueueDuringDelivery) {
+  queue_->add([this](WindowSystemDelegate& delegate) {
+    delegate.displayLost("test");
+    queue_.reset();
+  });
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  EXPECT_TRUE(queue_->deliver());
+  EXPECT_EQ(queue_, nullptr);
+  EXPECT_EQ(reports_.lines.size(), 1U);
+}
+
+TEST_F(ReportQueueTest, ADelegateThatRemovesItselfReceivesNoMoreReports) {
+  queue_->add([this](WindowSystemDelegate& delegate) {
+    delegate.applicationDeactivated();
+    queue_->setDelegate(nullptr);
+  });
+  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->deliver();
+  EXPECT_THAT(reports_.lines, ElementsAre("deactivated"));
+}
+
+}  // namespace
+}  // namespace vel::test
