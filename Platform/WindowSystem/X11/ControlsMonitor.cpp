@@ -48,12 +48,12 @@ void ControlsMonitor::check(Nanoseconds now) {
   for (auto& [id, window] : windows_) {
     if (now >= window.controlsDeadline) {
       window.controlsDeadline = kNever;
-      check(window);
+      checkWindow(window);
     }
   }
 }
 
-void ControlsMonitor::check(Window& window) {
+void ControlsMonitor::checkWindow(Window& window) {
   const auto offered = windowManager_.readOfferedControls(window.id);
   if (!offered) {
     return;

@@ -27,7 +27,7 @@ class ControlsMonitor final : public NonCopyable {
   void check(Nanoseconds now);
 
  private:
-  void check(Window& window);
+  void checkWindow(Window& window);
 
   Connection& connection_;
   WindowManager& windowManager_;

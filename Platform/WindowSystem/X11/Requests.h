@@ -1,5 +1,5 @@
-// The requests of the core protocol that the back end sends. A function has the name of its request
-// where it sends just one. An error that the server returns later is logged with that name.
+// Functions that send requests of the core protocol. If a request fails, the log names the request
+// and the window.
 #pragma once
 
 #include <xcb/xproto.h>
@@ -17,7 +17,7 @@
 
 namespace vel::x11 {
 
-/// A scope that sends requests: flushes the connection at its end, and guards against SIGPIPE.
+/// A scope that sends requests. Flushes the connection at its end, and guards against SIGPIPE.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}

@@ -92,7 +92,7 @@ const char* WindowInspector::reasonToRefuse(const Inspection& inspection) {
     return "it is on another screen";
   }
   if (inspection.isSupportingWmCheckWindow()) {
-    return "it is the window manager's mark, and nobody's to see";
+    return "it is the window that a window manager uses to announce itself";
   }
   return isFrame(inspection) ? "it is a window manager's frame; name the window inside" : nullptr;
 }

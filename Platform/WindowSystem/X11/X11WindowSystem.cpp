@@ -168,12 +168,12 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   }
   const auto id = static_cast<xcb_window_t>(nativeId);
   if (windows_.findWithCover(id) != nullptr) {
-    return "it takes part already";
+    return "it is already adopted";
   }
   if (id == connection_->root()) {
     return "it is the root window";
   }
-  return connection_->hasCreated(id) ? "it is one of this program's own" : nullptr;
+  return connection_->hasCreated(id) ? "it belongs to this program" : nullptr;
 }
 
 AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {

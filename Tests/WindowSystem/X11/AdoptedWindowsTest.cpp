@@ -91,7 +91,7 @@ TEST_F(X11AdoptedWindows, AreRefusedWhereTheyAreTheBackEndsOwn) {
 TEST_F(X11AdoptedWindows, AreAdoptedOnce) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   adopt(game);
-  EXPECT_THAT(refusal(game), HasSubstr("it takes part already"));
+  EXPECT_THAT(refusal(game), HasSubstr("it is already adopted"));
 }
 
 TEST_F(X11AdoptedWindows, TellWhereTheyGo) {

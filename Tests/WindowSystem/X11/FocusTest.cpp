@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "Platform/WindowSystem/X11/Focus.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {

@@ -26,7 +26,7 @@ TEST_F(X11RefusedWindows, AreTheManagersMarkWhoseEndIsHeardAllTheSame) {
   ASSERT_TRUE(waitFor([&] { return reports.heard(line("controls kept", handle) + " 0"); }));
   const auto marks = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
   ASSERT_EQ(marks.size(), 1U);
-  EXPECT_THAT(refusal(marks.front()), HasSubstr("it is the window manager's mark"));
+  EXPECT_THAT(refusal(marks.front()), HasSubstr("that a window manager uses to announce itself"));
   reports.lines.clear();
   manager.kill();
   // Without it the focus is not asked for but set.
@@ -43,7 +43,7 @@ TEST_F(X11RefusedWindows, AreOurOwnToolsThatGoOnWorking) {
       idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
   // Made before it: the window that the time is read from.
   ASSERT_TRUE(user.exists(ours - 1));
-  EXPECT_THAT(refusal(ours - 1), HasSubstr("it is one of this program's own"));
+  EXPECT_THAT(refusal(ours - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ours));
   EXPECT_TRUE(waitFor([&] { return user.focused() == ours; }));
 }
