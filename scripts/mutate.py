@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Breaks the library's sources one place at a time and says which breaks no test notices.
+"""Mutation testing of LaunchScreen/: changes one place at a time and reports what no test detects.
 
     scripts/mutate.py [--every N] [--only TEXT] [--list]
 
-Works in a copy of the tree below build/mutation. A break is an operator turned, a number or truth
-value changed, or a call, assignment or return left out. Each is compiled and the tests of
-LaunchScreen/ are run: `killed` (a test fails, the run hangs or dies), `refused` (the compiler does
-not take it) or `LIVES`. Ends with 1 if one lives that is not listed as equivalent below.
+Works in a copy of the tree below build/mutation. A mutation changes an operator, a number or a
+Boolean, or removes a call, an assignment or a return. The script compiles each mutation and runs the
+tests of LaunchScreen/. The results are `killed` (a test fails, hangs or crashes), `refused` (it does
+not compile) and `LIVES`. Exits with 1 if a mutation lives that is not in EQUIVALENT.
 """
 
 import argparse
@@ -22,7 +22,7 @@ BUILD = ROOT / "build" / "mutation" / "build"
 PROGRAM = BUILD / "bin" / "LaunchScreenTests"
 SOURCES = sorted(path.relative_to(ROOT) for path in (ROOT / "LaunchScreen").rglob("*.cpp"))
 
-TURNS = [
+REPLACEMENTS = [
     (r" == ", [" != "]),
     (r" != ", [" == "]),
     (r" >= ", [" > ", " < "]),
@@ -41,31 +41,31 @@ TURNS = [
     (r"\b(\d+\.\d+)\b", [lambda number: str(float(number) + 1)]),
     (r'(?<=")(\w[\w ]+)(?=")', [lambda text: text + "x"]),
 ]
-# Such breaks change nothing that could be noticed: (source, change) and why not.
+# Mutations that change no observable behaviour: (source, change) and the reason.
 MANAGER = "LaunchScreen/LaunchScreenManager.cpp"
 CONTROLLER = "LaunchScreen/View/macOS/LaunchScreenViewControllerMac.cpp"
-UNDER_DESTRUCTION = "nobody can look at the manager any more"
-REPEATED = "the member has that value already"
+DURING_DESTRUCTION = "the manager is being destroyed"
+REDUNDANT = "the member already has this value"
 EQUIVALENT = {
-    (MANAGER, "launchScreenExpired_ = true;"): UNDER_DESTRUCTION,
-    (MANAGER, "without launchScreenExpired_ = false;"): UNDER_DESTRUCTION,
-    (MANAGER, "without launchScreenExpirationTimer_ = nullptr;"): UNDER_DESTRUCTION,
+    (MANAGER, "launchScreenExpired_ = true;"): DURING_DESTRUCTION,
+    (MANAGER, "without launchScreenExpired_ = false;"): DURING_DESTRUCTION,
+    (MANAGER, "without launchScreenExpirationTimer_ = nullptr;"): DURING_DESTRUCTION,
     (MANAGER, "if (launchScreenExpirationTimeLeft() >= 0 && !appIsUnfocused()) {"):
-        "with nothing left the countdown does not start anyway",
+        "without time left, the countdown does not start",
     (MANAGER, "without LaunchScreenConfiguration::setDefaultConfiguration(configuration);"):
-        "it is the default configuration that was written to",
+        "this object is the default configuration",
     (MANAGER, "without return true; after if (holdsChildOfClass(front, className)) {"):
-        "a key or main window is on the screen, so that the walk over all windows finds it too",
+        "a key or main window is on the screen, so the search of all windows finds it too",
     (CONTROLLER, "without controller->setPresentationMode(LaunchScreenPresentationEmbedded);"):
-        REPEATED,
-    (CONTROLLER, "without controller->setAppWindow(nullptr);"): REPEATED,
-    (CONTROLLER, "without controller->setAppWindowStyleMask(kNothingSaved);"): REPEATED,
+        REDUNDANT,
+    (CONTROLLER, "without controller->setAppWindow(nullptr);"): REDUNDANT,
+    (CONTROLLER, "without controller->setAppWindowStyleMask(kNothingSaved);"): REDUNDANT,
 }
 SKIPPED = re.compile(r"^\s*(//|#|using |namespace |static constexpr auto kMethod)")
 
 
 def statements(lines):
-    """Whole statements, over several lines if need be, that can be left out: (first, last)."""
+    """Yields (first line, last line) of each statement that can be removed."""
     first = None
     for number, line in enumerate(lines):
         if first is None:
@@ -85,14 +85,14 @@ def statements(lines):
             first = None
 
 
-def breaks(source):
-    """All breaks of a source: (line number, what it was, the whole new text)."""
+def mutations(source):
+    """Yields (line number, description, complete new text) for each mutation of a source."""
     lines = (ROOT / source).read_text().split("\n")
     for number, line in enumerate(lines):
         if SKIPPED.match(line) or "template" in line:
             continue
         code = line.split("//")[0]
-        for pattern, replacements in TURNS:
+        for pattern, replacements in REPLACEMENTS:
             for match in re.finditer(pattern, code):
                 for replacement in replacements:
                     new = replacement if isinstance(replacement, str) else replacement(match[0])
@@ -100,10 +100,10 @@ def breaks(source):
                     yield number + 1, changed.strip(), "\n".join(
                         lines[:number] + [changed] + lines[number + 1 :])
     for first, last in statements(lines):
-        left_out = "without " + " ".join(line.strip() for line in lines[first : last + 1])
-        if "return" in left_out:
-            left_out += " after " + lines[first - 1].strip()
-        yield first + 1, left_out, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
+        removed = "without " + " ".join(line.strip() for line in lines[first : last + 1])
+        if "return" in removed:
+            removed += " after " + lines[first - 1].strip()
+        yield first + 1, removed, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
 
 
 def build():
@@ -112,7 +112,7 @@ def build():
         stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
 
 
-def verdict():
+def test_result():
     if build().returncode != 0:
         return "refused"
     try:
@@ -125,17 +125,17 @@ def verdict():
 
 def main():
     arguments = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    arguments.add_argument("--every", type=int, default=1, help="only each N-th break")
-    arguments.add_argument("--only", default="", help="only sources whose path has the text")
-    arguments.add_argument("--list", action="store_true", help="only say what would be tried")
+    arguments.add_argument("--every", type=int, default=1, help="try only every N-th mutation")
+    arguments.add_argument("--only", default="", help="try only sources whose path contains TEXT")
+    arguments.add_argument("--list", action="store_true", help="list the mutations without trying them")
     options = arguments.parse_args()
 
-    tried = [(source, *one) for source in SOURCES if options.only in str(source)
-             for one in breaks(source)][:: options.every]
+    selected = [(source, *one) for source in SOURCES if options.only in str(source)
+             for one in mutations(source)][:: options.every]
     if options.list:
-        for source, number, change, _ in tried:
+        for source, number, change, _ in selected:
             print(f"{source}:{number}: {change}")
-        print(f"{len(tried)} breaks")
+        print(f"{len(selected)} mutations")
         return 0
 
     shutil.rmtree(COPY, ignore_errors=True)
@@ -149,14 +149,14 @@ def main():
                     "-DCMAKE_CXX_FLAGS=-O0 -D_GLIBCXX_ASSERTIONS", "-DVEL_TESTS=ON", "-DVEL_HOST=OFF",
                     "-DVEL_X11=OFF"], check=True, stdout=subprocess.DEVNULL)
     first = build()
-    if first.returncode != 0 or verdict() != "LIVES":
-        sys.exit(f"the tests do not pass on the sources as they are\n{first.stdout}")
+    if first.returncode != 0 or test_result() != "LIVES":
+        sys.exit(f"the tests fail on the unchanged sources\n{first.stdout}")
 
     counts = {"killed": 0, "refused": 0, "LIVES": 0, "equivalent": 0}
-    for source, number, change, text in tried:
+    for source, number, change, text in selected:
         original = (ROOT / source).read_text()
         (COPY / source).write_text(text)
-        result = verdict()
+        result = test_result()
         (COPY / source).write_text(original)
         reason = EQUIVALENT.get((str(source), change))
         if result == "LIVES" and reason:
