@@ -1,10 +1,10 @@
 // The user goes to another application and comes back.
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {
 
-class ActivationTest : public StageTest {
+class ActivationTest : public RecordedTest {
  protected:
   void leave() { platform.user().userDeactivatesApplication(); }
   void comeBack() { platform.user().userActivatesApplication(); }
@@ -14,11 +14,11 @@ TEST_F(ActivationTest, AnApplicationIsActiveAtFirst) { EXPECT_TRUE(NSApp->isActi
 
 TEST_F(ActivationTest, OnLeavingTheApplicationHearsBeforeItsKeyWindowResigns) {
   openKey("A");
-  stage.take();
+  recorder.take();
   std::string during;
-  stage.at("application resigns", [&] { during = key(); });
+  recorder.onNext("application resigns", [&] { during = key(); });
   leave();
-  EXPECT_EQ(stage.take(), (Story{"application resigns", "A resigns"}));
+  EXPECT_EQ(recorder.take(), (Events{"application resigns", "A resigns"}));
   EXPECT_EQ(during, "A");
   EXPECT_EQ(key(), "none");
   EXPECT_FALSE(NSApp->isActive());
@@ -27,25 +27,25 @@ TEST_F(ActivationTest, OnLeavingTheApplicationHearsBeforeItsKeyWindowResigns) {
 TEST_F(ActivationTest, OnLeavingWithoutAKeyWindowOnlyTheApplicationHears) {
   open("A");
   leave();
-  EXPECT_EQ(stage.take(), Story{"application resigns"});
+  EXPECT_EQ(recorder.take(), Events{"application resigns"});
 }
 
 TEST_F(ActivationTest, OnComingBackTheFormerKeyWindowBecomesKeyBeforeTheApplicationHears) {
   openKey("A");
   open("B");
   leave();
-  stage.take();
+  recorder.take();
   comeBack();
-  EXPECT_EQ(stage.take(), (Story{"A becomes key", "application is active"}));
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application is active"}));
   EXPECT_TRUE(NSApp->isActive());
 }
 
 TEST_F(ActivationTest, OnComingBackWithoutAFormerKeyWindowNoneBecomesKey) {
   open("A");
   leave();
-  stage.take();
+  recorder.take();
   comeBack();
-  EXPECT_EQ(stage.take(), Story{"application is active"});
+  EXPECT_EQ(recorder.take(), Events{"application is active"});
   EXPECT_EQ(key(), "none");
 }
 
@@ -54,9 +54,9 @@ TEST_F(ActivationTest, AFormerKeyWindowThatLeftTheScreenMeanwhileDoesNotBecomeKe
   const auto former = openKey("A");
   leave();
   former->close();
-  stage.take();
+  recorder.take();
   comeBack();
-  EXPECT_EQ(stage.take(), Story{"application is active"});
+  EXPECT_EQ(recorder.take(), Events{"application is active"});
 }
 
 TEST_F(ActivationTest, AFormerKeyWindowThatNobodyKeepsMeanwhileIsForgotten) {
@@ -73,21 +73,21 @@ TEST_F(ActivationTest, TheFormerKeyWindowComesBeforeOneThatWasMadeKeyMeanwhile) 
   const auto other = open("B");
   leave();
   other->makeKeyWindow();
-  stage.take();
+  recorder.take();
   comeBack();
-  EXPECT_EQ(stage.take(), (Story{"B resigns", "A becomes key", "application is active"}));
+  EXPECT_EQ(recorder.take(), (Events{"B resigns", "A becomes key", "application is active"}));
 }
 
 TEST_F(ActivationTest, LeavingOrComingBackTwiceTellsNothingNew) {
   openKey("A");
   comeBack();
-  EXPECT_EQ(stage.take(), Story{"A becomes key"});
+  EXPECT_EQ(recorder.take(), Events{"A becomes key"});
   leave();
   leave();
-  EXPECT_EQ(stage.take(), (Story{"application resigns", "A resigns"}));
+  EXPECT_EQ(recorder.take(), (Events{"application resigns", "A resigns"}));
   comeBack();
   comeBack();
-  EXPECT_EQ(stage.take(), (Story{"A becomes key", "application is active"}));
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application is active"}));
 }
 
 TEST_F(ActivationTest, TheKeyWindowIsTheOneAtTheDeactivationAndNotTheOneBefore) {
@@ -105,7 +105,7 @@ TEST_F(ActivationTest, TheKeyWindowIsTheOneAtTheDeactivationAndNotTheOneBefore) 
 TEST_F(ActivationTest, AHandlersWishStandsOnLeaving) {
   openKey("A");
   const auto other = open("B");
-  stage.at("A resigns", [&] { other->makeKeyWindow(); });
+  recorder.onNext("A resigns", [&] { other->makeKeyWindow(); });
   leave();
   EXPECT_EQ(key(), "B");
 }

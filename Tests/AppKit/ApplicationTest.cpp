@@ -10,7 +10,7 @@
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 #include "Tests/Foundation/Ticker.h"
 
 namespace vel::test {
@@ -64,14 +64,14 @@ class ScriptedDisplay final : public WindowSystem {
   Nanoseconds deadline_ = kNever;
 };
 
-class ApplicationTest : public StageTest {
+class ApplicationTest : public RecordedTest {
  protected:
   // Replaces the headless display.
   ScriptedDisplay& startOnScriptedDisplay() {
     auto made = std::make_unique<ScriptedDisplay>();
     ScriptedDisplay& display = *made;
     NSApplication::start(std::move(made));
-    listenAgain();
+    observeAgain();
     return display;
   }
   static std::optional<AdoptedWindow> gameWindow() {
@@ -151,22 +151,22 @@ TEST_F(ApplicationTest, StandsFromStartToStop) {
 }
 
 TEST_F(ApplicationTest, StoppingClosesEveryWindowTheLatestFirst) {
-  actorIn(open("A"), "first");
-  actorIn(open("B"), "second");
-  stage.take();
+  recordingControllerIn(open("A"), "first");
+  recordingControllerIn(open("B"), "second");
+  recorder.take();
   NSApplication::stop();
-  EXPECT_EQ(stage.take(), (Story{"second will disappear", "second did disappear",
-                                 "first will disappear", "first did disappear"}));
+  EXPECT_EQ(recorder.take(), (Events{"second will disappear", "second did disappear",
+                                     "first will disappear", "first did disappear"}));
 }
 
 TEST_F(ApplicationTest, StoppingDropsTimersAndWork) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
-  dispatch_async(dispatch_get_main_queue(), [this] { stage.tell("work"); });
+  dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
   NSApplication::stop();
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(ApplicationTest, StartingAgainEndsTheFormerOne) {
@@ -183,7 +183,7 @@ TEST_F(ApplicationTest, AWindowOfAFormerOneCanBeOpenedInTheNext) {
   startOnScriptedDisplay().nextHandle = WindowHandle{5};
   window->orderFront();
   EXPECT_EQ(window->handle(), WindowHandle{5});
-  EXPECT_EQ(order(), Story{"A"});
+  EXPECT_EQ(order(), Events{"A"});
 }
 
 TEST_F(ApplicationTest, WithoutOneWindowsOnlyKeepTheirState) {
@@ -237,7 +237,7 @@ TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
   display.delegate->miniaturizedChanged(kUnknown, true);
   display.delegate->controlsKept(kUnknown, 2);
   display.delegate->focusMoved(kUnknown);
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(ApplicationTest, AReportOfLateFocusForAClosedWindowDoesNothing) {
@@ -255,10 +255,10 @@ TEST_F(ApplicationTest, ComingBackToAWindowOfHisChoiceLeavesTheFormerKeyWindowAs
   const auto chosen = open("B");
   display.delegate->focusMoved(WindowHandle{1});
   display.delegate->applicationDeactivated();
-  stage.take();
+  recorder.take();
   display.delegate->focusMoved(WindowHandle{2});
   display.delegate->applicationActivated(WindowHandle{2});
-  EXPECT_EQ(stage.take(), (Story{"B becomes key", "application is active"}));
+  EXPECT_EQ(recorder.take(), (Events{"B becomes key", "application is active"}));
 }
 
 TEST_F(ApplicationTest, AHandlerHearsWhichControlsAreKept) {
@@ -287,7 +287,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowIsAsItWasFound) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(window->handle(), WindowHandle{7});
   EXPECT_TRUE(window->isOnScreen());
-  EXPECT_EQ(order(), Story{"PlayerWindow"});
+  EXPECT_EQ(order(), Events{"PlayerWindow"});
   EXPECT_EQ(key(), "none");
 }
 
@@ -297,7 +297,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
   display.adopted->hasFocus = true;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
-  EXPECT_EQ(stage.take(), Story{"PlayerWindow becomes key"});
+  EXPECT_EQ(recorder.take(), Events{"PlayerWindow becomes key"});
   EXPECT_EQ(NSApp->mainWindow(), window);
 }
 
@@ -311,7 +311,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatIsMiniaturisedIsOpenAndComesBack) {
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_TRUE(order().empty());
   display.delegate->miniaturizedChanged(WindowHandle{7}, false);
-  EXPECT_EQ(order(), Story{"PlayerWindow"});
+  EXPECT_EQ(order(), Events{"PlayerWindow"});
 }
 
 TEST_F(ApplicationTest, AdoptingFailsWithTheReason) {
@@ -328,11 +328,11 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatItsOwnerDestroysCountsAsClosed) {
   display.adopted->hasFocus = true;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
-  actorIn(window, "view");
-  stage.take();
+  recordingControllerIn(window, "view");
+  recorder.take();
   display.delegate->windowDestroyed(WindowHandle{7});
-  EXPECT_EQ(stage.take(),
-            (Story{"view will disappear", "view did disappear", "PlayerWindow resigns"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"view will disappear", "view did disappear", "PlayerWindow resigns"}));
 }
 
 }  // namespace

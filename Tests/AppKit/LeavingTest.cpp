@@ -2,19 +2,19 @@
 #include <algorithm>
 
 #include "Platform/Dispatch/Dispatch.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {
 
-class LeavingTest : public StageTest {
+class LeavingTest : public RecordedTest {
  protected:
   LeavingTest() {
     open("A");
     openKey("B");
     openKey("C");
     open("D");
-    stage.take();
+    recorder.take();
   }
 
   // The window on screen of that name.
@@ -30,23 +30,23 @@ class LeavingTest : public StageTest {
 
 TEST_F(LeavingTest, KeyPassesOnToTheMostRecentlyKeyWindowOnScreen) {
   named("C")->close();
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, KeyPassesOverWindowsThatAreNotOnScreen) {
   named("A")->makeKeyWindow();
   named("C")->makeKeyWindow();
   named("A")->miniaturize();
-  stage.take();
+  recorder.take();
   named("C")->close();
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, KeyPassesOnToTheFrontmostWindowWhereNoneWasKeyBefore) {
   named("B")->close();
-  stage.take();
+  recorder.take();
   named("C")->close();
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "D becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, KeyPassesOnToNoneWhereNoWindowIsLeft) {
@@ -54,7 +54,7 @@ TEST_F(LeavingTest, KeyPassesOnToNoneWhereNoWindowIsLeft) {
     named(name)->close();
   }
   EXPECT_EQ(key(), "none");
-  EXPECT_EQ(stage.take(), Story{"C resigns"});
+  EXPECT_EQ(recorder.take(), Events{"C resigns"});
 }
 
 TEST_F(LeavingTest, KeyPassesOnAlsoToAWindowThatWasOpenedSince) {
@@ -65,102 +65,103 @@ TEST_F(LeavingTest, KeyPassesOnAlsoToAWindowThatWasOpenedSince) {
 }
 
 TEST_F(LeavingTest, AHandlersWishStandsWhenKeyPassesOn) {
-  stage.at("C resigns", [] { named("A")->makeKeyWindow(); });
+  recorder.onNext("C resigns", [] { named("A")->makeKeyWindow(); });
   named("C")->close();
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "A becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "A becomes key"}));
 }
 
 TEST_F(LeavingTest, AHandlerMayCloseTheOneThatWouldBeNext) {
-  stage.at("C resigns", [] { named("B")->close(); });
+  recorder.onNext("C resigns", [] { named("B")->close(); });
   named("C")->close();
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "D becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, AHandlerMayCloseEveryWindow) {
-  stage.at("C resigns", [] {
+  recorder.onNext("C resigns", [] {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       window->close();
     }
   });
   named("C")->close();
-  EXPECT_EQ(stage.take(), Story{"C resigns"});
+  EXPECT_EQ(recorder.take(), Events{"C resigns"});
   EXPECT_TRUE(order().empty());
 }
 
 TEST_F(LeavingTest, WhenTheOldKeyWindowResignsItIsOffTheScreen) {
-  Story during;
-  stage.at("C resigns", [&] { during = order(); });
+  Events during;
+  recorder.onNext("C resigns", [&] { during = order(); });
   named("C")->close();
-  EXPECT_EQ(during, (Story{"D", "B", "A"}));
+  EXPECT_EQ(during, (Events{"D", "B", "A"}));
 }
 
 TEST_F(LeavingTest, KeyStaysWhereItIsWhenAnotherWindowLeaves) {
   named("D")->close();
   EXPECT_EQ(key(), "C");
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(LeavingTest, ControllersDisappearBeforeKeyPassesOn) {
-  actorIn(named("C"), "view");
-  stage.take();
+  recordingControllerIn(named("C"), "view");
+  recorder.take();
   named("C")->close();
-  EXPECT_EQ(stage.take(),
-            (Story{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, SheetsAreClosedFirstTheNewestFirst) {
   const auto window = named("C");
-  const auto host = actorIn(window, "host");
-  const auto first = actor("first");
-  const auto second = actor("second");
+  const auto host = recordingControllerIn(window, "host");
+  const auto first = recordingController("first");
+  const auto second = recordingController("second");
   host->presentViewControllerAsSheet(first);
   host->presentViewControllerAsSheet(second);
-  stage.take();
+  recorder.take();
   window->close();
-  EXPECT_EQ(stage.take(),
-            (Story{"second will disappear", "second did disappear", "NSWindow resigns",
-                   "NSWindow becomes key", "first will disappear", "first did disappear",
-                   "NSWindow resigns", "C becomes key", "host will disappear", "host did disappear",
-                   "C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"second will disappear", "second did disappear", "NSWindow resigns",
+                    "NSWindow becomes key", "first will disappear", "first did disappear",
+                    "NSWindow resigns", "C becomes key", "host will disappear",
+                    "host did disappear", "C resigns", "B becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
 }
 
 TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsClosing) {
   const auto window = named("C");
-  const auto actor = actorIn(window, "view");
-  stage.take();
-  stage.at("view will disappear", [&] { window->close(); });
+  const auto controller = recordingControllerIn(window, "view");
+  recorder.take();
+  recorder.onNext("view will disappear", [&] { window->close(); });
   window->close();
-  EXPECT_EQ(stage.take(),
-            (Story{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsOpening) {
   const auto window = closedWindow("E");
-  const auto actor = actorIn(window, "view");
-  stage.at("view will appear", [&] { window->close(); });
+  const auto controller = recordingControllerIn(window, "view");
+  recorder.onNext("view will appear", [&] { window->close(); });
   window->makeKeyAndOrderFront();
-  EXPECT_EQ(stage.take(), (Story{"view will appear", "view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"view will appear", "view will disappear", "view did disappear"}));
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(key(), "C");
 }
 
 TEST_F(LeavingTest, AStepMayDropTheLastReferenceToItsWindow) {
   Strong<NSWindow> window = open("E");
-  actorIn(window, "view");
+  recordingControllerIn(window, "view");
   const Weak<NSWindow> seen = window;
-  stage.take();
-  stage.at("view will disappear", [&] { window.reset(); });
+  recorder.take();
+  recorder.onNext("view will disappear", [&] { window.reset(); });
   window->close();
   EXPECT_TRUE(seen.expired());
-  EXPECT_EQ(stage.take(), (Story{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
 }
 
 TEST_F(LeavingTest, MiniaturisedLeavesTheOrderAndGivesUpKeyAndIsTold) {
   const auto window = named("C");
   window->miniaturize();
-  EXPECT_EQ(order(), (Story{"D", "B", "A"}));
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "B becomes key", "C is miniaturised"}));
+  EXPECT_EQ(order(), (Events{"D", "B", "A"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key", "C is miniaturised"}));
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_FALSE(window->isOnScreen());
@@ -168,28 +169,28 @@ TEST_F(LeavingTest, MiniaturisedLeavesTheOrderAndGivesUpKeyAndIsTold) {
 
 TEST_F(LeavingTest, MiniaturisedWithoutBeingKeyIsOnlyTold) {
   named("D")->miniaturize();
-  EXPECT_EQ(stage.take(), Story{"D is miniaturised"});
+  EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
 }
 
 TEST_F(LeavingTest, DeminiaturisedIsBackInFrontAndNotKey) {
   const auto window = named("B");
   window->miniaturize();
-  stage.take();
+  recorder.take();
   window->deminiaturize();
-  EXPECT_EQ(order(), (Story{"B", "D", "C", "A"}));
-  EXPECT_EQ(stage.take(), Story{"B is back"});
+  EXPECT_EQ(order(), (Events{"B", "D", "C", "A"}));
+  EXPECT_EQ(recorder.take(), Events{"B is back"});
   EXPECT_EQ(key(), "C");
   EXPECT_FALSE(window->isMiniaturized());
 }
 
 TEST_F(LeavingTest, MiniaturisingRunsNoLifeCycleSteps) {
   const auto window = named("C");
-  const auto actor = actorIn(window, "view");
+  const auto controller = recordingControllerIn(window, "view");
   window->miniaturize();
-  stage.take();
+  recorder.take();
   window->deminiaturize();
-  EXPECT_EQ(stage.take(), Story{"C is back"});
-  EXPECT_TRUE(actor->isShown());
+  EXPECT_EQ(recorder.take(), Events{"C is back"});
+  EXPECT_TRUE(controller->isShown());
 }
 
 TEST_F(LeavingTest, OnlyAWindowOnScreenIsMiniaturisedAndOnlyAMiniaturisedOneComesBack) {
@@ -199,16 +200,16 @@ TEST_F(LeavingTest, OnlyAWindowOnScreenIsMiniaturisedAndOnlyAMiniaturisedOneCome
   const auto twice = named("D");
   twice->miniaturize();
   twice->miniaturize();
-  EXPECT_EQ(stage.take(), Story{"D is miniaturised"});
+  EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
 }
 
 TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
   const auto window = named("C");
-  actorIn(window, "view");
+  recordingControllerIn(window, "view");
   window->miniaturize();
-  stage.take();
+  recorder.take();
   window->close();
-  EXPECT_EQ(stage.take(), (Story{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
   EXPECT_FALSE(window->isMiniaturized());
   window->orderFront();
   EXPECT_TRUE(window->isOnScreen());
@@ -216,11 +217,11 @@ TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
 
 TEST_F(LeavingTest, AWindowThatVanishesCountsAsClosed) {
   const auto window = named("C");
-  actorIn(window, "view");
-  stage.take();
+  recordingControllerIn(window, "view");
+  recorder.take();
   platform.user().windowVanishes(window->handle());
-  EXPECT_EQ(stage.take(),
-            (Story{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
@@ -236,21 +237,21 @@ TEST_F(LeavingTest, AWindowThatVanishedCanBeOpenedAgain) {
 TEST_F(LeavingTest, AClosedWindowMayVanishToo) {
   const auto window = named("C");
   window->close();
-  stage.take();
+  recorder.take();
   platform.user().windowVanishes(window->handle());
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
 TEST_F(LeavingTest, AWindowMayVanishInsideAHandler) {
-  stage.at("C resigns", [this] { platform.user().windowVanishes(named("B")->handle()); });
+  recorder.onNext("C resigns", [this] { platform.user().windowVanishes(named("B")->handle()); });
   platform.user().windowVanishes(named("C")->handle());
-  EXPECT_EQ(stage.take(), (Story{"C resigns", "D becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, ALostDisplayClosesEveryWindow) {
-  actorIn(named("C"), "view");
-  stage.take();
+  recordingControllerIn(named("C"), "view");
+  recorder.take();
   std::string reason;
   NSApp->setDisplayLostHandler([&](std::string_view text) {
     reason = text;
@@ -260,15 +261,15 @@ TEST_F(LeavingTest, ALostDisplayClosesEveryWindow) {
   EXPECT_EQ(reason, "the server has gone");
   EXPECT_EQ(key(), "none");
   EXPECT_EQ(main(), "none");
-  const Story story = stage.take();
+  const Events story = recorder.take();
   EXPECT_NE(std::ranges::find(story, "view did disappear"), story.end());
   EXPECT_NE(std::ranges::find(story, "C resigns"), story.end());
 }
 
 TEST_F(LeavingTest, ALostDisplayEndsModalRunsAndSheets) {
-  const auto host = actorIn(named("C"), "host");
-  host->presentViewControllerAsModalWindow(actor("modal"));
-  host->presentViewControllerAsSheet(actor("sheet"));
+  const auto host = recordingControllerIn(named("C"), "host");
+  host->presentViewControllerAsModalWindow(recordingController("modal"));
+  host->presentViewControllerAsSheet(recordingController("sheet"));
   platform.user().connectionBreaks("gone");
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(host->presentedViewControllers().empty());

@@ -3,27 +3,27 @@
 #include <string>
 
 #include "Platform/Dispatch/Dispatch.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 #include "Tests/Foundation/Ticker.h"
 
 namespace vel::test {
 namespace {
 
-class ModalRunTest : public StageTest {
+class ModalRunTest : public RecordedTest {
  protected:
   // A timer that fires in the mode of modal runs as well.
   void later(double seconds, const std::function<void()>& work) {
     loop.addTimerForMode(schedule(seconds, work), NSModalPanelRunLoopMode);
   }
-  Strong<Actor> presentModally(const std::string& name) {
-    Strong<Actor> guest = actor(name);
+  Strong<RecordingController> presentModally(const std::string& name) {
+    Strong<RecordingController> guest = recordingController(name);
     host->presentViewControllerAsModalWindow(guest);
     return guest;
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   Strong<NSWindow> window = openKey("A");
-  Strong<Actor> host = actorIn(window, "host");
+  Strong<RecordingController> host = recordingControllerIn(window, "host");
 };
 
 TEST_F(ModalRunTest, TheLoopRunsInTheModalPanelModeWhileOneIsOn) {
@@ -139,8 +139,8 @@ TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheWindowVanishes) {
 
 TEST_F(ModalRunTest, RunModalForWindowReturnsAtOnceWhereAStepClosesTheWindow) {
   const auto dialog = closedWindow("dialog");
-  actorIn(dialog, "view");
-  stage.at("view will appear", [&] { dialog->close(); });
+  recordingControllerIn(dialog, "view");
+  recorder.onNext("view will appear", [&] { dialog->close(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
@@ -163,15 +163,15 @@ TEST_F(ModalRunTest, RunsInsideRunsEndFromTheInside) {
   const auto inner = closedWindow("inner");
   later(0.1, [&] {
     NSApp->runModalForWindow(inner);
-    stage.tell("inner ended");
+    recorder.record("inner ended");
     NSApp->stopModal();
   });
   later(0.2, [] { NSApp->stopModal(); });
-  stage.take();
+  recorder.take();
   NSApp->runModalForWindow(outer);
-  stage.tell("outer ended");
-  EXPECT_EQ(stage.take(), (Story{"A resigns", "outer becomes key", "outer resigns",
-                                 "inner becomes key", "inner ended", "outer ended"}));
+  recorder.record("outer ended");
+  EXPECT_EQ(recorder.take(), (Events{"A resigns", "outer becomes key", "outer resigns",
+                                     "inner becomes key", "inner ended", "outer ended"}));
 }
 
 }  // namespace

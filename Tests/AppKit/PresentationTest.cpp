@@ -1,14 +1,14 @@
 // Controllers presented as modal windows and as sheets, and child controllers.
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {
 
-class PresentationTest : public StageTest {
+class PresentationTest : public RecordedTest {
  protected:
   PresentationTest() {
     window->setContentViewController(host);
-    stage.take();
+    recorder.take();
   }
 
   static Strong<NSWindow> windowOf(const Strong<NSViewController>& controller) {
@@ -16,8 +16,8 @@ class PresentationTest : public StageTest {
   }
 
   Strong<NSWindow> window = openKey("A");
-  Strong<Actor> host = actor("host");
-  Strong<Actor> guest = actor("guest");
+  Strong<RecordingController> host = recordingController("host");
+  Strong<RecordingController> guest = recordingController("guest");
 };
 
 TEST_F(PresentationTest, AModalWindowIsAPlainNSWindowOfItsOwn) {
@@ -54,16 +54,16 @@ TEST_F(PresentationTest, AModalWindowLiesOverTheMiddleOfItsOwner) {
 
 TEST_F(PresentationTest, AModalWindowIsShownKeyWithinTheCall) {
   host->presentViewControllerAsModalWindow(guest);
-  EXPECT_EQ(stage.take(),
-            (Story{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
-  EXPECT_EQ(order(), (Story{"NSWindow", "A"}));
+  EXPECT_EQ(order(), (Events{"NSWindow", "A"}));
 }
 
 TEST_F(PresentationTest, LinksAndModalRunStandWhenAModalWindowAppears) {
   bool linked = false;
   bool modal = false;
-  stage.at("guest will appear", [&] {
+  recorder.onNext("guest will appear", [&] {
     linked = guest->presentingViewController() == host &&
              host->presentedViewControllers() == NSArray<NSViewController>{guest};
     modal = windowOf(guest)->isModalPanel();
@@ -74,7 +74,7 @@ TEST_F(PresentationTest, LinksAndModalRunStandWhenAModalWindowAppears) {
 }
 
 TEST_F(PresentationTest, AHostWithoutAWindowPresentsAModalWindowAllTheSame) {
-  const auto loose = actor("loose");
+  const auto loose = recordingController("loose");
   loose->presentViewControllerAsModalWindow(guest);
   EXPECT_TRUE(windowOf(guest)->isOnScreen());
   EXPECT_EQ(guest->presentingViewController(), loose);
@@ -91,11 +91,12 @@ TEST_F(PresentationTest, AControllerMayPresentItselfInAModalWindow) {
 }
 
 TEST_F(PresentationTest, AShownControllerThatPresentsItselfMovesToItsNewWindow) {
-  const auto shown = actorIn(window, "shown");
-  stage.take();
+  const auto shown = recordingControllerIn(window, "shown");
+  recorder.take();
   shown->presentViewControllerAsSheet(shown);
-  EXPECT_EQ(stage.take(), (Story{"shown will disappear", "shown did disappear", "shown will appear",
-                                 "A resigns", "NSWindow becomes key", "shown did appear"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"shown will disappear", "shown did disappear", "shown will appear", "A resigns",
+                    "NSWindow becomes key", "shown did appear"}));
   EXPECT_EQ(windowOf(shown)->sheetParent(), window);
   EXPECT_EQ(shown->presentingViewController(), shown);
   EXPECT_TRUE(shown->presentedViewControllers().empty());
@@ -114,8 +115,8 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowThatShowsTheReceiver) {
 
 TEST_F(PresentationTest, ASheetIsShownKeyWithoutAModalRun) {
   host->presentViewControllerAsSheet(guest);
-  EXPECT_EQ(stage.take(),
-            (Story{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
   EXPECT_FALSE(windowOf(guest)->isModalPanel());
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(guest->presentingViewController(), host);
@@ -130,39 +131,39 @@ TEST_F(PresentationTest, ASheetFollowsItsWindow) {
 
 TEST_F(PresentationTest, AReceiverInNoOpenWindowPresentsNoSheet) {
   const auto closed = closedWindow("B");
-  const auto inClosed = actorIn(closed, "in a closed window");
-  for (const auto& receiver : {actor("loose"), inClosed}) {
+  const auto inClosed = recordingControllerIn(closed, "in a closed window");
+  for (const auto& receiver : {recordingController("loose"), inClosed}) {
     receiver->presentViewControllerAsSheet(guest);
     EXPECT_EQ(windowOf(guest), nullptr);
     EXPECT_EQ(guest->presentingViewController(), nullptr);
     EXPECT_TRUE(receiver->presentedViewControllers().empty());
   }
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(PresentationTest, APresentedControllerIsNotPresentedAgain) {
-  const auto other = actorIn(window, "other");
+  const auto other = recordingControllerIn(window, "other");
   host->presentViewControllerAsSheet(guest);
   const Strong<NSWindow> sheet = windowOf(guest);
-  stage.take();
+  recorder.take();
   other->presentViewControllerAsSheet(guest);
   other->presentViewControllerAsModalWindow(guest);
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest), sheet);
   EXPECT_EQ(guest->presentingViewController(), host);
   EXPECT_TRUE(other->presentedViewControllers().empty());
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(PresentationTest, NoControllerIsNotPresented) {
   host->presentViewControllerAsSheet(nullptr);
   host->presentViewControllerAsModalWindow(nullptr);
   host->dismissViewController(nullptr);
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(PresentationTest, SeveralArePresentedInTheirOrder) {
-  const auto second = actor("second");
+  const auto second = recordingController("second");
   host->presentViewControllerAsSheet(guest);
   host->presentViewControllerAsModalWindow(second);
   EXPECT_EQ(host->presentedViewControllers(), (NSArray<NSViewController>{guest, second}));
@@ -175,54 +176,54 @@ TEST_F(PresentationTest, SeveralArePresentedInTheirOrder) {
 TEST_F(PresentationTest, EndingGoesStepThenWindowThenLinksThenStepThenKey) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modal = windowOf(guest);
-  stage.take();
-  Story states;
+  recorder.take();
+  Events states;
   const auto look = [&] {
     states.push_back(std::string(modal->isOnScreen() ? "on screen" : "gone") +
                      (windowOf(guest) == modal ? ", has the view" : ", gave up the view") +
                      (modal->isModalPanel() ? ", modal" : "") +
                      (guest->presentingViewController() ? ", linked" : ""));
   };
-  stage.at("guest will disappear", look);
-  stage.at("guest did disappear", look);
+  recorder.onNext("guest will disappear", look);
+  recorder.onNext("guest did disappear", look);
   host->dismissViewController(guest);
-  EXPECT_EQ(stage.take(), (Story{"guest will disappear", "guest did disappear", "NSWindow resigns",
-                                 "A becomes key"}));
-  EXPECT_EQ(states, (Story{"on screen, has the view, modal, linked", "gone, gave up the view"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
+                                     "NSWindow resigns", "A becomes key"}));
+  EXPECT_EQ(states, (Events{"on screen, has the view, modal, linked", "gone, gave up the view"}));
 }
 
 TEST_F(PresentationTest, ASheetEndsInTheSameOrder) {
   host->presentViewControllerAsSheet(guest);
-  stage.take();
+  recorder.take();
   host->dismissViewController(guest);
-  EXPECT_EQ(stage.take(), (Story{"guest will disappear", "guest did disappear", "NSWindow resigns",
-                                 "A becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
+                                     "NSWindow resigns", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_TRUE(host->presentedViewControllers().empty());
 }
 
 TEST_F(PresentationTest, AnyControllerMayEndThePresentation) {
   host->presentViewControllerAsModalWindow(guest);
-  actor("stranger")->dismissViewController(guest);
+  recordingController("stranger")->dismissViewController(guest);
   EXPECT_EQ(windowOf(guest), nullptr);
   EXPECT_EQ(guest->presentingViewController(), nullptr);
 }
 
 TEST_F(PresentationTest, AControllerThatIsNotPresentedIsLeftAlone) {
-  stage.take();
+  recorder.take();
   host->dismissViewController(host);
   host->dismissViewController(guest);
   EXPECT_EQ(windowOf(host), window);
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(PresentationTest, ClosingTheWindowEndsThePresentation) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modal = windowOf(guest);
-  stage.take();
+  recorder.take();
   platform.user().userClosesWindow(modal->handle());
-  EXPECT_EQ(stage.take(), (Story{"guest will disappear", "guest did disappear", "NSWindow resigns",
-                                 "A becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
+                                     "NSWindow resigns", "A becomes key"}));
   EXPECT_EQ(guest->presentingViewController(), nullptr);
   EXPECT_EQ(modal->contentView(), nullptr);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
@@ -230,10 +231,10 @@ TEST_F(PresentationTest, ClosingTheWindowEndsThePresentation) {
 
 TEST_F(PresentationTest, AVanishedWindowEndsThePresentation) {
   host->presentViewControllerAsSheet(guest);
-  stage.take();
+  recorder.take();
   platform.user().windowVanishes(windowOf(guest)->handle());
-  EXPECT_EQ(stage.take(), (Story{"guest will disappear", "guest did disappear", "NSWindow resigns",
-                                 "A becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
+                                     "NSWindow resigns", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_EQ(guest->presentingViewController(), nullptr);
 }
@@ -252,7 +253,7 @@ TEST_F(PresentationTest, AnEndedPresentationCanBeginAgain) {
 
 TEST_F(PresentationTest, AStepMayPresentAnew) {
   host->presentViewControllerAsSheet(guest);
-  stage.at("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
+  recorder.onNext("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
   host->dismissViewController(guest);
   EXPECT_TRUE(windowOf(guest)->isModalPanel());
   EXPECT_EQ(guest->presentingViewController(), host);
@@ -260,7 +261,7 @@ TEST_F(PresentationTest, AStepMayPresentAnew) {
 }
 
 TEST_F(PresentationTest, APresentingControllerThatDiesLeavesNoLink) {
-  auto loose = actor("loose");
+  auto loose = recordingController("loose");
   loose->presentViewControllerAsModalWindow(guest);
   loose.reset();
   EXPECT_EQ(guest->presentingViewController(), nullptr);
@@ -274,14 +275,14 @@ TEST_F(PresentationTest, AChildHasOneParent) {
   host->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{guest});
-  const auto other = actor("other");
+  const auto other = recordingController("other");
   other->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), other);
   EXPECT_TRUE(host->childViewControllers().empty());
 }
 
 TEST_F(PresentationTest, AddingAChildAgainChangesNothing) {
-  const auto second = actor("second");
+  const auto second = recordingController("second");
   host->addChildViewController(guest);
   host->addChildViewController(second);
   host->addChildViewController(guest);
@@ -306,7 +307,7 @@ TEST_F(PresentationTest, AChildThatIsRemovedHasNoParent) {
 TEST_F(PresentationTest, AddingAChildRunsNoStepAndPlacesNoView) {
   host->addChildViewController(guest);
   EXPECT_FALSE(guest->isViewLoaded());
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeWhenFirstAskedFor) {
@@ -331,7 +332,7 @@ TEST_F(PresentationTest, AControllerMayBeGivenItsView) {
 }
 
 TEST_F(PresentationTest, APlainControllerIsMadeByNibNameAndBundle) {
-  const auto bundle = NSBundle::bundleForClass<Actor>();
+  const auto bundle = NSBundle::bundleForClass<RecordingController>();
   const auto controller = NSViewController::initWithNibNameBundle("", bundle);
   EXPECT_EQ(controller->className(), "NSViewController");
   EXPECT_EQ(controller->nibBundle(), bundle);

@@ -1,7 +1,7 @@
 // What windows show: layers and indicators, as the window system is given them.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/AppKit/NSProgressIndicator.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {
@@ -17,7 +17,7 @@ SceneItem spinner(CGRect frame, bool animates) {
   return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .animates = animates};
 }
 
-class SceneTest : public StageTest {
+class SceneTest : public RecordedTest {
  protected:
   const Scene& scene() { return platform.user().window(window->handle())->scene; }
   // A filled view in the window's content.
@@ -70,28 +70,28 @@ TEST_F(SceneTest, AViewIsShownAsItsControllersHaveMadeItOnTheWay) {
   const auto inner = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   inner->setStyle(NSProgressIndicatorStyleSpinning);
   view->addSubview(inner);
-  const auto controller = make<Actor>(stage, "C");
+  const auto controller = make<RecordingController>(recorder, "C");
   controller->setView(view);
   Scene onTheWay{spinner({}, true)};
-  stage.at("C will appear", [&] {
+  recorder.onNext("C will appear", [&] {
     view->setWantsLayer(true);
     view->layer()->setBackgroundColor(kWhite);
     onTheWay = scene();
   });
   const Scene made{fill(CGRectMake(0, 0, 9, 9), kWhite), spinner(CGRectMake(2, 2, 5, 5), false)};
   Scene inTheEnd;
-  stage.at("C did appear", [&] { inTheEnd = scene(); });
+  recorder.onNext("C did appear", [&] { inTheEnd = scene(); });
   window->contentView()->addSubview(view);
   EXPECT_EQ(onTheWay, Scene{});
   EXPECT_EQ(inTheEnd, made);
 }
 
 TEST_F(SceneTest, AContentViewIsShownAsItsControllerHasMadeItOnTheWay) {
-  const auto controller = make<Actor>(stage, "C");
+  const auto controller = make<RecordingController>(recorder, "C");
   add(CGRectMake(0, 0, 9, 9), kRed);
   const Scene before = scene();
   Scene onTheWay;
-  stage.at("C will appear", [&] {
+  recorder.onNext("C will appear", [&] {
     controller->view()->setWantsLayer(true);
     controller->view()->layer()->setBackgroundColor(kWhite);
     onTheWay = scene();

@@ -3,7 +3,7 @@
 #include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/ReleasePool.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 #include "Tests/Foundation/Ticker.h"
 
 namespace vel::test {
@@ -17,54 +17,55 @@ const ShutdownStep runsWork([] {
   }
 });
 
-class ShutdownTest : public StageTest {
+class ShutdownTest : public RecordedTest {
  protected:
   ShutdownTest() = default;
   ~ShutdownTest() override { workOfStep = nullptr; }
 };
 
 TEST_F(ShutdownTest, RunsTheStepsAfterTheWindowsHaveClosed) {
-  actorIn(open("A"), "controller");
-  stage.take();
-  workOfStep = [this] { stage.tell(NSApp == nullptr ? "step" : "step before the end"); };
+  recordingControllerIn(open("A"), "controller");
+  recorder.take();
+  workOfStep = [this] { recorder.record(NSApp == nullptr ? "step" : "step before the end"); };
   shutDown();
-  EXPECT_EQ(stage.take(), (Story{"controller will disappear", "controller did disappear", "step"}));
+  EXPECT_EQ(recorder.take(),
+            (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
 TEST_F(ShutdownTest, RunsTheStepsWithoutAnApplication) {
   NSApplication::stop();
-  workOfStep = [this] { stage.tell("step"); };
+  workOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();
-  EXPECT_EQ(stage.take(), Story{});
+  EXPECT_EQ(recorder.take(), Events{});
   shutDown();
-  EXPECT_EQ(stage.take(), Story{"step"});
+  EXPECT_EQ(recorder.take(), Events{"step"});
 }
 
 TEST_F(ShutdownTest, RemovesEveryObserver) {
   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
-  const auto listener = make<Listener>(stage);
-  listener->listen();
+  const auto listener = make<NotificationRecorder>(recorder);
+  listener->observe();
   ASSERT_NE(center.registrationCount(listener.get()), 0u);
   NSApplication::stop();
   EXPECT_EQ(center.registrationCount(listener.get()), 0u);
   center.postNotificationNameObject(NSWindowDidBecomeKeyNotification, nullptr);
-  EXPECT_TRUE(stage.take().empty());
+  EXPECT_TRUE(recorder.take().empty());
 }
 
 TEST_F(ShutdownTest, RemovesTimersAndWorkThatClosingWindowsAndStepsHaveAdded) {
   const auto ticker = make<Ticker>();
-  actorIn(open("A"), "controller");
-  stage.at("controller did disappear", [&] { schedule(0.1, ticker); });
+  recordingControllerIn(open("A"), "controller");
+  recorder.onNext("controller did disappear", [&] { schedule(0.1, ticker); });
   workOfStep = [this] {
-    dispatch_async(dispatch_get_main_queue(), [this] { stage.tell("work"); });
+    dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
   };
   shutDown();
-  stage.take();
+  recorder.take();
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
-  EXPECT_TRUE(stage.take().empty());
+  EXPECT_TRUE(recorder.take().empty());
 }
 
 TEST_F(ShutdownTest, DrainsTheReleasePool) {

@@ -1,5 +1,5 @@
 // Views: the tree, autoresizing and constraints.
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {

@@ -1,11 +1,11 @@
 // Windows: open and on screen, their order, and what the window system is told of them.
 #include "Platform/AppKit/PlatformObserver.h"
-#include "Tests/AppKit/Stage.h"
+#include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
 namespace {
 
-class WindowTest : public StageTest {
+class WindowTest : public RecordedTest {
  protected:
   // The window as the window system has it.
   const HeadlessWindowSystem::Window& shown(const Strong<NSWindow>& window) {
@@ -40,14 +40,14 @@ TEST_F(WindowTest, OrderedInIsInFront) {
   open("A");
   open("B");
   open("C");
-  EXPECT_EQ(order(), (Story{"C", "B", "A"}));
+  EXPECT_EQ(order(), (Events{"C", "B", "A"}));
 }
 
 TEST_F(WindowTest, OrderedInAgainComesToTheFront) {
   const auto window = open("A");
   open("B");
   window->orderFront();
-  EXPECT_EQ(order(), (Story{"A", "B"}));
+  EXPECT_EQ(order(), (Events{"A", "B"}));
 }
 
 TEST_F(WindowTest, OrderingNeverMakesKey) {
@@ -61,7 +61,7 @@ TEST_F(WindowTest, TheOrderThatTheUserGivesIsFollowed) {
   const auto b = open("B");
   const auto c = open("C");
   platform.user().userOrdersWindows({a->handle(), c->handle(), b->handle()});
-  EXPECT_EQ(order(), (Story{"A", "C", "B"}));
+  EXPECT_EQ(order(), (Events{"A", "C", "B"}));
 }
 
 TEST_F(WindowTest, TheUsersOrderLeavesOtherWindowsWhereTheyAre) {
@@ -72,7 +72,7 @@ TEST_F(WindowTest, TheUsersOrderLeavesOtherWindowsWhereTheyAre) {
   hidden->close();
   platform.user().userOrdersWindows(
       {a->handle(), hidden->handle(), WindowHandle{4711}, b->handle()});
-  EXPECT_EQ(order(), (Story{"C", "A", "B"}));
+  EXPECT_EQ(order(), (Events{"C", "A", "B"}));
 }
 
 TEST_F(WindowTest, IsNeitherOpenNorOnScreenOnceClosed) {
@@ -94,10 +94,10 @@ TEST_F(WindowTest, OrderedOutIsClosed) {
 TEST_F(WindowTest, ClosingAClosedWindowDoesNothing) {
   const auto window = openKey("A");
   window->close();
-  stage.take();
+  recorder.take();
   window->close();
   closedWindow("B")->close();
-  EXPECT_TRUE(stage.story.empty());
+  EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(WindowTest, ClosedCanBeOrderedInAgain) {
@@ -183,16 +183,16 @@ TEST_F(WindowTest, AnObserverHearsOfEachStyleThatIsSet) {
 
 TEST_F(WindowTest, AnObserverHearsOfOpeningAndClosing) {
   struct Observer final : PlatformObserver {
-    explicit Observer(Stage& theStage) : stage(theStage) {}
-    void windowOpened(NSWindow& /*window*/) override { stage.tell("opened"); }
-    void windowClosed(NSWindow& /*window*/) override { stage.tell("closed"); }
-    Stage& stage;
-  } observer(stage);
+    explicit Observer(EventRecorder& theRecorder) : recorder(theRecorder) {}
+    void windowOpened(NSWindow& /*window*/) override { recorder.record("opened"); }
+    void windowClosed(NSWindow& /*window*/) override { recorder.record("closed"); }
+    EventRecorder& recorder;
+  } observer(recorder);
   setPlatformObserver(&observer);
   const auto window = open("A");
   window->orderFront();
   window->close();
-  EXPECT_EQ(stage.take(), (Story{"opened", "closed"}));
+  EXPECT_EQ(recorder.take(), (Events{"opened", "closed"}));
 }
 
 TEST_F(WindowTest, TheUserClosesItByItsCloseControl) {
@@ -217,10 +217,10 @@ TEST_F(WindowTest, PerformCloseClosesWhereThereIsACloseControl) {
 
 TEST_F(WindowTest, AHandlerMayTakeTheUsersWishToCloseUponItself) {
   const auto window = open("A");
-  Story asked;
+  Events asked;
   NSApp->setCloseRequestedHandler([&](NSWindow& which) { asked.emplace_back(which.className()); });
   platform.user().userClosesWindow(window->handle());
-  EXPECT_EQ(asked, Story{"A"});
+  EXPECT_EQ(asked, Events{"A"});
   EXPECT_TRUE(window->isVisible());
 }
 

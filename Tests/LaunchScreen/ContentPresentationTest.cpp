@@ -179,7 +179,7 @@ TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
   host->agrees = false;
   for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
                               HostCall::DidDisappear}) {
-    host->lack(call);
+    host->stopRespondingTo(call);
   }
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -188,7 +188,7 @@ TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
 }
 
 TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
-  host->lack(HostCall::CanDisappear);
+  host->stopRespondingTo(HostCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);

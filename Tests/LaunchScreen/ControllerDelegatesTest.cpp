@@ -175,13 +175,13 @@ TEST_F(ControllerDelegatesTest, AreToldThatTheViewHasGoneInTheOrderInWhichTheyWe
   const auto second = addDelegate("second");
   cover->viewDidDisappear();
   EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
-  EXPECT_EQ(first->teller.lock(), cover);
-  EXPECT_EQ(second->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(second->caller.lock(), cover);
 }
 
 TEST_F(ControllerDelegatesTest, OneThatLacksTheOperationIsSkipped) {
-  addDelegate("first")->lack(CoverCall::DidDismiss);
-  addDelegate("second")->lack(CoverCall::WillPresent);
+  addDelegate("first")->stopRespondingTo(CoverCall::DidDismiss);
+  addDelegate("second")->stopRespondingTo(CoverCall::WillPresent);
   cover->viewWillAppear();
   cover->viewDidDisappear();
   EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present",  //

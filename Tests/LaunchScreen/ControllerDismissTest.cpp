@@ -85,7 +85,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverTellsItsDelegatesAtOnceAndStaysOnScre
   const auto first = addDelegate("first");
   cover->dismiss();
   EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
   EXPECT_EQ(cover->view()->window(), window);
   EXPECT_TRUE(tracks(window->contentView(), cover));
 }
@@ -145,7 +145,7 @@ TEST_F(ControllerDismissTest, AnyEmbeddedControllerTakesDownTheTrackedOne) {
   addDelegate("other", other);
   other->dismiss();
   EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
   platform.run(1);
   EXPECT_EQ(cover->view()->window(), nullptr);
   EXPECT_TRUE(tracksNothing());
@@ -201,7 +201,7 @@ TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItTellsAtOnceAndStaysTracked
   const auto first = addDelegate("first");
   cover->dismiss();
   EXPECT_EQ(taken(), Lines{"first: did dismiss"});
-  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   EXPECT_TRUE(tracks(nullptr, cover));
 }
@@ -233,7 +233,7 @@ TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceTheDelegatesHearOfItT
   embed(openPlayerWindow());
   embedded_cover::superView = nullptr;
   addDelegate("first");
-  addDelegate("second")->lack(CoverCall::DidDismiss);
+  addDelegate("second")->stopRespondingTo(CoverCall::DidDismiss);
   cover->dismiss();
   EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",           // the platform takes it off
                             "viewDidDisappear", "first: did dismiss",  // and the last step tells

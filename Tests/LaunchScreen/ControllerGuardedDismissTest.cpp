@@ -58,13 +58,13 @@ TEST_F(ControllerGuardedDismissTest, ADelegateIsAskedWithTheControllerThatIsToGo
   const auto first = addDelegate("first");
   first->agrees = false;
   cover->dismissViewController(make<NamedViewController>("Other"));
-  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
 }
 
 TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
   present(kEmbedded);
   const auto first = addDelegate("first");
-  first->lack(CoverCall::CanDismiss);
+  first->stopRespondingTo(CoverCall::CanDismiss);
   first->agrees = false;
   cover->dismissViewController(cover);
   EXPECT_EQ(taken().front(), "style 15");

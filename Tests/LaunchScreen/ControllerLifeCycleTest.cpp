@@ -66,7 +66,7 @@ TEST_F(ControllerLifeCycleTest, ASheetIsNotPreparedAtAll) {
 TEST_F(ControllerLifeCycleTest, ADelegateHearsOfThePresentationFromTheControllerItself) {
   const auto first = addDelegate("first");
   cover->viewWillAppear();
-  EXPECT_EQ(first->teller.lock(), cover);
+  EXPECT_EQ(first->caller.lock(), cover);
 }
 
 TEST_F(ControllerLifeCycleTest, WillAppearPreparesInModalWindowModeOnly) {

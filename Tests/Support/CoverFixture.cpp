@@ -4,7 +4,7 @@ namespace vel::test {
 
 void CoverDelegate::note(CoverCall call, std::string_view text,
                          const Strong<LaunchScreenViewController>& controller) {
-  teller = controller;
+  caller = controller;
   journal_->push_back(name_ + ": " + std::string(text));
   if (work_ && call == workCall_) {
     std::exchange(work_, nullptr)();

@@ -1,5 +1,5 @@
-// What the tests of the cover and its content share: a journal of what happened, actors that write
-// into it, and a controller to present.
+// Shared by the tests of the cover and its content: a journal, delegates that write into it, and a
+// controller to present.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +17,15 @@
 
 namespace vel::test {
 
-/// What happened, in order. Several actors write into one, and whoever comes last keeps it.
+/// Events in their order. The objects that write into a journal own it together.
 using Lines = std::vector<std::string>;
 using Journal = std::shared_ptr<Lines>;
 
-/// What the cover's controller tells and asks, in the protocol's order.
+/// The calls of LaunchScreenViewControllerDelegate, in the order of the protocol.
 enum class CoverCall : std::uint8_t { WillPresent, CanDismiss, DidDismiss };
 
 /// A delegate of the cover's controller. It writes "name: will present", "name: can dismiss" and
-/// "name: did dismiss", and answers as it is set to.
+/// "name: did dismiss" into the journal.
 class CoverDelegate final
     : public Class<CoverDelegate, "CoverDelegate", NSObject, LaunchScreenViewControllerDelegate> {
  public:
@@ -40,15 +40,15 @@ class CoverDelegate final
       const Strong<LaunchScreenViewController>& controller) override;
   [[nodiscard]] OperationSet respondingOperations() const override { return responding_; }
 
-  /// From now on it does not respond to this operation; sent all the same, it is written down.
-  void lack(CoverCall call) { responding_.reset(static_cast<std::size_t>(call)); }
-  /// Runs `work` inside the next call of this kind.
+  /// Stops responding to this operation. A call of the operation is nevertheless recorded.
+  void stopRespondingTo(CoverCall call) { responding_.reset(static_cast<std::size_t>(call)); }
+  /// Runs `work` inside the next call of this operation.
   void once(CoverCall call, std::function<void()> work);
 
-  /// Its answer whether the controller may dismiss.
+  /// The result of "can dismiss".
   bool agrees = true;
-  /// Who told or asked it last.
-  Weak<LaunchScreenViewController> teller;
+  /// The controller of the last call.
+  Weak<LaunchScreenViewController> caller;
 
  private:
   void note(CoverCall call, std::string_view text,
@@ -61,11 +61,11 @@ class CoverDelegate final
   std::function<void()> work_;
 };
 
-/// What the content tells and asks the host, in the protocol's order.
+/// The calls of ContentViewDelegate, in the order of the protocol.
 enum class HostCall : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
-/// The host's view delegate. It writes "name: will appear", "name: can disappear" and "name: did
-/// disappear", and answers as it is set to.
+/// A host's view delegate. It writes "name: will appear", "name: can disappear" and "name: did
+/// disappear" into the journal.
 class HostViewDelegate final
     : public Class<HostViewDelegate, "HostViewDelegate", NSObject, ContentViewDelegate> {
  public:
@@ -77,12 +77,12 @@ class HostViewDelegate final
   void contentViewDidDisappear(const Strong<ContentView>& view) override;
   [[nodiscard]] OperationSet respondingOperations() const override { return responding_; }
 
-  /// From now on it does not respond to this operation; sent all the same, it is written down.
-  void lack(HostCall call) { responding_.reset(static_cast<std::size_t>(call)); }
+  /// Stops responding to this operation. A call of the operation is nevertheless recorded.
+  void stopRespondingTo(HostCall call) { responding_.reset(static_cast<std::size_t>(call)); }
 
-  /// Its answer whether the view may disappear.
+  /// The result of "can disappear".
   bool agrees = true;
-  /// The view that it was told of or asked about last.
+  /// The view of the last call.
   Weak<ContentView> view;
 
  private:
@@ -93,8 +93,8 @@ class HostViewDelegate final
   OperationSet responding_ = 0b111;
 };
 
-/// Writes down, while it lives, what the platform does with covers and windows: the cover's steps
-/// by name, "style 7" for a style mask that is set, "window opened", "window closed".
+/// Writes the platform's events into the journal: the life-cycle steps of the cover, "style 7" for
+/// each style mask that is set, "window opened" and "window closed".
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
@@ -109,7 +109,7 @@ class PlatformJournal final : public PlatformObserver {
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
-  /// Runs `work` inside the next setting of a style mask: for what only an intruder would do.
+  /// Runs `work` when a style mask is set next. Simulates a host that interferes at that moment.
   void atNextStyleMask(std::function<void()> work) { work_ = std::move(work); }
 
  private:
@@ -118,11 +118,11 @@ class PlatformJournal final : public PlatformObserver {
   PlatformObserver* before_ = setPlatformObserver(this);
 };
 
-/// Whether the embedded cover without a parent that is tracked is exactly this one.
+/// True if this controller's cover, in this superview, is the tracked embedded cover.
 bool tracks(const Strong<NSView>& superView, const Strong<LaunchScreenViewController>& controller);
 bool tracksNothing();
 
-/// A configuration that allows five seconds, a controller made under it, and the journal.
+/// A fixture with a duration of five seconds, a controller to present and a journal.
 class CoverTest : public VirtualTest {
  protected:
   CoverTest();
@@ -133,7 +133,7 @@ class CoverTest : public VirtualTest {
   Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, cover); }
   Strong<CoverDelegate> addDelegate(std::string_view name,
                                     const Strong<LaunchScreenViewController>& to);
-  /// What was written down since the last call.
+  /// Returns the events since the last call.
   Lines taken() { return std::exchange(*journal, {}); }
 
   Journal journal = std::make_shared<Lines>();

@@ -1,4 +1,4 @@
-// What the tests of every back end are run on.
+// The fixture of the tests that every back end must pass.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace vel::test {
 
-/// A back end on a display of its own, and what others do there: users and other programs.
+/// A back end on its own display. Simulates users and other programs on that display.
 class TestDisplay {
  public:
   TestDisplay() = default;
@@ -26,33 +26,33 @@ class TestDisplay {
   virtual void userGoesToAnotherApplication() = 0;
   virtual void userComesBackTo(WindowHandle window) = 0;
   virtual void userAsksToClose(WindowHandle window) = 0;
-  virtual void somebodyResizes(WindowHandle window, CGSize size) = 0;
+  virtual void otherProgramResizes(WindowHandle window, CGSize size) = 0;
   /// Puts the first window above the second.
-  virtual void somebodyRaises(WindowHandle window, WindowHandle other) = 0;
-  virtual void somebodyEnds(WindowHandle window) = 0;
+  virtual void otherProgramRaises(WindowHandle window, WindowHandle other) = 0;
+  virtual void ownerDestroys(WindowHandle window) = 0;
   virtual void connectionBreaks() = 0;
-  /// Opens a window of another program's, of class "PlayerWindow", 200 by 160 points large, with
-  /// every control, and answers its id; 0 where there are no other programs.
+  /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
+  /// all controls. Returns its native id, or 0 if the display has no other programs.
   virtual std::uint64_t openForeignWindow() = 0;
 };
 
-/// A back end, and what it promises beyond what all do.
+/// A back end and its optional features.
 struct Backend {
   const char* name;
   std::unique_ptr<TestDisplay> (*open)();
-  /// There are other programs, whose windows can be taken part in.
+  /// True if it can adopt windows of other programs.
   bool adoptsWindows;
-  /// What windows show can be looked at.
+  /// True if `picture` can capture windows.
   bool hasScreen;
-  /// Windows are miniaturised when that is asked for.
+  /// True if `requestMiniaturized` has an effect.
   bool miniaturizes;
-  /// It tells of the controls that are kept, also where none is.
-  bool tellsControlsKept;
+  /// True if each change of the style mask causes a `controlsKept` report.
+  bool reportsControlsKept;
 
   friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
 };
 
-/// Instantiated once for each back end.
+/// Each back end instantiates this suite.
 class Conformance : public testing::TestWithParam<Backend> {
  protected:
   Conformance() { system().setDelegate(&reports); }
@@ -60,14 +60,14 @@ class Conformance : public testing::TestWithParam<Backend> {
 
   WindowSystem& system() { return display->system(); }
   WindowHandle create(NSWindowStyleMask styleMask = 15);
-  /// One that is on the screen.
+  /// Creates a window and shows it.
   WindowHandle open(NSWindowStyleMask styleMask = 15);
-  /// One that has the focus, and nothing else has been heard.
+  /// Creates a window, waits until it has the focus, and clears the reports.
   WindowHandle openFocused();
   bool waitFor(const std::string& line);
   void deliver() { deliverAll(system()); }
-  /// Everything that can be asked of a window.
-  void askForEverything(WindowHandle window);
+  /// Calls every operation of the port on this window.
+  void callEveryOperation(WindowHandle window);
 
   std::unique_ptr<TestDisplay> display = GetParam().open();
   ReportListener reports;

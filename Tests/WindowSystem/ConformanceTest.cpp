@@ -1,4 +1,4 @@
-// What the port promises of every back end.
+// The behaviour that every back end must have.
 #include <gmock/gmock.h>
 #include <poll.h>
 
@@ -35,10 +35,10 @@ WindowHandle Conformance::openFocused() {
 }
 
 bool Conformance::waitFor(const std::string& line) {
-  return deliverUntil(system(), [&] { return reports.heard(line); });
+  return deliverUntil(system(), [&] { return reports.contains(line); });
 }
 
-void Conformance::askForEverything(WindowHandle window) {
+void Conformance::callEveryOperation(WindowHandle window) {
   system().orderFront(window);
   system().requestFocus(window);
   system().requestMiniaturized(window, true);
@@ -57,7 +57,7 @@ namespace {
 
 // Windows
 
-TEST_P(Conformance, EachWindowHasAHandleOfItsOwn) {
+TEST_P(Conformance, EachWindowHasItsOwnHandle) {
   const WindowHandle first = create();
   const WindowHandle second = create();
   EXPECT_NE(first, WindowHandle::None);
@@ -65,37 +65,37 @@ TEST_P(Conformance, EachWindowHasAHandleOfItsOwn) {
   EXPECT_NE(first, second);
 }
 
-TEST_P(Conformance, NothingIsToldOfAWindowThatIsNotOnTheScreenYet) {
+TEST_P(Conformance, AWindowThatHasNotBeenShownCausesNoReports) {
   system().requestFocus(create());
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-TEST_P(Conformance, WhatIsAskedOfNoWindowDoesNothing) {
-  askForEverything(WindowHandle::None);
+TEST_P(Conformance, OperationsOnTheNoneHandleDoNothing) {
+  callEveryOperation(WindowHandle::None);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-TEST_P(Conformance, WhatIsAskedOfAReleasedWindowDoesNothing) {
+TEST_P(Conformance, OperationsOnAReleasedWindowDoNothing) {
   const WindowHandle window = openFocused();
   system().releaseWindow(window);
-  askForEverything(window);
+  callEveryOperation(window);
   deliver();
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, TheEndOfAWindowIsToldOnceAndItsHandleIsVoid) {
+TEST_P(Conformance, ADestroyedWindowIsReportedOnceAndItsHandleIsInvalid) {
   const WindowHandle window = openFocused();
-  display->somebodyEnds(window);
+  display->ownerDestroys(window);
   ASSERT_TRUE(waitFor("gone " + nameOf(window)));
   reports.lines.clear();
-  askForEverything(window);
+  callEveryOperation(window);
   deliver();
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, AWindowThatWasTakenOffTheScreenComesBack) {
+TEST_P(Conformance, AHiddenWindowCanBeShownAgain) {
   const WindowHandle window = openFocused();
   system().orderOut(window);
   deliver();
@@ -105,30 +105,30 @@ TEST_P(Conformance, AWindowThatWasTakenOffTheScreenComesBack) {
   EXPECT_TRUE(waitFor("focus " + nameOf(window)));
 }
 
-// The focus
+// Focus
 
-TEST_P(Conformance, TheFocusThatIsAskedForIsTold) {
+TEST_P(Conformance, ARequestedFocusIsReported) {
   const WindowHandle window = open();
   system().requestFocus(window);
   EXPECT_TRUE(waitFor("focus " + nameOf(window)));
 }
 
-TEST_P(Conformance, TheFocusPassesFromWindowToWindowInsideTheApplication) {
+TEST_P(Conformance, AFocusChangeWithinTheApplicationDoesNotDeactivateIt) {
   openFocused();
   const WindowHandle second = open();
   system().requestFocus(second);
   EXPECT_TRUE(waitFor("focus " + nameOf(second)));
   deliver();
-  EXPECT_FALSE(reports.heard("deactivated"));
+  EXPECT_FALSE(reports.contains("deactivated"));
 }
 
-TEST_P(Conformance, TheFocusThatIsThereIsToldAgainWhenItIsAskedForAgain) {
+TEST_P(Conformance, RequestingTheFocusAgainReportsItAgain) {
   const WindowHandle window = openFocused();
   system().requestFocus(window);
   EXPECT_TRUE(waitFor("focus " + nameOf(window)));
 }
 
-TEST_P(Conformance, LeavingForAnotherApplicationAndComingBackIsToldOnceEach) {
+TEST_P(Conformance, DeactivationAndActivationAreReportedOnceEach) {
   const WindowHandle window = openFocused();
   display->userGoesToAnotherApplication();
   ASSERT_TRUE(waitFor("deactivated"));
@@ -140,25 +140,25 @@ TEST_P(Conformance, LeavingForAnotherApplicationAndComingBackIsToldOnceEach) {
   EXPECT_EQ(reports.count("activated"), 1);
 }
 
-// Order, frames, controls, miniaturising
+// Stacking order, frames, controls, miniaturising
 
-TEST_P(Conformance, AnOrderThatSomebodyElseGivesIsTold) {
+TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReported) {
   const WindowHandle first = openFocused();
   const WindowHandle second = openFocused();
-  display->somebodyRaises(first, second);
-  const std::vector wanted{first, second};
+  display->otherProgramRaises(first, second);
+  const std::vector expected{first, second};
   EXPECT_TRUE(deliverUntil(
-      system(), [&] { return !reports.orders.empty() && reports.orders.back() == wanted; }));
+      system(), [&] { return !reports.orders.empty() && reports.orders.back() == expected; }));
 }
 
-TEST_P(Conformance, AFrameThatSomebodyElseGivesIsTold) {
+TEST_P(Conformance, AFrameSetByAnotherProgramIsReported) {
   const WindowHandle window = open();
   deliver();
-  display->somebodyResizes(window, {400, 260});
+  display->otherProgramResizes(window, {400, 260});
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.frame.size == CGSize{400, 260}; }));
 }
 
-TEST_P(Conformance, AskingToCloseIsLeftToTheListener) {
+TEST_P(Conformance, ACloseRequestDoesNotCloseTheWindow) {
   const WindowHandle window = openFocused();
   display->userAsksToClose(window);
   EXPECT_TRUE(waitFor("close asked " + nameOf(window)));
@@ -166,7 +166,7 @@ TEST_P(Conformance, AskingToCloseIsLeftToTheListener) {
   EXPECT_EQ(reports.count("gone"), 0);
 }
 
-TEST_P(Conformance, NobodyIsAskedToCloseAWindowWithoutThatControl) {
+TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
   deliver();
@@ -175,10 +175,10 @@ TEST_P(Conformance, NobodyIsAskedToCloseAWindowWithoutThatControl) {
   EXPECT_EQ(reports.count("close asked"), 0);
 }
 
-TEST_P(Conformance, ControlsThatAreKeptAreToldWhereAnybodyKeepsThem) {
+TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndReportsThem) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
-  if (GetParam().tellsControlsKept) {
+  if (GetParam().reportsControlsKept) {
     EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("controls kept") > 0; }));
     EXPECT_THAT(reports.lines, Contains(StartsWith("controls kept " + nameOf(window))));
   } else {
@@ -187,7 +187,7 @@ TEST_P(Conformance, ControlsThatAreKeptAreToldWhereAnybodyKeepsThem) {
   }
 }
 
-TEST_P(Conformance, AMiniaturizedWindowIsToldWhereThatIsDone) {
+TEST_P(Conformance, MiniaturizingIsReportedIfTheBackEndMiniaturizes) {
   const WindowHandle window = openFocused();
   system().requestMiniaturized(window, true);
   if (!GetParam().miniaturizes) {
@@ -205,9 +205,9 @@ TEST_P(Conformance, AMiniaturizedWindowIsToldWhereThatIsDone) {
   EXPECT_EQ(reports.count("deminiaturized"), 1);
 }
 
-// What is shown
+// Drawing
 
-TEST_P(Conformance, AWindowShowsItsSceneWhereThereIsAScreen) {
+TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
   const WindowHandle window = open();
   const Scene red{
       {.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 320, 200), .color = {1, 0, 0, 1}}};
@@ -217,17 +217,17 @@ TEST_P(Conformance, AWindowShowsItsSceneWhereThereIsAScreen) {
   if (GetParam().hasScreen) {
     EXPECT_TRUE(deliverUntil(system(), [&] {
       const auto picture = system().picture(window);
-      std::vector<std::uint8_t> wanted;
+      std::vector<std::uint8_t> expected;
       for (int i = 0; i < 320 * 200; ++i) {
-        wanted.insert(wanted.end(), {255, 0, 0});
+        expected.insert(expected.end(), {255, 0, 0});
       }
       return picture && picture->width == 320 && picture->height == 200 &&
-             picture->pixels == wanted;
+             picture->pixels == expected;
     }));
   }
 }
 
-TEST_P(Conformance, ModalityIsNotToldOf) {
+TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {
   const WindowHandle window = openFocused();
   open();
   deliver();
@@ -242,7 +242,7 @@ TEST_P(Conformance, ModalityIsNotToldOf) {
 
 // Windows of other programs
 
-TEST_P(Conformance, AWindowThatDoesNotExistIsRefusedWithAReason) {
+TEST_P(Conformance, AdoptingAnUnknownWindowFailsWithAReason) {
   for (const std::uint64_t id : {std::uint64_t{0}, std::uint64_t{0x12345}, ~std::uint64_t{0}}) {
     std::string error;
     EXPECT_FALSE(system().adoptWindow(id, error).has_value());
@@ -250,46 +250,46 @@ TEST_P(Conformance, AWindowThatDoesNotExistIsRefusedWithAReason) {
   }
 }
 
-TEST_P(Conformance, AWindowOfAnotherProgramIsAdoptedWhereThereAreAny) {
+TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndHasThem) {
   const std::uint64_t id = display->openForeignWindow();
   EXPECT_EQ(id != 0, GetParam().adoptsWindows);
   if (id == 0) {
     return;
   }
   std::string error;
-  auto found = system().adoptWindow(id, error);
-  ASSERT_TRUE(found.has_value()) << error;
-  EXPECT_EQ(found->className, "PlayerWindow");
-  EXPECT_EQ(found->frame.size, (CGSize{200, 160}));
-  EXPECT_EQ(found->styleMask, 15U);
-  EXPECT_TRUE(found->onScreen);
-  // It stays as it was when it is let go.
-  system().setStyleMask(found->handle, NSWindowStyleMaskTitled);
-  system().releaseWindow(found->handle);
+  auto adopted = system().adoptWindow(id, error);
+  ASSERT_TRUE(adopted.has_value()) << error;
+  EXPECT_EQ(adopted->className, "PlayerWindow");
+  EXPECT_EQ(adopted->frame.size, (CGSize{200, 160}));
+  EXPECT_EQ(adopted->styleMask, 15U);
+  EXPECT_TRUE(adopted->onScreen);
+  // Releasing the window restores its style mask.
+  system().setStyleMask(adopted->handle, NSWindowStyleMaskTitled);
+  system().releaseWindow(adopted->handle);
   deliver();
-  found = system().adoptWindow(id, error);
-  ASSERT_TRUE(found.has_value()) << error;
-  EXPECT_TRUE(found->onScreen);
-  EXPECT_EQ(found->styleMask, 15U);
-  system().requestFocus(found->handle);
-  EXPECT_TRUE(waitFor("focus " + nameOf(found->handle)));
-  display->somebodyEnds(found->handle);
-  EXPECT_TRUE(waitFor("gone " + nameOf(found->handle)));
+  adopted = system().adoptWindow(id, error);
+  ASSERT_TRUE(adopted.has_value()) << error;
+  EXPECT_TRUE(adopted->onScreen);
+  EXPECT_EQ(adopted->styleMask, 15U);
+  system().requestFocus(adopted->handle);
+  EXPECT_TRUE(waitFor("focus " + nameOf(adopted->handle)));
+  display->ownerDestroys(adopted->handle);
+  EXPECT_TRUE(waitFor("gone " + nameOf(adopted->handle)));
 }
 
 // Events and the connection
 
-TEST_P(Conformance, WithoutEventsThereIsNothingToDeliver) {
+TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
   openFocused();
-  // A window manager is at work for a while after it has given the focus.
+  // A window manager may send more events for a while after it has set the focus.
   EXPECT_TRUE(deliverUntil(
       system(), [this] { return !system().deliverEvents() && system().nextDeadline() > 0; }));
 }
 
-TEST_P(Conformance, WhatHasHappenedIsToldOrCanBeWaitedFor) {
+TEST_P(Conformance, AnEventIsReportedAtOnceOrMakesTheDescriptorReadable) {
   const WindowHandle window = openFocused();
-  display->somebodyResizes(window, {400, 260});
-  if (reports.count("frame") == 0) {  // not told at once
+  display->otherProgramResizes(window, {400, 260});
+  if (reports.count("frame") == 0) {  // not reported at once
     ASSERT_TRUE(system().waitHandle().isValid());
     waitForInput(system().waitHandle().descriptor(),
                  std::min(system().nextDeadline(), steadyNow() + kPatience));
@@ -298,15 +298,15 @@ TEST_P(Conformance, WhatHasHappenedIsToldOrCanBeWaitedFor) {
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));
 }
 
-TEST_P(Conformance, WithoutAListenerNothingIsTold) {
+TEST_P(Conformance, WithoutADelegateNothingIsReported) {
   const WindowHandle window = openFocused();
   system().setDelegate(nullptr);
   display->userAsksToClose(window);
   display->userGoesToAnotherApplication();
-  display->somebodyEnds(window);
+  display->ownerDestroys(window);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
-  // Nor does a later listener hear what happened before him.
+  // A later delegate receives no earlier reports.
   ReportListener later;
   system().setDelegate(&later);
   deliver();
@@ -314,11 +314,11 @@ TEST_P(Conformance, WithoutAListenerNothingIsTold) {
   system().setDelegate(nullptr);
 }
 
-TEST_P(Conformance, ALostConnectionIsToldOnceAndEveryHandleIsVoid) {
+TEST_P(Conformance, ALostConnectionIsReportedOnceAndAllHandlesAreInvalid) {
   const WindowHandle window = openFocused();
   display->connectionBreaks();
   ASSERT_TRUE(waitFor("lost"));
-  askForEverything(window);
+  callEveryOperation(window);
   deliver();
   EXPECT_THAT(reports.lines, testing::ElementsAre("lost"));
   EXPECT_EQ(system().nextDeadline(), kNever);

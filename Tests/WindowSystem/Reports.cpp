@@ -10,8 +10,8 @@ namespace vel::test {
 
 namespace {
 
-// What other programs do between themselves is looked at again and again.
-constexpr Nanoseconds kAnotherLook = kNanosecondsPerSecond / 100;
+// The time between two evaluations of a condition.
+constexpr Nanoseconds kPollInterval = kNanosecondsPerSecond / 100;
 
 }  // namespace
 
@@ -29,7 +29,9 @@ void ReportListener::applicationDeactivated() { lines.emplace_back("deactivated"
 void ReportListener::closeRequested(WindowHandle window) {
   lines.push_back("close asked " + nameOf(window));
 }
-void ReportListener::windowDestroyed(WindowHandle window) { lines.push_back("gone " + nameOf(window)); }
+void ReportListener::windowDestroyed(WindowHandle window) {
+  lines.push_back("gone " + nameOf(window));
+}
 void ReportListener::frameChanged(WindowHandle window, CGRect changed) {
   frame = changed;
   lines.push_back("frame " + nameOf(window));
@@ -52,7 +54,7 @@ void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask control
 }
 void ReportListener::displayLost(std::string_view /*reason*/) { lines.emplace_back("lost"); }
 
-bool ReportListener::heard(std::string_view line) const {
+bool ReportListener::contains(std::string_view line) const {
   return std::ranges::find(lines, line) != lines.end();
 }
 
@@ -77,7 +79,7 @@ bool eventually(const std::function<bool()>& condition) {
     if (steadyNow() >= limit) {
       return false;
     }
-    waitForInput(-1, steadyNow() + kAnotherLook);
+    waitForInput(-1, steadyNow() + kPollInterval);
   }
   return true;
 }
@@ -94,14 +96,14 @@ bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) 
       return false;
     }
     waitForInput(system.waitHandle().descriptor(),
-                 std::min(system.nextDeadline(), now + kAnotherLook));
+                 std::min(system.nextDeadline(), now + kPollInterval));
   }
 }
 
 void deliverAll(WindowSystem& system) {
   while (system.deliverEvents()) {
   }
-  // A question that cannot be answered well, but only after all that was asked before it.
+  // This call fails, but it blocks until the window system has processed all earlier requests.
   std::string error;
   system.adoptWindow(1, error);
   while (system.deliverEvents()) {

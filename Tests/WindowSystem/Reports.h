@@ -1,4 +1,4 @@
-// What the tests of every back end do: hear what it reports, and wait for it.
+// Records the reports of a back end, and waits for them.
 #pragma once
 
 #include <functional>
@@ -13,7 +13,7 @@ namespace vel::test {
 /// "0x200001"
 std::string nameOf(WindowHandle window);
 
-/// Notes each report as a line: "focus 0x200001", "deactivated", "gone 0x200001"...
+/// Records each report as a line, such as "focus 0x200001" or "deactivated".
 class ReportListener final : public WindowSystemDelegate {
  public:
   void focusMoved(WindowHandle window) override;
@@ -28,29 +28,28 @@ class ReportListener final : public WindowSystemDelegate {
   void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 
-  [[nodiscard]] bool heard(std::string_view line) const;
-  /// How often a line was heard that begins so.
+  [[nodiscard]] bool contains(std::string_view line) const;
+  /// The number of lines that start with `beginning`.
   [[nodiscard]] int count(std::string_view beginning) const;
 
   std::vector<std::string> lines;
-  CGRect frame;                                   // of the last change
-  std::vector<std::vector<WindowHandle>> orders;  // each that was told
+  CGRect frame;                                   // of the last `frameChanged`
+  std::vector<std::vector<WindowHandle>> orders;  // of each `orderChanged`
 };
 
 /// The steady clock, in nanoseconds.
 Nanoseconds steadyNow();
-/// Waits until there is something to read, the moment comes or a little earlier; -1 for nothing to
-/// read.
+/// Waits until the descriptor is readable, but not past `until`. Descriptor -1 is never readable.
 void waitForInput(int descriptor, Nanoseconds until);
 
-/// Far longer than anything takes on a machine that is busy otherwise.
+/// Long enough for every condition to become true on a busy machine.
 inline constexpr Nanoseconds kPatience = 15 * kNanosecondsPerSecond;
 
-/// Looks again and again until the condition holds; false where that takes too long.
+/// Polls `condition` until it is true. Returns false after `kPatience`.
 bool eventually(const std::function<bool()>& condition);
-/// The same, delivering the window system's events meanwhile.
+/// Delivers events until `condition` is true. Returns false after `kPatience`.
 bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition);
-/// Delivers what has happened by now, and waits until what was asked for by now is done.
+/// Completes all earlier requests and delivers all events that they have caused.
 void deliverAll(WindowSystem& system);
 
 }  // namespace vel::test

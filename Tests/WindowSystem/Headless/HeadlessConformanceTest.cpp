@@ -10,13 +10,13 @@ class HeadlessDisplay final : public TestDisplay {
   void userGoesToAnotherApplication() override { system_.userDeactivatesApplication(); }
   void userComesBackTo(WindowHandle /*window*/) override { system_.userActivatesApplication(); }
   void userAsksToClose(WindowHandle window) override { system_.userClosesWindow(window); }
-  void somebodyResizes(WindowHandle window, CGSize size) override {
+  void otherProgramResizes(WindowHandle window, CGSize size) override {
     system_.userResizesWindow(window, {system_.window(window)->description.frame.origin, size});
   }
-  void somebodyRaises(WindowHandle window, WindowHandle other) override {
+  void otherProgramRaises(WindowHandle window, WindowHandle other) override {
     system_.userOrdersWindows({window, other});
   }
-  void somebodyEnds(WindowHandle window) override { system_.windowVanishes(window); }
+  void ownerDestroys(WindowHandle window) override { system_.windowVanishes(window); }
   void connectionBreaks() override { system_.connectionBreaks("a test"); }
   std::uint64_t openForeignWindow() override { return 0; }
 
@@ -32,7 +32,7 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .adoptsWindows = false,
                                                  .hasScreen = false,
                                                  .miniaturizes = true,
-                                                 .tellsControlsKept = false}),
+                                                 .reportsControlsKept = false}),
                          nameOfBackend);
 
 }  // namespace

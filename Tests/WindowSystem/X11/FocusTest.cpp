@@ -180,7 +180,7 @@ TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game) && user.isViewable(other); }));
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
-  ASSERT_TRUE(waitFor([&] { return reports.heard(line("focus", handle)); }));
+  ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
   // The server counts milliseconds, and no user is that quick.
   const xcb_timestamp_t came = user.time(other);
   ASSERT_TRUE(waitFor([&] { return user.time(other) > came; }));

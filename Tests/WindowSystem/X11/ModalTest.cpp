@@ -102,7 +102,7 @@ TEST_F(X11ModalWithManager, IsDraggedByItsBackground) {
   deliver();
   user.release();
   EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
-  EXPECT_TRUE(reports.heard(line("frame", modal)));
+  EXPECT_TRUE(reports.contains(line("frame", modal)));
   EXPECT_EQ(reports.frame.origin.y, 960 - before.y - 60 - 270);
   // It has been let go.
   user.movePointer(before.x + 300, before.y + 300);

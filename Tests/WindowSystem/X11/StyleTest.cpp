@@ -176,7 +176,7 @@ TEST_F(X11Style, KeepsNoControlWhereNobodyOffersAny) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.heard(line("controls kept", handle) + " 0"));
+  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " 0"));
 }
 
 class X11StyleWithManager : public X11Test {
@@ -205,7 +205,7 @@ TEST_F(X11StyleWithManager, TakesTheControlsAwayByTheManagersOwnWord) {
   EXPECT_THAT(offered(game), SizeIs(3));
   system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.heard(line("controls kept", found.handle) + " 0"));
+  EXPECT_TRUE(reports.contains(line("controls kept", found.handle) + " 0"));
   EXPECT_THAT(offered(game), IsEmpty());
   system().setStyleMask(found.handle, found.styleMask);
   EXPECT_TRUE(waitFor([&] { return offered(game).size() == 3; }));
@@ -219,7 +219,7 @@ TEST_F(X11StyleWithManager, TellsWhichControlsTheManagerKeeps) {
   // This one gives up resizing, and keeps closing (2) and miniaturising (4).
   EXPECT_THAT(offered(game),
               UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
-  EXPECT_TRUE(reports.heard(line("controls kept", handle) + " 6"));
+  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " 6"));
 }
 
 }  // namespace

@@ -25,17 +25,17 @@ class X11Display final : public TestDisplay {
     user_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
     user_.settle();
   }
-  void somebodyResizes(WindowHandle window, CGSize size) override {
+  void otherProgramResizes(WindowHandle window, CGSize size) override {
     PixelRect frame = user_.frameOf(idOf(window));
     frame.width = static_cast<int>(size.width);
     frame.height = static_cast<int>(size.height);
     user_.configure(idOf(window), frame);
   }
-  void somebodyRaises(WindowHandle window, WindowHandle /*other*/) override {
+  void otherProgramRaises(WindowHandle window, WindowHandle /*other*/) override {
     user_.raise(idOf(window));
     user_.activateByManager(idOf(window));
   }
-  void somebodyEnds(WindowHandle window) override { user_.destroy(idOf(window)); }
+  void ownerDestroys(WindowHandle window) override { user_.destroy(idOf(window)); }
   void connectionBreaks() override { server_.kill(); }
   std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }
 
@@ -65,7 +65,7 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
           .adoptsWindows = true,
           .hasScreen = true,
           .miniaturizes = managed,
-          .tellsControlsKept = true};
+          .reportsControlsKept = true};
 }
 
 INSTANTIATE_TEST_SUITE_P(X11, Conformance,

@@ -1,0 +1,156 @@
+// Records what happens to windows, controllers and the application in the tests of AppKit.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSNotificationCenter.h"
+#include "Tests/Support/VirtualPlatform.h"
+
+namespace vel::test {
+
+using Events = std::vector<std::string>;
+
+/// A list of events, each a line of text. A test can run a function when a certain event is
+/// recorded.
+class EventRecorder {
+ public:
+  void record(const std::string& event) {
+    events.push_back(event);
+    if (auto reaction = reactions_.extract(event)) {
+      reaction.mapped()();
+    }
+  }
+  /// Runs `reaction` the next time that `event` is recorded.
+  void onNext(const std::string& event, std::function<void()> reaction) {
+    reactions_[event] = std::move(reaction);
+  }
+  /// Returns the events since the last call.
+  Events take() { return std::exchange(events, {}); }
+
+  Events events;
+
+ private:
+  std::map<std::string, std::function<void()>> reactions_;
+};
+
+/// A view controller that records its life-cycle steps, such as "main will appear".
+class RecordingController final
+    : public Class<RecordingController, "RecordingController", NSViewController> {
+ public:
+  RecordingController(EventRecorder& recorder, std::string name)
+      : recorder_(recorder), name_(std::move(name)) {}
+
+  void viewDidLoad() override { ++loaded_; }
+  void viewWillAppear() override {
+    NSViewController::viewWillAppear();
+    recorder_.record(name_ + " will appear");
+  }
+  void viewDidAppear() override {
+    NSViewController::viewDidAppear();
+    recorder_.record(name_ + " did appear");
+  }
+  void viewWillDisappear() override {
+    NSViewController::viewWillDisappear();
+    recorder_.record(name_ + " will disappear");
+  }
+  void viewDidDisappear() override {
+    NSViewController::viewDidDisappear();
+    recorder_.record(name_ + " did disappear");
+  }
+  [[nodiscard]] int timesLoaded() const { return loaded_; }
+
+ private:
+  EventRecorder& recorder_;
+  std::string name_;
+  int loaded_ = 0;
+};
+
+/// Records the notifications of windows and of the application, such as "A becomes key".
+class NotificationRecorder final : public Class<NotificationRecorder, "NotificationRecorder"> {
+ public:
+  explicit NotificationRecorder(EventRecorder& recorder) : recorder_(recorder) {}
+  void observe();
+
+  void windowResigned(const NSNotification& notification) { record(notification, " resigns"); }
+  void windowBecameKey(const NSNotification& notification) { record(notification, " becomes key"); }
+  void windowMiniaturized(const NSNotification& notification) {
+    record(notification, " is miniaturised");
+  }
+  void windowDeminiaturized(const NSNotification& notification) {
+    record(notification, " is back");
+  }
+  void applicationResigns(const NSNotification& /*notification*/) {
+    recorder_.record("application resigns");
+  }
+  void applicationIsActive(const NSNotification& /*notification*/) {
+    recorder_.record("application is active");
+  }
+
+ private:
+  void record(const NSNotification& notification, std::string_view change) {
+    recorder_.record(std::string(send(notification.object(), &NSObject::className)) +
+                     std::string(change));
+  }
+
+  EventRecorder& recorder_;
+};
+
+/// A new platform whose events are recorded. The class name of a window is its name.
+class RecordedTest : public VirtualTest {
+ protected:
+  RecordedTest() { notificationRecorder_->observe(); }
+  ~RecordedTest() override;
+
+  /// Opens a window in front of the others. The window is not key.
+  static Strong<NSWindow> open(std::string_view name) {
+    return openWindow(name, CGRectMake(0, 0, 1000, 600));
+  }
+  /// Opens a window and makes it key.
+  static Strong<NSWindow> openKey(std::string_view name) {
+    Strong<NSWindow> window = open(name);
+    window->makeKeyWindow();
+    return window;
+  }
+  /// Makes a window that is not open.
+  static Strong<NSWindow> closedWindow(std::string_view name) {
+    return NSWindow::initAs<NamedWindow>(name, CGRectMake(0, 0, 1000, 600), kFullStyle);
+  }
+  Strong<RecordingController> recordingController(const std::string& name) {
+    return make<RecordingController>(recorder, name);
+  }
+  /// Makes a recording controller and adds its view to the content view. The fixture keeps the
+  /// controller alive, because a view does not.
+  Strong<RecordingController> recordingControllerIn(const Strong<NSWindow>& window,
+                                                    const std::string& name) {
+    Strong<RecordingController> added = recordingController(name);
+    controllers_.push_back(added);
+    window->contentView()->addSubview(added->view());
+    return added;
+  }
+
+  /// The name of a window; "none" for null.
+  static std::string nameOf(const Strong<NSWindow>& window) {
+    return window == nullptr ? "none" : std::string(window->className());
+  }
+  static std::string key() { return nameOf(NSApp->keyWindow()); }
+  static std::string main() { return nameOf(NSApp->mainWindow()); }
+  /// The windows on screen, front to back.
+  static Events order();
+
+  /// Observes the notifications of an application that the test has started itself.
+  void observeAgain() { notificationRecorder_->observe(); }
+
+  EventRecorder recorder;
+
+ private:
+  Strong<NotificationRecorder> notificationRecorder_ = make<NotificationRecorder>(recorder);
+  NSArray<RecordingController> controllers_;
+};
+
+}  // namespace vel::test
