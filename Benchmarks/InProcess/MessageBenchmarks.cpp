@@ -20,6 +20,7 @@
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::bench {
 namespace {
@@ -190,7 +191,7 @@ BENCHMARK(taskOfGLib)->Name("task/GLib");
 // The same from another thread, while the main one waits: the time from handing over to running.
 
 /// Hands over one task at a time from a thread of its own, and takes the time of each.
-class Sender {
+class Sender : NonCopyable {
  public:
   using HandOver = std::function<void(std::function<void()>)>;
 
@@ -211,8 +212,6 @@ class Sender {
           over_ = true;
           handOver([] {});
         }) {}
-  Sender(const Sender&) = delete;
-  Sender& operator=(const Sender&) = delete;
   ~Sender() { thread_.join(); }
 
   [[nodiscard]] bool isOver() const { return over_; }

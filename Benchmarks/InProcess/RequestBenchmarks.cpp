@@ -10,6 +10,7 @@
 
 #include "Benchmarks/InProcess/Stage.h"
 #include "Platform/AppKit/NSView.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::bench {
 namespace {
@@ -128,7 +129,7 @@ BENCHMARK(loadPlain)->Name("request to loaded content/plain");
 // The two questions about windows, with so many open.
 
 /// A launch screen over the first of so many windows.
-class Covered {
+class Covered : NonCopyable {
  public:
   explicit Covered(std::int64_t count) {
     for (std::int64_t index = 0; index < count; ++index) {
@@ -136,8 +137,6 @@ class Covered {
     }
     view_ = load(manager_, 5);
   }
-  Covered(const Covered&) = delete;
-  Covered& operator=(const Covered&) = delete;
   ~Covered() { manager_->deactivate(); }
 
   void present() {

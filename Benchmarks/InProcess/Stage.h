@@ -8,6 +8,7 @@
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/Foundation/RealClock.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
@@ -34,14 +35,10 @@ inline constexpr std::nullptr_t kRealTime = nullptr;
 
 /// The platform for one benchmark, in real time unless a clock is given, and headless unless a
 /// window system is given; at its end nothing is left of it.
-class Stage {
+class Stage : NonCopyable {
  public:
   explicit Stage(std::unique_ptr<Clock> clock,
                  std::unique_ptr<WindowSystem> windowSystem = nullptr);
-  Stage(const Stage&) = delete;
-  Stage& operator=(const Stage&) = delete;
-  Stage(Stage&&) = delete;
-  Stage& operator=(Stage&&) = delete;
   ~Stage();
 };
 

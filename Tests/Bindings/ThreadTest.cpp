@@ -111,10 +111,6 @@ TEST_F(CThreadTest, DismissalsMayMeetTheEnd) {
 class Farewell final : public Class<Farewell, "Farewell"> {
  public:
   explicit Farewell(std::function<void()> work) : work_(std::move(work)) {}
-  Farewell(const Farewell&) = delete;
-  Farewell& operator=(const Farewell&) = delete;
-  Farewell(Farewell&&) = delete;
-  Farewell& operator=(Farewell&&) = delete;
   ~Farewell() override { work_(); }
 
  private:

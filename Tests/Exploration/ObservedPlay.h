@@ -71,10 +71,6 @@ class ObservedPlay final : private host::PlayListener {
  public:
   /// Both arguments must outlive the play.
   ObservedPlay(const ParsedSetting& parsed, std::span<const Invariant> invariants);
-  ObservedPlay(const ObservedPlay&) = delete;
-  ObservedPlay& operator=(const ObservedPlay&) = delete;
-  ObservedPlay(ObservedPlay&&) = delete;
-  ObservedPlay& operator=(ObservedPlay&&) = delete;
   ~ObservedPlay() override;
 
   void perform(std::uint8_t action);

@@ -11,6 +11,7 @@
 
 #include "Platform/Foundation/NSNumber.h"
 #include "Platform/Foundation/NSString.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::test {
 namespace {
@@ -210,11 +211,9 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
 }
 
 /// A locale with decimal commas. A host's process may have one.
-class CommaLocale {
+class CommaLocale : NonCopyable {
  public:
   CommaLocale() : streams_(std::locale::global(std::locale(std::locale(), new Comma))) {}
-  CommaLocale(const CommaLocale&) = delete;
-  CommaLocale& operator=(const CommaLocale&) = delete;
   ~CommaLocale() {
     std::locale::global(streams_);
     std::setlocale(LC_ALL, "C");

@@ -98,10 +98,6 @@ class HostViewDelegate final
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
-  PlatformJournal(const PlatformJournal&) = delete;
-  PlatformJournal& operator=(const PlatformJournal&) = delete;
-  PlatformJournal(PlatformJournal&&) = delete;
-  PlatformJournal& operator=(PlatformJournal&&) = delete;
   ~PlatformJournal() override { setPlatformObserver(before_); }
 
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;

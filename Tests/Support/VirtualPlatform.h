@@ -12,17 +12,16 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/AppKit/NSViewController.h"
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 
 namespace vel::test {
 
 /// A new platform in virtual time that starts at 0. The destructor shuts the platform down and
 /// resets the default configuration.
-class VirtualPlatform {
+class VirtualPlatform : NonCopyable {
  public:
   VirtualPlatform();
-  VirtualPlatform(const VirtualPlatform&) = delete;
-  VirtualPlatform& operator=(const VirtualPlatform&) = delete;
   ~VirtualPlatform();
 
   /// Runs the loop for this many virtual seconds, including all work that is due at the end.

@@ -7,18 +7,14 @@
 #include <optional>
 #include <ostream>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Tests/WindowSystem/Reports.h"
 
 namespace vel::test {
 
 /// A back end on its own display. Simulates users and other programs on that display.
-class TestDisplay {
+class TestDisplay : NonCopyable {
  public:
-  TestDisplay() = default;
-  TestDisplay(const TestDisplay&) = delete;
-  TestDisplay& operator=(const TestDisplay&) = delete;
-  TestDisplay(TestDisplay&&) = delete;
-  TestDisplay& operator=(TestDisplay&&) = delete;
   virtual ~TestDisplay() = default;
 
   virtual WindowSystem& system() = 0;

@@ -4,20 +4,17 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Tests/Support/X11/XServer.h"
 
 namespace vel::test {
 
 /// The program `launchscreen show` on a display, run by a test: what it prints, log and faults
 /// included, is read as it comes. It does not outlive the test.
-class LaunchedShow {
+class LaunchedShow : NonCopyable {
  public:
   /// `arguments` are those after `show --display x11`.
   LaunchedShow(const XServer& server, std::vector<std::string> arguments);
-  LaunchedShow(const LaunchedShow&) = delete;
-  LaunchedShow& operator=(const LaunchedShow&) = delete;
-  LaunchedShow(LaunchedShow&&) = delete;
-  LaunchedShow& operator=(LaunchedShow&&) = delete;
   ~LaunchedShow();
 
   /// Waits until it has printed that; false where it ends before, or takes far too long.

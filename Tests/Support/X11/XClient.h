@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/Connection.h"
 #include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 
@@ -41,13 +42,9 @@ struct Picture {
 
 /// Another program on the display: it has windows of its own, looks at everybody's, and moves the
 /// pointer. Nothing of the back end's state is shared with it.
-class XClient {
+class XClient : NonCopyable {
  public:
   explicit XClient(const std::string& display);
-  XClient(const XClient&) = delete;
-  XClient& operator=(const XClient&) = delete;
-  XClient(XClient&&) = delete;
-  XClient& operator=(XClient&&) = delete;
   ~XClient();
 
   [[nodiscard]] xcb_connection_t* get() const { return connection_; }

@@ -4,19 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Tests/Support/X11/Process.h"
 
 namespace vel::test {
 
 /// An X server with a screen in memory, 1280 by 960 pixels, on a free display of its own.
-class XServer {
+class XServer : NonCopyable {
  public:
   /// `arguments` are further ones of the server's.
   explicit XServer(const std::vector<std::string>& arguments = {});
-  XServer(const XServer&) = delete;
-  XServer& operator=(const XServer&) = delete;
-  XServer(XServer&&) = delete;
-  XServer& operator=(XServer&&) = delete;
   ~XServer();
 
   [[nodiscard]] const std::string& display() const { return display_; }

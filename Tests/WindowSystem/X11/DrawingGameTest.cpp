@@ -4,6 +4,7 @@
 #include <atomic>
 #include <thread>
 
+#include "Platform/Foundation/NonCopyable.h"
 #include "Tests/Support/X11/FrameWatch.h"
 #include "Tests/Support/X11/X11Test.h"
 
@@ -14,7 +15,7 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 /// A program of its own thread, with one window, which it draws whenever the server asks for it.
-class DrawingGame {
+class DrawingGame : NonCopyable {
  public:
   explicit DrawingGame(const std::string& display) : client_(display) {
     window = client_.makeWindow(kGame, 0);
@@ -26,10 +27,6 @@ class DrawingGame {
     client_.map(window);
     thread_ = std::thread([this] { play(); });
   }
-  DrawingGame(const DrawingGame&) = delete;
-  DrawingGame& operator=(const DrawingGame&) = delete;
-  DrawingGame(DrawingGame&&) = delete;
-  DrawingGame& operator=(DrawingGame&&) = delete;
   ~DrawingGame() {
     ended_ = true;
     thread_.join();
