@@ -11,7 +11,7 @@ namespace vel {
 
 /// The reports of a back end that learns of events asynchronously. The back end adds reports at any
 /// time and calls `deliver` from `deliverEvents`, so the delegate is never called from inside the
-/// operation that caused a report. Belongs to the back end and to the main thread.
+/// operation that caused a report. The back end owns it. Main thread.
 class ReportQueue final : public NonCopyable {
  public:
   /// Calls one operation of the delegate.

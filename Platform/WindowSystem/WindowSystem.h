@@ -94,10 +94,10 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
 
   /// The input focus moved to this window. None means that no window of the application has it.
   virtual void focusMoved(WindowHandle window) = 0;
-  /// The user came back from another application to `window`; `focusMoved` has already been called
-  /// for it. None means the window that had the focus when the user left.
+  /// The user switched from another application to `window`. The back end has already called
+  /// `focusMoved` for it. None means the window that had the focus when the user left.
   virtual void applicationActivated(WindowHandle window) = 0;
-  /// The user goes to another application. Called before the `focusMoved` that reports None.
+  /// The user switched to another application. Called before the `focusMoved` that reports None.
   virtual void applicationDeactivated() = 0;
   /// The user asked to close the window. The window is still open.
   virtual void closeRequested(WindowHandle window) = 0;
@@ -130,7 +130,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Sets the receiver of all reports; null stops them. The back end does not own the delegate.
   virtual void setDelegate(WindowSystemDelegate* delegate) = 0;
 
-  /// Has input when events have come. Invalid if there is nothing to wait for.
+  /// The handle that has input when events have arrived. Invalid if the window system has no such
+  /// handle.
   [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
   /// Reports the events that have arrived. Returns true if there were any. May block for a round
   /// trip to the window system, but never to wait for an event.
@@ -163,7 +164,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void setMovableByBackground(WindowHandle window, bool movable) = 0;
   /// Replaces what the platform layer draws in the window. The change is visible at once.
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
-  /// Discards pointer input to all other windows of the application. None ends this.
+  /// Discards pointer input to all windows of the application except this one. None allows pointer
+  /// input to all windows again.
   virtual void setModalWindow(WindowHandle window) = 0;
 
   /// Captures the screen within the window's frame, including windows that obscure it. Returns

@@ -58,7 +58,8 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
-  xcb_prefetch_extension_data(connection_, &xcb_randr_id);  // shares the atoms' round trip
+  xcb_prefetch_extension_data(
+      connection_, &xcb_randr_id);  // the reply comes in the same round trip as the atoms
   internAtoms();
   timeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -68,8 +69,9 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
         "CreateWindow", timeWindow_);
 }
 
-// The server discards requests that it has not read when the client disconnects. The adopted
-// windows would then keep the overridden hints. So this waits until it has read all requests.
+// When a client disconnects, the server discards the requests that it has not read. The adopted
+// windows would then keep the overridden hints. So the destructor waits until the server has read
+// all requests.
 Connection::~Connection() {
   const BrokenPipeGuard guard;
   waitForReply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",
@@ -119,7 +121,7 @@ bool Connection::hasQueuedEvents() {
   return enqueue(Event(xcb_poll_for_queued_event(connection_)));
 }
 
-// Adds the event unless it is null; returns whether the queue has any.
+// Adds the event unless it is null. Returns true if the queue is not empty.
 bool Connection::enqueue(Event event) {
   if (event != nullptr) {
     events_.push_back(std::move(event));

@@ -62,17 +62,18 @@ class Connection final : public NonCopyable {
   [[nodiscard]] xcb_window_t root() const { return screen_->root; }
   [[nodiscard]] xcb_atom_t atom(Atom atom) const { return atoms_[static_cast<std::size_t>(atom)]; }
   [[nodiscard]] xcb_window_t makeId() const { return xcb_generate_id(connection_); }
-  /// Returns whether the window was created with an id of this connection.
+  /// Returns true if the window's id belongs to this connection.
   [[nodiscard]] bool hasCreated(xcb_window_t window) const;
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
 
-  /// Returns the next event that has come, or null. Does not block. Errors go to the request log.
+  /// Returns the next event that has arrived, or null. Does not block. Passes errors to the request
+  /// log.
   Event nextEvent();
-  /// Returns whether an event has come. Reads from the connection, but does not block.
+  /// Returns true if an event has arrived. Reads from the connection, but does not block.
   bool hasEvents();
-  /// Returns whether an event has been read already. The descriptor is not readable for such
-  /// events.
+  /// Returns true if an event has already been read from the connection. The descriptor is not
+  /// readable for such events.
   bool hasQueuedEvents();
 
   /// Remembers a request that has just been sent, for the log. `request` must be a literal.
@@ -90,7 +91,7 @@ class Connection final : public NonCopyable {
     }
     return reply;
   }
-  // These are described in RequestLog.
+  // RequestLog describes the following operations.
   void markDestroyed(xcb_window_t window) { requestLog_.markDestroyed(window); }
   void markExisting(xcb_window_t window) { requestLog_.markExisting(window); }
   [[nodiscard]] bool hasErrors() const { return requestLog_.hasErrors(); }
@@ -99,10 +100,10 @@ class Connection final : public NonCopyable {
   /// Requests a property. The overload of `readProperty` with a cookie reads the reply.
   [[nodiscard]] xcb_get_property_cookie_t requestProperty(xcb_window_t window,
                                                           xcb_atom_t name) const;
-  /// Each returns no value if the window does not have the property. They block for a round trip.
+  /// Returns a property, or no value if the window does not have it. Blocks for a round trip.
   std::optional<Property> readProperty(xcb_get_property_cookie_t cookie, xcb_window_t window);
   std::optional<Property> readProperty(xcb_window_t window, xcb_atom_t name);
-  /// Like `readProperty`, but it is no error if the window does not exist.
+  /// Like `readProperty`, but logs no error if the window does not exist.
   std::optional<Property> readPropertyIfExists(xcb_window_t window, xcb_atom_t name);
 
   /// Returns the server's current time. Blocks for a round trip.

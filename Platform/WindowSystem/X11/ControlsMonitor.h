@@ -7,14 +7,14 @@
 
 namespace vel::x11 {
 
-/// Reports which controls the window manager still offers although a window's style mask takes
-/// them away.
+/// Reports the controls that the window manager still offers although a window's style mask
+/// excludes them.
 class ControlsMonitor final : public NonCopyable {
  public:
   ControlsMonitor(Connection& connection, WindowManager& windowManager, WindowTable& windows,
                   ReportQueue& reports);
 
-  /// Processes an event that may announce other controls.
+  /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
   /// Another window manager may offer other controls: checks all windows that have a report.
   void windowManagerChanged();

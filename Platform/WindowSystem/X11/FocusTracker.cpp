@@ -52,7 +52,8 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    hasFocusOut_ = hasPendingChanges_ = true;  // checks whether the application is active at all
+    hasFocusOut_ = hasPendingChanges_ =
+        true;  // makes `reportChanges` check if the application is active
     return;
   }
   focus_ = reportedFocus_ = window;
@@ -70,7 +71,7 @@ void FocusTracker::windowWithdrawn(xcb_window_t window) {
   }
 }
 
-// Another window may already have the focus, and its report is still due.
+// Another window may already have the focus without a report yet.
 void FocusTracker::windowRemoved(xcb_window_t window) {
   if (focus_ == window || reportedFocus_ == window) {
     hasFocusOut_ = hasPendingChanges_ = true;

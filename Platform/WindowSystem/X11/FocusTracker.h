@@ -11,16 +11,16 @@ namespace vel::x11 {
 
 enum class FocusChange : std::uint8_t { None, In, Out };
 
-/// Returns whether a FocusIn or FocusOut event means that the event window gained or lost the
-/// keyboard. A move of the focus between the window and its children is no change. Neither are
-/// keyboard grabs, which are temporary, and a focus that follows the pointer.
+/// Returns the meaning of a FocusIn or FocusOut event: the event window gained the keyboard, lost
+/// it, or neither. Three kinds of events mean no change: a move of the focus between the window and
+/// its children, a keyboard grab, and a focus that follows the pointer.
 [[nodiscard]] FocusChange focusChange(const xcb_generic_event_t& event);
 
 /// Follows the input focus, requests it, and reports its changes. The application is active while
 /// one of the back end's windows has the focus.
 class FocusTracker final : public NonCopyable {
  public:
-  /// Handles the events that have already come; returns whether there were any.
+  /// Handles the events that have already arrived. Returns true if there were any.
   using HandleEvents = std::function<bool()>;
 
   FocusTracker(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -28,9 +28,9 @@ class FocusTracker final : public NonCopyable {
 
   /// Processes a FocusIn or FocusOut event.
   void handle(const xcb_generic_event_t& event);
-  /// The window manager has ended, or another one has started.
+  /// The window manager has ended, or another window manager has started.
   void windowManagerChanged();
-  /// A new window is adopted, and has the focus or not.
+  /// A window was adopted. `hasFocus` says if the focus is on it.
   void windowAdopted(xcb_window_t window, bool hasFocus);
   /// `orderOut` has taken the window off the screen.
   void windowWithdrawn(xcb_window_t window);
@@ -39,11 +39,12 @@ class FocusTracker final : public NonCopyable {
   /// The connection is lost.
   void reset();
 
-  /// Requests the focus for a window on screen. Returns true if no window manager takes the
-  /// request: then the window has `wantsFocus`, and gets the focus once it is viewable.
+  /// Requests the focus for a window on screen. Returns true if no window manager can process the
+  /// request. In that case, this sets `wantsFocus` of the window, and `WindowMonitor` sets the
+  /// focus when the window is viewable.
   bool request(Window& window);
 
-  /// Whether `reportChanges` must be called even though no event has come.
+  /// Returns true if `reportChanges` must be called even if no event arrives.
   [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
   /// Reports the changes since the last call. Blocks for a round trip if the focus has moved.
   void reportChanges(const HandleEvents& handleEvents);
@@ -55,7 +56,7 @@ class FocusTracker final : public NonCopyable {
   WindowManager& windowManager_;
   WindowTable& windows_;
   ReportQueue& reports_;
-  xcb_window_t focus_ = XCB_WINDOW_NONE;  // None while no window of the back end has it
+  xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
   bool hasFocusOut_ = false;  // since the last `reportChanges`
   bool hasWindowManagerEnded_ = false;

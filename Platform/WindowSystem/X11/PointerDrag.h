@@ -8,8 +8,8 @@
 
 namespace vel::x11 {
 
-/// A window that follows the pointer while the user drags it by its background. It keeps its
-/// distance to the pointer. Positions are in pixels of the root window.
+/// The drag of a window by its background: the window follows the pointer and keeps its distance to
+/// it. Positions are in pixels of the root window.
 class PointerDrag {
  public:
   /// Starts dragging a window with this frame; ends a previous drag.

@@ -9,8 +9,9 @@
 
 namespace vel::x11 {
 
-/// The formats of the server's Render extension. The first call of `formatOf` requests them.
-/// Without the extension, covers have no indicator, and the log says so once.
+/// The picture formats of the server's Render extension. The first call of `formatOf` reads them
+/// from the server. If the server does not have the extension, covers have no indicator, and one
+/// log line says so.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection) : connection_(connection) {}

@@ -57,7 +57,7 @@ void RequestLog::addError(const xcb_generic_error_t& error, const char* name, xc
 
 void RequestLog::markDestroyed(xcb_window_t window) {
   if (window == XCB_WINDOW_NONE) {
-    return;  // it stands for unknown requests, whose errors are logged
+    return;  // None is the window of unknown requests, whose errors must be logged
   }
   if (destroyedWindows_.size() == kMaximumDestroyedWindows) {
     destroyedWindows_.pop_front();

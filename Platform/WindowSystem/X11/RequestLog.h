@@ -10,7 +10,7 @@
 
 namespace vel::x11 {
 
-/// Remembers which requests are in progress, so that the errors they cause are logged with a name.
+/// Remembers the requests in progress, so that the log can name the request that caused an error.
 /// Requests on a destroyed window are expected to fail, so their errors are not logged.
 class RequestLog final : public NonCopyable {
  public:
@@ -24,7 +24,7 @@ class RequestLog final : public NonCopyable {
   /// Remembers an error that has replaced the reply to a request.
   void addError(const xcb_generic_error_t& error, const char* name, xcb_window_t window);
 
-  /// Errors of requests on this window are not logged from now on.
+  /// From now on, errors of requests on this window are not logged.
   void markDestroyed(xcb_window_t window);
   /// Reverses `markDestroyed`: the server may give the id to a new window.
   void markExisting(xcb_window_t window);

@@ -39,7 +39,7 @@ class ServerGrab final : public NonCopyable {
   Connection& connection_;
 };
 
-/// What CreateWindow needs. The visual and the depth are those of the parent.
+/// The parameters of CreateWindow. The new window has the visual and the depth of its parent.
 struct NewWindow {
   xcb_window_t id = XCB_WINDOW_NONE;
   xcb_window_t parent = XCB_WINDOW_NONE;
@@ -52,7 +52,7 @@ void createWindow(Connection& connection, const NewWindow& window, std::uint32_t
                   std::initializer_list<std::uint32_t> values);
 void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t attributes,
                             std::initializer_list<std::uint32_t> values);
-/// Sets which events this connection receives for the window, a mask of XCB_EVENT_MASK_….
+/// Selects the events that this connection receives for the window: a mask of XCB_EVENT_MASK_….
 void selectEvents(Connection& connection, xcb_window_t window, std::uint32_t events);
 void destroyWindow(Connection& connection, xcb_window_t window);
 void mapWindow(Connection& connection, xcb_window_t window);
@@ -76,7 +76,7 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
 /// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
 void sendWithdrawn(Connection& connection, xcb_window_t window);
 
-/// Each of these blocks for a round trip and returns null if it fails.
+/// The following functions block for a round trip. They return null if the request fails.
 FromServer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
 FromServer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
 

@@ -17,17 +17,17 @@ namespace vel::x11 {
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
 /// Converts between points and pixels. One scale applies to the whole screen: Xft.dpi divided by
-/// 96, as it was when the display was opened. Later changes of Xft.dpi have no effect. The origin
+/// 96. It is read once, when the display is opened. The origin
 /// of points is the lower left corner of the primary monitor, or of the first monitor if none is
-/// primary. It follows changes of the monitors.
+/// primary. When the monitors change, the origin changes too.
 ///
 /// The constructor sends the requests to the X server. The first conversion reads the replies.
 class ScreenCoordinates {
  public:
   explicit ScreenCoordinates(Connection& connection);
 
-  /// Convert a rectangle on the screen. The origin of pixels is the upper left corner of the root
-  /// window.
+  /// These two convert a rectangle on the screen. The origin of pixels is the upper left corner of
+  /// the root window.
   [[nodiscard]] CGRect points(PixelRect pixels);
   [[nodiscard]] PixelRect pixels(CGRect points);
   /// Converts a rectangle in the content of a window; `contentHeight` is in pixels.

@@ -12,8 +12,9 @@
 
 namespace vel::x11 {
 
-/// The indicator: twelve spokes whose shades move round once a second. It fills its window and is
-/// drawn as the window's background, so the server itself repaints it after an exposure.
+/// The indicator: twelve spokes of different shades. The shades go round once a second. The
+/// indicator fills its window and is the window's background, so the server repaints it after an
+/// exposure.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;

@@ -21,7 +21,7 @@ void StackingOrder::handle(const xcb_generic_event_t& event) {
     deadline_ = 0;
     return;
   }
-  // A ConfigureNotify that a window manager has sent names no sibling.
+  // A ConfigureNotify that a window manager sends contains no sibling.
   if (typeOf(event) != XCB_CONFIGURE_NOTIFY || isSentByClient(event)) {
     return;
   }

@@ -18,16 +18,17 @@ class StackingOrder final : public NonCopyable {
   StackingOrder(Connection& connection, WindowManager& windowManager, WindowTable& windows,
                 ReportQueue& reports);
 
-  /// Processes an event that may announce another order.
+  /// Processes an event that may announce a change of the order.
   void handle(const xcb_generic_event_t& event);
-  /// The delegate now assumes that this window is in front. The window manager may decide
-  /// otherwise, so schedules a check.
+  /// Records that the delegate assumes this window in front. Schedules a check, because the window
+  /// manager may decide otherwise.
   void assumeInFront(WindowHandle window);
   /// Checks the order when the window manager has had time to act.
   void scheduleCheck();
   /// When `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }
-  /// If the deadline has come, reads the order and reports a change. Blocks for a round trip then.
+  /// If the deadline has passed, reads the order and reports a change. Reading the order blocks for
+  /// a round trip.
   void check(Nanoseconds now);
 
  private:

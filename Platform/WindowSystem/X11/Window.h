@@ -21,21 +21,22 @@ struct Window {
   bool isMovableByBackground = false;
   /// The content, in pixels of the root window.
   PixelRect frame;
-  /// Own window: `orderFront` has put it on screen. A miniaturised window is still ordered. An
-  /// adopted window is always ordered.
+  /// True for an own window that `orderFront` has put on screen, even while it is miniaturised.
+  /// Always true for an adopted window.
   bool isOrdered = false;
   bool isMiniaturized = false;
   /// MapWindow has been sent, and MapNotify has not come yet.
   bool isBeingMapped = false;
-  /// It gets the input focus as soon as it is viewable.
+  /// The window gets the input focus as soon as it is viewable.
   bool wantsFocus = false;
-  /// The sibling directly below it, from ConfigureNotify.
+  /// The sibling directly below this window, from ConfigureNotify.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
   /// Events announced changes that have not been read from the server yet.
   bool hasStateChanges = false;
   bool hasHintChanges = false;
-  /// When to read which controls the window manager offers, and which of them were last reported.
+  /// When to read the controls that the window manager offers.
   Nanoseconds controlsDeadline = kNever;
+  /// The controls of the last `controlsKept` report. No value before the first report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

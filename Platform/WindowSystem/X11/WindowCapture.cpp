@@ -11,8 +11,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Servers of today use 32 bits per pixel for depths 24 and 32, without padding between rows. A
-// picture in another layout is not captured.
+// Current servers use 32 bits per pixel for depths 24 and 32, without padding between rows. The
+// class does not support other layouts.
 constexpr std::size_t kBytesPerPixel = 4;
 constexpr std::uint32_t kAllPlanes = ~0U;
 
@@ -36,7 +36,7 @@ struct Channel {
   }
 };
 
-// Large pictures are converted while the countdown runs, so this loop allocates nothing.
+// Allocates no memory in the loop: a slow conversion of a large picture would delay the countdown.
 std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, bool isBigEndian,
                                        const std::array<std::uint32_t, 3>& masks) {
   const std::array channels{Channel(masks[0]), Channel(masks[1]), Channel(masks[2])};

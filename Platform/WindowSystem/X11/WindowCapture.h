@@ -9,14 +9,14 @@
 
 namespace vel::x11 {
 
-/// Takes pictures of the screen.
+/// Reads the pixels of the screen.
 class WindowCapture final : public NonCopyable {
  public:
   explicit WindowCapture(Connection& connection) : connection_(connection) {}
 
-  /// Returns what the screen shows at `frame`, including other windows that cover it. Returns no
-  /// value if `frame` is off the screen, or if the server's pixel format is not supported. Blocks
-  /// for a round trip.
+  /// Returns the pixels of the screen at `frame`, including windows that obscure the captured
+  /// window. Returns no value if `frame` is off the screen, or if the server's pixel format is not
+  /// supported. Blocks for a round trip.
   std::optional<WindowPicture> capture(PixelRect frame);
 
  private:

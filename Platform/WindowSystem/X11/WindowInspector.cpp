@@ -49,7 +49,7 @@ WindowState WindowInspector::readState(xcb_window_t id) {
   return state;
 }
 
-// XCB sends all requests when the first reply is waited for.
+// Sends all requests before it waits for a reply, so the replies take one round trip.
 Inspection WindowInspector::inspect(xcb_window_t id) {
   const auto request = [this, id](xcb_atom_t name) {
     return connection_.requestProperty(id, name);

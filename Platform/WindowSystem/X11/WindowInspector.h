@@ -20,15 +20,15 @@ struct WindowState {
   [[nodiscard]] bool isComplete() const {
     return attributes != nullptr && geometry != nullptr && origin != nullptr;
   }
-  // The following need a complete state.
+  // The following operations need a complete state.
   [[nodiscard]] PixelRect frame() const {
     return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
   }
-  /// Whether the window and all its ancestors are mapped.
+  /// Returns true if the window and all its ancestors are mapped.
   [[nodiscard]] bool isViewable() const;
-  /// Whether the owner or the window manager has unmapped the window.
+  /// Returns true if the owner or the window manager has unmapped the window.
   [[nodiscard]] bool isUnmapped() const;
-  /// Whether WM_STATE is IconicState.
+  /// Returns true if WM_STATE is IconicState.
   [[nodiscard]] bool isIconic() const;
 };
 
@@ -43,8 +43,8 @@ struct Inspection {
   std::string className;
   std::string title;
 
-  /// Whether a window manager made this window to announce itself: it names itself in
-  /// _NET_SUPPORTING_WM_CHECK.
+  /// Returns true if this is the window that a window manager creates to announce itself. The
+  /// _NET_SUPPORTING_WM_CHECK of such a window contains its own id.
   [[nodiscard]] bool isSupportingWmCheckWindow() const;
 };
 
@@ -57,7 +57,7 @@ class WindowInspector final : public NonCopyable {
   Inspection inspect(xcb_window_t id);
   /// Returns why the window cannot be adopted; null if it can.
   const char* reasonToRefuse(const Inspection& inspection);
-  /// Returns whether the focus is on the window or on one of its descendants.
+  /// Returns true if the focus is on the window or on one of its descendants.
   bool hasFocus(const Inspection& inspection);
 
  private:

@@ -17,7 +17,8 @@ constexpr std::uint32_t kSourceApplication = 1;
 
 }  // namespace
 
-// A connection has one event mask for each window. This one also serves ScreenCoordinates.
+// A connection has only one event mask for each window. This mask of the root window also selects
+// the events that ScreenCoordinates needs.
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   selectEvents(connection_, connection_.root(),
                XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
@@ -60,7 +61,8 @@ void WindowManager::readReplies() {
   }
 }
 
-// The window that a window manager makes to announce itself names itself in the same property.
+// The window that a window manager creates to announce itself has the same property, with its own
+// id.
 bool WindowManager::isSupportingWmCheckWindow(xcb_window_t window) {
   const auto check =
       connection_.readPropertyIfExists(window, connection_.atom(Atom::NetSupportingWmCheck));

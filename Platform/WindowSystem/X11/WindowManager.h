@@ -9,22 +9,23 @@
 
 namespace vel::x11 {
 
-/// The window manager that supports the extended window manager hints (EWMH), if one runs. It may
-/// start, end and be replaced at any time. The constructor only requests its properties. The
-/// replies are read when they are first needed, so that opening the display does not wait for them.
+/// The running window manager, if there is one that supports the extended window manager hints
+/// (EWMH). A window manager may start, end and be replaced at any time. The constructor only
+/// requests the properties. The replies are read when they are first needed, so that opening the
+/// display does not wait for them.
 class WindowManager final : public NonCopyable {
  public:
   explicit WindowManager(Connection& connection);
 
-  /// Processes an event. Returns whether the window manager has ended or another one has started.
+  /// Processes an event. Returns true if the window manager has ended or another one has started.
   bool handle(const xcb_generic_event_t& event);
 
-  /// Whether a window manager runs.
+  /// Returns true if a window manager is running.
   [[nodiscard]] bool isPresent();
-  /// Whether a window manager runs that supports _NET_ACTIVE_WINDOW.
+  /// Returns true if a window manager is running that supports _NET_ACTIVE_WINDOW.
   [[nodiscard]] bool supportsActivation();
 
-  /// Whether the event announces another stacking order.
+  /// Returns true if the event announces a change of the stacking order.
   [[nodiscard]] bool isStackingChange(const xcb_generic_event_t& event) const;
   /// Returns the windows that it manages, back to front; no value if it does not publish them.
   /// Blocks for a round trip.

@@ -69,7 +69,7 @@ void WindowMonitor::update(Window& window) {
   }
   if (const PixelRect frame = state.frame(); frame != window.frame) {
     window.frame = frame;
-    if (!window.isOwn()) {  // an own window may have got another frame from `setFrame` since
+    if (!window.isOwn()) {  // an own window may have a newer frame from `setFrame`
       window.style->sizeChanged(frame);
     }
     reportFrame(window);
@@ -81,7 +81,8 @@ void WindowMonitor::update(Window& window) {
   }
 }
 
-// The owner of an adopted window may hide it without miniaturising it. The port reports both alike.
+// The owner of an adopted window may hide it without miniaturising it. The port reports both as
+// miniaturised.
 void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
   const bool isMiniaturized = state.isIconic() || (!window.isOwn() && state.isUnmapped());
   if (!window.isOrdered || isMiniaturized == window.isMiniaturized) {

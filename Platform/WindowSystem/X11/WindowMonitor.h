@@ -9,9 +9,9 @@
 
 namespace vel::x11 {
 
-/// Reports what owners, users and the window manager change about a window: its frame, its
-/// miniaturisation and its style. Events only mark a window; its state is then read once for all of
-/// them.
+/// Reports the changes that owners, users and the window manager make to a window: its frame, its
+/// miniaturisation and its style. Events only mark a window. Then its state is read once for all
+/// events.
 class WindowMonitor final : public NonCopyable {
  public:
   WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
@@ -21,11 +21,11 @@ class WindowMonitor final : public NonCopyable {
   void handle(const xcb_generic_event_t& event);
   /// Updates all marked windows. Blocks for a round trip for each of them.
   void updateMarked();
-  /// Reads the window's state, reports changes, and gives the window the focus if it wants it and
-  /// is viewable. Blocks for a round trip.
+  /// Reads the window's state and reports changes. Sets the focus to the window if `wantsFocus` is
+  /// set and the window is viewable. Blocks for a round trip.
   void update(Window& window);
 
-  /// Reports the style mask that the owner of an adopted window has set, if it is a new one.
+  /// Reports the style mask that the owner of an adopted window has set, if it has changed.
   void reportOwnersMask(const Window& window);
   void reportFrame(const Window& window);
   /// Reports the frames of all windows, for when the origin of the screen coordinates moves.

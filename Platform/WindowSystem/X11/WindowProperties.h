@@ -1,4 +1,4 @@
-// The properties that describe an own window to window managers, apart from its style.
+// The properties that describe a window of the back end to window managers, except its style.
 #pragma once
 
 #include <string_view>

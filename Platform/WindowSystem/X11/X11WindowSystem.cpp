@@ -105,7 +105,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
                   owner == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : owner->id);
   window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,
                                                     description.styleMask, window.frame);
-  selectWindowEvents(window);  // last, so that our own writes bring no events
+  selectWindowEvents(window);  // last, so that our own writes cause no events
   makeCover(window, screen.root_visual, screen.root_depth);
   return window.handle();
 }
@@ -137,7 +137,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     error = name + ": " + reason;
     return std::nullopt;
   }
-  // Events are selected first, so no change between selecting and inspecting is missed.
+  // Selects events before it inspects the window, so that it misses no change.
   const RequestBatch batch(*connection_);
   const auto id = static_cast<xcb_window_t>(nativeId);
   selectEvents(*connection_, id, kWindowEvents);
