@@ -4,36 +4,45 @@
 
 namespace vel {
 
-OperationSet CallbackDelegate::respondingOperations() const {
-  // In the order in which ContentViewDelegate lists them.
-  OperationSet operations;
-  operations.set(0, callbacks_.will_appear != nullptr);
-  operations.set(1, callbacks_.may_disappear != nullptr);
-  operations.set(2, callbacks_.did_disappear != nullptr);
-  return operations;
+void CallbackDelegate::silence() {
+  callbacks_ = {};
+  disappearanceHandler_ = nullptr;
+  queue_.clear();
 }
 
 void CallbackDelegate::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
-  if (callbacks_.state_changed == nullptr) {
-    return;
-  }
+  const auto state = static_cast<VelState>(data->state());
   const Strong<NSError> error = data->error();
-  const std::string text(send(error, &NSError::domain));
-  callbacks_.state_changed(callbacks_.user_data, static_cast<VelState>(data->state()),
-                           error != nullptr ? text.c_str() : nullptr);
+  queue_.add([this, state, hasError = error != nullptr,
+              text = std::string(send(error, &NSError::domain))] {
+    if (callbacks_.state_changed != nullptr) {
+      callbacks_.state_changed(callbacks_.user_data, state, hasError ? text.c_str() : nullptr);
+    }
+  });
 }
 
 void CallbackDelegate::contentViewWillAppear(const Strong<ContentView>& /*view*/) {
-  callbacks_.will_appear(callbacks_.user_data);
+  if (callbacks_.will_appear != nullptr) {
+    callbacks_.will_appear(callbacks_.user_data);
+  }
 }
 
 bool CallbackDelegate::canContentViewDisappear(const Strong<ContentView>& /*view*/) {
-  return callbacks_.may_disappear(callbacks_.user_data) != 0;
+  hasAgreedToDismissal_ =
+      callbacks_.may_disappear == nullptr || callbacks_.may_disappear(callbacks_.user_data) != 0;
+  return hasAgreedToDismissal_;
 }
 
 void CallbackDelegate::contentViewDidDisappear(const Strong<ContentView>& /*view*/) {
-  callbacks_.did_disappear(callbacks_.user_data);
+  if (disappearanceHandler_ && !disappearanceHandler_()) {
+    return;
+  }
+  queue_.add([this] {
+    if (callbacks_.did_disappear != nullptr) {
+      callbacks_.did_disappear(callbacks_.user_data);
+    }
+  });
 }
 
 void CallbackDelegate::logLine(std::string_view line) {
@@ -45,22 +54,36 @@ void CallbackDelegate::logLine(std::string_view line) {
   }
 }
 
-void CallbackDelegate::recordEvent(std::string_view event) const {
-  if (callbacks_.record_event != nullptr) {
-    callbacks_.record_event(callbacks_.user_data, std::string(event).c_str());
-  }
+void CallbackDelegate::recordEvent(std::string_view event) {
+  queue_.add([this, event = std::string(event)] {
+    if (callbacks_.record_event != nullptr) {
+      callbacks_.record_event(callbacks_.user_data, event.c_str());
+    }
+  });
 }
 
-void CallbackDelegate::controlsKept(std::uint32_t controls) const {
-  if (callbacks_.controls_kept != nullptr) {
-    callbacks_.controls_kept(callbacks_.user_data, controls);
-  }
+void CallbackDelegate::controlsKept(std::uint32_t controls) {
+  queue_.add([this, controls] {
+    if (callbacks_.controls_kept != nullptr) {
+      callbacks_.controls_kept(callbacks_.user_data, controls);
+    }
+  });
 }
 
-void CallbackDelegate::displayLost(std::string_view reason) const {
-  if (callbacks_.display_lost != nullptr) {
-    callbacks_.display_lost(callbacks_.user_data, std::string(reason).c_str());
-  }
+void CallbackDelegate::displayLost(std::string_view reason) {
+  queue_.add([this, reason = std::string(reason)] {
+    if (callbacks_.display_lost != nullptr) {
+      callbacks_.display_lost(callbacks_.user_data, reason.c_str());
+    }
+  });
+}
+
+void CallbackDelegate::ended(VelEndReason reason) {
+  queue_.add([this, reason] {
+    if (callbacks_.ended != nullptr) {
+      callbacks_.ended(callbacks_.user_data, reason);
+    }
+  });
 }
 
 }  // namespace vel

@@ -1,26 +1,33 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "Bindings/C/CallbackQueue.h"
 #include "Bindings/C/vel_launch_screen.h"
 #include "HostInterfaces/ContentBroker.h"
 #include "Platform/Foundation/Message.h"
 
 namespace vel {
 
-/// The host that C callbacks stand for: it hears what a host in C++ would, and has the operations
-/// whose callbacks are set. Main thread.
+/// Calls the callbacks of the host. It receives what a host in C++ receives, as resolver delegate,
+/// as view delegate and from the platform. Owning thread.
+///
+/// `log_line`, `will_appear` and `may_disappear` are called at once. All other callbacks go through
+/// the queue.
 class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate", NSObject,
                                             ContentResolverDelegate, ContentViewDelegate> {
  public:
   explicit CallbackDelegate(const VelCallbacks& callbacks) : callbacks_(callbacks) {}
 
-  /// From now on nothing is called.
-  void silence() { callbacks_ = {}; }
+  /// The callbacks that wait until the running operation has finished.
+  [[nodiscard]] CallbackQueue& queue() { return queue_; }
 
-  [[nodiscard]] OperationSet respondingOperations() const override;
+  /// Discards the waiting callbacks, and calls no callback from now on.
+  void silence();
 
   // ContentResolverDelegate
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& resolver,
@@ -31,17 +38,30 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   bool canContentViewDisappear(const Strong<ContentView>& view) override;
   void contentViewDidDisappear(const Strong<ContentView>& view) override;
 
-  // What the platform layer has to tell. A line that nobody takes goes to standard error.
   void logLine(std::string_view line);
-  void recordEvent(std::string_view event) const;
-  void controlsKept(std::uint32_t controls) const;
-  void displayLost(std::string_view reason) const;
+  void recordEvent(std::string_view event);
+  void controlsKept(std::uint32_t controls);
+  void displayLost(std::string_view reason);
+  void ended(VelEndReason reason);
 
-  /// The last line that was logged.
+  /// Sets a function that is called when the view has disappeared. `did_disappear` is called only
+  /// if the function returns true.
+  void setDisappearanceHandler(std::function<bool()> handler) {
+    disappearanceHandler_ = std::move(handler);
+  }
+  /// True if the host has agreed to the dismissal that is in progress.
+  [[nodiscard]] bool hasAgreedToDismissal() const { return hasAgreedToDismissal_; }
+  /// No dismissal is in progress any more.
+  void forgetDismissal() { hasAgreedToDismissal_ = false; }
+
+  /// The latest log line.
   [[nodiscard]] const std::string& lastLogLine() const { return lastLogLine_; }
 
  private:
   VelCallbacks callbacks_;
+  CallbackQueue queue_;
+  std::function<bool()> disappearanceHandler_;
+  bool hasAgreedToDismissal_ = false;
   std::string lastLogLine_;
 };
 

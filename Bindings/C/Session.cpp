@@ -11,6 +11,7 @@
 #include "Platform/AppKit/Shutdown.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/NSNumber.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Platform/WindowSystem/Backends/Backends.h"
 
@@ -18,7 +19,7 @@ namespace vel {
 
 namespace {
 
-/// The window that we open where the host has none.
+/// The window that the library opens for a host without a window.
 class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
  public:
   using Class::Class;
@@ -29,12 +30,35 @@ constexpr NSWindowStyleMask kPlayerStyle = NSWindowStyleMaskTitled | NSWindowSty
                                            NSWindowStyleMaskResizable;
 constexpr CGSize kDefaultSize{1280, 720};
 
+// The end of virtual time. Timers need some time after it.
+constexpr Nanoseconds kLatestTime = 9'000'000'000 * kNanosecondsPerSecond;
+
+// The time of a request as LaunchScreenManager reads it.
+float timeOf(const NSDictionary& parameters) {
+  const auto time = parameters.objectForKey(LaunchScreenContentRequest.maxDurationTime);
+  if (const Strong<NSNumber> number = as<NSNumber>(time)) {
+    return number->floatValue();
+  }
+  return send(as<NSString>(time), &NSString::floatValue);
+}
+
+std::string_view eventOf(const NSDictionary& parameters) {
+  return send(as<NSString>(parameters.objectForKey(LaunchScreenContentRequest.event)),
+              &NSString::UTF8String);
+}
+
 std::string textOrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
 }  // namespace
 
-VelStatus Session::create(const VelCreateOptions& options, std::unique_ptr<Session>& session,
-                          std::string& error) {
+std::uint64_t currentThreadNumber() {
+  static std::atomic<std::uint64_t> latest = 0;
+  thread_local const std::uint64_t number = ++latest;
+  return number;
+}
+
+VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& callbacks,
+                          std::unique_ptr<Session>& session, std::string& error) {
   NSThread::becomeMainThread();
   const std::string display = options.display != nullptr ? options.display : "auto";
   std::unique_ptr<WindowSystem> windowSystem =
@@ -48,19 +72,20 @@ VelStatus Session::create(const VelCreateOptions& options, std::unique_ptr<Sessi
     NSRunLoop::mainRunLoop().useRealTime();
   }
   NSApplication::start(std::move(windowSystem));
-  std::unique_ptr<Session> made(new Session());
-  const VelStatus status = made->openWindow(options, error);
+  std::unique_ptr<Session> created(new Session());
+  created->owner = currentThreadNumber();
+  created->callbacks_ = callbacks;
+  const VelStatus status = created->openWindow(options, error);
   if (status != VEL_OK) {
     return status;
   }
-  const VelCallbacks callbacks = options.callbacks != nullptr ? *options.callbacks : VelCallbacks{};
-  made->manager_ = LaunchScreenManager::init();
-  made->delegate_ = make<CallbackDelegate>(callbacks);
-  made->manager_->setDelegate(made->delegate_);
-  made->manager_->content()->setDelegate(made->delegate_);
-  made->manager_->activate(nullptr);
-  made->connectSinks(callbacks.record_event != nullptr);
-  session = std::move(made);
+  created->manager_ = LaunchScreenManager::init();
+  created->delegate_ = make<CallbackDelegate>(callbacks);
+  created->manager_->setDelegate(created->delegate_);
+  created->manager_->content()->setDelegate(created->delegate_);
+  created->manager_->activate(nullptr);
+  created->connectSinks(callbacks.record_event != nullptr);
+  session = std::move(created);
   return VEL_OK;
 }
 
@@ -92,11 +117,15 @@ void Session::connectSinks(bool recordsEvents) {
   NSApp->setControlsKeptHandler([host](NSWindow& /*window*/, NSWindowStyleMask controls) {
     host->controlsKept(static_cast<std::uint32_t>(controls));
   });
-  NSApp->setDisplayLostHandler([host](std::string_view reason) { host->displayLost(reason); });
+  NSApp->setDisplayLostHandler([this, host](std::string_view reason) {
+    isDisplayLost_ = true;
+    host->displayLost(reason);
+  });
+  host->setDisappearanceHandler([this] { return noteDisappearance(); });
 }
 
 Session::~Session() {
-  silence();
+  send(delegate_, &CallbackDelegate::silence);
   send(manager_, &LaunchScreenManager::deactivate);
   shutDown();
   sDefaultConfiguration = nullptr;
@@ -104,17 +133,58 @@ Session::~Session() {
   setNSLogSink(nullptr);
 }
 
-void Session::silence() {
-  silent_ = true;
-  send(delegate_, &CallbackDelegate::silence);
+void Session::functionBegan() {
+  ++runningFunctions_;
+  delegate_->queue().functionBegan();
+}
+
+bool Session::functionEnded() {
+  delegate_->queue().functionEnded();
+  return --runningFunctions_ == 0;
+}
+
+void Session::deliverCallbacks() {
+  if (!delegate_->queue().isInsideOperation()) {
+    deliverAllCallbacks();
+  }
+}
+
+void Session::deliverAllCallbacks() {
+  delegate_->forgetDismissal();
+  reportEnd();
+  delegate_->queue().deliver();
+}
+
+void Session::markDestroyed() {
+  isDestroyed_ = true;
+  delegate_->silence();
+  if (isPresented_ && callbacks_.ended != nullptr) {
+    const VelEndReason reason = endReason_.value_or(VEL_END_DESTROYED);
+    lastCallback_ = [callbacks = callbacks_, reason] {
+      callbacks.ended(callbacks.user_data, reason);
+    };
+  }
 }
 
 VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& error) {
-  // Over a window without a content controller the manager would not notice the cover that is up,
-  // and leave it without a countdown.
+  if (delegate_->queue().isInsideOperation()) {
+    error = "the library is inside another operation";
+    return VEL_BUSY;
+  }
+  // The manager does not notice a cover over a window without a content controller. A new request
+  // would leave that cover without a countdown.
   if (isUp()) {
     error = "a launch screen is shown";
     return VEL_STILL_UP;
+  }
+  if (eventOf(*parameters).find('\0') != std::string_view::npos) {
+    error = "the event contains a zero byte";
+    return VEL_INVALID_ARGUMENT;
+  }
+  // The manager accepts a negative time, and the content then fails.
+  if (timeOf(*parameters) < 0) {
+    error = "the time is negative";
+    return VEL_REFUSED;
   }
   const Strong<ContentData> data =
       manager_->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
@@ -130,6 +200,10 @@ VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& 
 }
 
 VelStatus Session::present(VelPresentation presentation, std::string& error) {
+  if (delegate_->queue().isInsideOperation()) {
+    error = "the library is inside another operation";
+    return VEL_BUSY;
+  }
   if (controller() == nullptr) {
     error = "no request has been loaded";
     return VEL_NOTHING_TO_PRESENT;
@@ -147,33 +221,94 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     return VEL_NOTHING_TO_PRESENT;
   }
   presented_ = controller();
+  isPresented_ = true;
+  endReason_.reset();
   const Strong<ContentView> view = manager_->contentViewForContentData(manager_->content());
-  // These are the content framework's own modes.
+  // The values of VelPresentation are the modes of the content framework.
   send(as<CVPresentationFullScreen>(view->presentation()),
        &CVPresentationFullScreen::presentForWindowWithPresentationMode, window_,
        static_cast<std::int32_t>(presentation));
   return VEL_OK;
 }
 
-void Session::dismiss() {
-  if (isOwnedByThisThread()) {
-    manager_->dismissLaunchScreen();
-    return;
-  }
-  // Work that waits is dropped with the session.
-  dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen", [this] {
-    if (isUp()) {
-      manager_->dismissLaunchScreen();
+VelStatus Session::dismiss(std::string& error) {
+  if (owner == currentThreadNumber()) {
+    if (!isUp()) {
+      error = "no launch screen is shown";
+      return VEL_NOT_UP;
     }
-  });
+    if (!delegate_->queue().isInsideOperation()) {
+      dismissNow();
+      return VEL_OK;
+    }
+  }
+  // The end of the session discards the work, so the work never outlives the session.
+  dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen",
+                 [this] { dismissNow(); });
+  return VEL_OK;
 }
 
-void Session::run(double seconds) const {
-  NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  const Nanoseconds limit = loop.now() + nanosecondsFromSeconds(seconds);
-  while (!isSilent() && (loop.now() < limit || loop.nextDeadline() <= limit)) {
-    loop.runModeBeforeDate(loop.mode(), limit);
+void Session::dismissNow() {
+  // A cover that has announced its disappearance is removed without a second dismissal.
+  if (!isUp() || endReason_) {
+    return;
   }
+  isHostDismissing_ = true;
+  manager_->dismissLaunchScreen();
+  isHostDismissing_ = false;
+  delegate_->forgetDismissal();
+}
+
+bool Session::pump() {
+  const bool hadWork = NSRunLoop::mainRunLoop().pump();
+  if (!isDestroyed()) {
+    deliverAllCallbacks();
+  }
+  return hadWork;
+}
+
+VelStatus Session::run(double seconds, std::string& error) {
+  NSRunLoop& loop = NSRunLoop::mainRunLoop();
+  const Nanoseconds duration = nanosecondsFromSeconds(seconds);
+  if (duration > kLatestTime - loop.now()) {
+    error = "virtual time ends after 9000000000 seconds";
+    return VEL_INVALID_ARGUMENT;
+  }
+  const Nanoseconds limit = loop.now() + duration;
+  while (!isDestroyed() && (loop.now() < limit || loop.nextDeadline() <= limit)) {
+    loop.runModeBeforeDate(loop.mode(), limit);
+    if (!isDestroyed()) {
+      deliverAllCallbacks();
+    }
+  }
+  return VEL_OK;
+}
+
+bool Session::noteDisappearance() {
+  if (!isPresented_ || endReason_) {
+    return false;
+  }
+  if (!delegate_->hasAgreedToDismissal()) {
+    endReason_ = VEL_END_WINDOW_CLOSED;
+  } else if (isHostDismissing_ || secondsLeft() > expirationTimeStep) {
+    // With more time left, the host has asked for this dismissal while the window was not in front.
+    endReason_ = VEL_END_DISMISSED;
+  } else {
+    endReason_ = VEL_END_TIME_USED_UP;
+  }
+  return true;
+}
+
+void Session::reportEnd() {
+  if (!isPresented_ || send(presented_.lock(), &NSViewController::isShown)) {
+    return;
+  }
+  VelEndReason reason = endReason_.value_or(VEL_END_WINDOW_CLOSED);
+  if (reason == VEL_END_WINDOW_CLOSED && isDisplayLost_) {
+    reason = VEL_END_DISPLAY_LOST;  // a lost display closes all windows
+  }
+  isPresented_ = false;
+  delegate_->ended(reason);
 }
 
 Strong<NSViewController> Session::controller() const {

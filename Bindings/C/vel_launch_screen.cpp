@@ -1,12 +1,17 @@
-// The C functions: they check what they are given, find the session, and answer with a status.
+// The functions of the C interface. They check their arguments and call the session.
 #include "Bindings/C/vel_launch_screen.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,12 +20,14 @@
 #include "Bindings/Json/JsonParameters.h"
 #include "LaunchScreen/Helpers/LaunchScreenConstants.h"
 #include "Platform/Foundation/NSNumber.h"
+#include "Platform/Foundation/NSThread.h"
+#include "Platform/Foundation/NonCopyable.h"
 
 namespace {
 
 using vel::Session;
 
-// A fixed place: to say what went wrong must not go wrong itself.
+// A fixed array, because storing an error must not fail.
 thread_local char lastError[256] = "";
 
 VelStatus fail(VelStatus status, std::string_view text) {
@@ -31,73 +38,106 @@ VelStatus fail(VelStatus status, std::string_view text) {
 
 void clearLastError() { lastError[0] = '\0'; }
 
-/// The one session there may be. Handles are numbers, never used as addresses, so that one that was
-/// copied and kept beyond its end is found out.
+/// The session of the process. A handle is a number and never used as an address, so that the
+/// library can detect a handle whose launch screen has been destroyed.
 struct Registry {
   std::mutex mutex;
   std::unique_ptr<Session> session;
   std::uintptr_t handle = 0;
-  /// One is being made or ended, without the lock; no other may begin meanwhile.
-  bool changing = false;
+  /// True while a thread creates or ends a session. It does so without the lock, and no other
+  /// session can be created.
+  bool isChanging = false;
 
-  /// The session that a handle stands for; none where that has been destroyed. Under the lock.
+  /// Returns the session of a handle, or null if it has been destroyed. The caller holds the lock.
   [[nodiscard]] Session* find(const VelLaunchScreen* screen) const {
-    const bool known = reinterpret_cast<std::uintptr_t>(screen) == handle;
-    return known && session != nullptr && !session->isSilent() ? session.get() : nullptr;
+    const bool isCurrent = reinterpret_cast<std::uintptr_t>(screen) == handle;
+    return isCurrent && session != nullptr && !session->isDestroyed() ? session.get() : nullptr;
   }
 };
 
 Registry& registry() {
-  // Never destroyed: other threads may ask while the process ends.
+  // Never destroyed, because other threads may use it while the process ends.
   static auto& theRegistry = *new Registry();
   return theRegistry;
 }
 
-// Finds the session of a handle that the calling thread owns. Only this thread ends it, so it
-// stays.
-VelStatus findOwned(const VelLaunchScreen* screen, Session*& session) {
+/// Marks the session of a thread when the thread ends. Every owning thread has one.
+class ThreadEndObserver : vel::NonCopyable {
+ public:
+  ThreadEndObserver() = default;
+  ~ThreadEndObserver() {
+    const std::scoped_lock lock(registry().mutex);
+    Session* const session = registry().session.get();
+    if (session != nullptr && session->owner == vel::currentThreadNumber()) {
+      session->hasOwnerEnded = true;
+    }
+  }
+  /// The first call on a thread creates the observer of the thread.
+  static void observeThisThread() { thread_local const ThreadEndObserver observer; }
+};
+
+/// Which threads may call a function.
+enum class Caller : std::uint8_t {
+  Owner,
+  OwnerOrSuccessor,  // any thread can call it after the owning thread has ended
+};
+
+// Stores the session of a handle. Only the owning thread ends the session, so the pointer stays
+// valid on this thread.
+VelStatus findSession(const VelLaunchScreen* screen, Caller caller, Session*& session) {
   const std::scoped_lock lock(registry().mutex);
   session = registry().find(screen);
   if (session == nullptr) {
-    return fail(VEL_NOT_ALIVE, "there is no such launch screen, or it has been destroyed");
+    return fail(VEL_NOT_ALIVE, "the launch screen is null or has been destroyed");
   }
-  if (!session->isOwnedByThisThread()) {
-    return fail(VEL_WRONG_THREAD, "only the thread that created the launch screen may call this");
+  if (session->owner == vel::currentThreadNumber()) {
+    return VEL_OK;
   }
-  return VEL_OK;
+  if (caller == Caller::OwnerOrSuccessor && session->hasOwnerEnded) {
+    session->owner = vel::currentThreadNumber();
+    session->hasOwnerEnded = false;
+    ThreadEndObserver::observeThisThread();
+    vel::NSThread::becomeMainThread();
+    return VEL_OK;
+  }
+  return fail(VEL_WRONG_THREAD, "only the thread that created the launch screen may call this");
 }
 
-void endSession() {
-  std::unique_ptr<Session> ended;
+// Ends the session. Returns the callback that reports it, which may be empty.
+std::function<void()> endSession() {
+  std::unique_ptr<Session> session;
   {
     const std::scoped_lock lock(registry().mutex);
-    registry().changing = true;
-    ended.swap(registry().session);
+    registry().isChanging = true;
+    session.swap(registry().session);
   }
-  ended = nullptr;
+  std::function<void()> lastCallback = session->takeLastCallback();
+  session = nullptr;
   const std::scoped_lock lock(registry().mutex);
-  registry().changing = false;
+  registry().isChanging = false;
+  return lastCallback;
 }
 
-/// Counts a call while it is under way. The outermost one ends a session that was destroyed inside.
-class Call {
+/// A running function of this interface. The outermost one ends a session that has been destroyed.
+class RunningFunction : vel::NonCopyable {
  public:
-  explicit Call(Session& session) : session_(session) { ++session_.calls; }
-  Call(const Call&) = delete;
-  Call& operator=(const Call&) = delete;
-  Call(Call&&) = delete;
-  Call& operator=(Call&&) = delete;
-  ~Call() {
-    if (--session_.calls == 0 && session_.isSilent()) {
-      endSession();
+  /// Stores the callback that reports the end of the session in `lastCallback`.
+  RunningFunction(Session& session, std::function<void()>& lastCallback)
+      : session_(session), lastCallback_(lastCallback) {
+    session_.functionBegan();
+  }
+  ~RunningFunction() {
+    if (session_.functionEnded() && session_.isDestroyed()) {
+      lastCallback_ = endSession();
     }
   }
 
  private:
   Session& session_;
+  std::function<void()>& lastCallback_;
 };
 
-// Runs the body; no exception leaves it, since C has none.
+// Calls `body`. Converts an exception to a status, because C has no exceptions.
 template <class Body>
 VelStatus guarded(Body&& body) {
   try {
@@ -105,33 +145,47 @@ VelStatus guarded(Body&& body) {
   } catch (const std::exception& problem) {
     return fail(VEL_INTERNAL_ERROR, problem.what());
   } catch (...) {
-    return fail(VEL_INTERNAL_ERROR, "an exception of no known kind");
+    return fail(VEL_INTERNAL_ERROR, "an exception of an unknown type");
   }
 }
 
-// Runs a function's body on the session, which the calling thread has to own. The body answers a
-// status and, where it fails, says why.
+// Calls `body` with the session of a handle. `body` returns a status and stores the reason of a
+// failure in its second argument.
 template <class Body>
-VelStatus onSession(VelLaunchScreen* screen, Body&& body) {
-  clearLastError();
+VelStatus withSession(VelLaunchScreen* screen, Body&& body, Caller caller = Caller::Owner) {
   Session* session = nullptr;
-  if (const VelStatus status = findOwned(screen, session); status != VEL_OK) {
+  if (const VelStatus status = findSession(screen, caller, session); status != VEL_OK) {
     return status;
   }
-  return guarded([&] {
-    const Call call(*session);
+  std::function<void()> lastCallback;
+  const VelStatus status = guarded([&] {
+    const RunningFunction function(*session, lastCallback);
+    session->deliverCallbacks();
+    if (session->isDestroyed()) {
+      return fail(VEL_NOT_ALIVE, "a callback has destroyed the launch screen");
+    }
     std::string error;
-    const VelStatus status = body(*session, error);
-    return status == VEL_OK ? VEL_OK : fail(status, error);
+    const VelStatus result = body(*session, error);
+    if (!session->isDestroyed()) {
+      session->deliverCallbacks();
+    }
+    return result == VEL_OK ? VEL_OK : fail(result, error);
   });
+  if (lastCallback) {
+    lastCallback();
+  }
+  if (status == VEL_OK) {
+    clearLastError();  // a function that a callback called may have failed
+  }
+  return status;
 }
 
-// The same for a function that only reads something.
+// Stores the result of `read` in *result.
 template <class Value, class Read>
-VelStatus answer(VelLaunchScreen* screen, Value* result, Read&& read) {
-  return onSession(screen, [&](Session& session, std::string& error) {
+VelStatus store(VelLaunchScreen* screen, Value* result, Read&& read) {
+  return withSession(screen, [&](Session& session, std::string& error) {
     if (result == nullptr) {
-      error = "there is no place for the result";
+      error = "the pointer for the result is null";
       return VEL_INVALID_ARGUMENT;
     }
     *result = read(session);
@@ -139,17 +193,41 @@ VelStatus answer(VelLaunchScreen* screen, Value* result, Read&& read) {
   });
 }
 
-// Whether we understand a structure: it has what this version has, and what it has beyond that,
-// from a later version, asks for nothing.
-template <class Structure>
-bool isUnderstood(const Structure* structure) {
-  constexpr std::size_t kLargest = 4096;
-  if (structure == nullptr || structure->size < sizeof(Structure) || structure->size > kLargest) {
-    return false;
+// The size of a structure whose last member is `member`.
+#define VEL_SIZE_UP_TO(Structure, member) \
+  (offsetof(Structure, member) + sizeof(static_cast<Structure*>(nullptr)->member))
+
+// The sizes that versions of this library have published, in ascending order. When a structure gets
+// a new member, add its new size and keep the previous ones.
+constexpr std::array kCallbacksSizes{VEL_SIZE_UP_TO(VelCallbacks, display_lost),
+                                     VEL_SIZE_UP_TO(VelCallbacks, ended)};
+constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks)};
+constexpr std::array kRequestSizes{VEL_SIZE_UP_TO(VelRequest, seconds)};
+#undef VEL_SIZE_UP_TO
+
+// Copies a structure of a published size, or of a later version that sets no unknown member.
+// Members that the structure does not have become zero. Returns no value for any other structure.
+template <class Structure, std::size_t Count>
+std::optional<Structure> read(const Structure* structure,
+                              const std::array<std::size_t, Count>& publishedSizes) {
+  constexpr std::size_t kMaximumSize = 4096;
+  if (structure == nullptr || structure->size > kMaximumSize) {
+    return std::nullopt;
+  }
+  const std::size_t size = structure->size;
+  if (size <= sizeof(Structure) &&
+      std::ranges::find(publishedSizes, size) == publishedSizes.end()) {
+    return std::nullopt;
   }
   const auto* const bytes = reinterpret_cast<const unsigned char*>(structure);
-  return std::all_of(bytes + sizeof(Structure), bytes + structure->size,
-                     [](unsigned char byte) { return byte == 0; });
+  const std::size_t knownSize = std::min(size, sizeof(Structure));
+  if (!std::all_of(bytes + knownSize, bytes + size, [](unsigned char byte) { return byte == 0; })) {
+    return std::nullopt;
+  }
+  Structure copy{};
+  std::memcpy(&copy, structure, knownSize);
+  copy.size = sizeof(Structure);
+  return copy;
 }
 
 bool isMode(const char* text) {
@@ -159,21 +237,26 @@ bool isMode(const char* text) {
 
 bool isWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
 
-VelStatus check(const VelCreateOptions* options, VelLaunchScreen** screen) {
-  if (screen == nullptr) {
-    return fail(VEL_INVALID_ARGUMENT, "there is no place for the result");
+// Copies the options and the callbacks if they are valid.
+VelStatus readOptions(const VelCreateOptions* from, VelCreateOptions& options,
+                      VelCallbacks& callbacks) {
+  const auto knownOptions = read(from, kCreateOptionsSizes);
+  if (!knownOptions) {
+    return fail(VEL_INVALID_ARGUMENT, "the options are null or have an unknown size");
   }
-  if (!isUnderstood(options)) {
-    return fail(VEL_INVALID_ARGUMENT, "the options are missing, or of no known size");
+  options = *knownOptions;
+  if (options.callbacks != nullptr) {
+    const auto knownCallbacks = read(options.callbacks, kCallbacksSizes);
+    if (!knownCallbacks) {
+      return fail(VEL_INVALID_ARGUMENT, "the callbacks have an unknown size");
+    }
+    callbacks = *knownCallbacks;
   }
-  if (options->callbacks != nullptr && !isUnderstood(options->callbacks)) {
-    return fail(VEL_INVALID_ARGUMENT, "the callbacks are of no known size");
-  }
-  if (options->time != VEL_TIME_REAL && options->time != VEL_TIME_VIRTUAL) {
+  if (options.time != VEL_TIME_REAL && options.time != VEL_TIME_VIRTUAL) {
     return fail(VEL_INVALID_ARGUMENT, "unknown time");
   }
-  if (!isWindowSide(options->width) || !isWindowSide(options->height)) {
-    return fail(VEL_INVALID_ARGUMENT, "a window is 1 to 32767 points wide and high");
+  if (!isWindowSide(options.width) || !isWindowSide(options.height)) {
+    return fail(VEL_INVALID_ARGUMENT, "the width and the height of a window are 1 to 32767 points");
   }
   return VEL_OK;
 }
@@ -210,6 +293,8 @@ const char* vel_status_text(VelStatus status) {
       return "a launch screen is up";
     case VEL_INTERNAL_ERROR:
       return "internal error";
+    case VEL_BUSY:
+      return "busy with another operation";
   }
   return "unknown status";
 }
@@ -217,29 +302,34 @@ const char* vel_status_text(VelStatus status) {
 const char* vel_last_error(void) { return lastError; }
 
 VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) {
-  clearLastError();
-  if (screen != nullptr) {
-    *screen = nullptr;
+  if (screen == nullptr) {
+    return fail(VEL_INVALID_ARGUMENT, "the pointer for the handle is null");
   }
-  if (const VelStatus status = check(options, screen); status != VEL_OK) {
+  *screen = nullptr;
+  VelCreateOptions knownOptions = VEL_CREATE_OPTIONS_INIT;
+  VelCallbacks knownCallbacks = VEL_CALLBACKS_INIT;
+  if (const VelStatus status = readOptions(options, knownOptions, knownCallbacks);
+      status != VEL_OK) {
     return status;
   }
   {
     const std::scoped_lock lock(registry().mutex);
-    if (registry().session != nullptr || registry().changing || vel::NSApp != nullptr) {
-      return fail(VEL_ALREADY_EXISTS, "there is a launch screen in this process already");
+    if (registry().session != nullptr || registry().isChanging || vel::NSApp != nullptr) {
+      return fail(VEL_ALREADY_EXISTS, "this process already has a launch screen");
     }
-    registry().changing = true;
+    registry().isChanging = true;
   }
+  ThreadEndObserver::observeThisThread();
   std::unique_ptr<Session> session;
   const VelStatus status = guarded([&] {
     std::string error;
-    const VelStatus created = Session::create(*options, session, error);
-    return created == VEL_OK ? VEL_OK : fail(created, error);
+    const VelStatus result = Session::create(knownOptions, knownCallbacks, session, error);
+    return result == VEL_OK ? VEL_OK : fail(result, error);
   });
   const std::scoped_lock lock(registry().mutex);
-  registry().changing = false;
+  registry().isChanging = false;
   if (status == VEL_OK) {
+    clearLastError();
     registry().session = std::move(session);
     // NOLINTNEXTLINE(performance-no-int-to-ptr): never used as an address
     *screen = reinterpret_cast<VelLaunchScreen*>(++registry().handle);
@@ -249,49 +339,50 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
 
 VelStatus vel_destroy(VelLaunchScreen** screen) {
   if (screen == nullptr) {
-    return fail(VEL_INVALID_ARGUMENT, "there is no place where a launch screen could stand");
+    return fail(VEL_INVALID_ARGUMENT, "the pointer to the handle is null");
   }
-  const VelStatus status = onSession(*screen, [](Session& session, std::string& /*error*/) {
-    session.silence();
-    return VEL_OK;
-  });
-  if (status == VEL_OK) {
-    *screen = nullptr;
-  }
-  return status;
+  return withSession(
+      *screen,
+      [screen](Session& session, std::string& /*error*/) {
+        session.markDestroyed();
+        *screen = nullptr;
+        return VEL_OK;
+      },
+      Caller::OwnerOrSuccessor);
 }
 
 VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request) {
-  return onSession(screen, [request](Session& session, std::string& error) {
-    if (!isUnderstood(request)) {
-      error = "the request is missing, or of no known size";
+  return withSession(screen, [request](Session& session, std::string& error) {
+    const auto known = read(request, kRequestSizes);
+    if (!known) {
+      error = "the request is null or has an unknown size";
       return VEL_INVALID_ARGUMENT;
     }
-    if (!isMode(request->mode)) {
+    if (!isMode(known->mode)) {
       error = "unknown mode";
       return VEL_INVALID_ARGUMENT;
     }
-    if (std::isnan(request->seconds)) {
+    if (std::isnan(known->seconds)) {
       error = "the time is not a number";
       return VEL_INVALID_ARGUMENT;
     }
     vel::NSDictionary::Entries entries;
     const auto& keys = vel::LaunchScreenContentRequest;
-    if (request->mode != nullptr) {
-      entries.emplace(keys.mode, vel::NSString::stringWithUTF8String(request->mode));
+    if (known->mode != nullptr) {
+      entries.emplace(keys.mode, vel::NSString::stringWithUTF8String(known->mode));
     }
-    if (request->event != nullptr) {
-      entries.emplace(keys.event, vel::NSString::stringWithUTF8String(request->event));
+    if (known->event != nullptr) {
+      entries.emplace(keys.event, vel::NSString::stringWithUTF8String(known->event));
     }
-    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(request->seconds));
+    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(known->seconds));
     return session.request(vel::NSDictionary::dictionaryWithEntries(std::move(entries)), error);
   });
 }
 
 VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t length) {
-  return onSession(screen, [json, length](Session& session, std::string& error) {
+  return withSession(screen, [json, length](Session& session, std::string& error) {
     if (json == nullptr) {
-      error = "there is no JSON";
+      error = "the JSON text is null";
       return VEL_INVALID_ARGUMENT;
     }
     const auto parameters = vel::parametersFromJsonText({json, length}, error);
@@ -300,7 +391,7 @@ VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t len
 }
 
 VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation) {
-  return onSession(screen, [presentation](Session& session, std::string& error) {
+  return withSession(screen, [presentation](Session& session, std::string& error) {
     if (presentation != VEL_PRESENT_EMBEDDED && presentation != VEL_PRESENT_SHEET &&
         presentation != VEL_PRESENT_MODAL) {
       error = "unknown presentation";
@@ -312,57 +403,50 @@ VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation) {
 
 VelStatus vel_dismiss(VelLaunchScreen* screen) {
   {
-    // Held while another thread's session is asked: its owner may destroy it meanwhile.
+    // The lock keeps the session of another thread alive: its owner may destroy it at any time.
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().find(screen);
-    if (session != nullptr && !session->isOwnedByThisThread()) {
+    if (session != nullptr && session->owner != vel::currentThreadNumber()) {
       clearLastError();
       return guarded([session] {
-        session->dismiss();
-        return VEL_OK;
+        std::string error;
+        return session->dismiss(error);
       });
     }
   }
-  return onSession(screen, [](Session& session, std::string& error) {
-    if (!session.isUp()) {
-      error = "no launch screen is shown";
-      return VEL_NOT_UP;
-    }
-    session.dismiss();
-    return VEL_OK;
-  });
+  return withSession(screen,
+                     [](Session& session, std::string& error) { return session.dismiss(error); });
 }
 
 VelStatus vel_pump(VelLaunchScreen* screen, int* did_something) {
-  return onSession(screen, [did_something](Session& /*session*/, std::string& /*error*/) {
-    const bool did = vel::NSRunLoop::mainRunLoop().pump();
+  return withSession(screen, [did_something](Session& session, std::string& /*error*/) {
+    const bool hadWork = session.pump();
     if (did_something != nullptr) {
-      *did_something = did ? 1 : 0;
+      *did_something = hadWork ? 1 : 0;
     }
     return VEL_OK;
   });
 }
 
 VelStatus vel_run(VelLaunchScreen* screen, double seconds) {
-  return onSession(screen, [seconds](Session& session, std::string& error) {
-    constexpr double kLongest = 1e9;
-    if (std::isnan(seconds) || seconds < 0 || seconds > kLongest) {
-      error = "a time is 0 to 1000000000 seconds";
+  return withSession(screen, [seconds](Session& session, std::string& error) {
+    constexpr double kMaximum = 1e9;
+    if (std::isnan(seconds) || seconds < 0 || seconds > kMaximum) {
+      error = "the time is not in the range 0 to 1000000000 seconds";
       return VEL_INVALID_ARGUMENT;
     }
-    session.run(seconds);
-    return VEL_OK;
+    return session.run(seconds, error);
   });
 }
 
 VelStatus vel_poll_descriptor(VelLaunchScreen* screen, int* descriptor) {
-  return answer(screen, descriptor, [](const Session& /*session*/) {
+  return store(screen, descriptor, [](const Session& /*session*/) {
     return vel::NSRunLoop::mainRunLoop().descriptor();
   });
 }
 
 VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds) {
-  return answer(screen, seconds, [](const Session& /*session*/) {
+  return store(screen, seconds, [](const Session& /*session*/) {
     const vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
     const vel::Nanoseconds deadline = loop.nextDeadline();
     return deadline == vel::kNever
@@ -372,17 +456,17 @@ VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds) {
 }
 
 VelStatus vel_seconds_left(VelLaunchScreen* screen, double* seconds) {
-  return answer(screen, seconds, [](const Session& session) { return session.secondsLeft(); });
+  return store(screen, seconds, [](const Session& session) { return session.secondsLeft(); });
 }
 
 VelStatus vel_is_up(VelLaunchScreen* screen, int* up) {
-  return answer(screen, up, [](const Session& session) { return session.isUp() ? 1 : 0; });
+  return store(screen, up, [](const Session& session) { return session.isUp() ? 1 : 0; });
 }
 
 VelStatus vel_pause_reason(VelLaunchScreen* screen, VelPause* reason) {
-  return answer(screen, reason, [](const Session& session) { return session.pauseReason(); });
+  return store(screen, reason, [](const Session& session) { return session.pauseReason(); });
 }
 
 VelStatus vel_state(VelLaunchScreen* screen, VelState* state) {
-  return answer(screen, state, [](const Session& session) { return session.state(); });
+  return store(screen, state, [](const Session& session) { return session.state(); });
 }

@@ -19,7 +19,9 @@
  *
  * Threads. The thread that calls vel_create() is the owning thread of the launch screen. Every
  * function must be called on the owning thread unless its comment says "Any thread". The library
- * calls every callback on the owning thread.
+ * calls every callback on the owning thread. If the owning thread ends, the launch screen stops:
+ * nothing counts down, and functions return VEL_WRONG_THREAD. Any other thread can then call
+ * vel_destroy().
  *
  * Errors. Every function that can fail returns a VelStatus. No function throws an exception or ends
  * the process. After a failure, vel_last_error() returns the reason as text. A call that fails
@@ -29,8 +31,8 @@
  * Structures. The first member of every structure is its size. Initialize a structure with its
  * _INIT macro. The macro sets the size, and sets every other member to zero or null, which is the
  * default of that member. Later versions of this library may add members at the end of a structure.
- * A later version accepts the structures of this version. This version accepts a structure of a
- * later version if all members that this version does not know are zero.
+ * A later version accepts the structures of every earlier version. This version accepts a structure
+ * of a later version if all members that this version does not know are zero.
  *
  * Strings are UTF-8 and end with a zero byte unless the comment says otherwise. */
 #ifndef VEL_LAUNCH_SCREEN_H
@@ -71,7 +73,8 @@ typedef VEL_ENUM(VelStatus){
     VEL_NOTHING_TO_PRESENT = 8, /* no request is loaded, or its launch screen cannot be shown */
     VEL_NOT_UP = 9,             /* no launch screen is shown */
     VEL_STILL_UP = 10,          /* a launch screen is shown and must end first */
-    VEL_INTERNAL_ERROR = 11     /* out of memory or file descriptors, or a fault of the library */
+    VEL_INTERNAL_ERROR = 11,    /* out of memory or file descriptors, or a fault of the library */
+    VEL_BUSY = 12               /* a callback called this function during another operation */
 } VelStatus;
 
 /* How vel_present() shows the launch screen. */
@@ -96,6 +99,15 @@ typedef VEL_ENUM(VelPause){
     VEL_PAUSE_NO_TIME_LEFT = 3  /* the time is used up */
 } VelPause;
 
+/* Why a presented launch screen has ended. */
+typedef VEL_ENUM(VelEndReason){
+    VEL_END_TIME_USED_UP = 1,  /* the time is used up */
+    VEL_END_DISMISSED = 2,     /* the host has called vel_dismiss() */
+    VEL_END_WINDOW_CLOSED = 3, /* the window that showed the launch screen has been closed */
+    VEL_END_DISPLAY_LOST = 4,  /* the connection to the display is lost */
+    VEL_END_DESTROYED = 5      /* the host has called vel_destroy() */
+} VelEndReason;
+
 /* The clock that the countdown uses. */
 typedef VEL_ENUM(VelTime){
     VEL_TIME_REAL = 0,   /* the monotonic clock of the system */
@@ -108,9 +120,15 @@ typedef VEL_ENUM(VelTime){
 #define VEL_CONTROL_RESIZE 8u
 
 /* The functions that the library calls to notify the host. Every member may be null. The library
- * calls them from inside a call of the host to this library, never at another time. A callback may
- * call any function of this interface. If a callback calls vel_destroy(), the library calls no
- * further callback. Every string is valid only during the callback. */
+ * calls them from inside a call of the host to this library, never at another time. Every string is
+ * valid only during the callback.
+ *
+ * A callback may call any function of this interface. The library calls log_line, will_appear and
+ * may_disappear during an operation. Inside these three, vel_request() and vel_present() return
+ * VEL_BUSY and change nothing, and vel_dismiss() takes effect after the operation. The library
+ * calls all other callbacks after the operation, so there every function works as usual.
+ *
+ * If a callback calls vel_destroy(), the library calls no further callback except `ended`. */
 typedef struct VelCallbacks {
   size_t size;     /* sizeof(VelCallbacks) */
   void* user_data; /* the first argument of every callback */
@@ -123,7 +141,8 @@ typedef struct VelCallbacks {
    * Null: the host always agrees. */
   int (*may_disappear)(void* user_data);
   /* The cover has disappeared. Exception: an embedded cover over a window without a content
-   * controller is removed one second after this callback. Null: the host is not notified. */
+   * controller is removed one second after this callback; `ended` reports its removal. Null: the
+   * host is not notified. */
   void (*did_disappear)(void* user_data);
   /* The host should record this analytics event. The library calls this at most once. Null: the
    * library writes the event to the log. */
@@ -137,10 +156,15 @@ typedef struct VelCallbacks {
   /* The connection to the display is lost. The library treats all windows as closed. Null: the
    * host is not notified. */
   void (*display_lost)(void* user_data, const char* reason);
+  /* A presented launch screen has ended: its cover has been removed. The library calls this exactly
+   * once for each successful vel_present(). If vel_destroy() ends the launch screen, the handle is
+   * no longer valid in this callback, and `user_data` must stay valid until this callback returns.
+   * Null: the host is not notified. */
+  void (*ended)(void* user_data, VelEndReason reason);
 } VelCallbacks;
 
 #define VEL_CALLBACKS_INIT \
-  { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0 }
+  { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
 /* The options of vel_create(). */
 typedef struct VelCreateOptions {
@@ -189,8 +213,8 @@ VEL_C_EXPORT const char* vel_version_string(void);
  * valid until the process ends. Any thread. */
 VEL_C_EXPORT const char* vel_status_text(VelStatus status);
 /* This interface returns the reason why the latest call on the calling thread failed. It returns
- * "" if that call succeeded. The text is never null and is valid until the next call on the calling
- * thread. Any thread. */
+ * "" if that call succeeded, even if a callback made a call that failed. The text is never null and
+ * is valid until the next call on the calling thread. Any thread. */
 VEL_C_EXPORT const char* vel_last_error(void);
 
 /* This interface creates a launch screen for a window and stores its handle in *screen. It does not
@@ -204,9 +228,11 @@ VEL_C_EXPORT const char* vel_last_error(void);
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
 /* This interface ends a launch screen in any state, restores the window, and stores null in
- * *screen. The library calls no callback after this call and discards an event that has not been
- * recorded yet. If a callback calls this interface, the launch screen ends when the call that
- * invoked the callback returns; a new launch screen can be created only after that.
+ * *screen. The library discards an event that has not been recorded yet. It calls no callback after
+ * this call, except that it calls `ended` for a presented launch screen that has not ended. If a
+ * callback calls this interface, the launch screen ends when the outermost call returns; only then
+ * does the library call `ended`, and only then can a new launch screen be created. If the owning
+ * thread has ended, any thread can call this interface and becomes the owning thread.
  *
  * VEL_INVALID_ARGUMENT: `screen` is null.
  * VEL_NOT_ALIVE: *screen is null or has been destroyed. */
@@ -215,10 +241,12 @@ VEL_C_EXPORT VelStatus vel_destroy(VelLaunchScreen** screen);
 /* This interface requests a launch screen. After success, vel_present() can show it.
  *
  * VEL_INVALID_ARGUMENT: `request` is null, its mode is unknown, or its time is not a number.
- * VEL_REFUSED: the event is null or empty, or the time is 0 or negative. vel_last_error() returns
- * the log line of the library. The library keeps the parameters that it reads before the invalid
- * one. It reads the mode first, then the event.
- * VEL_STILL_UP: a launch screen is shown. */
+ * VEL_REFUSED: the event is null or empty, or the time is 0 or negative. If the event is missing or
+ * the time is 0, vel_last_error() returns the log line of the library, and the mode and a valid
+ * event remain stored in the library. The launch screen of an earlier request can still be
+ * presented.
+ * VEL_STILL_UP: a launch screen is shown.
+ * VEL_BUSY: the caller is log_line, will_appear or may_disappear. */
 VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request);
 /* This interface requests a launch screen like vel_request(), with the parameters from a JSON
  * object. `length` is the number of bytes of `json`, which needs no zero byte at its end. The
@@ -226,23 +254,24 @@ VEL_C_EXPORT VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* re
  * string; true counts as 1 and false as 0. Every mode other than "skip" means "forced". Other
  * members are ignored.
  *
- * VEL_INVALID_ARGUMENT: `json` is null or is not one JSON object.
- * VEL_REFUSED, VEL_STILL_UP: like vel_request(). */
+ * VEL_INVALID_ARGUMENT: `json` is null or is not one JSON object, or the event contains a zero
+ * byte. VEL_REFUSED, VEL_STILL_UP, VEL_BUSY: like vel_request(). */
 VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* json, size_t length);
 
 /* This interface shows the launch screen of the latest request. Each request can be presented once.
  *
  * VEL_INVALID_ARGUMENT: the presentation is unknown.
  * VEL_NOTHING_TO_PRESENT: no request is loaded, the latest request has been presented, the window
- * has been closed, or a sheet is requested for a window without a content controller. */
+ * has been closed, or a sheet is requested for a window without a content controller.
+ * VEL_BUSY: the caller is log_line, will_appear or may_disappear. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);
 
-/* This interface dismisses the launch screen if all conditions are met. In mode "skip", the launch
- * screen must be in front. In mode "forced", the time must be used up; an earlier call keeps the
- * launch screen and records the event early. The callback may_disappear must agree. If the launch
- * screen is dismissed, the library calls did_disappear. The return value is VEL_OK in both cases.
- * Any thread. On a thread other than the owning thread, the call returns VEL_OK at once and takes
- * effect in the next vel_pump() or vel_run() of the owning thread.
+/* This interface asks the launch screen to disappear. The callback may_disappear can keep it. In
+ * mode "skip", a launch screen that is not in front disappears when it is in front again. In mode
+ * "forced", the launch screen stays until its time is used up, and the event is recorded early. The
+ * callbacks did_disappear and `ended` report if the launch screen disappears; the return value is
+ * VEL_OK in either case. Any thread. On a thread other than the owning thread, the call returns
+ * VEL_OK at once and takes effect in the next vel_pump() or vel_run() of the owning thread.
  *
  * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
@@ -255,7 +284,8 @@ VEL_C_EXPORT VelStatus vel_pump(VelLaunchScreen* screen, int* did_something);
  * the work. In virtual time it does not wait. `seconds` is 0 to 1e9. It returns earlier if a
  * callback destroys the launch screen.
  *
- * VEL_INVALID_ARGUMENT: `seconds` is not in this range. */
+ * VEL_INVALID_ARGUMENT: `seconds` is not in this range, or virtual time would exceed 9e9 seconds.
+ */
 VEL_C_EXPORT VelStatus vel_run(VelLaunchScreen* screen, double seconds);
 /* This interface stores a file descriptor in *descriptor that is readable when vel_pump() has work.
  * Use it with poll() or select(). Do not read from it and do not close it. It does not change until

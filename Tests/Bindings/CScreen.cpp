@@ -45,6 +45,9 @@ VelCallbacks CHost::callbacks() {
   callbacks.display_lost = [](void* userData, const char* reason) {
     hostOf(userData).hear("display_lost", reason);
   };
+  callbacks.ended = [](void* userData, VelEndReason reason) {
+    hostOf(userData).hear("ended", std::to_string(reason));
+  };
   return callbacks;
 }
 

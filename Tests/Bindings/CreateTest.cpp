@@ -29,7 +29,7 @@ struct Later {
 
 TEST(StatusTest, EveryStatusHasATextOfItsOwn) {
   std::set<std::string> texts;
-  for (int status = VEL_OK; status <= VEL_INTERNAL_ERROR; ++status) {
+  for (int status = VEL_OK; status <= VEL_BUSY; ++status) {
     const char* const text = vel_status_text(static_cast<VelStatus>(status));
     ASSERT_NE(text, nullptr);
     EXPECT_STRNE(text, "unknown status");

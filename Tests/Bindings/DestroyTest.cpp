@@ -19,13 +19,16 @@ class DestroyTest : public CBindingTest {
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     present(VEL_PRESENT_EMBEDDED, 1);
     ASSERT_EQ(vel_run(screen, 5), VEL_OK);
-    EXPECT_EQ(host.heard.back(), "record_event launch_end");
+    EXPECT_EQ(host.heard,
+              (std::vector<std::string>{"state_changed 3", "will_appear", "may_disappear",
+                                        "did_disappear", "record_event launch_end", "ended 1"}));
   }
 
-  void destroyAndExpectGone() {
-    const std::size_t heardBefore = host.heard.size();
+  /// Destroys the launch screen. `lastCallbacks` are the callbacks that this call causes.
+  void destroyAndExpectGone(const std::vector<std::string>& lastCallbacks = {}) {
+    host.heard.clear();
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-    EXPECT_EQ(host.heard.size(), heardBefore);
+    EXPECT_EQ(host.heard, lastCallbacks);
     expectGone();
   }
 };
@@ -49,7 +52,7 @@ TEST_F(DestroyTest, WhileCovered) {
   const Strong<NSWindow> window = NSApp->keyWindow();
   ASSERT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
-  destroyAndExpectGone();
+  destroyAndExpectGone({"ended 5"});
   EXPECT_EQ(window->styleMask(), 15u);
 }
 
@@ -59,33 +62,33 @@ TEST_F(DestroyTest, WhileModalOrASheet) {
     options.content_controller = 1;
     createAgain(options);
     present(presentation, 1);
-    destroyAndExpectGone();
+    destroyAndExpectGone({"ended 5"});
   }
 }
 
 TEST_F(DestroyTest, WhilePaused) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().userMovesFocusAway();
-  destroyAndExpectGone();
+  destroyAndExpectGone({"ended 5"});
 }
 
 TEST_F(DestroyTest, WhileTheEventIsOwed) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.2), VEL_OK);
   ASSERT_EQ(host.heard.back(), "did_disappear");
-  destroyAndExpectGone();
+  destroyAndExpectGone({"ended 1"});
 }
 
 TEST_F(DestroyTest, AfterTheDisplayWasLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().connectionBreaks("gone");
-  destroyAndExpectGone();
+  destroyAndExpectGone({"ended 4"});
 }
 
 TEST_F(DestroyTest, AfterTheWindowVanished) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().windowVanishes(NSApp->keyWindow()->handle());
-  destroyAndExpectGone();
+  destroyAndExpectGone({"ended 3"});
 }
 
 /// The parameter is the callback in which the launch screen is destroyed.
@@ -94,7 +97,7 @@ class DestroyInsideTest : public DestroyTest, public testing::WithParamInterface
 TEST_P(DestroyInsideTest, TheCallbackIsTheLast) {
   bool destroyed = false;
   host.inside = [&](const std::string& callback) {
-    EXPECT_FALSE(destroyed) << callback << " after the end";
+    EXPECT_TRUE(!destroyed || callback == "ended") << callback << " after the end";
     if (callback == GetParam()) {
       destroyed = true;
       VelLaunchScreen* const stale = screen;
@@ -132,7 +135,8 @@ TEST_F(DestroyTest, InsideDisplayLost) {
   };
   dispatch_async(dispatch_get_main_queue(), [] { user().connectionBreaks("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "display_lost gone");
+  EXPECT_EQ(host.heard[host.heard.size() - 2], "display_lost gone");
+  EXPECT_EQ(host.heard.back(), "ended 4");
   expectGone();
 }
 
@@ -147,7 +151,8 @@ TEST_F(DestroyTest, InsideControlsKept) {
     user().windowManagerKeeps(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
   });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "controls_kept 2");
+  EXPECT_EQ(host.heard[host.heard.size() - 2], "controls_kept 2");
+  EXPECT_EQ(host.heard.back(), "ended 5");
   expectGone();
 }
 
@@ -177,7 +182,7 @@ TEST_F(DestroyTest, ACallbackMayCallAllTheRest) {
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);  // over long ago: the callback ran further
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  EXPECT_EQ(host.heard.back(), "ended 1");
 }
 
 }  // namespace

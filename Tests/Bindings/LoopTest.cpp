@@ -128,5 +128,18 @@ TEST_F(CVirtualLoopTest, ARunTakesAFiniteTime) {
   EXPECT_EQ(vel_run(screen, 0), VEL_OK);
 }
 
+TEST_F(CVirtualLoopTest, VirtualTimeHasAnEnd) {
+  for (int run = 0; run < 9; ++run) {
+    ASSERT_EQ(vel_run(screen, 1e9), VEL_OK) << run;
+  }
+  EXPECT_EQ(vel_run(screen, 1e9), VEL_INVALID_ARGUMENT);
+  EXPECT_STREQ(vel_last_error(), "virtual time ends after 9000000000 seconds");
+  EXPECT_EQ(vel_run(screen, 0), VEL_OK);
+  // Time does not jump back or stop: a launch screen still counts down, but only to the end.
+  present(VEL_PRESENT_MODAL, 1);
+  EXPECT_EQ(vel_run(screen, 0.5), VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(secondsLeft(), 1);
+}
+
 }  // namespace
 }  // namespace vel::test

@@ -34,7 +34,8 @@ TEST_F(CRunTest, AnEmbeddedCoverTellsEachStep) {
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
   EXPECT_EQ(host.heard.back(), "record_event launch_end");
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.heard.size(), 5u);
+  EXPECT_EQ(host.heard.size(), 6u);
+  EXPECT_EQ(host.heard.back(), "ended 1");
   EXPECT_FALSE(isUp());
 }
 
@@ -42,7 +43,8 @@ TEST_F(CRunTest, WithAContentControllerTheCoverGoesAtOnce) {
   createWithController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_EQ(host.heard,
+            (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 1"}));
   EXPECT_FALSE(isUp());
 }
 
@@ -54,7 +56,7 @@ TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
     EXPECT_EQ(user().windowCount(), 2u);
     ASSERT_EQ(vel_run(screen, 3), VEL_OK);
     EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear",
-                                 "record_event launch_end"}));
+                                 "ended 1", "record_event launch_end"}));
     EXPECT_FALSE(isUp());
   }
 }
@@ -129,7 +131,8 @@ TEST_F(CRunTest, InSkipModeTheHostDismissesAndNoEventIsRecorded) {
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(host.heard.back(), "did_disappear");
   ASSERT_EQ(vel_run(screen, 100), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_EQ(host.heard,
+            (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 2"}));
 }
 
 TEST_F(CRunTest, OtherwiseAnEarlyDismissalIsRefusedAndTheEventRecordedEarly) {
@@ -224,8 +227,8 @@ TEST_F(CRunTest, TheNextRequestIsShownToo) {
   present(VEL_PRESENT_EMBEDDED, 2);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear",
-                               "did_disappear"}));  // the event is recorded once
+  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear",
+                               "ended 1"}));  // the event is recorded once
 }
 
 }  // namespace

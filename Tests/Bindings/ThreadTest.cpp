@@ -59,6 +59,7 @@ TEST_F(CThreadTest, ADismissalFromElsewhereComesWithTheNextPump) {
   EXPECT_EQ(host.heard.back(), "will_appear");
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_TRUE(isUp());
 }
 
 TEST_F(CThreadTest, ADismissalEndsAWait) {
@@ -132,6 +133,40 @@ TEST_F(CThreadTest, NoOtherThreadGetsOneBeforeThisOneHasEnded) {
   EXPECT_EQ(meanwhile, VEL_ALREADY_EXISTS);
 }
 
+TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
+  CHost host;
+  const VelCallbacks callbacks = host.callbacks();
+  const VelCreateOptions options = virtualOptions(&callbacks);
+  VelLaunchScreen* screen = nullptr;
+  std::thread([&] {
+    ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+    const VelRequest request = makeRequest("launch_end", 1);
+    EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+    EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
+  }).join();
+  // A thread that starts now may get the identifier of the thread that has ended.
+  std::thread([&] {
+    EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
+    EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  }).join();
+  VelLaunchScreen* other = nullptr;
+  EXPECT_EQ(vel_create(&options, &other), VEL_ALREADY_EXISTS);
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK) << vel_last_error();
+  EXPECT_EQ(screen, nullptr);
+  EXPECT_EQ(host.heard.back(), "ended 5");
+  EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+}
+
+TEST(OwnerTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
+  const VelCreateOptions options = virtualOptions();
+  VelLaunchScreen* screen = nullptr;
+  ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+  std::thread([&] { EXPECT_EQ(vel_destroy(&screen), VEL_WRONG_THREAD); }).join();
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+}
+
 TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {
   const auto wholeRun = [] {
     CHost host;
@@ -143,7 +178,7 @@ TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
     EXPECT_EQ(vel_run(screen, 5), VEL_OK);
-    EXPECT_EQ(host.heard.back(), "record_event launch_end");
+    EXPECT_EQ(host.heard.back(), "ended 1");
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   };
   std::thread(wholeRun).join();

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel {
+
+/// Delays callbacks until the library has finished the operation that caused them. A delayed
+/// callback can therefore call every function of the C interface. Owning thread.
+class CallbackQueue : NonCopyable {
+ public:
+  using Callback = std::function<void()>;
+
+  /// A function of the C interface has started.
+  void functionBegan() { ++runningFunctions_; }
+  /// A function of the C interface returns.
+  void functionEnded() { --runningFunctions_; }
+  /// True if the running function was called by a callback that is not delayed. The library is then
+  /// in the middle of another operation.
+  [[nodiscard]] bool isInsideOperation() const { return runningFunctions_ > 1; }
+
+  /// Calls `callback` in the next `deliver`, or at once if no function is running.
+  void add(Callback callback);
+  /// Calls all waiting callbacks, in the order in which they were added.
+  void deliver();
+  /// Discards all waiting callbacks.
+  void clear() { waiting_.clear(); }
+
+ private:
+  std::deque<Callback> waiting_;
+  // Functions of the C interface that run now. The function that delivers a callback does not count
+  // while the callback runs.
+  std::size_t runningFunctions_ = 0;
+};
+
+}  // namespace vel

@@ -1,0 +1,176 @@
+// Calls from inside callbacks: requests and presentations work or return VEL_BUSY.
+#include <algorithm>
+
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// The parameter says how the launch screen is presented.
+class NextInDidDisappearTest : public CBindingTest,
+                               public testing::WithParamInterface<VelPresentation> {
+ protected:
+  NextInDidDisappearTest() {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = 1;
+    createAgain(options);
+  }
+};
+
+TEST_P(NextInDidDisappearTest, ANextLaunchScreenCanBeShownAndEnds) {
+  bool hasPresentedNext = false;
+  host.inside = [&](const std::string& callback) {
+    if (callback == "did_disappear" && !hasPresentedNext) {
+      hasPresentedNext = true;
+      const VelRequest request = makeRequest("next_end", 2);
+      EXPECT_EQ(vel_request(screen, &request), VEL_OK) << vel_last_error();
+      EXPECT_EQ(vel_present(screen, GetParam()), VEL_OK) << vel_last_error();
+      EXPECT_TRUE(isUp());
+    }
+  };
+  present(GetParam(), 1);
+  ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
+  ASSERT_TRUE(hasPresentedNext);
+  EXPECT_TRUE(isUp());
+  EXPECT_EQ(secondsLeft(), 2);
+  ASSERT_EQ(vel_run(screen, 1), VEL_OK);
+  EXPECT_NEAR(secondsLeft(), 1, 1e-9);
+  EXPECT_TRUE(isUp());
+  ASSERT_EQ(vel_run(screen, 10), VEL_OK);
+  EXPECT_FALSE(isUp());
+  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Presentation, NextInDidDisappearTest,
+                         testing::Values(VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET,
+                                         VEL_PRESENT_MODAL));
+
+class CallbackOrderTest : public CBindingTest {
+ protected:
+  /// Requests and presents in the first callback of this name, and stores both results.
+  void requestAndPresentIn(const std::string& name) {
+    host.inside = [this, name](const std::string& callback) {
+      if (callback == name && requested == -1) {
+        const VelRequest request = makeRequest("next_end", 7);
+        requested = vel_request(screen, &request);
+        presented = vel_present(screen, VEL_PRESENT_MODAL);
+      }
+    };
+  }
+
+  int requested = -1;
+  int presented = -1;
+};
+
+TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestIsBusyAndTheFirstLaunchScreenEnds) {
+  requestAndPresentIn("log_line");
+  present(VEL_PRESENT_MODAL, 1);
+  EXPECT_EQ(requested, VEL_BUSY);
+  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(secondsLeft(), 1);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_FALSE(isUp());
+  const VelRequest request = makeRequest("next_end", 2);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_OK);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestIsBusy) {
+  requestAndPresentIn("log_line");
+  const VelRequest request = makeRequest("launch_end", 0);
+  EXPECT_EQ(vel_request(screen, &request), VEL_REFUSED);
+  EXPECT_EQ(requested, VEL_BUSY);
+  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(state(), VEL_STATE_NONE);
+}
+
+TEST_F(CallbackOrderTest, InWillAppearARequestIsBusyAndTheLaunchScreenEnds) {
+  requestAndPresentIn("will_appear");
+  present(VEL_PRESENT_MODAL, 1);
+  EXPECT_EQ(requested, VEL_BUSY);
+  EXPECT_EQ(presented, VEL_BUSY);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CallbackOrderTest, InMayDisappearARequestIsBusyAndTheLaunchScreenEnds) {
+  requestAndPresentIn("may_disappear");
+  present(VEL_PRESENT_MODAL, 1);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_EQ(requested, VEL_BUSY);
+  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CallbackOrderTest, InStateChangedTheRequestCanBePresented) {
+  host.inside = [this](const std::string& callback) {
+    if (callback == "state_changed") {
+      presented = vel_present(screen, VEL_PRESENT_MODAL);
+    }
+  };
+  const VelRequest request = makeRequest("launch_end", 1);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(presented, VEL_OK);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  EXPECT_EQ(std::ranges::count(host.heard, "ended 1"), 1);
+}
+
+TEST_F(CallbackOrderTest, ADismissalInWillAppearComesWithTheNextPass) {
+  VelStatus dismissed = VEL_INTERNAL_ERROR;
+  host.inside = [&](const std::string& callback) {
+    if (callback == "will_appear") {
+      dismissed = vel_dismiss(screen);
+    }
+  };
+  present(VEL_PRESENT_MODAL, 60, "skip");
+  EXPECT_EQ(dismissed, VEL_OK);
+  EXPECT_TRUE(isUp());
+  EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsNotASecondOne) {
+  host.inside = [this](const std::string& callback) {
+    if (callback == "may_disappear") {
+      EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+    }
+  };
+  present(VEL_PRESENT_MODAL, 60, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(std::ranges::count(host.heard, "may_disappear"), 1);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_EQ(std::ranges::count(host.heard, "may_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+}
+
+TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
+  present(VEL_PRESENT_EMBEDDED, 60, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  ASSERT_TRUE(isUp());
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  ASSERT_EQ(vel_run(screen, 3), VEL_OK);
+  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+  EXPECT_FALSE(isUp());
+}
+
+TEST_F(CallbackOrderTest, ASuccessHasNoLastErrorEvenIfACallInsideACallbackFailed) {
+  host.inside = [this](const std::string& callback) {
+    if (callback == "will_appear" || callback == "state_changed") {
+      EXPECT_EQ(vel_run(screen, -1), VEL_INVALID_ARGUMENT);
+      EXPECT_STRNE(vel_last_error(), "");
+    }
+  };
+  const VelRequest request = makeRequest("launch_end", 1);
+  EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_STREQ(vel_last_error(), "");
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_OK);
+  EXPECT_STREQ(vel_last_error(), "");
+}
+
+}  // namespace
+}  // namespace vel::test

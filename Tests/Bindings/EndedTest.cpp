@@ -1,0 +1,217 @@
+// The callback `ended`: once for each presented launch screen, with its reason.
+#include <algorithm>
+#include <functional>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/Dispatch/Dispatch.h"
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+std::string ended(VelEndReason reason) { return "ended " + std::to_string(reason); }
+
+class EndedTest : public CBindingTest {
+ protected:
+  void createWithController() {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = 1;
+    createAgain(options);
+    host.heard.clear();
+  }
+  [[nodiscard]] std::size_t endCount() const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        host.heard, [](const std::string& line) { return line.starts_with("ended"); }));
+  }
+  /// Runs to a time long after every end: `reason` is the only one that has been reported.
+  void expectOnlyEnd(VelEndReason reason) {
+    ASSERT_EQ(vel_run(screen, 100), VEL_OK);
+    EXPECT_EQ(endCount(), 1u);
+    EXPECT_EQ(std::ranges::count(host.heard, ended(reason)), 1);
+  }
+  /// Calls `work` in a pass of the run loop.
+  void inPass(std::function<void()> work) {
+    dispatch_async(dispatch_get_main_queue(), std::move(work));
+    ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
+  }
+};
+
+TEST_F(EndedTest, AnEmbeddedCoverWithoutContentControllerEndsASecondAfterItDisappeared) {
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
+  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+  EXPECT_EQ(endCount(), 0u);
+  EXPECT_TRUE(isUp());
+  ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
+  EXPECT_EQ(host.heard.back(), ended(VEL_END_TIME_USED_UP));
+  EXPECT_FALSE(isUp());
+  expectOnlyEnd(VEL_END_TIME_USED_UP);
+}
+
+TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
+  for (const VelPresentation presentation :
+       {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
+    createWithController();
+    present(presentation, 1);
+    ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
+    ASSERT_GE(host.heard.size(), 2u);
+    EXPECT_EQ(host.heard[host.heard.size() - 2], "did_disappear");
+    EXPECT_EQ(host.heard.back(), ended(VEL_END_TIME_USED_UP));
+    expectOnlyEnd(VEL_END_TIME_USED_UP);
+  }
+}
+
+TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
+  present(VEL_PRESENT_MODAL, 1, "skip");
+  expectOnlyEnd(VEL_END_TIME_USED_UP);
+}
+
+TEST_F(EndedTest, TheHostDismisses) {
+  for (const VelPresentation presentation :
+       {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
+    createWithController();
+    present(presentation, 60, "skip");
+    EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+    EXPECT_EQ(host.heard.back(), ended(VEL_END_DISMISSED));
+    expectOnlyEnd(VEL_END_DISMISSED);
+  }
+}
+
+TEST_F(EndedTest, TheHostDismissesWithoutContentController) {
+  present(VEL_PRESENT_EMBEDDED, 60, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(endCount(), 0u);
+  expectOnlyEnd(VEL_END_DISMISSED);
+}
+
+TEST_F(EndedTest, ADismissalThatWaitedForTheFocusIsTheHosts) {
+  present(VEL_PRESENT_MODAL, 60, "skip");
+  ASSERT_EQ(vel_run(screen, 1), VEL_OK);
+  inPass([] { user().userMovesFocusAway(); });
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(endCount(), 0u);
+  inPass([] { NSApp->orderedWindows().front()->makeKeyWindow(); });
+  expectOnlyEnd(VEL_END_DISMISSED);
+}
+
+TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
+  present(VEL_PRESENT_MODAL, 5);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(endCount(), 0u);
+  expectOnlyEnd(VEL_END_TIME_USED_UP);
+}
+
+TEST_F(EndedTest, AfterARefusedDismissalTheUserClosesTheWindow) {
+  present(VEL_PRESENT_MODAL, 5);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  inPass([] { user().windowVanishes(NSApp->modalWindow()->handle()); });
+  expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+}
+
+TEST_F(EndedTest, TheWindowIsClosed) {
+  for (const int contentController : {0, 1}) {
+    VelCreateOptions options = virtualOptions(&callbacks);
+    options.content_controller = contentController;
+    createAgain(options);
+    host.heard.clear();
+    present(VEL_PRESENT_EMBEDDED, 5);
+    inPass([] { user().windowVanishes(NSApp->keyWindow()->handle()); });
+    EXPECT_EQ(host.heard.back(), ended(VEL_END_WINDOW_CLOSED));
+    expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+  }
+}
+
+TEST_F(EndedTest, TheWindowOfASheetIsClosed) {
+  createWithController();
+  const WindowHandle window = NSApp->keyWindow()->handle();
+  present(VEL_PRESENT_SHEET, 5);
+  inPass([window] { user().windowVanishes(window); });
+  expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+}
+
+TEST_F(EndedTest, TheDisplayIsLost) {
+  for (const VelPresentation presentation : {VEL_PRESENT_EMBEDDED, VEL_PRESENT_MODAL}) {
+    createAgain(virtualOptions(&callbacks));
+    host.heard.clear();
+    present(presentation, 5);
+    inPass([] { user().connectionBreaks("gone"); });
+    EXPECT_EQ(host.heard.back(), ended(VEL_END_DISPLAY_LOST));
+    expectOnlyEnd(VEL_END_DISPLAY_LOST);
+  }
+}
+
+TEST_F(EndedTest, DestroyEndsTheLaunchScreen) {
+  present(VEL_PRESENT_EMBEDDED, 5);
+  const Strong<NSWindow> window = NSApp->keyWindow();
+  VelLaunchScreen* const stale = screen;
+  host.inside = [&](const std::string& callback) {
+    ASSERT_EQ(callback, "ended");
+    EXPECT_EQ(screen, nullptr);
+    EXPECT_EQ(vel_pump(stale, nullptr), VEL_NOT_ALIVE);
+    EXPECT_EQ(window->styleMask(), 15u);
+    EXPECT_EQ(NSApp, nullptr);
+  };
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_EQ(host.heard.back(), ended(VEL_END_DESTROYED));
+  EXPECT_EQ(endCount(), 1u);
+}
+
+TEST_F(EndedTest, InsideTheLastCallbackALaunchScreenCanBeCreated) {
+  present(VEL_PRESENT_EMBEDDED, 5);
+  host.inside = [&](const std::string& callback) {
+    if (callback == "ended") {
+      const VelCreateOptions options = virtualOptions();
+      EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
+    }
+  };
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_NE(screen, nullptr);
+}
+
+TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
+  for (const char* name : {"will_appear", "may_disappear", "did_disappear", "record_event"}) {
+    const VelCreateOptions options = virtualOptions(&callbacks);
+    host.inside = nullptr;
+    vel_destroy(&screen);
+    ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
+    host.heard.clear();
+    host.inside = [this, name](const std::string& callback) {
+      if (callback == name) {
+        EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+        EXPECT_EQ(endCount(), 0u);
+      }
+    };
+    const VelRequest request = makeRequest("launch_end", 1);
+    ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+    vel_present(screen, VEL_PRESENT_EMBEDDED);
+    if (screen != nullptr) {
+      vel_run(screen, 100);
+    }
+    EXPECT_EQ(endCount(), 1u) << name;
+    EXPECT_TRUE(host.heard.back().starts_with("ended")) << name;
+  }
+}
+
+TEST_F(EndedTest, WithoutAPresentationNothingEnds) {
+  const VelRequest request = makeRequest("launch_end", 1);
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_EQ(endCount(), 0u);
+}
+
+TEST_F(EndedTest, InsideEndedTheNextLaunchScreenCanBeShown) {
+  bool isNext = false;
+  host.inside = [&](const std::string& callback) {
+    if (callback == "ended" && !isNext) {
+      isNext = true;
+      EXPECT_FALSE(isUp());
+      present(VEL_PRESENT_EMBEDDED, 3);
+    }
+  };
+  present(VEL_PRESENT_EMBEDDED, 1);
+  ASSERT_EQ(vel_run(screen, 100), VEL_OK);
+  EXPECT_EQ(endCount(), 2u);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,63 @@
+// Structures of programs that were built against earlier versions of the library.
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+#include "Tests/Bindings/CScreen.h"
+
+namespace vel::test {
+namespace {
+
+// The sizes of version 1.0 where pointers have 64 bits. Do not change them.
+constexpr std::size_t kCallbacksSize10 = 80;
+constexpr std::size_t kCreateOptionsSize10 = 72;
+constexpr std::size_t kRequestSize10 = 32;
+
+/// A structure with the size of version 1.0. The bytes after it belong to another variable of the
+/// program, and their values are not zero.
+template <class Structure, std::size_t Size>
+struct Structure10 {
+  explicit Structure10(Structure current) {
+    current.size = Size;
+    memory.fill(0xa5);
+    std::memcpy(memory.data(), &current, Size);
+  }
+  [[nodiscard]] const Structure* get() const {
+    return reinterpret_cast<const Structure*>(memory.data());
+  }
+  alignas(Structure) std::array<unsigned char, sizeof(Structure) + 64> memory;
+};
+
+class StructureSizeTest : public testing::Test {
+ protected:
+  ~StructureSizeTest() override { vel_destroy(&screen); }
+  VelLaunchScreen* screen = nullptr;
+};
+
+TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
+  CHost host;
+  const Structure10<VelCallbacks, kCallbacksSize10> callbacks(host.callbacks());
+  const Structure10<VelCreateOptions, kCreateOptionsSize10> options(
+      virtualOptions(callbacks.get()));
+  const Structure10<VelRequest, kRequestSize10> request(makeRequest("launch_end", 1));
+  ASSERT_EQ(vel_create(options.get(), &screen), VEL_OK) << vel_last_error();
+  ASSERT_EQ(vel_request(screen, request.get()), VEL_OK) << vel_last_error();
+  ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
+  ASSERT_EQ(vel_run(screen, 10), VEL_OK);
+  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3", "will_appear", "may_disappear",
+                                                  "did_disappear", "record_event launch_end"}));
+}
+
+TEST_F(StructureSizeTest, ASizeThatNoVersionHasIsRefused) {
+  for (const std::size_t size :
+       {std::size_t{0}, sizeof(std::size_t), kCallbacksSize10 - 8, kCallbacksSize10 - 1,
+        kCallbacksSize10 + 1, kCallbacksSize10 + 4}) {
+    VelCallbacks callbacks = VEL_CALLBACKS_INIT;
+    callbacks.size = size;
+    const VelCreateOptions options = virtualOptions(&callbacks);
+    EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT) << size;
+  }
+}
+
+}  // namespace
+}  // namespace vel::test
