@@ -34,7 +34,11 @@ float numberFor(const NSDictionary& parameters, std::string_view key) {
   return send(as<NSString>(value), &NSString::floatValue);
 }
 
+// An empty class name matches no child.
 bool holdsChildOfClass(const Strong<NSWindow>& window, std::string_view className) {
+  if (className.empty()) {
+    return false;
+  }
   const Strong<NSViewController> controller = send(window, &NSWindow::contentViewController);
   for (const Strong<NSViewController>& child :
        send(controller, &NSViewController::childViewControllers)) {

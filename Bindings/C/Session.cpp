@@ -223,11 +223,13 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
   presented_ = controller();
   isPresented_ = true;
   endReason_.reset();
+  isPresenting_ = true;
   const Strong<ContentView> view = manager_->contentViewForContentData(manager_->content());
   // The values of VelPresentation are the modes of the content framework.
   send(as<CVPresentationFullScreen>(view->presentation()),
        &CVPresentationFullScreen::presentForWindowWithPresentationMode, window_,
        static_cast<std::int32_t>(presentation));
+  isPresenting_ = false;
   return VEL_OK;
 }
 
@@ -300,7 +302,7 @@ bool Session::noteDisappearance() {
 }
 
 void Session::reportEnd() {
-  if (!isPresented_ || send(presented_.lock(), &NSViewController::isShown)) {
+  if (!isPresented_ || isPresenting_ || send(presented_.lock(), &NSViewController::isShown)) {
     return;
   }
   VelEndReason reason = endReason_.value_or(VEL_END_WINDOW_CLOSED);

@@ -88,6 +88,8 @@ class Session : NonCopyable {
   bool isPresented_ = false;
   // Why the presented launch screen has disappeared. Empty while it is shown.
   std::optional<VelEndReason> endReason_;
+  // True while `present` runs. The launch screen is not shown yet, but it has not ended.
+  bool isPresenting_ = false;
   bool isHostDismissing_ = false;
   bool isDisplayLost_ = false;
   std::size_t runningFunctions_ = 0;

@@ -32,6 +32,7 @@ CALLBACKS = [
     ("log_line", CFUNCTYPE(None, c_void_p, c_char_p)),
     ("controls_kept", CFUNCTYPE(None, c_void_p, c_uint32)),
     ("display_lost", CFUNCTYPE(None, c_void_p, c_char_p)),
+    ("ended", CFUNCTYPE(None, c_void_p, c_int)),
 ]
 Callbacks = structure("VelCallbacks", [("user_data", c_void_p), *CALLBACKS])
 CreateOptions = structure(
@@ -62,7 +63,6 @@ def load(path):
     library.vel_present.argtypes = [c_void_p, c_int]
     library.vel_pump.argtypes = [c_void_p, POINTER(c_int)]
     library.vel_poll_descriptor.argtypes = [c_void_p, POINTER(c_int)]
-    library.vel_is_up.argtypes = [c_void_p, POINTER(c_int)]
     return library
 
 
@@ -70,13 +70,17 @@ class Host:
     """Prints each callback on one line: its name and its arguments."""
 
     def __init__(self):
-        self.ended = False
+        self.called = set()
 
     def tell(self, name, *values):
         texts = (value.decode() if isinstance(value, bytes) else str(value) for value in values)
         print(name, *texts, flush=True)
-        self.ended = self.ended or name in ("record_event", "display_lost")
-        return 1  # what may_disappear answers: yes
+        self.called.add(name)
+        return 1  # may_disappear agrees
+
+    def is_done(self):
+        """Returns true after the end, and after the event unless the display is lost."""
+        return "ended" in self.called and bool(self.called & {"record_event", "display_lost"})
 
     def callbacks(self):
         """Returns the callbacks. The caller must keep them while the library may call them."""
@@ -105,15 +109,13 @@ def run(library, display, seconds):
         request = Request(event=b"launch_end", seconds=seconds)
         check(library.vel_request(screen, ctypes.byref(request)))
         check(library.vel_present(screen, VEL_PRESENT_EMBEDDED))
-        descriptor, is_up = c_int(), c_int(1)
+        descriptor = c_int()
         check(library.vel_poll_descriptor(screen, ctypes.byref(descriptor)))
-        while not host.ended or is_up.value:
+        while not host.is_done():
             select.select([descriptor.value], [], [])
             check(library.vel_pump(screen, None))
-            check(library.vel_is_up(screen, ctypes.byref(is_up)))
     finally:
         library.vel_destroy(ctypes.byref(screen))
-    print("ended", flush=True)
 
 
 def main():

@@ -10,8 +10,8 @@ CHost& hostOf(void* userData) { return *static_cast<CHost*>(userData); }
 
 }  // namespace
 
-void CHost::hear(const std::string& callback, const std::string& details) {
-  heard.push_back(details.empty() ? callback : callback + " " + details);
+void CHost::note(const std::string& callback, const std::string& details) {
+  callbackLines.push_back(details.empty() ? callback : callback + " " + details);
   if (inside) {
     inside(callback);
   }
@@ -21,17 +21,17 @@ VelCallbacks CHost::callbacks() {
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   callbacks.user_data = this;
   callbacks.state_changed = [](void* userData, VelState state, const char* error) {
-    hostOf(userData).hear("state_changed", std::to_string(state) +
+    hostOf(userData).note("state_changed", std::to_string(state) +
                                                (error != nullptr ? std::string(" ") + error : ""));
   };
-  callbacks.will_appear = [](void* userData) { hostOf(userData).hear("will_appear"); };
+  callbacks.will_appear = [](void* userData) { hostOf(userData).note("will_appear"); };
   callbacks.may_disappear = [](void* userData) {
-    hostOf(userData).hear("may_disappear");
+    hostOf(userData).note("may_disappear");
     return hostOf(userData).mayDisappear ? 1 : 0;
   };
-  callbacks.did_disappear = [](void* userData) { hostOf(userData).hear("did_disappear"); };
+  callbacks.did_disappear = [](void* userData) { hostOf(userData).note("did_disappear"); };
   callbacks.record_event = [](void* userData, const char* event) {
-    hostOf(userData).hear("record_event", event);
+    hostOf(userData).note("record_event", event);
   };
   callbacks.log_line = [](void* userData, const char* line) {
     hostOf(userData).log.emplace_back(line);
@@ -40,13 +40,13 @@ VelCallbacks CHost::callbacks() {
     }
   };
   callbacks.controls_kept = [](void* userData, std::uint32_t controls) {
-    hostOf(userData).hear("controls_kept", std::to_string(controls));
+    hostOf(userData).note("controls_kept", std::to_string(controls));
   };
   callbacks.display_lost = [](void* userData, const char* reason) {
-    hostOf(userData).hear("display_lost", reason);
+    hostOf(userData).note("display_lost", reason);
   };
   callbacks.ended = [](void* userData, VelEndReason reason) {
-    hostOf(userData).hear("ended", std::to_string(reason));
+    hostOf(userData).note("ended", std::to_string(reason));
   };
   return callbacks;
 }

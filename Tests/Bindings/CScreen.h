@@ -1,5 +1,5 @@
-// A host in C as the tests play it: a launch screen in virtual time on the headless display, and a
-// note of everything that is called back.
+// A simulated host of the C interface, with a launch screen in virtual time on the headless
+// display.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,17 +13,18 @@
 
 namespace vel::test {
 
-/// Notes each callback as a line, and then does what the test wants done in it.
+/// Records each callback as a line, and then calls a function of the test.
 struct CHost {
-  std::vector<std::string> heard;
+  /// The name of each callback with its arguments, except for log lines.
+  std::vector<std::string> callbackLines;
   std::vector<std::string> log;
   bool mayDisappear = true;
-  /// Run inside each callback, with its name.
+  /// Called inside each callback with the callback's name. May be empty.
   std::function<void(const std::string& callback)> inside;
 
-  /// Callbacks that come here, all of them set.
+  /// Callbacks that call this host. No member is null.
   [[nodiscard]] VelCallbacks callbacks();
-  void hear(const std::string& callback, const std::string& details = {});
+  void note(const std::string& callback, const std::string& details = {});
 };
 
 /// Options for the headless display and virtual time.
@@ -31,18 +32,18 @@ VelCreateOptions virtualOptions(const VelCallbacks* callbacks = nullptr);
 
 VelRequest makeRequest(const char* event, double seconds, const char* mode = nullptr);
 
-/// What a user does with the windows of the launch screen that there is now.
+/// Simulates a user of the current launch screen's windows.
 HeadlessWindowSystem& user();
 
-/// A launch screen at the start of each test, gone at its end.
+/// Creates a launch screen before each test and destroys it afterwards.
 class CBindingTest : public testing::Test {
  protected:
   CBindingTest();
   ~CBindingTest() override;
 
-  /// Ends the launch screen and makes another one.
+  /// Destroys the launch screen and creates another one.
   void createAgain(const VelCreateOptions& options);
-  /// Requests and presents; both have to work.
+  /// Requests and presents a launch screen. Fails the test if either call fails.
   void present(VelPresentation presentation, double seconds, const char* mode = nullptr);
   [[nodiscard]] double secondsLeft() const;
   [[nodiscard]] bool isUp() const;

@@ -40,7 +40,7 @@ TEST_P(NextInDidDisappearTest, ANextLaunchScreenCanBeShownAndEnds) {
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
   EXPECT_FALSE(isUp());
-  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 2);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Presentation, NextInDidDisappearTest,
@@ -116,8 +116,8 @@ TEST_F(CallbackOrderTest, InStateChangedTheRequestCanBePresented) {
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   EXPECT_EQ(presented, VEL_OK);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "record_event launch_end");
-  EXPECT_EQ(std::ranges::count(host.heard, "ended 1"), 1);
+  EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);
 }
 
 TEST_F(CallbackOrderTest, ADismissalInWillAppearComesWithTheNextPass) {
@@ -142,10 +142,10 @@ TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsNotASecondOne) {
   };
   present(VEL_PRESENT_MODAL, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  EXPECT_EQ(std::ranges::count(host.heard, "may_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "may_disappear"), 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
-  EXPECT_EQ(std::ranges::count(host.heard, "may_disappear"), 1);
-  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "may_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
 }
 
 TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
@@ -154,7 +154,7 @@ TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
   ASSERT_TRUE(isUp());
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
-  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
   EXPECT_FALSE(isUp());
 }
 

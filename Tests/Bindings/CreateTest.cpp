@@ -1,4 +1,4 @@
-// Making a launch screen, handles, and what they are refused.
+// The creation of a launch screen, and invalid handles and options.
 #include <gmock/gmock.h>
 
 #include <cstring>
@@ -20,14 +20,14 @@ class CreateTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-/// A structure as a later version might have it.
+/// A structure of a later version with one more member.
 template <class Structure>
 struct Later {
   Structure known;
   std::uint64_t unknown = 0;
 };
 
-TEST(StatusTest, EveryStatusHasATextOfItsOwn) {
+TEST(StatusTest, EveryStatusHasADifferentText) {
   std::set<std::string> texts;
   for (int status = VEL_OK; status <= VEL_BUSY; ++status) {
     const char* const text = vel_status_text(static_cast<VelStatus>(status));
@@ -39,12 +39,12 @@ TEST(StatusTest, EveryStatusHasATextOfItsOwn) {
   EXPECT_STREQ(vel_status_text(static_cast<VelStatus>(-1)), "unknown status");
 }
 
-TEST(VersionTest, IsTheLibrarys) {
+TEST(VersionTest, IsTheVersionOfTheLibrary) {
   EXPECT_EQ(vel_version_number(), VelLaunchScreenVersionNumber);
   EXPECT_STREQ(vel_version_string(), VelLaunchScreenVersionString);
 }
 
-TEST_F(CreateTest, OptionsAsTheyStartOpenAWindowOf1280By720) {
+TEST_F(CreateTest, DefaultOptionsOpenAWindowOf1280By720) {
   VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
   ASSERT_NE(screen, nullptr);
@@ -55,7 +55,7 @@ TEST_F(CreateTest, OptionsAsTheyStartOpenAWindowOf1280By720) {
   EXPECT_EQ(NSApp->keyWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(CreateTest, TheOptionsAreHeeded) {
+TEST_F(CreateTest, TheWindowHasTheTitleSizeAndControllerOfTheOptions) {
   VelCreateOptions options = virtualOptions();
   options.title = "A game";
   options.width = 640;
@@ -67,7 +67,7 @@ TEST_F(CreateTest, TheOptionsAreHeeded) {
   EXPECT_NE(NSApp->keyWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(CreateTest, WithoutAPlaceForTheResultNothingIsMade) {
+TEST_F(CreateTest, WithoutAPointerForTheHandleNothingIsCreated) {
   const VelCreateOptions options = virtualOptions();
   EXPECT_EQ(vel_create(&options, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
@@ -80,7 +80,7 @@ TEST_F(CreateTest, AFailureClearsTheHandle) {
   EXPECT_EQ(screen, nullptr);
 }
 
-TEST_F(CreateTest, ASmallerStructureIsNotUnderstood) {
+TEST_F(CreateTest, ASmallerStructureIsRefused) {
   VelCreateOptions options = virtualOptions();
   for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
     options.size = size;
@@ -88,7 +88,7 @@ TEST_F(CreateTest, ASmallerStructureIsNotUnderstood) {
   }
 }
 
-TEST_F(CreateTest, ALargerStructureIsUnderstoodWhereWhatIsUnknownIsZero) {
+TEST_F(CreateTest, ALargerStructureIsAcceptedIfItsUnknownMembersAreZero) {
   Later<VelCreateOptions> options{virtualOptions()};
   options.known.size = sizeof options;
   options.unknown = 1;
@@ -97,13 +97,13 @@ TEST_F(CreateTest, ALargerStructureIsUnderstoodWhereWhatIsUnknownIsZero) {
   EXPECT_EQ(vel_create(&options.known, &screen), VEL_OK) << vel_last_error();
 }
 
-TEST_F(CreateTest, ASizeBeyondAllReasonIsNotUnderstood) {
+TEST_F(CreateTest, AHugeSizeIsRefused) {
   VelCreateOptions options = virtualOptions();
   options.size = static_cast<std::size_t>(-1);
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(CreateTest, TheCallbacksHaveASizeOfTheirOwn) {
+TEST_F(CreateTest, TheSizeOfTheCallbacksIsCheckedToo) {
   Later<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
   const VelCreateOptions options = virtualOptions(&callbacks.known);
   callbacks.known.size = sizeof(VelCallbacks) - 1;
@@ -123,7 +123,7 @@ TEST_F(CreateTest, TheCallbacksAreCopied) {
   std::memset(&callbacks, 0xff, sizeof callbacks);
   const VelRequest request = makeRequest("launch_end", 1);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
-  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3"}));
+  EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
 }
 
 TEST_F(CreateTest, UnknownTimesAndSizesAreRefused) {
@@ -140,7 +140,7 @@ TEST_F(CreateTest, UnknownTimesAndSizesAreRefused) {
   }
 }
 
-TEST_F(CreateTest, AnUnknownDisplayIsNoDisplay) {
+TEST_F(CreateTest, AnUnknownDisplayNameIsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -148,7 +148,7 @@ TEST_F(CreateTest, AnUnknownDisplayIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, AnX11DisplayThatDoesNotAnswerIsNoDisplay) {
+TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedIsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
@@ -157,7 +157,7 @@ TEST_F(CreateTest, AnX11DisplayThatDoesNotAnswerIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, ALongErrorIsCutNotLost) {
+TEST_F(CreateTest, ALongErrorIsTruncated) {
   const std::string name(10'000, 'x');
   VelCreateOptions options = virtualOptions();
   options.display = name.c_str();
@@ -166,7 +166,7 @@ TEST_F(CreateTest, ALongErrorIsCutNotLost) {
   EXPECT_LT(std::strlen(vel_last_error()), 1'000u);
 }
 
-TEST_F(CreateTest, ABadWindowIdLeavesNothingBehind) {
+TEST_F(CreateTest, AfterABadWindowALaunchScreenCanBeCreated) {
   VelCreateOptions options = virtualOptions();
   options.window = 4711;
   EXPECT_EQ(vel_create(&options, &screen), VEL_BAD_WINDOW);
@@ -177,7 +177,7 @@ TEST_F(CreateTest, ABadWindowIdLeavesNothingBehind) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
 
-TEST_F(CreateTest, ThereIsOneAtATime) {
+TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   VelLaunchScreen* second = nullptr;
@@ -187,7 +187,7 @@ TEST_F(CreateTest, ThereIsOneAtATime) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
 
-TEST_F(CreateTest, AnApplicationOfTheHostsOwnIsLeftAlone) {
+TEST_F(CreateTest, AnApplicationOfTheHostIsNotReplaced) {
   const VirtualPlatform platform;
   const Strong<NSApplication> application = NSApp;
   const VelCreateOptions options = virtualOptions();
@@ -195,7 +195,7 @@ TEST_F(CreateTest, AnApplicationOfTheHostsOwnIsLeftAlone) {
   EXPECT_EQ(NSApp, application);
 }
 
-TEST_F(CreateTest, WhatWorksClearsTheLastError) {
+TEST_F(CreateTest, ASuccessClearsTheLastError) {
   EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
   const VelCreateOptions options = virtualOptions();
@@ -203,7 +203,7 @@ TEST_F(CreateTest, WhatWorksClearsTheLastError) {
   EXPECT_STREQ(vel_last_error(), "");
 }
 
-TEST_F(CreateTest, AClearedHandleIsNotAlive) {
+TEST_F(CreateTest, ADestroyedHandleIsNullAndNotAlive) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -212,7 +212,7 @@ TEST_F(CreateTest, AClearedHandleIsNotAlive) {
   EXPECT_EQ(vel_destroy(nullptr), VEL_INVALID_ARGUMENT);
 }
 
-// Every function on a handle, as a status.
+// Calls every function that takes a handle, and returns their results.
 std::vector<VelStatus> callAll(VelLaunchScreen* screen) {
   const VelRequest request = makeRequest("launch_end", 1);
   int number = 0;
@@ -235,14 +235,14 @@ std::vector<VelStatus> callAll(VelLaunchScreen* screen) {
           vel_destroy(&copy)};
 }
 
-TEST_F(CreateTest, NoFunctionTakesANullHandle) {
+TEST_F(CreateTest, NoFunctionAcceptsANullHandle) {
   EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
 }
 
-TEST_F(CreateTest, NoFunctionTakesACopyOfADestroyedHandle) {
+TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   VelLaunchScreen* const stale = screen;
@@ -254,13 +254,13 @@ TEST_F(CreateTest, NoFunctionTakesACopyOfADestroyedHandle) {
   EXPECT_STRNE(vel_last_error(), "");
 }
 
-TEST_F(CreateTest, NoFunctionTakesAHandleThatNeverWas) {
+TEST_F(CreateTest, NoFunctionAcceptsAHandleThatDoesNotExist) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAll(reinterpret_cast<VelLaunchScreen*>(&screen)), testing::Each(VEL_NOT_ALIVE));
 }
 
-TEST_F(CreateTest, ResultsNeedAPlace) {
+TEST_F(CreateTest, ANullPointerForAResultIsRefused) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_poll_descriptor(screen, nullptr), VEL_INVALID_ARGUMENT);

@@ -1,4 +1,4 @@
-// The end of a launch screen, in any state and from inside any callback.
+// vel_destroy in every state and inside every callback.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
@@ -8,8 +8,8 @@ namespace {
 
 class DestroyTest : public CBindingTest {
  protected:
-  /// Nothing of a launch screen is left, and another one can be made and run.
-  void expectGone() {
+  /// The launch screen has been destroyed completely: another one can be created and runs.
+  void expectDestroyed() {
     EXPECT_EQ(screen, nullptr);
     EXPECT_EQ(NSApp, nullptr);
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
@@ -19,32 +19,32 @@ class DestroyTest : public CBindingTest {
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     present(VEL_PRESENT_EMBEDDED, 1);
     ASSERT_EQ(vel_run(screen, 5), VEL_OK);
-    EXPECT_EQ(host.heard,
+    EXPECT_EQ(host.callbackLines,
               (std::vector<std::string>{"state_changed 3", "will_appear", "may_disappear",
                                         "did_disappear", "record_event launch_end", "ended 1"}));
   }
 
   /// Destroys the launch screen. `lastCallbacks` are the callbacks that this call causes.
-  void destroyAndExpectGone(const std::vector<std::string>& lastCallbacks = {}) {
-    host.heard.clear();
+  void destroyAndExpectDestroyed(const std::vector<std::string>& lastCallbacks = {}) {
+    host.callbackLines.clear();
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-    EXPECT_EQ(host.heard, lastCallbacks);
-    expectGone();
+    EXPECT_EQ(host.callbackLines, lastCallbacks);
+    expectDestroyed();
   }
 };
 
-TEST_F(DestroyTest, BeforeARequest) { destroyAndExpectGone(); }
+TEST_F(DestroyTest, BeforeARequest) { destroyAndExpectDestroyed(); }
 
 TEST_F(DestroyTest, WithARequestLoaded) {
   const VelRequest request = makeRequest("launch_end", 1);
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
-  destroyAndExpectGone();
+  destroyAndExpectDestroyed();
 }
 
-TEST_F(DestroyTest, WithARequestFailed) {
+TEST_F(DestroyTest, AfterARefusedRequest) {
   const VelRequest request = makeRequest("launch_end", -1);
   ASSERT_EQ(vel_request(screen, &request), VEL_REFUSED);
-  destroyAndExpectGone();
+  destroyAndExpectDestroyed();
 }
 
 TEST_F(DestroyTest, WhileCovered) {
@@ -52,7 +52,7 @@ TEST_F(DestroyTest, WhileCovered) {
   const Strong<NSWindow> window = NSApp->keyWindow();
   ASSERT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
-  destroyAndExpectGone({"ended 5"});
+  destroyAndExpectDestroyed({"ended 5"});
   EXPECT_EQ(window->styleMask(), 15u);
 }
 
@@ -62,42 +62,42 @@ TEST_F(DestroyTest, WhileModalOrASheet) {
     options.content_controller = 1;
     createAgain(options);
     present(presentation, 1);
-    destroyAndExpectGone({"ended 5"});
+    destroyAndExpectDestroyed({"ended 5"});
   }
 }
 
 TEST_F(DestroyTest, WhilePaused) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().userMovesFocusAway();
-  destroyAndExpectGone({"ended 5"});
+  destroyAndExpectDestroyed({"ended 5"});
 }
 
-TEST_F(DestroyTest, WhileTheEventIsOwed) {
+TEST_F(DestroyTest, BeforeTheEventIsRecorded) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.2), VEL_OK);
-  ASSERT_EQ(host.heard.back(), "did_disappear");
-  destroyAndExpectGone({"ended 1"});
+  ASSERT_EQ(host.callbackLines.back(), "did_disappear");
+  destroyAndExpectDestroyed({"ended 1"});
 }
 
 TEST_F(DestroyTest, AfterTheDisplayWasLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().connectionBreaks("gone");
-  destroyAndExpectGone({"ended 4"});
+  destroyAndExpectDestroyed({"ended 4"});
 }
 
 TEST_F(DestroyTest, AfterTheWindowVanished) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().windowVanishes(NSApp->keyWindow()->handle());
-  destroyAndExpectGone({"ended 3"});
+  destroyAndExpectDestroyed({"ended 3"});
 }
 
-/// The parameter is the callback in which the launch screen is destroyed.
+/// The parameter is the callback that destroys the launch screen.
 class DestroyInsideTest : public DestroyTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(DestroyInsideTest, TheCallbackIsTheLast) {
+TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
   bool destroyed = false;
   host.inside = [&](const std::string& callback) {
-    EXPECT_TRUE(!destroyed || callback == "ended") << callback << " after the end";
+    EXPECT_TRUE(!destroyed || callback == "ended") << callback << " is called after vel_destroy";
     if (callback == GetParam()) {
       destroyed = true;
       VelLaunchScreen* const stale = screen;
@@ -106,7 +106,7 @@ TEST_P(DestroyInsideTest, TheCallbackIsTheLast) {
       VelLaunchScreen* copy = stale;
       EXPECT_EQ(vel_destroy(&copy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(stale, nullptr), VEL_NOT_ALIVE);
-      // Until the call that led here has returned.
+      // The launch screen ends when the outermost call returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
       VelLaunchScreen* next = nullptr;
       EXPECT_EQ(vel_create(&options, &next), VEL_ALREADY_EXISTS);
@@ -117,7 +117,7 @@ TEST_P(DestroyInsideTest, TheCallbackIsTheLast) {
   vel_present(screen, VEL_PRESENT_EMBEDDED);
   vel_run(screen, 100);
   EXPECT_TRUE(destroyed);
-  expectGone();
+  expectDestroyed();
 }
 
 INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
 
 TEST_F(DestroyTest, InsideDisplayLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  // Inside a pump, where it comes from a real display too.
+  // A real display is also lost during a pass.
   host.inside = [this](const std::string& callback) {
     if (callback == "display_lost") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -135,9 +135,9 @@ TEST_F(DestroyTest, InsideDisplayLost) {
   };
   dispatch_async(dispatch_get_main_queue(), [] { user().connectionBreaks("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.heard[host.heard.size() - 2], "display_lost gone");
-  EXPECT_EQ(host.heard.back(), "ended 4");
-  expectGone();
+  EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "display_lost gone");
+  EXPECT_EQ(host.callbackLines.back(), "ended 4");
+  expectDestroyed();
 }
 
 TEST_F(DestroyTest, InsideControlsKept) {
@@ -151,12 +151,12 @@ TEST_F(DestroyTest, InsideControlsKept) {
     user().windowManagerKeeps(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
   });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.heard[host.heard.size() - 2], "controls_kept 2");
-  EXPECT_EQ(host.heard.back(), "ended 5");
-  expectGone();
+  EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "controls_kept 2");
+  EXPECT_EQ(host.callbackLines.back(), "ended 5");
+  expectDestroyed();
 }
 
-TEST_F(DestroyTest, ARunEndsWithItsLaunchScreen) {
+TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 1);
   host.inside = [this](const std::string& callback) {
     if (callback == "did_disappear") {
@@ -165,10 +165,10 @@ TEST_F(DestroyTest, ARunEndsWithItsLaunchScreen) {
   };
   EXPECT_EQ(vel_run(screen, 1e9), VEL_OK);
   EXPECT_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1.1);
-  expectGone();
+  expectDestroyed();
 }
 
-TEST_F(DestroyTest, ACallbackMayCallAllTheRest) {
+TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
   bool nested = false;
   host.inside = [&](const std::string& callback) {
     int up = -1;
@@ -180,9 +180,9 @@ TEST_F(DestroyTest, ACallbackMayCallAllTheRest) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  EXPECT_EQ(vel_run(screen, 2), VEL_OK);  // over long ago: the callback ran further
+  EXPECT_EQ(vel_run(screen, 2), VEL_OK);  // the run inside the callback went further
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "ended 1");
+  EXPECT_EQ(host.callbackLines.back(), "ended 1");
 }
 
 }  // namespace

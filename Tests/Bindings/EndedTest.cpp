@@ -17,17 +17,17 @@ class EndedTest : public CBindingTest {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
-    host.heard.clear();
+    host.callbackLines.clear();
   }
   [[nodiscard]] std::size_t endCount() const {
     return static_cast<std::size_t>(std::ranges::count_if(
-        host.heard, [](const std::string& line) { return line.starts_with("ended"); }));
+        host.callbackLines, [](const std::string& line) { return line.starts_with("ended"); }));
   }
   /// Runs to a time long after every end: `reason` is the only one that has been reported.
   void expectOnlyEnd(VelEndReason reason) {
     ASSERT_EQ(vel_run(screen, 100), VEL_OK);
     EXPECT_EQ(endCount(), 1u);
-    EXPECT_EQ(std::ranges::count(host.heard, ended(reason)), 1);
+    EXPECT_EQ(std::ranges::count(host.callbackLines, ended(reason)), 1);
   }
   /// Calls `work` in a pass of the run loop.
   void inPass(std::function<void()> work) {
@@ -39,11 +39,11 @@ class EndedTest : public CBindingTest {
 TEST_F(EndedTest, AnEmbeddedCoverWithoutContentControllerEndsASecondAfterItDisappeared) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
-  EXPECT_EQ(std::ranges::count(host.heard, "did_disappear"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
   EXPECT_EQ(endCount(), 0u);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
-  EXPECT_EQ(host.heard.back(), ended(VEL_END_TIME_USED_UP));
+  EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_TIME_USED_UP));
   EXPECT_FALSE(isUp());
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
@@ -54,9 +54,9 @@ TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
     createWithController();
     present(presentation, 1);
     ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
-    ASSERT_GE(host.heard.size(), 2u);
-    EXPECT_EQ(host.heard[host.heard.size() - 2], "did_disappear");
-    EXPECT_EQ(host.heard.back(), ended(VEL_END_TIME_USED_UP));
+    ASSERT_GE(host.callbackLines.size(), 2u);
+    EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "did_disappear");
+    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_TIME_USED_UP));
     expectOnlyEnd(VEL_END_TIME_USED_UP);
   }
 }
@@ -72,7 +72,7 @@ TEST_F(EndedTest, TheHostDismisses) {
     createWithController();
     present(presentation, 60, "skip");
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-    EXPECT_EQ(host.heard.back(), ended(VEL_END_DISMISSED));
+    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DISMISSED));
     expectOnlyEnd(VEL_END_DISMISSED);
   }
 }
@@ -113,10 +113,10 @@ TEST_F(EndedTest, TheWindowIsClosed) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = contentController;
     createAgain(options);
-    host.heard.clear();
+    host.callbackLines.clear();
     present(VEL_PRESENT_EMBEDDED, 5);
     inPass([] { user().windowVanishes(NSApp->keyWindow()->handle()); });
-    EXPECT_EQ(host.heard.back(), ended(VEL_END_WINDOW_CLOSED));
+    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_WINDOW_CLOSED));
     expectOnlyEnd(VEL_END_WINDOW_CLOSED);
   }
 }
@@ -132,10 +132,10 @@ TEST_F(EndedTest, TheWindowOfASheetIsClosed) {
 TEST_F(EndedTest, TheDisplayIsLost) {
   for (const VelPresentation presentation : {VEL_PRESENT_EMBEDDED, VEL_PRESENT_MODAL}) {
     createAgain(virtualOptions(&callbacks));
-    host.heard.clear();
+    host.callbackLines.clear();
     present(presentation, 5);
     inPass([] { user().connectionBreaks("gone"); });
-    EXPECT_EQ(host.heard.back(), ended(VEL_END_DISPLAY_LOST));
+    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DISPLAY_LOST));
     expectOnlyEnd(VEL_END_DISPLAY_LOST);
   }
 }
@@ -152,7 +152,7 @@ TEST_F(EndedTest, DestroyEndsTheLaunchScreen) {
     EXPECT_EQ(NSApp, nullptr);
   };
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_EQ(host.heard.back(), ended(VEL_END_DESTROYED));
+  EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DESTROYED));
   EXPECT_EQ(endCount(), 1u);
 }
 
@@ -174,7 +174,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
     host.inside = nullptr;
     vel_destroy(&screen);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-    host.heard.clear();
+    host.callbackLines.clear();
     host.inside = [this, name](const std::string& callback) {
       if (callback == name) {
         EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -188,8 +188,19 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
       vel_run(screen, 100);
     }
     EXPECT_EQ(endCount(), 1u) << name;
-    EXPECT_TRUE(host.heard.back().starts_with("ended")) << name;
+    EXPECT_TRUE(host.callbackLines.back().starts_with("ended")) << name;
   }
+}
+
+TEST_F(EndedTest, APassInsideTheLogLineOfAPresentationEndsNothing) {
+  host.inside = [this](const std::string& callback) {
+    if (callback == "log_line") {
+      EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+    }
+  };
+  present(VEL_PRESENT_EMBEDDED, 1);
+  EXPECT_EQ(endCount(), 0u);
+  expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
 
 TEST_F(EndedTest, WithoutAPresentationNothingEnds) {

@@ -1,4 +1,4 @@
-// What is made is given back: many launch screens need no more than one.
+// Memory and file descriptors do not grow with the number of launch screens.
 #include <malloc.h>
 
 #include <filesystem>
@@ -10,9 +10,9 @@ namespace vel::test {
 namespace {
 
 struct Use {
-  std::size_t bytes;        // allocated from the heap
-  std::size_t pages;        // resident
-  std::size_t descriptors;  // open
+  std::size_t bytes;        // allocated heap memory
+  std::size_t pages;        // resident pages
+  std::size_t descriptors;  // open file descriptors
 };
 
 Use currentUse() {
@@ -41,14 +41,14 @@ void createAndDestroy(int round) {
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
     ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)),
-              VEL_OK);  // now in the midst of it, now at the end
+              VEL_OK);  // from the start of the countdown to its end
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreThanOne) {
+TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreMemoryThanOne) {
   constexpr int kRounds = 10'000;
-  constexpr int kWarmUp = 500;  // until what is made once has been made
+  constexpr int kWarmUp = 500;  // until all caches are filled
   for (int round = 0; round < kWarmUp; ++round) {
     createAndDestroy(round);
   }
@@ -57,7 +57,7 @@ TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreThanOne) {
     createAndDestroy(round);
   }
   const Use after = currentUse();
-  // A leak of one byte a round would show. (Sanitizers count for themselves, and answer 0 here.)
+  // A leak of one byte per round fails the test. Sanitizers replace mallinfo2, which returns 0.
   EXPECT_LT(after.bytes, before.bytes + kRounds);
   EXPECT_EQ(after.descriptors, before.descriptors);
   if (before.bytes > 0) {

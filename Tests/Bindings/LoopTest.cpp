@@ -1,4 +1,4 @@
-// How a host's own loop drives a launch screen.
+// A host that runs its own loop.
 #include <poll.h>
 
 #include <chrono>
@@ -10,7 +10,7 @@
 namespace vel::test {
 namespace {
 
-/// In real time.
+/// A launch screen in real time.
 class CLoopTest : public CBindingTest {
  protected:
   CLoopTest() {
@@ -20,7 +20,7 @@ class CLoopTest : public CBindingTest {
     EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
   }
 
-  /// Waits on the descriptor, and answers whether it became readable in that time.
+  /// Returns true if the descriptor becomes readable within this time.
   [[nodiscard]] bool becomesReadable(int milliseconds) const {
     pollfd waited{.fd = descriptor, .events = POLLIN, .revents = 0};
     return poll(&waited, 1, milliseconds) == 1;
@@ -39,13 +39,13 @@ class CLoopTest : public CBindingTest {
   int descriptor = -1;
 };
 
-TEST_F(CLoopTest, AnIdleLoopHasNothingToWaitFor) {
+TEST_F(CLoopTest, AnIdleLoopHasNoDeadline) {
   pumpUntilIdle();
   EXPECT_EQ(nextDeadline(), -1);
   EXPECT_FALSE(becomesReadable(0));
 }
 
-TEST_F(CLoopTest, ThePollDescriptorTellsOfTheNextTick) {
+TEST_F(CLoopTest, ThePollDescriptorIsReadableAtTheNextTick) {
   present(VEL_PRESENT_EMBEDDED, 60);
   pumpUntilIdle();
   const double deadline = nextDeadline();
@@ -60,8 +60,8 @@ TEST_F(CLoopTest, ThePollDescriptorTellsOfTheNextTick) {
   EXPECT_LT(secondsLeft(), 60);
 }
 
-// Whoever polls right after a call, without a pump in between, misses nothing.
-TEST_F(CLoopTest, WhatACallStartsIsToldWithoutAPump) {
+// A host may poll after a call without a pump in between.
+TEST_F(CLoopTest, ACallUpdatesTheDescriptorWithoutAPump) {
   present(VEL_PRESENT_EMBEDDED, 60);
   EXPECT_TRUE(becomesReadable(10'000));
 }
@@ -78,7 +78,7 @@ TEST_F(CLoopTest, TheDescriptorStaysTheSame) {
 
 TEST_F(CLoopTest, APollLoopRunsToTheEvent) {
   present(VEL_PRESENT_EMBEDDED, 0.2);
-  while (host.heard.back() != "record_event launch_end") {
+  while (host.callbackLines.back() != "record_event launch_end") {
     ASSERT_TRUE(becomesReadable(10'000));
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   }
@@ -94,7 +94,7 @@ TEST_F(CLoopTest, APumpNeverWaits) {
   EXPECT_GT(secondsLeft(), 50);
 }
 
-TEST_F(CLoopTest, ARunWaitsAsLongAsItIsTold) {
+TEST_F(CLoopTest, ARunWaitsForTheGivenTime) {
   const auto began = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
   EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(20));
@@ -102,13 +102,13 @@ TEST_F(CLoopTest, ARunWaitsAsLongAsItIsTold) {
 
 using CVirtualLoopTest = CBindingTest;
 
-TEST_F(CVirtualLoopTest, ThereIsNoDescriptorInVirtualTime) {
+TEST_F(CVirtualLoopTest, VirtualTimeHasNoDescriptor) {
   int descriptor = 0;
   EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
   EXPECT_EQ(descriptor, -1);
 }
 
-TEST_F(CVirtualLoopTest, APumpDoesNotMoveVirtualTime) {
+TEST_F(CVirtualLoopTest, APumpDoesNotAdvanceVirtualTime) {
   present(VEL_PRESENT_EMBEDDED, 1);
   for (int pass = 0; pass < 100; ++pass) {
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -119,7 +119,7 @@ TEST_F(CVirtualLoopTest, APumpDoesNotMoveVirtualTime) {
   EXPECT_EQ(seconds, 0.1);
 }
 
-TEST_F(CVirtualLoopTest, ARunTakesAFiniteTime) {
+TEST_F(CVirtualLoopTest, ARunNeedsAFiniteTime) {
   for (const double seconds :
        {-1.0, 1.1e9, std::numeric_limits<double>::infinity(), std::nan("")}) {
     EXPECT_EQ(vel_run(screen, seconds), VEL_INVALID_ARGUMENT) << seconds;
@@ -135,7 +135,7 @@ TEST_F(CVirtualLoopTest, VirtualTimeHasAnEnd) {
   EXPECT_EQ(vel_run(screen, 1e9), VEL_INVALID_ARGUMENT);
   EXPECT_STREQ(vel_last_error(), "virtual time ends after 9000000000 seconds");
   EXPECT_EQ(vel_run(screen, 0), VEL_OK);
-  // Time does not jump back or stop: a launch screen still counts down, but only to the end.
+  // A launch screen can still be shown, but its time does not advance.
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(vel_run(screen, 0.5), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(secondsLeft(), 1);

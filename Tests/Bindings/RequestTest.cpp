@@ -1,4 +1,4 @@
-// Requests, from the structure and from JSON.
+// vel_request and vel_request_json.
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -24,17 +24,17 @@ class CRequestTest : public CBindingTest {
   static std::string event() { return std::string(configuration().nextEventName()->UTF8String()); }
 };
 
-TEST_F(CRequestTest, ARequestIsLoadedAndTellsItsState) {
+TEST_F(CRequestTest, ARequestIsLoadedAndReportsItsState) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
   EXPECT_EQ(request("launch_end", 2.5), VEL_OK);
   EXPECT_EQ(state(), VEL_STATE_LOADED);
-  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3"}));
+  EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
   EXPECT_EQ(secondsLeft(), 2.5);
   EXPECT_EQ(event(), "launch_end");
   EXPECT_FALSE(configuration().skipMode());
 }
 
-TEST_F(CRequestTest, TheTimeIsSinglePrecision) {
+TEST_F(CRequestTest, TheTimeHasSinglePrecision) {
   EXPECT_EQ(request("launch_end", 0.1), VEL_OK);
   EXPECT_EQ(secondsLeft(), 0.10000000149011612);
 }
@@ -56,7 +56,7 @@ TEST_F(CRequestTest, AnUnknownModeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WithoutAnEventItIsRefusedInTheLibrarysWords) {
+TEST_F(CRequestTest, WithoutAnEventTheErrorIsTheLogLineOfTheLibrary) {
   for (const char* missing : {static_cast<const char*>(nullptr), ""}) {
     EXPECT_EQ(request(missing, 1, "skip"), VEL_REFUSED);
     EXPECT_STREQ(vel_last_error(),
@@ -65,10 +65,10 @@ TEST_F(CRequestTest, WithoutAnEventItIsRefusedInTheLibrarysWords) {
   }
   EXPECT_EQ(host.log.size(), 2u);
   EXPECT_EQ(state(), VEL_STATE_NONE);
-  EXPECT_TRUE(configuration().skipMode());  // read before the refusal, and kept
+  EXPECT_TRUE(configuration().skipMode());  // the library has read it before the event
 }
 
-TEST_F(CRequestTest, WithoutTimeItIsRefused) {
+TEST_F(CRequestTest, AZeroTimeIsRefused) {
   EXPECT_EQ(request("launch_end", 0), VEL_REFUSED);
   EXPECT_NE(std::string(vel_last_error()).find("Max duration time is nil or empty!"),
             std::string::npos);
@@ -78,7 +78,7 @@ TEST_F(CRequestTest, WithoutTimeItIsRefused) {
 
 TEST_F(CRequestTest, ANegativeTimeIsRefusedAndChangesNothing) {
   ASSERT_EQ(request("launch_end", 3), VEL_OK);
-  host.heard.clear();
+  host.callbackLines.clear();
   EXPECT_EQ(request("other_end", -1, "skip"), VEL_REFUSED);
   EXPECT_STREQ(vel_last_error(), "the time is negative");
   for (const char* time : {"-7", "-7.5", "\"-7\""}) {
@@ -87,7 +87,7 @@ TEST_F(CRequestTest, ANegativeTimeIsRefusedAndChangesNothing) {
         VEL_REFUSED)
         << time;
   }
-  EXPECT_TRUE(host.heard.empty());
+  EXPECT_TRUE(host.callbackLines.empty());
   EXPECT_EQ(state(), VEL_STATE_LOADED);
   EXPECT_EQ(secondsLeft(), 3);
   EXPECT_EQ(event(), "launch_end");
@@ -105,14 +105,14 @@ TEST_F(CRequestTest, AnEventWithAZeroByteIsRefusedAndChangesNothing) {
   EXPECT_FALSE(configuration().skipMode());
 }
 
-TEST_F(CRequestTest, ATimeHasToBeANumberButMayBeEndless) {
+TEST_F(CRequestTest, ATimeCanBeInfiniteButNotNaN) {
   EXPECT_EQ(request("launch_end", std::nan("")), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(state(), VEL_STATE_NONE);
   EXPECT_EQ(request("launch_end", 1e300), VEL_OK);
   EXPECT_EQ(secondsLeft(), std::numeric_limits<double>::infinity());
 }
 
-TEST_F(CRequestTest, AStructureOfNoKnownSizeIsRefused) {
+TEST_F(CRequestTest, AStructureOfAnUnknownSizeIsRefused) {
   VelRequest wrong = makeRequest("launch_end", 1);
   wrong.size = sizeof wrong - 1;
   EXPECT_EQ(vel_request(screen, &wrong), VEL_INVALID_ARGUMENT);
@@ -120,22 +120,22 @@ TEST_F(CRequestTest, AStructureOfNoKnownSizeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WhileOneIsUpAnotherIsNotEvenRead) {
+TEST_F(CRequestTest, WhileALaunchScreenIsShownARequestIsNotRead) {
   for (const int contentController : {0, 1}) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = contentController;
     createAgain(options);
     present(VEL_PRESENT_EMBEDDED, 5);
-    host.heard.clear();
+    host.callbackLines.clear();
     EXPECT_EQ(request("another_end", 9), VEL_STILL_UP);
     EXPECT_EQ(request("", 9), VEL_STILL_UP);
     EXPECT_EQ(secondsLeft(), 5);
-    EXPECT_TRUE(host.heard.empty());
+    EXPECT_TRUE(host.callbackLines.empty());
     EXPECT_EQ(event(), "launch_end");
   }
 }
 
-TEST_F(CRequestTest, JsonIsReadAsTheServiceSendsIt) {
+TEST_F(CRequestTest, AJsonObjectHasTheSameParameters) {
   EXPECT_EQ(requestJson(R"({"mode": "skip", "event": "launch_end", "max_duration_time": 3})"),
             VEL_OK)
       << vel_last_error();
@@ -144,7 +144,7 @@ TEST_F(CRequestTest, JsonIsReadAsTheServiceSendsIt) {
   EXPECT_EQ(secondsLeft(), 3);
 }
 
-TEST_F(CRequestTest, JsonModesThatNobodyKnowsAreNotSkipMode) {
+TEST_F(CRequestTest, AnUnknownJsonModeIsNotSkipMode) {
   for (const char* mode : {"forced", "Skip", "", "anything"}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": 1, "mode": ")") +
                           mode + "\"}"),
@@ -153,7 +153,7 @@ TEST_F(CRequestTest, JsonModesThatNobodyKnowsAreNotSkipMode) {
   }
 }
 
-TEST_F(CRequestTest, JsonTimesMayBeTextsAndOfAnyKindOfNumber) {
+TEST_F(CRequestTest, AJsonTimeCanBeAStringOrANumberOfAnyKind) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": " 2.5 s"})"), VEL_OK);
   EXPECT_EQ(secondsLeft(), 2.5);
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": 25e-1})"), VEL_OK);
@@ -162,7 +162,7 @@ TEST_F(CRequestTest, JsonTimesMayBeTextsAndOfAnyKindOfNumber) {
   EXPECT_EQ(secondsLeft(), 18446744073709551616.0);
 }
 
-TEST_F(CRequestTest, JsonOfOtherKindsCountsAsMissing) {
+TEST_F(CRequestTest, AJsonValueOfAnotherTypeCountsAsMissing) {
   for (const char* event :
        {"null", "true", "3", "[\"launch_end\"]", "{\"event\": \"launch_end\"}"}) {
     EXPECT_EQ(requestJson(std::string(R"({"max_duration_time": 1, "event": )") + event + "}"),
@@ -185,14 +185,14 @@ TEST_F(CRequestTest, AJsonBooleanIsTheNumberOneOrZero) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);
 }
 
-TEST_F(CRequestTest, JsonMembersThatNobodyKnowsAreNoMatter) {
+TEST_F(CRequestTest, UnknownJsonMembersAreIgnored) {
   EXPECT_EQ(requestJson(R"({"x": {"event": "inner", "y": [{"event": "deeper"}, 1, null]},
                             "event": "outer", "z": [[], {}], "max_duration_time": 1})"),
             VEL_OK);
   EXPECT_EQ(event(), "outer");
 }
 
-TEST_F(CRequestTest, WhatIsNotAJsonObjectIsRefused) {
+TEST_F(CRequestTest, TextThatIsNotAJsonObjectIsRefused) {
   for (const char* json : {"",
                            " ",
                            "[]",
@@ -220,14 +220,14 @@ TEST_F(CRequestTest, WhatIsNotAJsonObjectIsRefused) {
   EXPECT_EQ(vel_request_json(screen, nullptr, 0), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(CRequestTest, JsonIsAsLongAsItsLengthSays) {
+TEST_F(CRequestTest, OnlyTheGivenLengthOfTheJsonIsRead) {
   constexpr std::string_view kJson = R"({"event": "e", "max_duration_time": 1} and the rest)";
   EXPECT_EQ(requestJson(kJson.substr(0, kJson.find('}') + 1)), VEL_OK);
   EXPECT_EQ(requestJson(kJson), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(requestJson(kJson.substr(0, 10)), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(CRequestTest, InvalidUtf8IsNoJson) {
+TEST_F(CRequestTest, InvalidUtf8IsNotJson) {
   for (const char* bytes :
        {"\x80", "\xc3", "\xc0\xaf", "\xed\xa0\x80", "\xf5\x80\x80\x80", "\xff"}) {
     EXPECT_EQ(requestJson(std::string(R"({"max_duration_time": 1, "event": ")") + bytes + "\"}"),
@@ -238,7 +238,7 @@ TEST_F(CRequestTest, InvalidUtf8IsNoJson) {
   EXPECT_EQ(event(), "\xc3\xa9\xf0\x9f\x8e\xae");
 }
 
-TEST_F(CRequestTest, NoNestingIsTooDeep) {
+TEST_F(CRequestTest, DeepNestingIsAccepted) {
   constexpr std::size_t kDepth = 200'000;
   std::string lists = R"({"event": "e", "max_duration_time": 1, "x": )" + std::string(kDepth, '[');
   EXPECT_EQ(requestJson(lists), VEL_INVALID_ARGUMENT);

@@ -1,4 +1,4 @@
-// A launch screen from C, from request to event: what is called back, and what the host can ask.
+// A launch screen from its request to its event.
 #include <thread>
 
 #include "Platform/AppKit/NSApplication.h"
@@ -11,7 +11,7 @@ using Lines = std::vector<std::string>;
 
 class CRunTest : public CBindingTest {
  protected:
-  /// A window with a content controller.
+  /// Creates a launch screen over a window with a content controller.
   void createWithController() {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
@@ -19,31 +19,31 @@ class CRunTest : public CBindingTest {
   }
 };
 
-TEST_F(CRunTest, AnEmbeddedCoverTellsEachStep) {
+TEST_F(CRunTest, AnEmbeddedCoverCallsEachCallback) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear"}));
+  EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 1.05), VEL_OK);
-  EXPECT_EQ(host.heard.size(), 2u);
+  EXPECT_EQ(host.callbackLines.size(), 2u);
   ASSERT_EQ(vel_run(screen, 0.05), VEL_OK);
-  EXPECT_EQ(host.heard,
+  EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), 15u);
-  EXPECT_TRUE(isUp());  // for one more second, since the window has no content controller
+  EXPECT_TRUE(isUp());  // for one more second, because the window has no content controller
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.heard.size(), 6u);
-  EXPECT_EQ(host.heard.back(), "ended 1");
+  EXPECT_EQ(host.callbackLines.size(), 6u);
+  EXPECT_EQ(host.callbackLines.back(), "ended 1");
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, WithAContentControllerTheCoverGoesAtOnce) {
+TEST_F(CRunTest, WithAContentControllerTheCoverIsRemovedAtOnce) {
   createWithController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
-  EXPECT_EQ(host.heard,
+  EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 1"}));
   EXPECT_FALSE(isUp());
 }
@@ -51,12 +51,12 @@ TEST_F(CRunTest, WithAContentControllerTheCoverGoesAtOnce) {
 TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
   for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithController();
-    host.heard.clear();
+    host.callbackLines.clear();
     present(presentation, 1);
     EXPECT_EQ(user().windowCount(), 2u);
     ASSERT_EQ(vel_run(screen, 3), VEL_OK);
-    EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear",
-                                 "ended 1", "record_event launch_end"}));
+    EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "may_disappear",
+                                         "did_disappear", "ended 1", "record_event launch_end"}));
     EXPECT_FALSE(isUp());
   }
 }
@@ -67,12 +67,12 @@ TEST_F(CRunTest, ThePresentationIsLogged) {
                              "presentForWindow:withPresentationMode:]) mode: 2"}));
 }
 
-TEST_F(CRunTest, NothingIsPresentedWithoutARequest) {
+TEST_F(CRunTest, WithoutARequestPresentFails) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
 
-TEST_F(CRunTest, ARequestIsPresentedOnce) {
+TEST_F(CRunTest, ARequestCanBePresentedOnlyOnce) {
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_NOTHING_TO_PRESENT);
   vel_run(screen, 10);
@@ -107,7 +107,7 @@ TEST_F(CRunTest, AClosedWindowCannotBeCovered) {
   EXPECT_STREQ(vel_last_error(), "the window has been closed");
 }
 
-TEST_F(CRunTest, ThePauseHasAReason) {
+TEST_F(CRunTest, APauseHasAReason) {
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
@@ -129,81 +129,81 @@ TEST_F(CRunTest, ThePauseHasAReason) {
 TEST_F(CRunTest, InSkipModeTheHostDismissesAndNoEventIsRecorded) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_EQ(host.callbackLines.back(), "did_disappear");
   ASSERT_EQ(vel_run(screen, 100), VEL_OK);
-  EXPECT_EQ(host.heard,
+  EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 2"}));
 }
 
-TEST_F(CRunTest, OtherwiseAnEarlyDismissalIsRefusedAndTheEventRecordedEarly) {
+TEST_F(CRunTest, InForcedModeAnEarlyDismissalOnlyRecordsTheEvent) {
   present(VEL_PRESENT_EMBEDDED, 60);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "may_disappear");
+  EXPECT_EQ(host.callbackLines.back(), "may_disappear");
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "record_event launch_end");
+  EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CRunTest, ADismissalOfNothingIsNoDismissal) {
+TEST_F(CRunTest, WithoutALaunchScreenDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   user().userMovesFocusAway();
-  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);  // the countdown knows nothing of the attempt
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);  // an attempt would leave the countdown running
 }
 
-TEST_F(CRunTest, ADismissalOfNothingFromAnotherThreadIsNoneEither) {
+TEST_F(CRunTest, WithoutALaunchScreenDismissOnAnotherThreadChangesNothing) {
   const VelRequest request = makeRequest("launch_end", 2);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   VelStatus status = VEL_INTERNAL_ERROR;
   std::thread([&] { status = vel_dismiss(screen); }).join();
   EXPECT_EQ(status, VEL_OK);
-  host.heard.clear();
+  host.callbackLines.clear();
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_TRUE(host.heard.empty());
+  EXPECT_TRUE(host.callbackLines.empty());
   EXPECT_EQ(secondsLeft(), 2);
 }
 
-TEST_F(CRunTest, TheHostMayKeepTheCover) {
+TEST_F(CRunTest, TheHostCanKeepTheCover) {
   host.mayDisappear = false;
   present(VEL_PRESENT_EMBEDDED, 1, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "may_disappear");
+  EXPECT_EQ(host.callbackLines.back(), "may_disappear");
   EXPECT_TRUE(isUp());
   host.mayDisappear = true;
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_EQ(host.callbackLines.back(), "did_disappear");
 }
 
-TEST_F(CRunTest, WithoutCallbacksItRunsAllTheSame) {
+TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
   VelCallbacks quiet = VEL_CALLBACKS_INIT;
   createAgain(virtualOptions(&quiet));
   testing::internal::CaptureStderr();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 5), VEL_OK);
   EXPECT_FALSE(isUp());
-  // Log lines, and the event, which nobody took, as one of them.
+  // Without callbacks, the event is written to the log.
   const std::string lines = testing::internal::GetCapturedStderr();
   EXPECT_NE(lines.find("mode: 0"), std::string::npos);
   EXPECT_NE(lines.find("launch_end"), std::string::npos);
 }
 
-TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreTold) {
+TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
   user().windowManagerKeeps(window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
-  EXPECT_EQ(host.heard.back(),
+  EXPECT_EQ(host.callbackLines.back(),
             "controls_kept " + std::to_string(VEL_CONTROL_MINIATURIZE | VEL_CONTROL_RESIZE));
   user().windowManagerKeeps(window, NSWindowStyleMaskClosable);
-  EXPECT_EQ(host.heard.back(), "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
+  EXPECT_EQ(host.callbackLines.back(), "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
   user().windowManagerKeeps(window, 0);
-  EXPECT_EQ(host.heard.back(), "controls_kept 0");
+  EXPECT_EQ(host.callbackLines.back(), "controls_kept 0");
 }
 
-TEST_F(CRunTest, ALostDisplayIsToldAndClosesTheWindow) {
+TEST_F(CRunTest, ALostDisplayIsReportedAndClosesTheWindow) {
   present(VEL_PRESENT_EMBEDDED, 1);
   user().connectionBreaks("the plug was pulled");
-  EXPECT_EQ(host.heard.back(), "display_lost the plug was pulled");
+  EXPECT_EQ(host.callbackLines.back(), "display_lost the plug was pulled");
   EXPECT_FALSE(isUp());
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   const VelRequest request = makeRequest("launch_end", 1);
@@ -211,24 +211,24 @@ TEST_F(CRunTest, ALostDisplayIsToldAndClosesTheWindow) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
 }
 
-TEST_F(CRunTest, TheUserClosingTheWindowEndsTheCover) {
+TEST_F(CRunTest, ClosingTheModalWindowEndsTheLaunchScreen) {
   createWithController();
-  host.heard.clear();
+  host.callbackLines.clear();
   present(VEL_PRESENT_MODAL, 5);
   user().windowVanishes(NSApp->modalWindow()->handle());
-  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
+  EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, TheNextRequestIsShownToo) {
+TEST_F(CRunTest, ASecondRequestCanBePresentedAfterTheEnd) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  host.heard.clear();
+  host.callbackLines.clear();
   present(VEL_PRESENT_EMBEDDED, 2);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.heard, (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear",
-                               "ended 1"}));  // the event is recorded once
+  EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "may_disappear",
+                                       "did_disappear", "ended 1"}));  // without a second event
 }
 
 }  // namespace

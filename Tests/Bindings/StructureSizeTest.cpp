@@ -44,8 +44,9 @@ TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
   ASSERT_EQ(vel_request(screen, request.get()), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.heard, (std::vector<std::string>{"state_changed 3", "will_appear", "may_disappear",
-                                                  "did_disappear", "record_event launch_end"}));
+  EXPECT_EQ(host.callbackLines,
+            (std::vector<std::string>{"state_changed 3", "will_appear", "may_disappear",
+                                      "did_disappear", "record_event launch_end"}));
 }
 
 TEST_F(StructureSizeTest, ASizeThatNoVersionHasIsRefused) {

@@ -1,4 +1,4 @@
-// Who may call what from which thread.
+// Calls on the owning thread and on other threads.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -15,7 +15,7 @@ namespace {
 
 using CThreadTest = CBindingTest;
 
-TEST_F(CThreadTest, OnlyTheOwnersThreadMayCall) {
+TEST_F(CThreadTest, OnlyTheOwningThreadCanCall) {
   const VelRequest request = makeRequest("launch_end", 1);
   std::vector<VelStatus> statuses;
   std::string error;
@@ -45,24 +45,24 @@ TEST_F(CThreadTest, OnlyTheOwnersThreadMayCall) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CThreadTest, TheLastErrorIsTheThreadsOwn) {
+TEST_F(CThreadTest, EachThreadHasItsOwnLastError) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
-  std::string elsewhere = "?";
-  std::thread([&] { elsewhere = vel_last_error(); }).join();
-  EXPECT_EQ(elsewhere, "");
+  std::string otherError = "?";
+  std::thread([&] { otherError = vel_last_error(); }).join();
+  EXPECT_EQ(otherError, "");
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
 
-TEST_F(CThreadTest, ADismissalFromElsewhereComesWithTheNextPump) {
+TEST_F(CThreadTest, ADismissalOnAnotherThreadComesWithTheNextPump) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   std::thread([this] { EXPECT_EQ(vel_dismiss(screen), VEL_OK); }).join();
-  EXPECT_EQ(host.heard.back(), "will_appear");
+  EXPECT_EQ(host.callbackLines.back(), "will_appear");
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.heard.back(), "did_disappear");
+  EXPECT_EQ(host.callbackLines.back(), "did_disappear");
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CThreadTest, ADismissalEndsAWait) {
+TEST_F(CThreadTest, ADismissalOnAnotherThreadEndsAWait) {
   VelCreateOptions options = virtualOptions(&callbacks);
   options.time = VEL_TIME_REAL;
   createAgain(options);
@@ -78,23 +78,23 @@ TEST_F(CThreadTest, ADismissalEndsAWait) {
   EXPECT_EQ(screen, nullptr);
 }
 
-// Handles are checked, dismissals queued and launch screens ended at the same time.
-TEST_F(CThreadTest, DismissalsMayMeetTheEnd) {
+// Two threads dismiss while a third one destroys and creates launch screens.
+TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
   std::atomic<VelLaunchScreen*> current = screen;
   std::atomic<bool> done = false;
-  std::atomic<int> answered = 0;
+  std::atomic<int> callCount = 0;
   const auto dismissUntilDone = [&] {
     while (!done) {
       const VelStatus status = vel_dismiss(current);
       EXPECT_TRUE(status == VEL_OK || status == VEL_NOT_ALIVE) << status;
-      ++answered;
+      ++callCount;
       std::this_thread::yield();
     }
   };
   std::thread one(dismissUntilDone);
   std::thread two(dismissUntilDone);
   const VelCreateOptions options = virtualOptions(&callbacks);
-  for (int round = 0; round < 200 || answered < 1000; ++round) {
+  for (int round = 0; round < 200 || callCount < 1000; ++round) {
     const VelRequest request = makeRequest("launch_end", 1, round % 2 == 0 ? "skip" : nullptr);
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_OK);
@@ -108,29 +108,29 @@ TEST_F(CThreadTest, DismissalsMayMeetTheEnd) {
   two.join();
 }
 
-/// Does something when it is released.
-class Farewell final : public Class<Farewell, "Farewell"> {
+/// Calls a function when it is destroyed.
+class DestructionObserver final : public Class<DestructionObserver, "DestructionObserver"> {
  public:
-  explicit Farewell(std::function<void()> work) : work_(std::move(work)) {}
-  ~Farewell() override { work_(); }
+  explicit DestructionObserver(std::function<void()> work) : work_(std::move(work)) {}
+  ~DestructionObserver() override { work_(); }
 
  private:
   std::function<void()> work_;
 };
 
-TEST_F(CThreadTest, NoOtherThreadGetsOneBeforeThisOneHasEnded) {
-  VelStatus meanwhile = VEL_OK;
-  // The last thing that an end does is to release what was to be released later.
-  ReleasePool::current().add(make<Farewell>([&meanwhile] {
-    std::thread([&meanwhile] {
+TEST_F(CThreadTest, NoOtherThreadCanCreateOneBeforeTheEndIsComplete) {
+  VelStatus otherResult = VEL_OK;
+  // Draining the release pool is the last step of the end.
+  ReleasePool::current().add(make<DestructionObserver>([&otherResult] {
+    std::thread([&otherResult] {
       const VelCreateOptions options = virtualOptions();
       VelLaunchScreen* other = nullptr;
-      meanwhile = vel_create(&options, &other);
+      otherResult = vel_create(&options, &other);
       vel_destroy(&other);
     }).join();
   }));
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_EQ(meanwhile, VEL_ALREADY_EXISTS);
+  EXPECT_EQ(otherResult, VEL_ALREADY_EXISTS);
 }
 
 TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
@@ -153,7 +153,7 @@ TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
   EXPECT_EQ(vel_create(&options, &other), VEL_ALREADY_EXISTS);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK) << vel_last_error();
   EXPECT_EQ(screen, nullptr);
-  EXPECT_EQ(host.heard.back(), "ended 5");
+  EXPECT_EQ(host.callbackLines.back(), "ended 5");
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -167,7 +167,7 @@ TEST(OwnerTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {
+TEST(OwnerTest, AnyThreadCanOwnALaunchScreen) {
   const auto wholeRun = [] {
     CHost host;
     const VelCallbacks callbacks = host.callbacks();
@@ -178,7 +178,7 @@ TEST(OwnerTest, AnyThreadMayOwnOneAndAnotherTheNext) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
     EXPECT_EQ(vel_run(screen, 5), VEL_OK);
-    EXPECT_EQ(host.heard.back(), "ended 1");
+    EXPECT_EQ(host.callbackLines.back(), "ended 1");
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   };
   std::thread(wholeRun).join();

@@ -157,14 +157,14 @@ class PythonHostOnADisplay : public X11TestWithManager {};
 
 TEST_F(PythonHostOnADisplay, PrintsEachCallback) {
   HostProcess host(pythonHostCommand({"--display", "x11", "--seconds", "0.5"}), server.display());
-  ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended"); }));
+  ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended 1"); }));
   EXPECT_EQ(host.wait(), 0);
   std::vector<std::string> lines = host.lines();
   // The window manager may report more than once.
   EXPECT_GE(std::erase(lines, "controls_kept 0"), 1U);
   EXPECT_THAT(lines, ElementsAre("state_changed 3 None", StartsWith("log_line LaunchScreenContent"),
                                  "will_appear", "may_disappear", "did_disappear",
-                                 "record_event launch_end", "ended"));
+                                 "record_event launch_end", "ended 1"));
 }
 
 TEST_F(PythonHostOnADisplay, PrintsThatTheDisplayIsLost) {
@@ -173,6 +173,7 @@ TEST_F(PythonHostOnADisplay, PrintsThatTheDisplayIsLost) {
   server.kill();
   EXPECT_EQ(host.wait(), 0);
   EXPECT_TRUE(host.hasPrinted("display_lost"));
+  EXPECT_TRUE(host.hasPrinted("ended 4"));
 }
 
 #endif

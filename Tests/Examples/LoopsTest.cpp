@@ -28,7 +28,7 @@ TEST(PythonHost, PrintsEachCallbackWithoutADisplay) {
                                         "log_line LaunchScreenContent (-[LaunchScreenContent "
                                         "presentForWindow:withPresentationMode:]) mode: 0",
                                         "will_appear", "may_disappear", "did_disappear",
-                                        "record_event launch_end", "ended"));
+                                        "record_event launch_end", "ended 1"));
 }
 
 TEST(PythonHost, ExitsIfItsRequestIsRefused) {

@@ -1,5 +1,7 @@
 // The manager as the host's content resolver: from a request to content and its view.
+#include <functional>
 #include <limits>
+#include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -183,6 +185,41 @@ TEST_F(ContentCreationTest, EachAcceptedRequestSeedsTheTimeLeftAndBuildsAnotherC
   EXPECT_NE(controller(), former);
 }
 
+TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified) {
+  const auto replacement = LaunchScreenContent::init();
+  const auto former = manager->content();
+  listener->whenNotified = [&] { manager->setContent(replacement); };
+  manager->setDelegate(listener);
+  EXPECT_EQ(request(5.0), replacement);
+  EXPECT_EQ(former->state(), ContentDataStateLoaded);
+}
+
+TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) {
+  showAnotherLaunchScreen();
+  const auto replacement = LaunchScreenContent::init();
+  class ReplacingRequest final
+      : public Class<ReplacingRequest, "ReplacingRequest", NSObject, ContentRequest> {
+   public:
+    explicit ReplacingRequest(std::function<void()> whenRead) : whenRead_(std::move(whenRead)) {}
+    [[nodiscard]] Strong<NSDictionary> parameters() const override {
+      whenRead_();
+      return makeRequest("launch_end", 5)->parameters();
+    }
+
+   private:
+    std::function<void()> whenRead_;
+  };
+  int reads = 0;
+  const auto replacing = make<ReplacingRequest>([&] {
+    // The manager reads the parameters first, then the temporary content reads them.
+    if (++reads == 2) {
+      manager->setTempContent(replacement);
+    }
+  });
+  EXPECT_EQ(manager->contentDataForContentRequest(replacing), replacement);
+  EXPECT_EQ(reads, 2);
+}
+
 TEST_F(ContentCreationTest, ANewRequestResetsNoFlag) {
   manager->setAppIsUnfocused(true);
   manager->setEventWasSended(true);
@@ -260,6 +297,13 @@ TEST_F(ContentCreationTest, AskedForTheTemporaryContentsViewItDropsThatAndAnswer
   EXPECT_EQ(manager->tempContent(), nullptr);
   EXPECT_TRUE(temporary.expired());
   EXPECT_TRUE(hostController->calls.empty()) << "it is released, not deactivated";
+}
+
+TEST_F(ContentCreationTest, AskingForTheViewKeepsTheTimeLeft) {
+  load(5.0);
+  manager->setLaunchScreenExpirationTimeLeft(3.25);
+  manager->contentViewForContentData(manager->content());
+  EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 3.25);
 }
 
 TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerBehindTheContent) {

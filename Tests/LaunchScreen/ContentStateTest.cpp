@@ -38,9 +38,14 @@ class ContentListener final
   std::function<void()> whenToldNext;
 };
 
-/// A content delegate that has no operation at all.
+/// A content delegate that does not respond to any operation. It counts calls nevertheless.
 class SilentListener final
-    : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {};
+    : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {
+ public:
+  void contentDataDidChangeState(const Strong<ContentData>& /*data*/) override { ++calls; }
+  [[nodiscard]] OperationSet respondingOperations() const override { return {}; }
+  int calls = 0;
+};
 
 using Changes = std::vector<ContentListener::Change>;
 
@@ -257,11 +262,12 @@ TEST_F(ContentStateTest, TheSameStateTwiceIsToldTwice) {
   EXPECT_EQ(listener->changes, (Changes{{7, "", true}, {7, "", true}}));
 }
 
-TEST_F(ContentStateTest, AContentDelegateThatLacksTheOperationIsNotTold) {
+TEST_F(ContentStateTest, AContentDelegateThatDoesNotRespondIsNotNotified) {
   const auto silent = make<SilentListener>();
   content->setContentDelegate(silent);
   content->setState(7);
   EXPECT_EQ(content->state(), 7u);
+  EXPECT_EQ(silent->calls, 0);
 }
 
 TEST_F(ContentStateTest, TheContentDelegateIsNotKeptAlive) {

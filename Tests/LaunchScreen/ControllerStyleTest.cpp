@@ -1,4 +1,6 @@
 // The cover's controller takes over the style of a window, and gives it back.
+#include <cstddef>
+
 #include "Tests/Support/CoverFixture.h"
 
 namespace vel::test {
@@ -15,6 +17,16 @@ class ControllerStyleTest : public CoverTest {
                   const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
     controller->setPresentationMode(mode);
     controller->setAppWindow(window);
+  }
+  // Sets the controller's window to null when a style mask is set for the `count`-th time.
+  void clearWindowAtStyleMask(std::size_t count) {
+    platformJournal.atNextStyleMask([this, count] {
+      if (count == 1) {
+        cover->setAppWindow(nullptr);
+      } else {
+        clearWindowAtStyleMask(count - 1);
+      }
+    });
   }
   void embed(const Strong<NSWindow>& over) {
     cover->presentForWindowWithPresentationMode(over, LaunchScreenPresentationEmbedded);
@@ -83,6 +95,18 @@ TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherNothingIsTakenOver) {
   }
   EXPECT_EQ(taken(), Lines{});
   EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+}
+
+TEST_F(ControllerStyleTest, AnObserverMayClearTheWindowDuringEachStepOfTheSetup) {
+  for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
+    window->setStyleMask(kFullStyle);
+    lay(cover, window);
+    taken();
+    clearWindowAtStyleMask(step);
+    cover->setupPresentation();
+    EXPECT_EQ(taken().size(), step);
+    EXPECT_EQ(cover->appWindow(), nullptr);
+  }
 }
 
 // The modal window

@@ -21,6 +21,16 @@ class CountedController final
   std::string_view name_;
 };
 
+/// A launch screen controller with an empty class name.
+class UnnamedController final : public Class<UnnamedController, "UnnamedController",
+                                             NSViewController, LaunchScreenViewControllerProtocol> {
+ public:
+  [[nodiscard]] std::string_view className() const override { return {}; }
+  void addDelegate(const Strong<LaunchScreenViewControllerDelegate>& /*delegate*/) override {}
+  void removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& /*delegate*/) override {}
+  void deactivate() override {}
+};
+
 // An open window whose content view controller has these children.
 Strong<NSWindow> openWindowWithChildren(std::initializer_list<Strong<NSViewController>> children,
                                         std::string_view className = "NSWindow") {
@@ -187,6 +197,17 @@ TEST_F(RequiredWindowTest, ChildrenAreComparedWithTheClassOfTheControllerInUse) 
 TEST_F(RequiredWindowTest, WithoutAControllerNoChildMatches) {
   EXPECT_FALSE(
       manager->isRequiredWindow(openWindowWithChildren({named("LaunchScreenViewController")})));
+}
+
+TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChild) {
+  const auto window = openWindowWithChildren({named("")});
+  EXPECT_FALSE(manager->isRequiredWindow(window)) << "without a controller";
+  configuration().setExpirationTimeInterval(5);
+  const auto unnamed = make<UnnamedController>();
+  configuration().setViewController(unnamed);
+  load(5.0);
+  ASSERT_EQ(manager->content()->viewController(), unnamed);
+  EXPECT_FALSE(manager->isRequiredWindow(window)) << "with a controller whose class name is empty";
 }
 
 TEST_F(RequiredWindowTest, TheFirstMatchEndsTheSearch) {

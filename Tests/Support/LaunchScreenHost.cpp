@@ -11,6 +11,9 @@ namespace vel::test {
 void ResolverListener::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& resolver, const Strong<ContentData>& data) {
   changes.push_back({resolver, data, data->state(), NSThread::isMainThread()});
+  if (whenNotified) {
+    whenNotified();
+  }
 }
 
 void HostController::note(std::string_view operation) {

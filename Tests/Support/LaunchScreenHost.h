@@ -37,6 +37,8 @@ class ResolverListener final
                                                    const Strong<ContentData>& data) override;
 
   std::vector<Change> changes;
+  /// Called after each change has been recorded. May be empty.
+  std::function<void()> whenNotified;
 };
 
 /// A host's own view controller, for the default configuration. It only records its calls.

@@ -19,6 +19,11 @@ constexpr NSOperatingSystemVersion kFirstVersionWithDarkAppearance{10, 14, 0};
 
 using Delegate = LaunchScreenViewControllerDelegate;
 
+// Clears bits of the window's style mask. Does nothing if the window is null.
+void clearStyle(const Strong<NSWindow>& window, NSWindowStyleMask bits) {
+  send(window, &NSWindow::setStyleMask, send(window, &NSWindow::styleMask) & ~bits);
+}
+
 }  // namespace
 
 namespace embedded_cover {
@@ -171,16 +176,20 @@ void LaunchScreenViewController::presentForWindowWithPresentationMode(
   }
 }
 
+// `appWindow` may become null at any time: an observer or another thread can set it. Each step
+// below therefore reads it once and keeps the reference.
+
 void LaunchScreenViewController::setupPresentation() {
-  if (presentationMode() == LaunchScreenPresentationEmbedded && appWindow() != nullptr) {
+  const Strong<NSWindow> window = appWindow();
+  if (presentationMode() == LaunchScreenPresentationEmbedded && window != nullptr) {
     // Save the style once per controller: a later presentation restores the style that the first
     // presentation saved.
     if (appWindowStyleMask() == kNoSavedStyle) {
-      setAppWindowStyleMask(appWindow()->styleMask());
+      setAppWindowStyleMask(window->styleMask());
     }
-    appWindow()->setStyleMask(appWindow()->styleMask() & ~NSWindowStyleMaskResizable);
-    appWindow()->setStyleMask(appWindow()->styleMask() & ~NSWindowStyleMaskMiniaturizable);
-    appWindow()->setStyleMask(appWindow()->styleMask() & ~NSWindowStyleMaskClosable);
+    clearStyle(appWindow(), NSWindowStyleMaskResizable);
+    clearStyle(appWindow(), NSWindowStyleMaskMiniaturizable);
+    clearStyle(appWindow(), NSWindowStyleMaskClosable);
   } else if (presentationMode() == LaunchScreenPresentationModalWindow) {
     send(view()->window(), &NSWindow::setMovableByWindowBackground, true);
     send(view()->window(), &NSWindow::setStyleMask, NSWindowStyleMaskBorderless);
@@ -192,15 +201,16 @@ void LaunchScreenViewController::restorePresentation() {
   if (presentationMode() != LaunchScreenPresentationEmbedded) {
     return;
   }
-  if (appWindow() != nullptr) {
+  if (const Strong<NSWindow> window = appWindow()) {
     if (appWindowStyleMask() != kNoSavedStyle) {
-      appWindow()->setStyleMask(appWindowStyleMask());
+      window->setStyleMask(appWindowStyleMask());
     }
     setAppWindow(nullptr);
-  } else if (send(selfController, &LaunchScreenViewController::appWindow) != nullptr) {
+  } else if (const Strong<NSWindow> tracked =
+                 send(selfController, &LaunchScreenViewController::appWindow)) {
     // This restores the style of the tracked cover's window even if no style has been saved.
-    selfController->appWindow()->setStyleMask(selfController->appWindowStyleMask());
-    selfController->setAppWindow(nullptr);
+    tracked->setStyleMask(selfController->appWindowStyleMask());
+    send(selfController, &LaunchScreenViewController::setAppWindow, nullptr);
   }
 }
 
