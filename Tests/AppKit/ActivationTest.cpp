@@ -1,4 +1,4 @@
-// The user goes to another application and comes back.
+// Deactivation and activation: the user goes to another application and comes back.
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -6,108 +6,109 @@ namespace {
 
 class ActivationTest : public RecordedTest {
  protected:
-  void leave() { platform.user().userDeactivatesApplication(); }
-  void comeBack() { platform.user().userActivatesApplication(); }
+  void deactivate() { platform.windowSystem().userDeactivatesApplication(); }
+  void activate() { platform.windowSystem().userActivatesApplication(); }
 };
 
-TEST_F(ActivationTest, AnApplicationIsActiveAtFirst) { EXPECT_TRUE(NSApp->isActive()); }
+TEST_F(ActivationTest, ANewApplicationIsActive) { EXPECT_TRUE(NSApp->isActive()); }
 
-TEST_F(ActivationTest, OnLeavingTheApplicationHearsBeforeItsKeyWindowResigns) {
-  openKey("A");
+TEST_F(ActivationTest, DeactivationIsPostedBeforeTheKeyWindowResignsKey) {
+  openKeyWindow("A");
   recorder.take();
-  std::string during;
-  recorder.onNext("application resigns", [&] { during = key(); });
-  leave();
-  EXPECT_EQ(recorder.take(), (Events{"application resigns", "A resigns"}));
-  EXPECT_EQ(during, "A");
-  EXPECT_EQ(key(), "none");
+  std::string keyInHandler;
+  recorder.onNext("application resigns active", [&] { keyInHandler = keyWindowName(); });
+  deactivate();
+  EXPECT_EQ(recorder.take(), (Events{"application resigns active", "A resigns key"}));
+  EXPECT_EQ(keyInHandler, "A");
+  EXPECT_EQ(keyWindowName(), "none");
   EXPECT_FALSE(NSApp->isActive());
 }
 
-TEST_F(ActivationTest, OnLeavingWithoutAKeyWindowOnlyTheApplicationHears) {
+TEST_F(ActivationTest, DeactivationWithoutAKeyWindowPostsOneNotification) {
   open("A");
-  leave();
-  EXPECT_EQ(recorder.take(), Events{"application resigns"});
+  deactivate();
+  EXPECT_EQ(recorder.take(), Events{"application resigns active"});
 }
 
-TEST_F(ActivationTest, OnComingBackTheFormerKeyWindowBecomesKeyBeforeTheApplicationHears) {
-  openKey("A");
+TEST_F(ActivationTest, ThePreviousKeyWindowBecomesKeyBeforeActivationIsPosted) {
+  openKeyWindow("A");
   open("B");
-  leave();
+  deactivate();
   recorder.take();
-  comeBack();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application is active"}));
+  activate();
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application becomes active"}));
   EXPECT_TRUE(NSApp->isActive());
 }
 
-TEST_F(ActivationTest, OnComingBackWithoutAFormerKeyWindowNoneBecomesKey) {
+TEST_F(ActivationTest, ActivationWithoutAPreviousKeyWindowMakesNoWindowKey) {
   open("A");
-  leave();
+  deactivate();
   recorder.take();
-  comeBack();
-  EXPECT_EQ(recorder.take(), Events{"application is active"});
-  EXPECT_EQ(key(), "none");
+  activate();
+  EXPECT_EQ(recorder.take(), Events{"application becomes active"});
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, AFormerKeyWindowThatLeftTheScreenMeanwhileDoesNotBecomeKey) {
+TEST_F(ActivationTest, APreviousKeyWindowThatIsClosedDoesNotBecomeKey) {
   open("B");
-  const auto former = openKey("A");
-  leave();
-  former->close();
+  const auto previous = openKeyWindow("A");
+  deactivate();
+  previous->close();
   recorder.take();
-  comeBack();
-  EXPECT_EQ(recorder.take(), Events{"application is active"});
+  activate();
+  EXPECT_EQ(recorder.take(), Events{"application becomes active"});
 }
 
-TEST_F(ActivationTest, AFormerKeyWindowThatNobodyKeepsMeanwhileIsForgotten) {
-  Strong<NSWindow> former = openKey("A");
-  leave();
-  former->close();
-  former.reset();
-  comeBack();
-  EXPECT_EQ(key(), "none");
+TEST_F(ActivationTest, APreviousKeyWindowThatIsDestroyedDoesNotBecomeKey) {
+  Strong<NSWindow> previous = openKeyWindow("A");
+  deactivate();
+  previous->close();
+  previous.reset();
+  activate();
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, TheFormerKeyWindowComesBeforeOneThatWasMadeKeyMeanwhile) {
-  openKey("A");
-  const auto other = open("B");
-  leave();
-  other->makeKeyWindow();
+TEST_F(ActivationTest, ThePreviousKeyWindowReplacesAWindowMadeKeyWhileInactive) {
+  openKeyWindow("A");
+  const auto windowB = open("B");
+  deactivate();
+  windowB->makeKeyWindow();
   recorder.take();
-  comeBack();
-  EXPECT_EQ(recorder.take(), (Events{"B resigns", "A becomes key", "application is active"}));
+  activate();
+  EXPECT_EQ(recorder.take(),
+            (Events{"B resigns key", "A becomes key", "application becomes active"}));
 }
 
-TEST_F(ActivationTest, LeavingOrComingBackTwiceTellsNothingNew) {
-  openKey("A");
-  comeBack();
+TEST_F(ActivationTest, ASecondDeactivationOrActivationPostsNothing) {
+  openKeyWindow("A");
+  activate();
   EXPECT_EQ(recorder.take(), Events{"A becomes key"});
-  leave();
-  leave();
-  EXPECT_EQ(recorder.take(), (Events{"application resigns", "A resigns"}));
-  comeBack();
-  comeBack();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application is active"}));
+  deactivate();
+  deactivate();
+  EXPECT_EQ(recorder.take(), (Events{"application resigns active", "A resigns key"}));
+  activate();
+  activate();
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application becomes active"}));
 }
 
-TEST_F(ActivationTest, TheKeyWindowIsTheOneAtTheDeactivationAndNotTheOneBefore) {
-  openKey("A");
-  openKey("B");
-  leave();
-  comeBack();
-  EXPECT_EQ(key(), "B");
-  platform.user().userMovesFocusAway();
-  leave();
-  comeBack();
-  EXPECT_EQ(key(), "none");
+TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
+  openKeyWindow("A");
+  openKeyWindow("B");
+  deactivate();
+  activate();
+  EXPECT_EQ(keyWindowName(), "B");
+  platform.windowSystem().userMovesFocusAway();
+  deactivate();
+  activate();
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, AHandlersWishStandsOnLeaving) {
-  openKey("A");
-  const auto other = open("B");
-  recorder.onNext("A resigns", [&] { other->makeKeyWindow(); });
-  leave();
-  EXPECT_EQ(key(), "B");
+TEST_F(ActivationTest, AWindowThatAHandlerMakesKeyDuringDeactivationStaysKey) {
+  openKeyWindow("A");
+  const auto windowB = open("B");
+  recorder.onNext("A resigns key", [&] { windowB->makeKeyWindow(); });
+  deactivate();
+  EXPECT_EQ(keyWindowName(), "B");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The application: its beginning and end, and what a window system may report to it.
+// The application: its start and stop, and its reaction to the window system's reports.
 #include <poll.h>
 
 #include <functional>
@@ -16,10 +16,10 @@
 namespace vel::test {
 namespace {
 
-/// A display that answers and reports what the test wants.
-class ScriptedDisplay final : public WindowSystem {
+/// A window system whose results and reports the test chooses.
+class ScriptedWindowSystem final : public WindowSystem {
  public:
-  void setDelegate(WindowSystemDelegate* to) override { delegate = to; }
+  void setDelegate(WindowSystemDelegate* newDelegate) override { delegate = newDelegate; }
   [[nodiscard]] WaitHandle waitHandle() const override { return {}; }
   bool deliverEvents() override {
     deadline_ = kNever;
@@ -27,52 +27,59 @@ class ScriptedDisplay final : public WindowSystem {
   }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline_; }
   WindowHandle createWindow(const WindowDescription& /*description*/) override {
-    asked();
+    updateDeadline();
     return nextHandle;
   }
   std::optional<AdoptedWindow> adoptWindow(std::uint64_t /*nativeId*/,
                                            std::string& error) override {
-    asked();
-    error = adopted ? "" : "no such window";
-    return adopted;
+    updateDeadline();
+    error = adoptionResult ? "" : "no such window";
+    return adoptionResult;
   }
   void releaseWindow(WindowHandle /*window*/) override {
-    asked();
-    ++released;
+    updateDeadline();
+    ++releaseCount;
   }
-  void orderFront(WindowHandle /*window*/) override { asked(); }
-  void orderOut(WindowHandle /*window*/) override { asked(); }
-  void requestFocus(WindowHandle /*window*/) override { asked(); }
-  void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override { asked(); }
-  void setFrame(WindowHandle /*window*/, CGRect /*frame*/) override { asked(); }
-  void setTitle(WindowHandle /*window*/, std::string_view /*title*/) override { asked(); }
-  void setStyleMask(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override { asked(); }
-  void setMovableByBackground(WindowHandle /*window*/, bool /*movable*/) override { asked(); }
-  void setScene(WindowHandle /*window*/, const Scene& /*scene*/) override { asked(); }
-  void setModalWindow(WindowHandle /*window*/) override { asked(); }
+  void orderFront(WindowHandle /*window*/) override { updateDeadline(); }
+  void orderOut(WindowHandle /*window*/) override { updateDeadline(); }
+  void requestFocus(WindowHandle /*window*/) override { updateDeadline(); }
+  void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {
+    updateDeadline();
+  }
+  void setFrame(WindowHandle /*window*/, CGRect /*frame*/) override { updateDeadline(); }
+  void setTitle(WindowHandle /*window*/, std::string_view /*title*/) override { updateDeadline(); }
+  void setStyleMask(WindowHandle /*window*/, NSWindowStyleMask /*styleMask*/) override {
+    updateDeadline();
+  }
+  void setMovableByBackground(WindowHandle /*window*/, bool /*movable*/) override {
+    updateDeadline();
+  }
+  void setScene(WindowHandle /*window*/, const Scene& /*scene*/) override { updateDeadline(); }
+  void setModalWindow(WindowHandle /*window*/) override { updateDeadline(); }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   WindowSystemDelegate* delegate = nullptr;
   WindowHandle nextHandle = WindowHandle{1};
-  std::optional<AdoptedWindow> adopted;
-  int released = 0;
-  bool hasReports = false;  // after each operation
+  std::optional<AdoptedWindow> adoptionResult;
+  int releaseCount = 0;
+  /// True if each operation causes a report that `deliverEvents` must deliver.
+  bool operationsCauseReports = false;
 
  private:
-  void asked() { deadline_ = hasReports ? 0 : kNever; }
+  void updateDeadline() { deadline_ = operationsCauseReports ? 0 : kNever; }
 
   Nanoseconds deadline_ = kNever;
 };
 
 class ApplicationTest : public RecordedTest {
  protected:
-  // Replaces the headless display.
-  ScriptedDisplay& startOnScriptedDisplay() {
-    auto made = std::make_unique<ScriptedDisplay>();
-    ScriptedDisplay& display = *made;
-    NSApplication::start(std::move(made));
-    observeAgain();
-    return display;
+  // Starts a new application on a window system that replaces the headless one.
+  ScriptedWindowSystem& startScriptedWindowSystem() {
+    auto owned = std::make_unique<ScriptedWindowSystem>();
+    ScriptedWindowSystem& windowSystem = *owned;
+    NSApplication::start(std::move(owned));
+    observeNotifications();
+    return windowSystem;
   }
   static std::optional<AdoptedWindow> gameWindow() {
     return AdoptedWindow{.handle = WindowHandle{7},
@@ -83,7 +90,7 @@ class ApplicationTest : public RecordedTest {
   }
 };
 
-/// A host that polls the loop's descriptor in real time, and calls operations between passes.
+/// A host that polls the run loop's descriptor in real time and calls AppKit between two passes.
 class PollingHostTest : public ApplicationTest {
  protected:
   PollingHostTest() {
@@ -91,75 +98,82 @@ class PollingHostTest : public ApplicationTest {
     window->contentView()->setWantsLayer(true);
   }
 
-  /// Brings the descriptor up to date, as a host does before it waits.
+  /// Updates the descriptor, as a host does before it waits.
   void pumpUntilIdle() {
     while (isReadable(0)) {
       loop.pump();
     }
   }
-  bool isReadable(int milliseconds) {
+  bool isReadable(int timeoutInMilliseconds) {
     pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
-    return poll(&polled, 1, milliseconds) == 1;
+    return poll(&polled, 1, timeoutInMilliseconds) == 1;
   }
-  /// Whether each operation, done while nothing else is due, makes the descriptor readable.
+  /// Expects that each operation does or does not make the descriptor readable.
   void expectReadableAfterEach(bool readable) {
-    for (std::size_t number = 0; number < operations.size(); ++number) {
+    for (const Operation& operation : operations) {
       pumpUntilIdle();
-      operations[number]();
-      EXPECT_EQ(isReadable(readable ? kPatience : 0), readable) << "operation " << number;
+      operation.run();
+      EXPECT_EQ(isReadable(readable ? kTimeoutInMilliseconds : 0), readable) << operation.name;
     }
   }
 
-  static constexpr int kPatience = 10'000;
+  struct Operation {
+    const char* name;
+    std::function<void()> run;
+  };
+
+  static constexpr int kTimeoutInMilliseconds = 10'000;
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  ScriptedDisplay& display = startOnScriptedDisplay();
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   Strong<NSWindow> window =
       NSWindow::initWithContentRectStyleMask(CGRectMake(10, 20, 800, 600), kFullStyle);
   std::string error;
-  std::vector<std::function<void()>> operations{
-      [this] { NSApp->adoptWindow(7, error); },
-      [this] { window->orderFront(); },
-      [this] { window->makeKeyWindow(); },
-      [this] { window->setFrame(CGRectMake(1, 2, 300, 200)); },
-      [this] { window->setTitle("Game"); },
-      [this] { window->setStyleMask(NSWindowStyleMaskTitled); },
-      [this] { window->setMovableByWindowBackground(true); },
-      [this] {
-        window->contentView()->layer()->setBackgroundColor(CGColor{1, 1, 1, 1});
-      },
-      [this] { window->miniaturize(); },
-      [this] { NSApp->beginModalRun(window); },
-      [this] { window->close(); },
-      [this] { window = nullptr; }};
+  // Each operation starts from the state after the previous one.
+  std::vector<Operation> operations{
+      {"adoptWindow", [this] { NSApp->adoptWindow(7, error); }},
+      {"orderFront", [this] { window->orderFront(); }},
+      {"makeKeyWindow", [this] { window->makeKeyWindow(); }},
+      {"setFrame", [this] { window->setFrame(CGRectMake(1, 2, 300, 200)); }},
+      {"setTitle", [this] { window->setTitle("Game"); }},
+      {"setStyleMask", [this] { window->setStyleMask(NSWindowStyleMaskTitled); }},
+      {"setMovableByWindowBackground", [this] { window->setMovableByWindowBackground(true); }},
+      {"setBackgroundColor",
+       [this] {
+         window->contentView()->layer()->setBackgroundColor(CGColor{1, 1, 1, 1});
+       }},
+      {"miniaturize", [this] { window->miniaturize(); }},
+      {"beginModalRun", [this] { NSApp->beginModalRun(window); }},
+      {"close", [this] { window->close(); }},
+      {"release the window", [this] { window = nullptr; }}};
 };
 
-TEST_F(PollingHostTest, IsWokenWhereAnOperationHasBroughtReports) {
-  display.hasReports = true;
+TEST_F(PollingHostTest, TheDescriptorIsReadableAfterAnOperationThatCausesReports) {
+  windowSystem.operationsCauseReports = true;
   expectReadableAfterEach(true);
 }
 
-TEST_F(PollingHostTest, IsNotWokenWhereAnOperationHasBroughtNone) {
+TEST_F(PollingHostTest, TheDescriptorIsNotReadableAfterAnOperationWithoutReports) {
   expectReadableAfterEach(false);
 }
 
-TEST_F(ApplicationTest, StandsFromStartToStop) {
+TEST_F(ApplicationTest, NSAppIsNullAfterStop) {
   EXPECT_NE(NSApp, nullptr);
   NSApplication::stop();
   EXPECT_EQ(NSApp, nullptr);
   NSApplication::stop();
 }
 
-TEST_F(ApplicationTest, StoppingClosesEveryWindowTheLatestFirst) {
-  recordingControllerIn(open("A"), "first");
-  recordingControllerIn(open("B"), "second");
+TEST_F(ApplicationTest, StopClosesAllWindowsNewestFirst) {
+  addController(open("A"), "first");
+  addController(open("B"), "second");
   recorder.take();
   NSApplication::stop();
   EXPECT_EQ(recorder.take(), (Events{"second will disappear", "second did disappear",
                                      "first will disappear", "first did disappear"}));
 }
 
-TEST_F(ApplicationTest, StoppingDropsTimersAndWork) {
+TEST_F(ApplicationTest, StopDiscardsTimersAndWork) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
@@ -169,24 +183,24 @@ TEST_F(ApplicationTest, StoppingDropsTimersAndWork) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(ApplicationTest, StartingAgainEndsTheFormerOne) {
+TEST_F(ApplicationTest, StartStopsThePreviousApplication) {
   const auto window = open("A");
-  const Weak<NSApplication> former = NSApp;
-  startOnScriptedDisplay();
-  EXPECT_TRUE(former.expired());
+  const Weak<NSApplication> previous = NSApp;
+  startScriptedWindowSystem();
+  EXPECT_TRUE(previous.expired());
   EXPECT_FALSE(window->isVisible());
-  EXPECT_TRUE(order().empty());
+  EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(ApplicationTest, AWindowOfAFormerOneCanBeOpenedInTheNext) {
+TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNext) {
   const auto window = open("A");
-  startOnScriptedDisplay().nextHandle = WindowHandle{5};
+  startScriptedWindowSystem().nextHandle = WindowHandle{5};
   window->orderFront();
   EXPECT_EQ(window->handle(), WindowHandle{5});
-  EXPECT_EQ(order(), Events{"A"});
+  EXPECT_EQ(windowOrder(), Events{"A"});
 }
 
-TEST_F(ApplicationTest, WithoutOneWindowsOnlyKeepTheirState) {
+TEST_F(ApplicationTest, WithoutAnApplicationAWindowKeepsItsProperties) {
   const auto window = open("A");
   NSApplication::stop();
   window->makeKeyAndOrderFront();
@@ -201,82 +215,82 @@ TEST_F(ApplicationTest, WithoutOneWindowsOnlyKeepTheirState) {
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(ApplicationTest, AWindowThatDiesIsReleasedByTheDisplay) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
+TEST_F(ApplicationTest, DestroyingAWindowReleasesItInTheWindowSystem) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   Strong<NSWindow> window = open("A");
   window->close();
-  EXPECT_EQ(display.released, 0);
+  EXPECT_EQ(windowSystem.releaseCount, 0);
   window.reset();
-  EXPECT_EQ(display.released, 1);
+  EXPECT_EQ(windowSystem.releaseCount, 1);
 }
 
-TEST_F(ApplicationTest, AWindowThatTheDisplayRefusesIsNeverTakenForTheFocusedOne) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  display.nextHandle = WindowHandle::None;
+TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  windowSystem.nextHandle = WindowHandle::None;
   const auto window = open("A");
-  display.delegate->focusMoved(WindowHandle::None);
-  EXPECT_EQ(key(), "none");
-  display.delegate->windowDestroyed(WindowHandle::None);
+  windowSystem.delegate->focusMoved(WindowHandle::None);
+  EXPECT_EQ(keyWindowName(), "none");
+  windowSystem.delegate->windowDestroyed(WindowHandle::None);
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ApplicationTest, AWindowBecomesKeyWhenTheDisplaySaysSo) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
+TEST_F(ApplicationTest, AWindowBecomesKeyWhenItsFocusIsReported) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   open("A")->makeKeyWindow();
-  EXPECT_EQ(key(), "none");
-  display.delegate->focusMoved(WindowHandle{1});
-  EXPECT_EQ(key(), "A");
+  EXPECT_EQ(keyWindowName(), "none");
+  windowSystem.delegate->focusMoved(WindowHandle{1});
+  EXPECT_EQ(keyWindowName(), "A");
 }
 
 TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   constexpr WindowHandle kUnknown{99};
-  display.delegate->closeRequested(kUnknown);
-  display.delegate->windowDestroyed(kUnknown);
-  display.delegate->frameChanged(kUnknown, CGRectZero);
-  display.delegate->miniaturizedChanged(kUnknown, true);
-  display.delegate->controlsKept(kUnknown, 2);
-  display.delegate->focusMoved(kUnknown);
+  windowSystem.delegate->closeRequested(kUnknown);
+  windowSystem.delegate->windowDestroyed(kUnknown);
+  windowSystem.delegate->frameChanged(kUnknown, CGRectZero);
+  windowSystem.delegate->miniaturizedChanged(kUnknown, true);
+  windowSystem.delegate->controlsKept(kUnknown, 2);
+  windowSystem.delegate->focusMoved(kUnknown);
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(ApplicationTest, AReportOfLateFocusForAClosedWindowDoesNothing) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
+TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = open("A");
   window->close();
-  display.delegate->focusMoved(WindowHandle{1});
-  EXPECT_EQ(key(), "none");
+  windowSystem.delegate->focusMoved(WindowHandle{1});
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ApplicationTest, ComingBackToAWindowOfHisChoiceLeavesTheFormerKeyWindowAside) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  const auto former = open("A");
-  display.nextHandle = WindowHandle{2};
-  const auto chosen = open("B");
-  display.delegate->focusMoved(WindowHandle{1});
-  display.delegate->applicationDeactivated();
+TEST_F(ApplicationTest, ActivationWithAWindowMakesThatWindowKey) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  const auto windowA = open("A");
+  windowSystem.nextHandle = WindowHandle{2};
+  const auto windowB = open("B");
+  windowSystem.delegate->focusMoved(WindowHandle{1});
+  windowSystem.delegate->applicationDeactivated();
   recorder.take();
-  display.delegate->focusMoved(WindowHandle{2});
-  display.delegate->applicationActivated(WindowHandle{2});
-  EXPECT_EQ(recorder.take(), (Events{"B becomes key", "application is active"}));
+  windowSystem.delegate->focusMoved(WindowHandle{2});
+  windowSystem.delegate->applicationActivated(WindowHandle{2});
+  EXPECT_EQ(recorder.take(), (Events{"B becomes key", "application becomes active"}));
 }
 
-TEST_F(ApplicationTest, AHandlerHearsWhichControlsAreKept) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
+TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndItsControls) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = open("A");
-  display.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
+  windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
   NSWindowStyleMask kept = 0;
-  NSApp->setControlsKeptHandler([&](NSWindow& which, NSWindowStyleMask controls) {
-    EXPECT_EQ(&which, window.get());
+  NSApp->setControlsKeptHandler([&](NSWindow& changedWindow, NSWindowStyleMask controls) {
+    EXPECT_EQ(&changedWindow, window.get());
     kept = controls;
   });
-  display.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
+  windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
   EXPECT_EQ(kept, NSWindowStyleMaskClosable);
 }
 
-TEST_F(ApplicationTest, AnAdoptedWindowIsAsItWasFound) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  display.adopted = gameWindow();
+TEST_F(ApplicationTest, AnAdoptedWindowHasItsStateAtAdoption) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  windowSystem.adoptionResult = gameWindow();
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
   ASSERT_NE(window, nullptr);
@@ -287,52 +301,52 @@ TEST_F(ApplicationTest, AnAdoptedWindowIsAsItWasFound) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(window->handle(), WindowHandle{7});
   EXPECT_TRUE(window->isOnScreen());
-  EXPECT_EQ(order(), Events{"PlayerWindow"});
-  EXPECT_EQ(key(), "none");
+  EXPECT_EQ(windowOrder(), Events{"PlayerWindow"});
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  display.adopted = gameWindow();
-  display.adopted->hasFocus = true;
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  windowSystem.adoptionResult = gameWindow();
+  windowSystem.adoptionResult->hasFocus = true;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
   EXPECT_EQ(recorder.take(), Events{"PlayerWindow becomes key"});
   EXPECT_EQ(NSApp->mainWindow(), window);
 }
 
-TEST_F(ApplicationTest, AnAdoptedWindowThatIsMiniaturisedIsOpenAndComesBack) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  display.adopted = gameWindow();
-  display.adopted->onScreen = false;
+TEST_F(ApplicationTest, AMiniaturisedWindowCanBeAdoptedAndDeminiaturised) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  windowSystem.adoptionResult = gameWindow();
+  windowSystem.adoptionResult->onScreen = false;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
-  EXPECT_TRUE(order().empty());
-  display.delegate->miniaturizedChanged(WindowHandle{7}, false);
-  EXPECT_EQ(order(), Events{"PlayerWindow"});
+  EXPECT_TRUE(windowOrder().empty());
+  windowSystem.delegate->miniaturizedChanged(WindowHandle{7}, false);
+  EXPECT_EQ(windowOrder(), Events{"PlayerWindow"});
 }
 
-TEST_F(ApplicationTest, AdoptingFailsWithTheReason) {
-  startOnScriptedDisplay();
+TEST_F(ApplicationTest, AFailedAdoptionReturnsNullAndAReason) {
+  startScriptedWindowSystem();
   std::string error;
   EXPECT_EQ(NSApp->adoptWindow(42, error), nullptr);
   EXPECT_EQ(error, "no such window");
-  EXPECT_TRUE(order().empty());
+  EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(ApplicationTest, AnAdoptedWindowThatItsOwnerDestroysCountsAsClosed) {
-  ScriptedDisplay& display = startOnScriptedDisplay();
-  display.adopted = gameWindow();
-  display.adopted->hasFocus = true;
+TEST_F(ApplicationTest, AnAdoptedWindowIsClosedWhenItsOwnerDestroysIt) {
+  ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
+  windowSystem.adoptionResult = gameWindow();
+  windowSystem.adoptionResult->hasFocus = true;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
-  recordingControllerIn(window, "view");
+  addController(window, "view");
   recorder.take();
-  display.delegate->windowDestroyed(WindowHandle{7});
+  windowSystem.delegate->windowDestroyed(WindowHandle{7});
   EXPECT_EQ(recorder.take(),
-            (Events{"view will disappear", "view did disappear", "PlayerWindow resigns"}));
+            (Events{"view will disappear", "view did disappear", "PlayerWindow resigns key"}));
 }
 
 }  // namespace

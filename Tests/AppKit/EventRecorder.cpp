@@ -7,7 +7,7 @@ namespace vel::test {
 void NotificationRecorder::observe() {
   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
   const auto me = self();
-  center.addObserverSelectorNameObject<&NotificationRecorder::windowResigned>(
+  center.addObserverSelectorNameObject<&NotificationRecorder::windowResignedKey>(
       me, NSWindowDidResignKeyNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::windowBecameKey>(
       me, NSWindowDidBecomeKeyNotification, nullptr);
@@ -15,19 +15,20 @@ void NotificationRecorder::observe() {
       me, NSWindowDidMiniaturizeNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::windowDeminiaturized>(
       me, NSWindowDidDeminiaturizeNotification, nullptr);
-  center.addObserverSelectorNameObject<&NotificationRecorder::applicationResigns>(
+  center.addObserverSelectorNameObject<&NotificationRecorder::applicationWillResignActive>(
       me, NSApplicationWillResignActiveNotification, nullptr);
-  center.addObserverSelectorNameObject<&NotificationRecorder::applicationIsActive>(
+  center.addObserverSelectorNameObject<&NotificationRecorder::applicationBecameActive>(
       me, NSApplicationDidBecomeActiveNotification, nullptr);
 }
 
 RecordedTest::~RecordedTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
-  NSApplication::stop();  // the controllers record their last steps while the recorder exists
+  // The controllers record their last steps in `stop`, so it runs before the recorder is destroyed.
+  NSApplication::stop();
 }
 
-Events RecordedTest::order() {
+Events RecordedTest::windowOrder() {
   Events names;
   for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
     names.push_back(nameOf(window));

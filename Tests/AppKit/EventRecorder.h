@@ -1,4 +1,4 @@
-// Records what happens to windows, controllers and the application in the tests of AppKit.
+// Records the events of windows, view controllers and the application, for the tests of AppKit.
 #pragma once
 
 #include <functional>
@@ -16,8 +16,8 @@ namespace vel::test {
 
 using Events = std::vector<std::string>;
 
-/// A list of events, each a line of text. A test can run a function when a certain event is
-/// recorded.
+/// A list of events, each a line of text. A test can run a function at the next occurrence of an
+/// event.
 class EventRecorder {
  public:
   void record(const std::string& event) {
@@ -30,7 +30,7 @@ class EventRecorder {
   void onNext(const std::string& event, std::function<void()> reaction) {
     reactions_[event] = std::move(reaction);
   }
-  /// Returns the events since the last call.
+  /// Returns the events that were recorded since the last call.
   Events take() { return std::exchange(events, {}); }
 
   Events events;
@@ -46,7 +46,7 @@ class RecordingController final
   RecordingController(EventRecorder& recorder, std::string name)
       : recorder_(recorder), name_(std::move(name)) {}
 
-  void viewDidLoad() override { ++loaded_; }
+  void viewDidLoad() override { ++loadCount_; }
   void viewWillAppear() override {
     NSViewController::viewWillAppear();
     recorder_.record(name_ + " will appear");
@@ -63,45 +63,49 @@ class RecordingController final
     NSViewController::viewDidDisappear();
     recorder_.record(name_ + " did disappear");
   }
-  [[nodiscard]] int timesLoaded() const { return loaded_; }
+  [[nodiscard]] int loadCount() const { return loadCount_; }
 
  private:
   EventRecorder& recorder_;
   std::string name_;
-  int loaded_ = 0;
+  int loadCount_ = 0;
 };
 
 /// Records the notifications of windows and of the application, such as "A becomes key".
 class NotificationRecorder final : public Class<NotificationRecorder, "NotificationRecorder"> {
  public:
   explicit NotificationRecorder(EventRecorder& recorder) : recorder_(recorder) {}
+  /// Starts to observe. An application that stops removes all observers.
   void observe();
 
-  void windowResigned(const NSNotification& notification) { record(notification, " resigns"); }
+  void windowResignedKey(const NSNotification& notification) {
+    record(notification, " resigns key");
+  }
   void windowBecameKey(const NSNotification& notification) { record(notification, " becomes key"); }
   void windowMiniaturized(const NSNotification& notification) {
     record(notification, " is miniaturised");
   }
   void windowDeminiaturized(const NSNotification& notification) {
-    record(notification, " is back");
+    record(notification, " is deminiaturised");
   }
-  void applicationResigns(const NSNotification& /*notification*/) {
-    recorder_.record("application resigns");
+  void applicationWillResignActive(const NSNotification& /*notification*/) {
+    recorder_.record("application resigns active");
   }
-  void applicationIsActive(const NSNotification& /*notification*/) {
-    recorder_.record("application is active");
+  void applicationBecameActive(const NSNotification& /*notification*/) {
+    recorder_.record("application becomes active");
   }
 
  private:
-  void record(const NSNotification& notification, std::string_view change) {
+  void record(const NSNotification& notification, std::string_view event) {
     recorder_.record(std::string(send(notification.object(), &NSObject::className)) +
-                     std::string(change));
+                     std::string(event));
   }
 
   EventRecorder& recorder_;
 };
 
-/// A new platform whose events are recorded. The class name of a window is its name.
+/// A fixture with a virtual platform whose events are recorded. The name of a window is its class
+/// name.
 class RecordedTest : public VirtualTest {
  protected:
   RecordedTest() { notificationRecorder_->observe(); }
@@ -112,39 +116,39 @@ class RecordedTest : public VirtualTest {
     return openWindow(name, CGRectMake(0, 0, 1000, 600));
   }
   /// Opens a window and makes it key.
-  static Strong<NSWindow> openKey(std::string_view name) {
+  static Strong<NSWindow> openKeyWindow(std::string_view name) {
     Strong<NSWindow> window = open(name);
     window->makeKeyWindow();
     return window;
   }
-  /// Makes a window that is not open.
-  static Strong<NSWindow> closedWindow(std::string_view name) {
+  /// Makes a window and does not open it.
+  static Strong<NSWindow> makeClosedWindow(std::string_view name) {
     return NSWindow::initAs<NamedWindow>(name, CGRectMake(0, 0, 1000, 600), kFullStyle);
   }
-  Strong<RecordingController> recordingController(const std::string& name) {
+  Strong<RecordingController> makeController(const std::string& name) {
     return make<RecordingController>(recorder, name);
   }
-  /// Makes a recording controller and adds its view to the content view. The fixture keeps the
-  /// controller alive, because a view does not.
-  Strong<RecordingController> recordingControllerIn(const Strong<NSWindow>& window,
-                                                    const std::string& name) {
-    Strong<RecordingController> added = recordingController(name);
-    controllers_.push_back(added);
-    window->contentView()->addSubview(added->view());
-    return added;
+  /// Makes a controller and adds its view to the window's content view. The fixture keeps the
+  /// controller alive, because its view does not.
+  Strong<RecordingController> addController(const Strong<NSWindow>& window,
+                                            const std::string& name) {
+    Strong<RecordingController> controller = makeController(name);
+    controllers_.push_back(controller);
+    window->contentView()->addSubview(controller->view());
+    return controller;
   }
 
   /// The name of a window; "none" for null.
   static std::string nameOf(const Strong<NSWindow>& window) {
     return window == nullptr ? "none" : std::string(window->className());
   }
-  static std::string key() { return nameOf(NSApp->keyWindow()); }
-  static std::string main() { return nameOf(NSApp->mainWindow()); }
-  /// The windows on screen, front to back.
-  static Events order();
+  static std::string keyWindowName() { return nameOf(NSApp->keyWindow()); }
+  static std::string mainWindowName() { return nameOf(NSApp->mainWindow()); }
+  /// The names of the windows on screen, front to back.
+  static Events windowOrder();
 
-  /// Observes the notifications of an application that the test has started itself.
-  void observeAgain() { notificationRecorder_->observe(); }
+  /// Records the notifications of an application that the test itself has started.
+  void observeNotifications() { notificationRecorder_->observe(); }
 
   EventRecorder recorder;
 

@@ -1,4 +1,4 @@
-// Which window is key, which is main, and what is told about it.
+// The key window, the main window and their notifications.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
 
@@ -9,59 +9,60 @@ class KeyWindowTest : public RecordedTest {};
 
 TEST_F(KeyWindowTest, OpeningAWindowDoesNotMakeItKey) {
   open("A");
-  EXPECT_EQ(key(), "none");
+  EXPECT_EQ(keyWindowName(), "none");
   EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(KeyWindowTest, TheFirstWindowBecomesKey) {
-  const auto window = openKey("A");
-  EXPECT_EQ(key(), "A");
+  const auto window = openKeyWindow("A");
+  EXPECT_EQ(keyWindowName(), "A");
   EXPECT_TRUE(window->isKeyWindow());
   EXPECT_EQ(recorder.take(), Events{"A becomes key"});
 }
 
-TEST_F(KeyWindowTest, TheOldOneResignsBeforeTheNewOneBecomesKey) {
-  const auto former = openKey("A");
-  openKey("B");
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns", "B becomes key"}));
-  EXPECT_FALSE(former->isKeyWindow());
+TEST_F(KeyWindowTest, TheOldKeyWindowResignsKeyBeforeTheNewOneBecomesKey) {
+  const auto windowA = openKeyWindow("A");
+  openKeyWindow("B");
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
+  EXPECT_FALSE(windowA->isKeyWindow());
 }
 
-TEST_F(KeyWindowTest, WhileTheOldOneResignsNoWindowIsKey) {
-  const auto former = openKey("A");
-  std::string during;
-  recorder.onNext("A resigns",
-                  [&] { during = key() + (former->isKeyWindow() ? ", still key" : ""); });
-  openKey("B");
-  EXPECT_EQ(during, "none");
+TEST_F(KeyWindowTest, NoWindowIsKeyWhileTheOldKeyWindowResignsKey) {
+  const auto windowA = openKeyWindow("A");
+  std::string keyInHandler;
+  recorder.onNext("A resigns key", [&] {
+    keyInHandler = keyWindowName() + (windowA->isKeyWindow() ? ", still key" : "");
+  });
+  openKeyWindow("B");
+  EXPECT_EQ(keyInHandler, "none");
 }
 
-TEST_F(KeyWindowTest, AWindowIsKeyWhenItIsToldSo) {
-  std::string during;
-  recorder.onNext("A becomes key", [&] { during = key(); });
-  openKey("A");
-  EXPECT_EQ(during, "A");
+TEST_F(KeyWindowTest, AWindowIsKeyWhenBecomingKeyIsPosted) {
+  std::string keyInHandler;
+  recorder.onNext("A becomes key", [&] { keyInHandler = keyWindowName(); });
+  openKeyWindow("A");
+  EXPECT_EQ(keyInHandler, "A");
 }
 
 TEST_F(KeyWindowTest, MakingTheKeyWindowKeyDoesNothing) {
-  const auto window = openKey("A");
+  const auto window = openKeyWindow("A");
   recorder.take();
   window->makeKeyWindow();
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(KeyWindowTest, MakingAWindowKeyThatIsNotOnScreenDoesNothing) {
-  openKey("A");
-  const auto never = closedWindow("B");
+TEST_F(KeyWindowTest, AWindowThatIsNotOnScreenCannotBecomeKey) {
+  openKeyWindow("A");
+  const auto neverOpened = makeClosedWindow("B");
   const auto closed = open("C");
   closed->close();
   const auto miniaturized = open("D");
   miniaturized->miniaturize();
   recorder.take();
-  for (const auto& window : {never, closed, miniaturized}) {
+  for (const auto& window : {neverOpened, closed, miniaturized}) {
     window->makeKeyWindow();
   }
-  EXPECT_EQ(key(), "A");
+  EXPECT_EQ(keyWindowName(), "A");
   EXPECT_TRUE(recorder.events.empty());
 }
 
@@ -69,182 +70,183 @@ TEST_F(KeyWindowTest, MakingAWindowKeyDoesNotChangeTheOrder) {
   const auto back = open("A");
   open("B");
   back->makeKeyWindow();
-  EXPECT_EQ(order(), (Events{"B", "A"}));
+  EXPECT_EQ(windowOrder(), (Events{"B", "A"}));
 }
 
-TEST_F(KeyWindowTest, MakeKeyAndOrderFrontDoesBoth) {
+TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
   const auto back = open("A");
   open("B");
   back->makeKeyAndOrderFront();
-  EXPECT_EQ(order(), (Events{"A", "B"}));
-  EXPECT_EQ(key(), "A");
+  EXPECT_EQ(windowOrder(), (Events{"A", "B"}));
+  EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AHandlersWishStands) {
-  openKey("A");
-  const auto wished = open("C");
-  const auto asked = open("B");
+TEST_F(KeyWindowTest, AWindowThatAHandlerMakesKeyReplacesTheRequestedOne) {
+  openKeyWindow("A");
+  const auto windowC = open("C");
+  const auto windowB = open("B");
   recorder.take();
-  recorder.onNext("A resigns", [&] { wished->makeKeyWindow(); });
-  asked->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A resigns", "C becomes key"}));
-  EXPECT_EQ(key(), "C");
+  recorder.onNext("A resigns key", [&] { windowC->makeKeyWindow(); });
+  windowB->makeKeyWindow();
+  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "C becomes key"}));
+  EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(KeyWindowTest, AHandlerMayWishTheOldOneBack) {
-  const auto old = openKey("A");
-  const auto asked = open("B");
+TEST_F(KeyWindowTest, AHandlerMayMakeTheOldKeyWindowKeyAgain) {
+  const auto windowA = openKeyWindow("A");
+  const auto windowB = open("B");
   recorder.take();
-  recorder.onNext("A resigns", [&] { old->makeKeyWindow(); });
-  asked->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A resigns", "A becomes key"}));
-  EXPECT_EQ(key(), "A");
+  recorder.onNext("A resigns key", [&] { windowA->makeKeyWindow(); });
+  windowB->makeKeyWindow();
+  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "A becomes key"}));
+  EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AHandlerOfBecomingKeyMayMakeAnotherKey) {
+TEST_F(KeyWindowTest, AHandlerOfBecomingKeyMayMakeAnotherWindowKey) {
   const auto first = open("A");
   const auto second = open("B");
   recorder.onNext("A becomes key", [&] { second->makeKeyWindow(); });
   first->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns", "B becomes key"}));
-  EXPECT_EQ(key(), "B");
+  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
+  EXPECT_EQ(keyWindowName(), "B");
 }
 
 TEST_F(KeyWindowTest, AWindowThatAHandlerClosesDoesNotBecomeKey) {
-  openKey("A");
-  const auto asked = open("B");
+  openKeyWindow("A");
+  const auto windowB = open("B");
   recorder.take();
-  recorder.onNext("A resigns", [&] { asked->close(); });
-  asked->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), Events{"A resigns"});
-  EXPECT_EQ(key(), "none");
+  recorder.onNext("A resigns key", [&] { windowB->close(); });
+  windowB->makeKeyWindow();
+  EXPECT_EQ(recorder.take(), Events{"A resigns key"});
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(KeyWindowTest, AHandlerMayCloseTheWindowThatBecomesKey) {
-  openKey("A");
-  const auto asked = open("B");
+  openKeyWindow("A");
+  const auto windowB = open("B");
   recorder.take();
-  recorder.onNext("B becomes key", [&] { asked->close(); });
-  asked->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A resigns", "B becomes key", "B resigns", "A becomes key"}));
+  recorder.onNext("B becomes key", [&] { windowB->close(); });
+  windowB->makeKeyWindow();
+  EXPECT_EQ(recorder.take(),
+            (Events{"A resigns key", "B becomes key", "B resigns key", "A becomes key"}));
 }
 
-TEST_F(KeyWindowTest, ResigningWithoutASuccessorLeavesNoKeyWindow) {
-  openKey("A");
+TEST_F(KeyWindowTest, NoWindowIsKeyWhenTheFocusLeavesTheApplication) {
+  openKeyWindow("A");
   open("B");
   recorder.take();
-  std::string during;
-  recorder.onNext("A resigns", [&] { during = key(); });
-  platform.user().userMovesFocusAway();
-  EXPECT_EQ(during, "none");
-  EXPECT_EQ(key(), "none");
-  EXPECT_EQ(recorder.take(), Events{"A resigns"});
+  std::string keyInHandler;
+  recorder.onNext("A resigns key", [&] { keyInHandler = keyWindowName(); });
+  platform.windowSystem().userMovesFocusAway();
+  EXPECT_EQ(keyInHandler, "none");
+  EXPECT_EQ(keyWindowName(), "none");
+  EXPECT_EQ(recorder.take(), Events{"A resigns key"});
 }
 
-TEST_F(KeyWindowTest, ResigningWithoutAKeyWindowTellsNothing) {
+TEST_F(KeyWindowTest, WithoutAKeyWindowLosingTheFocusPostsNothing) {
   open("A");
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(KeyWindowTest, AnObserverHearsJustBeforeTheNotification) {
+TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
   struct Observer final : PlatformObserver {
-    explicit Observer(EventRecorder& theRecorder) : recorder(theRecorder) {}
+    explicit Observer(EventRecorder& eventRecorder) : recorder(eventRecorder) {}
     void keyChanges(NSWindow& window, KeyChange change) override {
       recorder.record(std::string(window.className()) +
                       (change == KeyChange::Becomes ? " about to become" : " about to resign"));
     }
     EventRecorder& recorder;
   } observer(recorder);
-  openKey("A");
+  openKeyWindow("A");
   const auto next = open("B");
   recorder.take();
   setPlatformObserver(&observer);
   next->makeKeyWindow();
   EXPECT_EQ(recorder.take(),
-            (Events{"A about to resign", "A resigns", "B about to become", "B becomes key"}));
+            (Events{"A about to resign", "A resigns key", "B about to become", "B becomes key"}));
 }
 
 class MainWindowTest : public RecordedTest {
  protected:
-  // A window that shows a plain controller, which can present others.
+  // Opens a key window with a content view controller that can present other controllers.
   static Strong<NSWindow> openKeyWithController(std::string_view name) {
-    Strong<NSWindow> window = openKey(name);
+    Strong<NSWindow> window = openKeyWindow(name);
     window->setContentViewController(make<NamedViewController>("Host"));
     return window;
   }
 };
 
-TEST_F(MainWindowTest, IsTheLastToHaveBecomeKey) {
-  EXPECT_EQ(main(), "none");
-  openKey("A");
-  EXPECT_EQ(main(), "A");
-  openKey("B");
+TEST_F(MainWindowTest, IsTheWindowThatBecameKeyLast) {
+  EXPECT_EQ(mainWindowName(), "none");
+  openKeyWindow("A");
+  EXPECT_EQ(mainWindowName(), "A");
+  openKeyWindow("B");
   open("C");
-  EXPECT_EQ(main(), "B");
+  EXPECT_EQ(mainWindowName(), "B");
 }
 
-TEST_F(MainWindowTest, StaysWhenItResignsKey) {
-  openKey("A");
-  platform.user().userMovesFocusAway();
-  EXPECT_EQ(main(), "A");
+TEST_F(MainWindowTest, StaysMainWhenItResignsKey) {
+  openKeyWindow("A");
+  platform.windowSystem().userMovesFocusAway();
+  EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, IsMainAlreadyWhenItIsToldThatItBecameKey) {
-  std::string during;
-  recorder.onNext("A becomes key", [&] { during = main(); });
-  openKey("A");
-  EXPECT_EQ(during, "A");
+TEST_F(MainWindowTest, IsMainWhenBecomingKeyIsPosted) {
+  std::string mainInHandler;
+  recorder.onNext("A becomes key", [&] { mainInHandler = mainWindowName(); });
+  openKeyWindow("A");
+  EXPECT_EQ(mainInHandler, "A");
 }
 
 TEST_F(MainWindowTest, IsNeverASheet) {
   const auto window = openKeyWithController("A");
-  window->contentViewController()->presentViewControllerAsSheet(recordingController("sheet"));
+  window->contentViewController()->presentViewControllerAsSheet(makeController("sheet"));
   EXPECT_EQ(NSApp->keyWindow(), window->sheets().at(0));
-  EXPECT_EQ(main(), "A");
+  EXPECT_EQ(mainWindowName(), "A");
 }
 
 TEST_F(MainWindowTest, IsNeverTheWindowOfAModalPresentation) {
   const auto window = openKeyWithController("A");
-  const auto modal = recordingController("modal");
+  const auto modal = makeController("modal");
   window->contentViewController()->presentViewControllerAsModalWindow(modal);
   EXPECT_EQ(NSApp->keyWindow(), modal->view()->window());
-  EXPECT_EQ(main(), "A");
+  EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, IsNoneOnceItHasLeftTheScreen) {
+TEST_F(MainWindowTest, IsNullAfterTheMainWindowLeavesTheScreen) {
   open("B");
-  const auto window = openKey("A");
-  std::string during;
-  recorder.onNext("A resigns", [&] { during = main(); });
+  const auto window = openKeyWindow("A");
+  std::string mainInHandler;
+  recorder.onNext("A resigns key", [&] { mainInHandler = mainWindowName(); });
   recorder.onNext("B becomes key", [&] { window->orderFront(); });
   window->close();
-  EXPECT_EQ(during, "none");
-  EXPECT_EQ(main(), "B");  // not A, although that is on screen again
+  EXPECT_EQ(mainInHandler, "none");
+  EXPECT_EQ(mainWindowName(), "B");  // Window A is on screen again, but it is not main.
 }
 
-TEST_F(MainWindowTest, IsNoneOnceItIsMiniaturised) {
-  const auto window = openKey("A");
+TEST_F(MainWindowTest, IsNullAfterTheMainWindowIsMiniaturised) {
+  const auto window = openKeyWindow("A");
   window->miniaturize();
-  EXPECT_EQ(main(), "none");
+  EXPECT_EQ(mainWindowName(), "none");
   window->deminiaturize();
-  EXPECT_EQ(main(), "none");
+  EXPECT_EQ(mainWindowName(), "none");
 }
 
-TEST_F(MainWindowTest, IsTheOneThatKeyPassesOnTo) {
-  openKey("A");
-  openKey("B")->close();
-  EXPECT_EQ(main(), "A");
+TEST_F(MainWindowTest, IsTheNextKeyWindowAfterTheMainWindowCloses) {
+  openKeyWindow("A");
+  openKeyWindow("B")->close();
+  EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, StaysWhenAnotherWindowLeaves) {
+TEST_F(MainWindowTest, StaysMainWhenAnotherWindowCloses) {
   const auto other = open("B");
-  openKey("A");
+  openKeyWindow("A");
   other->close();
-  EXPECT_EQ(main(), "A");
+  EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, TheFrontWindowIsTheMainOneElseTheKeyOneElseTheForemost) {
+TEST_F(MainWindowTest, TheFrontWindowIsTheMainWindowOrElseTheForemost) {
   EXPECT_EQ(nameOf(NSApp->frontWindow()), "none");
   const auto back = open("A");
   open("B");

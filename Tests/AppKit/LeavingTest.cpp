@@ -1,4 +1,5 @@
-// Windows leave the screen: closed, miniaturised, vanished, or with the display.
+// Windows that leave the screen: closed, miniaturised, destroyed by their owner, or lost with the
+// connection.
 #include <algorithm>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -11,14 +12,14 @@ class LeavingTest : public RecordedTest {
  protected:
   LeavingTest() {
     open("A");
-    openKey("B");
-    openKey("C");
+    openKeyWindow("B");
+    openKeyWindow("C");
     open("D");
     recorder.take();
   }
 
-  // The window on screen of that name.
-  static Strong<NSWindow> named(std::string_view name) {
+  // The window on screen with this name; null if there is none.
+  static Strong<NSWindow> windowNamed(std::string_view name) {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       if (window->className() == name) {
         return window;
@@ -28,184 +29,184 @@ class LeavingTest : public RecordedTest {
   }
 };
 
-TEST_F(LeavingTest, KeyPassesOnToTheMostRecentlyKeyWindowOnScreen) {
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key"}));
+TEST_F(LeavingTest, TheWindowThatWasKeyMostRecentlyBecomesKey) {
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, KeyPassesOverWindowsThatAreNotOnScreen) {
-  named("A")->makeKeyWindow();
-  named("C")->makeKeyWindow();
-  named("A")->miniaturize();
+TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKey) {
+  windowNamed("A")->makeKeyWindow();
+  windowNamed("C")->makeKeyWindow();
+  windowNamed("A")->miniaturize();
   recorder.take();
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key"}));
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, KeyPassesOnToTheFrontmostWindowWhereNoneWasKeyBefore) {
-  named("B")->close();
+TEST_F(LeavingTest, TheFrontmostWindowBecomesKeyIfNoOtherWasKey) {
+  windowNamed("B")->close();
   recorder.take();
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, KeyPassesOnToNoneWhereNoWindowIsLeft) {
+TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   for (const char* name : {"A", "B", "D", "C"}) {
-    named(name)->close();
+    windowNamed(name)->close();
   }
-  EXPECT_EQ(key(), "none");
-  EXPECT_EQ(recorder.take(), Events{"C resigns"});
+  EXPECT_EQ(keyWindowName(), "none");
+  EXPECT_EQ(recorder.take(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, KeyPassesOnAlsoToAWindowThatWasOpenedSince) {
-  named("B")->close();
+TEST_F(LeavingTest, AWindowOpenedLaterCanBecomeKey) {
+  windowNamed("B")->close();
   open("E");
-  named("C")->close();
-  EXPECT_EQ(key(), "E");
+  windowNamed("C")->close();
+  EXPECT_EQ(keyWindowName(), "E");
 }
 
-TEST_F(LeavingTest, AHandlersWishStandsWhenKeyPassesOn) {
-  recorder.onNext("C resigns", [] { named("A")->makeKeyWindow(); });
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "A becomes key"}));
+TEST_F(LeavingTest, AWindowThatAHandlerMakesKeyStaysKey) {
+  recorder.onNext("C resigns key", [] { windowNamed("A")->makeKeyWindow(); });
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "A becomes key"}));
 }
 
-TEST_F(LeavingTest, AHandlerMayCloseTheOneThatWouldBeNext) {
-  recorder.onNext("C resigns", [] { named("B")->close(); });
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
+TEST_F(LeavingTest, AHandlerMayCloseTheWindowThatWouldBecomeKey) {
+  recorder.onNext("C resigns key", [] { windowNamed("B")->close(); });
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, AHandlerMayCloseEveryWindow) {
-  recorder.onNext("C resigns", [] {
+TEST_F(LeavingTest, AHandlerMayCloseAllWindows) {
+  recorder.onNext("C resigns key", [] {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       window->close();
     }
   });
-  named("C")->close();
-  EXPECT_EQ(recorder.take(), Events{"C resigns"});
-  EXPECT_TRUE(order().empty());
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), Events{"C resigns key"});
+  EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(LeavingTest, WhenTheOldKeyWindowResignsItIsOffTheScreen) {
-  Events during;
-  recorder.onNext("C resigns", [&] { during = order(); });
-  named("C")->close();
-  EXPECT_EQ(during, (Events{"D", "B", "A"}));
+TEST_F(LeavingTest, AClosedWindowIsOffScreenWhenItResignsKey) {
+  Events orderInHandler;
+  recorder.onNext("C resigns key", [&] { orderInHandler = windowOrder(); });
+  windowNamed("C")->close();
+  EXPECT_EQ(orderInHandler, (Events{"D", "B", "A"}));
 }
 
-TEST_F(LeavingTest, KeyStaysWhereItIsWhenAnotherWindowLeaves) {
-  named("D")->close();
-  EXPECT_EQ(key(), "C");
+TEST_F(LeavingTest, ClosingAnotherWindowDoesNotChangeTheKeyWindow) {
+  windowNamed("D")->close();
+  EXPECT_EQ(keyWindowName(), "C");
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LeavingTest, ControllersDisappearBeforeKeyPassesOn) {
-  recordingControllerIn(named("C"), "view");
+TEST_F(LeavingTest, ControllersDisappearBeforeTheWindowResignsKey) {
+  addController(windowNamed("C"), "view");
   recorder.take();
-  named("C")->close();
-  EXPECT_EQ(recorder.take(),
-            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  windowNamed("C")->close();
+  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
+                                     "B becomes key"}));
 }
 
-TEST_F(LeavingTest, SheetsAreClosedFirstTheNewestFirst) {
-  const auto window = named("C");
-  const auto host = recordingControllerIn(window, "host");
-  const auto first = recordingController("first");
-  const auto second = recordingController("second");
+TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
+  const auto window = windowNamed("C");
+  const auto host = addController(window, "host");
+  const auto first = makeController("first");
+  const auto second = makeController("second");
   host->presentViewControllerAsSheet(first);
   host->presentViewControllerAsSheet(second);
   recorder.take();
   window->close();
   EXPECT_EQ(recorder.take(),
-            (Events{"second will disappear", "second did disappear", "NSWindow resigns",
+            (Events{"second will disappear", "second did disappear", "NSWindow resigns key",
                     "NSWindow becomes key", "first will disappear", "first did disappear",
-                    "NSWindow resigns", "C becomes key", "host will disappear",
-                    "host did disappear", "C resigns", "B becomes key"}));
+                    "NSWindow resigns key", "C becomes key", "host will disappear",
+                    "host did disappear", "C resigns key", "B becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
 }
 
 TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsClosing) {
-  const auto window = named("C");
-  const auto controller = recordingControllerIn(window, "view");
+  const auto window = windowNamed("C");
+  const auto controller = addController(window, "view");
   recorder.take();
   recorder.onNext("view will disappear", [&] { window->close(); });
   window->close();
-  EXPECT_EQ(recorder.take(),
-            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
+                                     "B becomes key"}));
 }
 
 TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsOpening) {
-  const auto window = closedWindow("E");
-  const auto controller = recordingControllerIn(window, "view");
+  const auto window = makeClosedWindow("E");
+  const auto controller = addController(window, "view");
   recorder.onNext("view will appear", [&] { window->close(); });
   window->makeKeyAndOrderFront();
   EXPECT_EQ(recorder.take(),
             (Events{"view will appear", "view will disappear", "view did disappear"}));
   EXPECT_FALSE(window->isVisible());
-  EXPECT_EQ(key(), "C");
+  EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(LeavingTest, AStepMayDropTheLastReferenceToItsWindow) {
+TEST_F(LeavingTest, AStepMayReleaseTheLastReferenceToItsWindow) {
   Strong<NSWindow> window = open("E");
-  recordingControllerIn(window, "view");
-  const Weak<NSWindow> seen = window;
+  addController(window, "view");
+  const Weak<NSWindow> weakWindow = window;
   recorder.take();
   recorder.onNext("view will disappear", [&] { window.reset(); });
   window->close();
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakWindow.expired());
   EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
 }
 
-TEST_F(LeavingTest, MiniaturisedLeavesTheOrderAndGivesUpKeyAndIsTold) {
-  const auto window = named("C");
+TEST_F(LeavingTest, AMiniaturisedWindowIsOffScreenAndNotKey) {
+  const auto window = windowNamed("C");
   window->miniaturize();
-  EXPECT_EQ(order(), (Events{"D", "B", "A"}));
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "B becomes key", "C is miniaturised"}));
+  EXPECT_EQ(windowOrder(), (Events{"D", "B", "A"}));
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key", "C is miniaturised"}));
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_FALSE(window->isOnScreen());
 }
 
-TEST_F(LeavingTest, MiniaturisedWithoutBeingKeyIsOnlyTold) {
-  named("D")->miniaturize();
+TEST_F(LeavingTest, MiniaturisingAWindowThatIsNotKeyPostsOneNotification) {
+  windowNamed("D")->miniaturize();
   EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
 }
 
-TEST_F(LeavingTest, DeminiaturisedIsBackInFrontAndNotKey) {
-  const auto window = named("B");
+TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
+  const auto window = windowNamed("B");
   window->miniaturize();
   recorder.take();
   window->deminiaturize();
-  EXPECT_EQ(order(), (Events{"B", "D", "C", "A"}));
-  EXPECT_EQ(recorder.take(), Events{"B is back"});
-  EXPECT_EQ(key(), "C");
+  EXPECT_EQ(windowOrder(), (Events{"B", "D", "C", "A"}));
+  EXPECT_EQ(recorder.take(), Events{"B is deminiaturised"});
+  EXPECT_EQ(keyWindowName(), "C");
   EXPECT_FALSE(window->isMiniaturized());
 }
 
 TEST_F(LeavingTest, MiniaturisingRunsNoLifeCycleSteps) {
-  const auto window = named("C");
-  const auto controller = recordingControllerIn(window, "view");
+  const auto window = windowNamed("C");
+  const auto controller = addController(window, "view");
   window->miniaturize();
   recorder.take();
   window->deminiaturize();
-  EXPECT_EQ(recorder.take(), Events{"C is back"});
+  EXPECT_EQ(recorder.take(), Events{"C is deminiaturised"});
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LeavingTest, OnlyAWindowOnScreenIsMiniaturisedAndOnlyAMiniaturisedOneComesBack) {
-  const auto closed = closedWindow("E");
+TEST_F(LeavingTest, MiniaturisingTwiceOrOffScreenDoesNothing) {
+  const auto closed = makeClosedWindow("E");
   closed->miniaturize();
-  named("D")->deminiaturize();
-  const auto twice = named("D");
-  twice->miniaturize();
-  twice->miniaturize();
+  windowNamed("D")->deminiaturize();
+  const auto open = windowNamed("D");
+  open->miniaturize();
+  open->miniaturize();
   EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
 }
 
 TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
-  const auto window = named("C");
-  recordingControllerIn(window, "view");
+  const auto window = windowNamed("C");
+  addController(window, "view");
   window->miniaturize();
   recorder.take();
   window->close();
@@ -215,72 +216,74 @@ TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
   EXPECT_TRUE(window->isOnScreen());
 }
 
-TEST_F(LeavingTest, AWindowThatVanishesCountsAsClosed) {
-  const auto window = named("C");
-  recordingControllerIn(window, "view");
+TEST_F(LeavingTest, AWindowThatItsOwnerDestroysIsClosed) {
+  const auto window = windowNamed("C");
+  addController(window, "view");
   recorder.take();
-  platform.user().windowVanishes(window->handle());
-  EXPECT_EQ(recorder.take(),
-            (Events{"view will disappear", "view did disappear", "C resigns", "B becomes key"}));
+  platform.windowSystem().ownerDestroysWindow(window->handle());
+  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
+                                     "B becomes key"}));
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
-TEST_F(LeavingTest, AWindowThatVanishedCanBeOpenedAgain) {
-  const auto window = named("C");
-  platform.user().windowVanishes(window->handle());
+TEST_F(LeavingTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
+  const auto window = windowNamed("C");
+  platform.windowSystem().ownerDestroysWindow(window->handle());
   window->makeKeyAndOrderFront();
-  EXPECT_EQ(key(), "C");
-  EXPECT_NE(platform.user().window(window->handle()), nullptr);
+  EXPECT_EQ(keyWindowName(), "C");
+  EXPECT_NE(platform.windowSystem().window(window->handle()), nullptr);
 }
 
-TEST_F(LeavingTest, AClosedWindowMayVanishToo) {
-  const auto window = named("C");
+TEST_F(LeavingTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
+  const auto window = windowNamed("C");
   window->close();
   recorder.take();
-  platform.user().windowVanishes(window->handle());
+  platform.windowSystem().ownerDestroysWindow(window->handle());
   EXPECT_TRUE(recorder.events.empty());
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
-TEST_F(LeavingTest, AWindowMayVanishInsideAHandler) {
-  recorder.onNext("C resigns", [this] { platform.user().windowVanishes(named("B")->handle()); });
-  platform.user().windowVanishes(named("C")->handle());
-  EXPECT_EQ(recorder.take(), (Events{"C resigns", "D becomes key"}));
+TEST_F(LeavingTest, AWindowMayBeDestroyedInsideAHandler) {
+  recorder.onNext("C resigns key", [this] {
+    platform.windowSystem().ownerDestroysWindow(windowNamed("B")->handle());
+  });
+  platform.windowSystem().ownerDestroysWindow(windowNamed("C")->handle());
+  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, ALostDisplayClosesEveryWindow) {
-  recordingControllerIn(named("C"), "view");
+TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
+  addController(windowNamed("C"), "view");
   recorder.take();
   std::string reason;
   NSApp->setDisplayLostHandler([&](std::string_view text) {
     reason = text;
-    EXPECT_TRUE(order().empty());
+    EXPECT_TRUE(windowOrder().empty());
   });
-  platform.user().connectionBreaks("the server has gone");
-  EXPECT_EQ(reason, "the server has gone");
-  EXPECT_EQ(key(), "none");
-  EXPECT_EQ(main(), "none");
-  const Events story = recorder.take();
-  EXPECT_NE(std::ranges::find(story, "view did disappear"), story.end());
-  EXPECT_NE(std::ranges::find(story, "C resigns"), story.end());
+  platform.windowSystem().serverClosesConnection("the server exited");
+  EXPECT_EQ(reason, "the server exited");
+  EXPECT_EQ(keyWindowName(), "none");
+  EXPECT_EQ(mainWindowName(), "none");
+  const Events events = recorder.take();
+  EXPECT_NE(std::ranges::find(events, "view did disappear"), events.end());
+  EXPECT_NE(std::ranges::find(events, "C resigns key"), events.end());
 }
 
-TEST_F(LeavingTest, ALostDisplayEndsModalRunsAndSheets) {
-  const auto host = recordingControllerIn(named("C"), "host");
-  host->presentViewControllerAsModalWindow(recordingController("modal"));
-  host->presentViewControllerAsSheet(recordingController("sheet"));
-  platform.user().connectionBreaks("gone");
+TEST_F(LeavingTest, ALostConnectionEndsModalRunsAndSheets) {
+  const auto host = addController(windowNamed("C"), "host");
+  host->presentViewControllerAsModalWindow(makeController("modal"));
+  host->presentViewControllerAsSheet(makeController("sheet"));
+  platform.windowSystem().serverClosesConnection("the server exited");
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(host->presentedViewControllers().empty());
 }
 
-TEST_F(LeavingTest, AfterALostDisplayTheProcessGoesOn) {
-  platform.user().connectionBreaks("gone");
-  bool fired = false;
-  dispatch_async(dispatch_get_main_queue(), [&fired] { fired = true; });
+TEST_F(LeavingTest, AfterALostConnectionTheMainQueueStillRuns) {
+  platform.windowSystem().serverClosesConnection("the server exited");
+  bool ran = false;
+  dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; });
   platform.run(1);
-  EXPECT_TRUE(fired);
+  EXPECT_TRUE(ran);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Steps that themselves change what is on screen.
+// Life-cycle steps that change the windows and views that are on screen.
 #include <algorithm>
 #include <stdexcept>
 
@@ -12,8 +12,8 @@ class LifeCycleReentryTest : public RecordedTest {
   Strong<NSWindow> window = open("A");
 };
 
-TEST_F(LifeCycleReentryTest, AStepThatTakesTheViewAwayEndsItsAppearing) {
-  const auto view = recordingController("view");
+TEST_F(LifeCycleReentryTest, AViewRemovedInWillAppearDoesNotAppear) {
+  const auto view = makeController("view");
   recorder.onNext("view will appear", [&] { view->view()->removeFromSuperview(); });
   window->contentView()->addSubview(view->view());
   EXPECT_EQ(recorder.take(),
@@ -21,16 +21,16 @@ TEST_F(LifeCycleReentryTest, AStepThatTakesTheViewAwayEndsItsAppearing) {
   EXPECT_FALSE(view->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AStepThatTakesTheViewAwayItselfIsRunOnce) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleReentryTest, AViewRemovedAgainInWillDisappearDisappearsOnce) {
+  const auto view = addController(window, "view");
   recorder.take();
   recorder.onNext("view will disappear", [&] { view->view()->removeFromSuperview(); });
   view->view()->removeFromSuperview();
   EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewPutBackInItsLastStepIsShownAnew) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleReentryTest, AViewAddedAgainInDidDisappearAppearsAgain) {
+  const auto view = addController(window, "view");
   recorder.take();
   recorder.onNext("view did disappear", [&] { window->contentView()->addSubview(view->view()); });
   view->view()->removeFromSuperview();
@@ -39,8 +39,8 @@ TEST_F(LifeCycleReentryTest, AViewPutBackInItsLastStepIsShownAnew) {
   EXPECT_TRUE(view->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewThatAStepMovesToAnotherWindowStaysThere) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysThere) {
+  const auto view = addController(window, "view");
   const auto other = open("B");
   recorder.take();
   recorder.onNext("view will disappear", [&] { other->contentView()->addSubview(view->view()); });
@@ -51,9 +51,9 @@ TEST_F(LifeCycleReentryTest, AViewThatAStepMovesToAnotherWindowStaysThere) {
   EXPECT_TRUE(view->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewWhoseSuperviewAStepTakesAwayIsTakenAwayAllTheSame) {
-  const auto outer = recordingControllerIn(window, "outer");
-  const auto inner = recordingController("inner");
+TEST_F(LifeCycleReentryTest, AViewIsRemovedEvenIfAStepRemovesItsSuperview) {
+  const auto outer = addController(window, "outer");
+  const auto inner = makeController("inner");
   outer->view()->addSubview(inner->view());
   recorder.take();
   recorder.onNext("inner will disappear", [&] { outer->view()->removeFromSuperview(); });
@@ -63,33 +63,33 @@ TEST_F(LifeCycleReentryTest, AViewWhoseSuperviewAStepTakesAwayIsTakenAwayAllTheS
                                      "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AStepMayDropTheLastReferenceToItsController) {
-  Strong<RecordingController> view = recordingController("view");
-  const Weak<RecordingController> seen = view;
+TEST_F(LifeCycleReentryTest, AStepMayReleaseTheLastReferenceToItsController) {
+  Strong<RecordingController> view = makeController("view");
+  const Weak<RecordingController> weakController = view;
   window->contentView()->addSubview(view->view());
   recorder.take();
   recorder.onNext("view will disappear", [&] { view.reset(); });
   window->contentView()->subviews().at(0)->removeFromSuperview();
   EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakController.expired());
 }
 
-TEST_F(LifeCycleReentryTest, AnOuterStepMayTakeTheInnerViewAway) {
-  const auto closed = closedWindow("B");
-  const auto outer = recordingControllerIn(closed, "outer");
-  const auto inner = recordingController("inner");
+TEST_F(LifeCycleReentryTest, AnOuterStepMayRemoveTheInnerView) {
+  const auto closed = makeClosedWindow("B");
+  const auto outer = addController(closed, "outer");
+  const auto inner = makeController("inner");
   outer->view()->addSubview(inner->view());
   recorder.onNext("outer will appear", [&] { inner->view()->removeFromSuperview(); });
   closed->orderFront();
   EXPECT_FALSE(inner->isShown());
-  const Events story = recorder.take();
-  EXPECT_EQ(std::ranges::count(story, "inner did appear"), 0);
+  const Events events = recorder.take();
+  EXPECT_EQ(std::ranges::count(events, "inner did appear"), 0);
 }
 
 TEST_F(LifeCycleReentryTest, AnOuterStepMayAddAnInnerView) {
-  const auto closed = closedWindow("B");
-  const auto outer = recordingControllerIn(closed, "outer");
-  const auto inner = recordingController("inner");
+  const auto closed = makeClosedWindow("B");
+  const auto outer = addController(closed, "outer");
+  const auto inner = makeController("inner");
   recorder.onNext("outer will appear", [&] { outer->view()->addSubview(inner->view()); });
   closed->orderFront();
   EXPECT_EQ(recorder.take(), (Events{"outer will appear", "inner will appear", "inner did appear",
@@ -97,8 +97,8 @@ TEST_F(LifeCycleReentryTest, AnOuterStepMayAddAnInnerView) {
 }
 
 TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithIt) {
-  const auto outer = recordingControllerIn(window, "outer");
-  const auto inner = recordingController("inner");
+  const auto outer = addController(window, "outer");
+  const auto inner = makeController("inner");
   recorder.take();
   recorder.onNext("outer will disappear", [&] { outer->view()->addSubview(inner->view()); });
   window->close();
@@ -108,9 +108,9 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithIt) {
                     "inner will disappear", "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsTakenAwayDisappearsWithIt) {
-  const auto outer = recordingControllerIn(window, "outer");
-  const auto inner = recordingController("inner");
+TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithIt) {
+  const auto outer = addController(window, "outer");
+  const auto inner = makeController("inner");
   recorder.take();
   recorder.onNext("outer will disappear", [&] { outer->view()->addSubview(inner->view()); });
   outer->view()->removeFromSuperview();
@@ -118,8 +118,8 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsTakenAwayDisappearsWit
 }
 
 TEST_F(LifeCycleReentryTest, AWindowThatAStepClosesAndOpensAgainIsShownOnce) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "view");
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "view");
   recorder.onNext("view will appear", [&] {
     closed->close();
     closed->orderFront();
@@ -127,11 +127,11 @@ TEST_F(LifeCycleReentryTest, AWindowThatAStepClosesAndOpensAgainIsShownOnce) {
   closed->orderFront();
   EXPECT_EQ(recorder.take(), (Events{"view will appear", "view will disappear",
                                      "view did disappear", "view will appear", "view did appear"}));
-  EXPECT_EQ(order(), (Events{"B", "A"}));
+  EXPECT_EQ(windowOrder(), (Events{"B", "A"}));
 }
 
-TEST_F(LifeCycleReentryTest, AStepThatRaisesEndsTheCallAndLeavesTheWindowClosable) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleReentryTest, AWindowCanBeClosedAfterAStepHasThrown) {
+  const auto view = addController(window, "view");
   recorder.take();
   recorder.onNext("view will disappear", [] { throw std::runtime_error("stop"); });
   EXPECT_THROW(window->close(), std::runtime_error);

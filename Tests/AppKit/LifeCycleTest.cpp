@@ -1,4 +1,5 @@
-// The four steps of a controller's life on screen.
+// The four life-cycle steps of a view controller: will appear, did appear, will disappear, did
+// disappear.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
 
@@ -14,80 +15,80 @@ class LifeCycleTest : public RecordedTest {
 };
 
 TEST_F(LifeCycleTest, AViewAddedToAnOpenWindowAppears) {
-  const auto view = recordingControllerIn(window, "view");
+  const auto view = addController(window, "view");
   EXPECT_EQ(recorder.take(), kAppears);
   EXPECT_TRUE(view->isShown());
 }
 
-TEST_F(LifeCycleTest, AViewAddedToAClosedWindowDoesNot) {
-  const auto view = recordingControllerIn(closedWindow("B"), "view");
+TEST_F(LifeCycleTest, AViewAddedToAClosedWindowDoesNotAppear) {
+  const auto view = addController(makeClosedWindow("B"), "view");
   EXPECT_TRUE(recorder.events.empty());
   EXPECT_FALSE(view->isShown());
 }
 
-TEST_F(LifeCycleTest, AViewInNoWindowDoesNot) {
-  const auto view = recordingController("view");
+TEST_F(LifeCycleTest, AViewOutsideAWindowDoesNotAppear) {
+  const auto view = makeController("view");
   NSView::initWithFrame(CGRectZero)->addSubview(view->view());
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LifeCycleTest, AViewAddedIsInPlaceInBothSteps) {
-  const auto view = recordingController("view");
-  Events places;
-  const auto look = [&] { places.push_back(nameOf(view->view()->window())); };
-  recorder.onNext("view will appear", look);
-  recorder.onNext("view did appear", look);
+TEST_F(LifeCycleTest, AnAddedViewIsInItsWindowInBothSteps) {
+  const auto view = makeController("view");
+  Events windows;
+  const auto recordWindow = [&] { windows.push_back(nameOf(view->view()->window())); };
+  recorder.onNext("view will appear", recordWindow);
+  recorder.onNext("view did appear", recordWindow);
   window->contentView()->addSubview(view->view());
-  EXPECT_EQ(places, (Events{"A", "A"}));
+  EXPECT_EQ(windows, (Events{"A", "A"}));
 }
 
-TEST_F(LifeCycleTest, OrderingAWindowInShowsTheControllersInIt) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "view");
+TEST_F(LifeCycleTest, AViewAppearsWhenItsWindowOpens) {
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "view");
   closed->orderFront();
   EXPECT_EQ(recorder.take(), kAppears);
 }
 
-TEST_F(LifeCycleTest, OrderingAnOpenWindowToTheFrontRunsNoStep) {
-  recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, OrderingAnOpenWindowFrontRunsNoStep) {
+  addController(window, "view");
   recorder.take();
   window->orderFront();
   window->makeKeyAndOrderFront();
   EXPECT_EQ(recorder.take(), Events{"A becomes key"});
 }
 
-TEST_F(LifeCycleTest, WhenAWindowIsOrderedInTheFirstStepFindsItOpenButNotOnScreen) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "view");
+TEST_F(LifeCycleTest, AnOpeningWindowIsOpenButNotOnScreenInWillAppear) {
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "view");
   bool isOpen = false;
   Events onScreen;
   recorder.onNext("view will appear", [&] {
     isOpen = closed->isVisible();
-    onScreen = order();
+    onScreen = windowOrder();
   });
   closed->orderFront();
   EXPECT_TRUE(isOpen);
   EXPECT_EQ(onScreen, Events{"A"});
 }
 
-TEST_F(LifeCycleTest, WhenAWindowIsOrderedInTheSecondStepFindsItOnScreen) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "view");
+TEST_F(LifeCycleTest, AnOpeningWindowIsOnScreenInDidAppear) {
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "view");
   Events onScreen;
-  recorder.onNext("view did appear", [&] { onScreen = order(); });
+  recorder.onNext("view did appear", [&] { onScreen = windowOrder(); });
   closed->orderFront();
   EXPECT_EQ(onScreen, (Events{"B", "A"}));
 }
 
-TEST_F(LifeCycleTest, AWindowBecomesKeyBetweenTheTwoSteps) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "view");
+TEST_F(LifeCycleTest, AnOpeningWindowBecomesKeyBetweenTheTwoSteps) {
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "view");
   closed->makeKeyAndOrderFront();
   EXPECT_EQ(recorder.take(), (Events{"view will appear", "B becomes key", "view did appear"}));
 }
 
 TEST_F(LifeCycleTest, TheContentViewControllerOfAnOpenWindowAppears) {
-  const auto view = recordingController("view");
+  const auto view = makeController("view");
   recorder.onNext("view will appear", [&] { EXPECT_EQ(window->contentView(), view->view()); });
   window->setContentViewController(view);
   EXPECT_EQ(recorder.take(), kAppears);
@@ -96,15 +97,15 @@ TEST_F(LifeCycleTest, TheContentViewControllerOfAnOpenWindowAppears) {
 }
 
 TEST_F(LifeCycleTest, AReplacedContentViewControllerDisappearsFirst) {
-  window->setContentViewController(recordingController("former"));  // only the window keeps it
+  window->setContentViewController(makeController("previous"));  // Only the window keeps it alive.
   recorder.take();
-  window->setContentViewController(recordingController("view"));
-  EXPECT_EQ(recorder.take(), (Events{"former will disappear", "former did disappear",
+  window->setContentViewController(makeController("view"));
+  EXPECT_EQ(recorder.take(), (Events{"previous will disappear", "previous did disappear",
                                      "view will appear", "view did appear"}));
 }
 
-TEST_F(LifeCycleTest, NoContentViewControllerGivesAPlainView) {
-  window->setContentViewController(recordingController("view"));
+TEST_F(LifeCycleTest, RemovingTheContentViewControllerLeavesAPlainView) {
+  window->setContentViewController(makeController("view"));
   recorder.take();
   window->setContentViewController(nullptr);
   EXPECT_EQ(recorder.take(), kDisappears);
@@ -112,55 +113,56 @@ TEST_F(LifeCycleTest, NoContentViewControllerGivesAPlainView) {
   EXPECT_EQ(window->contentView()->viewController(), nullptr);
 }
 
-TEST_F(LifeCycleTest, TheSameContentViewControllerAgainRunsNoStep) {
-  const auto view = recordingController("view");
+TEST_F(LifeCycleTest, SettingTheSameContentViewControllerAgainRunsNoStep) {
+  const auto view = makeController("view");
   window->setContentViewController(view);
   recorder.take();
   window->setContentViewController(view);
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LifeCycleTest, AViewTakenAwayDisappears) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, ARemovedViewDisappears) {
+  const auto view = addController(window, "view");
   recorder.take();
-  Events places;
-  const auto look = [&] { places.push_back(nameOf(view->view()->window())); };
-  recorder.onNext("view will disappear", look);
-  recorder.onNext("view did disappear", look);
+  Events windows;
+  const auto recordWindow = [&] { windows.push_back(nameOf(view->view()->window())); };
+  recorder.onNext("view will disappear", recordWindow);
+  recorder.onNext("view did disappear", recordWindow);
   view->view()->removeFromSuperview();
   EXPECT_EQ(recorder.take(), kDisappears);
-  EXPECT_EQ(places, (Events{"A", "none"}));
+  EXPECT_EQ(windows, (Events{"A", "none"}));
   EXPECT_FALSE(view->isShown());
 }
 
-TEST_F(LifeCycleTest, TheContentViewTakenAwayDisappears) {
-  window->setContentViewController(recordingController("view"));
+TEST_F(LifeCycleTest, ARemovedContentViewDisappears) {
+  window->setContentViewController(makeController("view"));
   recorder.take();
   window->contentView()->removeFromSuperview();
   EXPECT_EQ(recorder.take(), kDisappears);
   EXPECT_EQ(window->contentView(), nullptr);
 }
 
-TEST_F(LifeCycleTest, ClosingAWindowLetsItsControllersDisappear) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, AViewDisappearsWhenItsWindowCloses) {
+  const auto view = addController(window, "view");
   recorder.take();
-  Events onScreen;
+  Events states;
   recorder.onNext("view will disappear",
-                  [&] { onScreen.push_back(order().empty() ? "closed" : "open"); });
+                  [&] { states.push_back(windowOrder().empty() ? "closed" : "open"); });
   recorder.onNext("view did disappear",
-                  [&] { onScreen.push_back(order().empty() ? "closed" : "open"); });
+                  [&] { states.push_back(windowOrder().empty() ? "closed" : "open"); });
   window->close();
   EXPECT_EQ(recorder.take(), kDisappears);
-  EXPECT_EQ(onScreen, (Events{"open", "closed"}));
-  EXPECT_EQ(view->view()->superview(), window->contentView());  // in place for the next time
+  EXPECT_EQ(states, (Events{"open", "closed"}));
+  EXPECT_EQ(view->view()->superview(),
+            window->contentView());  // The view appears again with the window.
   window->orderFront();
   EXPECT_EQ(recorder.take(), kAppears);
 }
 
-TEST_F(LifeCycleTest, OuterControllersComeBeforeInnerOnes) {
-  const auto closed = closedWindow("B");
-  const auto outer = recordingControllerIn(closed, "outer");
-  const auto inner = recordingController("inner");
+TEST_F(LifeCycleTest, StepsRunForOuterControllersBeforeInnerOnes) {
+  const auto closed = makeClosedWindow("B");
+  const auto outer = addController(closed, "outer");
+  const auto inner = makeController("inner");
   const auto between = NSView::initWithFrame(CGRectZero);
   outer->view()->addSubview(between);
   between->addSubview(inner->view());
@@ -172,18 +174,18 @@ TEST_F(LifeCycleTest, OuterControllersComeBeforeInnerOnes) {
                                      "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleTest, OfTwoBesideEachOtherTheBackOneComesFirst) {
-  const auto closed = closedWindow("B");
-  recordingControllerIn(closed, "back");
-  recordingControllerIn(closed, "front");
+TEST_F(LifeCycleTest, StepsRunForSiblingsFromBackToFront) {
+  const auto closed = makeClosedWindow("B");
+  addController(closed, "back");
+  addController(closed, "front");
   closed->orderFront();
   EXPECT_EQ(recorder.take(), (Events{"back will appear", "front will appear", "back did appear",
                                      "front did appear"}));
 }
 
-TEST_F(LifeCycleTest, AViewAddedInsideAShownOneAppearsAlone) {
-  const auto outer = recordingControllerIn(window, "outer");
-  const auto inner = recordingController("inner");
+TEST_F(LifeCycleTest, AddingASubviewRunsNoStepForItsSuperview) {
+  const auto outer = addController(window, "outer");
+  const auto inner = makeController("inner");
   recorder.take();
   outer->view()->addSubview(inner->view());
   EXPECT_EQ(recorder.take(), (Events{"inner will appear", "inner did appear"}));
@@ -191,8 +193,8 @@ TEST_F(LifeCycleTest, AViewAddedInsideAShownOneAppearsAlone) {
 
 // Moving
 
-TEST_F(LifeCycleTest, AViewMovedWithinItsWindowRunsNoStep) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, MovingAViewWithinItsWindowRunsNoStep) {
+  const auto view = addController(window, "view");
   const auto other = NSView::initWithFrame(CGRectZero);
   window->contentView()->addSubview(other);
   recorder.take();
@@ -204,7 +206,7 @@ TEST_F(LifeCycleTest, AViewMovedWithinItsWindowRunsNoStep) {
 }
 
 TEST_F(LifeCycleTest, AViewAddedToItsOwnSuperviewComesToTheFront) {
-  const auto view = recordingControllerIn(window, "view");
+  const auto view = addController(window, "view");
   const auto other = NSView::initWithFrame(CGRectZero);
   window->contentView()->addSubview(other);
   recorder.take();
@@ -213,31 +215,31 @@ TEST_F(LifeCycleTest, AViewAddedToItsOwnSuperviewComesToTheFront) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LifeCycleTest, AViewMovedToAnotherWindowDisappearsThereAndAppearsHere) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, AViewMovedToAnotherWindowDisappearsAndAppears) {
+  const auto view = addController(window, "view");
   const auto other = open("B");
   recorder.take();
-  Events places;
+  Events windows;
   for (const std::string line :
        {"view will disappear", "view did disappear", "view will appear", "view did appear"}) {
-    recorder.onNext(line, [&] { places.push_back(nameOf(view->view()->window())); });
+    recorder.onNext(line, [&] { windows.push_back(nameOf(view->view()->window())); });
   }
   other->contentView()->addSubview(view->view());
   EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear",
                                      "view will appear", "view did appear"}));
-  EXPECT_EQ(places, (Events{"A", "none", "B", "B"}));
+  EXPECT_EQ(windows, (Events{"A", "none", "B", "B"}));
   EXPECT_TRUE(window->contentView()->subviews().empty());
 }
 
 TEST_F(LifeCycleTest, AViewMovedToAClosedWindowDisappears) {
-  const auto view = recordingControllerIn(window, "view");
+  const auto view = addController(window, "view");
   recorder.take();
-  closedWindow("B")->contentView()->addSubview(view->view());
+  makeClosedWindow("B")->contentView()->addSubview(view->view());
   EXPECT_EQ(recorder.take(), kDisappears);
 }
 
 TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
-  const auto view = recordingController("view");
+  const auto view = makeController("view");
   window->setContentViewController(view);
   const auto other = open("B");
   recorder.take();
@@ -247,10 +249,10 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
   EXPECT_EQ(recorder.take().size(), 4u);
 }
 
-// Once each
+// Steps that a host calls itself
 
-TEST_F(LifeCycleTest, AStepThatWasSentByHandIsNotSentAgainInThatShowing) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, AStepThatTheHostHasCalledDoesNotRunAgain) {
+  const auto view = addController(window, "view");
   recorder.take();
   view->viewDidDisappear();
   EXPECT_EQ(recorder.take(), Events{"view did disappear"});
@@ -258,8 +260,8 @@ TEST_F(LifeCycleTest, AStepThatWasSentByHandIsNotSentAgainInThatShowing) {
   EXPECT_EQ(recorder.take(), Events{"view will disappear"});
 }
 
-TEST_F(LifeCycleTest, BothLastStepsByHandLeaveNothingToSend) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, IfTheHostCallsBothLastStepsNoStepRuns) {
+  const auto view = addController(window, "view");
   view->viewWillDisappear();
   view->viewDidDisappear();
   recorder.take();
@@ -268,15 +270,15 @@ TEST_F(LifeCycleTest, BothLastStepsByHandLeaveNothingToSend) {
   EXPECT_FALSE(view->isShown());
 }
 
-TEST_F(LifeCycleTest, ByHandTheFirstStepsMayRunAgain) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, TheHostMayCallTheFirstStepsAgain) {
+  const auto view = addController(window, "view");
   recorder.take();
   view->viewWillAppear();
   EXPECT_EQ(recorder.take(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, StepsByHandBeforeAShowingDoNotCountForIt) {
-  const auto view = recordingController("view");
+TEST_F(LifeCycleTest, StepsThatTheHostCallsBeforeAViewAppearsRunAgain) {
+  const auto view = makeController("view");
   view->viewWillAppear();
   view->viewDidDisappear();
   recorder.take();
@@ -285,8 +287,8 @@ TEST_F(LifeCycleTest, StepsByHandBeforeAShowingDoNotCountForIt) {
   EXPECT_EQ(recorder.take().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, EachShowingHasItsOwnSteps) {
-  const auto view = recordingControllerIn(window, "view");
+TEST_F(LifeCycleTest, AllStepsRunEachTimeTheViewAppearsAndDisappears) {
+  const auto view = addController(window, "view");
   view->viewDidDisappear();
   view->view()->removeFromSuperview();
   recorder.take();
@@ -295,21 +297,21 @@ TEST_F(LifeCycleTest, EachShowingHasItsOwnSteps) {
   EXPECT_EQ(recorder.take().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, TheBaseClassesStepIsWhatCounts) {
-  // Forgets to run the base class's step: then it has not run.
-  class Forgetful final : public Class<Forgetful, "Forgetful", NSViewController> {
+TEST_F(LifeCycleTest, AStepThatDoesNotCallItsBaseClassRunsAgain) {
+  class BaseSkippingController final
+      : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:
-    void viewDidDisappear() override { ++disappeared; }
-    int disappeared = 0;
+    void viewDidDisappear() override { ++disappearCount; }
+    int disappearCount = 0;
   };
-  const auto view = make<Forgetful>();
+  const auto view = make<BaseSkippingController>();
   window->contentView()->addSubview(view->view());
   view->viewDidDisappear();
   view->view()->removeFromSuperview();
-  EXPECT_EQ(view->disappeared, 2);
+  EXPECT_EQ(view->disappearCount, 2);
 }
 
-TEST_F(LifeCycleTest, AnObserverHearsEachStepAsItBeginsWhoeverSendsIt) {
+TEST_F(LifeCycleTest, ThePlatformObserverReceivesEachStepIncludingTheHostsCalls) {
   struct Observer final : PlatformObserver {
     void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep step) override {
       steps.push_back(step);
@@ -317,7 +319,7 @@ TEST_F(LifeCycleTest, AnObserverHearsEachStepAsItBeginsWhoeverSendsIt) {
     std::vector<LifeCycleStep> steps;
   } observer;
   setPlatformObserver(&observer);
-  const auto view = recordingControllerIn(window, "view");
+  const auto view = addController(window, "view");
   view->viewDidDisappear();
   view->view()->removeFromSuperview();
   EXPECT_EQ(observer.steps,

@@ -1,4 +1,4 @@
-// Modal runs, and the mode in which the loop runs meanwhile.
+// Modal runs, and the mode of the run loop during a modal run.
 #include <functional>
 #include <string>
 
@@ -11,22 +11,22 @@ namespace {
 
 class ModalRunTest : public RecordedTest {
  protected:
-  // A timer that fires in the mode of modal runs as well.
-  void later(double seconds, const std::function<void()>& work) {
+  // Runs `work` after a delay, also during a modal run.
+  void runAfter(double seconds, const std::function<void()>& work) {
     loop.addTimerForMode(schedule(seconds, work), NSModalPanelRunLoopMode);
   }
   Strong<RecordingController> presentModally(const std::string& name) {
-    Strong<RecordingController> guest = recordingController(name);
+    Strong<RecordingController> guest = makeController(name);
     host->presentViewControllerAsModalWindow(guest);
     return guest;
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  Strong<NSWindow> window = openKey("A");
-  Strong<RecordingController> host = recordingControllerIn(window, "host");
+  Strong<NSWindow> window = openKeyWindow("A");
+  Strong<RecordingController> host = addController(window, "host");
 };
 
-TEST_F(ModalRunTest, TheLoopRunsInTheModalPanelModeWhileOneIsOn) {
+TEST_F(ModalRunTest, TheRunLoopIsInTheModalPanelModeDuringAModalRun) {
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
   const auto guest = presentModally("guest");
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
@@ -34,18 +34,18 @@ TEST_F(ModalRunTest, TheLoopRunsInTheModalPanelModeWhileOneIsOn) {
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, TimersOfTheDefaultModeWaitForItsEnd) {
+TEST_F(ModalRunTest, TimersOfTheDefaultModeFireAfterTheModalRun) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   presentModally("guest");
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
   NSApp->stopModal();
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(ticker->ticks(), 1);
 }
 
-TEST_F(ModalRunTest, EventTrackingStaysDuringOne) {
+TEST_F(ModalRunTest, AModalRunDoesNotReplaceTheEventTrackingMode) {
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
   presentModally("guest");
   EXPECT_EQ(loop.mode(), NSEventTrackingRunLoopMode);
@@ -53,7 +53,7 @@ TEST_F(ModalRunTest, EventTrackingStaysDuringOne) {
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
 }
 
-TEST_F(ModalRunTest, IsModalPanelWhileItIsRunModally) {
+TEST_F(ModalRunTest, AWindowIsAModalPanelDuringItsModalRun) {
   EXPECT_FALSE(window->isModalPanel());
   NSApp->beginModalRun(window);
   EXPECT_TRUE(window->isModalPanel());
@@ -61,7 +61,7 @@ TEST_F(ModalRunTest, IsModalPanelWhileItIsRunModally) {
   EXPECT_FALSE(window->isModalPanel());
 }
 
-TEST_F(ModalRunTest, StopModalEndsTheNewest) {
+TEST_F(ModalRunTest, StopModalEndsTheNewestModalRun) {
   const auto outer = presentModally("outer");
   const auto inner = presentModally("inner");
   EXPECT_EQ(NSApp->modalWindow(), inner->view()->window());
@@ -79,22 +79,22 @@ TEST_F(ModalRunTest, StopModalLeavesTheWindowOnScreen) {
   EXPECT_EQ(guest->presentingViewController(), host);
 }
 
-TEST_F(ModalRunTest, StopModalWithoutOneDoesNothing) {
+TEST_F(ModalRunTest, StopModalWithoutAModalRunDoesNothing) {
   NSApp->stopModal();
   NSApp->stopModal();
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, TheWindowSystemKnowsTheModalWindow) {
-  EXPECT_EQ(platform.user().modalWindow(), WindowHandle::None);
+TEST_F(ModalRunTest, TheWindowSystemReceivesTheModalWindow) {
+  EXPECT_EQ(platform.windowSystem().modalWindow(), WindowHandle::None);
   const auto guest = presentModally("guest");
-  EXPECT_EQ(platform.user().modalWindow(), guest->view()->window()->handle());
+  EXPECT_EQ(platform.windowSystem().modalWindow(), guest->view()->window()->handle());
   host->dismissViewController(guest);
-  EXPECT_EQ(platform.user().modalWindow(), WindowHandle::None);
+  EXPECT_EQ(platform.windowSystem().modalWindow(), WindowHandle::None);
 }
 
-TEST_F(ModalRunTest, ClosingAWindowEndsAllItsRunsAndNoOther) {
+TEST_F(ModalRunTest, ClosingAWindowEndsOnlyItsOwnModalRuns) {
   const auto outer = presentModally("outer");
   const auto inner = presentModally("inner");
   outer->view()->window()->close();
@@ -103,74 +103,74 @@ TEST_F(ModalRunTest, ClosingAWindowEndsAllItsRunsAndNoOther) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsWhenATimerStopsIt) {
-  const auto dialog = closedWindow("dialog");
-  later(0.5, [] { NSApp->stopModal(); });
+TEST_F(ModalRunTest, RunModalForWindowReturnsAfterStopModal) {
+  const auto dialog = makeClosedWindow("dialog");
+  runAfter(0.5, [] { NSApp->stopModal(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(platform.now(), 0.5);
   EXPECT_TRUE(dialog->isOnScreen());
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowOpensTheWindowKey) {
-  const auto dialog = closedWindow("dialog");
-  std::string during;
-  later(0.5, [&] {
-    during = key() + (dialog->isModalPanel() ? " is modal" : "");
+TEST_F(ModalRunTest, RunModalForWindowOpensTheWindowAndMakesItKey) {
+  const auto dialog = makeClosedWindow("dialog");
+  std::string state;
+  runAfter(0.5, [&] {
+    state = keyWindowName() + (dialog->isModalPanel() ? " is modal" : "");
     NSApp->stopModal();
   });
   NSApp->runModalForWindow(dialog);
-  EXPECT_EQ(during, "dialog is modal");
+  EXPECT_EQ(state, "dialog is modal");
 }
 
 TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheWindowIsClosed) {
-  const auto dialog = closedWindow("dialog");
-  later(0.5, [&] { dialog->close(); });
+  const auto dialog = makeClosedWindow("dialog");
+  runAfter(0.5, [&] { dialog->close(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheWindowVanishes) {
-  const auto dialog = closedWindow("dialog");
-  later(0.5, [&] { platform.user().windowVanishes(dialog->handle()); });
+TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheOwnerDestroysTheWindow) {
+  const auto dialog = makeClosedWindow("dialog");
+  runAfter(0.5, [&] { platform.windowSystem().ownerDestroysWindow(dialog->handle()); });
   NSApp->runModalForWindow(dialog);
   EXPECT_FALSE(dialog->isVisible());
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsAtOnceWhereAStepClosesTheWindow) {
-  const auto dialog = closedWindow("dialog");
-  recordingControllerIn(dialog, "view");
+TEST_F(ModalRunTest, RunModalForWindowReturnsAtOnceIfAStepClosesTheWindow) {
+  const auto dialog = makeClosedWindow("dialog");
+  addController(dialog, "view");
   recorder.onNext("view will appear", [&] { dialog->close(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForNoWindowReturnsAtOnce) {
+TEST_F(ModalRunTest, RunModalForANullWindowReturnsAtOnce) {
   NSApp->runModalForWindow(nullptr);
   EXPECT_EQ(platform.now(), 0);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowServesTheMainQueue) {
-  const auto dialog = closedWindow("dialog");
+TEST_F(ModalRunTest, TheMainQueueRunsDuringRunModalForWindow) {
+  const auto dialog = makeClosedWindow("dialog");
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
                  [] { NSApp->stopModal(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(ModalRunTest, RunsInsideRunsEndFromTheInside) {
-  const auto outer = closedWindow("outer");
-  const auto inner = closedWindow("inner");
-  later(0.1, [&] {
+TEST_F(ModalRunTest, NestedModalRunsEndInnermostFirst) {
+  const auto outer = makeClosedWindow("outer");
+  const auto inner = makeClosedWindow("inner");
+  runAfter(0.1, [&] {
     NSApp->runModalForWindow(inner);
     recorder.record("inner ended");
     NSApp->stopModal();
   });
-  later(0.2, [] { NSApp->stopModal(); });
+  runAfter(0.2, [] { NSApp->stopModal(); });
   recorder.take();
   NSApp->runModalForWindow(outer);
   recorder.record("outer ended");
-  EXPECT_EQ(recorder.take(), (Events{"A resigns", "outer becomes key", "outer resigns",
+  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "outer becomes key", "outer resigns key",
                                      "inner becomes key", "inner ended", "outer ended"}));
 }
 

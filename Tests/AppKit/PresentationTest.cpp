@@ -1,4 +1,4 @@
-// Controllers presented as modal windows and as sheets, and child controllers.
+// View controllers presented in modal windows and in sheets, and child view controllers.
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -15,12 +15,12 @@ class PresentationTest : public RecordedTest {
     return controller->view()->window();
   }
 
-  Strong<NSWindow> window = openKey("A");
-  Strong<RecordingController> host = recordingController("host");
-  Strong<RecordingController> guest = recordingController("guest");
+  Strong<NSWindow> window = openKeyWindow("A");
+  Strong<RecordingController> host = makeController("host");
+  Strong<RecordingController> guest = makeController("guest");
 };
 
-TEST_F(PresentationTest, AModalWindowIsAPlainNSWindowOfItsOwn) {
+TEST_F(PresentationTest, AModalWindowIsANewNSWindow) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modal = windowOf(guest);
   ASSERT_NE(modal, nullptr);
@@ -32,35 +32,35 @@ TEST_F(PresentationTest, AModalWindowIsAPlainNSWindowOfItsOwn) {
   EXPECT_EQ(modal->parentWindow(), nullptr);
 }
 
-TEST_F(PresentationTest, AModalWindowHasTheSizeOfTheView) {
+TEST_F(PresentationTest, AModalWindowHasTheSizeOfItsView) {
   guest->view()->setFrame(CGRectMake(7, 8, 300, 200));
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest)->frame().size, (CGSize{300, 200}));
 }
 
-TEST_F(PresentationTest, AModalWindowOfAViewWithoutSizeIs480By270) {
+TEST_F(PresentationTest, AModalWindowIs480By270IfItsViewHasNoSize) {
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest)->frame().size, (CGSize{480, 270}));
   EXPECT_EQ(guest->view()->frame(), CGRectMake(0, 0, 480, 270));
 }
 
-TEST_F(PresentationTest, AModalWindowLiesOverTheMiddleOfItsOwner) {
+TEST_F(PresentationTest, AModalWindowIsCentredOverItsOwner) {
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest)->frame().origin, (CGPoint{260, 165}));
-  const auto* shown = platform.user().window(windowOf(guest)->handle());
-  EXPECT_EQ(shown->description.kind, WindowKind::Modal);
-  EXPECT_EQ(shown->description.owner, window->handle());
+  const auto* state = platform.windowSystem().window(windowOf(guest)->handle());
+  EXPECT_EQ(state->description.kind, WindowKind::Modal);
+  EXPECT_EQ(state->description.owner, window->handle());
 }
 
-TEST_F(PresentationTest, AModalWindowIsShownKeyWithinTheCall) {
+TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {
   host->presentViewControllerAsModalWindow(guest);
-  EXPECT_EQ(recorder.take(),
-            (Events{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will appear", "A resigns key", "NSWindow becomes key",
+                                     "guest did appear"}));
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
-  EXPECT_EQ(order(), (Events{"NSWindow", "A"}));
+  EXPECT_EQ(windowOrder(), (Events{"NSWindow", "A"}));
 }
 
-TEST_F(PresentationTest, LinksAndModalRunStandWhenAModalWindowAppears) {
+TEST_F(PresentationTest, TheLinksAndTheModalRunExistInWillAppear) {
   bool linked = false;
   bool modal = false;
   recorder.onNext("guest will appear", [&] {
@@ -73,14 +73,14 @@ TEST_F(PresentationTest, LinksAndModalRunStandWhenAModalWindowAppears) {
   EXPECT_TRUE(modal);
 }
 
-TEST_F(PresentationTest, AHostWithoutAWindowPresentsAModalWindowAllTheSame) {
-  const auto loose = recordingController("loose");
-  loose->presentViewControllerAsModalWindow(guest);
+TEST_F(PresentationTest, AControllerWithoutAWindowCanPresentAModalWindow) {
+  const auto windowless = makeController("windowless");
+  windowless->presentViewControllerAsModalWindow(guest);
   EXPECT_TRUE(windowOf(guest)->isOnScreen());
-  EXPECT_EQ(guest->presentingViewController(), loose);
+  EXPECT_EQ(guest->presentingViewController(), windowless);
 }
 
-TEST_F(PresentationTest, AControllerMayPresentItselfInAModalWindow) {
+TEST_F(PresentationTest, AControllerCanPresentItselfInAModalWindow) {
   guest->presentViewControllerAsModalWindow(guest);
   EXPECT_TRUE(windowOf(guest)->isModalPanel());
   EXPECT_EQ(guest->presentingViewController(), guest);
@@ -90,19 +90,19 @@ TEST_F(PresentationTest, AControllerMayPresentItselfInAModalWindow) {
   EXPECT_EQ(windowOf(guest), nullptr);
 }
 
-TEST_F(PresentationTest, AShownControllerThatPresentsItselfMovesToItsNewWindow) {
-  const auto shown = recordingControllerIn(window, "shown");
+TEST_F(PresentationTest, AShownControllerThatPresentsItselfMovesToTheSheet) {
+  const auto shown = addController(window, "shown");
   recorder.take();
   shown->presentViewControllerAsSheet(shown);
   EXPECT_EQ(recorder.take(),
-            (Events{"shown will disappear", "shown did disappear", "shown will appear", "A resigns",
-                    "NSWindow becomes key", "shown did appear"}));
+            (Events{"shown will disappear", "shown did disappear", "shown will appear",
+                    "A resigns key", "NSWindow becomes key", "shown did appear"}));
   EXPECT_EQ(windowOf(shown)->sheetParent(), window);
   EXPECT_EQ(shown->presentingViewController(), shown);
   EXPECT_TRUE(shown->presentedViewControllers().empty());
 }
 
-TEST_F(PresentationTest, ASheetBelongsToTheWindowThatShowsTheReceiver) {
+TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
   host->presentViewControllerAsSheet(guest);
   const Strong<NSWindow> sheet = windowOf(guest);
   EXPECT_EQ(sheet->className(), "NSWindow");
@@ -113,26 +113,26 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowThatShowsTheReceiver) {
   EXPECT_EQ(sheet->frame(), CGRectMake(260, 330, 480, 270));
 }
 
-TEST_F(PresentationTest, ASheetIsShownKeyWithoutAModalRun) {
+TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalRun) {
   host->presentViewControllerAsSheet(guest);
-  EXPECT_EQ(recorder.take(),
-            (Events{"guest will appear", "A resigns", "NSWindow becomes key", "guest did appear"}));
+  EXPECT_EQ(recorder.take(), (Events{"guest will appear", "A resigns key", "NSWindow becomes key",
+                                     "guest did appear"}));
   EXPECT_FALSE(windowOf(guest)->isModalPanel());
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(guest->presentingViewController(), host);
   EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{guest});
 }
 
-TEST_F(PresentationTest, ASheetFollowsItsWindow) {
+TEST_F(PresentationTest, ASheetMovesWithItsWindow) {
   host->presentViewControllerAsSheet(guest);
   window->setFrame(CGRectMake(100, 100, 800, 500));
   EXPECT_EQ(windowOf(guest)->frame(), CGRectMake(260, 330, 480, 270));
 }
 
-TEST_F(PresentationTest, AReceiverInNoOpenWindowPresentsNoSheet) {
-  const auto closed = closedWindow("B");
-  const auto inClosed = recordingControllerIn(closed, "in a closed window");
-  for (const auto& receiver : {recordingController("loose"), inClosed}) {
+TEST_F(PresentationTest, AControllerWithoutAnOpenWindowCannotPresentASheet) {
+  const auto closed = makeClosedWindow("B");
+  const auto inClosed = addController(closed, "in a closed window");
+  for (const auto& receiver : {makeController("windowless"), inClosed}) {
     receiver->presentViewControllerAsSheet(guest);
     EXPECT_EQ(windowOf(guest), nullptr);
     EXPECT_EQ(guest->presentingViewController(), nullptr);
@@ -141,8 +141,8 @@ TEST_F(PresentationTest, AReceiverInNoOpenWindowPresentsNoSheet) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, APresentedControllerIsNotPresentedAgain) {
-  const auto other = recordingControllerIn(window, "other");
+TEST_F(PresentationTest, APresentedControllerCannotBePresentedAgain) {
+  const auto other = addController(window, "other");
   host->presentViewControllerAsSheet(guest);
   const Strong<NSWindow> sheet = windowOf(guest);
   recorder.take();
@@ -155,15 +155,15 @@ TEST_F(PresentationTest, APresentedControllerIsNotPresentedAgain) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, NoControllerIsNotPresented) {
+TEST_F(PresentationTest, PresentingOrDismissingANullControllerDoesNothing) {
   host->presentViewControllerAsSheet(nullptr);
   host->presentViewControllerAsModalWindow(nullptr);
   host->dismissViewController(nullptr);
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, SeveralArePresentedInTheirOrder) {
-  const auto second = recordingController("second");
+TEST_F(PresentationTest, PresentedControllersAreListedInOrderOfPresentation) {
+  const auto second = makeController("second");
   host->presentViewControllerAsSheet(guest);
   host->presentViewControllerAsModalWindow(second);
   EXPECT_EQ(host->presentedViewControllers(), (NSArray<NSViewController>{guest, second}));
@@ -171,45 +171,46 @@ TEST_F(PresentationTest, SeveralArePresentedInTheirOrder) {
   EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{second});
 }
 
-// Ending
+// Dismissal
 
-TEST_F(PresentationTest, EndingGoesStepThenWindowThenLinksThenStepThenKey) {
+TEST_F(PresentationTest, TheModalWindowClosesAndTheLinksEndBeforeDidDisappear) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modal = windowOf(guest);
   recorder.take();
   Events states;
-  const auto look = [&] {
-    states.push_back(std::string(modal->isOnScreen() ? "on screen" : "gone") +
-                     (windowOf(guest) == modal ? ", has the view" : ", gave up the view") +
+  const auto recordState = [&] {
+    states.push_back(std::string(modal->isOnScreen() ? "on screen" : "closed") +
+                     (windowOf(guest) == modal ? ", with the view" : ", without the view") +
                      (modal->isModalPanel() ? ", modal" : "") +
                      (guest->presentingViewController() ? ", linked" : ""));
   };
-  recorder.onNext("guest will disappear", look);
-  recorder.onNext("guest did disappear", look);
+  recorder.onNext("guest will disappear", recordState);
+  recorder.onNext("guest did disappear", recordState);
   host->dismissViewController(guest);
   EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns", "A becomes key"}));
-  EXPECT_EQ(states, (Events{"on screen, has the view, modal, linked", "gone, gave up the view"}));
+                                     "NSWindow resigns key", "A becomes key"}));
+  EXPECT_EQ(states,
+            (Events{"on screen, with the view, modal, linked", "closed, without the view"}));
 }
 
-TEST_F(PresentationTest, ASheetEndsInTheSameOrder) {
+TEST_F(PresentationTest, ASheetDisappearsBeforeItResignsKey) {
   host->presentViewControllerAsSheet(guest);
   recorder.take();
   host->dismissViewController(guest);
   EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns", "A becomes key"}));
+                                     "NSWindow resigns key", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_TRUE(host->presentedViewControllers().empty());
 }
 
-TEST_F(PresentationTest, AnyControllerMayEndThePresentation) {
+TEST_F(PresentationTest, AnyControllerCanDismissAPresentedController) {
   host->presentViewControllerAsModalWindow(guest);
-  recordingController("stranger")->dismissViewController(guest);
+  makeController("other")->dismissViewController(guest);
   EXPECT_EQ(windowOf(guest), nullptr);
   EXPECT_EQ(guest->presentingViewController(), nullptr);
 }
 
-TEST_F(PresentationTest, AControllerThatIsNotPresentedIsLeftAlone) {
+TEST_F(PresentationTest, DismissingAControllerThatIsNotPresentedDoesNothing) {
   recorder.take();
   host->dismissViewController(host);
   host->dismissViewController(guest);
@@ -217,29 +218,29 @@ TEST_F(PresentationTest, AControllerThatIsNotPresentedIsLeftAlone) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, ClosingTheWindowEndsThePresentation) {
+TEST_F(PresentationTest, ClosingTheModalWindowEndsThePresentation) {
   host->presentViewControllerAsModalWindow(guest);
   const Strong<NSWindow> modal = windowOf(guest);
   recorder.take();
-  platform.user().userClosesWindow(modal->handle());
+  platform.windowSystem().userClosesWindow(modal->handle());
   EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns", "A becomes key"}));
+                                     "NSWindow resigns key", "A becomes key"}));
   EXPECT_EQ(guest->presentingViewController(), nullptr);
   EXPECT_EQ(modal->contentView(), nullptr);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(PresentationTest, AVanishedWindowEndsThePresentation) {
+TEST_F(PresentationTest, DestroyingTheSheetEndsThePresentation) {
   host->presentViewControllerAsSheet(guest);
   recorder.take();
-  platform.user().windowVanishes(windowOf(guest)->handle());
+  platform.windowSystem().ownerDestroysWindow(windowOf(guest)->handle());
   EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns", "A becomes key"}));
+                                     "NSWindow resigns key", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_EQ(guest->presentingViewController(), nullptr);
 }
 
-TEST_F(PresentationTest, AnEndedPresentationCanBeginAgain) {
+TEST_F(PresentationTest, ADismissedControllerCanBePresentedAgain) {
   for (int round = 0; round < 3; ++round) {
     host->presentViewControllerAsModalWindow(guest);
     EXPECT_TRUE(windowOf(guest)->isOnScreen());
@@ -248,10 +249,10 @@ TEST_F(PresentationTest, AnEndedPresentationCanBeginAgain) {
     EXPECT_TRUE(windowOf(guest)->isOnScreen());
     host->dismissViewController(guest);
   }
-  EXPECT_EQ(platform.user().windowCount(), 1u);
+  EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(PresentationTest, AStepMayPresentAnew) {
+TEST_F(PresentationTest, AStepMayPresentTheDismissedControllerAgain) {
   host->presentViewControllerAsSheet(guest);
   recorder.onNext("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
   host->dismissViewController(guest);
@@ -260,43 +261,43 @@ TEST_F(PresentationTest, AStepMayPresentAnew) {
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
 }
 
-TEST_F(PresentationTest, APresentingControllerThatDiesLeavesNoLink) {
-  auto loose = recordingController("loose");
-  loose->presentViewControllerAsModalWindow(guest);
-  loose.reset();
+TEST_F(PresentationTest, DestroyingThePresentingControllerEndsTheLink) {
+  auto windowless = makeController("windowless");
+  windowless->presentViewControllerAsModalWindow(guest);
+  windowless.reset();
   EXPECT_EQ(guest->presentingViewController(), nullptr);
   host->dismissViewController(guest);
   EXPECT_EQ(windowOf(guest), nullptr);
 }
 
-// Children and views
+// Child view controllers and views
 
 TEST_F(PresentationTest, AChildHasOneParent) {
   host->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{guest});
-  const auto other = recordingController("other");
+  const auto other = makeController("other");
   other->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), other);
   EXPECT_TRUE(host->childViewControllers().empty());
 }
 
 TEST_F(PresentationTest, AddingAChildAgainChangesNothing) {
-  const auto second = recordingController("second");
+  const auto second = makeController("second");
   host->addChildViewController(guest);
   host->addChildViewController(second);
   host->addChildViewController(guest);
   EXPECT_EQ(host->childViewControllers(), (NSArray<NSViewController>{guest, second}));
 }
 
-TEST_F(PresentationTest, NoneAndItselfAreNoChildren) {
+TEST_F(PresentationTest, NullAndTheControllerItselfCannotBeChildren) {
   host->addChildViewController(nullptr);
   host->addChildViewController(host);
   EXPECT_TRUE(host->childViewControllers().empty());
   EXPECT_EQ(host->parentViewController(), nullptr);
 }
 
-TEST_F(PresentationTest, AChildThatIsRemovedHasNoParent) {
+TEST_F(PresentationTest, ARemovedChildHasNoParent) {
   host->addChildViewController(guest);
   guest->removeFromParentViewController();
   guest->removeFromParentViewController();
@@ -304,13 +305,13 @@ TEST_F(PresentationTest, AChildThatIsRemovedHasNoParent) {
   EXPECT_TRUE(host->childViewControllers().empty());
 }
 
-TEST_F(PresentationTest, AddingAChildRunsNoStepAndPlacesNoView) {
+TEST_F(PresentationTest, AddingAChildRunsNoStepAndLoadsNoView) {
   host->addChildViewController(guest);
   EXPECT_FALSE(guest->isViewLoaded());
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeWhenFirstAskedFor) {
+TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeAtItsFirstUse) {
   EXPECT_FALSE(guest->isViewLoaded());
   const Strong<NSView> view = guest->view();
   ASSERT_NE(view, nullptr);
@@ -319,19 +320,19 @@ TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeWhenFirstAskedFor) {
   EXPECT_TRUE(view->subviews().empty());
   EXPECT_EQ(view->viewController(), guest);
   EXPECT_EQ(guest->view(), view);
-  EXPECT_EQ(guest->timesLoaded(), 1);
+  EXPECT_EQ(guest->loadCount(), 1);
 }
 
-TEST_F(PresentationTest, AControllerMayBeGivenItsView) {
+TEST_F(PresentationTest, SetViewReplacesLoadingTheView) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 5, 5));
   guest->setView(view);
   EXPECT_EQ(guest->view(), view);
-  EXPECT_EQ(guest->timesLoaded(), 0);
+  EXPECT_EQ(guest->loadCount(), 0);
   guest->setView(nullptr);
   EXPECT_EQ(view->viewController(), nullptr);
 }
 
-TEST_F(PresentationTest, APlainControllerIsMadeByNibNameAndBundle) {
+TEST_F(PresentationTest, InitWithNibNameBundleMakesAPlainController) {
   const auto bundle = NSBundle::bundleForClass<RecordingController>();
   const auto controller = NSViewController::initWithNibNameBundle("", bundle);
   EXPECT_EQ(controller->className(), "NSViewController");

@@ -1,4 +1,4 @@
-// What windows show: layers and indicators, as the window system is given them.
+// The scene of a window: the layers and indicators that the window system shows.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/AppKit/NSProgressIndicator.h"
 #include "Tests/AppKit/EventRecorder.h"
@@ -19,9 +19,9 @@ SceneItem spinner(CGRect frame, bool animates) {
 
 class SceneTest : public RecordedTest {
  protected:
-  const Scene& scene() { return platform.user().window(window->handle())->scene; }
-  // A filled view in the window's content.
-  Strong<NSView> add(CGRect frame, CGColor color) {
+  const Scene& scene() { return platform.windowSystem().window(window->handle())->scene; }
+  // Adds a view with this background colour to the window.
+  Strong<NSView> addFilledView(CGRect frame, CGColor color) {
     Strong<NSView> view = NSView::initWithFrame(frame);
     view->setWantsLayer(true);
     view->layer()->setBackgroundColor(color);
@@ -32,16 +32,16 @@ class SceneTest : public RecordedTest {
   Strong<NSWindow> window = open("A");
 };
 
-TEST_F(SceneTest, APlainWindowShowsNothingOfOurs) { EXPECT_TRUE(scene().empty()); }
+TEST_F(SceneTest, ANewWindowHasAnEmptyScene) { EXPECT_TRUE(scene().empty()); }
 
-TEST_F(SceneTest, ALayersBackgroundFillsItsView) {
-  add(CGRectMake(10, 20, 30, 40), kRed);
+TEST_F(SceneTest, ABackgroundColourFillsTheFrameOfTheView) {
+  addFilledView(CGRectMake(10, 20, 30, 40), kRed);
   EXPECT_EQ(scene(), Scene{fill(CGRectMake(10, 20, 30, 40), kRed)});
 }
 
-TEST_F(SceneTest, ItemsComeBackToFrontInTheWindowsCoordinates) {
-  const auto back = add(CGRectMake(10, 20, 300, 400), kWhite);
-  add(CGRectMake(50, 50, 5, 5), kWhite);
+TEST_F(SceneTest, ItemsAreOrderedBackToFrontInWindowCoordinates) {
+  const auto back = addFilledView(CGRectMake(10, 20, 300, 400), kWhite);
+  addFilledView(CGRectMake(50, 50, 5, 5), kWhite);
   const auto inner = NSView::initWithFrame(CGRectMake(1, 2, 3, 4));
   inner->setWantsLayer(true);
   inner->layer()->setBackgroundColor(kRed);
@@ -51,13 +51,13 @@ TEST_F(SceneTest, ItemsComeBackToFrontInTheWindowsCoordinates) {
                    fill(CGRectMake(50, 50, 5, 5), kWhite)}));
 }
 
-TEST_F(SceneTest, ATransparentLayerShowsNothing) {
-  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+TEST_F(SceneTest, ATransparentLayerIsNotInTheScene) {
+  const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->layer()->setBackgroundColor(CGColor{});
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(SceneTest, ALayerIsTransparentAtFirst) {
+TEST_F(SceneTest, ANewLayerIsTransparent) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   EXPECT_FALSE(view->wantsLayer());
   EXPECT_EQ(view->layer(), nullptr);
@@ -65,44 +65,45 @@ TEST_F(SceneTest, ALayerIsTransparentAtFirst) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
-TEST_F(SceneTest, AViewIsShownAsItsControllersHaveMadeItOnTheWay) {
+TEST_F(SceneTest, TheSceneIncludesAViewAndItsChangesAfterWillAppear) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   const auto inner = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   inner->setStyle(NSProgressIndicatorStyleSpinning);
   view->addSubview(inner);
   const auto controller = make<RecordingController>(recorder, "C");
   controller->setView(view);
-  Scene onTheWay{spinner({}, true)};
+  Scene sceneInWillAppear{spinner({}, true)};
   recorder.onNext("C will appear", [&] {
     view->setWantsLayer(true);
     view->layer()->setBackgroundColor(kWhite);
-    onTheWay = scene();
+    sceneInWillAppear = scene();
   });
-  const Scene made{fill(CGRectMake(0, 0, 9, 9), kWhite), spinner(CGRectMake(2, 2, 5, 5), false)};
-  Scene inTheEnd;
-  recorder.onNext("C did appear", [&] { inTheEnd = scene(); });
+  const Scene expected{fill(CGRectMake(0, 0, 9, 9), kWhite),
+                       spinner(CGRectMake(2, 2, 5, 5), false)};
+  Scene sceneInDidAppear;
+  recorder.onNext("C did appear", [&] { sceneInDidAppear = scene(); });
   window->contentView()->addSubview(view);
-  EXPECT_EQ(onTheWay, Scene{});
-  EXPECT_EQ(inTheEnd, made);
+  EXPECT_EQ(sceneInWillAppear, Scene{});
+  EXPECT_EQ(sceneInDidAppear, expected);
 }
 
-TEST_F(SceneTest, AContentViewIsShownAsItsControllerHasMadeItOnTheWay) {
+TEST_F(SceneTest, TheSceneIncludesAContentViewAndItsChangesAfterWillAppear) {
   const auto controller = make<RecordingController>(recorder, "C");
-  add(CGRectMake(0, 0, 9, 9), kRed);
-  const Scene before = scene();
-  Scene onTheWay;
+  addFilledView(CGRectMake(0, 0, 9, 9), kRed);
+  const Scene sceneBefore = scene();
+  Scene sceneInWillAppear;
   recorder.onNext("C will appear", [&] {
     controller->view()->setWantsLayer(true);
     controller->view()->layer()->setBackgroundColor(kWhite);
-    onTheWay = scene();
+    sceneInWillAppear = scene();
   });
   window->setContentViewController(controller);
-  EXPECT_EQ(onTheWay, before);
+  EXPECT_EQ(sceneInWillAppear, sceneBefore);
   EXPECT_EQ(scene(), Scene{fill({{}, window->frame().size}, kWhite)});
 }
 
-TEST_F(SceneTest, WantingALayerAgainKeepsIt) {
-  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+TEST_F(SceneTest, SetWantsLayerAgainKeepsTheLayer) {
+  const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->setWantsLayer(true);
   EXPECT_EQ(view->layer()->backgroundColor(), kRed);
   view->setWantsLayer(false);
@@ -110,7 +111,7 @@ TEST_F(SceneTest, WantingALayerAgainKeepsIt) {
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(SceneTest, ALayerThatOutlivesItsViewDoesNoHarm) {
+TEST_F(SceneTest, ALayerCanOutliveItsView) {
   const Strong<CALayer> layer = [] {
     const auto view = NSView::initWithFrame(CGRectZero);
     view->setWantsLayer(true);
@@ -120,8 +121,8 @@ TEST_F(SceneTest, ALayerThatOutlivesItsViewDoesNoHarm) {
   EXPECT_EQ(layer->backgroundColor(), kRed);
 }
 
-TEST_F(SceneTest, ChangesAreShownAtOnce) {
-  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+TEST_F(SceneTest, EachChangeUpdatesTheSceneAtOnce) {
+  const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->setFrame(CGRectMake(1, 1, 8, 8));
   EXPECT_EQ(scene(), Scene{fill(CGRectMake(1, 1, 8, 8), kRed)});
   view->layer()->setBackgroundColor(kWhite);
@@ -130,24 +131,24 @@ TEST_F(SceneTest, ChangesAreShownAtOnce) {
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(SceneTest, AWindowThatIsOpenedShowsWhatIsInIt) {
+TEST_F(SceneTest, AnOpenedWindowShowsViewsAddedWhileItWasClosed) {
   window->close();
-  add(CGRectMake(0, 0, 9, 9), kRed);
+  addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->orderFront();
   EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, AWindowThatIsOpenedAgainShowsItAgain) {
-  add(CGRectMake(0, 0, 9, 9), kRed);
+TEST_F(SceneTest, AWindowDestroyedAndOpenedAgainShowsItsViews) {
+  addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const WindowHandle handle = window->handle();
   window->close();
-  platform.user().windowVanishes(handle);
+  platform.windowSystem().ownerDestroysWindow(handle);
   window->orderFront();
   EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, AMiniaturisedWindowThatComesBackShowsWhatChangedMeanwhile) {
-  const auto view = add(CGRectMake(0, 0, 9, 9), kRed);
+TEST_F(SceneTest, ADeminiaturisedWindowShowsChangesMadeWhileMiniaturised) {
+  const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->miniaturize();
   view->layer()->setBackgroundColor(kWhite);
   window->deminiaturize();
@@ -165,19 +166,19 @@ class IndicatorTest : public SceneTest {
   Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(frame);
 };
 
-TEST_F(IndicatorTest, IsABarThatStandsStillAtFirst) {
-  const auto fresh = NSProgressIndicator::initWithFrame(CGRectZero);
-  EXPECT_EQ(fresh->className(), "NSProgressIndicator");
-  EXPECT_EQ(fresh->style(), NSProgressIndicatorStyleBar);
-  EXPECT_FALSE(fresh->isAnimating());
-  EXPECT_EQ(fresh->appearance(), nullptr);
+TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
+  const auto newIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
+  EXPECT_EQ(newIndicator->className(), "NSProgressIndicator");
+  EXPECT_EQ(newIndicator->style(), NSProgressIndicatorStyleBar);
+  EXPECT_FALSE(newIndicator->isAnimating());
+  EXPECT_EQ(newIndicator->appearance(), nullptr);
 }
 
-TEST_F(IndicatorTest, SpinningIsShownAsASpinner) {
+TEST_F(IndicatorTest, OfSpinningStyleIsShownAsASpinner) {
   EXPECT_EQ(scene(), Scene{spinner(frame, false)});
 }
 
-TEST_F(IndicatorTest, TurnsFromStartToStop) {
+TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
   indicator->startAnimation(nullptr);
   EXPECT_TRUE(indicator->isAnimating());
   EXPECT_EQ(scene(), Scene{spinner(frame, true)});
@@ -186,30 +187,30 @@ TEST_F(IndicatorTest, TurnsFromStartToStop) {
   EXPECT_EQ(scene(), Scene{spinner(frame, false)});
 }
 
-TEST_F(IndicatorTest, AsABarIsNotShown) {
+TEST_F(IndicatorTest, OfBarStyleIsNotShown) {
   indicator->setStyle(NSProgressIndicatorStyleBar);
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(IndicatorTest, WithoutASizeIsNotShown) {
+TEST_F(IndicatorTest, WithoutAreaIsNotShown) {
   indicator->setFrame(CGRectMake(10, 10, 0, 32));
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(IndicatorTest, LiesOverItsOwnLayer) {
+TEST_F(IndicatorTest, IsDrawnOverItsOwnLayer) {
   indicator->setWantsLayer(true);
   indicator->layer()->setBackgroundColor(kWhite);
   EXPECT_EQ(scene(), (Scene{fill(frame, kWhite), spinner(frame, false)}));
 }
 
-TEST_F(IndicatorTest, HasTheAppearanceItIsGiven) {
+TEST_F(IndicatorTest, HasTheAppearanceThatWasSet) {
   const auto light = NSAppearance::appearanceNamed(NSAppearanceNameAqua);
   EXPECT_EQ(light->name(), "NSAppearanceNameAqua");
   indicator->setAppearance(light);
   EXPECT_EQ(indicator->appearance(), light);
 }
 
-TEST(NSColorTest, WhiteIsWhiteAndOpaque) { EXPECT_EQ(NSColor::whiteColor()->CGColor(), kWhite); }
+TEST(NSColorTest, WhiteColorIsOpaqueWhite) { EXPECT_EQ(NSColor::whiteColor()->CGColor(), kWhite); }
 
 }  // namespace
 }  // namespace vel::test

@@ -1,3 +1,4 @@
+// The end of the process's shared objects: `shutDown` and its steps.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -9,39 +10,41 @@
 namespace vel::test {
 namespace {
 
-std::function<void()> workOfStep;
+std::function<void()> actionOfStep;
 
-const ShutdownStep runsWork([] {
-  if (workOfStep) {
-    workOfStep();
+const ShutdownStep step([] {
+  if (actionOfStep) {
+    actionOfStep();
   }
 });
 
 class ShutdownTest : public RecordedTest {
  protected:
   ShutdownTest() = default;
-  ~ShutdownTest() override { workOfStep = nullptr; }
+  ~ShutdownTest() override { actionOfStep = nullptr; }
 };
 
-TEST_F(ShutdownTest, RunsTheStepsAfterTheWindowsHaveClosed) {
-  recordingControllerIn(open("A"), "controller");
+TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
+  addController(open("A"), "controller");
   recorder.take();
-  workOfStep = [this] { recorder.record(NSApp == nullptr ? "step" : "step before the end"); };
+  actionOfStep = [this] {
+    recorder.record(NSApp == nullptr ? "step" : "step while the application exists");
+  };
   shutDown();
   EXPECT_EQ(recorder.take(),
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, RunsTheStepsWithoutAnApplication) {
+TEST_F(ShutdownTest, WithoutAnApplicationShutDownRunsTheStepsButStopDoesNot) {
   NSApplication::stop();
-  workOfStep = [this] { recorder.record("step"); };
+  actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();
   EXPECT_EQ(recorder.take(), Events{});
   shutDown();
   EXPECT_EQ(recorder.take(), Events{"step"});
 }
 
-TEST_F(ShutdownTest, RemovesEveryObserver) {
+TEST_F(ShutdownTest, StopRemovesAllObservers) {
   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
   const auto listener = make<NotificationRecorder>(recorder);
   listener->observe();
@@ -52,11 +55,11 @@ TEST_F(ShutdownTest, RemovesEveryObserver) {
   EXPECT_TRUE(recorder.take().empty());
 }
 
-TEST_F(ShutdownTest, RemovesTimersAndWorkThatClosingWindowsAndStepsHaveAdded) {
+TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
   const auto ticker = make<Ticker>();
-  recordingControllerIn(open("A"), "controller");
+  addController(open("A"), "controller");
   recorder.onNext("controller did disappear", [&] { schedule(0.1, ticker); });
-  workOfStep = [this] {
+  actionOfStep = [this] {
     dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
   };
   shutDown();
@@ -68,7 +71,7 @@ TEST_F(ShutdownTest, RemovesTimersAndWorkThatClosingWindowsAndStepsHaveAdded) {
   EXPECT_TRUE(recorder.take().empty());
 }
 
-TEST_F(ShutdownTest, DrainsTheReleasePool) {
+TEST_F(ShutdownTest, ShutDownDrainsTheReleasePool) {
   Strong<Ticker> object = make<Ticker>();
   const Weak<Ticker> weak = releaseLater(object);
   object.reset();
@@ -77,7 +80,7 @@ TEST_F(ShutdownTest, DrainsTheReleasePool) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(ShutdownTest, RestoresTheDefaultModeOfTheRunLoop) {
+TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
   NSApp->beginModalRun(open("A"));
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
   ASSERT_EQ(NSRunLoop::mainRunLoop().mode(), NSEventTrackingRunLoopMode);
@@ -85,12 +88,12 @@ TEST_F(ShutdownTest, RestoresTheDefaultModeOfTheRunLoop) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ShutdownTest, AnEndedApplicationThatAHostKeepsDoesNotDisturbTheNextOne) {
-  Strong<NSApplication> ended = NSApp;
+TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheNextOne) {
+  Strong<NSApplication> stopped = NSApp;
   NSApplication::stop();
   NSApplication::start(std::make_unique<HeadlessWindowSystem>());
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
-  ended.reset();
+  stopped.reset();
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSEventTrackingRunLoopMode);
 }
 

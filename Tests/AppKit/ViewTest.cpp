@@ -1,4 +1,7 @@
-// Views: the tree, autoresizing and constraints.
+// Views: the view tree, autoresizing and constraints.
+#include <ostream>
+#include <string>
+
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -31,7 +34,7 @@ TEST_F(ViewTreeTest, ASubviewIsAddedDirectlyAboveOrBelowAnother) {
   EXPECT_EQ(root->subviews(), (NSArray<NSView>{below, back, above, front}));
 }
 
-TEST_F(ViewTreeTest, RelativeToNoSubviewMeansInFrontOfAllOrBehindAll) {
+TEST_F(ViewTreeTest, WithoutASiblingASubviewIsAddedInFrontOfAllOrBehindAll) {
   const auto first = view();
   const auto last = view();
   root->addSubviewPositionedRelativeTo(last, NSWindowAbove, root);
@@ -39,20 +42,20 @@ TEST_F(ViewTreeTest, RelativeToNoSubviewMeansInFrontOfAllOrBehindAll) {
   EXPECT_EQ(root->subviews(), (NSArray<NSView>{first, back, front, last}));
 }
 
-TEST_F(ViewTreeTest, ASubviewIsMovedAmongItsSiblings) {
+TEST_F(ViewTreeTest, ASubviewCanBeMovedAmongItsSiblings) {
   root->addSubviewPositionedRelativeTo(front, NSWindowBelow, back);
   EXPECT_EQ(root->subviews(), (NSArray<NSView>{front, back}));
   root->addSubviewPositionedRelativeTo(front, NSWindowAbove, front);
   EXPECT_EQ(root->subviews(), (NSArray<NSView>{back, front}));
 }
 
-TEST_F(ViewTreeTest, AViewIsTakenFromItsFormerSuperview) {
+TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
   front->addSubview(back);
   EXPECT_EQ(root->subviews(), NSArray<NSView>{front});
   EXPECT_EQ(back->superview(), front);
 }
 
-TEST_F(ViewTreeTest, NoneItselfAndAViewAroundItAreRefused) {
+TEST_F(ViewTreeTest, NullTheViewItselfAndAnAncestorCannotBeSubviews) {
   root->addSubview(nullptr);
   root->addSubview(root);
   front->addSubview(root);
@@ -68,14 +71,14 @@ TEST_F(ViewTreeTest, ARemovedViewHasNoSuperview) {
   EXPECT_EQ(root->subviews(), NSArray<NSView>{front});
 }
 
-TEST_F(ViewTreeTest, ASuperviewKeepsItsSubviewsAndTheyDoNotKeepIt) {
-  const Weak<NSView> seen = back;
+TEST_F(ViewTreeTest, ASuperviewOwnsItsSubviewsButTheyDoNotOwnIt) {
+  const Weak<NSView> weakBack = back;
   back.reset();
-  EXPECT_FALSE(seen.expired());
-  const Weak<NSView> seenRoot = root;
+  EXPECT_FALSE(weakBack.expired());
+  const Weak<NSView> weakRoot = root;
   root.reset();
-  EXPECT_TRUE(seenRoot.expired());
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakRoot.expired());
+  EXPECT_TRUE(weakBack.expired());
   EXPECT_EQ(front->superview(), nullptr);
 }
 
@@ -88,59 +91,69 @@ TEST_F(ViewTreeTest, AViewIsInTheWindowOfItsOutermostSuperview) {
   EXPECT_EQ(front->window(), nullptr);
 }
 
-TEST_F(ViewTreeTest, BoundsAreTheSizeAtTheOrigin) {
+TEST_F(ViewTreeTest, BoundsHaveTheSizeOfTheFrameAndOriginZero) {
   EXPECT_EQ(view(CGRectMake(3, 4, 50, 60))->bounds(), CGRectMake(0, 0, 50, 60));
 }
 
-// Autoresizing: a superview of 100 x 100 grows to 200 x 160.
-CGRect resized(NSAutoresizingMaskOptions mask, CGSize to = {200, 160}) {
+// A superview of 100 by 100 points is resized to `size`. Its subview has the origin (10, 20) and
+// the size 30 by 40.
+struct AutoresizingCase {
+  const char* name;
+  NSAutoresizingMaskOptions mask;
+  CGSize size;
+  CGRect expectedFrame;
+
+  friend void PrintTo(const AutoresizingCase& tested, std::ostream* out) { *out << tested.name; }
+};
+
+class AutoresizingMaskTest : public testing::TestWithParam<AutoresizingCase> {};
+
+TEST_P(AutoresizingMaskTest, SetsTheFrameOfASubview) {
   const auto outer = view(CGRectMake(0, 0, 100, 100));
   const auto inner = view(CGRectMake(10, 20, 30, 40));
-  inner->setAutoresizingMask(mask);
+  inner->setAutoresizingMask(GetParam().mask);
   outer->addSubview(inner);
-  outer->setFrame({{5, 5}, to});
-  return inner->frame();
+  outer->setFrame({{5, 5}, GetParam().size});
+  EXPECT_EQ(inner->frame(), GetParam().expectedFrame);
 }
 
-TEST(AutoresizingTest, WithoutAMaskAViewStaysAsItIs) {
-  EXPECT_EQ(resized(NSViewNotSizable), CGRectMake(10, 20, 30, 40));
-}
+constexpr CGSize kLarger{200, 160};
 
-TEST(AutoresizingTest, ASizableSideTakesTheWholeChange) {
-  EXPECT_EQ(resized(NSViewWidthSizable), CGRectMake(10, 20, 130, 40));
-  EXPECT_EQ(resized(NSViewHeightSizable), CGRectMake(10, 20, 30, 100));
-  EXPECT_EQ(resized(NSViewWidthSizable | NSViewHeightSizable), CGRectMake(10, 20, 130, 100));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Masks, AutoresizingMaskTest,
+    testing::Values(
+        AutoresizingCase{"None", NSViewNotSizable, kLarger, CGRectMake(10, 20, 30, 40)},
+        AutoresizingCase{"Width", NSViewWidthSizable, kLarger, CGRectMake(10, 20, 130, 40)},
+        AutoresizingCase{"Height", NSViewHeightSizable, kLarger, CGRectMake(10, 20, 30, 100)},
+        AutoresizingCase{"WidthAndHeight", NSViewWidthSizable | NSViewHeightSizable, kLarger,
+                         CGRectMake(10, 20, 130, 100)},
+        AutoresizingCase{"LeftAndBottomMargins", NSViewMinXMargin | NSViewMinYMargin, kLarger,
+                         CGRectMake(110, 80, 30, 40)},
+        AutoresizingCase{"RightAndTopMargins", NSViewMaxXMargin | NSViewMaxYMargin, kLarger,
+                         CGRectMake(10, 20, 30, 40)},
+        AutoresizingCase{"TwoPartsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin, kLarger,
+                         CGRectMake(60, 20, 30, 40)},
+        AutoresizingCase{"ThreePartsShareTheChange",
+                         NSViewMinYMargin | NSViewHeightSizable | NSViewMaxYMargin, kLarger,
+                         CGRectMake(10, 40, 30, 60)},
+        AutoresizingCase{"AWidthIsNeverNegative", NSViewWidthSizable, CGSize{20, 100},
+                         CGRectMake(10, 20, 0, 40)}),
+    [](const auto& tested) { return std::string(tested.param.name); });
 
-TEST(AutoresizingTest, AMarginThatGivesMovesTheView) {
-  EXPECT_EQ(resized(NSViewMinXMargin | NSViewMinYMargin), CGRectMake(110, 80, 30, 40));
-  EXPECT_EQ(resized(NSViewMaxXMargin | NSViewMaxYMargin), CGRectMake(10, 20, 30, 40));
-}
-
-TEST(AutoresizingTest, SeveralPartsShareTheChange) {
-  EXPECT_EQ(resized(NSViewMinXMargin | NSViewMaxXMargin), CGRectMake(60, 20, 30, 40));
-  EXPECT_EQ(resized(NSViewMinYMargin | NSViewHeightSizable | NSViewMaxYMargin),
-            CGRectMake(10, 40, 30, 60));
-}
-
-TEST(AutoresizingTest, AShrinkingSideEndsAtNothing) {
-  EXPECT_EQ(resized(NSViewWidthSizable, {20, 100}), CGRectMake(10, 20, 0, 40));
-}
-
-TEST(AutoresizingTest, InnerViewsFollowInTheirTurn) {
+TEST(AutoresizingTest, NestedViewsResizeTogether) {
   const auto outer = view(CGRectMake(0, 0, 100, 100));
   const auto middle = view(CGRectMake(0, 0, 100, 100));
   const auto inner = view(CGRectMake(0, 0, 100, 100));
   outer->addSubview(middle);
   middle->addSubview(inner);
-  for (const auto& each : {middle, inner}) {
-    each->setAutoresizingMask(NSViewWidthSizable | NSViewHeightSizable);
+  for (const auto& resizable : {middle, inner}) {
+    resizable->setAutoresizingMask(NSViewWidthSizable | NSViewHeightSizable);
   }
   outer->setFrame(CGRectMake(0, 0, 300, 200));
   EXPECT_EQ(inner->frame(), CGRectMake(0, 0, 300, 200));
 }
 
-TEST(AutoresizingTest, MovingASuperviewMovesNothingInIt) {
+TEST(AutoresizingTest, MovingASuperviewDoesNotChangeItsSubviews) {
   const auto outer = view(CGRectMake(0, 0, 100, 100));
   const auto inner = view(CGRectMake(10, 20, 30, 40));
   inner->setAutoresizingMask(NSViewMinXMargin | NSViewWidthSizable);
@@ -155,12 +168,12 @@ class ConstraintTest : public testing::Test {
     inner->setTranslatesAutoresizingMaskIntoConstraints(false);
     outer->addSubview(inner);
   }
-  // What the indicator has: in the middle, at least so wide and exactly so high.
-  void activate(double width, double height) {
+  // Centres the inner view, with a minimum width and a fixed height.
+  void activateConstraints(double minWidth, double height) {
     NSLayoutConstraint::activateConstraints({
         inner->centerXAnchor().constraintEqualToAnchor(outer->centerXAnchor()),
         inner->centerYAnchor().constraintEqualToAnchor(outer->centerYAnchor()),
-        inner->widthAnchor().constraintGreaterThanOrEqualToConstant(width),
+        inner->widthAnchor().constraintGreaterThanOrEqualToConstant(minWidth),
         inner->heightAnchor().constraintEqualToConstant(height),
     });
   }
@@ -169,18 +182,18 @@ class ConstraintTest : public testing::Test {
   Strong<NSView> inner = view();
 };
 
-TEST_F(ConstraintTest, PlaceAViewInTheMiddleWithItsSize) {
-  activate(32, 32);
+TEST_F(ConstraintTest, CentreAViewAndSetItsSize) {
+  activateConstraints(32, 32);
   EXPECT_EQ(inner->frame(), CGRectMake(184, 134, 32, 32));
 }
 
-TEST_F(ConstraintTest, FollowAChangeOfTheSuperviewsSize) {
-  activate(32, 40);
+TEST_F(ConstraintTest, ApplyAgainWhenTheSuperviewIsResized) {
+  activateConstraints(32, 40);
   outer->setFrame(CGRectMake(0, 0, 200, 100));
   EXPECT_EQ(inner->frame(), CGRectMake(84, 30, 32, 40));
 }
 
-TEST_F(ConstraintTest, AGreaterBoundCountsAmongSeveral) {
+TEST_F(ConstraintTest, TheLargestOfSeveralMinimumsApplies) {
   NSLayoutConstraint::activateConstraints({
       inner->widthAnchor().constraintGreaterThanOrEqualToConstant(50),
       inner->widthAnchor().constraintGreaterThanOrEqualToConstant(20),
@@ -189,7 +202,7 @@ TEST_F(ConstraintTest, AGreaterBoundCountsAmongSeveral) {
   EXPECT_EQ(inner->frame().size, (CGSize{50, 10}));
 }
 
-TEST_F(ConstraintTest, ASiblingsCentreIsTakenToo) {
+TEST_F(ConstraintTest, AViewCanBeCentredOnASibling) {
   const auto sibling = view(CGRectMake(100, 50, 20, 10));
   outer->addSubview(sibling);
   NSLayoutConstraint::activateConstraints({
@@ -199,7 +212,7 @@ TEST_F(ConstraintTest, ASiblingsCentreIsTakenToo) {
   EXPECT_EQ(inner->frame().origin, (CGPoint{110, 55}));
 }
 
-TEST_F(ConstraintTest, SayWhatTheyRelate) {
+TEST_F(ConstraintTest, HaveItemsAnAttributeARelationAndAConstant) {
   const auto centre = inner->centerXAnchor().constraintEqualToAnchor(outer->centerXAnchor());
   EXPECT_EQ(centre->firstItem(), inner);
   EXPECT_EQ(centre->secondItem(), outer);
@@ -212,45 +225,45 @@ TEST_F(ConstraintTest, SayWhatTheyRelate) {
   EXPECT_EQ(width->constant(), 32);
 }
 
-TEST_F(ConstraintTest, BelongToTheSuperviewOfTheirFirstView) {
-  activate(32, 32);
+TEST_F(ConstraintTest, BelongToTheSuperviewOfTheirFirstItem) {
+  activateConstraints(32, 32);
   EXPECT_EQ(outer->constraints().size(), 4u);
   EXPECT_TRUE(inner->constraints().empty());
 }
 
-TEST_F(ConstraintTest, GoWithTheViewThatIsTakenAway) {
-  activate(32, 32);
+TEST_F(ConstraintTest, AreRemovedWithTheirView) {
+  activateConstraints(32, 32);
   inner->removeFromSuperview();
   EXPECT_TRUE(outer->constraints().empty());
   outer->setFrame(CGRectMake(0, 0, 200, 100));
   EXPECT_EQ(inner->frame(), CGRectMake(184, 134, 32, 32));
 }
 
-TEST_F(ConstraintTest, OfAViewWithoutASuperviewAreIgnored) {
+TEST_F(ConstraintTest, AreIgnoredForAViewWithoutASuperview) {
   inner->removeFromSuperview();
-  activate(32, 32);
+  activateConstraints(32, 32);
   EXPECT_TRUE(outer->constraints().empty());
   EXPECT_EQ(inner->frame(), CGRectZero);
 }
 
-TEST_F(ConstraintTest, DoNotPlaceAViewThatItsMaskPlaces) {
+TEST_F(ConstraintTest, DoNotApplyToAViewThatTranslatesItsAutoresizingMask) {
   inner->setTranslatesAutoresizingMaskIntoConstraints(true);
-  activate(32, 32);
+  activateConstraints(32, 32);
   EXPECT_EQ(inner->frame(), CGRectZero);
 }
 
-TEST_F(ConstraintTest, AViewThatConstraintsPlaceHeedsNoMask) {
+TEST_F(ConstraintTest, TheAutoresizingMaskIsIgnoredWithConstraints) {
   inner->setFrame(CGRectMake(0, 0, 10, 10));
   inner->setAutoresizingMask(NSViewWidthSizable);
   outer->setFrame(CGRectMake(0, 0, 500, 300));
   EXPECT_EQ(inner->frame(), CGRectMake(0, 0, 10, 10));
 }
 
-TEST_F(ConstraintTest, ADyingSuperviewTakesItsConstraintsAlong) {
-  activate(32, 32);
-  const Weak<NSView> seen = outer;
+TEST_F(ConstraintTest, DoNotKeepTheSuperviewAlive) {
+  activateConstraints(32, 32);
+  const Weak<NSView> weakOuter = outer;
   outer.reset();
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakOuter.expired());
 }
 
 }  // namespace

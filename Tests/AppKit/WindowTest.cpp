@@ -1,4 +1,4 @@
-// Windows: open and on screen, their order, and what the window system is told of them.
+// Windows: opening and closing, stacking order, and the requests to the window system.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
 
@@ -7,126 +7,126 @@ namespace {
 
 class WindowTest : public RecordedTest {
  protected:
-  // The window as the window system has it.
-  const HeadlessWindowSystem::Window& shown(const Strong<NSWindow>& window) {
-    return *platform.user().window(window->handle());
+  // The state of the window in the window system.
+  const HeadlessWindowSystem::Window& stateOf(const Strong<NSWindow>& window) {
+    return *platform.windowSystem().window(window->handle());
   }
 };
 
-TEST_F(WindowTest, IsClosedWhenItIsMade) {
-  const auto window = closedWindow("A");
+TEST_F(WindowTest, ANewWindowIsClosed) {
+  const auto window = makeClosedWindow("A");
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(window->isOnScreen());
   EXPECT_EQ(window->handle(), WindowHandle::None);
-  EXPECT_TRUE(order().empty());
+  EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(WindowTest, HasAPlainContentViewOfItsSize) {
-  const auto window = closedWindow("A");
+TEST_F(WindowTest, ANewWindowHasAPlainContentViewOfItsSize) {
+  const auto window = makeClosedWindow("A");
   ASSERT_NE(window->contentView(), nullptr);
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 1000, 600));
   EXPECT_EQ(window->contentView()->window(), window);
   EXPECT_EQ(window->contentViewController(), nullptr);
 }
 
-TEST_F(WindowTest, IsOpenAndOnScreenOnceOrderedIn) {
+TEST_F(WindowTest, OrderFrontOpensAWindowAndPutsItOnScreen) {
   const auto window = open("A");
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isOnScreen());
-  EXPECT_TRUE(shown(window).onScreen);
+  EXPECT_TRUE(stateOf(window).onScreen);
 }
 
-TEST_F(WindowTest, OrderedInIsInFront) {
+TEST_F(WindowTest, AnOpenedWindowIsInFront) {
   open("A");
   open("B");
   open("C");
-  EXPECT_EQ(order(), (Events{"C", "B", "A"}));
+  EXPECT_EQ(windowOrder(), (Events{"C", "B", "A"}));
 }
 
-TEST_F(WindowTest, OrderedInAgainComesToTheFront) {
+TEST_F(WindowTest, OrderFrontMovesAnOpenWindowToTheFront) {
   const auto window = open("A");
   open("B");
   window->orderFront();
-  EXPECT_EQ(order(), (Events{"A", "B"}));
+  EXPECT_EQ(windowOrder(), (Events{"A", "B"}));
 }
 
-TEST_F(WindowTest, OrderingNeverMakesKey) {
+TEST_F(WindowTest, OrderFrontDoesNotMakeAWindowKey) {
   const auto window = open("A");
   window->orderFront();
-  EXPECT_EQ(key(), "none");
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(WindowTest, TheOrderThatTheUserGivesIsFollowed) {
+TEST_F(WindowTest, TheUserCanReorderWindows) {
   const auto a = open("A");
   const auto b = open("B");
   const auto c = open("C");
-  platform.user().userOrdersWindows({a->handle(), c->handle(), b->handle()});
-  EXPECT_EQ(order(), (Events{"A", "C", "B"}));
+  platform.windowSystem().userOrdersWindows({a->handle(), c->handle(), b->handle()});
+  EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
-TEST_F(WindowTest, TheUsersOrderLeavesOtherWindowsWhereTheyAre) {
+TEST_F(WindowTest, AReportedOrderDoesNotMoveOtherWindows) {
   const auto a = open("A");
   const auto b = open("B");
   open("C");
   const auto hidden = open("D");
   hidden->close();
-  platform.user().userOrdersWindows(
+  platform.windowSystem().userOrdersWindows(
       {a->handle(), hidden->handle(), WindowHandle{4711}, b->handle()});
-  EXPECT_EQ(order(), (Events{"C", "A", "B"}));
+  EXPECT_EQ(windowOrder(), (Events{"C", "A", "B"}));
 }
 
-TEST_F(WindowTest, IsNeitherOpenNorOnScreenOnceClosed) {
+TEST_F(WindowTest, AClosedWindowIsNeitherOpenNorOnScreen) {
   const auto window = open("A");
   window->close();
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(window->isOnScreen());
-  EXPECT_FALSE(shown(window).onScreen);
-  EXPECT_TRUE(order().empty());
+  EXPECT_FALSE(stateOf(window).onScreen);
+  EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(WindowTest, OrderedOutIsClosed) {
-  const auto window = openKey("A");
+TEST_F(WindowTest, OrderOutClosesAWindow) {
+  const auto window = openKeyWindow("A");
   window->orderOut();
   EXPECT_FALSE(window->isVisible());
-  EXPECT_EQ(key(), "none");
+  EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(WindowTest, ClosingAClosedWindowDoesNothing) {
-  const auto window = openKey("A");
+  const auto window = openKeyWindow("A");
   window->close();
   recorder.take();
   window->close();
-  closedWindow("B")->close();
+  makeClosedWindow("B")->close();
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(WindowTest, ClosedCanBeOrderedInAgain) {
+TEST_F(WindowTest, AClosedWindowCanBeOpenedAgain) {
   const auto window = open("A");
   window->close();
   window->makeKeyAndOrderFront();
-  EXPECT_TRUE(shown(window).onScreen);
-  EXPECT_EQ(key(), "A");
-  EXPECT_EQ(platform.user().windowCount(), 1u);
+  EXPECT_TRUE(stateOf(window).onScreen);
+  EXPECT_EQ(keyWindowName(), "A");
+  EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(WindowTest, LivesWhileItIsOpenThoughNobodyElseKeepsIt) {
+TEST_F(WindowTest, TheApplicationKeepsAnOpenWindowAlive) {
   Strong<NSWindow> window = open("A");
-  const Weak<NSWindow> seen = window;
+  const Weak<NSWindow> weakWindow = window;
   window.reset();
-  ASSERT_FALSE(seen.expired());
-  seen.lock()->close();
-  EXPECT_TRUE(seen.expired());
-  EXPECT_EQ(platform.user().windowCount(), 0u);
+  ASSERT_FALSE(weakWindow.expired());
+  weakWindow.lock()->close();
+  EXPECT_TRUE(weakWindow.expired());
+  EXPECT_EQ(platform.windowSystem().windowCount(), 0u);
 }
 
-TEST_F(WindowTest, TheWindowSystemLearnsOfItWhenItIsFirstOrderedIn) {
-  const auto window = closedWindow("A");
+TEST_F(WindowTest, TheWindowSystemCreatesAWindowWhenItFirstOpens) {
+  const auto window = makeClosedWindow("A");
   window->setTitle("Title");
   window->setStyleMask(NSWindowStyleMaskTitled);
   window->setMovableByWindowBackground(true);
-  EXPECT_EQ(platform.user().windowCount(), 0u);
+  EXPECT_EQ(platform.windowSystem().windowCount(), 0u);
   window->orderFront();
-  const WindowDescription& description = shown(window).description;
+  const WindowDescription& description = stateOf(window).description;
   EXPECT_EQ(description.className, "A");
   EXPECT_EQ(description.title, "Title");
   EXPECT_EQ(description.frame, CGRectMake(0, 0, 1000, 600));
@@ -135,22 +135,22 @@ TEST_F(WindowTest, TheWindowSystemLearnsOfItWhenItIsFirstOrderedIn) {
   EXPECT_TRUE(description.movableByBackground);
 }
 
-TEST_F(WindowTest, TheWindowSystemIsToldOfChanges) {
+TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
   const auto window = open("A");
   window->setTitle("Other");
   window->setFrame(CGRectMake(5, 6, 70, 80));
   window->setStyleMask(NSWindowStyleMaskBorderless);
   window->setMovableByWindowBackground(true);
-  const WindowDescription& description = shown(window).description;
+  const WindowDescription& description = stateOf(window).description;
   EXPECT_EQ(description.title, "Other");
   EXPECT_EQ(description.frame, CGRectMake(5, 6, 70, 80));
   EXPECT_EQ(description.styleMask, NSWindowStyleMaskBorderless);
   EXPECT_TRUE(description.movableByBackground);
 }
 
-TEST_F(WindowTest, AStyleMaskThatTheWindowsOwnerGivesItIsFollowed) {
+TEST_F(WindowTest, AStyleMaskSetByTheOwnerOfTheWindowIsAdopted) {
   const auto window = open("A");
-  platform.user().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
+  platform.windowSystem().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
@@ -160,14 +160,14 @@ TEST_F(WindowTest, ANewFrameResizesTheContentView) {
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 70, 80));
 }
 
-TEST_F(WindowTest, TheUsersResizingIsFollowed) {
+TEST_F(WindowTest, ResizingByTheUserChangesTheFrameAndTheContentView) {
   const auto window = open("A");
-  platform.user().userResizesWindow(window->handle(), CGRectMake(1, 2, 300, 200));
+  platform.windowSystem().userResizesWindow(window->handle(), CGRectMake(1, 2, 300, 200));
   EXPECT_EQ(window->frame(), CGRectMake(1, 2, 300, 200));
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 300, 200));
 }
 
-TEST_F(WindowTest, AnObserverHearsOfEachStyleThatIsSet) {
+TEST_F(WindowTest, ThePlatformObserverReceivesEachStyleMask) {
   struct Observer final : PlatformObserver {
     void styleMaskSet(NSWindow& /*window*/, std::uint64_t styleMask) override {
       masks.push_back(styleMask);
@@ -181,9 +181,9 @@ TEST_F(WindowTest, AnObserverHearsOfEachStyleThatIsSet) {
   EXPECT_EQ(observer.masks, (std::vector<std::uint64_t>{7, 7}));
 }
 
-TEST_F(WindowTest, AnObserverHearsOfOpeningAndClosing) {
+TEST_F(WindowTest, ThePlatformObserverReceivesOpeningAndClosing) {
   struct Observer final : PlatformObserver {
-    explicit Observer(EventRecorder& theRecorder) : recorder(theRecorder) {}
+    explicit Observer(EventRecorder& eventRecorder) : recorder(eventRecorder) {}
     void windowOpened(NSWindow& /*window*/) override { recorder.record("opened"); }
     void windowClosed(NSWindow& /*window*/) override { recorder.record("closed"); }
     EventRecorder& recorder;
@@ -195,49 +195,50 @@ TEST_F(WindowTest, AnObserverHearsOfOpeningAndClosing) {
   EXPECT_EQ(recorder.take(), (Events{"opened", "closed"}));
 }
 
-TEST_F(WindowTest, TheUserClosesItByItsCloseControl) {
+TEST_F(WindowTest, TheCloseControlClosesAWindow) {
   const auto window = open("A");
-  platform.user().userClosesWindow(window->handle());
+  platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, WithoutACloseControlTheUserCannotCloseIt) {
+TEST_F(WindowTest, WithoutACloseControlTheUserCannotCloseAWindow) {
   const auto window = open("A");
   window->setStyleMask(window->styleMask() & ~NSWindowStyleMaskClosable);
-  platform.user().userClosesWindow(window->handle());
+  platform.windowSystem().userClosesWindow(window->handle());
   window->performClose();
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(WindowTest, PerformCloseClosesWhereThereIsACloseControl) {
+TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
   const auto window = open("A");
   window->performClose();
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, AHandlerMayTakeTheUsersWishToCloseUponItself) {
+TEST_F(WindowTest, ACloseRequestedHandlerReplacesClosing) {
   const auto window = open("A");
-  Events asked;
-  NSApp->setCloseRequestedHandler([&](NSWindow& which) { asked.emplace_back(which.className()); });
-  platform.user().userClosesWindow(window->handle());
-  EXPECT_EQ(asked, Events{"A"});
+  Events windowsToClose;
+  NSApp->setCloseRequestedHandler(
+      [&](NSWindow& requestedWindow) { windowsToClose.emplace_back(requestedWindow.className()); });
+  platform.windowSystem().userClosesWindow(window->handle());
+  EXPECT_EQ(windowsToClose, Events{"A"});
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(WindowTest, TheHandlerMayReplaceItself) {
+TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
   const auto window = open("A");
-  auto kept = std::make_shared<int>(0);
-  NSApp->setCloseRequestedHandler([kept](NSWindow&) {
+  auto callCount = std::make_shared<int>(0);
+  NSApp->setCloseRequestedHandler([callCount](NSWindow&) {
     NSApp->setCloseRequestedHandler(nullptr);
-    ++*kept;  // still there
+    ++*callCount;  // The handler's captures must outlive its removal.
   });
-  platform.user().userClosesWindow(window->handle());
-  EXPECT_EQ(*kept, 1);
-  platform.user().userClosesWindow(window->handle());
+  platform.windowSystem().userClosesWindow(window->handle());
+  EXPECT_EQ(*callCount, 1);
+  platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, AParentIsWhatAddChildWindowSet) {
+TEST_F(WindowTest, AddChildWindowSetsTheParent) {
   const auto parent = open("A");
   const auto child = open("B");
   EXPECT_EQ(child->parentWindow(), nullptr);
@@ -247,29 +248,29 @@ TEST_F(WindowTest, AParentIsWhatAddChildWindowSet) {
 }
 
 TEST_F(WindowTest, AddingAChildDoesNotOpenIt) {
-  const auto child = closedWindow("B");
+  const auto child = makeClosedWindow("B");
   open("A")->addChildWindow(child);
   EXPECT_FALSE(child->isVisible());
 }
 
-TEST_F(WindowTest, AChildAddedElsewhereHasANewParent) {
-  const auto former = open("A");
+TEST_F(WindowTest, AddingAChildToAnotherWindowReplacesItsParent) {
+  const auto previousParent = open("A");
   const auto parent = open("B");
   const auto child = open("C");
-  former->addChildWindow(child);
+  previousParent->addChildWindow(child);
   parent->addChildWindow(child);
   parent->addChildWindow(child);
   EXPECT_EQ(child->parentWindow(), parent);
 }
 
-TEST_F(WindowTest, NoChildIsAddedOfNoneOrItself) {
+TEST_F(WindowTest, NullAndTheWindowItselfCannotBeChildren) {
   const auto window = open("A");
   window->addChildWindow(nullptr);
   window->addChildWindow(window);
   EXPECT_EQ(window->parentWindow(), nullptr);
 }
 
-TEST_F(WindowTest, ThousandsOfWindowsOpenAndClose) {
+TEST_F(WindowTest, ThousandsOfWindowsCanOpenAndClose) {
   std::vector<Strong<NSWindow>> windows;
   for (int number = 0; number < 2'000; ++number) {
     windows.push_back(open("A"));
@@ -277,12 +278,12 @@ TEST_F(WindowTest, ThousandsOfWindowsOpenAndClose) {
       windows.back()->makeKeyWindow();
     }
   }
-  EXPECT_EQ(order().size(), 2'000u);
+  EXPECT_EQ(windowOrder().size(), 2'000u);
   for (const Strong<NSWindow>& window : windows) {
     window->close();
   }
   windows.clear();
-  EXPECT_EQ(platform.user().windowCount(), 0u);
+  EXPECT_EQ(platform.windowSystem().windowCount(), 0u);
 }
 
 }  // namespace

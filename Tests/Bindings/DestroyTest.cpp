@@ -81,13 +81,13 @@ TEST_F(DestroyTest, BeforeTheEventIsRecorded) {
 
 TEST_F(DestroyTest, AfterTheDisplayWasLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().connectionBreaks("gone");
+  user().serverClosesConnection("gone");
   destroyAndExpectDestroyed({"ended 4"});
 }
 
 TEST_F(DestroyTest, AfterTheWindowVanished) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().windowVanishes(NSApp->keyWindow()->handle());
+  user().ownerDestroysWindow(NSApp->keyWindow()->handle());
   destroyAndExpectDestroyed({"ended 3"});
 }
 
@@ -133,7 +133,7 @@ TEST_F(DestroyTest, InsideDisplayLost) {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
     }
   };
-  dispatch_async(dispatch_get_main_queue(), [] { user().connectionBreaks("gone"); });
+  dispatch_async(dispatch_get_main_queue(), [] { user().serverClosesConnection("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "display_lost gone");
   EXPECT_EQ(host.callbackLines.back(), "ended 4");
@@ -148,7 +148,7 @@ TEST_F(DestroyTest, InsideControlsKept) {
     }
   };
   dispatch_async(dispatch_get_main_queue(), [] {
-    user().windowManagerKeeps(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
+    user().windowManagerKeepsControls(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
   });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "controls_kept 2");

@@ -104,7 +104,7 @@ TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
 TEST_F(EndedTest, AfterARefusedDismissalTheUserClosesTheWindow) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  inPass([] { user().windowVanishes(NSApp->modalWindow()->handle()); });
+  inPass([] { user().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
   expectOnlyEnd(VEL_END_WINDOW_CLOSED);
 }
 
@@ -115,7 +115,7 @@ TEST_F(EndedTest, TheWindowIsClosed) {
     createAgain(options);
     host.callbackLines.clear();
     present(VEL_PRESENT_EMBEDDED, 5);
-    inPass([] { user().windowVanishes(NSApp->keyWindow()->handle()); });
+    inPass([] { user().ownerDestroysWindow(NSApp->keyWindow()->handle()); });
     EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_WINDOW_CLOSED));
     expectOnlyEnd(VEL_END_WINDOW_CLOSED);
   }
@@ -125,7 +125,7 @@ TEST_F(EndedTest, TheWindowOfASheetIsClosed) {
   createWithController();
   const WindowHandle window = NSApp->keyWindow()->handle();
   present(VEL_PRESENT_SHEET, 5);
-  inPass([window] { user().windowVanishes(window); });
+  inPass([window] { user().ownerDestroysWindow(window); });
   expectOnlyEnd(VEL_END_WINDOW_CLOSED);
 }
 
@@ -134,7 +134,7 @@ TEST_F(EndedTest, TheDisplayIsLost) {
     createAgain(virtualOptions(&callbacks));
     host.callbackLines.clear();
     present(presentation, 5);
-    inPass([] { user().connectionBreaks("gone"); });
+    inPass([] { user().serverClosesConnection("gone"); });
     EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DISPLAY_LOST));
     expectOnlyEnd(VEL_END_DISPLAY_LOST);
   }

@@ -191,18 +191,18 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
 TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
-  user().windowManagerKeeps(window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
+  user().windowManagerKeepsControls(window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
   EXPECT_EQ(host.callbackLines.back(),
             "controls_kept " + std::to_string(VEL_CONTROL_MINIATURIZE | VEL_CONTROL_RESIZE));
-  user().windowManagerKeeps(window, NSWindowStyleMaskClosable);
+  user().windowManagerKeepsControls(window, NSWindowStyleMaskClosable);
   EXPECT_EQ(host.callbackLines.back(), "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
-  user().windowManagerKeeps(window, 0);
+  user().windowManagerKeepsControls(window, 0);
   EXPECT_EQ(host.callbackLines.back(), "controls_kept 0");
 }
 
 TEST_F(CRunTest, ALostDisplayIsReportedAndClosesTheWindow) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().connectionBreaks("the plug was pulled");
+  user().serverClosesConnection("the plug was pulled");
   EXPECT_EQ(host.callbackLines.back(), "display_lost the plug was pulled");
   EXPECT_FALSE(isUp());
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -215,7 +215,7 @@ TEST_F(CRunTest, ClosingTheModalWindowEndsTheLaunchScreen) {
   createWithController();
   host.callbackLines.clear();
   present(VEL_PRESENT_MODAL, 5);
-  user().windowVanishes(NSApp->modalWindow()->handle());
+  user().ownerDestroysWindow(NSApp->modalWindow()->handle());
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
   EXPECT_FALSE(isUp());
 }

@@ -59,7 +59,7 @@ TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  platform.runDue();
+  platform.runDueWork();
   for (const std::vector<int>& numbers : ran) {
     EXPECT_EQ(numbers.size(), std::size_t{kEach});
     EXPECT_TRUE(std::ranges::is_sorted(numbers));

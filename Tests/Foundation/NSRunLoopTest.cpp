@@ -143,7 +143,7 @@ TEST_F(NSRunLoopTest, ATimerThatMissedItsTimeInAnotherModeFiresWhenItsModeRuns) 
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
   loop.setMode(NSDefaultRunLoopMode);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(ticker->ticks(), 1);
 }
 

@@ -81,7 +81,7 @@ TEST_F(NSTimerTest, RepeatingTimersWithEqualFireDatesKeepTheOrderOfScheduling) {
 TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   letTimePass(0.35);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(ticker->ticks(), 1);
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
 }
@@ -89,7 +89,7 @@ TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
 TEST_F(NSTimerTest, TheNextFireDateIsAfterNowEvenIfNowIsAFireDate) {
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   letTimePass(0.3);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(ticker->ticks(), 1);
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
 }

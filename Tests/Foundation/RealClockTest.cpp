@@ -20,7 +20,8 @@ namespace vel::test {
 namespace {
 
 constexpr Nanoseconds kMillisecond = 1'000'000;
-constexpr int kPatience = 10'000;  // in milliseconds: the limit for something that must happen
+// The limit for an event that must happen.
+constexpr int kTimeoutInMilliseconds = 10'000;
 
 class Pipe : NonCopyable {
  public:
@@ -173,7 +174,7 @@ TEST_F(RealClockTest, InputOnAFormerHandleEndsNoWait) {
   pumpUntilIdle();
   EXPECT_FALSE(isReadable());
   watched.fill();
-  EXPECT_TRUE(isReadable(kPatience));
+  EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.watch(WaitHandle());
   loop.pump();
   EXPECT_FALSE(isReadable());
@@ -197,7 +198,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
   pumpUntilIdle();
   bool ran = false;
   onAnotherThread([&ran] { dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; }); });
-  EXPECT_TRUE(isReadable(kPatience));
+  EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.pump();
   EXPECT_TRUE(ran);
   EXPECT_FALSE(isReadable());
@@ -206,7 +207,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromTheMainThreadBetweenPasses) {
   pumpUntilIdle();
   dispatch_async(dispatch_get_main_queue(), [] {});
-  EXPECT_TRUE(isReadable(kPatience));
+  EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
 }
 
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore) {
@@ -215,7 +216,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore
   const Nanoseconds fireDate = timer->fireDate();
   pumpUntilIdle();
   while (ticker->ticks() == 0) {
-    ASSERT_TRUE(isReadable(kPatience));
+    ASSERT_TRUE(isReadable(kTimeoutInMilliseconds));
     EXPECT_GE(loop.now(), fireDate);
     loop.pump();
   }
@@ -228,7 +229,7 @@ TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
   const auto ticker = make<Ticker>();
   schedule(0.002, ticker);
   while (ticker->ticks() == 0) {
-    ASSERT_TRUE(isReadable(kPatience));
+    ASSERT_TRUE(isReadable(kTimeoutInMilliseconds));
     loop.pump();
   }
 }
@@ -236,7 +237,7 @@ TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
 TEST_F(RealClockTest, TheDescriptorStaysReadableUntilAPassHasServedIt) {
   pumpUntilIdle();
   onAnotherThread([this] { loop.wake(); });
-  EXPECT_TRUE(isReadable(kPatience));
+  EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   EXPECT_TRUE(isReadable());
   loop.pump();
   EXPECT_FALSE(isReadable());

@@ -36,7 +36,7 @@ class CallbacksTest : public LaunchScreenTest {
 TEST_F(CallbacksTest, BeforePresentationItSubscribesAndStartsTheCountdown) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
-  EXPECT_EQ(registrations(), 6u);
+  EXPECT_EQ(registrationCount(), 6u);
   ASSERT_NE(timer(), nullptr);
   EXPECT_TRUE(timer()->isValid());
   EXPECT_EQ(timeLeft(), 5.0);
@@ -47,7 +47,7 @@ TEST_F(CallbacksTest, BeforePresentationWithNoTimeLeftItOnlySubscribes) {
   for (const double seconds : {0.0, -0.1, -3.0, kNotANumber}) {
     setTimeLeft(seconds);
     manager->launchScreenControllerWillPresent(nullptr);
-    EXPECT_EQ(registrations(), 6 * ++calls);
+    EXPECT_EQ(registrationCount(), 6 * ++calls);
     EXPECT_EQ(timer(), nullptr) << seconds;
   }
 }
@@ -56,7 +56,7 @@ TEST_F(CallbacksTest, BeforePresentationWhileUnfocusedItOnlySubscribes) {
   setTimeLeft(5.0);
   manager->setAppIsUnfocused(true);
   manager->launchScreenControllerWillPresent(nullptr);
-  EXPECT_EQ(registrations(), 6u);
+  EXPECT_EQ(registrationCount(), 6u);
   EXPECT_EQ(timer(), nullptr);
   EXPECT_TRUE(manager->appIsUnfocused());
 }
@@ -66,7 +66,7 @@ TEST_F(CallbacksTest, ASecondPresentationSubscribesAgainAndKeepsTheCountdown) {
   manager->launchScreenControllerWillPresent(nullptr);
   const auto running = timer();
   manager->launchScreenControllerWillPresent(nullptr);
-  EXPECT_EQ(registrations(), 12u);
+  EXPECT_EQ(registrationCount(), 12u);
   EXPECT_EQ(timer(), running);
 }
 
@@ -79,7 +79,7 @@ TEST_F(CallbacksTest, InSkipModeInFrontItMayDismissAtAnyTimeAndNothingElseHappen
     const auto running = timer();
     EXPECT_TRUE(mayDismiss()) << seconds;
     EXPECT_EQ(timer(), running);
-    EXPECT_EQ(pendingWork(), 0u);
+    EXPECT_EQ(pendingTaskCount(), 0u);
     EXPECT_FALSE(manager->eventWasSended());
     EXPECT_FALSE(manager->launchShouldBeClosed());
     manager->pauseTimer();
@@ -104,7 +104,7 @@ TEST_F(CallbacksTest, InSkipModeWhileUnfocusedItMayNotAndTheDismissalIsOwed) {
     EXPECT_TRUE(manager->launchShouldBeClosed());
     EXPECT_EQ(timer(), running);
     EXPECT_EQ(timeLeft(), seconds);
-    EXPECT_EQ(pendingWork(), 0u);
+    EXPECT_EQ(pendingTaskCount(), 0u);
     manager->pauseTimer();
   }
 }
@@ -145,7 +145,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpItMayDismissAndTheCountdownIsOver) {
     EXPECT_TRUE(mayDismiss()) << seconds;
     EXPECT_EQ(timeLeft(), 0.0);
     EXPECT_EQ(timer(), nullptr);
-    EXPECT_EQ(pendingWork(), 0u);
+    EXPECT_EQ(pendingTaskCount(), 0u);
   }
 }
 
@@ -213,7 +213,7 @@ TEST_F(CallbacksTest, WithTimeLeftItMayNotDismissAndTheEventIsAskedForTwoSeconds
     EXPECT_FALSE(manager->launchShouldBeClosed());
     manager->pauseTimer();
   }
-  EXPECT_EQ(pendingWork(), 4u);
+  EXPECT_EQ(pendingTaskCount(), 4u);
   platform.run(1.999999999);
   EXPECT_FALSE(manager->eventWasSended());
   platform.run(0.000000001);
@@ -226,7 +226,7 @@ TEST_F(CallbacksTest, ATimeLeftThatIsNotANumberCountsAsTimeLeft) {
   load(5.0);
   setTimeLeft(kNotANumber);
   EXPECT_FALSE(mayDismiss());
-  EXPECT_EQ(pendingWork(), 1u);
+  EXPECT_EQ(pendingTaskCount(), 1u);
 }
 
 TEST_F(CallbacksTest, ARefusedDismissalLeavesTheLaunchScreenUpUntilItsTimeRunsOut) {
@@ -248,7 +248,7 @@ TEST_F(CallbacksTest, ARefusedDismissalsEventIsOwedIfTheWindowHasGoneByThen) {
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   EXPECT_FALSE(mayDismiss());
   platform.run(1.0);
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   platform.run(5.0);
   EXPECT_TRUE(platform.events.empty());
   EXPECT_TRUE(manager->launchShouldBeClosed());
@@ -271,7 +271,7 @@ TEST_F(CallbacksTest, AfterDismissalItUnsubscribesStopsTheCountdownAndAsksForThe
   manager->setLaunchScreenExpired(true);
   const auto running = timer();
   manager->launchScreenControllerDidDismiss(nullptr);
-  EXPECT_EQ(registrations(), 0u) << "all of them, however often it had subscribed";
+  EXPECT_EQ(registrationCount(), 0u) << "all of them, however often it had subscribed";
   EXPECT_FALSE(running->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
@@ -287,12 +287,12 @@ TEST_F(CallbacksTest, AfterDismissalInSkipModeItAsksForNoEvent) {
   manager->launchScreenControllerWillPresent(nullptr);
   manager->setLaunchScreenExpired(true);
   manager->launchScreenControllerDidDismiss(nullptr);
-  EXPECT_EQ(registrations(), 0u);
+  EXPECT_EQ(registrationCount(), 0u);
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_FALSE(manager->eventWasSended());
   EXPECT_TRUE(manager->launchScreenExpired());
-  EXPECT_EQ(pendingWork(), 0u);
+  EXPECT_EQ(pendingTaskCount(), 0u);
 }
 
 // The end by time
@@ -302,11 +302,11 @@ TEST_F(CallbacksTest, AtTheEndOfTheTimeTheEventIsAskedForAfterTheDismissalOnly) 
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   const auto host = addHostDelegate();
   bool sentWhenAsked = true;
-  host->once(CoverCall::CanDismiss, [&] { sentWhenAsked = manager->eventWasSended(); });
+  host->onNext(CoverCall::CanDismiss, [&] { sentWhenAsked = manager->eventWasSended(); });
   platform.run(1.1);
   EXPECT_FALSE(sentWhenAsked);
   EXPECT_TRUE(manager->eventWasSended());
-  EXPECT_EQ(registrations(), 0u);
+  EXPECT_EQ(registrationCount(), 0u);
   platform.run(5.0);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }

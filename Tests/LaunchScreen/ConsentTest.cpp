@@ -34,7 +34,7 @@ TEST_F(ConsentTest, WhenItLosesKeyTheLaunchScreenIsKeyAgainAndGoesOn) {
   ASSERT_TRUE(manager->appIsUnfocused());
   ASSERT_EQ(timer(), nullptr);
 
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   EXPECT_EQ(NSApp->keyWindow(), sheet);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_FALSE(manager->appIsUnfocused());
@@ -63,12 +63,12 @@ TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsToldThenTheWindowIsMadeKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   NSApp->beginModalRun(consent);
-  shown->once([&] {
+  hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
   });
   resignKey(consent);
-  EXPECT_EQ(shown->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
@@ -76,7 +76,7 @@ TEST_F(ConsentTest, TheWindowThatIsMadeKeyIsTheOneThatShowsTheLaunchScreenByThen
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   const auto other = openWindow("NSWindow");
-  shown->once([&] { other->contentView()->addSubview(shown->view()); });
+  hostController->onNextCall([&] { other->contentView()->addSubview(hostController->view()); });
   resignKey(consent);
   EXPECT_EQ(NSApp->keyWindow(), other);
 }
@@ -92,7 +92,7 @@ TEST_F(ConsentTest, TheManagerTellsItselfAndNobodyElse) {
   resignKey(consent);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_TRUE(listener->became.empty()) << "the window was key already";
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   resignKey(consent);
   EXPECT_EQ(listener->became, std::vector<Strong<NSWindow>>{window}) << "it is really made key";
 }

@@ -352,7 +352,7 @@ TEST_F(ContentCreationTest, TheMainContentIsDeactivatedAndDroppedBeforeTheTempor
   const auto main = loadHostController(5.0);
   showAnotherLaunchScreen();
   const auto temporary = loadTemporaryHostController();
-  temporary->once([&] {
+  temporary->onNextCall([&] {
     EXPECT_EQ(main->calls.back(), "deactivate");
     EXPECT_EQ(manager->content(), nullptr);
     EXPECT_NE(manager->tempContent(), nullptr);
@@ -389,7 +389,7 @@ TEST_F(ContentCreationTest, AfterDeactivationARequestMayStillGetATemporaryConten
 TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsControllerExists) {
   manager->setDelegate(listener);
   Strong<ContentData> data;
-  onAnotherThread([&] { data = request(5.0); });
+  runOnAnotherThread([&] { data = request(5.0); });
   EXPECT_EQ(data, manager->content());
   EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
@@ -397,7 +397,7 @@ TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsContro
   EXPECT_EQ(manager->content()->viewController(), nullptr);
   EXPECT_TRUE(listener->changes.empty());
 
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_NE(manager->content()->viewController(), nullptr);
   ASSERT_EQ(listener->changes.size(), 1u);
   EXPECT_EQ(listener->changes[0].state, ContentDataStateLoaded);
@@ -406,10 +406,10 @@ TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsContro
 
 TEST_F(ContentCreationTest, FromAnotherThreadARefusedRequestIsAnsweredWithNone) {
   Strong<ContentData> data = manager->content();
-  onAnotherThread([&] { data = request(0.0); });
+  runOnAnotherThread([&] { data = request(0.0); });
   EXPECT_EQ(data, nullptr);
   EXPECT_EQ(platform.log.size(), 1u);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(manager->content()->state(), 0u);
 }
 

@@ -88,7 +88,7 @@ TEST_F(ContentPresentationTest, TheLogLineShowsTheHostsModeAsAnUnsignedNumber) {
 TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
   content->setInternalViewController(cover);
   bool presented = false;
-  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+  addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     presented = true;
     EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
   });
@@ -128,10 +128,10 @@ TEST_F(ContentPresentationTest, DismissingTakesTheCoverDownWithoutAskingAnybody)
   const auto delegate = addDelegate("first");
   delegate->agrees = false;
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
-  taken();
+  takeEvents();
   content->dismissViewController();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",  //
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15",  //
+                                 "viewDidDisappear", "first: did dismiss"}));
 }
 
 TEST_F(ContentPresentationTest, DismissingSendsOneMessageAndLogsNothing) {
@@ -157,7 +157,7 @@ class ContentForwardingTest : public ContentPresentationTest {
 
 TEST_F(ContentForwardingTest, WillPresentIsPassedOnAsWillAppear) {
   content->launchScreenControllerWillPresent(cover);
-  EXPECT_EQ(taken(), Lines{"host: will appear"});
+  EXPECT_EQ(takeEvents(), Lines{"host: will appear"});
   EXPECT_EQ(host->view.lock(), content);
 }
 
@@ -165,13 +165,13 @@ TEST_F(ContentForwardingTest, TheQuestionIsPassedOnAndTheHostsAnswerIsTheAnswer)
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   host->agrees = false;
   EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "host: can disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "host: can disappear"}));
   EXPECT_EQ(host->view.lock(), content);
 }
 
 TEST_F(ContentForwardingTest, DidDismissIsPassedOnAsDidDisappear) {
   content->launchScreenControllerDidDismiss(cover);
-  EXPECT_EQ(taken(), Lines{"host: did disappear"});
+  EXPECT_EQ(takeEvents(), Lines{"host: did disappear"});
   EXPECT_EQ(host->view.lock(), content);
 }
 
@@ -184,7 +184,7 @@ TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
 }
 
 TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
@@ -192,7 +192,7 @@ TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);
-  EXPECT_EQ(taken(), (Lines{"host: will appear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: will appear", "host: did disappear"}));
 }
 
 TEST_F(ContentForwardingTest, WithoutAHostDelegateNobodyIsToldAndTheAnswerIsYes) {
@@ -200,7 +200,7 @@ TEST_F(ContentForwardingTest, WithoutAHostDelegateNobodyIsToldAndTheAnswerIsYes)
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
 }
 
 TEST_F(ContentForwardingTest, TheHostDelegateIsNotKeptAlive) {
@@ -212,9 +212,9 @@ TEST_F(ContentForwardingTest, TheHostDelegateIsNotKeptAlive) {
 
 TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherTheHostDoesNotHearThatItHasGone) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
-  taken();
+  takeEvents();
   content->launchScreenControllerDidDismiss(cover);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
@@ -222,25 +222,25 @@ TEST_F(ContentForwardingTest, TheControllerGivenIsTheOneThatIsAskedWhatItPresent
   const auto other = LaunchScreenViewController::init();
   content->setInternalViewController(other);
   other->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
-  taken();
+  takeEvents();
   content->launchScreenControllerDidDismiss(cover);
   content->launchScreenControllerDidDismiss(nullptr);
-  EXPECT_EQ(taken(), (Lines{"host: did disappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));
 }
 
 TEST_F(ContentForwardingTest, APresentationRunsThroughTheHostsDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
-  EXPECT_EQ(taken(), (Lines{"window opened", "viewWillAppear", "host: will appear", "window opened",
-                            "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",
+                                 "window opened", "viewDidAppear"}));
   const auto controller = content->viewController();
   host->agrees = false;
   controller->dismissViewController(controller);
-  EXPECT_EQ(taken(), Lines{"host: can disappear"});
+  EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
   host->agrees = true;
   controller->dismissViewController(controller);
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "host: did disappear"}));
 }
 
 }  // namespace

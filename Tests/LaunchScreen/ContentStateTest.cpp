@@ -190,9 +190,9 @@ TEST_F(ContentStateTest, AConfiguredControllerIsNotLookedAtForARequestWithoutPar
 TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
   const auto configured = make<HostController>();
   configuration().setViewController(configured);
-  onAnotherThread([this] { content->setContentRequest(request()); });
+  runOnAnotherThread([this] { content->setContentRequest(request()); });
   EXPECT_EQ(content->internalViewController(), configured);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(content->internalViewController(), configured);
   EXPECT_TRUE(listener->changes.empty());
 }
@@ -200,43 +200,43 @@ TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
 // Off the main thread
 
 TEST_F(ContentStateTest, OffTheMainThreadTheCallerReturnsBeforeTheControllerIsMade) {
-  onAnotherThread([this] { content->setContentRequest(request()); });
+  runOnAnotherThread([this] { content->setContentRequest(request()); });
   EXPECT_EQ(content->state(), 0u);
   EXPECT_EQ(content->internalViewController(), nullptr);
   EXPECT_TRUE(listener->changes.empty());
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_NE(content->internalViewController(), nullptr);
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
 }
 
 TEST_F(ContentStateTest, OffTheMainThreadARequestWithoutParametersFailsAtOnceOnThatThread) {
   listener->keepsError = true;
-  onAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
+  runOnAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, false}}));
   EXPECT_EQ(content->error(), listener->kept);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
 TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsMade) {
-  onAnotherThread([this] { content->setContentRequest(request()); });
+  runOnAnotherThread([this] { content->setContentRequest(request()); });
   const Weak<LaunchScreenContent> waiting = std::exchange(content, LaunchScreenContent::init());
   EXPECT_FALSE(waiting.expired());
   configuration().setExpirationTimeInterval(0);  // so that no controller keeps it afterwards
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_TRUE(waiting.expired());
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
 }
 
 TEST_F(ContentStateTest, TheIntervalThatCountsIsTheOneWhenTheControllerIsMade) {
   configuration().setExpirationTimeInterval(0);
-  onAnotherThread([this] { content->setContentRequest(request()); });
+  runOnAnotherThread([this] { content->setContentRequest(request()); });
   configuration().setExpirationTimeInterval(1);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
 TEST_F(ContentStateTest, WhereTheSecondOfTwoWaitingRequestsGetsNoControllerTheFirstOnesServes) {
-  onAnotherThread([this] {
+  runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
   });
@@ -245,7 +245,7 @@ TEST_F(ContentStateTest, WhereTheSecondOfTwoWaitingRequestsGetsNoControllerTheFi
     first = content->internalViewController();
     configuration().setExpirationTimeInterval(0);
   };
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_NE(first, nullptr);
   EXPECT_EQ(content->internalViewController(), first);
   EXPECT_EQ(as<LaunchScreenViewController>(first)->delegates()->count(), 1u);
@@ -290,11 +290,11 @@ TEST_F(ContentStateTest, AnErrorNobodyKeepsIsGoneAfterThePassOfTheRunLoop) {
 
 TEST_F(ContentStateTest, AnErrorMadeInAPassLivesUntilItsEnd) {
   configuration().setExpirationTimeInterval(0);
-  onAnotherThread([this] { content->setContentRequest(request()); });
+  runOnAnotherThread([this] { content->setContentRequest(request()); });
   std::string later;
   dispatch_async(dispatch_get_main_queue(),
                  [&] { later = send(content->error(), &NSError::domain); });
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(later, kNoController);
   EXPECT_EQ(content->error(), nullptr);
 }

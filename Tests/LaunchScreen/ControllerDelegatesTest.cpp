@@ -174,9 +174,9 @@ TEST_F(ControllerDelegatesTest, AreToldThatTheViewHasGoneInTheOrderInWhichTheyWe
   const auto first = addDelegate("first");
   const auto second = addDelegate("second");
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
-  EXPECT_EQ(first->caller.lock(), cover);
-  EXPECT_EQ(second->caller.lock(), cover);
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
+  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(second->lastController.lock(), cover);
 }
 
 TEST_F(ControllerDelegatesTest, OneThatLacksTheOperationIsSkipped) {
@@ -184,61 +184,61 @@ TEST_F(ControllerDelegatesTest, OneThatLacksTheOperationIsSkipped) {
   addDelegate("second")->stopRespondingTo(CoverCall::WillPresent);
   cover->viewWillAppear();
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present",  //
-                            "viewDidDisappear", "second: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present",  //
+                                 "viewDidDisappear", "second: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, NobodyIsToldWithoutAnArray) {
   cover->viewWillAppear();
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "viewDidDisappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "viewDidDisappear"}));
 }
 
 TEST_F(ControllerDelegatesTest, NobodyIsToldAfterDeactivationUntilOneIsAddedAgain) {
   const auto delegate = addDelegate("first");
   cover->deactivate();
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), Lines{"viewDidDisappear"});
+  EXPECT_EQ(takeEvents(), Lines{"viewDidDisappear"});
   cover->addDelegate(delegate);
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, AddingOneWhileToldRaisesTheMutationError) {
-  addDelegate("first")->once(CoverCall::DidDismiss, [this] { addDelegate("late"); });
+  addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
 TEST_F(ControllerDelegatesTest, RemovingOneWhileToldRaisesTheMutationError) {
   const auto first = addDelegate("first");
   addDelegate("second");
-  first->once(CoverCall::WillPresent, [&] { cover->removeDelegate(first); });
+  first->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(first); });
   EXPECT_THROW(cover->viewWillAppear(), NSCollectionMutatedError);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present"}));
 }
 
 TEST_F(ControllerDelegatesTest, AChangeWhileTheLastOneIsToldRaisesTheMutationErrorToo) {
   const auto only = addDelegate("only");
-  only->once(CoverCall::DidDismiss, [&] { cover->removeDelegate(only); });
+  only->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(only); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
 TEST_F(ControllerDelegatesTest, DeactivationWhileToldRaisesTheMutationError) {
-  addDelegate("first")->once(CoverCall::DidDismiss, [this] { cover->deactivate(); });
+  addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { cover->deactivate(); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
 TEST_F(ControllerDelegatesTest, WhatLeavesTheListAsItIsMayBeDoneWhileTold) {
   const auto first = addDelegate("first");
   addDelegate("second");
-  first->once(CoverCall::DidDismiss, [&] {
+  first->onNext(CoverCall::DidDismiss, [&] {
     cover->addDelegate(first);
     cover->removeDelegate(make<CoverDelegate>("stranger", journal));
   });
   cover->viewDidDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
 }
 
 // What is left out
@@ -257,7 +257,7 @@ TEST_F(ControllerDelegatesTest,
   silent->contentDataDidChangeState(nullptr);
   EXPECT_FALSE(silent->canLaunchScreenControllerDismiss(cover));
   EXPECT_EQ(cover->delegates()->count(), 1u);
-  EXPECT_TRUE(taken().empty());
+  EXPECT_TRUE(takeEvents().empty());
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ class ControllerDismissTest : public CoverTest {
  protected:
   void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
     cover->presentForWindowWithPresentationMode(window, mode);
-    taken();
+    takeEvents();
   }
   void embed(const Strong<NSWindow>& window) { present(window, LaunchScreenPresentationEmbedded); }
 };
@@ -23,8 +23,8 @@ TEST_F(ControllerDismissTest, AModalWindowIsClosed) {
   present(window, LaunchScreenPresentationModalWindow);
   addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
-                            "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
+                                 "first: did dismiss"}));
   EXPECT_EQ(cover->view()->window(), nullptr);
   EXPECT_EQ(cover->presentingViewController(), nullptr);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
@@ -36,8 +36,8 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   present(window, LaunchScreenPresentationSheet);
   addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
-                            "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "window closed", "viewDidDisappear",
+                                 "first: did dismiss"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_TRUE(window->isVisible());
 }
@@ -53,12 +53,12 @@ TEST_F(ControllerDismissTest, WhatIsClosedIsTheWindowThatShowsTheViewWhicheverTh
 TEST_F(ControllerDismissTest, WithoutAWindowThereIsNothingToClose) {
   const auto window = openPlayerWindow();
   addDelegate("first");
-  taken();
+  takeEvents();
   for (const LaunchScreenPresentationMode mode : {1, 2}) {
     cover->setPresentationMode(mode);
     cover->dismiss();
   }
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_TRUE(window->isVisible());
 }
 
@@ -72,9 +72,9 @@ TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
     cover->dismiss();
   }
   platform.run(2);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->view()->window(), window);
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
 // Embedded without a parent
@@ -84,10 +84,10 @@ TEST_F(ControllerDismissTest, ATrackedCoverTellsItsDelegatesAtOnceAndStaysOnScre
   embed(window);
   const auto first = addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(first->lastController.lock(), cover);
   EXPECT_EQ(cover->view()->window(), window);
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
 TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownExactlyOneSecondLater) {
@@ -96,15 +96,15 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownExactlyOneSecondLater) {
   addDelegate("first");
   platform.run(0.25);
   cover->dismiss();
-  taken();
+  takeEvents();
   platform.run(0.999999999);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->view()->window(), window);
   platform.run(0.000000001);
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
   EXPECT_EQ(cover->view()->superview(), nullptr);
   EXPECT_TRUE(window->contentView()->subviews().empty());
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownInEveryModeOfTheRunLoop) {
@@ -113,7 +113,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownInEveryModeOfTheRunLoop) {
     cover->dismiss();
     NSApp->setRunLoopMode(mode);
     platform.run(1);
-    EXPECT_TRUE(tracksNothing());
+    EXPECT_FALSE(hasTrackedCover());
   }
 }
 
@@ -144,11 +144,11 @@ TEST_F(ControllerDismissTest, AnyEmbeddedControllerTakesDownTheTrackedOne) {
   const auto other = LaunchScreenViewController::init();
   addDelegate("other", other);
   other->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(first->lastController.lock(), cover);
   platform.run(1);
   EXPECT_EQ(cover->view()->window(), nullptr);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerDismissTest, WhatIsTakenDownIsWhatIsTrackedByThen) {
@@ -161,7 +161,7 @@ TEST_F(ControllerDismissTest, WhatIsTakenDownIsWhatIsTrackedByThen) {
   platform.run(0.5);
   EXPECT_EQ(second->view()->window(), nullptr);
   EXPECT_EQ(cover->view()->window(), window);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerDismissTest, TwiceWithinTheSecondTheDelegatesAreToldTwice) {
@@ -170,12 +170,12 @@ TEST_F(ControllerDismissTest, TwiceWithinTheSecondTheDelegatesAreToldTwice) {
   cover->dismiss();
   platform.run(0.5);
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewDidDisappear", "first: did dismiss",  //
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss",  //
+                                 "viewDidDisappear", "first: did dismiss"}));
   platform.run(0.5);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
   platform.run(0.5);
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
@@ -183,15 +183,15 @@ TEST_F(ControllerDismissTest, AControllerThatLosesItsPlaceWhileItTellsLivesUntil
   embed(openPlayerWindow());
   const auto second = LaunchScreenViewController::init();
   const auto elsewhere = openWindow("PlayerWindow");
-  addDelegate("first")->once(CoverCall::DidDismiss,
-                             [&] { second->presentForWindowWithPresentationMode(elsewhere, 0); });
+  addDelegate("first")->onNext(CoverCall::DidDismiss,
+                               [&] { second->presentForWindowWithPresentationMode(elsewhere, 0); });
   const auto last = addDelegate("last");
   const Weak<LaunchScreenViewController> told = std::exchange(cover, nullptr);
-  taken();
+  takeEvents();
   second->dismiss();
-  EXPECT_EQ(taken().back(), "last: did dismiss");
+  EXPECT_EQ(takeEvents().back(), "last: did dismiss");
   EXPECT_TRUE(told.expired());
-  EXPECT_TRUE(tracks(elsewhere->contentView(), second));
+  EXPECT_TRUE(isTrackedCover(elsewhere->contentView(), second));
 }
 
 // Embedded, and not fully tracked
@@ -200,10 +200,10 @@ TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItTellsAtOnceAndStaysTracked
   embed(nullptr);
   const auto first = addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), Lines{"first: did dismiss"});
-  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
+  EXPECT_EQ(first->lastController.lock(), cover);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
-  EXPECT_TRUE(tracks(nullptr, cover));
+  EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
 TEST_F(ControllerDismissTest, WithAnyReferenceMissingTheViewGoesAtOnceAndTheRestStaysTracked) {
@@ -235,17 +235,18 @@ TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceTheDelegatesHearOfItT
   addDelegate("first");
   addDelegate("second")->stopRespondingTo(CoverCall::DidDismiss);
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",           // the platform takes it off
-                            "viewDidDisappear", "first: did dismiss",  // and the last step tells
-                            "first: did dismiss"}));                   // and so does the dismissal
+  EXPECT_EQ(takeEvents(),
+            (Lines{"viewWillDisappear", "style 15",           // the platform takes it off
+                   "viewDidDisappear", "first: did dismiss",  // and the last step tells
+                   "first: did dismiss"}));                   // and so does the dismissal
 }
 
 TEST_F(ControllerDismissTest, ADelegateThatChangesTheListWhileToldRaisesTheMutationError) {
   embed(nullptr);
-  addDelegate("first")->once(CoverCall::DidDismiss, [this] { addDelegate("late"); });
+  addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
   EXPECT_THROW(cover->dismiss(), NSCollectionMutatedError);
-  EXPECT_EQ(taken(), Lines{"first: did dismiss"});
+  EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
 }
 
 // Embedded under a content view controller
@@ -255,8 +256,8 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildGoAtOnce) {
   embed(window);
   addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15",  //
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15",  //
+                                 "viewDidDisappear", "first: did dismiss"}));
   EXPECT_EQ(cover->view()->superview(), nullptr);
   EXPECT_EQ(cover->parentViewController(), nullptr);
   EXPECT_TRUE(window->contentViewController()->childViewControllers().empty());
@@ -269,7 +270,7 @@ TEST_F(ControllerDismissTest, UnderAParentTheDismissalItselfTellsNobody) {
   embed(window);
   addDelegate("first");
   cover->dismiss();
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->view()->superview(), nullptr);
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }

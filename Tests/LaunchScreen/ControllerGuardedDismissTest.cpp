@@ -13,7 +13,7 @@ class ControllerGuardedDismissTest : public CoverTest {
  protected:
   void present(LaunchScreenPresentationMode mode) {
     cover->presentForWindowWithPresentationMode(window, mode);
-    taken();
+    takeEvents();
   }
   [[nodiscard]] bool isShown() const { return cover->view()->window() != nullptr; }
 
@@ -27,7 +27,7 @@ TEST_F(ControllerGuardedDismissTest, YesAndNoBlockTheDismissalAndBothAreAskedInT
   addDelegate("first");
   addDelegate("second")->agrees = false;
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "second: can dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "second: can dismiss"}));
   EXPECT_TRUE(isShown());
 }
 
@@ -37,7 +37,8 @@ TEST_F(ControllerGuardedDismissTest, AllAreAskedEvenAfterANo) {
   addDelegate("second");
   addDelegate("third")->agrees = false;
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "second: can dismiss", "third: can dismiss"}));
+  EXPECT_EQ(takeEvents(),
+            (Lines{"first: can dismiss", "second: can dismiss", "third: can dismiss"}));
   EXPECT_TRUE(isShown());
 }
 
@@ -58,7 +59,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateIsAskedWithTheControllerThatIsToGo
   const auto first = addDelegate("first");
   first->agrees = false;
   cover->dismissViewController(make<NamedViewController>("Other"));
-  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(first->lastController.lock(), cover);
 }
 
 TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
@@ -67,7 +68,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
   first->stopRespondingTo(CoverCall::CanDismiss);
   first->agrees = false;
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken().front(), "style 15");
+  EXPECT_EQ(takeEvents().front(), "style 15");
   EXPECT_FALSE(isShown());
 }
 
@@ -86,7 +87,7 @@ TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItGoesAhead) {
 
 TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListWhileAskedRaisesTheMutationError) {
   present(kEmbedded);
-  addDelegate("first")->once(CoverCall::CanDismiss, [this] { cover->deactivate(); });
+  addDelegate("first")->onNext(CoverCall::CanDismiss, [this] { cover->deactivate(); });
   EXPECT_THROW(cover->dismissViewController(cover), NSCollectionMutatedError);
   EXPECT_TRUE(isShown());
 }
@@ -97,8 +98,8 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentTheStyleIsGivenBackThen
   present(kEmbedded);
   addDelegate("first");
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "style 15",  //
-                            "viewWillDisappear", "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "style 15",  //
+                                 "viewWillDisappear", "viewDidDisappear", "first: did dismiss"}));
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
@@ -108,11 +109,11 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedWithoutAParentTheStyleIsGivenBackAS
   present(kEmbedded);
   addDelegate("first");
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "style 15",  //
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "style 15",  //
+                                 "viewDidDisappear", "first: did dismiss"}));
   EXPECT_TRUE(isShown());
   platform.run(1);
-  EXPECT_EQ(taken(), Lines{"viewWillDisappear"});  // restored already
+  EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});  // restored already
   EXPECT_FALSE(isShown());
 }
 
@@ -132,8 +133,8 @@ TEST_F(ControllerGuardedDismissTest, AModalWindowIsTakenDownByThePlatform) {
   present(kModalWindow);
   addDelegate("first");
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "first: did dismiss"}));
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
@@ -141,8 +142,8 @@ TEST_F(ControllerGuardedDismissTest, ASheetIsTakenDownByThePlatform) {
   present(kSheet);
   addDelegate("first");
   cover->dismissViewController(cover);
-  EXPECT_EQ(taken(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"first: can dismiss", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "first: did dismiss"}));
   EXPECT_TRUE(window->sheets().empty());
 }
 
@@ -183,8 +184,8 @@ TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeNoStyleIsGivenBack) {
 
 TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   present(kModalWindow);
-  addDelegate("first")->once(CoverCall::CanDismiss,
-                             [this] { cover->setPresentationMode(kEmbedded); });
+  addDelegate("first")->onNext(CoverCall::CanDismiss,
+                               [this] { cover->setPresentationMode(kEmbedded); });
   cover->dismissViewController(nullptr);  // which the platform would not take down
   EXPECT_FALSE(isShown());
 }
@@ -193,7 +194,7 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsGivenBack) {
   present(kEmbedded);
   const auto other = make<NamedViewController>("Other");
   cover->presentViewControllerAsSheet(other);
-  platformJournal.atNextStyleMask([this] { cover->setPresentationMode(3); });
+  platformJournal.onNextStyleMask([this] { cover->setPresentationMode(3); });
   cover->dismissViewController(other);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(window->sheets().size(), 1u);  // not handed to the platform

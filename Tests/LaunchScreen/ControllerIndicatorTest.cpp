@@ -121,7 +121,7 @@ TEST_F(ControllerIndicatorTest, ItComesWithItsSuperviewIntoTheWindowAndTurns) {
   cover->createConstraintsActivityIndicator();
   cover->presentForWindowWithPresentationMode(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(indicator()->frame(), CGRectMake(624, 344, 32, 32));
-  const Scene& scene = platform.user().window(window->handle())->scene;
+  const Scene& scene = platform.windowSystem().window(window->handle())->scene;
   ASSERT_EQ(scene.size(), 2u);
   EXPECT_EQ(scene[1].kind, SceneItem::Kind::Spinner);
   EXPECT_EQ(scene[1].frame, CGRectMake(624, 344, 32, 32));

@@ -10,7 +10,7 @@ constexpr CGColor kWhite{.red = 1, .green = 1, .blue = 1, .alpha = 1};
 
 class ControllerLifeCycleTest : public CoverTest {
  protected:
-  ControllerLifeCycleTest() { taken(); }
+  ControllerLifeCycleTest() { takeEvents(); }
 
   void present(const Strong<NSWindow>& over, LaunchScreenPresentationMode mode) {
     cover->presentForWindowWithPresentationMode(over, mode);
@@ -25,24 +25,24 @@ TEST_F(ControllerLifeCycleTest, EmbeddedTheWindowIsTakenOverAfterTheViewHasAppea
   addDelegate("first");
   addDelegate("second");
   present(window, LaunchScreenPresentationEmbedded);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present", "second: will present",
-                            "viewDidAppear", "style 7", "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "second: will present",
+                                 "viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
 TEST_F(ControllerLifeCycleTest, EmbeddedWithoutAParentTheOrderIsTheSame) {
   window = openPlayerWindow();
-  taken();
+  takeEvents();
   addDelegate("first");
   present(window, LaunchScreenPresentationEmbedded);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present", "viewDidAppear", "style 7",
-                            "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "viewDidAppear",
+                                 "style 7", "style 3", "style 1"}));
 }
 
 TEST_F(ControllerLifeCycleTest, AModalWindowIsPreparedBeforeItIsOnScreen) {
   addDelegate("first");
   present(window, LaunchScreenPresentationModalWindow);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present", "style 0", "window opened",
-                            "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "style 0",
+                                 "window opened", "viewDidAppear"}));
   const auto modal = cover->view()->window();
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
   EXPECT_TRUE(modal->isMovableByWindowBackground());
@@ -53,8 +53,8 @@ TEST_F(ControllerLifeCycleTest, AModalWindowIsPreparedBeforeItIsOnScreen) {
 TEST_F(ControllerLifeCycleTest, ASheetIsNotPreparedAtAll) {
   addDelegate("first");
   present(window, LaunchScreenPresentationSheet);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "first: will present", "window opened",  //
-                            "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "window opened",  //
+                                 "viewDidAppear"}));
   const auto sheet = cover->view()->window();
   EXPECT_EQ(sheet->styleMask(), NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
   EXPECT_FALSE(sheet->isMovableByWindowBackground());
@@ -66,7 +66,7 @@ TEST_F(ControllerLifeCycleTest, ASheetIsNotPreparedAtAll) {
 TEST_F(ControllerLifeCycleTest, ADelegateHearsOfThePresentationFromTheControllerItself) {
   const auto first = addDelegate("first");
   cover->viewWillAppear();
-  EXPECT_EQ(first->caller.lock(), cover);
+  EXPECT_EQ(first->lastController.lock(), cover);
 }
 
 TEST_F(ControllerLifeCycleTest, WillAppearPreparesInModalWindowModeOnly) {
@@ -74,13 +74,13 @@ TEST_F(ControllerLifeCycleTest, WillAppearPreparesInModalWindowModeOnly) {
   cover->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {0, 2, 3, -1}) {
     cover->setPresentationMode(mode);
-    taken();
+    takeEvents();
     cover->viewWillAppear();
-    EXPECT_EQ(taken(), Lines{"viewWillAppear"});
+    EXPECT_EQ(takeEvents(), Lines{"viewWillAppear"});
   }
   cover->setPresentationMode(1);
   cover->viewWillAppear();
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "style 0"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "style 0"}));
 }
 
 TEST_F(ControllerLifeCycleTest, DidAppearPreparesInEmbeddedModeOnly) {
@@ -88,37 +88,37 @@ TEST_F(ControllerLifeCycleTest, DidAppearPreparesInEmbeddedModeOnly) {
   cover->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
     cover->setPresentationMode(mode);
-    taken();
+    takeEvents();
     cover->viewDidAppear();
-    EXPECT_EQ(taken(), Lines{"viewDidAppear"});
+    EXPECT_EQ(takeEvents(), Lines{"viewDidAppear"});
   }
   cover->setPresentationMode(0);
   cover->viewDidAppear();
-  EXPECT_EQ(taken(), (Lines{"viewDidAppear", "style 7", "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
 TEST_F(ControllerLifeCycleTest, WillDisappearGivesTheStyleBack) {
   present(window, LaunchScreenPresentationEmbedded);
-  taken();
+  takeEvents();
   cover->viewWillDisappear();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
 TEST_F(ControllerLifeCycleTest, TheUserWhoClosesTheHostWindowEndsTheLaunchScreen) {
   present(window, LaunchScreenPresentationEmbedded);
   addDelegate("first");
-  taken();
+  takeEvents();
   window->close();
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15", "window closed", "viewDidDisappear",
-                            "first: did dismiss"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "window closed",
+                                 "viewDidDisappear", "first: did dismiss"}));
 }
 
 // What it looks like
 
 TEST_F(ControllerLifeCycleTest, TheViewIsLayerBackedAndWhiteByTheTimeTheDelegatesHear) {
   bool heard = false;
-  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+  addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     heard = true;
     ASSERT_TRUE(cover->view()->wantsLayer());
     EXPECT_EQ(cover->view()->layer()->backgroundColor(), kWhite);
@@ -131,7 +131,7 @@ TEST_F(ControllerLifeCycleTest, TheWindowShowsOneWhiteRectangle) {
   present(window, LaunchScreenPresentationEmbedded);
   const Scene expected{
       {.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 1280, 720), .color = kWhite}};
-  EXPECT_EQ(platform.user().window(window->handle())->scene, expected);
+  EXPECT_EQ(platform.windowSystem().window(window->handle())->scene, expected);
 }
 
 TEST_F(ControllerLifeCycleTest, WithoutAnIndicatorTheWholeLifeMakesNone) {
@@ -177,7 +177,7 @@ TEST_F(IndicatorLifeCycleTest, FromVersion10_14OnItsAppearanceIsAqua) {
 
 TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetByTheTimeTheDelegatesHear) {
   bool heard = false;
-  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+  addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     heard = true;
     EXPECT_NE(indicator->appearance(), nullptr);
   });
@@ -193,7 +193,7 @@ TEST_F(IndicatorLifeCycleTest, ItIsAnimatedOnceTheViewHasAppeared) {
 }
 
 TEST_F(IndicatorLifeCycleTest, ItIsAnimatedBeforeTheWindowIsTakenOver) {
-  platformJournal.atNextStyleMask([this] { EXPECT_TRUE(indicator->isAnimating()); });
+  platformJournal.onNextStyleMask([this] { EXPECT_TRUE(indicator->isAnimating()); });
   present(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }

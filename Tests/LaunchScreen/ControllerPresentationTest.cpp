@@ -21,7 +21,7 @@ class ControllerPresentationTest : public CoverTest {
     EXPECT_EQ(cover->presentingViewController(), nullptr);
     EXPECT_EQ(cover->parentViewController(), nullptr);
     EXPECT_EQ(cover->appWindow(), nullptr);
-    EXPECT_TRUE(tracksNothing());
+    EXPECT_FALSE(hasTrackedCover());
   }
 };
 
@@ -40,7 +40,7 @@ TEST_F(ControllerPresentationTest, EmbeddedWithoutAParentItIsASubviewOfTheConten
   EXPECT_EQ(cover->appWindow(), window);
   EXPECT_EQ(cover->view()->superview(), window->contentView());
   EXPECT_EQ(cover->parentViewController(), nullptr);
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
 TEST_F(ControllerPresentationTest, EmbeddedItFillsItsSuperviewAndFollowsItsSize) {
@@ -70,11 +70,11 @@ TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWind
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   bool appeared = false;
-  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+  addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     appeared = true;
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
-    EXPECT_TRUE(tracks(window->contentView(), cover));
+    EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
     // The superview is made ready only when the cover is in it.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
@@ -87,11 +87,11 @@ TEST_F(ControllerPresentationTest, EmbeddedInAWindowThatIsNotOpenItAppearsWhenTh
   const auto window = openPlayerWindow();
   window->close();
   present(window, kEmbedded);
-  taken();
+  takeEvents();
   EXPECT_EQ(window->styleMask(), kFullStyle);
   window->orderFront();
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "window opened", "viewDidAppear", "style 7",
-                            "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "window opened", "viewDidAppear", "style 7",
+                                 "style 3", "style 1"}));
 }
 
 // Embedded in a window with a content view controller
@@ -104,7 +104,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItIsItsChi
   EXPECT_EQ(cover->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{cover});
   EXPECT_EQ(cover->view()->superview(), host->view());
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsItsLayerBackedView) {
@@ -120,7 +120,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsIts
 TEST_F(ControllerPresentationTest, EmbeddedItIsAChildByTheTimeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool appeared = false;
-  addDelegate("first")->once(CoverCall::WillPresent, [&] {
+  addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     appeared = true;
     EXPECT_EQ(cover->parentViewController(), window->contentViewController());
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
@@ -139,7 +139,7 @@ TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTracked
   EXPECT_EQ(cover->view()->frame(), CGRectZero);
   EXPECT_EQ(cover->view()->superview(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
-  EXPECT_TRUE(tracks(nullptr, cover));
+  EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
 // One after the other
@@ -150,7 +150,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedTakesThePlaceOfTheTr
   present(window, kEmbedded);
   const auto second = LaunchScreenViewController::init();
   second->presentForWindowWithPresentationMode(other, kEmbedded);
-  EXPECT_TRUE(tracks(other->contentView(), second));
+  EXPECT_TRUE(isTrackedCover(other->contentView(), second));
   EXPECT_EQ(cover->view()->superview(), window->contentView());
   EXPECT_EQ(cover->appWindow(), window);
 }
@@ -161,7 +161,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedUnderAParentLeavesTh
   const auto second = LaunchScreenViewController::init();
   second->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
                                                kEmbedded);
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
 TEST_F(ControllerPresentationTest, EmbeddedAgainElsewhereTheSameControllerMoves) {
@@ -179,11 +179,11 @@ TEST_F(ControllerPresentationTest, EmbeddedElsewhereWhileShownItGivesTheStyleBac
   const auto first = openPlayerWindow();
   const auto second = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
   present(first, kEmbedded);
-  taken();
+  takeEvents();
   present(second, kEmbedded);
   // It leaves the first window when the second is already the one whose style counts as taken.
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
-                            "viewWillAppear", "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
+                                 "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(first->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_EQ(second->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
@@ -220,7 +220,7 @@ TEST_F(ControllerPresentationTest, AsAModalWindowItSetsNoApplicationWindowAndIsN
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 // Sheet
@@ -239,7 +239,7 @@ TEST_F(ControllerPresentationTest, AsASheetItSetsNoApplicationWindowAndIsNotTrac
   present(openPlayerWindowWithContentViewController(), kSheet);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfWhileOffScreenNothingIsPresented) {

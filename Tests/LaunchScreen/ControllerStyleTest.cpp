@@ -10,7 +10,7 @@ constexpr NSWindowStyleMask kNothingSaved = 0xFFFFFFFFFFFFFFFF;
 
 class ControllerStyleTest : public CoverTest {
  protected:
-  ControllerStyleTest() { taken(); }
+  ControllerStyleTest() { takeEvents(); }
 
   // Everything a presentation sets, without one.
   static void lay(const Strong<LaunchScreenViewController>& controller,
@@ -20,7 +20,7 @@ class ControllerStyleTest : public CoverTest {
   }
   // Sets the controller's window to null when a style mask is set for the `count`-th time.
   void clearWindowAtStyleMask(std::size_t count) {
-    platformJournal.atNextStyleMask([this, count] {
+    platformJournal.onNextStyleMask([this, count] {
       if (count == 1) {
         cover->setAppWindow(nullptr);
       } else {
@@ -40,7 +40,7 @@ class ControllerStyleTest : public CoverTest {
 TEST_F(ControllerStyleTest, ResizableThenMiniaturizableThenClosableGoInThreeSteps) {
   lay(cover, window);
   cover->setupPresentation();
-  EXPECT_EQ(taken(), (Lines{"style 7", "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 3", "style 1"}));
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
@@ -53,17 +53,17 @@ TEST_F(ControllerStyleTest, AllOtherBitsStay) {
 
 TEST_F(ControllerStyleTest, TheThreeStepsAreTakenAlsoWhereThereIsNothingToTake) {
   window->setStyleMask(NSWindowStyleMaskTitled);
-  taken();
+  takeEvents();
   lay(cover, window);
   cover->setupPresentation();
-  EXPECT_EQ(taken(), (Lines{"style 1", "style 1", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"style 1", "style 1", "style 1"}));
 }
 
 TEST_F(ControllerStyleTest, EachStepStartsFromTheStyleOfThatMoment) {
   lay(cover, window);
-  platformJournal.atNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
+  platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
   cover->setupPresentation();
-  EXPECT_EQ(taken(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
+  EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedAsItWasBefore) {
@@ -84,7 +84,7 @@ TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
 TEST_F(ControllerStyleTest, WithoutAnApplicationWindowNothingIsTakenOver) {
   lay(cover, nullptr);
   cover->setupPresentation();
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
 }
 
@@ -93,7 +93,7 @@ TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherNothingIsTakenOver) {
     lay(cover, window, mode);
     cover->setupPresentation();
   }
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
 }
 
@@ -101,10 +101,10 @@ TEST_F(ControllerStyleTest, AnObserverMayClearTheWindowDuringEachStepOfTheSetup)
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
     window->setStyleMask(kFullStyle);
     lay(cover, window);
-    taken();
+    takeEvents();
     clearWindowAtStyleMask(step);
     cover->setupPresentation();
-    EXPECT_EQ(taken().size(), step);
+    EXPECT_EQ(takeEvents().size(), step);
     EXPECT_EQ(cover->appWindow(), nullptr);
   }
 }
@@ -114,10 +114,10 @@ TEST_F(ControllerStyleTest, AnObserverMayClearTheWindowDuringEachStepOfTheSetup)
 TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndCannotBeHidden) {
   const auto modal = openWindow("NSWindow");
   modal->contentView()->addSubview(cover->view());
-  taken();
+  takeEvents();
   lay(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();
-  EXPECT_EQ(taken(), Lines{"style 0"});
+  EXPECT_EQ(takeEvents(), Lines{"style 0"});
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
   EXPECT_TRUE(modal->isMovableByWindowBackground());
   EXPECT_FALSE(modal->canHide());
@@ -126,7 +126,7 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
 TEST_F(ControllerStyleTest, ForAModalWindowTheApplicationWindowIsLeftAloneAndNothingSaved) {
   lay(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();  // shown by no window
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_FALSE(window->isMovableByWindowBackground());
   EXPECT_TRUE(window->canHide());
@@ -138,9 +138,9 @@ TEST_F(ControllerStyleTest, ForAModalWindowTheApplicationWindowIsLeftAloneAndNot
 TEST_F(ControllerStyleTest, TheSavedStyleIsGivenBackAndTheWindowLetGo) {
   lay(cover, window);
   cover->setupPresentation();
-  taken();
+  takeEvents();
   cover->restorePresentation();
-  EXPECT_EQ(taken(), Lines{"style 15"});
+  EXPECT_EQ(takeEvents(), Lines{"style 15"});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
@@ -155,16 +155,16 @@ TEST_F(ControllerStyleTest, TheSavedStyleStaysSaved) {
 TEST_F(ControllerStyleTest, GivingBackTwiceDoesItOnce) {
   lay(cover, window);
   cover->setupPresentation();
-  taken();
+  takeEvents();
   cover->restorePresentation();
   cover->restorePresentation();
-  EXPECT_EQ(taken(), Lines{"style 15"});
+  EXPECT_EQ(takeEvents(), Lines{"style 15"});
 }
 
 TEST_F(ControllerStyleTest, WithNothingSavedNoStyleChangesAndTheWindowIsLetGo) {
   lay(cover, window);
   cover->restorePresentation();
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
@@ -182,12 +182,12 @@ TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotTheOneG
 TEST_F(ControllerStyleTest, OnlyInEmbeddedModeIsAnythingGivenBack) {
   lay(cover, window);
   cover->setupPresentation();
-  taken();
+  takeEvents();
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
     cover->setPresentationMode(mode);
     cover->restorePresentation();
   }
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), window);
 }
 
@@ -195,22 +195,22 @@ TEST_F(ControllerStyleTest, OnlyInEmbeddedModeIsAnythingGivenBack) {
 
 TEST_F(ControllerStyleTest, AControllerWithoutAWindowGivesBackTheTrackedOnesWindow) {
   embed(window);
-  taken();
+  takeEvents();
   const auto other = LaunchScreenViewController::init();
   other->restorePresentation();
-  EXPECT_EQ(taken(), Lines{"style 15"});
+  EXPECT_EQ(takeEvents(), Lines{"style 15"});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
   EXPECT_EQ(other->appWindowStyleMask(), kNothingSaved);
 }
 
 TEST_F(ControllerStyleTest, TheTrackedOnesMaskIsWrittenAsItStandsEvenWhenNothingIsSaved) {
   embed(window);
   cover->setAppWindowStyleMask(kNothingSaved);
-  taken();
+  takeEvents();
   LaunchScreenViewController::init()->restorePresentation();
-  EXPECT_EQ(taken(), Lines{"style 18446744073709551615"});
+  EXPECT_EQ(takeEvents(), Lines{"style 18446744073709551615"});
   EXPECT_EQ(window->styleMask(), kNothingSaved);
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
@@ -218,11 +218,11 @@ TEST_F(ControllerStyleTest, TheTrackedOnesMaskIsWrittenAsItStandsEvenWhenNothing
 TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowGivesNothingBack) {
   embed(window);
   cover->restorePresentation();
-  taken();
+  takeEvents();
   LaunchScreenViewController::init()->restorePresentation();
   cover->restorePresentation();
-  EXPECT_EQ(taken(), Lines{});
-  EXPECT_TRUE(tracks(window->contentView(), cover));
+  EXPECT_EQ(takeEvents(), Lines{});
+  EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
 TEST_F(ControllerStyleTest, AControllerWithAWindowLeavesTheTrackedOnesAlone) {
@@ -239,11 +239,11 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowLeavesTheTrackedOnesAlone) {
 
 TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedOneIsNotLookedAt) {
   embed(window);
-  taken();
+  takeEvents();
   const auto other = LaunchScreenViewController::init();
   other->setPresentationMode(LaunchScreenPresentationModalWindow);
   other->restorePresentation();
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), window);
 }
 

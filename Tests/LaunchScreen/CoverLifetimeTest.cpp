@@ -95,7 +95,7 @@ TEST_F(CoverLifetimeTest, AnotherEmbeddedCoverTakesThePlaceOfTheTrackedOneWhichG
   second->dismissViewController(second);
   platform.run(1);
   EXPECT_EQ(view.lock()->window(), window);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
 }
 
 TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowStaysUntilAnotherEmbeddedOneComes) {
@@ -105,7 +105,7 @@ TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowStaysUntilAnotherEmbeddedO
   const Weak<NSView> view = cover->view();
   const auto weakCover = released();
   ASSERT_FALSE(weakCover.expired());
-  EXPECT_TRUE(tracks(nullptr, weakCover.lock()));
+  EXPECT_TRUE(isTrackedCover(nullptr, weakCover.lock()));
   const auto second = LaunchScreenViewController::init();
   second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(weakCover.expired());
@@ -163,7 +163,7 @@ class LaunchScreenRemainsTest : public LaunchScreenTest {
     EXPECT_TRUE(remains.request.expired());
     EXPECT_TRUE(remains.controller.expired());
     EXPECT_TRUE(remains.view.expired());
-    EXPECT_TRUE(tracksNothing());
+    EXPECT_FALSE(hasTrackedCover());
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
     EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   }

@@ -18,26 +18,27 @@ TEST_F(DismissalTest, OnTheMainThreadTheControllerIsToldBeforeTheCallReturns) {
   hostController->calls.clear();
   manager->dismissLaunchScreen();
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
-  EXPECT_EQ(hostController->dismissed.lock(), hostController) << "with itself as the argument";
+  EXPECT_EQ(hostController->dismissedController.lock(), hostController)
+      << "with itself as the argument";
 }
 
 TEST_F(DismissalTest, FromAnotherThreadTheControllerIsToldOnTheMainQueue) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   bool toldOnMainThread = false;
-  hostController->once([&] { toldOnMainThread = NSThread::isMainThread(); });
-  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  hostController->onNextCall([&] { toldOnMainThread = NSThread::isMainThread(); });
+  runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   EXPECT_TRUE(hostController->calls.empty());
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
-  EXPECT_EQ(hostController->dismissed.lock(), hostController);
+  EXPECT_EQ(hostController->dismissedController.lock(), hostController);
   EXPECT_TRUE(toldOnMainThread);
 }
 
 TEST_F(DismissalTest, ItCountsAsExpiredBeforeTheControllerIsTold) {
   const auto hostController = loadHostController(5.0);
   bool expired = false;
-  hostController->once([&] { expired = manager->launchScreenExpired(); });
+  hostController->onNextCall([&] { expired = manager->launchScreenExpired(); });
   manager->dismissLaunchScreen();
   EXPECT_TRUE(expired);
   EXPECT_TRUE(manager->launchScreenExpired());
@@ -46,7 +47,7 @@ TEST_F(DismissalTest, ItCountsAsExpiredBeforeTheControllerIsTold) {
 TEST_F(DismissalTest, FromAnotherThreadItCountsAsExpiredAtOnce) {
   loadHostController(5.0);
   bool expired = false;
-  onAnotherThread([&] {
+  runOnAnotherThread([&] {
     manager->dismissLaunchScreen();
     expired = manager->launchScreenExpired();
   });
@@ -68,9 +69,9 @@ TEST_F(DismissalTest, AnotherThreadMayAskForItWhileTheMainThreadIsAtWork) {
   });
   while (journal->empty()) {
     window->makeKeyWindow();
-    platform.user().userMovesFocusAway();  // here the manager looks whether it has expired
+    platform.windowSystem().userMovesFocusAway();  // here the manager looks whether it has expired
     looked.store(true, std::memory_order_relaxed);
-    platform.runDue();
+    platform.runDueWork();
   }
   other.join();
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
@@ -78,9 +79,9 @@ TEST_F(DismissalTest, AnotherThreadMayAskForItWhileTheMainThreadIsAtWork) {
 
 TEST_F(DismissalTest, FromAnotherThreadTheControllerThatStandsWhenTheWorkRunsIsTold) {
   const auto former = loadHostController(5.0);
-  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   const auto latter = loadHostController(5.0);
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_EQ(former->calls, Calls{"addDelegate"});
   EXPECT_EQ(latter->calls, (Calls{"addDelegate", "dismissViewController"}));
 }
@@ -93,8 +94,8 @@ TEST_F(DismissalTest, WithoutAControllerItOnlyCountsAsExpired) {
 
 TEST_F(DismissalTest, WithoutAContentItOnlyCountsAsExpired) {
   manager->deactivate();
-  onAnotherThread([this] { manager->dismissLaunchScreen(); });
-  platform.runDue();
+  runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
+  platform.runDueWork();
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.log.empty());
 }
@@ -309,7 +310,7 @@ TEST_F(StateChangeTest, TheDelegateOfTheMomentIsTold) {
 
 TEST_F(StateChangeTest, AFailureAtOnceIsPassedOnOnTheThreadItCameOn) {
   manager->setDelegate(listener);
-  onAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
+  runOnAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
   ASSERT_EQ(listener->changes.size(), 1u);
   EXPECT_EQ(listener->changes[0].state, ContentDataStateFailed);
   EXPECT_FALSE(listener->changes[0].onMainThread);

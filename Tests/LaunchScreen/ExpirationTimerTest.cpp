@@ -164,7 +164,7 @@ TEST_F(ExpirationTimerTest, AtTheLastTickTheTimerHasGoneAndTheTimeLeftStandsWhen
   manager->startTimer();
   const auto running = timer();
   bool told = false;
-  hostController->once([&] {
+  hostController->onNextCall([&] {
     told = true;
     EXPECT_EQ(timer(), nullptr);
     EXPECT_FALSE(running->isValid());
@@ -194,7 +194,7 @@ TEST_P(CountdownTest, DismissesAtThisTickWithTheseValuesLeft) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   double read = -1;
-  hostController->once([&] { read = timeLeft(); });
+  hostController->onNextCall([&] { read = timeLeft(); });
   setTimeLeft(GetParam().start);
   manager->startTimer();
 

@@ -18,7 +18,7 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
 
 TEST_F(FocusTest, SubscribingRegistersSixTimes) {
   manager->subscribeAppLifecycle();
-  EXPECT_EQ(registrations(), 6u);
+  EXPECT_EQ(registrationCount(), 6u);
 }
 
 TEST_F(FocusTest, SubscribingTwiceRegistersTwiceAndEachHandlerRunsTwice) {
@@ -26,9 +26,9 @@ TEST_F(FocusTest, SubscribingTwiceRegistersTwiceAndEachHandlerRunsTwice) {
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
   manager->subscribeAppLifecycle();
-  EXPECT_EQ(registrations(), 12u);
+  EXPECT_EQ(registrationCount(), 12u);
   post(NSWindowDidBecomeKeyNotification, window);
-  EXPECT_EQ(shown->calls, (Calls{"dismissViewController", "dismissViewController"}));
+  EXPECT_EQ(hostController->calls, (Calls{"dismissViewController", "dismissViewController"}));
 }
 
 TEST_F(FocusTest, TheKeyWindowsNotificationsArriveWhicheverWindowPostsThem) {
@@ -79,10 +79,10 @@ TEST_F(FocusTest, GoingToAnotherApplicationPausesThroughTheKeyWindow) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
-  platform.user().userDeactivatesApplication();
+  platform.windowSystem().userDeactivatesApplication();
   EXPECT_TRUE(manager->appIsUnfocused());
   platform.run(3.0);
-  platform.user().userActivatesApplication();
+  platform.windowSystem().userActivatesApplication();
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_EQ(timeLeft(), 0x1.3333333333334p+2);
   platform.run(0.1);
@@ -122,7 +122,7 @@ TEST_F(FocusTest, AnotherWindowThatResignsKeyChangesNothing) {
   resignKey(openWindow("NSWindow"));
   resignKey(openPlayerWindowWithContentViewController());
   resignKey(nullptr);
-  resignKey(shown);  // no window at all
+  resignKey(hostController);  // no window at all
   EXPECT_EQ(state(), before);
 }
 
@@ -135,8 +135,8 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   EXPECT_FALSE(manager->appIsUnfocused());
   ASSERT_NE(timer(), nullptr);
   EXPECT_TRUE(timer()->isValid());
-  EXPECT_EQ(pendingWork(), 0u);
-  EXPECT_TRUE(shown->calls.empty());
+  EXPECT_EQ(pendingTaskCount(), 0u);
+  EXPECT_TRUE(hostController->calls.empty());
 }
 
 TEST_F(FocusTest, ARunningCountdownIsLeftAloneByAWindowThatBecomesKey) {
@@ -163,7 +163,7 @@ TEST_F(FocusTest, AnotherWindowThatBecomesKeyChangesNothing) {
   becomeKey(openWindow("NSWindow"));
   becomeKey(nullptr);
   EXPECT_EQ(state(), before);
-  EXPECT_TRUE(shown->calls.empty());
+  EXPECT_TRUE(hostController->calls.empty());
 }
 
 TEST_F(FocusTest, AnOwedEventIsAskedForASecondAfterTheWindowComesBack) {
@@ -179,7 +179,7 @@ TEST_F(FocusTest, AnOwedEventIsAskedForASecondAfterTheWindowComesBack) {
   EXPECT_TRUE(manager->eventWasSended());
   platform.run(0.5);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.5}}));
-  EXPECT_TRUE(shown->calls.empty());
+  EXPECT_TRUE(hostController->calls.empty());
 }
 
 TEST_F(FocusTest, AnOwedEventIsOwedOnWhenTheWindowHasGoneAgain) {
@@ -199,7 +199,7 @@ TEST_F(FocusTest, WhatIsOwedStaysOwedAndIsAskedForEachTime) {
   becomeKey(window);
   becomeKey(window);
   EXPECT_TRUE(manager->launchShouldBeClosed());
-  EXPECT_EQ(pendingWork(), 2u);
+  EXPECT_EQ(pendingTaskCount(), 2u);
   platform.run(3.0);
   EXPECT_EQ(platform.events.size(), 1u) << "the event itself knows that it comes once";
 }
@@ -209,16 +209,16 @@ TEST_F(FocusTest, InSkipModeAnOwedDismissalIsAskedForBeforeTheCountdownStarts) {
   resignKey(window);
   manager->setLaunchShouldBeClosed(true);
   bool told = false;
-  shown->once([&] {
+  hostController->onNextCall([&] {
     told = true;
     EXPECT_EQ(timer(), nullptr);
     EXPECT_FALSE(manager->appIsUnfocused());
   });
   becomeKey(window);
   EXPECT_TRUE(told);
-  EXPECT_EQ(shown->calls, Calls{"dismissViewController"});
+  EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_NE(timer(), nullptr);
-  EXPECT_EQ(pendingWork(), 0u);
+  EXPECT_EQ(pendingTaskCount(), 0u);
   EXPECT_TRUE(manager->launchShouldBeClosed());
 }
 
@@ -226,7 +226,7 @@ TEST_F(FocusTest, InSkipModeNothingIsDismissedUnlessItIsOwed) {
   show(5.0, "skip");
   resignKey(window);
   becomeKey(window);
-  EXPECT_TRUE(shown->calls.empty());
+  EXPECT_TRUE(hostController->calls.empty());
 }
 
 }  // namespace

@@ -106,7 +106,7 @@ TEST_F(LifetimeTest, AControllerThatIsNotShownIsGoneOnceAnotherTakesItsPlace) {
 
 TEST_F(LifetimeTest, TeardownEndsTheRegistrationsForNotifications) {
   manager->subscribeAppLifecycle();
-  ASSERT_EQ(registrations(), 6u);
+  ASSERT_EQ(registrationCount(), 6u);
   const NSObject* const identity = manager.get();  // to compare with only
   dropManager();
   EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not keep it";
@@ -180,7 +180,7 @@ TEST_F(LifetimeTest, ADeferredEventKeepsTheManagerAliveForASecond) {
   manager->setLaunchShouldBeClosed(true);
   manager->windowDidBecomeKey(
       NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, window));
-  ASSERT_EQ(pendingWork(), 1u);
+  ASSERT_EQ(pendingTaskCount(), 1u);
   deactivateAndDropManager();
   platform.run(0.999999999);
   EXPECT_FALSE(watchedManager.expired());
@@ -204,19 +204,19 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
 }
 
 TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilItHasRun) {
-  onAnotherThread([this] { manager->dismissLaunchScreen(); });
+  runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   dropManager();
   EXPECT_FALSE(watchedManager.expired());
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_TRUE(watchedManager.expired());
 }
 
 TEST_F(LifetimeTest, ARequestFromAnotherThreadKeepsTheContentAliveUntilItsControllerIsBuilt) {
-  onAnotherThread([this] { manager->contentDataForContentRequest(makeRequest("e", 5)); });
+  runOnAnotherThread([this] { manager->contentDataForContentRequest(makeRequest("e", 5)); });
   watchedContent = manager->content();
   manager->deactivate();
   EXPECT_FALSE(watchedContent.expired());
-  platform.runDue();
+  platform.runDueWork();
   ASSERT_FALSE(watchedContent.expired()) << "its controller has it among its delegates now";
   watchedContent.lock()->deactivate();
   EXPECT_TRUE(watchedContent.expired());

@@ -16,7 +16,7 @@ class RestartTest : public LaunchScreenTest {
     load(1);
     present(openPlayerWindow(), kHostModeEmbedded);
     const Weak<LaunchScreenViewController> cover = controller();
-    EXPECT_FALSE(tracksNothing());
+    EXPECT_TRUE(hasTrackedCover());
     NSApplication::stop();
     return cover;
   }
@@ -28,7 +28,7 @@ class RestartTest : public LaunchScreenTest {
 
 TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
   const auto cover = stopUnderTrackedCover();
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
   manager = nullptr;
   EXPECT_TRUE(cover.expired());
 }
@@ -55,7 +55,7 @@ TEST_F(RestartTest, ATrackedLaunchScreenEndsAsIfItWereTheFirst) {
   present(window, kHostModeEmbedded);
   platform.run(5);
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_TRUE(tracksNothing());
+  EXPECT_FALSE(hasTrackedCover());
   EXPECT_EQ(platform.events.size(), 1u);
 }
 

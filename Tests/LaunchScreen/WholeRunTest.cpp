@@ -15,19 +15,19 @@ class WholeRunTest : public LaunchScreenTest {
             std::string_view mode = "") {
     load(duration, mode);
     manager->content()->setDelegate(host);
-    taken();
+    takeEvents();
     present(window, hostMode);
   }
   // The user goes away after three ticks of the countdown, and comes back five seconds later.
   void switchAwayAndBack(const Strong<NSWindow>& window) {
     platform.run(0.35);
-    platform.user().userMovesFocusAway();
+    platform.windowSystem().userMovesFocusAway();
     platform.run(5);
     window->makeKeyWindow();
   }
-  Lines taken() { return std::exchange(*journal, {}); }
+  Lines takeEvents() { return std::exchange(*journal, {}); }
   [[nodiscard]] std::size_t rectanglesIn(const Strong<NSWindow>& window) {
-    return platform.user().window(window->handle())->scene.size();
+    return platform.windowSystem().window(window->handle())->scene.size();
   }
 
   PlatformJournal platformJournal{journal};
@@ -39,17 +39,17 @@ class WholeRunTest : public LaunchScreenTest {
 TEST_F(WholeRunTest, EmbeddedWithoutAParentTheCoverOutlastsItsEndByASecond) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
-                            "style 3", "style 1"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
+                                 "style 3", "style 1"}));
   EXPECT_EQ(rectanglesIn(window), 1u);
   platform.run(1.05);
-  EXPECT_EQ(taken(), Lines{});
+  EXPECT_EQ(takeEvents(), Lines{});
   platform.run(0.05);
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "style 15",  //
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15",  //
+                                 "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(rectanglesIn(window), 1u);
   platform.run(1);
-  EXPECT_EQ(taken(), Lines{"viewWillDisappear"});
+  EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});
   EXPECT_EQ(rectanglesIn(window), 0u);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
@@ -59,10 +59,10 @@ TEST_F(WholeRunTest, EmbeddedUnderAParentTheCoverGoesWithItsEnd) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  taken();
+  takeEvents();
   platform.run(1.1);
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
+                                 "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(rectanglesIn(window), 0u);
   platform.run(2);
@@ -72,13 +72,13 @@ TEST_F(WholeRunTest, EmbeddedUnderAParentTheCoverGoesWithItsEnd) {
 TEST_F(WholeRunTest, AsAModalWindowItIsRunModallyUntilItsEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
-                            "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
+                                 "viewDidAppear"}));
   EXPECT_EQ(NSApp->modalWindow(), controller()->view()->window());
   EXPECT_EQ(NSApp->keyWindow(), NSApp->modalWindow());
   platform.run(1.1);
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), window);
   platform.run(2);
@@ -89,12 +89,12 @@ TEST_F(WholeRunTest, AsAModalWindowItIsRunModallyUntilItsEnd) {
 TEST_F(WholeRunTest, AsASheetItHangsFromTheWindowUntilItsEnd) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
-  EXPECT_EQ(taken(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
-                            "viewDidAppear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
+                                 "viewDidAppear"}));
   EXPECT_EQ(window->sheets().size(), 1u);
   platform.run(1.1);
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "host: did disappear"}));
   EXPECT_TRUE(window->sheets().empty());
   platform.run(2);
   EXPECT_EQ(window->styleMask(), kFullStyle);
@@ -150,9 +150,9 @@ TEST_F(WholeRunTest, AnotherApplicationInFrontCountsAsAway) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
-  platform.user().userDeactivatesApplication();
+  platform.windowSystem().userDeactivatesApplication();
   platform.run(5);
-  platform.user().userActivatesApplication();
+  platform.windowSystem().userActivatesApplication();
   EXPECT_EQ(NSApp->keyWindow(), window);
   platform.run(3);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
@@ -195,9 +195,9 @@ TEST_F(WholeRunTest, AnEarlyEndIsRefusedWithTheStyleKeptAndTheEventRecordedAllTh
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded, 5);
   platform.run(0.5);
-  taken();
+  takeEvents();
   manager->dismissLaunchScreen();
-  EXPECT_EQ(taken(), Lines{"host: can disappear"});
+  EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   platform.run(3);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.0}}));
@@ -232,20 +232,20 @@ TEST_F(WholeRunTest, ASheetOnTopKeepsItUpAndTheHostDoesNotHearOfAnEnd) {
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_TRUE(platform.events.empty());
   controller()->NSViewController::dismissViewController(onTop);
-  taken();
+  takeEvents();
   manager->dismissLaunchScreen();
-  EXPECT_EQ(taken(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
-                            "viewDidDisappear", "host: did disappear"}));
+  EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
+                                 "viewDidDisappear", "host: did disappear"}));
 }
 
 TEST_F(WholeRunTest, TheHostWindowsEndIsTheLaunchScreensEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10);
   platform.run(0.5);
-  taken();
-  platform.user().windowVanishes(window->handle());
-  EXPECT_EQ(taken(), (Lines{"viewWillDisappear", "style 15", "window closed",  //
-                            "viewDidDisappear", "host: did disappear"}));
+  takeEvents();
+  platform.windowSystem().ownerDestroysWindow(window->handle());
+  EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "window closed",  //
+                                 "viewDidDisappear", "host: did disappear"}));
   platform.run(1);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.0}}));
 }

@@ -326,7 +326,7 @@ TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainOneIsLookedAtFirst) {
   const auto [main, inMain] = openCountedWindow();
   main->makeKeyWindow();
   const auto [front, inFront] = openCountedWindow();
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), main);
   EXPECT_FALSE(manager->tempItemRequired());

@@ -2,9 +2,9 @@
 
 namespace vel::test {
 
-void CoverDelegate::note(CoverCall call, std::string_view text,
-                         const Strong<LaunchScreenViewController>& controller) {
-  caller = controller;
+void CoverDelegate::record(CoverCall call, std::string_view text,
+                           const Strong<LaunchScreenViewController>& controller) {
+  lastController = controller;
   journal_->push_back(name_ + ": " + std::string(text));
   if (work_ && call == workCall_) {
     std::exchange(work_, nullptr)();
@@ -13,41 +13,41 @@ void CoverDelegate::note(CoverCall call, std::string_view text,
 
 void CoverDelegate::launchScreenControllerWillPresent(
     const Strong<LaunchScreenViewController>& controller) {
-  note(CoverCall::WillPresent, "will present", controller);
+  record(CoverCall::WillPresent, "will present", controller);
 }
 
 bool CoverDelegate::canLaunchScreenControllerDismiss(
     const Strong<LaunchScreenViewController>& controller) {
-  note(CoverCall::CanDismiss, "can dismiss", controller);
+  record(CoverCall::CanDismiss, "can dismiss", controller);
   return agrees;
 }
 
 void CoverDelegate::launchScreenControllerDidDismiss(
     const Strong<LaunchScreenViewController>& controller) {
-  note(CoverCall::DidDismiss, "did dismiss", controller);
+  record(CoverCall::DidDismiss, "did dismiss", controller);
 }
 
-void CoverDelegate::once(CoverCall call, std::function<void()> work) {
+void CoverDelegate::onNext(CoverCall call, std::function<void()> work) {
   workCall_ = call;
   work_ = std::move(work);
 }
 
-void HostViewDelegate::note(std::string_view text, const Strong<ContentView>& shown) {
-  view = shown;
+void HostViewDelegate::record(std::string_view text, const Strong<ContentView>& newView) {
+  view = newView;
   journal_->push_back(name_ + ": " + std::string(text));
 }
 
-void HostViewDelegate::contentViewWillAppear(const Strong<ContentView>& shown) {
-  note("will appear", shown);
+void HostViewDelegate::contentViewWillAppear(const Strong<ContentView>& newView) {
+  record("will appear", newView);
 }
 
-bool HostViewDelegate::canContentViewDisappear(const Strong<ContentView>& shown) {
-  note("can disappear", shown);
+bool HostViewDelegate::canContentViewDisappear(const Strong<ContentView>& newView) {
+  record("can disappear", newView);
   return agrees;
 }
 
-void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& shown) {
-  note("did disappear", shown);
+void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& newView) {
+  record("did disappear", newView);
 }
 
 void PlatformJournal::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
@@ -83,20 +83,21 @@ CoverTest::CoverTest() {
 }
 
 Strong<CoverDelegate> CoverTest::addDelegate(std::string_view name,
-                                             const Strong<LaunchScreenViewController>& to) {
+                                             const Strong<LaunchScreenViewController>& controller) {
   auto delegate = make<CoverDelegate>(name, journal);
-  to->addDelegate(delegate);
+  controller->addDelegate(delegate);
   return delegate;
 }
 
-bool tracks(const Strong<NSView>& superView, const Strong<LaunchScreenViewController>& controller) {
+bool isTrackedCover(const Strong<NSView>& superView,
+                    const Strong<LaunchScreenViewController>& controller) {
   return embedded_cover::superView == superView && embedded_cover::selfView == controller->view() &&
          embedded_cover::selfController == controller;
 }
 
-bool tracksNothing() {
-  return embedded_cover::superView == nullptr && embedded_cover::selfView == nullptr &&
-         embedded_cover::selfController == nullptr;
+bool hasTrackedCover() {
+  return embedded_cover::superView != nullptr || embedded_cover::selfView != nullptr ||
+         embedded_cover::selfController != nullptr;
 }
 
 }  // namespace vel::test

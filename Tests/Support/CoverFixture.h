@@ -1,5 +1,5 @@
-// Shared by the tests of the cover and its content: a journal, delegates that write into it, and a
-// controller to present.
+// For the tests of the cover and its content: a journal of events, delegates that write into it,
+// and a fixture with a controller to present.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@
 
 namespace vel::test {
 
-/// Events in their order. The objects that write into a journal own it together.
+/// A list of events in their order. All objects that write into a journal share its ownership.
 using Lines = std::vector<std::string>;
 using Journal = std::shared_ptr<Lines>;
 
@@ -43,16 +43,16 @@ class CoverDelegate final
   /// Stops responding to this operation. A call of the operation is nevertheless recorded.
   void stopRespondingTo(CoverCall call) { responding_.reset(static_cast<std::size_t>(call)); }
   /// Runs `work` inside the next call of this operation.
-  void once(CoverCall call, std::function<void()> work);
+  void onNext(CoverCall call, std::function<void()> work);
 
   /// The result of "can dismiss".
   bool agrees = true;
   /// The controller of the last call.
-  Weak<LaunchScreenViewController> caller;
+  Weak<LaunchScreenViewController> lastController;
 
  private:
-  void note(CoverCall call, std::string_view text,
-            const Strong<LaunchScreenViewController>& controller);
+  void record(CoverCall call, std::string_view text,
+              const Strong<LaunchScreenViewController>& controller);
 
   std::string name_;
   Journal journal_;
@@ -86,7 +86,7 @@ class HostViewDelegate final
   Weak<ContentView> view;
 
  private:
-  void note(std::string_view text, const Strong<ContentView>& view);
+  void record(std::string_view text, const Strong<ContentView>& view);
 
   std::string name_;
   Journal journal_;
@@ -98,25 +98,27 @@ class HostViewDelegate final
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
-  ~PlatformJournal() override { setPlatformObserver(before_); }
+  ~PlatformJournal() override { setPlatformObserver(previousObserver_); }
 
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
   void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
-  /// Runs `work` when a style mask is set next. Simulates a host that interferes at that moment.
-  void atNextStyleMask(std::function<void()> work) { work_ = std::move(work); }
+  /// Runs `work` the next time that a style mask is set. Simulates a host that acts at that moment.
+  void onNextStyleMask(std::function<void()> work) { work_ = std::move(work); }
 
  private:
   Journal journal_;
   std::function<void()> work_;
-  PlatformObserver* before_ = setPlatformObserver(this);
+  PlatformObserver* previousObserver_ = setPlatformObserver(this);
 };
 
-/// True if this controller's cover, in this superview, is the tracked embedded cover.
-bool tracks(const Strong<NSView>& superView, const Strong<LaunchScreenViewController>& controller);
-bool tracksNothing();
+/// True if the library tracks this controller's view, in this superview, as the embedded cover.
+bool isTrackedCover(const Strong<NSView>& superView,
+                    const Strong<LaunchScreenViewController>& controller);
+/// True if the library tracks an embedded cover.
+bool hasTrackedCover();
 
 /// A fixture with a duration of five seconds, a controller to present and a journal.
 class CoverTest : public VirtualTest {
@@ -128,9 +130,9 @@ class CoverTest : public VirtualTest {
   }
   Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, cover); }
   Strong<CoverDelegate> addDelegate(std::string_view name,
-                                    const Strong<LaunchScreenViewController>& to);
-  /// Returns the events since the last call.
-  Lines taken() { return std::exchange(*journal, {}); }
+                                    const Strong<LaunchScreenViewController>& controller);
+  /// Returns the events that were recorded since the last call.
+  Lines takeEvents() { return std::exchange(*journal, {}); }
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};

@@ -16,7 +16,7 @@ void ResolverListener::contentResolverDidChangeStateForContentData(
   }
 }
 
-void HostController::note(std::string_view operation) {
+void HostController::record(std::string_view operation) {
   calls.emplace_back(operation);
   if (const auto work = std::exchange(work_, nullptr)) {
     work();
@@ -25,33 +25,33 @@ void HostController::note(std::string_view operation) {
 
 void HostController::addDelegate(const Strong<LaunchScreenViewControllerDelegate>& added) {
   delegate = added;
-  note("addDelegate");
+  record("addDelegate");
 }
 
 void HostController::removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& /*removed*/) {
-  note("removeDelegate");
+  record("removeDelegate");
 }
 
 void HostController::deactivate() {
   delegate = nullptr;
-  note("deactivate");
+  record("deactivate");
 }
 
 void HostController::presentForWindowWithPresentationMode(const Strong<NSWindow>& over,
                                                           LaunchScreenPresentationMode how) {
   window = over;
   mode = how;
-  note("present");
+  record("present");
 }
 
-void HostController::dismiss() { note("dismiss"); }
+void HostController::dismiss() { record("dismiss"); }
 
 void HostController::dismissViewController(const Strong<NSViewController>& controller) {
-  dismissed = controller;
-  note("dismissViewController");
+  dismissedController = controller;
+  record("dismissViewController");
 }
 
-void onAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
+void runOnAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
 
 LaunchScreenTest::~LaunchScreenTest() { send(manager, &LaunchScreenManager::deactivate); }
 
@@ -84,17 +84,19 @@ Strong<CoverDelegate> LaunchScreenTest::addHostDelegate() {
   return delegate;
 }
 
-std::size_t LaunchScreenTest::registrations() const {
+std::size_t LaunchScreenTest::registrationCount() const {
   return NSNotificationCenter::defaultCenter().registrationCount(manager.get());
 }
 
-std::size_t LaunchScreenTest::pendingWork() { return dispatch_get_main_queue().pendingCount(); }
+std::size_t LaunchScreenTest::pendingTaskCount() {
+  return dispatch_get_main_queue().pendingCount();
+}
 
 void ShownLaunchScreenTest::show(double duration, std::string_view mode) {
-  shown = loadHostController(duration, mode);
-  shown->calls.clear();
+  hostController = loadHostController(duration, mode);
+  hostController->calls.clear();
   window = openWindow("NSWindow");
-  window->contentView()->addSubview(shown->view());
+  window->contentView()->addSubview(hostController->view());
   manager->startTimer();
 }
 

@@ -60,18 +60,18 @@ class HostController final
   Strong<LaunchScreenViewControllerDelegate> delegate;
   Strong<NSWindow> window;
   LaunchScreenPresentationMode mode = -1;
-  Weak<NSViewController> dismissed;
+  Weak<NSViewController> dismissedController;
   /// Runs `work` inside the next call of any operation.
-  void once(std::function<void()> work) { work_ = std::move(work); }
+  void onNextCall(std::function<void()> work) { work_ = std::move(work); }
 
  private:
-  void note(std::string_view operation);
+  void record(std::string_view operation);
 
   std::function<void()> work_;
 };
 
 /// Runs `work` on another thread and waits until it returns.
-void onAnotherThread(const std::function<void()>& work);
+void runOnAnotherThread(const std::function<void()>& work);
 
 /// A manager on a new platform, and the calls of a host. The destructor deactivates the manager.
 class LaunchScreenTest : public VirtualTest {
@@ -85,7 +85,7 @@ class LaunchScreenTest : public VirtualTest {
   /// Requests content for the event "launch_end" and gets its view, which makes the manager a
   /// delegate of the controller.
   void load(double duration, std::string_view mode = "");
-  /// Does the same as `load`, with a HostController instead of the library's controller.
+  /// Loads content as `load` does, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
   /// Presents the main content; `hostMode` is a mode of the content framework.
   void present(const Strong<NSWindow>& window, std::int32_t hostMode);
@@ -100,22 +100,22 @@ class LaunchScreenTest : public VirtualTest {
   [[nodiscard]] double timeLeft() const { return manager->launchScreenExpirationTimeLeft(); }
   void setTimeLeft(double seconds) { manager->setLaunchScreenExpirationTimeLeft(seconds); }
   /// The number of notifications that the manager observes.
-  [[nodiscard]] std::size_t registrations() const;
+  [[nodiscard]] std::size_t registrationCount() const;
   /// The number of pending tasks of the main queue.
-  [[nodiscard]] static std::size_t pendingWork();
+  [[nodiscard]] static std::size_t pendingTaskCount();
   /// The complete state of the manager, for comparison.
   [[nodiscard]] auto state() const {
     return std::tuple(timer(), timeLeft(), manager->appIsUnfocused(), manager->eventWasSended(),
                       manager->launchScreenExpired(), manager->launchShouldBeClosed(),
-                      registrations(), pendingWork());
+                      registrationCount(), pendingTaskCount());
   }
 
   Journal journal = std::make_shared<Lines>();
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest whose launch screen is shown by a HostController. Key notifications are sent
-/// directly to the manager, whether or not the window's key state has changed.
+/// A LaunchScreenTest in which a HostController shows the launch screen. It sends key notifications
+/// directly to the manager, even if no window's key state has changed.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
   /// Loads content, shows the controller's view in an open window that is not key, and starts the
@@ -124,7 +124,7 @@ class ShownLaunchScreenTest : public LaunchScreenTest {
   void resignKey(const Strong<NSObject>& object);
   void becomeKey(const Strong<NSObject>& object);
 
-  Strong<HostController> shown;
+  Strong<HostController> hostController;
   Strong<NSWindow> window;
 };
 

@@ -19,7 +19,7 @@ namespace vel::test {
 
 /// A new platform in virtual time that starts at 0. The destructor shuts the platform down and
 /// resets the default configuration.
-class VirtualPlatform : NonCopyable {
+class VirtualPlatform : private NonCopyable {
  public:
   VirtualPlatform();
   ~VirtualPlatform();
@@ -27,19 +27,21 @@ class VirtualPlatform : NonCopyable {
   /// Runs the loop for this many virtual seconds, including all work that is due at the end.
   void run(double seconds);
   /// Runs all work that is due now.
-  void runDue() { run(0); }
+  void runDueWork() { run(0); }
   [[nodiscard]] double now() const;
 
-  /// Simulates a user.
-  [[nodiscard]] HeadlessWindowSystem& user() { return *windowSystem_; }
+  /// The window system, which also simulates users and other programs.
+  [[nodiscard]] HeadlessWindowSystem& windowSystem() { return *windowSystem_; }
   /// The log lines without their prefix.
   std::vector<std::string> log;
+
   /// An analytics event and the virtual time of its recording, in seconds.
   struct Event {
     std::string name;
     double time = 0;
     bool operator==(const Event&) const = default;
   };
+  /// The recorded analytics events.
   std::vector<Event> events;
 
  private:
@@ -84,9 +86,9 @@ Strong<NSWindow> openPlayerWindow();
 /// Opens a key window of class "PlayerWindow" with a content view controller.
 Strong<NSWindow> openPlayerWindowWithContentViewController();
 
-/// A request with these parameters, which may be null.
+/// Makes a request with these parameters, which may be null.
 Strong<ContentRequest> makeRequest(Strong<NSDictionary> parameters);
-/// A request for `event` with a duration in seconds. An empty `mode` is left out.
+/// Makes a request for `event` with a duration in seconds. An empty `mode` adds no parameter.
 Strong<ContentRequest> makeRequest(std::string_view event, double duration,
                                    std::string_view mode = "");
 

@@ -13,7 +13,7 @@
 namespace vel::test {
 
 /// A back end on its own display. Simulates users and other programs on that display.
-class TestDisplay : NonCopyable {
+class TestDisplay : public NonCopyable {
  public:
   virtual ~TestDisplay() = default;
 
@@ -21,12 +21,12 @@ class TestDisplay : NonCopyable {
 
   virtual void userGoesToAnotherApplication() = 0;
   virtual void userComesBackTo(WindowHandle window) = 0;
-  virtual void userAsksToClose(WindowHandle window) = 0;
+  virtual void userClosesWindow(WindowHandle window) = 0;
   virtual void otherProgramResizes(WindowHandle window, CGSize size) = 0;
-  /// Puts the first window above the second.
-  virtual void otherProgramRaises(WindowHandle window, WindowHandle other) = 0;
-  virtual void ownerDestroys(WindowHandle window) = 0;
-  virtual void connectionBreaks() = 0;
+  /// Puts `window` directly above `sibling`.
+  virtual void otherProgramRaises(WindowHandle window, WindowHandle sibling) = 0;
+  virtual void ownerDestroysWindow(WindowHandle window) = 0;
+  virtual void serverClosesConnection() = 0;
   /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
   /// all controls. Returns its native id, or 0 if the display has no other programs.
   virtual std::uint64_t openForeignWindow() = 0;
@@ -56,10 +56,11 @@ class Conformance : public testing::TestWithParam<Backend> {
 
   WindowSystem& system() { return display->system(); }
   WindowHandle create(NSWindowStyleMask styleMask = 15);
-  /// Creates a window and shows it.
+  /// Creates a window and orders it front.
   WindowHandle open(NSWindowStyleMask styleMask = 15);
   /// Creates a window, waits until it has the focus, and clears the reports.
   WindowHandle openFocused();
+  /// Delivers events until `line` is recorded. Returns false on a timeout.
   bool waitFor(const std::string& line);
   void deliver() { deliverAll(system()); }
   /// Calls every operation of the port on this window.

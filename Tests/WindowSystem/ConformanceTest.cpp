@@ -1,4 +1,4 @@
-// The behaviour that every back end must have.
+// The tests that every back end must pass.
 #include <gmock/gmock.h>
 #include <poll.h>
 
@@ -44,7 +44,7 @@ void Conformance::callEveryOperation(WindowHandle window) {
   system().requestMiniaturized(window, true);
   system().requestMiniaturized(window, false);
   system().setFrame(window, kFrame);
-  system().setTitle(window, "nobody");
+  system().setTitle(window, "Other");
   system().setStyleMask(window, 1);
   system().setMovableByBackground(window, true);
   system().setScene(window, {{.kind = SceneItem::Kind::Fill, .frame = kFrame, .color = {}}});
@@ -85,17 +85,17 @@ TEST_P(Conformance, OperationsOnAReleasedWindowDoNothing) {
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, ADestroyedWindowIsReportedOnceAndItsHandleIsInvalid) {
+TEST_P(Conformance, OperationsOnADestroyedWindowDoNothing) {
   const WindowHandle window = openFocused();
-  display->ownerDestroys(window);
-  ASSERT_TRUE(waitFor("gone " + nameOf(window)));
+  display->ownerDestroysWindow(window);
+  ASSERT_TRUE(waitFor("destroyed " + nameOf(window)));
   reports.lines.clear();
   callEveryOperation(window);
   deliver();
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, AHiddenWindowCanBeShownAgain) {
+TEST_P(Conformance, AHiddenWindowCanBeShownAndFocusedAgain) {
   const WindowHandle window = openFocused();
   system().orderOut(window);
   deliver();
@@ -160,19 +160,19 @@ TEST_P(Conformance, AFrameSetByAnotherProgramIsReported) {
 
 TEST_P(Conformance, ACloseRequestDoesNotCloseTheWindow) {
   const WindowHandle window = openFocused();
-  display->userAsksToClose(window);
-  EXPECT_TRUE(waitFor("close asked " + nameOf(window)));
+  display->userClosesWindow(window);
+  EXPECT_TRUE(waitFor("close requested " + nameOf(window)));
   deliver();
-  EXPECT_EQ(reports.count("gone"), 0);
+  EXPECT_EQ(reports.count("destroyed"), 0);
 }
 
 TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
   deliver();
-  display->userAsksToClose(window);
+  display->userClosesWindow(window);
   deliver();
-  EXPECT_EQ(reports.count("close asked"), 0);
+  EXPECT_EQ(reports.count("close requested"), 0);
 }
 
 TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndReportsThem) {
@@ -236,8 +236,8 @@ TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {
   deliver();
   system().setModalWindow(WindowHandle::None);
   deliver();
-  EXPECT_EQ(reports.count("gone"), 0);
-  EXPECT_EQ(reports.count("close asked"), 0);
+  EXPECT_EQ(reports.count("destroyed"), 0);
+  EXPECT_EQ(reports.count("close requested"), 0);
 }
 
 // Windows of other programs
@@ -250,7 +250,7 @@ TEST_P(Conformance, AdoptingAnUnknownWindowFailsWithAReason) {
   }
 }
 
-TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndHasThem) {
+TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
   const std::uint64_t id = display->openForeignWindow();
   EXPECT_EQ(id != 0, GetParam().adoptsWindows);
   if (id == 0) {
@@ -273,8 +273,8 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndHasThem) {
   EXPECT_EQ(adopted->styleMask, 15U);
   system().requestFocus(adopted->handle);
   EXPECT_TRUE(waitFor("focus " + nameOf(adopted->handle)));
-  display->ownerDestroys(adopted->handle);
-  EXPECT_TRUE(waitFor("gone " + nameOf(adopted->handle)));
+  display->ownerDestroysWindow(adopted->handle);
+  EXPECT_TRUE(waitFor("destroyed " + nameOf(adopted->handle)));
 }
 
 // Events and the connection
@@ -286,24 +286,25 @@ TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
       system(), [this] { return !system().deliverEvents() && system().nextDeadline() > 0; }));
 }
 
-TEST_P(Conformance, AnEventIsReportedAtOnceOrMakesTheDescriptorReadable) {
+TEST_P(Conformance, AnEventIsReportedAtOnceOrTheDescriptorBecomesReadable) {
   const WindowHandle window = openFocused();
   display->otherProgramResizes(window, {400, 260});
-  if (reports.count("frame") == 0) {  // not reported at once
+  const bool reportedAtOnce = reports.count("frame") > 0;
+  if (!reportedAtOnce) {
     ASSERT_TRUE(system().waitHandle().isValid());
     waitForInput(system().waitHandle().descriptor(),
-                 std::min(system().nextDeadline(), steadyNow() + kPatience));
+                 std::min(system().nextDeadline(), steadyNow() + kTimeout));
     EXPECT_TRUE(system().deliverEvents());
   }
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));
 }
 
-TEST_P(Conformance, WithoutADelegateNothingIsReported) {
+TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   const WindowHandle window = openFocused();
   system().setDelegate(nullptr);
-  display->userAsksToClose(window);
+  display->userClosesWindow(window);
   display->userGoesToAnotherApplication();
-  display->ownerDestroys(window);
+  display->ownerDestroysWindow(window);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
   // A later delegate receives no earlier reports.
@@ -316,11 +317,11 @@ TEST_P(Conformance, WithoutADelegateNothingIsReported) {
 
 TEST_P(Conformance, ALostConnectionIsReportedOnceAndAllHandlesAreInvalid) {
   const WindowHandle window = openFocused();
-  display->connectionBreaks();
-  ASSERT_TRUE(waitFor("lost"));
+  display->serverClosesConnection();
+  ASSERT_TRUE(waitFor("display lost"));
   callEveryOperation(window);
   deliver();
-  EXPECT_THAT(reports.lines, testing::ElementsAre("lost"));
+  EXPECT_THAT(reports.lines, testing::ElementsAre("display lost"));
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 

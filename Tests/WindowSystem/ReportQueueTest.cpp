@@ -1,3 +1,4 @@
+// The queue of a back end's reports.
 #include <gmock/gmock.h>
 
 #include <memory>

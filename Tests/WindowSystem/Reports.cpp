@@ -27,13 +27,13 @@ void ReportListener::applicationActivated(WindowHandle window) {
 }
 void ReportListener::applicationDeactivated() { lines.emplace_back("deactivated"); }
 void ReportListener::closeRequested(WindowHandle window) {
-  lines.push_back("close asked " + nameOf(window));
+  lines.push_back("close requested " + nameOf(window));
 }
 void ReportListener::windowDestroyed(WindowHandle window) {
-  lines.push_back("gone " + nameOf(window));
+  lines.push_back("destroyed " + nameOf(window));
 }
-void ReportListener::frameChanged(WindowHandle window, CGRect changed) {
-  frame = changed;
+void ReportListener::frameChanged(WindowHandle window, CGRect newFrame) {
+  frame = newFrame;
   lines.push_back("frame " + nameOf(window));
 }
 void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized) {
@@ -52,7 +52,9 @@ void ReportListener::orderChanged(const std::vector<WindowHandle>& windows) {
 void ReportListener::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
   lines.push_back("controls kept " + nameOf(window) + " " + std::to_string(controls));
 }
-void ReportListener::displayLost(std::string_view /*reason*/) { lines.emplace_back("lost"); }
+void ReportListener::displayLost(std::string_view /*reason*/) {
+  lines.emplace_back("display lost");
+}
 
 bool ReportListener::contains(std::string_view line) const {
   return std::ranges::find(lines, line) != lines.end();
@@ -67,14 +69,14 @@ Nanoseconds steadyNow() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-void waitForInput(int descriptor, Nanoseconds until) {
+void waitForInput(int descriptor, Nanoseconds deadline) {
   pollfd input{descriptor, POLLIN, 0};
-  const Nanoseconds left = std::max<Nanoseconds>(until - steadyNow(), 0);
+  const Nanoseconds left = std::max<Nanoseconds>(deadline - steadyNow(), 0);
   poll(&input, 1, static_cast<int>((left + 999'999) / 1'000'000));
 }
 
 bool eventually(const std::function<bool()>& condition) {
-  const Nanoseconds limit = steadyNow() + kPatience;
+  const Nanoseconds limit = steadyNow() + kTimeout;
   while (!condition()) {
     if (steadyNow() >= limit) {
       return false;
@@ -85,7 +87,7 @@ bool eventually(const std::function<bool()>& condition) {
 }
 
 bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition) {
-  const Nanoseconds limit = steadyNow() + kPatience;
+  const Nanoseconds limit = steadyNow() + kTimeout;
   while (true) {
     system.deliverEvents();
     if (condition()) {

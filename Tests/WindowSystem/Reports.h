@@ -10,7 +10,7 @@
 
 namespace vel::test {
 
-/// "0x200001"
+/// The handle as text, such as "0x200001".
 std::string nameOf(WindowHandle window);
 
 /// Records each report as a line, such as "focus 0x200001" or "deactivated".
@@ -33,21 +33,23 @@ class ReportListener final : public WindowSystemDelegate {
   [[nodiscard]] int count(std::string_view beginning) const;
 
   std::vector<std::string> lines;
-  CGRect frame;                                   // of the last `frameChanged`
-  std::vector<std::vector<WindowHandle>> orders;  // of each `orderChanged`
+  /// The frame of the last `frameChanged`.
+  CGRect frame;
+  /// The windows of each `orderChanged`.
+  std::vector<std::vector<WindowHandle>> orders;
 };
 
 /// The steady clock, in nanoseconds.
 Nanoseconds steadyNow();
-/// Waits until the descriptor is readable, but not past `until`. Descriptor -1 is never readable.
-void waitForInput(int descriptor, Nanoseconds until);
+/// Waits until the descriptor is readable or the deadline passes. Descriptor -1 is never readable.
+void waitForInput(int descriptor, Nanoseconds deadline);
 
 /// Long enough for every condition to become true on a busy machine.
-inline constexpr Nanoseconds kPatience = 15 * kNanosecondsPerSecond;
+inline constexpr Nanoseconds kTimeout = 15 * kNanosecondsPerSecond;
 
-/// Polls `condition` until it is true. Returns false after `kPatience`.
+/// Polls `condition` until it is true. Returns false after `kTimeout`.
 bool eventually(const std::function<bool()>& condition);
-/// Delivers events until `condition` is true. Returns false after `kPatience`.
+/// Delivers events until `condition` is true. Returns false after `kTimeout`.
 bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition);
 /// Completes all earlier requests and delivers all events that they have caused.
 void deliverAll(WindowSystem& system);

@@ -3,17 +3,17 @@
 namespace vel {
 
 HeadlessWindowSystem::Window* HeadlessWindowSystem::find(WindowHandle window) {
-  const auto found = windows_.find(window);
-  return found == windows_.end() ? nullptr : &found->second;
+  const auto position = windows_.find(window);
+  return position == windows_.end() ? nullptr : &position->second;
 }
 
 const HeadlessWindowSystem::Window* HeadlessWindowSystem::window(WindowHandle window) const {
-  const auto found = windows_.find(window);
-  return found == windows_.end() ? nullptr : &found->second;
+  const auto position = windows_.find(window);
+  return position == windows_.end() ? nullptr : &position->second;
 }
 
 WindowHandle HeadlessWindowSystem::createWindow(const WindowDescription& description) {
-  const auto handle = static_cast<WindowHandle>(++created_);
+  const auto handle = static_cast<WindowHandle>(++lastHandle_);
   windows_[handle].description = description;
   return handle;
 }
@@ -47,7 +47,7 @@ void HeadlessWindowSystem::orderOut(WindowHandle window) {
 
 void HeadlessWindowSystem::requestFocus(WindowHandle window) {
   const Window* const state = find(window);
-  if (state == nullptr || !state->onScreen || userKeepsFocus_) {
+  if (state == nullptr || !state->onScreen || ignoresFocusRequests_) {
     return;
   }
   focus_ = window;
@@ -157,13 +157,14 @@ void HeadlessWindowSystem::userOrdersWindows(const std::vector<WindowHandle>& wi
   }
 }
 
-void HeadlessWindowSystem::windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls) {
+void HeadlessWindowSystem::windowManagerKeepsControls(WindowHandle window,
+                                                      NSWindowStyleMask controls) {
   if (find(window) != nullptr && delegate_ != nullptr) {
     delegate_->controlsKept(window, controls);
   }
 }
 
-void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
+void HeadlessWindowSystem::ownerDestroysWindow(WindowHandle window) {
   if (focus_ == window) {
     focus_ = WindowHandle::None;
   }
@@ -172,7 +173,7 @@ void HeadlessWindowSystem::windowVanishes(WindowHandle window) {
   }
 }
 
-void HeadlessWindowSystem::connectionBreaks(std::string_view reason) {
+void HeadlessWindowSystem::serverClosesConnection(std::string_view reason) {
   windows_.clear();
   focus_ = WindowHandle::None;
   modal_ = WindowHandle::None;

@@ -43,7 +43,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// Takes the focus from the application's windows without deactivating the application.
   void userMovesFocusAway();
   /// While true, `requestFocus` does nothing, as if the user worked in another application.
-  void userKeepsFocus(bool keeps) { userKeepsFocus_ = keeps; }
+  void setIgnoresFocusRequests(bool ignores) { ignoresFocusRequests_ = ignores; }
   /// Takes the user to another application, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();
@@ -55,11 +55,11 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// Reports a new stacking order of these windows, front to back.
   void userOrdersWindows(const std::vector<WindowHandle>& windows);
   /// Reports the controls that a window manager still offers.
-  void windowManagerKeeps(WindowHandle window, NSWindowStyleMask controls);
+  void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.
-  void windowVanishes(WindowHandle window);
+  void ownerDestroysWindow(WindowHandle window);
   /// Ends the connection, and with it all windows.
-  void connectionBreaks(std::string_view reason);
+  void serverClosesConnection(std::string_view reason);
 
   /// The state of a window; null for an invalid handle.
   [[nodiscard]] const Window* window(WindowHandle window) const;
@@ -72,10 +72,10 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
 
   WindowSystemDelegate* delegate_ = nullptr;
   std::map<WindowHandle, Window> windows_;
-  std::uint64_t created_ = 0;
+  std::uint64_t lastHandle_ = 0;
   WindowHandle focus_ = WindowHandle::None;
   WindowHandle modal_ = WindowHandle::None;
-  bool userKeepsFocus_ = false;
+  bool ignoresFocusRequests_ = false;
 };
 
 }  // namespace vel

@@ -47,7 +47,7 @@ class ShowSessionTest : public VirtualTest {
   }
 
   [[nodiscard]] const HeadlessWindowSystem::Window& player() {
-    return *platform.user().window(session->playerWindow()->handle());
+    return *platform.windowSystem().window(session->playerWindow()->handle());
   }
 
   ShowOptions options = [] {
@@ -120,7 +120,7 @@ TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
 TEST_F(ShowSessionTest, PauseIsReportedAndNotCounted) {
   start();
   run(0.55);
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   run(10);
   session->playerWindow()->makeKeyWindow();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -202,7 +202,7 @@ TEST_F(ShowSessionTest, SkippingWhileNotKeyTakesEffectWhenKeyAgain) {
   options.mode = "skip";
   start();
   run(0.5);
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   session->skip();
   run(0.5);
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("dismissed")));
@@ -271,7 +271,7 @@ TEST_F(ShowSessionTest, SheetWithoutContentControllerIsReported) {
 TEST_F(ShowSessionTest, LostDisplayIsReported) {
   start();
   run(0.5);
-  platform.user().connectionBreaks("the server went away");
+  platform.windowSystem().serverClosesConnection("the server went away");
   const ShowOutcome outcome = runToEnd();
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_EQ(outcome.failure, "the display is lost: the server went away");
@@ -280,7 +280,7 @@ TEST_F(ShowSessionTest, LostDisplayIsReported) {
 TEST_F(ShowSessionTest, LostDisplayAfterASuccessfulEndIsReported) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
-  platform.user().connectionBreaks("the server went away");
+  platform.windowSystem().serverClosesConnection("the server went away");
   EXPECT_EQ(session->outcome()->status, kExitFailure);
   EXPECT_EQ(session->outcome()->failure, "the display is lost: the server went away");
 }
@@ -289,13 +289,13 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   options.presentation = "sheet";
   start();
   const ShowOutcome outcome = runToEnd();
-  platform.user().connectionBreaks("the server went away");
+  platform.windowSystem().serverClosesConnection("the server went away");
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
 TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCovered) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
-  platform.user().userKeepsFocus(true);
+  platform.windowSystem().setIgnoresFocusRequests(true);
   session->start();
   run(0.95);
   EXPECT_EQ(out.str(), "");
@@ -305,7 +305,7 @@ TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCovered) {
 
 TEST_F(ShowSessionTest, PlayerThatClosesBeforeItIsKeyIsReported) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
-  platform.user().userKeepsFocus(true);
+  platform.windowSystem().setIgnoresFocusRequests(true);
   session->start();
   session->playerWindow()->close();
   EXPECT_EQ(runToEnd().failure, "the player window was closed");
@@ -343,9 +343,9 @@ TEST_F(ShowSessionTest, MissingScreenshotIsReported) {
 TEST_F(ShowSessionTest, KeptControlsAreReported) {
   start();
   const WindowHandle window = session->playerWindow()->handle();
-  platform.user().windowManagerKeeps(window,
-                                     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable);
-  platform.user().windowManagerKeeps(window, NSWindowStyleMaskBorderless);
+  platform.windowSystem().windowManagerKeepsControls(
+      window, NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable);
+  platform.windowSystem().windowManagerKeepsControls(window, NSWindowStyleMaskBorderless);
   EXPECT_THAT(out.str(), testing::EndsWith(
                              "   0.000 s  controls kept by the window manager: close, miniaturise\n"
                              "   0.000 s  controls kept by the window manager: none\n"));
@@ -354,7 +354,8 @@ TEST_F(ShowSessionTest, KeptControlsAreReported) {
 TEST_F(ShowSessionTest, KeptControlsAreNotReportedAfterRestoring) {
   start();
   runToEnd();
-  platform.user().windowManagerKeeps(session->playerWindow()->handle(), NSWindowStyleMaskClosable);
+  platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),
+                                                     NSWindowStyleMaskClosable);
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("kept")));
 }
 
@@ -372,7 +373,7 @@ TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithIts
   options.contentController = true;
   start();
   run(0.5);
-  platform.user().windowVanishes(session->playerWindow()->handle());
+  platform.windowSystem().ownerDestroysWindow(session->playerWindow()->handle());
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n"
                                            "   0.500 s  uncovered\n"
@@ -382,9 +383,9 @@ TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithIts
 TEST_F(ShowSessionTest, DestroyedPlayerThatIsNotKeyEndsTheRunWithoutEvent) {
   start();
   run(0.5);
-  platform.user().userMovesFocusAway();
+  platform.windowSystem().userMovesFocusAway();
   run(0.5);
-  platform.user().windowVanishes(session->playerWindow()->handle());
+  platform.windowSystem().ownerDestroysWindow(session->playerWindow()->handle());
   const ShowOutcome outcome = runToEnd();
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_THAT(outcome.failure, testing::HasSubstr("no event is recorded"));
@@ -517,7 +518,7 @@ TEST_F(ShowSessionTest, SessionReleasesItsWindowAndCover) {
   ASSERT_FALSE(cover.expired());
   runToEnd();
   session = nullptr;
-  platform.runDue();
+  platform.runDueWork();
   EXPECT_TRUE(window.expired());
   EXPECT_TRUE(cover.expired());
 }

@@ -15,7 +15,7 @@ namespace vel::test {
 namespace {
 
 // Far longer than any of the runs takes on a machine that is busy otherwise.
-constexpr int kPatience = 30'000;
+constexpr int kTimeout = 30'000;
 
 std::array<int, 2> makePipe() {
   std::array<int, 2> ends{};
@@ -60,7 +60,7 @@ bool LaunchedShow::read(int milliseconds) {
 
 bool LaunchedShow::prints(std::string_view text) {
   while (output_.find(text) == std::string::npos) {
-    if (!read(kPatience)) {
+    if (!read(kTimeout)) {
       return false;
     }
   }
@@ -74,7 +74,7 @@ void LaunchedShow::pressEnter() const {
 }
 
 int LaunchedShow::wait() {
-  while (read(kPatience)) {
+  while (read(kTimeout)) {
   }
   return process_.wait();
 }

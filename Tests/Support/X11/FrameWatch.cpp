@@ -21,7 +21,7 @@ FrameWatch::FrameWatch(const std::string& display, PixelRect place, Kind kind)
 }
 
 bool FrameWatch::watchUntil(const std::function<bool()>& condition) {
-  const Nanoseconds limit = steadyNow() + kPatience;
+  const Nanoseconds limit = steadyNow() + kTimeout;
   while (!condition()) {
     if (steadyNow() >= limit) {
       return false;

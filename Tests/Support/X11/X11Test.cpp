@@ -16,7 +16,7 @@ Process startManager(Manager started, const XServer& server, XClient& user) {
                            : std::vector<std::string>{"openbox", "--sm-disable"};
   Process manager = server.start(program);
   // It manages once it manages a window. One that is asked for too early may stay forgotten.
-  const Nanoseconds limit = steadyNow() + kPatience;
+  const Nanoseconds limit = steadyNow() + kTimeout;
   const xcb_window_t probe = user.makeWindow({0, 0, 10, 10}, 0);
   user.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
   while (user.numbers(probe, "WM_STATE").empty()) {

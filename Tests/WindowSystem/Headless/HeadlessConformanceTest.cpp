@@ -1,3 +1,4 @@
+// Runs the conformance suite on the headless back end.
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 #include "Tests/WindowSystem/Conformance.h"
 
@@ -9,15 +10,15 @@ class HeadlessDisplay final : public TestDisplay {
   WindowSystem& system() override { return system_; }
   void userGoesToAnotherApplication() override { system_.userDeactivatesApplication(); }
   void userComesBackTo(WindowHandle /*window*/) override { system_.userActivatesApplication(); }
-  void userAsksToClose(WindowHandle window) override { system_.userClosesWindow(window); }
+  void userClosesWindow(WindowHandle window) override { system_.userClosesWindow(window); }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
     system_.userResizesWindow(window, {system_.window(window)->description.frame.origin, size});
   }
-  void otherProgramRaises(WindowHandle window, WindowHandle other) override {
-    system_.userOrdersWindows({window, other});
+  void otherProgramRaises(WindowHandle window, WindowHandle sibling) override {
+    system_.userOrdersWindows({window, sibling});
   }
-  void ownerDestroys(WindowHandle window) override { system_.windowVanishes(window); }
-  void connectionBreaks() override { system_.connectionBreaks("a test"); }
+  void ownerDestroysWindow(WindowHandle window) override { system_.ownerDestroysWindow(window); }
+  void serverClosesConnection() override { system_.serverClosesConnection("a test"); }
   std::uint64_t openForeignWindow() override { return 0; }
 
  private:
@@ -27,7 +28,7 @@ class HeadlessDisplay final : public TestDisplay {
 std::unique_ptr<TestDisplay> open() { return std::make_unique<HeadlessDisplay>(); }
 
 INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
-                         testing::Values(Backend{.name = "InMemory",
+                         testing::Values(Backend{.name = "Headless",
                                                  .open = open,
                                                  .adoptsWindows = false,
                                                  .hasScreen = false,

@@ -120,7 +120,7 @@ TEST_F(X11AdoptedWindows, TellWhenTheyAreGone) {
   system().setScene(found.handle, {});
   system().setStyleMask(found.handle, 1);
   system().requestFocus(found.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("gone", found.handle)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", found.handle)); }));
   system().setScene(found.handle, white(found.frame.size));
   deliver();
   EXPECT_THAT(log, IsEmpty());

@@ -51,20 +51,20 @@ TEST_F(X11Faults, TheServerGoesAwayAndTheProcessGoesOn) {
   askForEverything(handle);
   EXPECT_EQ(system().createWindow({.className = "Late", .title = "", .frame = {{}, {1, 1}}}),
             WindowHandle::None);
-  EXPECT_TRUE(waitFor([&] { return reports.contains("lost"); }));
-  EXPECT_EQ(reports.count("lost"), 1);
+  EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
+  EXPECT_EQ(reports.count("display lost"), 1);
   askForEverything(handle);
   std::string error;
   EXPECT_FALSE(system().adoptWindow(game, error).has_value());
   EXPECT_FALSE(system().deliverEvents());
-  EXPECT_EQ(reports.count("lost"), 1);
+  EXPECT_EQ(reports.count("display lost"), 1);
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
 TEST_F(X11Faults, TheServerGoesAwayUnnoticedAtFirst) {
   openCovered();
   server.kill();
-  EXPECT_TRUE(waitFor([&] { return reports.contains("lost"); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
 }
 
 TEST_F(X11Faults, ABrokenConnectionLeavesTheHostsSignalsAlone) {
@@ -122,7 +122,7 @@ TEST_F(X11Faults, TheGameIsDestroyedUnderTheCover) {
   const WindowHandle handle = openCovered();
   user.destroy(game);
   askForEverything(handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("gone", handle)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", handle)); }));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }

@@ -60,7 +60,7 @@ TEST_F(X11Focus, IsWithTheNextWindowWhenTheFormerHasEndedMeanwhile) {
   user.focus(other);
   user.destroy(game);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("gone", handle), line("focus", second)));
+  EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", second)));
 }
 
 TEST_F(X11Focus, IsFollowedInAGameThatAManagerThatCrashedHasLeftItsNameTo) {

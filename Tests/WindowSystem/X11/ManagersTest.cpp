@@ -80,7 +80,7 @@ TEST_P(X11Managers, AreReplacedOverACoveredWindow) {
   EXPECT_NE(mark(), markBefore);
   EXPECT_EQ(hints(), hintsCovered);
   EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.picture(game).isAll(kWhite); }));
-  EXPECT_EQ(reports.count("gone"), 0);
+  EXPECT_EQ(reports.count("destroyed"), 0);
   system().setScene(handle, {});
   system().setStyleMask(handle, 15);
   deliver();

@@ -66,7 +66,7 @@ TEST_F(X11OwnWindows, GetTheFocusThatIsAskedFor) {
 TEST_F(X11OwnWindows, AskBeforeTheyClose) {
   const WindowHandle window = openPlayer();
   user.closeByManager(idOf(window));
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("close asked", window)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("close requested", window)); }));
   EXPECT_TRUE(user.isViewable(idOf(window)));
 }
 
@@ -74,7 +74,7 @@ TEST_F(X11OwnWindows, RefuseToCloseWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   user.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
   deliver();
-  EXPECT_EQ(reports.count("close asked"), 0);
+  EXPECT_EQ(reports.count("close requested"), 0);
 }
 
 TEST_F(X11OwnWindows, KeepTheCloseProtocolWithoutACloseControl) {
@@ -111,7 +111,7 @@ TEST_F(X11OwnWindows, ComeBackAfterTheyWereOrderedOut) {
 TEST_F(X11OwnWindows, TellWhenTheyAreGone) {
   const WindowHandle window = openPlayer();
   user.destroy(idOf(window));
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("gone", window)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", window)); }));
   system().setTitle(window, "nobody");
   system().setScene(window, white(kFrame.size));
   system().orderFront(window);
@@ -124,7 +124,7 @@ TEST_F(X11OwnWindows, EndWithTheirRelease) {
   system().releaseWindow(window);
   EXPECT_TRUE(waitFor([&] { return !user.exists(idOf(window)); }));
   deliver();
-  EXPECT_EQ(reports.count("gone"), 0);
+  EXPECT_EQ(reports.count("destroyed"), 0);
 }
 
 TEST_F(X11OwnWindows, LeaveTheManagerOnlyTheControlsOfTheirMask) {

@@ -1,7 +1,7 @@
 #include <stdexcept>
 
-#include "Tests/WindowSystem/Conformance.h"
 #include "Tests/Support/X11/X11Test.h"
+#include "Tests/WindowSystem/Conformance.h"
 
 namespace vel::test {
 namespace {
@@ -21,7 +21,7 @@ class X11Display final : public TestDisplay {
   WindowSystem& system() override { return *system_; }
   void userGoesToAnotherApplication() override { user_.focus(other_); }
   void userComesBackTo(WindowHandle window) override { user_.focus(idOf(window)); }
-  void userAsksToClose(WindowHandle window) override {
+  void userClosesWindow(WindowHandle window) override {
     user_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
     user_.settle();
   }
@@ -31,12 +31,12 @@ class X11Display final : public TestDisplay {
     frame.height = static_cast<int>(size.height);
     user_.configure(idOf(window), frame);
   }
-  void otherProgramRaises(WindowHandle window, WindowHandle /*other*/) override {
+  void otherProgramRaises(WindowHandle window, WindowHandle /*sibling*/) override {
     user_.raise(idOf(window));
     user_.activateByManager(idOf(window));
   }
-  void ownerDestroys(WindowHandle window) override { user_.destroy(idOf(window)); }
-  void connectionBreaks() override { server_.kill(); }
+  void ownerDestroysWindow(WindowHandle window) override { user_.destroy(idOf(window)); }
+  void serverClosesConnection() override { server_.kill(); }
   std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }
 
  private:
