@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Runs the benchmarks that have been built and writes what they measured.
+"""Runs the benchmarks that have been built and writes the results to build/bench.
 
-Everything that is compared runs alternately, and what is reported are ratios of medians: on a
-machine that others use too, only these mean anything. Nothing here fails because something is slow.
+Programs that are compared run alternately, and the results are ratios of medians. Absolute times
+differ from run to run on a machine that also does other work. No target makes this script fail.
 """
 
 import argparse
@@ -14,95 +14,21 @@ import platform
 import random
 import subprocess
 import sys
-import tempfile
 import time
 
 import report
+from display import BIN, ROOT, Host, Server, say
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-BIN = ROOT / "build" / "benchmarks" / "bin"
 OUT = ROOT / "build" / "bench"
-FIVE = "640,480;325,245;955,245;325,715;955,715"  # the window's middle and corners
-FILLED = "640,480;5,5;1274,5;5,954;1274,954"
-SCREEN = "1280x960x24"
+CORNERS_AND_MIDDLE = "640,480;5,5;1274,5;5,954;1274,954"  # of the screen
 STARTED = ("bare", "bare-runtime", "library", "library-linked", "sdl2", "qt6", "gtk3", "wx")
+PEERS = ("bare", "library", "sdl2", "qt6", "gtk3", "wx")
+COVERS = ("none", "bare", "library")
+METACITY = ["metacity", "--sm-disable"]
 
 
-def say(text):
-    print(f"bench: {text}", file=sys.stderr, flush=True)
-
-
-class Server:
-    """An X server of our own, and a window manager if wanted; both end with us, by process id."""
-
-    def __init__(self, manager=None):
-        reading, writing = os.pipe()
-        self.processes = [subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp",
-             "-noreset"],
-            pass_fds=[writing], stderr=subprocess.DEVNULL)]
-        os.close(writing)
-        with os.fdopen(reading) as number:
-            display = number.readline().strip()
-        if not display:
-            sys.exit("bench: Xvfb does not start")
-        self.home = tempfile.TemporaryDirectory(prefix="vel-bench-")
-        self.environment = {**os.environ, "DISPLAY": f":{display}", "HOME": self.home.name,
-                            "XDG_RUNTIME_DIR": self.home.name, "NO_AT_BRIDGE": "1",
-                            "GSETTINGS_BACKEND": "memory"}
-        self.environment.pop("WAYLAND_DISPLAY", None)
-        if manager:
-            self.processes.append(subprocess.Popen(
-                manager, env=self.environment, stdout=subprocess.DEVNULL,
-                stderr=subprocess.DEVNULL))
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        for process in reversed(self.processes):
-            process.terminate()
-            process.wait()
-        self.home.cleanup()
-
-    def watch(self, places, program, tenths, window=0):
-        """Runs a program under the watcher; answers what that saw, or None if it failed."""
-        run = subprocess.run(
-            [BIN / "bench-watch", places, "--", BIN / f"bench-screen-{program}", str(tenths),
-             "320", "240", "640", "480", str(window)],
-            env=self.environment, capture_output=True, text=True, timeout=60, check=False)
-        try:
-            seen = json.loads(run.stdout)
-        except ValueError:
-            say(f"{program}: {run.stderr.strip() or 'no answer'}")
-            return None
-        if seen["status"] != 0 or "called" not in seen:
-            say(f"{program}: status {seen['status']}: {run.stderr.strip()}")
-            return None
-        for stamp in ("called", "returned", "down", "kibibytes"):
-            seen[stamp] = seen[stamp][0]
-        return seen
-
-
-class Host:
-    """The window of somebody else, on a server."""
-
-    def __init__(self, server, *arguments):
-        self.process = subprocess.Popen([BIN / "bench-screen-host", *arguments],
-                                        env=server.environment, stdin=subprocess.PIPE,
-                                        stdout=subprocess.PIPE, text=True)
-        self.window = int(self.process.stdout.readline())
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.stdin.close()
-        self.process.wait()
-
-
-def in_process(quick):
-    """{(what, size): {who: [nanoseconds]}}"""
+def measure_in_process(quick):
+    """Returns {(what, size): {who: [nanoseconds]}}."""
     say("inside the process")
     output = OUT / "in-process.json"
     with Server() as server:
@@ -113,7 +39,7 @@ def in_process(quick):
              "--benchmark_out_format=json", f"--benchmark_out={output}"],
             env=server.environment, check=True, stdout=subprocess.DEVNULL)
     scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-    found = {}
+    times = {}
     for run in json.loads(output.read_text())["benchmarks"]:
         if run["run_type"] != "iteration":
             continue
@@ -121,86 +47,100 @@ def in_process(quick):
             sys.exit(f"bench: {run['name']}: {run['error_message']}")
         what, who, *rest = run["name"].split("/")
         size = int(rest[0]) if rest and rest[0].isdigit() else None
-        found.setdefault((what, size), {}).setdefault(who, []).append(
+        times.setdefault((what, size), {}).setdefault(who, []).append(
             run["real_time"] * scale[run["time_unit"]])
-    return found
+    return times
 
 
-def alternately(rounds, names, measure):
-    """{name: [what measure(name) answered]}, in another order each round."""
-    found = {name: [] for name in names}
+def measure_alternately(rounds, names, measure):
+    """Calls measure(name) for each name, in a random order in each round.
+
+    Returns {name: [result]} without the results that are None.
+    """
+    results = {name: [] for name in names}
     for _ in range(rounds):
         for name in random.sample(names, len(names)):
             result = measure(name)
             if result is not None:
-                found[name].append(result)
-    return found
+                results[name].append(result)
+    return results
 
 
-def from_start(quick):
-    names = list(STARTED)
+def measure_from_process_start(quick):
     say("from process start, three seconds each")
     with Server() as server:
-        return alternately(1 if quick else 9, names,
-                           lambda name: server.watch("640,480", name, 30))
+        return measure_alternately(1 if quick else 5, list(STARTED),
+                                   lambda name: server.watch(name, "cold", 30))
 
 
-def over_a_host(quick):
-    names = ["bare", "bare-shared", "library", "library-open", "sdl2", "qt6", "gtk3"]
+def measure_over_a_host(quick):
+    """Returns {(program, mode): [what the watcher printed]}."""
     say("over the window of another program")
+    cases = [(name, mode) for name in PEERS for mode in ("cold", "warm")]
+    cases.append(("library", "warm-adopting"))
     with Server() as server, Host(server) as host:
-        return alternately(5 if quick else 25, names,
-                           lambda name: server.watch("640,480", name, 3, host.window))
+        return measure_alternately(2 if quick else 13, cases,
+                                   lambda case: server.watch(*case, 3, host.window))
 
 
-def over_a_screen(quick):
-    """How often each covered a host that fills the screen, under a window manager: (times, runs)"""
-    names = ["library", "qt6", "gtk3"]
+def measure_over_a_screen(quick):
+    """Returns how many runs had a cover over the whole screen: {name: (covered, runs)}."""
     say("over a host that fills the screen")
-    runs = 3 if quick else 10
-    with Server(["metacity", "--sm-disable"]) as server:
-        wait_for_manager(server)
-        with Host(server, "fill") as host:
-            time.sleep(1)  # the window manager lays it out; nothing is timed here
-            seen = alternately(
-                runs, names,
-                lambda name: server.watch(FILLED if name == "library" else "640,480", name, 5,
-                                          host.window))
-    return {name: (sum(one["white"] != 0 for one in all_of_it), len(all_of_it))
-            for name, all_of_it in seen.items()}
+    with Server(METACITY) as server, Host(server, "fill") as host:
+        time.sleep(1)  # The window manager makes the window fill the screen.
+
+        def measure(name):
+            if name == "library":
+                return server.watch(name, "cold", 5, host.window, CORNERS_AND_MIDDLE)
+            return server.watch(name, "cold", 5, host.window)
+
+        results = measure_alternately(3 if quick else 10, ["library", "qt6", "gtk3"], measure)
+    return {name: (sum(run["white_start"] != 0 for run in runs), len(runs))
+            for name, runs in results.items()}
 
 
-def wait_for_manager(server):
-    for _ in range(200):
-        answer = subprocess.run(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"],
-                                env=server.environment, capture_output=True, text=True, check=False)
-        if "window id" in answer.stdout:
-            return
-        time.sleep(0.05)
-    sys.exit("bench: the window manager does not start")
+def measure_game(quick):
+    """Returns {cover: [what the game printed]}."""
+    say("in a game at 240 frames a second")
+    with Server(METACITY) as server:
+        return measure_alternately(1 if quick else 4, list(COVERS),
+                                   lambda cover: server.run("screen-game", cover, 2 if quick else 5))
 
 
-def sizes():
-    """Bytes of the stripped shared libraries, and what each program loads."""
-    say("sizes")
-    found = {}
+def measure_loading(quick, library):
+    """Returns [what the program that loads the library printed]."""
+    say("loading the library into a game")
+    if library is None:
+        return []
+    with Server(METACITY) as server:
+        runs = [server.run("screen-loading", library) for _ in range(3 if quick else 15)]
+    return [run for run in runs if run is not None]
+
+
+def strip_libraries():
+    """Strips the shared libraries. Returns {name: path}."""
+    stripped = {}
     for name in ("x11", "headless"):
         library = next((ROOT / "build" / f"bench-{name}").glob("**/libVelLaunchScreen.so.*.*"), None)
         if library:
-            stripped = OUT / f"libVelLaunchScreen-{name}.so"
-            subprocess.run(["strip", "-o", stripped, library], check=True)
-            found[name] = stripped.stat().st_size
-    loads = {}
+            stripped[name] = OUT / f"libVelLaunchScreen-{name}.so"
+            subprocess.run(["strip", "-o", stripped[name], library], check=True)
+    return stripped
+
+
+def list_shared_objects():
+    """Returns {program: (names of the shared objects that it loads, their size in bytes)}."""
+    loaded = {}
     for program in STARTED:
-        listed = subprocess.run(["ldd", BIN / f"bench-screen-{program}"], capture_output=True,
-                                text=True, check=True).stdout
-        files = [line.split("=>")[1].split()[0] for line in listed.splitlines() if "=>" in line]
-        loads[program] = (sorted(os.path.basename(one) for one in files),
-                          sum(os.stat(one).st_size for one in files))
-    return found, loads
+        listing = subprocess.run(["ldd", BIN / f"bench-screen-{program}"], capture_output=True,
+                                 text=True, check=True).stdout
+        files = [line.split("=>")[1].split()[0] for line in listing.splitlines() if "=>" in line]
+        loaded[program] = (sorted(os.path.basename(file) for file in files),
+                           sum(os.stat(file).st_size for file in files))
+    return loaded
 
 
-def machine():
+def describe_machine():
     for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
         if line.startswith("model name"):
             return f"{line.split(':')[1].strip()}, {os.cpu_count()} cores, {platform.system()}"
@@ -208,22 +148,32 @@ def machine():
 
 
 def main():
-    arguments = argparse.ArgumentParser(prog="./bench", description=__doc__.split("\n")[0])
-    arguments.add_argument("--quick", action="store_true",
-                           help="few repetitions: to see that it runs, not to quote from")
-    options = arguments.parse_args()
+    parser = argparse.ArgumentParser(prog="./bench", description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("--quick", action="store_true",
+                        help="few repetitions: shows that the benchmarks run; do not quote the results")
+    parser.add_argument("--publish", action="store_true",
+                        help="also write the targets to Benchmarks/results.md and the plots to docs/pictures")
+    options = parser.parse_args()
+    if options.quick and options.publish:
+        parser.error("the results of a quick run cannot be published")
     OUT.mkdir(parents=True, exist_ok=True)
+    libraries = strip_libraries()
     measured = {
         "date": datetime.date.today().isoformat(),
-        "machine": machine(),
+        "machine": describe_machine(),
         "quick": options.quick,
-        "in_process": in_process(options.quick),
-        "over_a_host": over_a_host(options.quick),
-        "from_start": from_start(options.quick),
-        "over_a_screen": over_a_screen(options.quick),
-        "sizes": sizes(),
+        "in_process": measure_in_process(options.quick),
+        "over_a_host": measure_over_a_host(options.quick),
+        "from_start": measure_from_process_start(options.quick),
+        "over_a_screen": measure_over_a_screen(options.quick),
+        "game": measure_game(options.quick),
+        "loading": measure_loading(options.quick, libraries.get("x11")),
+        "sizes": {name: path.stat().st_size for name, path in libraries.items()},
+        "shared_objects": list_shared_objects(),
     }
-    report.write(measured, OUT)
+    report.write_all(measured, OUT)
+    if options.publish:
+        report.publish(measured, ROOT)
     print((OUT / "results.md").read_text())
 
 

@@ -1,315 +1,175 @@
-"""Writes what was measured: a table (results.md) and two plots beside it."""
+"""Writes the results: the tables in results.md, and two plots."""
 
-import math
 import pathlib
-import re
+import shutil
 import statistics
 
-import matplotlib
-
-matplotlib.use("svg")
-import matplotlib.pyplot as plt  # noqa: E402
+import targets
+from figures import (NAMES, drifts, format_median, format_value, growth_curves, growth_exponent,
+                     percentile, pump_times, spans, tick_errors)
+from plots import plot_growth, plot_screen
 
 IMPROVEMENTS = pathlib.Path(__file__).resolve().parent / "improvements.md"
-NAMES = {"bare": "bare XCB", "bare-shared": "bare XCB, shared connection",
-         "bare-runtime": "bare XCB, C++ runtime loaded", "library": "VelLaunchScreen",
-         "library-open": "VelLaunchScreen, display opened before",
-         "library-linked": "VelLaunchScreen, C++ runtime linked in", "sdl2": "SDL2", "qt6": "Qt 6",
-         "gtk3": "GTK 3", "wx": "wxWidgets"}
-COLORS = {"library": "#1f6feb", "plain": "#8b949e", "GLib": "#d29922", "Qt": "#3fb950"}
+PLOTS = ("bench-growth.svg", "bench-screen.svg")
+MODES = """A program is *cold* if its shared libraries are loaded but it has not called any of them: the time
+includes connecting to the display and initialising the toolkit. A program is *warm* if it has
+connected, and has shown and closed one window of its own. The library's first window has shown a
+launch screen, and the library has also adopted the host's window, which a game does in advance with
+`vel_create`. "Adopting" means that the time includes the adoption."""
 
 
-def spread(values):
-    """The distance between the quartiles."""
-    if len(values) < 2:
-        return 0.0
-    low, _, high = statistics.quantiles(values, n=4, method="inclusive")
-    return high - low
-
-
-def shown(value, unit="ns"):
-    for factor, name in ((1e9, "s"), (1e6, "ms"), (1e3, "µs")):
-        if unit == "ns" and abs(value) >= factor:
-            return f"{value / factor:.3g} {name}"
-    return f"{value:.3g} {unit}"
-
-
-def table(head, rows):
+def format_table(head, rows):
     lines = ["| " + " | ".join(head) + " |", "|" + " --- |" * len(head)]
     return "\n".join(lines + ["| " + " | ".join(str(cell) for cell in row) + " |" for row in rows])
 
 
-def exponent(points):
-    """The slope of the line through cost against size, both logarithmic."""
-    xs = [math.log(size) for size, _ in points]
-    ys = [math.log(cost) for _, cost in points]
-    x, y = statistics.fmean(xs), statistics.fmean(ys)
-    return sum((a - x) * (b - y) for a, b in zip(xs, ys)) / sum((a - x) ** 2 for a in xs)
+def format_span(runs, begin, end):
+    values = spans(runs, begin, end)
+    return format_median(values) if values else "never"
 
 
-class Targets:
-    def __init__(self):
-        self.rows = []
-
-    def add(self, what, limit, figure, ratio, met):
-        self.rows.append((what, limit, figure, ratio, "yes" if met else "no"))
-
-    def ratio(self, what, ours, other, limit, name, unit="ns"):
-        """Met if ours is at most `limit` times the other's median."""
-        if ours and other:
-            mine, theirs = statistics.median(ours), statistics.median(other)
-            self.add(what, f"at most {limit} of {name}", f"{shown(mine, unit)}; {shown(theirs, unit)}",
-                     f"{mine / theirs:.2f}", mine <= limit * theirs)
-
-    def ahead(self, what, ours, other, times, name):
-        """Met if the other's median is at least `times` ours."""
-        if ours and other:
-            mine, theirs = statistics.median(ours), statistics.median(other)
-            self.add(what, f"{times} times ahead of {name}" if times > 1 else f"ahead of {name}",
-                     f"{shown(mine)}; {shown(theirs)}", f"{theirs / mine:.2f} times",
-                     theirs >= times * mine)
+def target_sections(measured):
+    return ["## Targets\n\n" + MODES + "\n\nThe figures are ours first, then those of the other program.",
+            format_table(targets.HEAD, targets.felt_targets(measured)),
+            "## Targets that users do not notice\n\nThese rows compare operations that take between "
+            "nanoseconds and microseconds with plain code.",
+            format_table(targets.HEAD, targets.unfelt_targets(measured))]
 
 
-def spans(runs, begin, end):
-    return [run[end] - run[begin] for run in runs if run[end] != 0 and run[begin] != 0]
+def host_section(over):
+    rows = [[NAMES[name], mode, format_span(runs, "show_start", "white_start"),
+             format_span(runs, "show_start", "show_end"), format_span(runs, "hide_start", "white_end")]
+            for (name, mode), runs in over.items() if runs]
+    return "## Over the window of another program\n\n" + format_table(
+        ["program", "state", "first call to white", "the calls that show it",
+         "start of hiding to the host visible"],
+        [[cell.replace("warm-adopting", "warm, adopting") for cell in row] for row in rows])
 
 
-def lateness(runs):
-    """How late each tick came, in nanoseconds, after the one that was least late in its run."""
-    late = []
-    for run in runs:
-        over = [tick - number * 100_000_000 for number, tick in enumerate(run["ticks"])]
-        late += [one - min(over) for one in over]
-    return late
+def start_section(start, objects):
+    def median(runs, key, factor=1.0):
+        return f"{statistics.median([run[key] for run in runs]) * factor:.4g}"
 
-
-def drift(runs):
-    """How far the last tick of a run has moved against the first one, in nanoseconds."""
-    return [abs(run["ticks"][-1] - run["ticks"][0] - (len(run["ticks"]) - 1) * 100_000_000)
-            for run in runs if len(run["ticks"]) > 1]
-
-
-def early(runs):
-    return sum(tick < run["called"] + (number + 1) * 100_000_000
-               for run in runs for number, tick in enumerate(run["ticks"]))
-
-
-def percentile(values, hundredth):
-    ordered = sorted(values)
-    return ordered[min(len(ordered) - 1, int(len(ordered) * hundredth / 100))]
-
-
-def targets(measured):
-    made = Targets()
-    over, start = measured["over_a_host"], measured["from_start"]
-    bare = over["bare"]
-    white = ("called", "white")
-    ours = over["library-open"]
-    made.ratio("request to white", spans(ours, *white), spans(bare, *white), 1.15, "bare XCB")
-    made.ratio("opening the display to white", spans(over["library"], *white), spans(bare, *white),
-               1.15, "bare XCB")
-    for peer in ("gtk3", "sdl2", "qt6"):
-        made.ahead("request to white", spans(ours, *white), spans(over[peer], *white), 3, NAMES[peer])
-    made.ratio("the present call", spans(ours, "called", "returned"),
-               spans(bare, "called", "returned"), 1.25, "bare connect, create, map")
-    made.ratio("opening the display to presented", spans(over["library"], "called", "returned"),
-               spans(bare, "called", "returned"), 1.25, "bare connect, create, map")
-    made.ratio("down to the host visible again", spans(ours, "down", "gone"),
-               spans(bare, "down", "gone"), 1.15, "bare XCB")
-
-    white = ("started", "white")
-    made.ratio("process start to white", spans(start["library"], *white),
-               spans(start["bare"], *white), 1.3, "bare XCB")
-    for peer in ("sdl2", "qt6", "gtk3"):
-        made.ahead("process start to white", spans(start["library"], *white),
-                   spans(start[peer], *white), 7, NAMES[peer])
-    memory = {name: [run["kibibytes"] for run in runs] for name, runs in start.items()}
-    made.ratio("peak resident memory", memory["library"], memory["bare"], 1.3, "bare XCB", "KiB")
-    sizes, loads = measured["sizes"]
-    extra = [one for one in loads["library"][0] if one not in loads["bare"][0]]
-    foreign = [one for one in extra if not re.match(r"lib(stdc\+\+|gcc_s|m|xcb.*)\.so", one)]
-    made.add("shared objects beyond XCB's and the C++ runtime's", "none", ", ".join(foreign) or "none",
-             "", not foreign)
-
-    times, runs = measured["over_a_screen"]["library"]
-    made.add("covers a host that fills the screen, centre and corners", "every run",
-             f"{times} of {runs}", "", runs > 0 and times == runs)
-
-    switches = [run["switches"] / 3 for run in start["library"]]
-    made.add("wake-ups a second while counting (30 ticks, start and end included)", "10 and start-up",
-             f"{statistics.median(switches):.1f}; bare XCB "
-             f"{statistics.median([run['switches'] / 3 for run in start['bare']]):.1f}", "",
-             statistics.median(switches) <=
-             statistics.median([run["switches"] / 3 for run in start["bare"]]) * 1.3)
-    made.add("drift over 30 ticks", "at most 0.5 ms", shown(statistics.median(drift(start["library"]))),
-             "", statistics.median(drift(start["library"])) <= 500_000)
-    for hundredth, limit in ((50, 1.3), (99, 1.5)):
-        made.ratio(f"error of a tick, p{hundredth}", [percentile(lateness(start["library"]), hundredth)],
-                   [percentile(lateness(start["bare"]), hundredth)], limit, "timerfd")
-    made.add("ticks that came early", "none", str(early(start["library"])), "",
-             early(start["library"]) == 0)
-
-    inside = measured["in_process"]
-
-    def beside(what, size, limit, other="plain", name=None):
-        runs = inside.get((what, size), {})
-        label = f"{what}, {size}" if size else what
-        made.ratio(label, runs.get("library"), runs.get(other), limit, name or other)
-
-    beside("tick", None, 3, name="clock read, compare, call")
-    beside("idle pump", None, 2, name="clock read")
-    beside("idle pump on a display", None, 2, name="clock read and look at the connection")
-    for size, limit in ((1, 2), (10, 2), (1000, 1.5)):
-        beside("post", size, limit, name="a snapshot under a mutex")
-    for size in (10, 1000):
-        runs = inside[("post", size)]
-        made.ahead(f"post, {size}", runs["library"], runs["Qt"], 1, "Qt's signals")
-    beside("task", None, 2, name="mutex and vector")
-    beside("task from another thread", None, 1.2, name="mutex and eventfd")
-    for name, limit in (("x11", 400_000), ("headless", 250_000)):
-        if name in sizes:
-            made.add(f"stripped shared library, {name}", f"under {limit // 1000} KB",
-                     f"{sizes[name] / 1000:.0f} KB", "", sizes[name] < limit)
-    return made.rows
-
-
-def growth(inside):
-    """[(what, {who: [(size, median)]})] of what was measured in several sizes."""
-    kinds = {}
-    for (what, size), runs in inside.items():
-        if size is not None:
-            for who, values in runs.items():
-                kinds.setdefault(what, {}).setdefault(who, []).append(
-                    (size, statistics.median(values)))
-    return [(what, {who: sorted(points) for who, points in by.items()})
-            for what, by in kinds.items() if all(len(points) > 1 for points in by.values())]
-
-
-def plot_growth(kinds, path):
-    columns = 3
-    rows = math.ceil(len(kinds) / columns)
-    figure, axes = plt.subplots(rows, columns, figsize=(11, 3.2 * rows), squeeze=False)
-    for axis in axes.flat[len(kinds):]:
-        axis.axis("off")
-    for axis, (what, by) in zip(axes.flat, kinds):
-        for who, points in by.items():
-            axis.loglog(*zip(*points), marker="o", color=COLORS.get(who),
-                        label=f"{who}: {exponent(points):.2f}")
-        axis.set_title(what, fontsize=10)
-        axis.set_xlabel("size")
-        axis.set_ylabel("ns")
-        axis.grid(True, alpha=0.3)
-        axis.legend(fontsize=8, title="exponent", title_fontsize=8)
-    figure.tight_layout()
-    figure.savefig(path)
-    plt.close(figure)
-
-
-def plot_screen(measured, path):
-    parts = [("Request to white over a host's window", measured["over_a_host"], "called"),
-             ("Process start to white", measured["from_start"], "started")]
-    figure, axes = plt.subplots(1, 2, figsize=(11, 3.4))
-    for axis, (title, programs, begin) in zip(axes, parts):
-        values = {name: [one / 1e6 for one in spans(runs, begin, "white")]
-                  for name, runs in programs.items()}
-        values = {name: some for name, some in values.items() if some}
-        order = sorted(values, key=lambda name: -statistics.median(values[name]))
-        for place, name in enumerate(order):
-            median = statistics.median(values[name])
-            axis.barh(place, median, color="#1f6feb" if "library" in name else "#8b949e")
-            axis.plot(values[name], [place] * len(values[name]), "|", color="#24292f", alpha=0.5)
-            axis.annotate(f"{median:.3g}", (max(values[name]), place), xytext=(4, 0),
-                          textcoords="offset points", va="center", fontsize=8)
-        axis.set_yticks(range(len(order)), [NAMES[name] for name in order], fontsize=8)
-        axis.set_xscale("log")
-        axis.set_xlabel("ms (log)")
-        axis.set_title(title, fontsize=10)
-    figure.tight_layout()
-    figure.savefig(path)
-    plt.close(figure)
-
-
-def screen_rows(programs, columns):
     rows = []
-    for name, runs in programs.items():
+    for name, runs in start.items():
         if runs:
-            rows.append([NAMES[name]] + [column(runs) for column in columns])
-    return rows
+            errors = tick_errors(runs)
+            rows.append([NAMES[name], format_span(runs, "process_start", "white_start"),
+                         median(runs, "peak_kibibytes", 1 / 1024),
+                         median(runs, "cpu_microseconds", 1e-3), median(runs, "voluntary_switches"),
+                         format_value(statistics.median(drifts(runs))),
+                         format_value(percentile(errors, 50)), format_value(percentile(errors, 99)),
+                         len(objects[name][0]), f"{objects[name][1] / 1e6:.1f}"])
+    return ("## From process start\n\nEach window stays for three seconds, with a timer of 0.1 s.\n\n"
+            + format_table(["program", "process start to white", "peak memory, MiB", "processor time, ms",
+                            "voluntary switches", "drift over 30 ticks", "tick error, percentile 50",
+                            "percentile 99", "shared objects", "their size, MB"], rows)
+            + "\n\n" + describe_runtime(start))
 
 
-def span_cell(begin, end):
-    def cell(runs):
-        values = spans(runs, begin, end)
-        if not values:
-            return "never"
-        return f"{shown(statistics.median(values))} ({shown(min(values))}; {shown(spread(values))})"
-    return cell
+def describe_runtime(start):
+    """The share of a process start that the C++ runtime causes."""
+    def ratio(value):
+        medians = [statistics.median([value(run) for run in start[name]])
+                   for name in ("bare-runtime", "bare")]
+        return f"{medians[0] / medians[1]:.2f}"
+
+    to_white = ratio(lambda run: run["white_start"] - run["process_start"])
+    memory = ratio(lambda run: run["peak_kibibytes"])
+    return (f"If bare XCB also loads the C++ runtime without using it, it takes {to_white} times as long "
+            f"to white and {memory} times the memory.")
 
 
-def median_cell(key, factor=1.0, unit=""):
-    return lambda runs: f"{statistics.median([run[key] for run in runs]) * factor:.4g}{unit}"
-
-
-def runtime_share(start):
-    """What a program that is started pays before the library has any part in it."""
-    def median(name, of):
-        return statistics.median([of(run) for run in start[name]])
-    to_white = [median(name, lambda run: run["white"] - run["started"])
-                for name in ("bare-runtime", "bare")]
-    memory = [median(name, lambda run: run["kibibytes"]) for name in ("bare-runtime", "bare")]
-    return (f"Bare XCB that loads the C++ runtime, and uses nothing of it, is white after "
-            f"{to_white[0] / to_white[1]:.2f} times as long as bare XCB and takes "
-            f"{memory[0] / memory[1]:.2f} times its memory.")
-
-
-def write(measured, folder):
-    kinds = growth(measured["in_process"])
-    plot_growth(kinds, folder / "growth.svg")
-    plot_screen(measured, folder / "screen.svg")
-    sizes, loads = measured["sizes"]
-
-    parts = [f"# What it costs\n\n{measured['date']}, {measured['machine']}. Medians; in brackets the "
-             "least and the distance between the quartiles. What is compared ran alternately."]
-    if measured["quick"]:
-        parts.append("**A quick run: few repetitions, not to be quoted.**")
-    parts.append("## Targets\n\n" + table(["what", "target", "figures", "ratio", "met"],
-                                          targets(measured)))
-    parts.append("## On the screen\n\nOver the window of another program, the library loaded:\n\n" + table(
-        ["program", "to white", "the call", "down to the host visible"],
-        screen_rows(measured["over_a_host"], [span_cell("called", "white"),
-                                              span_cell("called", "returned"),
-                                              span_cell("down", "gone")])))
-    parts.append("From process start, shown for three seconds with a timer of 0.1 s:\n\n" + table(
-        ["program", "to white", "peak memory, MiB", "processor, ms", "voluntary switches",
-         "drift over 30 ticks", "tick late, p50", "p99", "shared objects", "their size, MB"],
-        [row + [len(loads[name][0]), f"{loads[name][1] / 1e6:.1f}"] for name, row in zip(
-            [name for name, runs in measured["from_start"].items() if runs],
-            screen_rows(measured["from_start"], [
-                span_cell("started", "white"), median_cell("kibibytes", 1 / 1024),
-                median_cell("microseconds", 1e-3), median_cell("switches"),
-                lambda runs: shown(statistics.median(drift(runs))),
-                lambda runs: shown(percentile(lateness(runs), 50)),
-                lambda runs: shown(percentile(lateness(runs), 99))]))]))
-    parts.append(runtime_share(measured["from_start"]))
-    parts.append("![On the screen](screen.svg)")
-    parts.append("Over a host that fills the screen, under metacity: " + "; ".join(
-        f"{NAMES[name]} {times} of {runs}" for name, (times, runs) in measured["over_a_screen"].items())
-        + ". The peers' are ordinary splash windows.")
-    if sizes:
-        parts.append("The shared library, stripped: " + "; ".join(
-            f"{name} {size / 1000:.0f} KB" for name, size in sizes.items()) + ".")
+def game_section(game):
     rows = []
-    for (what, size), runs in sorted(measured["in_process"].items(), key=lambda one: (one[0][0], one[0][1] or 0)):
+    for name, runs in game.items():
+        if not runs:
+            continue
+        times = pump_times(runs)
+        missed = [f"{statistics.fmean([run[key] for run in runs]):.1f}"
+                  for key in ("missed_coming", "missed_going", "missed")]
+        rows.append([NAMES[name], format_median([run["show"] for run in runs]),
+                     *[format_value(percentile(times, percent)) for percent in (50, 99, 99.9)],
+                     format_value(max(times)), *missed])
+    return ("## In a game at 240 frames a second\n\nThe game runs under metacity and covers its own "
+            "window. The indicator is on. A frame lasts 4.17 ms. A frame is missed if the game still "
+            "works on the previous frame when it should start; the figures are means of all runs. The "
+            "cover's call is `vel_pump`, or for bare XCB the same work done by hand.\n\n"
+            + format_table(["cover", "the calls that show it", "its call in a frame, median",
+                            "percentile 99", "percentile 99.9", "longest", "frames missed while it comes",
+                            "while it goes", "in the whole run"], rows))
+
+
+def loading_section(loading):
+    if not loading:
+        return "## Loading the library\n\nNot measured."
+    def difference(key, step):
+        return format_value(
+            statistics.median([run[key][step] - run[key][0] for run in loading]), "KiB")
+
+    return ("## Loading the library into a running C++ game\n\n"
+            f"`dlopen` with `RTLD_NOW` takes {format_median([run['load'] for run in loading])}.\n\n"
+            + format_table(["memory added", "by loading", "by loading and showing a launch screen"],
+                           [["resident", difference("resident", 1), difference("resident", 2)],
+                            ["private", difference("private", 1), difference("private", 2)]]))
+
+
+def process_section(in_process):
+    rows = []
+    for (what, size), runs in sorted(in_process.items(), key=lambda item: (item[0][0], item[0][1] or 0)):
         ours = statistics.median(runs["library"])
         for who, values in runs.items():
-            rows.append([what, size or "", who,
-                         f"{shown(statistics.median(values))} ({shown(min(values))}; {shown(spread(values))})",
+            rows.append([what, size or "", who, format_median(values),
                          "" if who == "library" else f"{ours / statistics.median(values):.2f}"])
-    parts.append("## Inside the process\n\nThe last column is the library's median as a multiple of this "
-                 "one's.\n\n" + table(["what", "size", "who", "time", "library is"], rows))
-    parts.append("## Growth\n\n" + table(["what", "who", "exponent"], [
-        [what, who, f"{exponent(points):.2f}"] for what, by in kinds for who, points in by.items()])
-        + "\n\n![Growth](growth.svg)")
+    return ("## Inside the process\n\nThe last column is the library's median divided by the median of "
+            "the row.\n\n" + format_table(["what", "size", "who", "time", "ratio"], rows))
+
+
+def growth_section(curves):
+    return "## Growth\n\n" + format_table(["what", "who", "exponent"], [
+        [what, who, f"{growth_exponent(points):.2f}"]
+        for what, by_program in curves for who, points in by_program.items()]) + (
+            "\n\n![Plots of cost against size](bench-growth.svg)")
+
+
+def write_all(measured, folder):
+    """Writes results.md and the plots to `folder`."""
+    curves = growth_curves(measured["in_process"])
+    plot_growth(curves, folder / PLOTS[0])
+    plot_screen(measured, folder / PLOTS[1])
+    parts = [f"# Benchmark results\n\n{measured['date']}, {measured['machine']}. Times are medians. The "
+             "brackets contain the minimum and the interquartile range. Programs that are compared ran "
+             "alternately."]
+    if measured["quick"]:
+        parts.append("**This was a quick run with few repetitions. Do not quote it.**")
+    parts += target_sections(measured)
+    parts += [host_section(measured["over_a_host"]),
+              start_section(measured["from_start"], measured["shared_objects"]),
+              "![Bars: milliseconds until the screen is white](bench-screen.svg)",
+              "## Over a host that fills the screen\n\nRuns under metacity in which the screen was "
+              "white: " + "; ".join(f"{NAMES[name]} {covered} of {runs}" for name, (covered, runs)
+                                    in measured["over_a_screen"].items())
+              + ". For the toolkits, which show ordinary splash windows, only the middle counts.",
+              game_section(measured["game"]), loading_section(measured["loading"])]
+    if measured["sizes"]:
+        parts.append("## Size\n\nThe stripped shared library: " + "; ".join(
+            f"{name} {size / 1000:.0f} KB" for name, size in measured["sizes"].items()) + ".")
+    parts += [process_section(measured["in_process"]), growth_section(curves)]
     if IMPROVEMENTS.exists():
         parts.append(IMPROVEMENTS.read_text().strip())
     (folder / "results.md").write_text("\n\n".join(parts) + "\n")
+
+
+def publish(measured, root):
+    """Writes the targets to Benchmarks/results.md, and copies the plots to docs/pictures."""
+    folder, pictures = root / "build" / "bench", root / "docs" / "pictures"
+    for name in PLOTS:
+        shutil.copyfile(folder / name, pictures / name)
+    intro = (f"# Benchmark results\n\n`./bench --publish` wrote this page on {measured['date']} "
+             f"({measured['machine']}). Absolute times differ from run to run, so compare only figures "
+             "of one run. [improvements.md](improvements.md) explains why some targets are not met.")
+    growth = ("## Growth\n\nThe cost against the size, with the exponent of each curve:\n\n"
+              "![Plots of cost against size, with logarithmic axes](../docs/pictures/bench-growth.svg)")
+    parts = [intro, *target_sections(measured), game_section(measured["game"]),
+             loading_section(measured["loading"]), growth]
+    (root / "Benchmarks" / "results.md").write_text("\n\n".join(parts) + "\n")

@@ -1,4 +1,4 @@
-// Notifications, the main queue and messages, beside the plainest code, Qt's signals and GLib.
+// Notifications, the main queue and null-safe calls, compared with plain code, Qt and GLib.
 #include <benchmark/benchmark.h>
 #include <glib.h>
 #include <poll.h>
@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "Benchmarks/InProcess/QtSignal.h"
-#include "Benchmarks/InProcess/Stage.h"
+#include "Benchmarks/InProcess/QtObjects.h"
+#include "Benchmarks/InProcess/RunningApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSNotificationCenter.h"
@@ -27,39 +27,39 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-class Listener final : public Class<Listener, "Listener"> {
+class Receiver final : public Class<Receiver, "Receiver"> {
  public:
-  void hear(const NSNotification& /*notification*/) { ++heard_; }
-  std::int64_t touch() { return ++heard_; }
-  [[nodiscard]] std::int64_t heard() const { return heard_; }
+  void receive(const NSNotification& /*notification*/) { ++callCount_; }
+  std::int64_t countCall() { return ++callCount_; }
+  [[nodiscard]] std::int64_t callCount() const { return callCount_; }
 
  private:
-  std::int64_t heard_ = 0;
+  std::int64_t callCount_ = 0;
 };
 
-// Posting a notification to so many observers.
+// Posts one notification. The size is the number of observers.
 
-void postOfLibrary(benchmark::State& state) {
+void postWithLibrary(benchmark::State& state) {
   NSNotificationCenter center;
-  std::vector<Strong<Listener>> listeners;
+  std::vector<Strong<Receiver>> observers;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
-    listeners.push_back(make<Listener>());
-    center.addObserverSelectorNameObject<&Listener::hear>(listeners.back(), "tick", nullptr);
+    observers.push_back(make<Receiver>());
+    center.addObserverSelectorNameObject<&Receiver::receive>(observers.back(), "tick", nullptr);
   }
-  const auto sender = make<Listener>();
+  const auto sender = make<Receiver>();
   for (auto _ : state) {
     center.postNotificationNameObject("tick", sender);
   }
-  if (listeners.back()->heard() != static_cast<std::int64_t>(state.iterations())) {
-    state.SkipWithError("somebody has not heard");
+  if (observers.back()->callCount() != static_cast<std::int64_t>(state.iterations())) {
+    state.SkipWithError("an observer has missed a notification");
   }
 }
-BENCHMARK(postOfLibrary)->Name("post/library")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
+BENCHMARK(postWithLibrary)->Name("post/library")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
 
-void postPlain(benchmark::State& state) {
+void postWithPlainCode(benchmark::State& state) {
   struct Observer {
-    std::int64_t heard = 0;
-    void hear() { ++heard; }
+    std::int64_t callCount = 0;
+    void receive() { ++callCount; }
   };
   std::vector<Observer> observers(static_cast<std::size_t>(state.range(0)));
   std::mutex mutex;
@@ -67,7 +67,7 @@ void postPlain(benchmark::State& state) {
   for (Observer& observer : observers) {
     registered.push_back(&observer);
   }
-  void (Observer::*call)() = &Observer::hear;
+  void (Observer::*call)() = &Observer::receive;
   benchmark::DoNotOptimize(call);
   for (auto _ : state) {
     std::vector<Observer*> snapshot;
@@ -81,20 +81,20 @@ void postPlain(benchmark::State& state) {
   }
   benchmark::DoNotOptimize(observers.data());
 }
-BENCHMARK(postPlain)->Name("post/plain")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
+BENCHMARK(postWithPlainCode)->Name("post/plain")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
 
-// What it costs at the least to keep each observer alive for its call, as the library does.
-void postPlainKeptAlive(benchmark::State& state) {
+// The minimum cost of keeping each observer alive during its call, which the library does.
+void postWithPlainCodeKeepingAlive(benchmark::State& state) {
   struct Observer {
-    std::int64_t heard = 0;
-    void hear() { ++heard; }
+    std::int64_t callCount = 0;
+    void receive() { ++callCount; }
   };
   std::vector<std::shared_ptr<Observer>> observers;
   std::vector<std::weak_ptr<Observer>> registered;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
     registered.emplace_back(observers.emplace_back(std::make_shared<Observer>()));
   }
-  void (Observer::*call)() = &Observer::hear;
+  void (Observer::*call)() = &Observer::receive;
   benchmark::DoNotOptimize(call);
   for (auto _ : state) {
     for (const std::weak_ptr<Observer>& observer : registered) {
@@ -105,71 +105,71 @@ void postPlainKeptAlive(benchmark::State& state) {
   }
   benchmark::DoNotOptimize(observers.data());
 }
-BENCHMARK(postPlainKeptAlive)
-    ->Name("post/plain, kept alive")
+BENCHMARK(postWithPlainCodeKeepingAlive)
+    ->Name("post/plain, observers kept alive")
     ->Arg(1)
     ->Arg(10)
     ->Arg(1000)
     ->Arg(10'000);
 
-void postOfQt(benchmark::State& state) {
+void postWithQt(benchmark::State& state) {
   QtSender sender;
-  std::vector<std::unique_ptr<QtListener>> listeners;
+  std::vector<std::unique_ptr<QtReceiver>> receivers;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
-    listeners.push_back(std::make_unique<QtListener>());
-    QObject::connect(&sender, &QtSender::ticked, listeners.back().get(), &QtListener::hear);
+    receivers.push_back(std::make_unique<QtReceiver>());
+    QObject::connect(&sender, &QtSender::ticked, receivers.back().get(), &QtReceiver::countCall);
   }
   for (auto _ : state) {
     emit sender.ticked();
   }
-  if (listeners.back()->heard != static_cast<std::int64_t>(state.iterations())) {
-    state.SkipWithError("somebody has not heard");
+  if (receivers.back()->callCount != static_cast<std::int64_t>(state.iterations())) {
+    state.SkipWithError("an observer has missed a notification");
   }
 }
-BENCHMARK(postOfQt)->Name("post/Qt")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
+BENCHMARK(postWithQt)->Name("post/Qt")->Arg(1)->Arg(10)->Arg(1000)->Arg(10'000);
 
-// A task through the main queue, from the main thread.
+// Submits one task to the main queue on the main thread, and runs it.
 
-void taskOfLibrary(benchmark::State& state) {
-  const Stage stage(kRealTime);
+void taskWithLibrary(benchmark::State& state) {
+  const RunningApplication application(kRealTime);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  std::int64_t done = 0;
+  std::int64_t runCount = 0;
   for (auto _ : state) {
-    dispatch_async(dispatch_get_main_queue(), [&done] { ++done; });
+    dispatch_async(dispatch_get_main_queue(), [&runCount] { ++runCount; });
     loop.pump();
   }
-  if (done != static_cast<std::int64_t>(state.iterations())) {
-    state.SkipWithError("a task was not run");
+  if (runCount != static_cast<std::int64_t>(state.iterations())) {
+    state.SkipWithError("a task has not run");
   }
 }
-BENCHMARK(taskOfLibrary)->Name("task/library");
+BENCHMARK(taskWithLibrary)->Name("task/library");
 
-void taskPlain(benchmark::State& state) {
+void taskWithPlainCode(benchmark::State& state) {
   std::mutex mutex;
   std::vector<std::function<void()>> tasks;
-  std::vector<std::function<void()>> taken;
-  std::int64_t done = 0;
+  std::vector<std::function<void()>> batch;
+  std::int64_t runCount = 0;
   for (auto _ : state) {
     {
       const std::scoped_lock lock(mutex);
-      tasks.emplace_back([&done] { ++done; });
+      tasks.emplace_back([&runCount] { ++runCount; });
     }
     {
       const std::scoped_lock lock(mutex);
-      taken.swap(tasks);
+      batch.swap(tasks);
     }
-    for (const auto& task : taken) {
+    for (const auto& task : batch) {
       task();
     }
-    taken.clear();
+    batch.clear();
   }
-  benchmark::DoNotOptimize(done);
+  benchmark::DoNotOptimize(runCount);
 }
-BENCHMARK(taskPlain)->Name("task/plain");
+BENCHMARK(taskWithPlainCode)->Name("task/plain");
 
-void taskOfGLib(benchmark::State& state) {
+void taskWithGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
-  std::int64_t done = 0;
+  std::int64_t runCount = 0;
   for (auto _ : state) {
     GSource* const source = g_idle_source_new();
     g_source_set_callback(
@@ -178,43 +178,45 @@ void taskOfGLib(benchmark::State& state) {
           ++*static_cast<std::int64_t*>(data);
           return G_SOURCE_REMOVE;
         },
-        &done, nullptr);
+        &runCount, nullptr);
     g_source_attach(source, context);
     g_source_unref(source);
     g_main_context_iteration(context, FALSE);
   }
-  benchmark::DoNotOptimize(done);
+  benchmark::DoNotOptimize(runCount);
   g_main_context_unref(context);
 }
-BENCHMARK(taskOfGLib)->Name("task/GLib");
+BENCHMARK(taskWithGLib)->Name("task/GLib");
 
-// The same from another thread, while the main one waits: the time from handing over to running.
+// Submits one task from another thread while the main thread waits. Measures the time from the
+// submission to the call of the task.
 
-/// Hands over one task at a time from a thread of its own, and takes the time of each.
-class Sender : NonCopyable {
+/// Submits tasks from its own thread, one at a time, and measures how long each takes to start.
+class Submitter : private NonCopyable {
  public:
-  using HandOver = std::function<void(std::function<void()>)>;
+  using Submit = std::function<void(std::function<void()>)>;
 
-  Sender(HandOver handOver, std::size_t count)
-      : thread_([this, handOver = std::move(handOver), count] {
+  Submitter(Submit submit, std::size_t count)
+      : thread_([this, submit = std::move(submit), count] {
           for (std::size_t index = 0; index < count; ++index) {
-            // The main thread has to be asleep by then.
+            // After this time the main thread is asleep.
             std::this_thread::sleep_for(std::chrono::microseconds(200));
-            const auto began = SteadyClock::now();
-            handOver([this, began] {
-              times_.push_back(std::chrono::duration<double>(SteadyClock::now() - began).count());
-              ready_.store(true, std::memory_order_release);
+            const auto submitTime = SteadyClock::now();
+            submit([this, submitTime] {
+              times_.push_back(
+                  std::chrono::duration<double>(SteadyClock::now() - submitTime).count());
+              hasRun_.store(true, std::memory_order_release);
             });
-            while (!ready_.exchange(false, std::memory_order_acquire)) {
+            while (!hasRun_.exchange(false, std::memory_order_acquire)) {
               std::this_thread::yield();
             }
           }
-          over_ = true;
-          handOver([] {});
+          isFinished_ = true;
+          submit([] {});
         }) {}
-  ~Sender() { thread_.join(); }
+  ~Submitter() { thread_.join(); }
 
-  [[nodiscard]] bool isOver() const { return over_; }
+  [[nodiscard]] bool isFinished() const { return isFinished_; }
   [[nodiscard]] double median() {
     std::ranges::sort(times_);
     return times_[times_.size() / 2];
@@ -222,35 +224,36 @@ class Sender : NonCopyable {
 
  private:
   std::vector<double> times_;
-  std::atomic<bool> ready_ = false;
-  std::atomic<bool> over_ = false;
+  std::atomic<bool> hasRun_ = false;
+  std::atomic<bool> isFinished_ = false;
   std::thread thread_;
 };
 
-constexpr std::size_t kHandedOver = 500;
+constexpr std::size_t kTaskCount = 500;
 
-void handedOverToLibrary(benchmark::State& state) {
-  const Stage stage(kRealTime);
+void submitToLibrary(benchmark::State& state) {
+  const RunningApplication application(kRealTime);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   DispatchQueue& queue = dispatch_get_main_queue();
   for (auto _ : state) {
-    Sender sender([&queue](auto work) { dispatch_async(queue, std::move(work)); }, kHandedOver);
-    loop.runUntil([&] { return sender.isOver(); });
-    state.SetIterationTime(sender.median());
+    Submitter submitter([&queue](auto work) { dispatch_async(queue, std::move(work)); },
+                        kTaskCount);
+    loop.runUntil([&] { return submitter.isFinished(); });
+    state.SetIterationTime(submitter.median());
   }
 }
-BENCHMARK(handedOverToLibrary)
+BENCHMARK(submitToLibrary)
     ->Name("task from another thread/library")
     ->UseManualTime()
     ->Iterations(1);
 
-void handedOverPlain(benchmark::State& state) {
+void submitToPlainQueue(benchmark::State& state) {
   const int descriptor = eventfd(0, EFD_NONBLOCK);
   std::mutex mutex;
   std::vector<std::function<void()>> tasks;
-  std::vector<std::function<void()>> taken;
+  std::vector<std::function<void()>> batch;
   for (auto _ : state) {
-    Sender sender(
+    Submitter submitter(
         [&](auto work) {
           {
             const std::scoped_lock lock(mutex);
@@ -258,31 +261,34 @@ void handedOverPlain(benchmark::State& state) {
           }
           eventfd_write(descriptor, 1);
         },
-        kHandedOver);
-    while (!sender.isOver()) {
+        kTaskCount);
+    while (!submitter.isFinished()) {
       pollfd input{descriptor, POLLIN, 0};
       poll(&input, 1, -1);
       eventfd_t value = 0;
       eventfd_read(descriptor, &value);
       {
         const std::scoped_lock lock(mutex);
-        taken.swap(tasks);
+        batch.swap(tasks);
       }
-      for (const auto& task : taken) {
+      for (const auto& task : batch) {
         task();
       }
-      taken.clear();
+      batch.clear();
     }
-    state.SetIterationTime(sender.median());
+    state.SetIterationTime(submitter.median());
   }
   close(descriptor);
 }
-BENCHMARK(handedOverPlain)->Name("task from another thread/plain")->UseManualTime()->Iterations(1);
+BENCHMARK(submitToPlainQueue)
+    ->Name("task from another thread/plain")
+    ->UseManualTime()
+    ->Iterations(1);
 
-void handedOverToGLib(benchmark::State& state) {
+void submitToGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
   for (auto _ : state) {
-    Sender sender(
+    Submitter submitter(
         [context](auto work) {
           GSource* const source = g_idle_source_new();
           g_source_set_priority(source, G_PRIORITY_DEFAULT);
@@ -297,66 +303,66 @@ void handedOverToGLib(benchmark::State& state) {
           g_source_attach(source, context);
           g_source_unref(source);
         },
-        kHandedOver);
-    while (!sender.isOver()) {
+        kTaskCount);
+    while (!submitter.isFinished()) {
       g_main_context_iteration(context, TRUE);
     }
-    state.SetIterationTime(sender.median());
+    state.SetIterationTime(submitter.median());
   }
   g_main_context_unref(context);
 }
-BENCHMARK(handedOverToGLib)->Name("task from another thread/GLib")->UseManualTime()->Iterations(1);
+BENCHMARK(submitToGLib)->Name("task from another thread/GLib")->UseManualTime()->Iterations(1);
 
-// A message to an object, and to none.
+// Calls a function of an object through a reference that may be null.
 
-void sendOfLibrary(benchmark::State& state) {
-  const auto listener = make<Listener>();
+void callWithLibrary(benchmark::State& state) {
+  const auto receiver = make<Receiver>();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(send(listener, &Listener::touch));
+    benchmark::DoNotOptimize(send(receiver, &Receiver::countCall));
   }
 }
-BENCHMARK(sendOfLibrary)->Name("send/library");
+BENCHMARK(callWithLibrary)->Name("call a receiver/library");
 
-void sendPlain(benchmark::State& state) {
-  const auto listener = std::make_unique<Listener>();
-  Listener* receiver = listener.get();
-  std::int64_t (Listener::*call)() = &Listener::touch;
+void callWithPlainCode(benchmark::State& state) {
+  const auto owner = std::make_unique<Receiver>();
+  Receiver* receiver = owner.get();
+  std::int64_t (Receiver::*call)() = &Receiver::countCall;
   for (auto _ : state) {
     benchmark::DoNotOptimize(receiver);
     benchmark::DoNotOptimize(call);
     benchmark::DoNotOptimize(receiver != nullptr ? (receiver->*call)() : 0);
   }
 }
-BENCHMARK(sendPlain)->Name("send/plain");
+BENCHMARK(callWithPlainCode)->Name("call a receiver/plain");
 
-void sendOfQt(benchmark::State& state) {
-  QtListener listener;
+void callWithQt(benchmark::State& state) {
+  QtReceiver receiver;
   for (auto _ : state) {
-    QMetaObject::invokeMethod(&listener, &QtListener::hear, Qt::DirectConnection);
+    QMetaObject::invokeMethod(&receiver, &QtReceiver::countCall, Qt::DirectConnection);
   }
-  benchmark::DoNotOptimize(listener.heard);
+  benchmark::DoNotOptimize(receiver.callCount);
 }
-BENCHMARK(sendOfQt)->Name("send/Qt");
+BENCHMARK(callWithQt)->Name("call a receiver/Qt");
 
-void sendToNoneOfLibrary(benchmark::State& state) {
-  Strong<Listener> none;
+void callNullWithLibrary(benchmark::State& state) {
+  Strong<Receiver> receiver;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(none);
-    benchmark::DoNotOptimize(send(none, &Listener::touch));
+    benchmark::DoNotOptimize(receiver);
+    benchmark::DoNotOptimize(send(receiver, &Receiver::countCall));
   }
 }
-BENCHMARK(sendToNoneOfLibrary)->Name("send to none/library");
+BENCHMARK(callNullWithLibrary)->Name("call a null receiver/library");
 
-void sendToNonePlain(benchmark::State& state) {
-  Listener* none = nullptr;
-  std::int64_t (Listener::*call)() = &Listener::touch;
+void callNullWithPlainCode(benchmark::State& state) {
+  Receiver* receiver = nullptr;
+  std::int64_t (Receiver::*call)() = &Receiver::countCall;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(none);
+    benchmark::DoNotOptimize(receiver);
     benchmark::DoNotOptimize(call);
-    benchmark::DoNotOptimize(none != nullptr ? (none->*call)() : 0);
+    benchmark::DoNotOptimize(receiver != nullptr ? (receiver->*call)() : 0);
   }
 }
-BENCHMARK(sendToNonePlain)->Name("send to none/plain");
+BENCHMARK(callNullWithPlainCode)->Name("call a null receiver/plain");
 
 }  // namespace
 }  // namespace vel::bench

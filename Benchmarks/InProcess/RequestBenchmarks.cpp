@@ -1,4 +1,4 @@
-// Requests, content and windows, beside the plainest code that answers the same.
+// Requests, contents and windows, compared with plain code that computes the same result.
 #include <benchmark/benchmark.h>
 #include <glib.h>
 
@@ -8,17 +8,18 @@
 #include <string>
 #include <vector>
 
-#include "Benchmarks/InProcess/Stage.h"
+#include "Benchmarks/InProcess/Fixtures.h"
+#include "Benchmarks/InProcess/RunningApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Foundation/NonCopyable.h"
 
 namespace vel::bench {
 namespace {
 
-// Parsing the parameters of a request.
+// Parses the parameters of a request.
 
-void parseOfLibrary(benchmark::State& state) {
-  const Stage stage(std::make_unique<VirtualClock>());
+void parseWithLibrary(benchmark::State& state) {
+  const RunningApplication application(std::make_unique<VirtualClock>());
   const auto manager = LaunchScreenManager::init();
   const auto parameters = NSDictionary::dictionaryWithEntries(
       {{"mode", NSString::stringWithUTF8String("skip")},
@@ -29,32 +30,32 @@ void parseOfLibrary(benchmark::State& state) {
   }
   manager->deactivate();
 }
-BENCHMARK(parseOfLibrary)->Name("parse a request/library");
+BENCHMARK(parseWithLibrary)->Name("parse a request/library");
 
-void parsePlain(benchmark::State& state) {
+void parseWithPlainCode(benchmark::State& state) {
   const std::map<std::string, std::string, std::less<>> parameters{
       {"mode", "skip"}, {"event", "launch_end"}, {"max_duration_time", "5.5"}};
   bool skip = false;
   std::string event;
   double duration = 0;
   for (auto _ : state) {
-    if (const auto found = parameters.find("mode"); found != parameters.end()) {
-      skip = found->second == "skip";
+    if (const auto entry = parameters.find("mode"); entry != parameters.end()) {
+      skip = entry->second == "skip";
     }
-    if (const auto found = parameters.find("event"); found != parameters.end()) {
-      event = found->second;
+    if (const auto entry = parameters.find("event"); entry != parameters.end()) {
+      event = entry->second;
     }
-    if (const auto found = parameters.find("max_duration_time"); found != parameters.end()) {
-      duration = static_cast<double>(std::strtof(found->second.c_str(), nullptr));
+    if (const auto entry = parameters.find("max_duration_time"); entry != parameters.end()) {
+      duration = static_cast<double>(std::strtof(entry->second.c_str(), nullptr));
     }
     benchmark::DoNotOptimize(skip);
     benchmark::DoNotOptimize(event);
     benchmark::DoNotOptimize(duration);
   }
 }
-BENCHMARK(parsePlain)->Name("parse a request/plain");
+BENCHMARK(parseWithPlainCode)->Name("parse a request/plain");
 
-void parseOfGLib(benchmark::State& state) {
+void parseWithGLib(benchmark::State& state) {
   GHashTable* const parameters = g_hash_table_new(g_str_hash, g_str_equal);
   const auto insert = [&](const char* key, const char* value) {
     g_hash_table_insert(parameters, const_cast<char*>(key), const_cast<char*>(value));
@@ -74,12 +75,12 @@ void parseOfGLib(benchmark::State& state) {
   }
   g_hash_table_unref(parameters);
 }
-BENCHMARK(parseOfGLib)->Name("parse a request/GLib");
+BENCHMARK(parseWithGLib)->Name("parse a request/GLib");
 
-// From a request to content that is loaded, and rid of again.
+// Creates a manager, loads the content of a request, and destroys both.
 
-void loadOfLibrary(benchmark::State& state) {
-  const Stage stage(std::make_unique<VirtualClock>());
+void loadContentWithLibrary(benchmark::State& state) {
+  const RunningApplication application(std::make_unique<VirtualClock>());
   const auto request = makeRequest("launch_end", 5);
   for (auto _ : state) {
     const auto manager = LaunchScreenManager::init();
@@ -90,9 +91,9 @@ void loadOfLibrary(benchmark::State& state) {
     NSRunLoop::mainRunLoop().pump();
   }
 }
-BENCHMARK(loadOfLibrary)->Name("request to loaded content/library");
+BENCHMARK(loadContentWithLibrary)->Name("request to loaded content/library");
 
-void loadPlain(benchmark::State& state) {
+void loadContentWithPlainCode(benchmark::State& state) {
   struct Request {
     std::string event = "launch_end";
     double duration = 5;
@@ -124,27 +125,27 @@ void loadPlain(benchmark::State& state) {
     benchmark::DoNotOptimize(manager.get());
   }
 }
-BENCHMARK(loadPlain)->Name("request to loaded content/plain");
+BENCHMARK(loadContentWithPlainCode)->Name("request to loaded content/plain");
 
-// The two questions about windows, with so many open.
+// The two queries that look at windows. The size is the number of open windows.
 
-/// A launch screen over the first of so many windows.
-class Covered : NonCopyable {
+/// A number of windows, and a launch screen that can be presented over the first one.
+class WindowsWithLaunchScreen : private NonCopyable {
  public:
-  explicit Covered(std::int64_t count) {
+  explicit WindowsWithLaunchScreen(std::int64_t count) {
     for (std::int64_t index = 0; index < count; ++index) {
       windows_.push_back(openWindow("PlayerWindow"));
     }
-    view_ = load(manager_, 5);
+    view_ = loadContent(manager_, 5);
   }
-  ~Covered() { manager_->deactivate(); }
+  ~WindowsWithLaunchScreen() { manager_->deactivate(); }
 
   void present() {
     as<CVPresentationFullScreen>(view_->presentation())
         ->presentForWindowWithPresentationMode(windows_.front(), 0);
   }
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
-  [[nodiscard]] const Strong<NSWindow>& last() const { return windows_.back(); }
+  [[nodiscard]] const Strong<NSWindow>& lastWindow() const { return windows_.back(); }
 
  private:
   Strong<LaunchScreenManager> manager_ = LaunchScreenManager::init();
@@ -157,7 +158,7 @@ struct PlainWindow {
   std::vector<std::string> children;
 };
 
-bool holdsCover(const PlainWindow& window) {
+bool hasCover(const PlainWindow& window) {
   for (const std::string& child : window.children) {
     if (child == "LaunchScreenViewController") {
       return true;
@@ -166,48 +167,56 @@ bool holdsCover(const PlainWindow& window) {
   return false;
 }
 
-void isRequiredOfLibrary(benchmark::State& state) {
-  const Stage stage(std::make_unique<VirtualClock>());
-  Covered covered(state.range(0));
-  covered.present();
+void isRequiredWithLibrary(benchmark::State& state) {
+  const RunningApplication application(std::make_unique<VirtualClock>());
+  WindowsWithLaunchScreen windows(state.range(0));
+  windows.present();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(covered.manager()->isRequiredWindow(covered.last()));
+    benchmark::DoNotOptimize(windows.manager()->isRequiredWindow(windows.lastWindow()));
   }
 }
-BENCHMARK(isRequiredOfLibrary)->Name("isRequiredWindow/library")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(isRequiredWithLibrary)->Name("isRequiredWindow/library")->Arg(1)->Arg(100)->Arg(10'000);
 
-void isRequiredPlain(benchmark::State& state) {
+void isRequiredWithPlainCode(benchmark::State& state) {
   const std::vector<PlainWindow> windows(static_cast<std::size_t>(state.range(0)));
-  const PlainWindow* shownIn = &windows.front();
+  const PlainWindow* windowWithCover = &windows.front();
   for (auto _ : state) {
-    benchmark::DoNotOptimize(shownIn);
-    benchmark::DoNotOptimize(&windows.back() == shownIn || holdsCover(windows.back()));
+    benchmark::DoNotOptimize(windowWithCover);
+    benchmark::DoNotOptimize(&windows.back() == windowWithCover || hasCover(windows.back()));
   }
 }
-BENCHMARK(isRequiredPlain)->Name("isRequiredWindow/plain")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(isRequiredWithPlainCode)->Name("isRequiredWindow/plain")->Arg(1)->Arg(100)->Arg(10'000);
 
-void tempItemOfLibrary(benchmark::State& state) {
-  const Stage stage(std::make_unique<VirtualClock>());
-  const Covered covered(state.range(0));
+void tempItemRequiredWithLibrary(benchmark::State& state) {
+  const RunningApplication application(std::make_unique<VirtualClock>());
+  const WindowsWithLaunchScreen windows(state.range(0));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(covered.manager()->tempItemRequired());
+    benchmark::DoNotOptimize(windows.manager()->tempItemRequired());
   }
 }
-BENCHMARK(tempItemOfLibrary)->Name("tempItemRequired/library")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(tempItemRequiredWithLibrary)
+    ->Name("tempItemRequired/library")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(10'000);
 
-void tempItemPlain(benchmark::State& state) {
+void tempItemRequiredWithPlainCode(benchmark::State& state) {
   const std::vector<PlainWindow> windows(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
     bool required = false;
     for (const PlainWindow& window : windows) {
-      required = required || holdsCover(window);
+      required = required || hasCover(window);
     }
     benchmark::DoNotOptimize(required);
   }
 }
-BENCHMARK(tempItemPlain)->Name("tempItemRequired/plain")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(tempItemRequiredWithPlainCode)
+    ->Name("tempItemRequired/plain")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(10'000);
 
-void tempItemOfGLib(benchmark::State& state) {
+void tempItemRequiredWithGLib(benchmark::State& state) {
   GPtrArray* const windows = g_ptr_array_new_with_free_func(
       [](gpointer list) { g_ptr_array_unref(static_cast<GPtrArray*>(list)); });
   for (std::int64_t index = 0; index < state.range(0); ++index) {
@@ -226,7 +235,7 @@ void tempItemOfGLib(benchmark::State& state) {
   }
   g_ptr_array_unref(windows);
 }
-BENCHMARK(tempItemOfGLib)->Name("tempItemRequired/GLib")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(tempItemRequiredWithGLib)->Name("tempItemRequired/GLib")->Arg(1)->Arg(100)->Arg(10'000);
 
 }  // namespace
 }  // namespace vel::bench

@@ -1,4 +1,4 @@
-// Ticks, timers and the run loop, beside the plainest code and GLib's main loop.
+// Timers and the run loop, compared with plain code and GLib's main loop.
 #include <benchmark/benchmark.h>
 #include <glib.h>
 #include <xcb/xcb.h>
@@ -10,7 +10,9 @@
 #include <string>
 #include <utility>
 
-#include "Benchmarks/InProcess/Stage.h"
+#include "Benchmarks/InProcess/Fixtures.h"
+#include "Benchmarks/InProcess/OffsetClock.h"
+#include "Benchmarks/InProcess/RunningApplication.h"
 #include "Platform/AppKit/NSView.h"
 #include "Platform/Foundation/NSTimer.h"
 #include "Platform/WindowSystem/Backends/Backends.h"
@@ -18,7 +20,7 @@
 namespace vel::bench {
 namespace {
 
-constexpr Nanoseconds kTenth = 100'000'000;
+constexpr Nanoseconds kTickInterval = 100'000'000;
 
 class Counter final : public Class<Counter, "Counter"> {
  public:
@@ -33,47 +35,48 @@ Nanoseconds readClock() {
   return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
-// A tick: one timer is due in each turn.
+// A tick: each pass of the run loop fires one timer.
 
-void tickOfLibrary(benchmark::State& state) {
-  auto forward = std::make_unique<ForwardClock>();
-  ForwardClock& clock = *forward;
-  const Stage stage(std::move(forward));
+void fireTimerWithLibrary(benchmark::State& state) {
+  auto ownedClock = std::make_unique<OffsetClock>();
+  OffsetClock& clock = *ownedClock;
+  const RunningApplication application(std::move(ownedClock));
   const auto counter = make<Counter>();
   const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
       0.1, counter, true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   for (auto _ : state) {
-    clock.putForward(kTenth);
+    clock.advance(kTickInterval);
     loop.pump();
   }
   if (counter->count() != static_cast<std::int64_t>(state.iterations())) {
-    state.SkipWithError("a turn without its tick");
+    state.SkipWithError("a pass has not fired the timer");
   }
 }
-BENCHMARK(tickOfLibrary)->Name("tick/library");
+BENCHMARK(fireTimerWithLibrary)->Name("tick/library");
 
-void tickPlain(benchmark::State& state) {
+void fireTimerWithPlainCode(benchmark::State& state) {
   Counter counter;
   void (Counter::*call)() = &Counter::tick;
   benchmark::DoNotOptimize(call);
   Nanoseconds due = 0;
-  Nanoseconds ahead = 0;
+  Nanoseconds offset = 0;
   for (auto _ : state) {
-    ahead += kTenth;
-    if (readClock() + ahead >= due) {
-      due += kTenth;
+    offset += kTickInterval;
+    if (readClock() + offset >= due) {
+      due += kTickInterval;
       (counter.*call)();
     }
     benchmark::DoNotOptimize(due);
   }
 }
-BENCHMARK(tickPlain)->Name("tick/plain");
+BENCHMARK(fireTimerWithPlainCode)->Name("tick/plain");
 
-void tickOfGLib(benchmark::State& state) {
+void fireTimerWithGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
   std::int64_t count = 0;
-  GSource* const source = g_timeout_source_new(0);  // always due: its clock cannot be put forward
+  GSource* const source =
+      g_timeout_source_new(0);  // always due: a benchmark cannot advance GLib's clock
   g_source_set_callback(
       source,
       [](gpointer data) -> gboolean {
@@ -90,27 +93,32 @@ void tickOfGLib(benchmark::State& state) {
   g_source_unref(source);
   g_main_context_unref(context);
 }
-BENCHMARK(tickOfGLib)->Name("tick/GLib");
+BENCHMARK(fireTimerWithGLib)->Name("tick/GLib");
 
-// Armed timers: one more is armed and taken back while so many wait.
+// Schedules one timer and invalidates it. The size is the number of timers that are scheduled
+// already.
 
-void timersOfLibrary(benchmark::State& state) {
-  const Stage stage(kRealTime);
+void scheduleTimerWithLibrary(benchmark::State& state) {
+  const RunningApplication application(kRealTime);
   const auto counter = make<Counter>();
-  const auto arm = [&](double seconds) {
+  const auto schedule = [&](double seconds) {
     return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
         seconds, counter, true);
   };
   for (std::int64_t index = 0; index < state.range(0); ++index) {
-    arm(1000.0 + static_cast<double>(index));
+    schedule(1000.0 + static_cast<double>(index));
   }
   for (auto _ : state) {
-    arm(1500.5)->invalidate();
+    schedule(1500.5)->invalidate();
   }
 }
-BENCHMARK(timersOfLibrary)->Name("timers/library")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(scheduleTimerWithLibrary)
+    ->Name("schedule a timer/library")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(10'000);
 
-void timersPlain(benchmark::State& state) {
+void scheduleTimerWithPlainCode(benchmark::State& state) {
   std::multimap<Nanoseconds, void (*)()> timers;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
     timers.emplace((1000 + index) * 1'000'000'000, nullptr);
@@ -119,11 +127,15 @@ void timersPlain(benchmark::State& state) {
     timers.erase(timers.emplace(readClock() + 1'500'500'000'000, nullptr));
   }
 }
-BENCHMARK(timersPlain)->Name("timers/plain")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(scheduleTimerWithPlainCode)
+    ->Name("schedule a timer/plain")
+    ->Arg(1)
+    ->Arg(100)
+    ->Arg(10'000);
 
-void timersOfGLib(benchmark::State& state) {
+void scheduleTimerWithGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
-  const auto arm = [context](guint milliseconds) {
+  const auto schedule = [context](guint milliseconds) {
     GSource* const source = g_timeout_source_new(milliseconds);
     g_source_set_callback(
         source, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
@@ -132,19 +144,19 @@ void timersOfGLib(benchmark::State& state) {
     return source;
   };
   for (std::int64_t index = 0; index < state.range(0); ++index) {
-    arm(static_cast<guint>(1'000'000 + 1000 * index));
+    schedule(static_cast<guint>(1'000'000 + 1000 * index));
   }
   for (auto _ : state) {
-    g_source_destroy(arm(1'500'500));
+    g_source_destroy(schedule(1'500'500));
   }
   g_main_context_unref(context);
 }
-BENCHMARK(timersOfGLib)->Name("timers/GLib")->Arg(1)->Arg(100)->Arg(10'000);
+BENCHMARK(scheduleTimerWithGLib)->Name("schedule a timer/GLib")->Arg(1)->Arg(100)->Arg(10'000);
 
-// An idle pump: what a game pays in a frame in which nothing happens, while the countdown runs.
+// An idle pump: the cost for a game in a frame without work, while the countdown runs.
 
-void idleOfLibrary(benchmark::State& state) {
-  const Stage stage(kRealTime);
+void pumpIdleWithLibrary(benchmark::State& state) {
+  const RunningApplication application(kRealTime);
   const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
       1e6, make<Counter>(), true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -152,16 +164,16 @@ void idleOfLibrary(benchmark::State& state) {
     benchmark::DoNotOptimize(loop.pump());
   }
 }
-BENCHMARK(idleOfLibrary)->Name("idle pump/library");
+BENCHMARK(pumpIdleWithLibrary)->Name("idle pump/library");
 
-void idlePlain(benchmark::State& state) {
+void pumpIdleWithPlainCode(benchmark::State& state) {
   for (auto _ : state) {
     benchmark::DoNotOptimize(readClock());
   }
 }
-BENCHMARK(idlePlain)->Name("idle pump/plain");
+BENCHMARK(pumpIdleWithPlainCode)->Name("idle pump/plain");
 
-void idleOfGLib(benchmark::State& state) {
+void pumpIdleWithGLib(benchmark::State& state) {
   GMainContext* const context = g_main_context_new();
   GSource* const source = g_timeout_source_new(1'000'000'000);
   g_source_set_callback(
@@ -174,18 +186,18 @@ void idleOfGLib(benchmark::State& state) {
   g_source_unref(source);
   g_main_context_unref(context);
 }
-BENCHMARK(idleOfGLib)->Name("idle pump/GLib");
+BENCHMARK(pumpIdleWithGLib)->Name("idle pump/GLib");
 
-// The same on a display: both look whether anything has come over the connection.
+// An idle pump on a display: both programs check if the connection has an event.
 
-void idleOnDisplayOfLibrary(benchmark::State& state) {
+void pumpIdleOnDisplayWithLibrary(benchmark::State& state) {
   std::string error;
   auto windowSystem = makeWindowSystem("x11", {}, error);
   if (windowSystem == nullptr) {
     state.SkipWithError(error.c_str());
     return;
   }
-  const Stage stage(kRealTime, std::move(windowSystem));
+  const RunningApplication application(kRealTime, std::move(windowSystem));
   const auto timer = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Counter::tick>(
       1e6, make<Counter>(), true);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -193,9 +205,9 @@ void idleOnDisplayOfLibrary(benchmark::State& state) {
     benchmark::DoNotOptimize(loop.pump());
   }
 }
-BENCHMARK(idleOnDisplayOfLibrary)->Name("idle pump on a display/library");
+BENCHMARK(pumpIdleOnDisplayWithLibrary)->Name("idle pump on a display/library");
 
-void idleOnDisplayPlain(benchmark::State& state) {
+void pumpIdleOnDisplayWithPlainCode(benchmark::State& state) {
   xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
   for (auto _ : state) {
     benchmark::DoNotOptimize(readClock());
@@ -203,47 +215,48 @@ void idleOnDisplayPlain(benchmark::State& state) {
   }
   xcb_disconnect(connection);
 }
-BENCHMARK(idleOnDisplayPlain)->Name("idle pump on a display/plain");
+BENCHMARK(pumpIdleOnDisplayWithPlainCode)->Name("idle pump on a display/plain");
 
-// A whole countdown in virtual time, from the presentation to the event; the size is in seconds.
+// A countdown in virtual time, from the presentation to the event. The size is its length in
+// seconds.
 
-void countdownOfLibrary(benchmark::State& state) {
+void countDownWithLibrary(benchmark::State& state) {
   for (auto _ : state) {
-    const Stage stage(std::make_unique<VirtualClock>());
+    const RunningApplication application(std::make_unique<VirtualClock>());
     const auto manager = LaunchScreenManager::init();
     const auto window = openWindow("PlayerWindow");
     window->makeKeyWindow();
-    const auto view = load(manager, static_cast<double>(state.range(0)));
+    const auto view = loadContent(manager, static_cast<double>(state.range(0)));
     as<CVPresentationFullScreen>(view->presentation())
         ->presentForWindowWithPresentationMode(window, 0);
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     loop.runUntilDate((state.range(0) + 2) * kNanosecondsPerSecond);
     if (!manager->eventWasSended()) {
-      state.SkipWithError("no event at the end");
+      state.SkipWithError("the event has not been recorded");
     }
     manager->deactivate();
   }
 }
-BENCHMARK(countdownOfLibrary)
+BENCHMARK(countDownWithLibrary)
     ->Name("countdown/library")
     ->Arg(36)
     ->Arg(360)
     ->Arg(3600)
     ->Unit(benchmark::kMicrosecond);
 
-void countdownPlain(benchmark::State& state) {
+void countDownWithPlainCode(benchmark::State& state) {
   for (auto _ : state) {
-    double left = static_cast<double>(state.range(0));
+    double secondsLeft = static_cast<double>(state.range(0));
     Nanoseconds now = 0;
-    while (left > 0.1) {
-      now += kTenth;
-      left -= 0.1;
+    while (secondsLeft > 0.1) {
+      now += kTickInterval;
+      secondsLeft -= 0.1;
       benchmark::DoNotOptimize(now);
     }
-    benchmark::DoNotOptimize(left);
+    benchmark::DoNotOptimize(secondsLeft);
   }
 }
-BENCHMARK(countdownPlain)
+BENCHMARK(countDownWithPlainCode)
     ->Name("countdown/plain")
     ->Arg(36)
     ->Arg(360)

@@ -1,5 +1,5 @@
-// Keeps a second thread alive meanwhile: without one, locks and shared pointers cost less than they
-// do in any game.
+// Runs the benchmarks while a second thread exists. In a process with one thread, locks and shared
+// pointers are cheaper than in any game.
 #include <benchmark/benchmark.h>
 
 #include <condition_variable>
@@ -12,19 +12,19 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::mutex mutex;
-  std::condition_variable ended;
-  bool over = false;
-  std::thread other([&] {
+  std::condition_variable condition;
+  bool isFinished = false;
+  std::thread secondThread([&] {
     std::unique_lock lock(mutex);
-    ended.wait(lock, [&] { return over; });
+    condition.wait(lock, [&] { return isFinished; });
   });
   benchmark::RunSpecifiedBenchmarks();
   {
     const std::scoped_lock lock(mutex);
-    over = true;
+    isFinished = true;
   }
-  ended.notify_one();
-  other.join();
+  condition.notify_one();
+  secondThread.join();
   benchmark::Shutdown();
   return 0;
 }

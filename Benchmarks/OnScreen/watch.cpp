@@ -1,11 +1,16 @@
-// Starts a program and says when a place on the screen became white, and when it ceased to be: by
-// damage events, so that looking costs the program nothing, and by the pixels themselves.
+// Starts a program and reports when points of the screen became white, and when they stopped being
+// white. It reacts to damage events and reads the pixels, so the program pays nothing for it.
 //
 //     watch X,Y[;X,Y...] -- PROGRAM ARGUMENTS...
 //
-// Prints one line of JSON: times in nanoseconds of the steady clock ("started", "white": all places
-// are, "gone": one is not any more), whether all places were white ever, the stamps that the
-// program printed, and what it used.
+// Prints one line of JSON. Times are nanoseconds of the monotonic clock:
+//   "process_start"       the start of the program
+//   "white_start"         when all points were white; 0 if they never were
+//   "white_end"           when a point was no longer white; 0 if all points stayed white
+//   "status"              the exit status of the program
+//   "cpu_microseconds"    the processor time of the program
+//   "voluntary_switches"  its voluntary context switches
+// Then follow the timestamps that the program printed.
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -18,64 +23,77 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "Benchmarks/OnScreen/MonotonicClock.h"
+#include "Benchmarks/OnScreen/OwnedReply.h"
 
 extern char** environ;
 
 namespace {
 
-struct Freed {
-  void operator()(void* memory) const { std::free(memory); }
-};
-template <class Reply>
-using FromServer = std::unique_ptr<Reply, Freed>;
+using namespace vel::bench;
 
-struct Place {
+struct Point {
   std::int16_t x;
   std::int16_t y;
 };
 
-std::int64_t now() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
-
-class Screen {
+// The points on the screen, and when they were white.
+class ScreenWatcher {
  public:
-  explicit Screen(std::vector<Place> places) : places_(std::move(places)) {
+  explicit ScreenWatcher(std::vector<Point> points) : points_(std::move(points)) {
     if (xcb_connection_has_error(connection_) != 0) {
-      std::fprintf(stderr, "watch: no display\n");
+      std::fprintf(stderr, "watch: cannot open the display\n");
       std::exit(1);
     }
     root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-    const FromServer<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
+    const OwnedReply<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
         connection_, xcb_damage_query_version(connection_, 1, 1), nullptr));
-    damage_ = xcb_generate_id(connection_);
-    xcb_damage_create(connection_, damage_, root_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-    static_cast<void>(allWhite());  // the server has done all of the above
+    const xcb_damage_damage_t damage = xcb_generate_id(connection_);
+    xcb_damage_create(connection_, damage, root_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
+    static_cast<void>(
+        areAllWhite());  // The reply shows that the server reports damage from now on.
   }
 
   [[nodiscard]] int descriptor() const { return xcb_get_file_descriptor(connection_); }
+  [[nodiscard]] std::int64_t whiteStart() const { return whiteStart_; }
+  [[nodiscard]] std::int64_t whiteEnd() const { return whiteEnd_; }
 
-  /// Whether anything was drawn since the last time.
-  bool takeDamage() {
-    bool came = false;
-    while (const FromServer<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-      came = true;
+  /// Reads the pixels if something was drawn since the last call.
+  void handleDamage() {
+    bool isDamaged = false;
+    while (const OwnedReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+      isDamaged = true;
     }
-    return came;
+    if (!isDamaged) {
+      return;
+    }
+    const bool isWhite = areAllWhite();
+    if (isWhite && whiteStart_ == 0) {
+      whiteStart_ = readClock();
+    } else if (!isWhite && whiteStart_ != 0 && whiteEnd_ == 0) {
+      whiteEnd_ = readClock();
+    }
   }
 
-  [[nodiscard]] bool allWhite() const {
-    for (const Place place : places_) {
-      const FromServer<xcb_get_image_reply_t> image(xcb_get_image_reply(
+  /// Waits until the white has ended, for at most one second.
+  void waitForWhiteEnd() {
+    for (int attempt = 0; whiteEnd_ == 0 && whiteStart_ != 0 && attempt < 100; ++attempt) {
+      pollfd input{descriptor(), POLLIN, 0};
+      poll(&input, 1, 10);
+      handleDamage();
+    }
+  }
+
+ private:
+  [[nodiscard]] bool areAllWhite() const {
+    for (const Point point : points_) {
+      const OwnedReply<xcb_get_image_reply_t> image(xcb_get_image_reply(
           connection_,
-          xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, place.x, place.y, 1, 1, ~0U),
+          xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root_, point.x, point.y, 1, 1, ~0U),
           nullptr));
       if (image == nullptr) {
         return false;
@@ -88,95 +106,82 @@ class Screen {
     return true;
   }
 
- private:
-  std::vector<Place> places_;
+  std::vector<Point> points_;
   xcb_connection_t* connection_ = xcb_connect(nullptr, nullptr);
   xcb_window_t root_ = XCB_WINDOW_NONE;
-  xcb_damage_damage_t damage_ = XCB_NONE;
+  std::int64_t whiteStart_ = 0;
+  std::int64_t whiteEnd_ = 0;
 };
 
-std::vector<Place> placesFrom(const std::string& text) {
-  std::vector<Place> places;
+// The program, and what it has printed.
+class Program {
+ public:
+  explicit Program(char** command) {
+    int output[2];
+    if (pipe2(output, O_CLOEXEC | O_NONBLOCK) != 0) {
+      std::perror("watch");
+      std::exit(1);
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+    startTime_ = readClock();
+    if (posix_spawn(&process_, command[0], &actions, nullptr, command, environ) != 0) {
+      std::fprintf(stderr, "watch: cannot start %s\n", command[0]);
+      std::exit(1);
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    close(output[1]);
+    output_ = output[0];
+  }
+
+  [[nodiscard]] std::int64_t startTime() const { return startTime_; }
+  [[nodiscard]] int descriptor() const { return output_; }
+  [[nodiscard]] const std::string& output() const { return text_; }
+
+  /// Returns false at the end of the output, which is the end of the program.
+  bool readOutput() {
+    char text[4096];
+    const ssize_t length = read(output_, text, sizeof text);
+    if (length > 0) {
+      text_.append(text, static_cast<std::size_t>(length));
+    }
+    return length != 0;
+  }
+
+  /// Waits for the end of the program. Returns its exit status, or -1 if a signal ended it.
+  int wait(rusage& usage) {
+    int status = 0;
+    wait4(process_, &status, 0, &usage);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  pid_t process_ = 0;
+  int output_ = -1;
+  std::int64_t startTime_ = 0;
+  std::string text_;
+};
+
+std::vector<Point> parsePoints(const std::string& text) {
+  std::vector<Point> points;
   std::istringstream list(text);
-  for (std::string one; std::getline(list, one, ';');) {
-    Place place{};
-    if (std::sscanf(one.c_str(), "%hd,%hd", &place.x, &place.y) == 2) {
-      places.push_back(place);
+  for (std::string item; std::getline(list, item, ';');) {
+    Point point{};
+    if (std::sscanf(item.c_str(), "%hd,%hd", &point.x, &point.y) == 2) {
+      points.push_back(point);
     }
   }
-  return places;
+  return points;
 }
 
-}  // namespace
+std::int64_t microseconds(timeval time) {
+  return std::int64_t{time.tv_sec} * 1'000'000 + time.tv_usec;
+}
 
-int main(int argc, char** argv) {
-  const std::vector<Place> places = argc > 3 ? placesFrom(argv[1]) : std::vector<Place>();
-  if (places.empty() || std::string(argv[2]) != "--") {
-    std::fprintf(stderr, "usage: watch X,Y[;X,Y...] -- PROGRAM ARGUMENTS...\n");
-    return 2;
-  }
-  Screen screen(places);
-  int output[2];
-  if (pipe2(output, O_CLOEXEC | O_NONBLOCK) != 0) {
-    return 1;
-  }
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-  pid_t program = 0;
-  const std::int64_t started = now();
-  if (posix_spawn(&program, argv[3], &actions, nullptr, argv + 3, environ) != 0) {
-    std::fprintf(stderr, "watch: cannot start %s\n", argv[3]);
-    return 1;
-  }
-  close(output[1]);
-
-  std::int64_t white = 0;
-  std::int64_t gone = 0;
-  std::string printed;
-  // The end of the program's output is the program's end.
-  for (bool runs = true; runs;) {
-    pollfd inputs[] = {{screen.descriptor(), POLLIN, 0}, {output[0], POLLIN, 0}};
-    poll(inputs, 2, -1);
-    if (screen.takeDamage()) {
-      const bool isWhite = screen.allWhite();
-      if (isWhite && white == 0) {
-        white = now();
-      } else if (!isWhite && white != 0 && gone == 0) {
-        gone = now();
-      }
-    }
-    if (inputs[1].revents != 0) {
-      char text[4096];
-      const ssize_t length = read(output[0], text, sizeof text);
-      if (length > 0) {
-        printed.append(text, static_cast<std::size_t>(length));
-      }
-      runs = length != 0;
-    }
-  }
-  int status = 0;
-  rusage used{};
-  wait4(program, &status, 0, &used);
-  // What the server does at the end of a connection comes a little later.
-  for (int looks = 0; gone == 0 && white != 0 && looks < 100; ++looks) {
-    pollfd input{screen.descriptor(), POLLIN, 0};
-    poll(&input, 1, 10);
-    if (screen.takeDamage() && !screen.allWhite()) {
-      gone = now();
-    }
-  }
-
-  const auto microseconds = [](timeval time) {
-    return std::int64_t{time.tv_sec} * 1'000'000 + time.tv_usec;
-  };
-  std::printf(R"({"started": %lld, "white": %lld, "gone": %lld, "status": %d, )",
-              static_cast<long long>(started), static_cast<long long>(white),
-              static_cast<long long>(gone), WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-  std::printf(R"("microseconds": %lld, "switches": %ld)",
-              static_cast<long long>(microseconds(used.ru_utime) + microseconds(used.ru_stime)),
-              used.ru_nvcsw);
-  std::istringstream lines(printed);
+// Prints each line of the program's output as a member of the JSON object.
+void printTimestamps(const std::string& output) {
+  std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream words(line);
     std::string name;
@@ -188,6 +193,39 @@ int main(int argc, char** argv) {
     }
     std::printf("]");
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<Point> points = argc > 3 ? parsePoints(argv[1]) : std::vector<Point>();
+  if (points.empty() || std::string(argv[2]) != "--") {
+    std::fprintf(stderr, "usage: watch X,Y[;X,Y...] -- PROGRAM ARGUMENTS...\n");
+    return 2;
+  }
+  ScreenWatcher screen(points);
+  Program program(argv + 3);
+  for (bool isRunning = true; isRunning;) {
+    pollfd inputs[] = {{screen.descriptor(), POLLIN, 0}, {program.descriptor(), POLLIN, 0}};
+    poll(inputs, 2, -1);
+    screen.handleDamage();
+    if (inputs[1].revents != 0) {
+      isRunning = program.readOutput();
+    }
+  }
+  rusage usage{};
+  const int status = program.wait(usage);
+  // The server may remove the program's windows after the program has ended.
+  screen.waitForWhiteEnd();
+
+  std::printf(R"({"process_start": %lld, "white_start": %lld, "white_end": %lld, "status": %d, )",
+              static_cast<long long>(program.startTime()),
+              static_cast<long long>(screen.whiteStart()),
+              static_cast<long long>(screen.whiteEnd()), status);
+  std::printf(R"("cpu_microseconds": %lld, "voluntary_switches": %ld)",
+              static_cast<long long>(microseconds(usage.ru_utime) + microseconds(usage.ru_stime)),
+              usage.ru_nvcsw);
+  printTimestamps(program.output());
   std::printf("}\n");
   return 0;
 }

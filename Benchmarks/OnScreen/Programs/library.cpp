@@ -1,9 +1,8 @@
-// The library as a host uses it: over the window of another program, or over one of its own. The
-// countdown is told off by the library's own timer.
+// The library as a host uses it: over the window of another program, or over a window of its own.
 #include <memory>
 #include <string>
 
-#include "Benchmarks/OnScreen/Programs/stamps.h"
+#include "Benchmarks/OnScreen/Programs/timestamps.h"
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSView.h"
@@ -15,77 +14,114 @@ namespace {
 
 using namespace vel;
 
-class Stamps final : public PlatformObserver {
+constexpr double kFirstSeconds = int{FIRST_MILLISECONDS} / 1000.0;
+constexpr double kPauseSeconds = int{PAUSE_MILLISECONDS} / 1000.0;
+
+// Records the ticks of the library's timer and the start of the cover's removal.
+class TimeRecorder final : public PlatformObserver {
  public:
-  // Told after what the timer calls: the last one takes everything down, and had come before that.
+  // Called after the timer's target. The last tick removes the cover, so its call has recorded
+  // `hide_start` already.
   void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) override {
-    stamp_tick_at(stamp_down != 0 ? stamp_down : stamp_now());
+    record_tick_at(hide_start != 0 ? hide_start : read_clock());
   }
   void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep step) override {
-    if (step == LifeCycleStep::WillDisappear && stamp_down == 0) {
-      stamp_down = stamp_now();
+    if (step == LifeCycleStep::WillDisappear && hide_start == 0) {
+      hide_start = read_clock();
     }
   }
 };
 
-}  // namespace
+[[noreturn]] void fail(const std::string& error) {
+  fprintf(stderr, "%s\n", error.c_str());
+  exit(1);
+}
 
-int main(int argc, char** argv) {
-  const Arguments arguments = arguments_of(argc, argv);
-#ifdef SHARED_CONNECTION  // the display is opened before anything is shown
-  constexpr bool kOpensFirst = true;
-#else
-  constexpr bool kOpensFirst = false;
-#endif
+void openDisplay() {
   std::string error;
-  Stamps stamps;
-  setPlatformObserver(&stamps);
-  MetricsCenter::setSink([](std::string_view) {});
-
-  const auto open = [&] {
-    auto windowSystem = makeWindowSystem("x11", {}, error);
-    if (windowSystem == nullptr) {
-      fprintf(stderr, "%s\n", error.c_str());
-      exit(1);
-    }
-    NSApplication::start(std::move(windowSystem));
-    if (arguments.window != 0) {
-      return NSApp->adoptWindow(arguments.window, error);
-    }
-    auto window = NSWindow::initAs<NSWindow>(
-        CGRectMake(arguments.x, arguments.y, arguments.width, arguments.height),
-        NSWindowStyleMaskBorderless);
-    window->orderFront();
-    window->makeKeyWindow();
-    return window;
-  };
-
-  Strong<NSWindow> window;
-  if (kOpensFirst) {
-    window = open();
+  auto windowSystem = makeWindowSystem("x11", {}, error);
+  if (windowSystem == nullptr) {
+    fail(error);
   }
-  stamp_called = stamp_now();
-  if (!kOpensFirst) {
-    window = open();
+  NSApplication::start(std::move(windowSystem));
+}
+
+Strong<NSWindow> openWindow(CGRect frame) {
+  auto window = NSWindow::initAs<NSWindow>(frame, NSWindowStyleMaskBorderless);
+  window->orderFront();
+  window->makeKeyWindow();
+  return window;
+}
+
+// The window to cover: an adopted window, or a new one.
+Strong<NSWindow> findOrOpenWindow(const Arguments& arguments) {
+  if (arguments.window == 0) {
+    return openWindow(CGRectMake(arguments.x, arguments.y, arguments.width, arguments.height));
   }
+  std::string error;
+  const Strong<NSWindow> window = NSApp->adoptWindow(arguments.window, error);
   if (window == nullptr) {
-    fprintf(stderr, "%s\n", error.c_str());
-    return 1;
+    fail(error);
   }
+  return window;
+}
+
+Strong<LaunchScreenManager> present(const Strong<NSWindow>& window, double seconds) {
   window->setContentViewController(make<NSViewController>());
   const auto manager = LaunchScreenManager::init();
   const auto view = manager->contentViewForContentData(
       manager->contentDataForContentRequest(DictionaryRequest::requestWithEntries(
           {{"event", NSString::stringWithUTF8String("launch_end")},
-           {"max_duration_time", NSNumber::numberWithDouble(arguments.tenths / 10.0)}})));
+           {"max_duration_time", NSNumber::numberWithDouble(seconds)}})));
   as<CVPresentationFullScreen>(view->presentation())
       ->presentForWindowWithPresentationMode(window, 0);
-  stamp_returned = stamp_now();
+  return manager;
+}
 
+void runLoop(double seconds) {
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  loop.runUntil([] { return stamp_down != 0; });
-  loop.runUntilDate(loop.now() + kNanosecondsPerSecond / 5);
+  loop.runUntilDate(loop.now() + nanosecondsFromSeconds(seconds));
+}
+
+// Shows a launch screen over a window of this program, and closes the window.
+void showFirstWindow() {
+  const auto window = openWindow(CGRectMake(FIRST_X, FIRST_Y, FIRST_WIDTH, FIRST_HEIGHT));
+  const auto manager = present(window, kFirstSeconds);
+  // The event is recorded half a second after the end of the launch screen.
+  runLoop(kFirstSeconds + 0.6);
+  manager->deactivate();
+  window->close();
+  runLoop(kPauseSeconds);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Arguments arguments = parse_arguments(argc, argv);
+  MetricsCenter::setSink([](std::string_view) {});
+  Strong<NSWindow> window;
+  if (arguments.mode != MODE_COLD) {
+    openDisplay();
+    showFirstWindow();
+  }
+  if (arguments.mode == MODE_WARM) {
+    window = findOrOpenWindow(arguments);
+  }
+  TimeRecorder recorder;
+  setPlatformObserver(&recorder);
+  show_start = read_clock();
+  if (arguments.mode == MODE_COLD) {
+    openDisplay();
+  }
+  if (window == nullptr) {
+    window = findOrOpenWindow(arguments);
+  }
+  const auto manager = present(window, arguments.ticks / 10.0);
+  show_end = read_clock();
+
+  NSRunLoop::mainRunLoop().runUntil([] { return hide_start != 0; });
+  runLoop(0.2);
   NSApplication::stop();
-  stamps_print();
+  print_timestamps();
   return 0;
 }

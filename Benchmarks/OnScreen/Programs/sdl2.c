@@ -1,9 +1,14 @@
-/* SDL2 on plain surfaces: a borderless white window and SDL's own timer. */
+/* SDL2 with window surfaces: a borderless white window and SDL's timer. */
 #include <SDL2/SDL.h>
 
-#include "Benchmarks/OnScreen/Programs/stamps.h"
+#include "Benchmarks/OnScreen/Programs/timestamps.h"
 
-static Uint32 tick(Uint32 interval, void* data) {
+static void fail(void) {
+  fprintf(stderr, "%s\n", SDL_GetError());
+  exit(1);
+}
+
+static Uint32 push_tick(Uint32 interval, void* data) {
   SDL_Event event;
   (void)data;
   SDL_zero(event);
@@ -12,38 +17,64 @@ static Uint32 tick(Uint32 interval, void* data) {
   return interval;
 }
 
-int main(int argc, char** argv) {
-  Arguments arguments = arguments_of(argc, argv);
-  SDL_Window* window;
-  SDL_Surface* surface;
-  SDL_Event event;
+static void initialize(void) {
   SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
   if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0) {
-    fprintf(stderr, "%s\n", SDL_GetError());
-    return 1;
+    fail();
   }
-  stamp_called = stamp_now();
-  window = SDL_CreateWindow("splash", arguments.x, arguments.y, arguments.width, arguments.height,
-                            SDL_WINDOW_BORDERLESS);
-  surface = window == NULL ? NULL : SDL_GetWindowSurface(window);
+}
+
+static SDL_Window* show_window(int x, int y, int width, int height) {
+  SDL_Window* window = SDL_CreateWindow("splash", x, y, width, height, SDL_WINDOW_BORDERLESS);
+  SDL_Surface* surface = window == NULL ? NULL : SDL_GetWindowSurface(window);
   if (surface == NULL) {
-    fprintf(stderr, "%s\n", SDL_GetError());
-    return 1;
+    fail();
   }
   SDL_FillRect(surface, NULL, SDL_MapRGB(surface->format, 255, 255, 255));
   SDL_UpdateWindowSurface(window);
-  stamp_returned = stamp_now();
-  SDL_AddTimer(100, tick, NULL);
-  while (stamp_tick_count < arguments.tenths && SDL_WaitEvent(&event)) {
+  return window;
+}
+
+static void handle_events(Uint32 milliseconds) {
+  Uint32 end = SDL_GetTicks() + milliseconds;
+  while (SDL_GetTicks() < end) {
+    SDL_Event event;
+    SDL_WaitEventTimeout(&event, 10);
+  }
+}
+
+static void show_first_window(void) {
+  SDL_Window* window = show_window(FIRST_X, FIRST_Y, FIRST_WIDTH, FIRST_HEIGHT);
+  handle_events(FIRST_MILLISECONDS);
+  SDL_DestroyWindow(window);
+  handle_events(PAUSE_MILLISECONDS);
+}
+
+int main(int argc, char** argv) {
+  Arguments arguments = parse_arguments(argc, argv);
+  SDL_Window* window;
+  SDL_Event event;
+  if (arguments.mode != MODE_COLD) {
+    initialize();
+    show_first_window();
+  }
+  show_start = read_clock();
+  if (arguments.mode == MODE_COLD) {
+    initialize();
+  }
+  window = show_window(arguments.x, arguments.y, arguments.width, arguments.height);
+  show_end = read_clock();
+  SDL_AddTimer(100, push_tick, NULL);
+  while (tick_count < arguments.ticks && SDL_WaitEvent(&event)) {
     if (event.type == SDL_USEREVENT) {
-      stamp_tick();
+      record_tick();
     } else if (event.type == SDL_WINDOWEVENT && event.window.event == SDL_WINDOWEVENT_EXPOSED) {
       SDL_UpdateWindowSurface(window);
     }
   }
-  stamp_down = stamp_now();
+  hide_start = read_clock();
   SDL_DestroyWindow(window);
   SDL_Quit();
-  stamps_print();
+  print_timestamps();
   return 0;
 }

@@ -5,53 +5,85 @@
 #include <wx/splash.h>
 #include <wx/timer.h>
 
-#include "Benchmarks/OnScreen/Programs/stamps.h"
+#include "Benchmarks/OnScreen/Programs/timestamps.h"
 
 namespace {
 
 Arguments arguments;
 
-class Splash final : public wxApp {
+class SplashApplication final : public wxApp {
  public:
   bool OnInit() override {
-    stamp_called = stamp_now();
-    wxBitmap picture(arguments.width, arguments.height);
+    // Without this, the program ends when it closes the first window.
+    SetExitOnFrameDelete(false);
+    if (arguments.mode == MODE_COLD) {
+      showMeasuredWindow();
+      return true;
+    }
+    splash_ = showWindow(wxSPLASH_NO_CENTRE, wxRect(FIRST_X, FIRST_Y, FIRST_WIDTH, FIRST_HEIGHT));
+    pause_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { continueAfterPause(); });
+    pause_.StartOnce(FIRST_MILLISECONDS);
+    return true;
+  }
+
+ private:
+  static wxSplashScreen* showWindow(long centring, const wxRect& place) {
+    wxBitmap picture(place.width, place.height);
     {
       wxMemoryDC canvas(picture);
       canvas.SetBackground(*wxWHITE_BRUSH);
       canvas.Clear();
     }
-    // A splash screen takes no place of its own; every program's is in the middle.
-    splash_ = new wxSplashScreen(picture, wxSPLASH_CENTRE_ON_SCREEN | wxSPLASH_NO_TIMEOUT, 0,
-                                 nullptr, wxID_ANY, wxPoint(arguments.x, arguments.y),
-                                 wxSize(arguments.width, arguments.height), wxBORDER_NONE);
-    stamp_returned = stamp_now();
-    timer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) {
-      stamp_tick();
-      if (stamp_tick_count >= arguments.tenths) {
-        stamp_down = stamp_now();
-        timer_.Stop();
-        splash_->Destroy();
-        ExitMainLoop();
-      }
-    });
-    timer_.Start(100);
-    return true;
+    return new wxSplashScreen(picture, centring | wxSPLASH_NO_TIMEOUT, 0, nullptr, wxID_ANY,
+                              place.GetPosition(), place.GetSize(), wxBORDER_NONE);
   }
 
- private:
+  // Called twice: to close the first window, and then to show the measured one.
+  void continueAfterPause() {
+    if (splash_ != nullptr) {
+      splash_->Destroy();
+      splash_ = nullptr;
+      pause_.StartOnce(PAUSE_MILLISECONDS);
+    } else {
+      show_start = read_clock();
+      showMeasuredWindow();
+    }
+  }
+
+  void showMeasuredWindow() {
+    // wxSplashScreen ignores its position unless it is centred. The measured window of every
+    // program is in the middle of the screen.
+    splash_ = showWindow(wxSPLASH_CENTRE_ON_SCREEN,
+                         wxRect(arguments.x, arguments.y, arguments.width, arguments.height));
+    show_end = read_clock();
+    timer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { countTick(); });
+    timer_.Start(100);
+  }
+
+  void countTick() {
+    record_tick();
+    if (tick_count >= arguments.ticks) {
+      hide_start = read_clock();
+      timer_.Stop();
+      splash_->Destroy();
+      ExitMainLoop();
+    }
+  }
+
   wxSplashScreen* splash_ = nullptr;
+  wxTimer pause_;
   wxTimer timer_;
 };
 
 }  // namespace
 
-wxIMPLEMENT_APP_NO_MAIN(Splash);
+wxIMPLEMENT_APP_NO_MAIN(SplashApplication);
 
 int main(int argc, char** argv) {
-  arguments = arguments_of(argc, argv);
+  arguments = parse_arguments(argc, argv);
+  show_start = read_clock();
   int one = 1;
   const int status = wxEntry(one, argv);
-  stamps_print();
+  print_timestamps();
   return status;
 }

@@ -1,4 +1,4 @@
-// A signal and a slot, as Qt's own compiler needs them.
+// A Qt signal and a Qt slot. Qt's meta-object compiler requires them in a header.
 #pragma once
 
 #include <QObject>
@@ -12,13 +12,13 @@ class QtSender : public QObject {
   void ticked();
 };
 
-class QtListener : public QObject {
+class QtReceiver : public QObject {
   Q_OBJECT
  public slots:
-  void hear() { ++heard; }
+  void countCall() { ++callCount; }
 
  public:
-  std::int64_t heard = 0;
+  std::int64_t callCount = 0;
 };
 
 }  // namespace vel::bench

@@ -1,14 +1,9 @@
-#include "Benchmarks/InProcess/Stage.h"
+#include "Benchmarks/InProcess/Fixtures.h"
 
 #include <string>
-#include <utility>
 
 #include "HostInterfaces/DictionaryRequest.h"
-#include "Platform/AppKit/NSWindow.h"
-#include "Platform/AppKit/Shutdown.h"
-#include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSNumber.h"
-#include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 
 namespace vel::bench {
 
@@ -26,28 +21,6 @@ class NamedWindow final : public Class<NamedWindow, "NSWindow", NSWindow> {
 
 }  // namespace
 
-Stage::Stage(std::unique_ptr<Clock> clock, std::unique_ptr<WindowSystem> windowSystem) {
-  if (clock == nullptr) {
-    NSRunLoop::mainRunLoop().useRealTime();
-  } else {
-    NSRunLoop::mainRunLoop().setClock(std::move(clock));
-  }
-  if (windowSystem == nullptr) {
-    windowSystem = std::make_unique<HeadlessWindowSystem>();
-  }
-  NSApplication::start(std::move(windowSystem));
-  setNSLogSink([](std::string_view) {});
-  MetricsCenter::setSink([](std::string_view) {});
-}
-
-Stage::~Stage() {
-  shutDown();
-  sDefaultConfiguration = nullptr;
-  MetricsCenter::setSink(nullptr);
-  setNSLogSink(nullptr);
-  NSRunLoop::mainRunLoop().useRealTime();
-}
-
 Strong<NSWindow> openWindow(std::string_view className) {
   Strong<NSWindow> window =
       NSWindow::initAs<NamedWindow>(className, CGRectMake(0, 0, 640, 480), NSWindowStyleMask{15});
@@ -61,7 +34,7 @@ Strong<ContentRequest> makeRequest(std::string_view event, double duration) {
        {"max_duration_time", NSNumber::numberWithDouble(duration)}});
 }
 
-Strong<ContentView> load(const Strong<LaunchScreenManager>& manager, double duration) {
+Strong<ContentView> loadContent(const Strong<LaunchScreenManager>& manager, double duration) {
   return manager->contentViewForContentData(
       manager->contentDataForContentRequest(makeRequest("launch_end", duration)));
 }

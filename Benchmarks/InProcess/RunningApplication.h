@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/Foundation/Clock.h"
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/WindowSystem.h"
+
+namespace vel::bench {
+
+/// The clock argument of `RunningApplication` that selects the system's clock.
+inline constexpr std::nullptr_t kRealTime = nullptr;
+
+/// Starts the application with the given clock. The destructor stops it and removes everything that
+/// the process shares. A null window system selects the headless one. Discards log lines and
+/// events.
+class RunningApplication : private NonCopyable {
+ public:
+  explicit RunningApplication(std::unique_ptr<Clock> clock,
+                              std::unique_ptr<WindowSystem> windowSystem = nullptr);
+  ~RunningApplication();
+};
+
+}  // namespace vel::bench

@@ -1,0 +1,87 @@
+"""Computes and formats the figures of the results."""
+
+import math
+import statistics
+
+NAMES = {"bare": "bare XCB", "bare-runtime": "bare XCB, C++ runtime loaded",
+         "library": "VelLaunchScreen", "library-linked": "VelLaunchScreen, C++ runtime linked in",
+         "sdl2": "SDL2", "qt6": "Qt 6", "gtk3": "GTK 3", "wx": "wxWidgets", "none": "no cover"}
+TICK = 100_000_000
+
+
+def spread(values):
+    """The interquartile range."""
+    if len(values) < 2:
+        return 0.0
+    low, _, high = statistics.quantiles(values, n=4, method="inclusive")
+    return high - low
+
+
+def format_value(value, unit="ns"):
+    for factor, name in ((1e9, "s"), (1e6, "ms"), (1e3, "µs")):
+        if unit == "ns" and abs(value) >= factor:
+            return f"{value / factor:.3g} {name}"
+    if unit == "KiB":
+        return f"{value / 1024:.2f} MiB"
+    return f"{value:.3g} {unit}"
+
+
+def format_median(values):
+    """The median, the minimum and the interquartile range."""
+    return (f"{format_value(statistics.median(values))} "
+            f"({format_value(min(values))}; {format_value(spread(values))})")
+
+
+def growth_exponent(points):
+    """The slope of the regression line of log(cost) over log(size)."""
+    xs = [math.log(size) for size, _ in points]
+    ys = [math.log(cost) for _, cost in points]
+    x, y = statistics.fmean(xs), statistics.fmean(ys)
+    return sum((a - x) * (b - y) for a, b in zip(xs, ys)) / sum((a - x) ** 2 for a in xs)
+
+
+def growth_curves(in_process):
+    """[(what, {who: [(size, median)]})] of each benchmark with several sizes."""
+    curves = {}
+    for (what, size), runs in in_process.items():
+        if size is not None:
+            for who, values in runs.items():
+                curves.setdefault(what, {}).setdefault(who, []).append(
+                    (size, statistics.median(values)))
+    return [(what, {who: sorted(points) for who, points in by_program.items()})
+            for what, by_program in curves.items()
+            if all(len(points) > 1 for points in by_program.values())]
+
+
+def spans(runs, begin, end):
+    """The times between two timestamps, of the runs that have both."""
+    return [run[end] - run[begin] for run in runs if run[end] != 0 and run[begin] != 0]
+
+
+def tick_errors(runs):
+    """How much later each tick came than the least late tick of its run."""
+    errors = []
+    for run in runs:
+        late = [tick - number * TICK for number, tick in enumerate(run["tick_times"])]
+        errors += [value - min(late) for value in late]
+    return errors
+
+
+def drifts(runs):
+    """The difference between the time from the first to the last tick, and what it should be."""
+    return [abs(run["tick_times"][-1] - run["tick_times"][0] - (len(run["tick_times"]) - 1) * TICK)
+            for run in runs if len(run["tick_times"]) > 1]
+
+
+def count_early_ticks(runs):
+    return sum(tick < run["show_start"] + (number + 1) * TICK
+               for run in runs for number, tick in enumerate(run["tick_times"]))
+
+
+def percentile(values, percent):
+    ordered = sorted(values)
+    return ordered[min(len(ordered) - 1, int(len(ordered) * percent / 100))]
+
+
+def pump_times(runs):
+    return [time for run in runs for time in run["pumps"]]

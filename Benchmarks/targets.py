@@ -1,0 +1,159 @@
+"""The targets of the benchmarks, and if they are met."""
+
+import re
+import statistics
+
+from figures import (NAMES, count_early_ticks, drifts, format_value, percentile, pump_times, spans,
+                     tick_errors)
+
+HEAD = ["what", "target", "figures", "ratio", "met"]
+# The runtime libraries of C++, and the libraries of XCB.
+ALLOWED_OBJECTS = re.compile(r"lib(stdc\+\+|gcc_s|m|xcb.*)\.so")
+FRAME = 1e9 / 240
+
+
+class TargetTable:
+    def __init__(self):
+        self.rows = []
+
+    def add(self, what, target, figures, is_met, ratio=""):
+        self.rows.append((what, target, figures, ratio, "yes" if is_met else "no"))
+
+    def add_ratio(self, what, ours, others, limit, name, unit="ns"):
+        """The target: our median is at most `limit` times the median of the others."""
+        if ours and others:
+            mine, theirs = statistics.median(ours), statistics.median(others)
+            self.add(what, f"at most {limit} times {name}",
+                     f"{format_value(mine, unit)}; {format_value(theirs, unit)}",
+                     mine <= limit * theirs, f"{mine / theirs:.2f}")
+
+    def add_lead(self, what, ours, others, times, name):
+        """The target: the median of the others is at least `times` our median."""
+        if ours and others:
+            mine, theirs = statistics.median(ours), statistics.median(others)
+            target = f"{name} takes at least {times} times as long" if times > 1 else f"faster than {name}"
+            self.add(what, target, f"{format_value(mine)}; {format_value(theirs)}",
+                     theirs >= times * mine, f"1 / {theirs / mine:.2f}")
+
+
+def add_cover_targets(table, over):
+    """The targets of a cover over the window of another program, cold and warm."""
+    for mode in ("warm", "cold"):
+        ours, bare = over["library", mode], over["bare", mode]
+        white = ("show_start", "white_start")
+        table.add_ratio(f"first call to white, {mode}", spans(ours, *white), spans(bare, *white), 1.15,
+                        "bare XCB")
+        for peer in ("sdl2", "qt6", "gtk3", "wx"):
+            table.add_lead(f"first call to white, {mode}", spans(ours, *white),
+                           spans(over[peer, mode], *white), 3, NAMES[peer])
+        table.add_ratio(f"the calls that show the cover, {mode}", spans(ours, "show_start", "show_end"),
+                        spans(bare, "show_start", "show_end"), 1.25, "bare XCB")
+    table.add_ratio("start of hiding to the host visible", spans(over["library", "warm"], "hide_start", "white_end"),
+                    spans(over["bare", "warm"], "hide_start", "white_end"), 1.15, "bare XCB")
+
+
+def add_start_targets(table, start, objects):
+    white = ("process_start", "white_start")
+    table.add_ratio("process start to white", spans(start["library"], *white),
+                    spans(start["bare"], *white), 1.3, "bare XCB")
+    for peer in ("sdl2", "qt6", "gtk3"):
+        table.add_lead("process start to white", spans(start["library"], *white),
+                       spans(start[peer], *white), 7, NAMES[peer])
+    memory = {name: [run["peak_kibibytes"] for run in runs] for name, runs in start.items()}
+    table.add_ratio("peak resident memory", memory["library"], memory["bare"], 1.3, "bare XCB", "KiB")
+    foreign = [name for name in objects["library"][0]
+               if name not in objects["bare"][0] and not ALLOWED_OBJECTS.match(name)]
+    table.add("shared objects other than those of XCB and of the C++ runtime", "none",
+              ", ".join(foreign) or "none", not foreign)
+
+
+def add_countdown_targets(table, start):
+    switches = {name: statistics.median([run["voluntary_switches"] / 3 for run in start[name]])
+                for name in ("library", "bare")}
+    table.add("wake-ups a second while counting (30 ticks, with start and end)",
+              "at most 1.3 times bare XCB", f"{switches['library']:.1f}; {switches['bare']:.1f}",
+              switches["library"] <= 1.3 * switches["bare"],
+              f"{switches['library'] / switches['bare']:.2f}")
+    drift = statistics.median(drifts(start["library"]))
+    table.add("drift over 30 ticks", "at most 0.5 ms", format_value(drift), drift <= 500_000)
+    early = count_early_ticks(start["library"])
+    table.add("ticks that came early", "none", str(early), early == 0)
+
+
+def add_game_targets(table, game):
+    """The targets of a game at 240 frames a second."""
+    if not all(game.values()):
+        return
+    ours, bare = pump_times(game["library"]), pump_times(game["bare"])
+    for what, value, limit, name in (
+            ("99.9th percentile of vel_pump", lambda times: percentile(times, 99.9), FRAME / 10,
+             "a tenth of a frame"),
+            ("longest vel_pump", max, FRAME, "one frame")):
+        table.add(f"{what} in a game", f"at most {name}: {format_value(limit)}",
+                  f"{format_value(value(ours))}; bare XCB {format_value(value(bare))}",
+                  value(ours) <= limit, f"{value(ours) / value(bare):.2f}")
+    for what, key in (("comes", "missed_coming"), ("goes", "missed_going")):
+        missed = {name: statistics.fmean([run[key] for run in runs]) for name, runs in game.items()}
+        table.add(f"frames that the game misses while the cover {what}", "at most one more than with bare XCB",
+                  f"{missed['library']:.1f}; bare XCB {missed['bare']:.1f}; no cover {missed['none']:.1f}",
+                  missed["library"] <= missed["bare"] + 1)
+
+
+def add_loading_targets(table, loading):
+    if not loading:
+        return
+    time = statistics.median([run["load"] for run in loading])
+    table.add("loading the library into a running C++ game", f"at most one frame: {format_value(FRAME)}",
+              format_value(time), time <= FRAME)
+    memory = statistics.median([run["private"][1] - run["private"][0] for run in loading])
+    table.add("private memory that loading adds", "at most 1 MiB", format_value(memory, "KiB"),
+              memory <= 1024)
+
+
+def add_size_targets(table, sizes):
+    for name, limit in (("x11", 400_000), ("headless", 250_000)):
+        if name in sizes:
+            table.add(f"stripped shared library, {name}", f"less than {limit // 1000} KB",
+                      f"{sizes[name] / 1000:.0f} KB", sizes[name] < limit)
+
+
+def felt_targets(measured):
+    """The rows of the targets that a user or the host's author can notice."""
+    table = TargetTable()
+    add_cover_targets(table, measured["over_a_host"])
+    add_start_targets(table, measured["from_start"], measured["shared_objects"])
+    covered, runs = measured["over_a_screen"]["library"]
+    table.add("covers a host that fills the screen, middle and corners", "in every run",
+              f"{covered} of {runs}", runs > 0 and covered == runs)
+    add_game_targets(table, measured["game"])
+    add_loading_targets(table, measured["loading"])
+    add_countdown_targets(table, measured["from_start"])
+    add_size_targets(table, measured["sizes"])
+    return table.rows
+
+
+def unfelt_targets(measured):
+    """The rows of the targets that compare short operations with plain code."""
+    table = TargetTable()
+    start, inside = measured["from_start"], measured["in_process"]
+    for percent, limit in ((50, 1.3), (99, 1.5)):
+        table.add_ratio(f"error of a tick, percentile {percent}",
+                        [percentile(tick_errors(start["library"]), percent)],
+                        [percentile(tick_errors(start["bare"]), percent)], limit, "timerfd")
+
+    def compare(what, size, limit, name):
+        runs = inside.get((what, size), {})
+        table.add_ratio(f"{what}, {size}" if size else what, runs.get("library"), runs.get("plain"),
+                        limit, name)
+
+    compare("tick", None, 3, "reading the clock, comparing and calling")
+    compare("idle pump", None, 2, "reading the clock")
+    compare("idle pump on a display", None, 2, "reading the clock and checking the connection")
+    for size, limit in ((1, 2), (10, 2), (1000, 1.5)):
+        compare("post", size, limit, "copying the observers under a mutex and calling them")
+    for size in (10, 1000):
+        runs = inside["post", size]
+        table.add_lead(f"post, {size}", runs["library"], runs["Qt"], 1, "a signal of Qt")
+    compare("task", None, 2, "a mutex and a vector")
+    compare("task from another thread", None, 1.2, "a mutex and an eventfd")
+    return table.rows
