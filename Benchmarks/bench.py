@@ -119,25 +119,25 @@ def measure_loading(quick, library):
 
 def strip_libraries():
     """Strips the shared libraries. Returns {name: path}."""
-    stripped = {}
+    paths = {}
     for name in ("x11", "headless"):
         library = next((ROOT / "build" / f"bench-{name}").glob("**/libVelLaunchScreen.so.*.*"), None)
         if library:
-            stripped[name] = OUT / f"libVelLaunchScreen-{name}.so"
-            subprocess.run(["strip", "-o", stripped[name], library], check=True)
-    return stripped
+            paths[name] = OUT / f"libVelLaunchScreen-{name}.so"
+            subprocess.run(["strip", "-o", paths[name], library], check=True)
+    return paths
 
 
 def list_shared_objects():
     """Returns {program: (names of the shared objects that it loads, their size in bytes)}."""
-    loaded = {}
+    objects = {}
     for program in STARTED:
         listing = subprocess.run(["ldd", BIN / f"bench-screen-{program}"], capture_output=True,
                                  text=True, check=True).stdout
         files = [line.split("=>")[1].split()[0] for line in listing.splitlines() if "=>" in line]
-        loaded[program] = (sorted(os.path.basename(file) for file in files),
+        objects[program] = (sorted(os.path.basename(file) for file in files),
                            sum(os.stat(file).st_size for file in files))
-    return loaded
+    return objects
 
 
 def describe_machine():
@@ -158,7 +158,7 @@ def main():
         parser.error("the results of a quick run cannot be published")
     OUT.mkdir(parents=True, exist_ok=True)
     libraries = strip_libraries()
-    measured = {
+    results = {
         "date": datetime.date.today().isoformat(),
         "machine": describe_machine(),
         "quick": options.quick,
@@ -171,9 +171,9 @@ def main():
         "sizes": {name: path.stat().st_size for name, path in libraries.items()},
         "shared_objects": list_shared_objects(),
     }
-    report.write_all(measured, OUT)
+    report.write_all(results, OUT)
     if options.publish:
-        report.publish(measured, ROOT)
+        report.publish(results, ROOT)
     print((OUT / "results.md").read_text())
 
 

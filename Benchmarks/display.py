@@ -80,16 +80,16 @@ class Server:
         `window` is the window to cover; 0 means a new window. Returns what the watcher printed, or
         None if the program failed.
         """
-        seen = self.run("watch", points, "--", BIN / f"bench-screen-{program}", mode, ticks, *WINDOW,
+        observation = self.run("watch", points, "--", BIN / f"bench-screen-{program}", mode, ticks, *WINDOW,
                         window)
-        if seen is None:
+        if observation is None:
             return None
-        if seen["status"] != 0 or "show_start" not in seen:
-            say(f"{program}: status {seen['status']}")
+        if observation["status"] != 0 or "show_start" not in observation:
+            say(f"{program}: status {observation['status']}")
             return None
         for name in TIMESTAMPS:
-            seen[name] = seen[name][0]
-        return seen
+            observation[name] = observation[name][0]
+        return observation
 
 
 class Host:

@@ -53,12 +53,12 @@ def draw_bars(axis, title, values):
     axis.set_title(title, fontsize=10)
 
 
-def plot_screen(measured, path):
+def plot_screen(results, path):
     """The time until the screen is white: warm, cold, and from process start."""
     def milliseconds(runs, begin):
         return [time / 1e6 for time in spans(runs, begin, "white_start")]
 
-    over = measured["over_a_host"]
+    over = results["over_a_host"]
     figure, axes = plt.subplots(1, 3, figsize=(14, 3.4))
     for axis, mode in zip(axes, ("warm", "cold")):
         draw_bars(axis, f"First call to white, {mode}",
@@ -66,7 +66,7 @@ def plot_screen(measured, path):
                    for (name, its_mode), runs in over.items() if its_mode == mode})
     draw_bars(axes[2], "Process start to white",
               {name: milliseconds(runs, "process_start")
-               for name, runs in measured["from_start"].items()})
+               for name, runs in results["from_start"].items()})
     figure.tight_layout()
     figure.savefig(path)
     plt.close(figure)

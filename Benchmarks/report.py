@@ -28,12 +28,13 @@ def format_span(runs, begin, end):
     return format_median(values) if values else "never"
 
 
-def target_sections(measured):
-    return ["## Targets\n\n" + MODES + "\n\nThe figures are ours first, then those of the other program.",
-            format_table(targets.HEAD, targets.felt_targets(measured)),
-            "## Targets that users do not notice\n\nThese rows compare operations that take between "
-            "nanoseconds and microseconds with plain code.",
-            format_table(targets.HEAD, targets.unfelt_targets(measured))]
+def target_sections(results):
+    return ["## Targets\n\n" + MODES + "\n\nThe first figure is the library's. The second one is the "
+            "other program's.",
+            format_table(targets.HEAD, targets.user_targets(results)),
+            "## Targets that users do not notice\n\nThese operations take less than a millisecond. The "
+            "rows compare them with plain code.",
+            format_table(targets.HEAD, targets.operation_targets(results))]
 
 
 def host_section(over):
@@ -86,11 +87,11 @@ def game_section(game):
         if not runs:
             continue
         times = pump_times(runs)
-        missed = [f"{statistics.fmean([run[key] for run in runs]):.1f}"
-                  for key in ("missed_coming", "missed_going", "missed")]
+        missed_frames = [f"{statistics.fmean([run[key] for run in runs]):.1f}"
+                         for key in ("missed_coming", "missed_going", "missed")]
         rows.append([NAMES[name], format_median([run["show"] for run in runs]),
                      *[format_value(percentile(times, percent)) for percent in (50, 99, 99.9)],
-                     format_value(max(times)), *missed])
+                     format_value(max(times)), *missed_frames])
     return ("## In a game at 240 frames a second\n\nThe game runs under metacity and covers its own "
             "window. The indicator is on. A frame lasts 4.17 ms. A frame is missed if the game still "
             "works on the previous frame when it should start; the figures are means of all runs. The "
@@ -102,7 +103,7 @@ def game_section(game):
 
 def loading_section(loading):
     if not loading:
-        return "## Loading the library\n\nNot measured."
+        return "## Loading the library\n\nNot results."
     def difference(key, step):
         return format_value(
             statistics.median([run[key][step] - run[key][0] for run in loading]), "KiB")
@@ -132,44 +133,44 @@ def growth_section(curves):
             "\n\n![Plots of cost against size](bench-growth.svg)")
 
 
-def write_all(measured, folder):
+def write_all(results, folder):
     """Writes results.md and the plots to `folder`."""
-    curves = growth_curves(measured["in_process"])
+    curves = growth_curves(results["in_process"])
     plot_growth(curves, folder / PLOTS[0])
-    plot_screen(measured, folder / PLOTS[1])
-    parts = [f"# Benchmark results\n\n{measured['date']}, {measured['machine']}. Times are medians. The "
+    plot_screen(results, folder / PLOTS[1])
+    parts = [f"# Benchmark results\n\n{results['date']}, {results['machine']}. Times are medians. The "
              "brackets contain the minimum and the interquartile range. Programs that are compared ran "
              "alternately."]
-    if measured["quick"]:
+    if results["quick"]:
         parts.append("**This was a quick run with few repetitions. Do not quote it.**")
-    parts += target_sections(measured)
-    parts += [host_section(measured["over_a_host"]),
-              start_section(measured["from_start"], measured["shared_objects"]),
+    parts += target_sections(results)
+    parts += [host_section(results["over_a_host"]),
+              start_section(results["from_start"], results["shared_objects"]),
               "![Bars: milliseconds until the screen is white](bench-screen.svg)",
               "## Over a host that fills the screen\n\nRuns under metacity in which the screen was "
-              "white: " + "; ".join(f"{NAMES[name]} {covered} of {runs}" for name, (covered, runs)
-                                    in measured["over_a_screen"].items())
+              "white: " + "; ".join(f"{NAMES[name]} {covered_runs} of {runs}" for name, (covered_runs, runs)
+                                    in results["over_a_screen"].items())
               + ". For the toolkits, which show ordinary splash windows, only the middle counts.",
-              game_section(measured["game"]), loading_section(measured["loading"])]
-    if measured["sizes"]:
+              game_section(results["game"]), loading_section(results["loading"])]
+    if results["sizes"]:
         parts.append("## Size\n\nThe stripped shared library: " + "; ".join(
-            f"{name} {size / 1000:.0f} KB" for name, size in measured["sizes"].items()) + ".")
-    parts += [process_section(measured["in_process"]), growth_section(curves)]
+            f"{name} {size / 1000:.0f} KB" for name, size in results["sizes"].items()) + ".")
+    parts += [process_section(results["in_process"]), growth_section(curves)]
     if IMPROVEMENTS.exists():
         parts.append(IMPROVEMENTS.read_text().strip())
     (folder / "results.md").write_text("\n\n".join(parts) + "\n")
 
 
-def publish(measured, root):
+def publish(results, root):
     """Writes the targets to Benchmarks/results.md, and copies the plots to docs/pictures."""
     folder, pictures = root / "build" / "bench", root / "docs" / "pictures"
     for name in PLOTS:
         shutil.copyfile(folder / name, pictures / name)
-    intro = (f"# Benchmark results\n\n`./bench --publish` wrote this page on {measured['date']} "
-             f"({measured['machine']}). Absolute times differ from run to run, so compare only figures "
+    intro = (f"# Benchmark results\n\n`./bench --publish` wrote this page on {results['date']} "
+             f"({results['machine']}). Absolute times differ from run to run, so compare only figures "
              "of one run. [improvements.md](improvements.md) explains why some targets are not met.")
     growth = ("## Growth\n\nThe cost against the size, with the exponent of each curve:\n\n"
               "![Plots of cost against size, with logarithmic axes](../docs/pictures/bench-growth.svg)")
-    parts = [intro, *target_sections(measured), game_section(measured["game"]),
-             loading_section(measured["loading"]), growth]
+    parts = [intro, *target_sections(results), game_section(results["game"]),
+             loading_section(results["loading"]), growth]
     (root / "Benchmarks" / "results.md").write_text("\n\n".join(parts) + "\n")

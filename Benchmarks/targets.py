@@ -22,18 +22,19 @@ class TargetTable:
     def add_ratio(self, what, ours, others, limit, name, unit="ns"):
         """The target: our median is at most `limit` times the median of the others."""
         if ours and others:
-            mine, theirs = statistics.median(ours), statistics.median(others)
+            our_median, other_median = statistics.median(ours), statistics.median(others)
             self.add(what, f"at most {limit} times {name}",
-                     f"{format_value(mine, unit)}; {format_value(theirs, unit)}",
-                     mine <= limit * theirs, f"{mine / theirs:.2f}")
+                     f"{format_value(our_median, unit)}; {format_value(other_median, unit)}",
+                     our_median <= limit * other_median, f"{our_median / other_median:.2f}")
 
     def add_lead(self, what, ours, others, times, name):
         """The target: the median of the others is at least `times` our median."""
         if ours and others:
-            mine, theirs = statistics.median(ours), statistics.median(others)
-            target = f"{name} takes at least {times} times as long" if times > 1 else f"faster than {name}"
-            self.add(what, target, f"{format_value(mine)}; {format_value(theirs)}",
-                     theirs >= times * mine, f"1 / {theirs / mine:.2f}")
+            our_median, other_median = statistics.median(ours), statistics.median(others)
+            target = (f"{name} takes at least {times} times as long" if times > 1
+                      else f"faster than {name}")
+            self.add(what, target, f"{format_value(our_median)}; {format_value(other_median)}",
+                     other_median >= times * our_median, f"1 / {other_median / our_median:.2f}")
 
 
 def add_cover_targets(table, over):
@@ -46,10 +47,9 @@ def add_cover_targets(table, over):
         for peer in ("sdl2", "qt6", "gtk3", "wx"):
             table.add_lead(f"first call to white, {mode}", spans(ours, *white),
                            spans(over[peer, mode], *white), 3, NAMES[peer])
-        table.add_ratio(f"the calls that show the cover, {mode}", spans(ours, "show_start", "show_end"),
-                        spans(bare, "show_start", "show_end"), 1.25, "bare XCB")
-    table.add_ratio("start of hiding to the host visible", spans(over["library", "warm"], "hide_start", "white_end"),
-                    spans(over["bare", "warm"], "hide_start", "white_end"), 1.15, "bare XCB")
+    gone = ("hide_start", "white_end")
+    table.add_ratio("start of hiding to the host visible", spans(over["library", "warm"], *gone),
+                    spans(over["bare", "warm"], *gone), 1.15, "bare XCB")
 
 
 def add_start_targets(table, start, objects):
@@ -93,10 +93,13 @@ def add_game_targets(table, game):
                   f"{format_value(value(ours))}; bare XCB {format_value(value(bare))}",
                   value(ours) <= limit, f"{value(ours) / value(bare):.2f}")
     for what, key in (("comes", "missed_coming"), ("goes", "missed_going")):
-        missed = {name: statistics.fmean([run[key] for run in runs]) for name, runs in game.items()}
-        table.add(f"frames that the game misses while the cover {what}", "at most one more than with bare XCB",
-                  f"{missed['library']:.1f}; bare XCB {missed['bare']:.1f}; no cover {missed['none']:.1f}",
-                  missed["library"] <= missed["bare"] + 1)
+        missed_frames = {name: statistics.fmean([run[key] for run in runs])
+                         for name, runs in game.items()}
+        table.add(f"frames that the game misses while the cover {what}",
+                  "at most one more than with bare XCB",
+                  f"{missed_frames['library']:.1f}; bare XCB {missed_frames['bare']:.1f}; "
+                  f"no cover {missed_frames['none']:.1f}",
+                  missed_frames["library"] <= missed_frames["bare"] + 1)
 
 
 def add_loading_targets(table, loading):
@@ -117,25 +120,29 @@ def add_size_targets(table, sizes):
                       f"{sizes[name] / 1000:.0f} KB", sizes[name] < limit)
 
 
-def felt_targets(measured):
-    """The rows of the targets that a user or the host's author can notice."""
+def user_targets(results):
+    """The rows of the targets that a user or the author of a host can notice."""
     table = TargetTable()
-    add_cover_targets(table, measured["over_a_host"])
-    add_start_targets(table, measured["from_start"], measured["shared_objects"])
-    covered, runs = measured["over_a_screen"]["library"]
+    add_cover_targets(table, results["over_a_host"])
+    add_start_targets(table, results["from_start"], results["shared_objects"])
+    covered_runs, runs = results["over_a_screen"]["library"]
     table.add("covers a host that fills the screen, middle and corners", "in every run",
-              f"{covered} of {runs}", runs > 0 and covered == runs)
-    add_game_targets(table, measured["game"])
-    add_loading_targets(table, measured["loading"])
-    add_countdown_targets(table, measured["from_start"])
-    add_size_targets(table, measured["sizes"])
+              f"{covered_runs} of {runs}", runs > 0 and covered_runs == runs)
+    add_game_targets(table, results["game"])
+    add_loading_targets(table, results["loading"])
+    add_countdown_targets(table, results["from_start"])
+    add_size_targets(table, results["sizes"])
     return table.rows
 
 
-def unfelt_targets(measured):
-    """The rows of the targets that compare short operations with plain code."""
+def operation_targets(results):
+    """The rows of the targets for operations that are too short for a user to notice."""
     table = TargetTable()
-    start, inside = measured["from_start"], measured["in_process"]
+    over, start, inside = (results[key] for key in ("over_a_host", "from_start", "in_process"))
+    calls = ("show_start", "show_end")
+    for mode in ("warm", "cold"):
+        table.add_ratio(f"the calls that show the cover, {mode}", spans(over["library", mode], *calls),
+                        spans(over["bare", mode], *calls), 1.25, "bare XCB")
     for percent, limit in ((50, 1.3), (99, 1.5)):
         table.add_ratio(f"error of a tick, percentile {percent}",
                         [percentile(tick_errors(start["library"]), percent)],

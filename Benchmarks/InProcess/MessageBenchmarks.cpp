@@ -63,9 +63,9 @@ void postWithPlainCode(benchmark::State& state) {
   };
   std::vector<Observer> observers(static_cast<std::size_t>(state.range(0)));
   std::mutex mutex;
-  std::vector<Observer*> registered;
+  std::vector<Observer*> registeredObservers;
   for (Observer& observer : observers) {
-    registered.push_back(&observer);
+    registeredObservers.push_back(&observer);
   }
   void (Observer::*call)() = &Observer::receive;
   benchmark::DoNotOptimize(call);
@@ -73,7 +73,7 @@ void postWithPlainCode(benchmark::State& state) {
     std::vector<Observer*> snapshot;
     {
       const std::scoped_lock lock(mutex);
-      snapshot = registered;
+      snapshot = registeredObservers;
     }
     for (Observer* const observer : snapshot) {
       (observer->*call)();
@@ -90,14 +90,14 @@ void postWithPlainCodeKeepingAlive(benchmark::State& state) {
     void receive() { ++callCount; }
   };
   std::vector<std::shared_ptr<Observer>> observers;
-  std::vector<std::weak_ptr<Observer>> registered;
+  std::vector<std::weak_ptr<Observer>> registeredObservers;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
-    registered.emplace_back(observers.emplace_back(std::make_shared<Observer>()));
+    registeredObservers.emplace_back(observers.emplace_back(std::make_shared<Observer>()));
   }
   void (Observer::*call)() = &Observer::receive;
   benchmark::DoNotOptimize(call);
   for (auto _ : state) {
-    for (const std::weak_ptr<Observer>& observer : registered) {
+    for (const std::weak_ptr<Observer>& observer : registeredObservers) {
       if (const std::shared_ptr<Observer> kept = observer.lock()) {
         (kept.get()->*call)();
       }
@@ -117,10 +117,11 @@ void postWithQt(benchmark::State& state) {
   std::vector<std::unique_ptr<QtReceiver>> receivers;
   for (std::int64_t index = 0; index < state.range(0); ++index) {
     receivers.push_back(std::make_unique<QtReceiver>());
-    QObject::connect(&sender, &QtSender::ticked, receivers.back().get(), &QtReceiver::countCall);
+    QObject::connect(&sender, &QtSender::tickOccurred, receivers.back().get(),
+                     &QtReceiver::countCall);
   }
   for (auto _ : state) {
-    emit sender.ticked();
+    emit sender.tickOccurred();
   }
   if (receivers.back()->callCount != static_cast<std::int64_t>(state.iterations())) {
     state.SkipWithError("an observer has missed a notification");

@@ -9,7 +9,7 @@ namespace vel::bench {
 class QtSender : public QObject {
   Q_OBJECT
  signals:
-  void ticked();
+  void tickOccurred();
 };
 
 class QtReceiver : public QObject {

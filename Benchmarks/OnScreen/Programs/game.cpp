@@ -217,7 +217,7 @@ class Game {
         lastFrame = frame_ + kFramesAfter;
       }
       const std::int64_t late = (readClock() - start) / kFrameTime - frame_;
-      missedInFrame_.push_back({frame_, late});
+      missedFrames_.push_back({frame_, late});
       frame_ += 1 + late;
     }
     if (endFrame_ == 0) {
@@ -243,8 +243,8 @@ class Game {
   }
 
  private:
-  struct Missed {
-    std::int64_t frame;
+  struct MissedFrames {
+    std::int64_t frame;  // the frame before the missed ones
     std::int64_t count;
   };
 
@@ -272,7 +272,7 @@ class Game {
 
   [[nodiscard]] std::int64_t countMissed(std::int64_t begin, std::int64_t end) const {
     std::int64_t count = 0;
-    for (const Missed& missed : missedInFrame_) {
+    for (const MissedFrames& missed : missedFrames_) {
       count += missed.frame >= begin && missed.frame < end ? missed.count : 0;
     }
     return count;
@@ -287,7 +287,7 @@ class Game {
   std::int64_t endFrame_ = 0;
   std::int64_t showTime_ = 0;
   std::vector<std::int64_t> pumpTimes_;
-  std::vector<Missed> missedInFrame_;
+  std::vector<MissedFrames> missedFrames_;
 };
 
 }  // namespace

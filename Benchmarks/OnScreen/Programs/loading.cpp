@@ -1,10 +1,10 @@
-// A C++ game that is already running and then loads the library.
+// A running C++ game that loads the library.
 //
 //     loading LIBRARY
 //
 // Prints one line of JSON: the time that loading takes, in nanoseconds, and the memory of the
-// process in KiB before loading, after loading, and while a launch screen is shown. "resident"
-// memory includes pages that the process shares with others; "private" memory does not.
+// process in KiB before loading, after loading, and while a launch screen is shown.
+// "resident" memory includes pages that the process shares with others; "private" memory does not.
 #include <VelLaunchScreen/vel_launch_screen.h>
 #include <dlfcn.h>
 
@@ -26,8 +26,8 @@ using namespace vel::bench;
 }
 
 struct Memory {
-  long resident = 0;
-  long unshared = 0;
+  long residentKibibytes = 0;
+  long privateKibibytes = 0;
 };
 
 Memory readMemory() {
@@ -37,10 +37,10 @@ Memory readMemory() {
   while (std::getline(file, line)) {
     long kibibytes = 0;
     if (std::sscanf(line.c_str(), "Rss: %ld", &kibibytes) == 1) {
-      memory.resident = kibibytes;
+      memory.residentKibibytes = kibibytes;
     } else if (std::sscanf(line.c_str(), "Private_Clean: %ld", &kibibytes) == 1 ||
                std::sscanf(line.c_str(), "Private_Dirty: %ld", &kibibytes) == 1) {
-      memory.unshared += kibibytes;
+      memory.privateKibibytes += kibibytes;
     }
   }
   return memory;
@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
   GameWindow window;
   window.draw(0);
   readMemory();  // The first call allocates the buffers of the stream.
-  const Memory before = readMemory();
+  const Memory memoryBefore = readMemory();
   const std::int64_t start = readClock();
   // RTLD_NOW also looks up every function, so no later call pays for it.
   void* const library = dlopen(argv[1], RTLD_NOW);
@@ -88,11 +88,13 @@ int main(int argc, char** argv) {
   if (library == nullptr) {
     fail(dlerror());
   }
-  const Memory loaded = readMemory();
+  const Memory memoryAfterLoading = readMemory();
   showLaunchScreen(library, window.id());
-  const Memory shown = readMemory();
-  std::cout << R"({"load": )" << time << R"(, "resident": [)" << before.resident << ", "
-            << loaded.resident << ", " << shown.resident << R"(], "private": [)" << before.unshared
-            << ", " << loaded.unshared << ", " << shown.unshared << "]}\n";
+  const Memory memoryWithCover = readMemory();
+  std::cout << R"({"load": )" << time << R"(, "resident": [)" << memoryBefore.residentKibibytes
+            << ", " << memoryAfterLoading.residentKibibytes << ", "
+            << memoryWithCover.residentKibibytes << R"(], "private": [)"
+            << memoryBefore.privateKibibytes << ", " << memoryAfterLoading.privateKibibytes << ", "
+            << memoryWithCover.privateKibibytes << "]}\n";
   return 0;
 }

@@ -51,8 +51,8 @@ class SplashApplication final : public wxApp {
   }
 
   void showMeasuredWindow() {
-    // wxSplashScreen ignores its position unless it is centred. The measured window of every
-    // program is in the middle of the screen.
+    // A wxSplashScreen ignores its position. The other programs show their measured windows in the
+    // middle of the screen, too.
     splash_ = showWindow(wxSPLASH_CENTRE_ON_SCREEN,
                          wxRect(arguments.x, arguments.y, arguments.width, arguments.height));
     show_end = read_clock();
