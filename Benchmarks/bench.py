@@ -118,10 +118,10 @@ def measure_loading(quick, library):
 
 
 def strip_libraries():
-    """Strips the shared libraries. Returns {name: path}."""
+    """Strips the shared libraries with and without the X11 back end. Returns {name: path}."""
     paths = {}
-    for name in ("x11", "headless"):
-        library = next((ROOT / "build" / f"bench-{name}").glob("**/libVelLaunchScreen.so.*.*"), None)
+    for name, folder in (("x11", "benchmarks"), ("headless", "bench-headless")):
+        library = next((ROOT / "build" / folder).glob("libVelLaunchScreen.so.*.*"), None)
         if library:
             paths[name] = OUT / f"libVelLaunchScreen-{name}.so"
             subprocess.run(["strip", "-o", paths[name], library], check=True)

@@ -32,8 +32,8 @@ def target_sections(results):
     return ["## Targets\n\n" + MODES + "\n\nThe first figure is the library's. The second one is the "
             "other program's.",
             format_table(targets.HEAD, targets.user_targets(results)),
-            "## Targets that users do not notice\n\nThese operations take less than a millisecond. The "
-            "rows compare them with plain code.",
+            "## Targets that users do not notice\n\nOn an idle machine, each operation takes less than a "
+            "millisecond. The rows compare it with plain code.",
             format_table(targets.HEAD, targets.operation_targets(results))]
 
 
