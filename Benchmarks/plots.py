@@ -10,7 +10,8 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 from figures import NAMES, growth_exponent, spans  # noqa: E402
 
-COLORS = {"library": "#1f6feb", "plain": "#8b949e", "GLib": "#d29922", "Qt": "#3fb950"}
+COLORS = {"library": "#1f6feb", "plain": "#8b949e", "plain, observers kept alive": "#8250df",
+          "GLib": "#d29922", "Qt": "#3fb950"}
 OURS = "#1f6feb"
 OTHERS = "#8b949e"
 
