@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// An atomic strong property. Any thread may read and write it. `load` returns a reference of the
-/// caller's own, which later writes do not affect.
+/// An atomic strong property. Any thread may read and write it. `load` returns a new strong
+/// reference, which later writes do not affect.
 template <class T>
 class AtomicReference {
  public:

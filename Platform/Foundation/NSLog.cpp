@@ -71,13 +71,13 @@ void writeLogLine(std::string_view line) {
   std::size_t length = std::strftime(prefix, sizeof prefix, "%Y-%m-%d %H:%M:%S", &local);
   length += static_cast<std::size_t>(std::snprintf(prefix + length, sizeof prefix - length,
                                                    ".%03d ", static_cast<int>(milliseconds)));
-  std::string written(prefix, length);
-  written += program_invocation_short_name;
-  written += '[' + std::to_string(getpid()) + ':' + std::to_string(syscall(SYS_gettid)) + "] ";
-  written += line;
-  written += '\n';
+  std::string output(prefix, length);
+  output += program_invocation_short_name;
+  output += '[' + std::to_string(getpid()) + ':' + std::to_string(syscall(SYS_gettid)) + "] ";
+  output += line;
+  output += '\n';
   // One call for the whole line, so that the lines of several threads do not mix.
-  std::fwrite(written.data(), 1, written.size(), stderr);
+  std::fwrite(output.data(), 1, output.size(), stderr);
 }
 
 void detail::log(std::string_view line) {

@@ -19,8 +19,9 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 };
 
 /// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
-/// copy: if the loop's body changes the array, also for the last element, the loop throws
-/// `NSCollectionMutatedError`. An operation without effect is not a change. One thread at a time.
+/// copy: if the loop's body changes the array, even at the last element, the loop throws
+/// `NSCollectionMutatedError`. An operation that has no effect is not a change. One thread at a
+/// time.
 template <class T>
 class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
  public:
@@ -33,12 +34,12 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
 
   /// The index of the first equal object, or no value. An array never contains null.
   [[nodiscard]] std::optional<std::size_t> indexOfObject(const T* object) const {
-    const auto found = std::ranges::find_if(
-        objects_, [object](const Strong<T>& held) { return held->isEqual(object); });
-    if (object == nullptr || found == objects_.end()) {
+    const auto position = std::ranges::find_if(
+        objects_, [object](const Strong<T>& element) { return element->isEqual(object); });
+    if (object == nullptr || position == objects_.end()) {
       return std::nullopt;
     }
-    return static_cast<std::size_t>(found - objects_.begin());
+    return static_cast<std::size_t>(position - objects_.begin());
   }
   [[nodiscard]] bool containsObject(const T* object) const {
     return indexOfObject(object).has_value();
@@ -50,8 +51,8 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
   }
 
   void removeObjectAtIndex(std::size_t index) {
-    // The object is destroyed after the change: its destructor may use the array.
-    const Strong<T> removed = objects_.at(index);
+    // Destroys the object after the change: its destructor may use the array.
+    const Strong<T> object = objects_.at(index);
     ++mutations_;
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
   }
@@ -59,20 +60,20 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
   void removeAllObjects() {
     if (!objects_.empty()) {
       ++mutations_;
-      const std::vector<Strong<T>> removed = std::exchange(objects_, {});
+      const std::vector<Strong<T>> objects = std::exchange(objects_, {});
     }
   }
 
-  /// The end of an iteration.
+  /// The end of an iteration, for comparison with an iterator.
   struct End {};
 
-  /// An iterator. It returns strong references, which keep an element alive in the loop's body.
-  class Walk {
+  /// Returns strong references, which keep an element alive in the loop's body.
+  class Iterator {
    public:
-    explicit Walk(const NSMutableArray& array) : array_(array), mutations_(array.mutations_) {}
+    explicit Iterator(const NSMutableArray& array) : array_(array), mutations_(array.mutations_) {}
 
     Strong<T> operator*() const { return array_.objects_[index_]; }
-    Walk& operator++() {
+    Iterator& operator++() {
       if (array_.mutations_ != mutations_) {
         throw NSCollectionMutatedError();
       }
@@ -87,7 +88,7 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
     std::size_t mutations_;
   };
 
-  [[nodiscard]] Walk begin() const { return Walk(*this); }
+  [[nodiscard]] Iterator begin() const { return Iterator(*this); }
   [[nodiscard]] End end() const { return {}; }
 
  private:

@@ -15,8 +15,8 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
 }
 
 NSNotificationCenter::Topic* NSNotificationCenter::find(NSNotificationName name) {
-  const auto found = std::ranges::find(topics_, name, &Topic::name);
-  return found == topics_.end() ? nullptr : &*found;
+  const auto topic = std::ranges::find(topics_, name, &Topic::name);
+  return topic == topics_.end() ? nullptr : &*topic;
 }
 
 void NSNotificationCenter::add(NSNotificationName name, Registration registration) {
@@ -36,23 +36,23 @@ void NSNotificationCenter::removeObserver(const NSObject* observer) {
   for (Topic& topic : topics_) {
     for (Entry& entry : topic.entries) {
       if (entry.registration.identity == observer) {
-        entry.removed = true;
-        needsSweep_ = true;
+        entry.isRemoved = true;
+        hasRemovedEntries_ = true;
       }
     }
   }
-  sweep();
+  eraseRemovedEntries();
 }
 
 void NSNotificationCenter::removeAllObservers() {
   const std::scoped_lock lock(mutex_);
   for (Topic& topic : topics_) {
     for (Entry& entry : topic.entries) {
-      entry.removed = true;
-      needsSweep_ = true;
+      entry.isRemoved = true;
+      hasRemovedEntries_ = true;
     }
   }
-  sweep();
+  eraseRemovedEntries();
 }
 
 std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
@@ -60,7 +60,7 @@ std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
   std::ptrdiff_t count = 0;
   for (const Topic& topic : topics_) {
     count += std::ranges::count_if(topic.entries, [observer](const Entry& entry) {
-      return !entry.removed && entry.registration.identity == observer;
+      return !entry.isRemoved && entry.registration.identity == observer;
     });
   }
   return static_cast<std::size_t>(count);
@@ -74,13 +74,13 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
     return;
   }
   auto entry = topic->entries.begin();
-  const auto last = std::prev(topic->entries.end());  // the post does not reach later additions
+  const auto last = std::prev(topic->entries.end());  // entries added later are not called
   struct PostScope : NonCopyable {
-    explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.posts_; }
+    explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }
     ~PostScope() {
-      if (--center.posts_ == 0 && center.needsSweep_) {
-        const std::scoped_lock again(center.mutex_);
-        center.sweep();
+      if (--center.runningPosts_ == 0 && center.hasRemovedEntries_) {
+        const std::scoped_lock centerLock(center.mutex_);
+        center.eraseRemovedEntries();
       }
     }
     NSNotificationCenter& center;
@@ -91,7 +91,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   const auto notification = NSNotification::initWithNameObject(name, std::move(object));
   for (;; ++entry) {
     const Registration& registration = entry->registration;
-    if (!entry->removed && (registration.object == nullptr || registration.object == sender)) {
+    if (!entry->isRemoved && (registration.object == nullptr || registration.object == sender)) {
       if (const Strong<NSObject> observer = registration.observer.lock()) {
         registration.callout(*observer, notification);
       }
@@ -103,13 +103,13 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
 }
 
 // The caller holds the lock.
-void NSNotificationCenter::sweep() {
-  if (posts_ > 0 || !needsSweep_) {
+void NSNotificationCenter::eraseRemovedEntries() {
+  if (runningPosts_ > 0 || !hasRemovedEntries_) {
     return;
   }
-  needsSweep_ = false;
+  hasRemovedEntries_ = false;
   for (Topic& topic : topics_) {
-    std::erase_if(topic.entries, [](const Entry& entry) { return entry.removed.load(); });
+    std::erase_if(topic.entries, [](const Entry& entry) { return entry.isRemoved.load(); });
   }
 }
 

@@ -19,10 +19,10 @@ class VEL_EXPORT NSNotificationCenter {
   /// The centre to which the platform posts.
   static NSNotificationCenter& defaultCenter();
 
-  /// Registers `observer` for the notifications of that name that concern `object`, or any object
-  /// if `object` is null: `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name,
-  /// nullptr)`. An observer that is registered twice receives a notification twice. Ignores a null
-  /// observer.
+  /// Registers `observer` for notifications with this name and object. If `object` is null,
+  /// registers it for notifications with any object. Example:
+  /// `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name, nullptr)`. An
+  /// observer that is registered twice receives a notification twice. Ignores a null observer.
   template <auto Selector, class Observer>
   void addObserverSelectorNameObject(const Strong<Observer>& observer, NSNotificationName name,
                                      const Strong<NSObject>& object) {
@@ -59,26 +59,26 @@ class VEL_EXPORT NSNotificationCenter {
   };
   /// A registration in its topic's list. It stays in the list while a post is in progress.
   struct Entry {
-    explicit Entry(Registration given) : registration(std::move(given)) {}
+    explicit Entry(Registration newRegistration) : registration(std::move(newRegistration)) {}
     Registration registration;
-    std::atomic<bool> removed = false;
+    std::atomic<bool> isRemoved = false;
   };
   struct Topic {
-    explicit Topic(NSNotificationName given) : name(given) {}
+    explicit Topic(NSNotificationName newName) : name(newName) {}
     std::string name;
     std::list<Entry> entries;
   };
 
   void add(NSNotificationName name, Registration registration);
   [[nodiscard]] Topic* find(NSNotificationName name);
-  void sweep();
+  void eraseRemovedEntries();
 
   std::mutex mutex_;
   std::list<Topic> topics_;
   // The number of posts in progress. During a post, entries are only appended or marked as removed,
   // so the post can iterate without the lock.
-  std::atomic<std::size_t> posts_ = 0;
-  std::atomic<bool> needsSweep_ = false;
+  std::atomic<std::size_t> runningPosts_ = 0;
+  std::atomic<bool> hasRemovedEntries_ = false;
 };
 
 }  // namespace vel

@@ -9,7 +9,7 @@
 
 namespace vel {
 
-/// An immutable number. It keeps the type in which it was given.
+/// An immutable number. Keeps the type of the value that it was made from.
 class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
  public:
   using Value = std::variant<std::int64_t, std::uint64_t, double>;

@@ -27,7 +27,7 @@ struct ClassName {
 class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
                             public std::enable_shared_from_this<NSObject> {
  public:
-  /// Identity. A class with an equality of its own overrides it.
+  /// Compares identity. A class that defines another equality overrides this operation.
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override {
     return other == static_cast<const NSObjectProtocol*>(this);
   }
@@ -37,15 +37,15 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
-/// `className` returns the name, and class tests compare it exactly. `make` rejects a class without
-/// a head of its own.
+/// `className` returns the name. Code that tests for a class by its name compares the whole name.
+/// `make` rejects a class without a head of its own.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:
   using Superclass::Superclass;
   using NamedClass = Self;
 
-  /// The name of the class, without an object.
+  /// The name of the class. Needs no object.
   static constexpr std::string_view staticClassName() { return Name.view(); }
   [[nodiscard]] std::string_view className() const override { return Name.view(); }
 
@@ -55,7 +55,7 @@ class Class : public Superclass, public Adopts<Self, Protocols>... {
   }
 };
 
-/// Makes an object of class T. Every object is made here.
+/// Makes an object of class T. This is the only way to make an object.
 template <class T, class... Arguments>
 [[nodiscard]] Strong<T> make(Arguments&&... arguments) {
   static_assert(

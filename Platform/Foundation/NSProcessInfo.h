@@ -17,7 +17,7 @@ struct NSOperatingSystemVersion {
 /// Information about the operating system. Main thread.
 class VEL_EXPORT NSProcessInfo {
  public:
-  /// The version of macOS that the library behaves like. 15.0.0 unless it is set.
+  /// The version of macOS whose behaviour the library follows. The default is 15.0.0.
   static NSOperatingSystemVersion operatingSystemVersion();
   static void setOperatingSystemVersion(NSOperatingSystemVersion version);
 

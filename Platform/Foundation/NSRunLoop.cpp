@@ -16,16 +16,17 @@ bool firesIn(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-// The bits of `wakeState_`, by which other threads know what the loop does.
+// The bits of `wakeState_`. Other threads read them to decide whether they must end a wait.
 constexpr unsigned kIdle = 1;   // between passes: a wake-up has to end a wait
 constexpr unsigned kWoken = 2;  // a wake-up has come since the pass began
 
-/// Counts a running pass. At the end of the pass, drains what was added to the release pool in it.
+/// Counts a running pass. At the end of the pass, releases the objects that the pass has added to
+/// the release pool.
 class PassScope : NonCopyable {
  public:
   explicit PassScope(std::size_t& runningPasses)
       : runningPasses_(runningPasses), pool_(ReleasePool::current()) {
-    // The outermost pass also drains what was added before it began.
+    // The outermost pass also releases the objects that were added before it began.
     mark_ = runningPasses_++ == 0 ? 0 : pool_.size();
   }
   ~PassScope() {
@@ -93,7 +94,7 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
     return;
   }
   if (timer->modes_ == 0) {
-    timer->order_ = scheduled_++;
+    timer->order_ = nextTimerOrder_++;
     timers_.insert(timer);
   }
   timer->modes_ |= static_cast<std::uint8_t>(mode);
@@ -101,8 +102,8 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // The main thread is not waiting now. A running pass computes the next deadline when it ends, so
-  // only a host that polls the descriptor between two passes needs a wake-up.
+  // On the main thread, no wait is in progress. A running pass computes the next deadline when it
+  // ends. So only a host that polls the descriptor between two passes needs a wake-up.
   if (NSThread::isMainThread() && (runningPasses_ > 0 || !isPolled_)) {
     return;
   }
@@ -125,7 +126,7 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// From here on a wake-up ends a wait. Returns false if one has come since the pass began.
+// From now on, a wake-up ends a wait. Returns false if a wake-up has come since the pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIdle) & kWoken) == 0; }
 
 void NSRunLoop::updateDescriptor(Nanoseconds deadline) {
@@ -137,11 +138,11 @@ void NSRunLoop::updateDescriptor(Nanoseconds deadline) {
 
 void NSRunLoop::remove(NSTimer& timer) {
   if (timer.modes_ == 0) {
-    return;  // never scheduled; another thread may have made it
+    return;  // never scheduled: the timer may belong to another thread
   }
-  const auto found = timers_.find(timer.self());
-  if (found != timers_.end() && found->get() == &timer) {
-    timers_.erase(found);
+  const auto position = timers_.find(timer.self());
+  if (position != timers_.end() && position->get() == &timer) {
+    timers_.erase(position);
   }
 }
 
@@ -155,54 +156,54 @@ void NSRunLoop::invalidateTimers() {
 NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const {
   // A timer does not fire while the call of its own target is running.
   return std::ranges::find_if(timers_, [mode](const Strong<NSTimer>& timer) {
-    return firesIn(timer->modes_, mode) && !timer->firing_;
+    return firesIn(timer->modes_, mode) && !timer->isFiring_;
   });
 }
 
 bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   auto next = nextTimer(mode);
   if (next == timers_.end()) {
-    return false;  // an idle pass does not read the clock
+    return false;  // without reading the clock, so that an idle pass is fast
   }
-  bool fired = false;
-  const Nanoseconds began = now();
-  Nanoseconds current = began;
-  for (; next != timers_.end() && (*next)->fireDate_ <= began; next = nextTimer(mode)) {
-    if (std::exchange(fired, true)) {
-      current = now();  // the previous timer's target may have taken long
+  bool hasFired = false;
+  const Nanoseconds startTime = now();
+  Nanoseconds currentTime = startTime;
+  for (; next != timers_.end() && (*next)->fireDate_ <= startTime; next = nextTimer(mode)) {
+    if (std::exchange(hasFired, true)) {
+      currentTime = now();  // the target of the previous timer may have been slow
     }
-    // A reference of our own: the target may invalidate the timer.
+    // The copy keeps the timer alive: its target may invalidate it.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Strong<NSTimer> timer = *next;
     if (timer->repeats_) {
-      advance(next, current);
+      advance(next, currentTime);
     }
     timer->fire();
   }
-  return fired;
+  return hasFired;
 }
 
 // Sets the next fire date of a repeating timer and reorders it, before its target is called.
-void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds current) {
+void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds currentTime) {
   auto node = timers_.extract(position);
-  node.value()->advance(current);
+  node.value()->advance(currentTime);
   timers_.insert(std::move(node));
 }
 
 bool NSRunLoop::runPass(NSRunLoopMode mode) {
   const PassScope scope(runningPasses_);
   beginPass();
-  bool did = fireTimers(mode);
+  bool hasWorked = fireTimers(mode);
   if (windowSystem_ != nullptr) {
-    did |= windowSystem_->deliver();
+    hasWorked |= windowSystem_->deliver();
   }
   if (mainQueue_ != nullptr) {
-    did |= mainQueue_->deliver();
+    hasWorked |= mainQueue_->deliver();
   }
   if (isPolled_) {
     updateDescriptor(nextDeadline(mode));
   }
-  return did;
+  return hasWorked;
 }
 
 Nanoseconds NSRunLoop::nextDeadline(NSRunLoopMode mode) const {
@@ -224,7 +225,7 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
   }
   const bool canEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
   if (!isPolled_) {
-    wakeState_.fetch_and(~kIdle);  // nobody waits until the next pass, which serves all wake-ups
+    wakeState_.fetch_and(~kIdle);  // no wait before the next pass, which serves all wake-ups
   }
   if (!canEnd) {
     throw NothingToWaitFor("a wait in virtual time with nothing scheduled; " +
@@ -239,7 +240,8 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // What is due only after the end does not count: a timer that is always late would go on forever.
+  // A timer whose target takes longer than its interval is always due. So this loop ignores what
+  // becomes due after the end.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);
@@ -257,7 +259,7 @@ std::string NSRunLoop::describePending(NSRunLoopMode mode) const {
   for (const Strong<NSTimer>& timer : timers_) {
     text += "\n  at " + std::to_string(timer->fireDate_) + " ns, target " +
             std::string(timer->target() ? timer->target()->className() : "null") +
-            (timer->firing_ ? ", firing now" : "") +
+            (timer->isFiring_ ? ", firing now" : "") +
             (firesIn(timer->modes_, mode) ? "" : ", not in this mode");
   }
   for (const RunLoopSource* source : {windowSystem_, mainQueue_}) {

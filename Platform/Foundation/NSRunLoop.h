@@ -18,16 +18,17 @@ namespace vel {
 
 class WaitSet;
 
-/// Something that a pass of the run loop serves besides its timers. Main thread.
+/// A source of events or work. Each pass of the run loop serves its sources after the timers. Main
+/// thread.
 class VEL_EXPORT RunLoopSource : NonCopyable {
  public:
   virtual ~RunLoopSource() = default;
 
-  /// Delivers everything that is due. Returns whether anything was.
+  /// Delivers everything that is due. Returns true if anything was due.
   virtual bool deliver() = 0;
   /// When something will be due: 0 if something is due already, `kNever` if that is unknown.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
-  /// What is pending, one line for each, for the text of an error.
+  /// Describes what is pending, one line for each item, for an error message.
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
@@ -52,7 +53,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// timers. Throws `std::system_error`, and changes nothing, if the process has no descriptors
   /// left.
   void useRealTime();
-  /// Replaces the clock by one that waits for nothing but its deadline, such as a `VirtualClock`.
+  /// Replaces the clock by one that waits only for its deadline, such as a `VirtualClock`.
   /// Invalidates all timers.
   void setClock(std::unique_ptr<Clock> clock);
   [[nodiscard]] Clock& clock() { return *clock_; }
@@ -67,10 +68,11 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   void setMode(NSRunLoopMode mode) { mode_ = mode; }
   [[nodiscard]] NSRunLoopMode mode() const { return mode_; }
 
-  /// Lets the timer fire in one more mode. Ignores null and an invalid timer.
+  /// Lets the timer fire in `mode`, in addition to its other modes. Ignores null and an invalid
+  /// timer.
   void addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode);
 
-  /// Runs one pass. Returns whether it did anything. Never waits for an event, but may block for a
+  /// Runs one pass. Returns true if it did anything. Never waits for an event, but may block for a
   /// round trip to the display server.
   bool runPass(NSRunLoopMode mode);
   /// Runs one pass in the loop's mode. A game calls this once a frame.
@@ -78,7 +80,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// Runs one pass. If it did nothing, waits for the next deadline or event, but at most until
   /// `limit`.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);
-  /// Runs passes until `limit` has come and nothing more is due at that moment.
+  /// Runs passes until `limit`. Also runs everything that is due at `limit`.
   void runUntilDate(Nanoseconds limit);
   /// Runs passes until `isDone` returns true. Calls it before each pass.
   void runUntil(const std::function<bool()>& isDone);
@@ -90,8 +92,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// virtual time. Valid until the clock is replaced. After the first call every pass keeps the
   /// descriptor up to date.
   [[nodiscard]] int descriptor();
-  /// Lets input on `handle` end a wait; an invalid handle ends the watching. There is one handle at
-  /// a time. Virtual time ignores it.
+  /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
+  /// removes it. Has no effect in virtual time.
   void watch(WaitHandle handle);
 
   /// Ends a wait of the loop, and makes the descriptor readable. Any thread.
@@ -130,15 +132,15 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   void wait(NSRunLoopMode mode, Nanoseconds limit);
   [[nodiscard]] std::string describePending(NSRunLoopMode mode) const;
 
-  std::unique_ptr<WaitSet> waitSet_;  // null unless time is real
+  std::unique_ptr<WaitSet> waitSet_;  // null in virtual time
   std::unique_ptr<Clock> clock_;
   RunLoopSource* windowSystem_ = nullptr;
   RunLoopSource* mainQueue_ = nullptr;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
   Timers timers_;
-  std::uint64_t scheduled_ = 0;
+  std::uint64_t nextTimerOrder_ = 0;
   std::size_t runningPasses_ = 0;  // a pass may run a nested loop
-  bool isPolled_ = false;          // by a host that uses the descriptor
+  bool isPolled_ = false;          // true if a host polls the descriptor
   std::atomic<unsigned> wakeState_ = 0;
 };
 

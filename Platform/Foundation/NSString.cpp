@@ -13,7 +13,7 @@ constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-std::size_t digitsFrom(std::string_view text, std::size_t start) {
+std::size_t countDigits(std::string_view text, std::size_t start) {
   std::size_t end = start;
   while (end < text.size() && isDigit(text[end])) {
     ++end;
@@ -22,11 +22,11 @@ std::size_t digitsFrom(std::string_view text, std::size_t start) {
 }
 
 // The length of the unsigned decimal number at the start of the text. 0 if there is none.
-std::size_t decimalPrefix(std::string_view text) {
-  std::size_t end = digitsFrom(text, 0);
+std::size_t decimalPrefixLength(std::string_view text) {
+  std::size_t end = countDigits(text, 0);
   std::size_t digits = end;
   if (end < text.size() && text[end] == '.') {
-    const std::size_t fraction = digitsFrom(text, end + 1);
+    const std::size_t fraction = countDigits(text, end + 1);
     digits += fraction;
     end += 1 + fraction;
   }
@@ -38,16 +38,16 @@ std::size_t decimalPrefix(std::string_view text) {
     if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) {
       ++exponent;
     }
-    if (const std::size_t count = digitsFrom(text, exponent); count > 0) {
+    if (const std::size_t count = countDigits(text, exponent); count > 0) {
       end = exponent + count;
     }
   }
   return end;
 }
 
-// Whether a number that is out of a float's range is too large, and not too small. The position of
-// its first nonzero digit and its exponent decide.
-bool isLarge(std::string_view number) {
+// For a number that is out of a float's range: returns true if it is too large, and false if it is
+// too small. `std::from_chars` does not distinguish the two.
+bool isTooLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);
   const std::size_t first = mantissa.find_first_of("123456789");
@@ -57,14 +57,14 @@ bool isLarge(std::string_view number) {
   const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
   const auto place = static_cast<long long>(point) - static_cast<long long>(first);
   std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
-  const bool negative = exponent.starts_with('-');
-  exponent.remove_prefix(exponent.starts_with('+') || negative ? 1 : 0);
+  const bool isNegative = exponent.starts_with('-');
+  exponent.remove_prefix(exponent.starts_with('+') || isNegative ? 1 : 0);
   long long magnitude = 0;
   if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), magnitude).ec ==
       std::errc::result_out_of_range) {
-    return !negative;
+    return !isNegative;
   }
-  return place > (negative ? magnitude : -magnitude);
+  return place > (isNegative ? magnitude : -magnitude);
 }
 
 }  // namespace
@@ -77,18 +77,18 @@ bool NSString::isEqual(const NSObjectProtocol* other) const {
 float NSString::floatValue() const {
   std::string_view text = text_;
   text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
-  const bool negative = text.starts_with('-');
-  text.remove_prefix(text.starts_with('+') || negative ? 1 : 0);
-  const std::string_view number = text.substr(0, decimalPrefix(text));
+  const bool isNegative = text.starts_with('-');
+  text.remove_prefix(text.starts_with('+') || isNegative ? 1 : 0);
+  const std::string_view number = text.substr(0, decimalPrefixLength(text));
   if (number.empty()) {
     return 0;
   }
   float value = 0;
   if (std::from_chars(number.data(), number.data() + number.size(), value).ec ==
       std::errc::result_out_of_range) {
-    value = isLarge(number) ? std::numeric_limits<float>::infinity() : 0;
+    value = isTooLarge(number) ? std::numeric_limits<float>::infinity() : 0;
   }
-  return negative ? -value : value;
+  return isNegative ? -value : value;
 }
 
 }  // namespace vel

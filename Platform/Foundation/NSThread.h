@@ -4,14 +4,14 @@
 
 namespace vel {
 
-/// Knows which thread is the main thread.
+/// Identifies the main thread.
 class VEL_EXPORT NSThread {
  public:
-  /// Whether the caller runs on the main thread. This is the thread that loaded the library, until
-  /// another thread calls `becomeMainThread`.
+  /// Returns true if the caller runs on the main thread. The main thread is the thread that loaded
+  /// the library, until another thread calls `becomeMainThread`.
   static bool isMainThread();
   /// Makes the calling thread the main thread, for hosts that open their windows on another thread.
-  /// No part of the platform may be in use.
+  /// No part of the platform may be in use during the call.
   static void becomeMainThread();
 };
 

@@ -37,13 +37,13 @@ Strong<NSTimer> NSTimer::schedule(double interval, Strong<NSObject> target, bool
 }
 
 void NSTimer::invalidate() {
-  if (!valid_) {
+  if (!isValid_) {
     return;
   }
-  valid_ = false;
-  const Strong<NSTimer> keptAlive = self();  // the loop may hold the last reference
+  isValid_ = false;
+  const Strong<NSTimer> timer = self();  // keeps the timer alive: the loop may own it alone
   NSRunLoop::mainRunLoop().remove(*this);
-  const Strong<NSObject> released = std::move(target_);
+  const Strong<NSObject> target = std::move(target_);
 }
 
 void NSTimer::advance(Nanoseconds now) {
@@ -56,10 +56,10 @@ void NSTimer::fire() {
     invalidate();
   }
   struct FiringScope : NonCopyable {
-    explicit FiringScope(bool& firing) : isFiring(firing) { isFiring = true; }
+    explicit FiringScope(bool& flag) : isFiring(flag) { isFiring = true; }
     ~FiringScope() { isFiring = false; }
     bool& isFiring;
-  } const scope(firing_);
+  } const scope(isFiring_);
   if (target != nullptr) {
     callout_(*target, *this);
   }

@@ -43,7 +43,7 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   }
 
   /// False after `invalidate`, and after a timer that does not repeat has fired.
-  [[nodiscard]] bool isValid() const { return valid_; }
+  [[nodiscard]] bool isValid() const { return isValid_; }
   /// Ends the timer and releases its target. Does nothing if the timer is invalid.
   void invalidate();
   /// When the timer fires next, on the run loop's clock.
@@ -65,8 +65,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   Nanoseconds fireDate_;
   Nanoseconds interval_;
   bool repeats_;
-  bool valid_ = true;
-  bool firing_ = false;
+  bool isValid_ = true;
+  bool isFiring_ = false;
   Strong<NSObject> target_;
   Callout callout_;
   // Set by the run loop: the modes in which the timer fires, and its place among timers with the

@@ -17,18 +17,20 @@ namespace vel {
 template <class T>
 using Strong = std::shared_ptr<T>;
 
-/// A reference that does not keep its object alive. Its `lock` returns null after the object's end.
+/// A reference that does not keep its object alive. Its `lock` returns null after the object is
+/// destroyed.
 template <class T>
 using Weak = std::weak_ptr<T>;
 
-/// What every object has, whatever its class; the root of all protocols.
+/// The root of all protocols: the operations of every object.
 class VEL_EXPORT NSObjectProtocol : public NonCopyable {
  public:
   virtual ~NSObjectProtocol() = default;
 
   /// The name of the object's class, as its class head gives it.
   [[nodiscard]] virtual std::string_view className() const = 0;
-  /// Equality as the object defines it. Null equals no object.
+  /// Returns true if the objects are equal; each class defines what this means. Returns false for
+  /// null.
   [[nodiscard]] virtual bool isEqual(const NSObjectProtocol* other) const = 0;
 };
 
@@ -61,14 +63,14 @@ struct Constant {};
 template <auto Wanted, auto... Listed>
 consteval std::size_t indexOf(Operations<Listed...>) {
   std::size_t index = 0;
-  const bool found =
+  const bool isFound =
       ((std::is_same_v<Constant<Wanted>, Constant<Listed>> || (++index, false)) || ...);
-  return found ? index : OperationSet().size();
+  return isFound ? index : OperationSet().size();
 }
 
 // For an operation that the adopter does not override, both lists name the protocol's own member.
 template <auto... Declared, auto... Adopted>
-constexpr OperationSet overridden(Operations<Declared...>, Operations<Adopted...>) {
+constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<Adopted...>) {
   unsigned long bits = 0;
   unsigned index = 0;
   ((bits |= (std::is_same_v<Constant<Declared>, Constant<Adopted>> ? 0UL : 1UL) << index++), ...);
@@ -91,7 +93,7 @@ struct ProtocolOf<R (P::*)(A...) const> {
 
 }  // namespace detail
 
-/// Adopts protocol P for class Self. A class head uses it.
+/// A base class that adopts protocol P for class Self. `Class` derives from it.
 template <class Self, class P>
 class Adopts : public P {};
 
@@ -100,15 +102,15 @@ class Adopts<Self, P> : public P {
  public:
   [[nodiscard]] OperationSet respondingOperations() const override {
     static_assert(std::is_final_v<Self>,
-                  "a class that adopts a protocol with optional operations must be final: what a "
-                  "subclass overrides would not be found");
-    return detail::overridden(typename P::template Optional<P>(),
-                              typename P::template Optional<Self>());
+                  "a class that adopts a protocol with optional operations must be final: the "
+                  "overrides of a subclass would not be found");
+    return detail::overriddenOperations(typename P::template Optional<P>(),
+                                        typename P::template Optional<Self>());
   }
 };
 
-/// Whether the object has the optional operation: `respondsTo<&P::operation>(delegate)`. False for
-/// null.
+/// Returns true if the object has the optional operation: `respondsTo<&P::operation>(delegate)`.
+/// Returns false for null.
 template <auto Operation, class P>
 [[nodiscard]] bool respondsTo(const Strong<P>& object) {
   using Declaring = typename detail::ProtocolOf<decltype(Operation)>::Type;
@@ -126,7 +128,8 @@ template <class P, class T>
   return std::dynamic_pointer_cast<P>(object);
 }
 
-/// Whether the object's class declares that it adopts P. Having P's operations is not enough.
+/// Returns true if the object's class declares that it adopts P. A class that has P's operations
+/// but does not declare P does not conform to it.
 template <class P, class T>
 [[nodiscard]] bool conformsTo(const Strong<T>& object) {
   return dynamic_cast<const P*>(object.get()) != nullptr;

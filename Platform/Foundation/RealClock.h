@@ -5,7 +5,7 @@
 
 namespace vel {
 
-/// The machine's steady clock. Its waits are those of a wait set, which must outlive it.
+/// The machine's steady clock. It waits on a wait set, which must outlive it.
 class RealClock final : public Clock {
  public:
   explicit RealClock(WaitSet& waitSet) : waitSet_(waitSet) {}

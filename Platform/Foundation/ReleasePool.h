@@ -16,7 +16,8 @@ namespace vel {
 class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;
-  /// Drains here, while the pool still works: the destructor of an object may add more objects.
+  /// Releases all objects while the pool can still be used: the destructor of an object may add
+  /// more objects.
   ~ReleasePool() { drainTo(0); }
 
   /// The pool of the calling thread.
@@ -25,10 +26,10 @@ class VEL_EXPORT ReleasePool : NonCopyable {
   /// Keeps `object` alive until the pool is drained.
   void add(Strong<const NSObjectProtocol> object) { objects_.push_back(std::move(object)); }
 
-  /// How many objects the pool holds. `drainTo` takes this number as a mark.
+  /// The number of objects in the pool. Pass it to `drainTo` as a mark.
   [[nodiscard]] std::size_t size() const { return objects_.size(); }
 
-  /// Releases the objects that were added since `size` returned `mark`, oldest first.
+  /// Releases the objects that were added after `size` returned `mark`, oldest first.
   void drainTo(std::size_t mark);
 
  private:

@@ -9,12 +9,12 @@ namespace vel {
 class NSObject;
 class NSTimer;
 
-/// Follows the timers of the run loop. Main thread.
+/// Observes the timers of the run loop. Main thread.
 class VEL_EXPORT TimerObserver : NonCopyable {
  public:
   virtual ~TimerObserver() = default;
 
-  /// A timer's call of its target has returned.
+  /// Called after `timer` has fired and the call of its target has returned.
   virtual void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) {}
 };
 

@@ -2,8 +2,8 @@
 
 namespace vel {
 
-/// Something of the operating system whose input can end a wait, such as the connection to a
-/// display server. On POSIX systems this is a file descriptor. The handle does not own it.
+/// Identifies an input of the operating system that can end a wait, such as the connection to a
+/// display server. On POSIX systems it contains a file descriptor, which it does not own.
 class WaitHandle {
  public:
   /// An invalid handle: there is nothing to wait for.

@@ -8,27 +8,29 @@
 
 namespace vel {
 
-/// What the run loop waits for in real time: a deadline, wake-ups from other threads, and input on
-/// one watched handle. The run loop owns it. Each operating system has its own implementation, and
-/// CMake chooses it. Any thread may call `wake`; the rest belongs to the main thread.
+/// The things that the run loop waits for in real time: a deadline, wake-ups from other threads,
+/// and input on one watched handle. The run loop owns it. Each operating system has its own
+/// implementation, and CMake chooses it. Any thread may call `wake`. All other operations run on
+/// the main thread.
 class WaitSet : NonCopyable {
  public:
   virtual ~WaitSet() = default;
 
-  /// Replaces the watched handle. An invalid handle ends the watching.
+  /// Replaces the watched handle. An invalid handle only removes the previous one.
   virtual void watch(WaitHandle handle) = 0;
   /// Replaces the deadline, a moment of the steady clock. `kNever` removes it.
   virtual void setDeadline(Nanoseconds deadline) = 0;
   /// Blocks until the deadline, a wake-up or input. May also return early, after a signal.
   virtual void wait() = 0;
 
-  /// Ends the current or next wait, and every later one until `acknowledgeWakeUps`.
+  /// Ends the current or next wait, and every later wait until `acknowledgeWakeUps` is called.
   virtual void wake() = 0;
-  /// Makes the earlier wake-ups end no further wait. A wake-up during this call counts as earlier.
+  /// Clears the earlier wake-ups, so that they end no further wait. May also clear a wake-up that
+  /// comes during this call.
   virtual void acknowledgeWakeUps() = 0;
 
   /// A descriptor for a host's own `poll`. It is readable exactly when `wait` would return at once.
-  /// -1 on a system without descriptors.
+  /// Returns -1 on a system without descriptors.
   [[nodiscard]] virtual int descriptor() const = 0;
 };
 

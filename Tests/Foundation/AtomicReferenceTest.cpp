@@ -12,70 +12,74 @@
 namespace vel::test {
 namespace {
 
-class Mortal final : public Class<Mortal, "Mortal"> {
+/// An object that runs `onDestruction` in its destructor. Its two numbers match unless another
+/// thread destroys the object while it is read.
+class TestObject final : public Class<TestObject, "TestObject"> {
  public:
-  explicit Mortal(int number, std::function<void()> dying = nullptr)
-      : number_(number), complement_(-number), dying_(std::move(dying)) {}
-  ~Mortal() override {
-    if (dying_) {
-      dying_();
+  explicit TestObject(int number, std::function<void()> onDestruction = nullptr)
+      : number_(number), complement_(-number), onDestruction_(std::move(onDestruction)) {}
+  ~TestObject() override {
+    if (onDestruction_) {
+      onDestruction_();
     }
   }
-  [[nodiscard]] bool isWhole() const { return number_ + complement_ == 0; }
+  [[nodiscard]] bool isConsistent() const { return number_ + complement_ == 0; }
 
  private:
   int number_;
   int complement_;
-  std::function<void()> dying_;
+  std::function<void()> onDestruction_;
 };
 
-TEST(AtomicReferenceTest, IsNullAtFirst) { EXPECT_EQ(AtomicReference<Mortal>().load(), nullptr); }
+TEST(AtomicReferenceTest, IsNullAtFirst) {
+  EXPECT_EQ(AtomicReference<TestObject>().load(), nullptr);
+}
 
 TEST(AtomicReferenceTest, LoadReturnsTheLastStoredObject) {
-  AtomicReference<Mortal> property;
-  const auto object = make<Mortal>(1);
-  property.store(make<Mortal>(0));
+  AtomicReference<TestObject> property;
+  const auto object = make<TestObject>(1);
+  property.store(make<TestObject>(0));
   property.store(object);
   EXPECT_EQ(property.load(), object);
 }
 
 TEST(AtomicReferenceTest, OwnsItsObject) {
-  AtomicReference<Mortal> property;
-  auto object = make<Mortal>(1);
-  const Weak<Mortal> seen = object;
+  AtomicReference<TestObject> property;
+  auto object = make<TestObject>(1);
+  const Weak<TestObject> weakReference = object;
   property.store(std::move(object));
-  EXPECT_FALSE(seen.expired());
+  EXPECT_FALSE(weakReference.expired());
   property.store(nullptr);
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakReference.expired());
 }
 
-TEST(AtomicReferenceTest, ALoadedReferenceOutlivesALaterStore) {
-  AtomicReference<Mortal> property;
-  property.store(make<Mortal>(1));
-  const Strong<Mortal> read = property.load();
+TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAfterALaterStore) {
+  AtomicReference<TestObject> property;
+  property.store(make<TestObject>(1));
+  const Strong<TestObject> loadedObject = property.load();
   property.store(nullptr);
-  EXPECT_TRUE(read->isWhole());
+  EXPECT_TRUE(loadedObject->isConsistent());
 }
 
 TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
-  AtomicReference<Mortal> property;
-  Strong<Mortal> seenByTheDying;
-  const auto next = make<Mortal>(2);
-  // If the lock were held, the read in the destructor would block for ever.
-  property.store(make<Mortal>(1, [&] { seenByTheDying = property.load(); }));
+  AtomicReference<TestObject> property;
+  Strong<TestObject> referenceInDestructor;
+  const auto next = make<TestObject>(2);
+  // If the lock were held, the read in the destructor would block forever.
+  property.store(make<TestObject>(1, [&] { referenceInDestructor = property.load(); }));
   property.store(next);
-  EXPECT_EQ(seenByTheDying, next);
+  EXPECT_EQ(referenceInDestructor, next);
 }
 
 TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
-  AtomicReference<Mortal> property;
-  property.store(make<Mortal>(0));
-  std::atomic<bool> broken = false;
+  AtomicReference<TestObject> property;
+  property.store(make<TestObject>(0));
+  std::atomic<bool> isBroken = false;
   const auto work = [&](int start) {
     for (int number = start; number < start + 2000; ++number) {
-      property.store(make<Mortal>(number));
-      if (!property.load()->isWhole()) {
-        broken = true;
+      property.store(make<TestObject>(number));
+      if (!property.load()->isConsistent()) {
+        isBroken = true;
       }
     }
   };
@@ -83,12 +87,12 @@ TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
   std::thread second(work, 10'000);
   first.join();
   second.join();
-  EXPECT_FALSE(broken);
+  EXPECT_FALSE(isBroken);
 }
 
 TEST(WeakTest, DoesNotKeepItsObjectAliveAndReturnsNullAfterwards) {
-  auto object = make<Mortal>(1);
-  const Weak<Mortal> reference = object;
+  auto object = make<TestObject>(1);
+  const Weak<TestObject> reference = object;
   EXPECT_EQ(reference.lock(), object);
   object.reset();
   EXPECT_EQ(reference.lock(), nullptr);

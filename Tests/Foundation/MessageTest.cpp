@@ -28,16 +28,16 @@ class Player : public Class<Player, "Player"> {
   }
   void act(const std::function<void()>& during) {
     during();
-    acted_ = true;
+    hasActed_ = true;
   }
-  [[nodiscard]] bool acted() const { return acted_; }
+  [[nodiscard]] bool hasActed() const { return hasActed_; }
   [[nodiscard]] const Strong<Player>& partnerInPlace() const { return partner_; }
-  [[nodiscard]] std::int32_t& pointsInPlace() { return counted_; }
+  [[nodiscard]] std::int32_t& pointsInPlace() { return mutablePoints_; }
 
  private:
   Strong<Player> partner_;
-  std::int32_t counted_ = 0;
-  bool acted_ = false;
+  std::int32_t mutablePoints_ = 0;
+  bool hasActed_ = false;
 };
 
 class Keeper final : public Class<Keeper, "Keeper", Player> {};
@@ -68,9 +68,9 @@ TEST(MessageTest, OnNullReturnsTheResultTypesZero) {
 }
 
 TEST(MessageTest, OnNullCallsNothing) {
-  bool done = false;
-  send(kNull, &Player::act, [&done] { done = true; });
-  EXPECT_FALSE(done);
+  bool isCalled = false;
+  send(kNull, &Player::act, [&isCalled] { isCalled = true; });
+  EXPECT_FALSE(isCalled);
 }
 
 TEST(MessageTest, TheResultOfACallOnNullMayBeTheNextReceiver) {
@@ -80,14 +80,14 @@ TEST(MessageTest, TheResultOfACallOnNullMayBeTheNextReceiver) {
 
 TEST(MessageTest, KeepsTheReceiverAliveDuringTheCall) {
   auto player = make<Player>();
-  const Weak<Player> seen = player;
-  bool aliveInside = false;
+  const Weak<Player> weakReference = player;
+  bool isAliveInside = false;
   send(player, &Player::act, [&] {
     player.reset();  // the call itself holds the only other reference
-    aliveInside = !seen.expired();
+    isAliveInside = !weakReference.expired();
   });
-  EXPECT_TRUE(aliveInside);
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(isAliveInside);
+  EXPECT_TRUE(weakReference.expired());
 }
 
 template <class Receiver, class Operation, class... Arguments>

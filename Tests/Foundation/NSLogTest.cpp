@@ -81,10 +81,10 @@ TEST_F(NSLogTest, PassesTheLineToTheSink) {
 }
 
 TEST_F(NSLogTest, SetNSLogSinkReturnsThePreviousSink) {
-  const NSLogSink former = setNSLogSink([](std::string_view) {});
+  const NSLogSink previousSink = setNSLogSink([](std::string_view) {});
   NSLog("lost");
   EXPECT_TRUE(lines.empty());
-  former("kept");
+  previousSink("kept");
   EXPECT_EQ(lines, std::vector<std::string>{"kept"});
 }
 
@@ -101,28 +101,28 @@ TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
   setNSLogSink(nullptr);
   testing::internal::CaptureStderr();
   NSLog("%@ is %s", "Player", "ready");
-  const std::string written = testing::internal::GetCapturedStderr();
+  const std::string output = testing::internal::GetCapturedStderr();
   const std::string process = std::to_string(getpid());
   // The id of the first thread is the id of the process.
   EXPECT_TRUE(
-      std::regex_match(written, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
-                                           process + ":" + process + R"(\] Player is ready\n)")))
-      << written;
+      std::regex_match(output, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
+                                          process + ":" + process + R"(\] Player is ready\n)")))
+      << output;
 }
 
 TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
   testing::internal::CaptureStderr();
   writeLogLine("line");
-  const std::string written = testing::internal::GetCapturedStderr();
-  EXPECT_NE(written.find(std::string(" ") + program_invocation_short_name + "["), std::string::npos)
-      << written;
+  const std::string output = testing::internal::GetCapturedStderr();
+  EXPECT_NE(output.find(std::string(" ") + program_invocation_short_name + "["), std::string::npos)
+      << output;
 }
 
 TEST_F(NSLogTest, WritesALineThatContainsAZeroByte) {
   testing::internal::CaptureStderr();
   writeLogLine(std::string_view("a\0b", 3));
-  const std::string written = testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(written.ends_with(std::string("] a\0b\n", 6))) << written;
+  const std::string output = testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(output.ends_with(std::string("] a\0b\n", 6))) << output;
 }
 
 TEST_F(NSLogTest, DoesNotMixTheLinesOfSeveralThreads) {
@@ -137,10 +137,10 @@ TEST_F(NSLogTest, DoesNotMixTheLinesOfSeveralThreads) {
   std::thread second(work);
   first.join();
   second.join();
-  const std::string written = testing::internal::GetCapturedStderr();
+  const std::string output = testing::internal::GetCapturedStderr();
   const std::regex whole(R"([^\n]*\] x{200}\n)");
-  EXPECT_EQ(std::distance(std::sregex_iterator(written.begin(), written.end(), whole), {}), 100);
-  EXPECT_EQ(std::ranges::count(written, '\n'), 100);
+  EXPECT_EQ(std::distance(std::sregex_iterator(output.begin(), output.end(), whole), {}), 100);
+  EXPECT_EQ(std::ranges::count(output, '\n'), 100);
 }
 
 }  // namespace

@@ -12,25 +12,26 @@
 namespace vel::test {
 namespace {
 
+/// An object that runs `onDestruction` in its destructor.
 class Guest final : public Class<Guest, "Guest"> {
  public:
-  explicit Guest(std::string name, std::function<void()> leaving = nullptr)
-      : name_(std::move(name)), leaving_(std::move(leaving)) {}
+  explicit Guest(std::string name, std::function<void()> onDestruction = nullptr)
+      : name_(std::move(name)), onDestruction_(std::move(onDestruction)) {}
   ~Guest() override {
-    if (leaving_) {
-      leaving_();
+    if (onDestruction_) {
+      onDestruction_();
     }
   }
   [[nodiscard]] const std::string& name() const { return name_; }
 
  private:
   std::string name_;
-  std::function<void()> leaving_;
+  std::function<void()> onDestruction_;
 };
 
 class NSMutableArrayTest : public testing::Test {
  protected:
-  using Told = std::vector<std::string>;
+  using Names = std::vector<std::string>;
 
   NSMutableArrayTest() {
     for (const char* name : {"Ann", "Bob", "Cid"}) {
@@ -38,10 +39,11 @@ class NSMutableArrayTest : public testing::Test {
     }
   }
 
-  // Loops over the guests and runs `work` at the guest of that name.
-  void walk(const std::string& name, const std::function<void()>& work) {
+  // Iterates over the guests, records their names, and runs `work` at the guest with the name
+  // `name`.
+  void iterate(const std::string& name, const std::function<void()>& work) {
     for (const Strong<Guest>& guest : *guests) {
-      told.push_back(guest->name());
+      visitedNames.push_back(guest->name());
       if (guest->name() == name) {
         work();
       }
@@ -49,7 +51,7 @@ class NSMutableArrayTest : public testing::Test {
   }
 
   Strong<NSMutableArray<Guest>> guests = NSMutableArray<Guest>::array();
-  Told told;
+  Names visitedNames;
 };
 
 TEST_F(NSMutableArrayTest, KeepsTheOrderInWhichObjectsWereAdded) {
@@ -60,11 +62,11 @@ TEST_F(NSMutableArrayTest, KeepsTheOrderInWhichObjectsWereAdded) {
 
 TEST_F(NSMutableArrayTest, KeepsItsObjectsAlive) {
   auto guest = make<Guest>("Dan");
-  const Weak<Guest> seen = guest;
+  const Weak<Guest> weakReference = guest;
   guests->addObject(std::move(guest));
-  EXPECT_FALSE(seen.expired());
+  EXPECT_FALSE(weakReference.expired());
   guests->removeObjectAtIndex(3);
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakReference.expired());
 }
 
 TEST_F(NSMutableArrayTest, FindsTheFirstEqualObject) {
@@ -88,70 +90,72 @@ TEST_F(NSMutableArrayTest, RemovingAnObjectMovesTheLaterOnesForward) {
 }
 
 TEST_F(NSMutableArrayTest, IsConsistentWhenARemovedObjectIsDestroyed) {
-  std::size_t countedByTheDying = 99;
-  guests->addObject(make<Guest>("Dan", [&] { countedByTheDying = guests->count(); }));
+  std::size_t countInDestructor = 99;
+  guests->addObject(make<Guest>("Dan", [&] { countInDestructor = guests->count(); }));
   guests->removeObjectAtIndex(3);
-  EXPECT_EQ(countedByTheDying, 3u);
-  guests->addObject(make<Guest>("Eve", [&] { countedByTheDying = guests->count(); }));
+  EXPECT_EQ(countInDestructor, 3u);
+  guests->addObject(make<Guest>("Eve", [&] { countInDestructor = guests->count(); }));
   guests->removeAllObjects();
-  EXPECT_EQ(countedByTheDying, 0u);
+  EXPECT_EQ(countInDestructor, 0u);
 }
 
 TEST_F(NSMutableArrayTest, ALoopVisitsTheObjectsInOrder) {
-  walk("", [] {});
-  EXPECT_EQ(told, (Told{"Ann", "Bob", "Cid"}));
+  iterate("", [] {});
+  EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Cid"}));
 }
 
 TEST_F(NSMutableArrayTest, ALoopOverAnEmptyArrayVisitsNothing) {
   guests->removeAllObjects();
-  walk("", [] {});
-  EXPECT_TRUE(told.empty());
+  iterate("", [] {});
+  EXPECT_TRUE(visitedNames.empty());
 }
 
 TEST_F(NSMutableArrayTest, AddingDuringALoopThrows) {
-  EXPECT_THROW(walk("Ann", [this] { guests->addObject(make<Guest>("Dan")); }),
+  EXPECT_THROW(iterate("Ann", [this] { guests->addObject(make<Guest>("Dan")); }),
                NSCollectionMutatedError);
-  EXPECT_EQ(told, Told{"Ann"});
+  EXPECT_EQ(visitedNames, Names{"Ann"});
 }
 
 TEST_F(NSMutableArrayTest, RemovingDuringALoopThrows) {
-  EXPECT_THROW(walk("Bob", [this] { guests->removeObjectAtIndex(0); }), NSCollectionMutatedError);
-  EXPECT_EQ(told, (Told{"Ann", "Bob"}));
+  EXPECT_THROW(iterate("Bob", [this] { guests->removeObjectAtIndex(0); }),
+               NSCollectionMutatedError);
+  EXPECT_EQ(visitedNames, (Names{"Ann", "Bob"}));
 }
 
 TEST_F(NSMutableArrayTest, RemovingAllDuringALoopThrows) {
-  EXPECT_THROW(walk("Ann", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
+  EXPECT_THROW(iterate("Ann", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
 TEST_F(NSMutableArrayTest, AddingAtTheLastObjectThrows) {
-  EXPECT_THROW(walk("Cid", [this] { guests->addObject(make<Guest>("Dan")); }),
+  EXPECT_THROW(iterate("Cid", [this] { guests->addObject(make<Guest>("Dan")); }),
                NSCollectionMutatedError);
-  EXPECT_EQ(told, (Told{"Ann", "Bob", "Cid"}));
+  EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Cid"}));
 }
 
 TEST_F(NSMutableArrayTest, RemovingTheLastObjectDuringItsVisitThrows) {
-  EXPECT_THROW(walk("Cid", [this] { guests->removeObjectAtIndex(2); }), NSCollectionMutatedError);
+  EXPECT_THROW(iterate("Cid", [this] { guests->removeObjectAtIndex(2); }),
+               NSCollectionMutatedError);
 }
 
 TEST_F(NSMutableArrayTest, RemovingAllAtTheLastObjectThrows) {
-  EXPECT_THROW(walk("Cid", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
+  EXPECT_THROW(iterate("Cid", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
 TEST_F(NSMutableArrayTest, AChangeThatIsUndoneDuringTheLoopThrows) {
-  EXPECT_THROW(walk("Ann",
-                    [this] {
-                      guests->addObject(make<Guest>("Dan"));
-                      guests->removeObjectAtIndex(3);
-                    }),
+  EXPECT_THROW(iterate("Ann",
+                       [this] {
+                         guests->addObject(make<Guest>("Dan"));
+                         guests->removeObjectAtIndex(3);
+                       }),
                NSCollectionMutatedError);
 }
 
 TEST_F(NSMutableArrayTest, ReadingDuringALoopIsNoChange) {
-  walk("Ann", [this] {
+  iterate("Ann", [this] {
     EXPECT_FALSE(guests->containsObject(make<Guest>("Ann").get()));
     EXPECT_EQ(guests->count(), 3u);
   });
-  EXPECT_EQ(told.size(), 3u);
+  EXPECT_EQ(visitedNames.size(), 3u);
 }
 
 TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayIsNoChange) {
@@ -162,36 +166,36 @@ TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayIsNoChange) {
 }
 
 TEST_F(NSMutableArrayTest, ANestedLoopIsNoChange) {
-  walk("Bob", [this] { walk("", [] {}); });
-  EXPECT_EQ(told, (Told{"Ann", "Bob", "Ann", "Bob", "Cid", "Cid"}));
+  iterate("Bob", [this] { iterate("", [] {}); });
+  EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Ann", "Bob", "Cid", "Cid"}));
 }
 
 TEST_F(NSMutableArrayTest, AChangeAfterABreakIsNoError) {
   for (const Strong<Guest>& guest : *guests) {
-    told.push_back(guest->name());
+    visitedNames.push_back(guest->name());
     guests->removeAllObjects();
     break;
   }
-  EXPECT_EQ(told, Told{"Ann"});
+  EXPECT_EQ(visitedNames, Names{"Ann"});
 }
 
 TEST_F(NSMutableArrayTest, ALoopKeepsTheVisitedObjectAlive) {
   const Weak<Guest> first = guests->objectAtIndex(0);
-  bool alive = false;
-  EXPECT_THROW(walk("Ann",
-                    [&] {
-                      guests->removeAllObjects();
-                      alive = !first.expired();
-                    }),
+  bool isAlive = false;
+  EXPECT_THROW(iterate("Ann",
+                       [&] {
+                         guests->removeAllObjects();
+                         isAlive = !first.expired();
+                       }),
                NSCollectionMutatedError);
-  EXPECT_TRUE(alive);
+  EXPECT_TRUE(isAlive);
   EXPECT_TRUE(first.expired());
 }
 
 TEST_F(NSMutableArrayTest, TheErrorHasAMessage) {
   try {
-    walk("Ann", [this] { guests->removeAllObjects(); });
-    FAIL() << "nothing was raised";
+    iterate("Ann", [this] { guests->removeAllObjects(); });
+    FAIL() << "nothing was thrown";
   } catch (const NSCollectionMutatedError& error) {
     EXPECT_STREQ(error.what(), "collection mutated while being enumerated");
   }

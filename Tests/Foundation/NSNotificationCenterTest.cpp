@@ -19,49 +19,49 @@ NSNotificationCenter& center() { return NSNotificationCenter::defaultCenter(); }
 
 class Door final : public Class<Door, "Door"> {};
 
-/// An observer. It records each notification and may run some work on it.
+/// An observer. For each notification it adds its name to a list and then calls `reaction`.
 class Listener final : public Class<Listener, "Listener"> {
  public:
-  Listener(std::vector<std::string>& heard, std::string name)
-      : heard_(heard), name_(std::move(name)) {}
+  Listener(std::vector<std::string>& receivers, std::string name)
+      : receivers_(receivers), name_(std::move(name)) {}
   ~Listener() override { center().removeObserver(this); }
 
   void doorMoved(const NSNotification& notification) {
-    heard_.push_back(name_);
-    last = std::string(notification.name());
-    object = notification.object();
+    receivers_.push_back(name_);
+    lastName = std::string(notification.name());
+    lastObject = notification.object();
     if (reaction) {
       reaction();
     }
   }
   void doorMovedAgain(const NSNotification& /*notification*/) {
-    heard_.push_back(name_ + " again");
+    receivers_.push_back(name_ + " again");
   }
 
   std::function<void()> reaction;
-  std::string last;
-  Strong<NSObject> object;
+  std::string lastName;
+  Strong<NSObject> lastObject;
 
  private:
-  std::vector<std::string>& heard_;
+  std::vector<std::string>& receivers_;
   std::string name_;
 };
 
 class NSNotificationCenterTest : public testing::Test {
  protected:
-  using Heard = std::vector<std::string>;
+  using Names = std::vector<std::string>;
 
-  Strong<Listener> listener(const std::string& name) { return make<Listener>(heard, name); }
-  static void observe(const Strong<Listener>& who, NSNotificationName name = kDoorOpened,
+  Strong<Listener> listener(const std::string& name) { return make<Listener>(receivers, name); }
+  static void observe(const Strong<Listener>& observer, NSNotificationName name = kDoorOpened,
                       const Strong<NSObject>& object = nullptr) {
-    center().addObserverSelectorNameObject<&Listener::doorMoved>(who, name, object);
+    center().addObserverSelectorNameObject<&Listener::doorMoved>(observer, name, object);
   }
   static void post(NSNotificationName name = kDoorOpened,
                    const Strong<NSObject>& object = nullptr) {
     center().postNotificationNameObject(name, object);
   }
 
-  Heard heard;
+  Names receivers;
   Strong<Listener> ann = listener("Ann");
   Strong<Listener> bob = listener("Bob");
   Strong<Listener> cid = listener("Cid");
@@ -69,32 +69,32 @@ class NSNotificationCenterTest : public testing::Test {
 
 TEST_F(NSNotificationCenterTest, APostWithoutObserversDoesNothing) {
   post();
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
 }
 
 TEST_F(NSNotificationCenterTest, DeliversInsideThePost) {
   observe(ann);
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
   post();
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
 }
 
 TEST_F(NSNotificationCenterTest, DeliversNameAndObject) {
   const auto door = make<Door>();
   observe(ann);
   post(kDoorOpened, door);
-  EXPECT_EQ(ann->last, kDoorOpened);
-  EXPECT_EQ(ann->object, door);
+  EXPECT_EQ(ann->lastName, kDoorOpened);
+  EXPECT_EQ(ann->lastObject, door);
 }
 
 TEST_F(NSNotificationCenterTest, DeliversOnThePostingThread) {
-  std::thread::id told;
-  ann->reaction = [&told] { told = std::this_thread::get_id(); };
+  std::thread::id deliveryThread;
+  ann->reaction = [&deliveryThread] { deliveryThread = std::this_thread::get_id(); };
   observe(ann);
   std::thread poster([] { post(); });
-  const std::thread::id posting = poster.get_id();
+  const std::thread::id postingThread = poster.get_id();
   poster.join();
-  EXPECT_EQ(told, posting);
+  EXPECT_EQ(deliveryThread, postingThread);
 }
 
 TEST_F(NSNotificationCenterTest, DeliversInTheOrderOfRegistration) {
@@ -102,30 +102,30 @@ TEST_F(NSNotificationCenterTest, DeliversInTheOrderOfRegistration) {
   observe(ann);
   observe(cid);
   post();
-  EXPECT_EQ(heard, (Heard{"Bob", "Ann", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Bob", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsRegisteredTwiceReceivesTwice) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRegisteredTwiceReceivesANotificationTwice) {
   observe(ann);
   observe(bob);
   observe(ann);
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob", "Ann"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Ann"}));
 }
 
 TEST_F(NSNotificationCenterTest, EachRegistrationHasItsOwnSelector) {
   observe(ann);
   center().addObserverSelectorNameObject<&Listener::doorMovedAgain>(ann, kDoorOpened, nullptr);
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Ann again"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Ann again"}));
 }
 
 TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   observe(ann, kDoorClosed);
   post(kDoorOpened);
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
   post(kDoorClosed);
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
 }
 
 TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
@@ -134,12 +134,12 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
   observe(bob);
   post(kDoorOpened, make<Door>());
   post();
-  EXPECT_EQ(heard, (Heard{"Bob", "Bob"}));
+  EXPECT_EQ(receivers, (Names{"Bob", "Bob"}));
   post(kDoorOpened, front);
-  EXPECT_EQ(heard, (Heard{"Bob", "Bob", "Ann", "Bob"}));
+  EXPECT_EQ(receivers, (Names{"Bob", "Bob", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNextOne) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNextPost) {
   ann->reaction = [this] {
     observe(cid);
     ann->reaction = nullptr;
@@ -147,39 +147,39 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNext
   observe(ann);
   observe(bob);
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob"}));
-  heard.clear();
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
+  receivers.clear();
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsReceivesTheNextOne) {
+TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsReceivesTheNextPost) {
   ann->reaction = [this] { observe(bob); };
   observe(ann);
   post();
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
 }
 
 TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedDuringAPostDoesNotReceiveIt) {
   ann->reaction = [this] { center().removeObserver(bob.get()); };
-  for (const auto& who : {ann, bob, cid}) {
-    observe(who);
+  for (const auto& observer : {ann, bob, cid}) {
+    observe(observer);
   }
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
 TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOthers) {
   bob->reaction = [this] { center().removeObserver(bob.get()); };
-  for (const auto& who : {ann, bob, cid}) {
-    observe(who);
+  for (const auto& observer : {ann, bob, cid}) {
+    observe(observer);
   }
   post();
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob", "Cid", "Ann", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostReceivesTheNextOne) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostReceivesTheNextPost) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     center().removeObserver(bob.get());
@@ -188,9 +188,9 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostRecei
   observe(ann);
   observe(bob);
   post();
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Ann", "Bob"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Ann", "Bob"}));
 }
 
 TEST_F(NSNotificationCenterTest, RemoveObserverRemovesAllItsRegistrations) {
@@ -203,7 +203,7 @@ TEST_F(NSNotificationCenterTest, RemoveObserverRemovesAllItsRegistrations) {
   EXPECT_EQ(center().registrationCount(ann.get()), 0u);
   post(kDoorOpened);
   post(kDoorClosed);
-  EXPECT_EQ(heard, Heard{"Bob"});
+  EXPECT_EQ(receivers, Names{"Bob"});
 }
 
 TEST_F(NSNotificationCenterTest, RemovingNullOrAnUnregisteredObserverDoesNothing) {
@@ -211,46 +211,46 @@ TEST_F(NSNotificationCenterTest, RemovingNullOrAnUnregisteredObserverDoesNothing
   center().removeObserver(nullptr);
   center().removeObserver(bob.get());
   post();
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
 }
 
 TEST_F(NSNotificationCenterTest, RegisteringNullDoesNothing) {
   observe(nullptr);
   post();
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
 }
 
 TEST_F(NSNotificationCenterTest, ObserversAreNotKeptAlive) {
-  const Weak<Listener> seen = ann;
+  const Weak<Listener> weakReference = ann;
   observe(ann);
   ann.reset();
-  EXPECT_TRUE(seen.expired());
+  EXPECT_TRUE(weakReference.expired());
   post();
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
 }
 
 TEST_F(NSNotificationCenterTest, DeliveryKeepsTheObserverAlive) {
-  const Weak<Listener> seen = ann;
-  bool alive = false;
+  const Weak<Listener> weakReference = ann;
+  bool isAlive = false;
   ann->reaction = [&] {
     ann.reset();
-    alive = !seen.expired();
+    isAlive = !weakReference.expired();
   };
   observe(ann);
   observe(bob);
   post();
-  EXPECT_TRUE(alive);
-  EXPECT_TRUE(seen.expired());
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob"}));
+  EXPECT_TRUE(isAlive);
+  EXPECT_TRUE(weakReference.expired());
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextDoesNotAffectOthers) {
+TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextObserverDoesNotAffectOthers) {
   ann->reaction = [this] { bob.reset(); };
-  for (const auto& who : {ann, bob, cid}) {
-    observe(who);
+  for (const auto& observer : {ann, bob, cid}) {
+    observe(observer);
   }
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
 TEST_F(NSNotificationCenterTest, ANestedPostIsDeliveredAtOnce) {
@@ -262,7 +262,7 @@ TEST_F(NSNotificationCenterTest, ANestedPostIsDeliveredAtOnce) {
   observe(bob);
   observe(cid, kDoorClosed);
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Cid", "Bob"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Cid", "Bob"}));
 }
 
 TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
@@ -275,7 +275,7 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   observe(bob);
   observe(cid, kDoorClosed);
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Cid"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
 TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsOnlyThePost) {
@@ -283,29 +283,29 @@ TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsOnlyThePost) {
   observe(ann);
   observe(bob);
   EXPECT_THROW(post(), std::runtime_error);
-  EXPECT_EQ(heard, Heard{"Ann"});
+  EXPECT_EQ(receivers, Names{"Ann"});
   center().removeObserver(ann.get());
   post();
-  EXPECT_EQ(heard, (Heard{"Ann", "Bob"}));
+  EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
 
 TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseItAtOnce) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
-      std::vector<std::string> own;
-      const auto who = make<Listener>(own, "own");
+      std::vector<std::string> ownNames;
+      const auto observer = make<Listener>(ownNames, "own");
       const auto door = make<Door>();
-      observe(who, kDoorOpened, door);
+      observe(observer, kDoorOpened, door);
       post(kDoorOpened, door);
-      EXPECT_EQ(own, std::vector<std::string>{"own"});
-      center().removeObserver(who.get());
+      EXPECT_EQ(ownNames, std::vector<std::string>{"own"});
+      center().removeObserver(observer.get());
     }
   };
   std::thread first(work);
   std::thread second(work);
   first.join();
   second.join();
-  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(receivers.empty());
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ namespace {
 constexpr NSRunLoopMode kModes[] = {NSDefaultRunLoopMode, NSModalPanelRunLoopMode,
                                     NSEventTrackingRunLoopMode};
 
-/// A window system with at most one event.
-class Events final : public RunLoopSource {
+/// Stands for the window system. Has at most one event.
+class EventSource final : public RunLoopSource {
  public:
   bool deliver() override {
     if (onDeliver) {
@@ -31,7 +31,7 @@ class Events final : public RunLoopSource {
     return event != nullptr;
   }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return deadline; }
-  void put(std::function<void()> event) { event_ = std::move(event); }
+  void setEvent(std::function<void()> event) { event_ = std::move(event); }
 
   Nanoseconds deadline = kNever;
   std::function<void()> onDeliver;
@@ -40,65 +40,68 @@ class Events final : public RunLoopSource {
   std::function<void()> event_;
 };
 
-class Mortal final : public Class<Mortal, "Mortal"> {
+/// An object that runs `onDestruction` in its destructor.
+class TestObject final : public Class<TestObject, "TestObject"> {
  public:
-  explicit Mortal(std::function<void()> dying) : dying_(std::move(dying)) {}
-  ~Mortal() override { dying_(); }
+  explicit TestObject(std::function<void()> onDestruction)
+      : onDestruction_(std::move(onDestruction)) {}
+  ~TestObject() override { onDestruction_(); }
 
  private:
-  std::function<void()> dying_;
+  std::function<void()> onDestruction_;
 };
 
 class NSRunLoopTest : public VirtualTest {
  protected:
-  NSRunLoopTest() { loop.setWindowSystemSource(&events); }
+  NSRunLoopTest() { loop.setWindowSystemSource(&eventSource); }
   ~NSRunLoopTest() override { loop.setWindowSystemSource(nullptr); }
 
-  std::function<void()> note(const std::string& what) {
-    return [this, what] { noted.push_back(what); };
+  // Returns a function that appends `what` to the records.
+  std::function<void()> recording(const std::string& what) {
+    return [this, what] { records.push_back(what); };
   }
   void dispatch(const std::string& what, double delay = 0) {
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(delay)),
-                   dispatch_get_main_queue(), note(what));
+                   dispatch_get_main_queue(), recording(what));
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  Events events;
-  std::vector<std::string> noted;
+  EventSource eventSource;
+  std::vector<std::string> records;
 };
 
 TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenPool) {
-  releaseLater(make<Mortal>(note("pool")));
+  releaseLater(make<TestObject>(recording("pool")));
   dispatch("main queue");
-  events.put(note("window system"));
-  schedule(0, note("timer"));
+  eventSource.setEvent(recording("window system"));
+  schedule(0, recording("timer"));
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(noted, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
+  EXPECT_EQ(records, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
 }
 
 TEST_F(NSRunLoopTest, WorkThatATimerSubmitsRunsInTheSamePass) {
   schedule(0.1, [this] { dispatch("main queue"); });
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(noted, std::vector<std::string>{"main queue"});
+  EXPECT_EQ(records, std::vector<std::string>{"main queue"});
 }
 
 TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
   EXPECT_FALSE(loop.pump());
   dispatch("work");
   EXPECT_TRUE(loop.pump());
-  schedule(0, note("timer"));
+  schedule(0, recording("timer"));
   EXPECT_FALSE(loop.pump());
   letTimePass(0.1);
   EXPECT_TRUE(loop.pump());
-  events.put(note("event"));
+  eventSource.setEvent(recording("event"));
   EXPECT_TRUE(loop.pump());
   EXPECT_FALSE(loop.pump());
 }
 
 TEST_F(NSRunLoopTest, APassDoesNotWait) {
-  schedule(0.1, note("timer"));
+  schedule(0.1, recording("timer"));
   EXPECT_FALSE(loop.pump());
   EXPECT_EQ(platform.now(), 0);
 }
@@ -106,10 +109,10 @@ TEST_F(NSRunLoopTest, APassDoesNotWait) {
 TEST_F(NSRunLoopTest, EveryModeServesTheMainQueueAndTheWindowSystem) {
   for (const NSRunLoopMode mode : kModes) {
     dispatch("work");
-    events.put(note("event"));
+    eventSource.setEvent(recording("event"));
     loop.runPass(mode);
   }
-  EXPECT_EQ(noted, (std::vector<std::string>{"event", "work", "event", "work", "event", "work"}));
+  EXPECT_EQ(records, (std::vector<std::string>{"event", "work", "event", "work", "event", "work"}));
 }
 
 TEST_F(NSRunLoopTest, ATimerFiresOnlyInTheModesItWasAddedFor) {
@@ -136,7 +139,7 @@ TEST_F(NSRunLoopTest, ATimerInSeveralModesFiresOnceAPass) {
   EXPECT_EQ(ticker->ticks(), 1);
 }
 
-TEST_F(NSRunLoopTest, ATimerThatMissedItsTimeInAnotherModeFiresWhenItsModeRuns) {
+TEST_F(NSRunLoopTest, ATimerThatBecameDueInAnotherModeFiresWhenItsOwnModeRuns) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   loop.setMode(NSEventTrackingRunLoopMode);
@@ -157,11 +160,11 @@ TEST_F(NSRunLoopTest, AddingNullOrAnInvalidTimerDoesNothing) {
 
 TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
   schedule(0.1, [this] { loop.setMode(NSModalPanelRunLoopMode); });
-  schedule(0.2, note("default mode"));
-  const auto timer = schedule(0.3, note("both modes"));
+  schedule(0.2, recording("default mode"));
+  const auto timer = schedule(0.3, recording("both modes"));
   loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
   platform.run(1);
-  EXPECT_EQ(noted, std::vector<std::string>{"both modes"});
+  EXPECT_EQ(records, std::vector<std::string>{"both modes"});
   loop.setMode(NSDefaultRunLoopMode);
 }
 
@@ -172,40 +175,40 @@ TEST_F(NSRunLoopTest, APassThatDidSomethingDoesNotWait) {
 }
 
 TEST_F(NSRunLoopTest, WaitsForTheNextTimerOfTheMode) {
-  const auto timer = schedule(0.5, note("default mode"));
+  const auto timer = schedule(0.5, recording("default mode"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.5);
-  EXPECT_TRUE(noted.empty());  // the timer fires in the next pass
+  EXPECT_TRUE(records.empty());  // the timer fires in the next pass
 }
 
 TEST_F(NSRunLoopTest, DoesNotWaitForATimerOfAnotherMode) {
-  schedule(0.5, note("default mode"));
+  schedule(0.5, recording("default mode"));
   loop.runModeBeforeDate(NSModalPanelRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 5);
 }
 
 TEST_F(NSRunLoopTest, WaitsForTheNextWorkOfTheMainQueue) {
   dispatch("work", 0.4);
-  schedule(0.5, note("timer"));
+  schedule(0.5, recording("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.4);
 }
 
 TEST_F(NSRunLoopTest, WaitsForTheWindowSystem) {
   dispatch("work", 0.4);
-  events.deadline = nanosecondsFromSeconds(0.3);
+  eventSource.deadline = nanosecondsFromSeconds(0.3);
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.3);
 }
 
 TEST_F(NSRunLoopTest, WaitsNoLongerThanTheLimit) {
-  schedule(0.5, note("timer"));
+  schedule(0.5, recording("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(platform.now(), 0.2);
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheNextWait) {
-  events.onDeliver = [this] { std::thread([this] { loop.wake(); }).join(); };
+  eventSource.onDeliver = [this] { std::thread([this] { loop.wake(); }).join(); };
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
 }
@@ -258,7 +261,7 @@ TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
   schedule(
       0.5,
       [&] {
-        // A nested loop in the timer's mode: the firing timer cannot end it.
+        // The firing timer cannot end a nested loop, even in the timer's mode.
         try {
           loop.runUntil([] { return false; });
         } catch (const NothingToWaitFor& error) {
@@ -271,11 +274,11 @@ TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
   EXPECT_NE(text.find("firing now"), std::string::npos) << text;
 }
 
-TEST_F(NSRunLoopTest, RunsUntilTheDateAndNoLonger) {
-  schedule(1.0, note("at the date"));
-  schedule(1.000000001, note("after it"));
+TEST_F(NSRunLoopTest, RunsUntilTheDateAndNotLonger) {
+  schedule(1.0, recording("at the date"));
+  schedule(1.000000001, recording("after it"));
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(noted, std::vector<std::string>{"at the date"});
+  EXPECT_EQ(records, std::vector<std::string>{"at the date"});
   EXPECT_EQ(platform.now(), 1);
 }
 
@@ -284,7 +287,7 @@ TEST_F(NSRunLoopTest, RunsTheWorkThatIsDueAtTheDate) {
     dispatch_async(dispatch_get_main_queue(), [this] { dispatch("work of work"); });
   });
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(noted, std::vector<std::string>{"work of work"});
+  EXPECT_EQ(records, std::vector<std::string>{"work of work"});
 }
 
 TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
@@ -298,21 +301,21 @@ TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
   letTimePass(1);
   dispatch("work");
   loop.runUntilDate(0);
-  EXPECT_EQ(noted, std::vector<std::string>{"work"});
+  EXPECT_EQ(records, std::vector<std::string>{"work"});
 }
 
 TEST_F(NSRunLoopTest, RunsUntilTheFunctionReturnsTrue) {
   bool done = false;
   schedule(1.0, [&done] { done = true; });
-  schedule(2.0, note("too late"));
+  schedule(2.0, recording("too late"));
   loop.runUntil([&done] { return done; });
   EXPECT_EQ(platform.now(), 1);
-  EXPECT_TRUE(noted.empty());
+  EXPECT_TRUE(records.empty());
 }
 
-TEST_F(NSRunLoopTest, NextDeadlineIsThatOfTheLoopsMode) {
+TEST_F(NSRunLoopTest, NextDeadlineDependsOnTheLoopsMode) {
   EXPECT_EQ(loop.nextDeadline(), kNever);
-  schedule(0.5, note("timer"));
+  schedule(0.5, recording("timer"));
   dispatch("work", 0.7);
   EXPECT_EQ(loop.nextDeadline(), nanosecondsFromSeconds(0.5));
   loop.setMode(NSModalPanelRunLoopMode);
@@ -321,19 +324,19 @@ TEST_F(NSRunLoopTest, NextDeadlineIsThatOfTheLoopsMode) {
 }
 
 TEST_F(NSRunLoopTest, TheLoopIsUsableAfterATimerThrows) {
-  bool raises = true;
+  bool mustThrow = true;
   const auto timer = schedule(
       0.1,
       [&] {
-        if (std::exchange(raises, false)) {
+        if (std::exchange(mustThrow, false)) {
           throw std::runtime_error("stop");
         }
-        noted.emplace_back("tick");
+        records.emplace_back("tick");
       },
       Repeats::Yes);
   EXPECT_THROW(platform.run(0.1), std::runtime_error);
   platform.run(0.1);
-  EXPECT_EQ(noted, std::vector<std::string>{"tick"});
+  EXPECT_EQ(records, std::vector<std::string>{"tick"});
 }
 
 TEST_F(NSRunLoopTest, IsTheCurrentOneOnTheMainThreadOnly) {

@@ -210,18 +210,19 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// A locale with decimal commas. A host's process may have one.
+/// Sets a locale with decimal commas, as a host's process may do. Restores the previous locale.
 class CommaLocale : NonCopyable {
  public:
-  CommaLocale() : streams_(std::locale::global(std::locale(std::locale(), new Comma))) {}
+  CommaLocale() : previousLocale_(std::locale::global(std::locale(std::locale(), new Comma))) {}
   ~CommaLocale() {
-    std::locale::global(streams_);
+    std::locale::global(previousLocale_);
     std::setlocale(LC_ALL, "C");
     unsetenv("LOCPATH");
   }
 
-  // Sets a German C locale. Builds one if the system has none.
-  static bool setForC() {
+  // Sets a German locale for the C library, and builds it if the system has none. Returns false if
+  // that fails.
+  static bool setForCLibrary() {
     if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
       const std::string folder = testing::TempDir();
       const std::string command =
@@ -239,7 +240,7 @@ class CommaLocale : NonCopyable {
   class Comma final : public std::numpunct<char> {
     [[nodiscard]] char do_decimal_point() const override { return ','; }
   };
-  std::locale streams_;
+  std::locale previousLocale_;
 };
 
 TEST(FloatValueTest, DoesNotDependOnTheLocaleOfStreams) {
@@ -249,8 +250,8 @@ TEST(FloatValueTest, DoesNotDependOnTheLocaleOfStreams) {
 
 TEST(FloatValueTest, DoesNotDependOnTheLocaleOfTheProcess) {
   const CommaLocale locale;
-  if (!CommaLocale::setForC()) {
-    GTEST_SKIP() << "no locale with a decimal comma to be had";
+  if (!CommaLocale::setForCLibrary()) {
+    GTEST_SKIP() << "no locale with a decimal comma is available";
   }
   ASSERT_EQ(std::strtof("1,5", nullptr), 1.5F);
   expectValues({{"1.5", 1.5F}, {"1,5", 1.F}, {"1.000,5", 1.F}});

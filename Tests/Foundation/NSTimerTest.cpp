@@ -14,15 +14,16 @@ namespace {
 
 class NSTimerTest : public VirtualTest {
  protected:
-  // A timer that records its name when it fires.
-  Strong<NSTimer> named(const std::string& name, double seconds, Repeats repeats = Repeats::No) {
+  // Schedules a timer that records its name when it fires.
+  Strong<NSTimer> scheduleNamed(const std::string& name, double seconds,
+                                Repeats repeats = Repeats::No) {
     return schedule(
-        seconds, [this, name] { fired.push_back(name); }, repeats);
+        seconds, [this, name] { firedTimers.push_back(name); }, repeats);
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   Strong<Ticker> ticker = make<Ticker>();
-  std::vector<std::string> fired;
+  std::vector<std::string> firedTimers;
 };
 
 TEST_F(NSTimerTest, FiresOnceAfterItsInterval) {
@@ -41,7 +42,7 @@ TEST_F(NSTimerTest, RepeatsEveryInterval) {
   EXPECT_EQ(ticker->ticks(), 4);
 }
 
-TEST_F(NSTimerTest, CallsAnOperationWithoutParametersToo) {
+TEST_F(NSTimerTest, MayCallAnOperationWithoutParameters) {
   class Alarm final : public Class<Alarm, "Alarm"> {
    public:
     void ring() { ++rings; }
@@ -54,28 +55,28 @@ TEST_F(NSTimerTest, CallsAnOperationWithoutParametersToo) {
 }
 
 TEST_F(NSTimerTest, TimersThatAreDueFireEarliestFirst) {
-  named("third", 0.3);
-  named("first", 0.1);
-  named("second", 0.2);
+  scheduleNamed("third", 0.3);
+  scheduleNamed("first", 0.1);
+  scheduleNamed("second", 0.2);
   letTimePass(1);
   loop.pump();
-  EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
+  EXPECT_EQ(firedTimers, (std::vector<std::string>{"first", "second", "third"}));
 }
 
 TEST_F(NSTimerTest, TimersWithEqualFireDatesFireInTheOrderOfScheduling) {
-  named("first", 0.2);
+  scheduleNamed("first", 0.2);
   letTimePass(0.1);
-  named("second", 0.1);
-  named("third", 0.1);
+  scheduleNamed("second", 0.1);
+  scheduleNamed("third", 0.1);
   platform.run(0.1);
-  EXPECT_EQ(fired, (std::vector<std::string>{"first", "second", "third"}));
+  EXPECT_EQ(firedTimers, (std::vector<std::string>{"first", "second", "third"}));
 }
 
 TEST_F(NSTimerTest, RepeatingTimersWithEqualFireDatesKeepTheOrderOfScheduling) {
-  named("first", 0.1, Repeats::Yes);
-  named("second", 0.2, Repeats::Yes);
+  scheduleNamed("first", 0.1, Repeats::Yes);
+  scheduleNamed("second", 0.2, Repeats::Yes);
   platform.run(0.2);
-  EXPECT_EQ(fired, (std::vector<std::string>{"first", "first", "second"}));
+  EXPECT_EQ(firedTimers, (std::vector<std::string>{"first", "first", "second"}));
 }
 
 TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
@@ -102,19 +103,19 @@ TEST_F(NSTimerTest, PhaseDoesNotDriftOverManyFirings) {
 }
 
 TEST_F(NSTimerTest, TheNextFireDateIsSetBeforeTheTargetIsCalled) {
-  Nanoseconds inside = 0;
-  const auto slow = make<Ticker>([&inside](NSTimer& timer) {
+  Nanoseconds fireDateInside = 0;
+  const auto slow = make<Ticker>([&fireDateInside](NSTimer& timer) {
     letTimePass(0.25);
-    inside = timer.fireDate();
+    fireDateInside = timer.fireDate();
   });
   const auto timer = schedule(0.1, slow, Repeats::Yes);
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(inside, nanosecondsFromSeconds(0.2));
+  EXPECT_EQ(fireDateInside, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.2));
 }
 
-TEST_F(NSTimerTest, FiresOnceAPassHoweverSlowItsTargetIs) {
+TEST_F(NSTimerTest, FiresOncePerPassEvenIfItsTargetIsSlow) {
   const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
   const auto timer = schedule(0.1, slow, Repeats::Yes);
   letTimePass(0.1);
@@ -124,54 +125,54 @@ TEST_F(NSTimerTest, FiresOnceAPassHoweverSlowItsTargetIs) {
   EXPECT_EQ(slow->ticks(), 2);
 }
 
-TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNext) {
+TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNextPass) {
   schedule(0.1, [this] {
-    named("inside", 0.01);
+    scheduleNamed("inside", 0.01);
     letTimePass(1);
   });
-  named("later", 0.2);
+  scheduleNamed("later", 0.2);
   letTimePass(0.1);
   loop.pump();
-  EXPECT_TRUE(fired.empty());
+  EXPECT_TRUE(firedTimers.empty());
   loop.pump();
-  EXPECT_EQ(fired, (std::vector<std::string>{"inside", "later"}));
+  EXPECT_EQ(firedTimers, (std::vector<std::string>{"inside", "later"}));
 }
 
 TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
   Strong<NSTimer> second;
   schedule(0.1, [&second] { second->invalidate(); });
-  second = named("second", 0.2);
+  second = scheduleNamed("second", 0.2);
   letTimePass(1);
   loop.pump();
-  EXPECT_TRUE(fired.empty());
+  EXPECT_TRUE(firedTimers.empty());
 }
 
 TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
   int depth = 0;
   int deepest = 0;
-  const auto nesting = make<Ticker>([&](NSTimer&) {
+  const auto nestingTicker = make<Ticker>([&](NSTimer&) {
     deepest = std::max(deepest, ++depth);
     loop.runUntilDate(loop.now() + nanosecondsFromSeconds(0.35));
     --depth;
   });
-  schedule(0.1, nesting, Repeats::Yes);
-  named("other", 0.25);
+  schedule(0.1, nestingTicker, Repeats::Yes);
+  scheduleNamed("other", 0.25);
   letTimePass(0.1);
   loop.pump();
   EXPECT_EQ(deepest, 1);
-  EXPECT_EQ(nesting->ticks(), 1);
-  EXPECT_EQ(fired, std::vector<std::string>{"other"});
+  EXPECT_EQ(nestingTicker->ticks(), 1);
+  EXPECT_EQ(firedTimers, std::vector<std::string>{"other"});
   loop.pump();  // the call has returned, so the timer fires again
-  EXPECT_EQ(nesting->ticks(), 2);
+  EXPECT_EQ(nestingTicker->ticks(), 2);
 }
 
 TEST_F(NSTimerTest, IsInvalidDuringAndAfterItsOnlyFiring) {
-  bool validInside = true;
-  const auto once = make<Ticker>([&](NSTimer& timer) { validInside = timer.isValid(); });
-  const auto timer = schedule(0.1, once);
+  bool isValidInside = true;
+  const auto oneShotTicker = make<Ticker>([&](NSTimer& timer) { isValidInside = timer.isValid(); });
+  const auto timer = schedule(0.1, oneShotTicker);
   EXPECT_TRUE(timer->isValid());
   platform.run(0.1);
-  EXPECT_FALSE(validInside);
+  EXPECT_FALSE(isValidInside);
   EXPECT_FALSE(timer->isValid());
   EXPECT_EQ(loop.timerCount(), 0u);
 }
@@ -198,17 +199,17 @@ TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItIsInvalidated) {
 
 TEST_F(NSTimerTest, DoesNotFireAgainAfterItsTargetInvalidatesIt) {
   Weak<Ticker> target;
-  bool aliveInside = false;
+  bool isAliveInside = false;
   {
     auto last = make<Ticker>([&](NSTimer& timer) {
       timer.invalidate();
-      aliveInside = !target.expired();
+      isAliveInside = !target.expired();
     });
     target = last;
     schedule(0.1, last, Repeats::Yes);
   }
   platform.run(1);
-  EXPECT_TRUE(aliveInside);
+  EXPECT_TRUE(isAliveInside);
   EXPECT_TRUE(target.expired());
   EXPECT_EQ(loop.timerCount(), 0u);
 }
@@ -251,30 +252,30 @@ TEST_F(NSTimerTest, NeverFiresOnAThreadWithoutARunLoop) {
 }
 
 TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
-  bool valid = true;
-  std::thread other([&valid] {
+  bool isValid = true;
+  std::thread other([&isValid] {
     const auto timer = schedule(0.1, make<Ticker>());
     timer->invalidate();
-    valid = timer->isValid();
+    isValid = timer->isValid();
   });
   for (int number = 0; number < 100; ++number) {
     schedule(0.1, ticker)->invalidate();
   }
   other.join();
-  EXPECT_FALSE(valid);
+  EXPECT_FALSE(isValid);
 }
 
 TEST_F(NSTimerTest, AnObserverIsNotifiedAfterTheTargetReturns) {
   struct Observer final : TimerObserver {
     void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) override {
-      ticksSeen = as<Ticker>(target)->ticks();
+      ticksWhenNotified = as<Ticker>(target)->ticks();
     }
-    int ticksSeen = 0;
+    int ticksWhenNotified = 0;
   } observer;
   setTimerObserver(&observer);
   schedule(0.1, ticker);
   platform.run(1);
-  EXPECT_EQ(observer.ticksSeen, 1);
+  EXPECT_EQ(observer.ticksWhenNotified, 1);
 }
 
 TEST_F(NSTimerTest, TenThousandTimersFireInOrder) {

@@ -12,7 +12,7 @@ class Audience : public Protocol<Audience> {
   virtual void curtainRises() {}
   [[nodiscard]] virtual bool applauds() const { return false; }
   virtual void curtainFalls() {}
-  /// Not optional.
+  // Not optional.
   [[nodiscard]] virtual int seats() const = 0;
 
   template <class Adopter>
@@ -52,14 +52,14 @@ class Theatre final : public Class<Theatre, "Theatre", Building, Critic> {
   void writes() override {}
 };
 
-// Has the operations of an audience, but does not declare the protocol.
-class Passer final : public Class<Passer, "Passer"> {
+// Has operations of `Audience`, but does not adopt the protocol.
+class NonAdopter final : public Class<NonAdopter, "NonAdopter"> {
  public:
   void curtainRises() {}
   [[nodiscard]] int seats() const { return 0; }
 };
 
-class Undecided final : public Class<Undecided, "Undecided", NSObject, Critic> {
+class RunTimeCritic final : public Class<RunTimeCritic, "RunTimeCritic", NSObject, Critic> {
  public:
   [[nodiscard]] OperationSet respondingOperations() const override { return {writes_ ? 1UL : 0UL}; }
   void setWrites(bool writes) { writes_ = writes; }
@@ -113,7 +113,7 @@ TEST(RespondsToTest, IsFalseForNull) {
   EXPECT_FALSE(respondsTo<&Audience::applauds>(Strong<Audience>()));
 }
 
-TEST(RespondsToTest, KeepsTheProtocolsOfAClassApart) {
+TEST(RespondsToTest, DistinguishesTheProtocolsOfAClass) {
   const auto reviewer = make<Reviewer>();
   EXPECT_TRUE(respondsTo<&Critic::writes>(reviewer));
   EXPECT_TRUE(respondsTo<&Audience::curtainFalls>(reviewer));
@@ -125,10 +125,10 @@ TEST(RespondsToTest, ASubclassMayAdoptAProtocolThatItsSuperclassDoesNot) {
 }
 
 TEST(RespondsToTest, AnObjectMayDecideAtRunTime) {
-  const auto undecided = make<Undecided>();
-  EXPECT_FALSE(respondsTo<&Critic::writes>(undecided));
-  undecided->setWrites(true);
-  EXPECT_TRUE(respondsTo<&Critic::writes>(undecided));
+  const auto critic = make<RunTimeCritic>();
+  EXPECT_FALSE(respondsTo<&Critic::writes>(critic));
+  critic->setWrites(true);
+  EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
 }
 
 TEST(ConformsToTest, IsTrueForADeclaredProtocol) {
@@ -139,7 +139,7 @@ TEST(ConformsToTest, IsTrueForADeclaredProtocol) {
 }
 
 TEST(ConformsToTest, IsFalseForOperationsWithoutADeclaration) {
-  EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>(make<Passer>())));
+  EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>(make<NonAdopter>())));
 }
 
 TEST(ConformsToTest, IsFalseForNull) { EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>())); }
@@ -151,7 +151,7 @@ TEST(AsTest, ReturnsTheObjectAsAnAdopter) {
 }
 
 TEST(AsTest, ReturnsNullForAnotherObject) {
-  const Strong<NSObject> object = make<Passer>();
+  const Strong<NSObject> object = make<NonAdopter>();
   EXPECT_EQ(as<Audience>(object), nullptr);
   EXPECT_EQ(as<Enthusiast>(object), nullptr);
   EXPECT_EQ(as<Audience>(Strong<NSObject>()), nullptr);

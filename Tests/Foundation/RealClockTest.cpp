@@ -46,7 +46,7 @@ class RealClockTest : public testing::Test {
     loop.useRealTime();
   }
 
-  // Whether the loop's descriptor becomes readable within the time.
+  // Returns true if the loop's descriptor becomes readable within the time.
   bool isReadable(int milliseconds = 0) {
     pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
     return poll(&polled, 1, milliseconds) == 1;
@@ -85,19 +85,19 @@ TEST_F(RealClockTest, AWaitNeverEndsEarly) {
 }
 
 TEST_F(RealClockTest, ATimerNeverFiresEarly) {
-  Nanoseconds fired = 0;
-  const auto timer = schedule(0.003, [&] { fired = loop.now(); });
+  Nanoseconds firedAt = 0;
+  const auto timer = schedule(0.003, [&] { firedAt = loop.now(); });
   const Nanoseconds fireDate = timer->fireDate();
-  loop.runUntil([&] { return fired != 0; });
-  EXPECT_GE(fired, fireDate);
+  loop.runUntil([&] { return firedAt != 0; });
+  EXPECT_GE(firedAt, fireDate);
 }
 
-TEST_F(RealClockTest, WorkIsNeverRunEarly) {
-  Nanoseconds ran = 0;
+TEST_F(RealClockTest, WorkNeverRunsEarly) {
+  Nanoseconds ranAt = 0;
   const dispatch_time_t when = dispatch_time(DISPATCH_TIME_NOW, 3 * kMillisecond);
-  dispatch_after(when, dispatch_get_main_queue(), [&] { ran = loop.now(); });
-  loop.runUntil([&] { return ran != 0; });
-  EXPECT_GE(ran, when);
+  dispatch_after(when, dispatch_get_main_queue(), [&] { ranAt = loop.now(); });
+  loop.runUntil([&] { return ranAt != 0; });
+  EXPECT_GE(ranAt, when);
 }
 
 TEST_F(RealClockTest, ARepeatingTimerKeepsItsPhase) {
@@ -139,22 +139,22 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
   // Many rounds, so that wake-ups come before, during and after the beginning of a wait.
-  std::atomic<int> wanted = 0;
-  int ran = 0;
+  std::atomic<int> lastRound = 0;
+  int runCount = 0;
   constexpr int kRounds = 500;
   std::thread other([&] {
     for (int round = 0; round < kRounds; ++round) {
       dispatch_async(dispatch_get_main_queue(), [&] {
-        ++ran;
-        wanted = ran;
-        wanted.notify_one();
+        ++runCount;
+        lastRound = runCount;
+        lastRound.notify_one();
       });
-      wanted.wait(round);
+      lastRound.wait(round);
     }
   });
-  loop.runUntil([&] { return ran == kRounds; });
+  loop.runUntil([&] { return runCount == kRounds; });
   other.join();
-  EXPECT_EQ(ran, kRounds);
+  EXPECT_EQ(runCount, kRounds);
 }
 
 TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
@@ -165,15 +165,15 @@ TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
   loop.watch(WaitHandle());
 }
 
-TEST_F(RealClockTest, InputOnAFormerHandleEndsNoWait) {
-  const Pipe former;
-  const Pipe watched;
-  loop.watch(former.output());
-  loop.watch(watched.output());
-  former.fill();
+TEST_F(RealClockTest, InputOnAReplacedHandleEndsNoWait) {
+  const Pipe replacedPipe;
+  const Pipe watchedPipe;
+  loop.watch(replacedPipe.output());
+  loop.watch(watchedPipe.output());
+  replacedPipe.fill();
   pumpUntilIdle();
   EXPECT_FALSE(isReadable());
-  watched.fill();
+  watchedPipe.fill();
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.watch(WaitHandle());
   loop.pump();
@@ -196,11 +196,12 @@ TEST_F(RealClockTest, TheDescriptorIsNotReadableWhileThereIsNothingToDo) {
 
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
   pumpUntilIdle();
-  bool ran = false;
-  onAnotherThread([&ran] { dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; }); });
+  bool hasRun = false;
+  onAnotherThread(
+      [&hasRun] { dispatch_async(dispatch_get_main_queue(), [&hasRun] { hasRun = true; }); });
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.pump();
-  EXPECT_TRUE(ran);
+  EXPECT_TRUE(hasRun);
   EXPECT_FALSE(isReadable());
 }
 
@@ -246,43 +247,43 @@ TEST_F(RealClockTest, TheDescriptorStaysReadableUntilAPassHasServedIt) {
 TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable) {
   constexpr int kRounds = 400;
   pumpUntilIdle();
-  std::atomic<int> begun = 0;
-  std::atomic<int> ended = 0;
+  std::atomic<int> startedRound = 0;
+  std::atomic<int> endedRound = 0;
   std::thread other([&] {
     for (int round = 1; round <= kRounds; ++round) {
-      begun.wait(round - 1);
+      startedRound.wait(round - 1);
       loop.wake();
-      ended = round;
+      endedRound = round;
     }
   });
-  int readableTimes = 0;
+  int readableCount = 0;
   for (int round = 1; round <= kRounds; ++round) {
-    begun = round;
-    begun.notify_one();
-    while (ended != round) {
+    startedRound = round;
+    startedRound.notify_one();
+    while (endedRound != round) {
       loop.pump();
     }
     loop.pump();
     loop.pump();
-    readableTimes += isReadable() ? 1 : 0;
+    readableCount += isReadable() ? 1 : 0;
   }
   other.join();
-  EXPECT_EQ(readableTimes, 0);
+  EXPECT_EQ(readableCount, 0);
 }
 
 TEST_F(RealClockTest, NoWorkIsLostWhenSubmissionsRaceWithWaits) {
   constexpr int kThreads = 4;
   constexpr int kEach = 500;
-  int ran = 0;  // used by the main thread only
+  int runCount = 0;  // used by the main thread only
   std::array<std::thread, kThreads> others;
   for (std::thread& other : others) {
-    other = std::thread([&ran] {
+    other = std::thread([&runCount] {
       for (int number = 0; number < kEach; ++number) {
-        dispatch_async(dispatch_get_main_queue(), [&ran] { ++ran; });
+        dispatch_async(dispatch_get_main_queue(), [&runCount] { ++runCount; });
       }
     });
   }
-  loop.runUntil([&ran] { return ran == kThreads * kEach; });
+  loop.runUntil([&runCount] { return runCount == kThreads * kEach; });
   for (std::thread& other : others) {
     other.join();
   }

@@ -13,81 +13,83 @@
 namespace vel::test {
 namespace {
 
-class Mortal final : public Class<Mortal, "Mortal"> {
+/// An object that runs `onDestruction` in its destructor.
+class TestObject final : public Class<TestObject, "TestObject"> {
  public:
-  explicit Mortal(std::function<void()> dying = nullptr) : dying_(std::move(dying)) {}
-  ~Mortal() override {
-    if (dying_) {
-      dying_();
+  explicit TestObject(std::function<void()> onDestruction = nullptr)
+      : onDestruction_(std::move(onDestruction)) {}
+  ~TestObject() override {
+    if (onDestruction_) {
+      onDestruction_();
     }
   }
 
  private:
-  std::function<void()> dying_;
+  std::function<void()> onDestruction_;
 };
 
 class ReleasePoolTest : public VirtualTest {
  protected:
-  // An object that is added to the pool now and records its destruction.
-  Weak<Mortal> handOver(const std::string& name) {
-    return releaseLater(make<Mortal>([this, name] { died.push_back(name); }));
+  // Adds an object to the pool. The object records its name when it is destroyed.
+  Weak<TestObject> addObject(const std::string& name) {
+    return releaseLater(make<TestObject>([this, name] { destroyedNames.push_back(name); }));
   }
-  static void later(DispatchQueue::Work work) {
+  static void submit(DispatchQueue::Work work) {
     dispatch_async(dispatch_get_main_queue(), std::move(work));
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  std::vector<std::string> died;
+  std::vector<std::string> destroyedNames;
 };
 
 TEST_F(ReleasePoolTest, ReleaseLaterReturnsItsObject) {
-  const auto object = make<Mortal>();
+  const auto object = make<TestObject>();
   EXPECT_EQ(releaseLater(object), object);
 }
 
-TEST_F(ReleasePoolTest, AnObjectAddedInAPassLivesUntilItsEnd) {
-  Weak<Mortal> object;
-  bool aliveLater = false;
-  later([&] { object = handOver("first"); });
-  later([&] { aliveLater = !object.expired(); });
+TEST_F(ReleasePoolTest, AnObjectAddedInAPassLivesUntilTheEndOfThePass) {
+  Weak<TestObject> object;
+  bool isAliveLater = false;
+  submit([&] { object = addObject("first"); });
+  submit([&] { isAliveLater = !object.expired(); });
   loop.pump();
-  EXPECT_TRUE(aliveLater);
+  EXPECT_TRUE(isAliveLater);
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesLivesUntilTheEndOfTheNext) {
-  const Weak<Mortal> object = handOver("first");
-  bool aliveInThePass = false;
-  later([&] { aliveInThePass = !object.expired(); });
+TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesLivesUntilTheEndOfTheNextPass) {
+  const Weak<TestObject> object = addObject("first");
+  bool isAliveInThePass = false;
+  submit([&] { isAliveInThePass = !object.expired(); });
   EXPECT_FALSE(object.expired());
   loop.pump();
-  EXPECT_TRUE(aliveInThePass);
+  EXPECT_TRUE(isAliveInThePass);
   EXPECT_TRUE(object.expired());
 }
 
 TEST_F(ReleasePoolTest, APassThatDoesNothingDrainsThePool) {
-  const Weak<Mortal> object = handOver("first");
+  const Weak<TestObject> object = addObject("first");
   EXPECT_FALSE(loop.pump());
   EXPECT_TRUE(object.expired());
 }
 
 TEST_F(ReleasePoolTest, ANestedPassReleasesOnlyTheObjectsThatWereAddedInIt) {
-  Weak<Mortal> outer;
-  Weak<Mortal> inner;
-  later([&] {
-    outer = handOver("outer");
-    later([&] { inner = handOver("inner"); });
+  Weak<TestObject> outer;
+  Weak<TestObject> inner;
+  submit([&] {
+    outer = addObject("outer");
+    submit([&] { inner = addObject("inner"); });
     loop.pump();
     EXPECT_TRUE(inner.expired());
     EXPECT_FALSE(outer.expired());
   });
   loop.pump();
-  EXPECT_EQ(died, (std::vector<std::string>{"inner", "outer"}));
+  EXPECT_EQ(destroyedNames, (std::vector<std::string>{"inner", "outer"}));
 }
 
 TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesOutlivesANestedPass) {
-  const Weak<Mortal> object = handOver("between");
-  later([&] {
+  const Weak<TestObject> object = addObject("between");
+  submit([&] {
     loop.pump();
     EXPECT_FALSE(object.expired());
   });
@@ -96,23 +98,23 @@ TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesOutlivesANestedPass) {
 }
 
 TEST_F(ReleasePoolTest, ReleasesInTheOrderOfAdding) {
-  handOver("first");
-  handOver("second");
+  addObject("first");
+  addObject("second");
   loop.pump();
-  EXPECT_EQ(died, (std::vector<std::string>{"first", "second"}));
+  EXPECT_EQ(destroyedNames, (std::vector<std::string>{"first", "second"}));
 }
 
 TEST_F(ReleasePoolTest, AnObjectThatADestructorAddsIsReleasedInTheSameDrain) {
-  releaseLater(make<Mortal>([this] { handOver("heir"); }));
+  releaseLater(make<TestObject>([this] { addObject("late object"); }));
   loop.pump();
-  EXPECT_EQ(died, std::vector<std::string>{"heir"});
+  EXPECT_EQ(destroyedNames, std::vector<std::string>{"late object"});
   EXPECT_EQ(ReleasePool::current().size(), 0u);
 }
 
 TEST_F(ReleasePoolTest, APassThatThrowsDrainsThePool) {
-  Weak<Mortal> object;
-  later([&] {
-    object = handOver("first");
+  Weak<TestObject> object;
+  submit([&] {
+    object = addObject("first");
     throw std::runtime_error("stop");
   });
   EXPECT_THROW(loop.pump(), std::runtime_error);
@@ -120,26 +122,28 @@ TEST_F(ReleasePoolTest, APassThatThrowsDrainsThePool) {
 }
 
 TEST_F(ReleasePoolTest, AnObjectThatIsAddedTwiceIsDestroyedOnce) {
-  const Weak<Mortal> object = handOver("first");
+  const Weak<TestObject> object = addObject("first");
   releaseLater(object.lock());
   loop.pump();
-  EXPECT_EQ(died.size(), 1u);
+  EXPECT_EQ(destroyedNames.size(), 1u);
 }
 
 TEST_F(ReleasePoolTest, OnAnotherThreadReleasesWhenTheThreadEnds) {
-  Weak<Mortal> object;
-  bool aliveAtTheEnd = false;
+  Weak<TestObject> object;
+  bool isAliveAtTheEnd = false;
   std::thread([&] {
-    object = handOver("first");
-    aliveAtTheEnd = !object.expired();
+    object = addObject("first");
+    isAliveAtTheEnd = !object.expired();
   }).join();
-  EXPECT_TRUE(aliveAtTheEnd);
+  EXPECT_TRUE(isAliveAtTheEnd);
   EXPECT_TRUE(object.expired());
 }
 
 TEST_F(ReleasePoolTest, ADestructorAtTheEndOfAThreadMayAddObjects) {
-  std::thread([this] { releaseLater(make<Mortal>([this] { handOver("heir"); })); }).join();
-  EXPECT_EQ(died, std::vector<std::string>{"heir"});
+  std::thread([this] {
+    releaseLater(make<TestObject>([this] { addObject("late object"); }));
+  }).join();
+  EXPECT_EQ(destroyedNames, std::vector<std::string>{"late object"});
 }
 
 }  // namespace

@@ -83,18 +83,18 @@ TEST(NSErrorTest, ReturnsDomainCodeAndUserInfo) {
   EXPECT_EQ(NSError::errorWithDomainCodeUserInfo("", 0, nullptr)->userInfo(), nullptr);
 }
 
-TEST(NSBundleTest, KnowsTheClassThatItWasRequestedFor) {
+TEST(NSBundleTest, HasTheNameOfTheClassThatItWasRequestedFor) {
   EXPECT_EQ(NSBundle::bundleForClass<NSString>()->principalClass(), "NSString");
 }
 
 class NSProcessInfoTest : public testing::Test {
  protected:
-  ~NSProcessInfoTest() override { NSProcessInfo::setOperatingSystemVersion(before); }
+  ~NSProcessInfoTest() override { NSProcessInfo::setOperatingSystemVersion(originalVersion); }
   static bool atLeast(NSOperatingSystemVersion version) {
     return NSProcessInfo::isOperatingSystemAtLeastVersion(version);
   }
 
-  NSOperatingSystemVersion before = NSProcessInfo::operatingSystemVersion();
+  NSOperatingSystemVersion originalVersion = NSProcessInfo::operatingSystemVersion();
 };
 
 TEST_F(NSProcessInfoTest, TheDefaultVersionIsCurrent) { EXPECT_TRUE(atLeast({10, 14, 0})); }
@@ -116,18 +116,18 @@ TEST_F(NSProcessInfoTest, ASystemIsNotAtLeastALaterVersion) {
 
 TEST(NSThreadTest, AnotherThreadIsNotTheMainThread) {
   EXPECT_TRUE(NSThread::isMainThread());
-  bool onAnother = true;
-  std::thread([&onAnother] { onAnother = NSThread::isMainThread(); }).join();
-  EXPECT_FALSE(onAnother);
+  bool isMainThread = true;
+  std::thread([&isMainThread] { isMainThread = NSThread::isMainThread(); }).join();
+  EXPECT_FALSE(isMainThread);
 }
 
 TEST(NSThreadTest, AnotherThreadMayBecomeTheMainThread) {
-  bool main = false;
-  std::thread([&main] {
+  bool isMainThread = false;
+  std::thread([&isMainThread] {
     NSThread::becomeMainThread();
-    main = NSThread::isMainThread();
+    isMainThread = NSThread::isMainThread();
   }).join();
-  EXPECT_TRUE(main);
+  EXPECT_TRUE(isMainThread);
   EXPECT_FALSE(NSThread::isMainThread());
   NSThread::becomeMainThread();
 }

@@ -1,4 +1,4 @@
-// The wait set of Linux.
+// The wait set for Linux.
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
@@ -18,7 +18,7 @@ namespace {
 /// Owns a file descriptor.
 class FileDescriptor : NonCopyable {
  public:
-  /// Takes the result of the system call `call`. Throws if the call has failed.
+  /// `descriptor` is the result of the system call `call`. Throws if the call has failed.
   FileDescriptor(int descriptor, const char* call) : descriptor_(descriptor) {
     if (descriptor < 0) {
       throw std::system_error(errno, std::generic_category(), call);
@@ -32,8 +32,8 @@ class FileDescriptor : NonCopyable {
   int descriptor_;
 };
 
-/// One epoll descriptor over three: an eventfd for wake-ups, a timerfd for the deadline, and the
-/// watched handle.
+/// An epoll descriptor that waits on three others: an eventfd for wake-ups, a timerfd for the
+/// deadline, and the watched handle.
 class EpollWaitSet final : public WaitSet {
  public:
   EpollWaitSet()
@@ -45,14 +45,14 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void watch(WaitHandle handle) override {
-    if (watched_.isValid()) {
-      // Fails if the descriptor is closed already. Closing it has removed it from the epoll set.
+    if (watchedHandle_.isValid()) {
+      // Fails if the descriptor is already closed. `close` has then removed it from the epoll set.
       epoll_event unused{};
-      epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, watched_.descriptor(), &unused);
+      epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, watchedHandle_.descriptor(), &unused);
     }
-    watched_ = handle;
-    if (watched_.isValid()) {
-      add(watched_.descriptor());
+    watchedHandle_ = handle;
+    if (watchedHandle_.isValid()) {
+      add(watchedHandle_.descriptor());
     }
   }
 
@@ -77,8 +77,8 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // The mark comes before the write: the write may let the main thread run, and
-    // `acknowledgeWakeUps` then needs the mark.
+    // Sets the flag before the write: after the write, the main thread may run
+    // `acknowledgeWakeUps`, which reads the flag.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);
@@ -87,8 +87,8 @@ class EpollWaitSet final : public WaitSet {
 
   void acknowledgeWakeUps() override {
     if (isSignalled_) {
-      // The read fails if another thread has set the mark and not yet written. The mark then stays,
-      // and a later call removes both.
+      // The read fails if another thread has set the flag but has not written yet. The flag then
+      // stays set, and a later call reads the count and clears the flag.
       std::uint64_t count = 0;
       if (read(eventfd_.get(), &count, sizeof count) > 0) {
         isSignalled_ = false;
@@ -111,7 +111,7 @@ class EpollWaitSet final : public WaitSet {
   FileDescriptor epoll_;
   FileDescriptor eventfd_;
   FileDescriptor timerfd_;
-  WaitHandle watched_;
+  WaitHandle watchedHandle_;
   Nanoseconds deadline_ = kNever;
   std::atomic<bool> isSignalled_ = false;
 };
