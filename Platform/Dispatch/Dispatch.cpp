@@ -11,11 +11,11 @@ DispatchQueue::DispatchQueue() { NSRunLoop::mainRunLoop().setMainQueueSource(thi
 // The caller holds the lock.
 void DispatchQueue::updateNextDeadline() {
   Nanoseconds next = kNever;
-  if (!immediate_.empty()) {
-    next = immediate_.front().place.deadline;
+  if (!immediateTasks_.empty()) {
+    next = immediateTasks_.front().place.deadline;
   }
-  if (!delayed_.empty()) {
-    next = std::min(next, delayed_.begin()->place.deadline);
+  if (!delayedTasks_.empty()) {
+    next = std::min(next, delayedTasks_.begin()->place.deadline);
   }
   nextDeadline_ = next;
 }
@@ -27,9 +27,9 @@ void DispatchQueue::submit(dispatch_time_t deadline, Work work, std::string_view
     if (deadline == DISPATCH_TIME_NOW) {
       // The clock is read under the lock, so that the deadlines follow the order of submission.
       deadline = NSRunLoop::mainRunLoop().now();
-      immediate_.push_back({{deadline, submissions_++}, label, std::move(work)});
+      immediateTasks_.push_back({{deadline, submissions_++}, label, std::move(work)});
     } else {
-      delayed_.insert({{deadline, submissions_++}, label, std::move(work)});
+      delayedTasks_.insert({{deadline, submissions_++}, label, std::move(work)});
     }
     isEarliest = deadline < nextDeadline_;
     if (isEarliest) {
@@ -41,67 +41,67 @@ void DispatchQueue::submit(dispatch_time_t deadline, Work work, std::string_view
   }
 }
 
-void DispatchQueue::takeDue() {
+void DispatchQueue::takeDueTasks() {
   if (nextDeadline_ == kNever) {
-    return;  // an empty queue costs neither the lock nor a reading of the clock
+    return;  // an empty queue needs neither the lock nor the clock
   }
   const std::scoped_lock lock(mutex_);
-  auto immediate = immediate_.begin();
-  if (!delayed_.empty()) {
+  auto immediate = immediateTasks_.begin();
+  if (!delayedTasks_.empty()) {
     const Nanoseconds now = NSRunLoop::mainRunLoop().now();
-    while (!delayed_.empty() && delayed_.begin()->place.deadline <= now) {
-      auto delayed = delayed_.extract(delayed_.begin());
-      for (; immediate != immediate_.end() && *immediate < delayed.value(); ++immediate) {
-        due_.push_back(std::move(*immediate));
+    while (!delayedTasks_.empty() && delayedTasks_.begin()->place.deadline <= now) {
+      auto delayed = delayedTasks_.extract(delayedTasks_.begin());
+      for (; immediate != immediateTasks_.end() && *immediate < delayed.value(); ++immediate) {
+        dueTasks_.push_back(std::move(*immediate));
       }
-      due_.push_back(std::move(delayed.value()));
+      dueTasks_.push_back(std::move(delayed.value()));
     }
   }
-  if (due_.empty()) {
-    due_.swap(immediate_);
+  if (dueTasks_.empty()) {
+    dueTasks_.swap(immediateTasks_);
   } else {
-    std::move(immediate, immediate_.end(), std::back_inserter(due_));
-    immediate_.clear();
+    std::move(immediate, immediateTasks_.end(), std::back_inserter(dueTasks_));
+    immediateTasks_.clear();
   }
   updateNextDeadline();
 }
 
 bool DispatchQueue::deliver() {
-  takeDue();
+  takeDueTasks();
   bool hasRun = false;
-  while (next_ < due_.size()) {
+  while (nextDueTask_ < dueTasks_.size()) {
     hasRun = true;
-    // Emptied, not only moved from: a moved-from std::function may still hold what it captured.
-    const Work work = std::exchange(due_[next_++].work, nullptr);
+    // `exchange` empties the task: a moved-from std::function may still hold what it captured.
+    const Work work = std::exchange(dueTasks_[nextDueTask_++].work, nullptr);
     work();
   }
-  due_.clear();
-  next_ = 0;
+  dueTasks_.clear();
+  nextDueTask_ = 0;
   return hasRun;
 }
 
 std::size_t DispatchQueue::pendingCount() const {
   const std::scoped_lock lock(mutex_);
-  return immediate_.size() + delayed_.size() + (due_.size() - next_);
+  return immediateTasks_.size() + delayedTasks_.size() + (dueTasks_.size() - nextDueTask_);
 }
 
-std::vector<DispatchQueue::Pending> DispatchQueue::pending() const {
+std::vector<DispatchQueue::PendingWork> DispatchQueue::pending() const {
   const std::scoped_lock lock(mutex_);
-  std::vector<Pending> pending;
+  std::vector<PendingWork> pending;
   const auto add = [&pending](const Task& task) {
     pending.push_back({task.place.deadline, task.label});
   };
-  for (std::size_t index = next_; index < due_.size(); ++index) {
-    add(due_[index]);
+  for (std::size_t index = nextDueTask_; index < dueTasks_.size(); ++index) {
+    add(dueTasks_[index]);
   }
-  auto delayed = delayed_.begin();
-  for (const Task& task : immediate_) {
-    for (; delayed != delayed_.end() && *delayed < task; ++delayed) {
+  auto delayed = delayedTasks_.begin();
+  for (const Task& task : immediateTasks_) {
+    for (; delayed != delayedTasks_.end() && *delayed < task; ++delayed) {
       add(*delayed);
     }
     add(task);
   }
-  for (; delayed != delayed_.end(); ++delayed) {
+  for (; delayed != delayedTasks_.end(); ++delayed) {
     add(*delayed);
   }
   return pending;
@@ -109,7 +109,7 @@ std::vector<DispatchQueue::Pending> DispatchQueue::pending() const {
 
 std::string DispatchQueue::describePending() const {
   std::string text;
-  for (const Pending& work : pending()) {
+  for (const PendingWork& work : pending()) {
     text += "\n  at " + std::to_string(work.deadline) +
             " ns, work: " + (work.label.empty() ? "no label" : std::string(work.label));
   }
@@ -123,10 +123,10 @@ void DispatchQueue::removeAll() {
   std::set<Task> delayed;
   std::vector<Task> due;
   const std::scoped_lock lock(mutex_);
-  immediate.swap(immediate_);
-  delayed.swap(delayed_);
-  due.swap(due_);
-  next_ = 0;
+  immediate.swap(immediateTasks_);
+  delayed.swap(delayedTasks_);
+  due.swap(dueTasks_);
+  nextDueTask_ = 0;
   updateNextDeadline();
 }
 

@@ -22,9 +22,10 @@ using dispatch_time_t = Nanoseconds;
 inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
 inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
 
-/// Work for the main thread. Each pass of the run loop runs the work that is due when the queue's
-/// turn begins, in every mode: by deadline, then by order of submission. Work that is submitted
-/// during that turn waits for the next pass. One queue exists, and it is never destroyed.
+/// Work for the main thread. Each pass of the run loop has one turn for the queue, in every mode.
+/// The turn runs the work that is due when it begins: earlier deadlines first, and equal deadlines
+/// in the order of submission. Work that is submitted during the turn waits for the next pass. One
+/// queue exists, and it is never destroyed.
 class VEL_EXPORT DispatchQueue final : public RunLoopSource {
  public:
   using Work = std::function<void()>;
@@ -32,25 +33,25 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   DispatchQueue();
 
   /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
-  /// The label says what the work does, for readers of `pending`. Its text must live as long as the
+  /// The label says what the work does; `pending` returns it. Its text must live as long as the
   /// process, as a literal does. Any thread.
   void submit(dispatch_time_t deadline, Work work, std::string_view label = {});
 
   bool deliver() override;
   [[nodiscard]] Nanoseconds nextDeadline() const override {
-    return next_ < due_.size() ? 0 : nextDeadline_.load();
+    return nextDueTask_ < dueTasks_.size() ? 0 : nextDeadline_.load();
   }
   [[nodiscard]] std::string describePending() const override;
 
-  /// How many pieces of work have not run yet.
+  /// The number of pieces of work that have not run yet.
   [[nodiscard]] std::size_t pendingCount() const;
   /// A piece of work that has not run yet.
-  struct Pending {
+  struct PendingWork {
     dispatch_time_t deadline;
     std::string_view label;  // empty if the work has none
   };
   /// The work that has not run yet, in the order in which it will run. Main thread.
-  [[nodiscard]] std::vector<Pending> pending() const;
+  [[nodiscard]] std::vector<PendingWork> pending() const;
   /// Drops all work that has not run yet. Main thread.
   void removeAll();
 
@@ -69,20 +70,18 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   };
 
   void updateNextDeadline();
-  void takeDue();
+  void takeDueTasks();
 
   mutable std::mutex mutex_;
-  // The work submitted for now, and the work with a deadline of its own, both in order. The former
-  // is due whatever the time is.
-  std::vector<Task> immediate_;
-  std::set<Task> delayed_;
+  std::vector<Task> immediateTasks_;  // submitted for now, so always due; in order
+  std::set<Task> delayedTasks_;       // submitted with a deadline
   std::uint64_t submissions_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
-  // Used on the main thread only: the work that was due when the turn began, in order, and the
-  // index of the first piece that has not run. Work may run a nested loop (a modal dialog), which
-  // then runs the rest.
-  std::vector<Task> due_;
-  std::size_t next_ = 0;
+  // Used on the main thread only: the tasks that were due when the turn began, in order, and the
+  // index of the first task that has not run. If a task runs a nested loop, for example for a modal
+  // dialog, the nested loop runs the remaining tasks.
+  std::vector<Task> dueTasks_;
+  std::size_t nextDueTask_ = 0;
 };
 
 /// The main queue, served by the main run loop.
@@ -91,14 +90,14 @@ VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 /// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread.
 [[nodiscard]] VEL_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta);
 
-/// Runs `work` on the main thread, in the queue's next turn. Any thread. The label is that of
-/// `DispatchQueue::submit`.
+/// Runs `work` on the main thread, in the queue's next turn. Any thread. `DispatchQueue::submit`
+/// describes the label.
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work);
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, std::string_view label,
                                DispatchQueue::Work work);
 
-/// Runs `work` on the main thread at `when`. It cannot be cancelled. Any thread. The label is that
-/// of `DispatchQueue::submit`.
+/// Runs `work` on the main thread at `when`. It cannot be cancelled. Any thread.
+/// `DispatchQueue::submit` describes the label.
 VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue,
                                DispatchQueue::Work work);
 VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue, std::string_view label,

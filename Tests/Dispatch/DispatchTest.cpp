@@ -18,17 +18,17 @@ namespace {
 
 class DispatchTest : public VirtualTest {
  protected:
-  using Ran = std::vector<std::string>;
+  using Names = std::vector<std::string>;
 
   static dispatch_time_t after(double seconds) {
     return dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(seconds));
   }
   void submit(const std::string& name, const std::function<void()>& work = nullptr) {
-    dispatch_async(queue, noting(name, work));
+    dispatch_async(queue, recording(name, work));
   }
   void submitAt(dispatch_time_t when, const std::string& name,
                 const std::function<void()>& work = nullptr) {
-    dispatch_after(when, queue, noting(name, work));
+    dispatch_after(when, queue, recording(name, work));
   }
   // Advances time without a pass, as slow work does.
   void letTimePass(double seconds) {
@@ -37,12 +37,12 @@ class DispatchTest : public VirtualTest {
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   DispatchQueue& queue = dispatch_get_main_queue();
-  Ran ran;
+  Names runNames;
 
  private:
-  DispatchQueue::Work noting(const std::string& name, const std::function<void()>& work) {
+  DispatchQueue::Work recording(const std::string& name, const std::function<void()>& work) {
     return [this, name, work] {
-      ran.push_back(name);
+      runNames.push_back(name);
       if (work) {
         work();
       }
@@ -52,11 +52,11 @@ class DispatchTest : public VirtualTest {
 
 TEST_F(DispatchTest, WorkRunsInThePassAndNotBefore) {
   submit("work");
-  EXPECT_TRUE(ran.empty());
+  EXPECT_TRUE(runNames.empty());
   EXPECT_TRUE(loop.pump());
-  EXPECT_EQ(ran, Ran{"work"});
+  EXPECT_EQ(runNames, Names{"work"});
   EXPECT_FALSE(loop.pump());
-  EXPECT_EQ(ran, Ran{"work"});
+  EXPECT_EQ(runNames, Names{"work"});
 }
 
 TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
@@ -64,15 +64,15 @@ TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
     submit(name);
   }
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
   submitAt(after(0.5), "work");
   platform.run(0.499999999);
-  EXPECT_TRUE(ran.empty());
+  EXPECT_TRUE(runNames.empty());
   platform.run(0.000000001);
-  EXPECT_EQ(ran, Ran{"work"});
+  EXPECT_EQ(runNames, Names{"work"});
 }
 
 TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
@@ -81,7 +81,7 @@ TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
   submitAt(after(0.2), "second");
   letTimePass(1);
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
@@ -91,7 +91,7 @@ TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
   letTimePass(0.1);
   submit("third");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"first", "second", "third"}));
+  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
@@ -105,14 +105,14 @@ TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
       std::ranges::is_sorted(order, {}, [](int number) { return std::pair(number % 10, number); }));
 }
 
-TEST_F(DispatchTest, AsyncIsTheSameAsAfterWithoutADelay) {
+TEST_F(DispatchTest, DispatchAsyncEqualsDispatchAfterWithoutADelay) {
   letTimePass(1);
   submit("first");
   submitAt(DISPATCH_TIME_NOW, "second");
   submitAt(after(0), "third");
   submit("fourth");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"first", "second", "third", "fourth"}));
+  EXPECT_EQ(runNames, (Names{"first", "second", "third", "fourth"}));
 }
 
 TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
@@ -121,20 +121,20 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
   submit("one second");
   submitAt(after(-0.75), "a quarter");
   submitAt(after(0), "one second again");
-  const std::vector<DispatchQueue::Pending> pending = queue.pending();
+  const std::vector<DispatchQueue::PendingWork> pending = queue.pending();
   ASSERT_EQ(pending.size(), 4u);
   EXPECT_EQ(pending[0].deadline, NSEC_PER_SEC / 4);
   EXPECT_EQ(pending[1].deadline, NSEC_PER_SEC / 2);
   EXPECT_EQ(pending[3].deadline, NSEC_PER_SEC);
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"a quarter", "half a second", "one second", "one second again"}));
+  EXPECT_EQ(runNames, (Names{"a quarter", "half a second", "one second", "one second again"}));
 }
 
 TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForLaterWork) {
   submitAt(after(1), "later");
   submit("now");
   loop.pump();
-  EXPECT_EQ(ran, Ran{"now"});
+  EXPECT_EQ(runNames, Names{"now"});
   EXPECT_EQ(queue.nextDeadline(), NSEC_PER_SEC);
 }
 
@@ -142,46 +142,46 @@ TEST_F(DispatchTest, WorkWithAPastDeadlineIsDueNow) {
   letTimePass(2);
   submitAt(after(-1), "work");
   loop.pump();
-  EXPECT_EQ(ran, Ran{"work"});
+  EXPECT_EQ(runNames, Names{"work"});
 }
 
-TEST_F(DispatchTest, WorkThatWorkSubmitsWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkSubmittedByWorkWaitsForTheNextPass) {
   submit("outer", [this] { submit("inner"); });
   submit("other");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "other"}));
+  EXPECT_EQ(runNames, (Names{"outer", "other"}));
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "other", "inner"}));
+  EXPECT_EQ(runNames, (Names{"outer", "other", "inner"}));
 }
 
-TEST_F(DispatchTest, WorkThatWorkSubmitsForThePastWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
   letTimePass(2);
   submit("outer", [this] { submitAt(after(-1), "inner"); });
   submit("other");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "other"}));
+  EXPECT_EQ(runNames, (Names{"outer", "other"}));
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "other", "inner"}));
+  EXPECT_EQ(runNames, (Names{"outer", "other", "inner"}));
 }
 
 TEST_F(DispatchTest, WorkThatBecomesDueDuringTheTurnWaitsForTheNextPass) {
   submit("slow", [this] { letTimePass(1); });
   submitAt(after(0.5), "later");
   loop.pump();
-  EXPECT_EQ(ran, Ran{"slow"});
+  EXPECT_EQ(runNames, Names{"slow"});
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"slow", "later"}));
+  EXPECT_EQ(runNames, (Names{"slow", "later"}));
 }
 
 TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWork) {
   submit("outer", [this] {
     submit("submitted inside");
     loop.pump();
-    ran.emplace_back("outer ends");
+    runNames.emplace_back("outer ends");
   });
   submit("rest");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "rest", "submitted inside", "outer ends"}));
+  EXPECT_EQ(runNames, (Names{"outer", "rest", "submitted inside", "outer ends"}));
 }
 
 TEST_F(DispatchTest, ThePassTakesNoNewWorkAfterANestedLoop) {
@@ -191,9 +191,9 @@ TEST_F(DispatchTest, ThePassTakesNoNewWorkAfterANestedLoop) {
   });
   submit("rest");
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "rest"}));
+  EXPECT_EQ(runNames, (Names{"outer", "rest"}));
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"outer", "rest", "new"}));
+  EXPECT_EQ(runNames, (Names{"outer", "rest", "new"}));
 }
 
 TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
@@ -204,7 +204,7 @@ TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
     }
   };
   nest(50);
-  EXPECT_EQ(ran.size(), 50u);
+  EXPECT_EQ(runNames.size(), 50u);
   EXPECT_EQ(queue.pendingCount(), 0u);
 }
 
@@ -237,7 +237,7 @@ TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
   submitAt(after(1), "later");
   submit("now");
   std::vector<dispatch_time_t> deadlines;
-  for (const DispatchQueue::Pending& pending : queue.pending()) {
+  for (const DispatchQueue::PendingWork& pending : queue.pending()) {
     deadlines.push_back(pending.deadline);
   }
   EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
@@ -248,7 +248,7 @@ TEST_F(DispatchTest, PendingWorkHasItsLabel) {
   dispatch_after(after(1), queue, "second", [] {});
   submitAt(after(2), "without a label");
   std::vector<std::string_view> labels;
-  for (const DispatchQueue::Pending& pending : queue.pending()) {
+  for (const DispatchQueue::PendingWork& pending : queue.pending()) {
     labels.push_back(pending.label);
   }
   EXPECT_EQ(labels, (std::vector<std::string_view>{"first", "second", ""}));
@@ -272,36 +272,36 @@ TEST_F(DispatchTest, DroppedWorkDoesNotRun) {
   submitAt(after(1), "later");
   queue.removeAll();
   platform.run(2);
-  EXPECT_TRUE(ran.empty());
+  EXPECT_TRUE(runNames.empty());
 }
 
 TEST_F(DispatchTest, WorkMayDropTheRest) {
   submit("dropper", [this] { queue.removeAll(); });
   submit("rest");
   platform.run(1);
-  EXPECT_EQ(ran, Ran{"dropper"});
+  EXPECT_EQ(runNames, Names{"dropper"});
 }
 
 TEST_F(DispatchTest, CapturedObjectsAreDestroyedWithTheWork) {
-  const auto held = std::make_shared<int>(5);
-  dispatch_async(queue, [held] {});
-  EXPECT_EQ(held.use_count(), 2);
+  const auto object = std::make_shared<int>(5);
+  dispatch_async(queue, [object] {});
+  EXPECT_EQ(object.use_count(), 2);
   loop.pump();
-  EXPECT_EQ(held.use_count(), 1);
+  EXPECT_EQ(object.use_count(), 1);
 }
 
-TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextWorkRuns) {
-  const auto held = std::make_shared<int>(5);
-  long users = 0;
-  dispatch_async(queue, [held] {});
-  submit("next", [&] { users = held.use_count(); });
+TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextPieceOfWorkRuns) {
+  const auto object = std::make_shared<int>(5);
+  long useCount = 0;
+  dispatch_async(queue, [object] {});
+  submit("next", [&] { useCount = object.use_count(); });
   loop.pump();
-  EXPECT_EQ(users, 1);
+  EXPECT_EQ(useCount, 1);
 }
 
 TEST_F(DispatchTest, ADestructorInDroppedWorkMaySubmitWork) {
   const auto submitting = [this](const int* value) {
-    submit("heir");
+    submit("late work");
     delete value;
   };
   dispatch_async(queue, [holder = std::shared_ptr<int>(new int(5), submitting)] {});
@@ -311,12 +311,12 @@ TEST_F(DispatchTest, ADestructorInDroppedWorkMaySubmitWork) {
 }
 
 TEST_F(DispatchTest, WorkThatThrowsLeavesTheRestForTheNextPass) {
-  submit("raises", [] { throw std::runtime_error("stop"); });
+  submit("throws", [] { throw std::runtime_error("stop"); });
   submit("rest");
   EXPECT_THROW(loop.pump(), std::runtime_error);
-  EXPECT_EQ(ran, Ran{"raises"});
+  EXPECT_EQ(runNames, Names{"throws"});
   loop.pump();
-  EXPECT_EQ(ran, (Ran{"raises", "rest"}));
+  EXPECT_EQ(runNames, (Names{"throws", "rest"}));
 }
 
 TEST_F(DispatchTest, DispatchTimeAddsToNowOrToTheGivenMoment) {

@@ -44,12 +44,13 @@ TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission
 TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
   constexpr int kThreads = 4;
   constexpr int kEach = 500;
-  std::array<std::vector<int>, kThreads> ran;
+  std::array<std::vector<int>, kThreads> runNumbers;
   std::array<std::thread, kThreads> threads;
   for (std::size_t index = 0; index < kThreads; ++index) {
     threads[index] = std::thread([&, index] {
       for (int number = 0; number < kEach; ++number) {
-        dispatch_async(queue, [&ran, index, number] { ran[index].push_back(number); });
+        dispatch_async(queue,
+                       [&runNumbers, index, number] { runNumbers[index].push_back(number); });
       }
     });
   }
@@ -60,33 +61,33 @@ TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
     thread.join();
   }
   platform.runDueWork();
-  for (const std::vector<int>& numbers : ran) {
+  for (const std::vector<int>& numbers : runNumbers) {
     EXPECT_EQ(numbers.size(), std::size_t{kEach});
     EXPECT_TRUE(std::ranges::is_sorted(numbers));
   }
 }
 
 TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
-  bool ran = false;
+  bool hasRun = false;
   dispatch_async(queue, [&] {
-    std::thread other([&] { dispatch_async(queue, [&ran] { ran = true; }); });
+    std::thread other([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
     // Only the work ends this loop: a virtual wait would throw.
-    while (!ran) {
+    while (!hasRun) {
       loop.pump();
     }
     other.join();
   });
   loop.pump();
-  EXPECT_TRUE(ran);
+  EXPECT_TRUE(hasRun);
 }
 
 TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
-  bool wentBack = false;
+  bool hasGoneBack = false;
   std::thread other([&] {
     dispatch_time_t last = 0;
     for (int reading = 0; reading < 1000; ++reading) {
       const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
-      wentBack = wentBack || now < last;
+      hasGoneBack = hasGoneBack || now < last;
       last = now;
     }
   });
@@ -94,7 +95,7 @@ TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
     platform.run(0.1);
   }
   other.join();
-  EXPECT_FALSE(wentBack);
+  EXPECT_FALSE(hasGoneBack);
 }
 
 }  // namespace

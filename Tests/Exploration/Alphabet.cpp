@@ -4,15 +4,16 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "Host/Play/Scenario/ScenarioReader.h"
 #include "Host/Play/Scenario/Decimal.h"
+#include "Host/Play/Scenario/ScenarioReader.h"
 
 namespace vel::exploration {
 
 namespace {
 
-// After three ticks almost nothing is left of 0.3 s. Half a second is longer than the countdown.
-// Append new actions: the seeds of the fuzzer refer to actions by index.
+// A countdown of 0.3 s takes three ticks; rounding can leave a tiny rest. Half a second is longer
+// than the countdown. Add new actions at the end: the seeds of the fuzzer refer to actions by
+// index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
@@ -25,7 +26,7 @@ constexpr Action kActions[] = {
     {"present as a modal window", 0, R"({"do":"present","window":"player","mode":2})"},
     {"key to the player", 0, R"({"do":"makeKey","window":"player"})"},
     {"key to another window", 0, R"({"do":"makeKey","window":"other"})"},
-    {"key to nobody", 0, R"({"do":"resignKey"})"},
+    {"no window is key", 0, R"({"do":"resignKey"})"},
     {"consent window loses key", 0, R"({"do":"makeKey","window":"consent"},{"do":"resignKey"})"},
     {"tick", 1, R"({"do":"inspect"})"},
     {"half a second", 5, R"({"do":"inspect"})"},
@@ -49,7 +50,7 @@ constexpr Setting kSettings[] = {
 
 #undef VEL_EXPLORATION_OTHER_WINDOWS
 
-constexpr int kTenthsUntilAllIsDone = 50;
+constexpr int kTenthsUntilNoWorkIsLeft = 50;
 
 std::string seconds(int tenths) { return host::shortestDecimal(tenths / 10.0); }
 
@@ -82,13 +83,13 @@ std::string scenarioText(const Setting& setting, const Script& script) {
     steps += "{\"at\":" + seconds(tenths) + ",";
     steps += action.steps.substr(1);
   }
-  return scenarioOf(setting, steps, tenths + kTenthsUntilAllIsDone);
+  return scenarioOf(setting, steps, tenths + kTenthsUntilNoWorkIsLeft);
 }
 
-ParsedSetting::ParsedSetting(const Setting& chosen)
-    : setting(chosen), scenario(host::readScenario(scenarioOf(chosen, "", 0))) {
+ParsedSetting::ParsedSetting(const Setting& source)
+    : setting(source), scenario(host::readScenario(scenarioOf(source, "", 0))) {
   for (const Action& action : kActions) {
-    steps.push_back(host::readScenario(scenarioOf(chosen, std::string(action.steps), 0)).steps);
+    steps.push_back(host::readScenario(scenarioOf(source, std::string(action.steps), 0)).steps);
   }
 }
 

@@ -1,4 +1,4 @@
-// The actions and hosts of which the explored scripts consist.
+// The actions and hosts from which the exploration builds its scripts.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace vel::exploration {
 
-/// Something that the host or the user does, or a span of time.
+/// An action of the host or the user, or a span of time.
 struct Action {
   std::string_view name;
   /// The time that passes before the steps.
@@ -35,12 +35,13 @@ struct Setting {
 /// Indices of actions in `actions()`.
 using Script = std::vector<std::uint8_t>;
 
-/// The script as a scenario for `launchscreen play`. The scenario ends after all delayed work.
+/// The script as a scenario for `launchscreen play`. The scenario ends when no delayed work is
+/// left.
 [[nodiscard]] std::string scenarioText(const Setting& setting, const Script& script);
 
 /// A setting and the steps of every action, parsed once for any number of plays.
 struct ParsedSetting {
-  explicit ParsedSetting(const Setting& chosen);
+  explicit ParsedSetting(const Setting& source);
 
   const Setting& setting;
   /// A scenario with this host and without steps.

@@ -49,56 +49,58 @@ std::vector<Script> continuationsOf(const Script& script) {
 
 // Findings
 
-Exploration exploreFor(When when, std::string (*fault)(const ObservedPlay&), std::size_t depth) {
-  const Invariant falsehood[] = {{"a falsehood", when, fault}};
-  return explore(bare(), falsehood, depth);
+Exploration exploreFor(When when, std::string (*findFault)(const ObservedPlay&),
+                       std::size_t depth) {
+  const Invariant falseStatement[] = {{"a false statement", when, findFault}};
+  return explore(bare(), falseStatement, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
-  const Exploration found = exploreFor(
+  const Exploration exploration = exploreFor(
       When::State,
       [](const ObservedPlay& play) -> std::string {
-        return play.hostWindows().front()->styleMask() == 1 ? "controls are taken" : "";
+        return play.hostWindows().front()->styleMask() == 1 ? "controls are removed" : "";
       },
       4);
-  ASSERT_TRUE(found.finding);
-  EXPECT_EQ(found.finding->violation, "a falsehood: controls are taken");
-  EXPECT_EQ(found.finding->script, scriptOf({"request", "present embedded"}));
+  ASSERT_TRUE(exploration.finding);
+  EXPECT_EQ(exploration.finding->violation, "a false statement: controls are removed");
+  EXPECT_EQ(exploration.finding->script, scriptOf({"request", "present embedded"}));
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
-  const Exploration found = exploreFor(
+  const Exploration exploration = exploreFor(
       When::Moment,
       [](const ObservedPlay& play) -> std::string {
-        const bool ticks =
+        const bool isTick =
             play.event() != nullptr && std::holds_alternative<host::trace::Ticked>(*play.event());
-        return ticks && play.manager()->content() != nullptr ? "time passes" : "";
+        return isTick && play.manager()->content() != nullptr ? "time passes" : "";
       },
       4);
-  ASSERT_TRUE(found.finding);
-  EXPECT_EQ(found.finding->script,
+  ASSERT_TRUE(exploration.finding);
+  EXPECT_EQ(exploration.finding->script,
             scriptOf({"request", "content view", "present embedded", "tick"}));
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
-  const Exploration found = exploreFor(
+  const Exploration exploration = exploreFor(
       When::End,
       [](const ObservedPlay& play) -> std::string {
-        return play.history().events > 0 ? "an event was recorded" : "";
+        return play.history().eventCount > 0 ? "an event was recorded" : "";
       },
       4);
-  ASSERT_TRUE(found.finding);
-  EXPECT_EQ(found.finding->script,
+  ASSERT_TRUE(exploration.finding);
+  EXPECT_EQ(exploration.finding->script,
             scriptOf({"request", "content view", "dismiss by the manager", "deactivate"}));
 }
 
 TEST(ExplorationTest, PrintsAFindingAsAScenario) {
-  const Exploration found = exploreFor(
+  const Exploration exploration = exploreFor(
       When::State,
-      [](const ObservedPlay& play) -> std::string { return play.now().unfocused ? "away" : ""; },
+      [](const ObservedPlay& play) -> std::string { return play.now().isUnfocused ? "away" : ""; },
       4);
-  ASSERT_TRUE(found.finding);
-  const host::Scenario scenario = host::readScenario(scenarioText(bare(), found.finding->script));
+  ASSERT_TRUE(exploration.finding);
+  const host::Scenario scenario =
+      host::readScenario(scenarioText(bare(), exploration.finding->script));
   std::vector<std::string_view> steps;
   std::ranges::transform(scenario.steps, std::back_inserter(steps), &host::Step::name);
   EXPECT_THAT(steps, testing::ElementsAre("request", "contentView", "present", "makeKey"));
@@ -108,8 +110,8 @@ TEST(ExplorationTest, PrintsAFindingAsAScenario) {
 
 TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
   Script all(actions().size());
-  for (std::size_t place = 0; place < all.size(); ++place) {
-    all[place] = static_cast<std::uint8_t>(place);
+  for (std::size_t index = 0; index < all.size(); ++index) {
+    all[index] = static_cast<std::uint8_t>(index);
   }
   for (const Setting& setting : settings()) {
     EXPECT_GE(host::readScenario(scenarioText(setting, all)).steps.size(), actions().size());
@@ -119,11 +121,12 @@ TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
 // Counts
 
 TEST(ExplorationTest, ExtendsEachStateOnce) {
-  const Exploration found = explore(bare(), invariants(), 1);
-  EXPECT_EQ(found.sequences, 1 + actions().size());
-  EXPECT_EQ(found.depth, 1U);
-  const Exploration further = explore(bare(), invariants(), 2);
-  EXPECT_EQ(further.sequences, found.sequences + (found.states - 1) * actions().size());
+  const Exploration exploration = explore(bare(), invariants(), 1);
+  EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
+  EXPECT_EQ(exploration.depth, 1U);
+  const Exploration deeperExploration = explore(bare(), invariants(), 2);
+  EXPECT_EQ(deeperExploration.scriptCount,
+            exploration.scriptCount + (exploration.stateCount - 1) * actions().size());
 }
 
 // Equal states
@@ -148,14 +151,14 @@ TEST(StateKeyTest, DiffersIfTheFutureDiffers) {
 
 class SettingTest : public testing::TestWithParam<std::size_t> {};
 
-// What the key leaves out has no effect on the future.
+// Whatever the key does not contain has no effect on the future.
 TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
   const ParsedSetting parsed(settings()[GetParam()]);
-  std::map<std::string, Script> firstWith;
+  std::map<std::string, Script> firstScripts;
   std::vector<Script> scripts{{}};
-  for (std::size_t place = 0; place < scripts.size(); ++place) {
-    const Script script = scripts[place];
-    const auto [known, isNew] = firstWith.emplace(keyAfter(parsed, script), script);
+  for (std::size_t index = 0; index < scripts.size(); ++index) {
+    const Script script = scripts[index];
+    const auto [known, isNew] = firstScripts.emplace(keyAfter(parsed, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
@@ -166,7 +169,7 @@ TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
           << scenarioText(parsed.setting, continuations[action]);
     }
   }
-  EXPECT_LT(firstWith.size(), scripts.size());
+  EXPECT_LT(firstScripts.size(), scripts.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
@@ -177,7 +180,7 @@ struct Example {
   std::string_view exception;
   std::vector<std::string_view> script;
   /// The windows' styles after the script. The host gave them 15, 7 and 1.
-  std::vector<NSWindowStyleMask> left;
+  std::vector<NSWindowStyleMask> remainingStyles;
 };
 
 constexpr NSWindowStyleMask kEveryBit = ~NSWindowStyleMask{0};
@@ -218,12 +221,13 @@ TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   EXPECT_EQ(play.violation(), "");
   EXPECT_TRUE(isUncovered(play));
   EXPECT_TRUE(play.history().styleExceptions.test(GetParam()));
-  std::vector<NSWindowStyleMask> left;
-  std::ranges::transform(play.hostWindows(), std::back_inserter(left),
+  std::vector<NSWindowStyleMask> styles;
+  std::ranges::transform(play.hostWindows(), std::back_inserter(styles),
                          [](const auto& window) { return window->styleMask(); });
-  EXPECT_EQ(left, example.left);
+  EXPECT_EQ(styles, example.remainingStyles);
   EXPECT_TRUE(std::ranges::any_of(play.hostWindows(), [&](const auto& window) {
-    return window->styleMask() != play.givenStyle(*window) && exception.leaves(play, *window);
+    return window->styleMask() != play.givenStyle(*window) &&
+           exception.hasExpectedStyle(play, *window);
   }));
 }
 

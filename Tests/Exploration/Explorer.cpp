@@ -28,48 +28,48 @@ std::string violationIn(const ParsedSetting& parsed, std::span<const Invariant> 
 Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                     std::size_t depth) {
   const ParsedSetting parsed(setting);
-  Exploration found;
-  // Stores hashes of the keys. Among a million states, two share a hash with a probability of 1 in
-  // 10^7.
-  std::unordered_set<std::size_t> known;
-  std::vector<Script> open;
-  // Returns whether all invariants hold.
+  Exploration exploration;
+  // Hashes of the keys of the states. In a million states, two have the same hash with a
+  // probability of 1 in 10^7.
+  std::unordered_set<std::size_t> knownStates;
+  std::vector<Script> scriptsToExtend;
+  // Returns true if all invariants hold.
   const auto visit = [&](const Script& script) {
-    ++found.sequences;
+    ++exploration.scriptCount;
     ObservedPlay play(parsed, invariants);
     performAll(play, script);
     if (!play.violation().empty()) {
-      found.finding = {.violation = play.violation(), .script = script};
+      exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
-    if (known.insert(std::hash<std::string>()(stateKey(play))).second) {
-      open.push_back(script);
+    if (knownStates.insert(std::hash<std::string>()(stateKey(play))).second) {
+      scriptsToExtend.push_back(script);
       play.end();
     }
     if (!play.violation().empty()) {
-      found.finding = {.violation = play.violation(), .script = script};
-      found.finding->script.push_back(actionNamed("deactivate"));
+      exploration.finding = {.violation = play.violation(), .script = script};
+      exploration.finding->script.push_back(actionNamed("deactivate"));
     }
     return play.violation().empty();
   };
 
   if (!visit({})) {
-    return found;
+    return exploration;
   }
-  while (found.depth < depth && !open.empty()) {
-    for (Script script : std::exchange(open, {})) {
+  while (exploration.depth < depth && !scriptsToExtend.empty()) {
+    for (Script script : std::exchange(scriptsToExtend, {})) {
       script.push_back(0);
       for (std::size_t action = 0; action < actions().size(); ++action) {
         script.back() = static_cast<std::uint8_t>(action);
         if (!visit(script)) {
-          return found;
+          return exploration;
         }
       }
     }
-    ++found.depth;
+    ++exploration.depth;
   }
-  found.states = known.size();
-  return found;
+  exploration.stateCount = knownStates.size();
+  return exploration;
 }
 
 }  // namespace vel::exploration

@@ -18,14 +18,16 @@ struct Finding {
   Script script;
 };
 
+/// The result of an exploration.
 struct Exploration {
-  /// The number of different states, the first one included.
-  std::size_t states = 0;
+  /// The number of different states, including the first one.
+  std::size_t stateCount = 0;
   /// The number of scripts that were played.
-  std::size_t sequences = 0;
-  /// Every script up to this length was played, or reaches a state of a shorter script.
+  std::size_t scriptCount = 0;
+  /// Every script up to this length was played, or reaches the same state as a shorter script.
   std::size_t depth = 0;
-  /// The first finding, which is also one of the shortest. The exploration ends with it.
+  /// The first script that breaks an invariant. No shorter script breaks one. The exploration stops
+  /// there.
   std::optional<Finding> finding;
 };
 

@@ -14,10 +14,10 @@ namespace {
 using When = Invariant::When;
 namespace trace = host::trace;
 
-constexpr Nanoseconds kFromSentToRecorded = kNanosecondsPerSecond / 2;
+constexpr Nanoseconds kDelayOfRecording = kNanosecondsPerSecond / 2;
 
 template <class Kind>
-const Kind* happening(const ObservedPlay& play) {
+const Kind* eventAs(const ObservedPlay& play) {
   return play.event() == nullptr ? nullptr : std::get_if<Kind>(play.event());
 }
 
@@ -25,44 +25,45 @@ std::string number(double value) { return host::shortestDecimal(value); }
 
 // The event
 
-std::string recordedTwice(const ObservedPlay& play) {
-  const bool again = happening<trace::EventRecorded>(play) != nullptr && play.history().events > 0;
-  return again ? "it is recorded again" : "";
+std::string checkRecordedOnce(const ObservedPlay& play) {
+  const bool isRecordedAgain =
+      eventAs<trace::EventRecorded>(play) != nullptr && play.history().eventCount > 0;
+  return isRecordedAgain ? "it is recorded again" : "";
 }
 
-std::string recordedInSkipMode(const ObservedPlay& play) {
-  const bool wrong =
-      happening<trace::EventRecorded>(play) != nullptr && !play.history().plainRequest;
-  return wrong ? "it is recorded" : "";
+std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
+  const bool isRecorded =
+      eventAs<trace::EventRecorded>(play) != nullptr && !play.history().hasPlainRequest;
+  return isRecorded ? "it is recorded" : "";
 }
 
-// A sent event is recorded half a second later, even if a window goes away in that time.
-std::string sentWhileAway(const ObservedPlay& play) {
-  const bool rose = play.now().sent && !play.before().sent;
-  return rose && play.history().away ? "it is sent" : "";
+// The event is recorded half a second after it is sent, even if a window goes away in that time.
+std::string checkNotSentWhileAway(const ObservedPlay& play) {
+  const bool isSentNow = play.now().isSent && !play.before().isSent;
+  return isSentNow && play.history().isWindowAway ? "it is sent" : "";
 }
 
-std::string recordedAtAnotherTime(const ObservedPlay& play) {
-  if (happening<trace::EventRecorded>(play) == nullptr) {
+std::string checkTimeOfRecording(const ObservedPlay& play) {
+  if (eventAs<trace::EventRecorded>(play) == nullptr) {
     return "";
   }
   const auto sentAt = play.history().sentAt;
-  return sentAt && ObservedPlay::time() == *sentAt + kFromSentToRecorded ? "" : "it is recorded";
+  return sentAt && ObservedPlay::time() == *sentAt + kDelayOfRecording ? "" : "it is recorded";
 }
 
 // Dismissal
 
-std::string dismissedEarly(const ObservedPlay& play) {
+std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const History& history = play.history();
-  const bool moved = happening<trace::CoverStep>(play) != nullptr ||
-                     happening<trace::StyleMaskSet>(play) != nullptr ||
-                     happening<trace::PresentationWindow>(play) != nullptr ||
-                     happening<trace::KeyChanged>(play) != nullptr;
-  if (history.refusalDue && moved) {
+  const bool isDismissing = eventAs<trace::CoverStep>(play) != nullptr ||
+                            eventAs<trace::StyleMaskSet>(play) != nullptr ||
+                            eventAs<trace::PresentationWindow>(play) != nullptr ||
+                            eventAs<trace::KeyChanged>(play) != nullptr;
+  if (history.mustRefuse && isDismissing) {
     return "it goes through with " + number(history.timeLeft) + " s left";
   }
-  const bool early = history.timeLeft > expirationTimeStep && !play.now().skipMode;
-  if (happening<trace::Ticked>(play) != nullptr && early && history.coverSteps > 0) {
+  const bool isEarly = history.timeLeft > expirationTimeStep && !play.now().skipMode;
+  if (eventAs<trace::Ticked>(play) != nullptr && isEarly && history.coverStepCount > 0) {
     return "a tick dismisses with " + number(history.timeLeft) + " s left";
   }
   return "";
@@ -70,68 +71,71 @@ std::string dismissedEarly(const ObservedPlay& play) {
 
 // The countdown
 
-std::string timeLeftMoves(const ObservedPlay& play) {
+std::string checkTimeLeft(const ObservedPlay& play) {
   const double before = play.before().timeLeft;
   const double now = play.now().timeLeft;
   const History& history = play.history();
-  const bool stopped = history.hostTold || (history.hostAsked && before <= expirationTimeStep);
-  const bool seeded = history.step == "request" && now == play.now().interval;
-  if (happening<trace::Ticked>(play) != nullptr) {
-    const bool byOneStep = now == before - expirationTimeStep;
-    const bool stoppedFirst = stopped && now == 0.0 - expirationTimeStep;
-    const bool nothingLeft = before == 0.0 && now == 0.0;
+  const bool mayBeStopped = history.hasCalledDidDisappear ||
+                            (history.hasCalledCanDisappear && before <= expirationTimeStep);
+  const bool isNewInterval = history.step == "request" && now == play.now().interval;
+  if (eventAs<trace::Ticked>(play) != nullptr) {
+    const bool isOneStepLess = now == before - expirationTimeStep;
+    const bool isStoppedBeforeTick = mayBeStopped && now == 0.0 - expirationTimeStep;
+    const bool isZero = before == 0.0 && now == 0.0;
     if (!history.wasCounting) {
       return "a tick comes without a valid timer";
     }
-    return byOneStep || stoppedFirst || nothingLeft
+    return isOneStepLess || isStoppedBeforeTick || isZero
                ? ""
                : "a tick makes " + number(now) + " s of " + number(before) + " s";
   }
-  if (now == before || (stopped && now == 0.0) || seeded) {
+  if (now == before || (mayBeStopped && now == 0.0) || isNewInterval) {
     return "";
   }
   return number(before) + " s become " + number(now) + " s without a tick";
 }
 
-std::string countsUnseen(const ObservedPlay& play) {
-  return play.now().counts && play.now().unfocused ? "it runs while unfocused" : "";
+std::string checkCountsOnlyWithFocus(const ObservedPlay& play) {
+  return play.now().isCounting && play.now().isUnfocused ? "it runs while unfocused" : "";
 }
 
-std::string unfocusedOtherwise(const ObservedPlay& play) {
-  if (play.now().unfocused == play.history().away) {
+std::string checkUnfocused(const ObservedPlay& play) {
+  if (play.now().isUnfocused == play.history().isWindowAway) {
     return "";
   }
-  return play.now().unfocused ? "it is unfocused, but no required window is away"
-                              : "it is not unfocused, but a required window is away";
+  return play.now().isUnfocused ? "it is unfocused, but no required window is away"
+                                : "it is not unfocused, but a required window is away";
 }
 
-std::string severalTimers(const ObservedPlay& play) {
+std::string checkTimerCount(const ObservedPlay& play) {
   const std::size_t timers = NSRunLoop::mainRunLoop().timerCount();
-  return timers > (play.now().counts ? 1U : 0U) ? std::to_string(timers) + " timers are scheduled"
-                                                : "";
+  return timers > (play.now().isCounting ? 1U : 0U)
+             ? std::to_string(timers) + " timers are scheduled"
+             : "";
 }
 
 // Style masks
 
 bool isException(const ObservedPlay& play, const NSWindow& window) {
   const auto exceptions = styleExceptions();
-  for (std::size_t place = 0; place < exceptions.size(); ++place) {
-    if (play.history().styleExceptions.test(place) && exceptions[place].leaves(play, window)) {
+  for (std::size_t index = 0; index < exceptions.size(); ++index) {
+    if (play.history().styleExceptions.test(index) &&
+        exceptions[index].hasExpectedStyle(play, window)) {
       return true;
     }
   }
   return false;
 }
 
-std::string styleKept(const ObservedPlay& play) {
+std::string checkStyles(const ObservedPlay& play) {
   if (!isUncovered(play)) {
     return "";
   }
   for (const Strong<NSWindow>& window : play.hostWindows()) {
-    const NSWindowStyleMask given = play.givenStyle(*window);
-    if (window->styleMask() != given && !isException(play, *window)) {
+    const NSWindowStyleMask hostsMask = play.givenStyle(*window);
+    if (window->styleMask() != hostsMask && !isException(play, *window)) {
       return play.names().nameOf(*window) + " has " + std::to_string(window->styleMask()) +
-             " instead of " + std::to_string(given);
+             " instead of " + std::to_string(hostsMask);
     }
   }
   return "";
@@ -139,57 +143,57 @@ std::string styleKept(const ObservedPlay& play) {
 
 // After the end
 
-std::string leftAlive(const ObservedPlay& play) {
+std::string checkObjectsAfterEnd(const ObservedPlay& play) {
   if (!dispatch_get_main_queue().pending().empty()) {
-    return "work waits on the main queue";
+    return "the main queue has pending work";
   }
-  // Only the host and the covers that are still up keep the manager alive. A cover keeps its
-  // delegates.
-  long managersOwners = 1;
-  bool contentKept = false;
+  // Only the host and the covers that are still up own the manager. A cover owns its delegates.
+  long expectedOwnerCount = 1;
+  bool isContentOwned = false;
   for (const auto& controller : play.controllers()) {
-    const bool isKept = controller == embedded_cover::selfController || controller->isShown() ||
-                        controller->parentViewController() != nullptr ||
-                        controller->presentingViewController() != nullptr;
-    if (!isKept) {
-      return "a controller that is neither shown nor presented nor tracked";
+    const bool isUp = controller == embedded_cover::selfController || controller->isShown() ||
+                      controller->parentViewController() != nullptr ||
+                      controller->presentingViewController() != nullptr;
+    if (!isUp) {
+      return "a controller is alive that is not shown, presented or tracked";
     }
     if (const auto delegates = controller->delegates()) {
-      managersOwners += delegates->containsObject(play.manager().get()) ? 1 : 0;
-      contentKept = contentKept || delegates->containsObject(play.mainContent().lock().get());
+      expectedOwnerCount += delegates->containsObject(play.manager().get()) ? 1 : 0;
+      isContentOwned = isContentOwned || delegates->containsObject(play.mainContent().lock().get());
     }
   }
-  if (play.manager().use_count() != managersOwners) {
-    return "the manager, kept by " + std::to_string(play.manager().use_count()) + " instead of " +
-           std::to_string(managersOwners);
+  if (play.manager().use_count() != expectedOwnerCount) {
+    return "the manager has " + std::to_string(play.manager().use_count()) + " owners instead of " +
+           std::to_string(expectedOwnerCount);
   }
-  if (!play.mainContent().expired() && !contentKept) {
-    return "the main content";
+  if (!play.mainContent().expired() && !isContentOwned) {
+    return "the main content is alive";
   }
   return "";
 }
 
-std::string toldAfterEnd(const ObservedPlay& play) {
+std::string checkDelegatesAfterEnd(const ObservedPlay& play) {
   const auto controller = play.lastController();
   const auto delegates = controller == nullptr ? nullptr : controller->delegates();
   return delegates == nullptr || delegates->count() == 0 ? "" : "it has delegates";
 }
 
 constexpr Invariant kInvariants[] = {
-    {"the event is recorded at most once", When::Moment, &recordedTwice},
-    {"no event is recorded if every request asks for skip mode", When::Moment, &recordedInSkipMode},
-    {"no event is sent while a required window is away", When::Moment, &sentWhileAway},
-    {"the event is recorded half a second after it is sent", When::Moment, &recordedAtAnotherTime},
+    {"the event is recorded at most once", When::Moment, &checkRecordedOnce},
+    {"no event is recorded if every request asks for skip mode", When::Moment,
+     &checkNotRecordedInSkipMode},
+    {"no event is sent while a required window is away", When::Moment, &checkNotSentWhileAway},
+    {"the event is recorded half a second after it is sent", When::Moment, &checkTimeOfRecording},
     {"outside skip mode a guarded dismissal does not go through with more than a step left",
-     When::Moment, &dismissedEarly},
-    {"each tick of a valid timer reduces the time left by one step", When::Moment, &timeLeftMoves},
-    {"the countdown runs only with focus", When::Moment, &countsUnseen},
+     When::Moment, &checkNotDismissedEarly},
+    {"each tick of a valid timer reduces the time left by one step", When::Moment, &checkTimeLeft},
+    {"the countdown runs only with focus", When::Moment, &checkCountsOnlyWithFocus},
     {"the manager is unfocused exactly while a required window is away", When::Moment,
-     &unfocusedOtherwise},
-    {"there is at most one timer", When::Moment, &severalTimers},
-    {"without a cover every window has the style that its host gave it", When::State, &styleKept},
-    {"after the end only covers that are up are alive", When::End, &leftAlive},
-    {"a deactivated cover has no delegates", When::End, &toldAfterEnd},
+     &checkUnfocused},
+    {"there is at most one timer", When::Moment, &checkTimerCount},
+    {"without a cover every window has the style that its host gave it", When::State, &checkStyles},
+    {"after the end only covers that are up are alive", When::End, &checkObjectsAfterEnd},
+    {"a deactivated cover has no delegates", When::End, &checkDelegatesAfterEnd},
 };
 
 }  // namespace

@@ -13,16 +13,16 @@ namespace {
 
 constexpr Nanoseconds kTenthOfSecond = kNanosecondsPerSecond / 10;
 // Longer than the countdown and all delayed work that can follow it.
-constexpr Nanoseconds kTimeUntilAllIsDone = 5 * kNanosecondsPerSecond;
+constexpr Nanoseconds kTimeUntilNoWorkIsLeft = 5 * kNanosecondsPerSecond;
 
 Sample sampleOf(const LaunchScreenManager& manager) {
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
   return {.timeLeft = manager.launchScreenExpirationTimeLeft(),
           .interval = configuration->expirationTimeInterval(),
-          .counts = send(manager.launchScreenExpirationTimer(), &NSTimer::isValid),
-          .unfocused = manager.appIsUnfocused(),
-          .sent = manager.eventWasSended(),
-          .expired = manager.launchScreenExpired(),
+          .isCounting = send(manager.launchScreenExpirationTimer(), &NSTimer::isValid),
+          .isUnfocused = manager.appIsUnfocused(),
+          .isSent = manager.eventWasSended(),
+          .isExpired = manager.launchScreenExpired(),
           .skipMode = configuration->skipMode()};
 }
 
@@ -70,10 +70,10 @@ void ObservedPlay::perform(std::uint8_t action) {
     play(step);
   }
   check(Invariant::When::State);
-  const bool stylesKept = std::ranges::all_of(hostWindows_, [this](const auto& window) {
+  const bool hasGivenStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
     return window->styleMask() == givenStyle(*window);
   });
-  if (stylesKept && isUncovered(*this) && isStyleForgotten(*this)) {
+  if (hasGivenStyles && isUncovered(*this) && isStyleForgotten(*this)) {
     history_.styleExceptions.reset();
   }
 }
@@ -81,7 +81,7 @@ void ObservedPlay::perform(std::uint8_t action) {
 void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
   play({.at = at_, .name = "deactivate", .action = host::step::Deactivate{}});
-  at_ += kTimeUntilAllIsDone;
+  at_ += kTimeUntilNoWorkIsLeft;
   play({.at = at_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::When::End);
 }
@@ -108,37 +108,37 @@ std::vector<Strong<LaunchScreenViewController>> ObservedPlay::controllers() cons
 }
 
 NSWindowStyleMask ObservedPlay::givenStyle(const NSWindow& window) const {
-  std::size_t place = 0;
-  while (hostWindows_[place].get() != &window) {
-    ++place;
+  std::size_t index = 0;
+  while (hostWindows_[index].get() != &window) {
+    ++index;
   }
-  return hostScript().windows[place].styleMask;
+  return hostScript().windows[index].styleMask;
 }
 
 // Watching
 
 void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
-  moment(&line.event);
+  checkMoment(&line.event);
   std::visit([this](const auto& event) { note(event); }, line.event);
 }
 
 void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
-  moment(nullptr);
-  collect();
+  checkMoment(nullptr);
+  collectObjects();
   history_.timeLeft = now_.timeLeft;
-  history_.wasCounting = now_.counts;
+  history_.wasCounting = now_.isCounting;
   history_.step = {};
-  history_.refusalDue = false;
-  history_.hostAsked = false;
-  history_.hostTold = false;
-  history_.coverSteps = 0;
+  history_.mustRefuse = false;
+  history_.hasCalledCanDisappear = false;
+  history_.hasCalledDidDisappear = false;
+  history_.coverStepCount = 0;
 }
 
-void ObservedPlay::moment(const host::TraceEvent* event) {
+void ObservedPlay::checkMoment(const host::TraceEvent* event) {
   event_ = event;
   before_ = now_;
   now_ = sampleOf(*manager());
-  if (now_.sent && !before_.sent) {
+  if (now_.isSent && !before_.isSent) {
     history_.sentAt = time();
   }
   check(Invariant::When::Moment);
@@ -152,7 +152,7 @@ void ObservedPlay::check(Invariant::When when) {
     if (invariant.when != when) {
       continue;
     }
-    if (const std::string fault = invariant.fault(*this); !fault.empty()) {
+    if (const std::string fault = invariant.findFault(*this); !fault.empty()) {
       violation_ = std::string(invariant.name) + ": " + fault;
     }
   }
@@ -160,42 +160,45 @@ void ObservedPlay::check(Invariant::When when) {
 
 void ObservedPlay::note(const host::trace::StepStarted& started) {
   history_.step = started.name;
-  for (std::size_t place = 0; place < styleExceptions().size(); ++place) {
-    if (styleExceptions()[place].begins(*this, *step_)) {
-      history_.styleExceptions.set(place);
+  for (std::size_t index = 0; index < styleExceptions().size(); ++index) {
+    if (styleExceptions()[index].isCausedBy(*this, *step_)) {
+      history_.styleExceptions.set(index);
     }
   }
   const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);
-  const bool guarded = dismissal != nullptr && dismissal->by != host::DismissalPath::Content;
+  const bool isGuarded = dismissal != nullptr && dismissal->by != host::DismissalPath::Content;
   const auto delegates =
       send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
-  history_.refusalDue = guarded && delegates != nullptr &&
+  history_.mustRefuse = isGuarded && delegates != nullptr &&
                         delegates->containsObject(manager().get()) && !now_.skipMode &&
                         now_.timeLeft > expirationTimeStep;
 }
 
 void ObservedPlay::note(const host::trace::ContentDataAnswered& answered) {
-  history_.plainRequest = history_.plainRequest || (answered.answer && !now_.skipMode);
+  history_.hasPlainRequest = history_.hasPlainRequest || (answered.answer && !now_.skipMode);
 }
 
 void ObservedPlay::note(const host::trace::HostCalled& called) {
-  history_.hostAsked = history_.hostAsked || called.operation == host::ViewOperation::CanDisappear;
-  history_.hostTold = history_.hostTold || called.operation == host::ViewOperation::DidDisappear;
+  history_.hasCalledCanDisappear =
+      history_.hasCalledCanDisappear || called.operation == host::ViewOperation::CanDisappear;
+  history_.hasCalledDidDisappear =
+      history_.hasCalledDidDisappear || called.operation == host::ViewOperation::DidDisappear;
 }
 
-void ObservedPlay::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.events; }
+void ObservedPlay::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.eventCount; }
 
-void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverSteps; }
+void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
 
-// Whether the user sees the cover while the window is key. Does not use the manager's own answer.
+// Returns true if the user sees the cover while the window is key. Does not use the manager's own
+// result, because it checks the manager.
 bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> shownIn = send(send(cover, &NSViewController::view), &NSView::window);
   if (window == nullptr || cover == nullptr) {
     return false;
   }
-  const auto isPlayer = [](const Strong<NSWindow>& one) {
-    return one != nullptr && one->className() == "PlayerWindow";
+  const auto isPlayer = [](const Strong<NSWindow>& candidate) {
+    return candidate != nullptr && candidate->className() == "PlayerWindow";
   };
   if (shownIn != nullptr && shownIn->isModalPanel() &&
       (isPlayer(window) || isPlayer(window->parentWindow()))) {
@@ -209,8 +212,8 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
          });
 }
 
-// Computes from the key change alone whether a required window is away. The manager is notified
-// later.
+// Computes from the key change only whether a required window is away, because the manager is
+// notified later.
 void ObservedPlay::note(const host::trace::KeyChanged& changed) {
   if (changed.change == KeyChange::Becomes) {
     std::erase(history_.keyOrder, changed.window);
@@ -222,17 +225,17 @@ void ObservedPlay::note(const host::trace::KeyChanged& changed) {
   const Strong<NSWindow> window = names_.window(changed.window);
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   if (changed.change == KeyChange::Becomes) {
-    history_.away = history_.away && !showsCover(window);
+    history_.isWindowAway = history_.isWindowAway && !showsCover(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {
-    history_.away =
-        history_.away && send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
-  } else if (!now_.expired && showsCover(window)) {
-    history_.away = true;
+    history_.isWindowAway = history_.isWindowAway &&
+                            send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
+  } else if (!now_.isExpired && showsCover(window)) {
+    history_.isWindowAway = true;
   }
 }
 
-void ObservedPlay::collect() {
+void ObservedPlay::collectObjects() {
   addOnce(controllers_, controllerOf(manager()->content()));
   addOnce(temporaryContents_, manager()->tempContent());
 }

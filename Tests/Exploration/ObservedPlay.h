@@ -25,28 +25,28 @@ struct Invariant {
   std::string_view name;
   When when = When::Moment;
   /// Returns what is wrong, or an empty text.
-  std::string (*fault)(const ObservedPlay& play) = nullptr;
+  std::string (*findFault)(const ObservedPlay& play) = nullptr;
 };
 
 /// The manager's state at a moment.
 struct Sample {
   double timeLeft = 0;
-  double interval = 0;  // the configuration's
-  bool counts = false;  // the manager has a valid timer
-  bool unfocused = false;
-  bool sent = false;
-  bool expired = false;
+  double interval = 0;      // of the configuration
+  bool isCounting = false;  // the manager has a valid timer
+  bool isUnfocused = false;
+  bool isSent = false;  // `eventWasSended`
+  bool isExpired = false;
   bool skipMode = false;
 };
 
-/// What has happened in a play so far, as far as invariants need it.
+/// The facts about a play that the invariants need.
 struct History {
   /// A request was accepted outside skip mode.
-  bool plainRequest = false;
-  /// A required window has lost the key status, and none has become key since. Computed from the
-  /// key changes alone.
-  bool away = false;
-  int events = 0;
+  bool hasPlainRequest = false;
+  /// A required window has lost the key status, and no required window has become key since. This
+  /// is computed from the key changes only.
+  bool isWindowAway = false;
+  int eventCount = 0;
   /// When `eventWasSended` became true.
   std::optional<Nanoseconds> sentAt;
   /// The windows that have been key, the latest last.
@@ -54,18 +54,21 @@ struct History {
   /// The style exceptions that have begun, by index.
   std::bitset<16> styleExceptions;
 
-  // Since the last moment without due work:
+  // The members below describe the time since the last moment without due work.
+
+  /// The sample's values at the beginning of this time.
   double timeLeft = 0;
   bool wasCounting = false;
   std::string_view step;
   /// The step is a guarded dismissal that the manager must refuse.
-  bool refusalDue = false;
-  bool hostAsked = false;
-  bool hostTold = false;
-  int coverSteps = 0;
+  bool mustRefuse = false;
+  /// The host's operations that were called.
+  bool hasCalledCanDisappear = false;
+  bool hasCalledDidDisappear = false;
+  int coverStepCount = 0;
 };
 
-/// Plays a script, checks the invariants during the play, and keeps the first one that is broken.
+/// Plays a script, checks the invariants during the play, and keeps the first violation.
 /// Only one play exists at a time. Main thread.
 class ObservedPlay final : private host::PlayListener {
  public:
@@ -105,7 +108,7 @@ class ObservedPlay final : private host::PlayListener {
  private:
   void traceLineAdded(const host::TraceLine& line) override;
   void stateReached(const host::PlayState& state) override;
-  void moment(const host::TraceEvent* event);
+  void checkMoment(const host::TraceEvent* event);
   void check(Invariant::When when);
   void play(const host::Step& step);
   void note(const host::trace::StepStarted& started);
@@ -117,7 +120,7 @@ class ObservedPlay final : private host::PlayListener {
   template <class Other>
   void note(const Other& /*other*/) {}
   bool showsCover(const Strong<NSWindow>& window);
-  void collect();
+  void collectObjects();
 
   const ParsedSetting& setting_;
   std::span<const Invariant> invariants_;

@@ -66,16 +66,16 @@ void addInspection(KeyText& key, const ObservedPlay& play) {
 
 using Controllers = std::vector<Strong<LaunchScreenViewController>>;
 
-// The index in the list, or the size of the list if it does not contain the controller.
+// The index of the controller in the list. The size of the list if the list does not contain it.
 template <class T>
-std::size_t placeOf(const T* controller, const Controllers& controllers) {
+std::size_t indexOf(const T* controller, const Controllers& controllers) {
   return static_cast<std::size_t>(
       std::ranges::find(controllers, controller, [](const auto& entry) { return entry.get(); }) -
       controllers.begin());
 }
 
 void addWork(KeyText& key) {
-  for (const DispatchQueue::Pending& work : dispatch_get_main_queue().pending()) {
+  for (const DispatchQueue::PendingWork& work : dispatch_get_main_queue().pending()) {
     key << work.deadline - ObservedPlay::time() << std::string(work.label);
   }
   key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();
@@ -130,19 +130,19 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   for (const auto& controller : controllers) {
     addController(key, play, *controller);
   }
-  // The controller of the tracked view. It may be released already.
+  // The controller of the tracked view. Null if it is already destroyed.
   const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto window = send(superView, &NSView::window);
   const auto current = send(play.manager()->content(), &LaunchScreenContent::viewController);
-  key << placeOf(selfController.get(), controllers) << placeOf(owner.get(), controllers)
+  key << indexOf(selfController.get(), controllers) << indexOf(owner.get(), controllers)
       << play.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
-      << placeOf(as<LaunchScreenViewController>(current).get(), controllers);
+      << indexOf(as<LaunchScreenViewController>(current).get(), controllers);
 }
 
 void addHistory(KeyText& key, const ObservedPlay& play) {
   const History& history = play.history();
-  key << history.plainRequest << history.away << history.events;
-  if (history.sentAt && history.events == 0) {
+  key << history.hasPlainRequest << history.isWindowAway << history.eventCount;
+  if (history.sentAt && history.eventCount == 0) {
     key << *history.sentAt - ObservedPlay::time();
   }
   key << history.styleExceptions.to_ulong();

@@ -6,8 +6,9 @@
 
 namespace vel::exploration {
 
-/// Everything that the rest of the play depends on: two plays with the same key have the same
-/// future. Contains what the invariants remember, and times relative to now.
+/// The values on which the rest of the play depends, as bytes. Two plays with the same key have the
+/// same future. The key contains the history that the invariants use. Its times are relative to
+/// now.
 [[nodiscard]] std::string stateKey(const ObservedPlay& play);
 
 }  // namespace vel::exploration

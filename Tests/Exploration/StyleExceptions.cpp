@@ -15,26 +15,26 @@ namespace {
 
 constexpr NSWindowStyleMask kRemovedControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
-constexpr NSWindowStyleMask kNothingSaved = ~NSWindowStyleMask{0};
+constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 constexpr std::int32_t kHostModeEmbedded = 0;
 
 bool isWithoutControls(const ObservedPlay& play, const NSWindow& window) {
   return window.styleMask() == (play.givenStyle(window) & ~kRemovedControls);
 }
 
-bool hasStyleOfAnother(const ObservedPlay& play, const NSWindow& window) {
+bool hasStyleOfAnotherWindow(const ObservedPlay& play, const NSWindow& window) {
   return std::ranges::any_of(play.hostWindows(), [&play, &window](const auto& other) {
     return other.get() != &window && play.givenStyle(*other) == window.styleMask();
   });
 }
 
 bool hasEveryBit(const ObservedPlay& /*play*/, const NSWindow& window) {
-  return window.styleMask() == kNothingSaved;
+  return window.styleMask() == kNoSavedStyle;
 }
 
 // A presentation that a step is about to make.
 struct Presentation {
-  bool embedded = false;
+  bool isEmbedded = false;
   Strong<NSWindow> window;
   Strong<LaunchScreenViewController> controller;
 };
@@ -46,37 +46,41 @@ std::optional<Presentation> presentationOf(const ObservedPlay& play, const host:
   if (present == nullptr || controller == nullptr || !present->window) {
     return std::nullopt;
   }
-  return Presentation{.embedded = present->mode == kHostModeEmbedded,
+  return Presentation{.isEmbedded = present->mode == kHostModeEmbedded,
                       .window = play.names().window(*present->window),
                       .controller = controller};
 }
 
-bool takesAnotherMode(const ObservedPlay& play, const host::Step& step) {
-  const auto made = presentationOf(play, step);
-  return made && !made->embedded && made->controller->appWindow() != nullptr;
+bool presentsInAnotherMode(const ObservedPlay& play, const host::Step& step) {
+  const auto presentation = presentationOf(play, step);
+  return presentation && !presentation->isEmbedded &&
+         presentation->controller->appWindow() != nullptr;
 }
 
-bool takesAnotherWindow(const ObservedPlay& play, const host::Step& step) {
-  const auto made = presentationOf(play, step);
-  return made && made->embedded && made->controller->appWindow() != nullptr &&
-         made->controller->appWindow() != made->window;
+bool presentsOverAnotherWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto presentation = presentationOf(play, step);
+  return presentation && presentation->isEmbedded &&
+         presentation->controller->appWindow() != nullptr &&
+         presentation->controller->appWindow() != presentation->window;
 }
 
-bool bringsAnothersStyle(const ObservedPlay& play, const host::Step& step) {
-  const auto made = presentationOf(play, step);
-  return made && made->embedded && made->controller->appWindowStyleMask() != kNothingSaved &&
-         made->controller->appWindowStyleMask() != play.givenStyle(*made->window);
+bool restoresStyleOfAnotherWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto presentation = presentationOf(play, step);
+  return presentation && presentation->isEmbedded &&
+         presentation->controller->appWindowStyleMask() != kNoSavedStyle &&
+         presentation->controller->appWindowStyleMask() != play.givenStyle(*presentation->window);
 }
 
-bool coversACoveredWindow(const ObservedPlay& play, const host::Step& step) {
-  const auto made = presentationOf(play, step);
-  return made && made->embedded && made->controller->appWindowStyleMask() == kNothingSaved &&
-         made->window->styleMask() != play.givenStyle(*made->window);
+bool presentsOverCoveredWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto presentation = presentationOf(play, step);
+  return presentation && presentation->isEmbedded &&
+         presentation->controller->appWindowStyleMask() == kNoSavedStyle &&
+         presentation->window->styleMask() != play.givenStyle(*presentation->window);
 }
 
-bool coversAClosedWindow(const ObservedPlay& play, const host::Step& step) {
-  const auto made = presentationOf(play, step);
-  return made && made->embedded && !made->window->isVisible();
+bool presentsOverClosedWindow(const ObservedPlay& play, const host::Step& step) {
+  const auto presentation = presentationOf(play, step);
+  return presentation && presentation->isEmbedded && !presentation->window->isVisible();
 }
 
 bool isRemovalPending() {
@@ -99,20 +103,20 @@ bool isCoverUp(const ObservedPlay& play) {
 
 constexpr StyleException kStyleExceptions[] = {
     {"an embedded cover presented again, as a window of its own",
-     "only embedded mode restores a style, and the mode has changed", &takesAnotherMode,
+     "only embedded mode restores a style, and the mode has changed", &presentsInAnotherMode,
      &isWithoutControls},
     {"an embedded cover presented again, over another window",
      "a controller keeps one window at a time, and does not restore the style of the previous one",
-     &takesAnotherWindow, &isWithoutControls},
+     &presentsOverAnotherWindow, &isWithoutControls},
     {"a controller's second window",
      "a controller saves a style once, so the second window gets the style of the first",
-     &bringsAnothersStyle, &hasStyleOfAnother},
+     &restoresStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
     {"a second cover over a covered window",
-     "it saves the style that the first cover has set, and restores that style",
-     &coversACoveredWindow, &isWithoutControls},
+     "the second cover saves the style that the first cover has set, and restores it",
+     &presentsOverCoveredWindow, &isWithoutControls},
     {"a cover over a closed window, restored by another controller",
-     "no style was saved, and the value that means so is written as a style", &coversAClosedWindow,
-     &hasEveryBit},
+     "no style was saved, and the value for \"no saved style\" is written as the style",
+     &presentsOverClosedWindow, &hasEveryBit},
 };
 
 }  // namespace
@@ -125,7 +129,7 @@ bool isStyleForgotten(const ObservedPlay& play) {
          std::ranges::all_of(play.controllers(), [&play, &player](const auto& controller) {
            const NSWindowStyleMask saved = controller->appWindowStyleMask();
            return controller->appWindow() == nullptr &&
-                  (saved == kNothingSaved || saved == play.givenStyle(*player));
+                  (saved == kNoSavedStyle || saved == play.givenStyle(*player));
          });
 }
 

@@ -7,22 +7,22 @@
 
 namespace vel::exploration {
 
-/// A known case in which a host's window does not get its own style back.
+/// A known case in which the library does not restore the style of a host's window.
 struct StyleException {
   std::string_view name;
   std::string_view reason;
-  /// Whether the step, which is about to be played, causes this case.
-  bool (*begins)(const ObservedPlay& play, const host::Step& step) = nullptr;
-  /// Whether the window has the style that this case leaves.
-  bool (*leaves)(const ObservedPlay& play, const NSWindow& window) = nullptr;
+  /// Returns true if the step causes this case. Called just before the step is played.
+  bool (*isCausedBy)(const ObservedPlay& play, const host::Step& step) = nullptr;
+  /// Returns true if the window has the style that this case leaves.
+  bool (*hasExpectedStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
 };
 
 [[nodiscard]] std::span<const StyleException> styleExceptions();
 
-/// Whether no cover is up and none is about to be removed.
+/// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Whether no controller keeps a window, or a style that is not the window's own. Earlier covers
-/// then have no further effect on styles.
+/// Returns true if no controller keeps a window, or a style other than the one that the host gave
+/// the window. Earlier covers then have no further effect on styles.
 [[nodiscard]] bool isStyleForgotten(const ObservedPlay& play);
 
 }  // namespace vel::exploration

@@ -10,18 +10,18 @@ namespace {
 
 constexpr std::size_t kDefaultDepth = 5;
 
-// Returns whether every invariant holds.
+// Returns true if every invariant holds.
 bool exploreAll(std::size_t depth) {
   using namespace vel::exploration;
   for (const Setting& setting : settings()) {
-    const Exploration found = explore(setting, invariants(), depth);
-    if (found.finding) {
-      std::cerr << found.finding->violation << '\n';
-      std::cout << scenarioText(setting, found.finding->script);
+    const Exploration exploration = explore(setting, invariants(), depth);
+    if (exploration.finding) {
+      std::cerr << exploration.finding->violation << '\n';
+      std::cout << scenarioText(setting, exploration.finding->script);
       return false;
     }
-    std::cerr << "player window " << setting.name << ": " << found.states << " states, "
-              << found.sequences << " sequences, depth " << found.depth << std::endl;
+    std::cerr << "player window " << setting.name << ": " << exploration.stateCount << " states, "
+              << exploration.scriptCount << " sequences, depth " << exploration.depth << std::endl;
   }
   return true;
 }
