@@ -1,4 +1,4 @@
-// The common parts of the fuzzers.
+// Declarations that all fuzzers use.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// Any text: `floatValue` returns the same number as a slow and simple reader.
+// Fuzzes `NSString::floatValue`: for any text it must return the same number as a slow and simple
+// implementation.
 #include "Fuzz/Fuzz.h"
 #include "Fuzz/SlowNumber.h"
 #include "Platform/Foundation/NSString.h"

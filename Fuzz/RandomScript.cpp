@@ -1,4 +1,5 @@
-// Any bytes as a script of the exploration's actions: no script breaks an invariant.
+// Fuzzes the library: plays any bytes as a script of the exploration's actions. No script may break
+// an invariant.
 #include <algorithm>
 
 #include "Fuzz/Fuzz.h"
@@ -9,12 +10,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace vel::exploration;
   static const ParsedSetting parsedSettings[] = {ParsedSetting(settings()[0]),
                                                  ParsedSetting(settings()[1])};
-  constexpr std::size_t kLongestScript = 64;
+  constexpr std::size_t kMaxScriptLength = 64;
   if (size == 0) {
     return 0;
   }
   const ParsedSetting& parsed = parsedSettings[data[0] % std::size(parsedSettings)];
-  Script script(data + 1, data + std::min(size, kLongestScript + 1));
+  Script script(data + 1, data + std::min(size, kMaxScriptLength + 1));
   for (std::uint8_t& action : script) {
     action = static_cast<std::uint8_t>(action % actions().size());
   }

@@ -1,4 +1,4 @@
-// Runs a fuzzer on files. The arguments are files, or folders with files.
+// Runs a fuzzer on files, without libFuzzer. The arguments are files or folders of files.
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -10,7 +10,7 @@
 namespace {
 
 void replay(const std::filesystem::path& file) {
-  std::cout << file.string() << std::endl;  // the last printed file is the one that fails
+  std::cout << file.string() << std::endl;  // if the fuzzer fails, this line names the input
   std::ifstream in(file, std::ios::binary);
   const std::string input{std::istreambuf_iterator<char>(in), {}};
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
@@ -19,19 +19,19 @@ void replay(const std::filesystem::path& file) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  int replayed = 0;
+  int inputCount = 0;
   for (int index = 1; index < count; ++index) {
     const std::filesystem::path path = arguments[index];
     if (!std::filesystem::is_directory(path)) {
       replay(path);
-      ++replayed;
+      ++inputCount;
       continue;
     }
     for (const auto& entry : std::filesystem::directory_iterator(path)) {
       replay(entry.path());
-      ++replayed;
+      ++inputCount;
     }
   }
-  std::cout << replayed << " inputs" << std::endl;
-  return replayed > 0 ? 0 : 1;
+  std::cout << inputCount << " inputs" << std::endl;
+  return inputCount > 0 ? 0 : 1;
 }

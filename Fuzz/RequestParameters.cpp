@@ -1,5 +1,5 @@
-// Any text as a request's parameters in JSON: the request has the same outcome as in a second,
-// independent reader.
+// Fuzzes request parameters: for any text, the library must accept or refuse the request as a
+// separate implementation does, with the same resulting configuration and log.
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -20,12 +20,13 @@ namespace {
 constexpr const char* kPreviousEvent = "previous";
 constexpr double kPreviousInterval = 7;
 
+/// The result of a request.
 struct Outcome {
-  bool accepted = false;
+  bool isAccepted = false;
   bool skipMode = false;
   std::string event = kPreviousEvent;
   double interval = kPreviousInterval;
-  std::string logged;
+  std::string logText;
   bool operator==(const Outcome&) const = default;
 };
 
@@ -50,31 +51,31 @@ std::string logLine(std::string_view what) {
          " is nil or empty!";
 }
 
-Outcome expectedOf(const nlohmann::json& parameters) {
+Outcome expectedOutcome(const nlohmann::json& parameters) {
   Outcome outcome;
   outcome.skipMode = parameters.contains("mode") && parameters["mode"] == "skip";
   if (!parameters.contains("event") || !parameters["event"].is_string() ||
       parameters["event"].get<std::string>().empty()) {
-    outcome.logged = logLine("Next event name");
+    outcome.logText = logLine("Next event name");
     return outcome;
   }
   outcome.event = parameters["event"];
   const float duration =
       parameters.contains("max_duration_time") ? numberOf(parameters["max_duration_time"]) : 0;
   if (duration == 0) {
-    outcome.logged = logLine("Max duration time");
+    outcome.logText = logLine("Max duration time");
     return outcome;
   }
-  outcome.accepted = true;
+  outcome.isAccepted = true;
   outcome.interval = duration;
   return outcome;
 }
 
-// Makes the request, and checks that the manager and its content agree with the configuration.
+// Makes the request. Also checks that the manager and its content match the configuration.
 Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
   const host::HeadlessPlatform platform({10, 14, 0});
   Outcome outcome;
-  setNSLogSink([&outcome](std::string_view line) { outcome.logged += line; });
+  setNSLogSink([&outcome](std::string_view line) { outcome.logText += line; });
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
   configuration->setSkipMode(true);
   configuration->setNextEventName(NSString::stringWithUTF8String(kPreviousEvent));
@@ -82,18 +83,18 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
   const auto manager = LaunchScreenManager::init();
   const auto answer =
       manager->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
-  outcome.accepted = answer != nullptr;
+  outcome.isAccepted = answer != nullptr;
   outcome.skipMode = configuration->skipMode();
   outcome.event = configuration->nextEventName()->UTF8String();
   outcome.interval = configuration->expirationTimeInterval();
 
-  if (outcome.accepted) {
-    const bool shows = outcome.interval > 0;
+  if (outcome.isAccepted) {
+    const bool isShown = outcome.interval > 0;
     require(manager->launchScreenExpirationTimeLeft() == outcome.interval,
             "the time left differs from the interval");
-    require(answer->state() == (shows ? ContentDataStateLoaded : ContentDataStateFailed), "state ",
-            answer->state(), " with ", outcome.interval, " s");
-    require((answer->error() == nullptr) == shows, "an error with ", outcome.interval, " s");
+    require(answer->state() == (isShown ? ContentDataStateLoaded : ContentDataStateFailed),
+            "state ", answer->state(), " with ", outcome.interval, " s");
+    require((answer->error() == nullptr) == isShown, "an error with ", outcome.interval, " s");
   } else {
     require(manager->content()->state() == 0, "a refused request reached the content");
   }
@@ -114,9 +115,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJsonText(text, error);
   require((parameters != nullptr) == expected.is_object(),
           "the reader must accept exactly the JSON objects");
-  require((parameters != nullptr) == error.empty(), "unexpected error text: ", error);
+  require((parameters != nullptr) == error.empty(),
+          "an error text must exist exactly if the text is refused: ", error);
   if (parameters != nullptr) {
-    require(outcomeOf(parameters) == expectedOf(expected),
+    require(outcomeOf(parameters) == expectedOutcome(expected),
             "the outcome differs from the expected one");
   }
   return 0;

@@ -1,5 +1,5 @@
-// Any text as a scenario: the reader refuses it with one line, or it plays to its end. Two plays
-// give the same trace, and each line of the trace is JSON.
+// Fuzzes scenarios: the reader must refuse any text with an error of one line, or the scenario must
+// play to its end. Two plays must give the same trace, and each line of the trace must be JSON.
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -12,7 +12,7 @@ namespace vel::fuzz {
 namespace {
 
 // Longer plays take too long and find nothing new.
-constexpr Nanoseconds kLongestPlay = 60 * kNanosecondsPerSecond;
+constexpr Nanoseconds kMaxPlayTime = 60 * kNanosecondsPerSecond;
 
 class Trace final : public host::PlayListener {
  public:
@@ -46,12 +46,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
     scenario = host::readScenario(fuzz::textOf(data, size));
   } catch (const host::ScenarioError& error) {
-    const std::string_view refusal = error.what();
-    fuzz::require(!refusal.empty() && refusal.find('\n') == std::string_view::npos,
-                  "the refusal is not one line: ", refusal);
+    const std::string_view message = error.what();
+    fuzz::require(!message.empty() && message.find('\n') == std::string_view::npos,
+                  "the error is not one line: ", message);
     return 0;
   }
-  if (scenario.end <= fuzz::kLongestPlay) {
+  if (scenario.end <= fuzz::kMaxPlayTime) {
     const std::string trace = fuzz::traceOf(scenario);
     fuzz::requireLinesOfJson(trace);
     fuzz::require(trace == fuzz::traceOf(scenario), "the second play gives another trace");

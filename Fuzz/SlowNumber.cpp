@@ -29,7 +29,7 @@ class Natural {
     }
     return *this;
   }
-  Natural& timesPower(std::uint32_t base, int exponent) {
+  Natural& multiplyByPower(std::uint32_t base, int exponent) {
     for (; exponent > 0; --exponent) {
       multiplyAdd(base, 0);
     }
@@ -60,12 +60,12 @@ std::string_view withoutSign(std::string_view text) {
   return text.starts_with('+') || text.starts_with('-') ? text.substr(1) : text;
 }
 
-// Splits the text at the first of the characters. Without one, the second part is empty.
 struct Parts {
   std::string_view before;
   bool hasMark;
   std::string_view after;
 };
+// Splits the text at its first character that `marks` contains. If there is none, `after` is empty.
 Parts splitAt(std::string_view text, std::string_view marks) {
   const std::size_t place = text.find_first_of(marks);
   return place == std::string_view::npos
@@ -82,37 +82,37 @@ bool isDecimalNumber(std::string_view text) {
 }
 
 int readExponent(std::string_view text) {
-  constexpr int kFar = 100'000'000;  // larger than any number of digits
+  constexpr int kMaxExponent = 100'000'000;  // larger than any number of digits
   int exponent = 0;
   for (const char digit : withoutSign(text)) {
-    exponent = std::min(exponent * 10 + (digit - '0'), kFar);
+    exponent = std::min(exponent * 10 + (digit - '0'), kMaxExponent);
   }
   return text.starts_with('-') ? -exponent : exponent;
 }
 
-// digits x 10^exponent, nonnegative.
+// The nonnegative number digits x 10^exponent.
 struct Decimal {
   std::string digits;
   int exponent;
 
-  // Compares with mantissa x 2^power.
+  // Compares this number with mantissa x 2^power.
   [[nodiscard]] std::strong_ordering compare(std::uint32_t mantissa, int power) const {
     Natural left(0);
     for (const char digit : digits) {
       left.multiplyAdd(10, static_cast<std::uint32_t>(digit - '0'));
     }
-    left.timesPower(10, exponent).timesPower(2, -power);
+    left.multiplyByPower(10, exponent).multiplyByPower(2, -power);
     Natural right(mantissa);
-    right.timesPower(10, -exponent).timesPower(2, power);
+    right.multiplyByPower(10, -exponent).multiplyByPower(2, power);
     return left <=> right;
   }
 };
 
-// A nonnegative float as its bits, which have the same order as the floats. Infinity is the
-// maximum.
-struct Place {
+// The bits of a nonnegative float. Bits have the same order as the floats that they represent, and
+// infinity has the largest bits.
+struct FloatBits {
   static constexpr std::uint32_t kInfinity = 0x7f800000;
-  static constexpr int kLeastPower = -149;
+  static constexpr int kMinPower = -149;
 
   std::uint32_t bits;
   [[nodiscard]] std::uint32_t mantissa() const {
@@ -120,23 +120,23 @@ struct Place {
     return bits >> 23 == 0 ? fraction : fraction | 0x800000;
   }
   [[nodiscard]] int power() const {
-    return kLeastPower + std::max(static_cast<int>(bits >> 23) - 1, 0);
+    return kMinPower + std::max(static_cast<int>(bits >> 23) - 1, 0);
   }
 };
 
 float nearest(const Decimal& number) {
-  // The maximum float that does not exceed the number.
+  // `low` becomes the largest float that is not above the number.
   std::uint32_t low = 0;
-  std::uint32_t high = Place::kInfinity;
+  std::uint32_t high = FloatBits::kInfinity;
   while (high - low > 1) {
-    const Place middle{low + (high - low) / 2};
+    const FloatBits middle{low + (high - low) / 2};
     (std::is_lt(number.compare(middle.mantissa(), middle.power())) ? high : low) = middle.bits;
   }
-  // The midpoint to the next float has twice the precision: 2 * mantissa + 1.
-  const Place below{low};
+  // The midpoint between two floats needs one more bit: 2 * mantissa + 1.
+  const FloatBits below{low};
   const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
-  const bool up = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);
-  return std::bit_cast<float>(up ? low + 1 : low);
+  const bool roundsUp = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);
+  return std::bit_cast<float>(roundsUp ? low + 1 : low);
 }
 
 float magnitude(std::string_view number) {
@@ -145,11 +145,12 @@ float magnitude(std::string_view number) {
   std::string digits = std::string(whole) + std::string(fraction);
   digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
   const int exponent = readExponent(exponentText) - static_cast<int>(fraction.size());
-  const int leading = exponent + static_cast<int>(digits.size());  // the number is below 10^leading
-  if (digits.empty() || leading < -50) {
+  const int decimalMagnitude =
+      exponent + static_cast<int>(digits.size());  // the number is below 10^decimalMagnitude
+  if (digits.empty() || decimalMagnitude < -50) {
     return 0;
   }
-  if (leading > 50) {
+  if (decimalMagnitude > 50) {
     return std::numeric_limits<float>::infinity();
   }
   return nearest({digits, exponent});
