@@ -1,4 +1,4 @@
-"""The displays that the trials run on: an X server of its own with a window manager for each."""
+"""The displays of the trials. Each has its own X server and window manager."""
 
 import os
 import shutil
@@ -14,7 +14,7 @@ SCREEN = (1280, 960)
 
 
 def wait_until(condition, patience=PATIENCE, pause=0.02):
-    """Calls `condition` until it returns a true value. Returns this value, or None if it never came."""
+    """Calls `condition` until it returns a true value. Returns this value, or None after `patience` seconds."""
     limit = time.monotonic() + patience
     while True:
         value = condition()
@@ -26,20 +26,20 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 
 
 class Environment:
-    """A window manager and, for some, a compositor of its own.
+    """A window manager and possibly a compositor.
 
     `buttons` maps each button of the frame to the offset of its centre from the top right corner of
-    the area inside the frame. A manager without buttons has an empty map. `resizes` is true if the user can drag the
-    frame's bottom right corner.
+    the area inside the frame. A manager without buttons has an empty map. `can_resize` is true if the
+    user can drag the frame's bottom right corner.
     """
 
-    def __init__(self, name, commands=(), files=None, buttons=None, resizes=False, composites=False, bus=False):
+    def __init__(self, name, commands=(), files=None, buttons=None, can_resize=False, has_compositor=False, bus=False):
         self.name = name
         self.commands = commands
         self.files = files or {}
         self.buttons = buttons or {}
-        self.resizes = resizes
-        self.composites = composites
+        self.can_resize = can_resize
+        self.has_compositor = has_compositor
         self.needs_bus = bus
         self.has_manager = bool(commands)
 
@@ -61,7 +61,7 @@ _OPENBOX = Environment(
     "openbox",
     commands=[["openbox"]],
     buttons={"close": (-10, -10), "maximise": (-26, -10), "minimise": (-42, -10)},
-    resizes=True,
+    can_resize=True,
 )
 
 ENVIRONMENTS = [
@@ -70,44 +70,44 @@ ENVIRONMENTS = [
         "metacity",
         commands=[["metacity"]],
         buttons={"close": (-18, -19), "maximise": (-52, -19), "minimise": (-86, -19)},
-        resizes=True,
+        can_resize=True,
     ),
     _OPENBOX,
     Environment(
         "xfwm4",
         commands=[["xfwm4", "--compositor=on"]],
         buttons={"close": (-11, -14), "maximise": (-34, -14), "minimise": (-57, -14)},
-        resizes=True,
-        composites=True,
+        can_resize=True,
+        has_compositor=True,
         bus=True,
     ),
     Environment(
         "marco",
         commands=[["marco", "--composite"]],
         buttons={"close": (-11, -12), "maximise": (-30, -12), "minimise": (-49, -12)},
-        resizes=True,
-        composites=True,
+        can_resize=True,
+        has_compositor=True,
     ),
     Environment(
         "icewm",
         commands=[["icewm"]],
         files={".icewm/preferences": "ShowTaskBar=0\nShowSplash=0\n"},
         buttons={"close": (-12, -9), "maximise": (-38, -9), "minimise": (-58, -9)},
-        resizes=True,
+        can_resize=True,
     ),
     Environment("i3", commands=[["i3", "-c", "{home}/i3.config"]], files={"i3.config": _I3}),
     Environment(
         "picom",
         commands=[["openbox"], ["picom", "--backend", "xrender", "--config", "/dev/null"]],
         buttons=_OPENBOX.buttons,
-        resizes=True,
-        composites=True,
+        can_resize=True,
+        has_compositor=True,
     ),
 ]
 
 
 class Display:
-    """An X server with the programs of an environment. `close` ends all that was started on it."""
+    """An X server with the programs of an environment. `close` ends all these programs."""
 
     def __init__(self, environment):
         self.environment = environment
@@ -177,7 +177,7 @@ class Display:
             self._start([part.format(home=self.home) for part in command], env=self.variables())
 
     def log(self):
-        """What the programs of the environment have written."""
+        """The output of the environment's programs."""
         return (self.home / "log").read_text(errors="replace")
 
     def close(self):
@@ -188,7 +188,7 @@ class Display:
 
 
 def end(process):
-    """Ends a process, and waits for it."""
+    """Ends a process and waits for its end."""
     if process.poll() is None:
         process.send_signal(signal.SIGTERM)
         try:

@@ -14,28 +14,28 @@ class Host:
     """A program with a window.
 
     `command` is formatted with `bin`, the folder of the built programs, and `home`, an empty folder.
-    `window` is in the window's class or title. `compiles` lists the commands that build the program.
-    `changes` is true if the program changes its window on SIGUSR1, and changes it back on the next.
-    `recreates` is true if this change opens another window. `types` is true if the trial presses Page Down
-    and Page Up while the window is covered, so that the program draws. `prepares` returns environment variables for the
-    program; a host that has it runs in one trial at a time.
-    `buttons` maps the buttons that the program draws itself to the offset of their centres from the top
-    right corner of its window without the shadow.
+    `window` is a part of the window's class or title. `build_commands` build the program.
+    `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
+    on a second one. `recreates_window` is true if the change destroys the window and opens another one.
+    `draws_on_keys` is true if the program draws only on input: the trial then presses Page Down and
+    Page Up while the window is covered. `prepare` returns environment variables for the program. Hosts
+    with this function run one at a time. `buttons` maps each button that the program draws itself to
+    the offset of its centre from the top right corner of the window without the shadow.
     """
 
-    def __init__(self, name, description, command, window, needs=(), compiles=(), variables=None):
+    def __init__(self, name, description, command, window, needs=(), build_commands=(), variables=None):
         self.name = name
         self.description = description
         self.command = command
         self.window = window
         self.needs = needs
-        self.compiles = compiles
+        self.build_commands = build_commands
         self.variables = variables or {}
-        self.changes = False
-        self.recreates = False
-        self.types = False
+        self.changes_window = False
+        self.recreates_window = False
+        self.draws_on_keys = False
         self.buttons = None
-        self.prepares = None
+        self.prepare = None
 
     def with_settings(self, **settings):
         for name, value in settings.items():
@@ -43,7 +43,7 @@ class Host:
         return self
 
     def missing(self, programs):
-        """Why the host cannot run here, or None."""
+        """Returns the reason why the host cannot run, or None."""
         for need in self.needs:
             if shutil.which(need) is None:
                 return "%s is not installed" % need
@@ -74,12 +74,12 @@ def _sdl2(name, description, *arguments):
         description,
         ["{bin}/hosts-sdl2", *arguments],
         "hosts-sdl2",
-        compiles=[_compiled("sdl2", "sdl2", "sdl2.c", "cc")],
-    ).with_settings(changes=bool(arguments))
+        build_commands=[_compiled("sdl2", "sdl2", "sdl2.c", "cc")],
+    ).with_settings(changes_window=bool(arguments))
 
 
 def _prepare_wine(programs):
-    """All trials share one prefix, because making one takes long."""
+    """All trials share one prefix, because its creation takes long."""
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 
@@ -98,14 +98,14 @@ HOSTS = [
         "GTK 3 with client-side decorations",
         ["{bin}/hosts-gtk3"],
         "hosts-gtk3",
-        compiles=[_compiled("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
+        build_commands=[_compiled("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
     ).with_settings(buttons=_CSD),
     Host(
         "gtk4",
         "GTK 4",
         ["{bin}/hosts-gtk4"],
         "hosts-gtk4",
-        compiles=[_compiled("gtk4", "gtk4", "gtk4.c", "cc")],
+        build_commands=[_compiled("gtk4", "gtk4", "gtk4.c", "cc")],
         variables={"GSK_RENDERER": "cairo"},
     ).with_settings(buttons=_CSD),
     Host(
@@ -113,14 +113,14 @@ HOSTS = [
         "Qt 5",
         ["{bin}/hosts-qt5"],
         "hosts-qt",
-        compiles=[_compiled("qt5", "Qt5Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+        build_commands=[_compiled("qt5", "Qt5Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
     ),
     Host(
         "qt6",
         "Qt 6",
         ["{bin}/hosts-qt6"],
         "hosts-qt",
-        compiles=[_compiled("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+        build_commands=[_compiled("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
     ),
     _bad("argb", "a translucent ARGB window"),
     Host(
@@ -129,7 +129,7 @@ HOSTS = [
         ["java", "-cp", "{bin}", "HostsSwing"],
         "hosts-swing",
         needs=["java"],
-        compiles=["javac -d {bin} {programs}/HostsSwing.java"],
+        build_commands=["javac -d {bin} {programs}/HostsSwing.java"],
     ),
     _sdl2("sdl2", "an SDL 2 game"),
     Host("glxgears", "an OpenGL program", ["glxgears", "-geometry", "500x400+100+80"], "glxgears"),
@@ -143,16 +143,16 @@ HOSTS = [
     Host(
         "wine",
         "notepad under Wine",
-        # Pages of text, which a key scrolls.
+        # A text of several pages, so that the keys scroll it.
         ["wine", "notepad", "Z:" + str(HERE / "trial.py").replace("/", "\\")],
         "notepad",
-        compiles=[
+        build_commands=[
             "test -e {bin}/wine/system.reg ||"
             " WINEPREFIX={bin}/wine WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml='"
             " xvfb-run --auto-servernum wine wineboot --init"
         ],
         variables={"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree=;mshtml="},
-    ).with_settings(prepares=_prepare_wine, types=True),
+    ).with_settings(prepare=_prepare_wine, draws_on_keys=True),
     Host(
         "mpv",
         "mpv",
@@ -164,12 +164,12 @@ HOSTS = [
     _bad("inferiors", "draws with IncludeInferiors at each frame"),
     _bad("raise", "raises its child windows every millisecond"),
     _bad("recreate", "destroys its window while covered and opens another").with_settings(
-        changes=True, recreates=True
+        changes_window=True, recreates_window=True
     ),
-    _bad("resize", "changes its size while covered").with_settings(changes=True),
-    _bad("maximise", "maximises its window while covered").with_settings(changes=True),
-    _bad("fullscreen", "goes fullscreen while covered").with_settings(changes=True),
-    _bad("remap", "unmaps its window and maps it again while covered").with_settings(changes=True),
+    _bad("resize", "changes its size while covered").with_settings(changes_window=True),
+    _bad("maximise", "maximises its window while covered").with_settings(changes_window=True),
+    _bad("fullscreen", "goes fullscreen while covered").with_settings(changes_window=True),
+    _bad("remap", "unmaps its window and maps it again while covered").with_settings(changes_window=True),
     Host(
         "bad-tiny",
         "a window of 24 by 18 pixels",
@@ -189,12 +189,12 @@ HOSTS = [
 
 
 def build(host, programs):
-    """Builds the host's program. Returns why it failed, or None."""
-    for command in host.compiles:
+    """Builds the host's program. Returns the reason for a failure, or None."""
+    for command in host.build_commands:
         command = command.format(
             bin=shlex.quote(str(programs)), programs=shlex.quote(str(PROGRAMS))
         )
-        done = subprocess.run(
+        completed = subprocess.run(
             ["bash", "-c", "set -o pipefail; " + command],
             stdin=subprocess.DEVNULL,
             capture_output=True,
@@ -203,7 +203,7 @@ def build(host, programs):
             check=False,
             env={name: value for name, value in os.environ.items() if name != "DISPLAY"},
         )
-        if done.returncode != 0:
-            lines = (done.stderr or done.stdout).strip().splitlines() or ["no output"]
+        if completed.returncode != 0:
+            lines = (completed.stderr or completed.stdout).strip().splitlines() or ["no output"]
             return "%s failed: %s" % (command.split()[0], lines[-1])
     return None

@@ -5,8 +5,8 @@ usage: matrix.py --launchscreen FILE --programs FOLDER [--output FILE] [--jobs N
                  [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...] [--update]
 
 FOLDER has hosts-sampler and hosts-badhost; the hosts' other programs are built in it. Beside the
-table FILE.md the script writes FILE.json with all details. With --update, the results of other pairs
-are read from this file and kept. Exits with 1 if a trial shows a fault.
+table FILE.md the script writes FILE.json with all details. With --update, the script keeps the results
+of other pairs from this file. Exits with 1 if a trial shows a fault.
 """
 
 import argparse
@@ -25,21 +25,21 @@ HERE = Path(__file__).resolve().parent
 ENDINGS = ["time", "skip", "SIGTERM", "SIGINT"]
 
 
-def chosen(everything, names):
+def select(candidates, names):
     if not names:
-        return everything
+        return candidates
     wanted = names.split(",")
-    unknown = set(wanted) - {each.name for each in everything}
+    unknown = set(wanted) - {each.name for each in candidates}
     if unknown:
         sys.exit("unknown: " + ", ".join(sorted(unknown)))
-    return [each for each in everything if each.name in wanted]
+    return [each for each in candidates if each.name in wanted]
 
 
 def run_trial(host, environment, ending, arguments):
-    """Runs one trial in a process of its own, and returns its result."""
+    """Runs one trial in its own process and returns its result."""
     result = {"host": host.name, "environment": environment.name, "ending": ending, "faults": []}
     command = [sys.executable, str(HERE / "trial.py"), host.name, environment.name, ending]
-    done = subprocess.run(
+    completed = subprocess.run(
         command + [arguments.launchscreen, arguments.programs],
         stdin=subprocess.DEVNULL,
         capture_output=True,
@@ -47,9 +47,9 @@ def run_trial(host, environment, ending, arguments):
         check=False,
     )
     try:
-        result = json.loads(done.stdout)
+        result = json.loads(completed.stdout)
     except ValueError:
-        result["error"] = done.stderr.strip()[-400:] or "no output"
+        result["error"] = completed.stderr.strip()[-400:] or "no output"
     return result
 
 
@@ -98,7 +98,7 @@ def row(result):
 
 def table(results, hosts, environments, seconds):
     marks = {"passed": "✓", "fault": "✗", "not run": "–"}
-    found = {(result["host"], result["environment"]): result for result in results}
+    by_pair = {(result["host"], result["environment"]): result for result in results}
     counts = {name: sum(verdict(result) == name for result in results) for name in marks}
     lines = [
         "# Hosts and environments",
@@ -122,7 +122,7 @@ def table(results, hosts, environments, seconds):
     ]
     for host in hosts:
         pairs = [(host.name, each.name) for each in environments]
-        cells = [marks[verdict(found[pair])] if pair in found else "" for pair in pairs]
+        cells = [marks[verdict(by_pair[pair])] if pair in by_pair else "" for pair in pairs]
         lines.append("| %s: %s | %s |" % (host.name, host.description, " | ".join(cells)))
     lines += [
         "",
@@ -146,8 +146,8 @@ def main():
     arguments = parser.parse_args()
     arguments.launchscreen = str(Path(arguments.launchscreen).resolve())
     arguments.programs = str(Path(arguments.programs).resolve())
-    hosts = chosen(HOSTS, arguments.hosts)
-    environments = chosen(ENVIRONMENTS, arguments.environments)
+    hosts = select(HOSTS, arguments.hosts)
+    environments = select(ENVIRONMENTS, arguments.environments)
     endings = arguments.endings.split(",") if arguments.endings else ENDINGS
 
     began = time.monotonic()
@@ -160,8 +160,8 @@ def main():
         for each in environments
     }
 
-    def trial(place):
-        host_index, environment_index = place
+    def trial(indices):
+        host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
         reason = reasons[host.name] or host.missing(arguments.programs) or missing[environment.name]
@@ -183,20 +183,20 @@ def main():
         )
         return result
 
-    places = [(host, environment) for host in range(len(hosts)) for environment in range(len(environments))]
+    index_pairs = [(host, environment) for host in range(len(hosts)) for environment in range(len(environments))]
     with ThreadPoolExecutor(arguments.jobs) as pool:
-        results = list(pool.map(trial, places))
+        results = list(pool.map(trial, index_pairs))
     seconds = round(time.monotonic() - began)
     output = Path(arguments.output)
     output.parent.mkdir(parents=True, exist_ok=True)
     if arguments.update and output.with_suffix(".json").exists():
-        known = {
+        by_pair = {
             (result["host"], result["environment"]): result
             for result in json.loads(output.with_suffix(".json").read_text()) + results
         }
         hosts, environments = HOSTS, ENVIRONMENTS
         pairs = [(host.name, environment.name) for host in hosts for environment in environments]
-        results = [known[pair] for pair in pairs if pair in known]
+        results = [by_pair[pair] for pair in pairs if pair in by_pair]
     output.write_text(table(results, hosts, environments, seconds))
     output.with_suffix(".json").write_text(json.dumps(results, indent=1))
     print("%d trials in %d s: %s" % (len(results), seconds, output))

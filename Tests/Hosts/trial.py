@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
-"""Covers one host in one environment, and prints as JSON what the screen showed.
+"""Covers one host in one environment, and prints the result as JSON.
 
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
 ENDING is "time", "skip", "SIGTERM" or "SIGINT". PROGRAMS is the folder with hosts-sampler and the
-hosts' programs. All processes of the trial are ended before it ends. Exits with 1 if the trial shows a
-fault.
+hosts' programs. The trial ends all its processes. Exits with 1 if the trial shows a fault.
 """
 
 import contextlib
@@ -39,27 +38,27 @@ HINTS = [
     "_NET_WM_BYPASS_COMPOSITOR",
     "_NET_WM_STATE",
 ]
-COVERED_FOR = 1.2  # seconds at least
+MINIMUM_COVERED_TIME = 1.2  # seconds
 
 
 def descendants():
-    """The ids of all processes below this one."""
+    """The ids of all descendants of this process."""
     parents = {}
     for entry in Path("/proc").iterdir():
         if entry.name.isdigit():
             with contextlib.suppress(OSError, IndexError, ValueError):
                 fields = (entry / "stat").read_text().rpartition(")")[2].split()
                 parents.setdefault(int(fields[1]), []).append(int(entry.name))
-    found, waiting = [], [os.getpid()]
+    processes, waiting = [], [os.getpid()]
     while waiting:
         children = parents.get(waiting.pop(), [])
-        found += children
+        processes += children
         waiting += children
-    return found
+    return processes
 
 
 def end_descendants():
-    """Ends every process below this one by its id; orphans are adopted by this process first."""
+    """Ends all descendants by their ids. This process is a subreaper, so orphans are its children."""
     for _ in range(50):
         numbers = descendants()
         if not numbers:
@@ -74,7 +73,7 @@ def end_descendants():
 
 
 class Lines:
-    """Reads the lines of a stream as they come, each with the time of CLOCK_MONOTONIC."""
+    """Reads the lines of a stream in a thread. Stores each with its time of CLOCK_MONOTONIC."""
 
     def __init__(self, stream):
         self._stream = stream
@@ -90,10 +89,10 @@ class Lines:
         self._thread.join(5)
 
     def time_of(self, ending):
-        """When the first line that ends so was read, or None."""
-        for moment, line in list(self.lines):
+        """The time of the first line that ends with `ending`, or None."""
+        for line_time, line in list(self.lines):
             if line.endswith(ending):
-                return moment
+                return line_time
         return None
 
     def text(self):
@@ -101,7 +100,7 @@ class Lines:
 
 
 class Frame:
-    """What the sampler saw at one moment."""
+    """One output line of the sampler."""
 
     def __init__(self, line):
         fields = line.split()
@@ -126,10 +125,10 @@ class Trial:
         self.result = {"host": host.name, "environment": environment.name, "ending": ending}
         self.faults = []
         self.display = self.client = self.process = self.window = None
-        self.sampler = self.frames_read = None
+        self.sampler = self.sampler_output = None
         self.backdrop = 0
 
-    def fault(self, text):
+    def add_fault(self, text):
         self.faults.append(text)
 
     # Preparation
@@ -140,14 +139,14 @@ class Trial:
         self.client = Client(self.display.name)
         if self.environment.has_manager and not wait_until(self.client.manager_runs):
             raise RuntimeError("the window manager does not start: " + self.display.log()[-300:])
-        if self.environment.composites and not wait_until(self.client.compositor_runs):
+        if self.environment.has_compositor and not wait_until(self.client.compositor_runs):
             raise RuntimeError("the compositor does not start: " + self.display.log()[-300:])
         time.sleep(0.5)  # for the compositor's first frame
         self.backdrop = self.client.pixel(SCREEN[0] // 2, SCREEN[1] // 2)
         variables = self.display.variables()
         variables.update(self.host.variables)
-        if self.host.prepares:
-            variables.update(self.host.prepares(self.programs))
+        if self.host.prepare:
+            variables.update(self.host.prepare(self.programs))
         with open(self.display.home / "host.log", "wb") as log:
             self.process = subprocess.Popen(
                 [part.format(bin=self.programs, home=self.display.home) for part in self.host.command],
@@ -160,7 +159,7 @@ class Trial:
         if not self.window:
             log = (self.display.home / "host.log").read_text(errors="replace").strip()
             raise RuntimeError("the host opens no window: " + log[-300:])
-        self.settle()
+        self.wait_until_settled()
         if not self.environment.has_manager:
             self.client.focus(self.window)
         if not wait_until(self.is_drawn, 15):
@@ -184,36 +183,36 @@ class Trial:
         return [(px, py) for px in (x, (x + right) // 2, right) for py in (y, (y + bottom) // 2, bottom)]
 
     def is_drawn(self):
-        """True if the host shows another colour than white, and than the black of an empty screen."""
+        """True if a point has another colour than white and black. An empty screen is black."""
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
 
-    def settle(self, pause=0.3):
-        """Waits until the window keeps its position and size for a while."""
+    def wait_until_settled(self, pause=0.3):
+        """Waits until the window has kept its position and size for `pause` seconds. Returns them."""
         last = [None, 0.0]
 
-        def unchanged():
+        def is_settled():
             rect = self.client.rect(self.window)
             if rect != last[0]:
                 last[:] = [rect, time.monotonic()]
             return time.monotonic() - last[1] > pause
 
-        wait_until(unchanged, 10)
+        wait_until(is_settled, 10)
         return last[0]
 
-    def settled_hints(self):
-        """The hints, once the host has stopped to change them."""
+    def wait_for_stable_hints(self):
+        """Waits until the host no longer changes the hints. Returns them."""
         last = [None, 0.0]
 
-        def unchanged():
+        def is_settled():
             hints = self.hints()
             if hints != last[0]:
                 last[:] = [hints, time.monotonic()]
             return time.monotonic() - last[1] > 0.4
 
-        wait_until(unchanged, 10)
+        wait_until(is_settled, 10)
         return last[0]
 
-    # What the user can do
+    # The user's actions
 
     def rect(self):
         return self.client.rect(self.window)
@@ -229,7 +228,7 @@ class Trial:
         return offset and (x + width + offset[0], y + offset[1])
 
     def click(self, name):
-        """Clicks a button. Returns false if there is none on the screen."""
+        """Clicks a button. Returns false if the button does not exist or is outside the screen."""
         place = self.button_place(name)
         if not place or not (0 <= place[0] < SCREEN[0] and 0 <= place[1] < SCREEN[1]):
             return False
@@ -239,8 +238,8 @@ class Trial:
     def rest_pointer(self):
         self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
 
-    def working(self, patience):
-        """The controls that do what they should, except closing."""
+    def use_controls(self, patience):
+        """Uses all controls except close. Returns the names of those that work."""
         if not self.environment.buttons:
             return []
         controls = []
@@ -251,11 +250,11 @@ class Trial:
                 self.client.activate(self.window)
                 if not wait_until(lambda: self.client.is_viewable(self.window), 10):
                     raise RuntimeError("the minimised window does not come back")
-                self.settle()
+                self.wait_until_settled()
         if self.click("maximise"):
             if wait_until(lambda: self.rect() != original, patience):
                 controls.append("maximise")
-                self.settle()
+                self.wait_until_settled()
                 self.client.message(
                     self.window,
                     "_NET_WM_STATE",
@@ -266,13 +265,13 @@ class Trial:
                     + [2],
                 )
                 wait_until(lambda: self.rect() == original, 3)
-                self.settle()
-        if self.environment.resizes and self.host.buttons is None and self.drag_corner(60, 50):
+                self.wait_until_settled()
+        if self.environment.can_resize and self.host.buttons is None and self.drag_corner(60, 50):
             if wait_until(lambda: self.rect()[2:] != original[2:], patience):
                 controls.append("resize")
-                self.settle()
+                self.wait_until_settled()
                 self.drag_corner(-60, -50)
-                self.settle()
+                self.wait_until_settled()
         self.rest_pointer()
         return controls
 
@@ -287,7 +286,7 @@ class Trial:
         self.client.drag(corner, (corner[0] + right, corner[1] + down))
         return True
 
-    def closes(self):
+    def close_by_button(self):
         """Closes the window as the user does. Returns None if the environment has no button for it, or if
         the host does not take part in closing: icewm then asks the user whether to kill the host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
@@ -305,7 +304,7 @@ class Trial:
 
     # The run
 
-    def sample(self):
+    def start_sampling(self):
         self.sampler = subprocess.Popen(
             [str(Path(self.programs) / "hosts-sampler"), hex(self.window), "%06x" % self.backdrop],
             env=self.display.variables(),
@@ -313,11 +312,11 @@ class Trial:
             stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL,
         )
-        self.frames_read = Lines(self.sampler.stdout)
-        wait_until(lambda: self.frames_read.lines)
+        self.sampler_output = Lines(self.sampler.stdout)
+        wait_until(lambda: self.sampler_output.lines)
 
     def frames(self):
-        return [Frame(line) for _, line in list(self.frames_read.lines)]
+        return [Frame(line) for _, line in list(self.sampler_output.lines)]
 
     def hints(self):
         return {name: self.client.property(self.window, name) for name in HINTS}
@@ -325,44 +324,45 @@ class Trial:
     def change(self):
         self.process.send_signal(signal.SIGUSR1)
 
-    def reference_change(self):
-        """What the host's own change leads to without a cover; then the host changes it back."""
-        original = self.settle()
+    def change_without_cover(self):
+        """Lets the host change its window and change it back, without a cover. Returns the changed position
+        and size."""
+        original = self.wait_until_settled()
         self.change()
         wait_until(lambda: self.rect() != original, 1.5)
-        changed = self.settle()
+        changed = self.wait_until_settled()
         self.change()
         if not wait_until(lambda: self.rect() == original, 5):
             self.result["note"] = "without a cover the host's change is not undone"
-        self.settle()
+        self.wait_until_settled()
         return changed
 
     def run(self):
         host, client = self.host, self.client
         self.result["has buttons"] = bool(self.environment.buttons) and host.buttons is None
-        buttons_before = self.working(2.0)
+        buttons_before = self.use_controls(2.0)
         self.result["buttons"] = buttons_before
-        self.settle()
+        self.wait_until_settled()
         reference = None
-        if host.changes and not host.recreates and host.name != "bad-remap":
-            reference = self.reference_change()
+        if host.changes_window and not host.recreates_window and host.name != "bad-remap":
+            reference = self.change_without_cover()
         if not self.environment.has_manager:
             client.focus(self.window)
         elif not client.is_active(self.window):
             client.activate(self.window)
             wait_until(lambda: client.is_active(self.window), 5)
-        if host.types:
+        if host.draws_on_keys:
             x, y, width, height = self.rect()
             client.click(x + width // 2, y + height // 2)
             self.rest_pointer()
         before = {
-            "hints": self.settled_hints(),
-            "rect": self.settle(),
+            "hints": self.wait_for_stable_hints(),
+            "rect": self.wait_until_settled(),
             "actions": sorted(client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS")),
             "children": client.child_count(self.window),
             "is_drawn": self.is_drawn(),
         }
-        self.sample()
+        self.start_sampling()
         arguments = ["--window", hex(self.window)]
         if self.ending == "time":
             arguments += ["--duration", "2"]
@@ -388,17 +388,17 @@ class Trial:
         if reference is not None:
             self.change()
             if not wait_until(lambda: self.rect() == before["rect"], 5):
-                self.fault("the host cannot change back, and has %s" % (self.rect(),))
-            self.settle()
+                self.add_fault("the host cannot undo its change: its window has %s" % (self.rect(),))
+            self.wait_until_settled()
         if client.exists(self.window) and client.is_viewable(self.window):
-            after_buttons = self.working(6.0)
+            after_buttons = self.use_controls(6.0)
             lost = [name for name in buttons_before if name not in after_buttons]
             if lost:
-                self.fault("buttons lost: " + ", ".join(lost))
-            closes = self.closes()
+                self.add_fault("buttons lost: " + ", ".join(lost))
+            closes = self.close_by_button()
             self.result["closes"] = closes
             if closes is False:
-                self.fault("the close button does not close the window")
+                self.add_fault("the close button does not close the window")
         self.result["buttons after"] = after_buttons
 
     def cover(self, show, output, before, reference):
@@ -407,46 +407,46 @@ class Trial:
             lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
         )
         if output.time_of("covered") is None:
-            self.fault("launchscreen never says covered" if covered is None else "launchscreen ends early")
+            self.add_fault("launchscreen does not print covered" if covered is None else "launchscreen ends early")
             self.stop_sampling()
             self.result["status"] = show.poll()
             return
         first_white = wait_until(lambda: any(frame.is_white for frame in self.frames()), 5)
         if not first_white:
-            self.fault("says covered, is never white")
+            self.add_fault("prints covered, but the window is never white")
         started = time.monotonic()
         time.sleep(0.4)
-        if host.types:
+        if host.draws_on_keys:
             for step in range(16):
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
         final = before["rect"]
-        moment = changed_at = None
-        if host.changes and self.ending_is_open(output):
+        end_time = changed_at = None
+        if host.changes_window and self.is_covering(output):
             changed_at = time.monotonic_ns()
             self.change()
             if reference is not None:
                 final = reference
                 if not wait_until(lambda: self.rect() == reference, 3):
-                    self.fault(
+                    self.add_fault(
                         "while covered the host gets %s, not %s" % (self.rect(), reference)
                     )
                 self.result["changed after ms"] = (time.monotonic_ns() - changed_at) // 1_000_000
             time.sleep(0.5)
-        time.sleep(max(0, started + COVERED_FOR - time.monotonic()))
-        if host.recreates:
-            # From here on the new window may hide the old one.
-            moment = changed_at
+        time.sleep(max(0, started + MINIMUM_COVERED_TIME - time.monotonic()))
+        if host.recreates_window:
+            # After the change the new window may hide the old one.
+            end_time = changed_at
             if wait_until(lambda: show.poll() is not None, 5) is None:
-                self.fault("does not end when the window is destroyed")
+                self.add_fault("launchscreen does not end when the window is destroyed")
         elif self.ending == "time":
             if not wait_until(lambda: output.time_of("dismissed") or show.poll() is not None, 20):
-                self.fault("the time never passes")
-            moment = output.time_of("dismissed") or time.monotonic_ns()
+                self.add_fault("the countdown does not end")
+            end_time = output.time_of("dismissed") or time.monotonic_ns()
         else:
             if show.poll() is not None:
-                self.fault("launchscreen ended by itself")
-            moment = time.monotonic_ns()
+                self.add_fault("launchscreen ended by itself")
+            end_time = time.monotonic_ns()
             if self.ending == "skip":
                 with contextlib.suppress(BrokenPipeError):
                     show.stdin.write(b"\n")
@@ -454,23 +454,23 @@ class Trial:
             else:
                 show.send_signal(getattr(signal, self.ending))
         if wait_until(lambda: show.poll() is not None, 20) is None:
-            self.fault("launchscreen does not end")
+            self.add_fault("launchscreen does not end")
             self.stop_sampling()
             return
         status = show.poll()
         self.result["status"] = status
-        if not host.recreates and status != STATUS[self.ending]:
-            self.fault("exit status %d" % status)
-        if before["is_drawn"] and not host.recreates:
+        if not host.recreates_window and status != STATUS[self.ending]:
+            self.add_fault("exit status %d" % status)
+        if before["is_drawn"] and not host.recreates_window:
             if not wait_until(self.is_drawn, 8):
-                self.fault("the host is not visible again")
+                self.add_fault("the host is not visible again")
         time.sleep(0.2)
         self.stop_sampling()
-        self.judge_frames(moment)
-        if not host.recreates:
-            self.judge_window(before, final)
+        self.check_frames(end_time)
+        if not host.recreates_window:
+            self.check_window(before, final)
 
-    def ending_is_open(self, output):
+    def is_covering(self, output):
         return output.time_of("dismissed") is None
 
     def stop_sampling(self):
@@ -478,27 +478,27 @@ class Trial:
             self.sampler.stdin.close()
             with contextlib.suppress(subprocess.TimeoutExpired):
                 self.sampler.wait(5)
-            self.frames_read.join()
+            self.sampler_output.join()
 
-    def judge_frames(self, moment):
-        """Every viewable frame from the first white one to `moment`, when the end began, is white."""
+    def check_frames(self, end_time):
+        """Checks that every viewable frame from the first white one to `end_time` is white."""
         frames = self.frames()
         first = next((index for index, frame in enumerate(frames) if frame.is_white), None)
         if first is None:
             self.result["frames"] = 0
             return
-        run = [frame for frame in frames[first:] if frame.time <= moment and frame.state == "V"]
+        run = [frame for frame in frames[first:] if frame.time <= end_time and frame.state == "V"]
         others = [frame for frame in run if not frame.is_white]
-        if self.environment.composites:
-            undrawn = self.undrawn(run)
-            self.result["not drawn yet"] = len(undrawn)
-            others = [frame for frame in others if frame not in undrawn]
+        if self.environment.has_compositor:
+            pending = self.frames_before_drawing(run)
+            self.result["not drawn yet"] = len(pending)
+            others = [frame for frame in others if frame not in pending]
         self.result["frames"] = len(run)
         self.result["not white"] = sum(not frame.is_white for frame in run)
         if run:
             self.result["seconds sampled"] = round((run[-1].time - run[0].time) / 1e9, 3)
         self.result["unmapped"] = sum(
-            1 for frame in frames[first:] if frame.time <= moment and frame.state == "U"
+            1 for frame in frames[first:] if frame.time <= end_time and frame.state == "U"
         )
         if others:
             begin = run[0].time
@@ -506,24 +506,24 @@ class Trial:
                 [(frame.time - begin) // 1_000_000, "%03x" % frame.others, frame.color, frame.rect]
                 for frame in others[:: max(1, len(others) // 20)]
             ]
-            self.fault(
+            self.add_fault(
                 "%d of %d frames not white, first after %d ms"
                 % (len(others), len(run), (others[0].time - begin) // 1_000_000)
             )
         after = [
             frame.is_white
             for frame in frames
-            if frame.time > moment
+            if frame.time > end_time
             and frame.state == "V"
-            and not (self.environment.composites and frame.others and frame.others == frame.backdrop)
+            and not (self.environment.has_compositor and frame.others and frame.others == frame.backdrop)
         ]
         if any(not first and second for first, second in zip(after, after[1:])):
-            self.fault("white comes back after the end")
+            self.add_fault("the window is white again after the end")
 
-    def undrawn(self, run):
-        """The frames in which the compositor has not drawn a window that was just mapped, moved or resized:
-        they show white and the screen behind the window, nothing of the host."""
-        found, changed_at = [], run[0].time if run else 0
+    def frames_before_drawing(self, run):
+        """The frames in which the compositor has not yet drawn a window after a map, move or resize. They
+        show only white and the screen behind the window."""
+        pending, changed_at = [], run[0].time if run else 0
         for previous, frame in zip(run, run[1:]):
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
                 changed_at = frame.time
@@ -533,10 +533,10 @@ class Trial:
                 and frame.time - changed_at < 300_000_000
                 and changed_at != run[0].time
             ):
-                found.append(frame)
-        return found
+                pending.append(frame)
+        return pending
 
-    def judge_window(self, before, final):
+    def check_window(self, before, final):
         def changed_hints():
             now = self.hints()
             return [name for name in HINTS if now[name] != before["hints"][name]]
@@ -548,19 +548,20 @@ class Trial:
             if name != "_NET_WM_STATE" or final == before["rect"]
         ]
         if changed:
-            self.fault("hints differ: " + ", ".join(changed))
+            self.add_fault("hints differ: " + ", ".join(changed))
             now = self.hints()
             self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
         if not wait_until(lambda: self.rect() == final, 3):
-            self.fault("position and size %s, not %s" % (self.rect(), final))
-        # The engine of godot3-runner writes the manager's property itself.
+            self.add_fault("position and size %s, not %s" % (self.rect(), final))
+        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself. Only a list with the action close is the
+        # manager's.
         if final == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
-            self.judge_actions(before["actions"])
+            self.check_actions(before["actions"])
         children = self.client.child_count(self.window)
         if children != before["children"]:
-            self.fault("%d child windows, not %d" % (children, before["children"]))
+            self.add_fault("%d child windows, not %d" % (children, before["children"]))
 
-    def judge_actions(self, before):
+    def check_actions(self, before):
         def actions():
             return sorted(self.client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS"))
 
@@ -568,7 +569,7 @@ class Trial:
             now = actions()
             lost = [name for name in before if name not in now]
             gained = [name for name in now if name not in before]
-            self.fault("allowed actions lost: %s, gained: %s" % (lost, gained))
+            self.add_fault("allowed actions lost: %s, gained: %s" % (lost, gained))
 
 
 def main():
@@ -591,7 +592,7 @@ def main():
     began = time.monotonic()
     lock = None
     try:
-        if trial.host.prepares:
+        if trial.host.prepare:
             lock = open(Path(programs) / "wine.lock", "w")  # pylint: disable=consider-using-with
             fcntl.flock(lock, fcntl.LOCK_EX)
         trial.start()

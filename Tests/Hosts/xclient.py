@@ -1,9 +1,9 @@
-"""The trial's own X client: it looks at windows and does what a user does."""
+"""An X client that reads the state of windows and simulates a user."""
 
 import sys
 import time
 
-# Debian's packages, also if another Python runs the trials.
+# Finds the packages of Debian even if the interpreter is not Debian's.
 sys.path.append("/usr/lib/python3/dist-packages")
 
 # pylint: disable=wrong-import-position
@@ -75,10 +75,10 @@ class Client:
     def find(self, text):
         """The largest viewable window whose class or title contains `text`, or None."""
         best, best_size = None, 0
-        waiting = [self.root]
-        while waiting:
-            for child in self._children(waiting.pop()):
-                waiting.append(child)
+        pending = [self.root]
+        while pending:
+            for child in self._children(pending.pop()):
+                pending.append(child)
                 if not any(
                     text in self._text(child.id, name)
                     for name in ("WM_CLASS", "WM_NAME", "_NET_WM_NAME")
@@ -136,10 +136,10 @@ class Client:
     def message(self, number, name, values):
         """Sends a client message about a window to the window manager."""
         values = (list(values) + [0] * 5)[:5]
-        sent = event.ClientMessage(
+        message_event = event.ClientMessage(
             window=self._window(number), client_type=self.atom(name), data=(32, values)
         )
-        self.root.send_event(sent, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.root.send_event(message_event, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self._display.sync()
 
     def activate(self, number):
