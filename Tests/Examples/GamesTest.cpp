@@ -77,7 +77,7 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
     user.focus(window);
   }
   void keepPicture(std::string_view moment) {
-    user.picture({0, 0, 1280, 960}).keep(std::string(GetParam()).append("-").append(moment));
+    user.picture({0, 0, 1280, 960}).save(std::string(GetParam()).append("-").append(moment));
   }
   std::string recordedEvents() {
     std::ostringstream text;
@@ -125,7 +125,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));
   keepPicture("after");
 
-  user.closeByManager(window);
+  user.requestClose(window);
   EXPECT_EQ(game.wait(), 0);
   int frames = 0;
   int covered = 0;

@@ -1,4 +1,4 @@
-// The library as a host in C meets it on an X11 display.
+// The C interface on an X11 display.
 #include <gmock/gmock.h>
 #include <poll.h>
 
@@ -17,21 +17,19 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::string_view kMotif = "_MOTIF_WM_HINTS";
 
-/// A host that notes what is called back.
+/// A host that records its callbacks in `calls`.
 class X11CBinding : public X11TestWithManager {
  protected:
   X11CBinding() {
-    callbacks.user_data = &heard;
-    callbacks.will_appear = [](void* notes) { note(notes, "will_appear"); };
-    callbacks.did_disappear = [](void* notes) { note(notes, "did_disappear"); };
-    callbacks.record_event = [](void* notes, const char* event) { note(notes, event); };
-    callbacks.log_line = [](void* /*notes*/, const char* /*line*/) {};
-    callbacks.controls_kept = [](void* notes, std::uint32_t controls) {
-      note(notes, "controls_kept " + std::to_string(controls));
+    callbacks.user_data = &calls;
+    callbacks.will_appear = [](void* list) { note(list, "will_appear"); };
+    callbacks.did_disappear = [](void* list) { note(list, "did_disappear"); };
+    callbacks.record_event = [](void* list, const char* event) { note(list, event); };
+    callbacks.log_line = [](void* /*list*/, const char* /*line*/) {};
+    callbacks.controls_kept = [](void* list, std::uint32_t controls) {
+      note(list, "controls_kept " + std::to_string(controls));
     };
-    callbacks.display_lost = [](void* notes, const char* /*reason*/) {
-      note(notes, "display_lost");
-    };
+    callbacks.display_lost = [](void* list, const char* /*reason*/) { note(list, "display_lost"); };
   }
   ~X11CBinding() override { vel_destroy(&screen); }
 
@@ -50,61 +48,62 @@ class X11CBinding : public X11TestWithManager {
     ASSERT_EQ(vel_request(screen, &request), VEL_OK) << vel_last_error();
     ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
   }
-  /// Pumps as a host's own loop does until the condition holds; false where it does not come to.
+  /// Polls and pumps like a host's own loop until the condition is true. Returns false after a
+  /// limit.
   bool pumpUntil(const std::function<bool()>& condition) {
-    constexpr int kLooks = 3000;
+    constexpr int kMaximumPolls = 3000;
     int descriptor = -1;
     EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
-    for (int look = 0; look < kLooks && !condition(); ++look) {
-      pollfd waited{.fd = descriptor, .events = POLLIN, .revents = 0};
-      poll(&waited, 1, 10);
+    for (int round = 0; round < kMaximumPolls && !condition(); ++round) {
+      pollfd input{.fd = descriptor, .events = POLLIN, .revents = 0};
+      poll(&input, 1, 10);
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
     }
     return condition();
   }
-  [[nodiscard]] bool hasHeard(const std::string& line) const {
-    return std::ranges::find(heard, line) != heard.end();
+  [[nodiscard]] bool hasReceived(const std::string& line) const {
+    return std::ranges::find(calls, line) != calls.end();
   }
 
   xcb_window_t game = user.openGame(kGame, kGreen);
-  std::vector<std::string> heard;
+  std::vector<std::string> calls;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelLaunchScreen* screen = nullptr;
 
  private:
-  static void note(void* notes, const std::string& line) {
-    static_cast<std::vector<std::string>*>(notes)->push_back(line);
+  static void note(void* list, const std::string& line) {
+    static_cast<std::vector<std::string>*>(list)->push_back(line);
   }
 };
 
-TEST_F(X11CBinding, CoversTheHostsWindowToItsEventAndGivesItBack) {
+TEST_F(X11CBinding, CoversTheHostsWindowUntilItsEventAndRestoresIt) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(0.5);
   EXPECT_TRUE(pumpUntil([this] { return user.picture(game).isAll(kWhite); }));
   EXPECT_TRUE(user.property(game, kMotif).has_value());
-  EXPECT_TRUE(pumpUntil([this] { return hasHeard("launch_end"); }));
+  EXPECT_TRUE(pumpUntil([this] { return hasReceived("launch_end"); }));
   EXPECT_TRUE(pumpUntil([this] { return !user.property(game, kMotif).has_value(); }));
   EXPECT_TRUE(pumpUntil([this] { return !user.picture(game).isAll(kWhite); }));
-  EXPECT_EQ(heard.front(), "will_appear");
-  EXPECT_THAT(heard, Contains(StartsWith("controls_kept ")));
+  EXPECT_EQ(calls.front(), "will_appear");
+  EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
 }
 
-TEST_F(X11CBinding, GivesTheWindowBackWhenItIsDestroyedEarly) {
+TEST_F(X11CBinding, RestoresTheWindowWhenItIsDestroyedEarly) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   EXPECT_TRUE(pumpUntil([this] { return user.picture(game).isAll(kWhite); }));
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_TRUE(waitFor([this] { return !user.property(game, kMotif).has_value(); }));
   EXPECT_TRUE(waitFor([this] { return user.children(game).empty(); }));
-  EXPECT_FALSE(hasHeard("did_disappear"));
+  EXPECT_FALSE(hasReceived("did_disappear"));
 }
 
-TEST_F(X11CBinding, RefusesAWindowThatIsNotThere) {
-  const xcb_window_t gone = user.makeWindow(kGame, kGreen);
-  user.destroy(gone);
+TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
+  const xcb_window_t destroyedWindow = user.makeWindow(kGame, kGreen);
+  user.destroy(destroyedWindow);
   user.settle();
-  for (const std::uint64_t id : {std::uint64_t{gone}, std::uint64_t{1}, ~std::uint64_t{0},
-                                 (std::uint64_t{1} << 32) + game}) {
+  for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},
+                                 ~std::uint64_t{0}, (std::uint64_t{1} << 32) + game}) {
     EXPECT_EQ(create(id), VEL_BAD_WINDOW) << id;
     EXPECT_STRNE(vel_last_error(), "");
     EXPECT_EQ(screen, nullptr);
@@ -122,7 +121,7 @@ TEST_F(X11CBinding, LeavesNoDescriptorOpen) {
     present(60);
     ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   };
-  createAndDestroy();  // the first time, the run loop's own are opened
+  createAndDestroy();  // the first round opens the descriptors of the run loop
   const auto before = descriptors();
   for (int round = 0; round < 20; ++round) {
     createAndDestroy();
@@ -130,11 +129,11 @@ TEST_F(X11CBinding, LeavesNoDescriptorOpen) {
   EXPECT_EQ(descriptors(), before);
 }
 
-TEST_F(X11CBinding, TellsOfALostDisplayAndCanBeDestroyed) {
+TEST_F(X11CBinding, ReportsALostDisplayAndCanBeDestroyed) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   server.kill();
-  EXPECT_TRUE(pumpUntil([this] { return hasHeard("display_lost"); }));
+  EXPECT_TRUE(pumpUntil([this] { return hasReceived("display_lost"); }));
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }

@@ -5,8 +5,8 @@
 #include <csignal>
 #include <memory>
 
-#include "Tests/Support/X11/X11Test.h"
 #include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {
@@ -20,23 +20,22 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowFaults : public X11Test {
  protected:
-  /// A game, and a launch screen over it that is on until something happens or, in forced mode, its
-  /// time is up.
-  void cover(Manager managed, const std::vector<std::string>& arguments) {
-    startManager(managed);
+  /// Opens a game, starts the program over its window, and waits until the window is white.
+  void cover(Manager windowManager, const std::vector<std::string>& arguments) {
+    startManager(windowManager);
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(eventually([this] { return user.isViewable(game); }));
     std::vector<std::string> all{"--window", std::to_string(game), "--content-controller"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     show = std::make_unique<LaunchedShow>(server, all);
-    ASSERT_TRUE(show->prints("covered")) << show->output();
+    ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
     ASSERT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
   }
-  /// The window has the focus, and the program knows.
-  bool isInFront() {
+  /// Waits until the window has the focus.
+  bool waitForFocus() {
     return eventually([this] { return user.focused() == game; });
   }
-  void expectGivenBack() {
+  void expectRestored() {
     EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kGreen); }));
     EXPECT_EQ(user.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
   }
@@ -45,34 +44,34 @@ class X11ShowFaults : public X11Test {
   std::unique_ptr<LaunchedShow> show;
 };
 
-TEST_F(X11ShowFaults, AWindowThatEndsUnderItsCoverEndsTheLaunchScreen) {
+TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
-  ASSERT_TRUE(isInFront());
+  ASSERT_TRUE(waitForFocus());
   user.destroy(game);
-  // With its event, where the end came in front.
+  // The event is recorded because the window was in front when it was destroyed.
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
   EXPECT_THAT(show->output(), Not(HasSubstr("X11:")));
 }
 
-TEST_F(X11ShowFaults, AnUnmappedWindowStopsTheCountdownUntilItIsBack) {
+TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
   cover(Manager::Metacity, {"--duration", "5"});
-  ASSERT_TRUE(isInFront());
-  user.iconify(game);
-  EXPECT_TRUE(show->prints("paused: not in front")) << show->output();
+  ASSERT_TRUE(waitForFocus());
+  user.requestIconify(game);
+  EXPECT_TRUE(show->waitForOutput("paused: not in front")) << show->output();
   user.map(game);
   EXPECT_TRUE(eventually([this] { return user.isViewable(game); }));
-  outputOf({"xdotool", "windowactivate", "--sync", std::to_string(game)}, server.display());
-  EXPECT_TRUE(show->prints("goes on: in front again")) << show->output();
+  runProgram({"xdotool", "windowactivate", "--sync", std::to_string(game)}, server.display());
+  EXPECT_TRUE(show->waitForOutput("goes on: in front again")) << show->output();
   EXPECT_EQ(show->wait(), 0) << show->output();
-  expectGivenBack();
+  expectRestored();
 }
 
-TEST_F(X11ShowFaults, AWindowManagerThatExitsDoesNotStopIt) {
+TEST_F(X11ShowFaults, TheRunGoesOnAfterTheWindowManagerCrashes) {
   cover(Manager::Metacity, {"--duration", "3"});
   manager.kill();
-  // The server hands its windows back when it is gone there too.
+  // The server reparents the game to the root window when the manager's connection is closed.
   EXPECT_TRUE(eventually([this] {
     const auto windows = user.children(user.root());
     return std::ranges::find(windows, game) != windows.end();
@@ -80,23 +79,23 @@ TEST_F(X11ShowFaults, AWindowManagerThatExitsDoesNotStopIt) {
   EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
-  expectGivenBack();
+  expectRestored();
 }
 
-TEST_F(X11ShowFaults, AnotherWindowManagerIsAskedForTheSame) {
+TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
   cover(Manager::Metacity, {"--mode", "skip", "--duration", "600"});
-  ASSERT_TRUE(show->prints("controls kept by the window manager: none")) << show->output();
+  ASSERT_TRUE(show->waitForOutput("controls kept by the window manager: none")) << show->output();
   manager.end();
   startManager(Manager::Openbox);
-  EXPECT_TRUE(show->prints("controls kept by the window manager: close, miniaturise"))
+  EXPECT_TRUE(show->waitForOutput("controls kept by the window manager: close, miniaturise"))
       << show->output();
   EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
   show->signal(SIGINT);
   EXPECT_EQ(show->wait(), 128 + SIGINT) << show->output();
-  expectGivenBack();
+  expectRestored();
 }
 
-TEST_F(X11ShowFaults, ALostDisplayIsOneLine) {
+TEST_F(X11ShowFaults, ALostDisplayPrintsOneLine) {
   cover(Manager::None, {"--duration", "600"});
   server.kill();
   EXPECT_EQ(show->wait(), 1);
@@ -107,21 +106,21 @@ TEST_F(X11ShowFaults, ALostDisplayIsOneLine) {
   EXPECT_EQ(output.find("launchscreen: "), output.rfind("launchscreen: "));
 }
 
-TEST_F(X11ShowFaults, AProgramThatEndsItselfGivesTheWindowBack) {
+TEST_F(X11ShowFaults, SigtermRestoresTheWindow) {
   cover(Manager::None, {"--duration", "600"});
   show->signal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM);
-  expectGivenBack();
+  expectRestored();
 }
 
-TEST_F(X11ShowFaults, AProgramThatIsKilledTakesItsCoverWithIt) {
+TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
   cover(Manager::None, {"--duration", "600"});
   show->signal(SIGKILL);
   show->wait();
   EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kGreen); }));
 }
 
-TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredIsOneLine) {
+TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
   const xcb_window_t hidden = user.makeWindow(kGame, kGreen);
   const auto refusal = [this](const std::string& window) {
     LaunchedShow refused(server, {"--window", window});
@@ -136,7 +135,7 @@ TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredIsOneLine) {
   EXPECT_EQ(refusal(std::to_string(hidden)), "launchscreen: the window is not on the screen\n");
 }
 
-TEST_F(X11ShowFaults, ADisplayThatDoesNotAnswerIsOneLine) {
+TEST_F(X11ShowFaults, ADisplayThatDoesNotExistPrintsOneLine) {
   server.kill();
   LaunchedShow refused(server, {});
   EXPECT_EQ(refused.wait(), 1);

@@ -1,12 +1,12 @@
-// Programs that nobody here wrote, covered by the ids of their windows.
+// `launchscreen show` over the windows of programs from other packages.
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <map>
 #include <sstream>
 
-#include "Tests/Support/X11/X11Test.h"
 #include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {
@@ -19,7 +19,7 @@ using testing::UnorderedElementsAre;
 struct Program {
   const char* name;
   std::vector<std::string> command;
-  const char* window;  // its class or its title
+  const char* window;  // the class or title of its window
 
   friend void PrintTo(const Program& program, std::ostream* out) { *out << program.name; }
 };
@@ -30,7 +30,7 @@ std::string hexadecimal(xcb_window_t window) {
   return text.str();
 }
 
-int inked(const Picture& picture) {
+int nonWhitePixels(const Picture& picture) {
   const auto colors = picture.colors();
   const auto white = colors.find(kWhite);
   return picture.width * picture.height - (white == colors.end() ? 0 : white->second);
@@ -39,7 +39,7 @@ int inked(const Picture& picture) {
 class ForeignPrograms : public X11Test, public testing::WithParamInterface<Program> {
  protected:
   void SetUp() override {
-    startManager(managerWanted);
+    startManager(windowManager);
     program = server.start(GetParam().command);
     ASSERT_TRUE(eventually([this] {
       window = user.find(GetParam().window);
@@ -47,8 +47,8 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }));
   }
   bool isDrawn() { return user.picture(window).colors().size() > 1; }
-  /// With what the manager has put around it.
-  void keep(const std::string& when) {
+  /// Saves a picture of the window with the manager's frame.
+  void savePicture(const std::string& when) {
     PixelRect place = user.frameOf(window);
     const auto around = user.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
     if (around.size() == 4) {
@@ -57,10 +57,10 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
       place.width += static_cast<int>(around[0] + around[1]);
       place.height += static_cast<int>(around[2] + around[3]);
     }
-    user.picture(place).keep(std::string(GetParam().name) + "-" + when);
+    user.picture(place).save(std::string(GetParam().name) + "-" + when);
   }
-  /// What its program has said about the window.
-  std::map<std::string, std::optional<Property>> said() {
+  /// The properties that the program has set on its window.
+  std::map<std::string, std::optional<Property>> clientProperties() {
     std::map<std::string, std::optional<Property>> properties;
     for (const char* name :
          {"_MOTIF_WM_HINTS", "WM_NORMAL_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_CLASS", "WM_NAME",
@@ -69,18 +69,18 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }
     return properties;
   }
-  /// The same without what nobody reads any more, and some write anew whenever they are resized: in
-  /// its hints, the window's place and size.
-  std::map<std::string, std::optional<Property>> saidButForItsFrame() {
-    auto properties = said();
+  /// Without the obsolete position and size in WM_NORMAL_HINTS. Some programs update them whenever
+  /// they are resized.
+  std::map<std::string, std::optional<Property>> clientPropertiesWithoutFrame() {
+    auto properties = clientProperties();
     auto& hints = properties.at("WM_NORMAL_HINTS");
     std::vector<std::uint32_t> numbers = hints.value().numbers();
     std::fill_n(numbers.begin() + 1, 4, 0);
     hints = Property::ofNumbers(hints->type, numbers);
     return properties;
   }
-  /// Closing, miniaturising and resizing, as far as the manager allows them.
-  std::vector<std::string> offered() {
+  /// The allowed ones of the actions close, miniaturise and resize.
+  std::vector<std::string> allowedActions() {
     std::vector<std::string> actions = user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
       return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
@@ -88,16 +88,16 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     });
     return actions;
   }
-  /// White everywhere, but for the indicator in the middle.
+  /// True if the window is white except for the indicator in the middle.
   bool isCovered() {
     const Picture picture = user.picture(window);
-    const PixelRect other = picture.otherThan(kWhite);
+    const PixelRect other = picture.boundsOfOtherColors(kWhite);
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
     return other.width > 0 && other.x >= left && other.x + other.width <= left + 33 &&
            other.y >= top && other.y + other.height <= top + 33;
   }
-  /// On the cross at the right end of the title bar.
+  /// Clicks the close button of Metacity's frame.
   void clickClose() {
     const PixelRect frame = user.frameOf(window);
     user.click(frame.x + frame.width - 18, frame.y - 18);
@@ -108,79 +108,81 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     frame.height += height;
     user.configure(window, frame);
   }
-  bool isAsLargeAs(PixelRect frame) {
+  bool isAtLeastAsLargeAs(PixelRect frame) {
     const PixelRect now = user.frameOf(window);
     return now.width >= frame.width && now.height >= frame.height;
   }
 
-  Manager managerWanted = Manager::None;
+  Manager windowManager = Manager::None;
   Process program;
   xcb_window_t window = 0;
 };
 
 class ForeignProgramsWithManager : public ForeignPrograms {
  protected:
-  ForeignProgramsWithManager() { managerWanted = Manager::Metacity; }
+  ForeignProgramsWithManager() { windowManager = Manager::Metacity; }
 };
 
-TEST_P(ForeignProgramsWithManager, AreCoveredAndGivenBackAsTheyWere) {
-  ASSERT_TRUE(eventually([this] { return offered().size() == 3; }));
-  const auto saidBefore = said();
+TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
+  ASSERT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
+  const auto propertiesBefore = clientProperties();
   const auto childrenBefore = user.children(window);
-  const int inkedBefore = inked(user.picture(window));
+  const int nonWhitePixelsBefore = nonWhitePixels(user.picture(window));
   const PixelRect frameBefore = user.frameOf(window);
-  keep("before");
+  savePicture("before");
 
   LaunchedShow show(server, {"--window", hexadecimal(window), "--mode", "skip", "--duration", "600",
                              "--content-controller", "--indicator"});
-  ASSERT_TRUE(show.prints("covered")) << show.output();
+  ASSERT_TRUE(show.waitForOutput("covered")) << show.output();
   EXPECT_TRUE(eventually([this] { return isCovered(); }));
-  EXPECT_TRUE(show.prints("controls kept by the window manager: none")) << show.output();
-  EXPECT_THAT(offered(), IsEmpty());
-  EXPECT_NE(said()["WM_NORMAL_HINTS"], saidBefore.at("WM_NORMAL_HINTS"));
+  EXPECT_TRUE(show.waitForOutput("controls kept by the window manager: none")) << show.output();
+  EXPECT_THAT(allowedActions(), IsEmpty());
+  EXPECT_NE(clientProperties()["WM_NORMAL_HINTS"], propertiesBefore.at("WM_NORMAL_HINTS"));
   EXPECT_TRUE(isCovered());
-  keep("covered");
-  clickClose();  // in vain
+  savePicture("covered");
+  clickClose();  // has no effect while covered
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_THAT(show.output(), HasSubstr("controls given back"));
-  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // an error of the server's
-  EXPECT_TRUE(eventually([this] { return offered().size() == 3; }));
-  EXPECT_EQ(said(), saidBefore);
+  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // an error from the X server
+  EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
+  EXPECT_EQ(clientProperties(), propertiesBefore);
   EXPECT_EQ(user.children(window), childrenBefore);
   EXPECT_EQ(user.frameOf(window), frameBefore);
-  EXPECT_TRUE(eventually([&] { return inked(user.picture(window)) > inkedBefore / 2; }));
-  keep("after");
+  EXPECT_TRUE(
+      eventually([&] { return nonWhitePixels(user.picture(window)) > nonWhitePixelsBefore / 2; }));
+  savePicture("after");
 
-  // It runs and answers.
+  // The program still runs and reacts.
   ASSERT_TRUE(program.isRunning());
   resizeBy(120, 90);
   EXPECT_TRUE(eventually([&] {
-    return isAsLargeAs({0, 0, frameBefore.width + 100, frameBefore.height + 70}) && isDrawn();
+    return isAtLeastAsLargeAs({0, 0, frameBefore.width + 100, frameBefore.height + 70}) &&
+           isDrawn();
   }));
   clickClose();
   EXPECT_TRUE(eventually([this] { return !program.isRunning(); }));
 }
 
-TEST_P(ForeignPrograms, AreResizedWhileCovered) {
-  const auto saidAtFirst = saidButForItsFrame();
+TEST_P(ForeignPrograms, CanBeResizedWhileCovered) {
+  const auto propertiesAtFirst = clientPropertiesWithoutFrame();
   LaunchedShow show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
                              "600", "--indicator"});
-  ASSERT_TRUE(show.prints("controls kept")) << show.output();
+  ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
   const PixelRect frame = user.frameOf(window);
-  const auto saidCovered = said();
+  const auto propertiesCovered = clientProperties();
   resizeBy(150, 100);
-  EXPECT_TRUE(isCovered());  // in the same motion
-  // Until it has been heard of, and the new size is the only one allowed.
-  EXPECT_TRUE(eventually([&] { return said() != saidCovered; }));
-  EXPECT_TRUE(isAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
+  EXPECT_TRUE(isCovered());  // at once
+  // The back end has noticed the new size when it updates the size hints.
+  EXPECT_TRUE(eventually([&] { return clientProperties() != propertiesCovered; }));
+  EXPECT_TRUE(isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
   EXPECT_TRUE(isCovered());
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(saidButForItsFrame(), saidAtFirst);
-  EXPECT_TRUE(isAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
+  EXPECT_EQ(clientPropertiesWithoutFrame(), propertiesAtFirst);
+  EXPECT_TRUE(isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
   EXPECT_TRUE(eventually([this] { return isDrawn(); }));
   EXPECT_TRUE(program.isRunning());
 }
@@ -191,7 +193,7 @@ const auto kPrograms =
                     Program{"glxgears", {"glxgears", "-geometry", "300x300+120+120"}, "glxgears"},
                     Program{"xmahjongg", {"/usr/games/xmahjongg"}, "XMahjongg"});
 
-std::string nameOf(const testing::TestParamInfo<Program>& tested) { return tested.param.name; }
+std::string nameOf(const testing::TestParamInfo<Program>& testInfo) { return testInfo.param.name; }
 
 INSTANTIATE_TEST_SUITE_P(X11Show, ForeignProgramsWithManager, kPrograms, nameOf);
 INSTANTIATE_TEST_SUITE_P(X11Show, ForeignPrograms, kPrograms, nameOf);

@@ -14,7 +14,7 @@ namespace vel::test {
 
 namespace {
 
-// Far longer than any of the runs takes on a machine that is busy otherwise.
+// Milliseconds without output. The limit is long enough for a busy machine.
 constexpr int kTimeout = 30'000;
 
 std::array<int, 2> makePipe() {
@@ -58,7 +58,7 @@ bool LaunchedShow::read(int milliseconds) {
   return size > 0;
 }
 
-bool LaunchedShow::prints(std::string_view text) {
+bool LaunchedShow::waitForOutput(std::string_view text) {
   while (output_.find(text) == std::string::npos) {
     if (!read(kTimeout)) {
       return false;
@@ -79,10 +79,10 @@ int LaunchedShow::wait() {
   return process_.wait();
 }
 
-double LaunchedShow::timeOf(std::string_view happening) const {
+double LaunchedShow::timeOf(std::string_view ending) const {
   std::istringstream lines(output_);
   for (std::string line; std::getline(lines, line);) {
-    if (line.ends_with(happening)) {
+    if (line.ends_with(ending)) {
       return std::strtod(line.c_str(), nullptr);
     }
   }

@@ -9,25 +9,27 @@
 
 namespace vel::test {
 
-/// The program `launchscreen show` on a display, run by a test: what it prints, log and faults
-/// included, is read as it comes. It does not outlive the test.
+/// The program `launchscreen show`, started by a test on a display. Reads its standard output and
+/// errors. The destructor ends the program.
 class LaunchedShow : NonCopyable {
  public:
-  /// `arguments` are those after `show --display x11`.
+  /// `arguments` follow `show --display x11`.
   LaunchedShow(const XServer& server, std::vector<std::string> arguments);
   ~LaunchedShow();
 
-  /// Waits until it has printed that; false where it ends before, or takes far too long.
-  bool prints(std::string_view text);
+  /// Waits until the program has printed `text`. Returns false if the program ends before, or after
+  /// 30 seconds without output.
+  bool waitForOutput(std::string_view text);
   void pressEnter() const;
   void signal(int number) const { process_.signal(number); }
-  /// Waits for its end; answers its exit status.
+  /// Waits until the program ends. Returns its exit status, or -1 after a signal.
   int wait();
 
-  /// What it has printed so far.
+  /// The output so far.
   [[nodiscard]] const std::string& output() const { return output_; }
-  /// When a line that ends so was printed, by its own account, in seconds; -1 for never.
-  [[nodiscard]] double timeOf(std::string_view happening) const;
+  /// The time, in seconds, at the start of the first line that ends with `ending`; -1 if there is
+  /// no such line.
+  [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:
   bool read(int milliseconds);

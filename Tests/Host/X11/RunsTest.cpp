@@ -1,12 +1,12 @@
-// `launchscreen show` on a display, from its beginning to its end.
+// Complete runs of `launchscreen show` on a display.
 #include <gmock/gmock.h>
 
 #include <array>
 #include <filesystem>
 #include <sstream>
 
-#include "Tests/Support/X11/X11Test.h"
 #include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
 namespace {
@@ -17,16 +17,16 @@ using testing::Not;
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// What is printed, less the times, the log and the countdown.
-std::vector<std::string> happenings(const LaunchedShow& show) {
+/// The printed steps without times, log lines and the countdown.
+std::vector<std::string> stepsPrintedBy(const LaunchedShow& show) {
   std::istringstream lines(show.output());
-  std::vector<std::string> found;
+  std::vector<std::string> steps;
   for (std::string line; std::getline(lines, line);) {
     if (line.find(" s  ") == 8 && !line.ends_with(" s left")) {
-      found.push_back(line.substr(12));
+      steps.push_back(line.substr(12));
     }
   }
-  return found;
+  return steps;
 }
 
 class X11Player : public X11Test {
@@ -40,59 +40,60 @@ class X11Player : public X11Test {
           .string();
 };
 
-TEST_F(X11Player, IsWhiteInTheMiddleOfTheRunAndPlaysAfterIt) {
+TEST_F(X11Player, IsWhiteDuringTheRunAndAnimatesAfterIt) {
   LaunchedShow show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                              "--screenshot", screenshot});
-  ASSERT_TRUE(show.prints("uncovered")) << show.output();
-  show.signal(SIGSTOP);  // it would leave half a second later
+  ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
+  // The program would end half a second later.
+  show.signal(SIGSTOP);
   Picture playing;
   EXPECT_TRUE(eventually([&] {
     playing = user.picture(player());
     return playing.colors().size() == 2 && playing.colors().count(kWhite) == 0;
   }));
-  playing.keep("player");
+  playing.save("player");
   show.signal(SIGCONT);
   EXPECT_EQ(show.wait(), 0) << show.output();
-  const Picture covered = Picture::from(screenshot);
+  const Picture covered = Picture::readPng(screenshot);
   EXPECT_EQ(covered.width, 640);
   EXPECT_EQ(covered.height, 480);
   EXPECT_TRUE(covered.isAll(kWhite));
 }
 
-TEST_F(X11Player, PlaysAroundAModalWindow) {
+TEST_F(X11Player, AnimatesAroundAModalWindow) {
   LaunchedShow show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                              "960x540", "--screenshot", screenshot});
-  EXPECT_TRUE(show.prints("covered"));
+  EXPECT_TRUE(show.waitForOutput("covered"));
   const Picture playing = user.picture(player());
   EXPECT_TRUE(eventually([&] { return user.picture(player()) != playing; }));
   EXPECT_EQ(show.wait(), 0) << show.output();
-  const Picture modal = Picture::from(screenshot);
-  modal.keep("modal");
-  // The modal window, 480 by 270, lies in the middle, and the indicator in its middle.
+  const Picture modal = Picture::readPng(screenshot);
+  modal.save("modal");
+  // The modal window, 480 by 270, is in the middle of the player. Its middle has the indicator.
   EXPECT_NE(modal.at(5, 5), kWhite);
   EXPECT_NE(modal.at(239, 134), kWhite);
   EXPECT_EQ(modal.at(240, 135), kWhite);
   EXPECT_EQ(modal.at(719, 404), kWhite);
   EXPECT_NE(modal.at(720, 405), kWhite);
   EXPECT_EQ(modal.at(480, 270), kWhite);
-  int ink = 0;
+  int indicatorPixels = 0;
   for (int x = 480 - 16; x < 480 + 16; ++x) {
-    ink += modal.at(x, 270) == kWhite ? 0 : 1;
+    indicatorPixels += modal.at(x, 270) == kWhite ? 0 : 1;
   }
-  EXPECT_GT(ink, 4);
+  EXPECT_GT(indicatorPixels, 4);
 }
 
-TEST_F(X11Player, IsOpenedOnTheDisplayThatAnswers) {
+TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
   const std::vector<std::string> automatic{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
-  // Only on a display with a window manager is there anybody to keep a control.
-  EXPECT_THAT(outputOf(automatic, server.display()), HasSubstr("controls kept"));
-  const std::string headless = outputOf(automatic, ":9999");
+  // Only a run on a display with a window manager prints kept controls.
+  EXPECT_THAT(runProgram(automatic, server.display()), HasSubstr("controls kept"));
+  const std::string headless = runProgram(automatic, ":9999");
   EXPECT_THAT(headless, HasSubstr("uncovered"));
   EXPECT_THAT(headless, Not(HasSubstr("controls kept")));
 }
 
-TEST_F(X11Player, LosesAScreenshotThatCannotBeWritten) {
+TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
   LaunchedShow show(server, {"--duration", "0.2", "--screenshot", "/nonexistent/picture.png"});
   EXPECT_EQ(show.wait(), 1);
   EXPECT_THAT(show.output(), HasSubstr("launchscreen: no screenshot: /nonexistent/picture.png: "));
@@ -101,7 +102,7 @@ TEST_F(X11Player, LosesAScreenshotThatCannotBeWritten) {
 struct Run {
   Manager manager;
   const char* presentation;
-  const char* kept;  // of the controls, by the manager
+  const char* keptControls;  // by the window manager
 
   [[nodiscard]] std::string name() const {
     constexpr std::array<const char*, 3> kManagers{"WithoutAManager", "UnderMetacity",
@@ -116,23 +117,23 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
   X11Runs() : X11Test(GetParam().manager) {}
 };
 
-TEST_P(X11Runs, GoFromRequestToEvent) {
+TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(eventually([&] { return user.isViewable(game); }));
   LaunchedShow show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
                              GetParam().presentation, "--content-controller"});
-  ASSERT_TRUE(show.prints("covered"));
+  ASSERT_TRUE(show.waitForOutput("covered"));
   EXPECT_TRUE(eventually([&] { return user.picture(game).colors().count(kWhite) == 1; }));
   EXPECT_EQ(show.wait(), 0);
   std::vector<std::string> expected{"request answered", "covered"};
-  if (*GetParam().kept != '\0') {
-    expected.insert(
-        expected.end(),
-        {"controls taken", "controls kept by the window manager: " + std::string(GetParam().kept),
-         "controls given back"});
+  if (*GetParam().keptControls != '\0') {
+    expected.insert(expected.end(),
+                    {"controls taken",
+                     "controls kept by the window manager: " + std::string(GetParam().keptControls),
+                     "controls given back"});
   }
   expected.insert(expected.end(), {"dismissed", "uncovered", "event recorded: launch_end"});
-  EXPECT_EQ(happenings(show), expected);
+  EXPECT_EQ(stepsPrintedBy(show), expected);
   EXPECT_TRUE(eventually([&] { return user.picture(game).isAll(kGreen); }));
 }
 
@@ -143,11 +144,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Run{Manager::Metacity, "modal", ""}, Run{Manager::Metacity, "sheet", ""},
                     Run{Manager::Openbox, "embedded", "close, miniaturise"},
                     Run{Manager::Openbox, "modal", ""}),
-    [](const testing::TestParamInfo<Run>& tested) { return tested.param.name(); });
+    [](const testing::TestParamInfo<Run>& testInfo) { return testInfo.param.name(); });
 
 class X11ShowFocus : public X11TestWithManager {};
 
-TEST_F(X11ShowFocus, TheCountdownStandsStillWhileTheUserIsInAnotherProgram) {
+TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   const Process xterm = server.start({"xterm", "-geometry", "40x10+900+600"});
   xcb_window_t other = 0;
@@ -155,23 +156,24 @@ TEST_F(X11ShowFocus, TheCountdownStandsStillWhileTheUserIsInAnotherProgram) {
     other = user.find("XTerm");
     return user.isViewable(game) && other != 0 && user.isViewable(other);
   }));
-  const auto userGoesTo = [this](xcb_window_t window) {
-    outputOf({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
+  const auto activate = [this](xcb_window_t window) {
+    runProgram({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
   };
   LaunchedShow show(server,
                     {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
-  ASSERT_TRUE(show.prints("covered"));
+  ASSERT_TRUE(show.waitForOutput("covered"));
   ASSERT_TRUE(eventually([&] { return user.focused() == game; }));
-  userGoesTo(other);
-  ASSERT_TRUE(show.prints("paused: not in front")) << show.output();
-  // Time passes: a run of its own, on a display of its own.
-  outputOf({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());
-  userGoesTo(game);
-  ASSERT_TRUE(show.prints("goes on: in front again")) << show.output();
+  activate(other);
+  ASSERT_TRUE(show.waitForOutput("paused: not in front")) << show.output();
+  // A headless run of one second lets time pass.
+  runProgram({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());
+  activate(game);
+  ASSERT_TRUE(show.waitForOutput("goes on: in front again")) << show.output();
   EXPECT_EQ(show.wait(), 0);
-  const double away = show.timeOf("goes on: in front again") - show.timeOf("paused: not in front");
-  EXPECT_GT(away, 1);
-  EXPECT_GT(show.timeOf("dismissed") - show.timeOf("covered"), 2.95 + away);
+  const double pausedSeconds =
+      show.timeOf("goes on: in front again") - show.timeOf("paused: not in front");
+  EXPECT_GT(pausedSeconds, 1);
+  EXPECT_GT(show.timeOf("dismissed") - show.timeOf("covered"), 2.95 + pausedSeconds);
   EXPECT_THAT(show.output(), HasSubstr("event recorded: launch_end"));
 }
 

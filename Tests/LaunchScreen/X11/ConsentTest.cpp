@@ -1,9 +1,9 @@
-// A host's consent dialog over a launch screen, on a real display and in real time.
+// A host's consent dialog above a launch screen, on an X11 display and in real time.
 #include <gmock/gmock.h>
 
 #include "Platform/Dispatch/Dispatch.h"
-#include "Tests/Support/VirtualPlatform.h"
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
+#include "Tests/Support/VirtualPlatform.h"
 
 namespace vel::test {
 namespace {
@@ -17,19 +17,20 @@ class X11Consent : public X11HostTest {
     X11HostTest::SetUp();
     consent->setContentViewController(make<NamedViewController>("GDPRViewController"));
   }
-  /// Runs the consent window modally, and `act` once it is up and the countdown stands still.
-  void runConsent(const std::function<void()>& act) {
-    std::function<void()> look = [&] {
+  /// Runs the consent window modally. Calls `act` when the window has the focus and the countdown
+  /// is paused.
+  void runModalConsent(const std::function<void()>& act) {
+    std::function<void()> actWhenModal = [&] {
       if (user.focused() == idOf(consent->handle()) && launchScreen->appIsUnfocused()) {
         EXPECT_EQ(launchScreen->launchScreenExpirationTimer(), nullptr);
         EXPECT_TRUE(consent->isModalPanel());
         act();
       } else {
         dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 100),
-                       dispatch_get_main_queue(), look);
+                       dispatch_get_main_queue(), actWhenModal);
       }
     };
-    dispatch_async(dispatch_get_main_queue(), look);
+    dispatch_async(dispatch_get_main_queue(), actWhenModal);
     NSApp->runModalForWindow(consent);
   }
 
@@ -37,23 +38,23 @@ class X11Consent : public X11HostTest {
       NSWindow::initWithContentRectStyleMask(CGRectMake(300, 300, 300, 200), kFullStyle);
 };
 
-TEST_F(X11Consent, WhenItHasBeenAnsweredTheLaunchScreenIsKeyAndGoesOnToItsEnd) {
+TEST_F(X11Consent, ClosingTheDialogResumesTheLaunchScreen) {
   present(5, kEmbedded);
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
-  runConsent([this] { consent->close(); });
+  runModalConsent([this] { consent->close(); });
   EXPECT_FALSE(launchScreen->appIsUnfocused());
   EXPECT_NE(launchScreen->launchScreenExpirationTimer(), nullptr);
   EXPECT_TRUE(runUntil([this] { return user.focused() == game && player->isKeyWindow(); }));
-  // The window manager takes the dialog's frame from the screen when it comes to it.
+  // The window manager removes the dialog's frame some time later.
   EXPECT_TRUE(runUntil([this] { return user.picture(game).isAll(kWhite); }));
   EXPECT_THAT(events, testing::IsEmpty());
   EXPECT_TRUE(runUntil([this] { return !events.empty() && user.picture(game).isAll(kGreen); }));
   EXPECT_THAT(events, testing::ElementsAre("launch_end"));
 }
 
-TEST_F(X11Consent, WhenTheUserLeavesItUnansweredItIsModalNoMore) {
+TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSession) {
   present(600, kEmbedded);
-  runConsent([&] { user.focus(other); });
+  runModalConsent([&] { user.focus(other); });
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(consent->isVisible());
   EXPECT_FALSE(launchScreen->appIsUnfocused());

@@ -1,4 +1,4 @@
-// The order in which windows lie, as users and window managers change it.
+// The stacking order, as users and window managers change it.
 #include <gmock/gmock.h>
 
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
@@ -24,7 +24,7 @@ class X11Order : public X11Test {
   }
 };
 
-TEST_F(X11Order, IsToldWithoutAWindowManager) {
+TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   user.raise(idOf(first));
@@ -34,14 +34,14 @@ TEST_F(X11Order, IsToldWithoutAWindowManager) {
   EXPECT_EQ(reports.orders.size(), 2U);
 }
 
-TEST_F(X11Order, IsToldWhereItIsNotThatOfTheAdoption) {
+TEST_F(X11Order, AnOrderUnlikeTheAdoptionOrderIsReported) {
   const xcb_window_t lower = openGame(kGame);
   const WindowHandle upper = adopt(openGame(kSecond)).handle;
   const WindowHandle handle = adopt(lower).handle;
   EXPECT_TRUE(waitForOrder({upper, handle}));
 }
 
-TEST_F(X11Order, IsNotToldWhereWeHaveMadeIt) {
+TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
   const WindowHandle first =
       open({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   const WindowHandle second =
@@ -54,7 +54,7 @@ TEST_F(X11Order, IsNotToldWhereWeHaveMadeIt) {
   EXPECT_THAT(reports.orders, IsEmpty());
 }
 
-TEST_F(X11Order, OfOneWindowIsNothingToLookAt) {
+TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
   const xcb_window_t game = openGame(kGame);
   adopt(game);
   openGame(kSecond);
@@ -64,7 +64,7 @@ TEST_F(X11Order, OfOneWindowIsNothingToLookAt) {
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Order, IsThatOfTheWindowsOnTheScreen) {
+TEST_F(X11Order, AnUnmappedWindowIsNotInTheOrder) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   const WindowHandle third = adopt(openGame(kSecond)).handle;
@@ -79,7 +79,7 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
   X11OrderWithManager() { startManager(GetParam()); }
 };
 
-TEST_P(X11OrderWithManager, FollowsAClickThatRaises) {
+TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   ASSERT_TRUE(waitFor([&] { return user.focused() == idOf(second); }));
@@ -88,26 +88,26 @@ TEST_P(X11OrderWithManager, FollowsAClickThatRaises) {
   EXPECT_TRUE(waitForOrder({first, second}));
 }
 
-TEST_P(X11OrderWithManager, IsAskedOfAManagerThatComesLater) {
+TEST_P(X11OrderWithManager, TheOrderOfANewManagerIsReported) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   manager.end();
   startManager(GetParam());
   ASSERT_TRUE(waitFor([&] { return user.isViewable(idOf(first)); }));
-  user.activateByManager(idOf(second));
-  user.activateByManager(idOf(first));
+  user.requestActivation(idOf(second));
+  user.requestActivation(idOf(first));
   EXPECT_TRUE(waitForOrder({first, second}));
 }
 
 INSTANTIATE_TEST_SUITE_P(X11, X11OrderWithManager,
                          testing::Values(Manager::Metacity, Manager::Openbox),
-                         [](const testing::TestParamInfo<Manager>& tested) {
-                           return tested.param == Manager::Metacity ? "Metacity" : "Openbox";
+                         [](const testing::TestParamInfo<Manager>& testInfo) {
+                           return testInfo.param == Manager::Metacity ? "Metacity" : "Openbox";
                          });
 
 class X11ApplicationOrder : public X11HostTest {};
 
-TEST_F(X11ApplicationOrder, IsThatOnTheScreen) {
+TEST_F(X11ApplicationOrder, OrderedWindowsFollowTheStackingOrder) {
   std::string error;
   const Strong<NSWindow> second = NSApp->adoptWindow(other, error);
   ASSERT_NE(second, nullptr) << error;
@@ -116,7 +116,7 @@ TEST_F(X11ApplicationOrder, IsThatOnTheScreen) {
   const PixelRect place = user.frameOf(other);
   user.click(place.x + place.width - 10, place.y + place.height - 10);
   EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{second, player}; }));
-  user.activateByManager(game);
+  user.requestActivation(game);
   EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
 }
 

@@ -1,4 +1,4 @@
-// Launch screens where their hosts' windows are: moved by a window manager, on another monitor.
+// Launch screens over a window that moves, and over a window on the second monitor.
 #include <gmock/gmock.h>
 
 #include "Platform/Foundation/Message.h"
@@ -14,10 +14,11 @@ constexpr double kVeryLong = 600;
 
 class X11Presentations : public X11HostTest {
  protected:
-  /// Where a launch screen of its own window lies, which is 480 by 270.
-  [[nodiscard]] bool liesAt(const Strong<NSWindow>& window, int below) const {
+  /// True if the launch screen's window is white, horizontally centred in the game, and `top`
+  /// pixels below the game's upper edge.
+  [[nodiscard]] bool isWhiteAt(const Strong<NSWindow>& window, int top) const {
     const PixelRect host = user.frameOf(game);
-    const PixelRect expected{host.x + (host.width - 480) / 2, host.y + below, 480, 270};
+    const PixelRect expected{host.x + (host.width - 480) / 2, host.y + top, 480, 270};
     return user.frameOf(idOf(window->handle())) == expected && user.picture(expected).isAll(kWhite);
   }
   void moveGame(int x, int y) {
@@ -34,17 +35,17 @@ TEST_F(X11Presentations, ASheetMovesWithItsHost) {
   present(kVeryLong, kSheet);
   const auto sheets = player->sheets();
   ASSERT_EQ(sheets.size(), 1U);
-  ASSERT_TRUE(runUntil([&] { return liesAt(sheets.front(), 0); }));
+  ASSERT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
   moveGame(420, 350);
-  EXPECT_TRUE(runUntil([&] { return liesAt(sheets.front(), 0); }));
+  EXPECT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
 }
 
-TEST_F(X11Presentations, AnEmbeddedOneMovesWithItsHostInTheSameMotion) {
+TEST_F(X11Presentations, AnEmbeddedCoverMovesInTheSameRequestAsItsHost) {
   present(kVeryLong, kEmbedded);
   ASSERT_TRUE(runUntil([&] { return user.picture(game).isAll(kWhite); }));
   const PixelRect before = user.frameOf(game);
   user.configure(game, {420, 350, before.width, before.height});
-  // Nothing of ours runs meanwhile.
+  // The run loop does not run here: the server moves the cover with its parent window.
   ASSERT_TRUE(eventually([&] { return !(user.frameOf(game) == before); }));
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
 }
@@ -53,10 +54,11 @@ TEST_F(X11Presentations, AnEmbeddedOneMovesWithItsHostInTheSameMotion) {
 class X11SecondMonitor : public X11Presentations {
  protected:
   void SetUp() override {
-    outputOf({"xrandr", "--setmonitor", "left", "640/169x800/212+0+0", "screen"}, server.display());
-    outputOf({"xrandr", "--setmonitor", "right", "640/169x960/254+640+0", "none"},
-             server.display());
-    ASSERT_THAT(outputOf({"xrandr", "--listmonitors"}, server.display()),
+    runProgram({"xrandr", "--setmonitor", "left", "640/169x800/212+0+0", "screen"},
+               server.display());
+    runProgram({"xrandr", "--setmonitor", "right", "640/169x960/254+640+0", "none"},
+               server.display());
+    ASSERT_THAT(runProgram({"xrandr", "--listmonitors"}, server.display()),
                 testing::HasSubstr("right"));
     X11HostTest::SetUp();
     user.configure(game, {660, 500, 600, 400});
@@ -67,21 +69,21 @@ class X11SecondMonitor : public X11Presentations {
   }
 };
 
-TEST_F(X11SecondMonitor, HasAnEmbeddedOneWhereTheGameIs) {
+TEST_F(X11SecondMonitor, AnEmbeddedCoverIsWhereTheGameIs) {
   present(kVeryLong, kEmbedded);
   EXPECT_TRUE(runUntil([this] { return user.picture(game).isAll(kWhite); }));
 }
 
-TEST_F(X11SecondMonitor, HasASheetWhereTheGameIs) {
+TEST_F(X11SecondMonitor, ASheetIsWhereTheGameIs) {
   present(kVeryLong, kSheet);
   ASSERT_EQ(player->sheets().size(), 1U);
-  EXPECT_TRUE(runUntil([this] { return liesAt(player->sheets().front(), 0); }));
+  EXPECT_TRUE(runUntil([this] { return isWhiteAt(player->sheets().front(), 0); }));
 }
 
-TEST_F(X11SecondMonitor, HasAModalOneInTheMiddleOfTheGame) {
+TEST_F(X11SecondMonitor, AModalWindowIsInTheMiddleOfTheGame) {
   present(kVeryLong, kModal);
   ASSERT_NE(NSApp->modalWindow(), nullptr);
-  EXPECT_TRUE(runUntil([this] { return liesAt(NSApp->modalWindow(), 65); }));
+  EXPECT_TRUE(runUntil([this] { return isWhiteAt(NSApp->modalWindow(), 65); }));
 }
 
 }  // namespace

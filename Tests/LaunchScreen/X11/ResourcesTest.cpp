@@ -1,4 +1,4 @@
-// What whole runs leave on the server: nothing.
+// A complete run leaves no resources on the X server.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -11,10 +11,10 @@ namespace {
 
 class X11Resources : public X11HostTest, public testing::WithParamInterface<std::int32_t> {
  protected:
-  /// A run from request to event, with an indicator.
+  /// Runs a launch screen with an indicator from its request to its event.
   void runOnce() {
     events.clear();
-    indicator = true;
+    hasIndicator = true;
     const auto childrenBefore = user.children(game);
     present(0.1, GetParam());
     EXPECT_TRUE(runUntil([&] {
@@ -29,11 +29,11 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
     return user.resourcesOf(idOf(own->handle()));
   }
 
-  // One of the host's own, to name its connection by.
+  // A window of the host. The server identifies the host's connection by it.
   Strong<NSWindow> own = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
 };
 
-TEST_P(X11Resources, AreAsManyAfterARunAsBefore) {
+TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
   own->makeKeyAndOrderFront();
   ASSERT_TRUE(runUntil([this] { return own->isKeyWindow(); }));
   player->makeKeyWindow();
@@ -46,9 +46,9 @@ TEST_P(X11Resources, AreAsManyAfterARunAsBefore) {
   EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
 }
 
-std::string nameOfMode(const testing::TestParamInfo<std::int32_t>& tested) {
+std::string nameOfMode(const testing::TestParamInfo<std::int32_t>& testInfo) {
   constexpr std::array<const char*, 3> kNames{"Embedded", "Sheet", "Modal"};
-  return kNames.at(static_cast<std::size_t>(tested.param));
+  return kNames.at(static_cast<std::size_t>(testInfo.param));
 }
 
 INSTANTIATE_TEST_SUITE_P(X11, X11Resources, testing::Values(0, 1, 2), nameOfMode);

@@ -35,7 +35,7 @@ void X11HostTest::present(double duration, std::int32_t hostMode) {
   const auto data = launchScreen->contentDataForContentRequest(makeRequest("launch_end", duration));
   const auto view = launchScreen->contentViewForContentData(data);
   const auto presentation = as<CVPresentationFullScreen>(view->presentation());
-  if (indicator) {
+  if (hasIndicator) {
     const auto controller = as<LaunchScreenViewController>(presentation->viewController());
     controller->createActivityIndicator();
     controller->createConstraintsActivityIndicator();

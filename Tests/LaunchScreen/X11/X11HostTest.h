@@ -10,23 +10,23 @@
 
 namespace vel::test {
 
-/// A host on the display, in real time: the application, the window of a game of another process,
-/// and the launch screens it shows over that. A window manager runs.
+/// A host application on an X11 display, in real time and under a window manager. It adopts the
+/// window of a game and shows launch screens over it.
 class X11HostTest : public X11TestWithManager {
  protected:
   ~X11HostTest() override;
   void SetUp() override;
 
-  /// Requests a launch screen of so many seconds and presents it in one of the host's modes.
+  /// Requests a launch screen with a duration in seconds and presents it in a host mode.
   void present(double duration, std::int32_t hostMode);
-  /// Runs the loop until the condition holds; false where it does not come to hold.
+  /// Runs the run loop until the condition is true. Returns false after `kTimeout`.
   static bool runUntil(const std::function<bool()>& condition);
 
-  xcb_window_t other = 0;  // of another program
+  xcb_window_t other = 0;  // a window that the application does not adopt
   xcb_window_t game = 0;
-  Strong<NSWindow> player;  // the game's
+  Strong<NSWindow> player;  // the adopted window of the game
   Strong<LaunchScreenManager> launchScreen;
-  bool indicator = false;  // whether launch screens have one
+  bool hasIndicator = false;  // of the launch screens
   std::vector<std::string> events;
 };
 

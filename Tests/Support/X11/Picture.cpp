@@ -12,20 +12,20 @@ namespace vel::test {
 
 namespace {
 
-Picture read(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect place) {
+Picture read(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect area) {
   const x11::FromServer<xcb_get_image_reply_t> image(xcb_get_image_reply(
       connection,
       xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
-                    static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
-                    static_cast<std::uint16_t>(place.width),
-                    static_cast<std::uint16_t>(place.height), ~0U),
+                    static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
+                    static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height),
+                    ~0U),
       nullptr));
   if (image == nullptr) {
     throw std::runtime_error("the server gives no picture");
   }
   const std::span bytes(xcb_get_image_data(image.get()),
                         static_cast<std::size_t>(xcb_get_image_data_length(image.get())));
-  Picture picture{place.width, place.height, std::vector<std::uint32_t>(bytes.size() / 4)};
+  Picture picture{area.width, area.height, std::vector<std::uint32_t>(bytes.size() / 4)};
   std::memcpy(picture.pixels.data(), bytes.data(), picture.pixels.size() * 4);
   return picture;
 }
@@ -50,7 +50,7 @@ bool Picture::isAll(std::uint32_t color) const {
          std::ranges::all_of(pixels, [color](std::uint32_t pixel) { return pixel == color; });
 }
 
-PixelRect Picture::otherThan(std::uint32_t color) const {
+PixelRect Picture::boundsOfOtherColors(std::uint32_t color) const {
   int left = width;
   int top = height;
   int right = 0;
@@ -68,7 +68,7 @@ PixelRect Picture::otherThan(std::uint32_t color) const {
   return right == 0 ? PixelRect{} : PixelRect{left, top, right - left, bottom - top};
 }
 
-Picture Picture::from(const std::string& file) {
+Picture Picture::readPng(const std::string& file) {
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   if (png_image_begin_read_from_file(&image, file.c_str()) == 0) {
@@ -87,7 +87,7 @@ Picture Picture::from(const std::string& file) {
   return picture;
 }
 
-void Picture::keep(const std::string& name) const {
+void Picture::save(const std::string& name) const {
   const std::filesystem::path folder("build/pictures");
   std::filesystem::create_directories(folder);
   std::vector<std::uint8_t> bytes;
@@ -110,8 +110,8 @@ void Picture::keep(const std::string& name) const {
 
 Picture XClient::picture(xcb_window_t window) const { return picture(frameOf(window)); }
 
-Picture XClient::picture(PixelRect place) const {
-  Picture picture = read(connection_, root_, place);
+Picture XClient::picture(PixelRect area) const {
+  Picture picture = read(connection_, root_, area);
   for (std::uint32_t& pixel : picture.pixels) {
     pixel &= 0xFFFFFF;
   }

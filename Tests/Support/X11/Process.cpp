@@ -16,15 +16,15 @@ namespace vel::test {
 
 namespace {
 
-[[noreturn]] void become(std::vector<std::string> arguments, const std::string& display,
-                         const Process::Streams& streams) {
+[[noreturn]] void execute(std::vector<std::string> arguments, const std::string& display,
+                          const Process::Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   setenv("DISPLAY", display.c_str(), 1);
   setenv("LC_ALL", "C", 1);
-  const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-  dup2(streams.input < 0 ? nowhere : streams.input, STDIN_FILENO);
-  dup2(streams.output < 0 ? nowhere : streams.output, STDOUT_FILENO);
-  dup2(streams.errors < 0 ? nowhere : streams.errors, STDERR_FILENO);
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  dup2(streams.input < 0 ? null : streams.input, STDIN_FILENO);
+  dup2(streams.output < 0 ? null : streams.output, STDOUT_FILENO);
+  dup2(streams.errors < 0 ? null : streams.errors, STDERR_FILENO);
   std::vector<char*> words;
   words.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
@@ -43,7 +43,7 @@ Process::Process(std::vector<std::string> arguments, const std::string& display,
     throw std::system_error(errno, std::generic_category(), "fork");
   }
   if (id_ == 0) {
-    become(std::move(arguments), display, streams);
+    execute(std::move(arguments), display, streams);
   }
 }
 
@@ -83,7 +83,7 @@ int Process::wait() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::string outputOf(const std::vector<std::string>& arguments, const std::string& display) {
+std::string runProgram(const std::vector<std::string>& arguments, const std::string& display) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");

@@ -8,18 +8,18 @@
 
 namespace vel::test {
 
-/// A program that a test starts and ends, by its process id; it does not outlive the test.
+/// A program that a test runs. The destructor ends it.
 class Process {
  public:
   Process() = default;
-  /// What becomes of a program's standard input and output; nothing, unless told otherwise.
+  /// The descriptors of the standard streams; -1 means `/dev/null`.
   struct Streams {
     int input = -1;
     int output = -1;
     int errors = -1;
   };
 
-  /// Starts `arguments[0]`, found on the path, on the display.
+  /// Searches the path for `arguments[0]` and starts it with `DISPLAY` set to `display`.
   Process(std::vector<std::string> arguments, const std::string& display, Streams streams);
   Process(std::vector<std::string> arguments, const std::string& display)
       : Process(std::move(arguments), display, Streams()) {}
@@ -31,11 +31,11 @@ class Process {
 
   [[nodiscard]] bool isRunning();
   void signal(int number) const;
-  /// Ends it and waits for that.
+  /// Sends SIGTERM and waits for the end.
   void end();
-  /// The same without giving it a chance to tidy up.
+  /// Sends SIGKILL and waits for the end.
   void kill();
-  /// Waits for its own end; answers its exit status.
+  /// Waits until the program ends by itself. Returns its exit status, or -1 after a signal.
   int wait();
 
  private:
@@ -44,7 +44,7 @@ class Process {
   pid_t id_ = 0;
 };
 
-/// Runs a program on the display to its end; answers what it printed.
-std::string outputOf(const std::vector<std::string>& arguments, const std::string& display);
+/// Runs a program on the display to its end. Returns its output.
+std::string runProgram(const std::vector<std::string>& arguments, const std::string& display);
 
 }  // namespace vel::test

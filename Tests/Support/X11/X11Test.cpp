@@ -7,15 +7,16 @@
 
 namespace vel::test {
 
-Process startManager(Manager started, const XServer& server, XClient& user) {
-  if (started == Manager::None) {
+Process startManager(Manager kind, const XServer& server, XClient& user) {
+  if (kind == Manager::None) {
     return {};
   }
-  const auto program = started == Manager::Metacity
+  const auto program = kind == Manager::Metacity
                            ? std::vector<std::string>{"metacity", "--sm-disable"}
                            : std::vector<std::string>{"openbox", "--sm-disable"};
   Process manager = server.start(program);
-  // It manages once it manages a window. One that is asked for too early may stay forgotten.
+  // The probe gets WM_STATE when the manager manages it. A starting manager may overlook a new
+  // window, so the loop maps the probe repeatedly.
   const Nanoseconds limit = steadyNow() + kTimeout;
   const xcb_window_t probe = user.makeWindow({0, 0, 10, 10}, 0);
   user.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -36,10 +37,10 @@ Process startManager(Manager started, const XServer& server, XClient& user) {
 
 // X11Test
 
-X11Test::X11Test(Manager started, const std::vector<std::string>& serverArguments)
+X11Test::X11Test(Manager kind, const std::vector<std::string>& serverArguments)
     : server(serverArguments), user(server.display()) {
   setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
-  startManager(started);
+  startManager(kind);
 }
 
 X11Test::~X11Test() {

@@ -1,5 +1,4 @@
-// What the tests of the X11 back end run on: a server of their own, another program on it, and the
-// back end with somebody who listens.
+// The fixture of tests on an X11 display.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,53 +10,55 @@
 #include <vector>
 
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
-#include "Tests/WindowSystem/Reports.h"
 #include "Tests/Support/X11/XClient.h"
 #include "Tests/Support/X11/XServer.h"
+#include "Tests/WindowSystem/Reports.h"
 
 namespace vel::test {
 
-/// Which window manager runs: the one that knows every hint, another one, or none.
+/// The window manager of a test. Metacity honours every hint that the back end writes; Openbox does
+/// not.
 enum class Manager : std::uint8_t { None, Metacity, Openbox };
 
-/// Starts a window manager on the server and waits until it manages; `user` looks on.
+/// Starts a window manager and waits until it manages windows. `user` opens a window to check this.
 Process startManager(Manager manager, const XServer& server, XClient& user);
 
-/// The X server, another program with windows on it (`user`), and the back end. Waiting is for
-/// events, and fails where what was waited for does not come.
+/// An X server, another client (`user`) and the back end. `user` opens windows of other programs
+/// and does what a user does.
 class X11Test : public testing::Test {
  protected:
-  explicit X11Test(Manager manager = Manager::None,
+  explicit X11Test(Manager kind = Manager::None,
                    const std::vector<std::string>& serverArguments = {});
   ~X11Test() override;
 
-  /// Opens the back end, if that has not happened.
+  /// Returns the back end. Opens it at the first call.
   X11WindowSystem& system();
-  /// Gives it away.
+  /// Transfers the ownership of the back end to the caller.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
-  void startManager(Manager started) { manager = test::startManager(started, server, user); }
-  /// Delivers events until the condition holds; false where it does not come to hold.
+  void startManager(Manager kind) { manager = test::startManager(kind, server, user); }
+  /// Delivers events until the condition is true. Returns false after `kTimeout`.
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
-  /// Delivers what the server has for us by now, and waits until it has done what we asked.
+  /// Delivers all events so far, and waits until the server has executed all requests so far.
   void deliver();
-  /// The same for a while, to see that something does not happen.
+  /// Delivers events for some time. Use it to show that something does not happen.
   void deliverFor(double seconds);
 
-  /// A window of ours, on screen.
+  /// Creates a window of the back end and waits until it is viewable.
   WindowHandle open(const WindowDescription& description);
   AdoptedWindow adopt(xcb_window_t window);
-  /// A scene that covers a window of that size, in points, with or without an indicator.
+  /// A white scene with a size in points, without and with an indicator.
   static Scene white(CGSize size);
   static Scene whiteWithIndicator(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
+  /// A line of `reports`: `what` and the window's handle.
   static std::string line(std::string_view what, WindowHandle window);
 
   XServer server;
   XClient user;
   Process manager;
   ReportListener reports;
-  /// Lines that the back end has logged: errors of the server, attributed.
+  /// The lines that the back end has logged.
   std::vector<std::string> log;
 
  private:

@@ -44,7 +44,7 @@ xcb_atom_t XClient::atom(std::string_view name) const {
   return reply->atom;
 }
 
-// Windows of its own
+// This client's windows
 
 xcb_window_t XClient::makeWindow(PixelRect frame, std::uint32_t color, xcb_window_t parent) {
   const xcb_window_t window = xcb_generate_id(connection_);
@@ -64,7 +64,7 @@ xcb_window_t XClient::openGame(PixelRect frame, std::uint32_t color) {
   setProperty(window, "WM_NAME", Property::ofText(XCB_ATOM_STRING, "A game"));
   const std::array protocols{atom("WM_DELETE_WINDOW")};
   setProperty(window, "WM_PROTOCOLS", Property::ofNumbers(XCB_ATOM_ATOM, protocols));
-  std::array<std::uint32_t, 18> hints{1 | 4};  // placed by the user
+  std::array<std::uint32_t, 18> hints{1 | 4};  // USPosition and PPosition
   setProperty(window, "WM_NORMAL_HINTS", Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, hints));
   map(window);
   return window;
@@ -152,7 +152,7 @@ void XClient::settle() {
       xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
 
-// Looking at windows
+// The state of all windows
 
 std::optional<Property> XClient::property(xcb_window_t window, std::string_view name) const {
   const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
@@ -270,19 +270,19 @@ void XClient::sendProtocol(xcb_window_t window, std::string_view protocol) {
   sendMessage(window, XCB_EVENT_MASK_NO_EVENT, window, "WM_PROTOCOLS", atom(protocol), 0);
 }
 
-void XClient::closeByManager(xcb_window_t window) {
+void XClient::requestClose(xcb_window_t window) {
   constexpr std::uint32_t kFromPager = 2;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
               window, "_NET_CLOSE_WINDOW", XCB_CURRENT_TIME, kFromPager);
 }
 
-void XClient::activateByManager(xcb_window_t window) {
+void XClient::requestActivation(xcb_window_t window) {
   constexpr std::uint32_t kFromPager = 2;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
               window, "_NET_ACTIVE_WINDOW", kFromPager, XCB_CURRENT_TIME);
 }
 
-void XClient::iconify(xcb_window_t window) {
+void XClient::requestIconify(xcb_window_t window) {
   constexpr std::uint32_t kIconic = 3;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
               window, "WM_CHANGE_STATE", kIconic, 0);
@@ -296,7 +296,7 @@ void XClient::fake(std::uint8_t type, std::uint8_t detail, int x, int y) {
   settle();
 }
 
-// Input that is made up is worked off some time after it was asked for.
+// The server processes faked input some time after the request.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   while (true) {
@@ -340,12 +340,12 @@ void XClient::pressKey(std::uint8_t code) {
   fake(XCB_KEY_RELEASE, code, 0, 0);
 }
 
-void XClient::noteUserTime(xcb_window_t window) {
-  const std::array<std::uint32_t, 1> now{time(window)};
+void XClient::updateUserTime(xcb_window_t window) {
+  const std::array<std::uint32_t, 1> now{serverTime(window)};
   setProperty(window, "_NET_WM_USER_TIME", Property::ofNumbers(XCB_ATOM_CARDINAL, now));
 }
 
-xcb_timestamp_t XClient::time(xcb_window_t window) {
+xcb_timestamp_t XClient::serverTime(xcb_window_t window) {
   xcb_timestamp_t time = XCB_CURRENT_TIME;
   selectEvents(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
   setProperty(window, "_VEL_TEST", Property::ofText(XCB_ATOM_STRING, ""));
@@ -358,9 +358,9 @@ xcb_timestamp_t XClient::time(xcb_window_t window) {
   return time;
 }
 
-std::map<std::string, unsigned> XClient::resourcesOf(xcb_window_t client) const {
+std::map<std::string, unsigned> XClient::resourcesOf(xcb_window_t window) const {
   const Reply<xcb_res_query_client_resources_reply_t> reply(xcb_res_query_client_resources_reply(
-      connection_, xcb_res_query_client_resources(connection_, client), nullptr));
+      connection_, xcb_res_query_client_resources(connection_, window), nullptr));
   std::map<std::string, unsigned> counts;
   if (reply != nullptr) {
     for (auto next = xcb_res_query_client_resources_types_iterator(reply.get()); next.rem > 0;

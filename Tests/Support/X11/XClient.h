@@ -21,7 +21,7 @@ using x11::Property;
 
 inline constexpr std::uint32_t kWhite = 0xFFFFFF;
 
-/// The picture of a part of the screen: what a user sees there.
+/// The pixels of an area of the screen.
 struct Picture {
   int width = 0;
   int height = 0;
@@ -31,17 +31,16 @@ struct Picture {
   /// How many pixels have each colour.
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
-  /// The smallest rectangle that holds every pixel of another colour.
-  [[nodiscard]] PixelRect otherThan(std::uint32_t color) const;
+  /// The bounding rectangle of all pixels with a different colour.
+  [[nodiscard]] PixelRect boundsOfOtherColors(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
-  /// One that somebody has saved as a PNG file.
-  static Picture from(const std::string& file);
-  /// Keeps it for people, as build/pictures/NAME.png below the tests' working directory.
-  void keep(const std::string& name) const;
+  static Picture readPng(const std::string& file);
+  /// Writes build/pictures/NAME.png, relative to the working directory, for people to look at.
+  void save(const std::string& name) const;
 };
 
-/// Another program on the display: it has windows of its own, looks at everybody's, and moves the
-/// pointer. Nothing of the back end's state is shared with it.
+/// Another client of the X server, independent of the back end. It opens windows, reads the state
+/// of all windows, moves the pointer and presses keys.
 class XClient : NonCopyable {
  public:
   explicit XClient(const std::string& display);
@@ -51,11 +50,13 @@ class XClient : NonCopyable {
   [[nodiscard]] xcb_window_t root() const { return root_; }
   [[nodiscard]] xcb_atom_t atom(std::string_view name) const;
 
-  /// A window on the root window, or in another one; filled with the colour and not mapped.
+  /// Creates a window with a background colour and does not map it. The default parent is the root
+  /// window.
   xcb_window_t makeWindow(PixelRect frame, std::uint32_t color, xcb_window_t parent = 0);
-  /// The same as a game has it: named, mapped, and waited for until it is on the screen.
+  /// Creates a window with the properties of a game, and maps it. Does not wait for a window
+  /// manager.
   xcb_window_t openGame(PixelRect frame, std::uint32_t color);
-  /// The same with a visual that has opacity; transparent.
+  /// Creates and maps a transparent window with a visual of depth 32.
   xcb_window_t openGameWithOpacity(PixelRect frame);
   void map(xcb_window_t window);
   void unmap(xcb_window_t window);
@@ -65,18 +66,18 @@ class XClient : NonCopyable {
   void focus(xcb_window_t window);
   void fill(xcb_window_t window, std::uint32_t color);
   void selectEvents(xcb_window_t window, std::uint32_t events);
-  /// The types of the events that have come since the last time.
+  /// Returns the types of the events since the previous call.
   std::vector<int> events();
-  /// Waits until the server has done everything asked so far.
+  /// Waits until the server has executed all requests of this client.
   void settle();
 
   [[nodiscard]] std::optional<Property> property(xcb_window_t window, std::string_view name) const;
   void setProperty(xcb_window_t window, std::string_view name,
                    const std::optional<Property>& value);
-  /// A property's numbers, none where it is absent.
+  /// The property's numbers; empty if the window does not have the property.
   [[nodiscard]] std::vector<std::uint32_t> numbers(xcb_window_t window,
                                                    std::string_view name) const;
-  /// The names of the atoms that a property lists.
+  /// The names of the property's atoms.
   [[nodiscard]] std::vector<std::string> atomNames(xcb_window_t window,
                                                    std::string_view name) const;
   [[nodiscard]] PixelRect frameOf(xcb_window_t window) const;
@@ -84,22 +85,22 @@ class XClient : NonCopyable {
   [[nodiscard]] bool exists(xcb_window_t window) const;
   [[nodiscard]] xcb_window_t focused() const;
   [[nodiscard]] std::vector<xcb_window_t> children(xcb_window_t window) const;
-  /// Sends a window a message of WM_PROTOCOLS, as a window manager does.
+  /// Sends the window a WM_PROTOCOLS message, as a window manager does.
   void sendProtocol(xcb_window_t window, std::string_view protocol);
-  /// Asks the window manager to close a window, as a taskbar does.
-  void closeByManager(xcb_window_t window);
-  /// Asks the window manager to bring a window to the front, as a taskbar does.
-  void activateByManager(xcb_window_t window);
-  /// Asks the window manager to miniaturise a window.
-  void iconify(xcb_window_t window);
-  /// The first window, front to back and outside in, whose WM_CLASS ends in the name or whose
-  /// WM_NAME it is; 0 for none.
+  /// Sends `_NET_CLOSE_WINDOW` to the window manager, as a taskbar does.
+  void requestClose(xcb_window_t window);
+  /// Sends `_NET_ACTIVE_WINDOW` to the window manager, as a taskbar does.
+  void requestActivation(xcb_window_t window);
+  /// Sends `WM_CHANGE_STATE` to the window manager to miniaturise the window.
+  void requestIconify(xcb_window_t window);
+  /// Returns the first descendant of `in` whose class or WM_NAME is `name`, or 0. Searches depth
+  /// first, topmost window first. The default for `in` is the root window.
   [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t in = 0) const;
 
-  /// What is seen on the screen in a window's place.
+  /// The pixels of the screen in the window's area.
   [[nodiscard]] Picture picture(xcb_window_t window) const;
-  [[nodiscard]] Picture picture(PixelRect place) const;
-  /// A window's own pixels, its children's included, with the opacity in the highest bits.
+  [[nodiscard]] Picture picture(PixelRect area) const;
+  /// The pixels of the window and its children, with the alpha in the top byte.
   [[nodiscard]] Picture pictureOfWindow(xcb_window_t window) const;
 
   void movePointer(int x, int y);
@@ -107,13 +108,13 @@ class XClient : NonCopyable {
   void release();
   void click(int x, int y);
   void pressKey(std::uint8_t code);
-  /// Says of a window what toolkits say of theirs: that the user is at work in it.
-  void noteUserTime(xcb_window_t window);
-  /// The server's time, in milliseconds; read through a window of this program's.
-  [[nodiscard]] xcb_timestamp_t time(xcb_window_t window);
+  /// Sets `_NET_WM_USER_TIME` to the current time, as toolkits do at user input.
+  void updateUserTime(xcb_window_t window);
+  /// The server's time in milliseconds. `window` must be a window of this client.
+  [[nodiscard]] xcb_timestamp_t serverTime(xcb_window_t window);
 
-  /// How many resources of each type all other clients have on the server.
-  [[nodiscard]] std::map<std::string, unsigned> resourcesOf(xcb_window_t client) const;
+  /// The number of resources of each type that the client of a window has on the server.
+  [[nodiscard]] std::map<std::string, unsigned> resourcesOf(xcb_window_t window) const;
 
  private:
   void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,

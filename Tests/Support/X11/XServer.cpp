@@ -16,7 +16,7 @@ namespace vel::test {
 
 namespace {
 
-// What is on the screen is what the programs have drawn, with no shadows and no delay.
+// Without the compositor, the screen shows drawings at once and without shadows.
 constexpr std::string_view kSettings = "[org/gnome/metacity]\ncompositor='none'\n";
 
 std::filesystem::path makeFolder() {
@@ -29,7 +29,7 @@ std::filesystem::path makeFolder() {
 
 }  // namespace
 
-// The server chooses its number and prints it once it answers.
+// Xvfb chooses a display number and prints it when it accepts connections.
 XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
   std::filesystem::create_directories(settings_ / "glib-2.0/settings");
   std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kSettings;

@@ -9,17 +9,17 @@
 
 namespace vel::test {
 
-/// An X server with a screen in memory, 1280 by 960 pixels, on a free display of its own.
+/// An Xvfb server with a screen of 1280 by 960 pixels, on a free display number.
 class XServer : NonCopyable {
  public:
-  /// `arguments` are further ones of the server's.
+  /// `arguments` are additional arguments of Xvfb.
   explicit XServer(const std::vector<std::string>& arguments = {});
   ~XServer();
 
   [[nodiscard]] const std::string& display() const { return display_; }
-  /// Starts a program on the display, with settings of nobody's but these tests'.
+  /// Starts a program on the display. The program does not read the user's settings.
   [[nodiscard]] Process start(const std::vector<std::string>& arguments) const;
-  /// Ends the server, as a crash would.
+  /// Kills the server with SIGKILL, like a crash.
   void kill() { process_.kill(); }
 
  private:

@@ -23,19 +23,19 @@ class X11AdoptedWindows : public X11Test {
   }
 };
 
-TEST_F(X11AdoptedWindows, AreFoundAsTheyAre) {
+TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const AdoptedWindow found = adopt(game);
-  EXPECT_EQ(idOf(found.handle), game);
-  EXPECT_EQ(found.className, "PlayerWindow");
-  EXPECT_EQ(found.title, "A game");
-  EXPECT_EQ(found.frame, CGRectMake(200, 410, 640, 400));
-  EXPECT_EQ(found.styleMask, 15U);
-  EXPECT_TRUE(found.onScreen);
-  EXPECT_FALSE(found.hasFocus);
+  const AdoptedWindow adoptedWindow = adopt(game);
+  EXPECT_EQ(idOf(adoptedWindow.handle), game);
+  EXPECT_EQ(adoptedWindow.className, "PlayerWindow");
+  EXPECT_EQ(adoptedWindow.title, "A game");
+  EXPECT_EQ(adoptedWindow.frame, CGRectMake(200, 410, 640, 400));
+  EXPECT_EQ(adoptedWindow.styleMask, 15U);
+  EXPECT_TRUE(adoptedWindow.onScreen);
+  EXPECT_FALSE(adoptedWindow.hasFocus);
 }
 
-TEST_F(X11AdoptedWindows, MayHaveTheFocusAlready) {
+TEST_F(X11AdoptedWindows, AWindowWithTheFocusIsAdoptedAsFocused) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   const xcb_window_t inside = user.makeWindow({0, 0, 10, 10}, 0, game);
   user.map(inside);
@@ -45,17 +45,17 @@ TEST_F(X11AdoptedWindows, MayHaveTheFocusAlready) {
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-TEST_F(X11AdoptedWindows, WithoutTheFocusLeaveTheApplicationInactive) {
+TEST_F(X11AdoptedWindows, AdoptingAWindowWithoutTheFocusDeactivatesTheApplication) {
   adopt(user.openGame(kGame, kGreen));
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
 }
 
-TEST_F(X11AdoptedWindows, MayBeOffTheScreen) {
+TEST_F(X11AdoptedWindows, AnUnmappedWindowCanBeAdopted) {
   EXPECT_FALSE(adopt(user.makeWindow(kGame, kGreen)).onScreen);
 }
 
-TEST_F(X11AdoptedWindows, AreRefusedWhereThereIsNone) {
+TEST_F(X11AdoptedWindows, AnIdWithoutAWindowIsRefused) {
   EXPECT_THAT(refusal(0x7654321), HasSubstr("window 0x7654321: there is no such window"));
   EXPECT_THAT(refusal(0), HasSubstr("no X11 window's id"));
   EXPECT_THAT(refusal(std::numeric_limits<std::uint64_t>::max()), HasSubstr("no X11 window's id"));
@@ -63,7 +63,7 @@ TEST_F(X11AdoptedWindows, AreRefusedWhereThereIsNone) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11AdoptedWindows, AreRefusedWhereNothingCanBeShown) {
+TEST_F(X11AdoptedWindows, AWindowThatCannotBeCoveredIsRefused) {
   EXPECT_THAT(refusal(user.root()), HasSubstr("it is the root window"));
   const xcb_window_t inputOnly = xcb_generate_id(user.get());
   xcb_create_window(user.get(), 0, inputOnly, user.root(), 0, 0, 10, 10, 0,
@@ -76,7 +76,7 @@ TEST_F(X11AdoptedWindows, AreRefusedWhereNothingCanBeShown) {
   EXPECT_THAT(refusal(pixmap), HasSubstr("there is no such window"));
 }
 
-TEST_F(X11AdoptedWindows, AreRefusedWhereTheyAreTheBackEndsOwn) {
+TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   WindowDescription description;
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle own = open(description);
@@ -84,55 +84,58 @@ TEST_F(X11AdoptedWindows, AreRefusedWhereTheyAreTheBackEndsOwn) {
   for (xcb_window_t id = idOf(own) - 1; id + 20 > idOf(own); --id) {
     EXPECT_FALSE(system().adoptWindow(id, error));
   }
-  system().requestFocus(own);  // reads the server's time, through a window of that kind
+  // `requestFocus` uses the helper window whose ids the loop has tried.
+  system().requestFocus(own);
   deliver();
 }
 
-TEST_F(X11AdoptedWindows, AreAdoptedOnce) {
+TEST_F(X11AdoptedWindows, AWindowCannotBeAdoptedTwice) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   adopt(game);
   EXPECT_THAT(refusal(game), HasSubstr("it is already adopted"));
 }
 
-TEST_F(X11AdoptedWindows, TellWhereTheyGo) {
+TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const AdoptedWindow found = adopt(game);
+  const AdoptedWindow adoptedWindow = adopt(game);
   user.configure(game, {10, 20, 800, 500});
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("frame", found.handle)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("frame", adoptedWindow.handle)); }));
   EXPECT_EQ(reports.frame, CGRectMake(10, 440, 800, 500));
 }
 
-TEST_F(X11AdoptedWindows, TellWhenTheyAreUnmappedAndMappedAgain) {
+TEST_F(X11AdoptedWindows, UnmappingAndMappingAreReportedAsMiniaturizing) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const AdoptedWindow found = adopt(game);
+  const AdoptedWindow adoptedWindow = adopt(game);
   user.unmap(game);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", found.handle)); }));
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(line("miniaturized", adoptedWindow.handle)); }));
   user.map(game);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("deminiaturized", found.handle)); }));
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(line("deminiaturized", adoptedWindow.handle)); }));
 }
 
-TEST_F(X11AdoptedWindows, TellWhenTheyAreGone) {
+TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const AdoptedWindow found = adopt(game);
-  system().setScene(found.handle, whiteWithIndicator(found.frame.size));
+  const AdoptedWindow adoptedWindow = adopt(game);
+  system().setScene(adoptedWindow.handle, whiteWithIndicator(adoptedWindow.frame.size));
   user.destroy(game);
-  // Asked for before the end is known: no error of anybody's.
-  system().setScene(found.handle, {});
-  system().setStyleMask(found.handle, 1);
-  system().requestFocus(found.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", found.handle)); }));
-  system().setScene(found.handle, white(found.frame.size));
+  // The back end does not know yet that the window is destroyed. These requests must log no errors.
+  system().setScene(adoptedWindow.handle, {});
+  system().setStyleMask(adoptedWindow.handle, 1);
+  system().requestFocus(adoptedWindow.handle);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", adoptedWindow.handle)); }));
+  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11AdoptedWindows, StayWhenTheyAreLetGo) {
+TEST_F(X11AdoptedWindows, AReleasedWindowKeepsItsStateAndIsNoLongerReported) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const AdoptedWindow found = adopt(game);
-  system().setScene(found.handle, white(found.frame.size));
-  system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
-  system().orderOut(found.handle);
-  system().releaseWindow(found.handle);
+  const AdoptedWindow adoptedWindow = adopt(game);
+  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
+  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
+  system().orderOut(adoptedWindow.handle);
+  system().releaseWindow(adoptedWindow.handle);
   deliver();
   EXPECT_TRUE(user.isViewable(game));
   EXPECT_TRUE(user.picture(game).isAll(kGreen));
@@ -145,10 +148,10 @@ TEST_F(X11AdoptedWindows, StayWhenTheyAreLetGo) {
 
 class X11AdoptedWindowsWithManager : public X11TestWithManager {};
 
-TEST_F(X11AdoptedWindowsWithManager, AreRefusedByTheFrameAroundThem) {
+TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-  xcb_window_t frame = 0;
+  xcb_window_t frame = 0;  // of the window manager
   for (const xcb_window_t window : user.children(user.root())) {
     if (user.find("PlayerWindow", window) == game) {
       frame = window;
@@ -160,34 +163,36 @@ TEST_F(X11AdoptedWindowsWithManager, AreRefusedByTheFrameAroundThem) {
   EXPECT_THAT(error, HasSubstr("it is a window manager's frame"));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, TellWhereTheyGoWithTheirFrame) {
+TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-  const AdoptedWindow found = adopt(game);
+  const AdoptedWindow adoptedWindow = adopt(game);
   user.configure(game, {300, 260, 500, 350});
   EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 350}; }));
   const PixelRect place = user.frameOf(game);
   EXPECT_EQ(reports.frame.origin, (CGPoint{double(place.x), double(960 - place.y - 350)}));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, TellWhenTheyAreMiniaturizedByTheUser) {
+TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-  const AdoptedWindow found = adopt(game);
-  user.iconify(game);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", found.handle)); }));
-  system().requestMiniaturized(found.handle, false);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("deminiaturized", found.handle)); }));
+  const AdoptedWindow adoptedWindow = adopt(game);
+  user.requestIconify(game);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(line("miniaturized", adoptedWindow.handle)); }));
+  system().requestMiniaturized(adoptedWindow.handle, false);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(line("deminiaturized", adoptedWindow.handle)); }));
   EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, GetTheFocusThatIsAskedFor) {
+TEST_F(X11AdoptedWindowsWithManager, AnAdoptedWindowGetsTheFocusOnRequest) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   const xcb_window_t other = user.openGame({900, 150, 200, 200}, 0);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(other); }));
-  const AdoptedWindow found = adopt(game);
-  system().requestFocus(found.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", found.handle)); }));
+  const AdoptedWindow adoptedWindow = adopt(game);
+  system().requestFocus(adoptedWindow.handle);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", adoptedWindow.handle)); }));
 }
 
 }  // namespace

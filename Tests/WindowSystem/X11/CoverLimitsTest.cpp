@@ -1,4 +1,4 @@
-// What a cover cannot do, as it is said where covers are described.
+// The documented limits of covers.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -19,7 +19,7 @@ class X11CoverLimits : public X11Test {
   xcb_window_t game = user.openGame(kGame, 0x208040);
 };
 
-TEST_F(X11CoverLimits, AGrabOfTheGamesOwnGetsPressesBeforeTheCover) {
+TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
   xcb_grab_button(user.get(), 0, game, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
                   XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_BUTTON_INDEX_1,
                   XCB_MOD_MASK_ANY);
@@ -29,7 +29,7 @@ TEST_F(X11CoverLimits, AGrabOfTheGamesOwnGetsPressesBeforeTheCover) {
   EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_F(X11CoverLimits, AChildThatTheGameAddsShowsUntilTheCoverIsRaised) {
+TEST_F(X11CoverLimits, ANewChildWindowOfTheGameIsVisibleUntilTheCoverIsRaised) {
   cover();
   const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
   user.map(child);

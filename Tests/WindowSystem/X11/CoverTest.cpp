@@ -101,7 +101,7 @@ TEST_F(X11Cover, KeepsTheIndicatorInTheMiddleInTheSameMotion) {
   system().setScene(handle, whiteWithIndicator(kSize));
   deliver();
   user.configure(game, {100, 50, 1000, 800});
-  const PixelRect indicator = user.picture(game).otherThan(kWhite);
+  const PixelRect indicator = user.picture(game).boundsOfOtherColors(kWhite);
   EXPECT_EQ(indicator.x + indicator.width / 2, 500);
   EXPECT_EQ(indicator.y + indicator.height / 2, 400);
 }
@@ -137,7 +137,7 @@ TEST_F(X11Cover, ShowsPartsWhereTheSceneHasThem) {
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 100, 50), .color = {1, 0, 0, 1}}});
   deliver();
   const Picture picture = user.picture(game);
-  EXPECT_EQ(picture.otherThan(kGreen), (PixelRect{0, 350, 100, 50}));
+  EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{0, 350, 100, 50}));
   EXPECT_EQ(picture.at(50, 375), 0xFF0000U);
 }
 
@@ -149,7 +149,7 @@ TEST_F(X11Cover, ChangesWithTheScene) {
   };
   show(CGRectMake(0, 0, 100, 50), {1, 0, 0, 1});
   const Picture picture = show(CGRectMake(10, 0, 20, 20), {0, 0, 1, 1});
-  EXPECT_EQ(picture.otherThan(kGreen), (PixelRect{10, 380, 20, 20}));
+  EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{10, 380, 20, 20}));
   EXPECT_EQ(picture.at(15, 390), 0x0000FFU);
 }
 

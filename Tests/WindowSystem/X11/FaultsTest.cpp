@@ -18,20 +18,20 @@ class X11Faults : public X11Test {
   WindowHandle openCovered() {
     game = user.openGame(kGame, kGreen);
     EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
-    const AdoptedWindow found = adopt(game);
-    system().setScene(found.handle, whiteWithIndicator(found.frame.size));
-    system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+    const AdoptedWindow adoptedWindow = adopt(game);
+    system().setScene(adoptedWindow.handle, whiteWithIndicator(adoptedWindow.frame.size));
+    system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
     deliver();
-    return found.handle;
+    return adoptedWindow.handle;
   }
-  /// Everything that the port offers, at once.
-  void askForEverything(WindowHandle window) {
+  /// Calls every operation of the port on a window.
+  void callEveryOperation(WindowHandle window) {
     system().orderFront(window);
     system().requestFocus(window);
     system().requestMiniaturized(window, true);
     system().requestMiniaturized(window, false);
     system().setFrame(window, CGRectMake(1, 2, 3, 4));
-    system().setTitle(window, "nobody");
+    system().setTitle(window, "New title");
     system().setStyleMask(window, 1);
     system().setStyleMask(window, 15);
     system().setMovableByBackground(window, true);
@@ -45,15 +45,15 @@ class X11Faults : public X11Test {
   xcb_window_t game = 0;
 };
 
-TEST_F(X11Faults, TheServerGoesAwayAndTheProcessGoesOn) {
+TEST_F(X11Faults, AfterTheServerEndsEveryOperationIsSafe) {
   const WindowHandle handle = openCovered();
   server.kill();
-  askForEverything(handle);
+  callEveryOperation(handle);
   EXPECT_EQ(system().createWindow({.className = "Late", .title = "", .frame = {{}, {1, 1}}}),
             WindowHandle::None);
   EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
   EXPECT_EQ(reports.count("display lost"), 1);
-  askForEverything(handle);
+  callEveryOperation(handle);
   std::string error;
   EXPECT_FALSE(system().adoptWindow(game, error).has_value());
   EXPECT_FALSE(system().deliverEvents());
@@ -61,16 +61,16 @@ TEST_F(X11Faults, TheServerGoesAwayAndTheProcessGoesOn) {
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Faults, TheServerGoesAwayUnnoticedAtFirst) {
+TEST_F(X11Faults, TheEndOfTheServerIsReportedWithoutARequest) {
   openCovered();
   server.kill();
   EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
 }
 
-TEST_F(X11Faults, ABrokenConnectionLeavesTheHostsSignalsAlone) {
+TEST_F(X11Faults, ABrokenConnectionLeavesNoSigpipePendingOrBlocked) {
   const WindowHandle handle = openCovered();
   server.kill();
-  askForEverything(handle);
+  callEveryOperation(handle);
   sigset_t pending;
   sigpending(&pending);
   EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
@@ -79,11 +79,11 @@ TEST_F(X11Faults, ABrokenConnectionLeavesTheHostsSignalsAlone) {
   EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
 }
 
-TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
+TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
   const WindowHandle handle = openCovered();
-  class Ender final : public WindowSystemDelegate {
+  class DestroyingDelegate final : public WindowSystemDelegate {
    public:
-    explicit Ender(std::unique_ptr<X11WindowSystem>& system) : system_(system) {}
+    explicit DestroyingDelegate(std::unique_ptr<X11WindowSystem>& system) : system_(system) {}
     void focusMoved(WindowHandle /*window*/) override {}
     void applicationActivated(WindowHandle /*window*/) override {}
     void applicationDeactivated() override {}
@@ -99,17 +99,17 @@ TEST_F(X11Faults, AListenerMayEndTheBackEndWhileItIsTold) {
    private:
     std::unique_ptr<X11WindowSystem>& system_;
   };
-  std::unique_ptr<X11WindowSystem> taken = takeSystem();
-  Ender ender(taken);
-  taken->setDelegate(&ender);
+  std::unique_ptr<X11WindowSystem> ownedSystem = takeSystem();
+  DestroyingDelegate delegate(ownedSystem);
+  ownedSystem->setDelegate(&delegate);
   ASSERT_EQ(idOf(handle), game);
   user.destroy(game);
-  while (taken != nullptr) {
-    taken->deliverEvents();
+  while (ownedSystem != nullptr) {
+    ownedSystem->deliverEvents();
   }
 }
 
-TEST_F(X11Faults, TheGameIsUnmappedUnderTheCoverAndComesBackCovered) {
+TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
   const WindowHandle handle = openCovered();
   user.unmap(game);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", handle)); }));
@@ -118,20 +118,20 @@ TEST_F(X11Faults, TheGameIsUnmappedUnderTheCoverAndComesBackCovered) {
   EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
 }
 
-TEST_F(X11Faults, TheGameIsDestroyedUnderTheCover) {
+TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
   const WindowHandle handle = openCovered();
   user.destroy(game);
-  askForEverything(handle);
+  callEveryOperation(handle);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", handle)); }));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Faults, AnErrorIsNamedAfterItsRequest) {
-  const xcb_window_t selected = user.makeWindow(kGame, kGreen);
-  user.selectEvents(selected, XCB_EVENT_MASK_BUTTON_PRESS);
+TEST_F(X11Faults, AnErrorIsLoggedWithItsRequest) {
+  const xcb_window_t inputWindow = user.makeWindow(kGame, kGreen);
+  user.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle ours = open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
-  // Only one program may have a window's button presses.
+  // Only one client can select ButtonPress on a window.
   user.selectEvents(idOf(ours), XCB_EVENT_MASK_BUTTON_PRESS);
   system().setMovableByBackground(ours, true);
   deliver();
@@ -139,14 +139,14 @@ TEST_F(X11Faults, AnErrorIsNamedAfterItsRequest) {
                                std::to_string(idOf(ours)) + " failed: BadAccess"));
 }
 
-TEST_F(X11Faults, TheWindowManagerExits) {
+TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCovered();
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
   reports.lines.clear();
   manager.kill();
-  // The keyboard would go nowhere: it is given back to the window that had it.
+  // The crash leaves the focus without a window. The back end sets it to the game again.
   EXPECT_TRUE(waitFor([&] { return user.focused() == game && user.isViewable(game); }));
   deliver();
   if (reports.contains("deactivated")) {
@@ -156,13 +156,14 @@ TEST_F(X11Faults, TheWindowManagerExits) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Faults, TheWindowManagerIsReplaced) {
+TEST_F(X11Faults, ANewWindowManagerReportsItsOwnKeptControls) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCovered();
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 0"); }));
   manager.end();
   startManager(Manager::Openbox);
-  // The new one keeps more: it has been asked anew.
+  // Openbox keeps close and miniaturise, and Metacity none: the back end has read the new manager's
+  // actions.
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 6"); }));
   system().requestFocus(handle);
   EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
@@ -170,7 +171,7 @@ TEST_F(X11Faults, TheWindowManagerIsReplaced) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST(X11Opening, FailsWithAReasonWhereThereIsNoDisplay) {
+TEST(X11Opening, OpeningADisplayThatDoesNotExistFailsWithAReason) {
   std::string error;
   EXPECT_EQ(X11WindowSystem::open(":9999", error), nullptr);
   EXPECT_EQ(error, "cannot open the X11 display \":9999\": it does not answer");

@@ -15,29 +15,29 @@ class X11FocusAtAdoption : public X11TestWithManager {
     EXPECT_TRUE(waitFor([&] { return user.focused() == window; }));
     return window;
   }
-  /// As the user does it: with a click, some time after what went before.
-  void userGoesTo(xcb_window_t window) {
-    const xcb_timestamp_t before = user.time(window);
-    ASSERT_TRUE(waitFor([&] { return user.time(window) > before; }));
+  /// Clicks the window after the server's time has advanced, so that the click has a later time.
+  void clickAfterPreviousInput(xcb_window_t window) {
+    const xcb_timestamp_t previousTime = user.serverTime(window);
+    ASSERT_TRUE(waitFor([&] { return user.serverTime(window) > previousTime; }));
     const PixelRect place = user.frameOf(window);
     user.click(place.x + place.width / 2, place.y + place.height / 2);
-    user.noteUserTime(window);
+    user.updateUserTime(window);
     ASSERT_TRUE(waitFor([&] { return user.focused() == window; }));
   }
 };
 
-TEST_F(X11FocusAtAdoption, IsNotTakenBackFromAProgramThatTheUserWentTo) {
-  const xcb_window_t third = openFocused({10, 600, 100, 100});
+TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
+  const xcb_window_t marker = openFocused({10, 600, 100, 100});
   const xcb_window_t other = openFocused(kOther);
-  const AdoptedWindow found = adopt(openFocused(kGame));
-  ASSERT_TRUE(found.hasFocus);
-  userGoesTo(other);
+  const AdoptedWindow adoptedWindow = adopt(openFocused(kGame));
+  ASSERT_TRUE(adoptedWindow.hasFocus);
+  clickAfterPreviousInput(other);
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));
-  system().requestFocus(found.handle);
+  system().requestFocus(adoptedWindow.handle);
   deliver();
-  // What the manager is asked for later, it does later.
-  user.iconify(third);
-  ASSERT_TRUE(waitFor([&] { return !user.isViewable(third); }));
+  // The manager executes requests in order: after the second one it has handled the first.
+  user.requestIconify(marker);
+  ASSERT_TRUE(waitFor([&] { return !user.isViewable(marker); }));
   EXPECT_EQ(user.focused(), other);
 }
 

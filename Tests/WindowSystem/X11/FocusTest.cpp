@@ -24,9 +24,18 @@ class X11Focus : public X11Test {
     deliver();
     ASSERT_THAT(reports.lines, IsEmpty());
   }
+  /// Another client grabs the keyboard, as menus do.
+  void grabKeyboard() {
+    const x11::FromServer<xcb_grab_keyboard_reply_t> grab(
+        xcb_grab_keyboard_reply(user.get(),
+                                xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                nullptr));
+    ASSERT_EQ(grab->status, XCB_GRAB_STATUS_SUCCESS);
+  }
 };
 
-TEST_F(X11Focus, LeavesForAnotherProgramAndComesBack) {
+TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
   adoptFocused();
   user.focus(other);
   deliver();
@@ -37,7 +46,7 @@ TEST_F(X11Focus, LeavesForAnotherProgramAndComesBack) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
 }
 
-TEST_F(X11Focus, PassesBetweenWindowsOfOursWithoutLeaving) {
+TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
   adoptFocused();
   const WindowHandle second = adopt(other).handle;
   user.focus(other);
@@ -45,16 +54,17 @@ TEST_F(X11Focus, PassesBetweenWindowsOfOursWithoutLeaving) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
 }
 
-TEST_F(X11Focus, OfAWindowThatHasBeenReleasedIsNotTold) {
+TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   adoptFocused();
-  system().requestFocus(handle);  // it has it, and is told so with the next events
+  // The window already has the focus, so the next `deliverEvents` would report it.
+  system().requestFocus(handle);
   system().releaseWindow(handle);
   deliver();
   EXPECT_THAT(reports.lines,
               testing::Each(testing::Not(testing::HasSubstr(line("focus", handle)))));
 }
 
-TEST_F(X11Focus, IsWithTheNextWindowWhenTheFormerHasEndedMeanwhile) {
+TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
   adoptFocused();
   const WindowHandle second = adopt(other).handle;
   user.focus(other);
@@ -63,7 +73,7 @@ TEST_F(X11Focus, IsWithTheNextWindowWhenTheFormerHasEndedMeanwhile) {
   EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", second)));
 }
 
-TEST_F(X11Focus, IsFollowedInAGameThatAManagerThatCrashedHasLeftItsNameTo) {
+TEST_F(X11Focus, AGameWithTheIdOfACrashedManagersCheckWindowStillReportsItsFocus) {
   user.setProperty(user.root(), "_NET_SUPPORTING_WM_CHECK",
                    Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocused();
@@ -75,14 +85,9 @@ TEST_F(X11Focus, IsFollowedInAGameThatAManagerThatCrashedHasLeftItsNameTo) {
   EXPECT_THAT(reports.lines, testing::Contains("deactivated"));
 }
 
-TEST_F(X11Focus, IsNotTakenAwayByAGrab) {
+TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
   adoptFocused();
-  const x11::FromServer<xcb_grab_keyboard_reply_t> grabbed(
-      xcb_grab_keyboard_reply(user.get(),
-                              xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
-                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                              nullptr));
-  ASSERT_EQ(grabbed->status, XCB_GRAB_STATUS_SUCCESS);
+  grabKeyboard();
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
   xcb_ungrab_keyboard(user.get(), XCB_CURRENT_TIME);
@@ -90,19 +95,15 @@ TEST_F(X11Focus, IsNotTakenAwayByAGrab) {
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-TEST_F(X11Focus, MovesDuringAGrab) {
+TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
   adoptFocused();
-  const x11::FromServer<xcb_grab_keyboard_reply_t> grabbed(
-      xcb_grab_keyboard_reply(user.get(),
-                              xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
-                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                              nullptr));
+  grabKeyboard();
   user.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(X11Focus, IsNotGivenByThePointer) {
+TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
   user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   adopt(game);
   deliver();
@@ -114,7 +115,7 @@ TEST_F(X11Focus, IsNotGivenByThePointer) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
 }
 
-TEST_F(X11Focus, StaysInTheWindowWhileItMovesAmongItsChildren) {
+TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
   const xcb_window_t first = user.makeWindow({0, 0, 50, 50}, 0, game);
   const xcb_window_t second = user.makeWindow({50, 0, 50, 50}, 0, game);
   user.map(first);
@@ -131,7 +132,7 @@ TEST_F(X11Focus, StaysInTheWindowWhileItMovesAmongItsChildren) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(X11Focus, ComesThroughAChildToo) {
+TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
   const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
   user.map(child);
   adoptFocused();
@@ -143,7 +144,7 @@ TEST_F(X11Focus, ComesThroughAChildToo) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
 }
 
-TEST_F(X11Focus, IsSetWithoutAWindowManager) {
+TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
   adoptFocused();
   user.focus(other);
   deliver();
@@ -152,7 +153,7 @@ TEST_F(X11Focus, IsSetWithoutAWindowManager) {
   EXPECT_EQ(user.focused(), game);
 }
 
-TEST_F(X11Focus, WaitsForAWindowThatCannotBeSeenYet) {
+TEST_F(X11Focus, AnUnmappedWindowGetsItsRequestedFocusWhenItIsMapped) {
   adoptFocused();
   user.unmap(game);
   deliver();
@@ -165,7 +166,7 @@ TEST_F(X11Focus, WaitsForAWindowThatCannotBeSeenYet) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Focus, IsToldAgainWhenItIsThereAlready) {
+TEST_F(X11Focus, RequestingTheFocusForTheFocusedWindowReportsItAgain) {
   adoptFocused();
   system().requestFocus(handle);
   deliver();
@@ -174,18 +175,18 @@ TEST_F(X11Focus, IsToldAgainWhenItIsThereAlready) {
 
 class X11FocusWithManager : public X11TestWithManager {};
 
-TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
+TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t game = user.openGame(kGame, 0);
   const xcb_window_t other = user.openGame(kOther, 0);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game) && user.isViewable(other); }));
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
-  // The server counts milliseconds, and no user is that quick.
-  const xcb_timestamp_t came = user.time(other);
-  ASSERT_TRUE(waitFor([&] { return user.time(other) > came; }));
+  // The click must have a later time than the focus change. Server time has milliseconds.
+  const xcb_timestamp_t focusTime = user.serverTime(other);
+  ASSERT_TRUE(waitFor([&] { return user.serverTime(other) > focusTime; }));
   user.click(kOther.x + 100, kOther.y + 100);
-  user.noteUserTime(other);
+  user.updateUserTime(other);
   ASSERT_TRUE(
       waitFor([&] { return user.focused() == other && reports.lines.back() == "focus 0x0"; }));
   system().requestFocus(handle);
@@ -193,7 +194,7 @@ TEST_F(X11FocusWithManager, IsNotTakenFromAProgramThatTheUserWentTo) {
   EXPECT_EQ(user.focused(), other);
 }
 
-TEST_F(X11Focus, GoesToTheWindowThatWasAskedForLast) {
+TEST_F(X11Focus, OnlyTheLatestFocusRequestWaitsForItsWindow) {
   adoptFocused();
   const WindowHandle second = adopt(other).handle;
   user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);

@@ -24,15 +24,15 @@ class X11Indicator : public X11Test {
   }
   Picture show(bool animates) {
     game = user.openGame(kGame, 0x208040);
-    const AdoptedWindow found = adopt(game);
-    handle = found.handle;
-    scene = whiteWithIndicator(found.frame.size);
+    const AdoptedWindow adoptedWindow = adopt(game);
+    handle = adoptedWindow.handle;
+    scene = whiteWithIndicator(adoptedWindow.frame.size);
     scene.back().animates = animates;
     system().setScene(handle, scene);
     deliver();
     return user.picture(game);
   }
-  /// Pictures that differ from the one before, in so many seconds.
+  /// The number of times that the picture changes in this many seconds.
   int changesIn(double seconds) {
     const Nanoseconds limit = x11::steadyNow() + nanosecondsFromSeconds(seconds);
     Picture last = user.picture(game);
@@ -51,10 +51,10 @@ class X11Indicator : public X11Test {
   Scene scene;
 };
 
-TEST_F(X11Indicator, IsRoundAndCentredAndThirtyTwoPointsHigh) {
+TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
   const Picture picture = show(false);
-  EXPECT_EQ(picture.otherThan(kWhite), (PixelRect{304, 184, 32, 32}));
-  // Round: nothing in the corners of its square, and its middle is free.
+  EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{304, 184, 32, 32}));
+  // The corners of the square and the centre of the ring are white.
   for (int y = 0; y < 32; ++y) {
     for (int x = 0; x < 32; ++x) {
       const double radius = std::hypot(x - 15.5, y - 15.5);
@@ -63,10 +63,10 @@ TEST_F(X11Indicator, IsRoundAndCentredAndThirtyTwoPointsHigh) {
       }
     }
   }
-  picture.keep("indicator");
+  picture.save("indicator");
 }
 
-TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShade) {
+TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
   const Picture picture = show(false);
   std::set<std::uint32_t> shades;
   for (int spoke = 0; spoke < 12; ++spoke) {
@@ -78,30 +78,30 @@ TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShade) {
   EXPECT_FALSE(shades.contains(kWhite));
 }
 
-TEST_F(X11Indicator, IsAsLargeAsTheDisplaysScaleSays) {
+TEST_F(X11Indicator, IsScaledWithXftDpi) {
   setDpi("192");
   const Picture picture = show(false);
-  EXPECT_EQ(picture.otherThan(kWhite), (PixelRect{288, 168, 64, 64}));
-  picture.keep("indicator-at-192-dpi");
+  EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{288, 168, 64, 64}));
+  picture.save("indicator-at-192-dpi");
 }
 
-TEST_F(X11Indicator, TurnsWhileItIsAnimated) {
+TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
   Picture last = show(true);
   const Nanoseconds start = x11::steadyNow();
   EXPECT_LE(system().nextDeadline(), start + kTurn / kSpokes);
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
     EXPECT_TRUE(waitFor([&] { return std::exchange(last, user.picture(game)) != last; }));
   }
-  EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);  // the first may have been due already
+  EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);  // the first step may be due at once
 }
 
-TEST_F(X11Indicator, StandsStillWhileItIsNotAnimated) {
+TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
   show(false);
   EXPECT_EQ(changesIn(0.3), 0);
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, HasNothingToDoWhileItsWindowIsHidden) {
+TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
   show(true);
   EXPECT_NE(system().nextDeadline(), kNever);
   user.unmap(game);
@@ -112,14 +112,14 @@ TEST_F(X11Indicator, HasNothingToDoWhileItsWindowIsHidden) {
   EXPECT_NE(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, HasNothingToDoOnceItIsGone) {
+TEST_F(X11Indicator, HasNoDeadlineAfterItsSceneIsRemoved) {
   show(true);
   system().setScene(handle, {});
   deliver();
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Indicator, IsThereAgainAfterItWasCovered) {
+TEST_F(X11Indicator, IsRedrawnAfterAnotherWindowHidIt) {
   const Picture picture = show(false);
   const xcb_window_t above = user.makeWindow({400, 250, 200, 200}, 0xFF);
   user.map(above);
@@ -127,13 +127,13 @@ TEST_F(X11Indicator, IsThereAgainAfterItWasCovered) {
   EXPECT_EQ(user.picture(game), picture);
 }
 
-TEST(X11Scale, ComesFromTheResources) {
+TEST(X11Scale, IsXftDpiDividedByNinetySix) {
   EXPECT_EQ(x11::scaleFromResources("Xft.dpi:\t192\n"), 2);
   EXPECT_EQ(x11::scaleFromResources("a: b\nXft.dpi: 144"), 1.5);
   EXPECT_EQ(x11::scaleFromResources("Xft.dpi:96"), 1);
 }
 
-TEST(X11Scale, IsOneWhereTheResourcesMakeNoSense) {
+TEST(X11Scale, IsOneForInvalidResources) {
   for (const char* const text :
        {"", "Xft.dpi:", "Xft.dpi:\t", "Xft.dpi: nan", "Xft.dpi: -96", "Xft.dpi: 0",
         "Xft.dpi: 1e300", "Xft.dpi: many", "xXft.dpi: 192", "Xft.dpi.x: 192"}) {

@@ -1,5 +1,4 @@
-// What window managers do to a covered window: they move it, one replaces the other, and not all of
-// them say what they allow.
+// Covered windows under window managers that move them, replace each other or support few hints.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -14,8 +13,8 @@ using testing::IsEmpty;
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
-std::string nameOf(const testing::TestParamInfo<Manager>& tested) {
-  return tested.param == Manager::Metacity ? "Metacity" : "Openbox";
+std::string nameOf(const testing::TestParamInfo<Manager>& testInfo) {
+  return testInfo.param == Manager::Metacity ? "Metacity" : "Openbox";
 }
 
 class X11Managers : public X11Test, public testing::WithParamInterface<Manager> {
@@ -23,25 +22,25 @@ class X11Managers : public X11Test, public testing::WithParamInterface<Manager> 
   void openCovered() {
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-    const AdoptedWindow found = adopt(game);
-    handle = found.handle;
-    system().setScene(handle, white(found.frame.size));
+    const AdoptedWindow adoptedWindow = adopt(game);
+    handle = adoptedWindow.handle;
+    system().setScene(handle, white(adoptedWindow.frame.size));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     deliver();
   }
   [[nodiscard]] std::array<std::optional<Property>, 2> hints() const {
     return {user.property(game, "_MOTIF_WM_HINTS"), user.property(game, "WM_NORMAL_HINTS")};
   }
-  [[nodiscard]] xcb_window_t mark() const {
-    const auto marks = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
-    return marks.empty() ? xcb_window_t{XCB_WINDOW_NONE} : marks.front();
+  [[nodiscard]] xcb_window_t checkWindow() const {
+    const auto checkWindows = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
+    return checkWindows.empty() ? xcb_window_t{XCB_WINDOW_NONE} : checkWindows.front();
   }
 
   xcb_window_t game = 0;
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11Managers, MoveAWindowWithItsCoverAndLeaveItsSize) {
+TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   startManager(GetParam());
   openCovered();
   const auto hintsBefore = hints();
@@ -51,7 +50,7 @@ TEST_P(X11Managers, MoveAWindowWithItsCoverAndLeaveItsSize) {
   reports.lines.clear();
   user.configure(game, place);
   ASSERT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
-  // Where it is now, whatever the manager has made of the wish.
+  // The manager may choose another position than the requested one.
   EXPECT_TRUE(waitFor([&] {
     const PixelRect now = user.frameOf(game);
     return reports.frame == CGRectMake(now.x, 960 - now.y - 400, 640, 400);
@@ -62,22 +61,24 @@ TEST_P(X11Managers, MoveAWindowWithItsCoverAndLeaveItsSize) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11Managers, AreReplacedOverACoveredWindow) {
+TEST_P(X11Managers, ACoveredWindowOutlivesItsManager) {
   const bool fromMetacity = GetParam() == Manager::Metacity;
-  const auto kept = [](bool byMetacity) { return byMetacity ? " 0" : " 6"; };
+  const auto keptControls = [](bool byMetacity) { return byMetacity ? " 0" : " 6"; };
   startManager(GetParam());
   openCovered();
   const auto hintsCovered = hints();
-  ASSERT_TRUE(waitFor(
-      [&] { return reports.contains(line("controls kept", handle) + kept(fromMetacity)); }));
+  ASSERT_TRUE(waitFor([&] {
+    return reports.contains(line("controls kept", handle) + keptControls(fromMetacity));
+  }));
   reports.lines.clear();
-  const xcb_window_t markBefore = mark();
+  const xcb_window_t checkWindowBefore = checkWindow();
   const Process next =
       server.start({fromMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
-  // The other one judges otherwise, and has been asked.
-  EXPECT_TRUE(waitFor(
-      [&] { return reports.contains(line("controls kept", handle) + kept(!fromMetacity)); }));
-  EXPECT_NE(mark(), markBefore);
+  // The two managers keep different controls, so this report is about the new one.
+  EXPECT_TRUE(waitFor([&] {
+    return reports.contains(line("controls kept", handle) + keptControls(!fromMetacity));
+  }));
+  EXPECT_NE(checkWindow(), checkWindowBefore);
   EXPECT_EQ(hints(), hintsCovered);
   EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.picture(game).isAll(kWhite); }));
   EXPECT_EQ(reports.count("destroyed"), 0);
@@ -95,30 +96,32 @@ TEST_P(X11Managers, AreReplacedOverACoveredWindow) {
 INSTANTIATE_TEST_SUITE_P(X11, X11Managers, testing::Values(Manager::Metacity, Manager::Openbox),
                          nameOf);
 
-/// The test itself says that it manages windows, and that it can nothing but give the focus.
+/// The test acts as a window manager that supports only `_NET_ACTIVE_WINDOW`.
 class X11PlainManager : public X11Managers {
  protected:
   X11PlainManager() {
-    const xcb_window_t itsMark = user.makeWindow({-10, -10, 1, 1}, 0);
-    const std::array mark{itsMark};
-    const std::array supported{user.atom("_NET_ACTIVE_WINDOW")};
-    for (const xcb_window_t window : {itsMark, user.root()}) {
+    const xcb_window_t managersWindow = user.makeWindow({-10, -10, 1, 1}, 0);
+    const std::array checkWindow{managersWindow};
+    const std::array supportedAtoms{user.atom("_NET_ACTIVE_WINDOW")};
+    for (const xcb_window_t window : {managersWindow, user.root()}) {
       user.setProperty(window, "_NET_SUPPORTING_WM_CHECK",
-                       Property::ofNumbers(XCB_ATOM_WINDOW, mark));
+                       Property::ofNumbers(XCB_ATOM_WINDOW, checkWindow));
     }
-    user.setProperty(user.root(), "_NET_SUPPORTED", Property::ofNumbers(XCB_ATOM_ATOM, supported));
+    user.setProperty(user.root(), "_NET_SUPPORTED",
+                     Property::ofNumbers(XCB_ATOM_ATOM, supportedAtoms));
   }
 };
 
-TEST_F(X11PlainManager, WithoutAllowedActionsSaysNothingOfControls) {
+TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
   openCovered();
-  EXPECT_LT(system().nextDeadline(), kNever);  // it has its time
+  // The back end waits for the allowed actions, and then gives up.
+  EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_EQ(reports.count("controls kept"), 0);
   EXPECT_NE(user.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
 }
 
-TEST_F(X11PlainManager, IsAskedForTheFocusAndNobodyElseGivesIt) {
+TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
   openCovered();
   user.selectEvents(user.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   user.events();
@@ -128,7 +131,7 @@ TEST_F(X11PlainManager, IsAskedForTheFocusAndNobodyElseGivesIt) {
   EXPECT_NE(user.focused(), game);
 }
 
-TEST_F(X11PlainManager, WithoutAnOrderOfItsOwnLeavesThatToTheServer) {
+TEST_F(X11PlainManager, WithoutAStackingListTheServersOrderIsReported) {
   openCovered();
   const WindowHandle second = adopt(user.openGame(kGame, 0)).handle;
   user.raise(game);

@@ -17,13 +17,13 @@ constexpr std::uint32_t kButtonEvents = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_
 class X11Modal : public X11Test {
  protected:
   void SetUp() override {
-    startManager(managerWanted);
+    startManager(windowManager);
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-    const AdoptedWindow found = adopt(game);
-    owner = found.handle;
+    const AdoptedWindow adoptedWindow = adopt(game);
+    owner = adoptedWindow.handle;
     place = user.frameOf(game);
-    frame = found.frame;
+    frame = adoptedWindow.frame;
   }
   WindowHandle openPresentation(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
     const double x = frame.origin.x + (frame.size.width - size.width) / 2;
@@ -42,25 +42,25 @@ class X11Modal : public X11Test {
     return waitFor([&] { return user.frameOf(idOf(window)) == expected; });
   }
 
-  Manager managerWanted = Manager::None;
+  Manager windowManager = Manager::None;
   xcb_window_t game = 0;
   WindowHandle owner = WindowHandle::None;
-  PixelRect place;  // of the game
-  CGRect frame;
+  PixelRect place;  // the position and size of the game, in pixels
+  CGRect frame;     // the same in points
 };
 
 class X11ModalWithManager : public X11Modal {
  protected:
-  X11ModalWithManager() { managerWanted = Manager::Metacity; }
+  X11ModalWithManager() { windowManager = Manager::Metacity; }
 };
 
-TEST_F(X11ModalWithManager, IsWhiteInTheMiddleOfItsOwner) {
+TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
   const WindowHandle modal = openModal();
   EXPECT_TRUE(isAt(modal, {place.x + 80, place.y + 65, 480, 270}));
   EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
 }
 
-TEST_F(X11ModalWithManager, BelongsToItsOwner) {
+TEST_F(X11ModalWithManager, IsATransientModalDialogOfItsOwner) {
   const xcb_window_t modal = idOf(openModal());
   EXPECT_THAT(user.numbers(modal, "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(user.atomNames(modal, "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
@@ -78,7 +78,7 @@ TEST_F(X11ModalWithManager, HasNoBorderAndNoControls) {
   EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_RESIZE")));
 }
 
-TEST_F(X11ModalWithManager, IsModalAgainWhenItIsOpenedAgain) {
+TEST_F(X11ModalWithManager, IsModalAgainAfterOrderOutAndOrderFront) {
   const WindowHandle modal = openModal();
   system().orderOut(modal);
   ASSERT_TRUE(waitFor([&] {
@@ -89,7 +89,7 @@ TEST_F(X11ModalWithManager, IsModalAgainWhenItIsOpenedAgain) {
   EXPECT_THAT(user.atomNames(idOf(modal), "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
 }
 
-TEST_F(X11ModalWithManager, IsDraggedByItsBackground) {
+TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   const WindowHandle modal = openModal();
   system().setScene(modal, white({480, 270}));
   deliver();
@@ -104,13 +104,13 @@ TEST_F(X11ModalWithManager, IsDraggedByItsBackground) {
   EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
   EXPECT_TRUE(reports.contains(line("frame", modal)));
   EXPECT_EQ(reports.frame.origin.y, 960 - before.y - 60 - 270);
-  // It has been let go.
+  // The button is released, so the window no longer follows the pointer.
   user.movePointer(before.x + 300, before.y + 300);
   deliver();
   EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
 }
 
-TEST_F(X11ModalWithManager, StaysWhereItIsWhenItIsNotMovable) {
+TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
   const WindowHandle modal = openModal();
   system().setMovableByBackground(modal, false);
   deliver();
@@ -125,7 +125,7 @@ TEST_F(X11ModalWithManager, StaysWhereItIsWhenItIsNotMovable) {
   EXPECT_EQ(user.frameOf(idOf(modal)), before);
 }
 
-TEST_F(X11ModalWithManager, SheetHangsBelowItsOwnersTitle) {
+TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
   const WindowHandle sheet = openPresentation(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
   EXPECT_TRUE(isAt(sheet, {place.x + 120, place.y, 400, 100}));
@@ -135,7 +135,7 @@ TEST_F(X11ModalWithManager, SheetHangsBelowItsOwnersTitle) {
               testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
 }
 
-TEST_F(X11Modal, KeepsThePointerFromTheOtherWindows) {
+TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
   user.selectEvents(game, kButtonEvents);
   const WindowHandle ours =
       open({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
@@ -150,7 +150,7 @@ TEST_F(X11Modal, KeepsThePointerFromTheOtherWindows) {
   EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
 }
 
-TEST_F(X11Modal, KeepsThePointerFromAWindowThatTheGameAddsToItsOwn) {
+TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
@@ -163,18 +163,18 @@ TEST_F(X11Modal, KeepsThePointerFromAWindowThatTheGameAddsToItsOwn) {
   EXPECT_THAT(user.events(), IsEmpty());
 }
 
-TEST_F(X11Modal, LeavesThePointerToTheWindowItself) {
+TEST_F(X11Modal, TheModalWindowReceivesClicks) {
   const WindowHandle modal = openPresentation(WindowKind::Sheet, 0, {100, 100});
   user.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
   deliver();
   user.events();
-  const PixelRect there = user.frameOf(idOf(modal));
-  user.click(there.x + 50, there.y + 50);
+  const PixelRect modalFrame = user.frameOf(idOf(modal));
+  user.click(modalFrame.x + 50, modalFrame.y + 50);
   EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, GivesThePointerBackAtItsEnd) {
+TEST_F(X11Modal, TheGameReceivesClicksAfterItsEnd) {
   user.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
   system().setModalWindow(WindowHandle::None);
@@ -184,7 +184,7 @@ TEST_F(X11Modal, GivesThePointerBackAtItsEnd) {
   EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, KeepsThePointerFromWindowsThatComeLater) {
+TEST_F(X11Modal, AWindowAdoptedLaterReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   const xcb_window_t other = user.openGame({900, 600, 100, 100}, 0);

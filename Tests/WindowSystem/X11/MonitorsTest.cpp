@@ -9,7 +9,7 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// Two monitors of different height, side by side; the lower edges do not meet.
+/// Two monitors side by side, with different heights and aligned upper edges.
 class X11Monitors : public X11Test {
  protected:
   X11Monitors() {
@@ -17,29 +17,31 @@ class X11Monitors : public X11Test {
     addMonitor("right", "640/169x960/254+640+0", "none");
   }
   void addMonitor(const std::string& name, const std::string& place, const std::string& output) {
-    const auto listed = [this] { return outputOf({"xrandr", "--listmonitors"}, server.display()); };
-    outputOf({"xrandr", "--setmonitor", name, place, output}, server.display());
-    ASSERT_THAT(listed(), testing::HasSubstr(name));
+    const auto listMonitors = [this] {
+      return runProgram({"xrandr", "--listmonitors"}, server.display());
+    };
+    runProgram({"xrandr", "--setmonitor", name, place, output}, server.display());
+    ASSERT_THAT(listMonitors(), testing::HasSubstr(name));
   }
 };
 
-TEST_F(X11Monitors, PointsAreCountedFromTheFirstOne) {
+TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfThePrimaryMonitor) {
   const AdoptedWindow left = adopt(user.openGame({100, 300, 200, 160}, kGreen));
   const AdoptedWindow right = adopt(user.openGame({700, 100, 200, 160}, kGreen));
   EXPECT_EQ(left.frame, CGRectMake(100, 340, 200, 160));
   EXPECT_EQ(right.frame, CGRectMake(700, 540, 200, 160));
 }
 
-TEST_F(X11Monitors, WindowsOpenOnTheOneThatTheirFrameSays) {
+TEST_F(X11Monitors, AWindowOpensOnTheMonitorOfItsFrame) {
   const WindowHandle right =
       open({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
   EXPECT_EQ(user.frameOf(idOf(right)), (PixelRect{700, 100, 200, 160}));
 }
 
-TEST_F(X11Monitors, ACoverFollowsItsWindowFromOneToTheOther) {
+TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
   const xcb_window_t game = user.openGame({100, 300, 200, 160}, kGreen);
-  const AdoptedWindow found = adopt(game);
-  system().setScene(found.handle, white(found.frame.size));
+  const AdoptedWindow adoptedWindow = adopt(game);
+  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
   deliver();
   user.configure(game, {700, 100, 500, 300});
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
@@ -49,9 +51,9 @@ TEST_F(X11Monitors, ACoverFollowsItsWindowFromOneToTheOther) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Monitors, FramesAreToldAnewWhenTheFirstOneBecomesAnother) {
-  const AdoptedWindow found = adopt(user.openGame({100, 300, 200, 160}, kGreen));
-  ASSERT_EQ(found.frame, CGRectMake(100, 340, 200, 160));
+TEST_F(X11Monitors, FramesAreReportedAgainWhenThePrimaryMonitorChanges) {
+  const AdoptedWindow adoptedWindow = adopt(user.openGame({100, 300, 200, 160}, kGreen));
+  ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
   addMonitor("*other", "640/169x960/254+0+0", "none");
   EXPECT_TRUE(waitFor([this] { return reports.frame == CGRectMake(100, 500, 200, 160); }));
 }

@@ -1,4 +1,4 @@
-// A server that cannot draw indicators.
+// A server without the Render extension, which draws the indicator.
 #include <gmock/gmock.h>
 #include <xcb/render.h>
 
@@ -12,17 +12,17 @@ class X11NoRender : public X11Test {
   X11NoRender() : X11Test(Manager::None, {"-extension", "RENDER"}) {}
 };
 
-TEST_F(X11NoRender, TheCoverIsWhiteWithoutAnIndicatorAndTheLogSaysSoOnce) {
+TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
   const auto* const render = xcb_get_extension_data(user.get(), &xcb_render_id);
   ASSERT_EQ(render->present, 0);
   const xcb_window_t game = user.openGame({200, 150, 640, 400}, 0x208040);
-  const AdoptedWindow found = adopt(game);
+  const AdoptedWindow adoptedWindow = adopt(game);
   for (int i = 0; i < 2; ++i) {
-    system().setScene(found.handle, whiteWithIndicator(found.frame.size));
+    system().setScene(adoptedWindow.handle, whiteWithIndicator(adoptedWindow.frame.size));
     deliver();
     EXPECT_TRUE(user.picture(game).isAll(kWhite));
     EXPECT_EQ(system().nextDeadline(), kNever);
-    system().setScene(found.handle, {});
+    system().setScene(adoptedWindow.handle, {});
     deliver();
     EXPECT_TRUE(user.picture(game).isAll(0x208040));
   }

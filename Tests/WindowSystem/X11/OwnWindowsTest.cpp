@@ -20,16 +20,17 @@ class X11OwnWindows : public X11TestWithManager {
   }
 };
 
-TEST_F(X11OwnWindows, CarryTheirClassAndTitle) {
+TEST_F(X11OwnWindows, HaveTheirClassAndTitle) {
   const xcb_window_t window = idOf(openPlayer());
   EXPECT_EQ(user.property(window, "WM_CLASS")->text(),
             std::string("PlayerWindow\0PlayerWindow\0", 26));
   EXPECT_EQ(user.property(window, "_NET_WM_NAME")->text(), "Player \xE2\x9C\x93");
 }
 
-TEST_F(X11OwnWindows, LieWhereTheFrameSays) {
+TEST_F(X11OwnWindows, OpenAtTheirFrame) {
   const xcb_window_t window = idOf(openPlayer());
-  // The frame is the content's, counted from the lower left corner of a screen 960 high.
+  // The frame is the content area. Its origin is the lower left corner of the screen, which has a
+  // height of 960.
   EXPECT_TRUE(waitFor([&] { return user.frameOf(window) == PixelRect{100, 360, 640, 400}; }));
 }
 
@@ -39,20 +40,20 @@ TEST_F(X11OwnWindows, FollowSetFrame) {
   EXPECT_TRUE(waitFor([&] { return user.frameOf(idOf(window)) == PixelRect{300, 620, 320, 240}; }));
 }
 
-TEST_F(X11OwnWindows, FollowSetFrameWhenTheUserMayNotResizeThem) {
+TEST_F(X11OwnWindows, FollowSetFrameWithoutAResizeControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
   EXPECT_TRUE(waitFor([&] { return user.frameOf(idOf(window)) == PixelRect{300, 620, 320, 240}; }));
 }
 
-TEST_F(X11OwnWindows, TellWhenSomebodyElseResizesThem) {
+TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
   const WindowHandle window = openPlayer();
   user.configure(idOf(window), {50, 60, 500, 300});
   EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 300}; }));
   EXPECT_TRUE(reports.contains(line("frame", window)));
 }
 
-TEST_F(X11OwnWindows, GetTheFocusThatIsAskedFor) {
+TEST_F(X11OwnWindows, GetTheFocusOnRequest) {
   const WindowHandle first = openPlayer();
   const WindowHandle second = openPlayer();
   system().requestFocus(first);
@@ -63,14 +64,14 @@ TEST_F(X11OwnWindows, GetTheFocusThatIsAskedFor) {
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
 }
 
-TEST_F(X11OwnWindows, AskBeforeTheyClose) {
+TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
   const WindowHandle window = openPlayer();
-  user.closeByManager(idOf(window));
+  user.requestClose(idOf(window));
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("close requested", window)); }));
   EXPECT_TRUE(user.isViewable(idOf(window)));
 }
 
-TEST_F(X11OwnWindows, RefuseToCloseWithoutACloseControl) {
+TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   user.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
   deliver();
@@ -82,7 +83,7 @@ TEST_F(X11OwnWindows, KeepTheCloseProtocolWithoutACloseControl) {
   EXPECT_THAT(user.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
 
-TEST_F(X11OwnWindows, AreMiniaturizedAndBroughtBack) {
+TEST_F(X11OwnWindows, CanBeMiniaturizedAndDeminiaturized) {
   const WindowHandle window = openPlayer();
   system().requestMiniaturized(window, true);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", window)); }));
@@ -92,7 +93,7 @@ TEST_F(X11OwnWindows, AreMiniaturizedAndBroughtBack) {
   EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(window)); }));
 }
 
-TEST_F(X11OwnWindows, AreNotMiniaturizedWhenOrderedOut) {
+TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedByOrderOut) {
   const WindowHandle window = openPlayer();
   system().orderOut(window);
   EXPECT_TRUE(waitFor([&] { return !user.isViewable(idOf(window)); }));
@@ -100,7 +101,7 @@ TEST_F(X11OwnWindows, AreNotMiniaturizedWhenOrderedOut) {
   EXPECT_EQ(reports.count("miniaturized"), 0);
 }
 
-TEST_F(X11OwnWindows, ComeBackAfterTheyWereOrderedOut) {
+TEST_F(X11OwnWindows, AreViewableAgainAfterOrderOutAndOrderFront) {
   const WindowHandle window = openPlayer();
   system().orderOut(window);
   EXPECT_TRUE(waitFor([&] { return !user.isViewable(idOf(window)); }));
@@ -108,18 +109,18 @@ TEST_F(X11OwnWindows, ComeBackAfterTheyWereOrderedOut) {
   EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(window)); }));
 }
 
-TEST_F(X11OwnWindows, TellWhenTheyAreGone) {
+TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
   const WindowHandle window = openPlayer();
   user.destroy(idOf(window));
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", window)); }));
-  system().setTitle(window, "nobody");
+  system().setTitle(window, "New title");
   system().setScene(window, white(kFrame.size));
   system().orderFront(window);
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11OwnWindows, EndWithTheirRelease) {
+TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
   const WindowHandle window = openPlayer();
   system().releaseWindow(window);
   EXPECT_TRUE(waitFor([&] { return !user.exists(idOf(window)); }));
@@ -127,7 +128,7 @@ TEST_F(X11OwnWindows, EndWithTheirRelease) {
   EXPECT_EQ(reports.count("destroyed"), 0);
 }
 
-TEST_F(X11OwnWindows, LeaveTheManagerOnlyTheControlsOfTheirMask) {
+TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
   const WindowHandle window = openPlayer();
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("controls kept", window) + " 0"); }));

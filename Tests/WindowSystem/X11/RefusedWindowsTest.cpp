@@ -1,4 +1,5 @@
-// Windows that are not to be covered, and that are of use otherwise.
+// The back end uses some windows that cannot be adopted. A refused adoption must not disturb this
+// use.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -17,20 +18,21 @@ class X11RefusedWindows : public X11Test {
   }
 };
 
-TEST_F(X11RefusedWindows, AreTheManagersMarkWhoseEndIsHeardAllTheSame) {
+TEST_F(X11RefusedWindows, TheManagersCheckWindowIsRefusedAndItsEndIsStillNoticed) {
   startManager(Manager::Metacity);
   const xcb_window_t game = user.openGame({200, 150, 640, 400}, 0);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 0"); }));
-  const auto marks = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
-  ASSERT_EQ(marks.size(), 1U);
-  EXPECT_THAT(refusal(marks.front()), HasSubstr("that a window manager uses to announce itself"));
+  const auto checkWindows = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
+  ASSERT_EQ(checkWindows.size(), 1U);
+  EXPECT_THAT(refusal(checkWindows.front()),
+              HasSubstr("that a window manager uses to announce itself"));
   reports.lines.clear();
   manager.kill();
-  // Without it the focus is not asked for but set.
-  EXPECT_TRUE(waitFor([&] { return !user.exists(marks.front()); }));
+  // Without a window manager, the back end sets the focus itself.
+  EXPECT_TRUE(waitFor([&] { return !user.exists(checkWindows.front()); }));
   const xcb_window_t other = user.openGame({900, 600, 100, 100}, 0);
   user.focus(other);
   deliver();
@@ -38,10 +40,10 @@ TEST_F(X11RefusedWindows, AreTheManagersMarkWhoseEndIsHeardAllTheSame) {
   EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
 }
 
-TEST_F(X11RefusedWindows, AreOurOwnToolsThatGoOnWorking) {
+TEST_F(X11RefusedWindows, TheBackEndsHelperWindowIsRefusedAndStillWorks) {
   const xcb_window_t ours =
       idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
-  // Made before it: the window that the time is read from.
+  // The id before belongs to the helper window through which the back end reads the server's time.
   ASSERT_TRUE(user.exists(ours - 1));
   EXPECT_THAT(refusal(ours - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ours));

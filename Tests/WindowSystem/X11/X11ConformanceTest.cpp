@@ -33,7 +33,7 @@ class X11Display final : public TestDisplay {
   }
   void otherProgramRaises(WindowHandle window, WindowHandle /*sibling*/) override {
     user_.raise(idOf(window));
-    user_.activateByManager(idOf(window));
+    user_.requestActivation(idOf(window));
   }
   void ownerDestroysWindow(WindowHandle window) override { user_.destroy(idOf(window)); }
   void serverClosesConnection() override { server_.kill(); }
@@ -50,7 +50,7 @@ class X11Display final : public TestDisplay {
   XServer server_;
   XClient user_;
   Process manager_;
-  xcb_window_t other_ = 0;  // another program's
+  xcb_window_t other_ = 0;  // gets the focus when the user leaves the application
   std::unique_ptr<X11WindowSystem> system_;
 };
 

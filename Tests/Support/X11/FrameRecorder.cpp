@@ -1,0 +1,67 @@
+#include "Tests/Support/X11/FrameRecorder.h"
+
+#include <xcb/damage.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+
+FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Kind kind)
+    : client_(display), area_(area), kind_(std::move(kind)) {
+  xcb_connection_t* const x = client_.get();
+  damageNotify_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
+  const x11::FromServer<xcb_damage_query_version_reply_t> version(
+      xcb_damage_query_version_reply(x, xcb_damage_query_version(x, 1, 1), nullptr));
+  xcb_damage_create(x, xcb_generate_id(x), client_.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
+  client_.events();  // discards the first report, which is about earlier drawings
+  takePicture();
+}
+
+bool FrameRecorder::recordUntil(const std::function<bool()>& condition) {
+  const Nanoseconds limit = steadyNow() + kTimeout;
+  while (!condition()) {
+    if (steadyNow() >= limit) {
+      return false;
+    }
+    if (!readEvents()) {
+      waitForInput(xcb_get_file_descriptor(client_.get()),
+                   steadyNow() + kNanosecondsPerSecond / 100);
+    }
+  }
+  client_.settle();
+  readEvents();
+  return true;
+}
+
+bool FrameRecorder::readEvents() {
+  bool hasRead = false;
+  while (const x11::Event event{xcb_poll_for_event(client_.get())}) {
+    hasRead = true;
+    if (x11::typeOf(*event) != damageNotify_) {
+      continue;
+    }
+    const xcb_rectangle_t area = x11::eventAs<xcb_damage_notify_event_t>(*event).area;
+    const int left = std::max<int>(area.x, area_.x);
+    const int top = std::max<int>(area.y, area_.y);
+    const int right = std::min(area.x + area.width, area_.x + area_.width);
+    const int bottom = std::min(area.y + area.height, area_.y + area_.height);
+    if (left < right && top < bottom) {
+      newDrawings_.push_back({left - area_.x, top - area_.y, right - left, bottom - top});
+      takePicture();
+    }
+  }
+  return hasRead;
+}
+
+void FrameRecorder::takePicture() {
+  const char kind = kind_(client_.picture(area_));
+  if (kinds_.empty() || kinds_.back() != kind) {
+    kinds_ += kind;
+    drawings_.push_back(std::exchange(newDrawings_, {}));
+  }
+}
+
+}  // namespace vel::test

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Tests/Support/X11/XClient.h"
+
+namespace vel::test {
+
+/// Records what an area of the screen shows. The Damage extension reports each drawing in the area,
+/// and the recorder takes a picture after each report.
+class FrameRecorder {
+ public:
+  /// Classifies a picture of the area as one letter.
+  using Kind = std::function<char(const Picture&)>;
+
+  FrameRecorder(const std::string& display, PixelRect area, Kind kind);
+
+  /// Records until the condition is true. Returns false after `kTimeout`.
+  bool recordUntil(const std::function<bool()>& condition);
+
+  /// The letters of the pictures in order, without repetitions.
+  [[nodiscard]] const std::string& kinds() const { return kinds_; }
+  /// The rectangles that were drawn between the previous letter and the letter with index `kind`,
+  /// relative to the area's corner.
+  [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t kind) const {
+    return drawings_.at(kind);
+  }
+
+ private:
+  void takePicture();
+  bool readEvents();
+
+  XClient client_;
+  PixelRect area_;
+  Kind kind_;
+  int damageNotify_ = 0;  // the event's type
+  std::string kinds_;
+  std::vector<std::vector<PixelRect>> drawings_;
+  std::vector<PixelRect> newDrawings_;
+};
+
+}  // namespace vel::test
