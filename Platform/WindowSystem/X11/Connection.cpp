@@ -43,10 +43,12 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
   if (const int failure = xcb_connection_has_error(connection); failure != 0) {
     xcb_disconnect(connection);
     const char* const environment = std::getenv("DISPLAY");
-    const std::string opened = name != nullptr ? name : environment != nullptr ? environment : "";
-    error = opened.empty()
+    const std::string requestedName = name != nullptr          ? name
+                                      : environment != nullptr ? environment
+                                                               : "";
+    error = requestedName.empty()
                 ? "no X11 display is named (DISPLAY is not set)"
-                : "cannot open the X11 display \"" + opened + "\": " + reasonFor(failure);
+                : "cannot open the X11 display \"" + requestedName + "\": " + reasonFor(failure);
     return nullptr;
   }
   xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));

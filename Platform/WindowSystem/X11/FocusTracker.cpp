@@ -121,16 +121,18 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
     return;
   }
   reportedFocus_ = focus_;
-  const auto focused = static_cast<WindowHandle>(focus_);
-  reports_.add(focused,
-               [focused](WindowSystemDelegate& delegate) { delegate.focusMoved(focused); });
-  if (focused == WindowHandle::None) {
+  const auto focusedWindow = static_cast<WindowHandle>(focus_);
+  reports_.add(focusedWindow, [focusedWindow](WindowSystemDelegate& delegate) {
+    delegate.focusMoved(focusedWindow);
+  });
+  if (focusedWindow == WindowHandle::None) {
     return;
   }
   focusTime_ = connection_.serverTime();
   if (!std::exchange(isActive_, true)) {
-    reports_.add(
-        [focused](WindowSystemDelegate& delegate) { delegate.applicationActivated(focused); });
+    reports_.add([focusedWindow](WindowSystemDelegate& delegate) {
+      delegate.applicationActivated(focusedWindow);
+    });
   }
 }
 
@@ -139,11 +141,11 @@ void FocusTracker::resolveFocusOut(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may leave the focus on the root window or on no window.
-  Window* const previous = windows_.find(reportedFocus_);
+  Window* const previousWindow = windows_.find(reportedFocus_);
   const bool isOnNoWindow = focus != nullptr && (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT ||
                                                  focus->focus == connection_.root());
-  if (std::exchange(hasWindowManagerEnded_, false) && previous != nullptr && isOnNoWindow) {
-    previous->wantsFocus = previous->hasStateChanges = hasPendingChanges_ = true;
+  if (std::exchange(hasWindowManagerEnded_, false) && previousWindow != nullptr && isOnNoWindow) {
+    previousWindow->wantsFocus = previousWindow->hasStateChanges = hasPendingChanges_ = true;
   }
 }
 

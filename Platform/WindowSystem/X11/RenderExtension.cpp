@@ -9,9 +9,9 @@ std::optional<xcb_render_pictformat_t> RenderExtension::formatOf(xcb_visualid_t 
     hasReadFormats_ = true;
     readFormats();
   }
-  const auto found = formats_.find(visual);
-  return found == formats_.end() || maskFormat_ == XCB_NONE ? std::nullopt
-                                                            : std::optional(found->second);
+  const auto entry = formats_.find(visual);
+  return entry == formats_.end() || maskFormat_ == XCB_NONE ? std::nullopt
+                                                            : std::optional(entry->second);
 }
 
 void RenderExtension::readFormats() {

@@ -122,7 +122,7 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
   sendToRoot(connection, window, event);
 }
 
-void sendWithdrawn(Connection& connection, xcb_window_t window) {
+void sendUnmapNotify(Connection& connection, xcb_window_t window) {
   xcb_unmap_notify_event_t event{};
   event.response_type = XCB_UNMAP_NOTIFY;
   event.event = connection.root();

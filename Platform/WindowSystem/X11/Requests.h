@@ -74,7 +74,7 @@ void changeProperty(Connection& connection, xcb_window_t window, xcb_atom_t name
 void sendToWindowManager(Connection& connection, xcb_window_t window, Atom message,
                          const std::array<std::uint32_t, 5>& data);
 /// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
-void sendWithdrawn(Connection& connection, xcb_window_t window);
+void sendUnmapNotify(Connection& connection, xcb_window_t window);
 
 /// The following functions block for a round trip. They return null if the request fails.
 FromServer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);

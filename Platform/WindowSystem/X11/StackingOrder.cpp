@@ -72,8 +72,8 @@ void StackingOrder::check(Nanoseconds now) {
 
 // The windows on screen, front to back.
 std::vector<WindowHandle> StackingOrder::readOrder() {
-  const auto published = windowManager_.readStackingOrder();
-  const std::vector<xcb_window_t> backToFront = published ? *published : readRootChildren();
+  const auto managersOrder = windowManager_.readStackingOrder();
+  const std::vector<xcb_window_t> backToFront = managersOrder ? *managersOrder : readRootChildren();
   std::vector<WindowHandle> frontToBack;
   for (const xcb_window_t id : std::views::reverse(backToFront)) {
     const Window* const window = windows_.find(id);

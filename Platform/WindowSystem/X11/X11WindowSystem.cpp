@@ -251,7 +251,7 @@ void X11WindowSystem::orderOut(WindowHandle window) {
     hidden->isOrdered = hidden->isBeingMapped = false;
     hidden->isMiniaturized = false;
     unmapWindow(*connection_, hidden->id);
-    sendWithdrawn(*connection_, hidden->id);
+    sendUnmapNotify(*connection_, hidden->id);
     focus_.windowWithdrawn(hidden->id);
   }
   hidden->cover->show({}, hidden->frame);
