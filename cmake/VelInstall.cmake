@@ -11,16 +11,21 @@ install(TARGETS VelLaunchScreen EXPORT VelLaunchScreenTargets
   ARCHIVE COMPONENT development)
 install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT license)
 
+set(backend_patterns "")
+foreach(backend IN LISTS VEL_OPTIONAL_BACKENDS)
+  list(APPEND backend_patterns PATTERN "${backend}" EXCLUDE)
+endforeach()
 # The headers that VelLaunchScreen.h includes, in the folders of the source tree, and the C header.
 install(
   DIRECTORY Platform HostInterfaces LaunchScreen
   DESTINATION "${header_folder}"
   COMPONENT development
   FILES_MATCHING PATTERN "*.h"
-  PATTERN "X11" EXCLUDE
+  ${backend_patterns}
   PATTERN "EmbeddedCover.h" EXCLUDE
   PATTERN "RealClock.h" EXCLUDE
   PATTERN "WaitSet.h" EXCLUDE
+  PATTERN "ReportQueue.h" EXCLUDE
   PATTERN "ViewLifeCycle.h" EXCLUDE)
 install(
   FILES include/VelLaunchScreen/VelLaunchScreen.h Bindings/C/vel_launch_screen.h
@@ -37,7 +42,7 @@ cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
 set(pc_requires_private "")
 set(pc_libs_private "")
 if(VEL_LIBRARY_TYPE STREQUAL "STATIC_LIBRARY")
-  set(pc_requires_private "${VEL_X11_MODULES}")
+  set(pc_requires_private "${VEL_BACKEND_MODULES}")
   list(JOIN pc_requires_private " " pc_requires_private)
   set(pc_libs_private "-lstdc++ -lm -pthread")
 endif()

@@ -14,8 +14,5 @@ option(VEL_FUZZ "Build the fuzzers; requires Clang" OFF)
 option(VEL_BENCHMARKS "Build the benchmarks" OFF)
 option(VEL_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 
-set(VEL_X11 "AUTO" CACHE STRING "Build the X11 back end: ON, OFF, or AUTO (if its libraries are found)")
-set_property(CACHE VEL_X11 PROPERTY STRINGS AUTO ON OFF)
-
 set(VEL_SANITIZERS "" CACHE STRING "Sanitizers, in the form that -fsanitize takes")
 option(VEL_COVERAGE "Instrument the code for coverage" OFF)

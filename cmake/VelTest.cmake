@@ -1,11 +1,12 @@
 # vel_add_test(<name> [LINK <target>...])
 #
 # Builds the program <name>Tests from the sources in the folder <name> and its subfolders, except
-# those named X11. Each test case becomes a test of ctest with the label <name>.
+# those named after an optional back end. Each test case becomes a test of ctest with the label <name>.
 function(vel_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "" "LINK")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${name}/*.cpp")
-  list(FILTER sources EXCLUDE REGEX "/X11/")
+  list(JOIN VEL_OPTIONAL_BACKENDS "|" backends)
+  list(FILTER sources EXCLUDE REGEX "/(${backends})/")
   vel_add_test_program(${name} SOURCES ${sources} LINK ${test_LINK} TIMEOUT 60)
 endfunction()
 

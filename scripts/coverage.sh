@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 source scripts/build.sh
 
-require_packages build x11 test x11_test coverage
+require_packages build test coverage
 build_preset coverage LaunchScreenTests
 find build/coverage -name '*.gcda' -delete
 build/coverage/bin/LaunchScreenTests --gtest_brief=1

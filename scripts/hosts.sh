@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/packages.sh
 source scripts/build.sh
 
-require_packages build x11 test x11_test hosts
+require_packages build test hosts
 build_preset debug launchscreen hosts-sampler hosts-badhost
 exec python3 Tests/Hosts/matrix.py --launchscreen build/debug/bin/launchscreen \
   --programs build/debug/hosts "$@"

@@ -2,16 +2,15 @@
 # shellcheck shell=bash
 
 # shellcheck disable=SC2034  # read by name, in require_packages
-packages_build=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libpng-dev)
+packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev
+  # the X11 back end
+  libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev libxcb-shape0-dev)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
   pkg-config dpkg-dev file fonts-dejavu-core
-  libglib2.0-dev libsdl2-dev doxygen)
-# The X11 back end, and the X servers, window managers and programs of its tests.
-# shellcheck disable=SC2034
-packages_x11=(pkg-config libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev)
-# shellcheck disable=SC2034
-packages_x11_test=(libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
+  libglib2.0-dev libsdl2-dev doxygen
+  # the X servers, window managers and programs of the tests on X11
+  libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
   python3-xlib)
 # The hosts and environments of scripts/hosts.sh.

@@ -1,0 +1,50 @@
+# The optional back ends: the folders in Platform/WindowSystem that need libraries of the system. A
+# new one needs a call of vel_find_backend below and a case in Platform/WindowSystem/Backends.
+#
+# vel_find_backend(<folder> MODULES <pkg-config module>... [HEADERS <pkg-config module>...])
+#
+# Adds the option VEL_<FOLDER> (ON, OFF, or AUTO: ON if pkg-config finds all modules). If the back end
+# is built, sets VEL_<FOLDER>_ENABLED and creates PkgConfig::VEL_<FOLDER>, which the back end links.
+# Of the modules in HEADERS, only the headers are used. Appends to these lists:
+#   VEL_OPTIONAL_BACKENDS    every optional back end
+#   VEL_BACKENDS             those that are built
+#   VEL_BACKEND_DEFINITIONS  VEL_HAS_<FOLDER>=1 for those that are built
+#   VEL_BACKEND_MODULES      the modules that a program must link with the static library
+
+set(VEL_OPTIONAL_BACKENDS "")
+set(VEL_BACKENDS "")
+set(VEL_BACKEND_DEFINITIONS "")
+set(VEL_BACKEND_MODULES "")
+
+macro(vel_find_backend folder)
+  cmake_parse_arguments(backend "" "" "MODULES;HEADERS" ${ARGN})
+  string(TOUPPER "VEL_${folder}" backend_option)
+  set(${backend_option} "AUTO" CACHE STRING "Build the ${folder} back end: ON, OFF or AUTO")
+  set_property(CACHE ${backend_option} PROPERTY STRINGS AUTO ON OFF)
+  set(${backend_option}_ENABLED FALSE)
+  list(APPEND VEL_OPTIONAL_BACKENDS ${folder})
+
+  if(${backend_option})
+    find_package(PkgConfig QUIET)
+    if(PKG_CONFIG_FOUND)
+      pkg_check_modules(${backend_option} QUIET IMPORTED_TARGET ${backend_MODULES})
+      set(${backend_option}_HEADERS_FOUND TRUE)
+      if(backend_HEADERS)
+        pkg_check_modules(${backend_option}_HEADERS QUIET ${backend_HEADERS})
+      endif()
+    endif()
+    if(${backend_option}_FOUND AND ${backend_option}_HEADERS_FOUND)
+      set(${backend_option}_ENABLED TRUE)
+      target_include_directories(PkgConfig::${backend_option}
+        INTERFACE ${${backend_option}_HEADERS_INCLUDE_DIRS})
+      list(APPEND VEL_BACKENDS ${folder})
+      list(APPEND VEL_BACKEND_DEFINITIONS "VEL_HAS_${folder}=1")
+      list(APPEND VEL_BACKEND_MODULES ${backend_MODULES})
+    elseif(NOT ${backend_option} STREQUAL "AUTO")
+      message(FATAL_ERROR "${backend_option} is ON, but pkg-config does not find all of: "
+        "${backend_MODULES} ${backend_HEADERS}")
+    endif()
+  endif()
+endmacro()
+
+vel_find_backend(X11 MODULES xcb xcb-randr xcb-render HEADERS xcb-icccm)
