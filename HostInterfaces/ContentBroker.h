@@ -37,7 +37,8 @@ class VEL_EXPORT ContentData : public virtual NSObjectProtocol {
   [[nodiscard]] virtual Strong<ContentRequest> request() const = 0;
   [[nodiscard]] virtual ContentDataState state() const = 0;
   virtual void setState(ContentDataState state) = 0;
-  /// Null if there is no error. A caller that needs the error longer must keep a reference.
+  /// Null if there is no error. The object may release the error later, so a caller that stores it
+  /// must keep a reference.
   [[nodiscard]] virtual Strong<NSError> error() const = 0;
 };
 

@@ -109,7 +109,7 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
   return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
 }
 
-void addPlayCommand(CLI::App& program, CommandRun& chosen) {
+void addPlayCommand(CLI::App& program, CommandRun& chosenRun) {
   CLI::App* const command =
       program.add_subcommand("play", "Play a scenario in virtual time and print what happened");
   auto options = std::make_shared<PlayOptions>();
@@ -117,8 +117,9 @@ void addPlayCommand(CLI::App& program, CommandRun& chosen) {
       ->required();
   command->add_option("--timeline", options->timelinePath, "Draw the play into this file, as SVG")
       ->type_name("FILE");
-  command->callback(
-      [options, &chosen] { chosen = [options] { return play(*options, std::cin, std::cout); }; });
+  command->callback([options, &chosenRun] {
+    chosenRun = [options] { return play(*options, std::cin, std::cout); };
+  });
 }
 
 }  // namespace vel::host

@@ -25,6 +25,6 @@ struct PlayOptions {
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
 /// Adds the command to the program; see `CommandRun`.
-void addPlayCommand(CLI::App& program, CommandRun& chosen);
+void addPlayCommand(CLI::App& program, CommandRun& chosenRun);
 
 }  // namespace vel::host

@@ -15,8 +15,8 @@ class VEL_EXPORT CALayer final : public Class<CALayer, "CALayer"> {
  public:
   explicit CALayer(Weak<NSView> view) : view_(std::move(view)) {}
 
+  /// Transparent by default.
   [[nodiscard]] CGColor backgroundColor() const { return backgroundColor_; }
-  /// Transparent at first.
   void setBackgroundColor(CGColor color);
 
  private:

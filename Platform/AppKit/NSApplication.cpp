@@ -13,16 +13,16 @@ namespace vel {
 
 namespace {
 
-/// An adopted window. Its class name is the one that its owner gave it.
-class AdoptedHostWindow final : public Class<AdoptedHostWindow, "NSWindow", NSWindow> {
+/// An adopted window. It has the class name that the owner set.
+class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
-  explicit AdoptedHostWindow(const AdoptedWindow& adopted)
-      : Class(adopted.frame, adopted.styleMask), name_(adopted.className) {}
+  explicit AdoptedNSWindow(const AdoptedWindow& description)
+      : Class(description.frame, description.styleMask), className_(description.className) {}
 
-  [[nodiscard]] std::string_view className() const override { return name_; }
+  [[nodiscard]] std::string_view className() const override { return className_; }
 
  private:
-  std::string name_;
+  std::string className_;
 };
 
 void post(NSNotificationName name, const Strong<NSObject>& object) {
@@ -57,15 +57,15 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
 }
 
 void NSApplication::end() {
-  while (!open_.empty()) {
-    const Strong<NSWindow> window = open_.back();
+  while (!openWindows_.empty()) {
+    const Strong<NSWindow> window = openWindows_.back();
     window->close();
   }
-  for (const auto& [handle, window] : windows_) {
+  for (const auto& [handle, window] : windowsByHandle_) {
     windowSystem_->releaseWindow(handle);
     window->handle_ = WindowHandle::None;
   }
-  windows_.clear();
+  windowsByHandle_.clear();
   // Done here, not in the destructor: a host may keep this object while the next application runs.
   windowSystem_->setDelegate(nullptr);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -76,8 +76,8 @@ void NSApplication::end() {
 }
 
 Strong<NSWindow> NSApplication::windowFor(WindowHandle handle) const {
-  const auto found = windows_.find(handle);
-  return found == windows_.end() ? nullptr : found->second->self();
+  const auto entry = windowsByHandle_.find(handle);
+  return entry == windowsByHandle_.end() ? nullptr : entry->second->self();
 }
 
 Strong<NSWindow> NSApplication::frontWindow() const {
@@ -87,27 +87,27 @@ Strong<NSWindow> NSApplication::frontWindow() const {
   if (keyWindow_ != nullptr) {
     return keyWindow_;
   }
-  return ordered_.empty() ? nullptr : ordered_.front();
+  return orderedWindows_.empty() ? nullptr : orderedWindows_.front();
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string& error) {
-  const std::optional<AdoptedWindow> adopted = port()->adoptWindow(nativeId, error);
-  if (!adopted) {
+  const std::optional<AdoptedWindow> description = port()->adoptWindow(nativeId, error);
+  if (!description) {
     return nullptr;
   }
-  Strong<NSWindow> window = NSWindow::initAs<AdoptedHostWindow>(*adopted);
-  window->title_ = adopted->title;
-  window->handle_ = adopted->handle;
-  windows_[adopted->handle] = window.get();
-  window->open_ = true;
-  window->onScreen_ = adopted->onScreen;
-  window->miniaturized_ = !adopted->onScreen;
-  open_.push_back(window);
-  if (adopted->onScreen) {
+  Strong<NSWindow> window = NSWindow::initAs<AdoptedNSWindow>(*description);
+  window->title_ = description->title;
+  window->handle_ = description->handle;
+  windowsByHandle_[description->handle] = window.get();
+  window->isOpen_ = true;
+  window->isOnScreen_ = description->onScreen;
+  window->isMiniaturized_ = !description->onScreen;
+  openWindows_.push_back(window);
+  if (description->onScreen) {
     addToScreen(window);
   }
-  if (adopted->hasFocus) {
-    focusMoved(adopted->handle);
+  if (description->hasFocus) {
+    focusMoved(description->handle);
   }
   return window;
 }
@@ -131,8 +131,9 @@ void NSApplication::resignKey() {
   if (window == nullptr) {
     return;
   }
-  observePlatform(
-      [&](PlatformObserver& observer) { observer.keyChanges(*window, KeyChange::Resigns); });
+  observePlatform([&](PlatformObserver& observer) {
+    observer.keyStatusWillChange(*window, KeyChange::Resigns);
+  });
   post(NSWindowDidResignKeyNotification, window);
 }
 
@@ -146,20 +147,21 @@ void NSApplication::becomeKey(const Strong<NSWindow>& window) {
   if (window->kind_ == WindowKind::Plain) {
     mainWindow_ = window;
   }
-  observePlatform(
-      [&](PlatformObserver& observer) { observer.keyChanges(*window, KeyChange::Becomes); });
+  observePlatform([&](PlatformObserver& observer) {
+    observer.keyStatusWillChange(*window, KeyChange::Becomes);
+  });
   post(NSWindowDidBecomeKeyNotification, window);
 }
 
-void NSApplication::passOnKey(const Strong<NSWindow>& window) {
-  if (keyWindow_ != window) {
+void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
+  if (keyWindow_ != removedWindow) {
     return;
   }
   resignKey();
   if (keyWindow_ != nullptr) {
     return;
   }
-  Strong<NSWindow> next = ordered_.empty() ? nullptr : ordered_.front();
+  Strong<NSWindow> next = orderedWindows_.empty() ? nullptr : orderedWindows_.front();
   for (const Weak<NSWindow>& entry : keyHistory_) {
     if (const Strong<NSWindow> earlier = entry.lock();
         earlier != nullptr && earlier->isOnScreen()) {
@@ -170,33 +172,33 @@ void NSApplication::passOnKey(const Strong<NSWindow>& window) {
 }
 
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
-  std::erase(ordered_, window);
-  ordered_.insert(ordered_.begin(), window);
+  std::erase(orderedWindows_, window);
+  orderedWindows_.insert(orderedWindows_.begin(), window);
   applyModalRuns();
 }
 
 void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
-  std::erase(ordered_, window);
+  std::erase(orderedWindows_, window);
   if (mainWindow_.lock() == window) {
     mainWindow_.reset();
   }
 }
 
 void NSApplication::applicationDeactivated() {
-  if (!active_) {
+  if (!isActive_) {
     return;
   }
-  active_ = false;
+  isActive_ = false;
   keyAtDeactivation_ = keyWindow_;
   post(NSApplicationWillResignActiveNotification, self());
   resignKey();
 }
 
 void NSApplication::applicationActivated(WindowHandle window) {
-  if (active_) {
+  if (isActive_) {
     return;
   }
-  active_ = true;
+  isActive_ = true;
   if (window == WindowHandle::None) {
     send(keyAtDeactivation_.lock(), &NSWindow::makeKeyWindow);
   }
@@ -219,7 +221,7 @@ void NSApplication::beginModalRun(const Strong<NSWindow>& window) { addModalRun(
 
 void NSApplication::stopModal() {
   if (!modalRuns_.empty()) {
-    const ModalRun kept = modalRuns_.back();  // its window outlives the removal
+    const ModalRun endedRun = modalRuns_.back();  // keeps the window alive during the removal
     modalRuns_.pop_back();
     applyModalRuns();
   }
@@ -234,14 +236,14 @@ void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
   if (window == nullptr) {
     return;
   }
-  const Strong<NSApplication> kept = self();
+  const Strong<NSApplication> strongSelf = self();
   const std::uint64_t number = addModalRun(window);
   window->makeKeyAndOrderFront();
-  const auto runs = [this, number] {
+  const auto isRunning = [this, number] {
     return std::ranges::any_of(modalRuns_,
                                [number](const ModalRun& run) { return run.number == number; });
   };
-  while (runs()) {
+  while (isRunning()) {
     NSRunLoop::mainRunLoop().runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
   }
 }
@@ -252,8 +254,8 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 }
 
 void NSApplication::applyModalRuns() {
-  const bool modal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
-  NSRunLoop::mainRunLoop().setMode(modal ? NSModalPanelRunLoopMode : mode_);
+  const bool isModal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
+  NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
   port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
@@ -264,7 +266,7 @@ void NSApplication::closeRequested(WindowHandle handle) {
   if (window == nullptr || (window->styleMask() & NSWindowStyleMaskClosable) == 0) {
     return;
   }
-  // A copy is called: the handler may replace itself.
+  // Call a copy, because the handler may replace itself.
   if (const auto handler = closeRequestedHandler_) {
     handler(*window);
   } else {
@@ -272,10 +274,10 @@ void NSApplication::closeRequested(WindowHandle handle) {
   }
 }
 
-void NSApplication::windowDestroyed(WindowHandle window) {
-  const Strong<NSWindow> destroyed = windowFor(window);
-  windows_.erase(window);
-  send(destroyed, &NSWindow::windowDestroyed);
+void NSApplication::windowDestroyed(WindowHandle handle) {
+  const Strong<NSWindow> window = windowFor(handle);
+  windowsByHandle_.erase(handle);
+  send(window, &NSWindow::windowDestroyed);
 }
 
 void NSApplication::frameChanged(WindowHandle window, CGRect frame) {
@@ -286,47 +288,48 @@ void NSApplication::miniaturizedChanged(WindowHandle window, bool miniaturized) 
   send(windowFor(window), &NSWindow::miniaturizedChanged, miniaturized);
 }
 
-void NSApplication::styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) {
-  if (const Strong<NSWindow> changed = windowFor(window)) {
-    changed->styleMask_ = styleMask;
+void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) {
+  if (const Strong<NSWindow> window = windowFor(handle)) {
+    window->styleMask_ = styleMask;
   }
 }
 
-// The named windows exchange their places. All other windows keep theirs.
+// The given windows exchange their positions. All other windows keep their positions.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
-  NSArray<NSWindow> named;
+  NSArray<NSWindow> movedWindows;
   for (const WindowHandle handle : windows) {
     const Strong<NSWindow> window = windowFor(handle);
-    if (std::ranges::find(ordered_, window) != ordered_.end()) {
-      named.push_back(window);
+    if (std::ranges::find(orderedWindows_, window) != orderedWindows_.end()) {
+      movedWindows.push_back(window);
     }
   }
-  auto next = named.begin();
-  for (Strong<NSWindow>& place : ordered_) {
-    if (std::ranges::find(named, place) != named.end()) {
-      place = *next++;
+  auto next = movedWindows.begin();
+  for (Strong<NSWindow>& position : orderedWindows_) {
+    if (std::ranges::find(movedWindows, position) != movedWindows.end()) {
+      position = *next++;
     }
   }
 }
 
-void NSApplication::controlsKept(WindowHandle window, NSWindowStyleMask controls) {
-  const Strong<NSWindow> changed = windowFor(window);
+void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask controls) {
+  const Strong<NSWindow> window = windowFor(handle);
   const auto handler = controlsKeptHandler_;
-  if (changed != nullptr && handler) {
-    handler(*changed, controls);
+  if (window != nullptr && handler) {
+    handler(*window, controls);
   }
 }
 
 void NSApplication::displayLost(std::string_view reason) {
   const std::string text(reason);
-  const Strong<NSApplication> kept = self();
-  for (const auto& [handle, window] : windows_) {
+  const Strong<NSApplication> strongSelf = self();
+  for (const auto& [handle, window] : windowsByHandle_) {
     window->handle_ = WindowHandle::None;
   }
-  windows_.clear();
+  windowsByHandle_.clear();
   NSRunLoop::mainRunLoop().watch(WaitHandle());
-  while (!open_.empty()) {
-    const Strong<NSWindow> window = ordered_.empty() ? open_.back() : ordered_.front();
+  while (!openWindows_.empty()) {
+    const Strong<NSWindow> window =
+        orderedWindows_.empty() ? openWindows_.back() : orderedWindows_.front();
     window->close();
   }
   if (const auto handler = displayLostHandler_) {

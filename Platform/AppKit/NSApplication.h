@@ -25,8 +25,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
  public:
-  /// Stops the current application, if any. Makes a new one on `windowSystem`, sets NSApp and makes
-  /// the main run loop serve it.
+  /// Stops the current application, if any. Makes a new application on `windowSystem`, sets NSApp
+  /// and connects the application to the main run loop.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
   /// Ends the application and everything else that the process shares: see `shutDown`. Afterwards
   /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. Must
@@ -42,15 +42,15 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// The last plain window that became key; null after that window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
-  [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return ordered_; }
+  [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
   /// The window that a dialog belongs to: the main window, else the key window, else the frontmost
   /// window, else null.
   [[nodiscard]] Strong<NSWindow> frontWindow() const;
-  [[nodiscard]] bool isActive() const { return active_; }
+  [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts another program's window. Its class name is the one that its owner gave it. It is open
-  /// as long as it exists, and counts as miniaturised while it is not on screen. On failure, sets
-  /// `error` to the reason and returns null.
+  /// Adopts another program's window. The window has the class name that its owner set. It is
+  /// open as long as it exists, and counts as miniaturised while it is not on screen. On failure,
+  /// sets `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
 
   /// The window of the newest modal run; null without a modal run.
@@ -68,7 +68,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void setRunLoopMode(NSRunLoopMode mode);
 
   /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument has the controls
-  /// that the window manager still offers; Borderless (0) means that it honours the style mask.
+  /// that the window manager still offers. Borderless (0) means that the window manager
+  /// honours the style mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
@@ -110,12 +111,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void applicationActivated(WindowHandle window) override;
   void applicationDeactivated() override;
   void closeRequested(WindowHandle handle) override;
-  void windowDestroyed(WindowHandle window) override;
+  void windowDestroyed(WindowHandle handle) override;
   void frameChanged(WindowHandle window, CGRect frame) override;
   void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
-  void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) override;
+  void styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) override;
   void orderChanged(const std::vector<WindowHandle>& windows) override;
-  void controlsKept(WindowHandle window, NSWindowStyleMask controls) override;
+  void controlsKept(WindowHandle handle, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 
   // RunLoopSource
@@ -128,8 +129,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
-  // Makes another window key if `window` was key and has left the screen.
-  void passOnKey(const Strong<NSWindow>& window);
+  // Makes another window key if `removedWindow`, which has left the screen, was key.
+  void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   std::uint64_t addModalRun(const Strong<NSWindow>& window);
   void endModalRuns(const NSWindow* window);
   void applyModalRuns();
@@ -137,14 +138,14 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void removeFromScreen(const Strong<NSWindow>& window);
 
   std::unique_ptr<WindowSystem> windowSystem_;
-  std::map<WindowHandle, NSWindow*> windows_;
-  NSArray<NSWindow> open_;
-  NSArray<NSWindow> ordered_;
+  std::map<WindowHandle, NSWindow*> windowsByHandle_;
+  NSArray<NSWindow> openWindows_;
+  NSArray<NSWindow> orderedWindows_;
   Strong<NSWindow> keyWindow_;
   Weak<NSWindow> mainWindow_;
   std::vector<Weak<NSWindow>> keyHistory_;  // most recent last
   Weak<NSWindow> keyAtDeactivation_;
-  bool active_ = true;
+  bool isActive_ = true;
   std::vector<ModalRun> modalRuns_;
   std::uint64_t modalRunsBegun_ = 0;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;

@@ -15,8 +15,9 @@ enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Hei
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
 /// A required relation between an attribute of a view and the same attribute of another view, or a
-/// constant. Anchors make them: a centre equal to another centre on one axis, or a length that is
-/// equal to or at least a constant. The superview of the first view owns active constraints.
+/// constant. Anchors make two kinds of constraints. The first kind makes a centre equal to another
+/// centre on one axis. The second kind makes a width or height equal to a constant, or at least a
+/// constant. The superview of the first view owns active constraints.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& first, NSLayoutAttribute attribute,
@@ -27,8 +28,8 @@ class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NS
         second_(second),
         constant_(constant) {}
 
-  /// Activates the constraints in this order and lays out. Ignores a constraint whose first view
-  /// has no superview.
+  /// Activates the constraints in this order and lays out the views. Ignores a constraint whose
+  /// first view has no superview.
   static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
 
   [[nodiscard]] Strong<NSView> firstItem() const { return first_.lock(); }

@@ -12,7 +12,7 @@ void NSProgressIndicator::startAnimation(const Strong<NSObject>& /*sender*/) { s
 void NSProgressIndicator::stopAnimation(const Strong<NSObject>& /*sender*/) { setAnimating(false); }
 
 void NSProgressIndicator::setAnimating(bool animating) {
-  animating_ = animating;
+  isAnimating_ = animating;
   setNeedsDisplay();
 }
 
@@ -22,7 +22,7 @@ void NSProgressIndicator::addOwnContents(Scene& scene, CGRect rectangle) const {
     scene.push_back({.kind = SceneItem::Kind::Spinner,
                      .frame = rectangle,
                      .color = {},
-                     .animates = animating_});
+                     .animates = isAnimating_});
   }
 }
 

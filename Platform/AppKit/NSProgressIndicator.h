@@ -30,7 +30,7 @@ class VEL_EXPORT NSProgressIndicator final
   [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
   void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
 
-  [[nodiscard]] bool isAnimating() const { return animating_; }
+  [[nodiscard]] bool isAnimating() const { return isAnimating_; }
   /// `sender` is ignored and may be null.
   void startAnimation(const Strong<NSObject>& sender);
   void stopAnimation(const Strong<NSObject>& sender);
@@ -43,7 +43,7 @@ class VEL_EXPORT NSProgressIndicator final
 
   NSProgressIndicatorStyle style_ = NSProgressIndicatorStyleBar;
   Strong<NSAppearance> appearance_;
-  bool animating_ = false;
+  bool isAnimating_ = false;
 };
 
 }  // namespace vel

@@ -80,19 +80,19 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   if (view == nullptr || isWithin(view.get())) {
     return;
   }
-  const Strong<NSView> kept = self();
+  const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
   if (window == nullptr || view->window() != window) {
     view->removeFromSuperview();  // its controllers disappear from their current window
   }
   view->detach();
-  const auto beside = std::ranges::find(subviews_, other);
+  const auto neighbour = std::ranges::find(subviews_, other);
   auto position = place == NSWindowBelow ? subviews_.begin() : subviews_.end();
-  if (beside != subviews_.end()) {
-    position = place == NSWindowBelow ? beside : beside + 1;
+  if (neighbour != subviews_.end()) {
+    position = place == NSWindowBelow ? neighbour : neighbour + 1;
   }
   subviews_.insert(position, view);
-  view->superview_ = kept;
+  view->superview_ = strongSelf;
   if (window != nullptr && window->isVisible()) {
     Appearance appearance(view);
     {
@@ -104,19 +104,19 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
 }
 
 void NSView::removeFromSuperview() {
-  const Strong<NSView> kept = self();
+  const Strong<NSView> strongSelf = self();
   const Strong<NSView> superview = this->superview();
   const Strong<NSWindow> window = this->window();
   if (superview == nullptr && window == nullptr) {
     return;
   }
-  Disappearance disappearance(kept);
+  Disappearance disappearance(strongSelf);
   disappearance.willDisappear();
-  const bool moved = this->window() != window;
-  if (this->superview() != superview || (superview == nullptr && moved)) {
+  const bool isInOtherWindow = this->window() != window;
+  if (this->superview() != superview || (superview == nullptr && isInOtherWindow)) {
     return;  // a step has moved the view, which made its controllers disappear
   }
-  if (moved) {
+  if (isInOtherWindow) {
     return removeFromSuperview();  // a step has moved the superview to another window
   }
   detach();
@@ -156,7 +156,7 @@ NSLayoutDimension NSView::heightAnchor() { return {self(), NSLayoutAttribute::He
 void NSView::resizeSubviews(CGSize oldSize) {
   const CGSize size = frame_.size;
   for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
-    if (!view->translates_) {
+    if (!view->translatesAutoresizingMask_) {
       continue;  // its constraints place it
     }
     CGRect frame = view->frame_;
@@ -176,11 +176,11 @@ void NSView::resizeSubviews(CGSize oldSize) {
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {
-    const bool wide = constraint->attribute() == NSLayoutAttribute::Width;
-    if (!wide && constraint->attribute() != NSLayoutAttribute::Height) {
+    const bool isWidth = constraint->attribute() == NSLayoutAttribute::Width;
+    if (!isWidth && constraint->attribute() != NSLayoutAttribute::Height) {
       continue;
     }
-    double& length = wide ? size.width : size.height;
+    double& length = isWidth ? size.width : size.height;
     length = constraint->relation() == NSLayoutRelation::Equal
                  ? constraint->constant()
                  : std::max(length, constraint->constant());
@@ -196,7 +196,7 @@ void NSView::layOutSubviews() {
                          [&view](const Strong<NSLayoutConstraint>& constraint) {
                            return constraint->firstItem() == view;
                          });
-    if (view->translates_ || constraints.empty()) {
+    if (view->translatesAutoresizingMask_ || constraints.empty()) {
       continue;
     }
     CGRect frame{view->frame_.origin, constrainedSize(constraints)};

@@ -42,7 +42,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] CGRect frame() const { return frame_; }
   /// Moves and resizes the view. Autoresizing masks and constraints then place the subviews.
   void setFrame(CGRect frame);
-  /// The view's own coordinates: its size at the origin.
+  /// The view's rectangle in its own coordinates. Its origin is zero.
   [[nodiscard]] CGRect bounds() const { return {{}, frame_.size}; }
 
   [[nodiscard]] Strong<NSView> superview() const { return superview_.lock(); }
@@ -71,8 +71,12 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const { return autoresizingMask_; }
   void setAutoresizingMask(NSAutoresizingMaskOptions mask) { autoresizingMask_ = mask; }
   /// True (the default) if the autoresizing mask places the view; false if only constraints do.
-  [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const { return translates_; }
-  void setTranslatesAutoresizingMaskIntoConstraints(bool translates) { translates_ = translates; }
+  [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const {
+    return translatesAutoresizingMask_;
+  }
+  void setTranslatesAutoresizingMaskIntoConstraints(bool translates) {
+    translatesAutoresizingMask_ = translates;
+  }
 
   [[nodiscard]] NSLayoutXAxisAnchor centerXAnchor();
   [[nodiscard]] NSLayoutYAxisAnchor centerYAnchor();
@@ -108,13 +112,13 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
 
   CGRect frame_;
   Weak<NSView> superview_;
-  Weak<NSWindow> window_;  // of a content view
+  Weak<NSWindow> window_;  // null unless this is a content view
   Weak<NSViewController> viewController_;
   NSArray<NSView> subviews_;
   NSArray<NSLayoutConstraint> constraints_;
   Strong<CALayer> layer_;
   NSAutoresizingMaskOptions autoresizingMask_ = NSViewNotSizable;
-  bool translates_ = true;
+  bool translatesAutoresizingMask_ = true;
 };
 
 }  // namespace vel

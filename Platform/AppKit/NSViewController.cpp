@@ -54,23 +54,23 @@ void NSViewController::viewWillDisappear() { recordStep(LifeCycleStep::WillDisap
 void NSViewController::viewDidDisappear() { recordStep(LifeCycleStep::DidDisappear); }
 
 void NSViewController::recordStep(LifeCycleStep step) {
-  stepsRun_.set(static_cast<std::size_t>(step));
+  recordedSteps_.set(static_cast<std::size_t>(step));
   observePlatform([&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
 }
 
 std::uint64_t NSViewController::beginShowing() {
-  shown_ = true;
-  stepsRun_.reset();
-  return ++showing_;
+  isShown_ = true;
+  recordedSteps_.reset();
+  return ++showingNumber_;
 }
 
 void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showing) {
-  if (!shown_ || showing != showing_) {
+  if (!isShown_ || showing != showingNumber_) {
     return;
   }
   // The showing ends before the last step is sent: the step may begin another showing.
-  shown_ = step != LifeCycleStep::DidDisappear;
-  if (stepsRun_.test(static_cast<std::size_t>(step))) {
+  isShown_ = step != LifeCycleStep::DidDisappear;
+  if (recordedSteps_.test(static_cast<std::size_t>(step))) {
     return;
   }
   switch (step) {
@@ -95,10 +95,10 @@ void NSViewController::addChildViewController(const Strong<NSViewController>& ch
 }
 
 void NSViewController::removeFromParentViewController() {
-  const Strong<NSViewController> kept = self();
+  const Strong<NSViewController> strongSelf = self();
   if (const Strong<NSViewController> parent = parent_.lock()) {
     parent_.reset();
-    std::erase(parent->children_, kept);
+    std::erase(parent->children_, strongSelf);
   }
 }
 
@@ -136,17 +136,17 @@ void NSViewController::presentIn(const Strong<NSWindow>& window,
                                  const Strong<NSViewController>& controller) {
   window->setContentViewController(controller);
   controller->presentationWindow_ = window;
-  controller->presenting_ = self();
+  controller->presentingController_ = self();
   if (controller.get() != this) {
-    presented_.push_back(controller);
+    presentedControllers_.push_back(controller);
   }
 }
 
 void NSViewController::endPresentation() {
   presentationWindow_.reset();
-  if (const Strong<NSViewController> presenting = presenting_.lock()) {
-    presenting_.reset();
-    std::erase(presenting->presented_, self());
+  if (const Strong<NSViewController> presenting = presentingController_.lock()) {
+    presentingController_.reset();
+    std::erase(presenting->presentedControllers_, self());
   }
 }
 

@@ -64,17 +64,19 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   virtual void dismissViewController(const Strong<NSViewController>& controller);
 
   /// The controllers that this controller presents, except itself, in the order of presentation.
-  [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const { return presented_; }
+  [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const {
+    return presentedControllers_;
+  }
   /// The controller that presents this one, which may be this one itself. Null if not presented.
   [[nodiscard]] Strong<NSViewController> presentingViewController() const {
-    return presenting_.lock();
+    return presentingController_.lock();
   }
 
   /// True during a showing.
-  [[nodiscard]] bool isShown() const { return shown_; }
+  [[nodiscard]] bool isShown() const { return isShown_; }
   /// True if the step has run in the current showing or, if there is none, in the last one.
   [[nodiscard]] bool hasRun(LifeCycleStep step) const {
-    return stepsRun_.test(static_cast<std::size_t>(step));
+    return recordedSteps_.test(static_cast<std::size_t>(step));
   }
 
  private:
@@ -87,7 +89,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   // Sends the step unless the step has already run in that showing or the showing has ended.
   void sendStep(LifeCycleStep step, std::uint64_t showing);
   void recordStep(LifeCycleStep step);
-  // Set and cut the links between the presenting and the presented controller.
+  // Set and remove the links between the presenting and the presented controller.
   void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
   void endPresentation();
 
@@ -95,12 +97,12 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   Strong<NSView> view_;
   NSArray<NSViewController> children_;
   Weak<NSViewController> parent_;
-  NSArray<NSViewController> presented_;
-  Weak<NSViewController> presenting_;
+  NSArray<NSViewController> presentedControllers_;
+  Weak<NSViewController> presentingController_;
   Weak<NSWindow> presentationWindow_;
-  bool shown_ = false;
-  std::uint64_t showing_ = 0;
-  std::bitset<4> stepsRun_;
+  bool isShown_ = false;
+  std::uint64_t showingNumber_ = 0;
+  std::bitset<4> recordedSteps_;
 };
 
 }  // namespace vel

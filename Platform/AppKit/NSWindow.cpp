@@ -26,7 +26,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
 
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
-    NSApp->windows_.erase(handle_);
+    NSApp->windowsByHandle_.erase(handle_);
     NSApp->port()->releaseWindow(handle_);
   }
 }
@@ -63,16 +63,16 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
   if (view == contentView_) {
     return;
   }
-  const Strong<NSWindow> kept = self();
+  const Strong<NSWindow> strongSelf = self();
   if (view != nullptr) {
     view->removeFromSuperview();
   }
   Disappearance disappearance(contentView_);
   disappearance.willDisappear();
-  std::optional<DisplayPause> displayPause(kept);
+  std::optional<DisplayPause> displayPause(strongSelf);
   replaceContentView(view);
   disappearance.didDisappear();
-  if (open_) {
+  if (isOpen_) {
     Appearance appearance(view);
     appearance.willAppear();
     displayPause.reset();
@@ -120,7 +120,7 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
 }
 
 void NSWindow::setMovableByWindowBackground(bool movable) {
-  movableByWindowBackground_ = movable;
+  isMovableByWindowBackground_ = movable;
   if (NSApp != nullptr) {
     NSApp->port()->setMovableByBackground(handle_, movable);
   }
@@ -130,14 +130,13 @@ void NSWindow::addChildWindow(const Strong<NSWindow>& child) {
   if (child == nullptr || child.get() == this || child->parentWindow().get() == this) {
     return;
   }
-  if (const Strong<NSWindow> former = child->parentWindow()) {
-    std::erase(former->children_, child);
+  if (const Strong<NSWindow> previousParent = child->parentWindow()) {
+    std::erase(previousParent->children_, child);
   }
   children_.push_back(child);
   child->parent_ = self();
 }
 
-// The window system learns of a window when it is first put on screen, as it is then.
 void NSWindow::realize() {
   if (handle_ != WindowHandle::None) {
     return;
@@ -149,9 +148,9 @@ void NSWindow::realize() {
                                          .styleMask = styleMask_,
                                          .kind = kind_,
                                          .owner = send(owner, &NSWindow::handle),
-                                         .movableByBackground = movableByWindowBackground_});
-  if (handle_ != WindowHandle::None) {  // a lost display creates no window
-    NSApp->windows_[handle_] = this;
+                                         .movableByBackground = isMovableByWindowBackground_});
+  if (handle_ != WindowHandle::None) {  // None if the display is lost
+    NSApp->windowsByHandle_[handle_] = this;
   }
 }
 
@@ -159,40 +158,40 @@ void NSWindow::orderFront() { open(false); }
 
 void NSWindow::makeKeyAndOrderFront() { open(true); }
 
-void NSWindow::open(bool key) {
-  if (NSApp == nullptr || miniaturized_) {
+void NSWindow::open(bool shouldBecomeKey) {
+  if (NSApp == nullptr || isMiniaturized_) {
     return;
   }
-  const Strong<NSWindow> kept = self();
-  const bool opens = !open_;
-  if (opens) {
-    open_ = true;
-    NSApp->open_.push_back(kept);
+  const Strong<NSWindow> strongSelf = self();
+  const bool isOpening = !isOpen_;
+  if (isOpening) {
+    isOpen_ = true;
+    NSApp->openWindows_.push_back(strongSelf);
   }
-  Appearance appearance(opens ? contentView_ : nullptr);
+  Appearance appearance(isOpening ? contentView_ : nullptr);
   appearance.willAppear();
-  if (!open_ || NSApp == nullptr) {
+  if (!isOpen_ || NSApp == nullptr) {
     return;  // a step has closed the window
   }
   realize();
-  onScreen_ = true;
-  NSApp->addToScreen(kept);
+  isOnScreen_ = true;
+  NSApp->addToScreen(strongSelf);
   NSApp->port()->orderFront(handle_);
   setNeedsDisplay();
-  if (opens) {
+  if (isOpening) {
     observePlatform([this](PlatformObserver& observer) { observer.windowOpened(*this); });
   }
-  if (key) {
+  if (shouldBecomeKey) {
     makeKeyWindow();
   }
   appearance.didAppear();
 }
 
 void NSWindow::close() {
-  if (!open_) {
+  if (!isOpen_) {
     return;
   }
-  const Strong<NSWindow> kept = self();
+  const Strong<NSWindow> strongSelf = self();
   while (!sheets_.empty()) {
     const Strong<NSWindow> sheet = sheets_.back();
     sheet->close();
@@ -200,17 +199,17 @@ void NSWindow::close() {
   }
   Disappearance disappearance(contentView_);
   disappearance.willDisappear();
-  if (!open_) {
+  if (!isOpen_) {
     return;  // a step has closed the window
   }
-  open_ = false;
-  onScreen_ = false;
-  miniaturized_ = false;
+  isOpen_ = false;
+  isOnScreen_ = false;
+  isMiniaturized_ = false;
   scene_.clear();
   const Strong<NSApplication> app = NSApp;
   if (app != nullptr) {
-    app->removeFromScreen(kept);
-    std::erase(app->open_, kept);
+    app->removeFromScreen(strongSelf);
+    std::erase(app->openWindows_, strongSelf);
     app->port()->orderOut(handle_);
     app->endModalRuns(this);
   }
@@ -218,7 +217,7 @@ void NSWindow::close() {
   observePlatform([this](PlatformObserver& observer) { observer.windowClosed(*this); });
   disappearance.didDisappear();
   if (app != nullptr) {
-    app->passOnKey(kept);
+    app->makeNextWindowKey(strongSelf);
   }
 }
 
@@ -230,7 +229,7 @@ void NSWindow::endPresentation() {
     std::erase(host->sheets_, self());
   }
   sheetParent_.reset();
-  // The next presentation of the controller puts its view into another window.
+  // Release the controller: its next presentation puts its view into another window.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
     controller->endPresentation();
@@ -245,34 +244,34 @@ void NSWindow::performClose() {
 }
 
 void NSWindow::miniaturize() {
-  if (onScreen_ && NSApp != nullptr) {
+  if (isOnScreen_ && NSApp != nullptr) {
     NSApp->port()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
-  if (miniaturized_ && NSApp != nullptr) {
+  if (isMiniaturized_ && NSApp != nullptr) {
     NSApp->port()->requestMiniaturized(handle_, false);
   }
 }
 
 void NSWindow::miniaturizedChanged(bool miniaturized) {
-  if (!open_ || miniaturized == miniaturized_ || NSApp == nullptr) {
+  if (!isOpen_ || miniaturized == isMiniaturized_ || NSApp == nullptr) {
     return;
   }
-  const Strong<NSWindow> kept = self();
-  miniaturized_ = miniaturized;
-  onScreen_ = !miniaturized;
+  const Strong<NSWindow> strongSelf = self();
+  isMiniaturized_ = miniaturized;
+  isOnScreen_ = !miniaturized;
   if (miniaturized) {
-    NSApp->removeFromScreen(kept);
-    NSApp->passOnKey(kept);
+    NSApp->removeFromScreen(strongSelf);
+    NSApp->makeNextWindowKey(strongSelf);
   } else {
-    NSApp->addToScreen(kept);
+    NSApp->addToScreen(strongSelf);
     setNeedsDisplay();
   }
   NSNotificationCenter::defaultCenter().postNotificationNameObject(
       miniaturized ? NSWindowDidMiniaturizeNotification : NSWindowDidDeminiaturizeNotification,
-      kept);
+      strongSelf);
 }
 
 void NSWindow::windowDestroyed() {
@@ -281,7 +280,7 @@ void NSWindow::windowDestroyed() {
 }
 
 void NSWindow::makeKeyWindow() {
-  if (onScreen_ && !isKeyWindow() && NSApp != nullptr) {
+  if (isOnScreen_ && !isKeyWindow() && NSApp != nullptr) {
     NSApp->port()->requestFocus(handle_);
   }
 }
@@ -296,7 +295,7 @@ bool NSWindow::isModalPanel() const {
 }
 
 void NSWindow::setNeedsDisplay() {
-  if (!onScreen_ || NSApp == nullptr || displayPauses_ > 0) {
+  if (!isOnScreen_ || NSApp == nullptr || displayPauses_ > 0) {
     return;
   }
   Scene scene;

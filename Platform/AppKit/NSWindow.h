@@ -25,8 +25,8 @@ inline constexpr NSNotificationName NSWindowDidMiniaturizeNotification =
 inline constexpr NSNotificationName NSWindowDidDeminiaturizeNotification =
     "NSWindowDidDeminiaturizeNotification";
 
-/// A window. Ordering it in opens it; closing it or ordering it out ends that. An open window is on
-/// screen unless it is miniaturised. The application keeps open windows alive. Main thread.
+/// A window. Ordering a window in opens it. Ordering it out closes it. An open window is on screen
+/// unless it is miniaturised. The application keeps open windows alive. Main thread.
 class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
  public:
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
@@ -53,7 +53,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] NSWindowStyleMask styleMask() const { return styleMask_; }
   void setStyleMask(NSWindowStyleMask styleMask);
   /// True if dragging the background moves the window. False by default.
-  [[nodiscard]] bool isMovableByWindowBackground() const { return movableByWindowBackground_; }
+  [[nodiscard]] bool isMovableByWindowBackground() const { return isMovableByWindowBackground_; }
   void setMovableByWindowBackground(bool movable);
   /// True (the default) if the window is hidden with the application. Has no effect: no back end
   /// hides applications.
@@ -87,7 +87,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// window becomes key. Ends the presentation of a modal window or sheet. The window can be opened
   /// again.
   void close();
-  /// Closes the window: the platform layer has no other hidden state.
+  /// Closes the window, because the platform layer has no other hidden state.
   void orderOut() { close(); }
   /// Closes the window if it has a close control.
   void performClose();
@@ -104,9 +104,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] bool isModalPanel() const;
 
   /// True if the window is open.
-  [[nodiscard]] bool isVisible() const { return open_; }
-  [[nodiscard]] bool isMiniaturized() const { return miniaturized_; }
-  [[nodiscard]] bool isOnScreen() const { return onScreen_; }
+  [[nodiscard]] bool isVisible() const { return isOpen_; }
+  [[nodiscard]] bool isMiniaturized() const { return isMiniaturized_; }
+  [[nodiscard]] bool isOnScreen() const { return isOnScreen_; }
 
   /// The window system's handle; None if the window system has no such window.
   [[nodiscard]] WindowHandle handle() const { return handle_; }
@@ -119,8 +119,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
-  /// Delays drawing while it exists and draws when it is destroyed. Without it, a view would be
-  /// visible before its controllers have finished it in `viewWillAppear`.
+  /// Delays drawing while it exists, and draws when it is destroyed. Without a pause, the window
+  /// would show a view before the controllers have prepared the view in `viewWillAppear`.
   class DisplayPause : private NonCopyable {
    public:
     explicit DisplayPause(Strong<NSWindow> window) : window_(std::move(window)) {
@@ -141,8 +141,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void makeContentView();
   void replaceContentView(const Strong<NSView>& view);
   void forgetContentView() { contentView_ = nullptr; }
+  // Creates the window in the window system, if that has not been done yet.
   void realize();
-  void open(bool key);
+  void open(bool shouldBecomeKey);
   void endPresentation();
   // Reports of the window system.
   void frameChanged(CGRect frame);
@@ -163,11 +164,11 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   NSArray<NSWindow> sheets_;
   Scene scene_;
   int displayPauses_ = 0;  // the number of DisplayPause objects
-  bool movableByWindowBackground_ = false;
+  bool isMovableByWindowBackground_ = false;
   bool canHide_ = true;
-  bool open_ = false;
-  bool onScreen_ = false;
-  bool miniaturized_ = false;
+  bool isOpen_ = false;
+  bool isOnScreen_ = false;
+  bool isMiniaturized_ = false;
 };
 
 }  // namespace vel

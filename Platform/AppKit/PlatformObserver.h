@@ -17,17 +17,17 @@ enum class LifeCycleStep : std::uint8_t { WillAppear, DidAppear, WillDisappear, 
 /// Whether a window loses or gets the key status.
 enum class KeyChange : std::uint8_t { Resigns, Becomes };
 
-/// Follows what the platform layer does, such as a trace or a test. It is called on the main
-/// thread, at the moment that something happens. It must not change the objects that it is called
-/// for. Without an observer, each place that could call one tests a pointer and does nothing else.
+/// Receives the events of the platform layer, for example for a trace or a test. The platform calls
+/// it on the main thread when an event happens. An observer must not change the objects that it
+/// receives. Without an observer, an event costs one test of a pointer.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
   /// A view controller's life-cycle step begins, whether the platform or a caller started it.
   virtual void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep /*step*/) {}
-  /// `setStyleMask` was called. The mask need not differ from the previous one.
+  /// `setStyleMask` was called. The mask may equal the previous one.
   virtual void styleMaskSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
   /// A window's key notification is about to be posted.
-  virtual void keyChanges(NSWindow& /*window*/, KeyChange /*change*/) {}
+  virtual void keyStatusWillChange(NSWindow& /*window*/, KeyChange /*change*/) {}
   /// A window was put on screen.
   virtual void windowOpened(NSWindow& /*window*/) {}
   /// A window was closed.

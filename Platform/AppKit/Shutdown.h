@@ -7,16 +7,17 @@ namespace vel {
 
 /// Ends everything that the process shares, in this order:
 ///   1. Timers are invalidated and the main queue is emptied.
-///   2. The application closes its windows, the newest first, and leaves its window system.
+///   2. The application closes its windows, the newest first, and disconnects from its window
+///   system.
 ///   3. Each `ShutdownStep` runs.
-///   4. The notification centre loses all its observers.
+///   4. The notification centre removes all its observers.
 ///   5. Timers and queued work that steps 2 and 3 have added are removed.
 ///   6. The release pool of this thread is drained.
 /// The clock, the log sink, the metrics sink and the default configuration stay. Works without an
 /// application too. Main thread. Must not be called from a callback of the platform.
 VEL_EXPORT void shutDown();
 
-/// Something that a floor above AppKit ends in `shutDown`. Objects have static storage duration.
+/// A function of a layer above AppKit that `shutDown` calls. Objects have static storage duration.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

@@ -8,22 +8,22 @@ namespace vel {
 
 namespace {
 
-void collect(const Strong<NSView>& view, bool shown, NSArray<NSViewController>& controllers) {
+void collect(const Strong<NSView>& view, bool isShown, NSArray<NSViewController>& controllers) {
   if (view == nullptr) {
     return;
   }
   if (const Strong<NSViewController> controller = view->viewController();
-      controller != nullptr && controller->isShown() == shown) {
+      controller != nullptr && controller->isShown() == isShown) {
     controllers.push_back(controller);
   }
   for (const Strong<NSView>& inner : view->subviews()) {
-    collect(inner, shown, controllers);
+    collect(inner, isShown, controllers);
   }
 }
 
-NSArray<NSViewController> controllersIn(const Strong<NSView>& view, bool shown) {
+NSArray<NSViewController> controllersIn(const Strong<NSView>& view, bool isShown) {
   NSArray<NSViewController> controllers;
-  collect(view, shown, controllers);
+  collect(view, isShown, controllers);
   return controllers;
 }
 
@@ -49,7 +49,7 @@ void Appearance::didAppear() {
 
 void Disappearance::willDisappear() {
   std::size_t next = 0;
-  for (addNew(); next < showings_.size(); addNew()) {
+  for (addNewShowings(); next < showings_.size(); addNewShowings()) {
     for (; next < showings_.size(); ++next) {
       const Showing& showing = showings_[next];
       showing.controller->sendStep(LifeCycleStep::WillDisappear, showing.number);
@@ -57,10 +57,10 @@ void Disappearance::willDisappear() {
   }
 }
 
-void Disappearance::addNew() {
+void Disappearance::addNewShowings() {
   for (const Strong<NSViewController>& controller : controllersIn(view_, true)) {
     if (std::ranges::find(showings_, controller, &Showing::controller) == showings_.end()) {
-      showings_.push_back({controller, controller->showing_});
+      showings_.push_back({controller, controller->showingNumber_});
     }
   }
 }

@@ -41,7 +41,8 @@ class Disappearance {
   void didDisappear();
 
  private:
-  void addNew();
+  // Adds the showings of controllers that have appeared since the last call.
+  void addNewShowings();
 
   Strong<NSView> view_;
   std::vector<Showing> showings_;

@@ -152,7 +152,7 @@ TEST_F(KeyWindowTest, WithoutAKeyWindowLosingTheFocusPostsNothing) {
 TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
   struct Observer final : PlatformObserver {
     explicit Observer(EventRecorder& eventRecorder) : recorder(eventRecorder) {}
-    void keyChanges(NSWindow& window, KeyChange change) override {
+    void keyStatusWillChange(NSWindow& window, KeyChange change) override {
       recorder.record(std::string(window.className()) +
                       (change == KeyChange::Becomes ? " about to become" : " about to resign"));
     }

@@ -72,7 +72,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
       When::Moment,
       [](const ObservedPlay& play) -> std::string {
         const bool isTick =
-            play.event() != nullptr && std::holds_alternative<host::trace::Ticked>(*play.event());
+            play.event() != nullptr && std::holds_alternative<host::trace::Tick>(*play.event());
         return isTick && play.manager()->content() != nullptr ? "time passes" : "";
       },
       4);

@@ -27,13 +27,13 @@ std::string number(double value) { return host::shortestDecimal(value); }
 
 std::string checkRecordedOnce(const ObservedPlay& play) {
   const bool isRecordedAgain =
-      eventAs<trace::EventRecorded>(play) != nullptr && play.history().eventCount > 0;
+      eventAs<trace::RecordedEvent>(play) != nullptr && play.history().eventCount > 0;
   return isRecordedAgain ? "it is recorded again" : "";
 }
 
 std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   const bool isRecorded =
-      eventAs<trace::EventRecorded>(play) != nullptr && !play.history().hasPlainRequest;
+      eventAs<trace::RecordedEvent>(play) != nullptr && !play.history().hasPlainRequest;
   return isRecorded ? "it is recorded" : "";
 }
 
@@ -44,7 +44,7 @@ std::string checkNotSentWhileAway(const ObservedPlay& play) {
 }
 
 std::string checkTimeOfRecording(const ObservedPlay& play) {
-  if (eventAs<trace::EventRecorded>(play) == nullptr) {
+  if (eventAs<trace::RecordedEvent>(play) == nullptr) {
     return "";
   }
   const auto sentAt = play.history().sentAt;
@@ -56,14 +56,14 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
 std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const History& history = play.history();
   const bool isDismissing = eventAs<trace::CoverStep>(play) != nullptr ||
-                            eventAs<trace::StyleMaskSet>(play) != nullptr ||
-                            eventAs<trace::PresentationWindow>(play) != nullptr ||
-                            eventAs<trace::KeyChanged>(play) != nullptr;
+                            eventAs<trace::StyleMaskAssignment>(play) != nullptr ||
+                            eventAs<trace::PresentationWindowChange>(play) != nullptr ||
+                            eventAs<trace::KeyStatusChange>(play) != nullptr;
   if (history.mustRefuse && isDismissing) {
     return "it goes through with " + number(history.timeLeft) + " s left";
   }
   const bool isEarly = history.timeLeft > expirationTimeStep && !play.now().skipMode;
-  if (eventAs<trace::Ticked>(play) != nullptr && isEarly && history.coverStepCount > 0) {
+  if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.coverStepCount > 0) {
     return "a tick dismisses with " + number(history.timeLeft) + " s left";
   }
   return "";
@@ -78,7 +78,7 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   const bool mayBeStopped = history.hasCalledDidDisappear ||
                             (history.hasCalledCanDisappear && before <= expirationTimeStep);
   const bool isNewInterval = history.step == "request" && now == play.now().interval;
-  if (eventAs<trace::Ticked>(play) != nullptr) {
+  if (eventAs<trace::Tick>(play) != nullptr) {
     const bool isOneStepLess = now == before - expirationTimeStep;
     const bool isStoppedBeforeTick = mayBeStopped && now == 0.0 - expirationTimeStep;
     const bool isZero = before == 0.0 && now == 0.0;

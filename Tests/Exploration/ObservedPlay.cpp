@@ -158,8 +158,8 @@ void ObservedPlay::check(Invariant::When when) {
   }
 }
 
-void ObservedPlay::note(const host::trace::StepStarted& started) {
-  history_.step = started.name;
+void ObservedPlay::note(const host::trace::StepStart& step) {
+  history_.step = step.name;
   for (std::size_t index = 0; index < styleExceptions().size(); ++index) {
     if (styleExceptions()[index].isCausedBy(*this, *step_)) {
       history_.styleExceptions.set(index);
@@ -174,18 +174,18 @@ void ObservedPlay::note(const host::trace::StepStarted& started) {
                         now_.timeLeft > expirationTimeStep;
 }
 
-void ObservedPlay::note(const host::trace::ContentDataAnswered& answered) {
-  history_.hasPlainRequest = history_.hasPlainRequest || (answered.answer && !now_.skipMode);
+void ObservedPlay::note(const host::trace::ContentDataResult& result) {
+  history_.hasPlainRequest = history_.hasPlainRequest || (result.content && !now_.skipMode);
 }
 
-void ObservedPlay::note(const host::trace::HostCalled& called) {
+void ObservedPlay::note(const host::trace::HostCall& call) {
   history_.hasCalledCanDisappear =
-      history_.hasCalledCanDisappear || called.operation == host::ViewOperation::CanDisappear;
+      history_.hasCalledCanDisappear || call.operation == host::ViewOperation::CanDisappear;
   history_.hasCalledDidDisappear =
-      history_.hasCalledDidDisappear || called.operation == host::ViewOperation::DidDisappear;
+      history_.hasCalledDidDisappear || call.operation == host::ViewOperation::DidDisappear;
 }
 
-void ObservedPlay::note(const host::trace::EventRecorded& /*recorded*/) { ++history_.eventCount; }
+void ObservedPlay::note(const host::trace::RecordedEvent& /*event*/) { ++history_.eventCount; }
 
 void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
 
@@ -214,17 +214,17 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
 
 // Computes from the key change only whether a required window is away, because the manager is
 // notified later.
-void ObservedPlay::note(const host::trace::KeyChanged& changed) {
-  if (changed.change == KeyChange::Becomes) {
-    std::erase(history_.keyOrder, changed.window);
-    history_.keyOrder.push_back(changed.window);
+void ObservedPlay::note(const host::trace::KeyStatusChange& change) {
+  if (change.change == KeyChange::Becomes) {
+    std::erase(history_.keyOrder, change.window);
+    history_.keyOrder.push_back(change.window);
   }
   if (NSNotificationCenter::defaultCenter().registrationCount(manager().get()) == 0) {
     return;
   }
-  const Strong<NSWindow> window = names_.window(changed.window);
+  const Strong<NSWindow> window = names_.window(change.window);
   const Strong<NSViewController> cover = controllerOf(manager()->content());
-  if (changed.change == KeyChange::Becomes) {
+  if (change.change == KeyChange::Becomes) {
     history_.isWindowAway = history_.isWindowAway && !showsCover(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {

@@ -111,11 +111,11 @@ class ObservedPlay final : private host::PlayListener {
   void checkMoment(const host::TraceEvent* event);
   void check(Invariant::When when);
   void play(const host::Step& step);
-  void note(const host::trace::StepStarted& started);
-  void note(const host::trace::ContentDataAnswered& answered);
-  void note(const host::trace::HostCalled& called);
-  void note(const host::trace::EventRecorded& recorded);
-  void note(const host::trace::KeyChanged& changed);
+  void note(const host::trace::StepStart& step);
+  void note(const host::trace::ContentDataResult& result);
+  void note(const host::trace::HostCall& call);
+  void note(const host::trace::RecordedEvent& event);
+  void note(const host::trace::KeyStatusChange& change);
   void note(const host::trace::CoverStep& step);
   template <class Other>
   void note(const Other& /*other*/) {}

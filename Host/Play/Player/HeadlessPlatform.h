@@ -7,8 +7,8 @@
 namespace vel::host {
 
 /// Runs the application on the headless window system in virtual time, which starts at 0. The
-/// library is in its initial state. The destructor ends all that is open or scheduled. Only one may
-/// exist at a time. Main thread.
+/// library is in its initial state. The destructor closes all windows and removes all scheduled
+/// work. Only one may exist at a time. Main thread.
 class HeadlessPlatform : private NonCopyable {
  public:
   explicit HeadlessPlatform(NSOperatingSystemVersion version);

@@ -21,15 +21,15 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
   manager_ = LaunchScreenManager::init();
   mainContent_ = manager_->content();
   broker_ = make<HostBroker>([this](const Strong<ContentResolver>& resolver) {
-    trace::Registered registered;
+    trace::Registration registration;
     for (const Strong<NSString>& engine : resolver->supportedEngines()) {
-      registered.engines.emplace_back(engine->UTF8String());
+      registration.engines.emplace_back(engine->UTF8String());
     }
-    report(std::move(registered));
+    report(std::move(registration));
   });
   const auto stateChanged = [this](const Strong<ContentData>& data) {
-    report(trace::StateChanged{.state = data->state(),
-                               .content = contentNameOf(data.get()).value_or(ContentName::Main)});
+    report(trace::StateChange{.state = data->state(),
+                              .content = contentNameOf(data.get()).value_or(ContentName::Main)});
   };
   switch (scenario.host.resolverDelegate) {
     case ResolverDelegateKind::None:
@@ -45,9 +45,9 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
   setViewDelegate(scenario.host.viewDelegate);
 
   setPlatformObserver(this);
-  setNSLogSink([this](std::string_view text) { report(trace::Logged{std::string(text)}); });
+  setNSLogSink([this](std::string_view text) { report(trace::LogLine{std::string(text)}); });
   MetricsCenter::setSink(
-      [this](std::string_view event) { report(trace::EventRecorded{std::string(event)}); });
+      [this](std::string_view event) { report(trace::RecordedEvent{std::string(event)}); });
 }
 
 Player::~Player() {
@@ -74,17 +74,17 @@ PlayOutcome Player::play() {
       play(step);
     }
     runUntil(scenario_.end);
-    report(trace::Inspected{inspect(*manager_, names_)});
+    report(trace::InspectionReport{inspect(*manager_, names_)});
     return PlayOutcome::Ended;
   } catch (const NSCollectionMutatedError& error) {
-    report(trace::Fatal{error.what()});
+    report(trace::FatalError{error.what()});
     return PlayOutcome::CollectionMutated;
   }
 }
 
 void Player::play(const Step& step) {
   runUntil(step.at);
-  report(trace::StepStarted{step.name});
+  report(trace::StepStart{step.name});
   std::visit([this](const auto& action) { perform(action); }, step.action);
   reportState();
 }
@@ -135,7 +135,7 @@ Strong<NSWindow> Player::open(const WindowScript& script) {
 
 void Player::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
   if (target == manager_) {
-    report(trace::Ticked{manager_->launchScreenExpirationTimeLeft()});
+    report(trace::Tick{manager_->launchScreenExpirationTimeLeft()});
   }
 }
 
@@ -149,24 +149,26 @@ void Player::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step
 }
 
 void Player::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
-  report(trace::StyleMaskSet{.styleMask = styleMask, .window = names_.nameOf(window)});
+  report(trace::StyleMaskAssignment{.styleMask = styleMask, .window = names_.nameOf(window)});
 }
 
-void Player::keyChanges(NSWindow& window, KeyChange change) {
-  report(trace::KeyChanged{.change = change, .window = names_.nameOf(window)});
+void Player::keyStatusWillChange(NSWindow& window, KeyChange change) {
+  report(trace::KeyStatusChange{.change = change, .window = names_.nameOf(window)});
 }
 
 void Player::windowOpened(NSWindow& window) {
   if (window.kind() != WindowKind::Plain) {
-    report(trace::PresentationWindow{.window = names_.nameOf(window),
-                                     .change = trace::PresentationWindow::Change::Opened});
+    report(
+        trace::PresentationWindowChange{.window = names_.nameOf(window),
+                                        .change = trace::PresentationWindowChange::Change::Opened});
   }
 }
 
 void Player::windowClosed(NSWindow& window) {
   if (window.kind() != WindowKind::Plain) {
-    report(trace::PresentationWindow{.window = names_.nameOf(window),
-                                     .change = trace::PresentationWindow::Change::Closed});
+    report(
+        trace::PresentationWindowChange{.window = names_.nameOf(window),
+                                        .change = trace::PresentationWindowChange::Change::Closed});
   }
 }
 

@@ -19,12 +19,12 @@ enum class PlayOutcome : std::uint8_t {
   CollectionMutated
 };
 
-/// Plays a scenario once, as its host, on a platform of its own. Reports what happens to a
-/// listener. Main thread.
+/// Plays a scenario once, as its host, on a platform of its own. Sends the trace and the states to
+/// a listener. Main thread.
 class Player final : private PlatformObserver {
  public:
-  /// Opens the host's windows and makes the manager, without reporting it. The scenario and the
-  /// listener must outlive the player.
+  /// Opens the host's windows and makes the manager. The trace begins afterwards. The scenario and
+  /// the listener must outlive the player.
   Player(const Scenario& scenario, PlayListener& listener);
   ~Player() override;
 
@@ -42,7 +42,7 @@ class Player final : private PlatformObserver {
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
   void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
-  void keyChanges(NSWindow& window, KeyChange change) override;
+  void keyStatusWillChange(NSWindow& window, KeyChange change) override;
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
@@ -92,10 +92,10 @@ class Player final : private PlatformObserver {
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  Weak<LaunchScreenContent> mainContent_;  // also after the manager has released it
+  Weak<LaunchScreenContent> mainContent_;  // needed after the manager has released it
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   std::vector<Weak<LaunchScreenViewController>> shownCovers_;
-  std::vector<Strong<NSViewController>> presentedOver_;
+  std::vector<Strong<NSViewController>> controllersOverCover_;
 };
 
 }  // namespace vel::host

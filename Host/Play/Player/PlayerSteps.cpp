@@ -28,11 +28,11 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
   if (script) {
     viewDelegate_ = make<ScriptedViewDelegate>(
         *script, [this](const ViewDelegateScript& current, ViewOperation operation) {
-          trace::HostCalled called{.operation = operation, .answer = std::nullopt};
+          trace::HostCall call{.operation = operation, .returnValue = std::nullopt};
           if (operation == ViewOperation::CanDisappear) {
-            called.answer = current.canDisappear;
+            call.returnValue = current.canDisappear;
           }
-          report(called);
+          report(call);
           if (operation == current.deactivateDuring) {
             manager_->deactivate();
           }
@@ -61,26 +61,26 @@ Strong<LaunchScreenViewController> Player::controller() const {
 // Operations of the manager
 
 void Player::perform(const step::Activate& action) {
-  const bool answer = manager_->activate(action.broker ? broker_ : nullptr);
-  report(trace::Activated{answer});
+  const bool result = manager_->activate(action.broker ? broker_ : nullptr);
+  report(trace::Activation{result});
 }
 
 void Player::perform(const step::Request& action) {
   Strong<ContentRequest> request;
-  if (action.object == step::Request::Object::Given) {
-    request = DictionaryRequest::requestWithParameters(action.parameters);
+  if (action.parameters) {
+    request = DictionaryRequest::requestWithParameters(*action.parameters);
   }
-  Strong<ContentData> answer;
-  runOn(action.thread, [&] { answer = manager_->contentDataForContentRequest(request); });
-  if (const auto temporary = manager_->tempContent(); answer != nullptr && answer == temporary) {
+  Strong<ContentData> data;
+  runOn(action.thread, [&] { data = manager_->contentDataForContentRequest(request); });
+  if (const auto temporary = manager_->tempContent(); data != nullptr && data == temporary) {
     temporaryContents_.push_back(temporary);
   }
-  report(trace::ContentDataAnswered{contentNameOf(answer.get())});
+  report(trace::ContentDataResult{contentNameOf(data.get())});
 }
 
 void Player::perform(const step::ContentView& action) {
-  const Strong<ContentView> answer = manager_->contentViewForContentData(content(action.content));
-  report(trace::ContentViewAnswered{contentNameOf(answer.get())});
+  const Strong<ContentView> view = manager_->contentViewForContentData(content(action.content));
+  report(trace::ContentViewResult{contentNameOf(view.get())});
 }
 
 void Player::perform(const step::Present& action) {
@@ -182,19 +182,19 @@ void Player::perform(const step::ActivateApp& /*action*/) {
 void Player::perform(const step::StopModal& /*action*/) { NSApp->stopModal(); }
 
 void Player::perform(const step::PresentOver& /*action*/) {
-  const auto over = make<HostViewController>("NSViewController");
-  send(controller(), &NSViewController::presentViewControllerAsSheet, over);
-  presentedOver_.push_back(over);
+  const auto sheetController = make<HostViewController>("NSViewController");
+  send(controller(), &NSViewController::presentViewControllerAsSheet, sheetController);
+  controllersOverCover_.push_back(sheetController);
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // Dismisses the newest controller that is still presented. Its own operation does it: the cover's
-  // operation may refuse.
-  while (!presentedOver_.empty()) {
-    const Strong<NSViewController> over = presentedOver_.back();
-    presentedOver_.pop_back();
-    if (over->view()->window() != nullptr) {
-      over->dismissViewController(over);
+  // Dismisses the newest controller that is still presented. Calls the operation of that
+  // controller, because the operation of the cover may refuse.
+  while (!controllersOverCover_.empty()) {
+    const Strong<NSViewController> sheetController = controllersOverCover_.back();
+    controllersOverCover_.pop_back();
+    if (sheetController->view()->window() != nullptr) {
+      sheetController->dismissViewController(sheetController);
       return;
     }
   }
@@ -203,7 +203,7 @@ void Player::perform(const step::DismissOver& /*action*/) {
 void Player::perform(const step::RunLoopMode& action) { NSApp->setRunLoopMode(action.mode); }
 
 void Player::perform(const step::Inspect& /*action*/) {
-  report(trace::Inspected{inspect(*manager_, names_)});
+  report(trace::InspectionReport{inspect(*manager_, names_)});
 }
 
 }  // namespace vel::host

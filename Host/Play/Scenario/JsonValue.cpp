@@ -61,7 +61,7 @@ double JsonValue::numberOrWord() const {
 std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) const {
   if (isPresent() && json_->is_number_integer()) {
     const auto number = json_->get<std::int64_t>();
-    // The conversion makes an unsigned number beyond the signed range negative.
+    // An unsigned number beyond the signed range becomes negative in the conversion.
     const bool isInSignedRange = !json_->is_number_unsigned() || number >= 0;
     if (isInSignedRange && number >= minimum && number <= maximum) {
       return number;
@@ -96,8 +96,8 @@ JsonMembers::JsonMembers(JsonValue object, std::string_view expected) : object_(
 
 JsonValue JsonMembers::operator[](std::string_view name) {
   knownNames_.push_back(name);
-  const auto found = object_.json().find(name);
-  return {found == object_.json().end() ? nullptr : &*found, object_.place() / std::string(name)};
+  const auto member = object_.json().find(name);
+  return {member == object_.json().end() ? nullptr : &*member, object_.place() / std::string(name)};
 }
 
 void JsonMembers::refuseUnknown() const {

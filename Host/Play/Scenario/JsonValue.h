@@ -59,7 +59,7 @@ class JsonValue {
   Pointer place_;
 };
 
-/// The members of one object. The caller asks for each member that it knows and then calls
+/// The members of one object. The caller reads each member that it knows and then calls
 /// `refuseUnknown`.
 class JsonMembers {
  public:
@@ -85,7 +85,7 @@ class JsonMembers {
     }
   }
 
-  /// Throws a ScenarioError for the first member that the caller has not asked for.
+  /// Throws a ScenarioError for the first member that the caller has not read.
   void refuseUnknown() const;
 
  private:

@@ -19,7 +19,7 @@
 
 namespace vel::host {
 
-/// One of the host's windows.
+/// A window that the host opens.
 struct WindowScript {
   std::string name;
   std::string className = "PlayerWindow";
@@ -114,10 +114,8 @@ struct Activate {
   bool broker = true;
 };
 struct Request {
-  enum class Object : std::uint8_t { None, Given };
-  Object object = Object::None;
-  /// The parameters of a given object; may be null.
-  Strong<NSDictionary> parameters;
+  /// `std::nullopt` for a null request. Null for a request without parameters.
+  std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;
 };
 struct ContentView {
@@ -202,7 +200,7 @@ struct Scenario {
 };
 
 /// The prefixes of the names of windows that presentations open. A number from 1 follows.
-inline constexpr std::string_view kModalWindowName = "modal-";
-inline constexpr std::string_view kSheetName = "sheet-";
+inline constexpr std::string_view kModalWindowPrefix = "modal-";
+inline constexpr std::string_view kSheetPrefix = "sheet-";
 
 }  // namespace vel::host

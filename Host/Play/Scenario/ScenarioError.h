@@ -9,7 +9,7 @@ namespace vel::host {
 /// Thrown if a text is not a scenario. `what` is one line: the place and what was expected there.
 class ScenarioError : public std::runtime_error {
  public:
-  /// `place` is a JSON pointer; an empty one stands for the whole document.
+  /// `place` is a JSON pointer; an empty pointer means the whole document.
   ScenarioError(const std::string& place, std::string_view expected);
 };
 

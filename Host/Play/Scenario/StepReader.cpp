@@ -26,7 +26,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
     return 0;
   }
   std::uint64_t number =
-      std::numeric_limits<std::uint64_t>::max();  // kept if the number is greater
+      std::numeric_limits<std::uint64_t>::max();  // stays if the number is too large
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
 }
@@ -59,7 +59,7 @@ CGRect readFrame(const JsonValue& value) {
   return CGRectMake(parts[0].number(), parts[1].number(), parts[2].number(), parts[3].number());
 }
 
-/// What the function that reads the members of a step needs.
+/// The arguments of the functions that read the members of a step.
 struct StepContext {
   JsonMembers& members;
   KnownWindowNames& names;
@@ -89,7 +89,6 @@ Strong<NSDictionary> readParameters(const JsonValue& value) {
 StepAction readRequest(const StepContext& context) {
   step::Request action;
   if (const JsonValue parameters = context.members["parameters"]; parameters.isPresent()) {
-    action.object = step::Request::Object::Given;
     action.parameters = readParameters(parameters);
   }
   context.members.readInto(action.thread, "thread", kStepThreads);
@@ -223,7 +222,8 @@ constexpr NamedValue<StepReader> kSteps[] = {
 
 std::string KnownWindowNames::add(const JsonValue& name) {
   std::string text = name.text("the window's name");
-  if (presentationNumber(text, kModalWindowName) > 0 || presentationNumber(text, kSheetName) > 0) {
+  if (presentationNumber(text, kModalWindowPrefix) > 0 ||
+      presentationNumber(text, kSheetPrefix) > 0) {
     name.refuse("a name that is not reserved for presentations");
   }
   if (!hostWindows_.insert(text).second) {
@@ -241,10 +241,10 @@ void KnownWindowNames::addPresentation(std::int32_t mode) {
 }
 
 bool KnownWindowNames::isKnown(std::string_view name) const {
-  if (const std::uint64_t number = presentationNumber(name, kModalWindowName); number > 0) {
+  if (const std::uint64_t number = presentationNumber(name, kModalWindowPrefix); number > 0) {
     return number <= modalWindows_;
   }
-  if (const std::uint64_t number = presentationNumber(name, kSheetName); number > 0) {
+  if (const std::uint64_t number = presentationNumber(name, kSheetPrefix); number > 0) {
     return number <= sheets_;
   }
   return hostWindows_.contains(name);

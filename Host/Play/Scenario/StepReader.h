@@ -18,7 +18,7 @@ class KnownWindowNames {
   /// Reads and adds the name of a window of the host. Throws a ScenarioError if the name is known
   /// already or is reserved for presentations.
   std::string add(const JsonValue& name);
-  /// Adds the name of a window that the scenario leaves out.
+  /// Adds the name of the default window, which the scenario does not describe.
   void addDefault(const std::string& name) { hostWindows_.insert(name); }
   /// Adds the window of a presentation in this mode of the host.
   void addPresentation(std::int32_t mode);

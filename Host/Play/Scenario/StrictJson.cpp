@@ -15,11 +15,11 @@ using Json = nlohmann::json;
 
 using Pointer = Json::json_pointer;
 
-// The library's error id for a number that is out of range.
+// The JSON library's error id for a number that is out of range.
 constexpr int kNumberOutOfRange = 406;
 
-/// Builds the document from the parser's calls. The library's own builder accepts duplicate members
-/// and does not know the place of an error.
+/// Builds the document from the parser's calls. The JSON library's own builder accepts
+/// duplicate members and does not know the place of an error.
 class DocumentBuilder final : public nlohmann::json_sax<Json> {
  public:
   explicit DocumentBuilder(std::string_view text) : text_(text) {}
@@ -112,8 +112,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return place;
   }
 
-  // The place of the current value. Where the name of a member is expected, the place of the
-  // object.
+  // The place of the current value. If the name of a member is expected, the place of the object.
   [[nodiscard]] Pointer place() const {
     if (open_.empty()) {
       return Pointer();
@@ -128,7 +127,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   Json document_;
   // The containers that are not closed yet, from the outermost to the innermost.
   std::vector<Json*> open_;
-  // For each of them, the name of its latest member; empty for an array.
+  // For each open container, the name of its latest member; empty for an array.
   std::vector<std::string> keys_;
   bool expectsValue_ = false;
 };
@@ -138,7 +137,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 nlohmann::json parseStrictJson(std::string_view text) {
   DocumentBuilder builder(text);
   Json::sax_parse(text.begin(), text.end(), &builder);
-  // The parser takes a zero byte for the end of the text.
+  // The parser treats a zero byte as the end of the text.
   if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
     builder.throwMalformed(zero);
   }

@@ -7,7 +7,7 @@ namespace vel::host {
 
 namespace {
 
-// Rounds to a hundredth of a pixel, to keep the picture short.
+// Rounds to a hundredth of a pixel, to keep the file small.
 std::string number(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2f", value);
@@ -27,7 +27,7 @@ bool isValidInXml(std::string_view rest) {
          !rest.starts_with(kNoncharacters[1]);
 }
 
-std::string escaped(std::string_view text) {
+std::string escape(std::string_view text) {
   std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const std::string_view rest = text.substr(at);
@@ -53,28 +53,28 @@ std::string attribute(std::string_view name, double value) {
   return std::string(" ").append(name).append("=\"").append(number(value)).append("\"");
 }
 
-std::string opening(std::string_view element, std::string_view look) {
-  return std::string("<").append(element).append(" class=\"").append(look).append("\"");
+std::string openingTag(std::string_view element, std::string_view styleClass) {
+  return std::string("<").append(element).append(" class=\"").append(styleClass).append("\"");
 }
 
 }  // namespace
 
-void Svg::rect(std::string_view look, const PictureRect& rect) {
-  elements_ += opening("rect", look) + attribute("x", rect.x) + attribute("y", rect.y) +
+void Svg::rect(std::string_view styleClass, const PictureRect& rect) {
+  elements_ += openingTag("rect", styleClass) + attribute("x", rect.x) + attribute("y", rect.y) +
                attribute("width", rect.width) + attribute("height", rect.height) + "/>\n";
 }
 
-void Svg::line(std::string_view look, PicturePoint from, PicturePoint to) {
-  path(look, {from, to});
+void Svg::line(std::string_view styleClass, PicturePoint from, PicturePoint to) {
+  path(styleClass, {from, to});
 }
 
-void Svg::dot(std::string_view look, PicturePoint center, double radius) {
-  elements_ += opening("circle", look) + attribute("cx", center.x) + attribute("cy", center.y) +
-               attribute("r", radius) + "/>\n";
+void Svg::dot(std::string_view styleClass, PicturePoint center, double radius) {
+  elements_ += openingTag("circle", styleClass) + attribute("cx", center.x) +
+               attribute("cy", center.y) + attribute("r", radius) + "/>\n";
 }
 
-void Svg::path(std::string_view look, const std::vector<PicturePoint>& points) {
-  elements_ += opening("path", look) + " d=\"";
+void Svg::path(std::string_view styleClass, const std::vector<PicturePoint>& points) {
+  elements_ += openingTag("path", styleClass) + " d=\"";
   for (const PicturePoint& point : points) {
     elements_ += &point == points.data() ? "M" : "L";
     elements_ += number(point.x) + " " + number(point.y);
@@ -82,12 +82,12 @@ void Svg::path(std::string_view look, const std::vector<PicturePoint>& points) {
   elements_ += "\"/>\n";
 }
 
-void Svg::text(std::string_view look, PicturePoint at, Anchor anchor, std::string_view text) {
-  elements_ += opening("text", look) + attribute("x", at.x) + attribute("y", at.y);
+void Svg::text(std::string_view styleClass, PicturePoint at, Anchor anchor, std::string_view text) {
+  elements_ += openingTag("text", styleClass) + attribute("x", at.x) + attribute("y", at.y);
   if (anchor != Anchor::Start) {
     elements_ += anchor == Anchor::Middle ? " text-anchor=\"middle\"" : " text-anchor=\"end\"";
   }
-  elements_ += ">" + escaped(text) + "</text>\n";
+  elements_ += ">" + escape(text) + "</text>\n";
 }
 
 std::string Svg::picture(double width, double height, std::string_view name,
@@ -95,7 +95,7 @@ std::string Svg::picture(double width, double height, std::string_view name,
   std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
   svg += attribute("width", width) + attribute("height", height);
   svg += " viewBox=\"0 0 " + number(width) + " " + number(height) + "\"";
-  svg += R"( role="img" aria-label=")" + escaped(name) + "\">\n<style>\n";
+  svg += R"( role="img" aria-label=")" + escape(name) + "\">\n<style>\n";
   return svg.append(styleSheet).append("</style>\n").append(elements_).append("</svg>\n");
 }
 

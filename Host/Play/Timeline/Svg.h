@@ -19,18 +19,18 @@ struct PictureRect {
   double height = 0;
 };
 
-/// The elements of a picture, in drawing order. `look` is the class of an element in the style
-/// sheet. Special characters in texts are escaped.
+/// The elements of a picture, in drawing order. `styleClass` is the class of an element in
+/// the style sheet. Special characters in texts are escaped.
 class Svg {
  public:
   enum class Anchor : unsigned char { Start, Middle, End };
 
-  void rect(std::string_view look, const PictureRect& rect);
-  void line(std::string_view look, PicturePoint from, PicturePoint to);
-  void dot(std::string_view look, PicturePoint center, double radius);
-  void path(std::string_view look, const std::vector<PicturePoint>& points);
+  void rect(std::string_view styleClass, const PictureRect& rect);
+  void line(std::string_view styleClass, PicturePoint from, PicturePoint to);
+  void dot(std::string_view styleClass, PicturePoint center, double radius);
+  void path(std::string_view styleClass, const std::vector<PicturePoint>& points);
   /// `at` is a point on the baseline of the text.
-  void text(std::string_view look, PicturePoint at, Anchor anchor, std::string_view text);
+  void text(std::string_view styleClass, PicturePoint at, Anchor anchor, std::string_view text);
 
   /// Appends the elements of another picture.
   void add(const Svg& other) { elements_ += other.elements_; }

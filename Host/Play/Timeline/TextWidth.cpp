@@ -17,10 +17,10 @@ constexpr std::uint16_t kAsciiWidths[] = {
 constexpr double kOtherWidth = 1500;
 constexpr std::string_view kEllipsis = "\u2026";
 
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 double widthOf(char byte) {
-  if (isContinuation(byte)) {
+  if (isContinuationByte(byte)) {
     return 0;  // the first byte of the character has the width
   }
   return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kOtherWidth;
@@ -36,7 +36,7 @@ double textWidth(std::string_view text, double fontSize) {
   return width / kThousandths * fontSize;
 }
 
-std::string shortened(std::string_view text, double fontSize, double width) {
+std::string shorten(std::string_view text, double fontSize, double width) {
   if (textWidth(text, fontSize) <= width) {
     return std::string(text);
   }
@@ -51,7 +51,7 @@ std::string shortened(std::string_view text, double fontSize, double width) {
     ++end;
   }
   // Do not cut inside a character.
-  while (end > 0 && end < text.size() && isContinuation(text[end])) {
+  while (end > 0 && end < text.size() && isContinuationByte(text[end])) {
     ++end;
   }
   return std::string(text.substr(0, end)).append(kEllipsis);

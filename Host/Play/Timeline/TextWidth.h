@@ -12,6 +12,6 @@ namespace vel::host {
 [[nodiscard]] double textWidth(std::string_view text, double fontSize);
 
 /// Returns the text if it fits into the width. Otherwise cuts it off and appends an ellipsis.
-[[nodiscard]] std::string shortened(std::string_view text, double fontSize, double width);
+[[nodiscard]] std::string shorten(std::string_view text, double fontSize, double width);
 
 }  // namespace vel::host

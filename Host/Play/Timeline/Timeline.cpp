@@ -23,10 +23,10 @@ double slopeOf(const CountdownStretch& stretch) {
          secondsFromNanoseconds(stretch.span.to - stretch.span.from);
 }
 
-// True if the stretch continues the previous one.
-bool continues(const CountdownStretch& before, const CountdownStretch& stretch) {
-  return before.countsDown == stretch.countsDown && before.span.to == stretch.span.from &&
-         before.leftAfter == stretch.leftBefore;
+// True if `stretch` continues `previous`.
+bool isContinuation(const CountdownStretch& previous, const CountdownStretch& stretch) {
+  return previous.countsDown == stretch.countsDown && previous.span.to == stretch.span.from &&
+         previous.leftAfter == stretch.leftBefore;
 }
 
 // Adds a span, or extends the last one if they touch.
@@ -54,13 +54,13 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// Returns the text of a complaint in the log, or `std::nullopt` for another line.
-std::optional<std::string> complaintIn(std::string_view logged) {
+// Returns the reason in a log line that reports a refusal, or `std::nullopt` for another log line.
+std::optional<std::string> refusalIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
-  const std::size_t start = logged.find(kSeparator);
+  const std::size_t start = logLine.find(kSeparator);
   return start == std::string_view::npos
              ? std::nullopt
-             : std::optional<std::string>(logged.substr(start + kSeparator.size()));
+             : std::optional<std::string>(logLine.substr(start + kSeparator.size()));
 }
 
 }  // namespace
@@ -69,55 +69,57 @@ class Timeline::Marker {
  public:
   explicit Marker(Timeline& timeline) : timeline_(timeline) {}
 
-  void operator()(const trace::StepStarted& step) {
+  void operator()(const trace::StepStart& step) {
     if (step.name != "inspect" && step.name != "request") {  // a request is marked with its result
       timeline_.addMark(TimelineLane::Script, std::string(step.name));
     }
   }
-  void operator()(const trace::Activated& activated) {
-    if (!activated.answer) {
+  void operator()(const trace::Activation& activation) {
+    if (!activation.result) {
       timeline_.addMark(TimelineLane::Refusal, "not activated");
     }
   }
-  void operator()(const trace::ContentDataAnswered& data) {
+  void operator()(const trace::ContentDataResult& data) {
     std::string_view text = "refused";
-    if (data.answer) {
-      text = *data.answer == ContentName::Main ? "main content" : "temporary content";
+    if (data.content) {
+      text = *data.content == ContentName::Main ? "main content" : "temporary content";
     }
     timeline_.addMark(TimelineLane::Request, std::string(text));
   }
-  void operator()(const trace::Logged& logged) {
-    if (auto text = complaintIn(logged.text)) {
+  void operator()(const trace::LogLine& log) {
+    if (auto text = refusalIn(log.text)) {
       timeline_.addMark(TimelineLane::Refusal, std::move(*text));
     }
   }
-  void operator()(const trace::StateChanged& change) {
+  void operator()(const trace::StateChange& change) {
     if (change.state == ContentDataStateFailed) {
       timeline_.addMark(TimelineLane::Refusal, "content failed");
     }
   }
-  void operator()(const trace::HostCalled& called) {
-    std::string text(nameOf(called.operation, kViewOperations));
-    if (called.answer) {
-      text += *called.answer ? " yes" : " no";
+  void operator()(const trace::HostCall& call) {
+    std::string text(nameOf(call.operation, kViewOperations));
+    if (call.returnValue) {
+      text += *call.returnValue ? " yes" : " no";
       timeline_.isDismissalRequested_ = true;
     }
     timeline_.addMark(TimelineLane::HostCall, std::move(text));
   }
-  void operator()(const trace::EventRecorded& event) {
+  void operator()(const trace::RecordedEvent& event) {
     timeline_.addMark(TimelineLane::Event, event.name);
   }
-  void operator()(const trace::Ticked& tick) {
+  void operator()(const trace::Tick& tick) {
     if (tick.timeLeft < 0) {  // the time is up, so the library dismisses the cover
       timeline_.isDismissalRequested_ = true;
     }
   }
-  void operator()(const trace::StyleMaskSet& set) {
-    if (timeline_.styledWindow_ == set.window) {  // several changes in a row: keep only the last
+  void operator()(const trace::StyleMaskAssignment& assignment) {
+    if (timeline_.styledWindow_ ==
+        assignment.window) {  // several changes in a row: keep only the last
       timeline_.marks_.pop_back();
     }
-    timeline_.addMark(TimelineLane::WindowStyle, set.window + ": " + controlsText(set.styleMask));
-    timeline_.styledWindow_ = set.window;
+    timeline_.addMark(TimelineLane::WindowStyle,
+                      assignment.window + ": " + controlsText(assignment.styleMask));
+    timeline_.styledWindow_ = assignment.window;
   }
   void operator()(const trace::CoverStep& step) {
     if (step.step == LifeCycleStep::DidDisappear) {
@@ -125,7 +127,7 @@ class Timeline::Marker {
       timeline_.isDismissed_ = true;
     }
   }
-  void operator()(const trace::Fatal& /*fatal*/) {
+  void operator()(const trace::FatalError& /*error*/) {
     timeline_.addMark(TimelineLane::Refusal, "the play stopped early");
   }
   void operator()(const auto& /*event*/) {}
@@ -136,7 +138,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
-  if (!std::holds_alternative<trace::StyleMaskSet>(line.event) ||
+  if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();
   }
@@ -161,12 +163,12 @@ void Timeline::addMark(TimelineLane lane, std::string text) {
   marks_.push_back({.time = end_, .lane = lane, .text = std::move(text)});
 }
 
-void Timeline::extendSpans(const PlayState& before, const PlayState& now) {
-  const TimeSpan span{.from = before.time, .to = now.time};
-  if (before.isCovered) {
-    extend(covered_, span);
+void Timeline::extendSpans(const PlayState& previous, const PlayState& current) {
+  const TimeSpan span{.from = previous.time, .to = current.time};
+  if (previous.isCovered) {
+    extend(coveredSpans_, span);
   }
-  if (const auto& key = before.keyWindow) {
+  if (const auto& key = previous.keyWindow) {
     auto entry = std::ranges::find(keyWindows_, *key, &KeyWindowSpans::window);
     if (entry == keyWindows_.end()) {
       entry = keyWindows_.insert(entry, {.window = *key, .spans = {}});
@@ -174,25 +176,26 @@ void Timeline::extendSpans(const PlayState& before, const PlayState& now) {
     extend(entry->spans, span);
   }
   // Without a countdown, the time left stays constant and changes only at the end of the stretch.
-  const double leftAfter = before.countsDown ? std::max(now.timeLeft, 0.0) : before.timeLeft;
-  if (before.timeLeft > 0 && std::isfinite(before.timeLeft) && std::isfinite(leftAfter)) {
+  const double leftAfter =
+      previous.countsDown ? std::max(current.timeLeft, 0.0) : previous.timeLeft;
+  if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(leftAfter)) {
     extendCountdown({.span = span,
-                     .leftBefore = before.timeLeft,
+                     .leftBefore = previous.timeLeft,
                      .leftAfter = leftAfter,
-                     .countsDown = before.countsDown});
+                     .countsDown = previous.countsDown});
   }
 }
 
 void Timeline::extendCountdown(CountdownStretch stretch) {
   // The time left changes only at a tick, but is drawn as a sloping line between ticks. So a
-  // constant stretch inside a tick is merged with the next stretch.
-  if (!countdown_.empty() && continues(countdown_.back(), stretch) &&
+  // constant stretch between two ticks is merged with the next stretch.
+  if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
       countdown_.back().leftBefore == countdown_.back().leftAfter &&
       stretch.span.to - countdown_.back().span.from <= kTickInterval) {
     stretch.span.from = countdown_.back().span.from;
     countdown_.pop_back();
   }
-  if (!countdown_.empty() && continues(countdown_.back(), stretch) &&
+  if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
       std::abs(slopeOf(countdown_.back()) - slopeOf(stretch)) < kSlopeTolerance) {
     countdown_.back().span.to = stretch.span.to;
     countdown_.back().leftAfter = stretch.leftAfter;

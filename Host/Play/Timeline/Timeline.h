@@ -57,8 +57,8 @@ class Timeline final : public PlayListener {
   [[nodiscard]] const std::vector<TimelineMark>& marks() const { return marks_; }
   /// In the order in which the windows first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
-  [[nodiscard]] const std::vector<TimeSpan>& covered() const { return covered_; }
-  /// Without the spans in which no time is left.
+  [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
+  /// Leaves out the spans in which no time is left.
   [[nodiscard]] const std::vector<CountdownStretch>& countdown() const { return countdown_; }
   /// The end of the play.
   [[nodiscard]] Nanoseconds end() const { return end_; }
@@ -68,19 +68,20 @@ class Timeline final : public PlayListener {
   class Marker;
 
   void addMark(TimelineLane lane, std::string text);
-  void extendSpans(const PlayState& before, const PlayState& now);
+  void extendSpans(const PlayState& previous, const PlayState& current);
   void extendCountdown(CountdownStretch stretch);
 
   std::vector<TimelineMark> marks_;
   std::vector<KeyWindowSpans> keyWindows_;
-  std::vector<TimeSpan> covered_;
+  std::vector<TimeSpan> coveredSpans_;
   std::vector<CountdownStretch> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> state_;
   // The window of the latest mark, if that mark is a window style.
   std::optional<std::string> styledWindow_;
-  // Since the latest state: true if a dismissal was requested, and if it happened.
+  // True if a dismissal was requested since the latest state.
   bool isDismissalRequested_ = false;
+  // True if the cover was dismissed since the latest state.
   bool isDismissed_ = false;
 };
 

@@ -33,12 +33,12 @@ constexpr std::string_view kStyleSheet = R"(text{font:13px "DejaVu Sans",Verdana
 }
 )";
 
-struct LaneLook {
+struct LaneStyle {
   TimelineLane lane;
-  std::string_view look;
+  std::string_view styleClass;
   std::string_view name;
 };
-constexpr LaneLook kLanes[] = {
+constexpr LaneStyle kLanes[] = {
     {TimelineLane::Request, "Request", "request"},
     {TimelineLane::Script, "Script", "host and user"},
     {TimelineLane::HostCall, "HostCall", "host is called"},
@@ -109,9 +109,9 @@ class Drawing {
     for (const KeyWindowSpans& key : timeline_.keyWindows()) {
       drawBand(key.window + " is key", "key", key.spans);
     }
-    drawBand("covered", "cover", timeline_.covered());
+    drawBand("covered", "cover", timeline_.coveredSpans());
     drawCountdown();
-    for (const LaneLook& lane : kLanes) {
+    for (const LaneStyle& lane : kLanes) {
       drawMarks(lane);
     }
     // The background and the grid are drawn first, but their height is known only now.
@@ -130,14 +130,14 @@ class Drawing {
   }
   [[nodiscard]] double xOf(Nanoseconds time) const { return xOf(secondsFromNanoseconds(time)); }
 
-  void drawText(std::string_view look, PicturePoint middle, Svg::Anchor anchor,
+  void drawText(std::string_view styleClass, PicturePoint middle, Svg::Anchor anchor,
                 std::string_view text) {
-    svg_.text(look, {middle.x, middle.y + kBaselineOffset}, anchor, text);
+    svg_.text(styleClass, {middle.x, middle.y + kBaselineOffset}, anchor, text);
   }
 
   void drawHead() {
     drawText("title", {kMargin, kMargin + kTitleSize / 2}, Svg::Anchor::Start,
-             shortened(title_, kTitleSize, kWidth - 2 * kMargin));
+             shorten(title_, kTitleSize, kWidth - 2 * kMargin));
     const double middle = kMargin + kTitleSize + kRowHeight;
     drawText("quiet", {kMargin, middle}, Svg::Anchor::Start, "time");
     for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
@@ -154,7 +154,7 @@ class Drawing {
     svg_.line("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
     const double middle = bottom_ + kLanePadding + kRowHeight / 2;
     drawText("name", {kMargin, middle}, Svg::Anchor::Start,
-             shortened(name, kFontSize, kLeft - kMargin - 2 * kMarkRadius));
+             shorten(name, kFontSize, kLeft - kMargin - 2 * kMarkRadius));
     return middle;
   }
 
@@ -162,13 +162,14 @@ class Drawing {
     drawText("quiet label", {kLeft + kLabelGap, middle}, Svg::Anchor::Start, "none");
   }
 
-  void drawBand(std::string_view name, std::string_view look, const std::vector<TimeSpan>& spans) {
+  void drawBand(std::string_view name, std::string_view styleClass,
+                const std::vector<TimeSpan>& spans) {
     const double middle = beginLane(name);
     for (const TimeSpan& span : spans) {
-      svg_.rect(look, {.x = xOf(span.from),
-                       .y = middle - kBandHeight / 2,
-                       .width = xOf(span.to) - xOf(span.from),
-                       .height = kBandHeight});
+      svg_.rect(styleClass, {.x = xOf(span.from),
+                             .y = middle - kBandHeight / 2,
+                             .width = xOf(span.to) - xOf(span.from),
+                             .height = kBandHeight});
     }
     if (spans.empty()) {
       drawEmptyLane(middle);
@@ -194,7 +195,7 @@ class Drawing {
       drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
     }
     drawText("quiet label", {kLeft + kLabelGap, head}, Svg::Anchor::Start,
-             "falls while it counts, dashed while it waits");
+             "solid: counting down, dashed: paused");
     // Adjacent stretches of one kind are drawn as one path.
     for (auto stretch = countdown.begin(); stretch != countdown.end();) {
       const bool countsDown = stretch->countsDown;
@@ -212,22 +213,22 @@ class Drawing {
     bottom_ = bottom + kRowHeight / 2 + kLanePadding;
   }
 
-  void drawMarks(const LaneLook& lane) {
+  void drawMarks(const LaneStyle& lane) {
     const double middle = beginLane(lane.name);
     LabelLayout layout(kWidth - kMargin / 2, kMarkRadius, kLabelGap);
     for (const TimelineMark& mark : timeline_.marks()) {
       if (mark.lane != lane.lane) {
         continue;
       }
-      const std::string text = shortened(mark.text, kFontSize, kLongestLabel);
+      const std::string text = shorten(mark.text, kFontSize, kLongestLabel);
       const double x = xOf(mark.time);
       const LabelPlace place = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
       const double y = middle + static_cast<double>(place.row) * kRowHeight;
-      const bool toTheRight = place.side == LabelPlace::Side::Right;
+      const bool isToTheRight = place.side == LabelPlace::Side::Right;
       const double distance = kMarkRadius + kLabelDistance;
-      svg_.dot(lane.look, {x, y}, kMarkRadius);
-      drawText("label", {toTheRight ? x + distance : x - distance, y},
-               toTheRight ? Svg::Anchor::Start : Svg::Anchor::End, text);
+      svg_.dot(lane.styleClass, {x, y}, kMarkRadius);
+      drawText("label", {isToTheRight ? x + distance : x - distance, y},
+               isToTheRight ? Svg::Anchor::Start : Svg::Anchor::End, text);
     }
     if (layout.rows() == 0) {
       drawEmptyLane(middle);
@@ -240,7 +241,7 @@ class Drawing {
   std::string title_;
   double seconds_;
   Svg svg_;
-  double bottom_ = 0;  // of the elements drawn so far
+  double bottom_ = 0;  // the bottom edge of the elements drawn so far
 };
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace vel::host {
 /// The state of a play at one moment.
 struct PlayState {
   Nanoseconds time = 0;
-  /// Seconds.
+  /// In seconds.
   double timeLeft = 0;
   bool countsDown = false;
   /// True if a cover of the library is on screen.
@@ -19,15 +19,15 @@ struct PlayState {
   std::optional<std::string> keyWindow;
 };
 
-/// Receives what happens in a play.
+/// Receives the trace and the states of a play.
 class PlayListener : private NonCopyable {
  public:
   PlayListener() = default;
   virtual ~PlayListener() = default;
 
-  /// A background thread may call this while the main thread waits for it.
+  /// A background thread may call this while the main thread waits for that thread.
   virtual void traceLineAdded(const TraceLine& line) = 0;
-  /// Called after each step, and whenever all work that was due at a moment is done.
+  /// Called after each step, and after all work that was due at one time.
   virtual void stateReached(const PlayState& state) = 0;
 };
 

@@ -39,48 +39,50 @@ class LineWriter {
  public:
   LineWriter(std::string& text, JsonObject& line) : text_(text), line_(line) {}
 
-  void operator()(const trace::StepStarted& step) { line_.member("do", step.name); }
-  void operator()(const trace::Activated& activated) { writeAnswer("activate:", activated.answer); }
-  void operator()(const trace::ContentDataAnswered& data) {
-    writeAnswer("contentDataForContentRequest:", contentName(data.answer));
+  void operator()(const trace::StepStart& step) { line_.member("do", step.name); }
+  void operator()(const trace::Activation& activation) {
+    writeAnswer("activate:", activation.result);
   }
-  void operator()(const trace::ContentViewAnswered& view) {
-    writeAnswer("contentViewForContentData:", contentName(view.answer));
+  void operator()(const trace::ContentDataResult& data) {
+    writeAnswer("contentDataForContentRequest:", contentName(data.content));
   }
-  void operator()(const trace::Registered& registered) {
-    line_.member("registered", registered.engines);
+  void operator()(const trace::ContentViewResult& view) {
+    writeAnswer("contentViewForContentData:", contentName(view.content));
   }
-  void operator()(const trace::Logged& logged) { line_.member("log", logged.text); }
-  void operator()(const trace::StateChanged& change) {
+  void operator()(const trace::Registration& registration) {
+    line_.member("registered", registration.engines);
+  }
+  void operator()(const trace::LogLine& log) { line_.member("log", log.text); }
+  void operator()(const trace::StateChange& change) {
     line_.member("state", change.state).member("content", nameOf(change.content, kContents));
   }
-  void operator()(const trace::HostCalled& called) {
-    line_.member("host", nameOf(called.operation, kViewOperations));
-    if (called.answer) {
-      line_.member("answer", *called.answer);
+  void operator()(const trace::HostCall& call) {
+    line_.member("host", nameOf(call.operation, kViewOperations));
+    if (call.returnValue) {
+      line_.member("answer", *call.returnValue);
     }
   }
-  void operator()(const trace::EventRecorded& event) { line_.member("event", event.name); }
-  void operator()(const trace::Ticked& tick) { line_.member("tick", tick.timeLeft); }
-  void operator()(const trace::KeyChanged& change) {
+  void operator()(const trace::RecordedEvent& event) { line_.member("event", event.name); }
+  void operator()(const trace::Tick& tick) { line_.member("tick", tick.timeLeft); }
+  void operator()(const trace::KeyStatusChange& change) {
     line_.member(change.change == KeyChange::Resigns ? "resignKey" : "becomeKey", change.window);
   }
-  void operator()(const trace::StyleMaskSet& set) {
-    line_.member("styleMask", set.styleMask).member("window", set.window);
+  void operator()(const trace::StyleMaskAssignment& assignment) {
+    line_.member("styleMask", assignment.styleMask).member("window", assignment.window);
   }
   void operator()(const trace::CoverStep& step) {
     line_.member("cover", nameOf(step.step, kLifeCycleSteps));
   }
-  void operator()(const trace::PresentationWindow& window) {
-    using Change = trace::PresentationWindow::Change;
-    line_.member("window", window.window)
-        .member("is", window.change == Change::Opened ? "opened" : "closed");
+  void operator()(const trace::PresentationWindowChange& change) {
+    using Change = trace::PresentationWindowChange::Change;
+    line_.member("window", change.window)
+        .member("is", change.change == Change::Opened ? "opened" : "closed");
   }
-  void operator()(const trace::Inspected& inspected) {
+  void operator()(const trace::InspectionReport& report) {
     line_.beginMember("inspect");
-    write(inspected.inspection);
+    write(report.inspection);
   }
-  void operator()(const trace::Fatal& fatal) { line_.member("fatal", fatal.reason); }
+  void operator()(const trace::FatalError& error) { line_.member("fatal", error.reason); }
 
  private:
   template <class Value>

@@ -1,4 +1,4 @@
-// The lines of a trace: what happened in a play.
+// The lines of the trace that a play prints.
 #pragma once
 
 #include <cstdint>
@@ -18,71 +18,75 @@ namespace vel::host {
 /// The events of a trace, one struct for each kind.
 namespace trace {
 
-struct StepStarted {
+struct StepStart {
   std::string_view name;
 };
-struct Activated {
-  bool answer = false;
+/// The return value of `activate:`.
+struct Activation {
+  bool result = false;
 };
-struct ContentDataAnswered {
-  std::optional<ContentName> answer;
+/// The content that `contentDataForContentRequest:` returned. No value for null.
+struct ContentDataResult {
+  std::optional<ContentName> content;
 };
-struct ContentViewAnswered {
-  std::optional<ContentName> answer;
+/// The content whose view `contentViewForContentData:` returned. No value for null.
+struct ContentViewResult {
+  std::optional<ContentName> content;
 };
-struct Registered {
+/// The resolver was registered for these engines.
+struct Registration {
   std::vector<std::string> engines;
 };
-struct Logged {
+struct LogLine {
   std::string text;
 };
-struct StateChanged {
+struct StateChange {
   std::uint64_t state = 0;
   ContentName content = ContentName::Main;
 };
-struct HostCalled {
+struct HostCall {
   ViewOperation operation = ViewOperation::WillAppear;
-  /// The return value of the host, if the operation has one.
-  std::optional<bool> answer;
+  /// The return value of the operation, if it has one.
+  std::optional<bool> returnValue;
 };
-struct EventRecorded {
+struct RecordedEvent {
   std::string name;
 };
-struct Ticked {
+struct Tick {
   double timeLeft = 0;
 };
-struct KeyChanged {
+struct KeyStatusChange {
   KeyChange change = KeyChange::Becomes;
   std::string window;
 };
-struct StyleMaskSet {
+struct StyleMaskAssignment {
   NSWindowStyleMask styleMask = 0;
   std::string window;
 };
 struct CoverStep {
   LifeCycleStep step = LifeCycleStep::WillAppear;
 };
-struct PresentationWindow {
+struct PresentationWindowChange {
   enum class Change : std::uint8_t { Opened, Closed };
   std::string window;
   Change change = Change::Opened;
 };
-struct Inspected {
+struct InspectionReport {
   Inspection inspection;
 };
-/// The play cannot continue.
-struct Fatal {
+/// An error that stops the play.
+struct FatalError {
   std::string reason;
 };
 
 }  // namespace trace
 
 using TraceEvent =
-    std::variant<trace::StepStarted, trace::Activated, trace::ContentDataAnswered,
-                 trace::ContentViewAnswered, trace::Registered, trace::Logged, trace::StateChanged,
-                 trace::HostCalled, trace::EventRecorded, trace::Ticked, trace::KeyChanged,
-                 trace::StyleMaskSet, trace::CoverStep, trace::PresentationWindow, trace::Inspected,
-                 trace::Fatal>;
+    std::variant<trace::StepStart, trace::Activation, trace::ContentDataResult,
+                 trace::ContentViewResult, trace::Registration, trace::LogLine, trace::StateChange,
+                 trace::HostCall, trace::RecordedEvent, trace::Tick, trace::KeyStatusChange,
+                 trace::StyleMaskAssignment, trace::CoverStep, trace::PresentationWindowChange,
+                 trace::InspectionReport, trace::FatalError>;
 
 struct TraceLine {
   Nanoseconds time = 0;

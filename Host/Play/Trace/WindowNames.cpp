@@ -18,9 +18,9 @@ std::string WindowNames::nameOf(NSWindow& window) {
   if (match != entries_.end()) {
     return match->name;
   }
-  const bool modal = window.kind() == WindowKind::Modal;
-  std::string name(modal ? kModalWindowName : kSheetName);
-  name += std::to_string(modal ? ++modalWindows_ : ++sheets_);
+  const bool isModal = window.kind() == WindowKind::Modal;
+  std::string name(isModal ? kModalWindowPrefix : kSheetPrefix);
+  name += std::to_string(isModal ? ++modalWindows_ : ++sheets_);
   add(namedWindow, name);
   return name;
 }

@@ -22,9 +22,9 @@ using testing::Not;
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
-  const bool refused =
+  const bool isRefused =
       linesAfter(trace, "request").back() == R"("answer":{"contentDataForContentRequest:":null}})";
-  return refused ? json() : lastInspection(trace)["configuration"]["expirationTimeInterval"];
+  return isRefused ? json() : lastInspection(trace)["configuration"]["expirationTimeInterval"];
 }
 
 // Activate, request, contentView
@@ -43,12 +43,13 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
   constexpr auto kRefused =
       R"("log":"LaunchScreenManager (-[LaunchScreenManager parseParameters:]): )"
       R"(Content request parameters is nil or empty!"})";
-  constexpr auto kNone = R"("answer":{"contentDataForContentRequest:":null}})";
-  EXPECT_THAT(linesAfter(play(R"({"do":"request"})"), "request"), ElementsAre(kRefused, kNone));
+  constexpr auto kNullResult = R"("answer":{"contentDataForContentRequest:":null}})";
+  EXPECT_THAT(linesAfter(play(R"({"do":"request"})"), "request"),
+              ElementsAre(kRefused, kNullResult));
   EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":null})"), "request"),
-              ElementsAre(kRefused, kNone));
+              ElementsAre(kRefused, kNullResult));
   EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":{}})"), "request"),
-              ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNone));
+              ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNullResult));
 }
 
 TEST(PlayStepsTest, NumbersTextsAndBooleansBecomeTheInterval) {
@@ -254,7 +255,7 @@ TEST(PlayStepsTest, SendCreatesTheIndicator) {
 
 TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
   /// Counts the constraints in the cover over the player window.
-  class Watcher final : public PlayListener {
+  class ConstraintCounter final : public PlayListener {
    public:
     void traceLineAdded(const TraceLine& /*line*/) override {}
     void stateReached(const PlayState& /*state*/) override {
@@ -268,9 +269,9 @@ TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
       R"({"steps":[)" + covered(R"({"do":"send","operation":"createActivityIndicator"})");
   const auto constraintsAfter = [](const std::string& text) {
     const Scenario scenario = readScenario(text);
-    Watcher watcher;
-    Player(scenario, watcher).play();
-    return watcher.constraints;
+    ConstraintCounter counter;
+    Player(scenario, counter).play();
+    return counter.constraints;
   };
   EXPECT_EQ(constraintsAfter(steps + "]}"), 0U);
   EXPECT_EQ(constraintsAfter(
@@ -305,14 +306,14 @@ TEST(PlayStepsTest, ConfigureSetsOnlyTheGivenMembers) {
 }
 
 TEST(PlayStepsTest, ConfigureMakesTheControllerAfterSettingTheInterval) {
-  const auto made = [](const std::string& interval) {
+  const auto hasController = [](const std::string& interval) {
     return lastInspection(play(R"({"do":"configure","viewController":true,)"
                                R"("expirationTimeInterval":)" +
                                interval + "}"))["configuration"]["viewController"];
   };
-  EXPECT_EQ(made("0.1"), true);
-  EXPECT_EQ(made(R"("nan")"), true);
-  EXPECT_EQ(made("0"), false) << "`init` returns null";
+  EXPECT_EQ(hasController("0.1"), true);
+  EXPECT_EQ(hasController(R"("nan")"), true);
+  EXPECT_EQ(hasController("0"), false) << "`init` returns null";
 }
 
 TEST(PlayStepsTest, ConfiguredControllerIsPresented) {
@@ -427,7 +428,7 @@ TEST(PlayStepsTest, WindowHasItsClassAndParent) {
 }
 
 TEST(PlayStepsTest, WindowHasItsContentViewController) {
-  // Only a window with a content view controller can tell that it is covered.
+  // The library detects the cover only in a window with a content view controller.
   const std::string steps =
       covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);

@@ -23,22 +23,22 @@ TEST(TextWidthTest, CountsANonAsciiCharacterOnceAsWide) {
 }
 
 TEST(ShortenedTextTest, IsTheTextIfItFits) {
-  EXPECT_EQ(shortened("present", kSize, textWidth("present", kSize)), "present");
+  EXPECT_EQ(shorten("present", kSize, textWidth("present", kSize)), "present");
 }
 
 TEST(ShortenedTextTest, FitsWithItsEllipsis) {
-  const std::string text = shortened(std::string(300, 'x'), kSize, 100);
+  const std::string text = shorten(std::string(300, 'x'), kSize, 100);
   EXPECT_LE(textWidth(text, kSize) - 5, 100);  // an ellipsis takes 10 at most
   EXPECT_GT(text.size(), 10U);
   EXPECT_TRUE(text.ends_with("x\u2026"));
 }
 
 TEST(ShortenedTextTest, CutsBetweenCharacters) {
-  EXPECT_EQ(shortened("\u00e9\u00e9\u00e9", kSize, 40), "\u00e9\u2026");
+  EXPECT_EQ(shorten("\u00e9\u00e9\u00e9", kSize, 40), "\u00e9\u2026");
 }
 
 TEST(ShortenedTextTest, IsAnEllipsisIfNothingFits) {
-  EXPECT_EQ(shortened("present", kSize, 16), "\u2026");
+  EXPECT_EQ(shorten("present", kSize, 16), "\u2026");
 }
 
 }  // namespace

@@ -17,11 +17,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // A mark: its time in whole milliseconds and its text.
-struct At {
+struct Mark {
   int time = 0;
   std::string text;
-  bool operator==(const At&) const = default;
-  friend void PrintTo(const At& mark, std::ostream* out) {
+  bool operator==(const Mark&) const = default;
+  friend void PrintTo(const Mark& mark, std::ostream* out) {
     *out << mark.time << " ms " << mark.text;
   }
 };
@@ -36,41 +36,42 @@ void timelineOf(Timeline& timeline, std::string_view steps, double until,
   Player(script, timeline).play();
 }
 
-std::vector<At> marksIn(const Timeline& timeline, TimelineLane lane) {
-  std::vector<At> found;
+std::vector<Mark> marksIn(const Timeline& timeline, TimelineLane lane) {
+  std::vector<Mark> result;
   for (const TimelineMark& mark : timeline.marks()) {
     if (mark.lane == lane) {
-      found.push_back({milliseconds(mark.time), mark.text});
+      result.push_back({milliseconds(mark.time), mark.text});
     }
   }
-  return found;
+  return result;
 }
 
 using Span = std::pair<int, int>;
 
 std::vector<Span> inMilliseconds(const std::vector<TimeSpan>& spans) {
-  std::vector<Span> found;
-  found.reserve(spans.size());
+  std::vector<Span> result;
+  result.reserve(spans.size());
   for (const TimeSpan& span : spans) {
-    found.emplace_back(milliseconds(span.from), milliseconds(span.to));
+    result.emplace_back(milliseconds(span.from), milliseconds(span.to));
   }
-  return found;
+  return result;
 }
 
 class TimelineTest : public testing::Test {
  protected:
-  std::vector<At> marks(TimelineLane lane) { return marksIn(timeline_, lane); }
+  std::vector<Mark> marks(TimelineLane lane) { return marksIn(timeline_, lane); }
 
   Timeline timeline_;
 };
 
-constexpr std::string_view kHalfASecond =
+constexpr std::string_view kRunOfHalfASecond =
     R"({"do":"activate"},{"do":"request","parameters":{"event":"end","max_duration_time":0.5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
 TEST_F(TimelineTest, MarksTheStepsOfTheScript) {
   timelineOf(timeline_, R"({"do":"activate"},{"at":0.3,"do":"resignKey"},{"do":"inspect"})", 1);
-  EXPECT_THAT(marks(TimelineLane::Script), ElementsAre(At{0, "activate"}, At{300, "resignKey"}));
+  EXPECT_THAT(marks(TimelineLane::Script),
+              ElementsAre(Mark{0, "activate"}, Mark{300, "resignKey"}));
   EXPECT_EQ(milliseconds(timeline_.end()), 1000);
 }
 
@@ -80,44 +81,45 @@ TEST_F(TimelineTest, MarksARequestWithItsResult) {
              R"({"at":1,"do":"request","parameters":{"event":"e","max_duration_time":1}})",
              2);
   EXPECT_THAT(marks(TimelineLane::Request),
-              ElementsAre(At{0, "refused"}, At{1000, "main content"}));
+              ElementsAre(Mark{0, "refused"}, Mark{1000, "main content"}));
 }
 
 TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
   timelineOf(timeline_, R"({"do":"request","parameters":{"max_duration_time":1}})", 1);
-  EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{0, "Next event name is nil or empty!"}));
+  EXPECT_THAT(marks(TimelineLane::Refusal),
+              ElementsAre(Mark{0, "Next event name is nil or empty!"}));
 }
 
 TEST_F(TimelineTest, MarksOneRunFromRequestToEvent) {
-  timelineOf(timeline_, kHalfASecond, 3);
-  EXPECT_THAT(marks(TimelineLane::HostCall),
-              ElementsAre(At{0, "contentViewWillAppear:"}, At{600, "canContentViewDisappear: yes"},
-                          At{600, "contentViewDidDisappear:"}));
+  timelineOf(timeline_, kRunOfHalfASecond, 3);
+  EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{0, "contentViewWillAppear:"},
+                                                         Mark{600, "canContentViewDisappear: yes"},
+                                                         Mark{600, "contentViewDidDisappear:"}));
   EXPECT_THAT(marks(TimelineLane::WindowStyle),
-              ElementsAre(At{0, "player: no controls"}, At{600, "player: all controls"}));
-  EXPECT_THAT(marks(TimelineLane::Dismissal), ElementsAre(At{600, "dismissed"}));
-  EXPECT_THAT(marks(TimelineLane::Event), ElementsAre(At{1100, "end"}));
+              ElementsAre(Mark{0, "player: no controls"}, Mark{600, "player: all controls"}));
+  EXPECT_THAT(marks(TimelineLane::Dismissal), ElementsAre(Mark{600, "dismissed"}));
+  EXPECT_THAT(marks(TimelineLane::Event), ElementsAre(Mark{1100, "end"}));
   EXPECT_THAT(marks(TimelineLane::Refusal), IsEmpty());
-  EXPECT_THAT(inMilliseconds(timeline_.covered()), ElementsAre(Span(0, 1600)));
+  EXPECT_THAT(inMilliseconds(timeline_.coveredSpans()), ElementsAre(Span(0, 1600)));
 }
 
 TEST_F(TimelineTest, NamesTheRestoredControls) {
-  timelineOf(timeline_, kHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
-  EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(At{600, "player: close, resize"}));
+  timelineOf(timeline_, kRunOfHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
+  EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(Mark{600, "player: close, resize"}));
 }
 
 TEST_F(TimelineTest, MarksARefusedDismissal) {
-  timelineOf(timeline_, std::string(kHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})",
-             0.3);
-  EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{250, "not dismissed"}));
+  timelineOf(timeline_,
+             std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
+  EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{250, "not dismissed"}));
 }
 
 TEST_F(TimelineTest, MarksACoverThatStaysAfterItsTime) {
   timelineOf(
-      timeline_, kHalfASecond, 2,
+      timeline_, kRunOfHalfASecond, 2,
       R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
-  EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(At{600, "canContentViewDisappear: no"}));
-  EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(At{600, "not dismissed"}));
+  EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{600, "canContentViewDisappear: no"}));
+  EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{600, "not dismissed"}));
 }
 
 TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
@@ -135,7 +137,7 @@ TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
 
 TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
   timelineOf(timeline_,
-             std::string(kHalfASecond) +
+             std::string(kRunOfHalfASecond) +
                  R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
              1.2);
   const auto& countdown = timeline_.countdown();
@@ -152,7 +154,7 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
 }
 
 TEST_F(TimelineTest, StepBetweenTicksDoesNotBendTheLine) {
-  timelineOf(timeline_, std::string(kHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
+  timelineOf(timeline_, std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
@@ -174,10 +176,10 @@ TEST_F(TimelineTest, LeavesOutAnInfiniteTime) {
 }
 
 TEST_F(TimelineTest, MarksThatThePlayStoppedEarly) {
-  timelineOf(timeline_, kHalfASecond, 2,
+  timelineOf(timeline_, kRunOfHalfASecond, 2,
              R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
              R"("deactivateDuring":"contentViewDidDisappear:"}})");
-  EXPECT_THAT(marks(TimelineLane::Refusal), Contains(At{600, "the play stopped early"}));
+  EXPECT_THAT(marks(TimelineLane::Refusal), Contains(Mark{600, "the play stopped early"}));
 }
 
 }  // namespace

@@ -122,11 +122,11 @@ class Timeline(unittest.TestCase):
 
     def test_picture_has_marks_of_every_kind(self):
         svg = self.draw(ROOT / "Examples/scenarios/refused-close-sends-event-early.json")
-        looks = {element.get("class") for element in svg.iter(SVG + "circle")}
+        classes = {element.get("class") for element in svg.iter(SVG + "circle")}
         kinds = "Request Script HostCall Refusal WindowStyle Dismissal Event"
-        self.assertEqual(looks, set(kinds.split()))
-        looks = {element.get("class") for element in svg.iter(SVG + "rect")}
-        self.assertEqual(looks, {"paper", "key", "cover"})
+        self.assertEqual(classes, set(kinds.split()))
+        classes = {element.get("class") for element in svg.iter(SVG + "rect")}
+        self.assertEqual(classes, {"paper", "key", "cover"})
 
     def test_both_colour_schemes_have_every_colour(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
@@ -136,8 +136,8 @@ class Timeline(unittest.TestCase):
                   element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light, dark:
             rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
-            for look in filled:
-                self.assertRegex(rules[look], r"fill:#\w+")
+            for name in filled:
+                self.assertRegex(rules[name], r"fill:#\w+")
         self.assertEqual(svg.find(SVG + "rect").attrib["class"], "paper")
         self.assertEqual(svg.find(SVG + "rect").attrib["width"], svg.get("width"))
         self.assertEqual(svg.find(SVG + "rect").attrib["height"], svg.get("height"))

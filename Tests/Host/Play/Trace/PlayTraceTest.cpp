@@ -22,49 +22,50 @@ std::string textOf(TraceEvent event, Nanoseconds time = 0) {
 // The text of a line
 
 TEST(TraceTextTest, TimeHasNineDecimals) {
-  EXPECT_EQ(textOf(trace::Ticked{1}, 1), R"({"t":0.000000001,"tick":1})");
-  EXPECT_EQ(textOf(trace::Ticked{1}, 1'500'000'000), R"({"t":1.500000000,"tick":1})");
-  EXPECT_EQ(textOf(trace::Ticked{1}, 1'000'000 * kNanosecondsPerSecond),
+  EXPECT_EQ(textOf(trace::Tick{1}, 1), R"({"t":0.000000001,"tick":1})");
+  EXPECT_EQ(textOf(trace::Tick{1}, 1'500'000'000), R"({"t":1.500000000,"tick":1})");
+  EXPECT_EQ(textOf(trace::Tick{1}, 1'000'000 * kNanosecondsPerSecond),
             R"({"t":1000000.000000000,"tick":1})");
 }
 
 TEST(TraceTextTest, EachKindOfLineHasItsMembersInOrder) {
-  EXPECT_EQ(textOf(trace::StepStarted{"present"}), R"({"t":0.000000000,"do":"present"})");
-  EXPECT_EQ(textOf(trace::Activated{true}), R"({"t":0.000000000,"answer":{"activate:":true}})");
-  EXPECT_EQ(textOf(trace::ContentDataAnswered{ContentName::Temporary}),
+  EXPECT_EQ(textOf(trace::StepStart{"present"}), R"({"t":0.000000000,"do":"present"})");
+  EXPECT_EQ(textOf(trace::Activation{true}), R"({"t":0.000000000,"answer":{"activate:":true}})");
+  EXPECT_EQ(textOf(trace::ContentDataResult{ContentName::Temporary}),
             R"({"t":0.000000000,"answer":{"contentDataForContentRequest:":"temporary"}})");
-  EXPECT_EQ(textOf(trace::ContentDataAnswered{}),
+  EXPECT_EQ(textOf(trace::ContentDataResult{}),
             R"({"t":0.000000000,"answer":{"contentDataForContentRequest:":null}})");
-  EXPECT_EQ(textOf(trace::ContentViewAnswered{ContentName::Main}),
+  EXPECT_EQ(textOf(trace::ContentViewResult{ContentName::Main}),
             R"({"t":0.000000000,"answer":{"contentViewForContentData:":"main"}})");
-  EXPECT_EQ(textOf(trace::ContentViewAnswered{}),
+  EXPECT_EQ(textOf(trace::ContentViewResult{}),
             R"({"t":0.000000000,"answer":{"contentViewForContentData:":null}})");
-  EXPECT_EQ(textOf(trace::Registered{{"a", "b"}}), R"({"t":0.000000000,"registered":["a","b"]})");
-  EXPECT_EQ(textOf(trace::Registered{}), R"({"t":0.000000000,"registered":[]})");
-  EXPECT_EQ(textOf(trace::Logged{"one line"}), R"({"t":0.000000000,"log":"one line"})");
-  EXPECT_EQ(textOf(trace::StateChanged{.state = 3, .content = ContentName::Main}),
+  EXPECT_EQ(textOf(trace::Registration{{"a", "b"}}), R"({"t":0.000000000,"registered":["a","b"]})");
+  EXPECT_EQ(textOf(trace::Registration{}), R"({"t":0.000000000,"registered":[]})");
+  EXPECT_EQ(textOf(trace::LogLine{"one line"}), R"({"t":0.000000000,"log":"one line"})");
+  EXPECT_EQ(textOf(trace::StateChange{.state = 3, .content = ContentName::Main}),
             R"({"t":0.000000000,"state":3,"content":"main"})");
-  EXPECT_EQ(textOf(trace::HostCalled{.operation = ViewOperation::WillAppear, .answer = {}}),
+  EXPECT_EQ(textOf(trace::HostCall{.operation = ViewOperation::WillAppear, .returnValue = {}}),
             R"({"t":0.000000000,"host":"contentViewWillAppear:"})");
-  EXPECT_EQ(textOf(trace::HostCalled{.operation = ViewOperation::CanDisappear, .answer = false}),
+  EXPECT_EQ(textOf(trace::HostCall{.operation = ViewOperation::CanDisappear, .returnValue = false}),
             R"({"t":0.000000000,"host":"canContentViewDisappear:","answer":false})");
-  EXPECT_EQ(textOf(trace::HostCalled{.operation = ViewOperation::DidDisappear, .answer = {}}),
+  EXPECT_EQ(textOf(trace::HostCall{.operation = ViewOperation::DidDisappear, .returnValue = {}}),
             R"({"t":0.000000000,"host":"contentViewDidDisappear:"})");
-  EXPECT_EQ(textOf(trace::EventRecorded{"launch_end"}),
+  EXPECT_EQ(textOf(trace::RecordedEvent{"launch_end"}),
             R"({"t":0.000000000,"event":"launch_end"})");
-  EXPECT_EQ(textOf(trace::Ticked{4.9}), R"({"t":0.000000000,"tick":4.9})");
-  EXPECT_EQ(textOf(trace::KeyChanged{.change = KeyChange::Resigns, .window = "player"}),
+  EXPECT_EQ(textOf(trace::Tick{4.9}), R"({"t":0.000000000,"tick":4.9})");
+  EXPECT_EQ(textOf(trace::KeyStatusChange{.change = KeyChange::Resigns, .window = "player"}),
             R"({"t":0.000000000,"resignKey":"player"})");
-  EXPECT_EQ(textOf(trace::KeyChanged{.change = KeyChange::Becomes, .window = "player"}),
+  EXPECT_EQ(textOf(trace::KeyStatusChange{.change = KeyChange::Becomes, .window = "player"}),
             R"({"t":0.000000000,"becomeKey":"player"})");
-  EXPECT_EQ(textOf(trace::StyleMaskSet{.styleMask = ~NSWindowStyleMask{0}, .window = "player"}),
-            R"({"t":0.000000000,"styleMask":18446744073709551615,"window":"player"})");
-  using Window = trace::PresentationWindow;
+  EXPECT_EQ(
+      textOf(trace::StyleMaskAssignment{.styleMask = ~NSWindowStyleMask{0}, .window = "player"}),
+      R"({"t":0.000000000,"styleMask":18446744073709551615,"window":"player"})");
+  using Window = trace::PresentationWindowChange;
   EXPECT_EQ(textOf(Window{.window = "modal-1", .change = Window::Change::Opened}),
             R"({"t":0.000000000,"window":"modal-1","is":"opened"})");
   EXPECT_EQ(textOf(Window{.window = "sheet-2", .change = Window::Change::Closed}),
             R"({"t":0.000000000,"window":"sheet-2","is":"closed"})");
-  EXPECT_EQ(textOf(trace::Fatal{"why"}), R"({"t":0.000000000,"fatal":"why"})");
+  EXPECT_EQ(textOf(trace::FatalError{"why"}), R"({"t":0.000000000,"fatal":"why"})");
 }
 
 TEST(TraceTextTest, CoverStepsHaveTheirPlatformNames) {
@@ -89,13 +90,13 @@ TEST(TraceTextTest, DoublesAreTheShortestDecimalThatReadsBack) {
 
 TEST(TraceTextTest, InfinityAndNaNBecomeStrings) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(textOf(trace::Ticked{std::nan("")}), R"({"t":0.000000000,"tick":"nan"})");
-  EXPECT_EQ(textOf(trace::Ticked{kInfinity}), R"({"t":0.000000000,"tick":"inf"})");
-  EXPECT_EQ(textOf(trace::Ticked{-kInfinity}), R"({"t":0.000000000,"tick":"-inf"})");
+  EXPECT_EQ(textOf(trace::Tick{std::nan("")}), R"({"t":0.000000000,"tick":"nan"})");
+  EXPECT_EQ(textOf(trace::Tick{kInfinity}), R"({"t":0.000000000,"tick":"inf"})");
+  EXPECT_EQ(textOf(trace::Tick{-kInfinity}), R"({"t":0.000000000,"tick":"-inf"})");
 }
 
 TEST(TraceTextTest, TextsAreEscapedToOneLine) {
-  EXPECT_EQ(textOf(trace::EventRecorded{"a\"b\\c\nd\x01\xc3\xa9"}),
+  EXPECT_EQ(textOf(trace::RecordedEvent{"a\"b\\c\nd\x01\xc3\xa9"}),
             "{\"t\":0.000000000,\"event\":\"a\\\"b\\\\c\\nd\\u0001\xc3\xa9\"}");
 }
 
