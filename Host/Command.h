@@ -25,8 +25,8 @@ class UsageError : public std::runtime_error {
 };
 
 /// Runs a command and returns the exit status. Each command has a function
-/// `add…Command(CLI::App& program, CommandRun& chosen)`. It adds the command to the program. If the
-/// user names the command, parsing the command line sets `chosen`.
+/// `add…Command(CLI::App& program, CommandRun& chosenRun)`. It adds the command to the program. If
+/// the user names the command, parsing the command line sets `chosenRun`.
 using CommandRun = std::function<int()>;
 
 }  // namespace vel::host

@@ -26,7 +26,7 @@ std::string lineOf(double time, std::string_view text) {
   return line;
 }
 
-std::string seconds(double seconds, int decimals) {
+std::string timeLeftText(double seconds, int decimals) {
   char text[64];
   std::snprintf(text, sizeof text, "%.*f s left", decimals, seconds);
   return text;
@@ -41,36 +41,36 @@ void LineConsole::report(double time, std::string_view text) {
 void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
   if (timeLeft.countdown != countdown_) {
     countdown_ = timeLeft.countdown;
-    report(time, countdown_ == Countdown::Paused ? kPaused : "goes on: in front again");
+    report(time, countdown_ == CountdownState::Paused ? kPaused : "resumed: in front again");
   }
   const double second = std::round(timeLeft.left);
   if (second >= 1 && second < lastSecond_ && std::abs(timeLeft.left - second) <= kHalfStep) {
     lastSecond_ = second;
-    report(time, seconds(second, 0));
+    report(time, timeLeftText(second, 0));
   }
 }
 
 std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::size_t columns) {
   const double left = std::max(timeLeft.left, 0.0);
-  std::string line = seconds(left, 1);
+  std::string line = timeLeftText(left, 1);
   if (line.size() < 12) {
     line.insert(0, 12 - line.size(), ' ');
   }
-  std::string end;
+  std::string suffix;
   if (!note.empty()) {
-    end.append("  ").append(note);
+    suffix.append("  ").append(note);
   }
-  const std::size_t used = line.size() + end.size() + std::string_view("  []").size();
-  if (used + kShortestBar <= columns) {
-    const std::size_t length = std::min(columns - used, kLongestBar);
+  const std::size_t textWidth = line.size() + suffix.size() + std::string_view("  []").size();
+  if (textWidth + kShortestBar <= columns) {
+    const std::size_t length = std::min(columns - textWidth, kLongestBar);
     // An infinite time leaves the bar empty.
     const double elapsed =
         timeLeft.total > 0 && std::isfinite(left) ? 1 - left / timeLeft.total : 0;
-    const auto filled = static_cast<std::size_t>(
+    const auto filledLength = static_cast<std::size_t>(
         std::lround(std::clamp(elapsed, 0.0, 1.0) * static_cast<double>(length)));
-    line.append("  [").append(filled, '#').append(length - filled, '-').append("]");
+    line.append("  [").append(filledLength, '#').append(length - filledLength, '-').append("]");
   }
-  line += end;
+  line += suffix;
   line.resize(std::min(line.size(), columns));
   return line;
 }
@@ -95,7 +95,7 @@ void LiveConsole::reportPermanently(double time, std::string_view text) {
 
 void LiveConsole::showTimeLeft(double /*time*/, const TimeLeft& timeLeft) {
   reports_.clear();
-  write(countdownLine(timeLeft, timeLeft.countdown == Countdown::Paused ? kPaused : hint_,
+  write(countdownLine(timeLeft, timeLeft.countdown == CountdownState::Paused ? kPaused : hint_,
                       columns_() - 1));
 }
 
@@ -115,10 +115,11 @@ void LiveConsole::finish() {
 
 void LiveConsole::write(std::string_view line) {
   // A line that reaches the last column would wrap, and the next line could not replace it.
-  const std::string_view shown = line.substr(0, columns_() - 1);
-  const std::size_t rest = lineWidth_ > shown.size() ? lineWidth_ - shown.size() : 0;
-  lineWidth_ = shown.size();
-  *out_ << '\r' << shown << std::string(rest, ' ') << std::flush;
+  const std::string_view visibleLine = line.substr(0, columns_() - 1);
+  const std::size_t columnsToErase =
+      lineWidth_ > visibleLine.size() ? lineWidth_ - visibleLine.size() : 0;
+  lineWidth_ = visibleLine.size();
+  *out_ << '\r' << visibleLine << std::string(columnsToErase, ' ') << std::flush;
 }
 
 }  // namespace vel::host

@@ -12,24 +12,24 @@
 
 namespace vel::host {
 
-enum class Countdown : std::uint8_t { Runs, Paused };
+enum class CountdownState : std::uint8_t { Running, Paused };
 
 /// The time left of the launch screen and its total time, in seconds.
 struct TimeLeft {
   double left = 0;
   double total = 0;
-  Countdown countdown = Countdown::Runs;
+  CountdownState countdown = CountdownState::Running;
 };
 
-/// Tells the user what happens. Times are in seconds since the start. Main thread.
+/// Reports events to the user. Times are in seconds since the start. Main thread.
 class Console : private NonCopyable {
  public:
   Console() = default;
   virtual ~Console() = default;
 
-  /// Reports what has happened. A later report may replace this one on the screen.
+  /// Reports an event. A later report may replace this one on the screen.
   virtual void report(double time, std::string_view text) = 0;
-  /// Reports what must stay on the screen.
+  /// Reports an event. Later reports do not replace this one on the screen.
   virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
   /// Called when the countdown starts, at each of its steps, and when it pauses or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
@@ -46,12 +46,12 @@ class LineConsole final : public Console {
   explicit LineConsole(std::ostream& out) : out_(&out) {}
 
   void report(double time, std::string_view text) override;
-  /// Prints a line for each whole second that is left, for each pause and for its end.
+  /// Prints a line for each whole second that is left, for each pause and for the end of a pause.
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
 
  private:
   std::ostream* out_;
-  Countdown countdown_ = Countdown::Runs;
+  CountdownState countdown_ = CountdownState::Running;
   double lastSecond_ = std::numeric_limits<double>::infinity();
 };
 

@@ -18,7 +18,8 @@ class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, 
     return true;
   }
 
-  /// Returns the resolver of the engine, or null if it has no resolver that still exists.
+  /// Returns the resolver of the engine. Returns null if no resolver is registered or if the
+  /// resolver no longer exists.
   [[nodiscard]] Strong<ContentResolver> resolverForEngine(std::string_view engine) const {
     const auto entry = resolvers_.find(engine);
     return entry == resolvers_.end() ? nullptr : entry->second.lock();

@@ -8,9 +8,9 @@
 
 namespace vel::host {
 
-/// Drives the main run loop as a program with its own loop does. It waits on the descriptor of the
-/// run loop, on signals and on the standard input, and then calls `pump`. It uses no processor time
-/// while it waits.
+/// Runs the main run loop inside a loop of its own, as a host does. It waits for the descriptor of
+/// the run loop, for signals and for the standard input, and then calls `pump`. It uses no
+/// processor time while it waits.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
 /// process. Create it on the main thread before any other thread starts.

@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::size_t kDefaultColumns = 80;
 constexpr int kLargestSide = 32767;  // the largest side that X11 supports
-constexpr Nanoseconds kPlayerTime = kNanosecondsPerSecond;
+constexpr Nanoseconds kPlayerTimeAfterEnd = kNanosecondsPerSecond;
 
 std::size_t terminalColumns() {
   winsize size{};
@@ -78,7 +78,7 @@ int show(const ShowOptions& options) {
   if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
     // Show the player window for a moment. Its animation wakes the loop.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
-    const Nanoseconds end = runLoop.now() + kPlayerTime;
+    const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {
       return runLoop.now() >= end || session->outcome()->status != kExitSuccess;
     });
@@ -100,9 +100,9 @@ CGSize parseSize(const std::string& text) {
   int width = 0;
   int height = 0;
   const char* const end = text.data() + text.size();
-  const auto [cross, widthError] = std::from_chars(text.data(), end, width);
-  if (widthError == std::errc() && cross != end && *cross == 'x') {
-    const auto [rest, heightError] = std::from_chars(cross + 1, end, height);
+  const auto [separator, widthError] = std::from_chars(text.data(), end, width);
+  if (widthError == std::errc() && separator != end && *separator == 'x') {
+    const auto [rest, heightError] = std::from_chars(separator + 1, end, height);
     if (heightError == std::errc() && rest == end && width > 0 && height > 0 &&
         width <= kLargestSide && height <= kLargestSide) {
       return {static_cast<double>(width), static_cast<double>(height)};
@@ -125,7 +125,7 @@ std::uint64_t parseWindow(const std::string& text) {
   return window;
 }
 
-// The options of the content request and its presentation.
+// Adds the options of the content request and its presentation.
 void addRequestOptions(CLI::App& command, ShowOptions& options) {
   command.add_option("--mode", options.mode, "Whether the launch screen may be closed early")
       ->check(CLI::IsMember({"forced", "skip"}))
@@ -145,7 +145,7 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
       ->capture_default_str();
 }
 
-// The options of the player window and of the display that it is on.
+// Adds the options of the player window and of its display.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--display", options.display,
@@ -171,7 +171,7 @@ void addWindowOptions(CLI::App& command, ShowOptions& options) {
       ->excludes(size);
 }
 
-// The options of what a run writes to files and when it dismisses the launch screen.
+// Adds the options that write files, and the option that dismisses the launch screen.
 void addRunOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--screenshot", options.screenshotPath,
@@ -186,7 +186,8 @@ void addRunOptions(CLI::App& command, ShowOptions& options) {
           "--skip-after",
           [&options](double seconds) {
             if (!std::isfinite(seconds) || seconds < 0) {
-              throw CLI::ValidationError("--skip-after", "not a number of seconds from 0 up");
+              throw CLI::ValidationError("--skip-after",
+                                         "needs a number of seconds that is 0 or more");
             }
             options.skipAfter = seconds;
           },
@@ -210,17 +211,18 @@ void checkOptions(ShowOptions& options) {
 
 }  // namespace
 
-void addShowCommand(CLI::App& program, CommandRun& chosen) {
-  // Outlives this function: CLI11 writes to the options when it parses the command line.
+void addShowCommand(CLI::App& program, CommandRun& chosenRun) {
+  // The options outlive this function, because CLI11 writes to them when it parses the command
+  // line.
   auto options = std::make_shared<ShowOptions>();
   CLI::App* const command = program.add_subcommand(
       "show", "Show a launch screen over a game's window, from request to event");
   addRequestOptions(*command, *options);
   addWindowOptions(*command, *options);
   addRunOptions(*command, *options);
-  command->final_callback([options, &chosen] {
+  command->final_callback([options, &chosenRun] {
     checkOptions(*options);
-    chosen = [options] { return show(*options); };
+    chosenRun = [options] { return show(*options); };
   });
 }
 

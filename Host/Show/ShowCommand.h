@@ -6,6 +6,6 @@
 namespace vel::host {
 
 /// Adds the command to the program; see `CommandRun`.
-void addShowCommand(CLI::App& program, CommandRun& chosen);
+void addShowCommand(CLI::App& program, CommandRun& chosenRun);
 
 }  // namespace vel::host

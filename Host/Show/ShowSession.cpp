@@ -79,7 +79,7 @@ void ShowSession::start() {
     player_->setContentViewController(make<NSViewController>());
   }
   if (!options_.window) {
-    playground_ = Playground::startIn(player_);
+    squareView_ = MovingSquareView::startIn(player_);
   }
   player_->makeKeyAndOrderFront();
   // A new window may still move until it is in front. A window of another program is in place
@@ -180,9 +180,10 @@ bool ShowSession::update() {
     }
   }
   if (isCovering() && !isDismissed_) {
-    const Countdown now = manager_->appIsUnfocused() ? Countdown::Paused : Countdown::Runs;
-    if (now != countdown_) {
-      countdown_ = now;
+    const CountdownState current =
+        manager_->appIsUnfocused() ? CountdownState::Paused : CountdownState::Running;
+    if (current != countdown_) {
+      countdown_ = current;
       showTimeLeft();
     }
   }
@@ -191,8 +192,8 @@ bool ShowSession::update() {
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
       if (needsScreenshot_) {
-        outcome_ =
-            ShowOutcome{kExitFailure, "the launch screen went before its middle: no screenshot"};
+        outcome_ = ShowOutcome{kExitFailure,
+                               "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
       // The event is recorded only while a required window is key. No such window is left.
@@ -214,7 +215,7 @@ void ShowSession::shutDown() {
     cover_->view()->removeFromSuperview();
   }
   reportUncovered();
-  send(playground_, &Playground::stop);
+  send(squareView_, &MovingSquareView::stop);
   send(player_, &NSWindow::close);
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
@@ -238,10 +239,10 @@ void ShowSession::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
   }
   if (!areControlsRemoved_ && (styleMask & kControls) == 0) {
     areControlsRemoved_ = true;
-    report("controls taken");
+    report("controls removed");
   } else if (areControlsRemoved_ && styleMask == playerStyle_) {
     areControlsRemoved_ = false;
-    report("controls given back");
+    report("controls restored");
   }
 }
 
@@ -268,7 +269,7 @@ void ShowSession::eventRecorded(std::string_view event) {
   }
 }
 
-// This can also happen after a successful end, while the player window is still shown.
+// The display can also be lost after a successful end, while the player window is still shown.
 void ShowSession::displayLost(std::string_view reason) {
   if (outcome_ && outcome_->status == kExitSuccess) {
     outcome_.reset();

@@ -9,7 +9,7 @@
 #include "Host/Show/Console.h"
 #include "Host/Show/EngineBroker.h"
 #include "Host/Show/EventsFile.h"
-#include "Host/Show/Playground.h"
+#include "Host/Show/MovingSquareView.h"
 #include "Host/Show/ShowOptions.h"
 #include "LaunchScreen/LaunchScreen.h"
 #include "Platform/AppKit/PlatformObserver.h"
@@ -24,8 +24,8 @@ struct ShowOutcome {
 };
 
 /// Acts as the host of one launch screen, from request to event. It opens a player window or adopts
-/// a window of another program, sends the content request, presents the content, and reports to its
-/// console what happens. It needs a running application, and the caller runs the main run loop, in
+/// a window of another program, sends the content request, presents the content, and reports each
+/// event to its console. It needs a running application, and the caller runs the main run loop, in
 /// real or virtual time. Main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
@@ -41,7 +41,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// An error becomes the outcome.
   void start();
   /// Checks what has changed. The caller must call this after each pass of the run loop. Returns
-  /// true if the session has its outcome.
+  /// true if `outcome` has a value.
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
@@ -95,13 +95,13 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
   Strong<NSWindow> player_;
-  Strong<Playground> playground_;
+  Strong<MovingSquareView> squareView_;
   Strong<CVPresentationFullScreen> presentation_;
   Strong<NSViewController> cover_;
 
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
   double totalTime_ = 0;
-  Countdown countdown_ = Countdown::Runs;
+  CountdownState countdown_ = CountdownState::Running;
   bool wasCovered_ = false;
   bool areControlsRemoved_ = false;
   bool isDismissed_ = false;

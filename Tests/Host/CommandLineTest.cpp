@@ -55,7 +55,7 @@ TEST(CommandLineTest, VersionWorksWithAndWithoutACommand) {
 struct BadUsage {
   const char* fact;
   std::vector<const char*> arguments;
-  const char* says;
+  const char* message;
 
   friend void PrintTo(const BadUsage& usage, std::ostream* out) { *out << usage.fact; }
 };
@@ -67,7 +67,7 @@ TEST_P(BadUsageTest, IsReportedInOneLine) {
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(result.err, testing::StartsWith("launchscreen: "));
-  EXPECT_THAT(result.err, HasSubstr(GetParam().says));
+  EXPECT_THAT(result.err, HasSubstr(GetParam().message));
   EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
   EXPECT_TRUE(result.err.ends_with('\n'));
 }

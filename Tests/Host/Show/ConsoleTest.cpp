@@ -11,7 +11,7 @@ namespace {
 
 TimeLeft running(double left, double total) { return {.left = left, .total = total}; }
 TimeLeft paused(double left, double total) {
-  return {.left = left, .total = total, .countdown = Countdown::Paused};
+  return {.left = left, .total = total, .countdown = CountdownState::Paused};
 }
 
 class LineConsoleTest : public testing::Test {
@@ -68,7 +68,7 @@ TEST_F(LineConsoleTest, PauseAndItsEndPrintALineAndNoSecondIsPrintedTwice) {
   EXPECT_EQ(out.str(),
             "   0.000 s  2 s left\n"
             "   0.500 s  paused: not in front\n"
-            "   3.000 s  goes on: in front again\n");
+            "   3.000 s  resumed: in front again\n");
 }
 
 TEST(CountdownLineTest, BarFillsAsTimePasses) {
@@ -160,7 +160,7 @@ TEST_F(LiveConsoleTest, ReportsAfterTheCountdownAreCollected) {
 }
 
 TEST_F(LiveConsoleTest, OldestReportsAreDropped) {
-  console.report(1, "controls given back");
+  console.report(1, "controls restored");
   console.report(2, "dismissed");
   console.report(3, "uncovered");
   EXPECT_TRUE(out.str().ends_with("\r   3.000 s  dismissed, uncovered")) << out.str();

@@ -32,11 +32,11 @@ class ShowSessionTest : public VirtualTest {
   void run(double seconds) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     const Nanoseconds limit = loop.now() + nanosecondsFromSeconds(seconds);
-    bool reached = false;
-    dispatch_after(limit, dispatch_get_main_queue(), [&reached] { reached = true; });
+    bool isTimeUp = false;
+    dispatch_after(limit, dispatch_get_main_queue(), [&isTimeUp] { isTimeUp = true; });
     loop.runUntil([&] {
       session->update();
-      return reached;
+      return isTimeUp;
     });
   }
 
@@ -51,9 +51,9 @@ class ShowSessionTest : public VirtualTest {
   }
 
   ShowOptions options = [] {
-    ShowOptions wanted;
-    wanted.duration = "2";
-    return wanted;
+    ShowOptions result;
+    result.duration = "2";
+    return result;
   }();
   std::unique_ptr<EventsFile> events;
   std::ostringstream out;
@@ -68,10 +68,10 @@ TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
   EXPECT_EQ(out.str(),
             "   0.000 s  request answered\n"
             "   0.000 s  covered\n"
-            "   0.000 s  controls taken\n"
+            "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
             "   1.000 s  1 s left\n"
-            "   2.000 s  controls given back\n"
+            "   2.000 s  controls restored\n"
             "   2.000 s  dismissed\n"
             "   2.500 s  event recorded: launch_end\n"
             "   3.000 s  uncovered\n");
@@ -84,10 +84,10 @@ TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
   EXPECT_EQ(out.str(),
             "   0.000 s  request answered\n"
             "   0.000 s  covered\n"
-            "   0.000 s  controls taken\n"
+            "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
             "   1.000 s  1 s left\n"
-            "   2.000 s  controls given back\n"
+            "   2.000 s  controls restored\n"
             "   2.000 s  dismissed\n"
             "   2.000 s  uncovered\n"
             "   2.500 s  event recorded: launch_end\n");
@@ -125,9 +125,9 @@ TEST_F(ShowSessionTest, PauseIsReportedAndNotCounted) {
   session->playerWindow()->makeKeyWindow();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_THAT(out.str(), testing::HasSubstr("   0.550 s  paused: not in front\n"
-                                            "  10.550 s  goes on: in front again\n"
+                                            "  10.550 s  resumed: in front again\n"
                                             "  11.050 s  1 s left\n"
-                                            "  12.050 s  controls given back\n"));
+                                            "  12.050 s  controls restored\n"));
 }
 
 TEST_F(ShowSessionTest, GivenEventIsRecorded) {
@@ -159,9 +159,9 @@ TEST_F(ShowSessionTest, SkippingEndsWithoutAnEventWhenTheCoverIsGone) {
   EXPECT_EQ(out.str(),
             "   0.000 s  request answered\n"
             "   0.000 s  covered\n"
-            "   0.000 s  controls taken\n"
+            "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
-            "   0.550 s  controls given back\n"
+            "   0.550 s  controls restored\n"
             "   0.550 s  dismissed\n"
             "   1.550 s  uncovered\n");
   run(5);
@@ -337,7 +337,7 @@ TEST_F(ShowSessionTest, MissingScreenshotIsReported) {
   start();
   run(0.2);
   session->skip();
-  EXPECT_EQ(runToEnd().failure, "the launch screen went before its middle: no screenshot");
+  EXPECT_EQ(runToEnd().failure, "no screenshot: the launch screen ended before half of its time");
 }
 
 TEST_F(ShowSessionTest, KeptControlsAreReported) {
@@ -499,7 +499,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ShutDownCase{"Modal", "modal", false, 0.5},
                     ShutDownCase{"ModalOfAContentController", "modal", true, 0.5},
                     ShutDownCase{"Sheet", "sheet", true, 0.5},
-                    ShutDownCase{"CoverThatWaitsToBeTakenDown", "embedded", false, 2.4}),
+                    ShutDownCase{"DismissedCoverThatIsStillShown", "embedded", false, 2.4}),
     [](const testing::TestParamInfo<ShutDownCase>& tested) { return tested.param.fact; });
 
 TEST_F(ShowSessionTest, ShutDownAfterTheEndDoesNotDismissAgain) {

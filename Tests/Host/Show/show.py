@@ -23,8 +23,8 @@ def reports(output):
 
 
 @contextlib.contextmanager
-def showing(until, *arguments, **settings):
-    """Starts the program and waits until it prints `until`. Ends the program after the block."""
+def running_show(until, *arguments, **settings):
+    """Starts the program and waits until it prints `until`. Kills the program after the block."""
     process = start("show", "--display", "headless", *arguments, **settings)
     try:
         process.read_so_far = b""
@@ -41,7 +41,7 @@ def showing(until, *arguments, **settings):
                 stream.close()
 
 
-def ended(process):
-    """Returns the exit status and the complete output of a process from `showing`."""
+def wait_for_end(process):
+    """Waits until a process from `running_show` ends. Returns its exit status and complete output."""
     rest, _ = process.communicate(timeout=TIMEOUT)
     return process.returncode, (process.read_so_far + rest).decode()

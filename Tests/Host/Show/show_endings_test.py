@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from program import TIMEOUT, start
-from show import LOG_LINE, reports, show, showing
+from show import LOG_LINE, reports, running_show, show
 
 
 # The shortest run: a modal cover closes as soon as it is dismissed.
@@ -22,8 +22,8 @@ class Endings(unittest.TestCase):
             [
                 "request answered",
                 "covered",
-                "controls taken",
-                "controls given back",
+                "controls removed",
+                "controls restored",
                 "dismissed",
                 "event recorded: launch_end",
                 "uncovered",
@@ -69,7 +69,7 @@ class Endings(unittest.TestCase):
         self.assertNotIn("event recorded", result.stdout)
 
     def test_enter_dismisses_in_skip_mode(self):
-        with showing(
+        with running_show(
             "covered", "--mode", "skip", "--duration", "60", *MODAL, stdin=subprocess.PIPE
         ) as process:
             process.stdin.write(b"\n")

@@ -7,7 +7,7 @@ import tempfile
 import unittest
 
 from program import TIMEOUT, start
-from show import show, showing
+from show import running_show, show
 
 
 class EventsFiles(unittest.TestCase):
@@ -37,7 +37,7 @@ class EventsFiles(unittest.TestCase):
         self.assertEqual(self.events(), [])
 
     def test_event_is_appended_even_if_no_program_reads_the_output(self):
-        with showing("covered", "--duration", "0.3", "--events", self.file) as process:
+        with running_show("covered", "--duration", "0.3", "--events", self.file) as process:
             process.stdout.close()
             self.assertEqual(process.wait(TIMEOUT), 0)
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])

@@ -4,7 +4,7 @@
 import signal
 import unittest
 
-from show import ended, reports, showing
+from show import reports, running_show, wait_for_end
 
 
 class Signals(unittest.TestCase):
@@ -12,28 +12,28 @@ class Signals(unittest.TestCase):
         for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for arguments in ([], ["--content-controller"]):
                 with self.subTest(signal=ending, arguments=arguments):
-                    with showing("controls taken", "--duration", "60", *arguments) as process:
+                    with running_show("controls removed", "--duration", "60", *arguments) as process:
                         process.send_signal(ending)
-                        status, output = ended(process)
+                        status, output = wait_for_end(process)
                     self.assertEqual(status, 128 + ending)
-                    self.assertIn("controls given back", reports(output))
+                    self.assertIn("controls restored", reports(output))
                     self.assertEqual(reports(output)[-1], "uncovered")
                     self.assertNotIn("event recorded", output)
 
     def test_modal_window_and_sheet_are_dismissed(self):
         for presentation in ("modal", "sheet"):
             with self.subTest(presentation):
-                with showing("covered", "--duration", "60", "--present", presentation,
+                with running_show("covered", "--duration", "60", "--present", presentation,
                              "--content-controller") as process:
                     process.send_signal(signal.SIGTERM)
-                    status, output = ended(process)
+                    status, output = wait_for_end(process)
                 self.assertEqual(status, 128 + signal.SIGTERM)
                 self.assertEqual(reports(output)[-2:], ["dismissed", "uncovered"])
 
     def test_dismissed_cover_is_removed_at_once(self):
-        with showing("dismissed", "--duration", "0.1") as process:
+        with running_show("dismissed", "--duration", "0.1") as process:
             process.send_signal(signal.SIGINT)
-            status, output = ended(process)
+            status, output = wait_for_end(process)
         self.assertEqual(status, 128 + signal.SIGINT)
         self.assertEqual(reports(output).count("dismissed"), 1)
         self.assertEqual(reports(output)[-1], "uncovered")

@@ -66,15 +66,15 @@ class LiveLine(unittest.TestCase):
         with Terminal("--duration", "0.5", columns=100) as terminal:
             self.assertEqual(terminal.end(), 0)
             self.assertEqual(terminal.output.count("\n"), 1)
-            writings = terminal.output.removesuffix("\r\n").split("\r")
-        self.assertTrue(all(len(writing) < 100 for writing in writings), writings)
-        self.assertIn(f"  0.5 s left  [{'-' * 40}]", [writing.rstrip() for writing in writings])
-        bars = [writing.count("#") for writing in writings if "s left" in writing]
+            lines = terminal.output.removesuffix("\r\n").split("\r")
+        self.assertTrue(all(len(line) < 100 for line in lines), lines)
+        self.assertIn(f"  0.5 s left  [{'-' * 40}]", [line.rstrip() for line in lines])
+        bars = [line.count("#") for line in lines if "s left" in line]
         self.assertEqual(bars, sorted(bars))
         self.assertGreater(len(set(bars)), 3)
         self.assertRegex(
-            writings[-1],
-            r"s  controls given back, dismissed, event recorded: launch_end, uncovered *\Z",
+            lines[-1],
+            r"s  controls restored, dismissed, event recorded: launch_end, uncovered *\Z",
         )
 
     def test_line_is_ended_before_a_signal_ends_the_program(self):
@@ -82,7 +82,7 @@ class LiveLine(unittest.TestCase):
             terminal.wait_for("s left")
             terminal.type("\x03")  # Ctrl-C
             self.assertEqual(terminal.end(), 128 + signal.SIGINT)
-        self.assertRegex(terminal.output, r"controls given back, uncovered\r\n\Z")
+        self.assertRegex(terminal.output, r"controls restored, uncovered\r\n\Z")
 
     def test_enter_dismisses_in_skip_mode(self):
         with Terminal("--mode", "skip", "--duration", "60") as terminal:
@@ -95,7 +95,7 @@ class LiveLine(unittest.TestCase):
         with Terminal("--duration", "0.2", columns=30) as terminal:
             self.assertEqual(terminal.end(), 0)
         self.assertEqual(terminal.output.count("\n"), 1)
-        self.assertTrue(all(len(writing) < 30 for writing in terminal.output.split("\r")))
+        self.assertTrue(all(len(line) < 30 for line in terminal.output.split("\r")))
 
 
 if __name__ == "__main__":

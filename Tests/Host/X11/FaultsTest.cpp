@@ -63,7 +63,7 @@ TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
   user.map(game);
   EXPECT_TRUE(eventually([this] { return user.isViewable(game); }));
   runProgram({"xdotool", "windowactivate", "--sync", std::to_string(game)}, server.display());
-  EXPECT_TRUE(show->waitForOutput("goes on: in front again")) << show->output();
+  EXPECT_TRUE(show->waitForOutput("resumed: in front again")) << show->output();
   EXPECT_EQ(show->wait(), 0) << show->output();
   expectRestored();
 }

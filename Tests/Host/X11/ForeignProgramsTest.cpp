@@ -144,7 +144,7 @@ TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_THAT(show.output(), HasSubstr("controls given back"));
+  EXPECT_THAT(show.output(), HasSubstr("controls restored"));
   EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // an error from the X server
   EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   EXPECT_EQ(clientProperties(), propertiesBefore);

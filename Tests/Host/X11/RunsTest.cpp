@@ -128,9 +128,9 @@ TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   std::vector<std::string> expected{"request answered", "covered"};
   if (*GetParam().keptControls != '\0') {
     expected.insert(expected.end(),
-                    {"controls taken",
+                    {"controls removed",
                      "controls kept by the window manager: " + std::string(GetParam().keptControls),
-                     "controls given back"});
+                     "controls restored"});
   }
   expected.insert(expected.end(), {"dismissed", "uncovered", "event recorded: launch_end"});
   EXPECT_EQ(stepsPrintedBy(show), expected);
@@ -168,10 +168,10 @@ TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
   // A headless run of one second lets time pass.
   runProgram({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());
   activate(game);
-  ASSERT_TRUE(show.waitForOutput("goes on: in front again")) << show.output();
+  ASSERT_TRUE(show.waitForOutput("resumed: in front again")) << show.output();
   EXPECT_EQ(show.wait(), 0);
   const double pausedSeconds =
-      show.timeOf("goes on: in front again") - show.timeOf("paused: not in front");
+      show.timeOf("resumed: in front again") - show.timeOf("paused: not in front");
   EXPECT_GT(pausedSeconds, 1);
   EXPECT_GT(show.timeOf("dismissed") - show.timeOf("covered"), 2.95 + pausedSeconds);
   EXPECT_THAT(show.output(), HasSubstr("event recorded: launch_end"));

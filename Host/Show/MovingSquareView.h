@@ -6,12 +6,12 @@
 
 namespace vel::host {
 
-/// The content of the player window: a square that moves to and fro on a dark background. It keeps
-/// moving under a launch screen, as a game does. Main thread.
-class Playground final : public Class<Playground, "Playground", NSView> {
+/// The content of the player window: a square that moves from side to side on a dark background. It
+/// keeps moving under a launch screen, as a game does. Main thread.
+class MovingSquareView final : public Class<MovingSquareView, "MovingSquareView", NSView> {
  public:
   /// Creates a view that fills the window, and starts the animation.
-  static Strong<Playground> startIn(const Strong<NSWindow>& window);
+  static Strong<MovingSquareView> startIn(const Strong<NSWindow>& window);
   /// Stops the animation and leaves the window. A second call does nothing.
   void stop();
 
