@@ -16,7 +16,7 @@ typedef struct {
   char* events_file;
   double seconds;
   int frames_before;
-} Options;
+} Arguments;
 
 typedef struct {
   int frames;
@@ -24,13 +24,13 @@ typedef struct {
   double longest_pump; /* seconds */
 } Counts;
 
-static void tell(const char* text) {
+static void print_line(const char* text) {
   puts(text);
   fflush(stdout);
 }
 
-static int fail(const char* why) {
-  fprintf(stderr, "c-host: %s\n", why);
+static int fail(const char* reason) {
+  fprintf(stderr, "c-host: %s\n", reason);
   return 1;
 }
 
@@ -41,16 +41,16 @@ static void record_event(void* user_data, const char* event) {
     perror(file);
     return;
   }
-  tell("event");
+  print_line("event");
 }
 
 static void controls_kept(void* user_data, uint32_t controls) {
   (void)user_data;
-  tell(controls == 0 ? "no controls kept" : "controls kept");
+  print_line(controls == 0 ? "no controls kept" : "controls kept");
 }
 
 /* Presents a launch screen over the game's window. Returns null if that fails. */
-static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wanted) {
+static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Arguments* arguments) {
   SDL_SysWMinfo info;
   VelLaunchScreen* screen = NULL;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
@@ -62,14 +62,14 @@ static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wa
     fail("no X11 window: there is no launch screen");
     return NULL;
   }
-  callbacks.user_data = wanted->events_file;
+  callbacks.user_data = arguments->events_file;
   callbacks.record_event = record_event;
   callbacks.controls_kept = controls_kept;
   options.display = "x11";
   options.window = info.info.x11.window;
   options.callbacks = &callbacks;
   request.event = "launch_end";
-  request.seconds = wanted->seconds;
+  request.seconds = arguments->seconds;
   if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
       vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
     fail(vel_last_error());
@@ -78,12 +78,12 @@ static VelLaunchScreen* show_launch_screen(SDL_Window* window, const Options* wa
   return screen;
 }
 
-/* A ball that moves from side to side. */
+/* Draws a ball that moves from side to side. */
 static void draw(SDL_Renderer* renderer, int frame) {
-  const int way = WIDTH - BALL;
-  const int gone = frame * 5 % (2 * way);
+  const int distance = WIDTH - BALL;
+  const int position = frame * 5 % (2 * distance);
   SDL_Rect ball = {0, (HEIGHT - BALL) / 2, BALL, BALL};
-  ball.x = gone < way ? gone : 2 * way - gone;
+  ball.x = position < distance ? position : 2 * distance - position;
   SDL_SetRenderDrawColor(renderer, 32, 64, 128, 255);
   SDL_RenderClear(renderer);
   SDL_SetRenderDrawColor(renderer, 255, 176, 32, 255);
@@ -91,31 +91,31 @@ static void draw(SDL_Renderer* renderer, int frame) {
   SDL_RenderPresent(renderer);
 }
 
-static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* wanted,
+static void play(SDL_Window* window, SDL_Renderer* renderer, const Arguments* arguments,
                  Counts* counts) {
   VelLaunchScreen* screen = NULL;
   const double ticks = (double)SDL_GetPerformanceFrequency();
   int was_up = 0;
   int running = 1;
   while (running) {
-    const Uint32 begun = SDL_GetTicks();
+    const Uint32 frame_start = SDL_GetTicks();
     SDL_Event event;
     while (SDL_PollEvent(&event)) {
       running = running && event.type != SDL_QUIT;
     }
 
-    if (counts->frames == wanted->frames_before) {
-      screen = show_launch_screen(window, wanted);
+    if (counts->frames == arguments->frames_before) {
+      screen = show_launch_screen(window, arguments);
     }
     /* The only call in each frame. It does the work that is due and does not wait for events. */
     const Uint64 before = SDL_GetPerformanceCounter();
     vel_pump(screen, NULL);
-    const double took = (double)(SDL_GetPerformanceCounter() - before) / ticks;
-    counts->longest_pump = took > counts->longest_pump ? took : counts->longest_pump;
+    const double pump_time = (double)(SDL_GetPerformanceCounter() - before) / ticks;
+    counts->longest_pump = pump_time > counts->longest_pump ? pump_time : counts->longest_pump;
     int is_up = 0;
     vel_is_up(screen, &is_up);
     if (is_up != was_up) {
-      tell(is_up ? "covered" : "uncovered");
+      print_line(is_up ? "covered" : "uncovered");
       was_up = is_up;
     }
 
@@ -125,20 +125,20 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Options* want
       printf("%d frames covered\n", counts->frames_covered);
       fflush(stdout);
     }
-    const Uint32 spent = SDL_GetTicks() - begun;
-    SDL_Delay(spent < FRAME_MILLISECONDS ? FRAME_MILLISECONDS - spent : 0);
+    const Uint32 frame_time = SDL_GetTicks() - frame_start;
+    SDL_Delay(frame_time < FRAME_MILLISECONDS ? FRAME_MILLISECONDS - frame_time : 0);
   }
   vel_destroy(&screen);
 }
 
 int main(int argc, char** argv) {
   char default_file[] = "events.txt";
-  Options wanted;
+  Arguments arguments;
   Counts counts = {0, 0, 0};
 
-  wanted.events_file = argc > 1 ? argv[1] : default_file;
-  wanted.seconds = argc > 2 ? atof(argv[2]) : 3;
-  wanted.frames_before = argc > 3 ? atoi(argv[3]) : 0;
+  arguments.events_file = argc > 1 ? argv[1] : default_file;
+  arguments.seconds = argc > 2 ? atof(argv[2]) : 3;
+  arguments.frames_before = argc > 3 ? atoi(argv[3]) : 0;
   /* The library recognises the player window by this class name. */
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
@@ -152,7 +152,7 @@ int main(int argc, char** argv) {
     SDL_Quit();
     return fail(SDL_GetError());
   }
-  play(window, renderer, &wanted, &counts);
+  play(window, renderer, &arguments, &counts);
   SDL_DestroyRenderer(renderer);
   SDL_DestroyWindow(window);
   SDL_Quit();

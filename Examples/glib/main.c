@@ -1,6 +1,6 @@
-/* A host with GLib's main loop. The library is a source of that loop, which waits for the library's
- * descriptor and next deadline. The window system is the one in memory, so the example needs no
- * display. */
+/* A host with GLib's main loop. The library is a source of that loop. The loop waits for the
+ * library's descriptor and next deadline. The example uses the headless window system, so it needs
+ * no display. */
 #include <VelLaunchScreen/vel_launch_screen.h>
 #include <glib-unix.h>
 #include <stdio.h>

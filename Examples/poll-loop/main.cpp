@@ -1,5 +1,5 @@
 // A host with its own loop around poll. It waits for its own input and for the library's descriptor
-// at once. The window system is the one in memory, so the example needs no display.
+// at the same time. It uses the headless window system, so it needs no display.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 #include <poll.h>
 #include <unistd.h>
@@ -28,10 +28,10 @@ class Host final : public vel::Class<Host, "Host", vel::NSObject, vel::ContentVi
 
 int main() {
   vel::NSApplication::start(std::make_unique<vel::HeadlessWindowSystem>());
-  bool recorded = false;
-  vel::MetricsCenter::setSink([&recorded](std::string_view event) {
+  bool isEventRecorded = false;
+  vel::MetricsCenter::setSink([&isEventRecorded](std::string_view event) {
     std::printf("event %.*s\n", static_cast<int>(event.size()), event.data());
-    recorded = true;
+    isEventRecorded = true;
   });
 
   const auto window = vel::NSWindow::initAs<PlayerWindow>(vel::CGRect{{}, {640, 480}},
@@ -51,7 +51,7 @@ int main() {
 
   vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
   int input = STDIN_FILENO;
-  while (!recorded) {
+  while (!isEventRecorded) {
     loop.pump();
     // The descriptor is readable when the library has work to do, for example when a timer is due.
     std::array<pollfd, 2> sources{{{loop.descriptor(), POLLIN, 0}, {input, POLLIN, 0}}};

@@ -18,7 +18,7 @@ VEL_OK, VEL_PRESENT_EMBEDDED = 0, 0
 
 
 def structure(name, fields):
-    """Returns a function that makes one of the library's structures, with its first member, size, set."""
+    """Returns a function that makes one of the library's structures and sets its member `size`."""
     kind = type(name, (ctypes.Structure,), {"_fields_": [("size", c_size_t), *fields]})
     return lambda **values: kind(size=ctypes.sizeof(kind), **values)
 
@@ -70,27 +70,27 @@ class Host:
     """Prints each callback on one line: its name and its arguments."""
 
     def __init__(self):
-        self.called = set()
+        self.callback_names = set()
 
-    def tell(self, name, *values):
+    def print_callback(self, name, *values):
         texts = (value.decode() if isinstance(value, bytes) else str(value) for value in values)
         print(name, *texts, flush=True)
-        self.called.add(name)
-        return 1  # may_disappear agrees
+        self.callback_names.add(name)
+        return 1  # the return value of may_disappear: yes
 
     def is_done(self):
         """Returns true after the end, and after the event unless the display is lost."""
-        return "ended" in self.called and bool(self.called & {"record_event", "display_lost"})
+        return "ended" in self.callback_names and bool(self.callback_names & {"record_event", "display_lost"})
 
     def callbacks(self):
         """Returns the callbacks. The caller must keep them while the library may call them."""
 
-        def telling(name, kind):
+        def make_callback(name, kind):
             if kind._restype_ is None:
-                return kind(lambda _, *values: self.tell(name, *values) and None)
-            return kind(lambda _, *values: self.tell(name, *values))
+                return kind(lambda _, *values: self.print_callback(name, *values) and None)
+            return kind(lambda _, *values: self.print_callback(name, *values))
 
-        return Callbacks(**{name: telling(name, kind) for name, kind in CALLBACKS})
+        return Callbacks(**{name: make_callback(name, kind) for name, kind in CALLBACKS})
 
 
 def run(library, display, seconds):

@@ -24,13 +24,13 @@ constexpr int kHeight = 400;
 constexpr auto kFrame = std::chrono::microseconds(16'667);
 
 template <class T, void (*destroy)(T*)>
-struct With {
-  void operator()(T* thing) const { destroy(thing); }
+struct Deleter {
+  void operator()(T* object) const { destroy(object); }
 };
-using GameWindow = std::unique_ptr<SDL_Window, With<SDL_Window, SDL_DestroyWindow>>;
-using GameRenderer = std::unique_ptr<SDL_Renderer, With<SDL_Renderer, SDL_DestroyRenderer>>;
+using GameWindow = std::unique_ptr<SDL_Window, Deleter<SDL_Window, SDL_DestroyWindow>>;
+using GameRenderer = std::unique_ptr<SDL_Renderer, Deleter<SDL_Renderer, SDL_DestroyRenderer>>;
 
-// The command line.
+// The arguments of the command line.
 struct Arguments {
   const char* eventsFile = "events.txt";
   double seconds = 3;
@@ -49,8 +49,8 @@ void printLine(const char* text) {
   std::fflush(stdout);
 }
 
-int fail(const char* why) {
-  std::fprintf(stderr, "sdl2-game: %s\n", why);
+int fail(const char* reason) {
+  std::fprintf(stderr, "sdl2-game: %s\n", reason);
   return 1;
 }
 
@@ -96,7 +96,7 @@ VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Arguments& arguments
   return screen;
 }
 
-// A ball that moves through the window.
+// Draws a ball that moves through the window.
 void draw(SDL_Renderer* renderer, int frame) {
   const double angle = frame * 0.05;
   const SDL_Rect ball{static_cast<int>((kWidth - 60) * (0.5 + 0.5 * std::sin(angle))),

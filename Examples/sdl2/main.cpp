@@ -1,5 +1,5 @@
 // A host that draws only when an SDL event arrives. It waits for SDL events until the library's
-// next deadline. The window system is the one in memory, so the example needs no display.
+// next deadline. The example uses the headless window system, so it needs no display.
 #include <SDL.h>
 #include <VelLaunchScreen/vel_launch_screen.h>
 
@@ -31,9 +31,9 @@ int main(int /*argc*/, char** /*argv*/) {
     std::fprintf(stderr, "%s\n", SDL_GetError());
     return 1;
   }
-  bool recorded = false;
+  bool isEventRecorded = false;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
-  callbacks.user_data = &recorded;
+  callbacks.user_data = &isEventRecorded;
   callbacks.will_appear = willAppear;
   callbacks.did_disappear = didDisappear;
   callbacks.record_event = recordEvent;
@@ -50,7 +50,7 @@ int main(int /*argc*/, char** /*argv*/) {
   }
 
   bool running = screen != nullptr;
-  while (running && !recorded) {
+  while (running && !isEventRecorded) {
     vel_pump(screen, nullptr);
     SDL_Event event;
     if (SDL_WaitEventTimeout(&event, milliseconds(screen)) != 0) {
@@ -59,5 +59,5 @@ int main(int /*argc*/, char** /*argv*/) {
   }
   vel_destroy(&screen);
   SDL_Quit();
-  return recorded ? 0 : 1;
+  return isEventRecorded ? 0 : 1;
 }
