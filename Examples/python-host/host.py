@@ -80,7 +80,8 @@ class Host:
 
     def is_done(self):
         """Returns true after the end, and after the event unless the display is lost."""
-        return "ended" in self.callback_names and bool(self.callback_names & {"record_event", "display_lost"})
+        names = self.callback_names
+        return "ended" in names and bool(names & {"record_event", "display_lost"})
 
     def callbacks(self):
         """Returns the callbacks. The caller must keep them while the library may call them."""
