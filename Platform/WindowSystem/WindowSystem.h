@@ -146,7 +146,7 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Adopts another program's window. `nativeId` is the window system's own identifier. On failure,
   /// sets `error` to the reason and returns `std::nullopt`.
   virtual std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) = 0;
-  /// Destroys a window that `createWindow` made. Releases an adopted window without changing it.
+  /// Destroys a window that `createWindow` made. Restores and releases an adopted window.
   virtual void releaseWindow(WindowHandle window) = 0;
 
   /// Shows the window in front of all others.
