@@ -11,7 +11,7 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   libglib2.0-dev libsdl2-dev doxygen
   # the X servers, window managers and programs of the tests on X11
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
-  xvfb metacity openbox xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
+  xvfb metacity openbox xfwm4 icewm xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
   python3-xlib)
 # The hosts and environments of scripts/hosts.sh.
 # shellcheck disable=SC2034

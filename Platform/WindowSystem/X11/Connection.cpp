@@ -1,5 +1,6 @@
 #include "Platform/WindowSystem/X11/Connection.h"
 
+#include <poll.h>
 #include <xcb/randr.h>
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include "Platform/WindowSystem/X11/BrokenPipeGuard.h"
+#include "Platform/WindowSystem/X11/Timing.h"
 
 namespace vel::x11 {
 
@@ -129,6 +131,30 @@ bool Connection::enqueue(Event event) {
     events_.push_back(std::move(event));
   }
   return !events_.empty();
+}
+
+bool Connection::waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& isExpected,
+                              Nanoseconds deadline) {
+  flush();
+  std::size_t checkedCount = 0;
+  while (true) {
+    while (Event event{xcb_poll_for_event(connection_)}) {
+      events_.push_back(std::move(event));
+    }
+    for (; checkedCount < events_.size(); ++checkedCount) {
+      const xcb_generic_event_t& event = *events_[checkedCount];
+      if (event.response_type != 0 && isExpected(event)) {
+        return true;
+      }
+    }
+    const Nanoseconds timeLeft = deadline - steadyNow();
+    if (timeLeft <= 0 || isBroken()) {
+      return false;
+    }
+    constexpr Nanoseconds kMillisecond = kNanosecondsPerSecond / 1000;
+    pollfd input{.fd = xcb_get_file_descriptor(connection_), .events = POLLIN, .revents = 0};
+    poll(&input, 1, static_cast<int>(timeLeft / kMillisecond) + 1);
+  }
 }
 
 xcb_get_property_cookie_t Connection::requestProperty(xcb_window_t window, xcb_atom_t name) const {

@@ -7,11 +7,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/Time.h"
 #include "Platform/WindowSystem/X11/Atoms.h"
 #include "Platform/WindowSystem/X11/Property.h"
 #include "Platform/WindowSystem/X11/RequestLog.h"
@@ -75,6 +77,11 @@ class Connection final : public NonCopyable {
   /// Returns true if an event has already been read from the connection. The descriptor is not
   /// readable for such events.
   bool hasQueuedEvents();
+
+  /// Blocks until an event comes for which `isExpected` returns true. `nextEvent` still returns the
+  /// event. Returns false if the deadline passes or the connection breaks.
+  bool waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& isExpected,
+                    Nanoseconds deadline);
 
   /// Remembers a request that has just been sent, for the log. `request` must be a literal.
   void track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {

@@ -26,13 +26,17 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
 void ControlsMonitor::windowManagerChanged() {
   for (auto& [id, window] : windows_) {
     if (window.reportedControls) {
-      window.controlsDeadline = steadyNow() + kWindowManagerDelay;
+      scheduleCheck(window);
     }
   }
 }
 
 void ControlsMonitor::styleMaskChanged(Window& window) {
   window.reportedControls.reset();
+  scheduleCheck(window);
+}
+
+void ControlsMonitor::scheduleCheck(Window& window) {
   window.controlsDeadline = steadyNow() + kWindowManagerDelay;
 }
 
@@ -54,9 +58,12 @@ void ControlsMonitor::check(Nanoseconds now) {
 }
 
 void ControlsMonitor::checkWindow(Window& window) {
-  const auto offered = windowManager_.readOfferedControls(window.id);
+  auto offered = windowManager_.readOfferedControls(window.id);
   if (!offered) {
     return;
+  }
+  if (window.style->isResizingAllowed()) {
+    *offered |= NSWindowStyleMaskResizable;
   }
   const NSWindowStyleMask kept = *offered & window.style->removedControls();
   if (window.reportedControls != kept) {

@@ -20,6 +20,9 @@ class ControlsMonitor final : public NonCopyable {
   void windowManagerChanged();
   /// The window's style mask is set: checks the window when the window manager has had time to act.
   static void styleMaskChanged(Window& window);
+  /// The window's hints have changed: checks the window when the window manager has had time to
+  /// act, and reports only other controls than before.
+  static void scheduleCheck(Window& window);
 
   /// When `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;

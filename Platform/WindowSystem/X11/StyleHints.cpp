@@ -92,7 +92,9 @@ void fixSize(std::vector<std::uint32_t>& normal, PixelRect frame) {
   normal[kMinHeight] = normal[kMaxHeight] = static_cast<std::uint32_t>(frame.height);
 }
 
-HintValue restrictMotif(const HintValue& value, NSWindowStyleMask styleMask, xcb_atom_t newType) {
+}  // namespace
+
+HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb_atom_t newType) {
   std::uint32_t removedFunctions = 0;
   std::uint32_t removedDecorations = 0;
   for (const MotifControl& control : kMotifControls) {
@@ -104,28 +106,24 @@ HintValue restrictMotif(const HintValue& value, NSWindowStyleMask styleMask, xcb
   if ((styleMask & NSWindowStyleMaskTitled) == 0) {
     removedDecorations = kEveryDecoration;
   }
-  auto motif = elementsOf(value, kMotifElementCount);
-  const std::uint32_t functions = functionsOf(motif);
-  const std::uint32_t decorations = decorationsOf(motif);
+  auto elements = elementsOf(motif, kMotifElementCount);
+  const std::uint32_t functions = functionsOf(elements);
+  const std::uint32_t decorations = decorationsOf(elements);
   if ((functions & removedFunctions) == 0 && (decorations & removedDecorations) == 0) {
-    return value;
+    return motif;
   }
-  motif[kMotifFlags] |= kHasFunctions | kHasDecorations;
-  motif[kMotifFunctions] = functions & ~removedFunctions;
-  motif[kMotifDecorations] = decorations & ~removedDecorations;
-  return Property::ofNumbers(value ? value->type : newType, motif);
+  elements[kMotifFlags] |= kHasFunctions | kHasDecorations;
+  elements[kMotifFunctions] = functions & ~removedFunctions;
+  elements[kMotifDecorations] = decorations & ~removedDecorations;
+  return Property::ofNumbers(motif ? motif->type : newType, elements);
 }
 
-HintValue restrictNormal(const HintValue& value, NSWindowStyleMask styleMask, PixelRect frame) {
-  auto normal = elementsOf(value, kNormalElementCount);
-  if ((styleMask & NSWindowStyleMaskResizable) != 0 || hasFixedSize(normal)) {
-    return value;
-  }
-  fixSize(normal, frame);
-  return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal);
+Property permissiveMotif(xcb_atom_t type) {
+  std::vector<std::uint32_t> elements(kMotifElementCount);
+  elements[kMotifFlags] = kHasFunctions | kHasDecorations;
+  elements[kMotifFunctions] = elements[kMotifDecorations] = kAll;
+  return Property::ofNumbers(type, elements);
 }
-
-}  // namespace
 
 NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
   const auto motif = elementsOf(hints.motif, kMotifElementCount);
@@ -140,12 +138,6 @@ NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
     styleMask &= ~NSWindowStyleMaskResizable;
   }
   return styleMask;
-}
-
-StyleHints restrictHints(const StyleHints& hints, NSWindowStyleMask styleMask, PixelRect frame,
-                         xcb_atom_t motifType) {
-  return {.motif = restrictMotif(hints.motif, styleMask, motifType),
-          .normal = restrictNormal(hints.normal, styleMask, frame)};
 }
 
 StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
@@ -164,9 +156,11 @@ StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, Pixel
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
   normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions are those of the content, not of a frame
-  return restrictHints(
-      {Property::ofNumbers(motifType, motif), Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)},
-      styleMask, frame, motifType);
+  if ((styleMask & NSWindowStyleMaskResizable) == 0) {
+    fixSize(normal, frame);
+  }
+  return {.motif = restrictMotif(Property::ofNumbers(motifType, motif), styleMask, motifType),
+          .normal = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, normal)};
 }
 
 }  // namespace vel::x11

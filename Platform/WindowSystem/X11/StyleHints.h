@@ -13,10 +13,9 @@ inline constexpr NSWindowStyleMask kControls =
 /// The bits of a style mask that hints can express.
 inline constexpr NSWindowStyleMask kStyleInHints = kControls | NSWindowStyleMaskTitled;
 
-/// How many elements at the start of each property are sets of bits: flags, functions and
-/// decorations of _MOTIF_WM_HINTS, and flags of WM_NORMAL_HINTS.
+/// How many elements at the start of _MOTIF_WM_HINTS are sets of bits: flags, functions and
+/// decorations.
 inline constexpr std::size_t kMotifBitSetCount = 3;
-inline constexpr std::size_t kNormalBitSetCount = 1;
 
 /// The properties of a window that express its style mask.
 struct StyleHints {
@@ -29,11 +28,15 @@ struct StyleHints {
 /// controls.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// Returns `hints` without the title and the controls that `styleMask` lacks, for a window of the
-/// size of `frame`. Adds no control that `hints` lack. Returns a property unchanged, to the byte,
-/// if it lacks all of these already. `motifType` is the type of a new Motif property.
-[[nodiscard]] StyleHints restrictHints(const StyleHints& hints, NSWindowStyleMask styleMask,
-                                       PixelRect frame, xcb_atom_t motifType);
+/// Returns the value of _MOTIF_WM_HINTS without the title and the controls that `styleMask` lacks.
+/// Adds no control that `motif` lacks. Returns it unchanged, to the byte, if it lacks all of these
+/// already. `newType` is the type of a new property.
+[[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
+                                      xcb_atom_t newType);
+
+/// A value of _MOTIF_WM_HINTS that allows all functions and decorations. It means the same as no
+/// property, but some window managers ignore the deletion of the property.
+[[nodiscard]] Property permissiveMotif(xcb_atom_t type);
 
 /// The hints of a window that we create, which the program positions and sizes.
 [[nodiscard]] StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind,

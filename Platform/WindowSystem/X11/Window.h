@@ -38,6 +38,8 @@ struct Window {
   Nanoseconds controlsDeadline = kNever;
   /// The controls of the last `controlsKept` report. No value before the first report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
+  /// When to delete the hints that `WindowStyle::restore` has written.
+  Nanoseconds restorationDeadline = kNever;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;
 

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 #include "Platform/WindowSystem/X11/Requests.h"
+#include "Platform/WindowSystem/X11/StyleHints.h"
 
 namespace vel::x11 {
 
@@ -15,14 +17,38 @@ namespace {
 // The source indication of _NET_ACTIVE_WINDOW for a normal application.
 constexpr std::uint32_t kSourceApplication = 1;
 
+constexpr std::uint32_t kRootEvents =
+    XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+
+/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes, and the
+/// controls that it does remove when _MOTIF_WM_HINTS lack their functions. This was measured by
+/// what the buttons, keys and drags did.
+struct UnreliableWindowManager {
+  std::string_view namePrefix;
+  NSWindowStyleMask removedControls;
+};
+constexpr std::array kUnreliableWindowManagers{
+    UnreliableWindowManager{"Xfwm4", NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable},
+    UnreliableWindowManager{"IceWM", kControls},
+    UnreliableWindowManager{"KWin", NSWindowStyleMaskClosable | NSWindowStyleMaskResizable},
+    UnreliableWindowManager{"Fluxbox", NSWindowStyleMaskResizable},
+    UnreliableWindowManager{"i3", NSWindowStyleMaskBorderless},
+    UnreliableWindowManager{"awesome", NSWindowStyleMaskBorderless}};
+
 }  // namespace
 
 // A connection has only one event mask for each window. This mask of the root window also selects
 // the events that ScreenCoordinates needs.
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
-  selectEvents(connection_, connection_.root(),
-               XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  selectEvents(connection_, connection_.root(), kRootEvents);
   requestProperties();
+}
+
+void WindowManager::selectStateRequests(bool selected) {
+  if (std::exchange(areStateRequestsSelected_, selected) != selected) {
+    selectEvents(connection_, connection_.root(),
+                 selected ? kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : kRootEvents);
+  }
 }
 
 void WindowManager::requestProperties() {
@@ -133,9 +159,21 @@ void WindowManager::requestIconify(xcb_window_t window) {
   sendToWindowManager(connection_, window, Atom::WmChangeState, {XCB_ICCCM_WM_STATE_ICONIC});
 }
 
+std::string WindowManager::readName() {
+  const auto name =
+      connection_.readPropertyIfExists(checkWindow_, connection_.atom(Atom::NetWmName));
+  return name ? std::string(name->text()) : std::string();
+}
+
 std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t window) {
   if (!isPresent()) {
     return NSWindowStyleMaskBorderless;
+  }
+  const std::string name = readName();
+  for (const auto& [namePrefix, removedControls] : kUnreliableWindowManagers) {
+    if (name.starts_with(namePrefix)) {
+      return kControls & ~removedControls;
+    }
   }
   if (!supports(Atom::NetWmAllowedActions)) {
     return std::nullopt;

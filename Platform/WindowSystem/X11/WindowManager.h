@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "Platform/Foundation/NonCopyable.h"
@@ -39,6 +40,9 @@ class WindowManager final : public NonCopyable {
   /// for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
+  /// Whether `StateRequestRelay` receives the requests that clients send to the window manager.
+  void selectStateRequests(bool selected);
+
  private:
   struct PendingReplies {
     xcb_get_property_cookie_t check;
@@ -48,12 +52,14 @@ class WindowManager final : public NonCopyable {
   void requestProperties();
   void readReplies();
   bool isSupportingWmCheckWindow(xcb_window_t window);
+  [[nodiscard]] std::string readName();
   [[nodiscard]] bool supports(Atom feature) const;
 
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
   xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // of _NET_SUPPORTING_WM_CHECK
   std::vector<std::uint32_t> supported_;        // _NET_SUPPORTED
+  bool areStateRequestsSelected_ = false;
 };
 
 }  // namespace vel::x11

@@ -52,7 +52,7 @@ void WindowMonitor::mark(xcb_window_t id) {
 void WindowMonitor::updateMarked() {
   for (auto& [id, window] : windows_) {
     if (std::exchange(window.hasHintChanges, false)) {
-      window.style->hintsChanged(window.frame);
+      window.style->hintsChanged();
       reportOwnersMask(window);
     }
     if (std::exchange(window.hasStateChanges, false)) {

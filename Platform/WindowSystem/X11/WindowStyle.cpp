@@ -14,8 +14,7 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, WindowKind
       kind_(kind),
       mask_(styleMask),
       reportedOwnersMask_(styleMask),
-      motif_(std::nullopt, kMotifBitSetCount),
-      normal_(std::nullopt, kNormalBitSetCount) {
+      motif_(std::nullopt, kMotifBitSetCount) {
   writeOwnHints(frame);
 }
 
@@ -26,17 +25,13 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const Styl
       mask_(styleMaskOf(ownersHints)),
       reportedOwnersMask_(mask_),
       motif_(ownersHints.motif, kMotifBitSetCount),
-      normal_(ownersHints.normal, kNormalBitSetCount) {}
+      normal_(ownersHints.normal) {}
 
 // Each reply must be read: XCB keeps it in memory until then.
-WindowStyle::~WindowStyle() { reconcileReplacedHints(); }
+WindowStyle::~WindowStyle() { reconcileReplacedMotif(); }
 
 StyleHints WindowStyle::ownersHints() const {
-  return {.motif = motif_.ownersValue(), .normal = normal_.ownersValue()};
-}
-
-StyleHints WindowStyle::currentHints() const {
-  return {.motif = motif_.currentValue(), .normal = normal_.currentValue()};
+  return {.motif = motif_.ownersValue(), .normal = normal_};
 }
 
 NSWindowStyleMask WindowStyle::removedControls() const {
@@ -50,30 +45,35 @@ void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
   } else if ((mask_ & kStyleInHints) == (reportedOwnersMask_ & kStyleInHints)) {
     restore();
   } else {
-    overrideHints(frame);
+    overrideMotif();
   }
 }
 
 void WindowStyle::sizeChanged(PixelRect frame) {
-  if ((mask_ & NSWindowStyleMaskResizable) != 0) {
-    return;  // the hints do not contain the size
-  }
-  if (isOwn()) {
+  // The hints of a resizable window do not contain its size.
+  if (isOwn() && (mask_ & NSWindowStyleMaskResizable) == 0) {
     writeOwnHints(frame);
-  } else if (isOverridden_) {
-    reconcileAndOverrideHints(frame);
   }
 }
 
-void WindowStyle::hintsChanged(PixelRect frame) {
+void WindowStyle::hintsChanged() {
   if (isOwn()) {
     return;
   }
   if (isOverridden_) {
-    reconcileAndOverrideHints(frame);
+    reconcileAndOverrideMotif();
   } else {
     reconcileCurrentHints();
   }
+}
+
+bool WindowStyle::preventsResizing() const {
+  return isOverridden_ && !isResizingAllowed_ && (mask_ & NSWindowStyleMaskResizable) == 0;
+}
+
+void WindowStyle::allowResizing() {
+  isResizingAllowed_ = true;
+  reconcileAndOverrideMotif();
 }
 
 std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersMask() const {
@@ -89,65 +89,85 @@ void WindowStyle::markOwnersMaskReported() {
 }
 
 void WindowStyle::writeOwnHints(PixelRect frame) {
-  writeHints(hintsForOwnWindow(mask_, *kind_, frame, motifName_));
+  const StyleHints hints = hintsForOwnWindow(mask_, *kind_, frame, motifName_);
+  writeMotif(hints.motif);
+  if (normal_ != hints.normal) {
+    normal_ = hints.normal;
+    changeProperty(connection_, window_, XCB_ATOM_WM_NORMAL_HINTS, normal_);
+  }
 }
 
-// In the next three functions, the server grab guarantees that the owner does not write between our
+// In the next four functions, the server grab guarantees that the owner does not write between our
 // reading and our writing: we never overwrite a value that we have not read or requested.
 
-// Does not block, because the replies are read later. Our write causes a PropertyNotify event, and
-// `hintsChanged` then reads them.
-void WindowStyle::overrideHints(PixelRect frame) {
+// Does not block, because the reply is read later. Our write causes a PropertyNotify event, and
+// `hintsChanged` then reads the reply.
+void WindowStyle::overrideMotif() {
   isOverridden_ = true;
+  isRestoring_ = false;
+  overrideTime_ = steadyNow();
   const ServerGrab grab(connection_);
-  replacedHints_.push_back({.pendingReplies = requestHints(), .expectedHints = currentHints()});
-  writeHints(restrictHints(ownersHints(), mask_, frame, motifName_));
+  replacedMotif_.push_back({.pendingReply = connection_.requestProperty(window_, motifName_),
+                            .expectedValue = motif_.currentValue()});
+  writeMotif(restrictedMotif());
 }
 
-void WindowStyle::reconcileAndOverrideHints(PixelRect frame) {
+void WindowStyle::reconcileAndOverrideMotif() {
+  overrideTime_ = steadyNow();
   const ServerGrab grab(connection_);
-  reconcileReplacedHints();
+  reconcileReplacedMotif();
   reconcileCurrentHints();
-  writeHints(restrictHints(ownersHints(), mask_, frame, motifName_));
+  writeMotif(restrictedMotif());
 }
 
 void WindowStyle::restore() {
   if (!isOverridden_) {
     return;
   }
+  isOverridden_ = isResizingAllowed_ = false;
   const ServerGrab grab(connection_);
-  reconcileReplacedHints();
+  reconcileReplacedMotif();
   reconcileCurrentHints();
-  writeHints(ownersHints());
-  motif_.forgetWrites();
-  normal_.forgetWrites();
-  isOverridden_ = false;
+  if (motif_.ownersValue() || !motif_.currentValue()) {
+    writeMotif(motif_.ownersValue());
+    motif_.forgetWrites();
+  } else {
+    writeMotif(permissiveMotif(motifName_));
+    isRestoring_ = true;
+  }
 }
 
-WindowStyle::PendingReplies WindowStyle::requestHints() const {
-  return {.motif = connection_.requestProperty(window_, motifName_),
-          .normal = connection_.requestProperty(window_, XCB_ATOM_WM_NORMAL_HINTS)};
+void WindowStyle::finishRestoring() {
+  if (!std::exchange(isRestoring_, false)) {
+    return;
+  }
+  const ServerGrab grab(connection_);
+  reconcileCurrentHints();
+  writeMotif(motif_.ownersValue());
+  motif_.forgetWrites();
 }
 
 void WindowStyle::reconcileCurrentHints() {
-  const PendingReplies pending = requestHints();
-  motif_.reconcile(connection_.readProperty(pending.motif, window_));
-  normal_.reconcile(connection_.readProperty(pending.normal, window_));
+  const auto motif = connection_.requestProperty(window_, motifName_);
+  const auto normal = connection_.requestProperty(window_, XCB_ATOM_WM_NORMAL_HINTS);
+  motif_.reconcile(connection_.readProperty(motif, window_));
+  normal_ = connection_.readProperty(normal, window_);
 }
 
-void WindowStyle::reconcileReplacedHints() {
-  for (const auto& [pending, expected] : std::exchange(replacedHints_, {})) {
-    motif_.reconcileReplaced(expected.motif, connection_.readProperty(pending.motif, window_));
-    normal_.reconcileReplaced(expected.normal, connection_.readProperty(pending.normal, window_));
+void WindowStyle::reconcileReplacedMotif() {
+  for (const auto& [pendingReply, expectedValue] : std::exchange(replacedMotif_, {})) {
+    motif_.reconcileReplaced(expectedValue, connection_.readProperty(pendingReply, window_));
   }
 }
 
-void WindowStyle::writeHints(const StyleHints& hints) {
-  if (motif_.recordWrite(hints.motif)) {
-    changeProperty(connection_, window_, motifName_, hints.motif);
-  }
-  if (normal_.recordWrite(hints.normal)) {
-    changeProperty(connection_, window_, XCB_ATOM_WM_NORMAL_HINTS, hints.normal);
+HintValue WindowStyle::restrictedMotif() const {
+  const NSWindowStyleMask allowed = isResizingAllowed_ ? mask_ | NSWindowStyleMaskResizable : mask_;
+  return restrictMotif(motif_.ownersValue(), allowed, motifName_);
+}
+
+void WindowStyle::writeMotif(const HintValue& value) {
+  if (motif_.recordWrite(value)) {
+    changeProperty(connection_, window_, motifName_, value);
   }
 }
 

@@ -5,17 +5,22 @@
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/Connection.h"
 #include "Platform/WindowSystem/X11/StyleHints.h"
+#include "Platform/WindowSystem/X11/Timing.h"
 
 namespace vel::x11 {
 
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
 /// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
-/// window, it overrides the owner's hints while the style mask differs from the owner's mask, and
-/// then restores the owner's hints to the byte. It never changes WM_PROTOCOLS: the window manager
-/// still asks the owner to close the window.
+/// window, it overrides the owner's _MOTIF_WM_HINTS while the style mask differs from the owner's
+/// mask, and then restores the owner's value to the byte.
 ///
-/// The hints of an adopted window, after each write (A to D are values; "A - controls" is A without
-/// the title and the controls that the mask removes; `HintOverride` computes the last column):
+/// It never changes WM_NORMAL_HINTS of an adopted window: a fixed size there also makes window
+/// managers refuse the owner's own requests for another size. It never changes WM_PROTOCOLS: the
+/// window manager still asks the owner to close the window.
+///
+/// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values; "A - controls" is A
+/// without the title and the controls that the mask removes; `HintOverride` computes the last
+/// column):
 ///
 ///   who writes, and when                       the window has             restoring writes
 ///   -----------------------------------------  -------------------------  ----------------------
@@ -32,9 +37,10 @@ namespace vel::x11 {
 ///     edited                                     D - controls               our changes taken out
 ///   owner, while overridden: deletes the       no property, until the     no property
 ///     property                                   event comes; then ours
-///   we, when the window is resized             C - controls, with the     C
-///                                                new fixed size
 ///   we, in restore                             C                          nothing
+///   we, in restore, without a value to         a value that allows all,   nothing
+///     restore                                    until `finishRestoring`;
+///                                                then no property
 class WindowStyle final : public NonCopyable {
  public:
   /// For a window that we create. Writes the hints.
@@ -51,13 +57,29 @@ class WindowStyle final : public NonCopyable {
   /// Blocks for a round trip to the X server only to restore hints. Overriding does not block, so
   /// that a launch screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
-  /// The window has another size, or is about to get it. Can block for a round trip if the window
-  /// is adopted.
+  /// The window is about to get another size. Has no effect on an adopted window.
   void sizeChanged(PixelRect frame);
   /// A program has written the hints. Blocks for a round trip if the window is adopted.
-  void hintsChanged(PixelRect frame);
-  /// Restores the owner's hints if they are overridden. Blocks for a round trip.
+  void hintsChanged();
+
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
+  /// value is no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
   void restore();
+  /// The property has a value that allows everything. The window manager must read this value
+  /// before `finishRestoring` deletes the property: some window managers ignore the deletion.
+  [[nodiscard]] bool isRestoring() const { return isRestoring_; }
+  /// When the hints were last overridden, on the steady clock.
+  [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
+  /// Deletes the property, unless the owner has written it since. Blocks for a round trip.
+  void finishRestoring();
+
+  [[nodiscard]] bool isOverridden() const { return isOverridden_; }
+  /// The overridden hints remove the functions for resizing and maximising.
+  [[nodiscard]] bool preventsResizing() const;
+  /// Restores the functions for resizing and maximising, because the owner needs them. They stay
+  /// until `restore`. Blocks for a round trip.
+  void allowResizing();
+  [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
   /// The style mask that the owner has given the window, if it was not reported yet. No value while
   /// the hints are overridden.
@@ -65,28 +87,23 @@ class WindowStyle final : public NonCopyable {
   void markOwnersMaskReported();
 
  private:
-  struct PendingReplies {
-    xcb_get_property_cookie_t motif;
-    xcb_get_property_cookie_t normal;
-  };
-  /// A request for the hints that we sent just before overriding them, and the values expected
+  /// A request for _MOTIF_WM_HINTS that we sent just before overriding it, and the value expected
   /// then.
-  struct ReplacedHints {
-    PendingReplies pendingReplies;
-    StyleHints expectedHints;
+  struct ReplacedMotif {
+    xcb_get_property_cookie_t pendingReply;
+    HintValue expectedValue;
   };
 
   [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
   [[nodiscard]] StyleHints ownersHints() const;
-  [[nodiscard]] StyleHints currentHints() const;
   void writeOwnHints(PixelRect frame);
-  void overrideHints(PixelRect frame);
-  void reconcileAndOverrideHints(PixelRect frame);
+  void overrideMotif();
+  void reconcileAndOverrideMotif();
 
-  [[nodiscard]] PendingReplies requestHints() const;
   void reconcileCurrentHints();
-  void reconcileReplacedHints();
-  void writeHints(const StyleHints& hints);
+  void reconcileReplacedMotif();
+  [[nodiscard]] HintValue restrictedMotif() const;
+  void writeMotif(const HintValue& value);
 
   Connection& connection_;
   xcb_window_t window_;
@@ -95,9 +112,12 @@ class WindowStyle final : public NonCopyable {
   NSWindowStyleMask mask_;
   NSWindowStyleMask reportedOwnersMask_;
   bool isOverridden_ = false;
+  bool isResizingAllowed_ = false;
+  bool isRestoring_ = false;
+  Nanoseconds overrideTime_ = 0;
   HintOverride motif_;
-  HintOverride normal_;
-  std::vector<ReplacedHints> replacedHints_;  // oldest first
+  HintValue normal_;                          // the current WM_NORMAL_HINTS
+  std::vector<ReplacedMotif> replacedMotif_;  // oldest first
 };
 
 }  // namespace vel::x11

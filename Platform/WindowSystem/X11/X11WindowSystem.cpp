@@ -37,6 +37,16 @@ std::string hexadecimal(std::uint64_t number) {
   return "0x" + std::string(std::as_const(digits).data(), end);
 }
 
+// SubstructureNotify on a window brings these events about its children. They have the same layout.
+bool isSelectedOnParent(const xcb_generic_event_t& event, xcb_window_t parent) {
+  const int type = typeOf(event);
+  if (type < XCB_CREATE_NOTIFY || type > XCB_CIRCULATE_NOTIFY) {
+    return false;
+  }
+  const auto notice = eventAs<xcb_destroy_notify_event_t>(event);
+  return notice.event == parent && notice.window != parent;
+}
+
 PixelRect withMinimumSize(PixelRect frame) {
   frame.width = std::max(frame.width, 1);
   frame.height = std::max(frame.height, 1);
@@ -69,12 +79,17 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
       focus_(*connection_, windowManager_, windows_, reports_),
       monitor_(*connection_, coordinates_, order_, windows_, reports_),
       controls_(*connection_, windowManager_, windows_, reports_),
+      restorer_(*connection_, windowManager_, windows_),
+      relay_(*connection_, windowManager_, windows_),
       animation_(windows_) {}
 
 X11WindowSystem::~X11WindowSystem() {
   const RequestBatch batch(*connection_);
   for (auto& [id, window] : windows_) {
-    release(window);
+    beginRelease(window);
+  }
+  for (auto& [id, window] : windows_) {
+    finishRelease(window);
   }
   windows_.clear();
 }
@@ -201,20 +216,29 @@ void X11WindowSystem::releaseWindow(WindowHandle window) {
   }
   const RequestBatch batch(*connection_);
   const xcb_window_t id = released->id;
-  release(*released);
+  beginRelease(*released);
+  finishRelease(*released);
   focus_.windowRemoved(id);
   reports_.removeReports(window);
   windows_.remove(id);
+  relay_.stopIfUnused();
 }
 
-void X11WindowSystem::release(Window& window) {
+void X11WindowSystem::beginRelease(Window& window) {
   window.cover = nullptr;
   if (window.isOwn()) {
     destroyWindow(*connection_, window.id);
     return;
   }
   window.style->restore();
-  selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
+  restorer_.begin(window);
+}
+
+void X11WindowSystem::finishRelease(Window& window) {
+  if (!window.isOwn()) {
+    restorer_.finish(window);
+    selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
+  }
 }
 
 // Putting windows on screen
@@ -307,7 +331,12 @@ void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
 void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
   if (Window* const changed = windows_.find(window)) {
     const RequestBatch batch(*connection_);
+    if (!changed->isOwn()) {
+      relay_.start();
+    }
     changed->style->setMask(styleMask, changed->frame);
+    restorer_.begin(*changed);
+    relay_.stopIfUnused();
     monitor_.reportOwnersMask(*changed);
     x11::ControlsMonitor::styleMaskChanged(*changed);
   }
@@ -371,7 +400,8 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
       connection_->isBroken()) {
     return 0;
   }
-  return std::min({animation_.deadline(), controls_.deadline(), order_.deadline()});
+  return std::min(
+      {animation_.deadline(), controls_.deadline(), restorer_.deadline(), order_.deadline()});
 }
 
 bool X11WindowSystem::processEvents() {
@@ -385,6 +415,7 @@ bool X11WindowSystem::processEvents() {
   } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
   const Nanoseconds now = x11::steadyNow();
   controls_.check(now);
+  restorer_.check(now);
   order_.check(now);
   animation_.advance(now);
   if (!connection_->hasQueuedEvents()) {  // a queued DestroyNotify may explain an error
@@ -403,6 +434,9 @@ bool X11WindowSystem::handleArrivedEvents() {
 }
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
+  if (isSelectedOnParent(event, connection_->root())) {
+    return;  // `StateRequestRelay` receives these as well as the requests
+  }
   for (auto& [id, window] : windows_) {
     if (window.cover->isOvertakenBy(event)) {
       window.cover->raise();
@@ -419,6 +453,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   order_.handle(event);
   monitor_.handle(event);
   controls_.handle(event);
+  restorer_.handle(event);
   switch (typeOf(event)) {
     case XCB_CLIENT_MESSAGE:
       return handleClientMessage(eventAs<xcb_client_message_event_t>(event));
@@ -437,6 +472,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
 }
 
 void X11WindowSystem::handleClientMessage(const xcb_client_message_event_t& message) {
+  relay_.handle(message);
   const Window* const window = windows_.find(message.window);
   if (window != nullptr && window->isOwn() &&
       message.type == connection_->atom(Atom::WmProtocols) && message.format == 32 &&
@@ -487,6 +523,7 @@ void X11WindowSystem::windowDestroyed(xcb_window_t id) {
   const WindowHandle handle = window->handle();
   window->cover->windowEnded();
   windows_.remove(id);
+  relay_.stopIfUnused();
   focus_.windowRemoved(id);
   reports_.add(handle,
                [handle](WindowSystemDelegate& delegate) { delegate.windowDestroyed(handle); });

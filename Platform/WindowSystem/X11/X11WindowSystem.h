@@ -12,6 +12,8 @@
 #include "Platform/WindowSystem/X11/RenderExtension.h"
 #include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 #include "Platform/WindowSystem/X11/StackingOrder.h"
+#include "Platform/WindowSystem/X11/StateRequestRelay.h"
+#include "Platform/WindowSystem/X11/StyleRestorer.h"
 #include "Platform/WindowSystem/X11/WindowMonitor.h"
 
 namespace vel {
@@ -58,7 +60,8 @@ class X11WindowSystem final : public WindowSystem {
   [[nodiscard]] bool isShielded(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
   void moveWindow(x11::Window& window, x11::PixelRect frame);
-  void release(x11::Window& window);
+  void beginRelease(x11::Window& window);
+  void finishRelease(x11::Window& window);
 
   // Events
   bool processEvents();
@@ -80,6 +83,8 @@ class X11WindowSystem final : public WindowSystem {
   x11::FocusTracker focus_;
   x11::WindowMonitor monitor_;
   x11::ControlsMonitor controls_;
+  x11::StyleRestorer restorer_;
+  x11::StateRequestRelay relay_;
   x11::Animation animation_;
   x11::PointerDrag drag_;
   WindowHandle modalWindow_ = WindowHandle::None;

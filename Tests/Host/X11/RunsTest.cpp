@@ -140,7 +140,7 @@ TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
 INSTANTIATE_TEST_SUITE_P(
     X11Show, X11Runs,
     testing::Values(Run{Manager::None, "embedded", "none"}, Run{Manager::None, "modal", ""},
-                    Run{Manager::None, "sheet", ""}, Run{Manager::Metacity, "embedded", "none"},
+                    Run{Manager::None, "sheet", ""}, Run{Manager::Metacity, "embedded", "resize"},
                     Run{Manager::Metacity, "modal", ""}, Run{Manager::Metacity, "sheet", ""},
                     Run{Manager::Openbox, "embedded", "close, miniaturise"},
                     Run{Manager::Openbox, "modal", ""}),

@@ -7,13 +7,28 @@
 
 namespace vel::test {
 
+namespace {
+
+std::vector<std::string> commandOf(Manager manager) {
+  switch (manager) {
+    case Manager::Openbox:
+      return {"openbox", "--sm-disable"};
+    case Manager::Xfwm4:
+      return {"xfwm4", "--compositor=off"};
+    case Manager::IceWM:
+      return {"icewm"};
+    default:
+      return {"metacity", "--sm-disable"};
+  }
+}
+
+}  // namespace
+
 Process startManager(Manager kind, const XServer& server, XClient& user) {
   if (kind == Manager::None) {
     return {};
   }
-  const auto program = kind == Manager::Metacity
-                           ? std::vector<std::string>{"metacity", "--sm-disable"}
-                           : std::vector<std::string>{"openbox", "--sm-disable"};
+  const std::vector<std::string> program = commandOf(kind);
   Process manager = server.start(program);
   // The probe gets WM_STATE when the manager manages it. A starting manager may overlook a new
   // window, so the loop maps the probe repeatedly.

@@ -16,9 +16,8 @@
 
 namespace vel::test {
 
-/// The window manager of a test. Metacity honours every hint that the back end writes; Openbox does
-/// not.
-enum class Manager : std::uint8_t { None, Metacity, Openbox };
+/// The window manager of a test. Each of them keeps other controls of a covered window.
+enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM };
 
 /// Starts a window manager and waits until it manages windows. `user` opens a window to check this.
 Process startManager(Manager manager, const XServer& server, XClient& user);

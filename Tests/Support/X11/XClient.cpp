@@ -252,7 +252,8 @@ xcb_window_t XClient::find(std::string_view name, xcb_window_t in) const {
 }
 
 void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window,
-                          std::string_view type, std::uint32_t first, std::uint32_t second) {
+                          std::string_view type, std::uint32_t first, std::uint32_t second,
+                          std::uint32_t third, std::uint32_t fourth) {
   xcb_client_message_event_t event{};
   event.response_type = XCB_CLIENT_MESSAGE;
   event.format = 32;
@@ -260,6 +261,8 @@ void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t wind
   event.type = atom(type);
   event.data.data32[0] = first;
   event.data.data32[1] = second;
+  event.data.data32[2] = third;
+  event.data.data32[3] = fourth;
   std::array<char, 32> bytes{};
   std::memcpy(bytes.data(), &event, bytes.size());
   xcb_send_event(connection_, 0, to, mask, bytes.data());
@@ -286,6 +289,14 @@ void XClient::requestIconify(xcb_window_t window) {
   constexpr std::uint32_t kIconic = 3;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
               window, "WM_CHANGE_STATE", kIconic, 0);
+}
+
+void XClient::requestState(xcb_window_t window, bool isAdded, std::string_view state,
+                           std::string_view secondState) {
+  constexpr std::uint32_t kFromApplication = 1;
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, "_NET_WM_STATE", isAdded ? 1 : 0, atom(state),
+              secondState.empty() ? 0 : atom(secondState), kFromApplication);
 }
 
 // The pointer and the keyboard

@@ -93,6 +93,9 @@ class XClient : NonCopyable {
   void requestActivation(xcb_window_t window);
   /// Sends `WM_CHANGE_STATE` to the window manager to miniaturise the window.
   void requestIconify(xcb_window_t window);
+  /// Sends `_NET_WM_STATE` for one or two states to the window manager, as the window's owner does.
+  void requestState(xcb_window_t window, bool isAdded, std::string_view state,
+                    std::string_view secondState = "");
   /// Returns the first descendant of `in` whose class or WM_NAME is `name`, or 0. Searches depth
   /// first, topmost window first. The default for `in` is the root window.
   [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t in = 0) const;
@@ -118,7 +121,8 @@ class XClient : NonCopyable {
 
  private:
   void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,
-                   std::uint32_t first, std::uint32_t second);
+                   std::uint32_t first, std::uint32_t second, std::uint32_t third = 0,
+                   std::uint32_t fourth = 0);
   void waitForPointer(const std::function<bool(const xcb_query_pointer_reply_t&)>& condition);
   void fake(std::uint8_t type, std::uint8_t detail, int x, int y);
 

@@ -17,7 +17,10 @@ namespace vel::test {
 namespace {
 
 // Without the compositor, the screen shows drawings at once and without shadows.
-constexpr std::string_view kSettings = "[org/gnome/metacity]\ncompositor='none'\n";
+constexpr std::string_view kSettings =
+    "[org/gnome/metacity]\ncompositor='none'\n"
+    "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n";
+constexpr std::string_view kIceWMSettings = "ShowTaskBar=0\nShowSplash=0\n";
 
 std::filesystem::path makeFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "x11-test-XXXXXX").string();
@@ -33,6 +36,8 @@ std::filesystem::path makeFolder() {
 XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
   std::filesystem::create_directories(settings_ / "glib-2.0/settings");
   std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kSettings;
+  std::filesystem::create_directories(settings_ / ".icewm");
+  std::ofstream(settings_ / ".icewm/preferences") << kIceWMSettings;
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
@@ -61,7 +66,8 @@ XServer::~XServer() {
 
 Process XServer::start(const std::vector<std::string>& arguments) const {
   std::vector<std::string> all{"env", "GSETTINGS_BACKEND=keyfile",
-                               "XDG_CONFIG_HOME=" + settings_.string()};
+                               "XDG_CONFIG_HOME=" + settings_.string(),
+                               "HOME=" + settings_.string()};
   all.insert(all.end(), arguments.begin(), arguments.end());
   return {all, display_};
 }

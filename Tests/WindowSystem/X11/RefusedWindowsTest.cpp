@@ -24,7 +24,7 @@ TEST_F(X11RefusedWindows, TheManagersCheckWindowIsRefusedAndItsEndIsStillNoticed
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 0"); }));
+  ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 8"); }));
   const auto checkWindows = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
   ASSERT_EQ(checkWindows.size(), 1U);
   EXPECT_THAT(refusal(checkWindows.front()),

@@ -36,9 +36,8 @@ class X11StyleOwner : public X11Test {
     deliver();
   }
   [[nodiscard]] bool hasNoControls() const {
-    const auto hints = user.numbers(game, kNormal);
-    return user.numbers(game, kMotif).at(1) == 4 && hints.at(5) == hints.at(7) &&
-           hints.at(6) == hints.at(8) && (hints.at(0) & 48U) == 48U;
+    const auto hints = user.numbers(game, kMotif);
+    return (hints.at(0) & 1U) == 1 && hints.at(1) == 4;
   }
 
   xcb_window_t game = user.openGame(kGame, 0);
@@ -100,54 +99,59 @@ TEST_F(X11StyleOwner, StaysWithoutControlsWhateverItWritesMeanwhile) {
 }
 
 TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItChangesWhatItReadFromUs) {
-  user.setProperty(game, kNormal, sizes(1 | 16, 100, 0));
   user.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
-  auto hints = user.numbers(game, kNormal);
-  hints[0] |= 64;  // steps to be resized in
-  hints[9] = hints[10] = 7;
-  user.setProperty(game, kNormal, Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, hints));
   auto decorations = user.numbers(game, kMotif);
   decorations[2] &= ~8U;  // no title
   user.setProperty(game, kMotif, motif(decorations));
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
-  hints = sizes(1 | 16 | 64, 100, 0).numbers();
-  hints[9] = hints[10] = 7;
-  EXPECT_EQ(user.numbers(game, kNormal), hints);
   EXPECT_EQ(user.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
-}
-
-TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItReadThatBeforeItWasResized) {
-  const auto before = user.property(game, kNormal);
-  cover();
-  const auto read = user.property(game, kNormal);
-  user.configure(game, {0, 0, 800, 600});
-  deliver();
-  ASSERT_NE(user.property(game, kNormal), read);
-  user.setProperty(game, kNormal, read);
-  deliver();
-  EXPECT_EQ(user.numbers(game, kNormal).at(5), 800U);
-  uncover();
-  EXPECT_EQ(user.property(game, kNormal), before);
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, IsGivenBackWhatItWroteUnheardBeforeAnotherChange) {
   cover();
-  const Property theirs = sizes(16 | 32, 100, 1000);
-  user.setProperty(game, kNormal, theirs);
-  system().setFrame(handle, CGRectMake(0, 0, 500, 300));
-  deliver();
-  EXPECT_TRUE(hasNoControls());
   const Property theirMotif = motif({2, 0, 2 | 8, 0, 0});
   user.setProperty(game, kMotif, theirMotif);
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
   uncover();
-  EXPECT_EQ(user.property(game, kNormal), theirs);
   EXPECT_EQ(user.property(game, kMotif), theirMotif);
+}
+
+TEST_F(X11StyleOwner, KeepsHintsThatItWritesWhileTheWindowManagerReadsTheRestoredOnes) {
+  startManager(Manager::Openbox);
+  deliverFor(0.3);
+  cover();
+  system().setStyleMask(handle, kEverything);
+  ASSERT_EQ(user.property(game, kMotif), motif({3, 1, 1, 0, 0}));
+  const Property theirMotif = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, theirMotif);
+  deliverFor(0.5);
+  EXPECT_EQ(user.property(game, kMotif), theirMotif);
+}
+
+TEST_F(X11StyleOwner, KeepsNoHintsIfItIsCoveredAgainWhileTheWindowManagerReadsTheRestoredOnes) {
+  startManager(Manager::Openbox);
+  deliverFor(0.3);
+  cover();
+  system().setStyleMask(handle, kEverything);
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  deliverFor(0.5);
+  EXPECT_TRUE(hasNoControls());
+  system().setStyleMask(handle, kEverything);
+  EXPECT_TRUE(waitFor([&] { return user.property(game, kMotif) == std::nullopt; }));
+}
+
+TEST_F(X11StyleOwner, HasItsHintsBackWhenTheBackEndHasEnded) {
+  startManager(Manager::Openbox);
+  deliverFor(0.3);
+  cover();
+  const Nanoseconds start = steadyNow();
+  takeSystem() = nullptr;
+  EXPECT_LT(steadyNow() - start, kNanosecondsPerSecond);
+  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, IsHeardAtTheEndWhereItWroteMeanwhile) {
@@ -199,9 +203,9 @@ TEST_F(X11StyleOwner, LosesNothingOfWhatItWritesWhileItsHintsAreTakenOver) {
     XClient owner(server.display());
     for (std::uint32_t next = 1; next <= kRounds; ++next) {
       round.wait(next - 1);
-      const Property value = sizes(16, next, 0);
-      xcb_change_property(owner.get(), XCB_PROP_MODE_REPLACE, game, XCB_ATOM_WM_NORMAL_HINTS,
-                          value.type, 32, 18, value.bytes.data());
+      const Property value = motif({1, 62, 0, next, 0});
+      xcb_change_property(owner.get(), XCB_PROP_MODE_REPLACE, game, value.type, value.type, 32, 5,
+                          value.bytes.data());
       xcb_flush(owner.get());
       written = next;
       written.notify_one();
@@ -218,7 +222,7 @@ TEST_F(X11StyleOwner, LosesNothingOfWhatItWritesWhileItsHintsAreTakenOver) {
     written.wait(next - 1);
     deliver();
     uncover();
-    lost += user.property(game, kNormal) == sizes(16, next, 0) ? 0U : 1U;
+    lost += user.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
   }
   writer.join();
   EXPECT_EQ(lost, 0U);

@@ -1,0 +1,59 @@
+#include "Platform/WindowSystem/X11/StateRequestRelay.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Platform/WindowSystem/X11/ControlsMonitor.h"
+#include "Platform/WindowSystem/X11/Requests.h"
+
+namespace vel::x11 {
+
+namespace {
+
+// The elements of _NET_WM_STATE: action, two states, source indication.
+constexpr std::uint32_t kActionAdd = 1;
+constexpr std::uint32_t kSourcePager = 2;
+
+}  // namespace
+
+StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& windowManager,
+                                     WindowTable& windows)
+    : connection_(connection), windowManager_(windowManager), windows_(windows) {}
+
+void StateRequestRelay::start() { windowManager_.selectStateRequests(true); }
+
+void StateRequestRelay::stopIfUnused() {
+  windowManager_.selectStateRequests(std::ranges::any_of(
+      windows_, [](const auto& entry) { return entry.second.style->isOverridden(); }));
+}
+
+// Our own request comes back as an event, but `preventsResizing` is false then. The second request
+// has no effect if the window manager has accepted the first one.
+void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
+  Window* const window = windows_.find(message.window);
+  if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||
+      !windowManager_.isPresent()) {
+    return;
+  }
+  window->style->allowResizing();
+  const auto& data = message.data.data32;
+  sendToWindowManager(connection_, window->id, Atom::NetWmState,
+                      {data[0], data[1], data[2], data[3], data[4]});
+  ControlsMonitor::scheduleCheck(*window);
+}
+
+// A pager sends requests of the user.
+bool StateRequestRelay::needsResizing(const xcb_client_message_event_t& message) const {
+  const auto& data = message.data.data32;
+  if (message.type != connection_.atom(Atom::NetWmState) || message.format != 32 ||
+      data[0] != kActionAdd || data[3] == kSourcePager) {
+    return false;
+  }
+  constexpr std::array kStates{Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert,
+                               Atom::NetWmStateMaximizedHorz};
+  return std::ranges::any_of(kStates, [&](Atom state) {
+    return data[1] == connection_.atom(state) || data[2] == connection_.atom(state);
+  });
+}
+
+}  // namespace vel::x11

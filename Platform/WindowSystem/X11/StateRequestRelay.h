@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/X11/WindowManager.h"
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+namespace vel::x11 {
+
+/// Lets the owner of a covered window maximise it or make it fullscreen. Most window managers
+/// refuse to maximise a window without the function for resizing, and some give a fullscreen window
+/// a wrong size afterwards. Clients send the request, _NET_WM_STATE, through the root window, so
+/// this class receives a copy. It then restores the functions for resizing and maximising, and
+/// sends the request again: the window manager receives the new hints before the second request.
+class StateRequestRelay final : public NonCopyable {
+ public:
+  StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
+
+  /// Call this before overriding the hints of an adopted window: no request must be missed.
+  void start();
+  /// Receives requests only as long as hints are overridden, because the root window reports every
+  /// top-level window.
+  void stopIfUnused();
+  /// Processes a ClientMessage event.
+  void handle(const xcb_client_message_event_t& message);
+
+ private:
+  [[nodiscard]] bool needsResizing(const xcb_client_message_event_t& message) const;
+
+  Connection& connection_;
+  WindowManager& windowManager_;
+  WindowTable& windows_;
+};
+
+}  // namespace vel::x11

@@ -1,0 +1,238 @@
+// The controls of a covered window under real window managers: what the user can do with them, and
+// what the program that owns the window can do.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+
+#include "Tests/Support/X11/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kScreen{0, 0, 1280, 960};
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr NSWindowStyleMask kEverything = 15;
+// Of a window manager, in seconds.
+constexpr double kReactionTime = 0.6;
+constexpr double kSettlingTime = 0.2;
+
+/// The distance of a title bar's button from the top right corner of the window's content.
+struct ButtonOffset {
+  int x;
+  int y;
+};
+
+struct Managed {
+  Manager manager;
+  const char* name;
+  /// Miniaturise, maximise and close.
+  std::array<ButtonOffset, 3> buttons;
+  std::vector<std::string> controlsWhileCovered;
+  NSWindowStyleMask keptControls;
+};
+
+class X11StyleManagers : public X11Test, public testing::WithParamInterface<Managed> {
+ protected:
+  void SetUp() override {
+    startManager(GetParam().manager);
+    game = user.openGame(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    deliverFor(kSettlingTime);  // for the frame
+    handle = adopt(game).handle;
+  }
+  void cover() {
+    system().setScene(handle, white({1280, 960}));
+    system().setStyleMask(handle, NSWindowStyleMaskTitled);
+    EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+    deliverFor(kSettlingTime);  // for the frame's buttons
+  }
+  void uncover() {
+    system().setScene(handle, {});
+    system().setStyleMask(handle, kEverything);
+    EXPECT_TRUE(waitFor([&] { return user.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+    deliverFor(kSettlingTime);
+  }
+  /// Returns false if the condition does not become true within the reaction time.
+  bool becomes(const std::function<bool()>& condition) {
+    const Nanoseconds limit = steadyNow() + nanosecondsFromSeconds(kReactionTime);
+    while (!condition()) {
+      if (steadyNow() >= limit) {
+        return false;
+      }
+      deliverFor(0.01);
+    }
+    return true;
+  }
+  [[nodiscard]] bool hasSize(int width, int height) const {
+    const PixelRect frame = user.frameOf(game);
+    return frame.width == width && frame.height == height;
+  }
+  [[nodiscard]] bool isMaximized() const {
+    return user.frameOf(game).width > 1200 && user.frameOf(game).height > 850;
+  }
+  [[nodiscard]] bool isIconic() const {
+    const auto state = user.numbers(game, "WM_STATE");
+    return !state.empty() && state.front() == 3;
+  }
+  bool isWhite() {
+    return becomes([&] { return user.picture(game).isAll(kWhite); });
+  }
+
+  /// What the user can do to the window with the mouse.
+  std::vector<std::string> workingControls() {
+    std::vector<std::string> controls;
+    for (const ButtonOffset offset : GetParam().buttons) {
+      const std::string effect = effectOfClick(offset);
+      if (!effect.empty()) {
+        controls.push_back(effect);
+      }
+    }
+    if (isResizedByDrag()) {
+      controls.emplace_back("resize");
+    }
+    return controls;
+  }
+  std::string effectOfClick(ButtonOffset offset) {
+    const PixelRect frame = user.frameOf(game);
+    std::string effect;
+    user.events();
+    user.click(frame.x + frame.width + offset.x, frame.y + offset.y);
+    becomes([&] {
+      if (isIconic()) {
+        effect = "miniaturise";
+      } else if (isMaximized()) {
+        effect = "maximise";
+      } else if (std::ranges::count(user.events(), XCB_CLIENT_MESSAGE) > 0) {
+        effect = "close";
+      }
+      return !effect.empty();
+    });
+    if (effect == "miniaturise") {
+      EXPECT_TRUE(waitFor([&] { return !user.isViewable(game); }));
+      deliverFor(kSettlingTime);  // xfwm4 ignores a request that comes while it hides the window
+      user.requestActivation(game);
+      EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    } else if (effect == "maximise") {
+      user.requestState(game, false, kMaximizedVert, kMaximizedHorz);
+      EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == frame; }));
+    }
+    // Without the other buttons, xfwm4 has a button in their place that rolls the window up.
+    user.requestState(game, false, "_NET_WM_STATE_SHADED");
+    deliverFor(kSettlingTime);
+    return effect;
+  }
+  bool isResizedByDrag() {
+    const PixelRect before = user.frameOf(game);
+    const auto extents = user.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
+    for (const int inset : {2, 5}) {
+      const int right = before.x + before.width + static_cast<int>(extents.at(1)) - inset;
+      const int bottom = before.y + before.height + static_cast<int>(extents.at(3)) - inset;
+      user.movePointer(right, bottom);
+      user.press();
+      for (int step = 10; step <= 40; step += 10) {
+        user.movePointer(right + step, bottom + step);
+        deliverFor(0.02);
+      }
+      user.release();
+      const bool isResized = becomes([&] { return !hasSize(before.width, before.height); });
+      user.configure(game, before);
+      EXPECT_TRUE(waitFor([&] { return hasSize(before.width, before.height); }));
+      deliverFor(kSettlingTime);
+      if (isResized) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  static constexpr std::string_view kFullscreen = "_NET_WM_STATE_FULLSCREEN";
+  static constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
+  static constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
+  xcb_window_t game = 0;
+  WindowHandle handle = WindowHandle::None;
+};
+
+TEST_P(X11StyleManagers, RemoveTheUsersControlsAndRestoreThem) {
+  const auto hintsBefore = user.property(game, "WM_NORMAL_HINTS");
+  const std::vector<std::string> controlsBefore = workingControls();
+  EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
+  cover();
+  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " " +
+                               std::to_string(GetParam().keptControls)));
+  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
+  uncover();
+  EXPECT_EQ(user.property(game, "WM_NORMAL_HINTS"), hintsBefore);
+  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
+}
+
+TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
+  cover();
+  PixelRect frame = user.frameOf(game);
+  frame.width = 800;
+  frame.height = 500;
+  user.configure(game, frame);
+  EXPECT_TRUE(becomes([&] { return hasSize(800, 500); }));
+  EXPECT_TRUE(isWhite());
+  uncover();
+  EXPECT_TRUE(hasSize(800, 500));
+}
+
+TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
+  cover();
+  user.requestState(game, true, kMaximizedVert, kMaximizedHorz);
+  EXPECT_TRUE(becomes([&] { return isMaximized(); }));
+  EXPECT_TRUE(isWhite());
+  const NSWindowStyleMask kept = GetParam().keptControls | NSWindowStyleMaskResizable;
+  EXPECT_TRUE(waitFor([&] {
+    return reports.contains(line("controls kept", handle) + " " + std::to_string(kept));
+  }));
+  uncover();
+  EXPECT_TRUE(isMaximized());
+}
+
+TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
+  cover();
+  const PixelRect before = user.frameOf(game);
+  user.requestState(game, true, kFullscreen);
+  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == kScreen; }));
+  EXPECT_TRUE(isWhite());
+  user.requestState(game, false, kFullscreen);
+  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == before; }));
+  user.requestState(game, true, kFullscreen);
+  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == kScreen; }));
+  uncover();
+  EXPECT_EQ(user.frameOf(game), kScreen);
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, X11StyleManagers,
+                         testing::Values(Managed{.manager = Manager::Metacity,
+                                                 .name = "Metacity",
+                                                 .buttons = {{{-86, -19}, {-52, -19}, {-18, -19}}},
+                                                 .controlsWhileCovered = {"resize"},
+                                                 .keptControls = 8},
+                                         Managed{.manager = Manager::Openbox,
+                                                 .name = "Openbox",
+                                                 .buttons = {{{-42, -10}, {-26, -10}, {-10, -10}}},
+                                                 .controlsWhileCovered = {"close", "miniaturise"},
+                                                 .keptControls = 6},
+                                         Managed{.manager = Manager::Xfwm4,
+                                                 .name = "Xfwm4",
+                                                 .buttons = {{{-57, -14}, {-34, -14}, {-11, -14}}},
+                                                 .controlsWhileCovered = {},
+                                                 .keptControls = 2},
+                                         Managed{.manager = Manager::IceWM,
+                                                 .name = "IceWM",
+                                                 .buttons = {{{-58, -9}, {-38, -9}, {-12, -9}}},
+                                                 .controlsWhileCovered = {},
+                                                 .keptControls = 0}),
+                         [](const testing::TestParamInfo<Managed>& tested) {
+                           return tested.param.name;
+                         });
+
+}  // namespace
+}  // namespace vel::test
