@@ -1,11 +1,27 @@
 #!/usr/bin/env bash
-# Writes the expected traces of the scenarios again, after a deliberate change of behaviour. Review the
-# result with `git diff` before you commit it.
+# Builds the program, then writes the expected traces of the scenarios and docs/pictures/timeline.svg
+# again. Use it after a deliberate change of behaviour, and review the result with `git diff`.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/packages.sh
+source scripts/build.sh
+
+require_packages build test
+build_preset debug launchscreen
+program=build/debug/bin/launchscreen
+
+# The exit status of `play` if the scenario ends with a fatal error. Its trace is complete.
+fatal=3
+
 for trace in Tests/Host/Play/golden/*.jsonl; do
   name="$(basename "$trace")"
-  # `play` exits with an error if the scenario ends with a fatal error; its trace is complete.
-  build/debug/bin/launchscreen play "Examples/scenarios/${name%%--*}.json" >"$trace" || true
+  status=0
+  "$program" play "Examples/scenarios/${name%%--*}.json" >"$trace.new" || status=$?
+  if [[ $status -ne 0 && $status -ne $fatal ]]; then
+    rm "$trace.new"
+    exit "$status"
+  fi
+  mv "$trace.new" "$trace"
 done
+"$program" play Examples/scenarios/switch-away-and-back.json --timeline docs/pictures/timeline.svg >/dev/null
