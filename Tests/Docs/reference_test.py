@@ -39,7 +39,7 @@ class Reference(unittest.TestCase):
     def test_the_reference_has_the_comments_of_the_c_header(self):
         doxygen(self.folder)
         page = (self.folder / "html/Bindings_2C_2vel__launch__screen_8h.html").read_text(encoding="utf-8")
-        self.assertIn("Makes a launch screen for a window and stores it", page)
+        self.assertIn("creates a launch screen for a window and stores its handle", page)
 
     def test_doxygen_warns_about_a_faulty_comment(self):
         faulty = self.folder / "faulty.h"
