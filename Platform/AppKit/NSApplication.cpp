@@ -100,10 +100,10 @@ Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string&
   window->handle_ = description->handle;
   windowsByHandle_[description->handle] = window.get();
   window->isOpen_ = true;
-  window->isOnScreen_ = description->onScreen;
-  window->isMiniaturized_ = !description->onScreen;
+  window->isOnScreen_ = description->isOnScreen;
+  window->isMiniaturized_ = !description->isOnScreen;
   openWindows_.push_back(window);
-  if (description->onScreen) {
+  if (description->isOnScreen) {
     addToScreen(window);
   }
   if (description->hasFocus) {

@@ -22,7 +22,7 @@ void NSProgressIndicator::addOwnContents(Scene& scene, CGRect rectangle) const {
     scene.push_back({.kind = SceneItem::Kind::Spinner,
                      .frame = rectangle,
                      .color = {},
-                     .animates = isAnimating_});
+                     .isAnimated = isAnimating_});
   }
 }
 

@@ -148,7 +148,7 @@ void NSWindow::realize() {
                                          .styleMask = styleMask_,
                                          .kind = kind_,
                                          .owner = send(owner, &NSWindow::handle),
-                                         .movableByBackground = isMovableByWindowBackground_});
+                                         .isMovableByBackground = isMovableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // None if the display is lost
     NSApp->windowsByHandle_[handle_] = this;
   }

@@ -44,7 +44,7 @@ struct WindowDescription {
   WindowKind kind = WindowKind::Plain;
   /// The window that a modal window or a sheet belongs to.
   WindowHandle owner = WindowHandle::None;
-  bool movableByBackground = false;
+  bool isMovableByBackground = false;
 };
 
 /// The state of another program's window at adoption.
@@ -56,7 +56,7 @@ struct AdoptedWindow {
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
   /// True if the window is mapped, even if other windows obscure it. A window that is not on screen
   /// counts as miniaturised.
-  bool onScreen = true;
+  bool isOnScreen = true;
   bool hasFocus = false;
 };
 
@@ -69,7 +69,7 @@ struct SceneItem {
   /// For `Kind::Fill` only.
   CGColor color;
   /// For `Kind::Spinner` only: true while the indicator turns.
-  bool animates = false;
+  bool isAnimated = false;
   bool operator==(const SceneItem&) const = default;
 };
 

@@ -318,7 +318,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
 TEST_F(ApplicationTest, AMiniaturisedWindowCanBeAdoptedAndDeminiaturised) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   windowSystem.adoptionResult = gameWindow();
-  windowSystem.adoptionResult->onScreen = false;
+  windowSystem.adoptionResult->isOnScreen = false;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
   EXPECT_TRUE(window->isVisible());

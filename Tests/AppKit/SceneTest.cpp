@@ -13,8 +13,8 @@ SceneItem fill(CGRect frame, CGColor color) {
   return {.kind = SceneItem::Kind::Fill, .frame = frame, .color = color};
 }
 
-SceneItem spinner(CGRect frame, bool animates) {
-  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .animates = animates};
+SceneItem spinner(CGRect frame, bool isAnimated) {
+  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = isAnimated};
 }
 
 class SceneTest : public RecordedTest {

@@ -33,7 +33,7 @@ TEST_F(WindowTest, OrderFrontOpensAWindowAndPutsItOnScreen) {
   const auto window = open("A");
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isOnScreen());
-  EXPECT_TRUE(stateOf(window).onScreen);
+  EXPECT_TRUE(stateOf(window).isOnScreen);
 }
 
 TEST_F(WindowTest, AnOpenedWindowIsInFront) {
@@ -80,7 +80,7 @@ TEST_F(WindowTest, AClosedWindowIsNeitherOpenNorOnScreen) {
   window->close();
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(window->isOnScreen());
-  EXPECT_FALSE(stateOf(window).onScreen);
+  EXPECT_FALSE(stateOf(window).isOnScreen);
   EXPECT_TRUE(windowOrder().empty());
 }
 
@@ -104,7 +104,7 @@ TEST_F(WindowTest, AClosedWindowCanBeOpenedAgain) {
   const auto window = open("A");
   window->close();
   window->makeKeyAndOrderFront();
-  EXPECT_TRUE(stateOf(window).onScreen);
+  EXPECT_TRUE(stateOf(window).isOnScreen);
   EXPECT_EQ(keyWindowName(), "A");
   EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
@@ -132,7 +132,7 @@ TEST_F(WindowTest, TheWindowSystemCreatesAWindowWhenItFirstOpens) {
   EXPECT_EQ(description.frame, CGRectMake(0, 0, 1000, 600));
   EXPECT_EQ(description.styleMask, NSWindowStyleMaskTitled);
   EXPECT_EQ(description.kind, WindowKind::Plain);
-  EXPECT_TRUE(description.movableByBackground);
+  EXPECT_TRUE(description.isMovableByBackground);
 }
 
 TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
@@ -145,7 +145,7 @@ TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
   EXPECT_EQ(description.title, "Other");
   EXPECT_EQ(description.frame, CGRectMake(5, 6, 70, 80));
   EXPECT_EQ(description.styleMask, NSWindowStyleMaskBorderless);
-  EXPECT_TRUE(description.movableByBackground);
+  EXPECT_TRUE(description.isMovableByBackground);
 }
 
 TEST_F(WindowTest, AStyleMaskSetByTheOwnerOfTheWindowIsAdopted) {

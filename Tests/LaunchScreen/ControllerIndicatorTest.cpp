@@ -125,7 +125,7 @@ TEST_F(ControllerIndicatorTest, ItComesWithItsSuperviewIntoTheWindowAndTurns) {
   ASSERT_EQ(scene.size(), 2u);
   EXPECT_EQ(scene[1].kind, SceneItem::Kind::Spinner);
   EXPECT_EQ(scene[1].frame, CGRectMake(624, 344, 32, 32));
-  EXPECT_TRUE(scene[1].animates);
+  EXPECT_TRUE(scene[1].isAnimated);
 }
 
 TEST_F(ControllerIndicatorTest, ItGoesWithTheController) {

@@ -262,14 +262,14 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
   EXPECT_EQ(adopted->className, "PlayerWindow");
   EXPECT_EQ(adopted->frame.size, (CGSize{200, 160}));
   EXPECT_EQ(adopted->styleMask, 15U);
-  EXPECT_TRUE(adopted->onScreen);
+  EXPECT_TRUE(adopted->isOnScreen);
   // Releasing the window restores its style mask.
   system().setStyleMask(adopted->handle, NSWindowStyleMaskTitled);
   system().releaseWindow(adopted->handle);
   deliver();
   adopted = system().adoptWindow(id, error);
   ASSERT_TRUE(adopted.has_value()) << error;
-  EXPECT_TRUE(adopted->onScreen);
+  EXPECT_TRUE(adopted->isOnScreen);
   EXPECT_EQ(adopted->styleMask, 15U);
   system().requestFocus(adopted->handle);
   EXPECT_TRUE(waitFor("focus " + nameOf(adopted->handle)));

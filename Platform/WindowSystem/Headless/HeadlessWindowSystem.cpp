@@ -31,14 +31,14 @@ void HeadlessWindowSystem::releaseWindow(WindowHandle window) {
 
 void HeadlessWindowSystem::orderFront(WindowHandle window) {
   if (Window* const state = find(window)) {
-    state->onScreen = true;
-    state->miniaturized = false;
+    state->isOnScreen = true;
+    state->isMiniaturized = false;
   }
 }
 
 void HeadlessWindowSystem::orderOut(WindowHandle window) {
   if (Window* const state = find(window)) {
-    state->onScreen = false;
+    state->isOnScreen = false;
   }
   if (focus_ == window) {
     focus_ = WindowHandle::None;
@@ -47,7 +47,7 @@ void HeadlessWindowSystem::orderOut(WindowHandle window) {
 
 void HeadlessWindowSystem::requestFocus(WindowHandle window) {
   const Window* const state = find(window);
-  if (state == nullptr || !state->onScreen || ignoresFocusRequests_) {
+  if (state == nullptr || !state->isOnScreen || ignoresFocusRequests_) {
     return;
   }
   focus_ = window;
@@ -58,11 +58,11 @@ void HeadlessWindowSystem::requestFocus(WindowHandle window) {
 
 void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
   Window* const state = find(window);
-  if (state == nullptr || state->miniaturized == miniaturized) {
+  if (state == nullptr || state->isMiniaturized == miniaturized) {
     return;
   }
-  state->miniaturized = miniaturized;
-  state->onScreen = !miniaturized;
+  state->isMiniaturized = miniaturized;
+  state->isOnScreen = !miniaturized;
   if (miniaturized && focus_ == window) {
     focus_ = WindowHandle::None;
   }
@@ -91,7 +91,7 @@ void HeadlessWindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask s
 
 void HeadlessWindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
   if (Window* const state = find(window)) {
-    state->description.movableByBackground = movable;
+    state->description.isMovableByBackground = movable;
   }
 }
 

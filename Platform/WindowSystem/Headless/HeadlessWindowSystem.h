@@ -15,8 +15,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// The current state of a window.
   struct Window {
     WindowDescription description;
-    bool onScreen = false;
-    bool miniaturized = false;
+    bool isOnScreen = false;
+    bool isMiniaturized = false;
     Scene scene;
   };
 

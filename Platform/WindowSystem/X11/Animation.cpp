@@ -20,7 +20,7 @@ void Animation::advance(Nanoseconds now) {
       window.cover->animate(now);
     }
   }
-  constexpr Nanoseconds kStep = Spinner::kTimeForSpoke;
+  constexpr Nanoseconds kStep = Spinner::kFrameInterval;
   nextPicture_ = (now / kStep + 1) * kStep;
 }
 

@@ -27,7 +27,7 @@ const char* reasonFor(int connectionError) {
   }
 }
 
-std::optional<Property> propertyIn(const FromServer<xcb_get_property_reply_t>& reply) {
+std::optional<Property> propertyIn(const XcbPointer<xcb_get_property_reply_t>& reply) {
   if (reply == nullptr || reply->type == XCB_ATOM_NONE) {
     return std::nullopt;
   }
@@ -172,7 +172,7 @@ std::optional<Property> Connection::readProperty(xcb_window_t window, xcb_atom_t
 }
 
 std::optional<Property> Connection::readPropertyIfExists(xcb_window_t window, xcb_atom_t name) {
-  return propertyIn(FromServer<xcb_get_property_reply_t>(
+  return propertyIn(XcbPointer<xcb_get_property_reply_t>(
       xcb_get_property_reply(connection_, requestProperty(window, name), nullptr)));
 }
 

@@ -20,7 +20,7 @@
 
 namespace vel::x11 {
 
-struct FreeMemory {
+struct XcbDeleter {
   void operator()(void* memory) const {
     std::free(memory);
   }  // NOLINT(*-no-malloc): XCB uses malloc
@@ -28,8 +28,8 @@ struct FreeMemory {
 
 /// A reply, event or error that XCB has allocated.
 template <class T>
-using FromServer = std::unique_ptr<T, FreeMemory>;
-using Event = FromServer<xcb_generic_event_t>;
+using XcbPointer = std::unique_ptr<T, XcbDeleter>;
+using Event = XcbPointer<xcb_generic_event_t>;
 
 /// Converts an event to the structure of its type.
 template <class T>
@@ -89,11 +89,11 @@ class Connection final : public NonCopyable {
   }
   /// Blocks until the reply to a request comes. Returns null if the request fails.
   template <class Reply, class Cookie>
-  FromServer<Reply> waitForReply(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+  XcbPointer<Reply> waitForReply(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
                                  Cookie cookie, const char* request, xcb_window_t window) {
     xcb_generic_error_t* rawError = nullptr;
-    FromServer<Reply> reply(wait(connection_, cookie, &rawError));
-    if (const FromServer<xcb_generic_error_t> error(rawError); error != nullptr) {
+    XcbPointer<Reply> reply(wait(connection_, cookie, &rawError));
+    if (const XcbPointer<xcb_generic_error_t> error(rawError); error != nullptr) {
       requestLog_.addError(*error, request, window);
     }
     return reply;

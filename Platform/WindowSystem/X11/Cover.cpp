@@ -41,7 +41,7 @@ bool fills(PixelRect child, PixelRect window) {
 }
 
 unsigned spokeAt(Nanoseconds now) {
-  return static_cast<unsigned>(now / Spinner::kTimeForSpoke % Spinner::kSpokes);
+  return static_cast<unsigned>(now / Spinner::kFrameInterval % Spinner::kSpokes);
 }
 
 }  // namespace
@@ -248,12 +248,12 @@ void Cover::raise() {
 
 bool Cover::isAnimated() const {
   return std::ranges::any_of(
-      panes_, [](const Pane& pane) { return pane.spinner != nullptr && pane.item.animates; });
+      panes_, [](const Pane& pane) { return pane.spinner != nullptr && pane.item.isAnimated; });
 }
 
 void Cover::animate(Nanoseconds now) {
   for (const Pane& pane : panes_) {
-    if (pane.spinner != nullptr && pane.item.animates) {
+    if (pane.spinner != nullptr && pane.item.isAnimated) {
       pane.spinner->draw(spokeAt(now));
     }
   }

@@ -130,17 +130,17 @@ void sendUnmapNotify(Connection& connection, xcb_window_t window) {
   sendToRoot(connection, window, event);
 }
 
-FromServer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window) {
+XcbPointer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window) {
   return connection.waitForReply(xcb_query_tree_reply, xcb_query_tree(connection.get(), window),
                                  "QueryTree", window);
 }
 
-FromServer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection) {
+XcbPointer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection) {
   return connection.waitForReply(xcb_get_input_focus_reply, xcb_get_input_focus(connection.get()),
                                  "GetInputFocus", connection.root());
 }
 
-std::span<const xcb_window_t> childrenOf(const FromServer<xcb_query_tree_reply_t>& tree) {
+std::span<const xcb_window_t> childrenOf(const XcbPointer<xcb_query_tree_reply_t>& tree) {
   if (tree == nullptr) {
     return {};
   }

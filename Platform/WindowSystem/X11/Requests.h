@@ -77,11 +77,11 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
 void sendUnmapNotify(Connection& connection, xcb_window_t window);
 
 /// The following functions block for a round trip. They return null if the request fails.
-FromServer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
-FromServer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
+XcbPointer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
+XcbPointer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
 
 /// The children, back to front; empty for null. Valid as long as the reply.
 [[nodiscard]] std::span<const xcb_window_t> childrenOf(
-    const FromServer<xcb_query_tree_reply_t>& tree);
+    const XcbPointer<xcb_query_tree_reply_t>& tree);
 
 }  // namespace vel::x11

@@ -18,7 +18,7 @@ namespace vel::x11 {
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;
-  static constexpr Nanoseconds kTimeForSpoke = kNanosecondsPerSecond / kSpokes;
+  static constexpr Nanoseconds kFrameInterval = kNanosecondsPerSecond / kSpokes;
 
   /// `format` and `depth` are those of `window`, which is a square of `side` pixels.
   Spinner(Connection& connection, const RenderExtension& render, xcb_render_pictformat_t format,

@@ -12,9 +12,9 @@ namespace vel::x11 {
 
 /// The server's replies about a window. A reply is null if the window does not exist.
 struct WindowState {
-  FromServer<xcb_get_window_attributes_reply_t> attributes;
-  FromServer<xcb_get_geometry_reply_t> geometry;
-  FromServer<xcb_translate_coordinates_reply_t> origin;  // in the root window
+  XcbPointer<xcb_get_window_attributes_reply_t> attributes;
+  XcbPointer<xcb_get_geometry_reply_t> geometry;
+  XcbPointer<xcb_translate_coordinates_reply_t> origin;  // in the root window
   std::optional<Property> wmState;
 
   [[nodiscard]] bool isComplete() const {
@@ -36,8 +36,8 @@ struct WindowState {
 struct Inspection {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowState state;
-  FromServer<xcb_query_tree_reply_t> tree;
-  FromServer<xcb_get_input_focus_reply_t> inputFocus;
+  XcbPointer<xcb_query_tree_reply_t> tree;
+  XcbPointer<xcb_get_input_focus_reply_t> inputFocus;
   StyleHints hints;
   std::optional<Property> supportingWmCheck;
   std::string className;

@@ -66,7 +66,7 @@ void WindowManager::readReplies() {
     return;
   }
   checkWindow_ = XCB_WINDOW_NONE;
-  supported_.clear();
+  supportedAtoms_.clear();
   const auto check = connection_.readProperty(pending->check, connection_.root());
   const auto supported = connection_.readProperty(pending->supported, connection_.root());
   if (!check || check->numbers().empty()) {
@@ -83,7 +83,7 @@ void WindowManager::readReplies() {
   }
   checkWindow_ = window;
   if (supported) {
-    supported_ = supported->numbers();
+    supportedAtoms_ = supported->numbers();
   }
 }
 
@@ -123,7 +123,7 @@ bool WindowManager::handle(const xcb_generic_event_t& event) {
 }
 
 bool WindowManager::supports(Atom feature) const {
-  return std::ranges::find(supported_, connection_.atom(feature)) != supported_.end();
+  return std::ranges::find(supportedAtoms_, connection_.atom(feature)) != supportedAtoms_.end();
 }
 
 bool WindowManager::isPresent() {

@@ -58,7 +58,7 @@ class WindowManager final : public NonCopyable {
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
   xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // of _NET_SUPPORTING_WM_CHECK
-  std::vector<std::uint32_t> supported_;        // _NET_SUPPORTED
+  std::vector<std::uint32_t> supportedAtoms_;   // _NET_SUPPORTED
   bool areStateRequestsSelected_ = false;
 };
 

@@ -18,7 +18,7 @@ Window* WindowTable::find(xcb_window_t id) {
   return entry == windows_.end() ? nullptr : &entry->second;
 }
 
-Window* WindowTable::findWithCover(xcb_window_t id) {
+Window* WindowTable::findByIdOrCoverId(xcb_window_t id) {
   for (auto& [windowId, window] : windows_) {
     if (windowId == id || window.cover->owns(id)) {
       return &window;

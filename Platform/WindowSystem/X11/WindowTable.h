@@ -20,7 +20,7 @@ class WindowTable final : public NonCopyable {
     return find(static_cast<xcb_window_t>(handle));
   }
   /// Returns the window with this id, or the window whose cover contains a child with this id.
-  [[nodiscard]] Window* findWithCover(xcb_window_t id);
+  [[nodiscard]] Window* findByIdOrCoverId(xcb_window_t id);
 
   // For range-based loops over pairs of id and window.
   [[nodiscard]] auto begin() { return windows_.begin(); }

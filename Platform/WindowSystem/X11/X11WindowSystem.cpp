@@ -101,13 +101,13 @@ WaitHandle X11WindowSystem::waitHandle() const {
 // Creating, adopting and releasing windows
 
 WindowHandle X11WindowSystem::createWindow(const WindowDescription& description) {
-  if (isLost_ || connection_->isBroken()) {
+  if (isConnectionLost_ || connection_->isBroken()) {
     return WindowHandle::None;
   }
   const RequestBatch batch(*connection_);
   Window& window = windows_.add({.id = connection_->makeId(),
                                  .kind = description.kind,
-                                 .isMovableByBackground = description.movableByBackground,
+                                 .isMovableByBackground = description.isMovableByBackground,
                                  .frame = withMinimumSize(coordinates_.pixels(description.frame))});
   // A modal window or a sheet is white even before its scene is drawn.
   const xcb_screen_t& screen = connection_->screen();
@@ -143,7 +143,7 @@ void X11WindowSystem::selectWindowEvents(const Window& window) {
 
 std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId,
                                                           std::string& error) {
-  if (isLost_) {
+  if (isConnectionLost_) {
     error = "the X11 display is lost";
     return std::nullopt;
   }
@@ -171,7 +171,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   AdoptedWindow adopted = adopt(inspection);
   adopted.hasFocus = inspector.hasFocus(inspection);
   focus_.windowAdopted(id, adopted.hasFocus);
-  if (adopted.onScreen) {
+  if (adopted.isOnScreen) {
     order_.assumeInFront(adopted.handle);
   }
   return adopted;
@@ -182,7 +182,7 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
     return "that is no X11 window's id";
   }
   const auto id = static_cast<xcb_window_t>(nativeId);
-  if (windows_.findWithCover(id) != nullptr) {
+  if (windows_.findByIdOrCoverId(id) != nullptr) {
     return "it is already adopted";
   }
   if (id == connection_->root()) {
@@ -206,20 +206,20 @@ AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {
           .title = inspection.title,
           .frame = coordinates_.points(window.frame),
           .styleMask = window.style->mask(),
-          .onScreen = !window.isMiniaturized};
+          .isOnScreen = !window.isMiniaturized};
 }
 
-void X11WindowSystem::releaseWindow(WindowHandle window) {
-  Window* const released = windows_.find(window);
-  if (released == nullptr) {
+void X11WindowSystem::releaseWindow(WindowHandle handle) {
+  Window* const window = windows_.find(handle);
+  if (window == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
-  const xcb_window_t id = released->id;
-  beginRelease(*released);
-  finishRelease(*released);
+  const xcb_window_t id = window->id;
+  beginRelease(*window);
+  finishRelease(*window);
   focus_.windowRemoved(id);
-  reports_.removeReports(window);
+  reports_.removeReports(handle);
   windows_.remove(id);
   relay_.stopIfUnused();
 }
@@ -243,66 +243,66 @@ void X11WindowSystem::finishRelease(Window& window) {
 
 // Putting windows on screen
 
-void X11WindowSystem::orderFront(WindowHandle window) {
-  Window* const shown = windows_.find(window);
-  if (shown == nullptr) {
+void X11WindowSystem::orderFront(WindowHandle handle) {
+  Window* const window = windows_.find(handle);
+  if (window == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
-  raiseWindow(*connection_, shown->id);
-  if (shown->isOwn() && !shown->isOrdered) {
-    shown->isOrdered = shown->isBeingMapped = true;
-    shown->isMiniaturized = false;
-    if (shown->kind == WindowKind::Modal) {
-      writeModalState(*connection_, shown->id);
+  raiseWindow(*connection_, window->id);
+  if (window->isOwn() && !window->isOrdered) {
+    window->isOrdered = window->isBeingMapped = true;
+    window->isMiniaturized = false;
+    if (window->kind == WindowKind::Modal) {
+      writeModalState(*connection_, window->id);
     }
-    mapWindow(*connection_, shown->id);
+    mapWindow(*connection_, window->id);
   }
-  order_.assumeInFront(window);
+  order_.assumeInFront(handle);
 }
 
-void X11WindowSystem::orderOut(WindowHandle window) {
-  Window* const hidden = windows_.find(window);
-  if (hidden == nullptr) {
+void X11WindowSystem::orderOut(WindowHandle handle) {
+  Window* const window = windows_.find(handle);
+  if (window == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
-  hidden->wantsFocus = false;
-  if (drag_.window() == hidden->id) {
+  window->wantsFocus = false;
+  if (drag_.window() == window->id) {
     drag_.end();
   }
-  if (hidden->isOwn() && hidden->isOrdered) {
-    hidden->isOrdered = hidden->isBeingMapped = false;
-    hidden->isMiniaturized = false;
-    unmapWindow(*connection_, hidden->id);
-    sendUnmapNotify(*connection_, hidden->id);
-    focus_.windowWithdrawn(hidden->id);
+  if (window->isOwn() && window->isOrdered) {
+    window->isOrdered = window->isBeingMapped = false;
+    window->isMiniaturized = false;
+    unmapWindow(*connection_, window->id);
+    sendUnmapNotify(*connection_, window->id);
+    focus_.windowWithdrawn(window->id);
   }
-  hidden->cover->show({}, hidden->frame);
+  window->cover->show({}, window->frame);
 }
 
-void X11WindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
-  const Window* const changed = windows_.find(window);
-  if (changed == nullptr) {
+void X11WindowSystem::requestMiniaturized(WindowHandle handle, bool miniaturized) {
+  const Window* const window = windows_.find(handle);
+  if (window == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
   if (miniaturized) {
-    windowManager_.requestIconify(changed->id);
+    windowManager_.requestIconify(window->id);
   } else {
-    mapWindow(*connection_, changed->id);
+    mapWindow(*connection_, window->id);
   }
 }
 
-void X11WindowSystem::requestFocus(WindowHandle window) {
-  Window* const wanted = windows_.find(window);
-  if (wanted == nullptr || !wanted->isOrdered) {
+void X11WindowSystem::requestFocus(WindowHandle handle) {
+  Window* const window = windows_.find(handle);
+  if (window == nullptr || !window->isOrdered) {
     return;
   }
   const RequestBatch batch(*connection_);
-  const bool mustSetFocus = focus_.request(*wanted);
-  if (mustSetFocus && !wanted->isBeingMapped) {
-    monitor_.update(*wanted);
+  const bool mustSetFocus = focus_.request(*window);
+  if (mustSetFocus && !window->isBeingMapped) {
+    monitor_.update(*window);
   }
 }
 
@@ -314,52 +314,52 @@ void X11WindowSystem::moveWindow(Window& window, PixelRect frame) {
   moveResizeWindow(*connection_, window.id, window.frame);
 }
 
-void X11WindowSystem::setFrame(WindowHandle window, CGRect frame) {
-  if (Window* const changed = windows_.find(window)) {
+void X11WindowSystem::setFrame(WindowHandle handle, CGRect frame) {
+  if (Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
-    moveWindow(*changed, coordinates_.pixels(frame));
+    moveWindow(*window, coordinates_.pixels(frame));
   }
 }
 
-void X11WindowSystem::setTitle(WindowHandle window, std::string_view title) {
-  if (const Window* const changed = windows_.find(window)) {
+void X11WindowSystem::setTitle(WindowHandle handle, std::string_view title) {
+  if (const Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
-    writeTitle(*connection_, changed->id, title);
+    writeTitle(*connection_, window->id, title);
   }
 }
 
-void X11WindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
-  if (Window* const changed = windows_.find(window)) {
+void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) {
+  if (Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
-    if (!changed->isOwn()) {
+    if (!window->isOwn()) {
       relay_.start();
     }
-    changed->style->setMask(styleMask, changed->frame);
-    restorer_.begin(*changed);
+    window->style->setMask(styleMask, window->frame);
+    restorer_.begin(*window);
     relay_.stopIfUnused();
-    monitor_.reportOwnersMask(*changed);
-    x11::ControlsMonitor::styleMaskChanged(*changed);
+    monitor_.reportOwnersMask(*window);
+    x11::ControlsMonitor::styleMaskChanged(*window);
   }
 }
 
-void X11WindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
-  Window* const changed = windows_.find(window);
-  if (changed != nullptr && changed->isOwn() && changed->isMovableByBackground != movable) {
+void X11WindowSystem::setMovableByBackground(WindowHandle handle, bool movable) {
+  Window* const window = windows_.find(handle);
+  if (window != nullptr && window->isOwn() && window->isMovableByBackground != movable) {
     const RequestBatch batch(*connection_);
-    changed->isMovableByBackground = movable;
-    selectWindowEvents(*changed);
+    window->isMovableByBackground = movable;
+    selectWindowEvents(*window);
   }
 }
 
-void X11WindowSystem::setScene(WindowHandle window, const Scene& scene) {
-  if (Window* const changed = windows_.find(window)) {
+void X11WindowSystem::setScene(WindowHandle handle, const Scene& scene) {
+  if (Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
-    changed->cover->show(scene, changed->frame);
+    window->cover->show(scene, window->frame);
   }
 }
 
-void X11WindowSystem::setModalWindow(WindowHandle window) {
-  if (std::exchange(modalWindow_, window) == window) {
+void X11WindowSystem::setModalWindow(WindowHandle handle) {
+  if (std::exchange(modalWindow_, handle) == handle) {
     return;
   }
   const RequestBatch batch(*connection_);
@@ -368,13 +368,13 @@ void X11WindowSystem::setModalWindow(WindowHandle window) {
   }
 }
 
-std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle window) {
-  const Window* const captured = windows_.find(window);
-  if (captured == nullptr || !captured->isOnScreen()) {
+std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
+  const Window* const window = windows_.find(handle);
+  if (window == nullptr || !window->isOnScreen()) {
     return std::nullopt;
   }
   const RequestBatch batch(*connection_);
-  return x11::WindowCapture(*connection_).capture(captured->frame);
+  return x11::WindowCapture(*connection_).capture(window->frame);
 }
 
 // Events
@@ -382,7 +382,7 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle window) {
 // Games call this in each frame. Usually no event has come, and it only polls the connection.
 bool X11WindowSystem::deliverEvents() {
   bool hasEvents = false;
-  if (!isLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
+  if (!isConnectionLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
     hasEvents = processEvents();
     checkConnection();
   }
@@ -393,7 +393,7 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
   if (!reports_.isEmpty()) {
     return 0;
   }
-  if (isLost_) {
+  if (isConnectionLost_) {
     return kNever;
   }
   if (focus_.hasPendingChanges() || connection_->hasQueuedEvents() || connection_->hasErrors() ||
@@ -496,7 +496,7 @@ void X11WindowSystem::handlePointer(const xcb_generic_event_t& event) {
   }
   moveDraggedWindow();
   drag_.end();
-  const Window* const window = windows_.findWithCover(pointer.event);
+  const Window* const window = windows_.findByIdOrCoverId(pointer.event);
   if (typeOf(event) == XCB_BUTTON_PRESS && window != nullptr && window->isMovableByBackground) {
     drag_.begin(window->id, window->frame, pointer.root_x, pointer.root_y);
   }
@@ -533,7 +533,7 @@ void X11WindowSystem::checkConnection() {
   if (!connection_->isBroken()) {
     return;
   }
-  isLost_ = true;
+  isConnectionLost_ = true;
   windows_.clear();
   focus_.reset();
   drag_.end();

@@ -37,18 +37,18 @@ class X11WindowSystem final : public WindowSystem {
 
   WindowHandle createWindow(const WindowDescription& description) override;
   std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) override;
-  void releaseWindow(WindowHandle window) override;
-  void orderFront(WindowHandle window) override;
-  void orderOut(WindowHandle window) override;
-  void requestFocus(WindowHandle window) override;
-  void requestMiniaturized(WindowHandle window, bool miniaturized) override;
-  void setFrame(WindowHandle window, CGRect frame) override;
-  void setTitle(WindowHandle window, std::string_view title) override;
-  void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) override;
-  void setMovableByBackground(WindowHandle window, bool movable) override;
-  void setScene(WindowHandle window, const Scene& scene) override;
-  void setModalWindow(WindowHandle window) override;
-  std::optional<WindowPicture> picture(WindowHandle window) override;
+  void releaseWindow(WindowHandle handle) override;
+  void orderFront(WindowHandle handle) override;
+  void orderOut(WindowHandle handle) override;
+  void requestFocus(WindowHandle handle) override;
+  void requestMiniaturized(WindowHandle handle, bool miniaturized) override;
+  void setFrame(WindowHandle handle, CGRect frame) override;
+  void setTitle(WindowHandle handle, std::string_view title) override;
+  void setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) override;
+  void setMovableByBackground(WindowHandle handle, bool movable) override;
+  void setScene(WindowHandle handle, const Scene& scene) override;
+  void setModalWindow(WindowHandle handle) override;
+  std::optional<WindowPicture> picture(WindowHandle handle) override;
 
  private:
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
@@ -88,7 +88,7 @@ class X11WindowSystem final : public WindowSystem {
   x11::Animation animation_;
   x11::PointerDrag drag_;
   WindowHandle modalWindow_ = WindowHandle::None;
-  bool isLost_ = false;
+  bool isConnectionLost_ = false;
 };
 
 }  // namespace vel

@@ -427,7 +427,7 @@ TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
   ASSERT_EQ(player().scene.size(), kPlayerItems + 2);
   const SceneItem& spinner = player().scene.back();
   EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
-  EXPECT_TRUE(spinner.animates);
+  EXPECT_TRUE(spinner.isAnimated);
   EXPECT_EQ(spinner.frame, CGRectMake(384, 284, 32, 32));
 }
 

@@ -13,7 +13,7 @@ FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Kind ki
     : client_(display), area_(area), kind_(std::move(kind)) {
   xcb_connection_t* const x = client_.get();
   damageNotify_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
-  const x11::FromServer<xcb_damage_query_version_reply_t> version(
+  const x11::XcbPointer<xcb_damage_query_version_reply_t> version(
       xcb_damage_query_version_reply(x, xcb_damage_query_version(x, 1, 1), nullptr));
   xcb_damage_create(x, xcb_generate_id(x), client_.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
   client_.events();  // discards the first report, which is about earlier drawings

@@ -13,7 +13,7 @@ namespace vel::test {
 namespace {
 
 Picture read(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect area) {
-  const x11::FromServer<xcb_get_image_reply_t> image(xcb_get_image_reply(
+  const x11::XcbPointer<xcb_get_image_reply_t> image(xcb_get_image_reply(
       connection,
       xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
                     static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),

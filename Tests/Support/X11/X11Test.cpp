@@ -113,7 +113,7 @@ Scene X11Test::whiteWithIndicator(CGSize size) {
   scene.push_back({.kind = SceneItem::Kind::Spinner,
                    .frame = CGRectMake(size.width / 2 - 16, size.height / 2 - 16, 32, 32),
                    .color = {},
-                   .animates = true});
+                   .isAnimated = true});
   return scene;
 }
 

@@ -14,7 +14,7 @@ namespace vel::test {
 namespace {
 
 template <class T>
-using Reply = x11::FromServer<T>;
+using Reply = x11::XcbPointer<T>;
 
 std::string nameOf(xcb_connection_t* connection, xcb_atom_t atom) {
   const Reply<xcb_get_atom_name_reply_t> reply(

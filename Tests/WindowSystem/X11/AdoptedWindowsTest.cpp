@@ -31,7 +31,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
   EXPECT_EQ(adoptedWindow.title, "A game");
   EXPECT_EQ(adoptedWindow.frame, CGRectMake(200, 410, 640, 400));
   EXPECT_EQ(adoptedWindow.styleMask, 15U);
-  EXPECT_TRUE(adoptedWindow.onScreen);
+  EXPECT_TRUE(adoptedWindow.isOnScreen);
   EXPECT_FALSE(adoptedWindow.hasFocus);
 }
 
@@ -52,7 +52,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowWithoutTheFocusDeactivatesTheApplicatio
 }
 
 TEST_F(X11AdoptedWindows, AnUnmappedWindowCanBeAdopted) {
-  EXPECT_FALSE(adopt(user.makeWindow(kGame, kGreen)).onScreen);
+  EXPECT_FALSE(adopt(user.makeWindow(kGame, kGreen)).isOnScreen);
 }
 
 TEST_F(X11AdoptedWindows, AnIdWithoutAWindowIsRefused) {

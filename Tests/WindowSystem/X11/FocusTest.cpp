@@ -26,7 +26,7 @@ class X11Focus : public X11Test {
   }
   /// Another client grabs the keyboard, as menus do.
   void grabKeyboard() {
-    const x11::FromServer<xcb_grab_keyboard_reply_t> grab(
+    const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(
         xcb_grab_keyboard_reply(user.get(),
                                 xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),

@@ -22,12 +22,12 @@ class X11Indicator : public X11Test {
         Property::ofText(XCB_ATOM_STRING, "*customization:\t-color\nXft.dpi:\t" + std::string(dpi) +
                                               "\nXft.hinting:\t1\n"));
   }
-  Picture show(bool animates) {
+  Picture show(bool isAnimated) {
     game = user.openGame(kGame, 0x208040);
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
     scene = whiteWithIndicator(adoptedWindow.frame.size);
-    scene.back().animates = animates;
+    scene.back().isAnimated = isAnimated;
     system().setScene(handle, scene);
     deliver();
     return user.picture(game);

@@ -35,7 +35,7 @@ class X11Modal : public X11Test {
                  .styleMask = styleMask,
                  .kind = kind,
                  .owner = owner,
-                 .movableByBackground = kind == WindowKind::Modal});
+                 .isMovableByBackground = kind == WindowKind::Modal});
   }
   WindowHandle openModal() { return openPresentation(WindowKind::Modal, 0, {480, 270}); }
   bool isAt(WindowHandle window, PixelRect expected) {
