@@ -233,7 +233,7 @@ void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep
   }
 }
 
-void ShowSession::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
+void ShowSession::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
   if (&window != player_.get()) {
     return;
   }

@@ -64,7 +64,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   // PlatformObserver
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
-  void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
+  void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
 
   void openPlayerWindow();
   void adoptPlayerWindow(std::uint64_t window);

@@ -131,8 +131,8 @@ void NSApplication::resignKey() {
   if (window == nullptr) {
     return;
   }
-  observePlatform([&](PlatformObserver& observer) {
-    observer.keyStatusWillChange(*window, KeyChange::Resigns);
+  notifyPlatformObserver([&](PlatformObserver& observer) {
+    observer.keyStatusChanged(*window, KeyStatusChange::ResignsKey);
   });
   post(NSWindowDidResignKeyNotification, window);
 }
@@ -147,8 +147,8 @@ void NSApplication::becomeKey(const Strong<NSWindow>& window) {
   if (window->kind_ == WindowKind::Plain) {
     mainWindow_ = window;
   }
-  observePlatform([&](PlatformObserver& observer) {
-    observer.keyStatusWillChange(*window, KeyChange::Becomes);
+  notifyPlatformObserver([&](PlatformObserver& observer) {
+    observer.keyStatusChanged(*window, KeyStatusChange::BecomesKey);
   });
   post(NSWindowDidBecomeKeyNotification, window);
 }

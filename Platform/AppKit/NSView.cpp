@@ -94,12 +94,12 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   subviews_.insert(position, view);
   view->superview_ = strongSelf;
   if (window != nullptr && window->isVisible()) {
-    Appearance appearance(view);
+    AppearanceTransition appearance(view);
     {
       const NSWindow::DisplayPause pause(window);
-      appearance.willAppear();
+      appearance.sendWillAppear();
     }
-    appearance.didAppear();
+    appearance.sendDidAppear();
   }
 }
 
@@ -110,8 +110,8 @@ void NSView::removeFromSuperview() {
   if (superview == nullptr && window == nullptr) {
     return;
   }
-  Disappearance disappearance(strongSelf);
-  disappearance.willDisappear();
+  DisappearanceTransition disappearance(strongSelf);
+  disappearance.sendWillDisappear();
   const bool isInOtherWindow = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && isInOtherWindow)) {
     return;  // a step has moved the view, which made its controllers disappear
@@ -123,7 +123,7 @@ void NSView::removeFromSuperview() {
   if (window != nullptr) {
     window->setNeedsDisplay();
   }
-  disappearance.didDisappear();
+  disappearance.sendDidDisappear();
 }
 
 // Removes the view from its superview or window and sends no life-cycle step.

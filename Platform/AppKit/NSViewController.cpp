@@ -55,7 +55,8 @@ void NSViewController::viewDidDisappear() { recordStep(LifeCycleStep::DidDisappe
 
 void NSViewController::recordStep(LifeCycleStep step) {
   recordedSteps_.set(static_cast<std::size_t>(step));
-  observePlatform([&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
+  notifyPlatformObserver(
+      [&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
 }
 
 std::uint64_t NSViewController::beginShowing() {

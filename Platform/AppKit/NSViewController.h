@@ -80,8 +80,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   }
 
  private:
-  friend class Appearance;
-  friend class Disappearance;
+  friend class AppearanceTransition;
+  friend class DisappearanceTransition;
   friend class NSWindow;
 
   // Returns the number of the showing.

@@ -67,16 +67,16 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
   if (view != nullptr) {
     view->removeFromSuperview();
   }
-  Disappearance disappearance(contentView_);
-  disappearance.willDisappear();
+  DisappearanceTransition disappearance(contentView_);
+  disappearance.sendWillDisappear();
   std::optional<DisplayPause> displayPause(strongSelf);
   replaceContentView(view);
-  disappearance.didDisappear();
+  disappearance.sendDidDisappear();
   if (isOpen_) {
-    Appearance appearance(view);
-    appearance.willAppear();
+    AppearanceTransition appearance(view);
+    appearance.sendWillAppear();
     displayPause.reset();
-    appearance.didAppear();
+    appearance.sendDidAppear();
   }
 }
 
@@ -113,7 +113,8 @@ void NSWindow::setTitle(std::string_view title) {
 
 void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   styleMask_ = styleMask;
-  observePlatform([&](PlatformObserver& observer) { observer.styleMaskSet(*this, styleMask); });
+  notifyPlatformObserver(
+      [&](PlatformObserver& observer) { observer.styleMaskWasSet(*this, styleMask); });
   if (NSApp != nullptr) {
     NSApp->port()->setStyleMask(handle_, styleMask);
   }
@@ -168,8 +169,8 @@ void NSWindow::open(bool shouldBecomeKey) {
     isOpen_ = true;
     NSApp->openWindows_.push_back(strongSelf);
   }
-  Appearance appearance(isOpening ? contentView_ : nullptr);
-  appearance.willAppear();
+  AppearanceTransition appearance(isOpening ? contentView_ : nullptr);
+  appearance.sendWillAppear();
   if (!isOpen_ || NSApp == nullptr) {
     return;  // a step has closed the window
   }
@@ -179,12 +180,12 @@ void NSWindow::open(bool shouldBecomeKey) {
   NSApp->port()->orderFront(handle_);
   setNeedsDisplay();
   if (isOpening) {
-    observePlatform([this](PlatformObserver& observer) { observer.windowOpened(*this); });
+    notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowOpened(*this); });
   }
   if (shouldBecomeKey) {
     makeKeyWindow();
   }
-  appearance.didAppear();
+  appearance.sendDidAppear();
 }
 
 void NSWindow::close() {
@@ -197,8 +198,8 @@ void NSWindow::close() {
     sheet->close();
     std::erase(sheets_, sheet);
   }
-  Disappearance disappearance(contentView_);
-  disappearance.willDisappear();
+  DisappearanceTransition disappearance(contentView_);
+  disappearance.sendWillDisappear();
   if (!isOpen_) {
     return;  // a step has closed the window
   }
@@ -214,8 +215,8 @@ void NSWindow::close() {
     app->endModalRuns(this);
   }
   endPresentation();
-  observePlatform([this](PlatformObserver& observer) { observer.windowClosed(*this); });
-  disappearance.didDisappear();
+  notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowClosed(*this); });
+  disappearance.sendDidDisappear();
   if (app != nullptr) {
     app->makeNextWindowKey(strongSelf);
   }

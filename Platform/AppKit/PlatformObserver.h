@@ -14,20 +14,21 @@ class NSWindow;
 /// The four steps of a view controller's life on screen.
 enum class LifeCycleStep : std::uint8_t { WillAppear, DidAppear, WillDisappear, DidDisappear };
 
-/// Whether a window loses or gets the key status.
-enum class KeyChange : std::uint8_t { Resigns, Becomes };
+/// Whether a window stops being the key window or becomes the key window.
+enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
 
 /// Receives the events of the platform layer, for example for a trace or a test. The platform calls
-/// it on the main thread when an event happens. An observer must not change the objects that it
-/// receives. Without an observer, an event costs one test of a pointer.
+/// the observer on the main thread when an event happens. The observer must not change the objects
+/// that it receives.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
-  /// A view controller's life-cycle step begins, whether the platform or a caller started it.
+  /// A life-cycle step of a view controller begins. The platform or the host has called the step.
   virtual void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep /*step*/) {}
   /// `setStyleMask` was called. The mask may equal the previous one.
-  virtual void styleMaskSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
-  /// A window's key notification is about to be posted.
-  virtual void keyStatusWillChange(NSWindow& /*window*/, KeyChange /*change*/) {}
+  virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
+  /// A window has become or stopped being the key window. The platform posts the window's
+  /// notification after this call.
+  virtual void keyStatusChanged(NSWindow& /*window*/, KeyStatusChange /*change*/) {}
   /// A window was put on screen.
   virtual void windowOpened(NSWindow& /*window*/) {}
   /// A window was closed.
@@ -40,18 +41,19 @@ VEL_EXPORT inline PlatformObserver* platformObserver = nullptr;
 
 }  // namespace detail
 
-/// Replaces the observer (not owned; null for no observer) and returns the previous one. Main
-/// thread.
+/// Replaces the platform observer and the timer observer by `observer`. Null removes both. Returns
+/// the previous platform observer. The caller owns the observer and must remove it before
+/// destroying it. Only the main thread may call this function.
 inline PlatformObserver* setPlatformObserver(PlatformObserver* observer) {
   setTimerObserver(observer);
   return std::exchange(detail::platformObserver, observer);
 }
 
-/// Calls `report` with the observer, if there is one.
-template <class Report>
-void observePlatform(Report&& report) {
+/// Calls `notify` with the platform observer. Does nothing if no observer is set.
+template <class Notify>
+void notifyPlatformObserver(Notify&& notify) {
   if (detail::platformObserver != nullptr) [[unlikely]] {
-    report(*detail::platformObserver);
+    notify(*detail::platformObserver);
   }
 }
 

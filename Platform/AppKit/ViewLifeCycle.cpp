@@ -29,25 +29,25 @@ NSArray<NSViewController> controllersIn(const Strong<NSView>& view, bool isShown
 
 }  // namespace
 
-Appearance::Appearance(const Strong<NSView>& view) {
+AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
   for (const Strong<NSViewController>& controller : controllersIn(view, false)) {
     showings_.push_back({controller, controller->beginShowing()});
   }
 }
 
-void Appearance::willAppear() {
+void AppearanceTransition::sendWillAppear() {
   for (const Showing& showing : showings_) {
     showing.controller->sendStep(LifeCycleStep::WillAppear, showing.number);
   }
 }
 
-void Appearance::didAppear() {
+void AppearanceTransition::sendDidAppear() {
   for (const Showing& showing : showings_) {
     showing.controller->sendStep(LifeCycleStep::DidAppear, showing.number);
   }
 }
 
-void Disappearance::willDisappear() {
+void DisappearanceTransition::sendWillDisappear() {
   std::size_t next = 0;
   for (addNewShowings(); next < showings_.size(); addNewShowings()) {
     for (; next < showings_.size(); ++next) {
@@ -57,7 +57,7 @@ void Disappearance::willDisappear() {
   }
 }
 
-void Disappearance::addNewShowings() {
+void DisappearanceTransition::addNewShowings() {
   for (const Strong<NSViewController>& controller : controllersIn(view_, true)) {
     if (std::ranges::find(showings_, controller, &Showing::controller) == showings_.end()) {
       showings_.push_back({controller, controller->showingNumber_});
@@ -65,7 +65,7 @@ void Disappearance::addNewShowings() {
   }
 }
 
-void Disappearance::didDisappear() {
+void DisappearanceTransition::sendDidDisappear() {
   for (const Showing& showing : showings_) {
     showing.controller->sendStep(LifeCycleStep::DidDisappear, showing.number);
   }

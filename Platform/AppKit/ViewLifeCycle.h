@@ -1,4 +1,4 @@
-// Sends life-cycle steps to the controllers of a part of a window.
+// Sends the life-cycle steps to the view controllers of a view hierarchy.
 #pragma once
 
 #include <cstdint>
@@ -9,39 +9,41 @@
 
 namespace vel {
 
-/// One showing of a controller. It ends when the view leaves the screen. The number distinguishes
-/// it from later showings of the same controller.
+/// A showing: the period during which a controller is shown. The number distinguishes the showing
+/// from other showings of the same controller.
 struct Showing {
   Strong<NSViewController> controller;
   std::uint64_t number = 0;
 };
 
-/// The appearance of the controllers of a view and its subviews, outer before inner. The caller
-/// changes the view hierarchy first and then sends the two steps. A controller that a step removes
-/// from the screen receives no further step.
-class Appearance {
+/// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
+/// first opens the window or adds the view to an open window. It then constructs this object and
+/// calls `sendWillAppear` and `sendDidAppear`. If a step ends the showing of a controller, for
+/// example because it removes the controller's view, this object sends the controller no further
+/// step.
+class AppearanceTransition {
  public:
   /// Begins a showing for each controller that is not shown yet.
-  explicit Appearance(const Strong<NSView>& view);
-  void willAppear();
-  void didAppear();
+  explicit AppearanceTransition(const Strong<NSView>& view);
+  void sendWillAppear();
+  void sendDidAppear();
 
  private:
   std::vector<Showing> showings_;
 };
 
-/// The disappearance of the controllers of a view and its subviews. The caller sends
-/// `willDisappear` while the view is in place, then changes the view hierarchy, then sends
-/// `didDisappear`. A controller that appears during `willDisappear` disappears too.
-class Disappearance {
+/// Makes the controllers of a view and its subviews disappear, outer controllers first. The caller
+/// first calls `sendWillDisappear`, then closes the window or removes the view from it, then calls
+/// `sendDidDisappear`. A controller that appears during `sendWillDisappear` also disappears.
+class DisappearanceTransition {
  public:
-  explicit Disappearance(Strong<NSView> view) : view_(std::move(view)) {}
-  void willDisappear();
-  /// Ends the showings.
-  void didDisappear();
+  explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
+  void sendWillDisappear();
+  /// Sends the step to the controllers that `sendWillDisappear` found, and ends their showings.
+  void sendDidDisappear();
 
  private:
-  // Adds the showings of controllers that have appeared since the last call.
+  // Adds the showings of the controllers that are shown and are not in `showings_` yet.
   void addNewShowings();
 
   Strong<NSView> view_;

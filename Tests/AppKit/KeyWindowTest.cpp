@@ -152,9 +152,9 @@ TEST_F(KeyWindowTest, WithoutAKeyWindowLosingTheFocusPostsNothing) {
 TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
   struct Observer final : PlatformObserver {
     explicit Observer(EventRecorder& eventRecorder) : recorder(eventRecorder) {}
-    void keyStatusWillChange(NSWindow& window, KeyChange change) override {
-      recorder.record(std::string(window.className()) +
-                      (change == KeyChange::Becomes ? " about to become" : " about to resign"));
+    void keyStatusChanged(NSWindow& window, KeyStatusChange change) override {
+      recorder.record("observer: " + std::string(window.className()) +
+                      (change == KeyStatusChange::BecomesKey ? " becomes key" : " resigns key"));
     }
     EventRecorder& recorder;
   } observer(recorder);
@@ -163,8 +163,8 @@ TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
   recorder.take();
   setPlatformObserver(&observer);
   next->makeKeyWindow();
-  EXPECT_EQ(recorder.take(),
-            (Events{"A about to resign", "A resigns key", "B about to become", "B becomes key"}));
+  EXPECT_EQ(recorder.take(), (Events{"observer: A resigns key", "A resigns key",
+                                     "observer: B becomes key", "B becomes key"}));
 }
 
 class MainWindowTest : public RecordedTest {

@@ -169,7 +169,7 @@ TEST_F(WindowTest, ResizingByTheUserChangesTheFrameAndTheContentView) {
 
 TEST_F(WindowTest, ThePlatformObserverReceivesEachStyleMask) {
   struct Observer final : PlatformObserver {
-    void styleMaskSet(NSWindow& /*window*/, std::uint64_t styleMask) override {
+    void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t styleMask) override {
       masks.push_back(styleMask);
     }
     std::vector<std::uint64_t> masks;

@@ -58,7 +58,7 @@ std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const bool isDismissing = eventAs<trace::CoverStep>(play) != nullptr ||
                             eventAs<trace::StyleMaskAssignment>(play) != nullptr ||
                             eventAs<trace::PresentationWindowChange>(play) != nullptr ||
-                            eventAs<trace::KeyStatusChange>(play) != nullptr;
+                            eventAs<trace::KeyWindowChange>(play) != nullptr;
   if (history.mustRefuse && isDismissing) {
     return "it goes through with " + number(history.timeLeft) + " s left";
   }

@@ -214,8 +214,8 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
 
 // Computes from the key change only whether a required window is away, because the manager is
 // notified later.
-void ObservedPlay::note(const host::trace::KeyStatusChange& change) {
-  if (change.change == KeyChange::Becomes) {
+void ObservedPlay::note(const host::trace::KeyWindowChange& change) {
+  if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);
     history_.keyOrder.push_back(change.window);
   }
@@ -224,7 +224,7 @@ void ObservedPlay::note(const host::trace::KeyStatusChange& change) {
   }
   const Strong<NSWindow> window = names_.window(change.window);
   const Strong<NSViewController> cover = controllerOf(manager()->content());
-  if (change.change == KeyChange::Becomes) {
+  if (change.change == KeyStatusChange::BecomesKey) {
     history_.isWindowAway = history_.isWindowAway && !showsCover(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {

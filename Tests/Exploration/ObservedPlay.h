@@ -115,7 +115,7 @@ class ObservedPlay final : private host::PlayListener {
   void note(const host::trace::ContentDataResult& result);
   void note(const host::trace::HostCall& call);
   void note(const host::trace::RecordedEvent& event);
-  void note(const host::trace::KeyStatusChange& change);
+  void note(const host::trace::KeyWindowChange& change);
   void note(const host::trace::CoverStep& step);
   template <class Other>
   void note(const Other& /*other*/) {}

@@ -66,7 +66,7 @@ void PlatformJournal::lifeCycleStepBegan(NSViewController& controller, LifeCycle
   }
 }
 
-void PlatformJournal::styleMaskSet(NSWindow& /*window*/, std::uint64_t styleMask) {
+void PlatformJournal::styleMaskWasSet(NSWindow& /*window*/, std::uint64_t styleMask) {
   journal_->push_back("style " + std::to_string(styleMask));
   if (work_) {
     std::exchange(work_, nullptr)();

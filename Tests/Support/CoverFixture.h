@@ -101,7 +101,7 @@ class PlatformJournal final : public PlatformObserver {
   ~PlatformJournal() override { setPlatformObserver(previousObserver_); }
 
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
-  void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
+  void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 

@@ -148,12 +148,12 @@ void Player::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step
   }
 }
 
-void Player::styleMaskSet(NSWindow& window, std::uint64_t styleMask) {
+void Player::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
   report(trace::StyleMaskAssignment{.styleMask = styleMask, .window = names_.nameOf(window)});
 }
 
-void Player::keyStatusWillChange(NSWindow& window, KeyChange change) {
-  report(trace::KeyStatusChange{.change = change, .window = names_.nameOf(window)});
+void Player::keyStatusChanged(NSWindow& window, KeyStatusChange change) {
+  report(trace::KeyWindowChange{.change = change, .window = names_.nameOf(window)});
 }
 
 void Player::windowOpened(NSWindow& window) {

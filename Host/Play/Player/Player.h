@@ -41,8 +41,8 @@ class Player final : private PlatformObserver {
   // PlatformObserver
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;
   void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
-  void styleMaskSet(NSWindow& window, std::uint64_t styleMask) override;
-  void keyStatusWillChange(NSWindow& window, KeyChange change) override;
+  void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
+  void keyStatusChanged(NSWindow& window, KeyStatusChange change) override;
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 

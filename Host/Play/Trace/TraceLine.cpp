@@ -64,8 +64,9 @@ class LineWriter {
   }
   void operator()(const trace::RecordedEvent& event) { line_.member("event", event.name); }
   void operator()(const trace::Tick& tick) { line_.member("tick", tick.timeLeft); }
-  void operator()(const trace::KeyStatusChange& change) {
-    line_.member(change.change == KeyChange::Resigns ? "resignKey" : "becomeKey", change.window);
+  void operator()(const trace::KeyWindowChange& change) {
+    line_.member(change.change == KeyStatusChange::ResignsKey ? "resignKey" : "becomeKey",
+                 change.window);
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
     line_.member("styleMask", assignment.styleMask).member("window", assignment.window);

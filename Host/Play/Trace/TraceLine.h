@@ -55,8 +55,8 @@ struct RecordedEvent {
 struct Tick {
   double timeLeft = 0;
 };
-struct KeyStatusChange {
-  KeyChange change = KeyChange::Becomes;
+struct KeyWindowChange {
+  KeyStatusChange change = KeyStatusChange::BecomesKey;
   std::string window;
 };
 struct StyleMaskAssignment {
@@ -84,7 +84,7 @@ struct FatalError {
 using TraceEvent =
     std::variant<trace::StepStart, trace::Activation, trace::ContentDataResult,
                  trace::ContentViewResult, trace::Registration, trace::LogLine, trace::StateChange,
-                 trace::HostCall, trace::RecordedEvent, trace::Tick, trace::KeyStatusChange,
+                 trace::HostCall, trace::RecordedEvent, trace::Tick, trace::KeyWindowChange,
                  trace::StyleMaskAssignment, trace::CoverStep, trace::PresentationWindowChange,
                  trace::InspectionReport, trace::FatalError>;
 

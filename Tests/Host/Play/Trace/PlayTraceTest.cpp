@@ -53,10 +53,12 @@ TEST(TraceTextTest, EachKindOfLineHasItsMembersInOrder) {
   EXPECT_EQ(textOf(trace::RecordedEvent{"launch_end"}),
             R"({"t":0.000000000,"event":"launch_end"})");
   EXPECT_EQ(textOf(trace::Tick{4.9}), R"({"t":0.000000000,"tick":4.9})");
-  EXPECT_EQ(textOf(trace::KeyStatusChange{.change = KeyChange::Resigns, .window = "player"}),
-            R"({"t":0.000000000,"resignKey":"player"})");
-  EXPECT_EQ(textOf(trace::KeyStatusChange{.change = KeyChange::Becomes, .window = "player"}),
-            R"({"t":0.000000000,"becomeKey":"player"})");
+  EXPECT_EQ(
+      textOf(trace::KeyWindowChange{.change = KeyStatusChange::ResignsKey, .window = "player"}),
+      R"({"t":0.000000000,"resignKey":"player"})");
+  EXPECT_EQ(
+      textOf(trace::KeyWindowChange{.change = KeyStatusChange::BecomesKey, .window = "player"}),
+      R"({"t":0.000000000,"becomeKey":"player"})");
   EXPECT_EQ(
       textOf(trace::StyleMaskAssignment{.styleMask = ~NSWindowStyleMask{0}, .window = "player"}),
       R"({"t":0.000000000,"styleMask":18446744073709551615,"window":"player"})");
