@@ -10,6 +10,7 @@
 #   VEL_BACKENDS             those that are built
 #   VEL_BACKEND_DEFINITIONS  VEL_HAS_<FOLDER>=1 for those that are built
 #   VEL_BACKEND_MODULES      the modules that a program must link with the static library
+# and sets VEL_<FOLDER>_MODULES.
 
 set(VEL_OPTIONAL_BACKENDS "")
 set(VEL_BACKENDS "")
@@ -33,12 +34,14 @@ macro(vel_find_backend folder)
         pkg_check_modules(${backend_option}_HEADERS QUIET ${backend_HEADERS})
       endif()
     endif()
+    set(${backend_option}_MODULES ${backend_MODULES})
     if(${backend_option}_FOUND AND ${backend_option}_HEADERS_FOUND)
       set(${backend_option}_ENABLED TRUE)
       target_include_directories(PkgConfig::${backend_option}
         INTERFACE ${${backend_option}_HEADERS_INCLUDE_DIRS})
       list(APPEND VEL_BACKENDS ${folder})
-      list(APPEND VEL_BACKEND_DEFINITIONS "VEL_HAS_${folder}=1")
+      string(TOUPPER "VEL_HAS_${folder}=1" backend_definition)
+      list(APPEND VEL_BACKEND_DEFINITIONS ${backend_definition})
       list(APPEND VEL_BACKEND_MODULES ${backend_MODULES})
     elseif(NOT ${backend_option} STREQUAL "AUTO")
       message(FATAL_ERROR "${backend_option} is ON, but pkg-config does not find all of: "

@@ -41,10 +41,17 @@ cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
 # Programs that link the static library also link what it depends on.
 set(pc_requires_private "")
 set(pc_libs_private "")
+set(find_backend_libraries "")
 if(VEL_LIBRARY_TYPE STREQUAL "STATIC_LIBRARY")
   set(pc_requires_private "${VEL_BACKEND_MODULES}")
   list(JOIN pc_requires_private " " pc_requires_private)
   set(pc_libs_private "-lstdc++ -lm -pthread")
+  foreach(backend IN LISTS VEL_BACKENDS)
+    string(TOUPPER "VEL_${backend}" backend)
+    list(JOIN ${backend}_MODULES " " modules)
+    string(APPEND find_backend_libraries
+      "find_dependency(PkgConfig)\npkg_check_modules(${backend} REQUIRED IMPORTED_TARGET ${modules})\n")
+  endforeach()
 endif()
 configure_file(
   "${PROJECT_SOURCE_DIR}/cmake/vellaunchscreen.pc.in" "${PROJECT_BINARY_DIR}/vellaunchscreen.pc"

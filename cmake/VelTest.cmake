@@ -10,18 +10,20 @@ function(vel_add_test name)
   vel_add_test_program(${name} SOURCES ${sources} LINK ${test_LINK} TIMEOUT 60)
 endfunction()
 
-# vel_add_x11_test(<folder> [SOURCES <source>...] [LINK <target>...] [TIMEOUT <seconds>])
+# vel_add_backend_test(<backend> <folder> [SOURCES <source>...] [LINK <target>...]
+#                      [TIMEOUT <seconds>])
 #
-# Builds the program X11<folder>Tests from the sources in <folder>/X11 and the given sources. Each
-# test case becomes a test of ctest with the label X11<folder>.
-function(vel_add_x11_test folder)
-  cmake_parse_arguments(PARSE_ARGV 1 test "" "TIMEOUT" "SOURCES;LINK")
+# Builds the program <backend><folder>Tests from the sources in <folder>/<backend> and the given
+# sources. It links the target Vel<backend>TestSupport. Each test case becomes a test of ctest with the
+# label <backend><folder>.
+function(vel_add_backend_test backend folder)
+  cmake_parse_arguments(PARSE_ARGV 2 test "" "TIMEOUT" "SOURCES;LINK")
   if(NOT test_TIMEOUT)
     set(test_TIMEOUT 60)
   endif()
-  file(GLOB sources CONFIGURE_DEPENDS "${folder}/X11/*.cpp")
-  vel_add_test_program(X11${folder}
-    SOURCES ${sources} ${test_SOURCES} LINK VelX11TestSupport ${test_LINK}
+  file(GLOB sources CONFIGURE_DEPENDS "${folder}/${backend}/*.cpp")
+  vel_add_test_program(${backend}${folder}
+    SOURCES ${sources} ${test_SOURCES} LINK Vel${backend}TestSupport ${test_LINK}
     TIMEOUT ${test_TIMEOUT})
 endfunction()
 
