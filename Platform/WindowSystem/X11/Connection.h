@@ -22,8 +22,8 @@ namespace vel::x11 {
 
 struct XcbDeleter {
   void operator()(void* memory) const {
-    std::free(memory);
-  }  // NOLINT(*-no-malloc): XCB uses malloc
+    std::free(memory);  // NOLINT(*-no-malloc): XCB uses malloc
+  }
 };
 
 /// A reply, event or error that XCB has allocated.
