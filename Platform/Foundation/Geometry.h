@@ -1,4 +1,4 @@
-// Points, sizes and rectangles in points, with the y axis pointing up. Colours.
+// Points, sizes, rectangles and colours. Lengths are in points. The y axis points up.
 #pragma once
 
 namespace vel {

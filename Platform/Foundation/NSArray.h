@@ -6,7 +6,7 @@
 
 namespace vel {
 
-/// A list of objects that an operation returns. It is a copy: later changes do not affect it.
+/// A list of objects. If a function returns a list by value, later changes do not affect the list.
 template <class T>
 using NSArray = std::vector<Strong<T>>;
 

@@ -11,7 +11,7 @@
 
 namespace vel {
 
-/// The reason for a failure: a domain, a code of that domain, and more information.
+/// The reason for a failure: a domain, a code within the domain, and more information.
 class VEL_EXPORT NSError final : public Class<NSError, "NSError"> {
  public:
   NSError(std::string_view domain, std::int64_t code, Strong<NSDictionary> userInfo)
@@ -24,7 +24,7 @@ class VEL_EXPORT NSError final : public Class<NSError, "NSError"> {
 
   [[nodiscard]] std::string_view domain() const { return domain_; }
   [[nodiscard]] std::int64_t code() const { return code_; }
-  /// May be null.
+  /// More information about the failure, or null.
   [[nodiscard]] Strong<NSDictionary> userInfo() const { return userInfo_; }
 
  private:

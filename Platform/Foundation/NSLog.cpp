@@ -36,7 +36,7 @@ std::string textOf(const NSLogArgument& argument) {
 
 std::string formatLogLine(std::string_view format, std::initializer_list<NSLogArgument> arguments) {
   std::string line;
-  const auto* next = arguments.begin();
+  const auto* nextArgument = arguments.begin();
   for (std::size_t index = 0; index < format.size(); ++index) {
     const char specifier = index + 1 < format.size() ? format[index + 1] : '\0';
     if (format[index] != '%') {
@@ -45,8 +45,8 @@ std::string formatLogLine(std::string_view format, std::initializer_list<NSLogAr
       line += '%';
       ++index;
     } else if ((specifier == '@' || specifier == 's' || specifier == 'u') &&
-               next != arguments.end()) {
-      line += textOf(*next++);
+               nextArgument != arguments.end()) {
+      line += textOf(*nextArgument++);
       ++index;
     } else {
       line += '%';
@@ -65,10 +65,10 @@ void writeLogLine(std::string_view line) {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
   const auto milliseconds =
       std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-  std::tm local{};
-  localtime_r(&seconds, &local);
+  std::tm localTime{};
+  localtime_r(&seconds, &localTime);
   char prefix[64];
-  std::size_t length = std::strftime(prefix, sizeof prefix, "%Y-%m-%d %H:%M:%S", &local);
+  std::size_t length = std::strftime(prefix, sizeof prefix, "%Y-%m-%d %H:%M:%S", &localTime);
   length += static_cast<std::size_t>(std::snprintf(prefix + length, sizeof prefix - length,
                                                    ".%03d ", static_cast<int>(milliseconds)));
   std::string output(prefix, length);

@@ -19,11 +19,12 @@ using NSLogArgument = std::variant<std::string_view, std::uint32_t>;
 [[nodiscard]] VEL_EXPORT std::string formatLogLine(std::string_view format,
                                                    std::initializer_list<NSLogArgument> arguments);
 
-/// Receives a log line without date and process.
+/// Receives a log line without the date and the process.
 using NSLogSink = std::function<void(std::string_view line)>;
 
-/// Replaces the sink for log lines and returns the previous one. An empty sink means the standard
-/// sink, which writes "date time process[pid:thread] line" to standard error. Any thread.
+/// Replaces the sink for log lines and returns the previous sink. An empty sink means the
+/// standard sink, which writes "date time process[pid:thread] line" to standard error. Any thread
+/// may call this function.
 VEL_EXPORT NSLogSink setNSLogSink(NSLogSink sink);
 
 /// Writes a line to the standard sink, even if another sink is set.
@@ -35,7 +36,7 @@ VEL_EXPORT void log(std::string_view line);
 
 }  // namespace detail
 
-/// Logs one line. Any thread.
+/// Formats a line and passes it to the sink. Any thread may call this function.
 template <class... Arguments>
 void NSLog(std::string_view format, const Arguments&... arguments) {
   detail::log(formatLogLine(format, {NSLogArgument(arguments)...}));

@@ -20,8 +20,8 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 
 /// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
 /// copy: if the loop's body changes the array, even at the last element, the loop throws
-/// `NSCollectionMutatedError`. An operation that has no effect is not a change. One thread at a
-/// time.
+/// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only
+/// one thread at a time may use an array.
 template <class T>
 class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
  public:
@@ -46,20 +46,20 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
   }
 
   void addObject(Strong<T> object) {
-    ++mutations_;
+    ++mutationCount_;
     objects_.push_back(std::move(object));
   }
 
   void removeObjectAtIndex(std::size_t index) {
     // Destroys the object after the change: its destructor may use the array.
     const Strong<T> object = objects_.at(index);
-    ++mutations_;
+    ++mutationCount_;
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
   }
 
   void removeAllObjects() {
     if (!objects_.empty()) {
-      ++mutations_;
+      ++mutationCount_;
       const std::vector<Strong<T>> objects = std::exchange(objects_, {});
     }
   }
@@ -70,11 +70,12 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
   /// Returns strong references, which keep an element alive in the loop's body.
   class Iterator {
    public:
-    explicit Iterator(const NSMutableArray& array) : array_(array), mutations_(array.mutations_) {}
+    explicit Iterator(const NSMutableArray& array)
+        : array_(array), mutationCount_(array.mutationCount_) {}
 
     Strong<T> operator*() const { return array_.objects_[index_]; }
     Iterator& operator++() {
-      if (array_.mutations_ != mutations_) {
+      if (array_.mutationCount_ != mutationCount_) {
         throw NSCollectionMutatedError();
       }
       ++index_;
@@ -85,7 +86,7 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
    private:
     const NSMutableArray& array_;
     std::size_t index_ = 0;
-    std::size_t mutations_;
+    std::size_t mutationCount_;
   };
 
   [[nodiscard]] Iterator begin() const { return Iterator(*this); }
@@ -93,7 +94,7 @@ class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
 
  private:
   std::vector<Strong<T>> objects_;
-  std::size_t mutations_ = 0;
+  std::size_t mutationCount_ = 0;
 };
 
 }  // namespace vel

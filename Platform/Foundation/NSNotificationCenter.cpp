@@ -74,7 +74,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
     return;
   }
   auto entry = topic->entries.begin();
-  const auto last = std::prev(topic->entries.end());  // entries added later are not called
+  const auto lastEntry = std::prev(topic->entries.end());  // entries added later are not called
   struct PostScope : NonCopyable {
     explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }
     ~PostScope() {
@@ -96,7 +96,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
         registration.callout(*observer, notification);
       }
     }
-    if (entry == last) {
+    if (entry == lastEntry) {
       return;
     }
   }

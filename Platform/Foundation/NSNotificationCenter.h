@@ -13,7 +13,8 @@
 namespace vel {
 
 /// Delivers notifications to observers, in the order of registration. Delivery is synchronous, on
-/// the thread that posts, and holds no lock. The centre does not keep observers alive. Any thread.
+/// the thread that posts, and holds no lock. The centre does not keep observers alive. Any thread
+/// may use the centre.
 class VEL_EXPORT NSNotificationCenter {
  public:
   /// The centre to which the platform posts.
@@ -36,33 +37,34 @@ class VEL_EXPORT NSNotificationCenter {
     }
   }
 
-  /// Removes every registration of `observer`. A post in progress no longer calls it. The
-  /// observer's destructor may call this.
+  /// Removes every registration of `observer`. A post in progress no longer calls the observer. The
+  /// observer's destructor may call this function.
   void removeObserver(const NSObject* observer);
 
   /// Removes every registration of every observer. A post in progress calls no further observer.
   void removeAllObservers();
 
-  /// How many registrations `observer` has.
+  /// The number of registrations of `observer`.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
-  /// Posts to the current registrations. A registration that is removed during the post is skipped;
-  /// one that is added during the post is not called.
+  /// Posts to the current registrations. Skips a registration that is removed during the post, and
+  /// a registration that is added during the post.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:
   struct Registration {
     Weak<NSObject> observer;
-    const NSObject* identity = nullptr;
-    const NSObject* object = nullptr;
+    const NSObject* identity = nullptr;  // the observer, for comparison only
+    const NSObject* object = nullptr;    // for comparison only; null for any object
     void (*callout)(NSObject&, const NSNotification&) = nullptr;
   };
-  /// A registration in its topic's list. It stays in the list while a post is in progress.
+  /// A registration in a topic's list. An entry stays in the list while a post is in progress.
   struct Entry {
     explicit Entry(Registration newRegistration) : registration(std::move(newRegistration)) {}
     Registration registration;
     std::atomic<bool> isRemoved = false;
   };
+  /// The registrations for one notification name.
   struct Topic {
     explicit Topic(NSNotificationName newName) : name(newName) {}
     std::string name;

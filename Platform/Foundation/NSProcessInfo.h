@@ -14,7 +14,7 @@ struct NSOperatingSystemVersion {
   auto operator<=>(const NSOperatingSystemVersion&) const = default;
 };
 
-/// Information about the operating system. Main thread.
+/// Information about the operating system. Only the main thread may use this class.
 class VEL_EXPORT NSProcessInfo {
  public:
   /// The version of macOS whose behaviour the library follows. The default is 15.0.0.

@@ -126,7 +126,7 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// From now on, a wake-up ends a wait. Returns false if a wake-up has come since the pass began.
+// After this call, a wake-up ends a wait. Returns false if a wake-up has come since the pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIdle) & kWoken) == 0; }
 
 void NSRunLoop::updateDescriptor(Nanoseconds deadline) {
@@ -163,7 +163,7 @@ NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const
 bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   auto next = nextTimer(mode);
   if (next == timers_.end()) {
-    return false;  // without reading the clock, so that an idle pass is fast
+    return false;  // returns before the clock is read, so that an idle pass is fast
   }
   bool hasFired = false;
   const Nanoseconds startTime = now();
@@ -172,7 +172,7 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
     if (std::exchange(hasFired, true)) {
       currentTime = now();  // the target of the previous timer may have been slow
     }
-    // The copy keeps the timer alive: its target may invalidate it.
+    // The copy keeps the timer alive: the target may invalidate the timer.
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Strong<NSTimer> timer = *next;
     if (timer->repeats_) {
@@ -225,7 +225,7 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
   }
   const bool canEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
   if (!isPolled_) {
-    wakeState_.fetch_and(~kIdle);  // no wait before the next pass, which serves all wake-ups
+    wakeState_.fetch_and(~kIdle);  // the next pass serves all wake-ups
   }
   if (!canEnd) {
     throw NothingToWaitFor("a wait in virtual time with nothing scheduled; " +
@@ -240,8 +240,8 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // A timer whose target takes longer than its interval is always due. So this loop ignores what
-  // becomes due after the end.
+  // A timer is always due if its target runs longer than its interval. So this loop ignores work
+  // that becomes due after `end`.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);

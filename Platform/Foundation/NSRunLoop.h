@@ -18,22 +18,23 @@ namespace vel {
 
 class WaitSet;
 
-/// A source of events or work. Each pass of the run loop serves its sources after the timers. Main
-/// thread.
+/// A source of events or work. Each pass of the run loop serves its sources after the timers. Only
+/// the main thread may use a source.
 class VEL_EXPORT RunLoopSource : NonCopyable {
  public:
   virtual ~RunLoopSource() = default;
 
   /// Delivers everything that is due. Returns true if anything was due.
   virtual bool deliver() = 0;
-  /// When something will be due: 0 if something is due already, `kNever` if that is unknown.
+  /// The time at which something will be due. 0 if something is due already, `kNever` if no such
+  /// time is known.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
   /// Describes what is pending, one line for each item, for an error message.
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
-/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. Its text lists
-/// the pending timers and the pending work of the main queue.
+/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The
+/// exception's text lists the pending timers and the pending work of the main queue.
 class VEL_EXPORT NothingToWaitFor : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -41,8 +42,9 @@ class VEL_EXPORT NothingToWaitFor : public std::logic_error {
 
 /// The main thread's run loop. A pass in a mode fires the timers that are due, delivers the window
 /// system's events, runs the main queue's work and drains the release pool, in this order. A host
-/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Main thread,
-/// except for `wake`, `now` and `currentRunLoop`.
+/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Any
+/// thread may call `wake`, `now` and `currentRunLoop`. Only the main thread may call the other
+/// operations.
 class VEL_EXPORT NSRunLoop : NonCopyable {
  public:
   static NSRunLoop& mainRunLoop();
@@ -60,11 +62,12 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
   /// The sources that a pass serves after the timers: first the window system, then the main queue.
-  /// Null removes the source. Not owned.
+  /// Null removes the source. The run loop does not own the sources.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 
-  /// The mode in which `pump` and `runUntilDate` run. They read it before each pass.
+  /// The mode of the passes that `pump`, `runUntilDate` and `runUntil` run. A nested call may
+  /// change the mode of the next pass.
   void setMode(NSRunLoopMode mode) { mode_ = mode; }
   [[nodiscard]] NSRunLoopMode mode() const { return mode_; }
 
@@ -72,36 +75,36 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// timer.
   void addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode);
 
-  /// Runs one pass. Returns true if it did anything. Never waits for an event, but may block for a
-  /// round trip to the display server.
+  /// Runs one pass. Returns true if the pass did anything. Never waits for an event, but may block
+  /// for a round trip to the display server.
   bool runPass(NSRunLoopMode mode);
-  /// Runs one pass in the loop's mode. A game calls this once a frame.
+  /// Runs one pass in the loop's mode. A game calls this function once per frame.
   bool pump() { return runPass(mode_); }
-  /// Runs one pass. If it did nothing, waits for the next deadline or event, but at most until
-  /// `limit`.
+  /// Runs one pass. If the pass did nothing, waits for the next deadline or event, but at most
+  /// until `limit`.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);
   /// Runs passes until `limit`. Also runs everything that is due at `limit`.
   void runUntilDate(Nanoseconds limit);
-  /// Runs passes until `isDone` returns true. Calls it before each pass.
+  /// Runs passes until `isDone` returns true. Calls `isDone` before each pass.
   void runUntil(const std::function<bool()>& isDone);
 
-  /// When a pass in the loop's mode next has something to do: 0 for now, `kNever` if that is
-  /// unknown.
+  /// The time at which a pass in the loop's mode next has something to do. 0 means now. `kNever`
+  /// means that no such time is known.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
-  /// A descriptor that is readable when a pass has something to do, for a host's own `poll`. -1 in
-  /// virtual time. Valid until the clock is replaced. After the first call every pass keeps the
-  /// descriptor up to date.
+  /// Returns a descriptor for a host's own `poll`. The descriptor is readable when a pass has
+  /// something to do. It is valid until the clock is replaced. After the first call of this
+  /// function, every pass updates the descriptor. Returns -1 in virtual time.
   [[nodiscard]] int descriptor();
   /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
-  /// removes it. Has no effect in virtual time.
+  /// removes the previous handle. Has no effect in virtual time.
   void watch(WaitHandle handle);
 
-  /// Ends a wait of the loop, and makes the descriptor readable. Any thread.
+  /// Ends a wait of the loop, and makes the descriptor readable. Any thread may call this function.
   void wake();
   /// Updates the descriptor after the deadline of a source has changed between two passes.
   void deadlineChanged();
 
-  /// How many timers are scheduled, in any mode.
+  /// The number of timers that are scheduled in any mode.
   [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }
   /// Invalidates every timer.
   void invalidateTimers();
@@ -126,7 +129,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   bool becomeIdle();
   void remove(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);
-  void advance(Timers::const_iterator position, Nanoseconds current);
+  void advance(Timers::const_iterator position, Nanoseconds currentTime);
   [[nodiscard]] Timers::const_iterator nextTimer(NSRunLoopMode mode) const;
   [[nodiscard]] Nanoseconds nextDeadline(NSRunLoopMode mode) const;
   void wait(NSRunLoopMode mode, Nanoseconds limit);

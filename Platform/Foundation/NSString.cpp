@@ -24,13 +24,13 @@ std::size_t countDigits(std::string_view text, std::size_t start) {
 // The length of the unsigned decimal number at the start of the text. 0 if there is none.
 std::size_t decimalPrefixLength(std::string_view text) {
   std::size_t end = countDigits(text, 0);
-  std::size_t digits = end;
+  std::size_t digitCount = end;
   if (end < text.size() && text[end] == '.') {
-    const std::size_t fraction = countDigits(text, end + 1);
-    digits += fraction;
-    end += 1 + fraction;
+    const std::size_t fractionDigitCount = countDigits(text, end + 1);
+    digitCount += fractionDigitCount;
+    end += 1 + fractionDigitCount;
   }
-  if (digits == 0) {
+  if (digitCount == 0) {
     return 0;
   }
   if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
@@ -50,12 +50,14 @@ std::size_t decimalPrefixLength(std::string_view text) {
 bool isTooLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);
-  const std::size_t first = mantissa.find_first_of("123456789");
-  if (first == std::string_view::npos) {
+  const std::size_t firstNonzeroDigit = mantissa.find_first_of("123456789");
+  if (firstNonzeroDigit == std::string_view::npos) {
     return false;
   }
   const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-  const auto place = static_cast<long long>(point) - static_cast<long long>(first);
+  // Positive if the first nonzero digit is before the point, negative if it is after the point.
+  const auto pointOffset =
+      static_cast<long long>(point) - static_cast<long long>(firstNonzeroDigit);
   std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
   const bool isNegative = exponent.starts_with('-');
   exponent.remove_prefix(exponent.starts_with('+') || isNegative ? 1 : 0);
@@ -64,7 +66,8 @@ bool isTooLarge(std::string_view number) {
       std::errc::result_out_of_range) {
     return !isNegative;
   }
-  return place > (isNegative ? magnitude : -magnitude);
+  // The number is out of range, so it is too large exactly if its power of ten is positive.
+  return pointOffset > (isNegative ? magnitude : -magnitude);
 }
 
 }  // namespace

@@ -10,7 +10,8 @@ namespace vel {
 
 namespace {
 
-constexpr Nanoseconds kShortestInterval = 100'000;
+// Replaces an interval of 0 or less.
+constexpr Nanoseconds kDefaultInterval = 100'000;
 
 }  // namespace
 
@@ -26,10 +27,10 @@ NSTimer::NSTimer(Nanoseconds firstFireDate, Nanoseconds interval, bool repeats,
 Strong<NSTimer> NSTimer::schedule(double interval, Strong<NSObject> target, bool repeats,
                                   Callout callout) {
   const Nanoseconds now = NSRunLoop::mainRunLoop().now();
-  const Nanoseconds span =
-      interval > 0 ? std::max(nanosecondsFromSeconds(interval), Nanoseconds{1}) : kShortestInterval;
-  const Nanoseconds first = span < kNever - now ? now + span : kNever;
-  auto timer = make<NSTimer>(first, span, repeats, std::move(target), callout);
+  const Nanoseconds nanoseconds =
+      interval > 0 ? std::max(nanosecondsFromSeconds(interval), Nanoseconds{1}) : kDefaultInterval;
+  const Nanoseconds firstFireDate = nanoseconds < kNever - now ? now + nanoseconds : kNever;
+  auto timer = make<NSTimer>(firstFireDate, nanoseconds, repeats, std::move(target), callout);
   if (NSRunLoop* loop = NSRunLoop::currentRunLoop()) {
     loop->addTimerForMode(timer, NSDefaultRunLoopMode);
   }
@@ -41,8 +42,10 @@ void NSTimer::invalidate() {
     return;
   }
   isValid_ = false;
-  const Strong<NSTimer> timer = self();  // keeps the timer alive: the loop may own it alone
+  // Keeps the timer alive: the run loop may hold its only reference.
+  const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().remove(*this);
+  // Released when the function returns: the target's destructor may use this timer.
   const Strong<NSObject> target = std::move(target_);
 }
 

@@ -18,15 +18,16 @@ inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::Event
 
 /// A timer of the run loop. It calls an operation of its target after an interval, once or
 /// repeatedly. It keeps the target alive until it is invalidated or, if it does not repeat, until
-/// it fires. Main thread.
+/// it fires. Only the main thread may use a timer.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
+  /// Calls the timer's operation on the target.
   using Callout = void (*)(NSObject& target, NSTimer& timer);
 
   NSTimer(Nanoseconds firstFireDate, Nanoseconds interval, bool repeats, Strong<NSObject> target,
           Callout callout);
 
-  /// Makes a timer and schedules it on the current thread's run loop in the default mode:
+  /// Makes a timer and schedules it on the current thread's run loop in the default mode. Example:
   /// `NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
   /// true)`. The interval is in seconds; 0 or less means 0.1 ms. On a thread without a run loop the
   /// timer never fires.
@@ -46,9 +47,9 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   [[nodiscard]] bool isValid() const { return isValid_; }
   /// Ends the timer and releases its target. Does nothing if the timer is invalid.
   void invalidate();
-  /// When the timer fires next, on the run loop's clock.
+  /// The time on the run loop's clock at which the timer fires next.
   [[nodiscard]] Nanoseconds fireDate() const { return fireDate_; }
-  /// Null if the timer is invalid.
+  /// The target. Null if the timer is invalid.
   [[nodiscard]] const Strong<NSObject>& target() const { return target_; }
 
  private:
@@ -69,8 +70,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   bool isFiring_ = false;
   Strong<NSObject> target_;
   Callout callout_;
-  // Set by the run loop: the modes in which the timer fires, and its place among timers with the
-  // same fire date.
+  // The run loop sets both: the modes in which the timer fires, and a number that orders timers
+  // with the same fire date.
   std::uint8_t modes_ = 0;
   std::uint64_t order_ = 0;
 };

@@ -34,8 +34,8 @@ class VEL_EXPORT NSObjectProtocol : public NonCopyable {
   [[nodiscard]] virtual bool isEqual(const NSObjectProtocol* other) const = 0;
 };
 
-/// Which of a protocol's optional operations an object has: one bit for each, in the order in which
-/// the protocol lists them.
+/// The optional operations of a protocol that an object responds to: one bit for each optional
+/// operation, in the order in which the protocol lists them.
 using OperationSet = std::bitset<8>;
 
 /// A list of operations, as member function pointers.
@@ -50,8 +50,8 @@ struct Operations {};
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
-  /// The operations that the object responds to. `Adopts` returns those that the class overrides. A
-  /// class that decides at run time overrides this operation.
+  /// The optional operations that the object responds to. `Adopts` returns the operations that the
+  /// class overrides. A class that decides at run time overrides this function.
   [[nodiscard]] virtual OperationSet respondingOperations() const = 0;
 };
 
@@ -60,11 +60,11 @@ namespace detail {
 template <auto Operation>
 struct Constant {};
 
-template <auto Wanted, auto... Listed>
+template <auto Operation, auto... Listed>
 consteval std::size_t indexOf(Operations<Listed...>) {
   std::size_t index = 0;
   const bool isFound =
-      ((std::is_same_v<Constant<Wanted>, Constant<Listed>> || (++index, false)) || ...);
+      ((std::is_same_v<Constant<Operation>, Constant<Listed>> || (++index, false)) || ...);
   return isFound ? index : OperationSet().size();
 }
 
@@ -122,7 +122,8 @@ template <auto Operation, class P>
          static_cast<const Declaring&>(*object).respondingOperations().test(index);
 }
 
-/// The object as an adopter of protocol P, or as an object of class P. Null if it is neither.
+/// Casts the object to a protocol or class P. Returns null if the object does not adopt the
+/// protocol or is not an object of the class.
 template <class P, class T>
 [[nodiscard]] Strong<P> as(const Strong<T>& object) {
   return std::dynamic_pointer_cast<P>(object);

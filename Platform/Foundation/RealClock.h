@@ -5,7 +5,7 @@
 
 namespace vel {
 
-/// The machine's steady clock. It waits on a wait set, which must outlive it.
+/// The machine's steady clock. It waits on a wait set, which must outlive the clock.
 class RealClock final : public Clock {
  public:
   explicit RealClock(WaitSet& waitSet) : waitSet_(waitSet) {}

@@ -11,13 +11,14 @@ ReleasePool& ReleasePool::current() {
 }
 
 void ReleasePool::drainTo(std::size_t mark) {
-  // A destructor may add more objects. The loop releases them too.
+  // The destructor of an object may add more objects. The loop also releases these objects.
   while (objects_.size() > mark) {
-    const auto first = objects_.begin() + static_cast<std::ptrdiff_t>(mark);
-    std::vector<Strong<const NSObjectProtocol>> objects(std::make_move_iterator(first),
+    const auto begin = objects_.begin() + static_cast<std::ptrdiff_t>(mark);
+    std::vector<Strong<const NSObjectProtocol>> objects(std::make_move_iterator(begin),
                                                         std::make_move_iterator(objects_.end()));
     objects_.resize(mark);
-    // One by one: the order in which a vector destroys its elements is not specified.
+    // Releases the objects one by one: the order in which a vector destroys its elements is not
+    // specified.
     for (Strong<const NSObjectProtocol>& object : objects) {
       object.reset();
     }

@@ -12,7 +12,8 @@ namespace vel {
 
 /// The deferred-release pool of the current thread. It keeps an object alive until the end of the
 /// run loop pass in which the object was added. An object that was added between two passes lives
-/// until the end of the next pass. On a thread without a run loop, it lives until the thread ends.
+/// until the end of the next pass. On a thread without a run loop, the object lives until the
+/// thread ends.
 class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;
@@ -26,7 +27,7 @@ class VEL_EXPORT ReleasePool : NonCopyable {
   /// Keeps `object` alive until the pool is drained.
   void add(Strong<const NSObjectProtocol> object) { objects_.push_back(std::move(object)); }
 
-  /// The number of objects in the pool. Pass it to `drainTo` as a mark.
+  /// The number of objects in the pool. `drainTo` takes this number as a mark.
   [[nodiscard]] std::size_t size() const { return objects_.size(); }
 
   /// Releases the objects that were added after `size` returned `mark`, oldest first.

@@ -7,15 +7,15 @@
 
 namespace vel {
 
-/// A moment of a clock, or a span between two moments.
+/// A time on a clock, or a duration.
 using Nanoseconds = std::int64_t;
 
 inline constexpr Nanoseconds kNanosecondsPerSecond = 1'000'000'000;
-/// A moment that never comes.
+/// A time that is never reached.
 inline constexpr Nanoseconds kNever = std::numeric_limits<Nanoseconds>::max();
 
-/// Converts seconds to nanoseconds, rounded to nearest. Returns 0 for NaN, and the nearest limit
-/// for a value that is out of range.
+/// Converts seconds to nanoseconds and rounds to the nearest integer. Returns 0 for NaN, and
+/// `kNever` or `-kNever` for a value that is out of range.
 [[nodiscard]] inline Nanoseconds nanosecondsFromSeconds(double seconds) {
   constexpr double kLimit = 9.2e18;
   const double nanoseconds = seconds * static_cast<double>(kNanosecondsPerSecond);

@@ -2,8 +2,8 @@
 
 namespace vel {
 
-/// Identifies an input of the operating system that can end a wait, such as the connection to a
-/// display server. On POSIX systems it contains a file descriptor, which it does not own.
+/// Identifies an event source that a thread can wait for, such as the connection to a display
+/// server. On POSIX systems the handle contains a file descriptor, which it does not own.
 class WaitHandle {
  public:
   /// An invalid handle: there is nothing to wait for.

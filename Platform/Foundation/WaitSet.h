@@ -8,28 +8,29 @@
 
 namespace vel {
 
-/// The things that the run loop waits for in real time: a deadline, wake-ups from other threads,
-/// and input on one watched handle. The run loop owns it. Each operating system has its own
-/// implementation, and CMake chooses it. Any thread may call `wake`. All other operations run on
-/// the main thread.
+/// The events that the run loop waits for in real time: a deadline, wake-ups from other threads,
+/// and input on one watched handle. The run loop owns its wait set. Each operating system has its
+/// own implementation, and CMake chooses one. Any thread may call `wake`. All other operations run
+/// on the main thread.
 class WaitSet : NonCopyable {
  public:
   virtual ~WaitSet() = default;
 
-  /// Replaces the watched handle. An invalid handle only removes the previous one.
+  /// Replaces the watched handle. An invalid handle only removes the previous handle.
   virtual void watch(WaitHandle handle) = 0;
-  /// Replaces the deadline, a moment of the steady clock. `kNever` removes it.
+  /// Replaces the deadline, which is a time on the steady clock. `kNever` removes the deadline.
   virtual void setDeadline(Nanoseconds deadline) = 0;
   /// Blocks until the deadline, a wake-up or input. May also return early, after a signal.
   virtual void wait() = 0;
 
   /// Ends the current or next wait, and every later wait until `acknowledgeWakeUps` is called.
   virtual void wake() = 0;
-  /// Clears the earlier wake-ups, so that they end no further wait. May also clear a wake-up that
-  /// comes during this call.
+  /// Clears the earlier wake-ups, so that they end no further wait. May also clear a wake-up from
+  /// another thread that comes during this call.
   virtual void acknowledgeWakeUps() = 0;
 
-  /// A descriptor for a host's own `poll`. It is readable exactly when `wait` would return at once.
+  /// A descriptor for a host's own `poll`. The descriptor is readable exactly when `wait` would
+  /// return at once.
   /// Returns -1 on a system without descriptors.
   [[nodiscard]] virtual int descriptor() const = 0;
 };

@@ -63,10 +63,10 @@ class EpollWaitSet final : public WaitSet {
     deadline_ = deadline;
     itimerspec setting{};
     if (deadline != kNever) {
-      // 0 would disarm the timer. Any moment in the past makes it expire at once.
-      const Nanoseconds moment = deadline > 0 ? deadline : 1;
-      setting.it_value.tv_sec = moment / kNanosecondsPerSecond;
-      setting.it_value.tv_nsec = moment % kNanosecondsPerSecond;
+      // 0 would disarm the timer. Any time in the past makes the timer expire at once.
+      const Nanoseconds expiry = deadline > 0 ? deadline : 1;
+      setting.it_value.tv_sec = expiry / kNanosecondsPerSecond;
+      setting.it_value.tv_nsec = expiry % kNanosecondsPerSecond;
     }
     timerfd_settime(timerfd_.get(), TFD_TIMER_ABSTIME, &setting, nullptr);
   }
