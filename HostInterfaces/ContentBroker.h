@@ -37,8 +37,8 @@ class VEL_EXPORT ContentData : public virtual NSObjectProtocol {
   [[nodiscard]] virtual Strong<ContentRequest> request() const = 0;
   [[nodiscard]] virtual ContentDataState state() const = 0;
   virtual void setState(ContentDataState state) = 0;
-  /// Null if there is no error. The object may release the error later, so a caller that stores it
-  /// must keep a reference.
+  /// The error. Null if there is no error. The object may release the error later, so a caller that
+  /// stores the error must keep a reference.
   [[nodiscard]] virtual Strong<NSError> error() const = 0;
 };
 
@@ -54,7 +54,7 @@ class VEL_EXPORT CVPresentation : public Protocol<CVPresentation> {
   using Optional = Operations<&Adopter::rewarded, &Adopter::completedView>;
 };
 
-/// A presentation of content over a window of the host. Main thread.
+/// A presentation of content over a window of the host. Only the main thread may use it.
 class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
  public:
   /// The controller that covers the window. May be null.
@@ -66,7 +66,7 @@ class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
 };
 
 /// Receives the notifications of a content view. The host implements it. All operations are
-/// optional. Main thread.
+/// optional. The library calls them on the main thread.
 class VEL_EXPORT ContentViewDelegate : public Protocol<ContentViewDelegate> {
  public:
   virtual void contentViewWillAppear(const Strong<ContentView>& /*view*/) {}
@@ -84,7 +84,7 @@ class VEL_EXPORT ContentView : public virtual NSObjectProtocol {
  public:
   [[nodiscard]] virtual Strong<ContentData> data() = 0;
   [[nodiscard]] virtual Strong<CVPresentation> presentation() = 0;
-  /// A weak reference. May be null.
+  /// The delegate, or null. The view does not keep it alive.
   [[nodiscard]] virtual Strong<ContentViewDelegate> delegate() const = 0;
   virtual void setDelegate(const Strong<ContentViewDelegate>& delegate) = 0;
 };
@@ -114,15 +114,15 @@ class VEL_EXPORT ContentResolver : public Protocol<ContentResolver> {
   /// Starts to load the content of a request. Returns null if the resolver refuses the request.
   virtual Strong<ContentData> contentDataForContentRequest(
       const Strong<ContentRequest>& request) = 0;
-  /// Returns the view of the content. Main thread.
+  /// Returns the view of the content. Only the main thread may call this operation.
   virtual Strong<ContentView> contentViewForContentData(const Strong<ContentData>& data) = 0;
-  /// Releases all content. Main thread.
+  /// Releases all content. Only the main thread may call this operation.
   virtual void deactivate() = 0;
-  /// A weak reference. May be null. The resolver notifies it of state changes only if it adopts
-  /// ContentResolverDelegate.
+  /// The delegate, or null. The resolver does not keep it alive. The resolver notifies the delegate
+  /// of state changes only if the delegate adopts ContentResolverDelegate.
   [[nodiscard]] virtual Strong<NSObjectProtocol> delegate() const = 0;
   virtual void setDelegate(const Strong<NSObjectProtocol>& delegate) = 0;
-  /// Optional: a name to display.
+  /// Optional: the name to display.
   [[nodiscard]] virtual std::string_view name() const { return {}; }
 
   template <class Adopter>

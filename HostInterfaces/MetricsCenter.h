@@ -8,17 +8,17 @@
 
 namespace vel {
 
-/// Records analytics events by name. Main thread.
+/// Records analytics events by name. Only the main thread may use this class.
 class VEL_EXPORT MetricsCenter {
  public:
   /// A function of the host that records an event.
   using Sink = std::function<void(std::string_view event)>;
 
-  /// Sets the function that records events and returns the previous one. Without a function, each
-  /// event is written to the log.
+  /// Replaces the sink and returns the previous sink. If the sink is empty, `logEvent` writes each
+  /// event to the log.
   static Sink setSink(Sink sink);
 
-  /// Records an event. Null is recorded as an empty name.
+  /// Records the event `name`. Null records an event with an empty name.
   static void logEvent(const Strong<NSString>& name);
 };
 

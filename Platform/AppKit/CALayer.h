@@ -15,7 +15,7 @@ class VEL_EXPORT CALayer final : public Class<CALayer, "CALayer"> {
  public:
   explicit CALayer(Weak<NSView> view) : view_(std::move(view)) {}
 
-  /// Transparent by default.
+  /// The default colour is transparent.
   [[nodiscard]] CGColor backgroundColor() const { return backgroundColor_; }
   void setBackgroundColor(CGColor color);
 

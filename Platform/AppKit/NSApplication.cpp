@@ -51,7 +51,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
     : windowSystem_(std::move(windowSystem)) {
   windowSystem_->setDelegate(this);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  loop.watch(windowSystem_->waitHandle());  // first, since it may throw
+  loop.watch(windowSystem_->waitHandle());  // called first, because it may throw
   loop.setWindowSystemSource(this);
   applyModalRuns();
 }
@@ -66,7 +66,8 @@ void NSApplication::end() {
     window->handle_ = WindowHandle::None;
   }
   windowsByHandle_.clear();
-  // Done here, not in the destructor: a host may keep this object while the next application runs.
+  // The destructor is too late to disconnect: a host may keep this object while the next
+  // application runs.
   windowSystem_->setDelegate(nullptr);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.setWindowSystemSource(nullptr);
@@ -140,8 +141,8 @@ void NSApplication::resignKey() {
 void NSApplication::becomeKey(const Strong<NSWindow>& window) {
   keyWindow_ = window;
   std::erase_if(keyHistory_, [&window](const Weak<NSWindow>& entry) {
-    const Strong<NSWindow> earlier = entry.lock();
-    return earlier == nullptr || earlier == window;
+    const Strong<NSWindow> earlierKeyWindow = entry.lock();
+    return earlierKeyWindow == nullptr || earlierKeyWindow == window;
   });
   keyHistory_.push_back(window);
   if (window->kind_ == WindowKind::Plain) {
@@ -163,9 +164,9 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
   }
   Strong<NSWindow> next = orderedWindows_.empty() ? nullptr : orderedWindows_.front();
   for (const Weak<NSWindow>& entry : keyHistory_) {
-    if (const Strong<NSWindow> earlier = entry.lock();
-        earlier != nullptr && earlier->isOnScreen()) {
-      next = earlier;
+    if (const Strong<NSWindow> earlierKeyWindow = entry.lock();
+        earlierKeyWindow != nullptr && earlierKeyWindow->isOnScreen()) {
+      next = earlierKeyWindow;
     }
   }
   send(next, &NSWindow::makeKeyWindow);
@@ -212,9 +213,9 @@ Strong<NSWindow> NSApplication::modalWindow() const {
 }
 
 std::uint64_t NSApplication::addModalRun(const Strong<NSWindow>& window) {
-  modalRuns_.push_back({++modalRunsBegun_, window});
+  modalRuns_.push_back({++lastModalRunNumber_, window});
   applyModalRuns();
-  return modalRunsBegun_;
+  return lastModalRunNumber_;
 }
 
 void NSApplication::beginModalRun(const Strong<NSWindow>& window) { addModalRun(window); }
@@ -259,7 +260,7 @@ void NSApplication::applyModalRuns() {
   port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
-// Reports of the window system about windows
+// Events that the window system reports for a window
 
 void NSApplication::closeRequested(WindowHandle handle) {
   const Strong<NSWindow> window = windowFor(handle);
@@ -294,7 +295,7 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
   }
 }
 
-// The given windows exchange their positions. All other windows keep their positions.
+// The windows in the list exchange their positions. All other windows keep their positions.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
   NSArray<NSWindow> movedWindows;
   for (const WindowHandle handle : windows) {

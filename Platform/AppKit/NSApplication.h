@@ -20,7 +20,8 @@ inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
 /// The application: its windows on one window system, the key window and the modal runs. This class
-/// makes all decisions about windows; the window system only carries them out. Main thread.
+/// makes all decisions about windows; the window system only carries them out. Only the main
+/// thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -48,9 +49,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> frontWindow() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts another program's window. The window has the class name that its owner set. It is
-  /// open as long as it exists, and counts as miniaturised while it is not on screen. On failure,
-  /// sets `error` to the reason and returns null.
+  /// Adopts another program's window. The adopted window has the class name that its owner set. It
+  /// is open as long as it exists, and counts as miniaturised while it is not on screen. On
+  /// failure, sets `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
 
   /// The window of the newest modal run; null without a modal run.
@@ -63,12 +64,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Shows a host's own dialog: opens the window, makes it key and begins a modal run. Runs the
   /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal run.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the run loop's mode outside modal runs. The event-tracking mode also stays during a modal
-  /// run.
+  /// Sets the run loop's mode outside modal runs. The event-tracking mode also applies during
+  /// a modal run.
   void setRunLoopMode(NSRunLoopMode mode);
 
-  /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument has the controls
-  /// that the window manager still offers. Borderless (0) means that the window manager
+  /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument contains the
+  /// controls that the window manager still offers. Borderless (0) means that the window manager
   /// honours the style mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
@@ -123,7 +124,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool deliver() override { return windowSystem_->deliverEvents(); }
   [[nodiscard]] Nanoseconds nextDeadline() const override { return windowSystem_->nextDeadline(); }
 
-  // Closes all windows, leaves the window system and the run loop, and sets NSApp to null.
+  // Closes all windows, disconnects from the window system and the run loop, and sets NSApp to
+  // null.
   void end();
   [[nodiscard]] PortAccess port() { return PortAccess(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
@@ -147,8 +149,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   Weak<NSWindow> keyAtDeactivation_;
   bool isActive_ = true;
   std::vector<ModalRun> modalRuns_;
-  std::uint64_t modalRunsBegun_ = 0;
-  NSRunLoopMode mode_ = NSDefaultRunLoopMode;
+  std::uint64_t lastModalRunNumber_ = 0;
+  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // outside modal runs
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;

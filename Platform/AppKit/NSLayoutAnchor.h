@@ -17,34 +17,34 @@ enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 /// A required relation between an attribute of a view and the same attribute of another view, or a
 /// constant. Anchors make two kinds of constraints. The first kind makes a centre equal to another
 /// centre on one axis. The second kind makes a width or height equal to a constant, or at least a
-/// constant. The superview of the first view owns active constraints.
+/// constant. The superview of the first view owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
-  NSLayoutConstraint(const Strong<NSView>& first, NSLayoutAttribute attribute,
-                     NSLayoutRelation relation, const Strong<NSView>& second, double constant)
-      : first_(first),
+  NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,
+                     NSLayoutRelation relation, const Strong<NSView>& secondView, double constant)
+      : firstItem_(firstView),
         attribute_(attribute),
         relation_(relation),
-        second_(second),
+        secondItem_(secondView),
         constant_(constant) {}
 
-  /// Activates the constraints in this order and lays out the views. Ignores a constraint whose
-  /// first view has no superview.
+  /// Activates the constraints in the order of the list and lays out the views. Ignores a
+  /// constraint whose first view has no superview.
   static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
 
-  [[nodiscard]] Strong<NSView> firstItem() const { return first_.lock(); }
+  [[nodiscard]] Strong<NSView> firstItem() const { return firstItem_.lock(); }
   [[nodiscard]] NSLayoutAttribute attribute() const { return attribute_; }
   [[nodiscard]] NSLayoutRelation relation() const { return relation_; }
-  /// Null for a constraint to a constant.
-  [[nodiscard]] Strong<NSView> secondItem() const { return second_.lock(); }
-  /// In points.
+  /// The second view. Null if the constraint has a constant instead.
+  [[nodiscard]] Strong<NSView> secondItem() const { return secondItem_.lock(); }
+  /// The constant in points.
   [[nodiscard]] double constant() const { return constant_; }
 
  private:
-  Weak<NSView> first_;
+  Weak<NSView> firstItem_;
   NSLayoutAttribute attribute_;
   NSLayoutRelation relation_;
-  Weak<NSView> second_;
+  Weak<NSView> secondItem_;
   double constant_;
 };
 

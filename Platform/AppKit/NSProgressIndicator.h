@@ -13,7 +13,7 @@ enum class NSProgressIndicatorStyle : std::uint8_t { Bar = 0, Spinning = 1 };
 inline constexpr auto NSProgressIndicatorStyleBar = NSProgressIndicatorStyle::Bar;
 inline constexpr auto NSProgressIndicatorStyleSpinning = NSProgressIndicatorStyle::Spinning;
 
-/// Shows that an operation is in progress. Main thread.
+/// Shows that an operation is in progress. Only the main thread may use an indicator.
 class VEL_EXPORT NSProgressIndicator final
     : public Class<NSProgressIndicator, "NSProgressIndicator", NSView> {
  public:
@@ -26,7 +26,7 @@ class VEL_EXPORT NSProgressIndicator final
   [[nodiscard]] NSProgressIndicatorStyle style() const { return style_; }
   void setStyle(NSProgressIndicatorStyle style);
 
-  /// The indicator's own appearance; null if it inherits one.
+  /// The indicator's own appearance. Null if the indicator inherits its appearance.
   [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
   void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
 

@@ -83,7 +83,7 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
   if (window == nullptr || view->window() != window) {
-    view->removeFromSuperview();  // its controllers disappear from their current window
+    view->removeFromSuperview();  // the view's controllers disappear from their current window
   }
   view->detach();
   const auto neighbour = std::ranges::find(subviews_, other);
@@ -137,7 +137,7 @@ void NSView::detach() {
   }
   if (const Strong<NSWindow> window = window_.lock()) {
     window_.reset();
-    window->forgetContentView();
+    window->clearContentView();
   }
 }
 
@@ -157,7 +157,7 @@ void NSView::resizeSubviews(CGSize oldSize) {
   const CGSize size = frame_.size;
   for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
     if (!view->translatesAutoresizingMask_) {
-      continue;  // its constraints place it
+      continue;  // constraints place this view
     }
     CGRect frame = view->frame_;
     const NSAutoresizingMaskOptions mask = view->autoresizingMask_;
@@ -171,8 +171,8 @@ void NSView::resizeSubviews(CGSize oldSize) {
   }
 }
 
-// The last equality constraint sets each length. Without one, the length is the smallest one that
-// satisfies all lower bounds.
+// The last equality constraint sets each length. Without an equality constraint, the length is
+// the smallest length that satisfies all lower bounds.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {
@@ -202,11 +202,13 @@ void NSView::layOutSubviews() {
     CGRect frame{view->frame_.origin, constrainedSize(constraints)};
     for (const Strong<NSLayoutConstraint>& constraint : constraints) {
       const Strong<NSView> other = constraint->secondItem();
-      const CGRect reference = other.get() == this ? bounds() : send(other, &NSView::frame);
+      const CGRect referenceFrame = other.get() == this ? bounds() : send(other, &NSView::frame);
       if (constraint->attribute() == NSLayoutAttribute::CenterX) {
-        frame.origin.x = reference.origin.x + (reference.size.width - frame.size.width) / 2;
+        frame.origin.x =
+            referenceFrame.origin.x + (referenceFrame.size.width - frame.size.width) / 2;
       } else if (constraint->attribute() == NSLayoutAttribute::CenterY) {
-        frame.origin.y = reference.origin.y + (reference.size.height - frame.size.height) / 2;
+        frame.origin.y =
+            referenceFrame.origin.y + (referenceFrame.size.height - frame.size.height) / 2;
       }
     }
     view->setFrame(frame);

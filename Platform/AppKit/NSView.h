@@ -30,15 +30,15 @@ enum class NSWindowOrderingMode : std::int8_t { Below = -1, Out = 0, Above = 1 }
 inline constexpr NSWindowOrderingMode NSWindowAbove = NSWindowOrderingMode::Above;
 inline constexpr NSWindowOrderingMode NSWindowBelow = NSWindowOrderingMode::Below;
 
-/// A rectangle in a window, with subviews. Its superview owns it; the window owns the content view.
-/// Main thread.
+/// A rectangle in a window, with subviews. The superview owns the view. The window owns its content
+/// view. Only the main thread may use a view.
 class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
  public:
   explicit NSView(CGRect frame = CGRectZero) : frame_(frame) {}
 
   static Strong<NSView> initWithFrame(CGRect frame) { return make<NSView>(frame); }
 
-  /// In the superview's coordinates, in points.
+  /// The view's rectangle in the superview's coordinates, in points.
   [[nodiscard]] CGRect frame() const { return frame_; }
   /// Moves and resizes the view. Autoresizing masks and constraints then place the subviews.
   void setFrame(CGRect frame);
@@ -46,7 +46,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] CGRect bounds() const { return {{}, frame_.size}; }
 
   [[nodiscard]] Strong<NSView> superview() const { return superview_.lock(); }
-  /// Back to front.
+  /// The subviews, from back to front.
   [[nodiscard]] const NSArray<NSView>& subviews() const { return subviews_; }
   /// The window that contains the view, or null.
   [[nodiscard]] Strong<NSWindow> window() const;
@@ -60,17 +60,18 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode place,
                                       const Strong<NSView>& other);
   /// Removes the view from its superview, or from the window whose content view it is. The view's
-  /// controllers disappear. Does nothing if the view has neither.
+  /// controllers disappear. Does nothing if the view has no superview and no window.
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }
   void setWantsLayer(bool wants);
-  /// Null if the view has no layer.
+  /// The layer. Null if the view has no layer.
   [[nodiscard]] Strong<CALayer> layer() const { return layer_; }
 
   [[nodiscard]] NSAutoresizingMaskOptions autoresizingMask() const { return autoresizingMask_; }
   void setAutoresizingMask(NSAutoresizingMaskOptions mask) { autoresizingMask_ = mask; }
-  /// True (the default) if the autoresizing mask places the view; false if only constraints do.
+  /// True (the default) if the autoresizing mask places the view. False if only constraints place
+  /// the view.
   [[nodiscard]] bool translatesAutoresizingMaskIntoConstraints() const {
     return translatesAutoresizingMask_;
   }

@@ -65,8 +65,8 @@ std::uint64_t NSViewController::beginShowing() {
   return ++showingNumber_;
 }
 
-void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showing) {
-  if (!isShown_ || showing != showingNumber_) {
+void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showingNumber) {
+  if (!isShown_ || showingNumber != showingNumber_) {
     return;
   }
   // The showing ends before the last step is sent: the step may begin another showing.
@@ -112,7 +112,7 @@ void NSViewController::presentViewControllerAsModalWindow(
   if (owner == nullptr || !owner->isVisible()) {
     owner = send(NSApp, &NSApplication::frontWindow);
   }
-  const auto window = NSWindow::presentationWindow(
+  const auto window = NSWindow::makePresentationWindow(
       WindowKind::Modal, presentationSize(*controller), owner,
       NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable);
   presentIn(window, controller);
@@ -127,8 +127,8 @@ void NSViewController::presentViewControllerAsSheet(const Strong<NSViewControlle
     return;
   }
   const auto window =
-      NSWindow::presentationWindow(WindowKind::Sheet, presentationSize(*controller), host,
-                                   NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
+      NSWindow::makePresentationWindow(WindowKind::Sheet, presentationSize(*controller), host,
+                                       NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
   presentIn(window, controller);
   window->makeKeyAndOrderFront();
 }

@@ -16,7 +16,8 @@ class NSView;
 class NSWindow;
 
 /// Controls a view: creates it on first use and receives its life-cycle steps. A controller can
-/// have child controllers, and can be presented as a modal window or as a sheet. Main thread.
+/// have child controllers, and can be presented as a modal window or as a sheet. Only the main
+/// thread may use a controller.
 ///
 /// A controller is shown while its view is in an open window. A showing begins with
 /// `viewWillAppear` and `viewDidAppear`. It ends with `viewWillDisappear` and `viewDidDisappear`.
@@ -27,7 +28,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
   ~NSViewController() override;
 
-  /// A plain controller. Ignores `nibName`: this platform has no interface files.
+  /// Makes a plain controller. Ignores `nibName`: this platform has no interface files.
   static Strong<NSViewController> initWithNibNameBundle(std::string_view nibName,
                                                         Strong<NSBundle> bundle);
 
@@ -67,14 +68,16 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const {
     return presentedControllers_;
   }
-  /// The controller that presents this one, which may be this one itself. Null if not presented.
+  /// The controller that presents this controller. It may be this controller itself. Null if this
+  /// controller is not presented.
   [[nodiscard]] Strong<NSViewController> presentingViewController() const {
     return presentingController_.lock();
   }
 
   /// True during a showing.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the step has run in the current showing or, if there is none, in the last one.
+  /// True if the step has run in the current showing. While the controller is not shown, true if
+  /// the step has run in the last showing.
   [[nodiscard]] bool hasRun(LifeCycleStep step) const {
     return recordedSteps_.test(static_cast<std::size_t>(step));
   }
@@ -84,12 +87,12 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   friend class DisappearanceTransition;
   friend class NSWindow;
 
-  // Returns the number of the showing.
+  // Begins a showing and returns its number.
   std::uint64_t beginShowing();
-  // Sends the step unless the step has already run in that showing or the showing has ended.
-  void sendStep(LifeCycleStep step, std::uint64_t showing);
+  // Sends the step, unless the showing has ended or the step has already run in the showing.
+  void sendStep(LifeCycleStep step, std::uint64_t showingNumber);
   void recordStep(LifeCycleStep step);
-  // Set and remove the links between the presenting and the presented controller.
+  // These two set and remove the links between the presenting and the presented controller.
   void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
   void endPresentation();
 

@@ -16,10 +16,10 @@ namespace vel {
 namespace {
 
 // A modal window is centred over its owner. A sheet is below the title bar of its owner.
-CGPoint originFor(WindowKind kind, CGSize size, CGRect owner) {
-  const double x = owner.origin.x + (owner.size.width - size.width) / 2;
-  const double slack = owner.size.height - size.height;
-  return {x, owner.origin.y + (kind == WindowKind::Sheet ? slack : slack / 2)};
+CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
+  const double x = ownerFrame.origin.x + (ownerFrame.size.width - size.width) / 2;
+  const double spareHeight = ownerFrame.size.height - size.height;
+  return {x, ownerFrame.origin.y + (kind == WindowKind::Sheet ? spareHeight : spareHeight / 2)};
 }
 
 }  // namespace
@@ -31,9 +31,9 @@ NSWindow::~NSWindow() {
   }
 }
 
-Strong<NSWindow> NSWindow::presentationWindow(WindowKind kind, CGSize size,
-                                              const Strong<NSWindow>& owner,
-                                              NSWindowStyleMask styleMask) {
+Strong<NSWindow> NSWindow::makePresentationWindow(WindowKind kind, CGSize size,
+                                                  const Strong<NSWindow>& owner,
+                                                  NSWindowStyleMask styleMask) {
   const CGRect ownerFrame = send(owner, &NSWindow::frame);
   auto window = initWithContentRectStyleMask({originFor(kind, size, ownerFrame), size}, styleMask);
   window->kind_ = kind;
@@ -82,7 +82,8 @@ void NSWindow::setContentView(const Strong<NSView>& view) {
 
 void NSWindow::setContentViewController(const Strong<NSViewController>& controller) {
   // Keeps the previous controller alive until it has disappeared.
-  const Strong<NSViewController> previous = std::exchange(contentViewController_, controller);
+  const Strong<NSViewController> previousController =
+      std::exchange(contentViewController_, controller);
   setContentView(controller != nullptr ? controller->view() : NSView::initWithFrame(CGRectZero));
 }
 

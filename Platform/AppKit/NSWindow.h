@@ -26,7 +26,8 @@ inline constexpr NSNotificationName NSWindowDidDeminiaturizeNotification =
     "NSWindowDidDeminiaturizeNotification";
 
 /// A window. Ordering a window in opens it. Ordering it out closes it. An open window is on screen
-/// unless it is miniaturised. The application keeps open windows alive. Main thread.
+/// unless it is miniaturised. The application keeps open windows alive. Only the main thread may
+/// use a window.
 class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
  public:
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
@@ -44,7 +45,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
     return window;
   }
 
-  /// In screen coordinates, in points.
+  /// The window's rectangle in screen coordinates, in points.
   [[nodiscard]] CGRect frame() const { return frame_; }
   void setFrame(CGRect frame);
   [[nodiscard]] std::string_view title() const { return title_; }
@@ -60,7 +61,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 
-  /// Null only after the content view has been removed.
+  /// The content view. Null only after the content view has been removed.
   [[nodiscard]] Strong<NSView> contentView() const { return contentView_; }
   void setContentView(const Strong<NSView>& view);
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
@@ -95,9 +96,10 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void deminiaturize();
 
   /// Makes an on-screen window key without changing the stacking order. On the headless back end
-  /// the window is key when this returns. On a display this requests the focus: the window becomes
-  /// key in a later pass of the run loop, which posts NSWindowDidBecomeKeyNotification. A window
-  /// manager may refuse the request; then the window does not become key.
+  /// the window is key when this function returns. On a display, this function requests the focus:
+  /// the window becomes key in a later pass of the run loop, which posts
+  /// NSWindowDidBecomeKeyNotification. The window manager may refuse the request. The window
+  /// then does not become key.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
   /// True during a modal run of the window.
@@ -135,17 +137,17 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
     Strong<NSWindow> window_;
   };
 
-  static Strong<NSWindow> presentationWindow(WindowKind kind, CGSize size,
-                                             const Strong<NSWindow>& owner,
-                                             NSWindowStyleMask styleMask);
+  static Strong<NSWindow> makePresentationWindow(WindowKind kind, CGSize size,
+                                                 const Strong<NSWindow>& owner,
+                                                 NSWindowStyleMask styleMask);
   void makeContentView();
   void replaceContentView(const Strong<NSView>& view);
-  void forgetContentView() { contentView_ = nullptr; }
-  // Creates the window in the window system, if that has not been done yet.
+  void clearContentView() { contentView_ = nullptr; }
+  // Creates the window in the window system, unless the window system already has the window.
   void realize();
   void open(bool shouldBecomeKey);
   void endPresentation();
-  // Reports of the window system.
+  // The application calls these functions when the window system reports an event.
   void frameChanged(CGRect frame);
   void miniaturizedChanged(bool miniaturized);
   void windowDestroyed();

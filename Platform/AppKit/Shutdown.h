@@ -12,12 +12,14 @@ namespace vel {
 ///   3. Each `ShutdownStep` runs.
 ///   4. The notification centre removes all its observers.
 ///   5. Timers and queued work that steps 2 and 3 have added are removed.
-///   6. The release pool of this thread is drained.
-/// The clock, the log sink, the metrics sink and the default configuration stay. Works without an
-/// application too. Main thread. Must not be called from a callback of the platform.
+///   6. The release pool of the main thread is drained.
+/// The clock, the log sink, the metrics sink and the default configuration stay. An application
+/// need not exist. Only the main thread may call this function, and not from a callback of the
+/// platform.
 VEL_EXPORT void shutDown();
 
-/// A function of a layer above AppKit that `shutDown` calls. Objects have static storage duration.
+/// Registers a function of a layer above AppKit that `shutDown` calls. Each object must have static
+/// storage duration.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

@@ -27,9 +27,9 @@ void DispatchQueue::submit(dispatch_time_t deadline, Work work, std::string_view
     if (deadline == DISPATCH_TIME_NOW) {
       // The clock is read under the lock, so that the deadlines follow the order of submission.
       deadline = NSRunLoop::mainRunLoop().now();
-      immediateTasks_.push_back({{deadline, submissions_++}, label, std::move(work)});
+      immediateTasks_.push_back({{deadline, submissionCount_++}, label, std::move(work)});
     } else {
-      delayedTasks_.insert({{deadline, submissions_++}, label, std::move(work)});
+      delayedTasks_.insert({{deadline, submissionCount_++}, label, std::move(work)});
     }
     isEarliest = deadline < nextDeadline_;
     if (isEarliest) {
@@ -46,21 +46,22 @@ void DispatchQueue::takeDueTasks() {
     return;  // an empty queue needs neither the lock nor the clock
   }
   const std::scoped_lock lock(mutex_);
-  auto immediate = immediateTasks_.begin();
+  auto immediateTask = immediateTasks_.begin();
   if (!delayedTasks_.empty()) {
     const Nanoseconds now = NSRunLoop::mainRunLoop().now();
     while (!delayedTasks_.empty() && delayedTasks_.begin()->place.deadline <= now) {
-      auto delayed = delayedTasks_.extract(delayedTasks_.begin());
-      for (; immediate != immediateTasks_.end() && *immediate < delayed.value(); ++immediate) {
-        dueTasks_.push_back(std::move(*immediate));
+      auto delayedTask = delayedTasks_.extract(delayedTasks_.begin());
+      for (; immediateTask != immediateTasks_.end() && *immediateTask < delayedTask.value();
+           ++immediateTask) {
+        dueTasks_.push_back(std::move(*immediateTask));
       }
-      dueTasks_.push_back(std::move(delayed.value()));
+      dueTasks_.push_back(std::move(delayedTask.value()));
     }
   }
   if (dueTasks_.empty()) {
     dueTasks_.swap(immediateTasks_);
   } else {
-    std::move(immediate, immediateTasks_.end(), std::back_inserter(dueTasks_));
+    std::move(immediateTask, immediateTasks_.end(), std::back_inserter(dueTasks_));
     immediateTasks_.clear();
   }
   updateNextDeadline();
@@ -94,15 +95,15 @@ std::vector<DispatchQueue::PendingWork> DispatchQueue::pending() const {
   for (std::size_t index = nextDueTask_; index < dueTasks_.size(); ++index) {
     add(dueTasks_[index]);
   }
-  auto delayed = delayedTasks_.begin();
+  auto delayedTask = delayedTasks_.begin();
   for (const Task& task : immediateTasks_) {
-    for (; delayed != delayedTasks_.end() && *delayed < task; ++delayed) {
-      add(*delayed);
+    for (; delayedTask != delayedTasks_.end() && *delayedTask < task; ++delayedTask) {
+      add(*delayedTask);
     }
     add(task);
   }
-  for (; delayed != delayedTasks_.end(); ++delayed) {
-    add(*delayed);
+  for (; delayedTask != delayedTasks_.end(); ++delayedTask) {
+    add(*delayedTask);
   }
   return pending;
 }
@@ -119,13 +120,13 @@ std::string DispatchQueue::describePending() const {
 void DispatchQueue::removeAll() {
   // Declared before the lock, so that the work is destroyed after the lock is released: the
   // destructor of a captured object may use this queue.
-  std::vector<Task> immediate;
-  std::set<Task> delayed;
-  std::vector<Task> due;
+  std::vector<Task> immediateTasks;
+  std::set<Task> delayedTasks;
+  std::vector<Task> dueTasks;
   const std::scoped_lock lock(mutex_);
-  immediate.swap(immediateTasks_);
-  delayed.swap(delayedTasks_);
-  due.swap(dueTasks_);
+  immediateTasks.swap(immediateTasks_);
+  delayedTasks.swap(delayedTasks_);
+  dueTasks.swap(dueTasks_);
   nextDueTask_ = 0;
   updateNextDeadline();
 }

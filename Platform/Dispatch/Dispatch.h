@@ -23,9 +23,9 @@ inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
 inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
 
 /// Work for the main thread. Each pass of the run loop has one turn for the queue, in every mode.
-/// The turn runs the work that is due when it begins: earlier deadlines first, and equal deadlines
-/// in the order of submission. Work that is submitted during the turn waits for the next pass. One
-/// queue exists, and it is never destroyed.
+/// The turn runs the work that is due when the turn begins: earlier deadlines first, and equal
+/// deadlines in the order of submission. Work that is submitted during the turn waits for the next
+/// pass. One queue exists, and it is never destroyed.
 class VEL_EXPORT DispatchQueue final : public RunLoopSource {
  public:
   using Work = std::function<void()>;
@@ -33,8 +33,8 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   DispatchQueue();
 
   /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
-  /// The label says what the work does; `pending` returns it. Its text must live as long as the
-  /// process, as a literal does. Any thread.
+  /// The label says what the work does; `pending` returns it. The label's text must live as long as
+  /// the process, as a literal does. Any thread may call this function.
   void submit(dispatch_time_t deadline, Work work, std::string_view label = {});
 
   bool deliver() override;
@@ -48,18 +48,19 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   /// A piece of work that has not run yet.
   struct PendingWork {
     dispatch_time_t deadline;
-    std::string_view label;  // empty if the work has none
+    std::string_view label;  // empty if the work has no label
   };
-  /// The work that has not run yet, in the order in which it will run. Main thread.
+  /// The work that has not run yet, in the order in which it will run. Only the main
+  /// thread may call this function.
   [[nodiscard]] std::vector<PendingWork> pending() const;
-  /// Drops all work that has not run yet. Main thread.
+  /// Removes all work that has not run yet. Only the main thread may call this function.
   void removeAll();
 
  private:
-  /// A task's place in the order.
+  /// Decides the order of tasks: by deadline, then by submission.
   struct Place {
     Nanoseconds deadline;
-    std::uint64_t submission;
+    std::uint64_t submissionNumber;
     auto operator<=>(const Place&) const = default;
   };
   struct Task {
@@ -73,31 +74,32 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   void takeDueTasks();
 
   mutable std::mutex mutex_;
-  std::vector<Task> immediateTasks_;  // submitted for now, so always due; in order
+  std::vector<Task> immediateTasks_;  // submitted with DISPATCH_TIME_NOW, in order
   std::set<Task> delayedTasks_;       // submitted with a deadline
-  std::uint64_t submissions_ = 0;
+  std::uint64_t submissionCount_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
-  // Used on the main thread only: the tasks that were due when the turn began, in order, and the
-  // index of the first task that has not run. If a task runs a nested loop, for example for a modal
-  // dialog, the nested loop runs the remaining tasks.
+  // Only the main thread uses these two: the tasks that were due when the turn began, in order, and
+  // the index of the first task that has not run. If a task runs a nested loop, for example for a
+  // modal dialog, the nested loop runs the remaining tasks.
   std::vector<Task> dueTasks_;
   std::size_t nextDueTask_ = 0;
 };
 
-/// The main queue, served by the main run loop.
+/// The main queue. The main run loop runs its work.
 VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 
-/// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread.
+/// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread may
+/// call this function.
 [[nodiscard]] VEL_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta);
 
-/// Runs `work` on the main thread, in the queue's next turn. Any thread. `DispatchQueue::submit`
-/// describes the label.
+/// Runs `work` on the main thread, in the queue's next turn. Any thread may call this function.
+/// `DispatchQueue::submit` describes the label.
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work);
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, std::string_view label,
                                DispatchQueue::Work work);
 
-/// Runs `work` on the main thread at `when`. It cannot be cancelled. Any thread.
-/// `DispatchQueue::submit` describes the label.
+/// Runs `work` on the main thread at `when`. The work cannot be cancelled. Any thread may call this
+/// function. `DispatchQueue::submit` describes the label.
 VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue,
                                DispatchQueue::Work work);
 VEL_EXPORT void dispatch_after(dispatch_time_t when, DispatchQueue& queue, std::string_view label,

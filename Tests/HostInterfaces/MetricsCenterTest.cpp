@@ -25,18 +25,18 @@ class MetricsCenterTest : public testing::Test {
   std::vector<std::string> events;
 };
 
-TEST_F(MetricsCenterTest, GivesEventsToTheSinkAndLogsNothing) {
+TEST_F(MetricsCenterTest, PassesEventsOnlyToTheSink) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
   EXPECT_TRUE(lines.empty());
 }
 
-TEST_F(MetricsCenterTest, NoEventIsRecordedAsAnEmptyName) {
+TEST_F(MetricsCenterTest, RecordsNullAsAnEmptyName) {
   MetricsCenter::logEvent(nullptr);
   EXPECT_EQ(events, std::vector<std::string>{""});
 }
 
-TEST_F(MetricsCenterTest, WithoutASinkEachEventGivesOneLogLine) {
+TEST_F(MetricsCenterTest, LogsEachEventWithoutASink) {
   MetricsCenter::setSink(nullptr);
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   MetricsCenter::logEvent(nullptr);
@@ -46,9 +46,9 @@ TEST_F(MetricsCenterTest, WithoutASinkEachEventGivesOneLogLine) {
                                       "MetricsCenter (+[MetricsCenter logEvent:]): "}));
 }
 
-TEST_F(MetricsCenterTest, SettingASinkAnswersTheFormerOne) {
-  const MetricsCenter::Sink former = MetricsCenter::setSink(nullptr);
-  former("launch_end");
+TEST_F(MetricsCenterTest, SetSinkReturnsThePreviousSink) {
+  const MetricsCenter::Sink previousSink = MetricsCenter::setSink(nullptr);
+  previousSink("launch_end");
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
 }
 
