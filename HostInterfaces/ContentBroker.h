@@ -27,7 +27,7 @@ inline constexpr ContentDataState ContentDataStateFailed = 4;
 /// A request that the host sends to a ContentResolver.
 class VEL_EXPORT ContentRequest : public virtual NSObjectProtocol {
  public:
-  /// The parameters of the request from the content service. May be null.
+  /// The parameters of the request from the content service, or null.
   [[nodiscard]] virtual Strong<NSDictionary> parameters() const = 0;
 };
 
@@ -57,7 +57,7 @@ class VEL_EXPORT CVPresentation : public Protocol<CVPresentation> {
 /// A presentation of content over a window of the host. Only the main thread may use it.
 class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
  public:
-  /// The controller that covers the window. May be null.
+  /// The controller that covers the window, or null.
   [[nodiscard]] virtual Strong<NSViewController> viewController() const = 0;
   /// Covers `window`. `mode` is a presentation mode of the framework.
   virtual void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,

@@ -13,7 +13,7 @@
 
 namespace vel {
 
-/// A reference that keeps its object alive. May be null.
+/// A reference that keeps its object alive. The reference may be null.
 template <class T>
 using Strong = std::shared_ptr<T>;
 
