@@ -11,7 +11,8 @@ namespace vel {
 
 /// The reports of a back end that learns of events asynchronously. The back end adds reports at any
 /// time and calls `deliver` from `deliverEvents`, so the delegate is never called from inside the
-/// operation that caused a report. The back end owns it. Main thread.
+/// operation that caused a report. The back end owns the queue. All calls run on the
+/// main thread.
 class ReportQueue final : public NonCopyable {
  public:
   /// Calls one operation of the delegate.
@@ -20,7 +21,8 @@ class ReportQueue final : public NonCopyable {
   ReportQueue();
   ~ReportQueue();
 
-  /// Sets the receiver of the reports. If it is null, `deliver` discards them. Not owned.
+  /// Sets the receiver of the reports. The queue does not own it. If it is null, `deliver` discards
+  /// the reports.
   void setDelegate(WindowSystemDelegate* delegate);
 
   /// Adds a report that is not about one window.
@@ -33,8 +35,8 @@ class ReportQueue final : public NonCopyable {
   [[nodiscard]] bool isEmpty() const;
 
   /// Delivers the reports in the order in which they were added, including those that are added
-  /// during delivery. Returns whether there were any. The delegate may destroy this object and its
-  /// back end: the caller must not touch its members afterwards.
+  /// during delivery. Returns true if there were any. The delegate may destroy this object and its
+  /// back end: the caller must not touch members of either afterwards.
   bool deliver();
 
  private:

@@ -108,8 +108,8 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// The window was miniaturised or restored. For an adopted window, also reported when its owner
   /// unmaps or maps it.
   virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
-  /// The owner of an adopted window changed the window's style mask. While `setStyleMask` overrides
-  /// the style mask, the back end holds this report back until the override ends.
+  /// The owner of an adopted window changed the window's style mask. The back end
+  /// delays this report while `setStyleMask` overrides the style mask.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   /// The stacking order of these windows, front to back, has changed. All of them are on screen.
   /// Windows that are not listed keep their places.
@@ -130,8 +130,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Sets the receiver of all reports; null stops them. The back end does not own the delegate.
   virtual void setDelegate(WindowSystemDelegate* delegate) = 0;
 
-  /// The handle that has input when events have arrived. Invalid if the window system has no such
-  /// handle.
+  /// The handle that becomes readable when events arrive. It is invalid if the window system has no
+  /// such handle.
   [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
   /// Reports the events that have arrived. Returns true if there were any. May block for a round
   /// trip to the window system, but never to wait for an event.
@@ -153,10 +153,10 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void orderFront(WindowHandle window) = 0;
   /// Hides the window. An adopted window stays on screen: only its owner may hide it.
   virtual void orderOut(WindowHandle window) = 0;
-  /// Requests the input focus. `focusMoved` reports when the window has it.
+  /// Requests the input focus. `focusMoved` reports when the window has the focus.
   virtual void requestFocus(WindowHandle window) = 0;
-  /// Requests that the window is miniaturised or restored. `miniaturizedChanged` reports when it
-  /// is.
+  /// Requests that the window is miniaturised or restored. `miniaturizedChanged` reports the
+  /// result.
   virtual void requestMiniaturized(WindowHandle window, bool miniaturized) = 0;
   virtual void setFrame(WindowHandle window, CGRect frame) = 0;
   virtual void setTitle(WindowHandle window, std::string_view title) = 0;
@@ -168,9 +168,9 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// input to all windows again.
   virtual void setModalWindow(WindowHandle window) = 0;
 
-  /// Captures the screen within the window's frame, including windows that obscure it. Returns
-  /// `std::nullopt` if the back end has no screen or the window is not on it. Blocks for a round
-  /// trip to the window system.
+  /// Captures the screen within the window's frame, including windows that obscure the window.
+  /// Returns `std::nullopt` if the back end has no screen or the window is not on the screen.
+  /// Blocks for a round trip to the window system.
   virtual std::optional<WindowPicture> picture(WindowHandle window) = 0;
 };
 

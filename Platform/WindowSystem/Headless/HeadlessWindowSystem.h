@@ -8,8 +8,9 @@
 
 namespace vel {
 
-/// A window system in memory: it keeps the state of all windows and has no screen. The `user…`
-/// operations simulate a user. Each operation reports its result before it returns.
+/// A window system in memory: it keeps the state of all windows and has no screen. The `user…`,
+/// `owner…`, `windowManager…` and `server…` operations simulate what these do. Each operation
+/// reports its result before it returns.
 class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
  public:
   /// The current state of a window.
@@ -44,10 +45,10 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void userMovesFocusAway();
   /// While true, `requestFocus` does nothing, as if the user worked in another application.
   void setIgnoresFocusRequests(bool ignores) { ignoresFocusRequests_ = ignores; }
-  /// Takes the user to another application, and back.
+  /// These two switch from the application to another one, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();
-  /// Presses the close control. Reports nothing if the window has none.
+  /// Presses the close control. Reports nothing if the window has no close control.
   void userClosesWindow(WindowHandle window);
   void userResizesWindow(WindowHandle window, CGRect frame);
   /// Changes the style mask as the window's owner would.
@@ -58,7 +59,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.
   void ownerDestroysWindow(WindowHandle window);
-  /// Ends the connection, and with it all windows.
+  /// Ends the connection and destroys all windows.
   void serverClosesConnection(std::string_view reason);
 
   /// The state of a window; null for an invalid handle.

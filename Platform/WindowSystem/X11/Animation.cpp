@@ -8,7 +8,7 @@ Nanoseconds Animation::deadline() const {
   const bool isRunning = std::ranges::any_of(windows_, [](const auto& entry) {
     return entry.second.isOnScreen() && entry.second.cover->isAnimated();
   });
-  return isRunning ? nextPicture_ : kNever;
+  return isRunning ? nextStepTime_ : kNever;
 }
 
 void Animation::advance(Nanoseconds now) {
@@ -20,8 +20,8 @@ void Animation::advance(Nanoseconds now) {
       window.cover->animate(now);
     }
   }
-  constexpr Nanoseconds kStep = Spinner::kFrameInterval;
-  nextPicture_ = (now / kStep + 1) * kStep;
+  constexpr Nanoseconds kInterval = Spinner::kFrameInterval;
+  nextStepTime_ = (now / kInterval + 1) * kInterval;
 }
 
 }  // namespace vel::x11

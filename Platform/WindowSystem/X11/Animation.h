@@ -5,20 +5,20 @@
 
 namespace vel::x11 {
 
-/// Draws the next picture of the indicators in the covers of the windows on screen. All indicators
-/// change at the same time.
+/// Animates the indicators in the covers of the windows on screen. All indicators change at the
+/// same time.
 class Animation final : public NonCopyable {
  public:
   explicit Animation(WindowTable& windows) : windows_(windows) {}
 
-  /// When the next picture is due; `kNever` if no indicator on screen turns.
+  /// The time of the next step; `kNever` if no indicator on screen is animated.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Draws the next picture if it is due.
+  /// If the time of the next step has come, draws all animated indicators.
   void advance(Nanoseconds now);
 
  private:
   WindowTable& windows_;
-  Nanoseconds nextPicture_ = 0;
+  Nanoseconds nextStepTime_ = 0;
 };
 
 }  // namespace vel::x11

@@ -16,15 +16,17 @@ class ControlsMonitor final : public NonCopyable {
 
   /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
-  /// Another window manager may offer other controls: checks all windows that have a report.
+  /// Call this when the window manager has ended, or another one has started. Schedules a check of
+  /// each window for which controls have been reported.
   void windowManagerChanged();
-  /// The window's style mask is set: checks the window when the window manager has had time to act.
+  /// Call this after the window's style mask has been set. Schedules a check, which reports the
+  /// controls even if they are the same as before.
   static void styleMaskChanged(Window& window);
-  /// The window's hints have changed: checks the window when the window manager has had time to
-  /// act, and reports only other controls than before.
+  /// Call this after the window's hints have changed. Schedules a check when the window manager has
+  /// had time to act. The check reports the controls only if they have changed.
   static void scheduleCheck(Window& window);
 
-  /// When `check` has work to do; `kNever` if it has none.
+  /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
   /// Checks each window whose deadline has come. Blocks for a round trip for each of them.
   void check(Nanoseconds now);

@@ -71,7 +71,7 @@ void FocusTracker::windowWithdrawn(xcb_window_t window) {
   }
 }
 
-// Another window may already have the focus without a report yet.
+// Another window may already have the focus. `reportChanges` then finds and reports it.
 void FocusTracker::windowRemoved(xcb_window_t window) {
   if (focus_ == window || reportedFocus_ == window) {
     hasFocusOut_ = hasPendingChanges_ = true;

@@ -11,9 +11,9 @@ namespace vel::x11 {
 
 enum class FocusChange : std::uint8_t { None, In, Out };
 
-/// Returns the meaning of a FocusIn or FocusOut event: the event window gained the keyboard, lost
-/// it, or neither. Three kinds of events mean no change: a move of the focus between the window and
-/// its children, a keyboard grab, and a focus that follows the pointer.
+/// Returns the meaning of a FocusIn or FocusOut event: the event window gained the input focus,
+/// lost it, or neither. Three kinds of events mean no change: a move of the focus between the
+/// window and its children, a keyboard grab, and a focus that follows the pointer.
 [[nodiscard]] FocusChange focusChange(const xcb_generic_event_t& event);
 
 /// Follows the input focus, requests it, and reports its changes. The application is active while
@@ -28,19 +28,19 @@ class FocusTracker final : public NonCopyable {
 
   /// Processes a FocusIn or FocusOut event.
   void handle(const xcb_generic_event_t& event);
-  /// The window manager has ended, or another window manager has started.
+  /// Call this when the window manager has ended, or another window manager has started.
   void windowManagerChanged();
-  /// A window was adopted. `hasFocus` says if the focus is on it.
+  /// Call this after the adoption of a window. `hasFocus` is true if the window has the focus.
   void windowAdopted(xcb_window_t window, bool hasFocus);
-  /// `orderOut` has taken the window off the screen.
+  /// Call this when `orderOut` has unmapped the window.
   void windowWithdrawn(xcb_window_t window);
-  /// The window has been released or destroyed.
+  /// Call this when the window has been released or destroyed.
   void windowRemoved(xcb_window_t window);
-  /// The connection is lost.
+  /// Call this when the connection is lost.
   void reset();
 
   /// Requests the focus for a window on screen. Returns true if no window manager can process the
-  /// request. In that case, this sets `wantsFocus` of the window, and `WindowMonitor` sets the
+  /// request. In that case, sets `wantsFocus` of the window, and `WindowMonitor` sets the
   /// focus when the window is viewable.
   bool request(Window& window);
 
@@ -58,7 +58,7 @@ class FocusTracker final : public NonCopyable {
   ReportQueue& reports_;
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
-  bool hasFocusOut_ = false;  // since the last `reportChanges`
+  bool hasFocusOut_ = false;  // a FocusOut has come since the last `reportChanges`
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
   bool isActive_ = true;

@@ -14,13 +14,13 @@ void PointerDrag::begin(xcb_window_t window, PixelRect frame, int pointerX, int 
 void PointerDrag::movePointer(int pointerX, int pointerY) {
   pointerX_ = pointerX;
   pointerY_ = pointerY;
-  hasMoved_ = true;
+  hasPointerMoved_ = true;
 }
 
 void PointerDrag::end() { *this = {}; }
 
 std::optional<PixelRect> PointerDrag::takeMovedFrame(PixelRect frame) {
-  if (!std::exchange(hasMoved_, false) || window_ == XCB_WINDOW_NONE) {
+  if (!std::exchange(hasPointerMoved_, false) || window_ == XCB_WINDOW_NONE) {
     return std::nullopt;
   }
   frame.x = pointerX_ - offsetX_;

@@ -8,8 +8,8 @@
 
 namespace vel::x11 {
 
-/// The drag of a window by its background: the window follows the pointer and keeps its distance to
-/// it. Positions are in pixels of the root window.
+/// The drag of a window by its background: the window moves with the pointer. Positions are in
+/// pixels of the root window.
 class PointerDrag {
  public:
   /// Starts dragging a window with this frame; ends a previous drag.
@@ -20,6 +20,7 @@ class PointerDrag {
   /// The dragged window; None if no window is dragged.
   [[nodiscard]] xcb_window_t window() const { return window_; }
   /// If the pointer has moved since the last call, returns `frame` at its new position.
+  /// Otherwise returns no value.
   std::optional<PixelRect> takeMovedFrame(PixelRect frame);
 
  private:
@@ -28,7 +29,7 @@ class PointerDrag {
   int offsetY_ = 0;
   int pointerX_ = 0;
   int pointerY_ = 0;
-  bool hasMoved_ = false;
+  bool hasPointerMoved_ = false;
 };
 
 }  // namespace vel::x11

@@ -17,7 +17,8 @@
 
 namespace vel::x11 {
 
-/// A scope that sends requests. Flushes the connection at its end, and guards against SIGPIPE.
+/// A scope that sends requests. The destructor flushes the connection. Includes the guard against
+/// SIGPIPE.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}
@@ -29,7 +30,7 @@ class RequestBatch final : public NonCopyable {
 };
 
 /// While an object of this class exists, the server processes no other client's requests. Hold it
-/// for a few requests only. Flushes the connection at its end.
+/// for a few requests only. The destructor flushes the connection.
 class ServerGrab final : public NonCopyable {
  public:
   explicit ServerGrab(Connection& connection);
@@ -76,11 +77,12 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
 /// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
 void sendUnmapNotify(Connection& connection, xcb_window_t window);
 
-/// The following functions block for a round trip. They return null if the request fails.
+/// These two functions block for a round trip. They return null if the request fails.
 XcbPointer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
 XcbPointer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
 
-/// The children, back to front; empty for null. Valid as long as the reply.
+/// Returns the children, back to front; empty if `tree` is null. The span is valid as long as
+/// `tree`.
 [[nodiscard]] std::span<const xcb_window_t> childrenOf(
     const XcbPointer<xcb_query_tree_reply_t>& tree);
 

@@ -17,17 +17,17 @@ namespace vel::x11 {
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
 /// Converts between points and pixels. One scale applies to the whole screen: Xft.dpi divided by
-/// 96. It is read once, when the display is opened. The origin
-/// of points is the lower left corner of the primary monitor, or of the first monitor if none is
-/// primary. When the monitors change, the origin changes too.
+/// 96, read once when the display is opened. The origin of points is the lower left corner of the
+/// primary monitor, or of the first monitor if no monitor is primary. When the monitors change, the
+/// origin changes too.
 ///
 /// The constructor sends the requests to the X server. The first conversion reads the replies.
 class ScreenCoordinates {
  public:
   explicit ScreenCoordinates(Connection& connection);
 
-  /// These two convert a rectangle on the screen. The origin of pixels is the upper left corner of
-  /// the root window.
+  /// Both functions convert a rectangle on the screen. The origin of pixels is the upper left
+  /// corner of the root window.
   [[nodiscard]] CGRect points(PixelRect pixels);
   [[nodiscard]] PixelRect pixels(CGRect points);
   /// Converts a rectangle in the content of a window; `contentHeight` is in pixels.
@@ -46,7 +46,7 @@ class ScreenCoordinates {
   std::optional<xcb_randr_get_monitors_cookie_t> pendingMonitors_;
   double scale_ = 1;
   PixelRect originMonitor_;
-  int screenChangeEvent_ = -1;  // the number of RRScreenChangeNotify; -1 without RandR
+  int screenChangeEvent_ = -1;  // the number of RRScreenChangeNotify; -1 if the server has no RandR
 };
 
 }  // namespace vel::x11

@@ -12,12 +12,14 @@
 
 namespace vel::x11 {
 
-/// The indicator: twelve spokes of different shades. The shades go round once a second. The
-/// indicator fills its window and is the window's background, so the server repaints it after an
-/// exposure.
+/// The picture of an indicator: twelve spokes with different shades. The caller animates the
+/// indicator: it calls `draw` with the next position after each `kFrameInterval`, so that the
+/// darkest spoke goes round once per second. The picture is the background of the window, so the
+/// server repaints it after an exposure.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;
+  /// The time between two positions of the darkest spoke.
   static constexpr Nanoseconds kFrameInterval = kNanosecondsPerSecond / kSpokes;
 
   /// `format` and `depth` are those of `window`, which is a square of `side` pixels.
@@ -38,7 +40,7 @@ class Spinner final : public NonCopyable {
   xcb_render_pictformat_t maskFormat_;
   xcb_pixmap_t pixmap_;
   xcb_render_picture_t picture_;
-  std::array<xcb_render_picture_t, kSpokes> sources_{};  // one colour each, the darkest first
+  std::array<xcb_render_picture_t, kSpokes> sources_{};  // the shades, darkest first
 };
 
 }  // namespace vel::x11

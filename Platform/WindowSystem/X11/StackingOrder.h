@@ -20,12 +20,12 @@ class StackingOrder final : public NonCopyable {
 
   /// Processes an event that may announce a change of the order.
   void handle(const xcb_generic_event_t& event);
-  /// Records that the delegate assumes this window in front. Schedules a check, because the window
-  /// manager may decide otherwise.
+  /// Records that the delegate assumes that this window is in front. Schedules a check, because the
+  /// window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
-  /// Checks the order when the window manager has had time to act.
+  /// Schedules a check when the window manager has had time to act.
   void scheduleCheck();
-  /// When `check` has work to do; `kNever` if it has none.
+  /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }
   /// If the deadline has passed, reads the order and reports a change. Reading the order blocks for
   /// a round trip.
@@ -41,7 +41,7 @@ class StackingOrder final : public NonCopyable {
   WindowTable& windows_;
   ReportQueue& reports_;
   Nanoseconds deadline_ = kNever;
-  std::vector<WindowHandle> reportedOrder_;  // front to back, what the delegate assumes
+  std::vector<WindowHandle> reportedOrder_;  // front to back; the delegate assumes this order
 };
 
 }  // namespace vel::x11

@@ -42,7 +42,7 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   ControlsMonitor::scheduleCheck(*window);
 }
 
-// A pager sends requests of the user.
+// Ignores the requests of pagers: a pager sends them for the user, not for the owner.
 bool StateRequestRelay::needsResizing(const xcb_client_message_event_t& message) const {
   const auto& data = message.data.data32;
   if (message.type != connection_.atom(Atom::NetWmState) || message.format != 32 ||

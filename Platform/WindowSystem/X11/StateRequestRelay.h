@@ -17,8 +17,8 @@ class StateRequestRelay final : public NonCopyable {
 
   /// Call this before overriding the hints of an adopted window: no request must be missed.
   void start();
-  /// Receives requests only as long as hints are overridden, because the root window reports every
-  /// top-level window.
+  /// Stops receiving requests if no window's hints are overridden. While the relay receives
+  /// requests, the server also sends events about every top-level window.
   void stopIfUnused();
   /// Processes a ClientMessage event.
   void handle(const xcb_client_message_event_t& message);

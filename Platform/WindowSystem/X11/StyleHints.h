@@ -29,8 +29,8 @@ struct StyleHints {
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
 /// Returns the value of _MOTIF_WM_HINTS without the title and the controls that `styleMask` lacks.
-/// Adds no control that `motif` lacks. Returns it unchanged, to the byte, if it lacks all of these
-/// already. `newType` is the type of a new property.
+/// Adds no control that `motif` lacks. Returns `motif` unchanged if it already lacks
+/// all of them. `newType` is the type of a new property.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 

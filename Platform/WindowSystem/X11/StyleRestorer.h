@@ -18,11 +18,11 @@ class StyleRestorer final : public NonCopyable {
   void begin(Window& window);
   /// Processes an event that may show that the window manager has read the hints.
   void handle(const xcb_generic_event_t& event);
-  /// When `check` has work to do; `kNever` if it has none.
+  /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
   /// Deletes the property of each window whose deadline has come.
   void check(Nanoseconds now);
-  /// Deletes the window's property if that is still to be done. Blocks until the window manager has
+  /// Deletes the window's property if it must still be deleted. Blocks until the window manager has
   /// read the hints, or for `kWindowManagerDelay` after `begin`.
   void finish(Window& window);
 

@@ -19,19 +19,19 @@ struct Window {
   WindowOrigin origin = WindowOrigin::Own;
   WindowKind kind = WindowKind::Plain;
   bool isMovableByBackground = false;
-  /// The content, in pixels of the root window.
+  /// The frame of the content, in pixels of the root window.
   PixelRect frame;
   /// True for an own window that `orderFront` has put on screen, even while it is miniaturised.
   /// Always true for an adopted window.
   bool isOrdered = false;
   bool isMiniaturized = false;
-  /// MapWindow has been sent, and MapNotify has not come yet.
+  /// True after MapWindow has been sent, until MapNotify comes.
   bool isBeingMapped = false;
-  /// The window gets the input focus as soon as it is viewable.
+  /// True if the window gets the input focus as soon as it is viewable.
   bool wantsFocus = false;
   /// The sibling directly below this window, from ConfigureNotify.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
-  /// Events announced changes that have not been read from the server yet.
+  /// True if events announced changes that have not been read from the server yet.
   bool hasStateChanges = false;
   bool hasHintChanges = false;
   /// When to read the controls that the window manager offers.

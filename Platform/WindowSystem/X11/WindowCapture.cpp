@@ -36,7 +36,7 @@ struct Channel {
   }
 };
 
-// Allocates no memory in the loop: a slow conversion of a large picture would delay the countdown.
+// Allocates no memory in the loop: a slow conversion of a large picture would delay other events.
 std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, bool isBigEndian,
                                        const std::array<std::uint32_t, 3>& masks) {
   const std::array channels{Channel(masks[0]), Channel(masks[1]), Channel(masks[2])};

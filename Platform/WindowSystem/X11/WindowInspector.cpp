@@ -97,7 +97,7 @@ const char* WindowInspector::reasonToRefuse(const Inspection& inspection) {
   return isFrame(inspection) ? "it is a window manager's frame; name the window inside" : nullptr;
 }
 
-// A frame has no WM_STATE, but the client's window inside it has.
+// A frame has no WM_STATE, but the client's window inside the frame has one.
 bool WindowInspector::isFrame(const Inspection& inspection) {
   if (inspection.state.wmState || inspection.tree == nullptr ||
       inspection.tree->parent != inspection.tree->root) {

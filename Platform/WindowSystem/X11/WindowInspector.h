@@ -32,7 +32,7 @@ struct WindowState {
   [[nodiscard]] bool isIconic() const;
 };
 
-/// What the back end needs to know about a window before it adopts it.
+/// What the back end needs to know about a window before the adoption.
 struct Inspection {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowState state;

@@ -21,8 +21,8 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes, and the
-/// controls that it does remove when _MOTIF_WM_HINTS lack their functions. This was measured by
-/// what the buttons, keys and drags did.
+/// controls that it does remove when _MOTIF_WM_HINTS lack their functions. The table was
+/// measured with the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;

@@ -28,19 +28,20 @@ class WindowManager final : public NonCopyable {
 
   /// Returns true if the event announces a change of the stacking order.
   [[nodiscard]] bool isStackingChange(const xcb_generic_event_t& event) const;
-  /// Returns the windows that it manages, back to front; no value if it does not publish them.
-  /// Blocks for a round trip.
+  /// Returns the managed windows, back to front; no value if the window manager does not publish
+  /// them. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
   /// Requests the focus for `window`. `time` is the server time of the user's last input.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
-  /// Returns the controls that it offers for `window`; no value if it does not publish them. Blocks
-  /// for a round trip.
+  /// Returns the controls that the window manager offers for `window`; no value if it does not
+  /// publish them. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
-  /// Whether `StateRequestRelay` receives the requests that clients send to the window manager.
+  /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients
+  /// send to the window manager.
   void selectStateRequests(bool selected);
 
  private:
@@ -57,8 +58,8 @@ class WindowManager final : public NonCopyable {
 
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
-  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // of _NET_SUPPORTING_WM_CHECK
-  std::vector<std::uint32_t> supportedAtoms_;   // _NET_SUPPORTED
+  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // the value of _NET_SUPPORTING_WM_CHECK
+  std::vector<std::uint32_t> supportedAtoms_;   // the value of _NET_SUPPORTED
   bool areStateRequestsSelected_ = false;
 };
 

@@ -104,11 +104,10 @@ void WindowMonitor::reportOwnersMask(const Window& window) {
     return;
   }
   reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
-    const Window* const changed = windows_.find(handle);
-    const auto styleMask =
-        changed == nullptr ? std::nullopt : changed->style->unreportedOwnersMask();
+    const Window* const target = windows_.find(handle);
+    const auto styleMask = target == nullptr ? std::nullopt : target->style->unreportedOwnersMask();
     if (styleMask) {
-      changed->style->markOwnersMaskReported();
+      target->style->markOwnersMaskReported();
       delegate.styleMaskChanged(handle, *styleMask);
     }
   });

@@ -10,8 +10,8 @@
 namespace vel::x11 {
 
 /// Reports the changes that owners, users and the window manager make to a window: its frame, its
-/// miniaturisation and its style. Events only mark a window. Then its state is read once for all
-/// events.
+/// miniaturisation and its style. Events only mark a window. `updateMarked` then reads the
+/// window's state once for all events.
 class WindowMonitor final : public NonCopyable {
  public:
   WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
@@ -28,7 +28,7 @@ class WindowMonitor final : public NonCopyable {
   /// Reports the style mask that the owner of an adopted window has set, if it has changed.
   void reportOwnersMask(const Window& window);
   void reportFrame(const Window& window);
-  /// Reports the frames of all windows, for when the origin of the screen coordinates moves.
+  /// Reports the frames of all windows. Call this when the origin of the screen coordinates moves.
   void reportFrames();
 
  private:

@@ -8,13 +8,14 @@
 
 namespace vel::x11 {
 
-/// Writes all of these properties. `transientFor` is None for a window without an owner window.
+/// Writes the properties of a new window. `transientFor` is None for a window without an owner
+/// window.
 void writeProperties(Connection& connection, xcb_window_t window,
                      const WindowDescription& description, xcb_window_t transientFor);
 /// Writes _NET_WM_NAME and WM_NAME.
 void writeTitle(Connection& connection, xcb_window_t window, std::string_view title);
-/// Writes _NET_WM_STATE, before the window is mapped. A window manager removes it from a window
-/// that is withdrawn.
+/// Writes _NET_WM_STATE. Call this each time before the window is mapped: a window manager removes
+/// the property from a withdrawn window.
 void writeModalState(Connection& connection, xcb_window_t window);
 
 }  // namespace vel::x11

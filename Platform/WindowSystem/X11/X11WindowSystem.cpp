@@ -37,7 +37,8 @@ std::string hexadecimal(std::uint64_t number) {
   return "0x" + std::string(std::as_const(digits).data(), end);
 }
 
-// SubstructureNotify on a window brings these events about its children. They have the same layout.
+// Returns true for an event about a child that SubstructureNotify on `parent` selects. All these
+// events have the same layout.
 bool isSelectedOnParent(const xcb_generic_event_t& event, xcb_window_t parent) {
   const int type = typeOf(event);
   if (type < XCB_CREATE_NOTIFY || type > XCB_CIRCULATE_NOTIFY) {
@@ -379,7 +380,8 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
 
 // Events
 
-// Games call this in each frame. Usually no event has come, and it only polls the connection.
+// Games call this in each frame. Usually no event has come, and the function only polls the
+// connection.
 bool X11WindowSystem::deliverEvents() {
   bool hasEvents = false;
   if (!isConnectionLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
@@ -435,7 +437,7 @@ bool X11WindowSystem::handleArrivedEvents() {
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   if (isSelectedOnParent(event, connection_->root())) {
-    return;  // `StateRequestRelay` receives these as well as the requests
+    return;  // `selectStateRequests` also selects these events; nothing uses them
   }
   for (auto& [id, window] : windows_) {
     if (window.cover->isOvertakenBy(event)) {
