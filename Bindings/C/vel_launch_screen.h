@@ -105,7 +105,7 @@ typedef VEL_ENUM(VelEndReason){
     VEL_END_DISMISSED = 2,     /* the host has called vel_dismiss() */
     VEL_END_WINDOW_CLOSED = 3, /* the window that showed the launch screen has been closed */
     VEL_END_DISPLAY_LOST = 4,  /* the connection to the display is lost */
-    VEL_END_DESTROYED = 5      /* the host has called vel_destroy() */
+    VEL_END_DESTROYED = 5      /* vel_destroy() has ended it before its disappearance */
 } VelEndReason;
 
 /* The clock that the countdown uses. */

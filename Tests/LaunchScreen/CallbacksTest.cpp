@@ -1,4 +1,4 @@
-// What the manager does when the launch screen's controller tells or asks it something.
+// The manager as a delegate of the launch screen's controller.
 #include <limits>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -8,26 +8,26 @@ namespace {
 
 using Events = std::vector<VirtualPlatform::Event>;
 
-constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class CallbacksTest : public LaunchScreenTest {
  protected:
   CallbacksTest() { configuration().setNextEventName(NSString::stringWithUTF8String("e")); }
 
-  bool mayDismiss() { return manager->canLaunchScreenControllerDismiss(controller()); }
-  // Leaves a countdown running with so much time left.
+  bool canDismiss() { return manager->canLaunchScreenControllerDismiss(controller()); }
+  // Starts a countdown with this time left.
   void runWith(double seconds) {
     setTimeLeft(seconds);
     manager->startTimer();
   }
-  // Loads, presents, and lets the controller present something on top.
-  Strong<NSViewController> presentWithSomethingOnTop(double duration) {
+  // Shows a launch screen whose controller presents another controller as a sheet.
+  Strong<NSViewController> presentUnderSheet(double duration) {
     load(duration);
     present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
-    auto onTop = make<NamedViewController>("NSViewController");
-    controller()->presentViewControllerAsSheet(onTop);
+    auto sheet = make<NamedViewController>("NSViewController");
+    controller()->presentViewControllerAsSheet(sheet);
     EXPECT_EQ(controller()->presentedViewControllers().size(), 1u);
-    return onTop;
+    return sheet;
   }
 };
 
@@ -44,7 +44,7 @@ TEST_F(CallbacksTest, BeforePresentationItSubscribesAndStartsTheCountdown) {
 
 TEST_F(CallbacksTest, BeforePresentationWithNoTimeLeftItOnlySubscribes) {
   std::size_t calls = 0;
-  for (const double seconds : {0.0, -0.1, -3.0, kNotANumber}) {
+  for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
     manager->launchScreenControllerWillPresent(nullptr);
     EXPECT_EQ(registrationCount(), 6 * ++calls);
@@ -70,14 +70,14 @@ TEST_F(CallbacksTest, ASecondPresentationSubscribesAgainAndKeepsTheCountdown) {
   EXPECT_EQ(timer(), running);
 }
 
-// May it dismiss? In skip mode
+// canLaunchScreenControllerDismiss in skip mode
 
-TEST_F(CallbacksTest, InSkipModeInFrontItMayDismissAtAnyTimeAndNothingElseHappens) {
+TEST_F(CallbacksTest, InSkipModeWhileFocusedItCanDismissAtAnyTimeAndNothingElseHappens) {
   configuration().setSkipMode(true);
-  for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNotANumber}) {
+  for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNaN}) {
     runWith(seconds);
     const auto running = timer();
-    EXPECT_TRUE(mayDismiss()) << seconds;
+    EXPECT_TRUE(canDismiss()) << seconds;
     EXPECT_EQ(timer(), running);
     EXPECT_EQ(pendingTaskCount(), 0u);
     EXPECT_FALSE(manager->eventWasSended());
@@ -86,21 +86,21 @@ TEST_F(CallbacksTest, InSkipModeInFrontItMayDismissAtAnyTimeAndNothingElseHappen
   }
 }
 
-TEST_F(CallbacksTest, InSkipModeTheTimeLeftStays) {
+TEST_F(CallbacksTest, InSkipModeADismissalKeepsTheTimeLeft) {
   configuration().setSkipMode(true);
   runWith(0.05);
-  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(canDismiss());
   EXPECT_EQ(timeLeft(), 0.05);
 }
 
-TEST_F(CallbacksTest, InSkipModeWhileUnfocusedItMayNotAndTheDismissalIsOwed) {
+TEST_F(CallbacksTest, InSkipModeWhileUnfocusedTheDismissalIsPostponed) {
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(true);
   for (const double seconds : {5.0, 0.05}) {
     manager->setLaunchShouldBeClosed(false);
     runWith(seconds);
     const auto running = timer();
-    EXPECT_FALSE(mayDismiss());
+    EXPECT_FALSE(canDismiss());
     EXPECT_TRUE(manager->launchShouldBeClosed());
     EXPECT_EQ(timer(), running);
     EXPECT_EQ(timeLeft(), seconds);
@@ -109,11 +109,11 @@ TEST_F(CallbacksTest, InSkipModeWhileUnfocusedItMayNotAndTheDismissalIsOwed) {
   }
 }
 
-TEST_F(CallbacksTest, InSkipModeSomethingOnTopDoesNotMatter) {
-  const auto onTop = presentWithSomethingOnTop(5.0);
+TEST_F(CallbacksTest, InSkipModeAPresentedControllerDoesNotMatter) {
+  const auto sheet = presentUnderSheet(5.0);
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(false);
-  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(canDismiss());
 }
 
 TEST_F(CallbacksTest, InSkipModeNoEventIsEverRecorded) {
@@ -127,7 +127,7 @@ TEST_F(CallbacksTest, InSkipModeNoEventIsEverRecorded) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsByItselfToo) {
+TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
   load(1.0, "skip");
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   platform.run(1.1);
@@ -136,25 +136,25 @@ TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsByItselfToo) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-// May it dismiss? With the time used up
+// canLaunchScreenControllerDismiss with the time used up
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpItMayDismissAndTheCountdownIsOver) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpItCanDismissAndTheCountdownStops) {
   load(5.0);
   for (const double seconds : {0.1, 0.05, 0.0, -0.1}) {
     setTimeLeft(seconds);
-    EXPECT_TRUE(mayDismiss()) << seconds;
+    EXPECT_TRUE(canDismiss()) << seconds;
     EXPECT_EQ(timeLeft(), 0.0);
     EXPECT_EQ(timer(), nullptr);
     EXPECT_EQ(pendingTaskCount(), 0u);
   }
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsAskedForAtOnce) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsScheduledAtOnce) {
   load(5.0);
   manager->setLaunchScreenExpired(true);
   runWith(0.1);
   const auto running = timer();
-  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(canDismiss());
   EXPECT_FALSE(running->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_TRUE(manager->eventWasSended());
@@ -163,50 +163,50 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsAskedForAtOnce
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpAnInvalidTimerAsksForNoEvent) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpAnInvalidTimerSchedulesNoEvent) {
   load(5.0);
   runWith(0.1);
   timer()->invalidate();
-  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(canDismiss());
   EXPECT_FALSE(manager->eventWasSended());
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedItMayDismissAndTheEventIsOwed) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedItCanDismissAndTheEventIsPostponed) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   runWith(0.1);
-  EXPECT_TRUE(mayDismiss());
+  EXPECT_TRUE(canDismiss());
   EXPECT_TRUE(manager->launchShouldBeClosed());
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, WithSomethingOnTopItMayNotDismissAndTheCountdownIsOverAllTheSame) {
-  const auto onTop = presentWithSomethingOnTop(5.0);
+TEST_F(CallbacksTest, WithAPresentedControllerItCannotDismissButTheCountdownStops) {
+  const auto sheet = presentUnderSheet(5.0);
   manager->setAppIsUnfocused(false);
   runWith(0.1);
   ASSERT_NE(timer(), nullptr);
-  EXPECT_FALSE(mayDismiss());
+  EXPECT_FALSE(canDismiss());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_TRUE(manager->eventWasSended()) << "the timer was running";
-  controller()->NSViewController::dismissViewController(onTop);
-  EXPECT_TRUE(mayDismiss());
+  controller()->NSViewController::dismissViewController(sheet);
+  EXPECT_TRUE(canDismiss());
 }
 
-TEST_F(CallbacksTest, WithoutAControllerThereIsNothingOnTop) {
+TEST_F(CallbacksTest, WithoutAControllerNothingIsPresented) {
   setTimeLeft(0.1);
   EXPECT_TRUE(manager->canLaunchScreenControllerDismiss(nullptr));
 }
 
-// May it dismiss? With time left
+// canLaunchScreenControllerDismiss with time left
 
-TEST_F(CallbacksTest, WithTimeLeftItMayNotDismissAndTheEventIsAskedForTwoSecondsLater) {
+TEST_F(CallbacksTest, WithTimeLeftItCannotDismissAndTheEventIsScheduledTwoSecondsLater) {
   load(5.0);
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
     runWith(seconds);
     const auto running = timer();
-    EXPECT_FALSE(mayDismiss()) << seconds;
+    EXPECT_FALSE(canDismiss()) << seconds;
     EXPECT_EQ(timer(), running);
     EXPECT_TRUE(running->isValid());
     EXPECT_EQ(timeLeft(), seconds);
@@ -222,10 +222,10 @@ TEST_F(CallbacksTest, WithTimeLeftItMayNotDismissAndTheEventIsAskedForTwoSeconds
   EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "once for all four";
 }
 
-TEST_F(CallbacksTest, ATimeLeftThatIsNotANumberCountsAsTimeLeft) {
+TEST_F(CallbacksTest, ATimeLeftOfNaNCountsAsTimeLeft) {
   load(5.0);
-  setTimeLeft(kNotANumber);
-  EXPECT_FALSE(mayDismiss());
+  setTimeLeft(kNaN);
+  EXPECT_FALSE(canDismiss());
   EXPECT_EQ(pendingTaskCount(), 1u);
 }
 
@@ -243,10 +243,10 @@ TEST_F(CallbacksTest, ARefusedDismissalLeavesTheLaunchScreenUpUntilItsTimeRunsOu
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}})) << "recorded early, and once";
 }
 
-TEST_F(CallbacksTest, ARefusedDismissalsEventIsOwedIfTheWindowHasGoneByThen) {
+TEST_F(CallbacksTest, ARefusedDismissalsEventIsPostponedIfTheWindowIsNotKeyByThen) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
-  EXPECT_FALSE(mayDismiss());
+  EXPECT_FALSE(canDismiss());
   platform.run(1.0);
   platform.windowSystem().userMovesFocusAway();
   platform.run(5.0);
@@ -264,7 +264,7 @@ TEST_F(CallbacksTest, BeforeDismissalItDoesNothing) {
   EXPECT_EQ(state(), before);
 }
 
-TEST_F(CallbacksTest, AfterDismissalItUnsubscribesStopsTheCountdownAndAsksForTheEvent) {
+TEST_F(CallbacksTest, AfterADismissalItUnsubscribesStopsTheCountdownAndSchedulesTheEvent) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -281,7 +281,7 @@ TEST_F(CallbacksTest, AfterDismissalItUnsubscribesStopsTheCountdownAndAsksForThe
   EXPECT_EQ(platform.events, (Events{{"e", 0.5}}));
 }
 
-TEST_F(CallbacksTest, AfterDismissalInSkipModeItAsksForNoEvent) {
+TEST_F(CallbacksTest, AfterADismissalInSkipModeNoEventIsScheduled) {
   configuration().setSkipMode(true);
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -295,9 +295,9 @@ TEST_F(CallbacksTest, AfterDismissalInSkipModeItAsksForNoEvent) {
   EXPECT_EQ(pendingTaskCount(), 0u);
 }
 
-// The end by time
+// A launch screen whose time is used up
 
-TEST_F(CallbacksTest, AtTheEndOfTheTimeTheEventIsAskedForAfterTheDismissalOnly) {
+TEST_F(CallbacksTest, WhenTheTimeIsUsedUpOnlyTheDismissalSchedulesTheEvent) {
   load(1.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   const auto host = addHostDelegate();
@@ -311,8 +311,8 @@ TEST_F(CallbacksTest, AtTheEndOfTheTimeTheEventIsAskedForAfterTheDismissalOnly) 
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CallbacksTest, AtTheEndOfTheTimeWithSomethingOnTopItStaysUpAndRecordsNothing) {
-  const auto onTop = presentWithSomethingOnTop(1.0);
+TEST_F(CallbacksTest, WhenTheTimeIsUsedUpUnderAPresentedControllerItStaysUpAndRecordsNothing) {
+  const auto sheet = presentUnderSheet(1.0);
   manager->startTimer();
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);

@@ -1,4 +1,4 @@
-// The default configuration: made on first use, replaced, never none.
+// The default configuration: created on first use, replaced, never null.
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -20,39 +20,39 @@ void expectInitialValues(const Configuration& configuration) {
   EXPECT_EQ(configuration.expirationTimeInterval(), 0.0);
 }
 
-TEST_F(ConfigurationTest, InitGivesNothingToShowAndNoTime) {
+TEST_F(ConfigurationTest, InitSetsAllPropertiesToNullZeroOrFalse) {
   const auto configuration = Configuration::init();
   ASSERT_NE(configuration, nullptr);
   expectInitialValues(*configuration);
 }
 
-TEST_F(ConfigurationTest, InitDoesNotMakeADefault) {
+TEST_F(ConfigurationTest, InitDoesNotCreateTheDefault) {
   const auto configuration = Configuration::init();
   EXPECT_EQ(sDefaultConfiguration, nullptr);
 }
 
-TEST_F(ConfigurationTest, ItIsNamedLaunchScreenConfiguration) {
+TEST_F(ConfigurationTest, ItsClassNameIsLaunchScreenConfiguration) {
   EXPECT_EQ(Configuration::init()->className(), "LaunchScreenConfiguration");
 }
 
-TEST_F(ConfigurationTest, ThereIsNoDefaultUntilItIsAskedFor) {
+TEST_F(ConfigurationTest, ThereIsNoDefaultBeforeTheFirstUse) {
   EXPECT_EQ(sDefaultConfiguration, nullptr);
 }
 
-TEST_F(ConfigurationTest, TheDefaultIsMadeOnFirstUseWithInitialValues) {
+TEST_F(ConfigurationTest, TheFirstUseCreatesTheDefaultWithInitialValues) {
   const auto configuration = Configuration::defaultConfiguration();
   ASSERT_NE(configuration, nullptr);
   expectInitialValues(*configuration);
   EXPECT_EQ(sDefaultConfiguration, configuration);
 }
 
-TEST_F(ConfigurationTest, EveryLaterReadAnswersTheSameDefault) {
+TEST_F(ConfigurationTest, EveryReadReturnsTheSameDefault) {
   const auto configuration = Configuration::defaultConfiguration();
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
   EXPECT_EQ(Configuration::getDefaultConfiguration(), configuration);
 }
 
-TEST_F(ConfigurationTest, GetDefaultConfigurationMakesItTooOnFirstUse) {
+TEST_F(ConfigurationTest, GetDefaultConfigurationAlsoCreatesTheDefault) {
   const auto configuration = Configuration::getDefaultConfiguration();
   ASSERT_NE(configuration, nullptr);
   expectInitialValues(*configuration);
@@ -65,14 +65,14 @@ TEST_F(ConfigurationTest, AnObjectSetBeforeFirstUseIsTheDefault) {
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
 }
 
-TEST_F(ConfigurationTest, SettingNoneKeepsTheDefaultAndLogsOneLine) {
+TEST_F(ConfigurationTest, SettingNullKeepsTheDefaultAndLogsOneLine) {
   const auto configuration = Configuration::defaultConfiguration();
   Configuration::setDefaultConfiguration(nullptr);
   EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
 }
 
-TEST_F(ConfigurationTest, SettingNoneBeforeFirstUseLeavesTheDefaultToBeMadeLater) {
+TEST_F(ConfigurationTest, SettingNullBeforeTheFirstUseChangesNothing) {
   Configuration::setDefaultConfiguration(nullptr);
   EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
   EXPECT_EQ(sDefaultConfiguration, nullptr);
@@ -89,7 +89,7 @@ TEST_F(ConfigurationTest, SettingTheCurrentDefaultChangesNothingAndDoesNotReleas
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, ANewDefaultTakesThePlaceOfTheFormerWhichAReaderStillHas) {
+TEST_F(ConfigurationTest, ANewDefaultReplacesThePreviousOneButNotInReadersThatHoldIt) {
   const auto former = Configuration::defaultConfiguration();
   former->setSkipMode(true);
   const auto configuration = Configuration::init();
@@ -107,7 +107,7 @@ TEST_F(ConfigurationTest, AReplacedDefaultIsReleased) {
   EXPECT_TRUE(former.expired());
 }
 
-TEST_F(ConfigurationTest, TheDefaultLivesOnWithNobodyElseHoldingIt) {
+TEST_F(ConfigurationTest, TheDefaultStaysAliveWithoutAnotherOwner) {
   auto made = Configuration::init();
   const Weak<Configuration> configuration = made;
   Configuration::setDefaultConfiguration(std::move(made));
@@ -120,7 +120,7 @@ TEST_F(ConfigurationTest, AReaderSeesLaterChangesOfTheObjectItHolds) {
   EXPECT_EQ(reader->expirationTimeInterval(), 7.0);
 }
 
-TEST_F(ConfigurationTest, PropertiesAnswerWhatWasSet) {
+TEST_F(ConfigurationTest, PropertiesReturnTheValuesThatWereSet) {
   const auto configuration = Configuration::init();
   const auto hostController = make<HostController>();
   configuration->setViewController(hostController);
@@ -136,14 +136,14 @@ TEST_F(ConfigurationTest, PropertiesAnswerWhatWasSet) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(ConfigurationTest, TheEventNameIsKeptAndNotCopied) {
+TEST_F(ConfigurationTest, TheEventNameIsNotCopied) {
   const auto configuration = Configuration::init();
   const auto name = NSString::stringWithUTF8String("launch_end");
   configuration->setNextEventName(name);
   EXPECT_EQ(configuration->nextEventName().get(), name.get());
 }
 
-TEST_F(ConfigurationTest, ItKeepsItsControllerAndItsEventNameAliveAndReleasesThemAtItsEnd) {
+TEST_F(ConfigurationTest, ItOwnsItsControllerAndItsEventName) {
   auto configuration = Configuration::init();
   auto hostController = make<HostController>();
   auto name = NSString::stringWithUTF8String("launch_end");

@@ -1,4 +1,4 @@
-// The host's consent dialog: when it loses key, the launch screen's window is to have it.
+// The host's consent dialog: when it resigns key, the window of the launch screen becomes key.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -7,13 +7,13 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// Somebody else who hears when a window becomes key.
-class KeyListener final : public Class<KeyListener, "KeyListener"> {
+/// Another observer of windows that become key.
+class KeyObserver final : public Class<KeyObserver, "KeyObserver"> {
  public:
   void windowDidBecomeKey(const NSNotification& notification) {
-    became.push_back(as<NSWindow>(notification.object()));
+    keyWindows.push_back(as<NSWindow>(notification.object()));
   }
-  std::vector<Strong<NSWindow>> became;
+  std::vector<Strong<NSWindow>> keyWindows;
 };
 
 class ConsentTest : public ShownLaunchScreenTest {
@@ -24,7 +24,7 @@ class ConsentTest : public ShownLaunchScreenTest {
   Strong<NSWindow> consent = openWindow("NSWindow");
 };
 
-TEST_F(ConsentTest, WhenItLosesKeyTheLaunchScreenIsKeyAgainAndGoesOn) {
+TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDown) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   present(player, kHostModeSheet);
@@ -41,7 +41,7 @@ TEST_F(ConsentTest, WhenItLosesKeyTheLaunchScreenIsKeyAgainAndGoesOn) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, ItEndsTheNewestModalRunOnly) {
+TEST_F(ConsentTest, OnlyTheInnermostModalRunEnds) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   const auto modal = controller()->view()->window();
@@ -50,7 +50,7 @@ TEST_F(ConsentTest, ItEndsTheNewestModalRunOnly) {
   EXPECT_EQ(NSApp->modalWindow(), modal);
 }
 
-TEST_F(ConsentTest, AnExpiredLaunchScreenIsMadeKeyToo) {
+TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   manager->setAppIsUnfocused(true);
@@ -59,7 +59,7 @@ TEST_F(ConsentTest, AnExpiredLaunchScreenIsMadeKeyToo) {
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsToldThenTheWindowIsMadeKey) {
+TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsNotifiedThenTheWindowBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   NSApp->beginModalRun(consent);
@@ -72,7 +72,7 @@ TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsToldThenTheWindowIsMadeKey) {
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
-TEST_F(ConsentTest, TheWindowThatIsMadeKeyIsTheOneThatShowsTheLaunchScreenByThen) {
+TEST_F(ConsentTest, TheWindowThatShowsTheLaunchScreenAtThatTimeBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   const auto other = openWindow("NSWindow");
@@ -81,23 +81,23 @@ TEST_F(ConsentTest, TheWindowThatIsMadeKeyIsTheOneThatShowsTheLaunchScreenByThen
   EXPECT_EQ(NSApp->keyWindow(), other);
 }
 
-TEST_F(ConsentTest, TheManagerTellsItselfAndNobodyElse) {
+TEST_F(ConsentTest, OnlyTheManagerReceivesTheNotificationThatItMakes) {
   show(5.0);
   window->makeKeyWindow();
   resignKey(window);
-  const auto listener = make<KeyListener>();
+  const auto listener = make<KeyObserver>();
   NSNotificationCenter::defaultCenter()
-      .addObserverSelectorNameObject<&KeyListener::windowDidBecomeKey>(
+      .addObserverSelectorNameObject<&KeyObserver::windowDidBecomeKey>(
           listener, NSWindowDidBecomeKeyNotification, nullptr);
   resignKey(consent);
   EXPECT_FALSE(manager->appIsUnfocused());
-  EXPECT_TRUE(listener->became.empty()) << "the window was key already";
+  EXPECT_TRUE(listener->keyWindows.empty()) << "the window was key already";
   platform.windowSystem().userMovesFocusAway();
   resignKey(consent);
-  EXPECT_EQ(listener->became, std::vector<Strong<NSWindow>>{window}) << "it is really made key";
+  EXPECT_EQ(listener->keyWindows, std::vector<Strong<NSWindow>>{window}) << "it is really made key";
 }
 
-TEST_F(ConsentTest, WithoutALaunchScreensWindowOnlyTheModalRunEnds) {
+TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalRunEnds) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   NSApp->beginModalRun(consent);
@@ -119,7 +119,7 @@ TEST_F(ConsentTest, ARequiredWindowWithAConsentDialogPausesNothing) {
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, WithoutAnApplicationTheCountdownGoesOnAllTheSame) {
+TEST_F(ConsentTest, WithoutAnApplicationTheCountdownContinues) {
   show(5.0);
   manager->pauseTimer();
   const Strong<NSApplication> kept = NSApp;
@@ -129,7 +129,7 @@ TEST_F(ConsentTest, WithoutAnApplicationTheCountdownGoesOnAllTheSame) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, OnlyAContentViewControllerOfExactlyThatClassIsOne) {
+TEST_F(ConsentTest, OnlyAContentViewControllerOfThisExactClassIsAConsentDialog) {
   show(5.0);
   for (const std::string_view name : {"GDPRViewControllerSubclass", "gdprViewController", ""}) {
     const auto other = openWindow("GDPRViewController");

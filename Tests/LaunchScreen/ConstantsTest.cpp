@@ -1,4 +1,4 @@
-// The vocabulary that hosts rely on, value by value.
+// The values of the constants that hosts use.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace {
 
 TEST(ConstantsTest, TheEngineIsLaunchScreen) { EXPECT_EQ(kLaunchScreenEngine, "launch_screen"); }
 
-TEST(ConstantsTest, TheRequestsKeysAndModesAreTheseTexts) {
+TEST(ConstantsTest, TheKeysAndModesOfARequestHaveTheirValues) {
   EXPECT_EQ(LaunchScreenContentRequest.mode, "mode");
   EXPECT_EQ(LaunchScreenContentRequest.skip, "skip");
   EXPECT_EQ(LaunchScreenContentRequest.forced, "forced");
@@ -20,7 +20,7 @@ TEST(ConstantsTest, TheRequestsKeysAndModesAreTheseTexts) {
   EXPECT_EQ(LaunchScreenContentRequest.event, "event");
 }
 
-TEST(ConstantsTest, TheRequestsTextsAreOneRecordOfFiveInThisOrder) {
+TEST(ConstantsTest, TheKeysAndModesAreAStructureOfFiveMembersInThisOrder) {
   using Keys = LaunchScreenContentRequestKeys;
   static_assert(std::is_standard_layout_v<Keys>);
   constexpr std::size_t kText = sizeof(std::string_view);
@@ -36,14 +36,14 @@ TEST(ConstantsTest, TheStepOfTheCountdownIsTheDoubleNearestToATenth) {
   EXPECT_EQ(expirationTimeStep, 0x1.999999999999ap-4);
 }
 
-TEST(ConstantsTest, TheIndicatorsSideIs32Points) { EXPECT_EQ(activityIndicatorSide, 32.0); }
+TEST(ConstantsTest, TheSideOfTheIndicatorIs32Points) { EXPECT_EQ(activityIndicatorSide, 32.0); }
 
-TEST(ConstantsTest, TheHostsClassNamesAreTheseTexts) {
+TEST(ConstantsTest, TheClassNamesOfTheHostHaveTheirValues) {
   EXPECT_EQ(LSUnityPlayerWindowClassName, "PlayerWindow");
   EXPECT_EQ(LSGDPRControllerClassName, "GDPRViewController");
 }
 
-TEST(ConstantsTest, TheConstantsCannotBeChanged) {
+TEST(ConstantsTest, TheConstantsAreConst) {
   static_assert(std::is_const_v<decltype(kLaunchScreenEngine)>);
   static_assert(std::is_const_v<decltype(LaunchScreenContentRequest)>);
   static_assert(std::is_const_v<decltype(expirationTimeStep)>);

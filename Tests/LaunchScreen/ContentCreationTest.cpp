@@ -1,4 +1,4 @@
-// The manager as the host's content resolver: from a request to content and its view.
+// The manager as a content resolver: it creates content and views for requests.
 #include <functional>
 #include <limits>
 #include <utility>
@@ -22,14 +22,14 @@ class ContentCreationTest : public LaunchScreenTest {
   Strong<ContentData> request(double duration, std::string_view mode = "") {
     return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   }
-  // A window in which some launch screen is embedded, so that a new request must not disturb it.
+  // Opens a window with an embedded launch screen. A new request then gets a temporary content.
   static Strong<NSWindow> showAnotherLaunchScreen() {
     const auto window = openPlayerWindowWithContentViewController();
     window->contentViewController()->addChildViewController(
         make<NamedViewController>("LaunchScreenViewController"));
     return window;
   }
-  // A temporary content that has a controller of the host's.
+  // Loads a temporary content with a HostController.
   Strong<HostController> loadTemporaryHostController() {
     const auto hostController = make<HostController>();
     configuration().setViewController(hostController);
@@ -43,14 +43,14 @@ class ContentCreationTest : public LaunchScreenTest {
 
 // Construction
 
-TEST_F(ContentCreationTest, InitMakesTheMainContentAndListensToIt) {
+TEST_F(ContentCreationTest, InitCreatesTheMainContentAndBecomesItsDelegate) {
   ASSERT_NE(manager->content(), nullptr);
   EXPECT_EQ(manager->content()->contentDelegate(), manager);
   EXPECT_EQ(manager->content()->state(), 0u);
   EXPECT_EQ(manager->content()->contentRequest(), nullptr);
 }
 
-TEST_F(ContentCreationTest, InitLeavesEverythingElseEmptyOrOff) {
+TEST_F(ContentCreationTest, InitSetsAllOtherPropertiesToNullZeroOrFalse) {
   EXPECT_EQ(manager->tempContent(), nullptr);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_FALSE(manager->eventWasSended());
@@ -61,16 +61,16 @@ TEST_F(ContentCreationTest, InitLeavesEverythingElseEmptyOrOff) {
   EXPECT_EQ(manager->delegate(), nullptr);
 }
 
-TEST_F(ContentCreationTest, ItIsNamedLaunchScreenManager) {
+TEST_F(ContentCreationTest, ItsClassNameIsLaunchScreenManager) {
   EXPECT_EQ(manager->className(), "LaunchScreenManager");
 }
 
-TEST_F(ContentCreationTest, ItHasNoNameOfItsOwnAsAResolver) {
+TEST_F(ContentCreationTest, ItDoesNotRespondToName) {
   const Strong<ContentResolver> resolver = manager;
   EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
 }
 
-TEST_F(ContentCreationTest, ItDoesNotKeepItsDelegateAlive) {
+TEST_F(ContentCreationTest, ItDoesNotOwnItsDelegate) {
   manager->setDelegate(listener);
   EXPECT_EQ(manager->delegate(), listener);
   const Weak<ResolverListener> held = listener;
@@ -81,28 +81,28 @@ TEST_F(ContentCreationTest, ItDoesNotKeepItsDelegateAlive) {
 
 // Registration
 
-TEST_F(ContentCreationTest, ItServesTheEngineLaunchScreenAlone) {
+TEST_F(ContentCreationTest, TheOnlySupportedEngineIsLaunchScreen) {
   const auto engines = manager->supportedEngines();
   ASSERT_EQ(engines.size(), 1u);
   EXPECT_EQ(engines[0]->UTF8String(), "launch_screen");
 }
 
-TEST_F(ContentCreationTest, ActivatingRegistersItWithTheBrokerWhateverThatAnswers) {
+TEST_F(ContentCreationTest, ActivateRegistersWithTheBrokerAndIgnoresItsResult) {
   const auto broker = make<Broker>();
   EXPECT_TRUE(manager->activate(broker));
   EXPECT_EQ(broker->registered, std::vector<Strong<ContentResolver>>{manager});
 }
 
-TEST_F(ContentCreationTest, ActivatingWithoutABrokerAnswersYesToo) {
+TEST_F(ContentCreationTest, ActivateWithoutABrokerReturnsTrue) {
   EXPECT_TRUE(manager->activate(nullptr));
 }
 
 // Content for a request
 
-TEST_F(ContentCreationTest, AnAcceptedRequestGoesToTheMainContentAndSeedsTheTimeLeft) {
-  const auto asked = makeRequest("e", 5);
-  EXPECT_EQ(manager->contentDataForContentRequest(asked), manager->content());
-  EXPECT_EQ(manager->content()->contentRequest(), asked);
+TEST_F(ContentCreationTest, AnAcceptedRequestGoesToTheMainContentAndSetsTheTimeLeft) {
+  const auto sentRequest = makeRequest("e", 5);
+  EXPECT_EQ(manager->contentDataForContentRequest(sentRequest), manager->content());
+  EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
   EXPECT_NE(controller(), nullptr);
   EXPECT_EQ(manager->tempContent(), nullptr);
@@ -131,12 +131,12 @@ TEST_F(ContentCreationTest, ANegativeDurationIsAcceptedAndItsContentFails) {
   EXPECT_EQ(manager->content()->viewController(), nullptr);
 }
 
-TEST_F(ContentCreationTest, ADurationThatIsNotANumberIsAcceptedAndItsContentLoads) {
+TEST_F(ContentCreationTest, ADurationOfNaNIsAcceptedAndItsContentLoads) {
   EXPECT_EQ(request(std::numeric_limits<double>::quiet_NaN()), manager->content());
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentCreationTest, TheDelegateHearsOfTheMainContentsState) {
+TEST_F(ContentCreationTest, TheDelegateIsNotifiedOfTheMainContentsState) {
   manager->setDelegate(listener);
   request(5.0);
   ASSERT_EQ(listener->changes.size(), 1u);
@@ -145,39 +145,39 @@ TEST_F(ContentCreationTest, TheDelegateHearsOfTheMainContentsState) {
   EXPECT_EQ(listener->changes[0].state, ContentDataStateLoaded);
 }
 
-TEST_F(ContentCreationTest, ARequestWithoutParametersIsAnsweredWithNone) {
+TEST_F(ContentCreationTest, ARequestWithoutParametersReturnsNull) {
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
   EXPECT_EQ(platform.log.size(), 1u);
 }
 
-TEST_F(ContentCreationTest, NoRequestAtAllIsLikeOneWithoutParameters) {
+TEST_F(ContentCreationTest, ANullRequestIsLikeARequestWithoutParameters) {
   EXPECT_EQ(manager->contentDataForContentRequest(nullptr), nullptr);
   EXPECT_EQ(platform.log, std::vector<std::string>{
                               "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
                               "Content request parameters is nil or empty!"});
 }
 
-TEST_F(ContentCreationTest, ARefusedRequestLeavesTheMainContentAndTheTimeLeftAsTheyWere) {
+TEST_F(ContentCreationTest, ARefusedRequestChangesNeitherTheMainContentNorTheTimeLeft) {
   load(5.0);
-  const auto asked = manager->content()->contentRequest();
+  const auto sentRequest = manager->content()->contentRequest();
   const auto shown = controller();
   manager->setDelegate(listener);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("", 7)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("e", 0)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
-  EXPECT_EQ(manager->content()->contentRequest(), asked);
+  EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
   EXPECT_EQ(controller(), shown);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
   EXPECT_TRUE(listener->changes.empty());
 }
 
-TEST_F(ContentCreationTest, ARefusedRequestMakesNoTemporaryContent) {
+TEST_F(ContentCreationTest, ARefusedRequestCreatesNoTemporaryContent) {
   showAnotherLaunchScreen();
   EXPECT_EQ(request(0), nullptr);
   EXPECT_EQ(manager->tempContent(), nullptr);
 }
 
-TEST_F(ContentCreationTest, EachAcceptedRequestSeedsTheTimeLeftAndBuildsAnotherController) {
+TEST_F(ContentCreationTest, EachAcceptedRequestSetsTheTimeLeftAndCreatesAController) {
   load(5.0);
   const auto former = controller();
   EXPECT_EQ(request(2.0), manager->content());
@@ -220,7 +220,7 @@ TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) 
   EXPECT_EQ(reads, 2);
 }
 
-TEST_F(ContentCreationTest, ANewRequestResetsNoFlag) {
+TEST_F(ContentCreationTest, ANewRequestKeepsAllFlags) {
   manager->setAppIsUnfocused(true);
   manager->setEventWasSended(true);
   manager->setLaunchScreenExpired(true);
@@ -236,7 +236,7 @@ TEST_F(ContentCreationTest, ANewRequestResetsNoFlag) {
 
 TEST_F(ContentCreationTest, WhileALaunchScreenIsShownARequestGetsATemporaryContent) {
   load(5.0);
-  const auto asked = manager->content()->contentRequest();
+  const auto sentRequest = manager->content()->contentRequest();
   const auto shown = controller();
   showAnotherLaunchScreen();
   const auto other = makeRequest("other", 3.0, "skip");
@@ -246,12 +246,12 @@ TEST_F(ContentCreationTest, WhileALaunchScreenIsShownARequestGetsATemporaryConte
   EXPECT_NE(data, manager->content());
   EXPECT_EQ(data->request(), other);
   EXPECT_EQ(data->state(), ContentDataStateLoaded);
-  EXPECT_EQ(manager->content()->contentRequest(), asked);
+  EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
   EXPECT_EQ(controller(), shown);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
 }
 
-TEST_F(ContentCreationTest, ARequestForATemporaryContentStillRewritesTheConfiguration) {
+TEST_F(ContentCreationTest, ARequestForATemporaryContentChangesTheConfiguration) {
   load(5.0);
   showAnotherLaunchScreen();
   request(3.0, "skip");
@@ -259,7 +259,7 @@ TEST_F(ContentCreationTest, ARequestForATemporaryContentStillRewritesTheConfigur
   EXPECT_TRUE(configuration().skipMode());
 }
 
-TEST_F(ContentCreationTest, TheHostHearsNothingOfATemporaryContent) {
+TEST_F(ContentCreationTest, TheDelegateIsNotNotifiedOfATemporaryContent) {
   showAnotherLaunchScreen();
   manager->setDelegate(listener);
   request(3.0);
@@ -268,7 +268,7 @@ TEST_F(ContentCreationTest, TheHostHearsNothingOfATemporaryContent) {
   EXPECT_TRUE(listener->changes.empty());
 }
 
-TEST_F(ContentCreationTest, ASecondTemporaryContentTakesThePlaceOfTheFirst) {
+TEST_F(ContentCreationTest, ASecondTemporaryContentReplacesTheFirst) {
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
   const Weak<LaunchScreenContent> first = manager->tempContent();
@@ -280,7 +280,7 @@ TEST_F(ContentCreationTest, ASecondTemporaryContentTakesThePlaceOfTheFirst) {
 
 // The content view
 
-TEST_F(ContentCreationTest, TheContentViewIsTheMainContentWhateverTheArgument) {
+TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   load(5.0);
   showAnotherLaunchScreen();
   EXPECT_EQ(manager->contentViewForContentData(manager->content()), manager->content());
@@ -288,7 +288,8 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentWhateverTheArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest, AskedForTheTemporaryContentsViewItDropsThatAndAnswersTheMainOne) {
+TEST_F(ContentCreationTest,
+       TheViewOfTheTemporaryContentIsTheMainContentAndReleasesTheTemporaryOne) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
@@ -321,21 +322,21 @@ TEST_F(ContentCreationTest, AskingAgainKeepsTheManagerOnce) {
   EXPECT_EQ(controller()->delegates()->count(), 2u);
 }
 
-TEST_F(ContentCreationTest, EachCallTellsTheControllerToAddTheManager) {
+TEST_F(ContentCreationTest, EachCallAddsTheManagerToTheController) {
   const auto hostController = loadHostController(5.0);
   EXPECT_EQ(hostController->delegate, manager);
   manager->contentViewForContentData(nullptr);
   EXPECT_EQ(hostController->calls, (std::vector<std::string>{"addDelegate", "addDelegate"}));
 }
 
-TEST_F(ContentCreationTest, WithoutAControllerTheViewIsAnsweredAllTheSame) {
+TEST_F(ContentCreationTest, WithoutAControllerTheViewIsTheMainContent) {
   EXPECT_EQ(manager->contentViewForContentData(nullptr), manager->content());
   EXPECT_EQ(manager->content()->viewController(), nullptr);
 }
 
 // Deactivation
 
-TEST_F(ContentCreationTest, DeactivatingDropsBothContentsAndEmptiesTheirControllers) {
+TEST_F(ContentCreationTest, DeactivateReleasesBothContentsAndRemovesAllDelegates) {
   load(5.0);
   const auto shown = controller();
   showAnotherLaunchScreen();
@@ -348,7 +349,7 @@ TEST_F(ContentCreationTest, DeactivatingDropsBothContentsAndEmptiesTheirControll
   EXPECT_EQ(other->delegates()->count(), 0u);
 }
 
-TEST_F(ContentCreationTest, TheMainContentIsDeactivatedAndDroppedBeforeTheTemporaryOne) {
+TEST_F(ContentCreationTest, TheMainContentIsDeactivatedBeforeTheTemporaryOne) {
   const auto main = loadHostController(5.0);
   showAnotherLaunchScreen();
   const auto temporary = loadTemporaryHostController();
@@ -361,14 +362,14 @@ TEST_F(ContentCreationTest, TheMainContentIsDeactivatedAndDroppedBeforeTheTempor
   EXPECT_EQ(temporary->calls, std::vector<std::string>{"deactivate"});
 }
 
-TEST_F(ContentCreationTest, DeactivatingTwiceOrWithoutContentsIsHarmless) {
+TEST_F(ContentCreationTest, DeactivateWithoutContentsDoesNothing) {
   manager->deactivate();
   manager->deactivate();
   EXPECT_EQ(manager->content(), nullptr);
   EXPECT_EQ(manager->contentViewForContentData(nullptr), nullptr);
 }
 
-TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndAnsweredWithNone) {
+TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndReturnsNull) {
   manager->deactivate();
   EXPECT_EQ(request(5.0, "skip"), nullptr);
   EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
@@ -377,16 +378,16 @@ TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndAnsweredWithNone
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ContentCreationTest, AfterDeactivationARequestMayStillGetATemporaryContent) {
+TEST_F(ContentCreationTest, AfterDeactivationARequestCanGetATemporaryContent) {
   manager->deactivate();
   showAnotherLaunchScreen();
   EXPECT_NE(request(5.0), nullptr);
   EXPECT_NE(manager->tempContent(), nullptr);
 }
 
-// From another thread
+// Requests on another thread
 
-TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsControllerExists) {
+TEST_F(ContentCreationTest, OnAnotherThreadTheContentIsReturnedBeforeItsControllerExists) {
   manager->setDelegate(listener);
   Strong<ContentData> data;
   runOnAnotherThread([&] { data = request(5.0); });
@@ -404,7 +405,7 @@ TEST_F(ContentCreationTest, FromAnotherThreadTheContentIsAnsweredBeforeItsContro
   EXPECT_TRUE(listener->changes[0].onMainThread);
 }
 
-TEST_F(ContentCreationTest, FromAnotherThreadARefusedRequestIsAnsweredWithNone) {
+TEST_F(ContentCreationTest, OnAnotherThreadARefusedRequestReturnsNull) {
   Strong<ContentData> data = manager->content();
   runOnAnotherThread([&] { data = request(0.0); });
   EXPECT_EQ(data, nullptr);

@@ -1,4 +1,4 @@
-// The content as the host sees it: presented, dismissed, and passing on what its controller tells.
+// The content as the host sees it: presentation, dismissal and callbacks.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -16,7 +16,7 @@ class ContentPresentationTest : public CoverTest {
            "mode: " +
            std::string(mode);
   }
-  // Gives the content a controller that only notes what it is asked to do.
+  // Gives the content a controller that only records its calls.
   Strong<HostController> takesHostController() {
     auto controller = make<HostController>();
     content->setInternalViewController(controller);
@@ -40,7 +40,7 @@ TEST_F(ContentPresentationTest, TheViewControllerIsTheInternalOne) {
   EXPECT_EQ(content->viewController(), cover);
 }
 
-TEST_F(ContentPresentationTest, ItIsKnownByItsClassName) {
+TEST_F(ContentPresentationTest, ItsClassNameIsLaunchScreenContent) {
   EXPECT_EQ(content->className(), "LaunchScreenContent");
 }
 
@@ -50,7 +50,7 @@ TEST_F(ContentPresentationTest, ItDoesNotRespondToRewardedOrCompletedView) {
   EXPECT_FALSE(respondsTo<&CVPresentation::completedView>(presentation));
 }
 
-TEST_F(ContentPresentationTest, AsADelegateItRespondsToAllThatItsControllerTells) {
+TEST_F(ContentPresentationTest, ItRespondsToAllOperationsOfAControllerDelegate) {
   using Delegate = LaunchScreenViewControllerDelegate;
   const Strong<Delegate> delegate = content;
   EXPECT_TRUE(respondsTo<&Delegate::launchScreenControllerWillPresent>(delegate));
@@ -96,14 +96,14 @@ TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
   EXPECT_TRUE(presented);
 }
 
-TEST_F(ContentPresentationTest, WithoutAControllerPresentingLogsAndDoesNothingElse) {
+TEST_F(ContentPresentationTest, WithoutAControllerPresentOnlyLogs) {
   const auto window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(window, 0);
   EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
   EXPECT_TRUE(window->contentView()->subviews().empty());
 }
 
-TEST_F(ContentPresentationTest, TheWindowMayBeNone) {
+TEST_F(ContentPresentationTest, TheWindowCanBeNull) {
   const auto controller = takesHostController();
   controller->window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(nullptr, 2);
@@ -111,19 +111,19 @@ TEST_F(ContentPresentationTest, TheWindowMayBeNone) {
   EXPECT_EQ(controller->mode, 1);
 }
 
-TEST_F(ContentPresentationTest, TheContentDoesNotKeepTheWindow) {
+TEST_F(ContentPresentationTest, TheContentDoesNotOwnTheWindow) {
   const auto controller = takesHostController();
   Strong<NSWindow> window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(window, 0);
   controller->window = nullptr;
   window->close();
-  const Weak<NSWindow> gone = std::exchange(window, nullptr);
-  EXPECT_TRUE(gone.expired());
+  const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
+  EXPECT_TRUE(weakWindow.expired());
 }
 
 // Dismissing
 
-TEST_F(ContentPresentationTest, DismissingTakesTheCoverDownWithoutAskingAnybody) {
+TEST_F(ContentPresentationTest, DismissRemovesTheCoverWithoutAskingTheDelegates) {
   content->setInternalViewController(cover);
   const auto delegate = addDelegate("first");
   delegate->agrees = false;
@@ -134,19 +134,19 @@ TEST_F(ContentPresentationTest, DismissingTakesTheCoverDownWithoutAskingAnybody)
                                  "viewDidDisappear", "first: did dismiss"}));
 }
 
-TEST_F(ContentPresentationTest, DismissingSendsOneMessageAndLogsNothing) {
+TEST_F(ContentPresentationTest, DismissCallsTheControllerOnceAndLogsNothing) {
   const auto controller = takesHostController();
   content->dismissViewController();
   EXPECT_EQ(controller->calls, Lines{"dismiss"});
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ContentPresentationTest, WithoutAControllerDismissingDoesNothing) {
+TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
   content->dismissViewController();
   EXPECT_TRUE(platform.log.empty());
 }
 
-// What the controller tells is passed on to the host
+// Calls of the controller are forwarded to the host
 
 class ContentForwardingTest : public ContentPresentationTest {
  protected:
@@ -155,13 +155,13 @@ class ContentForwardingTest : public ContentPresentationTest {
   Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
 };
 
-TEST_F(ContentForwardingTest, WillPresentIsPassedOnAsWillAppear) {
+TEST_F(ContentForwardingTest, WillPresentCallsWillAppear) {
   content->launchScreenControllerWillPresent(cover);
   EXPECT_EQ(takeEvents(), Lines{"host: will appear"});
   EXPECT_EQ(host->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, TheQuestionIsPassedOnAndTheHostsAnswerIsTheAnswer) {
+TEST_F(ContentForwardingTest, CanDismissReturnsTheResultOfTheHost) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   host->agrees = false;
   EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
@@ -169,13 +169,13 @@ TEST_F(ContentForwardingTest, TheQuestionIsPassedOnAndTheHostsAnswerIsTheAnswer)
   EXPECT_EQ(host->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, DidDismissIsPassedOnAsDidDisappear) {
+TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
   content->launchScreenControllerDidDismiss(cover);
   EXPECT_EQ(takeEvents(), Lines{"host: did disappear"});
   EXPECT_EQ(host->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
+TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalledAndCanDismissReturnsTrue) {
   host->agrees = false;
   for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
                               HostCall::DidDisappear}) {
@@ -187,7 +187,7 @@ TEST_F(ContentForwardingTest, WhatTheHostLacksIsNotPassedOnAndTheAnswerIsYes) {
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
+TEST_F(ContentForwardingTest, TheContentChecksEachOperationSeparately) {
   host->stopRespondingTo(HostCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -195,7 +195,7 @@ TEST_F(ContentForwardingTest, EachOperationIsAskedForByItself) {
   EXPECT_EQ(takeEvents(), (Lines{"host: will appear", "host: did disappear"}));
 }
 
-TEST_F(ContentForwardingTest, WithoutAHostDelegateNobodyIsToldAndTheAnswerIsYes) {
+TEST_F(ContentForwardingTest, WithoutAHostDelegateCanDismissReturnsTrue) {
   content->setDelegate(nullptr);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -203,14 +203,14 @@ TEST_F(ContentForwardingTest, WithoutAHostDelegateNobodyIsToldAndTheAnswerIsYes)
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, TheHostDelegateIsNotKeptAlive) {
-  const Weak<HostViewDelegate> gone = std::exchange(host, nullptr);
-  EXPECT_TRUE(gone.expired());
+TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
+  const Weak<HostViewDelegate> weakHost = std::exchange(host, nullptr);
+  EXPECT_TRUE(weakHost.expired());
   EXPECT_EQ(content->delegate(), nullptr);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherTheHostDoesNotHearThatItHasGone) {
+TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherDidDisappearIsNotCalled) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
@@ -218,7 +218,7 @@ TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherTheHostDoesNotHea
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, TheControllerGivenIsTheOneThatIsAskedWhatItPresents) {
+TEST_F(ContentForwardingTest, TheControllerArgumentDecidesIfSomethingIsPresented) {
   const auto other = LaunchScreenViewController::init();
   content->setInternalViewController(other);
   other->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
@@ -228,7 +228,7 @@ TEST_F(ContentForwardingTest, TheControllerGivenIsTheOneThatIsAskedWhatItPresent
   EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));
 }
 
-TEST_F(ContentForwardingTest, APresentationRunsThroughTheHostsDelegate) {
+TEST_F(ContentForwardingTest, APresentationCallsTheHostsDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
   EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",

@@ -1,4 +1,4 @@
-// The content takes a request, builds its controller and reports its state.
+// The content stores a request, creates its controller and reports its state.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Tests/Support/CoverFixture.h"
@@ -7,13 +7,13 @@
 namespace vel::test {
 namespace {
 
-/// A content delegate that notes each state it hears of, and what else there was to see then.
+/// A content delegate that records each reported state with the error and the thread.
 class ContentListener final
     : public Class<ContentListener, "ContentListener", NSObject, LaunchScreenContentDelegate> {
  public:
   struct Change {
     ContentDataState state = 0;
-    std::string error;  // empty for none
+    std::string error;  // empty without an error
     bool onMainThread = false;
     bool operator==(const Change&) const = default;
   };
@@ -24,18 +24,18 @@ class ContentListener final
         {data->state(), std::string(send(error, &NSError::domain)), NSThread::isMainThread()});
     lastData = data;
     if (keepsError) {
-      kept = error;
+      ownedError = error;
     }
-    if (whenToldNext) {
-      std::exchange(whenToldNext, nullptr)();
+    if (onNextChange) {
+      std::exchange(onNextChange, nullptr)();
     }
   }
 
   std::vector<Change> changes;
   Weak<ContentData> lastData;
   bool keepsError = false;
-  Strong<NSError> kept;
-  std::function<void()> whenToldNext;
+  Strong<NSError> ownedError;
+  std::function<void()> onNextChange;
 };
 
 /// A content delegate that does not respond to any operation. It counts calls nevertheless.
@@ -66,7 +66,7 @@ class ContentStateTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-TEST_F(ContentStateTest, AFreshContentHasStateZeroAndNothingElse) {
+TEST_F(ContentStateTest, ANewContentHasStateZeroAndNothingElse) {
   const auto fresh = LaunchScreenContent::init();
   EXPECT_EQ(fresh->state(), 0u);
   EXPECT_EQ(fresh->request(), nullptr);
@@ -83,7 +83,7 @@ TEST_F(ContentStateTest, TheStatesHaveTheirValues) {
 
 // On the main thread
 
-TEST_F(ContentStateTest, ARequestMakesAControllerThatHasTheContentAsDelegateAndIsLoaded) {
+TEST_F(ContentStateTest, ARequestCreatesAControllerWithTheContentAsDelegateAndIsLoaded) {
   content->setContentRequest(request());
   const auto controller = as<LaunchScreenViewController>(content->internalViewController());
   ASSERT_NE(controller, nullptr);
@@ -95,16 +95,16 @@ TEST_F(ContentStateTest, ARequestMakesAControllerThatHasTheContentAsDelegateAndI
   EXPECT_EQ(listener->lastData.lock(), content);
 }
 
-TEST_F(ContentStateTest, TheRequestIsKeptAndAnswered) {
-  Strong<ContentRequest> asked = request();
-  content->setContentRequest(asked);
-  EXPECT_EQ(content->request(), asked);
-  EXPECT_EQ(content->contentRequest(), asked);
-  const Weak<ContentRequest> kept = std::exchange(asked, nullptr);
-  EXPECT_FALSE(kept.expired());
+TEST_F(ContentStateTest, TheContentOwnsAndReturnsItsRequest) {
+  Strong<ContentRequest> sentRequest = request();
+  content->setContentRequest(sentRequest);
+  EXPECT_EQ(content->request(), sentRequest);
+  EXPECT_EQ(content->contentRequest(), sentRequest);
+  const Weak<ContentRequest> weakRequest = std::exchange(sentRequest, nullptr);
+  EXPECT_FALSE(weakRequest.expired());
 }
 
-TEST_F(ContentStateTest, ARequestWithoutParametersFailsWithItsErrorAndMakesNoController) {
+TEST_F(ContentStateTest, ARequestWithoutParametersFailsWithAnErrorAndCreatesNoController) {
   content->setContentRequest(requestWithoutParameters());
   EXPECT_EQ(content->state(), ContentDataStateFailed);
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -115,13 +115,13 @@ TEST_F(ContentStateTest, ARequestWithoutParametersFailsWithItsErrorAndMakesNoCon
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
 }
 
-TEST_F(ContentStateTest, NoRequestAtAllFailsLikeOneWithoutParameters) {
+TEST_F(ContentStateTest, ANullRequestFailsLikeARequestWithoutParameters) {
   content->setContentRequest(nullptr);
   EXPECT_EQ(content->request(), nullptr);
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
 }
 
-TEST_F(ContentStateTest, ARefusedControllerFailsWithItsError) {
+TEST_F(ContentStateTest, WithoutAControllerTheContentFailsWithAnError) {
   configuration().setExpirationTimeInterval(0);
   content->setContentRequest(request());
   EXPECT_EQ(content->state(), ContentDataStateFailed);
@@ -140,7 +140,7 @@ TEST_F(ContentStateTest, NoFailureIsLogged) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ContentStateTest, ALaterRequestStartsAgainWithAControllerOfItsOwn) {
+TEST_F(ContentStateTest, EachRequestGetsANewController) {
   content->setContentRequest(request());
   const auto first = content->internalViewController();
   content->setContentRequest(request());
@@ -149,7 +149,7 @@ TEST_F(ContentStateTest, ALaterRequestStartsAgainWithAControllerOfItsOwn) {
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
 }
 
-TEST_F(ContentStateTest, LaterRequestsMoveTheStateFromLoadedToFailedAndBack) {
+TEST_F(ContentStateTest, RequestsCanChangeTheStateFromLoadedToFailedAndBack) {
   content->setContentRequest(request());
   content->setContentRequest(requestWithoutParameters());
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -158,9 +158,9 @@ TEST_F(ContentStateTest, LaterRequestsMoveTheStateFromLoadedToFailedAndBack) {
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {4, kNoParameters, true}, {3, "", true}}));
 }
 
-// A controller of the host's own
+// A controller that the host supplies
 
-TEST_F(ContentStateTest, AConfiguredControllerIsTakenAsItIsWithoutAStateOrADelegate) {
+TEST_F(ContentStateTest, AConfiguredControllerIsUsedWithoutChangingTheStateOrAddingADelegate) {
   const auto configured = make<HostController>();
   configuration().setViewController(configured);
   content->setContentRequest(request());
@@ -171,7 +171,7 @@ TEST_F(ContentStateTest, AConfiguredControllerIsTakenAsItIsWithoutAStateOrADeleg
   EXPECT_TRUE(listener->changes.empty());
 }
 
-TEST_F(ContentStateTest, AConfiguredControllerLeavesTheStateOfBeforeAndClearsTheError) {
+TEST_F(ContentStateTest, AConfiguredControllerKeepsThePreviousStateAndClearsTheError) {
   content->setContentRequest(requestWithoutParameters());
   configuration().setViewController(make<HostController>());
   content->setContentRequest(request());
@@ -180,7 +180,7 @@ TEST_F(ContentStateTest, AConfiguredControllerLeavesTheStateOfBeforeAndClearsThe
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
-TEST_F(ContentStateTest, AConfiguredControllerIsNotLookedAtForARequestWithoutParameters) {
+TEST_F(ContentStateTest, ARequestWithoutParametersIgnoresAConfiguredController) {
   configuration().setViewController(make<HostController>());
   content->setContentRequest(requestWithoutParameters());
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -197,9 +197,9 @@ TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
   EXPECT_TRUE(listener->changes.empty());
 }
 
-// Off the main thread
+// On another thread
 
-TEST_F(ContentStateTest, OffTheMainThreadTheCallerReturnsBeforeTheControllerIsMade) {
+TEST_F(ContentStateTest, OnAnotherThreadTheCallReturnsBeforeTheControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   EXPECT_EQ(content->state(), 0u);
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -209,25 +209,26 @@ TEST_F(ContentStateTest, OffTheMainThreadTheCallerReturnsBeforeTheControllerIsMa
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}}));
 }
 
-TEST_F(ContentStateTest, OffTheMainThreadARequestWithoutParametersFailsAtOnceOnThatThread) {
+TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThread) {
   listener->keepsError = true;
   runOnAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, false}}));
-  EXPECT_EQ(content->error(), listener->kept);
+  EXPECT_EQ(content->error(), listener->ownedError);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsMade) {
+TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   const Weak<LaunchScreenContent> waiting = std::exchange(content, LaunchScreenContent::init());
   EXPECT_FALSE(waiting.expired());
-  configuration().setExpirationTimeInterval(0);  // so that no controller keeps it afterwards
+  configuration().setExpirationTimeInterval(
+      0);  // so that no controller owns the content afterwards
   platform.runDueWork();
   EXPECT_TRUE(waiting.expired());
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
 }
 
-TEST_F(ContentStateTest, TheIntervalThatCountsIsTheOneWhenTheControllerIsMade) {
+TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   configuration().setExpirationTimeInterval(1);
@@ -235,13 +236,13 @@ TEST_F(ContentStateTest, TheIntervalThatCountsIsTheOneWhenTheControllerIsMade) {
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, WhereTheSecondOfTwoWaitingRequestsGetsNoControllerTheFirstOnesServes) {
+TEST_F(ContentStateTest, IfTheSecondOfTwoQueuedRequestsGetsNoControllerTheFirstOneIsKept) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
   });
   Strong<LaunchScreenViewControllerProtocol> first;
-  listener->whenToldNext = [&] {
+  listener->onNextChange = [&] {
     first = content->internalViewController();
     configuration().setExpirationTimeInterval(0);
   };
@@ -253,9 +254,9 @@ TEST_F(ContentStateTest, WhereTheSecondOfTwoWaitingRequestsGetsNoControllerTheFi
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
 }
 
-// The state's setter
+// setState
 
-TEST_F(ContentStateTest, TheSameStateTwiceIsToldTwice) {
+TEST_F(ContentStateTest, SettingTheSameStateTwiceNotifiesTwice) {
   content->setState(7);
   content->setState(7);
   EXPECT_EQ(content->state(), 7u);
@@ -270,17 +271,17 @@ TEST_F(ContentStateTest, AContentDelegateThatDoesNotRespondIsNotNotified) {
   EXPECT_EQ(silent->calls, 0);
 }
 
-TEST_F(ContentStateTest, TheContentDelegateIsNotKeptAlive) {
-  const Weak<ContentListener> gone = std::exchange(listener, nullptr);
-  EXPECT_TRUE(gone.expired());
+TEST_F(ContentStateTest, TheContentDoesNotOwnItsContentDelegate) {
+  const Weak<ContentListener> weakListener = std::exchange(listener, nullptr);
+  EXPECT_TRUE(weakListener.expired());
   EXPECT_EQ(content->contentDelegate(), nullptr);
   content->setState(7);
   EXPECT_EQ(content->state(), 7u);
 }
 
-// The error's life
+// The lifetime of the error
 
-TEST_F(ContentStateTest, AnErrorNobodyKeepsIsGoneAfterThePassOfTheRunLoop) {
+TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAfterThePass) {
   content->setContentRequest(requestWithoutParameters());
   EXPECT_NE(content->error(), nullptr);
   platform.run(0.1);
@@ -288,7 +289,7 @@ TEST_F(ContentStateTest, AnErrorNobodyKeepsIsGoneAfterThePassOfTheRunLoop) {
   EXPECT_EQ(content->state(), ContentDataStateFailed);
 }
 
-TEST_F(ContentStateTest, AnErrorMadeInAPassLivesUntilItsEnd) {
+TEST_F(ContentStateTest, AnErrorOfAPassLivesUntilTheEndOfThePass) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   std::string later;
@@ -299,15 +300,15 @@ TEST_F(ContentStateTest, AnErrorMadeInAPassLivesUntilItsEnd) {
   EXPECT_EQ(content->error(), nullptr);
 }
 
-TEST_F(ContentStateTest, AnErrorThatItsReaderKeepsStays) {
+TEST_F(ContentStateTest, AnErrorThatAReaderOwnsStays) {
   listener->keepsError = true;
   content->setContentRequest(requestWithoutParameters());
   platform.run(0.1);
   ASSERT_NE(content->error(), nullptr);
-  EXPECT_EQ(content->error(), listener->kept);
+  EXPECT_EQ(content->error(), listener->ownedError);
 }
 
-TEST_F(ContentStateTest, AnErrorThatIsSetIsNotKeptAlive) {
+TEST_F(ContentStateTest, TheContentDoesNotOwnAnErrorThatIsSet) {
   auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
   content->setInternalError(error);
   EXPECT_EQ(content->error(), error);
@@ -318,11 +319,11 @@ TEST_F(ContentStateTest, AnErrorThatIsSetIsNotKeptAlive) {
 
 // Deactivation
 
-TEST_F(ContentStateTest, DeactivationDropsControllerAndErrorAndKeepsStateRequestAndDelegates) {
-  const auto asked = request();
+TEST_F(ContentStateTest, DeactivateReleasesControllerAndErrorAndKeepsStateRequestAndDelegates) {
+  const auto sentRequest = request();
   const auto host = make<HostViewDelegate>("host", journal);
   const auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
-  content->setContentRequest(asked);
+  content->setContentRequest(sentRequest);
   content->setDelegate(host);
   content->setInternalError(error);
   listener->changes.clear();
@@ -331,13 +332,13 @@ TEST_F(ContentStateTest, DeactivationDropsControllerAndErrorAndKeepsStateRequest
   EXPECT_EQ(content->internalViewController(), nullptr);
   EXPECT_EQ(content->error(), nullptr);
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
-  EXPECT_EQ(content->request(), asked);
+  EXPECT_EQ(content->request(), sentRequest);
   EXPECT_EQ(content->delegate(), host);
   EXPECT_EQ(content->contentDelegate(), listener);
   EXPECT_TRUE(listener->changes.empty());
 }
 
-TEST_F(ContentStateTest, DeactivationMakesTheControllerForgetItsDelegates) {
+TEST_F(ContentStateTest, DeactivateRemovesTheDelegatesOfTheController) {
   content->setContentRequest(request());
   const auto controller = as<LaunchScreenViewController>(content->internalViewController());
   controller->addDelegate(make<CoverDelegate>("other", journal));
@@ -345,7 +346,7 @@ TEST_F(ContentStateTest, DeactivationMakesTheControllerForgetItsDelegates) {
   EXPECT_EQ(controller->delegates()->count(), 0u);
 }
 
-TEST_F(ContentStateTest, DeactivationTellsAConfiguredControllerToo) {
+TEST_F(ContentStateTest, DeactivateAlsoDeactivatesAConfiguredController) {
   const auto configured = make<HostController>();
   configuration().setViewController(configured);
   content->setContentRequest(request());
@@ -353,7 +354,7 @@ TEST_F(ContentStateTest, DeactivationTellsAConfiguredControllerToo) {
   EXPECT_EQ(configured->calls, Lines{"deactivate"});
 }
 
-TEST_F(ContentStateTest, DeactivationWithoutAControllerAndASecondOneDoNothing) {
+TEST_F(ContentStateTest, DeactivateWithoutAControllerDoesNothing) {
   content->deactivate();
   content->deactivate();
   EXPECT_EQ(content->state(), 0u);

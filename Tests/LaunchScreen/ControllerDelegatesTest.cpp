@@ -1,4 +1,4 @@
-// The cover's controller: how it is made, and its delegates.
+// The creation of the cover's controller, and its delegates.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -16,7 +16,7 @@ class ControllerCreationTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerCreationTest, IsRefusedWithoutALogLineWhileTheIntervalIsNotPositive) {
+TEST_F(ControllerCreationTest, IsNotCreatedAndLogsNothingIfTheIntervalIsNotPositive) {
   EXPECT_EQ(madeWithInterval(0), nullptr);
   EXPECT_EQ(madeWithInterval(-0.0), nullptr);
   EXPECT_EQ(madeWithInterval(-1), nullptr);
@@ -25,17 +25,17 @@ TEST_F(ControllerCreationTest, IsRefusedWithoutALogLineWhileTheIntervalIsNotPosi
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ControllerCreationTest, IsMadeForAnyPositiveInterval) {
+TEST_F(ControllerCreationTest, IsCreatedForAnyPositiveInterval) {
   EXPECT_NE(madeWithInterval(0.1), nullptr);
   EXPECT_NE(madeWithInterval(Limits::denorm_min()), nullptr);
   EXPECT_NE(madeWithInterval(Limits::infinity()), nullptr);
 }
 
-TEST_F(ControllerCreationTest, IsMadeForAnIntervalThatIsNotANumber) {
+TEST_F(ControllerCreationTest, IsCreatedForAnIntervalOfNaN) {
   EXPECT_NE(madeWithInterval(Limits::quiet_NaN()), nullptr);
 }
 
-TEST_F(ControllerCreationTest, ReadsTheConfigurationThatIsTheDefaultNow) {
+TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   EXPECT_EQ(LaunchScreenViewController::init(), nullptr);
 }
@@ -49,12 +49,12 @@ TEST_F(ControllerCreationTest, StartsEmbeddedWithoutWindowSavedStyleIndicatorOrD
   EXPECT_EQ(controller->delegates(), nullptr);
 }
 
-TEST_F(ControllerCreationTest, ComesFromTheBundleOfItsClass) {
+TEST_F(ControllerCreationTest, BelongsToTheBundleOfItsClass) {
   ASSERT_NE(cover->nibBundle(), nullptr);
   EXPECT_EQ(cover->nibBundle()->principalClass(), "LaunchScreenViewController");
 }
 
-TEST_F(ControllerCreationTest, MakesAPlainEmptyViewWhenFirstAsked) {
+TEST_F(ControllerCreationTest, CreatesAnEmptyViewOnFirstUse) {
   EXPECT_FALSE(cover->isViewLoaded());
   EXPECT_EQ(cover->view()->className(), "NSView");
   EXPECT_TRUE(cover->view()->subviews().empty());
@@ -62,11 +62,11 @@ TEST_F(ControllerCreationTest, MakesAPlainEmptyViewWhenFirstAsked) {
   EXPECT_EQ(cover->view()->viewController(), cover);
 }
 
-TEST_F(ControllerCreationTest, IsKnownByItsClassName) {
+TEST_F(ControllerCreationTest, HasTheClassNameLaunchScreenViewController) {
   EXPECT_EQ(cover->className(), "LaunchScreenViewController");
 }
 
-/// A delegate that is equal to any other of the same name.
+/// A delegate that equals every other delegate with the same name.
 class DelegateByName final
     : public Class<DelegateByName, "DelegateByName", NSObject, LaunchScreenViewControllerDelegate> {
  public:
@@ -82,7 +82,7 @@ class DelegateByName final
 
 using ControllerDelegatesTest = CoverTest;
 
-TEST_F(ControllerDelegatesTest, AddingNoneMakesAnEmptyArray) {
+TEST_F(ControllerDelegatesTest, AddingNullCreatesAnEmptyArray) {
   cover->addDelegate(nullptr);
   ASSERT_NE(cover->delegates(), nullptr);
   EXPECT_EQ(cover->delegates()->count(), 0u);
@@ -98,13 +98,13 @@ TEST_F(ControllerDelegatesTest, AreHeldInTheOrderInWhichTheyWereAdded) {
   EXPECT_EQ(array->objectAtIndex(1), second);
 }
 
-TEST_F(ControllerDelegatesTest, TheSameAddedTwiceIsHeldOnce) {
+TEST_F(ControllerDelegatesTest, ADelegateAddedTwiceIsStoredOnce) {
   const auto delegate = addDelegate("first");
   cover->addDelegate(delegate);
   EXPECT_EQ(cover->delegates()->count(), 1u);
 }
 
-TEST_F(ControllerDelegatesTest, AnEqualOneIsNotAddedBesideTheFirst) {
+TEST_F(ControllerDelegatesTest, AnEqualDelegateIsNotAdded) {
   const auto first = make<DelegateByName>(1);
   cover->addDelegate(first);
   cover->addDelegate(make<DelegateByName>(1));
@@ -113,7 +113,7 @@ TEST_F(ControllerDelegatesTest, AnEqualOneIsNotAddedBesideTheFirst) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), first);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingAnEqualOneRemovesTheOneHeld) {
+TEST_F(ControllerDelegatesTest, RemovingAnEqualDelegateRemovesTheFirst) {
   cover->addDelegate(make<DelegateByName>(1));
   const auto second = make<DelegateByName>(2);
   cover->addDelegate(second);
@@ -122,7 +122,7 @@ TEST_F(ControllerDelegatesTest, RemovingAnEqualOneRemovesTheOneHeld) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), second);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingKeepsTheOthersInTheirOrder) {
+TEST_F(ControllerDelegatesTest, RemovingOneKeepsTheOrderOfTheOthers) {
   const auto first = addDelegate("first");
   const auto second = addDelegate("second");
   const auto third = addDelegate("third");
@@ -132,7 +132,7 @@ TEST_F(ControllerDelegatesTest, RemovingKeepsTheOthersInTheirOrder) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(1), third);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingOneThatIsNotHeldChangesNothing) {
+TEST_F(ControllerDelegatesTest, RemovingAnUnknownDelegateChangesNothing) {
   const auto delegate = addDelegate("first");
   cover->removeDelegate(make<CoverDelegate>("second", journal));
   cover->removeDelegate(nullptr);
@@ -140,20 +140,20 @@ TEST_F(ControllerDelegatesTest, RemovingOneThatIsNotHeldChangesNothing) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), delegate);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingAndForgettingMakeNoArray) {
+TEST_F(ControllerDelegatesTest, RemoveAndDeactivateCreateNoArray) {
   cover->removeDelegate(make<CoverDelegate>("first", journal));
   cover->deactivate();
   EXPECT_EQ(cover->delegates(), nullptr);
 }
 
-TEST_F(ControllerDelegatesTest, AreKeptAliveAndLetGoWhenForgotten) {
+TEST_F(ControllerDelegatesTest, AreOwnedUntilTheyAreRemoved) {
   const Weak<CoverDelegate> delegate = addDelegate("first");
   EXPECT_FALSE(delegate.expired());
   cover->deactivate();
   EXPECT_TRUE(delegate.expired());
 }
 
-TEST_F(ControllerDelegatesTest, DeactivationForgetsAllAndKeepsTheArray) {
+TEST_F(ControllerDelegatesTest, DeactivateRemovesAllAndKeepsTheArray) {
   addDelegate("first");
   addDelegate("second");
   const auto array = cover->delegates();
@@ -170,7 +170,7 @@ TEST_F(ControllerDelegatesTest, DestructionDeactivates) {
   EXPECT_EQ(array->count(), 0u);
 }
 
-TEST_F(ControllerDelegatesTest, AreToldThatTheViewHasGoneInTheOrderInWhichTheyWereAdded) {
+TEST_F(ControllerDelegatesTest, AreNotifiedInTheOrderInWhichTheyWereAdded) {
   const auto first = addDelegate("first");
   const auto second = addDelegate("second");
   cover->viewDidDisappear();
@@ -179,7 +179,7 @@ TEST_F(ControllerDelegatesTest, AreToldThatTheViewHasGoneInTheOrderInWhichTheyWe
   EXPECT_EQ(second->lastController.lock(), cover);
 }
 
-TEST_F(ControllerDelegatesTest, OneThatLacksTheOperationIsSkipped) {
+TEST_F(ControllerDelegatesTest, ADelegateThatLacksTheOperationIsSkipped) {
   addDelegate("first")->stopRespondingTo(CoverCall::DidDismiss);
   addDelegate("second")->stopRespondingTo(CoverCall::WillPresent);
   cover->viewWillAppear();
@@ -188,13 +188,13 @@ TEST_F(ControllerDelegatesTest, OneThatLacksTheOperationIsSkipped) {
                                  "viewDidDisappear", "second: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, NobodyIsToldWithoutAnArray) {
+TEST_F(ControllerDelegatesTest, WithoutAnArrayNoDelegateIsNotified) {
   cover->viewWillAppear();
   cover->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "viewDidDisappear"}));
 }
 
-TEST_F(ControllerDelegatesTest, NobodyIsToldAfterDeactivationUntilOneIsAddedAgain) {
+TEST_F(ControllerDelegatesTest, AfterDeactivateOnlyNewDelegatesAreNotified) {
   const auto delegate = addDelegate("first");
   cover->deactivate();
   cover->viewDidDisappear();
@@ -204,14 +204,14 @@ TEST_F(ControllerDelegatesTest, NobodyIsToldAfterDeactivationUntilOneIsAddedAgai
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, AddingOneWhileToldRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest, AddingOneDuringANotificationRaisesTheMutationError) {
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, RemovingOneWhileToldRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest, RemovingOneDuringANotificationRaisesTheMutationError) {
   const auto first = addDelegate("first");
   addDelegate("second");
   first->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(first); });
@@ -219,18 +219,18 @@ TEST_F(ControllerDelegatesTest, RemovingOneWhileToldRaisesTheMutationError) {
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present"}));
 }
 
-TEST_F(ControllerDelegatesTest, AChangeWhileTheLastOneIsToldRaisesTheMutationErrorToo) {
+TEST_F(ControllerDelegatesTest, AChangeDuringTheLastNotificationAlsoRaisesTheMutationError) {
   const auto only = addDelegate("only");
   only->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(only); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
-TEST_F(ControllerDelegatesTest, DeactivationWhileToldRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest, DeactivateDuringANotificationRaisesTheMutationError) {
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { cover->deactivate(); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
-TEST_F(ControllerDelegatesTest, WhatLeavesTheListAsItIsMayBeDoneWhileTold) {
+TEST_F(ControllerDelegatesTest, CallsThatDoNotChangeTheListAreAllowedDuringANotification) {
   const auto first = addDelegate("first");
   addDelegate("second");
   first->onNext(CoverCall::DidDismiss, [&] {
@@ -241,15 +241,14 @@ TEST_F(ControllerDelegatesTest, WhatLeavesTheListAsItIsMayBeDoneWhileTold) {
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
 }
 
-// What is left out
+// Operations that a delegate does not implement
 
-/// Adopts what the library tells, and has none of its operations.
+/// A delegate that implements no operation.
 class SilentDelegate final
     : public Class<SilentDelegate, "SilentDelegate", NSObject, LaunchScreenViewControllerDelegate,
                    LaunchScreenContentDelegate> {};
 
-TEST_F(ControllerDelegatesTest,
-       AnOperationLeftOutAgreesToNothingAndDoesNothingWhenCalledAllTheSame) {
+TEST_F(ControllerDelegatesTest, AnOperationThatIsNotImplementedDoesNothingAndReturnsFalse) {
   const auto silent = make<SilentDelegate>();
   cover->addDelegate(silent);
   silent->launchScreenControllerWillPresent(cover);

@@ -1,4 +1,4 @@
-// The cover's controller is taken down, without asking anybody.
+// The cover's controller is dismissed without asking its delegates.
 #include <limits>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -42,7 +42,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, WhatIsClosedIsTheWindowThatShowsTheViewWhicheverThatIs) {
+TEST_F(ControllerDismissTest, TheWindowThatShowsTheViewIsClosed) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->setPresentationMode(LaunchScreenPresentationSheet);
@@ -50,7 +50,7 @@ TEST_F(ControllerDismissTest, WhatIsClosedIsTheWindowThatShowsTheViewWhicheverTh
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, WithoutAWindowThereIsNothingToClose) {
+TEST_F(ControllerDismissTest, WithoutAWindowNothingIsClosed) {
   const auto window = openPlayerWindow();
   addDelegate("first");
   takeEvents();
@@ -79,7 +79,7 @@ TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
 
 // Embedded without a parent
 
-TEST_F(ControllerDismissTest, ATrackedCoverTellsItsDelegatesAtOnceAndStaysOnScreen) {
+TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesAtOnceAndStaysOnScreen) {
   const auto window = openPlayerWindow();
   embed(window);
   const auto first = addDelegate("first");
@@ -90,7 +90,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverTellsItsDelegatesAtOnceAndStaysOnScre
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownExactlyOneSecondLater) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondLater) {
   const auto window = openPlayerWindow();
   embed(window);
   addDelegate("first");
@@ -107,7 +107,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownExactlyOneSecondLater) {
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownInEveryModeOfTheRunLoop) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedInEveryModeOfTheRunLoop) {
   for (const NSRunLoopMode mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
     embed(openPlayerWindow());
     cover->dismiss();
@@ -117,7 +117,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsTakenDownInEveryModeOfTheRunLoop) {
   }
 }
 
-TEST_F(ControllerDismissTest, TakenDownATrackedCoverLeavesItsParentToo) {
+TEST_F(ControllerDismissTest, ARemovedTrackedCoverAlsoLeavesItsParent) {
   embed(openPlayerWindow());
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(cover);
@@ -127,7 +127,7 @@ TEST_F(ControllerDismissTest, TakenDownATrackedCoverLeavesItsParentToo) {
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, DismissingDoesNotGiveTheStyleBackItself) {
+TEST_F(ControllerDismissTest, DismissDoesNotRestoreTheStyle) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -138,7 +138,7 @@ TEST_F(ControllerDismissTest, DismissingDoesNotGiveTheStyleBackItself) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(ControllerDismissTest, AnyEmbeddedControllerTakesDownTheTrackedOne) {
+TEST_F(ControllerDismissTest, EveryEmbeddedControllerRemovesTheTrackedCover) {
   embed(openPlayerWindow());
   const auto first = addDelegate("first");
   const auto other = LaunchScreenViewController::init();
@@ -151,7 +151,7 @@ TEST_F(ControllerDismissTest, AnyEmbeddedControllerTakesDownTheTrackedOne) {
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, WhatIsTakenDownIsWhatIsTrackedByThen) {
+TEST_F(ControllerDismissTest, TheCoverThatIsTrackedAfterOneSecondIsRemoved) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -164,7 +164,7 @@ TEST_F(ControllerDismissTest, WhatIsTakenDownIsWhatIsTrackedByThen) {
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, TwiceWithinTheSecondTheDelegatesAreToldTwice) {
+TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   embed(openPlayerWindow());
   addDelegate("first");
   cover->dismiss();
@@ -179,24 +179,24 @@ TEST_F(ControllerDismissTest, TwiceWithinTheSecondTheDelegatesAreToldTwice) {
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, AControllerThatLosesItsPlaceWhileItTellsLivesUntilAllAreTold) {
+TEST_F(ControllerDismissTest, AReplacedControllerLivesUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
   const auto second = LaunchScreenViewController::init();
   const auto elsewhere = openWindow("PlayerWindow");
   addDelegate("first")->onNext(CoverCall::DidDismiss,
                                [&] { second->presentForWindowWithPresentationMode(elsewhere, 0); });
   const auto last = addDelegate("last");
-  const Weak<LaunchScreenViewController> told = std::exchange(cover, nullptr);
+  const Weak<LaunchScreenViewController> weakCover = std::exchange(cover, nullptr);
   takeEvents();
   second->dismiss();
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
-  EXPECT_TRUE(told.expired());
+  EXPECT_TRUE(weakCover.expired());
   EXPECT_TRUE(isTrackedCover(elsewhere->contentView(), second));
 }
 
 // Embedded, and not fully tracked
 
-TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItTellsAtOnceAndStaysTracked) {
+TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItNotifiesAtOnceAndStaysTracked) {
   embed(nullptr);
   const auto first = addDelegate("first");
   cover->dismiss();
@@ -206,7 +206,7 @@ TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItTellsAtOnceAndStaysTracked
   EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
-TEST_F(ControllerDismissTest, WithAnyReferenceMissingTheViewGoesAtOnceAndTheRestStaysTracked) {
+TEST_F(ControllerDismissTest, IfAReferenceIsNullTheViewIsRemovedAtOnceAndTheOthersStay) {
   const auto window = openPlayerWindow();
   embed(window);
   embedded_cover::selfView = nullptr;
@@ -229,19 +229,19 @@ TEST_F(ControllerDismissTest, WithAnyReferenceMissingTheViewGoesAtOnceAndTheRest
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceTheDelegatesHearOfItTwice) {
+TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceItNotifiesTwice) {
   embed(openPlayerWindow());
   embedded_cover::superView = nullptr;
   addDelegate("first");
   addDelegate("second")->stopRespondingTo(CoverCall::DidDismiss);
   cover->dismiss();
   EXPECT_EQ(takeEvents(),
-            (Lines{"viewWillDisappear", "style 15",           // the platform takes it off
-                   "viewDidDisappear", "first: did dismiss",  // and the last step tells
-                   "first: did dismiss"}));                   // and so does the dismissal
+            (Lines{"viewWillDisappear", "style 15",           // the platform removes the view
+                   "viewDidDisappear", "first: did dismiss",  // the last step notifies
+                   "first: did dismiss"}));                   // the dismissal notifies again
 }
 
-TEST_F(ControllerDismissTest, ADelegateThatChangesTheListWhileToldRaisesTheMutationError) {
+TEST_F(ControllerDismissTest, ADelegateThatChangesTheListRaisesTheMutationError) {
   embed(nullptr);
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
@@ -251,7 +251,7 @@ TEST_F(ControllerDismissTest, ADelegateThatChangesTheListWhileToldRaisesTheMutat
 
 // Embedded under a content view controller
 
-TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildGoAtOnce) {
+TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildAreRemovedAtOnce) {
   const auto window = openPlayerWindowWithContentViewController();
   embed(window);
   addDelegate("first");
@@ -264,9 +264,9 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildGoAtOnce) {
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, UnderAParentTheDismissalItselfTellsNobody) {
+TEST_F(ControllerDismissTest, UnderAParentDismissDoesNotNotifyTheDelegates) {
   const auto window = openPlayerWindowWithContentViewController();
-  window->close();  // so that the platform has no step to send
+  window->close();  // so that the platform sends no life-cycle step
   embed(window);
   addDelegate("first");
   cover->dismiss();
@@ -275,7 +275,7 @@ TEST_F(ControllerDismissTest, UnderAParentTheDismissalItselfTellsNobody) {
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, WithoutAContentViewControllerAParentIsKept) {
+TEST_F(ControllerDismissTest, WithoutAContentViewControllerTheParentStays) {
   embed(nullptr);
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(cover);

@@ -20,9 +20,9 @@ class ControllerGuardedDismissTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
 
-// Who is asked, and what counts
+// The question to the delegates
 
-TEST_F(ControllerGuardedDismissTest, YesAndNoBlockTheDismissalAndBothAreAskedInTheirOrder) {
+TEST_F(ControllerGuardedDismissTest, OneRefusalBlocksTheDismissalAndBothAreAskedInOrder) {
   present(kEmbedded);
   addDelegate("first");
   addDelegate("second")->agrees = false;
@@ -31,7 +31,7 @@ TEST_F(ControllerGuardedDismissTest, YesAndNoBlockTheDismissalAndBothAreAskedInT
   EXPECT_TRUE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, AllAreAskedEvenAfterANo) {
+TEST_F(ControllerGuardedDismissTest, AllAreAskedEvenIfTheFirstRefuses) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
   addDelegate("second");
@@ -54,7 +54,7 @@ TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateIsAskedWithTheControllerThatIsToGo) {
+TEST_F(ControllerGuardedDismissTest, TheArgumentOfTheQuestionIsTheController) {
   present(kModalWindow);
   const auto first = addDelegate("first");
   first->agrees = false;
@@ -62,7 +62,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateIsAskedWithTheControllerThatIsToGo
   EXPECT_EQ(first->lastController.lock(), cover);
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
+TEST_F(ControllerGuardedDismissTest, ADelegateThatLacksTheOperationAgrees) {
   present(kEmbedded);
   const auto first = addDelegate("first");
   first->stopRespondingTo(CoverCall::CanDismiss);
@@ -72,29 +72,29 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatCannotBeAskedDoesNotBlock) {
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayItGoesAhead) {
+TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayItDismisses) {
   present(kEmbedded);
   cover->dismissViewController(cover);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItGoesAhead) {
+TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItDismisses) {
   present(kEmbedded);
   cover->addDelegate(nullptr);
   cover->dismissViewController(cover);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListWhileAskedRaisesTheMutationError) {
+TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListRaisesTheMutationError) {
   present(kEmbedded);
   addDelegate("first")->onNext(CoverCall::CanDismiss, [this] { cover->deactivate(); });
   EXPECT_THROW(cover->dismissViewController(cover), NSCollectionMutatedError);
   EXPECT_TRUE(isShown());
 }
 
-// What then happens
+// The dismissal after all delegates have agreed
 
-TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentTheStyleIsGivenBackThenTheCoverGoes) {
+TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentItRestoresTheStyleThenRemovesTheCover) {
   present(kEmbedded);
   addDelegate("first");
   cover->dismissViewController(cover);
@@ -104,7 +104,8 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentTheStyleIsGivenBackThen
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest, EmbeddedWithoutAParentTheStyleIsGivenBackASecondEarlier) {
+TEST_F(ControllerGuardedDismissTest,
+       EmbeddedWithoutAParentItRestoresTheStyleASecondBeforeTheRemoval) {
   window = openPlayerWindow();
   present(kEmbedded);
   addDelegate("first");
@@ -117,7 +118,7 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedWithoutAParentTheStyleIsGivenBackAS
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, EmbeddedItDismissesItselfWhicheverControllerIsGiven) {
+TEST_F(ControllerGuardedDismissTest, EmbeddedItDismissesItselfForEveryArgument) {
   present(kEmbedded);
   const auto other = make<NamedViewController>("Other");
   window->contentViewController()->presentViewControllerAsSheet(other);
@@ -129,7 +130,7 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedItDismissesItselfWhicheverControlle
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, AModalWindowIsTakenDownByThePlatform) {
+TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesAModalWindow) {
   present(kModalWindow);
   addDelegate("first");
   cover->dismissViewController(cover);
@@ -138,7 +139,7 @@ TEST_F(ControllerGuardedDismissTest, AModalWindowIsTakenDownByThePlatform) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest, ASheetIsTakenDownByThePlatform) {
+TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
   present(kSheet);
   addDelegate("first");
   cover->dismissViewController(cover);
@@ -147,7 +148,7 @@ TEST_F(ControllerGuardedDismissTest, ASheetIsTakenDownByThePlatform) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheControllerGivenIsTheOneThatGoes) {
+TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheArgumentIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
     const auto other = make<NamedViewController>("Other");
@@ -162,7 +163,7 @@ TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheControllerGivenIsTheO
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, InAnyOtherModeItIsLeftToThePlatform) {
+TEST_F(ControllerGuardedDismissTest, InAnyOtherModeThePlatformDismisses) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
     const auto other = make<NamedViewController>("Other");
@@ -174,7 +175,7 @@ TEST_F(ControllerGuardedDismissTest, InAnyOtherModeItIsLeftToThePlatform) {
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeNoStyleIsGivenBack) {
+TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeNoStyleIsRestored) {
   present(kModalWindow);
   cover->setAppWindow(window);
   cover->setAppWindowStyleMask(7);
@@ -186,18 +187,18 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   present(kModalWindow);
   addDelegate("first")->onNext(CoverCall::CanDismiss,
                                [this] { cover->setPresentationMode(kEmbedded); });
-  cover->dismissViewController(nullptr);  // which the platform would not take down
+  cover->dismissViewController(nullptr);  // the platform would not dismiss null
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsGivenBack) {
+TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
   present(kEmbedded);
   const auto other = make<NamedViewController>("Other");
   cover->presentViewControllerAsSheet(other);
   platformJournal.onNextStyleMask([this] { cover->setPresentationMode(3); });
   cover->dismissViewController(other);
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(window->sheets().size(), 1u);  // not handed to the platform
+  EXPECT_EQ(window->sheets().size(), 1u);  // the platform has not dismissed the sheet
 }
 
 }  // namespace

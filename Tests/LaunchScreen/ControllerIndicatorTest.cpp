@@ -10,7 +10,7 @@ class ControllerIndicatorTest : public CoverTest {
   ControllerIndicatorTest() { cover->view()->setFrame(CGRectMake(0, 0, 800, 600)); }
 
   [[nodiscard]] Strong<NSProgressIndicator> indicator() const { return cover->activityIndicator(); }
-  // The name of the appearance that an indicator is made with on such a system.
+  // The appearance name of an indicator that is created on this version of the system.
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     cover->createActivityIndicator();
@@ -18,7 +18,7 @@ class ControllerIndicatorTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerIndicatorTest, IsMadeSpinningStoppedAndWithoutASize) {
+TEST_F(ControllerIndicatorTest, StartsStoppedWithSpinningStyleAndWithoutASize) {
   cover->createActivityIndicator();
   ASSERT_NE(indicator(), nullptr);
   EXPECT_EQ(indicator()->style(), NSProgressIndicatorStyleSpinning);
@@ -27,7 +27,7 @@ TEST_F(ControllerIndicatorTest, IsMadeSpinningStoppedAndWithoutASize) {
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
-TEST_F(ControllerIndicatorTest, IsPlacedByConstraintsAloneAndHasNoneAtFirst) {
+TEST_F(ControllerIndicatorTest, UsesConstraintsAndHasNoneAtFirst) {
   cover->createActivityIndicator();
   EXPECT_FALSE(indicator()->translatesAutoresizingMaskIntoConstraints());
   EXPECT_TRUE(cover->view()->constraints().empty());
@@ -35,7 +35,7 @@ TEST_F(ControllerIndicatorTest, IsPlacedByConstraintsAloneAndHasNoneAtFirst) {
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
-TEST_F(ControllerIndicatorTest, LiesInFrontOfWhatIsInTheView) {
+TEST_F(ControllerIndicatorTest, IsInFrontOfAllSubviews) {
   const auto below = NSView::initWithFrame(CGRectZero);
   const auto above = NSView::initWithFrame(CGRectZero);
   cover->view()->addSubview(below);
@@ -44,7 +44,7 @@ TEST_F(ControllerIndicatorTest, LiesInFrontOfWhatIsInTheView) {
   EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{below, above, indicator()}));
 }
 
-TEST_F(ControllerIndicatorTest, BeforeVersion10_14ItHasNoAppearanceOfItsOwn) {
+TEST_F(ControllerIndicatorTest, BeforeVersion10_14ItHasNoAppearance) {
   EXPECT_EQ(appearanceOn({10, 13, 0}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
 }
@@ -54,7 +54,7 @@ TEST_F(ControllerIndicatorTest, FromVersion10_14OnItsAppearanceIsAqua) {
   EXPECT_EQ(appearanceOn({15, 0, 0}), "NSAppearanceNameAqua");
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItIsInTheMiddleOfTheViewAnd32PointsHigh) {
+TEST_F(ControllerIndicatorTest, PinnedItIsCentredAnd32PointsHigh) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   const CGRect frame = indicator()->frame();
@@ -64,14 +64,14 @@ TEST_F(ControllerIndicatorTest, PinnedItIsInTheMiddleOfTheViewAnd32PointsHigh) {
   EXPECT_EQ(frame.origin.y + frame.size.height / 2, 300);
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItStaysInTheMiddleWhenTheViewIsResized) {
+TEST_F(ControllerIndicatorTest, PinnedItStaysCentredWhenTheViewIsResized) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   cover->view()->setFrame(CGRectMake(7, 8, 1000, 500));
   EXPECT_EQ(indicator()->frame(), CGRectMake(484, 234, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItHasFourConstraintsWithALeastWidthAndAFixedHeight) {
+TEST_F(ControllerIndicatorTest, PinnedItHasFourConstraintsWithAMinimumWidthAndAFixedHeight) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   struct Expected {
@@ -97,13 +97,14 @@ TEST_F(ControllerIndicatorTest, PinnedItHasFourConstraintsWithALeastWidthAndAFix
   }
 }
 
-TEST_F(ControllerIndicatorTest, PinningWithoutAnIndicatorMakesNoConstraint) {
+TEST_F(ControllerIndicatorTest, PinningWithoutAnIndicatorCreatesNoConstraint) {
   cover->createConstraintsActivityIndicator();
   EXPECT_TRUE(cover->view()->constraints().empty());
   EXPECT_EQ(indicator(), nullptr);
 }
 
-TEST_F(ControllerIndicatorTest, MadeTwiceTheFirstStaysInTheViewAndOnlyTheSecondIsPinned) {
+TEST_F(ControllerIndicatorTest,
+       AfterASecondCreationTheFirstStaysInTheViewAndOnlyTheSecondIsPinned) {
   cover->createActivityIndicator();
   const auto first = indicator();
   cover->createActivityIndicator();
@@ -115,7 +116,7 @@ TEST_F(ControllerIndicatorTest, MadeTwiceTheFirstStaysInTheViewAndOnlyTheSecondI
   EXPECT_EQ(indicator()->frame(), CGRectMake(384, 284, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, ItComesWithItsSuperviewIntoTheWindowAndTurns) {
+TEST_F(ControllerIndicatorTest, ItAppearsWithItsSuperviewAndIsAnimated) {
   const auto window = openPlayerWindow();
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
@@ -128,17 +129,17 @@ TEST_F(ControllerIndicatorTest, ItComesWithItsSuperviewIntoTheWindowAndTurns) {
   EXPECT_TRUE(scene[1].isAnimated);
 }
 
-TEST_F(ControllerIndicatorTest, ItGoesWithTheController) {
+TEST_F(ControllerIndicatorTest, TheControllerOwnsIt) {
   cover->createActivityIndicator();
   const Weak<NSProgressIndicator> made = indicator();
   cover = nullptr;
   EXPECT_TRUE(made.expired());
 }
 
-TEST_F(ControllerIndicatorTest, AnIndicatorOfTheCallersOwnCanBeSetAndIsPinnedWhereItIs) {
+TEST_F(ControllerIndicatorTest, AnIndicatorOfTheCallerCanBeSetAndPinned) {
   const auto own = NSProgressIndicator::initWithFrame(CGRectZero);
   cover->setActivityIndicator(own);
-  cover->createConstraintsActivityIndicator();  // it is in no view yet
+  cover->createConstraintsActivityIndicator();  // the indicator is not in a view yet
   EXPECT_TRUE(cover->view()->constraints().empty());
   cover->setActivityIndicator(nullptr);
   EXPECT_EQ(indicator(), nullptr);

@@ -1,4 +1,4 @@
-// The cover's controller at the steps of its life on screen.
+// The cover's controller at each life-cycle step.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -19,9 +19,9 @@ class ControllerLifeCycleTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
 
-// The order of a presentation, mode by mode
+// The order of a presentation in each mode
 
-TEST_F(ControllerLifeCycleTest, EmbeddedTheWindowIsTakenOverAfterTheViewHasAppeared) {
+TEST_F(ControllerLifeCycleTest, EmbeddedItOverridesTheStyleAfterTheViewHasAppeared) {
   addDelegate("first");
   addDelegate("second");
   present(window, LaunchScreenPresentationEmbedded);
@@ -38,7 +38,7 @@ TEST_F(ControllerLifeCycleTest, EmbeddedWithoutAParentTheOrderIsTheSame) {
                                  "style 7", "style 3", "style 1"}));
 }
 
-TEST_F(ControllerLifeCycleTest, AModalWindowIsPreparedBeforeItIsOnScreen) {
+TEST_F(ControllerLifeCycleTest, AModalWindowGetsItsStyleBeforeItIsOnScreen) {
   addDelegate("first");
   present(window, LaunchScreenPresentationModalWindow);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "style 0",
@@ -50,7 +50,7 @@ TEST_F(ControllerLifeCycleTest, AModalWindowIsPreparedBeforeItIsOnScreen) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(ControllerLifeCycleTest, ASheetIsNotPreparedAtAll) {
+TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   addDelegate("first");
   present(window, LaunchScreenPresentationSheet);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present", "window opened",  //
@@ -61,15 +61,15 @@ TEST_F(ControllerLifeCycleTest, ASheetIsNotPreparedAtAll) {
   EXPECT_TRUE(sheet->canHide());
 }
 
-// Step by step
+// Single steps
 
-TEST_F(ControllerLifeCycleTest, ADelegateHearsOfThePresentationFromTheControllerItself) {
+TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
   const auto first = addDelegate("first");
   cover->viewWillAppear();
   EXPECT_EQ(first->lastController.lock(), cover);
 }
 
-TEST_F(ControllerLifeCycleTest, WillAppearPreparesInModalWindowModeOnly) {
+TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
   window->contentView()->addSubview(cover->view());
   cover->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {0, 2, 3, -1}) {
@@ -83,7 +83,7 @@ TEST_F(ControllerLifeCycleTest, WillAppearPreparesInModalWindowModeOnly) {
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "style 0"}));
 }
 
-TEST_F(ControllerLifeCycleTest, DidAppearPreparesInEmbeddedModeOnly) {
+TEST_F(ControllerLifeCycleTest, DidAppearOverridesTheStyleOnlyInEmbeddedMode) {
   window->contentView()->addSubview(cover->view());
   cover->setAppWindow(window);
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
@@ -97,7 +97,7 @@ TEST_F(ControllerLifeCycleTest, DidAppearPreparesInEmbeddedModeOnly) {
   EXPECT_EQ(takeEvents(), (Lines{"viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
-TEST_F(ControllerLifeCycleTest, WillDisappearGivesTheStyleBack) {
+TEST_F(ControllerLifeCycleTest, WillDisappearRestoresTheStyle) {
   present(window, LaunchScreenPresentationEmbedded);
   takeEvents();
   cover->viewWillDisappear();
@@ -105,7 +105,7 @@ TEST_F(ControllerLifeCycleTest, WillDisappearGivesTheStyleBack) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerLifeCycleTest, TheUserWhoClosesTheHostWindowEndsTheLaunchScreen) {
+TEST_F(ControllerLifeCycleTest, ClosingTheHostWindowEndsTheLaunchScreen) {
   present(window, LaunchScreenPresentationEmbedded);
   addDelegate("first");
   takeEvents();
@@ -114,17 +114,17 @@ TEST_F(ControllerLifeCycleTest, TheUserWhoClosesTheHostWindowEndsTheLaunchScreen
                                  "viewDidDisappear", "first: did dismiss"}));
 }
 
-// What it looks like
+// Appearance
 
-TEST_F(ControllerLifeCycleTest, TheViewIsLayerBackedAndWhiteByTheTimeTheDelegatesHear) {
-  bool heard = false;
+TEST_F(ControllerLifeCycleTest, TheViewIsLayerBackedAndWhiteBeforeTheDelegatesAreNotified) {
+  bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    heard = true;
+    wasNotified = true;
     ASSERT_TRUE(cover->view()->wantsLayer());
     EXPECT_EQ(cover->view()->layer()->backgroundColor(), kWhite);
   });
   cover->viewWillAppear();
-  EXPECT_TRUE(heard);
+  EXPECT_TRUE(wasNotified);
 }
 
 TEST_F(ControllerLifeCycleTest, TheWindowShowsOneWhiteRectangle) {
@@ -134,7 +134,7 @@ TEST_F(ControllerLifeCycleTest, TheWindowShowsOneWhiteRectangle) {
   EXPECT_EQ(platform.windowSystem().window(window->handle())->scene, expected);
 }
 
-TEST_F(ControllerLifeCycleTest, WithoutAnIndicatorTheWholeLifeMakesNone) {
+TEST_F(ControllerLifeCycleTest, TheLifeCycleCreatesNoIndicator) {
   for (const LaunchScreenPresentationMode mode : {0, 1, 2}) {
     present(window, mode);
     EXPECT_EQ(cover->activityIndicator(), nullptr);
@@ -146,13 +146,13 @@ TEST_F(ControllerLifeCycleTest, WithoutAnIndicatorTheWholeLifeMakesNone) {
   }
 }
 
-// The indicator that an outside caller has given it
+// The indicator of an outside caller
 
 class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:
   IndicatorLifeCycleTest() { cover->setActivityIndicator(indicator); }
 
-  // The name of the appearance that the indicator has after appearing on such a system.
+  // The appearance name of the indicator after the controller has appeared on this version.
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     indicator->setAppearance(nullptr);
@@ -163,7 +163,7 @@ class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
   Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(CGRectZero);
 };
 
-TEST_F(IndicatorLifeCycleTest, BeforeVersion10_14ItsAppearanceIsLeftAlone) {
+TEST_F(IndicatorLifeCycleTest, BeforeVersion10_14ItsAppearanceStays) {
   EXPECT_EQ(appearanceOn({10, 13, 6}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
   EXPECT_EQ(appearanceOn({9, 15, 0}), "none");
@@ -175,24 +175,24 @@ TEST_F(IndicatorLifeCycleTest, FromVersion10_14OnItsAppearanceIsAqua) {
   EXPECT_EQ(appearanceOn({11, 0, 0}), "NSAppearanceNameAqua");
 }
 
-TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetByTheTimeTheDelegatesHear) {
-  bool heard = false;
+TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetBeforeTheDelegatesAreNotified) {
+  bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    heard = true;
+    wasNotified = true;
     EXPECT_NE(indicator->appearance(), nullptr);
   });
   cover->viewWillAppear();
-  EXPECT_TRUE(heard);
+  EXPECT_TRUE(wasNotified);
 }
 
-TEST_F(IndicatorLifeCycleTest, ItIsAnimatedOnceTheViewHasAppeared) {
+TEST_F(IndicatorLifeCycleTest, ItIsAnimatedAfterTheViewHasAppeared) {
   cover->viewWillAppear();
   EXPECT_FALSE(indicator->isAnimating());
   cover->viewDidAppear();
   EXPECT_TRUE(indicator->isAnimating());
 }
 
-TEST_F(IndicatorLifeCycleTest, ItIsAnimatedBeforeTheWindowIsTakenOver) {
+TEST_F(IndicatorLifeCycleTest, ItIsAnimatedBeforeTheStyleIsOverridden) {
   platformJournal.onNextStyleMask([this] { EXPECT_TRUE(indicator->isAnimating()); });
   present(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);

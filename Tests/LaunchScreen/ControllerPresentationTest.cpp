@@ -1,4 +1,4 @@
-// The cover's controller is laid over a window, or presented in one of its own.
+// The cover's controller is embedded in a window, or presented in a window of its own.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -15,7 +15,7 @@ class ControllerPresentationTest : public CoverTest {
   void present(const Strong<NSWindow>& window, LaunchScreenPresentationMode mode) {
     cover->presentForWindowWithPresentationMode(window, mode);
   }
-  // Nothing shows the cover, and nothing is kept of an attempt to.
+  // The cover is not shown and not tracked.
   void expectNothingPresented() {
     EXPECT_EQ(cover->view()->window(), nullptr);
     EXPECT_EQ(cover->presentingViewController(), nullptr);
@@ -25,7 +25,7 @@ class ControllerPresentationTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerPresentationTest, TheModesHaveTheirValues) {
+TEST_F(ControllerPresentationTest, ThePresentationModesHaveTheirValues) {
   EXPECT_EQ(kEmbedded, 0);
   EXPECT_EQ(kModalWindow, 1);
   EXPECT_EQ(kSheet, 2);
@@ -59,7 +59,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItMakesTheContentViewLayerBacked) {
   EXPECT_TRUE(window->contentView()->wantsLayer());
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItTakesTheSuperviewsFrameAsItStandsNotItsBounds) {
+TEST_F(ControllerPresentationTest, EmbeddedItGetsTheFrameOfItsSuperviewNotItsBounds) {
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
@@ -75,7 +75,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWind
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-    // The superview is made ready only when the cover is in it.
+    // The superview becomes layer-backed after the cover has been added.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });
@@ -83,7 +83,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWind
   EXPECT_TRUE(appeared);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedInAWindowThatIsNotOpenItAppearsWhenThatIsOrderedIn) {
+TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowItAppearsWhenTheWindowIsOrderedIn) {
   const auto window = openPlayerWindow();
   window->close();
   present(window, kEmbedded);
@@ -117,7 +117,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsIts
   EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItIsAChildByTheTimeItAppears) {
+TEST_F(ControllerPresentationTest, EmbeddedItIsAChildBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool appeared = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
@@ -129,7 +129,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItIsAChildByTheTimeItAppears) {
   EXPECT_TRUE(appeared);
 }
 
-// Embedded nowhere
+// Embedded without a window
 
 TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTrackedWithoutSuperview) {
   cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
@@ -142,9 +142,9 @@ TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTracked
   EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
-// One after the other
+// Several presentations
 
-TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedTakesThePlaceOfTheTrackedOne) {
+TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOne) {
   const auto window = openPlayerWindow();
   const auto other = openWindow("PlayerWindow");
   present(window, kEmbedded);
@@ -155,7 +155,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedTakesThePlaceOfTheTr
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedUnderAParentLeavesTheTrackedOne) {
+TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTheTrackedOne) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   const auto second = LaunchScreenViewController::init();
@@ -164,7 +164,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerEmbeddedUnderAParentLeavesTh
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedAgainElsewhereTheSameControllerMoves) {
+TEST_F(ControllerPresentationTest, EmbeddedInAnotherWindowTheControllerMoves) {
   const auto first = openPlayerWindowWithContentViewController();
   const auto second = openPlayerWindowWithContentViewController();
   present(first, kEmbedded);
@@ -175,13 +175,14 @@ TEST_F(ControllerPresentationTest, EmbeddedAgainElsewhereTheSameControllerMoves)
   EXPECT_EQ(cover->view()->window(), second);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedElsewhereWhileShownItGivesTheStyleBackToTheNewWindow) {
+TEST_F(ControllerPresentationTest,
+       EmbeddedInAnotherWindowWhileShownItWritesTheSavedStyleToTheNewWindow) {
   const auto first = openPlayerWindow();
   const auto second = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
   present(first, kEmbedded);
   takeEvents();
   present(second, kEmbedded);
-  // It leaves the first window when the second is already the one whose style counts as taken.
+  // The controller already refers to the second window when it leaves the first one.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(first->styleMask(), NSWindowStyleMaskTitled);
@@ -210,7 +211,7 @@ TEST_F(ControllerPresentationTest, AsAModalWindowWithoutAContentViewControllerIt
   EXPECT_TRUE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, AsAModalWindowForNoWindowItPresentsItself) {
+TEST_F(ControllerPresentationTest, AsAModalWindowWithoutAWindowItPresentsItself) {
   present(nullptr, kModalWindow);
   EXPECT_EQ(cover->presentingViewController(), cover);
   EXPECT_NE(cover->view()->window(), nullptr);
@@ -242,7 +243,7 @@ TEST_F(ControllerPresentationTest, AsASheetItSetsNoApplicationWindowAndIsNotTrac
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfWhileOffScreenNothingIsPresented) {
+TEST_F(ControllerPresentationTest, ASheetThatItPresentsItselfOffScreenIsNotShown) {
   present(openPlayerWindow(), kSheet);
   EXPECT_EQ(cover->presentationMode(), 2);
   expectNothingPresented();
@@ -250,7 +251,7 @@ TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfWhileOffScreenNothingIsP
   expectNothingPresented();
 }
 
-TEST_F(ControllerPresentationTest, AsASheetAskedOfItselfItIsASheetOfTheWindowThatShowsIt) {
+TEST_F(ControllerPresentationTest, ASheetThatItPresentsItselfBelongsToTheWindowThatShowsIt) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   present(openWindow("PlayerWindow"), kSheet);
@@ -271,7 +272,7 @@ TEST_F(ControllerPresentationTest, AnyOtherModeIsStoredAndPresentsNothing) {
   }
 }
 
-TEST_F(ControllerPresentationTest, AnyOtherModeForNoWindowPresentsNothing) {
+TEST_F(ControllerPresentationTest, AnyOtherModeWithoutAWindowPresentsNothing) {
   present(nullptr, 3);
   expectNothingPresented();
 }

@@ -1,4 +1,4 @@
-// The cover's controller takes over the style of a window, and gives it back.
+// The cover's controller overrides and restores the style of a window.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -6,15 +6,15 @@
 namespace vel::test {
 namespace {
 
-constexpr NSWindowStyleMask kNothingSaved = 0xFFFFFFFFFFFFFFFF;
+constexpr NSWindowStyleMask kNoSavedStyle = 0xFFFFFFFFFFFFFFFF;
 
 class ControllerStyleTest : public CoverTest {
  protected:
   ControllerStyleTest() { takeEvents(); }
 
-  // Everything a presentation sets, without one.
-  static void lay(const Strong<LaunchScreenViewController>& controller,
-                  const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
+  // Sets the same properties as a presentation, without presenting.
+  static void prepare(const Strong<LaunchScreenViewController>& controller,
+                      const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
     controller->setPresentationMode(mode);
     controller->setAppWindow(window);
   }
@@ -35,72 +35,72 @@ class ControllerStyleTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindow();
 };
 
-// Taking over
+// Overriding the style
 
-TEST_F(ControllerStyleTest, ResizableThenMiniaturizableThenClosableGoInThreeSteps) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, ResizableThenMiniaturizableThenClosableAreClearedInThreeSteps) {
+  prepare(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 3", "style 1"}));
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(ControllerStyleTest, AllOtherBitsStay) {
+TEST_F(ControllerStyleTest, AllOtherStyleBitsStay) {
   window->setStyleMask(0x7FFFFFFFFFFFFFFF);
-  lay(cover, window);
+  prepare(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(window->styleMask(), 0x7FFFFFFFFFFFFFF1);
 }
 
-TEST_F(ControllerStyleTest, TheThreeStepsAreTakenAlsoWhereThereIsNothingToTake) {
+TEST_F(ControllerStyleTest, TheThreeStepsRunEvenIfNoBitIsSet) {
   window->setStyleMask(NSWindowStyleMaskTitled);
   takeEvents();
-  lay(cover, window);
+  prepare(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 1", "style 1", "style 1"}));
 }
 
-TEST_F(ControllerStyleTest, EachStepStartsFromTheStyleOfThatMoment) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, EachStepReadsTheCurrentStyle) {
+  prepare(cover, window);
   platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
-TEST_F(ControllerStyleTest, TheStyleIsSavedAsItWasBefore) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, TheStyleIsSavedBeforeItIsOverridden) {
+  prepare(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), window);
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
-  lay(cover, window);
+  prepare(cover, window);
   cover->setupPresentation();
   window->setStyleMask(kFullStyle & ~NSWindowStyleMaskResizable);
   cover->setupPresentation();
   EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
 }
 
-TEST_F(ControllerStyleTest, WithoutAnApplicationWindowNothingIsTakenOver) {
-  lay(cover, nullptr);
+TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
+  prepare(cover, nullptr);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherNothingIsTakenOver) {
+TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherModeNoStyleIsOverridden) {
   for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
-    lay(cover, window, mode);
+    prepare(cover, window, mode);
     cover->setupPresentation();
   }
   EXPECT_EQ(takeEvents(), Lines{});
-  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
 TEST_F(ControllerStyleTest, AnObserverMayClearTheWindowDuringEachStepOfTheSetup) {
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
     window->setStyleMask(kFullStyle);
-    lay(cover, window);
+    prepare(cover, window);
     takeEvents();
     clearWindowAtStyleMask(step);
     cover->setupPresentation();
@@ -115,7 +115,7 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
   const auto modal = openWindow("NSWindow");
   modal->contentView()->addSubview(cover->view());
   takeEvents();
-  lay(cover, window, LaunchScreenPresentationModalWindow);
+  prepare(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 0"});
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
@@ -123,20 +123,20 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
   EXPECT_FALSE(modal->canHide());
 }
 
-TEST_F(ControllerStyleTest, ForAModalWindowTheApplicationWindowIsLeftAloneAndNothingSaved) {
-  lay(cover, window, LaunchScreenPresentationModalWindow);
-  cover->setupPresentation();  // shown by no window
+TEST_F(ControllerStyleTest, ForAModalWindowTheHostWindowKeepsItsStyleAndNothingIsSaved) {
+  prepare(cover, window, LaunchScreenPresentationModalWindow);
+  cover->setupPresentation();  // no window shows the controller
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_FALSE(window->isMovableByWindowBackground());
   EXPECT_TRUE(window->canHide());
-  EXPECT_EQ(cover->appWindowStyleMask(), kNothingSaved);
+  EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
-// Giving back
+// Restoring the style
 
-TEST_F(ControllerStyleTest, TheSavedStyleIsGivenBackAndTheWindowLetGo) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
+  prepare(cover, window);
   cover->setupPresentation();
   takeEvents();
   cover->restorePresentation();
@@ -145,15 +145,15 @@ TEST_F(ControllerStyleTest, TheSavedStyleIsGivenBackAndTheWindowLetGo) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, TheSavedStyleStaysSaved) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, RestoreKeepsTheSavedStyle) {
+  prepare(cover, window);
   cover->setupPresentation();
   cover->restorePresentation();
   EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
 }
 
-TEST_F(ControllerStyleTest, GivingBackTwiceDoesItOnce) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
+  prepare(cover, window);
   cover->setupPresentation();
   takeEvents();
   cover->restorePresentation();
@@ -161,14 +161,14 @@ TEST_F(ControllerStyleTest, GivingBackTwiceDoesItOnce) {
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
 }
 
-TEST_F(ControllerStyleTest, WithNothingSavedNoStyleChangesAndTheWindowIsLetGo) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, WithoutASavedStyleRestoreOnlyReleasesTheWindow) {
+  prepare(cover, window);
   cover->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotTheOneGivenBack) {
+TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotRestored) {
   embed(window);
   cover->dismissViewController(cover);
   platform.run(1);
@@ -179,8 +179,8 @@ TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotTheOneG
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(ControllerStyleTest, OnlyInEmbeddedModeIsAnythingGivenBack) {
-  lay(cover, window);
+TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
+  prepare(cover, window);
   cover->setupPresentation();
   takeEvents();
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
@@ -191,9 +191,9 @@ TEST_F(ControllerStyleTest, OnlyInEmbeddedModeIsAnythingGivenBack) {
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-// Giving back through the tracked controller
+// Restoring the style through the tracked controller
 
-TEST_F(ControllerStyleTest, AControllerWithoutAWindowGivesBackTheTrackedOnesWindow) {
+TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheTrackedWindow) {
   embed(window);
   takeEvents();
   const auto other = LaunchScreenViewController::init();
@@ -202,20 +202,20 @@ TEST_F(ControllerStyleTest, AControllerWithoutAWindowGivesBackTheTrackedOnesWind
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-  EXPECT_EQ(other->appWindowStyleMask(), kNothingSaved);
+  EXPECT_EQ(other->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, TheTrackedOnesMaskIsWrittenAsItStandsEvenWhenNothingIsSaved) {
+TEST_F(ControllerStyleTest, TheTrackedMaskIsWrittenEvenIfNoStyleIsSaved) {
   embed(window);
-  cover->setAppWindowStyleMask(kNothingSaved);
+  cover->setAppWindowStyleMask(kNoSavedStyle);
   takeEvents();
   LaunchScreenViewController::init()->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 18446744073709551615"});
-  EXPECT_EQ(window->styleMask(), kNothingSaved);
+  EXPECT_EQ(window->styleMask(), kNoSavedStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowGivesNothingBack) {
+TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowRestoresNothing) {
   embed(window);
   cover->restorePresentation();
   takeEvents();
@@ -225,11 +225,11 @@ TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowGivesNothingBack) {
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerStyleTest, AControllerWithAWindowLeavesTheTrackedOnesAlone) {
+TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheTrackedWindow) {
   embed(window);
   const auto other = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
-  lay(other, otherWindow);
+  prepare(other, otherWindow);
   other->setupPresentation();
   other->restorePresentation();
   EXPECT_EQ(otherWindow->styleMask(), kFullStyle);
@@ -237,7 +237,7 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowLeavesTheTrackedOnesAlone) {
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedOneIsNotLookedAt) {
+TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedWindowIsNotRestored) {
   embed(window);
   takeEvents();
   const auto other = LaunchScreenViewController::init();

@@ -1,4 +1,4 @@
-// Who keeps the cover and its content alive, and what is left of them in the end.
+// Which objects own the cover and its content, and when all are destroyed.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -8,11 +8,11 @@ namespace {
 
 class CoverLifetimeTest : public CoverTest {
  protected:
-  // Lets go of the cover, for others to keep.
-  Weak<LaunchScreenViewController> released() { return std::exchange(cover, nullptr); }
+  // Releases the reference of the test. Other objects may still own the cover.
+  Weak<LaunchScreenViewController> releaseCover() { return std::exchange(cover, nullptr); }
 };
 
-TEST_F(CoverLifetimeTest, AControllerLetsGoOfWindowDelegatesIndicatorAndViewWithItself) {
+TEST_F(CoverLifetimeTest, ADestroyedControllerReleasesWindowDelegatesIndicatorAndView) {
   Strong<NSWindow> window = openPlayerWindow();
   cover->setAppWindow(window);
   cover->createActivityIndicator();
@@ -22,14 +22,14 @@ TEST_F(CoverLifetimeTest, AControllerLetsGoOfWindowDelegatesIndicatorAndViewWith
   window->close();
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_FALSE(weakWindow.expired());
-  EXPECT_TRUE(released().expired());
+  EXPECT_TRUE(releaseCover().expired());
   EXPECT_TRUE(weakWindow.expired());
   EXPECT_TRUE(delegate.expired());
   EXPECT_TRUE(indicator.expired());
   EXPECT_TRUE(view.expired());
 }
 
-TEST_F(CoverLifetimeTest, ContentAndControllerKeepEachOtherAliveUntilTheContentIsDeactivated) {
+TEST_F(CoverLifetimeTest, ContentAndControllerOwnEachOtherUntilTheContentIsDeactivated) {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
   const Weak<NSViewController> controller = content->viewController();
@@ -41,7 +41,7 @@ TEST_F(CoverLifetimeTest, ContentAndControllerKeepEachOtherAliveUntilTheContentI
   EXPECT_TRUE(controller.expired());
 }
 
-TEST_F(CoverLifetimeTest, AContentLetsGoOfItsRequest) {
+TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
   Strong<ContentRequest> request = makeRequest(Strong<NSDictionary>());
   content->setContentRequest(request);
@@ -51,11 +51,11 @@ TEST_F(CoverLifetimeTest, AContentLetsGoOfItsRequest) {
   EXPECT_TRUE(weakRequest.expired());
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverNeedsNoOwnerUntilItHasBeenTakenDown) {
+TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilItIsRemoved) {
   const auto window = openPlayerWindow();
   cover->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = cover->view();
-  const auto weakCover = released();
+  const auto weakCover = releaseCover();
   platform.run(10);
   ASSERT_FALSE(weakCover.expired());
   weakCover.lock()->dismiss();
@@ -67,7 +67,7 @@ TEST_F(CoverLifetimeTest, ATrackedCoverNeedsNoOwnerUntilItHasBeenTakenDown) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverKeepsItsWindowAndContentView) {
+TEST_F(CoverLifetimeTest, ATrackedCoverOwnsItsWindowAndContentView) {
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
   cover->presentForWindowWithPresentationMode(window, 0);
@@ -82,28 +82,29 @@ TEST_F(CoverLifetimeTest, ATrackedCoverKeepsItsWindowAndContentView) {
   EXPECT_TRUE(contentView.expired());
 }
 
-TEST_F(CoverLifetimeTest, AnotherEmbeddedCoverTakesThePlaceOfTheTrackedOneWhichGoesButForItsView) {
+TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
   const auto window = openPlayerWindow();
   cover->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = cover->view();
-  const auto weakCover = released();
+  const auto weakCover = releaseCover();
   const auto second = LaunchScreenViewController::init();
   second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(weakCover.expired());
   EXPECT_FALSE(view.expired());
-  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);  // nobody is left to give it back
+  EXPECT_EQ(window->styleMask(),
+            NSWindowStyleMaskTitled);  // no controller is left that could restore it
   second->dismissViewController(second);
   platform.run(1);
   EXPECT_EQ(view.lock()->window(), window);
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowStaysUntilAnotherEmbeddedOneComes) {
+TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowLivesUntilAnotherCoverReplacesIt) {
   cover->presentForWindowWithPresentationMode(nullptr, 0);
   cover->dismiss();
   platform.run(10);
   const Weak<NSView> view = cover->view();
-  const auto weakCover = released();
+  const auto weakCover = releaseCover();
   ASSERT_FALSE(weakCover.expired());
   EXPECT_TRUE(isTrackedCover(nullptr, weakCover.lock()));
   const auto second = LaunchScreenViewController::init();
@@ -112,15 +113,15 @@ TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowStaysUntilAnotherEmbeddedO
   EXPECT_TRUE(view.expired());
 }
 
-TEST_F(CoverLifetimeTest, ACoverUnderAParentIsKeptByThatUntilItIsDismissed) {
+TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilItIsDismissed) {
   cover->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
-  const auto weakCover = released();
+  const auto weakCover = releaseCover();
   ASSERT_FALSE(weakCover.expired());
   weakCover.lock()->dismiss();
   EXPECT_TRUE(weakCover.expired());
 }
 
-TEST_F(CoverLifetimeTest, APresentedCoverIsKeptByItsWindowUntilItIsDismissed) {
+TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilItIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {1, 2}) {
     Strong<LaunchScreenViewController> presented = LaunchScreenViewController::init();
     presented->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
@@ -134,11 +135,11 @@ TEST_F(CoverLifetimeTest, APresentedCoverIsKeptByItsWindowUntilItIsDismissed) {
   }
 }
 
-// What is left of a whole launch screen
+// The objects that remain after a complete launch screen
 
 class LaunchScreenRemainsTest : public LaunchScreenTest {
  protected:
-  // What a launch screen consists of.
+  // The objects of a launch screen.
   struct Remains {
     Weak<LaunchScreenManager> manager;
     Weak<LaunchScreenContent> content;
@@ -169,7 +170,7 @@ class LaunchScreenRemainsTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(LaunchScreenRemainsTest, InEveryModeNothingIsLeftAfterTheEndDeactivationAndRelease) {
+TEST_F(LaunchScreenRemainsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndDeactivation) {
   for (const std::int32_t hostMode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     for (const auto& window : {openPlayerWindow(), openPlayerWindowWithContentViewController()}) {
       manager = LaunchScreenManager::init();
@@ -184,7 +185,7 @@ TEST_F(LaunchScreenRemainsTest, InEveryModeNothingIsLeftAfterTheEndDeactivationA
   }
 }
 
-TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayTheCountdownKeepsTheManagerUntilItHasRunOut) {
+TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManagerUntilItEnds) {
   const auto window = openPlayerWindowWithContentViewController();
   const Remains remains = show(window, kHostModeEmbedded);
   platform.run(0.5);
@@ -198,7 +199,7 @@ TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayTheCountdownKeepsTheManagerUnti
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayACoverUnderAParentStaysInItsWindow) {
+TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationACoverUnderAParentStaysInItsWindow) {
   const auto window = openPlayerWindowWithContentViewController();
   const Remains remains = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -207,12 +208,12 @@ TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayACoverUnderAParentStaysInItsWin
   EXPECT_EQ(remains.controller.lock()->delegates()->count(), 0u);
   EXPECT_EQ(remains.view.lock()->window(), window);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  remains.controller.lock()->dismissViewController(nullptr);  // as a host may do it
+  remains.controller.lock()->dismissViewController(nullptr);  // a host may do this
   EXPECT_EQ(window->styleMask(), kFullStyle);
   expectAllGone(remains);
 }
 
-TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayACoverWithoutAParentStaysTrackedInItsWindow) {
+TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationACoverWithoutAParentStaysTracked) {
   const auto window = openPlayerWindow();
   const Remains remains = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -227,7 +228,8 @@ TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayACoverWithoutAParentStaysTracke
   expectAllGone(remains);
 }
 
-TEST_F(LaunchScreenRemainsTest, DeactivatedMidwayAPresentedCoverStaysUntilItsWindowIsClosed) {
+TEST_F(LaunchScreenRemainsTest,
+       AfterAnEarlyDeactivationAPresentedCoverStaysUntilItsWindowIsClosed) {
   for (const std::int32_t hostMode : {kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     const Remains remains = show(openPlayerWindowWithContentViewController(), hostMode);

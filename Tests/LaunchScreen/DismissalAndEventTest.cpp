@@ -1,4 +1,4 @@
-// The end of a launch screen: how the manager asks for it, the one event, and what the host hears.
+// The end of a launch screen: dismissal, event and reported states.
 #include <atomic>
 #include <thread>
 
@@ -13,7 +13,7 @@ using Calls = std::vector<std::string>;
 
 class DismissalTest : public LaunchScreenTest {};
 
-TEST_F(DismissalTest, OnTheMainThreadTheControllerIsToldBeforeTheCallReturns) {
+TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledBeforeTheCallReturns) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   manager->dismissLaunchScreen();
@@ -22,7 +22,7 @@ TEST_F(DismissalTest, OnTheMainThreadTheControllerIsToldBeforeTheCallReturns) {
       << "with itself as the argument";
 }
 
-TEST_F(DismissalTest, FromAnotherThreadTheControllerIsToldOnTheMainQueue) {
+TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheController) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   bool toldOnMainThread = false;
@@ -35,7 +35,7 @@ TEST_F(DismissalTest, FromAnotherThreadTheControllerIsToldOnTheMainQueue) {
   EXPECT_TRUE(toldOnMainThread);
 }
 
-TEST_F(DismissalTest, ItCountsAsExpiredBeforeTheControllerIsTold) {
+TEST_F(DismissalTest, ItExpiresBeforeTheControllerIsCalled) {
   const auto hostController = loadHostController(5.0);
   bool expired = false;
   hostController->onNextCall([&] { expired = manager->launchScreenExpired(); });
@@ -44,7 +44,7 @@ TEST_F(DismissalTest, ItCountsAsExpiredBeforeTheControllerIsTold) {
   EXPECT_TRUE(manager->launchScreenExpired());
 }
 
-TEST_F(DismissalTest, FromAnotherThreadItCountsAsExpiredAtOnce) {
+TEST_F(DismissalTest, OnAnotherThreadItExpiresAtOnce) {
   loadHostController(5.0);
   bool expired = false;
   runOnAnotherThread([&] {
@@ -54,30 +54,31 @@ TEST_F(DismissalTest, FromAnotherThreadItCountsAsExpiredAtOnce) {
   EXPECT_TRUE(expired);
 }
 
-TEST_F(DismissalTest, AnotherThreadMayAskForItWhileTheMainThreadIsAtWork) {
+TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
   addHostDelegate();
-  // Relaxed, so that it orders nothing: a thread checker then sees whether the manager does.
-  std::atomic<bool> looked = false;
+  // Relaxed, so that the flag does not synchronise the threads: a thread sanitizer can then detect
+  // a data race in the manager.
+  std::atomic<bool> hasStarted = false;
   std::thread other([&] {
-    while (!looked.load(std::memory_order_relaxed)) {
+    while (!hasStarted.load(std::memory_order_relaxed)) {
       std::this_thread::yield();
     }
     manager->dismissLaunchScreen();
   });
   while (journal->empty()) {
     window->makeKeyWindow();
-    platform.windowSystem().userMovesFocusAway();  // here the manager looks whether it has expired
-    looked.store(true, std::memory_order_relaxed);
+    platform.windowSystem().userMovesFocusAway();  // the manager reads whether it has expired
+    hasStarted.store(true, std::memory_order_relaxed);
     platform.runDueWork();
   }
   other.join();
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
 }
 
-TEST_F(DismissalTest, FromAnotherThreadTheControllerThatStandsWhenTheWorkRunsIsTold) {
+TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheControllerOfThatTime) {
   const auto former = loadHostController(5.0);
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   const auto latter = loadHostController(5.0);
@@ -86,13 +87,13 @@ TEST_F(DismissalTest, FromAnotherThreadTheControllerThatStandsWhenTheWorkRunsIsT
   EXPECT_EQ(latter->calls, (Calls{"addDelegate", "dismissViewController"}));
 }
 
-TEST_F(DismissalTest, WithoutAControllerItOnlyCountsAsExpired) {
+TEST_F(DismissalTest, WithoutAControllerItOnlyExpires) {
   manager->dismissLaunchScreen();
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(DismissalTest, WithoutAContentItOnlyCountsAsExpired) {
+TEST_F(DismissalTest, WithoutAContentItOnlyExpires) {
   manager->deactivate();
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   platform.runDueWork();
@@ -124,7 +125,7 @@ class EventTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(EventTest, TheEventIsRecordedHalfASecondAfterItIsAskedFor) {
+TEST_F(EventTest, TheEventIsRecordedHalfASecondAfterTheCall) {
   platform.run(0.25);
   manager->sendAnalyticsEvent();
   platform.run(0.499999999);
@@ -133,7 +134,7 @@ TEST_F(EventTest, TheEventIsRecordedHalfASecondAfterItIsAskedFor) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.75}}));
 }
 
-TEST_F(EventTest, AskedTwiceOneEventIsRecordedAfterTheFirst) {
+TEST_F(EventTest, TwoCallsRecordOneEvent) {
   manager->sendAnalyticsEvent();
   platform.run(0.1);
   manager->sendAnalyticsEvent();
@@ -147,7 +148,7 @@ TEST_F(EventTest, ItCountsAsSentWhenItIsScheduled) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, OnceItIsSentAnotherCallChangesNothing) {
+TEST_F(EventTest, AfterItIsSentAnotherCallChangesNothing) {
   manager->sendAnalyticsEvent();
   manager->setAppIsUnfocused(true);
   manager->setLaunchScreenExpired(true);
@@ -156,7 +157,7 @@ TEST_F(EventTest, OnceItIsSentAnotherCallChangesNothing) {
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
 
-TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNothingMore) {
+TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNoEvent) {
   manager->sendAnalyticsEvent();
   platform.run(1.0);
   manager->contentDataForContentRequest(makeRequest("another", 5));
@@ -165,7 +166,7 @@ TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNothingMore) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, WhileUnfocusedItIsOwedInsteadOfRecorded) {
+TEST_F(EventTest, WhileUnfocusedItIsPostponed) {
   manager->setAppIsUnfocused(true);
   for (const bool expired : {false, true}) {
     manager->setLaunchShouldBeClosed(false);
@@ -179,18 +180,18 @@ TEST_F(EventTest, WhileUnfocusedItIsOwedInsteadOfRecorded) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, InFrontItIsNotOwed) {
+TEST_F(EventTest, WhileFocusedItIsNotPostponed) {
   manager->sendAnalyticsEvent();
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
 
-TEST_F(EventTest, TheDismissalIsOverOnceTheEventIsScheduled) {
+TEST_F(EventTest, TheDismissalEndsWhenTheEventIsScheduled) {
   manager->setLaunchScreenExpired(true);
   manager->sendAnalyticsEvent();
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(EventTest, WithoutANameTheDismissalIsOverAndALaterCallTriesAgain) {
+TEST_F(EventTest, WithoutANameTheDismissalEndsAndALaterCallTriesAgain) {
   for (const auto& none : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
     configuration().setNextEventName(none);
     manager->setLaunchScreenExpired(true);
@@ -206,7 +207,7 @@ TEST_F(EventTest, WithoutANameTheDismissalIsOverAndALaterCallTriesAgain) {
   EXPECT_EQ(platform.events, (Events{{"late", 2.5}}));
 }
 
-TEST_F(EventTest, ANameChangedMeanwhileIsWhatIsRecorded) {
+TEST_F(EventTest, ANameThatChangesBeforeTheRecordingIsRecorded) {
   manager->sendAnalyticsEvent();
   platform.run(0.2);
   setEventName("changed");
@@ -214,14 +215,14 @@ TEST_F(EventTest, ANameChangedMeanwhileIsWhatIsRecorded) {
   EXPECT_EQ(platform.events, (Events{{"changed", 0.5}}));
 }
 
-TEST_F(EventTest, ANameTakenAwayMeanwhileIsRecordedAsAnEmptyOne) {
+TEST_F(EventTest, ANameThatBecomesNullBeforeTheRecordingIsRecordedAsEmpty) {
   manager->sendAnalyticsEvent();
   configuration().setNextEventName(nullptr);
   platform.run(1.0);
   EXPECT_EQ(platform.events, (Events{{"", 0.5}}));
 }
 
-TEST_F(EventTest, AReplacementOfTheConfigurationMeanwhileIsNotSeen) {
+TEST_F(EventTest, AConfigurationThatIsReplacedBeforeTheRecordingIsStillUsed) {
   const auto former = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
@@ -231,7 +232,7 @@ TEST_F(EventTest, AReplacementOfTheConfigurationMeanwhileIsNotSeen) {
   EXPECT_EQ(platform.events, (Events{{"of the former one", 0.5}}));
 }
 
-TEST_F(EventTest, TheSkipModeIsTheCallersBusiness) {
+TEST_F(EventTest, TheSkipModeIsNotChecked) {
   configuration().setSkipMode(true);
   manager->sendAnalyticsEvent();
   platform.run(1.0);
@@ -244,16 +245,16 @@ TEST_F(EventTest, NothingIsLogged) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// What the host hears
+// State changes that the host receives
 
-/// It has the operation of a resolver delegate and does not declare itself one.
+/// Has the operation of a resolver delegate but does not adopt the protocol.
 class UndeclaredListener final : public Class<UndeclaredListener, "UndeclaredListener"> {
  public:
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
                                                    const Strong<ContentData>& /*data*/) {
-    ++told;
+    ++calls;
   }
-  int told = 0;
+  int calls = 0;
 };
 
 class StateChangeTest : public LaunchScreenTest {
@@ -261,7 +262,7 @@ class StateChangeTest : public LaunchScreenTest {
   Strong<ResolverListener> listener = make<ResolverListener>();
 };
 
-TEST_F(StateChangeTest, TheDelegateIsToldWithTheManagerAndTheData) {
+TEST_F(StateChangeTest, TheDelegateReceivesTheManagerAndTheData) {
   manager->setDelegate(listener);
   const auto data = LaunchScreenContent::init();
   manager->contentDataDidChangeState(data);
@@ -270,7 +271,7 @@ TEST_F(StateChangeTest, TheDelegateIsToldWithTheManagerAndTheData) {
   EXPECT_EQ(listener->changes[0].data, data);
 }
 
-TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsPassedOn) {
+TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsReported) {
   manager->setDelegate(listener);
   manager->content()->setState(7);
   manager->content()->setState(7);
@@ -279,11 +280,11 @@ TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsPassedOn) {
   EXPECT_EQ(listener->changes[1].state, 7u);
 }
 
-TEST_F(StateChangeTest, ADelegateThatDoesNotDeclareItselfOneIsNotTold) {
+TEST_F(StateChangeTest, ADelegateThatDoesNotAdoptTheProtocolIsNotNotified) {
   const auto undeclared = make<UndeclaredListener>();
   manager->setDelegate(undeclared);
   manager->content()->setState(ContentDataStateLoaded);
-  EXPECT_EQ(undeclared->told, 0);
+  EXPECT_EQ(undeclared->calls, 0);
   EXPECT_EQ(manager->delegate(), undeclared);
 }
 
@@ -292,14 +293,14 @@ TEST_F(StateChangeTest, WithoutADelegateNothingHappens) {
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
 
-TEST_F(StateChangeTest, ADelegateThatHasGoneIsNotTold) {
+TEST_F(StateChangeTest, ADestroyedDelegateIsNotNotified) {
   manager->setDelegate(listener);
   listener = nullptr;
   manager->content()->setState(ContentDataStateLoaded);
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
 
-TEST_F(StateChangeTest, TheDelegateOfTheMomentIsTold) {
+TEST_F(StateChangeTest, TheCurrentDelegateIsNotified) {
   const auto former = make<ResolverListener>();
   manager->setDelegate(former);
   manager->setDelegate(listener);
@@ -308,7 +309,7 @@ TEST_F(StateChangeTest, TheDelegateOfTheMomentIsTold) {
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
-TEST_F(StateChangeTest, AFailureAtOnceIsPassedOnOnTheThreadItCameOn) {
+TEST_F(StateChangeTest, AnImmediateFailureIsReportedOnTheSameThread) {
   manager->setDelegate(listener);
   runOnAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
   ASSERT_EQ(listener->changes.size(), 1u);

@@ -1,4 +1,4 @@
-// The countdown: its ticks, its exact arithmetic, and how it is stopped and started.
+// The countdown: start, ticks, exact arithmetic, pause and stop.
 #include <cmath>
 #include <limits>
 #include <ostream>
@@ -15,7 +15,7 @@ constexpr double kTenth = 0x1.999999999999ap-4;
 
 class ExpirationTimerTest : public LaunchScreenTest {
  protected:
-  // Runs so many ticks, and nothing after the last one.
+  // Runs this number of ticks, and no work after the last one.
   void runTicks(int count) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     loop.runUntilDate(loop.now() + count * Nanoseconds{100'000'000});
@@ -24,7 +24,7 @@ class ExpirationTimerTest : public LaunchScreenTest {
 
 // Starting
 
-TEST_F(ExpirationTimerTest, WithTimeLeftStartingSchedulesATimerAndTakesNothingOff) {
+TEST_F(ExpirationTimerTest, WithTimeLeftStartSchedulesATimerAndSubtractsNothing) {
   setTimeLeft(1.0);
   manager->startTimer();
   ASSERT_NE(timer(), nullptr);
@@ -34,7 +34,7 @@ TEST_F(ExpirationTimerTest, WithTimeLeftStartingSchedulesATimerAndTakesNothingOf
   EXPECT_EQ(timeLeft(), 1.0);
 }
 
-TEST_F(ExpirationTimerTest, WithNoTimeLeftStartingMakesNoTimer) {
+TEST_F(ExpirationTimerTest, WithNoTimeLeftStartCreatesNoTimer) {
   for (const double seconds :
        {0.0, -0.0, -0x1p-55, -0.1, -3.0, -std::numeric_limits<double>::infinity()}) {
     setTimeLeft(seconds);
@@ -45,23 +45,23 @@ TEST_F(ExpirationTimerTest, WithNoTimeLeftStartingMakesNoTimer) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
 }
 
-TEST_F(ExpirationTimerTest, StartingOnAThreadWithoutARunLoopMakesATimerThatNeverFires) {
+TEST_F(ExpirationTimerTest, StartOnAThreadWithoutARunLoopCreatesATimerThatNeverFires) {
   setTimeLeft(1.0);
   std::thread([this] { manager->startTimer(); }).join();
   ASSERT_NE(timer(), nullptr);
   runTicks(20);
   EXPECT_EQ(timeLeft(), 1.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-  manager->pauseTimer();  // no loop ends it, and it would keep the manager alive
+  manager->pauseTimer();  // no loop ends it, so it would keep the manager alive
 }
 
-TEST_F(ExpirationTimerTest, TheLeastTimeLeftStartsIt) {
+TEST_F(ExpirationTimerTest, TheSmallestPositiveTimeLeftStartsIt) {
   setTimeLeft(std::numeric_limits<double>::denorm_min());
   manager->startTimer();
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ExpirationTimerTest, ATimeLeftThatIsNotANumberStartsItAndNeverEnds) {
+TEST_F(ExpirationTimerTest, ATimeLeftOfNaNStartsItAndNeverEnds) {
   setTimeLeft(std::numeric_limits<double>::quiet_NaN());
   manager->startTimer();
   runTicks(1000);
@@ -70,7 +70,7 @@ TEST_F(ExpirationTimerTest, ATimeLeftThatIsNotANumberStartsItAndNeverEnds) {
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(ExpirationTimerTest, StartingARunningCountdownKeepsTheTimerAndItsPhase) {
+TEST_F(ExpirationTimerTest, StartKeepsTheTimerOfARunningCountdownAndItsPhase) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto running = timer();
@@ -107,7 +107,7 @@ TEST_F(ExpirationTimerTest, ATickComesEveryTenthOfASecondAndNotBefore) {
   EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
 }
 
-TEST_F(ExpirationTimerTest, EachTickTakesOffTheDoubleNearestToATenth) {
+TEST_F(ExpirationTimerTest, EachTickSubtractsTheDoubleNearestToATenth) {
   const double values[] = {1.0,
                            0x1.ccccccccccccdp-1,
                            0x1.999999999999ap-1,
@@ -127,7 +127,7 @@ TEST_F(ExpirationTimerTest, EachTickTakesOffTheDoubleNearestToATenth) {
   }
 }
 
-TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftAtAllChangesNothing) {
+TEST_F(ExpirationTimerTest, ATickWithATimeLeftOfZeroChangesNothing) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   for (const double zero : {0.0, -0.0}) {
@@ -140,7 +140,7 @@ TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftAtAllChangesNothing) {
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftLeavesTheTimerAlone) {
+TEST_F(ExpirationTimerTest, ATickWithATimeLeftOfZeroKeepsTheTimer) {
   setTimeLeft(1.0);
   manager->startTimer();
   setTimeLeft(0.0);
@@ -149,7 +149,7 @@ TEST_F(ExpirationTimerTest, ATickWithNoTimeLeftLeavesTheTimerAlone) {
   EXPECT_TRUE(timer()->isValid());
 }
 
-TEST_F(ExpirationTimerTest, ATickBelowZeroDismissesAndGoesOnSubtracting) {
+TEST_F(ExpirationTimerTest, ATickBelowZeroDismissesAndSubtracts) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   setTimeLeft(-0.25);
@@ -158,30 +158,30 @@ TEST_F(ExpirationTimerTest, ATickBelowZeroDismissesAndGoesOnSubtracting) {
   EXPECT_EQ(timeLeft(), -0x1.6666666666666p-2);
 }
 
-TEST_F(ExpirationTimerTest, AtTheLastTickTheTimerHasGoneAndTheTimeLeftStandsWhenTheDismissalComes) {
+TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerAndKeepsTheTimeLeftBeforeTheDismissal) {
   const auto hostController = loadHostController(5.0);
   setTimeLeft(0.2);
   manager->startTimer();
   const auto running = timer();
-  bool told = false;
+  bool wasCalled = false;
   hostController->onNextCall([&] {
-    told = true;
+    wasCalled = true;
     EXPECT_EQ(timer(), nullptr);
     EXPECT_FALSE(running->isValid());
     EXPECT_EQ(timeLeft(), kTenth);
     EXPECT_TRUE(manager->launchScreenExpired());
   });
   runTicks(2);
-  EXPECT_TRUE(told);
+  EXPECT_TRUE(wasCalled);
 }
 
-// The arithmetic, value by value
+// The arithmetic
 
 struct Countdown {
   double start;
-  int ticks;      // the one that dismisses
-  double read;    // what it finds
-  double stored;  // what it leaves, unless the dismissal has set the time left to 0
+  int ticks;      // the number of the tick that dismisses
+  double read;    // the time left before this tick
+  double stored;  // the time left after this tick, if the dismissal has not set it to 0
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
@@ -214,7 +214,7 @@ TEST_P(CountdownTest, DismissesAtThisTickWithTheseValuesLeft) {
   EXPECT_EQ(hostController->calls.size(), 1u);
 }
 
-TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesATenthBelowZero) {
+TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenth) {
   load(5.0);
   addHostDelegate();
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
@@ -234,22 +234,22 @@ TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesATenthBelowZero) {
 
 INSTANTIATE_TEST_SUITE_P(
     ExpirationTimer, CountdownTest,
-    testing::Values(
-        Countdown{0.05, 1, 0x1.999999999999ap-5, -0x1.999999999999ap-5},
-        Countdown{0.1, 1, 0x1.999999999999ap-4, 0.0}, Countdown{0.2, 2, 0x1.999999999999ap-4, 0.0},
-        Countdown{0.3, 3, 0x1.9999999999998p-4, -0x1p-55},
-        Countdown{1.0, 11, 0x1.4p-53, -0x1.999999999999p-4},
-        Countdown{2.0, 20, 0x1.999999999996cp-4, -0x1.7p-51},
-        Countdown{3.0, 30, 0x1.999999999992cp-4, -0x1.b8p-50},
-        Countdown{5.0, 51, 0x1.28p-50, -0x1.999999999995p-4},
-        Countdown{10.0, 101, 0x1.528p-46, -0x1.999999999945p-4},
-        // What requests of a tenth and of three tenths of a second come to in single precision.
-        Countdown{0.10000000149011612, 2, 0x1.9999998p-30, -0x1.9999993333334p-4},
-        Countdown{0.30000001192092896, 4, 0x1.9999999p-27, -0x1.9999966666668p-4}));
+    testing::Values(Countdown{0.05, 1, 0x1.999999999999ap-5, -0x1.999999999999ap-5},
+                    Countdown{0.1, 1, 0x1.999999999999ap-4, 0.0},
+                    Countdown{0.2, 2, 0x1.999999999999ap-4, 0.0},
+                    Countdown{0.3, 3, 0x1.9999999999998p-4, -0x1p-55},
+                    Countdown{1.0, 11, 0x1.4p-53, -0x1.999999999999p-4},
+                    Countdown{2.0, 20, 0x1.999999999996cp-4, -0x1.7p-51},
+                    Countdown{3.0, 30, 0x1.999999999992cp-4, -0x1.b8p-50},
+                    Countdown{5.0, 51, 0x1.28p-50, -0x1.999999999995p-4},
+                    Countdown{10.0, 101, 0x1.528p-46, -0x1.999999999945p-4},
+                    // A tenth and three tenths of a second in single precision.
+                    Countdown{0.10000000149011612, 2, 0x1.9999998p-30, -0x1.9999993333334p-4},
+                    Countdown{0.30000001192092896, 4, 0x1.9999999p-27, -0x1.9999966666668p-4}));
 
 // Pausing and stopping
 
-TEST_F(ExpirationTimerTest, PausingInvalidatesTheTimerAndKeepsTheTimeLeft) {
+TEST_F(ExpirationTimerTest, PauseInvalidatesTheTimerAndKeepsTheTimeLeft) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto running = timer();
@@ -261,14 +261,14 @@ TEST_F(ExpirationTimerTest, PausingInvalidatesTheTimerAndKeepsTheTimeLeft) {
   EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
 }
 
-TEST_F(ExpirationTimerTest, PausingWithoutATimerChangesNothing) {
+TEST_F(ExpirationTimerTest, PauseWithoutATimerChangesNothing) {
   setTimeLeft(1.0);
   manager->pauseTimer();
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 1.0);
 }
 
-TEST_F(ExpirationTimerTest, PausingDropsAnInvalidTimerToo) {
+TEST_F(ExpirationTimerTest, PauseAlsoReleasesAnInvalidTimer) {
   setTimeLeft(1.0);
   manager->startTimer();
   timer()->invalidate();
@@ -276,11 +276,11 @@ TEST_F(ExpirationTimerTest, PausingDropsAnInvalidTimerToo) {
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(ExpirationTimerTest, AfterAPauseAFreshTimerGoesOnFromTheTimeLeftAFullTenthLater) {
+TEST_F(ExpirationTimerTest, AfterAPauseANewTimerTicksAfterAFullInterval) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto former = timer();
-  platform.run(0.25);  // two ticks, and half an interval that is lost
+  platform.run(0.25);  // two ticks; the pause discards the half interval
   manager->pauseTimer();
   platform.run(3.0);
   manager->startTimer();
@@ -291,7 +291,7 @@ TEST_F(ExpirationTimerTest, AfterAPauseAFreshTimerGoesOnFromTheTimeLeftAFullTent
   EXPECT_EQ(timeLeft(), 0x1.6666666666667p-1);
 }
 
-TEST_F(ExpirationTimerTest, StoppingInvalidatesTheTimerAndLeavesNoTime) {
+TEST_F(ExpirationTimerTest, StopInvalidatesTheTimerAndSetsTheTimeLeftToZero) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto running = timer();
@@ -302,7 +302,7 @@ TEST_F(ExpirationTimerTest, StoppingInvalidatesTheTimerAndLeavesNoTime) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
 }
 
-TEST_F(ExpirationTimerTest, StoppingAPausedOrFinishedCountdownLeavesNoTime) {
+TEST_F(ExpirationTimerTest, StopSetsTheTimeLeftOfAPausedOrFinishedCountdownToZero) {
   for (const double seconds : {1.0, -0.1}) {
     setTimeLeft(seconds);
     manager->stopTimer();
@@ -311,7 +311,7 @@ TEST_F(ExpirationTimerTest, StoppingAPausedOrFinishedCountdownLeavesNoTime) {
   }
 }
 
-TEST_F(ExpirationTimerTest, AfterAStopStartingDoesNothingUntilThereIsTimeLeftAgain) {
+TEST_F(ExpirationTimerTest, AfterAStopStartDoesNothingUntilThereIsTimeLeft) {
   setTimeLeft(1.0);
   manager->startTimer();
   manager->stopTimer();
@@ -342,7 +342,7 @@ TEST_F(ExpirationTimerTest, ItRunsInTheDefaultAndTheModalPanelMode) {
   }
 }
 
-TEST_F(ExpirationTimerTest, ATickIsOneInBothModesTogether) {
+TEST_F(ExpirationTimerTest, TheTimerTicksOnceForBothModes) {
   setTimeLeft(1.0);
   manager->startTimer();
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -352,7 +352,7 @@ TEST_F(ExpirationTimerTest, ATickIsOneInBothModesTogether) {
   EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
 }
 
-TEST_F(ExpirationTimerTest, WhileEventsAreTrackedItStandsStillAndThatTimeIsNotCounted) {
+TEST_F(ExpirationTimerTest, InEventTrackingModeItDoesNotCount) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto running = timer();

@@ -16,12 +16,12 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
 
 // Subscribing
 
-TEST_F(FocusTest, SubscribingRegistersSixTimes) {
+TEST_F(FocusTest, SubscribeRegistersSixObservers) {
   manager->subscribeAppLifecycle();
   EXPECT_EQ(registrationCount(), 6u);
 }
 
-TEST_F(FocusTest, SubscribingTwiceRegistersTwiceAndEachHandlerRunsTwice) {
+TEST_F(FocusTest, ASecondSubscribeCallsEachHandlerTwice) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
@@ -31,7 +31,7 @@ TEST_F(FocusTest, SubscribingTwiceRegistersTwiceAndEachHandlerRunsTwice) {
   EXPECT_EQ(hostController->calls, (Calls{"dismissViewController", "dismissViewController"}));
 }
 
-TEST_F(FocusTest, TheKeyWindowsNotificationsArriveWhicheverWindowPostsThem) {
+TEST_F(FocusTest, NotificationsOfEveryWindowArrive) {
   show(5.0);
   manager->subscribeAppLifecycle();
   post(NSWindowDidResignKeyNotification, window);
@@ -75,7 +75,7 @@ TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
   EXPECT_EQ(state(), before);
 }
 
-TEST_F(FocusTest, GoingToAnotherApplicationPausesThroughTheKeyWindow) {
+TEST_F(FocusTest, SwitchingToAnotherApplicationPausesThroughTheKeyWindow) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
@@ -101,14 +101,14 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, ARequiredWindowThatResignsKeyUnfocusesAlsoWithoutACountdown) {
+TEST_F(FocusTest, ARequiredWindowThatResignsKeyUnfocusesEvenWithoutACountdown) {
   show(5.0);
   manager->stopTimer();
   resignKey(window);
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, OnceExpiredARequiredWindowThatResignsKeyChangesNothing) {
+TEST_F(FocusTest, AfterTheExpirationARequiredWindowThatResignsKeyChangesNothing) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   const auto before = state();
@@ -122,7 +122,7 @@ TEST_F(FocusTest, AnotherWindowThatResignsKeyChangesNothing) {
   resignKey(openWindow("NSWindow"));
   resignKey(openPlayerWindowWithContentViewController());
   resignKey(nullptr);
-  resignKey(hostController);  // no window at all
+  resignKey(hostController);  // a controller instead of a window
   EXPECT_EQ(state(), before);
 }
 
@@ -139,7 +139,7 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, ARunningCountdownIsLeftAloneByAWindowThatBecomesKey) {
+TEST_F(FocusTest, AWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
   show(5.0);
   const auto running = timer();
   becomeKey(window);
@@ -166,7 +166,7 @@ TEST_F(FocusTest, AnotherWindowThatBecomesKeyChangesNothing) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, AnOwedEventIsAskedForASecondAfterTheWindowComesBack) {
+TEST_F(FocusTest, APostponedEventIsSentASecondAfterTheWindowBecomesKey) {
   show(5.0);
   resignKey(window);
   manager->sendAnalyticsEvent();
@@ -182,7 +182,7 @@ TEST_F(FocusTest, AnOwedEventIsAskedForASecondAfterTheWindowComesBack) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, AnOwedEventIsOwedOnWhenTheWindowHasGoneAgain) {
+TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   becomeKey(window);
@@ -193,7 +193,7 @@ TEST_F(FocusTest, AnOwedEventIsOwedOnWhenTheWindowHasGoneAgain) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(FocusTest, WhatIsOwedStaysOwedAndIsAskedForEachTime) {
+TEST_F(FocusTest, APostponedEventIsSentEachTimeAWindowBecomesKey) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   becomeKey(window);
@@ -204,25 +204,25 @@ TEST_F(FocusTest, WhatIsOwedStaysOwedAndIsAskedForEachTime) {
   EXPECT_EQ(platform.events.size(), 1u) << "the event itself knows that it comes once";
 }
 
-TEST_F(FocusTest, InSkipModeAnOwedDismissalIsAskedForBeforeTheCountdownStarts) {
+TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
   show(5.0, "skip");
   resignKey(window);
   manager->setLaunchShouldBeClosed(true);
-  bool told = false;
+  bool wasCalled = false;
   hostController->onNextCall([&] {
-    told = true;
+    wasCalled = true;
     EXPECT_EQ(timer(), nullptr);
     EXPECT_FALSE(manager->appIsUnfocused());
   });
   becomeKey(window);
-  EXPECT_TRUE(told);
+  EXPECT_TRUE(wasCalled);
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_NE(timer(), nullptr);
   EXPECT_EQ(pendingTaskCount(), 0u);
   EXPECT_TRUE(manager->launchShouldBeClosed());
 }
 
-TEST_F(FocusTest, InSkipModeNothingIsDismissedUnlessItIsOwed) {
+TEST_F(FocusTest, InSkipModeOnlyAPostponedDismissalIsRepeated) {
   show(5.0, "skip");
   resignKey(window);
   becomeKey(window);

@@ -1,4 +1,4 @@
-// Who keeps whom alive, and for how long.
+// Which objects own each other, and for how long.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -9,17 +9,17 @@ using Events = std::vector<VirtualPlatform::Event>;
 
 class LifetimeTest : public LaunchScreenTest {
  protected:
-  // The host lets go of the manager, without or with its deactivation.
-  void dropManager() {
+  // Releases the manager without deactivation.
+  void releaseManager() {
     watch();
     manager = nullptr;
   }
-  void deactivateAndDropManager() {
+  void deactivateAndReleaseManager() {
     watch();
     manager->deactivate();
     manager = nullptr;
   }
-  [[nodiscard]] bool allGone() const {
+  [[nodiscard]] bool areAllDestroyed() const {
     return watchedManager.expired() && watchedContent.expired() && watchedController.expired();
   }
 
@@ -37,13 +37,13 @@ class LifetimeTest : public LaunchScreenTest {
 
 // Deactivation
 
-TEST_F(LifetimeTest, AfterDeactivationManagerContentAndControllerAreGone) {
+TEST_F(LifetimeTest, AfterDeactivationManagerContentAndControllerAreDestroyed) {
   load(5.0);
-  deactivateAndDropManager();
-  EXPECT_TRUE(allGone());
+  deactivateAndReleaseManager();
+  EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsGoneToo) {
+TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsDestroyed) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   window->contentViewController()->addChildViewController(
@@ -52,63 +52,63 @@ TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsGoneToo) {
   const Weak<LaunchScreenContent> temporary = manager->tempContent();
   const Weak<NSViewController> itsController = manager->tempContent()->viewController();
   ASSERT_FALSE(temporary.expired());
-  deactivateAndDropManager();
+  deactivateAndReleaseManager();
   EXPECT_TRUE(temporary.expired());
   EXPECT_TRUE(itsController.expired());
-  EXPECT_TRUE(allGone());
+  EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, AfterAWholeRunAndDeactivationAllAreGoneInEveryMode) {
+TEST_F(LifetimeTest, AfterACompleteRunAndDeactivationAllAreDestroyedInEveryMode) {
   for (const std::int32_t mode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     load(0.5);
     present(openPlayerWindowWithContentViewController(), mode);
     platform.run(3.0);
-    deactivateAndDropManager();
-    EXPECT_TRUE(allGone()) << "host mode " << mode;
+    deactivateAndReleaseManager();
+    EXPECT_TRUE(areAllDestroyed()) << "host mode " << mode;
   }
 }
 
-TEST_F(LifetimeTest, AfterAWholeRunOverAWindowWithoutContentViewControllerAllAreGone) {
+TEST_F(LifetimeTest, AfterACompleteRunWithoutAContentViewControllerAllAreDestroyed) {
   load(0.5);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(1.0);
-  deactivateAndDropManager();
+  deactivateAndReleaseManager();
   EXPECT_FALSE(watchedController.expired()) << "the cover is still to be taken down";
   platform.run(1.0);
-  EXPECT_TRUE(allGone());
+  EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, WithoutDeactivationControllerContentAndManagerKeepEachOtherAlive) {
+TEST_F(LifetimeTest, WithoutDeactivationControllerContentAndManagerOwnEachOther) {
   load(5.0);
-  dropManager();
+  releaseManager();
   EXPECT_FALSE(watchedManager.expired());
   EXPECT_FALSE(watchedContent.expired());
   EXPECT_FALSE(watchedController.expired());
   watchedManager.lock()->deactivate();
-  EXPECT_TRUE(allGone());
+  EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, WithoutARequestTheManagerNeedsNoDeactivation) {
-  dropManager();
+TEST_F(LifetimeTest, WithoutARequestTheManagerIsDestroyedWithoutDeactivation) {
+  releaseManager();
   EXPECT_TRUE(watchedManager.expired());
   EXPECT_TRUE(watchedContent.expired());
 }
 
-TEST_F(LifetimeTest, AControllerThatIsNotShownIsGoneOnceAnotherTakesItsPlace) {
+TEST_F(LifetimeTest, AReplacedControllerThatIsNotShownIsDestroyed) {
   load(5.0);
   const Weak<LaunchScreenViewController> former = controller();
   load(5.0);
   EXPECT_TRUE(former.expired());
 }
 
-// Teardown
+// Destruction
 
-TEST_F(LifetimeTest, TeardownEndsTheRegistrationsForNotifications) {
+TEST_F(LifetimeTest, DestructionRemovesAllObservers) {
   manager->subscribeAppLifecycle();
   ASSERT_EQ(registrationCount(), 6u);
-  const NSObject* const identity = manager.get();  // to compare with only
-  dropManager();
+  const NSObject* const identity = manager.get();  // for comparison only
+  releaseManager();
   EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not keep it";
   EXPECT_EQ(NSNotificationCenter::defaultCenter().registrationCount(identity), 0u);
 }
@@ -118,34 +118,34 @@ TEST_F(LifetimeTest, TeardownEndsTheRegistrationsForNotifications) {
 TEST_F(LifetimeTest, ARunningCountdownKeepsTheManagerAliveUntilItIsPaused) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
-  dropManager();
+  releaseManager();
   platform.run(1.0);
   ASSERT_FALSE(watchedManager.expired());
   watchedManager.lock()->pauseTimer();
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, ACountdownThatHasEndedKeepsNothingAlive) {
+TEST_F(LifetimeTest, AFinishedCountdownOwnsNothing) {
   manager->setLaunchScreenExpirationTimeLeft(0.3);
   manager->startTimer();
-  dropManager();
+  releaseManager();
   platform.run(0.299999999);
   EXPECT_FALSE(watchedManager.expired());
   platform.run(0.000000001);
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, AnInvalidTimerKeepsNothingAlive) {
+TEST_F(LifetimeTest, AnInvalidTimerOwnsNothing) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   const auto held = timer();
   manager->stopTimer();
-  dropManager();
+  releaseManager();
   EXPECT_FALSE(held->isValid());
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, ADroppedTimerIsGone) {
+TEST_F(LifetimeTest, AReleasedTimerIsDestroyed) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   const Weak<NSTimer> held = timer();
@@ -160,7 +160,7 @@ TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager
   const Weak<LaunchScreenConfiguration> held = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
-  dropManager();
+  releaseManager();
   EXPECT_TRUE(watchedManager.expired());
   platform.run(0.499999999);
   EXPECT_FALSE(held.expired());
@@ -181,7 +181,7 @@ TEST_F(LifetimeTest, ADeferredEventKeepsTheManagerAliveForASecond) {
   manager->windowDidBecomeKey(
       NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, window));
   ASSERT_EQ(pendingTaskCount(), 1u);
-  deactivateAndDropManager();
+  deactivateAndReleaseManager();
   platform.run(0.999999999);
   EXPECT_FALSE(watchedManager.expired());
   platform.run(0.000000001);
@@ -194,7 +194,7 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   configuration().setNextEventName(NSString::stringWithUTF8String("early"));
   ASSERT_FALSE(manager->canLaunchScreenControllerDismiss(nullptr));
-  dropManager();
+  releaseManager();
   platform.run(1.999999999);
   EXPECT_FALSE(watchedManager.expired());
   platform.run(0.000000001);
@@ -203,15 +203,15 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   EXPECT_EQ(platform.events, (Events{{"early", 2.5}}));
 }
 
-TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilItHasRun) {
+TEST_F(LifetimeTest, ADismissalOnAnotherThreadKeepsTheManagerAliveUntilItHasRun) {
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
-  dropManager();
+  releaseManager();
   EXPECT_FALSE(watchedManager.expired());
   platform.runDueWork();
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, ARequestFromAnotherThreadKeepsTheContentAliveUntilItsControllerIsBuilt) {
+TEST_F(LifetimeTest, ARequestOnAnotherThreadKeepsTheContentAliveUntilItsControllerIsCreated) {
   runOnAnotherThread([this] { manager->contentDataForContentRequest(makeRequest("e", 5)); });
   watchedContent = manager->content();
   manager->deactivate();

@@ -1,4 +1,4 @@
-// What a request's parameters do to the default configuration, also when they are refused.
+// How the parameters of a request change the default configuration.
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -20,8 +20,8 @@ constexpr auto kNoDuration =
     "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
     "Max duration time is nil or empty!";
 
-/// A value of a kind that no parameter has: what becomes of a truth value, for one.
-class Flag final : public Class<Flag, "Flag"> {};
+/// A value that is neither a text nor a number.
+class OtherValue final : public Class<OtherValue, "OtherValue"> {};
 
 Strong<NSString> text(std::string_view value) { return NSString::stringWithUTF8String(value); }
 Strong<NSNumber> number(double value) { return NSNumber::numberWithDouble(value); }
@@ -31,7 +31,7 @@ class RequestParsingTest : public LaunchScreenTest {
   bool parse(NSDictionary::Entries entries) {
     return manager->parseParameters(NSDictionary::dictionaryWithEntries(std::move(entries)));
   }
-  /// An event, and this duration; none leaves it out.
+  /// Parses an event and this duration. Null leaves the duration out.
   bool parseDuration(const Strong<NSObjectProtocol>& duration) {
     NSDictionary::Entries entries{{"event", text("e")}};
     if (duration != nullptr) {
@@ -39,34 +39,35 @@ class RequestParsingTest : public LaunchScreenTest {
     }
     return parse(std::move(entries));
   }
-  /// An event, a duration and this mode; answers the skip mode that comes of it, from both sides.
+  /// Parses an event, a duration and this mode. Returns the resulting skip mode, which must not
+  /// depend on the previous one.
   bool skipModeFrom(const Strong<NSObjectProtocol>& mode) {
     NSDictionary::Entries entries{{"event", text("e")}, {"max_duration_time", number(5)}};
     if (mode != nullptr) {
       entries["mode"] = mode;
     }
-    bool answers[2] = {};
+    bool results[2] = {};
     for (const bool before : {false, true}) {
       configuration().setSkipMode(before);
       EXPECT_TRUE(parse(entries));
-      answers[before ? 1 : 0] = configuration().skipMode();
+      results[before ? 1 : 0] = configuration().skipMode();
     }
-    EXPECT_EQ(answers[0], answers[1]);
-    return answers[0];
+    EXPECT_EQ(results[0], results[1]);
+    return results[0];
   }
   [[nodiscard]] std::string_view eventName() const {
     return send(configuration().nextEventName(), &NSString::UTF8String);
   }
 };
 
-// No parameters
+// Null parameters
 
-TEST_F(RequestParsingTest, NoParametersAreRefusedWithOneLogLine) {
+TEST_F(RequestParsingTest, NullParametersAreRefusedWithOneLogLine) {
   EXPECT_FALSE(manager->parseParameters(nullptr));
   EXPECT_EQ(platform.log, std::vector<std::string>{kNoParameters});
 }
 
-TEST_F(RequestParsingTest, NoParametersLeaveTheConfigurationAsItWas) {
+TEST_F(RequestParsingTest, NullParametersDoNotChangeTheConfiguration) {
   configuration().setSkipMode(true);
   configuration().setNextEventName(text("former"));
   configuration().setExpirationTimeInterval(9.0);
@@ -76,12 +77,12 @@ TEST_F(RequestParsingTest, NoParametersLeaveTheConfigurationAsItWas) {
   EXPECT_EQ(configuration().expirationTimeInterval(), 9.0);
 }
 
-TEST_F(RequestParsingTest, NoParametersDoNotEvenMakeTheDefaultConfiguration) {
+TEST_F(RequestParsingTest, NullParametersDoNotCreateTheDefaultConfiguration) {
   EXPECT_FALSE(manager->parseParameters(nullptr));
   EXPECT_EQ(sDefaultConfiguration, nullptr);
 }
 
-TEST_F(RequestParsingTest, AnEmptyDictionaryClearsTheSkipModeAndLacksTheEvent) {
+TEST_F(RequestParsingTest, AnEmptyDictionaryClearsTheSkipModeAndIsRefused) {
   configuration().setSkipMode(true);
   EXPECT_FALSE(manager->parseParameters(NSDictionary::dictionary()));
   EXPECT_EQ(platform.log, std::vector<std::string>{kNoEvent});
@@ -96,25 +97,25 @@ TEST_F(RequestParsingTest, TheModeSkipTurnsTheSkipModeOn) {
 
 TEST_F(RequestParsingTest, AMissingModeTurnsTheSkipModeOff) { EXPECT_FALSE(skipModeFrom(nullptr)); }
 
-TEST_F(RequestParsingTest, TheModeForcedIsLikeAMissingOne) {
+TEST_F(RequestParsingTest, TheModeForcedCountsAsMissing) {
   EXPECT_FALSE(skipModeFrom(text("forced")));
 }
 
-TEST_F(RequestParsingTest, AnyOtherModeIsLikeAMissingOne) {
+TEST_F(RequestParsingTest, AnyOtherModeCountsAsMissing) {
   for (const std::string_view mode : {"Skip", "SKIP", "skip ", " skip", "skipped", "ski", ""}) {
     EXPECT_FALSE(skipModeFrom(text(mode))) << '"' << mode << '"';
   }
 }
 
-TEST_F(RequestParsingTest, AModeOfAnotherKindIsLikeAMissingOne) {
+TEST_F(RequestParsingTest, AModeOfAnotherTypeCountsAsMissing) {
   EXPECT_FALSE(skipModeFrom(number(1)));
   EXPECT_FALSE(skipModeFrom(NSNull::null()));
-  EXPECT_FALSE(skipModeFrom(make<Flag>()));
+  EXPECT_FALSE(skipModeFrom(make<OtherValue>()));
 }
 
 // The event
 
-TEST_F(RequestParsingTest, AMissingEventIsRefusedAndLeavesOnlyTheNewSkipMode) {
+TEST_F(RequestParsingTest, AMissingEventIsRefusedButTheSkipModeIsStored) {
   configuration().setNextEventName(text("former"));
   configuration().setExpirationTimeInterval(9.0);
   EXPECT_FALSE(parse({{"mode", text("skip")}, {"max_duration_time", number(5)}}));
@@ -124,7 +125,7 @@ TEST_F(RequestParsingTest, AMissingEventIsRefusedAndLeavesOnlyTheNewSkipMode) {
   EXPECT_EQ(configuration().expirationTimeInterval(), 9.0);
 }
 
-TEST_F(RequestParsingTest, AnEmptyEventIsRefusedAndLeavesOnlyTheNewSkipMode) {
+TEST_F(RequestParsingTest, AnEmptyEventIsRefusedButTheSkipModeIsStored) {
   configuration().setNextEventName(text("former"));
   EXPECT_FALSE(
       parse({{"mode", text("skip")}, {"event", text("")}, {"max_duration_time", number(5)}}));
@@ -134,9 +135,9 @@ TEST_F(RequestParsingTest, AnEmptyEventIsRefusedAndLeavesOnlyTheNewSkipMode) {
   EXPECT_EQ(configuration().expirationTimeInterval(), 0.0);
 }
 
-TEST_F(RequestParsingTest, AnEventOfAnotherKindIsLikeAMissingOne) {
+TEST_F(RequestParsingTest, AnEventOfAnotherTypeCountsAsMissing) {
   const std::initializer_list<Strong<NSObjectProtocol>> events = {
-      make<Flag>(), number(7), NSNull::null(), NSDictionary::dictionary()};
+      make<OtherValue>(), number(7), NSNull::null(), NSDictionary::dictionary()};
   for (const auto& event : events) {
     platform.log.clear();
     EXPECT_FALSE(parse({{"event", event}, {"max_duration_time", number(5)}}));
@@ -145,7 +146,7 @@ TEST_F(RequestParsingTest, AnEventOfAnotherKindIsLikeAMissingOne) {
   }
 }
 
-TEST_F(RequestParsingTest, TheEventIsKeptAsTheSameStringAndNotCopied) {
+TEST_F(RequestParsingTest, TheEventIsNotCopied) {
   const auto event = text("launch_end");
   EXPECT_TRUE(parse({{"event", event}, {"max_duration_time", number(5)}}));
   EXPECT_EQ(configuration().nextEventName().get(), event.get());
@@ -153,7 +154,7 @@ TEST_F(RequestParsingTest, TheEventIsKeptAsTheSameStringAndNotCopied) {
 
 // The duration
 
-TEST_F(RequestParsingTest, AMissingDurationIsRefusedAndLeavesTheNewModeAndEvent) {
+TEST_F(RequestParsingTest, AMissingDurationIsRefusedButModeAndEventAreStored) {
   configuration().setNextEventName(text("former"));
   configuration().setExpirationTimeInterval(9.0);
   EXPECT_FALSE(parse({{"mode", text("skip")}, {"event", text("e")}}));
@@ -163,7 +164,7 @@ TEST_F(RequestParsingTest, AMissingDurationIsRefusedAndLeavesTheNewModeAndEvent)
   EXPECT_EQ(configuration().expirationTimeInterval(), 9.0);
 }
 
-TEST_F(RequestParsingTest, ADurationThatIsZeroOrNoNumberIsRefused) {
+TEST_F(RequestParsingTest, ADurationThatIsZeroOrNotNumericTextIsRefused) {
   const std::initializer_list<Strong<NSObjectProtocol>> durations = {
       number(0),    number(-0.0), number(1e-60), NSNumber::numberWithInteger(0),
       text("0"),    text("-0"),   text("abc"),   text(""),
@@ -178,9 +179,9 @@ TEST_F(RequestParsingTest, ADurationThatIsZeroOrNoNumberIsRefused) {
   }
 }
 
-TEST_F(RequestParsingTest, ADurationOfAnotherKindIsLikeAMissingOne) {
-  const std::initializer_list<Strong<NSObjectProtocol>> durations = {make<Flag>(), NSNull::null(),
-                                                                     NSDictionary::dictionary()};
+TEST_F(RequestParsingTest, ADurationOfAnotherTypeCountsAsMissing) {
+  const std::initializer_list<Strong<NSObjectProtocol>> durations = {
+      make<OtherValue>(), NSNull::null(), NSDictionary::dictionary()};
   for (const auto& duration : durations) {
     platform.log.clear();
     EXPECT_FALSE(parseDuration(duration));
@@ -189,7 +190,7 @@ TEST_F(RequestParsingTest, ADurationOfAnotherKindIsLikeAMissingOne) {
   }
 }
 
-TEST_F(RequestParsingTest, ADurationIsReadInSinglePrecisionFromANumberOrAText) {
+TEST_F(RequestParsingTest, ADurationIsASinglePrecisionNumberOrText) {
   const std::initializer_list<std::pair<Strong<NSObjectProtocol>, double>> durations = {
       {number(5), 5.0},
       {NSNumber::numberWithInteger(5), 5.0},
@@ -211,15 +212,15 @@ TEST_F(RequestParsingTest, ADurationIsReadInSinglePrecisionFromANumberOrAText) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(RequestParsingTest, ADurationThatIsNotANumberValueIsAccepted) {
+TEST_F(RequestParsingTest, ADurationOfNaNIsAccepted) {
   EXPECT_TRUE(parseDuration(number(std::numeric_limits<double>::quiet_NaN())));
   EXPECT_TRUE(std::isnan(configuration().expirationTimeInterval()));
   EXPECT_TRUE(platform.log.empty());
 }
 
-// All of it
+// Complete requests
 
-TEST_F(RequestParsingTest, AnAcceptedRequestIsWrittenIntoTheDefaultThatStands) {
+TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheCurrentDefault) {
   const auto configuration = LaunchScreenConfiguration::init();
   LaunchScreenConfiguration::setDefaultConfiguration(configuration);
   EXPECT_TRUE(
@@ -231,21 +232,21 @@ TEST_F(RequestParsingTest, AnAcceptedRequestIsWrittenIntoTheDefaultThatStands) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(RequestParsingTest, AnAcceptedRequestMakesTheDefaultIfThereIsNone) {
+TEST_F(RequestParsingTest, AnAcceptedRequestCreatesTheDefaultIfNecessary) {
   ASSERT_EQ(sDefaultConfiguration, nullptr);
   EXPECT_TRUE(parseDuration(number(5)));
   ASSERT_NE(sDefaultConfiguration, nullptr);
   EXPECT_EQ(sDefaultConfiguration->expirationTimeInterval(), 5.0);
 }
 
-TEST_F(RequestParsingTest, ParsingAloneTouchesNeitherContentNorTimeLeft) {
+TEST_F(RequestParsingTest, ParsingChangesNeitherContentNorTimeLeft) {
   EXPECT_TRUE(parseDuration(number(5)));
   EXPECT_EQ(manager->content()->contentRequest(), nullptr);
   EXPECT_EQ(manager->content()->state(), 0u);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 0.0);
 }
 
-TEST_F(RequestParsingTest, OtherParametersAreNotLookedAt) {
+TEST_F(RequestParsingTest, OtherParametersAreIgnored) {
   EXPECT_TRUE(parse({{"event", text("e")},
                      {"max_duration_time", number(5)},
                      {"skip", text("skip")},

@@ -33,7 +33,7 @@ TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
   EXPECT_TRUE(cover.expired());
 }
 
-TEST_F(RestartTest, ALaunchScreenUnderAParentEndsAsIfItWereTheFirst) {
+TEST_F(RestartTest, AfterARestartALaunchScreenUnderAParentEnds) {
   stopUnderTrackedCover();
   startWithNewManager();
   const auto window = openPlayerWindowWithContentViewController();
@@ -46,7 +46,7 @@ TEST_F(RestartTest, ALaunchScreenUnderAParentEndsAsIfItWereTheFirst) {
   EXPECT_FALSE(cover->isShown());
 }
 
-TEST_F(RestartTest, ATrackedLaunchScreenEndsAsIfItWereTheFirst) {
+TEST_F(RestartTest, AfterARestartATrackedLaunchScreenEnds) {
   stopUnderTrackedCover();
   platform.events.clear();
   startWithNewManager();

@@ -1,4 +1,4 @@
-// Which windows matter to the countdown, and when a request must not disturb what is shown.
+// Which windows are required, and when a request needs a temporary content.
 #include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -6,16 +6,16 @@
 namespace vel::test {
 namespace {
 
-/// A view controller that counts how often it was asked for its class name.
+/// A view controller that counts the calls of `className`.
 class CountedController final
     : public Class<CountedController, "CountedController", NSViewController> {
  public:
   explicit CountedController(std::string_view name) : name_(name) {}
   [[nodiscard]] std::string_view className() const override {
-    ++asked;
+    ++calls;
     return name_;
   }
-  mutable int asked = 0;
+  mutable int calls = 0;
 
  private:
   std::string_view name_;
@@ -31,7 +31,7 @@ class UnnamedController final : public Class<UnnamedController, "UnnamedControll
   void deactivate() override {}
 };
 
-// An open window whose content view controller has these children.
+// Opens a window whose content view controller has these children.
 Strong<NSWindow> openWindowWithChildren(std::initializer_list<Strong<NSViewController>> children,
                                         std::string_view className = "NSWindow") {
   const auto window = openWindow(className);
@@ -49,12 +49,12 @@ Strong<NSViewController> named(std::string_view name) { return make<NamedViewCon
 
 class RequiredWindowTest : public LaunchScreenTest {};
 
-TEST_F(RequiredWindowTest, NoWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, ANullWindowIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(nullptr));
   load(5.0);
-  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "nor is it while nothing is presented";
+  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "while nothing is presented";
   present(openPlayerWindow(), kHostModeModalWindow);
-  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "nor during a modal run";
+  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "during a modal run";
 }
 
 TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
@@ -69,7 +69,7 @@ TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
   }
 }
 
-TEST_F(RequiredWindowTest, AnEmbeddedCoversWindowIsRequiredWithoutAnyChildController) {
+TEST_F(RequiredWindowTest, TheWindowOfAnEmbeddedCoverIsRequiredWithoutAChildController) {
   load(5.0);
   const auto window = openPlayerWindow();
   present(window, kHostModeEmbedded);
@@ -109,7 +109,7 @@ TEST_F(RequiredWindowTest, WithoutAModalRunAChildOfThePlayerWindowIsNotRequired)
   EXPECT_FALSE(manager->isRequiredWindow(child));
 }
 
-TEST_F(RequiredWindowTest, AModalRunOfAnotherWindowMakesThePlayerWindowNotRequired) {
+TEST_F(RequiredWindowTest, DuringAModalRunOfAnotherWindowThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(openWindow("NSWindow"), kHostModeEmbedded);
@@ -117,7 +117,7 @@ TEST_F(RequiredWindowTest, AModalRunOfAnotherWindowMakesThePlayerWindowNotRequir
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, WhileItRunsModallyThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalRunThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(player, kHostModeModalWindow);
@@ -125,7 +125,7 @@ TEST_F(RequiredWindowTest, WhileItRunsModallyThePlayerWindowIsRequired) {
   EXPECT_TRUE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, WhileItRunsModallyAChildOfThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalRunAChildOfThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -137,7 +137,7 @@ TEST_F(RequiredWindowTest, WhileItRunsModallyAChildOfThePlayerWindowIsRequired) 
   EXPECT_FALSE(manager->isRequiredWindow(grandchild));
 }
 
-TEST_F(RequiredWindowTest, WhileItRunsModallyASheetOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalRunASheetOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   const auto sheet = named("NSViewController");
@@ -147,7 +147,7 @@ TEST_F(RequiredWindowTest, WhileItRunsModallyASheetOfThePlayerWindowIsNotRequire
   EXPECT_FALSE(manager->isRequiredWindow(sheet->view()->window()));
 }
 
-TEST_F(RequiredWindowTest, WhileItRunsModallyAWindowOfAnotherNameIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalRunAWindowOfAnotherClassIsNotRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {
@@ -167,7 +167,7 @@ TEST_F(RequiredWindowTest, AWindowWithAChildOfTheLaunchScreensClassIsRequired) {
       openWindowWithChildren({named("NSViewController"), named("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalRunTheChildrenAreLookedAtToo) {
+TEST_F(RequiredWindowTest, DuringAModalRunTheChildrenAreAlsoCompared) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(
@@ -180,14 +180,14 @@ TEST_F(RequiredWindowTest, AWindowWithAChildOfASubclassIsNotRequired) {
       openWindowWithChildren({named("LaunchScreenViewControllerSubclass")})));
 }
 
-TEST_F(RequiredWindowTest, TheContentViewControllerItselfDoesNotCount) {
+TEST_F(RequiredWindowTest, TheContentViewControllerItselfIsNotCompared) {
   load(5.0);
   const auto window = openWindow("NSWindow");
   window->setContentViewController(named("LaunchScreenViewController"));
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, ChildrenAreComparedWithTheClassOfTheControllerInUse) {
+TEST_F(RequiredWindowTest, ChildrenAreComparedWithTheClassOfTheCurrentController) {
   loadHostController(5.0);
   EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren({named("HostController")})));
   EXPECT_FALSE(
@@ -216,22 +216,22 @@ TEST_F(RequiredWindowTest, TheFirstMatchEndsTheSearch) {
   const auto after = make<CountedController>("NSViewController");
   EXPECT_TRUE(manager->isRequiredWindow(
       openWindowWithChildren({before, named("LaunchScreenViewController"), after})));
-  EXPECT_EQ(before->asked, 1);
-  EXPECT_EQ(after->asked, 0);
+  EXPECT_EQ(before->calls, 1);
+  EXPECT_EQ(after->calls, 0);
 }
 
-// The temporary item
+// The temporary content
 
 class TemporaryItemTest : public LaunchScreenTest {
  protected:
-  // A window with a child that matches nothing; it tells how often it was looked at.
+  // Opens a window with a child that does not match. The child counts its comparisons.
   static std::pair<Strong<NSWindow>, Strong<CountedController>> openCountedWindow() {
     auto counted = make<CountedController>("NSViewController");
     return {openWindowWithChildren({counted}), counted};
   }
 };
 
-TEST_F(TemporaryItemTest, WithNothingShownNoneIsRequired) {
+TEST_F(TemporaryItemTest, WithoutACoverItIsNotRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
   openPlayerWindowWithContentViewController();
   EXPECT_FALSE(manager->tempItemRequired());
@@ -239,12 +239,12 @@ TEST_F(TemporaryItemTest, WithNothingShownNoneIsRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WithoutAnApplicationNoneIsRequired) {
+TEST_F(TemporaryItemTest, WithoutAnApplicationItIsNotRequired) {
   NSApplication::stop();
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WhileTheMainContentIsPresentedOneIsRequired) {
+TEST_F(TemporaryItemTest, WhileTheMainContentIsPresentedItIsRequired) {
   for (const std::int32_t mode : {kHostModeSheet, kHostModeModalWindow}) {
     load(5.0);
     present(openPlayerWindowWithContentViewController(), mode);
@@ -256,7 +256,7 @@ TEST_F(TemporaryItemTest, WhileTheMainContentIsPresentedOneIsRequired) {
   }
 }
 
-TEST_F(TemporaryItemTest, WhileAnotherContentIsPresentedNoneIsRequired) {
+TEST_F(TemporaryItemTest, WhileAnotherContentIsPresentedItIsNotRequired) {
   load(5.0);
   const auto other = LaunchScreenContent::init();
   other->setContentRequest(makeRequest("e", 5));
@@ -267,13 +267,13 @@ TEST_F(TemporaryItemTest, WhileAnotherContentIsPresentedNoneIsRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WhileOneIsEmbeddedInTheKeyWindowOneIsRequired) {
+TEST_F(TemporaryItemTest, WithACoverInTheKeyWindowItIsRequired) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WhileOneIsEmbeddedInABackgroundWindowOneIsRequired) {
+TEST_F(TemporaryItemTest, WithACoverInABackgroundWindowItIsRequired) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
@@ -286,7 +286,7 @@ TEST_F(TemporaryItemTest, WhileOneIsEmbeddedInABackgroundWindowOneIsRequired) {
   EXPECT_FALSE(manager->tempItemRequired()) << "a window off the screen is not looked at";
 }
 
-TEST_F(TemporaryItemTest, WhoseContentTheEmbeddedOneIsDoesNotMatter) {
+TEST_F(TemporaryItemTest, TheContentOfTheCoverDoesNotMatter) {
   openWindowWithChildren({named("NSViewController"), named("LaunchScreenViewController")});
   EXPECT_TRUE(manager->tempItemRequired());
 }
@@ -297,14 +297,14 @@ TEST_F(TemporaryItemTest, AnEmbeddedControllerOfAnotherClassDoesNotCount) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ACoverThatIsNobodysChildDoesNotCount) {
+TEST_F(TemporaryItemTest, ACoverWithoutAParentDoesNotCount) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   ASSERT_NE(controller()->view()->window(), nullptr);
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsLookedAtFirstAndOnceMoreAmongTheOthers) {
+TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedFirstAndAgainAmongTheOthers) {
   const auto [main, inMain] = openCountedWindow();
   main->makeKeyWindow();
   const auto [front, inFront] = openCountedWindow();
@@ -317,12 +317,12 @@ TEST_F(TemporaryItemTest, TheKeyWindowIsLookedAtFirstAndOnceMoreAmongTheOthers) 
   ASSERT_NE(key, main);
 
   EXPECT_FALSE(manager->tempItemRequired());
-  EXPECT_EQ(inKey->asked, 2);
-  EXPECT_EQ(inMain->asked, 1) << "with a key window the main one is not asked for";
-  EXPECT_EQ(inFront->asked, 1);
+  EXPECT_EQ(inKey->calls, 2);
+  EXPECT_EQ(inMain->calls, 1) << "with a key window the main window is not searched";
+  EXPECT_EQ(inFront->calls, 1);
 }
 
-TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainOneIsLookedAtFirst) {
+TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedFirst) {
   const auto [main, inMain] = openCountedWindow();
   main->makeKeyWindow();
   const auto [front, inFront] = openCountedWindow();
@@ -330,28 +330,28 @@ TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainOneIsLookedAtFirst) {
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), main);
   EXPECT_FALSE(manager->tempItemRequired());
-  EXPECT_EQ(inMain->asked, 2);
-  EXPECT_EQ(inFront->asked, 1);
+  EXPECT_EQ(inMain->calls, 2);
+  EXPECT_EQ(inFront->calls, 1);
 }
 
-TEST_F(TemporaryItemTest, WindowsAreLookedAtFrontToBackUntilOneMatches) {
+TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
   const auto [back, inBack] = openCountedWindow();
   openWindowWithChildren({named("LaunchScreenViewController")});
   const auto [front, inFront] = openCountedWindow();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), nullptr);
   EXPECT_TRUE(manager->tempItemRequired());
-  EXPECT_EQ(inFront->asked, 1);
-  EXPECT_EQ(inBack->asked, 0);
+  EXPECT_EQ(inFront->calls, 1);
+  EXPECT_EQ(inBack->calls, 0);
 }
 
-TEST_F(TemporaryItemTest, APresentedMainContentIsFoundBeforeAnyWindowIsLookedAt) {
+TEST_F(TemporaryItemTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
   const auto [window, counted] = openCountedWindow();
   load(5.0);
-  counted->asked = 0;
+  counted->calls = 0;
   present(window, kHostModeSheet);
   EXPECT_TRUE(manager->tempItemRequired());
-  EXPECT_EQ(counted->asked, 0);
+  EXPECT_EQ(counted->calls, 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The launch screen from request to event.
+// Complete runs of a launch screen, from request to event.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -8,9 +8,9 @@ namespace {
 
 using Events = std::vector<VirtualPlatform::Event>;
 
-class WholeRunTest : public LaunchScreenTest {
+class CompleteRunTest : public LaunchScreenTest {
  protected:
-  // Requests, and presents the content in the host's mode, followed by the host's view delegate.
+  // Requests and presents the content. The host's view delegate writes to the journal.
   void show(const Strong<NSWindow>& window, std::int32_t hostMode, double duration = 1.0,
             std::string_view mode = "") {
     load(duration, mode);
@@ -18,7 +18,7 @@ class WholeRunTest : public LaunchScreenTest {
     takeEvents();
     present(window, hostMode);
   }
-  // The user goes away after three ticks of the countdown, and comes back five seconds later.
+  // The focus leaves the window after three ticks and returns five seconds later.
   void switchAwayAndBack(const Strong<NSWindow>& window) {
     platform.run(0.35);
     platform.windowSystem().userMovesFocusAway();
@@ -34,9 +34,9 @@ class WholeRunTest : public LaunchScreenTest {
   Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
 };
 
-// Mode by mode
+// Each presentation mode
 
-TEST_F(WholeRunTest, EmbeddedWithoutAParentTheCoverOutlastsItsEndByASecond) {
+TEST_F(CompleteRunTest, EmbeddedWithoutAParentTheCoverIsRemovedASecondAfterItsEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
@@ -55,7 +55,7 @@ TEST_F(WholeRunTest, EmbeddedWithoutAParentTheCoverOutlastsItsEndByASecond) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(WholeRunTest, EmbeddedUnderAParentTheCoverGoesWithItsEnd) {
+TEST_F(CompleteRunTest, EmbeddedUnderAParentTheCoverIsRemovedAtItsEnd) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -69,7 +69,7 @@ TEST_F(WholeRunTest, EmbeddedUnderAParentTheCoverGoesWithItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(WholeRunTest, AsAModalWindowItIsRunModallyUntilItsEnd) {
+TEST_F(CompleteRunTest, AModalWindowRunsModallyUntilItsEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
@@ -86,7 +86,7 @@ TEST_F(WholeRunTest, AsAModalWindowItIsRunModallyUntilItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(WholeRunTest, AsASheetItHangsFromTheWindowUntilItsEnd) {
+TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilItsEnd) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
@@ -101,9 +101,9 @@ TEST_F(WholeRunTest, AsASheetItHangsFromTheWindowUntilItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-// The user goes away and comes back: three ticks before, eight after
+// The focus leaves the window and returns: three ticks before, eight after
 
-TEST_F(WholeRunTest, EmbeddedWithoutAParentTheTimeAwayIsNotCounted) {
+TEST_F(CompleteRunTest, EmbeddedWithoutAParentUnfocusedTimeIsNotCounted) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -113,7 +113,7 @@ TEST_F(WholeRunTest, EmbeddedWithoutAParentTheTimeAwayIsNotCounted) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(WholeRunTest, EmbeddedUnderAParentTheTimeAwayIsNotCounted) {
+TEST_F(CompleteRunTest, EmbeddedUnderAParentUnfocusedTimeIsNotCounted) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -123,14 +123,14 @@ TEST_F(WholeRunTest, EmbeddedUnderAParentTheTimeAwayIsNotCounted) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(WholeRunTest, AsAModalWindowTheTimeAwayIsNotCounted) {
+TEST_F(CompleteRunTest, InAModalWindowUnfocusedTimeIsNotCounted) {
   show(openPlayerWindow(), kHostModeModalWindow);
   switchAwayAndBack(NSApp->modalWindow());
   platform.run(3);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(WholeRunTest, AsAModalWindowThePlayersWindowCountsAsBackToo) {
+TEST_F(CompleteRunTest, UnderAModalWindowThePlayerWindowResumesTheCountdown) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   switchAwayAndBack(window);
@@ -138,7 +138,7 @@ TEST_F(WholeRunTest, AsAModalWindowThePlayersWindowCountsAsBackToo) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(WholeRunTest, AsASheetTheTimeAwayIsNotCounted) {
+TEST_F(CompleteRunTest, InASheetUnfocusedTimeIsNotCounted) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
   switchAwayAndBack(window->sheets().front());
@@ -146,7 +146,7 @@ TEST_F(WholeRunTest, AsASheetTheTimeAwayIsNotCounted) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(WholeRunTest, AnotherApplicationInFrontCountsAsAway) {
+TEST_F(CompleteRunTest, AnotherApplicationInFrontPausesTheCountdown) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
@@ -160,7 +160,7 @@ TEST_F(WholeRunTest, AnotherApplicationInFrontCountsAsAway) {
 
 // A consent dialog over the launch screen
 
-TEST_F(WholeRunTest, AConsentDialogInterruptsTheCountdownAndGivesTheKeyBack) {
+TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownAndTheWindowBecomesKeyAgain) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
@@ -178,9 +178,9 @@ TEST_F(WholeRunTest, AConsentDialogInterruptsTheCountdownAndGivesTheKeyBack) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-// Other ends
+// Other ways to end
 
-TEST_F(WholeRunTest, InSkipModeTheHostEndsItEarlyAndNoEventIsRecorded) {
+TEST_F(CompleteRunTest, InSkipModeTheHostDismissesEarlyAndNoEventIsRecorded) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10, "skip");
   platform.run(0.5);
@@ -191,7 +191,7 @@ TEST_F(WholeRunTest, InSkipModeTheHostEndsItEarlyAndNoEventIsRecorded) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(WholeRunTest, AnEarlyEndIsRefusedWithTheStyleKeptAndTheEventRecordedAllTheSame) {
+TEST_F(CompleteRunTest, AnEarlyDismissalIsRefusedButRecordsTheEvent) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded, 5);
   platform.run(0.5);
@@ -207,7 +207,7 @@ TEST_F(WholeRunTest, AnEarlyEndIsRefusedWithTheStyleKeptAndTheEventRecordedAllTh
   EXPECT_EQ(platform.events.size(), 1u);
 }
 
-TEST_F(WholeRunTest, TheHostsRefusalKeepsItUpBeyondItsTimeUntilHeAgrees) {
+TEST_F(CompleteRunTest, TheHostCanKeepTheLaunchScreenBeyondItsTime) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   host->agrees = false;
@@ -223,7 +223,7 @@ TEST_F(WholeRunTest, TheHostsRefusalKeepsItUpBeyondItsTimeUntilHeAgrees) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 10.5}}));
 }
 
-TEST_F(WholeRunTest, ASheetOnTopKeepsItUpAndTheHostDoesNotHearOfAnEnd) {
+TEST_F(CompleteRunTest, ASheetOnTopKeepsTheLaunchScreenWithoutADisappearance) {
   show(openPlayerWindow(), kHostModeModalWindow);
   const auto onTop = make<NamedViewController>("OnTop");
   controller()->presentViewControllerAsSheet(onTop);
@@ -238,7 +238,7 @@ TEST_F(WholeRunTest, ASheetOnTopKeepsItUpAndTheHostDoesNotHearOfAnEnd) {
                                  "viewDidDisappear", "host: did disappear"}));
 }
 
-TEST_F(WholeRunTest, TheHostWindowsEndIsTheLaunchScreensEnd) {
+TEST_F(CompleteRunTest, ClosingTheHostWindowEndsTheLaunchScreen) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10);
   platform.run(0.5);
@@ -250,7 +250,7 @@ TEST_F(WholeRunTest, TheHostWindowsEndIsTheLaunchScreensEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.0}}));
 }
 
-TEST_F(WholeRunTest, ASecondLaunchScreenOfTheSameManagerRunsWithoutAnEvent) {
+TEST_F(CompleteRunTest, ASecondLaunchScreenOfTheSameManagerRunsWithoutAnEvent) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(5);
