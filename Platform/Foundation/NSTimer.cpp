@@ -42,7 +42,7 @@ void NSTimer::invalidate() {
     return;
   }
   isValid_ = false;
-  // Keeps the timer alive: the run loop may hold its only reference.
+  // Keeps the timer alive: the run loop may hold the only reference to it.
   const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().remove(*this);
   // Released when the function returns: the target's destructor may use this timer.

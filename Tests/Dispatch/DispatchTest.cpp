@@ -267,7 +267,7 @@ TEST_F(DispatchTest, TheErrorOfAnEndlessWaitListsPendingWork) {
   }
 }
 
-TEST_F(DispatchTest, DroppedWorkDoesNotRun) {
+TEST_F(DispatchTest, RemovedWorkDoesNotRun) {
   submit("now");
   submitAt(after(1), "later");
   queue.removeAll();
@@ -275,11 +275,11 @@ TEST_F(DispatchTest, DroppedWorkDoesNotRun) {
   EXPECT_TRUE(runNames.empty());
 }
 
-TEST_F(DispatchTest, WorkMayDropTheRest) {
-  submit("dropper", [this] { queue.removeAll(); });
+TEST_F(DispatchTest, WorkMayRemoveTheRemainingWork) {
+  submit("remover", [this] { queue.removeAll(); });
   submit("rest");
   platform.run(1);
-  EXPECT_EQ(runNames, Names{"dropper"});
+  EXPECT_EQ(runNames, Names{"remover"});
 }
 
 TEST_F(DispatchTest, CapturedObjectsAreDestroyedWithTheWork) {
@@ -299,7 +299,7 @@ TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextPieceOfWorkRuns) {
   EXPECT_EQ(useCount, 1);
 }
 
-TEST_F(DispatchTest, ADestructorInDroppedWorkMaySubmitWork) {
+TEST_F(DispatchTest, ADestructorInRemovedWorkMaySubmitWork) {
   const auto submitting = [this](const int* value) {
     submit("late work");
     delete value;
@@ -319,7 +319,7 @@ TEST_F(DispatchTest, WorkThatThrowsLeavesTheRestForTheNextPass) {
   EXPECT_EQ(runNames, (Names{"throws", "rest"}));
 }
 
-TEST_F(DispatchTest, DispatchTimeAddsToNowOrToTheGivenMoment) {
+TEST_F(DispatchTest, DispatchTimeAddsToNowOrToATime) {
   letTimePass(1);
   EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, 0), NSEC_PER_SEC);
   EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), NSEC_PER_SEC * 3 / 2);
