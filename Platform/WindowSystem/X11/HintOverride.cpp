@@ -7,7 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Between an owner's reading and writing of the property, we write less often than this.
+// Between the time when an owner reads the property and the time when it writes the property, we
+// write it fewer times than this.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 }  // namespace
@@ -42,8 +43,8 @@ void HintOverride::reconcile(const HintValue& value) {
   }
 }
 
-// The current value stays, because our write came later. The owner's values recorded with our
-// writes were out of date.
+// Keeps the current value, because our write came later. Corrects the owner's values recorded with
+// our writes, because they are out of date.
 void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -66,8 +67,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   return interpretation;
 }
 
-// For each element of our value, the bits that differ from the owner's value. A number that differs
-// differs in all bits.
+// Returns the bits of each element in which our value differs from the owner's value. If a number
+// differs, returns all its bits.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
   const std::vector<std::uint32_t> ours = elementsOf(write.ourValue, 0);
   const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, ours.size());

@@ -17,13 +17,13 @@ using HintValue = std::optional<Property>;
 [[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
 /// One property of an adopted window: the owner's value, which restoring writes back, and the
-/// current value, which can be ours. It sends no requests: `WindowStyle` reads and writes the
-/// property and passes the values on.
+/// current value, which we may have written. It sends no requests: `WindowStyle` reads and writes
+/// the property and passes the values on.
 ///
 /// The owner can write the property at any time, and its last write becomes the owner's value. Many
 /// programs read a property, edit a part of it and write it back. If such a program has read a
 /// value of ours, its new value still contains our changes. The owner's value is then the new value
-/// with our changes taken out.
+/// without our changes.
 class HintOverride {
  public:
   /// `value` is the window's value before we write. The first `bitSetCount` elements of the
@@ -39,14 +39,16 @@ class HintOverride {
   /// Records that we write `value`. Returns false if the window already has it, so that no request
   /// is needed.
   [[nodiscard]] bool recordWrite(const HintValue& value);
-  /// Forgets our writes. Call it after restoring: from then on, each write of the owner is taken
-  /// unchanged.
+  /// Forgets our writes. Call this after restoring: the owner's next value then becomes the owner's
+  /// value unchanged.
   void forgetWrites();
 
-  /// Takes the value that the window has now. If it is not the current value, the owner wrote it.
+  /// Compares `value`, which the window has now, with the current value. If they differ, the owner
+  /// wrote `value`: updates the owner's value and the current value.
   void reconcile(const HintValue& value);
-  /// Takes the value that the window had just before a write of ours. If it is not `expectedValue`,
-  /// the current value before that write, then the owner wrote it and our write replaced it.
+  /// Compares `value`, which the window had just before one of our writes, with `expectedValue`,
+  /// the current value before that write. If they differ, the owner wrote `value`, and our write
+  /// replaced it: updates only the owner's value.
   void reconcileReplaced(const HintValue& expectedValue, const HintValue& value);
 
  private:
@@ -64,7 +66,7 @@ class HintOverride {
   std::size_t bitSetCount_;
   HintValue ownersValue_;
   HintValue currentValue_;
-  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner can have read any of them
+  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner may have read any of them
 };
 
 }  // namespace vel::x11

@@ -32,11 +32,14 @@ namespace vel::x11 {
 ///                                                C - controls
 ///   owner, while overridden: C                 C, until the event comes;  C
 ///                                                then C - controls
-///   owner, while overridden: what we wrote     C - controls               C
-///   owner, while overridden: what we wrote,    the edited value,          D, the edited value with
-///     edited                                     D - controls               our changes taken out
+///   owner, while overridden: the value that    C - controls               C
+///     we wrote
+///   owner, while overridden: an edit of the    the edit, until the        D: the edit without our
+///     value that we wrote                        event comes; then          changes
+///                                                D - controls
 ///   owner, while overridden: deletes the       no property, until the     no property
-///     property                                   event comes; then ours
+///     property                                   event comes; then our
+///                                                value
 ///   we, in restore                             C                          nothing
 ///   we, in restore, without a value to         a value that allows all,   nothing
 ///     restore                                    until `finishRestoring`;
@@ -57,9 +60,10 @@ class WindowStyle final : public NonCopyable {
   /// Blocks for a round trip to the X server only to restore hints. Overriding does not block, so
   /// that a launch screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
-  /// The window is about to get another size. Has no effect on an adopted window.
+  /// Call this before the window gets another size. Has no effect on an adopted window.
   void sizeChanged(PixelRect frame);
-  /// A program has written the hints. Blocks for a round trip if the window is adopted.
+  /// Call this when a program has written the hints. Blocks for a round trip if the window is
+  /// adopted.
   void hintsChanged();
 
   /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
@@ -74,7 +78,7 @@ class WindowStyle final : public NonCopyable {
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
-  /// The overridden hints remove the functions for resizing and maximising.
+  /// Returns true if the overridden hints remove the functions for resizing and maximising.
   [[nodiscard]] bool preventsResizing() const;
   /// Restores the functions for resizing and maximising, because the owner needs them. They stay
   /// until `restore`. Blocks for a round trip.
@@ -87,8 +91,8 @@ class WindowStyle final : public NonCopyable {
   void markOwnersMaskReported();
 
  private:
-  /// A request for _MOTIF_WM_HINTS that we sent just before overriding it, and the value expected
-  /// then.
+  /// A request for _MOTIF_WM_HINTS that we sent just before we overrode it, and the value that the
+  /// reply contains unless the owner has written another value.
   struct ReplacedMotif {
     xcb_get_property_cookie_t pendingReply;
     HintValue expectedValue;

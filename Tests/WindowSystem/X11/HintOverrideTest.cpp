@@ -1,4 +1,4 @@
-// The override of one property. These tests need no display.
+// `HintOverride` keeps the owner's value of a property. These tests need no display.
 #include <gtest/gtest.h>
 
 #include "Platform/WindowSystem/X11/HintOverride.h"
@@ -10,7 +10,7 @@ using x11::HintOverride;
 using x11::HintValue;
 using x11::Property;
 
-// The first element is a set of bits, the others are numbers.
+// The first element is a set of bits. The copy elements are numbers.
 constexpr std::size_t kBitSetCount = 1;
 
 HintValue hint(std::vector<std::uint32_t> elements) {
@@ -39,7 +39,7 @@ TEST_F(HintOverrideTest, NeedsNoRequestForTheCurrentValue) {
   EXPECT_FALSE(hintOverride.recordWrite(hint({3, 640, 5})));
 }
 
-TEST_F(HintOverrideTest, TakesEachWriteOfTheOwner) {
+TEST_F(HintOverrideTest, StoresEachWriteOfTheOwner) {
   hintOverride.reconcile(hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_TRUE(hintOverride.recordWrite(hint({10, 640, 6})));
@@ -48,13 +48,13 @@ TEST_F(HintOverrideTest, TakesEachWriteOfTheOwner) {
   EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
-TEST_F(HintOverrideTest, TakesTheDeletionOfTheProperty) {
+TEST_F(HintOverrideTest, StoresTheDeletionOfTheProperty) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.reconcile(std::nullopt);
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurs) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.reconcile(hint({3, 640, 5}));
@@ -62,28 +62,28 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurs) {
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheAbsenceOfThePropertyWhenTheOwnerWritesOurValue) {
-  HintOverride absent(std::nullopt, kBitSetCount);
-  EXPECT_TRUE(absent.recordWrite(hint({3, 640, 5})));
-  EXPECT_TRUE(absent.recordWrite(hint({3, 800, 5})));
-  absent.reconcile(hint({3, 640, 5}));
-  EXPECT_EQ(absent.ownersValue(), std::nullopt);
+TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesOurValue) {
+  HintOverride missingHint(std::nullopt, kBitSetCount);
+  EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
+  EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
+  missingHint.reconcile(hint({3, 640, 5}));
+  EXPECT_EQ(missingHint.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, TakesOurChangesOutOfAnEditedValue) {
+TEST_F(HintOverrideTest, RemovesOurChangesFromAnEditedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   // The owner sets another bit, changes the last number and appends one.
   hintOverride.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
-TEST_F(HintOverrideTest, TakesAValueThatLacksOneOfOurChangesAsItIs) {
+TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItLacksOneOfOurChanges) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 641, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
 }
 
-TEST_F(HintOverrideTest, TakesAValueThatIsShorterThanOursAsItIs) {
+TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItIsShorterThanOurs) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 640}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 640}));
@@ -93,14 +93,14 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWrites) {
   for (const std::uint32_t width : {600U, 610U, 620U, 630U, 640U}) {
     EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, width, 5})));
   }
-  HintOverride other = hintOverride;
+  HintOverride copy = hintOverride;
   hintOverride.reconcile(hint({1 | 2, 610, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 9}));
-  other.reconcile(hint({1 | 2, 600, 9}));
-  EXPECT_EQ(other.ownersValue(), hint({1 | 2, 600, 9}));
+  copy.reconcile(hint({1 | 2, 600, 9}));
+  EXPECT_EQ(copy.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
-TEST_F(HintOverrideTest, TakesAWriteOfTheOwnerThatOurWriteHasReplaced) {
+TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatOurWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
@@ -113,18 +113,18 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenOurWriteHasReplacedIt) {
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
-TEST_F(HintOverrideTest, TakesOurChangesOutOfAValueThatOurNextWriteHasReplaced) {
+TEST_F(HintOverrideTest, RemovesOurChangesFromAValueThatOurNextWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // Our last write, which the owner writes again, stands for the value found late.
+  // The previous line also corrected the owner's value recorded with our earlier writes.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
   hintOverride.reconcile(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
-TEST_F(HintOverrideTest, TakesEveryValueAsItIsAfterForgettingOurWrites) {
+TEST_F(HintOverrideTest, KeepsEachValueUnchangedAfterForgettingOurWrites) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
   hintOverride.forgetWrites();

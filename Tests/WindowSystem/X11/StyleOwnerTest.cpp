@@ -1,4 +1,5 @@
-// Hints that a game writes itself, before its window is covered and while it is.
+// Hints that the game, the owner of an adopted window, writes before or while the back end
+// overrides them. `cover` overrides the hints, and `uncover` restores them.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -20,10 +21,10 @@ class X11StyleOwner : public X11Test {
   Property motif(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(user.atom(kMotif), fields);
   }
-  static Property sizes(std::uint32_t flags, std::uint32_t least, std::uint32_t greatest) {
+  static Property sizes(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
     std::array<std::uint32_t, 18> fields{flags};
-    fields[5] = fields[6] = least;
-    fields[7] = fields[8] = greatest;
+    fields[5] = fields[6] = minimum;
+    fields[7] = fields[8] = maximum;
     return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, fields);
   }
   void cover() {
@@ -44,7 +45,7 @@ class X11StyleOwner : public X11Test {
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_F(X11StyleOwner, IsHeardBeforeTheWindowIsCovered) {
+TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
   handle = adopt(game).handle;
   user.setProperty(game, kNormal, sizes(16 | 32, 500, 500));
   deliver();
@@ -55,9 +56,9 @@ TEST_F(X11StyleOwner, IsHeardBeforeTheWindowIsCovered) {
   EXPECT_EQ(reports.count("style"), 2);
 }
 
-TEST_F(X11StyleOwner, LosesControlsThatItGaveItselfAfterItWasAdopted) {
-  const Property nothing = motif({1, 4, 0, 0, 0});
-  user.setProperty(game, kMotif, nothing);
+TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
+  const Property noControls = motif({1, 4, 0, 0, 0});
+  user.setProperty(game, kMotif, noControls);
   handle = adopt(game).handle;
   user.setProperty(game, kMotif, std::nullopt);
   deliver();
@@ -69,26 +70,26 @@ TEST_F(X11StyleOwner, LosesControlsThatItGaveItselfAfterItWasAdopted) {
   EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
-TEST_F(X11StyleOwner, IsGivenBackWhatItWroteUnheardBeforeItWasCovered) {
-  // At first what we would write, and then not.
+TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
+  // The first value is the one that the back end would write. The owner then replaces it.
   const Property restricted = motif({3, 4, 26, 0, 0});
   user.setProperty(game, kMotif, restricted);
   handle = adopt(game).handle;
-  const Property theirs = motif({3, 4 | 8, 26, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({3, 4 | 8, 26, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11StyleOwner, StaysWithoutControlsWhateverItWritesMeanwhile) {
+TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   cover();
-  for (const auto& written :
+  for (const auto& ownersHints :
        {std::optional(motif({3, 62, 126, 0, 0})), std::optional<Property>()}) {
-    user.setProperty(game, kMotif, written);
+    user.setProperty(game, kMotif, ownersHints);
     user.setProperty(game, kNormal, sizes(16 | 32, 100, 1000));
     deliver();
     EXPECT_TRUE(hasNoControls());
@@ -98,7 +99,7 @@ TEST_F(X11StyleOwner, StaysWithoutControlsWhateverItWritesMeanwhile) {
   EXPECT_EQ(user.property(game, kNormal), sizes(16 | 32, 100, 1000));
 }
 
-TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItChangesWhatItReadFromUs) {
+TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
   user.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
   auto decorations = user.numbers(game, kMotif);
@@ -110,29 +111,29 @@ TEST_F(X11StyleOwner, IsGivenBackWhatWasTakenAlsoWhereItChangesWhatItReadFromUs)
   EXPECT_EQ(user.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, IsGivenBackWhatItWroteUnheardBeforeAnotherChange) {
+TEST_F(X11StyleOwner, HintsWrittenJustBeforeAnotherMaskAreRestored) {
   cover();
-  const Property theirMotif = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirMotif);
+  const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersMotif);
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
   uncover();
-  EXPECT_EQ(user.property(game, kMotif), theirMotif);
+  EXPECT_EQ(user.property(game, kMotif), ownersMotif);
 }
 
-TEST_F(X11StyleOwner, KeepsHintsThatItWritesWhileTheWindowManagerReadsTheRestoredOnes) {
+TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreKept) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
   system().setStyleMask(handle, kEverything);
   ASSERT_EQ(user.property(game, kMotif), motif({3, 1, 1, 0, 0}));
-  const Property theirMotif = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirMotif);
+  const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersMotif);
   deliverFor(0.5);
-  EXPECT_EQ(user.property(game, kMotif), theirMotif);
+  EXPECT_EQ(user.property(game, kMotif), ownersMotif);
 }
 
-TEST_F(X11StyleOwner, KeepsNoHintsIfItIsCoveredAgainWhileTheWindowManagerReadsTheRestoredOnes) {
+TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -144,7 +145,7 @@ TEST_F(X11StyleOwner, KeepsNoHintsIfItIsCoveredAgainWhileTheWindowManagerReadsTh
   EXPECT_TRUE(waitFor([&] { return user.property(game, kMotif) == std::nullopt; }));
 }
 
-TEST_F(X11StyleOwner, HasItsHintsBackWhenTheBackEndHasEnded) {
+TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -154,7 +155,7 @@ TEST_F(X11StyleOwner, HasItsHintsBackWhenTheBackEndHasEnded) {
   EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
-TEST_F(X11StyleOwner, IsHeardAtTheEndWhereItWroteMeanwhile) {
+TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
   cover();
   user.setProperty(game, kMotif, motif({1, 4 | 8 | 32, 0, 0, 0}));
   deliver();
@@ -163,8 +164,9 @@ TEST_F(X11StyleOwner, IsHeardAtTheEndWhereItWroteMeanwhile) {
   EXPECT_TRUE(reports.contains(line("style", handle) + " 7"));
 }
 
-TEST_F(X11StyleOwner, GetsNoFunctionAndNoDecorationThatItHadNot) {
-  // Resizable, though not by maximising; miniaturisable and closable, with a title and no button.
+TEST_F(X11StyleOwner, OverridingAddsNoFunctionsOrDecorations) {
+  // The functions for resizing (but not maximising), miniaturising and closing, and only the title
+  // as decoration.
   user.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
   handle = adopt(game).handle;
   ASSERT_EQ(reports.count("style"), 0);
@@ -176,29 +178,29 @@ TEST_F(X11StyleOwner, GetsNoFunctionAndNoDecorationThatItHadNot) {
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, GetsNoTitleThatItHadNot) {
+TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
   user.setProperty(game, kMotif, motif({2, 0, 0, 0, 0}));
   cover();
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, KeepsHintsThatGiveNothingToTakeAway) {
-  const Property theirMotif = motif({1, 4, 0, 7});
-  const Property theirSizes = sizes(16 | 32, 500, 500);
-  user.setProperty(game, kMotif, theirMotif);
-  user.setProperty(game, kNormal, theirSizes);
+TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
+  const Property ownersMotif = motif({1, 4, 0, 7});
+  const Property ownersSizes = sizes(16 | 32, 500, 500);
+  user.setProperty(game, kMotif, ownersMotif);
+  user.setProperty(game, kNormal, ownersSizes);
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_NE(user.property(game, kMotif), theirMotif);  // the buttons have gone
-  EXPECT_EQ(user.property(game, kNormal), theirSizes);
+  EXPECT_NE(user.property(game, kMotif), ownersMotif);  // the override removes the decorations
+  EXPECT_EQ(user.property(game, kNormal), ownersSizes);
 }
 
-TEST_F(X11StyleOwner, LosesNothingOfWhatItWritesWhileItsHintsAreTakenOver) {
+TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
   handle = adopt(game).handle;
   constexpr std::uint32_t kRounds = 400;
   std::atomic<std::uint32_t> round = 0;
-  std::atomic<std::uint32_t> written = 0;
+  std::atomic<std::uint32_t> writtenRound = 0;
   std::thread writer([&] {
     XClient owner(server.display());
     for (std::uint32_t next = 1; next <= kRounds; ++next) {
@@ -207,25 +209,25 @@ TEST_F(X11StyleOwner, LosesNothingOfWhatItWritesWhileItsHintsAreTakenOver) {
       xcb_change_property(owner.get(), XCB_PROP_MODE_REPLACE, game, value.type, value.type, 32, 5,
                           value.bytes.data());
       xcb_flush(owner.get());
-      written = next;
-      written.notify_one();
+      writtenRound = next;
+      writtenRound.notify_one();
     }
     owner.settle();
   });
-  std::uint32_t lost = 0;
+  std::uint32_t lostCount = 0;
   for (std::uint32_t next = 1; next <= kRounds; ++next) {
     round = next;
     round.notify_one();
     for (const NSWindowStyleMask mask : {7U, 3U, 1U, 3U, 7U, 3U, 1U}) {
       system().setStyleMask(handle, mask);
     }
-    written.wait(next - 1);
+    writtenRound.wait(next - 1);
     deliver();
     uncover();
-    lost += user.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
+    lostCount += user.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
   }
   writer.join();
-  EXPECT_EQ(lost, 0U);
+  EXPECT_EQ(lostCount, 0U);
 }
 
 }  // namespace

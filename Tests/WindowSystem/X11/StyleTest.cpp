@@ -1,3 +1,6 @@
+// The style mask of an adopted window: how the back end overrides and restores the owner's hints,
+// and which controls a window manager keeps. StyleOwnerTest.cpp tests the owner's own writes in
+// detail.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -23,7 +26,7 @@ class X11Style : public X11Test {
   }
 };
 
-TEST_F(X11Style, TakesNothingBeforeItIsChanged) {
+TEST_F(X11Style, AdoptionDoesNotChangeTheHints) {
   const auto normal = user.property(game, kNormal);
   adopt(game);
   deliver();
@@ -31,7 +34,7 @@ TEST_F(X11Style, TakesNothingBeforeItIsChanged) {
   EXPECT_EQ(user.property(game, kNormal), normal);
 }
 
-TEST_F(X11Style, TakesControlsAwayOneByOne) {
+TEST_F(X11Style, OverridesTheControlsOneByOne) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskResizable);
   deliver();
@@ -57,27 +60,28 @@ TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
   EXPECT_EQ(user.property(game, kNormal), before);
 }
 
-TEST_F(X11Style, GivesBackWhatStoodBeforeToTheByte) {
-  // Fields that the mask knows nothing of, a type of its own, and a length of another age.
+TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
+  // The hints have fields that the style mask does not express, an unusual type, and the length
+  // that older versions of the protocol define.
   const Property motifBefore{
       .type = XCB_ATOM_CARDINAL, .format = 32, .bytes = motif({1 | 4, 1 | 32, 77, 2, 9}).bytes};
   const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
   const Property normalBefore = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, shortHints);
   user.setProperty(game, kMotif, motifBefore);
   user.setProperty(game, kNormal, normalBefore);
-  const AdoptedWindow found = adopt(game);
-  EXPECT_EQ(found.styleMask, kEverything & ~NSWindowStyleMaskClosable);
-  system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+  const AdoptedWindow adoptedWindow = adopt(game);
+  EXPECT_EQ(adoptedWindow.styleMask, kEverything & ~NSWindowStyleMaskClosable);
+  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_NE(user.property(game, kMotif), motifBefore);
   EXPECT_EQ(user.property(game, kNormal), normalBefore);
-  system().setStyleMask(found.handle, found.styleMask);
+  system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   deliver();
   EXPECT_EQ(user.property(game, kMotif), motifBefore);
   EXPECT_EQ(user.property(game, kNormal), normalBefore);
 }
 
-TEST_F(X11Style, GivesBackTheAbsenceOfHints) {
+TEST_F(X11Style, RestoresMissingHints) {
   user.setProperty(game, kNormal, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -89,7 +93,7 @@ TEST_F(X11Style, GivesBackTheAbsenceOfHints) {
   EXPECT_EQ(user.property(game, kNormal), std::nullopt);
 }
 
-TEST_F(X11Style, GivesBackWithEveryBitOfTheMaskSet) {
+TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   system().setStyleMask(handle, ~NSWindowStyleMask{0});
@@ -97,68 +101,68 @@ TEST_F(X11Style, GivesBackWithEveryBitOfTheMaskSet) {
   EXPECT_EQ(user.property(game, kMotif), std::nullopt);
 }
 
-TEST_F(X11Style, GivesBackWhatTheGameWroteMeanwhile) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteWhileOverridden) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   deliver();
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11Style, LeavesWhatTheGameWroteJustBefore) {
+TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, kEverything);  // no event has been delivered
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11Style, TakesOverWhatTheGameWroteJustBefore) {
+TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBefore) {
   const WindowHandle handle = adopt(game).handle;
-  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11Style, GivesBackAtOnceWhatTheGameWroteJustBefore) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeOverriding) {
   const WindowHandle handle = adopt(game).handle;
-  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11Style, TakesOverWhatTheGameWroteBetweenTwoChanges) {
+TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoChanges) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
   user.settle();
-  const Property theirs = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, theirs);
+  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
+  user.setProperty(game, kMotif, ownersHints);
   user.settle();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), theirs);
+  EXPECT_EQ(user.property(game, kMotif), ownersHints);
 }
 
-TEST_F(X11Style, LeavesTheGamesProtocolsAlone) {
+TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
   const auto protocols = user.property(game, "WM_PROTOCOLS");
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -166,7 +170,7 @@ TEST_F(X11Style, LeavesTheGamesProtocolsAlone) {
   EXPECT_EQ(user.property(game, "WM_PROTOCOLS"), protocols);
 }
 
-TEST_F(X11Style, KeepsNoControlWhereNobodyOffersAny) {
+TEST_F(X11Style, WithoutAWindowManagerNoControlsAreKept) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
@@ -175,14 +179,14 @@ TEST_F(X11Style, KeepsNoControlWhereNobodyOffersAny) {
 
 class X11StyleWithManager : public X11Test {
  protected:
-  xcb_window_t openManagedGame(Manager started) {
-    startManager(started);
+  xcb_window_t openManagedGame(Manager kind) {
+    startManager(kind);
     const xcb_window_t game = user.openGame(kGame, 0);
     EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
     return game;
   }
-  /// Closing, miniaturising and resizing, as far as the manager allows them.
-  std::vector<std::string> offered(xcb_window_t game) {
+  /// The actions for closing, miniaturising and resizing that the manager allows.
+  std::vector<std::string> allowedActions(xcb_window_t game) {
     std::vector<std::string> actions = user.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
       return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
@@ -192,26 +196,26 @@ class X11StyleWithManager : public X11Test {
   }
 };
 
-TEST_F(X11StyleWithManager, TakesTheControlsAwayByTheManagersOwnWord) {
+TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizing) {
   const xcb_window_t game = openManagedGame(Manager::Metacity);
-  const AdoptedWindow found = adopt(game);
-  ASSERT_EQ(found.styleMask, kEverything);
-  EXPECT_THAT(offered(game), SizeIs(3));
-  system().setStyleMask(found.handle, NSWindowStyleMaskTitled);
+  const AdoptedWindow adoptedWindow = adopt(game);
+  ASSERT_EQ(adoptedWindow.styleMask, kEverything);
+  EXPECT_THAT(allowedActions(game), SizeIs(3));
+  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.contains(line("controls kept", found.handle) + " 8"));
-  EXPECT_THAT(offered(game), ElementsAre("_NET_WM_ACTION_RESIZE"));
-  system().setStyleMask(found.handle, found.styleMask);
-  EXPECT_TRUE(waitFor([&] { return offered(game).size() == 3; }));
+  EXPECT_TRUE(reports.contains(line("controls kept", adoptedWindow.handle) + " 8"));
+  EXPECT_THAT(allowedActions(game), ElementsAre("_NET_WM_ACTION_RESIZE"));
+  system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
+  EXPECT_TRUE(waitFor([&] { return allowedActions(game).size() == 3; }));
 }
 
-TEST_F(X11StyleWithManager, TellsWhichControlsTheManagerKeeps) {
+TEST_F(X11StyleWithManager, TheControlsThatOpenboxKeepsAreReported) {
   const xcb_window_t game = openManagedGame(Manager::Openbox);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  // This one gives up resizing, and keeps closing (2) and miniaturising (4).
-  EXPECT_THAT(offered(game),
+  // Openbox removes resizing, and keeps closing (2) and miniaturising (4).
+  EXPECT_THAT(allowedActions(game),
               UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
   EXPECT_TRUE(reports.contains(line("controls kept", handle) + " 6"));
 }
