@@ -245,8 +245,7 @@ VelStatus Session::dismiss(std::string& error) {
     }
   }
   // The end of the session discards the work, so the work never outlives the session.
-  dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen",
-                 [this] { dismissNow(); });
+  dispatch_async(dispatch_get_main_queue(), "dismiss the launch screen", [this] { dismissNow(); });
   return VEL_OK;
 }
 

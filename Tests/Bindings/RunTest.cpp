@@ -191,7 +191,8 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
 TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
-  user().windowManagerKeepsControls(window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
+  user().windowManagerKeepsControls(window,
+                                    NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
   EXPECT_EQ(host.callbackLines.back(),
             "controls_kept " + std::to_string(VEL_CONTROL_MINIATURIZE | VEL_CONTROL_RESIZE));
   user().windowManagerKeepsControls(window, NSWindowStyleMaskClosable);
