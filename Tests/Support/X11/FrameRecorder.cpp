@@ -9,10 +9,10 @@
 
 namespace vel::test {
 
-FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Kind kind)
-    : client_(display), area_(area), kind_(std::move(kind)) {
+FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Classifier classifier)
+    : client_(display), area_(area), classifier_(std::move(classifier)) {
   xcb_connection_t* const x = client_.get();
-  damageNotify_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
+  damageNotifyType_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
   const x11::XcbPointer<xcb_damage_query_version_reply_t> version(
       xcb_damage_query_version_reply(x, xcb_damage_query_version(x, 1, 1), nullptr));
   xcb_damage_create(x, xcb_generate_id(x), client_.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
@@ -40,7 +40,7 @@ bool FrameRecorder::readEvents() {
   bool hasRead = false;
   while (const x11::Event event{xcb_poll_for_event(client_.get())}) {
     hasRead = true;
-    if (x11::typeOf(*event) != damageNotify_) {
+    if (x11::typeOf(*event) != damageNotifyType_) {
       continue;
     }
     const xcb_rectangle_t area = x11::eventAs<xcb_damage_notify_event_t>(*event).area;
@@ -57,7 +57,7 @@ bool FrameRecorder::readEvents() {
 }
 
 void FrameRecorder::takePicture() {
-  const char kind = kind_(client_.picture(area_));
+  const char kind = classifier_(client_.picture(area_));
   if (kinds_.empty() || kinds_.back() != kind) {
     kinds_ += kind;
     drawings_.push_back(std::exchange(newDrawings_, {}));

@@ -13,9 +13,9 @@ namespace vel::test {
 class FrameRecorder {
  public:
   /// Classifies a picture of the area as one letter.
-  using Kind = std::function<char(const Picture&)>;
+  using Classifier = std::function<char(const Picture&)>;
 
-  FrameRecorder(const std::string& display, PixelRect area, Kind kind);
+  FrameRecorder(const std::string& display, PixelRect area, Classifier classifier);
 
   /// Records until the condition is true. Returns false after `kTimeout`.
   bool recordUntil(const std::function<bool()>& condition);
@@ -34,8 +34,8 @@ class FrameRecorder {
 
   XClient client_;
   PixelRect area_;
-  Kind kind_;
-  int damageNotify_ = 0;  // the event's type
+  Classifier classifier_;
+  int damageNotifyType_ = 0;
   std::string kinds_;
   std::vector<std::vector<PixelRect>> drawings_;
   std::vector<PixelRect> newDrawings_;

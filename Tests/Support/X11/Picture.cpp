@@ -12,7 +12,7 @@ namespace vel::test {
 
 namespace {
 
-Picture read(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect area) {
+Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, PixelRect area) {
   const x11::XcbPointer<xcb_get_image_reply_t> image(xcb_get_image_reply(
       connection,
       xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
@@ -111,7 +111,7 @@ void Picture::save(const std::string& name) const {
 Picture XClient::picture(xcb_window_t window) const { return picture(frameOf(window)); }
 
 Picture XClient::picture(PixelRect area) const {
-  Picture picture = read(connection_, root_, area);
+  Picture picture = readPicture(connection_, root_, area);
   for (std::uint32_t& pixel : picture.pixels) {
     pixel &= 0xFFFFFF;
   }
@@ -120,7 +120,7 @@ Picture XClient::picture(PixelRect area) const {
 
 Picture XClient::pictureOfWindow(xcb_window_t window) const {
   const PixelRect frame = frameOf(window);
-  return read(connection_, window, {0, 0, frame.width, frame.height});
+  return readPicture(connection_, window, {0, 0, frame.width, frame.height});
 }
 
 }  // namespace vel::test

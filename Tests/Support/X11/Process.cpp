@@ -84,18 +84,18 @@ int Process::wait() {
 }
 
 std::string runProgram(const std::vector<std::string>& arguments, const std::string& display) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+  std::array<int, 2> pipeEnds{};
+  if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  Process process(arguments, display, {.output = ends[1]});
-  close(ends[1]);
+  Process process(arguments, display, {.output = pipeEnds[1]});
+  close(pipeEnds[1]);
   std::string output;
   std::array<char, 4096> part{};
-  for (ssize_t size = 0; (size = read(ends[0], part.data(), part.size())) > 0;) {
+  for (ssize_t size = 0; (size = read(pipeEnds[0], part.data(), part.size())) > 0;) {
     output.append(part.data(), static_cast<std::size_t>(size));
   }
-  close(ends[0]);
+  close(pipeEnds[0]);
   process.wait();
   return output;
 }

@@ -16,7 +16,7 @@
 
 namespace vel::test {
 
-/// The window manager of a test. Each of them keeps other controls of a covered window.
+/// The window manager of a test. Each window manager keeps different controls of a covered window.
 enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM };
 
 /// Starts a window manager and waits until it manages windows. `user` opens a window to check this.
@@ -37,7 +37,7 @@ class X11Test : public testing::Test {
   void startManager(Manager kind) { manager = test::startManager(kind, server, user); }
   /// Delivers events until the condition is true. Returns false after `kTimeout`.
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
-  /// Delivers all events so far, and waits until the server has executed all requests so far.
+  /// Waits until the server has executed all requests of `user`, and then delivers all events.
   void deliver();
   /// Delivers events for some time. Use it to show that something does not happen.
   void deliverFor(double seconds);
@@ -45,7 +45,7 @@ class X11Test : public testing::Test {
   /// Creates a window of the back end and waits until it is viewable.
   WindowHandle open(const WindowDescription& description);
   AdoptedWindow adopt(xcb_window_t window);
-  /// A white scene with a size in points, without and with an indicator.
+  /// These two return a white scene of a size in points, without and with an indicator.
   static Scene white(CGSize size);
   static Scene whiteWithIndicator(CGSize size);
 

@@ -227,13 +227,13 @@ std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
   if (tree == nullptr) {
     return {};
   }
-  const std::span found(xcb_query_tree_children(tree.get()),
-                        static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
-  return {found.begin(), found.end()};
+  const std::span childIds(xcb_query_tree_children(tree.get()),
+                           static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+  return {childIds.begin(), childIds.end()};
 }
 
-xcb_window_t XClient::find(std::string_view name, xcb_window_t in) const {
-  std::vector<xcb_window_t> windows = children(in == 0 ? root_ : in);
+xcb_window_t XClient::find(std::string_view name, xcb_window_t ancestor) const {
+  std::vector<xcb_window_t> windows = children(ancestor == 0 ? root_ : ancestor);
   std::ranges::reverse(windows);
   const auto text = [this](xcb_window_t window, std::string_view property) {
     const auto value = this->property(window, property);
@@ -244,25 +244,25 @@ xcb_window_t XClient::find(std::string_view name, xcb_window_t in) const {
         text(window, "WM_NAME") == name) {
       return window;
     }
-    if (const xcb_window_t inside = find(name, window); inside != 0) {
-      return inside;
+    if (const xcb_window_t descendant = find(name, window); descendant != 0) {
+      return descendant;
     }
   }
   return 0;
 }
 
 void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window,
-                          std::string_view type, std::uint32_t first, std::uint32_t second,
-                          std::uint32_t third, std::uint32_t fourth) {
+                          std::string_view type, std::uint32_t data0, std::uint32_t data1,
+                          std::uint32_t data2, std::uint32_t data3) {
   xcb_client_message_event_t event{};
   event.response_type = XCB_CLIENT_MESSAGE;
   event.format = 32;
   event.window = window;
   event.type = atom(type);
-  event.data.data32[0] = first;
-  event.data.data32[1] = second;
-  event.data.data32[2] = third;
-  event.data.data32[3] = fourth;
+  event.data.data32[0] = data0;
+  event.data.data32[1] = data1;
+  event.data.data32[2] = data2;
+  event.data.data32[3] = data3;
   std::array<char, 32> bytes{};
   std::memcpy(bytes.data(), &event, bytes.size());
   xcb_send_event(connection_, 0, to, mask, bytes.data());
@@ -301,7 +301,7 @@ void XClient::requestState(xcb_window_t window, bool isAdded, std::string_view s
 
 // The pointer and the keyboard
 
-void XClient::fake(std::uint8_t type, std::uint8_t detail, int x, int y) {
+void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
   xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
                       static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
   settle();
@@ -320,21 +320,21 @@ void XClient::waitForPointer(
 }
 
 void XClient::movePointer(int x, int y) {
-  fake(XCB_MOTION_NOTIFY, 0, x, y);
+  sendFakeInput(XCB_MOTION_NOTIFY, 0, x, y);
   waitForPointer([x, y](const xcb_query_pointer_reply_t& pointer) {
     return pointer.root_x == x && pointer.root_y == y;
   });
 }
 
 void XClient::press() {
-  fake(XCB_BUTTON_PRESS, 1, 0, 0);
+  sendFakeInput(XCB_BUTTON_PRESS, 1, 0, 0);
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) != 0;
   });
 }
 
 void XClient::release() {
-  fake(XCB_BUTTON_RELEASE, 1, 0, 0);
+  sendFakeInput(XCB_BUTTON_RELEASE, 1, 0, 0);
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) == 0;
   });
@@ -347,8 +347,8 @@ void XClient::click(int x, int y) {
 }
 
 void XClient::pressKey(std::uint8_t code) {
-  fake(XCB_KEY_PRESS, code, 0, 0);
-  fake(XCB_KEY_RELEASE, code, 0, 0);
+  sendFakeInput(XCB_KEY_PRESS, code, 0, 0);
+  sendFakeInput(XCB_KEY_RELEASE, code, 0, 0);
 }
 
 void XClient::updateUserTime(xcb_window_t window) {

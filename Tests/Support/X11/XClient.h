@@ -96,9 +96,9 @@ class XClient : NonCopyable {
   /// Sends `_NET_WM_STATE` for one or two states to the window manager, as the window's owner does.
   void requestState(xcb_window_t window, bool isAdded, std::string_view state,
                     std::string_view secondState = "");
-  /// Returns the first descendant of `in` whose class or WM_NAME is `name`, or 0. Searches depth
-  /// first, topmost window first. The default for `in` is the root window.
-  [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t in = 0) const;
+  /// Returns the first descendant of `ancestor` whose class or WM_NAME is `name`, or 0. Searches
+  /// depth first, topmost window first. The default for `ancestor` is the root window.
+  [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t ancestor = 0) const;
 
   /// The pixels of the screen in the window's area.
   [[nodiscard]] Picture picture(xcb_window_t window) const;
@@ -121,10 +121,10 @@ class XClient : NonCopyable {
 
  private:
   void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,
-                   std::uint32_t first, std::uint32_t second, std::uint32_t third = 0,
-                   std::uint32_t fourth = 0);
+                   std::uint32_t data0, std::uint32_t data1, std::uint32_t data2 = 0,
+                   std::uint32_t data3 = 0);
   void waitForPointer(const std::function<bool(const xcb_query_pointer_reply_t&)>& condition);
-  void fake(std::uint8_t type, std::uint8_t detail, int x, int y);
+  void sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
 
   xcb_connection_t* connection_;
   xcb_window_t root_ = 0;

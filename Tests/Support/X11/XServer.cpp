@@ -17,7 +17,7 @@ namespace vel::test {
 namespace {
 
 // Without the compositor, the screen shows drawings at once and without shadows.
-constexpr std::string_view kSettings =
+constexpr std::string_view kMetacitySettings =
     "[org/gnome/metacity]\ncompositor='none'\n"
     "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n";
 constexpr std::string_view kIceWMSettings = "ShowTaskBar=0\nShowSplash=0\n";
@@ -35,23 +35,24 @@ std::filesystem::path makeFolder() {
 // Xvfb chooses a display number and prints it when it accepts connections.
 XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
   std::filesystem::create_directories(settings_ / "glib-2.0/settings");
-  std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kSettings;
+  std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kMetacitySettings;
   std::filesystem::create_directories(settings_ / ".icewm");
   std::ofstream(settings_ / ".icewm/preferences") << kIceWMSettings;
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+  std::array<int, 2> pipeEnds{};
+  if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  std::vector<std::string> all{"Xvfb",      "-displayfd", "1",        "-screen", "0", "1280x960x24",
-                               "-nolisten", "tcp",        "-noreset", "-dpi",    "96"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  process_ = Process(std::move(all), "", {.output = ends[1]});
-  close(ends[1]);
+  std::vector<std::string> command{"Xvfb",     "-displayfd",  "1",         "-screen",
+                                   "0",        "1280x960x24", "-nolisten", "tcp",
+                                   "-noreset", "-dpi",        "96"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  process_ = Process(std::move(command), "", {.output = pipeEnds[1]});
+  close(pipeEnds[1]);
   char digit = 0;
-  while (read(ends[0], &digit, 1) == 1 && digit != '\n') {
+  while (read(pipeEnds[0], &digit, 1) == 1 && digit != '\n') {
     display_ += digit;
   }
-  close(ends[0]);
+  close(pipeEnds[0]);
   if (display_.empty()) {
     throw std::runtime_error("Xvfb does not start");
   }
@@ -65,11 +66,11 @@ XServer::~XServer() {
 }
 
 Process XServer::start(const std::vector<std::string>& arguments) const {
-  std::vector<std::string> all{"env", "GSETTINGS_BACKEND=keyfile",
-                               "XDG_CONFIG_HOME=" + settings_.string(),
-                               "HOME=" + settings_.string()};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return {all, display_};
+  std::vector<std::string> command{"env", "GSETTINGS_BACKEND=keyfile",
+                                   "XDG_CONFIG_HOME=" + settings_.string(),
+                                   "HOME=" + settings_.string()};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return {command, display_};
 }
 
 }  // namespace vel::test

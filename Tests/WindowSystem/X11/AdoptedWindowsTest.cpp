@@ -37,9 +37,9 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
 
 TEST_F(X11AdoptedWindows, AWindowWithTheFocusIsAdoptedAsFocused) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
-  const xcb_window_t inside = user.makeWindow({0, 0, 10, 10}, 0, game);
-  user.map(inside);
-  user.focus(inside);
+  const xcb_window_t child = user.makeWindow({0, 0, 10, 10}, 0, game);
+  user.map(child);
+  user.focus(child);
   EXPECT_TRUE(adopt(game).hasFocus);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
@@ -84,7 +84,7 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   for (xcb_window_t id = idOf(own) - 1; id + 20 > idOf(own); --id) {
     EXPECT_FALSE(system().adoptWindow(id, error));
   }
-  // `requestFocus` uses the helper window whose ids the loop has tried.
+  // One of these ids belongs to the helper window that `requestFocus` uses.
   system().requestFocus(own);
   deliver();
 }
@@ -129,7 +129,7 @@ TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11AdoptedWindows, AReleasedWindowKeepsItsStateAndIsNoLongerReported) {
+TEST_F(X11AdoptedWindows, AReleasedWindowIsRestored) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
@@ -140,6 +140,12 @@ TEST_F(X11AdoptedWindows, AReleasedWindowKeepsItsStateAndIsNoLongerReported) {
   EXPECT_TRUE(user.isViewable(game));
   EXPECT_TRUE(user.picture(game).isAll(kGreen));
   EXPECT_FALSE(user.property(game, "_MOTIF_WM_HINTS").has_value());
+}
+
+TEST_F(X11AdoptedWindows, AReleasedWindowIsNotReported) {
+  const xcb_window_t game = user.openGame(kGame, kGreen);
+  system().releaseWindow(adopt(game).handle);
+  deliver();
   reports.lines.clear();
   user.configure(game, {0, 0, 100, 100});
   deliver();
@@ -151,15 +157,15 @@ class X11AdoptedWindowsWithManager : public X11TestWithManager {};
 TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-  xcb_window_t frame = 0;  // of the window manager
+  xcb_window_t managersFrame = 0;
   for (const xcb_window_t window : user.children(user.root())) {
     if (user.find("PlayerWindow", window) == game) {
-      frame = window;
+      managersFrame = window;
     }
   }
-  ASSERT_NE(frame, 0U);
+  ASSERT_NE(managersFrame, 0U);
   std::string error;
-  EXPECT_FALSE(system().adoptWindow(frame, error).has_value());
+  EXPECT_FALSE(system().adoptWindow(managersFrame, error).has_value());
   EXPECT_THAT(error, HasSubstr("it is a window manager's frame"));
 }
 
@@ -169,8 +175,8 @@ TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates)
   const AdoptedWindow adoptedWindow = adopt(game);
   user.configure(game, {300, 260, 500, 350});
   EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 350}; }));
-  const PixelRect place = user.frameOf(game);
-  EXPECT_EQ(reports.frame.origin, (CGPoint{double(place.x), double(960 - place.y - 350)}));
+  const PixelRect newFrame = user.frameOf(game);
+  EXPECT_EQ(reports.frame.origin, (CGPoint{double(newFrame.x), double(960 - newFrame.y - 350)}));
 }
 
 TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {

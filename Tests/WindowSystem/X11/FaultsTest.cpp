@@ -15,7 +15,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11Faults : public X11Test {
  protected:
-  WindowHandle openCovered() {
+  WindowHandle openCoveredGame() {
     game = user.openGame(kGame, kGreen);
     EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
@@ -46,7 +46,7 @@ class X11Faults : public X11Test {
 };
 
 TEST_F(X11Faults, AfterTheServerEndsEveryOperationIsSafe) {
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   server.kill();
   callEveryOperation(handle);
   EXPECT_EQ(system().createWindow({.className = "Late", .title = "", .frame = {{}, {1, 1}}}),
@@ -62,25 +62,25 @@ TEST_F(X11Faults, AfterTheServerEndsEveryOperationIsSafe) {
 }
 
 TEST_F(X11Faults, TheEndOfTheServerIsReportedWithoutARequest) {
-  openCovered();
+  openCoveredGame();
   server.kill();
   EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
 }
 
 TEST_F(X11Faults, ABrokenConnectionLeavesNoSigpipePendingOrBlocked) {
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   server.kill();
   callEveryOperation(handle);
-  sigset_t pending;
-  sigpending(&pending);
-  EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
-  sigset_t blocked;
-  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-  EXPECT_EQ(sigismember(&blocked, SIGPIPE), 0);
+  sigset_t pendingSignals;
+  sigpending(&pendingSignals);
+  EXPECT_EQ(sigismember(&pendingSignals, SIGPIPE), 0);
+  sigset_t blockedSignals;
+  pthread_sigmask(SIG_SETMASK, nullptr, &blockedSignals);
+  EXPECT_EQ(sigismember(&blockedSignals, SIGPIPE), 0);
 }
 
 TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   class DestroyingDelegate final : public WindowSystemDelegate {
    public:
     explicit DestroyingDelegate(std::unique_ptr<X11WindowSystem>& system) : system_(system) {}
@@ -110,7 +110,7 @@ TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
 }
 
 TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   user.unmap(game);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", handle)); }));
   user.map(game);
@@ -119,7 +119,7 @@ TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
 }
 
 TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   user.destroy(game);
   callEveryOperation(handle);
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", handle)); }));
@@ -130,18 +130,19 @@ TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
 TEST_F(X11Faults, AnErrorIsLoggedWithItsRequest) {
   const xcb_window_t inputWindow = user.makeWindow(kGame, kGreen);
   user.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
-  const WindowHandle ours = open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
+  const WindowHandle ownWindow =
+      open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
   // Only one client can select ButtonPress on a window.
-  user.selectEvents(idOf(ours), XCB_EVENT_MASK_BUTTON_PRESS);
-  system().setMovableByBackground(ours, true);
+  user.selectEvents(idOf(ownWindow), XCB_EVENT_MASK_BUTTON_PRESS);
+  system().setMovableByBackground(ownWindow, true);
   deliver();
   EXPECT_THAT(log, ElementsAre("X11: ChangeWindowAttributes for window " +
-                               std::to_string(idOf(ours)) + " failed: BadAccess"));
+                               std::to_string(idOf(ownWindow)) + " failed: BadAccess"));
 }
 
 TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
   startManager(Manager::Metacity);
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
   reports.lines.clear();
@@ -158,7 +159,7 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
 
 TEST_F(X11Faults, ANewWindowManagerReportsItsOwnKeptControls) {
   startManager(Manager::Metacity);
-  const WindowHandle handle = openCovered();
+  const WindowHandle handle = openCoveredGame();
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 8"); }));
   manager.end();
   startManager(Manager::Openbox);

@@ -1,3 +1,4 @@
+// A game that has the focus when the back end adopts its window.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -10,7 +11,7 @@ constexpr PixelRect kOther{900, 150, 200, 200};
 
 class X11FocusAtAdoption : public X11TestWithManager {
  protected:
-  xcb_window_t openFocused(PixelRect frame) {
+  xcb_window_t openFocusedGame(PixelRect frame) {
     const xcb_window_t window = user.openGame(frame, 0);
     EXPECT_TRUE(waitFor([&] { return user.focused() == window; }));
     return window;
@@ -19,23 +20,24 @@ class X11FocusAtAdoption : public X11TestWithManager {
   void clickAfterPreviousInput(xcb_window_t window) {
     const xcb_timestamp_t previousTime = user.serverTime(window);
     ASSERT_TRUE(waitFor([&] { return user.serverTime(window) > previousTime; }));
-    const PixelRect place = user.frameOf(window);
-    user.click(place.x + place.width / 2, place.y + place.height / 2);
+    const PixelRect frame = user.frameOf(window);
+    user.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
     user.updateUserTime(window);
     ASSERT_TRUE(waitFor([&] { return user.focused() == window; }));
   }
 };
 
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
-  const xcb_window_t marker = openFocused({10, 600, 100, 100});
-  const xcb_window_t other = openFocused(kOther);
-  const AdoptedWindow adoptedWindow = adopt(openFocused(kGame));
+  const xcb_window_t marker = openFocusedGame({10, 600, 100, 100});
+  const xcb_window_t other = openFocusedGame(kOther);
+  const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
   clickAfterPreviousInput(other);
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));
   system().requestFocus(adoptedWindow.handle);
   deliver();
-  // The manager executes requests in order: after the second one it has handled the first.
+  // The window manager executes requests in order. When it has iconified the marker, it has also
+  // processed the focus request.
   user.requestIconify(marker);
   ASSERT_TRUE(waitFor([&] { return !user.isViewable(marker); }));
   EXPECT_EQ(user.focused(), other);

@@ -18,7 +18,7 @@ class X11Focus : public X11Test {
   WindowHandle handle = WindowHandle::None;
 
   /// Adopts the game while it has the focus.
-  void adoptFocused() {
+  void adoptFocusedGame() {
     user.focus(game);
     handle = adopt(game).handle;
     deliver();
@@ -36,7 +36,7 @@ class X11Focus : public X11Test {
 };
 
 TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
-  adoptFocused();
+  adoptFocusedGame();
   user.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
@@ -47,15 +47,15 @@ TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
 }
 
 TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
-  adoptFocused();
-  const WindowHandle second = adopt(other).handle;
+  adoptFocusedGame();
+  const WindowHandle otherHandle = adopt(other).handle;
   user.focus(other);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", otherHandle)));
 }
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
-  adoptFocused();
+  adoptFocusedGame();
   // The window already has the focus, so the next `deliverEvents` would report it.
   system().requestFocus(handle);
   system().releaseWindow(handle);
@@ -65,19 +65,20 @@ TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
 }
 
 TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
-  adoptFocused();
-  const WindowHandle second = adopt(other).handle;
+  adoptFocusedGame();
+  const WindowHandle otherHandle = adopt(other).handle;
   user.focus(other);
   user.destroy(game);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", second)));
+  EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", otherHandle)));
 }
 
-TEST_F(X11Focus, AGameWithTheIdOfACrashedManagersCheckWindowStillReportsItsFocus) {
+// A window manager that crashes leaves the id of its window in the property. The server can then
+// give this id to the game.
+TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   user.setProperty(user.root(), "_NET_SUPPORTING_WM_CHECK",
                    Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
-  adoptFocused();
-
+  adoptFocusedGame();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
   user.focus(other);
@@ -86,7 +87,7 @@ TEST_F(X11Focus, AGameWithTheIdOfACrashedManagersCheckWindowStillReportsItsFocus
 }
 
 TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
-  adoptFocused();
+  adoptFocusedGame();
   grabKeyboard();
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
@@ -96,7 +97,7 @@ TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
 }
 
 TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
-  adoptFocused();
+  adoptFocusedGame();
   grabKeyboard();
   user.focus(other);
   deliver();
@@ -116,15 +117,15 @@ TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
 }
 
 TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
-  const xcb_window_t first = user.makeWindow({0, 0, 50, 50}, 0, game);
-  const xcb_window_t second = user.makeWindow({50, 0, 50, 50}, 0, game);
-  user.map(first);
-  user.map(second);
-  adoptFocused();
-  user.focus(first);
-  user.focus(second);
+  const xcb_window_t firstChild = user.makeWindow({0, 0, 50, 50}, 0, game);
+  const xcb_window_t secondChild = user.makeWindow({50, 0, 50, 50}, 0, game);
+  user.map(firstChild);
+  user.map(secondChild);
+  adoptFocusedGame();
+  user.focus(firstChild);
+  user.focus(secondChild);
   user.focus(game);
-  user.focus(first);
+  user.focus(firstChild);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
   user.focus(other);
@@ -135,7 +136,7 @@ TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
 TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
   const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
   user.map(child);
-  adoptFocused();
+  adoptFocusedGame();
   user.focus(other);
   deliver();
   reports.lines.clear();
@@ -145,7 +146,7 @@ TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
 }
 
 TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
-  adoptFocused();
+  adoptFocusedGame();
   user.focus(other);
   deliver();
   system().requestFocus(handle);
@@ -153,8 +154,8 @@ TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
   EXPECT_EQ(user.focused(), game);
 }
 
-TEST_F(X11Focus, AnUnmappedWindowGetsItsRequestedFocusWhenItIsMapped) {
-  adoptFocused();
+TEST_F(X11Focus, AnUnmappedWindowGetsTheRequestedFocusWhenItIsMapped) {
+  adoptFocusedGame();
   user.unmap(game);
   deliver();
   system().requestFocus(handle);
@@ -167,7 +168,7 @@ TEST_F(X11Focus, AnUnmappedWindowGetsItsRequestedFocusWhenItIsMapped) {
 }
 
 TEST_F(X11Focus, RequestingTheFocusForTheFocusedWindowReportsItAgain) {
-  adoptFocused();
+  adoptFocusedGame();
   system().requestFocus(handle);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle)));
@@ -182,7 +183,8 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
-  // The click must have a later time than the focus change. Server time has milliseconds.
+  // The click must have a later time than the focus change. The resolution of
+  // the server's time is a millisecond.
   const xcb_timestamp_t focusTime = user.serverTime(other);
   ASSERT_TRUE(waitFor([&] { return user.serverTime(other) > focusTime; }));
   user.click(kOther.x + 100, kOther.y + 100);
@@ -194,14 +196,14 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
   EXPECT_EQ(user.focused(), other);
 }
 
-TEST_F(X11Focus, OnlyTheLatestFocusRequestWaitsForItsWindow) {
-  adoptFocused();
-  const WindowHandle second = adopt(other).handle;
+TEST_F(X11Focus, ALaterFocusRequestReplacesAPendingRequest) {
+  adoptFocusedGame();
+  const WindowHandle otherHandle = adopt(other).handle;
   user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   user.unmap(game);
   deliver();
   system().requestFocus(handle);
-  system().requestFocus(second);
+  system().requestFocus(otherHandle);
   deliver();
   user.map(game);
   deliver();

@@ -32,18 +32,18 @@ class X11Indicator : public X11Test {
     deliver();
     return user.picture(game);
   }
-  /// The number of times that the picture changes in this many seconds.
-  int changesIn(double seconds) {
+  /// Counts how often the picture changes in this number of seconds.
+  int countChangesIn(double seconds) {
     const Nanoseconds limit = x11::steadyNow() + nanosecondsFromSeconds(seconds);
-    Picture last = user.picture(game);
-    int changes = 0;
+    Picture previousPicture = user.picture(game);
+    int changeCount = 0;
     while (x11::steadyNow() < limit) {
       deliverFor(0.02);
-      const Picture now = user.picture(game);
-      changes += now == last ? 0 : 1;
-      last = now;
+      const Picture currentPicture = user.picture(game);
+      changeCount += currentPicture == previousPicture ? 0 : 1;
+      previousPicture = currentPicture;
     }
-    return changes;
+    return changeCount;
   }
 
   xcb_window_t game = 0;
@@ -86,18 +86,19 @@ TEST_F(X11Indicator, IsScaledWithXftDpi) {
 }
 
 TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
-  Picture last = show(true);
+  Picture previousPicture = show(true);
   const Nanoseconds start = x11::steadyNow();
   EXPECT_LE(system().nextDeadline(), start + kTurn / kSpokes);
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
-    EXPECT_TRUE(waitFor([&] { return std::exchange(last, user.picture(game)) != last; }));
+    EXPECT_TRUE(waitFor(
+        [&] { return std::exchange(previousPicture, user.picture(game)) != previousPicture; }));
   }
   EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);  // the first step may be due at once
 }
 
 TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
   show(false);
-  EXPECT_EQ(changesIn(0.3), 0);
+  EXPECT_EQ(countChangesIn(0.3), 0);
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
@@ -121,9 +122,9 @@ TEST_F(X11Indicator, HasNoDeadlineAfterItsSceneIsRemoved) {
 
 TEST_F(X11Indicator, IsRedrawnAfterAnotherWindowHidIt) {
   const Picture picture = show(false);
-  const xcb_window_t above = user.makeWindow({400, 250, 200, 200}, 0xFF);
-  user.map(above);
-  user.destroy(above);
+  const xcb_window_t otherWindow = user.makeWindow({400, 250, 200, 200}, 0xFF);
+  user.map(otherWindow);
+  user.destroy(otherWindow);
   EXPECT_EQ(user.picture(game), picture);
 }
 

@@ -19,7 +19,7 @@ std::string nameOf(const testing::TestParamInfo<Manager>& testInfo) {
 
 class X11Managers : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
-  void openCovered() {
+  void openCoveredGame() {
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
@@ -42,18 +42,18 @@ class X11Managers : public X11Test, public testing::WithParamInterface<Manager> 
 
 TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   startManager(GetParam());
-  openCovered();
+  openCoveredGame();
   const auto hintsBefore = hints();
-  PixelRect place = user.frameOf(game);
-  place.x += 130;
-  place.y += 90;
+  PixelRect frame = user.frameOf(game);
+  frame.x += 130;
+  frame.y += 90;
   reports.lines.clear();
-  user.configure(game, place);
+  user.configure(game, frame);
   ASSERT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
   // The manager may choose another position than the requested one.
   EXPECT_TRUE(waitFor([&] {
-    const PixelRect now = user.frameOf(game);
-    return reports.frame == CGRectMake(now.x, 960 - now.y - 400, 640, 400);
+    const PixelRect currentFrame = user.frameOf(game);
+    return reports.frame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
   }));
   EXPECT_GT(user.frameOf(game).x, kGame.x + 100);
   EXPECT_TRUE(waitFor([&] { return user.picture(game).isAll(kWhite); }));
@@ -61,22 +61,22 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11Managers, ACoveredWindowOutlivesItsManager) {
-  const bool fromMetacity = GetParam() == Manager::Metacity;
+TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
+  const bool startsWithMetacity = GetParam() == Manager::Metacity;
   const auto keptControls = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());
-  openCovered();
+  openCoveredGame();
   const auto hintsCovered = hints();
   ASSERT_TRUE(waitFor([&] {
-    return reports.contains(line("controls kept", handle) + keptControls(fromMetacity));
+    return reports.contains(line("controls kept", handle) + keptControls(startsWithMetacity));
   }));
   reports.lines.clear();
   const xcb_window_t checkWindowBefore = checkWindow();
-  const Process next =
-      server.start({fromMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
+  const Process newManager =
+      server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
   // The two managers keep different controls, so this report is about the new one.
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains(line("controls kept", handle) + keptControls(!fromMetacity));
+    return reports.contains(line("controls kept", handle) + keptControls(!startsWithMetacity));
   }));
   EXPECT_NE(checkWindow(), checkWindowBefore);
   EXPECT_EQ(hints(), hintsCovered);
@@ -112,7 +112,7 @@ class X11PlainManager : public X11Managers {
 };
 
 TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
-  openCovered();
+  openCoveredGame();
   // The back end waits for the allowed actions, and then gives up.
   EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
@@ -121,7 +121,7 @@ TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
 }
 
 TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
-  openCovered();
+  openCoveredGame();
   user.selectEvents(user.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   user.events();
   system().requestFocus(handle);
@@ -131,11 +131,11 @@ TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
 }
 
 TEST_F(X11PlainManager, WithoutAStackingListTheServersOrderIsReported) {
-  openCovered();
-  const WindowHandle second = adopt(user.openGame(kGame, 0)).handle;
+  openCoveredGame();
+  const WindowHandle otherHandle = adopt(user.openGame(kGame, 0)).handle;
   user.raise(game);
   EXPECT_TRUE(waitFor([&] {
-    return !reports.orders.empty() && reports.orders.back() == std::vector{handle, second};
+    return !reports.orders.empty() && reports.orders.back() == std::vector{handle, otherHandle};
   }));
 }
 

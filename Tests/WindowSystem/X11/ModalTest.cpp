@@ -1,3 +1,4 @@
+// Modal windows and sheets over the window of a game.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -22,13 +23,13 @@ class X11Modal : public X11Test {
     ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     owner = adoptedWindow.handle;
-    place = user.frameOf(game);
-    frame = adoptedWindow.frame;
+    gamePixels = user.frameOf(game);
+    gameFrame = adoptedWindow.frame;
   }
-  WindowHandle openPresentation(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
-    const double x = frame.origin.x + (frame.size.width - size.width) / 2;
-    const double slack = frame.size.height - size.height;
-    const double y = frame.origin.y + (kind == WindowKind::Sheet ? slack : slack / 2);
+  WindowHandle openOverGame(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
+    const double x = gameFrame.origin.x + (gameFrame.size.width - size.width) / 2;
+    const double freeHeight = gameFrame.size.height - size.height;
+    const double y = gameFrame.origin.y + (kind == WindowKind::Sheet ? freeHeight : freeHeight / 2);
     return open({.className = "NSWindow",
                  .title = "Launch",
                  .frame = {{x, y}, size},
@@ -37,7 +38,7 @@ class X11Modal : public X11Test {
                  .owner = owner,
                  .isMovableByBackground = kind == WindowKind::Modal});
   }
-  WindowHandle openModal() { return openPresentation(WindowKind::Modal, 0, {480, 270}); }
+  WindowHandle openModal() { return openOverGame(WindowKind::Modal, 0, {480, 270}); }
   bool isAt(WindowHandle window, PixelRect expected) {
     return waitFor([&] { return user.frameOf(idOf(window)) == expected; });
   }
@@ -45,8 +46,8 @@ class X11Modal : public X11Test {
   Manager windowManager = Manager::None;
   xcb_window_t game = 0;
   WindowHandle owner = WindowHandle::None;
-  PixelRect place;  // the position and size of the game, in pixels
-  CGRect frame;     // the same in points
+  PixelRect gamePixels;  // the frame of the game in pixels of the screen
+  CGRect gameFrame;      // the frame of the game in points
 };
 
 class X11ModalWithManager : public X11Modal {
@@ -56,7 +57,7 @@ class X11ModalWithManager : public X11Modal {
 
 TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
   const WindowHandle modal = openModal();
-  EXPECT_TRUE(isAt(modal, {place.x + 80, place.y + 65, 480, 270}));
+  EXPECT_TRUE(isAt(modal, {gamePixels.x + 80, gamePixels.y + 65, 480, 270}));
   EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
 }
 
@@ -93,42 +94,42 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   const WindowHandle modal = openModal();
   system().setScene(modal, white({480, 270}));
   deliver();
-  const PixelRect before = user.frameOf(idOf(modal));
+  const PixelRect frameBefore = user.frameOf(idOf(modal));
   reports.lines.clear();
-  user.movePointer(before.x + 100, before.y + 50);
+  user.movePointer(frameBefore.x + 100, frameBefore.y + 50);
   user.press();
   deliver();
-  user.movePointer(before.x + 130, before.y + 110);
+  user.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
   user.release();
-  EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
+  EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
   EXPECT_TRUE(reports.contains(line("frame", modal)));
-  EXPECT_EQ(reports.frame.origin.y, 960 - before.y - 60 - 270);
+  EXPECT_EQ(reports.frame.origin.y, 960 - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
-  user.movePointer(before.x + 300, before.y + 300);
+  user.movePointer(frameBefore.x + 300, frameBefore.y + 300);
   deliver();
-  EXPECT_TRUE(isAt(modal, {before.x + 30, before.y + 60, 480, 270}));
+  EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
 
 TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
   const WindowHandle modal = openModal();
   system().setMovableByBackground(modal, false);
   deliver();
-  const PixelRect before = user.frameOf(idOf(modal));
-  user.movePointer(before.x + 100, before.y + 50);
+  const PixelRect frameBefore = user.frameOf(idOf(modal));
+  user.movePointer(frameBefore.x + 100, frameBefore.y + 50);
   user.press();
   deliver();
-  user.movePointer(before.x + 130, before.y + 110);
+  user.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
   user.release();
   deliverFor(0.1);
-  EXPECT_EQ(user.frameOf(idOf(modal)), before);
+  EXPECT_EQ(user.frameOf(idOf(modal)), frameBefore);
 }
 
 TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
-  const WindowHandle sheet = openPresentation(
+  const WindowHandle sheet = openOverGame(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
-  EXPECT_TRUE(isAt(sheet, {place.x + 120, place.y, 400, 100}));
+  EXPECT_TRUE(isAt(sheet, {gamePixels.x + 120, gamePixels.y, 400, 100}));
   EXPECT_TRUE(waitFor([&] { return user.picture(idOf(sheet)).isAll(kWhite); }));
   EXPECT_THAT(user.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(user.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
@@ -137,14 +138,14 @@ TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
 
 TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
   user.selectEvents(game, kButtonEvents);
-  const WindowHandle ours =
+  const WindowHandle ownWindow =
       open({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
-  user.selectEvents(idOf(ours), kButtonEvents);
+  user.selectEvents(idOf(ownWindow), kButtonEvents);
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
   user.events();
-  user.click(place.x + 5, place.y + 5);
+  user.click(gamePixels.x + 5, gamePixels.y + 5);
   user.click(950, 200);
   EXPECT_THAT(user.events(), IsEmpty());
   EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
@@ -159,12 +160,12 @@ TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicks) {
   user.map(child);
   deliver();
   user.events();
-  user.click(place.x + 5, place.y + 5);
+  user.click(gamePixels.x + 5, gamePixels.y + 5);
   EXPECT_THAT(user.events(), IsEmpty());
 }
 
 TEST_F(X11Modal, TheModalWindowReceivesClicks) {
-  const WindowHandle modal = openPresentation(WindowKind::Sheet, 0, {100, 100});
+  const WindowHandle modal = openOverGame(WindowKind::Sheet, 0, {100, 100});
   user.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
   deliver();
@@ -174,13 +175,13 @@ TEST_F(X11Modal, TheModalWindowReceivesClicks) {
   EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, TheGameReceivesClicksAfterItsEnd) {
+TEST_F(X11Modal, TheGameReceivesClicksAgainWithoutAModalWindow) {
   user.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
   system().setModalWindow(WindowHandle::None);
   deliver();
   user.events();
-  user.click(place.x + 5, place.y + 5);
+  user.click(gamePixels.x + 5, gamePixels.y + 5);
   EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 

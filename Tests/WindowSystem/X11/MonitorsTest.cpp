@@ -16,26 +16,26 @@ class X11Monitors : public X11Test {
     addMonitor("left", "640/169x800/212+0+0", "screen");
     addMonitor("right", "640/169x960/254+640+0", "none");
   }
-  void addMonitor(const std::string& name, const std::string& place, const std::string& output) {
+  void addMonitor(const std::string& name, const std::string& geometry, const std::string& output) {
     const auto listMonitors = [this] {
       return runProgram({"xrandr", "--listmonitors"}, server.display());
     };
-    runProgram({"xrandr", "--setmonitor", name, place, output}, server.display());
+    runProgram({"xrandr", "--setmonitor", name, geometry, output}, server.display());
     ASSERT_THAT(listMonitors(), testing::HasSubstr(name));
   }
 };
 
 TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfThePrimaryMonitor) {
-  const AdoptedWindow left = adopt(user.openGame({100, 300, 200, 160}, kGreen));
-  const AdoptedWindow right = adopt(user.openGame({700, 100, 200, 160}, kGreen));
-  EXPECT_EQ(left.frame, CGRectMake(100, 340, 200, 160));
-  EXPECT_EQ(right.frame, CGRectMake(700, 540, 200, 160));
+  const AdoptedWindow leftWindow = adopt(user.openGame({100, 300, 200, 160}, kGreen));
+  const AdoptedWindow rightWindow = adopt(user.openGame({700, 100, 200, 160}, kGreen));
+  EXPECT_EQ(leftWindow.frame, CGRectMake(100, 340, 200, 160));
+  EXPECT_EQ(rightWindow.frame, CGRectMake(700, 540, 200, 160));
 }
 
 TEST_F(X11Monitors, AWindowOpensOnTheMonitorOfItsFrame) {
-  const WindowHandle right =
+  const WindowHandle rightWindow =
       open({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
-  EXPECT_EQ(user.frameOf(idOf(right)), (PixelRect{700, 100, 200, 160}));
+  EXPECT_EQ(user.frameOf(idOf(rightWindow)), (PixelRect{700, 100, 200, 160}));
 }
 
 TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {

@@ -54,14 +54,14 @@ TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
 }
 
 TEST_F(X11OwnWindows, GetTheFocusOnRequest) {
-  const WindowHandle first = openPlayer();
-  const WindowHandle second = openPlayer();
-  system().requestFocus(first);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", first)); }));
+  const WindowHandle firstWindow = openPlayer();
+  const WindowHandle secondWindow = openPlayer();
+  system().requestFocus(firstWindow);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", firstWindow)); }));
   reports.lines.clear();
-  system().requestFocus(second);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", second)); }));
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", second)));
+  system().requestFocus(secondWindow);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", secondWindow)); }));
+  EXPECT_THAT(reports.lines, ElementsAre(line("focus", secondWindow)));
 }
 
 TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {

@@ -18,13 +18,13 @@ TEST(PointerDragTest, TheWindowKeepsItsDistanceToThePointer) {
   EXPECT_EQ(drag.takeMovedFrame(kFrame), (PixelRect{140, 195, 320, 240}));
 }
 
-TEST(PointerDragTest, TheWindowStaysWhileThePointerStays) {
+TEST(PointerDragTest, NoFrameIsReturnedWhileThePointerDoesNotMove) {
   PointerDrag drag;
   drag.begin(kWindow, kFrame, 110, 230);
   EXPECT_EQ(drag.takeMovedFrame(kFrame), std::nullopt);
 }
 
-TEST(PointerDragTest, EachMoveIsTakenOnce) {
+TEST(PointerDragTest, TheFrameOfEachMoveIsReturnedOnce) {
   PointerDrag drag;
   drag.begin(kWindow, kFrame, 110, 230);
   drag.movePointer(150, 225);

@@ -18,7 +18,7 @@ class X11RefusedWindows : public X11Test {
   }
 };
 
-TEST_F(X11RefusedWindows, TheManagersCheckWindowIsRefusedAndItsEndIsStillNoticed) {
+TEST_F(X11RefusedWindows, TheManagersEndIsNoticedAfterItsCheckWindowIsRefused) {
   startManager(Manager::Metacity);
   const xcb_window_t game = user.openGame({200, 150, 640, 400}, 0);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
@@ -40,14 +40,15 @@ TEST_F(X11RefusedWindows, TheManagersCheckWindowIsRefusedAndItsEndIsStillNoticed
   EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
 }
 
-TEST_F(X11RefusedWindows, TheBackEndsHelperWindowIsRefusedAndStillWorks) {
-  const xcb_window_t ours =
+TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
+  const xcb_window_t ownWindow =
       idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
-  // The id before belongs to the helper window through which the back end reads the server's time.
-  ASSERT_TRUE(user.exists(ours - 1));
-  EXPECT_THAT(refusal(ours - 1), HasSubstr("it belongs to this program"));
-  system().requestFocus(static_cast<WindowHandle>(ours));
-  EXPECT_TRUE(waitFor([&] { return user.focused() == ours; }));
+  // The previous id belongs to the helper window through which the back end reads the server's
+  // time.
+  ASSERT_TRUE(user.exists(ownWindow - 1));
+  EXPECT_THAT(refusal(ownWindow - 1), HasSubstr("it belongs to this program"));
+  system().requestFocus(static_cast<WindowHandle>(ownWindow));
+  EXPECT_TRUE(waitFor([&] { return user.focused() == ownWindow; }));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr PixelRect kScreen{0, 0, 1280, 960};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr NSWindowStyleMask kEverything = 15;
-// Of a window manager, in seconds.
+// How long a window manager may take to react to a request and to update its frame, in seconds.
 constexpr double kReactionTime = 0.6;
 constexpr double kSettlingTime = 0.2;
 
@@ -27,29 +27,29 @@ struct ButtonOffset {
   int y;
 };
 
-struct Managed {
+struct ManagerCase {
   Manager manager;
   const char* name;
-  /// Miniaturise, maximise and close.
+  /// The buttons that miniaturise, maximise and close.
   std::array<ButtonOffset, 3> buttons;
   std::vector<std::string> controlsWhileCovered;
   NSWindowStyleMask keptControls;
 };
 
-class X11StyleManagers : public X11Test, public testing::WithParamInterface<Managed> {
+class X11StyleManagers : public X11Test, public testing::WithParamInterface<ManagerCase> {
  protected:
   void SetUp() override {
     startManager(GetParam().manager);
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-    deliverFor(kSettlingTime);  // for the frame
+    deliverFor(kSettlingTime);  // the manager adds its frame
     handle = adopt(game).handle;
   }
   void cover() {
     system().setScene(handle, white({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-    deliverFor(kSettlingTime);  // for the frame's buttons
+    deliverFor(kSettlingTime);  // the manager updates the buttons
   }
   void uncover() {
     system().setScene(handle, {});
@@ -58,7 +58,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     deliverFor(kSettlingTime);
   }
   /// Returns false if the condition does not become true within the reaction time.
-  bool becomes(const std::function<bool()>& condition) {
+  bool becomesTrue(const std::function<bool()>& condition) {
     const Nanoseconds limit = steadyNow() + nanosecondsFromSeconds(kReactionTime);
     while (!condition()) {
       if (steadyNow() >= limit) {
@@ -80,7 +80,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return !state.empty() && state.front() == 3;
   }
   bool isWhite() {
-    return becomes([&] { return user.picture(game).isAll(kWhite); });
+    return becomesTrue([&] { return user.picture(game).isAll(kWhite); });
   }
 
   /// What the user can do to the window with the mouse.
@@ -102,7 +102,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     std::string effect;
     user.events();
     user.click(frame.x + frame.width + offset.x, frame.y + offset.y);
-    becomes([&] {
+    becomesTrue([&] {
       if (isIconic()) {
         effect = "miniaturise";
       } else if (isMaximized()) {
@@ -121,7 +121,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
       user.requestState(game, false, kMaximizedVert, kMaximizedHorz);
       EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == frame; }));
     }
-    // Without the other buttons, xfwm4 has a button in their place that rolls the window up.
+    // If xfwm4 removes buttons, the click can hit the button that rolls up the window.
     user.requestState(game, false, "_NET_WM_STATE_SHADED");
     deliverFor(kSettlingTime);
     return effect;
@@ -139,7 +139,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
         deliverFor(0.02);
       }
       user.release();
-      const bool isResized = becomes([&] { return !hasSize(before.width, before.height); });
+      const bool isResized = becomesTrue([&] { return !hasSize(before.width, before.height); });
       user.configure(game, before);
       EXPECT_TRUE(waitFor([&] { return hasSize(before.width, before.height); }));
       deliverFor(kSettlingTime);
@@ -176,7 +176,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
   frame.width = 800;
   frame.height = 500;
   user.configure(game, frame);
-  EXPECT_TRUE(becomes([&] { return hasSize(800, 500); }));
+  EXPECT_TRUE(becomesTrue([&] { return hasSize(800, 500); }));
   EXPECT_TRUE(isWhite());
   uncover();
   EXPECT_TRUE(hasSize(800, 500));
@@ -185,7 +185,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
 TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
   cover();
   user.requestState(game, true, kMaximizedVert, kMaximizedHorz);
-  EXPECT_TRUE(becomes([&] { return isMaximized(); }));
+  EXPECT_TRUE(becomesTrue([&] { return isMaximized(); }));
   EXPECT_TRUE(isWhite());
   const NSWindowStyleMask kept = GetParam().keptControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
@@ -199,40 +199,39 @@ TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
   cover();
   const PixelRect before = user.frameOf(game);
   user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == kScreen; }));
+  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == kScreen; }));
   EXPECT_TRUE(isWhite());
   user.requestState(game, false, kFullscreen);
-  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == before; }));
+  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == before; }));
   user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(becomes([&] { return user.frameOf(game) == kScreen; }));
+  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == kScreen; }));
   uncover();
   EXPECT_EQ(user.frameOf(game), kScreen);
 }
 
-INSTANTIATE_TEST_SUITE_P(X11, X11StyleManagers,
-                         testing::Values(Managed{.manager = Manager::Metacity,
-                                                 .name = "Metacity",
-                                                 .buttons = {{{-86, -19}, {-52, -19}, {-18, -19}}},
-                                                 .controlsWhileCovered = {"resize"},
-                                                 .keptControls = 8},
-                                         Managed{.manager = Manager::Openbox,
-                                                 .name = "Openbox",
-                                                 .buttons = {{{-42, -10}, {-26, -10}, {-10, -10}}},
-                                                 .controlsWhileCovered = {"close", "miniaturise"},
-                                                 .keptControls = 6},
-                                         Managed{.manager = Manager::Xfwm4,
-                                                 .name = "Xfwm4",
-                                                 .buttons = {{{-57, -14}, {-34, -14}, {-11, -14}}},
-                                                 .controlsWhileCovered = {},
-                                                 .keptControls = 2},
-                                         Managed{.manager = Manager::IceWM,
-                                                 .name = "IceWM",
-                                                 .buttons = {{{-58, -9}, {-38, -9}, {-12, -9}}},
-                                                 .controlsWhileCovered = {},
-                                                 .keptControls = 0}),
-                         [](const testing::TestParamInfo<Managed>& tested) {
-                           return tested.param.name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    X11, X11StyleManagers,
+    testing::Values(ManagerCase{.manager = Manager::Metacity,
+                                .name = "Metacity",
+                                .buttons = {{{-86, -19}, {-52, -19}, {-18, -19}}},
+                                .controlsWhileCovered = {"resize"},
+                                .keptControls = 8},
+                    ManagerCase{.manager = Manager::Openbox,
+                                .name = "Openbox",
+                                .buttons = {{{-42, -10}, {-26, -10}, {-10, -10}}},
+                                .controlsWhileCovered = {"close", "miniaturise"},
+                                .keptControls = 6},
+                    ManagerCase{.manager = Manager::Xfwm4,
+                                .name = "Xfwm4",
+                                .buttons = {{{-57, -14}, {-34, -14}, {-11, -14}}},
+                                .controlsWhileCovered = {},
+                                .keptControls = 2},
+                    ManagerCase{.manager = Manager::IceWM,
+                                .name = "IceWM",
+                                .buttons = {{{-58, -9}, {-38, -9}, {-12, -9}}},
+                                .controlsWhileCovered = {},
+                                .keptControls = 0}),
+    [](const testing::TestParamInfo<ManagerCase>& testInfo) { return testInfo.param.name; });
 
 }  // namespace
 }  // namespace vel::test

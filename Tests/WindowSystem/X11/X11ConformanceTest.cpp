@@ -59,12 +59,12 @@ std::unique_ptr<TestDisplay> open() {
   return std::make_unique<X11Display>(kManager);
 }
 
-Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bool managed) {
+Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bool hasManager) {
   return {.name = name,
           .open = open,
           .adoptsWindows = true,
           .hasScreen = true,
-          .miniaturizes = managed,
+          .miniaturizes = hasManager,
           .reportsControlsKept = true};
 }
 
