@@ -15,7 +15,7 @@ enum ExitStatus : int {
   kExitSuccess = 0,
   kExitFailure = 1,      ///< the command could not do its work
   kExitBadUsage = 2,     ///< the command line, or a file that it names, is wrong
-  kExitSignalBase = 128  ///< a signal ended the command; its number is added
+  kExitSignalBase = 128  ///< plus the number of the signal that ended the command
 };
 
 /// Thrown by a command if its command line is wrong; `what` is one line for the user.

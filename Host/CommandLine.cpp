@@ -19,11 +19,11 @@ namespace {
 // Opens /dev/null for each standard descriptor that is closed. Otherwise the next file that the
 // program opens would become a standard stream.
 void occupyStandardDescriptors() {
-  int lowest = open("/dev/null", O_RDWR);
-  while (lowest >= 0 && lowest <= STDERR_FILENO) {
-    lowest = open("/dev/null", O_RDWR);
+  int descriptor = open("/dev/null", O_RDWR);
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+    descriptor = open("/dev/null", O_RDWR);
   }
-  close(lowest);
+  close(descriptor);
 }
 
 int reportBadUsage(std::string message) {

@@ -21,9 +21,9 @@ namespace {
 
 std::string readAll(std::istream& in) {
   std::string text;
-  char part[1 << 14];
-  while (in.read(part, sizeof part) || in.gcount() > 0) {
-    text.append(part, static_cast<std::size_t>(in.gcount()));
+  char buffer[1 << 14];
+  while (in.read(buffer, sizeof buffer) || in.gcount() > 0) {
+    text.append(buffer, static_cast<std::size_t>(in.gcount()));
   }
   return text;
 }
@@ -32,13 +32,13 @@ std::string readFile(const std::string& name) {
   errno = 0;
   std::ifstream file(name, std::ios::binary);
   std::string text = readAll(file);
-  if (!file.eof() || file.bad()) {  // not opened, or not read to its end
+  if (!file.eof() || file.bad()) {  // the file was not opened, or was not read to its end
     throw UsageError(inOneLine(name) + ": cannot be read: " + std::strerror(errno));
   }
   return text;
 }
 
-/// Writes each line at once, and passes it to the timeline if there is one.
+/// Writes the lines of the trace. Passes the lines and the states to the timeline if there is one.
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
@@ -59,8 +59,8 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The file for a picture of the play. It is opened before the play, so that an error is reported
-/// before the trace.
+/// The file for a picture of the play. The constructor opens it before the play, so that an error
+/// is reported before the trace.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.
@@ -94,17 +94,18 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
   } catch (const ScenarioError& error) {
     throw UsageError(name + ": " + error.what());
   }
-  std::optional<TimelineFile> picture;
+  std::optional<TimelineFile> timelineFile;
   if (options.timelinePath) {
-    picture.emplace(*options.timelinePath);
+    timelineFile.emplace(*options.timelinePath);
   }
-  TracePrinter printer(out, picture ? &picture->timeline() : nullptr);
+  TracePrinter printer(out, timelineFile ? &timelineFile->timeline() : nullptr);
   const PlayOutcome outcome = Player(scenario, printer).play();
   if (!out.flush()) {
     throw std::runtime_error("the trace cannot be written");
   }
-  if (picture) {
-    picture->write(isStandardInput ? name : std::filesystem::path(options.file).stem().string());
+  if (timelineFile) {
+    timelineFile->write(isStandardInput ? name
+                                        : std::filesystem::path(options.file).stem().string());
   }
   return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
 }

@@ -9,11 +9,11 @@
 
 namespace vel::host {
 
-/// The exit status if a scenario ends in an error that would end a host.
+/// The exit status if a scenario ends in an error that would end the process of a host.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
-  /// The file with the scenario; "-" is standard input.
+  /// The file with the scenario, or "-" for standard input.
   std::string file;
   /// The file for a picture of the play, if the user wants one.
   std::optional<std::string> timelinePath = std::nullopt;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "LaunchScreen/Helpers/LaunchScreenConstants.h"
+
 namespace vel::host {
 
 namespace {
@@ -13,8 +15,9 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// The countdown steps by 0.1 s. A step belongs to the whole second that is at most this far away.
-constexpr double kHalfStep = 0.05;
+// Half of the interval of the countdown. `LineConsole` prints a whole second at the tick that is at
+// most this far away.
+const double kHalfStep = expirationTimeStep / 2;
 
 std::string lineOf(double time, std::string_view text) {
   char prefix[32];
@@ -43,16 +46,17 @@ void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
     countdown_ = timeLeft.countdown;
     report(time, countdown_ == CountdownState::Paused ? kPaused : "resumed: in front again");
   }
-  const double second = std::round(timeLeft.left);
-  if (second >= 1 && second < lastSecond_ && std::abs(timeLeft.left - second) <= kHalfStep) {
-    lastSecond_ = second;
+  const double second = std::round(timeLeft.remainingSeconds);
+  if (second >= 1 && second < lastPrintedSecond_ &&
+      std::abs(timeLeft.remainingSeconds - second) <= kHalfStep) {
+    lastPrintedSecond_ = second;
     report(time, timeLeftText(second, 0));
   }
 }
 
 std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::size_t columns) {
-  const double left = std::max(timeLeft.left, 0.0);
-  std::string line = timeLeftText(left, 1);
+  const double seconds = std::max(timeLeft.remainingSeconds, 0.0);
+  std::string line = timeLeftText(seconds, 1);
   if (line.size() < 12) {
     line.insert(0, 12 - line.size(), ' ');
   }
@@ -64,8 +68,9 @@ std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::
   if (textWidth + kShortestBar <= columns) {
     const std::size_t length = std::min(columns - textWidth, kLongestBar);
     // An infinite time leaves the bar empty.
-    const double elapsed =
-        timeLeft.total > 0 && std::isfinite(left) ? 1 - left / timeLeft.total : 0;
+    const double elapsed = timeLeft.totalSeconds > 0 && std::isfinite(seconds)
+                               ? 1 - seconds / timeLeft.totalSeconds
+                               : 0;
     const auto filledLength = static_cast<std::size_t>(
         std::lround(std::clamp(elapsed, 0.0, 1.0) * static_cast<double>(length)));
     line.append("  [").append(filledLength, '#').append(length - filledLength, '-').append("]");

@@ -14,22 +14,23 @@ namespace vel::host {
 
 enum class CountdownState : std::uint8_t { Running, Paused };
 
-/// The time left of the launch screen and its total time, in seconds.
+/// The time left of the launch screen, and its total time.
 struct TimeLeft {
-  double left = 0;
-  double total = 0;
+  double remainingSeconds = 0;
+  double totalSeconds = 0;
   CountdownState countdown = CountdownState::Running;
 };
 
-/// Reports events to the user. Times are in seconds since the start. Main thread.
+/// Reports the progress of `show` to its user. All times are in seconds since the content request.
+/// Use it only on the main thread.
 class Console : private NonCopyable {
  public:
   Console() = default;
   virtual ~Console() = default;
 
-  /// Reports an event. A later report may replace this one on the screen.
+  /// Prints a report. A later report may replace this one on the screen.
   virtual void report(double time, std::string_view text) = 0;
-  /// Reports an event. Later reports do not replace this one on the screen.
+  /// Prints a report. Later reports do not replace this one on the screen.
   virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
   /// Called when the countdown starts, at each of its steps, and when it pauses or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
@@ -39,7 +40,7 @@ class Console : private NonCopyable {
   virtual void finish() {}
 };
 
-/// Prints a line with its time for each report.
+/// Prints each report on a line that starts with the time.
 class LineConsole final : public Console {
  public:
   /// `out` must outlive the console.
@@ -52,17 +53,18 @@ class LineConsole final : public Console {
  private:
   std::ostream* out_;
   CountdownState countdown_ = CountdownState::Running;
-  double lastSecond_ = std::numeric_limits<double>::infinity();
+  double lastPrintedSecond_ = std::numeric_limits<double>::infinity();
 };
 
 /// Keeps one line of a terminal up to date. During the countdown, the line shows the time left and
 /// a bar. Before and after the countdown, it shows the reports.
 class LiveConsole final : public Console {
  public:
-  /// Returns the width of the terminal. Called for each line, because the width may change.
+  /// Returns the width of the terminal. The console calls it for each line, because the width may
+  /// change.
   using Columns = std::function<std::size_t()>;
 
-  /// `out` must outlive the console. `hint` is shown during the countdown.
+  /// `out` must outlive the console. The console shows `hint` during the countdown.
   LiveConsole(std::ostream& out, Columns columns, std::string_view hint)
       : out_(&out), columns_(std::move(columns)), hint_(hint) {}
 

@@ -12,8 +12,8 @@ class EventsFile {
   /// Opens or creates the file. Throws a UsageError if it cannot be opened for writing.
   explicit EventsFile(std::string path);
 
-  /// Appends an event: its name, the time of day in UTC, and `time`, the seconds since the start.
-  /// Returns false if writing fails, for example on a full disk.
+  /// Appends an event: its name, the time of day in UTC, and `time`, the seconds since the content
+  /// request. Returns false if writing fails, for example on a full disk.
   [[nodiscard]] bool append(std::string_view event, double time);
 
   [[nodiscard]] const std::string& path() const { return path_; }

@@ -27,7 +27,7 @@ HostLoop::HostLoop() {
   sigemptyset(&receivedSignals_);
   sigaddset(&receivedSignals_, SIGINT);
   sigaddset(&receivedSignals_, SIGTERM);
-  if (!isIgnored(SIGHUP)) {  // nohup ignores it
+  if (!isIgnored(SIGHUP)) {  // nohup makes its command ignore SIGHUP
     sigaddset(&receivedSignals_, SIGHUP);
   }
   pthread_sigmask(SIG_BLOCK, &receivedSignals_, &previousMask_);
@@ -38,9 +38,9 @@ HostLoop::HostLoop() {
     throw std::system_error(reason, std::generic_category(), "signalfd");
   }
   // The program that reads our output may exit. The window must be restored nevertheless.
-  struct sigaction ignore {};
-  ignore.sa_handler = SIG_IGN;
-  sigaction(SIGPIPE, &ignore, &previousPipeAction_);
+  struct sigaction ignoreAction {};
+  ignoreAction.sa_handler = SIG_IGN;
+  sigaction(SIGPIPE, &ignoreAction, &previousPipeAction_);
 }
 
 HostLoop::~HostLoop() {

@@ -8,22 +8,23 @@
 
 namespace vel::host {
 
-/// Runs the main run loop inside a loop of its own, as a host does. It waits for the descriptor of
-/// the run loop, for signals and for the standard input, and then calls `pump`. It uses no
-/// processor time while it waits.
+/// Runs the main run loop inside a loop of its own, as a host does. The outer loop waits for the
+/// descriptor of the run loop, for signals and for the standard input, and then calls `pump` of the
+/// run loop. The outer loop uses no processor time while it waits.
 ///
-/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. Create it on the main thread before any other thread starts.
+/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP. A SIGHUP that the process
+/// ignores stays ignored. SIGPIPE does not end the process. Create the object on the main thread
+/// before any other thread starts.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();
   ~HostLoop();
 
   /// Calls `handler` whenever the user presses Enter, until the standard input ends.
-  void onEnter(std::function<void()> handler) { enterHandler_ = std::move(handler); }
+  void setEnterHandler(std::function<void()> handler) { enterHandler_ = std::move(handler); }
 
-  /// Runs until `isDone` returns true or a signal arrives. Calls `isDone` after each pass. Returns
-  /// the number of the signal, or 0.
+  /// Runs until `isDone` returns true or a signal arrives. Calls `isDone` after each pass of the
+  /// run loop. Returns the number of the signal, or 0.
   int runUntil(const std::function<bool()>& isDone);
 
  private:

@@ -72,7 +72,7 @@ int show(const ShowOptions& options) {
   auto session = make<ShowSession>(options, console, std::move(events));
   session->start();
   if (options.canSkip()) {
-    loop.onEnter([&session] { session->skip(); });
+    loop.setEnterHandler([&session] { session->skip(); });
   }
   int signal = loop.runUntil([&session] { return session->update(); });
   if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
@@ -114,11 +114,11 @@ CGSize parseSize(const std::string& text) {
 
 // Parses a window id such as "41943045" or "0x2800005".
 std::uint64_t parseWindow(const std::string& text) {
-  const bool hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-  const char* const start = text.data() + (hexadecimal ? 2 : 0);
+  const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+  const char* const start = text.data() + (isHexadecimal ? 2 : 0);
   const char* const end = text.data() + text.size();
   std::uint64_t window = 0;
-  const auto [rest, error] = std::from_chars(start, end, window, hexadecimal ? 16 : 10);
+  const auto [rest, error] = std::from_chars(start, end, window, isHexadecimal ? 16 : 10);
   if (error != std::errc() || rest != end) {
     throw CLI::ValidationError("--window", "'" + text + "' is not a window's id");
   }
@@ -153,9 +153,9 @@ void addWindowOptions(CLI::App& command, ShowOptions& options) {
       ->check(CLI::IsMember({"auto", "headless", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();
-  command.add_flag("--content-controller", options.contentController,
+  command.add_flag("--content-controller", options.hasContentController,
                    "Give the player window a content view controller");
-  command.add_flag("--indicator", options.indicator, "Show an indicator on the launch screen");
+  command.add_flag("--indicator", options.hasIndicator, "Show an indicator on the launch screen");
   CLI::Option* const size =
       command
           .add_option_function<std::string>(

@@ -17,14 +17,15 @@ struct ShowOptions {
   std::string duration = "5";
   /// "embedded", "modal" or "sheet".
   std::string presentation = "embedded";
-  bool contentController = false;
-  bool indicator = false;
+  bool hasContentController = false;
+  bool hasIndicator = false;
   CGSize size{1280, 720};
-  /// The id of another program's window to cover. Without it, `show` opens a window of its own.
+  /// The id of another program's window to cover. If it has no value, `show` opens a window of its
+  /// own.
   std::optional<std::uint64_t> window;
-  /// The file for a screenshot; empty for no screenshot.
+  /// The file for a screenshot. If it is empty, `show` takes no screenshot.
   std::string screenshotPath;
-  /// The file for recorded events; empty for no file.
+  /// The file for recorded events. If it is empty, `show` writes no file.
   std::string eventsPath;
   /// The time after which to dismiss the launch screen, in seconds.
   std::optional<double> skipAfter;

@@ -75,7 +75,7 @@ void ShowSession::start() {
     return;
   }
   playerStyle_ = player_->styleMask();
-  if (options_.contentController) {
+  if (options_.hasContentController) {
     player_->setContentViewController(make<NSViewController>());
   }
   if (!options_.window) {
@@ -142,8 +142,9 @@ void ShowSession::present(const Strong<ContentData>& data) {
   view->setDelegate(self());
   presentation_ = as<CVPresentationFullScreen>(view->presentation());
   cover_ = presentation_->viewController();
-  if (options_.indicator) {
-    // The indicator starts when the view appears, so it must exist before that.
+  if (options_.hasIndicator) {
+    // The indicator starts when the view appears, so the indicator must exist before the view
+    // appears.
     const auto controller = as<LaunchScreenViewController>(cover_);
     send(controller, &LaunchScreenViewController::createActivityIndicator);
     send(controller, &LaunchScreenViewController::createConstraintsActivityIndicator);
@@ -308,8 +309,8 @@ double ShowSession::time() const {
 void ShowSession::report(std::string_view text) { console_->report(time(), text); }
 
 void ShowSession::showTimeLeft() {
-  console_->showTimeLeft(time(), {.left = manager_->launchScreenExpirationTimeLeft(),
-                                  .total = totalTime_,
+  console_->showTimeLeft(time(), {.remainingSeconds = manager_->launchScreenExpirationTimeLeft(),
+                                  .totalSeconds = totalTime_,
                                   .countdown = countdown_});
 }
 

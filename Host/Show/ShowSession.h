@@ -23,10 +23,10 @@ struct ShowOutcome {
   std::string failure;
 };
 
-/// Acts as the host of one launch screen, from request to event. It opens a player window or adopts
-/// a window of another program, sends the content request, presents the content, and reports each
-/// event to its console. It needs a running application, and the caller runs the main run loop, in
-/// real or virtual time. Main thread.
+/// Acts as the host of one launch screen, from request to event. The session opens a player window
+/// or adopts a window of another program, sends the content request, presents the content, and
+/// reports each event to its console. It needs a running application, and the caller runs the main
+/// run loop, in real or virtual time. Use it only on the main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -37,15 +37,15 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens the player window. Presents the launch screen over it as soon as the window is in front.
-  /// An error becomes the outcome.
+  /// Opens or adopts the player window. Presents the launch screen over the window as soon as the
+  /// window is in front, or after a short wait. An error becomes the outcome.
   void start();
-  /// Checks what has changed. The caller must call this after each pass of the run loop. Returns
-  /// true if `outcome` has a value.
+  /// Updates the console and the outcome. The caller must call `update` after each pass of the run
+  /// loop. Returns true if `outcome` has a value.
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
-  /// Dismisses the launch screen for the user. Does nothing without skip mode.
+  /// Dismisses the launch screen for the user. Does nothing in forced mode.
   void skip();
   /// Dismisses the launch screen without asking the delegates, restores the window's style and
   /// closes the window. Releases an adopted window instead of closing it. A second call does
@@ -76,7 +76,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void takeScreenshot();
   void fail(std::string failure);
 
-  // The seconds since the start.
+  // Returns the seconds since the content request, or since `start` before the request.
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();

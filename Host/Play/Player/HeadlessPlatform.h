@@ -7,14 +7,14 @@
 namespace vel::host {
 
 /// Runs the application on the headless window system in virtual time, which starts at 0. The
-/// library is in its initial state. The destructor closes all windows and removes all scheduled
-/// work. Only one may exist at a time. Main thread.
+/// destructor closes all windows, removes all scheduled work and resets the configuration of the
+/// library. Only one object may exist at a time. Use it only on the main thread.
 class HeadlessPlatform : private NonCopyable {
  public:
   explicit HeadlessPlatform(NSOperatingSystemVersion version);
   ~HeadlessPlatform();
 
-  /// The window system, which also simulates what a user does with windows.
+  /// Returns the window system, which also simulates what a user does with windows.
   [[nodiscard]] HeadlessWindowSystem& user() { return *windowSystem_; }
 
  private:

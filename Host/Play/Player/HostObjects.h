@@ -1,4 +1,4 @@
-// The objects of the host of a play.
+// The objects that the player creates as the host.
 #pragma once
 
 #include <functional>
@@ -46,7 +46,7 @@ class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, Conten
   RegistrationHandler handler_;
 };
 
-/// Handles a change of state.
+/// Called with the content whose state has changed.
 using StateHandler = std::function<void(const Strong<ContentData>& data)>;
 
 class ConformingResolverDelegate final

@@ -27,7 +27,7 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
     }
     report(std::move(registration));
   });
-  const auto stateChanged = [this](const Strong<ContentData>& data) {
+  const auto reportStateChange = [this](const Strong<ContentData>& data) {
     report(trace::StateChange{.state = data->state(),
                               .content = contentNameOf(data.get()).value_or(ContentName::Main)});
   };
@@ -35,10 +35,10 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
     case ResolverDelegateKind::None:
       break;
     case ResolverDelegateKind::Conforming:
-      resolverDelegate_ = make<ConformingResolverDelegate>(stateChanged);
+      resolverDelegate_ = make<ConformingResolverDelegate>(reportStateChange);
       break;
     case ResolverDelegateKind::Undeclared:
-      resolverDelegate_ = make<UndeclaredResolverDelegate>(stateChanged);
+      resolverDelegate_ = make<UndeclaredResolverDelegate>(reportStateChange);
       break;
   }
   manager_->setDelegate(resolverDelegate_);
@@ -63,7 +63,7 @@ Player::~Player() {
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
-    window->setContentViewController(nullptr);  // a cover in it may keep the window alive
+    window->setContentViewController(nullptr);  // a cover in the window may keep the window alive
   }
 }
 

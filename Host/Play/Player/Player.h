@@ -20,11 +20,11 @@ enum class PlayOutcome : std::uint8_t {
 };
 
 /// Plays a scenario once, as its host, on a platform of its own. Sends the trace and the states to
-/// a listener. Main thread.
+/// a listener. Use it only on the main thread.
 class Player final : private PlatformObserver {
  public:
-  /// Opens the host's windows and makes the manager. The trace begins afterwards. The scenario and
-  /// the listener must outlive the player.
+  /// Opens the host's windows and makes the manager. The trace does not contain this. The scenario
+  /// and the listener must outlive the player.
   Player(const Scenario& scenario, PlayListener& listener);
   ~Player() override;
 

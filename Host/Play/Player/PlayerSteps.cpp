@@ -12,7 +12,7 @@ namespace vel::host {
 
 namespace {
 
-// Runs the work on the thread that the step names, and waits until it is done.
+// Runs the work on the thread that the step names, and waits until the work ends.
 void runOn(StepThread thread, const std::function<void()>& work) {
   if (thread == StepThread::Main) {
     work();
@@ -27,13 +27,13 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
   viewDelegate_ = nullptr;
   if (script) {
     viewDelegate_ = make<ScriptedViewDelegate>(
-        *script, [this](const ViewDelegateScript& current, ViewOperation operation) {
+        *script, [this](const ViewDelegateScript& currentScript, ViewOperation operation) {
           trace::HostCall call{.operation = operation, .returnValue = std::nullopt};
           if (operation == ViewOperation::CanDisappear) {
-            call.returnValue = current.canDisappear;
+            call.returnValue = currentScript.canDisappear;
           }
           report(call);
-          if (operation == current.deactivateDuring) {
+          if (operation == currentScript.deactivateDuring) {
             manager_->deactivate();
           }
         });
@@ -72,8 +72,9 @@ void Player::perform(const step::Request& action) {
   }
   Strong<ContentData> data;
   runOn(action.thread, [&] { data = manager_->contentDataForContentRequest(request); });
-  if (const auto temporary = manager_->tempContent(); data != nullptr && data == temporary) {
-    temporaryContents_.push_back(temporary);
+  if (const auto temporaryContent = manager_->tempContent();
+      data != nullptr && data == temporaryContent) {
+    temporaryContents_.push_back(temporaryContent);
   }
   report(trace::ContentDataResult{contentNameOf(data.get())});
 }

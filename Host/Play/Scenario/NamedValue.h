@@ -1,4 +1,4 @@
-// The names that scenarios and traces use for values.
+// Tables of values with the names that scenarios and traces use for them.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 
 namespace vel::host {
 
-/// A value and its name.
+/// An entry of a table of names.
 template <class Value>
 struct NamedValue {
   std::string_view name;

@@ -25,9 +25,9 @@ struct WindowScript {
   std::string className = "PlayerWindow";
   NSWindowStyleMask styleMask = 15;
   CGRect frame = CGRectMake(0, 0, 1280, 720);
-  /// The class name of its content view controller, if it has one.
+  /// The class name of the content view controller, if the window has one.
   std::optional<std::string> contentViewController = std::nullopt;
-  /// The name of its parent window, if it has one.
+  /// The name of the parent window, if the window has one.
   std::optional<std::string> parent = std::nullopt;
 };
 
@@ -114,7 +114,7 @@ struct Activate {
   bool broker = true;
 };
 struct Request {
-  /// `std::nullopt` for a null request. Null for a request without parameters.
+  /// It has no value for a null request. It is null for a request whose parameters are null.
   std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;
 };
@@ -137,10 +137,10 @@ struct Send {
 /// Sets only the members that have a value.
 struct Configure {
   std::optional<bool> skipMode;
-  /// An inner `std::nullopt` sets null.
+  /// If the inner optional has no value, the step sets null.
   std::optional<std::optional<std::string>> nextEventName;
   std::optional<double> expirationTimeInterval;
-  /// True sets a new controller of the host, false sets null.
+  /// True sets a new view controller of the host. False sets null.
   std::optional<bool> viewController;
 };
 struct ReplaceConfiguration {};
@@ -185,9 +185,9 @@ using StepAction =
                  step::RunLoopMode, step::Inspect>;
 
 struct Step {
-  /// The time since the start of the play; never earlier than the previous step.
+  /// The time since the start of the play. It is never earlier than the time of the previous step.
   Nanoseconds at = 0;
-  /// The name of the action in the scenario; a literal.
+  /// The name of the action in the scenario. It refers to a string literal.
   std::string_view name;
   StepAction action;
 };
@@ -195,7 +195,7 @@ struct Step {
 struct Scenario {
   HostScript host;
   std::vector<Step> steps;
-  /// The time at which the play ends; never earlier than the last step.
+  /// The time at which the play ends. It is never earlier than the last step.
   Nanoseconds end = 0;
 };
 

@@ -26,7 +26,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
     return 0;
   }
   std::uint64_t number =
-      std::numeric_limits<std::uint64_t>::max();  // stays if the number is too large
+      std::numeric_limits<std::uint64_t>::max();  // from_chars keeps it if the number is too large
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
 }

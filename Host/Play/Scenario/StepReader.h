@@ -42,8 +42,8 @@ class KnownWindowNames {
 
 [[nodiscard]] ViewDelegateScript readViewDelegate(const JsonValue& value);
 
-/// Reads a step. On entry, `at` is the time of the previous step in seconds; on return, the time of
-/// this step.
+/// Reads a step. On entry, `at` is the time of the previous step in seconds. On return, `at` is the
+/// time of this step.
 [[nodiscard]] Step readStep(const JsonValue& value, double& at, KnownWindowNames& names);
 
 }  // namespace vel::host

@@ -40,7 +40,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   bool end_array() override { return close(); }
 
   bool key(string_t& name) override {
-    if (open_.back()->contains(name)) {
+    if (openContainers_.back()->contains(name)) {
       throw ScenarioError((innermostPlace() / name).to_string(),
                           "each member only once in an object");
     }
@@ -69,11 +69,11 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
  private:
   Json* addValue(Json value) {
-    if (open_.empty()) {
+    if (openContainers_.empty()) {
       document_ = std::move(value);
       return &document_;
     }
-    Json& container = *open_.back();
+    Json& container = *openContainers_.back();
     if (container.is_array()) {
       return &container.emplace_back(std::move(value));
     }
@@ -87,38 +87,39 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   }
 
   bool open(Json container) {
-    if (open_.size() == kMaximumJsonDepth) {
+    if (openContainers_.size() == kMaximumJsonDepth) {
       throw ScenarioError(place().to_string(), "at most " + std::to_string(kMaximumJsonDepth) +
                                                    " levels of nested objects and arrays");
     }
-    open_.push_back(addValue(std::move(container)));
+    openContainers_.push_back(addValue(std::move(container)));
     keys_.emplace_back();
     return true;
   }
 
   bool close() {
-    open_.pop_back();
+    openContainers_.pop_back();
     keys_.pop_back();
     return true;
   }
 
-  // The place of the innermost open container.
+  // Returns the place of the innermost open container.
   [[nodiscard]] Pointer innermostPlace() const {
     Pointer place;
-    for (std::size_t level = 0; level + 1 < open_.size(); ++level) {
-      const Json& container = *open_[level];
+    for (std::size_t level = 0; level + 1 < openContainers_.size(); ++level) {
+      const Json& container = *openContainers_[level];
       place = container.is_array() ? place / (container.size() - 1) : place / keys_[level];
     }
     return place;
   }
 
-  // The place of the current value. If the name of a member is expected, the place of the object.
+  // Returns the place of the current value. If the parser expects the name of a member, returns the
+  // place of the object.
   [[nodiscard]] Pointer place() const {
-    if (open_.empty()) {
+    if (openContainers_.empty()) {
       return Pointer();
     }
-    if (open_.back()->is_array()) {
-      return innermostPlace() / open_.back()->size();
+    if (openContainers_.back()->is_array()) {
+      return innermostPlace() / openContainers_.back()->size();
     }
     return expectsValue_ ? innermostPlace() / keys_.back() : innermostPlace();
   }
@@ -126,8 +127,8 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   std::string_view text_;
   Json document_;
   // The containers that are not closed yet, from the outermost to the innermost.
-  std::vector<Json*> open_;
-  // For each open container, the name of its latest member; empty for an array.
+  std::vector<Json*> openContainers_;
+  // For each open container, the name of its latest member. The name is empty for an array.
   std::vector<std::string> keys_;
   bool expectsValue_ = false;
 };
@@ -138,8 +139,8 @@ nlohmann::json parseStrictJson(std::string_view text) {
   DocumentBuilder builder(text);
   Json::sax_parse(text.begin(), text.end(), &builder);
   // The parser treats a zero byte as the end of the text.
-  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
-    builder.throwMalformed(zero);
+  if (const std::size_t zeroByte = text.find('\0'); zeroByte != std::string_view::npos) {
+    builder.throwMalformed(zeroByte);
   }
   return builder.takeDocument();
 }

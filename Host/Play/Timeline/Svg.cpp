@@ -11,15 +11,15 @@ namespace {
 std::string number(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2f", value);
-  std::string shorter = text;
-  shorter.erase(shorter.find_last_not_of('0') + 1);
-  if (shorter.back() == '.') {
-    shorter.pop_back();
+  std::string digits = text;
+  digits.erase(digits.find_last_not_of('0') + 1);
+  if (digits.back() == '.') {
+    digits.pop_back();
   }
-  return shorter;
+  return digits;
 }
 
-// True if XML can contain the first character of the text. It cannot contain control characters,
+// True if XML can contain the first character of the text. XML cannot contain control characters,
 // U+FFFE and U+FFFF.
 bool isValidInXml(std::string_view rest) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
@@ -29,21 +29,21 @@ bool isValidInXml(std::string_view rest) {
 
 std::string escape(std::string_view text) {
   std::string result;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const std::string_view rest = text.substr(at);
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    const std::string_view rest = text.substr(index);
     if (!isValidInXml(rest)) {
       result += "\uFFFD";
-      at += rest.front() == '\xEF' ? 2U : 0U;
-    } else if (text[at] == '&') {
+      index += rest.front() == '\xEF' ? 2U : 0U;
+    } else if (text[index] == '&') {
       result += "&amp;";
-    } else if (text[at] == '<') {
+    } else if (text[index] == '<') {
       result += "&lt;";
-    } else if (text[at] == '"') {
+    } else if (text[index] == '"') {
       result += "&quot;";
-    } else if (text[at] == '>') {
+    } else if (text[index] == '>') {
       result += "&gt;";
     } else {
-      result += text[at];
+      result += text[index];
     }
   }
   return result;
@@ -82,8 +82,10 @@ void Svg::path(std::string_view styleClass, const std::vector<PicturePoint>& poi
   elements_ += "\"/>\n";
 }
 
-void Svg::text(std::string_view styleClass, PicturePoint at, Anchor anchor, std::string_view text) {
-  elements_ += openingTag("text", styleClass) + attribute("x", at.x) + attribute("y", at.y);
+void Svg::text(std::string_view styleClass, PicturePoint position, Anchor anchor,
+               std::string_view text) {
+  elements_ +=
+      openingTag("text", styleClass) + attribute("x", position.x) + attribute("y", position.y);
   if (anchor != Anchor::Start) {
     elements_ += anchor == Anchor::Middle ? " text-anchor=\"middle\"" : " text-anchor=\"end\"";
   }

@@ -29,8 +29,9 @@ class Svg {
   void line(std::string_view styleClass, PicturePoint from, PicturePoint to);
   void dot(std::string_view styleClass, PicturePoint center, double radius);
   void path(std::string_view styleClass, const std::vector<PicturePoint>& points);
-  /// `at` is a point on the baseline of the text.
-  void text(std::string_view styleClass, PicturePoint at, Anchor anchor, std::string_view text);
+  /// `position` is a point on the baseline of the text.
+  void text(std::string_view styleClass, PicturePoint position, Anchor anchor,
+            std::string_view text);
 
   /// Appends the elements of another picture.
   void add(const Svg& other) { elements_ += other.elements_; }

@@ -40,12 +40,12 @@ std::string shorten(std::string_view text, double fontSize, double width) {
   if (textWidth(text, fontSize) <= width) {
     return std::string(text);
   }
-  const double room = width - textWidth(kEllipsis, fontSize);
+  const double availableWidth = width - textWidth(kEllipsis, fontSize);
   std::size_t end = 0;
-  double used = 0;
+  double usedWidth = 0;
   while (end < text.size()) {
-    used += textWidth(text.substr(end, 1), fontSize);
-    if (used > room) {
+    usedWidth += textWidth(text.substr(end, 1), fontSize);
+    if (usedWidth > availableWidth) {
       break;
     }
     ++end;

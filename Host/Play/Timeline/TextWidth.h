@@ -11,7 +11,7 @@ namespace vel::host {
 /// so a picture does not depend on the fonts of the machine.
 [[nodiscard]] double textWidth(std::string_view text, double fontSize);
 
-/// Returns the text if it fits into the width. Otherwise cuts it off and appends an ellipsis.
+/// Returns the text if it fits into the width. Otherwise shortens the text and appends an ellipsis.
 [[nodiscard]] std::string shorten(std::string_view text, double fontSize, double width);
 
 }  // namespace vel::host

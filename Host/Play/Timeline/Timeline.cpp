@@ -19,17 +19,17 @@ constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
 double slopeOf(const CountdownStretch& stretch) {
-  return (stretch.leftAfter - stretch.leftBefore) /
+  return (stretch.timeLeftAtEnd - stretch.timeLeftAtStart) /
          secondsFromNanoseconds(stretch.span.to - stretch.span.from);
 }
 
 // True if `stretch` continues `previous`.
 bool isContinuation(const CountdownStretch& previous, const CountdownStretch& stretch) {
   return previous.countsDown == stretch.countsDown && previous.span.to == stretch.span.from &&
-         previous.leftAfter == stretch.leftBefore;
+         previous.timeLeftAtEnd == stretch.timeLeftAtStart;
 }
 
-// Adds a span, or extends the last one if they touch.
+// Adds a span. If the last span ends where the new span starts, extends the last span instead.
 void extend(std::vector<TimeSpan>& spans, TimeSpan span) {
   if (!spans.empty() && spans.back().to == span.from) {
     spans.back().to = span.to;
@@ -55,7 +55,7 @@ std::string controlsText(NSWindowStyleMask mask) {
 }
 
 // Returns the reason in a log line that reports a refusal, or `std::nullopt` for another log line.
-std::optional<std::string> refusalIn(std::string_view logLine) {
+std::optional<std::string> refusalReasonIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
   const std::size_t start = logLine.find(kSeparator);
   return start == std::string_view::npos
@@ -87,7 +87,7 @@ class Timeline::Marker {
     timeline_.addMark(TimelineLane::Request, std::string(text));
   }
   void operator()(const trace::LogLine& log) {
-    if (auto text = refusalIn(log.text)) {
+    if (auto text = refusalReasonIn(log.text)) {
       timeline_.addMark(TimelineLane::Refusal, std::move(*text));
     }
   }
@@ -113,8 +113,8 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    if (timeline_.styledWindow_ ==
-        assignment.window) {  // several changes in a row: keep only the last
+    // Several style changes of one window in a row get one mark, for the last change.
+    if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
     timeline_.addMark(TimelineLane::WindowStyle,
@@ -153,10 +153,10 @@ void Timeline::stateReached(const PlayState& state) {
   if (isRefused) {
     addMark(TimelineLane::Refusal, "not dismissed");
   }
-  if (state_ && state_->time < state.time) {
-    extendSpans(*state_, state);
+  if (latestState_ && latestState_->time < state.time) {
+    extendSpans(*latestState_, state);
   }
-  state_ = state;
+  latestState_ = state;
 }
 
 void Timeline::addMark(TimelineLane lane, std::string text) {
@@ -168,20 +168,20 @@ void Timeline::extendSpans(const PlayState& previous, const PlayState& current) 
   if (previous.isCovered) {
     extend(coveredSpans_, span);
   }
-  if (const auto& key = previous.keyWindow) {
-    auto entry = std::ranges::find(keyWindows_, *key, &KeyWindowSpans::window);
+  if (const auto& keyWindow = previous.keyWindow) {
+    auto entry = std::ranges::find(keyWindows_, *keyWindow, &KeyWindowSpans::window);
     if (entry == keyWindows_.end()) {
-      entry = keyWindows_.insert(entry, {.window = *key, .spans = {}});
+      entry = keyWindows_.insert(entry, {.window = *keyWindow, .spans = {}});
     }
     extend(entry->spans, span);
   }
   // Without a countdown, the time left stays constant and changes only at the end of the stretch.
-  const double leftAfter =
+  const double timeLeftAtEnd =
       previous.countsDown ? std::max(current.timeLeft, 0.0) : previous.timeLeft;
-  if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(leftAfter)) {
+  if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(timeLeftAtEnd)) {
     extendCountdown({.span = span,
-                     .leftBefore = previous.timeLeft,
-                     .leftAfter = leftAfter,
+                     .timeLeftAtStart = previous.timeLeft,
+                     .timeLeftAtEnd = timeLeftAtEnd,
                      .countsDown = previous.countsDown});
   }
 }
@@ -190,7 +190,7 @@ void Timeline::extendCountdown(CountdownStretch stretch) {
   // The time left changes only at a tick, but is drawn as a sloping line between ticks. So a
   // constant stretch between two ticks is merged with the next stretch.
   if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
-      countdown_.back().leftBefore == countdown_.back().leftAfter &&
+      countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
       stretch.span.to - countdown_.back().span.from <= kTickInterval) {
     stretch.span.from = countdown_.back().span.from;
     countdown_.pop_back();
@@ -198,7 +198,7 @@ void Timeline::extendCountdown(CountdownStretch stretch) {
   if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
       std::abs(slopeOf(countdown_.back()) - slopeOf(stretch)) < kSlopeTolerance) {
     countdown_.back().span.to = stretch.span.to;
-    countdown_.back().leftAfter = stretch.leftAfter;
+    countdown_.back().timeLeftAtEnd = stretch.timeLeftAtEnd;
   } else {
     countdown_.push_back(stretch);
   }

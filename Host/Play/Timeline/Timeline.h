@@ -8,7 +8,7 @@
 
 namespace vel::host {
 
-/// The lanes of a timeline, from top to bottom. Each has marks of one kind.
+/// The lanes of a timeline, from top to bottom. Each lane has marks of one kind.
 enum class TimelineLane : std::uint8_t {
   Request,
   Script,
@@ -35,8 +35,8 @@ struct TimeSpan {
 struct CountdownStretch {
   TimeSpan span;
   /// The time left at the start and at the end of the span, in seconds.
-  double leftBefore = 0;
-  double leftAfter = 0;
+  double timeLeftAtStart = 0;
+  double timeLeftAtEnd = 0;
   bool countsDown = false;
 };
 
@@ -46,21 +46,21 @@ struct KeyWindowSpans {
   std::vector<TimeSpan> spans;
 };
 
-/// Collects what the picture of a play shows. Its size depends on the number of changes, not on the
-/// duration of the play.
+/// Collects what the picture of a play shows. The size of the timeline depends on the number of
+/// changes, not on the duration of the play.
 class Timeline final : public PlayListener {
  public:
   void traceLineAdded(const TraceLine& line) override;
   void stateReached(const PlayState& state) override;
 
-  /// In the order of time.
+  /// Returns the marks in the order of time.
   [[nodiscard]] const std::vector<TimelineMark>& marks() const { return marks_; }
-  /// In the order in which the windows first became key.
+  /// Returns the windows in the order in which they first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
-  /// Leaves out the spans in which no time is left.
+  /// Returns the time left during the play, without the spans in which no time is left.
   [[nodiscard]] const std::vector<CountdownStretch>& countdown() const { return countdown_; }
-  /// The end of the play.
+  /// Returns the time of the latest line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
 
  private:
@@ -76,7 +76,7 @@ class Timeline final : public PlayListener {
   std::vector<TimeSpan> coveredSpans_;
   std::vector<CountdownStretch> countdown_;
   Nanoseconds end_ = 0;
-  std::optional<PlayState> state_;
+  std::optional<PlayState> latestState_;
   // The window of the latest mark, if that mark is a window style.
   std::optional<std::string> styledWindow_;
   // True if a dismissal was requested since the latest state.

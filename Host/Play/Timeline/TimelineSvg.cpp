@@ -148,8 +148,8 @@ class Drawing {
     bottom_ = middle + kRowHeight / 2;
   }
 
-  // Draws the line above a lane and the name of the lane. Returns the vertical centre of its first
-  // row.
+  // Draws the line above a lane and the name of the lane. Returns the vertical centre of the
+  // first row of the lane.
   double beginLane(std::string_view name) {
     svg_.line("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
     const double middle = bottom_ + kLanePadding + kRowHeight / 2;
@@ -178,23 +178,23 @@ class Drawing {
   }
 
   void drawCountdown() {
-    const double head = beginLane("time left");
+    const double topRowMiddle = beginLane("time left");
     const auto& countdown = timeline_.countdown();
     if (countdown.empty()) {
-      drawEmptyLane(head);
-      bottom_ = head + kRowHeight / 2 + kLanePadding;
+      drawEmptyLane(topRowMiddle);
+      bottom_ = topRowMiddle + kRowHeight / 2 + kLanePadding;
       return;
     }
     const double maximum =
-        std::ranges::max(countdown, {}, &CountdownStretch::leftBefore).leftBefore;
-    const double bottom = head + kRowHeight + kChartHeight;
+        std::ranges::max(countdown, {}, &CountdownStretch::timeLeftAtStart).timeLeftAtStart;
+    const double bottom = topRowMiddle + kRowHeight + kChartHeight;
     const auto yOf = [&](double left) { return bottom - kChartHeight * (left / maximum); };
     for (const AxisTick& tick : axisTicks(maximum, kMaximumHeightTicks)) {
       const double y = yOf(tick.value);
       svg_.line(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
       drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
     }
-    drawText("quiet label", {kLeft + kLabelGap, head}, Svg::Anchor::Start,
+    drawText("quiet label", {kLeft + kLabelGap, topRowMiddle}, Svg::Anchor::Start,
              "solid: counting down, dashed: paused");
     // Adjacent stretches of one kind are drawn as one path.
     for (auto stretch = countdown.begin(); stretch != countdown.end();) {
@@ -204,8 +204,8 @@ class Drawing {
       for (; stretch != countdown.end() && stretch->countsDown == countsDown &&
              stretch->span.from == end;
            ++stretch) {
-        points.push_back({xOf(stretch->span.from), yOf(stretch->leftBefore)});
-        points.push_back({xOf(stretch->span.to), yOf(stretch->leftAfter)});
+        points.push_back({xOf(stretch->span.from), yOf(stretch->timeLeftAtStart)});
+        points.push_back({xOf(stretch->span.to), yOf(stretch->timeLeftAtEnd)});
         end = stretch->span.to;
       }
       svg_.path(countsDown ? "falls" : "waits", points);
@@ -224,11 +224,11 @@ class Drawing {
       const double x = xOf(mark.time);
       const LabelPlace place = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
       const double y = middle + static_cast<double>(place.row) * kRowHeight;
-      const bool isToTheRight = place.side == LabelPlace::Side::Right;
+      const bool isRightOfMark = place.side == LabelPlace::Side::Right;
       const double distance = kMarkRadius + kLabelDistance;
       svg_.dot(lane.styleClass, {x, y}, kMarkRadius);
-      drawText("label", {isToTheRight ? x + distance : x - distance, y},
-               isToTheRight ? Svg::Anchor::Start : Svg::Anchor::End, text);
+      drawText("label", {isRightOfMark ? x + distance : x - distance, y},
+               isRightOfMark ? Svg::Anchor::Start : Svg::Anchor::End, text);
     }
     if (layout.rows() == 0) {
       drawEmptyLane(middle);

@@ -49,12 +49,12 @@ struct Inspection {
     std::int32_t presentationMode = 0;
     std::optional<std::string> appWindow;
     NSWindowStyleMask appWindowStyleMask = 0;
-    /// The number of delegates, or `std::nullopt` before the list exists.
+    /// The number of delegates, or `std::nullopt` if the list of delegates does not exist.
     std::optional<std::size_t> delegates;
     bool activityIndicator = false;
     /// The window that shows the controller's view.
     std::optional<std::string> window;
-    /// The number of controllers that it presents.
+    /// The number of view controllers that this controller presents.
     std::size_t presented = 0;
   };
   struct Application {

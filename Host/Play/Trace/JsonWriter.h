@@ -20,7 +20,8 @@ template <std::integral Number>
 void writeJson(std::string& text, Number value) {
   text += std::to_string(value);
 }
-/// JSON has no infinity and no NaN: these become the strings "nan", "inf" and "-inf".
+/// Writes NaN and the infinities as the strings "nan", "inf" and "-inf", because JSON has no such
+/// numbers.
 void writeJson(std::string& text, double value);
 void writeJson(std::string& text, std::string_view value);
 void writeJson(std::string& text, std::nullptr_t value);

@@ -11,7 +11,7 @@ namespace vel::host {
 /// The state of a play at one moment.
 struct PlayState {
   Nanoseconds time = 0;
-  /// In seconds.
+  /// The time left of the launch screen, in seconds.
   double timeLeft = 0;
   bool countsDown = false;
   /// True if a cover of the library is on screen.

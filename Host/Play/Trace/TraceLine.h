@@ -25,11 +25,13 @@ struct StepStart {
 struct Activation {
   bool result = false;
 };
-/// The content that `contentDataForContentRequest:` returned. No value for null.
+/// The content that `contentDataForContentRequest:` returned. It has no value if the
+/// operation returned null.
 struct ContentDataResult {
   std::optional<ContentName> content;
 };
-/// The content whose view `contentViewForContentData:` returned. No value for null.
+/// The content whose view `contentViewForContentData:` returned. It has no value if the
+/// operation returned null.
 struct ContentViewResult {
   std::optional<ContentName> content;
 };

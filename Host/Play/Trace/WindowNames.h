@@ -10,16 +10,17 @@
 namespace vel::host {
 
 /// The names of the windows of a play. The player names the host's windows. The window of a
-/// presentation gets a name when its name is first needed. Does not keep windows alive.
+/// presentation gets a name when `nameOf` is first called for it. Does not keep windows
+/// alive.
 class WindowNames {
  public:
   void add(const Strong<NSWindow>& window, std::string_view name);
 
   [[nodiscard]] std::string nameOf(NSWindow& window);
-  /// Returns `std::nullopt` for null.
+  /// Returns `std::nullopt` if `window` is null.
   [[nodiscard]] std::optional<std::string> nameOf(const Strong<NSWindow>& window);
 
-  /// Returns the window with this name, or null if it does not exist.
+  /// Returns the window with this name, or null if no such window exists.
   [[nodiscard]] Strong<NSWindow> window(std::string_view name) const;
 
  private:

@@ -44,14 +44,14 @@ Lines play(std::string_view steps, double until, std::string_view host) {
 Lines linesAfter(const Lines& trace, std::string_view step) {
   const std::string start = "\"do\":\"" + std::string(step) + "\"}";
   Lines lines;
-  bool inside = false;
+  bool isInsideStep = false;
   for (const std::string& line : trace) {
     if (isOfKind(line, "do")) {
-      inside = withoutTime(line) == start;
-      if (inside) {
+      isInsideStep = withoutTime(line) == start;
+      if (isInsideStep) {
         lines.clear();
       }
-    } else if (inside && &line != &trace.back()) {
+    } else if (isInsideStep && &line != &trace.back()) {
       lines.push_back(withoutTime(line));
     }
   }

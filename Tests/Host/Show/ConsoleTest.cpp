@@ -9,9 +9,11 @@
 namespace vel::host {
 namespace {
 
-TimeLeft running(double left, double total) { return {.left = left, .total = total}; }
-TimeLeft paused(double left, double total) {
-  return {.left = left, .total = total, .countdown = CountdownState::Paused};
+TimeLeft runningCountdown(double seconds, double total) {
+  return {.remainingSeconds = seconds, .totalSeconds = total};
+}
+TimeLeft pausedCountdown(double seconds, double total) {
+  return {.remainingSeconds = seconds, .totalSeconds = total, .countdown = CountdownState::Paused};
 }
 
 class LineConsoleTest : public testing::Test {
@@ -20,7 +22,7 @@ class LineConsoleTest : public testing::Test {
   void countDown(double total) {
     double time = 0;
     for (double left = total; left > 0; left -= 0.1, time += 0.1) {
-      console.showTimeLeft(time, running(left, total));
+      console.showTimeLeft(time, runningCountdown(left, total));
     }
   }
 
@@ -44,27 +46,27 @@ TEST_F(LineConsoleTest, PrintsALineForEachWholeSecond) {
   EXPECT_EQ(out.str(), "   0.000 s  3 s left\n   1.000 s  2 s left\n   2.000 s  1 s left\n");
 }
 
-TEST_F(LineConsoleTest, SecondsOfAnyDurationArePrintedAtTheNearestStep) {
+TEST_F(LineConsoleTest, WholeSecondIsPrintedAtTheNearestTick) {
   countDown(2.37);
   EXPECT_EQ(out.str(), "   0.400 s  2 s left\n   1.400 s  1 s left\n");
 }
 
-TEST_F(LineConsoleTest, LessThanASecondPrintsNoSeconds) {
+TEST_F(LineConsoleTest, CountdownBelowOneSecondPrintsNoSeconds) {
   countDown(0.9);
   EXPECT_EQ(out.str(), "");
 }
 
 TEST_F(LineConsoleTest, InfiniteTimePrintsNoSeconds) {
-  console.showTimeLeft(
-      0, running(std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()));
+  console.showTimeLeft(0, runningCountdown(std::numeric_limits<double>::infinity(),
+                                           std::numeric_limits<double>::infinity()));
   EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(LineConsoleTest, PauseAndItsEndPrintALineAndNoSecondIsPrintedTwice) {
-  console.showTimeLeft(0, running(2, 5));
-  console.showTimeLeft(0.5, paused(2, 5));
-  console.showTimeLeft(0.6, paused(2, 5));
-  console.showTimeLeft(3, running(2, 5));
+TEST_F(LineConsoleTest, PauseAndResumptionPrintOneLineEach) {
+  console.showTimeLeft(0, runningCountdown(2, 5));
+  console.showTimeLeft(0.5, pausedCountdown(2, 5));
+  console.showTimeLeft(0.6, pausedCountdown(2, 5));
+  console.showTimeLeft(3, runningCountdown(2, 5));
   EXPECT_EQ(out.str(),
             "   0.000 s  2 s left\n"
             "   0.500 s  paused: not in front\n"
@@ -72,37 +74,40 @@ TEST_F(LineConsoleTest, PauseAndItsEndPrintALineAndNoSecondIsPrintedTwice) {
 }
 
 TEST(CountdownLineTest, BarFillsAsTimePasses) {
-  EXPECT_EQ(countdownLine(running(5, 5), "", 26), "  5.0 s left  [----------]");
-  EXPECT_EQ(countdownLine(running(3.5, 5), "", 26), "  3.5 s left  [###-------]");
-  EXPECT_EQ(countdownLine(running(0, 5), "", 26), "  0.0 s left  [##########]");
+  EXPECT_EQ(countdownLine(runningCountdown(5, 5), "", 26), "  5.0 s left  [----------]");
+  EXPECT_EQ(countdownLine(runningCountdown(3.5, 5), "", 26), "  3.5 s left  [###-------]");
+  EXPECT_EQ(countdownLine(runningCountdown(0, 5), "", 26), "  0.0 s left  [##########]");
 }
 
 TEST(CountdownLineTest, NegativeTimeIsShownAsZero) {
-  EXPECT_EQ(countdownLine(running(-0.1, 5), "", 26), "  0.0 s left  [##########]");
+  EXPECT_EQ(countdownLine(runningCountdown(-0.1, 5), "", 26), "  0.0 s left  [##########]");
 }
 
 TEST(CountdownLineTest, NoteFollowsTheBar) {
-  EXPECT_EQ(countdownLine(running(2.5, 5), "paused", 34), "  2.5 s left  [#####-----]  paused");
+  EXPECT_EQ(countdownLine(runningCountdown(2.5, 5), "paused", 34),
+            "  2.5 s left  [#####-----]  paused");
 }
 
 TEST(CountdownLineTest, BarHasAtMostFortyColumns) {
-  EXPECT_EQ(countdownLine(running(1, 1), "", 200).size(),
+  EXPECT_EQ(countdownLine(runningCountdown(1, 1), "", 200).size(),
             std::string("  1.0 s left  []").size() + 40);
 }
 
 TEST(CountdownLineTest, NarrowTerminalGetsNoBar) {
-  EXPECT_EQ(countdownLine(running(2.5, 5), "paused", 28), "  2.5 s left  paused");
+  EXPECT_EQ(countdownLine(runningCountdown(2.5, 5), "paused", 28), "  2.5 s left  paused");
 }
 
-TEST(CountdownLineTest, NeverLongerThanTheTerminalIsWide) {
+TEST(CountdownLineTest, LineFitsIntoTheTerminal) {
   for (std::size_t columns = 0; columns < 100; ++columns) {
-    EXPECT_LE(countdownLine(running(2.5, 5), "paused: not in front", columns).size(), columns);
+    EXPECT_LE(countdownLine(runningCountdown(2.5, 5), "paused: not in front", columns).size(),
+              columns);
   }
 }
 
 TEST(CountdownLineTest, InfiniteTimeLeavesTheBarEmpty) {
   constexpr double kEndless = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(countdownLine(running(kEndless, kEndless), "", 26), "  inf s left  [----------]");
+  EXPECT_EQ(countdownLine(runningCountdown(kEndless, kEndless), "", 26),
+            "  inf s left  [----------]");
 }
 
 class LiveConsoleTest : public testing::Test {
@@ -113,49 +118,49 @@ class LiveConsoleTest : public testing::Test {
 };
 
 TEST_F(LiveConsoleTest, EveryLineReplacesThePreviousLine) {
-  console.showTimeLeft(0, running(5, 5));
-  console.showTimeLeft(0.1, running(4.9, 5));
+  console.showTimeLeft(0, runningCountdown(5, 5));
+  console.showTimeLeft(0.1, runningCountdown(4.9, 5));
   console.report(5.1, "dismissed");
   EXPECT_EQ(out.str().find('\n'), std::string::npos);
-  const std::string written = out.str();
-  EXPECT_EQ(std::ranges::count(written, '\r'), 3);
+  const std::string output = out.str();
+  EXPECT_EQ(std::ranges::count(output, '\r'), 3);
 }
 
 TEST_F(LiveConsoleTest, PermanentReportStaysOnItsOwnLine) {
-  console.showTimeLeft(0, running(5, 5));
-  const std::size_t before = out.str().size();
+  console.showTimeLeft(0, runningCountdown(5, 5));
+  const std::size_t previousSize = out.str().size();
   console.reportPermanently(0.2, "controls kept");
-  console.showTimeLeft(0.3, running(4.7, 5));
-  EXPECT_THAT(out.str().substr(before),
+  console.showTimeLeft(0.3, runningCountdown(4.7, 5));
+  EXPECT_THAT(out.str().substr(previousSize),
               testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
 }
 
 TEST_F(LiveConsoleTest, ShorterLineErasesALongerLine) {
-  console.showTimeLeft(0, running(5, 5));
-  const std::size_t before = out.str().size();
+  console.showTimeLeft(0, runningCountdown(5, 5));
+  const std::size_t previousSize = out.str().size();
   console.report(5.1, "dismissed");
-  EXPECT_EQ(out.str().substr(before), "\r   5.100 s  dismissed" + std::string(18, ' '));
+  EXPECT_EQ(out.str().substr(previousSize), "\r   5.100 s  dismissed" + std::string(18, ' '));
 }
 
 TEST_F(LiveConsoleTest, CountdownShowsTheHint) {
-  console.showTimeLeft(0, running(5, 5));
+  console.showTimeLeft(0, runningCountdown(5, 5));
   EXPECT_EQ(out.str(), "\r  5.0 s left  [----------]  press Enter");
 }
 
 TEST_F(LiveConsoleTest, LineShowsAPause) {
   columns = 60;
-  console.showTimeLeft(0, paused(5, 5));
+  console.showTimeLeft(0, pausedCountdown(5, 5));
   EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
 }
 
-TEST_F(LiveConsoleTest, ReportsAfterTheCountdownAreCollected) {
+TEST_F(LiveConsoleTest, ReportsAfterTheCountdownShareALine) {
   columns = 80;
   console.report(0, "covered");
-  console.showTimeLeft(0, running(1, 1));
-  const std::size_t before = out.str().size();
+  console.showTimeLeft(0, runningCountdown(1, 1));
+  const std::size_t previousSize = out.str().size();
   console.report(1.1, "dismissed");
   console.report(1.6, "event recorded: e");
-  EXPECT_NE(out.str().find("\r   1.600 s  dismissed, event recorded: e", before),
+  EXPECT_NE(out.str().find("\r   1.600 s  dismissed, event recorded: e", previousSize),
             std::string::npos);
 }
 

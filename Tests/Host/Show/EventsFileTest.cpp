@@ -51,7 +51,7 @@ TEST_F(EventsFileTest, ExistingLinesStay) {
                                    testing::HasSubstr("\"c\"")));
 }
 
-TEST_F(EventsFileTest, EventIsWrittenAtOnce) {
+TEST_F(EventsFileTest, EventIsWrittenBeforeTheFileIsClosed) {
   EventsFile file(path);
   ASSERT_TRUE(file.append("a", 1));
   EXPECT_EQ(lines().size(), 1U);

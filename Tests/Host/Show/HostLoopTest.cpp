@@ -19,15 +19,15 @@ bool isBlocked(int signal) {
 }
 
 /// Replaces the standard input of the process by a pipe that the test writes to.
-class Input : private NonCopyable {
+class StandardInputPipe : private NonCopyable {
  public:
-  Input() : previousInput_(dup(STDIN_FILENO)) {
+  StandardInputPipe() : previousInput_(dup(STDIN_FILENO)) {
     EXPECT_EQ(pipe(pipe_.data()), 0);
     dup2(pipe_[0], STDIN_FILENO);
     close(pipe_[0]);
   }
-  ~Input() {
-    end();
+  ~StandardInputPipe() {
+    closeWriteEnd();
     dup2(previousInput_, STDIN_FILENO);
     close(previousInput_);
   }
@@ -35,7 +35,7 @@ class Input : private NonCopyable {
   void write(std::string_view text) const {
     EXPECT_EQ(::write(pipe_[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
   }
-  void end() {
+  void closeWriteEnd() {
     if (pipe_[1] >= 0) {
       close(pipe_[1]);
     }
@@ -47,14 +47,14 @@ class Input : private NonCopyable {
   std::array<int, 2> pipe_{-1, -1};
 };
 
-// The loop waits for descriptors, so it runs in real time.
+// `HostLoop` waits for descriptors, so these tests run in real time.
 class HostLoopTest : public testing::Test {
  protected:
   HostLoopTest() { NSRunLoop::mainRunLoop().useRealTime(); }
   ~HostLoopTest() override { dispatch_get_main_queue().removeAll(); }
 
-  // Returns a condition that ends the loop after `count` passes. Each call wakes the loop for
-  // another pass.
+  // Returns a condition that ends the loop after `count` passes. Each call of the condition queues
+  // work, which makes the loop run another pass.
   std::function<bool()> afterPasses(int count) {
     return [count]() mutable {
       dispatch_async(dispatch_get_main_queue(), [] {});
@@ -65,25 +65,26 @@ class HostLoopTest : public testing::Test {
   static bool never() { return false; }
 };
 
-TEST_F(HostLoopTest, RunsTheMainLoopUntilDone) {
+TEST_F(HostLoopTest, RunsTheMainQueueUntilTheConditionIsTrue) {
   HostLoop loop;
-  bool done = false;
-  dispatch_async(dispatch_get_main_queue(),
-                 [&done] { dispatch_async(dispatch_get_main_queue(), [&done] { done = true; }); });
-  EXPECT_EQ(loop.runUntil([&done] { return done; }), 0);
+  bool isWorkDone = false;
+  dispatch_async(dispatch_get_main_queue(), [&isWorkDone] {
+    dispatch_async(dispatch_get_main_queue(), [&isWorkDone] { isWorkDone = true; });
+  });
+  EXPECT_EQ(loop.runUntil([&isWorkDone] { return isWorkDone; }), 0);
 }
 
 class HostLoopSignalTest : public HostLoopTest, public testing::WithParamInterface<int> {};
 
 INSTANTIATE_TEST_SUITE_P(Termination, HostLoopSignalTest, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
-TEST_P(HostLoopSignalTest, EndsTheLoop) {
+TEST_P(HostLoopSignalTest, PendingSignalEndsRunUntil) {
   HostLoop loop;
   ASSERT_EQ(raise(GetParam()), 0);
   EXPECT_EQ(loop.runUntil(never), GetParam());
 }
 
-TEST_F(HostLoopTest, SignalWhileTheLoopRunsEndsIt) {
+TEST_F(HostLoopTest, SignalDuringAPassEndsRunUntil) {
   HostLoop loop;
   dispatch_async(dispatch_get_main_queue(), [] { raise(SIGTERM); });
   EXPECT_EQ(loop.runUntil(never), SIGTERM);
@@ -100,19 +101,19 @@ TEST_F(HostLoopTest, SignalMaskIsRestored) {
 }
 
 TEST_F(HostLoopTest, IgnoredHangUpSignalStaysIgnored) {
-  struct sigaction before {};
-  struct sigaction ignore {};
-  ignore.sa_handler = SIG_IGN;
-  sigaction(SIGHUP, &ignore, &before);
+  struct sigaction previousAction {};
+  struct sigaction ignoreAction {};
+  ignoreAction.sa_handler = SIG_IGN;
+  sigaction(SIGHUP, &ignoreAction, &previousAction);
   {
     HostLoop loop;
     raise(SIGHUP);
     EXPECT_EQ(loop.runUntil(afterPasses(3)), 0);
   }
-  sigaction(SIGHUP, &before, nullptr);
+  sigaction(SIGHUP, &previousAction, nullptr);
 }
 
-TEST_F(HostLoopTest, ClosedPipeDoesNotEndTheProcess) {
+TEST_F(HostLoopTest, WriteToAClosedPipeDoesNotEndTheProcess) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
   close(ends[0]);
@@ -121,54 +122,54 @@ TEST_F(HostLoopTest, ClosedPipeDoesNotEndTheProcess) {
   close(ends[1]);
 }
 
-TEST_F(HostLoopTest, EnterIsReported) {
-  const Input input;
+TEST_F(HostLoopTest, EnterCallsTheHandler) {
+  const StandardInputPipe input;
   HostLoop loop;
-  bool entered = false;
-  loop.onEnter([&entered] { entered = true; });
+  bool isEnterReported = false;
+  loop.setEnterHandler([&isEnterReported] { isEnterReported = true; });
   input.write("\n");
-  EXPECT_EQ(loop.runUntil([&entered] { return entered; }), 0);
+  EXPECT_EQ(loop.runUntil([&isEnterReported] { return isEnterReported; }), 0);
 }
 
-TEST_F(HostLoopTest, OtherKeysAreNotEnter) {
-  const Input input;
+TEST_F(HostLoopTest, InputWithoutALineFeedDoesNotCallTheEnterHandler) {
+  const StandardInputPipe input;
   HostLoop loop;
-  int entered = 0;
-  loop.onEnter([&entered] { ++entered; });
+  int enterCount = 0;
+  loop.setEnterHandler([&enterCount] { ++enterCount; });
   input.write("q");
   EXPECT_EQ(loop.runUntil(afterPasses(5)), 0);
-  EXPECT_EQ(entered, 0);
+  EXPECT_EQ(enterCount, 0);
   input.write("\n");
   EXPECT_EQ(loop.runUntil(afterPasses(5)), 0);
-  EXPECT_EQ(entered, 1);
+  EXPECT_EQ(enterCount, 1);
 }
 
-TEST_F(HostLoopTest, EndOfInputIsNotEnterAndDoesNotWakeTheLoop) {
-  Input input;
+TEST_F(HostLoopTest, ClosedInputDoesNotKeepTheLoopBusy) {
+  StandardInputPipe input;
   HostLoop loop;
-  bool entered = false;
-  loop.onEnter([&entered] { entered = true; });
-  input.end();
-  bool reached = false;
+  bool isEnterReported = false;
+  loop.setEnterHandler([&isEnterReported] { isEnterReported = true; });
+  input.closeWriteEnd();
+  bool isTimeUp = false;
   int passes = 0;
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 100), dispatch_get_main_queue(),
-                 [&reached] { reached = true; });
+                 [&isTimeUp] { isTimeUp = true; });
   EXPECT_EQ(loop.runUntil([&] {
     ++passes;
-    return reached;
+    return isTimeUp;
   }),
             0);
-  EXPECT_FALSE(entered);
+  EXPECT_FALSE(isEnterReported);
   EXPECT_LE(passes, 5);
 }
 
-TEST_F(HostLoopTest, InputIsNotReadWithoutAHandler) {
-  const Input input;
+TEST_F(HostLoopTest, InputIsNotReadWithoutAnEnterHandler) {
+  const StandardInputPipe input;
   input.write("x\n");
   HostLoop loop;
   EXPECT_EQ(loop.runUntil(afterPasses(5)), 0);
-  std::array<char, 8> left{};
-  EXPECT_EQ(read(STDIN_FILENO, left.data(), left.size()), 2);
+  std::array<char, 8> unreadInput{};
+  EXPECT_EQ(read(STDIN_FILENO, unreadInput.data(), unreadInput.size()), 2);
 }
 
 }  // namespace

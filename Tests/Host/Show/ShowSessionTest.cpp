@@ -1,5 +1,5 @@
-// Tests `launchscreen show` in virtual time: its reports, its end, and the state of the window
-// after it.
+// Tests `launchscreen show` in virtual time: its reports, its end, and the final state of the
+// player window.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -78,7 +78,7 @@ TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
 }
 
 TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
-  options.contentController = true;
+  options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
 
 TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
   options.presentation = GetParam();
-  options.contentController = true;
+  options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
@@ -117,7 +117,7 @@ TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
             "   2.500 s  event recorded: launch_end\n");
 }
 
-TEST_F(ShowSessionTest, PauseIsReportedAndNotCounted) {
+TEST_F(ShowSessionTest, PausedTimeIsNotCounted) {
   start();
   run(0.55);
   platform.windowSystem().userMovesFocusAway();
@@ -130,14 +130,14 @@ TEST_F(ShowSessionTest, PauseIsReportedAndNotCounted) {
                                             "  12.050 s  controls restored\n"));
 }
 
-TEST_F(ShowSessionTest, GivenEventIsRecorded) {
+TEST_F(ShowSessionTest, EventOfTheOptionsIsRecorded) {
   options.event = "loading_done";
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_THAT(out.str(), testing::HasSubstr("event recorded: loading_done\n"));
 }
 
-// The end of a run
+// The end of a session
 
 TEST_F(ShowSessionTest, EndsAfterTheEventIsRecordedAndTheCoverRemoved) {
   start();
@@ -148,7 +148,7 @@ TEST_F(ShowSessionTest, EndsAfterTheEventIsRecordedAndTheCoverRemoved) {
   EXPECT_TRUE(session->outcome());
 }
 
-TEST_F(ShowSessionTest, SkippingEndsWithoutAnEventWhenTheCoverIsGone) {
+TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   options.mode = "skip";
   start();
   run(0.55);
@@ -198,7 +198,7 @@ TEST_F(ShowSessionTest, SkippingTwiceDismissesOnce) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n   1.500 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkippingWhileNotKeyTakesEffectWhenKeyAgain) {
+TEST_F(ShowSessionTest, SkipWhileNotKeyDismissesWhenTheWindowIsKeyAgain) {
   options.mode = "skip";
   start();
   run(0.5);
@@ -370,7 +370,7 @@ INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
 
 TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithItsEvent) {
   options.presentation = GetParam();
-  options.contentController = true;
+  options.hasContentController = true;
   start();
   run(0.5);
   platform.windowSystem().ownerDestroysWindow(session->playerWindow()->handle());
@@ -411,17 +411,17 @@ TEST_F(ShowSessionTest, PlayerWindowHasAKnownClassAndIsKey) {
   EXPECT_EQ(player().description.frame.size, (CGSize{640, 480}));
 }
 
-TEST_F(ShowSessionTest, PlayerHasAContentControllerOnlyOnRequest) {
+TEST_F(ShowSessionTest, PlayerHasAContentControllerOnlyWithTheOption) {
   start();
   EXPECT_EQ(session->playerWindow()->contentViewController(), nullptr);
   session = nullptr;
-  options.contentController = true;
+  options.hasContentController = true;
   start();
   EXPECT_NE(session->playerWindow()->contentViewController(), nullptr);
 }
 
 TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
-  options.indicator = true;
+  options.hasIndicator = true;
   options.size = {800, 600};
   start();
   ASSERT_EQ(player().scene.size(), kPlayerItems + 2);
@@ -439,16 +439,16 @@ TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
 }
 
 TEST_F(ShowSessionTest, AnimationContinuesUnderTheCoverAndAfterIt) {
-  options.contentController = true;
+  options.hasContentController = true;
   start();
   const CGRect place = player().scene[1].frame;
   run(0.5);
   EXPECT_NE(player().scene[1].frame, place);
   run(1.6);
   ASSERT_EQ(player().scene.size(), kPlayerItems);
-  const CGRect uncovered = player().scene[1].frame;
+  const CGRect uncoveredPlace = player().scene[1].frame;
   run(0.2);
-  EXPECT_NE(player().scene[1].frame, uncovered);
+  EXPECT_NE(player().scene[1].frame, uncoveredPlace);
 }
 
 TEST_F(ShowSessionTest, AnimationContinuesBesideAModalWindow) {
@@ -462,8 +462,8 @@ TEST_F(ShowSessionTest, AnimationContinuesBesideAModalWindow) {
 struct ShutDownCase {
   const char* fact;
   const char* presentation;
-  bool contentController;
-  double after;
+  bool hasContentController;
+  double secondsBeforeShutDown;
 
   friend void PrintTo(const ShutDownCase& tested, std::ostream* out) { *out << tested.fact; }
 };
@@ -473,10 +473,10 @@ class ShowSessionShutDownTest : public ShowSessionTest,
 
 TEST_P(ShowSessionShutDownTest, RestoresAndClosesTheWindow) {
   options.presentation = GetParam().presentation;
-  options.contentController = GetParam().contentController;
+  options.hasContentController = GetParam().hasContentController;
   start();
   const Strong<NSWindow> window = session->playerWindow();
-  run(GetParam().after);
+  run(GetParam().secondsBeforeShutDown);
   session->shutDown();
   EXPECT_EQ(window->styleMask(), 15U);
   EXPECT_EQ(player().description.styleMask, 15U);

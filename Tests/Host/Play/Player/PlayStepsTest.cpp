@@ -103,11 +103,12 @@ TEST(PlayStepsTest, RequestWhileCoveredReturnsTheTemporaryContent) {
               ElementsAre(R"("answer":{"contentDataForContentRequest:":"temporary"}})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["tempContent"], true);
   for (const char* content : {"main", "temporary"}) {
-    const Lines viewed = play(request + R"(,{"do":"contentView","content":")" + content + R"("})",
-                              0, kHostWithController);
-    EXPECT_THAT(linesAfter(viewed, "contentView"),
+    const Lines viewTrace =
+        play(request + R"(,{"do":"contentView","content":")" + content + R"("})", 0,
+             kHostWithController);
+    EXPECT_THAT(linesAfter(viewTrace, "contentView"),
                 ElementsAre(R"("answer":{"contentViewForContentData:":"main"}})"));
-    EXPECT_EQ(lastInspection(viewed)["manager"]["tempContent"], false);
+    EXPECT_EQ(lastInspection(viewTrace)["manager"]["tempContent"], false);
   }
 }
 
@@ -281,7 +282,7 @@ TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
 
 // Configure
 
-TEST(PlayStepsTest, ConfigureSetsOnlyTheGivenMembers) {
+TEST(PlayStepsTest, ConfigureSetsOnlyTheMembersOfTheStep) {
   const auto after = [](const std::string& members) {
     return lastInspection(play(R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
                                R"("expirationTimeInterval":1.5},{"do":"configure")" +
@@ -335,7 +336,7 @@ TEST(PlayStepsTest, ReplaceConfigurationSetsANewConfiguration) {
 
 // The view delegate
 
-TEST(PlayStepsTest, ViewDelegateHasOnlyTheGivenOperations) {
+TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
   const std::string steps = std::string(kCovered) + R"(,{"do":"dismiss","by":"content"})";
   const auto hostCalls = [&steps](const std::string& delegate) {
     return linesOfKind(play(steps, 0, R"({"viewDelegate":)" + delegate + "}"), "host");
@@ -351,10 +352,10 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheGivenOperations) {
 }
 
 TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
-  const std::string refuses =
+  const std::string refusingDelegate =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
   const std::string skip = R"(,{"do":"configure","skipMode":true},)";
-  const Lines trace = play(covered(refuses + skip + R"({"do":"dismiss","by":"manager"})"));
+  const Lines trace = play(covered(refusingDelegate + skip + R"({"do":"dismiss","by":"manager"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":false})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
@@ -382,15 +383,15 @@ INSTANTIATE_TEST_SUITE_P(Operations, DeactivatingCallbackTest,
                          });
 
 TEST_P(DeactivatingCallbackTest, StopsThePlay) {
-  const PlayResult played = playScenario(
+  const PlayResult result = playScenario(
       std::string(R"({"host":{"viewDelegate":{"deactivateDuring":")") + GetParam() +
       R"("}},"steps":[{"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},)"
       R"({"at":1,"do":"dismiss","by":"manager","thread":"background"}]})");
-  EXPECT_EQ(played.outcome, PlayOutcome::CollectionMutated);
-  EXPECT_THAT(played.lines.back(),
+  EXPECT_EQ(result.outcome, PlayOutcome::CollectionMutated);
+  EXPECT_THAT(result.lines.back(),
               testing::EndsWith(R"("fatal":"collection mutated while being enumerated"})"));
-  EXPECT_THAT(played.lines[played.lines.size() - 2],
+  EXPECT_THAT(result.lines[result.lines.size() - 2],
               testing::HasSubstr(std::string(R"("host":")") + GetParam()));
 }
 
@@ -435,7 +436,7 @@ TEST(PlayStepsTest, WindowHasItsContentViewController) {
   EXPECT_EQ(lastInspection(play(steps, 0, kHostWithController))["manager"]["tempContent"], true);
 }
 
-TEST(PlayStepsTest, CloseWindowClosesIt) {
+TEST(PlayStepsTest, CloseWindowClosesTheWindow) {
   const Lines trace =
       play(R"({"do":"openWindow","name":"b"},{"do":"closeWindow","window":"player"},)"
            R"({"do":"closeWindow","window":"player"})");
@@ -451,8 +452,8 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
   EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
-  const Lines gone = play(steps + R"({"do":"makeKey","window":"modal-1"})");
-  EXPECT_THAT(linesAfter(gone, "makeKey"), IsEmpty());
+  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
+  EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
 }
 
 TEST(PlayStepsTest, MakeKeyMakesAWindowOnScreenKey) {
@@ -577,10 +578,11 @@ TEST(PlayStepsTest, PlayDoesNotEndBeforeItsLastStep) {
 }
 
 TEST(PlayStepsTest, ErrorExistsUntilTheNextPassOfTheLoop) {
-  const std::string fails = R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
-  EXPECT_EQ(lastInspection(play(fails))["content"]["error"],
+  const std::string failingRequest =
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
+  EXPECT_EQ(lastInspection(play(failingRequest))["content"]["error"],
             json::parse(R"({"domain":"LaunchScreen view controller is NIL","code":404})"));
-  EXPECT_EQ(lastInspection(play(fails, 1))["content"]["error"], nullptr);
+  EXPECT_EQ(lastInspection(play(failingRequest, 1))["content"]["error"], nullptr);
 }
 
 }  // namespace

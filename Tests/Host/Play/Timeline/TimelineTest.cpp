@@ -143,14 +143,14 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
   const auto& countdown = timeline_.countdown();
   ASSERT_EQ(countdown.size(), 3U);
   EXPECT_TRUE(countdown[0].countsDown);
-  EXPECT_DOUBLE_EQ(countdown[0].leftBefore, 0.5);
-  EXPECT_NEAR(countdown[0].leftAfter, 0.3, 1e-9);
+  EXPECT_DOUBLE_EQ(countdown[0].timeLeftAtStart, 0.5);
+  EXPECT_NEAR(countdown[0].timeLeftAtEnd, 0.3, 1e-9);
   EXPECT_FALSE(countdown[1].countsDown);
   EXPECT_EQ(milliseconds(countdown[1].span.from), 200);
   EXPECT_EQ(milliseconds(countdown[1].span.to), 1000);
-  EXPECT_EQ(countdown[1].leftBefore, countdown[1].leftAfter);
+  EXPECT_EQ(countdown[1].timeLeftAtStart, countdown[1].timeLeftAtEnd);
   EXPECT_TRUE(countdown[2].countsDown);
-  EXPECT_NEAR(countdown[2].leftAfter, 0.1, 1e-9);
+  EXPECT_NEAR(countdown[2].timeLeftAtEnd, 0.1, 1e-9);
 }
 
 TEST_F(TimelineTest, StepBetweenTicksDoesNotBendTheLine) {

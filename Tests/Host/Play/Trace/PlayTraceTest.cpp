@@ -150,7 +150,7 @@ TEST(PlayTraceTest, OnlyAConformingDelegateReceivesTheState) {
   EXPECT_THAT(states("null"), testing::IsEmpty());
 }
 
-TEST(PlayTraceTest, UnchangedStyleMaskHasALineToo) {
+TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskHasALine) {
   const Lines trace = play(kCovered, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
   constexpr auto kSet = R"("styleMask":1,"window":"player"})";
   EXPECT_THAT(linesOfKind(trace, "styleMask"), ElementsAre(kSet, kSet, kSet));
@@ -173,8 +173,8 @@ TEST(PlayTraceTest, TwoPlaysHaveTheSameTrace) {
   const std::string steps =
       covered(R"({"at":1,"do":"dismiss","by":"manager","thread":"background"},)"
               R"({"at":2,"do":"resignKey"},{"at":3,"do":"makeKey","window":"player"})");
-  const Lines once = play(steps, 10);
-  EXPECT_EQ(play(steps, 10), once);
+  const Lines firstTrace = play(steps, 10);
+  EXPECT_EQ(play(steps, 10), firstTrace);
 }
 
 // Inspections
