@@ -9,14 +9,14 @@ namespace vel::x11 {
 
 namespace {
 
-// The shape, as fractions of the side.
+// The shape of the indicator, in fractions of its side.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
 constexpr double kSpokeWidth = 0.09;
 constexpr double kTipWidth = 0.05;
 constexpr double kTipLength = 0.02;
 
-// The opacity of the black spokes.
+// The spokes are black. Their opacity makes the shades.
 constexpr double kDarkest = 0.72;
 constexpr double kLightest = 0.14;
 
@@ -67,11 +67,11 @@ Spinner::~Spinner() {
 
 void Spinner::draw(unsigned position) {
   const auto length = static_cast<std::uint16_t>(side_);
-  const xcb_rectangle_t whole{0, 0, length, length};
+  const xcb_rectangle_t wholePicture{0, 0, length, length};
   const xcb_render_color_t background{component(background_.red), component(background_.green),
                                       component(background_.blue), component(1)};
   connection_.track(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
-                                               background, 1, &whole),
+                                               background, 1, &wholePicture),
                     "RenderFillRectangles", window_);
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
     drawSpoke(spoke, sources_.at((position + kSpokes - spoke) % kSpokes));
@@ -98,9 +98,9 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
   for (std::size_t i = 0; i < kCuts.size(); ++i) {
     const double x = middle + side_ * kCuts.at(i).radius * outwardsX;
     const double y = middle + side_ * kCuts.at(i).radius * outwardsY;
-    const double half = side_ * kCuts.at(i).width / 2;
-    points.at(2 * i) = {fixed(x - half * outwardsY), fixed(y + half * outwardsX)};
-    points.at(2 * i + 1) = {fixed(x + half * outwardsY), fixed(y - half * outwardsX)};
+    const double halfWidth = side_ * kCuts.at(i).width / 2;
+    points.at(2 * i) = {fixed(x - halfWidth * outwardsY), fixed(y + halfWidth * outwardsX)};
+    points.at(2 * i + 1) = {fixed(x + halfWidth * outwardsY), fixed(y - halfWidth * outwardsX)};
   }
   connection_.track(xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, source,
                                          picture_, maskFormat_, 0, 0,
