@@ -193,9 +193,9 @@ VelStatus store(VelLaunchScreen* screen, Value* result, Read&& read) {
   });
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses, bugprone-sizeof-expression): members, and pointers
 // The size of a structure whose last member is `member`.
-#define VEL_SIZE_UP_TO(Structure, member) \
-  (offsetof(Structure, member) + sizeof(static_cast<Structure*>(nullptr)->member))
+#define VEL_SIZE_UP_TO(Structure, member) (offsetof(Structure, member) + sizeof(Structure::member))
 
 // The sizes that versions of this library have published, in ascending order. When a structure gets
 // a new member, add its new size and keep the previous ones.
@@ -204,6 +204,8 @@ constexpr std::array kCallbacksSizes{VEL_SIZE_UP_TO(VelCallbacks, display_lost),
 constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks)};
 constexpr std::array kRequestSizes{VEL_SIZE_UP_TO(VelRequest, seconds)};
 #undef VEL_SIZE_UP_TO
+// NOLINTEND(bugprone-macro-parentheses, bugprone-sizeof-expression)
+static_assert(kCallbacksSizes.back() == sizeof(VelCallbacks));
 
 // Copies a structure of a published size, or of a later version that sets no unknown member.
 // Members that the structure does not have become zero. Returns no value for any other structure.
