@@ -50,4 +50,4 @@ macro(vel_find_backend folder)
   endif()
 endmacro()
 
-vel_find_backend(X11 MODULES xcb xcb-randr xcb-render HEADERS xcb-icccm)
+vel_find_backend(X11 MODULES xcb xcb-randr xcb-render xcb-shape HEADERS xcb-icccm)

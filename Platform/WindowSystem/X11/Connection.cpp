@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <xcb/randr.h>
+#include <xcb/shape.h>
 
 #include <algorithm>
 #include <span>
@@ -62,8 +63,9 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
-  xcb_prefetch_extension_data(
-      connection_, &xcb_randr_id);  // the reply comes in the same round trip as the atoms
+  // These replies come in the same round trip as the atoms.
+  xcb_prefetch_extension_data(connection_, &xcb_randr_id);
+  xcb_prefetch_extension_data(connection_, &xcb_shape_id);
   internAtoms();
   timeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;

@@ -1,8 +1,11 @@
 #include "Platform/WindowSystem/X11/Cover.h"
 
 #include <algorithm>
+#include <ranges>
+#include <string>
 #include <utility>
 
+#include "Platform/Foundation/NSLog.h"
 #include "Platform/WindowSystem/X11/Requests.h"
 
 namespace vel::x11 {
@@ -12,16 +15,16 @@ namespace {
 // A change of scene destroys fewer windows than this.
 constexpr std::size_t kMaxRecentlyDestroyed = 8;
 
-// The maximum width and height of a window.
-constexpr int kMaxWindowSize = 32767;
-
 constexpr std::uint32_t kPointerEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
 constexpr std::uint32_t kDoNotPropagate = kPointerEvents | XCB_EVENT_MASK_BUTTON_MOTION;
 
+// How long the server has to map a child. Only a server that is busy or grabbed needs so long.
+constexpr Nanoseconds kMaximumMapTime = kNanosecondsPerSecond;
+
 constexpr CGColor kWhite{1, 1, 1, 1};
 
-// ReisIndicator true if the centre of `inner` is in `outer`.
+// Returns true if the centre of `inner` is in `outer`.
 bool containsCentre(CGRect outer, CGRect inner) {
   const double x = inner.origin.x + inner.size.width / 2;
   const double y = inner.origin.y + inner.size.height / 2;
@@ -34,7 +37,7 @@ PixelRect centredSquareIn(PixelRect rect) {
   return {rect.x + (rect.width - side) / 2, rect.y + (rect.height - side) / 2, side, side};
 }
 
-// ReisIndicator true if a child with the frame `child` fills the window with the frame `window`.
+// Returns true if a child with the frame `child` fills the window with the frame `window`.
 bool fills(PixelRect child, PixelRect window) {
   return child.x <= 0 && child.y <= 0 && child.x + child.width >= window.width &&
          child.y + child.height >= window.height;
@@ -47,14 +50,18 @@ unsigned spokeAt(Nanoseconds now) {
 }  // namespace
 
 Cover::Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExtension& render,
-             xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth)
+             xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth,
+             std::unique_ptr<Overlay> overlay)
     : connection_(connection),
       coordinates_(coordinates),
       render_(render),
       window_(window),
       visual_(visual),
       depth_(depth),
-      format_(connection.screen(), visual, depth) {}
+      format_(connection.screen(), visual, depth),
+      overlayFormat_(connection.screen(), connection.screen().root_visual,
+                     connection.screen().root_depth),
+      overlay_(std::move(overlay)) {}
 
 Cover::~Cover() {
   show({}, {});
@@ -62,6 +69,16 @@ Cover::~Cover() {
 }
 
 void Cover::show(const Scene& scene, PixelRect frame) {
+  const bool neededOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
+  if (neededOverlay && !usesOverlay_) {
+    if (scene.empty()) {
+      closePane(panes_.front());  // below the overlay, so that the cover disappears in one step
+    }
+    closeOverlay();
+  } else if (usesOverlay_ && !neededOverlay) {
+    std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { closePane(pane); });
+    panes_.clear();
+  }
   for (std::size_t i = 0; i < scene.size(); ++i) {
     Pane newPane = describePane(scene, i, frame);
     if (i == panes_.size()) {
@@ -70,22 +87,39 @@ void Cover::show(const Scene& scene, PixelRect frame) {
     } else {
       updatePane(panes_[i], std::move(newPane));
     }
+    if (usesOverlay_ && !overlay_->isOpen()) {
+      openOverlay();
+    }
   }
   while (panes_.size() > scene.size()) {
     closePane(panes_.back());
     panes_.pop_back();
   }
-  if (shield_ != XCB_WINDOW_NONE) {
+  if (panes_.empty()) {
+    mapDeadline_ = kNever;
+  }
+  if (usesOverlay_) {
+    overlay_->show();
+  }
+  if (shield_.isOpen()) {
     raise();
   }
 }
 
+bool Cover::needsOverlay(const Scene& scene, PixelRect frame) const {
+  return overlay_ != nullptr && !scene.empty() && scene.front().kind == SceneItem::Kind::Fill &&
+         fills(coordinates_.contentPixels(scene.front().frame, frame.height), frame);
+}
+
 Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect frame) const {
   const SceneItem& item = scene[index];
+  const bool isInOverlay = usesOverlay_ && index > 0;
   const PixelRect itemFrame = coordinates_.contentPixels(item.frame, frame.height);
   if (item.kind == SceneItem::Kind::Fill) {
     constexpr PixelRect kLargestWindow{0, 0, kMaxWindowSize, kMaxWindowSize};
-    return {.item = item,
+    return {.child = {},
+            .isInOverlay = isInOverlay,
+            .item = item,
             .frame = fills(itemFrame, frame) ? kLargestWindow : itemFrame,
             .background = item.color,
             .spinner = nullptr};
@@ -96,36 +130,50 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
       background = lower.color;
     }
   }
-  return {.item = item,
+  return {.child = {},
+          .isInOverlay = isInOverlay,
+          .item = item,
           .frame = centredSquareIn(itemFrame),
           .background = background,
           .spinner = nullptr};
 }
 
+// An override-redirect window is mapped and moved even if the owner has selected
+// SubstructureRedirect on its window.
 void Cover::openPane(Pane& pane) {
+  const xcb_screen_t& screen = connection_.screen();
+  const xcb_visualid_t visual = pane.isInOverlay ? screen.root_visual : visual_;
   const bool isIndicator = pane.item.kind == SceneItem::Kind::Spinner;
-  const auto format = isIndicator ? render_.formatOf(visual_) : std::nullopt;
+  const auto format = isIndicator ? render_.formatOf(visual) : std::nullopt;
   if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !format)) {
     return;  // the item has no pixels, or indicators cannot be drawn
   }
-  pane.window = connection_.makeId();
+  const PixelFormat& pixels = pane.isInOverlay ? overlayFormat_ : format_;
+  pane.child = {.window = connection_.makeId()};
+  mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
+  const xcb_window_t window = pane.child.window;
   // When the window grows, the server keeps an indicator in the centre until we move it.
   createWindow(
-      connection_, {.id = pane.window, .parent = window_, .frame = pane.frame},
-      XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
-      {format_.pixel(pane.background),
-       static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
+      connection_,
+      {.id = window,
+       .parent = pane.isInOverlay ? overlay_->window() : window_,
+       .frame = pane.frame},
+      XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
+          XCB_CW_DONT_PROPAGATE,
+      {pixels.pixel(pane.background),
+       static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST), 1,
        kPointerEvents, kDoNotPropagate});
   if (isIndicator) {
-    pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, pane.window, depth_,
+    pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, window,
+                                             pane.isInOverlay ? screen.root_depth : depth_,
                                              pane.frame.width, pane.background);
     pane.spinner->draw(0);
   }
-  mapWindow(connection_, pane.window);
+  mapWindow(connection_, window);
 }
 
 void Cover::updatePane(Pane& pane, Pane&& newPane) {
-  const bool needsNewWindow = pane.window == XCB_WINDOW_NONE ||
+  const bool needsNewWindow = !pane.child.isOpen() || pane.isInOverlay != newPane.isInOverlay ||
                               pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
                               newPane.frame.height <= 0;
   const bool needsNewPicture =
@@ -139,13 +187,17 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
     return;
   }
   if (pane.background != newPane.background) {
-    changeWindowAttributes(connection_, pane.window, XCB_CW_BACK_PIXEL,
-                           {format_.pixel(newPane.background)});
-    clearWindow(connection_, pane.window);
+    const PixelFormat& pixels = pane.isInOverlay ? overlayFormat_ : format_;
+    changeWindowAttributes(connection_, pane.child.window, XCB_CW_BACK_PIXEL,
+                           {pixels.pixel(newPane.background)});
+    clearWindow(connection_, pane.child.window);
+    if (usesOverlay_ && overlay_->isOpen() && &pane == &panes_.front()) {
+      overlay_->setBackground(overlayFormat_.pixel(newPane.background));
+    }
   }
   // The server may have moved an indicator when the window was resized.
   if (pane.frame != newPane.frame || pane.spinner != nullptr) {
-    moveResizeWindow(connection_, pane.window, newPane.frame);
+    moveResizeWindow(connection_, pane.child.window, newPane.frame);
   }
   pane.item = newPane.item;
   pane.frame = newPane.frame;
@@ -153,10 +205,35 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
 }
 
 void Cover::closePane(Pane& pane) {
-  if (pane.window != XCB_WINDOW_NONE) {
+  if (pane.child.isOpen()) {
     pane.spinner = nullptr;
-    destroy(std::exchange(pane.window, XCB_WINDOW_NONE));
+    destroy(std::exchange(pane.child, {}).window);
   }
+}
+
+// The pane's window is destroyed, or will be destroyed with its parent.
+void Cover::forgetPane(Pane& pane) {
+  pane.spinner = nullptr;
+  connection_.markDestroyed(std::exchange(pane.child, {}).window);
+}
+
+void Cover::openOverlay() {
+  overlay_->open(overlayFormat_.pixel(panes_.front().background));
+  for (Pane& pane : panes_) {
+    if (pane.isInOverlay) {
+      forgetPane(pane);
+      openPane(pane);
+    }
+  }
+}
+
+void Cover::closeOverlay() {
+  for (Pane& pane : panes_) {
+    if (pane.isInOverlay) {
+      forgetPane(pane);
+    }
+  }
+  overlay_->close();
 }
 
 void Cover::destroy(xcb_window_t window) {
@@ -168,42 +245,148 @@ void Cover::destroy(xcb_window_t window) {
 }
 
 void Cover::setShielded(bool shielded) {
-  if (shielded == (shield_ != XCB_WINDOW_NONE)) {
+  if (shielded == shield_.isOpen()) {
     return;
   }
-  if (!shielded) {
-    destroy(std::exchange(shield_, XCB_WINDOW_NONE));
-    return;
+  if (shielded) {
+    openShield();
+  } else {
+    destroy(std::exchange(shield_, {}).window);
   }
-  shield_ = connection_.makeId();
+}
+
+void Cover::openShield() {
+  shield_ = {.window = connection_.makeId()};
   createWindow(connection_,
-               {.id = shield_,
+               {.id = shield_.window,
                 .parent = window_,
                 .frame = {0, 0, kMaxWindowSize, kMaxWindowSize},
                 .windowClass = XCB_WINDOW_CLASS_INPUT_ONLY},
-               XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE, {kPointerEvents, kDoNotPropagate});
-  mapWindow(connection_, shield_);
+               XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
+               {1, kPointerEvents, kDoNotPropagate});
+  mapWindow(connection_, shield_.window);
 }
 
-void Cover::windowEnded() {
-  for (Pane& pane : panes_) {
-    connection_.markDestroyed(std::exchange(pane.window, XCB_WINDOW_NONE));
-  }
+void Cover::windowDestroyed() {
+  std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { forgetPane(pane); });
   panes_.clear();
-  connection_.markDestroyed(std::exchange(shield_, XCB_WINDOW_NONE));
+  if (std::exchange(usesOverlay_, false)) {
+    overlay_->close();
+  }
+  connection_.markDestroyed(std::exchange(shield_, {}).window);
   // The server may have processed our requests for these windows after it destroyed them.
   for (const xcb_window_t window : std::exchange(recentlyDestroyed_, {})) {
     connection_.markDestroyed(window);
   }
 }
 
+bool Cover::isMapped() const {
+  return !panes_.empty() && std::ranges::all_of(panes_, [](const Pane& pane) {
+    return pane.isInOverlay || !pane.child.isOpen() || pane.child.state == ChildState::Mapped;
+  });
+}
+
+Nanoseconds Cover::mapDeadline() const {
+  return panes_.empty() || isMapped() ? kNever : mapDeadline_;
+}
+
+void Cover::reportIfUnmapped(Nanoseconds now) {
+  if (isMapped()) {
+    mapDeadline_ = kNever;
+  } else if (now >= mapDeadline()) {
+    mapDeadline_ = kNever;
+    NSLog("X11: the cover of window %s is not on the screen: the server has not mapped it",
+          std::to_string(window_));
+  }
+}
+
 bool Cover::owns(xcb_window_t window) const {
   return window != XCB_WINDOW_NONE &&
-         (window == shield_ || std::ranges::find(panes_, window, &Pane::window) != panes_.end());
+         (window == shield_.window || (overlay_ != nullptr && window == overlay_->window()) ||
+          std::ranges::any_of(panes_,
+                              [window](const Pane& pane) { return window == pane.child.window; }));
+}
+
+// Following the window
+
+void Cover::handle(const xcb_generic_event_t& event) {
+  if (overlay_ != nullptr) {
+    overlay_->handle(event);
+  }
+  updateState(event);
+  if (isObscuredBy(event)) {
+    raise();
+  }
+}
+
+Cover::Child* Cover::findChild(xcb_window_t window) {
+  if (window == XCB_WINDOW_NONE) {
+    return nullptr;
+  }
+  if (window == shield_.window) {
+    return &shield_;
+  }
+  const auto pane = std::ranges::find_if(
+      panes_, [window](const Pane& candidate) { return candidate.child.window == window; });
+  return pane == panes_.end() ? nullptr : &pane->child;
+}
+
+void Cover::updateState(const xcb_generic_event_t& event) {
+  const auto setState = [this](xcb_window_t window, ChildState state) {
+    if (Child* const child = findChild(window)) {
+      child->state = state;
+    }
+  };
+  switch (typeOf(event)) {
+    case XCB_MAP_NOTIFY:
+      return setState(eventAs<xcb_map_notify_event_t>(event).window, ChildState::Mapped);
+    case XCB_UNMAP_NOTIFY:
+      return setState(eventAs<xcb_unmap_notify_event_t>(event).window, ChildState::Unmapped);
+    case XCB_DESTROY_NOTIFY:
+      return setState(eventAs<xcb_destroy_notify_event_t>(event).window, ChildState::Destroyed);
+    default:
+      return;
+  }
+}
+
+void Cover::repair() {
+  bool isChanged = false;
+  for (Pane& pane : panes_) {
+    if (!pane.isInOverlay && mustReopen(pane.child)) {
+      forgetPane(pane);
+      openPane(pane);
+      isChanged = true;
+    }
+  }
+  if (mustReopen(shield_)) {
+    connection_.markDestroyed(shield_.window);
+    openShield();
+    isChanged = true;
+  }
+  if (usesOverlay_ && !overlay_->isOpen()) {
+    openOverlay();
+    overlay_->show();
+  }
+  if (isChanged) {
+    raise();
+  }
+}
+
+// Maps an unmapped child. Returns true if the child is destroyed.
+bool Cover::mustReopen(Child& child) {
+  if (!child.isOpen()) {
+    return false;
+  }
+  if (child.state == ChildState::Unmapped) {
+    child.state = ChildState::BeingMapped;
+    mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
+    mapWindow(connection_, child.window);
+  }
+  return child.state == ChildState::Destroyed;
 }
 
 // A child that is created or reparented is above all its siblings.
-bool Cover::isOvertakenBy(const xcb_generic_event_t& event) const {
+bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
   switch (typeOf(event)) {
     case XCB_CREATE_NOTIFY: {
       const auto notice = eventAs<xcb_create_notify_event_t>(event);
@@ -230,20 +413,31 @@ bool Cover::isOvertakenBy(const xcb_generic_event_t& event) const {
 // Restacks from the top down, so that no window of the cover hides another one in between.
 void Cover::raise() {
   xcb_window_t sibling = XCB_WINDOW_NONE;  // the one raised last
-  const auto lift = [this, &sibling](xcb_window_t window) {
-    if (window == XCB_WINDOW_NONE) {
+  const auto lift = [this, &sibling](const Child& child) {
+    if (!child.isOpen()) {
       return;
     }
     if (sibling == XCB_WINDOW_NONE) {
-      raiseWindow(connection_, window);
+      raiseWindow(connection_, child.window);
     } else {
-      configureWindow(connection_, window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+      configureWindow(connection_, child.window,
+                      XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
                       {sibling, XCB_STACK_MODE_BELOW});
     }
-    sibling = window;
+    sibling = child.window;
   };
   lift(shield_);
-  std::for_each(panes_.rbegin(), panes_.rend(), [&lift](const Pane& pane) { lift(pane.window); });
+  for (const bool isInOverlay : {false, true}) {
+    for (const Pane& pane : std::views::reverse(panes_)) {
+      if (pane.isInOverlay == isInOverlay) {
+        lift(pane.child);
+      }
+    }
+    sibling = XCB_WINDOW_NONE;  // the panes in the overlay have other siblings
+  }
+  if (usesOverlay_) {
+    overlay_->restack();
+  }
 }
 
 bool Cover::isAnimated() const {

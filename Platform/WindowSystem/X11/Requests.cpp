@@ -38,12 +38,12 @@ void createWindow(Connection& connection, const NewWindow& window, std::uint32_t
                   std::initializer_list<std::uint32_t> values) {
   const PixelRect& frame = window.frame;
   connection.track(
-      xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, window.id, window.parent,
+      xcb_create_window(connection.get(), window.depth, window.id, window.parent,
                         static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
                         static_cast<std::uint16_t>(frame.width),
                         static_cast<std::uint16_t>(frame.height), 0,
-                        static_cast<std::uint16_t>(window.windowClass), XCB_COPY_FROM_PARENT,
-                        attributes, values.begin()),
+                        static_cast<std::uint16_t>(window.windowClass), window.visual, attributes,
+                        values.begin()),
       "CreateWindow", window.id);
 }
 

@@ -40,12 +40,18 @@ class ServerGrab final : public NonCopyable {
   Connection& connection_;
 };
 
-/// The parameters of CreateWindow. The new window has the visual and the depth of its parent.
+/// The maximum width and height of a window.
+inline constexpr int kMaxWindowSize = 32767;
+
+/// The parameters of CreateWindow. By default, the new window has the visual and the depth of its
+/// parent.
 struct NewWindow {
   xcb_window_t id = XCB_WINDOW_NONE;
   xcb_window_t parent = XCB_WINDOW_NONE;
   PixelRect frame;
   xcb_window_class_t windowClass = XCB_WINDOW_CLASS_INPUT_OUTPUT;
+  std::uint8_t depth = XCB_COPY_FROM_PARENT;
+  xcb_visualid_t visual = XCB_COPY_FROM_PARENT;
 };
 
 /// `attributes` is a mask of XCB_CW_…; `values` has one value for each bit, lowest bit first.

@@ -9,9 +9,10 @@ Window& WindowTable::add(Window window) {
   return windows_.insert_or_assign(id, std::move(window)).first->second;
 }
 
-void WindowTable::remove(xcb_window_t id) { windows_.erase(id); }
+// The destruction of a window may search the table, so the window is not in the table any more.
+void WindowTable::remove(xcb_window_t id) { windows_.extract(id); }
 
-void WindowTable::clear() { windows_.clear(); }
+void WindowTable::clear() { std::exchange(windows_, {}); }
 
 Window* WindowTable::find(xcb_window_t id) {
   const auto entry = windows_.find(id);

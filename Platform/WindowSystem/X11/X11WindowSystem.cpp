@@ -122,13 +122,14 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
   window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,
                                                     description.styleMask, window.frame);
   selectWindowEvents(window);  // last, so that our own writes cause no events
-  makeCover(window, screen.root_visual, screen.root_depth);
+  makeCover(window, screen.root_visual, screen.root_depth, nullptr);
   return window.handle();
 }
 
-void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth) {
-  window.cover =
-      std::make_unique<x11::Cover>(*connection_, coordinates_, render_, window.id, visual, depth);
+void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint8_t depth,
+                                std::unique_ptr<x11::Overlay> overlay) {
+  window.cover = std::make_unique<x11::Cover>(*connection_, coordinates_, render_, window.id,
+                                              visual, depth, std::move(overlay));
   window.cover->setShielded(isShielded(window));
 }
 
@@ -201,13 +202,28 @@ AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {
        .isOrdered = true,
        .isMiniaturized = state.isIconic() || state.isUnmapped(),
        .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
-  makeCover(window, state.attributes->visual, state.geometry->depth);
+  makeCover(window, state.attributes->visual, state.geometry->depth, makeOverlay(inspection));
   return {.handle = window.handle(),
           .className = inspection.className,
           .title = inspection.title,
           .frame = coordinates_.points(window.frame),
           .styleMask = window.style->mask(),
           .isOnScreen = !window.isMiniaturized};
+}
+
+// Returns null if the server does not support overlays.
+std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(const x11::Inspection& inspection) {
+  if (inspection.tree == nullptr || !x11::Overlay::isSupported(*connection_)) {
+    return nullptr;
+  }
+  const xcb_get_geometry_reply_t& geometry = *inspection.state.geometry;
+  return std::make_unique<x11::Overlay>(
+      *connection_, windows_,
+      x11::Overlay::Covered{.window = inspection.id,
+                            .parent = inspection.tree->parent,
+                            .frame = {geometry.x, geometry.y, geometry.width, geometry.height},
+                            .borderWidth = geometry.border_width,
+                            .isMapped = !inspection.state.isUnmapped()});
 }
 
 void X11WindowSystem::releaseWindow(WindowHandle handle) {
@@ -251,6 +267,7 @@ void X11WindowSystem::orderFront(WindowHandle handle) {
   }
   const RequestBatch batch(*connection_);
   raiseWindow(*connection_, window->id);
+  window->cover->raise();
   if (window->isOwn() && !window->isOrdered) {
     window->isOrdered = window->isBeingMapped = true;
     window->isMiniaturized = false;
@@ -402,8 +419,12 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
       connection_->isBroken()) {
     return 0;
   }
-  return std::min(
+  Nanoseconds deadline = std::min(
       {animation_.deadline(), controls_.deadline(), restorer_.deadline(), order_.deadline()});
+  for (const auto& [id, window] : windows_) {
+    deadline = std::min(deadline, window.cover->mapDeadline());
+  }
+  return deadline;
 }
 
 bool X11WindowSystem::processEvents() {
@@ -420,6 +441,9 @@ bool X11WindowSystem::processEvents() {
   restorer_.check(now);
   order_.check(now);
   animation_.advance(now);
+  for (auto& [id, window] : windows_) {
+    window.cover->reportIfUnmapped(now);
+  }
   if (!connection_->hasQueuedEvents()) {  // a queued DestroyNotify may explain an error
     connection_->logErrors();
   }
@@ -432,6 +456,9 @@ bool X11WindowSystem::handleArrivedEvents() {
     handle(*event);
     hasEvents = true;
   }
+  for (auto& [id, window] : windows_) {
+    window.cover->repair();
+  }
   return hasEvents;
 }
 
@@ -440,9 +467,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
     return;  // `selectStateRequests` also selects these events; nothing uses them
   }
   for (auto& [id, window] : windows_) {
-    if (window.cover->isOvertakenBy(event)) {
-      window.cover->raise();
-    }
+    window.cover->handle(event);
   }
   if (coordinates_.handle(event)) {
     monitor_.reportFrames();
@@ -523,7 +548,7 @@ void X11WindowSystem::windowDestroyed(xcb_window_t id) {
     return;
   }
   const WindowHandle handle = window->handle();
-  window->cover->windowEnded();
+  window->cover->windowDestroyed();
   windows_.remove(id);
   relay_.stopIfUnused();
   focus_.windowRemoved(id);

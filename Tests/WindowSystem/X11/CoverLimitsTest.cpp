@@ -29,13 +29,16 @@ TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
   EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_F(X11CoverLimits, ANewChildWindowOfTheGameIsVisibleUntilTheCoverIsRaised) {
-  cover();
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
-  EXPECT_EQ(user.picture(game).at(60, 60), kRed);
+TEST_F(X11CoverLimits, ANewChildWindowOfAnOwnWindowIsVisibleUntilTheCoverIsRaised) {
+  const WindowHandle own =
+      open({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
+  system().setScene(own, white({300, 200}));
   deliver();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, idOf(own));
+  user.map(child);
+  EXPECT_EQ(user.picture(idOf(own)).at(60, 60), kRed);
+  deliver();
+  EXPECT_TRUE(user.picture(idOf(own)).isAll(kWhite));
 }
 
 }  // namespace

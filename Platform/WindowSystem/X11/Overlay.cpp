@@ -1,0 +1,212 @@
+#include "Platform/WindowSystem/X11/Overlay.h"
+
+#include <xcb/shape.h>
+
+#include <utility>
+
+#include "Platform/WindowSystem/X11/Requests.h"
+#include "Platform/WindowSystem/X11/WindowTable.h"
+
+namespace vel::x11 {
+
+namespace {
+
+// The window that reports a structure event. All structure events have this field in one place.
+xcb_window_t receiverOf(const xcb_generic_event_t& event) {
+  switch (typeOf(event)) {
+    case XCB_CONFIGURE_NOTIFY:
+    case XCB_CIRCULATE_NOTIFY:
+    case XCB_GRAVITY_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+    case XCB_MAP_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_DESTROY_NOTIFY:
+      return eventAs<xcb_map_notify_event_t>(event).event;
+    default:
+      return XCB_WINDOW_NONE;
+  }
+}
+
+// The window that a structure event is about. All structure events have this field in one place.
+xcb_window_t subjectOf(const xcb_generic_event_t& event) {
+  return eventAs<xcb_map_notify_event_t>(event).window;
+}
+
+}  // namespace
+
+Overlay::Overlay(Connection& connection, WindowTable& windows, const Covered& covered)
+    : connection_(connection),
+      windows_(windows),
+      covered_(covered),
+      fillsParent_(readFillsParent()) {}
+
+bool Overlay::isSupported(const Connection& connection) {
+  const xcb_query_extension_reply_t* const extension =
+      xcb_get_extension_data(connection.get(), &xcb_shape_id);
+  return extension != nullptr && extension->present != 0;
+}
+
+// The visual is not the parent's: in a parent with opacity, white could be transparent. A visual
+// that differs from the parent's needs a colour map and a border pixel of its own.
+void Overlay::open(std::uint32_t backgroundPixel) {
+  const xcb_screen_t& screen = connection_.screen();
+  window_ = connection_.makeId();
+  connection_.markDestroyed(window_);  // errors are expected
+  createWindow(connection_,
+               {.id = window_,
+                .parent = covered_.parent,
+                .frame = placement(),
+                .depth = screen.root_depth,
+                .visual = screen.root_visual},
+               XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT |
+                   XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+               {backgroundPixel, 0, 1, XCB_EVENT_MASK_STRUCTURE_NOTIFY, screen.default_colormap});
+  connection_.track(xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
+                                         XCB_CLIP_ORDERING_UNSORTED, window_, 0, 0, 0, nullptr),
+                    "ShapeRectangles", window_);
+  selectParentEvents(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  restack();
+}
+
+void Overlay::show() {
+  if (!isOpen() || isShown_) {
+    return;
+  }
+  isShown_ = true;
+  if (covered_.isMapped) {
+    mapWindow(connection_, window_);
+  }
+}
+
+void Overlay::close() {
+  if (!isOpen()) {
+    return;
+  }
+  selectParentEvents(XCB_EVENT_MASK_NO_EVENT);
+  destroyWindow(connection_, std::exchange(window_, XCB_WINDOW_NONE));
+  isShown_ = false;
+}
+
+void Overlay::setBackground(std::uint32_t pixel) {
+  changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXEL, {pixel});
+  clearWindow(connection_, window_);
+}
+
+void Overlay::restack() {
+  if (isOpen()) {
+    configureWindow(connection_, window_, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
+                    {covered_.window, XCB_STACK_MODE_ABOVE});
+  }
+}
+
+void Overlay::handle(const xcb_generic_event_t& event) {
+  const xcb_window_t receiver = receiverOf(event);
+  if (receiver == XCB_WINDOW_NONE || isSentByClient(event)) {
+    return;
+  }
+  if (receiver == covered_.window) {
+    handleCoveredEvent(event);
+  } else if (receiver == window_) {
+    handleOwnEvent(event);
+  } else if (receiver == covered_.parent && subjectOf(event) != window_ &&
+             (typeOf(event) == XCB_CONFIGURE_NOTIFY || typeOf(event) == XCB_CIRCULATE_NOTIFY)) {
+    restack();
+  }
+}
+
+void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
+  if (typeOf(event) == XCB_DESTROY_NOTIFY) {
+    close();
+  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isShown_ && covered_.isMapped) {
+    mapWindow(connection_, window_);
+  }
+}
+
+void Overlay::handleCoveredEvent(const xcb_generic_event_t& event) {
+  if (subjectOf(event) != covered_.window) {
+    return;  // it is about a child of the adopted window
+  }
+  switch (typeOf(event)) {
+    case XCB_CONFIGURE_NOTIFY: {
+      const auto notice = eventAs<xcb_configure_notify_event_t>(event);
+      covered_.borderWidth = notice.border_width;
+      return setCoveredFrame({notice.x, notice.y, notice.width, notice.height});
+    }
+    case XCB_GRAVITY_NOTIFY: {
+      const auto notice = eventAs<xcb_gravity_notify_event_t>(event);
+      return setCoveredFrame({notice.x, notice.y, covered_.frame.width, covered_.frame.height});
+    }
+    case XCB_REPARENT_NOTIFY: {
+      const auto notice = eventAs<xcb_reparent_notify_event_t>(event);
+      if (notice.parent != covered_.parent) {
+        close();
+        covered_.parent = notice.parent;
+      }
+      return setCoveredFrame({notice.x, notice.y, covered_.frame.width, covered_.frame.height});
+    }
+    case XCB_CIRCULATE_NOTIFY:
+      return restack();
+    case XCB_MAP_NOTIFY:
+      return setCoveredMapped(true);
+    case XCB_UNMAP_NOTIFY:
+      return setCoveredMapped(false);
+    default:
+      return;
+  }
+}
+
+// A window manager may put a withdrawn window back on the root window. An overlay that is mapped
+// there would be visible alone.
+void Overlay::setCoveredMapped(bool isMapped) {
+  covered_.isMapped = isMapped;
+  if (!isOpen() || !isShown_) {
+    return;
+  }
+  if (isMapped) {
+    restack();
+    mapWindow(connection_, window_);
+  } else {
+    unmapWindow(connection_, window_);
+  }
+}
+
+void Overlay::setCoveredFrame(PixelRect frame) {
+  covered_.frame = frame;
+  fillsParent_ = readFillsParent();
+  if (isOpen()) {
+    moveResizeWindow(connection_, window_, placement());
+    restack();
+  }
+}
+
+// In a parent that the adopted window fills, the overlay is larger than the parent. The parent
+// clips it, and growth uncovers nothing. In another parent, a larger overlay would hide the frame.
+PixelRect Overlay::placement() const {
+  const PixelRect& frame = covered_.frame;
+  const int border = covered_.borderWidth;
+  return fillsParent_ ? PixelRect{0, 0, kMaxWindowSize, kMaxWindowSize}
+                      : PixelRect{frame.x + border, frame.y + border, frame.width, frame.height};
+}
+
+bool Overlay::readFillsParent() const {
+  const PixelRect& frame = covered_.frame;
+  if (covered_.parent == connection_.root() || covered_.borderWidth != 0 || frame.x != 0 ||
+      frame.y != 0) {
+    return false;
+  }
+  // The parent may be destroyed already, so an error is expected.
+  const XcbPointer<xcb_get_geometry_reply_t> parent(xcb_get_geometry_reply(
+      connection_.get(), xcb_get_geometry(connection_.get(), covered_.parent), nullptr));
+  return parent != nullptr && parent->width == frame.width && parent->height == frame.height;
+}
+
+void Overlay::selectParentEvents(std::uint32_t events) {
+  if (covered_.parent == connection_.root() || windows_.find(covered_.parent) != nullptr) {
+    return;  // the back end has selected the events that it needs
+  }
+  connection_.track(
+      xcb_change_window_attributes(connection_.get(), covered_.parent, XCB_CW_EVENT_MASK, &events),
+      "ChangeWindowAttributes", window_);
+}
+
+}  // namespace vel::x11
