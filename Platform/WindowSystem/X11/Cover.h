@@ -15,7 +15,7 @@
 
 namespace vel::x11 {
 
-/// What we show over the content of one window, adopted or created by us: a child window for each
+/// The windows that hide the content of one window of the back end: a child window for each
 /// item of a scene, and a shield that takes the pointer input while another window is modal. The
 /// children are above all other children of the window, and take the pointer input. Their
 /// background is the picture, so the server shows it as soon as it maps them. A child that fills
