@@ -80,7 +80,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return !state.empty() && state.front() == 3;
   }
   bool isWhite() {
-    return becomesTrue([&] { return user.picture(game).isAll(kWhite); });
+    return waitFor([&] { return user.picture(game).isAll(kWhite); });
   }
 
   /// What the user can do to the window with the mouse.
@@ -176,7 +176,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
   frame.width = 800;
   frame.height = 500;
   user.configure(game, frame);
-  EXPECT_TRUE(becomesTrue([&] { return hasSize(800, 500); }));
+  EXPECT_TRUE(waitFor([&] { return hasSize(800, 500); }));
   EXPECT_TRUE(isWhite());
   uncover();
   EXPECT_TRUE(hasSize(800, 500));
@@ -185,7 +185,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
 TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
   cover();
   user.requestState(game, true, kMaximizedVert, kMaximizedHorz);
-  EXPECT_TRUE(becomesTrue([&] { return isMaximized(); }));
+  EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
   EXPECT_TRUE(isWhite());
   const NSWindowStyleMask kept = GetParam().keptControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
@@ -199,12 +199,12 @@ TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
   cover();
   const PixelRect before = user.frameOf(game);
   user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == kScreen; }));
+  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == kScreen; }));
   EXPECT_TRUE(isWhite());
   user.requestState(game, false, kFullscreen);
-  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == before; }));
+  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == before; }));
   user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(becomesTrue([&] { return user.frameOf(game) == kScreen; }));
+  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == kScreen; }));
   uncover();
   EXPECT_EQ(user.frameOf(game), kScreen);
 }
