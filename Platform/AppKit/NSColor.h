@@ -6,7 +6,6 @@
 
 namespace vel {
 
-/// A colour.
 class VEL_EXPORT NSColor final : public Class<NSColor, "NSColor"> {
  public:
   explicit NSColor(vel::CGColor color) : color_(color) {}

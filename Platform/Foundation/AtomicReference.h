@@ -18,8 +18,8 @@ class AtomicReference {
   }
 
   void store(Strong<T> reference) {
-    // The swap moves the old value into the parameter, which is destroyed after the lock is
-    // released: the destructor of the old object may use this property.
+    // After the swap, the parameter keeps the old object alive until the lock is released. The
+    // destructor of the old object may use this property, which takes the lock.
     const std::scoped_lock lock(mutex_);
     reference_.swap(reference);
   }

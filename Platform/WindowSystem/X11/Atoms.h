@@ -33,7 +33,7 @@ enum class Atom : std::size_t {
   NetWmActionClose,
   NetWmActionMinimize,
   NetWmActionResize,
-  VelTime,
+  VelTime,  // our private property: a write to it makes the server report its time
   Count,
 };
 

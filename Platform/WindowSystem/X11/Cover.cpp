@@ -19,7 +19,7 @@ constexpr std::uint32_t kPointerEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
 constexpr std::uint32_t kDoNotPropagate = kPointerEvents | XCB_EVENT_MASK_BUTTON_MOTION;
 
-// How long the server has to map a child. Only a server that is busy or grabbed needs so long.
+// The server should map a child within this time. Only a busy or grabbed server takes longer.
 constexpr Nanoseconds kMaximumMapTime = kNanosecondsPerSecond;
 
 constexpr CGColor kWhite{1, 1, 1, 1};
@@ -72,7 +72,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   const bool neededOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
   if (neededOverlay && !usesOverlay_) {
     if (scene.empty()) {
-      closePane(panes_.front());  // below the overlay, so that the cover disappears in one step
+      // The overlay still hides this pane, so that the cover disappears in one step.
+      closePane(panes_.front());
     }
     closeOverlay();
   } else if (usesOverlay_ && !neededOverlay) {
@@ -138,8 +139,8 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
           .spinner = nullptr};
 }
 
-// An override-redirect window is mapped and moved even if the owner has selected
-// SubstructureRedirect on its window.
+// The new window is override-redirect, so that the server maps and moves it even if the owner has
+// selected SubstructureRedirect on the parent.
 void Cover::openPane(Pane& pane) {
   const xcb_screen_t& screen = connection_.screen();
   const xcb_visualid_t visual = pane.isInOverlay ? screen.root_visual : visual_;
@@ -152,7 +153,7 @@ void Cover::openPane(Pane& pane) {
   pane.child = {.window = connection_.makeId()};
   mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
   const xcb_window_t window = pane.child.window;
-  // When the window grows, the server keeps an indicator in the centre until we move it.
+  // When the window grows, the server keeps an indicator in the centre until we move the indicator.
   createWindow(
       connection_,
       {.id = window,
@@ -211,7 +212,7 @@ void Cover::closePane(Pane& pane) {
   }
 }
 
-// The pane's window is destroyed, or will be destroyed with its parent.
+// Sends no request: the pane's window is destroyed, or will be destroyed with its parent.
 void Cover::forgetPane(Pane& pane) {
   pane.spinner = nullptr;
   connection_.markDestroyed(std::exchange(pane.child, {}).window);
@@ -372,7 +373,7 @@ void Cover::repair() {
   }
 }
 
-// Maps an unmapped child. Returns true if the child is destroyed.
+// Maps the child if it is unmapped. Returns true if the child is destroyed.
 bool Cover::mustReopen(Child& child) {
   if (!child.isOpen()) {
     return false;
@@ -410,9 +411,10 @@ bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
   }
 }
 
-// Restacks from the top down, so that no window of the cover hides another one in between.
+// Restacks from the top down. In the other order, a lower window would briefly hide the windows
+// that belong above it.
 void Cover::raise() {
-  xcb_window_t sibling = XCB_WINDOW_NONE;  // the one raised last
+  xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was raised last
   const auto lift = [this, &sibling](const Child& child) {
     if (!child.isOpen()) {
       return;
@@ -433,7 +435,7 @@ void Cover::raise() {
         lift(pane.child);
       }
     }
-    sibling = XCB_WINDOW_NONE;  // the panes in the overlay have other siblings
+    sibling = XCB_WINDOW_NONE;  // the panes in the overlay have another parent
   }
   if (usesOverlay_) {
     overlay_->restack();

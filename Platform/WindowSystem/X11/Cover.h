@@ -15,20 +15,23 @@
 
 namespace vel::x11 {
 
-/// The windows that hide the content of one window of the back end: a child window for each
-/// item of a scene, and a shield that takes the pointer input while another window is modal. The
-/// children are above all other children of the window, and take the pointer input. Their
-/// background is the picture, so the server shows it as soon as it maps them. A child that fills
-/// the window is larger than the window, so it still fills the window after growth.
+/// The windows that hide the content of one window of the back end. The cover has a child window
+/// for each item of the scene. While another window is modal, the cover also has an invisible child
+/// window, the shield. All these children are above the window's other children, and they take the
+/// pointer input. The picture of an item is the background of its child window, so the server shows
+/// the picture as soon as it maps the child. A child that fills the window is larger than the
+/// window, so it still fills the window after growth.
 ///
-/// The owner of an adopted window can draw over its children. So if the scene's first item fills an
-/// adopted window, an overlay repeats that item above the window and contains the other items.
+/// The owner of an adopted window can draw over the window's children. So if the first item of the
+/// scene fills an adopted window, the cover also opens an overlay above the window. The overlay
+/// repeats the first item and contains the child windows of the other items.
 ///
-/// The owner can unmap or destroy all children of its window. `repair` reverses this.
+/// The owner can unmap or destroy the children of its window. `repair` maps or creates them again.
 ///
 /// Limits: without an overlay, a child that the window's owner adds is visible until we receive the
-/// event and raise the cover. A button that the owner has grabbed on its window reaches the owner,
-/// because the server checks grabs before it looks for the window under the pointer.
+/// event and raise the cover. If the owner has grabbed a button on its window, a press of that
+/// button reaches the owner: the server checks grabs before it looks for the window under the
+/// pointer.
 class Cover final : public NonCopyable {
  public:
   /// `overlay` is null for a window of our own.
@@ -40,21 +43,24 @@ class Cover final : public NonCopyable {
   /// Replaces the scene. `frame` has the size of the window.
   void show(const Scene& scene, PixelRect frame);
   void setShielded(bool shielded);
-  /// The window has been destroyed, and with it the children of the cover.
+  /// Call this when the window has been destroyed. The cover's children are then destroyed too.
   void windowDestroyed();
 
-  /// Returns true if the server has mapped all children that show the scene. Returns false if there
-  /// is no scene.
+  /// Returns true if the server has mapped all children that show the scene. Returns false if the
+  /// scene is empty.
   [[nodiscard]] bool isMapped() const;
-  /// When the server should have mapped the children that show the scene; `kNever` if it has.
+  /// The time by which the server should have mapped the children that show the scene. `kNever` if
+  /// it has mapped them, or if the scene is empty.
   [[nodiscard]] Nanoseconds mapDeadline() const;
-  /// Logs, after `mapDeadline`, that the cover is not on the screen.
+  /// If `mapDeadline` has passed, logs once that the cover is not on the screen.
   void reportIfUnmapped(Nanoseconds now);
   /// Returns true if `window` is one of the cover's windows.
   [[nodiscard]] bool owns(xcb_window_t window) const;
-  /// Follows the window, and raises the cover if another child can be above it after the event.
+  /// Processes an event about the window or the cover. Raises the cover if another child of the
+  /// window may be above the cover after the event.
   void handle(const xcb_generic_event_t& event);
-  /// Maps or creates again what another client has unmapped or destroyed.
+  /// Maps the windows of the cover that another client has unmapped. Creates again the windows that
+  /// another client has destroyed.
   void repair();
   /// Puts the cover above all other children of the window, and the overlay above the window.
   void raise();
@@ -65,7 +71,7 @@ class Cover final : public NonCopyable {
   void animate(Nanoseconds now);
 
  private:
-  /// The state of a child of the window, from the events about it.
+  /// The state of a child of the cover, as the server's events report it.
   enum class ChildState : std::uint8_t { BeingMapped, Mapped, Unmapped, Destroyed };
   struct Child {
     xcb_window_t window = XCB_WINDOW_NONE;
@@ -80,7 +86,7 @@ class Cover final : public NonCopyable {
     SceneItem item;
     PixelRect frame;
     CGColor background;
-    std::unique_ptr<Spinner> spinner;  // only of an indicator
+    std::unique_ptr<Spinner> spinner;  // null unless the item is an indicator
   };
 
   [[nodiscard]] bool needsOverlay(const Scene& scene, PixelRect frame) const;
@@ -112,7 +118,7 @@ class Cover final : public NonCopyable {
   std::vector<Pane> panes_;  // back to front
   Child shield_;
   Nanoseconds mapDeadline_ = kNever;
-  std::vector<xcb_window_t> recentlyDestroyed_;  // errors for these can still arrive
+  std::vector<xcb_window_t> recentlyDestroyed_;  // errors of requests on these may still arrive
 };
 
 }  // namespace vel::x11

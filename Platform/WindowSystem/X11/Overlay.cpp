@@ -11,7 +11,8 @@ namespace vel::x11 {
 
 namespace {
 
-// The window that reports a structure event. All structure events have this field in one place.
+// Returns the window on which a structure event was selected; None for other events. All structure
+// events have this field at the same offset.
 xcb_window_t receiverOf(const xcb_generic_event_t& event) {
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY:
@@ -27,7 +28,8 @@ xcb_window_t receiverOf(const xcb_generic_event_t& event) {
   }
 }
 
-// The window that a structure event is about. All structure events have this field in one place.
+// Returns the window that a structure event is about. All structure events have this field at the
+// same offset.
 xcb_window_t subjectOf(const xcb_generic_event_t& event) {
   return eventAs<xcb_map_notify_event_t>(event).window;
 }
@@ -46,12 +48,13 @@ bool Overlay::isSupported(const Connection& connection) {
   return extension != nullptr && extension->present != 0;
 }
 
-// The visual is not the parent's: in a parent with opacity, white could be transparent. A visual
-// that differs from the parent's needs a colour map and a border pixel of its own.
+// The overlay has the root window's visual. If the parent's visual has an alpha channel, a white
+// pixel of that visual could be transparent. CreateWindow requires a colour map and a border pixel
+// if the visual differs from the parent's visual.
 void Overlay::open(std::uint32_t backgroundPixel) {
   const xcb_screen_t& screen = connection_.screen();
   window_ = connection_.makeId();
-  connection_.markDestroyed(window_);  // errors are expected
+  connection_.markDestroyed(window_);  // so that no errors are logged
   createWindow(connection_,
                {.id = window_,
                 .parent = covered_.parent,
@@ -124,7 +127,7 @@ void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
 
 void Overlay::handleCoveredEvent(const xcb_generic_event_t& event) {
   if (subjectOf(event) != covered_.window) {
-    return;  // it is about a child of the adopted window
+    return;  // the event is about a child of the adopted window
   }
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY: {
@@ -155,8 +158,8 @@ void Overlay::handleCoveredEvent(const xcb_generic_event_t& event) {
   }
 }
 
-// A window manager may put a withdrawn window back on the root window. An overlay that is mapped
-// there would be visible alone.
+// The overlay is mapped only while the adopted window is mapped. A window manager may reparent a
+// withdrawn window to the root window. A mapped overlay on the root window would be visible alone.
 void Overlay::setCoveredMapped(bool isMapped) {
   covered_.isMapped = isMapped;
   if (!isOpen() || !isShown_) {
@@ -179,8 +182,9 @@ void Overlay::setCoveredFrame(PixelRect frame) {
   }
 }
 
-// In a parent that the adopted window fills, the overlay is larger than the parent. The parent
-// clips it, and growth uncovers nothing. In another parent, a larger overlay would hide the frame.
+// If the adopted window fills its parent, the overlay is larger than the parent. The parent then
+// clips the overlay, and the overlay still fills the parent after growth. In any other parent, a
+// larger overlay would hide the window manager's frame or other windows.
 PixelRect Overlay::placement() const {
   const PixelRect& frame = covered_.frame;
   const int border = covered_.borderWidth;
@@ -194,7 +198,7 @@ bool Overlay::readFillsParent() const {
       frame.y != 0) {
     return false;
   }
-  // The parent may be destroyed already, so an error is expected.
+  // Logs no error, because the parent may already be destroyed.
   const XcbPointer<xcb_get_geometry_reply_t> parent(xcb_get_geometry_reply(
       connection_.get(), xcb_get_geometry(connection_.get(), covered_.parent), nullptr));
   return parent != nullptr && parent->width == frame.width && parent->height == frame.height;
@@ -202,7 +206,7 @@ bool Overlay::readFillsParent() const {
 
 void Overlay::selectParentEvents(std::uint32_t events) {
   if (covered_.parent == connection_.root() || windows_.find(covered_.parent) != nullptr) {
-    return;  // the back end has selected the events that it needs
+    return;  // the back end selects the events of this window
   }
   connection_.track(
       xcb_change_window_attributes(connection_.get(), covered_.parent, XCB_CW_EVENT_MASK, &events),

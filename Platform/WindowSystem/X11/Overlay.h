@@ -10,39 +10,41 @@ namespace vel::x11 {
 
 class WindowTable;
 
-/// A window directly above an adopted window: its sibling, with the same position and size. The
-/// server clips the adopted window's drawing by this window, even if the owner draws with
-/// IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted window does
-/// not hide such drawing.
+/// A window that hides an adopted window. It is a sibling directly above the adopted window, with
+/// the same position and size. The server clips what the owner draws by the overlay, even if the
+/// owner draws with IncludeInferiors, raises its child windows or uses OpenGL. A child of the
+/// adopted window would not hide such drawing.
 ///
-/// The overlay takes no input: the pointer goes through it to the adopted window. In a window
-/// manager's frame, the overlay moves with the frame. Without a frame, it follows a move or a
-/// resize when we receive the event.
+/// The overlay takes no input: the server sends pointer events to the window below it. In a window
+/// manager's frame, the overlay moves with the frame. Without a frame, the overlay follows a move
+/// or a resize of the adopted window only when we receive the event.
 ///
-/// Another client can destroy the parent window, and the overlay with it, at any time. So errors of
-/// requests on the overlay are not logged.
+/// Another client can destroy the parent window at any time. The server then also destroys the
+/// overlay. So errors of requests on the overlay are not logged.
 class Overlay final : public NonCopyable {
  public:
-  /// The adopted window, as it was when it was adopted.
+  /// The state of the adopted window.
   struct Covered {
     xcb_window_t window = XCB_WINDOW_NONE;
     xcb_window_t parent = XCB_WINDOW_NONE;
-    /// In the parent.
+    /// In the coordinates of `parent`.
     PixelRect frame;
     int borderWidth = 0;
     bool isMapped = false;
   };
 
-  /// `windows` has the windows whose events the back end has selected. May block for a round trip.
+  /// `covered` is the state at adoption. `windows` contains the windows whose events the back end
+  /// has selected. May block for a round trip.
   Overlay(Connection& connection, WindowTable& windows, const Covered& covered);
   ~Overlay() { close(); }
 
-  /// Returns whether the server has the Shape extension. The overlay needs it.
+  /// Returns true if the server has the Shape extension, which an overlay needs.
   static bool isSupported(const Connection& connection);
 
-  /// Creates the window. The caller draws in it and then calls `show`.
+  /// Creates the overlay's window, unmapped. The caller then creates child windows in it and calls
+  /// `show`.
   void open(std::uint32_t backgroundPixel);
-  /// Maps the window, or waits until the adopted window is mapped.
+  /// Maps the overlay as soon as the adopted window is mapped. Does not block.
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
@@ -53,8 +55,8 @@ class Overlay final : public NonCopyable {
   /// Puts the overlay directly above the adopted window.
   void restack();
 
-  /// Follows the adopted window. Closes the overlay if it is destroyed, or if the adopted window
-  /// has another parent. May block for a round trip.
+  /// Processes an event: the overlay follows the adopted window. Closes the overlay if its window
+  /// is destroyed, or if the adopted window gets another parent. May block for a round trip.
   void handle(const xcb_generic_event_t& event);
 
  private:
@@ -69,7 +71,7 @@ class Overlay final : public NonCopyable {
   Connection& connection_;
   WindowTable& windows_;
   Covered covered_;
-  bool fillsParent_;  // the adopted window has the size of its parent
+  bool fillsParent_;  // the adopted window has the position and size of its parent
   bool isShown_ = false;
   xcb_window_t window_ = XCB_WINDOW_NONE;
 };

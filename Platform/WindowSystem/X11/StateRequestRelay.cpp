@@ -10,7 +10,8 @@ namespace vel::x11 {
 
 namespace {
 
-// The elements of _NET_WM_STATE: action, two states, source indication.
+// Values in a _NET_WM_STATE message. The message contains an action, two states and a source
+// indication.
 constexpr std::uint32_t kActionAdd = 1;
 constexpr std::uint32_t kSourcePager = 2;
 
@@ -27,8 +28,8 @@ void StateRequestRelay::stopIfUnused() {
       windows_, [](const auto& entry) { return entry.second.style->isOverridden(); }));
 }
 
-// Our own request comes back as an event, but `preventsResizing` is false then. The second request
-// has no effect if the window manager has accepted the first one.
+// The request that we send also comes back as an event. `preventsResizing` is then false, so we
+// ignore the event. If the window manager has accepted the owner's request, ours has no effect.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||

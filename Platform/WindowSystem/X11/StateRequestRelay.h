@@ -6,16 +6,17 @@
 
 namespace vel::x11 {
 
-/// Lets the owner of a covered window maximise it or make it fullscreen. Most window managers
-/// refuse to maximise a window without the function for resizing, and some give a fullscreen window
-/// a wrong size afterwards. Clients send the request, _NET_WM_STATE, through the root window, so
-/// this class receives a copy. It then restores the functions for resizing and maximising, and
-/// sends the request again: the window manager receives the new hints before the second request.
+/// Lets the owner of an adopted window maximise the window or make it fullscreen while the window's
+/// hints are overridden. Without the function for resizing, most window managers refuse to maximise
+/// the window, and some give a fullscreen window a wrong size afterwards. An owner sends its
+/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy. It
+/// then restores the functions for resizing and maximising, and sends the request again. So the
+/// window manager receives the new hints before the second request.
 class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Call this before overriding the hints of an adopted window: no request must be missed.
+  /// Starts receiving requests. Call this before overriding the hints of an adopted window.
   void start();
   /// Stops receiving requests if no window's hints are overridden. While the relay receives
   /// requests, the server also sends events about every top-level window.

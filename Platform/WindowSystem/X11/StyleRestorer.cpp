@@ -9,8 +9,8 @@ namespace vel::x11 {
 
 namespace {
 
-// A window manager may still be processing the overridden hints. Its events then do not show that
-// it has read the restored hints.
+// Returns true if the window manager may still have been processing the overridden hints when
+// `begin` was called. Its events then do not show that it has read the restored hints.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
