@@ -1,5 +1,5 @@
-// Fuzzes `NSString::floatValue`: for any text it must return the same number as a slow and simple
-// implementation.
+// Fuzzes `NSString::floatValue`: for every input it must return the same number as a slow and
+// simple implementation.
 #include "Fuzz/Fuzz.h"
 #include "Fuzz/SlowNumber.h"
 #include "Platform/Foundation/NSString.h"

@@ -1,5 +1,5 @@
-// Fuzzes the library: plays any bytes as a script of the exploration's actions. No script may break
-// an invariant.
+// Fuzzes the library with scripts of the exploration's actions. The first byte of the input selects
+// the setting. Each further byte selects an action. No script may break an invariant.
 #include <algorithm>
 
 #include "Fuzz/Fuzz.h"

@@ -1,5 +1,6 @@
-// Fuzzes request parameters: for any text, the library must accept or refuse the request as a
-// separate implementation does, with the same resulting configuration and log.
+// Fuzzes request parameters. A separate implementation in this file computes the expected outcome
+// of each request. The library must accept the same requests. The resulting configuration and log
+// must also be the same.
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>

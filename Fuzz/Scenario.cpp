@@ -1,5 +1,6 @@
-// Fuzzes scenarios: the reader must refuse any text with an error of one line, or the scenario must
-// play to its end. Two plays must give the same trace, and each line of the trace must be JSON.
+// Fuzzes scenarios. If the reader refuses the input, the error must be one line. Otherwise the
+// scenario must play to its end. Two plays must give the same trace, and each line of the trace
+// must be JSON.
 #include <nlohmann/json.hpp>
 #include <string>
 

@@ -29,6 +29,7 @@ class Natural {
     }
     return *this;
   }
+  // Does nothing if the exponent is negative.
   Natural& multiplyByPower(std::uint32_t base, int exponent) {
     for (; exponent > 0; --exponent) {
       multiplyAdd(base, 0);
@@ -65,7 +66,8 @@ struct Parts {
   bool hasMark;
   std::string_view after;
 };
-// Splits the text at its first character that `marks` contains. If there is none, `after` is empty.
+// Splits the text at its first character that `marks` contains. If the text has no such character,
+// `before` is the whole text.
 Parts splitAt(std::string_view text, std::string_view marks) {
   const std::size_t place = text.find_first_of(marks);
   return place == std::string_view::npos
@@ -82,7 +84,7 @@ bool isDecimalNumber(std::string_view text) {
 }
 
 int readExponent(std::string_view text) {
-  constexpr int kMaxExponent = 100'000'000;  // larger than any number of digits
+  constexpr int kMaxExponent = 100'000'000;  // no input has so many digits
   int exponent = 0;
   for (const char digit : withoutSign(text)) {
     exponent = std::min(exponent * 10 + (digit - '0'), kMaxExponent);
@@ -90,12 +92,13 @@ int readExponent(std::string_view text) {
   return text.starts_with('-') ? -exponent : exponent;
 }
 
-// The nonnegative number digits x 10^exponent.
+// The nonnegative number `digits` * 10^`exponent`.
 struct Decimal {
   std::string digits;
   int exponent;
 
-  // Compares this number with mantissa x 2^power.
+  // Compares this number with `mantissa` * 2^`power`. A negative exponent or power multiplies
+  // the other side instead, so both sides are integers.
   [[nodiscard]] std::strong_ordering compare(std::uint32_t mantissa, int power) const {
     Natural left(0);
     for (const char digit : digits) {
@@ -108,8 +111,8 @@ struct Decimal {
   }
 };
 
-// The bits of a nonnegative float. Bits have the same order as the floats that they represent, and
-// infinity has the largest bits.
+// The bits of a nonnegative float, as an integer. These integers have the same order as the floats.
+// Infinity follows the largest finite float.
 struct FloatBits {
   static constexpr std::uint32_t kInfinity = 0x7f800000;
   static constexpr int kMinPower = -149;
@@ -125,14 +128,14 @@ struct FloatBits {
 };
 
 float nearest(const Decimal& number) {
-  // `low` becomes the largest float that is not above the number.
+  // After the loop, `low` has the bits of the largest float that is not above the number.
   std::uint32_t low = 0;
   std::uint32_t high = FloatBits::kInfinity;
   while (high - low > 1) {
     const FloatBits middle{low + (high - low) / 2};
     (std::is_lt(number.compare(middle.mantissa(), middle.power())) ? high : low) = middle.bits;
   }
-  // The midpoint between two floats needs one more bit: 2 * mantissa + 1.
+  // The midpoint between two adjacent floats needs one more bit: its mantissa is 2 * mantissa + 1.
   const FloatBits below{low};
   const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
   const bool roundsUp = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);

@@ -4,9 +4,9 @@
 
 namespace vel::fuzz {
 
-/// The expected result of `NSString::floatValue`, computed in a slow and simple way. Tries
-/// each prefix of the text, the longest first. Finds the nearest float with integer arithmetic of
-/// any size. Rounds ties to even.
+/// Returns the expected result of `NSString::floatValue`, computed in a slow and simple way. Skips
+/// leading white space and reads the longest prefix that is a decimal number. Computes the nearest
+/// float with integers of unlimited size. Rounds ties to even.
 [[nodiscard]] float slowFloatValue(std::string_view text);
 
 }  // namespace vel::fuzz
