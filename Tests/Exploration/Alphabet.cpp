@@ -11,9 +11,9 @@ namespace vel::exploration {
 
 namespace {
 
-// A countdown of 0.3 s takes three ticks; rounding can leave a tiny rest. Half a second is longer
-// than the countdown. Add new actions at the end: the seeds of the fuzzer refer to actions by
-// index.
+// The requests start a countdown of 0.3 s, which takes three ticks. Rounding can leave slightly
+// more than 0 s after the third tick. The action "half a second" is longer than the countdown. Add
+// new actions at the end, because the seeds of the fuzzer refer to actions by index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},
@@ -78,7 +78,7 @@ std::string scenarioText(const Setting& setting, const Script& script) {
   for (const std::uint8_t index : script) {
     const Action& action = kActions[index];
     tenths += action.tenthsOfSecond;
-    // The later steps of an action have the time of its first step.
+    // A step without a time has the time of the previous step.
     steps += steps.empty() ? "\n    " : ",\n    ";
     steps += "{\"at\":" + seconds(tenths) + ",";
     steps += action.steps.substr(1);

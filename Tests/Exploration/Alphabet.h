@@ -14,7 +14,7 @@ namespace vel::exploration {
 /// An action of the host or the user, or a span of time.
 struct Action {
   std::string_view name;
-  /// The time that passes before the steps.
+  /// The time that passes before the first step.
   int tenthsOfSecond = 0;
   /// A scenario's steps, without times, separated by commas.
   std::string_view steps;
@@ -29,14 +29,15 @@ struct Setting {
 
 [[nodiscard]] std::span<const Action> actions();
 [[nodiscard]] std::span<const Setting> settings();
-/// The index of the action with that name. Throws `std::invalid_argument` if there is none.
+/// Returns the index of the action with this name. Throws `std::invalid_argument` if no action has
+/// the name.
 [[nodiscard]] std::uint8_t actionNamed(std::string_view name);
 
-/// Indices of actions in `actions()`.
+/// A sequence of actions, as indices into `actions()`.
 using Script = std::vector<std::uint8_t>;
 
-/// The script as a scenario for `launchscreen play`. The scenario ends when no delayed work is
-/// left.
+/// Returns the script as a scenario for `launchscreen play`. The scenario ends when no delayed work
+/// is left.
 [[nodiscard]] std::string scenarioText(const Setting& setting, const Script& script);
 
 /// A setting and the steps of every action, parsed once for any number of plays.

@@ -38,7 +38,7 @@ std::string keyAfter(const std::vector<std::string_view>& names) {
   return keyAfter(ParsedSetting(bare()), scriptOf(names));
 }
 
-// All scripts that extend the script by one action.
+// Returns every script that extends `script` by one action.
 std::vector<Script> continuationsOf(const Script& script) {
   std::vector<Script> continuations(actions().size(), script);
   for (std::size_t action = 0; action < actions().size(); ++action) {
@@ -141,17 +141,17 @@ TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
 TEST(StateKeyTest, DiffersIfTheFutureDiffers) {
   EXPECT_NE(keyAfter({"request"}), keyAfter({"request in skip mode"}));
   EXPECT_NE(keyAfter({"request"}), keyAfter({"request", "content view"}));
-  // The key window is the same, but the window that becomes key after it is not.
+  // The player is key in both states. The window that was key before the player differs.
   EXPECT_NE(keyAfter({"key to another window", "key to the player"}),
             keyAfter({"consent window loses key", "key to the player"}));
-  // A refused dismissal leaves only delayed work.
+  // A refused dismissal changes nothing, except that it leaves delayed work.
   EXPECT_NE(keyAfter({"request", "content view"}),
             keyAfter({"request", "content view", "dismiss by the controller"}));
 }
 
 class SettingTest : public testing::TestWithParam<std::size_t> {};
 
-// Whatever the key does not contain has no effect on the future.
+// The key must contain every value that has an effect on the future.
 TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
   const ParsedSetting parsed(settings()[GetParam()]);
   std::map<std::string, Script> firstScripts;
@@ -179,7 +179,8 @@ INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, s
 struct Example {
   std::string_view exception;
   std::vector<std::string_view> script;
-  /// The windows' styles after the script. The host gave them 15, 7 and 1.
+  /// The styles of the host's windows after the script. The host gave the windows the styles 15, 7
+  /// and 1.
   std::vector<NSWindowStyleMask> remainingStyles;
 };
 

@@ -29,11 +29,11 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
                     std::size_t depth) {
   const ParsedSetting parsed(setting);
   Exploration exploration;
-  // Hashes of the keys of the states. In a million states, two have the same hash with a
-  // probability of 1 in 10^7.
+  // The hashes of the states' keys. The probability that any two of a million states have the same
+  // hash is below 1 in 10^7.
   std::unordered_set<std::size_t> knownStates;
   std::vector<Script> scriptsToExtend;
-  // Returns true if all invariants hold.
+  // Plays the script. Returns true if all invariants hold.
   const auto visit = [&](const Script& script) {
     ++exploration.scriptCount;
     ObservedPlay play(parsed, invariants);

@@ -11,8 +11,9 @@
 
 namespace vel::exploration {
 
-/// A script that breaks an invariant. If the invariant breaks only after the end of the script,
-/// when the manager is deactivated, the last action of the script is "deactivate".
+/// A script that breaks an invariant. A play deactivates the manager after the last action. If only
+/// this deactivation breaks the invariant, the script has "deactivate" as an additional last
+/// action.
 struct Finding {
   std::string violation;
   Script script;
@@ -24,19 +25,19 @@ struct Exploration {
   std::size_t stateCount = 0;
   /// The number of scripts that were played.
   std::size_t scriptCount = 0;
-  /// Every script up to this length was played, or reaches the same state as a shorter script.
+  /// Every script up to this length was played, or reaches the same state as a played script.
   std::size_t depth = 0;
-  /// The first script that breaks an invariant. No shorter script breaks one. The exploration stops
-  /// there.
+  /// The first script that breaks an invariant. No shorter script breaks an invariant. The
+  /// exploration stops after this script.
   std::optional<Finding> finding;
 };
 
-/// Plays every script of up to `depth` actions from its start, shorter scripts first. If several
-/// scripts lead to the same state, extends only the first one.
+/// Plays every script of up to `depth` actions, shorter scripts first. Each play begins with a new
+/// host. If several scripts lead to the same state, extends only the first of these scripts.
 [[nodiscard]] Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                                   std::size_t depth);
 
-/// Plays one script to its end. Returns the broken invariant, or an empty text.
+/// Plays one script to its end. Returns the broken invariant, or an empty string.
 [[nodiscard]] std::string violationIn(const ParsedSetting& parsed,
                                       std::span<const Invariant> invariants, const Script& script);
 

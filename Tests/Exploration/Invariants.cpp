@@ -37,7 +37,8 @@ std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   return isRecorded ? "it is recorded" : "";
 }
 
-// The event is recorded half a second after it is sent, even if a window goes away in that time.
+// Does not check when the event is recorded. The library records the event half a second after it
+// is sent, even if a required window goes away in between.
 std::string checkNotSentWhileAway(const ObservedPlay& play) {
   const bool isSentNow = play.now().isSent && !play.before().isSent;
   return isSentNow && play.history().isWindowAway ? "it is sent" : "";

@@ -56,8 +56,7 @@ ObservedPlay::ObservedPlay(const ParsedSetting& parsed, std::span<const Invarian
 }
 
 ObservedPlay::~ObservedPlay() {
-  // Temporary contents and their controllers keep each other alive until the content is
-  // deactivated.
+  // A temporary content and its controller keep each other alive until the content is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
@@ -189,8 +188,8 @@ void ObservedPlay::note(const host::trace::RecordedEvent& /*event*/) { ++history
 
 void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
 
-// Returns true if the user sees the cover while the window is key. Does not use the manager's own
-// result, because it checks the manager.
+// Returns true if the user sees the cover while the window is key. Does not use
+// `appIsUnfocused`, because an invariant compares `appIsUnfocused` with this result.
 bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> shownIn = send(send(cover, &NSViewController::view), &NSView::window);
@@ -212,8 +211,8 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
          });
 }
 
-// Computes from the key change only whether a required window is away, because the manager is
-// notified later.
+// Computes `isWindowAway` from the key change. The manager receives its notification later, so the
+// manager's state is still the previous state.
 void ObservedPlay::note(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);

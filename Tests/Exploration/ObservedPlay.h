@@ -18,20 +18,20 @@ class ObservedPlay;
 
 /// A statement that always holds.
 struct Invariant {
-  /// When the invariant is checked. Moment: at every trace line, and whenever no more work is due.
+  /// When the play checks the invariant. Moment: at every trace line, and whenever no work is due.
   /// State: after each action. End: after the end of the play, when no work is left.
   enum class When : std::uint8_t { Moment, State, End };
 
   std::string_view name;
   When when = When::Moment;
-  /// Returns what is wrong, or an empty text.
+  /// Returns what is wrong, or an empty string.
   std::string (*findFault)(const ObservedPlay& play) = nullptr;
 };
 
 /// The manager's state at a moment.
 struct Sample {
   double timeLeft = 0;
-  double interval = 0;      // of the configuration
+  double interval = 0;      // the configuration's value
   bool isCounting = false;  // the manager has a valid timer
   bool isUnfocused = false;
   bool isSent = false;  // `eventWasSended`
@@ -43,33 +43,34 @@ struct Sample {
 struct History {
   /// A request was accepted outside skip mode.
   bool hasPlainRequest = false;
-  /// A required window has lost the key status, and no required window has become key since. This
-  /// is computed from the key changes only.
+  /// A required window has stopped being key, and no required window has become key since. The play
+  /// computes this value from the key changes, not from the manager's state. A window is required
+  /// if the user sees the cover while the window is key.
   bool isWindowAway = false;
   int eventCount = 0;
   /// When `eventWasSended` became true.
   std::optional<Nanoseconds> sentAt;
-  /// The windows that have been key, the latest last.
+  /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
-  /// The style exceptions that have begun, by index.
+  /// The style exceptions that a step has caused, as indices into `styleExceptions()`.
   std::bitset<16> styleExceptions;
 
-  // The members below describe the time since the last moment without due work.
+  // The members below describe the time since the last moment at which no work was due.
 
-  /// The sample's values at the beginning of this time.
+  /// The values of `Sample::timeLeft` and `Sample::isCounting` at the beginning of this time.
   double timeLeft = 0;
   bool wasCounting = false;
   std::string_view step;
-  /// The step is a guarded dismissal that the manager must refuse.
+  /// The step is a dismissal that the manager must refuse.
   bool mustRefuse = false;
-  /// The host's operations that were called.
+  /// The library has called these operations of the host's view delegate.
   bool hasCalledCanDisappear = false;
   bool hasCalledDidDisappear = false;
   int coverStepCount = 0;
 };
 
-/// Plays a script, checks the invariants during the play, and keeps the first violation.
-/// Only one play exists at a time. Main thread.
+/// Plays a script, checks the invariants during the play, and keeps the first violation. Only one
+/// play may exist at a time. Must be used on the main thread.
 class ObservedPlay final : private host::PlayListener {
  public:
   /// Both arguments must outlive the play.
@@ -88,7 +89,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& before() const { return before_; }
   [[nodiscard]] const Sample& now() const { return now_; }
-  /// The trace line of this moment. Null if no work is due.
+  /// The event of the current trace line. Null at a moment when no work is due.
   [[nodiscard]] const host::TraceEvent* event() const { return event_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
@@ -99,7 +100,8 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] NSWindowStyleMask givenStyle(const NSWindow& window) const;
   /// The main content's controllers that are alive, oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
-  /// After the end: the controller at the time of the deactivation, if it is still alive.
+  /// The controller at the time when `end` deactivated the manager. Null if the controller is
+  /// destroyed.
   [[nodiscard]] Strong<LaunchScreenViewController> lastController() const {
     return lastController_.lock();
   }
@@ -135,7 +137,7 @@ class ObservedPlay final : private host::PlayListener {
   Sample now_;
   const host::TraceEvent* event_ = nullptr;
   History history_;
-  const host::Step* step_ = nullptr;  // the current or the last step
+  const host::Step* step_ = nullptr;  // the step that started last
   Nanoseconds at_ = 0;
   std::string violation_;
 };

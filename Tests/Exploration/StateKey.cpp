@@ -66,7 +66,8 @@ void addInspection(KeyText& key, const ObservedPlay& play) {
 
 using Controllers = std::vector<Strong<LaunchScreenViewController>>;
 
-// The index of the controller in the list. The size of the list if the list does not contain it.
+// Returns the index of the controller in the list, or the size of the list if the list does not
+// contain the controller.
 template <class T>
 std::size_t indexOf(const T* controller, const Controllers& controllers) {
   return static_cast<std::size_t>(
@@ -130,7 +131,7 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   for (const auto& controller : controllers) {
     addController(key, play, *controller);
   }
-  // The controller of the tracked view. Null if it is already destroyed.
+  // The controller of the tracked view. Null if the controller is already destroyed.
   const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto window = send(superView, &NSView::window);
   const auto current = send(play.manager()->content(), &LaunchScreenContent::viewController);

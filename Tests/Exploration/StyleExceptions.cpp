@@ -89,7 +89,7 @@ bool isRemovalPending() {
   });
 }
 
-// The host adds no views to its content views, so any subview is a cover.
+// The host adds no views to its windows' content views, so any subview is a cover.
 bool isCoverUp(const ObservedPlay& play) {
   return std::ranges::any_of(play.hostWindows(),
                              [](const Strong<NSWindow>& window) {

@@ -21,8 +21,9 @@ struct StyleException {
 
 /// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Returns true if no controller keeps a window, or a style other than the one that the host gave
-/// the window. Earlier covers then have no further effect on styles.
+/// Returns true if no embedded cover is tracked and no controller keeps a window. In addition, no
+/// controller may keep a saved style that differs from the player window's given style. Earlier
+/// covers then have no further effect on styles.
 [[nodiscard]] bool isStyleForgotten(const ObservedPlay& play);
 
 }  // namespace vel::exploration

@@ -1,4 +1,4 @@
-// explore [--depth N]: plays every script up to a length and checks the invariants.
+// explore [--depth N]: plays every script of up to N actions and checks the invariants.
 #include <charconv>
 #include <iostream>
 #include <string_view>
