@@ -15,8 +15,8 @@ std::size_t allocations = 0;
 
 }  // namespace
 
-// Every other form of `new` calls this one. Not inlined: the compiler would warn that `malloc` and
-// `delete` do not match. NOLINTBEGIN(misc-new-delete-overloads)
+// Every other form of `new` calls this function. If the compiler inlined these functions, it would
+// warn that `malloc` and `delete` do not match. NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
@@ -42,8 +42,8 @@ class Listener final : public Class<Listener, "Listener"> {
   int receivedCount_ = 0;
 };
 
-/// How many allocations 100 calls of `work` make. A first call, which may fill caches, does not
-/// count.
+/// Returns the number of allocations in 100 calls of `work`. Calls `work` once before it counts,
+/// because the first call may fill caches.
 template <class Work>
 std::size_t allocationsOf(Work work) {
   work();

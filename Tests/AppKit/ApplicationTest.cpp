@@ -73,7 +73,7 @@ class ScriptedWindowSystem final : public WindowSystem {
 
 class ApplicationTest : public RecordedTest {
  protected:
-  // Starts a new application on a window system that replaces the headless one.
+  // Starts a new application that uses a scripted window system instead of the headless one.
   ScriptedWindowSystem& startScriptedWindowSystem() {
     auto owned = std::make_unique<ScriptedWindowSystem>();
     ScriptedWindowSystem& windowSystem = *owned;
@@ -98,7 +98,7 @@ class PollingHostTest : public ApplicationTest {
     window->contentView()->setWantsLayer(true);
   }
 
-  /// Updates the descriptor, as a host does before it waits.
+  /// Runs passes until the descriptor is no longer readable, as a host does before it waits.
   void pumpUntilIdle() {
     while (isReadable(0)) {
       loop.pump();
@@ -108,7 +108,8 @@ class PollingHostTest : public ApplicationTest {
     pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
     return poll(&polled, 1, timeoutInMilliseconds) == 1;
   }
-  /// Expects that each operation does or does not make the descriptor readable.
+  /// Runs each operation. Expects that the descriptor is then readable if `readable` is true, and
+  /// not readable otherwise.
   void expectReadableAfterEach(bool readable) {
     for (const Operation& operation : operations) {
       pumpUntilIdle();

@@ -75,7 +75,8 @@ class RecordingController final
 class NotificationRecorder final : public Class<NotificationRecorder, "NotificationRecorder"> {
  public:
   explicit NotificationRecorder(EventRecorder& recorder) : recorder_(recorder) {}
-  /// Starts to observe. An application that stops removes all observers.
+  /// Starts to observe. Must be called again for each new application, because an application that
+  /// stops removes all observers.
   void observe();
 
   void windowResignedKey(const NSNotification& notification) {
@@ -104,14 +105,14 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
   EventRecorder& recorder_;
 };
 
-/// A fixture with a virtual platform whose events are recorded. The name of a window is its class
-/// name.
+/// A fixture with a virtual platform. Records the events of the platform. The name of a window is
+/// its class name.
 class RecordedTest : public VirtualTest {
  protected:
   RecordedTest() { notificationRecorder_->observe(); }
   ~RecordedTest() override;
 
-  /// Opens a window in front of the others. The window is not key.
+  /// Opens a window in front of all other windows. The new window is not key.
   static Strong<NSWindow> open(std::string_view name) {
     return openWindow(name, CGRectMake(0, 0, 1000, 600));
   }
@@ -121,7 +122,7 @@ class RecordedTest : public VirtualTest {
     window->makeKeyWindow();
     return window;
   }
-  /// Makes a window and does not open it.
+  /// Creates a window but does not open it.
   static Strong<NSWindow> makeClosedWindow(std::string_view name) {
     return NSWindow::initAs<NamedWindow>(name, CGRectMake(0, 0, 1000, 600), kFullStyle);
   }
@@ -129,7 +130,7 @@ class RecordedTest : public VirtualTest {
     return make<RecordingController>(recorder, name);
   }
   /// Makes a controller and adds its view to the window's content view. The fixture keeps the
-  /// controller alive, because its view does not.
+  /// controller alive, because the view does not.
   Strong<RecordingController> addController(const Strong<NSWindow>& window,
                                             const std::string& name) {
     Strong<RecordingController> controller = makeController(name);

@@ -1,5 +1,5 @@
-// Windows that leave the screen: closed, miniaturised, destroyed by their owner, or lost with the
-// connection.
+// Windows that leave the screen: closed, miniaturised, destroyed by their owner, or lost because
+// the connection to the window system ends.
 #include <algorithm>
 
 #include "Platform/Dispatch/Dispatch.h"

@@ -11,7 +11,7 @@ namespace {
 
 class ModalRunTest : public RecordedTest {
  protected:
-  // Runs `work` after a delay, also during a modal run.
+  // Runs `work` after a delay, even during a modal run.
   void runAfter(double seconds, const std::function<void()>& work) {
     loop.addTimerForMode(schedule(seconds, work), NSModalPanelRunLoopMode);
   }

@@ -230,7 +230,7 @@ TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
   auto callCount = std::make_shared<int>(0);
   NSApp->setCloseRequestedHandler([callCount](NSWindow&) {
     NSApp->setCloseRequestedHandler(nullptr);
-    ++*callCount;  // The handler's captures must outlive its removal.
+    ++*callCount;  // The captures must stay alive until the handler returns.
   });
   platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_EQ(*callCount, 1);

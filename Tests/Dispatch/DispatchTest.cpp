@@ -30,7 +30,7 @@ class DispatchTest : public VirtualTest {
                 const std::function<void()>& work = nullptr) {
     dispatch_after(when, queue, recording(name, work));
   }
-  // Advances time without a pass, as slow work does.
+  // Advances the clock without a pass of the run loop, as slow work does.
   void letTimePass(double seconds) {
     loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));
   }

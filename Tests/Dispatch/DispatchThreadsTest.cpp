@@ -71,7 +71,7 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool hasRun = false;
   dispatch_async(queue, [&] {
     std::thread other([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
-    // Only the work ends this loop: a virtual wait would throw.
+    // The loop must not wait: a virtual clock cannot wait for another thread, so it would throw.
     while (!hasRun) {
       loop.pump();
     }

@@ -12,8 +12,8 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor. Its two numbers match unless another
-/// thread destroys the object while it is read.
+/// An object that runs `onDestruction` in its destructor. Its two numbers match, unless one thread
+/// destroys the object while another thread reads the numbers.
 class TestObject final : public Class<TestObject, "TestObject"> {
  public:
   explicit TestObject(int number, std::function<void()> onDestruction = nullptr)
@@ -65,7 +65,7 @@ TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
   AtomicReference<TestObject> property;
   Strong<TestObject> referenceInDestructor;
   const auto next = make<TestObject>(2);
-  // If the lock were held, the read in the destructor would block forever.
+  // If `store` held the lock here, the read in the destructor would block forever.
   property.store(make<TestObject>(1, [&] { referenceInDestructor = property.load(); }));
   property.store(next);
   EXPECT_EQ(referenceInDestructor, next);

@@ -39,7 +39,7 @@ class NSMutableArrayTest : public testing::Test {
     }
   }
 
-  // Iterates over the guests, records their names, and runs `work` at the guest with the name
+  // Iterates over the guests and records their names. Runs `work` at the guest that has the name
   // `name`.
   void iterate(const std::string& name, const std::function<void()>& work) {
     for (const Strong<Guest>& guest : *guests) {

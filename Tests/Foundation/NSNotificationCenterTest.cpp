@@ -19,7 +19,7 @@ NSNotificationCenter& center() { return NSNotificationCenter::defaultCenter(); }
 
 class Door final : public Class<Door, "Door"> {};
 
-/// An observer. For each notification it adds its name to a list and then calls `reaction`.
+/// An observer. For each notification, it adds its own name to a list and then calls `reaction`.
 class Listener final : public Class<Listener, "Listener"> {
  public:
   Listener(std::vector<std::string>& receivers, std::string name)

@@ -17,7 +17,7 @@ namespace {
 constexpr NSRunLoopMode kModes[] = {NSDefaultRunLoopMode, NSModalPanelRunLoopMode,
                                     NSEventTrackingRunLoopMode};
 
-/// Stands for the window system. Has at most one event.
+/// Replaces the window system. Has at most one pending event.
 class EventSource final : public RunLoopSource {
  public:
   bool deliver() override {
@@ -294,7 +294,7 @@ TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
   const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
   schedule(0.1, slow, Repeats::Yes);
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(slow->ticks(), 5);  // the last one was due at 0.9 s and fired at 1.1 s
+  EXPECT_EQ(slow->ticks(), 5);  // the last tick was due at 0.9 s and fired at 1.1 s
 }
 
 TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {

@@ -193,7 +193,7 @@ TEST(FloatValueTest, IsExactAtTheLimitsOfTheRange) {
 }
 
 TEST(FloatValueTest, RoundsOnceToSinglePrecision) {
-  // If the first number were rounded to double first, the result would be 1.
+  // If `floatValue` rounded the first number to a double first, the result would be 1.
   expectValues({{"1.000000059604644775390625000000000000001", 1.00000012F},
                 {"1.00000005960464477539062", 1.F},
                 {"0.1", 0.1F}});

@@ -12,7 +12,7 @@ class Audience : public Protocol<Audience> {
   virtual void curtainRises() {}
   [[nodiscard]] virtual bool applauds() const { return false; }
   virtual void curtainFalls() {}
-  // Not optional.
+  // This operation is not optional.
   [[nodiscard]] virtual int seats() const = 0;
 
   template <class Adopter>

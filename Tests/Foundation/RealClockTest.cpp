@@ -20,7 +20,7 @@ namespace vel::test {
 namespace {
 
 constexpr Nanoseconds kMillisecond = 1'000'000;
-// The limit for an event that must happen.
+// The maximum wait for an event that must happen.
 constexpr int kTimeoutInMilliseconds = 10'000;
 
 class Pipe : NonCopyable {
@@ -46,7 +46,7 @@ class RealClockTest : public testing::Test {
     loop.useRealTime();
   }
 
-  // Returns true if the loop's descriptor becomes readable within the time.
+  // Returns true if the loop's descriptor becomes readable within `milliseconds`.
   bool isReadable(int milliseconds = 0) {
     pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
     return poll(&polled, 1, milliseconds) == 1;
@@ -138,7 +138,7 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
-  // Many rounds, so that wake-ups come before, during and after the beginning of a wait.
+  // The many rounds cause wake-ups before, during and after the beginning of a wait.
   std::atomic<int> lastRound = 0;
   int runCount = 0;
   constexpr int kRounds = 500;

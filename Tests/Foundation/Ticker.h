@@ -43,7 +43,7 @@ inline Strong<NSTimer> schedule(double seconds, std::function<void()> work,
   return schedule(seconds, make<Ticker>([work = std::move(work)](NSTimer&) { work(); }), repeats);
 }
 
-/// Advances the virtual clock without a pass, as slow work does.
+/// Advances the virtual clock without a pass of the run loop, as slow work does.
 inline void letTimePass(double seconds) {
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));
