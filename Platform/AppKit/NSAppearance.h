@@ -7,7 +7,7 @@
 
 namespace vel {
 
-/// The name of an appearance. Its text must live as long as the process.
+/// The name of an appearance. The string must live as long as the process.
 using NSAppearanceName = std::string_view;
 
 /// The light appearance.

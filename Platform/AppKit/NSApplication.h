@@ -20,8 +20,8 @@ inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
 /// The application: its windows on one window system, the key window and the modal runs. This class
-/// makes all decisions about windows; the window system only carries them out. Only the main
-/// thread may use the application.
+/// makes all decisions about windows, and the window system only carries out these decisions. Only
+/// the main thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -145,12 +145,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   NSArray<NSWindow> orderedWindows_;
   Strong<NSWindow> keyWindow_;
   Weak<NSWindow> mainWindow_;
-  std::vector<Weak<NSWindow>> keyHistory_;  // most recent last
+  std::vector<Weak<NSWindow>> keyHistory_;  // most recent key window last
   Weak<NSWindow> keyAtDeactivation_;
   bool isActive_ = true;
   std::vector<ModalRun> modalRuns_;
   std::uint64_t lastModalRunNumber_ = 0;
-  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // outside modal runs
+  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // the mode outside modal runs
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;

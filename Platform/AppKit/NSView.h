@@ -15,7 +15,7 @@ namespace vel {
 class NSViewController;
 class NSWindow;
 
-/// The margins and sides of a view that change when its superview is resized.
+/// The margins and dimensions of a view that change when its superview is resized.
 using NSAutoresizingMaskOptions = std::uint64_t;
 
 inline constexpr NSAutoresizingMaskOptions NSViewNotSizable = 0;

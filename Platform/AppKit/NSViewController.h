@@ -54,14 +54,15 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   [[nodiscard]] NSArray<NSViewController> childViewControllers() const { return children_; }
   [[nodiscard]] Strong<NSViewController> parentViewController() const { return parent_.lock(); }
 
-  /// Shows `controller` in its own window, begins a modal run of that window and returns at once.
+  /// Shows `controller` in its own window, begins a modal run of that window and returns
+  /// immediately.
   /// Does nothing if `controller` is already presented. A controller may present itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
   /// if there is no such window or if `controller` is already presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
-  /// Ends the presentation of `controller`, even if another controller presents it. Does nothing if
-  /// it is not presented.
+  /// Ends the presentation of `controller`, even if another controller presents `controller`. Does
+  /// nothing if `controller` is not presented.
   virtual void dismissViewController(const Strong<NSViewController>& controller);
 
   /// The controllers that this controller presents, except itself, in the order of presentation.
@@ -92,7 +93,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   // Sends the step, unless the showing has ended or the step has already run in the showing.
   void sendStep(LifeCycleStep step, std::uint64_t showingNumber);
   void recordStep(LifeCycleStep step);
-  // These two set and remove the links between the presenting and the presented controller.
+  // These two functions set and remove the links between the presenting and the presented
+  // controller.
   void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
   void endPresentation();
 

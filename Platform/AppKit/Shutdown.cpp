@@ -25,12 +25,14 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
     : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
 
 void shutDown() {
+  // Earlier work must not run during the steps below, for example in a nested loop of a callback.
   removeScheduledWork();
   send(NSApp, &NSApplication::end);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {
     step->run_();
   }
   NSNotificationCenter::defaultCenter().removeAllObservers();
+  // Callbacks in the steps above may have scheduled more work.
   removeScheduledWork();
   ReleasePool::current().drainTo(0);
 }

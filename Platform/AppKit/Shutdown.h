@@ -11,11 +11,11 @@ namespace vel {
 ///   system.
 ///   3. Each `ShutdownStep` runs.
 ///   4. The notification centre removes all its observers.
-///   5. Timers and queued work that steps 2 and 3 have added are removed.
+///   5. Timers that steps 2 and 3 have added are invalidated, and the main queue is emptied again.
 ///   6. The release pool of the main thread is drained.
 /// The clock, the log sink, the metrics sink and the default configuration stay. An application
-/// need not exist. Only the main thread may call this function, and not from a callback of the
-/// platform.
+/// need not exist. Only the main thread may call this function. A callback of the platform must not
+/// call it.
 VEL_EXPORT void shutDown();
 
 /// Registers a function of a layer above AppKit that `shutDown` calls. Each object must have static

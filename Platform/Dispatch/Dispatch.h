@@ -33,8 +33,8 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   DispatchQueue();
 
   /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
-  /// The label says what the work does; `pending` returns it. The label's text must live as long as
-  /// the process, as a literal does. Any thread may call this function.
+  /// The label says what the work does; `pending` returns it. The label must be a literal, or
+  /// another string that lives as long as the process. Any thread may call this function.
   void submit(dispatch_time_t deadline, Work work, std::string_view label = {});
 
   bool deliver() override;

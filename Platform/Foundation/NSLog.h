@@ -11,7 +11,7 @@
 
 namespace vel {
 
-/// An argument of a log format: a text for %@ and %s, a 32-bit number for %u.
+/// An argument of a log format: a string for %@ and %s, a 32-bit number for %u.
 using NSLogArgument = std::variant<std::string_view, std::uint32_t>;
 
 /// Formats a log line: replaces each %@, %s and %u by the next argument, and %% by a percent sign.

@@ -8,7 +8,7 @@
 
 namespace vel {
 
-/// The name of a notification. Its text must live as long as the process.
+/// The name of a notification. The string must live as long as the process.
 using NSNotificationName = std::string_view;
 
 /// A notification: the name of an event, and the object to which the event happened.

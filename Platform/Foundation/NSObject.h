@@ -14,7 +14,7 @@
 
 namespace vel {
 
-/// A text as a template argument: the name of a class in its class head.
+/// A string as a template argument: the name of a class in its class head.
 template <std::size_t Size>
 struct ClassName {
   // Implicit, so that a class head can use a literal.

@@ -26,15 +26,15 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
 
   /// Delivers everything that is due. Returns true if anything was due.
   virtual bool deliver() = 0;
-  /// The time at which something will be due. 0 if something is due already, `kNever` if no such
-  /// time is known.
+  /// The time at which something will be due. 0 means that something is already due. `kNever` means
+  /// that no such time is known.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
   /// Describes what is pending, one line for each item, for an error message.
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
 /// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The
-/// exception's text lists the pending timers and the pending work of the main queue.
+/// message lists the pending timers and the pending work of the main queue.
 class VEL_EXPORT NothingToWaitFor : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -54,7 +54,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// timers. Throws `std::system_error`, and changes nothing, if the process has no descriptors
   /// left.
   void useRealTime();
-  /// Replaces the clock by one that waits only for its deadline, such as a `VirtualClock`.
+  /// Replaces the clock by a clock that waits only for its deadline, such as a `VirtualClock`.
   /// Invalidates all timers.
   void setClock(std::unique_ptr<Clock> clock);
   [[nodiscard]] Clock& clock() { return *clock_; }

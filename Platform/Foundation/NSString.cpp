@@ -21,7 +21,7 @@ std::size_t countDigits(std::string_view text, std::size_t start) {
   return end - start;
 }
 
-// The length of the unsigned decimal number at the start of the text. 0 if there is none.
+// The length of the unsigned decimal number at the start of `text`. 0 if there is no number.
 std::size_t decimalPrefixLength(std::string_view text) {
   std::size_t end = countDigits(text, 0);
   std::size_t digitCount = end;
@@ -45,8 +45,8 @@ std::size_t decimalPrefixLength(std::string_view text) {
   return end;
 }
 
-// For a number that is out of a float's range: returns true if it is too large, and false if it is
-// too small. `std::from_chars` does not distinguish the two.
+// `number` is out of a float's range. Returns true if it is too large, and false if it is too
+// small. `std::from_chars` does not distinguish these two cases.
 bool isTooLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);

@@ -10,7 +10,7 @@
 
 namespace vel {
 
-/// An immutable text in UTF-8.
+/// An immutable string in UTF-8.
 class VEL_EXPORT NSString final : public Class<NSString, "NSString"> {
  public:
   explicit NSString(std::string text) : text_(std::move(text)) {}
@@ -19,18 +19,19 @@ class VEL_EXPORT NSString final : public Class<NSString, "NSString"> {
     return make<NSString>(std::string(text));
   }
 
-  /// The text. Valid as long as the string exists.
+  /// The bytes of the string. The view is valid as long as this object exists.
   [[nodiscard]] std::string_view UTF8String() const { return text_; }
-  /// The length in bytes of UTF-8.
+  /// The length of the string in bytes.
   [[nodiscard]] std::size_t length() const { return text_.size(); }
   /// Compares byte by byte.
   [[nodiscard]] bool isEqualToString(std::string_view other) const { return text_ == other; }
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override;
 
-  /// The number at the start of the text, rounded to single precision. Skips leading white space,
+  /// The number at the start of the string, rounded to single precision. Skips leading white space,
   /// then reads the longest decimal number (sign, digits, point, decimal exponent). Returns 0 if
-  /// there is no number or if it is too small, and plus or minus infinity if it is too large. Words
-  /// ("nan", "inf") and hexadecimal digits are not numbers. The locale has no effect.
+  /// there is no number or if the number is too small. Returns plus or minus infinity if the number
+  /// is too large. Words   /// ("nan", "inf") and hexadecimal digits are not numbers. The locale
+  /// has no effect.
   [[nodiscard]] float floatValue() const;
 
  private:

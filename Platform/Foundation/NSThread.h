@@ -10,8 +10,9 @@ class VEL_EXPORT NSThread {
   /// Returns true if the caller runs on the main thread. The main thread is the thread that loaded
   /// the library, until another thread calls `becomeMainThread`.
   static bool isMainThread();
-  /// Makes the calling thread the main thread. For hosts that load the library on one thread and
-  /// open their windows on another thread. No part of the platform may be in use during the call.
+  /// Makes the calling thread the main thread. A host that loads the library on one thread and
+  /// opens its windows on another thread must call this function. No part of the platform may be in
+  /// use during the call.
   static void becomeMainThread();
 };
 

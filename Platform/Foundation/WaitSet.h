@@ -23,15 +23,14 @@ class WaitSet : NonCopyable {
   /// Blocks until the deadline, a wake-up or input. May also return early, after a signal.
   virtual void wait() = 0;
 
-  /// Ends the current or next wait, and every later wait until `acknowledgeWakeUps` is called.
+  /// Ends the current wait, and every later wait until `acknowledgeWakeUps` is called.
   virtual void wake() = 0;
   /// Clears the earlier wake-ups, so that they end no further wait. May also clear a wake-up from
   /// another thread that comes during this call.
   virtual void acknowledgeWakeUps() = 0;
 
   /// A descriptor for a host's own `poll`. The descriptor is readable exactly when `wait` would
-  /// return at once.
-  /// Returns -1 on a system without descriptors.
+  /// return immediately. Returns -1 on a system without descriptors.
   [[nodiscard]] virtual int descriptor() const = 0;
 };
 

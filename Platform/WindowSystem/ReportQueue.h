@@ -9,10 +9,9 @@
 
 namespace vel {
 
-/// The reports of a back end that learns of events asynchronously. The back end adds reports at any
+/// The reports of a back end that receives events asynchronously. The back end adds reports at any
 /// time and calls `deliver` from `deliverEvents`, so the delegate is never called from inside the
-/// operation that caused a report. The back end owns the queue. All calls run on the
-/// main thread.
+/// operation that caused a report. The back end owns the queue. All calls run on the main thread.
 class ReportQueue final : public NonCopyable {
  public:
   /// Calls one operation of the delegate.
@@ -21,8 +20,8 @@ class ReportQueue final : public NonCopyable {
   ReportQueue();
   ~ReportQueue();
 
-  /// Sets the receiver of the reports. The queue does not own it. If it is null, `deliver` discards
-  /// the reports.
+  /// Sets the receiver of the reports. The queue does not own the delegate. If the delegate is
+  /// null, `deliver` discards the reports.
   void setDelegate(WindowSystemDelegate* delegate);
 
   /// Adds a report that is not about one window.

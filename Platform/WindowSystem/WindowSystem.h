@@ -1,4 +1,5 @@
-// The port: what a window system does for the platform layer, and what it reports.
+// The port: the operations that the platform layer calls on a window system, and the reports that
+// the window system makes.
 //
 // A back end contains no policy. It carries out each operation and reports what happened. It never
 // calls the library or the host, and it makes no decision about key windows, modality or closing.
@@ -87,7 +88,7 @@ struct WindowPicture {
 };
 
 /// Receives a back end's reports about windows. A back end calls it from `deliverEvents`. A back
-/// end that knows the result of an operation at once also calls it from inside the operation.
+/// end that knows the result of an operation immediately also calls it from inside the operation.
 class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
  public:
   virtual ~WindowSystemDelegate() = default;
@@ -112,7 +113,7 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// delays this report while `setStyleMask` overrides the style mask.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   /// The stacking order of these windows, front to back, has changed. All of them are on screen.
-  /// Windows that are not listed keep their places.
+  /// Windows that are not listed keep their positions.
   virtual void orderChanged(const std::vector<WindowHandle>& windows) = 0;
   /// Reports, after a change of the style mask, the controls that the window manager still offers
   /// although the mask excludes them. Borderless (0) means that the window manager honours the
@@ -137,8 +138,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// trip to the window system, but never to wait for an event.
   virtual bool deliverEvents() = 0;
   /// The time on the steady clock at which `deliverEvents` must run even if no input arrives: for
-  /// events that have already been read, or for the next frame of an indicator. 0 means now and
-  /// `kNever` means only when input arrives.
+  /// events that have already been read, or for the next frame of an indicator. 0 means now.
+  /// `kNever` means that `deliverEvents` must run only when input arrives.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
 
   /// Creates a window that is not on screen yet.
@@ -162,7 +163,7 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void setTitle(WindowHandle window, std::string_view title) = 0;
   virtual void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   virtual void setMovableByBackground(WindowHandle window, bool movable) = 0;
-  /// Replaces what the platform layer draws in the window. The change is visible at once.
+  /// Replaces what the platform layer draws in the window. The change is visible immediately.
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
   /// Discards pointer input to all windows of the application except this one. None allows pointer
   /// input to all windows again.

@@ -63,7 +63,7 @@ class EpollWaitSet final : public WaitSet {
     deadline_ = deadline;
     itimerspec setting{};
     if (deadline != kNever) {
-      // 0 would disarm the timer. Any time in the past makes the timer expire at once.
+      // 0 would disarm the timer. Any time in the past makes the timer expire immediately.
       const Nanoseconds expiry = deadline > 0 ? deadline : 1;
       setting.it_value.tv_sec = expiry / kNanosecondsPerSecond;
       setting.it_value.tv_nsec = expiry % kNanosecondsPerSecond;

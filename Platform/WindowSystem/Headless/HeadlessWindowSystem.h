@@ -9,8 +9,8 @@
 namespace vel {
 
 /// A window system in memory: it keeps the state of all windows and has no screen. The `user…`,
-/// `owner…`, `windowManager…` and `server…` operations simulate what these do. Each operation
-/// reports its result before it returns.
+/// `owner…`, `windowManager…` and `server…` operations simulate the user, a window's
+/// owner, the window manager and the server. Each operation reports its result before it returns.
 class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
  public:
   /// The current state of a window.
@@ -45,7 +45,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void userMovesFocusAway();
   /// While true, `requestFocus` does nothing, as if the user worked in another application.
   void setIgnoresFocusRequests(bool ignores) { ignoresFocusRequests_ = ignores; }
-  /// These two switch from the application to another one, and back.
+  /// These two operations switch from the application to another application, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();
   /// Presses the close control. Reports nothing if the window has no close control.

@@ -23,8 +23,8 @@ BrokenPipeGuard::BrokenPipeGuard() {
   hasBlockedSignal_ = sigismember(&previousMask, SIGPIPE) == 0;
 }
 
-// A pending signal must be removed before it is unblocked. If the host had blocked the signal
-// before, a pending one may be the host's, so it stays pending.
+// A pending signal must be removed before the signal is unblocked. If the host had already blocked
+// the signal, a pending signal may be the host's, so it stays pending.
 BrokenPipeGuard::~BrokenPipeGuard() {
   if (hasBlockedSignal_) {
     const sigset_t signals = brokenPipeSignal();

@@ -28,7 +28,7 @@ class ControlsMonitor final : public NonCopyable {
 
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Checks each window whose deadline has come. Blocks for a round trip for each of them.
+  /// Checks each window whose deadline has passed. Blocks for a round trip for each such window.
   void check(Nanoseconds now);
 
  private:

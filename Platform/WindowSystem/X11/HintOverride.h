@@ -17,13 +17,13 @@ using HintValue = std::optional<Property>;
 [[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
 /// One property of an adopted window: the owner's value, which restoring writes back, and the
-/// current value, which we may have written. It sends no requests: `WindowStyle` reads and writes
-/// the property and passes the values on.
+/// current value, which we may have written. This class sends no requests: `WindowStyle` reads and
+/// writes the property and passes the values on.
 ///
 /// The owner can write the property at any time, and its last write becomes the owner's value. Many
 /// programs read a property, edit a part of it and write it back. If such a program has read a
-/// value of ours, its new value still contains our changes. The owner's value is then the new value
-/// without our changes.
+/// value that we wrote, its new value still contains our changes. The owner's value is then the new
+/// value without our changes.
 class HintOverride {
  public:
   /// `value` is the window's value before we write. The first `bitSetCount` elements of the

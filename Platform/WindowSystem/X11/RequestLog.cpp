@@ -12,7 +12,7 @@ namespace vel::x11 {
 
 namespace {
 
-// More than the back end sends between two calls of `deliverEvents`.
+// The back end sends fewer requests than this between two calls of `deliverEvents`.
 constexpr std::size_t kMaximumRequests = 2048;
 constexpr std::size_t kMaximumDestroyedWindows = 256;
 

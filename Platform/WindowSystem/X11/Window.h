@@ -31,14 +31,14 @@ struct Window {
   bool wantsFocus = false;
   /// The sibling directly below this window, from ConfigureNotify.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
-  /// True if events announced changes that have not been read from the server yet.
+  /// True if events have announced changes that have not been read from the server yet.
   bool hasStateChanges = false;
   bool hasHintChanges = false;
-  /// When to read the controls that the window manager offers.
+  /// The time at which to read the controls that the window manager offers.
   Nanoseconds controlsDeadline = kNever;
   /// The controls of the last `controlsKept` report. No value before the first report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
-  /// When to delete the hints that `WindowStyle::restore` has written.
+  /// The time at which to delete the hints that `WindowStyle::restore` has written.
   Nanoseconds restorationDeadline = kNever;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

@@ -12,7 +12,7 @@ namespace vel::x11 {
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
 /// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
 /// window, it overrides the owner's _MOTIF_WM_HINTS while the style mask differs from the owner's
-/// mask, and then restores the owner's value to the byte.
+/// mask, and then restores the owner's value byte for byte.
 ///
 /// It never changes WM_NORMAL_HINTS of an adopted window: a fixed size there also makes window
 /// managers refuse the owner's own requests for another size. It never changes WM_PROTOCOLS: the
@@ -57,8 +57,8 @@ class WindowStyle final : public NonCopyable {
   /// The controls that the owner's hints allow and the mask removes.
   [[nodiscard]] NSWindowStyleMask removedControls() const;
 
-  /// Blocks for a round trip to the X server only to restore hints. Overriding does not block, so
-  /// that a launch screen appears without delay.
+  /// Sets the style mask. Blocks for a round trip to the X server only if it restores the hints.
+  /// Overriding does not block, so that a launch screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
   /// Call this before the window gets another size. Has no effect on an adopted window.
   void sizeChanged(PixelRect frame);
@@ -66,13 +66,13 @@ class WindowStyle final : public NonCopyable {
   /// adopted.
   void hintsChanged();
 
-  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
-  /// value is no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner
+  /// has set no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
   void restore();
-  /// The property has a value that allows everything. The window manager must read this value
-  /// before `finishRestoring` deletes the property: some window managers ignore the deletion.
+  /// True while the property has a value that allows everything. The window manager must read this
+  /// value before `finishRestoring` deletes the property: some window managers ignore the deletion.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
-  /// When the hints were last overridden, on the steady clock.
+  /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
   /// Deletes the property, unless the owner has written it since. Blocks for a round trip.
   void finishRestoring();
@@ -85,8 +85,8 @@ class WindowStyle final : public NonCopyable {
   void allowResizing();
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
-  /// The style mask that the owner has given the window, if it was not reported yet. No value while
-  /// the hints are overridden.
+  /// The style mask that the owner has given the window, if this mask has not been reported yet. No
+  /// value while the hints are overridden.
   [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersMask() const;
   void markOwnersMaskReported();
 
@@ -112,7 +112,7 @@ class WindowStyle final : public NonCopyable {
   Connection& connection_;
   xcb_window_t window_;
   xcb_atom_t motifName_;
-  std::optional<WindowKind> kind_;  // only of a window that we created
+  std::optional<WindowKind> kind_;  // no value for an adopted window
   NSWindowStyleMask mask_;
   NSWindowStyleMask reportedOwnersMask_;
   bool isOverridden_ = false;

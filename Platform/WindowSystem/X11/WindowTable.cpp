@@ -9,7 +9,8 @@ Window& WindowTable::add(Window window) {
   return windows_.insert_or_assign(id, std::move(window)).first->second;
 }
 
-// The destruction of a window may search the table, so the window is not in the table any more.
+// `extract` removes the window from the table before the window is destroyed. The destructors of
+// its members may search the table.
 void WindowTable::remove(xcb_window_t id) { windows_.extract(id); }
 
 void WindowTable::clear() { std::exchange(windows_, {}); }

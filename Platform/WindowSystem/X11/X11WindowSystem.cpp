@@ -154,7 +154,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     error = name + ": " + reason;
     return std::nullopt;
   }
-  // Selects events before it inspects the window, so that it misses no change.
+  // Select the events before the window is inspected, so that no change is missed.
   const RequestBatch batch(*connection_);
   const auto id = static_cast<xcb_window_t>(nativeId);
   selectEvents(*connection_, id, kWindowEvents);
@@ -397,8 +397,8 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
 
 // Events
 
-// Games call this in each frame. Usually no event has come, and the function only polls the
-// connection.
+// Games call this function in each frame. Usually no event has come, and the function only polls
+// the connection.
 bool X11WindowSystem::deliverEvents() {
   bool hasEvents = false;
   if (!isConnectionLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {

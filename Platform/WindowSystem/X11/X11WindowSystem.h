@@ -19,10 +19,10 @@
 namespace vel {
 
 /// The X11 back end, with its own connection to the server. It creates windows, and adopts windows
-/// of any client by their X ids. A window's handle is its X id. A window's frame is that of its
-/// content, without the window manager's frame. This class passes operations and events on to the
-/// classes in namespace x11, each of which has one concern. It calls its delegate from
-/// `deliverEvents` only.
+/// of any client by their X ids. A window's handle is its X id. A window's frame is the rectangle
+/// of its content, without the window manager's frame. This class passes operations and events on
+/// to the classes in namespace x11, each of which has one concern. The back end calls its delegate
+/// from `deliverEvents` only.
 class X11WindowSystem final : public WindowSystem {
  public:
   /// Returns null, with the reason in `error`, if the display cannot be opened. An empty name means
