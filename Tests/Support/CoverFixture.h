@@ -1,5 +1,5 @@
-// For the tests of the cover and its content: a journal of events, delegates that write into it,
-// and a fixture with a controller to present.
+// Support for the tests of the cover and of content views: a journal of events, delegates that
+// write into the journal, and a fixture with a controller to present.
 #pragma once
 
 #include <cstdint>
@@ -17,11 +17,12 @@
 
 namespace vel::test {
 
-/// A list of events in their order. All objects that write into a journal share its ownership.
+/// A list of events, oldest first. All objects that write into a journal share ownership of the
+/// journal.
 using Lines = std::vector<std::string>;
 using Journal = std::shared_ptr<Lines>;
 
-/// The calls of LaunchScreenViewControllerDelegate, in the order of the protocol.
+/// The operations of LaunchScreenViewControllerDelegate, in the order of their declaration.
 enum class CoverCall : std::uint8_t { WillPresent, CanDismiss, DidDismiss };
 
 /// A delegate of the cover's controller. It writes "name: will present", "name: can dismiss" and
@@ -61,7 +62,7 @@ class CoverDelegate final
   std::function<void()> work_;
 };
 
-/// The calls of ContentViewDelegate, in the order of the protocol.
+/// The operations of ContentViewDelegate, in the order of their declaration.
 enum class HostCall : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
 /// A host's view delegate. It writes "name: will appear", "name: can disappear" and "name: did
@@ -93,8 +94,8 @@ class HostViewDelegate final
   OperationSet responding_ = 0b111;
 };
 
-/// Writes the platform's events into the journal: the life-cycle steps of the cover, "style 7" for
-/// each style mask that is set, "window opened" and "window closed".
+/// Writes the platform's events into the journal: the life-cycle steps of the cover, a line such as
+/// "style 7" for each style mask that is set, "window opened" and "window closed".
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
@@ -120,7 +121,8 @@ bool isTrackedCover(const Strong<NSView>& superView,
 /// True if the library tracks an embedded cover.
 bool hasTrackedCover();
 
-/// A fixture with a duration of five seconds, a controller to present and a journal.
+/// A fixture with a controller to present and a journal. The expiration time in the default
+/// configuration is five seconds.
 class CoverTest : public VirtualTest {
  protected:
   CoverTest();

@@ -41,7 +41,8 @@ class ResolverListener final
   std::function<void()> whenNotified;
 };
 
-/// A host's own view controller, for the default configuration. It only records its calls.
+/// A view controller that a host supplies through the default configuration. It only records the
+/// calls of its operations.
 class HostController final
     : public Class<HostController, "HostController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
@@ -56,7 +57,8 @@ class HostController final
 
   /// The names of the called operations, in the order of the calls.
   std::vector<std::string> calls;
-  /// The arguments of the last call of each operation.
+  /// The arguments of the last calls. `removeDelegate` stores no argument, and `deactivate` resets
+  /// `delegate`.
   Strong<LaunchScreenViewControllerDelegate> delegate;
   Strong<NSWindow> window;
   LaunchScreenPresentationMode mode = -1;
@@ -73,7 +75,8 @@ class HostController final
 /// Runs `work` on another thread and waits until it returns.
 void runOnAnotherThread(const std::function<void()>& work);
 
-/// A manager on a new platform, and the calls of a host. The destructor deactivates the manager.
+/// A fixture with a launch screen manager and with functions that act as the host. The destructor
+/// deactivates the manager.
 class LaunchScreenTest : public VirtualTest {
  protected:
   ~LaunchScreenTest() override;
@@ -82,17 +85,18 @@ class LaunchScreenTest : public VirtualTest {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
 
-  /// Requests content for the event "launch_end" and gets its view, which makes the manager a
-  /// delegate of the controller.
+  /// Requests content for the event "launch_end", and then the view of the content. The request for
+  /// the view makes the manager a delegate of the view controller.
   void load(double duration, std::string_view mode = "");
   /// Loads content as `load` does, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
-  /// Presents the main content; `hostMode` is a mode of the content framework.
+  /// Presents the main content. `hostMode` is one of the `kHostMode` constants.
   void present(const Strong<NSWindow>& window, std::int32_t hostMode);
   /// The main content's controller.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
 
-  /// Adds a delegate after the manager. The journal calls it "host".
+  /// Adds a delegate to the controller, after the manager. The delegate writes into the journal as
+  /// "host".
   Strong<CoverDelegate> addHostDelegate();
 
   /// The timer of the countdown, and the time left in seconds.
@@ -114,8 +118,9 @@ class LaunchScreenTest : public VirtualTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest in which a HostController shows the launch screen. It sends key notifications
-/// directly to the manager, even if no window's key state has changed.
+/// A LaunchScreenTest in which a HostController shows the launch screen. `resignKey` and
+/// `becomeKey` send a notification directly to the manager. They do not change the key state of a
+/// window.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
   /// Loads content, shows the controller's view in an open window that is not key, and starts the

@@ -1,4 +1,5 @@
-// The platform of most tests: virtual time, the headless back end, a log and a list of events.
+// The fixture of most tests: a platform in virtual time with the headless back end. It records the
+// log lines and the analytics events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,7 +25,8 @@ class VirtualPlatform : private NonCopyable {
   VirtualPlatform();
   ~VirtualPlatform();
 
-  /// Runs the loop for this many virtual seconds, including all work that is due at the end.
+  /// Runs the main run loop for this many virtual seconds, including all work that is due at the
+  /// end.
   void run(double seconds);
   /// Runs all work that is due now.
   void runDueWork() { run(0); }
@@ -76,9 +78,10 @@ class NamedViewController final
   std::string name_;
 };
 
+/// A title and all controls.
 inline constexpr NSWindowStyleMask kFullStyle = 15;
 
-/// Opens a window in front of the others. The window is not key.
+/// Opens a window in front of all other windows. The window is not key.
 Strong<NSWindow> openWindow(std::string_view className, CGRect frame = CGRectMake(0, 0, 1280, 720),
                             NSWindowStyleMask styleMask = kFullStyle);
 /// Opens a window of class "PlayerWindow" and makes it key.
@@ -86,9 +89,10 @@ Strong<NSWindow> openPlayerWindow();
 /// Opens a key window of class "PlayerWindow" with a content view controller.
 Strong<NSWindow> openPlayerWindowWithContentViewController();
 
-/// Makes a request with these parameters, which may be null.
+/// Makes a request with `parameters`, which may be null.
 Strong<ContentRequest> makeRequest(Strong<NSDictionary> parameters);
-/// Makes a request for `event` with a duration in seconds. An empty `mode` adds no parameter.
+/// Makes a request for `event` with a duration in seconds. If `mode` is empty, the request has no
+/// parameter "mode".
 Strong<ContentRequest> makeRequest(std::string_view event, double duration,
                                    std::string_view mode = "");
 

@@ -28,7 +28,7 @@ class TestDisplay : public NonCopyable {
   virtual void ownerDestroysWindow(WindowHandle window) = 0;
   virtual void serverClosesConnection() = 0;
   /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
-  /// all controls. Returns its native id, or 0 if the display has no other programs.
+  /// all controls. Returns the native id of the window, or 0 if the display has no other programs.
   virtual std::uint64_t openForeignWindow() = 0;
 };
 
@@ -36,7 +36,7 @@ class TestDisplay : public NonCopyable {
 struct Backend {
   const char* name;
   std::unique_ptr<TestDisplay> (*open)();
-  /// True if it can adopt windows of other programs.
+  /// True if the back end can adopt windows of other programs.
   bool adoptsWindows;
   /// True if `picture` can capture windows.
   bool hasScreen;
@@ -48,7 +48,7 @@ struct Backend {
   friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
 };
 
-/// Each back end instantiates this suite.
+/// The fixture of the suite. Each back end instantiates the suite.
 class Conformance : public testing::TestWithParam<Backend> {
  protected:
   Conformance() { system().setDelegate(&reports); }
@@ -63,7 +63,7 @@ class Conformance : public testing::TestWithParam<Backend> {
   /// Delivers events until `line` is recorded. Returns false on a timeout.
   bool waitFor(const std::string& line);
   void deliver() { deliverAll(system()); }
-  /// Calls every operation of the port on this window.
+  /// Calls every operation of WindowSystem on this window, except `setModalWindow`.
   void callEveryOperation(WindowHandle window);
 
   std::unique_ptr<TestDisplay> display = GetParam().open();

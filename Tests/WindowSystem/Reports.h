@@ -39,19 +39,20 @@ class ReportListener final : public WindowSystemDelegate {
   std::vector<std::vector<WindowHandle>> orders;
 };
 
-/// The steady clock, in nanoseconds.
+/// The time of the steady clock, in nanoseconds.
 Nanoseconds steadyNow();
 /// Waits until the descriptor is readable or the deadline passes. Descriptor -1 is never readable.
 void waitForInput(int descriptor, Nanoseconds deadline);
 
-/// Long enough for every condition to become true on a busy machine.
+/// The time limit of the functions below. It is long enough for a busy machine.
 inline constexpr Nanoseconds kTimeout = 15 * kNanosecondsPerSecond;
 
 /// Polls `condition` until it is true. Returns false after `kTimeout`.
 bool eventually(const std::function<bool()>& condition);
 /// Delivers events until `condition` is true. Returns false after `kTimeout`.
 bool deliverUntil(WindowSystem& system, const std::function<bool()>& condition);
-/// Completes all earlier requests and delivers all events that they have caused.
+/// Waits until the window system has processed all earlier requests, and then delivers all events
+/// that these requests have caused.
 void deliverAll(WindowSystem& system);
 
 }  // namespace vel::test

@@ -20,10 +20,10 @@ class FrameRecorder {
   /// Records until the condition is true. Returns false after `kTimeout`.
   bool recordUntil(const std::function<bool()>& condition);
 
-  /// The letters of the pictures in order, without repetitions.
+  /// The letters of the pictures, in order. Equal consecutive letters appear once.
   [[nodiscard]] const std::string& kinds() const { return kinds_; }
-  /// The rectangles that were drawn between the previous letter and the letter with index `kind`,
-  /// relative to the area's corner.
+  /// The rectangles that were drawn after the previous letter, up to the letter with index `kind`.
+  /// They are relative to the area's upper left corner.
   [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t kind) const {
     return drawings_.at(kind);
   }

@@ -19,7 +19,7 @@ class Process {
     int errors = -1;
   };
 
-  /// Searches the path for `arguments[0]` and starts it with `DISPLAY` set to `display`.
+  /// Searches `PATH` for `arguments[0]` and starts this program with `DISPLAY` set to `display`.
   Process(std::vector<std::string> arguments, const std::string& display, Streams streams);
   Process(std::vector<std::string> arguments, const std::string& display)
       : Process(std::move(arguments), display, Streams()) {}
@@ -31,11 +31,12 @@ class Process {
 
   [[nodiscard]] bool isRunning();
   void signal(int number) const;
-  /// Sends SIGTERM and waits for the end.
+  /// Sends SIGTERM and waits until the program ends.
   void end();
-  /// Sends SIGKILL and waits for the end.
+  /// Sends SIGKILL and waits until the program ends.
   void kill();
-  /// Waits until the program ends by itself. Returns its exit status, or -1 after a signal.
+  /// Waits until the program ends by itself. Returns the exit status, or -1 if a signal ended the
+  /// program.
   int wait();
 
  private:
@@ -44,7 +45,7 @@ class Process {
   pid_t id_ = 0;
 };
 
-/// Runs a program on the display to its end. Returns its output.
+/// Runs a program on the display until it ends. Returns the standard output of the program.
 std::string runProgram(const std::vector<std::string>& arguments, const std::string& display);
 
 }  // namespace vel::test

@@ -30,8 +30,8 @@ Process startManager(Manager kind, const XServer& server, XClient& user) {
   }
   const std::vector<std::string> program = commandOf(kind);
   Process manager = server.start(program);
-  // The manager sets WM_STATE of the probe window when it manages the window. A starting manager
-  // may overlook a new window, so the loop maps the probe repeatedly.
+  // The manager sets WM_STATE of the probe window when it manages the window. A manager that is
+  // still starting may ignore a new window, so the loop maps the probe repeatedly.
   const Nanoseconds limit = steadyNow() + kTimeout;
   const xcb_window_t probe = user.makeWindow({0, 0, 10, 10}, 0);
   user.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);

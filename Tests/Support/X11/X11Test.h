@@ -22,8 +22,8 @@ enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM };
 /// Starts a window manager and waits until it manages windows. `user` opens a window to check this.
 Process startManager(Manager manager, const XServer& server, XClient& user);
 
-/// An X server, another client (`user`) and the back end. `user` opens windows of other programs
-/// and does what a user does.
+/// A fixture with an X server, the back end and another client (`user`). `user` opens the windows
+/// of other programs and simulates the input of a user.
 class X11Test : public testing::Test {
  protected:
   explicit X11Test(Manager kind = Manager::None,
@@ -39,14 +39,16 @@ class X11Test : public testing::Test {
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
   /// Waits until the server has executed all requests of `user`, and then delivers all events.
   void deliver();
-  /// Delivers events for some time. Use it to show that something does not happen.
+  /// Delivers events for this many seconds. Shows that something does not happen, or gives a window
+  /// manager time to react.
   void deliverFor(double seconds);
 
   /// Creates a window of the back end and waits until it is viewable.
   WindowHandle open(const WindowDescription& description);
   AdoptedWindow adopt(xcb_window_t window);
-  /// These two return a white scene of a size in points, without and with an indicator.
+  /// A white scene. The size is in points.
   static Scene white(CGSize size);
+  /// A white scene with an indicator in the middle. The size is in points.
   static Scene whiteWithIndicator(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }

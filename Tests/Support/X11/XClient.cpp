@@ -307,7 +307,7 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   settle();
 }
 
-// The server processes faked input some time after the request.
+// Waits, because the server processes fake input some time after the request.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   while (true) {

@@ -28,14 +28,15 @@ struct Picture {
   std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row
 
   [[nodiscard]] std::uint32_t at(int x, int y) const;
-  /// How many pixels have each colour.
+  /// The number of pixels of each colour.
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
-  /// The bounding rectangle of all pixels with a different colour.
+  /// The bounding rectangle of all pixels that do not have this colour. Empty if all pixels have
+  /// it.
   [[nodiscard]] PixelRect boundsOfOtherColors(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
   static Picture readPng(const std::string& file);
-  /// Writes build/pictures/NAME.png, relative to the working directory, for people to look at.
+  /// Writes the picture to build/pictures/NAME.png in the working directory, for manual inspection.
   void save(const std::string& name) const;
 };
 
@@ -66,7 +67,7 @@ class XClient : NonCopyable {
   void focus(xcb_window_t window);
   void fill(xcb_window_t window, std::uint32_t color);
   void selectEvents(xcb_window_t window, std::uint32_t events);
-  /// Returns the types of the events since the previous call.
+  /// Returns the types of the events that have arrived since the previous call.
   std::vector<int> events();
   /// Waits until the server has executed all requests of this client.
   void settle();
@@ -96,8 +97,9 @@ class XClient : NonCopyable {
   /// Sends `_NET_WM_STATE` for one or two states to the window manager, as the window's owner does.
   void requestState(xcb_window_t window, bool isAdded, std::string_view state,
                     std::string_view secondState = "");
-  /// Returns the first descendant of `ancestor` whose class or WM_NAME is `name`, or 0. Searches
-  /// depth first, topmost window first. The default for `ancestor` is the root window.
+  /// Returns the first descendant of `ancestor` that has `name` as its class or WM_NAME. Returns 0
+  /// if no descendant has this name. Searches depth first, topmost window first. The default for
+  /// `ancestor` is the root window.
   [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t ancestor = 0) const;
 
   /// The pixels of the screen in the window's area.
@@ -116,7 +118,7 @@ class XClient : NonCopyable {
   /// The server's time in milliseconds. `window` must be a window of this client.
   [[nodiscard]] xcb_timestamp_t serverTime(xcb_window_t window);
 
-  /// The number of resources of each type that the client of a window has on the server.
+  /// The number of server resources of each type that belong to the client that created `window`.
   [[nodiscard]] std::map<std::string, unsigned> resourcesOf(xcb_window_t window) const;
 
  private:

@@ -16,7 +16,7 @@ namespace vel::test {
 
 namespace {
 
-// Without the compositor, the screen shows drawings at once and without shadows.
+// Without a compositor, the screen shows each drawing immediately, and windows have no shadows.
 constexpr std::string_view kMetacitySettings =
     "[org/gnome/metacity]\ncompositor='none'\n"
     "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n";

@@ -41,7 +41,8 @@ class InferiorsPainter {
   xcb_gcontext_t context_;
 };
 
-/// Repeats an action in a thread until it is destroyed. The action gets a connection of its own.
+/// Repeats an action in a thread. The destructor ends the thread. The action has a connection of
+/// its own.
 class Repetition {
  public:
   Repetition(const std::string& display, std::function<void(XClient&)> action)
@@ -75,7 +76,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
     game = user.openGame(kGame, kGreen);
     ASSERT_TRUE(
         waitFor([this] { return user.isViewable(game) && user.picture(game).isAll(kGreen); }));
-    deliverFor(0.2);  // the window manager draws its frame
+    deliverFor(0.2);  // the window manager draws the frame of the game
     handle = adopt(game).handle;
   }
   void cover() {
@@ -238,7 +239,7 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
   InferiorsPainter painter(user, game);
   xcb_reparent_window(user.get(), game, other, 30, 40);
   user.settle();
-  user.map(game);  // a window manager unmaps a window that leaves its frame
+  user.map(game);
   EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.children(other).size() == 2; }));
   painter.paint();
   EXPECT_TRUE(isWhite());
@@ -305,7 +306,7 @@ TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   startManager(Manager::Openbox);
   const xcb_window_t game = user.openGame(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
-  deliverFor(0.2);  // the window manager draws its frame
+  deliverFor(0.2);  // the window manager draws the frame of the game
   system().setScene(adopt(game).handle, white({640, 400}));
   deliver();
   const Repetition drawing(server.display(),
@@ -326,7 +327,7 @@ TEST_F(X11CoverAndManagers, IsReportedWhileTheServerDoesNotMapIt) {
   const xcb_window_t game = user.openGame(kGame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
-  deliver();  // a round trip would block while the server is grabbed
+  deliver();  // before the grab, because a round trip would block during the grab
   xcb_grab_server(user.get());
   user.settle();
   system().setScene(handle, white({640, 400}));

@@ -91,7 +91,7 @@ TEST_F(X11Cover, HidesWhatTheGameDraws) {
 TEST_F(X11Cover, FollowsAResizeInTheSameMotion) {
   cover();
   user.configure(game, {100, 50, 1000, 800});
-  // The back end has not been given a chance to act.
+  // The back end has not handled any event since the resize.
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
   user.configure(game, {100, 50, 300, 200});
   EXPECT_TRUE(user.picture(game).isAll(kWhite));

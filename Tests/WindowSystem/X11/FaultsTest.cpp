@@ -24,7 +24,7 @@ class X11Faults : public X11Test {
     deliver();
     return adoptedWindow.handle;
   }
-  /// Calls every operation of the port on a window.
+  /// Calls every operation of WindowSystem on a window, except `releaseWindow` and `picture`.
   void callEveryOperation(WindowHandle window) {
     system().orderFront(window);
     system().requestFocus(window);
@@ -147,7 +147,7 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
   reports.lines.clear();
   manager.kill();
-  // The crash leaves the focus without a window. The back end sets it to the game again.
+  // After the crash, no window has the focus. The back end sets the focus to the game again.
   EXPECT_TRUE(waitFor([&] { return user.focused() == game && user.isViewable(game); }));
   deliver();
   if (reports.contains("deactivated")) {
@@ -163,8 +163,8 @@ TEST_F(X11Faults, ANewWindowManagerReportsItsOwnKeptControls) {
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 8"); }));
   manager.end();
   startManager(Manager::Openbox);
-  // Openbox keeps close and miniaturise, and Metacity keeps resize: the back end has read the new
-  // manager's actions.
+  // Metacity keeps resizing (8). Openbox keeps closing (2) and miniaturising (4), so 6 shows that
+  // the back end has read the actions of the new manager.
   EXPECT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 6"); }));
   system().requestFocus(handle);
   EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));

@@ -16,7 +16,8 @@ class X11FocusAtAdoption : public X11TestWithManager {
     EXPECT_TRUE(waitFor([&] { return user.focused() == window; }));
     return window;
   }
-  /// Clicks the window after the server's time has advanced, so that the click has a later time.
+  /// Clicks the window after the server's time has advanced, so that the click is later than all
+  /// previous input.
   void clickAfterPreviousInput(xcb_window_t window) {
     const xcb_timestamp_t previousTime = user.serverTime(window);
     ASSERT_TRUE(waitFor([&] { return user.serverTime(window) > previousTime; }));

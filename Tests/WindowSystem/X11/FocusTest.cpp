@@ -24,7 +24,7 @@ class X11Focus : public X11Test {
     deliver();
     ASSERT_THAT(reports.lines, IsEmpty());
   }
-  /// Another client grabs the keyboard, as menus do.
+  /// Grabs the keyboard for another client, as a menu does.
   void grabKeyboard() {
     const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(
         xcb_grab_keyboard_reply(user.get(),
@@ -56,7 +56,7 @@ TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   adoptFocusedGame();
-  // The window already has the focus, so the next `deliverEvents` would report it.
+  // The window already has the focus, so the next `deliverEvents` would report the focus.
   system().requestFocus(handle);
   system().releaseWindow(handle);
   deliver();
@@ -73,8 +73,8 @@ TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
   EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", otherHandle)));
 }
 
-// A window manager that crashes leaves the id of its window in the property. The server can then
-// give this id to the game.
+// A window manager that crashes leaves the id of its check window in `_NET_SUPPORTING_WM_CHECK`.
+// The server can then give this id to the game.
 TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   user.setProperty(user.root(), "_NET_SUPPORTING_WM_CHECK",
                    Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
@@ -183,8 +183,8 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
-  // The click must have a later time than the focus change. The resolution of
-  // the server's time is a millisecond.
+  // The click must have a later time than the focus change. The resolution of the server's time is
+  // one millisecond.
   const xcb_timestamp_t focusTime = user.serverTime(other);
   ASSERT_TRUE(waitFor([&] { return user.serverTime(other) > focusTime; }));
   user.click(kOther.x + 100, kOther.y + 100);

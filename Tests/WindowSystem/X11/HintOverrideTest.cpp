@@ -10,7 +10,7 @@ using x11::HintOverride;
 using x11::HintValue;
 using x11::Property;
 
-// The first element is a set of bits. The copy elements are numbers.
+// The first element of a hint is a set of bits. The other elements are numbers.
 constexpr std::size_t kBitSetCount = 1;
 
 HintValue hint(std::vector<std::uint32_t> elements) {
@@ -72,7 +72,7 @@ TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesOurValue) {
 
 TEST_F(HintOverrideTest, RemovesOurChangesFromAnEditedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
-  // The owner sets another bit, changes the last number and appends one.
+  // The owner sets another bit, changes the last number and appends a number.
   hintOverride.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
@@ -118,7 +118,7 @@ TEST_F(HintOverrideTest, RemovesOurChangesFromAValueThatOurNextWriteHasReplaced)
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // The previous line also corrected the owner's value recorded with our earlier writes.
+  // `reconcileReplaced` also corrected the owner's value that was recorded with our earlier writes.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
   hintOverride.reconcile(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));

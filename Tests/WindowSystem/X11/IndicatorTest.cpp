@@ -93,7 +93,8 @@ TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
     EXPECT_TRUE(waitFor(
         [&] { return std::exchange(previousPicture, user.picture(game)) != previousPicture; }));
   }
-  EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);  // the first step may be due at once
+  EXPECT_GT(x11::steadyNow() - start,
+            kTurn * 10 / kSpokes);  // the first step may be due immediately
 }
 
 TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {

@@ -1,4 +1,5 @@
-// Covered windows under window managers that move them, replace each other or support few hints.
+// Covered windows that move, covered windows while another window manager replaces the first, and
+// covered windows under a window manager that supports few hints.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -50,7 +51,7 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   reports.lines.clear();
   user.configure(game, frame);
   ASSERT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
-  // The manager may choose another position than the requested one.
+  // The manager may choose a position other than the requested position.
   EXPECT_TRUE(waitFor([&] {
     const PixelRect currentFrame = user.frameOf(game);
     return reports.frame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
@@ -74,7 +75,7 @@ TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
   const xcb_window_t checkWindowBefore = checkWindow();
   const Process newManager =
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
-  // The two managers keep different controls, so this report is about the new one.
+  // The two managers keep different controls, so this report is about the new manager.
   EXPECT_TRUE(waitFor([&] {
     return reports.contains(line("controls kept", handle) + keptControls(!startsWithMetacity));
   }));
@@ -113,7 +114,7 @@ class X11PlainManager : public X11Managers {
 
 TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
   openCoveredGame();
-  // The back end waits for the allowed actions, and then gives up.
+  // The back end waits for the allowed actions until a time limit.
   EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_EQ(reports.count("controls kept"), 0);

@@ -1,4 +1,4 @@
-// A server without the Render extension, which draws the indicator.
+// An X server without the Render extension. The back end cannot draw the indicator without Render.
 #include <gmock/gmock.h>
 #include <xcb/render.h>
 

@@ -29,8 +29,8 @@ TEST_F(X11OwnWindows, HaveTheirClassAndTitle) {
 
 TEST_F(X11OwnWindows, OpenAtTheirFrame) {
   const xcb_window_t window = idOf(openPlayer());
-  // The frame is the content area. Its origin is the lower left corner of the screen, which has a
-  // height of 960.
+  // `kFrame` is the content area. Its coordinates start at the lower left corner of the screen. The
+  // screen has a height of 960 pixels.
   EXPECT_TRUE(waitFor([&] { return user.frameOf(window) == PixelRect{100, 360, 640, 400}; }));
 }
 

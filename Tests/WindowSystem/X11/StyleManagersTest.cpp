@@ -17,7 +17,7 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr PixelRect kScreen{0, 0, 1280, 960};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr NSWindowStyleMask kEverything = 15;
-// How long a window manager may take to react to a request and to update its frame, in seconds.
+// The time limits, in seconds, for a window manager to react to a request and to update a frame.
 constexpr double kReactionTime = 0.6;
 constexpr double kSettlingTime = 0.2;
 
@@ -83,7 +83,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return waitFor([&] { return user.picture(game).isAll(kWhite); });
   }
 
-  /// What the user can do to the window with the mouse.
+  /// The names of the controls that the user can use with the mouse.
   std::vector<std::string> workingControls() {
     std::vector<std::string> controls;
     for (const ButtonOffset offset : GetParam().buttons) {
@@ -121,7 +121,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
       user.requestState(game, false, kMaximizedVert, kMaximizedHorz);
       EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == frame; }));
     }
-    // If xfwm4 removes buttons, the click can hit the button that rolls up the window.
+    // If xfwm4 removes buttons, the click can hit the button that shades (rolls up) the window.
+    // This request unshades the window.
     user.requestState(game, false, "_NET_WM_STATE_SHADED");
     deliverFor(kSettlingTime);
     return effect;

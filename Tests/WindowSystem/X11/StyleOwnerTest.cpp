@@ -1,5 +1,5 @@
-// Hints that the game, the owner of an adopted window, writes before or while the back end
-// overrides them. `cover` overrides the hints, and `uncover` restores them.
+// The game, which owns the adopted window, writes hints before or while the back end overrides
+// them. `cover` overrides the hints, and `uncover` restores them.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -71,7 +71,8 @@ TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
-  // The first value is the one that the back end would write. The owner then replaces it.
+  // The owner first writes the value that the back end would write. The owner then replaces this
+  // value.
   const Property restricted = motif({3, 4, 26, 0, 0});
   user.setProperty(game, kMotif, restricted);
   handle = adopt(game).handle;
@@ -103,7 +104,7 @@ TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
   user.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
   auto decorations = user.numbers(game, kMotif);
-  decorations[2] &= ~8U;  // no title
+  decorations[2] &= ~8U;  // the owner removes the title
   user.setProperty(game, kMotif, motif(decorations));
   deliver();
   EXPECT_TRUE(hasNoControls());
@@ -165,8 +166,8 @@ TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
 }
 
 TEST_F(X11StyleOwner, OverridingAddsNoFunctionsOrDecorations) {
-  // The functions for resizing (but not maximising), miniaturising and closing, and only the title
-  // as decoration.
+  // The hints allow resizing (but not maximising), miniaturising and closing. The only decoration
+  // is the title.
   user.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
   handle = adopt(game).handle;
   ASSERT_EQ(reports.count("style"), 0);

@@ -38,8 +38,9 @@ TEST_F(X11Style, OverridesTheControlsOneByOne) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskResizable);
   deliver();
-  // Flags, functions (resize 2, move 4, minimise 8, maximise 16, close 32), decorations (border 2,
-  // resize handles 4, title 8, menu 16, minimise 32, maximise 64).
+  // The first fields are the flags, the functions (resize 2, move 4, minimise 8, maximise 16, close
+  // 32) and the decorations (border 2, resize handles 4, title 8, menu 16, minimise 32, maximise
+  // 64).
   EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
@@ -61,8 +62,8 @@ TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
 }
 
 TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
-  // The hints have fields that the style mask does not express, an unusual type, and the length
-  // that older versions of the protocol define.
+  // `_MOTIF_WM_HINTS` has fields that the style mask does not express, and an unusual type.
+  // `WM_NORMAL_HINTS` has the length that older versions of the protocol define.
   const Property motifBefore{
       .type = XCB_ATOM_CARDINAL, .format = 32, .bytes = motif({1 | 4, 1 | 32, 77, 2, 9}).bytes};
   const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
