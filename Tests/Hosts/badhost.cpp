@@ -2,13 +2,22 @@
 //
 // usage: hosts-badhost HABIT [WIDTH HEIGHT]
 //
-// Draws a moving pattern without white. Some habits begin with SIGUSR1 and end with the next one:
-// "resize" asks for another size, "maximise" and "fullscreen" ask the window manager for the state,
-// "remap" unmaps the window and maps it again, "recreate" opens a new window and destroys the old
-// one. The other habits last from the start: "none", "redirect" selects SubstructureRedirect on its
-// own window, "inferiors" draws with IncludeInferiors, "raise" raises its child windows every
-// millisecond, "argb" has a translucent window. Prints each window that it opens, and each request
-// that the user's close button sends.
+// Draws a moving pattern without white. Prints the id of each window that it opens. When the user
+// closes the window, the host prints "close" and ends.
+//
+// These habits act on SIGUSR1:
+// - "resize" asks for another size, and on the next SIGUSR1 for the first size.
+// - "maximise" and "fullscreen" ask the window manager to add the state, and on the next SIGUSR1 to
+//   remove the state.
+// - "remap" unmaps the window and maps it again.
+// - "recreate" opens a new window and destroys the old window.
+//
+// These habits act from the start:
+// - "none" does nothing unusual.
+// - "redirect" selects SubstructureRedirect on its own window.
+// - "inferiors" draws with IncludeInferiors.
+// - "raise" raises its child windows every millisecond.
+// - "argb" has a translucent window.
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -83,7 +92,7 @@ class BadHost {
     xcb_flush(x_);
   }
 
-  /// Does what the habit does on a signal.
+  /// Performs the action of the habit on SIGUSR1.
   void toggle() {
     hasToggled_ = !hasToggled_;
     if (habit_ == "resize") {
@@ -105,7 +114,8 @@ class BadHost {
     xcb_flush(x_);
   }
 
-  /// Handles what the server has sent. Returns false when the user closed the window.
+  /// Handles the events that the server has sent. Returns false if the user has closed the window
+  /// or the connection has failed.
   bool handleEvents() {
     while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(x_)}) {
       const int type = event->response_type & 0x7F;
@@ -210,7 +220,7 @@ class BadHost {
                                               XCB_GRAVITY_NORTH_WEST};
     xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
                         XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
-    // InputHint: the window takes the keyboard focus from the window manager.
+    // InputHint: the window relies on the window manager for the keyboard focus.
     const std::array<std::uint32_t, 9> wmHints{1, 1, 0, 0, 0, 0, 0, 0, 0};
     xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS,
                         32, wmHints.size(), wmHints.data());

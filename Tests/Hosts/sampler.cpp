@@ -2,10 +2,14 @@
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
-// Each output line is one frame: the time in nanoseconds of CLOCK_MONOTONIC, the window's state
-// (V viewable, U not viewable, D destroyed), a mask of the points that are not white, a mask
-// of the points that have the colour BACKDROP of the screen behind the window, the colour of the
-// first point that is not white, and the window's position and size on the screen.
+// BACKDROP is the colour of the screen behind the window. Each output line describes one frame:
+//
+// - the time of CLOCK_MONOTONIC in nanoseconds
+// - the window's state: V viewable, U not viewable, D destroyed
+// - a mask of the points that are not white
+// - a mask of the points that have the colour BACKDROP
+// - the colour of the first point that is not white
+// - the window's position and size on the screen
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -63,7 +67,7 @@ class Sampler {
         screen_(xcb_setup_roots_iterator(xcb_get_setup(x)).data),
         frameExtents_(atom("_GTK_FRAME_EXTENTS")) {}
 
-  /// Prints one frame. The server is grabbed, so that the colours belong to the printed position.
+  /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
   void sample() {
     xcb_grab_server(x_);
     bool isCurrent = sampleAt(place_);
@@ -84,8 +88,8 @@ class Sampler {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
-  /// The corners, the middles of the edges and the centre of the window's part that is on the
-  /// screen, without the shadow that the program draws around its window.
+  /// The corners, the middles of the edges and the centre of the part of the window that is on the
+  /// screen. The shadow that the program draws around its window is not included.
   [[nodiscard]] std::vector<Point> points(Rect place) const {
     const int left = std::max(place.x + extents_[0], 0);
     const int top = std::max(place.y + extents_[2], 0);
@@ -104,8 +108,9 @@ class Sampler {
     return result;
   }
 
-  /// Reads the window's state and the points of `place` in one round trip. Returns false if the
-  /// window is at another position; `place_` is then the current one.
+  /// Reads the window's state and the points of `place` in one round trip, and updates `place_` and
+  /// `extents_`. Returns false if the window's position, size or shadow differs from the values
+  /// that were used for the points.
   bool sampleAt(Rect place) {
     const auto attributes = xcb_get_window_attributes(x_, window_);
     const auto geometry = xcb_get_geometry(x_, window_);

@@ -1,4 +1,5 @@
-// The program keeps its own player window open for a while after the launch screen.
+// `launchscreen show` without `--window` keeps its player window open for a while after the launch
+// screen. The display is lost in this time.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/LaunchedShow.h"

@@ -1,4 +1,4 @@
-// What goes wrong on the display while `launchscreen show` runs.
+// Faults on the display while `launchscreen show` runs.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -20,7 +20,8 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowFaults : public X11Test {
  protected:
-  /// Opens a game, starts the program over its window, and waits until the window is white.
+  /// Opens a game, starts `launchscreen show` over the game's window, and waits until the window is
+  /// white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
     game = user.openGame(kGame, kGreen);
@@ -31,7 +32,7 @@ class X11ShowFaults : public X11Test {
     ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
     ASSERT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
   }
-  /// Waits until the window has the focus.
+  /// Waits until the game has the focus.
   bool waitForFocus() {
     return eventually([this] { return user.focused() == game; });
   }

@@ -69,8 +69,8 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }
     return properties;
   }
-  /// Without the obsolete position and size in WM_NORMAL_HINTS. Some programs update them whenever
-  /// they are resized.
+  /// Returns `clientProperties` without the obsolete position and size in WM_NORMAL_HINTS. Some
+  /// programs update these fields whenever their window is resized.
   std::map<std::string, std::optional<Property>> clientPropertiesWithoutFrame() {
     auto properties = clientProperties();
     auto& hints = properties.at("WM_NORMAL_HINTS");
@@ -79,7 +79,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     hints = Property::ofNumbers(hints->type, numbers);
     return properties;
   }
-  /// The allowed ones of the actions close, miniaturise and resize.
+  /// The actions for closing, miniaturising and resizing that the window manager allows.
   std::vector<std::string> allowedActions() {
     std::vector<std::string> actions = user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
@@ -145,7 +145,7 @@ TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_THAT(show.output(), HasSubstr("controls restored"));
-  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // an error from the X server
+  EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // the prefix of an X error
   EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   EXPECT_EQ(clientProperties(), propertiesBefore);
   EXPECT_EQ(user.children(window), childrenBefore);
@@ -173,7 +173,7 @@ TEST_P(ForeignPrograms, CanBeResizedWhileCovered) {
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
   const PixelRect frame = user.frameOf(window);
   resizeBy(150, 100);
-  EXPECT_TRUE(isCovered());  // at once
+  EXPECT_TRUE(isCovered());  // immediately after the resize
   EXPECT_TRUE(eventually([&] {
     return isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100});
   }));

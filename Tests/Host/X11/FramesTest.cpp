@@ -14,7 +14,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 struct Presentation {
   const char* kind;
   Manager manager;
-  PixelRect place;  // of the launch screen, relative to the game's window
+  PixelRect place;  // the launch screen's area, relative to the game's window
 
   [[nodiscard]] std::string name() const {
     return std::string(kind) + (manager == Manager::None ? "WithoutAManager" : "UnderMetacity");
@@ -57,9 +57,9 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.kinds(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
-    // Pictures can miss short frames, so check the drawings too: the first one fills the whole
-    // area. The other presentations are windows with contents, which the server may draw in any
-    // order.
+    // A picture can miss a short frame, so this checks the drawings too. The first drawing fills
+    // the whole area. The other presentations are separate windows. The server may draw the parts
+    // of a window in any order.
     EXPECT_EQ(recorder.drawingsBefore(1).front(), (PixelRect{0, 0, place.width, place.height}));
   }
 }

@@ -14,7 +14,7 @@ namespace vel::test {
 
 namespace {
 
-// Milliseconds without output. The limit is long enough for a busy machine.
+// The maximum time without output, in milliseconds. It is long enough for a busy machine.
 constexpr int kTimeout = 30'000;
 
 std::array<int, 2> makePipe() {

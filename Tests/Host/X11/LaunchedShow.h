@@ -9,20 +9,20 @@
 
 namespace vel::test {
 
-/// The program `launchscreen show`, started by a test on a display. Reads its standard output and
-/// errors. The destructor ends the program.
+/// The program `launchscreen show`, which a test starts on a display. Reads the standard output and
+/// the standard error of the program. The destructor ends the program.
 class LaunchedShow : NonCopyable {
  public:
   /// `arguments` follow `show --display x11`.
   LaunchedShow(const XServer& server, std::vector<std::string> arguments);
   ~LaunchedShow();
 
-  /// Waits until the program has printed `text`. Returns false if the program ends before, or after
-  /// 30 seconds without output.
+  /// Waits until the program has printed `text`. Returns false if the program ends first, or prints
+  /// nothing for 30 seconds.
   bool waitForOutput(std::string_view text);
   void pressEnter() const;
   void signal(int number) const { process_.signal(number); }
-  /// Waits until the program ends. Returns its exit status, or -1 after a signal.
+  /// Waits until the program ends. Returns the exit status, or -1 if a signal ended the program.
   int wait();
 
   /// The output so far.

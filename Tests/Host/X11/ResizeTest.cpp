@@ -1,4 +1,4 @@
-// A program resizes its window while `launchscreen show` covers it.
+// A program resizes its window while `launchscreen show` covers the window.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/LaunchedShow.h"
@@ -13,7 +13,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowResize : public X11TestWithManager {};
 
-// WM_NORMAL_HINTS whose minimum and maximum size are the size of `frame`.
+// Returns a value of WM_NORMAL_HINTS. The minimum and maximum size are the size of `frame`.
 Property fixedSizeHints(PixelRect frame) {
   constexpr std::uint32_t kMinimumAndMaximum = 16 | 32;
   std::vector<std::uint32_t> numbers(18);
@@ -34,7 +34,7 @@ TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([&] { return user.picture(game).isAll(kWhite); }));
 
-  // Programs whose windows have a fixed size change the hints before the size.
+  // A program with a window of fixed size changes the hints before the size.
   user.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLarger));
   user.configure(game, kLarger);
   bool isGameSeen = false;

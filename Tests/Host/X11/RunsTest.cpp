@@ -44,7 +44,7 @@ TEST_F(X11Player, IsWhiteDuringTheRunAndAnimatesAfterIt) {
   LaunchedShow show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                              "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
-  // The program would end half a second later.
+  // Without SIGSTOP, the program would end half a second later.
   show.signal(SIGSTOP);
   Picture playing;
   EXPECT_TRUE(eventually([&] {
@@ -69,7 +69,8 @@ TEST_F(X11Player, AnimatesAroundAModalWindow) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   const Picture modal = Picture::readPng(screenshot);
   modal.save("modal");
-  // The modal window, 480 by 270, is in the middle of the player. Its middle has the indicator.
+  // The modal window has 480 by 270 pixels and is in the middle of the player. The indicator is in
+  // the middle of the modal window.
   EXPECT_NE(modal.at(5, 5), kWhite);
   EXPECT_NE(modal.at(239, 134), kWhite);
   EXPECT_EQ(modal.at(240, 135), kWhite);
@@ -102,7 +103,7 @@ TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
 struct Run {
   Manager manager;
   const char* presentation;
-  const char* keptControls;  // by the window manager
+  const char* keptControls;  // the controls that the window manager keeps
 
   [[nodiscard]] std::string name() const {
     constexpr std::array<const char*, 3> kManagers{"WithoutAManager", "UnderMetacity",

@@ -1,5 +1,5 @@
-// An SDL 2 game. With SIGUSR1 it changes its size while it loads, and changes it back with the
-// next.
+// An SDL 2 game. On SIGUSR1, the game resizes its window or makes the window fullscreen. On the
+// next SIGUSR1, the game undoes the change.
 //
 // usage: hosts-sdl2 [resize|fullscreen|desktop]
 #include <SDL.h>

@@ -29,7 +29,7 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
     return user.resourcesOf(idOf(own->handle()));
   }
 
-  // A window of the host. The server identifies the host's connection by it.
+  // A window of the host. `resourcesOf` finds the host's connection by this window.
   Strong<NSWindow> own = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
 };
 

@@ -26,7 +26,7 @@ class X11HostTest : public X11TestWithManager {
   xcb_window_t game = 0;
   Strong<NSWindow> player;  // the adopted window of the game
   Strong<LaunchScreenManager> launchScreen;
-  bool hasIndicator = false;  // of the launch screens
+  bool hasIndicator = false;  // true if the launch screens have an indicator
   std::vector<std::string> events;
 };
 
