@@ -1,4 +1,5 @@
-// Reads the values of a JSON document. A value that is not as expected throws a ScenarioError.
+// Classes that read the values of a JSON document. Their functions throw a ScenarioError if a value
+// is invalid.
 #pragma once
 
 #include <cstdint>
@@ -15,43 +16,49 @@
 
 namespace vel::host {
 
-/// A value of the document, or a member that the document leaves out. Does not own the document.
-/// The functions that return a value throw a ScenarioError if the value has another type, is out of
-/// range or is missing. `expected` says in the error what the value should be.
+/// A value in a JSON document, or a missing member of an object. Does not own the document.
+///
+/// The functions from `boolean` to `oneOf` read the value. They throw a ScenarioError if the value
+/// is missing, has the wrong type or is out of range. Their parameter `expected` describes a valid
+/// value in the message of the error.
 class JsonValue {
  public:
   using Pointer = nlohmann::json::json_pointer;
 
-  /// `json` is null if the value is missing; `place` is its place in the document.
+  /// If `json` is a null pointer, the value is missing. `place` is the JSON pointer to the value.
+  /// Error messages contain `place`.
   JsonValue(const nlohmann::json* json, Pointer place) : json_(json), place_(std::move(place)) {}
 
   [[nodiscard]] bool isPresent() const { return json_ != nullptr; }
+  /// True for the JSON value `null`. False if the value is missing.
   [[nodiscard]] bool isNull() const { return isPresent() && json_->is_null(); }
   [[nodiscard]] const Pointer& place() const { return place_; }
-  /// Throws a ScenarioError for this value.
+  /// Throws a ScenarioError for this value. `expected` describes a valid value in the message.
   [[noreturn]] void refuse(std::string_view expected) const;
 
   [[nodiscard]] bool boolean() const;
   [[nodiscard]] std::string text(std::string_view expected = "a string") const;
+  /// Returns `std::nullopt` for the JSON value `null`.
   [[nodiscard]] std::optional<std::string> textOrNull(
       std::string_view expected = "a string or null") const;
   [[nodiscard]] double number() const;
-  /// A number, or one of the strings "nan", "inf" and "-inf".
+  /// Reads a number or one of the strings "nan", "inf" and "-inf".
   [[nodiscard]] double numberOrWord() const;
   [[nodiscard]] std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const;
   [[nodiscard]] std::uint64_t unsigned64() const;
-  /// The elements of an array.
+  /// Returns the elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expected) const;
-  /// The entry of the table whose name is this string.
+  /// Finds the value, which must be a string, among the names in the table. Returns the entry with
+  /// this name. Throws a ScenarioError if the table does not contain the name.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryOf(const NamedValue<Value> (&table)[Size]) const;
-  /// The value in the table whose name is this string.
+  /// Like `entryOf`, but returns only the value of the entry.
   template <class Value, std::size_t Size>
   [[nodiscard]] Value oneOf(const NamedValue<Value> (&table)[Size]) const {
     return entryOf(table).value;
   }
 
-  /// The value itself, which must be present.
+  /// Returns the parsed value. The value must be present.
   [[nodiscard]] const nlohmann::json& json() const { return *json_; }
 
  private:
@@ -59,14 +66,14 @@ class JsonValue {
   Pointer place_;
 };
 
-/// The members of one object. The caller reads each member that it knows and then calls
-/// `refuseUnknown`.
+/// The members of a JSON object. The caller reads each known member and then calls `refuseUnknown`.
 class JsonMembers {
  public:
-  /// Throws a ScenarioError if the value is not an object.
+  /// Throws a ScenarioError if `object` is not a JSON object. `expected` describes a valid value in
+  /// the message.
   JsonMembers(JsonValue object, std::string_view expected);
 
-  /// The value of the member, which may be missing.
+  /// Returns the value of the member with this name. The value may be missing.
   [[nodiscard]] JsonValue operator[](std::string_view name);
 
   /// Reads the member into `target` if the member is present, for example:
@@ -77,7 +84,8 @@ class JsonMembers {
       target = std::invoke(reader, value);
     }
   }
-  /// Reads the member into `target` if the member is present. It must be a name in the table.
+  /// If the member is present, finds its string among the names in the table and stores the value
+  /// of the entry in `target`. Throws a ScenarioError if the table does not contain the name.
   template <class Target, class Value, std::size_t Size>
   void readInto(Target& target, std::string_view name, const NamedValue<Value> (&table)[Size]) {
     if (const JsonValue value = (*this)[name]; value.isPresent()) {
@@ -93,7 +101,7 @@ class JsonMembers {
   std::vector<std::string_view> knownNames_;
 };
 
-/// Returns `one of "a", "b"`, or `"a"` for a single name.
+/// Lists the names for the message of an error: `one of "a", "b"`. Returns `"a"` for a single name.
 [[nodiscard]] std::string oneOfNames(const std::vector<std::string_view>& names);
 
 template <class Value, std::size_t Size>

@@ -1,4 +1,4 @@
-// Tables of values with the names that scenarios and traces use for them.
+// Tables of named values. Scenarios and traces contain the names.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// A scenario: what a host and its user do, and when.
+// A scenario describes a host and the steps that the host and its user perform at given times.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ struct WindowScript {
   std::optional<std::string> parent = std::nullopt;
 };
 
-/// The operations of the host's view delegate, in the order of its protocol.
+/// The operations of the host's view delegate, in the order of the protocol ContentViewDelegate.
 enum class ViewOperation : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
 inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
@@ -40,7 +40,7 @@ inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
     {"contentViewDidDisappear:", ViewOperation::DidDisappear},
 };
 
-/// The host's view delegate: which operations it has, and what they do.
+/// The host's view delegate: its operations and their behaviour.
 struct ViewDelegateScript {
   OperationSet operations{0b111};
   bool canDisappear = true;
@@ -107,14 +107,15 @@ inline constexpr NamedValue<NSRunLoopMode> kRunLoopModes[] = {
     {"eventTracking", NSEventTrackingRunLoopMode},
 };
 
-/// The actions of steps, one struct for each kind.
+/// The actions of steps, one struct for each kind of action.
 namespace step {
 
 struct Activate {
   bool broker = true;
 };
 struct Request {
-  /// It has no value for a null request. It is null for a request whose parameters are null.
+  /// If this has no value, the request itself is null. If this is a null dictionary, the parameters
+  /// of the request are null.
   std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;
 };
@@ -134,18 +135,18 @@ struct Deactivate {};
 struct Send {
   SentOperation operation = SentOperation::SendAnalyticsEvent;
 };
-/// Sets only the members that have a value.
+/// Changes only the properties of the configuration that have a value here.
 struct Configure {
   std::optional<bool> skipMode;
-  /// If the inner optional has no value, the step sets null.
+  /// If only the outer optional has a value, the step sets the event name to null.
   std::optional<std::optional<std::string>> nextEventName;
   std::optional<double> expirationTimeInterval;
-  /// True sets a new view controller of the host. False sets null.
+  /// True sets a new view controller. False sets null.
   std::optional<bool> viewController;
 };
 struct ReplaceConfiguration {};
 struct ViewDelegate {
-  /// `std::nullopt` removes the delegate.
+  /// The new delegate. `std::nullopt` removes the current delegate.
   std::optional<ViewDelegateScript> script;
 };
 struct OpenWindow {
@@ -195,11 +196,12 @@ struct Step {
 struct Scenario {
   HostScript host;
   std::vector<Step> steps;
-  /// The time at which the play ends. It is never earlier than the last step.
+  /// The time at which the play ends. It is never earlier than the time of the last step.
   Nanoseconds end = 0;
 };
 
-/// The prefixes of the names of windows that presentations open. A number from 1 follows.
+/// The prefixes of the names of windows that presentations open. In a name, a number follows the
+/// prefix. The first number is 1.
 inline constexpr std::string_view kModalWindowPrefix = "modal-";
 inline constexpr std::string_view kSheetPrefix = "sheet-";
 

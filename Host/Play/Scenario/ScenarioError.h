@@ -6,14 +6,16 @@
 
 namespace vel::host {
 
-/// Thrown if a text is not a scenario. `what` is one line: the place and what was expected there.
+/// Thrown if a JSON document is not a valid scenario. `what` returns one line: a JSON pointer to
+/// the invalid value, and a description of a valid value.
 class ScenarioError : public std::runtime_error {
  public:
-  /// `place` is a JSON pointer; an empty pointer means the whole document.
+  /// `place` is a JSON pointer to the invalid value. An empty pointer means the whole document.
+  /// `expected` describes a valid value.
   ScenarioError(const std::string& place, std::string_view expected);
 };
 
-/// Returns the text with its control characters written as \u00XX, so that it is a single line.
+/// Escapes each control character of the text as \u00XX. The result is a single line.
 [[nodiscard]] std::string inOneLine(std::string_view text);
 
 }  // namespace vel::host

@@ -7,8 +7,7 @@
 
 namespace vel::host {
 
-/// Reads a scenario from its JSON text and checks all of it. Throws a ScenarioError for the first
-/// error.
+/// Parses and checks a scenario in JSON. Throws a ScenarioError for the first error.
 [[nodiscard]] Scenario readScenario(std::string_view text);
 
 }  // namespace vel::host

@@ -25,8 +25,8 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
       })) {
     return 0;
   }
-  std::uint64_t number =
-      std::numeric_limits<std::uint64_t>::max();  // from_chars keeps it if the number is too large
+  // `from_chars` does not change this value if the number in the name is too large.
+  std::uint64_t number = std::numeric_limits<std::uint64_t>::max();
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
 }
@@ -75,7 +75,7 @@ StepAction readActivate(const StepContext& context) {
   return action;
 }
 
-// Reads the parameters of a request. Returns null for a JSON null.
+// Reads the parameters of a request. Returns null for the JSON value `null`.
 Strong<NSDictionary> readParameters(const JsonValue& value) {
   if (value.isNull()) {
     return nullptr;

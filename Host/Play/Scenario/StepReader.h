@@ -11,22 +11,24 @@
 
 namespace vel::host {
 
-/// The window names that a step may use: the names that the scenario has defined so far, and the
-/// names of the windows that earlier presentations can have opened.
+/// The window names that a step may use. The host's windows are known after the scenario has
+/// described them. The windows of presentations are known after the steps that may open them.
 class KnownWindowNames {
  public:
-  /// Reads and adds the name of a window of the host. Throws a ScenarioError if the name is known
-  /// already or is reserved for presentations.
+  /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
+  /// or is reserved for presentations.
   std::string add(const JsonValue& name);
   /// Adds the name of the default window, which the scenario does not describe.
   void addDefault(const std::string& name) { hostWindows_.insert(name); }
-  /// Adds the window of a presentation in this mode of the host.
+  /// Adds the name of the window that a presentation opens. `mode` is the host's number for the
+  /// presentation mode. Mode 0 opens no window.
   void addPresentation(std::int32_t mode);
-  /// Adds the window of a controller that is presented as a sheet.
+  /// Adds the name of the window of a controller that is presented as a sheet.
   void addSheet() { ++sheets_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;
-  /// Reads a known name. Throws a ScenarioError for any other value.
+  /// Reads a known name. Throws a ScenarioError for any other value. `expected` describes a valid
+  /// value in the message.
   [[nodiscard]] std::string read(const JsonValue& name, std::string_view expected) const;
 
  private:

@@ -18,8 +18,8 @@ using Pointer = Json::json_pointer;
 // The JSON library's error id for a number that is out of range.
 constexpr int kNumberOutOfRange = 406;
 
-/// Builds the document from the parser's calls. The JSON library's own builder accepts
-/// duplicate members and does not know the place of an error.
+/// Builds the document from the parser's calls. The JSON library's own builder accepts duplicate
+/// members and does not report which value is invalid.
 class DocumentBuilder final : public nlohmann::json_sax<Json> {
  public:
   explicit DocumentBuilder(std::string_view text) : text_(text) {}
@@ -57,7 +57,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     throwMalformed(std::max<std::size_t>(position, 1) - 1);
   }
 
-  /// Throws the error for a text whose first `length` bytes are valid.
+  /// Throws the error for malformed JSON. Only the first `length` bytes of the text are valid.
   [[noreturn]] void throwMalformed(std::size_t length) const {
     const std::string_view valid = text_.substr(0, length);
     const auto line = 1 + std::ranges::count(valid, '\n');
@@ -102,7 +102,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return true;
   }
 
-  // Returns the place of the innermost open container.
+  // Returns the JSON pointer to the innermost open container.
   [[nodiscard]] Pointer innermostPlace() const {
     Pointer place;
     for (std::size_t level = 0; level + 1 < openContainers_.size(); ++level) {
@@ -112,8 +112,8 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return place;
   }
 
-  // Returns the place of the current value. If the parser expects the name of a member, returns the
-  // place of the object.
+  // Returns the JSON pointer to the current value. If the parser expects the name of a member,
+  // returns the JSON pointer to the object.
   [[nodiscard]] Pointer place() const {
     if (openContainers_.empty()) {
       return Pointer();
@@ -126,7 +126,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   std::string_view text_;
   Json document_;
-  // The containers that are not closed yet, from the outermost to the innermost.
+  // The objects and arrays that are not closed yet, from the outermost to the innermost.
   std::vector<Json*> openContainers_;
   // For each open container, the name of its latest member. The name is empty for an array.
   std::vector<std::string> keys_;
