@@ -20,12 +20,12 @@ constexpr std::int64_t kEventDelay = NSEC_PER_SEC / 2;
 constexpr std::int64_t kDeferredEventDelay = NSEC_PER_SEC;
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * NSEC_PER_SEC;
 
-// Returns null if the value is not a text.
+// Returns null if the value is not a string.
 Strong<NSString> textFor(const NSDictionary& parameters, std::string_view key) {
   return as<NSString>(parameters.objectForKey(key));
 }
 
-// Converts a number or a text. Returns 0 for a value of another class.
+// Converts a number or a string. Returns 0 for a value of another class.
 float numberFor(const NSDictionary& parameters, std::string_view key) {
   const Strong<NSObjectProtocol> value = parameters.objectForKey(key);
   if (const Strong<NSNumber> number = as<NSNumber>(value)) {
@@ -119,7 +119,7 @@ Strong<ContentData> LaunchScreenManager::contentDataForContentRequest(
     return nullptr;
   }
   if (tempItemRequired()) {
-    // It gets no content delegate, so the host is not notified of its state.
+    // The temporary content has no content delegate, so the host is not notified of its state.
     setTempContent(LaunchScreenContent::init());
     send(tempContent(), &LaunchScreenContent::setContentRequest, request);
     return tempContent();
@@ -267,7 +267,7 @@ void LaunchScreenManager::updateTimer() {
     pauseTimer();
     dismissLaunchScreen();
   }
-  // Do not cache the time left above: the dismissal may have set it to 0.
+  // Read the time left again: the dismissal may have set it to 0.
   setLaunchScreenExpirationTimeLeft(launchScreenExpirationTimeLeft() - expirationTimeStep);
 }
 

@@ -16,7 +16,8 @@ namespace vel {
 /// time while the user can see it, dismisses it, and records one analytics event.
 ///
 /// The host owns the manager. A running countdown and delayed work also keep the manager alive.
-/// Main thread, except for `contentDataForContentRequest` and `dismissLaunchScreen` (any thread).
+/// Only the main thread may use this class. Exception: any thread may call
+/// `contentDataForContentRequest` and `dismissLaunchScreen`.
 class VEL_EXPORT LaunchScreenManager final
     : public Class<LaunchScreenManager, "LaunchScreenManager", NSObject,
                    LaunchScreenContentDelegate, LaunchScreenViewControllerDelegate,
@@ -41,13 +42,13 @@ class VEL_EXPORT LaunchScreenManager final
   void setDelegate(const Strong<NSObjectProtocol>& delegate) override { delegate_ = delegate; }
 
   /// Copies the parameters of a request to the default configuration. Logs and returns false at the
-  /// first missing parameter; parameters that precede it have been copied.
+  /// first missing parameter. The parameters that precede it have then already been copied.
   bool parseParameters(const Strong<NSDictionary>& parameters);
 
   /// Asks the view controller to dismiss itself. It does so only if all its delegates agree.
   void dismissLaunchScreen();
-  /// Schedules the recording of the configured event in half a second, at most once. While the
-  /// application is unfocused, it only sets `launchShouldBeClosed`.
+  /// Schedules the recording of the configured event in half a second. Schedules it at most once.
+  /// While the application is unfocused, this function only sets `launchShouldBeClosed`.
   void sendAnalyticsEvent();
   // LaunchScreenContentDelegate
   void contentDataDidChangeState(const Strong<ContentData>& data) override;
@@ -59,7 +60,7 @@ class VEL_EXPORT LaunchScreenManager final
 
   /// Starts the countdown if it is not running and time is left.
   void startTimer();
-  /// One tick of the countdown. Dismisses the launch screen when the time is used up.
+  /// Performs one tick of the countdown. Dismisses the launch screen when the time is used up.
   void updateTimer();
   /// Stops the countdown and keeps the time left.
   void pauseTimer();
@@ -94,7 +95,7 @@ class VEL_EXPORT LaunchScreenManager final
   /// The content of a request that arrived while a launch screen was shown. Null otherwise.
   [[nodiscard]] Strong<LaunchScreenContent> tempContent() const { return tempContent_; }
   void setTempContent(Strong<LaunchScreenContent> content) { tempContent_ = std::move(content); }
-  /// True from the time at which a required window stops being key until one is key again.
+  /// True after a required window has stopped being key, until a required window is key again.
   [[nodiscard]] bool appIsUnfocused() const { return appIsUnfocused_; }
   void setAppIsUnfocused(bool unfocused) { appIsUnfocused_ = unfocused; }
   /// True after the event has been scheduled. The manager never sets it back to false.
@@ -107,7 +108,7 @@ class VEL_EXPORT LaunchScreenManager final
   void setLaunchScreenExpirationTimer(Strong<NSTimer> timer) {
     launchScreenExpirationTimer_ = std::move(timer);
   }
-  /// For how many more seconds the launch screen may be shown.
+  /// The number of seconds for which the launch screen may still be shown.
   [[nodiscard]] double launchScreenExpirationTimeLeft() const {
     return launchScreenExpirationTimeLeft_;
   }
@@ -122,7 +123,7 @@ class VEL_EXPORT LaunchScreenManager final
   void setLaunchShouldBeClosed(bool shouldBeClosed) { launchShouldBeClosed_ = shouldBeClosed; }
 
  private:
-  // The window that currently shows the launch screen. Null while it is not shown.
+  // The window that currently shows the launch screen. Null while the launch screen is not shown.
   [[nodiscard]] Strong<NSWindow> launchScreenWindow() const;
 
   Strong<LaunchScreenContent> content_;

@@ -13,11 +13,11 @@
 
 namespace vel {
 
-/// Calls the callbacks of the host. It receives what a host in C++ receives, as resolver delegate,
-/// as view delegate and from the platform. Owning thread.
+/// Calls the callbacks of the host. It receives what a host in C++ receives as a resolver delegate,
+/// as a view delegate and from the platform. Only the owning thread may use this class.
 ///
-/// `log_line`, `will_appear` and `may_disappear` are called at once. All other callbacks go through
-/// the queue.
+/// It calls `log_line`, `will_appear` and `may_disappear` immediately. All other callbacks go
+/// through the queue.
 class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate", NSObject,
                                             ContentResolverDelegate, ContentViewDelegate> {
  public:
@@ -26,7 +26,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   /// The callbacks that wait until the running operation has finished.
   [[nodiscard]] CallbackQueue& queue() { return queue_; }
 
-  /// Discards the waiting callbacks, and calls no callback from now on.
+  /// Discards the waiting callbacks. This object then calls no callback any more.
   void silence();
 
   // ContentResolverDelegate
@@ -51,7 +51,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   }
   /// True if the host has agreed to the dismissal that is in progress.
   [[nodiscard]] bool hasAgreedToDismissal() const { return hasAgreedToDismissal_; }
-  /// No dismissal is in progress any more.
+  /// Records that no dismissal is in progress any more.
   void forgetDismissal() { hasAgreedToDismissal_ = false; }
 
   /// The latest log line.

@@ -9,20 +9,22 @@
 namespace vel {
 
 /// Delays callbacks until the library has finished the operation that caused them. A delayed
-/// callback can therefore call every function of the C interface. Owning thread.
+/// callback can therefore call every function of the C interface. Only the owning thread may use
+/// this class.
 class CallbackQueue : NonCopyable {
  public:
   using Callback = std::function<void()>;
 
-  /// A function of the C interface has started.
+  /// Records that a function of the C interface has started.
   void functionBegan() { ++runningFunctions_; }
-  /// A function of the C interface returns.
+  /// Records that a function of the C interface returns.
   void functionEnded() { --runningFunctions_; }
   /// True if the running function was called by a callback that is not delayed. The library is then
   /// in the middle of another operation.
   [[nodiscard]] bool isInsideOperation() const { return runningFunctions_ > 1; }
 
-  /// Calls `callback` in the next `deliver`, or at once if no function is running.
+  /// Calls `callback` in the next `deliver`, or immediately if no function of the C interface is
+  /// running.
   void add(Callback callback);
   /// Calls all waiting callbacks, in the order in which they were added.
   void deliver();
@@ -31,8 +33,8 @@ class CallbackQueue : NonCopyable {
 
  private:
   std::deque<Callback> waiting_;
-  // Functions of the C interface that run now. The function that delivers a callback does not count
-  // while the callback runs.
+  // The number of functions of the C interface that are running. The function that delivers a
+  // callback does not count while the callback runs.
   std::size_t runningFunctions_ = 0;
 };
 

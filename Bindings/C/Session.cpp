@@ -30,7 +30,7 @@ constexpr NSWindowStyleMask kPlayerStyle = NSWindowStyleMaskTitled | NSWindowSty
                                            NSWindowStyleMaskResizable;
 constexpr CGSize kDefaultSize{1280, 720};
 
-// The end of virtual time. Timers need some time after it.
+// The latest time that virtual time may reach. Timers also need times after it.
 constexpr Nanoseconds kLatestTime = 9'000'000'000 * kNanosecondsPerSecond;
 
 // The time of a request as LaunchScreenManager reads it.
@@ -292,7 +292,8 @@ bool Session::noteDisappearance() {
   if (!delegate_->hasAgreedToDismissal()) {
     endReason_ = VEL_END_WINDOW_CLOSED;
   } else if (isHostDismissing_ || secondsLeft() > expirationTimeStep) {
-    // With more time left, the host has asked for this dismissal while the window was not in front.
+    // More time is left, so the host has asked for this dismissal while the window was not in
+    // front.
     endReason_ = VEL_END_DISMISSED;
   } else {
     endReason_ = VEL_END_TIME_USED_UP;

@@ -18,7 +18,8 @@ namespace vel {
 class CallbackDelegate;
 
 /// The launch screen behind a handle: the application, one host window, the manager and the
-/// callbacks. A process has one session at a time. Owning thread, except where noted.
+/// callbacks. A process has one session at a time. Only the owning thread may use a session, unless
+/// a comment says otherwise.
 class Session : NonCopyable {
  public:
   /// Starts the application on a display, and opens or adopts the window. The options and the
@@ -30,12 +31,12 @@ class Session : NonCopyable {
 
   VelStatus request(const Strong<NSDictionary>& parameters, std::string& error);
   VelStatus present(VelPresentation presentation, std::string& error);
-  /// Dismisses at once. On another thread, or inside an operation, the main queue dismisses later.
-  /// Any thread.
+  /// Dismisses the launch screen immediately. On another thread, or inside an operation, the main
+  /// queue dismisses it later. Any thread may call this function.
   VelStatus dismiss(std::string& error);
-  /// One pass of the run loop. Returns true if there was any work.
+  /// Performs one pass of the run loop. Returns true if there was any work.
   bool pump();
-  /// Runs the run loop for some time, or until the session is destroyed.
+  /// Runs the run loop for `seconds`, or until the session is destroyed.
   VelStatus run(double seconds, std::string& error);
 
   [[nodiscard]] double secondsLeft() const { return manager_->launchScreenExpirationTimeLeft(); }
@@ -43,25 +44,29 @@ class Session : NonCopyable {
   [[nodiscard]] VelPause pauseReason() const;
   [[nodiscard]] VelState state() const;
 
-  /// The number of the owning thread, from `currentThreadNumber`. The registry guards it.
+  /// The number of the owning thread, from `currentThreadNumber`. The mutex of the registry of
+  /// sessions guards it.
   std::uint64_t owner = 0;
-  /// True if the owning thread has ended. The registry guards it.
+  /// True if the owning thread has ended. The mutex of the registry of sessions guards it.
   bool hasOwnerEnded = false;
 
-  /// A function of the C interface has started. Every call needs a call of `functionEnded`.
+  /// Records that a function of the C interface has started. Every call needs a call of
+  /// `functionEnded`.
   void functionBegan();
-  /// A function of the C interface returns. Returns true if no other one is running.
+  /// Records that a function of the C interface returns. Returns true if no other function is
+  /// running.
   bool functionEnded();
-  /// Calls the callbacks that wait until the running operation has finished, unless the running
-  /// function was called inside another operation.
+  /// Calls the waiting callbacks. Does nothing if the running function was called inside another
+  /// operation.
   void deliverCallbacks();
 
-  /// Ends the callbacks. The outermost running function then ends the session.
+  /// Discards the waiting callbacks and calls no further callback except `ended`. The outermost
+  /// running function then ends the session.
   void markDestroyed();
-  /// Any thread.
+  /// Any thread may call this function.
   [[nodiscard]] bool isDestroyed() const { return isDestroyed_; }
-  /// Takes the callback that reports the end of the launch screen after the session has ended. It
-  /// is empty if the end of the launch screen has been reported before.
+  /// Returns the callback that reports the end of the launch screen. The caller calls it after the
+  /// session has ended. The callback is empty if the end has already been reported.
   [[nodiscard]] std::function<void()> takeLastCallback() { return std::move(lastCallback_); }
 
  private:
@@ -71,9 +76,9 @@ class Session : NonCopyable {
   VelStatus openWindow(const VelCreateOptions& options, std::string& error);
   void connectSinks(bool recordsEvents);
   void dismissNow();
-  // Calls all waiting callbacks, also inside another operation.
+  // Calls all waiting callbacks, even inside another operation.
   void deliverAllCallbacks();
-  // Stores why the launch screen disappears. Returns false if it has done so before.
+  // Stores why the launch screen disappears. Returns false if the reason has already been stored.
   bool noteDisappearance();
   // Reports the end of the launch screen if its view has been removed.
   void reportEnd();

@@ -44,8 +44,8 @@ struct Registry {
   std::mutex mutex;
   std::unique_ptr<Session> session;
   std::uintptr_t handle = 0;
-  /// True while a thread creates or ends a session. It does so without the lock, and no other
-  /// session can be created.
+  /// True while a thread creates or ends a session. The thread does not hold the lock during this
+  /// time. The flag prevents the creation of another session.
   bool isChanging = false;
 
   /// Returns the session of a handle, or null if it has been destroyed. The caller holds the lock.
@@ -56,12 +56,12 @@ struct Registry {
 };
 
 Registry& registry() {
-  // Never destroyed, because other threads may use it while the process ends.
+  // The registry is never destroyed, because other threads may use it while the process ends.
   static auto& theRegistry = *new Registry();
   return theRegistry;
 }
 
-/// Marks the session of a thread when the thread ends. Every owning thread has one.
+/// Marks the session of a thread when the thread ends. Every owning thread has one observer.
 class ThreadEndObserver : vel::NonCopyable {
  public:
   ThreadEndObserver() = default;
@@ -82,8 +82,8 @@ enum class Caller : std::uint8_t {
   OwnerOrSuccessor,  // any thread can call it after the owning thread has ended
 };
 
-// Stores the session of a handle. Only the owning thread ends the session, so the pointer stays
-// valid on this thread.
+// Stores the session of a handle in `session`. Only the owning thread ends the session, so the
+// pointer stays valid on this thread.
 VelStatus findSession(const VelLaunchScreen* screen, Caller caller, Session*& session) {
   const std::scoped_lock lock(registry().mutex);
   session = registry().find(screen);
@@ -118,7 +118,8 @@ std::function<void()> endSession() {
   return lastCallback;
 }
 
-/// A running function of this interface. The outermost one ends a session that has been destroyed.
+/// A running function of this interface. The outermost running function ends a session that has
+/// been destroyed.
 class RunningFunction : vel::NonCopyable {
  public:
   /// Stores the callback that reports the end of the session in `lastCallback`.
@@ -405,7 +406,7 @@ VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation) {
 
 VelStatus vel_dismiss(VelLaunchScreen* screen) {
   {
-    // The lock keeps the session of another thread alive: its owner may destroy it at any time.
+    // The lock keeps the session alive: its owning thread may destroy it at any time.
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().find(screen);
     if (session != nullptr && session->owner != vel::currentThreadNumber()) {

@@ -18,10 +18,10 @@
  *     vel_destroy(&screen);
  *
  * Threads. The thread that calls vel_create() is the owning thread of the launch screen. Every
- * function must be called on the owning thread unless its comment says "Any thread". The library
- * calls every callback on the owning thread. If the owning thread ends, the launch screen stops:
- * nothing counts down, and functions return VEL_WRONG_THREAD. Any other thread can then call
- * vel_destroy().
+ * function must be called on the owning thread unless its comment says that any thread may call it.
+ * The library calls every callback on the owning thread. If the owning thread ends, the launch
+ * screen stops: nothing counts down, and functions return VEL_WRONG_THREAD. Any other thread can
+ * then call vel_destroy().
  *
  * Errors. Every function that can fail returns a VelStatus. No function throws an exception or ends
  * the process. After a failure, vel_last_error() returns the reason as text. A call that fails
@@ -48,7 +48,7 @@
 #endif
 
 /* A caller may pass a value that an enumeration does not list. The library refuses such a value. In
- * C++ this is only defined for an enumeration with a fixed underlying type. */
+ * C++, passing such a value is defined only for an enumeration with a fixed underlying type. */
 #ifdef __cplusplus
 #define VEL_ENUM(name) enum name : int
 extern "C" {
@@ -124,9 +124,10 @@ typedef VEL_ENUM(VelTime){
  * valid only during the callback.
  *
  * A callback may call any function of this interface. The library calls log_line, will_appear and
- * may_disappear during an operation. Inside these three, vel_request() and vel_present() return
- * VEL_BUSY and change nothing, and vel_dismiss() takes effect after the operation. The library
- * calls all other callbacks after the operation, so there every function works as usual.
+ * may_disappear during an operation. Inside these three callbacks, vel_request() and vel_present()
+ * return VEL_BUSY and change nothing, and vel_dismiss() takes effect after the operation. The
+ * library calls all other callbacks after the operation. Every function works normally inside those
+ * callbacks.
  *
  * If a callback calls vel_destroy(), the library calls no further callback except `ended`. */
 typedef struct VelCallbacks {
@@ -150,8 +151,8 @@ typedef struct VelCallbacks {
   /* A log line, without a newline. Null: the library writes the line to standard error. */
   void (*log_line)(void* user_data, const char* line);
   /* The library has disabled or restored controls of the window. `controls` has the VEL_CONTROL_
-   * bit of every disabled control that the window manager still offers. It is 0 if the window
-   * manager has removed all disabled controls. Null: the host is not notified. */
+   * bit of every disabled control that the window manager still offers. `controls` is 0 if the
+   * window manager has removed all disabled controls. Null: the host is not notified. */
   void (*controls_kept)(void* user_data, uint32_t controls);
   /* The connection to the display is lost. The library treats all windows as closed. Null: the
    * host is not notified. */
@@ -178,8 +179,8 @@ typedef struct VelCreateOptions {
   double width;             /* width of a new window in points, 1 to 32767; 0: 1280 */
   double height;            /* height of a new window in points, 1 to 32767; 0: 720 */
   /* Not 0: give the window a content controller. A sheet requires a content controller. With a
-   * content controller, an embedded cover is removed when did_disappear is called, otherwise one
-   * second later. */
+   * content controller, an embedded cover is removed when did_disappear is called. Without a
+   * content controller, the cover is removed one second after did_disappear. */
   int content_controller;
   VelTime time;                  /* the clock of the countdown */
   const VelCallbacks* callbacks; /* vel_create() copies the structure; null: no callbacks */
@@ -203,23 +204,25 @@ typedef struct VelRequest {
 #define VEL_REQUEST_INIT \
   { sizeof(VelRequest), 0, 0, 0 }
 
-/* This interface returns the version of the library, such as 1.0. Any thread. */
+/* This interface returns the version of the library, such as 1.0. Any thread may call this
+ * interface. */
 VEL_C_EXPORT double vel_version_number(void);
-/* This interface returns a text with the name and the version of the library. The text is never
- * null and is valid until the process ends. Any thread. */
+/* This interface returns a string that contains the name and the version of the library. The string
+ * is never null and is valid until the process ends. Any thread may call this interface. */
 VEL_C_EXPORT const char* vel_version_string(void);
 
-/* This interface returns a short English description of a status. The text is never null and is
- * valid until the process ends. Any thread. */
+/* This interface returns a short English description of a status. The string is never null and is
+ * valid until the process ends. Any thread may call this interface. */
 VEL_C_EXPORT const char* vel_status_text(VelStatus status);
-/* This interface returns the reason why the latest call on the calling thread failed. It returns
- * "" if that call succeeded, even if a callback made a call that failed. The text is never null and
- * is valid until the next call on the calling thread. Any thread. */
+/* This interface returns the reason why the latest call on the calling thread failed. It returns ""
+ * if the latest call succeeded, even if a callback made a call that failed. The string is never
+ * null and is valid until the next call on the calling thread. Any thread may call this
+ * interface. */
 VEL_C_EXPORT const char* vel_last_error(void);
 
 /* This interface creates a launch screen for a window and stores its handle in *screen. It does not
  * show anything yet. The calling thread becomes the owning thread. If the call fails, it stores
- * null in *screen. Any thread.
+ * null in *screen. Any thread may call this interface.
  *
  * VEL_INVALID_ARGUMENT: `options` or `screen` is null, or an option has an invalid value.
  * VEL_ALREADY_EXISTS: this process already has a launch screen.
@@ -228,11 +231,12 @@ VEL_C_EXPORT const char* vel_last_error(void);
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
 /* This interface ends a launch screen in any state, restores the window, and stores null in
- * *screen. The library discards an event that has not been recorded yet. It calls no callback after
- * this call, except that it calls `ended` for a presented launch screen that has not ended. If a
- * callback calls this interface, the launch screen ends when the outermost call returns; only then
- * does the library call `ended`, and only then can a new launch screen be created. If the owning
- * thread has ended, any thread can call this interface and becomes the owning thread.
+ * *screen. The library discards an event that has not been recorded yet. The library calls no
+ * callback after this call. Exception: it calls `ended` for a presented launch screen that has not
+ * ended. If a callback calls this interface, the launch screen ends when the outermost call
+ * returns. Only then does the library call `ended`, and only then can a new launch screen be
+ * created. If the owning thread has ended, any thread can call this interface and becomes the
+ * owning thread.
  *
  * VEL_INVALID_ARGUMENT: `screen` is null.
  * VEL_NOT_ALIVE: *screen is null or has been destroyed. */
@@ -269,39 +273,40 @@ VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation pres
 /* This interface asks the launch screen to disappear. The callback may_disappear can keep it. In
  * mode "skip", a launch screen that is not in front disappears when it is in front again. In mode
  * "forced", the launch screen stays until its time is used up, and the event is recorded early. The
- * callbacks did_disappear and `ended` report if the launch screen disappears; the return value is
- * VEL_OK in either case. Any thread. On a thread other than the owning thread, the call returns
- * VEL_OK at once and takes effect in the next vel_pump() or vel_run() of the owning thread.
+ * library calls did_disappear and `ended` if the launch screen disappears. The return value is
+ * VEL_OK in either case. Any thread may call this interface. On a thread other than the owning
+ * thread, the call returns VEL_OK immediately and takes effect in the next vel_pump() or vel_run()
+ * of the owning thread.
  *
  * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
 
 /* This interface performs all work that is due and returns. Call it once per frame. It does not
  * wait for events or timers. It may block for a round trip to the X server. If `did_something` is
- * not null, it stores 1 in *did_something if there was any work, otherwise 0. */
+ * not null, this interface stores 1 in *did_something if there was any work, otherwise 0. */
 VEL_C_EXPORT VelStatus vel_pump(VelLaunchScreen* screen, int* did_something);
-/* This interface performs all work that becomes due during the next `seconds`, and waits between
- * the work. In virtual time it does not wait. `seconds` is 0 to 1e9. It returns earlier if a
- * callback destroys the launch screen.
+/* This interface performs all work that becomes due during the next `seconds` seconds. It waits
+ * while no work is due. In virtual time it does not wait. `seconds` must be from 0 to 1e9. It
+ * returns earlier if a callback destroys the launch screen.
  *
  * VEL_INVALID_ARGUMENT: `seconds` is not in this range, or virtual time would exceed 9e9 seconds.
  */
 VEL_C_EXPORT VelStatus vel_run(VelLaunchScreen* screen, double seconds);
 /* This interface stores a file descriptor in *descriptor that is readable when vel_pump() has work.
- * Use it with poll() or select(). Do not read from it and do not close it. It does not change until
- * vel_destroy(). In virtual time it is -1.
+ * Use it with poll() or select(). Do not read from it and do not close it. The descriptor does not
+ * change until vel_destroy(). In virtual time, the descriptor is -1.
  *
  * VEL_INVALID_ARGUMENT: `descriptor` is null. */
 VEL_C_EXPORT VelStatus vel_poll_descriptor(VelLaunchScreen* screen, int* descriptor);
-/* This interface stores the number of seconds until vel_pump() has work in *seconds. It stores 0 if
- * there is work now, and a negative value if no timer is scheduled. Events of the display can make
- * work earlier; the descriptor of vel_poll_descriptor() reports them.
+/* This interface stores in *seconds the number of seconds until vel_pump() has work. It stores 0 if
+ * there is work now, and a negative value if no timer is scheduled. An event of the display can
+ * cause work earlier. The descriptor of vel_poll_descriptor() then becomes readable.
  *
  * VEL_INVALID_ARGUMENT: `seconds` is null. */
 VEL_C_EXPORT VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds);
 
-/* This interface stores the number of seconds that the launch screen may still be shown in
- * *seconds. The value is 0 or slightly negative at the end.
+/* This interface stores in *seconds the number of seconds for which the launch screen may still be
+ * shown. The value is 0 or slightly negative at the end.
  *
  * VEL_INVALID_ARGUMENT: `seconds` is null. */
 VEL_C_EXPORT VelStatus vel_seconds_left(VelLaunchScreen* screen, double* seconds);
@@ -313,7 +318,7 @@ VEL_C_EXPORT VelStatus vel_is_up(VelLaunchScreen* screen, int* up);
  *
  * VEL_INVALID_ARGUMENT: `reason` is null. */
 VEL_C_EXPORT VelStatus vel_pause_reason(VelLaunchScreen* screen, VelPause* reason);
-/* This interface stores the state of the content in *state.
+/* This interface stores in *state the state of the content.
  *
  * VEL_INVALID_ARGUMENT: `state` is null. */
 VEL_C_EXPORT VelStatus vel_state(VelLaunchScreen* screen, VelState* state);

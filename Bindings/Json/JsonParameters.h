@@ -15,8 +15,8 @@ namespace vel {
 Strong<NSDictionary> parametersFromJson(const nlohmann::json& object);
 
 /// Parses `text`, which must be one JSON object in UTF-8, and converts it like
-/// `parametersFromJson`. If a name occurs twice, the last member counts. Returns null and stores
-/// the reason in `error` if `text` is anything else.
+/// `parametersFromJson`. If a name occurs twice, the last member counts. If `text` is not one JSON
+/// object in UTF-8, returns null and stores the reason in `error`.
 Strong<NSDictionary> parametersFromJsonText(std::string_view text, std::string& error);
 
 }  // namespace vel

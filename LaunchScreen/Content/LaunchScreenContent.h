@@ -19,8 +19,8 @@ class VEL_EXPORT LaunchScreenContentDelegate : public Protocol<LaunchScreenConte
 };
 
 /// A launch screen as the host sees it: the content data, the content view and its presentation in
-/// one object. It owns its request and its view controller, but not its delegates. Main thread,
-/// except for `setContentRequest` (any thread).
+/// one object. It owns its request and its view controller, but not its delegates. Only the main
+/// thread may use this class. Exception: any thread may call `setContentRequest`.
 class VEL_EXPORT LaunchScreenContent final
     : public Class<LaunchScreenContent, "LaunchScreenContent", NSObject,
                    LaunchScreenViewControllerDelegate, ContentData, ContentView,
@@ -28,9 +28,10 @@ class VEL_EXPORT LaunchScreenContent final
  public:
   static Strong<LaunchScreenContent> init();
 
-  /// Stores a request and creates its view controller. On the main thread this happens before the
-  /// call returns; on another thread the main queue does it later. The new state is loaded or
-  /// failed. A request without parameters fails before the call returns, on the calling thread.
+  /// Stores a request and creates its view controller. On the main thread, the call creates the
+  /// view controller before it returns. On another thread, the main queue creates the view
+  /// controller later. The new state is loaded or failed. A request without parameters fails before
+  /// the call returns, on the calling thread.
   void setContentRequest(Strong<ContentRequest> request);
   [[nodiscard]] Strong<ContentRequest> contentRequest() const { return contentRequest_; }
 

@@ -28,7 +28,7 @@ void LaunchScreenConfiguration::setDefaultConfiguration(
           "+[LaunchScreenConfiguration setDefaultConfiguration:]");
     return;
   }
-  sDefaultConfiguration.swap(configuration);  // releases the previous one after the assignment
+  sDefaultConfiguration.swap(configuration);  // releases the previous object after the assignment
 }
 
 }  // namespace vel

@@ -25,8 +25,8 @@ struct LaunchScreenContentRequestKeys {
 /// The name of the engine that LaunchScreenManager serves.
 VEL_EXPORT extern const std::string_view kLaunchScreenEngine;
 VEL_EXPORT extern const LaunchScreenContentRequestKeys LaunchScreenContentRequest;
-/// The interval of the countdown in seconds. Each tick subtracts this value from the time left. At
-/// or below this value, the time is used up.
+/// The interval of the countdown in seconds. Each tick subtracts this value from the time left. The
+/// time is used up when the time left is at or below this value.
 VEL_EXPORT extern const double expirationTimeStep;
 /// The height and the minimum width of the activity indicator, in points.
 VEL_EXPORT extern const double activityIndicatorSide;
@@ -38,7 +38,7 @@ VEL_EXPORT extern const std::string_view LSGDPRControllerClassName;
 }  // namespace vel
 
 extern "C" {
-/// The version of the library, as a number and as a text with the library's name.
+/// The version of the library, as a number, and as a string that contains the library's name.
 VEL_EXPORT extern const double VelLaunchScreenVersionNumber;
 VEL_EXPORT extern const char VelLaunchScreenVersionString[];
 }

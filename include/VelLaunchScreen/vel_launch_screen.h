@@ -1,2 +1,3 @@
-/* Where a host in C finds the library's header, as it does when the library is installed. */
+/* This file has the path of the installed header, so a host in C writes the same #include for
+ * both. */
 #include "Bindings/C/vel_launch_screen.h"

@@ -10,9 +10,9 @@ namespace vel {
 class LaunchScreenViewController;
 class NSView;
 
-/// Owns this cover until it is removed, because it has no parent view controller that could own it.
-/// All controllers share these variables. A second cover of this kind replaces the first. Main
-/// thread.
+/// Keeps the embedded cover alive until the cover is removed. The cover has no parent view
+/// controller that could own it. All controllers share these variables. A second embedded cover
+/// replaces the first. Only the main thread may use these variables.
 namespace embedded_cover {
 
 /// The label of the main queue's work that removes the cover after its dismissal.
@@ -22,7 +22,7 @@ extern Strong<NSView> superView;
 extern Strong<NSView> selfView;
 extern Strong<LaunchScreenViewController> selfController;
 
-/// Sets all three to null without notifying a delegate.
+/// Sets all three variables to null without notifying a delegate.
 void release();
 
 }  // namespace embedded_cover

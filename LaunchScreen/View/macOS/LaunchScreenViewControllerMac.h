@@ -29,7 +29,8 @@ class VEL_EXPORT LaunchScreenViewControllerDelegate
   /// The view is about to appear.
   virtual void launchScreenControllerWillPresent(
       const Strong<LaunchScreenViewController>& /*controller*/) {}
-  /// True if the controller may be dismissed now. It stays if one delegate returns false.
+  /// True if the controller may be dismissed now. The controller stays if one delegate returns
+  /// false.
   virtual bool canLaunchScreenControllerDismiss(
       const Strong<LaunchScreenViewController>& /*controller*/) {
     return false;
@@ -65,8 +66,9 @@ class VEL_EXPORT LaunchScreenPresenter : public virtual NSObjectProtocol {
 /// Covers the window of the host with a white view, overrides and restores the style of the window,
 /// and notifies its delegates of presentation and dismissal.
 ///
-/// It owns its delegates. One of them is the content, which owns the controller; `deactivate`
-/// breaks this reference cycle. Main thread.
+/// The controller owns its delegates. One delegate is the content, which owns the controller.
+/// `deactivate` breaks this reference cycle. Only the main thread may use this class. Exception:
+/// any thread may call the accessors of `activityIndicator`, `appWindow` and `appWindowStyleMask`.
 class VEL_EXPORT LaunchScreenViewController final
     : public Class<LaunchScreenViewController, "LaunchScreenViewController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
@@ -76,11 +78,13 @@ class VEL_EXPORT LaunchScreenViewController final
   using Class::Class;
   ~LaunchScreenViewController() override;
 
-  /// Creates a controller. Returns null if the time of the default configuration is 0 or negative.
+  /// Creates a controller. Returns null if the `expirationTimeInterval` of the default
+  /// configuration is 0 or negative.
   static Strong<LaunchScreenViewController> init();
 
   // LaunchScreenViewControllerProtocol. The controller notifies delegates in the order in which
-  // they were added. Adding or removing one during a notification raises NSCollectionMutatedError.
+  // they were added. Adding or removing a delegate during a notification raises
+  // NSCollectionMutatedError.
   void addDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) override;
   void removeDelegate(const Strong<LaunchScreenViewControllerDelegate>& delegate) override;
   void deactivate() override;
@@ -102,11 +106,11 @@ class VEL_EXPORT LaunchScreenViewController final
   void restorePresentation();
   /// Removes the cover without asking the delegates.
   void dismiss() override;
-  /// Dismisses the controller if every delegate agrees. It asks all of them, even after one has
-  /// refused.
+  /// Dismisses the controller if every delegate agrees. Asks all delegates, even after one delegate
+  /// has refused.
   void dismissViewController(const Strong<NSViewController>& controller) override;
 
-  // The activity indicator. The library never calls these two operations. A host that wants an
+  // The activity indicator. The library never calls the next two operations. A host that wants an
   // indicator calls them in this order after the view has been loaded.
   /// Adds a new spinning indicator to the view and stores it in `activityIndicator`. It does not
   /// remove a previous indicator from the view.
