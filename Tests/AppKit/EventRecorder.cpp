@@ -24,7 +24,8 @@ void NotificationRecorder::observe() {
 RecordedTest::~RecordedTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
-  // The controllers record their last steps in `stop`, so it runs before the recorder is destroyed.
+  // The controllers record their last steps in `stop`, so `stop` must run before the recorder is
+  // destroyed.
   NSApplication::stop();
 }
 

@@ -154,7 +154,7 @@ TEST_F(LifeCycleTest, AViewDisappearsWhenItsWindowCloses) {
   EXPECT_EQ(recorder.take(), kDisappears);
   EXPECT_EQ(states, (Events{"open", "closed"}));
   EXPECT_EQ(view->view()->superview(),
-            window->contentView());  // The view appears again with the window.
+            window->contentView());  // The view stays in the closed window.
   window->orderFront();
   EXPECT_EQ(recorder.take(), kAppears);
 }

@@ -261,7 +261,7 @@ TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
   schedule(
       0.5,
       [&] {
-        // The firing timer cannot end a nested loop, even in the timer's mode.
+        // A timer does not fire again while it is firing, so the nested loop cannot wait for it.
         try {
           loop.runUntil([] { return false; });
         } catch (const NothingToWaitFor& error) {

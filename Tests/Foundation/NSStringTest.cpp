@@ -210,7 +210,7 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// Sets a locale with decimal commas, as a host's process may do. Restores the previous locale.
+/// Sets a global C++ locale with decimal commas, as a host may do. Restores the previous locale.
 class CommaLocale : NonCopyable {
  public:
   CommaLocale() : previousLocale_(std::locale::global(std::locale(std::locale(), new Comma))) {}
@@ -220,8 +220,8 @@ class CommaLocale : NonCopyable {
     unsetenv("LOCPATH");
   }
 
-  // Sets a German locale for the C library, and builds it if the system has none. Returns false if
-  // that fails.
+  // Sets a German locale for the C library. Builds the locale if the system does not have it.
+  // Returns false if no German locale can be set.
   static bool setForCLibrary() {
     if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
       const std::string folder = testing::TempDir();

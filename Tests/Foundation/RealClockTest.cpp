@@ -133,7 +133,7 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isIdle = true;
   std::thread other([this] { loop.wake(); });
-  loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // one pass and one wait
+  loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // waits after one pass
   other.join();
 }
 
