@@ -24,7 +24,7 @@ class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
   /// A life-cycle step of a view controller begins. The platform or the host has called the step.
   virtual void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep /*step*/) {}
-  /// `setStyleMask` was called. The mask may equal the previous one.
+  /// `setStyleMask` was called. The mask may equal the previous mask.
   virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
   /// A window has become or stopped being the key window. The platform posts the window's
   /// notification after this call.

@@ -78,9 +78,9 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   std::set<Task> delayedTasks_;       // submitted with a deadline
   std::uint64_t submissionCount_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
-  // Only the main thread uses these two: the tasks that were due when the turn began, in order, and
-  // the index of the first task that has not run. If a task runs a nested loop, for example for a
-  // modal dialog, the nested loop runs the remaining tasks.
+  // Only the main thread uses these two members: the tasks that were due when the turn began, in
+  // order, and the index of the first task that has not run. If a task runs a nested loop, for
+  // example for a modal dialog, the nested loop runs the remaining tasks.
   std::vector<Task> dueTasks_;
   std::size_t nextDueTask_ = 0;
 };

@@ -1,4 +1,4 @@
-// The clocks: what time it is, and how to wait.
+// The clocks, which tell the time and wait.
 #pragma once
 
 #include <atomic>
@@ -17,11 +17,11 @@ class VEL_EXPORT Clock : NonCopyable {
 
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
-  /// Waits until `deadline`, or until something else ends the wait: `wake`, or input that the clock
-  /// also waits for. Returns false, without waiting, if nothing could ever end the wait.
+  /// Waits until `deadline`. `wake`, or input that the clock also waits for, ends the wait earlier.
+  /// Returns false, without waiting, if nothing could ever end the wait.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
-  /// Ends the current wait. If no wait is in progress, ends the next one.
+  /// Ends the current wait. If no wait is in progress, ends the next wait.
   virtual void wake() = 0;
 };
 

@@ -70,8 +70,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   bool isFiring_ = false;
   Strong<NSObject> target_;
   Callout callout_;
-  // The run loop sets both: the modes in which the timer fires, and a number that orders timers
-  // with the same fire date.
+  // The run loop sets these two members: the modes in which the timer fires, and a number that
+  // orders timers with the same fire date.
   std::uint8_t modes_ = 0;
   std::uint64_t order_ = 0;
 };

@@ -10,8 +10,8 @@ namespace vel {
 
 /// The events that the run loop waits for in real time: a deadline, wake-ups from other threads,
 /// and input on one watched handle. The run loop owns its wait set. Each operating system has its
-/// own implementation, and CMake chooses one. Any thread may call `wake`. All other operations run
-/// on the main thread.
+/// own implementation, and CMake chooses the implementation. Any thread may call `wake`. All other
+/// operations run on the main thread.
 class WaitSet : NonCopyable {
  public:
   virtual ~WaitSet() = default;

@@ -93,7 +93,8 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
  public:
   virtual ~WindowSystemDelegate() = default;
 
-  /// The input focus moved to this window. None means that no window of the application has it.
+  /// The input focus moved to this window. None means that no window of the application has the
+  /// focus.
   virtual void focusMoved(WindowHandle window) = 0;
   /// The user switched from another application to `window`. The back end has already called
   /// `focusMoved` for it. None means the window that had the focus when the user left.
@@ -106,11 +107,11 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   virtual void windowDestroyed(WindowHandle window) = 0;
   /// The user or another program moved or resized the window.
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
-  /// The window was miniaturised or restored. For an adopted window, also reported when its owner
-  /// unmaps or maps it.
+  /// The window was miniaturised or restored. The back end also reports this when the owner of an
+  /// adopted window unmaps or maps the window.
   virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
-  /// The owner of an adopted window changed the window's style mask. The back end
-  /// delays this report while `setStyleMask` overrides the style mask.
+  /// The owner of an adopted window changed the window's style mask. The back end delays this
+  /// report while `setStyleMask` overrides the style mask.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
   /// The stacking order of these windows, front to back, has changed. All of them are on screen.
   /// Windows that are not listed keep their positions.

@@ -41,7 +41,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setModalWindow(WindowHandle window) override { modal_ = window; }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
-  /// Takes the focus from the application's windows without deactivating the application.
+  /// Moves the focus away from the application's windows without deactivating the application.
   void userMovesFocusAway();
   /// While true, `requestFocus` does nothing, as if the user worked in another application.
   void setIgnoresFocusRequests(bool ignores) { ignoresFocusRequests_ = ignores; }
@@ -55,7 +55,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
   /// Reports a new stacking order of these windows, front to back.
   void userOrdersWindows(const std::vector<WindowHandle>& windows);
-  /// Reports the controls that a window manager still offers.
+  /// Reports that the window manager still offers `controls`.
   void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.
   void ownerDestroysWindow(WindowHandle window);

@@ -16,14 +16,14 @@ class ControlsMonitor final : public NonCopyable {
 
   /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
-  /// Call this when the window manager has ended, or another one has started. Schedules a check of
-  /// each window for which controls have been reported.
+  /// Call this when the window manager has ended, or another window manager has started. Schedules
+  /// a check of each window for which controls have been reported.
   void windowManagerChanged();
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
-  /// controls even if they are the same as before.
+  /// controls even if they have not changed.
   static void styleMaskChanged(Window& window);
-  /// Call this after the window's hints have changed. Schedules a check when the window manager has
-  /// had time to act. The check reports the controls only if they have changed.
+  /// Call this after the window's hints have changed. Schedules a check after the window manager
+  /// has had time to act. The check reports the controls only if they have changed.
   static void scheduleCheck(Window& window);
 
   /// The time at which `check` has work to do; `kNever` if it has none.

@@ -101,7 +101,7 @@ bool FocusTracker::request(Window& window) {
     return false;
   }
   for (auto& [id, other] : windows_) {
-    other.wantsFocus = false;  // the latest request replaces earlier ones
+    other.wantsFocus = false;  // the latest request replaces earlier requests
   }
   window.wantsFocus = true;
   return true;

@@ -43,8 +43,8 @@ void HintOverride::reconcile(const HintValue& value) {
   }
 }
 
-// Keeps the current value, because our write came later. Corrects the owner's values recorded with
-// our writes, because they are out of date.
+// Keeps the current value, because our write came later. Updates the owner's value in each recorded
+// write, because the recorded value is out of date.
 void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -55,7 +55,7 @@ void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintV
   }
 }
 
-// If the value contains the changes of several writes, the latest write counts.
+// If the value contains the changes of several writes, uses the latest of these writes.
 HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {

@@ -12,7 +12,7 @@ namespace vel::x11 {
 /// pixels of the root window.
 class PointerDrag {
  public:
-  /// Starts dragging a window with this frame; ends a previous drag.
+  /// Starts the drag of a window that has this frame. Ends a previous drag.
   void begin(xcb_window_t window, PixelRect frame, int pointerX, int pointerY);
   void movePointer(int pointerX, int pointerY);
   void end();

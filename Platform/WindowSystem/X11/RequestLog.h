@@ -16,7 +16,7 @@ class RequestLog final : public NonCopyable {
  public:
   /// Remembers a request on `window` that has been sent. `name` must be a literal.
   void add(unsigned sequence, const char* name, xcb_window_t window);
-  /// Forgets the requests with lower sequence numbers: the server has processed them.
+  /// Forgets the requests with lower sequence numbers, which the server has processed.
   void removeBefore(unsigned sequence);
 
   /// Remembers an error that the server has sent as an event.

@@ -11,8 +11,8 @@
 namespace vel::x11 {
 
 /// Reports changes in the stacking order of the windows on screen. A window manager publishes the
-/// order in a property. Without one, the windows are children of the root window, and the server
-/// sends a ConfigureNotify for each change.
+/// order in a property. Without a window manager, the windows are children of the root window, and
+/// the server sends a ConfigureNotify for each change.
 class StackingOrder final : public NonCopyable {
  public:
   StackingOrder(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -23,7 +23,7 @@ class StackingOrder final : public NonCopyable {
   /// Records that the delegate assumes that this window is in front. Schedules a check, because the
   /// window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
-  /// Schedules a check when the window manager has had time to act.
+  /// Schedules a check after the window manager has had time to act.
   void scheduleCheck();
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }

@@ -20,7 +20,7 @@ struct WindowState {
   [[nodiscard]] bool isComplete() const {
     return attributes != nullptr && geometry != nullptr && origin != nullptr;
   }
-  // The following operations need a complete state.
+  // The following operations require that `isComplete` returns true.
   [[nodiscard]] PixelRect frame() const {
     return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
   }

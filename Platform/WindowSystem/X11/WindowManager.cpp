@@ -20,9 +20,9 @@ constexpr std::uint32_t kSourceApplication = 1;
 constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
-/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes, and the
-/// controls that it does remove when _MOTIF_WM_HINTS lack their functions. The table was
-/// measured with the buttons, keys and drags of each window manager.
+/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
+/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS lacks their functions.
+/// The table was measured with the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;
@@ -58,8 +58,9 @@ void WindowManager::requestProperties() {
       connection_.requestProperty(root, connection_.atom(Atom::NetSupported))};
 }
 
-// The property of a window manager that has ended may remain on the root window. It then names no
-// window, or a window of another client, whose event mask must not change.
+// The property of a window manager that has ended may remain on the root window. The property then
+// names no window or another client's window. So this function checks the window
+// before it selects events on it.
 void WindowManager::readReplies() {
   const auto pending = std::exchange(pendingReplies_, std::nullopt);
   if (!pending) {

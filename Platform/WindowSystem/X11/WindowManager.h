@@ -12,13 +12,14 @@ namespace vel::x11 {
 
 /// The running window manager, if there is one that supports the extended window manager hints
 /// (EWMH). A window manager may start, end and be replaced at any time. The constructor only
-/// requests the properties. The replies are read when they are first needed, so that opening the
-/// display does not wait for them.
+/// requests the window manager's properties. The replies are read when they are first needed, so
+/// that opening the display does not block for a round trip.
 class WindowManager final : public NonCopyable {
  public:
   explicit WindowManager(Connection& connection);
 
-  /// Processes an event. Returns true if the window manager has ended or another one has started.
+  /// Processes an event. Returns true if the window manager has ended or another window manager
+  /// has started.
   bool handle(const xcb_generic_event_t& event);
 
   /// Returns true if a window manager is running.
@@ -29,15 +30,15 @@ class WindowManager final : public NonCopyable {
   /// Returns true if the event announces a change of the stacking order.
   [[nodiscard]] bool isStackingChange(const xcb_generic_event_t& event) const;
   /// Returns the managed windows, back to front; no value if the window manager does not publish
-  /// them. Blocks for a round trip.
+  /// the stacking order. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
   /// Requests the focus for `window`. `time` is the server time of the user's last input.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
-  /// Returns the controls that the window manager offers for `window`; no value if it does not
-  /// publish them. Blocks for a round trip.
+  /// Returns the controls that the window manager offers for `window`; no value if the
+  /// window manager does not publish the controls. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients
