@@ -8,7 +8,7 @@
 
 namespace vel::bench {
 
-/// Opens a window with the class name that the window class of a host has.
+/// Opens a window that has the class name of a host's window class.
 Strong<NSWindow> openWindow(std::string_view className);
 /// Creates a request for a launch screen of `duration` seconds.
 Strong<ContentRequest> makeRequest(std::string_view event, double duration);

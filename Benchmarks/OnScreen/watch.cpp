@@ -1,5 +1,6 @@
 // Starts a program and reports when points of the screen became white, and when they stopped being
-// white. It reacts to damage events and reads the pixels, so the program pays nothing for it.
+// white. It reacts to damage events and reads the pixels, so the watched program does no extra
+// work.
 //
 //     watch X,Y[;X,Y...] -- PROGRAM ARGUMENTS...
 //
@@ -79,7 +80,7 @@ class ScreenWatcher {
     }
   }
 
-  /// Waits until the white has ended, for at most one second.
+  /// Waits until a point is no longer white, for at most one second.
   void waitForWhiteEnd() {
     for (int attempt = 0; whiteEnd_ == 0 && whiteStart_ != 0 && attempt < 100; ++attempt) {
       pollfd input{descriptor(), POLLIN, 0};

@@ -8,7 +8,8 @@ namespace {
 
 class DestroyTest : public CBindingTest {
  protected:
-  /// The launch screen has been destroyed completely: another one can be created and runs.
+  /// Expects that the launch screen has been destroyed completely, and that another launch screen
+  /// can be created and run.
   void expectDestroyed() {
     EXPECT_EQ(screen, nullptr);
     EXPECT_EQ(NSApp, nullptr);
@@ -180,7 +181,8 @@ TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  EXPECT_EQ(vel_run(screen, 2), VEL_OK);  // the run inside the callback went further
+  // The run inside the callback has already passed this time.
+  EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");
 }

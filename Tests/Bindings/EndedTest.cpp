@@ -1,4 +1,4 @@
-// The callback `ended`: once for each presented launch screen, with its reason.
+// The library calls `ended` once for each presented launch screen, with the reason.
 #include <algorithm>
 #include <functional>
 
@@ -23,7 +23,7 @@ class EndedTest : public CBindingTest {
     return static_cast<std::size_t>(std::ranges::count_if(
         host.callbackLines, [](const std::string& line) { return line.starts_with("ended"); }));
   }
-  /// Runs to a time long after every end: `reason` is the only one that has been reported.
+  /// Runs to a time long after every end. Expects that the library has reported only `reason`.
   void expectOnlyEnd(VelEndReason reason) {
     ASSERT_EQ(vel_run(screen, 100), VEL_OK);
     EXPECT_EQ(endCount(), 1u);

@@ -40,8 +40,8 @@ void createAndDestroy(int round) {
   }
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
-    ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)),
-              VEL_OK);  // from the start of the countdown to its end
+    // The rounds end at different times, from the start of the countdown to its end.
+    ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)), VEL_OK);
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
 }

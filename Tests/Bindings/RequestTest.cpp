@@ -65,7 +65,7 @@ TEST_F(CRequestTest, WithoutAnEventTheErrorIsTheLogLineOfTheLibrary) {
   }
   EXPECT_EQ(host.log.size(), 2u);
   EXPECT_EQ(state(), VEL_STATE_NONE);
-  EXPECT_TRUE(configuration().skipMode());  // the library has read it before the event
+  EXPECT_TRUE(configuration().skipMode());  // the library has read the mode before the event
 }
 
 TEST_F(CRequestTest, AZeroTimeIsRefused) {

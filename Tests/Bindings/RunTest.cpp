@@ -149,7 +149,8 @@ TEST_F(CRunTest, WithoutALaunchScreenDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   user().userMovesFocusAway();
-  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);  // an attempt would leave the countdown running
+  // A dismissal attempt would keep the countdown running.
+  EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
 TEST_F(CRunTest, WithoutALaunchScreenDismissOnAnotherThreadChangesNothing) {

@@ -78,7 +78,7 @@ TEST_F(CThreadTest, ADismissalOnAnotherThreadEndsAWait) {
   EXPECT_EQ(screen, nullptr);
 }
 
-// Two threads dismiss while a third one destroys and creates launch screens.
+// Two threads dismiss while a third thread destroys and creates launch screens.
 TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
   std::atomic<VelLaunchScreen*> current = screen;
   std::atomic<bool> done = false;
@@ -120,7 +120,7 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
 
 TEST_F(CThreadTest, NoOtherThreadCanCreateOneBeforeTheEndIsComplete) {
   VelStatus otherResult = VEL_OK;
-  // Draining the release pool is the last step of the end.
+  // Draining the release pool is the last step of the end of a session.
   ReleasePool::current().add(make<DestructionObserver>([&otherResult] {
     std::thread([&otherResult] {
       const VelCreateOptions options = virtualOptions();

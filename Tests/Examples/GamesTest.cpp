@@ -41,8 +41,8 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
  protected:
   GameExample() {
     std::filesystem::remove(events_);
-    // The address sanitizer cannot name, and so not suppress, leaks of libraries that SDL loads and
-    // unloads. Leak detection stays on for the examples without windows.
+    // The address sanitizer cannot name leaks of libraries that SDL loads and unloads, so these
+    // leaks cannot be suppressed. Leak detection stays on for the examples without windows.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
   ~GameExample() override { std::filesystem::remove(events_); }
@@ -53,7 +53,7 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   std::vector<std::string> actions(xcb_window_t window) {
     return user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
   }
-  // True if the game's drawing is on the screen, and no white.
+  // True if the game's drawing is on the screen and nothing in the window is white.
   bool isDrawn(xcb_window_t window) {
     const auto colors = user.picture(window).colors();
     return colors.contains(kSky) && colors.contains(kBall) && !colors.contains(kWhite);
@@ -120,7 +120,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   ASSERT_TRUE(waitForLine(game, "uncovered"));
   EXPECT_TRUE(waitFor([&] { return isDrawn(window); }));
   EXPECT_TRUE(waitFor([&] { return testing::Matches(hasControls())(actions(window)); }));
-  // metacity redraws its buttons when the focus moves, not when they change.
+  // metacity redraws its buttons when the focus moves, not when the buttons change.
   switchBack(switchAway(), window);
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));
   keepPicture("after");

@@ -18,9 +18,9 @@ class HostProcess : NonCopyable {
   explicit HostProcess(const std::vector<std::string>& arguments, const std::string& display = "");
   ~HostProcess();
 
-  /// The complete lines that it has printed so far. Does not wait.
+  /// The complete lines that the example has printed so far. Does not wait.
   const std::vector<std::string>& lines();
-  /// True if it has printed a line that starts with `beginning`. Does not wait.
+  /// True if the example has printed a line that starts with `beginning`. Does not wait.
   bool hasPrinted(std::string_view beginning);
   /// Waits until the example exits. Returns its exit status.
   int wait();
@@ -37,7 +37,7 @@ class HostProcess : NonCopyable {
 
 /// The path of an example in the build folder.
 std::string examplePath(std::string_view name);
-/// Names the test of an example after it.
+/// Names the test of an example after the example.
 std::string nameOfExample(const testing::TestParamInfo<const char*>& info);
 /// The command that runs the Python example with the built library.
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments);

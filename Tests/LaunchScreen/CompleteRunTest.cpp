@@ -101,7 +101,7 @@ TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-// The focus leaves the window and returns: three ticks before, eight after
+// The focus leaves the window after three ticks. Eight ticks follow its return.
 
 TEST_F(CompleteRunTest, EmbeddedWithoutAParentUnfocusedTimeIsNotCounted) {
   const auto window = openPlayerWindow();

@@ -13,7 +13,7 @@ class ContentListener final
  public:
   struct Change {
     ContentDataState state = 0;
-    std::string error;  // empty without an error
+    std::string error;  // empty if there is no error
     bool onMainThread = false;
     bool operator==(const Change&) const = default;
   };
@@ -221,8 +221,8 @@ TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   const Weak<LaunchScreenContent> waiting = std::exchange(content, LaunchScreenContent::init());
   EXPECT_FALSE(waiting.expired());
-  configuration().setExpirationTimeInterval(
-      0);  // so that no controller owns the content afterwards
+  // Prevents the creation of a controller, which would own the content.
+  configuration().setExpirationTimeInterval(0);
   platform.runDueWork();
   EXPECT_TRUE(waiting.expired());
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));

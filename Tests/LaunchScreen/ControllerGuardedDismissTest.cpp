@@ -114,7 +114,7 @@ TEST_F(ControllerGuardedDismissTest,
                                  "viewDidDisappear", "first: did dismiss"}));
   EXPECT_TRUE(isShown());
   platform.run(1);
-  EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});  // restored already
+  EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});  // the style is already restored
   EXPECT_FALSE(isShown());
 }
 

@@ -1,4 +1,4 @@
-// Which objects own the cover and its content, and when all are destroyed.
+// Which objects own the cover and its content, and when all of these objects are destroyed.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -91,8 +91,8 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
   second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(weakCover.expired());
   EXPECT_FALSE(view.expired());
-  EXPECT_EQ(window->styleMask(),
-            NSWindowStyleMaskTitled);  // no controller is left that could restore it
+  // No controller is left that could restore the style.
+  EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   second->dismissViewController(second);
   platform.run(1);
   EXPECT_EQ(view.lock()->window(), window);

@@ -70,7 +70,8 @@ TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
   });
   while (journal->empty()) {
     window->makeKeyWindow();
-    platform.windowSystem().userMovesFocusAway();  // the manager reads whether it has expired
+    // The manager reads `launchScreenExpired` in this call.
+    platform.windowSystem().userMovesFocusAway();
     hasStarted.store(true, std::memory_order_relaxed);
     platform.runDueWork();
   }

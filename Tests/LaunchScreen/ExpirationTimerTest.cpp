@@ -15,7 +15,7 @@ constexpr double kTenth = 0x1.999999999999ap-4;
 
 class ExpirationTimerTest : public LaunchScreenTest {
  protected:
-  // Runs this number of ticks, and no work after the last one.
+  // Runs `count` ticks, and no work after the last tick.
   void runTicks(int count) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     loop.runUntilDate(loop.now() + count * Nanoseconds{100'000'000});
@@ -52,7 +52,7 @@ TEST_F(ExpirationTimerTest, StartOnAThreadWithoutARunLoopCreatesATimerThatNeverF
   runTicks(20);
   EXPECT_EQ(timeLeft(), 1.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-  manager->pauseTimer();  // no loop ends it, so it would keep the manager alive
+  manager->pauseTimer();  // an unstopped timer would keep the manager alive
 }
 
 TEST_F(ExpirationTimerTest, TheSmallestPositiveTimeLeftStartsIt) {

@@ -20,7 +20,7 @@ constexpr auto kNoDuration =
     "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
     "Max duration time is nil or empty!";
 
-/// A value that is neither a text nor a number.
+/// A value that is neither a string nor a number.
 class OtherValue final : public Class<OtherValue, "OtherValue"> {};
 
 Strong<NSString> text(std::string_view value) { return NSString::stringWithUTF8String(value); }
@@ -31,7 +31,7 @@ class RequestParsingTest : public LaunchScreenTest {
   bool parse(NSDictionary::Entries entries) {
     return manager->parseParameters(NSDictionary::dictionaryWithEntries(std::move(entries)));
   }
-  /// Parses an event and this duration. Null leaves the duration out.
+  /// Parses an event and this duration. Omits the duration if it is null.
   bool parseDuration(const Strong<NSObjectProtocol>& duration) {
     NSDictionary::Entries entries{{"event", text("e")}};
     if (duration != nullptr) {
@@ -40,7 +40,7 @@ class RequestParsingTest : public LaunchScreenTest {
     return parse(std::move(entries));
   }
   /// Parses an event, a duration and this mode. Returns the resulting skip mode, which must not
-  /// depend on the previous one.
+  /// depend on the previous skip mode.
   bool skipModeFrom(const Strong<NSObjectProtocol>& mode) {
     NSDictionary::Entries entries{{"event", text("e")}, {"max_duration_time", number(5)}};
     if (mode != nullptr) {

@@ -1,5 +1,5 @@
-// A game that draws 240 frames a second and shows a cover over its own window: no cover, a cover
-// made with XCB only, or the library's launch screen with its indicator.
+// A game that draws 240 frames a second. It covers its own window with nothing, with a cover made
+// with XCB only, or with the library's launch screen and its indicator.
 //
 //     game none|bare|library SECONDS
 //
@@ -45,12 +45,12 @@ class Cover {
   virtual ~Cover() = default;
 
   virtual void show(const GameWindow& window, double seconds) = 0;
-  /// The cover's call in each frame.
+  /// The game calls this function in each frame.
   virtual void pump() = 0;
   [[nodiscard]] virtual bool isUp() const = 0;
 };
 
-// Shows nothing: for the frames that a game misses without a cover.
+// Shows nothing, to count the frames that the game misses without a cover.
 class NoCover final : public Cover {
  public:
   void show(const GameWindow& /*window*/, double seconds) override {
@@ -244,7 +244,7 @@ class Game {
 
  private:
   struct MissedFrames {
-    std::int64_t frame;  // the frame before the missed ones
+    std::int64_t frame;  // the frame before the missed frames
     std::int64_t count;
   };
 

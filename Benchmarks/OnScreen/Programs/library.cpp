@@ -1,4 +1,5 @@
-// The library as a host uses it: over the window of another program, or over a window of its own.
+// The library as a host uses it: over the window of another program, or over a window that this
+// program opens.
 #include <memory>
 #include <string>
 
@@ -20,8 +21,8 @@ constexpr double kPauseSeconds = int{PAUSE_MILLISECONDS} / 1000.0;
 // Records the ticks of the library's timer and the start of the cover's removal.
 class TimeRecorder final : public PlatformObserver {
  public:
-  // Called after the timer's target. The last tick removes the cover, so its call has recorded
-  // `hide_start` already.
+  // Called after the timer's target. The last tick removes the cover, so the call of the target has
+  // already recorded `hide_start`.
   void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) override {
     record_tick_at(hide_start != 0 ? hide_start : read_clock());
   }
@@ -53,7 +54,7 @@ Strong<NSWindow> openWindow(CGRect frame) {
   return window;
 }
 
-// The window to cover: an adopted window, or a new one.
+// The window to cover: an adopted window or a new window.
 Strong<NSWindow> findOrOpenWindow(const Arguments& arguments) {
   if (arguments.window == 0) {
     return openWindow(CGRectMake(arguments.x, arguments.y, arguments.width, arguments.height));

@@ -11,8 +11,8 @@
 #include <string.h>
 #include <time.h>
 
-/* The place of the window that a warm program shows first. It does not overlap the points that
- * the watcher looks at. */
+/* The position and the size of the window that a warm program shows first. The window does not
+ * overlap the points that the watcher looks at. */
 enum { FIRST_X = 0, FIRST_Y = 0, FIRST_WIDTH = 300, FIRST_HEIGHT = 220 };
 /* How long the first window stays, and how long the program then waits. */
 enum { FIRST_MILLISECONDS = 150, PAUSE_MILLISECONDS = 100 };

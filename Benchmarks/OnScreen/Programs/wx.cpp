@@ -14,7 +14,7 @@ Arguments arguments;
 class SplashApplication final : public wxApp {
  public:
   bool OnInit() override {
-    // Without this, the program ends when it closes the first window.
+    // Without this call, the program ends when it closes the first window.
     SetExitOnFrameDelete(false);
     if (arguments.mode == MODE_COLD) {
       showMeasuredWindow();
@@ -38,7 +38,7 @@ class SplashApplication final : public wxApp {
                               place.GetPosition(), place.GetSize(), wxBORDER_NONE);
   }
 
-  // Called twice: to close the first window, and then to show the measured one.
+  // Called twice: to close the first window, and then to show the measured window.
   void continueAfterPause() {
     if (splash_ != nullptr) {
       splash_->Destroy();
