@@ -1,4 +1,4 @@
-// What the commands of `launchscreen` have in common.
+// Declarations that all commands of `launchscreen` use.
 #pragma once
 
 #include <functional>
@@ -13,20 +13,21 @@ namespace vel::host {
 /// The exit status of the process.
 enum ExitStatus : int {
   kExitSuccess = 0,
-  kExitFailure = 1,      ///< the command could not do its work
-  kExitBadUsage = 2,     ///< the command line, or a file that it names, is wrong
-  kExitSignalBase = 128  ///< plus the number of the signal that ended the command
+  kExitFailure = 1,      ///< the command failed
+  kExitBadUsage = 2,     ///< the command line or a file that it names is invalid
+  kExitSignalBase = 128  ///< the command adds the number of the signal that ended it
 };
 
-/// Thrown by a command if its command line is wrong; `what` is one line for the user.
+/// Thrown by a command if its command line or a file that the command line names is invalid. `what`
+/// returns one line for the user.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// Runs a command and returns the exit status. Each command has a function
-/// `add…Command(CLI::App& program, CommandRun& chosenRun)`. It adds the command to the program. If
-/// the user names the command, parsing the command line sets `chosenRun`.
+/// A function that runs a command and returns the exit status. For each command, a function
+/// `add…Command(CLI::App& program, CommandRun& chosenRun)` adds the command to the program. If the
+/// user chooses the command, parsing the command line sets `chosenRun`.
 using CommandRun = std::function<int()>;
 
 }  // namespace vel::host

@@ -38,7 +38,8 @@ std::string readFile(const std::string& name) {
   return text;
 }
 
-/// Writes the lines of the trace. Passes the lines and the states to the timeline if there is one.
+/// Writes the lines of the trace. Also passes the lines and the states to `timeline`, unless
+/// `timeline` is null.
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
@@ -59,8 +60,8 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The file for a picture of the play. The constructor opens it before the play, so that an error
-/// is reported before the trace.
+/// The file for a picture of the play. The constructor opens the file. The caller constructs the
+/// object before the play, so that an error is reported before the trace.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.

@@ -1,4 +1,5 @@
-// `launchscreen play`: plays a scenario and prints what happened.
+// The command `launchscreen play`. It plays a scenario and prints a trace: one line of JSON for
+// each event.
 #pragma once
 
 #include <iosfwd>
@@ -9,19 +10,19 @@
 
 namespace vel::host {
 
-/// The exit status if a scenario ends in an error that would end the process of a host.
+/// The exit status if a play stops early because of an error that would end the process of a host.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
   /// The file with the scenario, or "-" for standard input.
   std::string file;
-  /// The file for a picture of the play, if the user wants one.
+  /// The file for an SVG picture of the play. Without a value, no picture is drawn.
   std::optional<std::string> timelinePath = std::nullopt;
 };
 
-/// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError,
-/// before it writes to `out`, if the scenario cannot be read or the file for the picture cannot be
-/// opened.
+/// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError
+/// if the scenario cannot be read or the file for the picture cannot be opened. In these cases,
+/// nothing is written to `out`.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
 /// Adds the command to the program; see `CommandRun`.

@@ -1,4 +1,4 @@
-// The objects that the player creates as the host.
+// The classes of the objects that the player creates when it acts as the host.
 #pragma once
 
 #include <functional>
@@ -63,7 +63,7 @@ class ConformingResolverDelegate final
   StateHandler handler_;
 };
 
-/// Has the operation of the protocol but does not adopt the protocol.
+/// Has the operation of the protocol ContentResolverDelegate but does not adopt the protocol.
 class UndeclaredResolverDelegate final
     : public Class<UndeclaredResolverDelegate, "UndeclaredResolverDelegate"> {
  public:
@@ -77,8 +77,8 @@ class UndeclaredResolverDelegate final
   StateHandler handler_;
 };
 
-/// A view delegate that has the operations and the return value of its script. It reports each call
-/// to a handler.
+/// A view delegate that responds to the operations in its script. It returns the value in the
+/// script and reports each call to a handler.
 class ScriptedViewDelegate final
     : public Class<ScriptedViewDelegate, "ScriptedViewDelegate", NSObject, ContentViewDelegate> {
  public:

@@ -54,7 +54,8 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // From here on, the library must not call this object. Deactivating breaks reference cycles.
+  // The library must not call this object any more. Deactivating the contents and the controller
+  // breaks reference cycles.
   viewDelegate_ = nullptr;
   temporaryContents_.push_back(mainContent_);
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {

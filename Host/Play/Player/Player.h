@@ -19,12 +19,12 @@ enum class PlayOutcome : std::uint8_t {
   CollectionMutated
 };
 
-/// Plays a scenario once, as its host, on a platform of its own. Sends the trace and the states to
-/// a listener. Use it only on the main thread.
+/// Plays a scenario once. The player acts as the host and creates its own platform. It sends the
+/// trace and the states to a listener. Use it only on the main thread.
 class Player final : private PlatformObserver {
  public:
-  /// Opens the host's windows and makes the manager. The trace does not contain this. The scenario
-  /// and the listener must outlive the player.
+  /// Opens the host's windows and creates the manager. The trace does not contain these actions.
+  /// The scenario and the listener must outlive the player.
   Player(const Scenario& scenario, PlayListener& listener);
   ~Player() override;
 
@@ -46,7 +46,7 @@ class Player final : private PlatformObserver {
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
-  // Runs the loop until this time, and until no more work is due at this time.
+  // Runs the loop until `time` and does all work that is due at `time`.
   void runUntil(Nanoseconds time);
   void reportState();
   void report(TraceEvent event);
@@ -87,12 +87,13 @@ class Player final : private PlatformObserver {
   PlayListener& listener_;
   HeadlessPlatform platform_;
   WindowNames names_;
-  std::vector<Strong<NSWindow>> windows_;  // the host's own, including closed ones
+  std::vector<Strong<NSWindow>> windows_;  // the host's windows, including closed windows
   Strong<HostBroker> broker_;
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  Weak<LaunchScreenContent> mainContent_;  // needed after the manager has released it
+  // The player needs the main content even after the manager has released it.
+  Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   std::vector<Weak<LaunchScreenViewController>> shownCovers_;
   std::vector<Strong<NSViewController>> controllersOverCover_;

@@ -38,7 +38,7 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
           }
         });
   }
-  // Content that the manager has released may still notify a delegate.
+  // The main content may notify a delegate even after the manager has released the content.
   send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
@@ -189,8 +189,8 @@ void Player::perform(const step::PresentOver& /*action*/) {
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // Dismisses the newest controller that is still presented. Calls the operation of that
-  // controller, because the operation of the cover may refuse.
+  // Dismisses the newest controller that is still presented. Calls `dismissViewController` on this
+  // controller, because the cover may refuse the call.
   while (!controllersOverCover_.empty()) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();

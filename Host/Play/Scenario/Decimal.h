@@ -4,7 +4,7 @@
 
 namespace vel::host {
 
-/// Returns the shortest decimal number that reads back as the same double.
+/// Returns the shortest decimal number whose conversion to a double gives `number`.
 [[nodiscard]] std::string shortestDecimal(double number);
 
 }  // namespace vel::host

@@ -5,19 +5,18 @@
 
 namespace vel::host {
 
-/// The place of a label: its row, counted from the top, and its side of the mark.
+/// The position of a label: its row, counted from the top, and its side of the mark.
 struct LabelPlace {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
   Side side = Side::Right;
 };
 
-/// Places marks and their labels in rows so that they do not overlap. Each mark goes into the
-/// topmost row that has room, in the order of the calls.
+/// Puts marks and their labels into rows without overlaps. Each call of `place` uses the topmost
+/// row that has room.
 class LabelLayout {
  public:
-  /// `right` is the right edge of the picture, and `gap` is the minimum distance between
-  /// neighbours.
+  /// `right` is the right edge of the picture. `gap` is the minimum distance between neighbours.
   LabelLayout(double right, double markRadius, double gap)
       : right_(right), markRadius_(markRadius), gap_(gap) {}
 

@@ -7,7 +7,7 @@ namespace vel::host {
 
 namespace {
 
-// Rounds to a hundredth of a pixel, to keep the file small.
+// Rounds the value to two decimals, to keep the file small.
 std::string number(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2f", value);
@@ -19,8 +19,8 @@ std::string number(double value) {
   return digits;
 }
 
-// True if XML can contain the first character of the text. XML cannot contain control characters,
-// U+FFFE and U+FFFF.
+// False if the text starts with a control character, U+FFFE or U+FFFF. XML cannot contain most of
+// these characters.
 bool isValidInXml(std::string_view rest) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
   return static_cast<unsigned char>(rest.front()) >= ' ' && !rest.starts_with(kNoncharacters[0]) &&

@@ -19,8 +19,8 @@ struct PictureRect {
   double height = 0;
 };
 
-/// The elements of a picture, in drawing order. `styleClass` is the class of an element in
-/// the style sheet. Special characters in texts are escaped.
+/// The elements of a picture, in drawing order. `styleClass` is the class of an element in the
+/// style sheet. Special characters in text are escaped.
 class Svg {
  public:
   enum class Anchor : unsigned char { Start, Middle, End };

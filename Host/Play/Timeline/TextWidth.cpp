@@ -21,7 +21,7 @@ bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 
 
 double widthOf(char byte) {
   if (isContinuationByte(byte)) {
-    return 0;  // the first byte of the character has the width
+    return 0;  // the width is counted at the first byte of the character
   }
   return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kOtherWidth;
 }

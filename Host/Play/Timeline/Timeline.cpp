@@ -13,8 +13,9 @@ namespace vel::host {
 
 namespace {
 
-// The maximum difference of the slopes of two stretches that are drawn as one. The unit is seconds
-// of time left per second. It is far above rounding errors and far below the effect of one tick.
+// Two stretches are drawn as one if their slopes differ by less than this. A slope is the change of
+// the time left, in seconds per second. The tolerance is far above rounding errors and far below
+// the effect of one tick.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
@@ -23,7 +24,6 @@ double slopeOf(const CountdownStretch& stretch) {
          secondsFromNanoseconds(stretch.span.to - stretch.span.from);
 }
 
-// True if `stretch` continues `previous`.
 bool isContinuation(const CountdownStretch& previous, const CountdownStretch& stretch) {
   return previous.countsDown == stretch.countsDown && previous.span.to == stretch.span.from &&
          previous.timeLeftAtEnd == stretch.timeLeftAtStart;
@@ -54,7 +54,7 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// Returns the reason in a log line that reports a refusal, or `std::nullopt` for another log line.
+// If the log line reports a refusal, returns the reason. Otherwise returns `std::nullopt`.
 std::optional<std::string> refusalReasonIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
   const std::size_t start = logLine.find(kSeparator);
@@ -70,7 +70,7 @@ class Timeline::Marker {
   explicit Marker(Timeline& timeline) : timeline_(timeline) {}
 
   void operator()(const trace::StepStart& step) {
-    if (step.name != "inspect" && step.name != "request") {  // a request is marked with its result
+    if (step.name != "inspect" && step.name != "request") {  // the result of a request gets a mark
       timeline_.addMark(TimelineLane::Script, std::string(step.name));
     }
   }
@@ -113,7 +113,7 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Several style changes of one window in a row get one mark, for the last change.
+    // Consecutive style changes of one window share a mark, which shows the last change.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
@@ -175,7 +175,7 @@ void Timeline::extendSpans(const PlayState& previous, const PlayState& current) 
     }
     extend(entry->spans, span);
   }
-  // Without a countdown, the time left stays constant and changes only at the end of the stretch.
+  // If the countdown is paused, the time left is constant until the end of the stretch.
   const double timeLeftAtEnd =
       previous.countsDown ? std::max(current.timeLeft, 0.0) : previous.timeLeft;
   if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(timeLeftAtEnd)) {
@@ -187,7 +187,7 @@ void Timeline::extendSpans(const PlayState& previous, const PlayState& current) 
 }
 
 void Timeline::extendCountdown(CountdownStretch stretch) {
-  // The time left changes only at a tick, but is drawn as a sloping line between ticks. So a
+  // The time left changes only at ticks, but the picture shows a sloping line between ticks. So a
   // constant stretch between two ticks is merged with the next stretch.
   if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&

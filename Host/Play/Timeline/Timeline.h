@@ -46,19 +46,20 @@ struct KeyWindowSpans {
   std::vector<TimeSpan> spans;
 };
 
-/// Collects what the picture of a play shows. The size of the timeline depends on the number of
+/// Collects the data for the picture of a play. The size of the data depends on the number of
 /// changes, not on the duration of the play.
 class Timeline final : public PlayListener {
  public:
   void traceLineAdded(const TraceLine& line) override;
   void stateReached(const PlayState& state) override;
 
-  /// Returns the marks in the order of time.
+  /// Returns the marks in order of time.
   [[nodiscard]] const std::vector<TimelineMark>& marks() const { return marks_; }
   /// Returns the windows in the order in which they first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
-  /// Returns the time left during the play, without the spans in which no time is left.
+  /// Returns how the time left changes during the play. Leaves out the spans in which no time is
+  /// left.
   [[nodiscard]] const std::vector<CountdownStretch>& countdown() const { return countdown_; }
   /// Returns the time of the latest line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
@@ -77,7 +78,7 @@ class Timeline final : public PlayListener {
   std::vector<CountdownStretch> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> latestState_;
-  // The window of the latest mark, if that mark is a window style.
+  // The window of the latest mark, if the mark is in the lane `WindowStyle`.
   std::optional<std::string> styledWindow_;
   // True if a dismissal was requested since the latest state.
   bool isDismissalRequested_ = false;

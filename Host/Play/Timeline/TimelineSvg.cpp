@@ -50,8 +50,8 @@ constexpr LaneStyle kLanes[] = {
 
 constexpr double kWidth = 960;
 constexpr double kMargin = 16;
-constexpr double kLeft = 150;   // the start of the play
-constexpr double kRight = 920;  // the end of the play
+constexpr double kLeft = 150;   // the x coordinate of the start of the play
+constexpr double kRight = 920;  // the x coordinate of the end of the play
 constexpr double kFontSize = 13;
 constexpr double kTitleSize = 16;
 constexpr double kBaselineOffset = 4.5;  // from the vertical centre of a text to its baseline
@@ -71,7 +71,8 @@ struct AxisTick {
   std::string text;
 };
 
-// Returns 0 and at most `maximum` further round values up to `end`, in seconds.
+// Returns the ticks of an axis from 0 to `end` seconds: 0 and at most `maximum` further round
+// values.
 std::vector<AxisTick> axisTicks(double end, int maximum) {
   const double power = std::floor(std::log10(end / maximum));
   double step = 0;
@@ -114,7 +115,8 @@ class Drawing {
     for (const LaneStyle& lane : kLanes) {
       drawMarks(lane);
     }
-    // The background and the grid are drawn first, but their height is known only now.
+    // The background and the grid must come first in the picture, but their height is known only
+    // now.
     Svg picture;
     picture.rect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
     for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {

@@ -32,7 +32,7 @@ Inspection::Content inspectContent(const LaunchScreenContent& content) {
 Inspection::Controller inspectController(LaunchScreenViewController& controller,
                                          WindowNames& names) {
   const auto delegates = controller.delegates();
-  // `view` would load the view, which changes the state.
+  // Calling `view` would load the view and change the state.
   const auto window = controller.isViewLoaded() ? controller.view()->window() : nullptr;
   return {.presentationMode = controller.presentationMode(),
           .appWindow = names.nameOf(controller.appWindow()),

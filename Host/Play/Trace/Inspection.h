@@ -16,8 +16,8 @@ namespace vel::host {
 
 class WindowNames;
 
-/// The state that a host can see, at one moment. A Boolean named after an object is true if the
-/// object exists.
+/// The state that a host can observe at one moment. A Boolean with the name of an object is true if
+/// the object exists.
 struct Inspection {
   struct Manager {
     bool content = false;

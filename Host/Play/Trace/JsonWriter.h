@@ -44,8 +44,8 @@ void writeJson(std::string& text, const std::vector<Value>& values) {
   text += ']';
 }
 
-/// Appends an object to a text. The constructor writes the opening brace, the destructor writes the
-/// closing brace.
+/// Appends a JSON object to `text`. The constructor writes the opening brace, and the destructor
+/// writes the closing brace.
 class JsonObject : private NonCopyable {
  public:
   explicit JsonObject(std::string& text) : text_(text) { text_ += '{'; }

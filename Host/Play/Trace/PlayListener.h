@@ -11,7 +11,7 @@ namespace vel::host {
 /// The state of a play at one moment.
 struct PlayState {
   Nanoseconds time = 0;
-  /// The time left of the launch screen, in seconds.
+  /// The time left until the launch screen expires, in seconds.
   double timeLeft = 0;
   bool countsDown = false;
   /// True if a cover of the library is on screen.
@@ -25,9 +25,10 @@ class PlayListener : private NonCopyable {
   PlayListener() = default;
   virtual ~PlayListener() = default;
 
-  /// A background thread may call this while the main thread waits for that thread.
+  /// May be called on a background thread. The main thread then waits for the background thread.
   virtual void traceLineAdded(const TraceLine& line) = 0;
-  /// Called after each step, and after all work that was due at one time.
+  /// Called after each step. Also called each time the run loop has done all work that was due at
+  /// one time.
   virtual void stateReached(const PlayState& state) = 0;
 };
 

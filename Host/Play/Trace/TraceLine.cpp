@@ -34,7 +34,7 @@ std::optional<std::string_view> contentName(std::optional<ContentName> content) 
   return content ? std::optional(nameOf(*content, kContents)) : std::nullopt;
 }
 
-/// Writes the members of a line that follow "t".
+/// Writes the members of a line after the member "t".
 class LineWriter {
  public:
   LineWriter(std::string& text, JsonObject& line) : text_(text), line_(line) {}

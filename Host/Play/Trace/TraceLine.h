@@ -25,17 +25,17 @@ struct StepStart {
 struct Activation {
   bool result = false;
 };
-/// The content that `contentDataForContentRequest:` returned. It has no value if the
+/// The content that `contentDataForContentRequest:` returned. `content` has no value if the
 /// operation returned null.
 struct ContentDataResult {
   std::optional<ContentName> content;
 };
-/// The content whose view `contentViewForContentData:` returned. It has no value if the
+/// The content whose view `contentViewForContentData:` returned. `content` has no value if the
 /// operation returned null.
 struct ContentViewResult {
   std::optional<ContentName> content;
 };
-/// The resolver was registered for these engines.
+/// The library registered its resolver for these engines.
 struct Registration {
   std::vector<std::string> engines;
 };

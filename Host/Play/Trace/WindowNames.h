@@ -10,7 +10,7 @@
 namespace vel::host {
 
 /// The names of the windows of a play. The player names the host's windows. The window of a
-/// presentation gets a name when `nameOf` is first called for it. Does not keep windows
+/// presentation gets its name in the first call of `nameOf` for this window. Does not keep windows
 /// alive.
 class WindowNames {
  public:
