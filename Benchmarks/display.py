@@ -11,7 +11,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BIN = ROOT / "build" / "benchmarks" / "bin"
 SCREEN = "1280x960x24"
-# Where the measured windows are: their position and size.
+# The position and the size of the measured windows.
 WINDOW = ("320", "240", "640", "480")
 MIDDLE = "640,480"
 TIMESTAMPS = ("show_start", "show_end", "hide_start", "peak_kibibytes")
@@ -22,7 +22,10 @@ def say(text):
 
 
 class Server:
-    """An X server, with a window manager if `manager` is its command. Both end with this object."""
+    """An X server, with a window manager if `manager` is its command.
+
+    Both programs end with this object.
+    """
 
     def __init__(self, manager=None):
         reading, writing = os.pipe()

@@ -10,7 +10,7 @@ TICK = 100_000_000
 
 
 def spread(values):
-    """The interquartile range."""
+    """Returns the interquartile range."""
     if len(values) < 2:
         return 0.0
     low, _, high = statistics.quantiles(values, n=4, method="inclusive")
@@ -27,13 +27,13 @@ def format_value(value, unit="ns"):
 
 
 def format_median(values):
-    """The median, the minimum and the interquartile range."""
+    """Formats the median, the minimum and the interquartile range."""
     return (f"{format_value(statistics.median(values))} "
             f"({format_value(min(values))}; {format_value(spread(values))})")
 
 
 def growth_exponent(points):
-    """The slope of the regression line of log(cost) over log(size)."""
+    """Returns the slope of the regression line of log(cost) over log(size)."""
     xs = [math.log(size) for size, _ in points]
     ys = [math.log(cost) for _, cost in points]
     x, y = statistics.fmean(xs), statistics.fmean(ys)
@@ -41,7 +41,7 @@ def growth_exponent(points):
 
 
 def growth_curves(in_process):
-    """[(what, {who: [(size, median)]})] of each benchmark with several sizes."""
+    """Returns [(what, {who: [(size, median)]})] for the benchmarks with several sizes."""
     curves = {}
     for (what, size), runs in in_process.items():
         if size is not None:
@@ -54,12 +54,12 @@ def growth_curves(in_process):
 
 
 def spans(runs, begin, end):
-    """The times between two timestamps, of the runs that have both."""
+    """Returns the time between two timestamps for each run that has both timestamps."""
     return [run[end] - run[begin] for run in runs if run[end] != 0 and run[begin] != 0]
 
 
 def tick_errors(runs):
-    """How much later each tick came than the least late tick of its run."""
+    """Returns the delay of each tick minus the minimum delay in its run."""
     errors = []
     for run in runs:
         late = [tick - number * TICK for number, tick in enumerate(run["tick_times"])]
@@ -68,7 +68,7 @@ def tick_errors(runs):
 
 
 def drifts(runs):
-    """The difference between the time from the first to the last tick, and what it should be."""
+    """Returns for each run the error of the time from the first to the last tick."""
     return [abs(run["tick_times"][-1] - run["tick_times"][0] - (len(run["tick_times"]) - 1) * TICK)
             for run in runs if len(run["tick_times"]) > 1]
 

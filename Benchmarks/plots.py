@@ -17,7 +17,7 @@ OTHERS = "#8b949e"
 
 
 def plot_growth(curves, path):
-    """One plot for each benchmark with several sizes: the cost against the size."""
+    """Draws one plot for each benchmark with several sizes: the cost against the size."""
     columns = 3
     rows = math.ceil(len(curves) / columns)
     figure, axes = plt.subplots(rows, columns, figsize=(11, 3.2 * rows), squeeze=False)
@@ -38,7 +38,7 @@ def plot_growth(curves, path):
 
 
 def draw_bars(axis, title, values):
-    """One bar for each program, with its median in milliseconds and a mark for each run."""
+    """Draws one bar for each program, with its median in milliseconds and a mark for each run."""
     values = {name: times for name, times in values.items() if times}
     order = sorted(values, key=lambda name: -statistics.median(values[name]))
     for place, name in enumerate(order):
@@ -55,7 +55,7 @@ def draw_bars(axis, title, values):
 
 
 def plot_screen(results, path):
-    """The time until the screen is white: warm, cold, and from process start."""
+    """Plots the time until the screen is white: warm, cold, and from process start."""
     def milliseconds(runs, begin):
         return [time / 1e6 for time in spans(runs, begin, "white_start")]
 

@@ -69,7 +69,7 @@ def start_section(start, objects):
 
 
 def describe_runtime(start):
-    """The share of a process start that the C++ runtime causes."""
+    """Describes the share of a process start that the C++ runtime causes."""
     def ratio(value):
         medians = [statistics.median([value(run) for run in start[name]])
                    for name in ("bare-runtime", "bare")]

@@ -1,4 +1,4 @@
-"""The targets of the benchmarks, and if they are met."""
+"""The targets of the benchmarks, and whether the results meet them."""
 
 import re
 import statistics
@@ -20,7 +20,7 @@ class TargetTable:
         self.rows.append((what, target, figures, ratio, "yes" if is_met else "no"))
 
     def add_ratio(self, what, ours, others, limit, name, unit="ns"):
-        """The target: our median is at most `limit` times the median of the others."""
+        """Adds the target that our median is at most `limit` times the median of the others."""
         if ours and others:
             our_median, other_median = statistics.median(ours), statistics.median(others)
             self.add(what, f"at most {limit} times {name}",
@@ -28,7 +28,7 @@ class TargetTable:
                      our_median <= limit * other_median, f"{our_median / other_median:.2f}")
 
     def add_lead(self, what, ours, others, times, name):
-        """The target: the median of the others is at least `times` our median."""
+        """Adds the target that the median of the others is at least `times` our median."""
         if ours and others:
             our_median, other_median = statistics.median(ours), statistics.median(others)
             target = (f"{name} takes at least {times} times as long" if times > 1
@@ -38,7 +38,7 @@ class TargetTable:
 
 
 def add_cover_targets(table, over):
-    """The targets of a cover over the window of another program, cold and warm."""
+    """Adds the targets of a cover over the window of another program, cold and warm."""
     for mode in ("warm", "cold"):
         ours, bare = over["library", mode], over["bare", mode]
         white = ("show_start", "white_start")
@@ -81,7 +81,7 @@ def add_countdown_targets(table, start):
 
 
 def add_game_targets(table, game):
-    """The targets of a game at 240 frames a second."""
+    """Adds the targets of a game at 240 frames a second."""
     if not all(game.values()):
         return
     ours, bare = pump_times(game["library"]), pump_times(game["bare"])
@@ -121,7 +121,7 @@ def add_size_targets(table, sizes):
 
 
 def user_targets(results):
-    """The rows of the targets that a user or the author of a host can notice."""
+    """Returns the rows of the targets that a user or the author of a host can notice."""
     table = TargetTable()
     add_cover_targets(table, results["over_a_host"])
     add_start_targets(table, results["from_start"], results["shared_objects"])
@@ -136,7 +136,7 @@ def user_targets(results):
 
 
 def operation_targets(results):
-    """The rows of the targets for operations that are too short for a user to notice."""
+    """Returns the rows of the targets for operations that are too short for a user to notice."""
     table = TargetTable()
     over, start, inside = (results[key] for key in ("over_a_host", "from_start", "in_process"))
     calls = ("show_start", "show_end")

@@ -1,5 +1,5 @@
-# The optional back ends: the folders in Platform/WindowSystem that need libraries of the system. A
-# new one needs a call of vel_find_backend below and a case in Platform/WindowSystem/Backends.
+# The optional back ends: the folders in Platform/WindowSystem that need libraries of the system. A new
+# back end needs a call of vel_find_backend below and a case in Platform/WindowSystem/Backends.
 #
 # vel_find_backend(<folder> MODULES <pkg-config module>... [HEADERS <pkg-config module>...])
 #
@@ -7,8 +7,8 @@
 # is built, sets VEL_<FOLDER>_ENABLED and creates PkgConfig::VEL_<FOLDER>, which the back end links.
 # Of the modules in HEADERS, only the headers are used. Appends to these lists:
 #   VEL_OPTIONAL_BACKENDS    every optional back end
-#   VEL_BACKENDS             those that are built
-#   VEL_BACKEND_DEFINITIONS  VEL_HAS_<FOLDER>=1 for those that are built
+#   VEL_BACKENDS             the back ends that are built
+#   VEL_BACKEND_DEFINITIONS  VEL_HAS_<FOLDER>=1 for each back end that is built
 #   VEL_BACKEND_MODULES      the modules that a program must link with the static library
 # and sets VEL_<FOLDER>_MODULES.
 

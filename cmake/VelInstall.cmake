@@ -1,5 +1,6 @@
 # Installs the library, its headers, and the CMake and pkg-config packages. The component `runtime`
-# is what a program needs to run, the component `development` what it needs to be built.
+# contains what a program needs to run. The component `development` contains what a build of a program
+# needs.
 
 include(CMakePackageConfigHelpers)
 
@@ -38,7 +39,7 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   OUTPUT_VARIABLE pc_prefix)
 cmake_path(APPEND pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
 cmake_path(APPEND pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
-# Programs that link the static library also link what it depends on.
+# Programs that link the static library also link the dependencies of the library.
 set(pc_requires_private "")
 set(pc_libs_private "")
 set(find_backend_libraries "")

@@ -1,10 +1,10 @@
 # vel_add_layer(<name> [RECURSIVE] [SOURCES <source>...] [DEPENDS <layer>...]
 #               [LIBRARIES <target>...] [DEFINITIONS <definition>...])
 #
-# Creates the target vel::<name> from the sources of the current folder. RECURSIVE also takes the
-# sources of its subfolders, SOURCES the sources that it lists. DEPENDS lists the layers whose
-# headers the folder includes. LIBRARIES (targets from outside the project) and DEFINITIONS apply to
-# the folder's own sources only. A folder without sources becomes an interface target.
+# Creates the target vel::<name> from the sources of the current folder. RECURSIVE adds the sources of
+# its subfolders. SOURCES adds the listed sources. DEPENDS lists the layers whose headers the folder
+# includes. LIBRARIES (targets from outside the project) and DEFINITIONS apply to the folder's own
+# sources only. A folder without sources becomes an interface target.
 function(vel_add_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 layer "RECURSIVE" "" "SOURCES;DEPENDS;LIBRARIES;DEFINITIONS")
   if(layer_UNPARSED_ARGUMENTS)
@@ -32,7 +32,7 @@ function(vel_add_layer name)
   endif()
   add_library(vel::${name} ALIAS Vel${name}Layer)
 
-  # Includes are written from the project's root.
+  # #include paths are relative to the project's root.
   target_include_directories(Vel${name}Layer ${scope} "${PROJECT_SOURCE_DIR}")
   target_compile_features(Vel${name}Layer ${scope} cxx_std_20)
   target_link_libraries(Vel${name}Layer ${scope} Threads::Threads ${layer_DEPENDS})

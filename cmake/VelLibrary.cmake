@@ -16,7 +16,8 @@ set_target_properties(VelLaunchScreen PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR})
 target_compile_features(VelLaunchScreen PUBLIC cxx_std_20)
-# Hosts write #include <VelLaunchScreen/...>. The headers include each other from the project's root.
+# Hosts write #include <VelLaunchScreen/...>. Paths of #include in the headers are relative to the
+# project's root.
 target_include_directories(VelLaunchScreen PUBLIC
   "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR};${PROJECT_SOURCE_DIR}/include>"
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_INCLUDEDIR}/VelLaunchScreen>")
@@ -37,7 +38,7 @@ if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
     target_link_options(VelLaunchScreen PRIVATE
       -flto-partition=one -ffunction-sections -fdata-sections)
   endif()
-  # Most relocations are in vtables. Packed, they take a hundredth of the space.
+  # Most relocations are in vtables. Packed relocations take a hundredth of the space.
   include(CheckLinkerFlag)
   check_linker_flag(CXX "LINKER:-z,pack-relative-relocs" VEL_PACKS_RELOCATIONS)
   if(VEL_PACKS_RELOCATIONS)

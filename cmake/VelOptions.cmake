@@ -1,6 +1,6 @@
 # The options of the project.
 
-# As a subproject, the library is built as the parent project chooses.
+# If the library is a subproject, the parent project chooses how it is built.
 if(PROJECT_IS_TOP_LEVEL)
   option(BUILD_SHARED_LIBS "Build a shared library" ON)
 endif()

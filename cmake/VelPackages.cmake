@@ -40,7 +40,8 @@ if(VEL_HOST)
 It also plays scenarios in virtual time.")
 endif()
 
-# EXCLUDE_FROM_ALL: `cmake --install` leaves these out; CPack installs each component by name.
+# EXCLUDE_FROM_ALL: `cmake --install` does not install the copyright files. CPack installs each
+# component by name.
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} name)
   install(

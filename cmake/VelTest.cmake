@@ -1,7 +1,8 @@
 # vel_add_test(<name> [LINK <target>...])
 #
-# Builds the program <name>Tests from the sources in the folder <name> and its subfolders, except
-# those named after an optional back end. Each test case becomes a test of ctest with the label <name>.
+# Builds the program <name>Tests from the sources in the folder <name> and its subfolders. Excludes
+# subfolders that are named after an optional back end. Each test case becomes a test of ctest with the
+# label <name>.
 function(vel_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "" "LINK")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${name}/*.cpp")

@@ -11,7 +11,8 @@ require_packages build test
 build_preset debug launchscreen
 program=build/debug/bin/launchscreen
 
-# The exit status of `play` if the scenario ends with a fatal error. Its trace is complete.
+# The exit status of `play` if the scenario ends with a fatal error. The trace of such a scenario is
+# complete.
 fatal=3
 
 for trace in Tests/Host/Play/golden/*.jsonl; do

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Covers every host in every environment and writes what the screen showed to build/hosts.md. It takes
-# less than half an hour on two cores. Arguments go to Tests/Hosts/matrix.py, for example
+# Covers every host in every environment and writes what the screen showed to build/hosts.md. The script
+# takes less than half an hour on two cores. Arguments go to Tests/Hosts/matrix.py, for example
 #   scripts/hosts.sh --hosts xterm,godot --environments bare,xfwm4
 set -euo pipefail
 

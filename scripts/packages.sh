@@ -30,8 +30,8 @@ package_is_installed() {
   [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
 }
 
-# require_packages GROUP...: installs the missing packages of the groups. Prints nothing if none is
-# missing.
+# require_packages GROUP...: installs the missing packages of the groups. Prints nothing if no package
+# is missing.
 require_packages() {
   if ! command -v dpkg-query >/dev/null; then
     echo "$0: not a Debian system: install the packages that scripts/packages.sh lists yourself; continuing" >&2

@@ -16,7 +16,7 @@ BASE = ["Platform/Foundation"]
 PORT = ["Platform/WindowSystem", *BASE]
 PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
-# What a program needs that chooses its window system.
+# The folders that a program needs if it chooses its window system.
 BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
 EVERYTHING = [""]
 MAY_INCLUDE = {
@@ -78,12 +78,12 @@ def is_below(path, folder):
 
 
 def layer_of(path):
-    """The innermost folder with a row that contains the file, or None."""
+    """Returns the innermost folder with a row that contains the file, or None."""
     return max((f for f in MAY_INCLUDE if is_below(path, f)), key=len, default=None)
 
 
 def without_comments(text):
-    """The text without its comments; line numbers stay the same."""
+    """Returns the text without its comments. Line numbers stay the same."""
 
     def blank(match):
         found = match.group()

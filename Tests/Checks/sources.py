@@ -8,8 +8,9 @@ SUFFIXES = {".h", ".hpp", ".c", ".cpp"}
 
 
 def source_files(root):
-    """All sources below root, as sorted paths relative to root. In a repository these are the files
-    that git tracks or would add; elsewhere, all files outside build folders and hidden folders."""
+    """Returns all sources below root, as sorted paths relative to root. In a repository, these are
+    the files that git tracks or would add. Elsewhere, these are all files outside build folders and
+    hidden folders."""
     root = Path(root)
     listed = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],

@@ -42,7 +42,7 @@ class Sources:
         return self._files[name]
 
     def digest(self, name):
-        """A digest of the file and of all the project's headers that it includes, directly or not."""
+        """Returns a digest of the file and of all project headers that it includes, directly or not."""
         seen, waiting = set(), [name]
         while waiting:
             current = waiting.pop()
@@ -56,13 +56,13 @@ class Sources:
 
 
 def checks_for(root, name):
-    """The text of every .clang-tidy file that applies to the source."""
+    """Returns the text of every .clang-tidy file that applies to the source."""
     files = [root / folder / ".clang-tidy" for folder in Path(name).parents]
     return b"\0".join(file.read_bytes() for file in files if file.is_file())
 
 
 def commands(root, build):
-    """Pairs of a source's path, relative to root, and the command that compiles it."""
+    """Returns pairs: a source's path relative to root, and the command that compiles the source."""
     file = build / "compile_commands.json"  # missing if there is nothing to compile
     database = json.loads(file.read_text(encoding="utf-8")) if file.is_file() else []
     sources = {}

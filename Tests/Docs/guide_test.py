@@ -12,7 +12,7 @@ from docs import PROGRAM, ROOT
 
 PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
 PREFIX = Path(os.environ["PREFIX"])
-# Tuples: language, file name or empty, text.
+# Each snippet is a tuple: the language, the file name (or an empty string), the text.
 SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
 # The code around a snippet of statements.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>

@@ -23,7 +23,7 @@ def rows(heading):
 
 
 class Play:
-    """Plays a request, its presentation and more steps; has the trace."""
+    """Plays a request, its presentation and more steps, and stores the trace."""
 
     def __init__(self, parameters, steps=(), mode=0, windows=(), until=30, **host):
         script = {
@@ -53,7 +53,7 @@ class Play:
 
     @property
     def outcome(self):
-        """The times at which the cover was dismissed and the event recorded; None for never."""
+        """Returns the times of the dismissal and of the event. A time is None if it never came."""
         return self.time_of("cover", "viewDidDisappear"), self.time_of("event")
 
     @property

@@ -25,6 +25,6 @@ def contents(file):
 
 
 def is_installed(package):
-    """True if the package is installed, or removed with files left."""
+    """True if the package is installed, or has been removed but has files left."""
     status = try_run("dpkg-query", "--show", "--showformat=${db:Status-Status}", package).stdout
     return status not in ("", "not-installed")

@@ -13,13 +13,13 @@ class SubprojectTest(unittest.TestCase):
         cls.folder = fresh_folder("subproject")
 
     def build(self, *settings):
-        # Many games use unity builds; they are also the fastest.
+        # Many games use unity builds. Unity builds are also the fastest builds.
         unity = ["-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0"]
         cmake_build("subproject", self.folder, f"-DVEL_SOURCE={SOURCE}", *unity, *settings)
         self.assertEqual(run(self.folder / "host_cpp"), RUN)
         self.assertEqual(run(self.folder / "host_c"), RUN)
 
-    # The tests share a build folder, so only the first one compiles the library.
+    # The tests share a build folder, so only the first test compiles the library.
     def test_1_add_subdirectory_builds_and_installs_only_the_library(self):
         self.build("-DFETCH=OFF")
         targets = run("cmake", "--build", self.folder, "--target", "help")
