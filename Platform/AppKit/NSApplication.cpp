@@ -121,7 +121,8 @@ void NSApplication::focusMoved(WindowHandle window) {
     return;
   }
   resignKey();
-  // An observer may have made another window key, which has priority, or closed `next`.
+  // An observer may have made another window key, and that window has priority. An observer may
+  // also have closed `next`.
   if (keyWindow_ == nullptr && next != nullptr && next->isOnScreen()) {
     becomeKey(next);
   }

@@ -64,8 +64,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Shows a host's own dialog: opens the window, makes it key and begins a modal run. Runs the
   /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal run.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the run loop's mode outside modal runs. The event-tracking mode also applies during
-  /// a modal run.
+  /// Sets the run loop's mode outside modal runs. The event-tracking mode also applies during a
+  /// modal run.
   void setRunLoopMode(NSRunLoopMode mode);
 
   /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument contains the

@@ -98,8 +98,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Makes an on-screen window key without changing the stacking order. On the headless back end
   /// the window is key when this function returns. On a display, this function requests the focus:
   /// the window becomes key in a later pass of the run loop, which posts
-  /// NSWindowDidBecomeKeyNotification. The window manager may refuse the request. The window
-  /// then does not become key.
+  /// NSWindowDidBecomeKeyNotification. The window manager may refuse the request. The window then
+  /// does not become key.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
   /// True during a modal run of the window.

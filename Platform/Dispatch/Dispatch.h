@@ -50,8 +50,8 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
     dispatch_time_t deadline;
     std::string_view label;  // empty if the work has no label
   };
-  /// The work that has not run yet, in the order in which it will run. Only the main thread
-  /// may call this function.
+  /// The work that has not run yet, in the order in which it will run. Only the main thread may
+  /// call this function.
   [[nodiscard]] std::vector<PendingWork> pending() const;
   /// Removes all work that has not run yet. Only the main thread may call this function.
   void removeAll();

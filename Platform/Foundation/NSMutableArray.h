@@ -20,8 +20,8 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 
 /// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
 /// copy: if the loop's body changes the array, even at the last element, the loop throws
-/// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only
-/// one thread at a time may use an array.
+/// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only one thread at
+/// a time may use an array.
 template <class T>
 class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
  public:

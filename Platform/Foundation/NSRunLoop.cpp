@@ -154,7 +154,7 @@ void NSRunLoop::invalidateTimers() {
 }
 
 NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const {
-  // A timer does not fire while the call of its own target is running.
+  // A timer does not fire while its target is being called.
   return std::ranges::find_if(timers_, [mode](const Strong<NSTimer>& timer) {
     return firesIn(timer->modes_, mode) && !timer->isFiring_;
   });
@@ -183,7 +183,8 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
   return hasFired;
 }
 
-// Sets the next fire date of a repeating timer and reorders it, before its target is called.
+// Sets the next fire date of a repeating timer and updates the order of the timers. Call this
+// before the timer's target is called.
 void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds currentTime) {
   auto node = timers_.extract(position);
   node.value()->advance(currentTime);

@@ -33,8 +33,8 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
-/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The
-/// message lists the pending timers and the pending work of the main queue.
+/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The message
+/// lists the pending timers and the pending work of the main queue.
 class VEL_EXPORT NothingToWaitFor : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -42,8 +42,8 @@ class VEL_EXPORT NothingToWaitFor : public std::logic_error {
 
 /// The main thread's run loop. A pass in a mode fires the timers that are due, delivers the window
 /// system's events, runs the main queue's work and drains the release pool, in this order. A host
-/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Any thread
-/// may call `wake`, `now` and `currentRunLoop`. Only the main thread may call the other operations.
+/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Any thread may
+/// call `wake`, `now` and `currentRunLoop`. Only the main thread may call the other operations.
 class VEL_EXPORT NSRunLoop : NonCopyable {
  public:
   static NSRunLoop& mainRunLoop();

@@ -9,8 +9,8 @@
 namespace vel {
 
 /// A window system in memory: it keeps the state of all windows and has no screen. The `user…`,
-/// `owner…`, `windowManager…` and `server…` operations simulate the user, a window's
-/// owner, the window manager and the server. Each operation reports its result before it returns.
+/// `owner…`, `windowManager…` and `server…` operations simulate the user, a window's owner, the
+/// window manager and the server. Each operation reports its result before it returns.
 class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
  public:
   /// The current state of a window.

@@ -40,8 +40,8 @@ class FocusTracker final : public NonCopyable {
   void reset();
 
   /// Requests the focus for a window on screen. Returns true if no window manager can process the
-  /// request. In that case, sets `wantsFocus` of the window, and `WindowMonitor` sets the
-  /// focus when the window is viewable.
+  /// request. In that case, sets `wantsFocus` of the window, and `WindowMonitor` sets the focus
+  /// when the window is viewable.
   bool request(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.

@@ -11,9 +11,9 @@ namespace vel::x11 {
 class WindowTable;
 
 /// A window that hides an adopted window. It is a sibling directly above the adopted window, with
-/// the same position and size. The server clips what the owner draws by the overlay, even if the
-/// owner draws with IncludeInferiors, raises its child windows or uses OpenGL. A child of the
-/// adopted window would not hide such drawing.
+/// the same position and size. The overlay clips what the owner draws, even if the owner draws with
+/// IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted window would
+/// not hide such drawing.
 ///
 /// The overlay takes no input: the server sends pointer events to the window below it. In a window
 /// manager's frame, the overlay moves with the frame. Without a frame, the overlay follows a move

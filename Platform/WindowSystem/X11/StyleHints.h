@@ -29,18 +29,18 @@ struct StyleHints {
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
 /// Returns the value of _MOTIF_WM_HINTS without the title and the controls that `styleMask` lacks.
-/// Adds no control that `motif` lacks. Returns `motif` unchanged if nothing needs to be
-/// removed. `newType` is the type of a new property.
+/// Adds no control that `motif` lacks. Returns `motif` unchanged if nothing needs to be removed.
+/// `newType` is the type of a new property.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
-/// A value of _MOTIF_WM_HINTS that allows all functions and decorations. The value
-/// has the same effect as no property. Restoring writes this value before it deletes the property,
-/// because some window managers ignore the deletion.
+/// A value of _MOTIF_WM_HINTS that allows all functions and decorations. The value has the same
+/// effect as no property. Restoring writes this value before it deletes the property, because some
+/// window managers ignore the deletion.
 [[nodiscard]] Property permissiveMotif(xcb_atom_t type);
 
-/// The hints of a window that we create. The hints say that the program sets the position and
-/// the size.
+/// The hints of a window that we create. The hints say that the program sets the position and the
+/// size.
 [[nodiscard]] StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind,
                                            PixelRect frame, xcb_atom_t motifType);
 

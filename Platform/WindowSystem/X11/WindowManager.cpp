@@ -59,8 +59,8 @@ void WindowManager::requestProperties() {
 }
 
 // The property of a window manager that has ended may remain on the root window. The property then
-// names no window or another client's window. So this function checks the window
-// before it selects events on it.
+// names no window or another client's window. So this function checks the window before it selects
+// events on it.
 void WindowManager::readReplies() {
   const auto pending = std::exchange(pendingReplies_, std::nullopt);
   if (!pending) {

@@ -37,8 +37,8 @@ class WindowManager final : public NonCopyable {
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
-  /// Returns the controls that the window manager offers for `window`; no value if the
-  /// window manager does not publish the controls. Blocks for a round trip.
+  /// Returns the controls that the window manager offers for `window`; no value if the window
+  /// manager does not publish the controls. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients

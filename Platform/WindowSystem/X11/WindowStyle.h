@@ -11,12 +11,12 @@ namespace vel::x11 {
 
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
 /// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
-/// window, it overrides the owner's _MOTIF_WM_HINTS while the style mask differs from the owner's
-/// mask, and then restores the owner's value byte for byte.
+/// window, this class overrides the owner's _MOTIF_WM_HINTS while the style mask differs from the
+/// owner's mask, and then restores the owner's value byte for byte.
 ///
-/// It never changes WM_NORMAL_HINTS of an adopted window: a fixed size there also makes window
-/// managers refuse the owner's own requests for another size. It never changes WM_PROTOCOLS: the
-/// window manager still asks the owner to close the window.
+/// This class never changes WM_NORMAL_HINTS of an adopted window: with a fixed size in the
+/// property, window managers would also refuse the owner's own requests for another size. This
+/// class never changes WM_PROTOCOLS: the window manager still asks the owner to close the window.
 ///
 /// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values; "A - controls" is A
 /// without the title and the controls that the mask removes; `HintOverride` computes the last
@@ -66,8 +66,8 @@ class WindowStyle final : public NonCopyable {
   /// adopted.
   void hintsChanged();
 
-  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner
-  /// has set no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner has
+  /// set no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
   void restore();
   /// True while the property has a value that allows everything. The window manager must read this
   /// value before `finishRestoring` deletes the property: some window managers ignore the deletion.
