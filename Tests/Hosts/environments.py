@@ -1,4 +1,4 @@
-"""The displays of the trials. Each has its own X server and window manager."""
+"""The displays of the trials. Each display has its own X server and window manager."""
 
 import os
 import shutil
@@ -8,7 +8,7 @@ import tempfile
 import time
 from pathlib import Path
 
-# A busy machine may need far longer than the usual fraction of a second.
+# The usual time limit in seconds. A busy machine may need far longer than a fraction of a second.
 PATIENCE = 40
 SCREEN = (1280, 960)
 
@@ -28,9 +28,10 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 class Environment:
     """A window manager and possibly a compositor.
 
-    `buttons` maps each button of the frame to the offset of its centre from the top right corner of
-    the area inside the frame. A manager without buttons has an empty map. `can_resize` is true if the
-    user can drag the frame's bottom right corner.
+    `buttons` maps the name of each button of the frame to an offset: the position of the button's
+    centre relative to the top right corner of the area inside the frame. The map is empty if the window
+    manager draws no buttons. `can_resize` is true if the user can resize a window by the bottom right
+    corner of the frame.
     """
 
     def __init__(self, name, commands=(), files=None, buttons=None, can_resize=False, has_compositor=False, bus=False):
@@ -107,7 +108,7 @@ ENVIRONMENTS = [
 
 
 class Display:
-    """An X server with the programs of an environment. `close` ends all these programs."""
+    """An X server with the programs of an environment. `close` ends the server and these programs."""
 
     def __init__(self, environment):
         self.environment = environment
@@ -136,7 +137,7 @@ class Display:
             file.write_text(text)
 
     def variables(self):
-        """The environment variables of a program on the display."""
+        """Returns the environment variables of a program on the display."""
         values = {
             name: value
             for name, value in os.environ.items()
@@ -177,7 +178,7 @@ class Display:
             self._start([part.format(home=self.home) for part in command], env=self.variables())
 
     def log(self):
-        """The output of the environment's programs."""
+        """Returns the output of the server and of the environment's programs."""
         return (self.home / "log").read_text(errors="replace")
 
     def close(self):
@@ -188,7 +189,7 @@ class Display:
 
 
 def end(process):
-    """Ends a process and waits for its end."""
+    """Ends a process and waits until it has ended."""
     if process.poll() is None:
         process.send_signal(signal.SIGTERM)
         try:

@@ -1,4 +1,4 @@
-"""The programs whose windows are covered."""
+"""The hosts: programs with a window that a trial covers."""
 
 import os
 import shlex
@@ -13,14 +13,20 @@ PROGRAMS = HERE / "programs"
 class Host:
     """A program with a window.
 
-    `command` is formatted with `bin`, the folder of the built programs, and `home`, an empty folder.
-    `window` is a part of the window's class or title. `build_commands` build the program.
+    `command` contains the placeholders `bin`, the folder of the built programs, and `home`, the home
+    folder of the trial. `window` is a part of the window's class or title. `build_commands` build the
+    program.
+
     `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
-    on a second one. `recreates_window` is true if the change destroys the window and opens another one.
-    `draws_on_keys` is true if the program draws only on input: the trial then presses Page Down and
-    Page Up while the window is covered. `prepare` returns environment variables for the program. Hosts
-    with this function run one at a time. `buttons` maps each button that the program draws itself to
-    the offset of its centre from the top right corner of the window without the shadow.
+    on a second SIGUSR1. `recreates_window` is true if the change destroys the window and opens another
+    window. `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down
+    and Page Up while the window is covered.
+
+    `prepare` returns environment variables for the program. Hosts with `prepare` run one at a time.
+
+    `buttons` is None if the program draws no window buttons itself. Otherwise it maps the name of each
+    such button to an offset: the position of the button's centre relative to the top right corner of
+    the window without the shadow.
     """
 
     def __init__(self, name, description, command, window, needs=(), build_commands=(), variables=None):
@@ -59,7 +65,7 @@ def _bad(habit, description):
 
 
 def _compiled(name, package, source, compiler):
-    """The command that builds a program with the flags that pkg-config returns for a package."""
+    """Returns the command that builds a program with the flags of a package in pkg-config."""
     return "%s -O1 -o {bin}/hosts-%s {programs}/%s $(pkg-config --cflags --libs %s)" % (
         compiler,
         name,
@@ -79,7 +85,7 @@ def _sdl2(name, description, *arguments):
 
 
 def _prepare_wine(programs):
-    """All trials share one prefix, because its creation takes long."""
+    """Returns the Wine prefix. All trials share one prefix, because Wine needs long to create a prefix."""
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 
@@ -143,7 +149,7 @@ HOSTS = [
     Host(
         "wine",
         "notepad under Wine",
-        # A text of several pages, so that the keys scroll it.
+        # The file has several pages, so Page Down and Page Up scroll the text.
         ["wine", "notepad", "Z:" + str(HERE / "trial.py").replace("/", "\\")],
         "notepad",
         build_commands=[

@@ -4,9 +4,10 @@
 usage: matrix.py --launchscreen FILE --programs FOLDER [--output FILE] [--jobs N]
                  [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...] [--update]
 
-FOLDER has hosts-sampler and hosts-badhost; the hosts' other programs are built in it. Beside the
-table FILE.md the script writes FILE.json with all details. With --update, the script keeps the results
-of other pairs from this file. Exits with 1 if a trial shows a fault.
+FOLDER must contain hosts-sampler and hosts-badhost. The script builds the other programs of the hosts
+in FOLDER. The script writes the table to FILE.md and all details to FILE.json. With --update, the script
+keeps the results in FILE.json for all pairs of host and environment that it does not run. Exits with 1
+if a trial shows a fault or does not run.
 """
 
 import argparse

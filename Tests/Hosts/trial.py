@@ -4,7 +4,8 @@
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
 ENDING is "time", "skip", "SIGTERM" or "SIGINT". PROGRAMS is the folder with hosts-sampler and the
-hosts' programs. The trial ends all its processes. Exits with 1 if the trial shows a fault.
+hosts' programs. The trial ends all processes that it has started. Exits with 1 if the trial shows a
+fault or does not run.
 """
 
 import contextlib
@@ -42,7 +43,7 @@ MINIMUM_COVERED_TIME = 1.2  # seconds
 
 
 def descendants():
-    """The ids of all descendants of this process."""
+    """Returns the ids of all descendants of this process."""
     parents = {}
     for entry in Path("/proc").iterdir():
         if entry.name.isdigit():
@@ -58,7 +59,7 @@ def descendants():
 
 
 def end_descendants():
-    """Ends all descendants by their ids. This process is a subreaper, so orphans are its children."""
+    """Ends all descendants. Orphaned descendants stay reachable, because this process is a subreaper."""
     for _ in range(50):
         numbers = descendants()
         if not numbers:
@@ -73,7 +74,7 @@ def end_descendants():
 
 
 class Lines:
-    """Reads the lines of a stream in a thread. Stores each with its time of CLOCK_MONOTONIC."""
+    """Reads the lines of a stream in a thread. Stores each line with its arrival time (CLOCK_MONOTONIC)."""
 
     def __init__(self, stream):
         self._stream = stream
@@ -89,7 +90,7 @@ class Lines:
         self._thread.join(5)
 
     def time_of(self, ending):
-        """The time of the first line that ends with `ending`, or None."""
+        """Returns the time of the first line that ends with `ending`, or None."""
         for line_time, line in list(self.lines):
             if line.endswith(ending):
                 return line_time
@@ -114,7 +115,7 @@ class Frame:
 
 
 class Trial:
-    """One host in one environment."""
+    """Covers one host in one environment, and checks the result."""
 
     def __init__(self, host, environment, ending, launchscreen, programs):
         self.host = host
@@ -169,7 +170,8 @@ class Trial:
     def find_window(self):
         if self.process.poll() is not None:
             return None
-        # openbox overlooks a window that is mapped before its main loop runs, until any event comes.
+        # If a window is mapped before the main loop of openbox runs, openbox does not manage the window
+        # until openbox receives an event. This message is such an event.
         self.client.message(self.client.root.id, "_NET_CURRENT_DESKTOP", [0])
         return self.client.find(self.host.window)
 
@@ -183,11 +185,11 @@ class Trial:
         return [(px, py) for px in (x, (x + right) // 2, right) for py in (y, (y + bottom) // 2, bottom)]
 
     def is_drawn(self):
-        """True if a point has another colour than white and black. An empty screen is black."""
+        """True if a point is neither white nor black. An empty screen is black."""
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
 
     def wait_until_settled(self, pause=0.3):
-        """Waits until the window has kept its position and size for `pause` seconds. Returns them."""
+        """Waits until the window has not moved or resized for `pause` seconds. Returns its position and size."""
         last = [None, 0.0]
 
         def is_settled():
@@ -200,7 +202,7 @@ class Trial:
         return last[0]
 
     def wait_for_stable_hints(self):
-        """Waits until the host no longer changes the hints. Returns them."""
+        """Waits until the host no longer changes the hints. Returns the hints."""
         last = [None, 0.0]
 
         def is_settled():
@@ -228,7 +230,7 @@ class Trial:
         return offset and (x + width + offset[0], y + offset[1])
 
     def click(self, name):
-        """Clicks a button. Returns false if the button does not exist or is outside the screen."""
+        """Clicks a window button. Returns False if the button does not exist or is outside the screen."""
         place = self.button_place(name)
         if not place or not (0 <= place[0] < SCREEN[0] and 0 <= place[1] < SCREEN[1]):
             return False
@@ -239,7 +241,7 @@ class Trial:
         self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
 
     def use_controls(self, patience):
-        """Uses all controls except close. Returns the names of those that work."""
+        """Uses all controls except close. Returns the names of the controls that work."""
         if not self.environment.buttons:
             return []
         controls = []
@@ -276,7 +278,7 @@ class Trial:
         return controls
 
     def drag_corner(self, right, down):
-        """Drags the frame's bottom right corner. Returns false if the corner is not on the screen."""
+        """Drags the frame's bottom right corner. Returns False if the corner is not on the screen."""
         x, y, width, height = self.rect()
         extents = self.client.property(self.window, "_NET_FRAME_EXTENTS")
         borders = (extents[2][1], extents[2][3]) if extents else (0, 0)
@@ -287,14 +289,16 @@ class Trial:
         return True
 
     def close_by_button(self):
-        """Closes the window as the user does. Returns None if the environment has no button for it, or if
-        the host does not take part in closing: icewm then asks the user whether to kill the host."""
+        """Closes the window as the user does. Returns whether the window closes.
+
+        Returns None if the environment has no close button. Also returns None if the host does not
+        support WM_DELETE_WINDOW, because icewm then asks the user whether to kill the host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
             if self.environment.name != "i3":
                 return None
-            # i3 closes the window for a pager; it draws no button.
+            # i3 draws no close button, but closes the window on the request of a pager.
             self.client.message(self.window, "_NET_CLOSE_WINDOW", [0, 2])
 
         def is_closed():
@@ -325,8 +329,8 @@ class Trial:
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):
-        """Lets the host change its window and change it back, without a cover. Returns the changed position
-        and size."""
+        """Lets the host change its window and undo the change, without a cover. Returns the position and
+        size after the change."""
         original = self.wait_until_settled()
         self.change()
         wait_until(lambda: self.rect() != original, 1.5)
@@ -435,7 +439,7 @@ class Trial:
             time.sleep(0.5)
         time.sleep(max(0, started + MINIMUM_COVERED_TIME - time.monotonic()))
         if host.recreates_window:
-            # After the change the new window may hide the old one.
+            # After the change, the new window may hide the old window.
             end_time = changed_at
             if wait_until(lambda: show.poll() is not None, 5) is None:
                 self.add_fault("launchscreen does not end when the window is destroyed")
@@ -481,7 +485,7 @@ class Trial:
             self.sampler_output.join()
 
     def check_frames(self, end_time):
-        """Checks that every viewable frame from the first white one to `end_time` is white."""
+        """Checks that each viewable frame from the first white frame to `end_time` is white."""
         frames = self.frames()
         first = next((index for index, frame in enumerate(frames) if frame.is_white), None)
         if first is None:
@@ -521,8 +525,8 @@ class Trial:
             self.add_fault("the window is white again after the end")
 
     def frames_before_drawing(self, run):
-        """The frames in which the compositor has not yet drawn a window after a map, move or resize. They
-        show only white and the screen behind the window."""
+        """Returns the frames in which the compositor has not yet drawn a window after the window was
+        mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
         pending, changed_at = [], run[0].time if run else 0
         for previous, frame in zip(run, run[1:]):
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
@@ -553,8 +557,8 @@ class Trial:
             self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
         if not wait_until(lambda: self.rect() == final, 3):
             self.add_fault("position and size %s, not %s" % (self.rect(), final))
-        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself. Only a list with the action close is the
-        # manager's.
+        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself. Only a list with the action close comes
+        # from the window manager.
         if final == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
             self.check_actions(before["actions"])
         children = self.client.child_count(self.window)

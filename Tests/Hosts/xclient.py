@@ -3,7 +3,7 @@
 import sys
 import time
 
-# Finds the packages of Debian even if the interpreter is not Debian's.
+# Finds Debian's Python packages even if the interpreter does not come from Debian.
 sys.path.append("/usr/lib/python3/dist-packages")
 
 # pylint: disable=wrong-import-position
@@ -32,7 +32,7 @@ class Client:
         return self._display.intern_atom(name)
 
     def property(self, number, name):
-        """The property as (type, format, values), or None."""
+        """Returns the property as (type, format, values), or None."""
         try:
             value = self._window(number).get_full_property(self.atom(name), X.AnyPropertyType)
         except error.XError:
@@ -48,12 +48,12 @@ class Client:
             return str(atom)
 
     def atoms(self, number, name):
-        """The names of the atoms in a property."""
+        """Returns the names of the atoms in a property."""
         value = self.property(number, name)
         return [self._atom_name(atom) for atom in value[2]] if value else []
 
     def manager_runs(self):
-        """True if a window manager has announced itself as EWMH describes."""
+        """True if the root window names a running window manager, as EWMH specifies."""
         check = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
         return bool(check) and self.property(check[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
 
@@ -73,7 +73,7 @@ class Client:
         return bytes(value[2]).decode(errors="replace")
 
     def find(self, text):
-        """The largest viewable window whose class or title contains `text`, or None."""
+        """Returns the largest viewable window with `text` in its class or title, or None."""
         best, best_size = None, 0
         pending = [self.root]
         while pending:
@@ -99,7 +99,7 @@ class Client:
         return self.rect(number) is not None
 
     def rect(self, number):
-        """The position on the screen and the size, or None if the window does not exist."""
+        """Returns the position on the screen and the size, or None if the window does not exist."""
         window = self._window(number)
         try:
             geometry = window.get_geometry()
@@ -109,7 +109,7 @@ class Client:
         return (place.x, place.y, geometry.width, geometry.height)
 
     def frame(self, number):
-        """The outermost window around a window, with the borders that the manager drew."""
+        """Returns the top-level window that contains a window: usually the window manager's frame."""
         window = self._window(number)
         try:
             while True:
@@ -124,12 +124,12 @@ class Client:
         return len(self._children(self._window(number)))
 
     def state(self, number):
-        """The window's WM_STATE: 1 for normal, 3 for iconic; None if it has none."""
+        """Returns the value of WM_STATE: 1 for normal, 3 for iconic, None without the property."""
         value = self.property(number, "WM_STATE")
         return value[2][0] if value else None
 
     def pixel(self, x, y):
-        """The colour on the screen, without the alpha."""
+        """Returns the colour on the screen, without the alpha."""
         image = self.root.get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF)
         return int.from_bytes(image.data[:3], "little")
 
@@ -143,7 +143,7 @@ class Client:
         self._display.sync()
 
     def activate(self, number):
-        """Asks the window manager for the keyboard focus, as a task bar does."""
+        """Asks the window manager to give a window the keyboard focus, as a taskbar does."""
         self.message(number, "_NET_ACTIVE_WINDOW", [2])
 
     def is_active(self, number):

@@ -93,8 +93,8 @@ TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
     EXPECT_TRUE(waitFor(
         [&] { return std::exchange(previousPicture, user.picture(game)) != previousPicture; }));
   }
-  EXPECT_GT(x11::steadyNow() - start,
-            kTurn * 10 / kSpokes);  // the first step may be due immediately
+  // The first step may be due immediately.
+  EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);
 }
 
 TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
