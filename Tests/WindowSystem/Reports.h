@@ -44,7 +44,7 @@ Nanoseconds steadyNow();
 /// Waits until the descriptor is readable or the deadline passes. Descriptor -1 is never readable.
 void waitForInput(int descriptor, Nanoseconds deadline);
 
-/// The time limit of the functions below. It is long enough for a busy machine.
+/// The time limit of functions that wait for a condition. It is long enough for a busy machine.
 inline constexpr Nanoseconds kTimeout = 15 * kNanosecondsPerSecond;
 
 /// Polls `condition` until it is true. Returns false after `kTimeout`.

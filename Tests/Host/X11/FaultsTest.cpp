@@ -49,7 +49,7 @@ TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
   ASSERT_TRUE(waitForFocus());
   user.destroy(game);
-  // The event is recorded because the window was in front when it was destroyed.
+  // The event is recorded, because the window was in front until its destruction.
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));

@@ -57,9 +57,9 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.kinds(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
-    // A picture can miss a short frame, so this checks the drawings too. The first drawing fills
-    // the whole area. The other presentations are separate windows. The server may draw the parts
-    // of a window in any order.
+    // A picture can miss a short frame, so the test checks the drawings too. The first drawing
+    // fills the whole area. The other presentations are separate windows. The server may draw the
+    // parts of a window in any order.
     EXPECT_EQ(recorder.drawingsBefore(1).front(), (PixelRect{0, 0, place.width, place.height}));
   }
 }

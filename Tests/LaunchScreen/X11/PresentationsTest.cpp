@@ -50,7 +50,7 @@ TEST_F(X11Presentations, AnEmbeddedCoverMovesInTheSameRequestAsItsHost) {
   EXPECT_TRUE(user.picture(game).isAll(kWhite));
 }
 
-/// Two monitors side by side; the game is on the second one.
+/// Two monitors side by side. The game is on the second monitor.
 class X11SecondMonitor : public X11Presentations {
  protected:
   void SetUp() override {

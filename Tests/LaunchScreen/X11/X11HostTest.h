@@ -11,7 +11,7 @@
 namespace vel::test {
 
 /// A host application on an X11 display, in real time and under a window manager. It adopts the
-/// window of a game and shows launch screens over it.
+/// window of a game and shows launch screens over this window.
 class X11HostTest : public X11TestWithManager {
  protected:
   ~X11HostTest() override;

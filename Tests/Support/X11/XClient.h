@@ -31,8 +31,7 @@ struct Picture {
   /// The number of pixels of each colour.
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
-  /// The bounding rectangle of all pixels that do not have this colour. Empty if all pixels have
-  /// it.
+  /// The bounding rectangle of all pixels of other colours. Empty if all pixels have this colour.
   [[nodiscard]] PixelRect boundsOfOtherColors(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
   static Picture readPng(const std::string& file);

@@ -1,4 +1,4 @@
-// A game whose window has no background and which draws on each Expose event, as most games do.
+// A game with a window without a background. Like most games, it draws on each Expose event.
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -14,7 +14,7 @@ namespace {
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// A client with one window. Its thread fills the window with green on each Expose event.
+/// A client with one window. A thread fills the window with green on each Expose event.
 class DrawingGame : NonCopyable {
  public:
   explicit DrawingGame(const std::string& display) : client_(display) {

@@ -24,7 +24,7 @@ class X11Focus : public X11Test {
     deliver();
     ASSERT_THAT(reports.lines, IsEmpty());
   }
-  /// Grabs the keyboard for another client, as a menu does.
+  /// Grabs the keyboard for `user`, as a menu does.
   void grabKeyboard() {
     const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(
         xcb_grab_keyboard_reply(user.get(),

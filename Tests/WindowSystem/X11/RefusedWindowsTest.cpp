@@ -1,5 +1,5 @@
-// The back end uses some windows that cannot be adopted. A refused adoption must not disturb this
-// use.
+// The back end uses some windows that cannot be adopted. The back end must still be able to use
+// such a window after it has refused the adoption.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"

@@ -114,7 +114,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     });
     if (effect == "miniaturise") {
       EXPECT_TRUE(waitFor([&] { return !user.isViewable(game); }));
-      deliverFor(kSettlingTime);  // xfwm4 ignores a request that comes while it hides the window
+      deliverFor(kSettlingTime);  // xfwm4 ignores requests while it hides the window
       user.requestActivation(game);
       EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
     } else if (effect == "maximise") {
