@@ -15,8 +15,8 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// Half of the interval of the countdown. `LineConsole` prints a whole second at the tick that is at
-// most this far away.
+// Half of the interval between two ticks of the countdown. `LineConsole` prints a whole second at
+// the tick that is at most this far from the second.
 const double kHalfStep = expirationTimeStep / 2;
 
 std::string lineOf(double time, std::string_view text) {
@@ -119,7 +119,8 @@ void LiveConsole::finish() {
 }
 
 void LiveConsole::write(std::string_view line) {
-  // A line that reaches the last column would wrap, and the next line could not replace it.
+  // A line that reaches the last column could wrap, and then the next line could not replace the
+  // whole line.
   const std::string_view visibleLine = line.substr(0, columns_() - 1);
   const std::size_t columnsToErase =
       lineWidth_ > visibleLine.size() ? lineWidth_ - visibleLine.size() : 0;

@@ -1,4 +1,4 @@
-// What `show` prints for its user.
+// Consoles print the progress of `launchscreen show` for the user.
 #pragma once
 
 #include <cstdint>
@@ -14,15 +14,15 @@ namespace vel::host {
 
 enum class CountdownState : std::uint8_t { Running, Paused };
 
-/// The time left of the launch screen, and its total time.
+/// The time left until the launch screen expires, and the total duration of the countdown.
 struct TimeLeft {
   double remainingSeconds = 0;
   double totalSeconds = 0;
   CountdownState countdown = CountdownState::Running;
 };
 
-/// Reports the progress of `show` to its user. All times are in seconds since the content request.
-/// Use it only on the main thread.
+/// Reports the progress of `launchscreen show` to the user. In all functions, `time` is in seconds
+/// since the content request. Use it only on the main thread.
 class Console : private NonCopyable {
  public:
   Console() = default;
@@ -32,7 +32,8 @@ class Console : private NonCopyable {
   virtual void report(double time, std::string_view text) = 0;
   /// Prints a report. Later reports do not replace this one on the screen.
   virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
-  /// Called when the countdown starts, at each of its steps, and when it pauses or resumes.
+  /// Called when the countdown starts, at each tick of the countdown, and when the countdown pauses
+  /// or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
   /// Called before other code writes a line to the terminal.
   virtual void clearLine() {}
@@ -47,7 +48,8 @@ class LineConsole final : public Console {
   explicit LineConsole(std::ostream& out) : out_(&out) {}
 
   void report(double time, std::string_view text) override;
-  /// Prints a line for each whole second that is left, for each pause and for the end of a pause.
+  /// Prints a line for each whole second of the time left. Also prints a line when the countdown
+  /// pauses or resumes.
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
 
  private:
@@ -57,11 +59,11 @@ class LineConsole final : public Console {
 };
 
 /// Keeps one line of a terminal up to date. During the countdown, the line shows the time left and
-/// a bar. Before and after the countdown, it shows the reports.
+/// a bar. Before and after the countdown, the line shows the reports.
 class LiveConsole final : public Console {
  public:
-  /// Returns the width of the terminal. The console calls it for each line, because the width may
-  /// change.
+  /// Returns the width of the terminal in columns. The console calls this function for each line,
+  /// because the width may change.
   using Columns = std::function<std::size_t()>;
 
   /// `out` must outlive the console. The console shows `hint` during the countdown.
@@ -72,7 +74,7 @@ class LiveConsole final : public Console {
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
   /// Prints the report on a line of its own.
   void reportPermanently(double time, std::string_view text) override;
-  /// Clears the line. The next report writes it again.
+  /// Erases the line on the terminal. The next report writes the line again.
   void clearLine() override;
   /// Ends the line with a line feed.
   void finish() override;
@@ -83,8 +85,8 @@ class LiveConsole final : public Console {
   std::ostream* out_;
   Columns columns_;
   std::string hint_;
-  std::string reports_;        // the reports since the last countdown
-  std::size_t lineWidth_ = 0;  // the columns that the line uses
+  std::string reports_;        // the reports since the latest call of `showTimeLeft`
+  std::size_t lineWidth_ = 0;  // the number of columns that the line uses
 };
 
 /// Returns a line of at most `columns` columns with the time left, a bar that fills as time passes,

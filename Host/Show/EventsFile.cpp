@@ -15,7 +15,7 @@ namespace vel::host {
 
 namespace {
 
-// Returns the time of day in the format of ISO 8601, with milliseconds.
+// Returns the current date and time in UTC, in the format of ISO 8601 with milliseconds.
 std::string timeOfDay() {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);

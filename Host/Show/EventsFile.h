@@ -9,11 +9,11 @@ namespace vel::host {
 /// A file to which recorded events are appended, one line of JSON for each event.
 class EventsFile {
  public:
-  /// Opens or creates the file. Throws a UsageError if it cannot be opened for writing.
+  /// Opens or creates the file. Throws a UsageError if the file cannot be opened for writing.
   explicit EventsFile(std::string path);
 
-  /// Appends an event: its name, the time of day in UTC, and `time`, the seconds since the content
-  /// request. Returns false if writing fails, for example on a full disk.
+  /// Appends a line with the name of the event, the current date and time, and `time`. `time` is in
+  /// seconds since the content request. Returns false if writing fails, for example on a full disk.
   [[nodiscard]] bool append(std::string_view event, double time);
 
   [[nodiscard]] const std::string& path() const { return path_; }

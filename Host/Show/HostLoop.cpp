@@ -37,7 +37,8 @@ HostLoop::HostLoop() {
     pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
     throw std::system_error(reason, std::generic_category(), "signalfd");
   }
-  // The program that reads our output may exit. The window must be restored nevertheless.
+  // The program that reads our output may exit. SIGPIPE must not end our process before the window
+  // is restored.
   struct sigaction ignoreAction {};
   ignoreAction.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignoreAction, &previousPipeAction_);
@@ -75,8 +76,9 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
 }
 
 void HostLoop::readInput() {
-  // Reading the terminal from a background job would stop the process.
-  const pid_t foreground = tcgetpgrp(STDIN_FILENO);  // negative if the input is not our terminal
+  // Reading the terminal from a background job would stop the process. `tcgetpgrp` returns a
+  // negative value if the input is not our controlling terminal.
+  const pid_t foreground = tcgetpgrp(STDIN_FILENO);
   if (foreground >= 0 && foreground != getpgrp()) {
     enterHandler_ = nullptr;
     return;

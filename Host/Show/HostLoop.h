@@ -8,13 +8,13 @@
 
 namespace vel::host {
 
-/// Runs the main run loop inside a loop of its own, as a host does. The outer loop waits for the
-/// descriptor of the run loop, for signals and for the standard input, and then calls `pump` of the
+/// Runs the main run loop inside an outer loop, as a host does. The outer loop waits for the
+/// descriptor of the run loop, for signals and for the standard input. It then calls `pump` of the
 /// run loop. The outer loop uses no processor time while it waits.
 ///
-/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP. A SIGHUP that the process
-/// ignores stays ignored. SIGPIPE does not end the process. Create the object on the main thread
-/// before any other thread starts.
+/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
+/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. Create the object on the
+/// main thread before any other thread starts.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();

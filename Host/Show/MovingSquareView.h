@@ -6,13 +6,13 @@
 
 namespace vel::host {
 
-/// The content of the player window: a square that moves from side to side on a dark background. It
-/// keeps moving under a launch screen, as a game does. Use it only on the main thread.
+/// The content of the player window: a square that moves from side to side on a dark background.
+/// The square keeps moving under a launch screen, as a game does. Use it only on the main thread.
 class MovingSquareView final : public Class<MovingSquareView, "MovingSquareView", NSView> {
  public:
   /// Creates a view that fills the window, and starts the animation.
   static Strong<MovingSquareView> startIn(const Strong<NSWindow>& window);
-  /// Stops the animation and leaves the window. A second call does nothing.
+  /// Stops the animation and removes the view from the window. A second call does nothing.
   void stop();
 
  protected:

@@ -25,7 +25,7 @@ namespace vel::host {
 namespace {
 
 constexpr std::size_t kDefaultColumns = 80;
-constexpr int kLargestSide = 32767;  // the largest side that X11 supports
+constexpr int kLargestSide = 32767;  // the maximum width and height of an X11 window
 constexpr Nanoseconds kPlayerTimeAfterEnd = kNanosecondsPerSecond;
 
 std::size_t terminalColumns() {
@@ -40,7 +40,8 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   }
   auto console = std::make_shared<LiveConsole>(std::cout, terminalColumns,
                                                options.canSkip() ? "press Enter to dismiss" : "");
-  // Log lines usually go to the same terminal.
+  // Log lines usually go to the same terminal, so the console must erase its line before a log
+  // line.
   setNSLogSink([console](std::string_view line) {
     console->clearLine();
     writeLogLine(line);
@@ -76,7 +77,7 @@ int show(const ShowOptions& options) {
   }
   int signal = loop.runUntil([&session] { return session->update(); });
   if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
-    // Show the player window for a moment. Its animation wakes the loop.
+    // Show the player window for a moment. The animation in the window wakes the loop.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {
@@ -145,7 +146,7 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
       ->capture_default_str();
 }
 
-// Adds the options of the player window and of its display.
+// Adds the options of the player window and of the display.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--display", options.display,
@@ -195,7 +196,7 @@ void addRunOptions(CLI::App& command, ShowOptions& options) {
       ->type_name("SECONDS");
 }
 
-// Checks the options that depend on each other.
+// Checks the options that depend on other options.
 void checkOptions(ShowOptions& options) {
   if (options.skipAfter && !options.canSkip()) {
     throw CLI::ValidationError("--skip-after", "needs --mode skip");
@@ -212,8 +213,8 @@ void checkOptions(ShowOptions& options) {
 }  // namespace
 
 void addShowCommand(CLI::App& program, CommandRun& chosenRun) {
-  // The options outlive this function, because CLI11 writes to them when it parses the command
-  // line.
+  // The options must outlive this function, because CLI11 writes to the options when it parses the
+  // command line.
   auto options = std::make_shared<ShowOptions>();
   CLI::App* const command = program.add_subcommand(
       "show", "Show a launch screen over a game's window, from request to event");

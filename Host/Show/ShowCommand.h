@@ -1,4 +1,4 @@
-// `launchscreen show`: shows a launch screen as a host does.
+// The command `launchscreen show`. It acts as the host of a launch screen.
 #pragma once
 
 #include "Host/Command.h"

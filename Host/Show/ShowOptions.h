@@ -8,8 +8,8 @@
 
 namespace vel::host {
 
-/// The options of `show`, with their defaults. The values for the content request stay text,
-/// because the library checks them.
+/// The options of `launchscreen show`, with their defaults. The values for the content request stay
+/// strings, because the library checks the strings.
 struct ShowOptions {
   std::string display = "auto";
   std::string mode = "forced";
@@ -20,14 +20,14 @@ struct ShowOptions {
   bool hasContentController = false;
   bool hasIndicator = false;
   CGSize size{1280, 720};
-  /// The id of another program's window to cover. If it has no value, `show` opens a window of its
-  /// own.
+  /// The id of another program's window to cover. Without a value, the command opens its own
+  /// window.
   std::optional<std::uint64_t> window;
-  /// The file for a screenshot. If it is empty, `show` takes no screenshot.
+  /// The path of the file for a screenshot. If the path is empty, the command takes no screenshot.
   std::string screenshotPath;
-  /// The file for recorded events. If it is empty, `show` writes no file.
+  /// The path of the file for recorded events. If the path is empty, the command writes no file.
   std::string eventsPath;
-  /// The time after which to dismiss the launch screen, in seconds.
+  /// The time after which the command dismisses the launch screen, in seconds.
   std::optional<double> skipAfter;
 
   [[nodiscard]] bool canSkip() const { return mode == "skip"; }

@@ -18,7 +18,7 @@ constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
 // The maximum wait for the player window to become key, in seconds. A window manager may never make
-// it key, for example while the user types in another window.
+// the window key, for example while the user types in another window.
 constexpr double kMaximumWaitForKey = 1;
 
 /// The library recognises the main window of a game by this class name.
@@ -82,8 +82,8 @@ void ShowSession::start() {
     squareView_ = MovingSquareView::startIn(player_);
   }
   player_->makeKeyAndOrderFront();
-  // A new window may still move until it is in front. A window of another program is in place
-  // already.
+  // A new window may still move until it becomes key, so `update` sends the request later. An
+  // adopted window is already at its final position.
   if (options_.window || player_->isKeyWindow()) {
     request();
   }
@@ -212,7 +212,8 @@ void ShowSession::shutDown() {
     presentation_->dismissViewController();
   }
   if (isCovering()) {
-    // An embedded cover may stay for a while after its dismissal. Removing it restores the window.
+    // An embedded cover may stay for a while after its dismissal. Removing the cover restores the
+    // window.
     cover_->view()->removeFromSuperview();
   }
   reportUncovered();
@@ -225,7 +226,7 @@ void ShowSession::shutDown() {
   setPlatformObserver(previousObserver_);
 }
 
-// What the library and the window system report
+// Reports of the library and the window system
 
 void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
   if (&controller == cover_.get() && step == LifeCycleStep::DidAppear) {

@@ -19,14 +19,14 @@ namespace vel::host {
 /// How a session ended.
 struct ShowOutcome {
   ExitStatus status = kExitSuccess;
-  /// One line for the user. Empty on success, or if the library has logged the reason.
+  /// One line for the user. The line is empty on success, or if the library has logged the reason.
   std::string failure;
 };
 
 /// Acts as the host of one launch screen, from request to event. The session opens a player window
-/// or adopts a window of another program, sends the content request, presents the content, and
-/// reports each event to its console. It needs a running application, and the caller runs the main
-/// run loop, in real or virtual time. Use it only on the main thread.
+/// or adopts a window of another program. It then sends the content request, presents the content
+/// and reports its progress to the console. The session needs a running application. The caller
+/// runs the main run loop, in real or virtual time. Use it only on the main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -37,19 +37,19 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens or adopts the player window. Presents the launch screen over the window as soon as the
-  /// window is in front, or after a short wait. An error becomes the outcome.
+  /// Opens or adopts the player window. An adopted window is covered immediately. A new window is
+  /// covered when the window becomes key, or after a short wait. An error becomes the outcome.
   void start();
-  /// Updates the console and the outcome. The caller must call `update` after each pass of the run
-  /// loop. Returns true if `outcome` has a value.
+  /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
+  /// call this after each pass of the run loop.
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
   /// Dismisses the launch screen for the user. Does nothing in forced mode.
   void skip();
-  /// Dismisses the launch screen without asking the delegates, restores the window's style and
-  /// closes the window. Releases an adopted window instead of closing it. A second call does
-  /// nothing.
+  /// Dismisses the launch screen without asking the delegates, restores the style of the player
+  /// window and closes the window. An adopted window is released instead of closed. A second call
+  /// does nothing.
   void shutDown();
 
   [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return player_; }
@@ -80,7 +80,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();
-  // True if the view of the launch screen is in an open window.
+  // True if the view of the launch screen is in a visible window.
   [[nodiscard]] bool isCovering() const;
   void reportUncovered();
 

@@ -14,7 +14,7 @@ OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
 
 def help_lines(*command):
-    """Returns the lines of the help that start an option or a command, with their indented lines."""
+    """Returns the help of each option and command, including the indented lines that follow."""
     text = run(*command, "--help").stdout
     return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
 
@@ -35,7 +35,7 @@ def help_options(*command):
 
 
 def manual_sections():
-    """Returns the sections of the manual by name. The name of a subsection is its command."""
+    """Returns the sections of the manual by name. A subsection has the name of a command."""
     text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
     parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
     return dict(zip(parts[1::2], parts[2::2]))
@@ -46,7 +46,7 @@ def manual_options(section):
 
 
 def completions(*words):
-    """Returns what bash offers for the last word."""
+    """Returns the completions that bash offers for the last word."""
     script = (
         f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
         ' printf "%s\\n" "${COMPREPLY[@]}"'

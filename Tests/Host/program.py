@@ -6,14 +6,15 @@ from pathlib import Path
 
 PROGRAM = os.environ["LAUNCHSCREEN"]
 ROOT = Path(__file__).resolve().parents[2]
-# In seconds. Much longer than any run, even on a busy machine and with a sanitizer.
+# The time limit for a run, in seconds. It is much longer than any run, even on a busy machine and
+# with a sanitizer.
 TIMEOUT = 120
 
 _environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
 
 
 def run(*arguments, **settings):
-    """Runs the program to its end. Returns its exit status and its output as text."""
+    """Runs the program to its end. Returns the exit status and the output as text."""
     settings.setdefault("stdin", subprocess.DEVNULL)
     return subprocess.run(
         [PROGRAM, *arguments],
@@ -27,9 +28,9 @@ def run(*arguments, **settings):
 
 
 def start(*arguments, **settings):
-    """Starts the program and returns its process, whose output can be read."""
+    """Starts the program and returns its process. The caller can read the output of the process."""
     settings.setdefault("stdin", subprocess.DEVNULL)
     settings.setdefault("stdout", subprocess.PIPE)
     settings.setdefault("stderr", subprocess.PIPE)
-    # Without a buffer, so that readline does not hold back data from communicate.
+    # With a buffer, readline could read data that communicate would then not return.
     return subprocess.Popen([PROGRAM, *arguments], bufsize=0, env=_environment, **settings)

@@ -27,11 +27,12 @@ PlayResult playScenario(std::string_view scenario);
 /// array.
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
-/// Returns the lines that follow the last step of this name, up to the next step. Each line is
-/// without its time, for example `"tick":4.9}`. Leaves out the last line of the trace.
+/// Returns the lines between the last step with this name and the next step. The lines are without
+/// their times, for example `"tick":4.9}`. Leaves out the last line of the trace.
 Lines linesAfter(const Lines& trace, std::string_view step);
 
-/// Returns all lines whose first member has this name, without their times.
+/// Returns all lines in which the first member after the time has this name. The lines are without
+/// their times.
 Lines linesOfKind(const Lines& trace, std::string_view kind);
 
 /// Returns the inspection in the last line of the trace.
@@ -42,7 +43,7 @@ inline constexpr std::string_view kCovered =
     R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
-/// Returns these steps followed by the given steps.
+/// Returns `kCovered` followed by `steps`.
 std::string covered(std::string_view steps);
 
 /// A host whose player window has a content view controller.

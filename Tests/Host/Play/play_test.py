@@ -27,7 +27,7 @@ class Plays(unittest.TestCase):
 
 class Refusals(unittest.TestCase):
     def error_for(self, content):
-        """Returns the error for a file with this content. Fails if it is not a single line."""
+        """Returns the error for a file with this content. The error must be a single line."""
         with tempfile.TemporaryDirectory() as folder:
             file = Path(folder) / "script.json"
             file.write_bytes(content if isinstance(content, bytes) else content.encode())

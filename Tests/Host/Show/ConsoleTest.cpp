@@ -18,7 +18,7 @@ TimeLeft pausedCountdown(double seconds, double total) {
 
 class LineConsoleTest : public testing::Test {
  protected:
-  // Reports a whole countdown to the console, in the steps of the library.
+  // Shows a whole countdown on the console, with the tick interval of the library.
   void countDown(double total) {
     double time = 0;
     for (double left = total; left > 0; left -= 0.1, time += 0.1) {

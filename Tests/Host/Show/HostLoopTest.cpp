@@ -18,7 +18,7 @@ bool isBlocked(int signal) {
   return sigismember(&blocked, signal) == 1;
 }
 
-/// Replaces the standard input of the process by a pipe that the test writes to.
+/// Replaces the standard input of the process with a pipe that the test writes to.
 class StandardInputPipe : private NonCopyable {
  public:
   StandardInputPipe() : previousInput_(dup(STDIN_FILENO)) {

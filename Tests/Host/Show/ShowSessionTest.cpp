@@ -21,7 +21,8 @@ constexpr std::size_t kPlayerItems = 2;
 
 class ShowSessionTest : public VirtualTest {
  protected:
-  // Opens the player window and presents the launch screen, with `options`.
+  // Starts a session with `options`. The session opens the player window and presents the launch
+  // screen.
   void start() {
     session = make<ShowSession>(options, std::make_shared<LineConsole>(out), std::move(events));
     session->start();
@@ -40,7 +41,7 @@ class ShowSessionTest : public VirtualTest {
     });
   }
 
-  // Runs until the session has its outcome.
+  // Runs the loop until the session has an outcome.
   ShowOutcome runToEnd() {
     NSRunLoop::mainRunLoop().runUntil([this] { return session->update(); });
     return *session->outcome();

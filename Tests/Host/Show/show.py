@@ -42,6 +42,6 @@ def running_show(until, *arguments, **settings):
 
 
 def wait_for_end(process):
-    """Waits until a process from `running_show` ends. Returns its exit status and complete output."""
+    """Waits until a process from `running_show` ends. Returns the exit status and all output."""
     rest, _ = process.communicate(timeout=TIMEOUT)
     return process.returncode, (process.read_so_far + rest).decode()

@@ -9,7 +9,7 @@ from program import TIMEOUT, start
 from show import LOG_LINE, reports, running_show, show
 
 
-# The shortest run: a modal cover closes as soon as it is dismissed.
+# The arguments for a short run. A modal cover closes as soon as the library dismisses the cover.
 MODAL = ["--present", "modal"]
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests that a signal ends `launchscreen show` after it has restored the window."""
+"""Tests that `launchscreen show` restores the window before a signal ends the program."""
 
 import signal
 import unittest

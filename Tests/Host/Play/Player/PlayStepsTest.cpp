@@ -17,8 +17,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// Returns the configured interval for this value of the parameter "max_duration_time", or null if
-// the library refuses the request.
+// Sends a request with this value of the parameter "max_duration_time" and returns the configured
+// interval. Returns null if the library refuses the request.
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");

@@ -1,4 +1,4 @@
-// Tests the errors for texts that are not scenarios.
+// Tests the errors for invalid scenarios.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -156,7 +156,7 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
             R"("operations", "canDisappear", "deactivateDuring")");
 }
 
-// The scenario of each refusal is the content of the array of steps.
+// The member `scenario` of each refusal is the content of the array "steps".
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(StepRefusalTest, NamesThePlaceAndTheExpectedValue) {

@@ -19,8 +19,8 @@ class LabelLayoutTest : public testing::Test {
 TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rows(), 0U); }
 
 TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
-  EXPECT_EQ(layout_.place(0, 20).row, 0U);   // up to 22
-  EXPECT_EQ(layout_.place(29, 20).row, 0U);  // from 27
+  EXPECT_EQ(layout_.place(0, 20).row, 0U);   // ends at 22
+  EXPECT_EQ(layout_.place(29, 20).row, 0U);  // starts at 27
   EXPECT_EQ(layout_.rows(), 1U);
 }
 
@@ -44,14 +44,14 @@ TEST_F(LabelLayoutTest, UsesTheFirstRowWithRoom) {
 }
 
 TEST_F(LabelLayoutTest, PutsALabelToTheLeftIfItWouldCrossTheEdge) {
-  EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // up to 100
+  EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // ends at 100
   EXPECT_EQ(layout_.place(48.1, 50).side, Side::Left);
 }
 
 TEST_F(LabelLayoutTest, LabelToTheLeftDoesNotOverlapItsNeighbour) {
-  layout_.place(50, 20);                     // from 48 to 72
-  EXPECT_EQ(layout_.place(95, 20).row, 1U);  // from 73
-  EXPECT_EQ(layout_.place(95, 10).row, 0U);  // from 83
+  layout_.place(50, 20);                     // covers 48 to 72
+  EXPECT_EQ(layout_.place(95, 20).row, 1U);  // starts at 73
+  EXPECT_EQ(layout_.place(95, 10).row, 0U);  // starts at 83
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A mark: its time in whole milliseconds and its text.
+// The time of a mark in whole milliseconds, and the text of the mark.
 struct Mark {
   int time = 0;
   std::string text;

@@ -16,7 +16,7 @@ class Font:
         self._glyphs = self._read_glyphs()
 
     def width(self, text, size):
-        """Returns the width of a line of text, without kerning. A character that the font does not have
+        """Returns the width of a line of text, without kerning. A character that is not in the font
         has the width of the glyph for missing characters."""
         widths = (self._advance(self._glyphs.get(ord(character), 0)) for character in text)
         return sum(widths) * size / self._units
@@ -25,7 +25,7 @@ class Font:
         return struct.unpack_from(">" + kinds, self._data, place)
 
     def _advance(self, glyph):
-        # All further glyphs have the width of the last measured glyph.
+        # Glyphs after the last measured glyph have the width of that glyph.
         index = min(glyph, self._measured_glyphs - 1)
         return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
 

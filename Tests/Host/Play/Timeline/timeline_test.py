@@ -61,7 +61,7 @@ class Timeline(unittest.TestCase):
         self.picture = self.folder / "picture.svg"
 
     def draw(self, scenario):
-        """Plays the scenario, a file or an object, and returns the parsed picture."""
+        """Plays a scenario from a path or a dictionary and returns the parsed picture."""
         if isinstance(scenario, dict):
             file = self.folder / "scenario.json"
             file.write_text(json.dumps(scenario), encoding="utf-8")
@@ -114,7 +114,8 @@ class Timeline(unittest.TestCase):
             with self.subTest(until=until, seconds=seconds):
                 parameters = {"event": name, "max_duration_time": seconds}
                 end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
-                # Do not present in long plays: the countdown would take too long.
+                # Long plays do not present the launch screen, because the countdown would take too
+                # long.
                 steps = [*(present if until < 1000 else ()), *moment, *end]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
@@ -131,7 +132,8 @@ class Timeline(unittest.TestCase):
     def test_both_colour_schemes_have_every_colour(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         light, dark = svg.find(SVG + "style").text.split("@media (prefers-color-scheme:dark)")
-        # Texts of the classes "name" and "label" have the colour of all texts.
+        # The classes "name" and "label" set no fill, so the rule "text" gives the colour of their
+        # texts.
         filled = {f".{element.get('class').split()[0]}" for element in svg.iter() if
                   element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light, dark:
