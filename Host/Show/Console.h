@@ -28,9 +28,9 @@ class Console : private NonCopyable {
   Console() = default;
   virtual ~Console() = default;
 
-  /// Prints a report. A later report may replace this one on the screen.
+  /// Prints a report. A later report may replace the report on the screen.
   virtual void report(double time, std::string_view text) = 0;
-  /// Prints a report. Later reports do not replace this one on the screen.
+  /// Prints a report that later reports do not replace on the screen.
   virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
   /// Called when the countdown starts, at each tick of the countdown, and when the countdown pauses
   /// or resumes.

@@ -114,7 +114,7 @@ struct Activate {
   bool broker = true;
 };
 struct Request {
-  /// If this has no value, the request itself is null. If this is a null dictionary, the parameters
+  /// Without a value, the request itself is null. If the value is a null dictionary, the parameters
   /// of the request are null.
   std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;

@@ -56,7 +56,7 @@ class JsonObject : private NonCopyable {
     writeJson(beginMember(name), value);
     return *this;
   }
-  /// Writes the name of a member and returns the text. The caller appends the value next.
+  /// Writes the name of a member and returns the text, to which the caller must append the value.
   std::string& beginMember(std::string_view name);
 
  private:

@@ -414,7 +414,8 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 }
 
 TEST(PlayStepsTest, WindowHasItsClassAndParent) {
-  // While the launch screen is modal, the player window and its children keep the countdown going.
+  // Under a modal launch screen, the countdown runs if the key window or its parent has the class
+  // PlayerWindow. It is the default class of a window.
   const auto pausedBy = [](const std::string& window) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + window +
