@@ -1,5 +1,4 @@
-// Classes that read the values of a JSON document. Their functions throw a ScenarioError if a value
-// is invalid.
+// Classes that read and check the values of a JSON document.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +17,9 @@ namespace vel::host {
 
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
-/// The functions from `boolean` to `oneOf` read the value. They throw a ScenarioError if the value
-/// is missing, has the wrong type or is out of range. Their parameter `expected` describes a valid
-/// value in the message of the error.
+/// The functions from `boolean` to `oneOf` read the value. These functions throw a ScenarioError if
+/// the value is missing, has the wrong type or is out of range. The parameter `expected` is a
+/// description of a valid value for the error message.
 class JsonValue {
  public:
   using Pointer = nlohmann::json::json_pointer;
