@@ -12,8 +12,9 @@
 namespace vel {
 
 /// The entry point of the library. The host creates a manager, activates it with its content broker
-/// and requests content from it. The manager turns a request into a launch screen, counts down its
-/// time while the user can see it, dismisses it, and records one analytics event.
+/// and requests content from it. The manager turns a request into a launch screen. It counts down
+/// the time of the launch screen while the user can see the launch screen. It then dismisses the
+/// launch screen and records one analytics event.
 ///
 /// The host owns the manager. A running countdown and delayed work also keep the manager alive.
 /// Only the main thread may use this class. Exception: any thread may call

@@ -192,7 +192,8 @@ BENCHMARK(taskWithGLib)->Name("task/GLib");
 // Submits one task from another thread while the main thread waits. Measures the time from the
 // submission to the call of the task.
 
-/// Submits tasks from its own thread, one at a time, and measures how long each takes to start.
+/// Submits tasks from its own thread, one at a time, and measures how long each task takes to
+/// start.
 class Submitter : private NonCopyable {
  public:
   using Submit = std::function<void(std::function<void()>)>;

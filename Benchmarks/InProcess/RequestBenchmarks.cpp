@@ -129,7 +129,7 @@ BENCHMARK(loadContentWithPlainCode)->Name("request to loaded content/plain");
 
 // The two queries that look at windows. The size is the number of open windows.
 
-/// A number of windows, and a launch screen that can be presented over the first one.
+/// A number of windows, and a launch screen that can be presented over the first window.
 class WindowsWithLaunchScreen : private NonCopyable {
  public:
   explicit WindowsWithLaunchScreen(std::int64_t count) {

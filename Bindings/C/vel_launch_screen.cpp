@@ -48,7 +48,8 @@ struct Registry {
   /// time. The flag prevents the creation of another session.
   bool isChanging = false;
 
-  /// Returns the session of a handle, or null if it has been destroyed. The caller holds the lock.
+  /// Returns the session of a handle, or null if the session has been destroyed. The caller holds
+  /// the lock.
   [[nodiscard]] Session* find(const VelLaunchScreen* screen) const {
     const bool isCurrent = reinterpret_cast<std::uintptr_t>(screen) == handle;
     return isCurrent && session != nullptr && !session->isDestroyed() ? session.get() : nullptr;
@@ -103,7 +104,8 @@ VelStatus findSession(const VelLaunchScreen* screen, Caller caller, Session*& se
   return fail(VEL_WRONG_THREAD, "only the thread that created the launch screen may call this");
 }
 
-// Ends the session. Returns the callback that reports it, which may be empty.
+// Ends the session. Returns the callback that reports the end of the launch screen. The callback
+// may be empty.
 std::function<void()> endSession() {
   std::unique_ptr<Session> session;
   {
@@ -194,12 +196,13 @@ VelStatus store(VelLaunchScreen* screen, Value* result, Read&& read) {
   });
 }
 
-// NOLINTBEGIN(bugprone-macro-parentheses, bugprone-sizeof-expression): members, and pointers
+// `member` cannot be in parentheses. The size of a pointer is intended.
+// NOLINTBEGIN(bugprone-macro-parentheses, bugprone-sizeof-expression)
 // The size of a structure whose last member is `member`.
 #define VEL_SIZE_UP_TO(Structure, member) (offsetof(Structure, member) + sizeof(Structure::member))
 
 // The sizes that versions of this library have published, in ascending order. When a structure gets
-// a new member, add its new size and keep the previous ones.
+// a new member, add its new size and keep the previous sizes.
 constexpr std::array kCallbacksSizes{VEL_SIZE_UP_TO(VelCallbacks, display_lost),
                                      VEL_SIZE_UP_TO(VelCallbacks, ended)};
 constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks)};

@@ -1,5 +1,5 @@
 // A host with its own loop around poll. It waits for its own input and for the library's descriptor
-// at the same time. It uses the headless window system, so it needs no display.
+// at the same time. The example uses the headless window system, so it needs no display.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 #include <poll.h>
 #include <unistd.h>

@@ -19,8 +19,8 @@ class VEL_EXPORT LaunchScreenContentDelegate : public Protocol<LaunchScreenConte
 };
 
 /// A launch screen as the host sees it: the content data, the content view and its presentation in
-/// one object. It owns its request and its view controller, but not its delegates. Only the main
-/// thread may use this class. Exception: any thread may call `setContentRequest`.
+/// one object. The content owns its request and its view controller, but not its delegates. Only
+/// the main thread may use this class. Exception: any thread may call `setContentRequest`.
 class VEL_EXPORT LaunchScreenContent final
     : public Class<LaunchScreenContent, "LaunchScreenContent", NSObject,
                    LaunchScreenViewControllerDelegate, ContentData, ContentView,

@@ -41,7 +41,7 @@ class CBindingTest : public testing::Test {
   CBindingTest();
   ~CBindingTest() override;
 
-  /// Destroys the launch screen and creates another one.
+  /// Destroys the launch screen and creates another launch screen.
   void createAgain(const VelCreateOptions& options);
   /// Requests and presents a launch screen. Fails the test if either call fails.
   void present(VelPresentation presentation, double seconds, const char* mode = nullptr);

@@ -1,4 +1,5 @@
-// The host's consent dialog: when it resigns key, the window of the launch screen becomes key.
+// The host's consent dialog: when the dialog resigns key, the window of the launch screen becomes
+// key.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 

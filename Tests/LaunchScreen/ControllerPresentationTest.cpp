@@ -182,7 +182,7 @@ TEST_F(ControllerPresentationTest,
   present(first, kEmbedded);
   takeEvents();
   present(second, kEmbedded);
-  // The controller already refers to the second window when it leaves the first one.
+  // The controller already refers to the second window when it leaves the first window.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(first->styleMask(), NSWindowStyleMaskTitled);

@@ -79,10 +79,10 @@ int main(int argc, char** argv) {
   }
   GameWindow window;
   window.draw(0);
-  readMemory();  // The first call allocates the buffers of the stream.
+  readMemory();  // The first call of `readMemory` allocates the buffers of the stream.
   const Memory memoryBefore = readMemory();
   const std::int64_t start = readClock();
-  // RTLD_NOW also looks up every function, so no later call pays for it.
+  // RTLD_NOW also looks up every function, so no later call has to look up a function.
   void* const library = dlopen(argv[1], RTLD_NOW);
   const std::int64_t time = readClock() - start;
   if (library == nullptr) {

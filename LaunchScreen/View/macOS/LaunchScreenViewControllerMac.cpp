@@ -208,7 +208,7 @@ void LaunchScreenViewController::restorePresentation() {
     setAppWindow(nullptr);
   } else if (const Strong<NSWindow> tracked =
                  send(selfController, &LaunchScreenViewController::appWindow)) {
-    // This restores the style of the tracked cover's window even if no style has been saved.
+    // The call restores the style of the tracked cover's window even if no style has been saved.
     tracked->setStyleMask(selfController->appWindowStyleMask());
     send(selfController, &LaunchScreenViewController::setAppWindow, nullptr);
   }
@@ -234,7 +234,7 @@ void LaunchScreenViewController::dismiss() {
                    });
     return;
   }
-  // Read this before the view is removed. Afterwards the view has no window.
+  // Check for a parent before the view is removed. Afterwards the view has no window.
   const bool hasParent = send(view()->window(), &NSWindow::contentViewController) != nullptr;
   view()->removeFromSuperview();
   if (hasParent) {
@@ -250,7 +250,7 @@ void LaunchScreenViewController::dismissViewController(const Strong<NSViewContro
     for (const Strong<Delegate>& delegate : *askedDelegates) {
       if (respondsTo<&Delegate::canLaunchScreenControllerDismiss>(delegate) &&
           !delegate->canLaunchScreenControllerDismiss(self())) {
-        canDismiss = false;  // and ask the remaining delegates
+        canDismiss = false;  // the loop still asks the remaining delegates
       }
     }
   }
@@ -276,7 +276,7 @@ void LaunchScreenViewController::createActivityIndicator() {
          NSAppearance::appearanceNamed(NSAppearanceNameAqua));
   }
   send(activityIndicator(), &NSView::setTranslatesAutoresizingMaskIntoConstraints, false);
-  // The view is not a sibling of the indicator, so this adds the indicator above all subviews.
+  // The view is not a sibling of the indicator, so the call adds the indicator above all subviews.
   view()->addSubviewPositionedRelativeTo(activityIndicator(), NSWindowAbove, view());
 }
 
