@@ -55,8 +55,8 @@ class ScreenWatcher {
         connection_, xcb_damage_query_version(connection_, 1, 1), nullptr));
     const xcb_damage_damage_t damage = xcb_generate_id(connection_);
     xcb_damage_create(connection_, damage, root_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-    static_cast<void>(
-        areAllWhite());  // The reply shows that the server reports damage from now on.
+    // The reply shows that the server reports damage from now on.
+    static_cast<void>(areAllWhite());
   }
 
   [[nodiscard]] int descriptor() const { return xcb_get_file_descriptor(connection_); }

@@ -105,7 +105,7 @@ typedef VEL_ENUM(VelEndReason){
     VEL_END_DISMISSED = 2,     /* the host has called vel_dismiss() */
     VEL_END_WINDOW_CLOSED = 3, /* the window that showed the launch screen has been closed */
     VEL_END_DISPLAY_LOST = 4,  /* the connection to the display is lost */
-    VEL_END_DESTROYED = 5      /* vel_destroy() has ended it before its disappearance */
+    VEL_END_DESTROYED = 5      /* vel_destroy() has ended the launch screen before it disappeared */
 } VelEndReason;
 
 /* The clock that the countdown uses. */
@@ -145,8 +145,8 @@ typedef struct VelCallbacks {
    * controller is removed one second after this callback; `ended` reports its removal. Null: the
    * host is not notified. */
   void (*did_disappear)(void* user_data);
-  /* The host should record this analytics event. The library calls this at most once. Null: the
-   * library writes the event to the log. */
+  /* The host should record this analytics event. The library calls record_event at most once. Null:
+   * the library writes the event to the log. */
   void (*record_event)(void* user_data, const char* event);
   /* A log line, without a newline. Null: the library writes the line to standard error. */
   void (*log_line)(void* user_data, const char* line);
@@ -157,10 +157,10 @@ typedef struct VelCallbacks {
   /* The connection to the display is lost. The library treats all windows as closed. Null: the
    * host is not notified. */
   void (*display_lost)(void* user_data, const char* reason);
-  /* A presented launch screen has ended: its cover has been removed. The library calls this exactly
-   * once for each successful vel_present(). If vel_destroy() ends the launch screen, the handle is
-   * no longer valid in this callback, and `user_data` must stay valid until this callback returns.
-   * Null: the host is not notified. */
+  /* A presented launch screen has ended: its cover has been removed. The library calls `ended`
+   * exactly once for each successful vel_present(). If vel_destroy() ends the launch screen, the
+   * handle is no longer valid in this callback, and `user_data` must stay valid until this callback
+   * returns. Null: the host is not notified. */
   void (*ended)(void* user_data, VelEndReason reason);
 } VelCallbacks;
 
@@ -197,7 +197,7 @@ typedef struct VelRequest {
   const char* mode;
   const char* event; /* the name of the analytics event; must not be null or empty */
   /* How many seconds the launch screen stays. Only time in front counts. The library converts the
-   * value to single precision. It must be greater than 0. */
+   * value to single precision. The value must be greater than 0. */
   double seconds;
 } VelRequest;
 
