@@ -22,7 +22,7 @@ enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
 /// that it receives.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
-  /// A life-cycle step of a view controller begins. The platform or the host has called the step.
+  /// A life-cycle method of a view controller, such as `viewWillAppear`, has been called.
   virtual void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep /*step*/) {}
   /// `setStyleMask` was called. The mask may equal the previous mask.
   virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}

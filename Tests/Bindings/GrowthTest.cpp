@@ -40,7 +40,7 @@ void createAndDestroy(int round) {
   }
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
-    // The rounds end at different times, from the start of the countdown to its end.
+    // Each round destroys the launch screen at a different point of the countdown.
     ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)), VEL_OK);
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
@@ -57,9 +57,10 @@ TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreMemoryThanOne) {
     createAndDestroy(round);
   }
   const Use after = currentUse();
-  // A leak of one byte per round fails the test. Sanitizers replace mallinfo2, which returns 0.
+  // A leak of one byte per round fails the test.
   EXPECT_LT(after.bytes, before.bytes + kRounds);
   EXPECT_EQ(after.descriptors, before.descriptors);
+  // With a sanitizer, mallinfo2 returns 0.
   if (before.bytes > 0) {
     EXPECT_LE(after.pages, before.pages + 64);  // 256 KiB
   }

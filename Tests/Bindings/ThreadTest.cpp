@@ -53,7 +53,7 @@ TEST_F(CThreadTest, EachThreadHasItsOwnLastError) {
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
 
-TEST_F(CThreadTest, ADismissalOnAnotherThreadComesWithTheNextPump) {
+TEST_F(CThreadTest, TheNextPumpCarriesOutADismissalFromAnotherThread) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   std::thread([this] { EXPECT_EQ(vel_dismiss(screen), VEL_OK); }).join();
   EXPECT_EQ(host.callbackLines.back(), "will_appear");
@@ -62,7 +62,7 @@ TEST_F(CThreadTest, ADismissalOnAnotherThreadComesWithTheNextPump) {
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CThreadTest, ADismissalOnAnotherThreadEndsAWait) {
+TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesRun) {
   VelCreateOptions options = virtualOptions(&callbacks);
   options.time = VEL_TIME_REAL;
   createAgain(options);
@@ -118,9 +118,9 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
   std::function<void()> work_;
 };
 
-TEST_F(CThreadTest, NoOtherThreadCanCreateOneBeforeTheEndIsComplete) {
+TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
   VelStatus otherResult = VEL_OK;
-  // Draining the release pool is the last step of the end of a session.
+  // The last step of vel_destroy drains the release pool.
   ReleasePool::current().add(make<DestructionObserver>([&otherResult] {
     std::thread([&otherResult] {
       const VelCreateOptions options = virtualOptions();

@@ -10,8 +10,7 @@
 namespace vel::x11 {
 
 /// The picture formats of the server's Render extension. The first call of `formatOf` reads them
-/// from the server. If the server does not have the extension, covers show no indicators, and
-/// this class logs one line.
+/// from the server. Without the extension, no indicator is drawn, and this class logs one line.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection) : connection_(connection) {}
