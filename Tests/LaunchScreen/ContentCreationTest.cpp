@@ -192,6 +192,7 @@ TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified
   manager->setDelegate(listener);
   EXPECT_EQ(request(5.0), replacement);
   EXPECT_EQ(former->state(), ContentDataStateLoaded);
+  former->deactivate();  // A loaded content and its controller own each other.
 }
 
 TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) {
@@ -210,14 +211,17 @@ TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) 
     std::function<void()> whenRead_;
   };
   int reads = 0;
+  Strong<LaunchScreenContent> loaded;
   const auto replacing = make<ReplacingRequest>([&] {
     // The manager reads the parameters first, then the temporary content reads them.
     if (++reads == 2) {
+      loaded = manager->tempContent();
       manager->setTempContent(replacement);
     }
   });
   EXPECT_EQ(manager->contentDataForContentRequest(replacing), replacement);
   EXPECT_EQ(reads, 2);
+  loaded->deactivate();  // A loaded content and its controller own each other.
 }
 
 TEST_F(ContentCreationTest, ANewRequestKeepsAllFlags) {
