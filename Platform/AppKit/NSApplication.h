@@ -99,7 +99,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   class PortAccess : private NonCopyable {
    public:
     explicit PortAccess(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
-    ~PortAccess() { NSRunLoop::mainRunLoop().deadlineChanged(); }
+    ~PortAccess() { NSRunLoop::mainRunLoop().updateDescriptor(); }
 
     WindowSystem* operator->() const { return &windowSystem_; }
 

@@ -8,14 +8,14 @@ namespace vel {
 
 DispatchQueue::DispatchQueue() { NSRunLoop::mainRunLoop().setMainQueueSource(this); }
 
-// The caller holds the lock.
+// The caller must hold the lock.
 void DispatchQueue::updateNextDeadline() {
   Nanoseconds next = kNever;
   if (!immediateTasks_.empty()) {
-    next = immediateTasks_.front().place.deadline;
+    next = immediateTasks_.front().sortKey.deadline;
   }
   if (!delayedTasks_.empty()) {
-    next = std::min(next, delayedTasks_.begin()->place.deadline);
+    next = std::min(next, delayedTasks_.begin()->sortKey.deadline);
   }
   nextDeadline_ = next;
 }
@@ -49,7 +49,7 @@ void DispatchQueue::takeDueTasks() {
   auto immediateTask = immediateTasks_.begin();
   if (!delayedTasks_.empty()) {
     const Nanoseconds now = NSRunLoop::mainRunLoop().now();
-    while (!delayedTasks_.empty() && delayedTasks_.begin()->place.deadline <= now) {
+    while (!delayedTasks_.empty() && delayedTasks_.begin()->sortKey.deadline <= now) {
       auto delayedTask = delayedTasks_.extract(delayedTasks_.begin());
       for (; immediateTask != immediateTasks_.end() && *immediateTask < delayedTask.value();
            ++immediateTask) {
@@ -69,16 +69,16 @@ void DispatchQueue::takeDueTasks() {
 
 bool DispatchQueue::deliver() {
   takeDueTasks();
-  bool hasRun = false;
+  bool hasRunWork = false;
   while (nextDueTask_ < dueTasks_.size()) {
-    hasRun = true;
+    hasRunWork = true;
     // `exchange` empties the task: a moved-from std::function may still hold what it captured.
     const Work work = std::exchange(dueTasks_[nextDueTask_++].work, nullptr);
     work();
   }
   dueTasks_.clear();
   nextDueTask_ = 0;
-  return hasRun;
+  return hasRunWork;
 }
 
 std::size_t DispatchQueue::pendingCount() const {
@@ -86,11 +86,11 @@ std::size_t DispatchQueue::pendingCount() const {
   return immediateTasks_.size() + delayedTasks_.size() + (dueTasks_.size() - nextDueTask_);
 }
 
-std::vector<DispatchQueue::PendingWork> DispatchQueue::pending() const {
+std::vector<DispatchQueue::PendingWork> DispatchQueue::pendingWork() const {
   const std::scoped_lock lock(mutex_);
-  std::vector<PendingWork> pending;
-  const auto add = [&pending](const Task& task) {
-    pending.push_back({task.place.deadline, task.label});
+  std::vector<PendingWork> result;
+  const auto add = [&result](const Task& task) {
+    result.push_back({task.sortKey.deadline, task.label});
   };
   for (std::size_t index = nextDueTask_; index < dueTasks_.size(); ++index) {
     add(dueTasks_[index]);
@@ -105,12 +105,12 @@ std::vector<DispatchQueue::PendingWork> DispatchQueue::pending() const {
   for (; delayedTask != delayedTasks_.end(); ++delayedTask) {
     add(*delayedTask);
   }
-  return pending;
+  return result;
 }
 
 std::string DispatchQueue::describePending() const {
   std::string text;
-  for (const PendingWork& work : pending()) {
+  for (const PendingWork& work : pendingWork()) {
     text += "\n  at " + std::to_string(work.deadline) +
             " ns, work: " + (work.label.empty() ? "no label" : std::string(work.label));
   }

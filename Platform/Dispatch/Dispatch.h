@@ -22,9 +22,9 @@ using dispatch_time_t = Nanoseconds;
 inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
 inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
 
-/// Work for the main thread. Each pass of the run loop has one turn for the queue, in every mode.
-/// The turn runs the work that is due when the turn begins: earlier deadlines first, and equal
-/// deadlines in the order of submission. Work that is submitted during the turn waits for the next
+/// Work for the main thread. Each pass of the run loop calls `deliver` once, in every mode.
+/// `deliver` runs the work that is due when the call begins: earlier deadlines first, and equal
+/// deadlines in the order of submission. Work that is submitted during the call waits for the next
 /// pass. One queue exists, and it is never destroyed.
 class VEL_EXPORT DispatchQueue final : public RunLoopSource {
  public:
@@ -33,8 +33,9 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   DispatchQueue();
 
   /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
-  /// The label says what the work does; `pending` returns it. The label must be a literal, or
-  /// another string that lives as long as the process. Any thread may call this function.
+  /// The label says what the work does; `pendingWork` returns the label. The label must be a
+  /// literal, or another string that lives as long as the process. Any thread may call this
+  /// function.
   void submit(dispatch_time_t deadline, Work work, std::string_view label = {});
 
   bool deliver() override;
@@ -52,22 +53,22 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   };
   /// The work that has not run yet, in the order in which it will run. Only the main thread may
   /// call this function.
-  [[nodiscard]] std::vector<PendingWork> pending() const;
+  [[nodiscard]] std::vector<PendingWork> pendingWork() const;
   /// Removes all work that has not run yet. Only the main thread may call this function.
   void removeAll();
 
  private:
   /// Decides the order of tasks: by deadline, then by submission.
-  struct Place {
+  struct SortKey {
     Nanoseconds deadline;
     std::uint64_t submissionNumber;
-    auto operator<=>(const Place&) const = default;
+    auto operator<=>(const SortKey&) const = default;
   };
   struct Task {
-    Place place;
+    SortKey sortKey;
     std::string_view label;
     Work work;
-    bool operator<(const Task& other) const { return place < other.place; }
+    bool operator<(const Task& other) const { return sortKey < other.sortKey; }
   };
 
   void updateNextDeadline();
@@ -78,8 +79,8 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   std::set<Task> delayedTasks_;       // submitted with a deadline
   std::uint64_t submissionCount_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
-  // Only the main thread uses these two members: the tasks that were due when the turn began, in
-  // order, and the index of the first task that has not run. If a task runs a nested loop, for
+  // Only the main thread uses these two members: the tasks that were due when `deliver` was called,
+  // in order, and the index of the first task that has not run. If a task runs a nested loop, for
   // example for a modal dialog, the nested loop runs the remaining tasks.
   std::vector<Task> dueTasks_;
   std::size_t nextDueTask_ = 0;
@@ -92,8 +93,8 @@ VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 /// call this function.
 [[nodiscard]] VEL_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta);
 
-/// Runs `work` on the main thread, in the queue's next turn. Any thread may call this function.
-/// `DispatchQueue::submit` describes the label.
+/// Runs `work` on the main thread, in the next pass of the run loop. Any thread may call this
+/// function. `DispatchQueue::submit` describes the label.
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work);
 VEL_EXPORT void dispatch_async(DispatchQueue& queue, std::string_view label,
                                DispatchQueue::Work work);

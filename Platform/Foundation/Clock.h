@@ -30,7 +30,7 @@ class VEL_EXPORT VirtualClock final : public Clock {
  public:
   [[nodiscard]] Nanoseconds now() const override { return now_; }
   bool waitUntil(Nanoseconds deadline) override {
-    if (isWoken_.exchange(false)) {
+    if (hasWakeUp_.exchange(false)) {
       return true;
     }
     if (deadline == kNever) {
@@ -41,11 +41,11 @@ class VEL_EXPORT VirtualClock final : public Clock {
     }
     return true;
   }
-  void wake() override { isWoken_ = true; }
+  void wake() override { hasWakeUp_ = true; }
 
  private:
   std::atomic<Nanoseconds> now_ = 0;
-  std::atomic<bool> isWoken_ = false;
+  std::atomic<bool> hasWakeUp_ = false;
 };
 
 }  // namespace vel

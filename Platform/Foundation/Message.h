@@ -17,9 +17,9 @@ concept MessageResult = !std::is_reference_v<R>;
 
 }  // namespace detail
 
-/// Calls `operation` on the receiver and returns the result. If the receiver is null, only returns
-/// the zero value of the result type: 0, false, null, an empty rectangle. Keeps the receiver alive
-/// during the call.
+/// Calls `operation` on the receiver and returns the result. If the receiver is null, calls nothing
+/// and returns the zero value of the result type: 0, false, null or an empty rectangle. Keeps the
+/// receiver alive during the call.
 template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
           class... Arguments>
   requires std::derived_from<Receiver, Owner> &&

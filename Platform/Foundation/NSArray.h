@@ -6,7 +6,8 @@
 
 namespace vel {
 
-/// A list of objects. If a function returns a list by value, later changes do not affect the list.
+/// A list of objects. A function that returns an NSArray by value returns a copy, which later calls
+/// do not change.
 template <class T>
 using NSArray = std::vector<Strong<T>>;
 

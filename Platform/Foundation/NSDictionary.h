@@ -35,7 +35,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
   Entries entries_;
 };
 
-/// A dictionary value that stands for an explicit null.
+/// A dictionary value that represents an explicit null.
 class VEL_EXPORT NSNull final : public Class<NSNull, "NSNull"> {
  public:
   static Strong<NSNull> null() { return make<NSNull>(); }

@@ -14,14 +14,14 @@ NSNotificationCenter& NSNotificationCenter::defaultCenter() {
   return center;
 }
 
-NSNotificationCenter::Topic* NSNotificationCenter::find(NSNotificationName name) {
+NSNotificationCenter::Topic* NSNotificationCenter::findTopic(NSNotificationName name) {
   const auto topic = std::ranges::find(topics_, name, &Topic::name);
   return topic == topics_.end() ? nullptr : &*topic;
 }
 
-void NSNotificationCenter::add(NSNotificationName name, Registration registration) {
+void NSNotificationCenter::addRegistration(NSNotificationName name, Registration registration) {
   const std::scoped_lock lock(mutex_);
-  Topic* topic = find(name);
+  Topic* topic = findTopic(name);
   if (topic == nullptr) {
     topic = &topics_.emplace_back(name);
   }
@@ -69,12 +69,13 @@ std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
 void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
                                                       Strong<NSObject> object) {
   std::unique_lock lock(mutex_);
-  Topic* const topic = find(name);
+  Topic* const topic = findTopic(name);
   if (topic == nullptr || topic->entries.empty()) {
     return;
   }
   auto entry = topic->entries.begin();
-  const auto lastEntry = std::prev(topic->entries.end());  // entries added later are not called
+  // Entries that are added during the post follow this entry. The loop below does not reach them.
+  const auto lastEntry = std::prev(topic->entries.end());
   struct PostScope : NonCopyable {
     explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }
     ~PostScope() {
@@ -102,7 +103,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   }
 }
 
-// The caller holds the lock.
+// The caller must hold the lock.
 void NSNotificationCenter::eraseRemovedEntries() {
   if (runningPosts_ > 0 || !hasRemovedEntries_) {
     return;

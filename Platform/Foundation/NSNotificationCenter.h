@@ -28,12 +28,12 @@ class VEL_EXPORT NSNotificationCenter {
   void addObserverSelectorNameObject(const Strong<Observer>& observer, NSNotificationName name,
                                      const Strong<NSObject>& object) {
     if (observer != nullptr) {
-      add(name, {.observer = observer,
-                 .identity = observer.get(),
-                 .object = object.get(),
-                 .callout = [](NSObject& receiver, const NSNotification& notification) {
-                   (static_cast<Observer&>(receiver).*Selector)(notification);
-                 }});
+      addRegistration(name, {.observer = observer,
+                             .identity = observer.get(),
+                             .object = object.get(),
+                             .callout = [](NSObject& receiver, const NSNotification& notification) {
+                               (static_cast<Observer&>(receiver).*Selector)(notification);
+                             }});
     }
   }
 
@@ -71,8 +71,8 @@ class VEL_EXPORT NSNotificationCenter {
     std::list<Entry> entries;
   };
 
-  void add(NSNotificationName name, Registration registration);
-  [[nodiscard]] Topic* find(NSNotificationName name);
+  void addRegistration(NSNotificationName name, Registration registration);
+  [[nodiscard]] Topic* findTopic(NSNotificationName name);
   void eraseRemovedEntries();
 
   std::mutex mutex_;

@@ -24,7 +24,8 @@ class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
     return make<NSNumber>(Value(value));
   }
 
-  /// The number rounded to single precision. Plus or minus infinity if the number is out of range.
+  /// Returns the number rounded to single precision. Returns plus or minus infinity if the number
+  /// is out of range.
   [[nodiscard]] float floatValue() const {
     static_assert(std::numeric_limits<float>::is_iec559,
                   "a conversion that is out of range must give infinity");

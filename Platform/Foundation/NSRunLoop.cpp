@@ -12,13 +12,13 @@ namespace vel {
 
 namespace {
 
-bool firesIn(std::uint8_t modes, NSRunLoopMode mode) {
+bool containsMode(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
 // The bits of `wakeState_`. Other threads read them to decide whether they must end a wait.
-constexpr unsigned kIdle = 1;   // between passes: a wake-up has to end a wait
-constexpr unsigned kWoken = 2;  // a wake-up has come since the pass began
+constexpr unsigned kIsIdle = 1;     // no pass is running: a wake-up has to end a wait
+constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the pass began
 
 /// Counts a running pass. At the end of the pass, releases the objects that the pass has added to
 /// the release pool.
@@ -107,15 +107,15 @@ void NSRunLoop::wake() {
   if (NSThread::isMainThread() && (runningPasses_ > 0 || !isPolled_)) {
     return;
   }
-  if ((wakeState_.fetch_or(kWoken) & kIdle) != 0) {
+  if ((wakeState_.fetch_or(kHasWakeUp) & kIsIdle) != 0) {
     clock_->wake();
   }
 }
 
-void NSRunLoop::deadlineChanged() {
+void NSRunLoop::updateDescriptor() {
   // A running pass computes the next deadline when it ends.
   if (runningPasses_ == 0 && isPolled_) {
-    updateDescriptor(nextDeadline());
+    setDescriptorDeadline(nextDeadline());
   }
 }
 
@@ -126,17 +126,18 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// After this call, a wake-up ends a wait. Returns false if a wake-up has come since the pass began.
-bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIdle) & kWoken) == 0; }
+// After this call, a wake-up ends a wait. Returns false if a thread has called `wake` since the
+// pass began.
+bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
-void NSRunLoop::updateDescriptor(Nanoseconds deadline) {
+void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
   waitSet_->setDeadline(deadline);
   if (!becomeIdle()) {
     waitSet_->wake();
   }
 }
 
-void NSRunLoop::remove(NSTimer& timer) {
+void NSRunLoop::removeTimer(NSTimer& timer) {
   if (timer.modes_ == 0) {
     return;  // never scheduled: the timer may belong to another thread
   }
@@ -156,7 +157,7 @@ void NSRunLoop::invalidateTimers() {
 NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const {
   // A timer does not fire while its target is being called.
   return std::ranges::find_if(timers_, [mode](const Strong<NSTimer>& timer) {
-    return firesIn(timer->modes_, mode) && !timer->isFiring_;
+    return containsMode(timer->modes_, mode) && !timer->isFiring_;
   });
 }
 
@@ -176,7 +177,7 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Strong<NSTimer> timer = *next;
     if (timer->repeats_) {
-      advance(next, currentTime);
+      reschedule(next, currentTime);
     }
     timer->fire();
   }
@@ -185,26 +186,26 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
 
 // Sets the next fire date of a repeating timer and updates the order of the timers. Call this
 // before the timer's target is called.
-void NSRunLoop::advance(Timers::const_iterator position, Nanoseconds currentTime) {
+void NSRunLoop::reschedule(Timers::const_iterator position, Nanoseconds currentTime) {
   auto node = timers_.extract(position);
-  node.value()->advance(currentTime);
+  node.value()->advanceFireDate(currentTime);
   timers_.insert(std::move(node));
 }
 
 bool NSRunLoop::runPass(NSRunLoopMode mode) {
   const PassScope scope(runningPasses_);
   beginPass();
-  bool hasWorked = fireTimers(mode);
+  bool hasDoneWork = fireTimers(mode);
   if (windowSystem_ != nullptr) {
-    hasWorked |= windowSystem_->deliver();
+    hasDoneWork |= windowSystem_->deliver();
   }
   if (mainQueue_ != nullptr) {
-    hasWorked |= mainQueue_->deliver();
+    hasDoneWork |= mainQueue_->deliver();
   }
   if (isPolled_) {
-    updateDescriptor(nextDeadline(mode));
+    setDescriptorDeadline(nextDeadline(mode));
   }
-  return hasWorked;
+  return hasDoneWork;
 }
 
 Nanoseconds NSRunLoop::nextDeadline(NSRunLoopMode mode) const {
@@ -226,10 +227,10 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
   }
   const bool canEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
   if (!isPolled_) {
-    wakeState_.fetch_and(~kIdle);  // the next pass serves all wake-ups
+    wakeState_.fetch_and(~kIsIdle);  // the next pass serves all wake-ups
   }
   if (!canEnd) {
-    throw NothingToWaitFor("a wait in virtual time with nothing scheduled; " +
+    throw EndlessWaitError("a wait in virtual time with nothing scheduled; " +
                            describePending(mode));
   }
 }
@@ -261,7 +262,7 @@ std::string NSRunLoop::describePending(NSRunLoopMode mode) const {
     text += "\n  at " + std::to_string(timer->fireDate_) + " ns, target " +
             std::string(timer->target() ? timer->target()->className() : "null") +
             (timer->isFiring_ ? ", firing now" : "") +
-            (firesIn(timer->modes_, mode) ? "" : ", not in this mode");
+            (containsMode(timer->modes_, mode) ? "" : ", not in this mode");
   }
   for (const RunLoopSource* source : {windowSystem_, mainQueue_}) {
     if (source != nullptr) {

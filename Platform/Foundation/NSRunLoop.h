@@ -18,24 +18,24 @@ namespace vel {
 
 class WaitSet;
 
-/// A source of events or work. Each pass of the run loop serves its sources after the timers. Only
-/// the main thread may use a source.
+/// A source of events or work. Each pass of the run loop calls `deliver` of each source after it
+/// has fired the timers. Only the main thread may use a source.
 class VEL_EXPORT RunLoopSource : NonCopyable {
  public:
   virtual ~RunLoopSource() = default;
 
-  /// Delivers everything that is due. Returns true if anything was due.
+  /// Delivers all events or work that are due. Returns true if any were due.
   virtual bool deliver() = 0;
-  /// The time at which something will be due. 0 means that something is already due. `kNever` means
-  /// that no such time is known.
+  /// The time at which the next event or work is due. 0 means that events or work are already due.
+  /// `kNever` means that no such time is known.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
-  /// Describes what is pending, one line for each item, for an error message.
+  /// Describes the pending work for an error message, one line for each piece of work.
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
 /// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The message
 /// lists the pending timers and the pending work of the main queue.
-class VEL_EXPORT NothingToWaitFor : public std::logic_error {
+class VEL_EXPORT EndlessWaitError : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
@@ -60,7 +60,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   [[nodiscard]] Clock& clock() { return *clock_; }
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
-  /// The sources that a pass serves after the timers: first the window system, then the main queue.
+  /// Set the sources. A pass first calls `deliver` of the window system, then of the main queue.
   /// Null removes the source. The run loop does not own the sources.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
@@ -74,12 +74,12 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// timer.
   void addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode);
 
-  /// Runs one pass. Returns true if the pass did anything. Never waits for an event, but may block
+  /// Runs one pass. Returns true if the pass did any work. Never waits for an event, but may block
   /// for a round trip to the display server.
   bool runPass(NSRunLoopMode mode);
   /// Runs one pass in the loop's mode. A game calls this function once per frame.
   bool pump() { return runPass(mode_); }
-  /// Runs one pass. If the pass did nothing, waits for the next deadline or event, but at most
+  /// Runs one pass. If the pass did no work, waits for the next deadline or event, but at most
   /// until `limit`.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);
   /// Runs passes until `limit`. Also runs everything that is due at `limit`.
@@ -87,12 +87,12 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// Runs passes until `isDone` returns true. Calls `isDone` before each pass.
   void runUntil(const std::function<bool()>& isDone);
 
-  /// The time at which a pass in the loop's mode next has something to do. 0 means now. `kNever`
-  /// means that no such time is known.
+  /// The time at which a pass in the loop's mode next has work. 0 means now. `kNever` means that no
+  /// such time is known.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
-  /// Returns a descriptor for a host's own `poll`. The descriptor is readable when a pass has
-  /// something to do. It is valid until the clock is replaced. After the first call of this
-  /// function, every pass updates the descriptor. Returns -1 in virtual time.
+  /// Returns a descriptor for a host's own `poll`. The descriptor is readable when a pass has work.
+  /// The descriptor is valid until the clock is replaced. After the first call of this function,
+  /// every pass updates the descriptor. Returns -1 in virtual time.
   [[nodiscard]] int descriptor();
   /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
   /// removes the previous handle. Has no effect in virtual time.
@@ -100,8 +100,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
 
   /// Ends a wait of the loop, and makes the descriptor readable. Any thread may call this function.
   void wake();
-  /// Updates the descriptor after the deadline of a source has changed between two passes.
-  void deadlineChanged();
+  /// Updates the descriptor. Call this when the deadline of a source changes between two passes.
+  void updateDescriptor();
 
   /// The number of timers that are scheduled in any mode.
   [[nodiscard]] std::size_t timerCount() const { return timers_.size(); }
@@ -124,11 +124,11 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
 
   void replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitSet> waitSet);
   void beginPass();
-  void updateDescriptor(Nanoseconds deadline);
+  void setDescriptorDeadline(Nanoseconds deadline);
   bool becomeIdle();
-  void remove(NSTimer& timer);
+  void removeTimer(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);
-  void advance(Timers::const_iterator position, Nanoseconds currentTime);
+  void reschedule(Timers::const_iterator position, Nanoseconds currentTime);
   [[nodiscard]] Timers::const_iterator nextTimer(NSRunLoopMode mode) const;
   [[nodiscard]] Nanoseconds nextDeadline(NSRunLoopMode mode) const;
   void wait(NSRunLoopMode mode, Nanoseconds limit);

@@ -44,12 +44,12 @@ void NSTimer::invalidate() {
   isValid_ = false;
   // Keeps the timer alive: the run loop may hold the only reference to it.
   const Strong<NSTimer> timer = self();
-  NSRunLoop::mainRunLoop().remove(*this);
+  NSRunLoop::mainRunLoop().removeTimer(*this);
   // Released when the function returns: the target's destructor may use this timer.
   const Strong<NSObject> target = std::move(target_);
 }
 
-void NSTimer::advance(Nanoseconds now) {
+void NSTimer::advanceFireDate(Nanoseconds now) {
   fireDate_ = firstFireDate_ + ((now - firstFireDate_) / interval_ + 1) * interval_;
 }
 

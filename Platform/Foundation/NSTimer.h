@@ -58,7 +58,7 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   static Strong<NSTimer> schedule(double interval, Strong<NSObject> target, bool repeats,
                                   Callout callout);
   // Moves the fire date past `now` by whole intervals, so that a late timer keeps its phase.
-  void advance(Nanoseconds now);
+  void advanceFireDate(Nanoseconds now);
   // Calls the target. The caller keeps the timer alive.
   void fire();
 

@@ -121,7 +121,7 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
   submit("one second");
   submitAt(after(-0.75), "a quarter");
   submitAt(after(0), "one second again");
-  const std::vector<DispatchQueue::PendingWork> pending = queue.pending();
+  const std::vector<DispatchQueue::PendingWork> pending = queue.pendingWork();
   ASSERT_EQ(pending.size(), 4u);
   EXPECT_EQ(pending[0].deadline, NSEC_PER_SEC / 4);
   EXPECT_EQ(pending[1].deadline, NSEC_PER_SEC / 2);
@@ -237,7 +237,7 @@ TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
   submitAt(after(1), "later");
   submit("now");
   std::vector<dispatch_time_t> deadlines;
-  for (const DispatchQueue::PendingWork& pending : queue.pending()) {
+  for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
     deadlines.push_back(pending.deadline);
   }
   EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
@@ -248,7 +248,7 @@ TEST_F(DispatchTest, PendingWorkHasItsLabel) {
   dispatch_after(after(1), queue, "second", [] {});
   submitAt(after(2), "without a label");
   std::vector<std::string_view> labels;
-  for (const DispatchQueue::PendingWork& pending : queue.pending()) {
+  for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
     labels.push_back(pending.label);
   }
   EXPECT_EQ(labels, (std::vector<std::string_view>{"first", "second", ""}));
@@ -260,7 +260,7 @@ TEST_F(DispatchTest, TheErrorOfAnEndlessWaitListsPendingWork) {
   try {
     loop.runUntil([] { return false; });
     FAIL() << "the wait did not throw";
-  } catch (const NothingToWaitFor& error) {
+  } catch (const EndlessWaitError& error) {
     const std::string text = error.what();
     EXPECT_NE(text.find("work: work at no time"), std::string::npos) << text;
     EXPECT_NE(text.find("work: no label"), std::string::npos) << text;

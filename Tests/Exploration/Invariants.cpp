@@ -145,7 +145,7 @@ std::string checkStyles(const ObservedPlay& play) {
 // After the end
 
 std::string checkObjectsAfterEnd(const ObservedPlay& play) {
-  if (!dispatch_get_main_queue().pending().empty()) {
+  if (!dispatch_get_main_queue().pendingWork().empty()) {
     return "the main queue has pending work";
   }
   // Only the host and the covers that are still up own the manager. A cover owns its delegates.

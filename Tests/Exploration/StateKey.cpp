@@ -76,7 +76,7 @@ std::size_t indexOf(const T* controller, const Controllers& controllers) {
 }
 
 void addWork(KeyText& key) {
-  for (const DispatchQueue::PendingWork& work : dispatch_get_main_queue().pending()) {
+  for (const DispatchQueue::PendingWork& work : dispatch_get_main_queue().pendingWork()) {
     key << work.deadline - ObservedPlay::time() << std::string(work.label);
   }
   key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();

@@ -84,7 +84,7 @@ bool presentsOverClosedWindow(const ObservedPlay& play, const host::Step& step) 
 }
 
 bool isRemovalPending() {
-  return std::ranges::any_of(dispatch_get_main_queue().pending(), [](const auto& work) {
+  return std::ranges::any_of(dispatch_get_main_queue().pendingWork(), [](const auto& work) {
     return work.label == embedded_cover::kRemovalLabel;
   });
 }

@@ -238,8 +238,8 @@ TEST_F(NSRunLoopTest, VirtualTimeJumpsToTheNextDeadline) {
 }
 
 TEST_F(NSRunLoopTest, AVirtualWaitWithNothingScheduledThrows) {
-  EXPECT_THROW(loop.runUntil([] { return false; }), NothingToWaitFor);
-  EXPECT_THROW(loop.runModeBeforeDate(NSDefaultRunLoopMode, kNever), NothingToWaitFor);
+  EXPECT_THROW(loop.runUntil([] { return false; }), EndlessWaitError);
+  EXPECT_THROW(loop.runModeBeforeDate(NSDefaultRunLoopMode, kNever), EndlessWaitError);
 }
 
 TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
@@ -247,7 +247,7 @@ TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
   try {
     loop.runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
     FAIL() << "the wait did not throw";
-  } catch (const NothingToWaitFor& error) {
+  } catch (const EndlessWaitError& error) {
     const std::string text = error.what();
     EXPECT_NE(text.find("timers: 1"), std::string::npos) << text;
     EXPECT_NE(text.find("500000000 ns"), std::string::npos) << text;
@@ -264,7 +264,7 @@ TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
         // A timer does not fire again while it is firing, so the nested loop cannot wait for it.
         try {
           loop.runUntil([] { return false; });
-        } catch (const NothingToWaitFor& error) {
+        } catch (const EndlessWaitError& error) {
           text = error.what();
         }
       },

@@ -32,8 +32,8 @@ class FileDescriptor : NonCopyable {
   int descriptor_;
 };
 
-/// An epoll descriptor that waits on three others: an eventfd for wake-ups, a timerfd for the
-/// deadline, and the watched handle.
+/// An epoll descriptor that waits for three other descriptors: an eventfd for wake-ups, a timerfd
+/// for the deadline, and the watched handle.
 class EpollWaitSet final : public WaitSet {
  public:
   EpollWaitSet()
