@@ -51,33 +51,34 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
     return waitFor([&] { return host.hasPrinted(beginning); });
   }
   std::vector<std::string> actions(xcb_window_t window) {
-    return user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
+    return client.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
   }
   // True if the game's drawing is on the screen and nothing in the window is white.
   bool isDrawn(xcb_window_t window) {
-    const auto colors = user.picture(window).colors();
+    const auto colors = client.screenPicture(window).colors();
     return colors.contains(kSky) && colors.contains(kBall) && !colors.contains(kWhite);
   }
   // The title bar that the window manager draws, with its buttons.
   Picture titleBar(xcb_window_t window) {
     constexpr int kHeight = 30;
-    const PixelRect frame = user.frameOf(window);
-    return user.picture(PixelRect{frame.x, frame.y - kHeight, frame.width, kHeight});
+    const PixelRect frame = client.areaOnScreen(window);
+    return client.screenPicture(PixelRect{frame.x, frame.y - kHeight, frame.width, kHeight});
   }
   // The user switches to another window.
   xcb_window_t switchAway() {
-    const xcb_window_t other = user.openGame({1020, 100, 200, 150}, 0);
-    EXPECT_TRUE(waitFor([&] { return user.isViewable(other); }));
-    user.focus(other);
-    EXPECT_TRUE(waitFor([&] { return user.focused() == other; }));
+    const xcb_window_t other = client.openGameWindow({1020, 100, 200, 150}, 0);
+    EXPECT_TRUE(waitFor([&] { return client.isViewable(other); }));
+    client.focus(other);
+    EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == other; }));
     return other;
   }
   void switchBack(xcb_window_t from, xcb_window_t window) {
-    user.destroy(from);
-    user.focus(window);
+    client.destroy(from);
+    client.focus(window);
   }
   void keepPicture(std::string_view moment) {
-    user.picture({0, 0, 1280, 960}).save(std::string(GetParam()).append("-").append(moment));
+    client.screenPicture({0, 0, 1280, 960})
+        .save(std::string(GetParam()).append("-").append(moment));
   }
   std::string recordedEvents() {
     std::ostringstream text;
@@ -92,15 +93,15 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   HostProcess game({examplePath(GetParam()), events_, "3", "120"}, server.display());
   xcb_window_t window = 0;
   ASSERT_TRUE(waitFor([&] {
-    window = user.find("PlayerWindow");
-    return window != 0 && user.focused() == window && isDrawn(window);
+    window = client.findWindow("PlayerWindow");
+    return window != 0 && client.focusedWindow() == window && isDrawn(window);
   }));
   const Picture titleBarBefore = titleBar(window);
   keepPicture("before");
 
   ASSERT_TRUE(waitForLine(game, "covered"));
   const xcb_window_t other = switchAway();  // pauses the countdown during the checks
-  ASSERT_TRUE(waitFor([&] { return user.picture(window).isAll(kWhite); }));
+  ASSERT_TRUE(waitFor([&] { return client.screenPicture(window).isAll(kWhite); }));
   EXPECT_TRUE(waitForLine(game, "controls kept"));
   EXPECT_THAT(actions(window), hasNoButtons());
   EXPECT_NE(titleBar(window), titleBarBefore);
@@ -110,7 +111,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   };
   const auto before = framesCovered();
   EXPECT_TRUE(waitFor([&] { return framesCovered() >= before + 2; }));
-  EXPECT_TRUE(user.picture(window).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(window).isAll(kWhite));
   EXPECT_EQ(recordedEvents(), "");
   keepPicture("during");
 
@@ -125,7 +126,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));
   keepPicture("after");
 
-  user.requestClose(window);
+  client.requestClose(window);
   EXPECT_EQ(game.wait(), 0);
   int frames = 0;
   int covered = 0;
@@ -144,7 +145,7 @@ TEST_P(GameExample, ExitsCleanlyIfItIsClosedUnderItsLaunchScreen) {
   HostProcess game({examplePath(GetParam()), events_, "3600"}, server.display());
   ASSERT_TRUE(waitForLine(game, "covered"));
   // The close control is disabled, but a program can still send WM_DELETE_WINDOW.
-  user.sendProtocol(user.find("PlayerWindow"), "WM_DELETE_WINDOW");
+  client.sendProtocol(client.findWindow("PlayerWindow"), "WM_DELETE_WINDOW");
   EXPECT_EQ(game.wait(), 0);
 }
 

@@ -65,7 +65,7 @@ class X11CBinding : public X11TestWithManager {
     return std::ranges::find(calls, line) != calls.end();
   }
 
-  xcb_window_t game = user.openGame(kGame, kGreen);
+  xcb_window_t game = client.openGameWindow(kGame, kGreen);
   std::vector<std::string> calls;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelLaunchScreen* screen = nullptr;
@@ -79,11 +79,11 @@ class X11CBinding : public X11TestWithManager {
 TEST_F(X11CBinding, CoversTheHostsWindowUntilItsEventAndRestoresIt) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(0.5);
-  EXPECT_TRUE(pumpUntil([this] { return user.picture(game).isAll(kWhite); }));
-  EXPECT_TRUE(user.property(game, kMotif).has_value());
+  EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
+  EXPECT_TRUE(client.property(game, kMotif).has_value());
   EXPECT_TRUE(pumpUntil([this] { return hasReceived("launch_end"); }));
-  EXPECT_TRUE(pumpUntil([this] { return !user.property(game, kMotif).has_value(); }));
-  EXPECT_TRUE(pumpUntil([this] { return !user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(pumpUntil([this] { return !client.property(game, kMotif).has_value(); }));
+  EXPECT_TRUE(pumpUntil([this] { return !client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(calls.front(), "will_appear");
   EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
 }
@@ -91,17 +91,17 @@ TEST_F(X11CBinding, CoversTheHostsWindowUntilItsEventAndRestoresIt) {
 TEST_F(X11CBinding, RestoresTheWindowWhenItIsDestroyedEarly) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
-  EXPECT_TRUE(pumpUntil([this] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_TRUE(waitFor([this] { return !user.property(game, kMotif).has_value(); }));
-  EXPECT_TRUE(waitFor([this] { return user.children(game).empty(); }));
+  EXPECT_TRUE(waitFor([this] { return !client.property(game, kMotif).has_value(); }));
+  EXPECT_TRUE(waitFor([this] { return client.children(game).empty(); }));
   EXPECT_FALSE(hasReceived("did_disappear"));
 }
 
 TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
-  const xcb_window_t destroyedWindow = user.makeWindow(kGame, kGreen);
-  user.destroy(destroyedWindow);
-  user.settle();
+  const xcb_window_t destroyedWindow = client.makeWindow(kGame, kGreen);
+  client.destroy(destroyedWindow);
+  client.waitForServer();
   for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},
                                  ~std::uint64_t{0}, (std::uint64_t{1} << 32) + game}) {
     EXPECT_EQ(create(id), VEL_BAD_WINDOW) << id;

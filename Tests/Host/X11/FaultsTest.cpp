@@ -24,21 +24,21 @@ class X11ShowFaults : public X11Test {
   /// white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
-    game = user.openGame(kGame, kGreen);
-    ASSERT_TRUE(eventually([this] { return user.isViewable(game); }));
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
     std::vector<std::string> all{"--window", std::to_string(game), "--content-controller"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     show = std::make_unique<LaunchedShow>(server, all);
     ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
-    ASSERT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
+    ASSERT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   }
   /// Waits until the game has the focus.
   bool waitForFocus() {
-    return eventually([this] { return user.focused() == game; });
+    return eventually([this] { return client.focusedWindow() == game; });
   }
   void expectRestored() {
-    EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kGreen); }));
-    EXPECT_EQ(user.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
+    EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kGreen); }));
+    EXPECT_EQ(client.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
   }
 
   xcb_window_t game = 0;
@@ -48,7 +48,7 @@ class X11ShowFaults : public X11Test {
 TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
   ASSERT_TRUE(waitForFocus());
-  user.destroy(game);
+  client.destroy(game);
   // The event is recorded, because the window was in front until its destruction.
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
@@ -59,10 +59,10 @@ TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
 TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
   cover(Manager::Metacity, {"--duration", "5"});
   ASSERT_TRUE(waitForFocus());
-  user.requestIconify(game);
+  client.requestIconify(game);
   EXPECT_TRUE(show->waitForOutput("paused: not in front")) << show->output();
-  user.map(game);
-  EXPECT_TRUE(eventually([this] { return user.isViewable(game); }));
+  client.map(game);
+  EXPECT_TRUE(eventually([this] { return client.isViewable(game); }));
   runProgram({"xdotool", "windowactivate", "--sync", std::to_string(game)}, server.display());
   EXPECT_TRUE(show->waitForOutput("resumed: in front again")) << show->output();
   EXPECT_EQ(show->wait(), 0) << show->output();
@@ -74,10 +74,10 @@ TEST_F(X11ShowFaults, TheRunGoesOnAfterTheWindowManagerCrashes) {
   manager.kill();
   // The server reparents the game to the root window when the manager's connection is closed.
   EXPECT_TRUE(eventually([this] {
-    const auto windows = user.children(user.root());
+    const auto windows = client.children(client.root());
     return std::ranges::find(windows, game) != windows.end();
   }));
-  EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
   expectRestored();
@@ -90,7 +90,7 @@ TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
   startManager(Manager::Openbox);
   EXPECT_TRUE(show->waitForOutput("controls kept by the window manager: close, miniaturise"))
       << show->output();
-  EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   show->signal(SIGINT);
   EXPECT_EQ(show->wait(), 128 + SIGINT) << show->output();
   expectRestored();
@@ -118,11 +118,11 @@ TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
   cover(Manager::None, {"--duration", "600"});
   show->signal(SIGKILL);
   show->wait();
-  EXPECT_TRUE(eventually([this] { return user.picture(game).isAll(kGreen); }));
+  EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
 TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
-  const xcb_window_t hidden = user.makeWindow(kGame, kGreen);
+  const xcb_window_t hidden = client.makeWindow(kGame, kGreen);
   const auto refusal = [this](const std::string& window) {
     LaunchedShow refused(server, {"--window", window});
     EXPECT_EQ(refused.wait(), 1);
@@ -132,7 +132,7 @@ TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
   EXPECT_EQ(refusal("0"), "launchscreen: window 0x0: that is no X11 window's id\n");
   EXPECT_EQ(refusal("99999999999"),
             "launchscreen: window 0x174876e7ff: that is no X11 window's id\n");
-  EXPECT_THAT(refusal(std::to_string(user.root())), HasSubstr("it is the root window\n"));
+  EXPECT_THAT(refusal(std::to_string(client.root())), HasSubstr("it is the root window\n"));
   EXPECT_EQ(refusal(std::to_string(hidden)), "launchscreen: the window is not on the screen\n");
 }
 

@@ -42,22 +42,22 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     startManager(windowManager);
     program = server.start(GetParam().command);
     ASSERT_TRUE(eventually([this] {
-      window = user.find(GetParam().window);
-      return window != 0 && user.isViewable(window) && isDrawn();
+      window = client.findWindow(GetParam().window);
+      return window != 0 && client.isViewable(window) && isDrawn();
     }));
   }
-  bool isDrawn() { return user.picture(window).colors().size() > 1; }
+  bool isDrawn() { return client.screenPicture(window).colors().size() > 1; }
   /// Saves a picture of the window with the manager's frame.
   void savePicture(const std::string& when) {
-    PixelRect place = user.frameOf(window);
-    const auto around = user.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
+    PixelRect place = client.areaOnScreen(window);
+    const auto around = client.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
     if (around.size() == 4) {
       place.x -= static_cast<int>(around[0]);
       place.y -= static_cast<int>(around[2]);
       place.width += static_cast<int>(around[0] + around[1]);
       place.height += static_cast<int>(around[2] + around[3]);
     }
-    user.picture(place).save(std::string(GetParam().name) + "-" + when);
+    client.screenPicture(place).save(std::string(GetParam().name) + "-" + when);
   }
   /// The properties that the program has set on its window.
   std::map<std::string, std::optional<Property>> clientProperties() {
@@ -65,7 +65,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     for (const char* name :
          {"_MOTIF_WM_HINTS", "WM_NORMAL_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_CLASS", "WM_NAME",
           "WM_ICON_NAME", "WM_TRANSIENT_FOR", "_NET_WM_NAME", "_NET_WM_WINDOW_TYPE"}) {
-      properties[name] = user.property(window, name);
+      properties[name] = client.property(window, name);
     }
     return properties;
   }
@@ -81,7 +81,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   }
   /// The actions for closing, miniaturising and resizing that the window manager allows.
   std::vector<std::string> allowedActions() {
-    std::vector<std::string> actions = user.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
+    std::vector<std::string> actions = client.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
       return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
              action != "_NET_WM_ACTION_RESIZE";
@@ -90,7 +90,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   }
   /// True if the window is white except for the indicator in the middle.
   bool isCovered() {
-    const Picture picture = user.picture(window);
+    const Picture picture = client.screenPicture(window);
     const PixelRect other = picture.boundsOfOtherColors(kWhite);
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
@@ -99,17 +99,17 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   }
   /// Clicks the close button of Metacity's frame.
   void clickClose() {
-    const PixelRect frame = user.frameOf(window);
-    user.click(frame.x + frame.width - 18, frame.y - 18);
+    const PixelRect frame = client.areaOnScreen(window);
+    client.click(frame.x + frame.width - 18, frame.y - 18);
   }
   void resizeBy(int width, int height) {
-    PixelRect frame = user.frameOf(window);
+    PixelRect frame = client.areaOnScreen(window);
     frame.width += width;
     frame.height += height;
-    user.configure(window, frame);
+    client.configure(window, frame);
   }
   bool isAtLeastAsLargeAs(PixelRect frame) {
-    const PixelRect now = user.frameOf(window);
+    const PixelRect now = client.areaOnScreen(window);
     return now.width >= frame.width && now.height >= frame.height;
   }
 
@@ -126,9 +126,9 @@ class ForeignProgramsWithManager : public ForeignPrograms {
 TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
   ASSERT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   const auto propertiesBefore = clientProperties();
-  const auto childrenBefore = user.children(window);
-  const int nonWhitePixelsBefore = nonWhitePixels(user.picture(window));
-  const PixelRect frameBefore = user.frameOf(window);
+  const auto childrenBefore = client.children(window);
+  const int nonWhitePixelsBefore = nonWhitePixels(client.screenPicture(window));
+  const PixelRect frameBefore = client.areaOnScreen(window);
   savePicture("before");
 
   LaunchedShow show(server, {"--window", hexadecimal(window), "--mode", "skip", "--duration", "600",
@@ -148,10 +148,10 @@ TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
   EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // the prefix of an X error
   EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   EXPECT_EQ(clientProperties(), propertiesBefore);
-  EXPECT_EQ(user.children(window), childrenBefore);
-  EXPECT_EQ(user.frameOf(window), frameBefore);
-  EXPECT_TRUE(
-      eventually([&] { return nonWhitePixels(user.picture(window)) > nonWhitePixelsBefore / 2; }));
+  EXPECT_EQ(client.children(window), childrenBefore);
+  EXPECT_EQ(client.areaOnScreen(window), frameBefore);
+  EXPECT_TRUE(eventually(
+      [&] { return nonWhitePixels(client.screenPicture(window)) > nonWhitePixelsBefore / 2; }));
   savePicture("after");
 
   // The program still runs and reacts.
@@ -171,7 +171,7 @@ TEST_P(ForeignPrograms, CanBeResizedWhileCovered) {
                              "600", "--indicator"});
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
-  const PixelRect frame = user.frameOf(window);
+  const PixelRect frame = client.areaOnScreen(window);
   resizeBy(150, 100);
   EXPECT_TRUE(isCovered());  // immediately after the resize
   EXPECT_TRUE(eventually([&] {

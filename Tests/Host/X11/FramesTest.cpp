@@ -39,12 +39,12 @@ char kindOf(const Picture& picture) {
 }
 
 TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
-  const xcb_window_t game = user.openGame(kGame, kGreen);
-  ASSERT_TRUE(
-      eventually([&] { return user.isViewable(game) && user.picture(game).isAll(kGreen); }));
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  ASSERT_TRUE(eventually(
+      [&] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
   PixelRect place = GetParam().place;
-  place.x += user.frameOf(game).x;
-  place.y += user.frameOf(game).y;
+  place.x += client.areaOnScreen(game).x;
+  place.y += client.areaOnScreen(game).y;
   FrameRecorder recorder(server.display(), place, kindOf);
   LaunchedShow show(server,
                     {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",

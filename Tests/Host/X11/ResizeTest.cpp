@@ -26,20 +26,20 @@ Property fixedSizeHints(PixelRect frame) {
 }
 
 TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
-  const xcb_window_t game = user.openGame(kGame, kGreen);
-  user.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGame));
-  ASSERT_TRUE(eventually([&] { return user.isViewable(game); }));
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGame));
+  ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   LaunchedShow show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration",
                              "600", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
-  ASSERT_TRUE(eventually([&] { return user.picture(game).isAll(kWhite); }));
+  ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 
   // A program with a window of fixed size changes the hints before the size.
-  user.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLarger));
-  user.configure(game, kLarger);
+  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLarger));
+  client.configure(game, kLarger);
   bool isGameSeen = false;
   EXPECT_TRUE(eventually([&] {
-    const Picture picture = user.picture(game);
+    const Picture picture = client.screenPicture(game);
     isGameSeen = isGameSeen || picture.colors().contains(kGreen);
     return picture.width == kLarger.width && picture.height == kLarger.height &&
            picture.isAll(kWhite);
@@ -48,8 +48,8 @@ TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(user.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLarger));
-  EXPECT_TRUE(eventually([&] { return user.picture(game).isAll(kGreen); }));
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLarger));
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
 }  // namespace

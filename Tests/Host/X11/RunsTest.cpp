@@ -33,7 +33,7 @@ class X11Player : public X11Test {
  protected:
   X11Player() : X11Test(Manager::Metacity) {}
   void TearDown() override { std::filesystem::remove(screenshot); }
-  xcb_window_t player() { return user.find("PlayerWindow"); }
+  xcb_window_t player() { return client.findWindow("PlayerWindow"); }
 
   const std::string screenshot =
       (std::filesystem::temp_directory_path() / ("screenshot" + server.display() + ".png"))
@@ -48,7 +48,7 @@ TEST_F(X11Player, IsWhiteDuringTheRunAndAnimatesAfterIt) {
   show.signal(SIGSTOP);
   Picture playing;
   EXPECT_TRUE(eventually([&] {
-    playing = user.picture(player());
+    playing = client.screenPicture(player());
     return playing.colors().size() == 2 && playing.colors().count(kWhite) == 0;
   }));
   playing.save("player");
@@ -64,8 +64,8 @@ TEST_F(X11Player, AnimatesAroundAModalWindow) {
   LaunchedShow show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                              "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
-  const Picture playing = user.picture(player());
-  EXPECT_TRUE(eventually([&] { return user.picture(player()) != playing; }));
+  const Picture playing = client.screenPicture(player());
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(player()) != playing; }));
   EXPECT_EQ(show.wait(), 0) << show.output();
   const Picture modal = Picture::readPng(screenshot);
   modal.save("modal");
@@ -119,12 +119,12 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
 };
 
 TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
-  const xcb_window_t game = user.openGame(kGame, kGreen);
-  ASSERT_TRUE(eventually([&] { return user.isViewable(game); }));
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   LaunchedShow show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
                              GetParam().presentation, "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
-  EXPECT_TRUE(eventually([&] { return user.picture(game).colors().count(kWhite) == 1; }));
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(game).colors().count(kWhite) == 1; }));
   EXPECT_EQ(show.wait(), 0);
   std::vector<std::string> expected{"request answered", "covered"};
   if (*GetParam().keptControls != '\0') {
@@ -135,7 +135,7 @@ TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   }
   expected.insert(expected.end(), {"dismissed", "uncovered", "event recorded: launch_end"});
   EXPECT_EQ(stepsPrintedBy(show), expected);
-  EXPECT_TRUE(eventually([&] { return user.picture(game).isAll(kGreen); }));
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -150,12 +150,12 @@ INSTANTIATE_TEST_SUITE_P(
 class X11ShowFocus : public X11TestWithManager {};
 
 TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
-  const xcb_window_t game = user.openGame(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   const Process xterm = server.start({"xterm", "-geometry", "40x10+900+600"});
   xcb_window_t other = 0;
   ASSERT_TRUE(eventually([&] {
-    other = user.find("XTerm");
-    return user.isViewable(game) && other != 0 && user.isViewable(other);
+    other = client.findWindow("XTerm");
+    return client.isViewable(game) && other != 0 && client.isViewable(other);
   }));
   const auto activate = [this](xcb_window_t window) {
     runProgram({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
@@ -163,7 +163,7 @@ TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
   LaunchedShow show(server,
                     {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
-  ASSERT_TRUE(eventually([&] { return user.focused() == game; }));
+  ASSERT_TRUE(eventually([&] { return client.focusedWindow() == game; }));
   activate(other);
   ASSERT_TRUE(show.waitForOutput("paused: not in front")) << show.output();
   // A headless run of one second lets time pass.

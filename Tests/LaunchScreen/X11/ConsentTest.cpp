@@ -21,7 +21,7 @@ class X11Consent : public X11HostTest {
   /// is paused.
   void runModalConsent(const std::function<void()>& act) {
     std::function<void()> actWhenModal = [&] {
-      if (user.focused() == idOf(consent->handle()) && launchScreen->appIsUnfocused()) {
+      if (client.focusedWindow() == idOf(consent->handle()) && launchScreen->appIsUnfocused()) {
         EXPECT_EQ(launchScreen->launchScreenExpirationTimer(), nullptr);
         EXPECT_TRUE(consent->isModalPanel());
         act();
@@ -40,21 +40,22 @@ class X11Consent : public X11HostTest {
 
 TEST_F(X11Consent, ClosingTheDialogResumesTheLaunchScreen) {
   present(5, kEmbedded);
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   runModalConsent([this] { consent->close(); });
   EXPECT_FALSE(launchScreen->appIsUnfocused());
   EXPECT_NE(launchScreen->launchScreenExpirationTimer(), nullptr);
-  EXPECT_TRUE(runUntil([this] { return user.focused() == game && player->isKeyWindow(); }));
+  EXPECT_TRUE(runUntil([this] { return client.focusedWindow() == game && player->isKeyWindow(); }));
   // The window manager removes the dialog's frame some time later.
-  EXPECT_TRUE(runUntil([this] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(runUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_THAT(events, testing::IsEmpty());
-  EXPECT_TRUE(runUntil([this] { return !events.empty() && user.picture(game).isAll(kGreen); }));
+  EXPECT_TRUE(
+      runUntil([this] { return !events.empty() && client.screenPicture(game).isAll(kGreen); }));
   EXPECT_THAT(events, testing::ElementsAre("launch_end"));
 }
 
 TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSession) {
   present(600, kEmbedded);
-  runModalConsent([&] { user.focus(other); });
+  runModalConsent([&] { client.focus(other); });
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(consent->isVisible());
   EXPECT_FALSE(launchScreen->appIsUnfocused());

@@ -15,8 +15,8 @@ constexpr PixelRect kSecond{300, 250, 640, 400};
 class X11Order : public X11Test {
  protected:
   xcb_window_t openGame(PixelRect frame) {
-    const xcb_window_t window = user.openGame(frame, 0);
-    EXPECT_TRUE(eventually([&] { return user.isViewable(window); }));
+    const xcb_window_t window = client.openGameWindow(frame, 0);
+    EXPECT_TRUE(eventually([&] { return client.isViewable(window); }));
     return window;
   }
   bool waitForOrder(const std::vector<WindowHandle>& order) {
@@ -27,9 +27,9 @@ class X11Order : public X11Test {
 TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
-  user.raise(idOf(first));
+  client.raise(idOf(first));
   EXPECT_TRUE(waitForOrder({first, second}));
-  user.raise(idOf(second));
+  client.raise(idOf(second));
   EXPECT_TRUE(waitForOrder({second, first}));
   EXPECT_EQ(reports.orders.size(), 2U);
 }
@@ -43,13 +43,13 @@ TEST_F(X11Order, AnOrderUnlikeTheAdoptionOrderIsReported) {
 
 TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
   const WindowHandle first =
-      open({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
+      openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   const WindowHandle second =
-      open({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
+      openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   system().orderFront(first);
-  ASSERT_TRUE(waitFor([&] { return user.children(user.root()).back() == idOf(first); }));
+  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(first); }));
   system().orderFront(second);
-  ASSERT_TRUE(waitFor([&] { return user.children(user.root()).back() == idOf(second); }));
+  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(second); }));
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_THAT(reports.orders, IsEmpty());
 }
@@ -58,7 +58,7 @@ TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
   const xcb_window_t game = openGame(kGame);
   adopt(game);
   openGame(kSecond);
-  user.raise(game);
+  client.raise(game);
   deliver();
   EXPECT_THAT(reports.orders, IsEmpty());
   EXPECT_EQ(system().nextDeadline(), kNever);
@@ -68,9 +68,9 @@ TEST_F(X11Order, AnUnmappedWindowIsNotInTheOrder) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   const WindowHandle third = adopt(openGame(kSecond)).handle;
-  user.unmap(idOf(second));
+  client.unmap(idOf(second));
   deliver();
-  user.raise(idOf(first));
+  client.raise(idOf(first));
   EXPECT_TRUE(waitForOrder({first, third}));
 }
 
@@ -82,9 +82,9 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
 TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
   const WindowHandle first = adopt(openGame(kGame)).handle;
   const WindowHandle second = adopt(openGame(kSecond)).handle;
-  ASSERT_TRUE(waitFor([&] { return user.focused() == idOf(second); }));
-  const PixelRect place = user.frameOf(idOf(first));
-  user.click(place.x + 20, place.y + 20);
+  ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(second); }));
+  const PixelRect place = client.areaOnScreen(idOf(first));
+  client.click(place.x + 20, place.y + 20);
   EXPECT_TRUE(waitForOrder({first, second}));
 }
 
@@ -93,9 +93,9 @@ TEST_P(X11OrderWithManager, TheOrderOfANewManagerIsReported) {
   const WindowHandle second = adopt(openGame(kSecond)).handle;
   manager.end();
   startManager(GetParam());
-  ASSERT_TRUE(waitFor([&] { return user.isViewable(idOf(first)); }));
-  user.requestActivation(idOf(second));
-  user.requestActivation(idOf(first));
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(idOf(first)); }));
+  client.requestActivation(idOf(second));
+  client.requestActivation(idOf(first));
   EXPECT_TRUE(waitForOrder({first, second}));
 }
 
@@ -113,10 +113,10 @@ TEST_F(X11ApplicationOrder, OrderedWindowsFollowTheStackingOrder) {
   ASSERT_NE(second, nullptr) << error;
   const auto order = [] { return NSApp->orderedWindows(); };
   ASSERT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
-  const PixelRect place = user.frameOf(other);
-  user.click(place.x + place.width - 10, place.y + place.height - 10);
+  const PixelRect place = client.areaOnScreen(other);
+  client.click(place.x + place.width - 10, place.y + place.height - 10);
   EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{second, player}; }));
-  user.requestActivation(game);
+  client.requestActivation(game);
   EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
 }
 

@@ -17,15 +17,16 @@ class X11Presentations : public X11HostTest {
   /// True if the launch screen's window is white, horizontally centred in the game, and `top`
   /// pixels below the game's upper edge.
   [[nodiscard]] bool isWhiteAt(const Strong<NSWindow>& window, int top) const {
-    const PixelRect host = user.frameOf(game);
+    const PixelRect host = client.areaOnScreen(game);
     const PixelRect expected{host.x + (host.width - 480) / 2, host.y + top, 480, 270};
-    return user.frameOf(idOf(window->handle())) == expected && user.picture(expected).isAll(kWhite);
+    return client.areaOnScreen(idOf(window->handle())) == expected &&
+           client.screenPicture(expected).isAll(kWhite);
   }
   void moveGame(int x, int y) {
-    const PixelRect before = user.frameOf(game);
-    user.configure(game, {x, y, before.width, before.height});
+    const PixelRect before = client.areaOnScreen(game);
+    client.configure(game, {x, y, before.width, before.height});
     ASSERT_TRUE(runUntil([&] {
-      const PixelRect now = user.frameOf(game);
+      const PixelRect now = client.areaOnScreen(game);
       return (now.x != before.x || now.y != before.y) && player->frame().origin.x == double(now.x);
     }));
   }
@@ -42,12 +43,12 @@ TEST_F(X11Presentations, ASheetMovesWithItsHost) {
 
 TEST_F(X11Presentations, AnEmbeddedCoverMovesInTheSameRequestAsItsHost) {
   present(kVeryLong, kEmbedded);
-  ASSERT_TRUE(runUntil([&] { return user.picture(game).isAll(kWhite); }));
-  const PixelRect before = user.frameOf(game);
-  user.configure(game, {420, 350, before.width, before.height});
+  ASSERT_TRUE(runUntil([&] { return client.screenPicture(game).isAll(kWhite); }));
+  const PixelRect before = client.areaOnScreen(game);
+  client.configure(game, {420, 350, before.width, before.height});
   // The run loop does not run here: the server moves the cover with its parent window.
-  ASSERT_TRUE(eventually([&] { return !(user.frameOf(game) == before); }));
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  ASSERT_TRUE(eventually([&] { return !(client.areaOnScreen(game) == before); }));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 /// Two monitors side by side. The game is on the second monitor.
@@ -61,9 +62,9 @@ class X11SecondMonitor : public X11Presentations {
     ASSERT_THAT(runProgram({"xrandr", "--listmonitors"}, server.display()),
                 testing::HasSubstr("right"));
     X11HostTest::SetUp();
-    user.configure(game, {660, 500, 600, 400});
+    client.configure(game, {660, 500, 600, 400});
     ASSERT_TRUE(runUntil([this] {
-      return user.frameOf(game).x >= 640 && player->frame().size == CGSize{600, 400} &&
+      return client.areaOnScreen(game).x >= 640 && player->frame().size == CGSize{600, 400} &&
              player->frame().origin.x >= 640;
     }));
   }
@@ -71,7 +72,7 @@ class X11SecondMonitor : public X11Presentations {
 
 TEST_F(X11SecondMonitor, AnEmbeddedCoverIsWhereTheGameIs) {
   present(kVeryLong, kEmbedded);
-  EXPECT_TRUE(runUntil([this] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(runUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
 }
 
 TEST_F(X11SecondMonitor, ASheetIsWhereTheGameIs) {

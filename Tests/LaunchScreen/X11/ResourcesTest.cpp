@@ -15,10 +15,10 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
   void runOnce() {
     events.clear();
     hasIndicator = true;
-    const auto childrenBefore = user.children(game);
+    const auto childrenBefore = client.children(game);
     present(0.1, GetParam());
     EXPECT_TRUE(runUntil([&] {
-      return !events.empty() && user.children(game) == childrenBefore && player->isKeyWindow();
+      return !events.empty() && client.children(game) == childrenBefore && player->isKeyWindow();
     }));
     launchScreen->deactivate();
     launchScreen = nullptr;
@@ -26,10 +26,10 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
   std::map<std::string, unsigned> resources() {
     while (NSRunLoop::mainRunLoop().pump()) {
     }
-    return user.resourcesOf(idOf(own->handle()));
+    return client.clientResourceCounts(idOf(own->handle()));
   }
 
-  // A window of the host. `resourcesOf` finds the host's connection by this window.
+  // A window of the host. `clientResourceCounts` finds the host's connection by this window.
   Strong<NSWindow> own = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
 };
 

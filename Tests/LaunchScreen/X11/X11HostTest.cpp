@@ -7,10 +7,10 @@
 namespace vel::test {
 
 void X11HostTest::SetUp() {
-  other = user.openGame({900, 600, 200, 200}, 0);
-  ASSERT_TRUE(eventually([this] { return user.isViewable(other); }));
-  game = user.openGame({200, 150, 640, 400}, 0x208040);
-  ASSERT_TRUE(eventually([this] { return user.isViewable(game); }));
+  other = client.openGameWindow({900, 600, 200, 200}, 0);
+  ASSERT_TRUE(eventually([this] { return client.isViewable(other); }));
+  game = client.openGameWindow({200, 150, 640, 400}, 0x208040);
+  ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
   system();
   NSApplication::start(takeSystem());
   MetricsCenter::setSink([this](std::string_view event) { events.emplace_back(event); });

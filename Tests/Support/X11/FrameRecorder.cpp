@@ -11,12 +11,12 @@ namespace vel::test {
 
 FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Classifier classifier)
     : client_(display), area_(area), classifier_(std::move(classifier)) {
-  xcb_connection_t* const x = client_.get();
+  xcb_connection_t* const x = client_.connection();
   damageNotifyType_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
   const x11::XcbPointer<xcb_damage_query_version_reply_t> version(
       xcb_damage_query_version_reply(x, xcb_damage_query_version(x, 1, 1), nullptr));
   xcb_damage_create(x, xcb_generate_id(x), client_.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-  client_.events();  // discards the first report, which is about earlier drawings
+  client_.takeEventTypes();  // discards the first report, which is about earlier drawings
   takePicture();
 }
 
@@ -27,18 +27,18 @@ bool FrameRecorder::recordUntil(const std::function<bool()>& condition) {
       return false;
     }
     if (!readEvents()) {
-      waitForInput(xcb_get_file_descriptor(client_.get()),
+      waitForInput(xcb_get_file_descriptor(client_.connection()),
                    steadyNow() + kNanosecondsPerSecond / 100);
     }
   }
-  client_.settle();
+  client_.waitForServer();
   readEvents();
   return true;
 }
 
 bool FrameRecorder::readEvents() {
   bool hasRead = false;
-  while (const x11::Event event{xcb_poll_for_event(client_.get())}) {
+  while (const x11::Event event{xcb_poll_for_event(client_.connection())}) {
     hasRead = true;
     if (x11::typeOf(*event) != damageNotifyType_) {
       continue;
@@ -57,7 +57,7 @@ bool FrameRecorder::readEvents() {
 }
 
 void FrameRecorder::takePicture() {
-  const char kind = classifier_(client_.picture(area_));
+  const char kind = classifier_(client_.screenPicture(area_));
   if (kinds_.empty() || kinds_.back() != kind) {
     kinds_ += kind;
     drawings_.push_back(std::exchange(newDrawings_, {}));

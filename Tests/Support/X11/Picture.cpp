@@ -108,9 +108,11 @@ void Picture::save(const std::string& name) const {
   }
 }
 
-Picture XClient::picture(xcb_window_t window) const { return picture(frameOf(window)); }
+Picture XClient::screenPicture(xcb_window_t window) const {
+  return screenPicture(areaOnScreen(window));
+}
 
-Picture XClient::picture(PixelRect area) const {
+Picture XClient::screenPicture(PixelRect area) const {
   Picture picture = readPicture(connection_, root_, area);
   for (std::uint32_t& pixel : picture.pixels) {
     pixel &= 0xFFFFFF;
@@ -118,8 +120,8 @@ Picture XClient::picture(PixelRect area) const {
   return picture;
 }
 
-Picture XClient::pictureOfWindow(xcb_window_t window) const {
-  const PixelRect frame = frameOf(window);
+Picture XClient::windowPicture(xcb_window_t window) const {
+  const PixelRect frame = areaOnScreen(window);
   return readPicture(connection_, window, {0, 0, frame.width, frame.height});
 }
 

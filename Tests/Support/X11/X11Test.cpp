@@ -24,7 +24,7 @@ std::vector<std::string> commandOf(Manager manager) {
 
 }  // namespace
 
-Process startManager(Manager kind, const XServer& server, XClient& user) {
+Process startManager(Manager kind, const XServer& server, XClient& client) {
   if (kind == Manager::None) {
     return {};
   }
@@ -33,27 +33,28 @@ Process startManager(Manager kind, const XServer& server, XClient& user) {
   // The manager sets WM_STATE of the probe window when it manages the window. A manager that is
   // still starting may ignore a new window, so the loop maps the probe repeatedly.
   const Nanoseconds limit = steadyNow() + kTimeout;
-  const xcb_window_t probe = user.makeWindow({0, 0, 10, 10}, 0);
-  user.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
-  while (user.numbers(probe, "WM_STATE").empty()) {
+  const xcb_window_t probe = client.makeWindow({0, 0, 10, 10}, 0);
+  client.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  while (client.numbers(probe, "WM_STATE").empty()) {
     if (steadyNow() >= limit) {
       throw std::runtime_error(program.front() + " does not start");
     }
-    user.unmap(probe);
-    if (!user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK").empty()) {
-      user.map(probe);
+    client.unmap(probe);
+    if (!client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty()) {
+      client.map(probe);
     }
-    waitForInput(xcb_get_file_descriptor(user.get()), steadyNow() + kNanosecondsPerSecond / 20);
-    user.events();
+    waitForInput(xcb_get_file_descriptor(client.connection()),
+                 steadyNow() + kNanosecondsPerSecond / 20);
+    client.takeEventTypes();
   }
-  user.destroy(probe);
+  client.destroy(probe);
   return manager;
 }
 
 // X11Test
 
 X11Test::X11Test(Manager kind, const std::vector<std::string>& serverArguments)
-    : server(serverArguments), user(server.display()) {
+    : server(serverArguments), client(server.display()) {
   setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
   startManager(kind);
 }
@@ -76,7 +77,7 @@ X11WindowSystem& X11Test::system() {
 }
 
 void X11Test::deliver() {
-  user.settle();
+  client.waitForServer();
   deliverAll(system());
 }
 
@@ -88,10 +89,10 @@ void X11Test::deliverFor(double seconds) {
   }
 }
 
-WindowHandle X11Test::open(const WindowDescription& description) {
+WindowHandle X11Test::openOwnWindow(const WindowDescription& description) {
   const WindowHandle window = system().createWindow(description);
   system().orderFront(window);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(window)); }));
   return window;
 }
 
@@ -104,12 +105,12 @@ AdoptedWindow X11Test::adopt(xcb_window_t window) {
   return *adopted;
 }
 
-Scene X11Test::white(CGSize size) {
+Scene X11Test::whiteScene(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
 }
 
-Scene X11Test::whiteWithIndicator(CGSize size) {
-  Scene scene = white(size);
+Scene X11Test::whiteSceneWithIndicator(CGSize size) {
+  Scene scene = whiteScene(size);
   scene.push_back({.kind = SceneItem::Kind::Spinner,
                    .frame = CGRectMake(size.width / 2 - 16, size.height / 2 - 16, 32, 32),
                    .color = {},
@@ -117,7 +118,7 @@ Scene X11Test::whiteWithIndicator(CGSize size) {
   return scene;
 }
 
-std::string X11Test::line(std::string_view what, WindowHandle window) {
+std::string X11Test::reportLine(std::string_view what, WindowHandle window) {
   return std::string(what) + " " + nameOf(window);
 }
 

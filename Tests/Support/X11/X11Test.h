@@ -19,11 +19,12 @@ namespace vel::test {
 /// The window manager of a test. Each window manager keeps different controls of a covered window.
 enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM };
 
-/// Starts a window manager and waits until it manages windows. `user` opens a window to check this.
-Process startManager(Manager manager, const XServer& server, XClient& user);
+/// Starts a window manager and waits until it manages windows. `client` opens a window to check
+/// this.
+Process startManager(Manager manager, const XServer& server, XClient& client);
 
-/// A fixture with an X server, the back end and another client (`user`). `user` opens the windows
-/// of other programs and simulates the input of a user.
+/// A fixture with an X server, the back end and another client (`client`). `client` opens the
+/// windows of other programs and simulates the input of a user.
 class X11Test : public testing::Test {
  protected:
   explicit X11Test(Manager kind = Manager::None,
@@ -34,29 +35,29 @@ class X11Test : public testing::Test {
   X11WindowSystem& system();
   /// Transfers the ownership of the back end to the caller.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
-  void startManager(Manager kind) { manager = test::startManager(kind, server, user); }
+  void startManager(Manager kind) { manager = test::startManager(kind, server, client); }
   /// Delivers events until the condition is true. Returns false after `kTimeout`.
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
-  /// Waits until the server has executed all requests of `user`, and then delivers all events.
+  /// Waits until the server has executed all requests of `client`, and then delivers all events.
   void deliver();
   /// Delivers events for this many seconds. Shows that something does not happen, or gives a window
   /// manager time to react.
   void deliverFor(double seconds);
 
   /// Creates a window of the back end and waits until it is viewable.
-  WindowHandle open(const WindowDescription& description);
+  WindowHandle openOwnWindow(const WindowDescription& description);
   AdoptedWindow adopt(xcb_window_t window);
   /// A white scene. The size is in points.
-  static Scene white(CGSize size);
+  static Scene whiteScene(CGSize size);
   /// A white scene with an indicator in the middle. The size is in points.
-  static Scene whiteWithIndicator(CGSize size);
+  static Scene whiteSceneWithIndicator(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
   /// A line of `reports`: `what` and the window's handle.
-  static std::string line(std::string_view what, WindowHandle window);
+  static std::string reportLine(std::string_view what, WindowHandle window);
 
   XServer server;
-  XClient user;
+  XClient client;
   Process manager;
   ReportListener reports;
   /// The lines that the back end has logged.

@@ -53,11 +53,11 @@ xcb_window_t XClient::makeWindow(PixelRect frame, std::uint32_t color, xcb_windo
                     static_cast<std::uint16_t>(frame.width),
                     static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                     XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &color);
-  settle();
+  waitForServer();
   return window;
 }
 
-xcb_window_t XClient::openGame(PixelRect frame, std::uint32_t color) {
+xcb_window_t XClient::openGameWindow(PixelRect frame, std::uint32_t color) {
   const xcb_window_t window = makeWindow(frame, color);
   constexpr std::string_view kClass("game\0PlayerWindow\0", 18);
   setProperty(window, "WM_CLASS", Property::ofText(XCB_ATOM_STRING, kClass));
@@ -70,7 +70,7 @@ xcb_window_t XClient::openGame(PixelRect frame, std::uint32_t color) {
   return window;
 }
 
-xcb_window_t XClient::openGameWithOpacity(PixelRect frame) {
+xcb_window_t XClient::openTransparentWindow(PixelRect frame) {
   const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
   xcb_visualid_t visual = 0;
   for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
@@ -94,17 +94,17 @@ xcb_window_t XClient::openGameWithOpacity(PixelRect frame) {
 
 void XClient::map(xcb_window_t window) {
   xcb_map_window(connection_, window);
-  settle();
+  waitForServer();
 }
 
 void XClient::unmap(xcb_window_t window) {
   xcb_unmap_window(connection_, window);
-  settle();
+  waitForServer();
 }
 
 void XClient::destroy(xcb_window_t window) {
   xcb_destroy_window(connection_, window);
-  settle();
+  waitForServer();
 }
 
 void XClient::configure(xcb_window_t window, PixelRect frame) {
@@ -113,33 +113,33 @@ void XClient::configure(xcb_window_t window, PixelRect frame) {
                        XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH |
                            XCB_CONFIG_WINDOW_HEIGHT,
                        values.data());
-  settle();
+  waitForServer();
 }
 
 void XClient::raise(xcb_window_t window) {
   constexpr std::uint32_t kAbove = XCB_STACK_MODE_ABOVE;
   xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &kAbove);
-  settle();
+  waitForServer();
 }
 
 void XClient::focus(xcb_window_t window) {
   xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
-  settle();
+  waitForServer();
 }
 
 void XClient::fill(xcb_window_t window, std::uint32_t color) {
   xcb_change_window_attributes(connection_, window, XCB_CW_BACK_PIXEL, &color);
   xcb_clear_area(connection_, 0, window, 0, 0, 0, 0);
-  settle();
+  waitForServer();
 }
 
 void XClient::selectEvents(xcb_window_t window, std::uint32_t events) {
   xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &events);
-  settle();
+  waitForServer();
 }
 
-std::vector<int> XClient::events() {
-  settle();
+std::vector<int> XClient::takeEventTypes() {
+  waitForServer();
   std::vector<int> types;
   while (const x11::Event event{xcb_poll_for_event(connection_)}) {
     types.push_back(x11::typeOf(*event));
@@ -147,7 +147,7 @@ std::vector<int> XClient::events() {
   return types;
 }
 
-void XClient::settle() {
+void XClient::waitForServer() {
   const Reply<xcb_get_input_focus_reply_t> reply(
       xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
@@ -177,7 +177,7 @@ void XClient::setProperty(xcb_window_t window, std::string_view name,
   } else {
     xcb_delete_property(connection_, window, atom(name));
   }
-  settle();
+  waitForServer();
 }
 
 std::vector<std::uint32_t> XClient::numbers(xcb_window_t window, std::string_view name) const {
@@ -193,7 +193,7 @@ std::vector<std::string> XClient::atomNames(xcb_window_t window, std::string_vie
   return names;
 }
 
-PixelRect XClient::frameOf(xcb_window_t window) const {
+PixelRect XClient::areaOnScreen(xcb_window_t window) const {
   const Reply<xcb_get_geometry_reply_t> geometry(
       xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
   const Reply<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
@@ -215,7 +215,7 @@ bool XClient::exists(xcb_window_t window) const {
   return geometry != nullptr;
 }
 
-xcb_window_t XClient::focused() const {
+xcb_window_t XClient::focusedWindow() const {
   const Reply<xcb_get_input_focus_reply_t> reply(
       xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
   return reply->focus;
@@ -232,7 +232,7 @@ std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
   return {childIds.begin(), childIds.end()};
 }
 
-xcb_window_t XClient::find(std::string_view name, xcb_window_t ancestor) const {
+xcb_window_t XClient::findWindow(std::string_view name, xcb_window_t ancestor) const {
   std::vector<xcb_window_t> windows = children(ancestor == 0 ? root_ : ancestor);
   std::ranges::reverse(windows);
   const auto text = [this](xcb_window_t window, std::string_view property) {
@@ -244,7 +244,7 @@ xcb_window_t XClient::find(std::string_view name, xcb_window_t ancestor) const {
         text(window, "WM_NAME") == name) {
       return window;
     }
-    if (const xcb_window_t descendant = find(name, window); descendant != 0) {
+    if (const xcb_window_t descendant = findWindow(name, window); descendant != 0) {
       return descendant;
     }
   }
@@ -266,7 +266,7 @@ void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t wind
   std::array<char, 32> bytes{};
   std::memcpy(bytes.data(), &event, bytes.size());
   xcb_send_event(connection_, 0, to, mask, bytes.data());
-  settle();
+  waitForServer();
 }
 
 void XClient::sendProtocol(xcb_window_t window, std::string_view protocol) {
@@ -304,7 +304,7 @@ void XClient::requestState(xcb_window_t window, bool isAdded, std::string_view s
 void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
   xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
                       static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
-  settle();
+  waitForServer();
 }
 
 // Waits, because the server processes fake input some time after the request.
@@ -326,14 +326,14 @@ void XClient::movePointer(int x, int y) {
   });
 }
 
-void XClient::press() {
+void XClient::pressButton() {
   sendFakeInput(XCB_BUTTON_PRESS, 1, 0, 0);
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) != 0;
   });
 }
 
-void XClient::release() {
+void XClient::releaseButton() {
   sendFakeInput(XCB_BUTTON_RELEASE, 1, 0, 0);
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) == 0;
@@ -342,8 +342,8 @@ void XClient::release() {
 
 void XClient::click(int x, int y) {
   movePointer(x, y);
-  press();
-  release();
+  pressButton();
+  releaseButton();
 }
 
 void XClient::pressKey(std::uint8_t code) {
@@ -369,7 +369,7 @@ xcb_timestamp_t XClient::serverTime(xcb_window_t window) {
   return time;
 }
 
-std::map<std::string, unsigned> XClient::resourcesOf(xcb_window_t window) const {
+std::map<std::string, unsigned> XClient::clientResourceCounts(xcb_window_t window) const {
   const Reply<xcb_res_query_client_resources_reply_t> reply(xcb_res_query_client_resources_reply(
       connection_, xcb_res_query_client_resources(connection_, window), nullptr));
   std::map<std::string, unsigned> counts;

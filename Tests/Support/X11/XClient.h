@@ -46,7 +46,7 @@ class XClient : NonCopyable {
   explicit XClient(const std::string& display);
   ~XClient();
 
-  [[nodiscard]] xcb_connection_t* get() const { return connection_; }
+  [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
   [[nodiscard]] xcb_window_t root() const { return root_; }
   [[nodiscard]] xcb_atom_t atom(std::string_view name) const;
 
@@ -55,9 +55,9 @@ class XClient : NonCopyable {
   xcb_window_t makeWindow(PixelRect frame, std::uint32_t color, xcb_window_t parent = 0);
   /// Creates a window with the properties of a game, and maps it. Does not wait for a window
   /// manager.
-  xcb_window_t openGame(PixelRect frame, std::uint32_t color);
+  xcb_window_t openGameWindow(PixelRect frame, std::uint32_t color);
   /// Creates and maps a transparent window with a visual of depth 32.
-  xcb_window_t openGameWithOpacity(PixelRect frame);
+  xcb_window_t openTransparentWindow(PixelRect frame);
   void map(xcb_window_t window);
   void unmap(xcb_window_t window);
   void destroy(xcb_window_t window);
@@ -67,9 +67,9 @@ class XClient : NonCopyable {
   void fill(xcb_window_t window, std::uint32_t color);
   void selectEvents(xcb_window_t window, std::uint32_t events);
   /// Returns the types of the events that have arrived since the previous call.
-  std::vector<int> events();
+  std::vector<int> takeEventTypes();
   /// Waits until the server has executed all requests of this client.
-  void settle();
+  void waitForServer();
 
   [[nodiscard]] std::optional<Property> property(xcb_window_t window, std::string_view name) const;
   void setProperty(xcb_window_t window, std::string_view name,
@@ -80,10 +80,10 @@ class XClient : NonCopyable {
   /// The names of the property's atoms.
   [[nodiscard]] std::vector<std::string> atomNames(xcb_window_t window,
                                                    std::string_view name) const;
-  [[nodiscard]] PixelRect frameOf(xcb_window_t window) const;
+  [[nodiscard]] PixelRect areaOnScreen(xcb_window_t window) const;
   [[nodiscard]] bool isViewable(xcb_window_t window) const;
   [[nodiscard]] bool exists(xcb_window_t window) const;
-  [[nodiscard]] xcb_window_t focused() const;
+  [[nodiscard]] xcb_window_t focusedWindow() const;
   [[nodiscard]] std::vector<xcb_window_t> children(xcb_window_t window) const;
   /// Sends the window a WM_PROTOCOLS message, as a window manager does.
   void sendProtocol(xcb_window_t window, std::string_view protocol);
@@ -99,17 +99,17 @@ class XClient : NonCopyable {
   /// Returns the first descendant of `ancestor` that has `name` as its class or WM_NAME. Returns 0
   /// if no descendant has this name. Searches depth first, topmost window first. The default for
   /// `ancestor` is the root window.
-  [[nodiscard]] xcb_window_t find(std::string_view name, xcb_window_t ancestor = 0) const;
+  [[nodiscard]] xcb_window_t findWindow(std::string_view name, xcb_window_t ancestor = 0) const;
 
   /// The pixels of the screen in the window's area.
-  [[nodiscard]] Picture picture(xcb_window_t window) const;
-  [[nodiscard]] Picture picture(PixelRect area) const;
+  [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
+  [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
-  [[nodiscard]] Picture pictureOfWindow(xcb_window_t window) const;
+  [[nodiscard]] Picture windowPicture(xcb_window_t window) const;
 
   void movePointer(int x, int y);
-  void press();
-  void release();
+  void pressButton();
+  void releaseButton();
   void click(int x, int y);
   void pressKey(std::uint8_t code);
   /// Sets `_NET_WM_USER_TIME` to the current time, as toolkits do at user input.
@@ -118,7 +118,7 @@ class XClient : NonCopyable {
   [[nodiscard]] xcb_timestamp_t serverTime(xcb_window_t window);
 
   /// The number of server resources of each type that belong to the client that created `window`.
-  [[nodiscard]] std::map<std::string, unsigned> resourcesOf(xcb_window_t window) const;
+  [[nodiscard]] std::map<std::string, unsigned> clientResourceCounts(xcb_window_t window) const;
 
  private:
   void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,

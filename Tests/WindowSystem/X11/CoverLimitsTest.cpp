@@ -12,33 +12,33 @@ constexpr std::uint32_t kRed = 0xC02020;
 class X11CoverLimits : public X11Test {
  protected:
   void cover() {
-    system().setScene(adopt(game).handle, white({640, 400}));
+    system().setScene(adopt(game).handle, whiteScene({640, 400}));
     deliver();
   }
 
-  xcb_window_t game = user.openGame(kGame, 0x208040);
+  xcb_window_t game = client.openGameWindow(kGame, 0x208040);
 };
 
 TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
-  xcb_grab_button(user.get(), 0, game, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
+  xcb_grab_button(client.connection(), 0, game, XCB_EVENT_MASK_BUTTON_PRESS, XCB_GRAB_MODE_ASYNC,
                   XCB_GRAB_MODE_ASYNC, XCB_WINDOW_NONE, XCB_CURSOR_NONE, XCB_BUTTON_INDEX_1,
                   XCB_MOD_MASK_ANY);
   cover();
-  user.events();
-  user.click(400, 300);
-  EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
+  client.takeEventTypes();
+  client.click(400, 300);
+  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
 TEST_F(X11CoverLimits, ANewChildWindowOfAnOwnWindowIsVisibleUntilTheCoverIsRaised) {
   const WindowHandle own =
-      open({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
-  system().setScene(own, white({300, 200}));
+      openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
+  system().setScene(own, whiteScene({300, 200}));
   deliver();
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, idOf(own));
-  user.map(child);
-  EXPECT_EQ(user.picture(idOf(own)).at(60, 60), kRed);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, idOf(own));
+  client.map(child);
+  EXPECT_EQ(client.screenPicture(idOf(own)).at(60, 60), kRed);
   deliver();
-  EXPECT_TRUE(user.picture(idOf(own)).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(idOf(own)).isAll(kWhite));
 }
 
 }  // namespace

@@ -24,15 +24,15 @@ constexpr int kPictures = 40;
 class InferiorsPainter {
  public:
   InferiorsPainter(XClient& client, xcb_window_t window)
-      : client_(client), window_(window), context_(xcb_generate_id(client.get())) {
+      : client_(client), window_(window), context_(xcb_generate_id(client.connection())) {
     const std::array<std::uint32_t, 2> values{kRed, XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS};
-    xcb_create_gc(client_.get(), context_, window_, XCB_GC_FOREGROUND | XCB_GC_SUBWINDOW_MODE,
-                  values.data());
+    xcb_create_gc(client_.connection(), context_, window_,
+                  XCB_GC_FOREGROUND | XCB_GC_SUBWINDOW_MODE, values.data());
   }
   void paint() {
     constexpr xcb_rectangle_t kEverything{0, 0, 2000, 2000};
-    xcb_poly_fill_rectangle(client_.get(), window_, context_, 1, &kEverything);
-    client_.settle();
+    xcb_poly_fill_rectangle(client_.connection(), window_, context_, 1, &kEverything);
+    client_.waitForServer();
   }
 
  private:
@@ -49,7 +49,7 @@ class Repetition {
       : client_(display), thread_([this, action = std::move(action)] {
           while (!isEnded_) {
             action(client_);
-            client_.settle();
+            client_.waitForServer();
             waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
           }
         }) {}
@@ -73,19 +73,19 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
   X11CoverOfForeignHost() : X11Test(GetParam()) {}
 
   void SetUp() override {
-    game = user.openGame(kGame, kGreen);
-    ASSERT_TRUE(
-        waitFor([this] { return user.isViewable(game) && user.picture(game).isAll(kGreen); }));
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(waitFor(
+        [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
     deliverFor(0.2);  // the window manager draws the frame of the game
     handle = adopt(game).handle;
   }
   void cover() {
-    const PixelRect frame = user.frameOf(game);
-    system().setScene(handle,
-                      white({static_cast<double>(frame.width), static_cast<double>(frame.height)}));
+    const PixelRect frame = client.areaOnScreen(game);
+    system().setScene(
+        handle, whiteScene({static_cast<double>(frame.width), static_cast<double>(frame.height)}));
     deliver();
   }
-  bool isWhite() { return user.picture(game).isAll(kWhite); }
+  bool isWhite() { return client.screenPicture(game).isAll(kWhite); }
   int picturesThatAreNotWhite() {
     int count = 0;
     for (int i = 0; i < kPictures; ++i) {
@@ -95,10 +95,10 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
     return count;
   }
   bool gameGetsClicks() {
-    const PixelRect frame = user.frameOf(game);
-    user.events();
-    user.click(frame.x + 50, frame.y + 50);
-    return std::ranges::count(user.events(), XCB_BUTTON_PRESS) > 0;
+    const PixelRect frame = client.areaOnScreen(game);
+    client.takeEventTypes();
+    client.click(frame.x + 50, frame.y + 50);
+    return std::ranges::count(client.takeEventTypes(), XCB_BUTTON_PRESS) > 0;
   }
 
   xcb_window_t game = 0;
@@ -106,21 +106,21 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
 };
 
 TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsItsChildren) {
-  user.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
-  system().setScene(handle, whiteWithIndicator({640, 400}));
+  client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
+  system().setScene(handle, whiteSceneWithIndicator({640, 400}));
   deliver();
-  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
-  ASSERT_FALSE(user.children(game).empty());
-  for (const xcb_window_t child : user.children(game)) {
-    EXPECT_TRUE(user.isViewable(child));
+  EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
+  ASSERT_FALSE(client.children(game).empty());
+  for (const xcb_window_t child : client.children(game)) {
+    EXPECT_TRUE(client.isViewable(child));
   }
   EXPECT_FALSE(gameGetsClicks());
 }
 
 TEST_P(X11CoverOfForeignHost, ShieldIsMappedInAHostThatRedirectsItsChildren) {
-  user.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
+  client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
-      open({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
+      openOwnWindow({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
   system().setModalWindow(modal);
   deliver();
   EXPECT_FALSE(gameGetsClicks());
@@ -128,7 +128,7 @@ TEST_P(X11CoverOfForeignHost, ShieldIsMappedInAHostThatRedirectsItsChildren) {
 
 TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildren) {
   cover();
-  InferiorsPainter painter(user, game);
+  InferiorsPainter painter(client, game);
   painter.paint();
   EXPECT_TRUE(isWhite());
 }
@@ -136,94 +136,94 @@ TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildren) {
 TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAtEachFrame) {
   cover();
   const Repetition drawing(server.display(),
-                           [this](XClient& client) { InferiorsPainter(client, game).paint(); });
+                           [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
   EXPECT_EQ(picturesThatAreNotWhite(), 0);
 }
 
 TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAfterTheHostMovesAndGrows) {
   cover();
-  user.configure(game, {100, 80, 900, 700});
+  client.configure(game, {100, 80, 900, 700});
   deliverFor(0.3);
-  ASSERT_EQ(user.frameOf(game).width, 900);
-  InferiorsPainter painter(user, game);
+  ASSERT_EQ(client.areaOnScreen(game).width, 900);
+  InferiorsPainter painter(client, game);
   painter.paint();
   EXPECT_TRUE(isWhite());
-  user.configure(game, {300, 200, 300, 200});
+  client.configure(game, {300, 200, 300, 200});
   deliverFor(0.3);
-  ASSERT_EQ(user.frameOf(game).width, 300);
+  ASSERT_EQ(client.areaOnScreen(game).width, 300);
   painter.paint();
   EXPECT_TRUE(isWhite());
 }
 
 TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.map(child);
   cover();
-  const Repetition raising(server.display(), [child](XClient& client) { client.raise(child); });
+  const Repetition raising(server.display(), [child](XClient& raiser) { raiser.raise(child); });
   EXPECT_EQ(picturesThatAreNotWhite(), 0);
 }
 
 TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostAddsAtOnce) {
   cover();
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.map(child);
   EXPECT_TRUE(isWhite());
 }
 
 TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostUnmapsItsChildren) {
-  user.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
+  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   cover();
-  xcb_unmap_subwindows(user.get(), game);
+  xcb_unmap_subwindows(client.connection(), game);
   deliver();
   EXPECT_TRUE(isWhite());
   EXPECT_FALSE(gameGetsClicks());
-  EXPECT_TRUE(user.isViewable(user.children(game).back()));
+  EXPECT_TRUE(client.isViewable(client.children(game).back()));
 }
 
 TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostDestroysItsChildren) {
-  user.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
+  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   cover();
-  xcb_destroy_subwindows(user.get(), game);
+  xcb_destroy_subwindows(client.connection(), game);
   deliver();
   EXPECT_TRUE(isWhite());
   EXPECT_FALSE(gameGetsClicks());
-  ASSERT_FALSE(user.children(game).empty());
+  ASSERT_FALSE(client.children(game).empty());
   system().setScene(handle, {});
   deliver();
-  EXPECT_TRUE(user.children(game).empty());
-  EXPECT_TRUE(user.picture(game).isAll(kGreen));
+  EXPECT_TRUE(client.children(game).empty());
+  EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_P(X11CoverOfForeignHost, ShieldComesBackWhenTheHostUnmapsOrDestroysItsChildren) {
-  user.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
+  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
-      open({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
+      openOwnWindow({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
   system().setModalWindow(modal);
   deliver();
-  xcb_unmap_subwindows(user.get(), game);
+  xcb_unmap_subwindows(client.connection(), game);
   deliver();
   EXPECT_FALSE(gameGetsClicks());
-  xcb_destroy_subwindows(user.get(), game);
+  xcb_destroy_subwindows(client.connection(), game);
   deliver();
   EXPECT_FALSE(gameGetsClicks());
   system().setModalWindow(WindowHandle::None);
   deliver();
-  EXPECT_TRUE(user.children(game).empty());
+  EXPECT_TRUE(client.children(game).empty());
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_P(X11CoverOfForeignHost, IsWhiteAgainWhenTheHostIsMappedAgain) {
   cover();
   const Repetition drawing(server.display(),
-                           [this](XClient& client) { InferiorsPainter(client, game).paint(); });
+                           [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
   for (int i = 0; i < 3; ++i) {
-    user.unmap(game);
-    EXPECT_TRUE(waitFor([this] { return !user.isViewable(game); }));
+    client.unmap(game);
+    EXPECT_TRUE(waitFor([this] { return !client.isViewable(game); }));
     deliverFor(0.1);
-    EXPECT_EQ(user.picture(kInsideGame).colors().count(kWhite), 0U);
-    user.map(game);
-    EXPECT_TRUE(waitFor([this] { return user.isViewable(game); }));
+    EXPECT_EQ(client.screenPicture(kInsideGame).colors().count(kWhite), 0U);
+    client.map(game);
+    EXPECT_TRUE(waitFor([this] { return client.isViewable(game); }));
     deliverFor(0.1);
     EXPECT_EQ(picturesThatAreNotWhite(), 0);
   }
@@ -235,21 +235,22 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
     GTEST_SKIP() << "a window manager takes the window back";
   }
   cover();
-  const xcb_window_t other = user.openGame({50, 50, 1000, 800}, kGreen);
-  InferiorsPainter painter(user, game);
-  xcb_reparent_window(user.get(), game, other, 30, 40);
-  user.settle();
-  user.map(game);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.children(other).size() == 2; }));
+  const xcb_window_t other = client.openGameWindow({50, 50, 1000, 800}, kGreen);
+  InferiorsPainter painter(client, game);
+  xcb_reparent_window(client.connection(), game, other, 30, 40);
+  client.waitForServer();
+  client.map(game);
+  EXPECT_TRUE(
+      waitFor([&] { return client.isViewable(game) && client.children(other).size() == 2; }));
   painter.paint();
   EXPECT_TRUE(isWhite());
   // The rest of the other window stays visible.
-  EXPECT_EQ(user.picture(other).at(10, 10), kGreen);
-  EXPECT_EQ(user.picture(other).at(900, 600), kGreen);
-  xcb_reparent_window(user.get(), game, user.root(), 100, 100);
-  user.settle();
-  user.map(game);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.children(other).empty(); }));
+  EXPECT_EQ(client.screenPicture(other).at(10, 10), kGreen);
+  EXPECT_EQ(client.screenPicture(other).at(900, 600), kGreen);
+  xcb_reparent_window(client.connection(), game, client.root(), 100, 100);
+  client.waitForServer();
+  client.map(game);
+  EXPECT_TRUE(waitFor([&] { return client.isViewable(game) && client.children(other).empty(); }));
   deliverFor(0.2);
   painter.paint();
   EXPECT_TRUE(isWhite());
@@ -257,28 +258,29 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
 }
 
 TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheWindow) {
-  const std::size_t before = user.children(user.root()).size();
+  const std::size_t before = client.children(client.root()).size();
   cover();
-  user.destroy(game);
-  EXPECT_TRUE(waitFor([this] { return reports.contains(line("destroyed", handle)); }));
-  EXPECT_TRUE(waitFor([&] { return user.picture(kInsideGame).colors().count(kWhite) == 0; }));
-  EXPECT_LE(user.children(user.root()).size(), before);
+  client.destroy(game);
+  EXPECT_TRUE(waitFor([this] { return reports.contains(reportLine("destroyed", handle)); }));
+  EXPECT_TRUE(
+      waitFor([&] { return client.screenPicture(kInsideGame).colors().count(kWhite) == 0; }));
+  EXPECT_LE(client.children(client.root()).size(), before);
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_P(X11CoverOfForeignHost, LeavesTheWindowsAboveTheHostVisible) {
   cover();
-  const xcb_window_t above = user.openGame({400, 250, 200, 100}, kGreen);
-  user.raise(above);
+  const xcb_window_t above = client.openGameWindow({400, 250, 200, 100}, kGreen);
+  client.raise(above);
   deliverFor(0.2);
-  EXPECT_TRUE(user.picture(above).isAll(kGreen));
+  EXPECT_TRUE(client.screenPicture(above).isAll(kGreen));
 }
 
 TEST_P(X11CoverOfForeignHost, IsAsLargeAsTheWindow) {
-  const Picture before = user.picture(PixelRect{0, 0, 1280, 960});
-  const PixelRect frame = user.frameOf(game);
+  const Picture before = client.screenPicture(PixelRect{0, 0, 1280, 960});
+  const PixelRect frame = client.areaOnScreen(game);
   cover();
-  const Picture during = user.picture(PixelRect{0, 0, 1280, 960});
+  const Picture during = client.screenPicture(PixelRect{0, 0, 1280, 960});
   int changedOutside = 0;
   for (int y = 0; y < 960; ++y) {
     for (int x = 0; x < 1280; ++x) {
@@ -304,14 +306,16 @@ class X11CoverAndManagers : public X11Test {};
 
 TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   startManager(Manager::Openbox);
-  const xcb_window_t game = user.openGame(kGame, kGreen);
-  ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   deliverFor(0.2);  // the window manager draws the frame of the game
-  system().setScene(adopt(game).handle, white({640, 400}));
+  system().setScene(adopt(game).handle, whiteScene({640, 400}));
   deliver();
   const Repetition drawing(server.display(),
-                           [game](XClient& client) { InferiorsPainter(client, game).paint(); });
-  const auto isWhite = [&] { return user.isViewable(game) && user.picture(game).isAll(kWhite); };
+                           [game](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
+  const auto isWhite = [&] {
+    return client.isViewable(game) && client.screenPicture(game).isAll(kWhite);
+  };
   manager.kill();
   EXPECT_TRUE(waitFor(isWhite));
   startManager(Manager::Metacity);
@@ -324,16 +328,16 @@ TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
 }
 
 TEST_F(X11CoverAndManagers, IsReportedWhileTheServerDoesNotMapIt) {
-  const xcb_window_t game = user.openGame(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
   deliver();  // before the grab, because a round trip would block during the grab
-  xcb_grab_server(user.get());
-  user.settle();
-  system().setScene(handle, white({640, 400}));
+  xcb_grab_server(client.connection());
+  client.waitForServer();
+  system().setScene(handle, whiteScene({640, 400}));
   deliverFor(1.2);
-  xcb_ungrab_server(user.get());
-  user.settle();
+  xcb_ungrab_server(client.connection());
+  client.waitForServer();
   EXPECT_THAT(log, testing::ElementsAre("X11: the cover of window " + std::to_string(game) +
                                         " is not on the screen: the server has not mapped it"));
   deliver();
@@ -343,12 +347,12 @@ TEST_F(X11CoverAndManagers, IsReportedWhileTheServerDoesNotMapIt) {
 
 TEST_F(X11CoverAndManagers, IsInsideAnOwnWindowOnly) {
   const WindowHandle own =
-      open({.className = "Own", .title = "", .frame = {{100, 100}, {200, 100}}});
-  const auto before = user.children(user.root());
-  system().setScene(own, white({200, 100}));
+      openOwnWindow({.className = "Own", .title = "", .frame = {{100, 100}, {200, 100}}});
+  const auto before = client.children(client.root());
+  system().setScene(own, whiteScene({200, 100}));
   deliver();
-  EXPECT_EQ(user.children(user.root()), before);
-  EXPECT_EQ(user.children(idOf(own)).size(), 1U);
+  EXPECT_EQ(client.children(client.root()), before);
+  EXPECT_EQ(client.children(idOf(own)).size(), 1U);
 }
 
 }  // namespace

@@ -14,122 +14,122 @@ constexpr std::uint32_t kRed = 0xC02020;
 
 class X11Cover : public X11Test {
  protected:
-  xcb_window_t game = user.openGame(kGame, kGreen);
+  xcb_window_t game = client.openGameWindow(kGame, kGreen);
   WindowHandle handle = adopt(game).handle;
 
   void cover() {
-    system().setScene(handle, white(kSize));
+    system().setScene(handle, whiteScene(kSize));
     deliver();
   }
 };
 
 TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndNowhereElse) {
-  const Picture before = user.picture(PixelRect{0, 0, 1280, 960});
-  EXPECT_TRUE(user.picture(game).isAll(kGreen));
+  const Picture before = client.screenPicture(PixelRect{0, 0, 1280, 960});
+  EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   cover();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   system().setScene(handle, {});
   deliver();
-  EXPECT_EQ(user.picture(PixelRect{0, 0, 1280, 960}), before);
+  EXPECT_EQ(client.screenPicture(PixelRect{0, 0, 1280, 960}), before);
 }
 
 TEST_F(X11Cover, GoesWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
   deliver();
-  EXPECT_TRUE(user.picture(game).isAll(kGreen));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
 }
 
 TEST_F(X11Cover, LiesAboveChildrenThatAreThere) {
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.map(child);
   cover();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, LiesAboveChildrenThatAreAdded) {
   cover();
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.map(child);
   deliver();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, IsThereBeforeAChildThatIsAddedCanBeSeen) {
   cover();
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.settle();
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.waitForServer();
   deliver();
-  user.map(child);
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  client.map(child);
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, LiesAboveChildrenThatAreRaised) {
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
+  client.map(child);
   cover();
-  user.raise(child);
+  client.raise(child);
   deliver();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, LiesAboveChildrenThatComeFromElsewhere) {
-  const xcb_window_t child = user.makeWindow({50, 50, 100, 100}, kRed);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed);
+  client.map(child);
   cover();
-  xcb_reparent_window(user.get(), child, game, 20, 20);
+  xcb_reparent_window(client.connection(), child, game, 20, 20);
   deliver();
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, HidesWhatTheGameDraws) {
   cover();
-  user.fill(game, kRed);
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  client.fill(game, kRed);
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, FollowsAResizeInTheSameMotion) {
   cover();
-  user.configure(game, {100, 50, 1000, 800});
+  client.configure(game, {100, 50, 1000, 800});
   // The back end has not handled any event since the resize.
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
-  user.configure(game, {100, 50, 300, 200});
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
+  client.configure(game, {100, 50, 300, 200});
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
 TEST_F(X11Cover, KeepsTheIndicatorInTheMiddle) {
-  system().setScene(handle, whiteWithIndicator(kSize));
+  system().setScene(handle, whiteSceneWithIndicator(kSize));
   deliver();
-  user.configure(game, {100, 50, 1000, 800});
+  client.configure(game, {100, 50, 1000, 800});
   deliver();
-  const PixelRect indicator = user.picture(game).boundsOfOtherColors(kWhite);
+  const PixelRect indicator = client.screenPicture(game).boundsOfOtherColors(kWhite);
   EXPECT_EQ(indicator.x + indicator.width / 2, 500);
   EXPECT_EQ(indicator.y + indicator.height / 2, 400);
 }
 
 TEST_F(X11Cover, TakesThePointersInput) {
-  user.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                              XCB_EVENT_MASK_POINTER_MOTION);
-  user.click(400, 300);
-  EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
+  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                                XCB_EVENT_MASK_POINTER_MOTION);
+  client.click(400, 300);
+  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
   cover();
-  user.events();
-  user.click(410, 310);
-  EXPECT_THAT(user.events(), IsEmpty());
+  client.takeEventTypes();
+  client.click(410, 310);
+  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
   system().setScene(handle, {});
   deliver();
-  user.events();
-  user.click(400, 300);
-  EXPECT_THAT(user.events(), testing::Contains(XCB_BUTTON_PRESS));
+  client.takeEventTypes();
+  client.click(400, 300);
+  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
 TEST_F(X11Cover, LeavesTheKeyboardToTheGame) {
-  user.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
-  user.focus(game);
+  client.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
+  client.focus(game);
   cover();
-  user.movePointer(400, 300);
-  user.pressKey(38);
-  EXPECT_THAT(user.events(), testing::Contains(XCB_KEY_PRESS));
+  client.movePointer(400, 300);
+  client.pressKey(38);
+  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_KEY_PRESS));
 }
 
 TEST_F(X11Cover, ShowsPartsWhereTheSceneHasThem) {
@@ -137,7 +137,7 @@ TEST_F(X11Cover, ShowsPartsWhereTheSceneHasThem) {
       handle,
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 100, 50), .color = {1, 0, 0, 1}}});
   deliver();
-  const Picture picture = user.picture(game);
+  const Picture picture = client.screenPicture(game);
   EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{0, 350, 100, 50}));
   EXPECT_EQ(picture.at(50, 375), 0xFF0000U);
 }
@@ -146,7 +146,7 @@ TEST_F(X11Cover, ChangesWithTheScene) {
   const auto show = [this](CGRect frame, CGColor color) {
     system().setScene(handle, {{.kind = SceneItem::Kind::Fill, .frame = frame, .color = color}});
     deliver();
-    return user.picture(game);
+    return client.screenPicture(game);
   };
   show(CGRectMake(0, 0, 100, 50), {1, 0, 0, 1});
   const Picture picture = show(CGRectMake(10, 0, 20, 20), {0, 0, 1, 1});
@@ -155,23 +155,23 @@ TEST_F(X11Cover, ChangesWithTheScene) {
 }
 
 TEST_F(X11Cover, IsWhiteInAWindowWithOpacityToo) {
-  const xcb_window_t clear = user.openGameWithOpacity({300, 300, 200, 100});
+  const xcb_window_t clear = client.openTransparentWindow({300, 300, 200, 100});
   const AdoptedWindow found = adopt(clear);
-  system().setScene(found.handle, whiteWithIndicator(found.frame.size));
+  system().setScene(found.handle, whiteSceneWithIndicator(found.frame.size));
   deliver();
-  EXPECT_EQ(user.pictureOfWindow(clear).at(5, 5), 0xFFFFFFFFU);
+  EXPECT_EQ(client.windowPicture(clear).at(5, 5), 0xFFFFFFFFU);
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(X11Cover, LeavesNothingOnTheServer) {
-  const xcb_window_t any = user.children(game).empty() ? game : 0;
+  const xcb_window_t any = client.children(game).empty() ? game : 0;
   ASSERT_NE(any, 0U);
   const WindowHandle own =
       system().createWindow({.className = "Any", .title = "", .frame = {{}, {10, 10}}});
   deliver();
-  const auto before = user.resourcesOf(idOf(own));
+  const auto before = client.clientResourceCounts(idOf(own));
   for (int i = 0; i < 20; ++i) {
-    system().setScene(handle, whiteWithIndicator(kSize));
+    system().setScene(handle, whiteSceneWithIndicator(kSize));
     system().setModalWindow(own);
     system().setStyleMask(handle, 1);
     deliver();
@@ -182,8 +182,8 @@ TEST_F(X11Cover, LeavesNothingOnTheServer) {
         {.className = "Other", .title = "", .frame = {{}, {10, 10}}, .kind = WindowKind::Modal}));
   }
   deliver();
-  EXPECT_EQ(user.resourcesOf(idOf(own)), before);
-  EXPECT_TRUE(user.children(game).empty());
+  EXPECT_EQ(client.clientResourceCounts(idOf(own)), before);
+  EXPECT_TRUE(client.children(game).empty());
 }
 
 }  // namespace

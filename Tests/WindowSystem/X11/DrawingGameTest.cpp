@@ -20,10 +20,10 @@ class DrawingGame : NonCopyable {
   explicit DrawingGame(const std::string& display) : client_(display) {
     window = client_.makeWindow(kGame, 0);
     constexpr std::uint32_t kNoBackground = XCB_BACK_PIXMAP_NONE;
-    xcb_change_window_attributes(client_.get(), window, XCB_CW_BACK_PIXMAP, &kNoBackground);
+    xcb_change_window_attributes(client_.connection(), window, XCB_CW_BACK_PIXMAP, &kNoBackground);
     client_.selectEvents(window, XCB_EVENT_MASK_EXPOSURE);
-    context_ = xcb_generate_id(client_.get());
-    xcb_create_gc(client_.get(), context_, window, XCB_GC_FOREGROUND, &kGreen);
+    context_ = xcb_generate_id(client_.connection());
+    xcb_create_gc(client_.connection(), context_, window, XCB_GC_FOREGROUND, &kGreen);
     client_.map(window);
     thread_ = std::thread([this] { drawUntilEnd(); });
   }
@@ -38,13 +38,13 @@ class DrawingGame : NonCopyable {
   void drawUntilEnd() {
     constexpr xcb_rectangle_t kWholeWindow{0, 0, 2000, 2000};
     while (!isEnding_) {
-      while (const x11::Event event{xcb_poll_for_event(client_.get())}) {
+      while (const x11::Event event{xcb_poll_for_event(client_.connection())}) {
         if (x11::typeOf(*event) == XCB_EXPOSE) {
-          xcb_poly_fill_rectangle(client_.get(), window, context_, 1, &kWholeWindow);
+          xcb_poly_fill_rectangle(client_.connection(), window, context_, 1, &kWholeWindow);
         }
       }
-      xcb_flush(client_.get());
-      waitForInput(xcb_get_file_descriptor(client_.get()),
+      xcb_flush(client_.connection());
+      waitForInput(xcb_get_file_descriptor(client_.connection()),
                    steadyNow() + kNanosecondsPerSecond / 20);
     }
   }
@@ -66,10 +66,10 @@ class X11DrawingGame : public X11Test {
 };
 
 TEST_F(X11DrawingGame, TheScreenShowsTheGameThenWhiteThenTheGame) {
-  ASSERT_TRUE(eventually([this] { return user.picture(game.window).isAll(kGreen); }));
+  ASSERT_TRUE(eventually([this] { return client.screenPicture(game.window).isAll(kGreen); }));
   const AdoptedWindow adoptedWindow = adopt(game.window);
   FrameRecorder recorder(server.display(), kGame, kindOf);
-  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
+  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('W'); }));
   system().setScene(adoptedWindow.handle, {});
   EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('G'); }));
@@ -78,10 +78,10 @@ TEST_F(X11DrawingGame, TheScreenShowsTheGameThenWhiteThenTheGame) {
 
 TEST_F(X11DrawingGame, AGameThatGrowsWhileCoveredIsWhiteAtOnce) {
   const AdoptedWindow adoptedWindow = adopt(game.window);
-  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
+  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   deliver();
-  user.configure(game.window, {100, 50, 1000, 800});
-  EXPECT_TRUE(user.picture(game.window).isAll(kWhite));
+  client.configure(game.window, {100, 50, 1000, 800});
+  EXPECT_TRUE(client.screenPicture(game.window).isAll(kWhite));
 }
 
 }  // namespace

@@ -16,10 +16,10 @@ constexpr std::uint32_t kGreen = 0x208040;
 class X11Faults : public X11Test {
  protected:
   WindowHandle openCoveredGame() {
-    game = user.openGame(kGame, kGreen);
-    EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    game = client.openGameWindow(kGame, kGreen);
+    EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
-    system().setScene(adoptedWindow.handle, whiteWithIndicator(adoptedWindow.frame.size));
+    system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
     system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
     deliver();
     return adoptedWindow.handle;
@@ -35,7 +35,7 @@ class X11Faults : public X11Test {
     system().setStyleMask(window, 1);
     system().setStyleMask(window, 15);
     system().setMovableByBackground(window, true);
-    system().setScene(window, whiteWithIndicator({100, 100}));
+    system().setScene(window, whiteSceneWithIndicator({100, 100}));
     system().setModalWindow(window);
     system().setScene(window, {});
     system().setModalWindow(WindowHandle::None);
@@ -103,7 +103,7 @@ TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
   DestroyingDelegate delegate(ownedSystem);
   ownedSystem->setDelegate(&delegate);
   ASSERT_EQ(idOf(handle), game);
-  user.destroy(game);
+  client.destroy(game);
   while (ownedSystem != nullptr) {
     ownedSystem->deliverEvents();
   }
@@ -111,29 +111,29 @@ TEST_F(X11Faults, TheDelegateCanDestroyTheBackEndDuringAReport) {
 
 TEST_F(X11Faults, AGameThatIsMappedAgainIsStillCovered) {
   const WindowHandle handle = openCoveredGame();
-  user.unmap(game);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", handle)); }));
-  user.map(game);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("deminiaturized", handle)); }));
-  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+  client.unmap(game);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("miniaturized", handle)); }));
+  client.map(game);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("deminiaturized", handle)); }));
+  EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
 
 TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
   const WindowHandle handle = openCoveredGame();
-  user.destroy(game);
+  client.destroy(game);
   callEveryOperation(handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", handle)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", handle)); }));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(X11Faults, AnErrorIsLoggedWithItsRequest) {
-  const xcb_window_t inputWindow = user.makeWindow(kGame, kGreen);
-  user.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
+  const xcb_window_t inputWindow = client.makeWindow(kGame, kGreen);
+  client.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle ownWindow =
-      open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
+      openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
   // Only one client can select ButtonPress on a window.
-  user.selectEvents(idOf(ownWindow), XCB_EVENT_MASK_BUTTON_PRESS);
+  client.selectEvents(idOf(ownWindow), XCB_EVENT_MASK_BUTTON_PRESS);
   system().setMovableByBackground(ownWindow, true);
   deliver();
   EXPECT_THAT(log, ElementsAre("X11: ChangeWindowAttributes for window " +
@@ -144,31 +144,33 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCoveredGame();
   system().requestFocus(handle);
-  ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
+  ASSERT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", handle)); }));
   reports.lines.clear();
   manager.kill();
   // After the crash, no window has the focus. The back end sets the focus to the game again.
-  EXPECT_TRUE(waitFor([&] { return user.focused() == game && user.isViewable(game); }));
+  EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game && client.isViewable(game); }));
   deliver();
   if (reports.contains("deactivated")) {
-    EXPECT_TRUE(waitFor([&] { return reports.contains(line("activated", handle)); }));
+    EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("activated", handle)); }));
   }
-  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+  EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(X11Faults, ANewWindowManagerReportsItsOwnKeptControls) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCoveredGame();
-  ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 8"); }));
+  ASSERT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   manager.end();
   startManager(Manager::Openbox);
   // Metacity keeps resizing (8). Openbox keeps closing (2) and miniaturising (4), so 6 shows that
   // the back end has read the actions of the new manager.
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 6"); }));
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 6"); }));
   system().requestFocus(handle);
-  EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
-  EXPECT_EQ(user.picture(game).at(5, 5), kWhite);
+  EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
+  EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
   EXPECT_THAT(log, IsEmpty());
 }
 

@@ -12,19 +12,19 @@ constexpr PixelRect kOther{900, 150, 200, 200};
 class X11FocusAtAdoption : public X11TestWithManager {
  protected:
   xcb_window_t openFocusedGame(PixelRect frame) {
-    const xcb_window_t window = user.openGame(frame, 0);
-    EXPECT_TRUE(waitFor([&] { return user.focused() == window; }));
+    const xcb_window_t window = client.openGameWindow(frame, 0);
+    EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == window; }));
     return window;
   }
   /// Clicks the window after the server's time has advanced, so that the click is later than all
   /// previous input.
   void clickAfterPreviousInput(xcb_window_t window) {
-    const xcb_timestamp_t previousTime = user.serverTime(window);
-    ASSERT_TRUE(waitFor([&] { return user.serverTime(window) > previousTime; }));
-    const PixelRect frame = user.frameOf(window);
-    user.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
-    user.updateUserTime(window);
-    ASSERT_TRUE(waitFor([&] { return user.focused() == window; }));
+    const xcb_timestamp_t previousTime = client.serverTime(window);
+    ASSERT_TRUE(waitFor([&] { return client.serverTime(window) > previousTime; }));
+    const PixelRect frame = client.areaOnScreen(window);
+    client.click(frame.x + frame.width / 2, frame.y + frame.height / 2);
+    client.updateUserTime(window);
+    ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == window; }));
   }
 };
 
@@ -39,9 +39,9 @@ TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatThe
   deliver();
   // The window manager executes requests in order. When it has iconified the marker, it has also
   // processed the focus request.
-  user.requestIconify(marker);
-  ASSERT_TRUE(waitFor([&] { return !user.isViewable(marker); }));
-  EXPECT_EQ(user.focused(), other);
+  client.requestIconify(marker);
+  ASSERT_TRUE(waitFor([&] { return !client.isViewable(marker); }));
+  EXPECT_EQ(client.focusedWindow(), other);
 }
 
 }  // namespace

@@ -13,22 +13,22 @@ constexpr PixelRect kOther{900, 150, 200, 200};
 
 class X11Focus : public X11Test {
  protected:
-  xcb_window_t game = user.openGame(kGame, 0);
-  xcb_window_t other = user.openGame(kOther, 0);
+  xcb_window_t game = client.openGameWindow(kGame, 0);
+  xcb_window_t other = client.openGameWindow(kOther, 0);
   WindowHandle handle = WindowHandle::None;
 
   /// Adopts the game while it has the focus.
   void adoptFocusedGame() {
-    user.focus(game);
+    client.focus(game);
     handle = adopt(game).handle;
     deliver();
     ASSERT_THAT(reports.lines, IsEmpty());
   }
-  /// Grabs the keyboard for `user`, as a menu does.
+  /// Grabs the keyboard for `client`, as a menu does.
   void grabKeyboard() {
     const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(
-        xcb_grab_keyboard_reply(user.get(),
-                                xcb_grab_keyboard(user.get(), 0, other, XCB_CURRENT_TIME,
+        xcb_grab_keyboard_reply(client.connection(),
+                                xcb_grab_keyboard(client.connection(), 0, other, XCB_CURRENT_TIME,
                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
                                 nullptr));
     ASSERT_EQ(grab->status, XCB_GRAB_STATUS_SUCCESS);
@@ -37,21 +37,22 @@ class X11Focus : public X11Test {
 
 TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
   adoptFocusedGame();
-  user.focus(other);
+  client.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
   reports.lines.clear();
-  user.focus(game);
+  client.focus(game);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
+  EXPECT_THAT(reports.lines,
+              ElementsAre(reportLine("focus", handle), reportLine("activated", handle)));
 }
 
 TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
   adoptFocusedGame();
   const WindowHandle otherHandle = adopt(other).handle;
-  user.focus(other);
+  client.focus(other);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", otherHandle)));
+  EXPECT_THAT(reports.lines, ElementsAre(reportLine("focus", otherHandle)));
 }
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
@@ -61,27 +62,28 @@ TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   system().releaseWindow(handle);
   deliver();
   EXPECT_THAT(reports.lines,
-              testing::Each(testing::Not(testing::HasSubstr(line("focus", handle)))));
+              testing::Each(testing::Not(testing::HasSubstr(reportLine("focus", handle)))));
 }
 
 TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
   adoptFocusedGame();
   const WindowHandle otherHandle = adopt(other).handle;
-  user.focus(other);
-  user.destroy(game);
+  client.focus(other);
+  client.destroy(game);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("destroyed", handle), line("focus", otherHandle)));
+  EXPECT_THAT(reports.lines,
+              ElementsAre(reportLine("destroyed", handle), reportLine("focus", otherHandle)));
 }
 
 // A window manager that crashes leaves the id of its check window in `_NET_SUPPORTING_WM_CHECK`.
 // The server can then give this id to the game.
 TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
-  user.setProperty(user.root(), "_NET_SUPPORTING_WM_CHECK",
-                   Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
+  client.setProperty(client.root(), "_NET_SUPPORTING_WM_CHECK",
+                     Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocusedGame();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
-  user.focus(other);
+  client.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, testing::Contains("deactivated"));
 }
@@ -91,7 +93,7 @@ TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
   grabKeyboard();
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
-  xcb_ungrab_keyboard(user.get(), XCB_CURRENT_TIME);
+  xcb_ungrab_keyboard(client.connection(), XCB_CURRENT_TIME);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
 }
@@ -99,71 +101,72 @@ TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
 TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
   adoptFocusedGame();
   grabKeyboard();
-  user.focus(other);
+  client.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
 TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
-  user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
+  client.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   adopt(game);
   deliver();
   ASSERT_THAT(reports.lines, ElementsAre("deactivated"));
-  user.movePointer(kGame.x + 10, kGame.y + 10);
+  client.movePointer(kGame.x + 10, kGame.y + 10);
   deliver();
-  user.movePointer(1200, 900);
+  client.movePointer(1200, 900);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
 }
 
 TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
-  const xcb_window_t firstChild = user.makeWindow({0, 0, 50, 50}, 0, game);
-  const xcb_window_t secondChild = user.makeWindow({50, 0, 50, 50}, 0, game);
-  user.map(firstChild);
-  user.map(secondChild);
+  const xcb_window_t firstChild = client.makeWindow({0, 0, 50, 50}, 0, game);
+  const xcb_window_t secondChild = client.makeWindow({50, 0, 50, 50}, 0, game);
+  client.map(firstChild);
+  client.map(secondChild);
   adoptFocusedGame();
-  user.focus(firstChild);
-  user.focus(secondChild);
-  user.focus(game);
-  user.focus(firstChild);
+  client.focus(firstChild);
+  client.focus(secondChild);
+  client.focus(game);
+  client.focus(firstChild);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
-  user.focus(other);
+  client.focus(other);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
 TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
-  const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({0, 0, 50, 50}, 0, game);
+  client.map(child);
   adoptFocusedGame();
-  user.focus(other);
+  client.focus(other);
   deliver();
   reports.lines.clear();
-  user.focus(child);
+  client.focus(child);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle), line("activated", handle)));
+  EXPECT_THAT(reports.lines,
+              ElementsAre(reportLine("focus", handle), reportLine("activated", handle)));
 }
 
 TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
   adoptFocusedGame();
-  user.focus(other);
+  client.focus(other);
   deliver();
   system().requestFocus(handle);
   deliver();
-  EXPECT_EQ(user.focused(), game);
+  EXPECT_EQ(client.focusedWindow(), game);
 }
 
 TEST_F(X11Focus, AnUnmappedWindowGetsTheRequestedFocusWhenItIsMapped) {
   adoptFocusedGame();
-  user.unmap(game);
+  client.unmap(game);
   deliver();
   system().requestFocus(handle);
   deliver();
-  EXPECT_NE(user.focused(), game);
-  user.map(game);
+  EXPECT_NE(client.focusedWindow(), game);
+  client.map(game);
   deliver();
-  EXPECT_EQ(user.focused(), game);
+  EXPECT_EQ(client.focusedWindow(), game);
   EXPECT_THAT(log, IsEmpty());
 }
 
@@ -171,43 +174,43 @@ TEST_F(X11Focus, RequestingTheFocusForTheFocusedWindowReportsItAgain) {
   adoptFocusedGame();
   system().requestFocus(handle);
   deliver();
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", handle)));
+  EXPECT_THAT(reports.lines, ElementsAre(reportLine("focus", handle)));
 }
 
 class X11FocusWithManager : public X11TestWithManager {};
 
 TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
-  const xcb_window_t game = user.openGame(kGame, 0);
-  const xcb_window_t other = user.openGame(kOther, 0);
-  ASSERT_TRUE(waitFor([&] { return user.isViewable(game) && user.isViewable(other); }));
+  const xcb_window_t game = client.openGameWindow(kGame, 0);
+  const xcb_window_t other = client.openGameWindow(kOther, 0);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(other); }));
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
-  ASSERT_TRUE(waitFor([&] { return reports.contains(line("focus", handle)); }));
+  ASSERT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", handle)); }));
   // The click must have a later time than the focus change. The resolution of the server's time is
   // one millisecond.
-  const xcb_timestamp_t focusTime = user.serverTime(other);
-  ASSERT_TRUE(waitFor([&] { return user.serverTime(other) > focusTime; }));
-  user.click(kOther.x + 100, kOther.y + 100);
-  user.updateUserTime(other);
-  ASSERT_TRUE(
-      waitFor([&] { return user.focused() == other && reports.lines.back() == "focus 0x0"; }));
+  const xcb_timestamp_t focusTime = client.serverTime(other);
+  ASSERT_TRUE(waitFor([&] { return client.serverTime(other) > focusTime; }));
+  client.click(kOther.x + 100, kOther.y + 100);
+  client.updateUserTime(other);
+  ASSERT_TRUE(waitFor(
+      [&] { return client.focusedWindow() == other && reports.lines.back() == "focus 0x0"; }));
   system().requestFocus(handle);
   deliverFor(0.3);
-  EXPECT_EQ(user.focused(), other);
+  EXPECT_EQ(client.focusedWindow(), other);
 }
 
 TEST_F(X11Focus, ALaterFocusRequestReplacesAPendingRequest) {
   adoptFocusedGame();
   const WindowHandle otherHandle = adopt(other).handle;
-  user.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
-  user.unmap(game);
+  client.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
+  client.unmap(game);
   deliver();
   system().requestFocus(handle);
   system().requestFocus(otherHandle);
   deliver();
-  user.map(game);
+  client.map(game);
   deliver();
-  EXPECT_EQ(user.focused(), other);
+  EXPECT_EQ(client.focusedWindow(), other);
 }
 
 }  // namespace

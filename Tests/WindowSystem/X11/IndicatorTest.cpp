@@ -17,29 +17,29 @@ constexpr int kSpokes = 12;
 class X11Indicator : public X11Test {
  protected:
   void setDpi(std::string_view dpi) {
-    user.setProperty(
-        user.root(), "RESOURCE_MANAGER",
+    client.setProperty(
+        client.root(), "RESOURCE_MANAGER",
         Property::ofText(XCB_ATOM_STRING, "*customization:\t-color\nXft.dpi:\t" + std::string(dpi) +
                                               "\nXft.hinting:\t1\n"));
   }
   Picture show(bool isAnimated) {
-    game = user.openGame(kGame, 0x208040);
+    game = client.openGameWindow(kGame, 0x208040);
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
-    scene = whiteWithIndicator(adoptedWindow.frame.size);
+    scene = whiteSceneWithIndicator(adoptedWindow.frame.size);
     scene.back().isAnimated = isAnimated;
     system().setScene(handle, scene);
     deliver();
-    return user.picture(game);
+    return client.screenPicture(game);
   }
   /// Counts how often the picture changes in this number of seconds.
   int countChangesIn(double seconds) {
     const Nanoseconds limit = x11::steadyNow() + nanosecondsFromSeconds(seconds);
-    Picture previousPicture = user.picture(game);
+    Picture previousPicture = client.screenPicture(game);
     int changeCount = 0;
     while (x11::steadyNow() < limit) {
       deliverFor(0.02);
-      const Picture currentPicture = user.picture(game);
+      const Picture currentPicture = client.screenPicture(game);
       changeCount += currentPicture == previousPicture ? 0 : 1;
       previousPicture = currentPicture;
     }
@@ -90,8 +90,9 @@ TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
   const Nanoseconds start = x11::steadyNow();
   EXPECT_LE(system().nextDeadline(), start + kTurn / kSpokes);
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
-    EXPECT_TRUE(waitFor(
-        [&] { return std::exchange(previousPicture, user.picture(game)) != previousPicture; }));
+    EXPECT_TRUE(waitFor([&] {
+      return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
+    }));
   }
   // The first step may be due immediately.
   EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);
@@ -106,10 +107,10 @@ TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
 TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
   show(true);
   EXPECT_NE(system().nextDeadline(), kNever);
-  user.unmap(game);
+  client.unmap(game);
   deliver();
   EXPECT_EQ(system().nextDeadline(), kNever);
-  user.map(game);
+  client.map(game);
   deliver();
   EXPECT_NE(system().nextDeadline(), kNever);
 }
@@ -123,10 +124,10 @@ TEST_F(X11Indicator, HasNoDeadlineAfterItsSceneIsRemoved) {
 
 TEST_F(X11Indicator, IsRedrawnAfterAnotherWindowHidIt) {
   const Picture picture = show(false);
-  const xcb_window_t otherWindow = user.makeWindow({400, 250, 200, 200}, 0xFF);
-  user.map(otherWindow);
-  user.destroy(otherWindow);
-  EXPECT_EQ(user.picture(game), picture);
+  const xcb_window_t otherWindow = client.makeWindow({400, 250, 200, 200}, 0xFF);
+  client.map(otherWindow);
+  client.destroy(otherWindow);
+  EXPECT_EQ(client.screenPicture(game), picture);
 }
 
 TEST(X11Scale, IsXftDpiDividedByNinetySix) {

@@ -21,19 +21,19 @@ std::string nameOf(const testing::TestParamInfo<Manager>& testInfo) {
 class X11Managers : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   void openCoveredGame() {
-    game = user.openGame(kGame, kGreen);
-    ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
-    system().setScene(handle, white(adoptedWindow.frame.size));
+    system().setScene(handle, whiteScene(adoptedWindow.frame.size));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     deliver();
   }
   [[nodiscard]] std::array<std::optional<Property>, 2> hints() const {
-    return {user.property(game, "_MOTIF_WM_HINTS"), user.property(game, "WM_NORMAL_HINTS")};
+    return {client.property(game, "_MOTIF_WM_HINTS"), client.property(game, "WM_NORMAL_HINTS")};
   }
   [[nodiscard]] xcb_window_t checkWindow() const {
-    const auto checkWindows = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
+    const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
     return checkWindows.empty() ? xcb_window_t{XCB_WINDOW_NONE} : checkWindows.front();
   }
 
@@ -45,19 +45,19 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   startManager(GetParam());
   openCoveredGame();
   const auto hintsBefore = hints();
-  PixelRect frame = user.frameOf(game);
+  PixelRect frame = client.areaOnScreen(game);
   frame.x += 130;
   frame.y += 90;
   reports.lines.clear();
-  user.configure(game, frame);
+  client.configure(game, frame);
   ASSERT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
   // The manager may choose a position other than the requested position.
   EXPECT_TRUE(waitFor([&] {
-    const PixelRect currentFrame = user.frameOf(game);
+    const PixelRect currentFrame = client.areaOnScreen(game);
     return reports.frame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
   }));
-  EXPECT_GT(user.frameOf(game).x, kGame.x + 100);
-  EXPECT_TRUE(waitFor([&] { return user.picture(game).isAll(kWhite); }));
+  EXPECT_GT(client.areaOnScreen(game).x, kGame.x + 100);
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(hints(), hintsBefore);
   EXPECT_THAT(log, IsEmpty());
 }
@@ -69,7 +69,7 @@ TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
   openCoveredGame();
   const auto hintsCovered = hints();
   ASSERT_TRUE(waitFor([&] {
-    return reports.contains(line("controls kept", handle) + keptControls(startsWithMetacity));
+    return reports.contains(reportLine("controls kept", handle) + keptControls(startsWithMetacity));
   }));
   reports.lines.clear();
   const xcb_window_t checkWindowBefore = checkWindow();
@@ -77,19 +77,21 @@ TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
   // The two managers keep different controls, so this report is about the new manager.
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains(line("controls kept", handle) + keptControls(!startsWithMetacity));
+    return reports.contains(reportLine("controls kept", handle) +
+                            keptControls(!startsWithMetacity));
   }));
   EXPECT_NE(checkWindow(), checkWindowBefore);
   EXPECT_EQ(hints(), hintsCovered);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(game) && user.picture(game).isAll(kWhite); }));
+  EXPECT_TRUE(
+      waitFor([&] { return client.isViewable(game) && client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(reports.count("destroyed"), 0);
   system().setScene(handle, {});
   system().setStyleMask(handle, 15);
-  EXPECT_TRUE(waitFor([&] { return user.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+  EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
   const std::array<std::uint32_t, 18> sizes{1 | 4};
-  EXPECT_EQ(user.property(game, "WM_NORMAL_HINTS"),
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"),
             Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, sizes));
-  EXPECT_TRUE(waitFor([&] { return user.picture(game).isAll(kGreen); }));
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kGreen); }));
   EXPECT_THAT(log, IsEmpty());
 }
 
@@ -100,15 +102,15 @@ INSTANTIATE_TEST_SUITE_P(X11, X11Managers, testing::Values(Manager::Metacity, Ma
 class X11PlainManager : public X11Managers {
  protected:
   X11PlainManager() {
-    const xcb_window_t managersWindow = user.makeWindow({-10, -10, 1, 1}, 0);
+    const xcb_window_t managersWindow = client.makeWindow({-10, -10, 1, 1}, 0);
     const std::array checkWindow{managersWindow};
-    const std::array supportedAtoms{user.atom("_NET_ACTIVE_WINDOW")};
-    for (const xcb_window_t window : {managersWindow, user.root()}) {
-      user.setProperty(window, "_NET_SUPPORTING_WM_CHECK",
-                       Property::ofNumbers(XCB_ATOM_WINDOW, checkWindow));
+    const std::array supportedAtoms{client.atom("_NET_ACTIVE_WINDOW")};
+    for (const xcb_window_t window : {managersWindow, client.root()}) {
+      client.setProperty(window, "_NET_SUPPORTING_WM_CHECK",
+                         Property::ofNumbers(XCB_ATOM_WINDOW, checkWindow));
     }
-    user.setProperty(user.root(), "_NET_SUPPORTED",
-                     Property::ofNumbers(XCB_ATOM_ATOM, supportedAtoms));
+    client.setProperty(client.root(), "_NET_SUPPORTED",
+                       Property::ofNumbers(XCB_ATOM_ATOM, supportedAtoms));
   }
 };
 
@@ -118,23 +120,23 @@ TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
   EXPECT_LT(system().nextDeadline(), kNever);
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_EQ(reports.count("controls kept"), 0);
-  EXPECT_NE(user.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
+  EXPECT_NE(client.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
 }
 
 TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
   openCoveredGame();
-  user.selectEvents(user.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
-  user.events();
+  client.selectEvents(client.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  client.takeEventTypes();
   system().requestFocus(handle);
   deliver();
-  EXPECT_THAT(user.events(), testing::Contains(XCB_CLIENT_MESSAGE));
-  EXPECT_NE(user.focused(), game);
+  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_CLIENT_MESSAGE));
+  EXPECT_NE(client.focusedWindow(), game);
 }
 
 TEST_F(X11PlainManager, WithoutAStackingListTheServersOrderIsReported) {
   openCoveredGame();
-  const WindowHandle otherHandle = adopt(user.openGame(kGame, 0)).handle;
-  user.raise(game);
+  const WindowHandle otherHandle = adopt(client.openGameWindow(kGame, 0)).handle;
+  client.raise(game);
   EXPECT_TRUE(waitFor([&] {
     return !reports.orders.empty() && reports.orders.back() == std::vector{handle, otherHandle};
   }));

@@ -19,28 +19,28 @@ class X11Modal : public X11Test {
  protected:
   void SetUp() override {
     startManager(windowManager);
-    game = user.openGame(kGame, kGreen);
-    ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     owner = adoptedWindow.handle;
-    gamePixels = user.frameOf(game);
+    gamePixels = client.areaOnScreen(game);
     gameFrame = adoptedWindow.frame;
   }
   WindowHandle openOverGame(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
     const double x = gameFrame.origin.x + (gameFrame.size.width - size.width) / 2;
     const double freeHeight = gameFrame.size.height - size.height;
     const double y = gameFrame.origin.y + (kind == WindowKind::Sheet ? freeHeight : freeHeight / 2);
-    return open({.className = "NSWindow",
-                 .title = "Launch",
-                 .frame = {{x, y}, size},
-                 .styleMask = styleMask,
-                 .kind = kind,
-                 .owner = owner,
-                 .isMovableByBackground = kind == WindowKind::Modal});
+    return openOwnWindow({.className = "NSWindow",
+                          .title = "Launch",
+                          .frame = {{x, y}, size},
+                          .styleMask = styleMask,
+                          .kind = kind,
+                          .owner = owner,
+                          .isMovableByBackground = kind == WindowKind::Modal});
   }
   WindowHandle openModal() { return openOverGame(WindowKind::Modal, 0, {480, 270}); }
   bool isAt(WindowHandle window, PixelRect expected) {
-    return waitFor([&] { return user.frameOf(idOf(window)) == expected; });
+    return waitFor([&] { return client.areaOnScreen(idOf(window)) == expected; });
   }
 
   Manager windowManager = Manager::None;
@@ -58,22 +58,22 @@ class X11ModalWithManager : public X11Modal {
 TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
   const WindowHandle modal = openModal();
   EXPECT_TRUE(isAt(modal, {gamePixels.x + 80, gamePixels.y + 65, 480, 270}));
-  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
 TEST_F(X11ModalWithManager, IsATransientModalDialogOfItsOwner) {
   const xcb_window_t modal = idOf(openModal());
-  EXPECT_THAT(user.numbers(modal, "WM_TRANSIENT_FOR"), ElementsAre(game));
-  EXPECT_THAT(user.atomNames(modal, "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
-  EXPECT_THAT(user.atomNames(modal, "_NET_WM_WINDOW_TYPE"),
+  EXPECT_THAT(client.numbers(modal, "WM_TRANSIENT_FOR"), ElementsAre(game));
+  EXPECT_THAT(client.atomNames(modal, "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
+  EXPECT_THAT(client.atomNames(modal, "_NET_WM_WINDOW_TYPE"),
               ElementsAre("_NET_WM_WINDOW_TYPE_DIALOG"));
 }
 
 TEST_F(X11ModalWithManager, HasNoBorderAndNoControls) {
   const xcb_window_t modal = idOf(openModal());
-  EXPECT_THAT(user.numbers(modal, "_NET_FRAME_EXTENTS"),
+  EXPECT_THAT(client.numbers(modal, "_NET_FRAME_EXTENTS"),
               testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
-  const auto actions = user.atomNames(modal, "_NET_WM_ALLOWED_ACTIONS");
+  const auto actions = client.atomNames(modal, "_NET_WM_ALLOWED_ACTIONS");
   EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_MINIMIZE")));
   EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_CLOSE")));
   EXPECT_THAT(actions, Not(Contains("_NET_WM_ACTION_RESIZE")));
@@ -83,30 +83,30 @@ TEST_F(X11ModalWithManager, IsModalAgainAfterOrderOutAndOrderFront) {
   const WindowHandle modal = openModal();
   system().orderOut(modal);
   ASSERT_TRUE(waitFor([&] {
-    return !user.isViewable(idOf(modal)) && user.numbers(idOf(modal), "_NET_WM_STATE").empty();
+    return !client.isViewable(idOf(modal)) && client.numbers(idOf(modal), "_NET_WM_STATE").empty();
   }));
   system().orderFront(modal);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(modal)); }));
-  EXPECT_THAT(user.atomNames(idOf(modal), "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
+  EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(modal)); }));
+  EXPECT_THAT(client.atomNames(idOf(modal), "_NET_WM_STATE"), Contains("_NET_WM_STATE_MODAL"));
 }
 
 TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   const WindowHandle modal = openModal();
-  system().setScene(modal, white({480, 270}));
+  system().setScene(modal, whiteScene({480, 270}));
   deliver();
-  const PixelRect frameBefore = user.frameOf(idOf(modal));
+  const PixelRect frameBefore = client.areaOnScreen(idOf(modal));
   reports.lines.clear();
-  user.movePointer(frameBefore.x + 100, frameBefore.y + 50);
-  user.press();
+  client.movePointer(frameBefore.x + 100, frameBefore.y + 50);
+  client.pressButton();
   deliver();
-  user.movePointer(frameBefore.x + 130, frameBefore.y + 110);
+  client.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
-  user.release();
+  client.releaseButton();
   EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
-  EXPECT_TRUE(reports.contains(line("frame", modal)));
+  EXPECT_TRUE(reports.contains(reportLine("frame", modal)));
   EXPECT_EQ(reports.frame.origin.y, 960 - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
-  user.movePointer(frameBefore.x + 300, frameBefore.y + 300);
+  client.movePointer(frameBefore.x + 300, frameBefore.y + 300);
   deliver();
   EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
@@ -115,85 +115,85 @@ TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
   const WindowHandle modal = openModal();
   system().setMovableByBackground(modal, false);
   deliver();
-  const PixelRect frameBefore = user.frameOf(idOf(modal));
-  user.movePointer(frameBefore.x + 100, frameBefore.y + 50);
-  user.press();
+  const PixelRect frameBefore = client.areaOnScreen(idOf(modal));
+  client.movePointer(frameBefore.x + 100, frameBefore.y + 50);
+  client.pressButton();
   deliver();
-  user.movePointer(frameBefore.x + 130, frameBefore.y + 110);
+  client.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
-  user.release();
+  client.releaseButton();
   deliverFor(0.1);
-  EXPECT_EQ(user.frameOf(idOf(modal)), frameBefore);
+  EXPECT_EQ(client.areaOnScreen(idOf(modal)), frameBefore);
 }
 
 TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
   const WindowHandle sheet = openOverGame(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
   EXPECT_TRUE(isAt(sheet, {gamePixels.x + 120, gamePixels.y, 400, 100}));
-  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(sheet)).isAll(kWhite); }));
-  EXPECT_THAT(user.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
-  EXPECT_THAT(user.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(sheet)).isAll(kWhite); }));
+  EXPECT_THAT(client.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
+  EXPECT_THAT(client.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
               testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
 }
 
 TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
-  user.selectEvents(game, kButtonEvents);
+  client.selectEvents(game, kButtonEvents);
   const WindowHandle ownWindow =
-      open({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
-  user.selectEvents(idOf(ownWindow), kButtonEvents);
+      openOwnWindow({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
+  client.selectEvents(idOf(ownWindow), kButtonEvents);
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
-  user.events();
-  user.click(gamePixels.x + 5, gamePixels.y + 5);
-  user.click(950, 200);
-  EXPECT_THAT(user.events(), IsEmpty());
-  EXPECT_TRUE(waitFor([&] { return user.picture(idOf(modal)).isAll(kWhite); }));
+  client.takeEventTypes();
+  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  client.click(950, 200);
+  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
 TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
-  const xcb_window_t child = user.makeWindow({0, 0, 50, 50}, 0, game);
-  user.selectEvents(child, kButtonEvents);
-  user.map(child);
+  const xcb_window_t child = client.makeWindow({0, 0, 50, 50}, 0, game);
+  client.selectEvents(child, kButtonEvents);
+  client.map(child);
   deliver();
-  user.events();
-  user.click(gamePixels.x + 5, gamePixels.y + 5);
-  EXPECT_THAT(user.events(), IsEmpty());
+  client.takeEventTypes();
+  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
 }
 
 TEST_F(X11Modal, TheModalWindowReceivesClicks) {
   const WindowHandle modal = openOverGame(WindowKind::Sheet, 0, {100, 100});
-  user.selectEvents(idOf(modal), kButtonEvents);
+  client.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
   deliver();
-  user.events();
-  const PixelRect modalFrame = user.frameOf(idOf(modal));
-  user.click(modalFrame.x + 50, modalFrame.y + 50);
-  EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
+  client.takeEventTypes();
+  const PixelRect modalFrame = client.areaOnScreen(idOf(modal));
+  client.click(modalFrame.x + 50, modalFrame.y + 50);
+  EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
 TEST_F(X11Modal, TheGameReceivesClicksAgainWithoutAModalWindow) {
-  user.selectEvents(game, kButtonEvents);
+  client.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
   system().setModalWindow(WindowHandle::None);
   deliver();
-  user.events();
-  user.click(gamePixels.x + 5, gamePixels.y + 5);
-  EXPECT_THAT(user.events(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
+  client.takeEventTypes();
+  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
 TEST_F(X11Modal, AWindowAdoptedLaterReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
-  const xcb_window_t other = user.openGame({900, 600, 100, 100}, 0);
-  user.selectEvents(other, kButtonEvents);
+  const xcb_window_t other = client.openGameWindow({900, 600, 100, 100}, 0);
+  client.selectEvents(other, kButtonEvents);
   adopt(other);
-  user.events();
-  user.click(950, 650);
-  EXPECT_THAT(user.events(), IsEmpty());
+  client.takeEventTypes();
+  client.click(950, 650);
+  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
 }
 
 }  // namespace

@@ -26,33 +26,33 @@ class X11Monitors : public X11Test {
 };
 
 TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfThePrimaryMonitor) {
-  const AdoptedWindow leftWindow = adopt(user.openGame({100, 300, 200, 160}, kGreen));
-  const AdoptedWindow rightWindow = adopt(user.openGame({700, 100, 200, 160}, kGreen));
+  const AdoptedWindow leftWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
+  const AdoptedWindow rightWindow = adopt(client.openGameWindow({700, 100, 200, 160}, kGreen));
   EXPECT_EQ(leftWindow.frame, CGRectMake(100, 340, 200, 160));
   EXPECT_EQ(rightWindow.frame, CGRectMake(700, 540, 200, 160));
 }
 
 TEST_F(X11Monitors, AWindowOpensOnTheMonitorOfItsFrame) {
   const WindowHandle rightWindow =
-      open({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
-  EXPECT_EQ(user.frameOf(idOf(rightWindow)), (PixelRect{700, 100, 200, 160}));
+      openOwnWindow({.className = "Any", .title = "", .frame = CGRectMake(700, 540, 200, 160)});
+  EXPECT_EQ(client.areaOnScreen(idOf(rightWindow)), (PixelRect{700, 100, 200, 160}));
 }
 
 TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
-  const xcb_window_t game = user.openGame({100, 300, 200, 160}, kGreen);
+  const xcb_window_t game = client.openGameWindow({100, 300, 200, 160}, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
-  system().setScene(adoptedWindow.handle, white(adoptedWindow.frame.size));
+  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   deliver();
-  user.configure(game, {700, 100, 500, 300});
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  client.configure(game, {700, 100, 500, 300});
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   deliver();
   EXPECT_EQ(reports.frame, CGRectMake(700, 400, 500, 300));
-  EXPECT_TRUE(user.picture(game).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(X11Monitors, FramesAreReportedAgainWhenThePrimaryMonitorChanges) {
-  const AdoptedWindow adoptedWindow = adopt(user.openGame({100, 300, 200, 160}, kGreen));
+  const AdoptedWindow adoptedWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
   addMonitor("*other", "640/169x960/254+0+0", "none");
   EXPECT_TRUE(waitFor([this] { return reports.frame == CGRectMake(100, 500, 200, 160); }));

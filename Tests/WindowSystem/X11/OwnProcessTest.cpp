@@ -11,12 +11,13 @@ class X11OwnProcess : public X11Test {};
 
 TEST_F(X11OwnProcess, WindowsHaveTheHostNameAndTheProcessId) {
   const xcb_window_t window =
-      idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
+      idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
   std::array<char, 256> hostName{};
   ASSERT_EQ(gethostname(hostName.data(), hostName.size()), 0);
-  EXPECT_EQ(user.property(window, "WM_CLIENT_MACHINE"),
+  EXPECT_EQ(client.property(window, "WM_CLIENT_MACHINE"),
             Property::ofText(XCB_ATOM_STRING, hostName.data()));
-  EXPECT_EQ(user.numbers(window, "_NET_WM_PID"), std::vector{static_cast<std::uint32_t>(getpid())});
+  EXPECT_EQ(client.numbers(window, "_NET_WM_PID"),
+            std::vector{static_cast<std::uint32_t>(getpid())});
 }
 
 }  // namespace

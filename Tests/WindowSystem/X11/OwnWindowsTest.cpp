@@ -13,90 +13,96 @@ constexpr CGRect kFrame{{100, 200}, {640, 400}};
 class X11OwnWindows : public X11TestWithManager {
  protected:
   WindowHandle openPlayer(NSWindowStyleMask styleMask = 15) {
-    return open({.className = "PlayerWindow",
-                 .title = "Player \xE2\x9C\x93",
-                 .frame = kFrame,
-                 .styleMask = styleMask});
+    return openOwnWindow({.className = "PlayerWindow",
+                          .title = "Player \xE2\x9C\x93",
+                          .frame = kFrame,
+                          .styleMask = styleMask});
   }
 };
 
 TEST_F(X11OwnWindows, HaveTheirClassAndTitle) {
   const xcb_window_t window = idOf(openPlayer());
-  EXPECT_EQ(user.property(window, "WM_CLASS")->text(),
+  EXPECT_EQ(client.property(window, "WM_CLASS")->text(),
             std::string("PlayerWindow\0PlayerWindow\0", 26));
-  EXPECT_EQ(user.property(window, "_NET_WM_NAME")->text(), "Player \xE2\x9C\x93");
+  EXPECT_EQ(client.property(window, "_NET_WM_NAME")->text(), "Player \xE2\x9C\x93");
 }
 
 TEST_F(X11OwnWindows, OpenAtTheirFrame) {
   const xcb_window_t window = idOf(openPlayer());
   // `kFrame` is the content area. Its coordinates start at the lower left corner of the screen. The
   // screen has a height of 960 pixels.
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(window) == PixelRect{100, 360, 640, 400}; }));
+  EXPECT_TRUE(waitFor([&] {
+    return client.areaOnScreen(window) == PixelRect{100, 360, 640, 400};
+  }));
 }
 
 TEST_F(X11OwnWindows, FollowSetFrame) {
   const WindowHandle window = openPlayer();
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(idOf(window)) == PixelRect{300, 620, 320, 240}; }));
+  EXPECT_TRUE(waitFor([&] {
+    return client.areaOnScreen(idOf(window)) == PixelRect{300, 620, 320, 240};
+  }));
 }
 
 TEST_F(X11OwnWindows, FollowSetFrameWithoutAResizeControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(idOf(window)) == PixelRect{300, 620, 320, 240}; }));
+  EXPECT_TRUE(waitFor([&] {
+    return client.areaOnScreen(idOf(window)) == PixelRect{300, 620, 320, 240};
+  }));
 }
 
 TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
   const WindowHandle window = openPlayer();
-  user.configure(idOf(window), {50, 60, 500, 300});
+  client.configure(idOf(window), {50, 60, 500, 300});
   EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 300}; }));
-  EXPECT_TRUE(reports.contains(line("frame", window)));
+  EXPECT_TRUE(reports.contains(reportLine("frame", window)));
 }
 
 TEST_F(X11OwnWindows, GetTheFocusOnRequest) {
   const WindowHandle firstWindow = openPlayer();
   const WindowHandle secondWindow = openPlayer();
   system().requestFocus(firstWindow);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", firstWindow)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", firstWindow)); }));
   reports.lines.clear();
   system().requestFocus(secondWindow);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("focus", secondWindow)); }));
-  EXPECT_THAT(reports.lines, ElementsAre(line("focus", secondWindow)));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", secondWindow)); }));
+  EXPECT_THAT(reports.lines, ElementsAre(reportLine("focus", secondWindow)));
 }
 
 TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
   const WindowHandle window = openPlayer();
-  user.requestClose(idOf(window));
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("close requested", window)); }));
-  EXPECT_TRUE(user.isViewable(idOf(window)));
+  client.requestClose(idOf(window));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("close requested", window)); }));
+  EXPECT_TRUE(client.isViewable(idOf(window)));
 }
 
 TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
-  user.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
+  client.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
   deliver();
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
 TEST_F(X11OwnWindows, KeepTheCloseProtocolWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
-  EXPECT_THAT(user.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
+  EXPECT_THAT(client.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
 
 TEST_F(X11OwnWindows, CanBeMiniaturizedAndDeminiaturized) {
   const WindowHandle window = openPlayer();
   system().requestMiniaturized(window, true);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("miniaturized", window)); }));
-  EXPECT_FALSE(user.isViewable(idOf(window)));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("miniaturized", window)); }));
+  EXPECT_FALSE(client.isViewable(idOf(window)));
   system().requestMiniaturized(window, false);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("deminiaturized", window)); }));
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("deminiaturized", window)); }));
+  EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(window)); }));
 }
 
 TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedByOrderOut) {
   const WindowHandle window = openPlayer();
   system().orderOut(window);
-  EXPECT_TRUE(waitFor([&] { return !user.isViewable(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return !client.isViewable(idOf(window)); }));
   deliver();
   EXPECT_EQ(reports.count("miniaturized"), 0);
 }
@@ -104,17 +110,17 @@ TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedByOrderOut) {
 TEST_F(X11OwnWindows, AreViewableAgainAfterOrderOutAndOrderFront) {
   const WindowHandle window = openPlayer();
   system().orderOut(window);
-  EXPECT_TRUE(waitFor([&] { return !user.isViewable(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return !client.isViewable(idOf(window)); }));
   system().orderFront(window);
-  EXPECT_TRUE(waitFor([&] { return user.isViewable(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(window)); }));
 }
 
 TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
   const WindowHandle window = openPlayer();
-  user.destroy(idOf(window));
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("destroyed", window)); }));
+  client.destroy(idOf(window));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", window)); }));
   system().setTitle(window, "New title");
-  system().setScene(window, white(kFrame.size));
+  system().setScene(window, whiteScene(kFrame.size));
   system().orderFront(window);
   deliver();
   EXPECT_THAT(log, IsEmpty());
@@ -123,7 +129,7 @@ TEST_F(X11OwnWindows, ReportTheirDestructionByAnotherClient) {
 TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
   const WindowHandle window = openPlayer();
   system().releaseWindow(window);
-  EXPECT_TRUE(waitFor([&] { return !user.exists(idOf(window)); }));
+  EXPECT_TRUE(waitFor([&] { return !client.exists(idOf(window)); }));
   deliver();
   EXPECT_EQ(reports.count("destroyed"), 0);
 }
@@ -131,8 +137,9 @@ TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
 TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
   const WindowHandle window = openPlayer();
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(line("controls kept", window) + " 0"); }));
-  const auto actions = user.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("controls kept", window) + " 0"); }));
+  const auto actions = client.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");
   EXPECT_THAT(actions, testing::Contains("_NET_WM_ACTION_MINIMIZE"));
   EXPECT_THAT(actions, testing::Not(testing::Contains("_NET_WM_ACTION_CLOSE")));
   EXPECT_THAT(actions, testing::Not(testing::Contains("_NET_WM_ACTION_RESIZE")));

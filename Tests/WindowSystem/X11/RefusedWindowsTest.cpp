@@ -20,35 +20,36 @@ class X11RefusedWindows : public X11Test {
 
 TEST_F(X11RefusedWindows, TheManagersEndIsNoticedAfterItsCheckWindowIsRefused) {
   startManager(Manager::Metacity);
-  const xcb_window_t game = user.openGame({200, 150, 640, 400}, 0);
-  ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+  const xcb_window_t game = client.openGameWindow({200, 150, 640, 400}, 0);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  ASSERT_TRUE(waitFor([&] { return reports.contains(line("controls kept", handle) + " 8"); }));
-  const auto checkWindows = user.numbers(user.root(), "_NET_SUPPORTING_WM_CHECK");
+  ASSERT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
+  const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
   ASSERT_EQ(checkWindows.size(), 1U);
   EXPECT_THAT(refusal(checkWindows.front()),
               HasSubstr("that a window manager uses to announce itself"));
   reports.lines.clear();
   manager.kill();
   // Without a window manager, the back end sets the focus itself.
-  EXPECT_TRUE(waitFor([&] { return !user.exists(checkWindows.front()); }));
-  const xcb_window_t other = user.openGame({900, 600, 100, 100}, 0);
-  user.focus(other);
+  EXPECT_TRUE(waitFor([&] { return !client.exists(checkWindows.front()); }));
+  const xcb_window_t other = client.openGameWindow({900, 600, 100, 100}, 0);
+  client.focus(other);
   deliver();
   system().requestFocus(handle);
-  EXPECT_TRUE(waitFor([&] { return user.focused() == game; }));
+  EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
 }
 
 TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
   const xcb_window_t ownWindow =
-      idOf(open({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
+      idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
   // The previous id belongs to the helper window through which the back end reads the server's
   // time.
-  ASSERT_TRUE(user.exists(ownWindow - 1));
+  ASSERT_TRUE(client.exists(ownWindow - 1));
   EXPECT_THAT(refusal(ownWindow - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ownWindow));
-  EXPECT_TRUE(waitFor([&] { return user.focused() == ownWindow; }));
+  EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == ownWindow; }));
 }
 
 }  // namespace

@@ -40,13 +40,13 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
  protected:
   void SetUp() override {
     startManager(GetParam().manager);
-    game = user.openGame(kGame, kGreen);
-    ASSERT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     deliverFor(kSettlingTime);  // the manager adds its frame
     handle = adopt(game).handle;
   }
   void cover() {
-    system().setScene(handle, white({1280, 960}));
+    system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
     EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
     deliverFor(kSettlingTime);  // the manager updates the buttons
@@ -54,7 +54,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   void uncover() {
     system().setScene(handle, {});
     system().setStyleMask(handle, kEverything);
-    EXPECT_TRUE(waitFor([&] { return user.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
     deliverFor(kSettlingTime);
   }
   /// Returns false if the condition does not become true within the reaction time.
@@ -69,18 +69,18 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return true;
   }
   [[nodiscard]] bool hasSize(int width, int height) const {
-    const PixelRect frame = user.frameOf(game);
+    const PixelRect frame = client.areaOnScreen(game);
     return frame.width == width && frame.height == height;
   }
   [[nodiscard]] bool isMaximized() const {
-    return user.frameOf(game).width > 1200 && user.frameOf(game).height > 850;
+    return client.areaOnScreen(game).width > 1200 && client.areaOnScreen(game).height > 850;
   }
   [[nodiscard]] bool isIconic() const {
-    const auto state = user.numbers(game, "WM_STATE");
+    const auto state = client.numbers(game, "WM_STATE");
     return !state.empty() && state.front() == 3;
   }
   bool isWhite() {
-    return waitFor([&] { return user.picture(game).isAll(kWhite); });
+    return waitFor([&] { return client.screenPicture(game).isAll(kWhite); });
   }
 
   /// The names of the controls that the user can use with the mouse.
@@ -98,50 +98,50 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return controls;
   }
   std::string effectOfClick(ButtonOffset offset) {
-    const PixelRect frame = user.frameOf(game);
+    const PixelRect frame = client.areaOnScreen(game);
     std::string effect;
-    user.events();
-    user.click(frame.x + frame.width + offset.x, frame.y + offset.y);
+    client.takeEventTypes();
+    client.click(frame.x + frame.width + offset.x, frame.y + offset.y);
     becomesTrue([&] {
       if (isIconic()) {
         effect = "miniaturise";
       } else if (isMaximized()) {
         effect = "maximise";
-      } else if (std::ranges::count(user.events(), XCB_CLIENT_MESSAGE) > 0) {
+      } else if (std::ranges::count(client.takeEventTypes(), XCB_CLIENT_MESSAGE) > 0) {
         effect = "close";
       }
       return !effect.empty();
     });
     if (effect == "miniaturise") {
-      EXPECT_TRUE(waitFor([&] { return !user.isViewable(game); }));
+      EXPECT_TRUE(waitFor([&] { return !client.isViewable(game); }));
       deliverFor(kSettlingTime);  // xfwm4 ignores requests while it hides the window
-      user.requestActivation(game);
-      EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+      client.requestActivation(game);
+      EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     } else if (effect == "maximise") {
-      user.requestState(game, false, kMaximizedVert, kMaximizedHorz);
-      EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == frame; }));
+      client.requestState(game, false, kMaximizedVert, kMaximizedHorz);
+      EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == frame; }));
     }
     // If xfwm4 removes buttons, the click can hit the button that shades (rolls up) the window.
     // This request unshades the window.
-    user.requestState(game, false, "_NET_WM_STATE_SHADED");
+    client.requestState(game, false, "_NET_WM_STATE_SHADED");
     deliverFor(kSettlingTime);
     return effect;
   }
   bool isResizedByDrag() {
-    const PixelRect before = user.frameOf(game);
-    const auto extents = user.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
+    const PixelRect before = client.areaOnScreen(game);
+    const auto extents = client.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
     for (const int inset : {2, 5}) {
       const int right = before.x + before.width + static_cast<int>(extents.at(1)) - inset;
       const int bottom = before.y + before.height + static_cast<int>(extents.at(3)) - inset;
-      user.movePointer(right, bottom);
-      user.press();
+      client.movePointer(right, bottom);
+      client.pressButton();
       for (int step = 10; step <= 40; step += 10) {
-        user.movePointer(right + step, bottom + step);
+        client.movePointer(right + step, bottom + step);
         deliverFor(0.02);
       }
-      user.release();
+      client.releaseButton();
       const bool isResized = becomesTrue([&] { return !hasSize(before.width, before.height); });
-      user.configure(game, before);
+      client.configure(game, before);
       EXPECT_TRUE(waitFor([&] { return hasSize(before.width, before.height); }));
       deliverFor(kSettlingTime);
       if (isResized) {
@@ -159,24 +159,24 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
 };
 
 TEST_P(X11StyleManagers, RemoveTheUsersControlsAndRestoreThem) {
-  const auto hintsBefore = user.property(game, "WM_NORMAL_HINTS");
+  const auto hintsBefore = client.property(game, "WM_NORMAL_HINTS");
   const std::vector<std::string> controlsBefore = workingControls();
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
   cover();
-  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " " +
+  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " " +
                                std::to_string(GetParam().keptControls)));
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
   uncover();
-  EXPECT_EQ(user.property(game, "WM_NORMAL_HINTS"), hintsBefore);
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), hintsBefore);
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 
 TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
   cover();
-  PixelRect frame = user.frameOf(game);
+  PixelRect frame = client.areaOnScreen(game);
   frame.width = 800;
   frame.height = 500;
-  user.configure(game, frame);
+  client.configure(game, frame);
   EXPECT_TRUE(waitFor([&] { return hasSize(800, 500); }));
   EXPECT_TRUE(isWhite());
   uncover();
@@ -185,12 +185,12 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
 
 TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
   cover();
-  user.requestState(game, true, kMaximizedVert, kMaximizedHorz);
+  client.requestState(game, true, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
   EXPECT_TRUE(isWhite());
   const NSWindowStyleMask kept = GetParam().keptControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains(line("controls kept", handle) + " " + std::to_string(kept));
+    return reports.contains(reportLine("controls kept", handle) + " " + std::to_string(kept));
   }));
   uncover();
   EXPECT_TRUE(isMaximized());
@@ -198,16 +198,16 @@ TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
 
 TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
   cover();
-  const PixelRect before = user.frameOf(game);
-  user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == kScreen; }));
+  const PixelRect before = client.areaOnScreen(game);
+  client.requestState(game, true, kFullscreen);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   EXPECT_TRUE(isWhite());
-  user.requestState(game, false, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == before; }));
-  user.requestState(game, true, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return user.frameOf(game) == kScreen; }));
+  client.requestState(game, false, kFullscreen);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == before; }));
+  client.requestState(game, true, kFullscreen);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   uncover();
-  EXPECT_EQ(user.frameOf(game), kScreen);
+  EXPECT_EQ(client.areaOnScreen(game), kScreen);
 }
 
 INSTANTIATE_TEST_SUITE_P(

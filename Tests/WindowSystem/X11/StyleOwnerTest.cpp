@@ -19,7 +19,7 @@ constexpr std::string_view kNormal = "WM_NORMAL_HINTS";
 class X11StyleOwner : public X11Test {
  protected:
   Property motif(std::vector<std::uint32_t> fields) {
-    return Property::ofNumbers(user.atom(kMotif), fields);
+    return Property::ofNumbers(client.atom(kMotif), fields);
   }
   static Property sizes(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
     std::array<std::uint32_t, 18> fields{flags};
@@ -37,89 +37,89 @@ class X11StyleOwner : public X11Test {
     deliver();
   }
   [[nodiscard]] bool hasNoControls() const {
-    const auto hints = user.numbers(game, kMotif);
+    const auto hints = client.numbers(game, kMotif);
     return (hints.at(0) & 1U) == 1 && hints.at(1) == 4;
   }
 
-  xcb_window_t game = user.openGame(kGame, 0);
+  xcb_window_t game = client.openGameWindow(kGame, 0);
   WindowHandle handle = WindowHandle::None;
 };
 
 TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
   handle = adopt(game).handle;
-  user.setProperty(game, kNormal, sizes(16 | 32, 500, 500));
+  client.setProperty(game, kNormal, sizes(16 | 32, 500, 500));
   deliver();
-  EXPECT_TRUE(reports.contains(line("style", handle) + " 7"));
-  user.setProperty(game, kNormal, sizes(16 | 32, 500, 900));
+  EXPECT_TRUE(reports.contains(reportLine("style", handle) + " 7"));
+  client.setProperty(game, kNormal, sizes(16 | 32, 500, 900));
   deliver();
-  EXPECT_TRUE(reports.contains(line("style", handle) + " 15"));
+  EXPECT_TRUE(reports.contains(reportLine("style", handle) + " 15"));
   EXPECT_EQ(reports.count("style"), 2);
 }
 
 TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
   const Property noControls = motif({1, 4, 0, 0, 0});
-  user.setProperty(game, kMotif, noControls);
+  client.setProperty(game, kMotif, noControls);
   handle = adopt(game).handle;
-  user.setProperty(game, kMotif, std::nullopt);
+  client.setProperty(game, kMotif, std::nullopt);
   deliver();
-  ASSERT_TRUE(reports.contains(line("style", handle) + " 15"));
+  ASSERT_TRUE(reports.contains(reportLine("style", handle) + " 15"));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   // The owner first writes the value that the back end would write. The owner then replaces this
   // value.
   const Property restricted = motif({3, 4, 26, 0, 0});
-  user.setProperty(game, kMotif, restricted);
+  client.setProperty(game, kMotif, restricted);
   handle = adopt(game).handle;
   const Property ownersHints = motif({3, 4 | 8, 26, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
+  client.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   cover();
   for (const auto& ownersHints :
        {std::optional(motif({3, 62, 126, 0, 0})), std::optional<Property>()}) {
-    user.setProperty(game, kMotif, ownersHints);
-    user.setProperty(game, kNormal, sizes(16 | 32, 100, 1000));
+    client.setProperty(game, kMotif, ownersHints);
+    client.setProperty(game, kNormal, sizes(16 | 32, 100, 1000));
     deliver();
     EXPECT_TRUE(hasNoControls());
   }
   uncover();
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(user.property(game, kNormal), sizes(16 | 32, 100, 1000));
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormal), sizes(16 | 32, 100, 1000));
 }
 
 TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
-  user.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
+  client.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
-  auto decorations = user.numbers(game, kMotif);
+  auto decorations = client.numbers(game, kMotif);
   decorations[2] &= ~8U;  // the owner removes the title
-  user.setProperty(game, kMotif, motif(decorations));
+  client.setProperty(game, kMotif, motif(decorations));
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
-  EXPECT_EQ(user.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
+  EXPECT_EQ(client.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeAnotherMaskAreRestored) {
   cover();
   const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersMotif);
+  client.setProperty(game, kMotif, ownersMotif);
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
   uncover();
-  EXPECT_EQ(user.property(game, kMotif), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotif), ownersMotif);
 }
 
 TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreKept) {
@@ -127,11 +127,11 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   deliverFor(0.3);
   cover();
   system().setStyleMask(handle, kEverything);
-  ASSERT_EQ(user.property(game, kMotif), motif({3, 1, 1, 0, 0}));
+  ASSERT_EQ(client.property(game, kMotif), motif({3, 1, 1, 0, 0}));
   const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersMotif);
+  client.setProperty(game, kMotif, ownersMotif);
   deliverFor(0.5);
-  EXPECT_EQ(user.property(game, kMotif), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotif), ownersMotif);
 }
 
 TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRestoring) {
@@ -143,7 +143,7 @@ TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRest
   deliverFor(0.5);
   EXPECT_TRUE(hasNoControls());
   system().setStyleMask(handle, kEverything);
-  EXPECT_TRUE(waitFor([&] { return user.property(game, kMotif) == std::nullopt; }));
+  EXPECT_TRUE(waitFor([&] { return client.property(game, kMotif) == std::nullopt; }));
 }
 
 TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
@@ -153,48 +153,48 @@ TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
   const Nanoseconds start = steadyNow();
   takeSystem() = nullptr;
   EXPECT_LT(steadyNow() - start, kNanosecondsPerSecond);
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
   cover();
-  user.setProperty(game, kMotif, motif({1, 4 | 8 | 32, 0, 0, 0}));
+  client.setProperty(game, kMotif, motif({1, 4 | 8 | 32, 0, 0, 0}));
   deliver();
   EXPECT_EQ(reports.count("style"), 0);
   uncover();
-  EXPECT_TRUE(reports.contains(line("style", handle) + " 7"));
+  EXPECT_TRUE(reports.contains(reportLine("style", handle) + " 7"));
 }
 
 TEST_F(X11StyleOwner, OverridingAddsNoFunctionsOrDecorations) {
   // The hints allow resizing (but not maximising), miniaturising and closing. The only decoration
   // is the title.
-  user.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
+  client.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
   handle = adopt(game).handle;
   ASSERT_EQ(reports.count("style"), 0);
   system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2 | 8, 8, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2 | 8, 8, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
-  user.setProperty(game, kMotif, motif({2, 0, 0, 0, 0}));
+  client.setProperty(game, kMotif, motif({2, 0, 0, 0, 0}));
   cover();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
   const Property ownersMotif = motif({1, 4, 0, 7});
   const Property ownersSizes = sizes(16 | 32, 500, 500);
-  user.setProperty(game, kMotif, ownersMotif);
-  user.setProperty(game, kNormal, ownersSizes);
+  client.setProperty(game, kMotif, ownersMotif);
+  client.setProperty(game, kNormal, ownersSizes);
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_NE(user.property(game, kMotif), ownersMotif);  // the override removes the decorations
-  EXPECT_EQ(user.property(game, kNormal), ownersSizes);
+  EXPECT_NE(client.property(game, kMotif), ownersMotif);  // the override removes the decorations
+  EXPECT_EQ(client.property(game, kNormal), ownersSizes);
 }
 
 TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
@@ -207,13 +207,13 @@ TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
     for (std::uint32_t next = 1; next <= kRounds; ++next) {
       round.wait(next - 1);
       const Property value = motif({1, 62, 0, next, 0});
-      xcb_change_property(owner.get(), XCB_PROP_MODE_REPLACE, game, value.type, value.type, 32, 5,
-                          value.bytes.data());
-      xcb_flush(owner.get());
+      xcb_change_property(owner.connection(), XCB_PROP_MODE_REPLACE, game, value.type, value.type,
+                          32, 5, value.bytes.data());
+      xcb_flush(owner.connection());
       writtenRound = next;
       writtenRound.notify_one();
     }
-    owner.settle();
+    owner.waitForServer();
   });
   std::uint32_t lostCount = 0;
   for (std::uint32_t next = 1; next <= kRounds; ++next) {
@@ -225,7 +225,7 @@ TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
     writtenRound.wait(next - 1);
     deliver();
     uncover();
-    lostCount += user.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
+    lostCount += client.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
   }
   writer.join();
   EXPECT_EQ(lostCount, 0U);

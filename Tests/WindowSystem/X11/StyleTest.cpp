@@ -19,19 +19,19 @@ constexpr std::string_view kNormal = "WM_NORMAL_HINTS";
 
 class X11Style : public X11Test {
  protected:
-  xcb_window_t game = user.openGame(kGame, 0);
+  xcb_window_t game = client.openGameWindow(kGame, 0);
 
   Property motif(std::vector<std::uint32_t> fields) {
-    return Property::ofNumbers(user.atom(kMotif), fields);
+    return Property::ofNumbers(client.atom(kMotif), fields);
   }
 };
 
 TEST_F(X11Style, AdoptionDoesNotChangeTheHints) {
-  const auto normal = user.property(game, kNormal);
+  const auto normal = client.property(game, kNormal);
   adopt(game);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(user.property(game, kNormal), normal);
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormal), normal);
 }
 
 TEST_F(X11Style, OverridesTheControlsOneByOne) {
@@ -41,24 +41,24 @@ TEST_F(X11Style, OverridesTheControlsOneByOne) {
   // The first fields are the flags, the functions (resize 2, move 4, minimise 8, maximise 16, close
   // 32) and the decorations (border 2, resize handles 4, title 8, menu 16, minimise 32, maximise
   // 64).
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 36, 26, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 36, 26, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 26, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 26, 0, 0}));
 }
 
 TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
-  const auto before = user.property(game, kNormal);
+  const auto before = client.property(game, kNormal);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(user.property(game, kNormal), before);
-  user.configure(game, {0, 0, 800, 600});
+  EXPECT_EQ(client.property(game, kNormal), before);
+  client.configure(game, {0, 0, 800, 600});
   EXPECT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
-  EXPECT_EQ(user.property(game, kNormal), before);
+  EXPECT_EQ(client.property(game, kNormal), before);
 }
 
 TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
@@ -68,30 +68,30 @@ TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
       .type = XCB_ATOM_CARDINAL, .format = 32, .bytes = motif({1 | 4, 1 | 32, 77, 2, 9}).bytes};
   const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
   const Property normalBefore = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, shortHints);
-  user.setProperty(game, kMotif, motifBefore);
-  user.setProperty(game, kNormal, normalBefore);
+  client.setProperty(game, kMotif, motifBefore);
+  client.setProperty(game, kNormal, normalBefore);
   const AdoptedWindow adoptedWindow = adopt(game);
   EXPECT_EQ(adoptedWindow.styleMask, kEverything & ~NSWindowStyleMaskClosable);
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_NE(user.property(game, kMotif), motifBefore);
-  EXPECT_EQ(user.property(game, kNormal), normalBefore);
+  EXPECT_NE(client.property(game, kMotif), motifBefore);
+  EXPECT_EQ(client.property(game, kNormal), normalBefore);
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), motifBefore);
-  EXPECT_EQ(user.property(game, kNormal), normalBefore);
+  EXPECT_EQ(client.property(game, kMotif), motifBefore);
+  EXPECT_EQ(client.property(game, kNormal), normalBefore);
 }
 
 TEST_F(X11Style, RestoresMissingHints) {
-  user.setProperty(game, kNormal, std::nullopt);
+  client.setProperty(game, kNormal, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_NE(user.property(game, kMotif), std::nullopt);
+  EXPECT_NE(client.property(game, kMotif), std::nullopt);
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(user.property(game, kNormal), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormal), std::nullopt);
 }
 
 TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
@@ -99,7 +99,7 @@ TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   system().setStyleMask(handle, ~NSWindowStyleMask{0});
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
 }
 
 TEST_F(X11Style, RestoresHintsThatTheGameWroteWhileOverridden) {
@@ -107,12 +107,12 @@ TEST_F(X11Style, RestoresHintsThatTheGameWroteWhileOverridden) {
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
+  client.setProperty(game, kMotif, ownersHints);
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
@@ -120,75 +120,75 @@ TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
+  client.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, kEverything);  // no event has been delivered
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBefore) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
+  client.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeOverriding) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
+  client.setProperty(game, kMotif, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoChanges) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
-  user.settle();
+  client.waitForServer();
   const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  user.setProperty(game, kMotif, ownersHints);
-  user.settle();
+  client.setProperty(game, kMotif, ownersHints);
+  client.waitForServer();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
-  EXPECT_EQ(user.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kEverything);
   deliver();
-  EXPECT_EQ(user.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotif), ownersHints);
 }
 
 TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
-  const auto protocols = user.property(game, "WM_PROTOCOLS");
+  const auto protocols = client.property(game, "WM_PROTOCOLS");
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(user.property(game, "WM_PROTOCOLS"), protocols);
+  EXPECT_EQ(client.property(game, "WM_PROTOCOLS"), protocols);
 }
 
 TEST_F(X11Style, WithoutAWindowManagerNoControlsAreKept) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " 0"));
+  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " 0"));
 }
 
 class X11StyleWithManager : public X11Test {
  protected:
   xcb_window_t openManagedGame(Manager kind) {
     startManager(kind);
-    const xcb_window_t game = user.openGame(kGame, 0);
-    EXPECT_TRUE(waitFor([&] { return user.isViewable(game); }));
+    const xcb_window_t game = client.openGameWindow(kGame, 0);
+    EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     return game;
   }
   /// The actions for closing, miniaturising and resizing that the manager allows.
   std::vector<std::string> allowedActions(xcb_window_t game) {
-    std::vector<std::string> actions = user.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
+    std::vector<std::string> actions = client.atomNames(game, "_NET_WM_ALLOWED_ACTIONS");
     std::erase_if(actions, [](const std::string& action) {
       return action != "_NET_WM_ACTION_CLOSE" && action != "_NET_WM_ACTION_MINIMIZE" &&
              action != "_NET_WM_ACTION_RESIZE";
@@ -204,7 +204,7 @@ TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizin
   EXPECT_THAT(allowedActions(game), SizeIs(3));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  EXPECT_TRUE(reports.contains(line("controls kept", adoptedWindow.handle) + " 8"));
+  EXPECT_TRUE(reports.contains(reportLine("controls kept", adoptedWindow.handle) + " 8"));
   EXPECT_THAT(allowedActions(game), ElementsAre("_NET_WM_ACTION_RESIZE"));
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   EXPECT_TRUE(waitFor([&] { return allowedActions(game).size() == 3; }));
@@ -218,7 +218,7 @@ TEST_F(X11StyleWithManager, TheControlsThatOpenboxKeepsAreReported) {
   // Openbox removes resizing, and keeps closing (2) and miniaturising (4).
   EXPECT_THAT(allowedActions(game),
               UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
-  EXPECT_TRUE(reports.contains(line("controls kept", handle) + " 6"));
+  EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " 6"));
 }
 
 }  // namespace

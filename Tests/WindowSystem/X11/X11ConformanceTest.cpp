@@ -9,7 +9,7 @@ namespace {
 class X11Display final : public TestDisplay {
  public:
   explicit X11Display(Manager manager)
-      : user_(server_.display()), manager_(startManager(manager, server_, user_)) {
+      : client_(server_.display()), manager_(startManager(manager, server_, client_)) {
     other_ = openGame({900, 600, 100, 100});
     std::string error;
     system_ = X11WindowSystem::open(server_.display(), error);
@@ -19,36 +19,36 @@ class X11Display final : public TestDisplay {
   }
 
   WindowSystem& system() override { return *system_; }
-  void userGoesToAnotherApplication() override { user_.focus(other_); }
-  void userComesBackTo(WindowHandle window) override { user_.focus(idOf(window)); }
+  void userGoesToAnotherApplication() override { client_.focus(other_); }
+  void userComesBackTo(WindowHandle window) override { client_.focus(idOf(window)); }
   void userClosesWindow(WindowHandle window) override {
-    user_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
-    user_.settle();
+    client_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
+    client_.waitForServer();
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
-    PixelRect frame = user_.frameOf(idOf(window));
+    PixelRect frame = client_.areaOnScreen(idOf(window));
     frame.width = static_cast<int>(size.width);
     frame.height = static_cast<int>(size.height);
-    user_.configure(idOf(window), frame);
+    client_.configure(idOf(window), frame);
   }
   void otherProgramRaises(WindowHandle window, WindowHandle /*sibling*/) override {
-    user_.raise(idOf(window));
-    user_.requestActivation(idOf(window));
+    client_.raise(idOf(window));
+    client_.requestActivation(idOf(window));
   }
-  void ownerDestroysWindow(WindowHandle window) override { user_.destroy(idOf(window)); }
+  void ownerDestroysWindow(WindowHandle window) override { client_.destroy(idOf(window)); }
   void serverClosesConnection() override { server_.kill(); }
   std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }
 
  private:
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
   xcb_window_t openGame(PixelRect frame) {
-    const xcb_window_t game = user_.openGame(frame, 0);
-    eventually([this, game] { return user_.isViewable(game); });
+    const xcb_window_t game = client_.openGameWindow(frame, 0);
+    eventually([this, game] { return client_.isViewable(game); });
     return game;
   }
 
   XServer server_;
-  XClient user_;
+  XClient client_;
   Process manager_;
   xcb_window_t other_ = 0;  // gets the focus when the user leaves the application
   std::unique_ptr<X11WindowSystem> system_;
