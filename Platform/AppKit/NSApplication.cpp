@@ -53,7 +53,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.watch(windowSystem_->waitHandle());  // called first, because it may throw
   loop.setWindowSystemSource(this);
-  applyModalRuns();
+  updateModality();
 }
 
 void NSApplication::end() {
@@ -81,7 +81,7 @@ Strong<NSWindow> NSApplication::windowFor(WindowHandle handle) const {
   return entry == windowsByHandle_.end() ? nullptr : entry->second->self();
 }
 
-Strong<NSWindow> NSApplication::frontWindow() const {
+Strong<NSWindow> NSApplication::dialogOwner() const {
   if (Strong<NSWindow> main = mainWindow()) {
     return main;
   }
@@ -176,7 +176,7 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  applyModalRuns();
+  updateModality();
 }
 
 void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
@@ -214,9 +214,9 @@ Strong<NSWindow> NSApplication::modalWindow() const {
 }
 
 std::uint64_t NSApplication::addModalRun(const Strong<NSWindow>& window) {
-  modalRuns_.push_back({++lastModalRunNumber_, window});
-  applyModalRuns();
-  return lastModalRunNumber_;
+  modalRuns_.push_back({++lastModalRunId_, window});
+  updateModality();
+  return lastModalRunId_;
 }
 
 void NSApplication::beginModalRun(const Strong<NSWindow>& window) { addModalRun(window); }
@@ -225,13 +225,13 @@ void NSApplication::stopModal() {
   if (!modalRuns_.empty()) {
     const ModalRun endedRun = modalRuns_.back();  // keeps the window alive during the removal
     modalRuns_.pop_back();
-    applyModalRuns();
+    updateModality();
   }
 }
 
 void NSApplication::endModalRuns(const NSWindow* window) {
   std::erase_if(modalRuns_, [window](const ModalRun& run) { return run.window.get() == window; });
-  applyModalRuns();
+  updateModality();
 }
 
 void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
@@ -239,11 +239,10 @@ void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
     return;
   }
   const Strong<NSApplication> strongSelf = self();
-  const std::uint64_t number = addModalRun(window);
+  const std::uint64_t id = addModalRun(window);
   window->makeKeyAndOrderFront();
-  const auto isRunning = [this, number] {
-    return std::ranges::any_of(modalRuns_,
-                               [number](const ModalRun& run) { return run.number == number; });
+  const auto isRunning = [this, id] {
+    return std::ranges::any_of(modalRuns_, [id](const ModalRun& run) { return run.id == id; });
   };
   while (isRunning()) {
     NSRunLoop::mainRunLoop().runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
@@ -252,10 +251,10 @@ void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
 
 void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
   mode_ = mode;
-  applyModalRuns();
+  updateModality();
 }
 
-void NSApplication::applyModalRuns() {
+void NSApplication::updateModality() {
   const bool isModal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
   port()->setModalWindow(send(modalWindow(), &NSWindow::handle));

@@ -30,8 +30,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// and connects the application to the main run loop.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
   /// Ends the application and everything else that the process shares: see `shutDown`. Afterwards
-  /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. Must
-  /// not be called from a callback of the platform.
+  /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. A
+  /// callback of the platform must not call this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
@@ -46,11 +46,11 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
   /// The window that a dialog belongs to: the main window, else the key window, else the frontmost
   /// window, else null.
-  [[nodiscard]] Strong<NSWindow> frontWindow() const;
+  [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts another program's window. The adopted window has the class name that its owner set. It
-  /// is open as long as it exists, and counts as miniaturised while it is not on screen. On
+  /// Adopts another program's window. The adopted window has the class name that its owner set. The
+  /// window is open as long as it exists, and counts as miniaturised while it is not on screen. On
   /// failure, sets `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
 
@@ -59,7 +59,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Begins a modal run of `window` and returns. During a modal run the run loop runs in the
   /// modal-panel mode.
   void beginModalRun(const Strong<NSWindow>& window);
-  /// Ends the newest modal run, if any.
+  /// Ends the newest modal run. Does nothing without a modal run.
   void stopModal();
   /// Shows a host's own dialog: opens the window, makes it key and begins a modal run. Runs the
   /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal run.
@@ -68,9 +68,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// modal run.
   void setRunLoopMode(NSRunLoopMode mode);
 
-  /// Sets the handler of `WindowSystemDelegate::controlsKept`. The second argument contains the
-  /// controls that the window manager still offers. Borderless (0) means that the window manager
-  /// honours the style mask.
+  /// Sets the handler that is called after a change of a window's style mask. Its second argument
+  /// contains the controls that the window manager still offers although the mask excludes them.
+  /// Borderless (0) means that the window manager honours the mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
@@ -90,7 +90,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   friend void shutDown();
 
   struct ModalRun {
-    std::uint64_t number;
+    std::uint64_t id;
     Strong<NSWindow> window;
   };
 
@@ -135,7 +135,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   std::uint64_t addModalRun(const Strong<NSWindow>& window);
   void endModalRuns(const NSWindow* window);
-  void applyModalRuns();
+  // Sets the mode of the run loop and the modal window of the window system.
+  void updateModality();
   void addToScreen(const Strong<NSWindow>& window);
   void removeFromScreen(const Strong<NSWindow>& window);
 
@@ -149,7 +150,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   Weak<NSWindow> keyAtDeactivation_;
   bool isActive_ = true;
   std::vector<ModalRun> modalRuns_;
-  std::uint64_t lastModalRunNumber_ = 0;
+  std::uint64_t lastModalRunId_ = 0;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // the mode outside modal runs
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;

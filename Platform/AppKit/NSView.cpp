@@ -12,8 +12,9 @@ namespace vel {
 
 namespace {
 
-// One axis of autoresizing. The flexible parts share the change of the superview's size equally.
-struct Axis {
+// The autoresizing of a view on one axis. The flexible parts share the change of the superview's
+// size equally.
+struct AutoresizingAxis {
   bool hasFlexibleMinMargin;
   bool hasFlexibleSize;
   bool hasFlexibleMaxMargin;
@@ -29,7 +30,7 @@ struct Axis {
   }
 };
 
-bool has(NSAutoresizingMaskOptions mask, NSAutoresizingMaskOptions bit) {
+bool containsBit(NSAutoresizingMaskOptions mask, NSAutoresizingMaskOptions bit) {
   return (mask & bit) != 0;
 }
 
@@ -75,7 +76,8 @@ void NSView::addSubview(const Strong<NSView>& view) {
   addSubviewPositionedRelativeTo(view, NSWindowAbove, nullptr);
 }
 
-void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode place,
+void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
+                                            NSWindowOrderingMode orderingMode,
                                             const Strong<NSView>& other) {
   if (view == nullptr || isWithin(view.get())) {
     return;
@@ -87,9 +89,9 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindow
   }
   view->detach();
   const auto neighbour = std::ranges::find(subviews_, other);
-  auto position = place == NSWindowBelow ? subviews_.begin() : subviews_.end();
+  auto position = orderingMode == NSWindowBelow ? subviews_.begin() : subviews_.end();
   if (neighbour != subviews_.end()) {
-    position = place == NSWindowBelow ? neighbour : neighbour + 1;
+    position = orderingMode == NSWindowBelow ? neighbour : neighbour + 1;
   }
   subviews_.insert(position, view);
   view->superview_ = strongSelf;
@@ -161,18 +163,20 @@ void NSView::resizeSubviews(CGSize oldSize) {
     }
     CGRect frame = view->frame_;
     const NSAutoresizingMaskOptions mask = view->autoresizingMask_;
-    const Axis horizontal{has(mask, NSViewMinXMargin), has(mask, NSViewWidthSizable),
-                          has(mask, NSViewMaxXMargin)};
-    const Axis vertical{has(mask, NSViewMinYMargin), has(mask, NSViewHeightSizable),
-                        has(mask, NSViewMaxYMargin)};
+    const AutoresizingAxis horizontal{containsBit(mask, NSViewMinXMargin),
+                                      containsBit(mask, NSViewWidthSizable),
+                                      containsBit(mask, NSViewMaxXMargin)};
+    const AutoresizingAxis vertical{containsBit(mask, NSViewMinYMargin),
+                                    containsBit(mask, NSViewHeightSizable),
+                                    containsBit(mask, NSViewMaxYMargin)};
     horizontal.apply(size.width - oldSize.width, frame.origin.x, frame.size.width);
     vertical.apply(size.height - oldSize.height, frame.origin.y, frame.size.height);
     view->setFrame(frame);
   }
 }
 
-// The last equality constraint sets each length. Without an equality constraint, the length is
-// the smallest length that satisfies all lower bounds.
+// The last equality constraint of each attribute sets the length. Without an equality constraint,
+// the length is the smallest length that satisfies all lower bounds.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {
@@ -188,7 +192,8 @@ CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   return size;
 }
 
-// Sets the size before the position: the position of a centre depends on the size.
+// Computes the size before the origin: if constraints fix the centre, the origin depends on the
+// size.
 void NSView::layOutSubviews() {
   for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
     NSArray<NSLayoutConstraint> constraints;

@@ -57,7 +57,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   void addSubview(const Strong<NSView>& view);
   /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds it
   /// in front of all subviews or behind them.
-  void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode place,
+  void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode orderingMode,
                                       const Strong<NSView>& other);
   /// Removes the view from its superview, or from the window whose content view it is. The view's
   /// controllers disappear. Does nothing if the view has no superview and no window.

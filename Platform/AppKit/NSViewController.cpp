@@ -62,11 +62,11 @@ void NSViewController::recordStep(LifeCycleStep step) {
 std::uint64_t NSViewController::beginShowing() {
   isShown_ = true;
   recordedSteps_.reset();
-  return ++showingNumber_;
+  return ++currentShowingId_;
 }
 
-void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showingNumber) {
-  if (!isShown_ || showingNumber != showingNumber_) {
+void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showingId) {
+  if (!isShown_ || showingId != currentShowingId_) {
     return;
   }
   // The showing ends before the last step is sent: the step may begin another showing.
@@ -110,7 +110,7 @@ void NSViewController::presentViewControllerAsModalWindow(
   }
   Strong<NSWindow> owner = isViewLoaded() ? view_->window() : nullptr;
   if (owner == nullptr || !owner->isVisible()) {
-    owner = send(NSApp, &NSApplication::frontWindow);
+    owner = send(NSApp, &NSApplication::dialogOwner);
   }
   const auto window = NSWindow::makePresentationWindow(
       WindowKind::Modal, presentationSize(*controller), owner,

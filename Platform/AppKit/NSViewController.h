@@ -54,8 +54,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   [[nodiscard]] NSArray<NSViewController> childViewControllers() const { return children_; }
   [[nodiscard]] Strong<NSViewController> parentViewController() const { return parent_.lock(); }
 
-  /// Shows `controller` in its own window, begins a modal run of that window and returns
-  /// immediately.
+  /// Shows `controller` in a new window, begins a modal run of that window and returns immediately.
   /// Does nothing if `controller` is already presented. A controller may present itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
@@ -88,10 +87,10 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   friend class DisappearanceTransition;
   friend class NSWindow;
 
-  // Begins a showing and returns its number.
+  // Begins a showing and returns its id.
   std::uint64_t beginShowing();
-  // Sends the step, unless the showing has ended or the step has already run in the showing.
-  void sendStep(LifeCycleStep step, std::uint64_t showingNumber);
+  // Sends the step. Does nothing if the showing has ended or the step has already run.
+  void sendStep(LifeCycleStep step, std::uint64_t showingId);
   void recordStep(LifeCycleStep step);
   // These two functions set and remove the links between the presenting and the presented
   // controller.
@@ -106,7 +105,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   Weak<NSViewController> presentingController_;
   Weak<NSWindow> presentationWindow_;
   bool isShown_ = false;
-  std::uint64_t showingNumber_ = 0;
+  std::uint64_t currentShowingId_ = 0;
   std::bitset<4> recordedSteps_;
 };
 

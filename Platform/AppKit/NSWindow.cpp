@@ -156,11 +156,11 @@ void NSWindow::realize() {
   }
 }
 
-void NSWindow::orderFront() { open(false); }
+void NSWindow::orderFront() { open(KeyRequest::None); }
 
-void NSWindow::makeKeyAndOrderFront() { open(true); }
+void NSWindow::makeKeyAndOrderFront() { open(KeyRequest::MakeKey); }
 
-void NSWindow::open(bool shouldBecomeKey) {
+void NSWindow::open(KeyRequest keyRequest) {
   if (NSApp == nullptr || isMiniaturized_) {
     return;
   }
@@ -183,7 +183,7 @@ void NSWindow::open(bool shouldBecomeKey) {
   if (isOpening) {
     notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowOpened(*this); });
   }
-  if (shouldBecomeKey) {
+  if (keyRequest == KeyRequest::MakeKey) {
     makeKeyWindow();
   }
   appearance.sendDidAppear();

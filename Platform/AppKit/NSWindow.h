@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -88,7 +89,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// window becomes key. Ends the presentation of a modal window or sheet. The window can be opened
   /// again.
   void close();
-  /// Closes the window, because the platform layer has no other hidden state.
+  /// Closes the window, because the platform layer cannot hide an open window.
   void orderOut() { close(); }
   /// Closes the window if it has a close control.
   void performClose();
@@ -143,9 +144,10 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void makeContentView();
   void replaceContentView(const Strong<NSView>& view);
   void clearContentView() { contentView_ = nullptr; }
-  // Creates the window in the window system, unless the window system already has the window.
+  // Creates the window in the window system. Does nothing if the window has a handle.
   void realize();
-  void open(bool shouldBecomeKey);
+  enum class KeyRequest : std::uint8_t { None, MakeKey };
+  void open(KeyRequest keyRequest);
   void endPresentation();
   // The application calls these functions when the window system reports an event.
   void frameChanged(CGRect frame);

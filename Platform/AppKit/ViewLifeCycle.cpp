@@ -8,42 +8,45 @@ namespace vel {
 
 namespace {
 
-void collect(const Strong<NSView>& view, bool isShown, NSArray<NSViewController>& controllers) {
+enum class Visibility : std::uint8_t { Hidden, Shown };
+
+void collectControllers(const Strong<NSView>& view, Visibility visibility,
+                        NSArray<NSViewController>& controllers) {
   if (view == nullptr) {
     return;
   }
   if (const Strong<NSViewController> controller = view->viewController();
-      controller != nullptr && controller->isShown() == isShown) {
+      controller != nullptr && controller->isShown() == (visibility == Visibility::Shown)) {
     controllers.push_back(controller);
   }
-  for (const Strong<NSView>& inner : view->subviews()) {
-    collect(inner, isShown, controllers);
+  for (const Strong<NSView>& subview : view->subviews()) {
+    collectControllers(subview, visibility, controllers);
   }
 }
 
-NSArray<NSViewController> controllersIn(const Strong<NSView>& view, bool isShown) {
+NSArray<NSViewController> controllersIn(const Strong<NSView>& view, Visibility visibility) {
   NSArray<NSViewController> controllers;
-  collect(view, isShown, controllers);
+  collectControllers(view, visibility, controllers);
   return controllers;
 }
 
 }  // namespace
 
 AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
-  for (const Strong<NSViewController>& controller : controllersIn(view, false)) {
+  for (const Strong<NSViewController>& controller : controllersIn(view, Visibility::Hidden)) {
     showings_.push_back({controller, controller->beginShowing()});
   }
 }
 
 void AppearanceTransition::sendWillAppear() {
   for (const Showing& showing : showings_) {
-    showing.controller->sendStep(LifeCycleStep::WillAppear, showing.number);
+    showing.controller->sendStep(LifeCycleStep::WillAppear, showing.id);
   }
 }
 
 void AppearanceTransition::sendDidAppear() {
   for (const Showing& showing : showings_) {
-    showing.controller->sendStep(LifeCycleStep::DidAppear, showing.number);
+    showing.controller->sendStep(LifeCycleStep::DidAppear, showing.id);
   }
 }
 
@@ -52,22 +55,22 @@ void DisappearanceTransition::sendWillDisappear() {
   for (addNewShowings(); next < showings_.size(); addNewShowings()) {
     for (; next < showings_.size(); ++next) {
       const Showing& showing = showings_[next];
-      showing.controller->sendStep(LifeCycleStep::WillDisappear, showing.number);
+      showing.controller->sendStep(LifeCycleStep::WillDisappear, showing.id);
     }
   }
 }
 
 void DisappearanceTransition::addNewShowings() {
-  for (const Strong<NSViewController>& controller : controllersIn(view_, true)) {
+  for (const Strong<NSViewController>& controller : controllersIn(view_, Visibility::Shown)) {
     if (std::ranges::find(showings_, controller, &Showing::controller) == showings_.end()) {
-      showings_.push_back({controller, controller->showingNumber_});
+      showings_.push_back({controller, controller->currentShowingId_});
     }
   }
 }
 
 void DisappearanceTransition::sendDidDisappear() {
   for (const Showing& showing : showings_) {
-    showing.controller->sendStep(LifeCycleStep::DidDisappear, showing.number);
+    showing.controller->sendStep(LifeCycleStep::DidDisappear, showing.id);
   }
 }
 

@@ -9,11 +9,11 @@
 
 namespace vel {
 
-/// A showing: the period during which a controller is shown. The number distinguishes the showing
-/// from other showings of the same controller.
+/// A showing: the period during which a controller is shown. The id distinguishes the showing from
+/// other showings of the same controller.
 struct Showing {
   Strong<NSViewController> controller;
-  std::uint64_t number = 0;
+  std::uint64_t id = 0;
 };
 
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller

@@ -247,12 +247,12 @@ TEST_F(MainWindowTest, StaysMainWhenAnotherWindowCloses) {
 }
 
 TEST_F(MainWindowTest, TheFrontWindowIsTheMainWindowOrElseTheForemost) {
-  EXPECT_EQ(nameOf(NSApp->frontWindow()), "none");
+  EXPECT_EQ(nameOf(NSApp->dialogOwner()), "none");
   const auto back = open("A");
   open("B");
-  EXPECT_EQ(nameOf(NSApp->frontWindow()), "B");
+  EXPECT_EQ(nameOf(NSApp->dialogOwner()), "B");
   back->makeKeyWindow();
-  EXPECT_EQ(nameOf(NSApp->frontWindow()), "A");
+  EXPECT_EQ(nameOf(NSApp->dialogOwner()), "A");
 }
 
 }  // namespace

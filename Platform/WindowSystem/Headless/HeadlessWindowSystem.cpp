@@ -2,7 +2,7 @@
 
 namespace vel {
 
-HeadlessWindowSystem::Window* HeadlessWindowSystem::find(WindowHandle window) {
+HeadlessWindowSystem::Window* HeadlessWindowSystem::findWindow(WindowHandle window) {
   const auto position = windows_.find(window);
   return position == windows_.end() ? nullptr : &position->second;
 }
@@ -30,14 +30,14 @@ void HeadlessWindowSystem::releaseWindow(WindowHandle window) {
 }
 
 void HeadlessWindowSystem::orderFront(WindowHandle window) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->isOnScreen = true;
     state->isMiniaturized = false;
   }
 }
 
 void HeadlessWindowSystem::orderOut(WindowHandle window) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->isOnScreen = false;
   }
   if (focus_ == window) {
@@ -46,7 +46,7 @@ void HeadlessWindowSystem::orderOut(WindowHandle window) {
 }
 
 void HeadlessWindowSystem::requestFocus(WindowHandle window) {
-  const Window* const state = find(window);
+  const Window* const state = findWindow(window);
   if (state == nullptr || !state->isOnScreen || ignoresFocusRequests_) {
     return;
   }
@@ -57,7 +57,7 @@ void HeadlessWindowSystem::requestFocus(WindowHandle window) {
 }
 
 void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
-  Window* const state = find(window);
+  Window* const state = findWindow(window);
   if (state == nullptr || state->isMiniaturized == miniaturized) {
     return;
   }
@@ -72,31 +72,31 @@ void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool miniatu
 }
 
 void HeadlessWindowSystem::setFrame(WindowHandle window, CGRect frame) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->description.frame = frame;
   }
 }
 
 void HeadlessWindowSystem::setTitle(WindowHandle window, std::string_view title) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->description.title = title;
   }
 }
 
 void HeadlessWindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->description.styleMask = styleMask;
   }
 }
 
 void HeadlessWindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->description.isMovableByBackground = movable;
   }
 }
 
 void HeadlessWindowSystem::setScene(WindowHandle window, const Scene& scene) {
-  if (Window* const state = find(window)) {
+  if (Window* const state = findWindow(window)) {
     state->scene = scene;
   }
 }
@@ -122,7 +122,7 @@ void HeadlessWindowSystem::userActivatesApplication() {
 }
 
 void HeadlessWindowSystem::userClosesWindow(WindowHandle window) {
-  const Window* const state = find(window);
+  const Window* const state = findWindow(window);
   if (state != nullptr && delegate_ != nullptr &&
       (state->description.styleMask & NSWindowStyleMaskClosable) != 0) {
     delegate_->closeRequested(window);
@@ -130,7 +130,7 @@ void HeadlessWindowSystem::userClosesWindow(WindowHandle window) {
 }
 
 void HeadlessWindowSystem::userResizesWindow(WindowHandle window, CGRect frame) {
-  Window* const state = find(window);
+  Window* const state = findWindow(window);
   if (state == nullptr) {
     return;
   }
@@ -141,7 +141,7 @@ void HeadlessWindowSystem::userResizesWindow(WindowHandle window, CGRect frame) 
 }
 
 void HeadlessWindowSystem::ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask) {
-  Window* const state = find(window);
+  Window* const state = findWindow(window);
   if (state == nullptr) {
     return;
   }
@@ -159,7 +159,7 @@ void HeadlessWindowSystem::userOrdersWindows(const std::vector<WindowHandle>& wi
 
 void HeadlessWindowSystem::windowManagerKeepsControls(WindowHandle window,
                                                       NSWindowStyleMask controls) {
-  if (find(window) != nullptr && delegate_ != nullptr) {
+  if (findWindow(window) != nullptr && delegate_ != nullptr) {
     delegate_->controlsKept(window, controls);
   }
 }
@@ -176,7 +176,7 @@ void HeadlessWindowSystem::ownerDestroysWindow(WindowHandle window) {
 void HeadlessWindowSystem::serverClosesConnection(std::string_view reason) {
   windows_.clear();
   focus_ = WindowHandle::None;
-  modal_ = WindowHandle::None;
+  modalWindow_ = WindowHandle::None;
   if (delegate_ != nullptr) {
     delegate_->displayLost(reason);
   }

@@ -38,7 +38,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) override;
   void setMovableByBackground(WindowHandle window, bool movable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
-  void setModalWindow(WindowHandle window) override { modal_ = window; }
+  void setModalWindow(WindowHandle window) override { modalWindow_ = window; }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   /// Moves the focus away from the application's windows without deactivating the application.
@@ -66,16 +66,16 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   [[nodiscard]] const Window* window(WindowHandle window) const;
   [[nodiscard]] std::size_t windowCount() const { return windows_.size(); }
   [[nodiscard]] WindowHandle focus() const { return focus_; }
-  [[nodiscard]] WindowHandle modalWindow() const { return modal_; }
+  [[nodiscard]] WindowHandle modalWindow() const { return modalWindow_; }
 
  private:
-  Window* find(WindowHandle window);
+  Window* findWindow(WindowHandle window);
 
   WindowSystemDelegate* delegate_ = nullptr;
   std::map<WindowHandle, Window> windows_;
   std::uint64_t lastHandle_ = 0;
   WindowHandle focus_ = WindowHandle::None;
-  WindowHandle modal_ = WindowHandle::None;
+  WindowHandle modalWindow_ = WindowHandle::None;
   bool ignoresFocusRequests_ = false;
 };
 
