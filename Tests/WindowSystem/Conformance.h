@@ -70,8 +70,8 @@ class Conformance : public testing::TestWithParam<Backend> {
   ReportListener reports;
 };
 
-inline std::string nameOfBackend(const testing::TestParamInfo<Backend>& tested) {
-  return tested.param.name;
+inline std::string nameOfBackend(const testing::TestParamInfo<Backend>& testInfo) {
+  return testInfo.param.name;
 }
 
 }  // namespace vel::test

@@ -58,11 +58,11 @@ namespace {
 // Windows
 
 TEST_P(Conformance, EachWindowHasItsOwnHandle) {
-  const WindowHandle first = create();
-  const WindowHandle second = create();
-  EXPECT_NE(first, WindowHandle::None);
-  EXPECT_NE(second, WindowHandle::None);
-  EXPECT_NE(first, second);
+  const WindowHandle firstWindow = create();
+  const WindowHandle secondWindow = create();
+  EXPECT_NE(firstWindow, WindowHandle::None);
+  EXPECT_NE(secondWindow, WindowHandle::None);
+  EXPECT_NE(firstWindow, secondWindow);
 }
 
 TEST_P(Conformance, AWindowThatHasNotBeenShownCausesNoReports) {
@@ -115,9 +115,9 @@ TEST_P(Conformance, ARequestedFocusIsReported) {
 
 TEST_P(Conformance, AFocusChangeWithinTheApplicationDoesNotDeactivateIt) {
   openFocused();
-  const WindowHandle second = open();
-  system().requestFocus(second);
-  EXPECT_TRUE(waitFor("focus " + nameOf(second)));
+  const WindowHandle secondWindow = open();
+  system().requestFocus(secondWindow);
+  EXPECT_TRUE(waitFor("focus " + nameOf(secondWindow)));
   deliver();
   EXPECT_FALSE(reports.contains("deactivated"));
 }
@@ -143,10 +143,10 @@ TEST_P(Conformance, DeactivationAndActivationAreReportedOnceEach) {
 // Stacking order, frames, controls, miniaturising
 
 TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReported) {
-  const WindowHandle first = openFocused();
-  const WindowHandle second = openFocused();
-  display->otherProgramRaises(first, second);
-  const std::vector expected{first, second};
+  const WindowHandle firstWindow = openFocused();
+  const WindowHandle secondWindow = openFocused();
+  display->otherProgramRaises(firstWindow, secondWindow);
+  const std::vector expected{firstWindow, secondWindow};
   EXPECT_TRUE(deliverUntil(
       system(), [&] { return !reports.orders.empty() && reports.orders.back() == expected; }));
 }
@@ -155,7 +155,9 @@ TEST_P(Conformance, AFrameSetByAnotherProgramIsReported) {
   const WindowHandle window = open();
   deliver();
   display->otherProgramResizes(window, {400, 260});
-  EXPECT_TRUE(deliverUntil(system(), [this] { return reports.frame.size == CGSize{400, 260}; }));
+  EXPECT_TRUE(deliverUntil(system(), [this] {
+    return reports.lastFrame.size == CGSize{400, 260};
+  }));
 }
 
 TEST_P(Conformance, ACloseRequestDoesNotCloseTheWindow) {
@@ -209,9 +211,9 @@ TEST_P(Conformance, MiniaturizingIsReportedIfTheBackEndMiniaturizes) {
 
 TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
   const WindowHandle window = open();
-  const Scene red{
+  const Scene redScene{
       {.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 320, 200), .color = {1, 0, 0, 1}}};
-  system().setScene(window, red);
+  system().setScene(window, redScene);
   deliver();
   EXPECT_EQ(system().picture(window).has_value(), GetParam().hasScreen);
   if (GetParam().hasScreen) {
@@ -257,24 +259,24 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
     return;
   }
   std::string error;
-  auto adopted = system().adoptWindow(id, error);
-  ASSERT_TRUE(adopted.has_value()) << error;
-  EXPECT_EQ(adopted->className, "PlayerWindow");
-  EXPECT_EQ(adopted->frame.size, (CGSize{200, 160}));
-  EXPECT_EQ(adopted->styleMask, 15U);
-  EXPECT_TRUE(adopted->isOnScreen);
+  auto adoptedWindow = system().adoptWindow(id, error);
+  ASSERT_TRUE(adoptedWindow.has_value()) << error;
+  EXPECT_EQ(adoptedWindow->className, "PlayerWindow");
+  EXPECT_EQ(adoptedWindow->frame.size, (CGSize{200, 160}));
+  EXPECT_EQ(adoptedWindow->styleMask, 15U);
+  EXPECT_TRUE(adoptedWindow->isOnScreen);
   // Releasing the window restores its style mask.
-  system().setStyleMask(adopted->handle, NSWindowStyleMaskTitled);
-  system().releaseWindow(adopted->handle);
+  system().setStyleMask(adoptedWindow->handle, NSWindowStyleMaskTitled);
+  system().releaseWindow(adoptedWindow->handle);
   deliver();
-  adopted = system().adoptWindow(id, error);
-  ASSERT_TRUE(adopted.has_value()) << error;
-  EXPECT_TRUE(adopted->isOnScreen);
-  EXPECT_EQ(adopted->styleMask, 15U);
-  system().requestFocus(adopted->handle);
-  EXPECT_TRUE(waitFor("focus " + nameOf(adopted->handle)));
-  display->ownerDestroysWindow(adopted->handle);
-  EXPECT_TRUE(waitFor("destroyed " + nameOf(adopted->handle)));
+  adoptedWindow = system().adoptWindow(id, error);
+  ASSERT_TRUE(adoptedWindow.has_value()) << error;
+  EXPECT_TRUE(adoptedWindow->isOnScreen);
+  EXPECT_EQ(adoptedWindow->styleMask, 15U);
+  system().requestFocus(adoptedWindow->handle);
+  EXPECT_TRUE(waitFor("focus " + nameOf(adoptedWindow->handle)));
+  display->ownerDestroysWindow(adoptedWindow->handle);
+  EXPECT_TRUE(waitFor("destroyed " + nameOf(adoptedWindow->handle)));
 }
 
 // Events and the connection
@@ -289,8 +291,8 @@ TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
 TEST_P(Conformance, AnEventIsReportedAtOnceOrTheDescriptorBecomesReadable) {
   const WindowHandle window = openFocused();
   display->otherProgramResizes(window, {400, 260});
-  const bool reportedAtOnce = reports.count("frame") > 0;
-  if (!reportedAtOnce) {
+  const bool isReportedAtOnce = reports.count("frame") > 0;
+  if (!isReportedAtOnce) {
     ASSERT_TRUE(system().waitHandle().isValid());
     waitForInput(system().waitHandle().descriptor(),
                  std::min(system().nextDeadline(), steadyNow() + kTimeout));
@@ -308,10 +310,10 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
   // A later delegate receives no earlier reports.
-  ReportListener later;
-  system().setDelegate(&later);
+  ReportListener laterDelegate;
+  system().setDelegate(&laterDelegate);
   deliver();
-  EXPECT_THAT(later.lines, IsEmpty());
+  EXPECT_THAT(laterDelegate.lines, IsEmpty());
   system().setDelegate(nullptr);
 }
 

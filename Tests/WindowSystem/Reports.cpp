@@ -33,7 +33,7 @@ void ReportListener::windowDestroyed(WindowHandle window) {
   lines.push_back("destroyed " + nameOf(window));
 }
 void ReportListener::frameChanged(WindowHandle window, CGRect newFrame) {
-  frame = newFrame;
+  lastFrame = newFrame;
   lines.push_back("frame " + nameOf(window));
 }
 void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized) {
@@ -71,8 +71,8 @@ Nanoseconds steadyNow() {
 
 void waitForInput(int descriptor, Nanoseconds deadline) {
   pollfd input{descriptor, POLLIN, 0};
-  const Nanoseconds left = std::max<Nanoseconds>(deadline - steadyNow(), 0);
-  poll(&input, 1, static_cast<int>((left + 999'999) / 1'000'000));
+  const Nanoseconds remaining = std::max<Nanoseconds>(deadline - steadyNow(), 0);
+  poll(&input, 1, static_cast<int>((remaining + 999'999) / 1'000'000));
 }
 
 bool eventually(const std::function<bool()>& condition) {

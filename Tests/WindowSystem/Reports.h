@@ -34,7 +34,7 @@ class ReportListener final : public WindowSystemDelegate {
 
   std::vector<std::string> lines;
   /// The frame of the last `frameChanged`.
-  CGRect frame;
+  CGRect lastFrame;
   /// The windows of each `orderChanged`.
   std::vector<std::vector<WindowHandle>> orders;
 };

@@ -15,21 +15,23 @@ using testing::StartsWith;
 
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr std::string_view kMotif = "_MOTIF_WM_HINTS";
+constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 
 /// A host that records its callbacks in `calls`.
 class X11CBinding : public X11TestWithManager {
  protected:
   X11CBinding() {
     callbacks.user_data = &calls;
-    callbacks.will_appear = [](void* list) { note(list, "will_appear"); };
-    callbacks.did_disappear = [](void* list) { note(list, "did_disappear"); };
-    callbacks.record_event = [](void* list, const char* event) { note(list, event); };
+    callbacks.will_appear = [](void* list) { record(list, "will_appear"); };
+    callbacks.did_disappear = [](void* list) { record(list, "did_disappear"); };
+    callbacks.record_event = [](void* list, const char* event) { record(list, event); };
     callbacks.log_line = [](void* /*list*/, const char* /*line*/) {};
     callbacks.controls_kept = [](void* list, std::uint32_t controls) {
-      note(list, "controls_kept " + std::to_string(controls));
+      record(list, "controls_kept " + std::to_string(controls));
     };
-    callbacks.display_lost = [](void* list, const char* /*reason*/) { note(list, "display_lost"); };
+    callbacks.display_lost = [](void* list, const char* /*reason*/) {
+      record(list, "display_lost");
+    };
   }
   ~X11CBinding() override { vel_destroy(&screen); }
 
@@ -49,7 +51,7 @@ class X11CBinding : public X11TestWithManager {
     ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
   }
   /// Polls and pumps like a host's own loop until the condition is true. Returns false after a
-  /// limit.
+  /// maximum number of polls.
   bool pumpUntil(const std::function<bool()>& condition) {
     constexpr int kMaximumPolls = 3000;
     int descriptor = -1;
@@ -71,29 +73,29 @@ class X11CBinding : public X11TestWithManager {
   VelLaunchScreen* screen = nullptr;
 
  private:
-  static void note(void* list, const std::string& line) {
+  static void record(void* list, const std::string& line) {
     static_cast<std::vector<std::string>*>(list)->push_back(line);
   }
 };
 
-TEST_F(X11CBinding, CoversTheHostsWindowUntilItsEventAndRestoresIt) {
+TEST_F(X11CBinding, ACompleteRunCoversAndRestoresTheHostsWindow) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(0.5);
   EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
-  EXPECT_TRUE(client.property(game, kMotif).has_value());
+  EXPECT_TRUE(client.property(game, kMotifHints).has_value());
   EXPECT_TRUE(pumpUntil([this] { return hasReceived("launch_end"); }));
-  EXPECT_TRUE(pumpUntil([this] { return !client.property(game, kMotif).has_value(); }));
+  EXPECT_TRUE(pumpUntil([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(pumpUntil([this] { return !client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(calls.front(), "will_appear");
   EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
 }
 
-TEST_F(X11CBinding, RestoresTheWindowWhenItIsDestroyedEarly) {
+TEST_F(X11CBinding, DestroyingTheLaunchScreenRestoresTheWindow) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_TRUE(waitFor([this] { return !client.property(game, kMotif).has_value(); }));
+  EXPECT_TRUE(waitFor([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(waitFor([this] { return client.children(game).empty(); }));
   EXPECT_FALSE(hasReceived("did_disappear"));
 }
@@ -111,8 +113,8 @@ TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
   EXPECT_EQ(create(game), VEL_OK) << vel_last_error();
 }
 
-TEST_F(X11CBinding, LeavesNoDescriptorOpen) {
-  const auto descriptors = [] {
+TEST_F(X11CBinding, CreatingAndDestroyingLeavesNoDescriptorOpen) {
+  const auto descriptorCount = [] {
     const std::filesystem::directory_iterator open("/proc/self/fd");
     return std::distance(begin(open), end(open));
   };
@@ -122,14 +124,14 @@ TEST_F(X11CBinding, LeavesNoDescriptorOpen) {
     ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   };
   createAndDestroy();  // the first round opens the descriptors of the run loop
-  const auto before = descriptors();
+  const auto countBefore = descriptorCount();
   for (int round = 0; round < 20; ++round) {
     createAndDestroy();
   }
-  EXPECT_EQ(descriptors(), before);
+  EXPECT_EQ(descriptorCount(), countBefore);
 }
 
-TEST_F(X11CBinding, ReportsALostDisplayAndCanBeDestroyed) {
+TEST_F(X11CBinding, ALostDisplayIsReported) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   server.kill();

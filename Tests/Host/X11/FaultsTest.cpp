@@ -26,9 +26,9 @@ class X11ShowFaults : public X11Test {
     startManager(windowManager);
     game = client.openGameWindow(kGame, kGreen);
     ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
-    std::vector<std::string> all{"--window", std::to_string(game), "--content-controller"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    show = std::make_unique<LaunchedShow>(server, all);
+    std::vector<std::string> allArguments{"--window", std::to_string(game), "--content-controller"};
+    allArguments.insert(allArguments.end(), arguments.begin(), arguments.end());
+    show = std::make_unique<LaunchedShow>(server, allArguments);
     ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
     ASSERT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   }
@@ -122,26 +122,27 @@ TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
 }
 
 TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
-  const xcb_window_t hidden = client.makeWindow(kGame, kGreen);
-  const auto refusal = [this](const std::string& window) {
-    LaunchedShow refused(server, {"--window", window});
-    EXPECT_EQ(refused.wait(), 1);
-    return refused.output();
+  const xcb_window_t unmappedWindow = client.makeWindow(kGame, kGreen);
+  const auto outputOfRefusal = [this](const std::string& window) {
+    LaunchedShow refusedShow(server, {"--window", window});
+    EXPECT_EQ(refusedShow.wait(), 1);
+    return refusedShow.output();
   };
-  EXPECT_EQ(refusal("0x99999"), "launchscreen: window 0x99999: there is no such window\n");
-  EXPECT_EQ(refusal("0"), "launchscreen: window 0x0: that is no X11 window's id\n");
-  EXPECT_EQ(refusal("99999999999"),
+  EXPECT_EQ(outputOfRefusal("0x99999"), "launchscreen: window 0x99999: there is no such window\n");
+  EXPECT_EQ(outputOfRefusal("0"), "launchscreen: window 0x0: that is no X11 window's id\n");
+  EXPECT_EQ(outputOfRefusal("99999999999"),
             "launchscreen: window 0x174876e7ff: that is no X11 window's id\n");
-  EXPECT_THAT(refusal(std::to_string(client.root())), HasSubstr("it is the root window\n"));
-  EXPECT_EQ(refusal(std::to_string(hidden)), "launchscreen: the window is not on the screen\n");
+  EXPECT_THAT(outputOfRefusal(std::to_string(client.root())), HasSubstr("it is the root window\n"));
+  EXPECT_EQ(outputOfRefusal(std::to_string(unmappedWindow)),
+            "launchscreen: the window is not on the screen\n");
 }
 
 TEST_F(X11ShowFaults, ADisplayThatDoesNotExistPrintsOneLine) {
   server.kill();
-  LaunchedShow refused(server, {});
-  EXPECT_EQ(refused.wait(), 1);
-  EXPECT_EQ(refused.output(), "launchscreen: cannot open the X11 display \"" + server.display() +
-                                  "\": it does not answer\n");
+  LaunchedShow refusedShow(server, {});
+  EXPECT_EQ(refusedShow.wait(), 1);
+  EXPECT_EQ(refusedShow.output(), "launchscreen: cannot open the X11 display \"" +
+                                      server.display() + "\": it does not answer\n");
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ using testing::UnorderedElementsAre;
 struct Program {
   const char* name;
   std::vector<std::string> command;
-  const char* window;  // the class or title of its window
+  const char* windowName;  // the window's class or title
 
   friend void PrintTo(const Program& program, std::ostream* out) { *out << program.name; }
 };
@@ -42,22 +42,22 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     startManager(windowManager);
     program = server.start(GetParam().command);
     ASSERT_TRUE(eventually([this] {
-      window = client.findWindow(GetParam().window);
+      window = client.findWindow(GetParam().windowName);
       return window != 0 && client.isViewable(window) && isDrawn();
     }));
   }
   bool isDrawn() { return client.screenPicture(window).colors().size() > 1; }
   /// Saves a picture of the window with the manager's frame.
-  void savePicture(const std::string& when) {
-    PixelRect place = client.areaOnScreen(window);
-    const auto around = client.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
-    if (around.size() == 4) {
-      place.x -= static_cast<int>(around[0]);
-      place.y -= static_cast<int>(around[2]);
-      place.width += static_cast<int>(around[0] + around[1]);
-      place.height += static_cast<int>(around[2] + around[3]);
+  void savePicture(const std::string& moment) {
+    PixelRect area = client.areaOnScreen(window);
+    const auto extents = client.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
+    if (extents.size() == 4) {
+      area.x -= static_cast<int>(extents[0]);
+      area.y -= static_cast<int>(extents[2]);
+      area.width += static_cast<int>(extents[0] + extents[1]);
+      area.height += static_cast<int>(extents[2] + extents[3]);
     }
-    client.screenPicture(place).save(std::string(GetParam().name) + "-" + when);
+    client.screenPicture(area).save(std::string(GetParam().name) + "-" + moment);
   }
   /// The properties that the program has set on its window.
   std::map<std::string, std::optional<Property>> clientProperties() {
@@ -91,11 +91,12 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   /// True if the window is white except for the indicator in the middle.
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
-    const PixelRect other = picture.boundsOfOtherColors(kWhite);
+    const PixelRect nonWhiteBounds = picture.boundsOfOtherColors(kWhite);
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
-    return other.width > 0 && other.x >= left && other.x + other.width <= left + 33 &&
-           other.y >= top && other.y + other.height <= top + 33;
+    return nonWhiteBounds.width > 0 && nonWhiteBounds.x >= left &&
+           nonWhiteBounds.x + nonWhiteBounds.width <= left + 33 && nonWhiteBounds.y >= top &&
+           nonWhiteBounds.y + nonWhiteBounds.height <= top + 33;
   }
   /// Clicks the close button of Metacity's frame.
   void clickClose() {
@@ -109,8 +110,8 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     client.configure(window, frame);
   }
   bool isAtLeastAsLargeAs(PixelRect frame) {
-    const PixelRect now = client.areaOnScreen(window);
-    return now.width >= frame.width && now.height >= frame.height;
+    const PixelRect current = client.areaOnScreen(window);
+    return current.width >= frame.width && current.height >= frame.height;
   }
 
   Manager windowManager = Manager::None;
@@ -123,7 +124,7 @@ class ForeignProgramsWithManager : public ForeignPrograms {
   ForeignProgramsWithManager() { windowManager = Manager::Metacity; }
 };
 
-TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
+TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   ASSERT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   const auto propertiesBefore = clientProperties();
   const auto childrenBefore = client.children(window);
@@ -165,8 +166,8 @@ TEST_P(ForeignProgramsWithManager, AreCoveredAndRestored) {
   EXPECT_TRUE(eventually([this] { return !program.isRunning(); }));
 }
 
-TEST_P(ForeignPrograms, CanBeResizedWhileCovered) {
-  const auto propertiesAtFirst = clientPropertiesWithoutFrame();
+TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
+  const auto propertiesBefore = clientPropertiesWithoutFrame();
   LaunchedShow show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
                              "600", "--indicator"});
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
@@ -180,7 +181,7 @@ TEST_P(ForeignPrograms, CanBeResizedWhileCovered) {
   EXPECT_TRUE(isCovered());
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(clientPropertiesWithoutFrame(), propertiesAtFirst);
+  EXPECT_EQ(clientPropertiesWithoutFrame(), propertiesBefore);
   EXPECT_TRUE(isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
   EXPECT_TRUE(eventually([this] { return isDrawn(); }));
   EXPECT_TRUE(program.isRunning());

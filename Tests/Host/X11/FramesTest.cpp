@@ -14,7 +14,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 struct Presentation {
   const char* kind;
   Manager manager;
-  PixelRect place;  // the launch screen's area, relative to the game's window
+  PixelRect area;  // the launch screen's area, relative to the game's window
 
   [[nodiscard]] std::string name() const {
     return std::string(kind) + (manager == Manager::None ? "WithoutAManager" : "UnderMetacity");
@@ -30,37 +30,37 @@ class X11Frames : public X11Test, public testing::WithParamInterface<Presentatio
 };
 
 // G for the game, W for white with or without an indicator, ? for anything else.
-char kindOf(const Picture& picture) {
+char letterOf(const Picture& picture) {
   if (picture.isAll(kGreen)) {
     return 'G';
   }
-  const PixelRect other = picture.boundsOfOtherColors(kWhite);
-  return other.width <= 32 && other.height <= 32 ? 'W' : '?';
+  const PixelRect nonWhiteBounds = picture.boundsOfOtherColors(kWhite);
+  return nonWhiteBounds.width <= 32 && nonWhiteBounds.height <= 32 ? 'W' : '?';
 }
 
 TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   ASSERT_TRUE(eventually(
       [&] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
-  PixelRect place = GetParam().place;
-  place.x += client.areaOnScreen(game).x;
-  place.y += client.areaOnScreen(game).y;
-  FrameRecorder recorder(server.display(), place, kindOf);
+  PixelRect area = GetParam().area;
+  area.x += client.areaOnScreen(game).x;
+  area.y += client.areaOnScreen(game).y;
+  FrameRecorder recorder(server.display(), area, letterOf);
   LaunchedShow show(server,
                     {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
                      "--content-controller", "--indicator", "--present", GetParam().kind});
-  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('W'); }))
+  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('W'); }))
       << show.output();
   show.pressEnter();
-  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('G'); }))
+  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('G'); }))
       << show.output();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(recorder.kinds(), "GWG");
+  EXPECT_EQ(recorder.letters(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
     // A picture can miss a short frame, so the test checks the drawings too. The first drawing
     // fills the whole area. The other presentations are separate windows. The server may draw the
     // parts of a window in any order.
-    EXPECT_EQ(recorder.drawingsBefore(1).front(), (PixelRect{0, 0, place.width, place.height}));
+    EXPECT_EQ(recorder.drawingsBefore(1).front(), (PixelRect{0, 0, area.width, area.height}));
   }
 }
 

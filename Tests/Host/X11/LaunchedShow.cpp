@@ -14,8 +14,8 @@ namespace vel::test {
 
 namespace {
 
-// The maximum time without output, in milliseconds. It is long enough for a busy machine.
-constexpr int kTimeout = 30'000;
+// The maximum time without output. It is long enough for a busy machine.
+constexpr int kTimeoutInMilliseconds = 30'000;
 
 std::array<int, 2> makePipe() {
   std::array<int, 2> ends{};
@@ -50,17 +50,17 @@ bool LaunchedShow::read(int milliseconds) {
   if (poll(&source, 1, milliseconds) <= 0) {
     return false;
   }
-  std::array<char, 4096> part{};
-  const ssize_t size = ::read(reader_, part.data(), part.size());
+  std::array<char, 4096> buffer{};
+  const ssize_t size = ::read(reader_, buffer.data(), buffer.size());
   if (size > 0) {
-    output_.append(part.data(), static_cast<std::size_t>(size));
+    output_.append(buffer.data(), static_cast<std::size_t>(size));
   }
   return size > 0;
 }
 
 bool LaunchedShow::waitForOutput(std::string_view text) {
   while (output_.find(text) == std::string::npos) {
-    if (!read(kTimeout)) {
+    if (!read(kTimeoutInMilliseconds)) {
       return false;
     }
   }
@@ -74,7 +74,7 @@ void LaunchedShow::pressEnter() const {
 }
 
 int LaunchedShow::wait() {
-  while (read(kTimeout)) {
+  while (read(kTimeoutInMilliseconds)) {
   }
   return process_.wait();
 }

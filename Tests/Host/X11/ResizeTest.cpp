@@ -8,7 +8,7 @@ namespace vel::test {
 namespace {
 
 constexpr PixelRect kGame{200, 150, 400, 300};
-constexpr PixelRect kLarger{200, 150, 640, 480};
+constexpr PixelRect kLargerGame{200, 150, 640, 480};
 constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowResize : public X11TestWithManager {};
@@ -35,20 +35,20 @@ TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 
   // A program with a window of fixed size changes the hints before the size.
-  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLarger));
-  client.configure(game, kLarger);
-  bool isGameSeen = false;
+  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLargerGame));
+  client.configure(game, kLargerGame);
+  bool hasSeenGame = false;
   EXPECT_TRUE(eventually([&] {
     const Picture picture = client.screenPicture(game);
-    isGameSeen = isGameSeen || picture.colors().contains(kGreen);
-    return picture.width == kLarger.width && picture.height == kLarger.height &&
+    hasSeenGame = hasSeenGame || picture.colors().contains(kGreen);
+    return picture.width == kLargerGame.width && picture.height == kLargerGame.height &&
            picture.isAll(kWhite);
   }));
-  EXPECT_FALSE(isGameSeen);
+  EXPECT_FALSE(hasSeenGame);
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLarger));
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLargerGame));
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
 }
 

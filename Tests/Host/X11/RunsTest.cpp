@@ -40,58 +40,58 @@ class X11Player : public X11Test {
           .string();
 };
 
-TEST_F(X11Player, IsWhiteDuringTheRunAndAnimatesAfterIt) {
+TEST_F(X11Player, ShowsItsAnimationOnlyAfterTheRun) {
   LaunchedShow show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                              "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
   // Without SIGSTOP, the program would end half a second later.
   show.signal(SIGSTOP);
-  Picture playing;
+  Picture animation;
   EXPECT_TRUE(eventually([&] {
-    playing = client.screenPicture(player());
-    return playing.colors().size() == 2 && playing.colors().count(kWhite) == 0;
+    animation = client.screenPicture(player());
+    return animation.colors().size() == 2 && animation.colors().count(kWhite) == 0;
   }));
-  playing.save("player");
+  animation.save("player");
   show.signal(SIGCONT);
   EXPECT_EQ(show.wait(), 0) << show.output();
-  const Picture covered = Picture::readPng(screenshot);
-  EXPECT_EQ(covered.width, 640);
-  EXPECT_EQ(covered.height, 480);
-  EXPECT_TRUE(covered.isAll(kWhite));
+  const Picture screenshotWhileCovered = Picture::readPng(screenshot);
+  EXPECT_EQ(screenshotWhileCovered.width, 640);
+  EXPECT_EQ(screenshotWhileCovered.height, 480);
+  EXPECT_TRUE(screenshotWhileCovered.isAll(kWhite));
 }
 
 TEST_F(X11Player, AnimatesAroundAModalWindow) {
   LaunchedShow show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                              "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
-  const Picture playing = client.screenPicture(player());
-  EXPECT_TRUE(eventually([&] { return client.screenPicture(player()) != playing; }));
+  const Picture animation = client.screenPicture(player());
+  EXPECT_TRUE(eventually([&] { return client.screenPicture(player()) != animation; }));
   EXPECT_EQ(show.wait(), 0) << show.output();
-  const Picture modal = Picture::readPng(screenshot);
-  modal.save("modal");
+  const Picture modalScreenshot = Picture::readPng(screenshot);
+  modalScreenshot.save("modal");
   // The modal window has 480 by 270 pixels and is in the middle of the player. The indicator is in
   // the middle of the modal window.
-  EXPECT_NE(modal.at(5, 5), kWhite);
-  EXPECT_NE(modal.at(239, 134), kWhite);
-  EXPECT_EQ(modal.at(240, 135), kWhite);
-  EXPECT_EQ(modal.at(719, 404), kWhite);
-  EXPECT_NE(modal.at(720, 405), kWhite);
-  EXPECT_EQ(modal.at(480, 270), kWhite);
+  EXPECT_NE(modalScreenshot.at(5, 5), kWhite);
+  EXPECT_NE(modalScreenshot.at(239, 134), kWhite);
+  EXPECT_EQ(modalScreenshot.at(240, 135), kWhite);
+  EXPECT_EQ(modalScreenshot.at(719, 404), kWhite);
+  EXPECT_NE(modalScreenshot.at(720, 405), kWhite);
+  EXPECT_EQ(modalScreenshot.at(480, 270), kWhite);
   int indicatorPixels = 0;
   for (int x = 480 - 16; x < 480 + 16; ++x) {
-    indicatorPixels += modal.at(x, 270) == kWhite ? 0 : 1;
+    indicatorPixels += modalScreenshot.at(x, 270) == kWhite ? 0 : 1;
   }
   EXPECT_GT(indicatorPixels, 4);
 }
 
 TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
-  const std::vector<std::string> automatic{
+  const std::vector<std::string> commandWithoutDisplay{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
   // Only a run on a display with a window manager prints kept controls.
-  EXPECT_THAT(runProgram(automatic, server.display()), HasSubstr("controls kept"));
-  const std::string headless = runProgram(automatic, ":9999");
-  EXPECT_THAT(headless, HasSubstr("uncovered"));
-  EXPECT_THAT(headless, Not(HasSubstr("controls kept")));
+  EXPECT_THAT(runProgram(commandWithoutDisplay, server.display()), HasSubstr("controls kept"));
+  const std::string headlessOutput = runProgram(commandWithoutDisplay, ":9999");
+  EXPECT_THAT(headlessOutput, HasSubstr("uncovered"));
+  EXPECT_THAT(headlessOutput, Not(HasSubstr("controls kept")));
 }
 
 TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
@@ -152,10 +152,10 @@ class X11ShowFocus : public X11TestWithManager {};
 TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   const Process xterm = server.start({"xterm", "-geometry", "40x10+900+600"});
-  xcb_window_t other = 0;
+  xcb_window_t otherWindow = 0;
   ASSERT_TRUE(eventually([&] {
-    other = client.findWindow("XTerm");
-    return client.isViewable(game) && other != 0 && client.isViewable(other);
+    otherWindow = client.findWindow("XTerm");
+    return client.isViewable(game) && otherWindow != 0 && client.isViewable(otherWindow);
   }));
   const auto activate = [this](xcb_window_t window) {
     runProgram({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
@@ -164,7 +164,7 @@ TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
                     {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
   ASSERT_TRUE(eventually([&] { return client.focusedWindow() == game; }));
-  activate(other);
+  activate(otherWindow);
   ASSERT_TRUE(show.waitForOutput("paused: not in front")) << show.output();
   // A headless run of one second lets time pass.
   runProgram({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());

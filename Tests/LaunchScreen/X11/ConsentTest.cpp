@@ -55,7 +55,7 @@ TEST_F(X11Consent, ClosingTheDialogResumesTheLaunchScreen) {
 
 TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSession) {
   present(600, kEmbedded);
-  runModalConsent([&] { client.focus(other); });
+  runModalConsent([&] { client.focus(otherWindow); });
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(consent->isVisible());
   EXPECT_FALSE(launchScreen->appIsUnfocused());

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr PixelRect kGame{200, 150, 640, 400};
-constexpr PixelRect kSecond{300, 250, 640, 400};
+constexpr PixelRect kSecondGame{300, 250, 640, 400};
 
 class X11Order : public X11Test {
  protected:
@@ -25,31 +25,31 @@ class X11Order : public X11Test {
 };
 
 TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
-  const WindowHandle first = adopt(openGame(kGame)).handle;
-  const WindowHandle second = adopt(openGame(kSecond)).handle;
-  client.raise(idOf(first));
-  EXPECT_TRUE(waitForOrder({first, second}));
-  client.raise(idOf(second));
-  EXPECT_TRUE(waitForOrder({second, first}));
+  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  client.raise(idOf(firstWindow));
+  EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
+  client.raise(idOf(secondWindow));
+  EXPECT_TRUE(waitForOrder({secondWindow, firstWindow}));
   EXPECT_EQ(reports.orders.size(), 2U);
 }
 
 TEST_F(X11Order, AnOrderUnlikeTheAdoptionOrderIsReported) {
-  const xcb_window_t lower = openGame(kGame);
-  const WindowHandle upper = adopt(openGame(kSecond)).handle;
-  const WindowHandle handle = adopt(lower).handle;
-  EXPECT_TRUE(waitForOrder({upper, handle}));
+  const xcb_window_t lowerWindow = openGame(kGame);
+  const WindowHandle upperWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle lowerHandle = adopt(lowerWindow).handle;
+  EXPECT_TRUE(waitForOrder({upperWindow, lowerHandle}));
 }
 
 TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
-  const WindowHandle first =
+  const WindowHandle firstWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
-  const WindowHandle second =
+  const WindowHandle secondWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
-  system().orderFront(first);
-  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(first); }));
-  system().orderFront(second);
-  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(second); }));
+  system().orderFront(firstWindow);
+  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(firstWindow); }));
+  system().orderFront(secondWindow);
+  ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(secondWindow); }));
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_THAT(reports.orders, IsEmpty());
 }
@@ -57,7 +57,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
 TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
   const xcb_window_t game = openGame(kGame);
   adopt(game);
-  openGame(kSecond);
+  openGame(kSecondGame);
   client.raise(game);
   deliver();
   EXPECT_THAT(reports.orders, IsEmpty());
@@ -65,13 +65,13 @@ TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
 }
 
 TEST_F(X11Order, AnUnmappedWindowIsNotInTheOrder) {
-  const WindowHandle first = adopt(openGame(kGame)).handle;
-  const WindowHandle second = adopt(openGame(kSecond)).handle;
-  const WindowHandle third = adopt(openGame(kSecond)).handle;
-  client.unmap(idOf(second));
+  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle thirdWindow = adopt(openGame(kSecondGame)).handle;
+  client.unmap(idOf(secondWindow));
   deliver();
-  client.raise(idOf(first));
-  EXPECT_TRUE(waitForOrder({first, third}));
+  client.raise(idOf(firstWindow));
+  EXPECT_TRUE(waitForOrder({firstWindow, thirdWindow}));
 }
 
 class X11OrderWithManager : public X11Order, public testing::WithParamInterface<Manager> {
@@ -80,23 +80,23 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
 };
 
 TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
-  const WindowHandle first = adopt(openGame(kGame)).handle;
-  const WindowHandle second = adopt(openGame(kSecond)).handle;
-  ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(second); }));
-  const PixelRect place = client.areaOnScreen(idOf(first));
-  client.click(place.x + 20, place.y + 20);
-  EXPECT_TRUE(waitForOrder({first, second}));
+  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(secondWindow); }));
+  const PixelRect area = client.areaOnScreen(idOf(firstWindow));
+  client.click(area.x + 20, area.y + 20);
+  EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
 }
 
 TEST_P(X11OrderWithManager, TheOrderOfANewManagerIsReported) {
-  const WindowHandle first = adopt(openGame(kGame)).handle;
-  const WindowHandle second = adopt(openGame(kSecond)).handle;
+  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   manager.end();
   startManager(GetParam());
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(idOf(first)); }));
-  client.requestActivation(idOf(second));
-  client.requestActivation(idOf(first));
-  EXPECT_TRUE(waitForOrder({first, second}));
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(idOf(firstWindow)); }));
+  client.requestActivation(idOf(secondWindow));
+  client.requestActivation(idOf(firstWindow));
+  EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
 }
 
 INSTANTIATE_TEST_SUITE_P(X11, X11OrderWithManager,
@@ -109,15 +109,15 @@ class X11ApplicationOrder : public X11HostTest {};
 
 TEST_F(X11ApplicationOrder, OrderedWindowsFollowTheStackingOrder) {
   std::string error;
-  const Strong<NSWindow> second = NSApp->adoptWindow(other, error);
-  ASSERT_NE(second, nullptr) << error;
+  const Strong<NSWindow> secondWindow = NSApp->adoptWindow(otherWindow, error);
+  ASSERT_NE(secondWindow, nullptr) << error;
   const auto order = [] { return NSApp->orderedWindows(); };
-  ASSERT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
-  const PixelRect place = client.areaOnScreen(other);
-  client.click(place.x + place.width - 10, place.y + place.height - 10);
-  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{second, player}; }));
+  ASSERT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, secondWindow}; }));
+  const PixelRect area = client.areaOnScreen(otherWindow);
+  client.click(area.x + area.width - 10, area.y + area.height - 10);
+  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{secondWindow, player}; }));
   client.requestActivation(game);
-  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, second}; }));
+  EXPECT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, secondWindow}; }));
 }
 
 }  // namespace

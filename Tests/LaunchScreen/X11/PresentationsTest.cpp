@@ -10,30 +10,31 @@ namespace {
 constexpr std::int32_t kEmbedded = 0;
 constexpr std::int32_t kSheet = 1;
 constexpr std::int32_t kModal = 2;
-constexpr double kVeryLong = 600;
+constexpr double kLongDuration = 600;
 
 class X11Presentations : public X11HostTest {
  protected:
   /// True if the launch screen's window is white, horizontally centred in the game, and `top`
   /// pixels below the game's upper edge.
   [[nodiscard]] bool isWhiteAt(const Strong<NSWindow>& window, int top) const {
-    const PixelRect host = client.areaOnScreen(game);
-    const PixelRect expected{host.x + (host.width - 480) / 2, host.y + top, 480, 270};
+    const PixelRect gameArea = client.areaOnScreen(game);
+    const PixelRect expected{gameArea.x + (gameArea.width - 480) / 2, gameArea.y + top, 480, 270};
     return client.areaOnScreen(idOf(window->handle())) == expected &&
            client.screenPicture(expected).isAll(kWhite);
   }
   void moveGame(int x, int y) {
-    const PixelRect before = client.areaOnScreen(game);
-    client.configure(game, {x, y, before.width, before.height});
+    const PixelRect previousArea = client.areaOnScreen(game);
+    client.configure(game, {x, y, previousArea.width, previousArea.height});
     ASSERT_TRUE(runUntil([&] {
-      const PixelRect now = client.areaOnScreen(game);
-      return (now.x != before.x || now.y != before.y) && player->frame().origin.x == double(now.x);
+      const PixelRect currentArea = client.areaOnScreen(game);
+      return (currentArea.x != previousArea.x || currentArea.y != previousArea.y) &&
+             player->frame().origin.x == double(currentArea.x);
     }));
   }
 };
 
 TEST_F(X11Presentations, ASheetMovesWithItsHost) {
-  present(kVeryLong, kSheet);
+  present(kLongDuration, kSheet);
   const auto sheets = player->sheets();
   ASSERT_EQ(sheets.size(), 1U);
   ASSERT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
@@ -41,13 +42,13 @@ TEST_F(X11Presentations, ASheetMovesWithItsHost) {
   EXPECT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
 }
 
-TEST_F(X11Presentations, AnEmbeddedCoverMovesInTheSameRequestAsItsHost) {
-  present(kVeryLong, kEmbedded);
+TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWithoutTheRunLoop) {
+  present(kLongDuration, kEmbedded);
   ASSERT_TRUE(runUntil([&] { return client.screenPicture(game).isAll(kWhite); }));
-  const PixelRect before = client.areaOnScreen(game);
-  client.configure(game, {420, 350, before.width, before.height});
+  const PixelRect previousArea = client.areaOnScreen(game);
+  client.configure(game, {420, 350, previousArea.width, previousArea.height});
   // The run loop does not run here: the server moves the cover with its parent window.
-  ASSERT_TRUE(eventually([&] { return !(client.areaOnScreen(game) == before); }));
+  ASSERT_TRUE(eventually([&] { return !(client.areaOnScreen(game) == previousArea); }));
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
@@ -70,19 +71,19 @@ class X11SecondMonitor : public X11Presentations {
   }
 };
 
-TEST_F(X11SecondMonitor, AnEmbeddedCoverIsWhereTheGameIs) {
-  present(kVeryLong, kEmbedded);
+TEST_F(X11SecondMonitor, AnEmbeddedCoverFillsTheGame) {
+  present(kLongDuration, kEmbedded);
   EXPECT_TRUE(runUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
 }
 
-TEST_F(X11SecondMonitor, ASheetIsWhereTheGameIs) {
-  present(kVeryLong, kSheet);
+TEST_F(X11SecondMonitor, ASheetIsAtTheTopOfTheGame) {
+  present(kLongDuration, kSheet);
   ASSERT_EQ(player->sheets().size(), 1U);
   EXPECT_TRUE(runUntil([this] { return isWhiteAt(player->sheets().front(), 0); }));
 }
 
 TEST_F(X11SecondMonitor, AModalWindowIsInTheMiddleOfTheGame) {
-  present(kVeryLong, kModal);
+  present(kLongDuration, kModal);
   ASSERT_NE(NSApp->modalWindow(), nullptr);
   EXPECT_TRUE(runUntil([this] { return isWhiteAt(NSApp->modalWindow(), 65); }));
 }

@@ -26,23 +26,23 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
   std::map<std::string, unsigned> resources() {
     while (NSRunLoop::mainRunLoop().pump()) {
     }
-    return client.clientResourceCounts(idOf(own->handle()));
+    return client.clientResourceCounts(idOf(ownWindow->handle()));
   }
 
   // A window of the host. `clientResourceCounts` finds the host's connection by this window.
-  Strong<NSWindow> own = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
+  Strong<NSWindow> ownWindow = NSWindow::initWithContentRectStyleMask(CGRectMake(0, 0, 10, 10), 0);
 };
 
 TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
-  own->makeKeyAndOrderFront();
-  ASSERT_TRUE(runUntil([this] { return own->isKeyWindow(); }));
+  ownWindow->makeKeyAndOrderFront();
+  ASSERT_TRUE(runUntil([this] { return ownWindow->isKeyWindow(); }));
   player->makeKeyWindow();
   ASSERT_TRUE(runUntil([this] { return player->isKeyWindow(); }));
-  const auto before = resources();
-  ASSERT_FALSE(before.empty());
+  const auto resourcesBefore = resources();
+  ASSERT_FALSE(resourcesBefore.empty());
   runOnce();
   runOnce();
-  EXPECT_EQ(resources(), before);
+  EXPECT_EQ(resources(), resourcesBefore);
   EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
 }
 

@@ -7,8 +7,8 @@
 namespace vel::test {
 
 void X11HostTest::SetUp() {
-  other = client.openGameWindow({900, 600, 200, 200}, 0);
-  ASSERT_TRUE(eventually([this] { return client.isViewable(other); }));
+  otherWindow = client.openGameWindow({900, 600, 200, 200}, 0);
+  ASSERT_TRUE(eventually([this] { return client.isViewable(otherWindow); }));
   game = client.openGameWindow({200, 150, 640, 400}, 0x208040);
   ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
   system();

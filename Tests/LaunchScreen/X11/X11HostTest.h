@@ -22,7 +22,7 @@ class X11HostTest : public X11TestWithManager {
   /// Runs the run loop until the condition is true. Returns false after `kTimeout`.
   static bool runUntil(const std::function<bool()>& condition);
 
-  xcb_window_t other = 0;  // a window that the application does not adopt
+  xcb_window_t otherWindow = 0;  // a window that the application does not adopt
   xcb_window_t game = 0;
   Strong<NSWindow> player;  // the adopted window of the game
   Strong<LaunchScreenManager> launchScreen;

@@ -11,11 +11,13 @@ namespace vel::test {
 
 FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Classifier classifier)
     : client_(display), area_(area), classifier_(std::move(classifier)) {
-  xcb_connection_t* const x = client_.connection();
-  damageNotifyType_ = xcb_get_extension_data(x, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
-  const x11::XcbPointer<xcb_damage_query_version_reply_t> version(
-      xcb_damage_query_version_reply(x, xcb_damage_query_version(x, 1, 1), nullptr));
-  xcb_damage_create(x, xcb_generate_id(x), client_.root(), XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
+  xcb_connection_t* const connection = client_.connection();
+  damageNotifyType_ =
+      xcb_get_extension_data(connection, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
+  const x11::XcbPointer<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
+      connection, xcb_damage_query_version(connection, 1, 1), nullptr));
+  xcb_damage_create(connection, xcb_generate_id(connection), client_.root(),
+                    XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
   client_.takeEventTypes();  // discards the first report, which is about earlier drawings
   takePicture();
 }
@@ -37,9 +39,9 @@ bool FrameRecorder::recordUntil(const std::function<bool()>& condition) {
 }
 
 bool FrameRecorder::readEvents() {
-  bool hasRead = false;
+  bool hasReadEvent = false;
   while (const x11::Event event{xcb_poll_for_event(client_.connection())}) {
-    hasRead = true;
+    hasReadEvent = true;
     if (x11::typeOf(*event) != damageNotifyType_) {
       continue;
     }
@@ -53,13 +55,13 @@ bool FrameRecorder::readEvents() {
       takePicture();
     }
   }
-  return hasRead;
+  return hasReadEvent;
 }
 
 void FrameRecorder::takePicture() {
-  const char kind = classifier_(client_.screenPicture(area_));
-  if (kinds_.empty() || kinds_.back() != kind) {
-    kinds_ += kind;
+  const char letter = classifier_(client_.screenPicture(area_));
+  if (letters_.empty() || letters_.back() != letter) {
+    letters_ += letter;
     drawings_.push_back(std::exchange(newDrawings_, {}));
   }
 }

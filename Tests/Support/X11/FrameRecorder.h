@@ -21,11 +21,11 @@ class FrameRecorder {
   bool recordUntil(const std::function<bool()>& condition);
 
   /// The letters of the pictures, in order. Equal consecutive letters appear once.
-  [[nodiscard]] const std::string& kinds() const { return kinds_; }
-  /// The rectangles that were drawn after the previous letter, up to the letter with index `kind`.
+  [[nodiscard]] const std::string& letters() const { return letters_; }
+  /// The rectangles that were drawn after the previous letter, up to the letter with this index.
   /// They are relative to the area's upper left corner.
-  [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t kind) const {
-    return drawings_.at(kind);
+  [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t index) const {
+    return drawings_.at(index);
   }
 
  private:
@@ -36,7 +36,7 @@ class FrameRecorder {
   PixelRect area_;
   Classifier classifier_;
   int damageNotifyType_ = 0;
-  std::string kinds_;
+  std::string letters_;
   std::vector<std::vector<PixelRect>> drawings_;
   std::vector<PixelRect> newDrawings_;
 };

@@ -21,7 +21,7 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
                     ~0U),
       nullptr));
   if (image == nullptr) {
-    throw std::runtime_error("the server gives no picture");
+    throw std::runtime_error("the server returns no picture");
   }
   const std::span bytes(xcb_get_image_data(image.get()),
                         static_cast<std::size_t>(xcb_get_image_data_length(image.get())));

@@ -80,6 +80,8 @@ class XClient : NonCopyable {
   /// The names of the property's atoms.
   [[nodiscard]] std::vector<std::string> atomNames(xcb_window_t window,
                                                    std::string_view name) const;
+
+  /// The window's area on the screen, without the window manager's frame.
   [[nodiscard]] PixelRect areaOnScreen(xcb_window_t window) const;
   [[nodiscard]] bool isViewable(xcb_window_t window) const;
   [[nodiscard]] bool exists(xcb_window_t window) const;

@@ -16,7 +16,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11AdoptedWindows : public X11Test {
  protected:
-  std::string refusal(std::uint64_t id) {
+  std::string adoptionError(std::uint64_t id) {
     std::string error;
     EXPECT_FALSE(system().adoptWindow(id, error).has_value());
     return error;
@@ -56,43 +56,44 @@ TEST_F(X11AdoptedWindows, AnUnmappedWindowCanBeAdopted) {
 }
 
 TEST_F(X11AdoptedWindows, AnIdWithoutAWindowIsRefused) {
-  EXPECT_THAT(refusal(0x7654321), HasSubstr("window 0x7654321: there is no such window"));
-  EXPECT_THAT(refusal(0), HasSubstr("no X11 window's id"));
-  EXPECT_THAT(refusal(std::numeric_limits<std::uint64_t>::max()), HasSubstr("no X11 window's id"));
+  EXPECT_THAT(adoptionError(0x7654321), HasSubstr("window 0x7654321: there is no such window"));
+  EXPECT_THAT(adoptionError(0), HasSubstr("no X11 window's id"));
+  EXPECT_THAT(adoptionError(std::numeric_limits<std::uint64_t>::max()),
+              HasSubstr("no X11 window's id"));
   deliver();
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_F(X11AdoptedWindows, AWindowThatCannotBeCoveredIsRefused) {
-  EXPECT_THAT(refusal(client.root()), HasSubstr("it is the root window"));
+  EXPECT_THAT(adoptionError(client.root()), HasSubstr("it is the root window"));
   const xcb_window_t inputOnly = xcb_generate_id(client.connection());
   xcb_create_window(client.connection(), 0, inputOnly, client.root(), 0, 0, 10, 10, 0,
                     XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
   client.waitForServer();
-  EXPECT_THAT(refusal(inputOnly), HasSubstr("it takes input only"));
+  EXPECT_THAT(adoptionError(inputOnly), HasSubstr("it takes input only"));
   const xcb_pixmap_t pixmap = xcb_generate_id(client.connection());
   xcb_create_pixmap(client.connection(), 24, pixmap, client.root(), 10, 10);
   client.waitForServer();
-  EXPECT_THAT(refusal(pixmap), HasSubstr("there is no such window"));
+  EXPECT_THAT(adoptionError(pixmap), HasSubstr("there is no such window"));
 }
 
 TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   WindowDescription description;
   description.frame = CGRectMake(0, 0, 100, 100);
-  const WindowHandle own = openOwnWindow(description);
+  const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
-  for (xcb_window_t id = idOf(own) - 1; id + 20 > idOf(own); --id) {
+  for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(id, error));
   }
   // One of these ids belongs to the helper window that `requestFocus` uses.
-  system().requestFocus(own);
+  system().requestFocus(ownWindow);
   deliver();
 }
 
 TEST_F(X11AdoptedWindows, AWindowCannotBeAdoptedTwice) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   adopt(game);
-  EXPECT_THAT(refusal(game), HasSubstr("it is already adopted"));
+  EXPECT_THAT(adoptionError(game), HasSubstr("it is already adopted"));
 }
 
 TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
@@ -100,7 +101,7 @@ TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
   const AdoptedWindow adoptedWindow = adopt(game);
   client.configure(game, {10, 20, 800, 500});
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("frame", adoptedWindow.handle)); }));
-  EXPECT_EQ(reports.frame, CGRectMake(10, 440, 800, 500));
+  EXPECT_EQ(reports.lastFrame, CGRectMake(10, 440, 800, 500));
 }
 
 TEST_F(X11AdoptedWindows, UnmappingAndMappingAreReportedAsMiniaturizing) {
@@ -143,7 +144,7 @@ TEST_F(X11AdoptedWindows, AReleasedWindowIsRestored) {
   EXPECT_FALSE(client.property(game, "_MOTIF_WM_HINTS").has_value());
 }
 
-TEST_F(X11AdoptedWindows, AReleasedWindowIsNotReported) {
+TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   system().releaseWindow(adopt(game).handle);
   deliver();
@@ -175,9 +176,10 @@ TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates)
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const AdoptedWindow adoptedWindow = adopt(game);
   client.configure(game, {300, 260, 500, 350});
-  EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 350}; }));
+  EXPECT_TRUE(waitFor([&] { return reports.lastFrame.size == CGSize{500, 350}; }));
   const PixelRect newFrame = client.areaOnScreen(game);
-  EXPECT_EQ(reports.frame.origin, (CGPoint{double(newFrame.x), double(960 - newFrame.y - 350)}));
+  EXPECT_EQ(reports.lastFrame.origin,
+            (CGPoint{double(newFrame.x), double(960 - newFrame.y - 350)}));
 }
 
 TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
@@ -195,8 +197,8 @@ TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
 
 TEST_F(X11AdoptedWindowsWithManager, AnAdoptedWindowGetsTheFocusOnRequest) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
-  const xcb_window_t other = client.openGameWindow({900, 150, 200, 200}, 0);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(other); }));
+  const xcb_window_t otherWindow = client.openGameWindow({900, 150, 200, 200}, 0);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(otherWindow); }));
   const AdoptedWindow adoptedWindow = adopt(game);
   system().requestFocus(adoptedWindow.handle);
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", adoptedWindow.handle)); }));

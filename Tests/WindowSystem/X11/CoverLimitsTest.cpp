@@ -30,15 +30,15 @@ TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
 }
 
 TEST_F(X11CoverLimits, ANewChildWindowOfAnOwnWindowIsVisibleUntilTheCoverIsRaised) {
-  const WindowHandle own =
+  const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
-  system().setScene(own, whiteScene({300, 200}));
+  system().setScene(ownWindow, whiteScene({300, 200}));
   deliver();
-  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, idOf(own));
+  const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, idOf(ownWindow));
   client.map(child);
-  EXPECT_EQ(client.screenPicture(idOf(own)).at(60, 60), kRed);
+  EXPECT_EQ(client.screenPicture(idOf(ownWindow)).at(60, 60), kRed);
   deliver();
-  EXPECT_TRUE(client.screenPicture(idOf(own)).isAll(kWhite));
+  EXPECT_TRUE(client.screenPicture(idOf(ownWindow)).isAll(kWhite));
 }
 
 }  // namespace

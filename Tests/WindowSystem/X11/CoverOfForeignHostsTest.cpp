@@ -30,8 +30,8 @@ class InferiorsPainter {
                   XCB_GC_FOREGROUND | XCB_GC_SUBWINDOW_MODE, values.data());
   }
   void paint() {
-    constexpr xcb_rectangle_t kEverything{0, 0, 2000, 2000};
-    xcb_poly_fill_rectangle(client_.connection(), window_, context_, 1, &kEverything);
+    constexpr xcb_rectangle_t kWholeWindow{0, 0, 2000, 2000};
+    xcb_poly_fill_rectangle(client_.connection(), window_, context_, 1, &kWholeWindow);
     client_.waitForServer();
   }
 
@@ -163,7 +163,7 @@ TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
   EXPECT_EQ(picturesThatAreNotWhite(), 0);
 }
 
-TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostAddsAtOnce) {
+TEST_P(X11CoverOfForeignHost, HidesNewChildrenAtOnce) {
   cover();
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
@@ -235,22 +235,23 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
     GTEST_SKIP() << "a window manager takes the window back";
   }
   cover();
-  const xcb_window_t other = client.openGameWindow({50, 50, 1000, 800}, kGreen);
+  const xcb_window_t otherWindow = client.openGameWindow({50, 50, 1000, 800}, kGreen);
   InferiorsPainter painter(client, game);
-  xcb_reparent_window(client.connection(), game, other, 30, 40);
+  xcb_reparent_window(client.connection(), game, otherWindow, 30, 40);
   client.waitForServer();
   client.map(game);
   EXPECT_TRUE(
-      waitFor([&] { return client.isViewable(game) && client.children(other).size() == 2; }));
+      waitFor([&] { return client.isViewable(game) && client.children(otherWindow).size() == 2; }));
   painter.paint();
   EXPECT_TRUE(isWhite());
   // The rest of the other window stays visible.
-  EXPECT_EQ(client.screenPicture(other).at(10, 10), kGreen);
-  EXPECT_EQ(client.screenPicture(other).at(900, 600), kGreen);
+  EXPECT_EQ(client.screenPicture(otherWindow).at(10, 10), kGreen);
+  EXPECT_EQ(client.screenPicture(otherWindow).at(900, 600), kGreen);
   xcb_reparent_window(client.connection(), game, client.root(), 100, 100);
   client.waitForServer();
   client.map(game);
-  EXPECT_TRUE(waitFor([&] { return client.isViewable(game) && client.children(other).empty(); }));
+  EXPECT_TRUE(
+      waitFor([&] { return client.isViewable(game) && client.children(otherWindow).empty(); }));
   deliverFor(0.2);
   painter.paint();
   EXPECT_TRUE(isWhite());
@@ -258,44 +259,45 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
 }
 
 TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheWindow) {
-  const std::size_t before = client.children(client.root()).size();
+  const std::size_t windowCountBefore = client.children(client.root()).size();
   cover();
   client.destroy(game);
   EXPECT_TRUE(waitFor([this] { return reports.contains(reportLine("destroyed", handle)); }));
   EXPECT_TRUE(
       waitFor([&] { return client.screenPicture(kInsideGame).colors().count(kWhite) == 0; }));
-  EXPECT_LE(client.children(client.root()).size(), before);
+  EXPECT_LE(client.children(client.root()).size(), windowCountBefore);
   EXPECT_THAT(log, IsEmpty());
 }
 
 TEST_P(X11CoverOfForeignHost, LeavesTheWindowsAboveTheHostVisible) {
   cover();
-  const xcb_window_t above = client.openGameWindow({400, 250, 200, 100}, kGreen);
-  client.raise(above);
+  const xcb_window_t upperWindow = client.openGameWindow({400, 250, 200, 100}, kGreen);
+  client.raise(upperWindow);
   deliverFor(0.2);
-  EXPECT_TRUE(client.screenPicture(above).isAll(kGreen));
+  EXPECT_TRUE(client.screenPicture(upperWindow).isAll(kGreen));
 }
 
 TEST_P(X11CoverOfForeignHost, IsAsLargeAsTheWindow) {
-  const Picture before = client.screenPicture(PixelRect{0, 0, 1280, 960});
+  const Picture pictureBefore = client.screenPicture(PixelRect{0, 0, 1280, 960});
   const PixelRect frame = client.areaOnScreen(game);
   cover();
-  const Picture during = client.screenPicture(PixelRect{0, 0, 1280, 960});
-  int changedOutside = 0;
+  const Picture pictureWhileCovered = client.screenPicture(PixelRect{0, 0, 1280, 960});
+  int changedPixelsOutside = 0;
   for (int y = 0; y < 960; ++y) {
     for (int x = 0; x < 1280; ++x) {
       const bool isInside =
           x >= frame.x && x < frame.x + frame.width && y >= frame.y && y < frame.y + frame.height;
-      changedOutside += !isInside && before.at(x, y) != during.at(x, y) ? 1 : 0;
+      changedPixelsOutside +=
+          !isInside && pictureBefore.at(x, y) != pictureWhileCovered.at(x, y) ? 1 : 0;
     }
   }
-  EXPECT_EQ(changedOutside, 0);
+  EXPECT_EQ(changedPixelsOutside, 0);
   EXPECT_TRUE(isWhite());
 }
 
-std::string nameOfManager(const testing::TestParamInfo<Manager>& run) {
-  constexpr std::array<const char*, 3> kNames{"Bare", "Metacity", "Openbox"};
-  return kNames.at(static_cast<std::size_t>(run.param));
+std::string nameOfManager(const testing::TestParamInfo<Manager>& testInfo) {
+  constexpr std::array<const char*, 3> kNames{"WithoutAManager", "Metacity", "Openbox"};
+  return kNames.at(static_cast<std::size_t>(testInfo.param));
 }
 
 INSTANTIATE_TEST_SUITE_P(Managers, X11CoverOfForeignHost,
@@ -327,7 +329,7 @@ TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11CoverAndManagers, IsReportedWhileTheServerDoesNotMapIt) {
+TEST_F(X11CoverAndManagers, IsLoggedAsMissingWhileTheServerDoesNotMapIt) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
@@ -345,14 +347,14 @@ TEST_F(X11CoverAndManagers, IsReportedWhileTheServerDoesNotMapIt) {
   EXPECT_EQ(log.size(), 1U);
 }
 
-TEST_F(X11CoverAndManagers, IsInsideAnOwnWindowOnly) {
-  const WindowHandle own =
+TEST_F(X11CoverAndManagers, IsOnlyAChildOfAnOwnWindow) {
+  const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{100, 100}, {200, 100}}});
-  const auto before = client.children(client.root());
-  system().setScene(own, whiteScene({200, 100}));
+  const auto windowsBefore = client.children(client.root());
+  system().setScene(ownWindow, whiteScene({200, 100}));
   deliver();
-  EXPECT_EQ(client.children(client.root()), before);
-  EXPECT_EQ(client.children(idOf(own)).size(), 1U);
+  EXPECT_EQ(client.children(client.root()), windowsBefore);
+  EXPECT_EQ(client.children(idOf(ownWindow)).size(), 1U);
 }
 
 }  // namespace

@@ -24,30 +24,30 @@ class X11Cover : public X11Test {
 };
 
 TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndNowhereElse) {
-  const Picture before = client.screenPicture(PixelRect{0, 0, 1280, 960});
+  const Picture screenBefore = client.screenPicture(PixelRect{0, 0, 1280, 960});
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   cover();
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   system().setScene(handle, {});
   deliver();
-  EXPECT_EQ(client.screenPicture(PixelRect{0, 0, 1280, 960}), before);
+  EXPECT_EQ(client.screenPicture(PixelRect{0, 0, 1280, 960}), screenBefore);
 }
 
-TEST_F(X11Cover, GoesWhenItsWindowIsOrderedOut) {
+TEST_F(X11Cover, DisappearsWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
   deliver();
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
 }
 
-TEST_F(X11Cover, LiesAboveChildrenThatAreThere) {
+TEST_F(X11Cover, LiesAboveExistingChildren) {
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
   cover();
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, LiesAboveChildrenThatAreAdded) {
+TEST_F(X11Cover, LiesAboveNewChildren) {
   cover();
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
@@ -55,7 +55,7 @@ TEST_F(X11Cover, LiesAboveChildrenThatAreAdded) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, IsThereBeforeAChildThatIsAddedCanBeSeen) {
+TEST_F(X11Cover, LiesAboveANewChildBeforeTheChildIsMapped) {
   cover();
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.waitForServer();
@@ -64,7 +64,7 @@ TEST_F(X11Cover, IsThereBeforeAChildThatIsAddedCanBeSeen) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, LiesAboveChildrenThatAreRaised) {
+TEST_F(X11Cover, LiesAboveRaisedChildren) {
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);
   cover();
@@ -73,7 +73,7 @@ TEST_F(X11Cover, LiesAboveChildrenThatAreRaised) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, LiesAboveChildrenThatComeFromElsewhere) {
+TEST_F(X11Cover, LiesAboveReparentedChildren) {
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed);
   client.map(child);
   cover();
@@ -88,7 +88,7 @@ TEST_F(X11Cover, HidesWhatTheGameDraws) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, FollowsAResizeInTheSameMotion) {
+TEST_F(X11Cover, FollowsAResizeBeforeTheBackEndHandlesEvents) {
   cover();
   client.configure(game, {100, 50, 1000, 800});
   // The back end has not handled any event since the resize.
@@ -97,7 +97,7 @@ TEST_F(X11Cover, FollowsAResizeInTheSameMotion) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, KeepsTheIndicatorInTheMiddle) {
+TEST_F(X11Cover, KeepsTheIndicatorInTheMiddleAfterAResize) {
   system().setScene(handle, whiteSceneWithIndicator(kSize));
   deliver();
   client.configure(game, {100, 50, 1000, 800});
@@ -132,7 +132,7 @@ TEST_F(X11Cover, LeavesTheKeyboardToTheGame) {
   EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_KEY_PRESS));
 }
 
-TEST_F(X11Cover, ShowsPartsWhereTheSceneHasThem) {
+TEST_F(X11Cover, ShowsAFillAtItsFrame) {
   system().setScene(
       handle,
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 100, 50), .color = {1, 0, 0, 1}}});
@@ -143,36 +143,35 @@ TEST_F(X11Cover, ShowsPartsWhereTheSceneHasThem) {
 }
 
 TEST_F(X11Cover, ChangesWithTheScene) {
-  const auto show = [this](CGRect frame, CGColor color) {
+  const auto showFill = [this](CGRect frame, CGColor color) {
     system().setScene(handle, {{.kind = SceneItem::Kind::Fill, .frame = frame, .color = color}});
     deliver();
     return client.screenPicture(game);
   };
-  show(CGRectMake(0, 0, 100, 50), {1, 0, 0, 1});
-  const Picture picture = show(CGRectMake(10, 0, 20, 20), {0, 0, 1, 1});
+  showFill(CGRectMake(0, 0, 100, 50), {1, 0, 0, 1});
+  const Picture picture = showFill(CGRectMake(10, 0, 20, 20), {0, 0, 1, 1});
   EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{10, 380, 20, 20}));
   EXPECT_EQ(picture.at(15, 390), 0x0000FFU);
 }
 
-TEST_F(X11Cover, IsWhiteInAWindowWithOpacityToo) {
-  const xcb_window_t clear = client.openTransparentWindow({300, 300, 200, 100});
-  const AdoptedWindow found = adopt(clear);
-  system().setScene(found.handle, whiteSceneWithIndicator(found.frame.size));
+TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
+  const xcb_window_t transparentWindow = client.openTransparentWindow({300, 300, 200, 100});
+  const AdoptedWindow adoptedWindow = adopt(transparentWindow);
+  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
   deliver();
-  EXPECT_EQ(client.windowPicture(clear).at(5, 5), 0xFFFFFFFFU);
+  EXPECT_EQ(client.windowPicture(transparentWindow).at(5, 5), 0xFFFFFFFFU);
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Cover, LeavesNothingOnTheServer) {
-  const xcb_window_t any = client.children(game).empty() ? game : 0;
-  ASSERT_NE(any, 0U);
-  const WindowHandle own =
+TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
+  ASSERT_TRUE(client.children(game).empty());
+  const WindowHandle ownWindow =
       system().createWindow({.className = "Any", .title = "", .frame = {{}, {10, 10}}});
   deliver();
-  const auto before = client.clientResourceCounts(idOf(own));
+  const auto resourcesBefore = client.clientResourceCounts(idOf(ownWindow));
   for (int i = 0; i < 20; ++i) {
     system().setScene(handle, whiteSceneWithIndicator(kSize));
-    system().setModalWindow(own);
+    system().setModalWindow(ownWindow);
     system().setStyleMask(handle, 1);
     deliver();
     system().setModalWindow(WindowHandle::None);
@@ -182,7 +181,7 @@ TEST_F(X11Cover, LeavesNothingOnTheServer) {
         {.className = "Other", .title = "", .frame = {{}, {10, 10}}, .kind = WindowKind::Modal}));
   }
   deliver();
-  EXPECT_EQ(client.clientResourceCounts(idOf(own)), before);
+  EXPECT_EQ(client.clientResourceCounts(idOf(ownWindow)), resourcesBefore);
   EXPECT_TRUE(client.children(game).empty());
 }
 

@@ -58,7 +58,7 @@ class DrawingGame : NonCopyable {
 class X11DrawingGame : public X11Test {
  protected:
   // G for the game, W for white, ? for anything else.
-  static char kindOf(const Picture& picture) {
+  static char letterOf(const Picture& picture) {
     return picture.isAll(kGreen) ? 'G' : picture.isAll(kWhite) ? 'W' : '?';
   }
 
@@ -68,12 +68,12 @@ class X11DrawingGame : public X11Test {
 TEST_F(X11DrawingGame, TheScreenShowsTheGameThenWhiteThenTheGame) {
   ASSERT_TRUE(eventually([this] { return client.screenPicture(game.window).isAll(kGreen); }));
   const AdoptedWindow adoptedWindow = adopt(game.window);
-  FrameRecorder recorder(server.display(), kGame, kindOf);
+  FrameRecorder recorder(server.display(), kGame, letterOf);
   system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
-  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('W'); }));
+  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('W'); }));
   system().setScene(adoptedWindow.handle, {});
-  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.kinds().ends_with('G'); }));
-  EXPECT_EQ(recorder.kinds(), "GWG");
+  EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('G'); }));
+  EXPECT_EQ(recorder.letters(), "GWG");
 }
 
 TEST_F(X11DrawingGame, AGameThatGrowsWhileCoveredIsWhiteAtOnce) {

@@ -30,10 +30,10 @@ class X11FocusAtAdoption : public X11TestWithManager {
 
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t marker = openFocusedGame({10, 600, 100, 100});
-  const xcb_window_t other = openFocusedGame(kOther);
+  const xcb_window_t otherWindow = openFocusedGame(kOther);
   const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
-  clickAfterPreviousInput(other);
+  clickAfterPreviousInput(otherWindow);
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));
   system().requestFocus(adoptedWindow.handle);
   deliver();
@@ -41,7 +41,7 @@ TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatThe
   // processed the focus request.
   client.requestIconify(marker);
   ASSERT_TRUE(waitFor([&] { return !client.isViewable(marker); }));
-  EXPECT_EQ(client.focusedWindow(), other);
+  EXPECT_EQ(client.focusedWindow(), otherWindow);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ constexpr PixelRect kOther{900, 150, 200, 200};
 class X11Focus : public X11Test {
  protected:
   xcb_window_t game = client.openGameWindow(kGame, 0);
-  xcb_window_t other = client.openGameWindow(kOther, 0);
+  xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
   WindowHandle handle = WindowHandle::None;
 
   /// Adopts the game while it has the focus.
@@ -26,18 +26,18 @@ class X11Focus : public X11Test {
   }
   /// Grabs the keyboard for `client`, as a menu does.
   void grabKeyboard() {
-    const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(
-        xcb_grab_keyboard_reply(client.connection(),
-                                xcb_grab_keyboard(client.connection(), 0, other, XCB_CURRENT_TIME,
-                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                                nullptr));
+    const x11::XcbPointer<xcb_grab_keyboard_reply_t> grab(xcb_grab_keyboard_reply(
+        client.connection(),
+        xcb_grab_keyboard(client.connection(), 0, otherWindow, XCB_CURRENT_TIME,
+                          XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+        nullptr));
     ASSERT_EQ(grab->status, XCB_GRAB_STATUS_SUCCESS);
   }
 };
 
 TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
   adoptFocusedGame();
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
   reports.lines.clear();
@@ -49,8 +49,8 @@ TEST_F(X11Focus, LosingAndGettingTheFocusIsReported) {
 
 TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
   adoptFocusedGame();
-  const WindowHandle otherHandle = adopt(other).handle;
-  client.focus(other);
+  const WindowHandle otherHandle = adopt(otherWindow).handle;
+  client.focus(otherWindow);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre(reportLine("focus", otherHandle)));
 }
@@ -67,8 +67,8 @@ TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
 
 TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
   adoptFocusedGame();
-  const WindowHandle otherHandle = adopt(other).handle;
-  client.focus(other);
+  const WindowHandle otherHandle = adopt(otherWindow).handle;
+  client.focus(otherWindow);
   client.destroy(game);
   deliver();
   EXPECT_THAT(reports.lines,
@@ -83,7 +83,7 @@ TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   adoptFocusedGame();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   EXPECT_THAT(reports.lines, testing::Contains("deactivated"));
 }
@@ -101,7 +101,7 @@ TEST_F(X11Focus, AKeyboardGrabIsNotAFocusChange) {
 TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
   adoptFocusedGame();
   grabKeyboard();
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
@@ -130,7 +130,7 @@ TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
   client.focus(firstChild);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
@@ -139,7 +139,7 @@ TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
   const xcb_window_t child = client.makeWindow({0, 0, 50, 50}, 0, game);
   client.map(child);
   adoptFocusedGame();
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   reports.lines.clear();
   client.focus(child);
@@ -150,7 +150,7 @@ TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
 
 TEST_F(X11Focus, WithoutAWindowManagerTheBackEndSetsTheFocus) {
   adoptFocusedGame();
-  client.focus(other);
+  client.focus(otherWindow);
   deliver();
   system().requestFocus(handle);
   deliver();
@@ -181,27 +181,28 @@ class X11FocusWithManager : public X11TestWithManager {};
 
 TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t game = client.openGameWindow(kGame, 0);
-  const xcb_window_t other = client.openGameWindow(kOther, 0);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(other); }));
+  const xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(otherWindow); }));
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", handle)); }));
   // The click must have a later time than the focus change. The resolution of the server's time is
   // one millisecond.
-  const xcb_timestamp_t focusTime = client.serverTime(other);
-  ASSERT_TRUE(waitFor([&] { return client.serverTime(other) > focusTime; }));
+  const xcb_timestamp_t focusTime = client.serverTime(otherWindow);
+  ASSERT_TRUE(waitFor([&] { return client.serverTime(otherWindow) > focusTime; }));
   client.click(kOther.x + 100, kOther.y + 100);
-  client.updateUserTime(other);
-  ASSERT_TRUE(waitFor(
-      [&] { return client.focusedWindow() == other && reports.lines.back() == "focus 0x0"; }));
+  client.updateUserTime(otherWindow);
+  ASSERT_TRUE(waitFor([&] {
+    return client.focusedWindow() == otherWindow && reports.lines.back() == "focus 0x0";
+  }));
   system().requestFocus(handle);
   deliverFor(0.3);
-  EXPECT_EQ(client.focusedWindow(), other);
+  EXPECT_EQ(client.focusedWindow(), otherWindow);
 }
 
 TEST_F(X11Focus, ALaterFocusRequestReplacesAPendingRequest) {
   adoptFocusedGame();
-  const WindowHandle otherHandle = adopt(other).handle;
+  const WindowHandle otherHandle = adopt(otherWindow).handle;
   client.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   client.unmap(game);
   deliver();
@@ -210,7 +211,7 @@ TEST_F(X11Focus, ALaterFocusRequestReplacesAPendingRequest) {
   deliver();
   client.map(game);
   deliver();
-  EXPECT_EQ(client.focusedWindow(), other);
+  EXPECT_EQ(client.focusedWindow(), otherWindow);
 }
 
 }  // namespace

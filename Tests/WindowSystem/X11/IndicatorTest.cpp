@@ -11,7 +11,7 @@ namespace vel::test {
 namespace {
 
 constexpr PixelRect kGame{200, 150, 640, 400};
-constexpr Nanoseconds kTurn = kNanosecondsPerSecond;
+constexpr Nanoseconds kTurnDuration = kNanosecondsPerSecond;
 constexpr int kSpokes = 12;
 
 class X11Indicator : public X11Test {
@@ -22,6 +22,8 @@ class X11Indicator : public X11Test {
         Property::ofText(XCB_ATOM_STRING, "*customization:\t-color\nXft.dpi:\t" + std::string(dpi) +
                                               "\nXft.hinting:\t1\n"));
   }
+  Picture showStill() { return show(false); }
+  Picture showAnimated() { return show(true); }
   Picture show(bool isAnimated) {
     game = client.openGameWindow(kGame, 0x208040);
     const AdoptedWindow adoptedWindow = adopt(game);
@@ -52,7 +54,7 @@ class X11Indicator : public X11Test {
 };
 
 TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
-  const Picture picture = show(false);
+  const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{304, 184, 32, 32}));
   // The corners of the square and the centre of the ring are white.
   for (int y = 0; y < 32; ++y) {
@@ -67,7 +69,7 @@ TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
 }
 
 TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
-  const Picture picture = show(false);
+  const Picture picture = showStill();
   std::set<std::uint32_t> shades;
   for (int spoke = 0; spoke < 12; ++spoke) {
     const double angle = spoke * M_PI / 6;
@@ -80,32 +82,32 @@ TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
 
 TEST_F(X11Indicator, IsScaledWithXftDpi) {
   setDpi("192");
-  const Picture picture = show(false);
+  const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{288, 168, 64, 64}));
   picture.save("indicator-at-192-dpi");
 }
 
 TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
-  Picture previousPicture = show(true);
+  Picture previousPicture = showAnimated();
   const Nanoseconds start = x11::steadyNow();
-  EXPECT_LE(system().nextDeadline(), start + kTurn / kSpokes);
+  EXPECT_LE(system().nextDeadline(), start + kTurnDuration / kSpokes);
   for (int spoke = 0; spoke < kSpokes; ++spoke) {
     EXPECT_TRUE(waitFor([&] {
       return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
     }));
   }
   // The first step may be due immediately.
-  EXPECT_GT(x11::steadyNow() - start, kTurn * 10 / kSpokes);
+  EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
 }
 
 TEST_F(X11Indicator, DoesNotTurnWhileNotAnimated) {
-  show(false);
+  showStill();
   EXPECT_EQ(countChangesIn(0.3), 0);
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
 TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
-  show(true);
+  showAnimated();
   EXPECT_NE(system().nextDeadline(), kNever);
   client.unmap(game);
   deliver();
@@ -116,14 +118,14 @@ TEST_F(X11Indicator, HasNoDeadlineWhileItsWindowIsUnmapped) {
 }
 
 TEST_F(X11Indicator, HasNoDeadlineAfterItsSceneIsRemoved) {
-  show(true);
+  showAnimated();
   system().setScene(handle, {});
   deliver();
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
 TEST_F(X11Indicator, IsRedrawnAfterAnotherWindowHidIt) {
-  const Picture picture = show(false);
+  const Picture picture = showStill();
   const xcb_window_t otherWindow = client.makeWindow({400, 250, 200, 200}, 0xFF);
   client.map(otherWindow);
   client.destroy(otherWindow);

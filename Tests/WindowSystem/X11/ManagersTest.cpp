@@ -54,7 +54,7 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   // The manager may choose a position other than the requested position.
   EXPECT_TRUE(waitFor([&] {
     const PixelRect currentFrame = client.areaOnScreen(game);
-    return reports.frame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
+    return reports.lastFrame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
   }));
   EXPECT_GT(client.areaOnScreen(game).x, kGame.x + 100);
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
@@ -67,7 +67,7 @@ TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
   const auto keptControls = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());
   openCoveredGame();
-  const auto hintsCovered = hints();
+  const auto hintsWhileCovered = hints();
   ASSERT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) + keptControls(startsWithMetacity));
   }));
@@ -81,7 +81,7 @@ TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
                             keptControls(!startsWithMetacity));
   }));
   EXPECT_NE(checkWindow(), checkWindowBefore);
-  EXPECT_EQ(hints(), hintsCovered);
+  EXPECT_EQ(hints(), hintsWhileCovered);
   EXPECT_TRUE(
       waitFor([&] { return client.isViewable(game) && client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(reports.count("destroyed"), 0);

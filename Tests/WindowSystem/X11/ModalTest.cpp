@@ -23,7 +23,7 @@ class X11Modal : public X11Test {
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     owner = adoptedWindow.handle;
-    gamePixels = client.areaOnScreen(game);
+    gameArea = client.areaOnScreen(game);
     gameFrame = adoptedWindow.frame;
   }
   WindowHandle openOverGame(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
@@ -39,15 +39,15 @@ class X11Modal : public X11Test {
                           .isMovableByBackground = kind == WindowKind::Modal});
   }
   WindowHandle openModal() { return openOverGame(WindowKind::Modal, 0, {480, 270}); }
-  bool isAt(WindowHandle window, PixelRect expected) {
+  bool waitUntilAt(WindowHandle window, PixelRect expected) {
     return waitFor([&] { return client.areaOnScreen(idOf(window)) == expected; });
   }
 
   Manager windowManager = Manager::None;
   xcb_window_t game = 0;
   WindowHandle owner = WindowHandle::None;
-  PixelRect gamePixels;  // the frame of the game in pixels of the screen
-  CGRect gameFrame;      // the frame of the game in points
+  PixelRect gameArea;  // the content area of the game, in pixels
+  CGRect gameFrame;    // the content area of the game, in points
 };
 
 class X11ModalWithManager : public X11Modal {
@@ -57,7 +57,7 @@ class X11ModalWithManager : public X11Modal {
 
 TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
   const WindowHandle modal = openModal();
-  EXPECT_TRUE(isAt(modal, {gamePixels.x + 80, gamePixels.y + 65, 480, 270}));
+  EXPECT_TRUE(waitUntilAt(modal, {gameArea.x + 80, gameArea.y + 65, 480, 270}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
@@ -102,13 +102,13 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   client.movePointer(frameBefore.x + 130, frameBefore.y + 110);
   deliver();
   client.releaseButton();
-  EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
+  EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
   EXPECT_TRUE(reports.contains(reportLine("frame", modal)));
-  EXPECT_EQ(reports.frame.origin.y, 960 - frameBefore.y - 60 - 270);
+  EXPECT_EQ(reports.lastFrame.origin.y, 960 - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
   client.movePointer(frameBefore.x + 300, frameBefore.y + 300);
   deliver();
-  EXPECT_TRUE(isAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
+  EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
 
 TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
@@ -129,7 +129,7 @@ TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
 TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
   const WindowHandle sheet = openOverGame(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
-  EXPECT_TRUE(isAt(sheet, {gamePixels.x + 120, gamePixels.y, 400, 100}));
+  EXPECT_TRUE(waitUntilAt(sheet, {gameArea.x + 120, gameArea.y, 400, 100}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(sheet)).isAll(kWhite); }));
   EXPECT_THAT(client.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(client.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
@@ -145,7 +145,7 @@ TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
   system().setModalWindow(modal);
   deliver();
   client.takeEventTypes();
-  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  client.click(gameArea.x + 5, gameArea.y + 5);
   client.click(950, 200);
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
@@ -160,7 +160,7 @@ TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicks) {
   client.map(child);
   deliver();
   client.takeEventTypes();
-  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  client.click(gameArea.x + 5, gameArea.y + 5);
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());
 }
 
@@ -181,16 +181,16 @@ TEST_F(X11Modal, TheGameReceivesClicksAgainWithoutAModalWindow) {
   system().setModalWindow(WindowHandle::None);
   deliver();
   client.takeEventTypes();
-  client.click(gamePixels.x + 5, gamePixels.y + 5);
+  client.click(gameArea.x + 5, gameArea.y + 5);
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
 TEST_F(X11Modal, AWindowAdoptedLaterReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
-  const xcb_window_t other = client.openGameWindow({900, 600, 100, 100}, 0);
-  client.selectEvents(other, kButtonEvents);
-  adopt(other);
+  const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);
+  client.selectEvents(otherWindow, kButtonEvents);
+  adopt(otherWindow);
   client.takeEventTypes();
   client.click(950, 650);
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());

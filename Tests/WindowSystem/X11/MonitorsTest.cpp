@@ -46,7 +46,7 @@ TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
   client.configure(game, {700, 100, 500, 300});
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   deliver();
-  EXPECT_EQ(reports.frame, CGRectMake(700, 400, 500, 300));
+  EXPECT_EQ(reports.lastFrame, CGRectMake(700, 400, 500, 300));
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   EXPECT_THAT(log, IsEmpty());
 }
@@ -55,7 +55,7 @@ TEST_F(X11Monitors, FramesAreReportedAgainWhenThePrimaryMonitorChanges) {
   const AdoptedWindow adoptedWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
   addMonitor("*other", "640/169x960/254+0+0", "none");
-  EXPECT_TRUE(waitFor([this] { return reports.frame == CGRectMake(100, 500, 200, 160); }));
+  EXPECT_TRUE(waitFor([this] { return reports.lastFrame == CGRectMake(100, 500, 200, 160); }));
 }
 
 }  // namespace

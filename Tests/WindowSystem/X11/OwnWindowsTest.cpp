@@ -55,7 +55,7 @@ TEST_F(X11OwnWindows, FollowSetFrameWithoutAResizeControl) {
 TEST_F(X11OwnWindows, ReportAFrameThatAnotherClientChanges) {
   const WindowHandle window = openPlayer();
   client.configure(idOf(window), {50, 60, 500, 300});
-  EXPECT_TRUE(waitFor([&] { return reports.frame.size == CGSize{500, 300}; }));
+  EXPECT_TRUE(waitFor([&] { return reports.lastFrame.size == CGSize{500, 300}; }));
   EXPECT_TRUE(reports.contains(reportLine("frame", window)));
 }
 

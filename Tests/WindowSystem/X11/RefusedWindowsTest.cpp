@@ -11,7 +11,7 @@ using testing::HasSubstr;
 
 class X11RefusedWindows : public X11Test {
  protected:
-  std::string refusal(xcb_window_t window) {
+  std::string adoptionError(xcb_window_t window) {
     std::string error;
     EXPECT_FALSE(system().adoptWindow(window, error).has_value());
     return error;
@@ -28,14 +28,14 @@ TEST_F(X11RefusedWindows, TheManagersEndIsNoticedAfterItsCheckWindowIsRefused) {
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
   ASSERT_EQ(checkWindows.size(), 1U);
-  EXPECT_THAT(refusal(checkWindows.front()),
+  EXPECT_THAT(adoptionError(checkWindows.front()),
               HasSubstr("that a window manager uses to announce itself"));
   reports.lines.clear();
   manager.kill();
   // Without a window manager, the back end sets the focus itself.
   EXPECT_TRUE(waitFor([&] { return !client.exists(checkWindows.front()); }));
-  const xcb_window_t other = client.openGameWindow({900, 600, 100, 100}, 0);
-  client.focus(other);
+  const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);
+  client.focus(otherWindow);
   deliver();
   system().requestFocus(handle);
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
@@ -47,7 +47,7 @@ TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
   // The previous id belongs to the helper window through which the back end reads the server's
   // time.
   ASSERT_TRUE(client.exists(ownWindow - 1));
-  EXPECT_THAT(refusal(ownWindow - 1), HasSubstr("it belongs to this program"));
+  EXPECT_THAT(adoptionError(ownWindow - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ownWindow));
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == ownWindow; }));
 }

@@ -16,7 +16,7 @@ using testing::UnorderedElementsAreArray;
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr PixelRect kScreen{0, 0, 1280, 960};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr NSWindowStyleMask kEverything = 15;
+constexpr NSWindowStyleMask kAllControls = 15;
 // The time limits, in seconds, for a window manager to react to a request and to update a frame.
 constexpr double kReactionTime = 0.6;
 constexpr double kSettlingTime = 0.2;
@@ -53,7 +53,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   }
   void uncover() {
     system().setScene(handle, {});
-    system().setStyleMask(handle, kEverything);
+    system().setStyleMask(handle, kAllControls);
     EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
     deliverFor(kSettlingTime);
   }
@@ -79,7 +79,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     const auto state = client.numbers(game, "WM_STATE");
     return !state.empty() && state.front() == 3;
   }
-  bool isWhite() {
+  bool becomesWhite() {
     return waitFor([&] { return client.screenPicture(game).isAll(kWhite); });
   }
 
@@ -128,11 +128,11 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     return effect;
   }
   bool isResizedByDrag() {
-    const PixelRect before = client.areaOnScreen(game);
+    const PixelRect areaBefore = client.areaOnScreen(game);
     const auto extents = client.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
     for (const int inset : {2, 5}) {
-      const int right = before.x + before.width + static_cast<int>(extents.at(1)) - inset;
-      const int bottom = before.y + before.height + static_cast<int>(extents.at(3)) - inset;
+      const int right = areaBefore.x + areaBefore.width + static_cast<int>(extents.at(1)) - inset;
+      const int bottom = areaBefore.y + areaBefore.height + static_cast<int>(extents.at(3)) - inset;
       client.movePointer(right, bottom);
       client.pressButton();
       for (int step = 10; step <= 40; step += 10) {
@@ -140,9 +140,10 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
         deliverFor(0.02);
       }
       client.releaseButton();
-      const bool isResized = becomesTrue([&] { return !hasSize(before.width, before.height); });
-      client.configure(game, before);
-      EXPECT_TRUE(waitFor([&] { return hasSize(before.width, before.height); }));
+      const bool isResized =
+          becomesTrue([&] { return !hasSize(areaBefore.width, areaBefore.height); });
+      client.configure(game, areaBefore);
+      EXPECT_TRUE(waitFor([&] { return hasSize(areaBefore.width, areaBefore.height); }));
       deliverFor(kSettlingTime);
       if (isResized) {
         return true;
@@ -178,7 +179,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
   frame.height = 500;
   client.configure(game, frame);
   EXPECT_TRUE(waitFor([&] { return hasSize(800, 500); }));
-  EXPECT_TRUE(isWhite());
+  EXPECT_TRUE(becomesWhite());
   uncover();
   EXPECT_TRUE(hasSize(800, 500));
 }
@@ -187,10 +188,11 @@ TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
   cover();
   client.requestState(game, true, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
-  EXPECT_TRUE(isWhite());
-  const NSWindowStyleMask kept = GetParam().keptControls | NSWindowStyleMaskResizable;
+  EXPECT_TRUE(becomesWhite());
+  const NSWindowStyleMask keptControls = GetParam().keptControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
-    return reports.contains(reportLine("controls kept", handle) + " " + std::to_string(kept));
+    return reports.contains(reportLine("controls kept", handle) + " " +
+                            std::to_string(keptControls));
   }));
   uncover();
   EXPECT_TRUE(isMaximized());
@@ -198,12 +200,12 @@ TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
 
 TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
   cover();
-  const PixelRect before = client.areaOnScreen(game);
+  const PixelRect areaBefore = client.areaOnScreen(game);
   client.requestState(game, true, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
-  EXPECT_TRUE(isWhite());
+  EXPECT_TRUE(becomesWhite());
   client.requestState(game, false, kFullscreen);
-  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == before; }));
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == areaBefore; }));
   client.requestState(game, true, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   uncover();

@@ -12,16 +12,16 @@ namespace vel::test {
 namespace {
 
 constexpr PixelRect kGame{200, 150, 640, 400};
-constexpr NSWindowStyleMask kEverything = 15;
-constexpr std::string_view kMotif = "_MOTIF_WM_HINTS";
-constexpr std::string_view kNormal = "WM_NORMAL_HINTS";
+constexpr NSWindowStyleMask kAllControls = 15;
+constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
+constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
 
 class X11StyleOwner : public X11Test {
  protected:
-  Property motif(std::vector<std::uint32_t> fields) {
-    return Property::ofNumbers(client.atom(kMotif), fields);
+  Property motifHints(std::vector<std::uint32_t> fields) {
+    return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
-  static Property sizes(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
+  static Property sizeHints(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
     std::array<std::uint32_t, 18> fields{flags};
     fields[5] = fields[6] = minimum;
     fields[7] = fields[8] = maximum;
@@ -33,11 +33,11 @@ class X11StyleOwner : public X11Test {
     deliver();
   }
   void uncover() {
-    system().setStyleMask(handle, kEverything);
+    system().setStyleMask(handle, kAllControls);
     deliver();
   }
   [[nodiscard]] bool hasNoControls() const {
-    const auto hints = client.numbers(game, kMotif);
+    const auto hints = client.numbers(game, kMotifHints);
     return (hints.at(0) & 1U) == 1 && hints.at(1) == 4;
   }
 
@@ -47,103 +47,103 @@ class X11StyleOwner : public X11Test {
 
 TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
   handle = adopt(game).handle;
-  client.setProperty(game, kNormal, sizes(16 | 32, 500, 500));
+  client.setProperty(game, kNormalHints, sizeHints(16 | 32, 500, 500));
   deliver();
   EXPECT_TRUE(reports.contains(reportLine("style", handle) + " 7"));
-  client.setProperty(game, kNormal, sizes(16 | 32, 500, 900));
+  client.setProperty(game, kNormalHints, sizeHints(16 | 32, 500, 900));
   deliver();
   EXPECT_TRUE(reports.contains(reportLine("style", handle) + " 15"));
   EXPECT_EQ(reports.count("style"), 2);
 }
 
 TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
-  const Property noControls = motif({1, 4, 0, 0, 0});
-  client.setProperty(game, kMotif, noControls);
+  const Property noControls = motifHints({1, 4, 0, 0, 0});
+  client.setProperty(game, kMotifHints, noControls);
   handle = adopt(game).handle;
-  client.setProperty(game, kMotif, std::nullopt);
+  client.setProperty(game, kMotifHints, std::nullopt);
   deliver();
   ASSERT_TRUE(reports.contains(reportLine("style", handle) + " 15"));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   // The owner first writes the value that the back end would write. The owner then replaces this
   // value.
-  const Property restricted = motif({3, 4, 26, 0, 0});
-  client.setProperty(game, kMotif, restricted);
+  const Property restricted = motifHints({3, 4, 26, 0, 0});
+  client.setProperty(game, kMotifHints, restricted);
   handle = adopt(game).handle;
-  const Property ownersHints = motif({3, 4 | 8, 26, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
+  const Property ownersHints = motifHints({3, 4 | 8, 26, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   cover();
   for (const auto& ownersHints :
-       {std::optional(motif({3, 62, 126, 0, 0})), std::optional<Property>()}) {
-    client.setProperty(game, kMotif, ownersHints);
-    client.setProperty(game, kNormal, sizes(16 | 32, 100, 1000));
+       {std::optional(motifHints({3, 62, 126, 0, 0})), std::optional<Property>()}) {
+    client.setProperty(game, kMotifHints, ownersHints);
+    client.setProperty(game, kNormalHints, sizeHints(16 | 32, 100, 1000));
     deliver();
     EXPECT_TRUE(hasNoControls());
   }
   uncover();
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(client.property(game, kNormal), sizes(16 | 32, 100, 1000));
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormalHints), sizeHints(16 | 32, 100, 1000));
 }
 
 TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
-  client.setProperty(game, kMotif, motif({2, 0, 2 | 4 | 8, 0, 0}));
+  client.setProperty(game, kMotifHints, motifHints({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
-  auto decorations = client.numbers(game, kMotif);
+  auto decorations = client.numbers(game, kMotifHints);
   decorations[2] &= ~8U;  // the owner removes the title
-  client.setProperty(game, kMotif, motif(decorations));
+  client.setProperty(game, kMotifHints, motifHints(decorations));
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
-  EXPECT_EQ(client.property(game, kMotif), motif({2, 0, 2 | 4, 0, 0}));
+  EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 2 | 4, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeAnotherMaskAreRestored) {
   cover();
-  const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersMotif);
+  const Property ownersMotif = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersMotif);
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
   uncover();
-  EXPECT_EQ(client.property(game, kMotif), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersMotif);
 }
 
 TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreKept) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
-  system().setStyleMask(handle, kEverything);
-  ASSERT_EQ(client.property(game, kMotif), motif({3, 1, 1, 0, 0}));
-  const Property ownersMotif = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersMotif);
+  system().setStyleMask(handle, kAllControls);
+  ASSERT_EQ(client.property(game, kMotifHints), motifHints({3, 1, 1, 0, 0}));
+  const Property ownersMotif = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersMotif);
   deliverFor(0.5);
-  EXPECT_EQ(client.property(game, kMotif), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersMotif);
 }
 
 TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
-  system().setStyleMask(handle, kEverything);
+  system().setStyleMask(handle, kAllControls);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.5);
   EXPECT_TRUE(hasNoControls());
-  system().setStyleMask(handle, kEverything);
-  EXPECT_TRUE(waitFor([&] { return client.property(game, kMotif) == std::nullopt; }));
+  system().setStyleMask(handle, kAllControls);
+  EXPECT_TRUE(waitFor([&] { return client.property(game, kMotifHints) == std::nullopt; }));
 }
 
 TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
@@ -153,12 +153,12 @@ TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
   const Nanoseconds start = steadyNow();
   takeSystem() = nullptr;
   EXPECT_LT(steadyNow() - start, kNanosecondsPerSecond);
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
 TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
   cover();
-  client.setProperty(game, kMotif, motif({1, 4 | 8 | 32, 0, 0, 0}));
+  client.setProperty(game, kMotifHints, motifHints({1, 4 | 8 | 32, 0, 0, 0}));
   deliver();
   EXPECT_EQ(reports.count("style"), 0);
   uncover();
@@ -168,33 +168,34 @@ TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
 TEST_F(X11StyleOwner, OverridingAddsNoFunctionsOrDecorations) {
   // The hints allow resizing (but not maximising), miniaturising and closing. The only decoration
   // is the title.
-  client.setProperty(game, kMotif, motif({3, 2 | 8 | 32, 8, 0, 0}));
+  client.setProperty(game, kMotifHints, motifHints({3, 2 | 8 | 32, 8, 0, 0}));
   handle = adopt(game).handle;
   ASSERT_EQ(reports.count("style"), 0);
-  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
+  system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskClosable);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2 | 8, 8, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 2 | 8, 8, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 2, 8, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
-  client.setProperty(game, kMotif, motif({2, 0, 0, 0, 0}));
+  client.setProperty(game, kMotifHints, motifHints({2, 0, 0, 0, 0}));
   cover();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
 }
 
 TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
-  const Property ownersMotif = motif({1, 4, 0, 7});
-  const Property ownersSizes = sizes(16 | 32, 500, 500);
-  client.setProperty(game, kMotif, ownersMotif);
-  client.setProperty(game, kNormal, ownersSizes);
+  const Property ownersMotif = motifHints({1, 4, 0, 7});
+  const Property ownersSizes = sizeHints(16 | 32, 500, 500);
+  client.setProperty(game, kMotifHints, ownersMotif);
+  client.setProperty(game, kNormalHints, ownersSizes);
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_NE(client.property(game, kMotif), ownersMotif);  // the override removes the decorations
-  EXPECT_EQ(client.property(game, kNormal), ownersSizes);
+  EXPECT_NE(client.property(game, kMotifHints),
+            ownersMotif);  // the override removes the decorations
+  EXPECT_EQ(client.property(game, kNormalHints), ownersSizes);
 }
 
 TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
@@ -206,7 +207,7 @@ TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
     XClient owner(server.display());
     for (std::uint32_t next = 1; next <= kRounds; ++next) {
       round.wait(next - 1);
-      const Property value = motif({1, 62, 0, next, 0});
+      const Property value = motifHints({1, 62, 0, next, 0});
       xcb_change_property(owner.connection(), XCB_PROP_MODE_REPLACE, game, value.type, value.type,
                           32, 5, value.bytes.data());
       xcb_flush(owner.connection());
@@ -225,7 +226,7 @@ TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
     writtenRound.wait(next - 1);
     deliver();
     uncover();
-    lostCount += client.property(game, kMotif) == motif({1, 62, 0, next, 0}) ? 0U : 1U;
+    lostCount += client.property(game, kMotifHints) == motifHints({1, 62, 0, next, 0}) ? 0U : 1U;
   }
   writer.join();
   EXPECT_EQ(lostCount, 0U);

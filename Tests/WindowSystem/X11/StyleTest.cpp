@@ -13,85 +13,86 @@ using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 constexpr PixelRect kGame{200, 150, 640, 400};
-constexpr NSWindowStyleMask kEverything = 15;
-constexpr std::string_view kMotif = "_MOTIF_WM_HINTS";
-constexpr std::string_view kNormal = "WM_NORMAL_HINTS";
+constexpr NSWindowStyleMask kAllControls = 15;
+constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
+constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
 
 class X11Style : public X11Test {
  protected:
   xcb_window_t game = client.openGameWindow(kGame, 0);
 
-  Property motif(std::vector<std::uint32_t> fields) {
-    return Property::ofNumbers(client.atom(kMotif), fields);
+  Property motifHints(std::vector<std::uint32_t> fields) {
+    return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
 };
 
 TEST_F(X11Style, AdoptionDoesNotChangeTheHints) {
-  const auto normal = client.property(game, kNormal);
+  const auto normalHints = client.property(game, kNormalHints);
   adopt(game);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(client.property(game, kNormal), normal);
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormalHints), normalHints);
 }
 
 TEST_F(X11Style, OverridesTheControlsOneByOne) {
   const WindowHandle handle = adopt(game).handle;
-  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskResizable);
+  system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskResizable);
   deliver();
   // The first fields are the flags, the functions (resize 2, move 4, minimise 8, maximise 16, close
   // 32) and the decorations (border 2, resize handles 4, title 8, menu 16, minimise 32, maximise
   // 64).
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 44, 58, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 36, 26, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 36, 26, 0, 0}));
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 26, 0, 0}));
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 26, 0, 0}));
 }
 
 TEST_F(X11Style, NeverChangesTheSizeHintsOfTheGame) {
-  const auto before = client.property(game, kNormal);
+  const auto hintsBefore = client.property(game, kNormalHints);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_EQ(client.property(game, kNormal), before);
+  EXPECT_EQ(client.property(game, kNormalHints), hintsBefore);
   client.configure(game, {0, 0, 800, 600});
   EXPECT_TRUE(waitFor([&] { return reports.count("frame") > 0; }));
-  EXPECT_EQ(client.property(game, kNormal), before);
+  EXPECT_EQ(client.property(game, kNormalHints), hintsBefore);
 }
 
 TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
   // `_MOTIF_WM_HINTS` has fields that the style mask does not express, and an unusual type.
   // `WM_NORMAL_HINTS` has the length that older versions of the protocol define.
-  const Property motifBefore{
-      .type = XCB_ATOM_CARDINAL, .format = 32, .bytes = motif({1 | 4, 1 | 32, 77, 2, 9}).bytes};
+  const Property motifBefore{.type = XCB_ATOM_CARDINAL,
+                             .format = 32,
+                             .bytes = motifHints({1 | 4, 1 | 32, 77, 2, 9}).bytes};
   const std::vector<std::uint32_t> shortHints{64 | 256, 1, 2, 3, 4, 5, 6, 7, 8, 3, 5, 1, 2, 3, 4};
   const Property normalBefore = Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, shortHints);
-  client.setProperty(game, kMotif, motifBefore);
-  client.setProperty(game, kNormal, normalBefore);
+  client.setProperty(game, kMotifHints, motifBefore);
+  client.setProperty(game, kNormalHints, normalBefore);
   const AdoptedWindow adoptedWindow = adopt(game);
-  EXPECT_EQ(adoptedWindow.styleMask, kEverything & ~NSWindowStyleMaskClosable);
+  EXPECT_EQ(adoptedWindow.styleMask, kAllControls & ~NSWindowStyleMaskClosable);
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_NE(client.property(game, kMotif), motifBefore);
-  EXPECT_EQ(client.property(game, kNormal), normalBefore);
+  EXPECT_NE(client.property(game, kMotifHints), motifBefore);
+  EXPECT_EQ(client.property(game, kNormalHints), normalBefore);
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), motifBefore);
-  EXPECT_EQ(client.property(game, kNormal), normalBefore);
+  EXPECT_EQ(client.property(game, kMotifHints), motifBefore);
+  EXPECT_EQ(client.property(game, kNormalHints), normalBefore);
 }
 
 TEST_F(X11Style, RestoresMissingHints) {
-  client.setProperty(game, kNormal, std::nullopt);
+  client.setProperty(game, kNormalHints, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  EXPECT_NE(client.property(game, kMotif), std::nullopt);
-  system().setStyleMask(handle, kEverything);
+  EXPECT_NE(client.property(game, kMotifHints), std::nullopt);
+  system().setStyleMask(handle, kAllControls);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
-  EXPECT_EQ(client.property(game, kNormal), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
+  EXPECT_EQ(client.property(game, kNormalHints), std::nullopt);
 }
 
 TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
@@ -99,68 +100,68 @@ TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   system().setStyleMask(handle, ~NSWindowStyleMask{0});
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), std::nullopt);
+  EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
 TEST_F(X11Style, RestoresHintsThatTheGameWroteWhileOverridden) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
+  const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
-  system().setStyleMask(handle, kEverything);
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kAllControls);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
-  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
-  system().setStyleMask(handle, kEverything);  // no event has been delivered
+  const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
+  system().setStyleMask(handle, kAllControls);  // no event has been delivered
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBefore) {
   const WindowHandle handle = adopt(game).handle;
-  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
+  const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
-  system().setStyleMask(handle, kEverything);
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kAllControls);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeOverriding) {
   const WindowHandle handle = adopt(game).handle;
-  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
+  const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
-  system().setStyleMask(handle, kEverything);
+  system().setStyleMask(handle, kAllControls);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoChanges) {
   const WindowHandle handle = adopt(game).handle;
-  system().setStyleMask(handle, kEverything & ~NSWindowStyleMaskClosable);
+  system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskClosable);
   client.waitForServer();
-  const Property ownersHints = motif({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotif, ownersHints);
+  const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersHints);
   client.waitForServer();
   system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
   deliver();
-  EXPECT_EQ(client.numbers(game, kMotif), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
-  system().setStyleMask(handle, kEverything);
+  EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
+  system().setStyleMask(handle, kAllControls);
   deliver();
-  EXPECT_EQ(client.property(game, kMotif), ownersHints);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
 TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
@@ -200,7 +201,7 @@ class X11StyleWithManager : public X11Test {
 TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizing) {
   const xcb_window_t game = openManagedGame(Manager::Metacity);
   const AdoptedWindow adoptedWindow = adopt(game);
-  ASSERT_EQ(adoptedWindow.styleMask, kEverything);
+  ASSERT_EQ(adoptedWindow.styleMask, kAllControls);
   EXPECT_THAT(allowedActions(game), SizeIs(3));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));

@@ -10,7 +10,7 @@ class X11Display final : public TestDisplay {
  public:
   explicit X11Display(Manager manager)
       : client_(server_.display()), manager_(startManager(manager, server_, client_)) {
-    other_ = openGame({900, 600, 100, 100});
+    otherWindow_ = openGame({900, 600, 100, 100});
     std::string error;
     system_ = X11WindowSystem::open(server_.display(), error);
     if (system_ == nullptr) {
@@ -19,7 +19,7 @@ class X11Display final : public TestDisplay {
   }
 
   WindowSystem& system() override { return *system_; }
-  void userGoesToAnotherApplication() override { client_.focus(other_); }
+  void userGoesToAnotherApplication() override { client_.focus(otherWindow_); }
   void userComesBackTo(WindowHandle window) override { client_.focus(idOf(window)); }
   void userClosesWindow(WindowHandle window) override {
     client_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
@@ -50,7 +50,7 @@ class X11Display final : public TestDisplay {
   XServer server_;
   XClient client_;
   Process manager_;
-  xcb_window_t other_ = 0;  // gets the focus when the user leaves the application
+  xcb_window_t otherWindow_ = 0;  // gets the focus when the user leaves the application
   std::unique_ptr<X11WindowSystem> system_;
 };
 
