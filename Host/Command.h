@@ -25,9 +25,9 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A function that runs a command and returns the exit status. For each command, a function
-/// `add…Command(CLI::App& program, CommandRun& chosenRun)` adds the command to the program. If the
-/// user chooses the command, parsing the command line sets `chosenRun`.
-using CommandRun = std::function<int()>;
+/// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
+/// `addShowCommand` add a command to the program. Parsing a command line that names the command
+/// sets their parameter `selectedCommand`.
+using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

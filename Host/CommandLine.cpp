@@ -45,9 +45,9 @@ int runCommandLine(int argc, const char* const* argv) {
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
   program.require_subcommand(0, 1);
-  CommandRun chosenRun;
-  addShowCommand(program, chosenRun);
-  addPlayCommand(program, chosenRun);
+  CommandFunction selectedCommand;
+  addShowCommand(program, selectedCommand);
+  addPlayCommand(program, selectedCommand);
   addCommonFlags(program);
   for (CLI::App* const command : program.get_subcommands({})) {
     addCommonFlags(*command);
@@ -55,10 +55,10 @@ int runCommandLine(int argc, const char* const* argv) {
 
   try {
     program.parse(argc, argv);
-    if (!chosenRun) {
+    if (!selectedCommand) {
       throw UsageError("a command is missing; see launchscreen --help");
     }
-    return chosenRun();
+    return selectedCommand();
   } catch (const CLI::Success& request) {  // --help or --version
     return program.exit(request);
   } catch (const CLI::Error& error) {

@@ -33,7 +33,7 @@ std::string readFile(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   std::string text = readAll(file);
   if (!file.eof() || file.bad()) {  // the file was not opened, or was not read to its end
-    throw UsageError(inOneLine(name) + ": cannot be read: " + std::strerror(errno));
+    throw UsageError(escapeControlCharacters(name) + ": cannot be read: " + std::strerror(errno));
   }
   return text;
 }
@@ -67,14 +67,16 @@ class TimelineFile {
   /// Throws a UsageError if the file cannot be opened.
   explicit TimelineFile(const std::string& path) : path_(path), file_(path, std::ios::binary) {
     if (!file_) {
-      throw UsageError("--timeline: " + inOneLine(path_) + ": " + std::strerror(errno));
+      throw UsageError("--timeline: " + escapeControlCharacters(path_) + ": " +
+                       std::strerror(errno));
     }
   }
 
   Timeline& timeline() { return timeline_; }
   void write(const std::string& title) {
     if (!(file_ << timelineSvg(timeline_, title) << std::flush)) {
-      throw std::runtime_error("--timeline: " + inOneLine(path_) + ": cannot be written");
+      throw std::runtime_error("--timeline: " + escapeControlCharacters(path_) +
+                               ": cannot be written");
     }
   }
 
@@ -88,7 +90,8 @@ class TimelineFile {
 
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out) {
   const bool isStandardInput = options.file == "-";
-  const std::string name = isStandardInput ? "standard input" : inOneLine(options.file);
+  const std::string name =
+      isStandardInput ? "standard input" : escapeControlCharacters(options.file);
   Scenario scenario;
   try {
     scenario = readScenario(isStandardInput ? readAll(standardInput) : readFile(options.file));
@@ -111,7 +114,7 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
   return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
 }
 
-void addPlayCommand(CLI::App& program, CommandRun& chosenRun) {
+void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand) {
   CLI::App* const command =
       program.add_subcommand("play", "Play a scenario in virtual time and print what happened");
   auto options = std::make_shared<PlayOptions>();
@@ -119,8 +122,8 @@ void addPlayCommand(CLI::App& program, CommandRun& chosenRun) {
       ->required();
   command->add_option("--timeline", options->timelinePath, "Draw the play into this file, as SVG")
       ->type_name("FILE");
-  command->callback([options, &chosenRun] {
-    chosenRun = [options] { return play(*options, std::cin, std::cout); };
+  command->callback([options, &selectedCommand] {
+    selectedCommand = [options] { return play(*options, std::cin, std::cout); };
   });
 }
 

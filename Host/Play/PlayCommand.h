@@ -25,7 +25,7 @@ struct PlayOptions {
 /// nothing is written to `out`.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
-/// Adds the command to the program; see `CommandRun`.
-void addPlayCommand(CLI::App& program, CommandRun& chosenRun);
+/// Adds the command to the program; see `CommandFunction`.
+void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -19,7 +19,7 @@ constexpr std::size_t kShortestBar = 5;
 // the tick that is at most this far from the second.
 const double kHalfStep = expirationTimeStep / 2;
 
-std::string lineOf(double time, std::string_view text) {
+std::string formatLine(double time, std::string_view text) {
   char prefix[32];
   std::snprintf(prefix, sizeof prefix, "%8.3f s  ", time);
   std::string line = prefix + std::string(text);
@@ -38,7 +38,7 @@ std::string timeLeftText(double seconds, int decimals) {
 }  // namespace
 
 void LineConsole::report(double time, std::string_view text) {
-  *out_ << lineOf(time, text) << std::endl;
+  *out_ << formatLine(time, text) << std::endl;
 }
 
 void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
@@ -82,26 +82,26 @@ std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::
 
 void LiveConsole::report(double time, std::string_view text) {
   reports_.append(reports_.empty() ? "" : kSeparator).append(text);
-  std::string line = lineOf(time, reports_);
+  std::string line = formatLine(time, reports_);
   // If the line is too long, drop the oldest reports.
-  for (auto end = reports_.find(kSeparator); line.size() >= columns_() && end != std::string::npos;
-       end = reports_.find(kSeparator)) {
+  for (auto end = reports_.find(kSeparator);
+       line.size() >= columnCount_() && end != std::string::npos; end = reports_.find(kSeparator)) {
     reports_.erase(0, end + kSeparator.size());
-    line = lineOf(time, reports_);
+    line = formatLine(time, reports_);
   }
   write(line);
 }
 
 void LiveConsole::reportPermanently(double time, std::string_view text) {
   clearLine();
-  *out_ << lineOf(time, text) << std::endl;
+  *out_ << formatLine(time, text) << std::endl;
   lineWidth_ = 0;
 }
 
 void LiveConsole::showTimeLeft(double /*time*/, const TimeLeft& timeLeft) {
   reports_.clear();
   write(countdownLine(timeLeft, timeLeft.countdown == CountdownState::Paused ? kPaused : hint_,
-                      columns_() - 1));
+                      columnCount_() - 1));
 }
 
 void LiveConsole::clearLine() {
@@ -121,7 +121,7 @@ void LiveConsole::finish() {
 void LiveConsole::write(std::string_view line) {
   // A line that reaches the last column could wrap, and then the next line could not replace the
   // whole line.
-  const std::string_view visibleLine = line.substr(0, columns_() - 1);
+  const std::string_view visibleLine = line.substr(0, columnCount_() - 1);
   const std::size_t columnsToErase =
       lineWidth_ > visibleLine.size() ? lineWidth_ - visibleLine.size() : 0;
   lineWidth_ = visibleLine.size();

@@ -64,11 +64,11 @@ class LiveConsole final : public Console {
  public:
   /// Returns the width of the terminal in columns. The console calls this function for each line,
   /// because the width may change.
-  using Columns = std::function<std::size_t()>;
+  using ColumnCounter = std::function<std::size_t()>;
 
   /// `out` must outlive the console. The console shows `hint` during the countdown.
-  LiveConsole(std::ostream& out, Columns columns, std::string_view hint)
-      : out_(&out), columns_(std::move(columns)), hint_(hint) {}
+  LiveConsole(std::ostream& out, ColumnCounter columns, std::string_view hint)
+      : out_(&out), columnCount_(std::move(columns)), hint_(hint) {}
 
   void report(double time, std::string_view text) override;
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
@@ -83,14 +83,14 @@ class LiveConsole final : public Console {
   void write(std::string_view line);
 
   std::ostream* out_;
-  Columns columns_;
+  ColumnCounter columnCount_;
   std::string hint_;
   std::string reports_;        // the reports since the latest call of `showTimeLeft`
   std::size_t lineWidth_ = 0;  // the number of columns that the line uses
 };
 
-/// Returns a line of at most `columns` columns with the time left, a bar that fills as time passes,
-/// and a note.
+/// Returns a line of at most `columns` columns: the time left, a bar that fills as time passes, and
+/// the note.
 [[nodiscard]] std::string countdownLine(const TimeLeft& timeLeft, std::string_view note,
                                         std::size_t columns);
 

@@ -16,7 +16,7 @@ namespace vel::host {
 namespace {
 
 // Returns the current date and time in UTC, in the format of ISO 8601 with milliseconds.
-std::string timeOfDay() {
+std::string currentDateAndTime() {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
   const auto milliseconds =
@@ -39,9 +39,10 @@ EventsFile::EventsFile(std::string path)
   }
 }
 
-bool EventsFile::append(std::string_view event, double time) {
-  const nlohmann::ordered_json line{
-      {"event", event}, {"time", timeOfDay()}, {"seconds", std::round(time * 1000) / 1000}};
+bool EventsFile::append(std::string_view event, double seconds) {
+  const nlohmann::ordered_json line{{"event", event},
+                                    {"time", currentDateAndTime()},
+                                    {"seconds", std::round(seconds * 1000) / 1000}};
   // JSON must be UTF-8, so invalid bytes in the name are replaced.
   file_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
   return file_.good();

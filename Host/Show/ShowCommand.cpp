@@ -212,7 +212,7 @@ void checkOptions(ShowOptions& options) {
 
 }  // namespace
 
-void addShowCommand(CLI::App& program, CommandRun& chosenRun) {
+void addShowCommand(CLI::App& program, CommandFunction& selectedCommand) {
   // The options must outlive this function, because CLI11 writes to the options when it parses the
   // command line.
   auto options = std::make_shared<ShowOptions>();
@@ -221,9 +221,9 @@ void addShowCommand(CLI::App& program, CommandRun& chosenRun) {
   addRequestOptions(*command, *options);
   addWindowOptions(*command, *options);
   addRunOptions(*command, *options);
-  command->final_callback([options, &chosenRun] {
+  command->final_callback([options, &selectedCommand] {
     checkOptions(*options);
-    chosenRun = [options] { return show(*options); };
+    selectedCommand = [options] { return show(*options); };
   });
 }
 

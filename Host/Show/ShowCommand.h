@@ -5,7 +5,7 @@
 
 namespace vel::host {
 
-/// Adds the command to the program; see `CommandRun`.
-void addShowCommand(CLI::App& program, CommandRun& chosenRun);
+/// Adds the command to the program; see `CommandFunction`.
+void addShowCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -27,7 +27,7 @@ class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> 
   using Class::Class;
 };
 
-std::string namesOf(NSWindowStyleMask controls) {
+std::string controlNames(NSWindowStyleMask controls) {
   constexpr std::array<std::pair<NSWindowStyleMask, std::string_view>, 3> kNames{
       {{NSWindowStyleMaskClosable, "close"},
        {NSWindowStyleMaskMiniaturizable, "miniaturise"},
@@ -41,7 +41,8 @@ std::string namesOf(NSWindowStyleMask controls) {
   return names.empty() ? "none" : names;
 }
 
-// Returns the host's number for a presentation. The library uses other numbers for its modes.
+// Returns the content framework's number for a presentation mode. The view controller of the
+// library numbers its modes differently.
 std::int32_t hostMode(const std::string& presentation) {
   static const std::map<std::string, std::int32_t> kModes{
       {"embedded", 0}, {"sheet", 1}, {"modal", 2}};
@@ -71,25 +72,25 @@ void ShowSession::start() {
   } else {
     openPlayerWindow();
   }
-  if (player_ == nullptr) {
+  if (playerWindow_ == nullptr) {
     return;
   }
-  playerStyle_ = player_->styleMask();
+  playerStyle_ = playerWindow_->styleMask();
   if (options_.hasContentController) {
-    player_->setContentViewController(make<NSViewController>());
+    playerWindow_->setContentViewController(make<NSViewController>());
   }
   if (!options_.window) {
-    squareView_ = MovingSquareView::startIn(player_);
+    squareView_ = MovingSquareView::startIn(playerWindow_);
   }
-  player_->makeKeyAndOrderFront();
+  playerWindow_->makeKeyAndOrderFront();
   // A new window may still move until it becomes key, so `update` sends the request later. An
   // adopted window is already at its final position.
-  if (options_.window || player_->isKeyWindow()) {
-    request();
+  if (options_.window || playerWindow_->isKeyWindow()) {
+    sendRequest();
   }
 }
 
-void ShowSession::request() {
+void ShowSession::sendRequest() {
   startTime_ = NSRunLoop::mainRunLoop().now();
   broker_ = make<EngineBroker>();
   manager_ = LaunchScreenManager::init();
@@ -110,18 +111,18 @@ void ShowSession::request() {
 }
 
 void ShowSession::openPlayerWindow() {
-  player_ = NSWindow::initAs<PlayerWindow>(CGRect{{}, options_.size},
-                                           NSWindowStyleMaskTitled | kControls);
-  player_->setTitle("launchscreen: player");
+  playerWindow_ = NSWindow::initAs<PlayerWindow>(CGRect{{}, options_.size},
+                                                 NSWindowStyleMaskTitled | kControls);
+  playerWindow_->setTitle("launchscreen: player");
 }
 
 void ShowSession::adoptPlayerWindow(std::uint64_t window) {
   std::string error;
-  player_ = NSApp->adoptWindow(window, error);
-  if (player_ == nullptr) {
+  playerWindow_ = NSApp->adoptWindow(window, error);
+  if (playerWindow_ == nullptr) {
     fail(error);
-  } else if (!player_->isOnScreen()) {
-    player_ = nullptr;
+  } else if (!playerWindow_->isOnScreen()) {
+    playerWindow_ = nullptr;
     fail("the window is not on the screen");
   }
 }
@@ -129,7 +130,7 @@ void ShowSession::adoptPlayerWindow(std::uint64_t window) {
 void ShowSession::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
   if (data->state() == ContentDataStateLoaded) {
-    report("request answered");
+    report("content loaded");
   } else if (data->state() == ContentDataStateFailed) {
     fail("the launch screen cannot be shown: " +
          std::string(send(data->error(), &NSError::domain)));
@@ -150,7 +151,8 @@ void ShowSession::present(const Strong<ContentData>& data) {
     send(controller, &LaunchScreenViewController::createConstraintsActivityIndicator);
   }
   totalTime_ = manager_->launchScreenExpirationTimeLeft();
-  presentation_->presentForWindowWithPresentationMode(player_, hostMode(options_.presentation));
+  presentation_->presentForWindowWithPresentationMode(playerWindow_,
+                                                      hostMode(options_.presentation));
   if (!isCovering()) {
     fail("nothing is shown: a " + options_.presentation +
          " needs a player window with a content view controller (--content-controller)");
@@ -173,11 +175,11 @@ void ShowSession::skip() {
 }
 
 bool ShowSession::update() {
-  if (player_ != nullptr && manager_ == nullptr && !outcome_) {
-    if (!player_->isVisible()) {
+  if (playerWindow_ != nullptr && manager_ == nullptr && !outcome_) {
+    if (!playerWindow_->isVisible()) {
       fail("the player window was closed");
-    } else if (player_->isKeyWindow() || time() >= kMaximumWaitForKey) {
-      request();
+    } else if (playerWindow_->isKeyWindow() || time() >= kMaximumWaitForKey) {
+      sendRequest();
     }
   }
   if (isCovering() && !isDismissed_) {
@@ -197,7 +199,8 @@ bool ShowSession::update() {
                                "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
-      // The event is recorded only while a required window is key. No such window is left.
+      // The library records the event only while a window that shows the launch screen is key. Such
+      // a window no longer exists.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
@@ -218,7 +221,7 @@ void ShowSession::shutDown() {
   }
   reportUncovered();
   send(squareView_, &MovingSquareView::stop);
-  send(player_, &NSWindow::close);
+  send(playerWindow_, &NSWindow::close);
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
   send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
@@ -236,7 +239,7 @@ void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep
 }
 
 void ShowSession::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
-  if (&window != player_.get()) {
+  if (&window != playerWindow_.get()) {
     return;
   }
   if (!areControlsRemoved_ && (styleMask & kControls) == 0) {
@@ -280,15 +283,15 @@ void ShowSession::displayLost(std::string_view reason) {
 }
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask controls) {
-  if (&window == player_.get() && areControlsRemoved_) {
+  if (&window == playerWindow_.get() && areControlsRemoved_) {
     console_->reportPermanently(time(),
-                                "controls kept by the window manager: " + namesOf(controls));
+                                "controls kept by the window manager: " + controlNames(controls));
   }
 }
 
 void ShowSession::takeScreenshot() {
   needsScreenshot_ = false;
-  const auto picture = NSApp->windowSystem().picture(player_->handle());
+  const auto picture = NSApp->windowSystem().picture(playerWindow_->handle());
   if (!picture) {
     fail("no screenshot: the player window is not on a screen");
   } else if (const std::string reason = writePng(*picture, options_.screenshotPath);

@@ -52,7 +52,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// does nothing.
   void shutDown();
 
-  [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return player_; }
+  [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return playerWindow_; }
 
   // ContentResolverDelegate
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& resolver,
@@ -68,7 +68,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
 
   void openPlayerWindow();
   void adoptPlayerWindow(std::uint64_t window);
-  void request();
+  void sendRequest();
   void present(const Strong<ContentData>& data);
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);
@@ -94,7 +94,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
 
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
-  Strong<NSWindow> player_;
+  Strong<NSWindow> playerWindow_;
   Strong<MovingSquareView> squareView_;
   Strong<CVPresentationFullScreen> presentation_;
   Strong<NSViewController> cover_;

@@ -49,14 +49,15 @@ class KeyText {
 void addInspection(KeyText& key, const ObservedPlay& play) {
   const auto [manager, configuration, content, controller, application] =
       host::inspect(*play.manager(), play.names());
-  key << manager.content << manager.tempContent << manager.appIsUnfocused << manager.eventWasSended
-      << manager.launchScreenExpirationTimer << manager.launchScreenExpirationTimeLeft
-      << manager.launchScreenExpired << manager.launchShouldBeClosed;
-  key << configuration.viewController << configuration.skipMode << configuration.nextEventName
+  key << manager.hasContent << manager.hasTempContent << manager.appIsUnfocused
+      << manager.eventWasSended << manager.hasLaunchScreenExpirationTimer
+      << manager.launchScreenExpirationTimeLeft << manager.launchScreenExpired
+      << manager.launchShouldBeClosed;
+  key << configuration.hasViewController << configuration.skipMode << configuration.nextEventName
       << configuration.expirationTimeInterval;
   key << content.has_value() << controller.has_value();
   if (content) {
-    key << content->state << content->error.has_value() << content->contentRequest;
+    key << content->state << content->error.has_value() << content->hasContentRequest;
   }
   key << application.keyWindow << application.mainWindow << application.modalWindow;
   for (const auto& window : application.orderedWindows) {

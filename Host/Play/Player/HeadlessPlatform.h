@@ -14,8 +14,8 @@ class HeadlessPlatform : private NonCopyable {
   explicit HeadlessPlatform(NSOperatingSystemVersion version);
   ~HeadlessPlatform();
 
-  /// Returns the window system, which also simulates what a user does with windows.
-  [[nodiscard]] HeadlessWindowSystem& user() { return *windowSystem_; }
+  /// Returns the window system, whose functions also simulate the user.
+  [[nodiscard]] HeadlessWindowSystem& windowSystem() { return *windowSystem_; }
 
  private:
   HeadlessWindowSystem* windowSystem_ = nullptr;  // owned by the application

@@ -11,7 +11,7 @@
 
 namespace vel::host {
 
-/// A window whose class name is given at run time.
+/// A window whose class name is chosen at run time.
 class HostWindow final : public Class<HostWindow, "NSWindow", NSWindow> {
  public:
   HostWindow(std::string_view className, CGRect frame, NSWindowStyleMask styleMask)
@@ -22,7 +22,7 @@ class HostWindow final : public Class<HostWindow, "NSWindow", NSWindow> {
   std::string className_;
 };
 
-/// A plain view controller whose class name is given at run time.
+/// A plain view controller whose class name is chosen at run time.
 class HostViewController final
     : public Class<HostViewController, "NSViewController", NSViewController> {
  public:
@@ -33,6 +33,7 @@ class HostViewController final
   std::string className_;
 };
 
+/// Calls a handler for each resolver that is registered.
 class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, ContentBroker> {
  public:
   using RegistrationHandler = std::function<void(const Strong<ContentResolver>& resolver)>;
@@ -77,8 +78,8 @@ class UndeclaredResolverDelegate final
   StateHandler handler_;
 };
 
-/// A view delegate that responds to the operations in its script. It returns the value in the
-/// script and reports each call to a handler.
+/// A view delegate that responds to the operations in its script. `canContentViewDisappear` returns
+/// the value in the script. Each operation first calls the handler.
 class ScriptedViewDelegate final
     : public Class<ScriptedViewDelegate, "ScriptedViewDelegate", NSObject, ContentViewDelegate> {
  public:

@@ -13,7 +13,7 @@ namespace vel::host {
 Player::Player(const Scenario& scenario, PlayListener& listener)
     : scenario_(scenario), listener_(listener), platform_(scenario.host.osVersion) {
   for (const WindowScript& script : scenario.host.windows) {
-    windows_.push_back(open(script));
+    windows_.push_back(openWindow(script));
   }
   if (!windows_.empty()) {
     windows_.front()->makeKeyWindow();
@@ -118,7 +118,7 @@ bool Player::isCovered() {
   return !shownCovers_.empty();
 }
 
-Strong<NSWindow> Player::open(const WindowScript& script) {
+Strong<NSWindow> Player::openWindow(const WindowScript& script) {
   Strong<NSWindow> window =
       NSWindow::initAs<HostWindow>(script.className, script.frame, script.styleMask);
   names_.add(window, script.name);

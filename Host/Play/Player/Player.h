@@ -31,8 +31,8 @@ class Player final : private PlatformObserver {
   /// Plays the whole scenario.
   PlayOutcome play();
 
-  /// Plays one step: runs the loop until the step's time and performs the step. For callers that do
-  /// not play the whole scenario.
+  /// Plays one step: runs the loop until the step's time and performs the step. Tests call this
+  /// function instead of `play()`.
   void play(const Step& step);
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
   [[nodiscard]] WindowNames& names() { return names_; }
@@ -51,7 +51,7 @@ class Player final : private PlatformObserver {
   void reportState();
   void report(TraceEvent event);
 
-  Strong<NSWindow> open(const WindowScript& script);
+  Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& script);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;

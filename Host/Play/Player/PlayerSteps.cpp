@@ -152,7 +152,9 @@ void Player::perform(const step::ViewDelegate& action) { setViewDelegate(action.
 
 // Windows and the application
 
-void Player::perform(const step::OpenWindow& action) { windows_.push_back(open(action.script)); }
+void Player::perform(const step::OpenWindow& action) {
+  windows_.push_back(openWindow(action.script));
+}
 
 void Player::perform(const step::CloseWindow& action) {
   send(names_.window(action.window), &NSWindow::close);
@@ -170,14 +172,16 @@ void Player::perform(const step::Deminiaturize& action) {
   send(names_.window(action.window), &NSWindow::deminiaturize);
 }
 
-void Player::perform(const step::ResignKey& /*action*/) { platform_.user().userMovesFocusAway(); }
+void Player::perform(const step::ResignKey& /*action*/) {
+  platform_.windowSystem().userMovesFocusAway();
+}
 
 void Player::perform(const step::DeactivateApp& /*action*/) {
-  platform_.user().userDeactivatesApplication();
+  platform_.windowSystem().userDeactivatesApplication();
 }
 
 void Player::perform(const step::ActivateApp& /*action*/) {
-  platform_.user().userActivatesApplication();
+  platform_.windowSystem().userActivatesApplication();
 }
 
 void Player::perform(const step::StopModal& /*action*/) { NSApp->stopModal(); }

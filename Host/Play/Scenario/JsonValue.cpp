@@ -7,42 +7,42 @@ namespace vel::host {
 
 using Json = nlohmann::json;
 
-void JsonValue::refuse(std::string_view expected) const {
-  throw ScenarioError(place_.to_string(),
+void JsonValue::throwExpected(std::string_view expected) const {
+  throw ScenarioError(pointer_.to_string(),
                       std::string(expected) + (isPresent() ? "" : ", which is missing"));
 }
 
 bool JsonValue::boolean() const {
   if (!isPresent() || !json_->is_boolean()) {
-    refuse("true or false");
+    throwExpected("true or false");
   }
   return json_->get<bool>();
 }
 
-std::string JsonValue::text(std::string_view expected) const {
+std::string JsonValue::string(std::string_view expected) const {
   if (!isPresent() || !json_->is_string()) {
-    refuse(expected);
+    throwExpected(expected);
   }
   return json_->get<std::string>();
 }
 
-std::optional<std::string> JsonValue::textOrNull(std::string_view expected) const {
+std::optional<std::string> JsonValue::stringOrNull(std::string_view expected) const {
   if (isNull()) {
     return std::nullopt;
   }
-  return text(expected);
+  return string(expected);
 }
 
 double JsonValue::number() const {
   if (!isPresent() || !json_->is_number()) {
-    refuse("a number");
+    throwExpected("a number");
   }
   return json_->get<double>();
 }
 
-double JsonValue::numberOrWord() const {
+double JsonValue::numberOrNonFinite() const {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  static constexpr NamedValue<double> kWords[] = {
+  static constexpr NamedValue<double> kNonFiniteNumbers[] = {
       {"nan", std::numeric_limits<double>::quiet_NaN()},
       {"inf", kInfinity},
       {"-inf", -kInfinity},
@@ -50,12 +50,12 @@ double JsonValue::numberOrWord() const {
   if (isPresent() && json_->is_number()) {
     return number();
   }
-  for (const NamedValue<double>& word : kWords) {
-    if (isPresent() && *json_ == word.name) {
-      return word.value;
+  for (const NamedValue<double>& entry : kNonFiniteNumbers) {
+    if (isPresent() && *json_ == entry.name) {
+      return entry.value;
     }
   }
-  refuse(R"(a number, "nan", "inf" or "-inf")");
+  throwExpected(R"(a number, "nan", "inf" or "-inf")");
 }
 
 std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) const {
@@ -67,49 +67,50 @@ std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) cons
       return number;
     }
   }
-  refuse("an integer from " + std::to_string(minimum) + " to " + std::to_string(maximum));
+  throwExpected("an integer from " + std::to_string(minimum) + " to " + std::to_string(maximum));
 }
 
 std::uint64_t JsonValue::unsigned64() const {
   if (!isPresent() || !json_->is_number_unsigned()) {
-    refuse("an integer from 0 to 18446744073709551615");
+    throwExpected("an integer from 0 to 18446744073709551615");
   }
   return json_->get<std::uint64_t>();
 }
 
 std::vector<JsonValue> JsonValue::elements(std::string_view expected) const {
   if (!isPresent() || !json_->is_array()) {
-    refuse(expected);
+    throwExpected(expected);
   }
   std::vector<JsonValue> values;
   for (std::size_t index = 0; index < json_->size(); ++index) {
-    values.emplace_back(&(*json_)[index], place_ / index);
+    values.emplace_back(&(*json_)[index], pointer_ / index);
   }
   return values;
 }
 
 JsonMembers::JsonMembers(JsonValue object, std::string_view expected) : object_(std::move(object)) {
   if (!object_.isPresent() || !object_.json().is_object()) {
-    object_.refuse(expected);
+    object_.throwExpected(expected);
   }
 }
 
 JsonValue JsonMembers::operator[](std::string_view name) {
   knownNames_.push_back(name);
   const auto member = object_.json().find(name);
-  return {member == object_.json().end() ? nullptr : &*member, object_.place() / std::string(name)};
+  return {member == object_.json().end() ? nullptr : &*member,
+          object_.pointer() / std::string(name)};
 }
 
-void JsonMembers::refuseUnknown() const {
+void JsonMembers::rejectUnknownMembers() const {
   for (const auto& [name, value] : object_.json().items()) {
     if (std::ranges::find(knownNames_, name) == knownNames_.end()) {
-      throw ScenarioError((object_.place() / name).to_string(),
-                          "a known member: " + oneOfNames(knownNames_));
+      throw ScenarioError((object_.pointer() / name).to_string(),
+                          "a known member: " + describeChoices(knownNames_));
     }
   }
 }
 
-std::string oneOfNames(const std::vector<std::string_view>& names) {
+std::string describeChoices(const std::vector<std::string_view>& names) {
   std::string text = names.size() == 1 ? "" : "one of ";
   for (std::size_t index = 0; index < names.size(); ++index) {
     text += (index == 0 ? "\"" : ", \"") + std::string(names[index]) + "\"";

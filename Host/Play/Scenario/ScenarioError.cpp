@@ -4,11 +4,12 @@
 
 namespace vel::host {
 
-ScenarioError::ScenarioError(const std::string& place, std::string_view expected)
-    : std::runtime_error((place.empty() ? "\"\" (the document)" : inOneLine(place)) +
-                         ": expected " + inOneLine(expected)) {}
+ScenarioError::ScenarioError(const std::string& pointer, std::string_view expected)
+    : std::runtime_error(
+          (pointer.empty() ? "\"\" (the document)" : escapeControlCharacters(pointer)) +
+          ": expected " + escapeControlCharacters(expected)) {}
 
-std::string inOneLine(std::string_view text) {
+std::string escapeControlCharacters(std::string_view text) {
   std::string line;
   for (const char character : text) {
     const auto code = static_cast<unsigned char>(character);

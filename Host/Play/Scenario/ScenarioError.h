@@ -10,12 +10,12 @@ namespace vel::host {
 /// the invalid value, and a description of a valid value.
 class ScenarioError : public std::runtime_error {
  public:
-  /// `place` is a JSON pointer to the invalid value. An empty pointer means the whole document.
+  /// `pointer` is a JSON pointer to the invalid value. An empty pointer means the whole document.
   /// `expected` describes a valid value.
-  ScenarioError(const std::string& place, std::string_view expected);
+  ScenarioError(const std::string& pointer, std::string_view expected);
 };
 
 /// Escapes each control character of the text as \u00XX. The result is a single line.
-[[nodiscard]] std::string inOneLine(std::string_view text);
+[[nodiscard]] std::string escapeControlCharacters(std::string_view text);
 
 }  // namespace vel::host

@@ -12,14 +12,14 @@ namespace vel::host {
 namespace {
 
 ResolverDelegateKind readResolverDelegate(const JsonValue& value) {
-  return value.isNull() ? ResolverDelegateKind::None : value.oneOf(kResolverDelegates);
+  return value.isNull() ? ResolverDelegateKind::None : value.valueIn(kResolverDelegates);
 }
 
 NSOperatingSystemVersion readVersion(const JsonValue& value) {
   constexpr std::string_view kExpected = "three integers: major, minor and patch version";
   const std::vector<JsonValue> parts = value.elements(kExpected);
   if (parts.size() != 3) {
-    value.refuse(kExpected);
+    value.throwExpected(kExpected);
   }
   constexpr std::int64_t kMaximum = std::numeric_limits<std::int64_t>::max();
   return {parts[0].integer(0, kMaximum), parts[1].integer(0, kMaximum),
@@ -44,7 +44,7 @@ HostScript readHost(const JsonValue& value, KnownWindowNames& names) {
     host.viewDelegate = readViewDelegate(delegate);
   }
   members.readInto(host.osVersion, "osVersion", &readVersion);
-  members.refuseUnknown();
+  members.rejectUnknownMembers();
   return host;
 }
 
@@ -52,12 +52,12 @@ HostScript readHost(const JsonValue& value, KnownWindowNames& names) {
 
 Scenario readScenario(std::string_view text) {
   const nlohmann::json document = parseStrictJson(text);
-  JsonMembers members(JsonValue(&document, JsonValue::Pointer()), "an object");
+  JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
   const nlohmann::json defaults = nlohmann::json::object();
   const JsonValue host = members["host"];
-  scenario.host = readHost(host.isPresent() ? host : JsonValue(&defaults, host.place()), names);
+  scenario.host = readHost(host.isPresent() ? host : JsonValue(&defaults, host.pointer()), names);
   double at = 0;
   if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
@@ -68,7 +68,7 @@ Scenario readScenario(std::string_view text) {
     return nanosecondsFromSeconds(readSeconds(value, 0));
   });
   scenario.end = std::max(scenario.end, nanosecondsFromSeconds(at));
-  members.refuseUnknown();
+  members.rejectUnknownMembers();
   return scenario;
 }
 

@@ -34,7 +34,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
 OperationSet readOperations(const JsonValue& value) {
   OperationSet operations;
   for (const JsonValue& name : value.elements("an array of operations")) {
-    operations.set(static_cast<std::size_t>(name.oneOf(kViewOperations)));
+    operations.set(static_cast<std::size_t>(name.valueIn(kViewOperations)));
   }
   return operations;
 }
@@ -43,9 +43,9 @@ OperationSet readOperations(const JsonValue& value) {
 void readViewDelegateMembers(JsonMembers& members, ViewDelegateScript& script) {
   members.readInto(script.canDisappear, "canDisappear", &JsonValue::boolean);
   if (const JsonValue during = members["deactivateDuring"]; during.isPresent()) {
-    script.deactivateDuring = during.oneOf(kViewOperations);
+    script.deactivateDuring = during.valueIn(kViewOperations);
     if (!script.operations.test(static_cast<std::size_t>(*script.deactivateDuring))) {
-      during.refuse("one of the delegate's operations");
+      during.throwExpected("one of the delegate's operations");
     }
   }
 }
@@ -54,7 +54,7 @@ CGRect readFrame(const JsonValue& value) {
   constexpr std::string_view kExpected = "four numbers: x, y, width and height";
   const std::vector<JsonValue> parts = value.elements(kExpected);
   if (parts.size() != 4) {
-    value.refuse(kExpected);
+    value.throwExpected(kExpected);
   }
   return CGRectMake(parts[0].number(), parts[1].number(), parts[2].number(), parts[3].number());
 }
@@ -81,7 +81,7 @@ Strong<NSDictionary> readParameters(const JsonValue& value) {
     return nullptr;
   }
   if (!value.json().is_object()) {
-    value.refuse("an object with the request's parameters, or null");
+    value.throwExpected("an object with the request's parameters, or null");
   }
   return parametersFromJson(value.json());
 }
@@ -116,7 +116,7 @@ StepAction readPresent(const StepContext& context) {
 
 StepAction readDismiss(const StepContext& context) {
   step::Dismiss action;
-  action.by = context.members["by"].oneOf(kDismissalPaths);
+  action.by = context.members["by"].valueIn(kDismissalPaths);
   if (action.by == DismissalPath::Manager) {
     context.members.readInto(action.thread, "thread", kStepThreads);
   }
@@ -124,7 +124,7 @@ StepAction readDismiss(const StepContext& context) {
 }
 
 StepAction readSend(const StepContext& context) {
-  return step::Send{context.members["operation"].oneOf(kSentOperations)};
+  return step::Send{context.members["operation"].valueIn(kSentOperations)};
 }
 
 StepAction readConfigure(const StepContext& context) {
@@ -132,9 +132,9 @@ StepAction readConfigure(const StepContext& context) {
   JsonMembers& members = context.members;
   members.readInto(action.skipMode, "skipMode", &JsonValue::boolean);
   members.readInto(action.nextEventName, "nextEventName",
-                   [](const JsonValue& value) { return value.textOrNull(); });
+                   [](const JsonValue& value) { return value.stringOrNull(); });
   members.readInto(action.expirationTimeInterval, "expirationTimeInterval",
-                   &JsonValue::numberOrWord);
+                   &JsonValue::numberOrNonFinite);
   members.readInto(action.viewController, "viewController", &JsonValue::boolean);
   return action;
 }
@@ -155,11 +155,11 @@ WindowScript readWindowMembers(JsonMembers& members, KnownWindowNames& names) {
   WindowScript window;
   const JsonValue name = members["name"];
   members.readInto(window.className, "className",
-                   [](const JsonValue& value) { return value.text(); });
+                   [](const JsonValue& value) { return value.string(); });
   members.readInto(window.styleMask, "styleMask", &JsonValue::unsigned64);
   members.readInto(window.frame, "frame", &readFrame);
   members.readInto(window.contentViewController, "contentViewController",
-                   [](const JsonValue& value) { return value.textOrNull(); });
+                   [](const JsonValue& value) { return value.stringOrNull(); });
   if (const JsonValue parent = members["parent"]; parent.isPresent() && !parent.isNull()) {
     window.parent = names.read(parent, "the name of an earlier window, or null");
   }
@@ -187,7 +187,7 @@ StepAction readPresentOver(const StepContext& context) {
 }
 
 StepAction readRunLoopMode(const StepContext& context) {
-  return step::RunLoopMode{context.members["mode"].oneOf(kRunLoopModes)};
+  return step::RunLoopMode{context.members["mode"].valueIn(kRunLoopModes)};
 }
 
 using StepReader = StepAction (*)(const StepContext&);
@@ -221,39 +221,39 @@ constexpr NamedValue<StepReader> kSteps[] = {
 }  // namespace
 
 std::string KnownWindowNames::add(const JsonValue& name) {
-  std::string text = name.text("the window's name");
+  std::string text = name.string("the window's name");
   if (presentationNumber(text, kModalWindowPrefix) > 0 ||
       presentationNumber(text, kSheetPrefix) > 0) {
-    name.refuse("a name that is not reserved for presentations");
+    name.throwExpected("a name that is not reserved for presentations");
   }
   if (!hostWindows_.insert(text).second) {
-    name.refuse("a name that no earlier window has");
+    name.throwExpected("a name that no earlier window has");
   }
   return text;
 }
 
 void KnownWindowNames::addPresentation(std::int32_t mode) {
   if (mode == 2) {
-    ++modalWindows_;
+    ++modalWindowCount_;
   } else if (mode != 0) {
-    ++sheets_;
+    ++sheetCount_;
   }
 }
 
 bool KnownWindowNames::isKnown(std::string_view name) const {
   if (const std::uint64_t number = presentationNumber(name, kModalWindowPrefix); number > 0) {
-    return number <= modalWindows_;
+    return number <= modalWindowCount_;
   }
   if (const std::uint64_t number = presentationNumber(name, kSheetPrefix); number > 0) {
-    return number <= sheets_;
+    return number <= sheetCount_;
   }
   return hostWindows_.contains(name);
 }
 
 std::string KnownWindowNames::read(const JsonValue& name, std::string_view expected) const {
-  std::string text = name.text(expected);
+  std::string text = name.string(expected);
   if (!isKnown(text)) {
-    name.refuse(expected);
+    name.throwExpected(expected);
   }
   return text;
 }
@@ -261,7 +261,7 @@ std::string KnownWindowNames::read(const JsonValue& name, std::string_view expec
 double readSeconds(const JsonValue& value, double earliest) {
   const double seconds = value.number();
   if (seconds < earliest || seconds > kLatestTime) {
-    value.refuse("a number of seconds from " + shortestDecimal(earliest) + " to 1000000");
+    value.throwExpected("a number of seconds from " + shortestDecimal(earliest) + " to 1000000");
   }
   return seconds;
 }
@@ -269,7 +269,7 @@ double readSeconds(const JsonValue& value, double earliest) {
 WindowScript readWindow(const JsonValue& value, KnownWindowNames& names) {
   JsonMembers members(value, "a window");
   WindowScript window = readWindowMembers(members, names);
-  members.refuseUnknown();
+  members.rejectUnknownMembers();
   return window;
 }
 
@@ -278,7 +278,7 @@ ViewDelegateScript readViewDelegate(const JsonValue& value) {
   ViewDelegateScript script;
   members.readInto(script.operations, "operations", &readOperations);
   readViewDelegateMembers(members, script);
-  members.refuseUnknown();
+  members.rejectUnknownMembers();
   return script;
 }
 
@@ -287,9 +287,9 @@ Step readStep(const JsonValue& value, double& at, KnownWindowNames& names) {
   if (const JsonValue time = members["at"]; time.isPresent()) {
     at = readSeconds(time, at);
   }
-  const auto& [name, readAction] = members["do"].entryOf(kSteps);
+  const auto& [name, readAction] = members["do"].entryIn(kSteps);
   Step step{.at = nanosecondsFromSeconds(at), .name = name, .action = readAction({members, names})};
-  members.refuseUnknown();
+  members.rejectUnknownMembers();
   return step;
 }
 

@@ -24,7 +24,7 @@ class KnownWindowNames {
   /// presentation mode. Mode 0 opens no window.
   void addPresentation(std::int32_t mode);
   /// Adds the name of the window of a controller that is presented as a sheet.
-  void addSheet() { ++sheets_; }
+  void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;
   /// Reads a known name. Throws a ScenarioError for any other value. `expected` describes a valid
@@ -33,8 +33,8 @@ class KnownWindowNames {
 
  private:
   std::set<std::string, std::less<>> hostWindows_;
-  std::uint64_t modalWindows_ = 0;
-  std::uint64_t sheets_ = 0;
+  std::uint64_t modalWindowCount_ = 0;
+  std::uint64_t sheetCount_ = 0;
 };
 
 /// Reads a time in seconds, from `earliest` to 1,000,000.

@@ -13,7 +13,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-using Pointer = Json::json_pointer;
+using JsonPointer = Json::json_pointer;
 
 // The JSON library's error id for a number that is out of range.
 constexpr int kNumberOutOfRange = 406;
@@ -41,7 +41,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool key(string_t& name) override {
     if (openContainers_.back()->contains(name)) {
-      throw ScenarioError((innermostPlace() / name).to_string(),
+      throw ScenarioError((containerPointer() / name).to_string(),
                           "each member only once in an object");
     }
     keys_.back() = std::move(name);
@@ -52,19 +52,19 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   bool parse_error(std::size_t position, const std::string& /*token*/,
                    const nlohmann::detail::exception& error) override {
     if (error.id == kNumberOutOfRange) {
-      throw ScenarioError(place().to_string(), "a number within the range of a double");
+      throw ScenarioError(currentPointer().to_string(), "a number within the range of a double");
     }
     throwMalformed(std::max<std::size_t>(position, 1) - 1);
   }
 
   /// Throws the error for malformed JSON. Only the first `length` bytes of the text are valid.
   [[noreturn]] void throwMalformed(std::size_t length) const {
-    const std::string_view valid = text_.substr(0, length);
-    const auto line = 1 + std::ranges::count(valid, '\n');
-    const std::size_t column = valid.size() - (valid.rfind('\n') + 1) + 1;
-    throw ScenarioError(place().to_string(), "well-formed JSON in UTF-8 at line " +
-                                                 std::to_string(line) + ", column " +
-                                                 std::to_string(column));
+    const std::string_view validText = text_.substr(0, length);
+    const auto line = 1 + std::ranges::count(validText, '\n');
+    const std::size_t column = validText.size() - (validText.rfind('\n') + 1) + 1;
+    throw ScenarioError(currentPointer().to_string(), "well-formed JSON in UTF-8 at line " +
+                                                          std::to_string(line) + ", column " +
+                                                          std::to_string(column));
   }
 
  private:
@@ -88,8 +88,9 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool open(Json container) {
     if (openContainers_.size() == kMaximumJsonDepth) {
-      throw ScenarioError(place().to_string(), "at most " + std::to_string(kMaximumJsonDepth) +
-                                                   " levels of nested objects and arrays");
+      throw ScenarioError(
+          currentPointer().to_string(),
+          "at most " + std::to_string(kMaximumJsonDepth) + " levels of nested objects and arrays");
     }
     openContainers_.push_back(addValue(std::move(container)));
     keys_.emplace_back();
@@ -103,25 +104,25 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   }
 
   // Returns the JSON pointer to the innermost open container.
-  [[nodiscard]] Pointer innermostPlace() const {
-    Pointer place;
+  [[nodiscard]] JsonPointer containerPointer() const {
+    JsonPointer pointer;
     for (std::size_t level = 0; level + 1 < openContainers_.size(); ++level) {
       const Json& container = *openContainers_[level];
-      place = container.is_array() ? place / (container.size() - 1) : place / keys_[level];
+      pointer = container.is_array() ? pointer / (container.size() - 1) : pointer / keys_[level];
     }
-    return place;
+    return pointer;
   }
 
   // Returns the JSON pointer to the current value. If the parser expects the name of a member,
   // returns the JSON pointer to the object.
-  [[nodiscard]] Pointer place() const {
+  [[nodiscard]] JsonPointer currentPointer() const {
     if (openContainers_.empty()) {
-      return Pointer();
+      return JsonPointer();
     }
     if (openContainers_.back()->is_array()) {
-      return innermostPlace() / openContainers_.back()->size();
+      return containerPointer() / openContainers_.back()->size();
     }
-    return expectsValue_ ? innermostPlace() / keys_.back() : innermostPlace();
+    return expectsValue_ ? containerPointer() / keys_.back() : containerPointer();
   }
 
   std::string_view text_;

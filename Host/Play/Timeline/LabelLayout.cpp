@@ -4,8 +4,8 @@
 
 namespace vel::host {
 
-LabelPlace LabelLayout::place(double x, double width) {
-  const bool fitsRight = x + markRadius_ + width <= right_;
+LabelPosition LabelLayout::place(double x, double width) {
+  const bool fitsRight = x + markRadius_ + width <= rightEdge_;
   const Interval interval = fitsRight ? Interval{x - markRadius_, x + markRadius_ + width}
                                       : Interval{x - markRadius_ - width, x + markRadius_};
   const auto hasRoom = [&](const std::vector<Interval>& row) {
@@ -19,7 +19,7 @@ LabelPlace LabelLayout::place(double x, double width) {
   }
   row->push_back(interval);
   return {.row = static_cast<std::size_t>(row - rows_.begin()),
-          .side = fitsRight ? LabelPlace::Side::Right : LabelPlace::Side::Left};
+          .side = fitsRight ? LabelPosition::Side::Right : LabelPosition::Side::Left};
 }
 
 }  // namespace vel::host

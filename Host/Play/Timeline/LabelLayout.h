@@ -6,7 +6,7 @@
 namespace vel::host {
 
 /// The position of a label: its row, counted from the top, and its side of the mark.
-struct LabelPlace {
+struct LabelPosition {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
   Side side = Side::Right;
@@ -18,14 +18,14 @@ class LabelLayout {
  public:
   /// `right` is the right edge of the picture. `gap` is the minimum distance between neighbours.
   LabelLayout(double right, double markRadius, double gap)
-      : right_(right), markRadius_(markRadius), gap_(gap) {}
+      : rightEdge_(right), markRadius_(markRadius), gap_(gap) {}
 
   /// Places a mark with its centre at `x`. `width` is the width of its label, including the
   /// distance between mark and label. The label is to the right of the mark if it fits there,
   /// otherwise to the left.
-  LabelPlace place(double x, double width);
+  LabelPosition place(double x, double width);
 
-  [[nodiscard]] std::size_t rows() const { return rows_.size(); }
+  [[nodiscard]] std::size_t rowCount() const { return rows_.size(); }
 
  private:
   struct Interval {
@@ -33,7 +33,7 @@ class LabelLayout {
     double to = 0;
   };
 
-  double right_;
+  double rightEdge_;
   double markRadius_;
   double gap_;
   std::vector<std::vector<Interval>> rows_;

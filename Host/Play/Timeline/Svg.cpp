@@ -8,7 +8,7 @@ namespace vel::host {
 namespace {
 
 // Rounds the value to two decimals, to keep the file small.
-std::string number(double value) {
+std::string formatNumber(double value) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2f", value);
   std::string digits = text;
@@ -27,7 +27,7 @@ bool isValidInXml(std::string_view rest) {
          !rest.starts_with(kNoncharacters[1]);
 }
 
-std::string escape(std::string_view text) {
+std::string escapeXml(std::string_view text) {
   std::string result;
   for (std::size_t index = 0; index < text.size(); ++index) {
     const std::string_view rest = text.substr(index);
@@ -50,7 +50,7 @@ std::string escape(std::string_view text) {
 }
 
 std::string attribute(std::string_view name, double value) {
-  return std::string(" ").append(name).append("=\"").append(number(value)).append("\"");
+  return std::string(" ").append(name).append("=\"").append(formatNumber(value)).append("\"");
 }
 
 std::string openingTag(std::string_view element, std::string_view styleClass) {
@@ -59,45 +59,45 @@ std::string openingTag(std::string_view element, std::string_view styleClass) {
 
 }  // namespace
 
-void Svg::rect(std::string_view styleClass, const PictureRect& rect) {
+void Svg::addRect(std::string_view styleClass, const PictureRect& rect) {
   elements_ += openingTag("rect", styleClass) + attribute("x", rect.x) + attribute("y", rect.y) +
                attribute("width", rect.width) + attribute("height", rect.height) + "/>\n";
 }
 
-void Svg::line(std::string_view styleClass, PicturePoint from, PicturePoint to) {
-  path(styleClass, {from, to});
+void Svg::addLine(std::string_view styleClass, PicturePoint from, PicturePoint to) {
+  addPath(styleClass, {from, to});
 }
 
-void Svg::dot(std::string_view styleClass, PicturePoint center, double radius) {
+void Svg::addCircle(std::string_view styleClass, PicturePoint center, double radius) {
   elements_ += openingTag("circle", styleClass) + attribute("cx", center.x) +
                attribute("cy", center.y) + attribute("r", radius) + "/>\n";
 }
 
-void Svg::path(std::string_view styleClass, const std::vector<PicturePoint>& points) {
+void Svg::addPath(std::string_view styleClass, const std::vector<PicturePoint>& points) {
   elements_ += openingTag("path", styleClass) + " d=\"";
   for (const PicturePoint& point : points) {
     elements_ += &point == points.data() ? "M" : "L";
-    elements_ += number(point.x) + " " + number(point.y);
+    elements_ += formatNumber(point.x) + " " + formatNumber(point.y);
   }
   elements_ += "\"/>\n";
 }
 
-void Svg::text(std::string_view styleClass, PicturePoint position, Anchor anchor,
-               std::string_view text) {
+void Svg::addText(std::string_view styleClass, PicturePoint position, Anchor anchor,
+                  std::string_view text) {
   elements_ +=
       openingTag("text", styleClass) + attribute("x", position.x) + attribute("y", position.y);
   if (anchor != Anchor::Start) {
     elements_ += anchor == Anchor::Middle ? " text-anchor=\"middle\"" : " text-anchor=\"end\"";
   }
-  elements_ += ">" + escape(text) + "</text>\n";
+  elements_ += ">" + escapeXml(text) + "</text>\n";
 }
 
-std::string Svg::picture(double width, double height, std::string_view name,
-                         std::string_view styleSheet) const {
+std::string Svg::document(double width, double height, std::string_view name,
+                          std::string_view styleSheet) const {
   std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
   svg += attribute("width", width) + attribute("height", height);
-  svg += " viewBox=\"0 0 " + number(width) + " " + number(height) + "\"";
-  svg += R"( role="img" aria-label=")" + escape(name) + "\">\n<style>\n";
+  svg += " viewBox=\"0 0 " + formatNumber(width) + " " + formatNumber(height) + "\"";
+  svg += R"( role="img" aria-label=")" + escapeXml(name) + "\">\n<style>\n";
   return svg.append(styleSheet).append("</style>\n").append(elements_).append("</svg>\n");
 }
 

@@ -25,20 +25,20 @@ class Svg {
  public:
   enum class Anchor : unsigned char { Start, Middle, End };
 
-  void rect(std::string_view styleClass, const PictureRect& rect);
-  void line(std::string_view styleClass, PicturePoint from, PicturePoint to);
-  void dot(std::string_view styleClass, PicturePoint center, double radius);
-  void path(std::string_view styleClass, const std::vector<PicturePoint>& points);
+  void addRect(std::string_view styleClass, const PictureRect& rect);
+  void addLine(std::string_view styleClass, PicturePoint from, PicturePoint to);
+  void addCircle(std::string_view styleClass, PicturePoint center, double radius);
+  void addPath(std::string_view styleClass, const std::vector<PicturePoint>& points);
   /// `position` is a point on the baseline of the text.
-  void text(std::string_view styleClass, PicturePoint position, Anchor anchor,
-            std::string_view text);
+  void addText(std::string_view styleClass, PicturePoint position, Anchor anchor,
+               std::string_view text);
 
   /// Appends the elements of another picture.
-  void add(const Svg& other) { elements_ += other.elements_; }
+  void append(const Svg& other) { elements_ += other.elements_; }
 
-  /// Returns the whole picture. `name` is for screen readers.
-  [[nodiscard]] std::string picture(double width, double height, std::string_view name,
-                                    std::string_view styleSheet) const;
+  /// Returns the picture as an SVG document. `name` is for screen readers.
+  [[nodiscard]] std::string document(double width, double height, std::string_view name,
+                                     std::string_view styleSheet) const;
 
  private:
   std::string elements_;

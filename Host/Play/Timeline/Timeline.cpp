@@ -13,24 +13,24 @@ namespace vel::host {
 
 namespace {
 
-// Two stretches are drawn as one if their slopes differ by less than this. A slope is the change of
-// the time left, in seconds per second. The tolerance is far above rounding errors and far below
-// the effect of one tick.
+// Two adjacent segments are merged if their slopes differ by less than this tolerance. A slope is
+// the change of the time left, in seconds per second. The tolerance is far above rounding errors
+// and far below the effect of one tick.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
-double slopeOf(const CountdownStretch& stretch) {
-  return (stretch.timeLeftAtEnd - stretch.timeLeftAtStart) /
-         secondsFromNanoseconds(stretch.span.to - stretch.span.from);
+double slopeOf(const CountdownSegment& segment) {
+  return (segment.timeLeftAtEnd - segment.timeLeftAtStart) /
+         secondsFromNanoseconds(segment.span.to - segment.span.from);
 }
 
-bool isContinuation(const CountdownStretch& previous, const CountdownStretch& stretch) {
-  return previous.countsDown == stretch.countsDown && previous.span.to == stretch.span.from &&
-         previous.timeLeftAtEnd == stretch.timeLeftAtStart;
+bool isContinuation(const CountdownSegment& previous, const CountdownSegment& segment) {
+  return previous.countsDown == segment.countsDown && previous.span.to == segment.span.from &&
+         previous.timeLeftAtEnd == segment.timeLeftAtStart;
 }
 
-// Adds a span. If the last span ends where the new span starts, extends the last span instead.
-void extend(std::vector<TimeSpan>& spans, TimeSpan span) {
+// Adds a span. If the last span ends when the new span starts, extends the last span instead.
+void addSpan(std::vector<TimeSpan>& spans, TimeSpan span) {
   if (!spans.empty() && spans.back().to == span.from) {
     spans.back().to = span.to;
   } else {
@@ -166,16 +166,16 @@ void Timeline::addMark(TimelineLane lane, std::string text) {
 void Timeline::extendSpans(const PlayState& previous, const PlayState& current) {
   const TimeSpan span{.from = previous.time, .to = current.time};
   if (previous.isCovered) {
-    extend(coveredSpans_, span);
+    addSpan(coveredSpans_, span);
   }
   if (const auto& keyWindow = previous.keyWindow) {
     auto entry = std::ranges::find(keyWindows_, *keyWindow, &KeyWindowSpans::window);
     if (entry == keyWindows_.end()) {
       entry = keyWindows_.insert(entry, {.window = *keyWindow, .spans = {}});
     }
-    extend(entry->spans, span);
+    addSpan(entry->spans, span);
   }
-  // If the countdown is paused, the time left is constant until the end of the stretch.
+  // If the countdown is paused, the time left is constant until the end of the segment.
   const double timeLeftAtEnd =
       previous.countsDown ? std::max(current.timeLeft, 0.0) : previous.timeLeft;
   if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(timeLeftAtEnd)) {
@@ -186,21 +186,21 @@ void Timeline::extendSpans(const PlayState& previous, const PlayState& current) 
   }
 }
 
-void Timeline::extendCountdown(CountdownStretch stretch) {
+void Timeline::extendCountdown(CountdownSegment segment) {
   // The time left changes only at ticks, but the picture shows a sloping line between ticks. So a
-  // constant stretch between two ticks is merged with the next stretch.
-  if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
+  // constant segment between two ticks is merged with the next segment.
+  if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
-      stretch.span.to - countdown_.back().span.from <= kTickInterval) {
-    stretch.span.from = countdown_.back().span.from;
+      segment.span.to - countdown_.back().span.from <= kTickInterval) {
+    segment.span.from = countdown_.back().span.from;
     countdown_.pop_back();
   }
-  if (!countdown_.empty() && isContinuation(countdown_.back(), stretch) &&
-      std::abs(slopeOf(countdown_.back()) - slopeOf(stretch)) < kSlopeTolerance) {
-    countdown_.back().span.to = stretch.span.to;
-    countdown_.back().timeLeftAtEnd = stretch.timeLeftAtEnd;
+  if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
+      std::abs(slopeOf(countdown_.back()) - slopeOf(segment)) < kSlopeTolerance) {
+    countdown_.back().span.to = segment.span.to;
+    countdown_.back().timeLeftAtEnd = segment.timeLeftAtEnd;
   } else {
-    countdown_.push_back(stretch);
+    countdown_.push_back(segment);
   }
 }
 

@@ -32,7 +32,7 @@ struct TimeSpan {
 };
 
 /// A span in which the time left falls at a constant rate or stays constant.
-struct CountdownStretch {
+struct CountdownSegment {
   TimeSpan span;
   /// The time left at the start and at the end of the span, in seconds.
   double timeLeftAtStart = 0;
@@ -60,7 +60,7 @@ class Timeline final : public PlayListener {
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
   /// Returns how the time left changes during the play. Leaves out the spans in which no time is
   /// left.
-  [[nodiscard]] const std::vector<CountdownStretch>& countdown() const { return countdown_; }
+  [[nodiscard]] const std::vector<CountdownSegment>& countdown() const { return countdown_; }
   /// Returns the time of the latest line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
 
@@ -70,12 +70,12 @@ class Timeline final : public PlayListener {
 
   void addMark(TimelineLane lane, std::string text);
   void extendSpans(const PlayState& previous, const PlayState& current);
-  void extendCountdown(CountdownStretch stretch);
+  void extendCountdown(CountdownSegment segment);
 
   std::vector<TimelineMark> marks_;
   std::vector<KeyWindowSpans> keyWindows_;
   std::vector<TimeSpan> coveredSpans_;
-  std::vector<CountdownStretch> countdown_;
+  std::vector<CountdownSegment> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> latestState_;
   // The window of the latest mark, if the mark is in the lane `WindowStyle`.

@@ -71,8 +71,8 @@ struct AxisTick {
   std::string text;
 };
 
-// Returns the ticks of an axis from 0 to `end` seconds: 0 and at most `maximum` further round
-// values.
+// Returns the ticks of an axis from 0 to `end` seconds: a tick at 0 and at most `maximum` further
+// ticks at round values.
 std::vector<AxisTick> axisTicks(double end, int maximum) {
   const double power = std::floor(std::log10(end / maximum));
   double step = 0;
@@ -105,7 +105,7 @@ class Drawing {
   }
 
   std::string draw() {
-    drawHead();
+    drawHeader();
     const double top = bottom_;
     for (const KeyWindowSpans& key : timeline_.keyWindows()) {
       drawBand(key.window + " is key", "key", key.spans);
@@ -115,15 +115,15 @@ class Drawing {
     for (const LaneStyle& lane : kLanes) {
       drawMarks(lane);
     }
-    // The background and the grid must come first in the picture, but their height is known only
-    // now.
+    // The background and the grid must come first in the document. Their height is known only after
+    // the lanes have been drawn.
     Svg picture;
-    picture.rect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
+    picture.addRect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
     for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
-      picture.line("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
+      picture.addLine("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
     }
-    picture.add(svg_);
-    return picture.picture(kWidth, bottom_ + kMargin, "Timeline of " + title_, kStyleSheet);
+    picture.append(svg_);
+    return picture.document(kWidth, bottom_ + kMargin, "Timeline of " + title_, kStyleSheet);
   }
 
  private:
@@ -134,10 +134,10 @@ class Drawing {
 
   void drawText(std::string_view styleClass, PicturePoint middle, Svg::Anchor anchor,
                 std::string_view text) {
-    svg_.text(styleClass, {middle.x, middle.y + kBaselineOffset}, anchor, text);
+    svg_.addText(styleClass, {middle.x, middle.y + kBaselineOffset}, anchor, text);
   }
 
-  void drawHead() {
+  void drawHeader() {
     drawText("title", {kMargin, kMargin + kTitleSize / 2}, Svg::Anchor::Start,
              shorten(title_, kTitleSize, kWidth - 2 * kMargin));
     const double middle = kMargin + kTitleSize + kRowHeight;
@@ -153,7 +153,7 @@ class Drawing {
   // Draws the line above a lane and the name of the lane. Returns the vertical centre of the
   // first row of the lane.
   double beginLane(std::string_view name) {
-    svg_.line("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
+    svg_.addLine("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
     const double middle = bottom_ + kLanePadding + kRowHeight / 2;
     drawText("name", {kMargin, middle}, Svg::Anchor::Start,
              shorten(name, kFontSize, kLeft - kMargin - 2 * kMarkRadius));
@@ -168,10 +168,10 @@ class Drawing {
                 const std::vector<TimeSpan>& spans) {
     const double middle = beginLane(name);
     for (const TimeSpan& span : spans) {
-      svg_.rect(styleClass, {.x = xOf(span.from),
-                             .y = middle - kBandHeight / 2,
-                             .width = xOf(span.to) - xOf(span.from),
-                             .height = kBandHeight});
+      svg_.addRect(styleClass, {.x = xOf(span.from),
+                                .y = middle - kBandHeight / 2,
+                                .width = xOf(span.to) - xOf(span.from),
+                                .height = kBandHeight});
     }
     if (spans.empty()) {
       drawEmptyLane(middle);
@@ -188,29 +188,29 @@ class Drawing {
       return;
     }
     const double maximum =
-        std::ranges::max(countdown, {}, &CountdownStretch::timeLeftAtStart).timeLeftAtStart;
+        std::ranges::max(countdown, {}, &CountdownSegment::timeLeftAtStart).timeLeftAtStart;
     const double bottom = topRowMiddle + kRowHeight + kChartHeight;
-    const auto yOf = [&](double left) { return bottom - kChartHeight * (left / maximum); };
+    const auto yOf = [&](double timeLeft) { return bottom - kChartHeight * (timeLeft / maximum); };
     for (const AxisTick& tick : axisTicks(maximum, kMaximumHeightTicks)) {
       const double y = yOf(tick.value);
-      svg_.line(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
+      svg_.addLine(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
       drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
     }
     drawText("quiet label", {kLeft + kLabelGap, topRowMiddle}, Svg::Anchor::Start,
              "solid: counting down, dashed: paused");
-    // Adjacent stretches of one kind are drawn as one path.
-    for (auto stretch = countdown.begin(); stretch != countdown.end();) {
-      const bool countsDown = stretch->countsDown;
+    // Adjacent segments of one kind are drawn as one path.
+    for (auto segment = countdown.begin(); segment != countdown.end();) {
+      const bool countsDown = segment->countsDown;
       std::vector<PicturePoint> points;
-      Nanoseconds end = stretch->span.from;
-      for (; stretch != countdown.end() && stretch->countsDown == countsDown &&
-             stretch->span.from == end;
-           ++stretch) {
-        points.push_back({xOf(stretch->span.from), yOf(stretch->timeLeftAtStart)});
-        points.push_back({xOf(stretch->span.to), yOf(stretch->timeLeftAtEnd)});
-        end = stretch->span.to;
+      Nanoseconds end = segment->span.from;
+      for (; segment != countdown.end() && segment->countsDown == countsDown &&
+             segment->span.from == end;
+           ++segment) {
+        points.push_back({xOf(segment->span.from), yOf(segment->timeLeftAtStart)});
+        points.push_back({xOf(segment->span.to), yOf(segment->timeLeftAtEnd)});
+        end = segment->span.to;
       }
-      svg_.path(countsDown ? "falls" : "waits", points);
+      svg_.addPath(countsDown ? "falls" : "waits", points);
     }
     bottom_ = bottom + kRowHeight / 2 + kLanePadding;
   }
@@ -224,18 +224,18 @@ class Drawing {
       }
       const std::string text = shorten(mark.text, kFontSize, kLongestLabel);
       const double x = xOf(mark.time);
-      const LabelPlace place = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
-      const double y = middle + static_cast<double>(place.row) * kRowHeight;
-      const bool isRightOfMark = place.side == LabelPlace::Side::Right;
+      const LabelPosition position = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
+      const double y = middle + static_cast<double>(position.row) * kRowHeight;
+      const bool isRightOfMark = position.side == LabelPosition::Side::Right;
       const double distance = kMarkRadius + kLabelDistance;
-      svg_.dot(lane.styleClass, {x, y}, kMarkRadius);
+      svg_.addCircle(lane.styleClass, {x, y}, kMarkRadius);
       drawText("label", {isRightOfMark ? x + distance : x - distance, y},
                isRightOfMark ? Svg::Anchor::Start : Svg::Anchor::End, text);
     }
-    if (layout.rows() == 0) {
+    if (layout.rowCount() == 0) {
       drawEmptyLane(middle);
     }
-    const double rows = static_cast<double>(std::max<std::size_t>(layout.rows(), 1));
+    const double rows = static_cast<double>(std::max<std::size_t>(layout.rowCount(), 1));
     bottom_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
   }
 

@@ -12,7 +12,7 @@ namespace {
 Inspection::Configuration inspectConfiguration() {
   const auto configuration = LaunchScreenConfiguration::defaultConfiguration();
   const Strong<NSString> event = configuration->nextEventName();
-  return {.viewController = configuration->viewController() != nullptr,
+  return {.hasViewController = configuration->viewController() != nullptr,
           .skipMode = configuration->skipMode(),
           .nextEventName =
               event == nullptr ? std::nullopt : std::optional(std::string(event->UTF8String())),
@@ -22,7 +22,7 @@ Inspection::Configuration inspectConfiguration() {
 Inspection::Content inspectContent(const LaunchScreenContent& content) {
   Inspection::Content inspection{.state = content.state(),
                                  .error = std::nullopt,
-                                 .contentRequest = content.contentRequest() != nullptr};
+                                 .hasContentRequest = content.contentRequest() != nullptr};
   if (const Strong<NSError> error = content.error()) {
     inspection.error = {.domain = std::string(error->domain()), .code = error->code()};
   }
@@ -37,10 +37,10 @@ Inspection::Controller inspectController(LaunchScreenViewController& controller,
   return {.presentationMode = controller.presentationMode(),
           .appWindow = names.nameOf(controller.appWindow()),
           .appWindowStyleMask = controller.appWindowStyleMask(),
-          .delegates = delegates == nullptr ? std::nullopt : std::optional(delegates->count()),
-          .activityIndicator = controller.activityIndicator() != nullptr,
+          .delegateCount = delegates == nullptr ? std::nullopt : std::optional(delegates->count()),
+          .hasActivityIndicator = controller.activityIndicator() != nullptr,
           .window = names.nameOf(window),
-          .presented = controller.presentedViewControllers().size()};
+          .presentedControllerCount = controller.presentedViewControllers().size()};
 }
 
 Inspection::Application inspectApplication(const NSApplication& application, WindowNames& names) {
@@ -62,11 +62,11 @@ Inspection::Application inspectApplication(const NSApplication& application, Win
 Inspection inspect(const LaunchScreenManager& manager, WindowNames& names) {
   Inspection inspection;
   inspection.manager = {
-      .content = manager.content() != nullptr,
-      .tempContent = manager.tempContent() != nullptr,
+      .hasContent = manager.content() != nullptr,
+      .hasTempContent = manager.tempContent() != nullptr,
       .appIsUnfocused = manager.appIsUnfocused(),
       .eventWasSended = manager.eventWasSended(),
-      .launchScreenExpirationTimer = manager.launchScreenExpirationTimer() != nullptr,
+      .hasLaunchScreenExpirationTimer = manager.launchScreenExpirationTimer() != nullptr,
       .launchScreenExpirationTimeLeft = manager.launchScreenExpirationTimeLeft(),
       .launchScreenExpired = manager.launchScreenExpired(),
       .launchShouldBeClosed = manager.launchShouldBeClosed(),

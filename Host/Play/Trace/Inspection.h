@@ -16,21 +16,21 @@ namespace vel::host {
 
 class WindowNames;
 
-/// The state that a host can observe at one moment. A Boolean with the name of an object is true if
-/// the object exists.
+/// The state that a host can observe at one moment. A member that begins with `has` is true if the
+/// object exists.
 struct Inspection {
   struct Manager {
-    bool content = false;
-    bool tempContent = false;
+    bool hasContent = false;
+    bool hasTempContent = false;
     bool appIsUnfocused = false;
     bool eventWasSended = false;
-    bool launchScreenExpirationTimer = false;
+    bool hasLaunchScreenExpirationTimer = false;
     double launchScreenExpirationTimeLeft = 0;
     bool launchScreenExpired = false;
     bool launchShouldBeClosed = false;
   };
   struct Configuration {
-    bool viewController = false;
+    bool hasViewController = false;
     bool skipMode = false;
     std::optional<std::string> nextEventName;
     double expirationTimeInterval = 0;
@@ -42,7 +42,7 @@ struct Inspection {
   struct Content {
     std::uint64_t state = 0;
     std::optional<Error> error;
-    bool contentRequest = false;
+    bool hasContentRequest = false;
   };
   /// The view controller of the main content.
   struct Controller {
@@ -50,12 +50,12 @@ struct Inspection {
     std::optional<std::string> appWindow;
     NSWindowStyleMask appWindowStyleMask = 0;
     /// The number of delegates, or `std::nullopt` if the list of delegates does not exist.
-    std::optional<std::size_t> delegates;
-    bool activityIndicator = false;
+    std::optional<std::size_t> delegateCount;
+    bool hasActivityIndicator = false;
     /// The window that shows the controller's view.
     std::optional<std::string> window;
     /// The number of view controllers that this controller presents.
-    std::size_t presented = 0;
+    std::size_t presentedControllerCount = 0;
   };
   struct Application {
     std::optional<std::string> keyWindow;

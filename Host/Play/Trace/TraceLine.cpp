@@ -117,11 +117,11 @@ class LineWriter {
 
   void write(const Inspection::Manager& manager) {
     JsonObject(text_)
-        .member("content", manager.content)
-        .member("tempContent", manager.tempContent)
+        .member("content", manager.hasContent)
+        .member("tempContent", manager.hasTempContent)
         .member("appIsUnfocused", manager.appIsUnfocused)
         .member("eventWasSended", manager.eventWasSended)
-        .member("launchScreenExpirationTimer", manager.launchScreenExpirationTimer)
+        .member("launchScreenExpirationTimer", manager.hasLaunchScreenExpirationTimer)
         .member("launchScreenExpirationTimeLeft", manager.launchScreenExpirationTimeLeft)
         .member("launchScreenExpired", manager.launchScreenExpired)
         .member("launchShouldBeClosed", manager.launchShouldBeClosed);
@@ -129,7 +129,7 @@ class LineWriter {
 
   void write(const Inspection::Configuration& configuration) {
     JsonObject(text_)
-        .member("viewController", configuration.viewController)
+        .member("viewController", configuration.hasViewController)
         .member("skipMode", configuration.skipMode)
         .member("nextEventName", configuration.nextEventName)
         .member("expirationTimeInterval", configuration.expirationTimeInterval);
@@ -139,7 +139,7 @@ class LineWriter {
     JsonObject object(text_);
     object.member("state", content.state).beginMember("error");
     writeOptional(content.error);
-    object.member("contentRequest", content.contentRequest);
+    object.member("contentRequest", content.hasContentRequest);
   }
 
   void write(const Inspection::Error& error) {
@@ -151,10 +151,10 @@ class LineWriter {
         .member("presentationMode", controller.presentationMode)
         .member("appWindow", controller.appWindow)
         .member("appWindowStyleMask", hexadecimal(controller.appWindowStyleMask))
-        .member("delegates", controller.delegates)
-        .member("activityIndicator", controller.activityIndicator)
+        .member("delegates", controller.delegateCount)
+        .member("activityIndicator", controller.hasActivityIndicator)
         .member("window", controller.window)
-        .member("presented", controller.presented);
+        .member("presented", controller.presentedControllerCount);
   }
 
   void write(const Inspection::Application& application) {

@@ -20,7 +20,7 @@ std::string WindowNames::nameOf(NSWindow& window) {
   }
   const bool isModal = window.kind() == WindowKind::Modal;
   std::string name(isModal ? kModalWindowPrefix : kSheetPrefix);
-  name += std::to_string(isModal ? ++modalWindows_ : ++sheets_);
+  name += std::to_string(isModal ? ++modalWindowCount_ : ++sheetCount_);
   add(namedWindow, name);
   return name;
 }

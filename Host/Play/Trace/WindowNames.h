@@ -29,8 +29,8 @@ class WindowNames {
     std::string name;
   };
   std::vector<Entry> entries_;
-  int modalWindows_ = 0;
-  int sheets_ = 0;
+  int modalWindowCount_ = 0;
+  int sheetCount_ = 0;
 };
 
 }  // namespace vel::host

@@ -67,7 +67,7 @@ TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
-            "   0.000 s  request answered\n"
+            "   0.000 s  content loaded\n"
             "   0.000 s  covered\n"
             "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
@@ -83,7 +83,7 @@ TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
-            "   0.000 s  request answered\n"
+            "   0.000 s  content loaded\n"
             "   0.000 s  covered\n"
             "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
@@ -109,7 +109,7 @@ TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
-            "   0.000 s  request answered\n"
+            "   0.000 s  content loaded\n"
             "   0.000 s  covered\n"
             "   0.000 s  2 s left\n"
             "   1.000 s  1 s left\n"
@@ -158,7 +158,7 @@ TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   EXPECT_FALSE(session->outcome());
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
-            "   0.000 s  request answered\n"
+            "   0.000 s  content loaded\n"
             "   0.000 s  covered\n"
             "   0.000 s  controls removed\n"
             "   0.000 s  2 s left\n"
@@ -266,7 +266,7 @@ TEST_F(ShowSessionTest, SheetWithoutContentControllerIsReported) {
   const ShowOutcome outcome = runToEnd();
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_THAT(outcome.failure, testing::HasSubstr("--content-controller"));
-  EXPECT_EQ(out.str(), "   0.000 s  request answered\n");
+  EXPECT_EQ(out.str(), "   0.000 s  content loaded\n");
 }
 
 TEST_F(ShowSessionTest, LostDisplayIsReported) {

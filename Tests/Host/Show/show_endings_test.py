@@ -20,7 +20,7 @@ class Endings(unittest.TestCase):
         self.assertEqual(
             reports(result.stdout),
             [
-                "request answered",
+                "content loaded",
                 "covered",
                 "controls removed",
                 "controls restored",
@@ -53,7 +53,7 @@ class Endings(unittest.TestCase):
                 self.assertEqual(
                     reports(result.stdout),
                     [
-                        "request answered",
+                        "content loaded",
                         "covered",
                         "dismissed",
                         "uncovered",

@@ -126,7 +126,7 @@ TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   ASSERT_TRUE(show.waitForOutput("covered"));
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).colors().count(kWhite) == 1; }));
   EXPECT_EQ(show.wait(), 0);
-  std::vector<std::string> expected{"request answered", "covered"};
+  std::vector<std::string> expected{"content loaded", "covered"};
   if (*GetParam().keptControls != '\0') {
     expected.insert(expected.end(),
                     {"controls removed",

@@ -5,7 +5,7 @@
 namespace vel::host {
 namespace {
 
-using Side = LabelPlace::Side;
+using Side = LabelPosition::Side;
 
 constexpr double kRight = 100;
 constexpr double kRadius = 2;
@@ -16,18 +16,18 @@ class LabelLayoutTest : public testing::Test {
   LabelLayout layout_{kRight, kRadius, kGap};
 };
 
-TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rows(), 0U); }
+TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }
 
 TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
   EXPECT_EQ(layout_.place(0, 20).row, 0U);   // ends at 22
   EXPECT_EQ(layout_.place(29, 20).row, 0U);  // starts at 27
-  EXPECT_EQ(layout_.rows(), 1U);
+  EXPECT_EQ(layout_.rowCount(), 1U);
 }
 
 TEST_F(LabelLayoutTest, KeepsTheGapBetweenNeighbours) {
   layout_.place(0, 20);
   EXPECT_EQ(layout_.place(28.9, 20).row, 1U);
-  EXPECT_EQ(layout_.rows(), 2U);
+  EXPECT_EQ(layout_.rowCount(), 2U);
 }
 
 TEST_F(LabelLayoutTest, PutsMarksOfOneMomentInDifferentRows) {
