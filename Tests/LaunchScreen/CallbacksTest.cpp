@@ -16,7 +16,7 @@ class CallbacksTest : public LaunchScreenTest {
 
   bool canDismiss() { return manager->canLaunchScreenControllerDismiss(controller()); }
   // Starts a countdown with this time left.
-  void runWith(double seconds) {
+  void startCountdown(double seconds) {
     setTimeLeft(seconds);
     manager->startTimer();
   }
@@ -33,7 +33,7 @@ class CallbacksTest : public LaunchScreenTest {
 
 // Before presentation
 
-TEST_F(CallbacksTest, BeforePresentationItSubscribesAndStartsTheCountdown) {
+TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
   EXPECT_EQ(registrationCount(), 6u);
@@ -42,17 +42,17 @@ TEST_F(CallbacksTest, BeforePresentationItSubscribesAndStartsTheCountdown) {
   EXPECT_EQ(timeLeft(), 5.0);
 }
 
-TEST_F(CallbacksTest, BeforePresentationWithNoTimeLeftItOnlySubscribes) {
-  std::size_t calls = 0;
+TEST_F(CallbacksTest, WithNoTimeLeftWillPresentOnlySubscribes) {
+  std::size_t callCount = 0;
   for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
     manager->launchScreenControllerWillPresent(nullptr);
-    EXPECT_EQ(registrationCount(), 6 * ++calls);
+    EXPECT_EQ(registrationCount(), 6 * ++callCount);
     EXPECT_EQ(timer(), nullptr) << seconds;
   }
 }
 
-TEST_F(CallbacksTest, BeforePresentationWhileUnfocusedItOnlySubscribes) {
+TEST_F(CallbacksTest, WhileUnfocusedWillPresentOnlySubscribes) {
   setTimeLeft(5.0);
   manager->setAppIsUnfocused(true);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -64,21 +64,21 @@ TEST_F(CallbacksTest, BeforePresentationWhileUnfocusedItOnlySubscribes) {
 TEST_F(CallbacksTest, ASecondPresentationSubscribesAgainAndKeepsTheCountdown) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
-  const auto running = timer();
+  const auto runningTimer = timer();
   manager->launchScreenControllerWillPresent(nullptr);
   EXPECT_EQ(registrationCount(), 12u);
-  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer(), runningTimer);
 }
 
 // canLaunchScreenControllerDismiss in skip mode
 
-TEST_F(CallbacksTest, InSkipModeWhileFocusedItCanDismissAtAnyTimeAndNothingElseHappens) {
+TEST_F(CallbacksTest, InSkipModeWhileFocusedADismissalIsAlwaysAllowed) {
   configuration().setSkipMode(true);
   for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNaN}) {
-    runWith(seconds);
-    const auto running = timer();
+    startCountdown(seconds);
+    const auto runningTimer = timer();
     EXPECT_TRUE(canDismiss()) << seconds;
-    EXPECT_EQ(timer(), running);
+    EXPECT_EQ(timer(), runningTimer);
     EXPECT_EQ(pendingTaskCount(), 0u);
     EXPECT_FALSE(manager->eventWasSended());
     EXPECT_FALSE(manager->launchShouldBeClosed());
@@ -88,7 +88,7 @@ TEST_F(CallbacksTest, InSkipModeWhileFocusedItCanDismissAtAnyTimeAndNothingElseH
 
 TEST_F(CallbacksTest, InSkipModeADismissalKeepsTheTimeLeft) {
   configuration().setSkipMode(true);
-  runWith(0.05);
+  startCountdown(0.05);
   EXPECT_TRUE(canDismiss());
   EXPECT_EQ(timeLeft(), 0.05);
 }
@@ -98,11 +98,11 @@ TEST_F(CallbacksTest, InSkipModeWhileUnfocusedTheDismissalIsPostponed) {
   manager->setAppIsUnfocused(true);
   for (const double seconds : {5.0, 0.05}) {
     manager->setLaunchShouldBeClosed(false);
-    runWith(seconds);
-    const auto running = timer();
+    startCountdown(seconds);
+    const auto runningTimer = timer();
     EXPECT_FALSE(canDismiss());
     EXPECT_TRUE(manager->launchShouldBeClosed());
-    EXPECT_EQ(timer(), running);
+    EXPECT_EQ(timer(), runningTimer);
     EXPECT_EQ(timeLeft(), seconds);
     EXPECT_EQ(pendingTaskCount(), 0u);
     manager->pauseTimer();
@@ -138,7 +138,7 @@ TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
 
 // canLaunchScreenControllerDismiss with the time used up
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpItCanDismissAndTheCountdownStops) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalStopsTheCountdown) {
   load(5.0);
   for (const double seconds : {0.1, 0.05, 0.0, -0.1}) {
     setTimeLeft(seconds);
@@ -149,13 +149,13 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpItCanDismissAndTheCountdownStops) {
   }
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsScheduledAtOnce) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpARunningTimerSchedulesTheEventAtOnce) {
   load(5.0);
   manager->setLaunchScreenExpired(true);
-  runWith(0.1);
-  const auto running = timer();
+  startCountdown(0.1);
+  const auto runningTimer = timer();
   EXPECT_TRUE(canDismiss());
-  EXPECT_FALSE(running->isValid());
+  EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_TRUE(manager->eventWasSended());
   EXPECT_FALSE(manager->launchScreenExpired());
@@ -165,26 +165,26 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpWhileTheTimerRunsTheEventIsScheduledAtOnc
 
 TEST_F(CallbacksTest, WithTheTimeUsedUpAnInvalidTimerSchedulesNoEvent) {
   load(5.0);
-  runWith(0.1);
+  startCountdown(0.1);
   timer()->invalidate();
   EXPECT_TRUE(canDismiss());
   EXPECT_FALSE(manager->eventWasSended());
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedItCanDismissAndTheEventIsPostponed) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedADismissalPostponesTheEvent) {
   load(5.0);
   manager->setAppIsUnfocused(true);
-  runWith(0.1);
+  startCountdown(0.1);
   EXPECT_TRUE(canDismiss());
   EXPECT_TRUE(manager->launchShouldBeClosed());
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, WithAPresentedControllerItCannotDismissButTheCountdownStops) {
+TEST_F(CallbacksTest, WithAPresentedControllerARefusedDismissalStopsTheCountdown) {
   const auto sheet = presentUnderSheet(5.0);
   manager->setAppIsUnfocused(false);
-  runWith(0.1);
+  startCountdown(0.1);
   ASSERT_NE(timer(), nullptr);
   EXPECT_FALSE(canDismiss());
   EXPECT_EQ(timer(), nullptr);
@@ -194,21 +194,21 @@ TEST_F(CallbacksTest, WithAPresentedControllerItCannotDismissButTheCountdownStop
   EXPECT_TRUE(canDismiss());
 }
 
-TEST_F(CallbacksTest, WithoutAControllerNothingIsPresented) {
+TEST_F(CallbacksTest, WithoutAControllerADismissalIsAllowed) {
   setTimeLeft(0.1);
   EXPECT_TRUE(manager->canLaunchScreenControllerDismiss(nullptr));
 }
 
 // canLaunchScreenControllerDismiss with time left
 
-TEST_F(CallbacksTest, WithTimeLeftItCannotDismissAndTheEventIsScheduledTwoSecondsLater) {
+TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSendsTheEventTwoSecondsLater) {
   load(5.0);
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
-    runWith(seconds);
-    const auto running = timer();
+    startCountdown(seconds);
+    const auto runningTimer = timer();
     EXPECT_FALSE(canDismiss()) << seconds;
-    EXPECT_EQ(timer(), running);
-    EXPECT_TRUE(running->isValid());
+    EXPECT_EQ(timer(), runningTimer);
+    EXPECT_TRUE(runningTimer->isValid());
     EXPECT_EQ(timeLeft(), seconds);
     EXPECT_FALSE(manager->launchShouldBeClosed());
     manager->pauseTimer();
@@ -229,7 +229,7 @@ TEST_F(CallbacksTest, ATimeLeftOfNaNCountsAsTimeLeft) {
   EXPECT_EQ(pendingTaskCount(), 1u);
 }
 
-TEST_F(CallbacksTest, ARefusedDismissalLeavesTheLaunchScreenUpUntilItsTimeRunsOut) {
+TEST_F(CallbacksTest, ARefusedDismissalKeepsTheLaunchScreenUntilItsTimeIsUsedUp) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   platform.run(1.0);
@@ -243,7 +243,7 @@ TEST_F(CallbacksTest, ARefusedDismissalLeavesTheLaunchScreenUpUntilItsTimeRunsOu
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}})) << "recorded early, and once";
 }
 
-TEST_F(CallbacksTest, ARefusedDismissalsEventIsPostponedIfTheWindowIsNotKeyByThen) {
+TEST_F(CallbacksTest, TheEventOfARefusedDismissalIsPostponedIfTheWindowIsNotKey) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   EXPECT_FALSE(canDismiss());
@@ -256,23 +256,23 @@ TEST_F(CallbacksTest, ARefusedDismissalsEventIsPostponedIfTheWindowIsNotKeyByThe
 
 // Before and after dismissal
 
-TEST_F(CallbacksTest, BeforeDismissalItDoesNothing) {
+TEST_F(CallbacksTest, WillDismissDoesNothing) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
-  const auto before = state();
+  const auto stateBefore = state();
   manager->launchScreenControllerWillDismiss(controller());
-  EXPECT_EQ(state(), before);
+  EXPECT_EQ(state(), stateBefore);
 }
 
-TEST_F(CallbacksTest, AfterADismissalItUnsubscribesStopsTheCountdownAndSchedulesTheEvent) {
+TEST_F(CallbacksTest, DidDismissUnsubscribesStopsTheCountdownAndSchedulesTheEvent) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
   manager->launchScreenControllerWillPresent(nullptr);
   manager->setLaunchScreenExpired(true);
-  const auto running = timer();
+  const auto runningTimer = timer();
   manager->launchScreenControllerDidDismiss(nullptr);
-  EXPECT_EQ(registrationCount(), 0u) << "all of them, however often it had subscribed";
-  EXPECT_FALSE(running->isValid());
+  EXPECT_EQ(registrationCount(), 0u) << "all registrations are removed";
+  EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_FALSE(manager->launchScreenExpired());
@@ -281,7 +281,7 @@ TEST_F(CallbacksTest, AfterADismissalItUnsubscribesStopsTheCountdownAndSchedules
   EXPECT_EQ(platform.events, (Events{{"e", 0.5}}));
 }
 
-TEST_F(CallbacksTest, AfterADismissalInSkipModeNoEventIsScheduled) {
+TEST_F(CallbacksTest, InSkipModeDidDismissSchedulesNoEvent) {
   configuration().setSkipMode(true);
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -300,18 +300,19 @@ TEST_F(CallbacksTest, AfterADismissalInSkipModeNoEventIsScheduled) {
 TEST_F(CallbacksTest, WhenTheTimeIsUsedUpOnlyTheDismissalSchedulesTheEvent) {
   load(1.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
-  const auto host = addHostDelegate();
-  bool sentWhenAsked = true;
-  host->onNext(CoverCall::CanDismiss, [&] { sentWhenAsked = manager->eventWasSended(); });
+  const auto hostDelegate = addHostDelegate();
+  bool wasSentBeforeDismissal = true;
+  hostDelegate->onNext(CoverCall::CanDismiss,
+                       [&] { wasSentBeforeDismissal = manager->eventWasSended(); });
   platform.run(1.1);
-  EXPECT_FALSE(sentWhenAsked);
+  EXPECT_FALSE(wasSentBeforeDismissal);
   EXPECT_TRUE(manager->eventWasSended());
   EXPECT_EQ(registrationCount(), 0u);
   platform.run(5.0);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CallbacksTest, WhenTheTimeIsUsedUpUnderAPresentedControllerItStaysUpAndRecordsNothing) {
+TEST_F(CallbacksTest, UnderAPresentedControllerAnExpiredLaunchScreenStays) {
   const auto sheet = presentUnderSheet(1.0);
   manager->startTimer();
   platform.run(10.0);

@@ -14,7 +14,7 @@ class CompleteRunTest : public LaunchScreenTest {
   void show(const Strong<NSWindow>& window, std::int32_t hostMode, double duration = 1.0,
             std::string_view mode = "") {
     load(duration, mode);
-    manager->content()->setDelegate(host);
+    manager->content()->setDelegate(hostDelegate);
     takeEvents();
     present(window, hostMode);
   }
@@ -31,12 +31,12 @@ class CompleteRunTest : public LaunchScreenTest {
   }
 
   PlatformJournal platformJournal{journal};
-  Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
+  Strong<HostViewDelegate> hostDelegate = make<HostViewDelegate>("host", journal);
 };
 
 // Each presentation mode
 
-TEST_F(CompleteRunTest, EmbeddedWithoutAParentTheCoverIsRemovedASecondAfterItsEnd) {
+TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
@@ -55,7 +55,7 @@ TEST_F(CompleteRunTest, EmbeddedWithoutAParentTheCoverIsRemovedASecondAfterItsEn
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, EmbeddedUnderAParentTheCoverIsRemovedAtItsEnd) {
+TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsEnd) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -103,7 +103,7 @@ TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilItsEnd) {
 
 // The focus leaves the window after three ticks. Eight ticks follow its return.
 
-TEST_F(CompleteRunTest, EmbeddedWithoutAParentUnfocusedTimeIsNotCounted) {
+TEST_F(CompleteRunTest, ACoverWithoutAParentDoesNotCountUnfocusedTime) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -113,7 +113,7 @@ TEST_F(CompleteRunTest, EmbeddedWithoutAParentUnfocusedTimeIsNotCounted) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, EmbeddedUnderAParentUnfocusedTimeIsNotCounted) {
+TEST_F(CompleteRunTest, ACoverUnderAParentDoesNotCountUnfocusedTime) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   switchAwayAndBack(window);
@@ -123,14 +123,14 @@ TEST_F(CompleteRunTest, EmbeddedUnderAParentUnfocusedTimeIsNotCounted) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, InAModalWindowUnfocusedTimeIsNotCounted) {
+TEST_F(CompleteRunTest, AModalWindowDoesNotCountUnfocusedTime) {
   show(openPlayerWindow(), kHostModeModalWindow);
   switchAwayAndBack(NSApp->modalWindow());
   platform.run(3);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, UnderAModalWindowThePlayerWindowResumesTheCountdown) {
+TEST_F(CompleteRunTest, ThePlayerWindowResumesTheCountdownOfAModalWindow) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   switchAwayAndBack(window);
@@ -138,7 +138,7 @@ TEST_F(CompleteRunTest, UnderAModalWindowThePlayerWindowResumesTheCountdown) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, InASheetUnfocusedTimeIsNotCounted) {
+TEST_F(CompleteRunTest, ASheetDoesNotCountUnfocusedTime) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
   switchAwayAndBack(window->sheets().front());
@@ -160,7 +160,7 @@ TEST_F(CompleteRunTest, AnotherApplicationInFrontPausesTheCountdown) {
 
 // A consent dialog over the launch screen
 
-TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownAndTheWindowBecomesKeyAgain) {
+TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownUntilItCloses) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
@@ -180,7 +180,7 @@ TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownAndTheWindowBecomesKeyAg
 
 // Other ways to end
 
-TEST_F(CompleteRunTest, InSkipModeTheHostDismissesEarlyAndNoEventIsRecorded) {
+TEST_F(CompleteRunTest, InSkipModeAnEarlyDismissalRecordsNoEvent) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10, "skip");
   platform.run(0.5);
@@ -210,12 +210,12 @@ TEST_F(CompleteRunTest, AnEarlyDismissalIsRefusedButRecordsTheEvent) {
 TEST_F(CompleteRunTest, TheHostCanKeepTheLaunchScreenBeyondItsTime) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
-  host->agrees = false;
+  hostDelegate->agrees = false;
   platform.run(10);
   EXPECT_EQ(rectanglesIn(window), 1u);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_TRUE(platform.events.empty());
-  host->agrees = true;
+  hostDelegate->agrees = true;
   manager->dismissLaunchScreen();
   EXPECT_EQ(rectanglesIn(window), 0u);
   EXPECT_EQ(window->styleMask(), kFullStyle);
@@ -223,15 +223,15 @@ TEST_F(CompleteRunTest, TheHostCanKeepTheLaunchScreenBeyondItsTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 10.5}}));
 }
 
-TEST_F(CompleteRunTest, ASheetOnTopKeepsTheLaunchScreenWithoutADisappearance) {
+TEST_F(CompleteRunTest, ALaunchScreenThatPresentsASheetIsNotDismissed) {
   show(openPlayerWindow(), kHostModeModalWindow);
-  const auto onTop = make<NamedViewController>("OnTop");
-  controller()->presentViewControllerAsSheet(onTop);
+  const auto sheet = make<NamedViewController>("OnTop");
+  controller()->presentViewControllerAsSheet(sheet);
   controller()->view()->window()->makeKeyWindow();
   platform.run(5);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_TRUE(platform.events.empty());
-  controller()->NSViewController::dismissViewController(onTop);
+  controller()->NSViewController::dismissViewController(sheet);
   takeEvents();
   manager->dismissLaunchScreen();
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",

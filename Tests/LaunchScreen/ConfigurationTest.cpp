@@ -31,7 +31,7 @@ TEST_F(ConfigurationTest, InitDoesNotCreateTheDefault) {
   EXPECT_EQ(sDefaultConfiguration, nullptr);
 }
 
-TEST_F(ConfigurationTest, ItsClassNameIsLaunchScreenConfiguration) {
+TEST_F(ConfigurationTest, TheClassNameIsLaunchScreenConfiguration) {
   EXPECT_EQ(Configuration::init()->className(), "LaunchScreenConfiguration");
 }
 
@@ -79,7 +79,7 @@ TEST_F(ConfigurationTest, SettingNullBeforeTheFirstUseChangesNothing) {
   expectInitialValues(*Configuration::defaultConfiguration());
 }
 
-TEST_F(ConfigurationTest, SettingTheCurrentDefaultChangesNothingAndDoesNotReleaseIt) {
+TEST_F(ConfigurationTest, SettingTheCurrentDefaultAgainChangesNothing) {
   const Weak<Configuration> configuration = Configuration::defaultConfiguration();
   configuration.lock()->setExpirationTimeInterval(4.5);
   Configuration::setDefaultConfiguration(configuration.lock());
@@ -89,28 +89,28 @@ TEST_F(ConfigurationTest, SettingTheCurrentDefaultChangesNothingAndDoesNotReleas
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, ANewDefaultReplacesThePreviousOneButNotInReadersThatHoldIt) {
-  const auto former = Configuration::defaultConfiguration();
-  former->setSkipMode(true);
+TEST_F(ConfigurationTest, AReaderKeepsAReplacedDefault) {
+  const auto previousConfiguration = Configuration::defaultConfiguration();
+  previousConfiguration->setSkipMode(true);
   const auto configuration = Configuration::init();
   Configuration::setDefaultConfiguration(configuration);
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
   EXPECT_FALSE(Configuration::defaultConfiguration()->skipMode());
-  EXPECT_NE(former, configuration);
-  EXPECT_TRUE(former->skipMode());
+  EXPECT_NE(previousConfiguration, configuration);
+  EXPECT_TRUE(previousConfiguration->skipMode());
   EXPECT_TRUE(platform.log.empty());
 }
 
 TEST_F(ConfigurationTest, AReplacedDefaultIsReleased) {
-  const Weak<Configuration> former = Configuration::defaultConfiguration();
+  const Weak<Configuration> previousConfiguration = Configuration::defaultConfiguration();
   Configuration::setDefaultConfiguration(Configuration::init());
-  EXPECT_TRUE(former.expired());
+  EXPECT_TRUE(previousConfiguration.expired());
 }
 
 TEST_F(ConfigurationTest, TheDefaultStaysAliveWithoutAnotherOwner) {
-  auto made = Configuration::init();
-  const Weak<Configuration> configuration = made;
-  Configuration::setDefaultConfiguration(std::move(made));
+  auto newConfiguration = Configuration::init();
+  const Weak<Configuration> configuration = newConfiguration;
+  Configuration::setDefaultConfiguration(std::move(newConfiguration));
   EXPECT_FALSE(configuration.expired());
 }
 
@@ -143,19 +143,19 @@ TEST_F(ConfigurationTest, TheEventNameIsNotCopied) {
   EXPECT_EQ(configuration->nextEventName().get(), name.get());
 }
 
-TEST_F(ConfigurationTest, ItOwnsItsControllerAndItsEventName) {
+TEST_F(ConfigurationTest, AConfigurationOwnsItsControllerAndItsEventName) {
   auto configuration = Configuration::init();
   auto hostController = make<HostController>();
   auto name = NSString::stringWithUTF8String("launch_end");
-  const Weak<HostController> heldController = hostController;
-  const Weak<NSString> heldName = name;
+  const Weak<HostController> weakController = hostController;
+  const Weak<NSString> weakName = name;
   configuration->setViewController(std::move(hostController));
   configuration->setNextEventName(std::move(name));
-  EXPECT_FALSE(heldController.expired());
-  EXPECT_FALSE(heldName.expired());
+  EXPECT_FALSE(weakController.expired());
+  EXPECT_FALSE(weakName.expired());
   configuration = nullptr;
-  EXPECT_TRUE(heldController.expired());
-  EXPECT_TRUE(heldName.expired());
+  EXPECT_TRUE(weakController.expired());
+  EXPECT_TRUE(weakName.expired());
 }
 
 }  // namespace

@@ -73,13 +73,14 @@ TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsNotifiedThenTheWindowBecomesK
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
-TEST_F(ConsentTest, TheWindowThatShowsTheLaunchScreenAtThatTimeBecomesKey) {
+TEST_F(ConsentTest, TheCurrentWindowOfTheLaunchScreenBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
-  const auto other = openWindow("NSWindow");
-  hostController->onNextCall([&] { other->contentView()->addSubview(hostController->view()); });
+  const auto otherWindow = openWindow("NSWindow");
+  hostController->onNextCall(
+      [&] { otherWindow->contentView()->addSubview(hostController->view()); });
   resignKey(consent);
-  EXPECT_EQ(NSApp->keyWindow(), other);
+  EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
 TEST_F(ConsentTest, OnlyTheManagerReceivesTheNotificationThatItMakes) {
@@ -114,32 +115,32 @@ TEST_F(ConsentTest, ARequiredWindowWithAConsentDialogPausesNothing) {
   consent->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consent));
-  const auto running = timer();
+  const auto runningTimer = timer();
   resignKey(consent);
-  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer(), runningTimer);
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
 TEST_F(ConsentTest, WithoutAnApplicationTheCountdownContinues) {
   show(5.0);
   manager->pauseTimer();
-  const Strong<NSApplication> kept = NSApp;
+  const Strong<NSApplication> application = NSApp;
   NSApp = nullptr;
   resignKey(consent);
-  NSApp = kept;
+  NSApp = application;
   EXPECT_NE(timer(), nullptr);
 }
 
 TEST_F(ConsentTest, OnlyAContentViewControllerOfThisExactClassIsAConsentDialog) {
   show(5.0);
   for (const std::string_view name : {"GDPRViewControllerSubclass", "gdprViewController", ""}) {
-    const auto other = openWindow("GDPRViewController");
-    other->setContentViewController(make<NamedViewController>(name));
-    other->contentViewController()->addChildViewController(
+    const auto otherWindow = openWindow("GDPRViewController");
+    otherWindow->setContentViewController(make<NamedViewController>(name));
+    otherWindow->contentViewController()->addChildViewController(
         make<NamedViewController>("GDPRViewController"));
-    NSApp->beginModalRun(other);
-    resignKey(other);
-    EXPECT_EQ(NSApp->modalWindow(), other) << name;
+    NSApp->beginModalRun(otherWindow);
+    resignKey(otherWindow);
+    EXPECT_EQ(NSApp->modalWindow(), otherWindow) << name;
     EXPECT_EQ(NSApp->keyWindow(), nullptr) << name;
   }
 }

@@ -23,13 +23,13 @@ TEST(ConstantsTest, TheKeysAndModesOfARequestHaveTheirValues) {
 TEST(ConstantsTest, TheKeysAndModesAreAStructureOfFiveMembersInThisOrder) {
   using Keys = LaunchScreenContentRequestKeys;
   static_assert(std::is_standard_layout_v<Keys>);
-  constexpr std::size_t kText = sizeof(std::string_view);
-  EXPECT_EQ(sizeof(Keys), 5 * kText);
-  EXPECT_EQ(offsetof(Keys, mode), 0 * kText);
-  EXPECT_EQ(offsetof(Keys, skip), 1 * kText);
-  EXPECT_EQ(offsetof(Keys, forced), 2 * kText);
-  EXPECT_EQ(offsetof(Keys, maxDurationTime), 3 * kText);
-  EXPECT_EQ(offsetof(Keys, event), 4 * kText);
+  constexpr std::size_t kTextSize = sizeof(std::string_view);
+  EXPECT_EQ(sizeof(Keys), 5 * kTextSize);
+  EXPECT_EQ(offsetof(Keys, mode), 0 * kTextSize);
+  EXPECT_EQ(offsetof(Keys, skip), 1 * kTextSize);
+  EXPECT_EQ(offsetof(Keys, forced), 2 * kTextSize);
+  EXPECT_EQ(offsetof(Keys, maxDurationTime), 3 * kTextSize);
+  EXPECT_EQ(offsetof(Keys, event), 4 * kTextSize);
 }
 
 TEST(ConstantsTest, TheStepOfTheCountdownIsTheDoubleNearestToATenth) {

@@ -11,10 +11,10 @@ namespace {
 class Broker final : public Class<Broker, "Broker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {
-    registered.push_back(resolver);
+    resolvers.push_back(resolver);
     return false;
   }
-  std::vector<Strong<ContentResolver>> registered;
+  std::vector<Strong<ContentResolver>> resolvers;
 };
 
 class ContentCreationTest : public LaunchScreenTest {
@@ -61,21 +61,21 @@ TEST_F(ContentCreationTest, InitSetsAllOtherPropertiesToNullZeroOrFalse) {
   EXPECT_EQ(manager->delegate(), nullptr);
 }
 
-TEST_F(ContentCreationTest, ItsClassNameIsLaunchScreenManager) {
+TEST_F(ContentCreationTest, TheClassNameIsLaunchScreenManager) {
   EXPECT_EQ(manager->className(), "LaunchScreenManager");
 }
 
-TEST_F(ContentCreationTest, ItDoesNotRespondToName) {
+TEST_F(ContentCreationTest, TheManagerDoesNotRespondToName) {
   const Strong<ContentResolver> resolver = manager;
   EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
 }
 
-TEST_F(ContentCreationTest, ItDoesNotOwnItsDelegate) {
+TEST_F(ContentCreationTest, TheManagerDoesNotOwnItsDelegate) {
   manager->setDelegate(listener);
   EXPECT_EQ(manager->delegate(), listener);
-  const Weak<ResolverListener> held = listener;
+  const Weak<ResolverListener> weakListener = listener;
   listener = nullptr;
-  EXPECT_TRUE(held.expired());
+  EXPECT_TRUE(weakListener.expired());
   EXPECT_EQ(manager->delegate(), nullptr);
 }
 
@@ -90,7 +90,7 @@ TEST_F(ContentCreationTest, TheOnlySupportedEngineIsLaunchScreen) {
 TEST_F(ContentCreationTest, ActivateRegistersWithTheBrokerAndIgnoresItsResult) {
   const auto broker = make<Broker>();
   EXPECT_TRUE(manager->activate(broker));
-  EXPECT_EQ(broker->registered, std::vector<Strong<ContentResolver>>{manager});
+  EXPECT_EQ(broker->resolvers, std::vector<Strong<ContentResolver>>{manager});
 }
 
 TEST_F(ContentCreationTest, ActivateWithoutABrokerReturnsTrue) {
@@ -160,13 +160,13 @@ TEST_F(ContentCreationTest, ANullRequestIsLikeARequestWithoutParameters) {
 TEST_F(ContentCreationTest, ARefusedRequestChangesNeitherTheMainContentNorTheTimeLeft) {
   load(5.0);
   const auto sentRequest = manager->content()->contentRequest();
-  const auto shown = controller();
+  const auto shownController = controller();
   manager->setDelegate(listener);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("", 7)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("e", 0)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
   EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
-  EXPECT_EQ(controller(), shown);
+  EXPECT_EQ(controller(), shownController);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
   EXPECT_TRUE(listener->changes.empty());
 }
@@ -179,20 +179,20 @@ TEST_F(ContentCreationTest, ARefusedRequestCreatesNoTemporaryContent) {
 
 TEST_F(ContentCreationTest, EachAcceptedRequestSetsTheTimeLeftAndCreatesAController) {
   load(5.0);
-  const auto former = controller();
+  const auto previousController = controller();
   EXPECT_EQ(request(2.0), manager->content());
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 2.0);
-  EXPECT_NE(controller(), former);
+  EXPECT_NE(controller(), previousController);
 }
 
 TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified) {
   const auto replacement = LaunchScreenContent::init();
-  const auto former = manager->content();
+  const auto previousContent = manager->content();
   listener->whenNotified = [&] { manager->setContent(replacement); };
   manager->setDelegate(listener);
   EXPECT_EQ(request(5.0), replacement);
-  EXPECT_EQ(former->state(), ContentDataStateLoaded);
-  former->deactivate();  // A loaded content and its controller own each other.
+  EXPECT_EQ(previousContent->state(), ContentDataStateLoaded);
+  previousContent->deactivate();  // A loaded content and its controller own each other.
 }
 
 TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) {
@@ -210,18 +210,18 @@ TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) 
    private:
     std::function<void()> whenRead_;
   };
-  int reads = 0;
-  Strong<LaunchScreenContent> loaded;
-  const auto replacing = make<ReplacingRequest>([&] {
+  int readCount = 0;
+  Strong<LaunchScreenContent> loadedContent;
+  const auto replacingRequest = make<ReplacingRequest>([&] {
     // The manager reads the parameters first, then the temporary content reads them.
-    if (++reads == 2) {
-      loaded = manager->tempContent();
+    if (++readCount == 2) {
+      loadedContent = manager->tempContent();
       manager->setTempContent(replacement);
     }
   });
-  EXPECT_EQ(manager->contentDataForContentRequest(replacing), replacement);
-  EXPECT_EQ(reads, 2);
-  loaded->deactivate();  // A loaded content and its controller own each other.
+  EXPECT_EQ(manager->contentDataForContentRequest(replacingRequest), replacement);
+  EXPECT_EQ(readCount, 2);
+  loadedContent->deactivate();  // A loaded content and its controller own each other.
 }
 
 TEST_F(ContentCreationTest, ANewRequestKeepsAllFlags) {
@@ -238,20 +238,20 @@ TEST_F(ContentCreationTest, ANewRequestKeepsAllFlags) {
 
 // The temporary content
 
-TEST_F(ContentCreationTest, WhileALaunchScreenIsShownARequestGetsATemporaryContent) {
+TEST_F(ContentCreationTest, ARequestDuringAnotherLaunchScreenGetsATemporaryContent) {
   load(5.0);
   const auto sentRequest = manager->content()->contentRequest();
-  const auto shown = controller();
+  const auto shownController = controller();
   showAnotherLaunchScreen();
-  const auto other = makeRequest("other", 3.0, "skip");
-  const auto data = manager->contentDataForContentRequest(other);
+  const auto otherRequest = makeRequest("other", 3.0, "skip");
+  const auto data = manager->contentDataForContentRequest(otherRequest);
   ASSERT_NE(data, nullptr);
   EXPECT_EQ(data, manager->tempContent());
   EXPECT_NE(data, manager->content());
-  EXPECT_EQ(data->request(), other);
+  EXPECT_EQ(data->request(), otherRequest);
   EXPECT_EQ(data->state(), ContentDataStateLoaded);
   EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
-  EXPECT_EQ(controller(), shown);
+  EXPECT_EQ(controller(), shownController);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
 }
 
@@ -275,9 +275,9 @@ TEST_F(ContentCreationTest, TheDelegateIsNotNotifiedOfATemporaryContent) {
 TEST_F(ContentCreationTest, ASecondTemporaryContentReplacesTheFirst) {
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
-  const Weak<LaunchScreenContent> first = manager->tempContent();
+  const Weak<LaunchScreenContent> firstContent = manager->tempContent();
   request(4.0);
-  EXPECT_TRUE(first.expired());
+  EXPECT_TRUE(firstContent.expired());
   EXPECT_NE(manager->tempContent(), nullptr);
   EXPECT_TRUE(hostController->calls.empty());
 }
@@ -292,15 +292,14 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest,
-       TheViewOfTheTemporaryContentIsTheMainContentAndReleasesTheTemporaryOne) {
+TEST_F(ContentCreationTest, AskingForTheTemporaryViewReleasesTheTemporaryContent) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
-  const Weak<LaunchScreenContent> temporary = manager->tempContent();
+  const Weak<LaunchScreenContent> temporaryContent = manager->tempContent();
   EXPECT_EQ(manager->contentViewForContentData(manager->tempContent()), manager->content());
   EXPECT_EQ(manager->tempContent(), nullptr);
-  EXPECT_TRUE(temporary.expired());
+  EXPECT_TRUE(temporaryContent.expired());
   EXPECT_TRUE(hostController->calls.empty()) << "it is released, not deactivated";
 }
 
@@ -320,7 +319,7 @@ TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerBehindTheContent) {
   EXPECT_EQ(controller()->delegates()->objectAtIndex(1), manager);
 }
 
-TEST_F(ContentCreationTest, AskingAgainKeepsTheManagerOnce) {
+TEST_F(ContentCreationTest, AskingForTheViewTwiceAddsTheManagerOnce) {
   load(5.0);
   manager->contentViewForContentData(manager->content());
   EXPECT_EQ(controller()->delegates()->count(), 2u);
@@ -342,28 +341,29 @@ TEST_F(ContentCreationTest, WithoutAControllerTheViewIsTheMainContent) {
 
 TEST_F(ContentCreationTest, DeactivateReleasesBothContentsAndRemovesAllDelegates) {
   load(5.0);
-  const auto shown = controller();
+  const auto shownController = controller();
   showAnotherLaunchScreen();
   request(3.0);
-  const auto other = as<LaunchScreenViewController>(manager->tempContent()->viewController());
+  const auto otherController =
+      as<LaunchScreenViewController>(manager->tempContent()->viewController());
   manager->deactivate();
   EXPECT_EQ(manager->content(), nullptr);
   EXPECT_EQ(manager->tempContent(), nullptr);
-  EXPECT_EQ(shown->delegates()->count(), 0u);
-  EXPECT_EQ(other->delegates()->count(), 0u);
+  EXPECT_EQ(shownController->delegates()->count(), 0u);
+  EXPECT_EQ(otherController->delegates()->count(), 0u);
 }
 
-TEST_F(ContentCreationTest, TheMainContentIsDeactivatedBeforeTheTemporaryOne) {
-  const auto main = loadHostController(5.0);
+TEST_F(ContentCreationTest, TheMainContentIsDeactivatedBeforeTheTemporaryContent) {
+  const auto mainController = loadHostController(5.0);
   showAnotherLaunchScreen();
-  const auto temporary = loadTemporaryHostController();
-  temporary->onNextCall([&] {
-    EXPECT_EQ(main->calls.back(), "deactivate");
+  const auto temporaryController = loadTemporaryHostController();
+  temporaryController->onNextCall([&] {
+    EXPECT_EQ(mainController->calls.back(), "deactivate");
     EXPECT_EQ(manager->content(), nullptr);
     EXPECT_NE(manager->tempContent(), nullptr);
   });
   manager->deactivate();
-  EXPECT_EQ(temporary->calls, std::vector<std::string>{"deactivate"});
+  EXPECT_EQ(temporaryController->calls, std::vector<std::string>{"deactivate"});
 }
 
 TEST_F(ContentCreationTest, DeactivateWithoutContentsDoesNothing) {
@@ -406,7 +406,7 @@ TEST_F(ContentCreationTest, OnAnotherThreadTheContentIsReturnedBeforeItsControll
   EXPECT_NE(manager->content()->viewController(), nullptr);
   ASSERT_EQ(listener->changes.size(), 1u);
   EXPECT_EQ(listener->changes[0].state, ContentDataStateLoaded);
-  EXPECT_TRUE(listener->changes[0].onMainThread);
+  EXPECT_TRUE(listener->changes[0].isOnMainThread);
 }
 
 TEST_F(ContentCreationTest, OnAnotherThreadARefusedRequestReturnsNull) {

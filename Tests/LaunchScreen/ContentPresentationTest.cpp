@@ -17,7 +17,7 @@ class ContentPresentationTest : public CoverTest {
            std::string(mode);
   }
   // Gives the content a controller that only records its calls.
-  Strong<HostController> takesHostController() {
+  Strong<HostController> setHostController() {
     auto controller = make<HostController>();
     content->setInternalViewController(controller);
     return controller;
@@ -40,17 +40,17 @@ TEST_F(ContentPresentationTest, TheViewControllerIsTheInternalOne) {
   EXPECT_EQ(content->viewController(), cover);
 }
 
-TEST_F(ContentPresentationTest, ItsClassNameIsLaunchScreenContent) {
+TEST_F(ContentPresentationTest, TheClassNameIsLaunchScreenContent) {
   EXPECT_EQ(content->className(), "LaunchScreenContent");
 }
 
-TEST_F(ContentPresentationTest, ItDoesNotRespondToRewardedOrCompletedView) {
+TEST_F(ContentPresentationTest, TheContentDoesNotRespondToRewardedOrCompletedView) {
   const Strong<CVPresentation> presentation = content->presentation();
   EXPECT_FALSE(respondsTo<&CVPresentation::rewarded>(presentation));
   EXPECT_FALSE(respondsTo<&CVPresentation::completedView>(presentation));
 }
 
-TEST_F(ContentPresentationTest, ItRespondsToAllOperationsOfAControllerDelegate) {
+TEST_F(ContentPresentationTest, TheContentRespondsToAllOperationsOfAControllerDelegate) {
   using Delegate = LaunchScreenViewControllerDelegate;
   const Strong<Delegate> delegate = content;
   EXPECT_TRUE(respondsTo<&Delegate::launchScreenControllerWillPresent>(delegate));
@@ -61,11 +61,11 @@ TEST_F(ContentPresentationTest, ItRespondsToAllOperationsOfAControllerDelegate) 
 // Presenting
 
 TEST_F(ContentPresentationTest, HostModesAreTranslatedWithOneAndTwoSwapped) {
-  constexpr auto kGreatest = std::numeric_limits<std::int32_t>::max();
-  constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();
+  constexpr auto kMaximum = std::numeric_limits<std::int32_t>::max();
+  constexpr auto kMinimum = std::numeric_limits<std::int32_t>::min();
   const std::vector<std::pair<std::int32_t, LaunchScreenPresentationMode>> table{
-      {0, 0}, {1, 2}, {2, 1}, {3, 2}, {-1, 2}, {-2, 2}, {kGreatest, 2}, {kLeast, 2}};
-  const auto controller = takesHostController();
+      {0, 0}, {1, 2}, {2, 1}, {3, 2}, {-1, 2}, {-2, 2}, {kMaximum, 2}, {kMinimum, 2}};
+  const auto controller = setHostController();
   const auto window = openPlayerWindow();
   for (const auto& [hostMode, mode] : table) {
     controller->mode = -1;
@@ -77,7 +77,7 @@ TEST_F(ContentPresentationTest, HostModesAreTranslatedWithOneAndTwoSwapped) {
 }
 
 TEST_F(ContentPresentationTest, TheLogLineShowsTheHostsModeAsAnUnsignedNumber) {
-  const auto controller = takesHostController();
+  const auto controller = setHostController();
   for (const std::int32_t hostMode : {0, 1, 2, 3, -1}) {
     content->presentForWindowWithPresentationMode(nullptr, hostMode);
   }
@@ -87,13 +87,13 @@ TEST_F(ContentPresentationTest, TheLogLineShowsTheHostsModeAsAnUnsignedNumber) {
 
 TEST_F(ContentPresentationTest, TheLogLineComesBeforeThePresentation) {
   content->setInternalViewController(cover);
-  bool presented = false;
+  bool wasPresented = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    presented = true;
+    wasPresented = true;
     EXPECT_EQ(platform.log, Lines{lineWithMode("0")});
   });
   content->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
-  EXPECT_TRUE(presented);
+  EXPECT_TRUE(wasPresented);
 }
 
 TEST_F(ContentPresentationTest, WithoutAControllerPresentOnlyLogs) {
@@ -104,7 +104,7 @@ TEST_F(ContentPresentationTest, WithoutAControllerPresentOnlyLogs) {
 }
 
 TEST_F(ContentPresentationTest, TheWindowCanBeNull) {
-  const auto controller = takesHostController();
+  const auto controller = setHostController();
   controller->window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(nullptr, 2);
   EXPECT_EQ(controller->window, nullptr);
@@ -112,7 +112,7 @@ TEST_F(ContentPresentationTest, TheWindowCanBeNull) {
 }
 
 TEST_F(ContentPresentationTest, TheContentDoesNotOwnTheWindow) {
-  const auto controller = takesHostController();
+  const auto controller = setHostController();
   Strong<NSWindow> window = openPlayerWindow();
   content->presentForWindowWithPresentationMode(window, 0);
   controller->window = nullptr;
@@ -135,7 +135,7 @@ TEST_F(ContentPresentationTest, DismissRemovesTheCoverWithoutAskingTheDelegates)
 }
 
 TEST_F(ContentPresentationTest, DismissCallsTheControllerOnceAndLogsNothing) {
-  const auto controller = takesHostController();
+  const auto controller = setHostController();
   content->dismissViewController();
   EXPECT_EQ(controller->calls, Lines{"dismiss"});
   EXPECT_TRUE(platform.log.empty());
@@ -150,36 +150,36 @@ TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
 
 class ContentForwardingTest : public ContentPresentationTest {
  protected:
-  ContentForwardingTest() { content->setDelegate(host); }
+  ContentForwardingTest() { content->setDelegate(hostDelegate); }
 
-  Strong<HostViewDelegate> host = make<HostViewDelegate>("host", journal);
+  Strong<HostViewDelegate> hostDelegate = make<HostViewDelegate>("host", journal);
 };
 
 TEST_F(ContentForwardingTest, WillPresentCallsWillAppear) {
   content->launchScreenControllerWillPresent(cover);
   EXPECT_EQ(takeEvents(), Lines{"host: will appear"});
-  EXPECT_EQ(host->view.lock(), content);
+  EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
 TEST_F(ContentForwardingTest, CanDismissReturnsTheResultOfTheHost) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
-  host->agrees = false;
+  hostDelegate->agrees = false;
   EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "host: can disappear"}));
-  EXPECT_EQ(host->view.lock(), content);
+  EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
 TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
   content->launchScreenControllerDidDismiss(cover);
   EXPECT_EQ(takeEvents(), Lines{"host: did disappear"});
-  EXPECT_EQ(host->view.lock(), content);
+  EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalledAndCanDismissReturnsTrue) {
-  host->agrees = false;
+TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalled) {
+  hostDelegate->agrees = false;
   for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
                               HostCall::DidDisappear}) {
-    host->stopRespondingTo(call);
+    hostDelegate->stopRespondingTo(call);
   }
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -188,7 +188,7 @@ TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalledAndCanDismis
 }
 
 TEST_F(ContentForwardingTest, TheContentChecksEachOperationSeparately) {
-  host->stopRespondingTo(HostCall::CanDisappear);
+  hostDelegate->stopRespondingTo(HostCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);
@@ -204,13 +204,13 @@ TEST_F(ContentForwardingTest, WithoutAHostDelegateCanDismissReturnsTrue) {
 }
 
 TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
-  const Weak<HostViewDelegate> weakHost = std::exchange(host, nullptr);
+  const Weak<HostViewDelegate> weakHost = std::exchange(hostDelegate, nullptr);
   EXPECT_TRUE(weakHost.expired());
   EXPECT_EQ(content->delegate(), nullptr);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherDidDisappearIsNotCalled) {
+TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsAnother) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
@@ -218,10 +218,10 @@ TEST_F(ContentForwardingTest, WhileTheControllerPresentsAnotherDidDisappearIsNot
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, TheControllerArgumentDecidesIfSomethingIsPresented) {
-  const auto other = LaunchScreenViewController::init();
-  content->setInternalViewController(other);
-  other->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
+TEST_F(ContentForwardingTest, DidDisappearDependsOnTheControllerArgument) {
+  const auto otherController = LaunchScreenViewController::init();
+  content->setInternalViewController(otherController);
+  otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
   content->launchScreenControllerDidDismiss(nullptr);
@@ -234,10 +234,10 @@ TEST_F(ContentForwardingTest, APresentationCallsTheHostsDelegate) {
   EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",
                                  "window opened", "viewDidAppear"}));
   const auto controller = content->viewController();
-  host->agrees = false;
+  hostDelegate->agrees = false;
   controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), Lines{"host: can disappear"});
-  host->agrees = true;
+  hostDelegate->agrees = true;
   controller->dismissViewController(controller);
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "viewWillDisappear", "window closed",
                                  "viewDidDisappear", "host: did disappear"}));

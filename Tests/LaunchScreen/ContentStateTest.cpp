@@ -14,7 +14,7 @@ class ContentListener final
   struct Change {
     ContentDataState state = 0;
     std::string error;  // empty if there is no error
-    bool onMainThread = false;
+    bool isOnMainThread = false;
     bool operator==(const Change&) const = default;
   };
 
@@ -42,9 +42,9 @@ class ContentListener final
 class SilentListener final
     : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {
  public:
-  void contentDataDidChangeState(const Strong<ContentData>& /*data*/) override { ++calls; }
+  void contentDataDidChangeState(const Strong<ContentData>& /*data*/) override { ++callCount; }
   [[nodiscard]] OperationSet respondingOperations() const override { return {}; }
-  int calls = 0;
+  int callCount = 0;
 };
 
 using Changes = std::vector<ContentListener::Change>;
@@ -66,14 +66,14 @@ class ContentStateTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-TEST_F(ContentStateTest, ANewContentHasStateZeroAndNothingElse) {
-  const auto fresh = LaunchScreenContent::init();
-  EXPECT_EQ(fresh->state(), 0u);
-  EXPECT_EQ(fresh->request(), nullptr);
-  EXPECT_EQ(fresh->error(), nullptr);
-  EXPECT_EQ(fresh->internalViewController(), nullptr);
-  EXPECT_EQ(fresh->delegate(), nullptr);
-  EXPECT_EQ(fresh->contentDelegate(), nullptr);
+TEST_F(ContentStateTest, ANewContentHasStateZeroAndNoReferences) {
+  const auto newContent = LaunchScreenContent::init();
+  EXPECT_EQ(newContent->state(), 0u);
+  EXPECT_EQ(newContent->request(), nullptr);
+  EXPECT_EQ(newContent->error(), nullptr);
+  EXPECT_EQ(newContent->internalViewController(), nullptr);
+  EXPECT_EQ(newContent->delegate(), nullptr);
+  EXPECT_EQ(newContent->contentDelegate(), nullptr);
 }
 
 TEST_F(ContentStateTest, TheStatesHaveTheirValues) {
@@ -83,7 +83,7 @@ TEST_F(ContentStateTest, TheStatesHaveTheirValues) {
 
 // On the main thread
 
-TEST_F(ContentStateTest, ARequestCreatesAControllerWithTheContentAsDelegateAndIsLoaded) {
+TEST_F(ContentStateTest, ARequestCreatesAControllerWithTheContentAsDelegate) {
   content->setContentRequest(request());
   const auto controller = as<LaunchScreenViewController>(content->internalViewController());
   ASSERT_NE(controller, nullptr);
@@ -142,10 +142,10 @@ TEST_F(ContentStateTest, NoFailureIsLogged) {
 
 TEST_F(ContentStateTest, EachRequestGetsANewController) {
   content->setContentRequest(request());
-  const auto first = content->internalViewController();
+  const auto firstController = content->internalViewController();
   content->setContentRequest(request());
   EXPECT_NE(content->internalViewController(), nullptr);
-  EXPECT_NE(content->internalViewController(), first);
+  EXPECT_NE(content->internalViewController(), firstController);
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
 }
 
@@ -160,13 +160,13 @@ TEST_F(ContentStateTest, RequestsCanChangeTheStateFromLoadedToFailedAndBack) {
 
 // A controller that the host supplies
 
-TEST_F(ContentStateTest, AConfiguredControllerIsUsedWithoutChangingTheStateOrAddingADelegate) {
-  const auto configured = make<HostController>();
-  configuration().setViewController(configured);
+TEST_F(ContentStateTest, AConfiguredControllerIsUsedUnchanged) {
+  const auto hostController = make<HostController>();
+  configuration().setViewController(hostController);
   content->setContentRequest(request());
-  EXPECT_EQ(content->internalViewController(), configured);
-  EXPECT_EQ(content->viewController(), configured);
-  EXPECT_EQ(configured->calls, Lines{});
+  EXPECT_EQ(content->internalViewController(), hostController);
+  EXPECT_EQ(content->viewController(), hostController);
+  EXPECT_EQ(hostController->calls, Lines{});
   EXPECT_EQ(content->state(), 0u);
   EXPECT_TRUE(listener->changes.empty());
 }
@@ -188,12 +188,12 @@ TEST_F(ContentStateTest, ARequestWithoutParametersIgnoresAConfiguredController) 
 }
 
 TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
-  const auto configured = make<HostController>();
-  configuration().setViewController(configured);
+  const auto hostController = make<HostController>();
+  configuration().setViewController(hostController);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
-  EXPECT_EQ(content->internalViewController(), configured);
+  EXPECT_EQ(content->internalViewController(), hostController);
   platform.runDueWork();
-  EXPECT_EQ(content->internalViewController(), configured);
+  EXPECT_EQ(content->internalViewController(), hostController);
   EXPECT_TRUE(listener->changes.empty());
 }
 
@@ -219,12 +219,12 @@ TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThre
 
 TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
-  const Weak<LaunchScreenContent> waiting = std::exchange(content, LaunchScreenContent::init());
-  EXPECT_FALSE(waiting.expired());
+  const Weak<LaunchScreenContent> weakContent = std::exchange(content, LaunchScreenContent::init());
+  EXPECT_FALSE(weakContent.expired());
   // Prevents the creation of a controller, which would own the content.
   configuration().setExpirationTimeInterval(0);
   platform.runDueWork();
-  EXPECT_TRUE(waiting.expired());
+  EXPECT_TRUE(weakContent.expired());
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
 }
 
@@ -236,20 +236,20 @@ TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, IfTheSecondOfTwoQueuedRequestsGetsNoControllerTheFirstOneIsKept) {
+TEST_F(ContentStateTest, AQueuedRequestWithoutAControllerKeepsTheFirstController) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
   });
-  Strong<LaunchScreenViewControllerProtocol> first;
+  Strong<LaunchScreenViewControllerProtocol> firstController;
   listener->onNextChange = [&] {
-    first = content->internalViewController();
+    firstController = content->internalViewController();
     configuration().setExpirationTimeInterval(0);
   };
   platform.runDueWork();
-  EXPECT_NE(first, nullptr);
-  EXPECT_EQ(content->internalViewController(), first);
-  EXPECT_EQ(as<LaunchScreenViewController>(first)->delegates()->count(), 1u);
+  EXPECT_NE(firstController, nullptr);
+  EXPECT_EQ(content->internalViewController(), firstController);
+  EXPECT_EQ(as<LaunchScreenViewController>(firstController)->delegates()->count(), 1u);
   EXPECT_EQ(content->error(), nullptr);
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {3, "", true}}));
 }
@@ -264,11 +264,11 @@ TEST_F(ContentStateTest, SettingTheSameStateTwiceNotifiesTwice) {
 }
 
 TEST_F(ContentStateTest, AContentDelegateThatDoesNotRespondIsNotNotified) {
-  const auto silent = make<SilentListener>();
-  content->setContentDelegate(silent);
+  const auto silentListener = make<SilentListener>();
+  content->setContentDelegate(silentListener);
   content->setState(7);
   EXPECT_EQ(content->state(), 7u);
-  EXPECT_EQ(silent->calls, 0);
+  EXPECT_EQ(silentListener->callCount, 0);
 }
 
 TEST_F(ContentStateTest, TheContentDoesNotOwnItsContentDelegate) {
@@ -292,11 +292,11 @@ TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAfterThePass) {
 TEST_F(ContentStateTest, AnErrorOfAPassLivesUntilTheEndOfThePass) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
-  std::string later;
+  std::string errorDomain;
   dispatch_async(dispatch_get_main_queue(),
-                 [&] { later = send(content->error(), &NSError::domain); });
+                 [&] { errorDomain = send(content->error(), &NSError::domain); });
   platform.runDueWork();
-  EXPECT_EQ(later, kNoController);
+  EXPECT_EQ(errorDomain, kNoController);
   EXPECT_EQ(content->error(), nullptr);
 }
 
@@ -319,12 +319,12 @@ TEST_F(ContentStateTest, TheContentDoesNotOwnAnErrorThatIsSet) {
 
 // Deactivation
 
-TEST_F(ContentStateTest, DeactivateReleasesControllerAndErrorAndKeepsStateRequestAndDelegates) {
+TEST_F(ContentStateTest, DeactivateReleasesOnlyTheControllerAndTheError) {
   const auto sentRequest = request();
-  const auto host = make<HostViewDelegate>("host", journal);
+  const auto hostDelegate = make<HostViewDelegate>("host", journal);
   const auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
   content->setContentRequest(sentRequest);
-  content->setDelegate(host);
+  content->setDelegate(hostDelegate);
   content->setInternalError(error);
   listener->changes.clear();
   content->deactivate();
@@ -333,7 +333,7 @@ TEST_F(ContentStateTest, DeactivateReleasesControllerAndErrorAndKeepsStateReques
   EXPECT_EQ(content->error(), nullptr);
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
   EXPECT_EQ(content->request(), sentRequest);
-  EXPECT_EQ(content->delegate(), host);
+  EXPECT_EQ(content->delegate(), hostDelegate);
   EXPECT_EQ(content->contentDelegate(), listener);
   EXPECT_TRUE(listener->changes.empty());
 }
@@ -347,11 +347,11 @@ TEST_F(ContentStateTest, DeactivateRemovesTheDelegatesOfTheController) {
 }
 
 TEST_F(ContentStateTest, DeactivateAlsoDeactivatesAConfiguredController) {
-  const auto configured = make<HostController>();
-  configuration().setViewController(configured);
+  const auto hostController = make<HostController>();
+  configuration().setViewController(hostController);
   content->setContentRequest(request());
   content->deactivate();
-  EXPECT_EQ(configured->calls, Lines{"deactivate"});
+  EXPECT_EQ(hostController->calls, Lines{"deactivate"});
 }
 
 TEST_F(ContentStateTest, DeactivateWithoutAControllerDoesNothing) {

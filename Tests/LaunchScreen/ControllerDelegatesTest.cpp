@@ -10,29 +10,29 @@ using Limits = std::numeric_limits<double>;
 
 class ControllerCreationTest : public CoverTest {
  protected:
-  static Strong<LaunchScreenViewController> madeWithInterval(double seconds) {
+  static Strong<LaunchScreenViewController> createWithInterval(double seconds) {
     configuration().setExpirationTimeInterval(seconds);
     return LaunchScreenViewController::init();
   }
 };
 
 TEST_F(ControllerCreationTest, IsNotCreatedAndLogsNothingIfTheIntervalIsNotPositive) {
-  EXPECT_EQ(madeWithInterval(0), nullptr);
-  EXPECT_EQ(madeWithInterval(-0.0), nullptr);
-  EXPECT_EQ(madeWithInterval(-1), nullptr);
-  EXPECT_EQ(madeWithInterval(-Limits::denorm_min()), nullptr);
-  EXPECT_EQ(madeWithInterval(-Limits::infinity()), nullptr);
+  EXPECT_EQ(createWithInterval(0), nullptr);
+  EXPECT_EQ(createWithInterval(-0.0), nullptr);
+  EXPECT_EQ(createWithInterval(-1), nullptr);
+  EXPECT_EQ(createWithInterval(-Limits::denorm_min()), nullptr);
+  EXPECT_EQ(createWithInterval(-Limits::infinity()), nullptr);
   EXPECT_TRUE(platform.log.empty());
 }
 
 TEST_F(ControllerCreationTest, IsCreatedForAnyPositiveInterval) {
-  EXPECT_NE(madeWithInterval(0.1), nullptr);
-  EXPECT_NE(madeWithInterval(Limits::denorm_min()), nullptr);
-  EXPECT_NE(madeWithInterval(Limits::infinity()), nullptr);
+  EXPECT_NE(createWithInterval(0.1), nullptr);
+  EXPECT_NE(createWithInterval(Limits::denorm_min()), nullptr);
+  EXPECT_NE(createWithInterval(Limits::infinity()), nullptr);
 }
 
 TEST_F(ControllerCreationTest, IsCreatedForAnIntervalOfNaN) {
-  EXPECT_NE(madeWithInterval(Limits::quiet_NaN()), nullptr);
+  EXPECT_NE(createWithInterval(Limits::quiet_NaN()), nullptr);
 }
 
 TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
@@ -41,7 +41,7 @@ TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
 }
 
 TEST_F(ControllerCreationTest, StartsEmbeddedWithoutWindowSavedStyleIndicatorOrDelegatesArray) {
-  const auto controller = madeWithInterval(0.1);
+  const auto controller = createWithInterval(0.1);
   EXPECT_EQ(controller->presentationMode(), 0);
   EXPECT_EQ(controller->appWindow(), nullptr);
   EXPECT_EQ(controller->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);
@@ -72,8 +72,8 @@ class DelegateByName final
  public:
   explicit DelegateByName(int name) : name_(name) {}
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override {
-    const auto* const same = dynamic_cast<const DelegateByName*>(other);
-    return same != nullptr && same->name_ == name_;
+    const auto* const otherDelegate = dynamic_cast<const DelegateByName*>(other);
+    return otherDelegate != nullptr && otherDelegate->name_ == name_;
   }
 
  private:
@@ -89,13 +89,13 @@ TEST_F(ControllerDelegatesTest, AddingNullCreatesAnEmptyArray) {
 }
 
 TEST_F(ControllerDelegatesTest, AreHeldInTheOrderInWhichTheyWereAdded) {
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   const auto array = cover->delegates();
-  const auto second = addDelegate("second");
+  const auto secondDelegate = addDelegate("second");
   EXPECT_EQ(cover->delegates(), array);
   ASSERT_EQ(array->count(), 2u);
-  EXPECT_EQ(array->objectAtIndex(0), first);
-  EXPECT_EQ(array->objectAtIndex(1), second);
+  EXPECT_EQ(array->objectAtIndex(0), firstDelegate);
+  EXPECT_EQ(array->objectAtIndex(1), secondDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, ADelegateAddedTwiceIsStoredOnce) {
@@ -105,31 +105,31 @@ TEST_F(ControllerDelegatesTest, ADelegateAddedTwiceIsStoredOnce) {
 }
 
 TEST_F(ControllerDelegatesTest, AnEqualDelegateIsNotAdded) {
-  const auto first = make<DelegateByName>(1);
-  cover->addDelegate(first);
+  const auto firstDelegate = make<DelegateByName>(1);
+  cover->addDelegate(firstDelegate);
   cover->addDelegate(make<DelegateByName>(1));
   cover->addDelegate(make<DelegateByName>(2));
   EXPECT_EQ(cover->delegates()->count(), 2u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), first);
+  EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingAnEqualDelegateRemovesTheFirst) {
   cover->addDelegate(make<DelegateByName>(1));
-  const auto second = make<DelegateByName>(2);
-  cover->addDelegate(second);
+  const auto secondDelegate = make<DelegateByName>(2);
+  cover->addDelegate(secondDelegate);
   cover->removeDelegate(make<DelegateByName>(1));
   ASSERT_EQ(cover->delegates()->count(), 1u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), second);
+  EXPECT_EQ(cover->delegates()->objectAtIndex(0), secondDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingOneKeepsTheOrderOfTheOthers) {
-  const auto first = addDelegate("first");
-  const auto second = addDelegate("second");
-  const auto third = addDelegate("third");
-  cover->removeDelegate(second);
+  const auto firstDelegate = addDelegate("first");
+  const auto secondDelegate = addDelegate("second");
+  const auto thirdDelegate = addDelegate("third");
+  cover->removeDelegate(secondDelegate);
   ASSERT_EQ(cover->delegates()->count(), 2u);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(0), first);
-  EXPECT_EQ(cover->delegates()->objectAtIndex(1), third);
+  EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
+  EXPECT_EQ(cover->delegates()->objectAtIndex(1), thirdDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingAnUnknownDelegateChangesNothing) {
@@ -171,12 +171,12 @@ TEST_F(ControllerDelegatesTest, DestructionDeactivates) {
 }
 
 TEST_F(ControllerDelegatesTest, AreNotifiedInTheOrderInWhichTheyWereAdded) {
-  const auto first = addDelegate("first");
-  const auto second = addDelegate("second");
+  const auto firstDelegate = addDelegate("first");
+  const auto secondDelegate = addDelegate("second");
   cover->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss", "second: did dismiss"}));
-  EXPECT_EQ(first->lastController.lock(), cover);
-  EXPECT_EQ(second->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
+  EXPECT_EQ(secondDelegate->lastController.lock(), cover);
 }
 
 TEST_F(ControllerDelegatesTest, ADelegateThatLacksTheOperationIsSkipped) {
@@ -212,16 +212,16 @@ TEST_F(ControllerDelegatesTest, AddingOneDuringANotificationRaisesTheMutationErr
 }
 
 TEST_F(ControllerDelegatesTest, RemovingOneDuringANotificationRaisesTheMutationError) {
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   addDelegate("second");
-  first->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(first); });
+  firstDelegate->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(firstDelegate); });
   EXPECT_THROW(cover->viewWillAppear(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present"}));
 }
 
 TEST_F(ControllerDelegatesTest, AChangeDuringTheLastNotificationAlsoRaisesTheMutationError) {
-  const auto only = addDelegate("only");
-  only->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(only); });
+  const auto onlyDelegate = addDelegate("only");
+  onlyDelegate->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(onlyDelegate); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
@@ -231,10 +231,10 @@ TEST_F(ControllerDelegatesTest, DeactivateDuringANotificationRaisesTheMutationEr
 }
 
 TEST_F(ControllerDelegatesTest, CallsThatDoNotChangeTheListAreAllowedDuringANotification) {
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   addDelegate("second");
-  first->onNext(CoverCall::DidDismiss, [&] {
-    cover->addDelegate(first);
+  firstDelegate->onNext(CoverCall::DidDismiss, [&] {
+    cover->addDelegate(firstDelegate);
     cover->removeDelegate(make<CoverDelegate>("stranger", journal));
   });
   cover->viewDidDisappear();
@@ -249,12 +249,12 @@ class SilentDelegate final
                    LaunchScreenContentDelegate> {};
 
 TEST_F(ControllerDelegatesTest, AnOperationThatIsNotImplementedDoesNothingAndReturnsFalse) {
-  const auto silent = make<SilentDelegate>();
-  cover->addDelegate(silent);
-  silent->launchScreenControllerWillPresent(cover);
-  silent->launchScreenControllerDidDismiss(cover);
-  silent->contentDataDidChangeState(nullptr);
-  EXPECT_FALSE(silent->canLaunchScreenControllerDismiss(cover));
+  const auto silentDelegate = make<SilentDelegate>();
+  cover->addDelegate(silentDelegate);
+  silentDelegate->launchScreenControllerWillPresent(cover);
+  silentDelegate->launchScreenControllerDidDismiss(cover);
+  silentDelegate->contentDataDidChangeState(nullptr);
+  EXPECT_FALSE(silentDelegate->canLaunchScreenControllerDismiss(cover));
   EXPECT_EQ(cover->delegates()->count(), 1u);
   EXPECT_TRUE(takeEvents().empty());
 }

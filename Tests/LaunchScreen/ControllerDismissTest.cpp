@@ -79,13 +79,13 @@ TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
 
 // Embedded without a parent
 
-TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesAtOnceAndStaysOnScreen) {
+TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesAtOnce) {
   const auto window = openPlayerWindow();
   embed(window);
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   cover->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
   EXPECT_EQ(cover->view()->window(), window);
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
@@ -140,12 +140,12 @@ TEST_F(ControllerDismissTest, DismissDoesNotRestoreTheStyle) {
 
 TEST_F(ControllerDismissTest, EveryEmbeddedControllerRemovesTheTrackedCover) {
   embed(openPlayerWindow());
-  const auto first = addDelegate("first");
-  const auto other = LaunchScreenViewController::init();
-  addDelegate("other", other);
-  other->dismiss();
+  const auto firstDelegate = addDelegate("first");
+  const auto otherController = LaunchScreenViewController::init();
+  addDelegate("other", otherController);
+  otherController->dismiss();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
-  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
   platform.run(1);
   EXPECT_EQ(cover->view()->window(), nullptr);
   EXPECT_FALSE(hasTrackedCover());
@@ -156,10 +156,10 @@ TEST_F(ControllerDismissTest, TheCoverThatIsTrackedAfterOneSecondIsRemoved) {
   embed(window);
   cover->dismiss();
   platform.run(0.5);
-  const auto second = LaunchScreenViewController::init();
-  second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
+  const auto secondController = LaunchScreenViewController::init();
+  secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   platform.run(0.5);
-  EXPECT_EQ(second->view()->window(), nullptr);
+  EXPECT_EQ(secondController->view()->window(), nullptr);
   EXPECT_EQ(cover->view()->window(), window);
   EXPECT_FALSE(hasTrackedCover());
 }
@@ -181,32 +181,33 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
 
 TEST_F(ControllerDismissTest, AReplacedControllerLivesUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
-  const auto second = LaunchScreenViewController::init();
-  const auto elsewhere = openWindow("PlayerWindow");
-  addDelegate("first")->onNext(CoverCall::DidDismiss,
-                               [&] { second->presentForWindowWithPresentationMode(elsewhere, 0); });
-  const auto last = addDelegate("last");
+  const auto secondController = LaunchScreenViewController::init();
+  const auto otherWindow = openWindow("PlayerWindow");
+  addDelegate("first")->onNext(CoverCall::DidDismiss, [&] {
+    secondController->presentForWindowWithPresentationMode(otherWindow, 0);
+  });
+  const auto lastDelegate = addDelegate("last");
   const Weak<LaunchScreenViewController> weakCover = std::exchange(cover, nullptr);
   takeEvents();
-  second->dismiss();
+  secondController->dismiss();
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
   EXPECT_TRUE(weakCover.expired());
-  EXPECT_TRUE(isTrackedCover(elsewhere->contentView(), second));
+  EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
 }
 
 // Embedded, and not fully tracked
 
-TEST_F(ControllerDismissTest, EmbeddedWithoutAWindowItNotifiesAtOnceAndStaysTracked) {
+TEST_F(ControllerDismissTest, ACoverWithoutAWindowNotifiesAtOnce) {
   embed(nullptr);
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   cover->dismiss();
   EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
-  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
-TEST_F(ControllerDismissTest, IfAReferenceIsNullTheViewIsRemovedAtOnceAndTheOthersStay) {
+TEST_F(ControllerDismissTest, IfATrackedReferenceIsNullTheViewIsRemovedAtOnce) {
   const auto window = openPlayerWindow();
   embed(window);
   embedded_cover::selfView = nullptr;
@@ -229,7 +230,7 @@ TEST_F(ControllerDismissTest, IfAReferenceIsNullTheViewIsRemovedAtOnceAndTheOthe
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, RemovedFromAnOpenWindowAtOnceItNotifiesTwice) {
+TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
   embed(openPlayerWindow());
   embedded_cover::superView = nullptr;
   addDelegate("first");

@@ -22,7 +22,7 @@ class ControllerGuardedDismissTest : public CoverTest {
 
 // The question to the delegates
 
-TEST_F(ControllerGuardedDismissTest, OneRefusalBlocksTheDismissalAndBothAreAskedInOrder) {
+TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
   present(kEmbedded);
   addDelegate("first");
   addDelegate("second")->agrees = false;
@@ -56,17 +56,17 @@ TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
 
 TEST_F(ControllerGuardedDismissTest, TheArgumentOfTheQuestionIsTheController) {
   present(kModalWindow);
-  const auto first = addDelegate("first");
-  first->agrees = false;
+  const auto firstDelegate = addDelegate("first");
+  firstDelegate->agrees = false;
   cover->dismissViewController(make<NamedViewController>("Other"));
-  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
 }
 
 TEST_F(ControllerGuardedDismissTest, ADelegateThatLacksTheOperationAgrees) {
   present(kEmbedded);
-  const auto first = addDelegate("first");
-  first->stopRespondingTo(CoverCall::CanDismiss);
-  first->agrees = false;
+  const auto firstDelegate = addDelegate("first");
+  firstDelegate->stopRespondingTo(CoverCall::CanDismiss);
+  firstDelegate->agrees = false;
   cover->dismissViewController(cover);
   EXPECT_EQ(takeEvents().front(), "style 15");
   EXPECT_FALSE(isShown());
@@ -94,7 +94,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListRaisesTheMutatio
 
 // The dismissal after all delegates have agreed
 
-TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentItRestoresTheStyleThenRemovesTheCover) {
+TEST_F(ControllerGuardedDismissTest, UnderAParentTheStyleIsRestoredBeforeTheRemoval) {
   present(kEmbedded);
   addDelegate("first");
   cover->dismissViewController(cover);
@@ -104,8 +104,7 @@ TEST_F(ControllerGuardedDismissTest, EmbeddedUnderAParentItRestoresTheStyleThenR
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest,
-       EmbeddedWithoutAParentItRestoresTheStyleASecondBeforeTheRemoval) {
+TEST_F(ControllerGuardedDismissTest, WithoutAParentTheStyleIsRestoredASecondBeforeTheRemoval) {
   window = openPlayerWindow();
   present(kEmbedded);
   addDelegate("first");
@@ -118,11 +117,11 @@ TEST_F(ControllerGuardedDismissTest,
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, EmbeddedItDismissesItselfForEveryArgument) {
+TEST_F(ControllerGuardedDismissTest, AnEmbeddedControllerDismissesItselfForEveryArgument) {
   present(kEmbedded);
-  const auto other = make<NamedViewController>("Other");
-  window->contentViewController()->presentViewControllerAsSheet(other);
-  cover->dismissViewController(other);
+  const auto otherController = make<NamedViewController>("Other");
+  window->contentViewController()->presentViewControllerAsSheet(otherController);
+  cover->dismissViewController(otherController);
   EXPECT_FALSE(isShown());
   EXPECT_EQ(window->sheets().size(), 1u);
   present(kEmbedded);
@@ -151,11 +150,11 @@ TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
 TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheArgumentIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
-    const auto other = make<NamedViewController>("Other");
-    cover->presentViewControllerAsSheet(other);
+    const auto otherController = make<NamedViewController>("Other");
+    cover->presentViewControllerAsSheet(otherController);
     cover->dismissViewController(nullptr);
     EXPECT_EQ(cover->presentedViewControllers().size(), 1u);
-    cover->dismissViewController(other);
+    cover->dismissViewController(otherController);
     EXPECT_TRUE(cover->presentedViewControllers().empty());
     EXPECT_TRUE(isShown());
     cover->dismissViewController(cover);
@@ -166,10 +165,10 @@ TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheArgumentIsDismissed) 
 TEST_F(ControllerGuardedDismissTest, InAnyOtherModeThePlatformDismisses) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
-    const auto other = make<NamedViewController>("Other");
-    cover->presentViewControllerAsSheet(other);
+    const auto otherController = make<NamedViewController>("Other");
+    cover->presentViewControllerAsSheet(otherController);
     cover->setPresentationMode(mode);
-    cover->dismissViewController(other);
+    cover->dismissViewController(otherController);
     EXPECT_TRUE(cover->presentedViewControllers().empty());
     EXPECT_TRUE(isShown());
   }
@@ -193,10 +192,10 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
 
 TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
   present(kEmbedded);
-  const auto other = make<NamedViewController>("Other");
-  cover->presentViewControllerAsSheet(other);
+  const auto otherController = make<NamedViewController>("Other");
+  cover->presentViewControllerAsSheet(otherController);
   platformJournal.onNextStyleMask([this] { cover->setPresentationMode(3); });
-  cover->dismissViewController(other);
+  cover->dismissViewController(otherController);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(window->sheets().size(), 1u);  // the platform has not dismissed the sheet
 }

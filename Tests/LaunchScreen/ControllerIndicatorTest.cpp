@@ -1,4 +1,4 @@
-// The spinning indicator that an outside caller can add to the cover.
+// The spinning indicator that a caller can add to the cover.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -27,7 +27,7 @@ TEST_F(ControllerIndicatorTest, StartsStoppedWithSpinningStyleAndWithoutASize) {
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
-TEST_F(ControllerIndicatorTest, UsesConstraintsAndHasNoneAtFirst) {
+TEST_F(ControllerIndicatorTest, HasNoConstraintsAtFirst) {
   cover->createActivityIndicator();
   EXPECT_FALSE(indicator()->translatesAutoresizingMaskIntoConstraints());
   EXPECT_TRUE(cover->view()->constraints().empty());
@@ -36,12 +36,12 @@ TEST_F(ControllerIndicatorTest, UsesConstraintsAndHasNoneAtFirst) {
 }
 
 TEST_F(ControllerIndicatorTest, IsInFrontOfAllSubviews) {
-  const auto below = NSView::initWithFrame(CGRectZero);
-  const auto above = NSView::initWithFrame(CGRectZero);
-  cover->view()->addSubview(below);
-  cover->view()->addSubview(above);
+  const auto lowerView = NSView::initWithFrame(CGRectZero);
+  const auto upperView = NSView::initWithFrame(CGRectZero);
+  cover->view()->addSubview(lowerView);
+  cover->view()->addSubview(upperView);
   cover->createActivityIndicator();
-  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{below, above, indicator()}));
+  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{lowerView, upperView, indicator()}));
 }
 
 TEST_F(ControllerIndicatorTest, BeforeVersion10_14ItHasNoAppearance) {
@@ -74,26 +74,26 @@ TEST_F(ControllerIndicatorTest, PinnedItStaysCentredWhenTheViewIsResized) {
 TEST_F(ControllerIndicatorTest, PinnedItHasFourConstraintsWithAMinimumWidthAndAFixedHeight) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
-  struct Expected {
+  struct ExpectedConstraint {
     NSLayoutAttribute attribute;
     NSLayoutRelation relation;
-    Strong<NSView> second;
+    Strong<NSView> secondItem;
     double constant;
   };
-  const std::vector<Expected> expected{
+  const std::vector<ExpectedConstraint> expectedConstraints{
       {NSLayoutAttribute::CenterX, NSLayoutRelation::Equal, cover->view(), 0},
       {NSLayoutAttribute::CenterY, NSLayoutRelation::Equal, cover->view(), 0},
       {NSLayoutAttribute::Width, NSLayoutRelation::GreaterThanOrEqual, nullptr, 32},
       {NSLayoutAttribute::Height, NSLayoutRelation::Equal, nullptr, 32}};
-  const NSArray<NSLayoutConstraint>& made = cover->view()->constraints();
-  ASSERT_EQ(made.size(), expected.size());
-  for (std::size_t index = 0; index < made.size(); ++index) {
+  const NSArray<NSLayoutConstraint>& constraints = cover->view()->constraints();
+  ASSERT_EQ(constraints.size(), expectedConstraints.size());
+  for (std::size_t index = 0; index < constraints.size(); ++index) {
     SCOPED_TRACE(index);
-    EXPECT_EQ(made[index]->firstItem(), indicator());
-    EXPECT_EQ(made[index]->attribute(), expected[index].attribute);
-    EXPECT_EQ(made[index]->relation(), expected[index].relation);
-    EXPECT_EQ(made[index]->secondItem(), expected[index].second);
-    EXPECT_EQ(made[index]->constant(), expected[index].constant);
+    EXPECT_EQ(constraints[index]->firstItem(), indicator());
+    EXPECT_EQ(constraints[index]->attribute(), expectedConstraints[index].attribute);
+    EXPECT_EQ(constraints[index]->relation(), expectedConstraints[index].relation);
+    EXPECT_EQ(constraints[index]->secondItem(), expectedConstraints[index].secondItem);
+    EXPECT_EQ(constraints[index]->constant(), expectedConstraints[index].constant);
   }
 }
 
@@ -103,16 +103,15 @@ TEST_F(ControllerIndicatorTest, PinningWithoutAnIndicatorCreatesNoConstraint) {
   EXPECT_EQ(indicator(), nullptr);
 }
 
-TEST_F(ControllerIndicatorTest,
-       AfterASecondCreationTheFirstStaysInTheViewAndOnlyTheSecondIsPinned) {
+TEST_F(ControllerIndicatorTest, OnlyTheLastCreatedIndicatorIsPinned) {
   cover->createActivityIndicator();
-  const auto first = indicator();
+  const auto firstIndicator = indicator();
   cover->createActivityIndicator();
-  ASSERT_NE(indicator(), first);
-  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{first, indicator()}));
+  ASSERT_NE(indicator(), firstIndicator);
+  EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{firstIndicator, indicator()}));
   cover->createConstraintsActivityIndicator();
   EXPECT_EQ(cover->view()->constraints().size(), 4u);
-  EXPECT_EQ(first->frame(), CGRectZero);
+  EXPECT_EQ(firstIndicator->frame(), CGRectZero);
   EXPECT_EQ(indicator()->frame(), CGRectMake(384, 284, 32, 32));
 }
 
@@ -131,14 +130,14 @@ TEST_F(ControllerIndicatorTest, ItAppearsWithItsSuperviewAndIsAnimated) {
 
 TEST_F(ControllerIndicatorTest, TheControllerOwnsIt) {
   cover->createActivityIndicator();
-  const Weak<NSProgressIndicator> made = indicator();
+  const Weak<NSProgressIndicator> weakIndicator = indicator();
   cover = nullptr;
-  EXPECT_TRUE(made.expired());
+  EXPECT_TRUE(weakIndicator.expired());
 }
 
-TEST_F(ControllerIndicatorTest, AnIndicatorOfTheCallerCanBeSetAndPinned) {
-  const auto own = NSProgressIndicator::initWithFrame(CGRectZero);
-  cover->setActivityIndicator(own);
+TEST_F(ControllerIndicatorTest, AnIndicatorThatIsNotInAViewIsNotPinned) {
+  const auto hostIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
+  cover->setActivityIndicator(hostIndicator);
   cover->createConstraintsActivityIndicator();  // the indicator is not in a view yet
   EXPECT_TRUE(cover->view()->constraints().empty());
   cover->setActivityIndicator(nullptr);

@@ -12,8 +12,8 @@ class ControllerLifeCycleTest : public CoverTest {
  protected:
   ControllerLifeCycleTest() { takeEvents(); }
 
-  void present(const Strong<NSWindow>& over, LaunchScreenPresentationMode mode) {
-    cover->presentForWindowWithPresentationMode(over, mode);
+  void present(const Strong<NSWindow>& hostWindow, LaunchScreenPresentationMode mode) {
+    cover->presentForWindowWithPresentationMode(hostWindow, mode);
   }
 
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
@@ -21,7 +21,7 @@ class ControllerLifeCycleTest : public CoverTest {
 
 // The order of a presentation in each mode
 
-TEST_F(ControllerLifeCycleTest, EmbeddedItOverridesTheStyleAfterTheViewHasAppeared) {
+TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasAppeared) {
   addDelegate("first");
   addDelegate("second");
   present(window, LaunchScreenPresentationEmbedded);
@@ -29,7 +29,7 @@ TEST_F(ControllerLifeCycleTest, EmbeddedItOverridesTheStyleAfterTheViewHasAppear
                                  "viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
-TEST_F(ControllerLifeCycleTest, EmbeddedWithoutAParentTheOrderIsTheSame) {
+TEST_F(ControllerLifeCycleTest, ACoverWithoutAParentHasTheSameOrder) {
   window = openPlayerWindow();
   takeEvents();
   addDelegate("first");
@@ -64,9 +64,9 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
 // Single steps
 
 TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
-  const auto first = addDelegate("first");
+  const auto firstDelegate = addDelegate("first");
   cover->viewWillAppear();
-  EXPECT_EQ(first->lastController.lock(), cover);
+  EXPECT_EQ(firstDelegate->lastController.lock(), cover);
 }
 
 TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
@@ -146,7 +146,7 @@ TEST_F(ControllerLifeCycleTest, TheLifeCycleCreatesNoIndicator) {
   }
 }
 
-// The indicator of an outside caller
+// An indicator that the caller adds
 
 class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:

@@ -69,9 +69,9 @@ TEST_F(ControllerPresentationTest, EmbeddedItGetsTheFrameOfItsSuperviewNotItsBou
 TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWindowsFrame) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
-  bool appeared = false;
+  bool hasAppeared = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    appeared = true;
+    hasAppeared = true;
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
@@ -80,7 +80,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWind
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(appeared);
+  EXPECT_TRUE(hasAppeared);
 }
 
 TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowItAppearsWhenTheWindowIsOrderedIn) {
@@ -98,12 +98,12 @@ TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowItAppearsWhenTheWindow
 
 TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItIsItsChildAndNotTracked) {
   const auto window = openPlayerWindowWithContentViewController();
-  const auto host = window->contentViewController();
+  const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
   EXPECT_EQ(cover->appWindow(), window);
-  EXPECT_EQ(cover->parentViewController(), host);
-  EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{cover});
-  EXPECT_EQ(cover->view()->superview(), host->view());
+  EXPECT_EQ(cover->parentViewController(), contentViewController);
+  EXPECT_EQ(contentViewController->childViewControllers(), NSArray<NSViewController>{cover});
+  EXPECT_EQ(cover->view()->superview(), contentViewController->view());
   EXPECT_FALSE(hasTrackedCover());
 }
 
@@ -119,14 +119,14 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsIts
 
 TEST_F(ControllerPresentationTest, EmbeddedItIsAChildBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
-  bool appeared = false;
+  bool hasAppeared = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    appeared = true;
+    hasAppeared = true;
     EXPECT_EQ(cover->parentViewController(), window->contentViewController());
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(appeared);
+  EXPECT_TRUE(hasAppeared);
 }
 
 // Embedded without a window
@@ -146,11 +146,11 @@ TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTracked
 
 TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOne) {
   const auto window = openPlayerWindow();
-  const auto other = openWindow("PlayerWindow");
+  const auto otherWindow = openWindow("PlayerWindow");
   present(window, kEmbedded);
-  const auto second = LaunchScreenViewController::init();
-  second->presentForWindowWithPresentationMode(other, kEmbedded);
-  EXPECT_TRUE(isTrackedCover(other->contentView(), second));
+  const auto secondController = LaunchScreenViewController::init();
+  secondController->presentForWindowWithPresentationMode(otherWindow, kEmbedded);
+  EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
   EXPECT_EQ(cover->view()->superview(), window->contentView());
   EXPECT_EQ(cover->appWindow(), window);
 }
@@ -158,35 +158,34 @@ TEST_F(ControllerPresentationTest, ASecondEmbeddedControllerReplacesTheTrackedOn
 TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTheTrackedOne) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
-  const auto second = LaunchScreenViewController::init();
-  second->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
-                                               kEmbedded);
+  const auto secondController = LaunchScreenViewController::init();
+  secondController->presentForWindowWithPresentationMode(
+      openPlayerWindowWithContentViewController(), kEmbedded);
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedInAnotherWindowTheControllerMoves) {
-  const auto first = openPlayerWindowWithContentViewController();
-  const auto second = openPlayerWindowWithContentViewController();
-  present(first, kEmbedded);
-  present(second, kEmbedded);
-  EXPECT_TRUE(first->contentViewController()->childViewControllers().empty());
-  EXPECT_TRUE(first->contentViewController()->view()->subviews().empty());
-  EXPECT_EQ(cover->parentViewController(), second->contentViewController());
-  EXPECT_EQ(cover->view()->window(), second);
+TEST_F(ControllerPresentationTest, AnEmbeddedControllerMovesToAnotherWindow) {
+  const auto firstWindow = openPlayerWindowWithContentViewController();
+  const auto secondWindow = openPlayerWindowWithContentViewController();
+  present(firstWindow, kEmbedded);
+  present(secondWindow, kEmbedded);
+  EXPECT_TRUE(firstWindow->contentViewController()->childViewControllers().empty());
+  EXPECT_TRUE(firstWindow->contentViewController()->view()->subviews().empty());
+  EXPECT_EQ(cover->parentViewController(), secondWindow->contentViewController());
+  EXPECT_EQ(cover->view()->window(), secondWindow);
 }
 
-TEST_F(ControllerPresentationTest,
-       EmbeddedInAnotherWindowWhileShownItWritesTheSavedStyleToTheNewWindow) {
-  const auto first = openPlayerWindow();
-  const auto second = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
-  present(first, kEmbedded);
+TEST_F(ControllerPresentationTest, AShownControllerWritesTheSavedStyleToTheNewWindow) {
+  const auto firstWindow = openPlayerWindow();
+  const auto secondWindow = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
+  present(firstWindow, kEmbedded);
   takeEvents();
-  present(second, kEmbedded);
+  present(secondWindow, kEmbedded);
   // The controller already refers to the second window when it leaves the first window.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
-  EXPECT_EQ(first->styleMask(), NSWindowStyleMaskTitled);
-  EXPECT_EQ(second->styleMask(), kFullStyle);
+  EXPECT_EQ(firstWindow->styleMask(), NSWindowStyleMaskTitled);
+  EXPECT_EQ(secondWindow->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
@@ -194,11 +193,11 @@ TEST_F(ControllerPresentationTest,
 
 TEST_F(ControllerPresentationTest, AsAModalWindowTheContentViewControllerPresentsIt) {
   const auto window = openPlayerWindowWithContentViewController();
-  const auto host = window->contentViewController();
+  const auto contentViewController = window->contentViewController();
   present(window, kModalWindow);
   EXPECT_EQ(cover->presentationMode(), 1);
-  EXPECT_EQ(cover->presentingViewController(), host);
-  EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{cover});
+  EXPECT_EQ(cover->presentingViewController(), contentViewController);
+  EXPECT_EQ(contentViewController->presentedViewControllers(), NSArray<NSViewController>{cover});
   ASSERT_NE(cover->view()->window(), nullptr);
   EXPECT_NE(cover->view()->window(), window);
   EXPECT_TRUE(cover->view()->window()->isModalPanel());

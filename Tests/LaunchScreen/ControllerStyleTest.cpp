@@ -28,8 +28,8 @@ class ControllerStyleTest : public CoverTest {
       }
     });
   }
-  void embed(const Strong<NSWindow>& over) {
-    cover->presentForWindowWithPresentationMode(over, LaunchScreenPresentationEmbedded);
+  void embed(const Strong<NSWindow>& hostWindow) {
+    cover->presentForWindowWithPresentationMode(hostWindow, LaunchScreenPresentationEmbedded);
   }
 
   Strong<NSWindow> window = openPlayerWindow();
@@ -37,7 +37,7 @@ class ControllerStyleTest : public CoverTest {
 
 // Overriding the style
 
-TEST_F(ControllerStyleTest, ResizableThenMiniaturizableThenClosableAreClearedInThreeSteps) {
+TEST_F(ControllerStyleTest, ThreeStepsClearResizableMiniaturizableAndClosable) {
   prepare(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 3", "style 1"}));
@@ -123,7 +123,7 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
   EXPECT_FALSE(modal->canHide());
 }
 
-TEST_F(ControllerStyleTest, ForAModalWindowTheHostWindowKeepsItsStyleAndNothingIsSaved) {
+TEST_F(ControllerStyleTest, ForAModalWindowTheHostWindowKeepsItsStyle) {
   prepare(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();  // no window shows the controller
   EXPECT_EQ(takeEvents(), Lines{});
@@ -196,13 +196,13 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
 TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheTrackedWindow) {
   embed(window);
   takeEvents();
-  const auto other = LaunchScreenViewController::init();
-  other->restorePresentation();
+  const auto otherController = LaunchScreenViewController::init();
+  otherController->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 15"});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-  EXPECT_EQ(other->appWindowStyleMask(), kNoSavedStyle);
+  EXPECT_EQ(otherController->appWindowStyleMask(), kNoSavedStyle);
 }
 
 TEST_F(ControllerStyleTest, TheTrackedMaskIsWrittenEvenIfNoStyleIsSaved) {
@@ -227,11 +227,11 @@ TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowRestoresNothing) {
 
 TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheTrackedWindow) {
   embed(window);
-  const auto other = LaunchScreenViewController::init();
+  const auto otherController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
-  prepare(other, otherWindow);
-  other->setupPresentation();
-  other->restorePresentation();
+  prepare(otherController, otherWindow);
+  otherController->setupPresentation();
+  otherController->restorePresentation();
   EXPECT_EQ(otherWindow->styleMask(), kFullStyle);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_EQ(cover->appWindow(), window);
@@ -240,9 +240,9 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheTrackedWindow)
 TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedWindowIsNotRestored) {
   embed(window);
   takeEvents();
-  const auto other = LaunchScreenViewController::init();
-  other->setPresentationMode(LaunchScreenPresentationModalWindow);
-  other->restorePresentation();
+  const auto otherController = LaunchScreenViewController::init();
+  otherController->setPresentationMode(LaunchScreenPresentationModalWindow);
+  otherController->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), window);
 }

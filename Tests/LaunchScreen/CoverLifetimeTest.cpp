@@ -87,13 +87,13 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
   cover->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = cover->view();
   const auto weakCover = releaseCover();
-  const auto second = LaunchScreenViewController::init();
-  second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
+  const auto secondController = LaunchScreenViewController::init();
+  secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(weakCover.expired());
   EXPECT_FALSE(view.expired());
   // No controller is left that could restore the style.
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  second->dismissViewController(second);
+  secondController->dismissViewController(secondController);
   platform.run(1);
   EXPECT_EQ(view.lock()->window(), window);
   EXPECT_FALSE(hasTrackedCover());
@@ -107,8 +107,8 @@ TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowLivesUntilAnotherCoverRepl
   const auto weakCover = releaseCover();
   ASSERT_FALSE(weakCover.expired());
   EXPECT_TRUE(isTrackedCover(nullptr, weakCover.lock()));
-  const auto second = LaunchScreenViewController::init();
-  second->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
+  const auto secondController = LaunchScreenViewController::init();
+  secondController->presentForWindowWithPresentationMode(openPlayerWindow(), 0);
   EXPECT_TRUE(weakCover.expired());
   EXPECT_TRUE(view.expired());
 }
@@ -123,24 +123,25 @@ TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilItIsDismissed) {
 
 TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilItIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {1, 2}) {
-    Strong<LaunchScreenViewController> presented = LaunchScreenViewController::init();
-    presented->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
-                                                    mode);
-    const Weak<NSWindow> window = presented->view()->window();
-    const Weak<LaunchScreenViewController> weak = std::exchange(presented, nullptr);
-    ASSERT_FALSE(weak.expired());
-    weak.lock()->dismissViewController(weak.lock());
-    EXPECT_TRUE(weak.expired());
+    Strong<LaunchScreenViewController> presentedController = LaunchScreenViewController::init();
+    presentedController->presentForWindowWithPresentationMode(
+        openPlayerWindowWithContentViewController(), mode);
+    const Weak<NSWindow> window = presentedController->view()->window();
+    const Weak<LaunchScreenViewController> weakController =
+        std::exchange(presentedController, nullptr);
+    ASSERT_FALSE(weakController.expired());
+    weakController.lock()->dismissViewController(weakController.lock());
+    EXPECT_TRUE(weakController.expired());
     EXPECT_TRUE(window.expired());
   }
 }
 
 // The objects that remain after a complete launch screen
 
-class LaunchScreenRemainsTest : public LaunchScreenTest {
+class LaunchScreenObjectsTest : public LaunchScreenTest {
  protected:
   // The objects of a launch screen.
-  struct Remains {
+  struct LaunchScreenObjects {
     Weak<LaunchScreenManager> manager;
     Weak<LaunchScreenContent> content;
     Weak<ContentRequest> request;
@@ -148,7 +149,7 @@ class LaunchScreenRemainsTest : public LaunchScreenTest {
     Weak<NSView> view;
   };
 
-  Remains show(const Strong<NSWindow>& window, std::int32_t hostMode) {
+  LaunchScreenObjects show(const Strong<NSWindow>& window, std::int32_t hostMode) {
     load(1);
     present(window, hostMode);
     return {manager, manager->content(), manager->content()->request(), controller(),
@@ -158,86 +159,86 @@ class LaunchScreenRemainsTest : public LaunchScreenTest {
     manager->deactivate();
     manager = nullptr;
   }
-  static void expectAllGone(const Remains& remains) {
-    EXPECT_TRUE(remains.manager.expired());
-    EXPECT_TRUE(remains.content.expired());
-    EXPECT_TRUE(remains.request.expired());
-    EXPECT_TRUE(remains.controller.expired());
-    EXPECT_TRUE(remains.view.expired());
+  static void expectAllDestroyed(const LaunchScreenObjects& objects) {
+    EXPECT_TRUE(objects.manager.expired());
+    EXPECT_TRUE(objects.content.expired());
+    EXPECT_TRUE(objects.request.expired());
+    EXPECT_TRUE(objects.controller.expired());
+    EXPECT_TRUE(objects.view.expired());
     EXPECT_FALSE(hasTrackedCover());
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
     EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   }
 };
 
-TEST_F(LaunchScreenRemainsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndDeactivation) {
+TEST_F(LaunchScreenObjectsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndDeactivation) {
   for (const std::int32_t hostMode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     for (const auto& window : {openPlayerWindow(), openPlayerWindowWithContentViewController()}) {
       manager = LaunchScreenManager::init();
-      const Remains remains = show(window, hostMode);
+      const LaunchScreenObjects objects = show(window, hostMode);
       platform.run(5);
       deactivateAndRelease();
       SCOPED_TRACE(hostMode);
-      expectAllGone(remains);
+      expectAllDestroyed(objects);
       EXPECT_EQ(window->styleMask(), kFullStyle);
       window->close();
     }
   }
 }
 
-TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManagerUntilItEnds) {
+TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManagerUntilItEnds) {
   const auto window = openPlayerWindowWithContentViewController();
-  const Remains remains = show(window, kHostModeEmbedded);
+  const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   platform.run(0.5);
   deactivateAndRelease();
-  EXPECT_TRUE(remains.content.expired());
-  EXPECT_FALSE(remains.manager.expired());
+  EXPECT_TRUE(objects.content.expired());
+  EXPECT_FALSE(objects.manager.expired());
   platform.run(0.55);
-  EXPECT_FALSE(remains.manager.expired());
+  EXPECT_FALSE(objects.manager.expired());
   platform.run(0.05);
-  EXPECT_TRUE(remains.manager.expired());
+  EXPECT_TRUE(objects.manager.expired());
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationACoverUnderAParentStaysInItsWindow) {
+TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverUnderAParentStaysInItsWindow) {
   const auto window = openPlayerWindowWithContentViewController();
-  const Remains remains = show(window, kHostModeEmbedded);
+  const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
   platform.run(5);
-  ASSERT_FALSE(remains.controller.expired());
-  EXPECT_EQ(remains.controller.lock()->delegates()->count(), 0u);
-  EXPECT_EQ(remains.view.lock()->window(), window);
+  ASSERT_FALSE(objects.controller.expired());
+  EXPECT_EQ(objects.controller.lock()->delegates()->count(), 0u);
+  EXPECT_EQ(objects.view.lock()->window(), window);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  remains.controller.lock()->dismissViewController(nullptr);  // a host may do this
+  objects.controller.lock()->dismissViewController(nullptr);  // a host may do this
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  expectAllGone(remains);
+  expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenRemainsTest, AfterAnEarlyDeactivationACoverWithoutAParentStaysTracked) {
+TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverWithoutAParentStaysTracked) {
   const auto window = openPlayerWindow();
-  const Remains remains = show(window, kHostModeEmbedded);
+  const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
   platform.run(5);
-  ASSERT_FALSE(remains.controller.expired());
-  EXPECT_EQ(embedded_cover::selfController, remains.controller.lock());
-  EXPECT_EQ(remains.view.lock()->window(), window);
+  ASSERT_FALSE(objects.controller.expired());
+  EXPECT_EQ(embedded_cover::selfController, objects.controller.lock());
+  EXPECT_EQ(objects.view.lock()->window(), window);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  remains.controller.lock()->dismissViewController(nullptr);
+  objects.controller.lock()->dismissViewController(nullptr);
   platform.run(1);
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  expectAllGone(remains);
+  expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenRemainsTest,
+TEST_F(LaunchScreenObjectsTest,
        AfterAnEarlyDeactivationAPresentedCoverStaysUntilItsWindowIsClosed) {
   for (const std::int32_t hostMode : {kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
-    const Remains remains = show(openPlayerWindowWithContentViewController(), hostMode);
+    const LaunchScreenObjects objects = show(openPlayerWindowWithContentViewController(), hostMode);
     deactivateAndRelease();
     platform.run(5);
-    ASSERT_FALSE(remains.view.expired());
-    remains.view.lock()->window()->close();
-    expectAllGone(remains);
+    ASSERT_FALSE(objects.view.expired());
+    objects.view.lock()->window()->close();
+    expectAllDestroyed(objects);
   }
 }
 

@@ -25,33 +25,33 @@ TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledBeforeTheCallReturns) 
 TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheController) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
-  bool toldOnMainThread = false;
-  hostController->onNextCall([&] { toldOnMainThread = NSThread::isMainThread(); });
+  bool wasCalledOnMainThread = false;
+  hostController->onNextCall([&] { wasCalledOnMainThread = NSThread::isMainThread(); });
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   EXPECT_TRUE(hostController->calls.empty());
   platform.runDueWork();
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(hostController->dismissedController.lock(), hostController);
-  EXPECT_TRUE(toldOnMainThread);
+  EXPECT_TRUE(wasCalledOnMainThread);
 }
 
-TEST_F(DismissalTest, ItExpiresBeforeTheControllerIsCalled) {
+TEST_F(DismissalTest, TheLaunchScreenExpiresBeforeTheControllerIsCalled) {
   const auto hostController = loadHostController(5.0);
-  bool expired = false;
-  hostController->onNextCall([&] { expired = manager->launchScreenExpired(); });
+  bool isExpired = false;
+  hostController->onNextCall([&] { isExpired = manager->launchScreenExpired(); });
   manager->dismissLaunchScreen();
-  EXPECT_TRUE(expired);
+  EXPECT_TRUE(isExpired);
   EXPECT_TRUE(manager->launchScreenExpired());
 }
 
-TEST_F(DismissalTest, OnAnotherThreadItExpiresAtOnce) {
+TEST_F(DismissalTest, OnAnotherThreadTheLaunchScreenExpiresAtOnce) {
   loadHostController(5.0);
-  bool expired = false;
+  bool isExpired = false;
   runOnAnotherThread([&] {
     manager->dismissLaunchScreen();
-    expired = manager->launchScreenExpired();
+    isExpired = manager->launchScreenExpired();
   });
-  EXPECT_TRUE(expired);
+  EXPECT_TRUE(isExpired);
 }
 
 TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
@@ -62,7 +62,7 @@ TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
   // Relaxed, so that the flag does not synchronise the threads: a thread sanitizer can then detect
   // a data race in the manager.
   std::atomic<bool> hasStarted = false;
-  std::thread other([&] {
+  std::thread otherThread([&] {
     while (!hasStarted.load(std::memory_order_relaxed)) {
       std::this_thread::yield();
     }
@@ -75,26 +75,26 @@ TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
     hasStarted.store(true, std::memory_order_relaxed);
     platform.runDueWork();
   }
-  other.join();
+  otherThread.join();
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
 }
 
-TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheControllerOfThatTime) {
-  const auto former = loadHostController(5.0);
+TEST_F(DismissalTest, TheMainQueueCallsTheCurrentController) {
+  const auto firstController = loadHostController(5.0);
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
-  const auto latter = loadHostController(5.0);
+  const auto secondController = loadHostController(5.0);
   platform.runDueWork();
-  EXPECT_EQ(former->calls, Calls{"addDelegate"});
-  EXPECT_EQ(latter->calls, (Calls{"addDelegate", "dismissViewController"}));
+  EXPECT_EQ(firstController->calls, Calls{"addDelegate"});
+  EXPECT_EQ(secondController->calls, (Calls{"addDelegate", "dismissViewController"}));
 }
 
-TEST_F(DismissalTest, WithoutAControllerItOnlyExpires) {
+TEST_F(DismissalTest, WithoutAControllerTheLaunchScreenOnlyExpires) {
   manager->dismissLaunchScreen();
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(DismissalTest, WithoutAContentItOnlyExpires) {
+TEST_F(DismissalTest, WithoutAContentTheLaunchScreenOnlyExpires) {
   manager->deactivate();
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   platform.runDueWork();
@@ -105,12 +105,12 @@ TEST_F(DismissalTest, WithoutAContentItOnlyExpires) {
 TEST_F(DismissalTest, ADelegateThatRefusesKeepsTheLaunchScreenUp) {
   load(5.0, "skip");
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
-  const auto host = addHostDelegate();
-  host->agrees = false;
+  const auto hostDelegate = addHostDelegate();
+  hostDelegate->agrees = false;
   manager->dismissLaunchScreen();
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
   EXPECT_NE(controller()->view()->window(), nullptr);
-  host->agrees = true;
+  hostDelegate->agrees = true;
   manager->dismissLaunchScreen();
   EXPECT_EQ(controller()->view()->window(), nullptr);
 }
@@ -143,13 +143,13 @@ TEST_F(EventTest, TwoCallsRecordOneEvent) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, ItCountsAsSentWhenItIsScheduled) {
+TEST_F(EventTest, TheEventCountsAsSentWhenItIsScheduled) {
   manager->sendAnalyticsEvent();
   EXPECT_TRUE(manager->eventWasSended());
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, AfterItIsSentAnotherCallChangesNothing) {
+TEST_F(EventTest, AfterTheEventIsSentAnotherCallChangesNothing) {
   manager->sendAnalyticsEvent();
   manager->setAppIsUnfocused(true);
   manager->setLaunchScreenExpired(true);
@@ -167,21 +167,21 @@ TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNoEvent) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, WhileUnfocusedItIsPostponed) {
+TEST_F(EventTest, WhileUnfocusedTheEventIsPostponed) {
   manager->setAppIsUnfocused(true);
-  for (const bool expired : {false, true}) {
+  for (const bool isExpired : {false, true}) {
     manager->setLaunchShouldBeClosed(false);
-    manager->setLaunchScreenExpired(expired);
+    manager->setLaunchScreenExpired(isExpired);
     manager->sendAnalyticsEvent();
     EXPECT_TRUE(manager->launchShouldBeClosed());
-    EXPECT_EQ(manager->launchScreenExpired(), expired);
+    EXPECT_EQ(manager->launchScreenExpired(), isExpired);
     EXPECT_FALSE(manager->eventWasSended());
   }
   platform.run(5.0);
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, WhileFocusedItIsNotPostponed) {
+TEST_F(EventTest, WhileFocusedTheEventIsNotPostponed) {
   manager->sendAnalyticsEvent();
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
@@ -193,8 +193,8 @@ TEST_F(EventTest, TheDismissalEndsWhenTheEventIsScheduled) {
 }
 
 TEST_F(EventTest, WithoutANameTheDismissalEndsAndALaterCallTriesAgain) {
-  for (const auto& none : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
-    configuration().setNextEventName(none);
+  for (const auto& emptyName : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
+    configuration().setNextEventName(emptyName);
     manager->setLaunchScreenExpired(true);
     manager->sendAnalyticsEvent();
     platform.run(1.0);
@@ -224,11 +224,11 @@ TEST_F(EventTest, ANameThatBecomesNullBeforeTheRecordingIsRecordedAsEmpty) {
 }
 
 TEST_F(EventTest, AConfigurationThatIsReplacedBeforeTheRecordingIsStillUsed) {
-  const auto former = LaunchScreenConfiguration::defaultConfiguration();
+  const auto previousConfiguration = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   setEventName("of the new one");
-  former->setNextEventName(NSString::stringWithUTF8String("of the former one"));
+  previousConfiguration->setNextEventName(NSString::stringWithUTF8String("of the former one"));
   platform.run(1.0);
   EXPECT_EQ(platform.events, (Events{{"of the former one", 0.5}}));
 }
@@ -282,11 +282,11 @@ TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsReported) {
 }
 
 TEST_F(StateChangeTest, ADelegateThatDoesNotAdoptTheProtocolIsNotNotified) {
-  const auto undeclared = make<UndeclaredListener>();
-  manager->setDelegate(undeclared);
+  const auto undeclaredListener = make<UndeclaredListener>();
+  manager->setDelegate(undeclaredListener);
   manager->content()->setState(ContentDataStateLoaded);
-  EXPECT_EQ(undeclared->calls, 0);
-  EXPECT_EQ(manager->delegate(), undeclared);
+  EXPECT_EQ(undeclaredListener->calls, 0);
+  EXPECT_EQ(manager->delegate(), undeclaredListener);
 }
 
 TEST_F(StateChangeTest, WithoutADelegateNothingHappens) {
@@ -302,11 +302,11 @@ TEST_F(StateChangeTest, ADestroyedDelegateIsNotNotified) {
 }
 
 TEST_F(StateChangeTest, TheCurrentDelegateIsNotified) {
-  const auto former = make<ResolverListener>();
-  manager->setDelegate(former);
+  const auto previousListener = make<ResolverListener>();
+  manager->setDelegate(previousListener);
   manager->setDelegate(listener);
   manager->content()->setState(ContentDataStateLoaded);
-  EXPECT_TRUE(former->changes.empty());
+  EXPECT_TRUE(previousListener->changes.empty());
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
@@ -315,7 +315,7 @@ TEST_F(StateChangeTest, AnImmediateFailureIsReportedOnTheSameThread) {
   runOnAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
   ASSERT_EQ(listener->changes.size(), 1u);
   EXPECT_EQ(listener->changes[0].state, ContentDataStateFailed);
-  EXPECT_FALSE(listener->changes[0].onMainThread);
+  EXPECT_FALSE(listener->changes[0].isOnMainThread);
 }
 
 }  // namespace

@@ -55,13 +55,13 @@ TEST_F(ExpirationTimerTest, StartOnAThreadWithoutARunLoopCreatesATimerThatNeverF
   manager->pauseTimer();  // an unstopped timer would keep the manager alive
 }
 
-TEST_F(ExpirationTimerTest, TheSmallestPositiveTimeLeftStartsIt) {
+TEST_F(ExpirationTimerTest, TheSmallestPositiveTimeLeftStartsTheCountdown) {
   setTimeLeft(std::numeric_limits<double>::denorm_min());
   manager->startTimer();
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ExpirationTimerTest, ATimeLeftOfNaNStartsItAndNeverEnds) {
+TEST_F(ExpirationTimerTest, ATimeLeftOfNaNStartsACountdownThatNeverEnds) {
   setTimeLeft(std::numeric_limits<double>::quiet_NaN());
   manager->startTimer();
   runTicks(1000);
@@ -73,10 +73,10 @@ TEST_F(ExpirationTimerTest, ATimeLeftOfNaNStartsItAndNeverEnds) {
 TEST_F(ExpirationTimerTest, StartKeepsTheTimerOfARunningCountdownAndItsPhase) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto running = timer();
+  const auto runningTimer = timer();
   platform.run(0.05);
   manager->startTimer();
-  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer(), runningTimer);
   EXPECT_EQ(timer()->fireDate(), 100'000'000);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 1u);
 }
@@ -84,11 +84,11 @@ TEST_F(ExpirationTimerTest, StartKeepsTheTimerOfARunningCountdownAndItsPhase) {
 TEST_F(ExpirationTimerTest, AnInvalidTimerInThePropertyIsReplaced) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto former = timer();
-  former->invalidate();
-  ASSERT_EQ(timer(), former);
+  const auto previousTimer = timer();
+  previousTimer->invalidate();
+  ASSERT_EQ(timer(), previousTimer);
   manager->startTimer();
-  ASSERT_NE(timer(), former);
+  ASSERT_NE(timer(), previousTimer);
   EXPECT_TRUE(timer()->isValid());
 }
 
@@ -162,12 +162,12 @@ TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerAndKeepsTheTimeLeftBefore
   const auto hostController = loadHostController(5.0);
   setTimeLeft(0.2);
   manager->startTimer();
-  const auto running = timer();
+  const auto runningTimer = timer();
   bool wasCalled = false;
   hostController->onNextCall([&] {
     wasCalled = true;
     EXPECT_EQ(timer(), nullptr);
-    EXPECT_FALSE(running->isValid());
+    EXPECT_FALSE(runningTimer->isValid());
     EXPECT_EQ(timeLeft(), kTenth);
     EXPECT_TRUE(manager->launchScreenExpired());
   });
@@ -179,9 +179,9 @@ TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerAndKeepsTheTimeLeftBefore
 
 struct Countdown {
   double start;
-  int ticks;      // the number of the tick that dismisses
-  double read;    // the time left before this tick
-  double stored;  // the time left after this tick, if the dismissal has not set it to 0
+  int dismissingTick;     // the number of the tick that dismisses
+  double timeLeftBefore;  // the time left before this tick
+  double timeLeftAfter;   // the time left after this tick, if the dismissal does not set it to 0
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
@@ -190,26 +190,26 @@ std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
 
 class CountdownTest : public ExpirationTimerTest, public testing::WithParamInterface<Countdown> {};
 
-TEST_P(CountdownTest, DismissesAtThisTickWithTheseValuesLeft) {
+TEST_P(CountdownTest, DismissesAtTheExpectedTick) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
-  double read = -1;
-  hostController->onNextCall([&] { read = timeLeft(); });
+  double timeLeftBefore = -1;
+  hostController->onNextCall([&] { timeLeftBefore = timeLeft(); });
   setTimeLeft(GetParam().start);
   manager->startTimer();
 
-  runTicks(GetParam().ticks - 1);
+  runTicks(GetParam().dismissingTick - 1);
   EXPECT_TRUE(hostController->calls.empty());
   EXPECT_NE(timer(), nullptr);
   runTicks(1);
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(timer(), nullptr);
-  EXPECT_EQ(read, GetParam().read);
-  EXPECT_EQ(timeLeft(), GetParam().stored);
+  EXPECT_EQ(timeLeftBefore, GetParam().timeLeftBefore);
+  EXPECT_EQ(timeLeft(), GetParam().timeLeftAfter);
   EXPECT_FALSE(std::signbit(timeLeft()) && timeLeft() == 0.0);
 
   manager->startTimer();
-  EXPECT_EQ(timer(), nullptr) << "what is left starts no countdown";
+  EXPECT_EQ(timer(), nullptr) << "the remaining time starts no countdown";
   platform.run(1.0);
   EXPECT_EQ(hostController->calls.size(), 1u);
 }
@@ -223,7 +223,7 @@ TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenth) {
   setTimeLeft(GetParam().start);
   manager->startTimer();
 
-  runTicks(GetParam().ticks - 1);
+  runTicks(GetParam().dismissingTick - 1);
   EXPECT_TRUE(journal->empty());
   runTicks(1);
   EXPECT_EQ(*journal, (Lines{"host: can dismiss", "host: did dismiss"}));
@@ -252,10 +252,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(ExpirationTimerTest, PauseInvalidatesTheTimerAndKeepsTheTimeLeft) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto running = timer();
+  const auto runningTimer = timer();
   runTicks(2);
   manager->pauseTimer();
-  EXPECT_FALSE(running->isValid());
+  EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   platform.run(5.0);
   EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
@@ -279,12 +279,12 @@ TEST_F(ExpirationTimerTest, PauseAlsoReleasesAnInvalidTimer) {
 TEST_F(ExpirationTimerTest, AfterAPauseANewTimerTicksAfterAFullInterval) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto former = timer();
+  const auto previousTimer = timer();
   platform.run(0.25);  // two ticks; the pause discards the half interval
   manager->pauseTimer();
   platform.run(3.0);
   manager->startTimer();
-  EXPECT_NE(timer(), former);
+  EXPECT_NE(timer(), previousTimer);
   platform.run(0.099999999);
   EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1);
   platform.run(0.000000001);
@@ -294,9 +294,9 @@ TEST_F(ExpirationTimerTest, AfterAPauseANewTimerTicksAfterAFullInterval) {
 TEST_F(ExpirationTimerTest, StopInvalidatesTheTimerAndSetsTheTimeLeftToZero) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto running = timer();
+  const auto runningTimer = timer();
   manager->stopTimer();
-  EXPECT_FALSE(running->isValid());
+  EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
@@ -311,7 +311,7 @@ TEST_F(ExpirationTimerTest, StopSetsTheTimeLeftOfAPausedOrFinishedCountdownToZer
   }
 }
 
-TEST_F(ExpirationTimerTest, AfterAStopStartDoesNothingUntilThereIsTimeLeft) {
+TEST_F(ExpirationTimerTest, AfterAStopTheCountdownStartsOnlyWithTimeLeft) {
   setTimeLeft(1.0);
   manager->startTimer();
   manager->stopTimer();
@@ -331,7 +331,7 @@ TEST_F(ExpirationTimerTest, NothingIsLogged) {
 
 // Modes of the run loop
 
-TEST_F(ExpirationTimerTest, ItRunsInTheDefaultAndTheModalPanelMode) {
+TEST_F(ExpirationTimerTest, TheCountdownRunsInTheDefaultAndTheModalPanelMode) {
   for (const NSRunLoopMode mode : {NSDefaultRunLoopMode, NSModalPanelRunLoopMode}) {
     setTimeLeft(1.0);
     manager->startTimer();
@@ -352,14 +352,14 @@ TEST_F(ExpirationTimerTest, TheTimerTicksOnceForBothModes) {
   EXPECT_EQ(timeLeft(), 0x1.ccccccccccccdp-1);
 }
 
-TEST_F(ExpirationTimerTest, InEventTrackingModeItDoesNotCount) {
+TEST_F(ExpirationTimerTest, TheCountdownDoesNotRunInEventTrackingMode) {
   setTimeLeft(1.0);
   manager->startTimer();
-  const auto running = timer();
+  const auto runningTimer = timer();
   NSRunLoop::mainRunLoop().setMode(NSEventTrackingRunLoopMode);
   platform.run(5.0);
   EXPECT_EQ(timeLeft(), 1.0);
-  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer(), runningTimer);
   NSRunLoop::mainRunLoop().setMode(NSDefaultRunLoopMode);
   platform.run(0.1);
   EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1) << "one tick that is late, and the next";

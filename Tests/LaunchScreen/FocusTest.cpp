@@ -46,24 +46,24 @@ TEST_F(FocusTest, TheApplicationsActivityAndMiniaturizingHaveNoEffect) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
-  for (const bool runs : {true, false}) {
-    if (!runs) {
+  for (const bool isRunning : {true, false}) {
+    if (!isRunning) {
       resignKey(window);
     }
-    const auto before = state();
+    const auto stateBefore = state();
     for (const Strong<NSObject>& object : {Strong<NSObject>(window), Strong<NSObject>()}) {
       post(NSApplicationWillResignActiveNotification, object);
       post(NSApplicationDidBecomeActiveNotification, object);
       post(NSWindowDidMiniaturizeNotification, object);
       post(NSWindowDidDeminiaturizeNotification, object);
     }
-    EXPECT_EQ(state(), before);
+    EXPECT_EQ(state(), stateBefore);
   }
 }
 
 TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
   show(5.0);
-  const auto before = state();
+  const auto stateBefore = state();
   const auto notification =
       NSNotification::initWithNameObject(NSWindowDidMiniaturizeNotification, window);
   manager->applicationWillResignActive(notification);
@@ -72,7 +72,7 @@ TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
   manager->windowDidDeminiaturize(notification);
   manager->appWillEnterForeground();
   manager->appDidEnterBackground();
-  EXPECT_EQ(state(), before);
+  EXPECT_EQ(state(), stateBefore);
 }
 
 TEST_F(FocusTest, SwitchingToAnotherApplicationPausesThroughTheKeyWindow) {
@@ -93,9 +93,9 @@ TEST_F(FocusTest, SwitchingToAnotherApplicationPausesThroughTheKeyWindow) {
 
 TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
   show(5.0);
-  const auto running = timer();
+  const auto runningTimer = timer();
   resignKey(window);
-  EXPECT_FALSE(running->isValid());
+  EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 5.0);
   EXPECT_TRUE(manager->appIsUnfocused());
@@ -111,19 +111,19 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeyUnfocusesEvenWithoutACountdown) {
 TEST_F(FocusTest, AfterTheExpirationARequiredWindowThatResignsKeyChangesNothing) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
-  const auto before = state();
+  const auto stateBefore = state();
   resignKey(window);
-  EXPECT_EQ(state(), before);
+  EXPECT_EQ(state(), stateBefore);
 }
 
 TEST_F(FocusTest, AnotherWindowThatResignsKeyChangesNothing) {
   show(5.0);
-  const auto before = state();
+  const auto stateBefore = state();
   resignKey(openWindow("NSWindow"));
   resignKey(openPlayerWindowWithContentViewController());
   resignKey(nullptr);
   resignKey(hostController);  // a controller instead of a window
-  EXPECT_EQ(state(), before);
+  EXPECT_EQ(state(), stateBefore);
 }
 
 // A window becomes key
@@ -141,9 +141,9 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
 
 TEST_F(FocusTest, AWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
   show(5.0);
-  const auto running = timer();
+  const auto runningTimer = timer();
   becomeKey(window);
-  EXPECT_EQ(timer(), running);
+  EXPECT_EQ(timer(), runningTimer);
 }
 
 TEST_F(FocusTest, WithNoTimeLeftAWindowThatBecomesKeyStartsNothing) {
@@ -159,10 +159,10 @@ TEST_F(FocusTest, AnotherWindowThatBecomesKeyChangesNothing) {
   show(5.0, "skip");
   resignKey(window);
   manager->setLaunchShouldBeClosed(true);
-  const auto before = state();
+  const auto stateBefore = state();
   becomeKey(openWindow("NSWindow"));
   becomeKey(nullptr);
-  EXPECT_EQ(state(), before);
+  EXPECT_EQ(state(), stateBefore);
   EXPECT_TRUE(hostController->calls.empty());
 }
 
@@ -201,7 +201,7 @@ TEST_F(FocusTest, APostponedEventIsSentEachTimeAWindowBecomesKey) {
   EXPECT_TRUE(manager->launchShouldBeClosed());
   EXPECT_EQ(pendingTaskCount(), 2u);
   platform.run(3.0);
-  EXPECT_EQ(platform.events.size(), 1u) << "the event itself knows that it comes once";
+  EXPECT_EQ(platform.events.size(), 1u) << "the event is recorded once";
 }
 
 TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {

@@ -49,12 +49,12 @@ TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsDestroyed) {
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("LaunchScreenViewController"));
   manager->contentDataForContentRequest(makeRequest("e", 5));
-  const Weak<LaunchScreenContent> temporary = manager->tempContent();
-  const Weak<NSViewController> itsController = manager->tempContent()->viewController();
-  ASSERT_FALSE(temporary.expired());
+  const Weak<LaunchScreenContent> temporaryContent = manager->tempContent();
+  const Weak<NSViewController> temporaryController = manager->tempContent()->viewController();
+  ASSERT_FALSE(temporaryContent.expired());
   deactivateAndReleaseManager();
-  EXPECT_TRUE(temporary.expired());
-  EXPECT_TRUE(itsController.expired());
+  EXPECT_TRUE(temporaryContent.expired());
+  EXPECT_TRUE(temporaryController.expired());
   EXPECT_TRUE(areAllDestroyed());
 }
 
@@ -74,7 +74,7 @@ TEST_F(LifetimeTest, AfterACompleteRunWithoutAContentViewControllerAllAreDestroy
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(1.0);
   deactivateAndReleaseManager();
-  EXPECT_FALSE(watchedController.expired()) << "the cover is still to be taken down";
+  EXPECT_FALSE(watchedController.expired()) << "the cover is not removed yet";
   platform.run(1.0);
   EXPECT_TRUE(areAllDestroyed());
 }
@@ -97,9 +97,9 @@ TEST_F(LifetimeTest, WithoutARequestTheManagerIsDestroyedWithoutDeactivation) {
 
 TEST_F(LifetimeTest, AReplacedControllerThatIsNotShownIsDestroyed) {
   load(5.0);
-  const Weak<LaunchScreenViewController> former = controller();
+  const Weak<LaunchScreenViewController> weakController = controller();
   load(5.0);
-  EXPECT_TRUE(former.expired());
+  EXPECT_TRUE(weakController.expired());
 }
 
 // Destruction
@@ -109,13 +109,13 @@ TEST_F(LifetimeTest, DestructionRemovesAllObservers) {
   ASSERT_EQ(registrationCount(), 6u);
   const NSObject* const identity = manager.get();  // for comparison only
   releaseManager();
-  EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not keep it";
+  EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not own the manager";
   EXPECT_EQ(NSNotificationCenter::defaultCenter().registrationCount(identity), 0u);
 }
 
 // The countdown
 
-TEST_F(LifetimeTest, ARunningCountdownKeepsTheManagerAliveUntilItIsPaused) {
+TEST_F(LifetimeTest, ACountdownKeepsTheManagerAliveUntilThePause) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   releaseManager();
@@ -138,34 +138,35 @@ TEST_F(LifetimeTest, AFinishedCountdownOwnsNothing) {
 TEST_F(LifetimeTest, AnInvalidTimerOwnsNothing) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
-  const auto held = timer();
+  const auto stoppedTimer = timer();
   manager->stopTimer();
   releaseManager();
-  EXPECT_FALSE(held->isValid());
+  EXPECT_FALSE(stoppedTimer->isValid());
   EXPECT_TRUE(watchedManager.expired());
 }
 
 TEST_F(LifetimeTest, AReleasedTimerIsDestroyed) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
-  const Weak<NSTimer> held = timer();
+  const Weak<NSTimer> weakTimer = timer();
   manager->pauseTimer();
-  EXPECT_TRUE(held.expired());
+  EXPECT_TRUE(weakTimer.expired());
 }
 
 // Delayed work
 
 TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager) {
   configuration().setNextEventName(NSString::stringWithUTF8String("late"));
-  const Weak<LaunchScreenConfiguration> held = LaunchScreenConfiguration::defaultConfiguration();
+  const Weak<LaunchScreenConfiguration> weakConfiguration =
+      LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   releaseManager();
   EXPECT_TRUE(watchedManager.expired());
   platform.run(0.499999999);
-  EXPECT_FALSE(held.expired());
+  EXPECT_FALSE(weakConfiguration.expired());
   platform.run(0.000000001);
-  EXPECT_TRUE(held.expired());
+  EXPECT_TRUE(weakConfiguration.expired());
   EXPECT_EQ(platform.events, (Events{{"late", 0.5}}));
 }
 
@@ -203,7 +204,7 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   EXPECT_EQ(platform.events, (Events{{"early", 2.5}}));
 }
 
-TEST_F(LifetimeTest, ADismissalOnAnotherThreadKeepsTheManagerAliveUntilItHasRun) {
+TEST_F(LifetimeTest, ADismissalOnAnotherThreadKeepsTheManagerAliveUntilItRuns) {
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   releaseManager();
   EXPECT_FALSE(watchedManager.expired());
@@ -217,7 +218,7 @@ TEST_F(LifetimeTest, ARequestOnAnotherThreadKeepsTheContentAliveUntilItsControll
   manager->deactivate();
   EXPECT_FALSE(watchedContent.expired());
   platform.runDueWork();
-  ASSERT_FALSE(watchedContent.expired()) << "its controller has it among its delegates now";
+  ASSERT_FALSE(watchedContent.expired()) << "the new controller owns the content as a delegate";
   watchedContent.lock()->deactivate();
   EXPECT_TRUE(watchedContent.expired());
 }

@@ -47,10 +47,10 @@ class RequestParsingTest : public LaunchScreenTest {
       entries["mode"] = mode;
     }
     bool results[2] = {};
-    for (const bool before : {false, true}) {
-      configuration().setSkipMode(before);
+    for (const bool previousSkipMode : {false, true}) {
+      configuration().setSkipMode(previousSkipMode);
       EXPECT_TRUE(parse(entries));
-      results[before ? 1 : 0] = configuration().skipMode();
+      results[previousSkipMode ? 1 : 0] = configuration().skipMode();
     }
     EXPECT_EQ(results[0], results[1]);
     return results[0];
@@ -115,7 +115,7 @@ TEST_F(RequestParsingTest, AModeOfAnotherTypeCountsAsMissing) {
 
 // The event
 
-TEST_F(RequestParsingTest, AMissingEventIsRefusedButTheSkipModeIsStored) {
+TEST_F(RequestParsingTest, ARequestWithoutAnEventIsRefusedButStoresTheSkipMode) {
   configuration().setNextEventName(text("former"));
   configuration().setExpirationTimeInterval(9.0);
   EXPECT_FALSE(parse({{"mode", text("skip")}, {"max_duration_time", number(5)}}));
@@ -125,7 +125,7 @@ TEST_F(RequestParsingTest, AMissingEventIsRefusedButTheSkipModeIsStored) {
   EXPECT_EQ(configuration().expirationTimeInterval(), 9.0);
 }
 
-TEST_F(RequestParsingTest, AnEmptyEventIsRefusedButTheSkipModeIsStored) {
+TEST_F(RequestParsingTest, ARequestWithAnEmptyEventIsRefusedButStoresTheSkipMode) {
   configuration().setNextEventName(text("former"));
   EXPECT_FALSE(
       parse({{"mode", text("skip")}, {"event", text("")}, {"max_duration_time", number(5)}}));
@@ -154,7 +154,7 @@ TEST_F(RequestParsingTest, TheEventIsNotCopied) {
 
 // The duration
 
-TEST_F(RequestParsingTest, AMissingDurationIsRefusedButModeAndEventAreStored) {
+TEST_F(RequestParsingTest, ARequestWithoutADurationIsRefusedButStoresModeAndEvent) {
   configuration().setNextEventName(text("former"));
   configuration().setExpirationTimeInterval(9.0);
   EXPECT_FALSE(parse({{"mode", text("skip")}, {"event", text("e")}}));

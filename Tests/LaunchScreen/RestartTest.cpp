@@ -11,7 +11,7 @@ namespace {
 
 class RestartTest : public LaunchScreenTest {
  protected:
-  // Starts a launch screen that tracks its embedded cover, and stops the application under it.
+  // Starts a launch screen that tracks its embedded cover, and stops the application during it.
   Weak<LaunchScreenViewController> stopUnderTrackedCover() {
     load(1);
     present(openPlayerWindow(), kHostModeEmbedded);

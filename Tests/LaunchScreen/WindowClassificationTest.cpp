@@ -12,10 +12,10 @@ class CountedController final
  public:
   explicit CountedController(std::string_view name) : name_(name) {}
   [[nodiscard]] std::string_view className() const override {
-    ++calls;
+    ++callCount;
     return name_;
   }
-  mutable int calls = 0;
+  mutable int callCount = 0;
 
  private:
   std::string_view name_;
@@ -35,15 +35,17 @@ class UnnamedController final : public Class<UnnamedController, "UnnamedControll
 Strong<NSWindow> openWindowWithChildren(std::initializer_list<Strong<NSViewController>> children,
                                         std::string_view className = "NSWindow") {
   const auto window = openWindow(className);
-  const auto host = make<NamedViewController>("HostViewController");
+  const auto contentViewController = make<NamedViewController>("HostViewController");
   for (const auto& child : children) {
-    host->addChildViewController(child);
+    contentViewController->addChildViewController(child);
   }
-  window->setContentViewController(host);
+  window->setContentViewController(contentViewController);
   return window;
 }
 
-Strong<NSViewController> named(std::string_view name) { return make<NamedViewController>(name); }
+Strong<NSViewController> makeNamed(std::string_view name) {
+  return make<NamedViewController>(name);
+}
 
 // Required windows
 
@@ -140,7 +142,7 @@ TEST_F(RequiredWindowTest, DuringItsModalRunAChildOfThePlayerWindowIsRequired) {
 TEST_F(RequiredWindowTest, DuringItsModalRunASheetOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
-  const auto sheet = named("NSViewController");
+  const auto sheet = makeNamed("NSViewController");
   player->contentViewController()->presentViewControllerAsSheet(sheet);
   present(player, kHostModeModalWindow);
   ASSERT_EQ(sheet->view()->window()->sheetParent(), player);
@@ -162,62 +164,62 @@ TEST_F(RequiredWindowTest, DuringItsModalRunAWindowOfAnotherClassIsNotRequired) 
 TEST_F(RequiredWindowTest, AWindowWithAChildOfTheLaunchScreensClassIsRequired) {
   load(5.0);
   EXPECT_TRUE(
-      manager->isRequiredWindow(openWindowWithChildren({named("LaunchScreenViewController")})));
-  EXPECT_TRUE(manager->isRequiredWindow(
-      openWindowWithChildren({named("NSViewController"), named("LaunchScreenViewController")})));
+      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
+  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren(
+      {makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalRunTheChildrenAreAlsoCompared) {
+TEST_F(RequiredWindowTest, DuringAModalRunChildrenAreAlsoCompared) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(
-      manager->isRequiredWindow(openWindowWithChildren({named("LaunchScreenViewController")})));
+      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest, AWindowWithAChildOfASubclassIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(
-      openWindowWithChildren({named("LaunchScreenViewControllerSubclass")})));
+      openWindowWithChildren({makeNamed("LaunchScreenViewControllerSubclass")})));
 }
 
 TEST_F(RequiredWindowTest, TheContentViewControllerItselfIsNotCompared) {
   load(5.0);
   const auto window = openWindow("NSWindow");
-  window->setContentViewController(named("LaunchScreenViewController"));
+  window->setContentViewController(makeNamed("LaunchScreenViewController"));
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
 TEST_F(RequiredWindowTest, ChildrenAreComparedWithTheClassOfTheCurrentController) {
   loadHostController(5.0);
-  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren({named("HostController")})));
+  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren({makeNamed("HostController")})));
   EXPECT_FALSE(
-      manager->isRequiredWindow(openWindowWithChildren({named("LaunchScreenViewController")})));
+      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest, WithoutAControllerNoChildMatches) {
   EXPECT_FALSE(
-      manager->isRequiredWindow(openWindowWithChildren({named("LaunchScreenViewController")})));
+      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChild) {
-  const auto window = openWindowWithChildren({named("")});
+  const auto window = openWindowWithChildren({makeNamed("")});
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "without a controller";
   configuration().setExpirationTimeInterval(5);
-  const auto unnamed = make<UnnamedController>();
-  configuration().setViewController(unnamed);
+  const auto unnamedController = make<UnnamedController>();
+  configuration().setViewController(unnamedController);
   load(5.0);
-  ASSERT_EQ(manager->content()->viewController(), unnamed);
+  ASSERT_EQ(manager->content()->viewController(), unnamedController);
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "with a controller whose class name is empty";
 }
 
 TEST_F(RequiredWindowTest, TheFirstMatchEndsTheSearch) {
   load(5.0);
-  const auto before = make<CountedController>("NSViewController");
-  const auto after = make<CountedController>("NSViewController");
-  EXPECT_TRUE(manager->isRequiredWindow(
-      openWindowWithChildren({before, named("LaunchScreenViewController"), after})));
-  EXPECT_EQ(before->calls, 1);
-  EXPECT_EQ(after->calls, 0);
+  const auto controllerBeforeMatch = make<CountedController>("NSViewController");
+  const auto controllerAfterMatch = make<CountedController>("NSViewController");
+  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren(
+      {controllerBeforeMatch, makeNamed("LaunchScreenViewController"), controllerAfterMatch})));
+  EXPECT_EQ(controllerBeforeMatch->callCount, 1);
+  EXPECT_EQ(controllerAfterMatch->callCount, 0);
 }
 
 // The temporary content
@@ -226,12 +228,12 @@ class TemporaryItemTest : public LaunchScreenTest {
  protected:
   // Opens a window with a child that does not match. The child counts its comparisons.
   static std::pair<Strong<NSWindow>, Strong<CountedController>> openCountedWindow() {
-    auto counted = make<CountedController>("NSViewController");
-    return {openWindowWithChildren({counted}), counted};
+    auto countedController = make<CountedController>("NSViewController");
+    return {openWindowWithChildren({countedController}), countedController};
   }
 };
 
-TEST_F(TemporaryItemTest, WithoutACoverItIsNotRequired) {
+TEST_F(TemporaryItemTest, WithoutACoverNoTemporaryContentIsRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
   openPlayerWindowWithContentViewController();
   EXPECT_FALSE(manager->tempItemRequired());
@@ -239,12 +241,12 @@ TEST_F(TemporaryItemTest, WithoutACoverItIsNotRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WithoutAnApplicationItIsNotRequired) {
+TEST_F(TemporaryItemTest, WithoutAnApplicationNoTemporaryContentIsRequired) {
   NSApplication::stop();
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WhileTheMainContentIsPresentedItIsRequired) {
+TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWhileTheMainContentIsPresented) {
   for (const std::int32_t mode : {kHostModeSheet, kHostModeModalWindow}) {
     load(5.0);
     present(openPlayerWindowWithContentViewController(), mode);
@@ -256,44 +258,45 @@ TEST_F(TemporaryItemTest, WhileTheMainContentIsPresentedItIsRequired) {
   }
 }
 
-TEST_F(TemporaryItemTest, WhileAnotherContentIsPresentedItIsNotRequired) {
+TEST_F(TemporaryItemTest, NoTemporaryContentIsRequiredWhileAnotherContentIsPresented) {
   load(5.0);
-  const auto other = LaunchScreenContent::init();
-  other->setContentRequest(makeRequest("e", 5));
-  manager->setTempContent(other);
-  other->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
-                                              kHostModeSheet);
-  ASSERT_NE(other->viewController()->presentingViewController(), nullptr);
+  const auto otherContent = LaunchScreenContent::init();
+  otherContent->setContentRequest(makeRequest("e", 5));
+  manager->setTempContent(otherContent);
+  otherContent->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
+                                                     kHostModeSheet);
+  ASSERT_NE(otherContent->viewController()->presentingViewController(), nullptr);
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WithACoverInTheKeyWindowItIsRequired) {
+TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInTheKeyWindow) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WithACoverInABackgroundWindowItIsRequired) {
+TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInABackgroundWindow) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
-  const auto front = openPlayerWindow();
+  const auto frontWindow = openPlayerWindow();
   ASSERT_NE(NSApp->keyWindow(), window);
   ASSERT_NE(NSApp->mainWindow(), window);
   ASSERT_EQ(NSApp->orderedWindows().back(), window);
   EXPECT_TRUE(manager->tempItemRequired());
   window->miniaturize();
-  EXPECT_FALSE(manager->tempItemRequired()) << "a window off the screen is not looked at";
+  EXPECT_FALSE(manager->tempItemRequired()) << "a window that is not on the screen is not searched";
 }
 
 TEST_F(TemporaryItemTest, TheContentOfTheCoverDoesNotMatter) {
-  openWindowWithChildren({named("NSViewController"), named("LaunchScreenViewController")});
+  openWindowWithChildren({makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")});
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
 TEST_F(TemporaryItemTest, AnEmbeddedControllerOfAnotherClassDoesNotCount) {
   loadHostController(5.0);
-  openWindowWithChildren({named("LaunchScreenViewControllerSubclass"), named("HostController")});
+  openWindowWithChildren(
+      {makeNamed("LaunchScreenViewControllerSubclass"), makeNamed("HostController")});
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
@@ -304,54 +307,54 @@ TEST_F(TemporaryItemTest, ACoverWithoutAParentDoesNotCount) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedFirstAndAgainAmongTheOthers) {
-  const auto [main, inMain] = openCountedWindow();
-  main->makeKeyWindow();
-  const auto [front, inFront] = openCountedWindow();
-  const auto presenter = named("NSViewController");
-  presenter->presentViewControllerAsModalWindow(named("NSViewController"));
-  const auto key = NSApp->keyWindow();
-  const auto inKey = make<CountedController>("NSViewController");
-  key->contentViewController()->addChildViewController(inKey);
-  ASSERT_EQ(NSApp->mainWindow(), main);
-  ASSERT_NE(key, main);
+TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwice) {
+  const auto [mainWindow, mainController] = openCountedWindow();
+  mainWindow->makeKeyWindow();
+  const auto [frontWindow, frontController] = openCountedWindow();
+  const auto presenter = makeNamed("NSViewController");
+  presenter->presentViewControllerAsModalWindow(makeNamed("NSViewController"));
+  const auto keyWindow = NSApp->keyWindow();
+  const auto keyController = make<CountedController>("NSViewController");
+  keyWindow->contentViewController()->addChildViewController(keyController);
+  ASSERT_EQ(NSApp->mainWindow(), mainWindow);
+  ASSERT_NE(keyWindow, mainWindow);
 
   EXPECT_FALSE(manager->tempItemRequired());
-  EXPECT_EQ(inKey->calls, 2);
-  EXPECT_EQ(inMain->calls, 1) << "with a key window the main window is not searched";
-  EXPECT_EQ(inFront->calls, 1);
+  EXPECT_EQ(keyController->callCount, 2);
+  EXPECT_EQ(mainController->callCount, 1) << "with a key window the main window is not searched";
+  EXPECT_EQ(frontController->callCount, 1);
 }
 
 TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedFirst) {
-  const auto [main, inMain] = openCountedWindow();
-  main->makeKeyWindow();
-  const auto [front, inFront] = openCountedWindow();
+  const auto [mainWindow, mainController] = openCountedWindow();
+  mainWindow->makeKeyWindow();
+  const auto [frontWindow, frontController] = openCountedWindow();
   platform.windowSystem().userMovesFocusAway();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
-  ASSERT_EQ(NSApp->mainWindow(), main);
+  ASSERT_EQ(NSApp->mainWindow(), mainWindow);
   EXPECT_FALSE(manager->tempItemRequired());
-  EXPECT_EQ(inMain->calls, 2);
-  EXPECT_EQ(inFront->calls, 1);
+  EXPECT_EQ(mainController->callCount, 2);
+  EXPECT_EQ(frontController->callCount, 1);
 }
 
 TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
-  const auto [back, inBack] = openCountedWindow();
-  openWindowWithChildren({named("LaunchScreenViewController")});
-  const auto [front, inFront] = openCountedWindow();
+  const auto [backWindow, backController] = openCountedWindow();
+  openWindowWithChildren({makeNamed("LaunchScreenViewController")});
+  const auto [frontWindow, frontController] = openCountedWindow();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), nullptr);
   EXPECT_TRUE(manager->tempItemRequired());
-  EXPECT_EQ(inFront->calls, 1);
-  EXPECT_EQ(inBack->calls, 0);
+  EXPECT_EQ(frontController->callCount, 1);
+  EXPECT_EQ(backController->callCount, 0);
 }
 
 TEST_F(TemporaryItemTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
-  const auto [window, counted] = openCountedWindow();
+  const auto [window, countedController] = openCountedWindow();
   load(5.0);
-  counted->calls = 0;
+  countedController->callCount = 0;
   present(window, kHostModeSheet);
   EXPECT_TRUE(manager->tempItemRequired());
-  EXPECT_EQ(counted->calls, 0);
+  EXPECT_EQ(countedController->callCount, 0);
 }
 
 }  // namespace

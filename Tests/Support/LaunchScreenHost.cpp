@@ -23,8 +23,8 @@ void HostController::record(std::string_view operation) {
   }
 }
 
-void HostController::addDelegate(const Strong<LaunchScreenViewControllerDelegate>& added) {
-  delegate = added;
+void HostController::addDelegate(const Strong<LaunchScreenViewControllerDelegate>& newDelegate) {
+  delegate = newDelegate;
   record("addDelegate");
 }
 
@@ -37,10 +37,10 @@ void HostController::deactivate() {
   record("deactivate");
 }
 
-void HostController::presentForWindowWithPresentationMode(const Strong<NSWindow>& over,
-                                                          LaunchScreenPresentationMode how) {
-  window = over;
-  mode = how;
+void HostController::presentForWindowWithPresentationMode(const Strong<NSWindow>& newWindow,
+                                                          LaunchScreenPresentationMode newMode) {
+  window = newWindow;
+  mode = newMode;
   record("present");
 }
 

@@ -30,7 +30,7 @@ class ResolverListener final
     Strong<ContentResolver> resolver;
     Strong<ContentData> data;
     ContentDataState state = 0;
-    bool onMainThread = false;
+    bool isOnMainThread = false;
   };
 
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& resolver,
