@@ -58,19 +58,19 @@ void ControlsMonitor::check(Nanoseconds now) {
 }
 
 void ControlsMonitor::checkWindow(Window& window) {
-  auto offered = windowManager_.readOfferedControls(window.id);
-  if (!offered) {
+  auto offeredControls = windowManager_.readOfferedControls(window.id);
+  if (!offeredControls) {
     return;
   }
   if (window.style->isResizingAllowed()) {
-    *offered |= NSWindowStyleMaskResizable;
+    *offeredControls |= NSWindowStyleMaskResizable;
   }
-  const NSWindowStyleMask kept = *offered & window.style->removedControls();
-  if (window.reportedControls != kept) {
-    window.reportedControls = kept;
+  const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
+  if (window.reportedControls != keptControls) {
+    window.reportedControls = keptControls;
     const WindowHandle handle = window.handle();
-    reports_.add(handle, [handle, kept](WindowSystemDelegate& delegate) {
-      delegate.controlsKept(handle, kept);
+    reports_.add(handle, [handle, keptControls](WindowSystemDelegate& delegate) {
+      delegate.controlsKept(handle, keptControls);
     });
   }
 }

@@ -12,8 +12,8 @@ namespace vel::x11 {
 
 namespace {
 
-// A change of scene destroys fewer windows than this.
-constexpr std::size_t kMaxRecentlyDestroyed = 8;
+// A change of scene destroys fewer windows than this limit.
+constexpr std::size_t kMaxRecentlyDestroyedWindows = 8;
 
 constexpr std::uint32_t kPointerEvents =
     XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION;
@@ -65,7 +65,7 @@ Cover::Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExten
 
 Cover::~Cover() {
   show({}, {});
-  setShielded(false);
+  closeShield();
 }
 
 void Cover::show(const Scene& scene, PixelRect frame) {
@@ -238,25 +238,26 @@ void Cover::closeOverlay() {
 }
 
 void Cover::destroy(xcb_window_t window) {
-  if (recentlyDestroyed_.size() == kMaxRecentlyDestroyed) {
-    recentlyDestroyed_.erase(recentlyDestroyed_.begin());
+  if (recentlyDestroyedWindows_.size() == kMaxRecentlyDestroyedWindows) {
+    recentlyDestroyedWindows_.erase(recentlyDestroyedWindows_.begin());
   }
-  recentlyDestroyed_.push_back(window);
+  recentlyDestroyedWindows_.push_back(window);
   destroyWindow(connection_, window);
 }
 
-void Cover::setShielded(bool shielded) {
-  if (shielded == shield_.isOpen()) {
-    return;
+void Cover::openShield() {
+  if (!shield_.isOpen()) {
+    createShield();
   }
-  if (shielded) {
-    openShield();
-  } else {
+}
+
+void Cover::closeShield() {
+  if (shield_.isOpen()) {
     destroy(std::exchange(shield_, {}).window);
   }
 }
 
-void Cover::openShield() {
+void Cover::createShield() {
   shield_ = {.window = connection_.makeId()};
   createWindow(connection_,
                {.id = shield_.window,
@@ -275,8 +276,9 @@ void Cover::windowDestroyed() {
     overlay_->close();
   }
   connection_.markDestroyed(std::exchange(shield_, {}).window);
-  // The server may have processed our requests for these windows after it destroyed them.
-  for (const xcb_window_t window : std::exchange(recentlyDestroyed_, {})) {
+  // The server may process our requests on these windows after it has destroyed them with their
+  // parent.
+  for (const xcb_window_t window : std::exchange(recentlyDestroyedWindows_, {})) {
     connection_.markDestroyed(window);
   }
 }
@@ -353,15 +355,20 @@ void Cover::updateState(const xcb_generic_event_t& event) {
 void Cover::repair() {
   bool isChanged = false;
   for (Pane& pane : panes_) {
-    if (!pane.isInOverlay && mustReopen(pane.child)) {
+    if (pane.isInOverlay) {
+      continue;
+    }
+    mapIfUnmapped(pane.child);
+    if (pane.child.isDestroyed()) {
       forgetPane(pane);
       openPane(pane);
       isChanged = true;
     }
   }
-  if (mustReopen(shield_)) {
+  mapIfUnmapped(shield_);
+  if (shield_.isDestroyed()) {
     connection_.markDestroyed(shield_.window);
-    openShield();
+    createShield();
     isChanged = true;
   }
   if (usesOverlay_ && !overlay_->isOpen()) {
@@ -373,17 +380,12 @@ void Cover::repair() {
   }
 }
 
-// Maps the child if it is unmapped. Returns true if the child is destroyed.
-bool Cover::mustReopen(Child& child) {
-  if (!child.isOpen()) {
-    return false;
-  }
-  if (child.state == ChildState::Unmapped) {
+void Cover::mapIfUnmapped(Child& child) {
+  if (child.isOpen() && child.state == ChildState::Unmapped) {
     child.state = ChildState::BeingMapped;
     mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
     mapWindow(connection_, child.window);
   }
-  return child.state == ChildState::Destroyed;
 }
 
 // A child that is created or reparented is above all its siblings.
@@ -411,11 +413,11 @@ bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
   }
 }
 
-// Restacks from the top down. In the other order, a lower window would briefly hide the windows
-// that belong above it.
+// Restacks from the top down. If it restacked from the bottom up, a lower window would briefly hide
+// the windows that belong above it.
 void Cover::raise() {
   xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was raised last
-  const auto lift = [this, &sibling](const Child& child) {
+  const auto restack = [this, &sibling](const Child& child) {
     if (!child.isOpen()) {
       return;
     }
@@ -428,11 +430,11 @@ void Cover::raise() {
     }
     sibling = child.window;
   };
-  lift(shield_);
+  restack(shield_);
   for (const bool isInOverlay : {false, true}) {
     for (const Pane& pane : std::views::reverse(panes_)) {
       if (pane.isInOverlay == isInOverlay) {
-        lift(pane.child);
+        restack(pane.child);
       }
     }
     sibling = XCB_WINDOW_NONE;  // the panes in the overlay have another parent

@@ -42,7 +42,10 @@ class Cover final : public NonCopyable {
 
   /// Replaces the scene. `frame` has the size of the window.
   void show(const Scene& scene, PixelRect frame);
-  void setShielded(bool shielded);
+  /// Creates the shield. Does nothing if the shield exists.
+  void openShield();
+  /// Destroys the shield. Does nothing if there is no shield.
+  void closeShield();
   /// Call this when the window has been destroyed. The cover's children are then destroyed too.
   void windowDestroyed();
 
@@ -78,6 +81,7 @@ class Cover final : public NonCopyable {
     ChildState state = ChildState::BeingMapped;
 
     [[nodiscard]] bool isOpen() const { return window != XCB_WINDOW_NONE; }
+    [[nodiscard]] bool isDestroyed() const { return isOpen() && state == ChildState::Destroyed; }
   };
   /// The window for one item of the scene.
   struct Pane {
@@ -97,13 +101,13 @@ class Cover final : public NonCopyable {
   void forgetPane(Pane& pane);
   void openOverlay();
   void closeOverlay();
-  void openShield();
+  void createShield();
   void destroy(xcb_window_t window);
 
   [[nodiscard]] Child* findChild(xcb_window_t window);
   void updateState(const xcb_generic_event_t& event);
   [[nodiscard]] bool isObscuredBy(const xcb_generic_event_t& event) const;
-  [[nodiscard]] bool mustReopen(Child& child);
+  void mapIfUnmapped(Child& child);
 
   Connection& connection_;
   ScreenCoordinates& coordinates_;
@@ -118,7 +122,8 @@ class Cover final : public NonCopyable {
   std::vector<Pane> panes_;  // back to front
   Child shield_;
   Nanoseconds mapDeadline_ = kNever;
-  std::vector<xcb_window_t> recentlyDestroyed_;  // errors of requests on these may still arrive
+  // The server may still report errors of requests on these windows.
+  std::vector<xcb_window_t> recentlyDestroyedWindows_;
 };
 
 }  // namespace vel::x11

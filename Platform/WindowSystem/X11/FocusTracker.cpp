@@ -52,12 +52,12 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    hasFocusOut_ = hasPendingChanges_ =
-        true;  // makes `reportChanges` check if the application is active
+    // `reportChanges` then checks if the application is active.
+    hasFocusOut_ = hasPendingChanges_ = true;
     return;
   }
   focus_ = reportedFocus_ = window;
-  focusTime_ = connection_.serverTime();  // the time of the FocusIn itself is unknown
+  focusTime_ = connection_.serverTime();  // the time of the window's FocusIn is unknown
   if (!std::exchange(isActive_, true)) {
     reports_.add([handle = static_cast<WindowHandle>(window)](WindowSystemDelegate& delegate) {
       delegate.applicationActivated(handle);
@@ -88,7 +88,7 @@ void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
 
 // While another application is active, the request carries the time at which this application last
 // had the focus. The window manager decides whether such an old request may take the focus.
-bool FocusTracker::request(Window& window) {
+bool FocusTracker::requestFocus(Window& window) {
   if (focus_ == window.id) {
     const WindowHandle handle = window.handle();
     reports_.add(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });

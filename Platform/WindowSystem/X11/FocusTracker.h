@@ -40,13 +40,14 @@ class FocusTracker final : public NonCopyable {
   void reset();
 
   /// Requests the focus for a window on screen. Returns true if no window manager can process the
-  /// request. In that case, sets `wantsFocus` of the window, and `WindowMonitor` sets the focus
-  /// when the window is viewable.
-  bool request(Window& window);
+  /// request. This function then sets `wantsFocus` of the window, and `WindowMonitor` sets the
+  /// focus when the window is viewable.
+  bool requestFocus(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.
   [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
-  /// Reports the changes since the last call. Blocks for a round trip if the focus has moved.
+  /// Reports the changes since the last call of this function. Blocks for a round trip if the focus
+  /// has moved.
   void reportChanges(const HandleEvents& handleEvents);
 
  private:

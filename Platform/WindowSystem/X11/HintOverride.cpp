@@ -7,8 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Between the time when an owner reads the property and the time when it writes the property, we
-// write it fewer times than this.
+// Between an owner's read of the property and its write of the property, we write the property
+// fewer times than this limit.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 }  // namespace
@@ -30,7 +30,7 @@ bool HintOverride::recordWrite(const HintValue& value) {
   if (recentWrites_.size() == kMaxRecentWrites) {
     recentWrites_.pop_front();
   }
-  recentWrites_.push_back({.ourValue = value, .ownersValue = ownersValue_});
+  recentWrites_.push_back({.writtenValue = value, .ownersValue = ownersValue_});
   return true;
 }
 
@@ -61,34 +61,35 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   for (const RecentWrite& write : recentWrites_) {
     if (value && containsOurChanges(write, *value)) {
       interpretation =
-          value == write.ourValue ? write.ownersValue : withoutOurChanges(write, *value);
+          value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
     }
   }
   return interpretation;
 }
 
-// Returns the bits of each element in which our value differs from the owner's value. If a number
-// differs, returns all its bits.
+// Returns, for each element, the bits in which the written value differs from the owner's value. If
+// a number differs, returns all bits of the number.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
-  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue, 0);
-  const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, ours.size());
-  std::vector<std::uint32_t> changed(ours.size());
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    const std::uint32_t difference = ours[i] ^ owners[i];
-    changed[i] = i < bitSetCount_ || difference == 0 ? difference : ~0U;
+  const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
+  const std::vector<std::uint32_t> ownersElements =
+      elementsOf(write.ownersValue, ourElements.size());
+  std::vector<std::uint32_t> changes(ourElements.size());
+  for (std::size_t i = 0; i < ourElements.size(); ++i) {
+    const std::uint32_t difference = ourElements[i] ^ ownersElements[i];
+    changes[i] = i < bitSetCount_ || difference == 0 ? difference : ~0U;
   }
-  return changed;
+  return changes;
 }
 
 bool HintOverride::containsOurChanges(const RecentWrite& write, const Property& value) const {
-  const std::vector<std::uint32_t> ours = elementsOf(write.ourValue, 0);
-  const std::vector<std::uint32_t> changed = changedBits(write);
+  const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
+  const std::vector<std::uint32_t> changes = changedBits(write);
   const std::vector<std::uint32_t> elements = value.numbers();
-  if (elements.size() < ours.size() || write.ourValue == write.ownersValue) {
+  if (elements.size() < ourElements.size() || write.writtenValue == write.ownersValue) {
     return false;
   }
-  for (std::size_t i = 0; i < ours.size(); ++i) {
-    if (((elements[i] ^ ours[i]) & changed[i]) != 0) {
+  for (std::size_t i = 0; i < ourElements.size(); ++i) {
+    if (((elements[i] ^ ourElements[i]) & changes[i]) != 0) {
       return false;
     }
   }
@@ -96,11 +97,11 @@ bool HintOverride::containsOurChanges(const RecentWrite& write, const Property& 
 }
 
 Property HintOverride::withoutOurChanges(const RecentWrite& write, const Property& value) const {
-  const std::vector<std::uint32_t> changed = changedBits(write);
-  const std::vector<std::uint32_t> owners = elementsOf(write.ownersValue, changed.size());
+  const std::vector<std::uint32_t> changes = changedBits(write);
+  const std::vector<std::uint32_t> ownersElements = elementsOf(write.ownersValue, changes.size());
   std::vector<std::uint32_t> elements = value.numbers();
-  for (std::size_t i = 0; i < changed.size(); ++i) {
-    elements[i] = (elements[i] & ~changed[i]) | (owners[i] & changed[i]);
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    elements[i] = (elements[i] & ~changes[i]) | (ownersElements[i] & changes[i]);
   }
   return Property::ofNumbers(value.type, elements);
 }

@@ -26,9 +26,9 @@ using HintValue = std::optional<Property>;
 /// value without our changes.
 class HintOverride {
  public:
-  /// `value` is the window's value before we write. The first `bitSetCount` elements of the
-  /// property are sets of bits: the owner and we can change different bits of one element. Each
-  /// other element is a number.
+  /// `value` is the value of the property before our first write. The first `bitSetCount` elements
+  /// of the property are sets of bits: the owner and we can change different bits of one element.
+  /// Each other element is a number.
   HintOverride(HintValue value, std::size_t bitSetCount);
 
   /// The value to restore.
@@ -36,11 +36,11 @@ class HintOverride {
   /// The value that the window has, as far as we know.
   [[nodiscard]] const HintValue& currentValue() const { return currentValue_; }
 
-  /// Records that we write `value`. Returns false if the window already has it, so that no request
-  /// is needed.
+  /// Records that we write `value`. Returns false if `value` is already the current value. No
+  /// request is then needed.
   [[nodiscard]] bool recordWrite(const HintValue& value);
-  /// Forgets our writes. Call this after restoring: the owner's next value then becomes the owner's
-  /// value unchanged.
+  /// Forgets our writes. Call this after restoring: the next value that the owner writes then
+  /// becomes the owner's value unchanged.
   void forgetWrites();
 
   /// Compares `value`, which the window has now, with the current value. If they differ, the owner
@@ -52,9 +52,9 @@ class HintOverride {
   void reconcileReplaced(const HintValue& expectedValue, const HintValue& value);
 
  private:
-  /// A value that we wrote, and the owner's value that we made it from.
+  /// A value that we wrote, and the owner's value from which we computed the written value.
   struct RecentWrite {
-    HintValue ourValue;
+    HintValue writtenValue;
     HintValue ownersValue;
   };
 
@@ -66,7 +66,7 @@ class HintOverride {
   std::size_t bitSetCount_;
   HintValue ownersValue_;
   HintValue currentValue_;
-  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner may have read any of them
+  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner may have read each value
 };
 
 }  // namespace vel::x11

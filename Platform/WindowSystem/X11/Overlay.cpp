@@ -36,11 +36,11 @@ xcb_window_t subjectOf(const xcb_generic_event_t& event) {
 
 }  // namespace
 
-Overlay::Overlay(Connection& connection, WindowTable& windows, const Covered& covered)
+Overlay::Overlay(Connection& connection, WindowTable& windows, const CoveredWindow& coveredWindow)
     : connection_(connection),
       windows_(windows),
-      covered_(covered),
-      fillsParent_(readFillsParent()) {}
+      coveredWindow_(coveredWindow),
+      fillsParent_(fillsParent()) {}
 
 bool Overlay::isSupported(const Connection& connection) {
   const xcb_query_extension_reply_t* const extension =
@@ -57,8 +57,8 @@ void Overlay::open(std::uint32_t backgroundPixel) {
   connection_.markDestroyed(window_);  // so that no errors are logged
   createWindow(connection_,
                {.id = window_,
-                .parent = covered_.parent,
-                .frame = placement(),
+                .parent = coveredWindow_.parent,
+                .frame = overlayFrame(),
                 .depth = screen.root_depth,
                 .visual = screen.root_visual},
                XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT |
@@ -76,7 +76,7 @@ void Overlay::show() {
     return;
   }
   isShown_ = true;
-  if (covered_.isMapped) {
+  if (coveredWindow_.isMapped) {
     mapWindow(connection_, window_);
   }
 }
@@ -98,7 +98,7 @@ void Overlay::setBackground(std::uint32_t pixel) {
 void Overlay::restack() {
   if (isOpen()) {
     configureWindow(connection_, window_, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
-                    {covered_.window, XCB_STACK_MODE_ABOVE});
+                    {coveredWindow_.window, XCB_STACK_MODE_ABOVE});
   }
 }
 
@@ -107,11 +107,11 @@ void Overlay::handle(const xcb_generic_event_t& event) {
   if (receiver == XCB_WINDOW_NONE || isSentByClient(event)) {
     return;
   }
-  if (receiver == covered_.window) {
-    handleCoveredEvent(event);
+  if (receiver == coveredWindow_.window) {
+    handleCoveredWindowEvent(event);
   } else if (receiver == window_) {
     handleOwnEvent(event);
-  } else if (receiver == covered_.parent && subjectOf(event) != window_ &&
+  } else if (receiver == coveredWindow_.parent && subjectOf(event) != window_ &&
              (typeOf(event) == XCB_CONFIGURE_NOTIFY || typeOf(event) == XCB_CIRCULATE_NOTIFY)) {
     restack();
   }
@@ -120,64 +120,68 @@ void Overlay::handle(const xcb_generic_event_t& event) {
 void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     close();
-  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isShown_ && covered_.isMapped) {
+  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isShown_ && coveredWindow_.isMapped) {
     mapWindow(connection_, window_);
   }
 }
 
-void Overlay::handleCoveredEvent(const xcb_generic_event_t& event) {
-  if (subjectOf(event) != covered_.window) {
+void Overlay::handleCoveredWindowEvent(const xcb_generic_event_t& event) {
+  if (subjectOf(event) != coveredWindow_.window) {
     return;  // the event is about a child of the adopted window
   }
   switch (typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY: {
       const auto notice = eventAs<xcb_configure_notify_event_t>(event);
-      covered_.borderWidth = notice.border_width;
-      return setCoveredFrame({notice.x, notice.y, notice.width, notice.height});
+      coveredWindow_.borderWidth = notice.border_width;
+      return setCoveredWindowFrame({notice.x, notice.y, notice.width, notice.height});
     }
     case XCB_GRAVITY_NOTIFY: {
       const auto notice = eventAs<xcb_gravity_notify_event_t>(event);
-      return setCoveredFrame({notice.x, notice.y, covered_.frame.width, covered_.frame.height});
+      return setCoveredWindowFrame(
+          {notice.x, notice.y, coveredWindow_.frame.width, coveredWindow_.frame.height});
     }
     case XCB_REPARENT_NOTIFY: {
       const auto notice = eventAs<xcb_reparent_notify_event_t>(event);
-      if (notice.parent != covered_.parent) {
+      if (notice.parent != coveredWindow_.parent) {
         close();
-        covered_.parent = notice.parent;
+        coveredWindow_.parent = notice.parent;
       }
-      return setCoveredFrame({notice.x, notice.y, covered_.frame.width, covered_.frame.height});
+      return setCoveredWindowFrame(
+          {notice.x, notice.y, coveredWindow_.frame.width, coveredWindow_.frame.height});
     }
     case XCB_CIRCULATE_NOTIFY:
       return restack();
     case XCB_MAP_NOTIFY:
-      return setCoveredMapped(true);
+      return coveredWindowMapped();
     case XCB_UNMAP_NOTIFY:
-      return setCoveredMapped(false);
+      return coveredWindowUnmapped();
     default:
       return;
   }
 }
 
-// The overlay is mapped only while the adopted window is mapped. A window manager may reparent a
-// withdrawn window to the root window. A mapped overlay on the root window would be visible alone.
-void Overlay::setCoveredMapped(bool isMapped) {
-  covered_.isMapped = isMapped;
-  if (!isOpen() || !isShown_) {
-    return;
-  }
-  if (isMapped) {
+void Overlay::coveredWindowMapped() {
+  coveredWindow_.isMapped = true;
+  if (isOpen() && isShown_) {
     restack();
     mapWindow(connection_, window_);
-  } else {
+  }
+}
+
+// Unmaps the overlay. A window manager may reparent a withdrawn window to the root window. A mapped
+// overlay would then be visible alone on the root window.
+void Overlay::coveredWindowUnmapped() {
+  coveredWindow_.isMapped = false;
+  if (isOpen() && isShown_) {
     unmapWindow(connection_, window_);
   }
 }
 
-void Overlay::setCoveredFrame(PixelRect frame) {
-  covered_.frame = frame;
-  fillsParent_ = readFillsParent();
+void Overlay::setCoveredWindowFrame(PixelRect frame) {
+  coveredWindow_.frame = frame;
+  fillsParent_ = fillsParent();
   if (isOpen()) {
-    moveResizeWindow(connection_, window_, placement());
+    moveResizeWindow(connection_, window_, overlayFrame());
     restack();
   }
 }
@@ -185,32 +189,33 @@ void Overlay::setCoveredFrame(PixelRect frame) {
 // If the adopted window fills its parent, the overlay is larger than the parent. The parent then
 // clips the overlay, and the overlay still fills the parent after growth. In any other parent, a
 // larger overlay would hide the window manager's frame or other windows.
-PixelRect Overlay::placement() const {
-  const PixelRect& frame = covered_.frame;
-  const int border = covered_.borderWidth;
+PixelRect Overlay::overlayFrame() const {
+  const PixelRect& frame = coveredWindow_.frame;
+  const int border = coveredWindow_.borderWidth;
   return fillsParent_ ? PixelRect{0, 0, kMaxWindowSize, kMaxWindowSize}
                       : PixelRect{frame.x + border, frame.y + border, frame.width, frame.height};
 }
 
-bool Overlay::readFillsParent() const {
-  const PixelRect& frame = covered_.frame;
-  if (covered_.parent == connection_.root() || covered_.borderWidth != 0 || frame.x != 0 ||
-      frame.y != 0) {
+bool Overlay::fillsParent() const {
+  const PixelRect& frame = coveredWindow_.frame;
+  if (coveredWindow_.parent == connection_.root() || coveredWindow_.borderWidth != 0 ||
+      frame.x != 0 || frame.y != 0) {
     return false;
   }
   // Logs no error, because the parent may already be destroyed.
   const XcbPointer<xcb_get_geometry_reply_t> parent(xcb_get_geometry_reply(
-      connection_.get(), xcb_get_geometry(connection_.get(), covered_.parent), nullptr));
+      connection_.get(), xcb_get_geometry(connection_.get(), coveredWindow_.parent), nullptr));
   return parent != nullptr && parent->width == frame.width && parent->height == frame.height;
 }
 
 void Overlay::selectParentEvents(std::uint32_t events) {
-  if (covered_.parent == connection_.root() || windows_.find(covered_.parent) != nullptr) {
+  if (coveredWindow_.parent == connection_.root() ||
+      windows_.find(coveredWindow_.parent) != nullptr) {
     return;  // the back end selects the events of this window
   }
-  connection_.track(
-      xcb_change_window_attributes(connection_.get(), covered_.parent, XCB_CW_EVENT_MASK, &events),
-      "ChangeWindowAttributes", window_);
+  connection_.track(xcb_change_window_attributes(connection_.get(), coveredWindow_.parent,
+                                                 XCB_CW_EVENT_MASK, &events),
+                    "ChangeWindowAttributes", window_);
 }
 
 }  // namespace vel::x11

@@ -24,7 +24,7 @@ class WindowTable;
 class Overlay final : public NonCopyable {
  public:
   /// The state of the adopted window.
-  struct Covered {
+  struct CoveredWindow {
     xcb_window_t window = XCB_WINDOW_NONE;
     xcb_window_t parent = XCB_WINDOW_NONE;
     /// In the coordinates of `parent`.
@@ -33,9 +33,9 @@ class Overlay final : public NonCopyable {
     bool isMapped = false;
   };
 
-  /// `covered` is the state at adoption. `windows` contains the windows whose events the back end
-  /// has selected. May block for a round trip.
-  Overlay(Connection& connection, WindowTable& windows, const Covered& covered);
+  /// `coveredWindow` is the adopted window's state at adoption. `windows` contains the windows
+  /// whose events the back end has selected. May block for a round trip.
+  Overlay(Connection& connection, WindowTable& windows, const CoveredWindow& coveredWindow);
   ~Overlay() { close(); }
 
   /// Returns true if the server has the Shape extension, which an overlay needs.
@@ -61,17 +61,20 @@ class Overlay final : public NonCopyable {
 
  private:
   void handleOwnEvent(const xcb_generic_event_t& event);
-  void handleCoveredEvent(const xcb_generic_event_t& event);
-  void setCoveredMapped(bool isMapped);
-  void setCoveredFrame(PixelRect frame);
-  [[nodiscard]] PixelRect placement() const;
-  [[nodiscard]] bool readFillsParent() const;
+  void handleCoveredWindowEvent(const xcb_generic_event_t& event);
+  void coveredWindowMapped();
+  void coveredWindowUnmapped();
+  void setCoveredWindowFrame(PixelRect frame);
+  [[nodiscard]] PixelRect overlayFrame() const;
+  // Returns true if the adopted window has the position and size of its parent. May block for a
+  // round trip.
+  [[nodiscard]] bool fillsParent() const;
   void selectParentEvents(std::uint32_t events);
 
   Connection& connection_;
   WindowTable& windows_;
-  Covered covered_;
-  bool fillsParent_;  // the adopted window has the position and size of its parent
+  CoveredWindow coveredWindow_;
+  bool fillsParent_;  // the last result of `fillsParent()`
   bool isShown_ = false;
   xcb_window_t window_ = XCB_WINDOW_NONE;
 };

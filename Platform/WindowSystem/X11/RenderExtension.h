@@ -15,9 +15,8 @@ class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection) : connection_(connection) {}
 
-  /// The format of pictures in windows with this visual. No value if Render cannot draw in such
-  /// windows.
-  /// The first call blocks for round trips to the X server.
+  /// Returns the format of pictures in windows with this visual. Returns no value if Render cannot
+  /// draw in such windows. The first call blocks for round trips to the X server.
   std::optional<xcb_render_pictformat_t> formatOf(xcb_visualid_t visual);
   /// The format of masks: eight bits of opacity. Valid after `formatOf` has returned a format.
   [[nodiscard]] xcb_render_pictformat_t maskFormat() const { return maskFormat_; }

@@ -13,7 +13,7 @@ constexpr double kMinScale = 0.5;
 constexpr double kMaxScale = 16;
 constexpr std::string_view kDpiResource = "Xft.dpi:";
 
-int rounded(double value) { return static_cast<int>(std::lround(value)); }
+int roundToInt(double value) { return static_cast<int>(std::lround(value)); }
 
 }  // namespace
 
@@ -116,19 +116,19 @@ CGRect ScreenCoordinates::points(PixelRect pixels) {
 
 PixelRect ScreenCoordinates::pixels(CGRect points) {
   readReplies();
-  const int width = rounded(points.size.width * scale_);
-  const int height = rounded(points.size.height * scale_);
+  const int width = roundToInt(points.size.width * scale_);
+  const int height = roundToInt(points.size.height * scale_);
   const int bottom = originMonitor_.y + originMonitor_.height;
-  return {originMonitor_.x + rounded(points.origin.x * scale_),
-          bottom - rounded(points.origin.y * scale_) - height, width, height};
+  return {originMonitor_.x + roundToInt(points.origin.x * scale_),
+          bottom - roundToInt(points.origin.y * scale_) - height, width, height};
 }
 
 PixelRect ScreenCoordinates::contentPixels(CGRect points, int contentHeight) {
   readReplies();
-  const int left = rounded(points.origin.x * scale_);
-  const int right = rounded((points.origin.x + points.size.width) * scale_);
-  const int top = contentHeight - rounded((points.origin.y + points.size.height) * scale_);
-  const int bottom = contentHeight - rounded(points.origin.y * scale_);
+  const int left = roundToInt(points.origin.x * scale_);
+  const int right = roundToInt((points.origin.x + points.size.width) * scale_);
+  const int top = contentHeight - roundToInt((points.origin.y + points.size.height) * scale_);
+  const int bottom = contentHeight - roundToInt(points.origin.y * scale_);
   return {left, top, right - left, bottom - top};
 }
 

@@ -20,11 +20,11 @@ constexpr double kTipLength = 0.02;
 constexpr double kDarkest = 0.72;
 constexpr double kLightest = 0.14;
 
-xcb_render_fixed_t fixed(double value) {
+xcb_render_fixed_t toFixed(double value) {
   return static_cast<xcb_render_fixed_t>(std::lround(value * 65536));
 }
 
-std::uint16_t component(double value) {
+std::uint16_t toComponent(double value) {
   return static_cast<std::uint16_t>(std::lround(value * 65535));
 }
 
@@ -50,7 +50,7 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
     sources_.at(i) = connection_.makeId();
     const double opacity = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
     connection_.track(xcb_render_create_solid_fill(connection_.get(), sources_.at(i),
-                                                   {0, 0, 0, component(opacity)}),
+                                                   {0, 0, 0, toComponent(opacity)}),
                       "RenderCreateSolidFill", window_);
   }
 }
@@ -68,8 +68,8 @@ Spinner::~Spinner() {
 void Spinner::draw(unsigned position) {
   const auto length = static_cast<std::uint16_t>(side_);
   const xcb_rectangle_t wholePicture{0, 0, length, length};
-  const xcb_render_color_t background{component(background_.red), component(background_.green),
-                                      component(background_.blue), component(1)};
+  const xcb_render_color_t background{toComponent(background_.red), toComponent(background_.green),
+                                      toComponent(background_.blue), toComponent(1)};
   connection_.track(xcb_render_fill_rectangles(connection_.get(), XCB_RENDER_PICT_OP_SRC, picture_,
                                                background, 1, &wholePicture),
                     "RenderFillRectangles", window_);
@@ -80,12 +80,13 @@ void Spinner::draw(unsigned position) {
   clearWindow(connection_, window_);
 }
 
-// A bar with tapered tips, drawn as one strip of triangles from the centre outwards.
+// Draws a bar with tapered tips, as one strip of triangles from the centre outwards.
 void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);
   const double outwardsY = -std::cos(angle);
   const double middle = side_ / 2.0;
+  // The width of the bar at a distance from the centre.
   struct Cut {
     double radius;
     double width;
@@ -99,8 +100,8 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
     const double x = middle + side_ * kCuts.at(i).radius * outwardsX;
     const double y = middle + side_ * kCuts.at(i).radius * outwardsY;
     const double halfWidth = side_ * kCuts.at(i).width / 2;
-    points.at(2 * i) = {fixed(x - halfWidth * outwardsY), fixed(y + halfWidth * outwardsX)};
-    points.at(2 * i + 1) = {fixed(x + halfWidth * outwardsY), fixed(y - halfWidth * outwardsX)};
+    points.at(2 * i) = {toFixed(x - halfWidth * outwardsY), toFixed(y + halfWidth * outwardsX)};
+    points.at(2 * i + 1) = {toFixed(x + halfWidth * outwardsY), toFixed(y - halfWidth * outwardsX)};
   }
   connection_.track(xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, source,
                                          picture_, maskFormat_, 0, 0,

@@ -21,15 +21,21 @@ StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& wind
                                      WindowTable& windows)
     : connection_(connection), windowManager_(windowManager), windows_(windows) {}
 
-void StateRequestRelay::start() { windowManager_.selectStateRequests(true); }
+void StateRequestRelay::start() {
+  windowManager_.selectStateRequests(WindowManager::StateRequests::Received);
+}
 
 void StateRequestRelay::stopIfUnused() {
-  windowManager_.selectStateRequests(std::ranges::any_of(
-      windows_, [](const auto& entry) { return entry.second.style->isOverridden(); }));
+  const bool isUsed = std::ranges::any_of(
+      windows_, [](const auto& entry) { return entry.second.style->isOverridden(); });
+  if (!isUsed) {
+    windowManager_.selectStateRequests(WindowManager::StateRequests::Ignored);
+  }
 }
 
 // The request that we send also comes back as an event. `preventsResizing` is then false, so we
-// ignore the event. If the window manager has accepted the owner's request, ours has no effect.
+// ignore the event. If the window manager has accepted the owner's request, our request has no
+// effect.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||

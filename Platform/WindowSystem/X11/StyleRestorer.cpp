@@ -10,7 +10,8 @@ namespace vel::x11 {
 namespace {
 
 // Returns true if the window manager may still have been processing the overridden hints when
-// `begin` was called. Its events then do not show that it has read the restored hints.
+// `begin` was called. The window manager's events then do not show that it has read the restored
+// hints.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
@@ -37,7 +38,7 @@ void StyleRestorer::begin(Window& window) {
 
 void StyleRestorer::handle(const xcb_generic_event_t& event) {
   for (auto& [id, window] : windows_) {
-    if (window.restorationDeadline != kNever && isReply(window, event)) {
+    if (window.restorationDeadline != kNever && showsThatHintsWereRead(window, event)) {
       window.restorationDeadline = 0;
     }
   }
@@ -64,13 +65,15 @@ void StyleRestorer::finish(Window& window) {
   if (window.restorationDeadline == kNever) {
     return;
   }
-  connection_.waitForEvent([&](const xcb_generic_event_t& event) { return isReply(window, event); },
-                           window.restorationDeadline);
+  connection_.waitForEvent(
+      [&](const xcb_generic_event_t& event) { return showsThatHintsWereRead(window, event); },
+      window.restorationDeadline);
   window.restorationDeadline = kNever;
   window.style->finishRestoring();
 }
 
-bool StyleRestorer::isReply(const Window& window, const xcb_generic_event_t& event) const {
+bool StyleRestorer::showsThatHintsWereRead(const Window& window,
+                                           const xcb_generic_event_t& event) const {
   if (isOverrideRecent(window)) {
     return false;
   }

@@ -22,14 +22,16 @@ class StyleRestorer final : public NonCopyable {
   void handle(const xcb_generic_event_t& event);
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Deletes the property of each window whose deadline has passed.
+  /// Deletes _MOTIF_WM_HINTS of each window whose deadline has passed.
   void check(Nanoseconds now);
   /// Completes a scheduled deletion. Blocks until the window manager has read the hints, but at
   /// most until `kWindowManagerDelay` after `begin`.
   void finish(Window& window);
 
  private:
-  [[nodiscard]] bool isReply(const Window& window, const xcb_generic_event_t& event) const;
+  // Returns true if the event shows that the window manager has read the restored hints.
+  [[nodiscard]] bool showsThatHintsWereRead(const Window& window,
+                                            const xcb_generic_event_t& event) const;
 
   Connection& connection_;
   WindowManager& windowManager_;

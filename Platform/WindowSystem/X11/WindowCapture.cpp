@@ -11,8 +11,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Current servers use 32 bits per pixel for depths 24 and 32, without padding between rows. The
-// class does not support other layouts.
+// Current servers use 32 bits per pixel for depths 24 and 32, without padding between rows.
+// WindowCapture does not support other layouts.
 constexpr std::size_t kBytesPerPixel = 4;
 constexpr std::uint32_t kAllPlanes = ~0U;
 
@@ -37,8 +37,9 @@ struct Channel {
 };
 
 // Allocates no memory in the loop: a slow conversion of a large picture would delay other events.
-std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, bool isBigEndian,
+std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, std::uint8_t byteOrder,
                                        const std::array<std::uint32_t, 3>& masks) {
+  const bool isBigEndian = byteOrder == XCB_IMAGE_ORDER_MSB_FIRST;
   const std::array channels{Channel(masks[0]), Channel(masks[1]), Channel(masks[2])};
   std::vector<std::uint8_t> components(image.size() / kBytesPerPixel * channels.size());
   std::uint8_t* next = components.data();
@@ -81,14 +82,14 @@ std::optional<WindowPicture> WindowCapture::capture(PixelRect frame) {
   }
   const std::span bytes(xcb_get_image_data(image.get()),
                         static_cast<std::size_t>(xcb_get_image_data_length(image.get())));
-  const auto pixels = static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height);
-  if (bytes.size() != pixels * kBytesPerPixel) {
+  const auto pixelCount =
+      static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height);
+  if (bytes.size() != pixelCount * kBytesPerPixel) {
     return std::nullopt;
   }
-  const bool isBigEndian = xcb_get_setup(xcb)->image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST;
   return WindowPicture{.width = area.width,
                        .height = area.height,
-                       .pixels = componentsOf(bytes, isBigEndian, *masks)};
+                       .pixels = componentsOf(bytes, xcb_get_setup(xcb)->image_byte_order, *masks)};
 }
 
 }  // namespace vel::x11

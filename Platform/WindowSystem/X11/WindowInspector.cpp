@@ -29,7 +29,7 @@ bool WindowState::isIconic() const {
   return !fields.empty() && fields.front() == XCB_ICCCM_WM_STATE_ICONIC;
 }
 
-bool Inspection::isSupportingWmCheckWindow() const {
+bool WindowInspection::isSupportingWmCheckWindow() const {
   return supportingWmCheck && supportingWmCheck->numbers() == std::vector{id};
 }
 
@@ -50,7 +50,7 @@ WindowState WindowInspector::readState(xcb_window_t id) {
 }
 
 // Sends all requests before it waits for a reply, so the replies take one round trip.
-Inspection WindowInspector::inspect(xcb_window_t id) {
+WindowInspection WindowInspector::inspect(xcb_window_t id) {
   const auto request = [this, id](xcb_atom_t name) {
     return connection_.requestProperty(id, name);
   };
@@ -62,7 +62,7 @@ Inspection WindowInspector::inspect(xcb_window_t id) {
   const auto wmClass = request(XCB_ATOM_WM_CLASS);
   const auto netWmName = request(connection_.atom(Atom::NetWmName));
   const auto wmName = request(XCB_ATOM_WM_NAME);
-  Inspection inspection;
+  WindowInspection inspection;
   inspection.id = id;
   inspection.state = readState(id);
   inspection.tree = connection_.waitForReply(xcb_query_tree_reply, tree, "QueryTree", id);
@@ -77,7 +77,7 @@ Inspection WindowInspector::inspect(xcb_window_t id) {
   return inspection;
 }
 
-const char* WindowInspector::reasonToRefuse(const Inspection& inspection) {
+const char* WindowInspector::reasonToRefuse(const WindowInspection& inspection) {
   const WindowState& state = inspection.state;
   if (connection_.isBroken()) {
     return "the X11 display does not answer any more";
@@ -98,7 +98,7 @@ const char* WindowInspector::reasonToRefuse(const Inspection& inspection) {
 }
 
 // A frame has no WM_STATE, but the client's window inside the frame has one.
-bool WindowInspector::isFrame(const Inspection& inspection) {
+bool WindowInspector::isFrame(const WindowInspection& inspection) {
   if (inspection.state.wmState || inspection.tree == nullptr ||
       inspection.tree->parent != inspection.tree->root) {
     return false;
@@ -111,7 +111,7 @@ bool WindowInspector::isFrame(const Inspection& inspection) {
   return false;
 }
 
-bool WindowInspector::hasFocus(const Inspection& inspection) {
+bool WindowInspector::hasFocus(const WindowInspection& inspection) {
   xcb_window_t window = inspection.inputFocus == nullptr ? xcb_window_t{XCB_INPUT_FOCUS_NONE}
                                                          : inspection.inputFocus->focus;
   while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != connection_.root()) {

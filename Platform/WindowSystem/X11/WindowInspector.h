@@ -33,7 +33,7 @@ struct WindowState {
 };
 
 /// What the back end needs to know about a window before the adoption.
-struct Inspection {
+struct WindowInspection {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowState state;
   XcbPointer<xcb_query_tree_reply_t> tree;
@@ -54,14 +54,14 @@ class WindowInspector final : public NonCopyable {
   explicit WindowInspector(Connection& connection) : connection_(connection) {}
 
   WindowState readState(xcb_window_t id);
-  Inspection inspect(xcb_window_t id);
+  WindowInspection inspect(xcb_window_t id);
   /// Returns why the window cannot be adopted; null if it can.
-  const char* reasonToRefuse(const Inspection& inspection);
+  const char* reasonToRefuse(const WindowInspection& inspection);
   /// Returns true if the focus is on the window or on one of its descendants.
-  bool hasFocus(const Inspection& inspection);
+  bool hasFocus(const WindowInspection& inspection);
 
  private:
-  bool isFrame(const Inspection& inspection);
+  bool isFrame(const WindowInspection& inspection);
 
   Connection& connection_;
 };

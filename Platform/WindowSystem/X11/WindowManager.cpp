@@ -44,10 +44,12 @@ WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   requestProperties();
 }
 
-void WindowManager::selectStateRequests(bool selected) {
-  if (std::exchange(areStateRequestsSelected_, selected) != selected) {
+void WindowManager::selectStateRequests(StateRequests stateRequests) {
+  if (std::exchange(stateRequests_, stateRequests) != stateRequests) {
     selectEvents(connection_, connection_.root(),
-                 selected ? kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : kRootEvents);
+                 stateRequests == StateRequests::Received
+                     ? kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY
+                     : kRootEvents);
   }
 }
 

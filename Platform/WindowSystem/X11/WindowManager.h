@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,9 +42,10 @@ class WindowManager final : public NonCopyable {
   /// manager does not publish the controls. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
+  enum class StateRequests : std::uint8_t { Ignored, Received };
   /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients
   /// send to the window manager.
-  void selectStateRequests(bool selected);
+  void selectStateRequests(StateRequests stateRequests);
 
  private:
   struct PendingReplies {
@@ -61,7 +63,7 @@ class WindowManager final : public NonCopyable {
   std::optional<PendingReplies> pendingReplies_;
   xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // the value of _NET_SUPPORTING_WM_CHECK
   std::vector<std::uint32_t> supportedAtoms_;   // the value of _NET_SUPPORTED
-  bool areStateRequestsSelected_ = false;
+  StateRequests stateRequests_ = StateRequests::Ignored;
 };
 
 }  // namespace vel::x11

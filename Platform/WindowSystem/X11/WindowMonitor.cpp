@@ -20,13 +20,13 @@ void WindowMonitor::handle(const xcb_generic_event_t& event) {
     case XCB_PROPERTY_NOTIFY:
       return handleProperty(eventAs<xcb_property_notify_event_t>(event));
     case XCB_CONFIGURE_NOTIFY:
-      return mark(eventAs<xcb_configure_notify_event_t>(event).window);
+      return markChanged(eventAs<xcb_configure_notify_event_t>(event).window);
     case XCB_MAP_NOTIFY:
-      return mark(eventAs<xcb_map_notify_event_t>(event).window);
+      return markChanged(eventAs<xcb_map_notify_event_t>(event).window);
     case XCB_UNMAP_NOTIFY:
-      return mark(eventAs<xcb_unmap_notify_event_t>(event).window);
+      return markChanged(eventAs<xcb_unmap_notify_event_t>(event).window);
     case XCB_REPARENT_NOTIFY:
-      return mark(eventAs<xcb_reparent_notify_event_t>(event).window);
+      return markChanged(eventAs<xcb_reparent_notify_event_t>(event).window);
     default:
       return;
   }
@@ -34,7 +34,7 @@ void WindowMonitor::handle(const xcb_generic_event_t& event) {
 
 void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
-    mark(notice.window);
+    markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::MotifWmHints) ||
              notice.atom == XCB_ATOM_WM_NORMAL_HINTS) {
     if (Window* const window = windows_.find(notice.window)) {
@@ -43,13 +43,13 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   }
 }
 
-void WindowMonitor::mark(xcb_window_t id) {
+void WindowMonitor::markChanged(xcb_window_t id) {
   if (Window* const window = windows_.find(id)) {
     window->hasStateChanges = true;
   }
 }
 
-void WindowMonitor::updateMarked() {
+void WindowMonitor::updateChangedWindows() {
   for (auto& [id, window] : windows_) {
     if (std::exchange(window.hasHintChanges, false)) {
       window.style->hintsChanged();

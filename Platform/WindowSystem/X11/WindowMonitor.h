@@ -10,7 +10,7 @@
 namespace vel::x11 {
 
 /// Reports the changes that owners, users and the window manager make to a window: its frame, its
-/// miniaturisation and its style. Events only mark a window. `updateMarked` then reads the
+/// miniaturisation and its style. Events only mark a window. `updateChangedWindows` then reads the
 /// window's state once for all events.
 class WindowMonitor final : public NonCopyable {
  public:
@@ -20,7 +20,7 @@ class WindowMonitor final : public NonCopyable {
   /// Marks the window that the event is about, if the event announces a change.
   void handle(const xcb_generic_event_t& event);
   /// Updates all marked windows. Blocks for a round trip for each marked window.
-  void updateMarked();
+  void updateChangedWindows();
   /// Reads the window's state and reports changes. Sets the focus to the window if `wantsFocus` is
   /// set and the window is viewable. Blocks for a round trip.
   void update(Window& window);
@@ -33,7 +33,7 @@ class WindowMonitor final : public NonCopyable {
 
  private:
   void handleProperty(const xcb_property_notify_event_t& notice);
-  void mark(xcb_window_t id);
+  void markChanged(xcb_window_t id);
   void updateMiniaturized(Window& window, const WindowState& state);
 
   Connection& connection_;

@@ -161,8 +161,9 @@ void WindowStyle::reconcileReplacedMotif() {
 }
 
 HintValue WindowStyle::restrictedMotif() const {
-  const NSWindowStyleMask allowed = isResizingAllowed_ ? mask_ | NSWindowStyleMaskResizable : mask_;
-  return restrictMotif(motif_.ownersValue(), allowed, motifName_);
+  const NSWindowStyleMask allowedMask =
+      isResizingAllowed_ ? mask_ | NSWindowStyleMaskResizable : mask_;
+  return restrictMotif(motif_.ownersValue(), allowedMask, motifName_);
 }
 
 void WindowStyle::writeMotif(const HintValue& value) {

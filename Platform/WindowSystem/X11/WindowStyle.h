@@ -74,14 +74,15 @@ class WindowStyle final : public NonCopyable {
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
-  /// Deletes the property, unless the owner has written it since. Blocks for a round trip.
+  /// Deletes the property, unless the owner has written it since `restore`. Blocks for a round
+  /// trip.
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
   /// Returns true if the overridden hints remove the functions for resizing and maximising.
   [[nodiscard]] bool preventsResizing() const;
-  /// Restores the functions for resizing and maximising, because the owner needs them. They stay
-  /// until `restore`. Blocks for a round trip.
+  /// Restores the functions for resizing and maximising until `restore` is called, because the
+  /// owner needs these functions. Blocks for a round trip.
   void allowResizing();
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
@@ -91,8 +92,8 @@ class WindowStyle final : public NonCopyable {
   void markOwnersMaskReported();
 
  private:
-  /// A request for _MOTIF_WM_HINTS that we sent just before we overrode it, and the value that the
-  /// reply contains unless the owner has written another value.
+  /// A request for _MOTIF_WM_HINTS that we sent just before we overrode the property, and the value
+  /// that the reply contains unless the owner has written another value.
   struct ReplacedMotif {
     xcb_get_property_cookie_t pendingReply;
     HintValue expectedValue;

@@ -130,10 +130,18 @@ void X11WindowSystem::makeCover(Window& window, xcb_visualid_t visual, std::uint
                                 std::unique_ptr<x11::Overlay> overlay) {
   window.cover = std::make_unique<x11::Cover>(*connection_, coordinates_, render_, window.id,
                                               visual, depth, std::move(overlay));
-  window.cover->setShielded(isShielded(window));
+  updateShield(window);
 }
 
-bool X11WindowSystem::isShielded(const Window& window) const {
+void X11WindowSystem::updateShield(Window& window) {
+  if (needsShield(window)) {
+    window.cover->openShield();
+  } else {
+    window.cover->closeShield();
+  }
+}
+
+bool X11WindowSystem::needsShield(const Window& window) const {
   return modalWindow_ != WindowHandle::None && modalWindow_ != window.handle();
 }
 
@@ -159,7 +167,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
   const auto id = static_cast<xcb_window_t>(nativeId);
   selectEvents(*connection_, id, kWindowEvents);
   x11::WindowInspector inspector(*connection_);
-  const x11::Inspection inspection = inspector.inspect(id);
+  const x11::WindowInspection inspection = inspector.inspect(id);
   if (const char* const reason = inspector.reasonToRefuse(inspection)) {
     error = name + ": " + reason;
     if (inspection.state.attributes == nullptr) {
@@ -193,7 +201,7 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   return connection_->hasCreated(id) ? "it belongs to this program" : nullptr;
 }
 
-AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {
+AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection) {
   const x11::WindowState& state = inspection.state;
   Window& window = windows_.add(
       {.id = inspection.id,
@@ -212,18 +220,20 @@ AdoptedWindow X11WindowSystem::adopt(const x11::Inspection& inspection) {
 }
 
 // Returns null if the server does not support overlays.
-std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(const x11::Inspection& inspection) {
+std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(
+    const x11::WindowInspection& inspection) {
   if (inspection.tree == nullptr || !x11::Overlay::isSupported(*connection_)) {
     return nullptr;
   }
   const xcb_get_geometry_reply_t& geometry = *inspection.state.geometry;
   return std::make_unique<x11::Overlay>(
       *connection_, windows_,
-      x11::Overlay::Covered{.window = inspection.id,
-                            .parent = inspection.tree->parent,
-                            .frame = {geometry.x, geometry.y, geometry.width, geometry.height},
-                            .borderWidth = geometry.border_width,
-                            .isMapped = !inspection.state.isUnmapped()});
+      x11::Overlay::CoveredWindow{
+          .window = inspection.id,
+          .parent = inspection.tree->parent,
+          .frame = {geometry.x, geometry.y, geometry.width, geometry.height},
+          .borderWidth = geometry.border_width,
+          .isMapped = !inspection.state.isUnmapped()});
 }
 
 void X11WindowSystem::releaseWindow(WindowHandle handle) {
@@ -318,7 +328,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
     return;
   }
   const RequestBatch batch(*connection_);
-  const bool mustSetFocus = focus_.request(*window);
+  const bool mustSetFocus = focus_.requestFocus(*window);
   if (mustSetFocus && !window->isBeingMapped) {
     monitor_.update(*window);
   }
@@ -381,8 +391,8 @@ void X11WindowSystem::setModalWindow(WindowHandle handle) {
     return;
   }
   const RequestBatch batch(*connection_);
-  for (auto& [id, other] : windows_) {
-    other.cover->setShielded(isShielded(other));
+  for (auto& [id, window] : windows_) {
+    updateShield(window);
   }
 }
 
@@ -433,7 +443,7 @@ bool X11WindowSystem::processEvents() {
   do {
     hasEvents = handleArrivedEvents() || hasEvents;
     moveDraggedWindow();
-    monitor_.updateMarked();
+    monitor_.updateChangedWindows();
     focus_.reportChanges([this] { return handleArrivedEvents(); });
   } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
   const Nanoseconds now = x11::steadyNow();

@@ -55,11 +55,12 @@ class X11WindowSystem final : public WindowSystem {
 
   // Windows
   const char* reasonToRefuse(std::uint64_t nativeId);
-  AdoptedWindow adopt(const x11::Inspection& inspection);
+  AdoptedWindow adopt(const x11::WindowInspection& inspection);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
-  std::unique_ptr<x11::Overlay> makeOverlay(const x11::Inspection& inspection);
-  [[nodiscard]] bool isShielded(const x11::Window& window) const;
+  std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection);
+  void updateShield(x11::Window& window);
+  [[nodiscard]] bool needsShield(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
   void moveWindow(x11::Window& window, x11::PixelRect frame);
   void beginRelease(x11::Window& window);
