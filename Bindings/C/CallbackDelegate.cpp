@@ -62,7 +62,7 @@ void CallbackDelegate::recordEvent(std::string_view event) {
   });
 }
 
-void CallbackDelegate::controlsKept(std::uint32_t controls) {
+void CallbackDelegate::reportKeptControls(std::uint32_t controls) {
   queue_.add([this, controls] {
     if (callbacks_.controls_kept != nullptr) {
       callbacks_.controls_kept(callbacks_.user_data, controls);
@@ -70,7 +70,7 @@ void CallbackDelegate::controlsKept(std::uint32_t controls) {
   });
 }
 
-void CallbackDelegate::displayLost(std::string_view reason) {
+void CallbackDelegate::reportLostDisplay(std::string_view reason) {
   queue_.add([this, reason = std::string(reason)] {
     if (callbacks_.display_lost != nullptr) {
       callbacks_.display_lost(callbacks_.user_data, reason.c_str());
@@ -78,7 +78,7 @@ void CallbackDelegate::displayLost(std::string_view reason) {
   });
 }
 
-void CallbackDelegate::ended(VelEndReason reason) {
+void CallbackDelegate::reportEnd(VelEndReason reason) {
   queue_.add([this, reason] {
     if (callbacks_.ended != nullptr) {
       callbacks_.ended(callbacks_.user_data, reason);

@@ -16,17 +16,17 @@ namespace vel {
 /// Calls the callbacks of the host. It receives what a host in C++ receives as a resolver delegate,
 /// as a view delegate and from the platform. Only the owning thread may use this class.
 ///
-/// It calls `log_line`, `will_appear` and `may_disappear` immediately. All other callbacks go
-/// through the queue.
+/// This class calls `log_line`, `will_appear` and `may_disappear` immediately. It adds all other
+/// callbacks to the queue.
 class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate", NSObject,
                                             ContentResolverDelegate, ContentViewDelegate> {
  public:
   explicit CallbackDelegate(const VelCallbacks& callbacks) : callbacks_(callbacks) {}
 
-  /// The callbacks that wait until the running operation has finished.
+  /// The callbacks that are delayed until the running operation has finished.
   [[nodiscard]] CallbackQueue& queue() { return queue_; }
 
-  /// Discards the waiting callbacks. This object then calls no callback any more.
+  /// Discards the waiting callbacks. Afterwards, this object calls no callback.
   void silence();
 
   // ContentResolverDelegate
@@ -38,11 +38,12 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   bool canContentViewDisappear(const Strong<ContentView>& view) override;
   void contentViewDidDisappear(const Strong<ContentView>& view) override;
 
+  // Each of these functions calls one callback, or adds it to the queue.
   void logLine(std::string_view line);
   void recordEvent(std::string_view event);
-  void controlsKept(std::uint32_t controls);
-  void displayLost(std::string_view reason);
-  void ended(VelEndReason reason);
+  void reportKeptControls(std::uint32_t controls);
+  void reportLostDisplay(std::string_view reason);
+  void reportEnd(VelEndReason reason);
 
   /// Sets a function that is called when the view has disappeared. `did_disappear` is called only
   /// if the function returns true.

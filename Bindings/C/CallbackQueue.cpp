@@ -10,28 +10,29 @@ namespace {
 class TemporaryValue : NonCopyable {
  public:
   TemporaryValue(std::size_t& variable, std::size_t value)
-      : variable_(variable), previous_(std::exchange(variable, value)) {}
-  ~TemporaryValue() { variable_ = previous_; }
+      : variable_(variable), previousValue_(std::exchange(variable, value)) {}
+  ~TemporaryValue() { variable_ = previousValue_; }
 
  private:
   std::size_t& variable_;
-  std::size_t previous_;
+  std::size_t previousValue_;
 };
 
 }  // namespace
 
 void CallbackQueue::add(Callback callback) {
-  waiting_.push_back(std::move(callback));
-  if (runningFunctions_ == 0) {
+  waitingCallbacks_.push_back(std::move(callback));
+  if (runningFunctionCount_ == 0) {
     deliver();
   }
 }
 
 void CallbackQueue::deliver() {
-  while (!waiting_.empty()) {
-    const Callback callback = std::move(waiting_.front());
-    waiting_.pop_front();
-    const TemporaryValue functions(runningFunctions_, isInsideOperation() ? runningFunctions_ : 0);
+  while (!waitingCallbacks_.empty()) {
+    const Callback callback = std::move(waitingCallbacks_.front());
+    waitingCallbacks_.pop_front();
+    const TemporaryValue count(runningFunctionCount_,
+                               isInsideOperation() ? runningFunctionCount_ : 0);
     callback();
   }
 }

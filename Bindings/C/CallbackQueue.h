@@ -16,12 +16,12 @@ class CallbackQueue : NonCopyable {
   using Callback = std::function<void()>;
 
   /// Records that a function of the C interface has started.
-  void functionBegan() { ++runningFunctions_; }
+  void enterFunction() { ++runningFunctionCount_; }
   /// Records that a function of the C interface returns.
-  void functionEnded() { --runningFunctions_; }
-  /// True if the running function was called by a callback that is not delayed. The library is then
-  /// in the middle of another operation.
-  [[nodiscard]] bool isInsideOperation() const { return runningFunctions_ > 1; }
+  void leaveFunction() { --runningFunctionCount_; }
+  /// True if a callback that is not delayed has called the running function. The library is then in
+  /// the middle of another operation.
+  [[nodiscard]] bool isInsideOperation() const { return runningFunctionCount_ > 1; }
 
   /// Calls `callback` in the next `deliver`, or immediately if no function of the C interface is
   /// running.
@@ -29,13 +29,13 @@ class CallbackQueue : NonCopyable {
   /// Calls all waiting callbacks, in the order in which they were added.
   void deliver();
   /// Discards all waiting callbacks.
-  void clear() { waiting_.clear(); }
+  void clear() { waitingCallbacks_.clear(); }
 
  private:
-  std::deque<Callback> waiting_;
+  std::deque<Callback> waitingCallbacks_;
   // The number of functions of the C interface that are running. The function that delivers a
   // callback does not count while the callback runs.
-  std::size_t runningFunctions_ = 0;
+  std::size_t runningFunctionCount_ = 0;
 };
 
 }  // namespace vel

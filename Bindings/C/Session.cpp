@@ -30,11 +30,11 @@ constexpr NSWindowStyleMask kPlayerStyle = NSWindowStyleMaskTitled | NSWindowSty
                                            NSWindowStyleMaskResizable;
 constexpr CGSize kDefaultSize{1280, 720};
 
-// The latest time that virtual time may reach. Timers also need times after it.
+// The latest time that virtual time may reach. Timers also need times after `kLatestTime`.
 constexpr Nanoseconds kLatestTime = 9'000'000'000 * kNanosecondsPerSecond;
 
-// The time of a request as LaunchScreenManager reads it.
-float timeOf(const NSDictionary& parameters) {
+// Reads the duration of a request as LaunchScreenManager does.
+float durationOf(const NSDictionary& parameters) {
   const auto time = parameters.objectForKey(LaunchScreenContentRequest.maxDurationTime);
   if (const Strong<NSNumber> number = as<NSNumber>(time)) {
     return number->floatValue();
@@ -72,20 +72,20 @@ VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& c
     NSRunLoop::mainRunLoop().useRealTime();
   }
   NSApplication::start(std::move(windowSystem));
-  std::unique_ptr<Session> created(new Session());
-  created->owner = currentThreadNumber();
-  created->callbacks_ = callbacks;
-  const VelStatus status = created->openWindow(options, error);
+  std::unique_ptr<Session> newSession(new Session());
+  newSession->ownerThread = currentThreadNumber();
+  newSession->callbacks_ = callbacks;
+  const VelStatus status = newSession->openWindow(options, error);
   if (status != VEL_OK) {
     return status;
   }
-  created->manager_ = LaunchScreenManager::init();
-  created->delegate_ = make<CallbackDelegate>(callbacks);
-  created->manager_->setDelegate(created->delegate_);
-  created->manager_->content()->setDelegate(created->delegate_);
-  created->manager_->activate(nullptr);
-  created->connectSinks(callbacks.record_event != nullptr);
-  session = std::move(created);
+  newSession->manager_ = LaunchScreenManager::init();
+  newSession->delegate_ = make<CallbackDelegate>(callbacks);
+  newSession->manager_->setDelegate(newSession->delegate_);
+  newSession->manager_->content()->setDelegate(newSession->delegate_);
+  newSession->manager_->activate(nullptr);
+  newSession->connectSinks(callbacks.record_event != nullptr);
+  session = std::move(newSession);
   return VEL_OK;
 }
 
@@ -109,19 +109,19 @@ VelStatus Session::openWindow(const VelCreateOptions& options, std::string& erro
 }
 
 void Session::connectSinks(bool recordsEvents) {
-  const Strong<CallbackDelegate> host = delegate_;
-  setNSLogSink([host](std::string_view line) { host->logLine(line); });
+  const Strong<CallbackDelegate> delegate = delegate_;
+  setNSLogSink([delegate](std::string_view line) { delegate->logLine(line); });
   if (recordsEvents) {
-    MetricsCenter::setSink([host](std::string_view event) { host->recordEvent(event); });
+    MetricsCenter::setSink([delegate](std::string_view event) { delegate->recordEvent(event); });
   }
-  NSApp->setControlsKeptHandler([host](NSWindow& /*window*/, NSWindowStyleMask controls) {
-    host->controlsKept(static_cast<std::uint32_t>(controls));
+  NSApp->setControlsKeptHandler([delegate](NSWindow& /*window*/, NSWindowStyleMask controls) {
+    delegate->reportKeptControls(static_cast<std::uint32_t>(controls));
   });
-  NSApp->setDisplayLostHandler([this, host](std::string_view reason) {
+  NSApp->setDisplayLostHandler([this, delegate](std::string_view reason) {
     isDisplayLost_ = true;
-    host->displayLost(reason);
+    delegate->reportLostDisplay(reason);
   });
-  host->setDisappearanceHandler([this] { return noteDisappearance(); });
+  delegate->setDisappearanceHandler([this] { return recordEndReason(); });
 }
 
 Session::~Session() {
@@ -133,14 +133,14 @@ Session::~Session() {
   setNSLogSink(nullptr);
 }
 
-void Session::functionBegan() {
-  ++runningFunctions_;
-  delegate_->queue().functionBegan();
+void Session::enterFunction() {
+  ++runningFunctionCount_;
+  delegate_->queue().enterFunction();
 }
 
-bool Session::functionEnded() {
-  delegate_->queue().functionEnded();
-  return --runningFunctions_ == 0;
+bool Session::leaveFunction() {
+  delegate_->queue().leaveFunction();
+  return --runningFunctionCount_ == 0;
 }
 
 void Session::deliverCallbacks() {
@@ -182,7 +182,7 @@ VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& 
     return VEL_INVALID_ARGUMENT;
   }
   // The manager accepts a negative time, and the content then fails.
-  if (timeOf(*parameters) < 0) {
+  if (durationOf(*parameters) < 0) {
     error = "the time is negative";
     return VEL_REFUSED;
   }
@@ -208,7 +208,7 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "no request has been loaded";
     return VEL_NOTHING_TO_PRESENT;
   }
-  if (controller() == presented_.lock()) {
+  if (controller() == presentedController_.lock()) {
     error = "the request has been presented";
     return VEL_NOTHING_TO_PRESENT;
   }
@@ -220,7 +220,7 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "a sheet needs a window with a content controller";
     return VEL_NOTHING_TO_PRESENT;
   }
-  presented_ = controller();
+  presentedController_ = controller();
   isPresented_ = true;
   endReason_.reset();
   isPresenting_ = true;
@@ -234,7 +234,7 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
 }
 
 VelStatus Session::dismiss(std::string& error) {
-  if (owner == currentThreadNumber()) {
+  if (ownerThread == currentThreadNumber()) {
     if (!isUp()) {
       error = "no launch screen is shown";
       return VEL_NOT_UP;
@@ -285,14 +285,14 @@ VelStatus Session::run(double seconds, std::string& error) {
   return VEL_OK;
 }
 
-bool Session::noteDisappearance() {
+bool Session::recordEndReason() {
   if (!isPresented_ || endReason_) {
     return false;
   }
   if (!delegate_->hasAgreedToDismissal()) {
     endReason_ = VEL_END_WINDOW_CLOSED;
   } else if (isHostDismissing_ || secondsLeft() > expirationTimeStep) {
-    // More time is left, so the host has asked for this dismissal while the window was not in
+    // Time is left. So the host requested this dismissal earlier, while the window was not in
     // front.
     endReason_ = VEL_END_DISMISSED;
   } else {
@@ -302,7 +302,8 @@ bool Session::noteDisappearance() {
 }
 
 void Session::reportEnd() {
-  if (!isPresented_ || isPresenting_ || send(presented_.lock(), &NSViewController::isShown)) {
+  if (!isPresented_ || isPresenting_ ||
+      send(presentedController_.lock(), &NSViewController::isShown)) {
     return;
   }
   VelEndReason reason = endReason_.value_or(VEL_END_WINDOW_CLOSED);
@@ -310,7 +311,7 @@ void Session::reportEnd() {
     reason = VEL_END_DISPLAY_LOST;  // a lost display closes all windows
   }
   isPresented_ = false;
-  delegate_->ended(reason);
+  delegate_->reportEnd(reason);
 }
 
 Strong<NSViewController> Session::controller() const {

@@ -26,7 +26,7 @@ class Session : NonCopyable {
   /// callbacks must be valid. Stores the reason in `error` on failure.
   static VelStatus create(const VelCreateOptions& options, const VelCallbacks& callbacks,
                           std::unique_ptr<Session>& session, std::string& error);
-  /// Restores the window and ends the application. Calls no callback.
+  /// Restores the window and ends the application, without calling a callback.
   ~Session();
 
   VelStatus request(const Strong<NSDictionary>& parameters, std::string& error);
@@ -46,16 +46,16 @@ class Session : NonCopyable {
 
   /// The number of the owning thread, from `currentThreadNumber`. The mutex of the registry of
   /// sessions guards it.
-  std::uint64_t owner = 0;
+  std::uint64_t ownerThread = 0;
   /// True if the owning thread has ended. The mutex of the registry of sessions guards it.
   bool hasOwnerEnded = false;
 
   /// Records that a function of the C interface has started. Every call needs a call of
-  /// `functionEnded`.
-  void functionBegan();
+  /// `leaveFunction`.
+  void enterFunction();
   /// Records that a function of the C interface returns. Returns true if no other function is
   /// running.
-  bool functionEnded();
+  bool leaveFunction();
   /// Calls the waiting callbacks. Does nothing if the running function was called inside another
   /// operation.
   void deliverCallbacks();
@@ -78,8 +78,9 @@ class Session : NonCopyable {
   void dismissNow();
   // Calls all waiting callbacks, even inside another operation.
   void deliverAllCallbacks();
-  // Stores why the launch screen disappears. Returns false if the reason has already been stored.
-  bool noteDisappearance();
+  // Stores why the launch screen disappears. Returns false if no launch screen is presented, or if
+  // the reason has already been stored.
+  bool recordEndReason();
   // Reports the end of the launch screen if its view has been removed.
   void reportEnd();
 
@@ -88,7 +89,7 @@ class Session : NonCopyable {
   Strong<CallbackDelegate> delegate_;
   VelCallbacks callbacks_ = VEL_CALLBACKS_INIT;
   // The controller of the launch screen that was presented last.
-  Weak<NSViewController> presented_;
+  Weak<NSViewController> presentedController_;
   // True from the presentation of a launch screen until its end has been reported.
   bool isPresented_ = false;
   // Why the presented launch screen has disappeared. Empty while it is shown.
@@ -97,7 +98,7 @@ class Session : NonCopyable {
   bool isPresenting_ = false;
   bool isHostDismissing_ = false;
   bool isDisplayLost_ = false;
-  std::size_t runningFunctions_ = 0;
+  std::size_t runningFunctionCount_ = 0;
   std::atomic<bool> isDestroyed_ = false;
   std::function<void()> lastCallback_;
 };

@@ -69,7 +69,7 @@ class ThreadEndObserver : vel::NonCopyable {
   ~ThreadEndObserver() {
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().session.get();
-    if (session != nullptr && session->owner == vel::currentThreadNumber()) {
+    if (session != nullptr && session->ownerThread == vel::currentThreadNumber()) {
       session->hasOwnerEnded = true;
     }
   }
@@ -77,25 +77,25 @@ class ThreadEndObserver : vel::NonCopyable {
   static void observeThisThread() { thread_local const ThreadEndObserver observer; }
 };
 
-/// Which threads may call a function.
-enum class Caller : std::uint8_t {
+/// The threads that may call a function.
+enum class AllowedCaller : std::uint8_t {
   Owner,
-  OwnerOrSuccessor,  // any thread can call it after the owning thread has ended
+  OwnerOrSuccessor,  // the owning thread or, after it has ended, any other thread
 };
 
 // Stores the session of a handle in `session`. Only the owning thread ends the session, so the
 // pointer stays valid on this thread.
-VelStatus findSession(const VelLaunchScreen* screen, Caller caller, Session*& session) {
+VelStatus findSession(const VelLaunchScreen* screen, AllowedCaller caller, Session*& session) {
   const std::scoped_lock lock(registry().mutex);
   session = registry().find(screen);
   if (session == nullptr) {
     return fail(VEL_NOT_ALIVE, "the launch screen is null or has been destroyed");
   }
-  if (session->owner == vel::currentThreadNumber()) {
+  if (session->ownerThread == vel::currentThreadNumber()) {
     return VEL_OK;
   }
-  if (caller == Caller::OwnerOrSuccessor && session->hasOwnerEnded) {
-    session->owner = vel::currentThreadNumber();
+  if (caller == AllowedCaller::OwnerOrSuccessor && session->hasOwnerEnded) {
+    session->ownerThread = vel::currentThreadNumber();
     session->hasOwnerEnded = false;
     ThreadEndObserver::observeThisThread();
     vel::NSThread::becomeMainThread();
@@ -127,10 +127,10 @@ class RunningFunction : vel::NonCopyable {
   /// Stores the callback that reports the end of the session in `lastCallback`.
   RunningFunction(Session& session, std::function<void()>& lastCallback)
       : session_(session), lastCallback_(lastCallback) {
-    session_.functionBegan();
+    session_.enterFunction();
   }
   ~RunningFunction() {
-    if (session_.functionEnded() && session_.isDestroyed()) {
+    if (session_.leaveFunction() && session_.isDestroyed()) {
       lastCallback_ = endSession();
     }
   }
@@ -142,11 +142,11 @@ class RunningFunction : vel::NonCopyable {
 
 // Calls `body`. Converts an exception to a status, because C has no exceptions.
 template <class Body>
-VelStatus guarded(Body&& body) {
+VelStatus catchExceptions(Body&& body) {
   try {
     return body();
-  } catch (const std::exception& problem) {
-    return fail(VEL_INTERNAL_ERROR, problem.what());
+  } catch (const std::exception& exception) {
+    return fail(VEL_INTERNAL_ERROR, exception.what());
   } catch (...) {
     return fail(VEL_INTERNAL_ERROR, "an exception of an unknown type");
   }
@@ -155,13 +155,14 @@ VelStatus guarded(Body&& body) {
 // Calls `body` with the session of a handle. `body` returns a status and stores the reason of a
 // failure in its second argument.
 template <class Body>
-VelStatus withSession(VelLaunchScreen* screen, Body&& body, Caller caller = Caller::Owner) {
+VelStatus withSession(VelLaunchScreen* screen, Body&& body,
+                      AllowedCaller caller = AllowedCaller::Owner) {
   Session* session = nullptr;
   if (const VelStatus status = findSession(screen, caller, session); status != VEL_OK) {
     return status;
   }
   std::function<void()> lastCallback;
-  const VelStatus status = guarded([&] {
+  const VelStatus status = catchExceptions([&] {
     const RunningFunction function(*session, lastCallback);
     session->deliverCallbacks();
     if (session->isDestroyed()) {
@@ -178,20 +179,20 @@ VelStatus withSession(VelLaunchScreen* screen, Body&& body, Caller caller = Call
     lastCallback();
   }
   if (status == VEL_OK) {
-    clearLastError();  // a function that a callback called may have failed
+    clearLastError();  // a callback may have called a function that failed
   }
   return status;
 }
 
-// Stores the result of `read` in *result.
-template <class Value, class Read>
-VelStatus store(VelLaunchScreen* screen, Value* result, Read&& read) {
+// Stores the value that `readValue` returns in *result.
+template <class Value, class ReadValue>
+VelStatus storeResult(VelLaunchScreen* screen, Value* result, ReadValue&& readValue) {
   return withSession(screen, [&](Session& session, std::string& error) {
     if (result == nullptr) {
       error = "the pointer for the result is null";
       return VEL_INVALID_ARGUMENT;
     }
-    *result = read(session);
+    *result = readValue(session);
     return VEL_OK;
   });
 }
@@ -211,11 +212,12 @@ constexpr std::array kRequestSizes{VEL_SIZE_UP_TO(VelRequest, seconds)};
 // NOLINTEND(bugprone-macro-parentheses, bugprone-sizeof-expression)
 static_assert(kCallbacksSizes.back() == sizeof(VelCallbacks));
 
-// Copies a structure of a published size, or of a later version that sets no unknown member.
-// Members that the structure does not have become zero. Returns no value for any other structure.
+// Copies a structure of a published size. Also copies a structure of a later version if all its
+// unknown members are zero. In the copy, members that the structure does not have are zero. Returns
+// no value for any other structure.
 template <class Structure, std::size_t Count>
-std::optional<Structure> read(const Structure* structure,
-                              const std::array<std::size_t, Count>& publishedSizes) {
+std::optional<Structure> copyKnownMembers(const Structure* structure,
+                                          const std::array<std::size_t, Count>& publishedSizes) {
   constexpr std::size_t kMaximumSize = 4096;
   if (structure == nullptr || structure->size > kMaximumSize) {
     return std::nullopt;
@@ -236,23 +238,23 @@ std::optional<Structure> read(const Structure* structure,
   return copy;
 }
 
-bool isMode(const char* text) {
+bool isKnownMode(const char* text) {
   const auto& keys = vel::LaunchScreenContentRequest;
   return text == nullptr || text == keys.skip || text == keys.forced;
 }
 
-bool isWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
+bool isValidWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
 
 // Copies the options and the callbacks if they are valid.
-VelStatus readOptions(const VelCreateOptions* from, VelCreateOptions& options,
+VelStatus readOptions(const VelCreateOptions* structure, VelCreateOptions& options,
                       VelCallbacks& callbacks) {
-  const auto knownOptions = read(from, kCreateOptionsSizes);
+  const auto knownOptions = copyKnownMembers(structure, kCreateOptionsSizes);
   if (!knownOptions) {
     return fail(VEL_INVALID_ARGUMENT, "the options are null or have an unknown size");
   }
   options = *knownOptions;
   if (options.callbacks != nullptr) {
-    const auto knownCallbacks = read(options.callbacks, kCallbacksSizes);
+    const auto knownCallbacks = copyKnownMembers(options.callbacks, kCallbacksSizes);
     if (!knownCallbacks) {
       return fail(VEL_INVALID_ARGUMENT, "the callbacks have an unknown size");
     }
@@ -261,7 +263,7 @@ VelStatus readOptions(const VelCreateOptions* from, VelCreateOptions& options,
   if (options.time != VEL_TIME_REAL && options.time != VEL_TIME_VIRTUAL) {
     return fail(VEL_INVALID_ARGUMENT, "unknown time");
   }
-  if (!isWindowSide(options.width) || !isWindowSide(options.height)) {
+  if (!isValidWindowSide(options.width) || !isValidWindowSide(options.height)) {
     return fail(VEL_INVALID_ARGUMENT, "the width and the height of a window are 1 to 32767 points");
   }
   return VEL_OK;
@@ -327,7 +329,7 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
   }
   ThreadEndObserver::observeThisThread();
   std::unique_ptr<Session> session;
-  const VelStatus status = guarded([&] {
+  const VelStatus status = catchExceptions([&] {
     std::string error;
     const VelStatus result = Session::create(knownOptions, knownCallbacks, session, error);
     return result == VEL_OK ? VEL_OK : fail(result, error);
@@ -354,33 +356,33 @@ VelStatus vel_destroy(VelLaunchScreen** screen) {
         *screen = nullptr;
         return VEL_OK;
       },
-      Caller::OwnerOrSuccessor);
+      AllowedCaller::OwnerOrSuccessor);
 }
 
 VelStatus vel_request(VelLaunchScreen* screen, const VelRequest* request) {
   return withSession(screen, [request](Session& session, std::string& error) {
-    const auto known = read(request, kRequestSizes);
-    if (!known) {
+    const auto knownRequest = copyKnownMembers(request, kRequestSizes);
+    if (!knownRequest) {
       error = "the request is null or has an unknown size";
       return VEL_INVALID_ARGUMENT;
     }
-    if (!isMode(known->mode)) {
+    if (!isKnownMode(knownRequest->mode)) {
       error = "unknown mode";
       return VEL_INVALID_ARGUMENT;
     }
-    if (std::isnan(known->seconds)) {
+    if (std::isnan(knownRequest->seconds)) {
       error = "the time is not a number";
       return VEL_INVALID_ARGUMENT;
     }
     vel::NSDictionary::Entries entries;
     const auto& keys = vel::LaunchScreenContentRequest;
-    if (known->mode != nullptr) {
-      entries.emplace(keys.mode, vel::NSString::stringWithUTF8String(known->mode));
+    if (knownRequest->mode != nullptr) {
+      entries.emplace(keys.mode, vel::NSString::stringWithUTF8String(knownRequest->mode));
     }
-    if (known->event != nullptr) {
-      entries.emplace(keys.event, vel::NSString::stringWithUTF8String(known->event));
+    if (knownRequest->event != nullptr) {
+      entries.emplace(keys.event, vel::NSString::stringWithUTF8String(knownRequest->event));
     }
-    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(known->seconds));
+    entries.emplace(keys.maxDurationTime, vel::NSNumber::numberWithDouble(knownRequest->seconds));
     return session.request(vel::NSDictionary::dictionaryWithEntries(std::move(entries)), error);
   });
 }
@@ -412,9 +414,9 @@ VelStatus vel_dismiss(VelLaunchScreen* screen) {
     // The lock keeps the session alive: its owning thread may destroy it at any time.
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().find(screen);
-    if (session != nullptr && session->owner != vel::currentThreadNumber()) {
+    if (session != nullptr && session->ownerThread != vel::currentThreadNumber()) {
       clearLastError();
-      return guarded([session] {
+      return catchExceptions([session] {
         std::string error;
         return session->dismiss(error);
       });
@@ -446,13 +448,13 @@ VelStatus vel_run(VelLaunchScreen* screen, double seconds) {
 }
 
 VelStatus vel_poll_descriptor(VelLaunchScreen* screen, int* descriptor) {
-  return store(screen, descriptor, [](const Session& /*session*/) {
+  return storeResult(screen, descriptor, [](const Session& /*session*/) {
     return vel::NSRunLoop::mainRunLoop().descriptor();
   });
 }
 
 VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds) {
-  return store(screen, seconds, [](const Session& /*session*/) {
+  return storeResult(screen, seconds, [](const Session& /*session*/) {
     const vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
     const vel::Nanoseconds deadline = loop.nextDeadline();
     return deadline == vel::kNever
@@ -462,17 +464,17 @@ VelStatus vel_next_deadline(VelLaunchScreen* screen, double* seconds) {
 }
 
 VelStatus vel_seconds_left(VelLaunchScreen* screen, double* seconds) {
-  return store(screen, seconds, [](const Session& session) { return session.secondsLeft(); });
+  return storeResult(screen, seconds, [](const Session& session) { return session.secondsLeft(); });
 }
 
 VelStatus vel_is_up(VelLaunchScreen* screen, int* up) {
-  return store(screen, up, [](const Session& session) { return session.isUp() ? 1 : 0; });
+  return storeResult(screen, up, [](const Session& session) { return session.isUp() ? 1 : 0; });
 }
 
 VelStatus vel_pause_reason(VelLaunchScreen* screen, VelPause* reason) {
-  return store(screen, reason, [](const Session& session) { return session.pauseReason(); });
+  return storeResult(screen, reason, [](const Session& session) { return session.pauseReason(); });
 }
 
 VelStatus vel_state(VelLaunchScreen* screen, VelState* state) {
-  return store(screen, state, [](const Session& session) { return session.state(); });
+  return storeResult(screen, state, [](const Session& session) { return session.state(); });
 }

@@ -28,9 +28,9 @@
  * changes nothing unless its comment says otherwise. Passing a null launch screen returns
  * VEL_NOT_ALIVE.
  *
- * Structures. The first member of every structure is its size. Initialize a structure with its
- * _INIT macro. The macro sets the size, and sets every other member to zero or null, which is the
- * default of that member. Later versions of this library may add members at the end of a structure.
+ * Structures. The first member of every structure is the size of the structure. Initialize a
+ * structure with its _INIT macro. The macro sets the size, and sets every other member to zero or
+ * null. Zero or null selects the default. Later versions may add members at the end of a structure.
  * A later version accepts the structures of every earlier version. This version accepts a structure
  * of a later version if all members that this version does not know are zero.
  *
@@ -196,8 +196,9 @@ typedef struct VelRequest {
    * null: the launch screen stays until its time is used up. */
   const char* mode;
   const char* event; /* the name of the analytics event; must not be null or empty */
-  /* How many seconds the launch screen stays. Only time in front counts. The library converts the
-   * value to single precision. The value must be greater than 0. */
+  /* How many seconds the launch screen stays. The library counts only the time during which the
+   * launch screen is in front. It converts the value to single precision. The value must be greater
+   * than 0. */
   double seconds;
 } VelRequest;
 

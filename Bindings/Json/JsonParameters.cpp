@@ -44,8 +44,8 @@ Strong<NSDictionary> parametersFromJsonText(std::string_view text, std::string& 
   Json json;
   try {
     json = Json::parse(text);
-  } catch (const Json::parse_error& problem) {
-    error = "not JSON at byte " + std::to_string(problem.byte);
+  } catch (const Json::parse_error& exception) {
+    error = "not JSON at byte " + std::to_string(exception.byte);
     return nullptr;
   } catch (const Json::out_of_range&) {
     error = "a number in the JSON is too large";
