@@ -21,7 +21,7 @@ constexpr std::int64_t kDeferredEventDelay = NSEC_PER_SEC;
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * NSEC_PER_SEC;
 
 // Returns null if the value is not a string.
-Strong<NSString> textFor(const NSDictionary& parameters, std::string_view key) {
+Strong<NSString> stringFor(const NSDictionary& parameters, std::string_view key) {
   return as<NSString>(parameters.objectForKey(key));
 }
 
@@ -66,8 +66,7 @@ Strong<LaunchScreenManager> LaunchScreenManager::init() {
 }
 
 LaunchScreenManager::~LaunchScreenManager() {
-  // Does not invalidate the timer. A scheduled timer keeps the manager alive, so the timer is not
-  // scheduled here.
+  // The timer needs no invalidation: a scheduled timer would have kept the manager alive.
   launchScreenExpirationTimer_ = nullptr;
   launchScreenExpired_ = false;
   NSNotificationCenter::defaultCenter().removeObserver(this);
@@ -93,11 +92,11 @@ bool LaunchScreenManager::parseParameters(const Strong<NSDictionary>& parameters
   const Strong<LaunchScreenConfiguration> configuration =
       LaunchScreenConfiguration::defaultConfiguration();
   const auto& keys = LaunchScreenContentRequest;
-  // This function writes directly to the shared configuration. It does not roll back when a later
-  // parameter is refused.
+  // This function writes directly to the shared configuration. If a later parameter is invalid, the
+  // function keeps what it has written.
   configuration->setSkipMode(
-      send(textFor(*parameters, keys.mode), &NSString::isEqualToString, keys.skip));
-  const Strong<NSString> event = textFor(*parameters, keys.event);
+      send(stringFor(*parameters, keys.mode), &NSString::isEqualToString, keys.skip));
+  const Strong<NSString> event = stringFor(*parameters, keys.event);
   if (send(event, &NSString::length) == 0) {
     NSLog("%@ (%s): Next event name is nil or empty!", className(), kMethod);
     return false;
@@ -179,7 +178,7 @@ void LaunchScreenManager::sendAnalyticsEvent() {
       LaunchScreenConfiguration::defaultConfiguration();
   if (send(configuration->nextEventName(), &NSString::length) > 0) {
     setEventWasSended(true);
-    // The work reads the name when it runs, so it records a name that was set after this call.
+    // The work reads the name when the work runs, so a name that is set before then is recorded.
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, kEventDelay), dispatch_get_main_queue(),
                    "record the analytics event",
                    [configuration] { MetricsCenter::logEvent(configuration->nextEventName()); });
@@ -267,7 +266,7 @@ void LaunchScreenManager::updateTimer() {
     pauseTimer();
     dismissLaunchScreen();
   }
-  // Read the time left again: the dismissal may have set it to 0.
+  // Read the time left again, because the dismissal may have set it to 0.
   setLaunchScreenExpirationTimeLeft(launchScreenExpirationTimeLeft() - expirationTimeStep);
 }
 
@@ -306,10 +305,10 @@ void LaunchScreenManager::windowDidResignKey(const NSNotification& notification)
   const Strong<NSWindow> window = as<NSWindow>(notification.object());
   const Strong<NSViewController> controller = send(window, &NSWindow::contentViewController);
   if (send(controller, &NSViewController::className) == LSGDPRControllerClassName) {
-    const auto becameKey =
+    const auto keyNotification =
         NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, launchScreenWindow());
     send(NSApp, &NSApplication::stopModal);
-    windowDidBecomeKey(becameKey);
+    windowDidBecomeKey(keyNotification);
     send(launchScreenWindow(), &NSWindow::makeKeyWindow);
     return;
   }
@@ -370,7 +369,7 @@ bool LaunchScreenManager::canLaunchScreenControllerDismiss(
     stopTimer();
     return presentsNothing;
   }
-  // The attempt comes too early and is refused. The event is nevertheless recorded.
+  // Time is left, so the dismissal is refused. The event is nevertheless recorded.
   scheduleAnalyticsEvent(self(), kRefusedDismissalEventDelay);
   return false;
 }

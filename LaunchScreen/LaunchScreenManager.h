@@ -46,7 +46,8 @@ class VEL_EXPORT LaunchScreenManager final
   /// first missing parameter. The parameters that precede it have then already been copied.
   bool parseParameters(const Strong<NSDictionary>& parameters);
 
-  /// Asks the view controller to dismiss itself. It does so only if all its delegates agree.
+  /// Asks the view controller to dismiss itself. The view controller dismisses itself only if all
+  /// its delegates agree.
   void dismissLaunchScreen();
   /// Schedules the recording of the configured event in half a second. Schedules it at most once.
   /// While the application is unfocused, this function only sets `launchShouldBeClosed`.

@@ -19,7 +19,7 @@ Strong<NSError> errorWithMessage(std::string_view message) {
   return releaseLater(NSError::errorWithDomainCodeUserInfo(message, kErrorCode, nullptr));
 }
 
-// Modes 1 and 2 of the host are modes 2 and 1 of the view controller.
+// The host's modes 1 and 2 are the view controller's modes 2 and 1.
 LaunchScreenPresentationMode translatedMode(std::int32_t hostMode) {
   switch (hostMode) {
     case 2:
@@ -48,11 +48,11 @@ void LaunchScreenContent::configureViewController() {
     setState(ContentDataStateFailed);
     return;
   }
-  const Strong<LaunchScreenViewControllerProtocol> configured =
+  const Strong<LaunchScreenViewControllerProtocol> configuredController =
       LaunchScreenConfiguration::defaultConfiguration()->viewController();
-  if (configured != nullptr) {
-    // A host that supplies its own controller also adds the delegates and sets our state.
-    setInternalViewController(configured);
+  if (configuredController != nullptr) {
+    // A host that supplies its own controller also adds the delegates and sets the content's state.
+    setInternalViewController(configuredController);
     return;
   }
   if (NSThread::isMainThread()) {

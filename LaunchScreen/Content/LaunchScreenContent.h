@@ -28,10 +28,10 @@ class VEL_EXPORT LaunchScreenContent final
  public:
   static Strong<LaunchScreenContent> init();
 
-  /// Stores a request and creates its view controller. On the main thread, the call creates the
+  /// Stores a request and creates its view controller. On the main thread, this function creates the
   /// view controller before it returns. On another thread, the main queue creates the view
-  /// controller later. The new state is loaded or failed. A request without parameters fails before
-  /// the call returns, on the calling thread.
+  /// controller later. The state then becomes loaded or failed. If the request has no parameters,
+  /// the state becomes failed on the calling thread, before this function returns.
   void setContentRequest(Strong<ContentRequest> request);
   [[nodiscard]] Strong<ContentRequest> contentRequest() const { return contentRequest_; }
 

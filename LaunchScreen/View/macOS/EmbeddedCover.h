@@ -10,19 +10,20 @@ namespace vel {
 class LaunchScreenViewController;
 class NSView;
 
-/// Keeps the embedded cover alive until the cover is removed. The cover has no parent view
-/// controller that could own it. All controllers share these variables. A second embedded cover
-/// replaces the first. Only the main thread may use these variables.
+/// These variables track the embedded cover: they keep it alive until it is removed, because the
+/// cover has no parent view controller that could own it. All controllers share these variables. A
+/// second embedded cover replaces the first as the tracked cover. Only the main thread may use
+/// these variables.
 namespace embedded_cover {
 
-/// The label of the main queue's work that removes the cover after its dismissal.
+/// The label of the work on the main queue that removes the tracked cover after its dismissal.
 inline constexpr std::string_view kRemovalLabel = "remove the embedded cover";
 
 extern Strong<NSView> superView;
 extern Strong<NSView> selfView;
 extern Strong<LaunchScreenViewController> selfController;
 
-/// Sets all three variables to null without notifying a delegate.
+/// Sets the three references to null without notifying a delegate.
 void release();
 
 }  // namespace embedded_cover

@@ -41,7 +41,7 @@ void release() {
 namespace {
 
 // A controller and the content that it notifies own each other until one of them is deactivated.
-const ShutdownStep endCover([] {
+const ShutdownStep coverShutdownStep([] {
   send(selfController, &LaunchScreenViewController::deactivate);
   release();
 });
@@ -176,8 +176,8 @@ void LaunchScreenViewController::presentForWindowWithPresentationMode(
   }
 }
 
-// `appWindow` may become null at any time: an observer or another thread can set it. Each step
-// below therefore reads it once and keeps the reference.
+// `appWindow` may become null at any time, because an observer or another thread can set it. So the
+// functions below call an operation only on a reference that they hold.
 
 void LaunchScreenViewController::setupPresentation() {
   const Strong<NSWindow> window = appWindow();
@@ -206,10 +206,10 @@ void LaunchScreenViewController::restorePresentation() {
       window->setStyleMask(appWindowStyleMask());
     }
     setAppWindow(nullptr);
-  } else if (const Strong<NSWindow> tracked =
+  } else if (const Strong<NSWindow> trackedWindow =
                  send(selfController, &LaunchScreenViewController::appWindow)) {
-    // The call restores the style of the tracked cover's window even if no style has been saved.
-    tracked->setStyleMask(selfController->appWindowStyleMask());
+    // Restore the style of the tracked cover's window even if that cover has saved no style.
+    trackedWindow->setStyleMask(selfController->appWindowStyleMask());
     send(selfController, &LaunchScreenViewController::setAppWindow, nullptr);
   }
 }
@@ -225,7 +225,7 @@ void LaunchScreenViewController::dismiss() {
   if (superView != nullptr && selfView != nullptr && selfController != nullptr) {
     // `send` keeps the controller alive: a delegate may replace the tracked cover.
     send(selfController, &NSViewController::viewDidDisappear);
-    // The work removes the cover that is tracked when it runs, which may be a later cover.
+    // When the work runs, it removes the current tracked cover, which may be a later cover.
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
                    embedded_cover::kRemovalLabel, [] {
                      send(selfView, &NSView::removeFromSuperview);
