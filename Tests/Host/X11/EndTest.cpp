@@ -2,14 +2,14 @@
 // screen. The display is lost in this time.
 #include <gmock/gmock.h>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 
 namespace vel::test {
 namespace {
 
 TEST(X11ShowEnd, ADisplayLostAfterTheEventPrintsOneLine) {
   XServer server;
-  LaunchedShow show(server, {"--duration", "0.3", "--content-controller"});
+  ShowProcess show(server, {"--duration", "0.3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("event recorded: launch_end\n")) << show.output();
   server.kill();
   EXPECT_EQ(show.wait(), 1);

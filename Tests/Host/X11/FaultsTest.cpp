@@ -5,7 +5,7 @@
 #include <csignal>
 #include <memory>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -28,7 +28,7 @@ class X11ShowFaults : public X11Test {
     ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
     std::vector<std::string> allArguments{"--window", std::to_string(game), "--content-controller"};
     allArguments.insert(allArguments.end(), arguments.begin(), arguments.end());
-    show = std::make_unique<LaunchedShow>(server, allArguments);
+    show = std::make_unique<ShowProcess>(server, allArguments);
     ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
     ASSERT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
   }
@@ -42,7 +42,7 @@ class X11ShowFaults : public X11Test {
   }
 
   xcb_window_t game = 0;
-  std::unique_ptr<LaunchedShow> show;
+  std::unique_ptr<ShowProcess> show;
 };
 
 TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
@@ -124,7 +124,7 @@ TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
 TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
   const xcb_window_t unmappedWindow = client.makeWindow(kGame, kGreen);
   const auto outputOfRefusal = [this](const std::string& window) {
-    LaunchedShow refusedShow(server, {"--window", window});
+    ShowProcess refusedShow(server, {"--window", window});
     EXPECT_EQ(refusedShow.wait(), 1);
     return refusedShow.output();
   };
@@ -139,7 +139,7 @@ TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
 
 TEST_F(X11ShowFaults, ADisplayThatDoesNotExistPrintsOneLine) {
   server.kill();
-  LaunchedShow refusedShow(server, {});
+  ShowProcess refusedShow(server, {});
   EXPECT_EQ(refusedShow.wait(), 1);
   EXPECT_EQ(refusedShow.output(), "launchscreen: cannot open the X11 display \"" +
                                       server.display() + "\": it does not answer\n");

@@ -5,7 +5,7 @@
 #include <map>
 #include <sstream>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -132,8 +132,8 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   const PixelRect frameBefore = client.areaOnScreen(window);
   savePicture("before");
 
-  LaunchedShow show(server, {"--window", hexadecimal(window), "--mode", "skip", "--duration", "600",
-                             "--content-controller", "--indicator"});
+  ShowProcess show(server, {"--window", hexadecimal(window), "--mode", "skip", "--duration", "600",
+                            "--content-controller", "--indicator"});
   ASSERT_TRUE(show.waitForOutput("covered")) << show.output();
   EXPECT_TRUE(eventually([this] { return isCovered(); }));
   EXPECT_TRUE(show.waitForOutput("controls kept by the window manager: resize")) << show.output();
@@ -168,8 +168,8 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
 
 TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
   const auto propertiesBefore = clientPropertiesWithoutFrame();
-  LaunchedShow show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
-                             "600", "--indicator"});
+  ShowProcess show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
+                            "600", "--indicator"});
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
   const PixelRect frame = client.areaOnScreen(window);

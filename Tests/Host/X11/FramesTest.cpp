@@ -1,7 +1,7 @@
 // All frames that the screen shows from before the request until after the end.
 #include <gmock/gmock.h>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/FrameRecorder.h"
 #include "Tests/Support/X11/X11Test.h"
 
@@ -46,9 +46,8 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   area.x += client.areaOnScreen(game).x;
   area.y += client.areaOnScreen(game).y;
   FrameRecorder recorder(server.display(), area, letterOf);
-  LaunchedShow show(server,
-                    {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
-                     "--content-controller", "--indicator", "--present", GetParam().kind});
+  ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
+                            "--content-controller", "--indicator", "--present", GetParam().kind});
   EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('W'); }))
       << show.output();
   show.pressEnter();

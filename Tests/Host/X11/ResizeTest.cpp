@@ -1,7 +1,7 @@
 // A program resizes its window while `launchscreen show` covers the window.
 #include <gmock/gmock.h>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -29,8 +29,8 @@ TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGame));
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
-  LaunchedShow show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration",
-                             "600", "--content-controller"});
+  ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
+                            "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -18,7 +18,7 @@ constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 /// The printed steps without times, log lines and the countdown.
-std::vector<std::string> stepsPrintedBy(const LaunchedShow& show) {
+std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   std::istringstream lines(show.output());
   std::vector<std::string> steps;
   for (std::string line; std::getline(lines, line);) {
@@ -41,18 +41,18 @@ class X11Player : public X11Test {
 };
 
 TEST_F(X11Player, ShowsItsAnimationOnlyAfterTheRun) {
-  LaunchedShow show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
-                             "--screenshot", screenshot});
+  ShowProcess show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
+                            "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
   // Without SIGSTOP, the program would end half a second later.
-  show.signal(SIGSTOP);
+  show.sendSignal(SIGSTOP);
   Picture animation;
   EXPECT_TRUE(eventually([&] {
     animation = client.screenPicture(player());
     return animation.colors().size() == 2 && animation.colors().count(kWhite) == 0;
   }));
   animation.save("player");
-  show.signal(SIGCONT);
+  show.sendSignal(SIGCONT);
   EXPECT_EQ(show.wait(), 0) << show.output();
   const Picture screenshotWhileCovered = Picture::readPng(screenshot);
   EXPECT_EQ(screenshotWhileCovered.width, 640);
@@ -61,8 +61,8 @@ TEST_F(X11Player, ShowsItsAnimationOnlyAfterTheRun) {
 }
 
 TEST_F(X11Player, AnimatesAroundAModalWindow) {
-  LaunchedShow show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
-                             "960x540", "--screenshot", screenshot});
+  ShowProcess show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
+                            "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
   const Picture animation = client.screenPicture(player());
   EXPECT_TRUE(eventually([&] { return client.screenPicture(player()) != animation; }));
@@ -95,7 +95,7 @@ TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
 }
 
 TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
-  LaunchedShow show(server, {"--duration", "0.2", "--screenshot", "/nonexistent/picture.png"});
+  ShowProcess show(server, {"--duration", "0.2", "--screenshot", "/nonexistent/picture.png"});
   EXPECT_EQ(show.wait(), 1);
   EXPECT_THAT(show.output(), HasSubstr("launchscreen: no screenshot: /nonexistent/picture.png: "));
 }
@@ -121,8 +121,8 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
 TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
-  LaunchedShow show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
-                             GetParam().presentation, "--content-controller"});
+  ShowProcess show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
+                            GetParam().presentation, "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).colors().count(kWhite) == 1; }));
   EXPECT_EQ(show.wait(), 0);
@@ -160,8 +160,8 @@ TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
   const auto activate = [this](xcb_window_t window) {
     runProgram({"xdotool", "windowactivate", "--sync", std::to_string(window)}, server.display());
   };
-  LaunchedShow show(server,
-                    {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
+  ShowProcess show(server,
+                   {"--window", std::to_string(game), "--duration", "3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
   ASSERT_TRUE(eventually([&] { return client.focusedWindow() == game; }));
   activate(otherWindow);

@@ -1,4 +1,4 @@
-#include "Tests/Host/X11/LaunchedShow.h"
+#include "Tests/Host/X11/ShowProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -27,7 +27,7 @@ std::array<int, 2> makePipe() {
 
 }  // namespace
 
-LaunchedShow::LaunchedShow(const XServer& server, std::vector<std::string> arguments) {
+ShowProcess::ShowProcess(const XServer& server, std::vector<std::string> arguments) {
   const auto input = makePipe();
   const auto output = makePipe();
   arguments.insert(arguments.begin(), {LAUNCHSCREEN, "show", "--display", "x11"});
@@ -35,51 +35,51 @@ LaunchedShow::LaunchedShow(const XServer& server, std::vector<std::string> argum
                      {.input = input[0], .output = output[1], .errors = output[1]});
   close(input[0]);
   close(output[1]);
-  writer_ = input[1];
-  reader_ = output[0];
+  inputDescriptor_ = input[1];
+  outputDescriptor_ = output[0];
 }
 
-LaunchedShow::~LaunchedShow() {
+ShowProcess::~ShowProcess() {
   process_.end();
-  close(writer_);
-  close(reader_);
+  close(inputDescriptor_);
+  close(outputDescriptor_);
 }
 
-bool LaunchedShow::read(int milliseconds) {
-  pollfd source{reader_, POLLIN, 0};
+bool ShowProcess::readOutput(int milliseconds) {
+  pollfd source{outputDescriptor_, POLLIN, 0};
   if (poll(&source, 1, milliseconds) <= 0) {
     return false;
   }
   std::array<char, 4096> buffer{};
-  const ssize_t size = ::read(reader_, buffer.data(), buffer.size());
+  const ssize_t size = ::read(outputDescriptor_, buffer.data(), buffer.size());
   if (size > 0) {
     output_.append(buffer.data(), static_cast<std::size_t>(size));
   }
   return size > 0;
 }
 
-bool LaunchedShow::waitForOutput(std::string_view text) {
+bool ShowProcess::waitForOutput(std::string_view text) {
   while (output_.find(text) == std::string::npos) {
-    if (!read(kTimeoutInMilliseconds)) {
+    if (!readOutput(kTimeoutInMilliseconds)) {
       return false;
     }
   }
   return true;
 }
 
-void LaunchedShow::pressEnter() const {
-  if (write(writer_, "\n", 1) != 1) {
+void ShowProcess::pressEnter() const {
+  if (write(inputDescriptor_, "\n", 1) != 1) {
     throw std::system_error(errno, std::generic_category(), "write");
   }
 }
 
-int LaunchedShow::wait() {
-  while (read(kTimeoutInMilliseconds)) {
+int ShowProcess::wait() {
+  while (readOutput(kTimeoutInMilliseconds)) {
   }
   return process_.wait();
 }
 
-double LaunchedShow::timeOf(std::string_view ending) const {
+double ShowProcess::timeOf(std::string_view ending) const {
   std::istringstream lines(output_);
   for (std::string line; std::getline(lines, line);) {
     if (line.ends_with(ending)) {

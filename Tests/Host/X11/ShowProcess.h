@@ -11,17 +11,17 @@ namespace vel::test {
 
 /// The program `launchscreen show`, which a test starts on a display. Reads the standard output and
 /// the standard error of the program. The destructor ends the program.
-class LaunchedShow : NonCopyable {
+class ShowProcess : NonCopyable {
  public:
   /// `arguments` follow `show --display x11`.
-  LaunchedShow(const XServer& server, std::vector<std::string> arguments);
-  ~LaunchedShow();
+  ShowProcess(const XServer& server, std::vector<std::string> arguments);
+  ~ShowProcess();
 
   /// Waits until the program has printed `text`. Returns false if the program ends first, or prints
   /// nothing for 30 seconds.
   bool waitForOutput(std::string_view text);
   void pressEnter() const;
-  void signal(int number) const { process_.signal(number); }
+  void sendSignal(int number) const { process_.signal(number); }
   /// Waits until the program ends. Returns the exit status, or -1 if a signal ended the program.
   int wait();
 
@@ -32,10 +32,10 @@ class LaunchedShow : NonCopyable {
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:
-  bool read(int milliseconds);
+  bool readOutput(int milliseconds);
 
-  int writer_ = -1;
-  int reader_ = -1;
+  int inputDescriptor_ = -1;
+  int outputDescriptor_ = -1;
   Process process_;
   std::string output_;
 };
