@@ -11,14 +11,14 @@
 
 namespace {
 
-std::size_t allocations = 0;
+std::size_t allocationCount = 0;
 
 }  // namespace
 
 // Every other form of `new` calls this function. If the compiler inlined these functions, it would
 // warn that `malloc` and `delete` do not match. NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
+  ++allocationCount;
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
     return memory;
   }
@@ -45,13 +45,13 @@ class Listener final : public Class<Listener, "Listener"> {
 /// Returns the number of allocations in 100 calls of `work`. Calls `work` once before it counts,
 /// because the first call may fill caches.
 template <class Work>
-std::size_t allocationsOf(Work work) {
+std::size_t countAllocations(Work work) {
   work();
-  const std::size_t before = allocations;
+  const std::size_t countBefore = allocationCount;
   for (int round = 0; round < 100; ++round) {
     work();
   }
-  return allocations - before;
+  return allocationCount - countBefore;
 }
 
 class AllocationTest : public LaunchScreenTest {
@@ -64,33 +64,33 @@ class AllocationTest : public LaunchScreenTest {
 };
 
 TEST_F(AllocationTest, CountsAllocations) {
-  EXPECT_EQ(allocationsOf([] { delete new Listener; }), 100u);
+  EXPECT_EQ(countAllocations([] { delete new Listener; }), 100u);
 }
 
 TEST_F(AllocationTest, ATickOfTheCountdownDoesNotAllocate) {
-  const double before = timeLeft();
-  EXPECT_EQ(allocationsOf([this] { platform.run(0.1); }), 0u);
-  EXPECT_NEAR(before - timeLeft(), 10.1, 1e-6);
+  const double timeLeftBefore = timeLeft();
+  EXPECT_EQ(countAllocations([this] { platform.run(0.1); }), 0u);
+  EXPECT_NEAR(timeLeftBefore - timeLeft(), 10.1, 1e-6);
 }
 
 TEST_F(AllocationTest, AnIdlePumpDoesNotAllocate) {
-  EXPECT_EQ(allocationsOf([] { NSRunLoop::mainRunLoop().pump(); }), 0u);
+  EXPECT_EQ(countAllocations([] { NSRunLoop::mainRunLoop().pump(); }), 0u);
 }
 
 TEST_F(AllocationTest, PostingANotificationDoesNotAllocate) {
   NSNotificationCenter center;
   const auto listener = make<Listener>();
   center.addObserverSelectorNameObject<&Listener::receive>(listener, "tick", nullptr);
-  EXPECT_EQ(allocationsOf([&] { center.postNotificationNameObject("tick", listener); }), 0u);
+  EXPECT_EQ(countAllocations([&] { center.postNotificationNameObject("tick", listener); }), 0u);
   EXPECT_EQ(listener->receivedCount(), 101);
 }
 
 TEST_F(AllocationTest, SendDoesNotAllocate) {
   const auto listener = make<Listener>();
-  const Strong<Listener> null;
-  EXPECT_EQ(allocationsOf([&] {
+  const Strong<Listener> nullListener;
+  EXPECT_EQ(countAllocations([&] {
               send(listener, &Listener::receivedCount);
-              send(null, &Listener::receivedCount);
+              send(nullListener, &Listener::receivedCount);
             }),
             0u);
 }

@@ -14,81 +14,81 @@ TEST_F(ActivationTest, ANewApplicationIsActive) { EXPECT_TRUE(NSApp->isActive())
 
 TEST_F(ActivationTest, DeactivationIsPostedBeforeTheKeyWindowResignsKey) {
   openKeyWindow("A");
-  recorder.take();
-  std::string keyInHandler;
-  recorder.onNext("application resigns active", [&] { keyInHandler = keyWindowName(); });
+  recorder.takeEvents();
+  std::string keyWindowInHandler;
+  recorder.onNext("application resigns active", [&] { keyWindowInHandler = keyWindowName(); });
   deactivate();
-  EXPECT_EQ(recorder.take(), (Events{"application resigns active", "A resigns key"}));
-  EXPECT_EQ(keyInHandler, "A");
+  EXPECT_EQ(recorder.takeEvents(), (Events{"application resigns active", "A resigns key"}));
+  EXPECT_EQ(keyWindowInHandler, "A");
   EXPECT_EQ(keyWindowName(), "none");
   EXPECT_FALSE(NSApp->isActive());
 }
 
 TEST_F(ActivationTest, DeactivationWithoutAKeyWindowPostsOneNotification) {
-  open("A");
+  openWindow("A");
   deactivate();
-  EXPECT_EQ(recorder.take(), Events{"application resigns active"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"application resigns active"});
 }
 
 TEST_F(ActivationTest, ThePreviousKeyWindowBecomesKeyBeforeActivationIsPosted) {
   openKeyWindow("A");
-  open("B");
+  openWindow("B");
   deactivate();
-  recorder.take();
+  recorder.takeEvents();
   activate();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application becomes active"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A becomes key", "application becomes active"}));
   EXPECT_TRUE(NSApp->isActive());
 }
 
 TEST_F(ActivationTest, ActivationWithoutAPreviousKeyWindowMakesNoWindowKey) {
-  open("A");
+  openWindow("A");
   deactivate();
-  recorder.take();
+  recorder.takeEvents();
   activate();
-  EXPECT_EQ(recorder.take(), Events{"application becomes active"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"application becomes active"});
   EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(ActivationTest, APreviousKeyWindowThatIsClosedDoesNotBecomeKey) {
-  open("B");
-  const auto previous = openKeyWindow("A");
+  openWindow("B");
+  const auto previousWindow = openKeyWindow("A");
   deactivate();
-  previous->close();
-  recorder.take();
+  previousWindow->close();
+  recorder.takeEvents();
   activate();
-  EXPECT_EQ(recorder.take(), Events{"application becomes active"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"application becomes active"});
 }
 
 TEST_F(ActivationTest, APreviousKeyWindowThatIsDestroyedDoesNotBecomeKey) {
-  Strong<NSWindow> previous = openKeyWindow("A");
+  Strong<NSWindow> previousWindow = openKeyWindow("A");
   deactivate();
-  previous->close();
-  previous.reset();
+  previousWindow->close();
+  previousWindow.reset();
   activate();
   EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(ActivationTest, ThePreviousKeyWindowReplacesAWindowMadeKeyWhileInactive) {
   openKeyWindow("A");
-  const auto windowB = open("B");
+  const auto windowB = openWindow("B");
   deactivate();
   windowB->makeKeyWindow();
-  recorder.take();
+  recorder.takeEvents();
   activate();
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"B resigns key", "A becomes key", "application becomes active"}));
 }
 
 TEST_F(ActivationTest, ASecondDeactivationOrActivationPostsNothing) {
   openKeyWindow("A");
   activate();
-  EXPECT_EQ(recorder.take(), Events{"A becomes key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"A becomes key"});
   deactivate();
   deactivate();
-  EXPECT_EQ(recorder.take(), (Events{"application resigns active", "A resigns key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"application resigns active", "A resigns key"}));
   activate();
   activate();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "application becomes active"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A becomes key", "application becomes active"}));
 }
 
 TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
@@ -105,7 +105,7 @@ TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
 
 TEST_F(ActivationTest, AWindowThatAHandlerMakesKeyDuringDeactivationStaysKey) {
   openKeyWindow("A");
-  const auto windowB = open("B");
+  const auto windowB = openWindow("B");
   recorder.onNext("A resigns key", [&] { windowB->makeKeyWindow(); });
   deactivate();
   EXPECT_EQ(keyWindowName(), "B");

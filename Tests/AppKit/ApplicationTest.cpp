@@ -75,9 +75,9 @@ class ApplicationTest : public RecordedTest {
  protected:
   // Starts a new application that uses a scripted window system instead of the headless one.
   ScriptedWindowSystem& startScriptedWindowSystem() {
-    auto owned = std::make_unique<ScriptedWindowSystem>();
-    ScriptedWindowSystem& windowSystem = *owned;
-    NSApplication::start(std::move(owned));
+    auto ownedSystem = std::make_unique<ScriptedWindowSystem>();
+    ScriptedWindowSystem& windowSystem = *ownedSystem;
+    NSApplication::start(std::move(ownedSystem));
     observeNotifications();
     return windowSystem;
   }
@@ -105,16 +105,24 @@ class PollingHostTest : public ApplicationTest {
     }
   }
   bool isReadable(int timeoutInMilliseconds) {
-    pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
-    return poll(&polled, 1, timeoutInMilliseconds) == 1;
+    pollfd pollEntry{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    return poll(&pollEntry, 1, timeoutInMilliseconds) == 1;
   }
-  /// Runs each operation. Expects that the descriptor is then readable if `readable` is true, and
-  /// not readable otherwise.
-  void expectReadableAfterEach(bool readable) {
+  /// Runs each operation. Expects that the descriptor then becomes readable.
+  void expectReadableAfterEachOperation() {
     for (const Operation& operation : operations) {
       pumpUntilIdle();
       operation.run();
-      EXPECT_EQ(isReadable(readable ? kTimeoutInMilliseconds : 0), readable) << operation.name;
+      EXPECT_TRUE(isReadable(kTimeoutInMilliseconds)) << operation.name;
+    }
+  }
+
+  /// Runs each operation. Expects that the descriptor is then not readable.
+  void expectNotReadableAfterEachOperation() {
+    for (const Operation& operation : operations) {
+      pumpUntilIdle();
+      operation.run();
+      EXPECT_FALSE(isReadable(0)) << operation.name;
     }
   }
 
@@ -130,7 +138,7 @@ class PollingHostTest : public ApplicationTest {
   Strong<NSWindow> window =
       NSWindow::initWithContentRectStyleMask(CGRectMake(10, 20, 800, 600), kFullStyle);
   std::string error;
-  // Each operation starts from the state after the previous one.
+  // Each operation starts from the state after the previous operation.
   std::vector<Operation> operations{
       {"adoptWindow", [this] { NSApp->adoptWindow(7, error); }},
       {"orderFront", [this] { window->orderFront(); }},
@@ -151,11 +159,11 @@ class PollingHostTest : public ApplicationTest {
 
 TEST_F(PollingHostTest, TheDescriptorIsReadableAfterAnOperationThatCausesReports) {
   windowSystem.operationsCauseReports = true;
-  expectReadableAfterEach(true);
+  expectReadableAfterEachOperation();
 }
 
 TEST_F(PollingHostTest, TheDescriptorIsNotReadableAfterAnOperationWithoutReports) {
-  expectReadableAfterEach(false);
+  expectNotReadableAfterEachOperation();
 }
 
 TEST_F(ApplicationTest, NSAppIsNullAfterStop) {
@@ -166,12 +174,12 @@ TEST_F(ApplicationTest, NSAppIsNullAfterStop) {
 }
 
 TEST_F(ApplicationTest, StopClosesAllWindowsNewestFirst) {
-  addController(open("A"), "first");
-  addController(open("B"), "second");
-  recorder.take();
+  addController(openWindow("A"), "first");
+  addController(openWindow("B"), "second");
+  recorder.takeEvents();
   NSApplication::stop();
-  EXPECT_EQ(recorder.take(), (Events{"second will disappear", "second did disappear",
-                                     "first will disappear", "first did disappear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"second will disappear", "second did disappear",
+                                           "first will disappear", "first did disappear"}));
 }
 
 TEST_F(ApplicationTest, StopDiscardsTimersAndWork) {
@@ -185,16 +193,16 @@ TEST_F(ApplicationTest, StopDiscardsTimersAndWork) {
 }
 
 TEST_F(ApplicationTest, StartStopsThePreviousApplication) {
-  const auto window = open("A");
-  const Weak<NSApplication> previous = NSApp;
+  const auto window = openWindow("A");
+  const Weak<NSApplication> previousApplication = NSApp;
   startScriptedWindowSystem();
-  EXPECT_TRUE(previous.expired());
+  EXPECT_TRUE(previousApplication.expired());
   EXPECT_FALSE(window->isVisible());
   EXPECT_TRUE(windowOrder().empty());
 }
 
 TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNext) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   startScriptedWindowSystem().nextHandle = WindowHandle{5};
   window->orderFront();
   EXPECT_EQ(window->handle(), WindowHandle{5});
@@ -202,7 +210,7 @@ TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNext) {
 }
 
 TEST_F(ApplicationTest, WithoutAnApplicationAWindowKeepsItsProperties) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   NSApplication::stop();
   window->makeKeyAndOrderFront();
   window->setFrame(CGRectMake(0, 0, 5, 5));
@@ -218,7 +226,7 @@ TEST_F(ApplicationTest, WithoutAnApplicationAWindowKeepsItsProperties) {
 
 TEST_F(ApplicationTest, DestroyingAWindowReleasesItInTheWindowSystem) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  Strong<NSWindow> window = open("A");
+  Strong<NSWindow> window = openWindow("A");
   window->close();
   EXPECT_EQ(windowSystem.releaseCount, 0);
   window.reset();
@@ -228,7 +236,7 @@ TEST_F(ApplicationTest, DestroyingAWindowReleasesItInTheWindowSystem) {
 TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   windowSystem.nextHandle = WindowHandle::None;
-  const auto window = open("A");
+  const auto window = openWindow("A");
   windowSystem.delegate->focusMoved(WindowHandle::None);
   EXPECT_EQ(keyWindowName(), "none");
   windowSystem.delegate->windowDestroyed(WindowHandle::None);
@@ -237,7 +245,7 @@ TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle)
 
 TEST_F(ApplicationTest, AWindowBecomesKeyWhenItsFocusIsReported) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  open("A")->makeKeyWindow();
+  openWindow("A")->makeKeyWindow();
   EXPECT_EQ(keyWindowName(), "none");
   windowSystem.delegate->focusMoved(WindowHandle{1});
   EXPECT_EQ(keyWindowName(), "A");
@@ -245,19 +253,19 @@ TEST_F(ApplicationTest, AWindowBecomesKeyWhenItsFocusIsReported) {
 
 TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  constexpr WindowHandle kUnknown{99};
-  windowSystem.delegate->closeRequested(kUnknown);
-  windowSystem.delegate->windowDestroyed(kUnknown);
-  windowSystem.delegate->frameChanged(kUnknown, CGRectZero);
-  windowSystem.delegate->miniaturizedChanged(kUnknown, true);
-  windowSystem.delegate->controlsKept(kUnknown, 2);
-  windowSystem.delegate->focusMoved(kUnknown);
+  constexpr WindowHandle kUnknownWindow{99};
+  windowSystem.delegate->closeRequested(kUnknownWindow);
+  windowSystem.delegate->windowDestroyed(kUnknownWindow);
+  windowSystem.delegate->frameChanged(kUnknownWindow, CGRectZero);
+  windowSystem.delegate->miniaturizedChanged(kUnknownWindow, true);
+  windowSystem.delegate->controlsKept(kUnknownWindow, 2);
+  windowSystem.delegate->focusMoved(kUnknownWindow);
   EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->close();
   windowSystem.delegate->focusMoved(WindowHandle{1});
   EXPECT_EQ(keyWindowName(), "none");
@@ -265,28 +273,28 @@ TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
 
 TEST_F(ApplicationTest, ActivationWithAWindowMakesThatWindowKey) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  const auto windowA = open("A");
+  const auto windowA = openWindow("A");
   windowSystem.nextHandle = WindowHandle{2};
-  const auto windowB = open("B");
+  const auto windowB = openWindow("B");
   windowSystem.delegate->focusMoved(WindowHandle{1});
   windowSystem.delegate->applicationDeactivated();
-  recorder.take();
+  recorder.takeEvents();
   windowSystem.delegate->focusMoved(WindowHandle{2});
   windowSystem.delegate->applicationActivated(WindowHandle{2});
-  EXPECT_EQ(recorder.take(), (Events{"B becomes key", "application becomes active"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"B becomes key", "application becomes active"}));
 }
 
 TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndItsControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  const auto window = open("A");
+  const auto window = openWindow("A");
   windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
-  NSWindowStyleMask kept = 0;
+  NSWindowStyleMask keptControls = 0;
   NSApp->setControlsKeptHandler([&](NSWindow& changedWindow, NSWindowStyleMask controls) {
     EXPECT_EQ(&changedWindow, window.get());
-    kept = controls;
+    keptControls = controls;
   });
   windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
-  EXPECT_EQ(kept, NSWindowStyleMaskClosable);
+  EXPECT_EQ(keptControls, NSWindowStyleMaskClosable);
 }
 
 TEST_F(ApplicationTest, AnAdoptedWindowHasItsStateAtAdoption) {
@@ -312,7 +320,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
   windowSystem.adoptionResult->hasFocus = true;
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
-  EXPECT_EQ(recorder.take(), Events{"PlayerWindow becomes key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"PlayerWindow becomes key"});
   EXPECT_EQ(NSApp->mainWindow(), window);
 }
 
@@ -344,9 +352,9 @@ TEST_F(ApplicationTest, AnAdoptedWindowIsClosedWhenItsOwnerDestroysIt) {
   std::string error;
   const auto window = NSApp->adoptWindow(42, error);
   addController(window, "view");
-  recorder.take();
+  recorder.takeEvents();
   windowSystem.delegate->windowDestroyed(WindowHandle{7});
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"view will disappear", "view did disappear", "PlayerWindow resigns key"}));
 }
 

@@ -6,19 +6,19 @@ namespace vel::test {
 
 void NotificationRecorder::observe() {
   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
-  const auto me = self();
+  const auto observer = self();
   center.addObserverSelectorNameObject<&NotificationRecorder::windowResignedKey>(
-      me, NSWindowDidResignKeyNotification, nullptr);
+      observer, NSWindowDidResignKeyNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::windowBecameKey>(
-      me, NSWindowDidBecomeKeyNotification, nullptr);
+      observer, NSWindowDidBecomeKeyNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::windowMiniaturized>(
-      me, NSWindowDidMiniaturizeNotification, nullptr);
+      observer, NSWindowDidMiniaturizeNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::windowDeminiaturized>(
-      me, NSWindowDidDeminiaturizeNotification, nullptr);
+      observer, NSWindowDidDeminiaturizeNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::applicationWillResignActive>(
-      me, NSApplicationWillResignActiveNotification, nullptr);
+      observer, NSApplicationWillResignActiveNotification, nullptr);
   center.addObserverSelectorNameObject<&NotificationRecorder::applicationBecameActive>(
-      me, NSApplicationDidBecomeActiveNotification, nullptr);
+      observer, NSApplicationDidBecomeActiveNotification, nullptr);
 }
 
 RecordedTest::~RecordedTest() {

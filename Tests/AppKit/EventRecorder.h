@@ -31,7 +31,7 @@ class EventRecorder {
     reactions_[event] = std::move(reaction);
   }
   /// Returns the events that were recorded since the last call.
-  Events take() { return std::exchange(events, {}); }
+  Events takeEvents() { return std::exchange(events, {}); }
 
   Events events;
 
@@ -113,12 +113,12 @@ class RecordedTest : public VirtualTest {
   ~RecordedTest() override;
 
   /// Opens a window in front of all other windows. The new window is not key.
-  static Strong<NSWindow> open(std::string_view name) {
-    return openWindow(name, CGRectMake(0, 0, 1000, 600));
+  static Strong<NSWindow> openWindow(std::string_view name) {
+    return test::openWindow(name, CGRectMake(0, 0, 1000, 600));
   }
   /// Opens a window and makes it key.
   static Strong<NSWindow> openKeyWindow(std::string_view name) {
-    Strong<NSWindow> window = open(name);
+    Strong<NSWindow> window = openWindow(name);
     window->makeKeyWindow();
     return window;
   }

@@ -8,7 +8,7 @@ namespace {
 class KeyWindowTest : public RecordedTest {};
 
 TEST_F(KeyWindowTest, OpeningAWindowDoesNotMakeItKey) {
-  open("A");
+  openWindow("A");
   EXPECT_EQ(keyWindowName(), "none");
   EXPECT_TRUE(recorder.events.empty());
 }
@@ -17,49 +17,49 @@ TEST_F(KeyWindowTest, TheFirstWindowBecomesKey) {
   const auto window = openKeyWindow("A");
   EXPECT_EQ(keyWindowName(), "A");
   EXPECT_TRUE(window->isKeyWindow());
-  EXPECT_EQ(recorder.take(), Events{"A becomes key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"A becomes key"});
 }
 
-TEST_F(KeyWindowTest, TheOldKeyWindowResignsKeyBeforeTheNewOneBecomesKey) {
+TEST_F(KeyWindowTest, TheOldKeyWindowResignsKeyBeforeTheNewWindowBecomesKey) {
   const auto windowA = openKeyWindow("A");
   openKeyWindow("B");
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
   EXPECT_FALSE(windowA->isKeyWindow());
 }
 
 TEST_F(KeyWindowTest, NoWindowIsKeyWhileTheOldKeyWindowResignsKey) {
   const auto windowA = openKeyWindow("A");
-  std::string keyInHandler;
+  std::string keyWindowInHandler;
   recorder.onNext("A resigns key", [&] {
-    keyInHandler = keyWindowName() + (windowA->isKeyWindow() ? ", still key" : "");
+    keyWindowInHandler = keyWindowName() + (windowA->isKeyWindow() ? ", still key" : "");
   });
   openKeyWindow("B");
-  EXPECT_EQ(keyInHandler, "none");
+  EXPECT_EQ(keyWindowInHandler, "none");
 }
 
-TEST_F(KeyWindowTest, AWindowIsKeyWhenBecomingKeyIsPosted) {
-  std::string keyInHandler;
-  recorder.onNext("A becomes key", [&] { keyInHandler = keyWindowName(); });
+TEST_F(KeyWindowTest, AWindowIsKeyWhenItsNotificationIsPosted) {
+  std::string keyWindowInHandler;
+  recorder.onNext("A becomes key", [&] { keyWindowInHandler = keyWindowName(); });
   openKeyWindow("A");
-  EXPECT_EQ(keyInHandler, "A");
+  EXPECT_EQ(keyWindowInHandler, "A");
 }
 
 TEST_F(KeyWindowTest, MakingTheKeyWindowKeyDoesNothing) {
   const auto window = openKeyWindow("A");
-  recorder.take();
+  recorder.takeEvents();
   window->makeKeyWindow();
   EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(KeyWindowTest, AWindowThatIsNotOnScreenCannotBecomeKey) {
   openKeyWindow("A");
-  const auto neverOpened = makeClosedWindow("B");
-  const auto closed = open("C");
-  closed->close();
-  const auto miniaturized = open("D");
-  miniaturized->miniaturize();
-  recorder.take();
-  for (const auto& window : {neverOpened, closed, miniaturized}) {
+  const auto neverOpenedWindow = makeClosedWindow("B");
+  const auto closedWindow = openWindow("C");
+  closedWindow->close();
+  const auto miniaturizedWindow = openWindow("D");
+  miniaturizedWindow->miniaturize();
+  recorder.takeEvents();
+  for (const auto& window : {neverOpenedWindow, closedWindow, miniaturizedWindow}) {
     window->makeKeyWindow();
   }
   EXPECT_EQ(keyWindowName(), "A");
@@ -67,84 +67,84 @@ TEST_F(KeyWindowTest, AWindowThatIsNotOnScreenCannotBecomeKey) {
 }
 
 TEST_F(KeyWindowTest, MakingAWindowKeyDoesNotChangeTheOrder) {
-  const auto back = open("A");
-  open("B");
-  back->makeKeyWindow();
+  const auto backWindow = openWindow("A");
+  openWindow("B");
+  backWindow->makeKeyWindow();
   EXPECT_EQ(windowOrder(), (Events{"B", "A"}));
 }
 
 TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
-  const auto back = open("A");
-  open("B");
-  back->makeKeyAndOrderFront();
+  const auto backWindow = openWindow("A");
+  openWindow("B");
+  backWindow->makeKeyAndOrderFront();
   EXPECT_EQ(windowOrder(), (Events{"A", "B"}));
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AWindowThatAHandlerMakesKeyReplacesTheRequestedOne) {
+TEST_F(KeyWindowTest, AWindowThatAHandlerMakesKeyReplacesTheRequestedWindow) {
   openKeyWindow("A");
-  const auto windowC = open("C");
-  const auto windowB = open("B");
-  recorder.take();
+  const auto windowC = openWindow("C");
+  const auto windowB = openWindow("B");
+  recorder.takeEvents();
   recorder.onNext("A resigns key", [&] { windowC->makeKeyWindow(); });
   windowB->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "C becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A resigns key", "C becomes key"}));
   EXPECT_EQ(keyWindowName(), "C");
 }
 
 TEST_F(KeyWindowTest, AHandlerMayMakeTheOldKeyWindowKeyAgain) {
   const auto windowA = openKeyWindow("A");
-  const auto windowB = open("B");
-  recorder.take();
+  const auto windowB = openWindow("B");
+  recorder.takeEvents();
   recorder.onNext("A resigns key", [&] { windowA->makeKeyWindow(); });
   windowB->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "A becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A resigns key", "A becomes key"}));
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AHandlerOfBecomingKeyMayMakeAnotherWindowKey) {
-  const auto first = open("A");
-  const auto second = open("B");
-  recorder.onNext("A becomes key", [&] { second->makeKeyWindow(); });
-  first->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
+TEST_F(KeyWindowTest, AHandlerMayMakeAnotherWindowKey) {
+  const auto firstWindow = openWindow("A");
+  const auto secondWindow = openWindow("B");
+  recorder.onNext("A becomes key", [&] { secondWindow->makeKeyWindow(); });
+  firstWindow->makeKeyWindow();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"A becomes key", "A resigns key", "B becomes key"}));
   EXPECT_EQ(keyWindowName(), "B");
 }
 
 TEST_F(KeyWindowTest, AWindowThatAHandlerClosesDoesNotBecomeKey) {
   openKeyWindow("A");
-  const auto windowB = open("B");
-  recorder.take();
+  const auto windowB = openWindow("B");
+  recorder.takeEvents();
   recorder.onNext("A resigns key", [&] { windowB->close(); });
   windowB->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), Events{"A resigns key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"A resigns key"});
   EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(KeyWindowTest, AHandlerMayCloseTheWindowThatBecomesKey) {
   openKeyWindow("A");
-  const auto windowB = open("B");
-  recorder.take();
+  const auto windowB = openWindow("B");
+  recorder.takeEvents();
   recorder.onNext("B becomes key", [&] { windowB->close(); });
   windowB->makeKeyWindow();
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"A resigns key", "B becomes key", "B resigns key", "A becomes key"}));
 }
 
 TEST_F(KeyWindowTest, NoWindowIsKeyWhenTheFocusLeavesTheApplication) {
   openKeyWindow("A");
-  open("B");
-  recorder.take();
-  std::string keyInHandler;
-  recorder.onNext("A resigns key", [&] { keyInHandler = keyWindowName(); });
+  openWindow("B");
+  recorder.takeEvents();
+  std::string keyWindowInHandler;
+  recorder.onNext("A resigns key", [&] { keyWindowInHandler = keyWindowName(); });
   platform.windowSystem().userMovesFocusAway();
-  EXPECT_EQ(keyInHandler, "none");
+  EXPECT_EQ(keyWindowInHandler, "none");
   EXPECT_EQ(keyWindowName(), "none");
-  EXPECT_EQ(recorder.take(), Events{"A resigns key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"A resigns key"});
 }
 
 TEST_F(KeyWindowTest, WithoutAKeyWindowLosingTheFocusPostsNothing) {
-  open("A");
+  openWindow("A");
   platform.windowSystem().userMovesFocusAway();
   EXPECT_TRUE(recorder.events.empty());
 }
@@ -159,12 +159,12 @@ TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
     EventRecorder& recorder;
   } observer(recorder);
   openKeyWindow("A");
-  const auto next = open("B");
-  recorder.take();
+  const auto nextWindow = openWindow("B");
+  recorder.takeEvents();
   setPlatformObserver(&observer);
-  next->makeKeyWindow();
-  EXPECT_EQ(recorder.take(), (Events{"observer: A resigns key", "A resigns key",
-                                     "observer: B becomes key", "B becomes key"}));
+  nextWindow->makeKeyWindow();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"observer: A resigns key", "A resigns key",
+                                           "observer: B becomes key", "B becomes key"}));
 }
 
 class MainWindowTest : public RecordedTest {
@@ -182,7 +182,7 @@ TEST_F(MainWindowTest, IsTheWindowThatBecameKeyLast) {
   openKeyWindow("A");
   EXPECT_EQ(mainWindowName(), "A");
   openKeyWindow("B");
-  open("C");
+  openWindow("C");
   EXPECT_EQ(mainWindowName(), "B");
 }
 
@@ -192,11 +192,11 @@ TEST_F(MainWindowTest, StaysMainWhenItResignsKey) {
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, IsMainWhenBecomingKeyIsPosted) {
-  std::string mainInHandler;
-  recorder.onNext("A becomes key", [&] { mainInHandler = mainWindowName(); });
+TEST_F(MainWindowTest, IsMainWhenTheKeyNotificationIsPosted) {
+  std::string mainWindowInHandler;
+  recorder.onNext("A becomes key", [&] { mainWindowInHandler = mainWindowName(); });
   openKeyWindow("A");
-  EXPECT_EQ(mainInHandler, "A");
+  EXPECT_EQ(mainWindowInHandler, "A");
 }
 
 TEST_F(MainWindowTest, IsNeverASheet) {
@@ -215,13 +215,13 @@ TEST_F(MainWindowTest, IsNeverTheWindowOfAModalPresentation) {
 }
 
 TEST_F(MainWindowTest, IsNullAfterTheMainWindowLeavesTheScreen) {
-  open("B");
+  openWindow("B");
   const auto window = openKeyWindow("A");
-  std::string mainInHandler;
-  recorder.onNext("A resigns key", [&] { mainInHandler = mainWindowName(); });
+  std::string mainWindowInHandler;
+  recorder.onNext("A resigns key", [&] { mainWindowInHandler = mainWindowName(); });
   recorder.onNext("B becomes key", [&] { window->orderFront(); });
   window->close();
-  EXPECT_EQ(mainInHandler, "none");
+  EXPECT_EQ(mainWindowInHandler, "none");
   EXPECT_EQ(mainWindowName(), "B");  // Window A is on screen again, but it is not main.
 }
 
@@ -240,18 +240,18 @@ TEST_F(MainWindowTest, IsTheNextKeyWindowAfterTheMainWindowCloses) {
 }
 
 TEST_F(MainWindowTest, StaysMainWhenAnotherWindowCloses) {
-  const auto other = open("B");
+  const auto otherWindow = openWindow("B");
   openKeyWindow("A");
-  other->close();
+  otherWindow->close();
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, TheFrontWindowIsTheMainWindowOrElseTheForemost) {
+TEST_F(MainWindowTest, TheFrontWindowIsTheMainWindowOrTheForemostWindow) {
   EXPECT_EQ(nameOf(NSApp->dialogOwner()), "none");
-  const auto back = open("A");
-  open("B");
+  const auto backWindow = openWindow("A");
+  openWindow("B");
   EXPECT_EQ(nameOf(NSApp->dialogOwner()), "B");
-  back->makeKeyWindow();
+  backWindow->makeKeyWindow();
   EXPECT_EQ(nameOf(NSApp->dialogOwner()), "A");
 }
 

@@ -11,14 +11,14 @@ namespace {
 class LeavingTest : public RecordedTest {
  protected:
   LeavingTest() {
-    open("A");
+    openWindow("A");
     openKeyWindow("B");
     openKeyWindow("C");
-    open("D");
-    recorder.take();
+    openWindow("D");
+    recorder.takeEvents();
   }
 
-  // The window on screen with this name; null if there is none.
+  // The window on screen with this name; null if no window has this name.
   static Strong<NSWindow> windowNamed(std::string_view name) {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       if (window->className() == name) {
@@ -31,23 +31,23 @@ class LeavingTest : public RecordedTest {
 
 TEST_F(LeavingTest, TheWindowThatWasKeyMostRecentlyBecomesKey) {
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKey) {
   windowNamed("A")->makeKeyWindow();
   windowNamed("C")->makeKeyWindow();
   windowNamed("A")->miniaturize();
-  recorder.take();
+  recorder.takeEvents();
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, TheFrontmostWindowBecomesKeyIfNoOtherWasKey) {
+TEST_F(LeavingTest, TheFrontmostWindowBecomesKeyIfNoOtherWindowWasKey) {
   windowNamed("B")->close();
-  recorder.take();
+  recorder.takeEvents();
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
@@ -55,12 +55,12 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
     windowNamed(name)->close();
   }
   EXPECT_EQ(keyWindowName(), "none");
-  EXPECT_EQ(recorder.take(), Events{"C resigns key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
 TEST_F(LeavingTest, AWindowOpenedLaterCanBecomeKey) {
   windowNamed("B")->close();
-  open("E");
+  openWindow("E");
   windowNamed("C")->close();
   EXPECT_EQ(keyWindowName(), "E");
 }
@@ -68,13 +68,13 @@ TEST_F(LeavingTest, AWindowOpenedLaterCanBecomeKey) {
 TEST_F(LeavingTest, AWindowThatAHandlerMakesKeyStaysKey) {
   recorder.onNext("C resigns key", [] { windowNamed("A")->makeKeyWindow(); });
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "A becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "A becomes key"}));
 }
 
 TEST_F(LeavingTest, AHandlerMayCloseTheWindowThatWouldBecomeKey) {
   recorder.onNext("C resigns key", [] { windowNamed("B")->close(); });
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, AHandlerMayCloseAllWindows) {
@@ -84,7 +84,7 @@ TEST_F(LeavingTest, AHandlerMayCloseAllWindows) {
     }
   });
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), Events{"C resigns key"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
   EXPECT_TRUE(windowOrder().empty());
 }
 
@@ -103,22 +103,22 @@ TEST_F(LeavingTest, ClosingAnotherWindowDoesNotChangeTheKeyWindow) {
 
 TEST_F(LeavingTest, ControllersDisappearBeforeTheWindowResignsKey) {
   addController(windowNamed("C"), "view");
-  recorder.take();
+  recorder.takeEvents();
   windowNamed("C")->close();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
-                                     "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "C resigns key", "B becomes key"}));
 }
 
 TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
   const auto window = windowNamed("C");
-  const auto host = addController(window, "host");
-  const auto first = makeController("first");
-  const auto second = makeController("second");
-  host->presentViewControllerAsSheet(first);
-  host->presentViewControllerAsSheet(second);
-  recorder.take();
+  const auto hostController = addController(window, "host");
+  const auto firstController = makeController("first");
+  const auto secondController = makeController("second");
+  hostController->presentViewControllerAsSheet(firstController);
+  hostController->presentViewControllerAsSheet(secondController);
+  recorder.takeEvents();
   window->close();
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"second will disappear", "second did disappear", "NSWindow resigns key",
                     "NSWindow becomes key", "first will disappear", "first did disappear",
                     "NSWindow resigns key", "C becomes key", "host will disappear",
@@ -126,43 +126,43 @@ TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsClosing) {
+TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsClosing) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
-  recorder.take();
+  recorder.takeEvents();
   recorder.onNext("view will disappear", [&] { window->close(); });
   window->close();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
-                                     "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, AStepMayCloseTheWindowThatIsOpening) {
+TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsOpening) {
   const auto window = makeClosedWindow("E");
   const auto controller = addController(window, "view");
   recorder.onNext("view will appear", [&] { window->close(); });
   window->makeKeyAndOrderFront();
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"view will appear", "view will disappear", "view did disappear"}));
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(LeavingTest, AStepMayReleaseTheLastReferenceToItsWindow) {
-  Strong<NSWindow> window = open("E");
+TEST_F(LeavingTest, ALifeCycleStepMayReleaseTheLastReferenceToItsWindow) {
+  Strong<NSWindow> window = openWindow("E");
   addController(window, "view");
   const Weak<NSWindow> weakWindow = window;
-  recorder.take();
+  recorder.takeEvents();
   recorder.onNext("view will disappear", [&] { window.reset(); });
   window->close();
   EXPECT_TRUE(weakWindow.expired());
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
 TEST_F(LeavingTest, AMiniaturisedWindowIsOffScreenAndNotKey) {
   const auto window = windowNamed("C");
   window->miniaturize();
   EXPECT_EQ(windowOrder(), (Events{"D", "B", "A"}));
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "B becomes key", "C is miniaturised"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key", "C is miniaturised"}));
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_FALSE(window->isOnScreen());
@@ -170,16 +170,16 @@ TEST_F(LeavingTest, AMiniaturisedWindowIsOffScreenAndNotKey) {
 
 TEST_F(LeavingTest, MiniaturisingAWindowThatIsNotKeyPostsOneNotification) {
   windowNamed("D")->miniaturize();
-  EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }
 
 TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
   const auto window = windowNamed("B");
   window->miniaturize();
-  recorder.take();
+  recorder.takeEvents();
   window->deminiaturize();
   EXPECT_EQ(windowOrder(), (Events{"B", "D", "C", "A"}));
-  EXPECT_EQ(recorder.take(), Events{"B is deminiaturised"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"B is deminiaturised"});
   EXPECT_EQ(keyWindowName(), "C");
   EXPECT_FALSE(window->isMiniaturized());
 }
@@ -188,29 +188,29 @@ TEST_F(LeavingTest, MiniaturisingRunsNoLifeCycleSteps) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
   window->miniaturize();
-  recorder.take();
+  recorder.takeEvents();
   window->deminiaturize();
-  EXPECT_EQ(recorder.take(), Events{"C is deminiaturised"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"C is deminiaturised"});
   EXPECT_TRUE(controller->isShown());
 }
 
 TEST_F(LeavingTest, MiniaturisingTwiceOrOffScreenDoesNothing) {
-  const auto closed = makeClosedWindow("E");
-  closed->miniaturize();
+  const auto closedWindow = makeClosedWindow("E");
+  closedWindow->miniaturize();
   windowNamed("D")->deminiaturize();
-  const auto open = windowNamed("D");
-  open->miniaturize();
-  open->miniaturize();
-  EXPECT_EQ(recorder.take(), Events{"D is miniaturised"});
+  const auto openedWindow = windowNamed("D");
+  openedWindow->miniaturize();
+  openedWindow->miniaturize();
+  EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }
 
 TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
   const auto window = windowNamed("C");
   addController(window, "view");
   window->miniaturize();
-  recorder.take();
+  recorder.takeEvents();
   window->close();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
   EXPECT_FALSE(window->isMiniaturized());
   window->orderFront();
   EXPECT_TRUE(window->isOnScreen());
@@ -219,10 +219,10 @@ TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
 TEST_F(LeavingTest, AWindowThatItsOwnerDestroysIsClosed) {
   const auto window = windowNamed("C");
   addController(window, "view");
-  recorder.take();
+  recorder.takeEvents();
   platform.windowSystem().ownerDestroysWindow(window->handle());
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear", "C resigns key",
-                                     "B becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "C resigns key", "B becomes key"}));
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
@@ -238,7 +238,7 @@ TEST_F(LeavingTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
 TEST_F(LeavingTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
   const auto window = windowNamed("C");
   window->close();
-  recorder.take();
+  recorder.takeEvents();
   platform.windowSystem().ownerDestroysWindow(window->handle());
   EXPECT_TRUE(recorder.events.empty());
   EXPECT_EQ(window->handle(), WindowHandle::None);
@@ -249,12 +249,12 @@ TEST_F(LeavingTest, AWindowMayBeDestroyedInsideAHandler) {
     platform.windowSystem().ownerDestroysWindow(windowNamed("B")->handle());
   });
   platform.windowSystem().ownerDestroysWindow(windowNamed("C")->handle());
-  EXPECT_EQ(recorder.take(), (Events{"C resigns key", "D becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
 TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
   addController(windowNamed("C"), "view");
-  recorder.take();
+  recorder.takeEvents();
   std::string reason;
   NSApp->setDisplayLostHandler([&](std::string_view text) {
     reason = text;
@@ -264,26 +264,26 @@ TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
   EXPECT_EQ(reason, "the server exited");
   EXPECT_EQ(keyWindowName(), "none");
   EXPECT_EQ(mainWindowName(), "none");
-  const Events events = recorder.take();
+  const Events events = recorder.takeEvents();
   EXPECT_NE(std::ranges::find(events, "view did disappear"), events.end());
   EXPECT_NE(std::ranges::find(events, "C resigns key"), events.end());
 }
 
 TEST_F(LeavingTest, ALostConnectionEndsModalRunsAndSheets) {
-  const auto host = addController(windowNamed("C"), "host");
-  host->presentViewControllerAsModalWindow(makeController("modal"));
-  host->presentViewControllerAsSheet(makeController("sheet"));
+  const auto hostController = addController(windowNamed("C"), "host");
+  hostController->presentViewControllerAsModalWindow(makeController("modal"));
+  hostController->presentViewControllerAsSheet(makeController("sheet"));
   platform.windowSystem().serverClosesConnection("the server exited");
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
-  EXPECT_TRUE(host->presentedViewControllers().empty());
+  EXPECT_TRUE(hostController->presentedViewControllers().empty());
 }
 
 TEST_F(LeavingTest, AfterALostConnectionTheMainQueueStillRuns) {
   platform.windowSystem().serverClosesConnection("the server exited");
-  bool ran = false;
-  dispatch_async(dispatch_get_main_queue(), [&ran] { ran = true; });
+  bool hasRun = false;
+  dispatch_async(dispatch_get_main_queue(), [&hasRun] { hasRun = true; });
   platform.run(1);
-  EXPECT_TRUE(ran);
+  EXPECT_TRUE(hasRun);
 }
 
 }  // namespace

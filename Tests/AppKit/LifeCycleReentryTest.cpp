@@ -9,136 +9,142 @@ namespace {
 
 class LifeCycleReentryTest : public RecordedTest {
  protected:
-  Strong<NSWindow> window = open("A");
+  Strong<NSWindow> window = openWindow("A");
 };
 
 TEST_F(LifeCycleReentryTest, AViewRemovedInWillAppearDoesNotAppear) {
-  const auto view = makeController("view");
-  recorder.onNext("view will appear", [&] { view->view()->removeFromSuperview(); });
-  window->contentView()->addSubview(view->view());
-  EXPECT_EQ(recorder.take(),
+  const auto controller = makeController("view");
+  recorder.onNext("view will appear", [&] { controller->view()->removeFromSuperview(); });
+  window->contentView()->addSubview(controller->view());
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"view will appear", "view will disappear", "view did disappear"}));
-  EXPECT_FALSE(view->isShown());
+  EXPECT_FALSE(controller->isShown());
 }
 
 TEST_F(LifeCycleReentryTest, AViewRemovedAgainInWillDisappearDisappearsOnce) {
-  const auto view = addController(window, "view");
-  recorder.take();
-  recorder.onNext("view will disappear", [&] { view->view()->removeFromSuperview(); });
-  view->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
+  const auto controller = addController(window, "view");
+  recorder.takeEvents();
+  recorder.onNext("view will disappear", [&] { controller->view()->removeFromSuperview(); });
+  controller->view()->removeFromSuperview();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
 TEST_F(LifeCycleReentryTest, AViewAddedAgainInDidDisappearAppearsAgain) {
-  const auto view = addController(window, "view");
-  recorder.take();
-  recorder.onNext("view did disappear", [&] { window->contentView()->addSubview(view->view()); });
-  view->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear",
-                                     "view will appear", "view did appear"}));
-  EXPECT_TRUE(view->isShown());
+  const auto controller = addController(window, "view");
+  recorder.takeEvents();
+  recorder.onNext("view did disappear",
+                  [&] { window->contentView()->addSubview(controller->view()); });
+  controller->view()->removeFromSuperview();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "view will appear", "view did appear"}));
+  EXPECT_TRUE(controller->isShown());
 }
 
 TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysThere) {
-  const auto view = addController(window, "view");
-  const auto other = open("B");
-  recorder.take();
-  recorder.onNext("view will disappear", [&] { other->contentView()->addSubview(view->view()); });
-  view->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear",
-                                     "view will appear", "view did appear"}));
-  EXPECT_EQ(nameOf(view->view()->window()), "B");
-  EXPECT_TRUE(view->isShown());
+  const auto controller = addController(window, "view");
+  const auto otherWindow = openWindow("B");
+  recorder.takeEvents();
+  recorder.onNext("view will disappear",
+                  [&] { otherWindow->contentView()->addSubview(controller->view()); });
+  controller->view()->removeFromSuperview();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "view will appear", "view did appear"}));
+  EXPECT_EQ(nameOf(controller->view()->window()), "B");
+  EXPECT_TRUE(controller->isShown());
 }
 
 TEST_F(LifeCycleReentryTest, AViewIsRemovedEvenIfAStepRemovesItsSuperview) {
-  const auto outer = addController(window, "outer");
-  const auto inner = makeController("inner");
-  outer->view()->addSubview(inner->view());
-  recorder.take();
-  recorder.onNext("inner will disappear", [&] { outer->view()->removeFromSuperview(); });
-  inner->view()->removeFromSuperview();
-  EXPECT_EQ(inner->view()->superview(), nullptr);
-  EXPECT_EQ(recorder.take(), (Events{"inner will disappear", "outer will disappear",
-                                     "outer did disappear", "inner did disappear"}));
+  const auto outerController = addController(window, "outer");
+  const auto innerController = makeController("inner");
+  outerController->view()->addSubview(innerController->view());
+  recorder.takeEvents();
+  recorder.onNext("inner will disappear", [&] { outerController->view()->removeFromSuperview(); });
+  innerController->view()->removeFromSuperview();
+  EXPECT_EQ(innerController->view()->superview(), nullptr);
+  EXPECT_EQ(recorder.takeEvents(), (Events{"inner will disappear", "outer will disappear",
+                                           "outer did disappear", "inner did disappear"}));
 }
 
 TEST_F(LifeCycleReentryTest, AStepMayReleaseTheLastReferenceToItsController) {
-  Strong<RecordingController> view = makeController("view");
-  const Weak<RecordingController> weakController = view;
-  window->contentView()->addSubview(view->view());
-  recorder.take();
-  recorder.onNext("view will disappear", [&] { view.reset(); });
+  Strong<RecordingController> controller = makeController("view");
+  const Weak<RecordingController> weakController = controller;
+  window->contentView()->addSubview(controller->view());
+  recorder.takeEvents();
+  recorder.onNext("view will disappear", [&] { controller.reset(); });
   window->contentView()->subviews().at(0)->removeFromSuperview();
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
   EXPECT_TRUE(weakController.expired());
 }
 
 TEST_F(LifeCycleReentryTest, AnOuterStepMayRemoveTheInnerView) {
-  const auto closed = makeClosedWindow("B");
-  const auto outer = addController(closed, "outer");
-  const auto inner = makeController("inner");
-  outer->view()->addSubview(inner->view());
-  recorder.onNext("outer will appear", [&] { inner->view()->removeFromSuperview(); });
-  closed->orderFront();
-  EXPECT_FALSE(inner->isShown());
-  const Events events = recorder.take();
+  const auto closedWindow = makeClosedWindow("B");
+  const auto outerController = addController(closedWindow, "outer");
+  const auto innerController = makeController("inner");
+  outerController->view()->addSubview(innerController->view());
+  recorder.onNext("outer will appear", [&] { innerController->view()->removeFromSuperview(); });
+  closedWindow->orderFront();
+  EXPECT_FALSE(innerController->isShown());
+  const Events events = recorder.takeEvents();
   EXPECT_EQ(std::ranges::count(events, "inner did appear"), 0);
 }
 
 TEST_F(LifeCycleReentryTest, AnOuterStepMayAddAnInnerView) {
-  const auto closed = makeClosedWindow("B");
-  const auto outer = addController(closed, "outer");
-  const auto inner = makeController("inner");
-  recorder.onNext("outer will appear", [&] { outer->view()->addSubview(inner->view()); });
-  closed->orderFront();
-  EXPECT_EQ(recorder.take(), (Events{"outer will appear", "inner will appear", "inner did appear",
-                                     "outer did appear"}));
+  const auto closedWindow = makeClosedWindow("B");
+  const auto outerController = addController(closedWindow, "outer");
+  const auto innerController = makeController("inner");
+  recorder.onNext("outer will appear",
+                  [&] { outerController->view()->addSubview(innerController->view()); });
+  closedWindow->orderFront();
+  EXPECT_EQ(recorder.takeEvents(), (Events{"outer will appear", "inner will appear",
+                                           "inner did appear", "outer did appear"}));
 }
 
 TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithIt) {
-  const auto outer = addController(window, "outer");
-  const auto inner = makeController("inner");
-  recorder.take();
-  recorder.onNext("outer will disappear", [&] { outer->view()->addSubview(inner->view()); });
+  const auto outerController = addController(window, "outer");
+  const auto innerController = makeController("inner");
+  recorder.takeEvents();
+  recorder.onNext("outer will disappear",
+                  [&] { outerController->view()->addSubview(innerController->view()); });
   window->close();
-  EXPECT_FALSE(inner->isShown());
-  EXPECT_EQ(recorder.take(),
+  EXPECT_FALSE(innerController->isShown());
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"outer will disappear", "inner will appear", "inner did appear",
                     "inner will disappear", "outer did disappear", "inner did disappear"}));
 }
 
 TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithIt) {
-  const auto outer = addController(window, "outer");
-  const auto inner = makeController("inner");
-  recorder.take();
-  recorder.onNext("outer will disappear", [&] { outer->view()->addSubview(inner->view()); });
-  outer->view()->removeFromSuperview();
-  EXPECT_FALSE(inner->isShown());
+  const auto outerController = addController(window, "outer");
+  const auto innerController = makeController("inner");
+  recorder.takeEvents();
+  recorder.onNext("outer will disappear",
+                  [&] { outerController->view()->addSubview(innerController->view()); });
+  outerController->view()->removeFromSuperview();
+  EXPECT_FALSE(innerController->isShown());
 }
 
 TEST_F(LifeCycleReentryTest, AWindowThatAStepClosesAndOpensAgainIsShownOnce) {
-  const auto closed = makeClosedWindow("B");
-  addController(closed, "view");
+  const auto closedWindow = makeClosedWindow("B");
+  addController(closedWindow, "view");
   recorder.onNext("view will appear", [&] {
-    closed->close();
-    closed->orderFront();
+    closedWindow->close();
+    closedWindow->orderFront();
   });
-  closed->orderFront();
-  EXPECT_EQ(recorder.take(), (Events{"view will appear", "view will disappear",
-                                     "view did disappear", "view will appear", "view did appear"}));
+  closedWindow->orderFront();
+  EXPECT_EQ(recorder.takeEvents(),
+            (Events{"view will appear", "view will disappear", "view did disappear",
+                    "view will appear", "view did appear"}));
   EXPECT_EQ(windowOrder(), (Events{"B", "A"}));
 }
 
 TEST_F(LifeCycleReentryTest, AWindowCanBeClosedAfterAStepHasThrown) {
-  const auto view = addController(window, "view");
-  recorder.take();
+  const auto controller = addController(window, "view");
+  recorder.takeEvents();
   recorder.onNext("view will disappear", [] { throw std::runtime_error("stop"); });
   EXPECT_THROW(window->close(), std::runtime_error);
   EXPECT_TRUE(window->isVisible());
   window->close();
   EXPECT_FALSE(window->isVisible());
-  EXPECT_EQ(recorder.take(), (Events{"view will disappear", "view did disappear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
 }  // namespace

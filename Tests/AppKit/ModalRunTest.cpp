@@ -62,13 +62,13 @@ TEST_F(ModalRunTest, AWindowIsAModalPanelDuringItsModalRun) {
 }
 
 TEST_F(ModalRunTest, StopModalEndsTheNewestModalRun) {
-  const auto outer = presentModally("outer");
-  const auto inner = presentModally("inner");
-  EXPECT_EQ(NSApp->modalWindow(), inner->view()->window());
-  EXPECT_TRUE(outer->view()->window()->isModalPanel());
+  const auto outerGuest = presentModally("outer");
+  const auto innerGuest = presentModally("inner");
+  EXPECT_EQ(NSApp->modalWindow(), innerGuest->view()->window());
+  EXPECT_TRUE(outerGuest->view()->window()->isModalPanel());
   NSApp->stopModal();
-  EXPECT_EQ(NSApp->modalWindow(), outer->view()->window());
-  EXPECT_FALSE(inner->view()->window()->isModalPanel());
+  EXPECT_EQ(NSApp->modalWindow(), outerGuest->view()->window());
+  EXPECT_FALSE(innerGuest->view()->window()->isModalPanel());
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
 }
 
@@ -95,11 +95,11 @@ TEST_F(ModalRunTest, TheWindowSystemReceivesTheModalWindow) {
 }
 
 TEST_F(ModalRunTest, ClosingAWindowEndsOnlyItsOwnModalRuns) {
-  const auto outer = presentModally("outer");
-  const auto inner = presentModally("inner");
-  outer->view()->window()->close();
-  EXPECT_EQ(NSApp->modalWindow(), inner->view()->window());
-  inner->view()->window()->close();
+  const auto outerGuest = presentModally("outer");
+  const auto innerGuest = presentModally("inner");
+  outerGuest->view()->window()->close();
+  EXPECT_EQ(NSApp->modalWindow(), innerGuest->view()->window());
+  innerGuest->view()->window()->close();
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
@@ -159,19 +159,20 @@ TEST_F(ModalRunTest, TheMainQueueRunsDuringRunModalForWindow) {
 }
 
 TEST_F(ModalRunTest, NestedModalRunsEndInnermostFirst) {
-  const auto outer = makeClosedWindow("outer");
-  const auto inner = makeClosedWindow("inner");
+  const auto outerDialog = makeClosedWindow("outer");
+  const auto innerDialog = makeClosedWindow("inner");
   runAfter(0.1, [&] {
-    NSApp->runModalForWindow(inner);
+    NSApp->runModalForWindow(innerDialog);
     recorder.record("inner ended");
     NSApp->stopModal();
   });
   runAfter(0.2, [] { NSApp->stopModal(); });
-  recorder.take();
-  NSApp->runModalForWindow(outer);
+  recorder.takeEvents();
+  NSApp->runModalForWindow(outerDialog);
   recorder.record("outer ended");
-  EXPECT_EQ(recorder.take(), (Events{"A resigns key", "outer becomes key", "outer resigns key",
-                                     "inner becomes key", "inner ended", "outer ended"}));
+  EXPECT_EQ(recorder.takeEvents(),
+            (Events{"A resigns key", "outer becomes key", "outer resigns key", "inner becomes key",
+                    "inner ended", "outer ended"}));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@ class PresentationTest : public RecordedTest {
  protected:
   PresentationTest() {
     window->setContentViewController(host);
-    recorder.take();
+    recorder.takeEvents();
   }
 
   static Strong<NSWindow> windowOf(const Strong<NSViewController>& controller) {
@@ -22,14 +22,14 @@ class PresentationTest : public RecordedTest {
 
 TEST_F(PresentationTest, AModalWindowIsANewNSWindow) {
   host->presentViewControllerAsModalWindow(guest);
-  const Strong<NSWindow> modal = windowOf(guest);
-  ASSERT_NE(modal, nullptr);
-  EXPECT_EQ(modal->className(), "NSWindow");
-  EXPECT_EQ(modal->styleMask(), 11u);
-  EXPECT_EQ(modal->contentViewController(), guest);
-  EXPECT_EQ(modal->contentView(), guest->view());
-  EXPECT_EQ(modal->sheetParent(), nullptr);
-  EXPECT_EQ(modal->parentWindow(), nullptr);
+  const Strong<NSWindow> modalWindow = windowOf(guest);
+  ASSERT_NE(modalWindow, nullptr);
+  EXPECT_EQ(modalWindow->className(), "NSWindow");
+  EXPECT_EQ(modalWindow->styleMask(), 11u);
+  EXPECT_EQ(modalWindow->contentViewController(), guest);
+  EXPECT_EQ(modalWindow->contentView(), guest->view());
+  EXPECT_EQ(modalWindow->sheetParent(), nullptr);
+  EXPECT_EQ(modalWindow->parentWindow(), nullptr);
 }
 
 TEST_F(PresentationTest, AModalWindowHasTheSizeOfItsView) {
@@ -54,30 +54,30 @@ TEST_F(PresentationTest, AModalWindowIsCentredOverItsOwner) {
 
 TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {
   host->presentViewControllerAsModalWindow(guest);
-  EXPECT_EQ(recorder.take(), (Events{"guest will appear", "A resigns key", "NSWindow becomes key",
-                                     "guest did appear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will appear", "A resigns key",
+                                           "NSWindow becomes key", "guest did appear"}));
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
   EXPECT_EQ(windowOrder(), (Events{"NSWindow", "A"}));
 }
 
 TEST_F(PresentationTest, TheLinksAndTheModalRunExistInWillAppear) {
-  bool linked = false;
-  bool modal = false;
+  bool isLinked = false;
+  bool isModal = false;
   recorder.onNext("guest will appear", [&] {
-    linked = guest->presentingViewController() == host &&
-             host->presentedViewControllers() == NSArray<NSViewController>{guest};
-    modal = windowOf(guest)->isModalPanel();
+    isLinked = guest->presentingViewController() == host &&
+               host->presentedViewControllers() == NSArray<NSViewController>{guest};
+    isModal = windowOf(guest)->isModalPanel();
   });
   host->presentViewControllerAsModalWindow(guest);
-  EXPECT_TRUE(linked);
-  EXPECT_TRUE(modal);
+  EXPECT_TRUE(isLinked);
+  EXPECT_TRUE(isModal);
 }
 
 TEST_F(PresentationTest, AControllerWithoutAWindowCanPresentAModalWindow) {
-  const auto windowless = makeController("windowless");
-  windowless->presentViewControllerAsModalWindow(guest);
+  const auto windowlessController = makeController("windowless");
+  windowlessController->presentViewControllerAsModalWindow(guest);
   EXPECT_TRUE(windowOf(guest)->isOnScreen());
-  EXPECT_EQ(guest->presentingViewController(), windowless);
+  EXPECT_EQ(guest->presentingViewController(), windowlessController);
 }
 
 TEST_F(PresentationTest, AControllerCanPresentItselfInAModalWindow) {
@@ -91,15 +91,15 @@ TEST_F(PresentationTest, AControllerCanPresentItselfInAModalWindow) {
 }
 
 TEST_F(PresentationTest, AShownControllerThatPresentsItselfMovesToTheSheet) {
-  const auto shown = addController(window, "shown");
-  recorder.take();
-  shown->presentViewControllerAsSheet(shown);
-  EXPECT_EQ(recorder.take(),
+  const auto shownController = addController(window, "shown");
+  recorder.takeEvents();
+  shownController->presentViewControllerAsSheet(shownController);
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"shown will disappear", "shown did disappear", "shown will appear",
                     "A resigns key", "NSWindow becomes key", "shown did appear"}));
-  EXPECT_EQ(windowOf(shown)->sheetParent(), window);
-  EXPECT_EQ(shown->presentingViewController(), shown);
-  EXPECT_TRUE(shown->presentedViewControllers().empty());
+  EXPECT_EQ(windowOf(shownController)->sheetParent(), window);
+  EXPECT_EQ(shownController->presentingViewController(), shownController);
+  EXPECT_TRUE(shownController->presentedViewControllers().empty());
 }
 
 TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
@@ -115,8 +115,8 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
 
 TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalRun) {
   host->presentViewControllerAsSheet(guest);
-  EXPECT_EQ(recorder.take(), (Events{"guest will appear", "A resigns key", "NSWindow becomes key",
-                                     "guest did appear"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will appear", "A resigns key",
+                                           "NSWindow becomes key", "guest did appear"}));
   EXPECT_FALSE(windowOf(guest)->isModalPanel());
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(guest->presentingViewController(), host);
@@ -130,9 +130,9 @@ TEST_F(PresentationTest, ASheetMovesWithItsWindow) {
 }
 
 TEST_F(PresentationTest, AControllerWithoutAnOpenWindowCannotPresentASheet) {
-  const auto closed = makeClosedWindow("B");
-  const auto inClosed = addController(closed, "in a closed window");
-  for (const auto& receiver : {makeController("windowless"), inClosed}) {
+  const auto closedWindow = makeClosedWindow("B");
+  const auto controllerInClosedWindow = addController(closedWindow, "in a closed window");
+  for (const auto& receiver : {makeController("windowless"), controllerInClosedWindow}) {
     receiver->presentViewControllerAsSheet(guest);
     EXPECT_EQ(windowOf(guest), nullptr);
     EXPECT_EQ(guest->presentingViewController(), nullptr);
@@ -142,16 +142,16 @@ TEST_F(PresentationTest, AControllerWithoutAnOpenWindowCannotPresentASheet) {
 }
 
 TEST_F(PresentationTest, APresentedControllerCannotBePresentedAgain) {
-  const auto other = addController(window, "other");
+  const auto otherController = addController(window, "other");
   host->presentViewControllerAsSheet(guest);
   const Strong<NSWindow> sheet = windowOf(guest);
-  recorder.take();
-  other->presentViewControllerAsSheet(guest);
-  other->presentViewControllerAsModalWindow(guest);
+  recorder.takeEvents();
+  otherController->presentViewControllerAsSheet(guest);
+  otherController->presentViewControllerAsModalWindow(guest);
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest), sheet);
   EXPECT_EQ(guest->presentingViewController(), host);
-  EXPECT_TRUE(other->presentedViewControllers().empty());
+  EXPECT_TRUE(otherController->presentedViewControllers().empty());
   EXPECT_TRUE(recorder.events.empty());
 }
 
@@ -163,42 +163,42 @@ TEST_F(PresentationTest, PresentingOrDismissingANullControllerDoesNothing) {
 }
 
 TEST_F(PresentationTest, PresentedControllersAreListedInOrderOfPresentation) {
-  const auto second = makeController("second");
+  const auto secondGuest = makeController("second");
   host->presentViewControllerAsSheet(guest);
-  host->presentViewControllerAsModalWindow(second);
-  EXPECT_EQ(host->presentedViewControllers(), (NSArray<NSViewController>{guest, second}));
+  host->presentViewControllerAsModalWindow(secondGuest);
+  EXPECT_EQ(host->presentedViewControllers(), (NSArray<NSViewController>{guest, secondGuest}));
   host->dismissViewController(guest);
-  EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{second});
+  EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{secondGuest});
 }
 
 // Dismissal
 
 TEST_F(PresentationTest, TheModalWindowClosesAndTheLinksEndBeforeDidDisappear) {
   host->presentViewControllerAsModalWindow(guest);
-  const Strong<NSWindow> modal = windowOf(guest);
-  recorder.take();
+  const Strong<NSWindow> modalWindow = windowOf(guest);
+  recorder.takeEvents();
   Events states;
   const auto recordState = [&] {
-    states.push_back(std::string(modal->isOnScreen() ? "on screen" : "closed") +
-                     (windowOf(guest) == modal ? ", with the view" : ", without the view") +
-                     (modal->isModalPanel() ? ", modal" : "") +
+    states.push_back(std::string(modalWindow->isOnScreen() ? "on screen" : "closed") +
+                     (windowOf(guest) == modalWindow ? ", with the view" : ", without the view") +
+                     (modalWindow->isModalPanel() ? ", modal" : "") +
                      (guest->presentingViewController() ? ", linked" : ""));
   };
   recorder.onNext("guest will disappear", recordState);
   recorder.onNext("guest did disappear", recordState);
   host->dismissViewController(guest);
-  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns key", "A becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will disappear", "guest did disappear",
+                                           "NSWindow resigns key", "A becomes key"}));
   EXPECT_EQ(states,
             (Events{"on screen, with the view, modal, linked", "closed, without the view"}));
 }
 
 TEST_F(PresentationTest, ASheetDisappearsBeforeItResignsKey) {
   host->presentViewControllerAsSheet(guest);
-  recorder.take();
+  recorder.takeEvents();
   host->dismissViewController(guest);
-  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns key", "A becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will disappear", "guest did disappear",
+                                           "NSWindow resigns key", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_TRUE(host->presentedViewControllers().empty());
 }
@@ -211,7 +211,7 @@ TEST_F(PresentationTest, AnyControllerCanDismissAPresentedController) {
 }
 
 TEST_F(PresentationTest, DismissingAControllerThatIsNotPresentedDoesNothing) {
-  recorder.take();
+  recorder.takeEvents();
   host->dismissViewController(host);
   host->dismissViewController(guest);
   EXPECT_EQ(windowOf(host), window);
@@ -220,22 +220,22 @@ TEST_F(PresentationTest, DismissingAControllerThatIsNotPresentedDoesNothing) {
 
 TEST_F(PresentationTest, ClosingTheModalWindowEndsThePresentation) {
   host->presentViewControllerAsModalWindow(guest);
-  const Strong<NSWindow> modal = windowOf(guest);
-  recorder.take();
-  platform.windowSystem().userClosesWindow(modal->handle());
-  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns key", "A becomes key"}));
+  const Strong<NSWindow> modalWindow = windowOf(guest);
+  recorder.takeEvents();
+  platform.windowSystem().userClosesWindow(modalWindow->handle());
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will disappear", "guest did disappear",
+                                           "NSWindow resigns key", "A becomes key"}));
   EXPECT_EQ(guest->presentingViewController(), nullptr);
-  EXPECT_EQ(modal->contentView(), nullptr);
+  EXPECT_EQ(modalWindow->contentView(), nullptr);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
 TEST_F(PresentationTest, DestroyingTheSheetEndsThePresentation) {
   host->presentViewControllerAsSheet(guest);
-  recorder.take();
+  recorder.takeEvents();
   platform.windowSystem().ownerDestroysWindow(windowOf(guest)->handle());
-  EXPECT_EQ(recorder.take(), (Events{"guest will disappear", "guest did disappear",
-                                     "NSWindow resigns key", "A becomes key"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"guest will disappear", "guest did disappear",
+                                           "NSWindow resigns key", "A becomes key"}));
   EXPECT_TRUE(window->sheets().empty());
   EXPECT_EQ(guest->presentingViewController(), nullptr);
 }
@@ -262,9 +262,9 @@ TEST_F(PresentationTest, AStepMayPresentTheDismissedControllerAgain) {
 }
 
 TEST_F(PresentationTest, DestroyingThePresentingControllerEndsTheLink) {
-  auto windowless = makeController("windowless");
-  windowless->presentViewControllerAsModalWindow(guest);
-  windowless.reset();
+  auto windowlessController = makeController("windowless");
+  windowlessController->presentViewControllerAsModalWindow(guest);
+  windowlessController.reset();
   EXPECT_EQ(guest->presentingViewController(), nullptr);
   host->dismissViewController(guest);
   EXPECT_EQ(windowOf(guest), nullptr);
@@ -276,18 +276,18 @@ TEST_F(PresentationTest, AChildHasOneParent) {
   host->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{guest});
-  const auto other = makeController("other");
-  other->addChildViewController(guest);
-  EXPECT_EQ(guest->parentViewController(), other);
+  const auto otherController = makeController("other");
+  otherController->addChildViewController(guest);
+  EXPECT_EQ(guest->parentViewController(), otherController);
   EXPECT_TRUE(host->childViewControllers().empty());
 }
 
 TEST_F(PresentationTest, AddingAChildAgainChangesNothing) {
-  const auto second = makeController("second");
+  const auto secondGuest = makeController("second");
   host->addChildViewController(guest);
-  host->addChildViewController(second);
+  host->addChildViewController(secondGuest);
   host->addChildViewController(guest);
-  EXPECT_EQ(host->childViewControllers(), (NSArray<NSViewController>{guest, second}));
+  EXPECT_EQ(host->childViewControllers(), (NSArray<NSViewController>{guest, secondGuest}));
 }
 
 TEST_F(PresentationTest, NullAndTheControllerItselfCannotBeChildren) {

@@ -9,12 +9,16 @@ namespace {
 constexpr CGColor kWhite{.red = 1, .green = 1, .blue = 1, .alpha = 1};
 constexpr CGColor kRed{.red = 1, .green = 0, .blue = 0, .alpha = 0.5};
 
-SceneItem fill(CGRect frame, CGColor color) {
+SceneItem fillItem(CGRect frame, CGColor color) {
   return {.kind = SceneItem::Kind::Fill, .frame = frame, .color = color};
 }
 
-SceneItem spinner(CGRect frame, bool isAnimated) {
-  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = isAnimated};
+SceneItem stillSpinner(CGRect frame) {
+  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = false};
+}
+
+SceneItem animatedSpinner(CGRect frame) {
+  return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = true};
 }
 
 class SceneTest : public RecordedTest {
@@ -29,26 +33,26 @@ class SceneTest : public RecordedTest {
     return view;
   }
 
-  Strong<NSWindow> window = open("A");
+  Strong<NSWindow> window = openWindow("A");
 };
 
 TEST_F(SceneTest, ANewWindowHasAnEmptyScene) { EXPECT_TRUE(scene().empty()); }
 
 TEST_F(SceneTest, ABackgroundColourFillsTheFrameOfTheView) {
   addFilledView(CGRectMake(10, 20, 30, 40), kRed);
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(10, 20, 30, 40), kRed)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(10, 20, 30, 40), kRed)});
 }
 
 TEST_F(SceneTest, ItemsAreOrderedBackToFrontInWindowCoordinates) {
-  const auto back = addFilledView(CGRectMake(10, 20, 300, 400), kWhite);
+  const auto backView = addFilledView(CGRectMake(10, 20, 300, 400), kWhite);
   addFilledView(CGRectMake(50, 50, 5, 5), kWhite);
-  const auto inner = NSView::initWithFrame(CGRectMake(1, 2, 3, 4));
-  inner->setWantsLayer(true);
-  inner->layer()->setBackgroundColor(kRed);
-  back->addSubview(inner);
-  EXPECT_EQ(scene(),
-            (Scene{fill(CGRectMake(10, 20, 300, 400), kWhite), fill(CGRectMake(11, 22, 3, 4), kRed),
-                   fill(CGRectMake(50, 50, 5, 5), kWhite)}));
+  const auto innerView = NSView::initWithFrame(CGRectMake(1, 2, 3, 4));
+  innerView->setWantsLayer(true);
+  innerView->layer()->setBackgroundColor(kRed);
+  backView->addSubview(innerView);
+  EXPECT_EQ(scene(), (Scene{fillItem(CGRectMake(10, 20, 300, 400), kWhite),
+                            fillItem(CGRectMake(11, 22, 3, 4), kRed),
+                            fillItem(CGRectMake(50, 50, 5, 5), kWhite)}));
 }
 
 TEST_F(SceneTest, ATransparentLayerIsNotInTheScene) {
@@ -67,19 +71,19 @@ TEST_F(SceneTest, ANewLayerIsTransparent) {
 
 TEST_F(SceneTest, TheSceneIncludesAViewAndItsChangesAfterWillAppear) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
-  const auto inner = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
-  inner->setStyle(NSProgressIndicatorStyleSpinning);
-  view->addSubview(inner);
+  const auto innerView = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
+  innerView->setStyle(NSProgressIndicatorStyleSpinning);
+  view->addSubview(innerView);
   const auto controller = make<RecordingController>(recorder, "C");
   controller->setView(view);
-  Scene sceneInWillAppear{spinner({}, true)};
+  Scene sceneInWillAppear{animatedSpinner({})};
   recorder.onNext("C will appear", [&] {
     view->setWantsLayer(true);
     view->layer()->setBackgroundColor(kWhite);
     sceneInWillAppear = scene();
   });
-  const Scene expected{fill(CGRectMake(0, 0, 9, 9), kWhite),
-                       spinner(CGRectMake(2, 2, 5, 5), false)};
+  const Scene expected{fillItem(CGRectMake(0, 0, 9, 9), kWhite),
+                       stillSpinner(CGRectMake(2, 2, 5, 5))};
   Scene sceneInDidAppear;
   recorder.onNext("C did appear", [&] { sceneInDidAppear = scene(); });
   window->contentView()->addSubview(view);
@@ -99,7 +103,7 @@ TEST_F(SceneTest, TheSceneIncludesAContentViewAndItsChangesAfterWillAppear) {
   });
   window->setContentViewController(controller);
   EXPECT_EQ(sceneInWillAppear, sceneBefore);
-  EXPECT_EQ(scene(), Scene{fill({{}, window->frame().size}, kWhite)});
+  EXPECT_EQ(scene(), Scene{fillItem({{}, window->frame().size}, kWhite)});
 }
 
 TEST_F(SceneTest, SetWantsLayerAgainKeepsTheLayer) {
@@ -124,9 +128,9 @@ TEST_F(SceneTest, ALayerCanOutliveItsView) {
 TEST_F(SceneTest, EachChangeUpdatesTheSceneAtOnce) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->setFrame(CGRectMake(1, 1, 8, 8));
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(1, 1, 8, 8), kRed)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(1, 1, 8, 8), kRed)});
   view->layer()->setBackgroundColor(kWhite);
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(1, 1, 8, 8), kWhite)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(1, 1, 8, 8), kWhite)});
   view->removeFromSuperview();
   EXPECT_TRUE(scene().empty());
 }
@@ -135,7 +139,7 @@ TEST_F(SceneTest, AnOpenedWindowShowsViewsAddedWhileItWasClosed) {
   window->close();
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->orderFront();
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
 TEST_F(SceneTest, AWindowDestroyedAndOpenedAgainShowsItsViews) {
@@ -144,7 +148,7 @@ TEST_F(SceneTest, AWindowDestroyedAndOpenedAgainShowsItsViews) {
   window->close();
   platform.windowSystem().ownerDestroysWindow(handle);
   window->orderFront();
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kRed)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
 TEST_F(SceneTest, ADeminiaturisedWindowShowsChangesMadeWhileMiniaturised) {
@@ -152,7 +156,7 @@ TEST_F(SceneTest, ADeminiaturisedWindowShowsChangesMadeWhileMiniaturised) {
   window->miniaturize();
   view->layer()->setBackgroundColor(kWhite);
   window->deminiaturize();
-  EXPECT_EQ(scene(), Scene{fill(CGRectMake(0, 0, 9, 9), kWhite)});
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kWhite)});
 }
 
 class IndicatorTest : public SceneTest {
@@ -175,16 +179,16 @@ TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
 }
 
 TEST_F(IndicatorTest, OfSpinningStyleIsShownAsASpinner) {
-  EXPECT_EQ(scene(), Scene{spinner(frame, false)});
+  EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
 }
 
 TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
   indicator->startAnimation(nullptr);
   EXPECT_TRUE(indicator->isAnimating());
-  EXPECT_EQ(scene(), Scene{spinner(frame, true)});
+  EXPECT_EQ(scene(), Scene{animatedSpinner(frame)});
   indicator->stopAnimation(nullptr);
   EXPECT_FALSE(indicator->isAnimating());
-  EXPECT_EQ(scene(), Scene{spinner(frame, false)});
+  EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
 }
 
 TEST_F(IndicatorTest, OfBarStyleIsNotShown) {
@@ -200,14 +204,14 @@ TEST_F(IndicatorTest, WithoutAreaIsNotShown) {
 TEST_F(IndicatorTest, IsDrawnOverItsOwnLayer) {
   indicator->setWantsLayer(true);
   indicator->layer()->setBackgroundColor(kWhite);
-  EXPECT_EQ(scene(), (Scene{fill(frame, kWhite), spinner(frame, false)}));
+  EXPECT_EQ(scene(), (Scene{fillItem(frame, kWhite), stillSpinner(frame)}));
 }
 
 TEST_F(IndicatorTest, HasTheAppearanceThatWasSet) {
-  const auto light = NSAppearance::appearanceNamed(NSAppearanceNameAqua);
-  EXPECT_EQ(light->name(), "NSAppearanceNameAqua");
-  indicator->setAppearance(light);
-  EXPECT_EQ(indicator->appearance(), light);
+  const auto aquaAppearance = NSAppearance::appearanceNamed(NSAppearanceNameAqua);
+  EXPECT_EQ(aquaAppearance->name(), "NSAppearanceNameAqua");
+  indicator->setAppearance(aquaAppearance);
+  EXPECT_EQ(indicator->appearance(), aquaAppearance);
 }
 
 TEST(NSColorTest, WhiteColorIsOpaqueWhite) { EXPECT_EQ(NSColor::whiteColor()->CGColor(), kWhite); }

@@ -25,23 +25,23 @@ class ShutdownTest : public RecordedTest {
 };
 
 TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
-  addController(open("A"), "controller");
-  recorder.take();
+  addController(openWindow("A"), "controller");
+  recorder.takeEvents();
   actionOfStep = [this] {
     recorder.record(NSApp == nullptr ? "step" : "step while the application exists");
   };
   shutDown();
-  EXPECT_EQ(recorder.take(),
+  EXPECT_EQ(recorder.takeEvents(),
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, WithoutAnApplicationShutDownRunsTheStepsButStopDoesNot) {
+TEST_F(ShutdownTest, WithoutAnApplicationOnlyShutDownRunsTheSteps) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();
-  EXPECT_EQ(recorder.take(), Events{});
+  EXPECT_EQ(recorder.takeEvents(), Events{});
   shutDown();
-  EXPECT_EQ(recorder.take(), Events{"step"});
+  EXPECT_EQ(recorder.takeEvents(), Events{"step"});
 }
 
 TEST_F(ShutdownTest, StopRemovesAllObservers) {
@@ -52,36 +52,36 @@ TEST_F(ShutdownTest, StopRemovesAllObservers) {
   NSApplication::stop();
   EXPECT_EQ(center.registrationCount(listener.get()), 0u);
   center.postNotificationNameObject(NSWindowDidBecomeKeyNotification, nullptr);
-  EXPECT_TRUE(recorder.take().empty());
+  EXPECT_TRUE(recorder.takeEvents().empty());
 }
 
 TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
   const auto ticker = make<Ticker>();
-  addController(open("A"), "controller");
+  addController(openWindow("A"), "controller");
   recorder.onNext("controller did disappear", [&] { schedule(0.1, ticker); });
   actionOfStep = [this] {
     dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
   };
   shutDown();
-  recorder.take();
+  recorder.takeEvents();
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
-  EXPECT_TRUE(recorder.take().empty());
+  EXPECT_TRUE(recorder.takeEvents().empty());
 }
 
 TEST_F(ShutdownTest, ShutDownDrainsTheReleasePool) {
   Strong<Ticker> object = make<Ticker>();
-  const Weak<Ticker> weak = releaseLater(object);
+  const Weak<Ticker> weakTicker = releaseLater(object);
   object.reset();
-  ASSERT_FALSE(weak.expired());
+  ASSERT_FALSE(weakTicker.expired());
   shutDown();
-  EXPECT_TRUE(weak.expired());
+  EXPECT_TRUE(weakTicker.expired());
 }
 
 TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
-  NSApp->beginModalRun(open("A"));
+  NSApp->beginModalRun(openWindow("A"));
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
   ASSERT_EQ(NSRunLoop::mainRunLoop().mode(), NSEventTrackingRunLoopMode);
   shutDown();
@@ -89,11 +89,11 @@ TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
 }
 
 TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheNextOne) {
-  Strong<NSApplication> stopped = NSApp;
+  Strong<NSApplication> stoppedApplication = NSApp;
   NSApplication::stop();
   NSApplication::start(std::make_unique<HeadlessWindowSystem>());
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
-  stopped.reset();
+  stoppedApplication.reset();
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSEventTrackingRunLoopMode);
 }
 

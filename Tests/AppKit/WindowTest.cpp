@@ -30,53 +30,54 @@ TEST_F(WindowTest, ANewWindowHasAPlainContentViewOfItsSize) {
 }
 
 TEST_F(WindowTest, OrderFrontOpensAWindowAndPutsItOnScreen) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isOnScreen());
   EXPECT_TRUE(stateOf(window).isOnScreen);
 }
 
 TEST_F(WindowTest, AnOpenedWindowIsInFront) {
-  open("A");
-  open("B");
-  open("C");
+  openWindow("A");
+  openWindow("B");
+  openWindow("C");
   EXPECT_EQ(windowOrder(), (Events{"C", "B", "A"}));
 }
 
 TEST_F(WindowTest, OrderFrontMovesAnOpenWindowToTheFront) {
-  const auto window = open("A");
-  open("B");
+  const auto window = openWindow("A");
+  openWindow("B");
   window->orderFront();
   EXPECT_EQ(windowOrder(), (Events{"A", "B"}));
 }
 
 TEST_F(WindowTest, OrderFrontDoesNotMakeAWindowKey) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->orderFront();
   EXPECT_EQ(keyWindowName(), "none");
 }
 
 TEST_F(WindowTest, TheUserCanReorderWindows) {
-  const auto a = open("A");
-  const auto b = open("B");
-  const auto c = open("C");
-  platform.windowSystem().userOrdersWindows({a->handle(), c->handle(), b->handle()});
+  const auto windowA = openWindow("A");
+  const auto windowB = openWindow("B");
+  const auto windowC = openWindow("C");
+  platform.windowSystem().userOrdersWindows(
+      {windowA->handle(), windowC->handle(), windowB->handle()});
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
 TEST_F(WindowTest, AReportedOrderDoesNotMoveOtherWindows) {
-  const auto a = open("A");
-  const auto b = open("B");
-  open("C");
-  const auto hidden = open("D");
-  hidden->close();
+  const auto windowA = openWindow("A");
+  const auto windowB = openWindow("B");
+  openWindow("C");
+  const auto closedWindow = openWindow("D");
+  closedWindow->close();
   platform.windowSystem().userOrdersWindows(
-      {a->handle(), hidden->handle(), WindowHandle{4711}, b->handle()});
+      {windowA->handle(), closedWindow->handle(), WindowHandle{4711}, windowB->handle()});
   EXPECT_EQ(windowOrder(), (Events{"C", "A", "B"}));
 }
 
 TEST_F(WindowTest, AClosedWindowIsNeitherOpenNorOnScreen) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->close();
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(window->isOnScreen());
@@ -94,14 +95,14 @@ TEST_F(WindowTest, OrderOutClosesAWindow) {
 TEST_F(WindowTest, ClosingAClosedWindowDoesNothing) {
   const auto window = openKeyWindow("A");
   window->close();
-  recorder.take();
+  recorder.takeEvents();
   window->close();
   makeClosedWindow("B")->close();
   EXPECT_TRUE(recorder.events.empty());
 }
 
 TEST_F(WindowTest, AClosedWindowCanBeOpenedAgain) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->close();
   window->makeKeyAndOrderFront();
   EXPECT_TRUE(stateOf(window).isOnScreen);
@@ -110,7 +111,7 @@ TEST_F(WindowTest, AClosedWindowCanBeOpenedAgain) {
 }
 
 TEST_F(WindowTest, TheApplicationKeepsAnOpenWindowAlive) {
-  Strong<NSWindow> window = open("A");
+  Strong<NSWindow> window = openWindow("A");
   const Weak<NSWindow> weakWindow = window;
   window.reset();
   ASSERT_FALSE(weakWindow.expired());
@@ -136,7 +137,7 @@ TEST_F(WindowTest, TheWindowSystemCreatesAWindowWhenItFirstOpens) {
 }
 
 TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->setTitle("Other");
   window->setFrame(CGRectMake(5, 6, 70, 80));
   window->setStyleMask(NSWindowStyleMaskBorderless);
@@ -149,19 +150,19 @@ TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
 }
 
 TEST_F(WindowTest, AStyleMaskSetByTheOwnerOfTheWindowIsAdopted) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   platform.windowSystem().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
 TEST_F(WindowTest, ANewFrameResizesTheContentView) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->setFrame(CGRectMake(5, 6, 70, 80));
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 70, 80));
 }
 
 TEST_F(WindowTest, ResizingByTheUserChangesTheFrameAndTheContentView) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   platform.windowSystem().userResizesWindow(window->handle(), CGRectMake(1, 2, 300, 200));
   EXPECT_EQ(window->frame(), CGRectMake(1, 2, 300, 200));
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 300, 200));
@@ -174,7 +175,7 @@ TEST_F(WindowTest, ThePlatformObserverReceivesEachStyleMask) {
     }
     std::vector<std::uint64_t> masks;
   } observer;
-  const auto window = open("A");
+  const auto window = openWindow("A");
   setPlatformObserver(&observer);
   window->setStyleMask(7);
   window->setStyleMask(7);
@@ -189,20 +190,20 @@ TEST_F(WindowTest, ThePlatformObserverReceivesOpeningAndClosing) {
     EventRecorder& recorder;
   } observer(recorder);
   setPlatformObserver(&observer);
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->orderFront();
   window->close();
-  EXPECT_EQ(recorder.take(), (Events{"opened", "closed"}));
+  EXPECT_EQ(recorder.takeEvents(), (Events{"opened", "closed"}));
 }
 
 TEST_F(WindowTest, TheCloseControlClosesAWindow) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(WindowTest, WithoutACloseControlTheUserCannotCloseAWindow) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->setStyleMask(window->styleMask() & ~NSWindowStyleMaskClosable);
   platform.windowSystem().userClosesWindow(window->handle());
   window->performClose();
@@ -210,13 +211,13 @@ TEST_F(WindowTest, WithoutACloseControlTheUserCannotCloseAWindow) {
 }
 
 TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->performClose();
   EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(WindowTest, ACloseRequestedHandlerReplacesClosing) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(
       [&](NSWindow& requestedWindow) { windowsToClose.emplace_back(requestedWindow.className()); });
@@ -226,7 +227,7 @@ TEST_F(WindowTest, ACloseRequestedHandlerReplacesClosing) {
 }
 
 TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   auto callCount = std::make_shared<int>(0);
   NSApp->setCloseRequestedHandler([callCount](NSWindow&) {
     NSApp->setCloseRequestedHandler(nullptr);
@@ -239,8 +240,8 @@ TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
 }
 
 TEST_F(WindowTest, AddChildWindowSetsTheParent) {
-  const auto parent = open("A");
-  const auto child = open("B");
+  const auto parent = openWindow("A");
+  const auto child = openWindow("B");
   EXPECT_EQ(child->parentWindow(), nullptr);
   parent->addChildWindow(child);
   EXPECT_EQ(child->parentWindow(), parent);
@@ -249,14 +250,14 @@ TEST_F(WindowTest, AddChildWindowSetsTheParent) {
 
 TEST_F(WindowTest, AddingAChildDoesNotOpenIt) {
   const auto child = makeClosedWindow("B");
-  open("A")->addChildWindow(child);
+  openWindow("A")->addChildWindow(child);
   EXPECT_FALSE(child->isVisible());
 }
 
 TEST_F(WindowTest, AddingAChildToAnotherWindowReplacesItsParent) {
-  const auto previousParent = open("A");
-  const auto parent = open("B");
-  const auto child = open("C");
+  const auto previousParent = openWindow("A");
+  const auto parent = openWindow("B");
+  const auto child = openWindow("C");
   previousParent->addChildWindow(child);
   parent->addChildWindow(child);
   parent->addChildWindow(child);
@@ -264,7 +265,7 @@ TEST_F(WindowTest, AddingAChildToAnotherWindowReplacesItsParent) {
 }
 
 TEST_F(WindowTest, NullAndTheWindowItselfCannotBeChildren) {
-  const auto window = open("A");
+  const auto window = openWindow("A");
   window->addChildWindow(nullptr);
   window->addChildWindow(window);
   EXPECT_EQ(window->parentWindow(), nullptr);
@@ -273,7 +274,7 @@ TEST_F(WindowTest, NullAndTheWindowItselfCannotBeChildren) {
 TEST_F(WindowTest, ThousandsOfWindowsCanOpenAndClose) {
   std::vector<Strong<NSWindow>> windows;
   for (int number = 0; number < 2'000; ++number) {
-    windows.push_back(open("A"));
+    windows.push_back(openWindow("A"));
     if (number % 100 == 0) {
       windows.back()->makeKeyWindow();
     }

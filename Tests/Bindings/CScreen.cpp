@@ -10,10 +10,10 @@ CHost& hostOf(void* userData) { return *static_cast<CHost*>(userData); }
 
 }  // namespace
 
-void CHost::note(const std::string& callback, const std::string& details) {
+void CHost::recordCallback(const std::string& callback, const std::string& details) {
   callbackLines.push_back(details.empty() ? callback : callback + " " + details);
-  if (inside) {
-    inside(callback);
+  if (onCallback) {
+    onCallback(callback);
   }
 }
 
@@ -21,32 +21,35 @@ VelCallbacks CHost::callbacks() {
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   callbacks.user_data = this;
   callbacks.state_changed = [](void* userData, VelState state, const char* error) {
-    hostOf(userData).note("state_changed", std::to_string(state) +
-                                               (error != nullptr ? std::string(" ") + error : ""));
+    hostOf(userData).recordCallback(
+        "state_changed",
+        std::to_string(state) + (error != nullptr ? std::string(" ") + error : ""));
   };
-  callbacks.will_appear = [](void* userData) { hostOf(userData).note("will_appear"); };
+  callbacks.will_appear = [](void* userData) { hostOf(userData).recordCallback("will_appear"); };
   callbacks.may_disappear = [](void* userData) {
-    hostOf(userData).note("may_disappear");
+    hostOf(userData).recordCallback("may_disappear");
     return hostOf(userData).mayDisappear ? 1 : 0;
   };
-  callbacks.did_disappear = [](void* userData) { hostOf(userData).note("did_disappear"); };
+  callbacks.did_disappear = [](void* userData) {
+    hostOf(userData).recordCallback("did_disappear");
+  };
   callbacks.record_event = [](void* userData, const char* event) {
-    hostOf(userData).note("record_event", event);
+    hostOf(userData).recordCallback("record_event", event);
   };
   callbacks.log_line = [](void* userData, const char* line) {
     hostOf(userData).log.emplace_back(line);
-    if (hostOf(userData).inside) {
-      hostOf(userData).inside("log_line");
+    if (hostOf(userData).onCallback) {
+      hostOf(userData).onCallback("log_line");
     }
   };
   callbacks.controls_kept = [](void* userData, std::uint32_t controls) {
-    hostOf(userData).note("controls_kept", std::to_string(controls));
+    hostOf(userData).recordCallback("controls_kept", std::to_string(controls));
   };
   callbacks.display_lost = [](void* userData, const char* reason) {
-    hostOf(userData).note("display_lost", reason);
+    hostOf(userData).recordCallback("display_lost", reason);
   };
   callbacks.ended = [](void* userData, VelEndReason reason) {
-    hostOf(userData).note("ended", std::to_string(reason));
+    hostOf(userData).recordCallback("ended", std::to_string(reason));
   };
   return callbacks;
 }
@@ -67,7 +70,9 @@ VelRequest makeRequest(const char* event, double seconds, const char* mode) {
   return request;
 }
 
-HeadlessWindowSystem& user() { return dynamic_cast<HeadlessWindowSystem&>(NSApp->windowSystem()); }
+HeadlessWindowSystem& windowSystem() {
+  return dynamic_cast<HeadlessWindowSystem&>(NSApp->windowSystem());
+}
 
 CBindingTest::CBindingTest() {
   const VelCreateOptions options = virtualOptions(&callbacks);
@@ -94,9 +99,9 @@ double CBindingTest::secondsLeft() const {
 }
 
 bool CBindingTest::isUp() const {
-  int up = -1;
-  EXPECT_EQ(vel_is_up(screen, &up), VEL_OK);
-  return up == 1;
+  int upFlag = -1;
+  EXPECT_EQ(vel_is_up(screen, &upFlag), VEL_OK);
+  return upFlag == 1;
 }
 
 VelPause CBindingTest::pauseReason() const {

@@ -19,12 +19,12 @@ struct CHost {
   std::vector<std::string> callbackLines;
   std::vector<std::string> log;
   bool mayDisappear = true;
-  /// Called inside each callback with the callback's name. May be empty.
-  std::function<void(const std::string& callback)> inside;
+  /// Called onCallback each callback with the callback's name. May be empty.
+  std::function<void(const std::string& callback)> onCallback;
 
   /// Callbacks that call this host. No member is null.
   [[nodiscard]] VelCallbacks callbacks();
-  void note(const std::string& callback, const std::string& details = {});
+  void recordCallback(const std::string& callback, const std::string& details = {});
 };
 
 /// Options for the headless display and virtual time.
@@ -32,8 +32,8 @@ VelCreateOptions virtualOptions(const VelCallbacks* callbacks = nullptr);
 
 VelRequest makeRequest(const char* event, double seconds, const char* mode = nullptr);
 
-/// Simulates a user of the current launch screen's windows.
-HeadlessWindowSystem& user();
+/// The window system of the current launch screen. It also simulates a user and a window manager.
+HeadlessWindowSystem& windowSystem();
 
 /// Creates a launch screen before each test and destroys it afterwards.
 class CBindingTest : public testing::Test {

@@ -1,4 +1,4 @@
-// Calls from inside callbacks: requests and presentations work or return VEL_BUSY.
+// Calls from onCallback callbacks: requests and presentations work or return VEL_BUSY.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -8,7 +8,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The parameter says how the launch screen is presented.
+/// The parameter says how the launch screen is presentStatus.
 class NextInDidDisappearTest : public CBindingTest,
                                public testing::WithParamInterface<VelPresentation> {
  protected:
@@ -21,7 +21,7 @@ class NextInDidDisappearTest : public CBindingTest,
 
 TEST_P(NextInDidDisappearTest, ANextLaunchScreenCanBeShownAndEnds) {
   bool hasPresentedNext = false;
-  host.inside = [&](const std::string& callback) {
+  host.onCallback = [&](const std::string& callback) {
     if (callback == "did_disappear" && !hasPresentedNext) {
       hasPresentedNext = true;
       const VelRequest request = makeRequest("next_end", 2);
@@ -51,24 +51,24 @@ class CallbackOrderTest : public CBindingTest {
  protected:
   /// Requests and presents in the first callback of this name, and stores both results.
   void requestAndPresentIn(const std::string& name) {
-    host.inside = [this, name](const std::string& callback) {
-      if (callback == name && requested == -1) {
+    host.onCallback = [this, name](const std::string& callback) {
+      if (callback == name && requestStatus == -1) {
         const VelRequest request = makeRequest("next_end", 7);
-        requested = vel_request(screen, &request);
-        presented = vel_present(screen, VEL_PRESENT_MODAL);
+        requestStatus = vel_request(screen, &request);
+        presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
       }
     };
   }
 
-  int requested = -1;
-  int presented = -1;
+  int requestStatus = -1;
+  int presentStatus = -1;
 };
 
-TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestIsBusyAndTheFirstLaunchScreenEnds) {
+TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestIsBusy) {
   requestAndPresentIn("log_line");
   present(VEL_PRESENT_MODAL, 1);
-  EXPECT_EQ(requested, VEL_BUSY);
-  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(requestStatus, VEL_BUSY);
+  EXPECT_EQ(presentStatus, VEL_BUSY);
   EXPECT_EQ(secondsLeft(), 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
   EXPECT_FALSE(isUp());
@@ -83,59 +83,59 @@ TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestIsBusy) {
   requestAndPresentIn("log_line");
   const VelRequest request = makeRequest("launch_end", 0);
   EXPECT_EQ(vel_request(screen, &request), VEL_REFUSED);
-  EXPECT_EQ(requested, VEL_BUSY);
-  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(requestStatus, VEL_BUSY);
+  EXPECT_EQ(presentStatus, VEL_BUSY);
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CallbackOrderTest, InWillAppearARequestIsBusyAndTheLaunchScreenEnds) {
+TEST_F(CallbackOrderTest, InWillAppearARequestIsBusy) {
   requestAndPresentIn("will_appear");
   present(VEL_PRESENT_MODAL, 1);
-  EXPECT_EQ(requested, VEL_BUSY);
-  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(requestStatus, VEL_BUSY);
+  EXPECT_EQ(presentStatus, VEL_BUSY);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InMayDisappearARequestIsBusyAndTheLaunchScreenEnds) {
+TEST_F(CallbackOrderTest, InMayDisappearARequestIsBusy) {
   requestAndPresentIn("may_disappear");
   present(VEL_PRESENT_MODAL, 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
-  EXPECT_EQ(requested, VEL_BUSY);
-  EXPECT_EQ(presented, VEL_BUSY);
+  EXPECT_EQ(requestStatus, VEL_BUSY);
+  EXPECT_EQ(presentStatus, VEL_BUSY);
   EXPECT_FALSE(isUp());
 }
 
 TEST_F(CallbackOrderTest, InStateChangedTheRequestCanBePresented) {
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "state_changed") {
-      presented = vel_present(screen, VEL_PRESENT_MODAL);
+      presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
     }
   };
   const VelRequest request = makeRequest("launch_end", 1);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
-  EXPECT_EQ(presented, VEL_OK);
+  EXPECT_EQ(presentStatus, VEL_OK);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
   EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);
 }
 
-TEST_F(CallbackOrderTest, ADismissalInWillAppearComesWithTheNextPass) {
-  VelStatus dismissed = VEL_INTERNAL_ERROR;
-  host.inside = [&](const std::string& callback) {
+TEST_F(CallbackOrderTest, ADismissalInWillAppearRunsInTheNextPass) {
+  VelStatus dismissStatus = VEL_INTERNAL_ERROR;
+  host.onCallback = [&](const std::string& callback) {
     if (callback == "will_appear") {
-      dismissed = vel_dismiss(screen);
+      dismissStatus = vel_dismiss(screen);
     }
   };
   present(VEL_PRESENT_MODAL, 60, "skip");
-  EXPECT_EQ(dismissed, VEL_OK);
+  EXPECT_EQ(dismissStatus, VEL_OK);
   EXPECT_TRUE(isUp());
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsNotASecondOne) {
-  host.inside = [this](const std::string& callback) {
+TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsIgnored) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
       EXPECT_EQ(vel_dismiss(screen), VEL_OK);
     }
@@ -158,8 +158,8 @@ TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, ASuccessHasNoLastErrorEvenIfACallInsideACallbackFailed) {
-  host.inside = [this](const std::string& callback) {
+TEST_F(CallbackOrderTest, ASuccessClearsTheErrorOfACallInsideACallback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "will_appear" || callback == "state_changed") {
       EXPECT_EQ(vel_run(screen, -1), VEL_INVALID_ARGUMENT);
       EXPECT_STRNE(vel_last_error(), "");

@@ -22,9 +22,9 @@ class CreateTest : public testing::Test {
 
 /// A structure of a later version with one more member.
 template <class Structure>
-struct Later {
-  Structure known;
-  std::uint64_t unknown = 0;
+struct LaterStructure {
+  Structure knownMembers;
+  std::uint64_t unknownMember = 0;
 };
 
 TEST(StatusTest, EveryStatusHasADifferentText) {
@@ -89,12 +89,12 @@ TEST_F(CreateTest, ASmallerStructureIsRefused) {
 }
 
 TEST_F(CreateTest, ALargerStructureIsAcceptedIfItsUnknownMembersAreZero) {
-  Later<VelCreateOptions> options{virtualOptions()};
-  options.known.size = sizeof options;
-  options.unknown = 1;
-  EXPECT_EQ(vel_create(&options.known, &screen), VEL_INVALID_ARGUMENT);
-  options.unknown = 0;
-  EXPECT_EQ(vel_create(&options.known, &screen), VEL_OK) << vel_last_error();
+  LaterStructure<VelCreateOptions> options{virtualOptions()};
+  options.knownMembers.size = sizeof options;
+  options.unknownMember = 1;
+  EXPECT_EQ(vel_create(&options.knownMembers, &screen), VEL_INVALID_ARGUMENT);
+  options.unknownMember = 0;
+  EXPECT_EQ(vel_create(&options.knownMembers, &screen), VEL_OK) << vel_last_error();
 }
 
 TEST_F(CreateTest, AHugeSizeIsRefused) {
@@ -104,14 +104,14 @@ TEST_F(CreateTest, AHugeSizeIsRefused) {
 }
 
 TEST_F(CreateTest, TheSizeOfTheCallbacksIsCheckedToo) {
-  Later<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
-  const VelCreateOptions options = virtualOptions(&callbacks.known);
-  callbacks.known.size = sizeof(VelCallbacks) - 1;
+  LaterStructure<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
+  const VelCreateOptions options = virtualOptions(&callbacks.knownMembers);
+  callbacks.knownMembers.size = sizeof(VelCallbacks) - 1;
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
-  callbacks.known.size = sizeof callbacks;
-  callbacks.unknown = 1;
+  callbacks.knownMembers.size = sizeof callbacks;
+  callbacks.unknownMember = 1;
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
-  callbacks.unknown = 0;
+  callbacks.unknownMember = 0;
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
 }
 
@@ -140,7 +140,7 @@ TEST_F(CreateTest, UnknownTimesAndSizesAreRefused) {
   }
 }
 
-TEST_F(CreateTest, AnUnknownDisplayNameIsNoDisplay) {
+TEST_F(CreateTest, AnUnknownDisplayNameReturnsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -148,7 +148,7 @@ TEST_F(CreateTest, AnUnknownDisplayNameIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedIsNoDisplay) {
+TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedReturnsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
@@ -180,9 +180,9 @@ TEST_F(CreateTest, AfterABadWindowALaunchScreenCanBeCreated) {
 TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-  VelLaunchScreen* second = nullptr;
-  EXPECT_EQ(vel_create(&options, &second), VEL_ALREADY_EXISTS);
-  EXPECT_EQ(second, nullptr);
+  VelLaunchScreen* secondScreen = nullptr;
+  EXPECT_EQ(vel_create(&options, &secondScreen), VEL_ALREADY_EXISTS);
+  EXPECT_EQ(secondScreen, nullptr);
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
@@ -213,7 +213,7 @@ TEST_F(CreateTest, ADestroyedHandleIsNullAndNotAlive) {
 }
 
 // Calls every function that takes a handle, and returns their results.
-std::vector<VelStatus> callAll(VelLaunchScreen* screen) {
+std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
   const VelRequest request = makeRequest("launch_end", 1);
   int number = 0;
   double seconds = 0;
@@ -236,28 +236,29 @@ std::vector<VelStatus> callAll(VelLaunchScreen* screen) {
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsANullHandle) {
-  EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_THAT(callAllFunctions(nullptr), testing::Each(VEL_NOT_ALIVE));
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-  EXPECT_THAT(callAll(nullptr), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_THAT(callAllFunctions(nullptr), testing::Each(VEL_NOT_ALIVE));
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-  VelLaunchScreen* const stale = screen;
+  VelLaunchScreen* const staleHandle = screen;
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_THAT(callAll(stale), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_THAT(callAllFunctions(staleHandle), testing::Each(VEL_NOT_ALIVE));
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-  EXPECT_NE(screen, stale);
-  EXPECT_THAT(callAll(stale), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_NE(screen, staleHandle);
+  EXPECT_THAT(callAllFunctions(staleHandle), testing::Each(VEL_NOT_ALIVE));
   EXPECT_STRNE(vel_last_error(), "");
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsAHandleThatDoesNotExist) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-  EXPECT_THAT(callAll(reinterpret_cast<VelLaunchScreen*>(&screen)), testing::Each(VEL_NOT_ALIVE));
+  EXPECT_THAT(callAllFunctions(reinterpret_cast<VelLaunchScreen*>(&screen)),
+              testing::Each(VEL_NOT_ALIVE));
 }
 
 TEST_F(CreateTest, ANullPointerForAResultIsRefused) {

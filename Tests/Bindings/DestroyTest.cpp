@@ -1,4 +1,4 @@
-// vel_destroy in every state and inside every callback.
+// vel_destroy in every state and onCallback every callback.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
@@ -48,7 +48,7 @@ TEST_F(DestroyTest, AfterARefusedRequest) {
   destroyAndExpectDestroyed();
 }
 
-TEST_F(DestroyTest, WhileCovered) {
+TEST_F(DestroyTest, WhileTheWindowIsCovered) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const Strong<NSWindow> window = NSApp->keyWindow();
   ASSERT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -57,7 +57,7 @@ TEST_F(DestroyTest, WhileCovered) {
   EXPECT_EQ(window->styleMask(), 15u);
 }
 
-TEST_F(DestroyTest, WhileModalOrASheet) {
+TEST_F(DestroyTest, WhileAModalWindowOrASheetIsShown) {
   for (const VelPresentation presentation : {VEL_PRESENT_MODAL, VEL_PRESENT_SHEET}) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
@@ -67,9 +67,9 @@ TEST_F(DestroyTest, WhileModalOrASheet) {
   }
 }
 
-TEST_F(DestroyTest, WhilePaused) {
+TEST_F(DestroyTest, WhileTheCountdownIsPaused) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().userMovesFocusAway();
+  windowSystem().userMovesFocusAway();
   destroyAndExpectDestroyed({"ended 5"});
 }
 
@@ -82,13 +82,13 @@ TEST_F(DestroyTest, BeforeTheEventIsRecorded) {
 
 TEST_F(DestroyTest, AfterTheDisplayWasLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().serverClosesConnection("gone");
+  windowSystem().serverClosesConnection("gone");
   destroyAndExpectDestroyed({"ended 4"});
 }
 
 TEST_F(DestroyTest, AfterTheWindowVanished) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().ownerDestroysWindow(NSApp->keyWindow()->handle());
+  windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle());
   destroyAndExpectDestroyed({"ended 3"});
 }
 
@@ -96,45 +96,45 @@ TEST_F(DestroyTest, AfterTheWindowVanished) {
 class DestroyInsideTest : public DestroyTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
-  bool destroyed = false;
-  host.inside = [&](const std::string& callback) {
-    EXPECT_TRUE(!destroyed || callback == "ended") << callback << " is called after vel_destroy";
+  bool isDestroyed = false;
+  host.onCallback = [&](const std::string& callback) {
+    EXPECT_TRUE(!isDestroyed || callback == "ended") << callback << " is called after vel_destroy";
     if (callback == GetParam()) {
-      destroyed = true;
-      VelLaunchScreen* const stale = screen;
+      isDestroyed = true;
+      VelLaunchScreen* const staleHandle = screen;
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
       EXPECT_EQ(screen, nullptr);
-      VelLaunchScreen* copy = stale;
+      VelLaunchScreen* copy = staleHandle;
       EXPECT_EQ(vel_destroy(&copy), VEL_NOT_ALIVE);
-      EXPECT_EQ(vel_pump(stale, nullptr), VEL_NOT_ALIVE);
+      EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
       // The launch screen ends when the outermost call returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
-      VelLaunchScreen* next = nullptr;
-      EXPECT_EQ(vel_create(&options, &next), VEL_ALREADY_EXISTS);
+      VelLaunchScreen* nextScreen = nullptr;
+      EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);
     }
   };
   const VelRequest request = makeRequest("launch_end", 1);
   vel_request(screen, &request);
   vel_present(screen, VEL_PRESENT_EMBEDDED);
   vel_run(screen, 100);
-  EXPECT_TRUE(destroyed);
+  EXPECT_TRUE(isDestroyed);
   expectDestroyed();
 }
 
 INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
                          testing::Values("state_changed", "log_line", "will_appear",
                                          "may_disappear", "did_disappear", "record_event"),
-                         [](const auto& each) { return std::string(each.param); });
+                         [](const auto& testInfo) { return std::string(testInfo.param); });
 
 TEST_F(DestroyTest, InsideDisplayLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
   // A real display is also lost during a pass.
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "display_lost") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
     }
   };
-  dispatch_async(dispatch_get_main_queue(), [] { user().serverClosesConnection("gone"); });
+  dispatch_async(dispatch_get_main_queue(), [] { windowSystem().serverClosesConnection("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "display_lost gone");
   EXPECT_EQ(host.callbackLines.back(), "ended 4");
@@ -143,13 +143,13 @@ TEST_F(DestroyTest, InsideDisplayLost) {
 
 TEST_F(DestroyTest, InsideControlsKept) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "controls_kept") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
     }
   };
   dispatch_async(dispatch_get_main_queue(), [] {
-    user().windowManagerKeepsControls(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
+    windowSystem().windowManagerKeepsControls(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
   });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "controls_kept 2");
@@ -159,7 +159,7 @@ TEST_F(DestroyTest, InsideControlsKept) {
 
 TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "did_disappear") {
       vel_destroy(&screen);
     }
@@ -170,18 +170,18 @@ TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
 }
 
 TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
-  bool nested = false;
-  host.inside = [&](const std::string& callback) {
-    int up = -1;
-    EXPECT_EQ(vel_is_up(screen, &up), VEL_OK) << callback;
+  bool hasRunNested = false;
+  host.onCallback = [&](const std::string& callback) {
+    int upFlag = -1;
+    EXPECT_EQ(vel_is_up(screen, &upFlag), VEL_OK) << callback;
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK) << callback;
-    if (callback == "did_disappear" && !nested) {
-      nested = true;
+    if (callback == "did_disappear" && !hasRunNested) {
+      hasRunNested = true;
       EXPECT_EQ(vel_run(screen, 5), VEL_OK);
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The run inside the callback has already passed this time.
+  // The run onCallback the callback has already passed this time.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

@@ -9,7 +9,7 @@
 namespace vel::test {
 namespace {
 
-std::string ended(VelEndReason reason) { return "ended " + std::to_string(reason); }
+std::string endedLine(VelEndReason reason) { return "ended " + std::to_string(reason); }
 
 class EndedTest : public CBindingTest {
  protected:
@@ -27,10 +27,10 @@ class EndedTest : public CBindingTest {
   void expectOnlyEnd(VelEndReason reason) {
     ASSERT_EQ(vel_run(screen, 100), VEL_OK);
     EXPECT_EQ(endCount(), 1u);
-    EXPECT_EQ(std::ranges::count(host.callbackLines, ended(reason)), 1);
+    EXPECT_EQ(std::ranges::count(host.callbackLines, endedLine(reason)), 1);
   }
   /// Calls `work` in a pass of the run loop.
-  void inPass(std::function<void()> work) {
+  void runInPass(std::function<void()> work) {
     dispatch_async(dispatch_get_main_queue(), std::move(work));
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   }
@@ -43,7 +43,7 @@ TEST_F(EndedTest, AnEmbeddedCoverWithoutContentControllerEndsASecondAfterItDisap
   EXPECT_EQ(endCount(), 0u);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
-  EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_TIME_USED_UP));
+  EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_TIME_USED_UP));
   EXPECT_FALSE(isUp());
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
@@ -56,7 +56,7 @@ TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
     ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
     ASSERT_GE(host.callbackLines.size(), 2u);
     EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "did_disappear");
-    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_TIME_USED_UP));
+    EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_TIME_USED_UP));
     expectOnlyEnd(VEL_END_TIME_USED_UP);
   }
 }
@@ -66,31 +66,31 @@ TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, TheHostDismisses) {
+TEST_F(EndedTest, ADismissalByTheHostHasTheReasonDismissed) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithController();
     present(presentation, 60, "skip");
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DISMISSED));
+    EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DISMISSED));
     expectOnlyEnd(VEL_END_DISMISSED);
   }
 }
 
-TEST_F(EndedTest, TheHostDismissesWithoutContentController) {
+TEST_F(EndedTest, WithoutContentControllerADismissalHasTheReasonDismissed) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
   expectOnlyEnd(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, ADismissalThatWaitedForTheFocusIsTheHosts) {
+TEST_F(EndedTest, APostponedDismissalHasTheReasonDismissed) {
   present(VEL_PRESENT_MODAL, 60, "skip");
   ASSERT_EQ(vel_run(screen, 1), VEL_OK);
-  inPass([] { user().userMovesFocusAway(); });
+  runInPass([] { windowSystem().userMovesFocusAway(); });
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
-  inPass([] { NSApp->orderedWindows().front()->makeKeyWindow(); });
+  runInPass([] { NSApp->orderedWindows().front()->makeKeyWindow(); });
   expectOnlyEnd(VEL_END_DISMISSED);
 }
 
@@ -101,41 +101,41 @@ TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, AfterARefusedDismissalTheUserClosesTheWindow) {
+TEST_F(EndedTest, AWindowClosedAfterARefusedDismissalHasTheReasonWindowClosed) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  inPass([] { user().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
+  runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
   expectOnlyEnd(VEL_END_WINDOW_CLOSED);
 }
 
-TEST_F(EndedTest, TheWindowIsClosed) {
+TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
   for (const int contentController : {0, 1}) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = contentController;
     createAgain(options);
     host.callbackLines.clear();
     present(VEL_PRESENT_EMBEDDED, 5);
-    inPass([] { user().ownerDestroysWindow(NSApp->keyWindow()->handle()); });
-    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_WINDOW_CLOSED));
+    runInPass([] { windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle()); });
+    EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_WINDOW_CLOSED));
     expectOnlyEnd(VEL_END_WINDOW_CLOSED);
   }
 }
 
-TEST_F(EndedTest, TheWindowOfASheetIsClosed) {
+TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
   createWithController();
   const WindowHandle window = NSApp->keyWindow()->handle();
   present(VEL_PRESENT_SHEET, 5);
-  inPass([window] { user().ownerDestroysWindow(window); });
+  runInPass([window] { windowSystem().ownerDestroysWindow(window); });
   expectOnlyEnd(VEL_END_WINDOW_CLOSED);
 }
 
-TEST_F(EndedTest, TheDisplayIsLost) {
+TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
   for (const VelPresentation presentation : {VEL_PRESENT_EMBEDDED, VEL_PRESENT_MODAL}) {
     createAgain(virtualOptions(&callbacks));
     host.callbackLines.clear();
     present(presentation, 5);
-    inPass([] { user().serverClosesConnection("gone"); });
-    EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DISPLAY_LOST));
+    runInPass([] { windowSystem().serverClosesConnection("gone"); });
+    EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DISPLAY_LOST));
     expectOnlyEnd(VEL_END_DISPLAY_LOST);
   }
 }
@@ -143,22 +143,22 @@ TEST_F(EndedTest, TheDisplayIsLost) {
 TEST_F(EndedTest, DestroyEndsTheLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 5);
   const Strong<NSWindow> window = NSApp->keyWindow();
-  VelLaunchScreen* const stale = screen;
-  host.inside = [&](const std::string& callback) {
+  VelLaunchScreen* const staleHandle = screen;
+  host.onCallback = [&](const std::string& callback) {
     ASSERT_EQ(callback, "ended");
     EXPECT_EQ(screen, nullptr);
-    EXPECT_EQ(vel_pump(stale, nullptr), VEL_NOT_ALIVE);
+    EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
     EXPECT_EQ(window->styleMask(), 15u);
     EXPECT_EQ(NSApp, nullptr);
   };
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_EQ(host.callbackLines.back(), ended(VEL_END_DESTROYED));
+  EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DESTROYED));
   EXPECT_EQ(endCount(), 1u);
 }
 
 TEST_F(EndedTest, InsideTheLastCallbackALaunchScreenCanBeCreated) {
   present(VEL_PRESENT_EMBEDDED, 5);
-  host.inside = [&](const std::string& callback) {
+  host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
       const VelCreateOptions options = virtualOptions();
       EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
@@ -171,11 +171,11 @@ TEST_F(EndedTest, InsideTheLastCallbackALaunchScreenCanBeCreated) {
 TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   for (const char* name : {"will_appear", "may_disappear", "did_disappear", "record_event"}) {
     const VelCreateOptions options = virtualOptions(&callbacks);
-    host.inside = nullptr;
+    host.onCallback = nullptr;
     vel_destroy(&screen);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
     host.callbackLines.clear();
-    host.inside = [this, name](const std::string& callback) {
+    host.onCallback = [this, name](const std::string& callback) {
       if (callback == name) {
         EXPECT_EQ(vel_destroy(&screen), VEL_OK);
         EXPECT_EQ(endCount(), 0u);
@@ -193,7 +193,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
 }
 
 TEST_F(EndedTest, APassInsideTheLogLineOfAPresentationEndsNothing) {
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
     }
@@ -211,10 +211,10 @@ TEST_F(EndedTest, WithoutAPresentationNothingEnds) {
 }
 
 TEST_F(EndedTest, InsideEndedTheNextLaunchScreenCanBeShown) {
-  bool isNext = false;
-  host.inside = [&](const std::string& callback) {
-    if (callback == "ended" && !isNext) {
-      isNext = true;
+  bool hasPresentedNext = false;
+  host.onCallback = [&](const std::string& callback) {
+    if (callback == "ended" && !hasPresentedNext) {
+      hasPresentedNext = true;
       EXPECT_FALSE(isUp());
       present(VEL_PRESENT_EMBEDDED, 3);
     }

@@ -9,18 +9,18 @@
 namespace vel::test {
 namespace {
 
-struct Use {
+struct ResourceUse {
   std::size_t bytes;        // allocated heap memory
   std::size_t pages;        // resident pages
   std::size_t descriptors;  // open file descriptors
 };
 
-Use currentUse() {
-  std::size_t total = 0;
-  std::size_t resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
+ResourceUse currentResourceUse() {
+  std::size_t totalPages = 0;
+  std::size_t residentPages = 0;
+  std::ifstream("/proc/self/statm") >> totalPages >> residentPages;
   const std::filesystem::directory_iterator open("/proc/self/fd");
-  return {mallinfo2().uordblks, resident,
+  return {mallinfo2().uordblks, residentPages,
           static_cast<std::size_t>(std::distance(begin(open), end(open)))};
 }
 
@@ -52,17 +52,17 @@ TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreMemoryThanOne) {
   for (int round = 0; round < kWarmUp; ++round) {
     createAndDestroy(round);
   }
-  const Use before = currentUse();
+  const ResourceUse useBefore = currentResourceUse();
   for (int round = 0; round < kRounds; ++round) {
     createAndDestroy(round);
   }
-  const Use after = currentUse();
+  const ResourceUse useAfter = currentResourceUse();
   // A leak of one byte per round fails the test.
-  EXPECT_LT(after.bytes, before.bytes + kRounds);
-  EXPECT_EQ(after.descriptors, before.descriptors);
+  EXPECT_LT(useAfter.bytes, useBefore.bytes + kRounds);
+  EXPECT_EQ(useAfter.descriptors, useBefore.descriptors);
   // With a sanitizer, mallinfo2 returns 0.
-  if (before.bytes > 0) {
-    EXPECT_LE(after.pages, before.pages + 64);  // 256 KiB
+  if (useBefore.bytes > 0) {
+    EXPECT_LE(useAfter.pages, useBefore.pages + 64);  // 256 KiB
   }
 }
 

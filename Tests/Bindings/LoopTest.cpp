@@ -22,12 +22,12 @@ class CLoopTest : public CBindingTest {
 
   /// Returns true if the descriptor becomes readable within this time.
   [[nodiscard]] bool becomesReadable(int milliseconds) const {
-    pollfd waited{.fd = descriptor, .events = POLLIN, .revents = 0};
-    return poll(&waited, 1, milliseconds) == 1;
+    pollfd pollEntry{.fd = descriptor, .events = POLLIN, .revents = 0};
+    return poll(&pollEntry, 1, milliseconds) == 1;
   }
   void pumpUntilIdle() const {
-    for (int did = 1; did != 0;) {
-      ASSERT_EQ(vel_pump(screen, &did), VEL_OK);
+    for (int hasDoneWork = 1; hasDoneWork != 0;) {
+      ASSERT_EQ(vel_pump(screen, &hasDoneWork), VEL_OK);
     }
   }
   [[nodiscard]] double nextDeadline() const {
@@ -54,9 +54,9 @@ TEST_F(CLoopTest, ThePollDescriptorIsReadableAtTheNextTick) {
   EXPECT_FALSE(becomesReadable(0));
   EXPECT_TRUE(becomesReadable(10'000));
   EXPECT_EQ(nextDeadline(), 0);
-  int did = 0;
-  EXPECT_EQ(vel_pump(screen, &did), VEL_OK);
-  EXPECT_EQ(did, 1);
+  int hasDoneWork = 0;
+  EXPECT_EQ(vel_pump(screen, &hasDoneWork), VEL_OK);
+  EXPECT_EQ(hasDoneWork, 1);
   EXPECT_LT(secondsLeft(), 60);
 }
 
@@ -70,9 +70,9 @@ TEST_F(CLoopTest, TheDescriptorStaysTheSame) {
   present(VEL_PRESENT_EMBEDDED, 0.1);
   for (int pass = 0; pass < 10; ++pass) {
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
-    int now = -1;
-    ASSERT_EQ(vel_poll_descriptor(screen, &now), VEL_OK);
-    EXPECT_EQ(now, descriptor);
+    int currentDescriptor = -1;
+    ASSERT_EQ(vel_poll_descriptor(screen, &currentDescriptor), VEL_OK);
+    EXPECT_EQ(currentDescriptor, descriptor);
   }
 }
 
@@ -86,18 +86,19 @@ TEST_F(CLoopTest, APollLoopRunsToTheEvent) {
 
 TEST_F(CLoopTest, APumpNeverWaits) {
   present(VEL_PRESENT_EMBEDDED, 60);
-  const auto began = std::chrono::steady_clock::now();
+  const auto startTime = std::chrono::steady_clock::now();
   for (int pass = 0; pass < 100; ++pass) {
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(1));
+  EXPECT_LT(std::chrono::steady_clock::now() - startTime, std::chrono::seconds(1));
   EXPECT_GT(secondsLeft(), 50);
 }
 
 TEST_F(CLoopTest, ARunWaitsForTheGivenTime) {
-  const auto began = std::chrono::steady_clock::now();
+  const auto startTime = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
-  EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(20));
+  EXPECT_GE(std::chrono::steady_clock::now() - startTime,
+            std::chrono::milliseconds(20));
 }
 
 using CVirtualLoopTest = CBindingTest;

@@ -12,8 +12,8 @@ namespace {
 class CRequestTest : public CBindingTest {
  protected:
   VelStatus request(const char* event, double seconds, const char* mode = nullptr) {
-    const VelRequest made = makeRequest(event, seconds, mode);
-    return vel_request(screen, &made);
+    const VelRequest velRequest = makeRequest(event, seconds, mode);
+    return vel_request(screen, &velRequest);
   }
   VelStatus requestJson(std::string_view json) {
     return vel_request_json(screen, json.data(), json.size());
@@ -57,8 +57,8 @@ TEST_F(CRequestTest, AnUnknownModeIsRefused) {
 }
 
 TEST_F(CRequestTest, WithoutAnEventTheErrorIsTheLogLineOfTheLibrary) {
-  for (const char* missing : {static_cast<const char*>(nullptr), ""}) {
-    EXPECT_EQ(request(missing, 1, "skip"), VEL_REFUSED);
+  for (const char* missingEvent : {static_cast<const char*>(nullptr), ""}) {
+    EXPECT_EQ(request(missingEvent, 1, "skip"), VEL_REFUSED);
     EXPECT_STREQ(vel_last_error(),
                  "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
                  "Next event name is nil or empty!");
@@ -113,9 +113,9 @@ TEST_F(CRequestTest, ATimeCanBeInfiniteButNotNaN) {
 }
 
 TEST_F(CRequestTest, AStructureOfAnUnknownSizeIsRefused) {
-  VelRequest wrong = makeRequest("launch_end", 1);
-  wrong.size = sizeof wrong - 1;
-  EXPECT_EQ(vel_request(screen, &wrong), VEL_INVALID_ARGUMENT);
+  VelRequest requestOfWrongSize = makeRequest("launch_end", 1);
+  requestOfWrongSize.size = sizeof requestOfWrongSize - 1;
+  EXPECT_EQ(vel_request(screen, &requestOfWrongSize), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(vel_request(screen, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }

@@ -53,7 +53,7 @@ TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
     createWithController();
     host.callbackLines.clear();
     present(presentation, 1);
-    EXPECT_EQ(user().windowCount(), 2u);
+    EXPECT_EQ(windowSystem().windowCount(), 2u);
     ASSERT_EQ(vel_run(screen, 3), VEL_OK);
     EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "may_disappear",
                                          "did_disappear", "ended 1", "record_event launch_end"}));
@@ -77,9 +77,9 @@ TEST_F(CRunTest, ARequestCanBePresentedOnlyOnce) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_NOTHING_TO_PRESENT);
   vel_run(screen, 10);
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
-  int up = 1;
-  EXPECT_EQ(vel_is_up(screen, &up), VEL_OK);
-  EXPECT_EQ(up, 0);
+  int upFlag = 1;
+  EXPECT_EQ(vel_is_up(screen, &upFlag), VEL_OK);
+  EXPECT_EQ(upFlag, 0);
 }
 
 TEST_F(CRunTest, AnUnknownPresentationIsRefused) {
@@ -112,11 +112,11 @@ TEST_F(CRunTest, APauseHasAReason) {
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
   ASSERT_EQ(vel_run(screen, 0.3), VEL_OK);
-  user().userMovesFocusAway();
+  windowSystem().userMovesFocusAway();
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
-  const double left = secondsLeft();
+  const double remainingSeconds = secondsLeft();
   ASSERT_EQ(vel_run(screen, 100), VEL_OK);
-  EXPECT_EQ(secondsLeft(), left);
+  EXPECT_EQ(secondsLeft(), remainingSeconds);
   NSApp->orderedWindows().front()->makeKeyWindow();
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
   ASSERT_EQ(vel_run(screen, 0.9), VEL_OK);
@@ -126,7 +126,7 @@ TEST_F(CRunTest, APauseHasAReason) {
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
 }
 
-TEST_F(CRunTest, InSkipModeTheHostDismissesAndNoEventIsRecorded) {
+TEST_F(CRunTest, InSkipModeADismissalRecordsNoEvent) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "did_disappear");
@@ -148,7 +148,7 @@ TEST_F(CRunTest, InForcedModeAnEarlyDismissalOnlyRecordsTheEvent) {
 TEST_F(CRunTest, WithoutALaunchScreenDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().userMovesFocusAway();
+  windowSystem().userMovesFocusAway();
   // A dismissal attempt would keep the countdown running.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
@@ -177,8 +177,8 @@ TEST_F(CRunTest, TheHostCanKeepTheCover) {
 }
 
 TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
-  VelCallbacks quiet = VEL_CALLBACKS_INIT;
-  createAgain(virtualOptions(&quiet));
+  VelCallbacks noCallbacks = VEL_CALLBACKS_INIT;
+  createAgain(virtualOptions(&noCallbacks));
   testing::internal::CaptureStderr();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 5), VEL_OK);
@@ -192,19 +192,19 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
 TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
-  user().windowManagerKeepsControls(window,
-                                    NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
+  windowSystem().windowManagerKeepsControls(
+      window, NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable);
   EXPECT_EQ(host.callbackLines.back(),
             "controls_kept " + std::to_string(VEL_CONTROL_MINIATURIZE | VEL_CONTROL_RESIZE));
-  user().windowManagerKeepsControls(window, NSWindowStyleMaskClosable);
+  windowSystem().windowManagerKeepsControls(window, NSWindowStyleMaskClosable);
   EXPECT_EQ(host.callbackLines.back(), "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
-  user().windowManagerKeepsControls(window, 0);
+  windowSystem().windowManagerKeepsControls(window, 0);
   EXPECT_EQ(host.callbackLines.back(), "controls_kept 0");
 }
 
 TEST_F(CRunTest, ALostDisplayIsReportedAndClosesTheWindow) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  user().serverClosesConnection("the plug was pulled");
+  windowSystem().serverClosesConnection("the plug was pulled");
   EXPECT_EQ(host.callbackLines.back(), "display_lost the plug was pulled");
   EXPECT_FALSE(isUp());
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -217,7 +217,7 @@ TEST_F(CRunTest, ClosingTheModalWindowEndsTheLaunchScreen) {
   createWithController();
   host.callbackLines.clear();
   present(VEL_PRESENT_MODAL, 5);
-  user().ownerDestroysWindow(NSApp->modalWindow()->handle());
+  windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle());
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
   EXPECT_FALSE(isUp());
 }

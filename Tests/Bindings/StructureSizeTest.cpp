@@ -8,7 +8,7 @@
 namespace vel::test {
 namespace {
 
-// The sizes of version 1.0 where pointers have 64 bits. Do not change them.
+// The sizes in version 1.0 on systems with 64-bit pointers. Do not change these constants.
 constexpr std::size_t kCallbacksSize10 = 80;
 constexpr std::size_t kCreateOptionsSize10 = 72;
 constexpr std::size_t kRequestSize10 = 32;
@@ -16,8 +16,8 @@ constexpr std::size_t kRequestSize10 = 32;
 /// A structure with the size of version 1.0. The bytes after it belong to another variable of the
 /// program, and their values are not zero.
 template <class Structure, std::size_t Size>
-struct Structure10 {
-  explicit Structure10(Structure current) {
+struct Version10Structure {
+  explicit Version10Structure(Structure current) {
     current.size = Size;
     memory.fill(0xa5);
     std::memcpy(memory.data(), &current, Size);
@@ -36,10 +36,10 @@ class StructureSizeTest : public testing::Test {
 
 TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
   CHost host;
-  const Structure10<VelCallbacks, kCallbacksSize10> callbacks(host.callbacks());
-  const Structure10<VelCreateOptions, kCreateOptionsSize10> options(
+  const Version10Structure<VelCallbacks, kCallbacksSize10> callbacks(host.callbacks());
+  const Version10Structure<VelCreateOptions, kCreateOptionsSize10> options(
       virtualOptions(callbacks.get()));
-  const Structure10<VelRequest, kRequestSize10> request(makeRequest("launch_end", 1));
+  const Version10Structure<VelRequest, kRequestSize10> request(makeRequest("launch_end", 1));
   ASSERT_EQ(vel_create(options.get(), &screen), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_request(screen, request.get()), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();

@@ -67,7 +67,7 @@ TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesRun) {
   options.time = VEL_TIME_REAL;
   createAgain(options);
   present(VEL_PRESENT_EMBEDDED, 10'000, "skip");
-  host.inside = [this](const std::string& callback) {
+  host.onCallback = [this](const std::string& callback) {
     if (callback == "did_disappear") {
       vel_destroy(&screen);
     }
@@ -80,19 +80,19 @@ TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesRun) {
 
 // Two threads dismiss while a third thread destroys and creates launch screens.
 TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
-  std::atomic<VelLaunchScreen*> current = screen;
-  std::atomic<bool> done = false;
+  std::atomic<VelLaunchScreen*> currentScreen = screen;
+  std::atomic<bool> isDone = false;
   std::atomic<int> callCount = 0;
-  const auto dismissUntilDone = [&] {
-    while (!done) {
-      const VelStatus status = vel_dismiss(current);
+  const auto dismissRepeatedly = [&] {
+    while (!isDone) {
+      const VelStatus status = vel_dismiss(currentScreen);
       EXPECT_TRUE(status == VEL_OK || status == VEL_NOT_ALIVE) << status;
       ++callCount;
       std::this_thread::yield();
     }
   };
-  std::thread one(dismissUntilDone);
-  std::thread two(dismissUntilDone);
+  std::thread firstThread(dismissRepeatedly);
+  std::thread secondThread(dismissRepeatedly);
   const VelCreateOptions options = virtualOptions(&callbacks);
   for (int round = 0; round < 200 || callCount < 1000; ++round) {
     const VelRequest request = makeRequest("launch_end", 1, round % 2 == 0 ? "skip" : nullptr);
@@ -101,11 +101,11 @@ TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
     ASSERT_EQ(vel_destroy(&screen), VEL_OK);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
-    current = screen;
+    currentScreen = screen;
   }
-  done = true;
-  one.join();
-  two.join();
+  isDone = true;
+  firstThread.join();
+  secondThread.join();
 }
 
 /// Calls a function when it is destroyed.
@@ -124,9 +124,9 @@ TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
   ReleasePool::current().add(make<DestructionObserver>([&otherResult] {
     std::thread([&otherResult] {
       const VelCreateOptions options = virtualOptions();
-      VelLaunchScreen* other = nullptr;
-      otherResult = vel_create(&options, &other);
-      vel_destroy(&other);
+      VelLaunchScreen* otherScreen = nullptr;
+      otherResult = vel_create(&options, &otherScreen);
+      vel_destroy(&otherScreen);
     }).join();
   }));
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -149,8 +149,8 @@ TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   }).join();
-  VelLaunchScreen* other = nullptr;
-  EXPECT_EQ(vel_create(&options, &other), VEL_ALREADY_EXISTS);
+  VelLaunchScreen* otherScreen = nullptr;
+  EXPECT_EQ(vel_create(&options, &otherScreen), VEL_ALREADY_EXISTS);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK) << vel_last_error();
   EXPECT_EQ(screen, nullptr);
   EXPECT_EQ(host.callbackLines.back(), "ended 5");
@@ -168,7 +168,7 @@ TEST(OwnerTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
 }
 
 TEST(OwnerTest, AnyThreadCanOwnALaunchScreen) {
-  const auto wholeRun = [] {
+  const auto runLaunchScreen = [] {
     CHost host;
     const VelCallbacks callbacks = host.callbacks();
     const VelCreateOptions options = virtualOptions(&callbacks);
@@ -181,9 +181,9 @@ TEST(OwnerTest, AnyThreadCanOwnALaunchScreen) {
     EXPECT_EQ(host.callbackLines.back(), "ended 1");
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   };
-  std::thread(wholeRun).join();
-  std::thread(wholeRun).join();
-  wholeRun();
+  std::thread(runLaunchScreen).join();
+  std::thread(runLaunchScreen).join();
+  runLaunchScreen();
 }
 
 }  // namespace

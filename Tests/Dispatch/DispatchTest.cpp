@@ -20,15 +20,15 @@ class DispatchTest : public VirtualTest {
  protected:
   using Names = std::vector<std::string>;
 
-  static dispatch_time_t after(double seconds) {
+  static dispatch_time_t timeAfter(double seconds) {
     return dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(seconds));
   }
   void submit(const std::string& name, const std::function<void()>& work = nullptr) {
-    dispatch_async(queue, recording(name, work));
+    dispatch_async(queue, makeRecordingWork(name, work));
   }
-  void submitAt(dispatch_time_t when, const std::string& name,
+  void submitAt(dispatch_time_t time, const std::string& name,
                 const std::function<void()>& work = nullptr) {
-    dispatch_after(when, queue, recording(name, work));
+    dispatch_after(time, queue, makeRecordingWork(name, work));
   }
   // Advances the clock without a pass of the run loop, as slow work does.
   void letTimePass(double seconds) {
@@ -40,7 +40,8 @@ class DispatchTest : public VirtualTest {
   Names runNames;
 
  private:
-  DispatchQueue::Work recording(const std::string& name, const std::function<void()>& work) {
+  DispatchQueue::Work makeRecordingWork(const std::string& name,
+                                        const std::function<void()>& work) {
     return [this, name, work] {
       runNames.push_back(name);
       if (work) {
@@ -68,7 +69,7 @@ TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
 }
 
 TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
-  submitAt(after(0.5), "work");
+  submitAt(timeAfter(0.5), "work");
   platform.run(0.499999999);
   EXPECT_TRUE(runNames.empty());
   platform.run(0.000000001);
@@ -76,18 +77,18 @@ TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
 }
 
 TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
-  submitAt(after(0.3), "third");
-  submitAt(after(0.1), "first");
-  submitAt(after(0.2), "second");
+  submitAt(timeAfter(0.3), "third");
+  submitAt(timeAfter(0.1), "first");
+  submitAt(timeAfter(0.2), "second");
   letTimePass(1);
   loop.pump();
   EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
-  submitAt(after(0.2), "first");
+  submitAt(timeAfter(0.2), "first");
   letTimePass(0.1);
-  submitAt(after(0.1), "second");
+  submitAt(timeAfter(0.1), "second");
   letTimePass(0.1);
   submit("third");
   loop.pump();
@@ -97,7 +98,7 @@ TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
 TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
   std::vector<int> order;
   for (int number = 0; number < 10'000; ++number) {
-    dispatch_after(after(number % 10), queue, [&order, number] { order.push_back(number); });
+    dispatch_after(timeAfter(number % 10), queue, [&order, number] { order.push_back(number); });
   }
   platform.run(10);
   ASSERT_EQ(order.size(), 10'000u);
@@ -109,18 +110,18 @@ TEST_F(DispatchTest, DispatchAsyncEqualsDispatchAfterWithoutADelay) {
   letTimePass(1);
   submit("first");
   submitAt(DISPATCH_TIME_NOW, "second");
-  submitAt(after(0), "third");
+  submitAt(timeAfter(0), "third");
   submit("fourth");
   loop.pump();
   EXPECT_EQ(runNames, (Names{"first", "second", "third", "fourth"}));
 }
 
 TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
-  submitAt(after(0.5), "half a second");
+  submitAt(timeAfter(0.5), "half a second");
   letTimePass(1);
   submit("one second");
-  submitAt(after(-0.75), "a quarter");
-  submitAt(after(0), "one second again");
+  submitAt(timeAfter(-0.75), "a quarter");
+  submitAt(timeAfter(0), "one second again");
   const std::vector<DispatchQueue::PendingWork> pending = queue.pendingWork();
   ASSERT_EQ(pending.size(), 4u);
   EXPECT_EQ(pending[0].deadline, NSEC_PER_SEC / 4);
@@ -131,7 +132,7 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
 }
 
 TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForLaterWork) {
-  submitAt(after(1), "later");
+  submitAt(timeAfter(1), "later");
   submit("now");
   loop.pump();
   EXPECT_EQ(runNames, Names{"now"});
@@ -140,7 +141,7 @@ TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForLaterWork) {
 
 TEST_F(DispatchTest, WorkWithAPastDeadlineIsDueNow) {
   letTimePass(2);
-  submitAt(after(-1), "work");
+  submitAt(timeAfter(-1), "work");
   loop.pump();
   EXPECT_EQ(runNames, Names{"work"});
 }
@@ -156,7 +157,7 @@ TEST_F(DispatchTest, WorkSubmittedByWorkWaitsForTheNextPass) {
 
 TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
   letTimePass(2);
-  submit("outer", [this] { submitAt(after(-1), "inner"); });
+  submit("outer", [this] { submitAt(timeAfter(-1), "inner"); });
   submit("other");
   loop.pump();
   EXPECT_EQ(runNames, (Names{"outer", "other"}));
@@ -164,9 +165,9 @@ TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
   EXPECT_EQ(runNames, (Names{"outer", "other", "inner"}));
 }
 
-TEST_F(DispatchTest, WorkThatBecomesDueDuringTheTurnWaitsForTheNextPass) {
+TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassWaitsForTheNextPass) {
   submit("slow", [this] { letTimePass(1); });
-  submitAt(after(0.5), "later");
+  submitAt(timeAfter(0.5), "later");
   loop.pump();
   EXPECT_EQ(runNames, Names{"slow"});
   loop.pump();
@@ -184,7 +185,7 @@ TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWork) {
   EXPECT_EQ(runNames, (Names{"outer", "rest", "submitted inside", "outer ends"}));
 }
 
-TEST_F(DispatchTest, ThePassTakesNoNewWorkAfterANestedLoop) {
+TEST_F(DispatchTest, NewWorkAfterANestedLoopWaitsForTheNextPass) {
   submit("outer", [this] {
     loop.pump();
     submit("new");
@@ -210,8 +211,8 @@ TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
 
 TEST_F(DispatchTest, KnowsTheNextDeadline) {
   EXPECT_EQ(queue.nextDeadline(), kNever);
-  submitAt(after(0.5), "later");
-  submitAt(after(0.2), "sooner");
+  submitAt(timeAfter(0.5), "later");
+  submitAt(timeAfter(0.2), "sooner");
   EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.2));
   platform.run(0.3);
   EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.5));
@@ -226,15 +227,15 @@ TEST_F(DispatchTest, RemainingWorkIsDueInANestedLoop) {
 
 TEST_F(DispatchTest, CountsPendingWork) {
   submit("now");
-  submitAt(after(1), "later");
+  submitAt(timeAfter(1), "later");
   EXPECT_EQ(queue.pendingCount(), 2u);
   loop.pump();
   EXPECT_EQ(queue.pendingCount(), 1u);
 }
 
 TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
-  submitAt(after(2), "last");
-  submitAt(after(1), "later");
+  submitAt(timeAfter(2), "last");
+  submitAt(timeAfter(1), "later");
   submit("now");
   std::vector<dispatch_time_t> deadlines;
   for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
@@ -245,8 +246,8 @@ TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
 
 TEST_F(DispatchTest, PendingWorkHasItsLabel) {
   dispatch_async(queue, "first", [] {});
-  dispatch_after(after(1), queue, "second", [] {});
-  submitAt(after(2), "without a label");
+  dispatch_after(timeAfter(1), queue, "second", [] {});
+  submitAt(timeAfter(2), "without a label");
   std::vector<std::string_view> labels;
   for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
     labels.push_back(pending.label);
@@ -269,7 +270,7 @@ TEST_F(DispatchTest, TheErrorOfAnEndlessWaitListsPendingWork) {
 
 TEST_F(DispatchTest, RemovedWorkDoesNotRun) {
   submit("now");
-  submitAt(after(1), "later");
+  submitAt(timeAfter(1), "later");
   queue.removeAll();
   platform.run(2);
   EXPECT_TRUE(runNames.empty());
@@ -300,11 +301,11 @@ TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextPieceOfWorkRuns) {
 }
 
 TEST_F(DispatchTest, ADestructorInRemovedWorkMaySubmitWork) {
-  const auto submitting = [this](const int* value) {
+  const auto submittingDeleter = [this](const int* value) {
     submit("late work");
     delete value;
   };
-  dispatch_async(queue, [holder = std::shared_ptr<int>(new int(5), submitting)] {});
+  dispatch_async(queue, [holder = std::shared_ptr<int>(new int(5), submittingDeleter)] {});
   queue.removeAll();
   EXPECT_EQ(queue.pendingCount(), 1u);
   queue.removeAll();

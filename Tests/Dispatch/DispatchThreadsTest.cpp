@@ -21,13 +21,13 @@ class DispatchThreadsTest : public VirtualTest {
 };
 
 TEST_F(DispatchThreadsTest, WorkFromAnotherThreadRunsOnTheMainThread) {
-  bool onMainThread = false;
+  bool hasRunOnMainThread = false;
   std::thread([&] {
-    dispatch_async(queue, [&onMainThread] { onMainThread = NSThread::isMainThread(); });
+    dispatch_async(queue, [&hasRunOnMainThread] { hasRunOnMainThread = NSThread::isMainThread(); });
   }).join();
-  EXPECT_FALSE(onMainThread);
+  EXPECT_FALSE(hasRunOnMainThread);
   loop.pump();
-  EXPECT_TRUE(onMainThread);
+  EXPECT_TRUE(hasRunOnMainThread);
 }
 
 TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission) {
@@ -43,12 +43,12 @@ TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission
 
 TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
   constexpr int kThreads = 4;
-  constexpr int kEach = 500;
+  constexpr int kItemsPerThread = 500;
   std::array<std::vector<int>, kThreads> runNumbers;
   std::array<std::thread, kThreads> threads;
   for (std::size_t index = 0; index < kThreads; ++index) {
     threads[index] = std::thread([&, index] {
-      for (int number = 0; number < kEach; ++number) {
+      for (int number = 0; number < kItemsPerThread; ++number) {
         dispatch_async(queue,
                        [&runNumbers, index, number] { runNumbers[index].push_back(number); });
       }
@@ -62,7 +62,7 @@ TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
   }
   platform.runDueWork();
   for (const std::vector<int>& numbers : runNumbers) {
-    EXPECT_EQ(numbers.size(), std::size_t{kEach});
+    EXPECT_EQ(numbers.size(), std::size_t{kItemsPerThread});
     EXPECT_TRUE(std::ranges::is_sorted(numbers));
   }
 }
@@ -70,12 +70,12 @@ TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
 TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool hasRun = false;
   dispatch_async(queue, [&] {
-    std::thread other([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
+    std::thread otherThread([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
     // The loop must not wait: a virtual clock cannot wait for another thread, so it would throw.
     while (!hasRun) {
       loop.pump();
     }
-    other.join();
+    otherThread.join();
   });
   loop.pump();
   EXPECT_TRUE(hasRun);
@@ -83,18 +83,18 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
 
 TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
   bool hasGoneBack = false;
-  std::thread other([&] {
-    dispatch_time_t last = 0;
+  std::thread otherThread([&] {
+    dispatch_time_t previousTime = 0;
     for (int reading = 0; reading < 1000; ++reading) {
-      const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
-      hasGoneBack = hasGoneBack || now < last;
-      last = now;
+      const dispatch_time_t currentTime = dispatch_time(DISPATCH_TIME_NOW, 0);
+      hasGoneBack = hasGoneBack || currentTime < previousTime;
+      previousTime = currentTime;
     }
   });
   for (int step = 0; step < 100; ++step) {
     platform.run(0.1);
   }
-  other.join();
+  otherThread.join();
   EXPECT_FALSE(hasGoneBack);
 }
 

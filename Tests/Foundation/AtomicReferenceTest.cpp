@@ -64,11 +64,11 @@ TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAfterALaterStore) {
 TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
   AtomicReference<TestObject> property;
   Strong<TestObject> referenceInDestructor;
-  const auto next = make<TestObject>(2);
+  const auto nextObject = make<TestObject>(2);
   // If `store` held the lock here, the read in the destructor would block forever.
   property.store(make<TestObject>(1, [&] { referenceInDestructor = property.load(); }));
-  property.store(next);
-  EXPECT_EQ(referenceInDestructor, next);
+  property.store(nextObject);
+  EXPECT_EQ(referenceInDestructor, nextObject);
 }
 
 TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
@@ -83,14 +83,14 @@ TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
       }
     }
   };
-  std::thread first(work, 0);
-  std::thread second(work, 10'000);
-  first.join();
-  second.join();
+  std::thread firstThread(work, 0);
+  std::thread secondThread(work, 10'000);
+  firstThread.join();
+  secondThread.join();
   EXPECT_FALSE(isBroken);
 }
 
-TEST(WeakTest, DoesNotKeepItsObjectAliveAndReturnsNullAfterwards) {
+TEST(WeakTest, ReturnsNullAfterItsObjectIsDestroyed) {
   auto object = make<TestObject>(1);
   const Weak<TestObject> reference = object;
   EXPECT_EQ(reference.lock(), object);

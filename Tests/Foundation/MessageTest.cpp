@@ -16,9 +16,9 @@ namespace {
 class Player : public Class<Player, "Player"> {
  public:
   [[nodiscard]] std::int32_t points() const { return 7; }
-  [[nodiscard]] bool plays() const { return true; }
+  [[nodiscard]] bool isPlaying() const { return true; }
   [[nodiscard]] double speed() const { return 1.5; }
-  [[nodiscard]] CGRect place() const { return CGRectMake(1, 2, 3, 4); }
+  [[nodiscard]] CGRect frame() const { return CGRectMake(1, 2, 3, 4); }
   [[nodiscard]] std::string_view nickname() const { return "Ace"; }
   [[nodiscard]] Strong<Player> partner() const { return partner_; }
   [[nodiscard]] NSArray<Player> rivals() const { return {partner_}; }
@@ -26,8 +26,8 @@ class Player : public Class<Player, "Player"> {
   [[nodiscard]] std::int32_t sum(std::int32_t left, std::int32_t right) const {
     return left + right;
   }
-  void act(const std::function<void()>& during) {
-    during();
+  void act(const std::function<void()>& work) {
+    work();
     hasActed_ = true;
   }
   [[nodiscard]] bool hasActed() const { return hasActed_; }
@@ -56,18 +56,18 @@ TEST(MessageTest, CallsAnInheritedOperation) {
   EXPECT_EQ(send(make<Keeper>(), &Player::points), 7);
 }
 
-TEST(MessageTest, OnNullReturnsTheResultTypesZero) {
+TEST(MessageTest, ACallOnNullReturnsZero) {
   EXPECT_EQ(send(kNull, &Player::points), 0);
   EXPECT_EQ(send(kNull, &Player::sum, 2, 3), 0);
-  EXPECT_FALSE(send(kNull, &Player::plays));
+  EXPECT_FALSE(send(kNull, &Player::isPlaying));
   EXPECT_EQ(send(kNull, &Player::speed), 0.0);
-  EXPECT_EQ(send(kNull, &Player::place), CGRectZero);
+  EXPECT_EQ(send(kNull, &Player::frame), CGRectZero);
   EXPECT_TRUE(send(kNull, &Player::nickname).empty());
   EXPECT_EQ(send(kNull, &Player::partner), nullptr);
   EXPECT_TRUE(send(kNull, &Player::rivals).empty());
 }
 
-TEST(MessageTest, OnNullCallsNothing) {
+TEST(MessageTest, ACallOnNullDoesNothing) {
   bool isCalled = false;
   send(kNull, &Player::act, [&isCalled] { isCalled = true; });
   EXPECT_FALSE(isCalled);

@@ -102,11 +102,11 @@ TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
   testing::internal::CaptureStderr();
   NSLog("%@ is %s", "Player", "ready");
   const std::string output = testing::internal::GetCapturedStderr();
-  const std::string process = std::to_string(getpid());
+  const std::string processId = std::to_string(getpid());
   // The id of the first thread is the id of the process.
   EXPECT_TRUE(
       std::regex_match(output, std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \S+\[)" +
-                                          process + ":" + process + R"(\] Player is ready\n)")))
+                                          processId + ":" + processId + R"(\] Player is ready\n)")))
       << output;
 }
 
@@ -133,13 +133,13 @@ TEST_F(NSLogTest, DoesNotMixTheLinesOfSeveralThreads) {
       NSLog("%@", std::string(200, 'x'));
     }
   };
-  std::thread first(work);
-  std::thread second(work);
-  first.join();
-  second.join();
+  std::thread firstThread(work);
+  std::thread secondThread(work);
+  firstThread.join();
+  secondThread.join();
   const std::string output = testing::internal::GetCapturedStderr();
-  const std::regex whole(R"([^\n]*\] x{200}\n)");
-  EXPECT_EQ(std::distance(std::sregex_iterator(output.begin(), output.end(), whole), {}), 100);
+  const std::regex wholeLine(R"([^\n]*\] x{200}\n)");
+  EXPECT_EQ(std::distance(std::sregex_iterator(output.begin(), output.end(), wholeLine), {}), 100);
   EXPECT_EQ(std::ranges::count(output, '\n'), 100);
 }
 

@@ -83,7 +83,7 @@ TEST_F(NSMutableArrayTest, DoesNotFindAnObjectThatItDoesNotContain) {
   EXPECT_FALSE(guests->containsObject(nullptr));
 }
 
-TEST_F(NSMutableArrayTest, RemovingAnObjectMovesTheLaterOnesForward) {
+TEST_F(NSMutableArrayTest, RemovingAnObjectMovesLaterObjectsForward) {
   guests->removeObjectAtIndex(1);
   EXPECT_EQ(guests->count(), 2u);
   EXPECT_EQ(guests->objectAtIndex(1)->name(), "Cid");
@@ -159,9 +159,9 @@ TEST_F(NSMutableArrayTest, ReadingDuringALoopIsNoChange) {
 }
 
 TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayIsNoChange) {
-  const auto empty = NSMutableArray<Guest>::array();
-  auto position = empty->begin();
-  empty->removeAllObjects();
+  const auto emptyArray = NSMutableArray<Guest>::array();
+  auto position = emptyArray->begin();
+  emptyArray->removeAllObjects();
   EXPECT_NO_THROW(++position);
 }
 
@@ -180,16 +180,16 @@ TEST_F(NSMutableArrayTest, AChangeAfterABreakIsNoError) {
 }
 
 TEST_F(NSMutableArrayTest, ALoopKeepsTheVisitedObjectAlive) {
-  const Weak<Guest> first = guests->objectAtIndex(0);
+  const Weak<Guest> firstGuest = guests->objectAtIndex(0);
   bool isAlive = false;
   EXPECT_THROW(iterate("Ann",
                        [&] {
                          guests->removeAllObjects();
-                         isAlive = !first.expired();
+                         isAlive = !firstGuest.expired();
                        }),
                NSCollectionMutatedError);
   EXPECT_TRUE(isAlive);
-  EXPECT_TRUE(first.expired());
+  EXPECT_TRUE(firstGuest.expired());
 }
 
 TEST_F(NSMutableArrayTest, TheErrorHasAMessage) {

@@ -51,7 +51,7 @@ class NSNotificationCenterTest : public testing::Test {
  protected:
   using Names = std::vector<std::string>;
 
-  Strong<Listener> listener(const std::string& name) { return make<Listener>(receivers, name); }
+  Strong<Listener> makeListener(const std::string& name) { return make<Listener>(receivers, name); }
   static void observe(const Strong<Listener>& observer, NSNotificationName name = kDoorOpened,
                       const Strong<NSObject>& object = nullptr) {
     center().addObserverSelectorNameObject<&Listener::doorMoved>(observer, name, object);
@@ -62,9 +62,9 @@ class NSNotificationCenterTest : public testing::Test {
   }
 
   Names receivers;
-  Strong<Listener> ann = listener("Ann");
-  Strong<Listener> bob = listener("Bob");
-  Strong<Listener> cid = listener("Cid");
+  Strong<Listener> ann = makeListener("Ann");
+  Strong<Listener> bob = makeListener("Bob");
+  Strong<Listener> cid = makeListener("Cid");
 };
 
 TEST_F(NSNotificationCenterTest, APostWithoutObserversDoesNothing) {
@@ -129,13 +129,13 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
 }
 
 TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
-  const auto front = make<Door>();
-  observe(ann, kDoorOpened, front);
+  const auto observedDoor = make<Door>();
+  observe(ann, kDoorOpened, observedDoor);
   observe(bob);
   post(kDoorOpened, make<Door>());
   post();
   EXPECT_EQ(receivers, (Names{"Bob", "Bob"}));
-  post(kDoorOpened, front);
+  post(kDoorOpened, observedDoor);
   EXPECT_EQ(receivers, (Names{"Bob", "Bob", "Ann", "Bob"}));
 }
 
@@ -179,7 +179,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOthers)
   EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostReceivesTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedAgainDuringAPostReceivesTheNextPost) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     center().removeObserver(bob.get());
@@ -301,10 +301,10 @@ TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseItAtOnce) {
       center().removeObserver(observer.get());
     }
   };
-  std::thread first(work);
-  std::thread second(work);
-  first.join();
-  second.join();
+  std::thread firstThread(work);
+  std::thread secondThread(work);
+  firstThread.join();
+  secondThread.join();
   EXPECT_TRUE(receivers.empty());
 }
 

@@ -56,13 +56,13 @@ class NSRunLoopTest : public VirtualTest {
   NSRunLoopTest() { loop.setWindowSystemSource(&eventSource); }
   ~NSRunLoopTest() override { loop.setWindowSystemSource(nullptr); }
 
-  // Returns a function that appends `what` to the records.
-  std::function<void()> recording(const std::string& what) {
-    return [this, what] { records.push_back(what); };
+  // Returns a function that appends `record` to the records.
+  std::function<void()> makeRecorder(const std::string& record) {
+    return [this, record] { records.push_back(record); };
   }
-  void dispatch(const std::string& what, double delay = 0) {
+  void dispatch(const std::string& record, double delay = 0) {
     dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(delay)),
-                   dispatch_get_main_queue(), recording(what));
+                   dispatch_get_main_queue(), makeRecorder(record));
   }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
@@ -71,10 +71,10 @@ class NSRunLoopTest : public VirtualTest {
 };
 
 TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenPool) {
-  releaseLater(make<TestObject>(recording("pool")));
+  releaseLater(make<TestObject>(makeRecorder("pool")));
   dispatch("main queue");
-  eventSource.setEvent(recording("window system"));
-  schedule(0, recording("timer"));
+  eventSource.setEvent(makeRecorder("window system"));
+  schedule(0, makeRecorder("timer"));
   letTimePass(0.1);
   loop.pump();
   EXPECT_EQ(records, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
@@ -91,17 +91,17 @@ TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
   EXPECT_FALSE(loop.pump());
   dispatch("work");
   EXPECT_TRUE(loop.pump());
-  schedule(0, recording("timer"));
+  schedule(0, makeRecorder("timer"));
   EXPECT_FALSE(loop.pump());
   letTimePass(0.1);
   EXPECT_TRUE(loop.pump());
-  eventSource.setEvent(recording("event"));
+  eventSource.setEvent(makeRecorder("event"));
   EXPECT_TRUE(loop.pump());
   EXPECT_FALSE(loop.pump());
 }
 
 TEST_F(NSRunLoopTest, APassDoesNotWait) {
-  schedule(0.1, recording("timer"));
+  schedule(0.1, makeRecorder("timer"));
   EXPECT_FALSE(loop.pump());
   EXPECT_EQ(platform.now(), 0);
 }
@@ -109,13 +109,13 @@ TEST_F(NSRunLoopTest, APassDoesNotWait) {
 TEST_F(NSRunLoopTest, EveryModeServesTheMainQueueAndTheWindowSystem) {
   for (const NSRunLoopMode mode : kModes) {
     dispatch("work");
-    eventSource.setEvent(recording("event"));
+    eventSource.setEvent(makeRecorder("event"));
     loop.runPass(mode);
   }
   EXPECT_EQ(records, (std::vector<std::string>{"event", "work", "event", "work", "event", "work"}));
 }
 
-TEST_F(NSRunLoopTest, ATimerFiresOnlyInTheModesItWasAddedFor) {
+TEST_F(NSRunLoopTest, ATimerFiresOnlyInItsModes) {
   const auto ticker = make<Ticker>();
   const auto timer = schedule(0, ticker, Repeats::Yes);
   loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
@@ -160,36 +160,36 @@ TEST_F(NSRunLoopTest, AddingNullOrAnInvalidTimerDoesNothing) {
 
 TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
   schedule(0.1, [this] { loop.setMode(NSModalPanelRunLoopMode); });
-  schedule(0.2, recording("default mode"));
-  const auto timer = schedule(0.3, recording("both modes"));
+  schedule(0.2, makeRecorder("default mode"));
+  const auto timer = schedule(0.3, makeRecorder("both modes"));
   loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
   platform.run(1);
   EXPECT_EQ(records, std::vector<std::string>{"both modes"});
   loop.setMode(NSDefaultRunLoopMode);
 }
 
-TEST_F(NSRunLoopTest, APassThatDidSomethingDoesNotWait) {
+TEST_F(NSRunLoopTest, APassThatRunsWorkDoesNotWait) {
   dispatch("work");
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
 }
 
 TEST_F(NSRunLoopTest, WaitsForTheNextTimerOfTheMode) {
-  const auto timer = schedule(0.5, recording("default mode"));
+  const auto timer = schedule(0.5, makeRecorder("default mode"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.5);
   EXPECT_TRUE(records.empty());  // the timer fires in the next pass
 }
 
 TEST_F(NSRunLoopTest, DoesNotWaitForATimerOfAnotherMode) {
-  schedule(0.5, recording("default mode"));
+  schedule(0.5, makeRecorder("default mode"));
   loop.runModeBeforeDate(NSModalPanelRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 5);
 }
 
 TEST_F(NSRunLoopTest, WaitsForTheNextWorkOfTheMainQueue) {
   dispatch("work", 0.4);
-  schedule(0.5, recording("timer"));
+  schedule(0.5, makeRecorder("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0.4);
 }
@@ -202,7 +202,7 @@ TEST_F(NSRunLoopTest, WaitsForTheWindowSystem) {
 }
 
 TEST_F(NSRunLoopTest, WaitsNoLongerThanTheLimit) {
-  schedule(0.5, recording("timer"));
+  schedule(0.5, makeRecorder("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(platform.now(), 0.2);
 }
@@ -275,8 +275,8 @@ TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
 }
 
 TEST_F(NSRunLoopTest, RunsUntilTheDateAndNotLonger) {
-  schedule(1.0, recording("at the date"));
-  schedule(1.000000001, recording("after it"));
+  schedule(1.0, makeRecorder("at the date"));
+  schedule(1.000000001, makeRecorder("after it"));
   loop.runUntilDate(nanosecondsFromSeconds(1));
   EXPECT_EQ(records, std::vector<std::string>{"at the date"});
   EXPECT_EQ(platform.now(), 1);
@@ -291,10 +291,10 @@ TEST_F(NSRunLoopTest, RunsTheWorkThatIsDueAtTheDate) {
 }
 
 TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
-  const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
-  schedule(0.1, slow, Repeats::Yes);
+  const auto slowTicker = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
+  schedule(0.1, slowTicker, Repeats::Yes);
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(slow->ticks(), 5);  // the last tick was due at 0.9 s and fired at 1.1 s
+  EXPECT_EQ(slowTicker->ticks(), 5);  // the last tick was due at 0.9 s and fired at 1.1 s
 }
 
 TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
@@ -305,17 +305,17 @@ TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
 }
 
 TEST_F(NSRunLoopTest, RunsUntilTheFunctionReturnsTrue) {
-  bool done = false;
-  schedule(1.0, [&done] { done = true; });
-  schedule(2.0, recording("too late"));
-  loop.runUntil([&done] { return done; });
+  bool isDone = false;
+  schedule(1.0, [&isDone] { isDone = true; });
+  schedule(2.0, makeRecorder("too late"));
+  loop.runUntil([&isDone] { return isDone; });
   EXPECT_EQ(platform.now(), 1);
   EXPECT_TRUE(records.empty());
 }
 
 TEST_F(NSRunLoopTest, NextDeadlineDependsOnTheLoopsMode) {
   EXPECT_EQ(loop.nextDeadline(), kNever);
-  schedule(0.5, recording("timer"));
+  schedule(0.5, makeRecorder("timer"));
   dispatch("work", 0.7);
   EXPECT_EQ(loop.nextDeadline(), nanosecondsFromSeconds(0.5));
   loop.setMode(NSModalPanelRunLoopMode);
@@ -339,14 +339,14 @@ TEST_F(NSRunLoopTest, TheLoopIsUsableAfterATimerThrows) {
   EXPECT_EQ(records, std::vector<std::string>{"tick"});
 }
 
-TEST_F(NSRunLoopTest, IsTheCurrentOneOnTheMainThreadOnly) {
+TEST_F(NSRunLoopTest, IsTheCurrentRunLoopOnlyOnTheMainThread) {
   EXPECT_EQ(NSRunLoop::currentRunLoop(), &loop);
-  NSRunLoop* onAnotherThread = &loop;
-  std::thread([&] { onAnotherThread = NSRunLoop::currentRunLoop(); }).join();
-  EXPECT_EQ(onAnotherThread, nullptr);
+  NSRunLoop* loopOnAnotherThread = &loop;
+  std::thread([&] { loopOnAnotherThread = NSRunLoop::currentRunLoop(); }).join();
+  EXPECT_EQ(loopOnAnotherThread, nullptr);
 }
 
-TEST_F(NSRunLoopTest, ANewClockInvalidatesTheTimersOfTheOldOne) {
+TEST_F(NSRunLoopTest, ANewClockInvalidatesAllTimers) {
   const auto timer = schedule(0.1, make<Ticker>());
   loop.setClock(std::make_unique<VirtualClock>());
   EXPECT_FALSE(timer->isValid());

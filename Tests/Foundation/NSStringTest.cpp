@@ -22,12 +22,12 @@ float floatValue(std::string_view text) {
   return NSString::stringWithUTF8String(text)->floatValue();
 }
 
-struct Case {
+struct FloatValueCase {
   std::string_view text;
   float value;
 };
 
-void expectValues(const std::vector<Case>& cases) {
+void expectValues(const std::vector<FloatValueCase>& cases) {
   for (const auto& [text, value] : cases) {
     EXPECT_EQ(floatValue(text), value) << '"' << text << '"';
   }

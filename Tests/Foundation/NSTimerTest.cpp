@@ -45,13 +45,13 @@ TEST_F(NSTimerTest, RepeatsEveryInterval) {
 TEST_F(NSTimerTest, MayCallAnOperationWithoutParameters) {
   class Alarm final : public Class<Alarm, "Alarm"> {
    public:
-    void ring() { ++rings; }
-    int rings = 0;
+    void ring() { ++ringCount; }
+    int ringCount = 0;
   };
   const auto alarm = make<Alarm>();
   NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Alarm::ring>(0.5, alarm, false);
   platform.run(1);
-  EXPECT_EQ(alarm->rings, 1);
+  EXPECT_EQ(alarm->ringCount, 1);
 }
 
 TEST_F(NSTimerTest, TimersThatAreDueFireEarliestFirst) {
@@ -104,11 +104,11 @@ TEST_F(NSTimerTest, PhaseDoesNotDriftOverManyFirings) {
 
 TEST_F(NSTimerTest, TheNextFireDateIsSetBeforeTheTargetIsCalled) {
   Nanoseconds fireDateInside = 0;
-  const auto slow = make<Ticker>([&fireDateInside](NSTimer& timer) {
+  const auto slowTicker = make<Ticker>([&fireDateInside](NSTimer& timer) {
     letTimePass(0.25);
     fireDateInside = timer.fireDate();
   });
-  const auto timer = schedule(0.1, slow, Repeats::Yes);
+  const auto timer = schedule(0.1, slowTicker, Repeats::Yes);
   letTimePass(0.1);
   loop.pump();
   EXPECT_EQ(fireDateInside, nanosecondsFromSeconds(0.2));
@@ -116,13 +116,13 @@ TEST_F(NSTimerTest, TheNextFireDateIsSetBeforeTheTargetIsCalled) {
 }
 
 TEST_F(NSTimerTest, FiresOncePerPassEvenIfItsTargetIsSlow) {
-  const auto slow = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
-  const auto timer = schedule(0.1, slow, Repeats::Yes);
+  const auto slowTicker = make<Ticker>([](NSTimer&) { letTimePass(0.25); });
+  const auto timer = schedule(0.1, slowTicker, Repeats::Yes);
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(slow->ticks(), 1);
+  EXPECT_EQ(slowTicker->ticks(), 1);
   loop.pump();
-  EXPECT_EQ(slow->ticks(), 2);
+  EXPECT_EQ(slowTicker->ticks(), 2);
 }
 
 TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNextPass) {
@@ -139,9 +139,9 @@ TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNextPass) {
 }
 
 TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
-  Strong<NSTimer> second;
-  schedule(0.1, [&second] { second->invalidate(); });
-  second = scheduleNamed("second", 0.2);
+  Strong<NSTimer> secondTimer;
+  schedule(0.1, [&secondTimer] { secondTimer->invalidate(); });
+  secondTimer = scheduleNamed("second", 0.2);
   letTimePass(1);
   loop.pump();
   EXPECT_TRUE(firedTimers.empty());
@@ -149,9 +149,9 @@ TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
 
 TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
   int depth = 0;
-  int deepest = 0;
+  int maximumDepth = 0;
   const auto nestingTicker = make<Ticker>([&](NSTimer&) {
-    deepest = std::max(deepest, ++depth);
+    maximumDepth = std::max(maximumDepth, ++depth);
     loop.runUntilDate(loop.now() + nanosecondsFromSeconds(0.35));
     --depth;
   });
@@ -159,7 +159,7 @@ TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
   scheduleNamed("other", 0.25);
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(deepest, 1);
+  EXPECT_EQ(maximumDepth, 1);
   EXPECT_EQ(nestingTicker->ticks(), 1);
   EXPECT_EQ(firedTimers, std::vector<std::string>{"other"});
   loop.pump();  // the call has returned, so the timer fires again
@@ -201,12 +201,12 @@ TEST_F(NSTimerTest, DoesNotFireAgainAfterItsTargetInvalidatesIt) {
   Weak<Ticker> target;
   bool isAliveInside = false;
   {
-    auto last = make<Ticker>([&](NSTimer& timer) {
+    auto lastTicker = make<Ticker>([&](NSTimer& timer) {
       timer.invalidate();
       isAliveInside = !target.expired();
     });
-    target = last;
-    schedule(0.1, last, Repeats::Yes);
+    target = lastTicker;
+    schedule(0.1, lastTicker, Repeats::Yes);
   }
   platform.run(1);
   EXPECT_TRUE(isAliveInside);
@@ -253,7 +253,7 @@ TEST_F(NSTimerTest, NeverFiresOnAThreadWithoutARunLoop) {
 
 TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
   bool isValid = true;
-  std::thread other([&isValid] {
+  std::thread otherThread([&isValid] {
     const auto timer = schedule(0.1, make<Ticker>());
     timer->invalidate();
     isValid = timer->isValid();
@@ -261,7 +261,7 @@ TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
   for (int number = 0; number < 100; ++number) {
     schedule(0.1, ticker)->invalidate();
   }
-  other.join();
+  otherThread.join();
   EXPECT_FALSE(isValid);
 }
 

@@ -31,7 +31,7 @@ class Pipe : NonCopyable {
     close(ends_[1]);
   }
   [[nodiscard]] WaitHandle output() const { return WaitHandle(ends_[0]); }
-  void fill() const { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
+  void writeByte() const { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
 
  private:
   std::array<int, 2> ends_{};
@@ -48,8 +48,8 @@ class RealClockTest : public testing::Test {
 
   // Returns true if the loop's descriptor becomes readable within `milliseconds`.
   bool isReadable(int milliseconds = 0) {
-    pollfd polled{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
-    return poll(&polled, 1, milliseconds) == 1;
+    pollfd pollEntry{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    return poll(&pollEntry, 1, milliseconds) == 1;
   }
   // Runs passes until the descriptor is no longer readable, as a host does before it waits.
   void pumpUntilIdle() {
@@ -57,17 +57,17 @@ class RealClockTest : public testing::Test {
       loop.pump();
     }
   }
-  static void onAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
+  static void runOnAnotherThread(const std::function<void()>& work) { std::thread(work).join(); }
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
 };
 
 TEST_F(RealClockTest, NeverGoesBack) {
-  Nanoseconds last = loop.now();
+  Nanoseconds previousTime = loop.now();
   for (int reading = 0; reading < 1000; ++reading) {
-    const Nanoseconds now = loop.now();
-    EXPECT_GE(now, last);
-    last = now;
+    const Nanoseconds currentTime = loop.now();
+    EXPECT_GE(currentTime, previousTime);
+    previousTime = currentTime;
   }
 }
 
@@ -77,45 +77,45 @@ TEST_F(RealClockTest, DoesNotWaitForAPastDeadline) {
 }
 
 TEST_F(RealClockTest, AWaitNeverEndsEarly) {
-  for (const Nanoseconds span : {1, 1'000, 300'000, 1'000'000, 2'500'000}) {
-    const Nanoseconds deadline = loop.now() + span;
+  for (const Nanoseconds duration : {1, 1'000, 300'000, 1'000'000, 2'500'000}) {
+    const Nanoseconds deadline = loop.now() + duration;
     loop.clock().waitUntil(deadline);
     EXPECT_GE(loop.now(), deadline);
   }
 }
 
 TEST_F(RealClockTest, ATimerNeverFiresEarly) {
-  Nanoseconds firedAt = 0;
-  const auto timer = schedule(0.003, [&] { firedAt = loop.now(); });
+  Nanoseconds fireTime = 0;
+  const auto timer = schedule(0.003, [&] { fireTime = loop.now(); });
   const Nanoseconds fireDate = timer->fireDate();
-  loop.runUntil([&] { return firedAt != 0; });
-  EXPECT_GE(firedAt, fireDate);
+  loop.runUntil([&] { return fireTime != 0; });
+  EXPECT_GE(fireTime, fireDate);
 }
 
 TEST_F(RealClockTest, WorkNeverRunsEarly) {
-  Nanoseconds ranAt = 0;
-  const dispatch_time_t when = dispatch_time(DISPATCH_TIME_NOW, 3 * kMillisecond);
-  dispatch_after(when, dispatch_get_main_queue(), [&] { ranAt = loop.now(); });
-  loop.runUntil([&] { return ranAt != 0; });
-  EXPECT_GE(ranAt, when);
+  Nanoseconds runTime = 0;
+  const dispatch_time_t dueTime = dispatch_time(DISPATCH_TIME_NOW, 3 * kMillisecond);
+  dispatch_after(dueTime, dispatch_get_main_queue(), [&] { runTime = loop.now(); });
+  loop.runUntil([&] { return runTime != 0; });
+  EXPECT_GE(runTime, dueTime);
 }
 
 TEST_F(RealClockTest, ARepeatingTimerKeepsItsPhase) {
   const auto ticker = make<Ticker>();
   const auto timer = schedule(0.001, ticker, Repeats::Yes);
-  const Nanoseconds first = timer->fireDate();
+  const Nanoseconds firstFireDate = timer->fireDate();
   loop.runUntil([&] { return ticker->ticks() == 5; });
-  EXPECT_EQ((timer->fireDate() - first) % kMillisecond, 0);
+  EXPECT_EQ((timer->fireDate() - firstFireDate) % kMillisecond, 0);
 }
 
 TEST_F(RealClockTest, AWaitWithoutADeadlineEndsWhenAnotherThreadWakesIt) {
-  std::thread other([this] { loop.clock().wake(); });
+  std::thread otherThread([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
-  other.join();
+  otherThread.join();
 }
 
-TEST_F(RealClockTest, AWakeUpThatComesFirstEndsTheNextWait) {
-  onAnotherThread([this] { loop.clock().wake(); });
+TEST_F(RealClockTest, AWakeUpBeforeAWaitEndsTheNextWait) {
+  runOnAnotherThread([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
 }
 
@@ -132,9 +132,9 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isIdle = true;
-  std::thread other([this] { loop.wake(); });
+  std::thread otherThread([this] { loop.wake(); });
   loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // waits after one pass
-  other.join();
+  otherThread.join();
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
@@ -142,7 +142,7 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
   std::atomic<int> lastRound = 0;
   int runCount = 0;
   constexpr int kRounds = 500;
-  std::thread other([&] {
+  std::thread otherThread([&] {
     for (int round = 0; round < kRounds; ++round) {
       dispatch_async(dispatch_get_main_queue(), [&] {
         ++runCount;
@@ -153,14 +153,14 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
     }
   });
   loop.runUntil([&] { return runCount == kRounds; });
-  other.join();
+  otherThread.join();
   EXPECT_EQ(runCount, kRounds);
 }
 
 TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
   const Pipe pipe;
   loop.watch(pipe.output());
-  pipe.fill();
+  pipe.writeByte();
   loop.clock().waitUntil(kNever);
   loop.watch(WaitHandle());
 }
@@ -170,10 +170,10 @@ TEST_F(RealClockTest, InputOnAReplacedHandleEndsNoWait) {
   const Pipe watchedPipe;
   loop.watch(replacedPipe.output());
   loop.watch(watchedPipe.output());
-  replacedPipe.fill();
+  replacedPipe.writeByte();
   pumpUntilIdle();
   EXPECT_FALSE(isReadable());
-  watchedPipe.fill();
+  watchedPipe.writeByte();
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.watch(WaitHandle());
   loop.pump();
@@ -197,7 +197,7 @@ TEST_F(RealClockTest, TheDescriptorIsNotReadableWhileThereIsNothingToDo) {
 TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
   pumpUntilIdle();
   bool hasRun = false;
-  onAnotherThread(
+  runOnAnotherThread(
       [&hasRun] { dispatch_async(dispatch_get_main_queue(), [&hasRun] { hasRun = true; }); });
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   loop.pump();
@@ -235,9 +235,9 @@ TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
   }
 }
 
-TEST_F(RealClockTest, TheDescriptorStaysReadableUntilAPassHasServedIt) {
+TEST_F(RealClockTest, TheDescriptorStaysReadableUntilTheNextPass) {
   pumpUntilIdle();
-  onAnotherThread([this] { loop.wake(); });
+  runOnAnotherThread([this] { loop.wake(); });
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
   EXPECT_TRUE(isReadable());
   loop.pump();
@@ -249,7 +249,7 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable
   pumpUntilIdle();
   std::atomic<int> startedRound = 0;
   std::atomic<int> endedRound = 0;
-  std::thread other([&] {
+  std::thread otherThread([&] {
     for (int round = 1; round <= kRounds; ++round) {
       startedRound.wait(round - 1);
       loop.wake();
@@ -267,25 +267,25 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable
     loop.pump();
     readableCount += isReadable() ? 1 : 0;
   }
-  other.join();
+  otherThread.join();
   EXPECT_EQ(readableCount, 0);
 }
 
 TEST_F(RealClockTest, NoWorkIsLostWhenSubmissionsRaceWithWaits) {
   constexpr int kThreads = 4;
-  constexpr int kEach = 500;
+  constexpr int kItemsPerThread = 500;
   int runCount = 0;  // used by the main thread only
-  std::array<std::thread, kThreads> others;
-  for (std::thread& other : others) {
-    other = std::thread([&runCount] {
-      for (int number = 0; number < kEach; ++number) {
+  std::array<std::thread, kThreads> otherThreads;
+  for (std::thread& otherThread : otherThreads) {
+    otherThread = std::thread([&runCount] {
+      for (int number = 0; number < kItemsPerThread; ++number) {
         dispatch_async(dispatch_get_main_queue(), [&runCount] { ++runCount; });
       }
     });
   }
-  loop.runUntil([&runCount] { return runCount == kThreads * kEach; });
-  for (std::thread& other : others) {
-    other.join();
+  loop.runUntil([&runCount] { return runCount == kThreads * kItemsPerThread; });
+  for (std::thread& otherThread : otherThreads) {
+    otherThread.join();
   }
   EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
 }

@@ -74,14 +74,14 @@ TEST_F(ReleasePoolTest, APassThatDoesNothingDrainsThePool) {
 }
 
 TEST_F(ReleasePoolTest, ANestedPassReleasesOnlyTheObjectsThatWereAddedInIt) {
-  Weak<TestObject> outer;
-  Weak<TestObject> inner;
+  Weak<TestObject> outerObject;
+  Weak<TestObject> innerObject;
   submit([&] {
-    outer = addObject("outer");
-    submit([&] { inner = addObject("inner"); });
+    outerObject = addObject("outer");
+    submit([&] { innerObject = addObject("inner"); });
     loop.pump();
-    EXPECT_TRUE(inner.expired());
-    EXPECT_FALSE(outer.expired());
+    EXPECT_TRUE(innerObject.expired());
+    EXPECT_FALSE(outerObject.expired());
   });
   loop.pump();
   EXPECT_EQ(destroyedNames, (std::vector<std::string>{"inner", "outer"}));

@@ -75,11 +75,11 @@ TEST(NSDictionaryTest, ValuesMayBeOfAnyClass) {
 }
 
 TEST(NSErrorTest, ReturnsDomainCodeAndUserInfo) {
-  const auto info = NSDictionary::dictionary();
-  const auto error = NSError::errorWithDomainCodeUserInfo("No controller!", 404, info);
+  const auto userInfo = NSDictionary::dictionary();
+  const auto error = NSError::errorWithDomainCodeUserInfo("No controller!", 404, userInfo);
   EXPECT_EQ(error->domain(), "No controller!");
   EXPECT_EQ(error->code(), 404);
-  EXPECT_EQ(error->userInfo(), info);
+  EXPECT_EQ(error->userInfo(), userInfo);
   EXPECT_EQ(NSError::errorWithDomainCodeUserInfo("", 0, nullptr)->userInfo(), nullptr);
 }
 
@@ -90,28 +90,28 @@ TEST(NSBundleTest, HasTheNameOfTheClassThatItWasRequestedFor) {
 class NSProcessInfoTest : public testing::Test {
  protected:
   ~NSProcessInfoTest() override { NSProcessInfo::setOperatingSystemVersion(originalVersion); }
-  static bool atLeast(NSOperatingSystemVersion version) {
+  static bool isAtLeast(NSOperatingSystemVersion version) {
     return NSProcessInfo::isOperatingSystemAtLeastVersion(version);
   }
 
   NSOperatingSystemVersion originalVersion = NSProcessInfo::operatingSystemVersion();
 };
 
-TEST_F(NSProcessInfoTest, TheDefaultVersionIsCurrent) { EXPECT_TRUE(atLeast({10, 14, 0})); }
+TEST_F(NSProcessInfoTest, TheDefaultVersionIsCurrent) { EXPECT_TRUE(isAtLeast({10, 14, 0})); }
 
 TEST_F(NSProcessInfoTest, ASystemIsAtLeastItsOwnAndEveryEarlierVersion) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
-  EXPECT_TRUE(atLeast({10, 14, 3}));
-  EXPECT_TRUE(atLeast({10, 14, 0}));
-  EXPECT_TRUE(atLeast({10, 13, 9}));
-  EXPECT_TRUE(atLeast({9, 99, 99}));
+  EXPECT_TRUE(isAtLeast({10, 14, 3}));
+  EXPECT_TRUE(isAtLeast({10, 14, 0}));
+  EXPECT_TRUE(isAtLeast({10, 13, 9}));
+  EXPECT_TRUE(isAtLeast({9, 99, 99}));
 }
 
 TEST_F(NSProcessInfoTest, ASystemIsNotAtLeastALaterVersion) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
-  EXPECT_FALSE(atLeast({10, 14, 4}));
-  EXPECT_FALSE(atLeast({10, 15, 0}));
-  EXPECT_FALSE(atLeast({11, 0, 0}));
+  EXPECT_FALSE(isAtLeast({10, 14, 4}));
+  EXPECT_FALSE(isAtLeast({10, 15, 0}));
+  EXPECT_FALSE(isAtLeast({11, 0, 0}));
 }
 
 TEST(NSThreadTest, AnotherThreadIsNotTheMainThread) {

@@ -18,8 +18,8 @@ using testing::internal::GetCapturedStdout;
 
 struct Result {
   int status = 0;
-  std::string out;
-  std::string err;
+  std::string output;
+  std::string errors;
 };
 
 Result run(std::vector<const char*> arguments) {
@@ -33,31 +33,31 @@ Result run(std::vector<const char*> arguments) {
 TEST(CommandLineTest, HelpNamesTheCommands) {
   const Result result = run({"--help"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, HasSubstr("\n  show "));
-  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(result.output, HasSubstr("\n  show "));
+  EXPECT_EQ(result.errors, "");
 }
 
 TEST(CommandLineTest, ShowHasItsOwnHelp) {
   const Result result = run({"show", "--help"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, HasSubstr("--duration SECONDS=5 "));
-  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(result.output, HasSubstr("--duration SECONDS=5 "));
+  EXPECT_EQ(result.errors, "");
 }
 
 TEST(CommandLineTest, VersionWorksWithAndWithoutACommand) {
   for (const Result& result : {run({"--version"}), run({"show", "--version"})}) {
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.out, testing::MatchesRegex("launchscreen [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(result.output, testing::MatchesRegex("launchscreen [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(result.errors, "");
   }
 }
 
 struct BadUsage {
-  const char* fact;
+  const char* testName;
   std::vector<const char*> arguments;
   const char* message;
 
-  friend void PrintTo(const BadUsage& usage, std::ostream* out) { *out << usage.fact; }
+  friend void PrintTo(const BadUsage& usage, std::ostream* out) { *out << usage.testName; }
 };
 
 class BadUsageTest : public testing::TestWithParam<BadUsage> {};
@@ -65,11 +65,11 @@ class BadUsageTest : public testing::TestWithParam<BadUsage> {};
 TEST_P(BadUsageTest, IsReportedInOneLine) {
   const Result result = run(GetParam().arguments);
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.out, "");
-  EXPECT_THAT(result.err, testing::StartsWith("launchscreen: "));
-  EXPECT_THAT(result.err, HasSubstr(GetParam().message));
-  EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
-  EXPECT_TRUE(result.err.ends_with('\n'));
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.errors, testing::StartsWith("launchscreen: "));
+  EXPECT_THAT(result.errors, HasSubstr(GetParam().message));
+  EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1) << result.errors;
+  EXPECT_TRUE(result.errors.ends_with('\n'));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"EventsFileThatCannotBeWritten",
                  {"show", "--events", "/nonexistent/file"},
                  "/nonexistent/file"}),
-    [](const testing::TestParamInfo<BadUsage>& tested) { return tested.param.fact; });
+    [](const testing::TestParamInfo<BadUsage>& testInfo) { return testInfo.param.testName; });
 
 }  // namespace
 }  // namespace vel::host

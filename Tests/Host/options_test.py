@@ -51,10 +51,10 @@ def completions(*words):
         f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
         ' printf "%s\\n" "${COMPREPLY[@]}"'
     )
-    offered = subprocess.run(
+    completion_process = subprocess.run(
         ["bash", "-c", script, "bash", *words], capture_output=True, text=True, check=True
     )
-    return set(offered.stdout.split())
+    return set(completion_process.stdout.split())
 
 
 class Options(unittest.TestCase):
@@ -76,8 +76,8 @@ class Options(unittest.TestCase):
     def test_completion_has_exactly_the_options_of_the_help(self):
         for command in commands():
             with self.subTest(command):
-                offered = {word for word in completions(command, "") if word.startswith("-")}
-                self.assertEqual(offered, set(help_options(command)))
+                offered_options = {word for word in completions(command, "") if word.startswith("-")}
+                self.assertEqual(offered_options, set(help_options(command)))
 
     def test_values_are_the_same_in_help_manual_and_completion(self):
         for command in commands():
@@ -110,13 +110,13 @@ class Options(unittest.TestCase):
     def test_manual_has_no_formatting_errors(self):
         # groff may be missing, because it is not required to build.
         try:
-            checked = subprocess.run(
+            groff_process = subprocess.run(
                 ["groff", "-man", "-ww", "-z", "-Tutf8", str(MANUAL)],
                 capture_output=True, text=True, check=False,
             )
         except FileNotFoundError:
             self.skipTest("groff is not installed")
-        self.assertEqual((checked.returncode, checked.stderr), (0, ""))
+        self.assertEqual((groff_process.returncode, groff_process.stderr), (0, ""))
 
 
 if __name__ == "__main__":

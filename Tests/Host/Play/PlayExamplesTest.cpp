@@ -21,7 +21,7 @@ constexpr const char* kScenarios = "Examples/scenarios";
 constexpr const char* kTraces = "Tests/Host/Play/golden";
 
 // Returns the sorted names of the files with this extension, without the extension.
-std::vector<std::string> namesIn(const fs::path& folder, std::string_view extension) {
+std::vector<std::string> fileNamesIn(const fs::path& folder, std::string_view extension) {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder)) {
     if (entry.path().extension() == extension) {
@@ -32,7 +32,7 @@ std::vector<std::string> namesIn(const fs::path& folder, std::string_view extens
   return names;
 }
 
-std::string contents(const fs::path& file) {
+std::string readFile(const fs::path& file) {
   std::ostringstream text;
   text << std::ifstream(file, std::ios::binary).rdbuf();
   return text.str();
@@ -43,11 +43,11 @@ std::string scenarioOf(const std::string& trace) { return trace.substr(0, trace.
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
-  const std::string expected = contents(fs::path(kTraces) / (GetParam() + ".jsonl"));
+  const std::string expected = readFile(fs::path(kTraces) / (GetParam() + ".jsonl"));
   const std::string scenario = (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
   const int status =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
-  for (int time = 0; time < 2; ++time) {
+  for (int round = 0; round < 2; ++round) {
     std::istringstream input;
     std::ostringstream trace;
     EXPECT_EQ(play({.file = scenario}, input, trace), status);
@@ -55,25 +55,26 @@ TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
   }
 }
 
-std::string testNameOf(const testing::TestParamInfo<std::string>& info) {
-  std::string name = scenarioOf(info.param);
+std::string testNameOf(const testing::TestParamInfo<std::string>& testInfo) {
+  std::string name = scenarioOf(testInfo.param);
   std::ranges::replace_if(
       name, [](char character) { return std::isalnum(character) == 0; }, '_');
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest, testing::ValuesIn(namesIn(kTraces, ".jsonl")),
-                         testNameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
+                         testing::ValuesIn(fileNamesIn(kTraces, ".jsonl")), testNameOf);
 
 TEST(PlayExampleListTest, EachScenarioHasOneTrace) {
-  std::vector<std::string> played;
-  std::ranges::transform(namesIn(kTraces, ".jsonl"), std::back_inserter(played), &scenarioOf);
-  EXPECT_EQ(played, namesIn(kScenarios, ".json"));
+  std::vector<std::string> scenariosWithTraces;
+  std::ranges::transform(fileNamesIn(kTraces, ".jsonl"), std::back_inserter(scenariosWithTraces),
+                         &scenarioOf);
+  EXPECT_EQ(scenariosWithTraces, fileNamesIn(kScenarios, ".json"));
 }
 
 TEST(PlayExampleListTest, ReadmeListsEachScenario) {
-  const std::string list = contents(fs::path(kScenarios) / "README.md");
-  for (const std::string& scenario : namesIn(kScenarios, ".json")) {
+  const std::string list = readFile(fs::path(kScenarios) / "README.md");
+  for (const std::string& scenario : fileNamesIn(kScenarios, ".json")) {
     EXPECT_THAT(list, testing::HasSubstr("\n| [" + scenario + "](" + scenario + ".json) |"));
   }
 }

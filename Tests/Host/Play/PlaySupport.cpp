@@ -42,12 +42,12 @@ Lines play(std::string_view steps, double until, std::string_view host) {
 }
 
 Lines linesAfter(const Lines& trace, std::string_view step) {
-  const std::string start = "\"do\":\"" + std::string(step) + "\"}";
+  const std::string lineOfStep = "\"do\":\"" + std::string(step) + "\"}";
   Lines lines;
   bool isInsideStep = false;
   for (const std::string& line : trace) {
     if (isOfKind(line, "do")) {
-      isInsideStep = withoutTime(line) == start;
+      isInsideStep = withoutTime(line) == lineOfStep;
       if (isInsideStep) {
         lines.clear();
       }
@@ -72,8 +72,8 @@ nlohmann::json lastInspection(const Lines& trace) {
   return nlohmann::json::parse(trace.back())["inspect"];
 }
 
-std::string covered(std::string_view steps) {
-  return std::string(kCovered) + "," + std::string(steps);
+std::string coverThen(std::string_view steps) {
+  return std::string(kCoverSteps) + "," + std::string(steps);
 }
 
 }  // namespace vel::host

@@ -20,7 +20,7 @@ struct PlayResult {
   std::vector<PlayState> states;
 };
 
-/// Plays a scenario given as JSON.
+/// Plays a scenario in JSON.
 PlayResult playScenario(std::string_view scenario);
 
 /// Plays steps until the time `until` and returns the trace. `steps` is the content of a JSON
@@ -39,12 +39,12 @@ Lines linesOfKind(const Lines& trace, std::string_view kind);
 nlohmann::json lastInspection(const Lines& trace);
 
 /// Steps that request a launch screen of five seconds and embed it in the window "player".
-inline constexpr std::string_view kCovered =
+inline constexpr std::string_view kCoverSteps =
     R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
-/// Returns `kCovered` followed by `steps`.
-std::string covered(std::string_view steps);
+/// Returns `kCoverSteps` followed by `steps`.
+std::string coverThen(std::string_view steps);
 
 /// A host whose player window has a content view controller.
 inline constexpr std::string_view kHostWithController =

@@ -13,13 +13,13 @@ SMALL = '{"steps": [{"do": "activate"}], "until": 1}'
 
 class Plays(unittest.TestCase):
     def test_standard_input_gives_the_same_trace_as_the_file(self):
-        from_file = run("play", str(EXAMPLE))
+        file_result = run("play", str(EXAMPLE))
         with EXAMPLE.open() as text:
-            from_input = run("play", "-", stdin=text)
-        self.assertEqual(from_file.returncode, 0)
-        self.assertEqual(from_file.stderr, "")
-        self.assertEqual(from_input.stdout, from_file.stdout)
-        self.assertEqual(from_input.returncode, 0)
+            input_result = run("play", "-", stdin=text)
+        self.assertEqual(file_result.returncode, 0)
+        self.assertEqual(file_result.stderr, "")
+        self.assertEqual(input_result.stdout, file_result.stdout)
+        self.assertEqual(input_result.returncode, 0)
 
     def test_two_plays_give_the_same_trace(self):
         self.assertEqual(run("play", str(EXAMPLE)).stdout, run("play", str(EXAMPLE)).stdout)
@@ -45,9 +45,9 @@ class Refusals(unittest.TestCase):
             with self.subTest(content[:20]):
                 self.error_for(content)
 
-    def test_error_names_the_place_of_an_invalid_value(self):
+    def test_error_names_the_path_of_an_invalid_value(self):
         step = '{{"steps": [{{"do": "activate"}}, {}]}}'
-        for content, place in (
+        for content, path in (
             (step.format('{"do": "vanish"}'), "/steps/1/do"),
             (step.format('{"do": "makeKey"}'), "/steps/1/window"),
             (step.format('{"do": "makeKey", "window": "nobody"}'), "/steps/1/window"),
@@ -65,7 +65,7 @@ class Refusals(unittest.TestCase):
             ('{"end": 1}', "/end"),
         ):
             with self.subTest(content):
-                self.assertEqual(self.error_for(content).split(": ")[0], place)
+                self.assertEqual(self.error_for(content).split(": ")[0], path)
 
     def test_missing_file_is_reported(self):
         for name in ("/nowhere/at/all.json", str(ROOT)):

@@ -21,8 +21,8 @@ class LineConsoleTest : public testing::Test {
   // Shows a whole countdown on the console, with the tick interval of the library.
   void countDown(double total) {
     double time = 0;
-    for (double left = total; left > 0; left -= 0.1, time += 0.1) {
-      console.showTimeLeft(time, runningCountdown(left, total));
+    for (double remaining = total; remaining > 0; remaining -= 0.1, time += 0.1) {
+      console.showTimeLeft(time, runningCountdown(remaining, total));
     }
   }
 

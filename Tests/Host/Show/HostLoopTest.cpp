@@ -13,9 +13,9 @@ namespace vel::host {
 namespace {
 
 bool isBlocked(int signal) {
-  sigset_t blocked;
-  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-  return sigismember(&blocked, signal) == 1;
+  sigset_t blockedSignals;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blockedSignals);
+  return sigismember(&blockedSignals, signal) == 1;
 }
 
 /// Replaces the standard input of the process with a pipe that the test writes to.
@@ -67,11 +67,11 @@ class HostLoopTest : public testing::Test {
 
 TEST_F(HostLoopTest, RunsTheMainQueueUntilTheConditionIsTrue) {
   HostLoop loop;
-  bool isWorkDone = false;
-  dispatch_async(dispatch_get_main_queue(), [&isWorkDone] {
-    dispatch_async(dispatch_get_main_queue(), [&isWorkDone] { isWorkDone = true; });
+  bool hasRunWork = false;
+  dispatch_async(dispatch_get_main_queue(), [&hasRunWork] {
+    dispatch_async(dispatch_get_main_queue(), [&hasRunWork] { hasRunWork = true; });
   });
-  EXPECT_EQ(loop.runUntil([&isWorkDone] { return isWorkDone; }), 0);
+  EXPECT_EQ(loop.runUntil([&hasRunWork] { return hasRunWork; }), 0);
 }
 
 class HostLoopSignalTest : public HostLoopTest, public testing::WithParamInterface<int> {};
@@ -151,16 +151,16 @@ TEST_F(HostLoopTest, ClosedInputDoesNotKeepTheLoopBusy) {
   loop.setEnterHandler([&isEnterReported] { isEnterReported = true; });
   input.closeWriteEnd();
   bool isTimeUp = false;
-  int passes = 0;
+  int passCount = 0;
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 100), dispatch_get_main_queue(),
                  [&isTimeUp] { isTimeUp = true; });
   EXPECT_EQ(loop.runUntil([&] {
-    ++passes;
+    ++passCount;
     return isTimeUp;
   }),
             0);
   EXPECT_FALSE(isEnterReported);
-  EXPECT_LE(passes, 5);
+  EXPECT_LE(passCount, 5);
 }
 
 TEST_F(HostLoopTest, InputIsNotReadWithoutAnEnterHandler) {

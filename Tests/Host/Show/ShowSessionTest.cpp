@@ -99,8 +99,8 @@ class ShowSessionPresentationTest : public ShowSessionTest,
 
 INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
                          testing::Values("modal", "sheet"),
-                         [](const testing::TestParamInfo<std::string>& tested) {
-                           return tested.param;
+                         [](const testing::TestParamInfo<std::string>& testInfo) {
+                           return testInfo.param;
                          });
 
 TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
@@ -140,7 +140,7 @@ TEST_F(ShowSessionTest, EventOfTheOptionsIsRecorded) {
 
 // The end of a session
 
-TEST_F(ShowSessionTest, EndsAfterTheEventIsRecordedAndTheCoverRemoved) {
+TEST_F(ShowSessionTest, EndsAfterTheEventAndTheRemovalOfTheCover) {
   start();
   run(2.9);
   EXPECT_THAT(out.str(), testing::HasSubstr("event recorded"));
@@ -227,8 +227,8 @@ class ShowSessionDurationTest : public ShowSessionTest,
 
 INSTANTIATE_TEST_SUITE_P(Invalid, ShowSessionDurationTest,
                          testing::Values("abc", "0", "", "nan", "inf"),
-                         [](const testing::TestParamInfo<std::string>& tested) {
-                           return tested.param.empty() ? "empty" : tested.param;
+                         [](const testing::TestParamInfo<std::string>& testInfo) {
+                           return testInfo.param.empty() ? "empty" : testInfo.param;
                          });
 
 TEST_P(ShowSessionDurationTest, OnlyTheLibraryReportsAnInvalidDuration) {
@@ -365,8 +365,8 @@ class ShowSessionDestroyedPlayerTest : public ShowSessionTest,
 
 INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
                          testing::Values("embedded", "sheet"),
-                         [](const testing::TestParamInfo<std::string>& tested) {
-                           return tested.param;
+                         [](const testing::TestParamInfo<std::string>& testInfo) {
+                           return testInfo.param;
                          });
 
 TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithItsEvent) {
@@ -439,34 +439,36 @@ TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
   EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
 }
 
-TEST_F(ShowSessionTest, AnimationContinuesUnderTheCoverAndAfterIt) {
+TEST_F(ShowSessionTest, AnimationContinuesDuringAndAfterTheCover) {
   options.hasContentController = true;
   start();
-  const CGRect place = player().scene[1].frame;
+  const CGRect frame = player().scene[1].frame;
   run(0.5);
-  EXPECT_NE(player().scene[1].frame, place);
+  EXPECT_NE(player().scene[1].frame, frame);
   run(1.6);
   ASSERT_EQ(player().scene.size(), kPlayerItems);
-  const CGRect uncoveredPlace = player().scene[1].frame;
+  const CGRect frameAfterCover = player().scene[1].frame;
   run(0.2);
-  EXPECT_NE(player().scene[1].frame, uncoveredPlace);
+  EXPECT_NE(player().scene[1].frame, frameAfterCover);
 }
 
 TEST_F(ShowSessionTest, AnimationContinuesBesideAModalWindow) {
   options.presentation = "modal";
   start();
-  const CGRect place = player().scene[1].frame;
+  const CGRect frame = player().scene[1].frame;
   run(0.5);
-  EXPECT_NE(player().scene[1].frame, place);
+  EXPECT_NE(player().scene[1].frame, frame);
 }
 
 struct ShutDownCase {
-  const char* fact;
+  const char* testName;
   const char* presentation;
   bool hasContentController;
   double secondsBeforeShutDown;
 
-  friend void PrintTo(const ShutDownCase& tested, std::ostream* out) { *out << tested.fact; }
+  friend void PrintTo(const ShutDownCase& testCase, std::ostream* out) {
+    *out << testCase.testName;
+  }
 };
 
 class ShowSessionShutDownTest : public ShowSessionTest,
@@ -501,7 +503,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ShutDownCase{"ModalOfAContentController", "modal", true, 0.5},
                     ShutDownCase{"Sheet", "sheet", true, 0.5},
                     ShutDownCase{"DismissedCoverThatIsStillShown", "embedded", false, 2.4}),
-    [](const testing::TestParamInfo<ShutDownCase>& tested) { return tested.param.fact; });
+    [](const testing::TestParamInfo<ShutDownCase>& testInfo) { return testInfo.param.testName; });
 
 TEST_F(ShowSessionTest, ShutDownAfterTheEndDoesNotDismissAgain) {
   start();

@@ -27,11 +27,11 @@ def running_show(until, *arguments, **settings):
     """Starts the program and waits until it prints `until`. Kills the program after the block."""
     process = start("show", "--display", "headless", *arguments, **settings)
     try:
-        process.read_so_far = b""
-        while until.encode() not in process.read_so_far:
+        process.received_output = b""
+        while until.encode() not in process.received_output:
             line = process.stdout.readline()
-            assert line, process.read_so_far
-            process.read_so_far += line
+            assert line, process.received_output
+            process.received_output += line
         yield process
     finally:
         process.kill()
@@ -44,4 +44,4 @@ def running_show(until, *arguments, **settings):
 def wait_for_end(process):
     """Waits until a process from `running_show` ends. Returns the exit status and all output."""
     rest, _ = process.communicate(timeout=TIMEOUT)
-    return process.returncode, (process.read_so_far + rest).decode()
+    return process.returncode, (process.received_output + rest).decode()

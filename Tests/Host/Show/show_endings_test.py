@@ -75,10 +75,10 @@ class Endings(unittest.TestCase):
             process.stdin.write(b"\n")
             process.stdin.flush()
             for line in process.stdout:
-                process.read_so_far += line
+                process.received_output += line
             self.assertEqual(process.wait(TIMEOUT), 0)
             self.assertEqual(
-                reports(process.read_so_far.decode())[-2:], ["dismissed", "uncovered"]
+                reports(process.received_output.decode())[-2:], ["dismissed", "uncovered"]
             )
 
     def test_enter_does_nothing_in_forced_mode(self):

@@ -8,14 +8,14 @@ from show import reports, running_show, wait_for_end
 
 
 class Signals(unittest.TestCase):
-    def test_window_is_restored_first(self):
-        for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+    def test_signal_restores_the_window_before_the_end(self):
+        for sent_signal in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for arguments in ([], ["--content-controller"]):
-                with self.subTest(signal=ending, arguments=arguments):
+                with self.subTest(signal=sent_signal, arguments=arguments):
                     with running_show("controls removed", "--duration", "60", *arguments) as process:
-                        process.send_signal(ending)
+                        process.send_signal(sent_signal)
                         status, output = wait_for_end(process)
-                    self.assertEqual(status, 128 + ending)
+                    self.assertEqual(status, 128 + sent_signal)
                     self.assertIn("controls restored", reports(output))
                     self.assertEqual(reports(output)[-1], "uncovered")
                     self.assertNotIn("event recorded", output)

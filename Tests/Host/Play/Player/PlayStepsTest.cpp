@@ -40,14 +40,14 @@ TEST(PlayStepsTest, ActivateWithoutBrokerDoesNotRegister) {
 }
 
 TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
-  constexpr auto kRefused =
+  constexpr auto kRefusalLine =
       R"("log":"LaunchScreenManager (-[LaunchScreenManager parseParameters:]): )"
       R"(Content request parameters is nil or empty!"})";
   constexpr auto kNullResult = R"("answer":{"contentDataForContentRequest:":null}})";
   EXPECT_THAT(linesAfter(play(R"({"do":"request"})"), "request"),
-              ElementsAre(kRefused, kNullResult));
+              ElementsAre(kRefusalLine, kNullResult));
   EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":null})"), "request"),
-              ElementsAre(kRefused, kNullResult));
+              ElementsAre(kRefusalLine, kNullResult));
   EXPECT_THAT(linesAfter(play(R"({"do":"request","parameters":{}})"), "request"),
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNullResult));
 }
@@ -63,9 +63,11 @@ TEST(PlayStepsTest, NumbersTextsAndBooleansBecomeTheInterval) {
 }
 
 struct RefusedDuration {
-  const char* fact;
+  const char* testName;
   const char* value;
-  friend void PrintTo(const RefusedDuration& duration, std::ostream* out) { *out << duration.fact; }
+  friend void PrintTo(const RefusedDuration& duration, std::ostream* out) {
+    *out << duration.testName;
+  }
 };
 
 class RefusedDurationTest : public testing::TestWithParam<RefusedDuration> {};
@@ -75,7 +77,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(RefusedDuration{"Null", "null"}, RefusedDuration{"False", "false"},
                     RefusedDuration{"Array", "[5]"}, RefusedDuration{"Object", R"({"seconds":5})"},
                     RefusedDuration{"Word", R"("soon")"}, RefusedDuration{"Zero", "0"}),
-    [](const testing::TestParamInfo<RefusedDuration>& tested) { return tested.param.fact; });
+    [](const testing::TestParamInfo<RefusedDuration>& testInfo) {
+      return testInfo.param.testName;
+    });
 
 TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam().value), nullptr); }
 
@@ -97,7 +101,7 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeItsContentIsLoaded)
 
 TEST(PlayStepsTest, RequestWhileCoveredReturnsTheTemporaryContent) {
   const std::string request =
-      covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
+      coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   const Lines trace = play(request, 0, kHostWithController);
   EXPECT_THAT(linesAfter(trace, "request"),
               ElementsAre(R"("answer":{"contentDataForContentRequest:":"temporary"}})"));
@@ -127,7 +131,7 @@ TEST(PlayStepsTest, AfterDeactivationThereIsNoContent) {
 // Present and dismiss
 
 TEST(PlayStepsTest, PresentCoversTheNamedWindow) {
-  const Lines trace = play(covered(R"({"do":"inspect"})"));
+  const Lines trace = play(coverThen(R"({"do":"inspect"})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
   EXPECT_EQ(lastInspection(trace)["controller"]["appWindow"], "player");
 }
@@ -160,36 +164,36 @@ TEST_P(PresentModeTest, BecomesAModeOfTheLibrary) {
 
 TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
   const Lines trace =
-      play(covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
-                   R"({"do":"present","window":"player","mode":2,"content":"temporary"})"),
+      play(coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+                     R"({"do":"present","window":"player","mode":2,"content":"temporary"})"),
            0, kHostWithController);
-  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-1","is":"opened"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modalSteps-1","is":"opened"})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
 TEST(PlayStepsTest, DismissByTheManagerMarksTheLaunchScreenExpired) {
-  const Lines trace = play(covered(R"({"do":"dismiss","by":"manager"})"));
+  const Lines trace = play(coverThen(R"({"do":"dismiss","by":"manager"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], true);
 }
 
 TEST(PlayStepsTest, DismissFromABackgroundThreadAsksTheDelegates) {
-  const Lines trace = play(covered(R"({"do":"dismiss","by":"manager","thread":"background"})"));
+  const Lines trace = play(coverThen(R"({"do":"dismiss","by":"manager","thread":"background"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], true);
 }
 
 TEST(PlayStepsTest, DismissByTheControllerAsksTheDelegates) {
-  const Lines trace = play(covered(R"({"do":"dismiss","by":"controller"})"));
+  const Lines trace = play(coverThen(R"({"do":"dismiss","by":"controller"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":true})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["launchScreenExpired"], false);
 }
 
 TEST(PlayStepsTest, DismissByTheContentDoesNotAskTheDelegates) {
-  const Lines trace = play(covered(R"({"do":"dismiss","by":"content"})"));
+  const Lines trace = play(coverThen(R"({"do":"dismiss","by":"content"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"), ElementsAre(R"("cover":"viewDidDisappear"})",
                                                         R"("host":"contentViewDidDisappear:"})"));
 }
@@ -198,8 +202,8 @@ class DismissWithoutContentTest : public testing::TestWithParam<std::string> {};
 
 INSTANTIATE_TEST_SUITE_P(By, DismissWithoutContentTest,
                          testing::Values("manager", "controller", "content"),
-                         [](const testing::TestParamInfo<std::string>& tested) {
-                           return tested.param;
+                         [](const testing::TestParamInfo<std::string>& testInfo) {
+                           return testInfo.param;
                          });
 
 TEST_P(DismissWithoutContentTest, DoesNothing) {
@@ -214,25 +218,25 @@ TEST(PlayStepsTest, DeactivateReleasesTheContent) {
 // Send
 
 TEST(PlayStepsTest, SendRecordsTheEvent) {
-  const Lines trace = play(covered(R"({"do":"send","operation":"sendAnalyticsEvent"})"), 0.5);
+  const Lines trace = play(coverThen(R"({"do":"send","operation":"sendAnalyticsEvent"})"), 0.5);
   EXPECT_THAT(trace, Contains(R"({"t":0.500000000,"event":"launch_end"})"));
 }
 
 TEST(PlayStepsTest, SendSubscribesAgain) {
   // With a second registration, the deferred dismissal in skip mode runs twice.
-  const std::string away =
+  const std::string leaveSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false},)"
       R"({"do":"dismiss","by":"manager"},)";
-  const std::string back = R"({"do":"makeKey","window":"player"})";
-  const std::string subscribe = R"({"do":"send","operation":"subscribeAppLifecycle"},)";
-  EXPECT_EQ(linesOfKind(play(away + back), "host").size(), 3U);
-  EXPECT_EQ(linesOfKind(play(away + subscribe + back), "host").size(), 4U);
+  const std::string returnStep = R"({"do":"makeKey","window":"player"})";
+  const std::string subscribeStep = R"({"do":"send","operation":"subscribeAppLifecycle"},)";
+  EXPECT_EQ(linesOfKind(play(leaveSteps + returnStep), "host").size(), 3U);
+  EXPECT_EQ(linesOfKind(play(leaveSteps + subscribeStep + returnStep), "host").size(), 4U);
 }
 
 TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
-  const auto timer = [](const std::string& operations) {
+  const auto timerAfter = [](const std::string& operations) {
     const json manager =
         lastInspection(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})" +
                             operations))["manager"];
@@ -240,15 +244,16 @@ TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
                      manager["launchScreenExpirationTimeLeft"].get<double>());
   };
   const std::string start = R"(,{"do":"send","operation":"startTimer"})";
-  EXPECT_EQ(timer(""), std::pair(false, 5.0));
-  EXPECT_EQ(timer(start), std::pair(true, 5.0));
-  EXPECT_EQ(timer(start + R"(,{"do":"send","operation":"pauseTimer"})"), std::pair(false, 5.0));
-  EXPECT_EQ(timer(start + R"(,{"do":"send","operation":"stopTimer"})"), std::pair(false, 0.0));
+  EXPECT_EQ(timerAfter(""), std::pair(false, 5.0));
+  EXPECT_EQ(timerAfter(start), std::pair(true, 5.0));
+  EXPECT_EQ(timerAfter(start + R"(,{"do":"send","operation":"pauseTimer"})"),
+            std::pair(false, 5.0));
+  EXPECT_EQ(timerAfter(start + R"(,{"do":"send","operation":"stopTimer"})"), std::pair(false, 0.0));
 }
 
 TEST(PlayStepsTest, SendCreatesTheIndicator) {
-  EXPECT_EQ(lastInspection(play(kCovered))["controller"]["activityIndicator"], false);
-  EXPECT_EQ(lastInspection(play(covered(
+  EXPECT_EQ(lastInspection(play(kCoverSteps))["controller"]["activityIndicator"], false);
+  EXPECT_EQ(lastInspection(play(coverThen(
                 R"({"do":"send","operation":"createActivityIndicator"})")))["controller"]
                                                                            ["activityIndicator"],
             true);
@@ -261,18 +266,18 @@ TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
     void traceLineAdded(const TraceLine& /*line*/) override {}
     void stateReached(const PlayState& /*state*/) override {
       for (const Strong<NSView>& cover : NSApp->keyWindow()->contentView()->subviews()) {
-        constraints = cover->constraints().size();
+        constraintCount = cover->constraints().size();
       }
     }
-    std::size_t constraints = 0;
+    std::size_t constraintCount = 0;
   };
   const std::string steps =
-      R"({"steps":[)" + covered(R"({"do":"send","operation":"createActivityIndicator"})");
+      R"({"steps":[)" + coverThen(R"({"do":"send","operation":"createActivityIndicator"})");
   const auto constraintsAfter = [](const std::string& text) {
     const Scenario scenario = readScenario(text);
     ConstraintCounter counter;
     Player(scenario, counter).play();
-    return counter.constraints;
+    return counter.constraintCount;
   };
   EXPECT_EQ(constraintsAfter(steps + "]}"), 0U);
   EXPECT_EQ(constraintsAfter(
@@ -283,30 +288,31 @@ TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
 // Configure
 
 TEST(PlayStepsTest, ConfigureSetsOnlyTheMembersOfTheStep) {
-  const auto after = [](const std::string& members) {
+  const auto configurationAfter = [](const std::string& members) {
     return lastInspection(play(R"({"do":"configure","skipMode":true,"nextEventName":"e",)"
                                R"("expirationTimeInterval":1.5},{"do":"configure")" +
                                members + "}"))["configuration"];
   };
-  EXPECT_EQ(after(""), json::parse(R"({"viewController":false,"skipMode":true,)"
-                                   R"("nextEventName":"e","expirationTimeInterval":1.5})"));
-  EXPECT_EQ(after(R"(,"skipMode":false)")["skipMode"], false);
-  EXPECT_EQ(after(R"(,"nextEventName":null)")["nextEventName"], nullptr);
-  EXPECT_EQ(after(R"(,"nextEventName":"")")["nextEventName"], "");
-  EXPECT_EQ(after(R"(,"expirationTimeInterval":-2)")["expirationTimeInterval"], -2);
+  EXPECT_EQ(configurationAfter(""),
+            json::parse(R"({"viewController":false,"skipMode":true,)"
+                        R"("nextEventName":"e","expirationTimeInterval":1.5})"));
+  EXPECT_EQ(configurationAfter(R"(,"skipMode":false)")["skipMode"], false);
+  EXPECT_EQ(configurationAfter(R"(,"nextEventName":null)")["nextEventName"], nullptr);
+  EXPECT_EQ(configurationAfter(R"(,"nextEventName":"")")["nextEventName"], "");
+  EXPECT_EQ(configurationAfter(R"(,"expirationTimeInterval":-2)")["expirationTimeInterval"], -2);
   for (const char* word : {"nan", "inf", "-inf"}) {
-    EXPECT_EQ(after(std::string(R"(,"expirationTimeInterval":")") + word +
-                    R"(")")["expirationTimeInterval"],
+    EXPECT_EQ(configurationAfter(std::string(R"(,"expirationTimeInterval":")") + word +
+                                 R"(")")["expirationTimeInterval"],
               word);
   }
-  EXPECT_EQ(after(R"(,"viewController":true)")["viewController"], true);
+  EXPECT_EQ(configurationAfter(R"(,"viewController":true)")["viewController"], true);
   EXPECT_EQ(
-      after(
+      configurationAfter(
           R"(,"viewController":true},{"do":"configure","viewController":false)")["viewController"],
       false);
 }
 
-TEST(PlayStepsTest, ConfigureMakesTheControllerAfterSettingTheInterval) {
+TEST(PlayStepsTest, ConfigureSetsTheIntervalBeforeItMakesTheController) {
   const auto hasController = [](const std::string& interval) {
     return lastInspection(play(R"({"do":"configure","viewController":true,)"
                                R"("expirationTimeInterval":)" +
@@ -320,9 +326,10 @@ TEST(PlayStepsTest, ConfigureMakesTheControllerAfterSettingTheInterval) {
 TEST(PlayStepsTest, ConfiguredControllerIsPresented) {
   const Lines trace =
       play(R"({"do":"configure","expirationTimeInterval":5,"viewController":true},)" +
-           std::string(kCovered));
+           std::string(kCoverSteps));
   EXPECT_THAT(linesOfKind(trace, "state"), IsEmpty());
-  EXPECT_THAT(linesOfKind(trace, "host"), IsEmpty()) << "the content is not its delegate";
+  EXPECT_THAT(linesOfKind(trace, "host"), IsEmpty())
+      << "the content is not a delegate of this controller";
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
@@ -337,7 +344,7 @@ TEST(PlayStepsTest, ReplaceConfigurationSetsANewConfiguration) {
 // The view delegate
 
 TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
-  const std::string steps = std::string(kCovered) + R"(,{"do":"dismiss","by":"content"})";
+  const std::string steps = std::string(kCoverSteps) + R"(,{"do":"dismiss","by":"content"})";
   const auto hostCalls = [&steps](const std::string& delegate) {
     return linesOfKind(play(steps, 0, R"({"viewDelegate":)" + delegate + "}"), "host");
   };
@@ -355,7 +362,8 @@ TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
   const std::string refusingDelegate =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
   const std::string skip = R"(,{"do":"configure","skipMode":true},)";
-  const Lines trace = play(covered(refusingDelegate + skip + R"({"do":"dismiss","by":"manager"})"));
+  const Lines trace =
+      play(coverThen(refusingDelegate + skip + R"({"do":"dismiss","by":"manager"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":false})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
@@ -363,12 +371,12 @@ TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
 
 TEST(PlayStepsTest, ViewDelegateCanBeReplacedAndRemoved) {
   const std::string dismiss = R"(,{"do":"dismiss","by":"content"})";
-  EXPECT_THAT(
-      linesAfter(play(covered(R"({"do":"viewDelegate","operations":null})" + dismiss)), "dismiss"),
-      Not(Contains(testing::HasSubstr("host"))));
-  EXPECT_THAT(linesAfter(play(covered(R"({"do":"viewDelegate","operations":null},)"
-                                      R"({"do":"viewDelegate"})" +
-                                      dismiss)),
+  EXPECT_THAT(linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null})" + dismiss)),
+                         "dismiss"),
+              Not(Contains(testing::HasSubstr("host"))));
+  EXPECT_THAT(linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null},)"
+                                        R"({"do":"viewDelegate"})" +
+                                        dismiss)),
                          "dismiss"),
               Contains(R"("host":"contentViewDidDisappear:"})"));
 }
@@ -378,8 +386,8 @@ class DeactivatingCallbackTest : public testing::TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(Operations, DeactivatingCallbackTest,
                          testing::Values("contentViewWillAppear:", "canContentViewDisappear:",
                                          "contentViewDidDisappear:"),
-                         [](const testing::TestParamInfo<std::string>& tested) {
-                           return tested.param.substr(0, tested.param.size() - 1);
+                         [](const testing::TestParamInfo<std::string>& testInfo) {
+                           return testInfo.param.substr(0, testInfo.param.size() - 1);
                          });
 
 TEST_P(DeactivatingCallbackTest, StopsThePlay) {
@@ -416,7 +424,7 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 TEST(PlayStepsTest, WindowHasItsClassAndParent) {
   // Under a modal launch screen, the countdown runs if the key window or its parent has the class
   // PlayerWindow. It is the default class of a window.
-  const auto pausedBy = [](const std::string& window) {
+  const auto isPausedBy = [](const std::string& window) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + window +
                  R"(},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
@@ -424,15 +432,15 @@ TEST(PlayStepsTest, WindowHasItsClassAndParent) {
                  R"({"do":"makeKey","window":"other"})",
              0))["manager"]["appIsUnfocused"];
   };
-  EXPECT_EQ(pausedBy(""), false);
-  EXPECT_EQ(pausedBy(R"(,"className":"ToolWindow")"), true);
-  EXPECT_EQ(pausedBy(R"(,"className":"ToolWindow","parent":"player")"), false);
+  EXPECT_EQ(isPausedBy(""), false);
+  EXPECT_EQ(isPausedBy(R"(,"className":"ToolWindow")"), true);
+  EXPECT_EQ(isPausedBy(R"(,"className":"ToolWindow","parent":"player")"), false);
 }
 
 TEST(PlayStepsTest, WindowHasItsContentViewController) {
   // The library detects the cover only in a window with a content view controller.
   const std::string steps =
-      covered(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
+      coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);
   EXPECT_EQ(lastInspection(play(steps, 0, kHostWithController))["manager"]["tempContent"], true);
 }
@@ -449,11 +457,12 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   const std::string steps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
-      R"({"do":"makeKey","window":"modal-1"},{"do":"closeWindow","window":"modal-1"},)";
+      R"({"do":"makeKey","window":"modalSteps-1"},{"do":"closeWindow","window":"modalSteps-1"},)";
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
-  EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
-  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
-  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
+  EXPECT_THAT(linesAfter(trace, "closeWindow"),
+              Contains(R"("window":"modalSteps-1","is":"closed"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modalSteps-2","is":"opened"})"));
+  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modalSteps-1"})");
   EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
 }
 
@@ -467,18 +476,20 @@ TEST(PlayStepsTest, MakeKeyMakesAWindowOnScreenKey) {
               IsEmpty());
 }
 
-TEST(PlayStepsTest, MiniaturizeTakesAWindowOffTheScreenAndDeminiaturizeBringsItBack) {
+TEST(PlayStepsTest, MiniaturizeAndDeminiaturizeChangeTheWindowsOnScreen) {
   const std::string miniaturize =
       R"({"do":"openWindow","name":"b"},{"do":"miniaturize","window":"player"})";
-  const Lines away = play(miniaturize);
-  EXPECT_THAT(linesAfter(away, "miniaturize"),
+  const Lines miniaturizedTrace = play(miniaturize);
+  EXPECT_THAT(linesAfter(miniaturizedTrace, "miniaturize"),
               ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
-  EXPECT_EQ(lastInspection(away)["application"]["orderedWindows"], json::parse(R"(["b"])"));
-  const Lines back = play(miniaturize + R"(,{"do":"deminiaturize","window":"player"})");
-  EXPECT_THAT(linesAfter(back, "deminiaturize"), IsEmpty());
-  EXPECT_EQ(lastInspection(back)["application"]["orderedWindows"],
+  EXPECT_EQ(lastInspection(miniaturizedTrace)["application"]["orderedWindows"],
+            json::parse(R"(["b"])"));
+  const Lines deminiaturizedTrace =
+      play(miniaturize + R"(,{"do":"deminiaturize","window":"player"})");
+  EXPECT_THAT(linesAfter(deminiaturizedTrace, "deminiaturize"), IsEmpty());
+  EXPECT_EQ(lastInspection(deminiaturizedTrace)["application"]["orderedWindows"],
             json::parse(R"(["player","b"])"));
-  EXPECT_EQ(lastInspection(back)["application"]["keyWindow"], "b");
+  EXPECT_EQ(lastInspection(deminiaturizedTrace)["application"]["keyWindow"], "b");
 }
 
 // The application
@@ -497,28 +508,31 @@ TEST(PlayStepsTest, ActivatedApplicationRestoresItsKeyWindow) {
 }
 
 TEST(PlayStepsTest, StopModalEndsTheNewestRun) {
-  const std::string modal = R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
-                            R"({"do":"present","window":"player","mode":2})";
-  EXPECT_EQ(lastInspection(play(modal))["application"]["modalWindow"], "modal-1");
-  EXPECT_EQ(lastInspection(play(modal + R"(,{"do":"stopModal"})"))["application"]["modalWindow"],
-            nullptr);
+  const std::string modalSteps =
+      R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
+      R"({"do":"present","window":"player","mode":2})";
+  EXPECT_EQ(lastInspection(play(modalSteps))["application"]["modalWindow"], "modal-1");
+  EXPECT_EQ(
+      lastInspection(play(modalSteps + R"(,{"do":"stopModal"})"))["application"]["modalWindow"],
+      nullptr);
   EXPECT_EQ(play(R"({"do":"stopModal"})").size(), 2U);
 }
 
 TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesIt) {
-  const std::string over = covered(R"({"do":"presentOver"})");
-  const Lines up = play(over);
-  EXPECT_THAT(linesAfter(up, "presentOver"),
+  const std::string presentSteps = coverThen(R"({"do":"presentOver"})");
+  const Lines presentedTrace = play(presentSteps);
+  EXPECT_THAT(linesAfter(presentedTrace, "presentOver"),
               ElementsAre(R"("window":"sheet-1","is":"opened"})", R"("resignKey":"player"})",
                           R"("becomeKey":"sheet-1"})"));
-  EXPECT_EQ(lastInspection(up)["controller"]["presented"], 1);
-  const Lines down = play(over + R"(,{"do":"presentOver"},{"do":"dismissOver"})");
-  EXPECT_THAT(linesAfter(down, "dismissOver"), Contains(R"("window":"sheet-2","is":"closed"})"));
-  EXPECT_EQ(lastInspection(down)["controller"]["presented"], 1);
+  EXPECT_EQ(lastInspection(presentedTrace)["controller"]["presented"], 1);
+  const Lines dismissedTrace = play(presentSteps + R"(,{"do":"presentOver"},{"do":"dismissOver"})");
+  EXPECT_THAT(linesAfter(dismissedTrace, "dismissOver"),
+              Contains(R"("window":"sheet-2","is":"closed"})"));
+  EXPECT_EQ(lastInspection(dismissedTrace)["controller"]["presented"], 1);
 }
 
 TEST(PlayStepsTest, DismissOverSkipsClosedSheets) {
-  const Lines trace = play(covered(
+  const Lines trace = play(coverThen(
       R"({"do":"presentOver"},{"do":"presentOver"},{"do":"closeWindow","window":"sheet-2"},)"
       R"({"do":"dismissOver"})"));
   EXPECT_THAT(linesAfter(trace, "dismissOver"), Contains(R"("window":"sheet-1","is":"closed"})"));
@@ -527,10 +541,12 @@ TEST(PlayStepsTest, DismissOverSkipsClosedSheets) {
 }
 
 TEST(PlayStepsTest, EventTrackingModePausesTheCountdown) {
-  const std::string tracking = covered(R"({"at":1,"do":"runLoopMode","mode":"eventTracking"})");
-  EXPECT_EQ(linesOfKind(play(tracking, 2), "tick").size(), 10U);
+  const std::string trackingSteps =
+      coverThen(R"({"at":1,"do":"runLoopMode","mode":"eventTracking"})");
+  EXPECT_EQ(linesOfKind(play(trackingSteps, 2), "tick").size(), 10U);
   EXPECT_EQ(
-      linesOfKind(play(tracking + R"(,{"at":1.5,"do":"runLoopMode","mode":"default"})", 2), "tick")
+      linesOfKind(play(trackingSteps + R"(,{"at":1.5,"do":"runLoopMode","mode":"default"})", 2),
+                  "tick")
           .size(),
       16U);  // including the late tick at 1.5 s
 }
@@ -553,7 +569,7 @@ TEST(PlayStepsTest, InspectChangesNothing) {
 // Time
 
 TEST(PlayStepsTest, WorkThatIsDueAtTheTimeOfAStepRunsBeforeIt) {
-  const Lines trace = play(covered(R"({"at":0.1,"do":"resignKey"})"));
+  const Lines trace = play(coverThen(R"({"at":0.1,"do":"resignKey"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("tick":4.9})"));
 }
 

@@ -18,23 +18,25 @@ std::string refusalOf(std::string_view text) {
 }
 
 struct Refusal {
-  const char* fact;
+  const char* testName;
   const char* scenario;
   const char* refusal;
 };
 
-void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.fact; }
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testName; }
 
 class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(ScenarioRefusalTest, NamesThePlaceAndTheExpectedValue) {
+TEST_P(ScenarioRefusalTest, NamesThePathAndTheExpectedValue) {
   EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().refusal);
 }
 
 constexpr const char* kOperations =
     R"(one of "contentViewWillAppear:", "canContentViewDisappear:", "contentViewDidDisappear:")";
 
-std::string factOf(const testing::TestParamInfo<Refusal>& info) { return info.param.fact; }
+std::string testNameOf(const testing::TestParamInfo<Refusal>& testInfo) {
+  return testInfo.param.testName;
+}
 
 INSTANTIATE_TEST_SUITE_P(
     NotJson, ScenarioRefusalTest,
@@ -59,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "/until: expected a number within the range of a double"},
         Refusal{"DuplicateMember", R"({"steps":[{"at":1,"do":"inspect","at":2}]})",
                 "/steps/0/at: expected each member only once in an object"}),
-    factOf);
+    testNameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Document, ScenarioRefusalTest,
@@ -79,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "/until: expected a number of seconds from 0 to 1000000"},
         Refusal{"UntilTooLate", R"({"until":1000000.5})",
                 "/until: expected a number of seconds from 0 to 1000000"}),
-    factOf);
+    testNameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Host, ScenarioRefusalTest,
@@ -135,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "/host/osVersion: expected three integers: major, minor and patch version"},
         Refusal{"OsVersionIsNotAnInteger", R"({"host":{"osVersion":[10,14.5,0]}})",
                 "/host/osVersion/1: expected an integer from 0 to 9223372036854775807"}),
-    factOf);
+    testNameOf);
 
 TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
   EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":true}})"),
@@ -159,7 +161,7 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
 // The member `scenario` of each refusal is the content of the array "steps".
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(StepRefusalTest, NamesThePlaceAndTheExpectedValue) {
+TEST_P(StepRefusalTest, NamesThePathAndTheExpectedValue) {
   EXPECT_EQ(refusalOf("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
             GetParam().refusal);
 }
@@ -175,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(
                             "/steps/0/at: expected a number of seconds from 0 to 1000000"},
                     Refusal{"IsNotANumber", R"({"at":null,"do":"inspect"})",
                             "/steps/0/at: expected a number"}),
-    factOf);
+    testNameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Members, StepRefusalTest,
@@ -242,7 +244,7 @@ INSTANTIATE_TEST_SUITE_P(
                 R"(/steps/0/mode: expected one of "default", "eventTracking", which is missing)"},
         Refusal{"RunLoopModeUnknown", R"({"do":"runLoopMode","mode":"modalPanel"})",
                 R"(/steps/0/mode: expected one of "default", "eventTracking")"}),
-    factOf);
+    testNameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     WindowNames, StepRefusalTest,
@@ -263,7 +265,7 @@ INSTANTIATE_TEST_SUITE_P(
             "SheetNumberZero",
             R"({"do":"present","window":"player","mode":1},{"do":"makeKey","window":"sheet-0"})",
             "/steps/1/window: expected the name of an earlier window"}),
-    factOf);
+    testNameOf);
 
 TEST(ScenarioReaderTest, ErrorForAnUnknownStepListsTheSteps) {
   const std::string refusal = refusalOf(R"({"steps":[{"do":"dance"}]})");
@@ -274,12 +276,12 @@ TEST(ScenarioReaderTest, ErrorForAnUnknownStepListsTheSteps) {
 }
 
 TEST(ScenarioReaderTest, NestingDeeperThan64IsRefused) {
-  const auto nested = [](std::size_t depth) {
+  const auto documentOfDepth = [](std::size_t depth) {
     return R"({"steps":[{"do":"request","parameters":{"a":)" + std::string(depth - 4, '[') +
            std::string(depth - 4, ']') + "}}]}";
   };
-  EXPECT_EQ(refusalOf(nested(64)), "accepted");
-  EXPECT_THAT(refusalOf(nested(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
+  EXPECT_EQ(refusalOf(documentOfDepth(64)), "accepted");
+  EXPECT_THAT(refusalOf(documentOfDepth(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
   EXPECT_THAT(refusalOf(std::string(100'000, '[')),
               testing::EndsWith(": expected at most 64 levels of nested objects and arrays"));
 }

@@ -7,13 +7,13 @@ namespace {
 
 using Side = LabelPosition::Side;
 
-constexpr double kRight = 100;
+constexpr double kRightEdge = 100;
 constexpr double kRadius = 2;
 constexpr double kGap = 5;
 
 class LabelLayoutTest : public testing::Test {
  protected:
-  LabelLayout layout_{kRight, kRadius, kGap};
+  LabelLayout layout_{kRightEdge, kRadius, kGap};
 };
 
 TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }

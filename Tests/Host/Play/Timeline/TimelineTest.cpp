@@ -28,8 +28,8 @@ struct Mark {
 
 int milliseconds(Nanoseconds time) { return static_cast<int>(time / 1'000'000); }
 
-void timelineOf(Timeline& timeline, std::string_view steps, double until,
-                std::string_view host = "{}") {
+void playInto(Timeline& timeline, std::string_view steps, double until,
+              std::string_view host = "{}") {
   const std::string text = "{\"host\":" + std::string(host) + ",\"steps\":[" + std::string(steps) +
                            "],\"until\":" + std::to_string(until) + "}";
   const Scenario script = readScenario(text);
@@ -48,7 +48,7 @@ std::vector<Mark> marksIn(const Timeline& timeline, TimelineLane lane) {
 
 using Span = std::pair<int, int>;
 
-std::vector<Span> inMilliseconds(const std::vector<TimeSpan>& spans) {
+std::vector<Span> spansInMilliseconds(const std::vector<TimeSpan>& spans) {
   std::vector<Span> result;
   result.reserve(spans.size());
   for (const TimeSpan& span : spans) {
@@ -69,29 +69,29 @@ constexpr std::string_view kRunOfHalfASecond =
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
 TEST_F(TimelineTest, MarksTheStepsOfTheScript) {
-  timelineOf(timeline_, R"({"do":"activate"},{"at":0.3,"do":"resignKey"},{"do":"inspect"})", 1);
+  playInto(timeline_, R"({"do":"activate"},{"at":0.3,"do":"resignKey"},{"do":"inspect"})", 1);
   EXPECT_THAT(marks(TimelineLane::Script),
               ElementsAre(Mark{0, "activate"}, Mark{300, "resignKey"}));
   EXPECT_EQ(milliseconds(timeline_.end()), 1000);
 }
 
 TEST_F(TimelineTest, MarksARequestWithItsResult) {
-  timelineOf(timeline_,
-             R"({"do":"request"},)"
-             R"({"at":1,"do":"request","parameters":{"event":"e","max_duration_time":1}})",
-             2);
+  playInto(timeline_,
+           R"({"do":"request"},)"
+           R"({"at":1,"do":"request","parameters":{"event":"e","max_duration_time":1}})",
+           2);
   EXPECT_THAT(marks(TimelineLane::Request),
               ElementsAre(Mark{0, "refused"}, Mark{1000, "main content"}));
 }
 
 TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
-  timelineOf(timeline_, R"({"do":"request","parameters":{"max_duration_time":1}})", 1);
+  playInto(timeline_, R"({"do":"request","parameters":{"max_duration_time":1}})", 1);
   EXPECT_THAT(marks(TimelineLane::Refusal),
               ElementsAre(Mark{0, "Next event name is nil or empty!"}));
 }
 
 TEST_F(TimelineTest, MarksOneRunFromRequestToEvent) {
-  timelineOf(timeline_, kRunOfHalfASecond, 3);
+  playInto(timeline_, kRunOfHalfASecond, 3);
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{0, "contentViewWillAppear:"},
                                                          Mark{600, "canContentViewDisappear: yes"},
                                                          Mark{600, "contentViewDidDisappear:"}));
@@ -100,46 +100,45 @@ TEST_F(TimelineTest, MarksOneRunFromRequestToEvent) {
   EXPECT_THAT(marks(TimelineLane::Dismissal), ElementsAre(Mark{600, "dismissed"}));
   EXPECT_THAT(marks(TimelineLane::Event), ElementsAre(Mark{1100, "end"}));
   EXPECT_THAT(marks(TimelineLane::Refusal), IsEmpty());
-  EXPECT_THAT(inMilliseconds(timeline_.coveredSpans()), ElementsAre(Span(0, 1600)));
+  EXPECT_THAT(spansInMilliseconds(timeline_.coveredSpans()), ElementsAre(Span(0, 1600)));
 }
 
 TEST_F(TimelineTest, NamesTheRestoredControls) {
-  timelineOf(timeline_, kRunOfHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
+  playInto(timeline_, kRunOfHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
   EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(Mark{600, "player: close, resize"}));
 }
 
 TEST_F(TimelineTest, MarksARefusedDismissal) {
-  timelineOf(timeline_,
-             std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
+  playInto(timeline_,
+           std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{250, "not dismissed"}));
 }
 
 TEST_F(TimelineTest, MarksACoverThatStaysAfterItsTime) {
-  timelineOf(
-      timeline_, kRunOfHalfASecond, 2,
-      R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
+  playInto(timeline_, kRunOfHalfASecond, 2,
+           R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{600, "canContentViewDisappear: no"}));
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{600, "not dismissed"}));
 }
 
 TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
-  timelineOf(timeline_,
-             R"({"at":1,"do":"makeKey","window":"other"},{"at":2,"do":"resignKey"},)"
-             R"({"at":3,"do":"makeKey","window":"player"})",
-             4, R"({"windows":[{"name":"player"},{"name":"other"}]})");
+  playInto(timeline_,
+           R"({"at":1,"do":"makeKey","window":"other"},{"at":2,"do":"resignKey"},)"
+           R"({"at":3,"do":"makeKey","window":"player"})",
+           4, R"({"windows":[{"name":"player"},{"name":"other"}]})");
   ASSERT_EQ(timeline_.keyWindows().size(), 2U);
   EXPECT_EQ(timeline_.keyWindows()[0].window, "player");
-  EXPECT_THAT(inMilliseconds(timeline_.keyWindows()[0].spans),
+  EXPECT_THAT(spansInMilliseconds(timeline_.keyWindows()[0].spans),
               ElementsAre(Span(0, 1000), Span(3000, 4000)));
   EXPECT_EQ(timeline_.keyWindows()[1].window, "other");
-  EXPECT_THAT(inMilliseconds(timeline_.keyWindows()[1].spans), ElementsAre(Span(1000, 2000)));
+  EXPECT_THAT(spansInMilliseconds(timeline_.keyWindows()[1].spans), ElementsAre(Span(1000, 2000)));
 }
 
 TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
-  timelineOf(timeline_,
-             std::string(kRunOfHalfASecond) +
-                 R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
-             1.2);
+  playInto(timeline_,
+           std::string(kRunOfHalfASecond) +
+               R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
+           1.2);
   const auto& countdown = timeline_.countdown();
   ASSERT_EQ(countdown.size(), 3U);
   EXPECT_TRUE(countdown[0].countsDown);
@@ -154,31 +153,31 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
 }
 
 TEST_F(TimelineTest, StepBetweenTicksDoesNotBendTheLine) {
-  timelineOf(timeline_, std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
+  playInto(timeline_, std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
 TEST_F(TimelineTest, LongCountdownTakesNoExtraSpace) {
-  timelineOf(timeline_,
-             R"({"do":"request","parameters":{"event":"end","max_duration_time":3600}},)"
-             R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
-             3700);
+  playInto(timeline_,
+           R"({"do":"request","parameters":{"event":"end","max_duration_time":3600}},)"
+           R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
+           3700);
   EXPECT_LE(timeline_.countdown().size(), 3U);
   EXPECT_LE(timeline_.marks().size(), 12U);
 }
 
 TEST_F(TimelineTest, LeavesOutAnInfiniteTime) {
-  timelineOf(timeline_,
-             R"({"do":"request","parameters":{"event":"end","max_duration_time":"inf"}},)"
-             R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
-             1);
+  playInto(timeline_,
+           R"({"do":"request","parameters":{"event":"end","max_duration_time":"inf"}},)"
+           R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
+           1);
   EXPECT_THAT(timeline_.countdown(), IsEmpty());
 }
 
 TEST_F(TimelineTest, MarksThatThePlayStoppedEarly) {
-  timelineOf(timeline_, kRunOfHalfASecond, 2,
-             R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
-             R"("deactivateDuring":"contentViewDidDisappear:"}})");
+  playInto(timeline_, kRunOfHalfASecond, 2,
+           R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
+           R"("deactivateDuring":"contentViewDidDisappear:"}})");
   EXPECT_THAT(marks(TimelineLane::Refusal), Contains(Mark{600, "the play stopped early"}));
 }
 

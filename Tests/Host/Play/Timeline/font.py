@@ -9,8 +9,8 @@ class Font:
             self._data = file.read()
         self._tables = {}
         for index in range(self._numbers("H", 4)[0]):
-            tag, _, place, _ = self._numbers("4sIII", 12 + 16 * index)
-            self._tables[tag.decode()] = place
+            tag, _, offset, _ = self._numbers("4sIII", 12 + 16 * index)
+            self._tables[tag.decode()] = offset
         self._units = self._numbers("H", self._tables["head"] + 18)[0]
         self._measured_glyphs = self._numbers("H", self._tables["hhea"] + 34)[0]
         self._glyphs = self._read_glyphs()
@@ -21,8 +21,8 @@ class Font:
         widths = (self._advance(self._glyphs.get(ord(character), 0)) for character in text)
         return sum(widths) * size / self._units
 
-    def _numbers(self, kinds, place):
-        return struct.unpack_from(">" + kinds, self._data, place)
+    def _numbers(self, kinds, offset):
+        return struct.unpack_from(">" + kinds, self._data, offset)
 
     def _advance(self, glyph):
         # Glyphs after the last measured glyph have the width of that glyph.
@@ -33,21 +33,23 @@ class Font:
         """Returns the glyph of each character, from the Unicode table for Windows."""
         cmap = self._tables["cmap"]
         for index in range(self._numbers("H", cmap + 2)[0]):
-            platform, encoding, place = self._numbers("HHI", cmap + 4 + 8 * index)
+            platform, encoding, offset = self._numbers("HHI", cmap + 4 + 8 * index)
             if (platform, encoding) == (3, 1):
-                return self._read_segments(cmap + place)
+                return self._read_segments(cmap + offset)
         raise ValueError("the font has no table of Unicode characters")
 
     def _read_segments(self, table):
         count = self._numbers("H", table + 6)[0] // 2
-        places = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
+        arrays = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
         glyphs = {}
         for index in range(count):
-            last, first, delta, offset = (self._numbers("H", at + 2 * index)[0] for at in places)
+            last, first, delta, offset = (
+                self._numbers("H", array + 2 * index)[0] for array in arrays
+            )
             for character in range(first, min(last, 0xFFFE) + 1):
                 glyph = character
                 if offset != 0:
-                    at = places[3] + 2 * index + offset + 2 * (character - first)
-                    glyph = self._numbers("H", at)[0]
+                    glyph_offset = arrays[3] + 2 * index + offset + 2 * (character - first)
+                    glyph = self._numbers("H", glyph_offset)[0]
                 glyphs[character] = (glyph + delta) & 0xFFFF if offset == 0 or glyph else 0
         return glyphs

@@ -80,8 +80,8 @@ class Timeline(unittest.TestCase):
             self.assertGreaterEqual(box.top, 0, box)
             self.assertLessEqual(box.right, width, box)
             self.assertLessEqual(box.bottom, height, box)
-        for one, other in itertools.combinations(texts, 2):
-            self.assertFalse(one.overlaps(other), (one, other))
+        for first_box, second_box in itertools.combinations(texts, 2):
+            self.assertFalse(first_box.overlaps(second_box), (first_box, second_box))
         for text, dot in itertools.product(texts, map(dot_box, svg.iter(SVG + "circle"))):
             self.assertFalse(text.overlaps(dot), (text, dot))
 
@@ -94,11 +94,11 @@ class Timeline(unittest.TestCase):
     def test_trace_is_the_same_with_a_picture(self):
         for example in EXAMPLES:
             with self.subTest(example.stem):
-                drawn = run("play", str(example), "--timeline", str(self.picture))
-                plain = run("play", str(example))
+                drawn_result = run("play", str(example), "--timeline", str(self.picture))
+                plain_result = run("play", str(example))
                 self.assertEqual(
-                    (drawn.returncode, drawn.stdout, drawn.stderr),
-                    (plain.returncode, plain.stdout, plain.stderr),
+                    (drawn_result.returncode, drawn_result.stdout, drawn_result.stderr),
+                    (plain_result.returncode, plain_result.stdout, plain_result.stderr),
                 )
 
     def test_picture_in_the_documents_is_what_the_program_draws(self):
@@ -107,16 +107,16 @@ class Timeline(unittest.TestCase):
 
     def test_text_of_extreme_scenarios_is_readable(self):
         name = "a window <&\"'> \x01\uffff é 🎮 " + 40 * "W"
-        moment = [{"do": "makeKey", "window": name}] * 50
+        simultaneous_steps = [{"do": "makeKey", "window": name}] * 50
         present = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
-        moments = (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000)
-        for until, seconds in itertools.product(moments, (1e-40, 0.1, 7, 3e38)):
+        times = (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000)
+        for until, seconds in itertools.product(times, (1e-40, 0.1, 7, 3e38)):
             with self.subTest(until=until, seconds=seconds):
                 parameters = {"event": name, "max_duration_time": seconds}
                 end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
                 # Long plays do not present the launch screen, because the countdown would take too
                 # long.
-                steps = [*(present if until < 1000 else ()), *moment, *end]
+                steps = [*(present if until < 1000 else ()), *simultaneous_steps, *end]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
                 self.assert_readable(self.draw({"host": host, "steps": steps, "until": until}))
@@ -131,15 +131,16 @@ class Timeline(unittest.TestCase):
 
     def test_both_colour_schemes_have_every_colour(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
-        light, dark = svg.find(SVG + "style").text.split("@media (prefers-color-scheme:dark)")
+        style = svg.find(SVG + "style").text
+        light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
         # The classes "name" and "label" set no fill, so the rule "text" gives the colour of their
         # texts.
-        filled = {f".{element.get('class').split()[0]}" for element in svg.iter() if
+        filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter() if
                   element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
-        for scheme in light, dark:
+        for scheme in light_scheme, dark_scheme:
             rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
-            for name in filled:
-                self.assertRegex(rules[name], r"fill:#\w+")
+            for selector in filled_selectors:
+                self.assertRegex(rules[selector], r"fill:#\w+")
         self.assertEqual(svg.find(SVG + "rect").attrib["class"], "paper")
         self.assertEqual(svg.find(SVG + "rect").attrib["width"], svg.get("width"))
         self.assertEqual(svg.find(SVG + "rect").attrib["height"], svg.get("height"))

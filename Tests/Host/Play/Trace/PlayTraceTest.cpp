@@ -140,20 +140,21 @@ TEST(PlayTraceTest, PresentationLinePrintsTheModeUnsigned) {
 }
 
 TEST(PlayTraceTest, OnlyAConformingDelegateReceivesTheState) {
-  const auto states = [](const char* delegate) {
+  const auto stateLines = [](const char* delegate) {
     return linesOfKind(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})",
                             0, std::string(R"({"resolverDelegate":)") + delegate + "}"),
                        "state");
   };
-  EXPECT_THAT(states(R"("conforming")"), ElementsAre(R"("state":4,"content":"main"})"));
-  EXPECT_THAT(states(R"("undeclared")"), testing::IsEmpty());
-  EXPECT_THAT(states("null"), testing::IsEmpty());
+  EXPECT_THAT(stateLines(R"("conforming")"), ElementsAre(R"("state":4,"content":"main"})"));
+  EXPECT_THAT(stateLines(R"("undeclared")"), testing::IsEmpty());
+  EXPECT_THAT(stateLines("null"), testing::IsEmpty());
 }
 
 TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskHasALine) {
-  const Lines trace = play(kCovered, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
-  constexpr auto kSet = R"("styleMask":1,"window":"player"})";
-  EXPECT_THAT(linesOfKind(trace, "styleMask"), ElementsAre(kSet, kSet, kSet));
+  const Lines trace = play(kCoverSteps, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
+  constexpr auto kAssignmentLine = R"("styleMask":1,"window":"player"})";
+  EXPECT_THAT(linesOfKind(trace, "styleMask"),
+              ElementsAre(kAssignmentLine, kAssignmentLine, kAssignmentLine));
 }
 
 TEST(PlayTraceTest, OnlyWindowsOfPresentationsHaveOpenAndCloseLines) {
@@ -164,15 +165,15 @@ TEST(PlayTraceTest, OnlyWindowsOfPresentationsHaveOpenAndCloseLines) {
 }
 
 TEST(PlayTraceTest, TickLineHasTheTimeLeftAfterTheTick) {
-  const Lines trace = play(kCovered, 0.25);
+  const Lines trace = play(kCoverSteps, 0.25);
   EXPECT_THAT(linesOfKind(trace, "tick"),
               ElementsAre(R"("tick":4.9})", R"("tick":4.800000000000001})"));
 }
 
 TEST(PlayTraceTest, TwoPlaysHaveTheSameTrace) {
   const std::string steps =
-      covered(R"({"at":1,"do":"dismiss","by":"manager","thread":"background"},)"
-              R"({"at":2,"do":"resignKey"},{"at":3,"do":"makeKey","window":"player"})");
+      coverThen(R"({"at":1,"do":"dismiss","by":"manager","thread":"background"},)"
+                R"({"at":2,"do":"resignKey"},{"at":3,"do":"makeKey","window":"player"})");
   const Lines firstTrace = play(steps, 10);
   EXPECT_EQ(play(steps, 10), firstTrace);
 }
@@ -219,17 +220,17 @@ TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleIsShown) {
 }
 
 TEST(PlayInspectionTest, ManagersFlagsAreShown) {
-  const std::string skip =
-      R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
+  const std::string skipSteps =
+      R"({"do":"request","parameters":{"mode":"skipSteps","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"})";
-  json manager = lastInspection(play(skip))["manager"];
+  json manager = lastInspection(play(skipSteps))["manager"];
   EXPECT_EQ(manager["appIsUnfocused"], true);
   EXPECT_EQ(manager["launchShouldBeClosed"], false);
-  manager = lastInspection(play(skip + R"(,{"do":"dismiss","by":"manager"})"))["manager"];
+  manager = lastInspection(play(skipSteps + R"(,{"do":"dismiss","by":"manager"})"))["manager"];
   EXPECT_EQ(manager["launchScreenExpired"], true);
   EXPECT_EQ(manager["launchShouldBeClosed"], true);
-  manager =
-      lastInspection(play(covered(R"({"do":"send","operation":"sendAnalyticsEvent"})")))["manager"];
+  manager = lastInspection(
+      play(coverThen(R"({"do":"send","operation":"sendAnalyticsEvent"})")))["manager"];
   EXPECT_EQ(manager["eventWasSended"], true);
 }
 
