@@ -29,8 +29,8 @@ def main():
         check=False,
     )
     if result.returncode:
-        places = re.findall(r"^(\S+:\d+):\d+: error", result.stderr, re.MULTILINE)
-        print("\n".join(dict.fromkeys(places)) or result.stderr)
+        locations = re.findall(r"^(\S+:\d+):\d+: error", result.stderr, re.MULTILINE)
+        print("\n".join(dict.fromkeys(locations)) or result.stderr)
         print("These lines do not follow .clang-format. To format them:")
         print("cmake --build --preset debug --target format")
     sys.exit(result.returncode)

@@ -62,7 +62,7 @@ OUTSIDE = {
 }
 
 # The folders whose sources may test platform macros.
-CHOOSES_PLATFORM = ["Platform/WindowSystem/Backends"]
+MAY_TEST_PLATFORM = ["Platform/WindowSystem/Backends"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]*)"|<([^>]*)>)')
 CONDITION = re.compile(r"^\s*#\s*(?:el)?if(?:n?def)?\b(.*)")
@@ -86,8 +86,8 @@ def without_comments(text):
     """Returns the text without its comments. Line numbers stay the same."""
 
     def blank(match):
-        found = match.group()
-        return found if found.startswith('"') else "\n" * found.count("\n")
+        matched_text = match.group()
+        return matched_text if matched_text.startswith('"') else "\n" * matched_text.count("\n")
 
     return COMMENT.sub(blank, text)
 
@@ -119,7 +119,7 @@ def faults(root):
         if layer_of(path) is None:
             yield f"{path}:1: this folder has no row in the include rule"
             continue
-        chooses = any(is_below(path, folder) for folder in CHOOSES_PLATFORM)
+        may_test_platform = any(is_below(path, folder) for folder in MAY_TEST_PLATFORM)
         text = without_comments((root / file).read_text(encoding="utf-8"))
         for number, line in enumerate(text.split("\n"), start=1):
             if match := INCLUDE.match(line):
@@ -127,18 +127,18 @@ def faults(root):
                 fault = include_fault(path, match.group(1) or match.group(2) or "", quoted, root)
                 if fault:
                     yield f"{path}:{number}: {fault}"
-            elif (match := CONDITION.match(line)) and not chooses:
+            elif (match := CONDITION.match(line)) and not may_test_platform:
                 if macro := PLATFORM_MACRO.search(match.group(1)):
-                    yield f"{path}:{number}: {macro.group()} is tested outside {CHOOSES_PLATFORM[0]}"
+                    yield f"{path}:{number}: {macro.group()} is tested outside {MAY_TEST_PLATFORM[0]}"
 
 
 def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
-    found = list(faults(sys.argv[1]))
-    for fault in found:
+    all_faults = list(faults(sys.argv[1]))
+    for fault in all_faults:
         print(fault)
-    sys.exit(1 if found else 0)
+    sys.exit(1 if all_faults else 0)
 
 
 if __name__ == "__main__":

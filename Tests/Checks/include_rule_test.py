@@ -29,10 +29,10 @@ class IncludeRuleTest(unittest.TestCase):
                 file.write_text(content, encoding="utf-8")
             return list(include_rule.faults(root))
 
-    def assert_fault(self, path, line, at=1):
+    def assert_fault(self, path, line, line_number=1):
         faults = self.faults_with(path, line)
         self.assertEqual(len(faults), 1, faults)
-        self.assertTrue(faults[0].startswith(f"{path}:{at}: "), faults[0])
+        self.assertTrue(faults[0].startswith(f"{path}:{line_number}: "), faults[0])
 
     def assert_no_fault(self, path, line):
         self.assertEqual(self.faults_with(path, line), [])
@@ -68,7 +68,7 @@ class IncludeRuleTest(unittest.TestCase):
 
     def test_a_fault_names_its_line(self):
         text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"
-        self.assert_fault("LaunchScreen/A.cpp", text, at=3)
+        self.assert_fault("LaunchScreen/A.cpp", text, line_number=3)
 
     def test_includes_not_written_from_the_root_are_faults(self):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')

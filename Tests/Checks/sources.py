@@ -12,15 +12,15 @@ def source_files(root):
     the files that git tracks or would add. Elsewhere, these are all files outside build folders and
     hidden folders."""
     root = Path(root)
-    listed = subprocess.run(
+    git_process = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
         cwd=root,
         capture_output=True,
         text=True,
         check=False,
     )
-    if listed.returncode == 0 and (root / ".git").exists():
-        sources = {Path(name) for name in listed.stdout.split("\0") if name}
+    if git_process.returncode == 0 and (root / ".git").exists():
+        sources = {Path(name) for name in git_process.stdout.split("\0") if name}
     else:
         sources = set()
         for folder, folders, names in os.walk(root):

@@ -42,16 +42,17 @@ class Sources:
         return self._files[name]
 
     def digest(self, name):
-        """Returns a digest of the file and of all project headers that it includes, directly or not."""
-        seen, waiting = set(), [name]
-        while waiting:
-            current = waiting.pop()
-            if current not in seen:
-                seen.add(current)
-                waiting.extend(self._file(current)[1])
+        """Returns a digest of the file and of all project headers that it includes, directly or
+        indirectly."""
+        visited_names, pending_names = set(), [name]
+        while pending_names:
+            included_name = pending_names.pop()
+            if included_name not in visited_names:
+                visited_names.add(included_name)
+                pending_names.extend(self._file(included_name)[1])
         digest = hashlib.sha256()
-        for each in sorted(seen):
-            digest.update(each.encode() + b"\0" + self._file(each)[0])
+        for visited_name in sorted(visited_names):
+            digest.update(visited_name.encode() + b"\0" + self._file(visited_name)[0])
         return digest.digest()
 
 
@@ -89,16 +90,16 @@ def main():
 
     stamps = build / "tidy"
     stamps.mkdir(exist_ok=True)
-    unchecked, current = [], set()
+    unchecked_sources, current_states = [], set()
     for name, command in commands(root, build):
         state = hashlib.sha256(
             settings + checks_for(root, name) + command.encode() + sources.digest(name)
         ).hexdigest()
-        current.add(state)
+        current_states.add(state)
         if not (stamps / state).exists():
-            unchecked.append((name, state))
+            unchecked_sources.append((name, state))
     for stamp in stamps.iterdir():
-        if stamp.name not in current:
+        if stamp.name not in current_states:
             stamp.unlink()
 
     def check(name, state):
@@ -115,10 +116,10 @@ def main():
         return result.stdout or result.stderr
 
     with ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        complaints = [c for c in pool.map(lambda w: check(*w), unchecked) if c]
+        complaints = [c for c in pool.map(lambda w: check(*w), unchecked_sources) if c]
     for complaint in complaints:
         print(complaint)
-    print(f"{len(unchecked)} sources checked, {len(complaints)} with complaints")
+    print(f"{len(unchecked_sources)} sources checked, {len(complaints)} with complaints")
     sys.exit(1 if complaints else 0)
 
 

@@ -57,13 +57,13 @@ class Guide(unittest.TestCase):
         self.assertGreater(kinds.count("c"), 3)
 
     def test_commands_print_what_the_guide_shows(self):
-        printed = ""
+        output = ""
         for kind, _, text in SNIPPETS:
             if kind == "sh":
-                printed = self.run_in_folder("sh", "-e", "-c", text)
+                output = self.run_in_folder("sh", "-e", "-c", text)
             elif kind == "text":
-                self.assertEqual(printed, text)
-        self.assertIn('{"t":6.500000000,"event":"launch_end"}', printed)
+                self.assertEqual(output, text)
+        self.assertIn('{"t":6.500000000,"event":"launch_end"}', output)
         self.assertTrue((self.folder / "away.svg").exists())
 
     def test_the_cpp_program_is_built_with_cmake_and_runs(self):

@@ -42,9 +42,9 @@ class Reference(unittest.TestCase):
         self.assertIn("creates a launch screen for a window and stores its handle", page)
 
     def test_doxygen_warns_about_a_faulty_comment(self):
-        faulty = self.folder / "faulty.h"
-        faulty.write_text("/// \\param nothing that there is\nvoid operation(int there);\n")
-        result = doxygen(self.folder, f"INPUT += {faulty}")
+        faulty_header = self.folder / "faulty.h"
+        faulty_header.write_text("/// \\param nothing that there is\nvoid operation(int there);\n")
+        result = doxygen(self.folder, f"INPUT += {faulty_header}")
         self.assertIn("warning", result.stderr)
 
 

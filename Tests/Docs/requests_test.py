@@ -37,23 +37,25 @@ class Play:
             ],
             "until": until,
         }
-        done = subprocess.run(
+        process = subprocess.run(
             [PROGRAM, "play", "-"], input=json.dumps(script), capture_output=True, text=True, check=True
         )
-        self.lines = [json.loads(line) for line in done.stdout.splitlines()]
+        self.lines = [json.loads(line) for line in process.stdout.splitlines()]
 
-    def first(self, name, value=None):
-        """Returns the first line with the member (and the value, if one is given), or None."""
+    def first_line(self, name, value=None):
+        """Returns the first line that has the member, or None. If `value` is not None, the member
+        must have this value."""
         lines = (line for line in self.lines if name in line and value in (None, line[name]))
         return next(lines, None)
 
     def time_of(self, *line):
-        first = self.first(*line)
-        return first and first["t"]
+        first_line = self.first_line(*line)
+        return first_line and first_line["t"]
 
     @property
     def outcome(self):
-        """Returns the times of the dismissal and of the event. A time is None if it never came."""
+        """Returns the times of the dismissal and of the event. A time is None if the dismissal or
+        the event did not occur."""
         return self.time_of("cover", "viewDidDisappear"), self.time_of("event")
 
     @property
@@ -64,83 +66,86 @@ class Play:
         return None
 
 
-def request(**changed):
+def request(**changes):
     """Returns the default parameters with changes; a change to None removes the parameter."""
-    parameters = {"event": "end", "max_duration_time": 5, **changed}
+    parameters = {"event": "end", "max_duration_time": 5, **changes}
     return {name: value for name, value in parameters.items() if value is not None}
 
 
-def at(time, do, **members):
+def step(time, do, **members):
     return {"at": time, "do": do, **members}
 
 
-def key(time, window):
-    return at(time, "makeKey", window=window)
+def make_key(time, window):
+    return step(time, "makeKey", window=window)
 
 
 DISMISS = {"do": "dismiss", "by": "manager"}
-OTHER = {"name": "other", "className": "OtherWindow"}
-CHILD = {"name": "child", "parent": "player"}
-CONTROLLED = {"contentViewController": "PlayerViewController"}
-CONSENT = {"name": "consent", "contentViewController": "GDPRViewController"}
-MODAL = {"mode": PRESENTED_MODAL, "windows": [CHILD, OTHER]}
+OTHER_WINDOW = {"name": "other", "className": "OtherWindow"}
+CHILD_WINDOW = {"name": "child", "parent": "player"}
+WITH_CONTROLLER = {"contentViewController": "PlayerViewController"}
+CONSENT_WINDOW = {"name": "consent", "contentViewController": "GDPRViewController"}
+MODAL_HOST = {"mode": PRESENTED_MODAL, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
 
 # For each row: the steps, the host, and the times of dismissal and event.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
-    "the covered window resigns key": ([at(1, "resignKey")], {}, (STAYS, NO_EVENT)),
+    "the covered window resigns key": ([step(1, "resignKey")], {}, (STAYS, NO_EVENT)),
     "the covered window becomes key again": (
-        [at(1, "resignKey"), key(2.05, "player")], {}, (6.15, 6.65)),
+        [step(1, "resignKey"), make_key(2.05, "player")], {}, (6.15, 6.65)),
     "another window of the host becomes key": (
-        [key(1, "other"), key(2, "player")], {"windows": [OTHER]}, (6.1, 6.6)),
+        [make_key(1, "other"), make_key(2, "player")], {"windows": [OTHER_WINDOW]}, (6.1, 6.6)),
     "another window of the host resigns key, or becomes key after another": (
-        [key(1, "other"), key(2, "child"), at(3, "resignKey")],
-        {"windows": [OTHER, CHILD]}, (STAYS, NO_EVENT)),
+        [make_key(1, "other"), make_key(2, "child"), step(3, "resignKey")],
+        {"windows": [OTHER_WINDOW, CHILD_WINDOW]}, (STAYS, NO_EVENT)),
     "the user switches to another application, and comes back": (
-        [at(1, "deactivateApp"), at(2, "activateApp")], {}, (6.1, 6.6)),
+        [step(1, "deactivateApp"), step(2, "activateApp")], {}, (6.1, 6.6)),
     "the covered window is miniaturised": (
-        [at(1, "miniaturize", window="player"), at(2, "deminiaturize", window="player")],
+        [step(1, "miniaturize", window="player"), step(2, "deminiaturize", window="player")],
         {}, (STAYS, NO_EVENT)),
     "another window is miniaturised and deminiaturised": (
-        [at(1, "miniaturize", window="other"), at(2, "deminiaturize", window="other")],
-        {"windows": [OTHER]}, (5.1, 5.6)),
+        [step(1, "miniaturize", window="other"), step(2, "deminiaturize", window="other")],
+        {"windows": [OTHER_WINDOW]}, (5.1, 5.6)),
     "a child window of the covered window becomes key": (
-        [key(1, "child"), key(2, "player")], {"windows": [CHILD]}, (6.1, 6.6)),
-    "modal: the player window becomes key": ([key(1, "player")], MODAL, (5.1, 5.6)),
-    "modal: a child window of the player window becomes key": ([key(1, "child")], MODAL, (5.1, 5.6)),
+        [make_key(1, "child"), make_key(2, "player")], {"windows": [CHILD_WINDOW]}, (6.1, 6.6)),
+    "modal: the player window becomes key": ([make_key(1, "player")], MODAL_HOST, (5.1, 5.6)),
+    "modal: a child window of the player window becomes key": (
+        [make_key(1, "child")], MODAL_HOST, (5.1, 5.6)),
     "modal: a window of another class becomes key": (
-        [key(1, "other")], MODAL, (STAYS, NO_EVENT)),
+        [make_key(1, "other")], MODAL_HOST, (STAYS, NO_EVENT)),
     "sheet: the player window becomes key": (
-        [key(1, "player"), key(2, "sheet-1")],
-        {"mode": PRESENTED_SHEET, "player": CONTROLLED}, (6.1, 6.6)),
+        [make_key(1, "player"), make_key(2, "sheet-1")],
+        {"mode": PRESENTED_SHEET, "player": WITH_CONTROLLER}, (6.1, 6.6)),
     "a consent dialog resigns key": (
-        [at(1, "openWindow", **CONSENT), key(1, "consent"), key(2, "other")],
-        {"windows": [OTHER]}, (6.1, 6.6)),
+        [step(1, "openWindow", **CONSENT_WINDOW), make_key(1, "consent"), make_key(2, "other")],
+        {"windows": [OTHER_WINDOW]}, (6.1, 6.6)),
     "the window is dragged for a second": (
-        [at(1.05, "runLoopMode", mode="eventTracking"), at(2.05, "runLoopMode", mode="default")],
+        [step(1.05, "runLoopMode", mode="eventTracking"), step(2.05, "runLoopMode", mode="default")],
         {}, (6.0, 6.5)),
-    "the covered window is closed": ([at(1, "closeWindow", window="player")], {}, (1, 1.5)),
-    "modal: the cover's window is closed": ([at(1, "closeWindow", window="modal-1")], MODAL, (1, 1.5)),
-    "modal: the player window is closed": ([at(1, "closeWindow", window="player")], MODAL, (5.1, 5.6)),
+    "the covered window is closed": ([step(1, "closeWindow", window="player")], {}, (1, 1.5)),
+    "modal: the cover's window is closed": (
+        [step(1, "closeWindow", window="modal-1")], MODAL_HOST, (1, 1.5)),
+    "modal: the player window is closed": (
+        [step(1, "closeWindow", window="player")], MODAL_HOST, (5.1, 5.6)),
     "the host dismisses while time is left": ([{"at": 1, **DISMISS}], {}, (5.1, 3.5)),
     "the host dismisses while time is left, and the window resigns key within 2 s": (
-        [{"at": 1, **DISMISS}, at(1.5, "resignKey")], {}, (5.1, 3.5)),
+        [{"at": 1, **DISMISS}, step(1.5, "resignKey")], {}, (5.1, 3.5)),
     "the host dismisses while time is left and the user is away for more than 2 s": (
-        [at(1, "resignKey"), {"at": 1.5, **DISMISS}, key(6, "player")], {}, (10.1, 7.5)),
+        [step(1, "resignKey"), {"at": 1.5, **DISMISS}, make_key(6, "player")], {}, (10.1, 7.5)),
     "skip mode: the host dismisses": ([{"at": 1, **DISMISS}], {}, (1, NO_EVENT)),
     "skip mode: the host dismisses while the user is away": (
-        [at(1, "resignKey"), {"at": 1.5, **DISMISS}, key(6, "player")], {}, (6, NO_EVENT)),
+        [step(1, "resignKey"), {"at": 1.5, **DISMISS}, make_key(6, "player")], {}, (6, NO_EVENT)),
     "skip mode: the time is used up": ([], {}, (5.1, NO_EVENT)),
     "the host dismisses the content itself": (
-        [at(1, "dismiss", by="content")], {}, (1, 1.5)),
+        [step(1, "dismiss", by="content")], {}, (1, 1.5)),
     "the host's delegate refuses when the time is used up": (
         [{"at": 8, **DISMISS}],
         {"viewDelegate": {"operations": ["canContentViewDisappear:"], "canDisappear": False}},
         (STAYS, NO_EVENT)),
     "something is presented on the cover when the time is used up": (
-        [at(1, "presentOver"), key(1, "player"), at(7, "dismissOver"), {"at": 8, **DISMISS}],
+        [step(1, "presentOver"), make_key(1, "player"), step(7, "dismissOver"), {"at": 8, **DISMISS}],
         {}, (8, 8.5)),
-    "the host deactivates the manager": ([at(1, "deactivate")], {}, (STAYS, NO_EVENT)),
+    "the host deactivates the manager": ([step(1, "deactivate")], {}, (STAYS, NO_EVENT)),
 }
 
 
@@ -161,10 +166,10 @@ class Requests(unittest.TestCase):
     def test_each_time_of_the_countdown_is_true(self):
         table = rows("The countdown")
         self.assertGreater(len(table), 5)
-        for duration, dismissed in table:
+        for duration, dismissal in table:
             with self.subTest(duration):
                 play = Play(request(max_duration_time=float(duration.strip("`"))))
-                self.assert_times(play.outcome[:1], [float(dismissed.split()[0])])
+                self.assert_times(play.outcome[:1], [float(dismissal.split()[0])])
 
     def test_each_row_about_modes_is_true(self):
         values = {"missing": None, "anything else": "Skip"}
@@ -173,33 +178,34 @@ class Requests(unittest.TestCase):
                 name = value.split(",")[0]
                 mode = values[name] if name in values else json.loads(name.strip("`"))
                 outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
-                skips = "any time" in effect
-                self.assert_times(outcome, (1, NO_EVENT) if skips else (5.1, 3.5))
+                is_dismissed = "any time" in effect
+                self.assert_times(outcome, (1, NO_EVENT) if is_dismissed else (5.1, 3.5))
 
     def test_each_row_about_events_and_times_is_true(self):
         for parameter in "event", "max_duration_time":
             for value, effect in rows(f"`{parameter}`"):
                 with self.subTest(parameter=parameter, value=value):
                     values = {"missing": None, "a text": "some_event"}
-                    read = values[value] if value in values else json.loads(value.strip("`"))
-                    play = Play(request(**{"max_duration_time": 2, parameter: read}))
+                    is_word = value in values
+                    parameter_value = values[value] if is_word else json.loads(value.strip("`"))
+                    play = Play(request(**{"max_duration_time": 2, parameter: parameter_value}))
                     refusal = re.match("Refused: `(.*)`", effect)
                     self.assertEqual(play.refusal, refusal and refusal[1])
-                    fails = re.search("the content fails with", effect)
-                    failed = play.lines[-1]["inspect"]["content"]["state"] == FAILED
-                    self.assertEqual(failed, fails is not None)
-                    if not refusal and not fails:
+                    expected_failure = re.search("the content fails with", effect)
+                    has_failed = play.lines[-1]["inspect"]["content"]["state"] == FAILED
+                    self.assertEqual(has_failed, expected_failure is not None)
+                    if not refusal and not expected_failure:
                         self.assert_times(play.outcome, (2, 2.5))
-                        event = play.first("event")["event"]
-                        self.assertEqual(event, read if parameter == "event" else "end")
+                        event = play.first_line("event")["event"]
+                        self.assertEqual(event, parameter_value if parameter == "event" else "end")
 
     def test_the_refusal_of_a_request_without_parameters_is_on_the_page(self):
         self.assertIn(f"refused with `{Play(None).refusal}`", PAGE)
 
     def test_the_log_lines_are_on_the_page(self):
-        refused = Play(request(event=None)).first("log")["log"]
-        presented = Play(request()).first("log")["log"]
-        for line in refused, presented:
+        refusal_line = Play(request(event=None)).first_line("log")["log"]
+        presentation_line = Play(request()).first_line("log")["log"]
+        for line in refusal_line, presentation_line:
             self.assertIn(f"\n    {line}\n", PAGE)
 
 

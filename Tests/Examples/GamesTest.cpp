@@ -23,9 +23,10 @@ using testing::StartsWith;
 
 constexpr std::uint32_t kSky = 0x204080;  // the games' background
 constexpr std::uint32_t kBall = 0xFFB020;
-constexpr std::size_t kMoreFrames = 60;
-// Milliseconds. Much longer than a pump takes on a busy machine, much shorter than a launch screen.
-constexpr double kMaxPump = 1000;
+constexpr std::size_t kMinimumCoveredFrames = 60;
+// The limit for a pump, in milliseconds. It is much longer than a pump takes on a busy machine, and
+// much shorter than a launch screen.
+constexpr double kMaximumPumpTime = 1000;
 
 auto hasControls() {
   return AllOf(Contains("_NET_WM_ACTION_CLOSE"), Contains("_NET_WM_ACTION_MINIMIZE"),
@@ -66,17 +67,17 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   }
   // The user switches to another window.
   xcb_window_t switchAway() {
-    const xcb_window_t other = client.openGameWindow({1020, 100, 200, 150}, 0);
-    EXPECT_TRUE(waitFor([&] { return client.isViewable(other); }));
-    client.focus(other);
-    EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == other; }));
-    return other;
+    const xcb_window_t otherWindow = client.openGameWindow({1020, 100, 200, 150}, 0);
+    EXPECT_TRUE(waitFor([&] { return client.isViewable(otherWindow); }));
+    client.focus(otherWindow);
+    EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == otherWindow; }));
+    return otherWindow;
   }
-  void switchBack(xcb_window_t from, xcb_window_t window) {
-    client.destroy(from);
+  void switchBack(xcb_window_t otherWindow, xcb_window_t window) {
+    client.destroy(otherWindow);
     client.focus(window);
   }
-  void keepPicture(std::string_view moment) {
+  void savePicture(std::string_view moment) {
     client.screenPicture({0, 0, 1280, 960})
         .save(std::string(GetParam()).append("-").append(moment));
   }
@@ -97,25 +98,25 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
     return window != 0 && client.focusedWindow() == window && isDrawn(window);
   }));
   const Picture titleBarBefore = titleBar(window);
-  keepPicture("before");
+  savePicture("before");
 
   ASSERT_TRUE(waitForLine(game, "covered"));
-  const xcb_window_t other = switchAway();  // pauses the countdown during the checks
+  const xcb_window_t otherWindow = switchAway();  // pauses the countdown during the checks
   ASSERT_TRUE(waitFor([&] { return client.screenPicture(window).isAll(kWhite); }));
   EXPECT_TRUE(waitForLine(game, "controls kept"));
   EXPECT_THAT(actions(window), hasNoButtons());
   EXPECT_NE(titleBar(window), titleBarBefore);
-  const auto framesCovered = [&] {
+  const auto reportCount = [&] {
     return std::ranges::count_if(game.lines(),
                                  [](const auto& line) { return line.ends_with("frames covered"); });
   };
-  const auto before = framesCovered();
-  EXPECT_TRUE(waitFor([&] { return framesCovered() >= before + 2; }));
+  const auto reportCountBefore = reportCount();
+  EXPECT_TRUE(waitFor([&] { return reportCount() >= reportCountBefore + 2; }));
   EXPECT_TRUE(client.screenPicture(window).isAll(kWhite));
   EXPECT_EQ(recordedEvents(), "");
-  keepPicture("during");
+  savePicture("during");
 
-  switchBack(other, window);
+  switchBack(otherWindow, window);
   ASSERT_TRUE(waitForLine(game, "event"));
   EXPECT_EQ(recordedEvents(), "launch_end\n");
   ASSERT_TRUE(waitForLine(game, "uncovered"));
@@ -124,24 +125,24 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   // metacity redraws its buttons when the focus moves, not when the buttons change.
   switchBack(switchAway(), window);
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));
-  keepPicture("after");
+  savePicture("after");
 
   client.requestClose(window);
   EXPECT_EQ(game.wait(), 0);
-  int frames = 0;
-  int covered = 0;
-  double longestPump = kMaxPump;
+  int frameCount = 0;
+  int coveredFrameCount = 0;
+  double longestPumpTime = kMaximumPumpTime;
   ASSERT_EQ(
       std::sscanf(game.lines().back().c_str(), "%d frames, %d of them covered, longest pump %lf ms",
-                  &frames, &covered, &longestPump),
+                  &frameCount, &coveredFrameCount, &longestPumpTime),
       3);
-  EXPECT_GE(covered, kMoreFrames);
-  EXPECT_GT(frames, covered);
-  EXPECT_LT(longestPump, kMaxPump);
+  EXPECT_GE(coveredFrameCount, kMinimumCoveredFrames);
+  EXPECT_GT(frameCount, coveredFrameCount);
+  EXPECT_LT(longestPumpTime, kMaximumPumpTime);
   std::cout << GetParam() << ": " << game.lines().back() << '\n';
 }
 
-TEST_P(GameExample, ExitsCleanlyIfItIsClosedUnderItsLaunchScreen) {
+TEST_P(GameExample, ExitsCleanlyIfItsWindowIsClosedWhileCovered) {
   HostProcess game({examplePath(GetParam()), events_, "3600"}, server.display());
   ASSERT_TRUE(waitForLine(game, "covered"));
   // The close control is disabled, but a program can still send WM_DELETE_WINDOW.

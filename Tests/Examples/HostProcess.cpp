@@ -25,7 +25,7 @@ HostProcess::~HostProcess() { close(output_); }
 
 const std::vector<std::string>& HostProcess::lines() {
   pollfd input{output_, POLLIN, 0};
-  while (poll(&input, 1, 0) > 0 && readSome()) {
+  while (poll(&input, 1, 0) > 0 && readOutput()) {
   }
   return lines_;
 }
@@ -36,18 +36,18 @@ bool HostProcess::hasPrinted(std::string_view beginning) {
 }
 
 int HostProcess::wait() {
-  while (readSome()) {
+  while (readOutput()) {
   }
   return process_.wait();
 }
 
-bool HostProcess::readSome() {
-  std::array<char, 4096> part{};
-  const ssize_t size = read(output_, part.data(), part.size());
+bool HostProcess::readOutput() {
+  std::array<char, 4096> buffer{};
+  const ssize_t size = read(output_, buffer.data(), buffer.size());
   if (size <= 0) {
     return false;
   }
-  incompleteLine_.append(part.data(), static_cast<std::size_t>(size));
+  incompleteLine_.append(buffer.data(), static_cast<std::size_t>(size));
   for (std::size_t end = 0; (end = incompleteLine_.find('\n')) != std::string::npos;) {
     lines_.push_back(incompleteLine_.substr(0, end));
     incompleteLine_.erase(0, end + 1);
@@ -59,17 +59,17 @@ std::string examplePath(std::string_view name) {
   return std::string(VEL_EXAMPLES_BUILT "/").append(name);
 }
 
-std::string nameOfExample(const testing::TestParamInfo<const char*>& info) {
-  std::string name = info.param;
+std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo) {
+  std::string name = testInfo.param;
   std::erase(name, '-');
   return name;
 }
 
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments) {
-  std::vector<std::string> all{VEL_PYTHON, VEL_EXAMPLES "/python-host/host.py"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  all.emplace_back(VEL_LIBRARY);
-  return all;
+  std::vector<std::string> command{VEL_PYTHON, VEL_EXAMPLES "/python-host/host.py"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  command.emplace_back(VEL_LIBRARY);
+  return command;
 }
 
 }  // namespace vel::test

@@ -27,7 +27,7 @@ class HostProcess : NonCopyable {
 
  private:
   // Returns false at the end of the output.
-  bool readSome();
+  bool readOutput();
 
   Process process_;
   int output_ = -1;
@@ -38,7 +38,7 @@ class HostProcess : NonCopyable {
 /// The path of an example in the build folder.
 std::string examplePath(std::string_view name);
 /// Names the test of an example after the example.
-std::string nameOfExample(const testing::TestParamInfo<const char*>& info);
+std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo);
 /// The command that runs the Python example with the built library.
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments);
 

@@ -52,11 +52,11 @@ constexpr Setting kSettings[] = {
 
 constexpr int kTenthsUntilNoWorkIsLeft = 50;
 
-std::string seconds(int tenths) { return host::shortestDecimal(tenths / 10.0); }
+std::string secondsFromTenths(int tenths) { return host::shortestDecimal(tenths / 10.0); }
 
 std::string scenarioOf(const Setting& setting, const std::string& steps, int untilTenths) {
   return "{\n  \"host\": " + std::string(setting.host) + ",\n  \"steps\": [" + steps +
-         "\n  ],\n  \"until\": " + seconds(untilTenths) + "\n}\n";
+         "\n  ],\n  \"until\": " + secondsFromTenths(untilTenths) + "\n}\n";
 }
 
 }  // namespace
@@ -80,7 +80,7 @@ std::string scenarioText(const Setting& setting, const Script& script) {
     tenths += action.tenthsOfSecond;
     // A step without a time has the time of the previous step.
     steps += steps.empty() ? "\n    " : ",\n    ";
-    steps += "{\"at\":" + seconds(tenths) + ",";
+    steps += "{\"at\":" + secondsFromTenths(tenths) + ",";
     steps += action.steps.substr(1);
   }
   return scenarioOf(setting, steps, tenths + kTenthsUntilNoWorkIsLeft);

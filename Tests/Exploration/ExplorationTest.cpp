@@ -14,9 +14,9 @@
 namespace vel::exploration {
 namespace {
 
-using When = Invariant::When;
+using CheckTime = Invariant::CheckTime;
 
-const Setting& bare() { return settings().front(); }
+const Setting& bareSetting() { return settings().front(); }
 
 Script scriptOf(const std::vector<std::string_view>& names) {
   Script script;
@@ -35,7 +35,7 @@ std::string keyAfter(const ParsedSetting& parsed, const Script& script) {
 }
 
 std::string keyAfter(const std::vector<std::string_view>& names) {
-  return keyAfter(ParsedSetting(bare()), scriptOf(names));
+  return keyAfter(ParsedSetting(bareSetting()), scriptOf(names));
 }
 
 // Returns every script that extends `script` by one action.
@@ -49,15 +49,15 @@ std::vector<Script> continuationsOf(const Script& script) {
 
 // Findings
 
-Exploration exploreFor(When when, std::string (*findFault)(const ObservedPlay&),
+Exploration exploreFor(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
                        std::size_t depth) {
-  const Invariant falseStatement[] = {{"a false statement", when, findFault}};
-  return explore(bare(), falseStatement, depth);
+  const Invariant falseStatement[] = {{"a false statement", checkTime, findFault}};
+  return explore(bareSetting(), falseStatement, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
   const Exploration exploration = exploreFor(
-      When::State,
+      CheckTime::State,
       [](const ObservedPlay& play) -> std::string {
         return play.hostWindows().front()->styleMask() == 1 ? "controls are removed" : "";
       },
@@ -69,7 +69,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
   const Exploration exploration = exploreFor(
-      When::Moment,
+      CheckTime::Moment,
       [](const ObservedPlay& play) -> std::string {
         const bool isTick =
             play.event() != nullptr && std::holds_alternative<host::trace::Tick>(*play.event());
@@ -83,7 +83,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
   const Exploration exploration = exploreFor(
-      When::End,
+      CheckTime::End,
       [](const ObservedPlay& play) -> std::string {
         return play.history().eventCount > 0 ? "an event was recorded" : "";
       },
@@ -95,12 +95,14 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
 
 TEST(ExplorationTest, PrintsAFindingAsAScenario) {
   const Exploration exploration = exploreFor(
-      When::State,
-      [](const ObservedPlay& play) -> std::string { return play.now().isUnfocused ? "away" : ""; },
+      CheckTime::State,
+      [](const ObservedPlay& play) -> std::string {
+        return play.currentSample().isUnfocused ? "away" : "";
+      },
       4);
   ASSERT_TRUE(exploration.finding);
   const host::Scenario scenario =
-      host::readScenario(scenarioText(bare(), exploration.finding->script));
+      host::readScenario(scenarioText(bareSetting(), exploration.finding->script));
   std::vector<std::string_view> steps;
   std::ranges::transform(scenario.steps, std::back_inserter(steps), &host::Step::name);
   EXPECT_THAT(steps, testing::ElementsAre("request", "contentView", "present", "makeKey"));
@@ -109,22 +111,23 @@ TEST(ExplorationTest, PrintsAFindingAsAScenario) {
 }
 
 TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
-  Script all(actions().size());
-  for (std::size_t index = 0; index < all.size(); ++index) {
-    all[index] = static_cast<std::uint8_t>(index);
+  Script scriptOfAllActions(actions().size());
+  for (std::size_t index = 0; index < scriptOfAllActions.size(); ++index) {
+    scriptOfAllActions[index] = static_cast<std::uint8_t>(index);
   }
   for (const Setting& setting : settings()) {
-    EXPECT_GE(host::readScenario(scenarioText(setting, all)).steps.size(), actions().size());
+    EXPECT_GE(host::readScenario(scenarioText(setting, scriptOfAllActions)).steps.size(),
+              actions().size());
   }
 }
 
 // Counts
 
 TEST(ExplorationTest, ExtendsEachStateOnce) {
-  const Exploration exploration = explore(bare(), invariants(), 1);
+  const Exploration exploration = explore(bareSetting(), invariants(), 1);
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
   EXPECT_EQ(exploration.depth, 1U);
-  const Exploration deeperExploration = explore(bare(), invariants(), 2);
+  const Exploration deeperExploration = explore(bareSetting(), invariants(), 2);
   EXPECT_EQ(deeperExploration.scriptCount,
             exploration.scriptCount + (exploration.stateCount - 1) * actions().size());
 }
@@ -158,14 +161,14 @@ TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
   std::vector<Script> scripts{{}};
   for (std::size_t index = 0; index < scripts.size(); ++index) {
     const Script script = scripts[index];
-    const auto [known, isNew] = firstScripts.emplace(keyAfter(parsed, script), script);
+    const auto [firstScript, isNew] = firstScripts.emplace(keyAfter(parsed, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
     for (std::size_t action = 0; !isNew && action < actions().size(); ++action) {
       EXPECT_EQ(keyAfter(parsed, continuations[action]),
-                keyAfter(parsed, continuationsOf(known->second)[action]))
+                keyAfter(parsed, continuationsOf(firstScript->second)[action]))
           << scenarioText(parsed.setting, continuations[action]);
     }
   }
@@ -214,7 +217,7 @@ TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
   ASSERT_EQ(exception.name, example.exception);
-  const ParsedSetting parsed(bare());
+  const ParsedSetting parsed(bareSetting());
   ObservedPlay play(parsed, invariants());
   for (const std::uint8_t action : scriptOf(example.script)) {
     play.perform(action);
@@ -227,7 +230,7 @@ TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
                          [](const auto& window) { return window->styleMask(); });
   EXPECT_EQ(styles, example.remainingStyles);
   EXPECT_TRUE(std::ranges::any_of(play.hostWindows(), [&](const auto& window) {
-    return window->styleMask() != play.givenStyle(*window) &&
+    return window->styleMask() != play.originalStyle(*window) &&
            exception.hasExpectedStyle(play, *window);
   }));
 }

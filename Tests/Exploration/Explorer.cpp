@@ -34,7 +34,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
   std::unordered_set<std::size_t> knownStates;
   std::vector<Script> scriptsToExtend;
   // Plays the script. Returns true if all invariants hold.
-  const auto visit = [&](const Script& script) {
+  const auto playScript = [&](const Script& script) {
     ++exploration.scriptCount;
     ObservedPlay play(parsed, invariants);
     performAll(play, script);
@@ -53,7 +53,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
     return play.violation().empty();
   };
 
-  if (!visit({})) {
+  if (!playScript({})) {
     return exploration;
   }
   while (exploration.depth < depth && !scriptsToExtend.empty()) {
@@ -61,7 +61,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
       script.push_back(0);
       for (std::size_t action = 0; action < actions().size(); ++action) {
         script.back() = static_cast<std::uint8_t>(action);
-        if (!visit(script)) {
+        if (!playScript(script)) {
           return exploration;
         }
       }

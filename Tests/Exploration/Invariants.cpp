@@ -11,7 +11,7 @@ namespace vel::exploration {
 
 namespace {
 
-using When = Invariant::When;
+using CheckTime = Invariant::CheckTime;
 namespace trace = host::trace;
 
 constexpr Nanoseconds kDelayOfRecording = kNanosecondsPerSecond / 2;
@@ -33,14 +33,14 @@ std::string checkRecordedOnce(const ObservedPlay& play) {
 
 std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   const bool isRecorded =
-      eventAs<trace::RecordedEvent>(play) != nullptr && !play.history().hasPlainRequest;
+      eventAs<trace::RecordedEvent>(play) != nullptr && !play.history().hasRequestOutsideSkipMode;
   return isRecorded ? "it is recorded" : "";
 }
 
 // Does not check when the event is recorded. The library records the event half a second after it
 // is sent, even if a required window goes away in between.
 std::string checkNotSentWhileAway(const ObservedPlay& play) {
-  const bool isSentNow = play.now().isSent && !play.before().isSent;
+  const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
   return isSentNow && play.history().isWindowAway ? "it is sent" : "";
 }
 
@@ -48,8 +48,8 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
   if (eventAs<trace::RecordedEvent>(play) == nullptr) {
     return "";
   }
-  const auto sentAt = play.history().sentAt;
-  return sentAt && ObservedPlay::time() == *sentAt + kDelayOfRecording ? "" : "it is recorded";
+  const auto sendTime = play.history().sendTime;
+  return sendTime && ObservedPlay::time() == *sendTime + kDelayOfRecording ? "" : "it is recorded";
 }
 
 // Dismissal
@@ -63,7 +63,7 @@ std::string checkNotDismissedEarly(const ObservedPlay& play) {
   if (history.mustRefuse && isDismissing) {
     return "it goes through with " + number(history.timeLeft) + " s left";
   }
-  const bool isEarly = history.timeLeft > expirationTimeStep && !play.now().skipMode;
+  const bool isEarly = history.timeLeft > expirationTimeStep && !play.currentSample().skipMode;
   if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.coverStepCount > 0) {
     return "a tick dismisses with " + number(history.timeLeft) + " s left";
   }
@@ -73,44 +73,50 @@ std::string checkNotDismissedEarly(const ObservedPlay& play) {
 // The countdown
 
 std::string checkTimeLeft(const ObservedPlay& play) {
-  const double before = play.before().timeLeft;
-  const double now = play.now().timeLeft;
+  const double previousTimeLeft = play.previousSample().timeLeft;
+  const double currentTimeLeft = play.currentSample().timeLeft;
   const History& history = play.history();
-  const bool mayBeStopped = history.hasCalledDidDisappear ||
-                            (history.hasCalledCanDisappear && before <= expirationTimeStep);
-  const bool isNewInterval = history.step == "request" && now == play.now().interval;
+  const bool mayBeStopped =
+      history.hasCalledDidDisappear ||
+      (history.hasCalledCanDisappear && previousTimeLeft <= expirationTimeStep);
+  const bool isNewInterval =
+      history.step == "request" && currentTimeLeft == play.currentSample().interval;
   if (eventAs<trace::Tick>(play) != nullptr) {
-    const bool isOneStepLess = now == before - expirationTimeStep;
-    const bool isStoppedBeforeTick = mayBeStopped && now == 0.0 - expirationTimeStep;
-    const bool isZero = before == 0.0 && now == 0.0;
+    const bool isOneStepLess = currentTimeLeft == previousTimeLeft - expirationTimeStep;
+    const bool isStoppedBeforeTick = mayBeStopped && currentTimeLeft == 0.0 - expirationTimeStep;
+    const bool isZero = previousTimeLeft == 0.0 && currentTimeLeft == 0.0;
     if (!history.wasCounting) {
       return "a tick comes without a valid timer";
     }
     return isOneStepLess || isStoppedBeforeTick || isZero
                ? ""
-               : "a tick makes " + number(now) + " s of " + number(before) + " s";
+               : "a tick makes " + number(currentTimeLeft) + " s of " + number(previousTimeLeft) +
+                     " s";
   }
-  if (now == before || (mayBeStopped && now == 0.0) || isNewInterval) {
+  if (currentTimeLeft == previousTimeLeft || (mayBeStopped && currentTimeLeft == 0.0) ||
+      isNewInterval) {
     return "";
   }
-  return number(before) + " s become " + number(now) + " s without a tick";
+  return number(previousTimeLeft) + " s become " + number(currentTimeLeft) + " s without a tick";
 }
 
 std::string checkCountsOnlyWithFocus(const ObservedPlay& play) {
-  return play.now().isCounting && play.now().isUnfocused ? "it runs while unfocused" : "";
+  return play.currentSample().isCounting && play.currentSample().isUnfocused
+             ? "it runs while unfocused"
+             : "";
 }
 
 std::string checkUnfocused(const ObservedPlay& play) {
-  if (play.now().isUnfocused == play.history().isWindowAway) {
+  if (play.currentSample().isUnfocused == play.history().isWindowAway) {
     return "";
   }
-  return play.now().isUnfocused ? "it is unfocused, but no required window is away"
-                                : "it is not unfocused, but a required window is away";
+  return play.currentSample().isUnfocused ? "it is unfocused, but no required window is away"
+                                          : "it is not unfocused, but a required window is away";
 }
 
 std::string checkTimerCount(const ObservedPlay& play) {
   const std::size_t timers = NSRunLoop::mainRunLoop().timerCount();
-  return timers > (play.now().isCounting ? 1U : 0U)
+  return timers > (play.currentSample().isCounting ? 1U : 0U)
              ? std::to_string(timers) + " timers are scheduled"
              : "";
 }
@@ -133,7 +139,7 @@ std::string checkStyles(const ObservedPlay& play) {
     return "";
   }
   for (const Strong<NSWindow>& window : play.hostWindows()) {
-    const NSWindowStyleMask hostsMask = play.givenStyle(*window);
+    const NSWindowStyleMask hostsMask = play.originalStyle(*window);
     if (window->styleMask() != hostsMask && !isException(play, *window)) {
       return play.names().nameOf(*window) + " has " + std::to_string(window->styleMask()) +
              " instead of " + std::to_string(hostsMask);
@@ -180,21 +186,24 @@ std::string checkDelegatesAfterEnd(const ObservedPlay& play) {
 }
 
 constexpr Invariant kInvariants[] = {
-    {"the event is recorded at most once", When::Moment, &checkRecordedOnce},
-    {"no event is recorded if every request asks for skip mode", When::Moment,
+    {"the event is recorded at most once", CheckTime::Moment, &checkRecordedOnce},
+    {"no event is recorded if every request asks for skip mode", CheckTime::Moment,
      &checkNotRecordedInSkipMode},
-    {"no event is sent while a required window is away", When::Moment, &checkNotSentWhileAway},
-    {"the event is recorded half a second after it is sent", When::Moment, &checkTimeOfRecording},
+    {"no event is sent while a required window is away", CheckTime::Moment, &checkNotSentWhileAway},
+    {"the event is recorded half a second after it is sent", CheckTime::Moment,
+     &checkTimeOfRecording},
     {"outside skip mode a guarded dismissal does not go through with more than a step left",
-     When::Moment, &checkNotDismissedEarly},
-    {"each tick of a valid timer reduces the time left by one step", When::Moment, &checkTimeLeft},
-    {"the countdown runs only with focus", When::Moment, &checkCountsOnlyWithFocus},
-    {"the manager is unfocused exactly while a required window is away", When::Moment,
+     CheckTime::Moment, &checkNotDismissedEarly},
+    {"each tick of a valid timer reduces the time left by one step", CheckTime::Moment,
+     &checkTimeLeft},
+    {"the countdown runs only with focus", CheckTime::Moment, &checkCountsOnlyWithFocus},
+    {"the manager is unfocused exactly while a required window is away", CheckTime::Moment,
      &checkUnfocused},
-    {"there is at most one timer", When::Moment, &checkTimerCount},
-    {"without a cover every window has the style that its host gave it", When::State, &checkStyles},
-    {"after the end only covers that are up are alive", When::End, &checkObjectsAfterEnd},
-    {"a deactivated cover has no delegates", When::End, &checkDelegatesAfterEnd},
+    {"there is at most one timer", CheckTime::Moment, &checkTimerCount},
+    {"without a cover every window has the style that its host gave it", CheckTime::State,
+     &checkStyles},
+    {"after the end only covers that are up are alive", CheckTime::End, &checkObjectsAfterEnd},
+    {"a deactivated cover has no delegates", CheckTime::End, &checkDelegatesAfterEnd},
 };
 
 }  // namespace

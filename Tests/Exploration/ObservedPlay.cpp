@@ -46,7 +46,7 @@ ObservedPlay::ObservedPlay(const ParsedSetting& parsed, std::span<const Invarian
       player_(parsed.scenario, *this),
       names_(player_.names()),
       mainContent_(manager()->content()),
-      now_(sampleOf(*manager())) {
+      currentSample_(sampleOf(*manager())) {
   for (const host::WindowScript& window : hostScript().windows) {
     hostWindows_.push_back(names_.window(window.name));
   }
@@ -63,26 +63,26 @@ ObservedPlay::~ObservedPlay() {
 }
 
 void ObservedPlay::perform(std::uint8_t action) {
-  at_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
+  scriptTime_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
   for (host::Step step : setting_.steps[action]) {
-    step.at = at_;
+    step.at = scriptTime_;
     play(step);
   }
-  check(Invariant::When::State);
-  const bool hasGivenStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
-    return window->styleMask() == givenStyle(*window);
+  check(Invariant::CheckTime::State);
+  const bool hasOriginalStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
+    return window->styleMask() == originalStyle(*window);
   });
-  if (hasGivenStyles && isUncovered(*this) && isStyleForgotten(*this)) {
+  if (hasOriginalStyles && isUncovered(*this) && isStyleForgotten(*this)) {
     history_.styleExceptions.reset();
   }
 }
 
 void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
-  play({.at = at_, .name = "deactivate", .action = host::step::Deactivate{}});
-  at_ += kTimeUntilNoWorkIsLeft;
-  play({.at = at_, .name = "inspect", .action = host::step::Inspect{}});
-  check(Invariant::When::End);
+  play({.at = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
+  scriptTime_ += kTimeUntilNoWorkIsLeft;
+  play({.at = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
+  check(Invariant::CheckTime::End);
 }
 
 void ObservedPlay::play(const host::Step& step) {
@@ -97,16 +97,16 @@ void ObservedPlay::play(const host::Step& step) {
 }
 
 std::vector<Strong<LaunchScreenViewController>> ObservedPlay::controllers() const {
-  std::vector<Strong<LaunchScreenViewController>> alive;
+  std::vector<Strong<LaunchScreenViewController>> aliveControllers;
   for (const Weak<LaunchScreenViewController>& entry : controllers_) {
     if (const auto controller = entry.lock()) {
-      alive.push_back(controller);
+      aliveControllers.push_back(controller);
     }
   }
-  return alive;
+  return aliveControllers;
 }
 
-NSWindowStyleMask ObservedPlay::givenStyle(const NSWindow& window) const {
+NSWindowStyleMask ObservedPlay::originalStyle(const NSWindow& window) const {
   std::size_t index = 0;
   while (hostWindows_[index].get() != &window) {
     ++index;
@@ -118,14 +118,14 @@ NSWindowStyleMask ObservedPlay::givenStyle(const NSWindow& window) const {
 
 void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
   checkMoment(&line.event);
-  std::visit([this](const auto& event) { note(event); }, line.event);
+  std::visit([this](const auto& event) { record(event); }, line.event);
 }
 
 void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
   checkMoment(nullptr);
   collectObjects();
-  history_.timeLeft = now_.timeLeft;
-  history_.wasCounting = now_.isCounting;
+  history_.timeLeft = currentSample_.timeLeft;
+  history_.wasCounting = currentSample_.isCounting;
   history_.step = {};
   history_.mustRefuse = false;
   history_.hasCalledCanDisappear = false;
@@ -135,20 +135,20 @@ void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
 
 void ObservedPlay::checkMoment(const host::TraceEvent* event) {
   event_ = event;
-  before_ = now_;
-  now_ = sampleOf(*manager());
-  if (now_.isSent && !before_.isSent) {
-    history_.sentAt = time();
+  previousSample_ = currentSample_;
+  currentSample_ = sampleOf(*manager());
+  if (currentSample_.isSent && !previousSample_.isSent) {
+    history_.sendTime = time();
   }
-  check(Invariant::When::Moment);
+  check(Invariant::CheckTime::Moment);
 }
 
-void ObservedPlay::check(Invariant::When when) {
+void ObservedPlay::check(Invariant::CheckTime checkTime) {
   for (const Invariant& invariant : invariants_) {
     if (!violation_.empty()) {
       return;
     }
-    if (invariant.when != when) {
+    if (invariant.checkTime != checkTime) {
       continue;
     }
     if (const std::string fault = invariant.findFault(*this); !fault.empty()) {
@@ -157,7 +157,7 @@ void ObservedPlay::check(Invariant::When when) {
   }
 }
 
-void ObservedPlay::note(const host::trace::StepStart& step) {
+void ObservedPlay::record(const host::trace::StepStart& step) {
   history_.step = step.name;
   for (std::size_t index = 0; index < styleExceptions().size(); ++index) {
     if (styleExceptions()[index].isCausedBy(*this, *step_)) {
@@ -169,43 +169,44 @@ void ObservedPlay::note(const host::trace::StepStart& step) {
   const auto delegates =
       send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
   history_.mustRefuse = isGuarded && delegates != nullptr &&
-                        delegates->containsObject(manager().get()) && !now_.skipMode &&
-                        now_.timeLeft > expirationTimeStep;
+                        delegates->containsObject(manager().get()) && !currentSample_.skipMode &&
+                        currentSample_.timeLeft > expirationTimeStep;
 }
 
-void ObservedPlay::note(const host::trace::ContentDataResult& result) {
-  history_.hasPlainRequest = history_.hasPlainRequest || (result.content && !now_.skipMode);
+void ObservedPlay::record(const host::trace::ContentDataResult& result) {
+  history_.hasRequestOutsideSkipMode =
+      history_.hasRequestOutsideSkipMode || (result.content && !currentSample_.skipMode);
 }
 
-void ObservedPlay::note(const host::trace::HostCall& call) {
+void ObservedPlay::record(const host::trace::HostCall& call) {
   history_.hasCalledCanDisappear =
       history_.hasCalledCanDisappear || call.operation == host::ViewOperation::CanDisappear;
   history_.hasCalledDidDisappear =
       history_.hasCalledDidDisappear || call.operation == host::ViewOperation::DidDisappear;
 }
 
-void ObservedPlay::note(const host::trace::RecordedEvent& /*event*/) { ++history_.eventCount; }
+void ObservedPlay::record(const host::trace::RecordedEvent& /*event*/) { ++history_.eventCount; }
 
-void ObservedPlay::note(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
+void ObservedPlay::record(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
 
 // Returns true if the user sees the cover while the window is key. Does not use
 // `appIsUnfocused`, because an invariant compares `appIsUnfocused` with this result.
 bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
-  const Strong<NSWindow> shownIn = send(send(cover, &NSViewController::view), &NSView::window);
+  const Strong<NSWindow> coverWindow = send(send(cover, &NSViewController::view), &NSView::window);
   if (window == nullptr || cover == nullptr) {
     return false;
   }
   const auto isPlayer = [](const Strong<NSWindow>& candidate) {
     return candidate != nullptr && candidate->className() == "PlayerWindow";
   };
-  if (shownIn != nullptr && shownIn->isModalPanel() &&
+  if (coverWindow != nullptr && coverWindow->isModalPanel() &&
       (isPlayer(window) || isPlayer(window->parentWindow()))) {
     return true;
   }
   const auto children =
       send(window->contentViewController(), &NSViewController::childViewControllers);
-  return window == shownIn ||
+  return window == coverWindow ||
          std::ranges::any_of(children, [&](const Strong<NSViewController>& child) {
            return child->className() == cover->className();
          });
@@ -213,7 +214,7 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
 
 // Computes `isWindowAway` from the key change. The manager receives its notification later, so the
 // manager's state is still the previous state.
-void ObservedPlay::note(const host::trace::KeyWindowChange& change) {
+void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);
     history_.keyOrder.push_back(change.window);
@@ -229,7 +230,7 @@ void ObservedPlay::note(const host::trace::KeyWindowChange& change) {
              LSGDPRControllerClassName) {
     history_.isWindowAway = history_.isWindowAway &&
                             send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
-  } else if (!now_.isExpired && showsCover(window)) {
+  } else if (!currentSample_.isExpired && showsCover(window)) {
     history_.isWindowAway = true;
   }
 }

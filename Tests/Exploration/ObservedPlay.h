@@ -20,10 +20,10 @@ class ObservedPlay;
 struct Invariant {
   /// When the play checks the invariant. Moment: at every trace line, and whenever no work is due.
   /// State: after each action. End: after the end of the play, when no work is left.
-  enum class When : std::uint8_t { Moment, State, End };
+  enum class CheckTime : std::uint8_t { Moment, State, End };
 
   std::string_view name;
-  When when = When::Moment;
+  CheckTime checkTime = CheckTime::Moment;
   /// Returns what is wrong, or an empty string.
   std::string (*findFault)(const ObservedPlay& play) = nullptr;
 };
@@ -42,14 +42,14 @@ struct Sample {
 /// The facts about a play that the invariants need.
 struct History {
   /// A request was accepted outside skip mode.
-  bool hasPlainRequest = false;
+  bool hasRequestOutsideSkipMode = false;
   /// A required window has stopped being key, and no required window has become key since. The play
   /// computes this value from the key changes, not from the manager's state. A window is required
   /// if the user sees the cover while the window is key.
   bool isWindowAway = false;
   int eventCount = 0;
   /// When `eventWasSended` became true.
-  std::optional<Nanoseconds> sentAt;
+  std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
   /// The style exceptions that a step has caused, as indices into `styleExceptions()`.
@@ -87,8 +87,8 @@ class ObservedPlay final : private host::PlayListener {
   // For the invariants and the state key.
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return player_.manager(); }
   [[nodiscard]] host::WindowNames& names() const { return names_; }
-  [[nodiscard]] const Sample& before() const { return before_; }
-  [[nodiscard]] const Sample& now() const { return now_; }
+  [[nodiscard]] const Sample& previousSample() const { return previousSample_; }
+  [[nodiscard]] const Sample& currentSample() const { return currentSample_; }
   /// The event of the current trace line. Null at a moment when no work is due.
   [[nodiscard]] const host::TraceEvent* event() const { return event_; }
   [[nodiscard]] const History& history() const { return history_; }
@@ -97,7 +97,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] const std::vector<Strong<NSWindow>>& hostWindows() const { return hostWindows_; }
   [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
   /// The style that the host gave to one of its windows.
-  [[nodiscard]] NSWindowStyleMask givenStyle(const NSWindow& window) const;
+  [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
   /// The main content's controllers that are alive, oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
   /// The controller at the time when `end` deactivated the manager. Null if the controller is
@@ -111,16 +111,16 @@ class ObservedPlay final : private host::PlayListener {
   void traceLineAdded(const host::TraceLine& line) override;
   void stateReached(const host::PlayState& state) override;
   void checkMoment(const host::TraceEvent* event);
-  void check(Invariant::When when);
+  void check(Invariant::CheckTime checkTime);
   void play(const host::Step& step);
-  void note(const host::trace::StepStart& step);
-  void note(const host::trace::ContentDataResult& result);
-  void note(const host::trace::HostCall& call);
-  void note(const host::trace::RecordedEvent& event);
-  void note(const host::trace::KeyWindowChange& change);
-  void note(const host::trace::CoverStep& step);
+  void record(const host::trace::StepStart& step);
+  void record(const host::trace::ContentDataResult& result);
+  void record(const host::trace::HostCall& call);
+  void record(const host::trace::RecordedEvent& event);
+  void record(const host::trace::KeyWindowChange& change);
+  void record(const host::trace::CoverStep& step);
   template <class Other>
-  void note(const Other& /*other*/) {}
+  void record(const Other& /*other*/) {}
   bool showsCover(const Strong<NSWindow>& window);
   void collectObjects();
 
@@ -133,12 +133,12 @@ class ObservedPlay final : private host::PlayListener {
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   std::vector<Weak<LaunchScreenViewController>> controllers_;
   Weak<LaunchScreenViewController> lastController_;
-  Sample before_;
-  Sample now_;
+  Sample previousSample_;
+  Sample currentSample_;
   const host::TraceEvent* event_ = nullptr;
   History history_;
   const host::Step* step_ = nullptr;  // the step that started last
-  Nanoseconds at_ = 0;
+  Nanoseconds scriptTime_ = 0;
   std::string violation_;
 };
 

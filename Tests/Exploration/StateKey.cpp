@@ -135,17 +135,18 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   // The controller of the tracked view. Null if the controller is already destroyed.
   const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto window = send(superView, &NSView::window);
-  const auto current = send(play.manager()->content(), &LaunchScreenContent::viewController);
+  const auto currentController =
+      send(play.manager()->content(), &LaunchScreenContent::viewController);
   key << indexOf(selfController.get(), controllers) << indexOf(owner.get(), controllers)
       << play.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
-      << indexOf(as<LaunchScreenViewController>(current).get(), controllers);
+      << indexOf(as<LaunchScreenViewController>(currentController).get(), controllers);
 }
 
 void addHistory(KeyText& key, const ObservedPlay& play) {
   const History& history = play.history();
-  key << history.hasPlainRequest << history.isWindowAway << history.eventCount;
-  if (history.sentAt && history.eventCount == 0) {
-    key << *history.sentAt - ObservedPlay::time();
+  key << history.hasRequestOutsideSkipMode << history.isWindowAway << history.eventCount;
+  if (history.sendTime && history.eventCount == 0) {
+    key << *history.sendTime - ObservedPlay::time();
   }
   key << history.styleExceptions.to_ulong();
 }

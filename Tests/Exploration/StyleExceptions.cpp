@@ -19,12 +19,12 @@ constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 constexpr std::int32_t kHostModeEmbedded = 0;
 
 bool isWithoutControls(const ObservedPlay& play, const NSWindow& window) {
-  return window.styleMask() == (play.givenStyle(window) & ~kRemovedControls);
+  return window.styleMask() == (play.originalStyle(window) & ~kRemovedControls);
 }
 
 bool hasStyleOfAnotherWindow(const ObservedPlay& play, const NSWindow& window) {
-  return std::ranges::any_of(play.hostWindows(), [&play, &window](const auto& other) {
-    return other.get() != &window && play.givenStyle(*other) == window.styleMask();
+  return std::ranges::any_of(play.hostWindows(), [&play, &window](const auto& otherWindow) {
+    return otherWindow.get() != &window && play.originalStyle(*otherWindow) == window.styleMask();
   });
 }
 
@@ -68,14 +68,15 @@ bool restoresStyleOfAnotherWindow(const ObservedPlay& play, const host::Step& st
   const auto presentation = presentationOf(play, step);
   return presentation && presentation->isEmbedded &&
          presentation->controller->appWindowStyleMask() != kNoSavedStyle &&
-         presentation->controller->appWindowStyleMask() != play.givenStyle(*presentation->window);
+         presentation->controller->appWindowStyleMask() !=
+             play.originalStyle(*presentation->window);
 }
 
 bool presentsOverCoveredWindow(const ObservedPlay& play, const host::Step& step) {
   const auto presentation = presentationOf(play, step);
   return presentation && presentation->isEmbedded &&
          presentation->controller->appWindowStyleMask() == kNoSavedStyle &&
-         presentation->window->styleMask() != play.givenStyle(*presentation->window);
+         presentation->window->styleMask() != play.originalStyle(*presentation->window);
 }
 
 bool presentsOverClosedWindow(const ObservedPlay& play, const host::Step& step) {
@@ -127,9 +128,9 @@ bool isStyleForgotten(const ObservedPlay& play) {
   const Strong<NSWindow> player = play.hostWindows().front();
   return embedded_cover::selfController == nullptr &&
          std::ranges::all_of(play.controllers(), [&play, &player](const auto& controller) {
-           const NSWindowStyleMask saved = controller->appWindowStyleMask();
+           const NSWindowStyleMask savedStyle = controller->appWindowStyleMask();
            return controller->appWindow() == nullptr &&
-                  (saved == kNoSavedStyle || saved == play.givenStyle(*player));
+                  (savedStyle == kNoSavedStyle || savedStyle == play.originalStyle(*player));
          });
 }
 

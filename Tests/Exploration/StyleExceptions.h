@@ -22,7 +22,7 @@ struct StyleException {
 /// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
 /// Returns true if no embedded cover is tracked and no controller keeps a window. In addition, no
-/// controller may keep a saved style that differs from the player window's given style. Earlier
+/// controller may keep a saved style that differs from the player window's original style. Earlier
 /// covers then have no further effect on styles.
 [[nodiscard]] bool isStyleForgotten(const ObservedPlay& play);
 

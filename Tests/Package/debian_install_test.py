@@ -10,19 +10,21 @@ import time
 import unittest
 
 from debian import PACKAGES, contents, is_installed, package_files
-from package import CC, CONSUMERS, TIMEOUT, RUN, SOURCE, STRICT
-from package import cmake_build, fresh_folder, pkg_config, run, try_run
+from package import CC, CONSUMERS, EXPECTED_OUTPUT, SOURCE, TIMEOUT, WARNING_FLAGS
+from package import cmake_build, make_folder, pkg_config, run, try_run
 
 SKIPPED = 77
 LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
 
 
 def reason_to_skip():
-    """Returns why the packages cannot be installed here, or None if they can."""
+    """Returns why the packages cannot be installed here, or None if the packages can be installed."""
     if os.geteuid() != 0:
         return "only root can install packages"
-    present = [package for package in PACKAGES if is_installed(package)]
-    return f"this system has {', '.join(present)} already" if present else None
+    installed_packages = [package for package in PACKAGES if is_installed(package)]
+    if not installed_packages:
+        return None
+    return f"this system has {', '.join(installed_packages)} already"
 
 
 def dpkg(*arguments):
@@ -42,32 +44,32 @@ class DebianInstallTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         packages = package_files()
-        cls.names = set().union(*map(contents, packages.values()))
+        cls.installed_paths = set().union(*map(contents, packages.values()))
         cls.addClassCleanup(cls.remove)
         cls.messages = dpkg("--install", *packages.values())
 
     @classmethod
     def remove(cls):
-        present = [package for package in PACKAGES if is_installed(package)]
-        if present:
-            dpkg("--purge", *present)
+        installed_packages = [package for package in PACKAGES if is_installed(package)]
+        if installed_packages:
+            dpkg("--purge", *installed_packages)
 
     def test_1_the_packages_install_without_messages(self):
         self.assertEqual(self.messages, "")
         self.assertTrue(all(map(is_installed, PACKAGES)))
 
     def test_2_a_host_in_c99_builds_and_runs_to_the_event(self):
-        program = fresh_folder("debian_c") / "host"
+        program = make_folder("debian_c") / "host"
         flags = pkg_config("--cflags", "--libs")
-        run(CC, "-std=c99", *STRICT, CONSUMERS / "host.c", *flags, "-o", program)
-        self.assertEqual(run(program), RUN)
+        run(CC, "-std=c99", *WARNING_FLAGS, CONSUMERS / "host.c", *flags, "-o", program)
+        self.assertEqual(run(program), EXPECTED_OUTPUT)
 
     def test_3_a_cmake_project_builds_and_runs_to_the_event(self):
-        folder = fresh_folder("debian_cmake")
+        folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
         self.assertIn("_DIR:PATH=/usr/lib", (folder / "CMakeCache.txt").read_text(encoding="utf-8"))
-        self.assertEqual(run(folder / "host_cpp"), RUN)
-        self.assertEqual(run(folder / "host_c"), RUN)
+        self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)
+        self.assertEqual(run(folder / "host_c"), EXPECTED_OUTPUT)
 
     def test_4_the_program_plays_a_scenario(self):
         scenario = SOURCE / "Examples/scenarios/normal-run.json"
@@ -76,7 +78,7 @@ class DebianInstallTest(unittest.TestCase):
     def test_5_purging_leaves_no_files(self):
         self.assertEqual(dpkg("--purge", *PACKAGES), "")
         self.assertFalse(any(map(is_installed, PACKAGES)))
-        paths = {name for name in self.names if "launchscreen" in name.lower()}
+        paths = {name for name in self.installed_paths if "launchscreen" in name.lower()}
         self.assertEqual({name for name in paths if os.path.lexists(name)}, set())
         self.assertNotIn("VelLaunchScreen", run("/sbin/ldconfig", "--print-cache"))
 

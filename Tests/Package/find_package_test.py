@@ -3,18 +3,18 @@
 
 import unittest
 
-from package import CONSUMERS, PREFIX, RUN, cmake_build, fresh_folder, run, try_run
+from package import CONSUMERS, EXPECTED_OUTPUT, PREFIX, cmake_build, make_folder, run, try_run
 
 
 class FindPackageTest(unittest.TestCase):
     def test_hosts_in_cpp_and_c_build_and_run_to_the_event(self):
-        folder = fresh_folder("find_package")
+        folder = make_folder("find_package")
         cmake_build("find_package", folder, f"-DCMAKE_PREFIX_PATH={PREFIX}")
-        self.assertEqual(run(folder / "host_cpp"), RUN)
-        self.assertEqual(run(folder / "host_c"), RUN)
+        self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)
+        self.assertEqual(run(folder / "host_c"), EXPECTED_OUTPUT)
 
     def test_a_later_version_is_not_found(self):
-        project = fresh_folder("find_later")
+        project = make_folder("find_later")
         text = (CONSUMERS / "find_package/CMakeLists.txt").read_text(encoding="utf-8")
         (project / "CMakeLists.txt").write_text(text.replace("1.0", "2.0"), encoding="utf-8")
         build = project / "build"

@@ -18,7 +18,7 @@ CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtu
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 
-def exported():
+def exported_names():
     """Returns the exported names. All symbols of a C++ class count as the class."""
     names = set()
     for line in run("nm", "--dynamic", "--defined-only", "--demangle", LIBRARY).splitlines():
@@ -28,7 +28,7 @@ def exported():
     return names
 
 
-def dynamic(tag):
+def dynamic_values(tag):
     """Returns the values of a tag in the library's dynamic section."""
     section = run("readelf", "--dynamic", "--wide", LIBRARY)
     return re.findall(rf"\({tag}\).*\[(.*)\]", section)
@@ -36,34 +36,35 @@ def dynamic(tag):
 
 class LibraryTest(unittest.TestCase):
     def test_the_exports_are_those_in_exports_txt(self):
-        listed = EXPORTS.read_text(encoding="utf-8").split()
-        self.assertEqual(listed, sorted(listed))
-        self.assertEqual(exported(), set(listed))
+        listed_names = EXPORTS.read_text(encoding="utf-8").split()
+        self.assertEqual(listed_names, sorted(listed_names))
+        self.assertEqual(exported_names(), set(listed_names))
 
     def test_the_soname_has_the_major_version(self):
-        self.assertEqual(dynamic("SONAME"), ["libVelLaunchScreen.so.1"])
+        self.assertEqual(dynamic_values("SONAME"), ["libVelLaunchScreen.so.1"])
         self.assertEqual(os.readlink(LIBRARY), "libVelLaunchScreen.so.1")
         self.assertEqual(os.readlink(LIBRARY.with_suffix(".so.1")), "libVelLaunchScreen.so.1.0.0")
 
     def test_it_depends_on_the_standard_libraries_and_xcb_only(self):
-        needed = {name.split(".so")[0] for name in dynamic("NEEDED")}
-        standard = {"libc", "libm", "libgcc_s", "libstdc++", "ld-linux-x86-64"}
+        needed_libraries = {name.split(".so")[0] for name in dynamic_values("NEEDED")}
+        standard_libraries = {"libc", "libm", "libgcc_s", "libstdc++", "ld-linux-x86-64"}
         self.assertLessEqual(
-            needed - standard, {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape"}
+            needed_libraries - standard_libraries,
+            {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape"},
         )
 
     def test_it_has_no_search_path_of_its_own(self):
-        self.assertEqual(dynamic("RPATH") + dynamic("RUNPATH"), [])
+        self.assertEqual(dynamic_values("RPATH") + dynamic_values("RUNPATH"), [])
 
 
 class HeadersTest(unittest.TestCase):
     def test_the_installed_headers_are_those_that_the_umbrella_includes(self):
         umbrella = HEADERS / "VelLaunchScreen/VelLaunchScreen.h"
         rule = run(CXX, "-std=c++20", "-MM", f"-I{umbrella.parent}", umbrella)
-        included = set(re.findall(r"\S+\.h\b", rule))
-        installed = {str(header) for header in HEADERS.rglob("*") if header.is_file()}
+        included_headers = set(re.findall(r"\S+\.h\b", rule))
+        installed_headers = {str(header) for header in HEADERS.rglob("*") if header.is_file()}
         c_header = str(umbrella.with_name("vel_launch_screen.h"))
-        self.assertEqual(installed, included | {c_header})
+        self.assertEqual(installed_headers, included_headers | {c_header})
 
 
 if __name__ == "__main__":

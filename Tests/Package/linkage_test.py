@@ -4,14 +4,14 @@
 import json
 import unittest
 
-from package import CONSUMERS, SOURCE, fresh_folder, run
+from package import CONSUMERS, SOURCE, make_folder, run
 
 LIBRARY_ALONE = ("-DVEL_TESTS=OFF", "-DVEL_HOST=OFF")
 
 
-def kind(source, *settings):
+def library_type(source, *settings):
     """Returns the type of the library's target in CMake's file API."""
-    folder = fresh_folder("linkage")
+    folder = make_folder("linkage")
     api = folder / ".cmake" / "api" / "v1"
     (api / "query" / "codemodel-v2").mkdir(parents=True)
     run("cmake", "-S", source, "-B", folder, *settings)
@@ -21,16 +21,16 @@ def kind(source, *settings):
 
 class LinkageTest(unittest.TestCase):
     def test_it_is_shared_by_default(self):
-        self.assertEqual(kind(SOURCE, *LIBRARY_ALONE), "SHARED_LIBRARY")
+        self.assertEqual(library_type(SOURCE, *LIBRARY_ALONE), "SHARED_LIBRARY")
 
     def test_it_is_static_without_build_shared_libs(self):
-        static = kind(SOURCE, *LIBRARY_ALONE, "-DBUILD_SHARED_LIBS=OFF")
-        self.assertEqual(static, "STATIC_LIBRARY")
+        static_type = library_type(SOURCE, *LIBRARY_ALONE, "-DBUILD_SHARED_LIBS=OFF")
+        self.assertEqual(static_type, "STATIC_LIBRARY")
 
     def test_a_subproject_follows_the_parent_project(self):
         project = (CONSUMERS / "subproject", f"-DVEL_SOURCE={SOURCE}")
-        self.assertEqual(kind(*project), "STATIC_LIBRARY")
-        self.assertEqual(kind(*project, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")
+        self.assertEqual(library_type(*project), "STATIC_LIBRARY")
+        self.assertEqual(library_type(*project, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")
 
 
 if __name__ == "__main__":

@@ -14,11 +14,11 @@ LIB = os.environ["VEL_LIB"]
 CONSUMERS = Path(__file__).resolve().parent / "consumers"
 CC = os.environ["CC"]
 CXX = os.environ["CXX"]
-STRICT = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
-# Seconds; much longer than any build takes.
+WARNING_FLAGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
+# The time limit for a command, in seconds. It is much longer than any build.
 TIMEOUT = 240
 # The output of every host.
-RUN = "will appear\ndid disappear\nevent launch_end\n"
+EXPECTED_OUTPUT = "will appear\ndid disappear\nevent launch_end\n"
 
 
 def run(*command, **environment):
@@ -42,7 +42,7 @@ def try_run(*command, **environment):
     )
 
 
-def fresh_folder(name):
+def make_folder(name):
     """Returns a new, empty working folder of this name."""
     folder = WORK / name
     shutil.rmtree(folder, ignore_errors=True)
@@ -58,8 +58,8 @@ def cmake_build(project, folder, *settings):
 
 def pkg_config(*arguments, prefix=None):
     """Returns the output of pkg-config for the library below a prefix (default: the system's)."""
-    search = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / LIB / "pkgconfig")}
-    return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search))
+    search_path = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / LIB / "pkgconfig")}
+    return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search_path))
 
 
 def library_path(prefix):

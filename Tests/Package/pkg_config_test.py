@@ -4,16 +4,16 @@
 import ctypes
 import unittest
 
-from package import CC, CONSUMERS, CXX, LIB, PREFIX, RUN, STRICT, fresh_folder, library_path
-from package import pkg_config, run
+from package import CC, CONSUMERS, CXX, EXPECTED_OUTPUT, LIB, PREFIX, WARNING_FLAGS
+from package import library_path, make_folder, pkg_config, run
 
 
 class PkgConfigTest(unittest.TestCase):
     def build_and_run(self, *compiler):
-        program = fresh_folder("pkg_config") / "host"
+        program = make_folder("pkg_config") / "host"
         flags = pkg_config("--cflags", "--libs", prefix=PREFIX)
-        run(*compiler, *STRICT, *flags, "-o", program)
-        self.assertEqual(run(program, **library_path(PREFIX)), RUN)
+        run(*compiler, *WARNING_FLAGS, *flags, "-o", program)
+        self.assertEqual(run(program, **library_path(PREFIX)), EXPECTED_OUTPUT)
 
     def test_a_host_in_c99_runs_to_the_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")

@@ -13,19 +13,19 @@ static void did_disappear(void* user_data) {
 }
 
 static void record_event(void* user_data, const char* event) {
-  int* recorded = (int*)user_data;
+  int* is_recorded = (int*)user_data;
   printf("event %s\n", event);
-  *recorded = 1;
+  *is_recorded = 1;
 }
 
 int main(void) {
-  int recorded = 0;
+  int is_recorded = 0;
   VelLaunchScreen* screen = NULL;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   VelRequest request = VEL_REQUEST_INIT;
 
-  callbacks.user_data = &recorded;
+  callbacks.user_data = &is_recorded;
   callbacks.will_appear = will_appear;
   callbacks.did_disappear = did_disappear;
   callbacks.record_event = record_event;
@@ -41,5 +41,5 @@ int main(void) {
     return 1;
   }
   vel_destroy(&screen);
-  return recorded ? 0 : 1;
+  return is_recorded ? 0 : 1;
 }

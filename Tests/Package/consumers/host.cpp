@@ -26,10 +26,10 @@ int main() {
   vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
   loop.setClock(std::make_unique<vel::VirtualClock>());
   vel::NSApplication::start(std::make_unique<vel::HeadlessWindowSystem>());
-  bool recorded = false;
-  vel::MetricsCenter::setSink([&recorded](std::string_view event) {
+  bool isRecorded = false;
+  vel::MetricsCenter::setSink([&isRecorded](std::string_view event) {
     std::printf("event %s\n", std::string(event).c_str());
-    recorded = true;
+    isRecorded = true;
   });
   {
     const auto window = vel::NSWindow::initAs<PlayerWindow>(vel::CGRect{{}, {640, 480}},
@@ -47,11 +47,11 @@ int main() {
     vel::as<vel::CVPresentationFullScreen>(view->presentation())
         ->presentForWindowWithPresentationMode(window, 0);
     const vel::Nanoseconds limit = vel::nanosecondsFromSeconds(60);
-    while (!recorded && loop.now() < limit) {
+    while (!isRecorded && loop.now() < limit) {
       loop.runModeBeforeDate(loop.mode(), limit);
     }
     manager->deactivate();
   }
   vel::NSApplication::stop();
-  return recorded ? 0 : 1;
+  return isRecorded ? 0 : 1;
 }
