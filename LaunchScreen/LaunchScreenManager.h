@@ -99,10 +99,10 @@ class VEL_EXPORT LaunchScreenManager final
   void setTempContent(Strong<LaunchScreenContent> content) { tempContent_ = std::move(content); }
   /// True after a required window has stopped being key, until a required window is key again.
   [[nodiscard]] bool appIsUnfocused() const { return appIsUnfocused_; }
-  void setAppIsUnfocused(bool unfocused) { appIsUnfocused_ = unfocused; }
+  void setAppIsUnfocused(bool isUnfocused) { appIsUnfocused_ = isUnfocused; }
   /// True after the event has been scheduled. The manager never sets it back to false.
   [[nodiscard]] bool eventWasSended() const { return eventWasSended_; }
-  void setEventWasSended(bool sended) { eventWasSended_ = sended; }
+  void setEventWasSended(bool wasSended) { eventWasSended_ = wasSended; }
   /// Null unless the countdown is running.
   [[nodiscard]] Strong<NSTimer> launchScreenExpirationTimer() const {
     return launchScreenExpirationTimer_;
@@ -119,7 +119,7 @@ class VEL_EXPORT LaunchScreenManager final
   }
   /// True from the start of a dismissal until `sendAnalyticsEvent` has handled the event.
   [[nodiscard]] bool launchScreenExpired() const { return launchScreenExpired_; }
-  void setLaunchScreenExpired(bool expired) { launchScreenExpired_ = expired; }
+  void setLaunchScreenExpired(bool isExpired) { launchScreenExpired_ = isExpired; }
   /// True if a dismissal or the event was postponed because the application was unfocused.
   [[nodiscard]] bool launchShouldBeClosed() const { return launchShouldBeClosed_; }
   void setLaunchShouldBeClosed(bool shouldBeClosed) { launchShouldBeClosed_ = shouldBeClosed; }

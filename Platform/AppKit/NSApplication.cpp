@@ -116,15 +116,15 @@ Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string&
 // Key windows
 
 void NSApplication::focusMoved(WindowHandle window) {
-  const Strong<NSWindow> next = windowFor(window);
-  if (next == keyWindow_) {
+  const Strong<NSWindow> focusedWindow = windowFor(window);
+  if (focusedWindow == keyWindow_) {
     return;
   }
   resignKey();
   // An observer may have made another window key, and that window has priority. An observer may
-  // also have closed `next`.
-  if (keyWindow_ == nullptr && next != nullptr && next->isOnScreen()) {
-    becomeKey(next);
+  // also have closed `focusedWindow`.
+  if (keyWindow_ == nullptr && focusedWindow != nullptr && focusedWindow->isOnScreen()) {
+    becomeKey(focusedWindow);
   }
 }
 
@@ -191,7 +191,7 @@ void NSApplication::applicationDeactivated() {
     return;
   }
   isActive_ = false;
-  keyAtDeactivation_ = keyWindow_;
+  keyWindowAtDeactivation_ = keyWindow_;
   post(NSApplicationWillResignActiveNotification, self());
   resignKey();
 }
@@ -202,7 +202,7 @@ void NSApplication::applicationActivated(WindowHandle window) {
   }
   isActive_ = true;
   if (window == WindowHandle::None) {
-    send(keyAtDeactivation_.lock(), &NSWindow::makeKeyWindow);
+    send(keyWindowAtDeactivation_.lock(), &NSWindow::makeKeyWindow);
   }
   post(NSApplicationDidBecomeActiveNotification, self());
 }
@@ -285,8 +285,8 @@ void NSApplication::frameChanged(WindowHandle window, CGRect frame) {
   send(windowFor(window), &NSWindow::frameChanged, frame);
 }
 
-void NSApplication::miniaturizedChanged(WindowHandle window, bool miniaturized) {
-  send(windowFor(window), &NSWindow::miniaturizedChanged, miniaturized);
+void NSApplication::miniaturizedChanged(WindowHandle window, bool isMiniaturized) {
+  send(windowFor(window), &NSWindow::miniaturizedChanged, isMiniaturized);
 }
 
 void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) {
@@ -305,9 +305,9 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
     }
   }
   auto next = movedWindows.begin();
-  for (Strong<NSWindow>& position : orderedWindows_) {
-    if (std::ranges::find(movedWindows, position) != movedWindows.end()) {
-      position = *next++;
+  for (Strong<NSWindow>& orderedWindow : orderedWindows_) {
+    if (std::ranges::find(movedWindows, orderedWindow) != movedWindows.end()) {
+      orderedWindow = *next++;
     }
   }
 }

@@ -114,7 +114,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void closeRequested(WindowHandle handle) override;
   void windowDestroyed(WindowHandle handle) override;
   void frameChanged(WindowHandle window, CGRect frame) override;
-  void miniaturizedChanged(WindowHandle window, bool miniaturized) override;
+  void miniaturizedChanged(WindowHandle window, bool isMiniaturized) override;
   void styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) override;
   void orderChanged(const std::vector<WindowHandle>& windows) override;
   void controlsKept(WindowHandle handle, NSWindowStyleMask controls) override;
@@ -147,7 +147,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   Strong<NSWindow> keyWindow_;
   Weak<NSWindow> mainWindow_;
   std::vector<Weak<NSWindow>> keyHistory_;  // most recent key window last
-  Weak<NSWindow> keyAtDeactivation_;
+  Weak<NSWindow> keyWindowAtDeactivation_;
   bool isActive_ = true;
   std::vector<ModalRun> modalRuns_;
   std::uint64_t lastModalRunId_ = 0;

@@ -11,8 +11,8 @@ void NSProgressIndicator::startAnimation(const Strong<NSObject>& /*sender*/) { s
 
 void NSProgressIndicator::stopAnimation(const Strong<NSObject>& /*sender*/) { setAnimating(false); }
 
-void NSProgressIndicator::setAnimating(bool animating) {
-  isAnimating_ = animating;
+void NSProgressIndicator::setAnimating(bool isAnimating) {
+  isAnimating_ = isAnimating;
   setNeedsDisplay();
 }
 

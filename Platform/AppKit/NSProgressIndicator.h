@@ -39,7 +39,7 @@ class VEL_EXPORT NSProgressIndicator final
   void addOwnContents(Scene& scene, CGRect rectangle) const override;
 
  private:
-  void setAnimating(bool animating);
+  void setAnimating(bool isAnimating);
 
   NSProgressIndicatorStyle style_ = NSProgressIndicatorStyleBar;
   Strong<NSAppearance> appearance_;

@@ -64,7 +64,7 @@ Strong<NSWindow> NSView::window() const {
   return root->window_.lock();
 }
 
-bool NSView::isWithin(const NSView* other) const {
+bool NSView::isDescendantOf(const NSView* other) const {
   Strong<const NSView> view = std::static_pointer_cast<const NSView>(shared_from_this());
   while (view != nullptr && view.get() != other) {
     view = view->superview();
@@ -79,7 +79,7 @@ void NSView::addSubview(const Strong<NSView>& view) {
 void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
                                             NSWindowOrderingMode orderingMode,
                                             const Strong<NSView>& other) {
-  if (view == nullptr || isWithin(view.get())) {
+  if (view == nullptr || isDescendantOf(view.get())) {
     return;
   }
   const Strong<NSView> strongSelf = self();
@@ -143,9 +143,9 @@ void NSView::detach() {
   }
 }
 
-void NSView::setWantsLayer(bool wants) {
-  if (wants != wantsLayer()) {
-    layer_ = wants ? make<CALayer>(self()) : nullptr;
+void NSView::setWantsLayer(bool needsLayer) {
+  if (needsLayer != wantsLayer()) {
+    layer_ = needsLayer ? make<CALayer>(self()) : nullptr;
     setNeedsDisplay();
   }
 }

@@ -64,7 +64,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }
-  void setWantsLayer(bool wants);
+  void setWantsLayer(bool needsLayer);
   /// The layer. Null if the view has no layer.
   [[nodiscard]] Strong<CALayer> layer() const { return layer_; }
 
@@ -105,7 +105,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   friend class NSViewController;
   friend class NSWindow;
 
-  [[nodiscard]] bool isWithin(const NSView* other) const;
+  [[nodiscard]] bool isDescendantOf(const NSView* other) const;
   void detach();
   void resizeSubviews(CGSize oldSize);
   void layOutSubviews();

@@ -145,9 +145,9 @@ void NSViewController::presentIn(const Strong<NSWindow>& window,
 
 void NSViewController::endPresentation() {
   presentationWindow_.reset();
-  if (const Strong<NSViewController> presenting = presentingController_.lock()) {
+  if (const Strong<NSViewController> presentingController = presentingController_.lock()) {
     presentingController_.reset();
-    std::erase(presenting->presentedControllers_, self());
+    std::erase(presentingController->presentedControllers_, self());
   }
 }
 

@@ -121,10 +121,10 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   }
 }
 
-void NSWindow::setMovableByWindowBackground(bool movable) {
-  isMovableByWindowBackground_ = movable;
+void NSWindow::setMovableByWindowBackground(bool isMovable) {
+  isMovableByWindowBackground_ = isMovable;
   if (NSApp != nullptr) {
-    NSApp->port()->setMovableByBackground(handle_, movable);
+    NSApp->port()->setMovableByBackground(handle_, isMovable);
   }
 }
 
@@ -208,18 +208,18 @@ void NSWindow::close() {
   isOnScreen_ = false;
   isMiniaturized_ = false;
   scene_.clear();
-  const Strong<NSApplication> app = NSApp;
-  if (app != nullptr) {
-    app->removeFromScreen(strongSelf);
-    std::erase(app->openWindows_, strongSelf);
-    app->port()->orderOut(handle_);
-    app->endModalRuns(this);
+  const Strong<NSApplication> application = NSApp;
+  if (application != nullptr) {
+    application->removeFromScreen(strongSelf);
+    std::erase(application->openWindows_, strongSelf);
+    application->port()->orderOut(handle_);
+    application->endModalRuns(this);
   }
   endPresentation();
   notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowClosed(*this); });
   disappearance.sendDidDisappear();
-  if (app != nullptr) {
-    app->makeNextWindowKey(strongSelf);
+  if (application != nullptr) {
+    application->makeNextWindowKey(strongSelf);
   }
 }
 
@@ -257,14 +257,14 @@ void NSWindow::deminiaturize() {
   }
 }
 
-void NSWindow::miniaturizedChanged(bool miniaturized) {
-  if (!isOpen_ || miniaturized == isMiniaturized_ || NSApp == nullptr) {
+void NSWindow::miniaturizedChanged(bool isMiniaturized) {
+  if (!isOpen_ || isMiniaturized == isMiniaturized_ || NSApp == nullptr) {
     return;
   }
   const Strong<NSWindow> strongSelf = self();
-  isMiniaturized_ = miniaturized;
-  isOnScreen_ = !miniaturized;
-  if (miniaturized) {
+  isMiniaturized_ = isMiniaturized;
+  isOnScreen_ = !isMiniaturized;
+  if (isMiniaturized) {
     NSApp->removeFromScreen(strongSelf);
     NSApp->makeNextWindowKey(strongSelf);
   } else {
@@ -272,7 +272,7 @@ void NSWindow::miniaturizedChanged(bool miniaturized) {
     setNeedsDisplay();
   }
   NSNotificationCenter::defaultCenter().postNotificationNameObject(
-      miniaturized ? NSWindowDidMiniaturizeNotification : NSWindowDidDeminiaturizeNotification,
+      isMiniaturized ? NSWindowDidMiniaturizeNotification : NSWindowDidDeminiaturizeNotification,
       strongSelf);
 }
 

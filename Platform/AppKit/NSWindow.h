@@ -56,7 +56,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void setStyleMask(NSWindowStyleMask styleMask);
   /// True if dragging the background moves the window. False by default.
   [[nodiscard]] bool isMovableByWindowBackground() const { return isMovableByWindowBackground_; }
-  void setMovableByWindowBackground(bool movable);
+  void setMovableByWindowBackground(bool isMovable);
   /// True (the default) if the window is hidden with the application. Has no effect: no back end
   /// hides applications.
   [[nodiscard]] bool canHide() const { return canHide_; }
@@ -151,7 +151,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void endPresentation();
   // The application calls these functions when the window system reports an event.
   void frameChanged(CGRect frame);
-  void miniaturizedChanged(bool miniaturized);
+  void miniaturizedChanged(bool isMiniaturized);
   void windowDestroyed();
 
   CGRect frame_;

@@ -109,7 +109,7 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   virtual void frameChanged(WindowHandle window, CGRect frame) = 0;
   /// The window was miniaturised or restored. The back end also reports this when the owner of an
   /// adopted window unmaps or maps the window.
-  virtual void miniaturizedChanged(WindowHandle window, bool miniaturized) = 0;
+  virtual void miniaturizedChanged(WindowHandle window, bool isMiniaturized) = 0;
   /// The owner of an adopted window changed the window's style mask. The back end delays this
   /// report while `setStyleMask` overrides the style mask.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
@@ -159,11 +159,11 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void requestFocus(WindowHandle window) = 0;
   /// Requests that the window is miniaturised or restored. `miniaturizedChanged` reports the
   /// result.
-  virtual void requestMiniaturized(WindowHandle window, bool miniaturized) = 0;
+  virtual void requestMiniaturized(WindowHandle window, bool isMiniaturized) = 0;
   virtual void setFrame(WindowHandle window, CGRect frame) = 0;
   virtual void setTitle(WindowHandle window, std::string_view title) = 0;
   virtual void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) = 0;
-  virtual void setMovableByBackground(WindowHandle window, bool movable) = 0;
+  virtual void setMovableByBackground(WindowHandle window, bool isMovable) = 0;
   /// Replaces what the platform layer draws in the window. The change is visible immediately.
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
   /// Discards pointer input to all windows of the application except this one. None allows pointer

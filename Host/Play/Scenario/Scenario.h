@@ -188,7 +188,7 @@ using StepAction =
 struct Step {
   /// The time since the start of the play. It is never earlier than the time of the previous step.
   Nanoseconds at = 0;
-  /// The name of the action in the scenario. It refers to a string literal.
+  /// The name of the action in the scenario. The view refers to a string literal.
   std::string_view name;
   StepAction action;
 };

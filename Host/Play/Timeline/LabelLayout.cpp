@@ -10,7 +10,7 @@ LabelPosition LabelLayout::place(double x, double width) {
                                       : Interval{x - markRadius_ - width, x + markRadius_};
   const auto hasRoom = [&](const std::vector<Interval>& row) {
     return std::ranges::none_of(row, [&](const Interval& other) {
-      return interval.from < other.to + gap_ && other.from < interval.to + gap_;
+      return interval.start < other.end + gap_ && other.start < interval.end + gap_;
     });
   };
   auto row = std::ranges::find_if(rows_, hasRoom);

@@ -29,8 +29,8 @@ class LabelLayout {
 
  private:
   struct Interval {
-    double from = 0;
-    double to = 0;
+    double start = 0;
+    double end = 0;
   };
 
   double rightEdge_;

@@ -64,8 +64,8 @@ void Svg::addRect(std::string_view styleClass, const PictureRect& rect) {
                attribute("width", rect.width) + attribute("height", rect.height) + "/>\n";
 }
 
-void Svg::addLine(std::string_view styleClass, PicturePoint from, PicturePoint to) {
-  addPath(styleClass, {from, to});
+void Svg::addLine(std::string_view styleClass, PicturePoint start, PicturePoint end) {
+  addPath(styleClass, {start, end});
 }
 
 void Svg::addCircle(std::string_view styleClass, PicturePoint center, double radius) {

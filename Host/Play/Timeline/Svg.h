@@ -26,7 +26,7 @@ class Svg {
   enum class Anchor : unsigned char { Start, Middle, End };
 
   void addRect(std::string_view styleClass, const PictureRect& rect);
-  void addLine(std::string_view styleClass, PicturePoint from, PicturePoint to);
+  void addLine(std::string_view styleClass, PicturePoint start, PicturePoint end);
   void addCircle(std::string_view styleClass, PicturePoint center, double radius);
   void addPath(std::string_view styleClass, const std::vector<PicturePoint>& points);
   /// `position` is a point on the baseline of the text.

@@ -21,18 +21,18 @@ const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
 double slopeOf(const CountdownSegment& segment) {
   return (segment.timeLeftAtEnd - segment.timeLeftAtStart) /
-         secondsFromNanoseconds(segment.span.to - segment.span.from);
+         secondsFromNanoseconds(segment.span.end - segment.span.start);
 }
 
 bool isContinuation(const CountdownSegment& previous, const CountdownSegment& segment) {
-  return previous.countsDown == segment.countsDown && previous.span.to == segment.span.from &&
+  return previous.countsDown == segment.countsDown && previous.span.end == segment.span.start &&
          previous.timeLeftAtEnd == segment.timeLeftAtStart;
 }
 
 // Adds a span. If the last span ends when the new span starts, extends the last span instead.
 void addSpan(std::vector<TimeSpan>& spans, TimeSpan span) {
-  if (!spans.empty() && spans.back().to == span.from) {
-    spans.back().to = span.to;
+  if (!spans.empty() && spans.back().end == span.start) {
+    spans.back().end = span.end;
   } else {
     spans.push_back(span);
   }
@@ -164,7 +164,7 @@ void Timeline::addMark(TimelineLane lane, std::string text) {
 }
 
 void Timeline::extendSpans(const PlayState& previous, const PlayState& current) {
-  const TimeSpan span{.from = previous.time, .to = current.time};
+  const TimeSpan span{.start = previous.time, .end = current.time};
   if (previous.isCovered) {
     addSpan(coveredSpans_, span);
   }
@@ -191,13 +191,13 @@ void Timeline::extendCountdown(CountdownSegment segment) {
   // constant segment between two ticks is merged with the next segment.
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
-      segment.span.to - countdown_.back().span.from <= kTickInterval) {
-    segment.span.from = countdown_.back().span.from;
+      segment.span.end - countdown_.back().span.start <= kTickInterval) {
+    segment.span.start = countdown_.back().span.start;
     countdown_.pop_back();
   }
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       std::abs(slopeOf(countdown_.back()) - slopeOf(segment)) < kSlopeTolerance) {
-    countdown_.back().span.to = segment.span.to;
+    countdown_.back().span.end = segment.span.end;
     countdown_.back().timeLeftAtEnd = segment.timeLeftAtEnd;
   } else {
     countdown_.push_back(segment);

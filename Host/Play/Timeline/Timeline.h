@@ -27,8 +27,8 @@ struct TimelineMark {
 };
 
 struct TimeSpan {
-  Nanoseconds from = 0;
-  Nanoseconds to = 0;
+  Nanoseconds start = 0;
+  Nanoseconds end = 0;
 };
 
 /// A span in which the time left falls at a constant rate or stays constant.

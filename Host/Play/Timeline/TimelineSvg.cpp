@@ -168,9 +168,9 @@ class Drawing {
                 const std::vector<TimeSpan>& spans) {
     const double middle = beginLane(name);
     for (const TimeSpan& span : spans) {
-      svg_.addRect(styleClass, {.x = xOf(span.from),
+      svg_.addRect(styleClass, {.x = xOf(span.start),
                                 .y = middle - kBandHeight / 2,
-                                .width = xOf(span.to) - xOf(span.from),
+                                .width = xOf(span.end) - xOf(span.start),
                                 .height = kBandHeight});
     }
     if (spans.empty()) {
@@ -202,13 +202,13 @@ class Drawing {
     for (auto segment = countdown.begin(); segment != countdown.end();) {
       const bool countsDown = segment->countsDown;
       std::vector<PicturePoint> points;
-      Nanoseconds end = segment->span.from;
+      Nanoseconds end = segment->span.start;
       for (; segment != countdown.end() && segment->countsDown == countsDown &&
-             segment->span.from == end;
+             segment->span.start == end;
            ++segment) {
-        points.push_back({xOf(segment->span.from), yOf(segment->timeLeftAtStart)});
-        points.push_back({xOf(segment->span.to), yOf(segment->timeLeftAtEnd)});
-        end = segment->span.to;
+        points.push_back({xOf(segment->span.start), yOf(segment->timeLeftAtStart)});
+        points.push_back({xOf(segment->span.end), yOf(segment->timeLeftAtEnd)});
+        end = segment->span.end;
       }
       svg_.addPath(countsDown ? "falls" : "waits", points);
     }

@@ -56,18 +56,18 @@ void HeadlessWindowSystem::requestFocus(WindowHandle window) {
   }
 }
 
-void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool miniaturized) {
+void HeadlessWindowSystem::requestMiniaturized(WindowHandle window, bool isMiniaturized) {
   Window* const state = findWindow(window);
-  if (state == nullptr || state->isMiniaturized == miniaturized) {
+  if (state == nullptr || state->isMiniaturized == isMiniaturized) {
     return;
   }
-  state->isMiniaturized = miniaturized;
-  state->isOnScreen = !miniaturized;
-  if (miniaturized && focus_ == window) {
+  state->isMiniaturized = isMiniaturized;
+  state->isOnScreen = !isMiniaturized;
+  if (isMiniaturized && focus_ == window) {
     focus_ = WindowHandle::None;
   }
   if (delegate_ != nullptr) {
-    delegate_->miniaturizedChanged(window, miniaturized);
+    delegate_->miniaturizedChanged(window, isMiniaturized);
   }
 }
 
@@ -89,9 +89,9 @@ void HeadlessWindowSystem::setStyleMask(WindowHandle window, NSWindowStyleMask s
   }
 }
 
-void HeadlessWindowSystem::setMovableByBackground(WindowHandle window, bool movable) {
+void HeadlessWindowSystem::setMovableByBackground(WindowHandle window, bool isMovable) {
   if (Window* const state = findWindow(window)) {
-    state->description.isMovableByBackground = movable;
+    state->description.isMovableByBackground = isMovable;
   }
 }
 

@@ -32,11 +32,11 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void orderFront(WindowHandle window) override;
   void orderOut(WindowHandle window) override;
   void requestFocus(WindowHandle window) override;
-  void requestMiniaturized(WindowHandle window, bool miniaturized) override;
+  void requestMiniaturized(WindowHandle window, bool isMiniaturized) override;
   void setFrame(WindowHandle window, CGRect frame) override;
   void setTitle(WindowHandle window, std::string_view title) override;
   void setStyleMask(WindowHandle window, NSWindowStyleMask styleMask) override;
-  void setMovableByBackground(WindowHandle window, bool movable) override;
+  void setMovableByBackground(WindowHandle window, bool isMovable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
   void setModalWindow(WindowHandle window) override { modalWindow_ = window; }
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
@@ -44,7 +44,9 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// Moves the focus away from the application's windows without deactivating the application.
   void userMovesFocusAway();
   /// While true, `requestFocus` does nothing, as if the user worked in another application.
-  void setIgnoresFocusRequests(bool ignores) { ignoresFocusRequests_ = ignores; }
+  void setIgnoresFocusRequests(bool ignoresFocusRequests) {
+    ignoresFocusRequests_ = ignoresFocusRequests;
+  }
   /// These two operations switch from the application to another application, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();

@@ -69,14 +69,14 @@ Cover::~Cover() {
 }
 
 void Cover::show(const Scene& scene, PixelRect frame) {
-  const bool neededOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
-  if (neededOverlay && !usesOverlay_) {
+  const bool usedOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
+  if (usedOverlay && !usesOverlay_) {
     if (scene.empty()) {
       // The overlay still hides this pane, so that the cover disappears in one step.
       closePane(panes_.front());
     }
     closeOverlay();
-  } else if (usesOverlay_ && !neededOverlay) {
+  } else if (usesOverlay_ && !usedOverlay) {
     std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { closePane(pane); });
     panes_.clear();
   }

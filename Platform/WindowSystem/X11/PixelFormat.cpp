@@ -43,12 +43,12 @@ std::optional<std::array<std::uint32_t, 3>> PixelFormat::masks() const {
 }
 
 std::uint32_t PixelFormat::pixel(CGColor color) const {
-  const auto bits = masks();
-  if (!bits) {
+  const auto channelMasks = masks();
+  if (!channelMasks) {
     const bool isLight = color.red + color.green + color.blue > 1.5;
     return isLight ? screen_.white_pixel : screen_.black_pixel;
   }
-  const auto& [red, green, blue] = *bits;
+  const auto& [red, green, blue] = *channelMasks;
   // The bits that no colour component uses can be the opacity. Setting these bits makes the pixel
   // opaque.
   return maskedComponent(color.red, red) | maskedComponent(color.green, green) |

@@ -58,7 +58,7 @@ WindowInspection WindowInspector::inspect(xcb_window_t id) {
   const auto inputFocus = xcb_get_input_focus(connection_.get());
   const auto motif = request(connection_.atom(Atom::MotifWmHints));
   const auto normal = request(XCB_ATOM_WM_NORMAL_HINTS);
-  const auto check = request(connection_.atom(Atom::NetSupportingWmCheck));
+  const auto supportingWmCheck = request(connection_.atom(Atom::NetSupportingWmCheck));
   const auto wmClass = request(XCB_ATOM_WM_CLASS);
   const auto netWmName = request(connection_.atom(Atom::NetWmName));
   const auto wmName = request(XCB_ATOM_WM_NAME);
@@ -69,7 +69,7 @@ WindowInspection WindowInspector::inspect(xcb_window_t id) {
   inspection.inputFocus = connection_.waitForReply(xcb_get_input_focus_reply, inputFocus,
                                                    "GetInputFocus", connection_.root());
   inspection.hints = {connection_.readProperty(motif, id), connection_.readProperty(normal, id)};
-  inspection.supportingWmCheck = connection_.readProperty(check, id);
+  inspection.supportingWmCheck = connection_.readProperty(supportingWmCheck, id);
   inspection.className = classOf(connection_.readProperty(wmClass, id));
   const auto title = connection_.readProperty(netWmName, id);
   const auto oldTitle = connection_.readProperty(wmName, id);

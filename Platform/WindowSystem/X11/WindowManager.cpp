@@ -70,12 +70,13 @@ void WindowManager::readReplies() {
   }
   checkWindow_ = XCB_WINDOW_NONE;
   supportedAtoms_.clear();
-  const auto check = connection_.readProperty(pending->check, connection_.root());
-  const auto supported = connection_.readProperty(pending->supported, connection_.root());
-  if (!check || check->numbers().empty()) {
+  const auto supportingWmCheck =
+      connection_.readProperty(pending->supportingWmCheck, connection_.root());
+  const auto supportedAtoms = connection_.readProperty(pending->supportedAtoms, connection_.root());
+  if (!supportingWmCheck || supportingWmCheck->numbers().empty()) {
     return;
   }
-  const xcb_window_t window = check->numbers().front();
+  const xcb_window_t window = supportingWmCheck->numbers().front();
   if (!isSupportingWmCheckWindow(window)) {
     return;
   }
@@ -85,8 +86,8 @@ void WindowManager::readReplies() {
     return;
   }
   checkWindow_ = window;
-  if (supported) {
-    supportedAtoms_ = supported->numbers();
+  if (supportedAtoms) {
+    supportedAtoms_ = supportedAtoms->numbers();
   }
 }
 

@@ -49,8 +49,8 @@ class WindowManager final : public NonCopyable {
 
  private:
   struct PendingReplies {
-    xcb_get_property_cookie_t check;
-    xcb_get_property_cookie_t supported;
+    xcb_get_property_cookie_t supportingWmCheck;
+    xcb_get_property_cookie_t supportedAtoms;
   };
 
   void requestProperties();

@@ -19,9 +19,9 @@ void writeProperties(Connection& connection, xcb_window_t window,
   const auto atom = [&connection](Atom name) { return connection.atom(name); };
   const std::string wmClass = description.className + '\0' + description.className + '\0';
   write(XCB_ATOM_WM_CLASS, Property::ofText(XCB_ATOM_STRING, wmClass));
-  constexpr std::array<std::uint32_t, XCB_ICCCM_NUM_WM_HINTS_ELEMENTS> kTakesInput{
+  constexpr std::array<std::uint32_t, XCB_ICCCM_NUM_WM_HINTS_ELEMENTS> kInputHints{
       XCB_ICCCM_WM_HINT_INPUT, 1};
-  write(XCB_ATOM_WM_HINTS, Property::ofNumbers(XCB_ATOM_WM_HINTS, kTakesInput));
+  write(XCB_ATOM_WM_HINTS, Property::ofNumbers(XCB_ATOM_WM_HINTS, kInputHints));
   const std::array protocols{atom(Atom::WmDeleteWindow)};
   write(atom(Atom::WmProtocols), Property::ofNumbers(XCB_ATOM_ATOM, protocols));
   const std::array processId{static_cast<std::uint32_t>(getpid())};

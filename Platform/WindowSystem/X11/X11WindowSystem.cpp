@@ -63,12 +63,12 @@ std::unique_ptr<X11WindowSystem> X11WindowSystem::open(const std::string& displa
   if (connection == nullptr) {
     return nullptr;
   }
-  std::unique_ptr<X11WindowSystem> system(new X11WindowSystem(std::move(connection)));
-  if (system->connection_->isBroken()) {
+  std::unique_ptr<X11WindowSystem> windowSystem(new X11WindowSystem(std::move(connection)));
+  if (windowSystem->connection_->isBroken()) {
     error = "the X11 display broke the connection";
     return nullptr;
   }
-  return system;
+  return windowSystem;
 }
 
 X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
@@ -178,13 +178,13 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId
     return std::nullopt;
   }
   connection_->markExisting(id);
-  AdoptedWindow adopted = adopt(inspection);
-  adopted.hasFocus = inspector.hasFocus(inspection);
-  focus_.windowAdopted(id, adopted.hasFocus);
-  if (adopted.isOnScreen) {
-    order_.assumeInFront(adopted.handle);
+  AdoptedWindow adoptedWindow = adopt(inspection);
+  adoptedWindow.hasFocus = inspector.hasFocus(inspection);
+  focus_.windowAdopted(id, adoptedWindow.hasFocus);
+  if (adoptedWindow.isOnScreen) {
+    order_.assumeInFront(adoptedWindow.handle);
   }
-  return adopted;
+  return adoptedWindow;
 }
 
 const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
@@ -193,7 +193,7 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   }
   const auto id = static_cast<xcb_window_t>(nativeId);
   if (windows_.findByIdOrCoverId(id) != nullptr) {
-    return "it is already adopted";
+    return "it is already adoptedWindow";
   }
   if (id == connection_->root()) {
     return "it is the root window";
@@ -309,13 +309,13 @@ void X11WindowSystem::orderOut(WindowHandle handle) {
   window->cover->show({}, window->frame);
 }
 
-void X11WindowSystem::requestMiniaturized(WindowHandle handle, bool miniaturized) {
+void X11WindowSystem::requestMiniaturized(WindowHandle handle, bool isMiniaturized) {
   const Window* const window = windows_.find(handle);
   if (window == nullptr) {
     return;
   }
   const RequestBatch batch(*connection_);
-  if (miniaturized) {
+  if (isMiniaturized) {
     windowManager_.requestIconify(window->id);
   } else {
     mapWindow(*connection_, window->id);
@@ -370,11 +370,11 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
   }
 }
 
-void X11WindowSystem::setMovableByBackground(WindowHandle handle, bool movable) {
+void X11WindowSystem::setMovableByBackground(WindowHandle handle, bool isMovable) {
   Window* const window = windows_.find(handle);
-  if (window != nullptr && window->isOwn() && window->isMovableByBackground != movable) {
+  if (window != nullptr && window->isOwn() && window->isMovableByBackground != isMovable) {
     const RequestBatch batch(*connection_);
-    window->isMovableByBackground = movable;
+    window->isMovableByBackground = isMovable;
     selectWindowEvents(*window);
   }
 }
@@ -474,7 +474,7 @@ bool X11WindowSystem::handleArrivedEvents() {
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   if (isSelectedOnParent(event, connection_->root())) {
-    return;  // `selectStateRequests` also selects these events; nothing uses them
+    return;  // `selectStateRequests` also selects these events, which no class uses
   }
   for (auto& [id, window] : windows_) {
     window.cover->handle(event);

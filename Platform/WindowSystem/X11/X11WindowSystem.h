@@ -41,11 +41,11 @@ class X11WindowSystem final : public WindowSystem {
   void orderFront(WindowHandle handle) override;
   void orderOut(WindowHandle handle) override;
   void requestFocus(WindowHandle handle) override;
-  void requestMiniaturized(WindowHandle handle, bool miniaturized) override;
+  void requestMiniaturized(WindowHandle handle, bool isMiniaturized) override;
   void setFrame(WindowHandle handle, CGRect frame) override;
   void setTitle(WindowHandle handle, std::string_view title) override;
   void setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) override;
-  void setMovableByBackground(WindowHandle handle, bool movable) override;
+  void setMovableByBackground(WindowHandle handle, bool isMovable) override;
   void setScene(WindowHandle handle, const Scene& scene) override;
   void setModalWindow(WindowHandle handle) override;
   std::optional<WindowPicture> picture(WindowHandle handle) override;

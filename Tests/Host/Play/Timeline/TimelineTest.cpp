@@ -52,7 +52,7 @@ std::vector<Span> spansInMilliseconds(const std::vector<TimeSpan>& spans) {
   std::vector<Span> result;
   result.reserve(spans.size());
   for (const TimeSpan& span : spans) {
-    result.emplace_back(milliseconds(span.from), milliseconds(span.to));
+    result.emplace_back(milliseconds(span.start), milliseconds(span.end));
   }
   return result;
 }
@@ -145,8 +145,8 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
   EXPECT_DOUBLE_EQ(countdown[0].timeLeftAtStart, 0.5);
   EXPECT_NEAR(countdown[0].timeLeftAtEnd, 0.3, 1e-9);
   EXPECT_FALSE(countdown[1].countsDown);
-  EXPECT_EQ(milliseconds(countdown[1].span.from), 200);
-  EXPECT_EQ(milliseconds(countdown[1].span.to), 1000);
+  EXPECT_EQ(milliseconds(countdown[1].span.start), 200);
+  EXPECT_EQ(milliseconds(countdown[1].span.end), 1000);
   EXPECT_EQ(countdown[1].timeLeftAtStart, countdown[1].timeLeftAtEnd);
   EXPECT_TRUE(countdown[2].countsDown);
   EXPECT_NEAR(countdown[2].timeLeftAtEnd, 0.1, 1e-9);
