@@ -52,8 +52,8 @@ std::string textOrEmpty(const char* text) { return text != nullptr ? text : ""; 
 }  // namespace
 
 std::uint64_t currentThreadNumber() {
-  static std::atomic<std::uint64_t> latest = 0;
-  thread_local const std::uint64_t number = ++latest;
+  static std::atomic<std::uint64_t> latestNumber = 0;
+  thread_local const std::uint64_t number = ++latestNumber;
   return number;
 }
 
@@ -84,7 +84,7 @@ VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& c
   newSession->manager_->setDelegate(newSession->delegate_);
   newSession->manager_->content()->setDelegate(newSession->delegate_);
   newSession->manager_->activate(nullptr);
-  newSession->connectSinks(callbacks.record_event != nullptr);
+  newSession->connectSinks();
   session = std::move(newSession);
   return VEL_OK;
 }
@@ -108,10 +108,10 @@ VelStatus Session::openWindow(const VelCreateOptions& options, std::string& erro
   return VEL_OK;
 }
 
-void Session::connectSinks(bool recordsEvents) {
+void Session::connectSinks() {
   const Strong<CallbackDelegate> delegate = delegate_;
   setNSLogSink([delegate](std::string_view line) { delegate->logLine(line); });
-  if (recordsEvents) {
+  if (callbacks_.record_event != nullptr) {
     MetricsCenter::setSink([delegate](std::string_view event) { delegate->recordEvent(event); });
   }
   NSApp->setControlsKeptHandler([delegate](NSWindow& /*window*/, NSWindowStyleMask controls) {
@@ -250,7 +250,7 @@ VelStatus Session::dismiss(std::string& error) {
 }
 
 void Session::dismissNow() {
-  // A cover that has announced its disappearance is removed without a second dismissal.
+  // After `endReason_` is stored, the cover is already disappearing and needs no second dismissal.
   if (!isUp() || endReason_) {
     return;
   }

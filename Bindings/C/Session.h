@@ -74,7 +74,7 @@ class Session : NonCopyable {
 
   [[nodiscard]] Strong<NSViewController> controller() const;
   VelStatus openWindow(const VelCreateOptions& options, std::string& error);
-  void connectSinks(bool recordsEvents);
+  void connectSinks();
   void dismissNow();
   // Calls all waiting callbacks, even inside another operation.
   void deliverAllCallbacks();

@@ -81,7 +81,7 @@ bool DispatchQueue::deliver() {
   return hasRunWork;
 }
 
-std::size_t DispatchQueue::pendingCount() const {
+std::size_t DispatchQueue::pendingWorkCount() const {
   const std::scoped_lock lock(mutex_);
   return immediateTasks_.size() + delayedTasks_.size() + (dueTasks_.size() - nextDueTask_);
 }

@@ -22,7 +22,8 @@ using dispatch_time_t = Nanoseconds;
 inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
 inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
 
-/// Work for the main thread. Each pass of the run loop calls `deliver` once, in every mode.
+/// A queue of work for the main thread. Each pass of the run loop calls `deliver` once, in every
+/// mode.
 /// `deliver` runs the work that is due when the call begins: earlier deadlines first, and equal
 /// deadlines in the order of submission. Work that is submitted during the call waits for the next
 /// pass. One queue exists, and it is never destroyed.
@@ -45,7 +46,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   [[nodiscard]] std::string describePending() const override;
 
   /// The number of pieces of work that have not run yet.
-  [[nodiscard]] std::size_t pendingCount() const;
+  [[nodiscard]] std::size_t pendingWorkCount() const;
   /// A piece of work that has not run yet.
   struct PendingWork {
     dispatch_time_t deadline;
@@ -86,7 +87,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   std::size_t nextDueTask_ = 0;
 };
 
-/// The main queue. The main run loop runs its work.
+/// The main queue. The main run loop runs the work in this queue.
 VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 
 /// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread may

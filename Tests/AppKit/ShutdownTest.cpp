@@ -65,7 +65,7 @@ TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
   shutDown();
   recorder.takeEvents();
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
   platform.run(1);
   EXPECT_EQ(ticker->ticks(), 0);
   EXPECT_TRUE(recorder.takeEvents().empty());

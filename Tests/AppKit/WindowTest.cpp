@@ -60,7 +60,7 @@ TEST_F(WindowTest, TheUserCanReorderWindows) {
   const auto windowA = openWindow("A");
   const auto windowB = openWindow("B");
   const auto windowC = openWindow("C");
-  platform.windowSystem().userOrdersWindows(
+  platform.windowSystem().userRestacksWindows(
       {windowA->handle(), windowC->handle(), windowB->handle()});
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
@@ -71,7 +71,7 @@ TEST_F(WindowTest, AReportedOrderDoesNotMoveOtherWindows) {
   openWindow("C");
   const auto closedWindow = openWindow("D");
   closedWindow->close();
-  platform.windowSystem().userOrdersWindows(
+  platform.windowSystem().userRestacksWindows(
       {windowA->handle(), closedWindow->handle(), WindowHandle{4711}, windowB->handle()});
   EXPECT_EQ(windowOrder(), (Events{"C", "A", "B"}));
 }

@@ -14,7 +14,7 @@ class DestroyTest : public CBindingTest {
     EXPECT_EQ(screen, nullptr);
     EXPECT_EQ(NSApp, nullptr);
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-    EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+    EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
     host = {};
     const VelCreateOptions options = virtualOptions(&callbacks);
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();

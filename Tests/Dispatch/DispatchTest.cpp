@@ -206,7 +206,7 @@ TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
   };
   nest(50);
   EXPECT_EQ(runNames.size(), 50u);
-  EXPECT_EQ(queue.pendingCount(), 0u);
+  EXPECT_EQ(queue.pendingWorkCount(), 0u);
 }
 
 TEST_F(DispatchTest, KnowsTheNextDeadline) {
@@ -228,9 +228,9 @@ TEST_F(DispatchTest, RemainingWorkIsDueInANestedLoop) {
 TEST_F(DispatchTest, CountsPendingWork) {
   submit("now");
   submitAt(timeAfter(1), "later");
-  EXPECT_EQ(queue.pendingCount(), 2u);
+  EXPECT_EQ(queue.pendingWorkCount(), 2u);
   loop.pump();
-  EXPECT_EQ(queue.pendingCount(), 1u);
+  EXPECT_EQ(queue.pendingWorkCount(), 1u);
 }
 
 TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
@@ -307,7 +307,7 @@ TEST_F(DispatchTest, ADestructorInRemovedWorkMaySubmitWork) {
   };
   dispatch_async(queue, [holder = std::shared_ptr<int>(new int(5), submittingDeleter)] {});
   queue.removeAll();
-  EXPECT_EQ(queue.pendingCount(), 1u);
+  EXPECT_EQ(queue.pendingWorkCount(), 1u);
   queue.removeAll();
 }
 

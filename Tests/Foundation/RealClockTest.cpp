@@ -287,7 +287,7 @@ TEST_F(RealClockTest, NoWorkIsLostWhenSubmissionsRaceWithWaits) {
   for (std::thread& otherThread : otherThreads) {
     otherThread.join();
   }
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 }  // namespace

@@ -214,7 +214,7 @@ TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThre
   runOnAnotherThread([this] { content->setContentRequest(requestWithoutParameters()); });
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, false}}));
   EXPECT_EQ(content->error(), listener->ownedError);
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsCreated) {

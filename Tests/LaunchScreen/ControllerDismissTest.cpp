@@ -176,7 +176,7 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   EXPECT_FALSE(hasTrackedCover());
   platform.run(0.5);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15"}));
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 TEST_F(ControllerDismissTest, AReplacedControllerLivesUntilAllDelegatesAreNotified) {
@@ -203,7 +203,7 @@ TEST_F(ControllerDismissTest, ACoverWithoutAWindowNotifiesAtOnce) {
   cover->dismiss();
   EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
   EXPECT_EQ(firstDelegate->lastController.lock(), cover);
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
   EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
@@ -227,7 +227,7 @@ TEST_F(ControllerDismissTest, IfATrackedReferenceIsNullTheViewIsRemovedAtOnce) {
   cover->dismiss();
   EXPECT_EQ(cover->view()->window(), nullptr);
   EXPECT_EQ(embedded_cover::selfController, cover);
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
@@ -262,7 +262,7 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildAreRemovedAtOnce) {
   EXPECT_EQ(cover->view()->superview(), nullptr);
   EXPECT_EQ(cover->parentViewController(), nullptr);
   EXPECT_TRUE(window->contentViewController()->childViewControllers().empty());
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 TEST_F(ControllerDismissTest, UnderAParentDismissDoesNotNotifyTheDelegates) {

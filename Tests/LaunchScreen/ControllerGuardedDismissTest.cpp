@@ -51,7 +51,7 @@ TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
   EXPECT_EQ(cover->appWindow(), window);
   EXPECT_EQ(cover->presentationMode(), kEmbedded);
   EXPECT_EQ(cover->parentViewController(), window->contentViewController());
-  EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+  EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
 TEST_F(ControllerGuardedDismissTest, TheArgumentOfTheQuestionIsTheController) {

@@ -167,7 +167,7 @@ class LaunchScreenObjectsTest : public LaunchScreenTest {
     EXPECT_TRUE(objects.view.expired());
     EXPECT_FALSE(hasTrackedCover());
     EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-    EXPECT_EQ(dispatch_get_main_queue().pendingCount(), 0u);
+    EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
   }
 };
 

@@ -89,7 +89,7 @@ std::size_t LaunchScreenTest::registrationCount() const {
 }
 
 std::size_t LaunchScreenTest::pendingTaskCount() {
-  return dispatch_get_main_queue().pendingCount();
+  return dispatch_get_main_queue().pendingWorkCount();
 }
 
 void ShownLaunchScreenTest::show(double duration, std::string_view mode) {

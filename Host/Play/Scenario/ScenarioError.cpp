@@ -10,18 +10,18 @@ ScenarioError::ScenarioError(const std::string& pointer, std::string_view expect
           ": expected " + escapeControlCharacters(expected)) {}
 
 std::string escapeControlCharacters(std::string_view text) {
-  std::string line;
+  std::string result;
   for (const char character : text) {
     const auto code = static_cast<unsigned char>(character);
     if (code < 0x20 || code == 0x7f) {
       char escaped[8];
       std::snprintf(escaped, sizeof escaped, "\\u%04x", code);
-      line += escaped;
+      result += escaped;
     } else {
-      line += character;
+      result += character;
     }
   }
-  return line;
+  return result;
 }
 
 }  // namespace vel::host

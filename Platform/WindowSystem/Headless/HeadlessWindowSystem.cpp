@@ -151,7 +151,7 @@ void HeadlessWindowSystem::ownerSetsStyleMask(WindowHandle window, NSWindowStyle
   }
 }
 
-void HeadlessWindowSystem::userOrdersWindows(const std::vector<WindowHandle>& windows) {
+void HeadlessWindowSystem::userRestacksWindows(const std::vector<WindowHandle>& windows) {
   if (delegate_ != nullptr) {
     delegate_->orderChanged(windows);
   }

@@ -56,7 +56,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   /// Changes the style mask as the window's owner would.
   void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
   /// Reports a new stacking order of these windows, front to back.
-  void userOrdersWindows(const std::vector<WindowHandle>& windows);
+  void userRestacksWindows(const std::vector<WindowHandle>& windows);
   /// Reports that the window manager still offers `controls`.
   void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.

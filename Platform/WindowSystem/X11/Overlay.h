@@ -23,7 +23,7 @@ class WindowTable;
 /// overlay. So errors of requests on the overlay are not logged.
 class Overlay final : public NonCopyable {
  public:
-  /// The state of the adopted window.
+  /// The state of the adopted window, which the overlay covers.
   struct CoveredWindow {
     xcb_window_t window = XCB_WINDOW_NONE;
     xcb_window_t parent = XCB_WINDOW_NONE;

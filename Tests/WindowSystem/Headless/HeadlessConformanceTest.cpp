@@ -15,7 +15,7 @@ class HeadlessDisplay final : public TestDisplay {
     system_.userResizesWindow(window, {system_.window(window)->description.frame.origin, size});
   }
   void otherProgramRaises(WindowHandle window, WindowHandle sibling) override {
-    system_.userOrdersWindows({window, sibling});
+    system_.userRestacksWindows({window, sibling});
   }
   void ownerDestroysWindow(WindowHandle window) override { system_.ownerDestroysWindow(window); }
   void serverClosesConnection() override { system_.serverClosesConnection("a test"); }
