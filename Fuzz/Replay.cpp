@@ -11,8 +11,8 @@ namespace {
 
 void replay(const std::filesystem::path& file) {
   std::cout << file.string() << std::endl;  // if the fuzzer fails, this line names the input
-  std::ifstream in(file, std::ios::binary);
-  const std::string input{std::istreambuf_iterator<char>(in), {}};
+  std::ifstream stream(file, std::ios::binary);
+  const std::string input{std::istreambuf_iterator<char>(stream), {}};
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
 }
 

@@ -47,9 +47,9 @@ float numberOf(const nlohmann::json& value) {
   return value.is_number_float() ? static_cast<float>(value.get<double>()) : 0;
 }
 
-std::string logLine(std::string_view what) {
-  return "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): " + std::string(what) +
-         " is nil or empty!";
+std::string logLine(std::string_view missingValue) {
+  return "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): " +
+         std::string(missingValue) + " is nil or empty!";
 }
 
 Outcome expectedOutcome(const nlohmann::json& parameters) {
@@ -82,9 +82,9 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
   configuration->setNextEventName(NSString::stringWithUTF8String(kPreviousEvent));
   configuration->setExpirationTimeInterval(kPreviousInterval);
   const auto manager = LaunchScreenManager::init();
-  const auto answer =
+  const auto contentData =
       manager->contentDataForContentRequest(DictionaryRequest::requestWithParameters(parameters));
-  outcome.isAccepted = answer != nullptr;
+  outcome.isAccepted = contentData != nullptr;
   outcome.skipMode = configuration->skipMode();
   outcome.event = configuration->nextEventName()->UTF8String();
   outcome.interval = configuration->expirationTimeInterval();
@@ -93,9 +93,9 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
     const bool isShown = outcome.interval > 0;
     require(manager->launchScreenExpirationTimeLeft() == outcome.interval,
             "the time left differs from the interval");
-    require(answer->state() == (isShown ? ContentDataStateLoaded : ContentDataStateFailed),
-            "state ", answer->state(), " with ", outcome.interval, " s");
-    require((answer->error() == nullptr) == isShown, "an error with ", outcome.interval, " s");
+    require(contentData->state() == (isShown ? ContentDataStateLoaded : ContentDataStateFailed),
+            "state ", contentData->state(), " with ", outcome.interval, " s");
+    require((contentData->error() == nullptr) == isShown, "an error with ", outcome.interval, " s");
   } else {
     require(manager->content()->state() == 0, "a refused request reached the content");
   }
@@ -111,15 +111,15 @@ Outcome outcomeOf(const Strong<NSDictionary>& parameters) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace vel::fuzz;
   const std::string_view text = textOf(data, size);
-  const auto expected = nlohmann::json::parse(text, nullptr, false);
+  const auto expectedJson = nlohmann::json::parse(text, nullptr, false);
   std::string error;
   const vel::Strong<vel::NSDictionary> parameters = vel::parametersFromJsonText(text, error);
-  require((parameters != nullptr) == expected.is_object(),
+  require((parameters != nullptr) == expectedJson.is_object(),
           "the reader must accept exactly the JSON objects");
   require((parameters != nullptr) == error.empty(),
           "an error text must exist exactly if the text is refused: ", error);
   if (parameters != nullptr) {
-    require(outcomeOf(parameters) == expectedOutcome(expected),
+    require(outcomeOf(parameters) == expectedOutcome(expectedJson),
             "the outcome differs from the expected one");
   }
   return 0;

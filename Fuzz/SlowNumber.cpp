@@ -15,17 +15,17 @@ namespace {
 // A nonnegative integer of any size.
 class Natural {
  public:
-  explicit Natural(std::uint32_t value) : parts_{value} {}
+  explicit Natural(std::uint32_t value) : digits_{value} {}
 
   Natural& multiplyAdd(std::uint32_t factor, std::uint32_t summand) {
     std::uint64_t carry = summand;
-    for (std::uint32_t& part : parts_) {
-      carry += std::uint64_t{part} * factor;
-      part = static_cast<std::uint32_t>(carry);
+    for (std::uint32_t& digit : digits_) {
+      carry += std::uint64_t{digit} * factor;
+      digit = static_cast<std::uint32_t>(carry);
       carry >>= 32;
     }
     if (carry > 0) {
-      parts_.push_back(static_cast<std::uint32_t>(carry));
+      digits_.push_back(static_cast<std::uint32_t>(carry));
     }
     return *this;
   }
@@ -38,8 +38,8 @@ class Natural {
   }
 
   std::strong_ordering operator<=>(const Natural& other) const {
-    for (std::size_t place = std::max(parts_.size(), other.parts_.size()); place-- > 0;) {
-      if (const auto order = part(place) <=> other.part(place); std::is_neq(order)) {
+    for (std::size_t index = std::max(digits_.size(), other.digits_.size()); index-- > 0;) {
+      if (const auto order = digitAt(index) <=> other.digitAt(index); std::is_neq(order)) {
         return order;
       }
     }
@@ -47,10 +47,10 @@ class Natural {
   }
 
  private:
-  [[nodiscard]] std::uint32_t part(std::size_t place) const {
-    return place < parts_.size() ? parts_[place] : 0;
+  [[nodiscard]] std::uint32_t digitAt(std::size_t index) const {
+    return index < digits_.size() ? digits_[index] : 0;
   }
-  std::vector<std::uint32_t> parts_;  // least significant first
+  std::vector<std::uint32_t> digits_;  // in base 2^32, least significant first
 };
 
 bool isDigits(std::string_view text) {
@@ -61,18 +61,18 @@ std::string_view withoutSign(std::string_view text) {
   return text.starts_with('+') || text.starts_with('-') ? text.substr(1) : text;
 }
 
-struct Parts {
-  std::string_view before;
-  bool hasMark;
-  std::string_view after;
+struct SplitText {
+  std::string_view textBefore;
+  bool hasSeparator;
+  std::string_view textAfter;
 };
-// Splits the text at its first character that `marks` contains. If the text has no such character,
-// `before` is the whole text.
-Parts splitAt(std::string_view text, std::string_view marks) {
-  const std::size_t place = text.find_first_of(marks);
-  return place == std::string_view::npos
-             ? Parts{text, false, {}}
-             : Parts{text.substr(0, place), true, text.substr(place + 1)};
+// Splits the text at its first character that `separators` contains. If the text has no such
+// character, `textBefore` is the whole text.
+SplitText splitAt(std::string_view text, std::string_view separators) {
+  const std::size_t index = text.find_first_of(separators);
+  return index == std::string_view::npos
+             ? SplitText{text, false, {}}
+             : SplitText{text.substr(0, index), true, text.substr(index + 1)};
 }
 
 bool isDecimalNumber(std::string_view text) {
@@ -100,14 +100,14 @@ struct Decimal {
   // Compares this number with `mantissa` * 2^`power`. A negative exponent or power multiplies
   // the other side instead, so both sides are integers.
   [[nodiscard]] std::strong_ordering compare(std::uint32_t mantissa, int power) const {
-    Natural left(0);
+    Natural thisSide(0);
     for (const char digit : digits) {
-      left.multiplyAdd(10, static_cast<std::uint32_t>(digit - '0'));
+      thisSide.multiplyAdd(10, static_cast<std::uint32_t>(digit - '0'));
     }
-    left.multiplyByPower(10, exponent).multiplyByPower(2, -power);
-    Natural right(mantissa);
-    right.multiplyByPower(10, -exponent).multiplyByPower(2, power);
-    return left <=> right;
+    thisSide.multiplyByPower(10, exponent).multiplyByPower(2, -power);
+    Natural otherSide(mantissa);
+    otherSide.multiplyByPower(10, -exponent).multiplyByPower(2, power);
+    return thisSide <=> otherSide;
   }
 };
 
@@ -127,7 +127,7 @@ struct FloatBits {
   }
 };
 
-float nearest(const Decimal& number) {
+float nearestFloat(const Decimal& number) {
   // After the loop, `low` has the bits of the largest float that is not above the number.
   std::uint32_t low = 0;
   std::uint32_t high = FloatBits::kInfinity;
@@ -136,9 +136,9 @@ float nearest(const Decimal& number) {
     (std::is_lt(number.compare(middle.mantissa(), middle.power())) ? high : low) = middle.bits;
   }
   // The midpoint between two adjacent floats needs one more bit: its mantissa is 2 * mantissa + 1.
-  const FloatBits below{low};
-  const auto order = number.compare(2 * below.mantissa() + 1, below.power() - 1);
-  const bool roundsUp = std::is_gt(order) || (std::is_eq(order) && below.mantissa() % 2 == 1);
+  const FloatBits lowerFloat{low};
+  const auto order = number.compare(2 * lowerFloat.mantissa() + 1, lowerFloat.power() - 1);
+  const bool roundsUp = std::is_gt(order) || (std::is_eq(order) && lowerFloat.mantissa() % 2 == 1);
   return std::bit_cast<float>(roundsUp ? low + 1 : low);
 }
 
@@ -149,14 +149,14 @@ float magnitude(std::string_view number) {
   digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
   const int exponent = readExponent(exponentText) - static_cast<int>(fraction.size());
   const int decimalMagnitude =
-      exponent + static_cast<int>(digits.size());  // the number is below 10^decimalMagnitude
+      exponent + static_cast<int>(digits.size());  // the number is less than 10^decimalMagnitude
   if (digits.empty() || decimalMagnitude < -50) {
     return 0;
   }
   if (decimalMagnitude > 50) {
     return std::numeric_limits<float>::infinity();
   }
-  return nearest({digits, exponent});
+  return nearestFloat({digits, exponent});
 }
 
 }  // namespace

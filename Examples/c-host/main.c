@@ -15,12 +15,12 @@ enum { WIDTH = 640, HEIGHT = 400, BALL = 60, FRAME_MILLISECONDS = 16 };
 typedef struct {
   char* events_file;
   double seconds;
-  int frames_before;
+  int frames_before_launch_screen;
 } Arguments;
 
 typedef struct {
   int frames;
-  int frames_covered;
+  int covered_frames;
   double longest_pump; /* seconds */
 } Counts;
 
@@ -94,23 +94,23 @@ static void draw(SDL_Renderer* renderer, int frame) {
 static void play(SDL_Window* window, SDL_Renderer* renderer, const Arguments* arguments,
                  Counts* counts) {
   VelLaunchScreen* screen = NULL;
-  const double ticks = (double)SDL_GetPerformanceFrequency();
+  const double ticks_per_second = (double)SDL_GetPerformanceFrequency();
   int was_up = 0;
-  int running = 1;
-  while (running) {
+  int is_running = 1;
+  while (is_running) {
     const Uint32 frame_start = SDL_GetTicks();
     SDL_Event event;
     while (SDL_PollEvent(&event)) {
-      running = running && event.type != SDL_QUIT;
+      is_running = is_running && event.type != SDL_QUIT;
     }
 
-    if (counts->frames == arguments->frames_before) {
+    if (counts->frames == arguments->frames_before_launch_screen) {
       screen = show_launch_screen(window, arguments);
     }
     /* The only call in each frame. It does the work that is due and does not wait for events. */
-    const Uint64 before = SDL_GetPerformanceCounter();
+    const Uint64 pump_start = SDL_GetPerformanceCounter();
     vel_pump(screen, NULL);
-    const double pump_time = (double)(SDL_GetPerformanceCounter() - before) / ticks;
+    const double pump_time = (double)(SDL_GetPerformanceCounter() - pump_start) / ticks_per_second;
     counts->longest_pump = pump_time > counts->longest_pump ? pump_time : counts->longest_pump;
     int is_up = 0;
     vel_is_up(screen, &is_up);
@@ -120,9 +120,9 @@ static void play(SDL_Window* window, SDL_Renderer* renderer, const Arguments* ar
     }
 
     draw(renderer, ++counts->frames);
-    counts->frames_covered += is_up;
-    if (is_up && counts->frames_covered % 30 == 0) {
-      printf("%d frames covered\n", counts->frames_covered);
+    counts->covered_frames += is_up;
+    if (is_up && counts->covered_frames % 30 == 0) {
+      printf("%d frames covered\n", counts->covered_frames);
       fflush(stdout);
     }
     const Uint32 frame_time = SDL_GetTicks() - frame_start;
@@ -138,7 +138,7 @@ int main(int argc, char** argv) {
 
   arguments.events_file = argc > 1 ? argv[1] : default_file;
   arguments.seconds = argc > 2 ? atof(argv[2]) : 3;
-  arguments.frames_before = argc > 3 ? atoi(argv[3]) : 0;
+  arguments.frames_before_launch_screen = argc > 3 ? atoi(argv[3]) : 0;
   /* The library recognises the player window by this class name. */
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
@@ -157,6 +157,6 @@ int main(int argc, char** argv) {
   SDL_DestroyWindow(window);
   SDL_Quit();
   printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,
-         counts.frames_covered, counts.longest_pump * 1000);
+         counts.covered_frames, counts.longest_pump * 1000);
   return 0;
 }

@@ -13,7 +13,8 @@ typedef struct {
 static gboolean prepare(GSource* source, int* milliseconds) {
   double seconds = -1;
   vel_next_deadline(((LaunchScreenSource*)source)->screen, &seconds);
-  *milliseconds = seconds < 0 ? -1 : (int)(seconds * 1000) + 1; /* round up: never early */
+  /* Rounded up, so the loop does not wake before the deadline. */
+  *milliseconds = seconds < 0 ? -1 : (int)(seconds * 1000) + 1;
   return seconds == 0;
 }
 

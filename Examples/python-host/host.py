@@ -19,8 +19,8 @@ VEL_OK, VEL_PRESENT_EMBEDDED = 0, 0
 
 def structure(name, fields):
     """Returns a function that makes one of the library's structures and sets its member `size`."""
-    kind = type(name, (ctypes.Structure,), {"_fields_": [("size", c_size_t), *fields]})
-    return lambda **values: kind(size=ctypes.sizeof(kind), **values)
+    structure_type = type(name, (ctypes.Structure,), {"_fields_": [("size", c_size_t), *fields]})
+    return lambda **values: structure_type(size=ctypes.sizeof(structure_type), **values)
 
 
 CALLBACKS = [
@@ -54,7 +54,7 @@ Request = structure(
 )
 
 
-def load(path):
+def load_library(path):
     library = ctypes.CDLL(path)
     library.vel_last_error.restype = c_char_p
     library.vel_create.argtypes = [c_void_p, POINTER(c_void_p)]
@@ -78,7 +78,7 @@ class Host:
         self.callback_names.add(name)
         return 1  # the return value of may_disappear: yes
 
-    def is_done(self):
+    def has_ended(self):
         """Returns true after the end, and after the event unless the display is lost."""
         names = self.callback_names
         return "ended" in names and bool(names & {"record_event", "display_lost"})
@@ -86,16 +86,16 @@ class Host:
     def callbacks(self):
         """Returns the callbacks. The caller must keep them while the library may call them."""
 
-        def make_callback(name, kind):
-            if kind._restype_ is None:
-                return kind(lambda _, *values: self.print_callback(name, *values) and None)
-            return kind(lambda _, *values: self.print_callback(name, *values))
+        def make_callback(name, function_type):
+            if function_type._restype_ is None:
+                return function_type(lambda _, *values: self.print_callback(name, *values) and None)
+            return function_type(lambda _, *values: self.print_callback(name, *values))
 
-        return Callbacks(**{name: make_callback(name, kind) for name, kind in CALLBACKS})
+        return Callbacks(**{name: make_callback(name, function_type) for name, function_type in CALLBACKS})
 
 
 def run(library, display, seconds):
-    def check(status):
+    def exit_on_error(status):
         if status != VEL_OK:
             sys.exit(f"host.py: {library.vel_last_error().decode()}")
 
@@ -105,16 +105,16 @@ def run(library, display, seconds):
         display=display.encode(), callbacks=ctypes.addressof(callbacks), title=b"A host in Python"
     )
     screen = c_void_p()
-    check(library.vel_create(ctypes.byref(options), ctypes.byref(screen)))
+    exit_on_error(library.vel_create(ctypes.byref(options), ctypes.byref(screen)))
     try:
         request = Request(event=b"launch_end", seconds=seconds)
-        check(library.vel_request(screen, ctypes.byref(request)))
-        check(library.vel_present(screen, VEL_PRESENT_EMBEDDED))
+        exit_on_error(library.vel_request(screen, ctypes.byref(request)))
+        exit_on_error(library.vel_present(screen, VEL_PRESENT_EMBEDDED))
         descriptor = c_int()
-        check(library.vel_poll_descriptor(screen, ctypes.byref(descriptor)))
-        while not host.is_done():
+        exit_on_error(library.vel_poll_descriptor(screen, ctypes.byref(descriptor)))
+        while not host.has_ended():
             select.select([descriptor.value], [], [])
-            check(library.vel_pump(screen, None))
+            exit_on_error(library.vel_pump(screen, None))
     finally:
         library.vel_destroy(ctypes.byref(screen))
 
@@ -127,7 +127,7 @@ def main():
         "library", nargs="?", default=os.environ.get("VEL_LIBRARY", "libVelLaunchScreen.so.1")
     )
     arguments = parser.parse_args()
-    run(load(arguments.library), arguments.display, arguments.seconds)
+    run(load_library(arguments.library), arguments.display, arguments.seconds)
 
 
 if __name__ == "__main__":

@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kWidth = 640;
 constexpr int kHeight = 400;
-constexpr auto kFrame = std::chrono::microseconds(16'667);
+constexpr auto kFrameTime = std::chrono::microseconds(16'667);
 
 template <class T, void (*destroy)(T*)>
 struct Deleter {
@@ -34,13 +34,13 @@ using GameRenderer = std::unique_ptr<SDL_Renderer, Deleter<SDL_Renderer, SDL_Des
 struct Arguments {
   const char* eventsFile = "events.txt";
   double seconds = 3;
-  int framesBefore = 0;
+  int framesBeforeLaunchScreen = 0;
 };
 
 // Statistics of the game.
 struct Counts {
   int frames = 0;
-  int framesCovered = 0;
+  int coveredFrames = 0;
   std::chrono::duration<double, std::milli> longestPump{0};
 };
 
@@ -113,21 +113,22 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Arguments& argumen
   Counts counts;
   VelLaunchScreen* screen = nullptr;
   int wasUp = 0;
-  bool running = true;
-  for (auto next = Clock::now(); running; next = std::max(next + kFrame, Clock::now())) {
+  bool isRunning = true;
+  for (auto frameStart = Clock::now(); isRunning;
+       frameStart = std::max(frameStart + kFrameTime, Clock::now())) {
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-      running = running && event.type != SDL_QUIT;
+      isRunning = isRunning && event.type != SDL_QUIT;
     }
 
-    if (counts.frames == arguments.framesBefore) {
+    if (counts.frames == arguments.framesBeforeLaunchScreen) {
       screen = showLaunchScreen(window, arguments);
     }
     // The only call in each frame. It does the work that is due and does not wait for events.
-    const auto before = Clock::now();
+    const auto pumpStart = Clock::now();
     vel_pump(screen, nullptr);
     counts.longestPump =
-        std::max<decltype(counts.longestPump)>(counts.longestPump, Clock::now() - before);
+        std::max<decltype(counts.longestPump)>(counts.longestPump, Clock::now() - pumpStart);
     int isUp = 0;
     vel_is_up(screen, &isUp);
     if (isUp != wasUp) {
@@ -136,14 +137,14 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Arguments& argumen
     }
 
     draw(renderer, ++counts.frames);
-    counts.framesCovered += isUp;
-    if (isUp != 0 && counts.framesCovered % 30 == 0) {
-      std::printf("%d frames covered\n", counts.framesCovered);
+    counts.coveredFrames += isUp;
+    if (isUp != 0 && counts.coveredFrames % 30 == 0) {
+      std::printf("%d frames covered\n", counts.coveredFrames);
       std::fflush(stdout);
     }
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(next + kFrame - Clock::now());
-    SDL_Delay(static_cast<Uint32>(std::max<std::int64_t>(left.count(), 0)));
+    const auto remainingTime = std::chrono::duration_cast<std::chrono::milliseconds>(
+        frameStart + kFrameTime - Clock::now());
+    SDL_Delay(static_cast<Uint32>(std::max<std::int64_t>(remainingTime.count(), 0)));
   }
   vel_destroy(&screen);
   return counts;
@@ -160,7 +161,7 @@ int main(int argc, char** argv) {
     arguments.seconds = std::atof(argv[2]);
   }
   if (argc > 3) {
-    arguments.framesBefore = std::atoi(argv[3]);
+    arguments.framesBeforeLaunchScreen = std::atoi(argv[3]);
   }
 
   // The library recognises the player window by this class name.
@@ -182,6 +183,6 @@ int main(int argc, char** argv) {
   }
   SDL_Quit();
   std::printf("%d frames, %d of them covered, longest pump %.3f ms\n", counts.frames,
-              counts.framesCovered, counts.longestPump.count());
+              counts.coveredFrames, counts.longestPump.count());
   return 0;
 }

@@ -9,7 +9,7 @@
 namespace {
 
 // SDL does not wake up for the library's own connection, so the host checks it at this interval.
-constexpr int kLongestWait = 100;
+constexpr int kMaxWaitTime = 100;  // milliseconds
 
 void willAppear(void* /*userData*/) { std::puts("will appear"); }
 void didDisappear(void* /*userData*/) { std::puts("did disappear"); }
@@ -18,10 +18,11 @@ void recordEvent(void* userData, const char* event) {
   *static_cast<bool*>(userData) = true;
 }
 
-int milliseconds(VelLaunchScreen* screen) {
+// The time until the library's next deadline in milliseconds, at most `kMaxWaitTime`.
+int waitTime(VelLaunchScreen* screen) {
   double seconds = -1;
   vel_next_deadline(screen, &seconds);
-  return seconds < 0 ? kLongestWait : std::min(static_cast<int>(seconds * 1000) + 1, kLongestWait);
+  return seconds < 0 ? kMaxWaitTime : std::min(static_cast<int>(seconds * 1000) + 1, kMaxWaitTime);
 }
 
 }  // namespace
@@ -49,12 +50,12 @@ int main(int /*argc*/, char** /*argv*/) {
     std::fprintf(stderr, "%s\n", vel_last_error());
   }
 
-  bool running = screen != nullptr;
-  while (running && !isEventRecorded) {
+  bool isRunning = screen != nullptr;
+  while (isRunning && !isEventRecorded) {
     vel_pump(screen, nullptr);
     SDL_Event event;
-    if (SDL_WaitEventTimeout(&event, milliseconds(screen)) != 0) {
-      running = event.type != SDL_QUIT;
+    if (SDL_WaitEventTimeout(&event, waitTime(screen)) != 0) {
+      isRunning = event.type != SDL_QUIT;
     }
   }
   vel_destroy(&screen);
