@@ -78,8 +78,8 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
 void HostLoop::readInput() {
   // Reading the terminal from a background job would stop the process. `tcgetpgrp` returns a
   // negative value if the input is not our controlling terminal.
-  const pid_t foreground = tcgetpgrp(STDIN_FILENO);
-  if (foreground >= 0 && foreground != getpgrp()) {
+  const pid_t foregroundGroup = tcgetpgrp(STDIN_FILENO);
+  if (foregroundGroup >= 0 && foregroundGroup != getpgrp()) {
     enterHandler_ = nullptr;
     return;
   }

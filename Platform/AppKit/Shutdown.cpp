@@ -34,7 +34,7 @@ void shutDown() {
   NSNotificationCenter::defaultCenter().removeAllObservers();
   // Callbacks in the steps above may have scheduled more work.
   removeScheduledWork();
-  ReleasePool::current().drainTo(0);
+  ReleasePool::currentPool().drainTo(0);
 }
 
 }  // namespace vel

@@ -25,7 +25,7 @@ constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the pass
 class PassScope : NonCopyable {
  public:
   explicit PassScope(std::size_t& runningPasses)
-      : runningPasses_(runningPasses), pool_(ReleasePool::current()) {
+      : runningPasses_(runningPasses), pool_(ReleasePool::currentPool()) {
     // The outermost pass also releases the objects that were added before it began.
     mark_ = runningPasses_++ == 0 ? 0 : pool_.size();
   }

@@ -5,7 +5,7 @@
 
 namespace vel {
 
-ReleasePool& ReleasePool::current() {
+ReleasePool& ReleasePool::currentPool() {
   thread_local ReleasePool pool;
   return pool;
 }

@@ -22,7 +22,7 @@ class VEL_EXPORT ReleasePool : NonCopyable {
   ~ReleasePool() { drainTo(0); }
 
   /// The pool of the calling thread.
-  static ReleasePool& current();
+  static ReleasePool& currentPool();
 
   /// Keeps `object` alive until the pool is drained.
   void add(Strong<const NSObjectProtocol> object) { objects_.push_back(std::move(object)); }
@@ -40,7 +40,7 @@ class VEL_EXPORT ReleasePool : NonCopyable {
 /// Adds `object` to the current thread's pool and returns it.
 template <class T>
 const Strong<T>& releaseLater(const Strong<T>& object) {
-  ReleasePool::current().add(object);
+  ReleasePool::currentPool().add(object);
   return object;
 }
 

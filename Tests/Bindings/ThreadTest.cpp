@@ -121,7 +121,7 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
 TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
   VelStatus otherResult = VEL_OK;
   // The last step of vel_destroy drains the release pool.
-  ReleasePool::current().add(make<DestructionObserver>([&otherResult] {
+  ReleasePool::currentPool().add(make<DestructionObserver>([&otherResult] {
     std::thread([&otherResult] {
       const VelCreateOptions options = virtualOptions();
       VelLaunchScreen* otherScreen = nullptr;

@@ -65,7 +65,7 @@ ObservedPlay::~ObservedPlay() {
 void ObservedPlay::perform(std::uint8_t action) {
   scriptTime_ += actions()[action].tenthsOfSecond * kTenthOfSecond;
   for (host::Step step : setting_.steps[action]) {
-    step.at = scriptTime_;
+    step.time = scriptTime_;
     play(step);
   }
   check(Invariant::CheckTime::State);
@@ -79,9 +79,9 @@ void ObservedPlay::perform(std::uint8_t action) {
 
 void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
-  play({.at = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
+  play({.time = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
   scriptTime_ += kTimeUntilNoWorkIsLeft;
-  play({.at = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
+  play({.time = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::CheckTime::End);
 }
 
@@ -165,7 +165,7 @@ void ObservedPlay::record(const host::trace::StepStart& step) {
     }
   }
   const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);
-  const bool isGuarded = dismissal != nullptr && dismissal->by != host::DismissalPath::Content;
+  const bool isGuarded = dismissal != nullptr && dismissal->path != host::DismissalPath::Content;
   const auto delegates =
       send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
   history_.mustRefuse = isGuarded && delegates != nullptr &&

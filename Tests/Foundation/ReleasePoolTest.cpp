@@ -108,7 +108,7 @@ TEST_F(ReleasePoolTest, AnObjectThatADestructorAddsIsReleasedInTheSameDrain) {
   releaseLater(make<TestObject>([this] { addObject("late object"); }));
   loop.pump();
   EXPECT_EQ(destroyedNames, std::vector<std::string>{"late object"});
-  EXPECT_EQ(ReleasePool::current().size(), 0u);
+  EXPECT_EQ(ReleasePool::currentPool().size(), 0u);
 }
 
 TEST_F(ReleasePoolTest, APassThatThrowsDrainsThePool) {

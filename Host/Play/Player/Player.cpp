@@ -84,7 +84,7 @@ PlayOutcome Player::play() {
 }
 
 void Player::play(const Step& step) {
-  runUntil(step.at);
+  runUntil(step.time);
   report(trace::StepStart{step.name});
   std::visit([this](const auto& action) { perform(action); }, step.action);
   reportState();

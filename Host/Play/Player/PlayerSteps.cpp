@@ -91,7 +91,7 @@ void Player::perform(const step::Present& action) {
 }
 
 void Player::perform(const step::Dismiss& action) {
-  switch (action.by) {
+  switch (action.path) {
     case DismissalPath::Manager:
       runOn(action.thread, [this] { manager_->dismissLaunchScreen(); });
       break;

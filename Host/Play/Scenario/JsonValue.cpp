@@ -7,9 +7,9 @@ namespace vel::host {
 
 using Json = nlohmann::json;
 
-void JsonValue::throwExpected(std::string_view expected) const {
+void JsonValue::throwExpected(std::string_view expectedValue) const {
   throw ScenarioError(pointer_.to_string(),
-                      std::string(expected) + (isPresent() ? "" : ", which is missing"));
+                      std::string(expectedValue) + (isPresent() ? "" : ", which is missing"));
 }
 
 bool JsonValue::boolean() const {
@@ -19,18 +19,18 @@ bool JsonValue::boolean() const {
   return json_->get<bool>();
 }
 
-std::string JsonValue::string(std::string_view expected) const {
+std::string JsonValue::string(std::string_view expectedValue) const {
   if (!isPresent() || !json_->is_string()) {
-    throwExpected(expected);
+    throwExpected(expectedValue);
   }
   return json_->get<std::string>();
 }
 
-std::optional<std::string> JsonValue::stringOrNull(std::string_view expected) const {
+std::optional<std::string> JsonValue::stringOrNull(std::string_view expectedValue) const {
   if (isNull()) {
     return std::nullopt;
   }
-  return string(expected);
+  return string(expectedValue);
 }
 
 double JsonValue::number() const {
@@ -77,9 +77,9 @@ std::uint64_t JsonValue::unsigned64() const {
   return json_->get<std::uint64_t>();
 }
 
-std::vector<JsonValue> JsonValue::elements(std::string_view expected) const {
+std::vector<JsonValue> JsonValue::elements(std::string_view expectedValue) const {
   if (!isPresent() || !json_->is_array()) {
-    throwExpected(expected);
+    throwExpected(expectedValue);
   }
   std::vector<JsonValue> values;
   for (std::size_t index = 0; index < json_->size(); ++index) {
@@ -88,9 +88,10 @@ std::vector<JsonValue> JsonValue::elements(std::string_view expected) const {
   return values;
 }
 
-JsonMembers::JsonMembers(JsonValue object, std::string_view expected) : object_(std::move(object)) {
+JsonMembers::JsonMembers(JsonValue object, std::string_view expectedValue)
+    : object_(std::move(object)) {
   if (!object_.isPresent() || !object_.json().is_object()) {
-    object_.throwExpected(expected);
+    object_.throwExpected(expectedValue);
   }
 }
 

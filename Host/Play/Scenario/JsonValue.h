@@ -21,8 +21,8 @@ using JsonPointer = nlohmann::json::json_pointer;
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
 /// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
-/// if the value is missing, has the wrong type or is out of range. The parameter `expected` is a
-/// description of a valid value for the error message.
+/// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue` is
+/// a description of a valid value for the error message.
 class JsonValue {
  public:
   /// `json` is null if the value is missing. Error messages contain `pointer`, the path to the
@@ -34,22 +34,22 @@ class JsonValue {
   /// True for the JSON value `null`. False if the value is missing.
   [[nodiscard]] bool isNull() const { return isPresent() && json_->is_null(); }
   [[nodiscard]] const JsonPointer& pointer() const { return pointer_; }
-  /// Throws a ScenarioError whose message contains the path to this value and `expected`, a
+  /// Throws a ScenarioError whose message contains the path to this value and `expectedValue`, a
   /// description of a valid value.
-  [[noreturn]] void throwExpected(std::string_view expected) const;
+  [[noreturn]] void throwExpected(std::string_view expectedValue) const;
 
   [[nodiscard]] bool boolean() const;
-  [[nodiscard]] std::string string(std::string_view expected = "a string") const;
+  [[nodiscard]] std::string string(std::string_view expectedValue = "a string") const;
   /// Returns `std::nullopt` for the JSON value `null`.
   [[nodiscard]] std::optional<std::string> stringOrNull(
-      std::string_view expected = "a string or null") const;
+      std::string_view expectedValue = "a string or null") const;
   [[nodiscard]] double number() const;
   /// Reads a number or one of the strings "nan", "inf" and "-inf".
   [[nodiscard]] double numberOrNonFinite() const;
   [[nodiscard]] std::int64_t integer(std::int64_t minimum, std::int64_t maximum) const;
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// Returns the elements of an array.
-  [[nodiscard]] std::vector<JsonValue> elements(std::string_view expected) const;
+  [[nodiscard]] std::vector<JsonValue> elements(std::string_view expectedValue) const;
   /// Returns the entry of the table whose name equals this value, which must be a string. Throws a
   /// ScenarioError if the table has no such entry.
   template <class Value, std::size_t Size>
@@ -72,9 +72,9 @@ class JsonValue {
 /// `rejectUnknownMembers`.
 class JsonMembers {
  public:
-  /// Throws a ScenarioError if `object` is not a JSON object. `expected` describes a valid value in
-  /// the message.
-  JsonMembers(JsonValue object, std::string_view expected);
+  /// Throws a ScenarioError if `object` is not a JSON object. `expectedValue` describes a valid
+  /// value in the message.
+  JsonMembers(JsonValue object, std::string_view expectedValue);
 
   /// Returns the value of the member with this name. The value may be missing.
   [[nodiscard]] JsonValue operator[](std::string_view name);

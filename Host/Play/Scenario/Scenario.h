@@ -128,7 +128,7 @@ struct Present {
   ContentName content = ContentName::Main;
 };
 struct Dismiss {
-  DismissalPath by = DismissalPath::Manager;
+  DismissalPath path = DismissalPath::Manager;
   StepThread thread = StepThread::Main;
 };
 struct Deactivate {};
@@ -187,7 +187,7 @@ using StepAction =
 
 struct Step {
   /// The time since the start of the play. It is never earlier than the time of the previous step.
-  Nanoseconds at = 0;
+  Nanoseconds time = 0;
   /// The name of the action in the scenario. The view refers to a string literal.
   std::string_view name;
   StepAction action;

@@ -4,10 +4,10 @@
 
 namespace vel::host {
 
-ScenarioError::ScenarioError(const std::string& pointer, std::string_view expected)
+ScenarioError::ScenarioError(const std::string& pointer, std::string_view expectedValue)
     : std::runtime_error(
           (pointer.empty() ? "\"\" (the document)" : escapeControlCharacters(pointer)) +
-          ": expected " + escapeControlCharacters(expected)) {}
+          ": expectedValue " + escapeControlCharacters(expectedValue)) {}
 
 std::string escapeControlCharacters(std::string_view text) {
   std::string result;

@@ -11,8 +11,8 @@ namespace vel::host {
 class ScenarioError : public std::runtime_error {
  public:
   /// `pointer` is a JSON pointer to the invalid value. An empty pointer means the whole document.
-  /// `expected` describes a valid value.
-  ScenarioError(const std::string& pointer, std::string_view expected);
+  /// `expectedValue` describes a valid value.
+  ScenarioError(const std::string& pointer, std::string_view expectedValue);
 };
 
 /// Escapes each control character of the text as \u00XX. The result is a single line.

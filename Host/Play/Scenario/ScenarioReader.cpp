@@ -58,16 +58,16 @@ Scenario readScenario(std::string_view text) {
   const nlohmann::json defaults = nlohmann::json::object();
   const JsonValue host = members["host"];
   scenario.host = readHost(host.isPresent() ? host : JsonValue(&defaults, host.pointer()), names);
-  double at = 0;
+  double stepTime = 0;  // in seconds
   if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
-      scenario.steps.push_back(readStep(step, at, names));
+      scenario.steps.push_back(readStep(step, stepTime, names));
     }
   }
   members.readInto(scenario.end, "until", [](const JsonValue& value) {
     return nanosecondsFromSeconds(readSeconds(value, 0));
   });
-  scenario.end = std::max(scenario.end, nanosecondsFromSeconds(at));
+  scenario.end = std::max(scenario.end, nanosecondsFromSeconds(stepTime));
   members.rejectUnknownMembers();
   return scenario;
 }

@@ -116,8 +116,8 @@ StepAction readPresent(const StepContext& context) {
 
 StepAction readDismiss(const StepContext& context) {
   step::Dismiss action;
-  action.by = context.members["by"].valueIn(kDismissalPaths);
-  if (action.by == DismissalPath::Manager) {
+  action.path = context.members["by"].valueIn(kDismissalPaths);
+  if (action.path == DismissalPath::Manager) {
     context.members.readInto(action.thread, "thread", kStepThreads);
   }
   return action;
@@ -250,10 +250,10 @@ bool KnownWindowNames::isKnown(std::string_view name) const {
   return hostWindows_.contains(name);
 }
 
-std::string KnownWindowNames::read(const JsonValue& name, std::string_view expected) const {
-  std::string text = name.string(expected);
+std::string KnownWindowNames::read(const JsonValue& name, std::string_view expectedValue) const {
+  std::string text = name.string(expectedValue);
   if (!isKnown(text)) {
-    name.throwExpected(expected);
+    name.throwExpected(expectedValue);
   }
   return text;
 }
@@ -282,13 +282,14 @@ ViewDelegateScript readViewDelegate(const JsonValue& value) {
   return script;
 }
 
-Step readStep(const JsonValue& value, double& at, KnownWindowNames& names) {
-  JsonMembers members(value, "a step");
-  if (const JsonValue time = members["at"]; time.isPresent()) {
-    at = readSeconds(time, at);
+Step readStep(const JsonValue& object, double& time, KnownWindowNames& names) {
+  JsonMembers members(object, "a step");
+  if (const JsonValue value = members["at"]; value.isPresent()) {
+    time = readSeconds(value, time);
   }
   const auto& [name, readAction] = members["do"].entryIn(kSteps);
-  Step step{.at = nanosecondsFromSeconds(at), .name = name, .action = readAction({members, names})};
+  Step step{
+      .time = nanosecondsFromSeconds(time), .name = name, .action = readAction({members, names})};
   members.rejectUnknownMembers();
   return step;
 }

@@ -27,9 +27,9 @@ class KnownWindowNames {
   void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;
-  /// Reads a known name. Throws a ScenarioError for any other value. `expected` describes a valid
-  /// value in the message.
-  [[nodiscard]] std::string read(const JsonValue& name, std::string_view expected) const;
+  /// Reads a known name. Throws a ScenarioError for any other value. `expectedValue` describes a
+  /// valid value in the message.
+  [[nodiscard]] std::string read(const JsonValue& name, std::string_view expectedValue) const;
 
  private:
   std::set<std::string, std::less<>> hostWindows_;
@@ -44,8 +44,8 @@ class KnownWindowNames {
 
 [[nodiscard]] ViewDelegateScript readViewDelegate(const JsonValue& value);
 
-/// Reads a step. On entry, `at` is the time of the previous step in seconds. On return, `at` is the
-/// time of this step.
-[[nodiscard]] Step readStep(const JsonValue& value, double& at, KnownWindowNames& names);
+/// Reads a step. On entry, `time` is the time of the previous step in seconds. On return, `time` is
+/// the time of this step.
+[[nodiscard]] Step readStep(const JsonValue& object, double& time, KnownWindowNames& names);
 
 }  // namespace vel::host

@@ -163,12 +163,12 @@ void Timeline::addMark(TimelineLane lane, std::string text) {
   marks_.push_back({.time = end_, .lane = lane, .text = std::move(text)});
 }
 
-void Timeline::extendSpans(const PlayState& previous, const PlayState& current) {
-  const TimeSpan span{.start = previous.time, .end = current.time};
-  if (previous.isCovered) {
+void Timeline::extendSpans(const PlayState& previousState, const PlayState& currentState) {
+  const TimeSpan span{.start = previousState.time, .end = currentState.time};
+  if (previousState.isCovered) {
     addSpan(coveredSpans_, span);
   }
-  if (const auto& keyWindow = previous.keyWindow) {
+  if (const auto& keyWindow = previousState.keyWindow) {
     auto entry = std::ranges::find(keyWindows_, *keyWindow, &KeyWindowSpans::window);
     if (entry == keyWindows_.end()) {
       entry = keyWindows_.insert(entry, {.window = *keyWindow, .spans = {}});
@@ -177,12 +177,13 @@ void Timeline::extendSpans(const PlayState& previous, const PlayState& current) 
   }
   // If the countdown is paused, the time left is constant until the end of the segment.
   const double timeLeftAtEnd =
-      previous.countsDown ? std::max(current.timeLeft, 0.0) : previous.timeLeft;
-  if (previous.timeLeft > 0 && std::isfinite(previous.timeLeft) && std::isfinite(timeLeftAtEnd)) {
+      previousState.countsDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
+  if (previousState.timeLeft > 0 && std::isfinite(previousState.timeLeft) &&
+      std::isfinite(timeLeftAtEnd)) {
     extendCountdown({.span = span,
-                     .timeLeftAtStart = previous.timeLeft,
+                     .timeLeftAtStart = previousState.timeLeft,
                      .timeLeftAtEnd = timeLeftAtEnd,
-                     .countsDown = previous.countsDown});
+                     .countsDown = previousState.countsDown});
   }
 }
 

@@ -69,7 +69,7 @@ class Timeline final : public PlayListener {
   class Marker;
 
   void addMark(TimelineLane lane, std::string text);
-  void extendSpans(const PlayState& previous, const PlayState& current);
+  void extendSpans(const PlayState& previousState, const PlayState& currentState);
   void extendCountdown(CountdownSegment segment);
 
   std::vector<TimelineMark> marks_;

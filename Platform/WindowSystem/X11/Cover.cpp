@@ -126,9 +126,9 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
             .spinner = nullptr};
   }
   CGColor background = kWhite;
-  for (const SceneItem& lower : std::span(scene).first(index)) {
-    if (lower.kind == SceneItem::Kind::Fill && containsCentre(lower.frame, item.frame)) {
-      background = lower.color;
+  for (const SceneItem& lowerItem : std::span(scene).first(index)) {
+    if (lowerItem.kind == SceneItem::Kind::Fill && containsCentre(lowerItem.frame, item.frame)) {
+      background = lowerItem.color;
     }
   }
   return {.child = {},

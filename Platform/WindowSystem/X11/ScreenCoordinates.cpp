@@ -59,13 +59,13 @@ void ScreenCoordinates::requestMonitors() {
 }
 
 void ScreenCoordinates::readReplies() {
-  if (const auto pending = std::exchange(pendingResources_, std::nullopt)) {
-    if (const auto resources = connection_.readProperty(*pending, connection_.root())) {
+  if (const auto cookie = std::exchange(pendingResources_, std::nullopt)) {
+    if (const auto resources = connection_.readProperty(*cookie, connection_.root())) {
       scale_ = scaleFromResources(resources->text());
     }
   }
-  if (const auto pending = std::exchange(pendingMonitors_, std::nullopt)) {
-    const auto monitors = connection_.waitForReply(xcb_randr_get_monitors_reply, *pending,
+  if (const auto cookie = std::exchange(pendingMonitors_, std::nullopt)) {
+    const auto monitors = connection_.waitForReply(xcb_randr_get_monitors_reply, *cookie,
                                                    "RRGetMonitors", connection_.root());
     readOriginMonitor(monitors.get());
   }

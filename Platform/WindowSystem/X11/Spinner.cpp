@@ -47,17 +47,17 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
       xcb_render_create_picture(connection_.get(), picture_, pixmap_, format, 0, nullptr),
       "RenderCreatePicture", window_);
   for (unsigned i = 0; i < kSpokes; ++i) {
-    sources_.at(i) = connection_.makeId();
+    shades_.at(i) = connection_.makeId();
     const double opacity = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
-    connection_.track(xcb_render_create_solid_fill(connection_.get(), sources_.at(i),
+    connection_.track(xcb_render_create_solid_fill(connection_.get(), shades_.at(i),
                                                    {0, 0, 0, toComponent(opacity)}),
                       "RenderCreateSolidFill", window_);
   }
 }
 
 Spinner::~Spinner() {
-  for (const xcb_render_picture_t source : sources_) {
-    connection_.track(xcb_render_free_picture(connection_.get(), source), "RenderFreePicture",
+  for (const xcb_render_picture_t shade : shades_) {
+    connection_.track(xcb_render_free_picture(connection_.get(), shade), "RenderFreePicture",
                       window_);
   }
   connection_.track(xcb_render_free_picture(connection_.get(), picture_), "RenderFreePicture",
@@ -74,14 +74,14 @@ void Spinner::draw(unsigned position) {
                                                background, 1, &wholePicture),
                     "RenderFillRectangles", window_);
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
-    drawSpoke(spoke, sources_.at((position + kSpokes - spoke) % kSpokes));
+    drawSpoke(spoke, shades_.at((position + kSpokes - spoke) % kSpokes));
   }
   changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXMAP, {pixmap_});
   clearWindow(connection_, window_);
 }
 
 // Draws a bar with tapered tips, as one strip of triangles from the centre outwards.
-void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
+void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t shade) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);
   const double outwardsY = -std::cos(angle);
@@ -103,10 +103,10 @@ void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t source) {
     points.at(2 * i) = {toFixed(x - halfWidth * outwardsY), toFixed(y + halfWidth * outwardsX)};
     points.at(2 * i + 1) = {toFixed(x + halfWidth * outwardsY), toFixed(y - halfWidth * outwardsX)};
   }
-  connection_.track(xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, source,
-                                         picture_, maskFormat_, 0, 0,
-                                         static_cast<std::uint32_t>(points.size()), points.data()),
-                    "RenderTriStrip", window_);
+  connection_.track(
+      xcb_render_tri_strip(connection_.get(), XCB_RENDER_PICT_OP_OVER, shade, picture_, maskFormat_,
+                           0, 0, static_cast<std::uint32_t>(points.size()), points.data()),
+      "RenderTriStrip", window_);
 }
 
 }  // namespace vel::x11

@@ -31,7 +31,7 @@ class Spinner final : public NonCopyable {
   void draw(unsigned position);
 
  private:
-  void drawSpoke(unsigned spoke, xcb_render_picture_t source);
+  void drawSpoke(unsigned spoke, xcb_render_picture_t shade);
 
   Connection& connection_;
   xcb_window_t window_;
@@ -40,7 +40,7 @@ class Spinner final : public NonCopyable {
   xcb_render_pictformat_t maskFormat_;
   xcb_pixmap_t pixmap_;
   xcb_render_picture_t picture_;
-  std::array<xcb_render_picture_t, kSpokes> sources_{};  // the shades, darkest first
+  std::array<xcb_render_picture_t, kSpokes> shades_{};  // darkest first
 };
 
 }  // namespace vel::x11

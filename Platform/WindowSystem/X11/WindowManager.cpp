@@ -64,15 +64,15 @@ void WindowManager::requestProperties() {
 // names no window or another client's window. So this function checks the window before it selects
 // events on it.
 void WindowManager::readReplies() {
-  const auto pending = std::exchange(pendingReplies_, std::nullopt);
-  if (!pending) {
+  const auto cookies = std::exchange(pendingReplies_, std::nullopt);
+  if (!cookies) {
     return;
   }
   checkWindow_ = XCB_WINDOW_NONE;
   supportedAtoms_.clear();
   const auto supportingWmCheck =
-      connection_.readProperty(pending->supportingWmCheck, connection_.root());
-  const auto supportedAtoms = connection_.readProperty(pending->supportedAtoms, connection_.root());
+      connection_.readProperty(cookies->supportingWmCheck, connection_.root());
+  const auto supportedAtoms = connection_.readProperty(cookies->supportedAtoms, connection_.root());
   if (!supportingWmCheck || supportingWmCheck->numbers().empty()) {
     return;
   }
