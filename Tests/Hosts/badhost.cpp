@@ -57,9 +57,10 @@ using Reply = std::unique_ptr<T, Free>;
 
 class BadHost {
  public:
-  BadHost(xcb_connection_t* x, std::string habit, std::uint16_t width, std::uint16_t height)
-      : x_(x),
-        screen_(xcb_setup_roots_iterator(xcb_get_setup(x)).data),
+  BadHost(xcb_connection_t* connection, std::string habit, std::uint16_t width,
+          std::uint16_t height)
+      : connection_(connection),
+        screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data),
         habit_(std::move(habit)),
         width_(width),
         height_(height) {
@@ -72,24 +73,24 @@ class BadHost {
     ++frame_;
     const auto offset = static_cast<std::int16_t>(frame_ % (2 * kStripe));
     std::vector<xcb_rectangle_t> stripes;
-    const xcb_rectangle_t all{0, 0, currentWidth_, currentHeight_};
+    const xcb_rectangle_t wholeWindow{0, 0, currentWidth_, currentHeight_};
     for (int x = offset - 2 * kStripe; x < currentWidth_; x += 2 * kStripe) {
       stripes.push_back({static_cast<std::int16_t>(x), 0, kStripe, currentHeight_});
     }
     setForeground(isTranslucent() ? kTranslucentGreen : kGreen);
-    xcb_poly_fill_rectangle(x_, window_, context_, 1, &all);
+    xcb_poly_fill_rectangle(connection_, window_, context_, 1, &wholeWindow);
     setForeground(isTranslucent() ? kTranslucentBlue : kBlue);
-    xcb_poly_fill_rectangle(x_, window_, context_, static_cast<std::uint32_t>(stripes.size()),
-                            stripes.data());
-    xcb_flush(x_);
+    xcb_poly_fill_rectangle(connection_, window_, context_,
+                            static_cast<std::uint32_t>(stripes.size()), stripes.data());
+    xcb_flush(connection_);
   }
 
   void raiseChildren() {
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
     for (const xcb_window_t child : children_) {
-      xcb_configure_window(x_, child, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+      xcb_configure_window(connection_, child, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     }
-    xcb_flush(x_);
+    xcb_flush(connection_);
   }
 
   /// Performs the action of the habit on SIGUSR1.
@@ -98,7 +99,7 @@ class BadHost {
     if (habit_ == "resize") {
       const std::array<std::uint32_t, 2> size{width_ + (hasToggled_ ? 160U : 0U),
                                               height_ + (hasToggled_ ? 120U : 0U)};
-      xcb_configure_window(x_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+      xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                            size.data());
     } else if (habit_ == "maximise") {
       changeState("_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ");
@@ -107,17 +108,17 @@ class BadHost {
     } else if (habit_ == "remap") {
       remap();
     } else if (habit_ == "recreate") {
-      const xcb_window_t old = window_;
+      const xcb_window_t oldWindow = window_;
       open();
-      xcb_destroy_window(x_, old);
+      xcb_destroy_window(connection_, oldWindow);
     }
-    xcb_flush(x_);
+    xcb_flush(connection_);
   }
 
   /// Handles the events that the server has sent. Returns false if the user has closed the window
   /// or the connection has failed.
   bool handleEvents() {
-    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(x_)}) {
+    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
       const int type = event->response_type & 0x7F;
       if (type == XCB_CONFIGURE_NOTIFY) {
         const auto& notify = *reinterpret_cast<const xcb_configure_notify_event_t*>(event.get());
@@ -133,7 +134,7 @@ class BadHost {
         }
       }
     }
-    return xcb_connection_has_error(x_) == 0;
+    return xcb_connection_has_error(connection_) == 0;
   }
 
   [[nodiscard]] bool raisesChildren() const { return habit_ == "raise"; }
@@ -159,27 +160,29 @@ class BadHost {
   }
 
   xcb_atom_t atom(const std::string& name) {
-    const auto known = atoms_.find(name);
-    if (known != atoms_.end()) {
-      return known->second;
+    const auto entry = atoms_.find(name);
+    if (entry != atoms_.end()) {
+      return entry->second;
     }
     const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        x_, xcb_intern_atom(x_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+        connection_,
+        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
     return atoms_[name] = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
   void setForeground(std::uint32_t color) {
-    xcb_change_gc(x_, context_, XCB_GC_FOREGROUND, &color);
+    xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &color);
   }
 
   void setText(xcb_atom_t property, std::string_view text) {
-    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_STRING, 8,
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, property, XCB_ATOM_STRING, 8,
                         static_cast<std::uint32_t>(text.size()), text.data());
   }
 
   void open() {
-    const xcb_colormap_t colormap = xcb_generate_id(x_);
-    xcb_create_colormap(x_, XCB_COLORMAP_ALLOC_NONE, colormap, screen_->root, visual_);
+    const xcb_colormap_t colormap = xcb_generate_id(connection_);
+    xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap, screen_->root, visual_);
     std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     if (habit_ == "redirect") {
       events |= XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
@@ -187,8 +190,8 @@ class BadHost {
     const std::array<std::uint32_t, 4> values{isTranslucent() ? kTranslucentGreen : kGreen,
                                               isTranslucent() ? 0 : screen_->black_pixel, events,
                                               colormap};
-    window_ = xcb_generate_id(x_);
-    xcb_create_window(x_, depth_, window_, screen_->root, kLeft, kTop, width_, height_, 0,
+    window_ = xcb_generate_id(connection_);
+    xcb_create_window(connection_, depth_, window_, screen_->root, kLeft, kTop, width_, height_, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_,
                       XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
                       values.data());
@@ -196,9 +199,9 @@ class BadHost {
     currentHeight_ = height_;
     setText(XCB_ATOM_WM_NAME, "badhost " + habit_);
     setText(XCB_ATOM_WM_CLASS, std::string_view("badhost\0BadHost\0", 16));
-    const xcb_atom_t deletes = atom("WM_DELETE_WINDOW");
-    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"), XCB_ATOM_ATOM, 32,
-                        1, &deletes);
+    const xcb_atom_t deleteWindow = atom("WM_DELETE_WINDOW");
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"),
+                        XCB_ATOM_ATOM, 32, 1, &deleteWindow);
     // The position and size that the program chose, and north-west gravity.
     const std::array<std::uint32_t, 18> hints{(1U << 2U) | (1U << 3U) | (1U << 9U),
                                               kLeft,
@@ -218,21 +221,21 @@ class BadHost {
                                               0,
                                               0,
                                               XCB_GRAVITY_NORTH_WEST};
-    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
                         XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
     // InputHint: the window relies on the window manager for the keyboard focus.
     const std::array<std::uint32_t, 9> wmHints{1, 1, 0, 0, 0, 0, 0, 0, 0};
-    xcb_change_property(x_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS,
-                        32, wmHints.size(), wmHints.data());
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS,
+                        XCB_ATOM_WM_HINTS, 32, wmHints.size(), wmHints.data());
     std::uint32_t subwindowMode = habit_ == "inferiors" ? XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS
                                                         : XCB_SUBWINDOW_MODE_CLIP_BY_CHILDREN;
-    context_ = xcb_generate_id(x_);
-    xcb_create_gc(x_, context_, window_, XCB_GC_SUBWINDOW_MODE, &subwindowMode);
+    context_ = xcb_generate_id(connection_);
+    xcb_create_gc(connection_, context_, window_, XCB_GC_SUBWINDOW_MODE, &subwindowMode);
     if (raisesChildren()) {
       addChildren();
     }
-    xcb_map_window(x_, window_);
-    xcb_flush(x_);
+    xcb_map_window(connection_, window_);
+    xcb_flush(connection_);
     std::printf("window 0x%x\n", window_);
     std::fflush(stdout);
   }
@@ -240,12 +243,12 @@ class BadHost {
   void addChildren() {
     children_.clear();
     for (std::int16_t index = 0; index < 2; ++index) {
-      const xcb_window_t child = xcb_generate_id(x_);
+      const xcb_window_t child = xcb_generate_id(connection_);
       const std::uint32_t color = kRed;
-      xcb_create_window(x_, depth_, child, window_, static_cast<std::int16_t>(40 + index * 300), 60,
-                        240, 360, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_, XCB_CW_BACK_PIXEL,
-                        &color);
-      xcb_map_window(x_, child);
+      xcb_create_window(connection_, depth_, child, window_,
+                        static_cast<std::int16_t>(40 + index * 300), 60, 240, 360, 0,
+                        XCB_WINDOW_CLASS_INPUT_OUTPUT, visual_, XCB_CW_BACK_PIXEL, &color);
+      xcb_map_window(connection_, child);
       children_.push_back(child);
     }
   }
@@ -260,7 +263,7 @@ class BadHost {
     message.data.data32[1] = atom(first);
     message.data.data32[2] = second.empty() ? 0 : atom(second);
     message.data.data32[3] = 1;
-    xcb_send_event(x_, 0, screen_->root,
+    xcb_send_event(connection_, 0, screen_->root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&message));
   }
@@ -271,17 +274,17 @@ class BadHost {
     notify.response_type = XCB_UNMAP_NOTIFY;
     notify.event = screen_->root;
     notify.window = window_;
-    xcb_unmap_window(x_, window_);
-    xcb_send_event(x_, 0, screen_->root,
+    xcb_unmap_window(connection_, window_);
+    xcb_send_event(connection_, 0, screen_->root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&notify));
-    xcb_flush(x_);
+    xcb_flush(connection_);
     const timespec pause{0, 100'000'000};
     nanosleep(&pause, nullptr);
-    xcb_map_window(x_, window_);
+    xcb_map_window(connection_, window_);
   }
 
-  xcb_connection_t* x_;
+  xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::string habit_;
   std::uint16_t width_;
@@ -309,18 +312,18 @@ int main(int argc, char** argv) {
   sigemptyset(&signals);
   sigaddset(&signals, SIGUSR1);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
-  const int signalInput = signalfd(-1, &signals, SFD_CLOEXEC);
-  xcb_connection_t* const x = xcb_connect(nullptr, nullptr);
-  if (xcb_connection_has_error(x) != 0) {
+  const int signalDescriptor = signalfd(-1, &signals, SFD_CLOEXEC);
+  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+  if (xcb_connection_has_error(connection) != 0) {
     std::fputs("hosts-badhost: no display\n", stderr);
     return 1;
   }
   const bool hasSize = argc == 4;
-  BadHost host(x, argv[1],
+  BadHost host(connection, argv[1],
                static_cast<std::uint16_t>(hasSize ? std::strtol(argv[2], nullptr, 10) : kWidth),
                static_cast<std::uint16_t>(hasSize ? std::strtol(argv[3], nullptr, 10) : kHeight));
   const int frameTime = host.raisesChildren() ? 1 : 16;  // milliseconds
-  pollfd input{signalInput, POLLIN, 0};
+  pollfd input{signalDescriptor, POLLIN, 0};
   while (host.handleEvents()) {
     if (host.raisesChildren()) {
       host.raiseChildren();
@@ -328,11 +331,11 @@ int main(int argc, char** argv) {
     host.draw();
     if (poll(&input, 1, frameTime) > 0) {
       signalfd_siginfo information{};
-      if (read(signalInput, &information, sizeof information) == sizeof information) {
+      if (read(signalDescriptor, &information, sizeof information) == sizeof information) {
         host.toggle();
       }
     }
   }
-  xcb_disconnect(x);
+  xcb_disconnect(connection);
   return 0;
 }

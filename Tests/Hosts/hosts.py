@@ -48,7 +48,7 @@ class Host:
             setattr(self, name, value)
         return self
 
-    def missing(self, programs):
+    def reason_not_to_run(self, programs):
         """Returns the reason why the host cannot run, or None."""
         for need in self.needs:
             if shutil.which(need) is None:
@@ -64,7 +64,7 @@ def _bad(habit, description):
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
 
-def _compiled(name, package, source, compiler):
+def _compile_command(name, package, source, compiler):
     """Returns the command that builds a program with the flags of a package in pkg-config."""
     return "%s -O1 -o {bin}/hosts-%s {programs}/%s $(pkg-config --cflags --libs %s)" % (
         compiler,
@@ -74,18 +74,18 @@ def _compiled(name, package, source, compiler):
     )
 
 
-def _sdl2(name, description, *arguments):
+def _sdl2_host(name, description, *arguments):
     return Host(
         name,
         description,
         ["{bin}/hosts-sdl2", *arguments],
         "hosts-sdl2",
-        build_commands=[_compiled("sdl2", "sdl2", "sdl2.c", "cc")],
+        build_commands=[_compile_command("sdl2", "sdl2", "sdl2.c", "cc")],
     ).with_settings(changes_window=bool(arguments))
 
 
 def _prepare_wine(programs):
-    """Returns the Wine prefix. All trials share one prefix, because Wine needs long to create a prefix."""
+    """Returns the Wine prefix. All trials share one prefix, because Wine takes long to create one."""
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 
@@ -104,14 +104,14 @@ HOSTS = [
         "GTK 3 with client-side decorations",
         ["{bin}/hosts-gtk3"],
         "hosts-gtk3",
-        build_commands=[_compiled("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
+        build_commands=[_compile_command("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
     ).with_settings(buttons=_CSD),
     Host(
         "gtk4",
         "GTK 4",
         ["{bin}/hosts-gtk4"],
         "hosts-gtk4",
-        build_commands=[_compiled("gtk4", "gtk4", "gtk4.c", "cc")],
+        build_commands=[_compile_command("gtk4", "gtk4", "gtk4.c", "cc")],
         variables={"GSK_RENDERER": "cairo"},
     ).with_settings(buttons=_CSD),
     Host(
@@ -119,14 +119,14 @@ HOSTS = [
         "Qt 5",
         ["{bin}/hosts-qt5"],
         "hosts-qt",
-        build_commands=[_compiled("qt5", "Qt5Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+        build_commands=[_compile_command("qt5", "Qt5Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
     ),
     Host(
         "qt6",
         "Qt 6",
         ["{bin}/hosts-qt6"],
         "hosts-qt",
-        build_commands=[_compiled("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
+        build_commands=[_compile_command("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
     ),
     _bad("argb", "a translucent ARGB window"),
     Host(
@@ -137,7 +137,7 @@ HOSTS = [
         needs=["java"],
         build_commands=["javac -d {bin} {programs}/HostsSwing.java"],
     ),
-    _sdl2("sdl2", "an SDL 2 game"),
+    _sdl2_host("sdl2", "an SDL 2 game"),
     Host("glxgears", "an OpenGL program", ["glxgears", "-geometry", "500x400+100+80"], "glxgears"),
     Host(
         "godot",
@@ -188,9 +188,9 @@ HOSTS = [
         ["{bin}/hosts-badhost", "none", "2000", "1500"],
         "BadHost",
     ),
-    _sdl2("sdl2-resize", "an SDL 2 game that changes its size while covered", "resize"),
-    _sdl2("sdl2-fullscreen", "an SDL 2 game that goes fullscreen while covered", "fullscreen"),
-    _sdl2("sdl2-desktop", "an SDL 2 game that fills the desktop while covered", "desktop"),
+    _sdl2_host("sdl2-resize", "an SDL 2 game that changes its size while covered", "resize"),
+    _sdl2_host("sdl2-fullscreen", "an SDL 2 game that goes fullscreen while covered", "fullscreen"),
+    _sdl2_host("sdl2-desktop", "an SDL 2 game that fills the desktop while covered", "desktop"),
 ]
 
 
@@ -200,7 +200,7 @@ def build(host, programs):
         command = command.format(
             bin=shlex.quote(str(programs)), programs=shlex.quote(str(PROGRAMS))
         )
-        completed = subprocess.run(
+        process = subprocess.run(
             ["bash", "-c", "set -o pipefail; " + command],
             stdin=subprocess.DEVNULL,
             capture_output=True,
@@ -209,7 +209,7 @@ def build(host, programs):
             check=False,
             env={name: value for name, value in os.environ.items() if name != "DISPLAY"},
         )
-        if completed.returncode != 0:
-            lines = (completed.stderr or completed.stdout).strip().splitlines() or ["no output"]
+        if process.returncode != 0:
+            lines = (process.stderr or process.stdout).strip().splitlines() or ["no output"]
             return "%s failed: %s" % (command.split()[0], lines[-1])
     return None

@@ -29,18 +29,18 @@ ENDINGS = ["time", "skip", "SIGTERM", "SIGINT"]
 def select(candidates, names):
     if not names:
         return candidates
-    wanted = names.split(",")
-    unknown = set(wanted) - {each.name for each in candidates}
+    chosen_names = names.split(",")
+    unknown = set(chosen_names) - {candidate.name for candidate in candidates}
     if unknown:
         sys.exit("unknown: " + ", ".join(sorted(unknown)))
-    return [each for each in candidates if each.name in wanted]
+    return [candidate for candidate in candidates if candidate.name in chosen_names]
 
 
 def run_trial(host, environment, ending, arguments):
     """Runs one trial in its own process and returns its result."""
     result = {"host": host.name, "environment": environment.name, "ending": ending, "faults": []}
     command = [sys.executable, str(HERE / "trial.py"), host.name, environment.name, ending]
-    completed = subprocess.run(
+    process = subprocess.run(
         command + [arguments.launchscreen, arguments.programs],
         stdin=subprocess.DEVNULL,
         capture_output=True,
@@ -48,9 +48,9 @@ def run_trial(host, environment, ending, arguments):
         check=False,
     )
     try:
-        result = json.loads(completed.stdout)
+        result = json.loads(process.stdout)
     except ValueError:
-        result["error"] = completed.stderr.strip()[-400:] or "no output"
+        result["error"] = process.stderr.strip()[-400:] or "no output"
     return result
 
 
@@ -60,47 +60,48 @@ def verdict(result):
     return "fault" if result["faults"] else "passed"
 
 
-def buttons(result):
-    before, after = result.get("buttons"), result.get("buttons after")
-    if before is None:
+def describe_buttons(result):
+    buttons_before, buttons_after = result.get("buttons"), result.get("buttons after")
+    if buttons_before is None:
         return ""
-    closes = result.get("closes")
-    parts = list(before)
-    if not before:
+    close_works = result.get("closes")
+    parts = list(buttons_before)
+    if not buttons_before:
         parts = ["none works"] if result.get("has buttons") else ["no frame"]
     parts = [
-        name if after is None or name in after or not before else name + " (lost)" for name in parts
+        name if buttons_after is None or name in buttons_after or not buttons_before else name + " (lost)"
+        for name in parts
     ]
-    if closes is not None:
-        parts.append("close" if closes else "close (lost)")
+    if close_works is not None:
+        parts.append("close" if close_works else "close (lost)")
     return ", ".join(parts)
 
 
-def row(result):
+def table_row(result):
     if "error" in result:
         cells = [result["host"], result["environment"], result["ending"], "not run", "", "", result["error"]]
     else:
-        white = ""
+        white_frames = ""
         if "frames" in result:
-            white = "%d of %d" % (result["frames"] - result.get("not white", 0), result["frames"])
+            white_frames = "%d of %d" % (result["frames"] - result.get("not white", 0), result["frames"])
             if result.get("not drawn yet"):
-                white += ", %d not drawn yet" % result["not drawn yet"]
+                white_frames += ", %d not drawn yet" % result["not drawn yet"]
         cells = [
             result["host"],
             result["environment"],
             result["ending"],
             verdict(result),
-            white,
-            buttons(result),
+            white_frames,
+            describe_buttons(result),
             "; ".join(result["faults"] + ([result["note"]] if "note" in result else [])),
         ]
     return "| " + " | ".join(cell.replace("|", "/").replace("\n", " ") for cell in cells) + " |"
 
 
 def table(results, hosts, environments, seconds):
-    marks = {"passed": "✓", "fault": "✗", "not run": "–"}
+    symbols = {"passed": "✓", "fault": "✗", "not run": "–"}
     by_pair = {(result["host"], result["environment"]): result for result in results}
-    counts = {name: sum(verdict(result) == name for result in results) for name in marks}
+    counts = {name: sum(verdict(result) == name for result in results) for name in symbols}
     lines = [
         "# Hosts and environments",
         "",
@@ -109,28 +110,28 @@ def table(results, hosts, environments, seconds):
         % (len(results), seconds, counts["passed"], counts["fault"], counts["not run"]),
         "",
         "A trial passes if every sampled point (corners, middles of the edges, centre) is white in every",
-        "sampled frame from the first white one to the end, if the buttons that worked before work after,",
-        "if the hints have the same bytes, and if the window has its position and size, or those that the",
-        "host asked for while it was covered.",
+        "sampled frame from the first white one to the end, if the buttons that worked before the cover",
+        "work after it, if the hints have the same bytes, and if the window has its position and size, or",
+        "those that the host asked for while it was covered.",
         "",
         "A compositor draws a window some milliseconds after the window is mapped or resized. A frame that shows",
-        "only white and the screen behind the window counts as not drawn yet then, not as a fault.",
+        "only white and the screen behind the window then counts as not drawn yet, not as a fault.",
         "",
         "✓ passed, ✗ fault, – not run.",
         "",
-        "| host | " + " | ".join(each.name for each in environments) + " |",
+        "| host | " + " | ".join(environment.name for environment in environments) + " |",
         "|---" * (len(environments) + 1) + "|",
     ]
     for host in hosts:
-        pairs = [(host.name, each.name) for each in environments]
-        cells = [marks[verdict(by_pair[pair])] if pair in by_pair else "" for pair in pairs]
+        pairs = [(host.name, environment.name) for environment in environments]
+        cells = [symbols[verdict(by_pair[pair])] if pair in by_pair else "" for pair in pairs]
         lines.append("| %s: %s | %s |" % (host.name, host.description, " | ".join(cells)))
     lines += [
         "",
         "| host | environment | ended by | result | white frames | buttons | what was wrong |",
         "|---" * 7 + "|",
     ]
-    lines += [row(result) for result in results]
+    lines += [table_row(result) for result in results]
     return "\n".join(lines) + "\n"
 
 
@@ -151,21 +152,25 @@ def main():
     environments = select(ENVIRONMENTS, arguments.environments)
     endings = arguments.endings.split(",") if arguments.endings else ENDINGS
 
-    began = time.monotonic()
-    reasons = {host.name: build(host, arguments.programs) for host in hosts}
-    missing = {
-        each.name: next(
-            (command[0] + " is not installed" for command in each.commands if not shutil.which(command[0])),
+    start_time = time.monotonic()
+    reasons_not_built = {host.name: build(host, arguments.programs) for host in hosts}
+    reasons_not_run = {
+        environment.name: next(
+            (command[0] + " is not installed" for command in environment.commands if not shutil.which(command[0])),
             None,
         )
-        for each in environments
+        for environment in environments
     }
 
-    def trial(indices):
+    def run_pair(indices):
         host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
-        reason = reasons[host.name] or host.missing(arguments.programs) or missing[environment.name]
+        reason = (
+            reasons_not_built[host.name]
+            or host.reason_not_to_run(arguments.programs)
+            or reasons_not_run[environment.name]
+        )
         if reason:
             result = {"host": host.name, "environment": environment.name, "ending": ending}
             result.update(error=reason, faults=[])
@@ -186,8 +191,8 @@ def main():
 
     index_pairs = [(host, environment) for host in range(len(hosts)) for environment in range(len(environments))]
     with ThreadPoolExecutor(arguments.jobs) as pool:
-        results = list(pool.map(trial, index_pairs))
-    seconds = round(time.monotonic() - began)
+        results = list(pool.map(run_pair, index_pairs))
+    seconds = round(time.monotonic() - start_time)
     output = Path(arguments.output)
     output.parent.mkdir(parents=True, exist_ok=True)
     if arguments.update and output.with_suffix(".json").exists():

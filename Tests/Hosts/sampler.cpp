@@ -30,7 +30,7 @@ namespace {
 constexpr std::uint32_t kWhite = 0xFFFFFF;
 constexpr std::uint32_t kColorBits = 0xFFFFFF;
 constexpr int kPointsPerSide = 3;
-constexpr int kPoints = kPointsPerSide * kPointsPerSide;
+constexpr int kPointCount = kPointsPerSide * kPointsPerSide;
 constexpr int kDefaultInterval = 2000;  // microseconds
 
 struct Free {
@@ -52,7 +52,7 @@ struct Point {
   int y = 0;
 };
 
-long long nanoseconds() {
+long long readClock() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
   return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
@@ -60,90 +60,94 @@ long long nanoseconds() {
 
 class Sampler {
  public:
-  Sampler(xcb_connection_t* x, xcb_window_t window, std::uint32_t backdrop)
-      : x_(x),
+  Sampler(xcb_connection_t* connection, xcb_window_t window, std::uint32_t backdrop)
+      : connection_(connection),
         window_(window),
         backdrop_(backdrop),
-        screen_(xcb_setup_roots_iterator(xcb_get_setup(x)).data),
+        screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data),
         frameExtents_(atom("_GTK_FRAME_EXTENTS")) {}
 
   /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
   void sample() {
-    xcb_grab_server(x_);
-    bool isCurrent = sampleAt(place_);
+    xcb_grab_server(connection_);
+    bool isAreaCurrent = sampleAt(area_);
     // The window has moved since the last frame: read the points of its current position.
-    for (int tries = 0; !isCurrent && tries < 3; ++tries) {
-      isCurrent = sampleAt(place_);
+    for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
+      isAreaCurrent = sampleAt(area_);
     }
-    xcb_ungrab_server(x_);
-    xcb_flush(x_);
-    std::printf("%lld %c %x %x %06x %d %d %d %d\n", nanoseconds(), state_, otherPoints_,
-                backdropPoints_, firstOther_, place_.x, place_.y, place_.width, place_.height);
+    xcb_ungrab_server(connection_);
+    xcb_flush(connection_);
+    std::printf("%lld %c %x %x %06x %d %d %d %d\n", readClock(), state_, nonWhitePoints_,
+                backdropPoints_, firstNonWhiteColor_, area_.x, area_.y, area_.width, area_.height);
   }
 
  private:
   xcb_atom_t atom(std::string_view name) {
     const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
-        x_, xcb_intern_atom(x_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr));
+        connection_,
+        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
   /// The corners, the middles of the edges and the centre of the part of the window that is on the
   /// screen. The shadow that the program draws around its window is not included.
-  [[nodiscard]] std::vector<Point> points(Rect place) const {
-    const int left = std::max(place.x + extents_[0], 0);
-    const int top = std::max(place.y + extents_[2], 0);
+  [[nodiscard]] std::vector<Point> samplePoints(Rect area) const {
+    const int left = std::max(area.x + extents_[0], 0);
+    const int top = std::max(area.y + extents_[2], 0);
     const int right =
-        std::min<int>(place.x + place.width - extents_[1], screen_->width_in_pixels) - 1;
+        std::min<int>(area.x + area.width - extents_[1], screen_->width_in_pixels) - 1;
     const int bottom =
-        std::min<int>(place.y + place.height - extents_[3], screen_->height_in_pixels) - 1;
-    std::vector<Point> result;
+        std::min<int>(area.y + area.height - extents_[3], screen_->height_in_pixels) - 1;
+    std::vector<Point> points;
     if (right < left || bottom < top) {
-      return result;
+      return points;
     }
-    for (int index = 0; index < kPoints; ++index) {
-      result.push_back({left + (right - left) * (index % kPointsPerSide) / 2,
+    for (int index = 0; index < kPointCount; ++index) {
+      points.push_back({left + (right - left) * (index % kPointsPerSide) / 2,
                         top + (bottom - top) * (index / kPointsPerSide) / 2});
     }
-    return result;
+    return points;
   }
 
-  /// Reads the window's state and the points of `place` in one round trip, and updates `place_` and
+  /// Reads the window's state and the points of `area` in one round trip, and updates `area_` and
   /// `extents_`. Returns false if the window's position, size or shadow differs from the values
   /// that were used for the points.
-  bool sampleAt(Rect place) {
-    const auto attributes = xcb_get_window_attributes(x_, window_);
-    const auto geometry = xcb_get_geometry(x_, window_);
-    const auto translation = xcb_translate_coordinates(x_, window_, screen_->root, 0, 0);
-    const auto extents = xcb_get_property(x_, 0, window_, frameExtents_, XCB_ATOM_CARDINAL, 0, 4);
+  bool sampleAt(Rect area) {
+    const auto attributes = xcb_get_window_attributes(connection_, window_);
+    const auto geometry = xcb_get_geometry(connection_, window_);
+    const auto translation = xcb_translate_coordinates(connection_, window_, screen_->root, 0, 0);
+    const auto extents =
+        xcb_get_property(connection_, 0, window_, frameExtents_, XCB_ATOM_CARDINAL, 0, 4);
     std::vector<xcb_get_image_cookie_t> images;
-    for (const Point point : points(place)) {
-      images.push_back(xcb_get_image(x_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root,
+    for (const Point point : samplePoints(area)) {
+      images.push_back(xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root,
                                      static_cast<std::int16_t>(point.x),
                                      static_cast<std::int16_t>(point.y), 1, 1, ~0U));
     }
 
     const Reply<xcb_get_window_attributes_reply_t> attributesReply(
-        xcb_get_window_attributes_reply(x_, attributes, nullptr));
+        xcb_get_window_attributes_reply(connection_, attributes, nullptr));
     const Reply<xcb_get_geometry_reply_t> geometryReply(
-        xcb_get_geometry_reply(x_, geometry, nullptr));
+        xcb_get_geometry_reply(connection_, geometry, nullptr));
     const Reply<xcb_translate_coordinates_reply_t> translationReply(
-        xcb_translate_coordinates_reply(x_, translation, nullptr));
+        xcb_translate_coordinates_reply(connection_, translation, nullptr));
     const Reply<xcb_get_property_reply_t> extentsReply(
-        xcb_get_property_reply(x_, extents, nullptr));
-    otherPoints_ = 0;
+        xcb_get_property_reply(connection_, extents, nullptr));
+    nonWhitePoints_ = 0;
     backdropPoints_ = 0;
-    firstOther_ = kWhite;
+    firstNonWhiteColor_ = kWhite;
     for (std::size_t index = 0; index < images.size(); ++index) {
-      const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(x_, images[index], nullptr));
+      const Reply<xcb_get_image_reply_t> image(
+          xcb_get_image_reply(connection_, images[index], nullptr));
       std::uint32_t color = 0;
       if (image && xcb_get_image_data_length(image.get()) >= 4) {
-        const std::uint8_t* data = xcb_get_image_data(image.get());
-        color = (data[0] | data[1] << 8U | data[2] << 16U) & kColorBits;
+        const std::uint8_t* bytes = xcb_get_image_data(image.get());
+        color = (bytes[0] | bytes[1] << 8U | bytes[2] << 16U) & kColorBits;
       }
       if (color != kWhite) {
-        firstOther_ = otherPoints_ == 0 ? color : firstOther_;
-        otherPoints_ |= 1U << index;
+        firstNonWhiteColor_ = nonWhitePoints_ == 0 ? color : firstNonWhiteColor_;
+        nonWhitePoints_ |= 1U << index;
         backdropPoints_ |= (color == backdrop_ ? 1U : 0U) << index;
       }
     }
@@ -159,25 +163,25 @@ class Sampler {
           static_cast<const std::uint32_t*>(xcb_get_property_value(extentsReply.get()));
       std::copy_n(values, currentExtents.size(), currentExtents.begin());
     }
-    const Rect current{translationReply->dst_x, translationReply->dst_y, geometryReply->width,
-                       geometryReply->height};
-    const bool isCurrent = current == place && currentExtents == extents_;
-    place_ = current;
+    const Rect currentArea{translationReply->dst_x, translationReply->dst_y, geometryReply->width,
+                           geometryReply->height};
+    const bool isAreaCurrent = currentArea == area && currentExtents == extents_;
+    area_ = currentArea;
     extents_ = currentExtents;
-    return isCurrent;
+    return isAreaCurrent;
   }
 
-  xcb_connection_t* x_;
+  xcb_connection_t* connection_;
   xcb_window_t window_;
   std::uint32_t backdrop_;
   xcb_screen_t* screen_;
   xcb_atom_t frameExtents_;
-  Rect place_;
+  Rect area_;
   std::array<int, 4> extents_{};  // left, right, top, bottom
   char state_ = 'U';
-  std::uint32_t otherPoints_ = 0;
+  std::uint32_t nonWhitePoints_ = 0;
   std::uint32_t backdropPoints_ = 0;
-  std::uint32_t firstOther_ = kWhite;
+  std::uint32_t firstNonWhiteColor_ = kWhite;
 };
 
 }  // namespace
@@ -189,27 +193,27 @@ int main(int argc, char** argv) {
   }
   const auto window = static_cast<xcb_window_t>(std::strtoul(argv[1], nullptr, 0));
   const long interval = argc > 3 ? std::strtol(argv[3], nullptr, 10) : kDefaultInterval;
-  xcb_connection_t* const x = xcb_connect(nullptr, nullptr);
-  if (xcb_connection_has_error(x) != 0) {
+  xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+  if (xcb_connection_has_error(connection) != 0) {
     std::fputs("hosts-sampler: no display\n", stderr);
     return 1;
   }
   const auto backdrop = static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 16));
-  Sampler sampler(x, window, backdrop);
+  Sampler sampler(connection, window, backdrop);
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  const timespec wait{0, interval * 1000};
+  const timespec pause{0, interval * 1000};
   bool isFirst = true;
-  while (xcb_connection_has_error(x) == 0) {
+  while (xcb_connection_has_error(connection) == 0) {
     sampler.sample();
     if (isFirst) {
       std::fflush(stdout);
       isFirst = false;
     }
-    if (ppoll(&input, 1, &wait, nullptr) > 0) {
+    if (ppoll(&input, 1, &pause, nullptr) > 0) {
       break;
     }
   }
   std::fflush(stdout);
-  xcb_disconnect(x);
+  xcb_disconnect(connection);
   return 0;
 }

@@ -50,23 +50,23 @@ def descendants():
             with contextlib.suppress(OSError, IndexError, ValueError):
                 fields = (entry / "stat").read_text().rpartition(")")[2].split()
                 parents.setdefault(int(fields[1]), []).append(int(entry.name))
-    processes, waiting = [], [os.getpid()]
-    while waiting:
-        children = parents.get(waiting.pop(), [])
-        processes += children
-        waiting += children
-    return processes
+    process_ids, pending_ids = [], [os.getpid()]
+    while pending_ids:
+        children = parents.get(pending_ids.pop(), [])
+        process_ids += children
+        pending_ids += children
+    return process_ids
 
 
 def end_descendants():
     """Ends all descendants. Orphaned descendants stay reachable, because this process is a subreaper."""
     for _ in range(50):
-        numbers = descendants()
-        if not numbers:
+        process_ids = descendants()
+        if not process_ids:
             return
-        for number in numbers:
+        for process_id in process_ids:
             with contextlib.suppress(ProcessLookupError):
-                os.kill(number, signal.SIGKILL)
+                os.kill(process_id, signal.SIGKILL)
         with contextlib.suppress(ChildProcessError):
             while os.waitpid(-1, os.WNOHANG)[0] != 0:
                 pass
@@ -107,11 +107,11 @@ class Frame:
         fields = line.split()
         self.time = int(fields[0])
         self.state = fields[1]
-        self.others = int(fields[2], 16)
+        self.non_white_points = int(fields[2], 16)
         self.backdrop = int(fields[3], 16)
         self.color = fields[4]
         self.rect = tuple(int(field) for field in fields[5:9])
-        self.is_white = self.state == "V" and self.others == 0
+        self.is_white = self.state == "V" and self.non_white_points == 0
 
 
 class Trial:
@@ -219,7 +219,7 @@ class Trial:
     def rect(self):
         return self.client.rect(self.window)
 
-    def button_place(self, name):
+    def button_position(self, name):
         x, y, width, _ = self.rect()
         if self.host.buttons is not None:
             extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
@@ -231,10 +231,10 @@ class Trial:
 
     def click(self, name):
         """Clicks a window button. Returns False if the button does not exist or is outside the screen."""
-        place = self.button_place(name)
-        if not place or not (0 <= place[0] < SCREEN[0] and 0 <= place[1] < SCREEN[1]):
+        position = self.button_position(name)
+        if not position or not (0 <= position[0] < SCREEN[0] and 0 <= position[1] < SCREEN[1]):
             return False
-        self.client.click(*place)
+        self.client.click(*position)
         return True
 
     def rest_pointer(self):
@@ -388,22 +388,22 @@ class Trial:
             end(show)
             output.join()
             self.result["output"] = output.text()
-        after_buttons = None
+        buttons_after = None
         if reference is not None:
             self.change()
             if not wait_until(lambda: self.rect() == before["rect"], 5):
                 self.add_fault("the host cannot undo its change: its window has %s" % (self.rect(),))
             self.wait_until_settled()
         if client.exists(self.window) and client.is_viewable(self.window):
-            after_buttons = self.use_controls(6.0)
-            lost = [name for name in buttons_before if name not in after_buttons]
-            if lost:
-                self.add_fault("buttons lost: " + ", ".join(lost))
+            buttons_after = self.use_controls(6.0)
+            lost_buttons = [name for name in buttons_before if name not in buttons_after]
+            if lost_buttons:
+                self.add_fault("buttons lost: " + ", ".join(lost_buttons))
             closes = self.close_by_button()
             self.result["closes"] = closes
             if closes is False:
                 self.add_fault("the close button does not close the window")
-        self.result["buttons after"] = after_buttons
+        self.result["buttons after"] = buttons_after
 
     def cover(self, show, output, before, reference):
         host, client = self.host, self.client
@@ -415,19 +415,19 @@ class Trial:
             self.stop_sampling()
             self.result["status"] = show.poll()
             return
-        first_white = wait_until(lambda: any(frame.is_white for frame in self.frames()), 5)
-        if not first_white:
+        is_white = wait_until(lambda: any(frame.is_white for frame in self.frames()), 5)
+        if not is_white:
             self.add_fault("prints covered, but the window is never white")
-        started = time.monotonic()
+        cover_start = time.monotonic()
         time.sleep(0.4)
         if host.draws_on_keys:
             for step in range(16):
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
         final = before["rect"]
-        end_time = changed_at = None
+        end_time = change_time = None
         if host.changes_window and self.is_covering(output):
-            changed_at = time.monotonic_ns()
+            change_time = time.monotonic_ns()
             self.change()
             if reference is not None:
                 final = reference
@@ -435,12 +435,12 @@ class Trial:
                     self.add_fault(
                         "while covered the host gets %s, not %s" % (self.rect(), reference)
                     )
-                self.result["changed after ms"] = (time.monotonic_ns() - changed_at) // 1_000_000
+                self.result["changed after ms"] = (time.monotonic_ns() - change_time) // 1_000_000
             time.sleep(0.5)
-        time.sleep(max(0, started + MINIMUM_COVERED_TIME - time.monotonic()))
+        time.sleep(max(0, cover_start + MINIMUM_COVERED_TIME - time.monotonic()))
         if host.recreates_window:
             # After the change, the new window may hide the old window.
-            end_time = changed_at
+            end_time = change_time
             if wait_until(lambda: show.poll() is not None, 5) is None:
                 self.add_fault("launchscreen does not end when the window is destroyed")
         elif self.ending == "time":
@@ -487,55 +487,61 @@ class Trial:
     def check_frames(self, end_time):
         """Checks that each viewable frame from the first white frame to `end_time` is white."""
         frames = self.frames()
-        first = next((index for index, frame in enumerate(frames) if frame.is_white), None)
-        if first is None:
+        first_white = next((index for index, frame in enumerate(frames) if frame.is_white), None)
+        if first_white is None:
             self.result["frames"] = 0
             return
-        run = [frame for frame in frames[first:] if frame.time <= end_time and frame.state == "V"]
-        others = [frame for frame in run if not frame.is_white]
+        viewable_frames = [
+            frame for frame in frames[first_white:] if frame.time <= end_time and frame.state == "V"
+        ]
+        non_white_frames = [frame for frame in viewable_frames if not frame.is_white]
         if self.environment.has_compositor:
-            pending = self.frames_before_drawing(run)
+            pending = self.frames_before_drawing(viewable_frames)
             self.result["not drawn yet"] = len(pending)
-            others = [frame for frame in others if frame not in pending]
-        self.result["frames"] = len(run)
-        self.result["not white"] = sum(not frame.is_white for frame in run)
-        if run:
-            self.result["seconds sampled"] = round((run[-1].time - run[0].time) / 1e9, 3)
+            non_white_frames = [frame for frame in non_white_frames if frame not in pending]
+        self.result["frames"] = len(viewable_frames)
+        self.result["not white"] = sum(not frame.is_white for frame in viewable_frames)
+        if viewable_frames:
+            self.result["seconds sampled"] = round((viewable_frames[-1].time - viewable_frames[0].time) / 1e9, 3)
         self.result["unmapped"] = sum(
-            1 for frame in frames[first:] if frame.time <= end_time and frame.state == "U"
+            1 for frame in frames[first_white:] if frame.time <= end_time and frame.state == "U"
         )
-        if others:
-            begin = run[0].time
+        if non_white_frames:
+            start_time = viewable_frames[0].time
             self.result["not white, in detail"] = [
-                [(frame.time - begin) // 1_000_000, "%03x" % frame.others, frame.color, frame.rect]
-                for frame in others[:: max(1, len(others) // 20)]
+                [(frame.time - start_time) // 1_000_000, "%03x" % frame.non_white_points, frame.color, frame.rect]
+                for frame in non_white_frames[:: max(1, len(non_white_frames) // 20)]
             ]
             self.add_fault(
                 "%d of %d frames not white, first after %d ms"
-                % (len(others), len(run), (others[0].time - begin) // 1_000_000)
+                % (len(non_white_frames), len(viewable_frames), (non_white_frames[0].time - start_time) // 1_000_000)
             )
-        after = [
+        later_whiteness = [
             frame.is_white
             for frame in frames
             if frame.time > end_time
             and frame.state == "V"
-            and not (self.environment.has_compositor and frame.others and frame.others == frame.backdrop)
+            and not (
+                self.environment.has_compositor
+                and frame.non_white_points
+                and frame.non_white_points == frame.backdrop
+            )
         ]
-        if any(not first and second for first, second in zip(after, after[1:])):
+        if any(not previous and current for previous, current in zip(later_whiteness, later_whiteness[1:])):
             self.add_fault("the window is white again after the end")
 
-    def frames_before_drawing(self, run):
+    def frames_before_drawing(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window after the window was
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
-        pending, changed_at = [], run[0].time if run else 0
-        for previous, frame in zip(run, run[1:]):
+        pending, change_time = [], frames[0].time if frames else 0
+        for previous, frame in zip(frames, frames[1:]):
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
-                changed_at = frame.time
+                change_time = frame.time
             if (
-                frame.others
-                and frame.others == frame.backdrop
-                and frame.time - changed_at < 300_000_000
-                and changed_at != run[0].time
+                frame.non_white_points
+                and frame.non_white_points == frame.backdrop
+                and frame.time - change_time < 300_000_000
+                and change_time != frames[0].time
             ):
                 pending.append(frame)
         return pending
@@ -580,20 +586,20 @@ def main():
     host, environment, ending, launchscreen, programs = sys.argv[1:]
     ctypes.CDLL(None).prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
-    def give_up(*_):
+    def raise_timeout(*_):
         raise TimeoutError("the trial took too long")
 
-    signal.signal(signal.SIGALRM, give_up)
-    signal.signal(signal.SIGTERM, give_up)
+    signal.signal(signal.SIGALRM, raise_timeout)
+    signal.signal(signal.SIGTERM, raise_timeout)
     signal.alarm(150)
     trial = Trial(
-        next(each for each in HOSTS if each.name == host),
-        next(each for each in ENVIRONMENTS if each.name == environment),
+        next(candidate for candidate in HOSTS if candidate.name == host),
+        next(candidate for candidate in ENVIRONMENTS if candidate.name == environment),
         ending,
         str(Path(launchscreen).resolve()),
         str(Path(programs).resolve()),
     )
-    began = time.monotonic()
+    start_time = time.monotonic()
     lock = None
     try:
         if trial.host.prepare:
@@ -612,7 +618,7 @@ def main():
         if lock:
             lock.close()
     trial.result["faults"] = trial.faults
-    trial.result["seconds"] = round(time.monotonic() - began, 1)
+    trial.result["seconds"] = round(time.monotonic() - start_time, 1)
     json.dump(trial.result, sys.stdout, indent=1)
     print()
     return 1 if trial.faults or "error" in trial.result else 0

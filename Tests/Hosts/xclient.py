@@ -54,8 +54,8 @@ class Client:
 
     def manager_runs(self):
         """True if the root window names a running window manager, as EWMH specifies."""
-        check = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
-        return bool(check) and self.property(check[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
+        manager_window = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
+        return bool(manager_window) and self.property(manager_window[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
 
     def compositor_runs(self):
         return self._display.get_selection_owner(self.atom("_NET_WM_CM_S0")) != X.NONE
@@ -74,20 +74,20 @@ class Client:
 
     def find(self, text):
         """Returns the largest viewable window with `text` in its class or title, or None."""
-        best, best_size = None, 0
-        pending = [self.root]
-        while pending:
-            for child in self._children(pending.pop()):
-                pending.append(child)
+        largest_window, largest_size = None, 0
+        windows = [self.root]
+        while windows:
+            for child in self._children(windows.pop()):
+                windows.append(child)
                 if not any(
                     text in self._text(child.id, name)
                     for name in ("WM_CLASS", "WM_NAME", "_NET_WM_NAME")
                 ):
                     continue
                 rect = self.rect(child.id)
-                if rect and self.is_viewable(child.id) and rect[2] * rect[3] > best_size:
-                    best, best_size = child.id, rect[2] * rect[3]
-        return best
+                if rect and self.is_viewable(child.id) and rect[2] * rect[3] > largest_size:
+                    largest_window, largest_size = child.id, rect[2] * rect[3]
+        return largest_window
 
     def is_viewable(self, number):
         try:
@@ -103,10 +103,10 @@ class Client:
         window = self._window(number)
         try:
             geometry = window.get_geometry()
-            place = self.root.translate_coords(window, 0, 0)
+            corner = self.root.translate_coords(window, 0, 0)
         except error.XError:
             return None
-        return (place.x, place.y, geometry.width, geometry.height)
+        return (corner.x, corner.y, geometry.width, geometry.height)
 
     def frame(self, number):
         """Returns the top-level window that contains a window: usually the window manager's frame."""
@@ -158,17 +158,17 @@ class Client:
         xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
         self._display.sync()
 
-    def button(self, is_down, number=1):
-        kind = X.ButtonPress if is_down else X.ButtonRelease
-        xtest.fake_input(self._display, kind, detail=number)
+    def move_button(self, is_down, number=1):
+        event_type = X.ButtonPress if is_down else X.ButtonRelease
+        xtest.fake_input(self._display, event_type, detail=number)
         self._display.sync()
 
     def click(self, x, y):
         self.move_pointer(x, y)
         time.sleep(0.05)
-        self.button(True)
+        self.move_button(True)
         time.sleep(0.03)
-        self.button(False)
+        self.move_button(False)
 
     def press_key(self, name):
         """Presses and releases a key for the window with the focus."""
@@ -181,14 +181,14 @@ class Client:
         """Drags with the first button in small steps."""
         self.move_pointer(*start)
         time.sleep(0.05)
-        self.button(True)
+        self.move_button(True)
         time.sleep(0.05)
         for step in range(1, 9):
             self.move_pointer(
                 start[0] + (end[0] - start[0]) * step // 8, start[1] + (end[1] - start[1]) * step // 8
             )
             time.sleep(0.02)
-        self.button(False)
+        self.move_button(False)
 
 
 __all__ = ["Client", "ICONIC", "X"]
