@@ -55,11 +55,11 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   /// this view is in an open window, the controllers of `view` appear. Ignores null, this view
   /// itself and a view that contains this view.
   void addSubview(const Strong<NSView>& view);
-  /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds it
-  /// in front of all subviews or behind them.
+  /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds
+  /// `view` above or below all subviews.
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode orderingMode,
                                       const Strong<NSView>& other);
-  /// Removes the view from its superview, or from the window whose content view it is. The view's
+  /// Removes the view from its superview, or from its window if it is a content view. The view's
   /// controllers disappear. Does nothing if the view has no superview and no window.
   void removeFromSuperview();
 

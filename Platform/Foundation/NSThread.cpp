@@ -7,12 +7,12 @@ namespace vel {
 
 namespace {
 
-std::atomic<std::thread::id> mainThread = std::this_thread::get_id();
+std::atomic<std::thread::id> mainThreadId = std::this_thread::get_id();
 
 }  // namespace
 
-bool NSThread::isMainThread() { return std::this_thread::get_id() == mainThread; }
+bool NSThread::isMainThread() { return std::this_thread::get_id() == mainThreadId; }
 
-void NSThread::becomeMainThread() { mainThread = std::this_thread::get_id(); }
+void NSThread::becomeMainThread() { mainThreadId = std::this_thread::get_id(); }
 
 }  // namespace vel

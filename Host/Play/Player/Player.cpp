@@ -57,10 +57,10 @@ Player::~Player() {
   // The library must not call this object any more. Deactivating the contents and the controller
   // breaks reference cycles.
   viewDelegate_ = nullptr;
-  temporaryContents_.push_back(mainContent_);
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
+  send(mainContent_.lock(), &LaunchScreenContent::deactivate);
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
@@ -75,7 +75,7 @@ PlayOutcome Player::play() {
       play(step);
     }
     runUntil(scenario_.end);
-    report(trace::InspectionReport{inspect(*manager_, names_)});
+    report(trace::InspectionReport{inspect(*manager_, windowNames_)});
     return PlayOutcome::Ended;
   } catch (const NSCollectionMutatedError& error) {
     report(trace::FatalError{error.what()});
@@ -104,7 +104,7 @@ void Player::reportState() {
        .timeLeft = manager_->launchScreenExpirationTimeLeft(),
        .countsDown = send(manager_->launchScreenExpirationTimer(), &NSTimer::isValid),
        .isCovered = isCovered(),
-       .keyWindow = names_.nameOf(NSApp->keyWindow())});
+       .keyWindow = windowNames_.nameOf(NSApp->keyWindow())});
 }
 
 void Player::report(TraceEvent event) {
@@ -121,12 +121,12 @@ bool Player::isCovered() {
 Strong<NSWindow> Player::openWindow(const WindowScript& script) {
   Strong<NSWindow> window =
       NSWindow::initAs<HostWindow>(script.className, script.frame, script.styleMask);
-  names_.add(window, script.name);
+  windowNames_.add(window, script.name);
   if (script.contentViewController) {
     window->setContentViewController(make<HostViewController>(*script.contentViewController));
   }
   if (script.parent) {
-    send(names_.window(*script.parent), &NSWindow::addChildWindow, window);
+    send(windowNames_.window(*script.parent), &NSWindow::addChildWindow, window);
   }
   window->orderFront();
   return window;
@@ -150,17 +150,17 @@ void Player::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step
 }
 
 void Player::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
-  report(trace::StyleMaskAssignment{.styleMask = styleMask, .window = names_.nameOf(window)});
+  report(trace::StyleMaskAssignment{.styleMask = styleMask, .window = windowNames_.nameOf(window)});
 }
 
 void Player::keyStatusChanged(NSWindow& window, KeyStatusChange change) {
-  report(trace::KeyWindowChange{.change = change, .window = names_.nameOf(window)});
+  report(trace::KeyWindowChange{.change = change, .window = windowNames_.nameOf(window)});
 }
 
 void Player::windowOpened(NSWindow& window) {
   if (window.kind() != WindowKind::Plain) {
     report(
-        trace::PresentationWindowChange{.window = names_.nameOf(window),
+        trace::PresentationWindowChange{.window = windowNames_.nameOf(window),
                                         .change = trace::PresentationWindowChange::Change::Opened});
   }
 }
@@ -168,7 +168,7 @@ void Player::windowOpened(NSWindow& window) {
 void Player::windowClosed(NSWindow& window) {
   if (window.kind() != WindowKind::Plain) {
     report(
-        trace::PresentationWindowChange{.window = names_.nameOf(window),
+        trace::PresentationWindowChange{.window = windowNames_.nameOf(window),
                                         .change = trace::PresentationWindowChange::Change::Closed});
   }
 }

@@ -35,7 +35,7 @@ class Player final : private PlatformObserver {
   /// function instead of `play()`.
   void play(const Step& step);
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return manager_; }
-  [[nodiscard]] WindowNames& names() { return names_; }
+  [[nodiscard]] WindowNames& names() { return windowNames_; }
 
  private:
   // PlatformObserver
@@ -86,7 +86,7 @@ class Player final : private PlatformObserver {
   const Scenario& scenario_;
   PlayListener& listener_;
   HeadlessPlatform platform_;
-  WindowNames names_;
+  WindowNames windowNames_;
   std::vector<Strong<NSWindow>> windows_;  // the host's windows, including closed windows
   Strong<HostBroker> broker_;
   Strong<NSObjectProtocol> resolverDelegate_;

@@ -85,7 +85,7 @@ void Player::perform(const step::ContentView& action) {
 }
 
 void Player::perform(const step::Present& action) {
-  const Strong<NSWindow> window = action.window ? names_.window(*action.window) : nullptr;
+  const Strong<NSWindow> window = action.window ? windowNames_.window(*action.window) : nullptr;
   send(content(action.content), &LaunchScreenContent::presentForWindowWithPresentationMode, window,
        action.mode);
 }
@@ -157,19 +157,19 @@ void Player::perform(const step::OpenWindow& action) {
 }
 
 void Player::perform(const step::CloseWindow& action) {
-  send(names_.window(action.window), &NSWindow::close);
+  send(windowNames_.window(action.window), &NSWindow::close);
 }
 
 void Player::perform(const step::MakeKey& action) {
-  send(names_.window(action.window), &NSWindow::makeKeyWindow);
+  send(windowNames_.window(action.window), &NSWindow::makeKeyWindow);
 }
 
 void Player::perform(const step::Miniaturize& action) {
-  send(names_.window(action.window), &NSWindow::miniaturize);
+  send(windowNames_.window(action.window), &NSWindow::miniaturize);
 }
 
 void Player::perform(const step::Deminiaturize& action) {
-  send(names_.window(action.window), &NSWindow::deminiaturize);
+  send(windowNames_.window(action.window), &NSWindow::deminiaturize);
 }
 
 void Player::perform(const step::ResignKey& /*action*/) {
@@ -208,7 +208,7 @@ void Player::perform(const step::DismissOver& /*action*/) {
 void Player::perform(const step::RunLoopMode& action) { NSApp->setRunLoopMode(action.mode); }
 
 void Player::perform(const step::Inspect& /*action*/) {
-  report(trace::InspectionReport{inspect(*manager_, names_)});
+  report(trace::InspectionReport{inspect(*manager_, windowNames_)});
 }
 
 }  // namespace vel::host

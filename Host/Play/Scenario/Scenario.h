@@ -64,7 +64,7 @@ struct HostScript {
 
 enum class ContentName : std::uint8_t { Main, Temporary };
 
-inline constexpr NamedValue<ContentName> kContents[] = {
+inline constexpr NamedValue<ContentName> kContentNames[] = {
     {"main", ContentName::Main},
     {"temporary", ContentName::Temporary},
 };

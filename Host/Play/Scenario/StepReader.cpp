@@ -12,7 +12,7 @@ namespace vel::host {
 
 namespace {
 
-constexpr double kLatestTime = 1'000'000;
+constexpr double kMaximumSeconds = 1'000'000;
 
 // Returns the number in the name of a presentation's window, or 0 for any other name.
 std::uint64_t presentationNumber(std::string_view name, std::string_view prefix) {
@@ -25,7 +25,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
       })) {
     return 0;
   }
-  // `from_chars` does not change this value if the number in the name is too large.
+  // `from_chars` does not change `number` if the number in the name is too large.
   std::uint64_t number = std::numeric_limits<std::uint64_t>::max();
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
@@ -42,10 +42,10 @@ OperationSet readOperations(const JsonValue& value) {
 // Reads the members of a view delegate, except "operations".
 void readViewDelegateMembers(JsonMembers& members, ViewDelegateScript& script) {
   members.readInto(script.canDisappear, "canDisappear", &JsonValue::boolean);
-  if (const JsonValue during = members["deactivateDuring"]; during.isPresent()) {
-    script.deactivateDuring = during.valueIn(kViewOperations);
+  if (const JsonValue operation = members["deactivateDuring"]; operation.isPresent()) {
+    script.deactivateDuring = operation.valueIn(kViewOperations);
     if (!script.operations.test(static_cast<std::size_t>(*script.deactivateDuring))) {
-      during.throwExpected("one of the delegate's operations");
+      operation.throwExpected("one of the delegate's operations");
     }
   }
 }
@@ -64,8 +64,8 @@ struct StepContext {
   JsonMembers& members;
   KnownWindowNames& names;
 
-  [[nodiscard]] std::string window() const {
-    return names.read(members["window"], "the name of an earlier window");
+  [[nodiscard]] std::string readWindowName() const {
+    return names.readKnownName(members["window"], "the name of an earlier window");
   }
 };
 
@@ -97,7 +97,7 @@ StepAction readRequest(const StepContext& context) {
 
 StepAction readContentView(const StepContext& context) {
   step::ContentView action;
-  context.members.readInto(action.content, "content", kContents);
+  context.members.readInto(action.content, "content", kContentNames);
   return action;
 }
 
@@ -105,11 +105,11 @@ StepAction readPresent(const StepContext& context) {
   step::Present action;
   const JsonValue window = context.members["window"];
   if (!window.isNull()) {
-    action.window = context.names.read(window, "the name of an earlier window, or null");
+    action.window = context.names.readKnownName(window, "the name of an earlier window, or null");
   }
   action.mode = static_cast<std::int32_t>(context.members["mode"].integer(
       std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-  context.members.readInto(action.content, "content", kContents);
+  context.members.readInto(action.content, "content", kContentNames);
   context.names.addPresentation(action.mode);
   return action;
 }
@@ -161,7 +161,7 @@ WindowScript readWindowMembers(JsonMembers& members, KnownWindowNames& names) {
   members.readInto(window.contentViewController, "contentViewController",
                    [](const JsonValue& value) { return value.stringOrNull(); });
   if (const JsonValue parent = members["parent"]; parent.isPresent() && !parent.isNull()) {
-    window.parent = names.read(parent, "the name of an earlier window, or null");
+    window.parent = names.readKnownName(parent, "the name of an earlier window, or null");
   }
   window.name = names.add(name);
   return window;
@@ -173,7 +173,7 @@ StepAction readOpenWindow(const StepContext& context) {
 
 template <class Action>
 StepAction readWindowStep(const StepContext& context) {
-  return Action{context.window()};
+  return Action{context.readWindowName()};
 }
 
 template <class Action>
@@ -192,7 +192,7 @@ StepAction readRunLoopMode(const StepContext& context) {
 
 using StepReader = StepAction (*)(const StepContext&);
 
-constexpr NamedValue<StepReader> kSteps[] = {
+constexpr NamedValue<StepReader> kStepReaders[] = {
     {"activate", &readActivate},
     {"request", &readRequest},
     {"contentView", &readContentView},
@@ -250,7 +250,8 @@ bool KnownWindowNames::isKnown(std::string_view name) const {
   return hostWindows_.contains(name);
 }
 
-std::string KnownWindowNames::read(const JsonValue& name, std::string_view expectedValue) const {
+std::string KnownWindowNames::readKnownName(const JsonValue& name,
+                                            std::string_view expectedValue) const {
   std::string text = name.string(expectedValue);
   if (!isKnown(text)) {
     name.throwExpected(expectedValue);
@@ -260,7 +261,7 @@ std::string KnownWindowNames::read(const JsonValue& name, std::string_view expec
 
 double readSeconds(const JsonValue& value, double earliest) {
   const double seconds = value.number();
-  if (seconds < earliest || seconds > kLatestTime) {
+  if (seconds < earliest || seconds > kMaximumSeconds) {
     value.throwExpected("a number of seconds from " + shortestDecimal(earliest) + " to 1000000");
   }
   return seconds;
@@ -287,7 +288,7 @@ Step readStep(const JsonValue& object, double& time, KnownWindowNames& names) {
   if (const JsonValue value = members["at"]; value.isPresent()) {
     time = readSeconds(value, time);
   }
-  const auto& [name, readAction] = members["do"].entryIn(kSteps);
+  const auto& [name, readAction] = members["do"].entryIn(kStepReaders);
   Step step{
       .time = nanosecondsFromSeconds(time), .name = name, .action = readAction({members, names})};
   members.rejectUnknownMembers();

@@ -29,7 +29,8 @@ class KnownWindowNames {
   [[nodiscard]] bool isKnown(std::string_view name) const;
   /// Reads a known name. Throws a ScenarioError for any other value. `expectedValue` describes a
   /// valid value in the message.
-  [[nodiscard]] std::string read(const JsonValue& name, std::string_view expectedValue) const;
+  [[nodiscard]] std::string readKnownName(const JsonValue& name,
+                                          std::string_view expectedValue) const;
 
  private:
   std::set<std::string, std::less<>> hostWindows_;

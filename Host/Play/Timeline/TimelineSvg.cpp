@@ -64,31 +64,32 @@ constexpr double kLabelDistance = 4;
 constexpr double kLabelGap = 8;
 constexpr double kLongestLabel = (kRight - kLeft) / 2 - 4 * kMarkRadius;
 constexpr int kMaximumTimeTicks = 7;
-constexpr int kMaximumHeightTicks = 5;
+constexpr int kMaximumTimeLeftTicks = 5;
 
 struct AxisTick {
   double value = 0;
   std::string text;
 };
 
-// Returns the ticks of an axis from 0 to `end` seconds: a tick at 0 and at most `maximum` further
-// ticks at round values.
-std::vector<AxisTick> axisTicks(double end, int maximum) {
-  const double power = std::floor(std::log10(end / maximum));
+// Returns the ticks of an axis from 0 to `end` seconds: a tick at 0 and at most `maximumCount`
+// further ticks at round values.
+std::vector<AxisTick> axisTicks(double end, int maximumCount) {
+  const double power = std::floor(std::log10(end / maximumCount));
   double step = 0;
   for (const double factor : {1.0, 2.0, 5.0, 10.0}) {
     step = factor * std::pow(10, power);
-    if (end / step <= maximum) {
+    if (end / step <= maximumCount) {
       break;
     }
   }
   const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 0.001)));
   std::vector<AxisTick> ticks;
-  for (int index = 0; index <= maximum && index * step <= end * 1.0001; ++index) {
+  for (int index = 0; index <= maximumCount && index * step <= end * 1.0001; ++index) {
     const double value = index * step;
-    const bool isPlain = step >= 1e-6 && value < 1e7;
+    const bool usesFixedNotation = step >= 1e-6 && value < 1e7;
     char text[40];
-    std::snprintf(text, sizeof text, isPlain ? "%.*f s" : "%.*g s", isPlain ? decimals : 3, value);
+    std::snprintf(text, sizeof text, usesFixedNotation ? "%.*f s" : "%.*g s",
+                  usesFixedNotation ? decimals : 3, value);
     ticks.push_back({.value = value, .text = text});
   }
   return ticks;
@@ -98,17 +99,17 @@ std::vector<AxisTick> axisTicks(double end, int maximum) {
 class Drawing {
  public:
   Drawing(const Timeline& timeline, std::string_view title)
-      : timeline_(timeline), title_(title), seconds_(secondsFromNanoseconds(timeline.end())) {
-    if (seconds_ <= 0) {
-      seconds_ = 1;  // a play of no duration still needs a width
+      : timeline_(timeline), title_(title), duration_(secondsFromNanoseconds(timeline.end())) {
+    if (duration_ <= 0) {
+      duration_ = 1;  // a play of no duration still needs a width
     }
   }
 
   std::string draw() {
     drawHeader();
     const double top = bottom_;
-    for (const KeyWindowSpans& key : timeline_.keyWindows()) {
-      drawBand(key.window + " is key", "key", key.spans);
+    for (const KeyWindowSpans& keyWindow : timeline_.keyWindows()) {
+      drawBand(keyWindow.window + " is key", "key", keyWindow.spans);
     }
     drawBand("covered", "cover", timeline_.coveredSpans());
     drawCountdown();
@@ -119,7 +120,7 @@ class Drawing {
     // the lanes have been drawn.
     Svg picture;
     picture.addRect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
-    for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
+    for (const AxisTick& tick : axisTicks(duration_, kMaximumTimeTicks)) {
       picture.addLine("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
     }
     picture.append(svg_);
@@ -128,13 +129,14 @@ class Drawing {
 
  private:
   [[nodiscard]] double xOf(double seconds) const {
-    return kLeft + (kRight - kLeft) * seconds / seconds_;
+    return kLeft + (kRight - kLeft) * seconds / duration_;
   }
   [[nodiscard]] double xOf(Nanoseconds time) const { return xOf(secondsFromNanoseconds(time)); }
 
-  void drawText(std::string_view styleClass, PicturePoint middle, Svg::Anchor anchor,
+  // `position` is at the vertical centre of the text.
+  void drawText(std::string_view styleClass, PicturePoint position, Svg::Anchor anchor,
                 std::string_view text) {
-    svg_.addText(styleClass, {middle.x, middle.y + kBaselineOffset}, anchor, text);
+    svg_.addText(styleClass, {position.x, position.y + kBaselineOffset}, anchor, text);
   }
 
   void drawHeader() {
@@ -142,9 +144,9 @@ class Drawing {
              shorten(title_, kTitleSize, kWidth - 2 * kMargin));
     const double middle = kMargin + kTitleSize + kRowHeight;
     drawText("quiet", {kMargin, middle}, Svg::Anchor::Start, "time");
-    for (const AxisTick& tick : axisTicks(seconds_, kMaximumTimeTicks)) {
-      const double farthest = kWidth - kMargin / 2 - textWidth(tick.text, kFontSize) / 2;
-      drawText("quiet", {std::min(xOf(tick.value), farthest), middle}, Svg::Anchor::Middle,
+    for (const AxisTick& tick : axisTicks(duration_, kMaximumTimeTicks)) {
+      const double maximumX = kWidth - kMargin / 2 - textWidth(tick.text, kFontSize) / 2;
+      drawText("quiet", {std::min(xOf(tick.value), maximumX), middle}, Svg::Anchor::Middle,
                tick.text);
     }
     bottom_ = middle + kRowHeight / 2;
@@ -191,7 +193,7 @@ class Drawing {
         std::ranges::max(countdown, {}, &CountdownSegment::timeLeftAtStart).timeLeftAtStart;
     const double bottom = topRowMiddle + kRowHeight + kChartHeight;
     const auto yOf = [&](double timeLeft) { return bottom - kChartHeight * (timeLeft / maximum); };
-    for (const AxisTick& tick : axisTicks(maximum, kMaximumHeightTicks)) {
+    for (const AxisTick& tick : axisTicks(maximum, kMaximumTimeLeftTicks)) {
       const double y = yOf(tick.value);
       svg_.addLine(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
       drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
@@ -241,7 +243,7 @@ class Drawing {
 
   const Timeline& timeline_;
   std::string title_;
-  double seconds_;
+  double duration_;  // in seconds
   Svg svg_;
   double bottom_ = 0;  // the bottom edge of the elements drawn so far
 };

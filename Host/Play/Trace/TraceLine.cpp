@@ -31,7 +31,7 @@ std::string hexadecimal(std::uint64_t number) {
 }
 
 std::optional<std::string_view> contentName(std::optional<ContentName> content) {
-  return content ? std::optional(nameOf(*content, kContents)) : std::nullopt;
+  return content ? std::optional(nameOf(*content, kContentNames)) : std::nullopt;
 }
 
 /// Writes the members of a line after the member "t".
@@ -54,7 +54,7 @@ class LineWriter {
   }
   void operator()(const trace::LogLine& log) { line_.member("log", log.text); }
   void operator()(const trace::StateChange& change) {
-    line_.member("state", change.state).member("content", nameOf(change.content, kContents));
+    line_.member("state", change.state).member("content", nameOf(change.content, kContentNames));
   }
   void operator()(const trace::HostCall& call) {
     line_.member("host", nameOf(call.operation, kViewOperations));
