@@ -31,8 +31,8 @@ void CallbackQueue::deliver() {
   while (!waitingCallbacks_.empty()) {
     const Callback callback = std::move(waitingCallbacks_.front());
     waitingCallbacks_.pop_front();
-    const TemporaryValue count(runningFunctionCount_,
-                               isInsideOperation() ? runningFunctionCount_ : 0);
+    const TemporaryValue countDuringCallback(runningFunctionCount_,
+                                             isInsideOperation() ? runningFunctionCount_ : 0);
     callback();
   }
 }

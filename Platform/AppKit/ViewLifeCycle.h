@@ -17,10 +17,10 @@ struct Showing {
 };
 
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
-/// first opens the window or adds the view to an open window. It then constructs this object and
-/// calls `sendWillAppear` and `sendDidAppear`. If a step ends the showing of a controller, for
-/// example because it removes the controller's view, this object sends the controller no further
-/// step.
+/// first opens the window or adds the view to an open window. The caller then constructs this
+/// object and calls `sendWillAppear` and `sendDidAppear`. If a step ends the showing of a
+/// controller, for example because it removes the controller's view, this object sends the
+/// controller no further step.
 class AppearanceTransition {
  public:
   /// Begins a showing for each controller that is not shown yet.
@@ -33,7 +33,7 @@ class AppearanceTransition {
 };
 
 /// Makes the controllers of a view and its subviews disappear, outer controllers first. The caller
-/// first calls `sendWillDisappear`, then closes the window or removes the view from it, then calls
+/// first calls `sendWillDisappear`, then closes the window or removes the view, then calls
 /// `sendDidDisappear`. A controller that appears during `sendWillDisappear` also disappears.
 class DisappearanceTransition {
  public:

@@ -102,7 +102,7 @@ void Player::reportState() {
   listener_.stateReached(
       {.time = NSRunLoop::mainRunLoop().now(),
        .timeLeft = manager_->launchScreenExpirationTimeLeft(),
-       .countsDown = send(manager_->launchScreenExpirationTimer(), &NSTimer::isValid),
+       .isCountingDown = send(manager_->launchScreenExpirationTimer(), &NSTimer::isValid),
        .isCovered = isCovered(),
        .keyWindow = windowNames_.nameOf(NSApp->keyWindow())});
 }

@@ -61,7 +61,7 @@ Strong<LaunchScreenViewController> Player::controller() const {
 // Operations of the manager
 
 void Player::perform(const step::Activate& action) {
-  const bool result = manager_->activate(action.broker ? broker_ : nullptr);
+  const bool result = manager_->activate(action.hasBroker ? broker_ : nullptr);
   report(trace::Activation{result});
 }
 
@@ -138,9 +138,9 @@ void Player::perform(const step::Configure& action) {
   if (action.expirationTimeInterval) {
     configuration->setExpirationTimeInterval(*action.expirationTimeInterval);
   }
-  if (action.viewController) {
-    configuration->setViewController(*action.viewController ? LaunchScreenViewController::init()
-                                                            : nullptr);
+  if (action.hasViewController) {
+    configuration->setViewController(*action.hasViewController ? LaunchScreenViewController::init()
+                                                               : nullptr);
   }
 }
 

@@ -111,7 +111,7 @@ inline constexpr NamedValue<NSRunLoopMode> kRunLoopModes[] = {
 namespace step {
 
 struct Activate {
-  bool broker = true;
+  bool hasBroker = true;
 };
 struct Request {
   /// Without a value, the request itself is null. If the value is a null dictionary, the parameters
@@ -142,7 +142,7 @@ struct Configure {
   std::optional<std::optional<std::string>> nextEventName;
   std::optional<double> expirationTimeInterval;
   /// True sets a new view controller. False sets null.
-  std::optional<bool> viewController;
+  std::optional<bool> hasViewController;
 };
 struct ReplaceConfiguration {};
 struct ViewDelegate {
@@ -188,7 +188,7 @@ using StepAction =
 struct Step {
   /// The time since the start of the play. It is never earlier than the time of the previous step.
   Nanoseconds time = 0;
-  /// The name of the action in the scenario. The view refers to a string literal.
+  /// The name of the action in the scenario. The `string_view` refers to a string literal.
   std::string_view name;
   StepAction action;
 };

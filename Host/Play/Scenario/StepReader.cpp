@@ -71,7 +71,7 @@ struct StepContext {
 
 StepAction readActivate(const StepContext& context) {
   step::Activate action;
-  context.members.readInto(action.broker, "broker", &JsonValue::boolean);
+  context.members.readInto(action.hasBroker, "broker", &JsonValue::boolean);
   return action;
 }
 
@@ -135,7 +135,7 @@ StepAction readConfigure(const StepContext& context) {
                    [](const JsonValue& value) { return value.stringOrNull(); });
   members.readInto(action.expirationTimeInterval, "expirationTimeInterval",
                    &JsonValue::numberOrNonFinite);
-  members.readInto(action.viewController, "viewController", &JsonValue::boolean);
+  members.readInto(action.hasViewController, "viewController", &JsonValue::boolean);
   return action;
 }
 

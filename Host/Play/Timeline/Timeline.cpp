@@ -25,7 +25,8 @@ double slopeOf(const CountdownSegment& segment) {
 }
 
 bool isContinuation(const CountdownSegment& previous, const CountdownSegment& segment) {
-  return previous.countsDown == segment.countsDown && previous.span.end == segment.span.start &&
+  return previous.isCountingDown == segment.isCountingDown &&
+         previous.span.end == segment.span.start &&
          previous.timeLeftAtEnd == segment.timeLeftAtStart;
 }
 
@@ -177,13 +178,13 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
   }
   // If the countdown is paused, the time left is constant until the end of the segment.
   const double timeLeftAtEnd =
-      previousState.countsDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
+      previousState.isCountingDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
   if (previousState.timeLeft > 0 && std::isfinite(previousState.timeLeft) &&
       std::isfinite(timeLeftAtEnd)) {
     extendCountdown({.span = span,
                      .timeLeftAtStart = previousState.timeLeft,
                      .timeLeftAtEnd = timeLeftAtEnd,
-                     .countsDown = previousState.countsDown});
+                     .isCountingDown = previousState.isCountingDown});
   }
 }
 

@@ -37,7 +37,7 @@ struct CountdownSegment {
   /// The time left at the start and at the end of the span, in seconds.
   double timeLeftAtStart = 0;
   double timeLeftAtEnd = 0;
-  bool countsDown = false;
+  bool isCountingDown = false;
 };
 
 /// The spans in which a window was key.

@@ -202,17 +202,17 @@ class Drawing {
              "solid: counting down, dashed: paused");
     // Adjacent segments of one kind are drawn as one path.
     for (auto segment = countdown.begin(); segment != countdown.end();) {
-      const bool countsDown = segment->countsDown;
+      const bool isCountingDown = segment->isCountingDown;
       std::vector<PicturePoint> points;
       Nanoseconds end = segment->span.start;
-      for (; segment != countdown.end() && segment->countsDown == countsDown &&
+      for (; segment != countdown.end() && segment->isCountingDown == isCountingDown &&
              segment->span.start == end;
            ++segment) {
         points.push_back({xOf(segment->span.start), yOf(segment->timeLeftAtStart)});
         points.push_back({xOf(segment->span.end), yOf(segment->timeLeftAtEnd)});
         end = segment->span.end;
       }
-      svg_.addPath(countsDown ? "falls" : "waits", points);
+      svg_.addPath(isCountingDown ? "falls" : "waits", points);
     }
     bottom_ = bottom + kRowHeight / 2 + kLanePadding;
   }

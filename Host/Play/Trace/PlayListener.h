@@ -13,7 +13,7 @@ struct PlayState {
   Nanoseconds time = 0;
   /// The time left until the launch screen expires, in seconds.
   double timeLeft = 0;
-  bool countsDown = false;
+  bool isCountingDown = false;
   /// True if a cover of the library is on screen.
   bool isCovered = false;
   std::optional<std::string> keyWindow;

@@ -30,7 +30,7 @@ std::string hexadecimal(std::uint64_t number) {
   return text;
 }
 
-std::optional<std::string_view> contentName(std::optional<ContentName> content) {
+std::optional<std::string_view> nameOfContent(std::optional<ContentName> content) {
   return content ? std::optional(nameOf(*content, kContentNames)) : std::nullopt;
 }
 
@@ -41,13 +41,13 @@ class LineWriter {
 
   void operator()(const trace::StepStart& step) { line_.member("do", step.name); }
   void operator()(const trace::Activation& activation) {
-    writeAnswer("activate:", activation.result);
+    writeReturnValue("activate:", activation.result);
   }
   void operator()(const trace::ContentDataResult& data) {
-    writeAnswer("contentDataForContentRequest:", contentName(data.content));
+    writeReturnValue("contentDataForContentRequest:", nameOfContent(data.content));
   }
   void operator()(const trace::ContentViewResult& view) {
-    writeAnswer("contentViewForContentData:", contentName(view.content));
+    writeReturnValue("contentViewForContentData:", nameOfContent(view.content));
   }
   void operator()(const trace::Registration& registration) {
     line_.member("registered", registration.engines);
@@ -87,7 +87,7 @@ class LineWriter {
 
  private:
   template <class Value>
-  void writeAnswer(std::string_view operation, const Value& value) {
+  void writeReturnValue(std::string_view operation, const Value& value) {
     line_.beginMember("answer");
     JsonObject(text_).member(operation, value);
   }

@@ -10,10 +10,10 @@ namespace vel {
 class LaunchScreenViewController;
 class NSView;
 
-/// These variables track the embedded cover: they keep it alive until it is removed, because the
-/// cover has no parent view controller that could own it. All controllers share these variables. A
-/// second embedded cover replaces the first as the tracked cover. Only the main thread may use
-/// these variables.
+/// These variables track the embedded cover. They keep the cover alive until it is removed, because
+/// the cover has no parent view controller that could own it. All controllers share these
+/// variables. A second embedded cover replaces the first as the tracked cover. Only the main thread
+/// may use these variables.
 namespace embedded_cover {
 
 /// The label of the work on the main queue that removes the tracked cover after its dismissal.

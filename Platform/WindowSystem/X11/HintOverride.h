@@ -18,12 +18,12 @@ using HintValue = std::optional<Property>;
 
 /// One property of an adopted window: the owner's value, which restoring writes back, and the
 /// current value, which we may have written. This class sends no requests: `WindowStyle` reads and
-/// writes the property and passes the values on.
+/// writes the property and passes the values to this class.
 ///
-/// The owner can write the property at any time, and its last write becomes the owner's value. Many
-/// programs read a property, edit a part of it and write it back. If such a program has read a
-/// value that we wrote, its new value still contains our changes. The owner's value is then the new
-/// value without our changes.
+/// The owner can write the property at any time. The value that it writes becomes the owner's
+/// value, with one exception. Many programs read a property, edit a part of it and write it back.
+/// If such a program has read a value that we wrote, its new value still contains our changes. The
+/// owner's value is then the new value without our changes.
 class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
@@ -43,12 +43,12 @@ class HintOverride {
   /// becomes the owner's value unchanged.
   void forgetWrites();
 
-  /// Compares `value`, which the window has now, with the current value. If they differ, the owner
-  /// wrote `value`: updates the owner's value and the current value.
+  /// Compares `value`, which the window has now, with the current value. If the two differ, the
+  /// owner wrote `value`, and this function updates the owner's value and the current value.
   void reconcile(const HintValue& value);
   /// Compares `value`, which the window had just before one of our writes, with `expectedValue`,
-  /// the current value before that write. If they differ, the owner wrote `value`, and our write
-  /// replaced it: updates only the owner's value.
+  /// the current value before that write. If the two differ, the owner wrote `value`, and our write
+  /// replaced `value`. This function then updates only the owner's value.
   void reconcileReplaced(const HintValue& expectedValue, const HintValue& value);
 
  private:

@@ -9,9 +9,9 @@ namespace vel::x11 {
 /// Lets the owner of an adopted window maximise the window or make it fullscreen while the window's
 /// hints are overridden. Without the function for resizing, most window managers refuse to maximise
 /// the window, and some give a fullscreen window a wrong size afterwards. An owner sends its
-/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy. It
-/// then restores the functions for resizing and maximising, and sends the request again. So the
-/// window manager receives the new hints before the second request.
+/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy.
+/// This class then restores the functions for resizing and maximising, and sends the request again.
+/// So the window manager receives the new hints before the second request.
 class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);

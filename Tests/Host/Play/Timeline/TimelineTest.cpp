@@ -141,14 +141,14 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
            1.2);
   const auto& countdown = timeline_.countdown();
   ASSERT_EQ(countdown.size(), 3U);
-  EXPECT_TRUE(countdown[0].countsDown);
+  EXPECT_TRUE(countdown[0].isCountingDown);
   EXPECT_DOUBLE_EQ(countdown[0].timeLeftAtStart, 0.5);
   EXPECT_NEAR(countdown[0].timeLeftAtEnd, 0.3, 1e-9);
-  EXPECT_FALSE(countdown[1].countsDown);
+  EXPECT_FALSE(countdown[1].isCountingDown);
   EXPECT_EQ(milliseconds(countdown[1].span.start), 200);
   EXPECT_EQ(milliseconds(countdown[1].span.end), 1000);
   EXPECT_EQ(countdown[1].timeLeftAtStart, countdown[1].timeLeftAtEnd);
-  EXPECT_TRUE(countdown[2].countsDown);
+  EXPECT_TRUE(countdown[2].isCountingDown);
   EXPECT_NEAR(countdown[2].timeLeftAtEnd, 0.1, 1e-9);
 }
 
