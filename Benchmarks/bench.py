@@ -17,19 +17,19 @@ import sys
 import time
 
 import report
-from display import BIN, ROOT, Host, Server, say
+from display import BIN, ROOT, Host, Server, print_status
 
 OUT = ROOT / "build" / "bench"
 CORNERS_AND_MIDDLE = "640,480;5,5;1274,5;5,954;1274,954"  # of the screen
-STARTED = ("bare", "bare-runtime", "library", "library-linked", "sdl2", "qt6", "gtk3", "wx")
+STARTED_PROGRAMS = ("bare", "bare-runtime", "library", "library-linked", "sdl2", "qt6", "gtk3", "wx")
 PEERS = ("bare", "library", "sdl2", "qt6", "gtk3", "wx")
 COVERS = ("none", "bare", "library")
 METACITY = ["metacity", "--sm-disable"]
 
 
 def measure_in_process(quick):
-    """Returns {(what, size): {who: [nanoseconds]}}."""
-    say("inside the process")
+    """Returns {(operation, size): {implementation: [nanoseconds]}}."""
+    print_status("inside the process")
     output = OUT / "in-process.json"
     with Server() as server:
         subprocess.run(
@@ -45,9 +45,9 @@ def measure_in_process(quick):
             continue
         if run.get("error_occurred"):
             sys.exit(f"bench: {run['name']}: {run['error_message']}")
-        what, who, *rest = run["name"].split("/")
+        operation, implementation, *rest = run["name"].split("/")
         size = int(rest[0]) if rest and rest[0].isdigit() else None
-        times.setdefault((what, size), {}).setdefault(who, []).append(
+        times.setdefault((operation, size), {}).setdefault(implementation, []).append(
             run["real_time"] * scale[run["time_unit"]])
     return times
 
@@ -67,15 +67,15 @@ def measure_alternately(rounds, names, measure):
 
 
 def measure_from_process_start(quick):
-    say("from process start, three seconds each")
+    print_status("from process start, three seconds each")
     with Server() as server:
-        return measure_alternately(1 if quick else 5, list(STARTED),
+        return measure_alternately(1 if quick else 5, list(STARTED_PROGRAMS),
                                    lambda name: server.watch(name, "cold", 30))
 
 
 def measure_over_a_host(quick):
     """Returns {(program, mode): [what the watcher printed]}."""
-    say("over the window of another program")
+    print_status("over the window of another program")
     cases = [(name, mode) for name in PEERS for mode in ("cold", "warm")]
     cases.append(("library", "warm-adopting"))
     with Server() as server, Host(server) as host:
@@ -84,8 +84,8 @@ def measure_over_a_host(quick):
 
 
 def measure_over_a_screen(quick):
-    """Returns how many runs had a cover over the whole screen: {name: (covered, runs)}."""
-    say("over a host that fills the screen")
+    """Returns {name: (number of runs that covered the whole screen, number of runs)}."""
+    print_status("over a host that fills the screen")
     with Server(METACITY) as server, Host(server, "fill") as host:
         time.sleep(1)  # The window manager makes the window fill the screen.
 
@@ -101,7 +101,7 @@ def measure_over_a_screen(quick):
 
 def measure_game(quick):
     """Returns {cover: [what the game printed]}."""
-    say("in a game at 240 frames a second")
+    print_status("in a game at 240 frames a second")
     with Server(METACITY) as server:
         return measure_alternately(1 if quick else 4, list(COVERS),
                                    lambda cover: server.run("screen-game", cover, 2 if quick else 5))
@@ -109,7 +109,7 @@ def measure_game(quick):
 
 def measure_loading(quick, library):
     """Returns [what the program that loads the library printed]."""
-    say("loading the library into a game")
+    print_status("loading the library into a game")
     if library is None:
         return []
     with Server(METACITY) as server:
@@ -131,7 +131,7 @@ def strip_libraries():
 def list_shared_objects():
     """Returns {program: (names of the shared objects that it loads, their size in bytes)}."""
     objects = {}
-    for program in STARTED:
+    for program in STARTED_PROGRAMS:
         listing = subprocess.run(["ldd", BIN / f"bench-screen-{program}"], capture_output=True,
                                  text=True, check=True).stdout
         files = [line.split("=>")[1].split()[0] for line in listing.splitlines() if "=>" in line]

@@ -17,7 +17,7 @@ MIDDLE = "640,480"
 TIMESTAMPS = ("show_start", "show_end", "hide_start", "peak_kibibytes")
 
 
-def say(text):
+def print_status(text):
     print(f"bench: {text}", file=sys.stderr, flush=True)
 
 
@@ -28,14 +28,14 @@ class Server:
     """
 
     def __init__(self, manager=None):
-        reading, writing = os.pipe()
+        read_end, write_end = os.pipe()
         self.processes = [subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp",
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN, "-nolisten", "tcp",
              "-noreset"],
-            pass_fds=[writing], stderr=subprocess.DEVNULL)]
-        os.close(writing)
-        with os.fdopen(reading) as number:
-            display = number.readline().strip()
+            pass_fds=[write_end], stderr=subprocess.DEVNULL)]
+        os.close(write_end)
+        with os.fdopen(read_end) as numbers:
+            display = numbers.readline().strip()
         if not display:
             sys.exit("bench: Xvfb does not start")
         self.home = tempfile.TemporaryDirectory(prefix="vel-bench-")
@@ -70,12 +70,12 @@ class Server:
 
     def run(self, program, *arguments):
         """Runs a program that prints one JSON object. Returns the object, or None if it failed."""
-        run = subprocess.run([BIN / f"bench-{program}", *map(str, arguments)], env=self.environment,
+        process = subprocess.run([BIN / f"bench-{program}", *map(str, arguments)], env=self.environment,
                              capture_output=True, text=True, timeout=120, check=False)
-        if run.returncode != 0:
-            say(f"{program}: status {run.returncode}: {run.stderr.strip()}")
+        if process.returncode != 0:
+            print_status(f"{program}: status {process.returncode}: {process.stderr.strip()}")
             return None
-        return json.loads(run.stdout)
+        return json.loads(process.stdout)
 
     def watch(self, program, mode, ticks, window=0, points=MIDDLE):
         """Runs a program that shows a white window, while the points of the screen are watched.
@@ -88,7 +88,7 @@ class Server:
         if observation is None:
             return None
         if observation["status"] != 0 or "show_start" not in observation:
-            say(f"{program}: status {observation['status']}")
+            print_status(f"{program}: status {observation['status']}")
             return None
         for name in TIMESTAMPS:
             observation[name] = observation[name][0]

@@ -41,16 +41,17 @@ def growth_exponent(points):
 
 
 def growth_curves(in_process):
-    """Returns [(what, {who: [(size, median)]})] for the benchmarks with several sizes."""
+    """Returns [(operation, {implementation: [(size, median)]})] for the benchmarks with several sizes."""
     curves = {}
-    for (what, size), runs in in_process.items():
+    for (operation, size), runs in in_process.items():
         if size is not None:
-            for who, values in runs.items():
-                curves.setdefault(what, {}).setdefault(who, []).append(
+            for implementation, values in runs.items():
+                curves.setdefault(operation, {}).setdefault(implementation, []).append(
                     (size, statistics.median(values)))
-    return [(what, {who: sorted(points) for who, points in by_program.items()})
-            for what, by_program in curves.items()
-            if all(len(points) > 1 for points in by_program.values())]
+    return [(operation, {implementation: sorted(points)
+                         for implementation, points in by_implementation.items()})
+            for operation, by_implementation in curves.items()
+            if all(len(points) > 1 for points in by_implementation.values())]
 
 
 def spans(runs, begin, end):
@@ -62,8 +63,8 @@ def tick_errors(runs):
     """Returns the delay of each tick minus the minimum delay in its run."""
     errors = []
     for run in runs:
-        late = [tick - number * TICK for number, tick in enumerate(run["tick_times"])]
-        errors += [value - min(late) for value in late]
+        delays = [tick - number * TICK for number, tick in enumerate(run["tick_times"])]
+        errors += [value - min(delays) for value in delays]
     return errors
 
 

@@ -23,11 +23,11 @@ def plot_growth(curves, path):
     figure, axes = plt.subplots(rows, columns, figsize=(11, 3.2 * rows), squeeze=False)
     for axis in axes.flat[len(curves):]:
         axis.axis("off")
-    for axis, (what, by_program) in zip(axes.flat, curves):
-        for who, points in by_program.items():
-            axis.loglog(*zip(*points), marker="o", color=COLORS.get(who),
-                        label=f"{who}: {growth_exponent(points):.2f}")
-        axis.set_title(what, fontsize=10)
+    for axis, (operation, by_implementation) in zip(axes.flat, curves):
+        for implementation, points in by_implementation.items():
+            axis.loglog(*zip(*points), marker="o", color=COLORS.get(implementation),
+                        label=f"{implementation}: {growth_exponent(points):.2f}")
+        axis.set_title(operation, fontsize=10)
         axis.set_xlabel("size")
         axis.set_ylabel("ns")
         axis.grid(True, alpha=0.3)
@@ -41,11 +41,11 @@ def draw_bars(axis, title, values):
     """Draws one bar for each program, with its median in milliseconds and a mark for each run."""
     values = {name: times for name, times in values.items() if times}
     order = sorted(values, key=lambda name: -statistics.median(values[name]))
-    for place, name in enumerate(order):
+    for row, name in enumerate(order):
         median = statistics.median(values[name])
-        axis.barh(place, median, color=OURS if "library" in name else OTHERS)
-        axis.plot(values[name], [place] * len(values[name]), "|", color="#24292f", alpha=0.5)
-        axis.annotate(f"{median:.3g}", (max(values[name]), place), xytext=(4, 0),
+        axis.barh(row, median, color=OURS if "library" in name else OTHERS)
+        axis.plot(values[name], [row] * len(values[name]), "|", color="#24292f", alpha=0.5)
+        axis.annotate(f"{median:.3g}", (max(values[name]), row), xytext=(4, 0),
                       textcoords="offset points", va="center", fontsize=8)
     axis.set_yticks(range(len(order)), [NAMES[name] for name in order], fontsize=8)
     axis.set_xscale("log")
@@ -59,12 +59,12 @@ def plot_screen(results, path):
     def milliseconds(runs, begin):
         return [time / 1e6 for time in spans(runs, begin, "white_start")]
 
-    over = results["over_a_host"]
+    over_host = results["over_a_host"]
     figure, axes = plt.subplots(1, 3, figsize=(14, 3.4))
     for axis, mode in zip(axes, ("warm", "cold")):
         draw_bars(axis, f"First call to white, {mode}",
                   {name: milliseconds(runs, "show_start")
-                   for (name, its_mode), runs in over.items() if its_mode == mode})
+                   for (name, run_mode), runs in over_host.items() if run_mode == mode})
     draw_bars(axes[2], "Process start to white",
               {name: milliseconds(runs, "process_start")
                for name, runs in results["from_start"].items()})

@@ -103,7 +103,7 @@ def game_section(game):
 
 def loading_section(loading):
     if not loading:
-        return "## Loading the library\n\nNot results."
+        return "## Loading the library\n\nNo results."
     def difference(key, step):
         return format_value(
             statistics.median([run[key][step] - run[key][0] for run in loading]), "KiB")
@@ -117,19 +117,20 @@ def loading_section(loading):
 
 def process_section(in_process):
     rows = []
-    for (what, size), runs in sorted(in_process.items(), key=lambda item: (item[0][0], item[0][1] or 0)):
+    for (operation, size), runs in sorted(in_process.items(), key=lambda item: (item[0][0], item[0][1] or 0)):
         ours = statistics.median(runs["library"])
-        for who, values in runs.items():
-            rows.append([what, size or "", who, format_median(values),
-                         "" if who == "library" else f"{ours / statistics.median(values):.2f}"])
+        for implementation, values in runs.items():
+            rows.append([operation, size or "", implementation, format_median(values),
+                         "" if implementation == "library" else f"{ours / statistics.median(values):.2f}"])
     return ("## Inside the process\n\nThe last column is the library's median divided by the median of "
-            "the row.\n\n" + format_table(["what", "size", "who", "time", "ratio"], rows))
+            "the row.\n\n" + format_table(["operation", "size", "implementation", "time", "ratio"], rows))
 
 
 def growth_section(curves):
-    return "## Growth\n\n" + format_table(["what", "who", "exponent"], [
-        [what, who, f"{growth_exponent(points):.2f}"]
-        for what, by_program in curves for who, points in by_program.items()]) + (
+    return "## Growth\n\n" + format_table(["operation", "implementation", "exponent"], [
+        [operation, implementation, f"{growth_exponent(points):.2f}"]
+        for operation, by_implementation in curves
+        for implementation, points in by_implementation.items()]) + (
             "\n\n![Plots of cost against size](bench-growth.svg)")
 
 

@@ -41,30 +41,30 @@ def add_cover_targets(table, over):
     """Adds the targets of a cover over the window of another program, cold and warm."""
     for mode in ("warm", "cold"):
         ours, bare = over["library", mode], over["bare", mode]
-        white = ("show_start", "white_start")
-        table.add_ratio(f"first call to white, {mode}", spans(ours, *white), spans(bare, *white), 1.15,
-                        "bare XCB")
+        white_span = ("show_start", "white_start")
+        table.add_ratio(f"first call to white, {mode}", spans(ours, *white_span),
+                        spans(bare, *white_span), 1.15, "bare XCB")
         for peer in ("sdl2", "qt6", "gtk3", "wx"):
-            table.add_lead(f"first call to white, {mode}", spans(ours, *white),
-                           spans(over[peer, mode], *white), 3, NAMES[peer])
-    gone = ("hide_start", "white_end")
-    table.add_ratio("start of hiding to the host visible", spans(over["library", "warm"], *gone),
-                    spans(over["bare", "warm"], *gone), 1.15, "bare XCB")
+            table.add_lead(f"first call to white, {mode}", spans(ours, *white_span),
+                           spans(over[peer, mode], *white_span), 3, NAMES[peer])
+    hiding_span = ("hide_start", "white_end")
+    table.add_ratio("start of hiding to the host visible", spans(over["library", "warm"], *hiding_span),
+                    spans(over["bare", "warm"], *hiding_span), 1.15, "bare XCB")
 
 
 def add_start_targets(table, start, objects):
-    white = ("process_start", "white_start")
-    table.add_ratio("process start to white", spans(start["library"], *white),
-                    spans(start["bare"], *white), 1.3, "bare XCB")
+    white_span = ("process_start", "white_start")
+    table.add_ratio("process start to white", spans(start["library"], *white_span),
+                    spans(start["bare"], *white_span), 1.3, "bare XCB")
     for peer in ("sdl2", "qt6", "gtk3"):
-        table.add_lead("process start to white", spans(start["library"], *white),
-                       spans(start[peer], *white), 7, NAMES[peer])
+        table.add_lead("process start to white", spans(start["library"], *white_span),
+                       spans(start[peer], *white_span), 7, NAMES[peer])
     memory = {name: [run["peak_kibibytes"] for run in runs] for name, runs in start.items()}
     table.add_ratio("peak resident memory", memory["library"], memory["bare"], 1.3, "bare XCB", "KiB")
-    foreign = [name for name in objects["library"][0]
-               if name not in objects["bare"][0] and not ALLOWED_OBJECTS.match(name)]
+    foreign_objects = [name for name in objects["library"][0]
+                       if name not in objects["bare"][0] and not ALLOWED_OBJECTS.match(name)]
     table.add("shared objects other than those of XCB and of the C++ runtime", "none",
-              ", ".join(foreign) or "none", not foreign)
+              ", ".join(foreign_objects) or "none", not foreign_objects)
 
 
 def add_countdown_targets(table, start):
@@ -76,8 +76,8 @@ def add_countdown_targets(table, start):
               f"{switches['library'] / switches['bare']:.2f}")
     drift = statistics.median(drifts(start["library"]))
     table.add("drift over 30 ticks", "at most 0.5 ms", format_value(drift), drift <= 500_000)
-    early = count_early_ticks(start["library"])
-    table.add("ticks that came early", "none", str(early), early == 0)
+    early_tick_count = count_early_ticks(start["library"])
+    table.add("ticks that came early", "none", str(early_tick_count), early_tick_count == 0)
 
 
 def add_game_targets(table, game):
@@ -85,13 +85,13 @@ def add_game_targets(table, game):
     if not all(game.values()):
         return
     ours, bare = pump_times(game["library"]), pump_times(game["bare"])
-    for what, value, limit, name in (
+    for what, statistic, limit, name in (
             ("99.9th percentile of vel_pump", lambda times: percentile(times, 99.9), FRAME / 10,
              "a tenth of a frame"),
             ("longest vel_pump", max, FRAME, "one frame")):
         table.add(f"{what} in a game", f"at most {name}: {format_value(limit)}",
-                  f"{format_value(value(ours))}; bare XCB {format_value(value(bare))}",
-                  value(ours) <= limit, f"{value(ours) / value(bare):.2f}")
+                  f"{format_value(statistic(ours))}; bare XCB {format_value(statistic(bare))}",
+                  statistic(ours) <= limit, f"{statistic(ours) / statistic(bare):.2f}")
     for what, key in (("comes", "missed_coming"), ("goes", "missed_going")):
         missed_frames = {name: statistics.fmean([run[key] for run in runs])
                          for name, runs in game.items()}
@@ -139,10 +139,10 @@ def operation_targets(results):
     """Returns the rows of the targets for operations that are too short for a user to notice."""
     table = TargetTable()
     over, start, inside = (results[key] for key in ("over_a_host", "from_start", "in_process"))
-    calls = ("show_start", "show_end")
+    call_span = ("show_start", "show_end")
     for mode in ("warm", "cold"):
-        table.add_ratio(f"the calls that show the cover, {mode}", spans(over["library", mode], *calls),
-                        spans(over["bare", mode], *calls), 1.25, "bare XCB")
+        table.add_ratio(f"the calls that show the cover, {mode}", spans(over["library", mode], *call_span),
+                        spans(over["bare", mode], *call_span), 1.25, "bare XCB")
     for percent, limit in ((50, 1.3), (99, 1.5)):
         table.add_ratio(f"error of a tick, percentile {percent}",
                         [percentile(tick_errors(start["library"]), percent)],

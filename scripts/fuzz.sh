@@ -23,7 +23,7 @@ require_packages build fuzz
 build_preset fuzz
 
 # The maximum input length, for fuzzers that ignore the rest of an input.
-declare -A longest=([random-script]=65)
+declare -A max_lengths=([random-script]=65)
 
 findings=build/fuzz/findings
 mkdir -p "$findings"
@@ -32,7 +32,7 @@ for name in "${names[@]}"; do
   corpus="build/fuzz/corpus/$name"
   log="build/fuzz/$name.log"
   dictionary="Fuzz/dictionaries/$name.dict"
-  options=(-max_total_time="$seconds" -max_len="${longest[$name]:-2048}" -timeout=20 -print_final_stats=1
+  options=(-max_total_time="$seconds" -max_len="${max_lengths[$name]:-2048}" -timeout=20 -print_final_stats=1
     -artifact_prefix="$findings/$name-")
   if [[ -f "$dictionary" ]]; then
     options+=(-dict="$dictionary")

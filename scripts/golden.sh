@@ -13,13 +13,13 @@ program=build/debug/bin/launchscreen
 
 # The exit status of `play` if the scenario ends with a fatal error. The trace of such a scenario is
 # complete.
-fatal=3
+fatal_error_status=3
 
 for trace in Tests/Host/Play/golden/*.jsonl; do
   name="$(basename "$trace")"
   status=0
   "$program" play "Examples/scenarios/${name%%--*}.json" >"$trace.new" || status=$?
-  if [[ $status -ne 0 && $status -ne $fatal ]]; then
+  if [[ $status -ne 0 && $status -ne $fatal_error_status ]]; then
     rm "$trace.new"
     exit "$status"
   fi

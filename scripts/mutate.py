@@ -44,12 +44,12 @@ REPLACEMENTS = [
 # Mutations that change no observable behaviour: (source, change) and the reason.
 MANAGER = "LaunchScreen/LaunchScreenManager.cpp"
 CONTROLLER = "LaunchScreen/View/macOS/LaunchScreenViewControllerMac.cpp"
-DURING_DESTRUCTION = "the manager is being destroyed"
+MANAGER_IS_DESTROYED = "the manager is being destroyed"
 REDUNDANT = "the member already has this value"
 EQUIVALENT = {
-    (MANAGER, "launchScreenExpired_ = true;"): DURING_DESTRUCTION,
-    (MANAGER, "without launchScreenExpired_ = false;"): DURING_DESTRUCTION,
-    (MANAGER, "without launchScreenExpirationTimer_ = nullptr;"): DURING_DESTRUCTION,
+    (MANAGER, "launchScreenExpired_ = true;"): MANAGER_IS_DESTROYED,
+    (MANAGER, "without launchScreenExpired_ = false;"): MANAGER_IS_DESTROYED,
+    (MANAGER, "without launchScreenExpirationTimer_ = nullptr;"): MANAGER_IS_DESTROYED,
     (MANAGER, "if (launchScreenExpirationTimeLeft() >= 0 && !appIsUnfocused()) {"):
         "without time left, the countdown does not start",
     (MANAGER, "without LaunchScreenConfiguration::setDefaultConfiguration(configuration);"):
@@ -59,51 +59,51 @@ EQUIVALENT = {
     (CONTROLLER, "without controller->setPresentationMode(LaunchScreenPresentationEmbedded);"):
         REDUNDANT,
     (CONTROLLER, "without controller->setAppWindow(nullptr);"): REDUNDANT,
-    (CONTROLLER, "without controller->setAppWindowStyleMask(kNothingSaved);"): REDUNDANT,
+    (CONTROLLER, "without controller->setAppWindowStyleMask(kNoSavedStyle);"): REDUNDANT,
 }
 SKIPPED = re.compile(r"^\s*(//|#|using |namespace |static constexpr auto kMethod)")
 
 
 def statements(lines):
-    """Yields (first line, last line) of each statement that can be removed."""
-    first = None
-    for number, line in enumerate(lines):
-        if first is None:
+    """Yields (index of the first line, index of the last line) of each statement that can be removed."""
+    first_index = None
+    for index, line in enumerate(lines):
+        if first_index is None:
             if re.match(r"^  \s*[\w(]", line) and not re.match(
                 r"^\s*(if|for|while|switch|case|default|else|struct|class|using|const|static|auto)\b",
                 line,
             ):
-                first = number
+                first_index = index
             else:
                 continue
-        text = "\n".join(lines[first : number + 1])
+        text = "\n".join(lines[first_index : index + 1])
         if line.rstrip().endswith("{"):
-            first = None
+            first_index = None
         elif re.search(r";\s*(//.*)?$", line) and text.count("(") == text.count(")"):
             if text.count("{") == text.count("}"):
-                yield first, number
-            first = None
+                yield first_index, index
+            first_index = None
 
 
 def mutations(source):
     """Yields (line number, description, complete new text) for each mutation of a source."""
     lines = (ROOT / source).read_text().split("\n")
-    for number, line in enumerate(lines):
+    for index, line in enumerate(lines):
         if SKIPPED.match(line) or "template" in line:
             continue
         code = line.split("//")[0]
         for pattern, replacements in REPLACEMENTS:
             for match in re.finditer(pattern, code):
                 for replacement in replacements:
-                    new = replacement if isinstance(replacement, str) else replacement(match[0])
-                    changed = line[: match.start()] + new + line[match.end() :]
-                    yield number + 1, changed.strip(), "\n".join(
-                        lines[:number] + [changed] + lines[number + 1 :])
+                    new_text = replacement if isinstance(replacement, str) else replacement(match[0])
+                    changed_line = line[: match.start()] + new_text + line[match.end() :]
+                    yield index + 1, changed_line.strip(), "\n".join(
+                        lines[:index] + [changed_line] + lines[index + 1 :])
     for first, last in statements(lines):
-        removed = "without " + " ".join(line.strip() for line in lines[first : last + 1])
-        if "return" in removed:
-            removed += " after " + lines[first - 1].strip()
-        yield first + 1, removed, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
+        description = "without " + " ".join(line.strip() for line in lines[first : last + 1])
+        if "return" in description:
+            description += " after " + lines[first - 1].strip()
+        yield first + 1, description, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
 
 
 def build():
@@ -116,11 +116,11 @@ def test_result():
     if build().returncode != 0:
         return "refused"
     try:
-        run = subprocess.run([PROGRAM, "--gtest_brief=1"], cwd=ROOT, timeout=60, check=False,
+        process = subprocess.run([PROGRAM, "--gtest_brief=1"], cwd=ROOT, timeout=60, check=False,
                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     except subprocess.TimeoutExpired:
         return "killed"
-    return "killed" if run.returncode != 0 else "LIVES"
+    return "killed" if process.returncode != 0 else "LIVES"
 
 
 def main():
@@ -130,8 +130,8 @@ def main():
     arguments.add_argument("--list", action="store_true", help="list the mutations without trying them")
     options = arguments.parse_args()
 
-    selected = [(source, *one) for source in SOURCES if options.only in str(source)
-             for one in mutations(source)][:: options.every]
+    selected = [(source, *mutation) for source in SOURCES if options.only in str(source)
+             for mutation in mutations(source)][:: options.every]
     if options.list:
         for source, number, change, _ in selected:
             print(f"{source}:{number}: {change}")
@@ -148,9 +148,9 @@ def main():
     subprocess.run(["cmake", "-S", COPY, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=",
                     "-DCMAKE_CXX_FLAGS=-O0 -D_GLIBCXX_ASSERTIONS", "-DVEL_TESTS=ON", "-DVEL_HOST=OFF",
                     "-DVEL_X11=OFF"], check=True, stdout=subprocess.DEVNULL)
-    first = build()
-    if first.returncode != 0 or test_result() != "LIVES":
-        sys.exit(f"the tests fail on the unchanged sources\n{first.stdout}")
+    first_build = build()
+    if first_build.returncode != 0 or test_result() != "LIVES":
+        sys.exit(f"the tests fail on the unchanged sources\n{first_build.stdout}")
 
     counts = {"killed": 0, "refused": 0, "LIVES": 0, "equivalent": 0}
     for source, number, change, text in selected:

@@ -98,8 +98,8 @@ void postWithPlainCodeKeepingAlive(benchmark::State& state) {
   benchmark::DoNotOptimize(call);
   for (auto _ : state) {
     for (const std::weak_ptr<Observer>& observer : registeredObservers) {
-      if (const std::shared_ptr<Observer> kept = observer.lock()) {
-        (kept.get()->*call)();
+      if (const std::shared_ptr<Observer> strongObserver = observer.lock()) {
+        (strongObserver.get()->*call)();
       }
     }
   }

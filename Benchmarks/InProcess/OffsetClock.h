@@ -11,7 +11,7 @@ namespace vel::bench {
 /// offset. Reading this clock costs as much as reading the system's clock.
 class OffsetClock final : public Clock {
  public:
-  [[nodiscard]] Nanoseconds now() const override { return real_.now() + offset_; }
+  [[nodiscard]] Nanoseconds now() const override { return realClock_.now() + offset_; }
   bool waitUntil(Nanoseconds /*deadline*/) override { return true; }
   void wake() override {}
 
@@ -19,7 +19,7 @@ class OffsetClock final : public Clock {
 
  private:
   std::unique_ptr<WaitSet> waitSet_ = makeWaitSet();
-  RealClock real_{*waitSet_};
+  RealClock realClock_{*waitSet_};
   Nanoseconds offset_ = 0;
 };
 

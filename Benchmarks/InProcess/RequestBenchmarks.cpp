@@ -35,12 +35,12 @@ BENCHMARK(parseWithLibrary)->Name("parse a request/library");
 void parseWithPlainCode(benchmark::State& state) {
   const std::map<std::string, std::string, std::less<>> parameters{
       {"mode", "skip"}, {"event", "launch_end"}, {"max_duration_time", "5.5"}};
-  bool skip = false;
+  bool isSkipMode = false;
   std::string event;
   double duration = 0;
   for (auto _ : state) {
     if (const auto entry = parameters.find("mode"); entry != parameters.end()) {
-      skip = entry->second == "skip";
+      isSkipMode = entry->second == "skip";
     }
     if (const auto entry = parameters.find("event"); entry != parameters.end()) {
       event = entry->second;
@@ -48,7 +48,7 @@ void parseWithPlainCode(benchmark::State& state) {
     if (const auto entry = parameters.find("max_duration_time"); entry != parameters.end()) {
       duration = static_cast<double>(std::strtof(entry->second.c_str(), nullptr));
     }
-    benchmark::DoNotOptimize(skip);
+    benchmark::DoNotOptimize(isSkipMode);
     benchmark::DoNotOptimize(event);
     benchmark::DoNotOptimize(duration);
   }
@@ -99,7 +99,7 @@ void loadContentWithPlainCode(benchmark::State& state) {
     double duration = 5;
   };
   struct Controller {
-    double left;
+    double secondsLeft;
     std::vector<void*> delegates;
     std::unique_ptr<std::string> view = std::make_unique<std::string>("view");
   };
@@ -111,15 +111,16 @@ void loadContentWithPlainCode(benchmark::State& state) {
   struct Manager {
     std::shared_ptr<Content> content = std::make_shared<Content>();
     std::string event;
-    double left = 0;
+    double secondsLeft = 0;
   };
   const auto request = std::make_shared<Request>();
   for (auto _ : state) {
     const auto manager = std::make_shared<Manager>();
     manager->event = request->event;
-    manager->left = request->duration;
+    manager->secondsLeft = request->duration;
     manager->content->request = request;
-    manager->content->controller = std::make_shared<Controller>(Controller{manager->left, {}});
+    manager->content->controller =
+        std::make_shared<Controller>(Controller{manager->secondsLeft, {}});
     manager->content->controller->delegates.push_back(manager.get());
     manager->content->state = 3;
     benchmark::DoNotOptimize(manager.get());
@@ -203,11 +204,11 @@ BENCHMARK(tempItemRequiredWithLibrary)
 void tempItemRequiredWithPlainCode(benchmark::State& state) {
   const std::vector<PlainWindow> windows(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) {
-    bool required = false;
+    bool isRequired = false;
     for (const PlainWindow& window : windows) {
-      required = required || hasCover(window);
+      isRequired = isRequired || hasCover(window);
     }
-    benchmark::DoNotOptimize(required);
+    benchmark::DoNotOptimize(isRequired);
   }
 }
 BENCHMARK(tempItemRequiredWithPlainCode)
@@ -223,15 +224,15 @@ void tempItemRequiredWithGLib(benchmark::State& state) {
     g_ptr_array_add(windows, g_ptr_array_new());
   }
   for (auto _ : state) {
-    bool required = false;
+    bool isRequired = false;
     for (guint index = 0; index < windows->len; ++index) {
       auto* const children = static_cast<GPtrArray*>(g_ptr_array_index(windows, index));
       for (guint child = 0; child < children->len; ++child) {
-        required = required ||
-                   g_str_equal(g_ptr_array_index(children, child), "LaunchScreenViewController");
+        isRequired = isRequired ||
+                     g_str_equal(g_ptr_array_index(children, child), "LaunchScreenViewController");
       }
     }
-    benchmark::DoNotOptimize(required);
+    benchmark::DoNotOptimize(isRequired);
   }
   g_ptr_array_unref(windows);
 }

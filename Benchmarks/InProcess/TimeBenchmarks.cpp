@@ -59,15 +59,15 @@ void fireTimerWithPlainCode(benchmark::State& state) {
   Counter counter;
   void (Counter::*call)() = &Counter::tick;
   benchmark::DoNotOptimize(call);
-  Nanoseconds due = 0;
+  Nanoseconds tickTime = 0;
   Nanoseconds offset = 0;
   for (auto _ : state) {
     offset += kTickInterval;
-    if (readClock() + offset >= due) {
-      due += kTickInterval;
+    if (readClock() + offset >= tickTime) {
+      tickTime += kTickInterval;
       (counter.*call)();
     }
-    benchmark::DoNotOptimize(due);
+    benchmark::DoNotOptimize(tickTime);
   }
 }
 BENCHMARK(fireTimerWithPlainCode)->Name("tick/plain");

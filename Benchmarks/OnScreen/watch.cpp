@@ -133,19 +133,19 @@ class Program {
     }
     posix_spawn_file_actions_destroy(&actions);
     close(output[1]);
-    output_ = output[0];
+    outputDescriptor_ = output[0];
   }
 
   [[nodiscard]] std::int64_t startTime() const { return startTime_; }
-  [[nodiscard]] int descriptor() const { return output_; }
-  [[nodiscard]] const std::string& output() const { return text_; }
+  [[nodiscard]] int descriptor() const { return outputDescriptor_; }
+  [[nodiscard]] const std::string& output() const { return output_; }
 
   /// Returns false at the end of the output, which is the end of the program.
   bool readOutput() {
     char text[4096];
-    const ssize_t length = read(output_, text, sizeof text);
+    const ssize_t length = read(outputDescriptor_, text, sizeof text);
     if (length > 0) {
-      text_.append(text, static_cast<std::size_t>(length));
+      output_.append(text, static_cast<std::size_t>(length));
     }
     return length != 0;
   }
@@ -159,9 +159,9 @@ class Program {
 
  private:
   pid_t process_ = 0;
-  int output_ = -1;
+  int outputDescriptor_ = -1;
   std::int64_t startTime_ = 0;
-  std::string text_;
+  std::string output_;
 };
 
 std::vector<Point> parsePoints(const std::string& text) {

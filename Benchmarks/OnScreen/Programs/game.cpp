@@ -28,12 +28,12 @@ using namespace vel::bench;
 
 constexpr std::int64_t kFramesPerSecond = 240;
 constexpr std::int64_t kFrameTime = 1'000'000'000 / kFramesPerSecond;
-constexpr std::int64_t kFramesBefore = kFramesPerSecond;
-constexpr std::int64_t kFramesAfter = kFramesPerSecond * 3 / 2;
-constexpr std::int64_t kQuarter = kFramesPerSecond / 4;
+constexpr std::int64_t kFramesBeforeCover = kFramesPerSecond;
+constexpr std::int64_t kFramesAfterCover = kFramesPerSecond * 3 / 2;
+constexpr std::int64_t kFramesPerQuarterSecond = kFramesPerSecond / 4;
 
-[[noreturn]] void fail(const std::string& why) {
-  std::fprintf(stderr, "game: %s\n", why.c_str());
+[[noreturn]] void fail(const std::string& reason) {
+  std::fprintf(stderr, "game: %s\n", reason.c_str());
   std::exit(1);
 }
 
@@ -54,13 +54,13 @@ class Cover {
 class NoCover final : public Cover {
  public:
   void show(const GameWindow& /*window*/, double seconds) override {
-    end_ = readClock() + static_cast<std::int64_t>(seconds * 1e9);
+    endTime_ = readClock() + static_cast<std::int64_t>(seconds * 1e9);
   }
   void pump() override {}
-  [[nodiscard]] bool isUp() const override { return readClock() < end_; }
+  [[nodiscard]] bool isUp() const override { return readClock() < endTime_; }
 
  private:
-  std::int64_t end_ = 0;
+  std::int64_t endTime_ = 0;
 };
 
 // A white child window and a small square whose shade changes as often as the library's indicator.
@@ -77,8 +77,8 @@ class BareCover final : public Cover {
     xcb_map_window(connection_, cover_);
     xcb_flush(connection_);
     const std::int64_t now = readClock();
-    end_ = now + static_cast<std::int64_t>(seconds * 1e9);
-    nextShade_ = now + kShadeTime;
+    endTime_ = now + static_cast<std::int64_t>(seconds * 1e9);
+    nextShadeTime_ = now + kShadeInterval;
   }
 
   void pump() override {
@@ -88,13 +88,13 @@ class BareCover final : public Cover {
     while (const OwnedReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
     }
     const std::int64_t now = readClock();
-    if (now >= end_) {
+    if (now >= endTime_) {
       xcb_destroy_window(connection_, cover_);
       xcb_flush(connection_);
       xcb_disconnect(connection_);
       connection_ = nullptr;
-    } else if (now >= nextShade_) {
-      nextShade_ += kShadeTime;
+    } else if (now >= nextShadeTime_) {
+      nextShadeTime_ += kShadeInterval;
       drawIndicator();
     }
   }
@@ -102,7 +102,7 @@ class BareCover final : public Cover {
   [[nodiscard]] bool isUp() const override { return connection_ != nullptr; }
 
  private:
-  static constexpr std::int64_t kShadeTime = 1'000'000'000 / 12;
+  static constexpr std::int64_t kShadeInterval = 1'000'000'000 / 12;
 
   xcb_window_t createChild(xcb_window_t parent, int x, int y, std::uint16_t width,
                            std::uint16_t height, std::uint32_t color) {
@@ -125,8 +125,8 @@ class BareCover final : public Cover {
   xcb_connection_t* connection_ = nullptr;
   xcb_window_t cover_ = XCB_WINDOW_NONE;
   xcb_window_t indicator_ = XCB_WINDOW_NONE;
-  std::int64_t end_ = 0;
-  std::int64_t nextShade_ = 0;
+  std::int64_t endTime_ = 0;
+  std::int64_t nextShadeTime_ = 0;
   std::uint32_t shade_ = 0;
 };
 
@@ -202,23 +202,23 @@ class Game {
   void run() {
     const std::int64_t start = readClock() + kFrameTime;
     const std::int64_t checkFrame =
-        kFramesBefore + static_cast<std::int64_t>(seconds_ * kFramesPerSecond / 2);
-    std::int64_t lastFrame = kFramesBefore + kFramesPerSecond * 60;
-    bool isChecked = false;
+        kFramesBeforeCover + static_cast<std::int64_t>(seconds_ * kFramesPerSecond / 2);
+    std::int64_t lastFrame = kFramesBeforeCover + kFramesPerSecond * 60;
+    bool isScreenChecked = false;
     while (frame_ < lastFrame) {
       sleepUntil(start + frame_ * kFrameTime);
       runFrame();
-      if (!isChecked && frame_ >= checkFrame) {
-        isChecked = true;
+      if (!isScreenChecked && frame_ >= checkFrame) {
+        isScreenChecked = true;
         checkScreen(isCoverVisible_);
       }
-      if (isShown_ && endFrame_ == 0 && !cover_->isUp()) {
+      if (isCoverShown_ && endFrame_ == 0 && !cover_->isUp()) {
         endFrame_ = frame_;
-        lastFrame = frame_ + kFramesAfter;
+        lastFrame = frame_ + kFramesAfterCover;
       }
-      const std::int64_t late = (readClock() - start) / kFrameTime - frame_;
-      missedFrames_.push_back({frame_, late});
-      frame_ += 1 + late;
+      const std::int64_t missedCount = (readClock() - start) / kFrameTime - frame_;
+      missedFrames_.push_back({frame_, missedCount});
+      frame_ += 1 + missedCount;
     }
     if (endFrame_ == 0) {
       fail("the cover has not ended");
@@ -227,12 +227,13 @@ class Game {
   }
 
   void print() const {
-    std::printf(
-        R"({"show": %lld, "missed_coming": %lld, "missed_going": %lld, "missed": %lld, )",
-        static_cast<long long>(showTime_),
-        static_cast<long long>(countMissed(kFramesBefore, kFramesBefore + kQuarter)),
-        static_cast<long long>(countMissed(endFrame_ - kQuarter, endFrame_ + kFramesPerSecond)),
-        static_cast<long long>(countMissed(0, frame_)));
+    std::printf(R"({"show": %lld, "missed_coming": %lld, "missed_going": %lld, "missed": %lld, )",
+                static_cast<long long>(showTime_),
+                static_cast<long long>(
+                    countMissed(kFramesBeforeCover, kFramesBeforeCover + kFramesPerQuarterSecond)),
+                static_cast<long long>(
+                    countMissed(endFrame_ - kFramesPerQuarterSecond, endFrame_ + kFramesPerSecond)),
+                static_cast<long long>(countMissed(0, frame_)));
     std::printf(R"("pumps": [)");
     const char* separator = "";
     for (const std::int64_t time : pumpTimes_) {
@@ -251,13 +252,13 @@ class Game {
   void runFrame() {
     window_.handleEvents();
     window_.draw(frame_);
-    if (!isShown_ && frame_ >= kFramesBefore) {
-      isShown_ = true;
+    if (!isCoverShown_ && frame_ >= kFramesBeforeCover) {
+      isCoverShown_ = true;
       const std::int64_t start = readClock();
       cover_->show(window_, seconds_);
       showTime_ = readClock() - start;
     }
-    if (isShown_ && (endFrame_ == 0 || frame_ < endFrame_ + kFramesPerSecond)) {
+    if (isCoverShown_ && (endFrame_ == 0 || frame_ < endFrame_ + kFramesPerSecond)) {
       const std::int64_t start = readClock();
       cover_->pump();
       pumpTimes_.push_back(readClock() - start);
@@ -283,7 +284,7 @@ class Game {
   bool isCoverVisible_;
   double seconds_;
   std::int64_t frame_ = 0;
-  bool isShown_ = false;
+  bool isCoverShown_ = false;
   std::int64_t endFrame_ = 0;
   std::int64_t showTime_ = 0;
   std::vector<std::int64_t> pumpTimes_;

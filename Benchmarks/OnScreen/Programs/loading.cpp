@@ -20,8 +20,8 @@ namespace {
 
 using namespace vel::bench;
 
-[[noreturn]] void fail(const std::string& why) {
-  std::cerr << "loading: " << why << "\n";
+[[noreturn]] void fail(const std::string& reason) {
+  std::cerr << "loading: " << reason << "\n";
   std::exit(1);
 }
 
@@ -84,14 +84,14 @@ int main(int argc, char** argv) {
   const std::int64_t start = readClock();
   // RTLD_NOW also looks up every function, so no later call has to look up a function.
   void* const library = dlopen(argv[1], RTLD_NOW);
-  const std::int64_t time = readClock() - start;
+  const std::int64_t loadTime = readClock() - start;
   if (library == nullptr) {
     fail(dlerror());
   }
   const Memory memoryAfterLoading = readMemory();
   showLaunchScreen(library, window.id());
   const Memory memoryWithCover = readMemory();
-  std::cout << R"({"load": )" << time << R"(, "resident": [)" << memoryBefore.residentKibibytes
+  std::cout << R"({"load": )" << loadTime << R"(, "resident": [)" << memoryBefore.residentKibibytes
             << ", " << memoryAfterLoading.residentKibibytes << ", "
             << memoryWithCover.residentKibibytes << R"(], "private": [)"
             << memoryBefore.privateKibibytes << ", " << memoryAfterLoading.privateKibibytes << ", "

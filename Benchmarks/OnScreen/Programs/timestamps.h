@@ -79,7 +79,7 @@ typedef struct {
   unsigned long window; /* the window to cover; 0: open a new window */
 } Arguments;
 
-static Mode mode_named(const char* name) {
+static Mode find_mode(const char* name) {
   static const char* const names[] = {"cold", "warm", "warm-adopting"};
   int mode;
   for (mode = 0; mode < 3; ++mode) {
@@ -97,7 +97,7 @@ static Arguments parse_arguments(int argc, char** argv) {
     fprintf(stderr, "usage: %s cold|warm|warm-adopting TICKS X Y WIDTH HEIGHT WINDOW\n", argv[0]);
     exit(2);
   }
-  arguments.mode = mode_named(argv[1]);
+  arguments.mode = find_mode(argv[1]);
   arguments.ticks = atoi(argv[2]);
   arguments.x = atoi(argv[3]);
   arguments.y = atoi(argv[4]);

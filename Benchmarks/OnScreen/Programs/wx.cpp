@@ -21,21 +21,21 @@ class SplashApplication final : public wxApp {
       return true;
     }
     splash_ = showWindow(wxSPLASH_NO_CENTRE, wxRect(FIRST_X, FIRST_Y, FIRST_WIDTH, FIRST_HEIGHT));
-    pause_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { continueAfterPause(); });
-    pause_.StartOnce(FIRST_MILLISECONDS);
+    pauseTimer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { continueAfterPause(); });
+    pauseTimer_.StartOnce(FIRST_MILLISECONDS);
     return true;
   }
 
  private:
-  static wxSplashScreen* showWindow(long centring, const wxRect& place) {
-    wxBitmap picture(place.width, place.height);
+  static wxSplashScreen* showWindow(long centringStyle, const wxRect& area) {
+    wxBitmap picture(area.width, area.height);
     {
       wxMemoryDC canvas(picture);
       canvas.SetBackground(*wxWHITE_BRUSH);
       canvas.Clear();
     }
-    return new wxSplashScreen(picture, centring | wxSPLASH_NO_TIMEOUT, 0, nullptr, wxID_ANY,
-                              place.GetPosition(), place.GetSize(), wxBORDER_NONE);
+    return new wxSplashScreen(picture, centringStyle | wxSPLASH_NO_TIMEOUT, 0, nullptr, wxID_ANY,
+                              area.GetPosition(), area.GetSize(), wxBORDER_NONE);
   }
 
   // Called twice: to close the first window, and then to show the measured window.
@@ -43,7 +43,7 @@ class SplashApplication final : public wxApp {
     if (splash_ != nullptr) {
       splash_->Destroy();
       splash_ = nullptr;
-      pause_.StartOnce(PAUSE_MILLISECONDS);
+      pauseTimer_.StartOnce(PAUSE_MILLISECONDS);
     } else {
       show_start = read_clock();
       showMeasuredWindow();
@@ -56,23 +56,23 @@ class SplashApplication final : public wxApp {
     splash_ = showWindow(wxSPLASH_CENTRE_ON_SCREEN,
                          wxRect(arguments.x, arguments.y, arguments.width, arguments.height));
     show_end = read_clock();
-    timer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { countTick(); });
-    timer_.Start(100);
+    tickTimer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { countTick(); });
+    tickTimer_.Start(100);
   }
 
   void countTick() {
     record_tick();
     if (tick_count >= arguments.ticks) {
       hide_start = read_clock();
-      timer_.Stop();
+      tickTimer_.Stop();
       splash_->Destroy();
       ExitMainLoop();
     }
   }
 
   wxSplashScreen* splash_ = nullptr;
-  wxTimer pause_;
-  wxTimer timer_;
+  wxTimer pauseTimer_;
+  wxTimer tickTimer_;
 };
 
 }  // namespace
@@ -82,8 +82,8 @@ wxIMPLEMENT_APP_NO_MAIN(SplashApplication);
 int main(int argc, char** argv) {
   arguments = parse_arguments(argc, argv);
   show_start = read_clock();
-  int one = 1;
-  const int status = wxEntry(one, argv);
+  int argumentCount = 1;
+  const int status = wxEntry(argumentCount, argv);
   print_timestamps();
   return status;
 }
