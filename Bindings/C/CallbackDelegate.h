@@ -13,8 +13,9 @@
 
 namespace vel {
 
-/// Calls the callbacks of the host. It receives what a host in C++ receives as a resolver delegate,
-/// as a view delegate and from the platform. Only the owning thread may use this class.
+/// Calls the callbacks of the host. The library uses this class as the host's resolver delegate and
+/// view delegate. The session passes log lines, events and reports of the platform to this class.
+/// Only the owning thread may use this class.
 ///
 /// This class calls `log_line`, `will_appear` and `may_disappear` immediately. It adds all other
 /// callbacks to the queue.

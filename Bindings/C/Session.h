@@ -45,13 +45,13 @@ class Session : NonCopyable {
   [[nodiscard]] VelState state() const;
 
   /// The number of the owning thread, from `currentThreadNumber`. The mutex of the registry of
-  /// sessions guards it.
+  /// sessions guards this member.
   std::uint64_t ownerThread = 0;
-  /// True if the owning thread has ended. The mutex of the registry of sessions guards it.
+  /// True if the owning thread has ended. The mutex of the registry of sessions guards this member.
   bool hasOwnerEnded = false;
 
-  /// Records that a function of the C interface has started. Every call needs a call of
-  /// `leaveFunction`.
+  /// Records that a function of the C interface has started. Call `leaveFunction` when the function
+  /// returns.
   void enterFunction();
   /// Records that a function of the C interface returns. Returns true if no other function is
   /// running.
@@ -65,8 +65,9 @@ class Session : NonCopyable {
   void markDestroyed();
   /// Any thread may call this function.
   [[nodiscard]] bool isDestroyed() const { return isDestroyed_; }
-  /// Returns the callback that reports the end of the launch screen. The caller calls it after the
-  /// session has ended. The callback is empty if the end has already been reported.
+  /// Returns the callback that reports the end of the launch screen. The caller must call the
+  /// callback after the session has ended. The callback is empty if the end has already been
+  /// reported.
   [[nodiscard]] std::function<void()> takeLastCallback() { return std::move(lastCallback_); }
 
  private:
@@ -92,7 +93,7 @@ class Session : NonCopyable {
   Weak<NSViewController> presentedController_;
   // True from the presentation of a launch screen until its end has been reported.
   bool isPresented_ = false;
-  // Why the presented launch screen has disappeared. Empty while it is shown.
+  // The reason why the presented launch screen has disappeared. No value while it is shown.
   std::optional<VelEndReason> endReason_;
   // True while `present` runs. The launch screen is not shown yet, but it has not ended.
   bool isPresenting_ = false;

@@ -52,7 +52,7 @@ Strong<NSDictionary> parametersFromJsonText(std::string_view text, std::string& 
     return nullptr;
   }
   if (!json.is_object()) {
-    error = std::string("the parameters are an object, not ") +
+    error = std::string("the parameters must be an object, not ") +
             (json.is_array() ? "a list" : "a single value");
     return nullptr;
   }

@@ -55,9 +55,9 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
-  const nlohmann::json defaults = nlohmann::json::object();
+  const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];
-  scenario.host = readHost(host.isPresent() ? host : JsonValue(&defaults, host.pointer()), names);
+  scenario.host = readHost(host.isPresent() ? host : JsonValue(&emptyHost, host.pointer()), names);
   double stepTime = 0;  // in seconds
   if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
