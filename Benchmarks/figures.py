@@ -6,11 +6,10 @@ import statistics
 NAMES = {"bare": "bare XCB", "bare-runtime": "bare XCB, C++ runtime loaded",
          "library": "VelLaunchScreen", "library-linked": "VelLaunchScreen, C++ runtime linked in",
          "sdl2": "SDL2", "qt6": "Qt 6", "gtk3": "GTK 3", "wx": "wxWidgets", "none": "no cover"}
-TICK = 100_000_000
+TICK_INTERVAL = 100_000_000  # nanoseconds
 
 
-def spread(values):
-    """Returns the interquartile range."""
+def interquartile_range(values):
     if len(values) < 2:
         return 0.0
     low, _, high = statistics.quantiles(values, n=4, method="inclusive")
@@ -29,15 +28,16 @@ def format_value(value, unit="ns"):
 def format_median(values):
     """Formats the median, the minimum and the interquartile range."""
     return (f"{format_value(statistics.median(values))} "
-            f"({format_value(min(values))}; {format_value(spread(values))})")
+            f"({format_value(min(values))}; {format_value(interquartile_range(values))})")
 
 
 def growth_exponent(points):
     """Returns the slope of the regression line of log(cost) over log(size)."""
-    xs = [math.log(size) for size, _ in points]
-    ys = [math.log(cost) for _, cost in points]
-    x, y = statistics.fmean(xs), statistics.fmean(ys)
-    return sum((a - x) * (b - y) for a, b in zip(xs, ys)) / sum((a - x) ** 2 for a in xs)
+    log_sizes = [math.log(size) for size, _ in points]
+    log_costs = [math.log(cost) for _, cost in points]
+    mean_size, mean_cost = statistics.fmean(log_sizes), statistics.fmean(log_costs)
+    products = [(size - mean_size) * (cost - mean_cost) for size, cost in zip(log_sizes, log_costs)]
+    return sum(products) / sum((size - mean_size) ** 2 for size in log_sizes)
 
 
 def growth_curves(in_process):
@@ -63,25 +63,25 @@ def tick_errors(runs):
     """Returns the delay of each tick minus the minimum delay in its run."""
     errors = []
     for run in runs:
-        delays = [tick - number * TICK for number, tick in enumerate(run["tick_times"])]
+        delays = [tick - number * TICK_INTERVAL for number, tick in enumerate(run["tick_times"])]
         errors += [value - min(delays) for value in delays]
     return errors
 
 
 def drifts(runs):
     """Returns for each run the error of the time from the first to the last tick."""
-    return [abs(run["tick_times"][-1] - run["tick_times"][0] - (len(run["tick_times"]) - 1) * TICK)
+    return [abs(run["tick_times"][-1] - run["tick_times"][0] - (len(run["tick_times"]) - 1) * TICK_INTERVAL)
             for run in runs if len(run["tick_times"]) > 1]
 
 
 def count_early_ticks(runs):
-    return sum(tick < run["show_start"] + (number + 1) * TICK
+    return sum(tick < run["show_start"] + (number + 1) * TICK_INTERVAL
                for run in runs for number, tick in enumerate(run["tick_times"]))
 
 
 def percentile(values, percent):
-    ordered = sorted(values)
-    return ordered[min(len(ordered) - 1, int(len(ordered) * percent / 100))]
+    sorted_values = sorted(values)
+    return sorted_values[min(len(sorted_values) - 1, int(len(sorted_values) * percent / 100))]
 
 
 def pump_times(runs):

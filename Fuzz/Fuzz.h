@@ -16,10 +16,10 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Aborts the process if `holds` is false, so that libFuzzer keeps the input.
+/// Aborts the process if `condition` is false, so that libFuzzer keeps the input.
 template <class... Parts>
-void require(bool holds, const Parts&... message) {
-  if (!holds) {
+void require(bool condition, const Parts&... message) {
+  if (!condition) {
     (std::cerr << ... << message) << std::endl;
     std::abort();
   }

@@ -14,12 +14,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) {
     return 0;
   }
-  const ParsedSetting& parsed = parsedSettings[data[0] % std::size(parsedSettings)];
+  const ParsedSetting& parsedSetting = parsedSettings[data[0] % std::size(parsedSettings)];
   Script script(data + 1, data + std::min(size, kMaxScriptLength + 1));
   for (std::uint8_t& action : script) {
     action = static_cast<std::uint8_t>(action % actions().size());
   }
-  const std::string violation = violationIn(parsed, invariants(), script);
-  vel::fuzz::require(violation.empty(), violation, "\n", scenarioText(parsed.setting, script));
+  const std::string violation = violationIn(parsedSetting, invariants(), script);
+  vel::fuzz::require(violation.empty(), violation, "\n",
+                     scenarioText(parsedSetting.setting, script));
   return 0;
 }

@@ -19,7 +19,7 @@ struct CHost {
   std::vector<std::string> callbackLines;
   std::vector<std::string> log;
   bool mayDisappear = true;
-  /// Called onCallback each callback with the callback's name. May be empty.
+  /// Called inside each callback with the callback's name. May be empty.
   std::function<void(const std::string& callback)> onCallback;
 
   /// Callbacks that call this host. No member is null.

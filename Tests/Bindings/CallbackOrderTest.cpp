@@ -1,4 +1,4 @@
-// Calls from onCallback callbacks: requests and presentations work or return VEL_BUSY.
+// Calls from inside callbacks: requests and presentations work or return VEL_BUSY.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -8,7 +8,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The parameter says how the launch screen is presentStatus.
+/// The parameter says how the launch screen is presented.
 class NextInDidDisappearTest : public CBindingTest,
                                public testing::WithParamInterface<VelPresentation> {
  protected:

@@ -1,4 +1,4 @@
-// vel_destroy in every state and onCallback every callback.
+// vel_destroy in every state and inside every callback.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
@@ -104,8 +104,8 @@ TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
       VelLaunchScreen* const staleHandle = screen;
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
       EXPECT_EQ(screen, nullptr);
-      VelLaunchScreen* copy = staleHandle;
-      EXPECT_EQ(vel_destroy(&copy), VEL_NOT_ALIVE);
+      VelLaunchScreen* handleCopy = staleHandle;
+      EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
       // The launch screen ends when the outermost call returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
@@ -181,7 +181,7 @@ TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The run onCallback the callback has already passed this time.
+  // The run inside the callback has already passed this time.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

@@ -11,7 +11,7 @@
 //   "missed_going"     the frames missed from a quarter of a second before the end of the cover
 //                      to one second after it
 //   "missed"           the frames missed in the whole run
-// A frame is missed if the game still works on the previous frame when it should start.
+// A frame is missed if the game still works on the previous frame when the frame should start.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 #include <VelLaunchScreen/vel_launch_screen.h>
 
@@ -203,7 +203,8 @@ class Game {
     const std::int64_t start = readClock() + kFrameTime;
     const std::int64_t checkFrame =
         kFramesBeforeCover + static_cast<std::int64_t>(seconds_ * kFramesPerSecond / 2);
-    std::int64_t lastFrame = kFramesBeforeCover + kFramesPerSecond * 60;
+    std::int64_t lastFrame =
+        kFramesBeforeCover + kFramesPerSecond * 60;  // if the cover does not end
     bool isScreenChecked = false;
     while (frame_ < lastFrame) {
       sleepUntil(start + frame_ * kFrameTime);

@@ -27,11 +27,11 @@ bool isOfKind(const std::string& line, std::string_view kind) {
 
 }  // namespace
 
-PlayResult playScenario(std::string_view scenario) {
-  const Scenario script = readScenario(scenario);
+PlayResult playScenario(std::string_view text) {
+  const Scenario scenario = readScenario(text);
   PlayResult result;
   Recorder recorder(result);
-  result.outcome = Player(script, recorder).play();
+  result.outcome = Player(scenario, recorder).play();
   return result;
 }
 

@@ -167,7 +167,7 @@ TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
       play(coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
                      R"({"do":"present","window":"player","mode":2,"content":"temporary"})"),
            0, kHostWithController);
-  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modalSteps-1","is":"opened"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-1","is":"opened"})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
@@ -457,12 +457,12 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   const std::string steps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
-      R"({"do":"makeKey","window":"modalSteps-1"},{"do":"closeWindow","window":"modalSteps-1"},)";
+      R"({"do":"makeKey","window":"modal-1"},{"do":"closeWindow","window":"modal-1"},)";
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
   EXPECT_THAT(linesAfter(trace, "closeWindow"),
-              Contains(R"("window":"modalSteps-1","is":"closed"})"));
-  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modalSteps-2","is":"opened"})"));
-  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modalSteps-1"})");
+              Contains(R"("window":"modal-1","is":"closed"})"));
+  EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
+  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
   EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
 }
 

@@ -221,7 +221,7 @@ TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleIsShown) {
 
 TEST(PlayInspectionTest, ManagersFlagsAreShown) {
   const std::string skipSteps =
-      R"({"do":"request","parameters":{"mode":"skipSteps","event":"e","max_duration_time":5}},)"
+      R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"})";
   json manager = lastInspection(play(skipSteps))["manager"];
   EXPECT_EQ(manager["appIsUnfocused"], true);
