@@ -27,7 +27,7 @@ class UsageError : public std::runtime_error {
 
 /// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
 /// `addShowCommand` add a command to the program. Parsing a command line that names the command
-/// sets their parameter `selectedCommand`.
+/// sets the parameter `selectedCommand` of these two functions.
 using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

@@ -54,7 +54,8 @@ class VEL_EXPORT CVPresentation : public Protocol<CVPresentation> {
   using Optional = Operations<&Adopter::rewarded, &Adopter::completedView>;
 };
 
-/// A presentation of content over a window of the host. Only the main thread may use it.
+/// A presentation of content over a window of the host. Only the main thread may use a
+/// presentation.
 class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
  public:
   /// The controller that covers the window, or null.

@@ -86,7 +86,7 @@ class VEL_EXPORT LaunchScreenManager final
       const Strong<LaunchScreenViewController>& controller) override;
   bool canLaunchScreenControllerDismiss(
       const Strong<LaunchScreenViewController>& controller) override;
-  /// Does nothing. The library never calls it.
+  /// Does nothing. The library never calls this operation.
   void launchScreenControllerWillDismiss(const Strong<LaunchScreenViewController>& controller);
   void launchScreenControllerDidDismiss(
       const Strong<LaunchScreenViewController>& controller) override;

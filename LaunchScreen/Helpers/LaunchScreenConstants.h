@@ -13,8 +13,8 @@ struct LaunchScreenContentRequestKeys {
   std::string_view mode;
   /// The mode in which the host may close the launch screen at any time.
   std::string_view skip;
-  /// The mode in which the host may not close the launch screen early. The library never compares
-  /// it: every value other than `skip` has this meaning.
+  /// The mode in which the host may not close the launch screen early. The library does not check
+  /// for this value, because every value other than `skip` has this meaning.
   std::string_view forced;
   /// Key of the maximum time for which the launch screen is shown, in seconds.
   std::string_view maxDurationTime;

@@ -31,7 +31,7 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
 
 }  // namespace
 
-// Never destroyed: the destructors of static windows read it.
+// Never destroyed: the destructors of static windows read this variable.
 Strong<NSApplication>& NSApp = *new Strong<NSApplication>();
 
 Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowSystem) {

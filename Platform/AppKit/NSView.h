@@ -42,7 +42,7 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] CGRect frame() const { return frame_; }
   /// Moves and resizes the view. Autoresizing masks and constraints then place the subviews.
   void setFrame(CGRect frame);
-  /// The view's rectangle in its own coordinates. Its origin is zero.
+  /// The view's rectangle in the view's own coordinates. The origin of this rectangle is zero.
   [[nodiscard]] CGRect bounds() const { return {{}, frame_.size}; }
 
   [[nodiscard]] Strong<NSView> superview() const { return superview_.lock(); }
@@ -51,8 +51,8 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   /// The window that contains the view, or null.
   [[nodiscard]] Strong<NSWindow> window() const;
 
-  /// Adds `view` in front of the other subviews. Removes it from its current superview first. If
-  /// this view is in an open window, the controllers of `view` appear. Ignores null, this view
+  /// Adds `view` in front of the other subviews. Removes `view` from its current superview first.
+  /// If this view is in an open window, the controllers of `view` appear. Ignores null, this view
   /// itself and a view that contains this view.
   void addSubview(const Strong<NSView>& view);
   /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds

@@ -68,7 +68,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const {
     return presentedControllers_;
   }
-  /// The controller that presents this controller. It may be this controller itself. Null if this
+  /// The controller that presents this controller. A controller may present itself. Null if this
   /// controller is not presented.
   [[nodiscard]] Strong<NSViewController> presentingViewController() const {
     return presentingController_.lock();

@@ -21,7 +21,7 @@ class VEL_EXPORT NSNotificationCenter {
   static NSNotificationCenter& defaultCenter();
 
   /// Registers `observer` for notifications with this name and object. If `object` is null,
-  /// registers it for notifications with any object. Example:
+  /// registers `observer` for notifications with any object. Example:
   /// `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name, nullptr)`. An
   /// observer that is registered twice receives a notification twice. Ignores a null observer.
   template <auto Selector, class Observer>

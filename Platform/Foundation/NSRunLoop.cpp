@@ -16,7 +16,7 @@ bool containsMode(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-// The bits of `wakeState_`. Other threads read them to decide whether they must end a wait.
+// The bits of `wakeState_`. Another thread reads these bits to decide whether it must end a wait.
 constexpr unsigned kIsIdle = 1;     // no pass is running: a wake-up has to end a wait
 constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the pass began
 

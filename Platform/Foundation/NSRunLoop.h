@@ -65,8 +65,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 
-  /// The mode of the passes that `pump`, `runUntilDate` and `runUntil` run. They read the mode
-  /// before each pass, so a callback may change the mode of the next pass.
+  /// The mode of the passes that `pump`, `runUntilDate` and `runUntil` run. These functions read
+  /// the mode before each pass, so a callback may change the mode of the next pass.
   void setMode(NSRunLoopMode mode) { mode_ = mode; }
   [[nodiscard]] NSRunLoopMode mode() const { return mode_; }
 

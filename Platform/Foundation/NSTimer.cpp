@@ -42,7 +42,7 @@ void NSTimer::invalidate() {
     return;
   }
   isValid_ = false;
-  // Keeps the timer alive: the run loop may hold the only reference to it.
+  // Keeps the timer alive: the run loop may hold the only reference to the timer.
   const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().removeTimer(*this);
   // Released when the function returns: the target's destructor may use this timer.

@@ -17,8 +17,8 @@ inline constexpr NSRunLoopMode NSModalPanelRunLoopMode = NSRunLoopMode::ModalPan
 inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::EventTracking;
 
 /// A timer of the run loop. It calls an operation of its target after an interval, once or
-/// repeatedly. It keeps the target alive until it is invalidated or, if it does not repeat, until
-/// it fires. Only the main thread may use a timer.
+/// repeatedly. The timer keeps its target alive until the timer is invalidated or, if the timer
+/// does not repeat, until it fires. Only the main thread may use a timer.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
   /// Calls the timer's operation on the target.

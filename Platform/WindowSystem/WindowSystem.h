@@ -87,8 +87,9 @@ struct WindowPicture {
   std::vector<std::uint8_t> pixels;
 };
 
-/// Receives a back end's reports about windows. A back end calls it from `deliverEvents`. A back
-/// end that knows the result of an operation immediately also calls it from inside the operation.
+/// Receives a back end's reports about windows. A back end calls the delegate from `deliverEvents`.
+/// A back end that knows the result of an operation immediately also calls the delegate from inside
+/// the operation.
 class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
  public:
   virtual ~WindowSystemDelegate() = default;
@@ -97,7 +98,7 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// focus.
   virtual void focusMoved(WindowHandle window) = 0;
   /// The user switched from another application to `window`. The back end has already called
-  /// `focusMoved` for it. None means the window that had the focus when the user left.
+  /// `focusMoved` for this window. None means the window that had the focus when the user left.
   virtual void applicationActivated(WindowHandle window) = 0;
   /// The user switched to another application. Called before the `focusMoved` that reports None.
   virtual void applicationDeactivated() = 0;
@@ -132,8 +133,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Sets the receiver of all reports; null stops them. The back end does not own the delegate.
   virtual void setDelegate(WindowSystemDelegate* delegate) = 0;
 
-  /// The handle that becomes readable when events arrive. It is invalid if the window system has no
-  /// such handle.
+  /// The handle that becomes readable when events arrive. The handle is invalid if the window
+  /// system has no such handle.
   [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
   /// Reports the events that have arrived. Returns true if there were any. May block for a round
   /// trip to the window system, but never to wait for an event.

@@ -6,8 +6,8 @@ namespace vel::x11 {
 
 /// Prevents SIGPIPE from ending the process. XCB raises SIGPIPE when it writes to a connection that
 /// the server has closed. The guard blocks the signal on the calling thread, and restores the
-/// thread's signal mask when it is destroyed. Create a guard in each scope that may write to the
-/// connection. A `RequestBatch` contains a guard.
+/// thread's signal mask when the guard is destroyed. Create a guard in each scope that may write to
+/// the connection. A `RequestBatch` contains a guard.
 class BrokenPipeGuard final : public NonCopyable {
  public:
   BrokenPipeGuard();

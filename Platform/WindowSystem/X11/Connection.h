@@ -107,7 +107,8 @@ class Connection final : public NonCopyable {
   /// Requests a property. The overload of `readProperty` with a cookie reads the reply.
   [[nodiscard]] xcb_get_property_cookie_t requestProperty(xcb_window_t window,
                                                           xcb_atom_t name) const;
-  /// Returns a property, or no value if the window does not have it. Blocks for a round trip.
+  /// Returns a property, or no value if the window does not have the property. Blocks for a round
+  /// trip.
   std::optional<Property> readProperty(xcb_get_property_cookie_t cookie, xcb_window_t window);
   std::optional<Property> readProperty(xcb_window_t window, xcb_atom_t name);
   /// Like `readProperty`, but logs no error if the window does not exist.

@@ -413,8 +413,8 @@ bool Cover::isObscuredBy(const xcb_generic_event_t& event) const {
   }
 }
 
-// Restacks from the top down. If it restacked from the bottom up, a lower window would briefly hide
-// the windows that belong above it.
+// Restacks from the top down. If this function restacked from the bottom up, a lower window would
+// briefly hide the windows that belong above it.
 void Cover::raise() {
   xcb_window_t sibling = XCB_WINDOW_NONE;  // the window that was raised last
   const auto restack = [this, &sibling](const Child& child) {

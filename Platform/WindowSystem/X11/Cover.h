@@ -53,7 +53,7 @@ class Cover final : public NonCopyable {
   /// scene is empty.
   [[nodiscard]] bool isMapped() const;
   /// The time by which the server should have mapped the children that show the scene. `kNever` if
-  /// it has mapped them, or if the scene is empty.
+  /// all these children are mapped, or if the scene is empty.
   [[nodiscard]] Nanoseconds mapDeadline() const;
   /// If `mapDeadline` has passed, logs once that the cover is not on the screen.
   void reportIfUnmapped(Nanoseconds now);

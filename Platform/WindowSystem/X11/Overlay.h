@@ -41,8 +41,8 @@ class Overlay final : public NonCopyable {
   /// Returns true if the server has the Shape extension, which an overlay needs.
   static bool isSupported(const Connection& connection);
 
-  /// Creates the overlay's window, unmapped. The caller then creates child windows in it and calls
-  /// `show`.
+  /// Creates the overlay's window, unmapped. The caller then creates child windows in the overlay
+  /// and calls `show`.
   void open(std::uint32_t backgroundPixel);
   /// Maps the overlay as soon as the adopted window is mapped. Does not block.
   void show();

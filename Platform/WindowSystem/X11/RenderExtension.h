@@ -9,8 +9,9 @@
 
 namespace vel::x11 {
 
-/// The picture formats of the server's Render extension. The first call of `formatOf` reads them
-/// from the server. Without the extension, no indicator is drawn, and this class logs one line.
+/// The picture formats of the server's Render extension. The first call of `formatOf` reads the
+/// formats from the server. Without the extension, no indicator is drawn, and this class logs one
+/// line.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection) : connection_(connection) {}

@@ -31,7 +31,7 @@ class RequestLog final : public NonCopyable {
 
   [[nodiscard]] bool hasErrors() const { return !errors_.empty(); }
   /// Writes the errors to the log and forgets them. Call this when all events have been processed,
-  /// because one of them may be the DestroyNotify that explains an error.
+  /// because one of the events may be the DestroyNotify that explains an error.
   void logErrors();
 
  private:

@@ -29,8 +29,8 @@ class RequestBatch final : public NonCopyable {
   BrokenPipeGuard guard_;  // destroyed after the flush
 };
 
-/// While an object of this class exists, the server processes no other client's requests. Hold it
-/// for a few requests only. The destructor flushes the connection.
+/// While an object of this class exists, the server processes no other client's requests. Hold
+/// the grab for a few requests only. The destructor flushes the connection.
 class ServerGrab final : public NonCopyable {
  public:
   explicit ServerGrab(Connection& connection);

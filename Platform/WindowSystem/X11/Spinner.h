@@ -13,9 +13,9 @@
 namespace vel::x11 {
 
 /// The picture of an indicator: twelve spokes with different shades. The caller animates the
-/// indicator: it calls `draw` with the next position after each `kFrameInterval`, so that the
-/// darkest spoke goes round once per second. The picture is the background of the window, so the
-/// server repaints it after an exposure.
+/// indicator by calling `draw` with the next position after each `kFrameInterval`. The darkest
+/// spoke then goes round once per second. The picture is the background of the window, so the
+/// server repaints the picture after an exposure.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;

@@ -7,14 +7,14 @@
 
 namespace vel::x11 {
 
-/// The windows of the back end, in the order of their X ids. Owned by `X11WindowSystem`.
+/// The windows of the back end, in the order of their X ids. `X11WindowSystem` owns the table.
 class WindowTable final : public NonCopyable {
  public:
   Window& add(Window window);
   void remove(xcb_window_t id);
   void clear();
 
-  /// Each returns null if there is no such window.
+  /// Each of these functions returns null if there is no such window.
   [[nodiscard]] Window* find(xcb_window_t id);
   [[nodiscard]] Window* find(WindowHandle handle) {
     return find(static_cast<xcb_window_t>(handle));
