@@ -34,12 +34,12 @@ std::size_t decimalPrefixLength(std::string_view text) {
     return 0;
   }
   if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
-    std::size_t exponent = end + 1;
-    if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) {
-      ++exponent;
+    std::size_t exponentStart = end + 1;
+    if (exponentStart < text.size() && (text[exponentStart] == '+' || text[exponentStart] == '-')) {
+      ++exponentStart;
     }
-    if (const std::size_t count = countDigits(text, exponent); count > 0) {
-      end = exponent + count;
+    if (const std::size_t count = countDigits(text, exponentStart); count > 0) {
+      end = exponentStart + count;
     }
   }
   return end;

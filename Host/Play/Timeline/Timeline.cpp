@@ -71,7 +71,8 @@ class Timeline::Marker {
   explicit Marker(Timeline& timeline) : timeline_(timeline) {}
 
   void operator()(const trace::StepStart& step) {
-    if (step.name != "inspect" && step.name != "request") {  // the result of a request gets a mark
+    // The result of a request gets a mark, so the step gets no mark.
+    if (step.name != "inspect" && step.name != "request") {
       timeline_.addMark(TimelineLane::Script, std::string(step.name));
     }
   }

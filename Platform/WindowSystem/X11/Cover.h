@@ -20,7 +20,7 @@ namespace vel::x11 {
 /// window, the shield. All these children are above the window's other children, and they take the
 /// pointer input. The picture of an item is the background of its child window, so the server shows
 /// the picture as soon as it maps the child. A child that fills the window is larger than the
-/// window, so it still fills the window after growth.
+/// window, so it still fills the window when the window grows.
 ///
 /// The owner of an adopted window can draw over the window's children. So if the first item of the
 /// scene fills an adopted window, the cover also opens an overlay above the window. The overlay

@@ -54,7 +54,8 @@ ScreenCoordinates::ScreenCoordinates(Connection& connection)
 
 void ScreenCoordinates::requestMonitors() {
   if (screenChangeEvent_ >= 0) {
-    pendingMonitors_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), 1);
+    constexpr std::uint8_t kActiveOnly = 1;
+    pendingMonitors_ = xcb_randr_get_monitors(connection_.get(), connection_.root(), kActiveOnly);
   }
 }
 
@@ -78,12 +79,13 @@ void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* 
     return;
   }
   bool hasMonitor = false;
-  for (auto next = xcb_randr_get_monitors_monitors_iterator(monitors); next.rem > 0;
-       xcb_randr_monitor_info_next(&next)) {
-    if (!hasMonitor || next.data->primary != 0) {
-      originMonitor_ = {next.data->x, next.data->y, next.data->width, next.data->height};
+  for (auto monitor = xcb_randr_get_monitors_monitors_iterator(monitors); monitor.rem > 0;
+       xcb_randr_monitor_info_next(&monitor)) {
+    if (!hasMonitor || monitor.data->primary != 0) {
+      originMonitor_ = {monitor.data->x, monitor.data->y, monitor.data->width,
+                        monitor.data->height};
     }
-    if (next.data->primary != 0) {
+    if (monitor.data->primary != 0) {
       return;
     }
     hasMonitor = true;

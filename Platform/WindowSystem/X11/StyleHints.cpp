@@ -46,7 +46,7 @@ struct MotifControl {
 };
 constexpr std::array<MotifControl, 3> kMotifControls{{
     {NSWindowStyleMaskResizable, kFunctionResize,
-     kFunctionResize | kFunctionMaximize,  // a maximised window has another size
+     kFunctionResize | kFunctionMaximize,  // maximising changes the size
      kDecorationResizeHandles | kDecorationMaximize},
     {NSWindowStyleMaskMiniaturizable, kFunctionMinimize, kFunctionMinimize, kDecorationMinimize},
     {NSWindowStyleMaskClosable, kFunctionClose, kFunctionClose, 0},
@@ -62,20 +62,20 @@ constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_heig
 constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
-// Returns the set without the bit that inverts it.
-std::uint32_t expandAll(std::uint32_t set, std::uint32_t every) {
-  return (set & kAll) != 0 ? every & ~set : set;
+// Returns an equal set without the bit that inverts a set.
+std::uint32_t resolveInversion(std::uint32_t set, std::uint32_t allBits) {
+  return (set & kAll) != 0 ? allBits & ~set : set;
 }
 
 std::uint32_t functionsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasFunctions) != 0
-             ? expandAll(motif[kMotifFunctions], kEveryFunction)
+             ? resolveInversion(motif[kMotifFunctions], kEveryFunction)
              : kEveryFunction;
 }
 
 std::uint32_t decorationsOf(const std::vector<std::uint32_t>& motif) {
   return (motif[kMotifFlags] & kHasDecorations) != 0
-             ? expandAll(motif[kMotifDecorations], kEveryDecoration)
+             ? resolveInversion(motif[kMotifDecorations], kEveryDecoration)
              : kEveryDecoration;
 }
 
@@ -155,7 +155,7 @@ StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, Pixel
   normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
-  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions are those of the content, not of a frame
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions refer to the content, not to a frame
   if ((styleMask & NSWindowStyleMaskResizable) == 0) {
     fixSize(normal, frame);
   }
