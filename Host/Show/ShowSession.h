@@ -45,7 +45,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
-  /// Dismisses the launch screen for the user. Does nothing in forced mode.
+  /// Dismisses the launch screen at the user's request. Does nothing in forced mode.
   void skip();
   /// Dismisses the launch screen without asking the delegates, restores the style of the player
   /// window and closes the window. An adopted window is released instead of closed. A second call

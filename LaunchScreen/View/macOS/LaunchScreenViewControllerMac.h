@@ -17,7 +17,7 @@ class LaunchScreenViewController;
 /// How the controller is presented. A value that is not listed here presents nothing.
 using LaunchScreenPresentationMode = std::int32_t;
 
-/// As a subview that fills the host window. Overrides the style of the host window.
+/// Shows the view as a subview that fills the host window, and overrides the window's style.
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationEmbedded = 0;
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationModalWindow = 1;
 inline constexpr LaunchScreenPresentationMode LaunchScreenPresentationSheet = 2;
@@ -112,8 +112,8 @@ class VEL_EXPORT LaunchScreenViewController final
 
   // The activity indicator. The library never calls the next two operations. A host that wants an
   // indicator calls them in this order after the view has been loaded.
-  /// Adds a new spinning indicator to the view and stores it in `activityIndicator`. It does not
-  /// remove a previous indicator from the view.
+  /// Adds a new spinning indicator to the view and stores the indicator in `activityIndicator`.
+  /// Does not remove a previous indicator from the view.
   void createActivityIndicator();
   /// Centres the indicator and makes it 32 points high. Does nothing if there is no indicator.
   void createConstraintsActivityIndicator();
