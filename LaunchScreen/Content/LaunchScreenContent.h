@@ -28,8 +28,8 @@ class VEL_EXPORT LaunchScreenContent final
  public:
   static Strong<LaunchScreenContent> init();
 
-  /// Stores a request and creates its view controller. On the main thread, this function creates the
-  /// view controller before it returns. On another thread, the main queue creates the view
+  /// Stores a request and creates its view controller. On the main thread, this function creates
+  /// the view controller before it returns. On another thread, the main queue creates the view
   /// controller later. The state then becomes loaded or failed. If the request has no parameters,
   /// the state becomes failed on the calling thread, before this function returns.
   void setContentRequest(Strong<ContentRequest> request);

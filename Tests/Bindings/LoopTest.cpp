@@ -97,8 +97,7 @@ TEST_F(CLoopTest, APumpNeverWaits) {
 TEST_F(CLoopTest, ARunWaitsForTheGivenTime) {
   const auto startTime = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
-  EXPECT_GE(std::chrono::steady_clock::now() - startTime,
-            std::chrono::milliseconds(20));
+  EXPECT_GE(std::chrono::steady_clock::now() - startTime, std::chrono::milliseconds(20));
 }
 
 using CVirtualLoopTest = CBindingTest;

@@ -13,7 +13,7 @@ from sources import source_files
 
 
 def main():
-    arguments = [a for a in sys.argv[1:] if a != "--fix"]
+    arguments = [argument for argument in sys.argv[1:] if argument != "--fix"]
     if len(arguments) != 2:
         sys.exit(__doc__)
     root, clang_format = Path(arguments[0]), arguments[1]

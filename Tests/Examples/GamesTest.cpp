@@ -21,8 +21,8 @@ using testing::ElementsAre;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr std::uint32_t kSky = 0x204080;  // the games' background
-constexpr std::uint32_t kBall = 0xFFB020;
+constexpr std::uint32_t kBackgroundColor = 0x204080;
+constexpr std::uint32_t kBallColor = 0xFFB020;
 constexpr std::size_t kMinimumCoveredFrames = 60;
 // The limit for a pump, in milliseconds. It is much longer than a pump takes on a busy machine, and
 // much shorter than a launch screen.
@@ -51,13 +51,14 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   bool waitForLine(HostProcess& host, std::string_view beginning) {
     return waitFor([&] { return host.hasPrinted(beginning); });
   }
-  std::vector<std::string> actions(xcb_window_t window) {
+  std::vector<std::string> allowedActions(xcb_window_t window) {
     return client.atomNames(window, "_NET_WM_ALLOWED_ACTIONS");
   }
   // True if the game's drawing is on the screen and nothing in the window is white.
   bool isDrawn(xcb_window_t window) {
     const auto colors = client.screenPicture(window).colors();
-    return colors.contains(kSky) && colors.contains(kBall) && !colors.contains(kWhite);
+    return colors.contains(kBackgroundColor) && colors.contains(kBallColor) &&
+           !colors.contains(kWhite);
   }
   // The title bar that the window manager draws, with its buttons.
   Picture titleBar(xcb_window_t window) {
@@ -104,7 +105,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   const xcb_window_t otherWindow = switchAway();  // pauses the countdown during the checks
   ASSERT_TRUE(waitFor([&] { return client.screenPicture(window).isAll(kWhite); }));
   EXPECT_TRUE(waitForLine(game, "controls kept"));
-  EXPECT_THAT(actions(window), hasNoButtons());
+  EXPECT_THAT(allowedActions(window), hasNoButtons());
   EXPECT_NE(titleBar(window), titleBarBefore);
   const auto reportCount = [&] {
     return std::ranges::count_if(game.lines(),
@@ -121,7 +122,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_EQ(recordedEvents(), "launch_end\n");
   ASSERT_TRUE(waitForLine(game, "uncovered"));
   EXPECT_TRUE(waitFor([&] { return isDrawn(window); }));
-  EXPECT_TRUE(waitFor([&] { return testing::Matches(hasControls())(actions(window)); }));
+  EXPECT_TRUE(waitFor([&] { return testing::Matches(hasControls())(allowedActions(window)); }));
   // metacity redraws its buttons when the focus moves, not when the buttons change.
   switchBack(switchAway(), window);
   EXPECT_TRUE(waitFor([&] { return titleBar(window) == titleBarBefore; }));

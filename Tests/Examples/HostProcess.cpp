@@ -12,19 +12,19 @@
 namespace vel::test {
 
 HostProcess::HostProcess(const std::vector<std::string>& arguments, const std::string& display) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+  std::array<int, 2> pipeEnds{};
+  if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  process_ = Process(arguments, display, {.output = ends[1]});
-  close(ends[1]);
-  output_ = ends[0];
+  process_ = Process(arguments, display, {.output = pipeEnds[1]});
+  close(pipeEnds[1]);
+  outputDescriptor_ = pipeEnds[0];
 }
 
-HostProcess::~HostProcess() { close(output_); }
+HostProcess::~HostProcess() { close(outputDescriptor_); }
 
 const std::vector<std::string>& HostProcess::lines() {
-  pollfd input{output_, POLLIN, 0};
+  pollfd input{outputDescriptor_, POLLIN, 0};
   while (poll(&input, 1, 0) > 0 && readOutput()) {
   }
   return lines_;
@@ -43,7 +43,7 @@ int HostProcess::wait() {
 
 bool HostProcess::readOutput() {
   std::array<char, 4096> buffer{};
-  const ssize_t size = read(output_, buffer.data(), buffer.size());
+  const ssize_t size = read(outputDescriptor_, buffer.data(), buffer.size());
   if (size <= 0) {
     return false;
   }

@@ -30,7 +30,7 @@ class HostProcess : NonCopyable {
   bool readOutput();
 
   Process process_;
-  int output_ = -1;
+  int outputDescriptor_ = -1;
   std::string incompleteLine_;
   std::vector<std::string> lines_;
 };

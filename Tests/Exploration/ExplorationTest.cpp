@@ -26,8 +26,8 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-std::string keyAfter(const ParsedSetting& parsed, const Script& script) {
-  ObservedPlay play(parsed, {});
+std::string keyAfter(const ParsedSetting& parsedSetting, const Script& script) {
+  ObservedPlay play(parsedSetting, {});
   for (const std::uint8_t action : script) {
     play.perform(action);
   }
@@ -156,20 +156,20 @@ class SettingTest : public testing::TestWithParam<std::size_t> {};
 
 // The key must contain every value that has an effect on the future.
 TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
-  const ParsedSetting parsed(settings()[GetParam()]);
+  const ParsedSetting parsedSetting(settings()[GetParam()]);
   std::map<std::string, Script> firstScripts;
   std::vector<Script> scripts{{}};
   for (std::size_t index = 0; index < scripts.size(); ++index) {
     const Script script = scripts[index];
-    const auto [firstScript, isNew] = firstScripts.emplace(keyAfter(parsed, script), script);
+    const auto [firstScript, isNew] = firstScripts.emplace(keyAfter(parsedSetting, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
     for (std::size_t action = 0; !isNew && action < actions().size(); ++action) {
-      EXPECT_EQ(keyAfter(parsed, continuations[action]),
-                keyAfter(parsed, continuationsOf(firstScript->second)[action]))
-          << scenarioText(parsed.setting, continuations[action]);
+      EXPECT_EQ(keyAfter(parsedSetting, continuations[action]),
+                keyAfter(parsedSetting, continuationsOf(firstScript->second)[action]))
+          << scenarioText(parsedSetting.setting, continuations[action]);
     }
   }
   EXPECT_LT(firstScripts.size(), scripts.size());
@@ -180,7 +180,7 @@ INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, s
 // Style exceptions
 
 struct Example {
-  std::string_view exception;
+  std::string_view exceptionName;
   std::vector<std::string_view> script;
   /// The styles of the host's windows after the script. The host gave the windows the styles 15, 7
   /// and 1.
@@ -216,9 +216,9 @@ class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};
 TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
-  ASSERT_EQ(exception.name, example.exception);
-  const ParsedSetting parsed(bareSetting());
-  ObservedPlay play(parsed, invariants());
+  ASSERT_EQ(exception.name, example.exceptionName);
+  const ParsedSetting parsedSetting(bareSetting());
+  ObservedPlay play(parsedSetting, invariants());
   for (const std::uint8_t action : scriptOf(example.script)) {
     play.perform(action);
   }

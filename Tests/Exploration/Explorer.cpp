@@ -17,9 +17,9 @@ void performAll(ObservedPlay& play, const Script& script) {
 
 }  // namespace
 
-std::string violationIn(const ParsedSetting& parsed, std::span<const Invariant> invariants,
+std::string violationIn(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants,
                         const Script& script) {
-  ObservedPlay play(parsed, invariants);
+  ObservedPlay play(parsedSetting, invariants);
   performAll(play, script);
   play.end();
   return play.violation();
@@ -27,22 +27,22 @@ std::string violationIn(const ParsedSetting& parsed, std::span<const Invariant> 
 
 Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                     std::size_t depth) {
-  const ParsedSetting parsed(setting);
+  const ParsedSetting parsedSetting(setting);
   Exploration exploration;
   // The hashes of the states' keys. The probability that any two of a million states have the same
   // hash is below 1 in 10^7.
-  std::unordered_set<std::size_t> knownStates;
+  std::unordered_set<std::size_t> knownStateHashes;
   std::vector<Script> scriptsToExtend;
   // Plays the script. Returns true if all invariants hold.
   const auto playScript = [&](const Script& script) {
     ++exploration.scriptCount;
-    ObservedPlay play(parsed, invariants);
+    ObservedPlay play(parsedSetting, invariants);
     performAll(play, script);
     if (!play.violation().empty()) {
       exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
-    if (knownStates.insert(std::hash<std::string>()(stateKey(play))).second) {
+    if (knownStateHashes.insert(std::hash<std::string>()(stateKey(play))).second) {
       scriptsToExtend.push_back(script);
       play.end();
     }
@@ -68,7 +68,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
     }
     ++exploration.depth;
   }
-  exploration.stateCount = knownStates.size();
+  exploration.stateCount = knownStateHashes.size();
   return exploration;
 }
 

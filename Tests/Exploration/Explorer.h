@@ -38,7 +38,7 @@ struct Exploration {
                                   std::size_t depth);
 
 /// Plays one script to its end. Returns the broken invariant, or an empty string.
-[[nodiscard]] std::string violationIn(const ParsedSetting& parsed,
+[[nodiscard]] std::string violationIn(const ParsedSetting& parsedSetting,
                                       std::span<const Invariant> invariants, const Script& script);
 
 }  // namespace vel::exploration

@@ -40,10 +40,11 @@ void addOnce(std::vector<Weak<T>>& list, const Strong<T>& object) {
 
 }  // namespace
 
-ObservedPlay::ObservedPlay(const ParsedSetting& parsed, std::span<const Invariant> invariants)
-    : setting_(parsed),
+ObservedPlay::ObservedPlay(const ParsedSetting& parsedSetting,
+                           std::span<const Invariant> invariants)
+    : setting_(parsedSetting),
       invariants_(invariants),
-      player_(parsed.scenario, *this),
+      player_(parsedSetting.scenario, *this),
       names_(player_.names()),
       mainContent_(manager()->content()),
       currentSample_(sampleOf(*manager())) {

@@ -74,7 +74,7 @@ struct History {
 class ObservedPlay final : private host::PlayListener {
  public:
   /// Both arguments must outlive the play.
-  ObservedPlay(const ParsedSetting& parsed, std::span<const Invariant> invariants);
+  ObservedPlay(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants);
   ~ObservedPlay() override;
 
   void perform(std::uint8_t action);

@@ -115,8 +115,8 @@ TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
 
 TEST_F(X11CBinding, CreatingAndDestroyingLeavesNoDescriptorOpen) {
   const auto descriptorCount = [] {
-    const std::filesystem::directory_iterator open("/proc/self/fd");
-    return std::distance(begin(open), end(open));
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::distance(begin(descriptors), end(descriptors));
   };
   const auto createAndDestroy = [this] {
     ASSERT_EQ(create(game), VEL_OK) << vel_last_error();

@@ -21,7 +21,7 @@ struct PlayResult {
 };
 
 /// Plays a scenario in JSON.
-PlayResult playScenario(std::string_view scenario);
+PlayResult playScenario(std::string_view text);
 
 /// Plays steps until the time `until` and returns the trace. `steps` is the content of a JSON
 /// array.

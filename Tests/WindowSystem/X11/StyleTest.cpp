@@ -103,7 +103,7 @@ TEST_F(X11Style, RestoresHintsIfTheMaskHasEveryBit) {
   EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
-TEST_F(X11Style, RestoresHintsThatTheGameWroteWhileOverridden) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteDuringTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
@@ -127,7 +127,7 @@ TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBefore) {
+TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
@@ -139,7 +139,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBefore) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeOverriding) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);

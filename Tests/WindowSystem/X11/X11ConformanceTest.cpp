@@ -10,7 +10,7 @@ class X11Display final : public TestDisplay {
  public:
   explicit X11Display(Manager manager)
       : client_(server_.display()), manager_(startManager(manager, server_, client_)) {
-    otherWindow_ = openGame({900, 600, 100, 100});
+    otherWindow_ = openVisibleGameWindow({900, 600, 100, 100});
     std::string error;
     system_ = X11WindowSystem::open(server_.display(), error);
     if (system_ == nullptr) {
@@ -37,11 +37,11 @@ class X11Display final : public TestDisplay {
   }
   void ownerDestroysWindow(WindowHandle window) override { client_.destroy(idOf(window)); }
   void serverClosesConnection() override { server_.kill(); }
-  std::uint64_t openForeignWindow() override { return openGame({100, 100, 200, 160}); }
+  std::uint64_t openForeignWindow() override { return openVisibleGameWindow({100, 100, 200, 160}); }
 
  private:
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
-  xcb_window_t openGame(PixelRect frame) {
+  xcb_window_t openVisibleGameWindow(PixelRect frame) {
     const xcb_window_t game = client_.openGameWindow(frame, 0);
     eventually([this, game] { return client_.isViewable(game); });
     return game;
@@ -55,7 +55,7 @@ class X11Display final : public TestDisplay {
 };
 
 template <Manager kManager>
-std::unique_ptr<TestDisplay> open() {
+std::unique_ptr<TestDisplay> openDisplay() {
   return std::make_unique<X11Display>(kManager);
 }
 
@@ -68,12 +68,12 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
           .reportsControlsKept = true};
 }
 
-INSTANTIATE_TEST_SUITE_P(X11, Conformance,
-                         testing::Values(backendWith("WithoutAManager", open<Manager::None>, false),
-                                         backendWith("UnderMetacity", open<Manager::Metacity>,
-                                                     true),
-                                         backendWith("UnderOpenbox", open<Manager::Openbox>, true)),
-                         nameOfBackend);
+INSTANTIATE_TEST_SUITE_P(
+    X11, Conformance,
+    testing::Values(backendWith("WithoutAManager", openDisplay<Manager::None>, false),
+                    backendWith("UnderMetacity", openDisplay<Manager::Metacity>, true),
+                    backendWith("UnderOpenbox", openDisplay<Manager::Openbox>, true)),
+    nameOfBackend);
 
 }  // namespace
 }  // namespace vel::test

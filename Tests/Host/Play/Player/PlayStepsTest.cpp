@@ -459,8 +459,7 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
       R"({"do":"makeKey","window":"modal-1"},{"do":"closeWindow","window":"modal-1"},)";
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
-  EXPECT_THAT(linesAfter(trace, "closeWindow"),
-              Contains(R"("window":"modal-1","is":"closed"})"));
+  EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
   const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
   EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
