@@ -7,7 +7,7 @@ namespace vel::host {
 ScenarioError::ScenarioError(const std::string& pointer, std::string_view expectedValue)
     : std::runtime_error(
           (pointer.empty() ? "\"\" (the document)" : escapeControlCharacters(pointer)) +
-          ": expectedValue " + escapeControlCharacters(expectedValue)) {}
+          ": expected " + escapeControlCharacters(expectedValue)) {}
 
 std::string escapeControlCharacters(std::string_view text) {
   std::string result;
