@@ -193,7 +193,7 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   }
   const auto id = static_cast<xcb_window_t>(nativeId);
   if (windows_.findByIdOrCoverId(id) != nullptr) {
-    return "it is already adoptedWindow";
+    return "it is already adopted";
   }
   if (id == connection_->root()) {
     return "it is the root window";
