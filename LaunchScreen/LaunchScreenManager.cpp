@@ -225,11 +225,11 @@ bool LaunchScreenManager::tempItemRequired() const {
     return true;
   }
   const std::string_view className = LaunchScreenViewController::staticClassName();
-  Strong<NSWindow> front = send(NSApp, &NSApplication::keyWindow);
-  if (front == nullptr) {
-    front = send(NSApp, &NSApplication::mainWindow);
+  Strong<NSWindow> frontWindow = send(NSApp, &NSApplication::keyWindow);
+  if (frontWindow == nullptr) {
+    frontWindow = send(NSApp, &NSApplication::mainWindow);
   }
-  if (holdsChildOfClass(front, className)) {
+  if (holdsChildOfClass(frontWindow, className)) {
     return true;
   }
   for (const Strong<NSWindow>& window : send(NSApp, &NSApplication::orderedWindows)) {

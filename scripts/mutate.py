@@ -54,7 +54,7 @@ EQUIVALENT = {
         "without time left, the countdown does not start",
     (MANAGER, "without LaunchScreenConfiguration::setDefaultConfiguration(configuration);"):
         "this object is the default configuration",
-    (MANAGER, "without return true; after if (holdsChildOfClass(front, className)) {"):
+    (MANAGER, "without return true; after if (holdsChildOfClass(frontWindow, className)) {"):
         "a key or main window is on the screen, so the search of all windows finds it too",
     (CONTROLLER, "without controller->setPresentationMode(LaunchScreenPresentationEmbedded);"):
         REDUNDANT,
