@@ -71,7 +71,7 @@ class Server:
     def run(self, program, *arguments):
         """Runs a program that prints one JSON object. Returns the object, or None if it failed."""
         process = subprocess.run([BIN / f"bench-{program}", *map(str, arguments)], env=self.environment,
-                             capture_output=True, text=True, timeout=120, check=False)
+                                 capture_output=True, text=True, timeout=120, check=False)
         if process.returncode != 0:
             print_status(f"{program}: status {process.returncode}: {process.stderr.strip()}")
             return None

@@ -99,11 +99,12 @@ def mutations(source):
                     changed_line = line[: match.start()] + new_text + line[match.end() :]
                     yield index + 1, changed_line.strip(), "\n".join(
                         lines[:index] + [changed_line] + lines[index + 1 :])
-    for first, last in statements(lines):
-        description = "without " + " ".join(line.strip() for line in lines[first : last + 1])
+    for first_index, last_index in statements(lines):
+        description = "without " + " ".join(line.strip() for line in lines[first_index : last_index + 1])
         if "return" in description:
-            description += " after " + lines[first - 1].strip()
-        yield first + 1, description, "\n".join(lines[:first] + ["  ;"] + lines[last + 1 :])
+            description += " after " + lines[first_index - 1].strip()
+        yield first_index + 1, description, "\n".join(
+            lines[:first_index] + ["  ;"] + lines[last_index + 1 :])
 
 
 def build():
@@ -117,7 +118,7 @@ def test_result():
         return "refused"
     try:
         process = subprocess.run([PROGRAM, "--gtest_brief=1"], cwd=ROOT, timeout=60, check=False,
-                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     except subprocess.TimeoutExpired:
         return "killed"
     return "killed" if process.returncode != 0 else "LIVES"
@@ -131,7 +132,7 @@ def main():
     options = arguments.parse_args()
 
     selected = [(source, *mutation) for source in SOURCES if options.only in str(source)
-             for mutation in mutations(source)][:: options.every]
+                for mutation in mutations(source)][:: options.every]
     if options.list:
         for source, number, change, _ in selected:
             print(f"{source}:{number}: {change}")
@@ -154,10 +155,10 @@ def main():
 
     counts = {"killed": 0, "refused": 0, "LIVES": 0, "equivalent": 0}
     for source, number, change, text in selected:
-        original = (ROOT / source).read_text()
+        original_text = (ROOT / source).read_text()
         (COPY / source).write_text(text)
         result = test_result()
-        (COPY / source).write_text(original)
+        (COPY / source).write_text(original_text)
         reason = EQUIVALENT.get((str(source), change))
         if result == "LIVES" and reason:
             result = "equivalent"

@@ -170,7 +170,7 @@ TEST_F(KeyWindowTest, ThePlatformObserverIsCalledJustBeforeEachNotification) {
 class MainWindowTest : public RecordedTest {
  protected:
   // Opens a key window with a content view controller that can present other controllers.
-  static Strong<NSWindow> openKeyWithController(std::string_view name) {
+  static Strong<NSWindow> openKeyWindowWithController(std::string_view name) {
     Strong<NSWindow> window = openKeyWindow(name);
     window->setContentViewController(make<NamedViewController>("Host"));
     return window;
@@ -200,17 +200,17 @@ TEST_F(MainWindowTest, IsMainWhenTheKeyNotificationIsPosted) {
 }
 
 TEST_F(MainWindowTest, IsNeverASheet) {
-  const auto window = openKeyWithController("A");
+  const auto window = openKeyWindowWithController("A");
   window->contentViewController()->presentViewControllerAsSheet(makeController("sheet"));
   EXPECT_EQ(NSApp->keyWindow(), window->sheets().at(0));
   EXPECT_EQ(mainWindowName(), "A");
 }
 
 TEST_F(MainWindowTest, IsNeverTheWindowOfAModalPresentation) {
-  const auto window = openKeyWithController("A");
-  const auto modal = makeController("modal");
-  window->contentViewController()->presentViewControllerAsModalWindow(modal);
-  EXPECT_EQ(NSApp->keyWindow(), modal->view()->window());
+  const auto window = openKeyWindowWithController("A");
+  const auto modalController = makeController("modal");
+  window->contentViewController()->presentViewControllerAsModalWindow(modalController);
+  EXPECT_EQ(NSApp->keyWindow(), modalController->view()->window());
   EXPECT_EQ(mainWindowName(), "A");
 }
 
@@ -246,7 +246,7 @@ TEST_F(MainWindowTest, StaysMainWhenAnotherWindowCloses) {
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, TheFrontWindowIsTheMainWindowOrTheForemostWindow) {
+TEST_F(MainWindowTest, TheDialogOwnerIsTheMainWindowOrTheFrontWindow) {
   EXPECT_EQ(nameOf(NSApp->dialogOwner()), "none");
   const auto backWindow = openWindow("A");
   openWindow("B");

@@ -82,13 +82,13 @@ TEST_F(SceneTest, TheSceneIncludesAViewAndItsChangesAfterWillAppear) {
     view->layer()->setBackgroundColor(kWhite);
     sceneInWillAppear = scene();
   });
-  const Scene expected{fillItem(CGRectMake(0, 0, 9, 9), kWhite),
-                       stillSpinner(CGRectMake(2, 2, 5, 5))};
+  const Scene expectedScene{fillItem(CGRectMake(0, 0, 9, 9), kWhite),
+                            stillSpinner(CGRectMake(2, 2, 5, 5))};
   Scene sceneInDidAppear;
   recorder.onNext("C did appear", [&] { sceneInDidAppear = scene(); });
   window->contentView()->addSubview(view);
   EXPECT_EQ(sceneInWillAppear, Scene{});
-  EXPECT_EQ(sceneInDidAppear, expected);
+  EXPECT_EQ(sceneInDidAppear, expectedScene);
 }
 
 TEST_F(SceneTest, TheSceneIncludesAContentViewAndItsChangesAfterWillAppear) {

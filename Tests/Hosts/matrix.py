@@ -30,9 +30,9 @@ def select(candidates, names):
     if not names:
         return candidates
     chosen_names = names.split(",")
-    unknown = set(chosen_names) - {candidate.name for candidate in candidates}
-    if unknown:
-        sys.exit("unknown: " + ", ".join(sorted(unknown)))
+    unknown_names = set(chosen_names) - {candidate.name for candidate in candidates}
+    if unknown_names:
+        sys.exit("unknown: " + ", ".join(sorted(unknown_names)))
     return [candidate for candidate in candidates if candidate.name in chosen_names]
 
 

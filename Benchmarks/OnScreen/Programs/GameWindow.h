@@ -24,7 +24,7 @@ class GameWindow {
     }
     screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
     window_ = xcb_generate_id(connection_);
-    const std::uint32_t values[] = {kBackground, XCB_EVENT_MASK_EXPOSURE};
+    const std::uint32_t values[] = {kBackgroundColor, XCB_EVENT_MASK_EXPOSURE};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen_->root, 320, 240, kWidth,
                       kHeight, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
@@ -55,8 +55,8 @@ class GameWindow {
   void draw(std::int64_t frame) {
     const xcb_rectangle_t background{0, 0, kWidth, kHeight};
     const xcb_rectangle_t ball{static_cast<std::int16_t>(frame % (kWidth - 60)), 200, 60, 60};
-    fill(kBackground, background);
-    fill(kBall, ball);
+    fill(kBackgroundColor, background);
+    fill(kBallColor, ball);
     xcb_flush(connection_);
   }
 
@@ -82,8 +82,8 @@ class GameWindow {
   }
 
  private:
-  static constexpr std::uint32_t kBackground = 0x204080;
-  static constexpr std::uint32_t kBall = 0xFFB020;
+  static constexpr std::uint32_t kBackgroundColor = 0x204080;
+  static constexpr std::uint32_t kBallColor = 0xFFB020;
 
   void fill(std::uint32_t color, const xcb_rectangle_t& rectangle) {
     xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &color);
