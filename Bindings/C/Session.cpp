@@ -57,8 +57,10 @@ std::uint64_t currentThreadNumber() {
   return number;
 }
 
-VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& callbacks,
-                          std::unique_ptr<Session>& session, std::string& error) {
+VelStatus Session::create(const VelCreateOptions& options,
+                          const std::optional<NativeWindow>& hostWindow,
+                          const VelCallbacks& callbacks, std::unique_ptr<Session>& session,
+                          std::string& error) {
   NSThread::becomeMainThread();
   const std::string display = options.display != nullptr ? options.display : "auto";
   std::unique_ptr<WindowSystem> windowSystem =
@@ -75,7 +77,7 @@ VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& c
   std::unique_ptr<Session> newSession(new Session());
   newSession->ownerThread = currentThreadNumber();
   newSession->callbacks_ = callbacks;
-  const VelStatus status = newSession->openWindow(options, error);
+  const VelStatus status = newSession->openWindow(options, hostWindow, error);
   if (status != VEL_OK) {
     return status;
   }
@@ -89,9 +91,10 @@ VelStatus Session::create(const VelCreateOptions& options, const VelCallbacks& c
   return VEL_OK;
 }
 
-VelStatus Session::openWindow(const VelCreateOptions& options, std::string& error) {
-  if (options.window != 0) {
-    window_ = NSApp->adoptWindow(options.window, error);
+VelStatus Session::openWindow(const VelCreateOptions& options,
+                              const std::optional<NativeWindow>& hostWindow, std::string& error) {
+  if (hostWindow) {
+    window_ = NSApp->adoptWindow(*hostWindow, error);
     if (window_ == nullptr) {
       return VEL_BAD_WINDOW;
     }

@@ -22,10 +22,13 @@ class CallbackDelegate;
 /// a comment says otherwise.
 class Session : NonCopyable {
  public:
-  /// Starts the application on a display, and opens or adopts the window. The options and the
-  /// callbacks must be valid. Stores the reason in `error` on failure.
-  static VelStatus create(const VelCreateOptions& options, const VelCallbacks& callbacks,
-                          std::unique_ptr<Session>& session, std::string& error);
+  /// Starts the application on a display. Adopts `hostWindow`, or opens a window if there is no
+  /// `hostWindow`. All arguments must be valid; the members `window` and `host_window` of `options`
+  /// are not read. Stores the reason in `error` on failure.
+  static VelStatus create(const VelCreateOptions& options,
+                          const std::optional<NativeWindow>& hostWindow,
+                          const VelCallbacks& callbacks, std::unique_ptr<Session>& session,
+                          std::string& error);
   /// Restores the window and ends the application, without calling a callback.
   ~Session();
 
@@ -74,7 +77,8 @@ class Session : NonCopyable {
   Session() = default;
 
   [[nodiscard]] Strong<NSViewController> controller() const;
-  VelStatus openWindow(const VelCreateOptions& options, std::string& error);
+  VelStatus openWindow(const VelCreateOptions& options,
+                       const std::optional<NativeWindow>& hostWindow, std::string& error);
   void connectSinks();
   void dismissNow();
   // Calls all waiting callbacks, even inside another operation.

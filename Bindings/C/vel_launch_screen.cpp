@@ -206,11 +206,15 @@ VelStatus storeResult(VelLaunchScreen* screen, Value* result, ReadValue&& readVa
 // a new member, add its new size and keep the previous sizes.
 constexpr std::array kCallbacksSizes{VEL_SIZE_UP_TO(VelCallbacks, display_lost),
                                      VEL_SIZE_UP_TO(VelCallbacks, ended)};
-constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks)};
+constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks),
+                                         VEL_SIZE_UP_TO(VelCreateOptions, host_window)};
+constexpr std::array kHostWindowSizes{VEL_SIZE_UP_TO(VelHostWindow, height)};
 constexpr std::array kRequestSizes{VEL_SIZE_UP_TO(VelRequest, seconds)};
 #undef VEL_SIZE_UP_TO
 // NOLINTEND(bugprone-macro-parentheses, bugprone-sizeof-expression)
 static_assert(kCallbacksSizes.back() == sizeof(VelCallbacks));
+static_assert(kCreateOptionsSizes.back() == sizeof(VelCreateOptions));
+static_assert(kHostWindowSizes.back() == sizeof(VelHostWindow));
 
 // Copies a structure of a published size. Also copies a structure of a later version if all its
 // unknown members are zero. In the copy, members that the structure does not have are zero. Returns
@@ -245,9 +249,51 @@ bool isKnownMode(const char* text) {
 
 bool isValidWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
 
-// Copies the options and the callbacks if they are valid.
+// Copies the description of the window to cover. Stores no value if the host has no window.
+VelStatus readHostWindow(const VelCreateOptions& options,
+                         std::optional<vel::NativeWindow>& hostWindow) {
+  hostWindow.reset();
+  if (options.window != 0) {
+    hostWindow = vel::X11WindowId{options.window};
+  }
+  if (options.host_window == nullptr) {
+    return VEL_OK;
+  }
+  if (hostWindow) {
+    return fail(VEL_INVALID_ARGUMENT, "the options have both a window and a host window");
+  }
+  const auto known = copyKnownMembers(options.host_window, kHostWindowSizes);
+  if (!known) {
+    return fail(VEL_INVALID_ARGUMENT, "the host window has an unknown size");
+  }
+  const bool isX11 = known->x11_window != 0;
+  const bool isCocoa = known->ns_window != nullptr || known->ns_window_number != 0;
+  const bool isWayland = known->wl_display != nullptr || known->wl_surface != nullptr ||
+                         known->xdg_toplevel != nullptr;
+  if (int{isX11} + int{isCocoa} + int{isWayland} != 1) {
+    return fail(VEL_INVALID_ARGUMENT, "a host window has members of one window system");
+  }
+  if (isX11) {
+    hostWindow = vel::X11WindowId{known->x11_window};
+  } else if (isCocoa) {
+    hostWindow = vel::CocoaWindow{known->ns_window, known->ns_window_number};
+  } else if (known->wl_display == nullptr || known->wl_surface == nullptr) {
+    return fail(VEL_INVALID_ARGUMENT, "the connection or the surface of the host is null");
+  } else if (known->width < 1 || known->height < 1 || !isValidWindowSide(known->width) ||
+             !isValidWindowSide(known->height)) {
+    return fail(VEL_INVALID_ARGUMENT, "the width and the height of a surface are 1 to 32767");
+  } else {
+    hostWindow = vel::WaylandSurface{.display = known->wl_display,
+                                     .surface = known->wl_surface,
+                                     .size = {known->width, known->height},
+                                     .toplevel = known->xdg_toplevel};
+  }
+  return VEL_OK;
+}
+
+// Copies the options, the callbacks and the host's window if they are valid.
 VelStatus readOptions(const VelCreateOptions* structure, VelCreateOptions& options,
-                      VelCallbacks& callbacks) {
+                      VelCallbacks& callbacks, std::optional<vel::NativeWindow>& hostWindow) {
   const auto knownOptions = copyKnownMembers(structure, kCreateOptionsSizes);
   if (!knownOptions) {
     return fail(VEL_INVALID_ARGUMENT, "the options are null or have an unknown size");
@@ -266,7 +312,7 @@ VelStatus readOptions(const VelCreateOptions* structure, VelCreateOptions& optio
   if (!isValidWindowSide(options.width) || !isValidWindowSide(options.height)) {
     return fail(VEL_INVALID_ARGUMENT, "the width and the height of a window are 1 to 32767 points");
   }
-  return VEL_OK;
+  return readHostWindow(options, hostWindow);
 }
 
 }  // namespace
@@ -316,7 +362,8 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
   *screen = nullptr;
   VelCreateOptions knownOptions = VEL_CREATE_OPTIONS_INIT;
   VelCallbacks knownCallbacks = VEL_CALLBACKS_INIT;
-  if (const VelStatus status = readOptions(options, knownOptions, knownCallbacks);
+  std::optional<vel::NativeWindow> hostWindow;
+  if (const VelStatus status = readOptions(options, knownOptions, knownCallbacks, hostWindow);
       status != VEL_OK) {
     return status;
   }
@@ -331,7 +378,8 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
   std::unique_ptr<Session> session;
   const VelStatus status = catchExceptions([&] {
     std::string error;
-    const VelStatus result = Session::create(knownOptions, knownCallbacks, session, error);
+    const VelStatus result =
+        Session::create(knownOptions, hostWindow, knownCallbacks, session, error);
     return result == VEL_OK ? VEL_OK : fail(result, error);
   });
   const std::scoped_lock lock(registry().mutex);

@@ -167,6 +167,30 @@ typedef struct VelCallbacks {
 #define VEL_CALLBACKS_INIT \
   { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
+/* The objects of libwayland-client. */
+struct wl_display;
+struct wl_surface;
+struct xdg_toplevel;
+
+/* A window for vel_create() to cover. Set the members of one window system, and leave all other
+ * members 0. All objects must stay valid until vel_destroy() returns. */
+typedef struct VelHostWindow {
+  size_t size;         /* sizeof(VelHostWindow) */
+  uint64_t x11_window; /* X11: the identifier of a window of any program */
+  void* ns_window;     /* macOS: an NSWindow of this process */
+  /* macOS: the windowNumber of an NSWindow of this process. Used if `ns_window` is null. */
+  int64_t ns_window_number;
+  struct wl_display* wl_display; /* Wayland: the connection of this process */
+  struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
+  /* Wayland: the role of the surface. Null: the library does not use the role. */
+  struct xdg_toplevel* xdg_toplevel;
+  double width;  /* Wayland: width of the surface in surface coordinates, 1 to 32767 */
+  double height; /* Wayland: height of the surface in surface coordinates, 1 to 32767 */
+} VelHostWindow;
+
+#define VEL_HOST_WINDOW_INIT \
+  { sizeof(VelHostWindow), 0, 0, 0, 0, 0, 0, 0, 0 }
+
 /* The options of vel_create(). */
 typedef struct VelCreateOptions {
   size_t size; /* sizeof(VelCreateOptions) */
@@ -184,10 +208,13 @@ typedef struct VelCreateOptions {
   int content_controller;
   VelTime time;                  /* the clock of the countdown */
   const VelCallbacks* callbacks; /* vel_create() copies the structure; null: no callbacks */
+  /* The window to cover, on any window system. vel_create() copies the structure. If this member is
+   * not null, `window` must be 0. Null: `window` names the window to cover. */
+  const VelHostWindow* host_window;
 } VelCreateOptions;
 
 #define VEL_CREATE_OPTIONS_INIT \
-  { sizeof(VelCreateOptions), 0, 0, 0, 0, 0, 0, 0, VEL_TIME_REAL, 0 }
+  { sizeof(VelCreateOptions), 0, 0, 0, 0, 0, 0, 0, VEL_TIME_REAL, 0, 0 }
 
 /* The parameters of a launch screen. */
 typedef struct VelRequest {
@@ -228,7 +255,8 @@ VEL_C_EXPORT const char* vel_last_error(void);
  * VEL_INVALID_ARGUMENT: `options` or `screen` is null, or an option has an invalid value.
  * VEL_ALREADY_EXISTS: this process already has a launch screen.
  * VEL_NO_DISPLAY: the display is not supported by this build or cannot be opened.
- * VEL_BAD_WINDOW: the window does not exist or cannot be covered. */
+ * VEL_BAD_WINDOW: the window does not exist, cannot be covered, or is a window of another window
+ * system than the display. */
 VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen);
 
 /* This interface ends a launch screen in any state, restores the window, and stores null in

@@ -47,6 +47,7 @@ CreateOptions = structure(
         ("content_controller", c_int),
         ("time", c_int),
         ("callbacks", c_void_p),
+        ("host_window", c_void_p),
     ],
 )
 Request = structure(

@@ -118,7 +118,7 @@ void ShowSession::openPlayerWindow() {
 
 void ShowSession::adoptPlayerWindow(std::uint64_t window) {
   std::string error;
-  playerWindow_ = NSApp->adoptWindow(window, error);
+  playerWindow_ = NSApp->adoptWindow(X11WindowId{window}, error);
   if (playerWindow_ == nullptr) {
     fail(error);
   } else if (!playerWindow_->isOnScreen()) {

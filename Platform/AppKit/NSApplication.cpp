@@ -91,8 +91,8 @@ Strong<NSWindow> NSApplication::dialogOwner() const {
   return orderedWindows_.empty() ? nullptr : orderedWindows_.front();
 }
 
-Strong<NSWindow> NSApplication::adoptWindow(std::uint64_t nativeId, std::string& error) {
-  const std::optional<AdoptedWindow> description = port()->adoptWindow(nativeId, error);
+Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::string& error) {
+  const std::optional<AdoptedWindow> description = port()->adoptWindow(native, error);
   if (!description) {
     return nullptr;
   }

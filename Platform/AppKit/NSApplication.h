@@ -49,10 +49,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts another program's window. The adopted window has the class name that its owner set. The
-  /// window is open as long as it exists, and counts as miniaturised while it is not on screen. On
-  /// failure, sets `error` to the reason and returns null.
-  Strong<NSWindow> adoptWindow(std::uint64_t nativeId, std::string& error);
+  /// Adopts a window that another program or the host has opened. The adopted window has the class
+  /// name that its owner set. The window is open as long as it exists, and counts as miniaturised
+  /// while it is not on screen. On failure, sets `error` to the reason and returns null.
+  Strong<NSWindow> adoptWindow(const NativeWindow& native, std::string& error);
 
   /// The window of the newest modal run; null without a modal run.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;

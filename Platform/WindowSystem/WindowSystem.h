@@ -17,6 +17,7 @@
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/Foundation/Time.h"
 #include "Platform/Foundation/WaitHandle.h"
+#include "Platform/WindowSystem/NativeWindow.h"
 
 namespace vel {
 
@@ -146,9 +147,10 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
 
   /// Creates a window that is not on screen yet.
   virtual WindowHandle createWindow(const WindowDescription& description) = 0;
-  /// Adopts another program's window. `nativeId` is the window system's own identifier. On failure,
-  /// sets `error` to the reason and returns `std::nullopt`.
-  virtual std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) = 0;
+  /// Adopts a window that another program or the host has opened. On failure, sets `error` to the
+  /// reason and returns `std::nullopt`.
+  virtual std::optional<AdoptedWindow> adoptWindow(const NativeWindow& native,
+                                                   std::string& error) = 0;
   /// Destroys a window that `createWindow` made. Restores and releases an adopted window.
   virtual void releaseWindow(WindowHandle window) = 0;
 

@@ -30,7 +30,7 @@ class ScriptedWindowSystem final : public WindowSystem {
     updateDeadline();
     return nextHandle;
   }
-  std::optional<AdoptedWindow> adoptWindow(std::uint64_t /*nativeId*/,
+  std::optional<AdoptedWindow> adoptWindow(const NativeWindow& /*native*/,
                                            std::string& error) override {
     updateDeadline();
     error = adoptionResult ? "" : "no such window";
@@ -140,7 +140,7 @@ class PollingHostTest : public ApplicationTest {
   std::string error;
   // Each operation starts from the state after the previous operation.
   std::vector<Operation> operations{
-      {"adoptWindow", [this] { NSApp->adoptWindow(7, error); }},
+      {"adoptWindow", [this] { NSApp->adoptWindow(X11WindowId{7}, error); }},
       {"orderFront", [this] { window->orderFront(); }},
       {"makeKeyWindow", [this] { window->makeKeyWindow(); }},
       {"setFrame", [this] { window->setFrame(CGRectMake(1, 2, 300, 200)); }},
@@ -301,7 +301,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowHasItsStateAtAdoption) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   windowSystem.adoptionResult = gameWindow();
   std::string error;
-  const auto window = NSApp->adoptWindow(42, error);
+  const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   ASSERT_NE(window, nullptr);
   EXPECT_EQ(error, "");
   EXPECT_EQ(window->className(), "PlayerWindow");
@@ -319,7 +319,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
   windowSystem.adoptionResult = gameWindow();
   windowSystem.adoptionResult->hasFocus = true;
   std::string error;
-  const auto window = NSApp->adoptWindow(42, error);
+  const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   EXPECT_EQ(recorder.takeEvents(), Events{"PlayerWindow becomes key"});
   EXPECT_EQ(NSApp->mainWindow(), window);
 }
@@ -329,7 +329,7 @@ TEST_F(ApplicationTest, AMiniaturisedWindowCanBeAdoptedAndDeminiaturised) {
   windowSystem.adoptionResult = gameWindow();
   windowSystem.adoptionResult->isOnScreen = false;
   std::string error;
-  const auto window = NSApp->adoptWindow(42, error);
+  const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_TRUE(windowOrder().empty());
@@ -340,7 +340,7 @@ TEST_F(ApplicationTest, AMiniaturisedWindowCanBeAdoptedAndDeminiaturised) {
 TEST_F(ApplicationTest, AFailedAdoptionReturnsNullAndAReason) {
   startScriptedWindowSystem();
   std::string error;
-  EXPECT_EQ(NSApp->adoptWindow(42, error), nullptr);
+  EXPECT_EQ(NSApp->adoptWindow(X11WindowId{42}, error), nullptr);
   EXPECT_EQ(error, "no such window");
   EXPECT_TRUE(windowOrder().empty());
 }
@@ -350,7 +350,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowIsClosedWhenItsOwnerDestroysIt) {
   windowSystem.adoptionResult = gameWindow();
   windowSystem.adoptionResult->hasFocus = true;
   std::string error;
-  const auto window = NSApp->adoptWindow(42, error);
+  const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   addController(window, "view");
   recorder.takeEvents();
   windowSystem.delegate->windowDestroyed(WindowHandle{7});

@@ -49,6 +49,13 @@ TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
                                       "did_disappear", "record_event launch_end"}));
 }
 
+TEST_F(StructureSizeTest, TheOptionsOfVersion10AdoptAWindow) {
+  VelCreateOptions current = virtualOptions();
+  current.window = 4711;
+  const Version10Structure<VelCreateOptions, kCreateOptionsSize10> options(current);
+  EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
+}
+
 TEST_F(StructureSizeTest, ASizeThatNoVersionHasIsRefused) {
   for (const std::size_t size :
        {std::size_t{0}, sizeof(std::size_t), kCallbacksSize10 - 8, kCallbacksSize10 - 1,

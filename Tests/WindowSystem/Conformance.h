@@ -28,8 +28,8 @@ class TestDisplay : public NonCopyable {
   virtual void ownerDestroysWindow(WindowHandle window) = 0;
   virtual void serverClosesConnection() = 0;
   /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
-  /// all controls. Returns the native id of the window, or 0 if the display has no other programs.
-  virtual std::uint64_t openForeignWindow() = 0;
+  /// all controls. Returns no value if the display has no windows of other programs.
+  virtual std::optional<NativeWindow> openForeignWindow() = 0;
 };
 
 /// A back end and its optional features.

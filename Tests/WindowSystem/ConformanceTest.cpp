@@ -245,21 +245,24 @@ TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {
 // Windows of other programs
 
 TEST_P(Conformance, AdoptingAnUnknownWindowFailsWithAReason) {
-  for (const std::uint64_t id : {std::uint64_t{0}, std::uint64_t{0x12345}, ~std::uint64_t{0}}) {
+  const std::vector<NativeWindow> unknownWindows{X11WindowId{0}, X11WindowId{0x12345},
+                                                 X11WindowId{~std::uint64_t{0}}, CocoaWindow{},
+                                                 WaylandSurface{}};
+  for (const NativeWindow& window : unknownWindows) {
     std::string error;
-    EXPECT_FALSE(system().adoptWindow(id, error).has_value());
+    EXPECT_FALSE(system().adoptWindow(window, error).has_value());
     EXPECT_NE(error, "");
   }
 }
 
 TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
-  const std::uint64_t id = display->openForeignWindow();
-  EXPECT_EQ(id != 0, GetParam().adoptsWindows);
-  if (id == 0) {
+  const std::optional<NativeWindow> foreign = display->openForeignWindow();
+  EXPECT_EQ(foreign.has_value(), GetParam().adoptsWindows);
+  if (!foreign) {
     return;
   }
   std::string error;
-  auto adoptedWindow = system().adoptWindow(id, error);
+  auto adoptedWindow = system().adoptWindow(*foreign, error);
   ASSERT_TRUE(adoptedWindow.has_value()) << error;
   EXPECT_EQ(adoptedWindow->className, "PlayerWindow");
   EXPECT_EQ(adoptedWindow->frame.size, (CGSize{200, 160}));
@@ -269,7 +272,7 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
   system().setStyleMask(adoptedWindow->handle, NSWindowStyleMaskTitled);
   system().releaseWindow(adoptedWindow->handle);
   deliver();
-  adoptedWindow = system().adoptWindow(id, error);
+  adoptedWindow = system().adoptWindow(*foreign, error);
   ASSERT_TRUE(adoptedWindow.has_value()) << error;
   EXPECT_TRUE(adoptedWindow->isOnScreen);
   EXPECT_EQ(adoptedWindow->styleMask, 15U);

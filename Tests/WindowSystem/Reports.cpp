@@ -107,7 +107,7 @@ void deliverAll(WindowSystem& system) {
   }
   // This call fails, but it blocks until the window system has processed all earlier requests.
   std::string error;
-  system.adoptWindow(1, error);
+  system.adoptWindow(X11WindowId{1}, error);
   while (system.deliverEvents()) {
   }
 }

@@ -60,7 +60,7 @@ Strong<NSWindow> findOrOpenWindow(const Arguments& arguments) {
     return openWindow(CGRectMake(arguments.x, arguments.y, arguments.width, arguments.height));
   }
   std::string error;
-  const Strong<NSWindow> window = NSApp->adoptWindow(arguments.window, error);
+  const Strong<NSWindow> window = NSApp->adoptWindow(X11WindowId{arguments.window}, error);
   if (window == nullptr) {
     fail(error);
   }

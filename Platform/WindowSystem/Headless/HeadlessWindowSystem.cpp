@@ -18,7 +18,7 @@ WindowHandle HeadlessWindowSystem::createWindow(const WindowDescription& descrip
   return handle;
 }
 
-std::optional<AdoptedWindow> HeadlessWindowSystem::adoptWindow(std::uint64_t /*nativeId*/,
+std::optional<AdoptedWindow> HeadlessWindowSystem::adoptWindow(const NativeWindow& /*native*/,
                                                                std::string& error) {
   error = "the headless display has no windows of other programs";
   return std::nullopt;

@@ -27,7 +27,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   [[nodiscard]] Nanoseconds nextDeadline() const override { return kNever; }
 
   WindowHandle createWindow(const WindowDescription& description) override;
-  std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) override;
+  std::optional<AdoptedWindow> adoptWindow(const NativeWindow& native, std::string& error) override;
   void releaseWindow(WindowHandle window) override;
   void orderFront(WindowHandle window) override;
   void orderOut(WindowHandle window) override;

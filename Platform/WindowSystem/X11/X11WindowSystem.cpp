@@ -151,12 +151,18 @@ void X11WindowSystem::selectWindowEvents(const Window& window) {
                window.isMovableByBackground ? kWindowEvents | kDragEvents : kWindowEvents);
 }
 
-std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(std::uint64_t nativeId,
+std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& native,
                                                           std::string& error) {
   if (isConnectionLost_) {
     error = "the X11 display is lost";
     return std::nullopt;
   }
+  const auto* const x11Window = std::get_if<X11WindowId>(&native);
+  if (x11Window == nullptr) {
+    error = "the window is not an X11 window";
+    return std::nullopt;
+  }
+  const std::uint64_t nativeId = x11Window->id;
   const std::string name = "window " + hexadecimal(nativeId);
   if (const char* const reason = reasonToRefuse(nativeId)) {
     error = name + ": " + reason;

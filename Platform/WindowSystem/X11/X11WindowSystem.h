@@ -36,7 +36,7 @@ class X11WindowSystem final : public WindowSystem {
   [[nodiscard]] Nanoseconds nextDeadline() const override;
 
   WindowHandle createWindow(const WindowDescription& description) override;
-  std::optional<AdoptedWindow> adoptWindow(std::uint64_t nativeId, std::string& error) override;
+  std::optional<AdoptedWindow> adoptWindow(const NativeWindow& native, std::string& error) override;
   void releaseWindow(WindowHandle handle) override;
   void orderFront(WindowHandle handle) override;
   void orderOut(WindowHandle handle) override;

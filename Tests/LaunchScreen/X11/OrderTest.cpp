@@ -109,7 +109,7 @@ class X11ApplicationOrder : public X11HostTest {};
 
 TEST_F(X11ApplicationOrder, OrderedWindowsFollowTheStackingOrder) {
   std::string error;
-  const Strong<NSWindow> secondWindow = NSApp->adoptWindow(otherWindow, error);
+  const Strong<NSWindow> secondWindow = NSApp->adoptWindow(X11WindowId{otherWindow}, error);
   ASSERT_NE(secondWindow, nullptr) << error;
   const auto order = [] { return NSApp->orderedWindows(); };
   ASSERT_TRUE(runUntil([&] { return order() == NSArray<NSWindow>{player, secondWindow}; }));

@@ -15,7 +15,7 @@ void X11HostTest::SetUp() {
   NSApplication::start(takeSystem());
   MetricsCenter::setSink([this](std::string_view event) { events.emplace_back(event); });
   std::string error;
-  player = NSApp->adoptWindow(game, error);
+  player = NSApp->adoptWindow(X11WindowId{game}, error);
   ASSERT_NE(player, nullptr) << error;
   player->setContentViewController(make<NSViewController>());
   player->makeKeyWindow();

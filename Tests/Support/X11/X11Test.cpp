@@ -98,7 +98,7 @@ WindowHandle X11Test::openOwnWindow(const WindowDescription& description) {
 
 AdoptedWindow X11Test::adopt(xcb_window_t window) {
   std::string error;
-  const auto adopted = system().adoptWindow(window, error);
+  const auto adopted = system().adoptWindow(X11WindowId{window}, error);
   if (!adopted) {
     throw std::runtime_error(error);
   }

@@ -19,7 +19,7 @@ class HeadlessDisplay final : public TestDisplay {
   }
   void ownerDestroysWindow(WindowHandle window) override { system_.ownerDestroysWindow(window); }
   void serverClosesConnection() override { system_.serverClosesConnection("a test"); }
-  std::uint64_t openForeignWindow() override { return 0; }
+  std::optional<NativeWindow> openForeignWindow() override { return std::nullopt; }
 
  private:
   HeadlessWindowSystem system_;

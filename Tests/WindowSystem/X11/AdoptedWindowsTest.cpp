@@ -18,7 +18,7 @@ class X11AdoptedWindows : public X11Test {
  protected:
   std::string adoptionError(std::uint64_t id) {
     std::string error;
-    EXPECT_FALSE(system().adoptWindow(id, error).has_value());
+    EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error).has_value());
     return error;
   }
 };
@@ -83,7 +83,7 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
-    EXPECT_FALSE(system().adoptWindow(id, error));
+    EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
   // One of these ids belongs to the helper window that `requestFocus` uses.
   system().requestFocus(ownWindow);
@@ -167,7 +167,7 @@ TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
   }
   ASSERT_NE(managersFrame, 0U);
   std::string error;
-  EXPECT_FALSE(system().adoptWindow(managersFrame, error).has_value());
+  EXPECT_FALSE(system().adoptWindow(X11WindowId{managersFrame}, error).has_value());
   EXPECT_THAT(error, HasSubstr("it is a window manager's frame"));
 }
 

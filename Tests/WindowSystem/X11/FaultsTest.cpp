@@ -55,7 +55,7 @@ TEST_F(X11Faults, AfterTheServerEndsEveryOperationIsSafe) {
   EXPECT_EQ(reports.count("display lost"), 1);
   callEveryOperation(handle);
   std::string error;
-  EXPECT_FALSE(system().adoptWindow(game, error).has_value());
+  EXPECT_FALSE(system().adoptWindow(X11WindowId{game}, error).has_value());
   EXPECT_FALSE(system().deliverEvents());
   EXPECT_EQ(reports.count("display lost"), 1);
   EXPECT_EQ(system().nextDeadline(), kNever);

@@ -13,7 +13,7 @@ class X11RefusedWindows : public X11Test {
  protected:
   std::string adoptionError(xcb_window_t window) {
     std::string error;
-    EXPECT_FALSE(system().adoptWindow(window, error).has_value());
+    EXPECT_FALSE(system().adoptWindow(X11WindowId{window}, error).has_value());
     return error;
   }
 };

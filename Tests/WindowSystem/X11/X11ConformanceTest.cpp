@@ -37,7 +37,9 @@ class X11Display final : public TestDisplay {
   }
   void ownerDestroysWindow(WindowHandle window) override { client_.destroy(idOf(window)); }
   void serverClosesConnection() override { server_.kill(); }
-  std::uint64_t openForeignWindow() override { return openVisibleGameWindow({100, 100, 200, 160}); }
+  std::optional<NativeWindow> openForeignWindow() override {
+    return X11WindowId{openVisibleGameWindow({100, 100, 200, 160})};
+  }
 
  private:
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
