@@ -15,7 +15,7 @@ namespace {
 // Longer plays take too long and find nothing new.
 constexpr Nanoseconds kMaxPlayTime = 60 * kNanosecondsPerSecond;
 
-class Trace final : public host::PlayListener {
+class TraceRecorder final : public host::PlayListener {
  public:
   void traceLineAdded(const host::TraceLine& line) override { text += traceText(line) + "\n"; }
   void stateReached(const host::PlayState& /*state*/) override {}
@@ -23,9 +23,9 @@ class Trace final : public host::PlayListener {
 };
 
 std::string traceOf(const host::Scenario& scenario) {
-  Trace trace;
-  static_cast<void>(host::Player(scenario, trace).play());
-  return trace.text;
+  TraceRecorder recorder;
+  static_cast<void>(host::Player(scenario, recorder).play());
+  return recorder.text;
 }
 
 void requireLinesOfJson(std::string_view trace) {

@@ -219,7 +219,7 @@ std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
   double seconds = 0;
   VelPause reason = VEL_PAUSE_NONE;
   VelState state = VEL_STATE_NONE;
-  VelLaunchScreen* copy = screen;
+  VelLaunchScreen* handleCopy = screen;
   return {vel_request(screen, &request),
           vel_request_json(screen, "{}", 2),
           vel_present(screen, VEL_PRESENT_EMBEDDED),
@@ -232,7 +232,7 @@ std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
           vel_is_up(screen, &number),
           vel_pause_reason(screen, &reason),
           vel_state(screen, &state),
-          vel_destroy(&copy)};
+          vel_destroy(&handleCopy)};
 }
 
 TEST_F(CreateTest, NoFunctionAcceptsANullHandle) {

@@ -15,11 +15,11 @@ namespace {
 
 using CThreadTest = CBindingTest;
 
-TEST_F(CThreadTest, OnlyTheOwningThreadCanCall) {
+TEST_F(CThreadTest, OnlyTheOwningThreadCanCallTheFunctions) {
   const VelRequest request = makeRequest("launch_end", 1);
   std::vector<VelStatus> statuses;
   std::string error;
-  VelLaunchScreen* copy = screen;
+  VelLaunchScreen* handleCopy = screen;
   std::thread([&] {
     int number = 0;
     double seconds = 0;
@@ -36,20 +36,20 @@ TEST_F(CThreadTest, OnlyTheOwningThreadCanCall) {
                 vel_is_up(screen, &number),
                 vel_pause_reason(screen, &reason),
                 vel_state(screen, &state),
-                vel_destroy(&copy)};
+                vel_destroy(&handleCopy)};
     error = vel_last_error();
   }).join();
   EXPECT_THAT(statuses, testing::Each(VEL_WRONG_THREAD));
   EXPECT_NE(error, "");
-  EXPECT_EQ(copy, screen);
+  EXPECT_EQ(handleCopy, screen);
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
 TEST_F(CThreadTest, EachThreadHasItsOwnLastError) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
-  std::string otherError = "?";
-  std::thread([&] { otherError = vel_last_error(); }).join();
-  EXPECT_EQ(otherError, "");
+  std::string errorOnOtherThread = "?";
+  std::thread([&] { errorOnOtherThread = vel_last_error(); }).join();
+  EXPECT_EQ(errorOnOtherThread, "");
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
 
@@ -81,10 +81,10 @@ TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesRun) {
 // Two threads dismiss while a third thread destroys and creates launch screens.
 TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
   std::atomic<VelLaunchScreen*> currentScreen = screen;
-  std::atomic<bool> isDone = false;
+  std::atomic<bool> isFinished = false;
   std::atomic<int> callCount = 0;
   const auto dismissRepeatedly = [&] {
-    while (!isDone) {
+    while (!isFinished) {
       const VelStatus status = vel_dismiss(currentScreen);
       EXPECT_TRUE(status == VEL_OK || status == VEL_NOT_ALIVE) << status;
       ++callCount;
@@ -103,7 +103,7 @@ TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
     currentScreen = screen;
   }
-  isDone = true;
+  isFinished = true;
   firstThread.join();
   secondThread.join();
 }
@@ -119,18 +119,18 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
 };
 
 TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
-  VelStatus otherResult = VEL_OK;
+  VelStatus statusOnOtherThread = VEL_OK;
   // The last step of vel_destroy drains the release pool.
-  ReleasePool::currentPool().add(make<DestructionObserver>([&otherResult] {
-    std::thread([&otherResult] {
+  ReleasePool::currentPool().add(make<DestructionObserver>([&statusOnOtherThread] {
+    std::thread([&statusOnOtherThread] {
       const VelCreateOptions options = virtualOptions();
       VelLaunchScreen* otherScreen = nullptr;
-      otherResult = vel_create(&options, &otherScreen);
+      statusOnOtherThread = vel_create(&options, &otherScreen);
       vel_destroy(&otherScreen);
     }).join();
   }));
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-  EXPECT_EQ(otherResult, VEL_ALREADY_EXISTS);
+  EXPECT_EQ(statusOnOtherThread, VEL_ALREADY_EXISTS);
 }
 
 TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
