@@ -25,8 +25,7 @@ static gboolean dispatch(GSource* source, GSourceFunc callback, gpointer user_da
   return G_SOURCE_CONTINUE;
 }
 
-/* Without `check`, GLib dispatches the source when its descriptor is readable or its time is due.
- */
+/* Without `check`, GLib dispatches the source when its descriptor is readable or it is due. */
 static GSourceFuncs functions = {prepare, NULL, dispatch, NULL, NULL, NULL};
 
 static void will_appear(void* user_data) {

@@ -79,7 +79,7 @@ def is_below(path, folder):
 
 def layer_of(path):
     """Returns the innermost folder with a row that contains the file, or None."""
-    return max((f for f in MAY_INCLUDE if is_below(path, f)), key=len, default=None)
+    return max((folder for folder in MAY_INCLUDE if is_below(path, folder)), key=len, default=None)
 
 
 def without_comments(text):
@@ -92,23 +92,23 @@ def without_comments(text):
     return COMMENT.sub(blank, text)
 
 
-def include_fault(path, included, quoted, root):
+def include_fault(path, included, is_quoted, root):
     """Describes what is wrong with including `included` in the file `path`, or returns None."""
     layer = layer_of(path)
-    if not quoted:
+    if not is_quoted:
         for prefix, folders in OUTSIDE.items():
-            if included.startswith(prefix) and not any(is_below(path, f) for f in folders):
+            if included.startswith(prefix) and not any(is_below(path, folder) for folder in folders):
                 return f"<{prefix}…> may be included only in {', '.join(folders) or 'no folder'}"
         if layer_of(included) is None:
             return None
         return f'include this project\'s header as "{included}"'
-    target = layer_of(included)
-    if target is None or not (root / included).is_file():
+    target_layer = layer_of(included)
+    if target_layer is None or not (root / included).is_file():
         return f'"{included}" does not exist; write includes from the project\'s root'
-    allowed = [layer, *MAY_INCLUDE[layer]]
-    if "" in allowed or target in allowed:
+    allowed_folders = [layer, *MAY_INCLUDE[layer]]
+    if "" in allowed_folders or target_layer in allowed_folders:
         return None
-    return f"{layer} may not include from {target}"
+    return f"{layer} may not include from {target_layer}"
 
 
 def faults(root):
@@ -123,8 +123,8 @@ def faults(root):
         text = without_comments((root / file).read_text(encoding="utf-8"))
         for number, line in enumerate(text.split("\n"), start=1):
             if match := INCLUDE.match(line):
-                quoted = match.group(1) is not None
-                fault = include_fault(path, match.group(1) or match.group(2) or "", quoted, root)
+                is_quoted = match.group(1) is not None
+                fault = include_fault(path, match.group(1) or match.group(2) or "", is_quoted, root)
                 if fault:
                     yield f"{path}:{number}: {fault}"
             elif (match := CONDITION.match(line)) and not may_test_platform:

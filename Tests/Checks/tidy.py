@@ -37,8 +37,8 @@ class Sources:
         if name not in self._files:
             path = self._root / name
             text = path.read_bytes() if path.is_file() else b""
-            included = [i.decode() for i in INCLUDE.findall(text)]
-            self._files[name] = (hashlib.sha256(text).digest(), included)
+            included_names = [name.decode() for name in INCLUDE.findall(text)]
+            self._files[name] = (hashlib.sha256(text).digest(), included_names)
         return self._files[name]
 
     def digest(self, name):
@@ -116,7 +116,7 @@ def main():
         return result.stdout or result.stderr
 
     with ThreadPoolExecutor(os.cpu_count() or 1) as pool:
-        complaints = [c for c in pool.map(lambda w: check(*w), unchecked_sources) if c]
+        complaints = list(filter(None, pool.map(lambda source: check(*source), unchecked_sources)))
     for complaint in complaints:
         print(complaint)
     print(f"{len(unchecked_sources)} sources checked, {len(complaints)} with complaints")

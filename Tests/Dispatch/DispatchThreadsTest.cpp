@@ -42,11 +42,11 @@ TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission
 }
 
 TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
-  constexpr int kThreads = 4;
+  constexpr int kThreadCount = 4;
   constexpr int kItemsPerThread = 500;
-  std::array<std::vector<int>, kThreads> runNumbers;
-  std::array<std::thread, kThreads> threads;
-  for (std::size_t index = 0; index < kThreads; ++index) {
+  std::array<std::vector<int>, kThreadCount> runNumbers;
+  std::array<std::thread, kThreadCount> threads;
+  for (std::size_t index = 0; index < kThreadCount; ++index) {
     threads[index] = std::thread([&, index] {
       for (int number = 0; number < kItemsPerThread; ++number) {
         dispatch_async(queue,

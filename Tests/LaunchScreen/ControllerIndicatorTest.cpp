@@ -1,4 +1,5 @@
-// The spinning indicator that a caller can add to the cover.
+// The spinning indicator that a caller can add to the cover. `createConstraintsActivityIndicator`
+// pins the indicator to the middle of the cover.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 
