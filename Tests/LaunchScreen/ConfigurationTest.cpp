@@ -115,9 +115,9 @@ TEST_F(ConfigurationTest, TheDefaultStaysAliveWithoutAnotherOwner) {
 }
 
 TEST_F(ConfigurationTest, AReaderSeesLaterChangesOfTheObjectItHolds) {
-  const auto reader = Configuration::defaultConfiguration();
+  const auto configuration = Configuration::defaultConfiguration();
   Configuration::defaultConfiguration()->setExpirationTimeInterval(7.0);
-  EXPECT_EQ(reader->expirationTimeInterval(), 7.0);
+  EXPECT_EQ(configuration->expirationTimeInterval(), 7.0);
 }
 
 TEST_F(ConfigurationTest, PropertiesReturnTheValuesThatWereSet) {

@@ -20,9 +20,9 @@ class KeyObserver final : public Class<KeyObserver, "KeyObserver"> {
 class ConsentTest : public ShownLaunchScreenTest {
  protected:
   ConsentTest() {
-    consent->setContentViewController(make<NamedViewController>("GDPRViewController"));
+    consentDialog->setContentViewController(make<NamedViewController>("GDPRViewController"));
   }
-  Strong<NSWindow> consent = openWindow("NSWindow");
+  Strong<NSWindow> consentDialog = openWindow("NSWindow");
 };
 
 TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDown) {
@@ -30,8 +30,8 @@ TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDow
   const auto player = openPlayerWindowWithContentViewController();
   present(player, kHostModeSheet);
   const auto sheet = controller()->view()->window();
-  NSApp->beginModalRun(consent);
-  consent->makeKeyWindow();
+  NSApp->beginModalRun(consentDialog);
+  consentDialog->makeKeyWindow();
   ASSERT_TRUE(manager->appIsUnfocused());
   ASSERT_EQ(timer(), nullptr);
 
@@ -45,17 +45,17 @@ TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDow
 TEST_F(ConsentTest, OnlyTheInnermostModalRunEnds) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
-  const auto modal = controller()->view()->window();
-  NSApp->beginModalRun(consent);
-  resignKey(consent);
-  EXPECT_EQ(NSApp->modalWindow(), modal);
+  const auto modalWindow = controller()->view()->window();
+  NSApp->beginModalRun(consentDialog);
+  resignKey(consentDialog);
+  EXPECT_EQ(NSApp->modalWindow(), modalWindow);
 }
 
 TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   manager->setAppIsUnfocused(true);
-  resignKey(consent);
+  resignKey(consentDialog);
   EXPECT_EQ(NSApp->keyWindow(), window);
   EXPECT_FALSE(manager->appIsUnfocused());
 }
@@ -63,12 +63,12 @@ TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
 TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsNotifiedThenTheWindowBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
-  NSApp->beginModalRun(consent);
+  NSApp->beginModalRun(consentDialog);
   hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
   });
-  resignKey(consent);
+  resignKey(consentDialog);
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
@@ -79,7 +79,7 @@ TEST_F(ConsentTest, TheCurrentWindowOfTheLaunchScreenBecomesKey) {
   const auto otherWindow = openWindow("NSWindow");
   hostController->onNextCall(
       [&] { otherWindow->contentView()->addSubview(hostController->view()); });
-  resignKey(consent);
+  resignKey(consentDialog);
   EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
@@ -91,19 +91,20 @@ TEST_F(ConsentTest, OnlyTheManagerReceivesTheNotificationThatItMakes) {
   NSNotificationCenter::defaultCenter()
       .addObserverSelectorNameObject<&KeyObserver::windowDidBecomeKey>(
           listener, NSWindowDidBecomeKeyNotification, nullptr);
-  resignKey(consent);
+  resignKey(consentDialog);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_TRUE(listener->keyWindows.empty()) << "the window was key already";
   platform.windowSystem().userMovesFocusAway();
-  resignKey(consent);
-  EXPECT_EQ(listener->keyWindows, std::vector<Strong<NSWindow>>{window}) << "it is really made key";
+  resignKey(consentDialog);
+  EXPECT_EQ(listener->keyWindows, std::vector<Strong<NSWindow>>{window})
+      << "the window becomes key";
 }
 
 TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalRunEnds) {
   load(5.0);
   manager->setAppIsUnfocused(true);
-  NSApp->beginModalRun(consent);
-  resignKey(consent);
+  NSApp->beginModalRun(consentDialog);
+  resignKey(consentDialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), nullptr);
   EXPECT_TRUE(manager->appIsUnfocused());
@@ -112,11 +113,11 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalRunEnds) {
 
 TEST_F(ConsentTest, ARequiredWindowWithAConsentDialogPausesNothing) {
   show(5.0);
-  consent->contentViewController()->addChildViewController(
+  consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
-  ASSERT_TRUE(manager->isRequiredWindow(consent));
+  ASSERT_TRUE(manager->isRequiredWindow(consentDialog));
   const auto runningTimer = timer();
-  resignKey(consent);
+  resignKey(consentDialog);
   EXPECT_EQ(timer(), runningTimer);
   EXPECT_FALSE(manager->appIsUnfocused());
 }
@@ -126,7 +127,7 @@ TEST_F(ConsentTest, WithoutAnApplicationTheCountdownContinues) {
   manager->pauseTimer();
   const Strong<NSApplication> application = NSApp;
   NSApp = nullptr;
-  resignKey(consent);
+  resignKey(consentDialog);
   NSApp = application;
   EXPECT_NE(timer(), nullptr);
 }

@@ -113,7 +113,7 @@ TEST_F(ControllerDelegatesTest, AnEqualDelegateIsNotAdded) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingAnEqualDelegateRemovesTheFirst) {
+TEST_F(ControllerDelegatesTest, RemovingADelegateRemovesAnEqualDelegate) {
   cover->addDelegate(make<DelegateByName>(1));
   const auto secondDelegate = make<DelegateByName>(2);
   cover->addDelegate(secondDelegate);
@@ -147,10 +147,10 @@ TEST_F(ControllerDelegatesTest, RemoveAndDeactivateCreateNoArray) {
 }
 
 TEST_F(ControllerDelegatesTest, AreOwnedUntilTheyAreRemoved) {
-  const Weak<CoverDelegate> delegate = addDelegate("first");
-  EXPECT_FALSE(delegate.expired());
+  const Weak<CoverDelegate> weakDelegate = addDelegate("first");
+  EXPECT_FALSE(weakDelegate.expired());
   cover->deactivate();
-  EXPECT_TRUE(delegate.expired());
+  EXPECT_TRUE(weakDelegate.expired());
 }
 
 TEST_F(ControllerDelegatesTest, DeactivateRemovesAllAndKeepsTheArray) {

@@ -27,8 +27,8 @@ class PlayListener : private NonCopyable {
 
   /// May be called on a background thread. The main thread then waits for the background thread.
   virtual void traceLineAdded(const TraceLine& line) = 0;
-  /// Called after each step. Also called each time the run loop has done all work that is due at the
-  /// current time.
+  /// Called after each step. Also called each time the run loop has done all work that is due at
+  /// the current time.
   virtual void stateReached(const PlayState& state) = 0;
 };
 

@@ -23,12 +23,12 @@ def reports(output):
 
 
 @contextlib.contextmanager
-def running_show(until, *arguments, **settings):
-    """Starts the program and waits until it prints `until`. Kills the program after the block."""
+def running_show(expected_output, *arguments, **settings):
+    """Starts the program and waits until it prints `expected_output`. Kills the program after the block."""
     process = start("show", "--display", "headless", *arguments, **settings)
     try:
         process.received_output = b""
-        while until.encode() not in process.received_output:
+        while expected_output.encode() not in process.received_output:
             line = process.stdout.readline()
             assert line, process.received_output
             process.received_output += line
@@ -43,5 +43,5 @@ def running_show(until, *arguments, **settings):
 
 def wait_for_end(process):
     """Waits until a process from `running_show` ends. Returns the exit status and all output."""
-    rest, _ = process.communicate(timeout=TIMEOUT)
-    return process.returncode, (process.received_output + rest).decode()
+    remaining_output, _ = process.communicate(timeout=TIMEOUT)
+    return process.returncode, (process.received_output + remaining_output).decode()

@@ -30,7 +30,7 @@ std::string hexadecimal(xcb_window_t window) {
   return text.str();
 }
 
-int nonWhitePixels(const Picture& picture) {
+int nonWhitePixelCount(const Picture& picture) {
   const auto colors = picture.colors();
   const auto white = colors.find(kWhite);
   return picture.width * picture.height - (white == colors.end() ? 0 : white->second);
@@ -110,8 +110,8 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     client.configure(window, frame);
   }
   bool isAtLeastAsLargeAs(PixelRect frame) {
-    const PixelRect current = client.areaOnScreen(window);
-    return current.width >= frame.width && current.height >= frame.height;
+    const PixelRect currentFrame = client.areaOnScreen(window);
+    return currentFrame.width >= frame.width && currentFrame.height >= frame.height;
   }
 
   Manager windowManager = Manager::None;
@@ -128,7 +128,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   ASSERT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
   const auto propertiesBefore = clientProperties();
   const auto childrenBefore = client.children(window);
-  const int nonWhitePixelsBefore = nonWhitePixels(client.screenPicture(window));
+  const int nonWhitePixelCountBefore = nonWhitePixelCount(client.screenPicture(window));
   const PixelRect frameBefore = client.areaOnScreen(window);
   savePicture("before");
 
@@ -151,8 +151,9 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   EXPECT_EQ(clientProperties(), propertiesBefore);
   EXPECT_EQ(client.children(window), childrenBefore);
   EXPECT_EQ(client.areaOnScreen(window), frameBefore);
-  EXPECT_TRUE(eventually(
-      [&] { return nonWhitePixels(client.screenPicture(window)) > nonWhitePixelsBefore / 2; }));
+  EXPECT_TRUE(eventually([&] {
+    return nonWhitePixelCount(client.screenPicture(window)) > nonWhitePixelCountBefore / 2;
+  }));
   savePicture("after");
 
   // The program still runs and reacts.

@@ -18,11 +18,11 @@ namespace {
 constexpr int kTimeoutInMilliseconds = 30'000;
 
 std::array<int, 2> makePipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+  std::array<int, 2> pipeEnds{};
+  if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
-  return ends;
+  return pipeEnds;
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ class X11RefusedWindows : public X11Test {
   }
 };
 
-TEST_F(X11RefusedWindows, TheManagersEndIsNoticedAfterItsCheckWindowIsRefused) {
+TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIsRefused) {
   startManager(Manager::Metacity);
   const xcb_window_t game = client.openGameWindow({200, 150, 640, 400}, 0);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));

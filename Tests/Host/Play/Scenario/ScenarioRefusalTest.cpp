@@ -20,7 +20,7 @@ std::string refusalOf(std::string_view text) {
 struct Refusal {
   const char* testName;
   const char* scenario;
-  const char* refusal;
+  const char* expectedRefusal;
 };
 
 void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testName; }
@@ -28,7 +28,7 @@ void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testNa
 class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(ScenarioRefusalTest, NamesThePathAndTheExpectedValue) {
-  EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().refusal);
+  EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().expectedRefusal);
 }
 
 constexpr const char* kOperations =
@@ -163,7 +163,7 @@ class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(StepRefusalTest, NamesThePathAndTheExpectedValue) {
   EXPECT_EQ(refusalOf("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
-            GetParam().refusal);
+            GetParam().expectedRefusal);
 }
 
 INSTANTIATE_TEST_SUITE_P(
