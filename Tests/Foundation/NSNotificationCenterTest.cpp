@@ -289,7 +289,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsOnlyThePost) {
   EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseItAtOnce) {
+TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseTheCenterAtOnce) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
       std::vector<std::string> ownNames;

@@ -219,7 +219,7 @@ TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSendsTheEventTwoSecondsLater)
   platform.run(0.000000001);
   EXPECT_TRUE(manager->eventWasSended());
   platform.run(5.0);
-  EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "once for all four";
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "one event for all four refusals";
 }
 
 TEST_F(CallbacksTest, ATimeLeftOfNaNCountsAsTimeLeft) {
@@ -240,7 +240,8 @@ TEST_F(CallbacksTest, ARefusedDismissalKeepsTheLaunchScreenUntilItsTimeIsUsedUp)
   platform.run(0.1);
   EXPECT_EQ(controller()->view()->window(), nullptr);
   platform.run(5.0);
-  EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}})) << "recorded early, and once";
+  EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}}))
+      << "the event is recorded early, and only once";
 }
 
 TEST_F(CallbacksTest, TheEventOfARefusedDismissalIsPostponedIfTheWindowIsNotKey) {

@@ -26,7 +26,7 @@ class CompleteRunTest : public LaunchScreenTest {
     window->makeKeyWindow();
   }
   Lines takeEvents() { return std::exchange(*journal, {}); }
-  [[nodiscard]] std::size_t rectanglesIn(const Strong<NSWindow>& window) {
+  [[nodiscard]] std::size_t rectangleCount(const Strong<NSWindow>& window) {
     return platform.windowSystem().window(window->handle())->scene.size();
   }
 
@@ -41,16 +41,16 @@ TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsEnd) {
   show(window, kHostModeEmbedded);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
                                  "style 3", "style 1"}));
-  EXPECT_EQ(rectanglesIn(window), 1u);
+  EXPECT_EQ(rectangleCount(window), 1u);
   platform.run(1.05);
   EXPECT_EQ(takeEvents(), Lines{});
   platform.run(0.05);
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15",  //
                                  "viewDidDisappear", "host: did disappear"}));
-  EXPECT_EQ(rectanglesIn(window), 1u);
+  EXPECT_EQ(rectangleCount(window), 1u);
   platform.run(1);
   EXPECT_EQ(takeEvents(), Lines{"viewWillDisappear"});
-  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(rectangleCount(window), 0u);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
@@ -64,7 +64,7 @@ TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsEnd) {
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15", "viewWillDisappear",
                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(rectangleCount(window), 0u);
   platform.run(2);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
@@ -164,13 +164,13 @@ TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownUntilItCloses) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   platform.run(0.35);
-  const auto consent = openWindow("ConsentWindow");
-  consent->setContentViewController(make<NamedViewController>(LSGDPRControllerClassName));
-  NSApp->beginModalRun(consent);
-  consent->makeKeyWindow();
+  const auto consentDialog = openWindow("ConsentWindow");
+  consentDialog->setContentViewController(make<NamedViewController>(LSGDPRControllerClassName));
+  NSApp->beginModalRun(consentDialog);
+  consentDialog->makeKeyWindow();
   platform.run(5);
   EXPECT_TRUE(platform.events.empty());
-  consent->close();
+  consentDialog->close();
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), window);
   platform.run(3);
@@ -187,7 +187,7 @@ TEST_F(CompleteRunTest, InSkipModeAnEarlyDismissalRecordsNoEvent) {
   manager->dismissLaunchScreen();
   EXPECT_EQ(window->styleMask(), kFullStyle);
   platform.run(20);
-  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(rectangleCount(window), 0u);
   EXPECT_TRUE(platform.events.empty());
 }
 
@@ -212,12 +212,12 @@ TEST_F(CompleteRunTest, TheHostCanKeepTheLaunchScreenBeyondItsTime) {
   show(window, kHostModeEmbedded);
   hostDelegate->agrees = false;
   platform.run(10);
-  EXPECT_EQ(rectanglesIn(window), 1u);
+  EXPECT_EQ(rectangleCount(window), 1u);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_TRUE(platform.events.empty());
   hostDelegate->agrees = true;
   manager->dismissLaunchScreen();
-  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(rectangleCount(window), 0u);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   platform.run(1);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 10.5}}));
@@ -259,7 +259,7 @@ TEST_F(CompleteRunTest, ASecondLaunchScreenOfTheSameManagerRunsWithoutAnEvent) {
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   platform.run(5);
   EXPECT_EQ(window->styleMask(), 7u);
-  EXPECT_EQ(rectanglesIn(window), 0u);
+  EXPECT_EQ(rectangleCount(window), 0u);
   EXPECT_EQ(platform.events.size(), 1u);
 }
 

@@ -106,9 +106,9 @@ struct Run {
   const char* keptControls;  // the controls that the window manager keeps
 
   [[nodiscard]] std::string name() const {
-    constexpr std::array<const char*, 3> kManagers{"WithoutAManager", "UnderMetacity",
-                                                   "UnderOpenbox"};
-    return std::string(presentation) + kManagers.at(static_cast<std::size_t>(manager));
+    constexpr std::array<const char*, 3> kManagerNames{"WithoutAManager", "UnderMetacity",
+                                                       "UnderOpenbox"};
+    return std::string(presentation) + kManagerNames.at(static_cast<std::size_t>(manager));
   }
   friend void PrintTo(const Run& run, std::ostream* out) { *out << run.name(); }
 };
@@ -126,15 +126,16 @@ TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
   ASSERT_TRUE(show.waitForOutput("covered"));
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).colors().count(kWhite) == 1; }));
   EXPECT_EQ(show.wait(), 0);
-  std::vector<std::string> expected{"content loaded", "covered"};
+  std::vector<std::string> expectedSteps{"content loaded", "covered"};
   if (*GetParam().keptControls != '\0') {
-    expected.insert(expected.end(),
-                    {"controls removed",
-                     "controls kept by the window manager: " + std::string(GetParam().keptControls),
-                     "controls restored"});
+    expectedSteps.insert(expectedSteps.end(), {"controls removed",
+                                               "controls kept by the window manager: " +
+                                                   std::string(GetParam().keptControls),
+                                               "controls restored"});
   }
-  expected.insert(expected.end(), {"dismissed", "uncovered", "event recorded: launch_end"});
-  EXPECT_EQ(stepsPrintedBy(show), expected);
+  expectedSteps.insert(expectedSteps.end(),
+                       {"dismissed", "uncovered", "event recorded: launch_end"});
+  EXPECT_EQ(stepsPrintedBy(show), expectedSteps);
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
