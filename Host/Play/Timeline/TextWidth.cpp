@@ -14,7 +14,7 @@ constexpr std::uint16_t kAsciiWidths[] = {
     575, 775, 752, 295, 295, 656, 557, 863, 748, 787, 603, 787, 695, 635,  611, 732, 684, 989, 685,
     611, 685, 390, 337, 390, 838, 500, 500, 613, 635, 550, 635, 615, 352,  635, 634, 278, 278, 579,
     278, 974, 634, 612, 635, 635, 411, 521, 392, 634, 592, 818, 592, 592,  525, 636, 337, 636, 838};
-constexpr double kOtherWidth = 1500;
+constexpr double kNonAsciiWidth = 1500;
 constexpr std::string_view kEllipsis = "\u2026";
 
 bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
@@ -23,7 +23,7 @@ double widthOf(char byte) {
   if (isContinuationByte(byte)) {
     return 0;  // the width is counted at the first byte of the character
   }
-  return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kOtherWidth;
+  return byte >= ' ' && byte <= '~' ? kAsciiWidths[byte - ' '] : kNonAsciiWidth;
 }
 
 }  // namespace
