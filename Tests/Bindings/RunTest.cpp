@@ -202,7 +202,7 @@ TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
   EXPECT_EQ(host.callbackLines.back(), "controls_kept 0");
 }
 
-TEST_F(CRunTest, ALostDisplayIsReportedAndClosesTheWindow) {
+TEST_F(CRunTest, ALostDisplayEndsTheLaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().serverClosesConnection("the plug was pulled");
   EXPECT_EQ(host.callbackLines.back(), "display_lost the plug was pulled");

@@ -24,6 +24,6 @@ def source_files(root):
     else:
         sources = set()
         for folder, folders, names in os.walk(root):
-            folders[:] = [f for f in folders if f != "build" and not f.startswith(".")]
+            folders[:] = [name for name in folders if name != "build" and not name.startswith(".")]
             sources |= {(Path(folder) / name).relative_to(root) for name in names}
-    return sorted(f for f in sources if f.suffix in SUFFIXES and (root / f).is_file())
+    return sorted(path for path in sources if path.suffix in SUFFIXES and (root / path).is_file())

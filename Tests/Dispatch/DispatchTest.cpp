@@ -122,11 +122,11 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
   submit("one second");
   submitAt(timeAfter(-0.75), "a quarter");
   submitAt(timeAfter(0), "one second again");
-  const std::vector<DispatchQueue::PendingWork> pending = queue.pendingWork();
-  ASSERT_EQ(pending.size(), 4u);
-  EXPECT_EQ(pending[0].deadline, NSEC_PER_SEC / 4);
-  EXPECT_EQ(pending[1].deadline, NSEC_PER_SEC / 2);
-  EXPECT_EQ(pending[3].deadline, NSEC_PER_SEC);
+  const std::vector<DispatchQueue::PendingWork> pendingWork = queue.pendingWork();
+  ASSERT_EQ(pendingWork.size(), 4u);
+  EXPECT_EQ(pendingWork[0].deadline, NSEC_PER_SEC / 4);
+  EXPECT_EQ(pendingWork[1].deadline, NSEC_PER_SEC / 2);
+  EXPECT_EQ(pendingWork[3].deadline, NSEC_PER_SEC);
   loop.pump();
   EXPECT_EQ(runNames, (Names{"a quarter", "half a second", "one second", "one second again"}));
 }
@@ -238,8 +238,8 @@ TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
   submitAt(timeAfter(1), "later");
   submit("now");
   std::vector<dispatch_time_t> deadlines;
-  for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
-    deadlines.push_back(pending.deadline);
+  for (const DispatchQueue::PendingWork& work : queue.pendingWork()) {
+    deadlines.push_back(work.deadline);
   }
   EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
 }
@@ -249,8 +249,8 @@ TEST_F(DispatchTest, PendingWorkHasItsLabel) {
   dispatch_after(timeAfter(1), queue, "second", [] {});
   submitAt(timeAfter(2), "without a label");
   std::vector<std::string_view> labels;
-  for (const DispatchQueue::PendingWork& pending : queue.pendingWork()) {
-    labels.push_back(pending.label);
+  for (const DispatchQueue::PendingWork& work : queue.pendingWork()) {
+    labels.push_back(work.label);
   }
   EXPECT_EQ(labels, (std::vector<std::string_view>{"first", "second", ""}));
 }

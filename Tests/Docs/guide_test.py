@@ -52,16 +52,16 @@ class Guide(unittest.TestCase):
         return result.stdout
 
     def test_the_guide_has_snippets_of_each_language(self):
-        kinds = [kind for kind, _, _ in SNIPPETS]
-        self.assertEqual(set(kinds), {"c", "cpp", "cmake", "json", "sh", "text"})
-        self.assertGreater(kinds.count("c"), 3)
+        languages = [language for language, _, _ in SNIPPETS]
+        self.assertEqual(set(languages), {"c", "cpp", "cmake", "json", "sh", "text"})
+        self.assertGreater(languages.count("c"), 3)
 
     def test_commands_print_what_the_guide_shows(self):
         output = ""
-        for kind, _, text in SNIPPETS:
-            if kind == "sh":
+        for language, _, text in SNIPPETS:
+            if language == "sh":
                 output = self.run_in_folder("sh", "-e", "-c", text)
-            elif kind == "text":
+            elif language == "text":
                 self.assertEqual(output, text)
         self.assertIn('{"t":6.500000000,"event":"launch_end"}', output)
         self.assertTrue((self.folder / "away.svg").exists())
@@ -73,8 +73,8 @@ class Guide(unittest.TestCase):
         self.assertEqual(self.run_in_folder(build / "first"), "event launch_end\n")
 
     def test_statements_compile(self):
-        for kind, name, text in SNIPPETS:
-            if kind == "c" and not name:
+        for language, name, text in SNIPPETS:
+            if language == "c" and not name:
                 with self.subTest(text):
                     (self.folder / "snippet.c").write_text(SNIPPET_FRAME % text, encoding="utf-8")
                     self.run_in_folder(

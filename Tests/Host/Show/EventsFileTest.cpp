@@ -19,11 +19,11 @@ class EventsFileTest : public testing::Test {
 
   [[nodiscard]] std::vector<std::string> lines() const {
     std::ifstream file(path);
-    std::vector<std::string> result;
+    std::vector<std::string> fileLines;
     for (std::string line; std::getline(file, line);) {
-      result.push_back(line);
+      fileLines.push_back(line);
     }
-    return result;
+    return fileLines;
   }
 
   std::string path = testing::TempDir() + "EventsFileTest." + std::to_string(getpid());
@@ -67,7 +67,7 @@ TEST_F(EventsFileTest, AnyNameIsWrittenOnOneLine) {
 TEST_F(EventsFileTest, FileThatCannotBeOpenedIsBadUsage) {
   try {
     EventsFile("/nonexistent/events");
-    FAIL() << "opened";
+    FAIL() << "the file was opened";
   } catch (const UsageError& error) {
     EXPECT_STREQ(error.what(), "--events: /nonexistent/events: No such file or directory");
   }
