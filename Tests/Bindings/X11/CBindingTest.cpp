@@ -13,7 +13,7 @@ namespace {
 using testing::Contains;
 using testing::StartsWith;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 
@@ -67,7 +67,7 @@ class X11CBinding : public X11TestWithManager {
     return std::ranges::find(calls, line) != calls.end();
   }
 
-  xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   std::vector<std::string> calls;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelLaunchScreen* screen = nullptr;
@@ -101,7 +101,7 @@ TEST_F(X11CBinding, DestroyingTheLaunchScreenRestoresTheWindow) {
 }
 
 TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
-  const xcb_window_t destroyedWindow = client.makeWindow(kGame, kGreen);
+  const xcb_window_t destroyedWindow = client.makeWindow(kGameFrame, kGreen);
   client.destroy(destroyedWindow);
   client.waitForServer();
   for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},

@@ -15,7 +15,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowFaults : public X11Test {
@@ -24,7 +24,7 @@ class X11ShowFaults : public X11Test {
   /// white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
     std::vector<std::string> allArguments{"--window", std::to_string(game), "--content-controller"};
     allArguments.insert(allArguments.end(), arguments.begin(), arguments.end());
@@ -91,7 +91,7 @@ TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
   EXPECT_TRUE(show->waitForOutput("controls kept by the window manager: close, miniaturise"))
       << show->output();
   EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kWhite); }));
-  show->signal(SIGINT);
+  show->sendSignal(SIGINT);
   EXPECT_EQ(show->wait(), 128 + SIGINT) << show->output();
   expectRestored();
 }
@@ -109,20 +109,20 @@ TEST_F(X11ShowFaults, ALostDisplayPrintsOneLine) {
 
 TEST_F(X11ShowFaults, SigtermRestoresTheWindow) {
   cover(Manager::None, {"--duration", "600"});
-  show->signal(SIGTERM);
+  show->sendSignal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM);
   expectRestored();
 }
 
 TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
   cover(Manager::None, {"--duration", "600"});
-  show->signal(SIGKILL);
+  show->sendSignal(SIGKILL);
   show->wait();
   EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kGreen); }));
 }
 
 TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
-  const xcb_window_t unmappedWindow = client.makeWindow(kGame, kGreen);
+  const xcb_window_t unmappedWindow = client.makeWindow(kGameFrame, kGreen);
   const auto outputOfRefusal = [this](const std::string& window) {
     ShowProcess refusedShow(server, {"--window", window});
     EXPECT_EQ(refusedShow.wait(), 1);

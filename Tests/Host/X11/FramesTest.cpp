@@ -8,7 +8,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 struct Presentation {
@@ -39,7 +39,7 @@ char letterOf(const Picture& picture) {
 }
 
 TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(eventually(
       [&] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
   PixelRect area = GetParam().area;

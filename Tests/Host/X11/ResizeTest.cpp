@@ -7,8 +7,8 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 400, 300};
-constexpr PixelRect kLargerGame{200, 150, 640, 480};
+constexpr PixelRect kGameFrame{200, 150, 400, 300};
+constexpr PixelRect kLargerGameFrame{200, 150, 640, 480};
 constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowResize : public X11TestWithManager {};
@@ -26,8 +26,8 @@ Property fixedSizeHints(PixelRect frame) {
 }
 
 TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
-  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGame));
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
+  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGameFrame));
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
                             "--content-controller"});
@@ -35,20 +35,20 @@ TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 
   // A program with a window of fixed size changes the hints before the size.
-  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLargerGame));
-  client.configure(game, kLargerGame);
+  client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLargerGameFrame));
+  client.configure(game, kLargerGameFrame);
   bool hasSeenGame = false;
   EXPECT_TRUE(eventually([&] {
     const Picture picture = client.screenPicture(game);
     hasSeenGame = hasSeenGame || picture.colors().contains(kGreen);
-    return picture.width == kLargerGame.width && picture.height == kLargerGame.height &&
+    return picture.width == kLargerGameFrame.width && picture.height == kLargerGameFrame.height &&
            picture.isAll(kWhite);
   }));
   EXPECT_FALSE(hasSeenGame);
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLargerGame));
+  EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), fixedSizeHints(kLargerGameFrame));
   EXPECT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kGreen); }));
 }
 

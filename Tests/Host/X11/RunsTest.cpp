@@ -14,7 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 /// The printed steps without times, log lines and the countdown.
@@ -119,7 +119,7 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
 };
 
 TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",
                             GetParam().presentation, "--content-controller"});
@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(
 class X11ShowFocus : public X11TestWithManager {};
 
 TEST_F(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const Process xterm = server.start({"xterm", "-geometry", "40x10+900+600"});
   xcb_window_t otherWindow = 0;
   ASSERT_TRUE(eventually([&] {

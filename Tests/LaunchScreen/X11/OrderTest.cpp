@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr PixelRect kSecondGame{300, 250, 640, 400};
 
 class X11Order : public X11Test {
@@ -25,7 +25,7 @@ class X11Order : public X11Test {
 };
 
 TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
-  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   client.raise(idOf(firstWindow));
   EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
@@ -35,7 +35,7 @@ TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
 }
 
 TEST_F(X11Order, AnOrderUnlikeTheAdoptionOrderIsReported) {
-  const xcb_window_t lowerWindow = openGame(kGame);
+  const xcb_window_t lowerWindow = openGame(kGameFrame);
   const WindowHandle upperWindow = adopt(openGame(kSecondGame)).handle;
   const WindowHandle lowerHandle = adopt(lowerWindow).handle;
   EXPECT_TRUE(waitForOrder({upperWindow, lowerHandle}));
@@ -55,7 +55,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
 }
 
 TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
-  const xcb_window_t game = openGame(kGame);
+  const xcb_window_t game = openGame(kGameFrame);
   adopt(game);
   openGame(kSecondGame);
   client.raise(game);
@@ -65,7 +65,7 @@ TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
 }
 
 TEST_F(X11Order, AnUnmappedWindowIsNotInTheOrder) {
-  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   const WindowHandle thirdWindow = adopt(openGame(kSecondGame)).handle;
   client.unmap(idOf(secondWindow));
@@ -80,7 +80,7 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
 };
 
 TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
-  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(secondWindow); }));
   const PixelRect area = client.areaOnScreen(idOf(firstWindow));
@@ -89,7 +89,7 @@ TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
 }
 
 TEST_P(X11OrderWithManager, TheOrderOfANewManagerIsReported) {
-  const WindowHandle firstWindow = adopt(openGame(kGame)).handle;
+  const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   manager.end();
   startManager(GetParam());

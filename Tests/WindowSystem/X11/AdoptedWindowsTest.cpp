@@ -11,7 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 class X11AdoptedWindows : public X11Test {
@@ -24,7 +24,7 @@ class X11AdoptedWindows : public X11Test {
 };
 
 TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   EXPECT_EQ(idOf(adoptedWindow.handle), game);
   EXPECT_EQ(adoptedWindow.className, "PlayerWindow");
@@ -36,7 +36,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
 }
 
 TEST_F(X11AdoptedWindows, AWindowWithTheFocusIsAdoptedAsFocused) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const xcb_window_t child = client.makeWindow({0, 0, 10, 10}, 0, game);
   client.map(child);
   client.focus(child);
@@ -46,13 +46,13 @@ TEST_F(X11AdoptedWindows, AWindowWithTheFocusIsAdoptedAsFocused) {
 }
 
 TEST_F(X11AdoptedWindows, AdoptingAWindowWithoutTheFocusDeactivatesTheApplication) {
-  adopt(client.openGameWindow(kGame, kGreen));
+  adopt(client.openGameWindow(kGameFrame, kGreen));
   deliver();
   EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
 }
 
 TEST_F(X11AdoptedWindows, AnUnmappedWindowCanBeAdopted) {
-  EXPECT_FALSE(adopt(client.makeWindow(kGame, kGreen)).isOnScreen);
+  EXPECT_FALSE(adopt(client.makeWindow(kGameFrame, kGreen)).isOnScreen);
 }
 
 TEST_F(X11AdoptedWindows, AnIdWithoutAWindowIsRefused) {
@@ -91,13 +91,13 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
 }
 
 TEST_F(X11AdoptedWindows, AWindowCannotBeAdoptedTwice) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   adopt(game);
   EXPECT_THAT(adoptionError(game), HasSubstr("it is already adopted"));
 }
 
 TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   client.configure(game, {10, 20, 800, 500});
   EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("frame", adoptedWindow.handle)); }));
@@ -105,7 +105,7 @@ TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
 }
 
 TEST_F(X11AdoptedWindows, UnmappingAndMappingAreReportedAsMiniaturizing) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   client.unmap(game);
   EXPECT_TRUE(
@@ -116,7 +116,7 @@ TEST_F(X11AdoptedWindows, UnmappingAndMappingAreReportedAsMiniaturizing) {
 }
 
 TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
   client.destroy(game);
@@ -132,7 +132,7 @@ TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
 }
 
 TEST_F(X11AdoptedWindows, AReleasedWindowIsRestored) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
@@ -145,7 +145,7 @@ TEST_F(X11AdoptedWindows, AReleasedWindowIsRestored) {
 }
 
 TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   system().releaseWindow(adopt(game).handle);
   deliver();
   reports.lines.clear();
@@ -157,7 +157,7 @@ TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
 class X11AdoptedWindowsWithManager : public X11TestWithManager {};
 
 TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   xcb_window_t managersFrame = 0;
   for (const xcb_window_t window : client.children(client.root())) {
@@ -172,7 +172,7 @@ TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
 }
 
 TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const AdoptedWindow adoptedWindow = adopt(game);
   client.configure(game, {300, 260, 500, 350});
@@ -183,7 +183,7 @@ TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates)
 }
 
 TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const AdoptedWindow adoptedWindow = adopt(game);
   client.requestIconify(game);
@@ -196,7 +196,7 @@ TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
 }
 
 TEST_F(X11AdoptedWindowsWithManager, AnAdoptedWindowGetsTheFocusOnRequest) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const xcb_window_t otherWindow = client.openGameWindow({900, 150, 200, 200}, 0);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(otherWindow); }));
   const AdoptedWindow adoptedWindow = adopt(game);

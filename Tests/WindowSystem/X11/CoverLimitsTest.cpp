@@ -6,7 +6,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kRed = 0xC02020;
 
 class X11CoverLimits : public X11Test {
@@ -16,7 +16,7 @@ class X11CoverLimits : public X11Test {
     deliver();
   }
 
-  xcb_window_t game = client.openGameWindow(kGame, 0x208040);
+  xcb_window_t game = client.openGameWindow(kGameFrame, 0x208040);
 };
 
 TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {

@@ -14,7 +14,7 @@ namespace {
 
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
 constexpr PixelRect kInsideGame{300, 250, 400, 200};
@@ -73,7 +73,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
   X11CoverOfForeignHost() : X11Test(GetParam()) {}
 
   void SetUp() override {
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor(
         [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
     deliverFor(0.2);  // the window manager draws the frame of the game
@@ -308,7 +308,7 @@ class X11CoverAndManagers : public X11Test {};
 
 TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   startManager(Manager::Openbox);
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   deliverFor(0.2);  // the window manager draws the frame of the game
   system().setScene(adopt(game).handle, whiteScene({640, 400}));
@@ -330,7 +330,7 @@ TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
 }
 
 TEST_F(X11CoverAndManagers, IsLoggedAsMissingWhileTheServerDoesNotMapIt) {
-  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
   deliver();  // before the grab, because a round trip would block during the grab

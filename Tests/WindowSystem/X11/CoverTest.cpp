@@ -7,14 +7,14 @@ namespace {
 
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr CGSize kSize{640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
 
 class X11Cover : public X11Test {
  protected:
-  xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   WindowHandle handle = adopt(game).handle;
 
   void cover() {

@@ -11,14 +11,14 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 /// A client with one window. A thread fills the window with green on each Expose event.
 class DrawingGame : NonCopyable {
  public:
   explicit DrawingGame(const std::string& display) : client_(display) {
-    window = client_.makeWindow(kGame, 0);
+    window = client_.makeWindow(kGameFrame, 0);
     constexpr std::uint32_t kNoBackground = XCB_BACK_PIXMAP_NONE;
     xcb_change_window_attributes(client_.connection(), window, XCB_CW_BACK_PIXMAP, &kNoBackground);
     client_.selectEvents(window, XCB_EVENT_MASK_EXPOSURE);
@@ -68,7 +68,7 @@ class X11DrawingGame : public X11Test {
 TEST_F(X11DrawingGame, TheScreenShowsTheGameThenWhiteThenTheGame) {
   ASSERT_TRUE(eventually([this] { return client.screenPicture(game.window).isAll(kGreen); }));
   const AdoptedWindow adoptedWindow = adopt(game.window);
-  FrameRecorder recorder(server.display(), kGame, letterOf);
+  FrameRecorder recorder(server.display(), kGameFrame, letterOf);
   system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
   EXPECT_TRUE(recorder.recordUntil([&] { return recorder.letters().ends_with('W'); }));
   system().setScene(adoptedWindow.handle, {});

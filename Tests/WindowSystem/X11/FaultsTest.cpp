@@ -10,13 +10,13 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 class X11Faults : public X11Test {
  protected:
   WindowHandle openCoveredGame() {
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
@@ -128,7 +128,7 @@ TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
 }
 
 TEST_F(X11Faults, AnErrorIsLoggedWithItsRequest) {
-  const xcb_window_t inputWindow = client.makeWindow(kGame, kGreen);
+  const xcb_window_t inputWindow = client.makeWindow(kGameFrame, kGreen);
   client.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});

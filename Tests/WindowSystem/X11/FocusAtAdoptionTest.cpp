@@ -6,7 +6,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr PixelRect kOther{900, 150, 200, 200};
 
 class X11FocusAtAdoption : public X11TestWithManager {
@@ -31,7 +31,7 @@ class X11FocusAtAdoption : public X11TestWithManager {
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t marker = openFocusedGame({10, 600, 100, 100});
   const xcb_window_t otherWindow = openFocusedGame(kOther);
-  const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGame));
+  const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGameFrame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
   clickAfterPreviousInput(otherWindow);
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));

@@ -8,12 +8,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr PixelRect kOther{900, 150, 200, 200};
 
 class X11Focus : public X11Test {
  protected:
-  xcb_window_t game = client.openGameWindow(kGame, 0);
+  xcb_window_t game = client.openGameWindow(kGameFrame, 0);
   xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
   WindowHandle handle = WindowHandle::None;
 
@@ -111,7 +111,7 @@ TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
   adopt(game);
   deliver();
   ASSERT_THAT(reports.lines, ElementsAre("deactivated"));
-  client.movePointer(kGame.x + 10, kGame.y + 10);
+  client.movePointer(kGameFrame.x + 10, kGameFrame.y + 10);
   deliver();
   client.movePointer(1200, 900);
   deliver();
@@ -180,7 +180,7 @@ TEST_F(X11Focus, RequestingTheFocusForTheFocusedWindowReportsItAgain) {
 class X11FocusWithManager : public X11TestWithManager {};
 
 TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
-  const xcb_window_t game = client.openGameWindow(kGame, 0);
+  const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
   const xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(otherWindow); }));
   const WindowHandle handle = adopt(game).handle;

@@ -10,7 +10,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr Nanoseconds kTurnDuration = kNanosecondsPerSecond;
 constexpr int kSpokes = 12;
 
@@ -25,7 +25,7 @@ class X11Indicator : public X11Test {
   Picture showStill() { return show(false); }
   Picture showAnimated() { return show(true); }
   Picture show(bool isAnimated) {
-    game = client.openGameWindow(kGame, 0x208040);
+    game = client.openGameWindow(kGameFrame, 0x208040);
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
     scene = whiteSceneWithIndicator(adoptedWindow.frame.size);

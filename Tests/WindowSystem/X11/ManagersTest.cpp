@@ -11,7 +11,7 @@ namespace {
 
 using testing::IsEmpty;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
 std::string nameOf(const testing::TestParamInfo<Manager>& testInfo) {
@@ -21,7 +21,7 @@ std::string nameOf(const testing::TestParamInfo<Manager>& testInfo) {
 class X11Managers : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   void openCoveredGame() {
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     handle = adoptedWindow.handle;
@@ -56,7 +56,7 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
     const PixelRect currentFrame = client.areaOnScreen(game);
     return reports.lastFrame == CGRectMake(currentFrame.x, 960 - currentFrame.y - 400, 640, 400);
   }));
-  EXPECT_GT(client.areaOnScreen(game).x, kGame.x + 100);
+  EXPECT_GT(client.areaOnScreen(game).x, kGameFrame.x + 100);
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(hints(), hintsBefore);
   EXPECT_THAT(log, IsEmpty());
@@ -135,7 +135,7 @@ TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
 
 TEST_F(X11PlainManager, WithoutAStackingListTheServersOrderIsReported) {
   openCoveredGame();
-  const WindowHandle otherHandle = adopt(client.openGameWindow(kGame, 0)).handle;
+  const WindowHandle otherHandle = adopt(client.openGameWindow(kGameFrame, 0)).handle;
   client.raise(game);
   EXPECT_TRUE(waitFor([&] {
     return !reports.orders.empty() && reports.orders.back() == std::vector{handle, otherHandle};

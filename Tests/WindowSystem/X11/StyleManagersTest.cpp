@@ -13,7 +13,7 @@ namespace {
 using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr PixelRect kScreen{0, 0, 1280, 960};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr NSWindowStyleMask kAllControls = 15;
@@ -40,7 +40,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
  protected:
   void SetUp() override {
     startManager(GetParam().manager);
-    game = client.openGameWindow(kGame, kGreen);
+    game = client.openGameWindow(kGameFrame, kGreen);
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     deliverFor(kSettlingTime);  // the manager adds its frame
     handle = adopt(game).handle;

@@ -11,7 +11,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
@@ -41,7 +41,7 @@ class X11StyleOwner : public X11Test {
     return (hints.at(0) & 1U) == 1 && hints.at(1) == 4;
   }
 
-  xcb_window_t game = client.openGameWindow(kGame, 0);
+  xcb_window_t game = client.openGameWindow(kGameFrame, 0);
   WindowHandle handle = WindowHandle::None;
 };
 

@@ -12,14 +12,14 @@ using testing::ElementsAre;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
 
 class X11Style : public X11Test {
  protected:
-  xcb_window_t game = client.openGameWindow(kGame, 0);
+  xcb_window_t game = client.openGameWindow(kGameFrame, 0);
 
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
@@ -183,7 +183,7 @@ class X11StyleWithManager : public X11Test {
  protected:
   xcb_window_t openManagedGame(Manager kind) {
     startManager(kind);
-    const xcb_window_t game = client.openGameWindow(kGame, 0);
+    const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
     EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     return game;
   }
