@@ -92,19 +92,19 @@ def without_comments(text):
     return COMMENT.sub(blank, text)
 
 
-def include_fault(path, included, is_quoted, root):
-    """Describes what is wrong with including `included` in the file `path`, or returns None."""
+def include_fault(path, included_path, is_quoted, root):
+    """Describes what is wrong with including `included_path` in the file `path`, or returns None."""
     layer = layer_of(path)
     if not is_quoted:
         for prefix, folders in OUTSIDE.items():
-            if included.startswith(prefix) and not any(is_below(path, folder) for folder in folders):
+            if included_path.startswith(prefix) and not any(is_below(path, folder) for folder in folders):
                 return f"<{prefix}…> may be included only in {', '.join(folders) or 'no folder'}"
-        if layer_of(included) is None:
+        if layer_of(included_path) is None:
             return None
-        return f'include this project\'s header as "{included}"'
-    target_layer = layer_of(included)
-    if target_layer is None or not (root / included).is_file():
-        return f'"{included}" does not exist; write includes from the project\'s root'
+        return f'include this project\'s header as "{included_path}"'
+    target_layer = layer_of(included_path)
+    if target_layer is None or not (root / included_path).is_file():
+        return f'"{included_path}" does not exist; write includes from the project\'s root'
     allowed_folders = [layer, *MAY_INCLUDE[layer]]
     if "" in allowed_folders or target_layer in allowed_folders:
         return None

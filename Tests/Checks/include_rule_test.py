@@ -29,16 +29,16 @@ class IncludeRuleTest(unittest.TestCase):
                 file.write_text(content, encoding="utf-8")
             return list(include_rule.faults(root))
 
-    def assert_fault(self, path, line, line_number=1):
-        faults = self.faults_with(path, line)
+    def assert_fault(self, path, text, line_number=1):
+        faults = self.faults_with(path, text)
         self.assertEqual(len(faults), 1, faults)
         self.assertTrue(faults[0].startswith(f"{path}:{line_number}: "), faults[0])
 
-    def assert_no_fault(self, path, line):
-        self.assertEqual(self.faults_with(path, line), [])
+    def assert_no_fault(self, path, text):
+        self.assertEqual(self.faults_with(path, text), [])
 
     def test_includes_from_a_higher_floor_are_faults(self):
-        for path, included in (
+        for path, included_path in (
             ("Platform/Foundation/A.cpp", "Platform/Dispatch/Dispatch.h"),
             ("Platform/Foundation/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
             ("Platform/Dispatch/A.cpp", "Platform/AppKit/NSWindow.h"),
@@ -51,11 +51,11 @@ class IncludeRuleTest(unittest.TestCase):
             ("LaunchScreen/View/A.cpp", "Platform/WindowSystem/Backends/Backends.h"),
             ("Bindings/C/A.cpp", "Host/main.cpp"),
         ):
-            with self.subTest(path=path, included=included):
-                self.assert_fault(path, f'#include "{included}"\n')
+            with self.subTest(path=path, included_path=included_path):
+                self.assert_fault(path, f'#include "{included_path}"\n')
 
     def test_includes_from_a_lower_floor_are_allowed(self):
-        for path, included in (
+        for path, included_path in (
             ("Platform/Dispatch/A.cpp", "Platform/Foundation/NSObject.h"),
             ("Platform/AppKit/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
             ("LaunchScreen/A.cpp", "LaunchScreen/View/Cover.h"),
@@ -63,8 +63,8 @@ class IncludeRuleTest(unittest.TestCase):
             ("Bindings/C/A.cpp", "Platform/WindowSystem/Backends/Backends.h"),
             ("Tests/AppKit/A.cpp", "Platform/WindowSystem/Headless/HeadlessWindow.h"),
         ):
-            with self.subTest(path=path, included=included):
-                self.assert_no_fault(path, f'#include "{included}"\n')
+            with self.subTest(path=path, included_path=included_path):
+                self.assert_no_fault(path, f'#include "{included_path}"\n')
 
     def test_a_fault_names_its_line(self):
         text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"

@@ -8,14 +8,14 @@ from pathlib import Path
 from program import ROOT, run
 
 EXAMPLE = ROOT / "Examples" / "scenarios" / "switch-away-and-back.json"
-SMALL = '{"steps": [{"do": "activate"}], "until": 1}'
+SMALL_SCENARIO = '{"steps": [{"do": "activate"}], "until": 1}'
 
 
 class Plays(unittest.TestCase):
     def test_standard_input_gives_the_same_trace_as_the_file(self):
         file_result = run("play", str(EXAMPLE))
-        with EXAMPLE.open() as text:
-            input_result = run("play", "-", stdin=text)
+        with EXAMPLE.open() as file:
+            input_result = run("play", "-", stdin=file)
         self.assertEqual(file_result.returncode, 0)
         self.assertEqual(file_result.stderr, "")
         self.assertEqual(input_result.stdout, file_result.stdout)
@@ -41,7 +41,7 @@ class Refusals(unittest.TestCase):
 
     def test_invalid_json_is_refused(self):
         for content in (b"", b"{", b"[" * 100_000, b'{"steps":' * 100_000, b'{"steps": [}',
-                        b'{"until": "\xff\xfe"}', b'{"until": 1}\0{"', b"\0", SMALL.encode() * 2):
+                        b'{"until": "\xff\xfe"}', b'{"until": 1}\0{"', b"\0", SMALL_SCENARIO.encode() * 2):
             with self.subTest(content[:20]):
                 self.error_for(content)
 

@@ -114,12 +114,12 @@ TEST_F(HostLoopTest, IgnoredHangUpSignalStaysIgnored) {
 }
 
 TEST_F(HostLoopTest, WriteToAClosedPipeDoesNotEndTheProcess) {
-  std::array<int, 2> ends{};
-  ASSERT_EQ(pipe(ends.data()), 0);
-  close(ends[0]);
+  std::array<int, 2> pipeEnds{};
+  ASSERT_EQ(pipe(pipeEnds.data()), 0);
+  close(pipeEnds[0]);
   const HostLoop loop;
-  EXPECT_EQ(write(ends[1], "x", 1), -1);
-  close(ends[1]);
+  EXPECT_EQ(write(pipeEnds[1], "x", 1), -1);
+  close(pipeEnds[1]);
 }
 
 TEST_F(HostLoopTest, EnterCallsTheHandler) {

@@ -57,8 +57,8 @@ TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
 }
 
 TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
-  const Property noControls = motifHints({1, 4, 0, 0, 0});
-  client.setProperty(game, kMotifHints, noControls);
+  const Property hintsWithoutControls = motifHints({1, 4, 0, 0, 0});
+  client.setProperty(game, kMotifHints, hintsWithoutControls);
   handle = adopt(game).handle;
   client.setProperty(game, kMotifHints, std::nullopt);
   deliver();
@@ -73,8 +73,8 @@ TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   // The owner first writes the value that the back end would write. The owner then replaces this
   // value.
-  const Property restricted = motifHints({3, 4, 26, 0, 0});
-  client.setProperty(game, kMotifHints, restricted);
+  const Property restrictedHints = motifHints({3, 4, 26, 0, 0});
+  client.setProperty(game, kMotifHints, restrictedHints);
   handle = adopt(game).handle;
   const Property ownersHints = motifHints({3, 4 | 8, 26, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
@@ -100,7 +100,7 @@ TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   EXPECT_EQ(client.property(game, kNormalHints), sizeHints(16 | 32, 100, 1000));
 }
 
-TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
+TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAnEditedValue) {
   client.setProperty(game, kMotifHints, motifHints({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
   auto decorations = client.numbers(game, kMotifHints);
@@ -114,12 +114,12 @@ TEST_F(X11StyleOwner, RestoringRemovesOurChangesFromAnEditedValue) {
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeAnotherMaskAreRestored) {
   cover();
-  const Property ownersMotif = motifHints({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotifHints, ownersMotif);
+  const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersMotifHints);
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskClosable);
   deliver();
   uncover();
-  EXPECT_EQ(client.property(game, kMotifHints), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
 TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreKept) {
@@ -128,10 +128,10 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   cover();
   system().setStyleMask(handle, kAllControls);
   ASSERT_EQ(client.property(game, kMotifHints), motifHints({3, 1, 1, 0, 0}));
-  const Property ownersMotif = motifHints({2, 0, 2 | 8, 0, 0});
-  client.setProperty(game, kMotifHints, ownersMotif);
+  const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
+  client.setProperty(game, kMotifHints, ownersMotifHints);
   deliverFor(0.5);
-  EXPECT_EQ(client.property(game, kMotifHints), ownersMotif);
+  EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
 TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRestoring) {
@@ -150,9 +150,9 @@ TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
-  const Nanoseconds start = steadyNow();
+  const Nanoseconds startTime = steadyNow();
   takeSystem() = nullptr;
-  EXPECT_LT(steadyNow() - start, kNanosecondsPerSecond);
+  EXPECT_LT(steadyNow() - startTime, kNanosecondsPerSecond);
   EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
@@ -186,16 +186,16 @@ TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
 }
 
 TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
-  const Property ownersMotif = motifHints({1, 4, 0, 7});
-  const Property ownersSizes = sizeHints(16 | 32, 500, 500);
-  client.setProperty(game, kMotifHints, ownersMotif);
-  client.setProperty(game, kNormalHints, ownersSizes);
+  const Property ownersMotifHints = motifHints({1, 4, 0, 7});
+  const Property ownersSizeHints = sizeHints(16 | 32, 500, 500);
+  client.setProperty(game, kMotifHints, ownersMotifHints);
+  client.setProperty(game, kNormalHints, ownersSizeHints);
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
   EXPECT_NE(client.property(game, kMotifHints),
-            ownersMotif);  // the override removes the decorations
-  EXPECT_EQ(client.property(game, kNormalHints), ownersSizes);
+            ownersMotifHints);  // the override removes the decorations
+  EXPECT_EQ(client.property(game, kNormalHints), ownersSizeHints);
 }
 
 TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
@@ -205,28 +205,29 @@ TEST_F(X11StyleOwner, ConcurrentWritesAreNotLostDuringOverriding) {
   std::atomic<std::uint32_t> writtenRound = 0;
   std::thread writer([&] {
     XClient owner(server.display());
-    for (std::uint32_t next = 1; next <= kRounds; ++next) {
-      round.wait(next - 1);
-      const Property value = motifHints({1, 62, 0, next, 0});
-      xcb_change_property(owner.connection(), XCB_PROP_MODE_REPLACE, game, value.type, value.type,
-                          32, 5, value.bytes.data());
+    for (std::uint32_t nextRound = 1; nextRound <= kRounds; ++nextRound) {
+      round.wait(nextRound - 1);
+      const Property hints = motifHints({1, 62, 0, nextRound, 0});
+      xcb_change_property(owner.connection(), XCB_PROP_MODE_REPLACE, game, hints.type, hints.type,
+                          32, 5, hints.bytes.data());
       xcb_flush(owner.connection());
-      writtenRound = next;
+      writtenRound = nextRound;
       writtenRound.notify_one();
     }
     owner.waitForServer();
   });
   std::uint32_t lostCount = 0;
-  for (std::uint32_t next = 1; next <= kRounds; ++next) {
-    round = next;
+  for (std::uint32_t nextRound = 1; nextRound <= kRounds; ++nextRound) {
+    round = nextRound;
     round.notify_one();
     for (const NSWindowStyleMask mask : {7U, 3U, 1U, 3U, 7U, 3U, 1U}) {
       system().setStyleMask(handle, mask);
     }
-    writtenRound.wait(next - 1);
+    writtenRound.wait(nextRound - 1);
     deliver();
     uncover();
-    lostCount += client.property(game, kMotifHints) == motifHints({1, 62, 0, next, 0}) ? 0U : 1U;
+    lostCount +=
+        client.property(game, kMotifHints) == motifHints({1, 62, 0, nextRound, 0}) ? 0U : 1U;
   }
   writer.join();
   EXPECT_EQ(lostCount, 0U);

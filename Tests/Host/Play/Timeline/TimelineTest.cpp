@@ -32,8 +32,8 @@ void playInto(Timeline& timeline, std::string_view steps, double until,
               std::string_view host = "{}") {
   const std::string text = "{\"host\":" + std::string(host) + ",\"steps\":[" + std::string(steps) +
                            "],\"until\":" + std::to_string(until) + "}";
-  const Scenario script = readScenario(text);
-  Player(script, timeline).play();
+  const Scenario scenario = readScenario(text);
+  Player(scenario, timeline).play();
 }
 
 std::vector<Mark> marksIn(const Timeline& timeline, TimelineLane lane) {

@@ -11,22 +11,22 @@ class Font:
         for index in range(self._numbers("H", 4)[0]):
             tag, _, offset, _ = self._numbers("4sIII", 12 + 16 * index)
             self._tables[tag.decode()] = offset
-        self._units = self._numbers("H", self._tables["head"] + 18)[0]
-        self._measured_glyphs = self._numbers("H", self._tables["hhea"] + 34)[0]
+        self._units_per_em = self._numbers("H", self._tables["head"] + 18)[0]
+        self._measured_glyph_count = self._numbers("H", self._tables["hhea"] + 34)[0]
         self._glyphs = self._read_glyphs()
 
     def width(self, text, size):
         """Returns the width of a line of text, without kerning. A character that is not in the font
         has the width of the glyph for missing characters."""
         widths = (self._advance(self._glyphs.get(ord(character), 0)) for character in text)
-        return sum(widths) * size / self._units
+        return sum(widths) * size / self._units_per_em
 
-    def _numbers(self, kinds, offset):
-        return struct.unpack_from(">" + kinds, self._data, offset)
+    def _numbers(self, number_format, offset):
+        return struct.unpack_from(">" + number_format, self._data, offset)
 
     def _advance(self, glyph):
         # Glyphs after the last measured glyph have the width of that glyph.
-        index = min(glyph, self._measured_glyphs - 1)
+        index = min(glyph, self._measured_glyph_count - 1)
         return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
 
     def _read_glyphs(self):
@@ -43,13 +43,13 @@ class Font:
         arrays = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
         glyphs = {}
         for index in range(count):
-            last, first, delta, offset = (
+            last_character, first_character, delta, offset = (
                 self._numbers("H", array + 2 * index)[0] for array in arrays
             )
-            for character in range(first, min(last, 0xFFFE) + 1):
+            for character in range(first_character, min(last_character, 0xFFFE) + 1):
                 glyph = character
                 if offset != 0:
-                    glyph_offset = arrays[3] + 2 * index + offset + 2 * (character - first)
+                    glyph_offset = arrays[3] + 2 * index + offset + 2 * (character - first_character)
                     glyph = self._numbers("H", glyph_offset)[0]
                 glyphs[character] = (glyph + delta) & 0xFFFF if offset == 0 or glyph else 0
         return glyphs

@@ -108,15 +108,15 @@ class Timeline(unittest.TestCase):
     def test_text_of_extreme_scenarios_is_readable(self):
         name = "a window <&\"'> \x01\uffff é 🎮 " + 40 * "W"
         simultaneous_steps = [{"do": "makeKey", "window": name}] * 50
-        present = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
+        presentation_steps = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
         times = (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000)
         for until, seconds in itertools.product(times, (1e-40, 0.1, 7, 3e38)):
             with self.subTest(until=until, seconds=seconds):
                 parameters = {"event": name, "max_duration_time": seconds}
-                end = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
+                last_steps = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
                 # Long plays do not present the launch screen, because the countdown would take too
                 # long.
-                steps = [*(present if until < 1000 else ()), *simultaneous_steps, *end]
+                steps = [*(presentation_steps if until < 1000 else ()), *simultaneous_steps, *last_steps]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
                 self.assert_readable(self.draw({"host": host, "steps": steps, "until": until}))
@@ -135,8 +135,8 @@ class Timeline(unittest.TestCase):
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
         # The classes "name" and "label" set no fill, so the rule "text" gives the colour of their
         # texts.
-        filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter() if
-                  element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
+        filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
+                            if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light_scheme, dark_scheme:
             rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
             for selector in filled_selectors:
