@@ -19,9 +19,9 @@ ResourceUse currentResourceUse() {
   std::size_t totalPages = 0;
   std::size_t residentPages = 0;
   std::ifstream("/proc/self/statm") >> totalPages >> residentPages;
-  const std::filesystem::directory_iterator open("/proc/self/fd");
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
   return {mallinfo2().uordblks, residentPages,
-          static_cast<std::size_t>(std::distance(begin(open), end(open)))};
+          static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)))};
 }
 
 void createAndDestroy(int round) {
@@ -48,8 +48,8 @@ void createAndDestroy(int round) {
 
 TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreMemoryThanOne) {
   constexpr int kRounds = 10'000;
-  constexpr int kWarmUp = 500;  // until all caches are filled
-  for (int round = 0; round < kWarmUp; ++round) {
+  constexpr int kWarmUpRounds = 500;  // until all caches are filled
+  for (int round = 0; round < kWarmUpRounds; ++round) {
     createAndDestroy(round);
   }
   const ResourceUse useBefore = currentResourceUse();

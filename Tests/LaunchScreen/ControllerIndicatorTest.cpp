@@ -45,17 +45,17 @@ TEST_F(ControllerIndicatorTest, IsInFrontOfAllSubviews) {
   EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{lowerView, upperView, indicator()}));
 }
 
-TEST_F(ControllerIndicatorTest, BeforeVersion10_14ItHasNoAppearance) {
+TEST_F(ControllerIndicatorTest, BeforeVersion10_14TheIndicatorHasNoAppearance) {
   EXPECT_EQ(appearanceOn({10, 13, 0}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
 }
 
-TEST_F(ControllerIndicatorTest, FromVersion10_14OnItsAppearanceIsAqua) {
+TEST_F(ControllerIndicatorTest, FromVersion10_14OnTheAppearanceIsAqua) {
   EXPECT_EQ(appearanceOn({10, 14, 0}), "NSAppearanceNameAqua");
   EXPECT_EQ(appearanceOn({15, 0, 0}), "NSAppearanceNameAqua");
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItIsCentredAnd32PointsHigh) {
+TEST_F(ControllerIndicatorTest, APinnedIndicatorIsCentredAnd32PointsHigh) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   const CGRect frame = indicator()->frame();
@@ -65,14 +65,15 @@ TEST_F(ControllerIndicatorTest, PinnedItIsCentredAnd32PointsHigh) {
   EXPECT_EQ(frame.origin.y + frame.size.height / 2, 300);
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItStaysCentredWhenTheViewIsResized) {
+TEST_F(ControllerIndicatorTest, APinnedIndicatorStaysCentredWhenTheViewIsResized) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   cover->view()->setFrame(CGRectMake(7, 8, 1000, 500));
   EXPECT_EQ(indicator()->frame(), CGRectMake(484, 234, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, PinnedItHasFourConstraintsWithAMinimumWidthAndAFixedHeight) {
+TEST_F(ControllerIndicatorTest,
+       APinnedIndicatorHasFourConstraintsWithAMinimumWidthAndAFixedHeight) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   struct ExpectedConstraint {
@@ -116,7 +117,7 @@ TEST_F(ControllerIndicatorTest, OnlyTheLastCreatedIndicatorIsPinned) {
   EXPECT_EQ(indicator()->frame(), CGRectMake(384, 284, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, ItAppearsWithItsSuperviewAndIsAnimated) {
+TEST_F(ControllerIndicatorTest, TheIndicatorIsAnimatedWhenTheCoverAppears) {
   const auto window = openPlayerWindow();
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
@@ -129,7 +130,7 @@ TEST_F(ControllerIndicatorTest, ItAppearsWithItsSuperviewAndIsAnimated) {
   EXPECT_TRUE(scene[1].isAnimated);
 }
 
-TEST_F(ControllerIndicatorTest, TheControllerOwnsIt) {
+TEST_F(ControllerIndicatorTest, TheControllerOwnsTheIndicator) {
   cover->createActivityIndicator();
   const Weak<NSProgressIndicator> weakIndicator = indicator();
   cover = nullptr;

@@ -33,7 +33,8 @@ TEST_F(ControllerPresentationTest, ThePresentationModesHaveTheirValues) {
 
 // Embedded in a window without a content view controller
 
-TEST_F(ControllerPresentationTest, EmbeddedWithoutAParentItIsASubviewOfTheContentViewAndTracked) {
+TEST_F(ControllerPresentationTest,
+       EmbeddedWithoutAParentTheCoverIsATrackedSubviewOfTheContentView) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->presentationMode(), 0);
@@ -43,7 +44,7 @@ TEST_F(ControllerPresentationTest, EmbeddedWithoutAParentItIsASubviewOfTheConten
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItFillsItsSuperviewAndFollowsItsSize) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverAlwaysFillsItsSuperview) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
@@ -52,21 +53,21 @@ TEST_F(ControllerPresentationTest, EmbeddedItFillsItsSuperviewAndFollowsItsSize)
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 800, 600));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItMakesTheContentViewLayerBacked) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverMakesTheContentViewLayerBacked) {
   const auto window = openPlayerWindow();
   EXPECT_FALSE(window->contentView()->wantsLayer());
   present(window, kEmbedded);
   EXPECT_TRUE(window->contentView()->wantsLayer());
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItGetsTheFrameOfItsSuperviewNotItsBounds) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverGetsTheFrameOfItsSuperviewNotTheBounds) {
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(10, 20, 300, 200));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWindowsFrame) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverAppearsTrackedAndAtTheSizeOfTheWindow) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   bool hasAppeared = false;
@@ -83,7 +84,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItAppearsTrackedAndAtTheSizeOfTheWind
   EXPECT_TRUE(hasAppeared);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowItAppearsWhenTheWindowIsOrderedIn) {
+TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowTheCoverAppearsWhenTheWindowOpens) {
   const auto window = openPlayerWindow();
   window->close();
   present(window, kEmbedded);
@@ -96,7 +97,7 @@ TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowItAppearsWhenTheWindow
 
 // Embedded in a window with a content view controller
 
-TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItIsItsChildAndNotTracked) {
+TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerTheCoverIsAnUntrackedChild) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
@@ -107,7 +108,8 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItIsItsChi
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsItsLayerBackedView) {
+TEST_F(ControllerPresentationTest,
+       EmbeddedUnderAContentViewControllerTheCoverFillsTheLayerBackedView) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -117,7 +119,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerItFillsIts
   EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedItIsAChildBeforeItAppears) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsAChildBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool hasAppeared = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
@@ -131,7 +133,7 @@ TEST_F(ControllerPresentationTest, EmbeddedItIsAChildBeforeItAppears) {
 
 // Embedded without a window
 
-TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowItHasNoSizeAndIsTrackedWithoutSuperview) {
+TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowTheCoverIsTrackedWithoutSizeAndSuperview) {
   cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
   cover->setAppWindow(openPlayerWindow());
   present(nullptr, kEmbedded);
@@ -191,7 +193,7 @@ TEST_F(ControllerPresentationTest, AShownControllerWritesTheSavedStyleToTheNewWi
 
 // Modal window
 
-TEST_F(ControllerPresentationTest, AsAModalWindowTheContentViewControllerPresentsIt) {
+TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheModalWindow) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kModalWindow);
@@ -203,20 +205,21 @@ TEST_F(ControllerPresentationTest, AsAModalWindowTheContentViewControllerPresent
   EXPECT_TRUE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, AsAModalWindowWithoutAContentViewControllerItPresentsItself) {
+TEST_F(ControllerPresentationTest,
+       WithoutAContentViewControllerTheCoverPresentsItselfInAModalWindow) {
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(cover->presentingViewController(), cover);
   ASSERT_NE(cover->view()->window(), nullptr);
   EXPECT_TRUE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, AsAModalWindowWithoutAWindowItPresentsItself) {
+TEST_F(ControllerPresentationTest, WithoutAWindowTheCoverPresentsItselfInAModalWindow) {
   present(nullptr, kModalWindow);
   EXPECT_EQ(cover->presentingViewController(), cover);
   EXPECT_NE(cover->view()->window(), nullptr);
 }
 
-TEST_F(ControllerPresentationTest, AsAModalWindowItSetsNoApplicationWindowAndIsNotTracked) {
+TEST_F(ControllerPresentationTest, AModalWindowIsNotTrackedAndSetsNoApplicationWindow) {
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
@@ -225,7 +228,7 @@ TEST_F(ControllerPresentationTest, AsAModalWindowItSetsNoApplicationWindowAndIsN
 
 // Sheet
 
-TEST_F(ControllerPresentationTest, AsASheetTheContentViewControllerPresentsIt) {
+TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheSheet) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kSheet);
   EXPECT_EQ(cover->presentationMode(), 2);
@@ -235,14 +238,14 @@ TEST_F(ControllerPresentationTest, AsASheetTheContentViewControllerPresentsIt) {
   EXPECT_FALSE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, AsASheetItSetsNoApplicationWindowAndIsNotTracked) {
+TEST_F(ControllerPresentationTest, ASheetIsNotTrackedAndSetsNoApplicationWindow) {
   present(openPlayerWindowWithContentViewController(), kSheet);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerPresentationTest, ASheetThatItPresentsItselfOffScreenIsNotShown) {
+TEST_F(ControllerPresentationTest, ACoverOffScreenCannotPresentItselfAsASheet) {
   present(openPlayerWindow(), kSheet);
   EXPECT_EQ(cover->presentationMode(), 2);
   expectNothingPresented();
@@ -250,7 +253,7 @@ TEST_F(ControllerPresentationTest, ASheetThatItPresentsItselfOffScreenIsNotShown
   expectNothingPresented();
 }
 
-TEST_F(ControllerPresentationTest, ASheetThatItPresentsItselfBelongsToTheWindowThatShowsIt) {
+TEST_F(ControllerPresentationTest, TheSheetOfAnEmbeddedCoverBelongsToTheWindowOfTheCover) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   present(openWindow("PlayerWindow"), kSheet);

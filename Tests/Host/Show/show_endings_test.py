@@ -10,7 +10,7 @@ from show import LOG_LINE, reports, running_show, show
 
 
 # The arguments for a short run. A modal cover closes as soon as the library dismisses the cover.
-MODAL = ["--present", "modal"]
+MODAL_ARGUMENTS = ["--present", "modal"]
 
 
 class Endings(unittest.TestCase):
@@ -36,7 +36,7 @@ class Endings(unittest.TestCase):
         )
 
     def test_each_second_left_is_reported(self):
-        result = show("--duration", "1.2", "--mode", "forced", *MODAL)
+        result = show("--duration", "1.2", "--mode", "forced", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(
             [line for line in reports(result.stdout) if line.endswith("left")], ["1 s left"]
@@ -44,7 +44,7 @@ class Endings(unittest.TestCase):
 
     def test_modal_and_sheet_runs_report_from_request_to_event(self):
         for arguments, mode in (
-            (MODAL, 2),
+            (MODAL_ARGUMENTS, 2),
             (["--present", "sheet", "--content-controller"], 1),
         ):
             with self.subTest(arguments):
@@ -63,14 +63,14 @@ class Endings(unittest.TestCase):
                 self.assertTrue(result.stderr.endswith(f" mode: {mode}\n"))
 
     def test_skip_after_ends_without_an_event(self):
-        result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL)
+        result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(reports(result.stdout)[-2:], ["dismissed", "uncovered"])
         self.assertNotIn("event recorded", result.stdout)
 
     def test_enter_dismisses_in_skip_mode(self):
         with running_show(
-            "covered", "--mode", "skip", "--duration", "60", *MODAL, stdin=subprocess.PIPE
+            "covered", "--mode", "skip", "--duration", "60", *MODAL_ARGUMENTS, stdin=subprocess.PIPE
         ) as process:
             process.stdin.write(b"\n")
             process.stdin.flush()
@@ -82,24 +82,24 @@ class Endings(unittest.TestCase):
             )
 
     def test_enter_does_nothing_in_forced_mode(self):
-        result = show("--duration", "0.3", *MODAL, stdin=None, input="\n\n")
+        result = show("--duration", "0.3", *MODAL_ARGUMENTS, stdin=None, input="\n\n")
         self.assertEqual(result.returncode, 0)
         self.assertIn("event recorded", result.stdout)
 
     def test_end_of_input_does_not_dismiss(self):
-        result = show("--mode", "skip", "--duration", "0.5", *MODAL)
+        result = show("--mode", "skip", "--duration", "0.5", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         times = [float(line.split()[0]) for line in result.stdout.splitlines() if "dismissed" in line]
         self.assertGreaterEqual(min(times), 0.5)
 
     def test_closed_input_does_not_dismiss(self):
         process = start(
-            "show", "--display", "headless", "--mode", "skip", "--duration", "0.3", *MODAL,
+            "show", "--display", "headless", "--mode", "skip", "--duration", "0.3", *MODAL_ARGUMENTS,
             preexec_fn=lambda: os.close(0),
         )
-        out, _ = process.communicate(timeout=TIMEOUT)
+        output, _ = process.communicate(timeout=TIMEOUT)
         self.assertEqual(process.returncode, 0)
-        self.assertEqual(reports(out.decode())[-1], "uncovered")
+        self.assertEqual(reports(output.decode())[-1], "uncovered")
 
 
 if __name__ == "__main__":

@@ -27,7 +27,7 @@ TEST_F(HintOverrideTest, StartsWithTheOwnersValue) {
   EXPECT_EQ(hintOverride.currentValue(), hint({1, 100, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenWeWrite) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndWrites) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
@@ -54,7 +54,7 @@ TEST_F(HintOverrideTest, StoresTheDeletionOfTheProperty) {
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurValue) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesTheBackEndsValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.reconcile(hint({3, 640, 5}));
@@ -62,7 +62,7 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesOurValue) {
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesOurValue) {
+TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesTheBackEndsValue) {
   HintOverride missingHint(std::nullopt, kBitSetCount);
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
@@ -70,20 +70,20 @@ TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesOurValue) {
   EXPECT_EQ(missingHint.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, RemovesOurChangesFromAnEditedValue) {
+TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   // The owner sets another bit, changes the last number and appends a number.
   hintOverride.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
-TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItLacksOneOfOurChanges) {
+TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 641, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItIsShorterThanOurs) {
+TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItIsShorterThanTheBackEndsValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 640}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 640}));
@@ -93,38 +93,38 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWrites) {
   for (const std::uint32_t width : {600U, 610U, 620U, 630U, 640U}) {
     EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, width, 5})));
   }
-  HintOverride copy = hintOverride;
+  HintOverride overrideCopy = hintOverride;
   hintOverride.reconcile(hint({1 | 2, 610, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 9}));
-  copy.reconcile(hint({1 | 2, 600, 9}));
-  EXPECT_EQ(copy.ownersValue(), hint({1 | 2, 600, 9}));
+  overrideCopy.reconcile(hint({1 | 2, 600, 9}));
+  EXPECT_EQ(overrideCopy.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
-TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatOurWriteHasReplaced) {
+TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatTheBackEndsWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenOurWriteHasReplacedIt) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndsWriteHasReplacedIt) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
-TEST_F(HintOverrideTest, RemovesOurChangesFromAValueThatOurNextWriteHasReplaced) {
+TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAValueThatTheNextWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // `reconcileReplaced` also corrected the owner's value that was recorded with our earlier writes.
+  // `reconcileReplaced` also corrected the owner's value that was recorded with the earlier writes.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
   hintOverride.reconcile(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
-TEST_F(HintOverrideTest, KeepsEachValueUnchangedAfterForgettingOurWrites) {
+TEST_F(HintOverrideTest, KeepsEachValueUnchangedAfterForgettingTheBackEndsWrites) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
   hintOverride.forgetWrites();

@@ -243,12 +243,13 @@ TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
     return std::pair(manager["launchScreenExpirationTimer"].get<bool>(),
                      manager["launchScreenExpirationTimeLeft"].get<double>());
   };
-  const std::string start = R"(,{"do":"send","operation":"startTimer"})";
+  const std::string startStep = R"(,{"do":"send","operation":"startTimer"})";
   EXPECT_EQ(timerAfter(""), std::pair(false, 5.0));
-  EXPECT_EQ(timerAfter(start), std::pair(true, 5.0));
-  EXPECT_EQ(timerAfter(start + R"(,{"do":"send","operation":"pauseTimer"})"),
+  EXPECT_EQ(timerAfter(startStep), std::pair(true, 5.0));
+  EXPECT_EQ(timerAfter(startStep + R"(,{"do":"send","operation":"pauseTimer"})"),
             std::pair(false, 5.0));
-  EXPECT_EQ(timerAfter(start + R"(,{"do":"send","operation":"stopTimer"})"), std::pair(false, 0.0));
+  EXPECT_EQ(timerAfter(startStep + R"(,{"do":"send","operation":"stopTimer"})"),
+            std::pair(false, 0.0));
 }
 
 TEST(PlayStepsTest, SendCreatesTheIndicator) {
@@ -361,22 +362,23 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
 TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
   const std::string refusingDelegate =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
-  const std::string skip = R"(,{"do":"configure","skipMode":true},)";
+  const std::string skipStep = R"(,{"do":"configure","skipMode":true},)";
   const Lines trace =
-      play(coverThen(refusingDelegate + skip + R"({"do":"dismiss","by":"manager"})"));
+      play(coverThen(refusingDelegate + skipStep + R"({"do":"dismiss","by":"manager"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":false})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
 TEST(PlayStepsTest, ViewDelegateCanBeReplacedAndRemoved) {
-  const std::string dismiss = R"(,{"do":"dismiss","by":"content"})";
-  EXPECT_THAT(linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null})" + dismiss)),
-                         "dismiss"),
-              Not(Contains(testing::HasSubstr("host"))));
+  const std::string dismissStep = R"(,{"do":"dismiss","by":"content"})";
+  EXPECT_THAT(
+      linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null})" + dismissStep)),
+                 "dismiss"),
+      Not(Contains(testing::HasSubstr("host"))));
   EXPECT_THAT(linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null},)"
                                         R"({"do":"viewDelegate"})" +
-                                        dismiss)),
+                                        dismissStep)),
                          "dismiss"),
               Contains(R"("host":"contentViewDidDisappear:"})"));
 }
@@ -423,7 +425,7 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 
 TEST(PlayStepsTest, WindowHasItsClassAndParent) {
   // Under a modal launch screen, the countdown runs if the key window or its parent has the class
-  // PlayerWindow. It is the default class of a window.
+  // PlayerWindow, which is the default class of a window.
   const auto isPausedBy = [](const std::string& window) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + window +
@@ -476,15 +478,15 @@ TEST(PlayStepsTest, MakeKeyMakesAWindowOnScreenKey) {
 }
 
 TEST(PlayStepsTest, MiniaturizeAndDeminiaturizeChangeTheWindowsOnScreen) {
-  const std::string miniaturize =
+  const std::string miniaturizeSteps =
       R"({"do":"openWindow","name":"b"},{"do":"miniaturize","window":"player"})";
-  const Lines miniaturizedTrace = play(miniaturize);
+  const Lines miniaturizedTrace = play(miniaturizeSteps);
   EXPECT_THAT(linesAfter(miniaturizedTrace, "miniaturize"),
               ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
   EXPECT_EQ(lastInspection(miniaturizedTrace)["application"]["orderedWindows"],
             json::parse(R"(["b"])"));
   const Lines deminiaturizedTrace =
-      play(miniaturize + R"(,{"do":"deminiaturize","window":"player"})");
+      play(miniaturizeSteps + R"(,{"do":"deminiaturize","window":"player"})");
   EXPECT_THAT(linesAfter(deminiaturizedTrace, "deminiaturize"), IsEmpty());
   EXPECT_EQ(lastInspection(deminiaturizedTrace)["application"]["orderedWindows"],
             json::parse(R"(["player","b"])"));
