@@ -207,30 +207,32 @@ void NSApplication::applicationActivated(WindowHandle window) {
   post(NSApplicationDidBecomeActiveNotification, self());
 }
 
-// Modal runs
+// Modal sessions
 
 Strong<NSWindow> NSApplication::modalWindow() const {
-  return modalRuns_.empty() ? nullptr : modalRuns_.back().window;
+  return modalSessions_.empty() ? nullptr : modalSessions_.back().window;
 }
 
-std::uint64_t NSApplication::addModalRun(const Strong<NSWindow>& window) {
-  modalRuns_.push_back({++lastModalRunId_, window});
+std::uint64_t NSApplication::addModalSession(const Strong<NSWindow>& window) {
+  modalSessions_.push_back({++lastModalSessionId_, window});
   updateModality();
-  return lastModalRunId_;
+  return lastModalSessionId_;
 }
 
-void NSApplication::beginModalRun(const Strong<NSWindow>& window) { addModalRun(window); }
+void NSApplication::beginModalSession(const Strong<NSWindow>& window) { addModalSession(window); }
 
 void NSApplication::stopModal() {
-  if (!modalRuns_.empty()) {
-    const ModalRun endedRun = modalRuns_.back();  // keeps the window alive during the removal
-    modalRuns_.pop_back();
+  if (!modalSessions_.empty()) {
+    const ModalSession endedSession =
+        modalSessions_.back();  // keeps the window alive during the removal
+    modalSessions_.pop_back();
     updateModality();
   }
 }
 
-void NSApplication::endModalRuns(const NSWindow* window) {
-  std::erase_if(modalRuns_, [window](const ModalRun& run) { return run.window.get() == window; });
+void NSApplication::endModalSessions(const NSWindow* window) {
+  std::erase_if(modalSessions_,
+                [window](const ModalSession& session) { return session.window.get() == window; });
   updateModality();
 }
 
@@ -239,10 +241,11 @@ void NSApplication::runModalForWindow(const Strong<NSWindow>& window) {
     return;
   }
   const Strong<NSApplication> strongSelf = self();
-  const std::uint64_t id = addModalRun(window);
+  const std::uint64_t id = addModalSession(window);
   window->makeKeyAndOrderFront();
   const auto isRunning = [this, id] {
-    return std::ranges::any_of(modalRuns_, [id](const ModalRun& run) { return run.id == id; });
+    return std::ranges::any_of(modalSessions_,
+                               [id](const ModalSession& session) { return session.id == id; });
   };
   while (isRunning()) {
     NSRunLoop::mainRunLoop().runModeBeforeDate(NSModalPanelRunLoopMode, kNever);
@@ -255,7 +258,7 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 }
 
 void NSApplication::updateModality() {
-  const bool isModal = !modalRuns_.empty() && mode_ == NSDefaultRunLoopMode;
+  const bool isModal = !modalSessions_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
   port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }

@@ -19,9 +19,9 @@ inline constexpr NSNotificationName NSApplicationWillResignActiveNotification =
 inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
-/// The application: its windows on one window system, the key window and the modal runs. This class
-/// makes all decisions about windows, and the window system only carries out these decisions. Only
-/// the main thread may use the application.
+/// The application: its windows on one window system, the key window and the modal sessions. This
+/// class makes all decisions about windows, and the window system only carries out these decisions.
+/// Only the main thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -54,18 +54,19 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// while it is not on screen. On failure, sets `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(const NativeWindow& native, std::string& error);
 
-  /// The window of the newest modal run; null without a modal run.
+  /// The window of the newest modal session; null without a modal session.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;
-  /// Begins a modal run of `window` and returns. During a modal run the run loop runs in the
-  /// modal-panel mode.
-  void beginModalRun(const Strong<NSWindow>& window);
-  /// Ends the newest modal run. Does nothing without a modal run.
+  /// Begins a modal session of `window` and returns. During a modal session the run loop runs in
+  /// the modal-panel mode.
+  void beginModalSession(const Strong<NSWindow>& window);
+  /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();
-  /// Shows a host's own dialog: opens the window, makes it key and begins a modal run. Runs the
-  /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal run.
+  /// Shows a host's own dialog: opens the window, makes it key and begins a modal session. Runs the
+  /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal
+  /// session.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the run loop's mode outside modal runs. The event-tracking mode also applies during a
-  /// modal run.
+  /// Sets the run loop's mode outside modal sessions. The event-tracking mode also applies during a
+  /// modal session.
   void setRunLoopMode(NSRunLoopMode mode);
 
   /// Sets the handler that is called after a change of a window's style mask. Its second argument
@@ -89,7 +90,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   friend class NSWindow;
   friend void shutDown();
 
-  struct ModalRun {
+  struct ModalSession {
     std::uint64_t id;
     Strong<NSWindow> window;
   };
@@ -133,8 +134,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void becomeKey(const Strong<NSWindow>& window);
   // Makes another window key if `removedWindow`, which has left the screen, was key.
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
-  std::uint64_t addModalRun(const Strong<NSWindow>& window);
-  void endModalRuns(const NSWindow* window);
+  std::uint64_t addModalSession(const Strong<NSWindow>& window);
+  void endModalSessions(const NSWindow* window);
   // Sets the mode of the run loop and the modal window of the window system.
   void updateModality();
   void addToScreen(const Strong<NSWindow>& window);
@@ -149,9 +150,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   std::vector<Weak<NSWindow>> keyHistory_;  // most recent key window last
   Weak<NSWindow> keyWindowAtDeactivation_;
   bool isActive_ = true;
-  std::vector<ModalRun> modalRuns_;
-  std::uint64_t lastModalRunId_ = 0;
-  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // the mode outside modal runs
+  std::vector<ModalSession> modalSessions_;
+  std::uint64_t lastModalSessionId_ = 0;
+  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // the mode outside modal sessions
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;

@@ -116,7 +116,7 @@ void NSViewController::presentViewControllerAsModalWindow(
       WindowKind::Modal, presentationSize(*controller), owner,
       NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskResizable);
   presentIn(window, controller);
-  send(NSApp, &NSApplication::beginModalRun, window);
+  send(NSApp, &NSApplication::beginModalSession, window);
   window->makeKeyAndOrderFront();
 }
 

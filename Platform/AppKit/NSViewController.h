@@ -54,8 +54,9 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   [[nodiscard]] NSArray<NSViewController> childViewControllers() const { return children_; }
   [[nodiscard]] Strong<NSViewController> parentViewController() const { return parent_.lock(); }
 
-  /// Shows `controller` in a new window, begins a modal run of that window and returns immediately.
-  /// Does nothing if `controller` is already presented. A controller may present itself.
+  /// Shows `controller` in a new window, begins a modal session of that window and returns
+  /// immediately. Does nothing if `controller` is already presented. A controller may present
+  /// itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
   /// if there is no such window or if `controller` is already presented.

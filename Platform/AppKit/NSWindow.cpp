@@ -213,7 +213,7 @@ void NSWindow::close() {
     application->removeFromScreen(strongSelf);
     std::erase(application->openWindows_, strongSelf);
     application->port()->orderOut(handle_);
-    application->endModalRuns(this);
+    application->endModalSessions(this);
   }
   endPresentation();
   notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowClosed(*this); });
@@ -291,7 +291,7 @@ bool NSWindow::isKeyWindow() const { return NSApp != nullptr && NSApp->keyWindow
 
 bool NSWindow::isModalPanel() const {
   return NSApp != nullptr &&
-         std::ranges::any_of(NSApp->modalRuns_, [this](const NSApplication::ModalRun& run) {
+         std::ranges::any_of(NSApp->modalSessions_, [this](const NSApplication::ModalSession& run) {
            return run.window.get() == this;
          });
 }

@@ -103,7 +103,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// does not become key.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
-  /// True during a modal run of the window.
+  /// True during a modal session of the window.
   [[nodiscard]] bool isModalPanel() const;
 
   /// True if the window is open.

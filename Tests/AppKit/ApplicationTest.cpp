@@ -152,7 +152,7 @@ class PollingHostTest : public ApplicationTest {
          window->contentView()->layer()->setBackgroundColor(CGColor{1, 1, 1, 1});
        }},
       {"miniaturize", [this] { window->miniaturize(); }},
-      {"beginModalRun", [this] { NSApp->beginModalRun(window); }},
+      {"beginModalSession", [this] { NSApp->beginModalSession(window); }},
       {"close", [this] { window->close(); }},
       {"release the window", [this] { window = nullptr; }}};
 };

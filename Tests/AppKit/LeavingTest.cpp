@@ -269,7 +269,7 @@ TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
   EXPECT_NE(std::ranges::find(events, "C resigns key"), events.end());
 }
 
-TEST_F(LeavingTest, ALostConnectionEndsModalRunsAndSheets) {
+TEST_F(LeavingTest, ALostConnectionEndsModalSessionsAndSheets) {
   const auto hostController = addController(windowNamed("C"), "host");
   hostController->presentViewControllerAsModalWindow(makeController("modal"));
   hostController->presentViewControllerAsSheet(makeController("sheet"));

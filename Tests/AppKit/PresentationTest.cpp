@@ -60,7 +60,7 @@ TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {
   EXPECT_EQ(windowOrder(), (Events{"NSWindow", "A"}));
 }
 
-TEST_F(PresentationTest, TheLinksAndTheModalRunExistInWillAppear) {
+TEST_F(PresentationTest, TheLinksAndTheModalSessionExistInWillAppear) {
   bool isLinked = false;
   bool isModal = false;
   recorder.onNext("guest will appear", [&] {
@@ -113,7 +113,7 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
   EXPECT_EQ(sheet->frame(), CGRectMake(260, 330, 480, 270));
 }
 
-TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalRun) {
+TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalSession) {
   host->presentViewControllerAsSheet(guest);
   EXPECT_EQ(recorder.takeEvents(), (Events{"guest will appear", "A resigns key",
                                            "NSWindow becomes key", "guest did appear"}));

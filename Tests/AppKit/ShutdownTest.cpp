@@ -81,7 +81,7 @@ TEST_F(ShutdownTest, ShutDownDrainsTheReleasePool) {
 }
 
 TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
-  NSApp->beginModalRun(openWindow("A"));
+  NSApp->beginModalSession(openWindow("A"));
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
   ASSERT_EQ(NSRunLoop::mainRunLoop().mode(), NSEventTrackingRunLoopMode);
   shutDown();

@@ -166,7 +166,7 @@ TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownUntilItCloses) {
   platform.run(0.35);
   const auto consentDialog = openWindow("ConsentWindow");
   consentDialog->setContentViewController(make<NamedViewController>(LSGDPRControllerClassName));
-  NSApp->beginModalRun(consentDialog);
+  NSApp->beginModalSession(consentDialog);
   consentDialog->makeKeyWindow();
   platform.run(5);
   EXPECT_TRUE(platform.events.empty());

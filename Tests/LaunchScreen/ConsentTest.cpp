@@ -30,7 +30,7 @@ TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDow
   const auto player = openPlayerWindowWithContentViewController();
   present(player, kHostModeSheet);
   const auto sheet = controller()->view()->window();
-  NSApp->beginModalRun(consentDialog);
+  NSApp->beginModalSession(consentDialog);
   consentDialog->makeKeyWindow();
   ASSERT_TRUE(manager->appIsUnfocused());
   ASSERT_EQ(timer(), nullptr);
@@ -42,11 +42,11 @@ TEST_F(ConsentTest, WhenTheDialogResignsKeyTheLaunchScreenBecomesKeyAndCountsDow
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, OnlyTheInnermostModalRunEnds) {
+TEST_F(ConsentTest, OnlyTheInnermostModalSessionEnds) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   const auto modalWindow = controller()->view()->window();
-  NSApp->beginModalRun(consentDialog);
+  NSApp->beginModalSession(consentDialog);
   resignKey(consentDialog);
   EXPECT_EQ(NSApp->modalWindow(), modalWindow);
 }
@@ -60,10 +60,10 @@ TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, TheModalRunEndsThenTheManagerIsNotifiedThenTheWindowBecomesKey) {
+TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
-  NSApp->beginModalRun(consentDialog);
+  NSApp->beginModalSession(consentDialog);
   hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
@@ -100,10 +100,10 @@ TEST_F(ConsentTest, OnlyTheManagerReceivesTheNotificationThatItMakes) {
       << "the window becomes key";
 }
 
-TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalRunEnds) {
+TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
   load(5.0);
   manager->setAppIsUnfocused(true);
-  NSApp->beginModalRun(consentDialog);
+  NSApp->beginModalSession(consentDialog);
   resignKey(consentDialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), nullptr);
@@ -139,7 +139,7 @@ TEST_F(ConsentTest, OnlyAContentViewControllerOfThisExactClassIsAConsentDialog) 
     otherWindow->setContentViewController(make<NamedViewController>(name));
     otherWindow->contentViewController()->addChildViewController(
         make<NamedViewController>("GDPRViewController"));
-    NSApp->beginModalRun(otherWindow);
+    NSApp->beginModalSession(otherWindow);
     resignKey(otherWindow);
     EXPECT_EQ(NSApp->modalWindow(), otherWindow) << name;
     EXPECT_EQ(NSApp->keyWindow(), nullptr) << name;

@@ -56,7 +56,7 @@ TEST_F(RequiredWindowTest, ANullWindowIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "while nothing is presented";
   present(openPlayerWindow(), kHostModeModalWindow);
-  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "during a modal run";
+  EXPECT_FALSE(manager->isRequiredWindow(nullptr)) << "during a modal session";
 }
 
 TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
@@ -94,7 +94,7 @@ TEST_F(RequiredWindowTest, AnotherWindowIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(openWindowWithChildren({})));
 }
 
-TEST_F(RequiredWindowTest, WithoutAModalRunThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, WithoutAModalSessionThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   present(player, kHostModeSheet);
@@ -102,7 +102,7 @@ TEST_F(RequiredWindowTest, WithoutAModalRunThePlayerWindowIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, WithoutAModalRunAChildOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, WithoutAModalSessionAChildOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -111,15 +111,15 @@ TEST_F(RequiredWindowTest, WithoutAModalRunAChildOfThePlayerWindowIsNotRequired)
   EXPECT_FALSE(manager->isRequiredWindow(child));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalRunOfAnotherWindowThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringAModalSessionOfAnotherWindowThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(openWindow("NSWindow"), kHostModeEmbedded);
-  NSApp->beginModalRun(openWindow("NSWindow"));
+  NSApp->beginModalSession(openWindow("NSWindow"));
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalRunThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalSessionThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(player, kHostModeModalWindow);
@@ -127,7 +127,7 @@ TEST_F(RequiredWindowTest, DuringItsModalRunThePlayerWindowIsRequired) {
   EXPECT_TRUE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalRunAChildOfThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalSessionAChildOfThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -139,7 +139,7 @@ TEST_F(RequiredWindowTest, DuringItsModalRunAChildOfThePlayerWindowIsRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(grandchild));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalRunASheetOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalSessionASheetOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   const auto sheet = makeNamed("NSViewController");
@@ -149,7 +149,7 @@ TEST_F(RequiredWindowTest, DuringItsModalRunASheetOfThePlayerWindowIsNotRequired
   EXPECT_FALSE(manager->isRequiredWindow(sheet->view()->window()));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalRunAWindowOfAnotherClassIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringItsModalSessionAWindowOfAnotherClassIsNotRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {
@@ -169,7 +169,7 @@ TEST_F(RequiredWindowTest, AWindowWithAChildOfTheLaunchScreensClassIsRequired) {
       {makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalRunChildrenAreAlsoCompared) {
+TEST_F(RequiredWindowTest, DuringAModalSessionChildrenAreAlsoCompared) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(

@@ -552,7 +552,7 @@ TEST(PlayStepsTest, EventTrackingModePausesTheCountdown) {
       16U);  // including the late tick at 1.5 s
 }
 
-TEST(PlayStepsTest, ModalRunKeepsTheEventTrackingMode) {
+TEST(PlayStepsTest, ModalSessionKeepsTheEventTrackingMode) {
   const std::string steps =
       R"({"do":"runLoopMode","mode":"eventTracking"},)"
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"

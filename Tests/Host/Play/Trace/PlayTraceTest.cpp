@@ -104,7 +104,7 @@ TEST(TraceTextTest, TextsAreEscapedToOneLine) {
 
 // The order of lines
 
-TEST(PlayTraceTest, LinesOfAModalRunAreInOrder) {
+TEST(PlayTraceTest, LinesOfAModalSessionAreInOrder) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",

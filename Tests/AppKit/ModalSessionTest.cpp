@@ -1,4 +1,4 @@
-// Modal runs, and the mode of the run loop during a modal run.
+// Modal sessions, and the mode of the run loop during a modal session.
 #include <functional>
 #include <string>
 
@@ -9,9 +9,9 @@
 namespace vel::test {
 namespace {
 
-class ModalRunTest : public RecordedTest {
+class ModalSessionTest : public RecordedTest {
  protected:
-  // Runs `work` after a delay, even during a modal run.
+  // Runs `work` after a delay, even during a modal session.
   void runAfter(double seconds, const std::function<void()>& work) {
     loop.addTimerForMode(schedule(seconds, work), NSModalPanelRunLoopMode);
   }
@@ -26,7 +26,7 @@ class ModalRunTest : public RecordedTest {
   Strong<RecordingController> host = addController(window, "host");
 };
 
-TEST_F(ModalRunTest, TheRunLoopIsInTheModalPanelModeDuringAModalRun) {
+TEST_F(ModalSessionTest, TheRunLoopIsInTheModalPanelModeDuringAModalSession) {
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
   const auto guest = presentModally("guest");
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
@@ -34,7 +34,7 @@ TEST_F(ModalRunTest, TheRunLoopIsInTheModalPanelModeDuringAModalRun) {
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, TimersOfTheDefaultModeFireAfterTheModalRun) {
+TEST_F(ModalSessionTest, TimersOfTheDefaultModeFireAfterTheModalSession) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   presentModally("guest");
@@ -45,7 +45,7 @@ TEST_F(ModalRunTest, TimersOfTheDefaultModeFireAfterTheModalRun) {
   EXPECT_EQ(ticker->ticks(), 1);
 }
 
-TEST_F(ModalRunTest, AModalRunDoesNotReplaceTheEventTrackingMode) {
+TEST_F(ModalSessionTest, AModalSessionDoesNotReplaceTheEventTrackingMode) {
   NSApp->setRunLoopMode(NSEventTrackingRunLoopMode);
   presentModally("guest");
   EXPECT_EQ(loop.mode(), NSEventTrackingRunLoopMode);
@@ -53,15 +53,15 @@ TEST_F(ModalRunTest, AModalRunDoesNotReplaceTheEventTrackingMode) {
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
 }
 
-TEST_F(ModalRunTest, AWindowIsAModalPanelDuringItsModalRun) {
+TEST_F(ModalSessionTest, AWindowIsAModalPanelDuringItsModalSession) {
   EXPECT_FALSE(window->isModalPanel());
-  NSApp->beginModalRun(window);
+  NSApp->beginModalSession(window);
   EXPECT_TRUE(window->isModalPanel());
   NSApp->stopModal();
   EXPECT_FALSE(window->isModalPanel());
 }
 
-TEST_F(ModalRunTest, StopModalEndsTheNewestModalRun) {
+TEST_F(ModalSessionTest, StopModalEndsTheNewestModalSession) {
   const auto outerGuest = presentModally("outer");
   const auto innerGuest = presentModally("inner");
   EXPECT_EQ(NSApp->modalWindow(), innerGuest->view()->window());
@@ -72,21 +72,21 @@ TEST_F(ModalRunTest, StopModalEndsTheNewestModalRun) {
   EXPECT_EQ(loop.mode(), NSModalPanelRunLoopMode);
 }
 
-TEST_F(ModalRunTest, StopModalLeavesTheWindowOnScreen) {
+TEST_F(ModalSessionTest, StopModalLeavesTheWindowOnScreen) {
   const auto guest = presentModally("guest");
   NSApp->stopModal();
   EXPECT_TRUE(guest->view()->window()->isOnScreen());
   EXPECT_EQ(guest->presentingViewController(), host);
 }
 
-TEST_F(ModalRunTest, StopModalWithoutAModalRunDoesNothing) {
+TEST_F(ModalSessionTest, StopModalWithoutAModalSessionDoesNothing) {
   NSApp->stopModal();
   NSApp->stopModal();
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, TheWindowSystemReceivesTheModalWindow) {
+TEST_F(ModalSessionTest, TheWindowSystemReceivesTheModalWindow) {
   EXPECT_EQ(platform.windowSystem().modalWindow(), WindowHandle::None);
   const auto guest = presentModally("guest");
   EXPECT_EQ(platform.windowSystem().modalWindow(), guest->view()->window()->handle());
@@ -94,7 +94,7 @@ TEST_F(ModalRunTest, TheWindowSystemReceivesTheModalWindow) {
   EXPECT_EQ(platform.windowSystem().modalWindow(), WindowHandle::None);
 }
 
-TEST_F(ModalRunTest, ClosingAWindowEndsOnlyItsOwnModalRuns) {
+TEST_F(ModalSessionTest, ClosingAWindowEndsOnlyItsOwnModalSessions) {
   const auto outerGuest = presentModally("outer");
   const auto innerGuest = presentModally("inner");
   outerGuest->view()->window()->close();
@@ -103,7 +103,7 @@ TEST_F(ModalRunTest, ClosingAWindowEndsOnlyItsOwnModalRuns) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsAfterStopModal) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsAfterStopModal) {
   const auto dialog = makeClosedWindow("dialog");
   runAfter(0.5, [] { NSApp->stopModal(); });
   NSApp->runModalForWindow(dialog);
@@ -112,7 +112,7 @@ TEST_F(ModalRunTest, RunModalForWindowReturnsAfterStopModal) {
   EXPECT_EQ(loop.mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowOpensTheWindowAndMakesItKey) {
+TEST_F(ModalSessionTest, RunModalForWindowOpensTheWindowAndMakesItKey) {
   const auto dialog = makeClosedWindow("dialog");
   std::string state;
   runAfter(0.5, [&] {
@@ -123,21 +123,21 @@ TEST_F(ModalRunTest, RunModalForWindowOpensTheWindowAndMakesItKey) {
   EXPECT_EQ(state, "dialog is modal");
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheWindowIsClosed) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheWindowIsClosed) {
   const auto dialog = makeClosedWindow("dialog");
   runAfter(0.5, [&] { dialog->close(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsWhenTheOwnerDestroysTheWindow) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheOwnerDestroysTheWindow) {
   const auto dialog = makeClosedWindow("dialog");
   runAfter(0.5, [&] { platform.windowSystem().ownerDestroysWindow(dialog->handle()); });
   NSApp->runModalForWindow(dialog);
   EXPECT_FALSE(dialog->isVisible());
 }
 
-TEST_F(ModalRunTest, RunModalForWindowReturnsAtOnceIfAStepClosesTheWindow) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsAtOnceIfAStepClosesTheWindow) {
   const auto dialog = makeClosedWindow("dialog");
   addController(dialog, "view");
   recorder.onNext("view will appear", [&] { dialog->close(); });
@@ -145,12 +145,12 @@ TEST_F(ModalRunTest, RunModalForWindowReturnsAtOnceIfAStepClosesTheWindow) {
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
-TEST_F(ModalRunTest, RunModalForANullWindowReturnsAtOnce) {
+TEST_F(ModalSessionTest, RunModalForANullWindowReturnsAtOnce) {
   NSApp->runModalForWindow(nullptr);
   EXPECT_EQ(platform.now(), 0);
 }
 
-TEST_F(ModalRunTest, TheMainQueueRunsDuringRunModalForWindow) {
+TEST_F(ModalSessionTest, TheMainQueueRunsDuringRunModalForWindow) {
   const auto dialog = makeClosedWindow("dialog");
   dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
                  [] { NSApp->stopModal(); });
@@ -158,7 +158,7 @@ TEST_F(ModalRunTest, TheMainQueueRunsDuringRunModalForWindow) {
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(ModalRunTest, NestedModalRunsEndInnermostFirst) {
+TEST_F(ModalSessionTest, NestedModalSessionsEndInnermostFirst) {
   const auto outerDialog = makeClosedWindow("outer");
   const auto innerDialog = makeClosedWindow("inner");
   runAfter(0.1, [&] {
