@@ -24,6 +24,8 @@ macro(vel_find_backend folder)
   set_property(CACHE ${backend_option} PROPERTY STRINGS AUTO ON OFF)
   set(${backend_option}_ENABLED FALSE)
   list(APPEND VEL_OPTIONAL_BACKENDS ${folder})
+  set(backend_required ${backend_MODULES} ${backend_HEADERS})
+  list(JOIN backend_required " " backend_required)
 
   if(${backend_option})
     find_package(PkgConfig QUIET)
@@ -45,9 +47,13 @@ macro(vel_find_backend folder)
       list(APPEND VEL_BACKEND_MODULES ${backend_MODULES})
     elseif(NOT ${backend_option} STREQUAL "AUTO")
       message(FATAL_ERROR "${backend_option} is ON, but pkg-config does not find all of: "
-        "${backend_MODULES} ${backend_HEADERS}")
+        "${backend_required}")
+    else()
+      message(STATUS "The ${folder} back end is left out: pkg-config does not find all of: "
+        "${backend_required}")
     endif()
   endif()
 endmacro()
 
 vel_find_backend(X11 MODULES xcb xcb-randr xcb-render xcb-shape HEADERS xcb-icccm)
+vel_find_backend(Wayland MODULES wayland-client HEADERS wayland-protocols wayland-scanner)

@@ -4,7 +4,9 @@
 # shellcheck disable=SC2034  # read by name, in require_packages
 packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev
   # the X11 back end
-  libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev libxcb-shape0-dev)
+  libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev libxcb-shape0-dev
+  # the Wayland back end
+  libwayland-dev libwayland-bin wayland-protocols)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
   pkg-config dpkg-dev file fonts-dejavu-core
@@ -12,7 +14,9 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   # the X servers, window managers and programs of the tests on X11
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xfwm4 icewm xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
-  python3-xlib)
+  python3-xlib
+  # the compositor of the tests on Wayland; setpriv of util-linux starts it
+  sway util-linux)
 # The hosts and environments of scripts/hosts.sh.
 # shellcheck disable=SC2034
 packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm

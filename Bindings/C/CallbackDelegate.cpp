@@ -70,6 +70,14 @@ void CallbackDelegate::reportKeptControls(std::uint32_t controls) {
   });
 }
 
+void CallbackDelegate::requestControlsRemoval(std::uint32_t controls) {
+  queue_.add([this, controls] {
+    if (callbacks_.take_controls != nullptr) {
+      callbacks_.take_controls(callbacks_.user_data, controls);
+    }
+  });
+}
+
 void CallbackDelegate::reportLostDisplay(std::string_view reason) {
   queue_.add([this, reason = std::string(reason)] {
     if (callbacks_.display_lost != nullptr) {

@@ -43,6 +43,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   void logLine(std::string_view line);
   void recordEvent(std::string_view event);
   void reportKeptControls(std::uint32_t controls);
+  void requestControlsRemoval(std::uint32_t controls);
   void reportLostDisplay(std::string_view reason);
   void reportEnd(VelEndReason reason);
 

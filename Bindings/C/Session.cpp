@@ -64,7 +64,7 @@ VelStatus Session::create(const VelCreateOptions& options,
   NSThread::becomeMainThread();
   const std::string display = options.display != nullptr ? options.display : "auto";
   std::unique_ptr<WindowSystem> windowSystem =
-      makeWindowSystem(display, textOrEmpty(options.display_name), error);
+      makeWindowSystem(display, textOrEmpty(options.display_name), error, hostWindow);
   if (windowSystem == nullptr) {
     return VEL_NO_DISPLAY;
   }
@@ -86,6 +86,9 @@ VelStatus Session::create(const VelCreateOptions& options,
   newSession->manager_->setDelegate(newSession->delegate_);
   newSession->manager_->content()->setDelegate(newSession->delegate_);
   newSession->manager_->activate(nullptr);
+  const auto* const surface = hostWindow ? std::get_if<WaylandSurface>(&*hostWindow) : nullptr;
+  newSession->isSurface_ = surface != nullptr;
+  newSession->hasToplevel_ = surface != nullptr && surface->toplevel != nullptr;
   newSession->connectSinks();
   session = std::move(newSession);
   return VEL_OK;
@@ -117,8 +120,11 @@ void Session::connectSinks() {
   if (callbacks_.record_event != nullptr) {
     MetricsCenter::setSink([delegate](std::string_view event) { delegate->recordEvent(event); });
   }
-  NSApp->setControlsKeptHandler([delegate](NSWindow& /*window*/, NSWindowStyleMask controls) {
+  NSApp->setControlsKeptHandler([this, delegate](NSWindow& window, NSWindowStyleMask controls) {
     delegate->reportKeptControls(static_cast<std::uint32_t>(controls));
+    if (isSurface_ && &window == window_.get()) {
+      delegate->requestControlsRemoval(static_cast<std::uint32_t>(controls));
+    }
   });
   NSApp->setDisplayLostHandler([this, delegate](std::string_view reason) {
     isDisplayLost_ = true;
@@ -219,6 +225,10 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "the window has been closed";
     return VEL_NOTHING_TO_PRESENT;
   }
+  if (presentation != VEL_PRESENT_EMBEDDED && isSurface_ && !hasToplevel_) {
+    error = "a sheet or a modal window over a Wayland surface needs the xdg_toplevel";
+    return VEL_NOTHING_TO_PRESENT;
+  }
   if (presentation == VEL_PRESENT_SHEET && window_->contentViewController() == nullptr) {
     error = "a sheet needs a window with a content controller";
     return VEL_NOTHING_TO_PRESENT;
@@ -261,6 +271,15 @@ void Session::dismissNow() {
   manager_->dismissLaunchScreen();
   isHostDismissing_ = false;
   delegate_->forgetDismissal();
+}
+
+VelStatus Session::resized(CGSize size, std::string& error) {
+  if (!isSurface_ || !window_->isVisible()) {
+    error = isSurface_ ? "the window has been closed" : "the library observes the size itself";
+    return VEL_BAD_WINDOW;
+  }
+  window_->setFrame({window_->frame().origin, size});
+  return VEL_OK;
 }
 
 bool Session::pump() {

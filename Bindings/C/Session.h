@@ -37,6 +37,8 @@ class Session : NonCopyable {
   /// Dismisses the launch screen immediately. On another thread, or inside an operation, the main
   /// queue dismisses it later. Any thread may call this function.
   VelStatus dismiss(std::string& error);
+  /// Processes the new size of a surface of the host.
+  VelStatus resized(CGSize size, std::string& error);
   /// Performs one pass of the run loop. Returns true if there was any work.
   bool pump();
   /// Runs the run loop for `seconds`, or until the session is destroyed.
@@ -103,6 +105,10 @@ class Session : NonCopyable {
   bool isPresenting_ = false;
   bool isHostDismissing_ = false;
   bool isDisplayLost_ = false;
+  // True if the window is a Wayland surface of the host.
+  bool isSurface_ = false;
+  // True if the host has provided the xdg_toplevel of its surface.
+  bool hasToplevel_ = false;
   std::size_t runningFunctionCount_ = 0;
   std::atomic<bool> isDestroyed_ = false;
   std::function<void()> lastCallback_;

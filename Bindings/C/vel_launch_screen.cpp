@@ -205,7 +205,8 @@ VelStatus storeResult(VelLaunchScreen* screen, Value* result, ReadValue&& readVa
 // The sizes that versions of this library have published, in ascending order. When a structure gets
 // a new member, add its new size and keep the previous sizes.
 constexpr std::array kCallbacksSizes{VEL_SIZE_UP_TO(VelCallbacks, display_lost),
-                                     VEL_SIZE_UP_TO(VelCallbacks, ended)};
+                                     VEL_SIZE_UP_TO(VelCallbacks, ended),
+                                     VEL_SIZE_UP_TO(VelCallbacks, take_controls)};
 constexpr std::array kCreateOptionsSizes{VEL_SIZE_UP_TO(VelCreateOptions, callbacks),
                                          VEL_SIZE_UP_TO(VelCreateOptions, host_window)};
 constexpr std::array kHostWindowSizes{VEL_SIZE_UP_TO(VelHostWindow, height)};
@@ -247,7 +248,9 @@ bool isKnownMode(const char* text) {
   return text == nullptr || text == keys.skip || text == keys.forced;
 }
 
-bool isValidWindowSide(double points) { return points == 0 || (points >= 1 && points <= 32767); }
+bool isValidSurfaceSide(double length) { return length >= 1 && length <= 32767; }
+
+bool isValidWindowSide(double points) { return points == 0 || isValidSurfaceSide(points); }
 
 // Copies the description of the window to cover. Stores no value if the host has no window.
 VelStatus readHostWindow(const VelCreateOptions& options,
@@ -279,8 +282,7 @@ VelStatus readHostWindow(const VelCreateOptions& options,
     hostWindow = vel::CocoaWindow{known->ns_window, known->ns_window_number};
   } else if (known->wl_display == nullptr || known->wl_surface == nullptr) {
     return fail(VEL_INVALID_ARGUMENT, "the connection or the surface of the host is null");
-  } else if (known->width < 1 || known->height < 1 || !isValidWindowSide(known->width) ||
-             !isValidWindowSide(known->height)) {
+  } else if (!isValidSurfaceSide(known->width) || !isValidSurfaceSide(known->height)) {
     return fail(VEL_INVALID_ARGUMENT, "the width and the height of a surface are 1 to 32767");
   } else {
     hostWindow = vel::WaylandSurface{.display = known->wl_display,
@@ -472,6 +474,16 @@ VelStatus vel_dismiss(VelLaunchScreen* screen) {
   }
   return withSession(screen,
                      [](Session& session, std::string& error) { return session.dismiss(error); });
+}
+
+VelStatus vel_resized(VelLaunchScreen* screen, double width, double height) {
+  return withSession(screen, [&](Session& session, std::string& error) {
+    if (!isValidSurfaceSide(width) || !isValidSurfaceSide(height)) {
+      error = "the width and the height of a surface are 1 to 32767";
+      return VEL_INVALID_ARGUMENT;
+    }
+    return session.resized({width, height}, error);
+  });
 }
 
 VelStatus vel_pump(VelLaunchScreen* screen, int* did_something) {

@@ -162,10 +162,16 @@ typedef struct VelCallbacks {
    * handle is no longer valid in this callback, and `user_data` must stay valid until this callback
    * returns. Null: the host is not notified. */
   void (*ended)(void* user_data, VelEndReason reason);
+  /* The host should remove these controls of its Wayland window with its toolkit, because Wayland
+   * does not allow the library to remove them. `controls` has VEL_CONTROL_ bits. The host should
+   * restore every control whose bit is not set. `controls` is 0 at the end. The library calls
+   * take_controls only for a window that VelHostWindow::wl_surface names. Null: the controls
+   * stay. */
+  void (*take_controls)(void* user_data, uint32_t controls);
 } VelCallbacks;
 
 #define VEL_CALLBACKS_INIT \
-  { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
+  { sizeof(VelCallbacks), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0 }
 
 /* The objects of libwayland-client. */
 struct wl_display;
@@ -182,7 +188,9 @@ typedef struct VelHostWindow {
   int64_t ns_window_number;
   struct wl_display* wl_display; /* Wayland: the connection of this process */
   struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
-  /* Wayland: the role of the surface. Null: the library does not use the role. */
+  /* Wayland: the role of the surface. The library disables resizing with the minimum and maximum
+   * size of the role. Afterwards the role has no minimum and maximum size. The window geometry must
+   * have the size of the surface. Null: the library does not disable resizing. */
   struct xdg_toplevel* xdg_toplevel;
   double width;  /* Wayland: width of the surface in surface coordinates, 1 to 32767 */
   double height; /* Wayland: height of the surface in surface coordinates, 1 to 32767 */
@@ -194,14 +202,17 @@ typedef struct VelHostWindow {
 /* The options of vel_create(). */
 typedef struct VelCreateOptions {
   size_t size; /* sizeof(VelCreateOptions) */
-  /* "headless" for a display in memory, or "x11". "auto" or null: X11 if a display can be opened,
-   * otherwise the display in memory. */
+  /* "headless" for a display in memory, "x11" or "wayland". "auto" or null: Wayland if
+   * `host_window` is a Wayland surface; otherwise X11 if a display can be opened, otherwise the
+   * display in memory. */
   const char* display;
-  const char* display_name; /* the name of the X display; null: the value of $DISPLAY */
-  uint64_t window;          /* the X11 identifier of the host's window; 0: open a new window */
-  const char* title;        /* title of a new window; null: empty */
-  double width;             /* width of a new window in points, 1 to 32767; 0: 1280 */
-  double height;            /* height of a new window in points, 1 to 32767; 0: 720 */
+  /* The name of the X display or of the Wayland display. Null: the value of $DISPLAY or of
+   * $WAYLAND_DISPLAY. Not used if `host_window` is a Wayland surface. */
+  const char* display_name;
+  uint64_t window;   /* the X11 identifier of the host's window; 0: open a new window */
+  const char* title; /* title of a new window; null: empty */
+  double width;      /* width of a new window in points, 1 to 32767; 0: 1280 */
+  double height;     /* height of a new window in points, 1 to 32767; 0: 720 */
   /* Not 0: give the window a content controller. A sheet requires a content controller. With a
    * content controller, an embedded cover is removed when did_disappear is called. Without a
    * content controller, the cover is removed one second after did_disappear. */
@@ -295,7 +306,8 @@ VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* jso
  *
  * VEL_INVALID_ARGUMENT: the presentation is unknown.
  * VEL_NOTHING_TO_PRESENT: no request is loaded, the latest request has been presented, the window
- * has been closed, or a sheet is requested for a window without a content controller.
+ * has been closed, a sheet is requested for a window without a content controller, or a sheet or a
+ * modal window is requested for a Wayland surface without its xdg_toplevel.
  * VEL_BUSY: the caller is log_line, will_appear or may_disappear. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);
 
@@ -309,6 +321,15 @@ VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation pres
  *
  * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
+
+/* This interface reports the new size of a Wayland surface, in surface coordinates. Call it after
+ * each change of the size, because Wayland does not report the size of a surface to the library.
+ * The cover has the new size when this interface returns.
+ *
+ * VEL_INVALID_ARGUMENT: the width or the height is not 1 to 32767.
+ * VEL_BAD_WINDOW: the window is not a Wayland surface of the host, or the window has been closed.
+ */
+VEL_C_EXPORT VelStatus vel_resized(VelLaunchScreen* screen, double width, double height);
 
 /* This interface performs all work that is due and returns. Call it once per frame. It does not
  * wait for events or timers. It may block for a round trip to the X server. If `did_something` is

@@ -33,6 +33,7 @@ CALLBACKS = [
     ("controls_kept", CFUNCTYPE(None, c_void_p, c_uint32)),
     ("display_lost", CFUNCTYPE(None, c_void_p, c_char_p)),
     ("ended", CFUNCTYPE(None, c_void_p, c_int)),
+    ("take_controls", CFUNCTYPE(None, c_void_p, c_uint32)),
 ]
 Callbacks = structure("VelCallbacks", [("user_data", c_void_p), *CALLBACKS])
 CreateOptions = structure(

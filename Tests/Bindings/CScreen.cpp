@@ -48,6 +48,9 @@ VelCallbacks CHost::callbacks() {
   callbacks.display_lost = [](void* userData, const char* reason) {
     hostOf(userData).recordCallback("display_lost", reason);
   };
+  callbacks.take_controls = [](void* userData, std::uint32_t controls) {
+    hostOf(userData).note("take_controls", std::to_string(controls));
+  };
   callbacks.ended = [](void* userData, VelEndReason reason) {
     hostOf(userData).recordCallback("ended", std::to_string(reason));
   };

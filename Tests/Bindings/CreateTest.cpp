@@ -232,6 +232,7 @@ std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
           vel_is_up(screen, &number),
           vel_pause_reason(screen, &reason),
           vel_state(screen, &state),
+          vel_resized(screen, 1, 1),
           vel_destroy(&handleCopy)};
 }
 

@@ -45,12 +45,12 @@ class LibraryTest(unittest.TestCase):
         self.assertEqual(os.readlink(LIBRARY), "libVelLaunchScreen.so.1")
         self.assertEqual(os.readlink(LIBRARY.with_suffix(".so.1")), "libVelLaunchScreen.so.1.0.0")
 
-    def test_it_depends_on_the_standard_libraries_and_xcb_only(self):
+    def test_it_depends_on_the_standard_libraries_xcb_and_libwayland_client_only(self):
         needed_libraries = {name.split(".so")[0] for name in dynamic_values("NEEDED")}
         standard_libraries = {"libc", "libm", "libgcc_s", "libstdc++", "ld-linux-x86-64"}
         self.assertLessEqual(
             needed_libraries - standard_libraries,
-            {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape"},
+            {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape", "libwayland-client"},
         )
 
     def test_it_has_no_search_path_of_its_own(self):

@@ -42,6 +42,11 @@ struct Backend {
   bool hasScreen;
   /// True if `requestMiniaturized` has an effect.
   bool miniaturizes;
+  /// True if the back end reports the stacking order.
+  bool reportsOrder;
+  /// True if a program can destroy the windows that the back end has created or adopted, and the
+  /// back end reports it.
+  bool reportsDestruction;
   /// True if each change of the style mask causes a `controlsKept` report.
   bool reportsControlsKept;
 

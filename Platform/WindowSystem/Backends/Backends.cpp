@@ -2,6 +2,9 @@
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+#ifdef VEL_HAS_WAYLAND
+#include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+#endif
 #ifdef VEL_HAS_X11
 #include "Platform/WindowSystem/X11/X11WindowSystem.h"
 #endif
@@ -20,10 +23,27 @@ std::unique_ptr<WindowSystem> makeX11([[maybe_unused]] const std::string& displa
 #endif
 }
 
+std::unique_ptr<WindowSystem> makeWayland([[maybe_unused]] const std::string& displayName,
+                                          [[maybe_unused]] const WaylandSurface* hostSurface,
+                                          std::string& error) {
+#ifdef VEL_HAS_WAYLAND
+  return hostSurface != nullptr ? WaylandWindowSystem::share(hostSurface->display, error)
+                                : WaylandWindowSystem::open(displayName, error);
+#else
+  error = "the Wayland display is not built in";
+  return nullptr;
+#endif
+}
+
 }  // namespace
 
 std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
-                                               const std::string& displayName, std::string& error) {
+                                               const std::string& displayName, std::string& error,
+                                               const std::optional<NativeWindow>& hostWindow) {
+  const auto* const hostSurface = hostWindow ? std::get_if<WaylandSurface>(&*hostWindow) : nullptr;
+  if (name == "wayland" || (name == "auto" && hostSurface != nullptr)) {
+    return makeWayland(displayName, hostSurface, error);
+  }
   if (name == "x11") {
     return makeX11(displayName, error);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,11 +10,16 @@
 
 namespace vel {
 
-/// Opens a window system by name: "headless", "x11" (if the build includes it), or "auto" for X11
-/// with "headless" as the fallback. An empty `displayName` means the display that the environment
-/// names. On failure, sets `error` to the reason and returns null.
-VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
-                                                          const std::string& displayName,
-                                                          std::string& error);
+/// Opens a window system by name: "headless", "x11" or "wayland" (if the build includes them), or
+/// "auto". An empty `displayName` means the display that the environment names.
+///
+/// `hostWindow` is the window that the caller will adopt, if any. If it is a Wayland surface,
+/// "wayland" and "auto" use the connection of the surface. For all other windows, "auto" means X11
+/// with "headless" as the fallback.
+///
+/// On failure, sets `error` to the reason and returns null.
+VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(
+    std::string_view name, const std::string& displayName, std::string& error,
+    const std::optional<NativeWindow>& hostWindow = std::nullopt);
 
 }  // namespace vel

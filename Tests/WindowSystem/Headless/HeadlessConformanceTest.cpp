@@ -33,6 +33,8 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .adoptsWindows = false,
                                                  .hasScreen = false,
                                                  .miniaturizes = true,
+                                                 .reportsOrder = true,
+                                                 .reportsDestruction = true,
                                                  .reportsControlsKept = false}),
                          nameOfBackend);
 

@@ -67,6 +67,8 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
           .adoptsWindows = true,
           .hasScreen = true,
           .miniaturizes = hasManager,
+          .reportsOrder = true,
+          .reportsDestruction = true,
           .reportsControlsKept = true};
 }
 

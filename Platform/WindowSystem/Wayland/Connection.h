@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/Time.h"
+#include "Platform/WindowSystem/Wayland/Proxy.h"
+
+struct wl_display;
+
+namespace vel::wayland {
+
+/// A screen of the compositor.
+struct Output {
+  Proxy<wl_output> proxy;
+  std::uint32_t name = 0;  // the name in the registry
+  int scale = 1;
+};
+
+/// A connection to a compositor, and the compositor's global objects. It is either a connection of
+/// its own or the connection of the host. All objects of the back end use an event queue of their
+/// own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns it.
+class Connection final : public NonCopyable {
+ public:
+  /// The functions that report global objects which appear or disappear.
+  struct Handlers {
+    std::function<void(std::uint32_t name, Proxy<wl_seat> seat)> seatAdded;
+    std::function<void(std::uint32_t name)> seatRemoved;
+    std::function<void()> scaleChanged;
+  };
+
+  /// Connects to a compositor. An empty name means the compositor that `WAYLAND_DISPLAY` names.
+  /// On failure, sets `error` to the reason and returns null.
+  static std::unique_ptr<Connection> open(const std::string& displayName, std::string& error);
+  /// Uses the connection of the host. The host disconnects after this object is destroyed.
+  static std::unique_ptr<Connection> share(wl_display* display, std::string& error);
+  ~Connection();
+
+  /// Sets the handlers and reads the global objects. Blocks for round trips. Returns false if the
+  /// connection breaks or if the compositor lacks a global object that the back end needs.
+  bool readGlobals(Handlers handlers, std::string& error);
+
+  [[nodiscard]] wl_display* display() const { return display_; }
+  [[nodiscard]] int descriptor() const;
+  /// True if the connection belongs to the host.
+  [[nodiscard]] bool isShared() const { return isShared_; }
+  [[nodiscard]] bool isBroken() const;
+
+  /// Reads and dispatches the events that have arrived, without blocking. Returns true if there
+  /// were any.
+  bool dispatch();
+  /// True if events wait in the queue.
+  [[nodiscard]] bool hasQueuedEvents() const;
+  /// Blocks until the compositor has processed all requests, and dispatches the events.
+  void roundTrip();
+  void flush();
+  /// The wrapper of the display, which creates objects on the queue of the back end.
+  [[nodiscard]] wl_display* wrapper() const { return wrapper_; }
+
+  [[nodiscard]] wl_compositor* compositor() const { return compositor_.get(); }
+  [[nodiscard]] wl_subcompositor* subcompositor() const { return subcompositor_.get(); }
+  [[nodiscard]] wl_shm* shm() const { return shm_.get(); }
+  /// These global objects are null if the compositor does not have them.
+  [[nodiscard]] wp_viewporter* viewporter() const { return viewporter_.get(); }
+  [[nodiscard]] wp_fractional_scale_manager_v1* fractionalScale() const {
+    return fractionalScale_.get();
+  }
+  [[nodiscard]] xdg_wm_base* windowManager() const { return windowManager_.get(); }
+  [[nodiscard]] zxdg_decoration_manager_v1* decorations() const { return decorations_.get(); }
+  [[nodiscard]] xdg_activation_v1* activation() const { return activation_.get(); }
+  [[nodiscard]] const std::vector<std::unique_ptr<Output>>& outputs() const { return outputs_; }
+
+ private:
+  friend struct RegistryEvents;
+
+  Connection(wl_display* display, bool isShared);
+  void addGlobal(std::uint32_t name, const std::string& interface, std::uint32_t version);
+  void removeGlobal(std::uint32_t name);
+  void addOutput(std::uint32_t name, std::uint32_t version);
+
+  wl_display* display_;
+  bool isShared_;
+  Handlers handlers_;
+  Proxy<wl_event_queue> queue_;
+  wl_display* wrapper_;
+  Proxy<wl_registry> registry_;
+  Proxy<wl_compositor> compositor_;
+  Proxy<wl_subcompositor> subcompositor_;
+  Proxy<wl_shm> shm_;
+  Proxy<wp_viewporter> viewporter_;
+  Proxy<wp_fractional_scale_manager_v1> fractionalScale_;
+  Proxy<xdg_wm_base> windowManager_;
+  Proxy<zxdg_decoration_manager_v1> decorations_;
+  Proxy<xdg_activation_v1> activation_;
+  std::vector<std::unique_ptr<Output>> outputs_;
+};
+
+}  // namespace vel::wayland

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Platform/WindowSystem/Wayland/Connection.h"
+
+namespace vel::wayland {
+
+/// Follows the keyboard focus of all seats, requests it, and reports its changes. The application
+/// is active while a window of the back end has the focus. `WaylandWindowSystem` owns it.
+class FocusTracker final : public NonCopyable {
+ public:
+  /// Returns the window that a surface belongs to; None for an unknown surface.
+  using FindWindow = std::function<WindowHandle(const wl_surface*)>;
+  /// Called when the user presses the main pointer button in a surface.
+  using ButtonHandler =
+      std::function<void(WindowHandle window, wl_seat* seat, std::uint32_t serial)>;
+
+  FocusTracker(Connection& connection, ReportQueue& reports, FindWindow findWindow,
+               ButtonHandler buttonPressed);
+  ~FocusTracker();
+
+  /// `name` is the name of the seat in the registry.
+  void addSeat(std::uint32_t name, Proxy<wl_seat> proxy);
+  void removeSeat(std::uint32_t name);
+
+  /// Call this after the adoption of a window.
+  void windowAdopted(WindowHandle window);
+  /// Call this when the window has been hidden, released or destroyed.
+  void windowRemoved(WindowHandle window);
+  /// The window that has the focus; None if it is not a window of the back end.
+  [[nodiscard]] WindowHandle focus() const;
+
+  /// Requests the focus for a window with this surface. Does nothing if the compositor does not
+  /// support xdg_activation_v1.
+  void request(WindowHandle window, wl_surface* surface);
+  /// Returns true if `reportChanges` must be called even if no event arrives.
+  [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
+  /// Reports the changes since the last call.
+  void reportChanges();
+
+ private:
+  friend struct SeatEvents;
+
+  struct Seat {
+    FocusTracker* tracker = nullptr;
+    std::uint32_t name = 0;
+    Proxy<wl_seat> proxy;
+    Proxy<wl_keyboard> keyboard;
+    Proxy<wl_pointer> pointer;
+    const wl_surface* keyboardSurface = nullptr;
+    const wl_surface* pointerSurface = nullptr;
+  };
+  /// A request for the focus that waits for its token.
+  struct Activation {
+    FocusTracker* tracker = nullptr;
+    WindowHandle window = WindowHandle::None;
+    wl_surface* surface = nullptr;
+    Proxy<xdg_activation_token_v1> token;
+  };
+
+  void setCapabilities(Seat& seat, std::uint32_t capabilities);
+  void setKeyboardSurface(Seat& seat, const wl_surface* surface, std::uint32_t serial);
+  void pressButton(const Seat& seat, std::uint32_t serial);
+  void activate(const Activation& activation, const char* token);
+
+  Connection& connection_;
+  ReportQueue& reports_;
+  FindWindow findWindow_;
+  ButtonHandler buttonPressed_;
+  std::vector<std::unique_ptr<Seat>> seats_;
+  std::vector<std::unique_ptr<Activation>> activations_;
+  Proxy<wl_callback> barrier_;  // pending while a loss of the focus may be a move within the host
+  WindowHandle reportedFocus_ = WindowHandle::None;
+  bool hasLeave_ = false;  // the keyboard has left a surface since the last `reportChanges`
+  bool hasPendingChanges_ = false;
+  bool isActive_ = true;
+  const Seat* serialSeat_ = nullptr;  // the seat of the latest serial
+  std::uint32_t serial_ = 0;
+};
+
+}  // namespace vel::wayland

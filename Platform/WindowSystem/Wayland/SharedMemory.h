@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "Platform/WindowSystem/Wayland/Connection.h"
+
+namespace vel::wayland {
+
+/// Pixels in the format WL_SHM_FORMAT_ARGB8888: premultiplied by their opacity, row by row from the
+/// top.
+struct Pixels {
+  int width = 0;
+  int height = 0;
+  std::vector<std::uint32_t> values;
+};
+
+/// Copies pictures of the same size into shared memory and returns one buffer for each picture.
+/// Returns an empty list if the system has no memory.
+[[nodiscard]] std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
+                                                        const std::vector<Pixels>& pictures);
+
+}  // namespace vel::wayland

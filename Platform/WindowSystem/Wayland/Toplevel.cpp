@@ -1,0 +1,89 @@
+#include "Platform/WindowSystem/Wayland/Toplevel.h"
+
+#include <wayland-client.h>
+#include <xdg-decoration-unstable-v1.h>
+#include <xdg-shell.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace vel::wayland {
+
+/// The functions that libwayland calls with the events of a toplevel.
+struct ToplevelEvents {
+  static void configureSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
+    Toplevel& toplevel = *static_cast<Toplevel*>(data);
+    xdg_surface_ack_configure(surface, serial);
+    toplevel.isConfigured_ = true;
+    toplevel.handlers_.configured(toplevel.pendingSize_);
+  }
+  static constexpr xdg_surface_listener kSurfaceListener{.configure = configureSurface};
+
+  static void configure(void* data, xdg_toplevel* /*proxy*/, std::int32_t width,
+                        std::int32_t height, wl_array* /*states*/) {
+    static_cast<Toplevel*>(data)->pendingSize_ = {static_cast<double>(width),
+                                                  static_cast<double>(height)};
+  }
+  static void close(void* data, xdg_toplevel* /*proxy*/) {
+    static_cast<Toplevel*>(data)->handlers_.closeRequested();
+  }
+  static const xdg_toplevel_listener kListener;
+};
+
+// Later versions of xdg-shell have more members, which stay null.
+const xdg_toplevel_listener ToplevelEvents::kListener = [] {
+  xdg_toplevel_listener listener{};
+  listener.configure = ToplevelEvents::configure;
+  listener.close = ToplevelEvents::close;
+  return listener;
+}();
+
+void setResizable(xdg_toplevel* toplevel, bool isResizable, CGSize size) {
+  const int width = isResizable ? 0 : static_cast<int>(std::ceil(size.width));
+  const int height = isResizable ? 0 : static_cast<int>(std::ceil(size.height));
+  xdg_toplevel_set_min_size(toplevel, width, height);
+  xdg_toplevel_set_max_size(toplevel, width, height);
+}
+
+Toplevel::Toplevel(Connection& connection, wl_surface* surface,
+                   const WindowDescription& description, xdg_toplevel* owner, Handlers handlers)
+    : handlers_(std::move(handlers)),
+      surface_(xdg_wm_base_get_xdg_surface(connection.windowManager(), surface)),
+      toplevel_(xdg_surface_get_toplevel(surface_.get())) {
+  xdg_surface_add_listener(surface_.get(), &ToplevelEvents::kSurfaceListener, this);
+  xdg_toplevel_add_listener(toplevel_.get(), &ToplevelEvents::kListener, this);
+  if (connection.decorations() != nullptr) {
+    decoration_.reset(zxdg_decoration_manager_v1_get_toplevel_decoration(connection.decorations(),
+                                                                         toplevel_.get()));
+  }
+  setTitle(description.title);
+  xdg_toplevel_set_app_id(toplevel_.get(), description.className.c_str());
+  if (owner != nullptr) {
+    xdg_toplevel_set_parent(toplevel_.get(), owner);
+  }
+  setStyle(description.styleMask, description.frame.size);
+  wl_surface_commit(surface);
+}
+
+Toplevel::~Toplevel() = default;
+
+void Toplevel::setTitle(std::string_view title) {
+  xdg_toplevel_set_title(toplevel_.get(), std::string(title).c_str());
+}
+
+void Toplevel::setStyle(NSWindowStyleMask styleMask, CGSize size) {
+  setResizable(toplevel_.get(), (styleMask & NSWindowStyleMaskResizable) != 0, size);
+  if (decoration_ != nullptr) {
+    zxdg_toplevel_decoration_v1_set_mode(decoration_.get(),
+                                         (styleMask & NSWindowStyleMaskTitled) != 0
+                                             ? ZXDG_TOPLEVEL_DECORATION_V1_MODE_SERVER_SIDE
+                                             : ZXDG_TOPLEVEL_DECORATION_V1_MODE_CLIENT_SIDE);
+  }
+}
+
+void Toplevel::move(wl_seat* seat, std::uint32_t serial) {
+  xdg_toplevel_move(toplevel_.get(), seat, serial);
+}
+
+}  // namespace vel::wayland

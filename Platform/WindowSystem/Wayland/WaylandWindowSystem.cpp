@@ -1,0 +1,474 @@
+#include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+
+#include <wayland-client.h>
+#include <xdg-shell.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+namespace vel {
+
+using wayland::Canvas;
+using wayland::Connection;
+using wayland::FocusTracker;
+using wayland::Proxy;
+using wayland::Toplevel;
+
+namespace {
+
+// A host that reads the shared connection also reads the events of the back end. The descriptor is
+// then not readable any more, so the back end checks its queue after this time.
+constexpr Nanoseconds kSharedReadInterval = kNanosecondsPerSecond / 20;
+
+constexpr NSWindowStyleMask kControls =
+    NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
+
+// The class of the host's window.
+constexpr const char* kHostClassName = "PlayerWindow";
+
+constexpr CGColor kTransparent{0, 0, 0, 0};
+constexpr CGColor kBlack{0, 0, 0, 1};
+constexpr CGColor kWhite{1, 1, 1, 1};
+
+Nanoseconds steadyNow() {
+  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+std::unique_ptr<WaylandWindowSystem> WaylandWindowSystem::open(const std::string& displayName,
+                                                               std::string& error) {
+  return start(Connection::open(displayName, error), error);
+}
+
+std::unique_ptr<WaylandWindowSystem> WaylandWindowSystem::share(wl_display* display,
+                                                                std::string& error) {
+  return start(Connection::share(display, error), error);
+}
+
+std::unique_ptr<WaylandWindowSystem> WaylandWindowSystem::start(
+    std::unique_ptr<Connection> connection, std::string& error) {
+  if (connection == nullptr) {
+    return nullptr;
+  }
+  std::unique_ptr<WaylandWindowSystem> system(new WaylandWindowSystem(std::move(connection)));
+  WaylandWindowSystem& self = *system;
+  const bool isReady = self.connection_->readGlobals(
+      {.seatAdded = [&self](std::uint32_t name,
+                            Proxy<wl_seat> seat) { self.focus_->addSeat(name, std::move(seat)); },
+       .seatRemoved = [&self](std::uint32_t name) { self.focus_->removeSeat(name); },
+       .scaleChanged =
+           [&self] {
+             for (const auto& [handle, window] : self.windows_) {
+               if (window->canvas != nullptr) {
+                 window->canvas->updateScale();
+               }
+             }
+           }},
+      error);
+  return isReady ? std::move(system) : nullptr;
+}
+
+WaylandWindowSystem::WaylandWindowSystem(std::unique_ptr<Connection> connection)
+    : connection_(std::move(connection)),
+      focus_(std::make_unique<FocusTracker>(
+          *connection_, reports_,
+          [this](const wl_surface* surface) { return findBySurface(surface); },
+          [this](WindowHandle window, wl_seat* seat, std::uint32_t serial) {
+            buttonPressed(window, seat, serial);
+          })) {}
+
+WaylandWindowSystem::~WaylandWindowSystem() {
+  while (!windows_.empty()) {
+    releaseWindow(windows_.begin()->first);
+  }
+}
+
+WaitHandle WaylandWindowSystem::waitHandle() const { return WaitHandle(connection_->descriptor()); }
+
+WaylandWindowSystem::Window* WaylandWindowSystem::find(WindowHandle handle) {
+  const auto position = windows_.find(handle);
+  return position == windows_.end() ? nullptr : position->second.get();
+}
+
+WindowHandle WaylandWindowSystem::findBySurface(const wl_surface* surface) const {
+  for (const auto& [handle, window] : windows_) {
+    if (surface == window->adoptedSurface ||
+        (window->canvas != nullptr && window->canvas->contains(surface))) {
+      return handle;
+    }
+  }
+  return WindowHandle::None;
+}
+
+// Creating, adopting and releasing windows
+
+WindowHandle WaylandWindowSystem::createWindow(const WindowDescription& description) {
+  if (isConnectionLost_ || connection_->windowManager() == nullptr) {
+    return WindowHandle::None;
+  }
+  auto window = std::make_unique<Window>();
+  window->handle = static_cast<WindowHandle>(++lastHandle_);
+  window->description = description;
+  const WindowHandle handle = window->handle;
+  windows_[handle] = std::move(window);
+  return handle;
+}
+
+std::optional<AdoptedWindow> WaylandWindowSystem::adoptWindow(const NativeWindow& native,
+                                                              std::string& error) {
+  connection_->roundTrip();  // reads which surface has the keyboard
+  const auto* const surface = std::get_if<WaylandSurface>(&native);
+  if (isConnectionLost_ || connection_->isBroken()) {
+    error = "the Wayland display is lost";
+  } else if (surface == nullptr) {
+    error = "the window is not a Wayland surface";
+  } else if (surface->surface == nullptr || surface->size.width < 1 || surface->size.height < 1) {
+    error = "the surface is null or has no size";
+  } else if (surface->display != connection_->display()) {
+    error = "the surface belongs to another connection";
+  } else if (findBySurface(surface->surface) != WindowHandle::None) {
+    error = "the surface is already adopted";
+  } else {
+    auto window = std::make_unique<Window>();
+    window->handle = static_cast<WindowHandle>(++lastHandle_);
+    window->ownersMask = NSWindowStyleMaskTitled | kControls;
+    window->description.className = kHostClassName;
+    window->description.frame.size = surface->size;
+    window->description.styleMask = window->ownersMask;
+    window->adoptedSurface = surface->surface;
+    window->adoptedToplevel = surface->toplevel;
+    window->isOrdered = true;
+    const AdoptedWindow adopted{.handle = window->handle,
+                                .className = window->description.className,
+                                .title = {},
+                                .frame = window->description.frame,
+                                .styleMask = window->ownersMask};
+    windows_[adopted.handle] = std::move(window);
+    focus_->windowAdopted(adopted.handle);
+    AdoptedWindow result = adopted;
+    result.hasFocus = focus_->focus() == adopted.handle;
+    return result;
+  }
+  return std::nullopt;
+}
+
+void WaylandWindowSystem::releaseWindow(WindowHandle handle) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  if (window->isAdopted()) {
+    const NSWindowStyleMask previousMask =
+        std::exchange(window->description.styleMask, window->ownersMask);
+    setAdoptedStyle(*window, previousMask);
+    closeCover(*window);
+  } else {
+    closeToplevel(*window);
+  }
+  windows_.erase(handle);
+  focus_->windowRemoved(handle);
+  reports_.removeReports(handle);
+  connection_->flush();
+}
+
+// The cover of an adopted window
+
+bool WaylandWindowSystem::isShielded(const Window& window) const {
+  return modalWindow_ != WindowHandle::None && modalWindow_ != window.handle;
+}
+
+void WaylandWindowSystem::updateCover(Window& window) {
+  if (window.scene.empty() && !isShielded(window)) {
+    closeCover(window);
+    connection_->flush();
+    return;
+  }
+  const bool isOpening = window.surface == nullptr;
+  if (isOpening) {
+    window.surface.reset(wl_compositor_create_surface(connection_->compositor()));
+    window.subsurface.reset(wl_subcompositor_get_subsurface(
+        connection_->subcompositor(), window.surface.get(), window.adoptedSurface));
+    wl_subsurface_set_desync(window.subsurface.get());
+    window.canvas = std::make_unique<Canvas>(*connection_, window.surface.get(), kTransparent);
+  }
+  window.canvas->show(window.scene, window.description.frame.size);
+  if (isOpening) {
+    // A new subsurface appears when its parent is committed. A host that loads may not commit.
+    wl_surface_commit(window.adoptedSurface);
+  }
+  connection_->flush();
+}
+
+void WaylandWindowSystem::closeCover(Window& window) {
+  window.canvas = nullptr;
+  window.subsurface = nullptr;
+  window.surface = nullptr;
+}
+
+// Sends no request to the objects of the owner if resizing does not change. The owner may have
+// destroyed them.
+void WaylandWindowSystem::setAdoptedStyle(const Window& window,
+                                          NSWindowStyleMask previousMask) const {
+  const NSWindowStyleMask changes = window.description.styleMask ^ previousMask;
+  if (window.adoptedToplevel == nullptr || isConnectionLost_ ||
+      (changes & NSWindowStyleMaskResizable) == 0) {
+    return;
+  }
+  const bool isResizable = (window.description.styleMask & NSWindowStyleMaskResizable) != 0;
+  wayland::setResizable(window.adoptedToplevel, isResizable, window.description.frame.size);
+  wl_surface_commit(window.adoptedSurface);
+}
+
+// Windows of the back end
+
+void WaylandWindowSystem::openToplevel(Window& window) {
+  const bool isPlain = window.description.kind == WindowKind::Plain;
+  window.surface.reset(wl_compositor_create_surface(connection_->compositor()));
+  window.canvas =
+      std::make_unique<Canvas>(*connection_, window.surface.get(), isPlain ? kBlack : kWhite);
+  xdg_toplevel* ownersToplevel = nullptr;
+  if (const Window* const owner = find(window.description.owner)) {
+    ownersToplevel = owner->toplevel != nullptr ? owner->toplevel->proxy() : owner->adoptedToplevel;
+  }
+  const WindowHandle handle = window.handle;
+  window.toplevel = std::make_unique<Toplevel>(
+      *connection_, window.surface.get(), window.description, ownersToplevel,
+      Toplevel::Handlers{.configured = [this, handle](CGSize size) { configured(handle, size); },
+                         .closeRequested =
+                             [this, handle] {
+                               const NSWindowStyleMask mask = find(handle)->description.styleMask;
+                               if ((mask & NSWindowStyleMaskClosable) != 0) {
+                                 reports_.add(handle, [handle](WindowSystemDelegate& delegate) {
+                                   delegate.closeRequested(handle);
+                                 });
+                               }
+                             }});
+}
+
+void WaylandWindowSystem::closeToplevel(Window& window) {
+  window.canvas = nullptr;
+  window.toplevel = nullptr;
+  window.surface = nullptr;
+}
+
+void WaylandWindowSystem::configured(WindowHandle handle, CGSize size) {
+  Window& window = *find(handle);
+  CGRect& frame = window.description.frame;
+  if (size.width > 0 && size.height > 0 && size != frame.size) {
+    frame.size = size;
+    reports_.add(handle, [handle, frame](WindowSystemDelegate& delegate) {
+      delegate.frameChanged(handle, frame);
+    });
+  }
+  window.canvas->show(window.scene, frame.size);
+}
+
+void WaylandWindowSystem::buttonPressed(WindowHandle handle, wl_seat* seat, std::uint32_t serial) {
+  const Window& window = *find(handle);
+  if (window.toplevel != nullptr && window.description.isMovableByBackground &&
+      !isShielded(window)) {
+    window.toplevel->move(seat, serial);
+  }
+}
+
+// Operations on windows
+
+void WaylandWindowSystem::orderFront(WindowHandle handle) {
+  Window* const window = find(handle);
+  if (window == nullptr || window->isOrdered) {
+    return;
+  }
+  window->isOrdered = true;
+  openToplevel(*window);
+  connection_->flush();
+}
+
+void WaylandWindowSystem::orderOut(WindowHandle handle) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  window->scene.clear();
+  if (window->isAdopted()) {
+    updateCover(*window);
+  } else if (std::exchange(window->isOrdered, false)) {
+    closeToplevel(*window);
+    focus_->windowRemoved(handle);
+    connection_->flush();
+  }
+}
+
+void WaylandWindowSystem::requestFocus(WindowHandle handle) {
+  const Window* const window = find(handle);
+  if (window != nullptr && window->isOrdered) {
+    focus_->request(handle, window->isAdopted() ? window->adoptedSurface : window->surface.get());
+    connection_->flush();
+  }
+}
+
+void WaylandWindowSystem::setFrame(WindowHandle handle, CGRect frame) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  window->description.frame = frame;
+  if (window->isAdopted()) {
+    if (window->surface != nullptr) {
+      updateCover(*window);
+    }
+  } else if (window->toplevel != nullptr && window->toplevel->isConfigured()) {
+    window->toplevel->setStyle(window->description.styleMask, frame.size);
+    window->canvas->show(window->scene, frame.size);
+    connection_->flush();
+  }
+}
+
+void WaylandWindowSystem::setTitle(WindowHandle handle, std::string_view title) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  window->description.title = title;
+  if (window->toplevel != nullptr) {
+    window->toplevel->setTitle(title);
+    connection_->flush();
+  }
+}
+
+void WaylandWindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  const NSWindowStyleMask previousMask = std::exchange(window->description.styleMask, styleMask);
+  window->hasNewStyleMask = true;
+  if (window->isAdopted()) {
+    setAdoptedStyle(*window, previousMask);
+  } else if (window->toplevel != nullptr) {
+    window->toplevel->setStyle(styleMask, window->description.frame.size);
+    if (window->toplevel->isConfigured()) {
+      wl_surface_commit(window->surface.get());
+    }
+  }
+  connection_->flush();
+}
+
+void WaylandWindowSystem::reportKeptControls() {
+  for (const auto& [handle, window] : windows_) {
+    if (!std::exchange(window->hasNewStyleMask, false)) {
+      continue;
+    }
+    NSWindowStyleMask kept = kControls & ~window->description.styleMask;
+    if (!window->isAdopted() || window->adoptedToplevel != nullptr) {
+      kept &= ~NSWindowStyleMaskResizable;
+    }
+    reports_.add(handle, [changedWindow = handle, kept](WindowSystemDelegate& delegate) {
+      delegate.controlsKept(changedWindow, kept);
+    });
+  }
+}
+
+void WaylandWindowSystem::setMovableByBackground(WindowHandle handle, bool movable) {
+  if (Window* const window = find(handle)) {
+    window->description.isMovableByBackground = movable;
+  }
+}
+
+void WaylandWindowSystem::setScene(WindowHandle handle, const Scene& scene) {
+  Window* const window = find(handle);
+  if (window == nullptr) {
+    return;
+  }
+  window->scene = scene;
+  if (window->isAdopted()) {
+    updateCover(*window);
+  } else if (window->toplevel != nullptr && window->toplevel->isConfigured()) {
+    window->canvas->show(scene, window->description.frame.size);
+    connection_->flush();
+  }
+}
+
+void WaylandWindowSystem::setModalWindow(WindowHandle handle) {
+  if (std::exchange(modalWindow_, handle) == handle) {
+    return;
+  }
+  for (const auto& [other, window] : windows_) {
+    if (window->isAdopted()) {
+      updateCover(*window);
+    }
+  }
+}
+
+// Events
+
+bool WaylandWindowSystem::deliverEvents() {
+  bool hasEvents = false;
+  if (!isConnectionLost_) {
+    hasEvents = connection_->dispatch();
+    const Nanoseconds now = lastReadTime_ = steadyNow();
+    if (now >= nextFrameTime_) {
+      for (const auto& [handle, window] : windows_) {
+        if (window->canvas != nullptr) {
+          window->canvas->animate(now);
+        }
+      }
+      nextFrameTime_ = (now / wayland::kFrameInterval + 1) * wayland::kFrameInterval;
+    }
+    connection_->flush();
+    checkConnection();
+  }
+  if (!isConnectionLost_) {
+    focus_->reportChanges();
+    reportKeptControls();
+  }
+  return reports_.deliver() || hasEvents;  // the delegate may destroy this object
+}
+
+bool WaylandWindowSystem::hasCover() const {
+  return std::ranges::any_of(windows_, [](const auto& entry) {
+    return entry.second->isAdopted() && entry.second->surface != nullptr;
+  });
+}
+
+Nanoseconds WaylandWindowSystem::nextDeadline() const {
+  if (!reports_.isEmpty()) {
+    return 0;
+  }
+  if (isConnectionLost_) {
+    return kNever;
+  }
+  if (focus_->hasPendingChanges() || connection_->isBroken() || connection_->hasQueuedEvents()) {
+    return 0;
+  }
+  if (std::ranges::any_of(windows_,
+                          [](const auto& entry) { return entry.second->hasNewStyleMask; })) {
+    return 0;
+  }
+  const bool isAnimated = std::ranges::any_of(windows_, [](const auto& entry) {
+    return entry.second->canvas != nullptr && entry.second->canvas->isAnimated();
+  });
+  Nanoseconds deadline = isAnimated ? nextFrameTime_ : kNever;
+  if (connection_->isShared() && hasCover()) {
+    deadline = std::min(deadline, lastReadTime_ + kSharedReadInterval);
+  }
+  return deadline;
+}
+
+void WaylandWindowSystem::checkConnection() {
+  if (!connection_->isBroken()) {
+    return;
+  }
+  isConnectionLost_ = true;
+  const std::string reason =
+      "the Wayland display is lost: " +
+      std::string(std::strerror(wl_display_get_error(connection_->display())));
+  while (!windows_.empty()) {
+    releaseWindow(windows_.begin()->first);
+  }
+  reports_.add([reason](WindowSystemDelegate& delegate) { delegate.displayLost(reason); });
+}
+
+}  // namespace vel

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Platform/WindowSystem/ReportQueue.h"
+#include "Platform/WindowSystem/Wayland/Canvas.h"
+#include "Platform/WindowSystem/Wayland/FocusTracker.h"
+#include "Platform/WindowSystem/Wayland/Toplevel.h"
+#include "Platform/WindowSystem/WindowSystem.h"
+
+namespace vel {
+
+/// The Wayland back end. It adopts surfaces of its own process and covers them with subsurfaces. It
+/// also opens windows of its own. It works on a connection of its own or on the connection of the
+/// host.
+///
+/// Wayland has no screen coordinates, no stacking order and no screenshots for clients. The back
+/// end declines these operations.
+class WaylandWindowSystem final : public WindowSystem {
+ public:
+  /// Connects to a compositor. An empty name means the compositor that `WAYLAND_DISPLAY` names.
+  /// On failure, sets `error` to the reason and returns null.
+  static std::unique_ptr<WaylandWindowSystem> open(const std::string& displayName,
+                                                   std::string& error);
+  /// Uses the connection of the host. The host disconnects after the back end is destroyed.
+  static std::unique_ptr<WaylandWindowSystem> share(wl_display* display, std::string& error);
+  ~WaylandWindowSystem() override;
+
+  void setDelegate(WindowSystemDelegate* delegate) override { reports_.setDelegate(delegate); }
+  [[nodiscard]] WaitHandle waitHandle() const override;
+  bool deliverEvents() override;
+  [[nodiscard]] Nanoseconds nextDeadline() const override;
+
+  WindowHandle createWindow(const WindowDescription& description) override;
+  /// Adopts a surface of the connection. Blocks for a round trip.
+  std::optional<AdoptedWindow> adoptWindow(const NativeWindow& native, std::string& error) override;
+  void releaseWindow(WindowHandle handle) override;
+  void orderFront(WindowHandle handle) override;
+  void orderOut(WindowHandle handle) override;
+  void requestFocus(WindowHandle handle) override;
+  /// Declined: Wayland reports no miniaturisation.
+  void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {}
+  /// Changes the size. Only its owner can resize an adopted surface, so the new size of an adopted
+  /// surface is what the owner reports.
+  void setFrame(WindowHandle handle, CGRect frame) override;
+  void setTitle(WindowHandle handle, std::string_view title) override;
+  /// Disables resizing if the back end knows the xdg_toplevel, and reports all other removed
+  /// controls as kept.
+  void setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) override;
+  void setMovableByBackground(WindowHandle handle, bool movable) override;
+  void setScene(WindowHandle handle, const Scene& scene) override;
+  void setModalWindow(WindowHandle handle) override;
+  /// Declined: a Wayland client cannot read the screen.
+  std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
+
+ private:
+  struct Window {
+    WindowHandle handle = WindowHandle::None;
+    /// The current values of the properties. `styleMask` is what `setStyleMask` has set.
+    WindowDescription description;
+    Scene scene;
+    /// The surface of the owner and its role, if the window is adopted.
+    wl_surface* adoptedSurface = nullptr;
+    xdg_toplevel* adoptedToplevel = nullptr;
+    NSWindowStyleMask ownersMask = 0;
+    /// True if the style mask has changed since the last report of the kept controls.
+    bool hasNewStyleMask = false;
+    bool isOrdered = false;  // `orderFront` has been called, and `orderOut` has not
+    /// The surface of the back end: the window, or the cover of an adopted window while it is
+    /// shown.
+    wayland::Proxy<wl_surface> surface;
+    wayland::Proxy<wl_subsurface> subsurface;
+    std::unique_ptr<wayland::Toplevel> toplevel;
+    std::unique_ptr<wayland::Canvas> canvas;
+
+    [[nodiscard]] bool isAdopted() const { return adoptedSurface != nullptr; }
+  };
+
+  explicit WaylandWindowSystem(std::unique_ptr<wayland::Connection> connection);
+  static std::unique_ptr<WaylandWindowSystem> start(std::unique_ptr<wayland::Connection> connection,
+                                                    std::string& error);
+
+  Window* find(WindowHandle handle);
+  [[nodiscard]] WindowHandle findBySurface(const wl_surface* surface) const;
+  void buttonPressed(WindowHandle handle, wl_seat* seat, std::uint32_t serial);
+  [[nodiscard]] bool isShielded(const Window& window) const;
+  // Opens, updates or closes the cover of an adopted window.
+  void updateCover(Window& window);
+  static void closeCover(Window& window);
+  void openToplevel(Window& window);
+  static void closeToplevel(Window& window);
+  void configured(WindowHandle handle, CGSize size);
+  void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;
+  // Adds a report of the kept controls for each window whose style mask has changed. The platform
+  // layer removes one control at a time, so the report waits until `deliverEvents`.
+  void reportKeptControls();
+  [[nodiscard]] bool hasCover() const;
+  void checkConnection();
+
+  std::unique_ptr<wayland::Connection> connection_;
+  ReportQueue reports_;
+  std::map<WindowHandle, std::unique_ptr<Window>> windows_;
+  std::uint64_t lastHandle_ = 0;
+  WindowHandle modalWindow_ = WindowHandle::None;
+  std::unique_ptr<wayland::FocusTracker> focus_;
+  Nanoseconds nextFrameTime_ = 0;
+  Nanoseconds lastReadTime_ = 0;
+  bool isConnectionLost_ = false;
+};
+
+}  // namespace vel

@@ -1,0 +1,204 @@
+#include "Tests/Support/Wayland/SurfaceHost.h"
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+#include <string_view>
+
+namespace vel::test {
+
+/// The functions that libwayland calls with the events of the host.
+struct HostEvents {
+  static SurfaceHost& hostOf(void* data) {
+    auto& host = *static_cast<SurfaceHost*>(data);
+    ++host.eventCount_;
+    return host;
+  }
+
+  static void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
+                     std::uint32_t /*version*/) {
+    SurfaceHost& host = hostOf(data);
+    const std::string_view text = interface;
+    if (text == "wl_compositor") {
+      host.compositor_ = static_cast<wl_compositor*>(
+          wl_registry_bind(registry, name, &wl_compositor_interface, 4));
+    } else if (text == "wl_shm") {
+      host.shm_ = static_cast<wl_shm*>(wl_registry_bind(registry, name, &wl_shm_interface, 1));
+    } else if (text == "xdg_wm_base") {
+      host.windowManager_ =
+          static_cast<xdg_wm_base*>(wl_registry_bind(registry, name, &xdg_wm_base_interface, 1));
+      xdg_wm_base_add_listener(host.windowManager_, &kWindowManagerListener, data);
+    } else if (text == "wl_seat") {
+      host.seat_ = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
+      host.pointer_ = wl_seat_get_pointer(host.seat_);
+      wl_pointer_add_listener(host.pointer_, &kPointerListener, data);
+    }
+  }
+  static void globalRemove(void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {}
+  static constexpr wl_registry_listener kRegistryListener{.global = global,
+                                                          .global_remove = globalRemove};
+
+  static void ping(void* data, xdg_wm_base* windowManager, std::uint32_t serial) {
+    hostOf(data);
+    xdg_wm_base_pong(windowManager, serial);
+  }
+  static constexpr xdg_wm_base_listener kWindowManagerListener{.ping = ping};
+
+  static void configureSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
+    SurfaceHost& host = hostOf(data);
+    xdg_surface_ack_configure(surface, serial);
+    const bool isNewSize = host.pendingSize_.width > 0 && host.pendingSize_.height > 0 &&
+                           host.pendingSize_ != host.size_;
+    if (isNewSize) {
+      host.size_ = host.pendingSize_;
+    }
+    if (isNewSize || !host.isConfigured_) {
+      host.isConfigured_ = true;
+      host.draw();
+    }
+  }
+  static constexpr xdg_surface_listener kSurfaceListener{.configure = configureSurface};
+
+  static void configure(void* data, xdg_toplevel* /*toplevel*/, std::int32_t width,
+                        std::int32_t height, wl_array* /*states*/) {
+    hostOf(data).pendingSize_ = {static_cast<double>(width), static_cast<double>(height)};
+  }
+  static void close(void* data, xdg_toplevel* /*toplevel*/) { hostOf(data).isAskedToClose_ = true; }
+  static const xdg_toplevel_listener kToplevelListener;
+
+  static void enter(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
+                    wl_surface* surface, wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
+    SurfaceHost& host = hostOf(data);
+    host.isPointerInside_ = surface == host.surface_;
+    if (surface != nullptr && surface != host.surface_ &&
+        wl_surface_get_user_data(surface) != nullptr) {
+      host.hasSeenForeignData_ = true;
+    }
+  }
+  static void leave(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
+                    wl_surface* /*surface*/) {
+    hostOf(data).isPointerInside_ = false;
+  }
+  static void motion(void* /*data*/, wl_pointer* /*pointer*/, std::uint32_t /*time*/,
+                     wl_fixed_t /*x*/, wl_fixed_t /*y*/) {}
+  static void button(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
+                     std::uint32_t /*time*/, std::uint32_t /*button*/, std::uint32_t state) {
+    SurfaceHost& host = hostOf(data);
+    if (state == WL_POINTER_BUTTON_STATE_PRESSED) {
+      ++(host.isPointerInside_ ? host.presses_ : host.pressesElsewhere_);
+    }
+  }
+  static void axis(void* /*data*/, wl_pointer* /*pointer*/, std::uint32_t /*time*/,
+                   std::uint32_t /*axis*/, wl_fixed_t /*value*/) {}
+  static const wl_pointer_listener kPointerListener;
+};
+
+const xdg_toplevel_listener HostEvents::kToplevelListener = [] {
+  xdg_toplevel_listener listener{};
+  listener.configure = HostEvents::configure;
+  listener.close = HostEvents::close;
+  return listener;
+}();
+
+const wl_pointer_listener HostEvents::kPointerListener = [] {
+  wl_pointer_listener listener{};
+  listener.enter = HostEvents::enter;
+  listener.leave = HostEvents::leave;
+  listener.motion = HostEvents::motion;
+  listener.button = HostEvents::button;
+  listener.axis = HostEvents::axis;
+  return listener;
+}();
+
+SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, CGSize size,
+                         std::uint32_t color)
+    : display_(wl_display_connect(display.c_str())), size_(size), color_(color) {
+  if (display_ == nullptr) {
+    throw std::runtime_error("cannot connect to " + display);
+  }
+  registry_ = wl_display_get_registry(display_);
+  wl_registry_add_listener(registry_, &HostEvents::kRegistryListener, this);
+  wl_display_roundtrip(display_);
+  surface_ = wl_compositor_create_surface(compositor_);
+  role_ = xdg_wm_base_get_xdg_surface(windowManager_, surface_);
+  xdg_surface_add_listener(role_, &HostEvents::kSurfaceListener, this);
+  toplevel_ = xdg_surface_get_toplevel(role_);
+  xdg_toplevel_add_listener(toplevel_, &HostEvents::kToplevelListener, this);
+  xdg_toplevel_set_title(toplevel_, title.c_str());
+  wl_surface_commit(surface_);
+  while (!isConfigured_ && wl_display_dispatch(display_) >= 0) {
+  }
+  // sway configures a window again when it has made the window float.
+  wl_display_roundtrip(display_);
+  wl_display_roundtrip(display_);
+}
+
+SurfaceHost::~SurfaceHost() {
+  destroyWindow();
+  std::ranges::for_each(buffers_, wl_buffer_destroy);
+  wl_pointer_destroy(pointer_);
+  wl_seat_destroy(seat_);
+  xdg_wm_base_destroy(windowManager_);
+  wl_shm_destroy(shm_);
+  wl_compositor_destroy(compositor_);
+  wl_registry_destroy(registry_);
+  wl_display_disconnect(display_);
+}
+
+WaylandSurface SurfaceHost::window() const {
+  return {.display = display_, .surface = surface_, .size = size_, .toplevel = toplevel_};
+}
+
+void SurfaceHost::pump() {
+  while (wl_display_prepare_read(display_) != 0) {
+    wl_display_dispatch_pending(display_);
+  }
+  wl_display_flush(display_);
+  pollfd input{.fd = wl_display_get_fd(display_), .events = POLLIN, .revents = 0};
+  if (poll(&input, 1, 0) > 0) {
+    wl_display_read_events(display_);
+  } else {
+    wl_display_cancel_read(display_);
+  }
+  wl_display_dispatch_pending(display_);
+}
+
+void SurfaceHost::draw() {
+  const int width = static_cast<int>(size_.width);
+  const int height = static_cast<int>(size_.height);
+  const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  const std::size_t bytes = count * sizeof(std::uint32_t);
+  const int file = memfd_create("host", MFD_CLOEXEC);
+  if (file < 0 || ftruncate(file, static_cast<off_t>(bytes)) != 0) {
+    throw std::runtime_error("no shared memory");
+  }
+  void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  std::ranges::fill(std::span(static_cast<std::uint32_t*>(memory), count), 0xFF000000U | color_);
+  munmap(memory, bytes);
+  wl_shm_pool* const pool = wl_shm_create_pool(shm_, file, static_cast<std::int32_t>(bytes));
+  wl_buffer* const buffer =
+      wl_shm_pool_create_buffer(pool, 0, width, height, width * 4, WL_SHM_FORMAT_XRGB8888);
+  wl_shm_pool_destroy(pool);
+  close(file);
+  buffers_.push_back(buffer);
+  wl_surface_attach(surface_, buffer, 0, 0);
+  wl_surface_damage(surface_, 0, 0, width, height);
+  wl_surface_commit(surface_);
+  wl_display_flush(display_);
+}
+
+void SurfaceHost::destroyWindow() {
+  if (surface_ != nullptr) {
+    xdg_toplevel_destroy(toplevel_);
+    xdg_surface_destroy(role_);
+    wl_surface_destroy(surface_);
+    surface_ = nullptr;
+    wl_display_flush(display_);
+  }
+}
+
+}  // namespace vel::test

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <wayland-client.h>
+#include <xdg-shell.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/NativeWindow.h"
+
+namespace vel::test {
+
+/// A host with a Wayland window in one colour. It draws only when the test calls `draw`, or when
+/// the compositor changes the size in `pump`.
+class SurfaceHost : NonCopyable {
+ public:
+  /// Connects to the compositor, and waits until the compositor has a picture of the window.
+  SurfaceHost(const std::string& display, const std::string& title, CGSize size,
+              std::uint32_t color);
+  ~SurfaceHost();
+
+  [[nodiscard]] wl_display* display() const { return display_; }
+  [[nodiscard]] wl_compositor* compositor() const { return compositor_; }
+  /// The window for `adoptWindow`, with the xdg_toplevel.
+  [[nodiscard]] WaylandSurface window() const;
+  /// Reads and dispatches the events of the host, without blocking.
+  void pump();
+  void draw();
+  /// Destroys the window.
+  void destroyWindow();
+
+  [[nodiscard]] CGSize size() const { return size_; }
+  [[nodiscard]] bool isAskedToClose() const { return isAskedToClose_; }
+  /// The number of pointer buttons that were pressed in the surface of the host.
+  [[nodiscard]] int presses() const { return presses_; }
+  /// The number of pointer buttons that were pressed in other surfaces of the connection.
+  [[nodiscard]] int pressesElsewhere() const { return pressesElsewhere_; }
+  /// True if the pointer has entered a surface with user data that the host has not set.
+  [[nodiscard]] bool hasSeenForeignData() const { return hasSeenForeignData_; }
+  /// The number of events that the host has received.
+  [[nodiscard]] int eventCount() const { return eventCount_; }
+
+ private:
+  friend struct HostEvents;
+
+  wl_display* display_;
+  wl_registry* registry_;
+  wl_compositor* compositor_ = nullptr;
+  wl_shm* shm_ = nullptr;
+  xdg_wm_base* windowManager_ = nullptr;
+  wl_seat* seat_ = nullptr;
+  wl_pointer* pointer_ = nullptr;
+  std::vector<wl_buffer*> buffers_;
+  wl_surface* surface_ = nullptr;
+  xdg_surface* role_ = nullptr;
+  xdg_toplevel* toplevel_ = nullptr;
+  CGSize size_;
+  CGSize pendingSize_;
+  std::uint32_t color_;
+  bool isConfigured_ = false;
+  bool isAskedToClose_ = false;
+  bool isPointerInside_ = false;
+  bool hasSeenForeignData_ = false;
+  int presses_ = 0;
+  int pressesElsewhere_ = 0;
+  int eventCount_ = 0;
+};
+
+}  // namespace vel::test

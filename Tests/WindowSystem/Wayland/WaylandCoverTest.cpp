@@ -1,0 +1,303 @@
+// Covers over the surface of a host in the same process.
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+
+#include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+#include "Tests/Support/Wayland/SurfaceHost.h"
+#include "Tests/Support/Wayland/Sway.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr CGSize kSize{500, 320};
+constexpr NSWindowStyleMask kControls = 14;
+
+Scene white(CGSize size) {
+  return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
+}
+
+Scene whiteWithIndicator(CGSize size) {
+  Scene scene = white(size);
+  scene.push_back({.kind = SceneItem::Kind::Spinner,
+                   .frame = CGRectMake(size.width / 2 - 16, size.height / 2 - 16, 32, 32),
+                   .color = {},
+                   .isAnimated = true});
+  return scene;
+}
+
+/// A host in the middle of the screen of sway, and the back end on the connection of the host.
+class WaylandCover : public testing::Test {
+ protected:
+  WaylandCover() {
+    std::string error;
+    system = WaylandWindowSystem::share(host->display(), error);
+    EXPECT_NE(system, nullptr) << error;
+    system->setDelegate(&reports);
+  }
+  ~WaylandCover() override {
+    system = nullptr;
+    host = nullptr;
+  }
+
+  AdoptedWindow adopt(bool hasToplevel = true) {
+    WaylandSurface window = host->window();
+    if (!hasToplevel) {
+      window.toplevel = nullptr;
+    }
+    std::string error;
+    const auto adopted = system->adoptWindow(window, error);
+    EXPECT_TRUE(adopted.has_value()) << error;
+    return adopted.value_or(AdoptedWindow());
+  }
+  /// Delivers the events of the back end, but not those of the host, until the condition is true.
+  bool waitFor(const std::function<bool()>& condition) { return deliverUntil(*system, condition); }
+  /// Delivers the events of the back end and of the host until the condition is true.
+  bool waitWithHost(const std::function<bool()>& condition) {
+    return deliverUntil(*system, [&] {
+      host->pump();
+      return condition();
+    });
+  }
+  /// The area of a window of this size, which sway centres.
+  static PixelRect areaOf(CGSize size) {
+    return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
+            static_cast<int>(size.width), static_cast<int>(size.height)};
+  }
+  [[nodiscard]] Picture picture() const { return sway.picture(areaOf(host->size())); }
+  bool becomes(std::uint32_t color) {
+    return waitWithHost([this, color] { return picture().isAll(color); });
+  }
+
+  Sway sway;
+  std::unique_ptr<SurfaceHost> host =
+      std::make_unique<SurfaceHost>(sway.display(), "game", kSize, kGreen);
+  std::unique_ptr<WaylandWindowSystem> system;
+  ReportListener reports;
+};
+
+TEST_F(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  EXPECT_EQ(window.className, "PlayerWindow");
+  EXPECT_EQ(window.frame, (CGRect{{}, kSize}));
+  EXPECT_EQ(window.styleMask, 15U);
+  EXPECT_TRUE(window.isOnScreen);
+  EXPECT_TRUE(window.hasFocus);
+}
+
+TEST_F(WaylandCover, AHostThatDoesNotCommitIsWhiteToTheLastPixel) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  EXPECT_TRUE(waitFor([this] { return picture().isAll(kWhite); }));
+  const PixelRect area = areaOf(kSize);
+  const Picture surroundings =
+      sway.picture({area.x - 1, area.y - 1, area.width + 2, area.height + 2});
+  EXPECT_EQ(surroundings.boundsOfOtherColors(surroundings.at(0, 0)),
+            (PixelRect{1, 1, area.width, area.height}));
+  system->setScene(window.handle, {});
+  EXPECT_TRUE(waitFor([this] { return picture().isAll(kGreen); }));
+}
+
+TEST_F(WaylandCover, TheIndicatorTurnsInTheMiddle) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, whiteWithIndicator(kSize));
+  Picture first;
+  ASSERT_TRUE(waitFor([&] {
+    first = picture();
+    const PixelRect bounds = first.boundsOfOtherColors(kWhite);
+    return first.at(0, 0) == kWhite && bounds.x >= 234 && bounds.y >= 144 && bounds.width > 24 &&
+           bounds.height > 24 && bounds.x + bounds.width <= 266 && bounds.y + bounds.height <= 176;
+  }));
+  first.save("wayland-cover-with-indicator");
+  EXPECT_TRUE(waitFor([&] { return picture() != first; }));
+  EXPECT_NE(system->nextDeadline(), kNever);
+}
+
+TEST_F(WaylandCover, TheCoverFollowsTheSizeThatTheOwnerReports) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  ASSERT_TRUE(becomes(kWhite));
+  sway.resizeWindow("game", 700, 450);
+  constexpr CGSize kLargeSize{700, 450};
+  ASSERT_TRUE(waitWithHost([&] { return host->size() == kLargeSize; }));
+  system->setFrame(window.handle, {{}, kLargeSize});
+  system->setScene(window.handle, white(kLargeSize));
+  EXPECT_TRUE(waitWithHost([&] { return picture().isAll(kWhite); }));
+  system->releaseWindow(window.handle);
+  EXPECT_TRUE(becomes(kGreen));
+}
+
+TEST_F(WaylandCover, TheCoverTakesThePointerFromTheHost) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  sway.click(512, 384);
+  ASSERT_TRUE(waitWithHost([this] { return host->presses() == 1; }));
+  system->setScene(window.handle, whiteWithIndicator(kSize));
+  ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
+  sway.click(512, 384);  // on the indicator
+  sway.click(400, 300);
+  ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 2; }));
+  system->setScene(window.handle, {});
+  ASSERT_TRUE(becomes(kGreen));
+  sway.click(512, 384);
+  ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
+  EXPECT_EQ(host->presses(), 2);
+  EXPECT_FALSE(host->hasSeenForeignData());
+  EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
+}
+
+TEST_F(WaylandCover, TheFocusLeavesAndComesBack) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  ASSERT_TRUE(becomes(kWhite));
+  ASSERT_THAT(reports.lines, IsEmpty());
+  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  const std::string focus = "focus " + nameOf(window.handle);
+  ASSERT_TRUE(waitFor([this] { return reports.contains("focus 0x0"); }));
+  sway.focusWindow("game");
+  ASSERT_TRUE(waitFor([&] { return reports.count("activated") > 0; }));
+  EXPECT_EQ(reports.lines, (std::vector<std::string>{"deactivated", "focus 0x0", focus,
+                                                     "activated " + nameOf(window.handle)}));
+}
+
+TEST_F(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheFocus) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  ASSERT_TRUE(becomes(kWhite));
+  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  // The host reads all events of the connection, so the descriptor is not readable any more.
+  eventually([this] {
+    host->pump();
+    return system->nextDeadline() == 0;
+  });
+  EXPECT_LE(system->nextDeadline(), steadyNow() + kNanosecondsPerSecond / 20);
+  EXPECT_TRUE(waitFor([this] { return reports.contains("deactivated"); }));
+}
+
+TEST_F(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  ASSERT_TRUE(becomes(kWhite));
+  const int count = host->eventCount();
+  sway.resizeWindow("game", 700, 450);
+  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  ASSERT_TRUE(waitFor([this] { return reports.contains("focus 0x0"); }));
+  EXPECT_EQ(host->eventCount(), count);
+  EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
+}
+
+TEST_F(WaylandCover, ResizingIsDisabledOnlyWithTheToplevel) {
+  ASSERT_TRUE(becomes(kGreen));
+  AdoptedWindow window = adopt();
+  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] {
+    return reports.contains("controls kept " + nameOf(window.handle) + " " +
+                            std::to_string(kControls & ~NSWindowStyleMaskResizable));
+  }));
+  system->setStyleMask(window.handle, window.styleMask);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains("controls kept " + nameOf(window.handle) + " 0"); }));
+  system->releaseWindow(window.handle);
+  window = adopt(false);
+  system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] {
+    return reports.contains("controls kept " + nameOf(window.handle) + " " +
+                            std::to_string(kControls));
+  }));
+}
+
+TEST_F(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
+  ASSERT_TRUE(becomes(kGreen));
+  adopt();
+  const WindowHandle modal = system->createWindow(
+      {.className = "Modal", .title = "modal", .frame = CGRectMake(0, 0, 100, 100)});
+  system->setModalWindow(modal);
+  system->orderFront(modal);
+  ASSERT_TRUE(waitWithHost([&] { return reports.contains("focus " + nameOf(modal)); }));
+  sway.click(300, 300);
+  ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 1; }));
+  system->setModalWindow(WindowHandle::None);
+  system->releaseWindow(modal);
+  ASSERT_TRUE(becomes(kGreen));
+  sway.click(310, 310);
+  ASSERT_TRUE(waitWithHost([this] { return host->presses() > 0; }));
+  EXPECT_EQ(host->presses(), 1);
+}
+
+TEST_F(WaylandCover, AThousandCoversLeaveNoObjects) {
+  ASSERT_TRUE(becomes(kGreen));
+  const auto nextId = [this] {
+    wl_display_roundtrip(host->display());  // the compositor frees the ids of destroyed objects
+    system->deliverEvents();
+    wl_surface* const surface = wl_compositor_create_surface(host->compositor());
+    const std::uint32_t id = wl_proxy_get_id(reinterpret_cast<wl_proxy*>(surface));
+    wl_surface_destroy(surface);
+    return id;
+  };
+  const auto cover = [this] {
+    const AdoptedWindow window = adopt();
+    system->setScene(window.handle, whiteWithIndicator(kSize));
+    deliverAll(*system);
+    system->releaseWindow(window.handle);
+    deliverAll(*system);
+  };
+  cover();
+  const std::uint32_t id = nextId();
+  for (int i = 0; i < 1000; ++i) {
+    cover();
+  }
+  EXPECT_LT(nextId(), id + 100);
+  EXPECT_TRUE(becomes(kGreen));
+}
+
+TEST_F(WaylandCover, ALostCompositorIsReportedUnderAShownCover) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, whiteWithIndicator(kSize));
+  ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
+  sway.kill();
+  EXPECT_TRUE(waitFor([this] { return reports.contains("display lost"); }));
+  EXPECT_EQ(system->nextDeadline(), kNever);
+  std::string error;
+  EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
+}
+
+TEST_F(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt(false);
+  system->setScene(window.handle, white(kSize));
+  ASSERT_TRUE(becomes(kWhite));
+  host->destroyWindow();
+  deliverAll(*system);
+  system->setScene(window.handle, {});
+  system->releaseWindow(window.handle);
+  deliverAll(*system);
+  EXPECT_EQ(wl_display_get_error(host->display()), 0);
+  EXPECT_THAT(reports.lines, testing::Not(Contains("display lost")));
+}
+
+TEST_F(WaylandCover, ASurfaceOfAnotherConnectionIsRefused) {
+  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  std::string error;
+  EXPECT_FALSE(system->adoptWindow(other.window(), error).has_value());
+  EXPECT_EQ(error, "the surface belongs to another connection");
+  adopt();
+  EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
+  EXPECT_EQ(error, "the surface is already adopted");
+}
+
+}  // namespace
+}  // namespace vel::test
