@@ -231,8 +231,8 @@ void ShowSession::shutDown() {
 
 // Reports of the library and the window system
 
-void ShowSession::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
-  if (&controller == cover_.get() && step == LifeCycleStep::DidAppear) {
+void ShowSession::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
+  if (&controller == cover_.get() && method == LifeCycleMethod::DidAppear) {
     wasCovered_ = true;
     report("covered");
   }

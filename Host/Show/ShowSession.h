@@ -63,7 +63,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
  private:
   // PlatformObserver
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;
-  void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
+  void lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) override;
   void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
 
   void openPlayerWindow();

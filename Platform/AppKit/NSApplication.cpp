@@ -56,7 +56,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
   updateModality();
 }
 
-void NSApplication::end() {
+void NSApplication::disconnect() {
   while (!openWindows_.empty()) {
     const Strong<NSWindow> window = openWindows_.back();
     window->close();
@@ -92,7 +92,7 @@ Strong<NSWindow> NSApplication::dialogOwner() const {
 }
 
 Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::string& error) {
-  const std::optional<AdoptedWindow> description = port()->adoptWindow(native, error);
+  const std::optional<AdoptedWindow> description = callWindowSystem()->adoptWindow(native, error);
   if (!description) {
     return nullptr;
   }
@@ -115,8 +115,8 @@ Strong<NSWindow> NSApplication::adoptWindow(const NativeWindow& native, std::str
 
 // Key windows
 
-void NSApplication::focusMoved(WindowHandle window) {
-  const Strong<NSWindow> focusedWindow = windowFor(window);
+void NSApplication::focusMoved(WindowHandle handle) {
+  const Strong<NSWindow> focusedWindow = windowFor(handle);
   if (focusedWindow == keyWindow_) {
     return;
   }
@@ -196,12 +196,12 @@ void NSApplication::applicationDeactivated() {
   resignKey();
 }
 
-void NSApplication::applicationActivated(WindowHandle window) {
+void NSApplication::applicationActivated(WindowHandle handle) {
   if (isActive_) {
     return;
   }
   isActive_ = true;
-  if (window == WindowHandle::None) {
+  if (handle == WindowHandle::None) {
     send(keyWindowAtDeactivation_.lock(), &NSWindow::makeKeyWindow);
   }
   post(NSApplicationDidBecomeActiveNotification, self());
@@ -260,7 +260,7 @@ void NSApplication::setRunLoopMode(NSRunLoopMode mode) {
 void NSApplication::updateModality() {
   const bool isModal = !modalSessions_.empty() && mode_ == NSDefaultRunLoopMode;
   NSRunLoop::mainRunLoop().setMode(isModal ? NSModalPanelRunLoopMode : mode_);
-  port()->setModalWindow(send(modalWindow(), &NSWindow::handle));
+  callWindowSystem()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
 // Events that the window system reports for a window
@@ -284,12 +284,12 @@ void NSApplication::windowDestroyed(WindowHandle handle) {
   send(window, &NSWindow::windowDestroyed);
 }
 
-void NSApplication::frameChanged(WindowHandle window, CGRect frame) {
-  send(windowFor(window), &NSWindow::frameChanged, frame);
+void NSApplication::frameChanged(WindowHandle handle, CGRect frame) {
+  send(windowFor(handle), &NSWindow::frameChanged, frame);
 }
 
-void NSApplication::miniaturizedChanged(WindowHandle window, bool isMiniaturized) {
-  send(windowFor(window), &NSWindow::miniaturizedChanged, isMiniaturized);
+void NSApplication::miniaturizedChanged(WindowHandle handle, bool isMiniaturized) {
+  send(windowFor(handle), &NSWindow::miniaturizedChanged, isMiniaturized);
 }
 
 void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) {
@@ -299,9 +299,9 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
 }
 
 // The windows in the list exchange their positions. All other windows keep their positions.
-void NSApplication::orderChanged(const std::vector<WindowHandle>& windows) {
+void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   NSArray<NSWindow> movedWindows;
-  for (const WindowHandle handle : windows) {
+  for (const WindowHandle handle : handles) {
     const Strong<NSWindow> window = windowFor(handle);
     if (std::ranges::find(orderedWindows_, window) != orderedWindows_.end()) {
       movedWindows.push_back(window);

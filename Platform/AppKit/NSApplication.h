@@ -29,9 +29,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Stops the current application, if any. Makes a new application on `windowSystem`, sets NSApp
   /// and connects the application to the main run loop.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
-  /// Ends the application and everything else that the process shares: see `shutDown`. Afterwards
-  /// NSApp is null. Adopted windows stay on the screen. Does nothing without an application. A
-  /// callback of the platform must not call this function.
+  /// Calls `shutDown`, which disconnects the application and sets NSApp to null. `shutDown` also
+  /// removes the timers, the work of the main queue and the observers of the process. Adopted
+  /// windows stay on the screen. Does nothing without an application. A callback of the platform
+  /// must not call this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
@@ -40,7 +41,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window with the keyboard focus; null while the user works in another application.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// The last plain window that became key; null after that window has left the screen.
+  /// Of the windows that are neither modal windows nor sheets, the window that became key last.
+  /// Null after this window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
@@ -69,9 +71,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// modal session.
   void setRunLoopMode(NSRunLoopMode mode);
 
-  /// Sets the handler that is called after a change of a window's style mask. Its second argument
-  /// contains the controls that the window manager still offers although the mask excludes them.
-  /// Borderless (0) means that the window manager honours the mask.
+  /// Sets the handler that is called after a change of a window's style mask. The second argument
+  /// of the handler contains the kept controls: the controls that the window manager still offers
+  /// although the mask excludes them. Borderless (0) means that the window manager honours the
+  /// mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
@@ -95,12 +98,12 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     Strong<NSWindow> window;
   };
 
-  /// Access to the window system for one call. After the call the window system may have an earlier
-  /// deadline, so the run loop updates the descriptor that a host polls.
-  class PortAccess : private NonCopyable {
+  /// A temporary object for one call of the window system. The call may give the window system an
+  /// earlier deadline, so the destructor updates the descriptor that a host polls.
+  class WindowSystemCall : private NonCopyable {
    public:
-    explicit PortAccess(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
-    ~PortAccess() { NSRunLoop::mainRunLoop().updateDescriptor(); }
+    explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
+    ~WindowSystemCall() { NSRunLoop::mainRunLoop().updateDescriptor(); }
 
     WindowSystem* operator->() const { return &windowSystem_; }
 
@@ -109,15 +112,15 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   };
 
   // WindowSystemDelegate
-  void focusMoved(WindowHandle window) override;
-  void applicationActivated(WindowHandle window) override;
+  void focusMoved(WindowHandle handle) override;
+  void applicationActivated(WindowHandle handle) override;
   void applicationDeactivated() override;
   void closeRequested(WindowHandle handle) override;
   void windowDestroyed(WindowHandle handle) override;
-  void frameChanged(WindowHandle window, CGRect frame) override;
-  void miniaturizedChanged(WindowHandle window, bool isMiniaturized) override;
+  void frameChanged(WindowHandle handle, CGRect frame) override;
+  void miniaturizedChanged(WindowHandle handle, bool isMiniaturized) override;
   void styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) override;
-  void orderChanged(const std::vector<WindowHandle>& windows) override;
+  void orderChanged(const std::vector<WindowHandle>& handles) override;
   void controlsKept(WindowHandle handle, NSWindowStyleMask controls) override;
   void displayLost(std::string_view reason) override;
 
@@ -127,8 +130,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   // Closes all windows, disconnects from the window system and the run loop, and sets NSApp to
   // null.
-  void end();
-  [[nodiscard]] PortAccess port() { return PortAccess(*windowSystem_); }
+  void disconnect();
+  [[nodiscard]] WindowSystemCall callWindowSystem() { return WindowSystemCall(*windowSystem_); }
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);

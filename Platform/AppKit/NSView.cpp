@@ -116,10 +116,10 @@ void NSView::removeFromSuperview() {
   disappearance.sendWillDisappear();
   const bool isInOtherWindow = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && isInOtherWindow)) {
-    return;  // a step has moved the view, which made its controllers disappear
+    return;  // `viewWillDisappear` has moved the view, and its controllers have disappeared
   }
   if (isInOtherWindow) {
-    return removeFromSuperview();  // a step has moved the superview to another window
+    return removeFromSuperview();  // `viewWillDisappear` has moved the superview
   }
   detach();
   if (window != nullptr) {
@@ -128,7 +128,7 @@ void NSView::removeFromSuperview() {
   disappearance.sendDidDisappear();
 }
 
-// Removes the view from its superview or window and sends no life-cycle step.
+// Removes the view from its superview or window and calls no life-cycle method.
 void NSView::detach() {
   if (const Strong<NSView> superview = this->superview()) {
     std::erase_if(superview->constraints_, [this](const Strong<NSLayoutConstraint>& constraint) {

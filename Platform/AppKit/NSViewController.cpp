@@ -48,40 +48,40 @@ void NSViewController::setView(Strong<NSView> view) {
 
 void NSViewController::loadView() { setView(NSView::initWithFrame(CGRectZero)); }
 
-void NSViewController::viewWillAppear() { recordStep(LifeCycleStep::WillAppear); }
-void NSViewController::viewDidAppear() { recordStep(LifeCycleStep::DidAppear); }
-void NSViewController::viewWillDisappear() { recordStep(LifeCycleStep::WillDisappear); }
-void NSViewController::viewDidDisappear() { recordStep(LifeCycleStep::DidDisappear); }
+void NSViewController::viewWillAppear() { recordCall(LifeCycleMethod::WillAppear); }
+void NSViewController::viewDidAppear() { recordCall(LifeCycleMethod::DidAppear); }
+void NSViewController::viewWillDisappear() { recordCall(LifeCycleMethod::WillDisappear); }
+void NSViewController::viewDidDisappear() { recordCall(LifeCycleMethod::DidDisappear); }
 
-void NSViewController::recordStep(LifeCycleStep step) {
-  recordedSteps_.set(static_cast<std::size_t>(step));
+void NSViewController::recordCall(LifeCycleMethod method) {
+  calledMethods_.set(static_cast<std::size_t>(method));
   notifyPlatformObserver(
-      [&](PlatformObserver& observer) { observer.lifeCycleStepBegan(*this, step); });
+      [&](PlatformObserver& observer) { observer.lifeCycleMethodCalled(*this, method); });
 }
 
 std::uint64_t NSViewController::beginShowing() {
   isShown_ = true;
-  recordedSteps_.reset();
+  calledMethods_.reset();
   return ++currentShowingId_;
 }
 
-void NSViewController::sendStep(LifeCycleStep step, std::uint64_t showingId) {
+void NSViewController::callMethod(LifeCycleMethod method, std::uint64_t showingId) {
   if (!isShown_ || showingId != currentShowingId_) {
     return;
   }
-  // The showing ends before the last step is sent: the step may begin another showing.
-  isShown_ = step != LifeCycleStep::DidDisappear;
-  if (recordedSteps_.test(static_cast<std::size_t>(step))) {
+  // The showing ends before the last method is called: the method may begin another showing.
+  isShown_ = method != LifeCycleMethod::DidDisappear;
+  if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;
   }
-  switch (step) {
-    case LifeCycleStep::WillAppear:
+  switch (method) {
+    case LifeCycleMethod::WillAppear:
       return viewWillAppear();
-    case LifeCycleStep::DidAppear:
+    case LifeCycleMethod::DidAppear:
       return viewDidAppear();
-    case LifeCycleStep::WillDisappear:
+    case LifeCycleMethod::WillDisappear:
       return viewWillDisappear();
-    case LifeCycleStep::DidDisappear:
+    case LifeCycleMethod::DidDisappear:
       return viewDidDisappear();
   }
 }

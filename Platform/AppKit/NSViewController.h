@@ -15,14 +15,15 @@ namespace vel {
 class NSView;
 class NSWindow;
 
-/// Controls a view: creates it on first use and receives its life-cycle steps. A controller can
-/// have child controllers, and can be presented as a modal window or as a sheet. Only the main
-/// thread may use a controller.
+/// Controls a view: creates it on first use and receives calls of the life-cycle methods. A
+/// controller can have child controllers, and can be presented as a modal window or as a sheet.
+/// Only the main thread may use a controller.
 ///
 /// A controller is shown while its view is in an open window. A showing begins with
 /// `viewWillAppear` and `viewDidAppear`. It ends with `viewWillDisappear` and `viewDidDisappear`.
-/// Each step runs at most once per showing. A subclass that overrides a step must call the base
-/// class's step first: the base class records that the step has run.
+/// The platform calls each of these four life-cycle methods at most once per showing. A subclass
+/// that overrides such a method must first call the method of the base class, because the base
+/// class records the call.
 class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewController"> {
  public:
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
@@ -77,10 +78,10 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during a showing.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the step has run in the current showing. While the controller is not shown, true if
-  /// the step has run in the last showing.
-  [[nodiscard]] bool hasRun(LifeCycleStep step) const {
-    return recordedSteps_.test(static_cast<std::size_t>(step));
+  /// True if the method was called in the current showing. While the controller is not shown, true
+  /// if the method was called in the last showing.
+  [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
+    return calledMethods_.test(static_cast<std::size_t>(method));
   }
 
  private:
@@ -90,9 +91,9 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   // Begins a showing and returns its id.
   std::uint64_t beginShowing();
-  // Sends the step. Does nothing if the showing has ended or the step has already run.
-  void sendStep(LifeCycleStep step, std::uint64_t showingId);
-  void recordStep(LifeCycleStep step);
+  // Calls the method, unless the showing has ended or the method was already called.
+  void callMethod(LifeCycleMethod method, std::uint64_t showingId);
+  void recordCall(LifeCycleMethod method);
   // These two functions set and remove the links between the presenting and the presented
   // controller.
   void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
@@ -107,7 +108,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   Weak<NSWindow> presentationWindow_;
   bool isShown_ = false;
   std::uint64_t currentShowingId_ = 0;
-  std::bitset<4> recordedSteps_;
+  std::bitset<4> calledMethods_;
 };
 
 }  // namespace vel

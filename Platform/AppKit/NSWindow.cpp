@@ -27,7 +27,7 @@ CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
 NSWindow::~NSWindow() {
   if (handle_ != WindowHandle::None && NSApp != nullptr) {
     NSApp->windowsByHandle_.erase(handle_);
-    NSApp->port()->releaseWindow(handle_);
+    NSApp->callWindowSystem()->releaseWindow(handle_);
   }
 }
 
@@ -89,7 +89,7 @@ void NSWindow::setContentViewController(const Strong<NSViewController>& controll
 
 void NSWindow::setFrame(CGRect frame) {
   if (NSApp != nullptr && frame != frame_) {
-    NSApp->port()->setFrame(handle_, frame);
+    NSApp->callWindowSystem()->setFrame(handle_, frame);
   }
   frameChanged(frame);
 }
@@ -108,7 +108,7 @@ void NSWindow::frameChanged(CGRect frame) {
 void NSWindow::setTitle(std::string_view title) {
   title_ = title;
   if (NSApp != nullptr) {
-    NSApp->port()->setTitle(handle_, title);
+    NSApp->callWindowSystem()->setTitle(handle_, title);
   }
 }
 
@@ -117,14 +117,14 @@ void NSWindow::setStyleMask(NSWindowStyleMask styleMask) {
   notifyPlatformObserver(
       [&](PlatformObserver& observer) { observer.styleMaskWasSet(*this, styleMask); });
   if (NSApp != nullptr) {
-    NSApp->port()->setStyleMask(handle_, styleMask);
+    NSApp->callWindowSystem()->setStyleMask(handle_, styleMask);
   }
 }
 
 void NSWindow::setMovableByWindowBackground(bool isMovable) {
   isMovableByWindowBackground_ = isMovable;
   if (NSApp != nullptr) {
-    NSApp->port()->setMovableByBackground(handle_, isMovable);
+    NSApp->callWindowSystem()->setMovableByBackground(handle_, isMovable);
   }
 }
 
@@ -144,13 +144,14 @@ void NSWindow::realize() {
     return;
   }
   const Strong<NSWindow> owner = owner_.lock();
-  handle_ = NSApp->port()->createWindow({.className = std::string(className()),
-                                         .title = title_,
-                                         .frame = frame_,
-                                         .styleMask = styleMask_,
-                                         .kind = kind_,
-                                         .owner = send(owner, &NSWindow::handle),
-                                         .isMovableByBackground = isMovableByWindowBackground_});
+  handle_ = NSApp->callWindowSystem()->createWindow(
+      {.className = std::string(className()),
+       .title = title_,
+       .frame = frame_,
+       .styleMask = styleMask_,
+       .kind = kind_,
+       .owner = send(owner, &NSWindow::handle),
+       .isMovableByBackground = isMovableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // None if the display is lost
     NSApp->windowsByHandle_[handle_] = this;
   }
@@ -173,12 +174,12 @@ void NSWindow::open(KeyRequest keyRequest) {
   AppearanceTransition appearance(isOpening ? contentView_ : nullptr);
   appearance.sendWillAppear();
   if (!isOpen_ || NSApp == nullptr) {
-    return;  // a step has closed the window
+    return;  // `viewWillAppear` has closed the window
   }
   realize();
   isOnScreen_ = true;
   NSApp->addToScreen(strongSelf);
-  NSApp->port()->orderFront(handle_);
+  NSApp->callWindowSystem()->orderFront(handle_);
   setNeedsDisplay();
   if (isOpening) {
     notifyPlatformObserver([this](PlatformObserver& observer) { observer.windowOpened(*this); });
@@ -202,7 +203,7 @@ void NSWindow::close() {
   DisappearanceTransition disappearance(contentView_);
   disappearance.sendWillDisappear();
   if (!isOpen_) {
-    return;  // a step has closed the window
+    return;  // `viewWillDisappear` has closed the window
   }
   isOpen_ = false;
   isOnScreen_ = false;
@@ -212,7 +213,7 @@ void NSWindow::close() {
   if (application != nullptr) {
     application->removeFromScreen(strongSelf);
     std::erase(application->openWindows_, strongSelf);
-    application->port()->orderOut(handle_);
+    application->callWindowSystem()->orderOut(handle_);
     application->endModalSessions(this);
   }
   endPresentation();
@@ -227,11 +228,12 @@ void NSWindow::endPresentation() {
   if (kind_ == WindowKind::Plain) {
     return;
   }
-  if (const Strong<NSWindow> host = sheetParent_.lock()) {
-    std::erase(host->sheets_, self());
+  if (const Strong<NSWindow> sheetParent = sheetParent_.lock()) {
+    std::erase(sheetParent->sheets_, self());
   }
   sheetParent_.reset();
-  // Release the controller: its next presentation puts its view into another window.
+  // Release the controller: the next presentation of the controller puts the view of the controller
+  // into another window.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
     controller->endPresentation();
@@ -247,13 +249,13 @@ void NSWindow::performClose() {
 
 void NSWindow::miniaturize() {
   if (isOnScreen_ && NSApp != nullptr) {
-    NSApp->port()->requestMiniaturized(handle_, true);
+    NSApp->callWindowSystem()->requestMiniaturized(handle_, true);
   }
 }
 
 void NSWindow::deminiaturize() {
   if (isMiniaturized_ && NSApp != nullptr) {
-    NSApp->port()->requestMiniaturized(handle_, false);
+    NSApp->callWindowSystem()->requestMiniaturized(handle_, false);
   }
 }
 
@@ -283,7 +285,7 @@ void NSWindow::windowDestroyed() {
 
 void NSWindow::makeKeyWindow() {
   if (isOnScreen_ && !isKeyWindow() && NSApp != nullptr) {
-    NSApp->port()->requestFocus(handle_);
+    NSApp->callWindowSystem()->requestFocus(handle_);
   }
 }
 
@@ -306,7 +308,7 @@ void NSWindow::setNeedsDisplay() {
   }
   if (scene != scene_) {
     scene_ = std::move(scene);
-    NSApp->port()->setScene(handle_, scene_);
+    NSApp->callWindowSystem()->setScene(handle_, scene_);
   }
 }
 

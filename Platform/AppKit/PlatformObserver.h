@@ -11,8 +11,8 @@ namespace vel {
 class NSViewController;
 class NSWindow;
 
-/// The four steps of a view controller's life on screen.
-enum class LifeCycleStep : std::uint8_t { WillAppear, DidAppear, WillDisappear, DidDisappear };
+/// The life-cycle methods of a view controller, such as `viewWillAppear`.
+enum class LifeCycleMethod : std::uint8_t { WillAppear, DidAppear, WillDisappear, DidDisappear };
 
 /// Whether a window stops being the key window or becomes the key window.
 enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
@@ -22,8 +22,9 @@ enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
 /// that it receives.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
-  /// A life-cycle method of a view controller, such as `viewWillAppear`, has been called.
-  virtual void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep /*step*/) {}
+  /// A life-cycle method of a view controller has been called.
+  virtual void lifeCycleMethodCalled(NSViewController& /*controller*/, LifeCycleMethod /*method*/) {
+  }
   /// `setStyleMask` was called. The mask may equal the previous mask.
   virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
   /// A window has become or stopped being the key window. The platform posts the window's

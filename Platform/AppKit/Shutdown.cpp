@@ -27,7 +27,7 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
 void shutDown() {
   // Earlier work must not run during the steps below, for example in a nested loop of a callback.
   removeScheduledWork();
-  send(NSApp, &NSApplication::end);
+  send(NSApp, &NSApplication::disconnect);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {
     step->run_();
   }

@@ -1,4 +1,5 @@
-// Sends the life-cycle steps to the view controllers of a view hierarchy.
+// Calls the life-cycle methods of the view controllers in a view hierarchy, such as
+// `viewWillAppear`.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +19,9 @@ struct Showing {
 
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
 /// first opens the window or adds the view to an open window. The caller then constructs this
-/// object and calls `sendWillAppear` and `sendDidAppear`. If a step ends the showing of a
-/// controller, for example because it removes the controller's view, this object sends the
-/// controller no further step.
+/// object and calls `sendWillAppear` and `sendDidAppear`. If a life-cycle method ends the
+/// showing of a controller, for example because the method removes the controller's view, this
+/// object calls no further method of the controller.
 class AppearanceTransition {
  public:
   /// Begins a showing for each controller that is not shown yet.
@@ -39,7 +40,8 @@ class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
   void sendWillDisappear();
-  /// Sends the step to the controllers that `sendWillDisappear` found, and ends their showings.
+  /// Calls `viewDidDisappear` of the controllers that `sendWillDisappear` found, and ends their
+  /// showings.
   void sendDidDisappear();
 
  private:

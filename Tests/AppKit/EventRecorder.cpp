@@ -24,7 +24,7 @@ void NotificationRecorder::observe() {
 RecordedTest::~RecordedTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
-  // The controllers record their last steps in `stop`, so `stop` must run before the recorder is
+  // The controllers record their last calls in `stop`, so `stop` must run before the recorder is
   // destroyed.
   NSApplication::stop();
 }

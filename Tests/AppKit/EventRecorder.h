@@ -39,7 +39,7 @@ class EventRecorder {
   std::map<std::string, std::function<void()>> reactions_;
 };
 
-/// A view controller that records its life-cycle steps, such as "main will appear".
+/// A view controller that records the calls of its life-cycle methods, such as "main will appear".
 class RecordingController final
     : public Class<RecordingController, "RecordingController", NSViewController> {
  public:

@@ -126,7 +126,7 @@ TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsClosing) {
+TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsClosing) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
   recorder.takeEvents();
@@ -136,7 +136,7 @@ TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsClosing) {
                                            "C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsOpening) {
+TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsOpening) {
   const auto window = makeClosedWindow("E");
   const auto controller = addController(window, "view");
   recorder.onNext("view will appear", [&] { window->close(); });
@@ -147,7 +147,7 @@ TEST_F(LeavingTest, ALifeCycleStepMayCloseTheWindowThatIsOpening) {
   EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(LeavingTest, ALifeCycleStepMayReleaseTheLastReferenceToItsWindow) {
+TEST_F(LeavingTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsWindow) {
   Strong<NSWindow> window = openWindow("E");
   addController(window, "view");
   const Weak<NSWindow> weakWindow = window;
@@ -184,7 +184,7 @@ TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
   EXPECT_FALSE(window->isMiniaturized());
 }
 
-TEST_F(LeavingTest, MiniaturisingRunsNoLifeCycleSteps) {
+TEST_F(LeavingTest, MiniaturisingCallsNoLifeCycleMethods) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
   window->miniaturize();

@@ -1,4 +1,4 @@
-// Life-cycle steps that change the windows and views that are on screen.
+// Life-cycle methods that change the windows and views that are on screen.
 #include <algorithm>
 #include <stdexcept>
 
@@ -53,7 +53,7 @@ TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysThere)
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewIsRemovedEvenIfAStepRemovesItsSuperview) {
+TEST_F(LifeCycleReentryTest, AViewIsRemovedEvenIfALifeCycleMethodRemovesItsSuperview) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   outerController->view()->addSubview(innerController->view());
@@ -65,7 +65,7 @@ TEST_F(LifeCycleReentryTest, AViewIsRemovedEvenIfAStepRemovesItsSuperview) {
                                            "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AStepMayReleaseTheLastReferenceToItsController) {
+TEST_F(LifeCycleReentryTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsController) {
   Strong<RecordingController> controller = makeController("view");
   const Weak<RecordingController> weakController = controller;
   window->contentView()->addSubview(controller->view());
@@ -76,7 +76,7 @@ TEST_F(LifeCycleReentryTest, AStepMayReleaseTheLastReferenceToItsController) {
   EXPECT_TRUE(weakController.expired());
 }
 
-TEST_F(LifeCycleReentryTest, AnOuterStepMayRemoveTheInnerView) {
+TEST_F(LifeCycleReentryTest, AnOuterMethodMayRemoveTheInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -88,7 +88,7 @@ TEST_F(LifeCycleReentryTest, AnOuterStepMayRemoveTheInnerView) {
   EXPECT_EQ(std::ranges::count(events, "inner did appear"), 0);
 }
 
-TEST_F(LifeCycleReentryTest, AnOuterStepMayAddAnInnerView) {
+TEST_F(LifeCycleReentryTest, AnOuterMethodMayAddAnInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -122,7 +122,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithI
   EXPECT_FALSE(innerController->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AWindowThatAStepClosesAndOpensAgainIsShownOnce) {
+TEST_F(LifeCycleReentryTest, AWindowThatALifeCycleMethodClosesAndOpensAgainIsShownOnce) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   recorder.onNext("view will appear", [&] {
@@ -136,7 +136,7 @@ TEST_F(LifeCycleReentryTest, AWindowThatAStepClosesAndOpensAgainIsShownOnce) {
   EXPECT_EQ(windowOrder(), (Events{"B", "A"}));
 }
 
-TEST_F(LifeCycleReentryTest, AWindowCanBeClosedAfterAStepHasThrown) {
+TEST_F(LifeCycleReentryTest, AWindowCanBeClosedAfterALifeCycleMethodHasThrown) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   recorder.onNext("view will disappear", [] { throw std::runtime_error("stop"); });

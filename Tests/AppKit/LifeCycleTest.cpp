@@ -1,4 +1,4 @@
-// The four life-cycle steps of a view controller: will appear, did appear, will disappear, did
+// The four life-cycle methods of a view controller: will appear, did appear, will disappear, did
 // disappear.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
@@ -32,7 +32,7 @@ TEST_F(LifeCycleTest, AViewOutsideAWindowDoesNotAppear) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LifeCycleTest, AnAddedViewIsInItsWindowInBothSteps) {
+TEST_F(LifeCycleTest, AnAddedViewIsInItsWindowInWillAppearAndDidAppear) {
   const auto controller = makeController("view");
   Events windows;
   const auto recordWindow = [&] { windows.push_back(nameOf(controller->view()->window())); };
@@ -49,7 +49,7 @@ TEST_F(LifeCycleTest, AViewAppearsWhenItsWindowOpens) {
   EXPECT_EQ(recorder.takeEvents(), kAppears);
 }
 
-TEST_F(LifeCycleTest, OrderingAnOpenWindowFrontRunsNoStep) {
+TEST_F(LifeCycleTest, OrderingAnOpenWindowFrontCallsNoLifeCycleMethod) {
   addController(window, "view");
   recorder.takeEvents();
   window->orderFront();
@@ -80,7 +80,7 @@ TEST_F(LifeCycleTest, AnOpeningWindowIsOnScreenInDidAppear) {
   EXPECT_EQ(windowsOnScreen, (Events{"B", "A"}));
 }
 
-TEST_F(LifeCycleTest, AnOpeningWindowBecomesKeyBetweenTheTwoSteps) {
+TEST_F(LifeCycleTest, AnOpeningWindowBecomesKeyBetweenWillAppearAndDidAppear) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   closedWindow->makeKeyAndOrderFront();
@@ -115,7 +115,7 @@ TEST_F(LifeCycleTest, RemovingTheContentViewControllerLeavesAPlainView) {
   EXPECT_EQ(window->contentView()->viewController(), nullptr);
 }
 
-TEST_F(LifeCycleTest, SettingTheSameContentViewControllerAgainRunsNoStep) {
+TEST_F(LifeCycleTest, SettingTheSameContentViewControllerAgainCallsNoLifeCycleMethod) {
   const auto controller = makeController("view");
   window->setContentViewController(controller);
   recorder.takeEvents();
@@ -161,7 +161,7 @@ TEST_F(LifeCycleTest, AViewDisappearsWhenItsWindowCloses) {
   EXPECT_EQ(recorder.takeEvents(), kAppears);
 }
 
-TEST_F(LifeCycleTest, StepsRunForOuterControllersBeforeInnerControllers) {
+TEST_F(LifeCycleTest, MethodsAreCalledOnOuterControllersBeforeInnerControllers) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -176,7 +176,7 @@ TEST_F(LifeCycleTest, StepsRunForOuterControllersBeforeInnerControllers) {
                                            "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleTest, StepsRunForSiblingsFromBackToFront) {
+TEST_F(LifeCycleTest, MethodsAreCalledOnSiblingsFromBackToFront) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "back");
   addController(closedWindow, "front");
@@ -185,7 +185,7 @@ TEST_F(LifeCycleTest, StepsRunForSiblingsFromBackToFront) {
                                            "back did appear", "front did appear"}));
 }
 
-TEST_F(LifeCycleTest, AddingASubviewRunsNoStepForItsSuperview) {
+TEST_F(LifeCycleTest, AddingASubviewCallsNoLifeCycleMethodOfTheSuperview) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();
@@ -195,7 +195,7 @@ TEST_F(LifeCycleTest, AddingASubviewRunsNoStepForItsSuperview) {
 
 // Moving
 
-TEST_F(LifeCycleTest, MovingAViewWithinItsWindowRunsNoStep) {
+TEST_F(LifeCycleTest, MovingAViewWithinItsWindowCallsNoLifeCycleMethod) {
   const auto controller = addController(window, "view");
   const auto otherView = NSView::initWithFrame(CGRectZero);
   window->contentView()->addSubview(otherView);
@@ -251,9 +251,9 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-// Steps that a host calls itself
+// Methods that a host calls itself
 
-TEST_F(LifeCycleTest, AStepThatTheHostHasCalledDoesNotRunAgain) {
+TEST_F(LifeCycleTest, AMethodThatTheHostHasCalledIsNotCalledAgain) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   controller->viewDidDisappear();
@@ -262,7 +262,7 @@ TEST_F(LifeCycleTest, AStepThatTheHostHasCalledDoesNotRunAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will disappear"});
 }
 
-TEST_F(LifeCycleTest, IfTheHostCallsBothLastStepsNoStepRuns) {
+TEST_F(LifeCycleTest, IfTheHostCallsBothDisappearMethodsNoMethodIsCalled) {
   const auto controller = addController(window, "view");
   controller->viewWillDisappear();
   controller->viewDidDisappear();
@@ -272,14 +272,14 @@ TEST_F(LifeCycleTest, IfTheHostCallsBothLastStepsNoStepRuns) {
   EXPECT_FALSE(controller->isShown());
 }
 
-TEST_F(LifeCycleTest, TheHostMayCallTheFirstStepsAgain) {
+TEST_F(LifeCycleTest, TheHostMayCallTheAppearMethodsAgain) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   controller->viewWillAppear();
   EXPECT_EQ(recorder.takeEvents(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, StepsThatTheHostCallsBeforeAViewAppearsRunAgain) {
+TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewAppearsAreCalledAgain) {
   const auto controller = makeController("view");
   controller->viewWillAppear();
   controller->viewDidDisappear();
@@ -289,7 +289,7 @@ TEST_F(LifeCycleTest, StepsThatTheHostCallsBeforeAViewAppearsRunAgain) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, AllStepsRunEachTimeTheViewAppearsAndDisappears) {
+TEST_F(LifeCycleTest, AllMethodsAreCalledEachTimeTheViewAppearsAndDisappears) {
   const auto controller = addController(window, "view");
   controller->viewDidDisappear();
   controller->view()->removeFromSuperview();
@@ -299,7 +299,7 @@ TEST_F(LifeCycleTest, AllStepsRunEachTimeTheViewAppearsAndDisappears) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, AStepThatDoesNotCallItsBaseClassRunsAgain) {
+TEST_F(LifeCycleTest, AMethodThatDoesNotCallTheBaseClassIsCalledAgain) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:
@@ -313,20 +313,20 @@ TEST_F(LifeCycleTest, AStepThatDoesNotCallItsBaseClassRunsAgain) {
   EXPECT_EQ(controller->disappearCount, 2);
 }
 
-TEST_F(LifeCycleTest, ThePlatformObserverReceivesEachStepIncludingTheHostsCalls) {
+TEST_F(LifeCycleTest, ThePlatformObserverReceivesEachCallIncludingTheHostsCalls) {
   struct Observer final : PlatformObserver {
-    void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep step) override {
-      steps.push_back(step);
+    void lifeCycleMethodCalled(NSViewController& /*controller*/, LifeCycleMethod method) override {
+      methods.push_back(method);
     }
-    std::vector<LifeCycleStep> steps;
+    std::vector<LifeCycleMethod> methods;
   } observer;
   setPlatformObserver(&observer);
   const auto controller = addController(window, "view");
   controller->viewDidDisappear();
   controller->view()->removeFromSuperview();
-  EXPECT_EQ(observer.steps,
-            (std::vector{LifeCycleStep::WillAppear, LifeCycleStep::DidAppear,
-                         LifeCycleStep::DidDisappear, LifeCycleStep::WillDisappear}));
+  EXPECT_EQ(observer.methods,
+            (std::vector{LifeCycleMethod::WillAppear, LifeCycleMethod::DidAppear,
+                         LifeCycleMethod::DidDisappear, LifeCycleMethod::WillDisappear}));
 }
 
 }  // namespace

@@ -137,7 +137,7 @@ TEST_F(ModalSessionTest, RunModalForWindowReturnsWhenTheOwnerDestroysTheWindow) 
   EXPECT_FALSE(dialog->isVisible());
 }
 
-TEST_F(ModalSessionTest, RunModalForWindowReturnsAtOnceIfAStepClosesTheWindow) {
+TEST_F(ModalSessionTest, RunModalForWindowReturnsAtOnceIfALifeCycleMethodClosesTheWindow) {
   const auto dialog = makeClosedWindow("dialog");
   addController(dialog, "view");
   recorder.onNext("view will appear", [&] { dialog->close(); });

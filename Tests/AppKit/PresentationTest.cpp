@@ -252,7 +252,7 @@ TEST_F(PresentationTest, ADismissedControllerCanBePresentedAgain) {
   EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(PresentationTest, AStepMayPresentTheDismissedControllerAgain) {
+TEST_F(PresentationTest, ALifeCycleMethodMayPresentTheDismissedControllerAgain) {
   host->presentViewControllerAsSheet(guest);
   recorder.onNext("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
   host->dismissViewController(guest);

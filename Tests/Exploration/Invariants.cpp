@@ -56,7 +56,7 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
 
 std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const History& history = play.history();
-  const bool isDismissing = eventAs<trace::CoverStep>(play) != nullptr ||
+  const bool isDismissing = eventAs<trace::LifeCycleCall>(play) != nullptr ||
                             eventAs<trace::StyleMaskAssignment>(play) != nullptr ||
                             eventAs<trace::PresentationWindowChange>(play) != nullptr ||
                             eventAs<trace::KeyWindowChange>(play) != nullptr;
@@ -64,7 +64,7 @@ std::string checkNotDismissedEarly(const ObservedPlay& play) {
     return "it goes through with " + number(history.timeLeft) + " s left";
   }
   const bool isEarly = history.timeLeft > expirationTimeStep && !play.currentSample().skipMode;
-  if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.coverStepCount > 0) {
+  if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.lifeCycleCallCount > 0) {
     return "a tick dismisses with " + number(history.timeLeft) + " s left";
   }
   return "";

@@ -131,7 +131,7 @@ void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
   history_.mustRefuse = false;
   history_.hasCalledCanDisappear = false;
   history_.hasCalledDidDisappear = false;
-  history_.coverStepCount = 0;
+  history_.lifeCycleCallCount = 0;
 }
 
 void ObservedPlay::checkMoment(const host::TraceEvent* event) {
@@ -188,7 +188,9 @@ void ObservedPlay::record(const host::trace::HostCall& call) {
 
 void ObservedPlay::record(const host::trace::RecordedEvent& /*event*/) { ++history_.eventCount; }
 
-void ObservedPlay::record(const host::trace::CoverStep& /*step*/) { ++history_.coverStepCount; }
+void ObservedPlay::record(const host::trace::LifeCycleCall& /*call*/) {
+  ++history_.lifeCycleCallCount;
+}
 
 // Returns true if the user sees the cover while the window is key. Does not use
 // `appIsUnfocused`, because an invariant compares `appIsUnfocused` with this result.

@@ -66,7 +66,7 @@ struct History {
   /// The library has called these operations of the host's view delegate.
   bool hasCalledCanDisappear = false;
   bool hasCalledDidDisappear = false;
-  int coverStepCount = 0;
+  int lifeCycleCallCount = 0;
 };
 
 /// Plays a script, checks the invariants during the play, and keeps the first violation. Only one
@@ -118,7 +118,7 @@ class ObservedPlay final : private host::PlayListener {
   void record(const host::trace::HostCall& call);
   void record(const host::trace::RecordedEvent& event);
   void record(const host::trace::KeyWindowChange& change);
-  void record(const host::trace::CoverStep& step);
+  void record(const host::trace::LifeCycleCall& call);
   template <class Other>
   void record(const Other& /*other*/) {}
   bool showsCover(const Strong<NSWindow>& window);

@@ -105,9 +105,10 @@ void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewContr
       << (controller.parentViewController() != nullptr)
       << (controller.presentingViewController().get() == &controller)
       << (controller.presentingViewController() != nullptr);
-  for (const LifeCycleStep step : {LifeCycleStep::WillAppear, LifeCycleStep::DidAppear,
-                                   LifeCycleStep::WillDisappear, LifeCycleStep::DidDisappear}) {
-    key << controller.hasRun(step);
+  for (const LifeCycleMethod method :
+       {LifeCycleMethod::WillAppear, LifeCycleMethod::DidAppear, LifeCycleMethod::WillDisappear,
+        LifeCycleMethod::DidDisappear}) {
+    key << controller.wasCalled(method);
   }
   key << (controller.activityIndicator() != nullptr)
       << controller.presentedViewControllers().size();

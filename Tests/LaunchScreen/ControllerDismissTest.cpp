@@ -238,7 +238,7 @@ TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
   cover->dismiss();
   EXPECT_EQ(takeEvents(),
             (Lines{"viewWillDisappear", "style 15",           // the platform removes the view
-                   "viewDidDisappear", "first: did dismiss",  // the last step notifies
+                   "viewDidDisappear", "first: did dismiss",  // the last call notifies
                    "first: did dismiss"}));                   // the dismissal notifies again
 }
 
@@ -267,7 +267,7 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildAreRemovedAtOnce) {
 
 TEST_F(ControllerDismissTest, UnderAParentDismissDoesNotNotifyTheDelegates) {
   const auto window = openPlayerWindowWithContentViewController();
-  window->close();  // so that the platform sends no life-cycle step
+  window->close();  // so that the platform calls no life-cycle method
   embed(window);
   addDelegate("first");
   cover->dismiss();

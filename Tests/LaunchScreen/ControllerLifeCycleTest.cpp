@@ -1,4 +1,4 @@
-// The cover's controller at each life-cycle step.
+// The cover's controller in each life-cycle method.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -61,7 +61,7 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   EXPECT_TRUE(sheet->canHide());
 }
 
-// Single steps
+// Calls of one method
 
 TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
   const auto firstDelegate = addDelegate("first");

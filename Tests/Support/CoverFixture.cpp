@@ -50,18 +50,18 @@ void HostViewDelegate::contentViewDidDisappear(const Strong<ContentView>& newVie
   record("did disappear", newView);
 }
 
-void PlatformJournal::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
+void PlatformJournal::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (controller.className() != LaunchScreenViewController::staticClassName()) {
     return;
   }
-  switch (step) {
-    case LifeCycleStep::WillAppear:
+  switch (method) {
+    case LifeCycleMethod::WillAppear:
       return journal_->push_back("viewWillAppear");
-    case LifeCycleStep::DidAppear:
+    case LifeCycleMethod::DidAppear:
       return journal_->push_back("viewDidAppear");
-    case LifeCycleStep::WillDisappear:
+    case LifeCycleMethod::WillDisappear:
       return journal_->push_back("viewWillDisappear");
-    case LifeCycleStep::DidDisappear:
+    case LifeCycleMethod::DidDisappear:
       return journal_->push_back("viewDidDisappear");
   }
 }

@@ -94,14 +94,14 @@ class HostViewDelegate final
   OperationSet responding_ = 0b111;
 };
 
-/// Writes the platform's events into the journal: the life-cycle steps of the cover, a line such as
-/// "style 7" for each style mask that is set, "window opened" and "window closed".
+/// Writes the platform's events into the journal: the life-cycle methods of the cover, a line such
+/// as "style 7" for each style mask that is set, "window opened" and "window closed".
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
   ~PlatformJournal() override { setPlatformObserver(previousObserver_); }
 
-  void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
+  void lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) override;
   void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;

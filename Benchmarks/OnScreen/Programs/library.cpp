@@ -26,8 +26,8 @@ class TimeRecorder final : public PlatformObserver {
   void timerFired(NSTimer& /*timer*/, const Strong<NSObject>& /*target*/) override {
     record_tick_at(hide_start != 0 ? hide_start : read_clock());
   }
-  void lifeCycleStepBegan(NSViewController& /*controller*/, LifeCycleStep step) override {
-    if (step == LifeCycleStep::WillDisappear && hide_start == 0) {
+  void lifeCycleMethodCalled(NSViewController& /*controller*/, LifeCycleMethod method) override {
+    if (method == LifeCycleMethod::WillDisappear && hide_start == 0) {
       hide_start = read_clock();
     }
   }

@@ -140,12 +140,12 @@ void Player::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
   }
 }
 
-void Player::lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) {
+void Player::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (const auto cover = as<LaunchScreenViewController>(controller.self())) {
-    if (step == LifeCycleStep::WillAppear) {
+    if (method == LifeCycleMethod::WillAppear) {
       shownCovers_.push_back(cover);
     }
-    report(trace::CoverStep{step});
+    report(trace::LifeCycleCall{method});
   }
 }
 

@@ -40,7 +40,7 @@ class Player final : private PlatformObserver {
  private:
   // PlatformObserver
   void timerFired(NSTimer& timer, const Strong<NSObject>& target) override;
-  void lifeCycleStepBegan(NSViewController& controller, LifeCycleStep step) override;
+  void lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) override;
   void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
   void keyStatusChanged(NSWindow& window, KeyStatusChange change) override;
   void windowOpened(NSWindow& window) override;

@@ -123,8 +123,8 @@ class Timeline::Marker {
                       assignment.window + ": " + controlsText(assignment.styleMask));
     timeline_.styledWindow_ = assignment.window;
   }
-  void operator()(const trace::CoverStep& step) {
-    if (step.step == LifeCycleStep::DidDisappear) {
+  void operator()(const trace::LifeCycleCall& call) {
+    if (call.method == LifeCycleMethod::DidDisappear) {
       timeline_.addMark(TimelineLane::Dismissal, "dismissed");
       timeline_.isDismissed_ = true;
     }

@@ -8,11 +8,11 @@ namespace vel::host {
 
 namespace {
 
-constexpr NamedValue<LifeCycleStep> kLifeCycleSteps[] = {
-    {"viewWillAppear", LifeCycleStep::WillAppear},
-    {"viewDidAppear", LifeCycleStep::DidAppear},
-    {"viewWillDisappear", LifeCycleStep::WillDisappear},
-    {"viewDidDisappear", LifeCycleStep::DidDisappear},
+constexpr NamedValue<LifeCycleMethod> kLifeCycleMethods[] = {
+    {"viewWillAppear", LifeCycleMethod::WillAppear},
+    {"viewDidAppear", LifeCycleMethod::DidAppear},
+    {"viewWillDisappear", LifeCycleMethod::WillDisappear},
+    {"viewDidDisappear", LifeCycleMethod::DidDisappear},
 };
 
 // Returns the time in seconds, with nine decimals.
@@ -71,8 +71,8 @@ class LineWriter {
   void operator()(const trace::StyleMaskAssignment& assignment) {
     line_.member("styleMask", assignment.styleMask).member("window", assignment.window);
   }
-  void operator()(const trace::CoverStep& step) {
-    line_.member("cover", nameOf(step.step, kLifeCycleSteps));
+  void operator()(const trace::LifeCycleCall& call) {
+    line_.member("cover", nameOf(call.method, kLifeCycleMethods));
   }
   void operator()(const trace::PresentationWindowChange& change) {
     using Change = trace::PresentationWindowChange::Change;

@@ -65,8 +65,8 @@ struct StyleMaskAssignment {
   NSWindowStyleMask styleMask = 0;
   std::string window;
 };
-struct CoverStep {
-  LifeCycleStep step = LifeCycleStep::WillAppear;
+struct LifeCycleCall {
+  LifeCycleMethod method = LifeCycleMethod::WillAppear;
 };
 struct PresentationWindowChange {
   enum class Change : std::uint8_t { Opened, Closed };
@@ -87,7 +87,7 @@ using TraceEvent =
     std::variant<trace::StepStart, trace::Activation, trace::ContentDataResult,
                  trace::ContentViewResult, trace::Registration, trace::LogLine, trace::StateChange,
                  trace::HostCall, trace::RecordedEvent, trace::Tick, trace::KeyWindowChange,
-                 trace::StyleMaskAssignment, trace::CoverStep, trace::PresentationWindowChange,
+                 trace::StyleMaskAssignment, trace::LifeCycleCall, trace::PresentationWindowChange,
                  trace::InspectionReport, trace::FatalError>;
 
 struct TraceLine {

@@ -70,14 +70,14 @@ TEST(TraceTextTest, EachKindOfLineHasItsMembersInOrder) {
   EXPECT_EQ(textOf(trace::FatalError{"why"}), R"({"t":0.000000000,"fatal":"why"})");
 }
 
-TEST(TraceTextTest, CoverStepsHaveTheirPlatformNames) {
-  EXPECT_EQ(textOf(trace::CoverStep{LifeCycleStep::WillAppear}),
+TEST(TraceTextTest, LifeCycleCallsHaveTheirPlatformNames) {
+  EXPECT_EQ(textOf(trace::LifeCycleCall{LifeCycleMethod::WillAppear}),
             R"({"t":0.000000000,"cover":"viewWillAppear"})");
-  EXPECT_EQ(textOf(trace::CoverStep{LifeCycleStep::DidAppear}),
+  EXPECT_EQ(textOf(trace::LifeCycleCall{LifeCycleMethod::DidAppear}),
             R"({"t":0.000000000,"cover":"viewDidAppear"})");
-  EXPECT_EQ(textOf(trace::CoverStep{LifeCycleStep::WillDisappear}),
+  EXPECT_EQ(textOf(trace::LifeCycleCall{LifeCycleMethod::WillDisappear}),
             R"({"t":0.000000000,"cover":"viewWillDisappear"})");
-  EXPECT_EQ(textOf(trace::CoverStep{LifeCycleStep::DidDisappear}),
+  EXPECT_EQ(textOf(trace::LifeCycleCall{LifeCycleMethod::DidDisappear}),
             R"({"t":0.000000000,"cover":"viewDidDisappear"})");
 }
 
