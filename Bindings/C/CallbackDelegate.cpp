@@ -50,7 +50,7 @@ void CallbackDelegate::logLine(std::string_view line) {
   if (callbacks_.log_line != nullptr) {
     callbacks_.log_line(callbacks_.user_data, std::string(line).c_str());
   } else {
-    writeLogLine(line);
+    writeToStandardSink(line);
   }
 }
 

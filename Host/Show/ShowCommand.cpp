@@ -44,7 +44,7 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   // line.
   setNSLogSink([console](std::string_view line) {
     console->clearLine();
-    writeLogLine(line);
+    writeToStandardSink(line);
   });
   return console;
 }

@@ -60,7 +60,7 @@ NSLogSink setNSLogSink(NSLogSink sink) {
   return std::exchange(theLog().sink, std::move(sink));
 }
 
-void writeLogLine(std::string_view line) {
+void writeToStandardSink(std::string_view line) {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
   const auto milliseconds =
@@ -89,7 +89,7 @@ void detail::log(std::string_view line) {
   if (sink) {
     sink(line);
   } else {
-    writeLogLine(line);
+    writeToStandardSink(line);
   }
 }
 

@@ -28,7 +28,7 @@ using NSLogSink = std::function<void(std::string_view line)>;
 VEL_EXPORT NSLogSink setNSLogSink(NSLogSink sink);
 
 /// Writes a line to the standard sink, even if another sink is set.
-VEL_EXPORT void writeLogLine(std::string_view line);
+VEL_EXPORT void writeToStandardSink(std::string_view line);
 
 namespace detail {
 

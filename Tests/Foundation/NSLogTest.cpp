@@ -112,7 +112,7 @@ TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
 
 TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
   testing::internal::CaptureStderr();
-  writeLogLine("line");
+  writeToStandardSink("line");
   const std::string output = testing::internal::GetCapturedStderr();
   EXPECT_NE(output.find(std::string(" ") + program_invocation_short_name + "["), std::string::npos)
       << output;
@@ -120,7 +120,7 @@ TEST_F(NSLogTest, NamesTheProgramInThePrefix) {
 
 TEST_F(NSLogTest, WritesALineThatContainsAZeroByte) {
   testing::internal::CaptureStderr();
-  writeLogLine(std::string_view("a\0b", 3));
+  writeToStandardSink(std::string_view("a\0b", 3));
   const std::string output = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(output.ends_with(std::string("] a\0b\n", 6))) << output;
 }

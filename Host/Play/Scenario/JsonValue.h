@@ -20,7 +20,7 @@ using JsonPointer = nlohmann::json::json_pointer;
 
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
-/// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
+/// The functions from `boolean` to `lookUpIn` read the value. These functions throw a ScenarioError
 /// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue` is
 /// a description of a valid value for the error message.
 class JsonValue {
@@ -54,9 +54,9 @@ class JsonValue {
   /// ScenarioError if the table has no such entry.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryIn(const NamedValue<Value> (&table)[Size]) const;
-  /// Like `entryIn`, but returns only the value of the entry.
+  /// Returns the value of `entryIn(table)`.
   template <class Value, std::size_t Size>
-  [[nodiscard]] Value valueIn(const NamedValue<Value> (&table)[Size]) const {
+  [[nodiscard]] Value lookUpIn(const NamedValue<Value> (&table)[Size]) const {
     return entryIn(table).value;
   }
 
@@ -87,11 +87,11 @@ class JsonMembers {
       target = std::invoke(reader, value);
     }
   }
-  /// If the member is present, stores `JsonValue::valueIn(table)` of the member in `target`.
+  /// If the member is present, stores `JsonValue::lookUpIn(table)` of the member in `target`.
   template <class Target, class Value, std::size_t Size>
   void readInto(Target& target, std::string_view name, const NamedValue<Value> (&table)[Size]) {
     if (const JsonValue value = (*this)[name]; value.isPresent()) {
-      target = value.valueIn(table);
+      target = value.lookUpIn(table);
     }
   }
 

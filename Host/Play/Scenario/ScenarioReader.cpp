@@ -12,7 +12,7 @@ namespace vel::host {
 namespace {
 
 ResolverDelegateKind readResolverDelegate(const JsonValue& value) {
-  return value.isNull() ? ResolverDelegateKind::None : value.valueIn(kResolverDelegates);
+  return value.isNull() ? ResolverDelegateKind::None : value.lookUpIn(kResolverDelegates);
 }
 
 NSOperatingSystemVersion readVersion(const JsonValue& value) {
@@ -35,7 +35,7 @@ HostScript readHost(const JsonValue& value, KnownWindowNames& names) {
       host.windows.push_back(readWindow(window, names));
     }
   } else {
-    names.addDefault(host.windows.front().name);
+    names.addDefaultWindow(host.windows.front().name);
   }
   members.readInto(host.resolverDelegate, "resolverDelegate", &readResolverDelegate);
   if (const JsonValue delegate = members["viewDelegate"]; delegate.isNull()) {

@@ -19,7 +19,7 @@ class KnownWindowNames {
   /// or is reserved for presentations.
   std::string add(const JsonValue& name);
   /// Adds the name of the default window, which the scenario does not describe.
-  void addDefault(const std::string& name) { hostWindows_.insert(name); }
+  void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
   /// Adds the name of the window that a presentation opens. `mode` is the host's number for the
   /// presentation mode. Mode 0 opens no window.
   void addPresentation(std::int32_t mode);
