@@ -16,9 +16,9 @@ namespace vel {
 
 namespace {
 
-constexpr std::int64_t kEventDelay = NSEC_PER_SEC / 2;
-constexpr std::int64_t kDeferredEventDelay = NSEC_PER_SEC;
-constexpr std::int64_t kRefusedDismissalEventDelay = 2 * NSEC_PER_SEC;
+constexpr std::int64_t kEventDelay = kNanosecondsPerSecond / 2;
+constexpr std::int64_t kDeferredEventDelay = kNanosecondsPerSecond;
+constexpr std::int64_t kRefusedDismissalEventDelay = 2 * kNanosecondsPerSecond;
 
 // Returns null if the value is not a string.
 Strong<NSString> stringFor(const NSDictionary& parameters, std::string_view key) {
@@ -50,7 +50,7 @@ bool holdsChildOfClass(const Strong<NSWindow>& window, std::string_view classNam
 }
 
 void scheduleAnalyticsEvent(const Strong<LaunchScreenManager>& manager, std::int64_t delay) {
-  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delay), dispatch_get_main_queue(),
+  dispatch_after(dispatch_time(kDispatchTimeNow, delay), dispatch_get_main_queue(),
                  "send the analytics event", [manager] { manager->sendAnalyticsEvent(); });
 }
 
@@ -179,7 +179,7 @@ void LaunchScreenManager::sendAnalyticsEvent() {
   if (send(configuration->nextEventName(), &NSString::length) > 0) {
     setEventWasSended(true);
     // The work reads the name when the work runs, so a name that is set before then is recorded.
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, kEventDelay), dispatch_get_main_queue(),
+    dispatch_after(dispatch_time(kDispatchTimeNow, kEventDelay), dispatch_get_main_queue(),
                    "record the analytics event",
                    [configuration] { MetricsCenter::logEvent(configuration->nextEventName()); });
   }

@@ -26,6 +26,9 @@ target_link_libraries(VelLaunchScreen
   PRIVATE $<BUILD_INTERFACE:vel::CompilerSettings> ${dependencies})
 
 get_target_property(VEL_LIBRARY_TYPE VelLaunchScreen TYPE)
+if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND WIN32)
+  target_compile_definitions(VelLaunchScreen INTERFACE VEL_DLL)
+endif()
 if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
   # Hidden visibility does not apply to instantiations of the standard library's templates.
   set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")

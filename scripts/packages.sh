@@ -9,6 +9,7 @@ packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev
   libwayland-dev libwayland-bin wayland-protocols)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
+  clang-16 gobjc++
   pkg-config dpkg-dev file fonts-dejavu-core
   libglib2.0-dev libsdl2-dev doxygen
   # the X servers, window managers and programs of the tests on X11
@@ -22,6 +23,9 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
 packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm
   picom libgtk-3-dev libgtk-4-dev qtbase5-dev qt6-base-dev libsdl2-dev openjdk-17-jdk godot3-runner wine
   wine64 mpv xauth)
+# The preset libcxx.
+# shellcheck disable=SC2034
+packages_libcxx=(clang-16 libc++-16-dev libc++abi-16-dev)
 # shellcheck disable=SC2034
 packages_fuzz=(clang libclang-rt-dev)
 # shellcheck disable=SC2034

@@ -41,7 +41,13 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(__GNUC__)
+/* Marks the functions of the library. A program that uses the library as a DLL defines VEL_DLL.
+ * CMake defines the macro. */
+#if defined(VEL_DLL_EXPORTS)
+#define VEL_C_EXPORT __declspec(dllexport)
+#elif defined(VEL_DLL)
+#define VEL_C_EXPORT __declspec(dllimport)
+#elif defined(__GNUC__)
 #define VEL_C_EXPORT __attribute__((visibility("default")))
 #else
 #define VEL_C_EXPORT

@@ -161,7 +161,7 @@ void ShowSession::present(const Strong<ContentData>& data) {
   showTimeLeft();
   if (options_.skipAfter) {
     dispatch_after(
-        dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(*options_.skipAfter)),
+        dispatch_time(kDispatchTimeNow, nanosecondsFromSeconds(*options_.skipAfter)),
         dispatch_get_main_queue(), "skip the launch screen",
         [session = Weak<ShowSession>(self())] { send(session.lock(), &ShowSession::skip); });
   }

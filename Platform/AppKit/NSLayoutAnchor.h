@@ -64,8 +64,10 @@ class NSLayoutAnchor {
   Strong<NSView> view_;
 };
 
-using NSLayoutXAxisAnchor = NSLayoutAnchor<NSLayoutAttribute::CenterX>;
-using NSLayoutYAxisAnchor = NSLayoutAnchor<NSLayoutAttribute::CenterY>;
+// After the headers of AppKit, GCC takes the name NSLayoutAnchor without `vel::` for the class of
+// AppKit.
+using NSLayoutXAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterX>;
+using NSLayoutYAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterY>;
 
 /// A view's width or height. Constants are in points.
 class VEL_EXPORT NSLayoutDimension {

@@ -24,7 +24,7 @@ void DispatchQueue::submit(dispatch_time_t deadline, Work work, std::string_view
   bool isEarliest = false;
   {
     const std::scoped_lock lock(mutex_);
-    if (deadline == DISPATCH_TIME_NOW) {
+    if (deadline == kDispatchTimeNow) {
       // The clock is read under the lock, so that the deadlines follow the order of submission.
       deadline = NSRunLoop::mainRunLoop().now();
       immediateTasks_.push_back({{deadline, submissionCount_++}, label, std::move(work)});
@@ -138,7 +138,7 @@ DispatchQueue& dispatch_get_main_queue() {
 }
 
 dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta) {
-  const Nanoseconds base = when == DISPATCH_TIME_NOW ? NSRunLoop::mainRunLoop().now() : when;
+  const Nanoseconds base = when == kDispatchTimeNow ? NSRunLoop::mainRunLoop().now() : when;
   if (delta > 0 && base > kNever - delta) {
     return kNever;
   }
@@ -149,11 +149,11 @@ dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta) {
 }
 
 void dispatch_async(DispatchQueue& queue, DispatchQueue::Work work) {
-  queue.submit(DISPATCH_TIME_NOW, std::move(work));
+  queue.submit(kDispatchTimeNow, std::move(work));
 }
 
 void dispatch_async(DispatchQueue& queue, std::string_view label, DispatchQueue::Work work) {
-  queue.submit(DISPATCH_TIME_NOW, std::move(work), label);
+  queue.submit(kDispatchTimeNow, std::move(work), label);
 }
 
 void dispatch_after(dispatch_time_t when, DispatchQueue& queue, DispatchQueue::Work work) {

@@ -19,8 +19,8 @@ namespace vel {
 /// A moment on the run loop's clock, in nanoseconds.
 using dispatch_time_t = Nanoseconds;
 
-inline constexpr std::int64_t NSEC_PER_SEC = kNanosecondsPerSecond;
-inline constexpr dispatch_time_t DISPATCH_TIME_NOW = 0;
+/// Means the current time. Not named DISPATCH_TIME_NOW, which is a macro on macOS.
+inline constexpr dispatch_time_t kDispatchTimeNow = 0;
 
 /// A queue of work for the main thread. Each pass of the run loop calls `deliver` once, in every
 /// mode.
@@ -33,7 +33,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
 
   DispatchQueue();
 
-  /// Adds work that is due at `deadline`; `DISPATCH_TIME_NOW` means now. Wakes a waiting run loop.
+  /// Adds work that is due at `deadline`; `kDispatchTimeNow` means now. Wakes a waiting run loop.
   /// The label says what the work does; `pendingWork` returns the label. The label must be a
   /// literal, or another string that lives as long as the process. Any thread may call this
   /// function.
@@ -76,7 +76,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   void takeDueTasks();
 
   mutable std::mutex mutex_;
-  std::vector<Task> immediateTasks_;  // submitted with DISPATCH_TIME_NOW, in order
+  std::vector<Task> immediateTasks_;  // submitted with kDispatchTimeNow, in order
   std::set<Task> delayedTasks_;       // submitted with a deadline
   std::uint64_t submissionCount_ = 0;
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
@@ -90,7 +90,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
 /// The main queue. The main run loop runs the work in this queue.
 VEL_EXPORT DispatchQueue& dispatch_get_main_queue();
 
-/// The moment `delta` nanoseconds after `when`; `DISPATCH_TIME_NOW` means now. Any thread may
+/// The moment `delta` nanoseconds after `when`; `kDispatchTimeNow` means now. Any thread may
 /// call this function.
 [[nodiscard]] VEL_EXPORT dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t delta);
 

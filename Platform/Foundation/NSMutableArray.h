@@ -21,9 +21,10 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 /// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
 /// copy: if the loop's body changes the array, even at the last element, the loop throws
 /// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only one thread at
-/// a time may use an array.
+/// a time may use an array. After the headers of AppKit, GCC takes the name NSMutableArray without
+/// `vel::` for the class of AppKit.
 template <class T>
-class NSMutableArray final : public Class<NSMutableArray<T>, "NSMutableArray"> {
+class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArray"> {
  public:
   static Strong<NSMutableArray> array() { return make<NSMutableArray>(); }
 

@@ -152,7 +152,7 @@ TEST_F(ModalSessionTest, RunModalForANullWindowReturnsAtOnce) {
 
 TEST_F(ModalSessionTest, TheMainQueueRunsDuringRunModalForWindow) {
   const auto dialog = makeClosedWindow("dialog");
-  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
+  dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond), dispatch_get_main_queue(),
                  [] { NSApp->stopModal(); });
   NSApp->runModalForWindow(dialog);
   EXPECT_EQ(platform.now(), 1);

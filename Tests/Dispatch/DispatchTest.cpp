@@ -21,7 +21,7 @@ class DispatchTest : public VirtualTest {
   using Names = std::vector<std::string>;
 
   static dispatch_time_t timeAfter(double seconds) {
-    return dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(seconds));
+    return dispatch_time(kDispatchTimeNow, nanosecondsFromSeconds(seconds));
   }
   void submit(const std::string& name, const std::function<void()>& work = nullptr) {
     dispatch_async(queue, makeRecordingWork(name, work));
@@ -109,7 +109,7 @@ TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
 TEST_F(DispatchTest, DispatchAsyncEqualsDispatchAfterWithoutADelay) {
   letTimePass(1);
   submit("first");
-  submitAt(DISPATCH_TIME_NOW, "second");
+  submitAt(kDispatchTimeNow, "second");
   submitAt(timeAfter(0), "third");
   submit("fourth");
   loop.pump();
@@ -124,9 +124,9 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
   submitAt(timeAfter(0), "one second again");
   const std::vector<DispatchQueue::PendingWork> pendingWork = queue.pendingWork();
   ASSERT_EQ(pendingWork.size(), 4u);
-  EXPECT_EQ(pendingWork[0].deadline, NSEC_PER_SEC / 4);
-  EXPECT_EQ(pendingWork[1].deadline, NSEC_PER_SEC / 2);
-  EXPECT_EQ(pendingWork[3].deadline, NSEC_PER_SEC);
+  EXPECT_EQ(pendingWork[0].deadline, kNanosecondsPerSecond / 4);
+  EXPECT_EQ(pendingWork[1].deadline, kNanosecondsPerSecond / 2);
+  EXPECT_EQ(pendingWork[3].deadline, kNanosecondsPerSecond);
   loop.pump();
   EXPECT_EQ(runNames, (Names{"a quarter", "half a second", "one second", "one second again"}));
 }
@@ -136,7 +136,7 @@ TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForLaterWork) {
   submit("now");
   loop.pump();
   EXPECT_EQ(runNames, Names{"now"});
-  EXPECT_EQ(queue.nextDeadline(), NSEC_PER_SEC);
+  EXPECT_EQ(queue.nextDeadline(), kNanosecondsPerSecond);
 }
 
 TEST_F(DispatchTest, WorkWithAPastDeadlineIsDueNow) {
@@ -241,7 +241,8 @@ TEST_F(DispatchTest, ListsPendingWorkInTheOrderInWhichItWillRun) {
   for (const DispatchQueue::PendingWork& work : queue.pendingWork()) {
     deadlines.push_back(work.deadline);
   }
-  EXPECT_EQ(deadlines, (std::vector<dispatch_time_t>{0, NSEC_PER_SEC, 2 * NSEC_PER_SEC}));
+  EXPECT_EQ(deadlines,
+            (std::vector<dispatch_time_t>{0, kNanosecondsPerSecond, 2 * kNanosecondsPerSecond}));
 }
 
 TEST_F(DispatchTest, PendingWorkHasItsLabel) {
@@ -322,22 +323,25 @@ TEST_F(DispatchTest, WorkThatThrowsLeavesTheRestForTheNextPass) {
 
 TEST_F(DispatchTest, DispatchTimeAddsToNowOrToATime) {
   letTimePass(1);
-  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, 0), NSEC_PER_SEC);
-  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), NSEC_PER_SEC * 3 / 2);
-  EXPECT_EQ(dispatch_time(5 * NSEC_PER_SEC, NSEC_PER_SEC), 6 * NSEC_PER_SEC);
+  EXPECT_EQ(dispatch_time(kDispatchTimeNow, 0), kNanosecondsPerSecond);
+  EXPECT_EQ(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 2),
+            kNanosecondsPerSecond * 3 / 2);
+  EXPECT_EQ(dispatch_time(5 * kNanosecondsPerSecond, kNanosecondsPerSecond),
+            6 * kNanosecondsPerSecond);
 }
 
 TEST_F(DispatchTest, ATimeThatOverflowsIsNever) {
   letTimePass(1);
-  EXPECT_EQ(dispatch_time(DISPATCH_TIME_NOW, kNever), kNever);
+  EXPECT_EQ(dispatch_time(kDispatchTimeNow, kNever), kNever);
   EXPECT_EQ(dispatch_time(kNever, 1), kNever);
   EXPECT_EQ(dispatch_time(kNever, 0), kNever);
 }
 
 TEST_F(DispatchTest, ATimeThatUnderflowsIsTheEarliestTime) {
   EXPECT_EQ(dispatch_time(-kNever, -1), -kNever);
-  EXPECT_EQ(dispatch_time(-NSEC_PER_SEC, std::numeric_limits<std::int64_t>::min()), -kNever);
-  EXPECT_EQ(dispatch_time(-NSEC_PER_SEC, 0), -NSEC_PER_SEC);
+  EXPECT_EQ(dispatch_time(-kNanosecondsPerSecond, std::numeric_limits<std::int64_t>::min()),
+            -kNever);
+  EXPECT_EQ(dispatch_time(-kNanosecondsPerSecond, 0), -kNanosecondsPerSecond);
 }
 
 }  // namespace

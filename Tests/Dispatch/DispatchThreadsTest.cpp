@@ -34,7 +34,7 @@ TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission
   platform.run(1);
   std::vector<double> times;
   std::thread([&] {
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 2), queue,
+    dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 2), queue,
                    [&] { times.push_back(platform.now()); });
   }).join();
   platform.run(1);
@@ -86,7 +86,7 @@ TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
   std::thread otherThread([&] {
     dispatch_time_t previousTime = 0;
     for (int reading = 0; reading < 1000; ++reading) {
-      const dispatch_time_t currentTime = dispatch_time(DISPATCH_TIME_NOW, 0);
+      const dispatch_time_t currentTime = dispatch_time(kDispatchTimeNow, 0);
       hasGoneBack = hasGoneBack || currentTime < previousTime;
       previousTime = currentTime;
     }

@@ -61,7 +61,7 @@ class NSRunLoopTest : public VirtualTest {
     return [this, record] { records.push_back(record); };
   }
   void dispatch(const std::string& record, double delay = 0) {
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanosecondsFromSeconds(delay)),
+    dispatch_after(dispatch_time(kDispatchTimeNow, nanosecondsFromSeconds(delay)),
                    dispatch_get_main_queue(), makeRecorder(record));
   }
 
@@ -353,7 +353,7 @@ TEST_F(NSRunLoopTest, ANewClockInvalidatesAllTimers) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSRunLoopTest, HasNoDescriptorInVirtualTime) { EXPECT_EQ(loop.descriptor(), -1); }
+TEST_F(NSRunLoopTest, HasNoWaitHandleInVirtualTime) { EXPECT_FALSE(loop.waitHandle().isValid()); }
 
 TEST_F(NSRunLoopTest, VirtualTimeDoesNotAdvanceWhileThereIsWork) {
   for (int number = 0; number < 100; ++number) {

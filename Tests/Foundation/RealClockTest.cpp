@@ -94,7 +94,7 @@ TEST_F(RealClockTest, ATimerNeverFiresEarly) {
 
 TEST_F(RealClockTest, WorkNeverRunsEarly) {
   Nanoseconds runTime = 0;
-  const dispatch_time_t dueTime = dispatch_time(DISPATCH_TIME_NOW, 3 * kMillisecond);
+  const dispatch_time_t dueTime = dispatch_time(kDispatchTimeNow, 3 * kMillisecond);
   dispatch_after(dueTime, dispatch_get_main_queue(), [&] { runTime = loop.now(); });
   loop.runUntil([&] { return runTime != 0; });
   EXPECT_GE(runTime, dueTime);

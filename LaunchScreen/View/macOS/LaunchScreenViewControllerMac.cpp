@@ -226,8 +226,8 @@ void LaunchScreenViewController::dismiss() {
     // `send` keeps the controller alive: a delegate may replace the tracked cover.
     send(selfController, &NSViewController::viewDidDisappear);
     // When the work runs, it removes the current tracked cover, which may be a later cover.
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC), dispatch_get_main_queue(),
-                   embedded_cover::kRemovalLabel, [] {
+    dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond),
+                   dispatch_get_main_queue(), embedded_cover::kRemovalLabel, [] {
                      send(selfView, &NSView::removeFromSuperview);
                      send(selfController, &NSViewController::removeFromParentViewController);
                      embedded_cover::release();

@@ -73,7 +73,7 @@ class VEL_EXPORT LaunchScreenViewController final
     : public Class<LaunchScreenViewController, "LaunchScreenViewController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
  public:
-  using Delegates = NSMutableArray<LaunchScreenViewControllerDelegate>;
+  using Delegates = vel::NSMutableArray<LaunchScreenViewControllerDelegate>;
 
   using Class::Class;
   ~LaunchScreenViewController() override;

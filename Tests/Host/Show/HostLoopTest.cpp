@@ -152,8 +152,8 @@ TEST_F(HostLoopTest, ClosedInputDoesNotKeepTheLoopBusy) {
   input.closeWriteEnd();
   bool isTimeUp = false;
   int passCount = 0;
-  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 100), dispatch_get_main_queue(),
-                 [&isTimeUp] { isTimeUp = true; });
+  dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 100),
+                 dispatch_get_main_queue(), [&isTimeUp] { isTimeUp = true; });
   EXPECT_EQ(loop.runUntil([&] {
     ++passCount;
     return isTimeUp;

@@ -26,7 +26,7 @@ class X11Consent : public X11HostTest {
         EXPECT_TRUE(consent->isModalPanel());
         act();
       } else {
-        dispatch_after(dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC / 100),
+        dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 100),
                        dispatch_get_main_queue(), actWhenModal);
       }
     };

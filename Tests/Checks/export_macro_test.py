@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""Checks the export macros of the library for ELF, Mach-O and DLLs.
+
+usage: export_macro_test.py CLANG
+
+Clang generates code for systems that are not installed: the headers need no headers of the system.
+"""
+
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+CLANG = sys.argv[1]
+LINUX = "x86_64-linux-gnu"
+MACOS = "arm64-apple-macos13"
+WINDOWS = "x86_64-pc-windows-msvc"
+# The macro, the language and the header of each interface.
+INTERFACES = [
+    ("VEL_EXPORT", "c++", "Platform/Foundation/Export.h"),
+    ("VEL_C_EXPORT", "c", "Bindings/C/vel_launch_screen.h"),
+]
+
+
+def generate(target, language, header, code, *definitions):
+    """Returns the functions in the generated code: a dictionary of the lines that define them."""
+    flags = ["-ffreestanding", "-fvisibility=hidden", f"-I{ROOT}", f"--target={target}"]
+    output = subprocess.run(
+        [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *definitions, "-x", language, "-"],
+        input=f'#include "{header}"\n{code}',
+        capture_output=True,
+        text=True,
+        timeout=60,
+        check=True,
+    ).stdout
+    lines = [line for line in output.splitlines() if line.startswith(("define", "declare"))]
+    names = ("markedFunction", "internalFunction")
+    return {name: line for line in lines for name in names if name in line}
+
+
+def define(target, interface, *definitions):
+    """Generates the definitions of a marked function and of a function without a mark."""
+    macro, language, header = interface
+    code = f"{macro} void markedFunction(void) {{}}\nvoid internalFunction(void) {{}}\n"
+    return generate(target, language, header, code, *definitions)
+
+
+def call(target, interface, *definitions):
+    """Generates a call of a marked function."""
+    macro, language, header = interface
+    code = f"{macro} void markedFunction(void);\nvoid internalFunction(void) {{ markedFunction(); }}\n"
+    return generate(target, language, header, code, *definitions)
+
+
+class ExportMacroTest(unittest.TestCase):
+    def test_elf_and_mach_o_hide_only_what_is_not_marked(self):
+        for target in (LINUX, MACOS):
+            for interface in INTERFACES:
+                code = define(target, interface)
+                self.assertNotIn("hidden", code["markedFunction"], (target, interface))
+                self.assertIn("hidden", code["internalFunction"], (target, interface))
+
+    def test_the_build_of_a_dll_exports_only_what_is_marked(self):
+        for interface in INTERFACES:
+            code = define(WINDOWS, interface, "-DVEL_DLL_EXPORTS")
+            self.assertIn("dllexport", code["markedFunction"])
+            self.assertNotIn("dllexport", code["internalFunction"])
+
+    def test_a_program_that_uses_the_dll_imports_what_is_marked(self):
+        for interface in INTERFACES:
+            code = call(WINDOWS, interface, "-DVEL_DLL")
+            self.assertIn("dllimport", code["markedFunction"])
+
+    def test_a_static_library_on_windows_exports_nothing(self):
+        for interface in INTERFACES:
+            self.assertNotIn("dllexport", define(WINDOWS, interface)["markedFunction"])
+            self.assertNotIn("dllimport", call(WINDOWS, interface)["markedFunction"])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
