@@ -51,12 +51,6 @@ std::string textOrEmpty(const char* text) { return text != nullptr ? text : ""; 
 
 }  // namespace
 
-std::uint64_t currentThreadNumber() {
-  static std::atomic<std::uint64_t> latestNumber = 0;
-  thread_local const std::uint64_t number = ++latestNumber;
-  return number;
-}
-
 VelStatus Session::create(const VelCreateOptions& options,
                           const std::optional<NativeWindow>& hostWindow,
                           const VelCallbacks& callbacks, std::unique_ptr<Session>& session,
@@ -75,7 +69,7 @@ VelStatus Session::create(const VelCreateOptions& options,
   }
   NSApplication::start(std::move(windowSystem));
   std::unique_ptr<Session> newSession(new Session());
-  newSession->ownerThread = currentThreadNumber();
+  newSession->ownerThread.becomeCurrentThread();
   newSession->callbacks_ = callbacks;
   const VelStatus status = newSession->openWindow(options, hostWindow, error);
   if (status != VEL_OK) {
@@ -247,7 +241,7 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
 }
 
 VelStatus Session::dismiss(std::string& error) {
-  if (ownerThread == currentThreadNumber()) {
+  if (ownerThread.isCurrentThread()) {
     if (!isUp()) {
       error = "no launch screen is shown";
       return VEL_NOT_UP;

@@ -2,11 +2,11 @@
 
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "Bindings/C/vel_launch_screen.h"
 #include "LaunchScreen/LaunchScreenManager.h"
@@ -16,6 +16,31 @@
 namespace vel {
 
 class CallbackDelegate;
+
+/// The thread that owns a session. The mutex of the registry of sessions guards this object. The
+/// class uses no thread-local data: while a thread ends, a destructor may call the C interface
+/// after the thread-local data of the library has been destroyed.
+class OwningThread {
+ public:
+  /// Makes the calling thread the owning thread.
+  void becomeCurrentThread() {
+    id_ = std::this_thread::get_id();
+    hasEnded_ = false;
+  }
+  void markEnded() { hasEnded_ = true; }
+
+  /// True if the owning thread has ended.
+  [[nodiscard]] bool hasEnded() const { return hasEnded_; }
+  /// True if the calling thread is the owning thread. A new thread may have the id of a thread that
+  /// has ended.
+  [[nodiscard]] bool isCurrentThread() const {
+    return !hasEnded_ && id_ == std::this_thread::get_id();
+  }
+
+ private:
+  std::thread::id id_;
+  bool hasEnded_ = false;
+};
 
 /// The launch screen behind a handle: the application, one host window, the manager and the
 /// callbacks. A process has one session at a time. Only the owning thread may use a session, unless
@@ -49,11 +74,7 @@ class Session : NonCopyable {
   [[nodiscard]] VelPause pauseReason() const;
   [[nodiscard]] VelState state() const;
 
-  /// The number of the owning thread, from `currentThreadNumber`. The mutex of the registry of
-  /// sessions guards this member.
-  std::uint64_t ownerThread = 0;
-  /// True if the owning thread has ended. The mutex of the registry of sessions guards this member.
-  bool hasOwnerEnded = false;
+  OwningThread ownerThread;
 
   /// Records that a function of the C interface has started. Call `leaveFunction` when the function
   /// returns.
@@ -113,8 +134,5 @@ class Session : NonCopyable {
   std::atomic<bool> isDestroyed_ = false;
   std::function<void()> lastCallback_;
 };
-
-/// A number that identifies the calling thread. No other thread ever gets the same number.
-std::uint64_t currentThreadNumber();
 
 }  // namespace vel

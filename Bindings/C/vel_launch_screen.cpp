@@ -69,8 +69,8 @@ class ThreadEndObserver : vel::NonCopyable {
   ~ThreadEndObserver() {
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().session.get();
-    if (session != nullptr && session->ownerThread == vel::currentThreadNumber()) {
-      session->hasOwnerEnded = true;
+    if (session != nullptr && session->ownerThread.isCurrentThread()) {
+      session->ownerThread.markEnded();
     }
   }
   /// The first call on a thread creates the observer of the thread.
@@ -91,12 +91,11 @@ VelStatus findSession(const VelLaunchScreen* screen, AllowedCaller caller, Sessi
   if (session == nullptr) {
     return fail(VEL_NOT_ALIVE, "the launch screen is null or has been destroyed");
   }
-  if (session->ownerThread == vel::currentThreadNumber()) {
+  if (session->ownerThread.isCurrentThread()) {
     return VEL_OK;
   }
-  if (caller == AllowedCaller::OwnerOrSuccessor && session->hasOwnerEnded) {
-    session->ownerThread = vel::currentThreadNumber();
-    session->hasOwnerEnded = false;
+  if (caller == AllowedCaller::OwnerOrSuccessor && session->ownerThread.hasEnded()) {
+    session->ownerThread.becomeCurrentThread();
     ThreadEndObserver::observeThisThread();
     vel::NSThread::becomeMainThread();
     return VEL_OK;
@@ -464,7 +463,7 @@ VelStatus vel_dismiss(VelLaunchScreen* screen) {
     // The lock keeps the session alive: its owning thread may destroy it at any time.
     const std::scoped_lock lock(registry().mutex);
     Session* const session = registry().find(screen);
-    if (session != nullptr && session->ownerThread != vel::currentThreadNumber()) {
+    if (session != nullptr && !session->ownerThread.isCurrentThread()) {
       clearLastError();
       return catchExceptions([session] {
         std::string error;
@@ -509,7 +508,7 @@ VelStatus vel_run(VelLaunchScreen* screen, double seconds) {
 
 VelStatus vel_poll_descriptor(VelLaunchScreen* screen, int* descriptor) {
   return storeResult(screen, descriptor, [](const Session& /*session*/) {
-    return vel::NSRunLoop::mainRunLoop().descriptor();
+    return vel::NSRunLoop::mainRunLoop().waitHandle().descriptor();
   });
 }
 

@@ -1,13 +1,64 @@
 #include "Platform/Foundation/ReleasePool.h"
 
 #include <iterator>
+#include <map>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 namespace vel {
 
+namespace {
+
+/// The pools of all threads. Any thread may use the table.
+class PoolTable : NonCopyable {
+ public:
+  static PoolTable& theTable() {
+    // Never destroyed: other threads may use their pools while the process exits.
+    static auto& table = *new PoolTable();
+    return table;
+  }
+
+  /// The pool of a thread. Makes the pool if the table has none.
+  ReleasePool& poolOf(std::thread::id thread) {
+    const std::scoped_lock lock(mutex_);
+    return pools_[thread];
+  }
+  void remove(std::thread::id thread) {
+    const std::scoped_lock lock(mutex_);
+    pools_.erase(thread);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::thread::id, ReleasePool> pools_;
+};
+
+// The table's entry for the current thread, or null. While a thread ends, this variable may be null
+// again although the pool still exists.
+thread_local ReleasePool* cachedPool = nullptr;
+
+/// Drains the pool of a thread when the thread ends. Finds the pool without thread-local data,
+/// because such data may already be destroyed.
+class ThreadEndDrain : NonCopyable {
+ public:
+  ThreadEndDrain() = default;
+  ~ThreadEndDrain() {
+    const std::thread::id thread = std::this_thread::get_id();
+    PoolTable::theTable().poolOf(thread).drainTo(0);
+    cachedPool = nullptr;
+    PoolTable::theTable().remove(thread);
+  }
+};
+
+}  // namespace
+
 ReleasePool& ReleasePool::currentPool() {
-  thread_local ReleasePool pool;
-  return pool;
+  if (cachedPool == nullptr) {
+    cachedPool = &PoolTable::theTable().poolOf(std::this_thread::get_id());
+    thread_local const ThreadEndDrain drain;
+  }
+  return *cachedPool;
 }
 
 void ReleasePool::drainTo(std::size_t mark) {
