@@ -1,8 +1,5 @@
 #include "Host/CommandLine.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
@@ -11,20 +8,11 @@
 #include "Host/Command.h"
 #include "Host/Play/PlayCommand.h"
 #include "Host/Show/ShowCommand.h"
+#include "Host/Terminal.h"
 
 namespace vel::host {
 
 namespace {
-
-// Opens /dev/null for each standard descriptor that is closed. Otherwise the next file that the
-// program opens would become a standard stream.
-void occupyStandardDescriptors() {
-  int descriptor = open("/dev/null", O_RDWR);
-  while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-    descriptor = open("/dev/null", O_RDWR);
-  }
-  close(descriptor);
-}
 
 int reportBadUsage(std::string message) {
   // The message can quote arguments that contain line feeds.
@@ -41,7 +29,7 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
-  occupyStandardDescriptors();
+  occupyStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
   program.require_subcommand(0, 1);

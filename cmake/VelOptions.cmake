@@ -16,3 +16,5 @@ option(VEL_WARNINGS_AS_ERRORS "Treat compiler warnings as errors" OFF)
 
 set(VEL_SANITIZERS "" CACHE STRING "Sanitizers, in the form that -fsanitize takes")
 option(VEL_COVERAGE "Instrument the code for coverage" OFF)
+set(VEL_GTEST_SOURCE "" CACHE PATH
+  "The source folder of GoogleTest, for a build with another C++ standard library than the system's")

@@ -54,7 +54,8 @@ int main() {
   while (!isEventRecorded) {
     loop.pump();
     // The descriptor is readable when the library has work to do, for example when a timer is due.
-    std::array<pollfd, 2> sources{{{loop.descriptor(), POLLIN, 0}, {input, POLLIN, 0}}};
+    std::array<pollfd, 2> sources{
+        {{loop.waitHandle().descriptor(), POLLIN, 0}, {input, POLLIN, 0}}};
     poll(sources.data(), sources.size(), -1);
     std::array<char, 256> text{};
     if (sources[1].revents != 0 && read(input, text.data(), text.size()) <= 0) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <csignal>
 #include <functional>
+#include <memory>
 #include <utility>
 
 #include "Platform/Foundation/NonCopyable.h"
@@ -13,8 +13,9 @@ namespace vel::host {
 /// run loop. The outer loop uses no processor time while it waits.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. Create the object on the
-/// main thread before any other thread starts.
+/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. A signal that `runUntil`
+/// has not returned takes effect when this object is destroyed. A process can have one such object
+/// at a time, on the main thread. Each kind of operating system has its own source.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();
@@ -28,12 +29,11 @@ class HostLoop : private NonCopyable {
   int runUntil(const std::function<bool()>& isDone);
 
  private:
+  class SignalPipe;
+
   void readInput();
 
-  sigset_t receivedSignals_{};
-  sigset_t previousMask_{};
-  struct sigaction previousPipeAction_ {};
-  int signalDescriptor_ = -1;
+  std::unique_ptr<SignalPipe> signalPipe_;
   std::function<void()> enterHandler_;
 };
 

@@ -1,8 +1,5 @@
 #include "Host/Show/ShowCommand.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cmath>
@@ -15,6 +12,7 @@
 #include "Host/Show/EventsFile.h"
 #include "Host/Show/HostLoop.h"
 #include "Host/Show/ShowSession.h"
+#include "Host/Terminal.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Foundation/NSLog.h"
 #include "Platform/Foundation/NSRunLoop.h"
@@ -28,18 +26,13 @@ constexpr std::size_t kDefaultColumns = 80;
 constexpr int kLargestSide = 32767;  // the maximum width and height of an X11 window
 constexpr Nanoseconds kPlayerTimeAfterEnd = kNanosecondsPerSecond;
 
-std::size_t terminalColumns() {
-  winsize size{};
-  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return isKnown ? size.ws_col : kDefaultColumns;
-}
-
 std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
-  if (isatty(STDOUT_FILENO) == 0) {
+  if (!isOutputTerminal()) {
     return std::make_shared<LineConsole>(std::cout);
   }
-  auto console = std::make_shared<LiveConsole>(std::cout, terminalColumns,
-                                               options.canSkip() ? "press Enter to dismiss" : "");
+  auto console = std::make_shared<LiveConsole>(
+      std::cout, [] { return terminalColumns().value_or(kDefaultColumns); },
+      options.canSkip() ? "press Enter to dismiss" : "");
   // Log lines usually go to the same terminal, so the console must erase its line before a log
   // line.
   setNSLogSink([console](std::string_view line) {

@@ -1,14 +1,12 @@
 #include "Platform/Foundation/NSLog.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <mutex>
 #include <utility>
+
+#include "Platform/Foundation/ProcessFacts.h"
 
 namespace vel {
 
@@ -72,8 +70,8 @@ void writeToStandardSink(std::string_view line) {
   length += static_cast<std::size_t>(std::snprintf(prefix + length, sizeof prefix - length,
                                                    ".%03d ", static_cast<int>(milliseconds)));
   std::string output(prefix, length);
-  output += program_invocation_short_name;
-  output += '[' + std::to_string(getpid()) + ':' + std::to_string(syscall(SYS_gettid)) + "] ";
+  output += programName();
+  output += '[' + std::to_string(processId()) + ':' + std::to_string(threadId()) + "] ";
   output += line;
   output += '\n';
   // One call for the whole line, so that the lines of several threads do not mix.

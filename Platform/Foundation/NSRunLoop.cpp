@@ -72,15 +72,15 @@ void NSRunLoop::replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitS
   wakeState_ = 0;
 }
 
-int NSRunLoop::descriptor() {
+WaitHandle NSRunLoop::waitHandle() {
   if (waitSet_ == nullptr) {
-    return -1;
+    return {};
   }
   if (!isPolled_) {
     isPolled_ = true;
     waitSet_->wake();  // the host then runs a pass, which updates the descriptor
   }
-  return waitSet_->descriptor();
+  return waitSet_->handle();
 }
 
 void NSRunLoop::watch(WaitHandle handle) {

@@ -90,10 +90,10 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// The time at which a pass in the loop's mode next has work. 0 means now. `kNever` means that no
   /// such time is known.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
-  /// Returns a descriptor for a host's own `poll`. The descriptor is readable when a pass has work.
-  /// The descriptor is valid until the clock is replaced. After the first call of this function,
-  /// every pass updates the descriptor. Returns -1 in virtual time.
-  [[nodiscard]] int descriptor();
+  /// Returns a handle for a host's own loop. Its descriptor is readable when a pass has work.
+  /// The handle can be used until the clock is replaced. After the first call of this
+  /// function, every pass updates the descriptor. Invalid in virtual time.
+  [[nodiscard]] WaitHandle waitHandle();
   /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
   /// removes the previous handle. Has no effect in virtual time.
   void watch(WaitHandle handle);

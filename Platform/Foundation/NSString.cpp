@@ -1,9 +1,8 @@
 #include "Platform/Foundation/NSString.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
-#include <system_error>
+
+#include "Platform/Foundation/NearestFloat.h"
 
 namespace vel {
 
@@ -45,31 +44,6 @@ std::size_t decimalPrefixLength(std::string_view text) {
   return end;
 }
 
-// `number` is out of a float's range. Returns true if it is too large, and false if it is too
-// small. `std::from_chars` does not distinguish these two cases.
-bool isTooLarge(std::string_view number) {
-  const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
-  const std::string_view mantissa = number.substr(0, mantissaEnd);
-  const std::size_t firstNonzeroDigit = mantissa.find_first_of("123456789");
-  if (firstNonzeroDigit == std::string_view::npos) {
-    return false;
-  }
-  const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-  // Positive if the first nonzero digit is before the point, negative if it is after the point.
-  const auto pointOffset =
-      static_cast<long long>(point) - static_cast<long long>(firstNonzeroDigit);
-  std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
-  const bool isNegative = exponent.starts_with('-');
-  exponent.remove_prefix(exponent.starts_with('+') || isNegative ? 1 : 0);
-  long long magnitude = 0;
-  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), magnitude).ec ==
-      std::errc::result_out_of_range) {
-    return !isNegative;
-  }
-  // The number is out of range, so it is too large exactly if its power of ten is positive.
-  return pointOffset > (isNegative ? magnitude : -magnitude);
-}
-
 }  // namespace
 
 bool NSString::isEqual(const NSObjectProtocol* other) const {
@@ -86,11 +60,7 @@ float NSString::floatValue() const {
   if (number.empty()) {
     return 0;
   }
-  float value = 0;
-  if (std::from_chars(number.data(), number.data() + number.size(), value).ec ==
-      std::errc::result_out_of_range) {
-    value = isTooLarge(number) ? std::numeric_limits<float>::infinity() : 0;
-  }
+  const float value = nearestFloat(number);
   return isNegative ? -value : value;
 }
 

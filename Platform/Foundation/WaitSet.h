@@ -29,9 +29,9 @@ class WaitSet : NonCopyable {
   /// another thread that comes during this call.
   virtual void acknowledgeWakeUps() = 0;
 
-  /// A descriptor for a host's own `poll`. The descriptor is readable exactly when `wait` would
-  /// return immediately. Returns -1 on a system without descriptors.
-  [[nodiscard]] virtual int descriptor() const = 0;
+  /// A handle for a host's own loop. Its descriptor is readable exactly when `wait` would return
+  /// immediately. Invalid on a system without descriptors.
+  [[nodiscard]] virtual WaitHandle handle() const = 0;
 };
 
 /// Makes the wait set of this operating system. Throws `std::system_error` if the process has no

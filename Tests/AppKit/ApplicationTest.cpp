@@ -105,7 +105,7 @@ class PollingHostTest : public ApplicationTest {
     }
   }
   bool isReadable(int timeoutInMilliseconds) {
-    pollfd pollEntry{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    pollfd pollEntry{.fd = loop.waitHandle().descriptor(), .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, timeoutInMilliseconds) == 1;
   }
   /// Runs each operation. Expects that the descriptor then becomes readable.

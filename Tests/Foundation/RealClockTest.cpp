@@ -48,7 +48,7 @@ class RealClockTest : public testing::Test {
 
   // Returns true if the loop's descriptor becomes readable within `milliseconds`.
   bool isReadable(int milliseconds = 0) {
-    pollfd pollEntry{.fd = loop.descriptor(), .events = POLLIN, .revents = 0};
+    pollfd pollEntry{.fd = loop.waitHandle().descriptor(), .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, milliseconds) == 1;
   }
   // Runs passes until the descriptor is no longer readable, as a host does before it waits.

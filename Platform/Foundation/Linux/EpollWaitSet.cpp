@@ -9,28 +9,12 @@
 #include <cstdint>
 #include <system_error>
 
+#include "Platform/Foundation/Posix/FileDescriptor.h"
 #include "Platform/Foundation/WaitSet.h"
 
 namespace vel {
 
 namespace {
-
-/// Owns a file descriptor.
-class FileDescriptor : NonCopyable {
- public:
-  /// `descriptor` is the result of the system call `call`. Throws if the call has failed.
-  FileDescriptor(int descriptor, const char* call) : descriptor_(descriptor) {
-    if (descriptor < 0) {
-      throw std::system_error(errno, std::generic_category(), call);
-    }
-  }
-  ~FileDescriptor() { close(descriptor_); }
-
-  [[nodiscard]] int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 /// An epoll descriptor that waits for three other descriptors: an eventfd for wake-ups, a timerfd
 /// for the deadline, and the watched handle.
@@ -96,7 +80,7 @@ class EpollWaitSet final : public WaitSet {
     }
   }
 
-  [[nodiscard]] int descriptor() const override { return epoll_.get(); }
+  [[nodiscard]] WaitHandle handle() const override { return WaitHandle(epoll_.get()); }
 
  private:
   void add(int descriptor) const {

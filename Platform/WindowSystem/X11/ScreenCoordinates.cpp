@@ -1,8 +1,10 @@
 #include "Platform/WindowSystem/X11/ScreenCoordinates.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include "Platform/Foundation/NSString.h"
 
 namespace vel::x11 {
 
@@ -25,9 +27,8 @@ double scaleFromResources(std::string_view resources) {
     if (!line.starts_with(kDpiResource)) {
       continue;
     }
-    line.remove_prefix(std::min(line.find_first_not_of(" \t", kDpiResource.size()), line.size()));
-    double dpi = 0;
-    std::from_chars(line.data(), line.data() + line.size(), dpi);
+    line.remove_prefix(kDpiResource.size());
+    const double dpi = NSString::stringWithUTF8String(line)->floatValue();
     const double scale = dpi / kUnscaledDpi;
     return scale >= kMinScale && scale <= kMaxScale ? scale : 1;
   }

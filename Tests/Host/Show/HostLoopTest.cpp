@@ -12,11 +12,13 @@
 namespace vel::host {
 namespace {
 
-bool isBlocked(int signal) {
-  sigset_t blockedSignals;
-  pthread_sigmask(SIG_BLOCK, nullptr, &blockedSignals);
-  return sigismember(&blockedSignals, signal) == 1;
+// Returns true if the signal has its default action.
+bool hasDefaultAction(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
 }
+
+int recordedSignal = 0;
 
 /// Replaces the standard input of the process with a pipe that the test writes to.
 class StandardInputPipe : private NonCopyable {
@@ -90,14 +92,44 @@ TEST_F(HostLoopTest, SignalDuringAPassEndsRunUntil) {
   EXPECT_EQ(loop.runUntil(never), SIGTERM);
 }
 
-TEST_F(HostLoopTest, SignalMaskIsRestored) {
+TEST_F(HostLoopTest, ABlockedSignalEndsRunUntil) {
+  sigset_t blockedSignals{};
+  sigemptyset(&blockedSignals);
+  sigaddset(&blockedSignals, SIGTERM);
+  sigset_t previousMask{};
+  pthread_sigmask(SIG_BLOCK, &blockedSignals, &previousMask);
+  {
+    HostLoop loop;
+    raise(SIGTERM);
+    EXPECT_EQ(loop.runUntil(never), SIGTERM);
+  }
+  sigset_t restoredMask{};
+  pthread_sigmask(SIG_SETMASK, &previousMask, &restoredMask);
+  EXPECT_EQ(sigismember(&restoredMask, SIGTERM), 1);
+}
+
+TEST_F(HostLoopTest, SignalActionsAreRestored) {
   {
     const HostLoop loop;
-    EXPECT_TRUE(isBlocked(SIGINT));
+    EXPECT_FALSE(hasDefaultAction(SIGINT));
   }
-  EXPECT_FALSE(isBlocked(SIGINT));
-  EXPECT_FALSE(isBlocked(SIGTERM));
-  EXPECT_FALSE(isBlocked(SIGHUP));
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    EXPECT_TRUE(hasDefaultAction(signal)) << signal;
+  }
+}
+
+TEST_F(HostLoopTest, AnUnreadSignalTakesEffectAfterTheLoop) {
+  struct sigaction previousAction {};
+  struct sigaction recordingAction {};
+  recordingAction.sa_handler = [](int signal) { recordedSignal = signal; };
+  sigaction(SIGTERM, &recordingAction, &previousAction);
+  {
+    const HostLoop loop;
+    raise(SIGTERM);
+    EXPECT_EQ(recordedSignal, 0);
+  }
+  EXPECT_EQ(recordedSignal, SIGTERM);
+  sigaction(SIGTERM, &previousAction, nullptr);
 }
 
 TEST_F(HostLoopTest, IgnoredHangUpSignalStaysIgnored) {

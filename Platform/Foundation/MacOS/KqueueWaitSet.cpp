@@ -1,0 +1,157 @@
+// The wait set for macOS.
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/event.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <system_error>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/Posix/FileDescriptor.h"
+#include "Platform/Foundation/WaitSet.h"
+
+namespace vel {
+
+namespace {
+
+Nanoseconds steadyTime() {
+  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// Both ends of a pipe. Neither end blocks, and no end stays open in a program that the process
+/// executes.
+class Pipe : NonCopyable {
+ public:
+  Pipe() : Pipe(make()) {}
+
+  [[nodiscard]] int output() const { return output_.get(); }
+  [[nodiscard]] int input() const { return input_.get(); }
+
+ private:
+  struct Ends {
+    std::array<int, 2> descriptors;
+    int result;
+  };
+
+  static Ends make() {
+    Ends ends{};
+    ends.result = pipe(ends.descriptors.data());
+    if (ends.result == 0) {
+      for (const int descriptor : ends.descriptors) {
+        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+        fcntl(descriptor, F_SETFL, O_NONBLOCK);
+      }
+    }
+    return ends;
+  }
+  explicit Pipe(const Ends& ends)
+      : output_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
+        input_(ends.descriptors[1], "pipe") {}
+
+  FileDescriptor output_;
+  FileDescriptor input_;
+};
+
+/// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
+/// watched handle. No event is ever read from the kqueue, because reading the timer's event would
+/// remove the event. `poll` then reports the kqueue as readable until the source of the event
+/// changes.
+class KqueueWaitSet final : public WaitSet {
+ public:
+  KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
+    fcntl(kqueue_.get(), F_SETFD, FD_CLOEXEC);
+    addDescriptor(pipe_.output());
+  }
+
+  void watch(WaitHandle handle) override {
+    if (watchedHandle_.isValid()) {
+      // Fails if the descriptor is already closed. `close` has then removed it from the kqueue.
+      change(watchedHandle_.descriptor(), EVFILT_READ, EV_DELETE);
+    }
+    watchedHandle_ = handle;
+    if (watchedHandle_.isValid()) {
+      addDescriptor(watchedHandle_.descriptor());
+    }
+  }
+
+  void setDeadline(Nanoseconds deadline) override {
+    if (deadline == deadline_) {
+      return;
+    }
+    if (deadline_ != kNever) {
+      change(kTimer, EVFILT_TIMER, EV_DELETE);
+    }
+    deadline_ = deadline;
+    if (deadline_ != kNever) {
+      // Without NOTE_CRITICAL, the system may delay the timer to save energy.
+      const Nanoseconds now = steadyTime();
+      const Nanoseconds timeLeft = deadline_ > now ? deadline_ - now : 1;
+      change(kTimer, EVFILT_TIMER, EV_ADD | EV_ONESHOT, NOTE_NSECONDS | NOTE_CRITICAL, timeLeft);
+    }
+  }
+
+  void wait() override {
+    pollfd polled{kqueue_.get(), POLLIN, 0};
+    poll(&polled, 1, -1);
+  }
+
+  void wake() override {
+    // Sets the flag before the write: after the write, the main thread may run
+    // `acknowledgeWakeUps`, which reads the flag.
+    if (!isSignalled_.exchange(true)) {
+      const char byte = 0;
+      [[maybe_unused]] const auto size = write(pipe_.input(), &byte, 1);
+    }
+  }
+
+  void acknowledgeWakeUps() override {
+    if (isSignalled_) {
+      // The read fails if another thread has set the flag but has not written yet. The flag then
+      // stays set, and a later call reads the byte and clears the flag.
+      char byte = 0;
+      if (read(pipe_.output(), &byte, 1) > 0) {
+        isSignalled_ = false;
+      }
+    }
+  }
+
+  [[nodiscard]] WaitHandle handle() const override { return WaitHandle(kqueue_.get()); }
+
+ private:
+  static constexpr int kTimer = 0;  // the only timer of the kqueue
+
+  // Returns false if the change fails.
+  bool change(int source, std::int16_t filter, std::uint16_t flags, std::uint32_t filterFlags = 0,
+              Nanoseconds data = 0) const {
+    struct kevent event {};
+    event.ident = static_cast<std::uintptr_t>(source);
+    event.filter = filter;
+    event.flags = flags;
+    event.fflags = filterFlags;
+    event.data = static_cast<std::intptr_t>(data);
+    return kevent(kqueue_.get(), &event, 1, nullptr, 0, nullptr) == 0;
+  }
+  void addDescriptor(int descriptor) const {
+    if (!change(descriptor, EVFILT_READ, EV_ADD)) {
+      throw std::system_error(errno, std::generic_category(), "kevent");
+    }
+  }
+
+  FileDescriptor kqueue_;
+  Pipe pipe_;
+  WaitHandle watchedHandle_;
+  Nanoseconds deadline_ = kNever;
+  std::atomic<bool> isSignalled_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<WaitSet> makeWaitSet() { return std::make_unique<KqueueWaitSet>(); }
+
+}  // namespace vel

@@ -1,0 +1,49 @@
+#include "Platform/Foundation/NearestFloat.h"
+
+#include <locale.h>
+
+#include <cerrno>
+#include <cfenv>
+#include <cstdlib>
+#include <string>
+#include <system_error>
+
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel {
+
+namespace {
+
+/// Makes `strtof` on this thread read a decimal point and round to the nearest float. Restores the
+/// locale and the rounding mode that the host has set for this thread.
+class StandardConversion : NonCopyable {
+ public:
+  StandardConversion() : previousLocale_(uselocale(cLocale())) { std::fesetround(FE_TONEAREST); }
+  ~StandardConversion() {
+    std::fesetround(previousRoundingMode_);
+    uselocale(previousLocale_);
+  }
+
+ private:
+  static locale_t cLocale() {
+    // Never freed: other threads may read numbers while the process exits.
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+    if (locale == nullptr) {
+      throw std::system_error(errno, std::generic_category(), "newlocale");
+    }
+    return locale;
+  }
+
+  locale_t previousLocale_;
+  int previousRoundingMode_ = std::fegetround();
+};
+
+}  // namespace
+
+float nearestFloat(std::string_view number) {
+  const std::string text(number);  // `strtof` needs a zero byte at the end
+  const StandardConversion scope;
+  return std::strtof(text.c_str(), nullptr);
+}
+
+}  // namespace vel
