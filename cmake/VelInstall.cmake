@@ -24,6 +24,12 @@ install(
   FILES_MATCHING PATTERN "*.h"
   ${backend_patterns}
   PATTERN "EmbeddedCover.h" EXCLUDE
+  PATTERN "FromChars" EXCLUDE
+  PATTERN "Linux" EXCLUDE
+  PATTERN "MacOS" EXCLUDE
+  PATTERN "NearestFloat.h" EXCLUDE
+  PATTERN "Posix" EXCLUDE
+  PATTERN "ProcessFacts.h" EXCLUDE
   PATTERN "RealClock.h" EXCLUDE
   PATTERN "WaitSet.h" EXCLUDE
   PATTERN "ReportQueue.h" EXCLUDE
@@ -46,7 +52,11 @@ set(find_backend_libraries "")
 if(VEL_LIBRARY_TYPE STREQUAL "STATIC_LIBRARY")
   set(pc_requires_private "${VEL_BACKEND_MODULES}")
   list(JOIN pc_requires_private " " pc_requires_private)
-  set(pc_libs_private "-lstdc++ -lm -pthread")
+  set(standard_library stdc++)
+  if("c++" IN_LIST CMAKE_CXX_IMPLICIT_LINK_LIBRARIES)
+    set(standard_library c++)
+  endif()
+  set(pc_libs_private "-l${standard_library} -lm -pthread")
   foreach(backend IN LISTS VEL_BACKENDS)
     string(TOUPPER "VEL_${backend}" backend)
     list(JOIN ${backend}_MODULES " " modules)
