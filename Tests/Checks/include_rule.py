@@ -45,7 +45,19 @@ MAY_INCLUDE = {
     "Benchmarks": [*LIBRARY, *BACKENDS],
 }
 
-# Headers of other projects, and the folders that may include them.
+# The folders whose sources may use POSIX or one operating system.
+SYSTEM_SOURCES = [
+    "Platform/Foundation/Linux",
+    "Platform/Foundation/MacOS",
+    "Platform/Foundation/Posix",
+    "Platform/WindowSystem",
+    "Host/Posix",
+    "Examples",
+    "Tests",
+    "Benchmarks",
+]
+
+# Headers of other projects and of the system, and the folders that may include them.
 OUTSIDE = {
     "xcb/": [
         "Platform/WindowSystem/X11",
@@ -67,6 +79,11 @@ OUTSIDE = {
     "gtest/": ["Tests"],
     "gmock/": ["Tests"],
     "benchmark/": ["Benchmarks"],
+    "fcntl.h": SYSTEM_SOURCES,
+    "poll.h": SYSTEM_SOURCES,
+    "pthread.h": SYSTEM_SOURCES,
+    "sys/": SYSTEM_SOURCES,
+    "unistd.h": SYSTEM_SOURCES,
 }
 
 # The folders whose sources may test platform macros.

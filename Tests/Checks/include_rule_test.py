@@ -74,6 +74,12 @@ class IncludeRuleTest(unittest.TestCase):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 
+    def test_headers_of_posix_are_allowed_in_the_sources_of_a_system_only(self):
+        self.assert_fault("Platform/Foundation/A.cpp", "#include <unistd.h>\n")
+        self.assert_fault("Host/A.cpp", "#include <sys/ioctl.h>\n")
+        self.assert_no_fault("Platform/Foundation/Linux/A.cpp", "#include <sys/epoll.h>\n")
+        self.assert_no_fault("Host/Posix/A.cpp", "#include <poll.h>\n")
+
     def test_headers_of_other_projects_are_allowed_in_their_folders_only(self):
         self.assert_fault("Platform/AppKit/A.cpp", "#include <xcb/xcb.h>\n")
         self.assert_fault("Host/A.cpp", "#include <xcb/xcb.h>\n")

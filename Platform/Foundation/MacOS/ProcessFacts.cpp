@@ -2,8 +2,9 @@
 #include "Platform/Foundation/ProcessFacts.h"
 
 #include <pthread.h>
-#include <stdlib.h>
 #include <unistd.h>
+
+#include <cstdlib>
 
 namespace vel {
 

@@ -1,10 +1,9 @@
 #include "Platform/Foundation/NearestFloat.h"
 
-#include <locale.h>
-
 #include <cerrno>
 #include <cfenv>
 #include <cstdlib>
+#include <locale>  // declares `newlocale` on every POSIX system; <clocale> does not on macOS
 #include <string>
 #include <system_error>
 
