@@ -13,20 +13,20 @@ namespace vel::host {
 namespace {
 
 constexpr std::string_view kStyleSheet = R"(text{font:13px "DejaVu Sans",Verdana,sans-serif}
-.title{font-size:16px}
-.paper{fill:#fff}text{fill:#1f2328}.quiet{fill:#59636e}
-.line,.frame{stroke:#d1d9e0;fill:none}.frame{stroke:#818b98}
+.title{font-size:16px}.lane-name{font-size:13px}
+.background{fill:#fff}text{fill:#1f2328}.muted{fill:#59636e}
+.line,.axis{stroke:#d1d9e0;fill:none}.axis{stroke:#818b98}
 .label{stroke:#fff;stroke-width:4px;stroke-linejoin:round;paint-order:stroke}
-.falls,.waits{fill:none;stroke:#0969da;stroke-width:2.5px;stroke-linejoin:round}
-.waits{stroke:#59636e;stroke-dasharray:4 3;stroke-width:2px}
+.counting-down,.paused{fill:none;stroke:#0969da;stroke-width:2.5px;stroke-linejoin:round}
+.paused{stroke:#59636e;stroke-dasharray:4 3;stroke-width:2px}
 .key{fill:#7fb3e6}.cover{fill:#a58ad6}
 .Request{fill:#0969da}.Script{fill:#59636e}.HostCall{fill:#8250df}.Refusal{fill:#d1242f}
 .WindowStyle{fill:#bc4c00}.Dismissal{fill:#6e40c9}.Event{fill:#1a7f37}
 @media (prefers-color-scheme:dark){
-.paper{fill:#0d1117}text{fill:#f0f6fc}.quiet{fill:#9198a1}
-.line{stroke:#30363d}.frame{stroke:#656c76}
+.background{fill:#0d1117}text{fill:#f0f6fc}.muted{fill:#9198a1}
+.line{stroke:#30363d}.axis{stroke:#656c76}
 .label{stroke:#0d1117}
-.falls{stroke:#58a6ff}.waits{stroke:#9198a1}
+.counting-down{stroke:#58a6ff}.paused{stroke:#9198a1}
 .key{fill:#1f5a99}.cover{fill:#6e50b0}
 .Request{fill:#58a6ff}.Script{fill:#9198a1}.HostCall{fill:#bc8cff}.Refusal{fill:#ff7b72}
 .WindowStyle{fill:#f0883e}.Dismissal{fill:#a371f7}.Event{fill:#3fb950}
@@ -40,9 +40,9 @@ struct LaneStyle {
 };
 constexpr LaneStyle kLanes[] = {
     {TimelineLane::Request, "Request", "request"},
-    {TimelineLane::Script, "Script", "host and user"},
-    {TimelineLane::HostCall, "HostCall", "host is called"},
-    {TimelineLane::Refusal, "Refusal", "refused"},
+    {TimelineLane::Script, "Script", "scenario steps"},
+    {TimelineLane::HostCall, "HostCall", "host callbacks"},
+    {TimelineLane::Refusal, "Refusal", "refusals"},
     {TimelineLane::WindowStyle, "WindowStyle", "window style"},
     {TimelineLane::Dismissal, "Dismissal", "dismissal"},
     {TimelineLane::Event, "Event", "event"},
@@ -60,11 +60,11 @@ constexpr double kLanePadding = 4;
 constexpr double kBandHeight = 12;
 constexpr double kChartHeight = 120;
 constexpr double kMarkRadius = 4;
-constexpr double kLabelDistance = 4;
-constexpr double kLabelGap = 8;
-constexpr double kLongestLabel = (kRight - kLeft) / 2 - 4 * kMarkRadius;
-constexpr int kMaximumTimeTicks = 7;
-constexpr int kMaximumTimeLeftTicks = 5;
+constexpr double kMarkToLabelDistance = 4;
+constexpr double kMinimumLabelSpacing = 8;
+constexpr double kMaximumLabelWidth = (kRight - kLeft) / 2 - 4 * kMarkRadius;
+constexpr int kTimeAxisTickLimit = 7;
+constexpr int kTimeLeftAxisTickLimit = 5;
 
 struct AxisTick {
   double value = 0;
@@ -74,10 +74,10 @@ struct AxisTick {
 // Returns the ticks of an axis from 0 to `end` seconds: a tick at 0 and at most `maximumCount`
 // further ticks at round values.
 std::vector<AxisTick> axisTicks(double end, int maximumCount) {
-  const double power = std::floor(std::log10(end / maximumCount));
+  const double exponent = std::floor(std::log10(end / maximumCount));
   double step = 0;
   for (const double factor : {1.0, 2.0, 5.0, 10.0}) {
-    step = factor * std::pow(10, power);
+    step = factor * std::pow(10, exponent);
     if (end / step <= maximumCount) {
       break;
     }
@@ -107,24 +107,25 @@ class Drawing {
 
   std::string draw() {
     drawHeader();
-    const double top = bottom_;
+    const double top = bottomEdge_;
     for (const KeyWindowSpans& keyWindow : timeline_.keyWindows()) {
       drawBand(keyWindow.window + " is key", "key", keyWindow.spans);
     }
-    drawBand("covered", "cover", timeline_.coveredSpans());
+    drawBand("cover is shown", "cover", timeline_.coveredSpans());
     drawCountdown();
-    for (const LaneStyle& lane : kLanes) {
-      drawMarks(lane);
+    for (const LaneStyle& laneStyle : kLanes) {
+      drawMarks(laneStyle);
     }
     // The background and the grid must come first in the document. Their height is known only after
     // the lanes have been drawn.
     Svg picture;
-    picture.addRect("paper", {.x = 0, .y = 0, .width = kWidth, .height = bottom_ + kMargin});
-    for (const AxisTick& tick : axisTicks(duration_, kMaximumTimeTicks)) {
-      picture.addLine("line", {xOf(tick.value), top}, {xOf(tick.value), bottom_});
+    picture.addRect("background",
+                    {.x = 0, .y = 0, .width = kWidth, .height = bottomEdge_ + kMargin});
+    for (const AxisTick& tick : axisTicks(duration_, kTimeAxisTickLimit)) {
+      picture.addLine("line", {xOf(tick.value), top}, {xOf(tick.value), bottomEdge_});
     }
     picture.append(svg_);
-    return picture.document(kWidth, bottom_ + kMargin, "Timeline of " + title_, kStyleSheet);
+    return picture.document(kWidth, bottomEdge_ + kMargin, "Timeline of " + title_, kStyleSheet);
   }
 
  private:
@@ -143,27 +144,27 @@ class Drawing {
     drawText("title", {kMargin, kMargin + kTitleSize / 2}, Svg::Anchor::Start,
              shorten(title_, kTitleSize, kWidth - 2 * kMargin));
     const double middle = kMargin + kTitleSize + kRowHeight;
-    drawText("quiet", {kMargin, middle}, Svg::Anchor::Start, "time");
-    for (const AxisTick& tick : axisTicks(duration_, kMaximumTimeTicks)) {
+    drawText("muted", {kMargin, middle}, Svg::Anchor::Start, "time");
+    for (const AxisTick& tick : axisTicks(duration_, kTimeAxisTickLimit)) {
       const double maximumX = kWidth - kMargin / 2 - textWidth(tick.text, kFontSize) / 2;
-      drawText("quiet", {std::min(xOf(tick.value), maximumX), middle}, Svg::Anchor::Middle,
+      drawText("muted", {std::min(xOf(tick.value), maximumX), middle}, Svg::Anchor::Middle,
                tick.text);
     }
-    bottom_ = middle + kRowHeight / 2;
+    bottomEdge_ = middle + kRowHeight / 2;
   }
 
   // Draws the line above a lane and the name of the lane. Returns the vertical centre of the
   // first row of the lane.
   double beginLane(std::string_view name) {
-    svg_.addLine("line", {kMargin, bottom_}, {kWidth - kMargin / 2, bottom_});
-    const double middle = bottom_ + kLanePadding + kRowHeight / 2;
-    drawText("name", {kMargin, middle}, Svg::Anchor::Start,
+    svg_.addLine("line", {kMargin, bottomEdge_}, {kWidth - kMargin / 2, bottomEdge_});
+    const double middle = bottomEdge_ + kLanePadding + kRowHeight / 2;
+    drawText("lane-name", {kMargin, middle}, Svg::Anchor::Start,
              shorten(name, kFontSize, kLeft - kMargin - 2 * kMarkRadius));
     return middle;
   }
 
   void drawEmptyLane(double middle) {
-    drawText("quiet label", {kLeft + kLabelGap, middle}, Svg::Anchor::Start, "none");
+    drawText("muted label", {kLeft + kMinimumLabelSpacing, middle}, Svg::Anchor::Start, "none");
   }
 
   void drawBand(std::string_view name, std::string_view styleClass,
@@ -178,7 +179,7 @@ class Drawing {
     if (spans.empty()) {
       drawEmptyLane(middle);
     }
-    bottom_ = middle + kRowHeight / 2 + kLanePadding;
+    bottomEdge_ = middle + kRowHeight / 2 + kLanePadding;
   }
 
   void drawCountdown() {
@@ -186,19 +187,21 @@ class Drawing {
     const auto& countdown = timeline_.countdown();
     if (countdown.empty()) {
       drawEmptyLane(topRowMiddle);
-      bottom_ = topRowMiddle + kRowHeight / 2 + kLanePadding;
+      bottomEdge_ = topRowMiddle + kRowHeight / 2 + kLanePadding;
       return;
     }
     const double maximum =
         std::ranges::max(countdown, {}, &CountdownSegment::timeLeftAtStart).timeLeftAtStart;
-    const double bottom = topRowMiddle + kRowHeight + kChartHeight;
-    const auto yOf = [&](double timeLeft) { return bottom - kChartHeight * (timeLeft / maximum); };
-    for (const AxisTick& tick : axisTicks(maximum, kMaximumTimeLeftTicks)) {
+    const double chartBottom = topRowMiddle + kRowHeight + kChartHeight;
+    const auto yOf = [&](double timeLeft) {
+      return chartBottom - kChartHeight * (timeLeft / maximum);
+    };
+    for (const AxisTick& tick : axisTicks(maximum, kTimeLeftAxisTickLimit)) {
       const double y = yOf(tick.value);
-      svg_.addLine(tick.value == 0 ? "frame" : "line", {kLeft, y}, {kRight, y});
-      drawText("quiet", {kLeft - kLabelGap, y}, Svg::Anchor::End, tick.text);
+      svg_.addLine(tick.value == 0 ? "axis" : "line", {kLeft, y}, {kRight, y});
+      drawText("muted", {kLeft - kMinimumLabelSpacing, y}, Svg::Anchor::End, tick.text);
     }
-    drawText("quiet label", {kLeft + kLabelGap, topRowMiddle}, Svg::Anchor::Start,
+    drawText("muted label", {kLeft + kMinimumLabelSpacing, topRowMiddle}, Svg::Anchor::Start,
              "solid: counting down, dashed: paused");
     // Adjacent segments of one kind are drawn as one path.
     for (auto segment = countdown.begin(); segment != countdown.end();) {
@@ -212,25 +215,26 @@ class Drawing {
         points.push_back({xOf(segment->span.end), yOf(segment->timeLeftAtEnd)});
         end = segment->span.end;
       }
-      svg_.addPath(isCountingDown ? "falls" : "waits", points);
+      svg_.addPath(isCountingDown ? "counting-down" : "paused", points);
     }
-    bottom_ = bottom + kRowHeight / 2 + kLanePadding;
+    bottomEdge_ = chartBottom + kRowHeight / 2 + kLanePadding;
   }
 
-  void drawMarks(const LaneStyle& lane) {
-    const double middle = beginLane(lane.name);
-    LabelLayout layout(kWidth - kMargin / 2, kMarkRadius, kLabelGap);
+  void drawMarks(const LaneStyle& laneStyle) {
+    const double middle = beginLane(laneStyle.name);
+    LabelLayout layout(kWidth - kMargin / 2, kMarkRadius, kMinimumLabelSpacing);
     for (const TimelineMark& mark : timeline_.marks()) {
-      if (mark.lane != lane.lane) {
+      if (mark.lane != laneStyle.lane) {
         continue;
       }
-      const std::string text = shorten(mark.text, kFontSize, kLongestLabel);
+      const std::string text = shorten(mark.text, kFontSize, kMaximumLabelWidth);
       const double x = xOf(mark.time);
-      const LabelPosition position = layout.place(x, kLabelDistance + textWidth(text, kFontSize));
+      const LabelPosition position =
+          layout.place(x, kMarkToLabelDistance + textWidth(text, kFontSize));
       const double y = middle + static_cast<double>(position.row) * kRowHeight;
       const bool isRightOfMark = position.side == LabelPosition::Side::Right;
-      const double distance = kMarkRadius + kLabelDistance;
-      svg_.addCircle(lane.styleClass, {x, y}, kMarkRadius);
+      const double distance = kMarkRadius + kMarkToLabelDistance;
+      svg_.addCircle(laneStyle.styleClass, {x, y}, kMarkRadius);
       drawText("label", {isRightOfMark ? x + distance : x - distance, y},
                isRightOfMark ? Svg::Anchor::Start : Svg::Anchor::End, text);
     }
@@ -238,14 +242,14 @@ class Drawing {
       drawEmptyLane(middle);
     }
     const double rows = static_cast<double>(std::max<std::size_t>(layout.rowCount(), 1));
-    bottom_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
+    bottomEdge_ = middle + (rows - 0.5) * kRowHeight + kLanePadding;
   }
 
   const Timeline& timeline_;
   std::string title_;
   double duration_;  // in seconds
   Svg svg_;
-  double bottom_ = 0;  // the bottom edge of the elements drawn so far
+  double bottomEdge_ = 0;  // the bottom edge of the elements drawn so far
 };
 
 }  // namespace

@@ -127,21 +127,21 @@ class Timeline(unittest.TestCase):
         kinds = "Request Script HostCall Refusal WindowStyle Dismissal Event"
         self.assertEqual(classes, set(kinds.split()))
         classes = {element.get("class") for element in svg.iter(SVG + "rect")}
-        self.assertEqual(classes, {"paper", "key", "cover"})
+        self.assertEqual(classes, {"background", "key", "cover"})
 
     def test_both_colour_schemes_have_every_colour(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
-        # The classes "name" and "label" set no fill, so the rule "text" gives the colour of their
-        # texts.
+        # The classes "lane-name" and "label" set no fill, so the rule "text" gives the colour of
+        # their texts.
         filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
                             if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light_scheme, dark_scheme:
             rules = dict(re.findall(r"([^{}\n]+)\{([^{}]*)\}", scheme))
             for selector in filled_selectors:
                 self.assertRegex(rules[selector], r"fill:#\w+")
-        self.assertEqual(svg.find(SVG + "rect").attrib["class"], "paper")
+        self.assertEqual(svg.find(SVG + "rect").attrib["class"], "background")
         self.assertEqual(svg.find(SVG + "rect").attrib["width"], svg.get("width"))
         self.assertEqual(svg.find(SVG + "rect").attrib["height"], svg.get("height"))
 
