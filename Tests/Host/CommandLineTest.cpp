@@ -37,7 +37,7 @@ TEST(CommandLineTest, HelpNamesTheCommands) {
   EXPECT_EQ(result.errors, "");
 }
 
-TEST(CommandLineTest, ShowHasItsOwnHelp) {
+TEST(CommandLineTest, ShowHelpListsTheOptionsOfShow) {
   const Result result = run({"show", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, HasSubstr("--duration SECONDS=5 "));
@@ -89,11 +89,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"NegativeSize", {"show", "--size", "-1x720"}, "-1x720"},
         BadUsage{"SizeWithoutHeight", {"show", "--size", "1280"}, "1280"},
         BadUsage{"SizeWithThreeNumbers", {"show", "--size", "1280x720x2"}, "1280x720x2"},
-        BadUsage{"SizeIsNotWhole", {"show", "--size", "1280x7.5"}, "1280x7.5"},
+        BadUsage{"SizeWithAFraction", {"show", "--size", "1280x7.5"}, "1280x7.5"},
         BadUsage{"EmptySize", {"show", "--size", ""}, "--size"},
-        BadUsage{"SizeTooLarge", {"show", "--size", "99999999999x1"}, "99999999999x1"},
-        BadUsage{"WindowIsNotANumber", {"show", "--window", "player"}, "'player'"},
-        BadUsage{"WindowWithOtherCharacters", {"show", "--window", "0x12g"}, "'0x12g'"},
+        BadUsage{"TooLargeSize", {"show", "--size", "99999999999x1"}, "99999999999x1"},
+        BadUsage{"WindowThatIsNotANumber", {"show", "--window", "player"}, "'player'"},
+        BadUsage{"WindowWithANonHexadecimalDigit", {"show", "--window", "0x12g"}, "'0x12g'"},
         BadUsage{"WindowWithoutDigits", {"show", "--window", "0x"}, "'0x'"},
         BadUsage{"NegativeWindow", {"show", "--window", "-5"}, "'-5'"},
         BadUsage{"WindowWithASize", {"show", "--window", "5", "--size", "2x2"}, "--size"},
@@ -103,14 +103,12 @@ INSTANTIATE_TEST_SUITE_P(
         BadUsage{"ScreenshotOnTheHeadlessDisplay",
                  {"show", "--screenshot", "x.png", "--display", "headless"},
                  "--screenshot: needs --display x11"},
-        BadUsage{"SkipAfterText", {"show", "--mode", "skip", "--skip-after", "x"}, "--skip-after"},
+        BadUsage{"SkipAfterAWord", {"show", "--mode", "skip", "--skip-after", "x"}, "--skip-after"},
         BadUsage{
-            "SkipAfterNegative", {"show", "--mode", "skip", "--skip-after", "-1"}, "--skip-after"},
-        BadUsage{"SkipAfterNotANumber",
-                 {"show", "--mode", "skip", "--skip-after", "nan"},
-                 "--skip-after"},
+            "NegativeSkipAfter", {"show", "--mode", "skip", "--skip-after", "-1"}, "--skip-after"},
+        BadUsage{"SkipAfterNaN", {"show", "--mode", "skip", "--skip-after", "nan"}, "--skip-after"},
         BadUsage{
-            "SkipAfterInfinite", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
+            "InfiniteSkipAfter", {"show", "--mode", "skip", "--skip-after", "inf"}, "--skip-after"},
         BadUsage{"SkipAfterInForcedMode", {"show", "--skip-after", "1"}, "needs --mode skip"},
         BadUsage{"EventsFileThatCannotBeWritten",
                  {"show", "--events", "/nonexistent/file"},

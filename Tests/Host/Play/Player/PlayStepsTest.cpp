@@ -52,7 +52,7 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNullResult));
 }
 
-TEST(PlayStepsTest, NumbersTextsAndBooleansBecomeTheInterval) {
+TEST(PlayStepsTest, TheDurationMayBeANumberATextOrTrue) {
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
   EXPECT_EQ(intervalFor("-9223372036854775808"), -9223372036854775808.0);
@@ -83,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam().value), nullptr); }
 
-TEST(PlayStepsTest, ArraysAndNumbersAreNotTexts) {
+TEST(PlayStepsTest, ArrayAsModeIsIgnoredAndNumberAsEventIsRefused) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"mode":["skip"],"event":5,"max_duration_time":5}})");
   EXPECT_THAT(linesOfKind(trace, "log"),
@@ -91,7 +91,7 @@ TEST(PlayStepsTest, ArraysAndNumbersAreNotTexts) {
   EXPECT_EQ(lastInspection(trace)["configuration"]["skipMode"], false);
 }
 
-TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeItsContentIsLoaded) {
+TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeTheContentIsLoaded) {
   const Lines trace = play(
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"})");
   EXPECT_THAT(linesAfter(trace, "request"),
@@ -100,15 +100,15 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeItsContentIsLoaded)
 }
 
 TEST(PlayStepsTest, RequestWhileCoveredReturnsTheTemporaryContent) {
-  const std::string request =
+  const std::string coverAndRequestSteps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
-  const Lines trace = play(request, 0, kHostWithController);
+  const Lines trace = play(coverAndRequestSteps, 0, kHostWithController);
   EXPECT_THAT(linesAfter(trace, "request"),
               ElementsAre(R"("answer":{"contentDataForContentRequest:":"temporary"}})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["tempContent"], true);
   for (const char* content : {"main", "temporary"}) {
     const Lines viewTrace =
-        play(request + R"(,{"do":"contentView","content":")" + content + R"("})", 0,
+        play(coverAndRequestSteps + R"(,{"do":"contentView","content":")" + content + R"("})", 0,
              kHostWithController);
     EXPECT_THAT(linesAfter(viewTrace, "contentView"),
                 ElementsAre(R"("answer":{"contentViewForContentData:":"main"}})"));
@@ -143,23 +143,23 @@ TEST(PlayStepsTest, PresentWithoutWindowShowsNothing) {
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], nullptr);
 }
 
-struct HostMode {
+struct ModePair {
   int hostMode;
-  int presentationMode;
-  friend void PrintTo(const HostMode& mode, std::ostream* out) { *out << mode.hostMode; }
+  int libraryMode;
+  friend void PrintTo(const ModePair& modes, std::ostream* out) { *out << modes.hostMode; }
 };
 
-class PresentModeTest : public testing::TestWithParam<HostMode> {};
+class PresentModeTest : public testing::TestWithParam<ModePair> {};
 
 INSTANTIATE_TEST_SUITE_P(HostModes, PresentModeTest,
-                         testing::Values(HostMode{0, 0}, HostMode{1, 2}, HostMode{2, 1},
-                                         HostMode{-1, 2}));
+                         testing::Values(ModePair{0, 0}, ModePair{1, 2}, ModePair{2, 1},
+                                         ModePair{-1, 2}));
 
-TEST_P(PresentModeTest, BecomesAModeOfTheLibrary) {
+TEST_P(PresentModeTest, HostModeSelectsTheModeOfTheLibrary) {
   const Lines trace = play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
                            R"({"do":"present","window":"player","mode":)" +
                            std::to_string(GetParam().hostMode) + "}");
-  EXPECT_EQ(lastInspection(trace)["controller"]["presentationMode"], GetParam().presentationMode);
+  EXPECT_EQ(lastInspection(trace)["controller"]["presentationMode"], GetParam().libraryMode);
 }
 
 TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
@@ -224,15 +224,16 @@ TEST(PlayStepsTest, SendRecordsTheEvent) {
 
 TEST(PlayStepsTest, SendSubscribesAgain) {
   // With a second registration, the deferred dismissal in skip mode runs twice.
-  const std::string leaveSteps =
+  const std::string refusedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false},)"
       R"({"do":"dismiss","by":"manager"},)";
-  const std::string returnStep = R"({"do":"makeKey","window":"player"})";
+  const std::string makeKeyStep = R"({"do":"makeKey","window":"player"})";
   const std::string subscribeStep = R"({"do":"send","operation":"subscribeAppLifecycle"},)";
-  EXPECT_EQ(linesOfKind(play(leaveSteps + returnStep), "host").size(), 3U);
-  EXPECT_EQ(linesOfKind(play(leaveSteps + subscribeStep + returnStep), "host").size(), 4U);
+  EXPECT_EQ(linesOfKind(play(refusedDismissalSteps + makeKeyStep), "host").size(), 3U);
+  EXPECT_EQ(linesOfKind(play(refusedDismissalSteps + subscribeStep + makeKeyStep), "host").size(),
+            4U);
 }
 
 TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
@@ -272,18 +273,19 @@ TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
     }
     std::size_t constraintCount = 0;
   };
-  const std::string steps =
+  const std::string scenarioStart =
       R"({"steps":[)" + coverThen(R"({"do":"send","operation":"createActivityIndicator"})");
-  const auto constraintsAfter = [](const std::string& text) {
-    const Scenario scenario = readScenario(text);
+  const auto constraintsAfter = [](const std::string& scenarioText) {
+    const Scenario scenario = readScenario(scenarioText);
     ConstraintCounter counter;
     Player(scenario, counter).play();
     return counter.constraintCount;
   };
-  EXPECT_EQ(constraintsAfter(steps + "]}"), 0U);
-  EXPECT_EQ(constraintsAfter(
-                steps + R"(,{"do":"send","operation":"createConstraintsActivityIndicator"}]})"),
-            4U);
+  EXPECT_EQ(constraintsAfter(scenarioStart + "]}"), 0U);
+  EXPECT_EQ(
+      constraintsAfter(scenarioStart +
+                       R"(,{"do":"send","operation":"createConstraintsActivityIndicator"}]})"),
+      4U);
 }
 
 // Configure
@@ -360,11 +362,11 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
 }
 
 TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
-  const std::string refusingDelegate =
+  const std::string refusingDelegateStep =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
-  const std::string skipStep = R"(,{"do":"configure","skipMode":true},)";
+  const std::string skipModeStep = R"(,{"do":"configure","skipMode":true},)";
   const Lines trace =
-      play(coverThen(refusingDelegate + skipStep + R"({"do":"dismiss","by":"manager"})"));
+      play(coverThen(refusingDelegateStep + skipModeStep + R"({"do":"dismiss","by":"manager"})"));
   EXPECT_THAT(linesAfter(trace, "dismiss"),
               ElementsAre(R"("host":"canContentViewDisappear:","answer":false})"));
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
@@ -424,9 +426,9 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 }
 
 TEST(PlayStepsTest, WindowHasItsClassAndParent) {
-  // Under a modal launch screen, the countdown runs if the key window or its parent has the class
-  // PlayerWindow, which is the default class of a window.
-  const auto isPausedBy = [](const std::string& window) {
+  // While a modal launch screen is shown, the countdown pauses unless the key window, or the parent
+  // of the key window, has the class PlayerWindow. PlayerWindow is the default class of a window.
+  const auto keyWindowPausesCountdown = [](const std::string& window) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + window +
                  R"(},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
@@ -434,9 +436,9 @@ TEST(PlayStepsTest, WindowHasItsClassAndParent) {
                  R"({"do":"makeKey","window":"other"})",
              0))["manager"]["appIsUnfocused"];
   };
-  EXPECT_EQ(isPausedBy(""), false);
-  EXPECT_EQ(isPausedBy(R"(,"className":"ToolWindow")"), true);
-  EXPECT_EQ(isPausedBy(R"(,"className":"ToolWindow","parent":"player")"), false);
+  EXPECT_EQ(keyWindowPausesCountdown(""), false);
+  EXPECT_EQ(keyWindowPausesCountdown(R"(,"className":"ToolWindow")"), true);
+  EXPECT_EQ(keyWindowPausesCountdown(R"(,"className":"ToolWindow","parent":"player")"), false);
 }
 
 TEST(PlayStepsTest, WindowHasItsContentViewController) {
@@ -467,7 +469,7 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
 }
 
-TEST(PlayStepsTest, MakeKeyMakesAWindowOnScreenKey) {
+TEST(PlayStepsTest, MakeKeyHasAnEffectOnlyOnAWindowOnScreen) {
   EXPECT_THAT(linesAfter(play(R"({"do":"openWindow","name":"b"},{"do":"makeKey","window":"b"})"),
                          "makeKey"),
               ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
@@ -502,13 +504,13 @@ TEST(PlayStepsTest, ResignKeyLeavesNoKeyWindow) {
   EXPECT_EQ(lastInspection(trace)["application"]["mainWindow"], "player");
 }
 
-TEST(PlayStepsTest, ActivatedApplicationRestoresItsKeyWindow) {
+TEST(PlayStepsTest, ActivateAppRestoresTheKeyWindow) {
   const Lines trace = play(R"({"do":"deactivateApp"},{"do":"deactivateApp"},{"do":"activateApp"})");
   EXPECT_THAT(linesOfKind(trace, "resignKey"), ElementsAre(R"("resignKey":"player"})"));
   EXPECT_THAT(linesAfter(trace, "activateApp"), ElementsAre(R"("becomeKey":"player"})"));
 }
 
-TEST(PlayStepsTest, StopModalEndsTheNewestRun) {
+TEST(PlayStepsTest, StopModalEndsTheModalSession) {
   const std::string modalSteps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
       R"({"do":"present","window":"player","mode":2})";
@@ -519,7 +521,7 @@ TEST(PlayStepsTest, StopModalEndsTheNewestRun) {
   EXPECT_EQ(play(R"({"do":"stopModal"})").size(), 2U);
 }
 
-TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesIt) {
+TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesTheNewestSheet) {
   const std::string presentSteps = coverThen(R"({"do":"presentOver"})");
   const Lines presentedTrace = play(presentSteps);
   EXPECT_THAT(linesAfter(presentedTrace, "presentOver"),
@@ -569,7 +571,7 @@ TEST(PlayStepsTest, InspectChangesNothing) {
 
 // Time
 
-TEST(PlayStepsTest, WorkThatIsDueAtTheTimeOfAStepRunsBeforeIt) {
+TEST(PlayStepsTest, WorkThatIsDueAtTheTimeOfAStepRunsBeforeTheStep) {
   const Lines trace = play(coverThen(R"({"at":0.1,"do":"resignKey"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("tick":4.9})"));
 }
@@ -588,7 +590,7 @@ TEST(PlayStepsTest, StepWithoutTimeHasTheTimeOfThePreviousStep) {
   EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
 }
 
-TEST(PlayStepsTest, PlayDoesNotEndBeforeItsLastStep) {
+TEST(PlayStepsTest, PlayDoesNotEndBeforeTheLastStep) {
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
               testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),
