@@ -190,11 +190,14 @@ bool ShowSession::update() {
       showTimeLeft();
     }
   }
+  reportCovered();
   reportUncovered();
   if (isUncovered_ && !outcome_) {
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
-      if (needsScreenshot_) {
+      if (!hasBeenOnScreen_) {
+        outcome_ = ShowOutcome{kExitFailure, "the launch screen was never on the screen"};
+      } else if (needsScreenshot_) {
         outcome_ = ShowOutcome{kExitFailure,
                                "no screenshot: the launch screen ended before half of its time"};
       }
@@ -233,8 +236,8 @@ void ShowSession::shutDown() {
 
 void ShowSession::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (&controller == cover_.get() && method == LifeCycleMethod::DidAppear) {
-    wasCovered_ = true;
-    report("covered");
+    hasAppeared_ = true;
+    reportCovered();
   }
 }
 
@@ -322,10 +325,18 @@ bool ShowSession::isCovering() const {
   return cover_ != nullptr && send(cover_->view()->window(), &NSWindow::isVisible);
 }
 
+void ShowSession::reportCovered() {
+  if (hasAppeared_ && !hasBeenOnScreen_ && isCovering() &&
+      NSApp->windowSystem().isSceneOnScreen(cover_->view()->window()->handle())) {
+    hasBeenOnScreen_ = true;
+    report("covered");
+  }
+}
+
 void ShowSession::reportUncovered() {
-  if (wasCovered_ && !isUncovered_ && !isCovering()) {
+  if (hasAppeared_ && !isUncovered_ && !isCovering()) {
     isUncovered_ = true;
-    report("uncovered");
+    report(hasBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");
   }
 }
 

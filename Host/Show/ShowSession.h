@@ -82,6 +82,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void showTimeLeft();
   // True if the view of the launch screen is in a visible window.
   [[nodiscard]] bool isCovering() const;
+  // Reports the first moment at which the launch screen is on the screen.
+  void reportCovered();
+  // Reports the removal of the launch screen.
   void reportUncovered();
 
   ShowOptions options_;
@@ -102,7 +105,8 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
   double totalTime_ = 0;
   CountdownState countdown_ = CountdownState::Running;
-  bool wasCovered_ = false;
+  bool hasAppeared_ = false;      // the view of the launch screen has appeared
+  bool hasBeenOnScreen_ = false;  // the window system has shown the launch screen
   bool areControlsRemoved_ = false;
   bool isDismissed_ = false;
   bool isUncovered_ = false;

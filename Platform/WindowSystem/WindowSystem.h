@@ -173,6 +173,12 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// input to all windows again.
   virtual void setModalWindow(WindowHandle window) = 0;
 
+  /// Returns true if the window's scene is on the screen, even if other windows obscure it. Returns
+  /// false for an empty scene, and while the window or the windows that show the scene are not
+  /// mapped. A back end that cannot find out returns true. May block for a round trip to the window
+  /// system.
+  virtual bool isSceneOnScreen(WindowHandle /*window*/) { return true; }
+
   /// Captures the screen within the window's frame, including windows that obscure the window.
   /// Returns `std::nullopt` if the back end has no screen or the window is not on the screen.
   /// Blocks for a round trip to the window system.

@@ -51,6 +51,7 @@ void Conformance::callEveryOperation(WindowHandle window) {
   system().orderOut(window);
   system().releaseWindow(window);
   EXPECT_FALSE(system().picture(window).has_value());
+  system().isSceneOnScreen(window);
 }
 
 namespace {
@@ -237,6 +238,12 @@ TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
              picture->pixels == expected;
     }));
   }
+}
+
+TEST_P(Conformance, ASceneOfAWindowOnTheScreenIsOnTheScreen) {
+  const WindowHandle window = openFocused();
+  system().setScene(window, {{.kind = SceneItem::Kind::Fill, .frame = kFrame, .color = {}}});
+  EXPECT_TRUE(deliverUntil(system(), [&] { return system().isSceneOnScreen(window); }));
 }
 
 TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {

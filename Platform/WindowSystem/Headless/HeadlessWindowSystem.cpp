@@ -101,6 +101,11 @@ void HeadlessWindowSystem::setScene(WindowHandle window, const Scene& scene) {
   }
 }
 
+bool HeadlessWindowSystem::isSceneOnScreen(WindowHandle window) {
+  const Window* const state = findWindow(window);
+  return state != nullptr && state->isOnScreen && !state->scene.empty() && !hidesScenes_;
+}
+
 void HeadlessWindowSystem::userMovesFocusAway() {
   focus_ = WindowHandle::None;
   if (delegate_ != nullptr) {

@@ -39,6 +39,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setMovableByBackground(WindowHandle window, bool isMovable) override;
   void setScene(WindowHandle window, const Scene& scene) override;
   void setModalWindow(WindowHandle window) override { modalWindow_ = window; }
+  bool isSceneOnScreen(WindowHandle window) override;
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   /// Moves the focus away from the application's windows without deactivating the application.
@@ -47,6 +48,8 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void setIgnoresFocusRequests(bool ignoresFocusRequests) {
     ignoresFocusRequests_ = ignoresFocusRequests;
   }
+  /// While true, no scene is on the screen, as if the server did not map the windows.
+  void setHidesScenes(bool hidesScenes) { hidesScenes_ = hidesScenes; }
   /// These two operations switch from the application to another application, and back.
   void userDeactivatesApplication();
   void userActivatesApplication();
@@ -79,6 +82,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   WindowHandle focus_ = WindowHandle::None;
   WindowHandle modalWindow_ = WindowHandle::None;
   bool ignoresFocusRequests_ = false;
+  bool hidesScenes_ = false;
 };
 
 }  // namespace vel

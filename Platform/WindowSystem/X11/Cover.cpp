@@ -43,6 +43,23 @@ bool fills(PixelRect child, PixelRect window) {
          child.y + child.height >= window.height;
 }
 
+// Sends all requests before it waits for the first reply, so it blocks for one round trip. Logs no
+// errors, because another client can destroy the windows.
+bool areViewable(Connection& connection, const std::vector<xcb_window_t>& windows) {
+  std::vector<xcb_get_window_attributes_cookie_t> cookies;
+  for (const xcb_window_t window : windows) {
+    cookies.push_back(xcb_get_window_attributes(connection.get(), window));
+  }
+  bool areAllViewable = true;
+  for (const xcb_get_window_attributes_cookie_t cookie : cookies) {
+    const XcbPointer<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(connection.get(), cookie, nullptr));
+    areAllViewable =
+        areAllViewable && reply != nullptr && reply->map_state == XCB_MAP_STATE_VIEWABLE;
+  }
+  return areAllViewable;
+}
+
 unsigned spokeAt(Nanoseconds now) {
   return static_cast<unsigned>(now / Spinner::kFrameInterval % Spinner::kSpokes);
 }
@@ -287,6 +304,22 @@ bool Cover::isMapped() const {
   return !panes_.empty() && std::ranges::all_of(panes_, [](const Pane& pane) {
     return pane.isInOverlay || !pane.child.isOpen() || pane.child.state == ChildState::Mapped;
   });
+}
+
+bool Cover::isViewable() const {
+  if (panes_.empty()) {
+    return false;
+  }
+  std::vector<xcb_window_t> windows{window_};  // the overlay can be mapped while its window is not
+  if (usesOverlay_) {
+    windows.push_back(overlay_->window());
+  }
+  for (const Pane& pane : panes_) {
+    if (pane.isInOverlay == usesOverlay_ && pane.child.isOpen()) {
+      windows.push_back(pane.child.window);
+    }
+  }
+  return areViewable(connection_, windows);
 }
 
 Nanoseconds Cover::mapDeadline() const {

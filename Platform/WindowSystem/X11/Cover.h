@@ -52,6 +52,9 @@ class Cover final : public NonCopyable {
   /// Returns true if the server has mapped all children that show the scene. Returns false if the
   /// scene is empty.
   [[nodiscard]] bool isMapped() const;
+  /// Returns true if the windows that show the scene and all their ancestors are mapped. Returns
+  /// false if the scene is empty. Blocks for a round trip.
+  [[nodiscard]] bool isViewable() const;
   /// The time by which the server should have mapped the children that show the scene. `kNever` if
   /// all these children are mapped, or if the scene is empty.
   [[nodiscard]] Nanoseconds mapDeadline() const;

@@ -402,6 +402,11 @@ void X11WindowSystem::setModalWindow(WindowHandle handle) {
   }
 }
 
+bool X11WindowSystem::isSceneOnScreen(WindowHandle handle) {
+  const Window* const window = windows_.find(handle);
+  return window != nullptr && window->cover->isViewable();
+}
+
 std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
   const Window* const window = windows_.find(handle);
   if (window == nullptr || !window->isOnScreen()) {

@@ -48,6 +48,7 @@ class X11WindowSystem final : public WindowSystem {
   void setMovableByBackground(WindowHandle handle, bool isMovable) override;
   void setScene(WindowHandle handle, const Scene& scene) override;
   void setModalWindow(WindowHandle handle) override;
+  bool isSceneOnScreen(WindowHandle handle) override;
   std::optional<WindowPicture> picture(WindowHandle handle) override;
 
  private:

@@ -312,6 +312,27 @@ TEST_F(ShowSessionTest, PlayerThatClosesBeforeItIsKeyIsReported) {
   EXPECT_EQ(runToEnd().failure, "the player window was closed");
 }
 
+TEST_F(ShowSessionTest, CoverIsReportedWhenItIsOnTheScreen) {
+  platform.windowSystem().setHidesScenes(true);
+  start();
+  run(0.55);
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("covered")));
+  platform.windowSystem().setHidesScenes(false);
+  EXPECT_EQ(runToEnd().status, kExitSuccess);
+  EXPECT_THAT(out.str(), testing::HasSubstr("   0.550 s  covered\n"));
+  EXPECT_THAT(out.str(), testing::EndsWith("   3.000 s  uncovered\n"));
+}
+
+TEST_F(ShowSessionTest, CoverThatIsNeverOnTheScreenIsAFailure) {
+  platform.windowSystem().setHidesScenes(true);
+  start();
+  const ShowOutcome outcome = runToEnd();
+  EXPECT_EQ(outcome.status, kExitFailure);
+  EXPECT_EQ(outcome.failure, "the launch screen was never on the screen");
+  EXPECT_THAT(out.str(), testing::EndsWith("   3.000 s  closed before it was on the screen\n"));
+  EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("covered")));
+}
+
 TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   options.window = 77;
   start();

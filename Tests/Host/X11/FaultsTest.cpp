@@ -96,6 +96,40 @@ TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
   expectRestored();
 }
 
+// A window manager that maps no windows. The test maps them instead.
+class X11ShowUnmapped : public X11ShowFaults {
+ protected:
+  void SetUp() override {
+    client.selectEvents(client.root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+    game = client.openGameWindow(kGameFrame, kGreen);
+    show = std::make_unique<ShowProcess>(
+        server, std::vector<std::string>{"--window", std::to_string(game), "--present", "modal",
+                                         "--mode", "skip", "--duration", "600"});
+    ASSERT_TRUE(show->waitForOutput("s left")) << show->output();
+    modal = client.findWindow("NSWindow");
+    ASSERT_NE(modal, 0U);
+    EXPECT_THAT(show->output(), Not(HasSubstr("covered")));
+  }
+
+  xcb_window_t modal = 0;
+};
+
+TEST_F(X11ShowUnmapped, IsReportedAsCoveredOnlyWhenItIsWhite) {
+  client.map(modal);
+  ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
+  EXPECT_TRUE(client.screenPicture(modal).isAll(kWhite));
+  show->sendSignal(SIGTERM);
+  EXPECT_EQ(show->wait(), 128 + SIGTERM) << show->output();
+  EXPECT_THAT(show->output(), HasSubstr("uncovered\n"));
+}
+
+TEST_F(X11ShowUnmapped, IsReportedAsNeverOnTheScreen) {
+  show->sendSignal(SIGTERM);
+  EXPECT_EQ(show->wait(), 128 + SIGTERM) << show->output();
+  EXPECT_THAT(show->output(), Not(HasSubstr("covered")));
+  EXPECT_THAT(show->output(), HasSubstr("closed before it was on the screen\n"));
+}
+
 TEST_F(X11ShowFaults, ALostDisplayPrintsOneLine) {
   cover(Manager::None, {"--duration", "600"});
   server.kill();

@@ -33,6 +33,43 @@ TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndNowhereElse) {
   EXPECT_EQ(client.screenPicture(PixelRect{0, 0, 1280, 960}), screenBefore);
 }
 
+TEST_F(X11Cover, IsOnTheScreenWhileTheWindowIsMapped) {
+  EXPECT_FALSE(system().isSceneOnScreen(handle));
+  cover();
+  EXPECT_TRUE(system().isSceneOnScreen(handle));
+  client.unmap(game);
+  EXPECT_FALSE(system().isSceneOnScreen(handle));
+  client.map(game);
+  EXPECT_TRUE(waitFor([this] { return system().isSceneOnScreen(handle); }));
+  EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
+}
+
+TEST_F(X11Cover, IsNotOnTheScreenInAnOwnWindowThatIsHidden) {
+  const WindowHandle own =
+      openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
+  system().setScene(own, whiteScene({300, 200}));
+  EXPECT_TRUE(system().isSceneOnScreen(own));
+  system().orderOut(own);
+  EXPECT_FALSE(system().isSceneOnScreen(own));
+  system().releaseWindow(own);
+  EXPECT_FALSE(system().isSceneOnScreen(own));
+}
+
+TEST_F(X11Cover, IsNotOnTheScreenInADestroyedWindow) {
+  cover();
+  client.destroy(game);
+  EXPECT_FALSE(system().isSceneOnScreen(handle));
+  deliver();
+  EXPECT_FALSE(system().isSceneOnScreen(handle));
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_F(X11Cover, IsOnTheScreenAsSoonAsItIsShown) {
+  system().setScene(handle, whiteSceneWithIndicator(kSize));
+  EXPECT_TRUE(system().isSceneOnScreen(handle));
+  EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
+}
+
 TEST_F(X11Cover, DisappearsWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
