@@ -2,23 +2,9 @@
 
 #include <utility>
 
+#include "Bindings/C/TemporaryValue.h"
+
 namespace vel {
-
-namespace {
-
-/// Sets a variable to a value, and restores the previous value at the end of the scope.
-class TemporaryValue : NonCopyable {
- public:
-  TemporaryValue(std::size_t& variable, std::size_t value)
-      : variable_(variable), previousValue_(std::exchange(variable, value)) {}
-  ~TemporaryValue() { variable_ = previousValue_; }
-
- private:
-  std::size_t& variable_;
-  std::size_t previousValue_;
-};
-
-}  // namespace
 
 void CallbackQueue::add(Callback callback) {
   waitingCallbacks_.push_back(std::move(callback));

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Bindings/C/CallbackDelegate.h"
+#include "Bindings/C/TemporaryValue.h"
 #include "HostInterfaces/DictionaryRequest.h"
 #include "HostInterfaces/MetricsCenter.h"
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
@@ -230,13 +231,12 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
   presentedController_ = controller();
   isPresented_ = true;
   endReason_.reset();
-  isPresenting_ = true;
+  const TemporaryValue isPresenting(isPresenting_, true);
   const Strong<ContentView> view = manager_->contentViewForContentData(manager_->content());
   // The values of VelPresentation are the modes of the content framework.
   send(as<CVPresentationFullScreen>(view->presentation()),
        &CVPresentationFullScreen::presentForWindowWithPresentationMode, window_,
        static_cast<std::int32_t>(presentation));
-  isPresenting_ = false;
   return VEL_OK;
 }
 
@@ -261,9 +261,10 @@ void Session::dismissNow() {
   if (!isUp() || endReason_) {
     return;
   }
-  isHostDismissing_ = true;
-  manager_->dismissLaunchScreen();
-  isHostDismissing_ = false;
+  {
+    const TemporaryValue isHostDismissing(isHostDismissing_, true);
+    manager_->dismissLaunchScreen();
+  }
   delegate_->forgetDismissal();
 }
 

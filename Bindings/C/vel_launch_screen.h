@@ -314,6 +314,7 @@ VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* jso
  * VEL_NOTHING_TO_PRESENT: no request is loaded, the latest request has been presented, the window
  * has been closed, a sheet is requested for a window without a content controller, or a sheet or a
  * modal window is requested for a Wayland surface without its xdg_toplevel.
+ * VEL_INTERNAL_ERROR: the launch screen may be shown nevertheless; `ended` then reports its end.
  * VEL_BUSY: the caller is log_line, will_appear or may_disappear. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);
 
@@ -366,7 +367,9 @@ VEL_C_EXPORT VelStatus vel_next_deadline(VelLaunchScreen* screen, double* second
  *
  * VEL_INVALID_ARGUMENT: `seconds` is null. */
 VEL_C_EXPORT VelStatus vel_seconds_left(VelLaunchScreen* screen, double* seconds);
-/* This interface stores 1 in *up if the launch screen is shown, otherwise 0.
+/* This interface stores 1 in *up if the launch screen is shown, otherwise 0. A launch screen counts
+ * as shown from vel_present() until its removal, even while its windows are not on the screen. The
+ * library writes a log line if the X server has not mapped the cover after one second.
  *
  * VEL_INVALID_ARGUMENT: `up` is null. */
 VEL_C_EXPORT VelStatus vel_is_up(VelLaunchScreen* screen, int* up);

@@ -1,6 +1,7 @@
 // The library calls `ended` once for each presented launch screen, with the reason.
 #include <algorithm>
 #include <functional>
+#include <stdexcept>
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
@@ -59,6 +60,22 @@ TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_TIME_USED_UP));
     expectOnlyEnd(VEL_END_TIME_USED_UP);
   }
+}
+
+TEST_F(EndedTest, AnExceptionDuringThePresentationDoesNotDelayTheEnd) {
+  const VelRequest request = makeRequest("launch_end", 60, "skip");
+  ASSERT_EQ(vel_request(screen, &request), VEL_OK);
+  host.onCallback = [](const std::string& callback) {
+    if (callback == "will_appear") {
+      throw std::runtime_error("a fault of the host");
+    }
+  };
+  EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_INTERNAL_ERROR);
+  host.onCallback = nullptr;
+  EXPECT_TRUE(isUp());
+  EXPECT_EQ(endCount(), 0u);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  expectOnlyEnd(VEL_END_DISMISSED);
 }
 
 TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
