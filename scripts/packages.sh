@@ -14,8 +14,8 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   libglib2.0-dev libsdl2-dev doxygen
   # the X servers, window managers and programs of the tests on X11
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
-  xvfb metacity openbox xfwm4 icewm xdotool x11-apps x11-xserver-utils xterm mesa-utils xmahjongg
-  python3-xlib
+  xvfb metacity openbox xfwm4 icewm marco mate-settings-daemon-common fluxbox xdotool x11-apps
+  x11-xserver-utils xterm mesa-utils xmahjongg python3-xlib
   # the compositor of the tests on Wayland; setpriv of util-linux starts it
   sway util-linux)
 # The hosts and environments of scripts/hosts.sh.

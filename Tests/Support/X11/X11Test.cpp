@@ -17,6 +17,10 @@ std::vector<std::string> commandOf(Manager manager) {
       return {"xfwm4", "--compositor=off"};
     case Manager::IceWM:
       return {"icewm"};
+    case Manager::Marco:
+      return {"marco", "--sm-disable", "--no-composite"};
+    case Manager::Fluxbox:
+      return {"fluxbox"};
     default:
       return {"metacity", "--sm-disable"};
   }

@@ -17,7 +17,7 @@
 namespace vel::test {
 
 /// The window manager of a test. Each window manager keeps different controls of a covered window.
-enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM };
+enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM, Marco, Fluxbox };
 
 /// Starts a window manager and waits until it manages windows. `client` opens a window to check
 /// this.

@@ -17,10 +17,15 @@ namespace vel::test {
 namespace {
 
 // Without a compositor, the screen shows each drawing immediately, and windows have no shadows.
-constexpr std::string_view kMetacitySettings =
+constexpr std::string_view kSettings =
     "[org/gnome/metacity]\ncompositor='none'\n"
-    "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n";
+    "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n"
+    "[org/mate/marco/general]\nbutton-layout=':minimize,maximize,close'\n";
 constexpr std::string_view kIceWMSettings = "ShowTaskBar=0\nShowSplash=0\n";
+// Fluxbox shows no toolbar, and starts no program that draws a background.
+constexpr std::string_view kFluxboxSettings =
+    "session.screen0.toolbar.visible: false\nsession.styleOverlay: ~/.fluxbox/overlay\n";
+constexpr std::string_view kFluxboxStyle = "background: none\n";
 
 std::filesystem::path makeFolder() {
   std::string name = (std::filesystem::temp_directory_path() / "x11-test-XXXXXX").string();
@@ -30,14 +35,19 @@ std::filesystem::path makeFolder() {
   return name;
 }
 
+void writeFile(const std::filesystem::path& file, std::string_view text) {
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file) << text;
+}
+
 }  // namespace
 
 // Xvfb chooses a display number and prints it when it accepts connections.
 XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
-  std::filesystem::create_directories(settings_ / "glib-2.0/settings");
-  std::ofstream(settings_ / "glib-2.0/settings/keyfile") << kMetacitySettings;
-  std::filesystem::create_directories(settings_ / ".icewm");
-  std::ofstream(settings_ / ".icewm/preferences") << kIceWMSettings;
+  writeFile(settings_ / "glib-2.0/settings/keyfile", kSettings);
+  writeFile(settings_ / ".icewm/preferences", kIceWMSettings);
+  writeFile(settings_ / ".fluxbox/init", kFluxboxSettings);
+  writeFile(settings_ / ".fluxbox/overlay", kFluxboxStyle);
   std::array<int, 2> pipeEnds{};
   if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");
