@@ -1,7 +1,8 @@
-// An SDL 2 game. On SIGUSR1, the game resizes its window or makes the window fullscreen. On the
-// next SIGUSR1, the game undoes the change.
+// An SDL 2 game. On SIGUSR1, the game resizes its window, maximises it or makes it fullscreen. On
+// the next SIGUSR1, the game undoes the change. The user can resize a resizable window (the
+// default), but not a fixed window.
 //
-// usage: hosts-sdl2 [resize|fullscreen|desktop]
+// usage: hosts-sdl2 [resize|fullscreen|desktop|maximise [resizable|fixed]]
 #include <SDL.h>
 #include <signal.h>
 #include <string.h>
@@ -19,8 +20,9 @@ int main(int argc, char** argv) {
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return 1;
   }
+  const Uint32 resizable = argc > 2 && strcmp(argv[2], "fixed") == 0 ? 0 : SDL_WINDOW_RESIZABLE;
   SDL_Window* window =
-      SDL_CreateWindow("hosts-sdl2", 100, 80, 640, 480, SDL_WINDOW_RESIZABLE | SDL_WINDOW_SHOWN);
+      SDL_CreateWindow("hosts-sdl2", 100, 80, 640, 480, resizable | SDL_WINDOW_SHOWN);
   SDL_Renderer* renderer = SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
   struct sigaction action = {0};
   action.sa_handler = handleSignal;
@@ -43,6 +45,10 @@ int main(int argc, char** argv) {
         SDL_SetWindowFullscreen(window, isChanged ? SDL_WINDOW_FULLSCREEN : 0);
       } else if (strcmp(change, "desktop") == 0) {
         SDL_SetWindowFullscreen(window, isChanged ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+      } else if (strcmp(change, "maximise") == 0 && isChanged) {
+        SDL_MaximizeWindow(window);
+      } else if (strcmp(change, "maximise") == 0) {
+        SDL_RestoreWindow(window);
       }
     }
     SDL_SetRenderDrawColor(renderer, 70, 30, 90, 255);
