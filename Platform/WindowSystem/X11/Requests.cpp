@@ -34,23 +34,22 @@ ServerGrab::~ServerGrab() {
   connection_.flush();
 }
 
-void createWindow(Connection& connection, const NewWindow& window, std::uint32_t attributes,
+void createWindow(Connection& connection, const NewWindow& window, std::uint32_t valueMask,
                   std::initializer_list<std::uint32_t> values) {
   const PixelRect& frame = window.frame;
   connection.track(
-      xcb_create_window(connection.get(), window.depth, window.id, window.parent,
-                        static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
-                        static_cast<std::uint16_t>(frame.width),
-                        static_cast<std::uint16_t>(frame.height), 0,
-                        static_cast<std::uint16_t>(window.windowClass), window.visual, attributes,
-                        values.begin()),
+      xcb_create_window(
+          connection.get(), window.depth, window.id, window.parent,
+          static_cast<std::int16_t>(frame.x), static_cast<std::int16_t>(frame.y),
+          static_cast<std::uint16_t>(frame.width), static_cast<std::uint16_t>(frame.height), 0,
+          static_cast<std::uint16_t>(window.windowClass), window.visual, valueMask, values.begin()),
       "CreateWindow", window.id);
 }
 
-void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t attributes,
+void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t valueMask,
                             std::initializer_list<std::uint32_t> values) {
   connection.track(
-      xcb_change_window_attributes(connection.get(), window, attributes, values.begin()),
+      xcb_change_window_attributes(connection.get(), window, valueMask, values.begin()),
       "ChangeWindowAttributes", window);
 }
 
@@ -70,9 +69,9 @@ void unmapWindow(Connection& connection, xcb_window_t window) {
   connection.track(xcb_unmap_window(connection.get(), window), "UnmapWindow", window);
 }
 
-void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t fields,
+void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t valueMask,
                      std::initializer_list<std::uint32_t> values) {
-  connection.track(xcb_configure_window(connection.get(), window, fields, values.begin()),
+  connection.track(xcb_configure_window(connection.get(), window, valueMask, values.begin()),
                    "ConfigureWindow", window);
 }
 

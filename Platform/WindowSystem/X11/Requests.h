@@ -17,8 +17,8 @@
 
 namespace vel::x11 {
 
-/// A scope that sends requests. The destructor flushes the connection. Includes the guard against
-/// SIGPIPE.
+/// Create an object of this class before sending requests. The destructor flushes the connection.
+/// While the object exists, SIGPIPE is blocked on the calling thread.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}
@@ -54,19 +54,19 @@ struct NewWindow {
   xcb_visualid_t visual = XCB_COPY_FROM_PARENT;
 };
 
-/// `attributes` is a mask of XCB_CW_…; `values` has one value for each bit, lowest bit first.
-void createWindow(Connection& connection, const NewWindow& window, std::uint32_t attributes,
+/// `valueMask` consists of XCB_CW_… bits; `values` has one value for each bit, lowest bit first.
+void createWindow(Connection& connection, const NewWindow& window, std::uint32_t valueMask,
                   std::initializer_list<std::uint32_t> values);
-void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t attributes,
+void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t valueMask,
                             std::initializer_list<std::uint32_t> values);
 /// Selects the events that this connection receives for the window: a mask of XCB_EVENT_MASK_….
 void selectEvents(Connection& connection, xcb_window_t window, std::uint32_t events);
 void destroyWindow(Connection& connection, xcb_window_t window);
 void mapWindow(Connection& connection, xcb_window_t window);
 void unmapWindow(Connection& connection, xcb_window_t window);
-/// `fields` is a mask of XCB_CONFIG_WINDOW_…; `values` has one value for each bit, lowest bit
-/// first.
-void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t fields,
+/// `valueMask` consists of XCB_CONFIG_WINDOW_… bits; `values` has one value for each bit, lowest
+/// bit first.
+void configureWindow(Connection& connection, xcb_window_t window, std::uint16_t valueMask,
                      std::initializer_list<std::uint32_t> values);
 void moveResizeWindow(Connection& connection, xcb_window_t window, PixelRect frame);
 /// Puts the window above all its siblings.

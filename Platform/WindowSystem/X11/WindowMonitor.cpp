@@ -52,8 +52,8 @@ void WindowMonitor::markChanged(xcb_window_t id) {
 void WindowMonitor::updateChangedWindows() {
   for (auto& [id, window] : windows_) {
     if (std::exchange(window.hasHintChanges, false)) {
-      window.style->hintsChanged();
-      reportOwnersMask(window);
+      window.style->readOwnersHints();
+      reportOwnersStyleMask(window);
     }
     if (std::exchange(window.hasStateChanges, false)) {
       update(window);
@@ -69,9 +69,6 @@ void WindowMonitor::update(Window& window) {
   }
   if (const PixelRect frame = state.frame(); frame != window.frame) {
     window.frame = frame;
-    if (!window.isOwn()) {  // an own window may have a newer frame from `setFrame`
-      window.style->sizeChanged(frame);
-    }
     reportFrame(window);
   }
   updateMiniaturized(window, state);
@@ -81,8 +78,8 @@ void WindowMonitor::update(Window& window) {
   }
 }
 
-// The owner of an adopted window may hide it without miniaturising it. The port reports both as
-// miniaturised.
+// The owner of an adopted window may unmap the window without iconifying it. The window system
+// reports an unmapped window and an iconic window as miniaturised.
 void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
   const bool isMiniaturized = state.isIconic() || (!window.isOwn() && state.isUnmapped());
   if (!window.isOrdered || isMiniaturized == window.isMiniaturized) {
@@ -98,16 +95,18 @@ void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state)
   });
 }
 
-// The back end may override the style again before the report is delivered.
-void WindowMonitor::reportOwnersMask(const Window& window) {
-  if (!window.style->unreportedOwnersMask()) {
+// The report reads the style mask when it is delivered: if the back end has overridden the style by
+// then, the report is dropped.
+void WindowMonitor::reportOwnersStyleMask(const Window& window) {
+  if (!window.style->unreportedOwnersStyleMask()) {
     return;
   }
   reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
     const Window* const target = windows_.find(handle);
-    const auto styleMask = target == nullptr ? std::nullopt : target->style->unreportedOwnersMask();
+    const auto styleMask =
+        target == nullptr ? std::nullopt : target->style->unreportedOwnersStyleMask();
     if (styleMask) {
-      target->style->markOwnersMaskReported();
+      target->style->markOwnersStyleMaskReported();
       delegate.styleMaskChanged(handle, *styleMask);
     }
   });

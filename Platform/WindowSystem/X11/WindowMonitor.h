@@ -26,7 +26,7 @@ class WindowMonitor final : public NonCopyable {
   void update(Window& window);
 
   /// Reports the style mask that the owner of an adopted window has set, if it has changed.
-  void reportOwnersMask(const Window& window);
+  void reportOwnersStyleMask(const Window& window);
   void reportFrame(const Window& window);
   /// Reports the frames of all windows. Call this when the origin of the screen coordinates moves.
   void reportFrames();

@@ -13,7 +13,7 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, WindowKind
       motifName_(connection.atom(Atom::MotifWmHints)),
       kind_(kind),
       mask_(styleMask),
-      reportedOwnersMask_(styleMask),
+      reportedOwnersStyleMask_(styleMask),
       motif_(std::nullopt, kMotifBitSetCount) {
   writeOwnHints(frame);
 }
@@ -23,7 +23,7 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const Styl
       window_(window),
       motifName_(connection.atom(Atom::MotifWmHints)),
       mask_(styleMaskOf(ownersHints)),
-      reportedOwnersMask_(mask_),
+      reportedOwnersStyleMask_(mask_),
       motif_(ownersHints.motif, kMotifBitSetCount),
       normal_(ownersHints.normal) {}
 
@@ -42,21 +42,21 @@ void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
   if (isOwn()) {
     writeOwnHints(frame);
-  } else if ((mask_ & kStyleInHints) == (reportedOwnersMask_ & kStyleInHints)) {
+  } else if ((mask_ & kStyleInHints) == (reportedOwnersStyleMask_ & kStyleInHints)) {
     restore();
   } else {
     overrideMotif();
   }
 }
 
-void WindowStyle::sizeChanged(PixelRect frame) {
+void WindowStyle::updateSizeHints(PixelRect frame) {
   // The hints of a resizable window do not contain its size.
   if (isOwn() && (mask_ & NSWindowStyleMaskResizable) == 0) {
     writeOwnHints(frame);
   }
 }
 
-void WindowStyle::hintsChanged() {
+void WindowStyle::readOwnersHints() {
   if (isOwn()) {
     return;
   }
@@ -76,16 +76,16 @@ void WindowStyle::allowResizing() {
   reconcileAndOverrideMotif();
 }
 
-std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersMask() const {
+std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersStyleMask() const {
   if (isOwn() || isOverridden_) {
     return std::nullopt;
   }
   const NSWindowStyleMask ownersMask = styleMaskOf(ownersHints());
-  return ownersMask != reportedOwnersMask_ ? std::optional(ownersMask) : std::nullopt;
+  return ownersMask != reportedOwnersStyleMask_ ? std::optional(ownersMask) : std::nullopt;
 }
 
-void WindowStyle::markOwnersMaskReported() {
-  mask_ = reportedOwnersMask_ = styleMaskOf(ownersHints());
+void WindowStyle::markOwnersStyleMaskReported() {
+  mask_ = reportedOwnersStyleMask_ = styleMaskOf(ownersHints());
 }
 
 void WindowStyle::writeOwnHints(PixelRect frame) {
@@ -101,7 +101,7 @@ void WindowStyle::writeOwnHints(PixelRect frame) {
 // reading and our writing: we never overwrite a value that we have not read or requested.
 
 // Does not block, because the reply is read later. Our write causes a PropertyNotify event, and
-// `hintsChanged` then reads the reply.
+// `readOwnersHints` then reads the reply.
 void WindowStyle::overrideMotif() {
   isOverridden_ = true;
   isRestoring_ = false;

@@ -60,11 +60,13 @@ class WindowStyle final : public NonCopyable {
   /// Sets the style mask. Blocks for a round trip to the X server only if it restores the hints.
   /// Overriding does not block, so that a launch screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
-  /// Call this before the window gets another size. Has no effect on an adopted window.
-  void sizeChanged(PixelRect frame);
-  /// Call this when a program has written the hints. Blocks for a round trip if the window is
-  /// adopted.
-  void hintsChanged();
+  /// Writes the new size into the hints of a window that we create, if the window is not resizable.
+  /// Call this before the window gets another size. Does nothing for an adopted window.
+  void updateSizeHints(PixelRect frame);
+  /// Reads the hints of an adopted window after a program has written them, and overrides them
+  /// again if they are overridden. Blocks for a round trip. Does nothing for a window that we
+  /// create.
+  void readOwnersHints();
 
   /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner has
   /// set no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
@@ -88,8 +90,8 @@ class WindowStyle final : public NonCopyable {
 
   /// The style mask that the owner has given the window, if this mask has not been reported yet. No
   /// value while the hints are overridden.
-  [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersMask() const;
-  void markOwnersMaskReported();
+  [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersStyleMask() const;
+  void markOwnersStyleMaskReported();
 
  private:
   /// A request for _MOTIF_WM_HINTS that we sent just before we overrode the property, and the value
@@ -115,7 +117,7 @@ class WindowStyle final : public NonCopyable {
   xcb_atom_t motifName_;
   std::optional<WindowKind> kind_;  // no value for an adopted window
   NSWindowStyleMask mask_;
-  NSWindowStyleMask reportedOwnersMask_;
+  NSWindowStyleMask reportedOwnersStyleMask_;
   bool isOverridden_ = false;
   bool isResizingAllowed_ = false;
   bool isRestoring_ = false;

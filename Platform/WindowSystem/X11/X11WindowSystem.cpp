@@ -344,7 +344,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
 
 void X11WindowSystem::moveWindow(Window& window, PixelRect frame) {
   window.frame = withMinimumSize(frame);
-  window.style->sizeChanged(window.frame);
+  window.style->updateSizeHints(window.frame);
   moveResizeWindow(*connection_, window.id, window.frame);
 }
 
@@ -371,7 +371,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
     window->style->setMask(styleMask, window->frame);
     restorer_.begin(*window);
     relay_.stopIfUnused();
-    monitor_.reportOwnersMask(*window);
+    monitor_.reportOwnersStyleMask(*window);
     x11::ControlsMonitor::styleMaskChanged(*window);
   }
 }
