@@ -209,8 +209,9 @@ typedef struct VelHostWindow {
 typedef struct VelCreateOptions {
   size_t size; /* sizeof(VelCreateOptions) */
   /* "headless" for a display in memory, "x11" or "wayland". "auto" or null: Wayland if
-   * `host_window` is a Wayland surface; otherwise X11 if a display can be opened, otherwise the
-   * display in memory. */
+   * `host_window` is a Wayland surface, or if $WAYLAND_DISPLAY names a compositor and the options
+   * contain neither a window nor `display_name`. Otherwise X11 if a display can be opened,
+   * otherwise the display in memory. */
   const char* display;
   /* The name of the X display or of the Wayland display. Null: the value of $DISPLAY or of
    * $WAYLAND_DISPLAY. Not used if `host_window` is a Wayland surface. */

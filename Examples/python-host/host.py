@@ -2,7 +2,7 @@
 """A host in Python with ctypes, without a build step. It shows a launch screen and prints every
 callback.
 
-usage: host.py [--display headless|x11] [--seconds SECONDS] [LIBRARY]
+usage: host.py [--display headless|wayland|x11] [--seconds SECONDS] [LIBRARY]
 
 LIBRARY is the path of libVelLaunchScreen.so. The default is the environment variable VEL_LIBRARY, or
 the library that the system finds."""
@@ -123,7 +123,7 @@ def run(library, display, seconds):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--display", choices=["headless", "x11"], default="headless")
+    parser.add_argument("--display", choices=["headless", "wayland", "x11"], default="headless")
     parser.add_argument("--seconds", type=float, default=1)
     parser.add_argument(
         "library", nargs="?", default=os.environ.get("VEL_LIBRARY", "libVelLaunchScreen.so.1")

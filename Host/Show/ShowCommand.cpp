@@ -143,8 +143,8 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--display", options.display,
-                  "The window system; auto uses x11 if a display is available")
-      ->check(CLI::IsMember({"auto", "headless", "x11"}))
+                  "The window system; auto uses wayland or x11 if a display is available")
+      ->check(CLI::IsMember({"auto", "headless", "wayland", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();
   command.add_flag("--content-controller", options.hasContentController,
@@ -195,7 +195,7 @@ void checkOptions(ShowOptions& options) {
     throw CLI::ValidationError("--skip-after", "needs --mode skip");
   }
   const bool needsScreen = options.window || !options.screenshotPath.empty();
-  if (needsScreen && options.display == "headless") {
+  if (needsScreen && options.display != "auto" && options.display != "x11") {
     throw CLI::ValidationError(options.window ? "--window" : "--screenshot", "needs --display x11");
   }
   if (needsScreen) {

@@ -40,7 +40,7 @@ class Guide(unittest.TestCase):
                 (self.folder / name).write_text(text, encoding="utf-8")
 
     def run_in_folder(self, *command):
-        environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+        environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
         environment["PATH"] = f"{Path(PROGRAM).parent}:{environment['PATH']}"
         environment["PKG_CONFIG_PATH"] = str(PREFIX / "lib/pkgconfig")
         environment["LD_LIBRARY_PATH"] = str(PREFIX / "lib")

@@ -10,7 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # with a sanitizer.
 TIMEOUT = 120
 
-_environment = {name: value for name, value in os.environ.items() if name != "DISPLAY"}
+_environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
 
 
 def run(*arguments, **settings):

@@ -1,7 +1,10 @@
 // Only this file knows which back ends the build includes.
 #include "Platform/WindowSystem/Backends/Backends.h"
 
+#include <cstdlib>
+
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+
 #ifdef VEL_HAS_WAYLAND
 #include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
 #endif
@@ -48,6 +51,13 @@ std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
     return makeX11(displayName, error);
   }
   if (name == "auto") {
+    const char* const compositor = std::getenv("WAYLAND_DISPLAY");
+    if (compositor != nullptr && *compositor != '\0' && displayName.empty() && !hostWindow) {
+      std::string ignoredError;
+      if (auto wayland = makeWayland({}, nullptr, ignoredError)) {
+        return wayland;
+      }
+    }
     std::string ignoredError;
     if (auto x11 = makeX11(displayName, ignoredError)) {
       return x11;

@@ -14,8 +14,9 @@ namespace vel {
 /// "auto". An empty `displayName` means the display that the environment names.
 ///
 /// `hostWindow` is the window that the caller will adopt, if any. If it is a Wayland surface,
-/// "wayland" and "auto" use the connection of the surface. For all other windows, "auto" means X11
-/// with "headless" as the fallback.
+/// "wayland" and "auto" use the connection of the surface. Otherwise "auto" means Wayland if
+/// `WAYLAND_DISPLAY` names a compositor, if there is no `displayName` and no `hostWindow`. The
+/// fallbacks are X11 and then "headless".
 ///
 /// On failure, sets `error` to the reason and returns null.
 VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(

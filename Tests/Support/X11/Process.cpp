@@ -20,6 +20,7 @@ namespace {
                           const Process::Streams& streams) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   setenv("DISPLAY", display.c_str(), 1);
+  unsetenv("WAYLAND_DISPLAY");  // programs prefer Wayland
   setenv("LC_ALL", "C", 1);
   const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
   dup2(streams.input < 0 ? null : streams.input, STDIN_FILENO);

@@ -1,0 +1,64 @@
+// Runs `launchscreen show` on a Wayland compositor, in real time.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Tests/Support/Wayland/Sway.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+constexpr PixelRect kArea{262, 224, 500, 320};  // a window of 500 by 320 points in the middle
+
+class WaylandShow : public testing::Test {
+ protected:
+  /// Starts the program on the compositor.
+  [[nodiscard]] Process start(const std::vector<std::string>& options) const {
+    std::vector<std::string> command{
+        "env", "WAYLAND_DISPLAY=" + sway.display(), LAUNCHSCREEN, "show", "--size", "500x320"};
+    command.insert(command.end(), options.begin(), options.end());
+    return {command, ":2147483647"};  // no X display
+  }
+  [[nodiscard]] bool becomesWhite() const {
+    return eventually([this] { return sway.picture(kArea).isAll(kWhite); });
+  }
+
+  Sway sway;
+};
+
+TEST_F(WaylandShow, TheWindowIsWhiteUntilTheEvent) {
+  Process program = start({"--display", "wayland", "--duration", "3"});
+  ASSERT_TRUE(becomesWhite());
+  sway.picture({0, 0, 1024, 768}).save("wayland-show");
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(WaylandShow, AutoPrefersWayland) {
+  Process program = start({"--duration", "3"});
+  ASSERT_TRUE(becomesWhite());
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(WaylandShow, AModalWindowShowsTheLaunchScreen) {
+  Process program = start({"--display", "wayland", "--duration", "3", "--present", "modal"});
+  EXPECT_TRUE(eventually([this] { return sway.picture({512, 384, 1, 1}).isAll(kWhite); }));
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(WaylandShow, ACompositorThatEndsIsAFailure) {
+  Process program = start({"--display", "wayland", "--duration", "60"});
+  ASSERT_TRUE(becomesWhite());
+  sway.kill();
+  EXPECT_EQ(program.wait(), 1);
+}
+
+TEST(WaylandShowWithoutACompositor, TheDisplayIsAFailure) {
+  Process program(
+      {"env", "WAYLAND_DISPLAY=/nonexistent", LAUNCHSCREEN, "show", "--display", "wayland"}, "");
+  EXPECT_EQ(program.wait(), 1);
+}
+
+}  // namespace
+}  // namespace vel::test
