@@ -49,7 +49,7 @@ VelCallbacks CHost::callbacks() {
     hostOf(userData).recordCallback("display_lost", reason);
   };
   callbacks.take_controls = [](void* userData, std::uint32_t controls) {
-    hostOf(userData).note("take_controls", std::to_string(controls));
+    hostOf(userData).recordCallback("take_controls", std::to_string(controls));
   };
   callbacks.ended = [](void* userData, VelEndReason reason) {
     hostOf(userData).recordCallback("ended", std::to_string(reason));
