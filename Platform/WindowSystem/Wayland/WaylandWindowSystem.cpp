@@ -140,7 +140,7 @@ std::optional<AdoptedWindow> WaylandWindowSystem::adoptWindow(const NativeWindow
     window->description.styleMask = window->ownersMask;
     window->adoptedSurface = surface->surface;
     window->adoptedToplevel = surface->toplevel;
-    window->isOrdered = true;
+    window->isOrderedIn = true;
     const AdoptedWindow adopted{.handle = window->handle,
                                 .className = window->description.className,
                                 .title = {},
@@ -278,10 +278,10 @@ void WaylandWindowSystem::buttonPressed(WindowHandle handle, wl_seat* seat, std:
 
 void WaylandWindowSystem::orderFront(WindowHandle handle) {
   Window* const window = find(handle);
-  if (window == nullptr || window->isOrdered) {
+  if (window == nullptr || window->isOrderedIn) {
     return;
   }
-  window->isOrdered = true;
+  window->isOrderedIn = true;
   openToplevel(*window);
   connection_->flush();
 }
@@ -294,7 +294,7 @@ void WaylandWindowSystem::orderOut(WindowHandle handle) {
   window->scene.clear();
   if (window->isAdopted()) {
     updateCover(*window);
-  } else if (std::exchange(window->isOrdered, false)) {
+  } else if (std::exchange(window->isOrderedIn, false)) {
     closeToplevel(*window);
     focus_->windowRemoved(handle);
     connection_->flush();
@@ -303,7 +303,7 @@ void WaylandWindowSystem::orderOut(WindowHandle handle) {
 
 void WaylandWindowSystem::requestFocus(WindowHandle handle) {
   const Window* const window = find(handle);
-  if (window != nullptr && window->isOrdered) {
+  if (window != nullptr && window->isOrderedIn) {
     focus_->request(handle, window->isAdopted() ? window->adoptedSurface : window->surface.get());
     connection_->flush();
   }

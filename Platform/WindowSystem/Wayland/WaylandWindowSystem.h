@@ -67,7 +67,7 @@ class WaylandWindowSystem final : public WindowSystem {
     NSWindowStyleMask ownersMask = 0;
     /// True if the style mask has changed since the last report of the kept controls.
     bool hasNewStyleMask = false;
-    bool isOrdered = false;  // `orderFront` has been called, and `orderOut` has not
+    bool isOrderedIn = false;  // true from `orderFront` until `orderOut`
     /// The surface of the back end: the window, or the cover of an adopted window while it is
     /// shown.
     wayland::Proxy<wl_surface> surface;
