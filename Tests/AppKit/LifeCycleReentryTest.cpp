@@ -99,7 +99,7 @@ TEST_F(LifeCycleReentryTest, AnOuterMethodMayAddAnInnerView) {
                                            "inner did appear", "outer did appear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithIt) {
+TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithTheWindow) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();
@@ -112,7 +112,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithIt) {
                     "inner will disappear", "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithIt) {
+TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithTheSuperview) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();

@@ -186,7 +186,7 @@ TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItsOnlyFiring) {
   EXPECT_TRUE(target.expired());
 }
 
-TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItIsInvalidated) {
+TEST_F(NSTimerTest, KeepsTheTargetAliveUntilTheTimerIsInvalidated) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   ticker.reset();
@@ -197,7 +197,7 @@ TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItIsInvalidated) {
   EXPECT_EQ(timer->target(), nullptr);
 }
 
-TEST_F(NSTimerTest, DoesNotFireAgainAfterItsTargetInvalidatesIt) {
+TEST_F(NSTimerTest, DoesNotFireAgainAfterTheTargetInvalidatesTheTimer) {
   Weak<Ticker> target;
   bool isAliveInside = false;
   {

@@ -195,7 +195,7 @@ TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified
   previousContent->deactivate();  // A loaded content and its controller own each other.
 }
 
-TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterItHasBeenLoaded) {
+TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterTheLoading) {
   showAnotherLaunchScreen();
   const auto replacement = LaunchScreenContent::init();
   class ReplacingRequest final

@@ -185,20 +185,20 @@ TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetBeforeTheDelegatesAreNotified) 
   EXPECT_TRUE(wasNotified);
 }
 
-TEST_F(IndicatorLifeCycleTest, ItIsAnimatedAfterTheViewHasAppeared) {
+TEST_F(IndicatorLifeCycleTest, IsAnimatedAfterTheViewHasAppeared) {
   cover->viewWillAppear();
   EXPECT_FALSE(indicator->isAnimating());
   cover->viewDidAppear();
   EXPECT_TRUE(indicator->isAnimating());
 }
 
-TEST_F(IndicatorLifeCycleTest, ItIsAnimatedBeforeTheStyleIsOverridden) {
+TEST_F(IndicatorLifeCycleTest, IsAnimatedBeforeTheStyleIsOverridden) {
   platformJournal.onNextStyleMask([this] { EXPECT_TRUE(indicator->isAnimating()); });
   present(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(IndicatorLifeCycleTest, ItIsNeverStopped) {
+TEST_F(IndicatorLifeCycleTest, IsNeverStopped) {
   present(window, LaunchScreenPresentationEmbedded);
   cover->dismissViewController(cover);
   EXPECT_TRUE(indicator->isAnimating());

@@ -51,7 +51,7 @@ TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
   EXPECT_TRUE(weakRequest.expired());
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilItIsRemoved) {
+TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilTheCoverIsRemoved) {
   const auto window = openPlayerWindow();
   cover->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = cover->view();
@@ -113,7 +113,7 @@ TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowLivesUntilAnotherCoverRepl
   EXPECT_TRUE(view.expired());
 }
 
-TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilItIsDismissed) {
+TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilTheCoverIsDismissed) {
   cover->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 0);
   const auto weakCover = releaseCover();
   ASSERT_FALSE(weakCover.expired());

@@ -119,7 +119,7 @@ TEST_F(RequiredWindowTest, DuringAModalSessionOfAnotherWindowThePlayerWindowIsNo
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalSessionThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(player, kHostModeModalWindow);
@@ -127,7 +127,7 @@ TEST_F(RequiredWindowTest, DuringItsModalSessionThePlayerWindowIsRequired) {
   EXPECT_TRUE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalSessionAChildOfThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionAChildOfThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -139,7 +139,7 @@ TEST_F(RequiredWindowTest, DuringItsModalSessionAChildOfThePlayerWindowIsRequire
   EXPECT_FALSE(manager->isRequiredWindow(grandchild));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalSessionASheetOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionASheetOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   const auto sheet = makeNamed("NSViewController");
@@ -149,7 +149,7 @@ TEST_F(RequiredWindowTest, DuringItsModalSessionASheetOfThePlayerWindowIsNotRequ
   EXPECT_FALSE(manager->isRequiredWindow(sheet->view()->window()));
 }
 
-TEST_F(RequiredWindowTest, DuringItsModalSessionAWindowOfAnotherClassIsNotRequired) {
+TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionAWindowOfAnotherClassIsNotRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {
