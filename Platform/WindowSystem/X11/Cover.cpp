@@ -47,6 +47,7 @@ bool fills(PixelRect child, PixelRect window) {
 // errors, because another client can destroy the windows.
 bool areViewable(Connection& connection, const std::vector<xcb_window_t>& windows) {
   std::vector<xcb_get_window_attributes_cookie_t> cookies;
+  cookies.reserve(windows.size());
   for (const xcb_window_t window : windows) {
     cookies.push_back(xcb_get_window_attributes(connection.get(), window));
   }
