@@ -77,8 +77,6 @@ Cover::Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExten
       visual_(visual),
       depth_(depth),
       format_(connection.screen(), visual, depth),
-      overlayFormat_(connection.screen(), connection.screen().root_visual,
-                     connection.screen().root_depth),
       overlay_(std::move(overlay)) {}
 
 Cover::~Cover() {
@@ -102,7 +100,9 @@ void Cover::show(const Scene& scene, PixelRect frame) {
     Pane newPane = describePane(scene, i, frame);
     if (i == panes_.size()) {
       panes_.push_back(std::move(newPane));
-      openPane(panes_.back());
+      if (i > 0 || !usesOverlay_) {
+        openPane(panes_.back());
+      }
     } else {
       updatePane(panes_[i], std::move(newPane));
     }
@@ -119,10 +119,20 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
   if (usesOverlay_) {
     overlay_->show();
+    // Without the overlay above it, the first pane would be visible, and the owner could draw over
+    // it.
+    if (!panes_.front().child.isOpen()) {
+      openPane(panes_.front());
+    }
   }
   if (shield_.isOpen()) {
     raise();
   }
+}
+
+PixelFormat Cover::formatOf(const Pane& pane) const {
+  return pane.isInOverlay ? PixelFormat(connection_.screen(), overlay_->visual(), overlay_->depth())
+                          : format_;
 }
 
 bool Cover::needsOverlay(const Scene& scene, PixelRect frame) const {
@@ -160,14 +170,12 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
 // The new window is override-redirect, so that the server maps and moves it even if the owner has
 // selected SubstructureRedirect on the parent.
 void Cover::openPane(Pane& pane) {
-  const xcb_screen_t& screen = connection_.screen();
-  const xcb_visualid_t visual = pane.isInOverlay ? screen.root_visual : visual_;
+  const xcb_visualid_t visual = pane.isInOverlay ? overlay_->visual() : visual_;
   const bool isIndicator = pane.item.kind == SceneItem::Kind::Spinner;
   const auto format = isIndicator ? render_.formatOf(visual) : std::nullopt;
   if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !format)) {
     return;  // the item has no pixels, or indicators cannot be drawn
   }
-  const PixelFormat& pixels = pane.isInOverlay ? overlayFormat_ : format_;
   pane.child = {.window = connection_.makeId()};
   mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
   const xcb_window_t window = pane.child.window;
@@ -179,12 +187,12 @@ void Cover::openPane(Pane& pane) {
        .frame = pane.frame},
       XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
           XCB_CW_DONT_PROPAGATE,
-      {pixels.pixel(pane.background),
+      {formatOf(pane).pixel(pane.background),
        static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST), 1,
        kPointerEvents, kDoNotPropagate});
   if (isIndicator) {
     pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, window,
-                                             pane.isInOverlay ? screen.root_depth : depth_,
+                                             pane.isInOverlay ? overlay_->depth() : depth_,
                                              pane.frame.width, pane.background);
     pane.spinner->draw(0);
   }
@@ -206,12 +214,11 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
     return;
   }
   if (pane.background != newPane.background) {
-    const PixelFormat& pixels = pane.isInOverlay ? overlayFormat_ : format_;
     changeWindowAttributes(connection_, pane.child.window, XCB_CW_BACK_PIXEL,
-                           {pixels.pixel(newPane.background)});
+                           {formatOf(pane).pixel(newPane.background)});
     clearWindow(connection_, pane.child.window);
     if (usesOverlay_ && overlay_->isOpen() && &pane == &panes_.front()) {
-      overlay_->setBackground(overlayFormat_.pixel(newPane.background));
+      overlay_->setBackground(newPane.background);
     }
   }
   // The server may have moved an indicator when the window was resized.
@@ -237,7 +244,7 @@ void Cover::forgetPane(Pane& pane) {
 }
 
 void Cover::openOverlay() {
-  overlay_->open(overlayFormat_.pixel(panes_.front().background));
+  overlay_->open(panes_.front().background);
   for (Pane& pane : panes_) {
     if (pane.isInOverlay) {
       forgetPane(pane);

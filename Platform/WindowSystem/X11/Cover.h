@@ -96,6 +96,7 @@ class Cover final : public NonCopyable {
     std::unique_ptr<Spinner> spinner;  // null unless the item is an indicator
   };
 
+  [[nodiscard]] PixelFormat formatOf(const Pane& pane) const;
   [[nodiscard]] bool needsOverlay(const Scene& scene, PixelRect frame) const;
   [[nodiscard]] Pane describePane(const Scene& scene, std::size_t index, PixelRect frame) const;
   void openPane(Pane& pane);
@@ -119,7 +120,6 @@ class Cover final : public NonCopyable {
   xcb_visualid_t visual_;
   std::uint8_t depth_;
   PixelFormat format_;
-  PixelFormat overlayFormat_;
   std::unique_ptr<Overlay> overlay_;
   bool usesOverlay_ = false;
   std::vector<Pane> panes_;  // back to front

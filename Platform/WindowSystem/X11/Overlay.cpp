@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Platform/WindowSystem/X11/PixelFormat.h"
 #include "Platform/WindowSystem/X11/Requests.h"
 #include "Platform/WindowSystem/X11/WindowTable.h"
 
@@ -40,7 +41,9 @@ Overlay::Overlay(Connection& connection, WindowTable& windows, const CoveredWind
     : connection_(connection),
       windows_(windows),
       coveredWindow_(coveredWindow),
-      fillsParent_(fillsParent()) {}
+      fillsParent_(fillsParent()) {
+  readVisual();
+}
 
 bool Overlay::isSupported(const Connection& connection) {
   const xcb_query_extension_reply_t* const extension =
@@ -48,22 +51,16 @@ bool Overlay::isSupported(const Connection& connection) {
   return extension != nullptr && extension->present != 0;
 }
 
-// The overlay has the root window's visual. If the parent's visual has an alpha channel, a white
-// pixel of that visual could be transparent. CreateWindow requires a colour map and a border pixel
-// if the visual differs from the parent's visual.
-void Overlay::open(std::uint32_t backgroundPixel) {
-  const xcb_screen_t& screen = connection_.screen();
+// The overlay has its parent's visual. If only one of the two visuals had an alpha channel, the
+// server would redirect the overlay into a pixmap of its own. The pixmap of an overlay that is
+// larger than its parent takes gigabytes.
+void Overlay::open(CGColor background) {
   window_ = connection_.makeId();
   connection_.markDestroyed(window_);  // so that no errors are logged
   createWindow(connection_,
-               {.id = window_,
-                .parent = coveredWindow_.parent,
-                .frame = overlayFrame(),
-                .depth = screen.root_depth,
-                .visual = screen.root_visual},
-               XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT |
-                   XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
-               {backgroundPixel, 0, 1, XCB_EVENT_MASK_STRUCTURE_NOTIFY, screen.default_colormap});
+               {.id = window_, .parent = coveredWindow_.parent, .frame = overlayFrame()},
+               XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
+               {pixel(background), 1, XCB_EVENT_MASK_STRUCTURE_NOTIFY});
   connection_.track(xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
                                          XCB_CLIP_ORDERING_UNSORTED, window_, 0, 0, 0, nullptr),
                     "ShapeRectangles", window_);
@@ -90,8 +87,8 @@ void Overlay::close() {
   isShown_ = false;
 }
 
-void Overlay::setBackground(std::uint32_t pixel) {
-  changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXEL, {pixel});
+void Overlay::setBackground(CGColor color) {
+  changeWindowAttributes(connection_, window_, XCB_CW_BACK_PIXEL, {pixel(color)});
   clearWindow(connection_, window_);
 }
 
@@ -145,6 +142,7 @@ void Overlay::handleCoveredWindowEvent(const xcb_generic_event_t& event) {
       if (notice.parent != coveredWindow_.parent) {
         close();
         coveredWindow_.parent = notice.parent;
+        readVisual();
       }
       return setCoveredWindowFrame(
           {notice.x, notice.y, coveredWindow_.frame.width, coveredWindow_.frame.height});
@@ -206,6 +204,30 @@ bool Overlay::fillsParent() const {
   const XcbPointer<xcb_get_geometry_reply_t> parent(xcb_get_geometry_reply(
       connection_.get(), xcb_get_geometry(connection_.get(), coveredWindow_.parent), nullptr));
   return parent != nullptr && parent->width == frame.width && parent->height == frame.height;
+}
+
+// Logs no errors, because the parent may already be destroyed.
+void Overlay::readVisual() {
+  visual_ = connection_.screen().root_visual;
+  depth_ = connection_.screen().root_depth;
+  if (coveredWindow_.parent == connection_.root()) {
+    return;
+  }
+  xcb_connection_t* const xcb = connection_.get();
+  const auto attributesCookie = xcb_get_window_attributes(xcb, coveredWindow_.parent);
+  const auto geometryCookie = xcb_get_geometry(xcb, coveredWindow_.parent);
+  const XcbPointer<xcb_get_window_attributes_reply_t> attributes(
+      xcb_get_window_attributes_reply(xcb, attributesCookie, nullptr));
+  const XcbPointer<xcb_get_geometry_reply_t> geometry(
+      xcb_get_geometry_reply(xcb, geometryCookie, nullptr));
+  if (attributes != nullptr && geometry != nullptr) {
+    visual_ = attributes->visual;
+    depth_ = geometry->depth;
+  }
+}
+
+std::uint32_t Overlay::pixel(CGColor color) const {
+  return PixelFormat(connection_.screen(), visual_, depth_).pixel(color);
 }
 
 void Overlay::selectParentEvents(std::uint32_t events) {

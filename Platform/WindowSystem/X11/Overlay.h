@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/Connection.h"
 #include "Platform/WindowSystem/X11/PixelRect.h"
@@ -43,15 +44,18 @@ class Overlay final : public NonCopyable {
 
   /// Creates the overlay's window, unmapped. The caller then creates child windows in the overlay
   /// and calls `show`.
-  void open(std::uint32_t backgroundPixel);
+  void open(CGColor background);
   /// Maps the overlay as soon as the adopted window is mapped. Does not block.
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
-  /// The X id; XCB_WINDOW_NONE if the overlay is not open. The window has the root window's visual
-  /// and depth.
+  /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
-  void setBackground(std::uint32_t pixel);
+  /// The visual and the depth of the overlay's window. They change when the adopted window gets
+  /// another parent.
+  [[nodiscard]] xcb_visualid_t visual() const { return visual_; }
+  [[nodiscard]] std::uint8_t depth() const { return depth_; }
+  void setBackground(CGColor color);
   /// Puts the overlay directly above the adopted window.
   void restack();
 
@@ -69,12 +73,16 @@ class Overlay final : public NonCopyable {
   // Returns true if the adopted window has the position and size of its parent. May block for a
   // round trip.
   [[nodiscard]] bool fillsParent() const;
+  void readVisual();
+  [[nodiscard]] std::uint32_t pixel(CGColor color) const;
   void selectParentEvents(std::uint32_t events);
 
   Connection& connection_;
   WindowTable& windows_;
   CoveredWindow coveredWindow_;
   bool fillsParent_;  // the last result of `fillsParent()`
+  xcb_visualid_t visual_ = XCB_NONE;
+  std::uint8_t depth_ = 0;
   bool isShown_ = false;
   xcb_window_t window_ = XCB_WINDOW_NONE;
 };

@@ -70,7 +70,7 @@ xcb_window_t XClient::openGameWindow(PixelRect frame, std::uint32_t color) {
   return window;
 }
 
-xcb_window_t XClient::openTransparentWindow(PixelRect frame) {
+xcb_window_t XClient::openTransparentWindow(PixelRect frame, xcb_window_t parent) {
   const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
   xcb_visualid_t visual = 0;
   for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
@@ -83,11 +83,11 @@ xcb_window_t XClient::openTransparentWindow(PixelRect frame) {
   xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colormap, root_, visual);
   const xcb_window_t window = xcb_generate_id(connection_);
   const std::array<std::uint32_t, 3> values{0, 0, colormap};
-  xcb_create_window(connection_, 32, window, root_, static_cast<std::int16_t>(frame.x),
-                    static_cast<std::int16_t>(frame.y), static_cast<std::uint16_t>(frame.width),
-                    static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                    visual, XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP,
-                    values.data());
+  xcb_create_window(
+      connection_, 32, window, parent == 0 ? root_ : parent, static_cast<std::int16_t>(frame.x),
+      static_cast<std::int16_t>(frame.y), static_cast<std::uint16_t>(frame.width),
+      static_cast<std::uint16_t>(frame.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+      XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP, values.data());
   map(window);
   return window;
 }
@@ -293,9 +293,22 @@ void XClient::requestIconify(xcb_window_t window) {
 
 void XClient::requestState(xcb_window_t window, bool isAdded, std::string_view state,
                            std::string_view secondState) {
+  constexpr std::uint32_t kAdd = 1;
+  constexpr std::uint32_t kRemove = 0;
+  sendStateRequest(window, isAdded ? kAdd : kRemove, state, secondState);
+}
+
+void XClient::toggleStates(xcb_window_t window, std::string_view state,
+                           std::string_view secondState) {
+  constexpr std::uint32_t kToggle = 2;
+  sendStateRequest(window, kToggle, state, secondState);
+}
+
+void XClient::sendStateRequest(xcb_window_t window, std::uint32_t action, std::string_view state,
+                               std::string_view secondState) {
   constexpr std::uint32_t kFromApplication = 1;
   sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-              window, "_NET_WM_STATE", isAdded ? 1 : 0, atom(state),
+              window, "_NET_WM_STATE", action, atom(state),
               secondState.empty() ? 0 : atom(secondState), kFromApplication);
 }
 

@@ -56,8 +56,9 @@ class XClient : NonCopyable {
   /// Creates a window with the properties of a game, and maps it. Does not wait for a window
   /// manager.
   xcb_window_t openGameWindow(PixelRect frame, std::uint32_t color);
-  /// Creates and maps a transparent window with a visual of depth 32.
-  xcb_window_t openTransparentWindow(PixelRect frame);
+  /// Creates and maps a transparent window with a visual of depth 32. The default parent is the
+  /// root window.
+  xcb_window_t openTransparentWindow(PixelRect frame, xcb_window_t parent = 0);
   void map(xcb_window_t window);
   void unmap(xcb_window_t window);
   void destroy(xcb_window_t window);
@@ -98,6 +99,8 @@ class XClient : NonCopyable {
   /// Sends `_NET_WM_STATE` for one or two states to the window manager, as the window's owner does.
   void requestState(xcb_window_t window, bool isAdded, std::string_view state,
                     std::string_view secondState = "");
+  /// Sends `_NET_WM_STATE` to toggle two states, as the window's owner does.
+  void toggleStates(xcb_window_t window, std::string_view state, std::string_view secondState);
   /// Returns the first descendant of `ancestor` that has `name` as its class or WM_NAME. Returns 0
   /// if no descendant has this name. Searches depth first, topmost window first. The default for
   /// `ancestor` is the root window.
@@ -123,6 +126,8 @@ class XClient : NonCopyable {
   [[nodiscard]] std::map<std::string, unsigned> clientResourceCounts(xcb_window_t window) const;
 
  private:
+  void sendStateRequest(xcb_window_t window, std::uint32_t action, std::string_view state,
+                        std::string_view secondState);
   void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,
                    std::uint32_t data0, std::uint32_t data1, std::uint32_t data2 = 0,
                    std::uint32_t data3 = 0);

@@ -126,6 +126,24 @@ TEST_P(X11CoverOfForeignHost, ShieldIsMappedInAHostThatRedirectsItsChildren) {
   EXPECT_FALSE(gameGetsClicks());
 }
 
+// Between the two MapNotify events, the host could draw over a child that no overlay hides.
+TEST_P(X11CoverOfForeignHost, IsMappedAboveTheHostBeforeItIsMappedInside) {
+  const auto tree = x11::XcbPointer<xcb_query_tree_reply_t>(xcb_query_tree_reply(
+      client.connection(), xcb_query_tree(client.connection(), game), nullptr));
+  client.selectEvents(tree->parent, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+  client.takeEventTypes();
+  system().setScene(handle, whiteSceneWithIndicator({640, 400}));
+  deliver();
+  std::vector<xcb_window_t> parentsOfMapped;
+  while (const x11::Event event{xcb_poll_for_event(client.connection())}) {
+    if (x11::typeOf(*event) == XCB_MAP_NOTIFY) {
+      parentsOfMapped.push_back(x11::eventAs<xcb_map_notify_event_t>(*event).event);
+    }
+  }
+  EXPECT_THAT(parentsOfMapped, testing::ElementsAre(tree->parent, game));
+}
+
 TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildren) {
   cover();
   InferiorsPainter painter(client, game);

@@ -200,6 +200,28 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
+// A window manager gives a transparent window a frame with an alpha channel. If the window fills
+// its frame and the overlay in the frame has no alpha channel, the server needs gigabytes for the
+// overlay.
+TEST_F(X11Cover, HasTheVisualOfTheFrameAroundATransparentWindow) {
+  const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
+  const xcb_window_t clear = client.openTransparentWindow({0, 0, 200, 100}, frame);
+  const AdoptedWindow found = adopt(clear);
+  const auto depthOfTopChild = [&] {
+    const x11::XcbPointer<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
+        client.connection(), xcb_get_geometry(client.connection(), client.children(frame).back()),
+        nullptr));
+    return geometry == nullptr ? 0 : geometry->depth;
+  };
+  system().setScene(found.handle, whiteSceneWithIndicator(found.frame.size));
+  deliver();
+  ASSERT_EQ(client.children(frame).size(), 2U);
+  EXPECT_EQ(depthOfTopChild(), 32);
+  EXPECT_EQ(client.windowPicture(frame).at(5, 5), 0xFFFFFFFFU);
+  EXPECT_EQ(client.screenPicture(frame).at(5, 5), kWhite);
+  EXPECT_THAT(log, IsEmpty());
+}
+
 TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   ASSERT_TRUE(client.children(game).empty());
   const WindowHandle ownWindow =
