@@ -26,6 +26,7 @@ enum class Atom : std::size_t {
   NetWmStateMaximizedVert,
   NetWmStateMaximizedHorz,
   NetFrameExtents,
+  NetRequestFrameExtents,
   NetWmWindowType,
   NetWmWindowTypeNormal,
   NetWmWindowTypeDialog,
@@ -56,6 +57,7 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Cou
     "_NET_WM_STATE_MAXIMIZED_VERT",
     "_NET_WM_STATE_MAXIMIZED_HORZ",
     "_NET_FRAME_EXTENTS",
+    "_NET_REQUEST_FRAME_EXTENTS",
     "_NET_WM_WINDOW_TYPE",
     "_NET_WM_WINDOW_TYPE_NORMAL",
     "_NET_WM_WINDOW_TYPE_DIALOG",
@@ -65,5 +67,9 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Cou
     "_NET_WM_ACTION_RESIZE",
     "_VEL_TIME",
 };
+
+/// The values of _NET_WM_STATE that replace the size of a window.
+inline constexpr std::array kEnlargedStates{
+    Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert, Atom::NetWmStateMaximizedHorz};
 
 }  // namespace vel::x11

@@ -1,7 +1,6 @@
 #include "Platform/WindowSystem/X11/StateRequestRelay.h"
 
 #include <algorithm>
-#include <array>
 
 #include "Platform/WindowSystem/X11/ControlsMonitor.h"
 #include "Platform/WindowSystem/X11/Requests.h"
@@ -13,6 +12,7 @@ namespace {
 // Values in a _NET_WM_STATE message. The message contains an action, two states and a source
 // indication.
 constexpr std::uint32_t kActionAdd = 1;
+constexpr std::uint32_t kActionToggle = 2;
 constexpr std::uint32_t kSourcePager = 2;
 
 }  // namespace
@@ -21,8 +21,11 @@ StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& wind
                                      WindowTable& windows)
     : connection_(connection), windowManager_(windowManager), windows_(windows) {}
 
-void StateRequestRelay::start() {
+void StateRequestRelay::prepareOverride(Window& window, NSWindowStyleMask styleMask) {
   windowManager_.selectStateRequests(WindowManager::StateRequests::Received);
+  if (window.isEnlarged && (styleMask & NSWindowStyleMaskResizable) == 0) {
+    window.style->allowResizing();
+  }
 }
 
 void StateRequestRelay::stopIfUnused() {
@@ -33,32 +36,43 @@ void StateRequestRelay::stopIfUnused() {
   }
 }
 
+void StateRequestRelay::allowResizingOfEnlargedWindows() {
+  for (auto& [id, window] : windows_) {
+    if (window.isEnlarged && window.style->preventsResizing()) {
+      allowResizing(window);
+    }
+  }
+}
+
+void StateRequestRelay::allowResizing(Window& window) {
+  window.style->allowResizing();
+  ControlsMonitor::scheduleCheck(window);
+}
+
 // The request that we send also comes back as an event. `preventsResizing` is then false, so we
-// ignore the event. If the window manager has accepted the owner's request, our request has no
-// effect.
+// ignore the event. If the window manager has accepted the owner's request, ours has no effect: it
+// adds the states even if the owner's request toggles them. An owner's toggle is a request to add
+// the states, because `preventsResizing` is false while the window has one of the states.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||
       !windowManager_.isPresent()) {
     return;
   }
-  window->style->allowResizing();
+  allowResizing(*window);
   const auto& data = message.data.data32;
   sendToWindowManager(connection_, window->id, Atom::NetWmState,
-                      {data[0], data[1], data[2], data[3], data[4]});
-  ControlsMonitor::scheduleCheck(*window);
+                      {kActionAdd, data[1], data[2], data[3], data[4]});
 }
 
 // Ignores the requests of pagers: a pager sends them for the user, not for the owner.
 bool StateRequestRelay::needsResizing(const xcb_client_message_event_t& message) const {
   const auto& data = message.data.data32;
   if (message.type != connection_.atom(Atom::NetWmState) || message.format != 32 ||
-      data[0] != kActionAdd || data[3] == kSourcePager) {
+      (data[0] != kActionAdd && data[0] != kActionToggle) || data[3] == kSourcePager) {
     return false;
   }
-  constexpr std::array kStates{Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert,
-                               Atom::NetWmStateMaximizedHorz};
-  return std::ranges::any_of(kStates, [&](Atom state) {
+  return std::ranges::any_of(kEnlargedStates, [&](Atom state) {
     return data[1] == connection_.atom(state) || data[2] == connection_.atom(state);
   });
 }

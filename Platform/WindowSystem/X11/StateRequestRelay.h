@@ -12,19 +12,26 @@ namespace vel::x11 {
 /// request, a _NET_WM_STATE message, through the root window, so this class receives a copy.
 /// This class then restores the functions for resizing and maximising, and sends the request again.
 /// So the window manager receives the new hints before the second request.
+///
+/// Some window managers also undo the state of a window that is already maximised when it loses the
+/// functions. So this class keeps the functions of such a window.
 class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Starts receiving requests. Call this before overriding the hints of an adopted window.
-  void start();
+  /// Starts receiving requests. Call this before setting the style mask of an adopted window.
+  void prepareOverride(Window& window, NSWindowStyleMask styleMask);
   /// Stops receiving requests if no window's hints are overridden. While the relay receives
   /// requests, the server also sends events about every top-level window.
   void stopIfUnused();
+  /// Restores the functions of the windows that have become maximised or fullscreen. Call this
+  /// after `WindowMonitor::updateChangedWindows`.
+  void allowResizingOfEnlargedWindows();
   /// Processes a ClientMessage event.
   void handle(const xcb_client_message_event_t& message);
 
  private:
+  static void allowResizing(Window& window);
   [[nodiscard]] bool needsResizing(const xcb_client_message_event_t& message) const;
 
   Connection& connection_;

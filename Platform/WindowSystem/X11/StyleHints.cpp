@@ -118,11 +118,16 @@ HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb
   return Property::ofNumbers(motif ? motif->type : newType, elements);
 }
 
-Property permissiveMotif(xcb_atom_t type) {
-  std::vector<std::uint32_t> elements(kMotifElementCount);
-  elements[kMotifFlags] = kHasFunctions | kHasDecorations;
-  elements[kMotifFunctions] = elements[kMotifDecorations] = kAll;
-  return Property::ofNumbers(type, elements);
+Property completeMotif(const HintValue& motif, xcb_atom_t newType) {
+  auto elements = elementsOf(motif, kMotifElementCount);
+  if ((elements[kMotifFlags] & kHasFunctions) == 0) {
+    elements[kMotifFunctions] = kAll;
+  }
+  if ((elements[kMotifFlags] & kHasDecorations) == 0) {
+    elements[kMotifDecorations] = kAll;
+  }
+  elements[kMotifFlags] |= kHasFunctions | kHasDecorations;
+  return Property::ofNumbers(motif ? motif->type : newType, elements);
 }
 
 NSWindowStyleMask styleMaskOf(const StyleHints& hints) {

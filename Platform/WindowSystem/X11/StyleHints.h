@@ -34,10 +34,11 @@ struct StyleHints {
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
-/// A value of _MOTIF_WM_HINTS that allows all functions and decorations. The value has the same
-/// effect as no property. Restoring writes this value before it deletes the property, because some
-/// window managers ignore the deletion.
-[[nodiscard]] Property permissiveMotif(xcb_atom_t type);
+/// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
+/// of functions and a set of decorations. If `motif` lacks a set, the new set allows everything.
+/// Restoring writes this value first: when a set is missing, some window managers keep the set of
+/// the previous value. `newType` is the type of a new property.
+[[nodiscard]] Property completeMotif(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that the program sets the position and the
 /// size.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "Platform/WindowSystem/X11/Requests.h"
 
@@ -23,16 +24,36 @@ StyleRestorer::StyleRestorer(Connection& connection, WindowManager& windowManage
                              WindowTable& windows)
     : connection_(connection), windowManager_(windowManager), windows_(windows) {}
 
-// A ConfigureWindow request without values changes nothing. A window manager receives it as a
-// ConfigureRequest after the PropertyNotify, and replies with a ConfigureNotify.
 void StyleRestorer::begin(Window& window) {
   if (!window.style->isRestoring()) {
-    window.restorationDeadline = kNever;
+    cancel(window);
   } else if (!windowManager_.isPresent()) {
     window.style->finishRestoring();
   } else if (window.restorationDeadline == kNever) {
+    startWaiting(window);
+  }
+}
+
+// A ConfigureWindow request without values changes nothing. A window manager receives it as a
+// ConfigureRequest after the PropertyNotify, and replies with a ConfigureNotify.
+void StyleRestorer::startWaiting(Window& window) {
+  if (!windowManager_.repliesToFrameExtentsRequests()) {
     configureWindow(connection_, window.id, 0, {});
     window.restorationDeadline = steadyNow() + kWindowManagerDelay;
+    return;
+  }
+  window.restorationProbe = connection_.makeId();
+  createWindow(connection_,
+               {.id = window.restorationProbe, .parent = connection_.root(), .frame = {0, 0, 1, 1}},
+               XCB_CW_EVENT_MASK, {XCB_EVENT_MASK_PROPERTY_CHANGE});
+  sendToWindowManager(connection_, window.restorationProbe, Atom::NetRequestFrameExtents, {});
+  window.restorationDeadline = steadyNow() + kWindowManagerTimeLimit;
+}
+
+void StyleRestorer::cancel(Window& window) {
+  window.restorationDeadline = kNever;
+  if (window.restorationProbe != XCB_WINDOW_NONE) {
+    destroyWindow(connection_, std::exchange(window.restorationProbe, XCB_WINDOW_NONE));
   }
 }
 
@@ -55,7 +76,7 @@ Nanoseconds StyleRestorer::deadline() const {
 void StyleRestorer::check(Nanoseconds now) {
   for (auto& [id, window] : windows_) {
     if (now >= window.restorationDeadline) {
-      window.restorationDeadline = kNever;
+      cancel(window);
       window.style->finishRestoring();
     }
   }
@@ -68,12 +89,16 @@ void StyleRestorer::finish(Window& window) {
   connection_.waitForEvent(
       [&](const xcb_generic_event_t& event) { return showsThatHintsWereRead(window, event); },
       window.restorationDeadline);
-  window.restorationDeadline = kNever;
+  cancel(window);
   window.style->finishRestoring();
 }
 
 bool StyleRestorer::showsThatHintsWereRead(const Window& window,
                                            const xcb_generic_event_t& event) const {
+  if (window.restorationProbe != XCB_WINDOW_NONE) {
+    return typeOf(event) == XCB_PROPERTY_NOTIFY &&
+           eventAs<xcb_property_notify_event_t>(event).window == window.restorationProbe;
+  }
   if (isOverrideRecent(window)) {
     return false;
   }

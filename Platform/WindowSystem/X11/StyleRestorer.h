@@ -6,29 +6,41 @@
 
 namespace vel::x11 {
 
-/// Deletes the _MOTIF_WM_HINTS that we have written on adopted windows, if the owner has set no
-/// such property. Some window managers ignore the deletion. So `WindowStyle::restore` first writes
-/// a value that allows everything. This class deletes the property when the window manager has read
-/// that value, but after `kWindowManagerDelay` at the latest. Without a window manager, it deletes
-/// the property immediately.
+/// Restores the _MOTIF_WM_HINTS of adopted windows in two steps, if the owner has not set the
+/// property or has set it without functions or decorations. When such a value replaces ours, some
+/// window managers keep our functions. So `WindowStyle::restore` first writes a value that contains
+/// everything. This class writes the owner's value when the window manager has read the first
+/// value, or when a time limit has passed. Without a window manager, it writes the owner's value
+/// immediately.
+///
+/// A window manager processes events in order. So after writing the value, this class asks the
+/// window manager to write _NET_FRAME_EXTENTS on a new window, the probe. When the probe has the
+/// property, the window manager has read the value.
+///
+/// A few window managers do not write this property. For these window managers, this class asks for
+/// a ConfigureNotify of the adopted window, and also accepts other signs that the window manager
+/// has updated the window. These signs can have another cause, so the time limit is short.
 class StyleRestorer final : public NonCopyable {
  public:
   StyleRestorer(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Schedules the deletion if it is needed. Call this after each call that may restore the
+  /// Schedules the second step if it is needed. Call this after each call that may restore the
   /// window's style.
   void begin(Window& window);
   /// Processes an event that may show that the window manager has read the hints.
   void handle(const xcb_generic_event_t& event);
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Deletes _MOTIF_WM_HINTS of each window whose deadline has passed.
+  /// Takes the second step for each window whose deadline has passed.
   void check(Nanoseconds now);
-  /// Completes a scheduled deletion. Blocks until the window manager has read the hints, but at
-  /// most until `kWindowManagerDelay` after `begin`.
+  /// Takes a scheduled second step. Blocks until the window manager has read the hints or the time
+  /// limit has passed.
   void finish(Window& window);
+  /// Cancels a scheduled second step, because the window is destroyed.
+  void cancel(Window& window);
 
  private:
+  void startWaiting(Window& window);
   // Returns true if the event shows that the window manager has read the restored hints.
   [[nodiscard]] bool showsThatHintsWereRead(const Window& window,
                                             const xcb_generic_event_t& event) const;

@@ -25,6 +25,8 @@ struct Window {
   /// Always true for an adopted window.
   bool isOrdered = false;
   bool isMiniaturized = false;
+  /// True for an adopted window that is fullscreen or maximised, even in only one direction.
+  bool isEnlarged = false;
   /// True after MapWindow has been sent, until MapNotify comes.
   bool isBeingMapped = false;
   /// True if the window gets the input focus as soon as it is viewable.
@@ -38,8 +40,10 @@ struct Window {
   Nanoseconds controlsDeadline = kNever;
   /// The controls of the last `controlsKept` report. No value before the first report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
-  /// The time at which to delete the hints that `WindowStyle::restore` has written.
+  /// The time at which to write the hints that `WindowStyle::finishRestoring` writes.
   Nanoseconds restorationDeadline = kNever;
+  /// A window of ours on which the window manager sets a property when it has read those hints.
+  xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;
 

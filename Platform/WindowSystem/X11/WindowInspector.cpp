@@ -2,6 +2,8 @@
 
 #include <xcb/xcb_icccm.h>
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "Platform/WindowSystem/X11/Requests.h"
@@ -36,11 +38,13 @@ bool WindowInspection::isSupportingWmCheckWindow() const {
 WindowState WindowInspector::readState(xcb_window_t id) {
   xcb_connection_t* const xcb = connection_.get();
   const auto wmState = connection_.requestProperty(id, connection_.atom(Atom::WmState));
+  const auto netWmState = connection_.requestProperty(id, connection_.atom(Atom::NetWmState));
   const auto attributes = xcb_get_window_attributes(xcb, id);
   const auto geometry = xcb_get_geometry(xcb, id);
   const auto origin = xcb_translate_coordinates(xcb, id, connection_.root(), 0, 0);
   WindowState state;
   state.wmState = connection_.readProperty(wmState, id);
+  state.netWmState = connection_.readProperty(netWmState, id);
   state.attributes = connection_.waitForReply(xcb_get_window_attributes_reply, attributes,
                                               "GetWindowAttributes", id);
   state.geometry = connection_.waitForReply(xcb_get_geometry_reply, geometry, "GetGeometry", id);
@@ -109,6 +113,14 @@ bool WindowInspector::isFrame(const WindowInspection& inspection) {
     }
   }
   return false;
+}
+
+bool WindowInspector::isEnlarged(const WindowState& state) const {
+  const std::vector<std::uint32_t> atoms =
+      state.netWmState ? state.netWmState->numbers() : std::vector<std::uint32_t>();
+  return std::ranges::any_of(kEnlargedStates, [&](Atom name) {
+    return std::ranges::find(atoms, connection_.atom(name)) != atoms.end();
+  });
 }
 
 bool WindowInspector::hasFocus(const WindowInspection& inspection) {

@@ -16,6 +16,7 @@ struct WindowState {
   XcbPointer<xcb_get_geometry_reply_t> geometry;
   XcbPointer<xcb_translate_coordinates_reply_t> origin;  // in the root window
   std::optional<Property> wmState;
+  std::optional<Property> netWmState;
 
   [[nodiscard]] bool isComplete() const {
     return attributes != nullptr && geometry != nullptr && origin != nullptr;
@@ -57,6 +58,8 @@ class WindowInspector final : public NonCopyable {
   WindowInspection inspect(xcb_window_t id);
   /// Returns why the window cannot be adopted; null if it can.
   const char* reasonToRefuse(const WindowInspection& inspection);
+  /// Returns true if the window is fullscreen or maximised, even in only one direction.
+  [[nodiscard]] bool isEnlarged(const WindowState& state) const;
   /// Returns true if the focus is on the window or on one of its descendants.
   bool hasFocus(const WindowInspection& inspection);
 

@@ -169,6 +169,12 @@ std::string WindowManager::readName() {
   return name ? std::string(name->text()) : std::string();
 }
 
+// Fluxbox announces support for the request, but sends no reply.
+bool WindowManager::repliesToFrameExtentsRequests() {
+  return isPresent() && supports(Atom::NetRequestFrameExtents) &&
+         !readName().starts_with("Fluxbox");
+}
+
 std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t window) {
   if (!isPresent()) {
     return NSWindowStyleMaskBorderless;

@@ -42,6 +42,10 @@ class WindowManager final : public NonCopyable {
   /// manager does not publish the controls. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
+  /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a
+  /// round trip.
+  [[nodiscard]] bool repliesToFrameExtentsRequests();
+
   enum class StateRequests : std::uint8_t { Ignored, Received };
   /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients
   /// send to the window manager.

@@ -35,6 +35,12 @@ void WindowMonitor::handle(const xcb_generic_event_t& event) {
 void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
+  } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
+    // The back end writes the property of its own windows itself.
+    const Window* const window = windows_.find(notice.window);
+    if (window != nullptr && !window->isOwn()) {
+      markChanged(notice.window);
+    }
   } else if (notice.atom == connection_.atom(Atom::MotifWmHints) ||
              notice.atom == XCB_ATOM_WM_NORMAL_HINTS) {
     if (Window* const window = windows_.find(notice.window)) {
@@ -71,6 +77,7 @@ void WindowMonitor::update(Window& window) {
     window.frame = frame;
     reportFrame(window);
   }
+  window.isEnlarged = !window.isOwn() && inspector_.isEnlarged(state);
   updateMiniaturized(window, state);
   if (window.wantsFocus && state.isViewable()) {
     window.wantsFocus = false;

@@ -73,7 +73,9 @@ bool WindowStyle::preventsResizing() const {
 
 void WindowStyle::allowResizing() {
   isResizingAllowed_ = true;
-  reconcileAndOverrideMotif();
+  if (isOverridden_) {
+    reconcileAndOverrideMotif();
+  }
 }
 
 std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersStyleMask() const {
@@ -121,18 +123,19 @@ void WindowStyle::reconcileAndOverrideMotif() {
 }
 
 void WindowStyle::restore() {
-  if (!isOverridden_) {
+  isResizingAllowed_ = false;
+  if (!std::exchange(isOverridden_, false)) {
     return;
   }
-  isOverridden_ = isResizingAllowed_ = false;
   const ServerGrab grab(connection_);
   reconcileReplacedMotif();
   reconcileCurrentHints();
-  if (motif_.ownersValue() || !motif_.currentValue()) {
+  const HintValue completeValue = completeMotif(motif_.ownersValue(), motifName_);
+  if (motif_.currentValue() == motif_.ownersValue() || completeValue == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();
   } else {
-    writeMotif(permissiveMotif(motifName_));
+    writeMotif(completeValue);
     isRestoring_ = true;
   }
 }

@@ -41,9 +41,9 @@ namespace vel::x11 {
 ///     property                                   event comes; then our
 ///                                                value
 ///   we, in restore                             C                          nothing
-///   we, in restore, without a value to         a value that allows all,   nothing
-///     restore                                    until `finishRestoring`;
-///                                                then no property
+///   we, in restore, if C lacks functions or    `completeMotif` of C,      nothing
+///     decorations, or is no property             until `finishRestoring`;
+///                                                then C
 class WindowStyle final : public NonCopyable {
  public:
   /// For a window that we create. Writes the hints.
@@ -68,23 +68,25 @@ class WindowStyle final : public NonCopyable {
   /// create.
   void readOwnersHints();
 
-  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner has
-  /// set no property, `isRestoring` is true afterwards, and `finishRestoring` must follow.
+  /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
+  /// value lacks functions or decorations, `isRestoring` is true afterwards, and `finishRestoring`
+  /// must follow.
   void restore();
-  /// True while the property has a value that allows everything. The window manager must read this
-  /// value before `finishRestoring` deletes the property: some window managers ignore the deletion.
+  /// True while the property has the value of `completeMotif`. The window manager must read this
+  /// value before `finishRestoring` writes the owner's value: some window managers keep the
+  /// functions that the owner's value lacks.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
-  /// Deletes the property, unless the owner has written it since `restore`. Blocks for a round
-  /// trip.
+  /// Writes the owner's value. If the owner has written another value since, that value stays.
+  /// Blocks for a round trip.
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
   /// Returns true if the overridden hints remove the functions for resizing and maximising.
   [[nodiscard]] bool preventsResizing() const;
-  /// Restores the functions for resizing and maximising until `restore` is called, because the
-  /// owner needs these functions. Blocks for a round trip.
+  /// Keeps or restores the functions for resizing and maximising until `restore`, because the owner
+  /// needs them. Blocks for a round trip if the hints are overridden.
   void allowResizing();
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 

@@ -184,7 +184,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     return std::nullopt;
   }
   connection_->markExisting(id);
-  AdoptedWindow adoptedWindow = adopt(inspection);
+  AdoptedWindow adoptedWindow = adopt(inspection, inspector.isEnlarged(inspection.state));
   adoptedWindow.hasFocus = inspector.hasFocus(inspection);
   focus_.windowAdopted(id, adoptedWindow.hasFocus);
   if (adoptedWindow.isOnScreen) {
@@ -207,7 +207,7 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   return connection_->hasCreated(id) ? "it belongs to this program" : nullptr;
 }
 
-AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection) {
+AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection, bool isEnlarged) {
   const x11::WindowState& state = inspection.state;
   Window& window = windows_.add(
       {.id = inspection.id,
@@ -215,6 +215,7 @@ AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection) {
        .frame = state.frame(),
        .isOrdered = true,
        .isMiniaturized = state.isIconic() || state.isUnmapped(),
+       .isEnlarged = isEnlarged,
        .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
   makeCover(window, state.attributes->visual, state.geometry->depth, makeOverlay(inspection));
   return {.handle = window.handle(),
@@ -366,7 +367,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
   if (Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
     if (!window->isOwn()) {
-      relay_.start();
+      relay_.prepareOverride(*window, styleMask);
     }
     window->style->setMask(styleMask, window->frame);
     restorer_.begin(*window);
@@ -455,6 +456,7 @@ bool X11WindowSystem::processEvents() {
     hasEvents = handleArrivedEvents() || hasEvents;
     moveDraggedWindow();
     monitor_.updateChangedWindows();
+    relay_.allowResizingOfEnlargedWindows();
     focus_.reportChanges([this] { return handleArrivedEvents(); });
   } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
   const Nanoseconds now = x11::steadyNow();
@@ -570,6 +572,7 @@ void X11WindowSystem::windowDestroyed(xcb_window_t id) {
   }
   const WindowHandle handle = window->handle();
   window->cover->windowDestroyed();
+  restorer_.cancel(*window);
   windows_.remove(id);
   relay_.stopIfUnused();
   focus_.windowRemoved(id);

@@ -56,7 +56,7 @@ class X11WindowSystem final : public WindowSystem {
 
   // Windows
   const char* reasonToRefuse(std::uint64_t nativeId);
-  AdoptedWindow adopt(const x11::WindowInspection& inspection);
+  AdoptedWindow adopt(const x11::WindowInspection& inspection, bool isEnlarged);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
   std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection);

@@ -54,10 +54,10 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
     deliverFor(kSettlingTime);  // the manager updates the buttons
   }
-  void uncover() {
+  void uncover(const std::optional<Property>& ownersHints = std::nullopt) {
     system().setScene(handle, {});
     system().setStyleMask(handle, kAllControls);
-    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == ownersHints; }));
     deliverFor(kSettlingTime);
   }
   /// Returns false if the condition does not become true within the reaction time.
@@ -172,6 +172,19 @@ TEST_P(X11StyleManagers, RemoveTheUsersControlsAndRestoreThem) {
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(GetParam().controlsWhileCovered));
   uncover();
   EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"), hintsBefore);
+  EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
+}
+
+// SDL 2 writes such hints. They contain decorations, but no functions.
+TEST_P(X11StyleManagers, RestoreTheControlsOfAGameThatSetsOnlyDecorations) {
+  constexpr std::array<std::uint32_t, 5> kAllDecorations{2, 0, 1, 0, 0};
+  const Property hints = Property::ofNumbers(client.atom("_MOTIF_WM_HINTS"), kAllDecorations);
+  client.setProperty(game, "_MOTIF_WM_HINTS", hints);
+  deliverFor(kSettlingTime);
+  const std::vector<std::string> controlsBefore = workingControls();
+  EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
+  cover();
+  uncover(hints);
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 

@@ -1,0 +1,46 @@
+// A cover over a window whose window manager is busy for some time.
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+#include "Tests/Support/X11/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr NSWindowStyleMask kEverything = 15;
+constexpr std::uint32_t kIconicState = 3;
+
+class X11BusyManager : public X11Test {
+ protected:
+  X11BusyManager() : X11Test(Manager::Xfwm4) {}
+};
+
+// xfwm4 ignores the deletion of hints. So the back end must not delete the hints before xfwm4 has
+// read the value that allows all controls.
+TEST_F(X11BusyManager, RestoresTheControlsWhenItReadsTheHintsLate) {
+  const xcb_window_t game = client.openGameWindow(kGame, kGreen);
+  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
+  deliverFor(0.2);  // xfwm4 adds its frame
+  const WindowHandle handle = adopt(game).handle;
+  system().setScene(handle, whiteScene({640, 400}));
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  ASSERT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+
+  manager.signal(SIGSTOP);
+  system().setScene(handle, {});
+  system().setStyleMask(handle, kEverything);
+  deliverFor(0.5);
+  manager.signal(SIGCONT);
+
+  EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+  deliverFor(0.2);  // xfwm4 draws the buttons
+  const PixelRect area = client.areaOnScreen(game);
+  client.click(area.x + area.width - 57, area.y - 14);
+  EXPECT_TRUE(waitFor([&] { return client.numbers(game, "WM_STATE").front() == kIconicState; }));
+}
+
+}  // namespace
+}  // namespace vel::test

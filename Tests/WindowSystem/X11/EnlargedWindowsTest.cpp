@@ -1,0 +1,106 @@
+// Covers over windows that are maximised or fullscreen, under real window managers.
+#include <gmock/gmock.h>
+
+#include <array>
+
+#include "Tests/Support/X11/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+constexpr PixelRect kGame{200, 150, 640, 400};
+constexpr PixelRect kScreen{0, 0, 1280, 960};
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr NSWindowStyleMask kEverything = 15;
+constexpr std::string_view kFullscreen = "_NET_WM_STATE_FULLSCREEN";
+constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
+constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
+// The time, in seconds, that a window manager has for an unwanted reaction.
+constexpr double kReactionTime = 0.5;
+
+class X11EnlargedWindows : public X11Test, public testing::WithParamInterface<Manager> {
+ protected:
+  X11EnlargedWindows() : X11Test(GetParam()) {}
+
+  void SetUp() override {
+    game = client.openGameWindow(kGame, kGreen);
+    ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
+    deliverFor(0.2);  // the window manager adds its frame
+  }
+  void maximise() {
+    client.requestState(game, true, kMaximizedVert, kMaximizedHorz);
+    ASSERT_TRUE(waitFor([&] { return isMaximised(); }));
+  }
+  void cover() {
+    handle = adopt(game).handle;
+    system().setScene(handle, whiteScene({1280, 960}));
+    system().setStyleMask(handle, NSWindowStyleMaskTitled);
+    EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
+  }
+  void uncover() {
+    system().setScene(handle, {});
+    system().setStyleMask(handle, kEverything);
+    EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
+    deliverFor(kReactionTime);
+  }
+  [[nodiscard]] bool isMaximised() const {
+    const PixelRect area = client.areaOnScreen(game);
+    return area.width > 1200 && area.height > 850;
+  }
+
+  xcb_window_t game = 0;
+  WindowHandle handle = WindowHandle::None;
+};
+
+TEST_P(X11EnlargedWindows, StayMaximisedWhileCoveredAndAfterwards) {
+  maximise();
+  const PixelRect area = client.areaOnScreen(game);
+  cover();
+  deliverFor(kReactionTime);
+  EXPECT_EQ(client.areaOnScreen(game), area);
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
+  uncover();
+  EXPECT_EQ(client.areaOnScreen(game), area);
+  client.requestState(game, false, kMaximizedVert, kMaximizedHorz);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+}
+
+TEST_P(X11EnlargedWindows, StayFullscreenWhileCoveredAndAfterwards) {
+  client.requestState(game, true, kFullscreen);
+  ASSERT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
+  cover();
+  deliverFor(kReactionTime);
+  EXPECT_EQ(client.areaOnScreen(game), kScreen);
+  EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
+  uncover();
+  EXPECT_EQ(client.areaOnScreen(game), kScreen);
+  client.requestState(game, false, kFullscreen);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+}
+
+TEST_P(X11EnlargedWindows, AreMaximisedIfTheOwnerTogglesTheStateWhileCovered) {
+  cover();
+  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
+  deliverFor(kReactionTime);
+  EXPECT_TRUE(isMaximised());
+  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
+  uncover();
+  EXPECT_TRUE(isMaximised());
+}
+
+std::string nameOfManager(const testing::TestParamInfo<Manager>& run) {
+  constexpr std::array<const char*, 5> kNames{"Bare", "Metacity", "Openbox", "Xfwm4", "IceWM"};
+  return kNames.at(static_cast<std::size_t>(run.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Managers, X11EnlargedWindows,
+                         testing::Values(Manager::Metacity, Manager::Openbox, Manager::Xfwm4,
+                                         Manager::IceWM),
+                         nameOfManager);
+
+}  // namespace
+}  // namespace vel::test
