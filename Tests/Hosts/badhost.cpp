@@ -9,6 +9,7 @@
 // - "resize" asks for another size, and on the next SIGUSR1 for the first size.
 // - "maximise" and "fullscreen" ask the window manager to add the state, and on the next SIGUSR1 to
 //   remove the state.
+// - "toggle" asks the window manager to toggle the maximised state.
 // - "remap" unmaps the window and maps it again.
 // - "recreate" opens a new window and destroys the old window.
 //
@@ -48,6 +49,13 @@ constexpr std::uint16_t kHeight = 480;
 constexpr std::int16_t kLeft = 100;
 constexpr std::int16_t kTop = 80;
 constexpr std::uint16_t kStripe = 16;
+
+// The actions and states of a _NET_WM_STATE message.
+constexpr std::uint32_t kRemove = 0;
+constexpr std::uint32_t kAdd = 1;
+constexpr std::uint32_t kToggle = 2;
+constexpr const char* kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
+constexpr const char* kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
 
 struct Free {
   void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc)
@@ -102,9 +110,11 @@ class BadHost {
       xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                            size.data());
     } else if (habit_ == "maximise") {
-      changeState("_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ");
+      changeState(hasToggled_ ? kAdd : kRemove, kMaximizedVert, kMaximizedHorz);
+    } else if (habit_ == "toggle") {
+      changeState(kToggle, kMaximizedVert, kMaximizedHorz);
     } else if (habit_ == "fullscreen") {
-      changeState("_NET_WM_STATE_FULLSCREEN", "");
+      changeState(hasToggled_ ? kAdd : kRemove, "_NET_WM_STATE_FULLSCREEN", "");
     } else if (habit_ == "remap") {
       remap();
     } else if (habit_ == "recreate") {
@@ -253,13 +263,13 @@ class BadHost {
     }
   }
 
-  void changeState(const std::string& first, const std::string& second) {
+  void changeState(std::uint32_t action, const std::string& first, const std::string& second) {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window_;
     message.type = atom("_NET_WM_STATE");
-    message.data.data32[0] = hasToggled_ ? 1 : 0;
+    message.data.data32[0] = action;
     message.data.data32[1] = atom(first);
     message.data.data32[2] = second.empty() ? 0 : atom(second);
     message.data.data32[3] = 1;

@@ -31,10 +31,21 @@ class Environment:
     `buttons` maps the name of each button of the frame to an offset: the position of the button's
     centre relative to the top right corner of the area inside the frame. The map is empty if the window
     manager draws no buttons. `can_resize` is true if the user can resize a window by the bottom right
-    corner of the frame.
+    corner of the frame. `publishes_actions_when_mapped` is true if the window manager writes
+    _NET_WM_ALLOWED_ACTIONS only when it maps a window.
     """
 
-    def __init__(self, name, commands=(), files=None, buttons=None, can_resize=False, has_compositor=False, bus=False):
+    def __init__(
+        self,
+        name,
+        commands=(),
+        files=None,
+        buttons=None,
+        can_resize=False,
+        has_compositor=False,
+        bus=False,
+        publishes_actions_when_mapped=False,
+    ):
         self.name = name
         self.commands = commands
         self.files = files or {}
@@ -42,6 +53,7 @@ class Environment:
         self.can_resize = can_resize
         self.has_compositor = has_compositor
         self.needs_bus = bus
+        self.publishes_actions_when_mapped = publishes_actions_when_mapped
         self.has_manager = bool(commands)
 
 
@@ -81,6 +93,7 @@ ENVIRONMENTS = [
         can_resize=True,
         has_compositor=True,
         bus=True,
+        publishes_actions_when_mapped=True,
     ),
     Environment(
         "marco",

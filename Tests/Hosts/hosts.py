@@ -18,8 +18,9 @@ class Host:
     program.
 
     `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
-    on a second SIGUSR1. `recreates_window` is true if the change destroys the window and opens another
-    window. `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down
+    on a second SIGUSR1. The change happens while the window is covered, or before if
+    `changes_before_cover` is true. `recreates_window` is true if the change destroys the window and opens another
+    window. `maps_again` is true if the change unmaps the window and maps it again. `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down
     and Page Up while the window is covered.
 
     `prepare` returns environment variables for the program. Hosts with `prepare` run one at a time.
@@ -38,7 +39,9 @@ class Host:
         self.build_commands = build_commands
         self.variables = variables or {}
         self.changes_window = False
+        self.changes_before_cover = False
         self.recreates_window = False
+        self.maps_again = False
         self.draws_on_keys = False
         self.buttons = None
         self.prepare = None
@@ -59,8 +62,8 @@ class Host:
         return None
 
 
-def _bad(habit, description):
-    name = habit if habit == "argb" else "bad-" + habit
+def _bad(habit, description, name=None):
+    name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
 
@@ -174,8 +177,16 @@ HOSTS = [
     ),
     _bad("resize", "changes its size while covered").with_settings(changes_window=True),
     _bad("maximise", "maximises its window while covered").with_settings(changes_window=True),
+    _bad("toggle", "maximises its window while covered, with a request to toggle").with_settings(
+        changes_window=True
+    ),
+    _bad("maximise", "a window that is maximised before it is covered", "bad-maximised").with_settings(
+        changes_window=True, changes_before_cover=True
+    ),
     _bad("fullscreen", "goes fullscreen while covered").with_settings(changes_window=True),
-    _bad("remap", "unmaps its window and maps it again while covered").with_settings(changes_window=True),
+    _bad("remap", "unmaps its window and maps it again while covered").with_settings(
+        changes_window=True, maps_again=True
+    ),
     Host(
         "bad-tiny",
         "a window of 24 by 18 pixels",
