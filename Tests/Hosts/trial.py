@@ -450,6 +450,11 @@ class Trial:
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
             self.change()
+            # Without a window manager, nothing returns the keyboard focus to a window that was unmapped.
+            if host.maps_again and not self.environment.has_manager:
+                wait_until(lambda: not client.is_viewable(self.window), 2)
+                wait_until(lambda: client.is_viewable(self.window))
+                client.focus(self.window)
             if reference is not None:
                 final = reference
                 if not wait_until(lambda: self.rect() == reference, 3):
