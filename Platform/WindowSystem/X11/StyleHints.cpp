@@ -145,8 +145,8 @@ NSWindowStyleMask styleMaskOf(const StyleHints& hints) {
   return styleMask;
 }
 
-StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
-                             xcb_atom_t motifType) {
+StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind, PixelRect frame,
+                                 xcb_atom_t motifType) {
   std::vector<std::uint32_t> motif(kMotifElementCount);
   motif[kMotifFlags] = kHasFunctions | kHasDecorations;
   motif[kMotifFunctions] = kEveryFunction;

@@ -42,7 +42,7 @@ struct StyleHints {
 
 /// The hints of a window that we create. The hints say that the program sets the position and the
 /// size.
-[[nodiscard]] StyleHints hintsForOwnWindow(NSWindowStyleMask styleMask, WindowKind kind,
-                                           PixelRect frame, xcb_atom_t motifType);
+[[nodiscard]] StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind,
+                                               PixelRect frame, xcb_atom_t motifType);
 
 }  // namespace vel::x11

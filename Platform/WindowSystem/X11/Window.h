@@ -11,19 +11,19 @@
 
 namespace vel::x11 {
 
-enum class WindowOrigin : std::uint8_t { Own, Adopted };
+enum class WindowOrigin : std::uint8_t { Created, Adopted };
 
 /// The state of one window of the back end. Its handle is its X id.
 struct Window {
   xcb_window_t id = XCB_WINDOW_NONE;
-  WindowOrigin origin = WindowOrigin::Own;
+  WindowOrigin origin = WindowOrigin::Created;
   WindowKind kind = WindowKind::Plain;
   bool isMovableByBackground = false;
   /// The frame of the content, in pixels of the root window.
   PixelRect frame;
-  /// True for an own window that `orderFront` has put on screen, even while it is miniaturised.
-  /// Always true for an adopted window.
-  bool isOrdered = false;
+  /// For a window that this back end has created: true from `orderFront` until `orderOut`, even
+  /// while the window is miniaturised. For an adopted window: always true.
+  bool isOrderedIn = false;
   bool isMiniaturized = false;
   /// True for an adopted window that is fullscreen or maximised, even in only one direction.
   bool isEnlarged = false;
@@ -47,8 +47,8 @@ struct Window {
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;
 
-  [[nodiscard]] bool isOwn() const { return origin == WindowOrigin::Own; }
-  [[nodiscard]] bool isOnScreen() const { return isOrdered && !isMiniaturized; }
+  [[nodiscard]] bool isAdopted() const { return origin == WindowOrigin::Adopted; }
+  [[nodiscard]] bool isOnScreen() const { return isOrderedIn && !isMiniaturized; }
   [[nodiscard]] WindowHandle handle() const { return static_cast<WindowHandle>(id); }
 };
 

@@ -38,7 +38,7 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
     // The back end writes the property of its own windows itself.
     const Window* const window = windows_.find(notice.window);
-    if (window != nullptr && !window->isOwn()) {
+    if (window != nullptr && window->isAdopted()) {
       markChanged(notice.window);
     }
   } else if (notice.atom == connection_.atom(Atom::MotifWmHints) ||
@@ -77,7 +77,7 @@ void WindowMonitor::update(Window& window) {
     window.frame = frame;
     reportFrame(window);
   }
-  window.isEnlarged = !window.isOwn() && inspector_.isEnlarged(state);
+  window.isEnlarged = window.isAdopted() && inspector_.isEnlarged(state);
   updateMiniaturized(window, state);
   if (window.wantsFocus && state.isViewable()) {
     window.wantsFocus = false;
@@ -88,8 +88,8 @@ void WindowMonitor::update(Window& window) {
 // The owner of an adopted window may unmap the window without iconifying it. The window system
 // reports an unmapped window and an iconic window as miniaturised.
 void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
-  const bool isMiniaturized = state.isIconic() || (!window.isOwn() && state.isUnmapped());
-  if (!window.isOrdered || isMiniaturized == window.isMiniaturized) {
+  const bool isMiniaturized = state.isIconic() || (window.isAdopted() && state.isUnmapped());
+  if (!window.isOrderedIn || isMiniaturized == window.isMiniaturized) {
     return;
   }
   window.isMiniaturized = isMiniaturized;

@@ -15,7 +15,7 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, WindowKind
       mask_(styleMask),
       reportedOwnersStyleMask_(styleMask),
       motif_(std::nullopt, kMotifBitSetCount) {
-  writeOwnHints(frame);
+  writeCreatedWindowHints(frame);
 }
 
 WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const StyleHints& ownersHints)
@@ -35,13 +35,13 @@ StyleHints WindowStyle::ownersHints() const {
 }
 
 NSWindowStyleMask WindowStyle::removedControls() const {
-  return (isOwn() ? kControls : styleMaskOf(ownersHints())) & ~mask_ & kControls;
+  return (isAdopted() ? styleMaskOf(ownersHints()) : kControls) & ~mask_ & kControls;
 }
 
 void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
   mask_ = styleMask;
-  if (isOwn()) {
-    writeOwnHints(frame);
+  if (!isAdopted()) {
+    writeCreatedWindowHints(frame);
   } else if ((mask_ & kStyleInHints) == (reportedOwnersStyleMask_ & kStyleInHints)) {
     restore();
   } else {
@@ -51,13 +51,13 @@ void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
 
 void WindowStyle::updateSizeHints(PixelRect frame) {
   // The hints of a resizable window do not contain its size.
-  if (isOwn() && (mask_ & NSWindowStyleMaskResizable) == 0) {
-    writeOwnHints(frame);
+  if (!isAdopted() && (mask_ & NSWindowStyleMaskResizable) == 0) {
+    writeCreatedWindowHints(frame);
   }
 }
 
 void WindowStyle::readOwnersHints() {
-  if (isOwn()) {
+  if (!isAdopted()) {
     return;
   }
   if (isOverridden_) {
@@ -79,7 +79,7 @@ void WindowStyle::allowResizing() {
 }
 
 std::optional<NSWindowStyleMask> WindowStyle::unreportedOwnersStyleMask() const {
-  if (isOwn() || isOverridden_) {
+  if (!isAdopted() || isOverridden_) {
     return std::nullopt;
   }
   const NSWindowStyleMask ownersMask = styleMaskOf(ownersHints());
@@ -90,8 +90,8 @@ void WindowStyle::markOwnersStyleMaskReported() {
   mask_ = reportedOwnersStyleMask_ = styleMaskOf(ownersHints());
 }
 
-void WindowStyle::writeOwnHints(PixelRect frame) {
-  const StyleHints hints = hintsForOwnWindow(mask_, *kind_, frame, motifName_);
+void WindowStyle::writeCreatedWindowHints(PixelRect frame) {
+  const StyleHints hints = hintsForCreatedWindow(mask_, *kind_, frame, motifName_);
   writeMotif(hints.motif);
   if (normal_ != hints.normal) {
     normal_ = hints.normal;

@@ -103,9 +103,9 @@ class WindowStyle final : public NonCopyable {
     HintValue expectedValue;
   };
 
-  [[nodiscard]] bool isOwn() const { return kind_.has_value(); }
+  [[nodiscard]] bool isAdopted() const { return !kind_.has_value(); }
   [[nodiscard]] StyleHints ownersHints() const;
-  void writeOwnHints(PixelRect frame);
+  void writeCreatedWindowHints(PixelRect frame);
   void overrideMotif();
   void reconcileAndOverrideMotif();
 

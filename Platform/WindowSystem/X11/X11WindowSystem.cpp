@@ -213,7 +213,7 @@ AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection, bo
       {.id = inspection.id,
        .origin = x11::WindowOrigin::Adopted,
        .frame = state.frame(),
-       .isOrdered = true,
+       .isOrderedIn = true,
        .isMiniaturized = state.isIconic() || state.isUnmapped(),
        .isEnlarged = isEnlarged,
        .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
@@ -260,7 +260,7 @@ void X11WindowSystem::releaseWindow(WindowHandle handle) {
 
 void X11WindowSystem::beginRelease(Window& window) {
   window.cover = nullptr;
-  if (window.isOwn()) {
+  if (!window.isAdopted()) {
     destroyWindow(*connection_, window.id);
     return;
   }
@@ -269,7 +269,7 @@ void X11WindowSystem::beginRelease(Window& window) {
 }
 
 void X11WindowSystem::finishRelease(Window& window) {
-  if (!window.isOwn()) {
+  if (window.isAdopted()) {
     restorer_.finish(window);
     selectEvents(*connection_, window.id, XCB_EVENT_MASK_NO_EVENT);
   }
@@ -285,8 +285,8 @@ void X11WindowSystem::orderFront(WindowHandle handle) {
   const RequestBatch batch(*connection_);
   raiseWindow(*connection_, window->id);
   window->cover->raise();
-  if (window->isOwn() && !window->isOrdered) {
-    window->isOrdered = window->isBeingMapped = true;
+  if (!window->isAdopted() && !window->isOrderedIn) {
+    window->isOrderedIn = window->isBeingMapped = true;
     window->isMiniaturized = false;
     if (window->kind == WindowKind::Modal) {
       writeModalState(*connection_, window->id);
@@ -306,8 +306,8 @@ void X11WindowSystem::orderOut(WindowHandle handle) {
   if (drag_.window() == window->id) {
     drag_.end();
   }
-  if (window->isOwn() && window->isOrdered) {
-    window->isOrdered = window->isBeingMapped = false;
+  if (!window->isAdopted() && window->isOrderedIn) {
+    window->isOrderedIn = window->isBeingMapped = false;
     window->isMiniaturized = false;
     unmapWindow(*connection_, window->id);
     sendUnmapNotify(*connection_, window->id);
@@ -331,7 +331,7 @@ void X11WindowSystem::requestMiniaturized(WindowHandle handle, bool isMiniaturiz
 
 void X11WindowSystem::requestFocus(WindowHandle handle) {
   Window* const window = windows_.find(handle);
-  if (window == nullptr || !window->isOrdered) {
+  if (window == nullptr || !window->isOrderedIn) {
     return;
   }
   const RequestBatch batch(*connection_);
@@ -366,7 +366,7 @@ void X11WindowSystem::setTitle(WindowHandle handle, std::string_view title) {
 void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleMask) {
   if (Window* const window = windows_.find(handle)) {
     const RequestBatch batch(*connection_);
-    if (!window->isOwn()) {
+    if (window->isAdopted()) {
       relay_.prepareOverride(*window, styleMask);
     }
     window->style->setMask(styleMask, window->frame);
@@ -379,7 +379,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
 
 void X11WindowSystem::setMovableByBackground(WindowHandle handle, bool isMovable) {
   Window* const window = windows_.find(handle);
-  if (window != nullptr && window->isOwn() && window->isMovableByBackground != isMovable) {
+  if (window != nullptr && !window->isAdopted() && window->isMovableByBackground != isMovable) {
     const RequestBatch batch(*connection_);
     window->isMovableByBackground = isMovable;
     selectWindowEvents(*window);
@@ -524,7 +524,7 @@ void X11WindowSystem::handle(const xcb_generic_event_t& event) {
 void X11WindowSystem::handleClientMessage(const xcb_client_message_event_t& message) {
   relay_.handle(message);
   const Window* const window = windows_.find(message.window);
-  if (window != nullptr && window->isOwn() &&
+  if (window != nullptr && !window->isAdopted() &&
       message.type == connection_->atom(Atom::WmProtocols) && message.format == 32 &&
       message.data.data32[0] == connection_->atom(Atom::WmDeleteWindow) &&
       (window->style->mask() & NSWindowStyleMaskClosable) != 0) {
