@@ -132,8 +132,17 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isIdle = true;
-  std::thread otherThread([this] { loop.wake(); });
+  std::atomic<bool> hasReturned = false;
+  // A wake-up before the pass begins does not end the wait after it, so the thread wakes
+  // repeatedly.
+  std::thread otherThread([this, &hasReturned] {
+    while (!hasReturned) {
+      loop.wake();
+      std::this_thread::yield();
+    }
+  });
   loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // waits after one pass
+  hasReturned = true;
   otherThread.join();
 }
 

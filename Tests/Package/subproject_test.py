@@ -24,7 +24,7 @@ class SubprojectTest(unittest.TestCase):
         self.build("-DFETCH=OFF")
         targets = run("cmake", "--build", self.folder, "--target", "help")
         self.assertIn("libVelLaunchScreen.a", targets)
-        for unwanted in ("launchscreen:", "Tests", "package:"):
+        for unwanted in ("launchscreen:", "Tests:", "package:"):
             self.assertNotIn(unwanted, targets)
         prefix = make_folder("subproject_nothing")
         run("cmake", "--install", self.folder, "--prefix", prefix)
