@@ -114,12 +114,16 @@ void NSView::removeFromSuperview() {
   }
   DisappearanceTransition disappearance(strongSelf);
   disappearance.sendWillDisappear();
-  const bool isInOtherWindow = this->window() != window;
-  if (this->superview() != superview || (superview == nullptr && isInOtherWindow)) {
-    return;  // `viewWillDisappear` has moved the view, and its controllers have disappeared
+  const bool hasWindowChanged = this->window() != window;
+  if (this->superview() != superview || (superview == nullptr && hasWindowChanged)) {
+    // `viewWillDisappear` has removed or moved this view. If the view has left its window, its
+    // controllers have already disappeared.
+    return;
   }
-  if (isInOtherWindow) {
-    return removeFromSuperview();  // `viewWillDisappear` has moved the superview
+  if (hasWindowChanged) {
+    // `viewWillDisappear` has removed or moved the superview. Start again, because the controllers
+    // of the view may have appeared in another window and must also disappear from that window.
+    return removeFromSuperview();
   }
   detach();
   if (window != nullptr) {
@@ -175,8 +179,8 @@ void NSView::resizeSubviews(CGSize oldSize) {
   }
 }
 
-// The last equality constraint of each attribute sets the length. Without an equality constraint,
-// the length is the smallest length that satisfies all lower bounds.
+// Applies the constraints in their order. An equality constraint replaces the length. A lower bound
+// raises a smaller length to the bound.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {

@@ -7,21 +7,21 @@ namespace vel::host {
 
 using Json = nlohmann::json;
 
-void JsonValue::throwExpected(std::string_view expectedValue) const {
+void JsonValue::throwInvalid(std::string_view expectedValue) const {
   throw ScenarioError(pointer_.to_string(),
                       std::string(expectedValue) + (isPresent() ? "" : ", which is missing"));
 }
 
 bool JsonValue::boolean() const {
   if (!isPresent() || !json_->is_boolean()) {
-    throwExpected("true or false");
+    throwInvalid("true or false");
   }
   return json_->get<bool>();
 }
 
 std::string JsonValue::string(std::string_view expectedValue) const {
   if (!isPresent() || !json_->is_string()) {
-    throwExpected(expectedValue);
+    throwInvalid(expectedValue);
   }
   return json_->get<std::string>();
 }
@@ -35,7 +35,7 @@ std::optional<std::string> JsonValue::stringOrNull(std::string_view expectedValu
 
 double JsonValue::number() const {
   if (!isPresent() || !json_->is_number()) {
-    throwExpected("a number");
+    throwInvalid("a number");
   }
   return json_->get<double>();
 }
@@ -55,7 +55,7 @@ double JsonValue::numberOrNonFinite() const {
       return entry.value;
     }
   }
-  throwExpected(R"(a number, "nan", "inf" or "-inf")");
+  throwInvalid(R"(a number, "nan", "inf" or "-inf")");
 }
 
 std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) const {
@@ -67,19 +67,19 @@ std::int64_t JsonValue::integer(std::int64_t minimum, std::int64_t maximum) cons
       return number;
     }
   }
-  throwExpected("an integer from " + std::to_string(minimum) + " to " + std::to_string(maximum));
+  throwInvalid("an integer from " + std::to_string(minimum) + " to " + std::to_string(maximum));
 }
 
 std::uint64_t JsonValue::unsigned64() const {
   if (!isPresent() || !json_->is_number_unsigned()) {
-    throwExpected("an integer from 0 to 18446744073709551615");
+    throwInvalid("an integer from 0 to 18446744073709551615");
   }
   return json_->get<std::uint64_t>();
 }
 
 std::vector<JsonValue> JsonValue::elements(std::string_view expectedValue) const {
   if (!isPresent() || !json_->is_array()) {
-    throwExpected(expectedValue);
+    throwInvalid(expectedValue);
   }
   std::vector<JsonValue> values;
   for (std::size_t index = 0; index < json_->size(); ++index) {
@@ -91,12 +91,12 @@ std::vector<JsonValue> JsonValue::elements(std::string_view expectedValue) const
 JsonMembers::JsonMembers(JsonValue object, std::string_view expectedValue)
     : object_(std::move(object)) {
   if (!object_.isPresent() || !object_.json().is_object()) {
-    object_.throwExpected(expectedValue);
+    object_.throwInvalid(expectedValue);
   }
 }
 
 JsonValue JsonMembers::operator[](std::string_view name) {
-  knownNames_.push_back(name);
+  requestedNames_.push_back(name);
   const auto member = object_.json().find(name);
   return {member == object_.json().end() ? nullptr : &*member,
           object_.pointer() / std::string(name)};
@@ -104,9 +104,9 @@ JsonValue JsonMembers::operator[](std::string_view name) {
 
 void JsonMembers::rejectUnknownMembers() const {
   for (const auto& [name, value] : object_.json().items()) {
-    if (std::ranges::find(knownNames_, name) == knownNames_.end()) {
+    if (std::ranges::find(requestedNames_, name) == requestedNames_.end()) {
       throw ScenarioError((object_.pointer() / name).to_string(),
-                          "a known member: " + describeChoices(knownNames_));
+                          "a known member: " + describeChoices(requestedNames_));
     }
   }
 }

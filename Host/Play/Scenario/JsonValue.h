@@ -36,7 +36,7 @@ class JsonValue {
   [[nodiscard]] const JsonPointer& pointer() const { return pointer_; }
   /// Throws a ScenarioError whose message contains the path to this value and `expectedValue`, a
   /// description of a valid value.
-  [[noreturn]] void throwExpected(std::string_view expectedValue) const;
+  [[noreturn]] void throwInvalid(std::string_view expectedValue) const;
 
   [[nodiscard]] bool boolean() const;
   [[nodiscard]] std::string string(std::string_view expectedValue = "a string") const;
@@ -100,7 +100,7 @@ class JsonMembers {
 
  private:
   JsonValue object_;
-  std::vector<std::string_view> knownNames_;
+  std::vector<std::string_view> requestedNames_;
 };
 
 /// Returns the names as text for an error message: `one of "a", "b"`. Returns `"a"` for a single
@@ -116,7 +116,7 @@ const NamedValue<Value>& JsonValue::entryIn(const NamedValue<Value> (&table)[Siz
     }
     names.push_back(entry.name);
   }
-  throwExpected(describeChoices(names));
+  throwInvalid(describeChoices(names));
 }
 
 }  // namespace vel::host

@@ -19,7 +19,7 @@ NSOperatingSystemVersion readVersion(const JsonValue& value) {
   constexpr std::string_view kExpected = "three integers: major, minor and patch version";
   const std::vector<JsonValue> parts = value.elements(kExpected);
   if (parts.size() != 3) {
-    value.throwExpected(kExpected);
+    value.throwInvalid(kExpected);
   }
   constexpr std::int64_t kMaximum = std::numeric_limits<std::int64_t>::max();
   return {parts[0].integer(0, kMaximum), parts[1].integer(0, kMaximum),

@@ -45,7 +45,7 @@ void readViewDelegateMembers(JsonMembers& members, ViewDelegateScript& script) {
   if (const JsonValue operation = members["deactivateDuring"]; operation.isPresent()) {
     script.deactivateDuring = operation.lookUpIn(kViewOperations);
     if (!script.operations.test(static_cast<std::size_t>(*script.deactivateDuring))) {
-      operation.throwExpected("one of the delegate's operations");
+      operation.throwInvalid("one of the delegate's operations");
     }
   }
 }
@@ -54,7 +54,7 @@ CGRect readFrame(const JsonValue& value) {
   constexpr std::string_view kExpected = "four numbers: x, y, width and height";
   const std::vector<JsonValue> parts = value.elements(kExpected);
   if (parts.size() != 4) {
-    value.throwExpected(kExpected);
+    value.throwInvalid(kExpected);
   }
   return CGRectMake(parts[0].number(), parts[1].number(), parts[2].number(), parts[3].number());
 }
@@ -81,7 +81,7 @@ Strong<NSDictionary> readParameters(const JsonValue& value) {
     return nullptr;
   }
   if (!value.json().is_object()) {
-    value.throwExpected("an object with the request's parameters, or null");
+    value.throwInvalid("an object with the request's parameters, or null");
   }
   return parametersFromJson(value.json());
 }
@@ -224,10 +224,10 @@ std::string KnownWindowNames::add(const JsonValue& name) {
   std::string text = name.string("the window's name");
   if (presentationNumber(text, kModalWindowPrefix) > 0 ||
       presentationNumber(text, kSheetPrefix) > 0) {
-    name.throwExpected("a name that is not reserved for presentations");
+    name.throwInvalid("a name that is not reserved for presentations");
   }
   if (!hostWindows_.insert(text).second) {
-    name.throwExpected("a name that no earlier window has");
+    name.throwInvalid("a name that no earlier window has");
   }
   return text;
 }
@@ -254,7 +254,7 @@ std::string KnownWindowNames::readKnownName(const JsonValue& name,
                                             std::string_view expectedValue) const {
   std::string text = name.string(expectedValue);
   if (!isKnown(text)) {
-    name.throwExpected(expectedValue);
+    name.throwInvalid(expectedValue);
   }
   return text;
 }
@@ -262,7 +262,7 @@ std::string KnownWindowNames::readKnownName(const JsonValue& name,
 double readSeconds(const JsonValue& value, double earliest) {
   const double seconds = value.number();
   if (seconds < earliest || seconds > kMaximumSeconds) {
-    value.throwExpected("a number of seconds from " + shortestDecimal(earliest) + " to 1000000");
+    value.throwInvalid("a number of seconds from " + shortestDecimal(earliest) + " to 1000000");
   }
   return seconds;
 }

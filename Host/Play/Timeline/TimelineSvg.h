@@ -7,9 +7,15 @@
 
 namespace vel::host {
 
-/// Returns a picture of a play, as SVG. Time goes from left to right. From top to bottom, the
-/// picture shows which windows are key, when the cover is up, the time left, and marks for the
-/// events. The colours follow the reader's choice of a light or dark colour scheme.
+/// Draws the timeline of one scenario run as SVG. Time goes from left to right. The rows from top
+/// to bottom are:
+/// - the title and the time axis
+/// - for each key window, a band while the window is key
+/// - a band while the cover is shown
+/// - a chart of the time left
+/// - for each kind of event, a mark for each event
+///
+/// The colours follow the reader's choice of a light or dark colour scheme.
 [[nodiscard]] std::string timelineSvg(const Timeline& timeline, std::string_view title);
 
 }  // namespace vel::host

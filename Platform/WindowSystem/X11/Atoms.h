@@ -69,7 +69,7 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Cou
 };
 
 /// The values of _NET_WM_STATE that replace the size of a window.
-inline constexpr std::array kEnlargedStates{
+inline constexpr std::array kMaximizedAndFullscreenStates{
     Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert, Atom::NetWmStateMaximizedHorz};
 
 }  // namespace vel::x11

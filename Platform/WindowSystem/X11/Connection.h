@@ -100,7 +100,7 @@ class Connection final : public NonCopyable {
   }
   // RequestLog describes the following operations.
   void markDestroyed(xcb_window_t window) { requestLog_.markDestroyed(window); }
-  void markExisting(xcb_window_t window) { requestLog_.markExisting(window); }
+  void unmarkDestroyed(xcb_window_t window) { requestLog_.unmarkDestroyed(window); }
   [[nodiscard]] bool hasErrors() const { return requestLog_.hasErrors(); }
   void logErrors() { requestLog_.logErrors(); }
 

@@ -12,8 +12,12 @@ namespace vel::x11 {
 
 namespace {
 
-// The back end sends fewer requests than this between two calls of `deliverEvents`.
+// Limits the memory. When the list is full, `add` drops the oldest request, and the log then cannot
+// name this request in an error. In practice, the back end sends fewer requests between two calls
+// of `deliverEvents`.
 constexpr std::size_t kMaximumRequests = 2048;
+// Limits the memory. When the list is full, `markDestroyed` drops the oldest window, and the errors
+// of requests on this window are then logged.
 constexpr std::size_t kMaximumDestroyedWindows = 256;
 
 constexpr std::array kErrorNames{
@@ -56,8 +60,10 @@ void RequestLog::addError(const xcb_generic_error_t& error, const char* name, xc
 }
 
 void RequestLog::markDestroyed(xcb_window_t window) {
+  // `addError` uses XCB_WINDOW_NONE for a request that is not in the list. The errors of such a
+  // request must be logged.
   if (window == XCB_WINDOW_NONE) {
-    return;  // None is the window of unknown requests, whose errors must be logged
+    return;
   }
   if (destroyedWindows_.size() == kMaximumDestroyedWindows) {
     destroyedWindows_.pop_front();
@@ -65,7 +71,7 @@ void RequestLog::markDestroyed(xcb_window_t window) {
   destroyedWindows_.push_back(window);
 }
 
-void RequestLog::markExisting(xcb_window_t window) { std::erase(destroyedWindows_, window); }
+void RequestLog::unmarkDestroyed(xcb_window_t window) { std::erase(destroyedWindows_, window); }
 
 void RequestLog::logErrors() {
   for (const Error& error : std::exchange(errors_, {})) {

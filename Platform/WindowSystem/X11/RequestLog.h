@@ -27,7 +27,7 @@ class RequestLog final : public NonCopyable {
   /// From now on, errors of requests on this window are not logged.
   void markDestroyed(xcb_window_t window);
   /// Reverses `markDestroyed`: the server may give the id to a new window.
-  void markExisting(xcb_window_t window);
+  void unmarkDestroyed(xcb_window_t window);
 
   [[nodiscard]] bool hasErrors() const { return !errors_.empty(); }
   /// Writes the errors to the log and forgets them. Call this when all events have been processed,

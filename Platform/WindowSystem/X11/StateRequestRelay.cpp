@@ -23,7 +23,7 @@ StateRequestRelay::StateRequestRelay(Connection& connection, WindowManager& wind
 
 void StateRequestRelay::prepareOverride(Window& window, NSWindowStyleMask styleMask) {
   windowManager_.selectStateRequests(WindowManager::StateRequests::Received);
-  if (window.isEnlarged && (styleMask & NSWindowStyleMaskResizable) == 0) {
+  if (window.isMaximizedOrFullscreen && (styleMask & NSWindowStyleMaskResizable) == 0) {
     window.style->allowResizing();
   }
 }
@@ -36,9 +36,9 @@ void StateRequestRelay::stopIfUnused() {
   }
 }
 
-void StateRequestRelay::allowResizingOfEnlargedWindows() {
+void StateRequestRelay::allowResizingOfMaximizedAndFullscreenWindows() {
   for (auto& [id, window] : windows_) {
-    if (window.isEnlarged && window.style->preventsResizing()) {
+    if (window.isMaximizedOrFullscreen && window.style->preventsResizing()) {
       allowResizing(window);
     }
   }
@@ -72,7 +72,7 @@ bool StateRequestRelay::needsResizing(const xcb_client_message_event_t& message)
       (data[0] != kActionAdd && data[0] != kActionToggle) || data[3] == kSourcePager) {
     return false;
   }
-  return std::ranges::any_of(kEnlargedStates, [&](Atom state) {
+  return std::ranges::any_of(kMaximizedAndFullscreenStates, [&](Atom state) {
     return data[1] == connection_.atom(state) || data[2] == connection_.atom(state);
   });
 }

@@ -26,7 +26,7 @@ class StateRequestRelay final : public NonCopyable {
   void stopIfUnused();
   /// Restores the functions of the windows that have become maximised or fullscreen. Call this
   /// after `WindowMonitor::updateChangedWindows`.
-  void allowResizingOfEnlargedWindows();
+  void allowResizingOfMaximizedAndFullscreenWindows();
   /// Processes a ClientMessage event.
   void handle(const xcb_client_message_event_t& message);
 

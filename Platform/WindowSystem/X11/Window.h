@@ -26,7 +26,7 @@ struct Window {
   bool isOrderedIn = false;
   bool isMiniaturized = false;
   /// True for an adopted window that is fullscreen or maximised, even in only one direction.
-  bool isEnlarged = false;
+  bool isMaximizedOrFullscreen = false;
   /// True after MapWindow has been sent, until MapNotify comes.
   bool isBeingMapped = false;
   /// True if the window gets the input focus as soon as it is viewable.

@@ -81,7 +81,7 @@ WindowInspection WindowInspector::inspect(xcb_window_t id) {
   return inspection;
 }
 
-const char* WindowInspector::reasonToRefuse(const WindowInspection& inspection) {
+const char* WindowInspector::reasonNotToAdopt(const WindowInspection& inspection) {
   const WindowState& state = inspection.state;
   if (connection_.isBroken()) {
     return "the X11 display does not answer any more";
@@ -98,7 +98,9 @@ const char* WindowInspector::reasonToRefuse(const WindowInspection& inspection) 
   if (inspection.isSupportingWmCheckWindow()) {
     return "it is the window that a window manager uses to announce itself";
   }
-  return isFrame(inspection) ? "it is a window manager's frame; name the window inside" : nullptr;
+  return isFrame(inspection)
+             ? "it is a window manager's frame; pass the id of the window inside the frame"
+             : nullptr;
 }
 
 // A frame has no WM_STATE, but the client's window inside the frame has one.
@@ -115,10 +117,10 @@ bool WindowInspector::isFrame(const WindowInspection& inspection) {
   return false;
 }
 
-bool WindowInspector::isEnlarged(const WindowState& state) const {
+bool WindowInspector::isMaximizedOrFullscreen(const WindowState& state) const {
   const std::vector<std::uint32_t> atoms =
       state.netWmState ? state.netWmState->numbers() : std::vector<std::uint32_t>();
-  return std::ranges::any_of(kEnlargedStates, [&](Atom name) {
+  return std::ranges::any_of(kMaximizedAndFullscreenStates, [&](Atom name) {
     return std::ranges::find(atoms, connection_.atom(name)) != atoms.end();
   });
 }

@@ -57,9 +57,9 @@ class WindowInspector final : public NonCopyable {
   WindowState readState(xcb_window_t id);
   WindowInspection inspect(xcb_window_t id);
   /// Returns why the window cannot be adopted; null if it can.
-  const char* reasonToRefuse(const WindowInspection& inspection);
+  const char* reasonNotToAdopt(const WindowInspection& inspection);
   /// Returns true if the window is fullscreen or maximised, even in only one direction.
-  [[nodiscard]] bool isEnlarged(const WindowState& state) const;
+  [[nodiscard]] bool isMaximizedOrFullscreen(const WindowState& state) const;
   /// Returns true if the focus is on the window or on one of its descendants.
   bool hasFocus(const WindowInspection& inspection);
 

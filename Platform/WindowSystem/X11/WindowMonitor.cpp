@@ -77,7 +77,7 @@ void WindowMonitor::update(Window& window) {
     window.frame = frame;
     reportFrame(window);
   }
-  window.isEnlarged = window.isAdopted() && inspector_.isEnlarged(state);
+  window.isMaximizedOrFullscreen = window.isAdopted() && inspector_.isMaximizedOrFullscreen(state);
   updateMiniaturized(window, state);
   if (window.wantsFocus && state.isViewable()) {
     window.wantsFocus = false;

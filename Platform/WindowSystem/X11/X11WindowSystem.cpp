@@ -164,7 +164,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
   }
   const std::uint64_t nativeId = x11Window->id;
   const std::string name = "window " + hexadecimal(nativeId);
-  if (const char* const reason = reasonToRefuse(nativeId)) {
+  if (const char* const reason = reasonNotToAdopt(nativeId)) {
     error = name + ": " + reason;
     return std::nullopt;
   }
@@ -174,7 +174,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
   selectEvents(*connection_, id, kWindowEvents);
   x11::WindowInspector inspector(*connection_);
   const x11::WindowInspection inspection = inspector.inspect(id);
-  if (const char* const reason = inspector.reasonToRefuse(inspection)) {
+  if (const char* const reason = inspector.reasonNotToAdopt(inspection)) {
     error = name + ": " + reason;
     if (inspection.state.attributes == nullptr) {
       connection_->markDestroyed(id);
@@ -183,8 +183,9 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     }
     return std::nullopt;
   }
-  connection_->markExisting(id);
-  AdoptedWindow adoptedWindow = adopt(inspection, inspector.isEnlarged(inspection.state));
+  connection_->unmarkDestroyed(id);
+  AdoptedWindow adoptedWindow =
+      adopt(inspection, inspector.isMaximizedOrFullscreen(inspection.state));
   adoptedWindow.hasFocus = inspector.hasFocus(inspection);
   focus_.windowAdopted(id, adoptedWindow.hasFocus);
   if (adoptedWindow.isOnScreen) {
@@ -193,7 +194,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
   return adoptedWindow;
 }
 
-const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
+const char* X11WindowSystem::reasonNotToAdopt(std::uint64_t nativeId) {
   if (nativeId == 0 || nativeId > std::numeric_limits<xcb_window_t>::max()) {
     return "that is no X11 window's id";
   }
@@ -207,7 +208,8 @@ const char* X11WindowSystem::reasonToRefuse(std::uint64_t nativeId) {
   return connection_->hasCreated(id) ? "it belongs to this program" : nullptr;
 }
 
-AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection, bool isEnlarged) {
+AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection,
+                                     bool isMaximizedOrFullscreen) {
   const x11::WindowState& state = inspection.state;
   Window& window = windows_.add(
       {.id = inspection.id,
@@ -215,7 +217,7 @@ AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection, bo
        .frame = state.frame(),
        .isOrderedIn = true,
        .isMiniaturized = state.isIconic() || state.isUnmapped(),
-       .isEnlarged = isEnlarged,
+       .isMaximizedOrFullscreen = isMaximizedOrFullscreen,
        .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
   makeCover(window, state.attributes->visual, state.geometry->depth, makeOverlay(inspection));
   return {.handle = window.handle(),
@@ -456,7 +458,7 @@ bool X11WindowSystem::processEvents() {
     hasEvents = handleArrivedEvents() || hasEvents;
     moveDraggedWindow();
     monitor_.updateChangedWindows();
-    relay_.allowResizingOfEnlargedWindows();
+    relay_.allowResizingOfMaximizedAndFullscreenWindows();
     focus_.reportChanges([this] { return handleArrivedEvents(); });
   } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
   const Nanoseconds now = x11::steadyNow();

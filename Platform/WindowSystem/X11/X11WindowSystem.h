@@ -55,8 +55,8 @@ class X11WindowSystem final : public WindowSystem {
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
 
   // Windows
-  const char* reasonToRefuse(std::uint64_t nativeId);
-  AdoptedWindow adopt(const x11::WindowInspection& inspection, bool isEnlarged);
+  const char* reasonNotToAdopt(std::uint64_t nativeId);
+  AdoptedWindow adopt(const x11::WindowInspection& inspection, bool isMaximizedOrFullscreen);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
   std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection);
