@@ -107,7 +107,7 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
 
 /// A fixture with a virtual platform. Records the events of the platform. The name of a window is
 /// its class name.
-class RecordedTest : public VirtualTest {
+class RecordedTest : public VirtualPlatformTest {
  protected:
   RecordedTest() { notificationRecorder_->observe(); }
   ~RecordedTest() override;

@@ -9,7 +9,7 @@ namespace {
 
 Strong<NSView> makeView(CGRect frame = CGRectZero) { return NSView::initWithFrame(frame); }
 
-class ViewTreeTest : public VirtualTest {
+class ViewTreeTest : public VirtualPlatformTest {
  protected:
   Strong<NSView> rootView = makeView();
   Strong<NSView> backView = makeView();
@@ -21,7 +21,7 @@ class ViewTreeTest : public VirtualTest {
   }
 };
 
-TEST_F(ViewTreeTest, ASubviewIsAddedInFront) {
+TEST_F(ViewTreeTest, ASubviewIsAddedFrontmostByDefault) {
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{backView, frontView}));
   EXPECT_EQ(backView->superview(), rootView);
 }
@@ -34,7 +34,7 @@ TEST_F(ViewTreeTest, ASubviewIsAddedDirectlyAboveOrBelowAnother) {
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{lowerView, backView, upperView, frontView}));
 }
 
-TEST_F(ViewTreeTest, WithoutASiblingASubviewIsAddedInFrontOfAllOrBehindAll) {
+TEST_F(ViewTreeTest, ASubviewIsAddedFrontmostOrBackmostIfOtherIsNotASibling) {
   const auto backmostView = makeView();
   const auto frontmostView = makeView();
   rootView->addSubviewPositionedRelativeTo(frontmostView, NSWindowAbove, rootView);
@@ -46,8 +46,11 @@ TEST_F(ViewTreeTest, WithoutASiblingASubviewIsAddedInFrontOfAllOrBehindAll) {
 TEST_F(ViewTreeTest, ASubviewCanBeMovedAmongItsSiblings) {
   rootView->addSubviewPositionedRelativeTo(frontView, NSWindowBelow, backView);
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{frontView, backView}));
-  rootView->addSubviewPositionedRelativeTo(frontView, NSWindowAbove, frontView);
-  EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{backView, frontView}));
+}
+
+TEST_F(ViewTreeTest, AViewPositionedAboveItselfBecomesFrontmost) {
+  rootView->addSubviewPositionedRelativeTo(backView, NSWindowAbove, backView);
+  EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{frontView, backView}));
 }
 
 TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
@@ -56,7 +59,7 @@ TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
   EXPECT_EQ(backView->superview(), frontView);
 }
 
-TEST_F(ViewTreeTest, NullTheViewItselfAndAnAncestorCannotBeSubviews) {
+TEST_F(ViewTreeTest, AddSubviewIgnoresNullItselfAndAncestors) {
   rootView->addSubview(nullptr);
   rootView->addSubview(rootView);
   frontView->addSubview(rootView);
@@ -66,6 +69,12 @@ TEST_F(ViewTreeTest, NullTheViewItselfAndAnAncestorCannotBeSubviews) {
 }
 
 TEST_F(ViewTreeTest, ARemovedViewHasNoSuperview) {
+  backView->removeFromSuperview();
+  EXPECT_EQ(backView->superview(), nullptr);
+  EXPECT_EQ(rootView->subviews(), NSArray<NSView>{frontView});
+}
+
+TEST_F(ViewTreeTest, RemovingAViewASecondTimeDoesNothing) {
   backView->removeFromSuperview();
   backView->removeFromSuperview();
   EXPECT_EQ(backView->superview(), nullptr);
@@ -185,12 +194,12 @@ class ConstraintTest : public testing::Test {
   Strong<NSView> innerView = makeView();
 };
 
-TEST_F(ConstraintTest, CentreAViewAndSetItsSize) {
+TEST_F(ConstraintTest, ConstraintsCentreAViewAndSetItsSize) {
   activateConstraints(32, 32);
   EXPECT_EQ(innerView->frame(), CGRectMake(184, 134, 32, 32));
 }
 
-TEST_F(ConstraintTest, ApplyAgainWhenTheSuperviewIsResized) {
+TEST_F(ConstraintTest, ConstraintsApplyAgainWhenTheSuperviewIsResized) {
   activateConstraints(32, 40);
   outerView->setFrame(CGRectMake(0, 0, 200, 100));
   EXPECT_EQ(innerView->frame(), CGRectMake(84, 30, 32, 40));
@@ -215,7 +224,7 @@ TEST_F(ConstraintTest, AViewCanBeCentredOnASibling) {
   EXPECT_EQ(innerView->frame().origin, (CGPoint{110, 55}));
 }
 
-TEST_F(ConstraintTest, HaveItemsAnAttributeARelationAndAConstant) {
+TEST_F(ConstraintTest, AnchorsSetTheItemsAttributeRelationAndConstant) {
   const auto centreConstraint =
       innerView->centerXAnchor().constraintEqualToAnchor(outerView->centerXAnchor());
   EXPECT_EQ(centreConstraint->firstItem(), innerView);
@@ -229,13 +238,13 @@ TEST_F(ConstraintTest, HaveItemsAnAttributeARelationAndAConstant) {
   EXPECT_EQ(widthConstraint->constant(), 32);
 }
 
-TEST_F(ConstraintTest, BelongToTheSuperviewOfTheirFirstItem) {
+TEST_F(ConstraintTest, ConstraintsBelongToTheSuperviewOfTheirFirstItem) {
   activateConstraints(32, 32);
   EXPECT_EQ(outerView->constraints().size(), 4u);
   EXPECT_TRUE(innerView->constraints().empty());
 }
 
-TEST_F(ConstraintTest, AreRemovedWithTheirView) {
+TEST_F(ConstraintTest, RemovingAViewRemovesItsConstraints) {
   activateConstraints(32, 32);
   innerView->removeFromSuperview();
   EXPECT_TRUE(outerView->constraints().empty());
@@ -243,27 +252,27 @@ TEST_F(ConstraintTest, AreRemovedWithTheirView) {
   EXPECT_EQ(innerView->frame(), CGRectMake(184, 134, 32, 32));
 }
 
-TEST_F(ConstraintTest, AreIgnoredForAViewWithoutASuperview) {
+TEST_F(ConstraintTest, ConstraintsOfAViewWithoutASuperviewAreIgnored) {
   innerView->removeFromSuperview();
   activateConstraints(32, 32);
   EXPECT_TRUE(outerView->constraints().empty());
   EXPECT_EQ(innerView->frame(), CGRectZero);
 }
 
-TEST_F(ConstraintTest, DoNotApplyToAViewThatTranslatesItsAutoresizingMask) {
+TEST_F(ConstraintTest, ConstraintsDoNotApplyToAViewThatTranslatesItsAutoresizingMask) {
   innerView->setTranslatesAutoresizingMaskIntoConstraints(true);
   activateConstraints(32, 32);
   EXPECT_EQ(innerView->frame(), CGRectZero);
 }
 
-TEST_F(ConstraintTest, TheAutoresizingMaskIsIgnoredWithConstraints) {
+TEST_F(ConstraintTest, TheAutoresizingMaskIsIgnoredIfItIsNotTranslatedIntoConstraints) {
   innerView->setFrame(CGRectMake(0, 0, 10, 10));
   innerView->setAutoresizingMask(NSViewWidthSizable);
   outerView->setFrame(CGRectMake(0, 0, 500, 300));
   EXPECT_EQ(innerView->frame(), CGRectMake(0, 0, 10, 10));
 }
 
-TEST_F(ConstraintTest, DoNotKeepTheSuperviewAlive) {
+TEST_F(ConstraintTest, ConstraintsDoNotKeepTheSuperviewAlive) {
   activateConstraints(32, 32);
   const Weak<NSView> weakOuter = outerView;
   outerView.reset();

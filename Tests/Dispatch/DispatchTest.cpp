@@ -16,7 +16,7 @@
 namespace vel::test {
 namespace {
 
-class DispatchTest : public VirtualTest {
+class DispatchTest : public VirtualPlatformTest {
  protected:
   using Names = std::vector<std::string>;
 

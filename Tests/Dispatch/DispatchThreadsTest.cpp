@@ -14,7 +14,7 @@
 namespace vel::test {
 namespace {
 
-class DispatchThreadsTest : public VirtualTest {
+class DispatchThreadsTest : public VirtualPlatformTest {
  protected:
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   DispatchQueue& queue = dispatch_get_main_queue();

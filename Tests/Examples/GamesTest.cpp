@@ -147,7 +147,7 @@ TEST_P(GameExample, ExitsCleanlyIfItsWindowIsClosedWhileCovered) {
   HostProcess game({examplePath(GetParam()), events_, "3600"}, server.display());
   ASSERT_TRUE(waitForLine(game, "covered"));
   // The close control is disabled, but a program can still send WM_DELETE_WINDOW.
-  client.sendProtocol(client.findWindow("PlayerWindow"), "WM_DELETE_WINDOW");
+  client.sendProtocolMessage(client.findWindow("PlayerWindow"), "WM_DELETE_WINDOW");
   EXPECT_EQ(game.wait(), 0);
 }
 

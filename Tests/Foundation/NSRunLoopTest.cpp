@@ -51,7 +51,7 @@ class TestObject final : public Class<TestObject, "TestObject"> {
   std::function<void()> onDestruction_;
 };
 
-class NSRunLoopTest : public VirtualTest {
+class NSRunLoopTest : public VirtualPlatformTest {
  protected:
   NSRunLoopTest() { loop.setWindowSystemSource(&eventSource); }
   ~NSRunLoopTest() override { loop.setWindowSystemSource(nullptr); }

@@ -12,7 +12,7 @@
 namespace vel::test {
 namespace {
 
-class NSTimerTest : public VirtualTest {
+class NSTimerTest : public VirtualPlatformTest {
  protected:
   // Schedules a timer that records its name when it fires.
   Strong<NSTimer> scheduleNamed(const std::string& name, double seconds,

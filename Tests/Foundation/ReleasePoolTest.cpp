@@ -28,7 +28,7 @@ class TestObject final : public Class<TestObject, "TestObject"> {
   std::function<void()> onDestruction_;
 };
 
-class ReleasePoolTest : public VirtualTest {
+class ReleasePoolTest : public VirtualPlatformTest {
  protected:
   // Adds an object to the pool. The object records its name when it is destroyed.
   Weak<TestObject> addObject(const std::string& name) {

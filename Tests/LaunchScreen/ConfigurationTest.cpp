@@ -11,7 +11,7 @@ constexpr auto kRefusal =
     "LaunchScreenConfiguration (+[LaunchScreenConfiguration setDefaultConfiguration:]): "
     "Failed to set nil configuration!";
 
-class ConfigurationTest : public VirtualTest {};
+class ConfigurationTest : public VirtualPlatformTest {};
 
 void expectInitialValues(const Configuration& configuration) {
   EXPECT_EQ(configuration.viewController(), nullptr);

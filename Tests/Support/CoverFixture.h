@@ -123,7 +123,7 @@ bool hasTrackedCover();
 
 /// A fixture with a controller to present and a journal. The expiration time in the default
 /// configuration is five seconds.
-class CoverTest : public VirtualTest {
+class CoverTest : public VirtualPlatformTest {
  protected:
   CoverTest();
 

@@ -77,7 +77,7 @@ void runOnAnotherThread(const std::function<void()>& work);
 
 /// A fixture with a launch screen manager and with functions that act as the host. The destructor
 /// deactivates the manager.
-class LaunchScreenTest : public VirtualTest {
+class LaunchScreenTest : public VirtualPlatformTest {
  protected:
   ~LaunchScreenTest() override;
 

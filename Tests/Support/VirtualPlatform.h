@@ -50,8 +50,8 @@ class VirtualPlatform : private NonCopyable {
   HeadlessWindowSystem* windowSystem_ = nullptr;
 };
 
-/// A fixture with a virtual platform.
-class VirtualTest : public testing::Test {
+/// A fixture with virtual time and a headless window system.
+class VirtualPlatformTest : public testing::Test {
  protected:
   VirtualPlatform platform;
 };

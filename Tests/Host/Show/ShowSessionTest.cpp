@@ -14,12 +14,12 @@
 namespace vel::host {
 namespace {
 
-using test::VirtualTest;
+using test::VirtualPlatformTest;
 
 // The items in the scene of the player window: a background and a moving square.
 constexpr std::size_t kPlayerItems = 2;
 
-class ShowSessionTest : public VirtualTest {
+class ShowSessionTest : public VirtualPlatformTest {
  protected:
   // Starts a session with `options`. The session opens the player window and presents the launch
   // screen.

@@ -44,7 +44,7 @@ xcb_atom_t XClient::atom(std::string_view name) const {
   return reply->atom;
 }
 
-// This client's windows
+// Creating and changing windows
 
 xcb_window_t XClient::makeWindow(PixelRect frame, std::uint32_t color, xcb_window_t parent) {
   const xcb_window_t window = xcb_generate_id(connection_);
@@ -133,6 +133,8 @@ void XClient::fill(xcb_window_t window, std::uint32_t color) {
   waitForServer();
 }
 
+// Receiving events
+
 void XClient::selectEvents(xcb_window_t window, std::uint32_t events) {
   xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &events);
   waitForServer();
@@ -152,7 +154,7 @@ void XClient::waitForServer() {
       xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
 
-// The state of all windows
+// Reading and writing properties
 
 std::optional<Property> XClient::property(xcb_window_t window, std::string_view name) const {
   const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
@@ -193,6 +195,8 @@ std::vector<std::string> XClient::atomNames(xcb_window_t window, std::string_vie
   return names;
 }
 
+// Reading the state of windows
+
 PixelRect XClient::areaOnScreen(xcb_window_t window) const {
   const Reply<xcb_get_geometry_reply_t> geometry(
       xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
@@ -232,7 +236,7 @@ std::vector<xcb_window_t> XClient::children(xcb_window_t window) const {
   return {childIds.begin(), childIds.end()};
 }
 
-xcb_window_t XClient::findWindow(std::string_view name, xcb_window_t ancestor) const {
+xcb_window_t XClient::findWindow(std::string_view classOrTitle, xcb_window_t ancestor) const {
   std::vector<xcb_window_t> windows = children(ancestor == 0 ? root_ : ancestor);
   std::ranges::reverse(windows);
   const auto text = [this](xcb_window_t window, std::string_view property) {
@@ -240,18 +244,20 @@ xcb_window_t XClient::findWindow(std::string_view name, xcb_window_t ancestor) c
     return value ? value->text() : std::string();
   };
   for (const xcb_window_t window : windows) {
-    if (text(window, "WM_CLASS").ends_with('\0' + std::string(name) + '\0') ||
-        text(window, "WM_NAME") == name) {
+    if (text(window, "WM_CLASS").ends_with('\0' + std::string(classOrTitle) + '\0') ||
+        text(window, "WM_NAME") == classOrTitle) {
       return window;
     }
-    if (const xcb_window_t descendant = findWindow(name, window); descendant != 0) {
+    if (const xcb_window_t descendant = findWindow(classOrTitle, window); descendant != 0) {
       return descendant;
     }
   }
   return 0;
 }
 
-void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window,
+// Sending messages
+
+void XClient::sendMessage(xcb_window_t destination, std::uint32_t eventMask, xcb_window_t window,
                           std::string_view type, std::uint32_t data0, std::uint32_t data1,
                           std::uint32_t data2, std::uint32_t data3) {
   xcb_client_message_event_t event{};
@@ -265,11 +271,11 @@ void XClient::sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t wind
   event.data.data32[3] = data3;
   std::array<char, 32> bytes{};
   std::memcpy(bytes.data(), &event, bytes.size());
-  xcb_send_event(connection_, 0, to, mask, bytes.data());
+  xcb_send_event(connection_, 0, destination, eventMask, bytes.data());
   waitForServer();
 }
 
-void XClient::sendProtocol(xcb_window_t window, std::string_view protocol) {
+void XClient::sendProtocolMessage(xcb_window_t window, std::string_view protocol) {
   sendMessage(window, XCB_EVENT_MASK_NO_EVENT, window, "WM_PROTOCOLS", atom(protocol), 0);
 }
 
@@ -291,15 +297,20 @@ void XClient::requestIconify(xcb_window_t window) {
               window, "WM_CHANGE_STATE", kIconic, 0);
 }
 
-void XClient::requestState(xcb_window_t window, bool isAdded, std::string_view state,
-                           std::string_view secondState) {
+void XClient::requestAddStates(xcb_window_t window, std::string_view state,
+                               std::string_view secondState) {
   constexpr std::uint32_t kAdd = 1;
-  constexpr std::uint32_t kRemove = 0;
-  sendStateRequest(window, isAdded ? kAdd : kRemove, state, secondState);
+  sendStateRequest(window, kAdd, state, secondState);
 }
 
-void XClient::toggleStates(xcb_window_t window, std::string_view state,
-                           std::string_view secondState) {
+void XClient::requestRemoveStates(xcb_window_t window, std::string_view state,
+                                  std::string_view secondState) {
+  constexpr std::uint32_t kRemove = 0;
+  sendStateRequest(window, kRemove, state, secondState);
+}
+
+void XClient::requestToggleStates(xcb_window_t window, std::string_view state,
+                                  std::string_view secondState) {
   constexpr std::uint32_t kToggle = 2;
   sendStateRequest(window, kToggle, state, secondState);
 }
@@ -312,7 +323,7 @@ void XClient::sendStateRequest(xcb_window_t window, std::uint32_t action, std::s
               secondState.empty() ? 0 : atom(secondState), kFromApplication);
 }
 
-// The pointer and the keyboard
+// Simulating the pointer and the keyboard
 
 void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) {
   xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_,
@@ -359,10 +370,12 @@ void XClient::click(int x, int y) {
   releaseButton();
 }
 
-void XClient::pressKey(std::uint8_t code) {
+void XClient::typeKey(std::uint8_t code) {
   sendFakeInput(XCB_KEY_PRESS, code, 0, 0);
   sendFakeInput(XCB_KEY_RELEASE, code, 0, 0);
 }
+
+// The time of the server and the resources of clients
 
 void XClient::updateUserTime(xcb_window_t window) {
   const std::array<std::uint32_t, 1> now{serverTime(window)};

@@ -89,22 +89,28 @@ class XClient : NonCopyable {
   [[nodiscard]] xcb_window_t focusedWindow() const;
   [[nodiscard]] std::vector<xcb_window_t> children(xcb_window_t window) const;
   /// Sends the window a WM_PROTOCOLS message, as a window manager does.
-  void sendProtocol(xcb_window_t window, std::string_view protocol);
+  void sendProtocolMessage(xcb_window_t window, std::string_view protocol);
   /// Sends `_NET_CLOSE_WINDOW` to the window manager, as a taskbar does.
   void requestClose(xcb_window_t window);
   /// Sends `_NET_ACTIVE_WINDOW` to the window manager, as a taskbar does.
   void requestActivation(xcb_window_t window);
   /// Sends `WM_CHANGE_STATE` to the window manager to miniaturise the window.
   void requestIconify(xcb_window_t window);
-  /// Sends `_NET_WM_STATE` for one or two states to the window manager, as the window's owner does.
-  void requestState(xcb_window_t window, bool isAdded, std::string_view state,
-                    std::string_view secondState = "");
-  /// Sends `_NET_WM_STATE` to toggle two states, as the window's owner does.
-  void toggleStates(xcb_window_t window, std::string_view state, std::string_view secondState);
-  /// Returns the first descendant of `ancestor` that has `name` as its class or WM_NAME. Returns 0
-  /// if no descendant has this name. Searches depth first, topmost window first. The default for
+  /// Sends `_NET_WM_STATE` to the window manager to add one or two states, as the window's owner
+  /// does.
+  void requestAddStates(xcb_window_t window, std::string_view state,
+                        std::string_view secondState = "");
+  /// Sends `_NET_WM_STATE` to remove one or two states.
+  void requestRemoveStates(xcb_window_t window, std::string_view state,
+                           std::string_view secondState = "");
+  /// Sends `_NET_WM_STATE` to toggle one or two states.
+  void requestToggleStates(xcb_window_t window, std::string_view state,
+                           std::string_view secondState = "");
+  /// Returns the first descendant of `ancestor` whose class or WM_NAME is `classOrTitle`. Returns 0
+  /// if there is no such descendant. Searches depth first, topmost window first. The default for
   /// `ancestor` is the root window.
-  [[nodiscard]] xcb_window_t findWindow(std::string_view name, xcb_window_t ancestor = 0) const;
+  [[nodiscard]] xcb_window_t findWindow(std::string_view classOrTitle,
+                                        xcb_window_t ancestor = 0) const;
 
   /// The pixels of the screen in the window's area.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
@@ -116,7 +122,8 @@ class XClient : NonCopyable {
   void pressButton();
   void releaseButton();
   void click(int x, int y);
-  void pressKey(std::uint8_t code);
+  /// Presses and releases a key.
+  void typeKey(std::uint8_t code);
   /// Sets `_NET_WM_USER_TIME` to the current time, as toolkits do at user input.
   void updateUserTime(xcb_window_t window);
   /// The server's time in milliseconds. `window` must be a window of this client.
@@ -128,9 +135,9 @@ class XClient : NonCopyable {
  private:
   void sendStateRequest(xcb_window_t window, std::uint32_t action, std::string_view state,
                         std::string_view secondState);
-  void sendMessage(xcb_window_t to, std::uint32_t mask, xcb_window_t window, std::string_view type,
-                   std::uint32_t data0, std::uint32_t data1, std::uint32_t data2 = 0,
-                   std::uint32_t data3 = 0);
+  void sendMessage(xcb_window_t destination, std::uint32_t eventMask, xcb_window_t window,
+                   std::string_view type, std::uint32_t data0, std::uint32_t data1,
+                   std::uint32_t data2 = 0, std::uint32_t data3 = 0);
   void waitForPointer(const std::function<bool(const xcb_query_pointer_reply_t&)>& condition);
   void sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
 

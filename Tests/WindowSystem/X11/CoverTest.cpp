@@ -165,7 +165,7 @@ TEST_F(X11Cover, LeavesTheKeyboardToTheGame) {
   client.focus(game);
   cover();
   client.movePointer(400, 300);
-  client.pressKey(38);
+  client.typeKey(38);
   EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_KEY_PRESS));
 }
 

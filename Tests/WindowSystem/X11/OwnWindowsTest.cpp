@@ -79,7 +79,7 @@ TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
 
 TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
-  client.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
+  client.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
   deliver();
   EXPECT_EQ(reports.count("close requested"), 0);
 }

@@ -122,7 +122,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
       client.requestActivation(game);
       EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
     } else if (effect == "maximise") {
-      client.requestState(game, false, kMaximizedVert, kMaximizedHorz);
+      client.requestRemoveStates(game, kMaximizedVert, kMaximizedHorz);
       EXPECT_TRUE(waitFor([&] { return !isMaximized(); }));
       deliverFor(kSettlingTime);
       client.configure(game, frame);  // fluxbox does not restore the height
@@ -130,7 +130,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     }
     // If xfwm4 removes buttons, the click can hit the button that shades (rolls up) the window.
     // This request unshades the window.
-    client.requestState(game, false, "_NET_WM_STATE_SHADED");
+    client.requestRemoveStates(game, "_NET_WM_STATE_SHADED");
     deliverFor(kSettlingTime);
     return effect;
   }
@@ -206,7 +206,7 @@ TEST_P(X11StyleManagers, LetTheGameChangeTheSizeOfItsCoveredWindow) {
 
 TEST_P(X11StyleManagers, LetTheGameMaximiseItsCoveredWindow) {
   cover();
-  client.requestState(game, true, kMaximizedVert, kMaximizedHorz);
+  client.requestAddStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
   EXPECT_TRUE(becomesWhite());
   const NSWindowStyleMask keptControls = GetParam().keptControls | NSWindowStyleMaskResizable;
@@ -222,13 +222,13 @@ TEST_P(X11StyleManagers, LetTheGameMakeItsCoveredWindowFullscreenAndBack) {
   cover();
   PixelRect expectedArea = client.areaOnScreen(game);
   expectedArea.height -= GetParam().lostHeight;
-  client.requestState(game, true, kFullscreen);
+  client.requestAddStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   EXPECT_TRUE(becomesWhite());
   deliverFor(kSettlingTime);  // the window manager processes the hints that allow resizing
-  client.requestState(game, false, kFullscreen);
+  client.requestRemoveStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == expectedArea; }));
-  client.requestState(game, true, kFullscreen);
+  client.requestAddStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   uncover();
   EXPECT_EQ(client.areaOnScreen(game), kScreen);

@@ -22,7 +22,7 @@ class X11Display final : public TestDisplay {
   void userGoesToAnotherApplication() override { client_.focus(otherWindow_); }
   void userComesBackTo(WindowHandle window) override { client_.focus(idOf(window)); }
   void userClosesWindow(WindowHandle window) override {
-    client_.sendProtocol(idOf(window), "WM_DELETE_WINDOW");
+    client_.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
     client_.waitForServer();
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {

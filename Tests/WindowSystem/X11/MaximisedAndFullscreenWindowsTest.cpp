@@ -18,9 +18,10 @@ constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
 // The time, in seconds, that a window manager has for an unwanted reaction.
 constexpr double kReactionTime = 0.5;
 
-class X11EnlargedWindows : public X11Test, public testing::WithParamInterface<Manager> {
+class X11MaximisedAndFullscreenWindows : public X11Test,
+                                         public testing::WithParamInterface<Manager> {
  protected:
-  X11EnlargedWindows() : X11Test(GetParam()) {}
+  X11MaximisedAndFullscreenWindows() : X11Test(GetParam()) {}
 
   void SetUp() override {
     game = client.openGameWindow(kGame, kGreen);
@@ -28,7 +29,7 @@ class X11EnlargedWindows : public X11Test, public testing::WithParamInterface<Ma
     deliverFor(0.2);  // the window manager adds its frame
   }
   void maximise() {
-    client.requestState(game, true, kMaximizedVert, kMaximizedHorz);
+    client.requestAddStates(game, kMaximizedVert, kMaximizedHorz);
     ASSERT_TRUE(waitFor([&] { return isMaximised(); }));
   }
   void cover() {
@@ -52,7 +53,7 @@ class X11EnlargedWindows : public X11Test, public testing::WithParamInterface<Ma
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11EnlargedWindows, StayMaximisedWhileCoveredAndAfterwards) {
+TEST_P(X11MaximisedAndFullscreenWindows, StayMaximisedWhileCoveredAndAfterwards) {
   maximise();
   const PixelRect area = client.areaOnScreen(game);
   cover();
@@ -61,12 +62,12 @@ TEST_P(X11EnlargedWindows, StayMaximisedWhileCoveredAndAfterwards) {
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   uncover();
   EXPECT_EQ(client.areaOnScreen(game), area);
-  client.requestState(game, false, kMaximizedVert, kMaximizedHorz);
+  client.requestRemoveStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
 }
 
-TEST_P(X11EnlargedWindows, StayFullscreenWhileCoveredAndAfterwards) {
-  client.requestState(game, true, kFullscreen);
+TEST_P(X11MaximisedAndFullscreenWindows, StayFullscreenWhileCoveredAndAfterwards) {
+  client.requestAddStates(game, kFullscreen);
   ASSERT_TRUE(waitFor([&] { return client.areaOnScreen(game) == kScreen; }));
   cover();
   deliverFor(kReactionTime);
@@ -74,19 +75,19 @@ TEST_P(X11EnlargedWindows, StayFullscreenWhileCoveredAndAfterwards) {
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   uncover();
   EXPECT_EQ(client.areaOnScreen(game), kScreen);
-  client.requestState(game, false, kFullscreen);
+  client.requestRemoveStates(game, kFullscreen);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
 }
 
-TEST_P(X11EnlargedWindows, AreMaximisedIfTheOwnerTogglesTheStateWhileCovered) {
+TEST_P(X11MaximisedAndFullscreenWindows, AreMaximisedIfTheOwnerTogglesTheStateWhileCovered) {
   cover();
-  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
   deliverFor(kReactionTime);
   EXPECT_TRUE(isMaximised());
-  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
-  client.toggleStates(game, kMaximizedVert, kMaximizedHorz);
+  client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
   uncover();
   EXPECT_TRUE(isMaximised());
@@ -97,7 +98,7 @@ std::string nameOfManager(const testing::TestParamInfo<Manager>& run) {
   return kNames.at(static_cast<std::size_t>(run.param));
 }
 
-INSTANTIATE_TEST_SUITE_P(Managers, X11EnlargedWindows,
+INSTANTIATE_TEST_SUITE_P(Managers, X11MaximisedAndFullscreenWindows,
                          testing::Values(Manager::Metacity, Manager::Openbox, Manager::Xfwm4,
                                          Manager::IceWM),
                          nameOfManager);
