@@ -17,10 +17,12 @@ SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | 
 # The code around a snippet of statements.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id);
+             uint64_t window_id, struct wl_display* display, struct wl_surface* surface,
+             double width, double height);
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id) {
-  (void)window_id;
+             uint64_t window_id, struct wl_display* display, struct wl_surface* surface,
+             double width, double height) {
+  (void)window_id, (void)display, (void)surface, (void)width, (void)height;
 %s
   (void)options;
   (void)request;
