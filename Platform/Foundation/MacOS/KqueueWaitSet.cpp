@@ -72,7 +72,7 @@ class KqueueWaitSet final : public WaitSet {
   void watch(WaitHandle handle) override {
     if (watchedHandle_.isValid()) {
       // Fails if the descriptor is already closed. `close` has then removed it from the kqueue.
-      change(watchedHandle_.descriptor(), EVFILT_READ, EV_DELETE);
+      change(kqueue_.get(), watchedHandle_.descriptor(), EVFILT_READ, EV_DELETE);
     }
     watchedHandle_ = handle;
     if (watchedHandle_.isValid()) {
@@ -85,14 +85,15 @@ class KqueueWaitSet final : public WaitSet {
       return;
     }
     if (deadline_ != kNever) {
-      change(kTimer, EVFILT_TIMER, EV_DELETE);
+      change(kqueue_.get(), kTimer, EVFILT_TIMER, EV_DELETE);
     }
     deadline_ = deadline;
     if (deadline_ != kNever) {
       // Without NOTE_CRITICAL, the system may delay the timer to save energy.
       const Nanoseconds now = steadyTime();
       const Nanoseconds timeLeft = deadline_ > now ? deadline_ - now : 1;
-      change(kTimer, EVFILT_TIMER, EV_ADD | EV_ONESHOT, NOTE_NSECONDS | NOTE_CRITICAL, timeLeft);
+      change(kqueue_.get(), kTimer, EVFILT_TIMER, EV_ADD | EV_ONESHOT,
+             NOTE_NSECONDS | NOTE_CRITICAL, timeLeft);
     }
   }
 
@@ -127,18 +128,18 @@ class KqueueWaitSet final : public WaitSet {
   static constexpr int kTimer = 0;  // the only timer of the kqueue
 
   // Returns false if the change fails.
-  bool change(int source, std::int16_t filter, std::uint16_t flags, std::uint32_t filterFlags = 0,
-              Nanoseconds data = 0) const {
+  static bool change(int kqueue, int source, std::int16_t filter, std::uint16_t flags,
+                     std::uint32_t filterFlags = 0, Nanoseconds data = 0) {
     struct kevent event {};
     event.ident = static_cast<std::uintptr_t>(source);
     event.filter = filter;
     event.flags = flags;
     event.fflags = filterFlags;
     event.data = static_cast<std::intptr_t>(data);
-    return kevent(kqueue_.get(), &event, 1, nullptr, 0, nullptr) == 0;
+    return kevent(kqueue, &event, 1, nullptr, 0, nullptr) == 0;
   }
   void addDescriptor(int descriptor) const {
-    if (!change(descriptor, EVFILT_READ, EV_ADD)) {
+    if (!change(kqueue_.get(), descriptor, EVFILT_READ, EV_ADD)) {
       throw std::system_error(errno, std::generic_category(), "kevent");
     }
   }
