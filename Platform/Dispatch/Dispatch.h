@@ -23,10 +23,9 @@ using dispatch_time_t = Nanoseconds;
 inline constexpr dispatch_time_t kDispatchTimeNow = 0;
 
 /// A queue of work for the main thread. Each pass of the run loop calls `deliver` once, in every
-/// mode.
-/// `deliver` runs the work that is due when the call begins: earlier deadlines first, and equal
-/// deadlines in the order of submission. Work that is submitted during the call waits for the next
-/// pass. One queue exists, and it is never destroyed.
+/// mode. `deliver` runs the work that is due when the call begins: earlier deadlines first, and
+/// equal deadlines in the order of submission. Work that is submitted during the call waits for the
+/// next pass. One queue exists, and it is never destroyed.
 class VEL_EXPORT DispatchQueue final : public RunLoopSource {
  public:
   using Work = std::function<void()>;

@@ -12,6 +12,7 @@ namespace vel {
 
 namespace detail {
 
+// `send` returns `R()` for a null receiver, which is impossible for a reference.
 template <class R>
 concept MessageResult = !std::is_reference_v<R>;
 

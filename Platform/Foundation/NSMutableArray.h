@@ -21,8 +21,10 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 /// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
 /// copy: if the loop's body changes the array, even at the last element, the loop throws
 /// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only one thread at
-/// a time may use an array. After the headers of AppKit, GCC takes the name NSMutableArray without
-/// `vel::` for the class of AppKit.
+/// a time may use an array.
+///
+/// In Objective-C++, after the headers of the system's AppKit, write `vel::NSMutableArray`: GCC
+/// takes the name without `vel::` for the Objective-C class.
 template <class T>
 class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArray"> {
  public:
@@ -33,7 +35,8 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
     return objects_.at(index);
   }
 
-  /// The index of the first equal object, or no value. An array never contains null.
+  /// The index of the first object that is equal to `object`. No value if there is none, or if
+  /// `object` is null.
   [[nodiscard]] std::optional<std::size_t> indexOfObject(const T* object) const {
     const auto position = std::ranges::find_if(
         objects_, [object](const Strong<T>& element) { return element->isEqual(object); });
@@ -46,6 +49,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
     return indexOfObject(object).has_value();
   }
 
+  /// `object` must not be null.
   void addObject(Strong<T> object) {
     ++mutationCount_;
     objects_.push_back(std::move(object));

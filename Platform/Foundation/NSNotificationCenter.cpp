@@ -35,7 +35,7 @@ void NSNotificationCenter::removeObserver(const NSObject* observer) {
   const std::scoped_lock lock(mutex_);
   for (Topic& topic : topics_) {
     for (Entry& entry : topic.entries) {
-      if (entry.registration.identity == observer) {
+      if (entry.registration.observerAddress == observer) {
         entry.isRemoved = true;
         hasRemovedEntries_ = true;
       }
@@ -60,7 +60,7 @@ std::size_t NSNotificationCenter::registrationCount(const NSObject* observer) {
   std::ptrdiff_t count = 0;
   for (const Topic& topic : topics_) {
     count += std::ranges::count_if(topic.entries, [observer](const Entry& entry) {
-      return !entry.isRemoved && entry.registration.identity == observer;
+      return !entry.isRemoved && entry.registration.observerAddress == observer;
     });
   }
   return static_cast<std::size_t>(count);
@@ -74,7 +74,8 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
     return;
   }
   auto entry = topic->entries.begin();
-  // Entries that are added during the post follow this entry. The loop below does not reach them.
+  // The loop below ends at `lastEntry`, so it does not reach entries that are added during the
+  // post.
   const auto lastEntry = std::prev(topic->entries.end());
   struct PostScope : NonCopyable {
     explicit PostScope(NSNotificationCenter& owner) : center(owner) { ++center.runningPosts_; }

@@ -29,7 +29,7 @@ class VEL_EXPORT NSNotificationCenter {
                                      const Strong<NSObject>& object) {
     if (observer != nullptr) {
       addRegistration(name, {.observer = observer,
-                             .identity = observer.get(),
+                             .observerAddress = observer.get(),
                              .object = object.get(),
                              .callout = [](NSObject& receiver, const NSNotification& notification) {
                                (static_cast<Observer&>(receiver).*Selector)(notification);
@@ -47,18 +47,19 @@ class VEL_EXPORT NSNotificationCenter {
   /// The number of registrations of `observer`.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
-  /// Posts to the current registrations. Skips a registration that is removed during the post, and
-  /// a registration that is added during the post.
+  /// Calls the observers that are registered for this name and object when the post begins. Does not
+  /// call an observer that another observer removes before its turn.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:
   struct Registration {
     Weak<NSObject> observer;
-    const NSObject* identity = nullptr;  // the observer, for comparison only
-    const NSObject* object = nullptr;    // for comparison only; null for any object
+    const NSObject* observerAddress = nullptr;  // for comparison only
+    const NSObject* object = nullptr;           // for comparison only; null for any object
     void (*callout)(NSObject&, const NSNotification&) = nullptr;
   };
-  /// A registration in a topic's list. An entry stays in the list while a post is in progress.
+  /// A registration in a topic's list. A removed entry stays in the list until no post is in
+  /// progress.
   struct Entry {
     explicit Entry(Registration newRegistration) : registration(std::move(newRegistration)) {}
     Registration registration;

@@ -242,8 +242,8 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // A timer is always due if its target runs longer than its interval. So this loop ignores work
-  // that becomes due after `end`.
+  // Work that becomes due after `end` must not prolong this loop: a repeating timer whose target
+  // runs longer than the timer's interval is always due.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);

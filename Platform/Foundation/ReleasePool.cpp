@@ -34,8 +34,8 @@ class PoolTable : NonCopyable {
   std::map<std::thread::id, ReleasePool> pools_;
 };
 
-// The table's entry for the current thread, or null. While a thread ends, this variable may be null
-// again although the pool still exists.
+// Points to the pool of the current thread after the first call of `currentPool`. While a thread
+// ends, the system may reset this variable to null before the pool is removed from the table.
 thread_local ReleasePool* cachedPool = nullptr;
 
 /// Drains the pool of a thread when the thread ends. Finds the pool without thread-local data,

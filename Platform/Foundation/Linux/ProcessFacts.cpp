@@ -1,4 +1,4 @@
-// The process facts on Linux.
+// The functions of ProcessFacts.h on Linux.
 #include "Platform/Foundation/ProcessFacts.h"
 
 #include <sys/syscall.h>

@@ -30,8 +30,8 @@ class Pipe : NonCopyable {
  public:
   Pipe() : Pipe(make()) {}
 
-  [[nodiscard]] int output() const { return output_.get(); }
-  [[nodiscard]] int input() const { return input_.get(); }
+  [[nodiscard]] int readEnd() const { return readEnd_.get(); }
+  [[nodiscard]] int writeEnd() const { return writeEnd_.get(); }
 
  private:
   struct Ends {
@@ -51,22 +51,22 @@ class Pipe : NonCopyable {
     return ends;
   }
   explicit Pipe(const Ends& ends)
-      : output_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
-        input_(ends.descriptors[1], "pipe") {}
+      : readEnd_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
+        writeEnd_(ends.descriptors[1], "pipe") {}
 
-  FileDescriptor output_;
-  FileDescriptor input_;
+  FileDescriptor readEnd_;
+  FileDescriptor writeEnd_;
 };
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
-/// watched handle. No event is ever read from the kqueue, because reading the timer's event would
-/// remove the event. `poll` then reports the kqueue as readable until the source of the event
-/// changes.
+/// watched handle. This class never reads an event from the kqueue, because reading the timer's
+/// event would remove it. `poll` reports the kqueue as readable as long as it contains an event. An
+/// event disappears when its source changes, for example when the pipe is emptied.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
     fcntl(kqueue_.get(), F_SETFD, FD_CLOEXEC);
-    addDescriptor(pipe_.output());
+    addDescriptor(pipe_.readEnd());
   }
 
   void watch(WaitHandle handle) override {
@@ -107,7 +107,7 @@ class KqueueWaitSet final : public WaitSet {
     // `acknowledgeWakeUps`, which reads the flag.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
-      [[maybe_unused]] const auto size = write(pipe_.input(), &byte, 1);
+      [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);
     }
   }
 
@@ -116,7 +116,7 @@ class KqueueWaitSet final : public WaitSet {
       // The read fails if another thread has set the flag but has not written yet. The flag then
       // stays set, and a later call reads the byte and clears the flag.
       char byte = 0;
-      if (read(pipe_.output(), &byte, 1) > 0) {
+      if (read(pipe_.readEnd(), &byte, 1) > 0) {
         isSignalled_ = false;
       }
     }

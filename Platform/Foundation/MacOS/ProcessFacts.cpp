@@ -1,4 +1,4 @@
-// The process facts on macOS.
+// The functions of ProcessFacts.h on macOS.
 #include "Platform/Foundation/ProcessFacts.h"
 
 #include <pthread.h>
