@@ -51,7 +51,7 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
     : windowSystem_(std::move(windowSystem)) {
   windowSystem_->setDelegate(this);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  loop.watch(windowSystem_->waitHandle());  // called first, because it may throw
+  loop.watch(windowSystem_->waitHandle());  // before the next call, because this may throw
   loop.setWindowSystemSource(this);
   updateModality();
 }
@@ -121,8 +121,8 @@ void NSApplication::focusMoved(WindowHandle handle) {
     return;
   }
   resignKey();
-  // An observer may have made another window key, and that window has priority. An observer may
-  // also have closed `focusedWindow`.
+  // `resignKey` has called observers. If an observer has made another window key, that window stays
+  // key. An observer may also have closed `focusedWindow`.
   if (keyWindow_ == nullptr && focusedWindow != nullptr && focusedWindow->isOnScreen()) {
     becomeKey(focusedWindow);
   }
@@ -298,7 +298,8 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
   }
 }
 
-// The windows in the list exchange their positions. All other windows keep their positions.
+// The windows in `handles` exchange their positions in `orderedWindows_`. All other windows keep
+// their positions.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   NSArray<NSWindow> movedWindows;
   for (const WindowHandle handle : handles) {

@@ -83,8 +83,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void setDisplayLostHandler(std::function<void(std::string_view)> handler) {
     displayLostHandler_ = std::move(handler);
   }
-  /// Sets the handler that is called, instead of closing the window, when the user asks to close a
-  /// window that has a close control.
+  /// Sets the handler for the user's request to close a window that has a close control. Without a
+  /// handler, the window closes. With a handler, only the handler decides.
   void setCloseRequestedHandler(std::function<void(NSWindow&)> handler) {
     closeRequestedHandler_ = std::move(handler);
   }

@@ -64,8 +64,8 @@ class NSLayoutAnchor {
   Strong<NSView> view_;
 };
 
-// After the headers of AppKit, GCC takes the name NSLayoutAnchor without `vel::` for the class of
-// AppKit.
+// In Objective-C++, after the headers of the system's AppKit, GCC takes the name NSLayoutAnchor
+// without `vel::` for the Objective-C class.
 using NSLayoutXAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterX>;
 using NSLayoutYAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterY>;
 

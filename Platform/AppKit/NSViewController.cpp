@@ -65,11 +65,12 @@ std::uint64_t NSViewController::beginShowing() {
   return ++currentShowingId_;
 }
 
-void NSViewController::callMethod(LifeCycleMethod method, std::uint64_t showingId) {
+void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t showingId) {
   if (!isShown_ || showingId != currentShowingId_) {
     return;
   }
-  // The showing ends before the last method is called: the method may begin another showing.
+  // `viewDidDisappear` is the last call of a showing. The showing ends before this call, because
+  // the method may begin another showing.
   isShown_ = method != LifeCycleMethod::DidDisappear;
   if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;

@@ -62,7 +62,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
   /// if there is no such window or if `controller` is already presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
-  /// Ends the presentation of `controller`, even if another controller presents `controller`. Does
+  /// Ends the presentation of `controller`, even if this controller does not present it. Does
   /// nothing if `controller` is not presented.
   virtual void dismissViewController(const Strong<NSViewController>& controller);
 
@@ -78,8 +78,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during a showing.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the method was called in the current showing. While the controller is not shown, true
-  /// if the method was called in the last showing.
+  /// True if the method was called in the current showing or, while the controller is not shown, in
+  /// the most recent showing.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -92,7 +92,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   // Begins a showing and returns its id.
   std::uint64_t beginShowing();
   // Calls the method, unless the showing has ended or the method was already called.
-  void callMethod(LifeCycleMethod method, std::uint64_t showingId);
+  void callMethodOnce(LifeCycleMethod method, std::uint64_t showingId);
   void recordCall(LifeCycleMethod method);
   // These two functions set and remove the links between the presenting and the presented
   // controller.

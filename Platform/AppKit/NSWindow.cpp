@@ -293,9 +293,10 @@ bool NSWindow::isKeyWindow() const { return NSApp != nullptr && NSApp->keyWindow
 
 bool NSWindow::isModalPanel() const {
   return NSApp != nullptr &&
-         std::ranges::any_of(NSApp->modalSessions_, [this](const NSApplication::ModalSession& run) {
-           return run.window.get() == this;
-         });
+         std::ranges::any_of(NSApp->modalSessions_,
+                             [this](const NSApplication::ModalSession& session) {
+                               return session.window.get() == this;
+                             });
 }
 
 void NSWindow::setNeedsDisplay() {

@@ -30,7 +30,7 @@ class VEL_EXPORT PlatformObserver : public TimerObserver {
   /// A window has become or stopped being the key window. The platform posts the window's
   /// notification after this call.
   virtual void keyStatusChanged(NSWindow& /*window*/, KeyStatusChange /*change*/) {}
-  /// A window was put on screen.
+  /// A window was opened.
   virtual void windowOpened(NSWindow& /*window*/) {}
   /// A window was closed.
   virtual void windowClosed(NSWindow& /*window*/) {}

@@ -5,7 +5,7 @@
 
 namespace vel {
 
-/// Ends everything that the process shares, in this order:
+/// Ends the parts of the platform layer that exist once per process, in this order:
 ///   1. Timers are invalidated and the main queue is emptied.
 ///   2. The application closes its windows, the newest first, and disconnects from its window
 ///   system.
@@ -13,13 +13,14 @@ namespace vel {
 ///   4. The notification centre removes all its observers.
 ///   5. Timers that steps 2 and 3 have added are invalidated, and the main queue is emptied again.
 ///   6. The release pool of the main thread is drained.
-/// The clock, the log sink, the metrics sink and the default configuration stay. An application
-/// need not exist. Only the main thread may call this function. A callback of the platform must not
-/// call it.
+/// Keeps the clock, the log sink, the metrics sink and the default configuration. Also works
+/// without an application. Only the main thread may call this function. A callback of the platform
+/// layer must not call it.
 VEL_EXPORT void shutDown();
 
-/// Registers a function of a layer above AppKit that `shutDown` calls. Each object must have static
-/// storage duration.
+/// Registers a function that `shutDown` calls in step 3. With it, a layer above AppKit releases
+/// what that layer shares in the process. A registration cannot be removed, so a `ShutdownStep`
+/// must have static storage duration.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

@@ -40,13 +40,13 @@ AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
 
 void AppearanceTransition::sendWillAppear() {
   for (const Showing& showing : showings_) {
-    showing.controller->callMethod(LifeCycleMethod::WillAppear, showing.id);
+    showing.controller->callMethodOnce(LifeCycleMethod::WillAppear, showing.id);
   }
 }
 
 void AppearanceTransition::sendDidAppear() {
   for (const Showing& showing : showings_) {
-    showing.controller->callMethod(LifeCycleMethod::DidAppear, showing.id);
+    showing.controller->callMethodOnce(LifeCycleMethod::DidAppear, showing.id);
   }
 }
 
@@ -55,7 +55,7 @@ void DisappearanceTransition::sendWillDisappear() {
   for (addNewShowings(); next < showings_.size(); addNewShowings()) {
     for (; next < showings_.size(); ++next) {
       const Showing& showing = showings_[next];
-      showing.controller->callMethod(LifeCycleMethod::WillDisappear, showing.id);
+      showing.controller->callMethodOnce(LifeCycleMethod::WillDisappear, showing.id);
     }
   }
 }
@@ -70,7 +70,7 @@ void DisappearanceTransition::addNewShowings() {
 
 void DisappearanceTransition::sendDidDisappear() {
   for (const Showing& showing : showings_) {
-    showing.controller->callMethod(LifeCycleMethod::DidDisappear, showing.id);
+    showing.controller->callMethodOnce(LifeCycleMethod::DidDisappear, showing.id);
   }
 }
 
