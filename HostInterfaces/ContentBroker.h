@@ -18,7 +18,8 @@ namespace vel {
 class ContentView;
 class ContentResolver;
 
-/// The state of a ContentData. The framework defines further values that this library does not use.
+/// The state of a ContentData. The host's framework defines further values that this library does
+/// not use.
 using ContentDataState = std::uint64_t;
 
 inline constexpr ContentDataState ContentDataStateLoaded = 3;
@@ -37,8 +38,8 @@ class VEL_EXPORT ContentData : public virtual NSObjectProtocol {
   [[nodiscard]] virtual Strong<ContentRequest> request() const = 0;
   [[nodiscard]] virtual ContentDataState state() const = 0;
   virtual void setState(ContentDataState state) = 0;
-  /// The error. Null if there is no error. The object may release the error later, so a caller that
-  /// stores the error must keep a reference.
+  /// The error. Null if there is no error. The content data may release the error later, so a
+  /// caller that needs the error later must keep a strong reference.
   [[nodiscard]] virtual Strong<NSError> error() const = 0;
 };
 
@@ -60,7 +61,7 @@ class VEL_EXPORT CVPresentationFullScreen : public CVPresentation {
  public:
   /// The controller that covers the window, or null.
   [[nodiscard]] virtual Strong<NSViewController> viewController() const = 0;
-  /// Covers `window`. `mode` is a presentation mode of the framework.
+  /// Covers `window`. `mode` is a presentation mode of the host's framework.
   virtual void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                                     std::int32_t mode) = 0;
   virtual void dismissViewController() = 0;

@@ -16,7 +16,10 @@ namespace vel {
 
 namespace {
 
+// The time from `sendAnalyticsEvent` until the event is recorded.
 constexpr std::int64_t kEventDelay = kNanosecondsPerSecond / 2;
+// The time until `sendAnalyticsEvent` is called: after the application has become focused, and
+// after a refused dismissal.
 constexpr std::int64_t kDeferredEventDelay = kNanosecondsPerSecond;
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * kNanosecondsPerSecond;
 
@@ -34,7 +37,8 @@ float numberFor(const NSDictionary& parameters, std::string_view key) {
   return send(as<NSString>(value), &NSString::floatValue);
 }
 
-// An empty class name matches no child.
+// Returns true if the window's content view controller has a child controller of the class. An
+// empty class name matches no child.
 bool holdsChildOfClass(const Strong<NSWindow>& window, std::string_view className) {
   if (className.empty()) {
     return false;
@@ -178,7 +182,8 @@ void LaunchScreenManager::sendAnalyticsEvent() {
       LaunchScreenConfiguration::defaultConfiguration();
   if (send(configuration->nextEventName(), &NSString::length) > 0) {
     setEventWasSended(true);
-    // The work reads the name when the work runs, so a name that is set before then is recorded.
+    // The work does not capture the name: if the name changes before the work runs, the new name is
+    // recorded.
     dispatch_after(dispatch_time(kDispatchTimeNow, kEventDelay), dispatch_get_main_queue(),
                    "record the analytics event",
                    [configuration] { MetricsCenter::logEvent(configuration->nextEventName()); });
@@ -193,7 +198,7 @@ void LaunchScreenManager::contentDataDidChangeState(const Strong<ContentData>& d
   }
 }
 
-// Window classification and the temporary item
+// Which windows belong to the launch screen, and whether a launch screen is shown
 
 Strong<NSWindow> LaunchScreenManager::launchScreenWindow() const {
   const Strong<NSViewController> controller = send(content(), &LaunchScreenContent::viewController);

@@ -49,8 +49,9 @@ class VEL_EXPORT LaunchScreenManager final
   /// Asks the view controller to dismiss itself. The view controller dismisses itself only if all
   /// its delegates agree.
   void dismissLaunchScreen();
-  /// Schedules the recording of the configured event in half a second. Schedules it at most once.
-  /// While the application is unfocused, this function only sets `launchShouldBeClosed`.
+  /// Schedules the recording of the configured event in half a second. Each manager schedules the
+  /// recording at most once. While the application is unfocused, this function only sets
+  /// `launchShouldBeClosed`.
   void sendAnalyticsEvent();
   // LaunchScreenContentDelegate
   void contentDataDidChangeState(const Strong<ContentData>& data) override;
@@ -97,7 +98,8 @@ class VEL_EXPORT LaunchScreenManager final
   /// The content of a request that arrived while a launch screen was shown. Null otherwise.
   [[nodiscard]] Strong<LaunchScreenContent> tempContent() const { return tempContent_; }
   void setTempContent(Strong<LaunchScreenContent> content) { tempContent_ = std::move(content); }
-  /// True after a required window has stopped being key, until a required window is key again.
+  /// True after a required window (see `isRequiredWindow`) has stopped being key, until a required
+  /// window is key again.
   [[nodiscard]] bool appIsUnfocused() const { return appIsUnfocused_; }
   void setAppIsUnfocused(bool isUnfocused) { appIsUnfocused_ = isUnfocused; }
   /// True after the event has been scheduled. The manager never sets it back to false.

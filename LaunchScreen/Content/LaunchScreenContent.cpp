@@ -13,13 +13,13 @@ namespace {
 
 constexpr std::int64_t kErrorCode = 404;
 
-// The message is the error's domain. Only the release pool owns the error. A reader that needs the
-// error longer must take a reference.
+// The message is the error's domain. Only the release pool owns the error. A caller that needs the
+// error after the pool is drained must keep a strong reference.
 Strong<NSError> errorWithMessage(std::string_view message) {
   return releaseLater(NSError::errorWithDomainCodeUserInfo(message, kErrorCode, nullptr));
 }
 
-// The host's modes 1 and 2 are the view controller's modes 2 and 1.
+// The host numbers the modes differently: its mode 2 is a modal window, and its mode 1 is a sheet.
 LaunchScreenPresentationMode translatedMode(std::int32_t hostMode) {
   switch (hostMode) {
     case 2:

@@ -24,8 +24,8 @@ class VEL_EXPORT LaunchScreenConfiguration final
   /// Replaces the default configuration. Logs and ignores null.
   static void setDefaultConfiguration(Strong<LaunchScreenConfiguration> configuration);
 
-  /// A view controller that the host supplies, or null for the library's own. It must also be an
-  /// NSViewController and a LaunchScreenPresenter.
+  /// A view controller that the host supplies. This controller must also be an NSViewController and
+  /// a LaunchScreenPresenter. Null if the library makes its own controller.
   [[nodiscard]] Strong<LaunchScreenViewControllerProtocol> viewController() const {
     return viewController_;
   }

@@ -40,7 +40,9 @@ void release() {
 
 namespace {
 
-// A controller and the content that it notifies own each other until one of them is deactivated.
+// The controller of the tracked cover (see EmbeddedCover.h) and its delegate, the content, own each
+// other until one of them is deactivated. Without this step, a cover that is shown at the shutdown
+// would never be destroyed.
 const ShutdownStep coverShutdownStep([] {
   send(selfController, &LaunchScreenViewController::deactivate);
   release();
@@ -208,7 +210,8 @@ void LaunchScreenViewController::restorePresentation() {
     setAppWindow(nullptr);
   } else if (const Strong<NSWindow> trackedWindow =
                  send(selfController, &LaunchScreenViewController::appWindow)) {
-    // Restore the style of the tracked cover's window even if that cover has saved no style.
+    // Restore the style of the tracked cover's window even if that cover has saved no style. The
+    // window's style then becomes `kNoSavedStyle`.
     trackedWindow->setStyleMask(selfController->appWindowStyleMask());
     send(selfController, &LaunchScreenViewController::setAppWindow, nullptr);
   }
@@ -225,7 +228,8 @@ void LaunchScreenViewController::dismiss() {
   if (superView != nullptr && selfView != nullptr && selfController != nullptr) {
     // `send` keeps the controller alive: a delegate may replace the tracked cover.
     send(selfController, &NSViewController::viewDidDisappear);
-    // When the work runs, it removes the current tracked cover, which may be a later cover.
+    // The work removes the cover that is tracked when the work runs. A later cover may have
+    // replaced the dismissed cover by then.
     dispatch_after(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond),
                    dispatch_get_main_queue(), embedded_cover::kRemovalLabel, [] {
                      send(selfView, &NSView::removeFromSuperview);
@@ -276,7 +280,7 @@ void LaunchScreenViewController::createActivityIndicator() {
          NSAppearance::appearanceNamed(NSAppearanceNameAqua));
   }
   send(activityIndicator(), &NSView::setTranslatesAutoresizingMaskIntoConstraints, false);
-  // The view is not a sibling of the indicator, so the call adds the indicator above all subviews.
+  // The view is not a subview of itself, so this call adds the indicator above all subviews.
   view()->addSubviewPositionedRelativeTo(activityIndicator(), NSWindowAbove, view());
 }
 

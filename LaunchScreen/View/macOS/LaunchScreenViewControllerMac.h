@@ -132,7 +132,8 @@ class VEL_EXPORT LaunchScreenViewController final
   /// The host window whose style the controller overrides in embedded mode.
   [[nodiscard]] Strong<NSWindow> appWindow() const { return appWindow_.load(); }
   void setAppWindow(Strong<NSWindow> window) { appWindow_.store(std::move(window)); }
-  /// The previous style of the host window. All bits are set if no style has been saved.
+  /// The style of the host window before the controller overrode it. All bits are set if no style
+  /// has been saved.
   [[nodiscard]] NSWindowStyleMask appWindowStyleMask() const { return appWindowStyleMask_; }
   void setAppWindowStyleMask(NSWindowStyleMask mask) { appWindowStyleMask_ = mask; }
 
