@@ -12,7 +12,7 @@ namespace vel::x11 {
 
 namespace {
 
-// A change of scene destroys fewer windows than this limit.
+// Limits the memory. A change of scene destroys fewer windows than this limit.
 constexpr std::size_t kMaxRecentlyDestroyedWindows = 8;
 
 constexpr std::uint32_t kPointerEvents =
@@ -88,7 +88,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   const bool usedOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
   if (usedOverlay && !usesOverlay_) {
     if (scene.empty()) {
-      // The overlay still hides this pane, so that the cover disappears in one step.
+      // The overlay still hides this pane. Closing the pane first makes the cover disappear in one
+      // step.
       closePane(panes_.front());
     }
     closeOverlay();
@@ -119,8 +120,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
   if (usesOverlay_) {
     overlay_->show();
-    // Without the overlay above it, the first pane would be visible, and the owner could draw over
-    // it.
+    // The first pane is opened last, under the overlay. Without the overlay, the owner could draw
+    // over the pane.
     if (!panes_.front().child.isOpen()) {
       openPane(panes_.front());
     }
@@ -318,7 +319,7 @@ bool Cover::isViewable() const {
   if (panes_.empty()) {
     return false;
   }
-  std::vector<xcb_window_t> windows{window_};  // the overlay can be mapped while its window is not
+  std::vector<xcb_window_t> windows{window_};  // may be unmapped while the overlay is mapped
   if (usesOverlay_) {
     windows.push_back(overlay_->window());
   }
@@ -351,7 +352,7 @@ bool Cover::owns(xcb_window_t window) const {
                               [window](const Pane& pane) { return window == pane.child.window; }));
 }
 
-// Following the window
+// Events and repairs
 
 void Cover::handle(const xcb_generic_event_t& event) {
   if (overlay_ != nullptr) {

@@ -39,9 +39,9 @@ class FocusTracker final : public NonCopyable {
   /// Call this when the connection is lost.
   void reset();
 
-  /// Requests the focus for a window on screen. Returns true if no window manager can process the
-  /// request. This function then sets `wantsFocus` of the window, and `WindowMonitor` sets the
-  /// focus when the window is viewable.
+  /// Requests the focus for a window on screen. If no window manager can process the request, sets
+  /// `wantsFocus` of the window and returns true. `WindowMonitor` then sets the focus when the
+  /// window is viewable.
   bool requestFocus(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.

@@ -7,8 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Between an owner's read of the property and its write of the property, we write the property
-// fewer times than this limit.
+// Limits the memory. An owner that edits the property reads it and then writes it. Between the two,
+// we write the property fewer times than this limit.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 }  // namespace

@@ -66,7 +66,7 @@ class HintOverride {
   std::size_t bitSetCount_;
   HintValue ownersValue_;
   HintValue currentValue_;
-  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner may have read each value
+  std::deque<RecentWrite> recentWrites_;  // oldest first; the owner may have read any of them
 };
 
 }  // namespace vel::x11

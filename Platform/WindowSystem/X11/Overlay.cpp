@@ -185,8 +185,9 @@ void Overlay::setCoveredWindowFrame(PixelRect frame) {
 }
 
 // If the adopted window fills its parent, the overlay is larger than the parent. The parent then
-// clips the overlay, and the overlay still fills the parent when the parent grows. In any other
-// parent, a larger overlay would hide the window manager's frame or other windows.
+// clips the overlay, and the overlay still fills the parent when the parent grows. If the adopted
+// window does not fill its parent, such a large overlay would hide the window manager's frame or
+// other windows.
 PixelRect Overlay::overlayFrame() const {
   const PixelRect& frame = coveredWindow_.frame;
   const int border = coveredWindow_.borderWidth;

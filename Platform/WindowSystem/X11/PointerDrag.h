@@ -14,13 +14,15 @@ class PointerDrag {
  public:
   /// Starts the drag of a window that has this frame. Ends a previous drag.
   void begin(xcb_window_t window, PixelRect frame, int pointerX, int pointerY);
+  /// Records the new position of the pointer.
   void movePointer(int pointerX, int pointerY);
   void end();
 
   /// The dragged window; None if no window is dragged.
   [[nodiscard]] xcb_window_t window() const { return window_; }
-  /// If the pointer has moved since the last call, returns `frame` at its new position.
-  /// Otherwise returns no value.
+  /// `frame` is the current frame of the dragged window. If the pointer has moved since the
+  /// previous call, returns the frame that the window should get: it has the size of `frame` and
+  /// follows the pointer. Otherwise returns no value.
   std::optional<PixelRect> takeMovedFrame(PixelRect frame);
 
  private:

@@ -26,7 +26,7 @@ class RequestLog final : public NonCopyable {
 
   /// From now on, errors of requests on this window are not logged.
   void markDestroyed(xcb_window_t window);
-  /// Reverses `markDestroyed`: the server may give the id to a new window.
+  /// Reverses `markDestroyed`: a new window may have the id of a destroyed window.
   void unmarkDestroyed(xcb_window_t window);
 
   [[nodiscard]] bool hasErrors() const { return !errors_.empty(); }

@@ -7,22 +7,24 @@
 namespace vel::x11 {
 
 /// Lets the owner of an adopted window maximise the window or make it fullscreen while the window's
-/// hints are overridden. Without the function for resizing, most window managers refuse to maximise
-/// the window, and some give a fullscreen window a wrong size afterwards. An owner sends its
-/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy.
-/// This class then restores the functions for resizing and maximising, and sends the request again.
-/// So the window manager receives the new hints before the second request.
+/// hints are overridden. The overridden _MOTIF_WM_HINTS can lack the functions for resizing and
+/// maximising. Without these functions, most window managers refuse to maximise the window, and
+/// some give a fullscreen window a wrong size afterwards. An owner sends its request, a
+/// _NET_WM_STATE message, through the root window, so this class receives a copy. This class then
+/// restores the two functions and sends the request again. So the window manager receives the new
+/// hints before the second request.
 ///
-/// Some window managers also undo the state of a window that is already maximised when it loses the
-/// functions. So this class keeps the functions of such a window.
+/// Some window managers also end the maximised or fullscreen state of a window that loses these
+/// functions. So this class keeps the functions of a window that already has such a state.
 class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
   /// Starts receiving requests. Call this before setting the style mask of an adopted window.
   void prepareOverride(Window& window, NSWindowStyleMask styleMask);
-  /// Stops receiving requests if no window's hints are overridden. While the relay receives
-  /// requests, the server also sends events about every top-level window.
+  /// Stops receiving requests if no window's hints are overridden. Call this after each operation
+  /// that may restore hints: while the relay receives requests, the server also sends events about
+  /// every top-level window.
   void stopIfUnused();
   /// Restores the functions of the windows that have become maximised or fullscreen. Call this
   /// after `WindowMonitor::updateChangedWindows`.

@@ -62,7 +62,7 @@ constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_heig
 constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
-// Returns an equal set without the bit that inverts a set.
+// Returns a set with the same meaning as `set` that does not contain `kAll`.
 std::uint32_t resolveInversion(std::uint32_t set, std::uint32_t allBits) {
   return (set & kAll) != 0 ? allBits & ~set : set;
 }

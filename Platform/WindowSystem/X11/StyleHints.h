@@ -30,14 +30,14 @@ struct StyleHints {
 
 /// Returns the value of _MOTIF_WM_HINTS without the title and the controls that `styleMask` lacks.
 /// Adds no control that `motif` lacks. Returns `motif` unchanged if nothing needs to be removed.
-/// `newType` is the type of a new property.
+/// `newType` is the type of the property if `motif` has no value.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
 /// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
 /// of functions and a set of decorations. If `motif` lacks a set, the new set allows everything.
 /// Restoring writes this value first: when a set is missing, some window managers keep the set of
-/// the previous value. `newType` is the type of a new property.
+/// the previous value. `newType` is the type of the property if `motif` has no value.
 [[nodiscard]] Property completeMotif(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that the program sets the position and the

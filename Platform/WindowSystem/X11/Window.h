@@ -33,16 +33,17 @@ struct Window {
   bool wantsFocus = false;
   /// The sibling directly below this window, from ConfigureNotify.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
-  /// True if events have announced changes that have not been read from the server yet.
+  /// These two are true if events have announced changes that have not been read from the server
+  /// yet.
   bool hasStateChanges = false;
   bool hasHintChanges = false;
   /// The time at which to read the controls that the window manager offers.
   Nanoseconds controlsDeadline = kNever;
   /// The controls of the last `controlsKept` report. No value before the first report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
-  /// The time at which to write the hints that `WindowStyle::finishRestoring` writes.
+  /// The time at which to call `WindowStyle::finishRestoring`.
   Nanoseconds restorationDeadline = kNever;
-  /// A window of ours on which the window manager sets a property when it has read those hints.
+  /// The probe of `StyleRestorer` for this window; None if there is no probe.
   xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

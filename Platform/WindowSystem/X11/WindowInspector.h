@@ -49,7 +49,7 @@ struct WindowInspection {
   [[nodiscard]] bool isSupportingWmCheckWindow() const;
 };
 
-/// Reads windows from the server. Each operation blocks for a round trip.
+/// Reads windows from the server. The operations may block for round trips.
 class WindowInspector final : public NonCopyable {
  public:
   explicit WindowInspector(Connection& connection) : connection_(connection) {}

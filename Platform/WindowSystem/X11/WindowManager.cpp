@@ -91,8 +91,8 @@ void WindowManager::readReplies() {
   }
 }
 
-// The window that a window manager creates to announce itself has the same property, with its own
-// id.
+// The window that a window manager creates to announce itself also has _NET_SUPPORTING_WM_CHECK.
+// The value is the window's own id.
 bool WindowManager::isSupportingWmCheckWindow(xcb_window_t window) {
   const auto check =
       connection_.readPropertyIfExists(window, connection_.atom(Atom::NetSupportingWmCheck));

@@ -63,9 +63,9 @@ class WindowStyle final : public NonCopyable {
   /// Writes the new size into the hints of a window that we create, if the window is not resizable.
   /// Call this before the window gets another size. Does nothing for an adopted window.
   void updateSizeHints(PixelRect frame);
-  /// Reads the hints of an adopted window after a program has written them, and overrides them
-  /// again if they are overridden. Blocks for a round trip. Does nothing for a window that we
-  /// create.
+  /// Call this after a program has written the hints of an adopted window. Reads the hints, and
+  /// overrides the new value too if `isOverridden` is true. Blocks for a round trip. Does nothing
+  /// for a window that we create.
   void readOwnersHints();
 
   /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's

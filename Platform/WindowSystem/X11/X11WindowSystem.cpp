@@ -37,8 +37,8 @@ std::string hexadecimal(std::uint64_t number) {
   return "0x" + std::string(std::as_const(digits).data(), end);
 }
 
-// Returns true for an event about a child that SubstructureNotify on `parent` selects. All these
-// events have the same layout.
+// Returns true if the event is about a child of `parent` and was sent because SubstructureNotify is
+// selected on `parent`. All such events have the same layout.
 bool isSelectedOnParent(const xcb_generic_event_t& event, xcb_window_t parent) {
   const int type = typeOf(event);
   if (type < XCB_CREATE_NOTIFY || type > XCB_CIRCULATE_NOTIFY) {
