@@ -25,7 +25,8 @@ struct CocoaWindow {
   std::int64_t number = 0;
 };
 
-/// A surface of this process on Wayland. The objects stay valid until the window is released.
+/// A surface of this process on Wayland. The owner must keep the objects valid until the back end
+/// has released the window.
 struct WaylandSurface {
   wl_display* display = nullptr;
   wl_surface* surface = nullptr;

@@ -24,7 +24,7 @@ class ReportQueue final : public NonCopyable {
   /// null, `deliver` discards the reports.
   void setDelegate(WindowSystemDelegate* delegate);
 
-  /// Adds a report that is not about one window.
+  /// Adds a report that is not about a particular window.
   void add(Report report);
   /// Adds a report about `window`.
   void add(WindowHandle window, Report report);

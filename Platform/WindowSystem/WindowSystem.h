@@ -44,12 +44,13 @@ struct WindowDescription {
   CGRect frame;
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
   WindowKind kind = WindowKind::Plain;
-  /// The window that a modal window or a sheet belongs to.
+  /// The window that a modal window or a sheet belongs to; None for a plain window.
   WindowHandle owner = WindowHandle::None;
   bool isMovableByBackground = false;
 };
 
-/// The state of another program's window at adoption.
+/// The state of a window at its adoption. The owner of the window is the program that opened it:
+/// another program, or the host.
 struct AdoptedWindow {
   WindowHandle handle = WindowHandle::None;
   std::string className;
@@ -174,9 +175,9 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void setModalWindow(WindowHandle window) = 0;
 
   /// Returns true if the window's scene is on the screen, even if other windows obscure it. Returns
-  /// false for an empty scene, and while the window or the windows that show the scene are not
-  /// mapped. A back end that cannot find out returns true. May block for a round trip to the window
-  /// system.
+  /// false for an empty scene, and while the window, or a window in which the back end draws the
+  /// scene, is not mapped. A back end that cannot find out returns true. May block for a round trip
+  /// to the window system.
   virtual bool isSceneOnScreen(WindowHandle /*window*/) { return true; }
 
   /// Captures the screen within the window's frame, including windows that obscure the window.

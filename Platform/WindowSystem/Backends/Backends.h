@@ -14,9 +14,12 @@ namespace vel {
 /// "auto". An empty `displayName` means the display that the environment names.
 ///
 /// `hostWindow` is the window that the caller will adopt, if any. If it is a Wayland surface,
-/// "wayland" and "auto" use the connection of the surface. Otherwise "auto" means Wayland if
-/// `WAYLAND_DISPLAY` names a compositor, if there is no `displayName` and no `hostWindow`. The
-/// fallbacks are X11 and then "headless".
+/// "wayland" and "auto" use the connection of the surface. Otherwise "auto" opens the first of
+/// these window systems that works:
+/// - Wayland, if `WAYLAND_DISPLAY` names a compositor, `displayName` is empty and there is no
+///   `hostWindow`
+/// - X11
+/// - "headless"
 ///
 /// On failure, sets `error` to the reason and returns null.
 VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(

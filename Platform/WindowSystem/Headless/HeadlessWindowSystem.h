@@ -64,7 +64,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.
   void ownerDestroysWindow(WindowHandle window);
-  /// Ends the connection and destroys all windows.
+  /// Destroys all windows and reports that the connection is lost.
   void serverClosesConnection(std::string_view reason);
 
   /// The state of a window; null for an invalid handle.
