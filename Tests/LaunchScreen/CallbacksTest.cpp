@@ -20,8 +20,9 @@ class CallbacksTest : public LaunchScreenTest {
     setTimeLeft(seconds);
     manager->startTimer();
   }
-  // Shows a launch screen whose controller presents another controller as a sheet.
-  Strong<NSViewController> presentUnderSheet(double duration) {
+  // Shows a launch screen whose controller presents another controller as a sheet. Returns the
+  // presented controller.
+  Strong<NSViewController> showLaunchScreenThatPresentsASheet(double duration) {
     load(duration);
     present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
     auto sheet = make<NamedViewController>("NSViewController");
@@ -109,8 +110,8 @@ TEST_F(CallbacksTest, InSkipModeWhileUnfocusedTheDismissalIsPostponed) {
   }
 }
 
-TEST_F(CallbacksTest, InSkipModeAPresentedControllerDoesNotMatter) {
-  const auto sheet = presentUnderSheet(5.0);
+TEST_F(CallbacksTest, InSkipModeALaunchScreenThatPresentsASheetCanBeDismissed) {
+  const auto sheet = showLaunchScreenThatPresentsASheet(5.0);
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(false);
   EXPECT_TRUE(canDismiss());
@@ -181,8 +182,8 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedADismissalPostponesTheEvent
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, WithAPresentedControllerARefusedDismissalStopsTheCountdown) {
-  const auto sheet = presentUnderSheet(5.0);
+TEST_F(CallbacksTest, ALaunchScreenThatPresentsASheetRefusesTheDismissalAndStopsTheCountdown) {
+  const auto sheet = showLaunchScreenThatPresentsASheet(5.0);
   manager->setAppIsUnfocused(false);
   startCountdown(0.1);
   ASSERT_NE(timer(), nullptr);
@@ -313,8 +314,8 @@ TEST_F(CallbacksTest, WhenTheTimeIsUsedUpOnlyTheDismissalSchedulesTheEvent) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CallbacksTest, UnderAPresentedControllerAnExpiredLaunchScreenStays) {
-  const auto sheet = presentUnderSheet(1.0);
+TEST_F(CallbacksTest, AnExpiredLaunchScreenThatPresentsASheetStays) {
+  const auto sheet = showLaunchScreenThatPresentsASheet(1.0);
   manager->startTimer();
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);

@@ -1,5 +1,6 @@
 // The host's consent dialog: when the dialog resigns key, the window of the launch screen becomes
-// key.
+// key. A dialog is a consent dialog if its content view controller has the class name
+// "GDPRViewController".
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -73,7 +74,7 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
-TEST_F(ConsentTest, TheCurrentWindowOfTheLaunchScreenBecomesKey) {
+TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomesKey) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   const auto otherWindow = openWindow("NSWindow");
@@ -111,7 +112,7 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, ARequiredWindowWithAConsentDialogPausesNothing) {
+TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown) {
   show(5.0);
   consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
@@ -122,7 +123,7 @@ TEST_F(ConsentTest, ARequiredWindowWithAConsentDialogPausesNothing) {
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, WithoutAnApplicationTheCountdownContinues) {
+TEST_F(ConsentTest, WithoutAnApplicationTheCountdownStillResumes) {
   show(5.0);
   manager->pauseTimer();
   const Strong<NSApplication> application = NSApp;
@@ -132,7 +133,7 @@ TEST_F(ConsentTest, WithoutAnApplicationTheCountdownContinues) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ConsentTest, OnlyAContentViewControllerOfThisExactClassIsAConsentDialog) {
+TEST_F(ConsentTest, ADialogWithAnotherControllerClassIsNotAConsentDialog) {
   show(5.0);
   for (const std::string_view name : {"GDPRViewControllerSubclass", "gdprViewController", ""}) {
     const auto otherWindow = openWindow("GDPRViewController");

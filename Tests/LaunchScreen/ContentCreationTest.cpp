@@ -1,4 +1,5 @@
-// The manager as a content resolver: it creates content and views for requests.
+// The manager as a content resolver: it creates content and views for requests. Usually it loads a
+// request into its main content. While a launch screen is shown, it creates a temporary content.
 #include <functional>
 #include <limits>
 #include <utility>
@@ -65,7 +66,7 @@ TEST_F(ContentCreationTest, TheClassNameIsLaunchScreenManager) {
   EXPECT_EQ(manager->className(), "LaunchScreenManager");
 }
 
-TEST_F(ContentCreationTest, TheManagerDoesNotRespondToName) {
+TEST_F(ContentCreationTest, TheManagerDoesNotImplementTheOptionalOperationName) {
   const Strong<ContentResolver> resolver = manager;
   EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
 }
@@ -185,7 +186,7 @@ TEST_F(ContentCreationTest, EachAcceptedRequestSetsTheTimeLeftAndCreatesAControl
   EXPECT_NE(controller(), previousController);
 }
 
-TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified) {
+TEST_F(ContentCreationTest, IfTheHostReplacesTheMainContentTheReplacementIsReturned) {
   const auto replacement = LaunchScreenContent::init();
   const auto previousContent = manager->content();
   listener->whenNotified = [&] { manager->setContent(replacement); };
@@ -195,7 +196,7 @@ TEST_F(ContentCreationTest, TheResultIsTheMainContentAfterTheHostHasBeenNotified
   previousContent->deactivate();  // A loaded content and its controller own each other.
 }
 
-TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterTheLoading) {
+TEST_F(ContentCreationTest, IfTheTemporaryContentIsReplacedTheReplacementIsReturned) {
   showAnotherLaunchScreen();
   const auto replacement = LaunchScreenContent::init();
   class ReplacingRequest final
@@ -224,7 +225,7 @@ TEST_F(ContentCreationTest, TheResultIsTheTemporaryContentAfterTheLoading) {
   loadedContent->deactivate();  // A loaded content and its controller own each other.
 }
 
-TEST_F(ContentCreationTest, ANewRequestKeepsAllFlags) {
+TEST_F(ContentCreationTest, ANewRequestKeepsTheFlagsOfTheManager) {
   manager->setAppIsUnfocused(true);
   manager->setEventWasSended(true);
   manager->setLaunchScreenExpired(true);
@@ -292,7 +293,7 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest, AskingForTheTemporaryViewReleasesTheTemporaryContent) {
+TEST_F(ContentCreationTest, AskingForTheViewOfATemporaryContentReleasesThisContent) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
@@ -310,7 +311,7 @@ TEST_F(ContentCreationTest, AskingForTheViewKeepsTheTimeLeft) {
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 3.25);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerBehindTheContent) {
+TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerToTheDelegatesAfterTheContent) {
   const auto data = request(5.0);
   ASSERT_EQ(controller()->delegates()->count(), 1u);
   manager->contentViewForContentData(data);
@@ -319,20 +320,20 @@ TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerBehindTheContent) {
   EXPECT_EQ(controller()->delegates()->objectAtIndex(1), manager);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewTwiceAddsTheManagerOnce) {
+TEST_F(ContentCreationTest, AskingForTheViewTwiceStoresTheManagerInTheDelegatesOnce) {
   load(5.0);
   manager->contentViewForContentData(manager->content());
   EXPECT_EQ(controller()->delegates()->count(), 2u);
 }
 
-TEST_F(ContentCreationTest, EachCallAddsTheManagerToTheController) {
+TEST_F(ContentCreationTest, AskingForTheViewTwiceCallsAddDelegateTwice) {
   const auto hostController = loadHostController(5.0);
   EXPECT_EQ(hostController->delegate, manager);
   manager->contentViewForContentData(nullptr);
   EXPECT_EQ(hostController->calls, (std::vector<std::string>{"addDelegate", "addDelegate"}));
 }
 
-TEST_F(ContentCreationTest, WithoutAControllerTheViewIsTheMainContent) {
+TEST_F(ContentCreationTest, WithoutAViewControllerTheContentViewIsTheMainContent) {
   EXPECT_EQ(manager->contentViewForContentData(nullptr), manager->content());
   EXPECT_EQ(manager->content()->viewController(), nullptr);
 }
@@ -344,13 +345,13 @@ TEST_F(ContentCreationTest, DeactivateReleasesBothContentsAndRemovesAllDelegates
   const auto shownController = controller();
   showAnotherLaunchScreen();
   request(3.0);
-  const auto otherController =
+  const auto temporaryController =
       as<LaunchScreenViewController>(manager->tempContent()->viewController());
   manager->deactivate();
   EXPECT_EQ(manager->content(), nullptr);
   EXPECT_EQ(manager->tempContent(), nullptr);
   EXPECT_EQ(shownController->delegates()->count(), 0u);
-  EXPECT_EQ(otherController->delegates()->count(), 0u);
+  EXPECT_EQ(temporaryController->delegates()->count(), 0u);
 }
 
 TEST_F(ContentCreationTest, TheMainContentIsDeactivatedBeforeTheTemporaryContent) {

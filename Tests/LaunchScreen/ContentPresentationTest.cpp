@@ -34,7 +34,7 @@ TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItsel
   EXPECT_EQ(content->getContentView(), content);
 }
 
-TEST_F(ContentPresentationTest, TheViewControllerIsTheInternalOne) {
+TEST_F(ContentPresentationTest, ViewControllerReturnsTheInternalViewController) {
   EXPECT_EQ(content->viewController(), nullptr);
   content->setInternalViewController(cover);
   EXPECT_EQ(content->viewController(), cover);
@@ -44,13 +44,13 @@ TEST_F(ContentPresentationTest, TheClassNameIsLaunchScreenContent) {
   EXPECT_EQ(content->className(), "LaunchScreenContent");
 }
 
-TEST_F(ContentPresentationTest, TheContentDoesNotRespondToRewardedOrCompletedView) {
+TEST_F(ContentPresentationTest, TheContentDoesNotImplementRewardedOrCompletedView) {
   const Strong<CVPresentation> presentation = content->presentation();
   EXPECT_FALSE(respondsTo<&CVPresentation::rewarded>(presentation));
   EXPECT_FALSE(respondsTo<&CVPresentation::completedView>(presentation));
 }
 
-TEST_F(ContentPresentationTest, TheContentRespondsToAllOperationsOfAControllerDelegate) {
+TEST_F(ContentPresentationTest, TheContentImplementsAllOperationsOfAControllerDelegate) {
   using Delegate = LaunchScreenViewControllerDelegate;
   const Strong<Delegate> delegate = content;
   EXPECT_TRUE(respondsTo<&Delegate::launchScreenControllerWillPresent>(delegate));
@@ -210,7 +210,7 @@ TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsAnother) {
+TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsAnotherController) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
@@ -218,7 +218,7 @@ TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsA
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, DidDisappearDependsOnTheControllerArgument) {
+TEST_F(ContentForwardingTest, DidDisappearDependsOnTheArgumentNotOnTheContentsOwnController) {
   const auto otherController = LaunchScreenViewController::init();
   content->setInternalViewController(otherController);
   otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));

@@ -76,7 +76,7 @@ TEST_F(ContentStateTest, ANewContentHasStateZeroAndNoReferences) {
   EXPECT_EQ(newContent->contentDelegate(), nullptr);
 }
 
-TEST_F(ContentStateTest, TheStatesHaveTheirValues) {
+TEST_F(ContentStateTest, LoadedIsState3AndFailedIsState4) {
   EXPECT_EQ(ContentDataStateLoaded, 3u);
   EXPECT_EQ(ContentDataStateFailed, 4u);
 }
@@ -236,7 +236,7 @@ TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, AQueuedRequestWithoutAControllerKeepsTheFirstController) {
+TEST_F(ContentStateTest, ASecondQueuedRequestThatCreatesNoControllerKeepsTheFirstController) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
@@ -281,7 +281,7 @@ TEST_F(ContentStateTest, TheContentDoesNotOwnItsContentDelegate) {
 
 // The lifetime of the error
 
-TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAfterThePass) {
+TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAtTheEndOfTheRunLoopPass) {
   content->setContentRequest(requestWithoutParameters());
   EXPECT_NE(content->error(), nullptr);
   platform.run(0.1);
@@ -289,7 +289,7 @@ TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAfterThePass) {
   EXPECT_EQ(content->state(), ContentDataStateFailed);
 }
 
-TEST_F(ContentStateTest, AnErrorOfAPassLivesUntilTheEndOfThePass) {
+TEST_F(ContentStateTest, AnErrorIsStillReadableByLaterWorkOfItsRunLoopPass) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   std::string errorDomain;

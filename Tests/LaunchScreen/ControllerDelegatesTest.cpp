@@ -66,18 +66,18 @@ TEST_F(ControllerCreationTest, HasTheClassNameLaunchScreenViewController) {
   EXPECT_EQ(cover->className(), "LaunchScreenViewController");
 }
 
-/// A delegate that equals every other delegate with the same name.
-class DelegateByName final
-    : public Class<DelegateByName, "DelegateByName", NSObject, LaunchScreenViewControllerDelegate> {
+/// A delegate that is equal to every delegate with the same number.
+class NumberedDelegate final : public Class<NumberedDelegate, "NumberedDelegate", NSObject,
+                                            LaunchScreenViewControllerDelegate> {
  public:
-  explicit DelegateByName(int name) : name_(name) {}
+  explicit NumberedDelegate(int number) : number_(number) {}
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override {
-    const auto* const otherDelegate = dynamic_cast<const DelegateByName*>(other);
-    return otherDelegate != nullptr && otherDelegate->name_ == name_;
+    const auto* const otherDelegate = dynamic_cast<const NumberedDelegate*>(other);
+    return otherDelegate != nullptr && otherDelegate->number_ == number_;
   }
 
  private:
-  int name_;
+  int number_;
 };
 
 using ControllerDelegatesTest = CoverTest;
@@ -105,19 +105,19 @@ TEST_F(ControllerDelegatesTest, ADelegateAddedTwiceIsStoredOnce) {
 }
 
 TEST_F(ControllerDelegatesTest, AnEqualDelegateIsNotAdded) {
-  const auto firstDelegate = make<DelegateByName>(1);
+  const auto firstDelegate = make<NumberedDelegate>(1);
   cover->addDelegate(firstDelegate);
-  cover->addDelegate(make<DelegateByName>(1));
-  cover->addDelegate(make<DelegateByName>(2));
+  cover->addDelegate(make<NumberedDelegate>(1));
+  cover->addDelegate(make<NumberedDelegate>(2));
   EXPECT_EQ(cover->delegates()->count(), 2u);
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), firstDelegate);
 }
 
 TEST_F(ControllerDelegatesTest, RemovingADelegateRemovesAnEqualDelegate) {
-  cover->addDelegate(make<DelegateByName>(1));
-  const auto secondDelegate = make<DelegateByName>(2);
+  cover->addDelegate(make<NumberedDelegate>(1));
+  const auto secondDelegate = make<NumberedDelegate>(2);
   cover->addDelegate(secondDelegate);
-  cover->removeDelegate(make<DelegateByName>(1));
+  cover->removeDelegate(make<NumberedDelegate>(1));
   ASSERT_EQ(cover->delegates()->count(), 1u);
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), secondDelegate);
 }
@@ -163,7 +163,7 @@ TEST_F(ControllerDelegatesTest, DeactivateRemovesAllAndKeepsTheArray) {
   EXPECT_EQ(array->count(), 0u);
 }
 
-TEST_F(ControllerDelegatesTest, DestructionDeactivates) {
+TEST_F(ControllerDelegatesTest, TheDestructorRemovesAllDelegates) {
   addDelegate("first");
   const auto array = cover->delegates();
   cover = nullptr;

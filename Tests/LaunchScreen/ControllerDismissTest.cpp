@@ -1,4 +1,7 @@
-// The cover's controller is dismissed without asking its delegates.
+// `dismiss` removes the launch screen without asking the delegates. The cover is the view
+// controller of the launch screen, with its view. A cover that is embedded in a window without a
+// content view controller has no parent that could own it. The library then tracks the cover: three
+// global variables own its superview, its view and the controller (EmbeddedCover.h).
 #include <limits>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -16,7 +19,7 @@ class ControllerDismissTest : public CoverTest {
   void embed(const Strong<NSWindow>& window) { present(window, LaunchScreenPresentationEmbedded); }
 };
 
-// Modal window, sheet and any other mode
+// Modal window, sheet and unknown modes
 
 TEST_F(ControllerDismissTest, AModalWindowIsClosed) {
   const auto window = openPlayerWindowWithContentViewController();
@@ -42,7 +45,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, TheWindowThatShowsTheViewIsClosed) {
+TEST_F(ControllerDismissTest, InSheetModeAnEmbeddedCoverClosesThePlayerWindow) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->setPresentationMode(LaunchScreenPresentationSheet);
@@ -50,7 +53,7 @@ TEST_F(ControllerDismissTest, TheWindowThatShowsTheViewIsClosed) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, WithoutAWindowNothingIsClosed) {
+TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowNothingIsClosed) {
   const auto window = openPlayerWindow();
   addDelegate("first");
   takeEvents();
@@ -62,7 +65,7 @@ TEST_F(ControllerDismissTest, WithoutAWindowNothingIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
+TEST_F(ControllerDismissTest, InAnUnknownModeNothingHappens) {
   const auto window = openPlayerWindow();
   embed(window);
   addDelegate("first");
@@ -77,9 +80,9 @@ TEST_F(ControllerDismissTest, InAnyOtherModeNothingHappens) {
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-// Embedded without a parent
+// Embedded without a parent: the tracked cover
 
-TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesAtOnce) {
+TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesBeforeItIsRemoved) {
   const auto window = openPlayerWindow();
   embed(window);
   const auto firstDelegate = addDelegate("first");
@@ -90,7 +93,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverNotifiesItsDelegatesAtOnce) {
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondLater) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss) {
   const auto window = openPlayerWindow();
   embed(window);
   addDelegate("first");
@@ -127,7 +130,7 @@ TEST_F(ControllerDismissTest, ARemovedTrackedCoverAlsoLeavesItsParent) {
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, DismissDoesNotRestoreTheStyle) {
+TEST_F(ControllerDismissTest, TheStyleIsRestoredOnlyWhenTheCoverIsRemoved) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -138,7 +141,7 @@ TEST_F(ControllerDismissTest, DismissDoesNotRestoreTheStyle) {
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(ControllerDismissTest, EveryEmbeddedControllerRemovesTheTrackedCover) {
+TEST_F(ControllerDismissTest, DismissOfAnotherControllerDismissesTheTrackedCover) {
   embed(openPlayerWindow());
   const auto firstDelegate = addDelegate("first");
   const auto otherController = LaunchScreenViewController::init();
@@ -151,7 +154,7 @@ TEST_F(ControllerDismissTest, EveryEmbeddedControllerRemovesTheTrackedCover) {
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, TheCoverThatIsTrackedAfterOneSecondIsRemoved) {
+TEST_F(ControllerDismissTest, IfASecondCoverReplacesADismissedCoverTheSecondCoverIsRemoved) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -179,7 +182,7 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, AReplacedControllerLivesUntilAllDelegatesAreNotified) {
+TEST_F(ControllerDismissTest, AControllerThatADelegateReplacesLivesUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
   const auto secondController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
@@ -195,9 +198,9 @@ TEST_F(ControllerDismissTest, AReplacedControllerLivesUntilAllDelegatesAreNotifi
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
 }
 
-// Embedded, and not fully tracked
+// Embedded while at least one of the three global variables is null
 
-TEST_F(ControllerDismissTest, ACoverWithoutAWindowNotifiesAtOnce) {
+TEST_F(ControllerDismissTest, ACoverThatIsEmbeddedWithoutAWindowNotifiesAtOnce) {
   embed(nullptr);
   const auto firstDelegate = addDelegate("first");
   cover->dismiss();
@@ -207,7 +210,7 @@ TEST_F(ControllerDismissTest, ACoverWithoutAWindowNotifiesAtOnce) {
   EXPECT_TRUE(isTrackedCover(nullptr, cover));
 }
 
-TEST_F(ControllerDismissTest, IfATrackedReferenceIsNullTheViewIsRemovedAtOnce) {
+TEST_F(ControllerDismissTest, IfOneGlobalVariableIsNullTheViewIsRemovedAtOnce) {
   const auto window = openPlayerWindow();
   embed(window);
   embedded_cover::selfView = nullptr;
@@ -238,8 +241,8 @@ TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
   cover->dismiss();
   EXPECT_EQ(takeEvents(),
             (Lines{"viewWillDisappear", "style 15",           // the platform removes the view
-                   "viewDidDisappear", "first: did dismiss",  // the last call notifies
-                   "first: did dismiss"}));                   // the dismissal notifies again
+                   "viewDidDisappear", "first: did dismiss",  // `viewDidDisappear` notifies
+                   "first: did dismiss"}));                   // `dismiss` notifies again
 }
 
 TEST_F(ControllerDismissTest, ADelegateThatChangesTheListRaisesTheMutationError) {
@@ -250,9 +253,9 @@ TEST_F(ControllerDismissTest, ADelegateThatChangesTheListRaisesTheMutationError)
   EXPECT_EQ(takeEvents(), Lines{"first: did dismiss"});
 }
 
-// Embedded under a content view controller
+// Embedded with a parent view controller
 
-TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildAreRemovedAtOnce) {
+TEST_F(ControllerDismissTest, UnderAParentTheViewAndItsControllerAreRemovedAtOnce) {
   const auto window = openPlayerWindowWithContentViewController();
   embed(window);
   addDelegate("first");
@@ -265,9 +268,9 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndTheChildAreRemovedAtOnce) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, UnderAParentDismissDoesNotNotifyTheDelegates) {
+TEST_F(ControllerDismissTest, UnderAParentInAClosedWindowTheDelegatesAreNotNotified) {
   const auto window = openPlayerWindowWithContentViewController();
-  window->close();  // so that the platform calls no life-cycle method
+  window->close();  // so that the platform does not call `viewDidDisappear`, which would notify
   embed(window);
   addDelegate("first");
   cover->dismiss();
@@ -276,7 +279,7 @@ TEST_F(ControllerDismissTest, UnderAParentDismissDoesNotNotifyTheDelegates) {
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerDismissTest, WithoutAContentViewControllerTheParentStays) {
+TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowTheCoverKeepsItsParent) {
   embed(nullptr);
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(cover);

@@ -1,4 +1,5 @@
-// The cover's controller dismisses itself if every delegate agrees.
+// `dismissViewController` of the launch screen's controller: asks all delegates, and dismisses the
+// controller if every delegate agrees.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -31,7 +32,7 @@ TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
   EXPECT_TRUE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, AllAreAskedEvenIfTheFirstRefuses) {
+TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
   addDelegate("second");
@@ -54,7 +55,7 @@ TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerGuardedDismissTest, TheArgumentOfTheQuestionIsTheController) {
+TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotTheArgument) {
   present(kModalWindow);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->agrees = false;
@@ -147,7 +148,7 @@ TEST_F(ControllerGuardedDismissTest, ThePlatformDismissesASheet) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheArgumentIsDismissed) {
+TEST_F(ControllerGuardedDismissTest, InModalWindowAndSheetModeTheArgumentIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {kModalWindow, kSheet}) {
     present(mode);
     const auto otherController = make<NamedViewController>("Other");
@@ -162,7 +163,7 @@ TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeTheArgumentIsDismissed) 
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, InAnyOtherModeThePlatformDismisses) {
+TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   present(kSheet);
   for (const LaunchScreenPresentationMode mode : {3, -1}) {
     const auto otherController = make<NamedViewController>("Other");
@@ -174,7 +175,7 @@ TEST_F(ControllerGuardedDismissTest, InAnyOtherModeThePlatformDismisses) {
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, OutsideEmbeddedModeNoStyleIsRestored) {
+TEST_F(ControllerGuardedDismissTest, InModalWindowModeNoStyleIsRestored) {
   present(kModalWindow);
   cover->setAppWindow(window);
   cover->setAppWindowStyleMask(7);

@@ -1,4 +1,4 @@
-// The cover's controller in each life-cycle method.
+// What the launch screen's controller ("the cover") does in each life-cycle method.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -29,7 +29,7 @@ TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasA
                                  "viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
-TEST_F(ControllerLifeCycleTest, ACoverWithoutAParentHasTheSameOrder) {
+TEST_F(ControllerLifeCycleTest, ACoverWithoutAParentAlsoOverridesTheStyleAfterTheViewHasAppeared) {
   window = openPlayerWindow();
   takeEvents();
   addDelegate("first");
@@ -61,7 +61,7 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   EXPECT_TRUE(sheet->canHide());
 }
 
-// Calls of one method
+// Direct calls of a life-cycle method
 
 TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
   const auto firstDelegate = addDelegate("first");
@@ -152,7 +152,7 @@ class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:
   IndicatorLifeCycleTest() { cover->setActivityIndicator(indicator); }
 
-  // The appearance name of the indicator after the controller has appeared on this version.
+  // The appearance name of the indicator after `viewWillAppear` on this version of the system.
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     indicator->setAppearance(nullptr);

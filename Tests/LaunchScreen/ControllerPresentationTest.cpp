@@ -1,4 +1,5 @@
-// The cover's controller is embedded in a window, or presented in a window of its own.
+// The launch screen's controller ("the cover") is embedded in a window, or presented in a window of
+// its own.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -25,13 +26,14 @@ class ControllerPresentationTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerPresentationTest, ThePresentationModesHaveTheirValues) {
+TEST_F(ControllerPresentationTest, ThePresentationModesAreEmbedded0ModalWindow1AndSheet2) {
   EXPECT_EQ(kEmbedded, 0);
   EXPECT_EQ(kModalWindow, 1);
   EXPECT_EQ(kSheet, 2);
 }
 
-// Embedded in a window without a content view controller
+// Embedded in a window without a content view controller. The cover then has no parent that could
+// own it, so the library tracks it: global variables own it (EmbeddedCover.h).
 
 TEST_F(ControllerPresentationTest,
        EmbeddedWithoutAParentTheCoverIsATrackedSubviewOfTheContentView) {
@@ -67,7 +69,7 @@ TEST_F(ControllerPresentationTest, EmbeddedTheCoverGetsTheFrameOfItsSuperviewNot
   EXPECT_EQ(cover->view()->frame(), CGRectMake(10, 20, 300, 200));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverAppearsTrackedAndAtTheSizeOfTheWindow) {
+TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   bool hasAppeared = false;
@@ -109,7 +111,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerTheCoverIs
 }
 
 TEST_F(ControllerPresentationTest,
-       EmbeddedUnderAContentViewControllerTheCoverFillsTheLayerBackedView) {
+       EmbeddedUnderAContentViewControllerTheCoverFillsTheViewAndMakesItLayerBacked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -219,7 +221,7 @@ TEST_F(ControllerPresentationTest, WithoutAWindowTheCoverPresentsItselfInAModalW
   EXPECT_NE(cover->view()->window(), nullptr);
 }
 
-TEST_F(ControllerPresentationTest, AModalWindowIsNotTrackedAndSetsNoApplicationWindow) {
+TEST_F(ControllerPresentationTest, AModalWindowIsNotTrackedAndDoesNotSetAppWindow) {
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
@@ -238,7 +240,7 @@ TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheSheet) {
   EXPECT_FALSE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, ASheetIsNotTrackedAndSetsNoApplicationWindow) {
+TEST_F(ControllerPresentationTest, ASheetIsNotTrackedAndDoesNotSetAppWindow) {
   present(openPlayerWindowWithContentViewController(), kSheet);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
@@ -262,9 +264,9 @@ TEST_F(ControllerPresentationTest, TheSheetOfAnEmbeddedCoverBelongsToTheWindowOf
   EXPECT_EQ(cover->view()->window(), window->sheets().front());
 }
 
-// Any other mode
+// Unknown modes
 
-TEST_F(ControllerPresentationTest, AnyOtherModeIsStoredAndPresentsNothing) {
+TEST_F(ControllerPresentationTest, AnUnknownModeIsStoredAndPresentsNothing) {
   const auto window = openPlayerWindowWithContentViewController();
   for (const LaunchScreenPresentationMode mode :
        {3, -1, std::numeric_limits<std::int32_t>::min()}) {
@@ -274,7 +276,7 @@ TEST_F(ControllerPresentationTest, AnyOtherModeIsStoredAndPresentsNothing) {
   }
 }
 
-TEST_F(ControllerPresentationTest, AnyOtherModeWithoutAWindowPresentsNothing) {
+TEST_F(ControllerPresentationTest, AnUnknownModeWithoutAWindowPresentsNothing) {
   present(nullptr, 3);
   expectNothingPresented();
 }

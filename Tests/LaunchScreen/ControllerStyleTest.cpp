@@ -1,4 +1,4 @@
-// The cover's controller overrides and restores the style of a window.
+// The launch screen's controller ("the cover") overrides and restores the style of a window.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -88,7 +88,7 @@ TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
   EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, InSheetModeAndAnyOtherModeNoStyleIsOverridden) {
+TEST_F(ControllerStyleTest, InSheetModeAndInUnknownModesNoStyleIsOverridden) {
   for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
     prepare(cover, window, mode);
     cover->setupPresentation();
@@ -191,9 +191,10 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-// Restoring the style through the tracked controller
+// Restoring the style through the tracked controller: the embedded controller that the library owns
+// through a global variable, because the controller has no parent (EmbeddedCover.h)
 
-TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheTrackedWindow) {
+TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheWindowOfTheTrackedController) {
   embed(window);
   takeEvents();
   const auto otherController = LaunchScreenViewController::init();
@@ -205,7 +206,7 @@ TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheTrackedWindow) {
   EXPECT_EQ(otherController->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, TheTrackedMaskIsWrittenEvenIfNoStyleIsSaved) {
+TEST_F(ControllerStyleTest, IfTheTrackedControllerHasSavedNoStyleAllStyleBitsAreSet) {
   embed(window);
   cover->setAppWindowStyleMask(kNoSavedStyle);
   takeEvents();
@@ -225,7 +226,7 @@ TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowRestoresNothing) {
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheTrackedWindow) {
+TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheWindowOfTheTrackedController) {
   embed(window);
   const auto otherController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
@@ -237,7 +238,7 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheTrackedWindow)
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-TEST_F(ControllerStyleTest, OutsideEmbeddedModeTheTrackedWindowIsNotRestored) {
+TEST_F(ControllerStyleTest, InModalWindowModeTheWindowOfTheTrackedControllerIsNotRestored) {
   embed(window);
   takeEvents();
   const auto otherController = LaunchScreenViewController::init();

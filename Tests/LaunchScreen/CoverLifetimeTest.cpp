@@ -1,4 +1,6 @@
-// Which objects own the cover and its content, and when all of these objects are destroyed.
+// Which objects own the launch screen's controller ("the cover") and its content, and when all of
+// these objects are destroyed. A tracked cover is an embedded cover without a parent. Global
+// variables of the library own it (EmbeddedCover.h).
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"

@@ -13,7 +13,7 @@ using Calls = std::vector<std::string>;
 
 class DismissalTest : public LaunchScreenTest {};
 
-TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledBeforeTheCallReturns) {
+TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledImmediately) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   manager->dismissLaunchScreen();
@@ -79,7 +79,7 @@ TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
 }
 
-TEST_F(DismissalTest, TheMainQueueCallsTheCurrentController) {
+TEST_F(DismissalTest, IfTheControllerIsReplacedTheMainQueueCallsTheNewController) {
   const auto firstController = loadHostController(5.0);
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   const auto secondController = loadHostController(5.0);
@@ -186,13 +186,13 @@ TEST_F(EventTest, WhileFocusedTheEventIsNotPostponed) {
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
 
-TEST_F(EventTest, TheDismissalEndsWhenTheEventIsScheduled) {
+TEST_F(EventTest, SchedulingTheEventClearsTheExpiredFlag) {
   manager->setLaunchScreenExpired(true);
   manager->sendAnalyticsEvent();
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(EventTest, WithoutANameTheDismissalEndsAndALaterCallTriesAgain) {
+TEST_F(EventTest, WithoutANameTheExpiredFlagIsClearedAndALaterCallTriesAgain) {
   for (const auto& emptyName : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
     configuration().setNextEventName(emptyName);
     manager->setLaunchScreenExpired(true);
@@ -301,7 +301,7 @@ TEST_F(StateChangeTest, ADestroyedDelegateIsNotNotified) {
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
 
-TEST_F(StateChangeTest, TheCurrentDelegateIsNotified) {
+TEST_F(StateChangeTest, AReplacedDelegateIsNotNotified) {
   const auto previousListener = make<ResolverListener>();
   manager->setDelegate(previousListener);
   manager->setDelegate(listener);
@@ -310,7 +310,7 @@ TEST_F(StateChangeTest, TheCurrentDelegateIsNotified) {
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
-TEST_F(StateChangeTest, AnImmediateFailureIsReportedOnTheSameThread) {
+TEST_F(StateChangeTest, AnImmediateFailureOnAnotherThreadIsReportedOnThatThread) {
   manager->setDelegate(listener);
   runOnAnotherThread([this] { manager->content()->setContentRequest(makeRequest(nullptr)); });
   ASSERT_EQ(listener->changes.size(), 1u);

@@ -81,7 +81,7 @@ TEST_F(ExpirationTimerTest, StartKeepsTheTimerOfARunningCountdownAndItsPhase) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 1u);
 }
 
-TEST_F(ExpirationTimerTest, AnInvalidTimerInThePropertyIsReplaced) {
+TEST_F(ExpirationTimerTest, StartReplacesAnInvalidTimer) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto previousTimer = timer();
@@ -149,7 +149,7 @@ TEST_F(ExpirationTimerTest, ATickWithATimeLeftOfZeroKeepsTheTimer) {
   EXPECT_TRUE(timer()->isValid());
 }
 
-TEST_F(ExpirationTimerTest, ATickBelowZeroDismissesAndSubtracts) {
+TEST_F(ExpirationTimerTest, ATickWithANegativeTimeLeftDismissesAndSubtracts) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   setTimeLeft(-0.25);
@@ -180,8 +180,8 @@ TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerAndKeepsTheTimeLeftBefore
 struct Countdown {
   double start;
   int dismissingTick;     // the number of the tick that dismisses
-  double timeLeftBefore;  // the time left before this tick
-  double timeLeftAfter;   // the time left after this tick, if the dismissal does not set it to 0
+  double timeLeftBefore;  // before the dismissing tick
+  double timeLeftAfter;   // after the dismissing tick, if the dismissal does not set it to 0
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
@@ -342,7 +342,7 @@ TEST_F(ExpirationTimerTest, TheCountdownRunsInTheDefaultAndTheModalPanelMode) {
   }
 }
 
-TEST_F(ExpirationTimerTest, TheTimerTicksOnceForBothModes) {
+TEST_F(ExpirationTimerTest, ATimerThatHasTickedInOneModeDoesNotTickAgainInTheOther) {
   setTimeLeft(1.0);
   manager->startTimer();
   NSRunLoop& loop = NSRunLoop::mainRunLoop();

@@ -1,4 +1,6 @@
-// How the countdown follows the key window.
+// How the countdown follows the key window. A window is required if the user can see the launch
+// screen while the window is key. The countdown pauses when a required window resigns key, and
+// resumes when a required window becomes key.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -31,7 +33,7 @@ TEST_F(FocusTest, ASecondSubscribeCallsEachHandlerTwice) {
   EXPECT_EQ(hostController->calls, (Calls{"dismissViewController", "dismissViewController"}));
 }
 
-TEST_F(FocusTest, NotificationsOfEveryWindowArrive) {
+TEST_F(FocusTest, SubscribedNotificationsPauseAndResumeTheCountdown) {
   show(5.0);
   manager->subscribeAppLifecycle();
   post(NSWindowDidResignKeyNotification, window);
@@ -75,7 +77,7 @@ TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-TEST_F(FocusTest, SwitchingToAnotherApplicationPausesThroughTheKeyWindow) {
+TEST_F(FocusTest, SwitchingToAnotherApplicationPausesBecauseTheWindowResignsKey) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
@@ -116,7 +118,7 @@ TEST_F(FocusTest, AfterTheExpirationARequiredWindowThatResignsKeyChangesNothing)
   EXPECT_EQ(state(), stateBefore);
 }
 
-TEST_F(FocusTest, AnotherWindowThatResignsKeyChangesNothing) {
+TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
   show(5.0);
   const auto stateBefore = state();
   resignKey(openWindow("NSWindow"));
@@ -139,14 +141,14 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, AWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
+TEST_F(FocusTest, ARequiredWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
   show(5.0);
   const auto runningTimer = timer();
   becomeKey(window);
   EXPECT_EQ(timer(), runningTimer);
 }
 
-TEST_F(FocusTest, WithNoTimeLeftAWindowThatBecomesKeyStartsNothing) {
+TEST_F(FocusTest, WithNoTimeLeftARequiredWindowThatBecomesKeyStartsNoCountdown) {
   show(5.0);
   manager->stopTimer();
   manager->setAppIsUnfocused(true);
@@ -155,7 +157,7 @@ TEST_F(FocusTest, WithNoTimeLeftAWindowThatBecomesKeyStartsNothing) {
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(FocusTest, AnotherWindowThatBecomesKeyChangesNothing) {
+TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItBecomesKey) {
   show(5.0, "skip");
   resignKey(window);
   manager->setLaunchShouldBeClosed(true);
@@ -193,7 +195,7 @@ TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(FocusTest, APostponedEventIsSentEachTimeAWindowBecomesKey) {
+TEST_F(FocusTest, APostponedEventIsScheduledEachTimeTheWindowBecomesKeyButRecordedOnce) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   becomeKey(window);
@@ -222,7 +224,7 @@ TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
   EXPECT_TRUE(manager->launchShouldBeClosed());
 }
 
-TEST_F(FocusTest, InSkipModeOnlyAPostponedDismissalIsRepeated) {
+TEST_F(FocusTest, InSkipModeWithoutAPostponedDismissalNothingIsDismissed) {
   show(5.0, "skip");
   resignKey(window);
   becomeKey(window);

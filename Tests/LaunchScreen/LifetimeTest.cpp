@@ -1,4 +1,4 @@
-// Which objects own each other, and for how long.
+// How long the manager, its contents and their view controllers live, and which objects own them.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -107,10 +107,10 @@ TEST_F(LifetimeTest, AReplacedControllerThatIsNotShownIsDestroyed) {
 TEST_F(LifetimeTest, DestructionRemovesAllObservers) {
   manager->subscribeAppLifecycle();
   ASSERT_EQ(registrationCount(), 6u);
-  const NSObject* const identity = manager.get();  // for comparison only
+  const NSObject* const managerAddress = manager.get();  // for comparison only
   releaseManager();
   EXPECT_TRUE(watchedManager.expired()) << "the notification centre does not own the manager";
-  EXPECT_EQ(NSNotificationCenter::defaultCenter().registrationCount(identity), 0u);
+  EXPECT_EQ(NSNotificationCenter::defaultCenter().registrationCount(managerAddress), 0u);
 }
 
 // The countdown
@@ -170,7 +170,7 @@ TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager
   EXPECT_EQ(platform.events, (Events{{"late", 0.5}}));
 }
 
-TEST_F(LifetimeTest, ADeferredEventKeepsTheManagerAliveForASecond) {
+TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
   configuration().setNextEventName(NSString::stringWithUTF8String("owed"));
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));

@@ -101,7 +101,7 @@ TEST_F(RequestParsingTest, TheModeForcedCountsAsMissing) {
   EXPECT_FALSE(skipModeFrom(text("forced")));
 }
 
-TEST_F(RequestParsingTest, AnyOtherModeCountsAsMissing) {
+TEST_F(RequestParsingTest, AnUnknownModeCountsAsMissing) {
   for (const std::string_view mode : {"Skip", "SKIP", "skip ", " skip", "skipped", "ski", ""}) {
     EXPECT_FALSE(skipModeFrom(text(mode))) << '"' << mode << '"';
   }
@@ -190,7 +190,7 @@ TEST_F(RequestParsingTest, ADurationOfAnotherTypeCountsAsMissing) {
   }
 }
 
-TEST_F(RequestParsingTest, ADurationIsASinglePrecisionNumberOrText) {
+TEST_F(RequestParsingTest, ADurationIsANumberOrTextAndIsRoundedToSinglePrecision) {
   const std::initializer_list<std::pair<Strong<NSObjectProtocol>, double>> durations = {
       {number(5), 5.0},
       {NSNumber::numberWithInteger(5), 5.0},
@@ -220,7 +220,7 @@ TEST_F(RequestParsingTest, ADurationOfNaNIsAccepted) {
 
 // Complete requests
 
-TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheCurrentDefault) {
+TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheDefaultConfiguration) {
   const auto configuration = LaunchScreenConfiguration::init();
   LaunchScreenConfiguration::setDefaultConfiguration(configuration);
   EXPECT_TRUE(
@@ -232,7 +232,7 @@ TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheCurrentDefault) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(RequestParsingTest, AnAcceptedRequestCreatesTheDefaultIfNecessary) {
+TEST_F(RequestParsingTest, AnAcceptedRequestCreatesTheDefaultConfigurationIfNecessary) {
   ASSERT_EQ(sDefaultConfiguration, nullptr);
   EXPECT_TRUE(parseDuration(number(5)));
   ASSERT_NE(sDefaultConfiguration, nullptr);
@@ -246,7 +246,7 @@ TEST_F(RequestParsingTest, ParsingChangesNeitherContentNorTimeLeft) {
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 0.0);
 }
 
-TEST_F(RequestParsingTest, OtherParametersAreIgnored) {
+TEST_F(RequestParsingTest, UnknownParametersAreIgnored) {
   EXPECT_TRUE(parse({{"event", text("e")},
                      {"max_duration_time", number(5)},
                      {"skip", text("skip")},

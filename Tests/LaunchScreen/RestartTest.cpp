@@ -11,8 +11,9 @@ namespace {
 
 class RestartTest : public LaunchScreenTest {
  protected:
-  // Starts a launch screen that tracks its embedded cover, and stops the application during it.
-  Weak<LaunchScreenViewController> stopUnderTrackedCover() {
+  // Shows an embedded launch screen without a parent view controller, and then stops the
+  // application. The library tracks such a cover: global variables own it (EmbeddedCover.h).
+  Weak<LaunchScreenViewController> stopDuringTrackedCover() {
     load(1);
     present(openPlayerWindow(), kHostModeEmbedded);
     const Weak<LaunchScreenViewController> cover = controller();
@@ -27,14 +28,14 @@ class RestartTest : public LaunchScreenTest {
 };
 
 TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
-  const auto cover = stopUnderTrackedCover();
+  const auto cover = stopDuringTrackedCover();
   EXPECT_FALSE(hasTrackedCover());
   manager = nullptr;
   EXPECT_TRUE(cover.expired());
 }
 
 TEST_F(RestartTest, AfterARestartALaunchScreenUnderAParentEnds) {
-  stopUnderTrackedCover();
+  stopDuringTrackedCover();
   startWithNewManager();
   const auto window = openPlayerWindowWithContentViewController();
   load(1);
@@ -47,7 +48,7 @@ TEST_F(RestartTest, AfterARestartALaunchScreenUnderAParentEnds) {
 }
 
 TEST_F(RestartTest, AfterARestartATrackedLaunchScreenEnds) {
-  stopUnderTrackedCover();
+  stopDuringTrackedCover();
   platform.events.clear();
   startWithNewManager();
   const auto window = openPlayerWindow();

@@ -1,4 +1,6 @@
-// Which windows are required, and when a request needs a temporary content.
+// Which windows are required, and when a request needs a temporary content. A window is required if
+// the user can see the launch screen while the window is key. A request that arrives while a launch
+// screen is shown gets a temporary content instead of the main content.
 #include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -31,7 +33,7 @@ class UnnamedController final : public Class<UnnamedController, "UnnamedControll
   void deactivate() override {}
 };
 
-// Opens a window whose content view controller has these children.
+// Opens a window whose content view controller has these child view controllers.
 Strong<NSWindow> openWindowWithChildren(std::initializer_list<Strong<NSViewController>> children,
                                         std::string_view className = "NSWindow") {
   const auto window = openWindow(className);
@@ -87,7 +89,7 @@ TEST_F(RequiredWindowTest, WhileNothingIsPresentedNoWindowIsRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, AnotherWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, AWindowThatDoesNotShowTheLaunchScreenIsNotRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   EXPECT_FALSE(manager->isRequiredWindow(openWindow("NSWindow")));
@@ -102,7 +104,7 @@ TEST_F(RequiredWindowTest, WithoutAModalSessionThePlayerWindowIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, WithoutAModalSessionAChildOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, WithoutAModalSessionAChildWindowOfThePlayerWindowIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -127,7 +129,8 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionThePlayerWindowIsRe
   EXPECT_TRUE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionAChildOfThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest,
+       DuringTheLaunchScreensModalSessionAChildWindowOfThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -161,7 +164,7 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionAWindowOfAnotherCla
   }
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildOfTheLaunchScreensClassIsRequired) {
+TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfTheLaunchScreensClassIsRequired) {
   load(5.0);
   EXPECT_TRUE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
@@ -169,14 +172,14 @@ TEST_F(RequiredWindowTest, AWindowWithAChildOfTheLaunchScreensClassIsRequired) {
       {makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalSessionChildrenAreAlsoCompared) {
+TEST_F(RequiredWindowTest, DuringAModalSessionChildControllersAreAlsoCompared) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildOfASubclassIsNotRequired) {
+TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfASubclassIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamed("LaunchScreenViewControllerSubclass")})));
@@ -189,19 +192,19 @@ TEST_F(RequiredWindowTest, TheContentViewControllerItselfIsNotCompared) {
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, ChildrenAreComparedWithTheClassOfTheCurrentController) {
+TEST_F(RequiredWindowTest, ChildControllersAreComparedWithTheClassOfTheMainContentsController) {
   loadHostController(5.0);
   EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren({makeNamed("HostController")})));
   EXPECT_FALSE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, WithoutAControllerNoChildMatches) {
+TEST_F(RequiredWindowTest, IfTheMainContentHasNoControllerNoChildControllerMatches) {
   EXPECT_FALSE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChild) {
+TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChildController) {
   const auto window = openWindowWithChildren({makeNamed("")});
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "without a controller";
   configuration().setExpirationTimeInterval(5);
@@ -212,7 +215,7 @@ TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChild) {
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "with a controller whose class name is empty";
 }
 
-TEST_F(RequiredWindowTest, TheFirstMatchEndsTheSearch) {
+TEST_F(RequiredWindowTest, TheFirstChildControllerThatMatchesEndsTheSearch) {
   load(5.0);
   const auto controllerBeforeMatch = make<CountedController>("NSViewController");
   const auto controllerAfterMatch = make<CountedController>("NSViewController");
@@ -226,7 +229,8 @@ TEST_F(RequiredWindowTest, TheFirstMatchEndsTheSearch) {
 
 class TemporaryItemTest : public LaunchScreenTest {
  protected:
-  // Opens a window with a child that does not match. The child counts its comparisons.
+  // Opens a window with a child view controller that is not a launch screen. The child counts how
+  // often its class name is read.
   static std::pair<Strong<NSWindow>, Strong<CountedController>> openCountedWindow() {
     auto countedController = make<CountedController>("NSViewController");
     return {openWindowWithChildren({countedController}), countedController};
@@ -288,7 +292,7 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInABackgroundWind
   EXPECT_FALSE(manager->tempItemRequired()) << "a window that is not on the screen is not searched";
 }
 
-TEST_F(TemporaryItemTest, TheContentOfTheCoverDoesNotMatter) {
+TEST_F(TemporaryItemTest, ACoverThatDoesNotBelongToTheMainContentAlsoCounts) {
   openWindowWithChildren({makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")});
   EXPECT_TRUE(manager->tempItemRequired());
 }
@@ -307,7 +311,7 @@ TEST_F(TemporaryItemTest, ACoverWithoutAParentDoesNotCount) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwice) {
+TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedFirstAndAgainAmongAllWindows) {
   const auto [mainWindow, mainController] = openCountedWindow();
   mainWindow->makeKeyWindow();
   const auto [frontWindow, frontController] = openCountedWindow();

@@ -34,7 +34,7 @@ TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
   EXPECT_EQ(reports.orders.size(), 2U);
 }
 
-TEST_F(X11Order, AnOrderUnlikeTheAdoptionOrderIsReported) {
+TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
   const xcb_window_t lowerWindow = openGame(kGameFrame);
   const WindowHandle upperWindow = adopt(openGame(kSecondGame)).handle;
   const WindowHandle lowerHandle = adopt(lowerWindow).handle;
@@ -88,7 +88,7 @@ TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
   EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
 }
 
-TEST_P(X11OrderWithManager, TheOrderOfANewManagerIsReported) {
+TEST_P(X11OrderWithManager, TheOrderUnderANewWindowManagerIsReported) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
   manager.end();
