@@ -68,7 +68,7 @@ TEST_F(ActivationTest, APreviousKeyWindowThatIsDestroyedDoesNotBecomeKey) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, ThePreviousKeyWindowReplacesAWindowMadeKeyWhileInactive) {
+TEST_F(ActivationTest, OnActivationThePreviousKeyWindowReplacesAWindowMadeKeyWhileInactive) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   deactivate();

@@ -62,7 +62,7 @@ class ScriptedWindowSystem final : public WindowSystem {
   WindowHandle nextHandle = WindowHandle{1};
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// True if each operation causes a report that `deliverEvents` must deliver.
+  /// True if each operation causes a report that waits for the next `deliverEvents`.
   bool operationsCauseReports = false;
 
  private:
@@ -201,7 +201,7 @@ TEST_F(ApplicationTest, StartStopsThePreviousApplication) {
   EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNext) {
+TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNextApplication) {
   const auto window = openWindow("A");
   startScriptedWindowSystem().nextHandle = WindowHandle{5};
   window->orderFront();
@@ -209,7 +209,7 @@ TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNext) {
   EXPECT_EQ(windowOrder(), Events{"A"});
 }
 
-TEST_F(ApplicationTest, WithoutAnApplicationAWindowKeepsItsProperties) {
+TEST_F(ApplicationTest, WithoutAnApplicationAWindowStoresItsPropertiesButDoesNotOpen) {
   const auto window = openWindow("A");
   NSApplication::stop();
   window->makeKeyAndOrderFront();
@@ -271,7 +271,7 @@ TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ApplicationTest, ActivationWithAWindowMakesThatWindowKey) {
+TEST_F(ApplicationTest, TheWindowInAnActivationReportBecomesKey) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto windowA = openWindow("A");
   windowSystem.nextHandle = WindowHandle{2};
@@ -297,7 +297,7 @@ TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndItsControls) {
   EXPECT_EQ(keptControls, NSWindowStyleMaskClosable);
 }
 
-TEST_F(ApplicationTest, AnAdoptedWindowHasItsStateAtAdoption) {
+TEST_F(ApplicationTest, AnAdoptedWindowHasTheStateThatTheWindowSystemReports) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   windowSystem.adoptionResult = gameWindow();
   std::string error;

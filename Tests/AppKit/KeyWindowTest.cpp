@@ -13,7 +13,7 @@ TEST_F(KeyWindowTest, OpeningAWindowDoesNotMakeItKey) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(KeyWindowTest, TheFirstWindowBecomesKey) {
+TEST_F(KeyWindowTest, MakeKeyWindowMakesAWindowKey) {
   const auto window = openKeyWindow("A");
   EXPECT_EQ(keyWindowName(), "A");
   EXPECT_TRUE(window->isKeyWindow());
@@ -81,7 +81,7 @@ TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AWindowThatAHandlerMakesKeyReplacesTheRequestedWindow) {
+TEST_F(KeyWindowTest, AWindowThatAResignsKeyHandlerMakesKeyReplacesTheRequestedWindow) {
   openKeyWindow("A");
   const auto windowC = openWindow("C");
   const auto windowB = openWindow("B");
@@ -92,7 +92,7 @@ TEST_F(KeyWindowTest, AWindowThatAHandlerMakesKeyReplacesTheRequestedWindow) {
   EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(KeyWindowTest, AHandlerMayMakeTheOldKeyWindowKeyAgain) {
+TEST_F(KeyWindowTest, AResignsKeyHandlerMayMakeTheOldKeyWindowKeyAgain) {
   const auto windowA = openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.takeEvents();
@@ -102,7 +102,7 @@ TEST_F(KeyWindowTest, AHandlerMayMakeTheOldKeyWindowKeyAgain) {
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AHandlerMayMakeAnotherWindowKey) {
+TEST_F(KeyWindowTest, ABecomesKeyHandlerMayMakeAnotherWindowKey) {
   const auto firstWindow = openWindow("A");
   const auto secondWindow = openWindow("B");
   recorder.onNext("A becomes key", [&] { secondWindow->makeKeyWindow(); });
@@ -111,7 +111,7 @@ TEST_F(KeyWindowTest, AHandlerMayMakeAnotherWindowKey) {
   EXPECT_EQ(keyWindowName(), "B");
 }
 
-TEST_F(KeyWindowTest, AWindowThatAHandlerClosesDoesNotBecomeKey) {
+TEST_F(KeyWindowTest, AWindowThatAResignsKeyHandlerClosesDoesNotBecomeKey) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.takeEvents();
@@ -121,7 +121,7 @@ TEST_F(KeyWindowTest, AWindowThatAHandlerClosesDoesNotBecomeKey) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(KeyWindowTest, AHandlerMayCloseTheWindowThatBecomesKey) {
+TEST_F(KeyWindowTest, ABecomesKeyHandlerMayCloseTheNewKeyWindow) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.takeEvents();
@@ -214,7 +214,7 @@ TEST_F(MainWindowTest, IsNeverTheWindowOfAModalPresentation) {
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, IsNullAfterTheMainWindowLeavesTheScreen) {
+TEST_F(MainWindowTest, IsNullWhileTheClosedMainWindowResignsKey) {
   openWindow("B");
   const auto window = openKeyWindow("A");
   std::string mainWindowInHandler;
@@ -246,7 +246,7 @@ TEST_F(MainWindowTest, StaysMainWhenAnotherWindowCloses) {
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, TheDialogOwnerIsTheMainWindowOrTheFrontWindow) {
+TEST_F(MainWindowTest, TheDialogOwnerIsTheMainWindowOrElseTheFrontWindow) {
   EXPECT_EQ(nameOf(NSApp->dialogOwner()), "none");
   const auto backWindow = openWindow("A");
   openWindow("B");

@@ -29,12 +29,12 @@ class LeavingTest : public RecordedTest {
   }
 };
 
-TEST_F(LeavingTest, TheWindowThatWasKeyMostRecentlyBecomesKey) {
+TEST_F(LeavingTest, WhenTheKeyWindowClosesThePreviousKeyWindowBecomesKey) {
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKey) {
+TEST_F(LeavingTest, WhenTheKeyWindowClosesAMiniaturisedWindowDoesNotBecomeKey) {
   windowNamed("A")->makeKeyWindow();
   windowNamed("C")->makeKeyWindow();
   windowNamed("A")->miniaturize();
@@ -43,7 +43,7 @@ TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKey) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, TheFrontmostWindowBecomesKeyIfNoOtherWindowWasKey) {
+TEST_F(LeavingTest, IfNoRemainingWindowWasEverKeyTheFrontmostBecomesKey) {
   windowNamed("B")->close();
   recorder.takeEvents();
   windowNamed("C")->close();
@@ -58,7 +58,7 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, AWindowOpenedLaterCanBecomeKey) {
+TEST_F(LeavingTest, AWindowOpenedAfterTheKeyWindowCanBecomeKey) {
   windowNamed("B")->close();
   openWindow("E");
   windowNamed("C")->close();
@@ -194,7 +194,7 @@ TEST_F(LeavingTest, MiniaturisingCallsNoLifeCycleMethods) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LeavingTest, MiniaturisingTwiceOrOffScreenDoesNothing) {
+TEST_F(LeavingTest, MiniaturisingAClosedOrMiniaturisedWindowDoesNothing) {
   const auto closedWindow = makeClosedWindow("E");
   closedWindow->miniaturize();
   windowNamed("D")->deminiaturize();

@@ -76,7 +76,7 @@ TEST_F(LifeCycleReentryTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsCont
   EXPECT_TRUE(weakController.expired());
 }
 
-TEST_F(LifeCycleReentryTest, AnOuterMethodMayRemoveTheInnerView) {
+TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayRemoveAnInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");
@@ -88,7 +88,7 @@ TEST_F(LifeCycleReentryTest, AnOuterMethodMayRemoveTheInnerView) {
   EXPECT_EQ(std::ranges::count(events, "inner did appear"), 0);
 }
 
-TEST_F(LifeCycleReentryTest, AnOuterMethodMayAddAnInnerView) {
+TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayAddAnInnerView) {
   const auto closedWindow = makeClosedWindow("B");
   const auto outerController = addController(closedWindow, "outer");
   const auto innerController = makeController("inner");

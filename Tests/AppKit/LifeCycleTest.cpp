@@ -253,7 +253,7 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
 
 // Methods that a host calls itself
 
-TEST_F(LifeCycleTest, AMethodThatTheHostHasCalledIsNotCalledAgain) {
+TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledIsNotCalledAgainOnRemoval) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   controller->viewDidDisappear();
@@ -262,7 +262,7 @@ TEST_F(LifeCycleTest, AMethodThatTheHostHasCalledIsNotCalledAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will disappear"});
 }
 
-TEST_F(LifeCycleTest, IfTheHostCallsBothDisappearMethodsNoMethodIsCalled) {
+TEST_F(LifeCycleTest, IfTheHostCallsBothDisappearMethodsRemovalCallsNeither) {
   const auto controller = addController(window, "view");
   controller->viewWillDisappear();
   controller->viewDidDisappear();
@@ -279,7 +279,7 @@ TEST_F(LifeCycleTest, TheHostMayCallTheAppearMethodsAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewAppearsAreCalledAgain) {
+TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsInAWindowAreCalledAgain) {
   const auto controller = makeController("view");
   controller->viewWillAppear();
   controller->viewDidDisappear();
@@ -289,7 +289,7 @@ TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewAppearsAreCalledAgain) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, AllMethodsAreCalledEachTimeTheViewAppearsAndDisappears) {
+TEST_F(LifeCycleTest, AHostsCallDoesNotAffectTheNextAppearanceOfTheView) {
   const auto controller = addController(window, "view");
   controller->viewDidDisappear();
   controller->view()->removeFromSuperview();
@@ -299,7 +299,7 @@ TEST_F(LifeCycleTest, AllMethodsAreCalledEachTimeTheViewAppearsAndDisappears) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, AMethodThatDoesNotCallTheBaseClassIsCalledAgain) {
+TEST_F(LifeCycleTest, ADisappearMethodThatDoesNotCallTheBaseClassIsCalledAgainOnRemoval) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:

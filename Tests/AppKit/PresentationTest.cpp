@@ -1,4 +1,6 @@
-// View controllers presented in modal windows and in sheets, and child view controllers.
+// View controllers presented in modal windows and in sheets, and child view controllers. Two links
+// exist while a controller is presented: `presentedViewControllers` of the presenting controller,
+// and `presentingViewController` of the presented controller.
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -305,7 +307,7 @@ TEST_F(PresentationTest, ARemovedChildHasNoParent) {
   EXPECT_TRUE(host->childViewControllers().empty());
 }
 
-TEST_F(PresentationTest, AddingAChildRunsNoStepAndLoadsNoView) {
+TEST_F(PresentationTest, AddingAChildCallsNoLifeCycleMethodAndLoadsNoView) {
   host->addChildViewController(guest);
   EXPECT_FALSE(guest->isViewLoaded());
   EXPECT_TRUE(recorder.events.empty());

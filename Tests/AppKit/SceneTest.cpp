@@ -69,13 +69,14 @@ TEST_F(SceneTest, ANewLayerIsTransparent) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
-TEST_F(SceneTest, TheSceneIncludesAViewAndItsChangesAfterWillAppear) {
+TEST_F(SceneTest, AViewAndItsChangesInWillAppearEnterTheSceneTogether) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   const auto innerView = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   innerView->setStyle(NSProgressIndicatorStyleSpinning);
   view->addSubview(innerView);
   const auto controller = make<RecordingController>(recorder, "C");
   controller->setView(view);
+  // Not empty, so that the test fails if the handler does not run.
   Scene sceneInWillAppear{animatedSpinner({})};
   recorder.onNext("C will appear", [&] {
     view->setWantsLayer(true);
@@ -91,7 +92,7 @@ TEST_F(SceneTest, TheSceneIncludesAViewAndItsChangesAfterWillAppear) {
   EXPECT_EQ(sceneInDidAppear, expectedScene);
 }
 
-TEST_F(SceneTest, TheSceneIncludesAContentViewAndItsChangesAfterWillAppear) {
+TEST_F(SceneTest, AContentViewAndItsChangesInWillAppearEnterTheSceneTogether) {
   const auto controller = make<RecordingController>(recorder, "C");
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const Scene sceneBefore = scene();

@@ -1,4 +1,5 @@
-// The end of the process's shared objects: `shutDown` and its steps.
+// The end of the process's shared objects: `shutDown` and its steps. A step is a function that a
+// layer above AppKit registers.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -71,7 +72,7 @@ TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
   EXPECT_TRUE(recorder.takeEvents().empty());
 }
 
-TEST_F(ShutdownTest, ShutDownDrainsTheReleasePool) {
+TEST_F(ShutdownTest, ShutDownReleasesTheObjectsInTheReleasePool) {
   Strong<Ticker> object = make<Ticker>();
   const Weak<Ticker> weakTicker = releaseLater(object);
   object.reset();
@@ -88,7 +89,7 @@ TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheNextOne) {
+TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheModeOfTheNext) {
   Strong<NSApplication> stoppedApplication = NSApp;
   NSApplication::stop();
   NSApplication::start(std::make_unique<HeadlessWindowSystem>());

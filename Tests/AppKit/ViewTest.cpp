@@ -34,7 +34,7 @@ TEST_F(ViewTreeTest, ASubviewIsAddedDirectlyAboveOrBelowAnother) {
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{lowerView, backView, upperView, frontView}));
 }
 
-TEST_F(ViewTreeTest, ASubviewIsAddedFrontmostOrBackmostIfOtherIsNotASibling) {
+TEST_F(ViewTreeTest, ASubviewPositionedRelativeToNoSiblingBecomesFrontmostOrBackmost) {
   const auto backmostView = makeView();
   const auto frontmostView = makeView();
   rootView->addSubviewPositionedRelativeTo(frontmostView, NSWindowAbove, rootView);
@@ -143,9 +143,9 @@ INSTANTIATE_TEST_SUITE_P(
                          CGRectMake(110, 80, 30, 40)},
         AutoresizingCase{"RightAndTopMargins", NSViewMaxXMargin | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 20, 30, 40)},
-        AutoresizingCase{"TwoPartsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin, kLargerSize,
-                         CGRectMake(60, 20, 30, 40)},
-        AutoresizingCase{"ThreePartsShareTheChange",
+        AutoresizingCase{"BothMarginsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin,
+                         kLargerSize, CGRectMake(60, 20, 30, 40)},
+        AutoresizingCase{"HeightAndBothMarginsShareTheChange",
                          NSViewMinYMargin | NSViewHeightSizable | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 40, 30, 60)},
         AutoresizingCase{"AWidthIsNeverNegative", NSViewWidthSizable, CGSize{20, 100},

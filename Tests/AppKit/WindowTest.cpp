@@ -65,7 +65,7 @@ TEST_F(WindowTest, TheUserCanReorderWindows) {
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
-TEST_F(WindowTest, AReportedOrderDoesNotMoveOtherWindows) {
+TEST_F(WindowTest, AReportedOrderDoesNotMoveWindowsThatItLeavesOut) {
   const auto windowA = openWindow("A");
   const auto windowB = openWindow("B");
   openWindow("C");
@@ -149,7 +149,7 @@ TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
   EXPECT_TRUE(description.isMovableByBackground);
 }
 
-TEST_F(WindowTest, AStyleMaskSetByTheOwnerOfTheWindowIsAdopted) {
+TEST_F(WindowTest, AStyleMaskSetByTheOwnerBecomesTheWindowsStyleMask) {
   const auto window = openWindow("A");
   platform.windowSystem().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -168,7 +168,7 @@ TEST_F(WindowTest, ResizingByTheUserChangesTheFrameAndTheContentView) {
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 300, 200));
 }
 
-TEST_F(WindowTest, ThePlatformObserverReceivesEachStyleMask) {
+TEST_F(WindowTest, ThePlatformObserverReceivesEachSetStyleMaskEvenIfUnchanged) {
   struct Observer final : PlatformObserver {
     void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t styleMask) override {
       masks.push_back(styleMask);
