@@ -51,7 +51,7 @@ class DispatchTest : public VirtualPlatformTest {
   }
 };
 
-TEST_F(DispatchTest, WorkRunsInThePassAndNotBefore) {
+TEST_F(DispatchTest, WorkRunsInTheNextPassAndNotBefore) {
   submit("work");
   EXPECT_TRUE(runNames.empty());
   EXPECT_TRUE(loop.pump());
@@ -218,7 +218,7 @@ TEST_F(DispatchTest, KnowsTheNextDeadline) {
   EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.5));
 }
 
-TEST_F(DispatchTest, RemainingWorkIsDueInANestedLoop) {
+TEST_F(DispatchTest, WhileWorkRunsTheNextDeadlineIsThatOfTheRemainingWork) {
   submit("outer", [this] { EXPECT_LE(loop.nextDeadline(), loop.now()); });
   submit("rest");
   loop.pump();

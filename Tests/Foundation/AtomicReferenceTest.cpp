@@ -12,8 +12,8 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor. Its two numbers match, unless one thread
-/// destroys the object while another thread reads the numbers.
+/// An object that runs `onDestruction` in its destructor. The sum of its two numbers is 0, unless
+/// one thread destroys the object while another thread reads the numbers.
 class TestObject final : public Class<TestObject, "TestObject"> {
  public:
   explicit TestObject(int number, std::function<void()> onDestruction = nullptr)

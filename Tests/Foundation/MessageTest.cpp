@@ -83,7 +83,7 @@ TEST(MessageTest, KeepsTheReceiverAliveDuringTheCall) {
   const Weak<Player> weakReference = player;
   bool isAliveInside = false;
   send(player, &Player::act, [&] {
-    player.reset();  // the call itself holds the only other reference
+    player.reset();  // now only the call holds a reference
     isAliveInside = !weakReference.expired();
   });
   EXPECT_TRUE(isAliveInside);

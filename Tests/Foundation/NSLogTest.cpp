@@ -1,3 +1,4 @@
+// The lines that NSLog formats, and the sink: the function that receives each line.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -61,7 +62,7 @@ TEST(FormatLogLineTest, KeepsASpecifierWithoutAnArgument) {
   EXPECT_EQ(formatLogLine("%u", {}), "%u");
 }
 
-TEST(FormatLogLineTest, KeepsOtherSpecifiersAndATrailingPercentSign) {
+TEST(FormatLogLineTest, KeepsUnknownSpecifiersAndATrailingPercentSign) {
   EXPECT_EQ(formatLogLine("%d %@ 5%", {"x"}), "%d x 5%");
 }
 

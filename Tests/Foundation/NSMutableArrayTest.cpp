@@ -126,7 +126,7 @@ TEST_F(NSMutableArrayTest, RemovingAllDuringALoopThrows) {
   EXPECT_THROW(iterate("Ann", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, AddingAtTheLastObjectThrows) {
+TEST_F(NSMutableArrayTest, AddingDuringTheVisitOfTheLastObjectThrows) {
   EXPECT_THROW(iterate("Cid", [this] { guests->addObject(make<Guest>("Dan")); }),
                NSCollectionMutatedError);
   EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Cid"}));
@@ -137,7 +137,7 @@ TEST_F(NSMutableArrayTest, RemovingTheLastObjectDuringItsVisitThrows) {
                NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, RemovingAllAtTheLastObjectThrows) {
+TEST_F(NSMutableArrayTest, RemovingAllDuringTheVisitOfTheLastObjectThrows) {
   EXPECT_THROW(iterate("Cid", [this] { guests->removeAllObjects(); }), NSCollectionMutatedError);
 }
 
@@ -150,7 +150,7 @@ TEST_F(NSMutableArrayTest, AChangeThatIsUndoneDuringTheLoopThrows) {
                NSCollectionMutatedError);
 }
 
-TEST_F(NSMutableArrayTest, ReadingDuringALoopIsNoChange) {
+TEST_F(NSMutableArrayTest, ReadingDuringALoopDoesNotThrow) {
   iterate("Ann", [this] {
     EXPECT_FALSE(guests->containsObject(make<Guest>("Ann").get()));
     EXPECT_EQ(guests->count(), 3u);
@@ -158,19 +158,19 @@ TEST_F(NSMutableArrayTest, ReadingDuringALoopIsNoChange) {
   EXPECT_EQ(visitedNames.size(), 3u);
 }
 
-TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayIsNoChange) {
+TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayDuringALoopDoesNotThrow) {
   const auto emptyArray = NSMutableArray<Guest>::array();
   auto position = emptyArray->begin();
   emptyArray->removeAllObjects();
   EXPECT_NO_THROW(++position);
 }
 
-TEST_F(NSMutableArrayTest, ANestedLoopIsNoChange) {
+TEST_F(NSMutableArrayTest, ANestedLoopDoesNotThrow) {
   iterate("Bob", [this] { iterate("", [] {}); });
   EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Ann", "Bob", "Cid", "Cid"}));
 }
 
-TEST_F(NSMutableArrayTest, AChangeAfterABreakIsNoError) {
+TEST_F(NSMutableArrayTest, AChangeBeforeABreakDoesNotThrow) {
   for (const Strong<Guest>& guest : *guests) {
     visitedNames.push_back(guest->name());
     guests->removeAllObjects();

@@ -72,7 +72,7 @@ TEST_F(NSNotificationCenterTest, APostWithoutObserversDoesNothing) {
   EXPECT_TRUE(receivers.empty());
 }
 
-TEST_F(NSNotificationCenterTest, DeliversInsideThePost) {
+TEST_F(NSNotificationCenterTest, DeliversBeforeThePostReturns) {
   observe(ann);
   EXPECT_TRUE(receivers.empty());
   post();
@@ -139,7 +139,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
   EXPECT_EQ(receivers, (Names{"Bob", "Bob", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesOnlyTheNextPost) {
   ann->reaction = [this] {
     observe(cid);
     ann->reaction = nullptr;
@@ -153,7 +153,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesTheNext
   EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsReceivesTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsDoesNotReceiveThePost) {
   ann->reaction = [this] { observe(bob); };
   observe(ann);
   post();
@@ -179,7 +179,8 @@ TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOthers)
   EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedAgainDuringAPostReceivesTheNextPost) {
+TEST_F(NSNotificationCenterTest,
+       AnObserverThatIsRemovedAndAddedDuringAPostReceivesOnlyTheNextPost) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     center().removeObserver(bob.get());
@@ -278,7 +279,7 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsOnlyThePost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsThePostButNoRegistration) {
   ann->reaction = [] { throw std::runtime_error("stop"); };
   observe(ann);
   observe(bob);

@@ -100,7 +100,7 @@ TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
   EXPECT_FALSE(loop.pump());
 }
 
-TEST_F(NSRunLoopTest, APassDoesNotWait) {
+TEST_F(NSRunLoopTest, PumpDoesNotWait) {
   schedule(0.1, makeRecorder("timer"));
   EXPECT_FALSE(loop.pump());
   EXPECT_EQ(platform.now(), 0);
@@ -168,7 +168,10 @@ TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
   loop.setMode(NSDefaultRunLoopMode);
 }
 
-TEST_F(NSRunLoopTest, APassThatRunsWorkDoesNotWait) {
+// `runModeBeforeDate` runs one pass. If the pass did no work, it waits until something is due, but
+// at most until the date.
+
+TEST_F(NSRunLoopTest, DoesNotWaitIfThePassRunsWork) {
   dispatch("work");
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
@@ -256,7 +259,7 @@ TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitListsPendingTimers) {
   }
 }
 
-TEST_F(NSRunLoopTest, TheErrorMarksATimerThatIsFiring) {
+TEST_F(NSRunLoopTest, TheErrorOfAnEndlessWaitMarksATimerThatIsFiring) {
   std::string text;
   schedule(
       0.5,

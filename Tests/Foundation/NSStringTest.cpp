@@ -89,7 +89,7 @@ TEST(FloatValueTest, SkipsLeadingWhiteSpace) {
   expectValues({{" 5", 5.F}, {"\t\n\v\f\r 5", 5.F}, {"   -5", -5.F}});
 }
 
-TEST(FloatValueTest, DoesNotSkipOtherBlankCharacters) {
+TEST(FloatValueTest, DoesNotSkipCharactersThatAreNotWhiteSpace) {
   expectValues({{std::string_view("\0"
                                   "5",
                                   2),
@@ -114,7 +114,7 @@ TEST(FloatValueTest, ReadsTheLongestPrefixThatIsANumber) {
                 {"2e3.5", 2000.F}});
 }
 
-TEST(FloatValueTest, EndsAtAZeroByte) {
+TEST(FloatValueTest, StopsReadingAtAZeroByte) {
   expectValues({{std::string_view("12\0"
                                   "34",
                                   5),
@@ -146,7 +146,7 @@ TEST(FloatValueTest, IsPositiveZeroWithoutANumber) {
   EXPECT_TRUE(std::signbit(floatValue("-0")));
 }
 
-TEST(FloatValueTest, IsZeroForAWord) {
+TEST(FloatValueTest, IsZeroForAWordSuchAsInfinity) {
   expectValues({{"nan", 0.F},
                 {"NaN", 0.F},
                 {"nan(5)", 0.F},
@@ -243,12 +243,12 @@ class CommaLocale : NonCopyable {
   std::locale previousLocale_;
 };
 
-TEST(FloatValueTest, DoesNotDependOnTheLocaleOfStreams) {
+TEST(FloatValueTest, DoesNotDependOnTheGlobalCppLocale) {
   const CommaLocale locale;
   expectValues({{"1.5", 1.5F}, {"1,5", 1.F}});
 }
 
-TEST(FloatValueTest, DoesNotDependOnTheLocaleOfTheProcess) {
+TEST(FloatValueTest, DoesNotDependOnTheLocaleOfTheCLibrary) {
   const CommaLocale locale;
   if (!CommaLocale::setForCLibrary()) {
     GTEST_SKIP() << "no locale with a decimal comma is available";

@@ -186,7 +186,7 @@ TEST_F(NSTimerTest, KeepsItsTargetAliveUntilItsOnlyFiring) {
   EXPECT_TRUE(target.expired());
 }
 
-TEST_F(NSTimerTest, KeepsTheTargetAliveUntilTheTimerIsInvalidated) {
+TEST_F(NSTimerTest, ARepeatingTimerKeepsItsTargetAliveUntilItIsInvalidated) {
   const Weak<Ticker> target = ticker;
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   ticker.reset();
@@ -214,7 +214,7 @@ TEST_F(NSTimerTest, DoesNotFireAgainAfterTheTargetInvalidatesTheTimer) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSTimerTest, InvalidatingTwiceDoesNothing) {
+TEST_F(NSTimerTest, InvalidatingATimerASecondTimeDoesNothing) {
   const auto timer = schedule(0.1, ticker);
   timer->invalidate();
   timer->invalidate();
@@ -222,7 +222,7 @@ TEST_F(NSTimerTest, InvalidatingTwiceDoesNothing) {
   EXPECT_EQ(ticker->ticks(), 0);
 }
 
-TEST_F(NSTimerTest, AnIntervalOfZeroMeansATenthOfAMillisecond) {
+TEST_F(NSTimerTest, AnIntervalThatIsNotPositiveMeansATenthOfAMillisecond) {
   for (const double seconds : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
     const auto timer = schedule(seconds, ticker);
     EXPECT_EQ(timer->fireDate(), 100'000);

@@ -124,7 +124,7 @@ TEST(RespondsToTest, ASubclassMayAdoptAProtocolThatItsSuperclassDoesNot) {
   EXPECT_TRUE(respondsTo<&Critic::writes>(make<Theatre>()));
 }
 
-TEST(RespondsToTest, AnObjectMayDecideAtRunTime) {
+TEST(RespondsToTest, AnObjectMayDecideAtRunTimeWhetherItResponds) {
   const auto critic = make<RunTimeCritic>();
   EXPECT_FALSE(respondsTo<&Critic::writes>(critic));
   critic->setWrites(true);
@@ -150,7 +150,7 @@ TEST(AsTest, ReturnsTheObjectAsAnAdopter) {
   EXPECT_EQ(as<Enthusiast>(object), object);
 }
 
-TEST(AsTest, ReturnsNullForAnotherObject) {
+TEST(AsTest, ReturnsNullForAnObjectOfAnotherClass) {
   const Strong<NSObject> object = make<NonAdopter>();
   EXPECT_EQ(as<Audience>(object), nullptr);
   EXPECT_EQ(as<Enthusiast>(object), nullptr);

@@ -92,7 +92,7 @@ TEST_F(RealClockTest, ATimerNeverFiresEarly) {
   EXPECT_GE(fireTime, fireDate);
 }
 
-TEST_F(RealClockTest, WorkNeverRunsEarly) {
+TEST_F(RealClockTest, DelayedWorkNeverRunsEarly) {
   Nanoseconds runTime = 0;
   const dispatch_time_t dueTime = dispatch_time(kDispatchTimeNow, 3 * kMillisecond);
   dispatch_after(dueTime, dispatch_get_main_queue(), [&] { runTime = loop.now(); });
@@ -131,7 +131,7 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 }
 
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
-  bool isIdle = true;
+  bool isFirstCheck = true;
   std::atomic<bool> hasReturned = false;
   // A wake-up before the pass begins does not end the wait after it, so the thread wakes
   // repeatedly.
@@ -141,7 +141,8 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
       std::this_thread::yield();
     }
   });
-  loop.runUntil([&isIdle] { return !std::exchange(isIdle, false); });  // waits after one pass
+  // The condition is checked before each pass, so the loop runs one pass and one wait.
+  loop.runUntil([&isFirstCheck] { return !std::exchange(isFirstCheck, false); });
   hasReturned = true;
   otherThread.join();
 }
@@ -233,7 +234,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheDescriptorFollowsADeadlineThatComesNearer) {
+TEST_F(RealClockTest, TheDescriptorBecomesReadableAtANewEarlierDeadline) {
   schedule(3600, make<Ticker>());
   pumpUntilIdle();
   const auto ticker = make<Ticker>();

@@ -1,4 +1,4 @@
-// The deferred-release pool: when it releases its objects.
+// The deferred-release pool: when it is drained, which means that it releases its objects.
 #include <functional>
 #include <stdexcept>
 #include <string>
