@@ -26,8 +26,8 @@ class UsageError : public std::runtime_error {
 };
 
 /// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
-/// `addShowCommand` add a command to the program. Parsing a command line that names the command
-/// sets the parameter `selectedCommand` of these two functions.
+/// `addShowCommand` each add a command to the program. When the parser finds the command in the
+/// command line, it stores the command's function in their parameter `selectedCommand`.
 using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

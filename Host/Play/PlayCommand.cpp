@@ -38,8 +38,8 @@ std::string readFile(const std::string& name) {
   return text;
 }
 
-/// Writes the lines of the trace. Also passes the lines and the states to `timeline`, unless
-/// `timeline` is null.
+/// Prints the trace lines of a scenario. If `timeline` is not null, also passes the trace lines and
+/// each `PlayState` to it.
 class TracePrinter final : public PlayListener {
  public:
   TracePrinter(std::ostream& out, Timeline* timeline) : out_(out), timeline_(timeline) {}
@@ -60,8 +60,9 @@ class TracePrinter final : public PlayListener {
   Timeline* timeline_;
 };
 
-/// The file for a picture of the play. The constructor opens the file. The caller constructs the
-/// object before the play, so that an error is reported before the trace.
+/// The file for `--timeline`, an SVG picture of what happens in the scenario. The constructor opens
+/// the file. The caller constructs this object before it plays the scenario, so that a file that
+/// cannot be opened is reported before the trace is printed.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.

@@ -10,18 +10,20 @@
 
 namespace vel::host {
 
-/// The exit status if a play stops early because of an error that would end the process of a host.
+/// The exit status if playing the scenario stops early because of an error that would end the
+/// process of a host.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
   /// The file with the scenario, or "-" for standard input.
   std::string file;
-  /// The file for an SVG picture of the play. Without a value, no picture is drawn.
+  /// The file for the timeline, an SVG picture of what happens in the scenario. Without a value, no
+  /// picture is drawn.
   std::optional<std::string> timelinePath = std::nullopt;
 };
 
 /// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError
-/// if the scenario cannot be read or the file for the picture cannot be opened. In these cases,
+/// if the scenario cannot be read or the file for the timeline cannot be opened. In these cases,
 /// nothing is written to `out`.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 

@@ -55,7 +55,7 @@ class HostLoop::SignalPipe : private NonCopyable {
     for (std::size_t index = 0; index < kTerminationSignals.size(); ++index) {
       const int signal = kTerminationSignals[index];
       sigaction(signal, nullptr, &previousActions_[index]);
-      // nohup makes its command ignore SIGHUP.
+      // A program that `nohup` has started must keep ignoring SIGHUP.
       if (signal != SIGHUP || previousActions_[index].sa_handler != SIG_IGN) {
         setHandler(signal, writeSignalToPipe);
         sigaddset(&receivedSignals, signal);
@@ -75,7 +75,7 @@ class HostLoop::SignalPipe : private NonCopyable {
       sigaction(kTerminationSignals[index], &previousActions_[index], nullptr);
     }
     close(signalPipeInput.exchange(-1));
-    // A signal that nobody has read must not be lost.
+    // A signal that `runUntil` has not read must not be lost: the restored action handles it.
     while (const int signal = readSignal()) {
       raise(signal);
     }

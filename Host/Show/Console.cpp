@@ -15,8 +15,8 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// Half of the interval between two ticks of the countdown. `LineConsole` prints a whole second at
-// the tick that is at most this far from the second.
+// Half of the interval between two ticks of the countdown. `LineConsole` prints each whole second
+// of the time left at the tick that is nearest to this second, so at most this far from it.
 const double kHalfStep = expirationTimeStep / 2;
 
 std::string formatLine(double time, std::string_view text) {

@@ -7,8 +7,8 @@
 
 namespace vel::host {
 
-/// Keeps the resolver of each engine. If several resolvers register for an engine, the last one is
-/// kept.
+/// Finds the resolver of an engine: the resolver that was registered last for the engine. Does not
+/// keep the resolvers alive.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {

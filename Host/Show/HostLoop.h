@@ -15,7 +15,7 @@ namespace vel::host {
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
 /// process. If the process already ignores SIGHUP, SIGHUP stays ignored. A signal that `runUntil`
 /// has not returned takes effect when this object is destroyed. A process can have one such object
-/// at a time, on the main thread. Each kind of operating system has its own source.
+/// at a time, on the main thread. Each kind of operating system has its own implementation.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();

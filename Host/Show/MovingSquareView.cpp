@@ -12,7 +12,7 @@ namespace vel::host {
 namespace {
 
 constexpr double kFramesPerSecond = 30;
-constexpr double kPeriod = 4;  // in seconds
+constexpr double kPeriod = 4;  // seconds from one side to the other and back
 constexpr CGColor kBackgroundColor{0.09, 0.13, 0.24, 1};
 constexpr CGColor kSquareColor{0.96, 0.64, 0.18, 1};
 

@@ -70,7 +70,8 @@ int show(const ShowOptions& options) {
   }
   int signal = loop.runUntil([&session] { return session->update(); });
   if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
-    // Show the player window for a moment. The animation in the window wakes the loop.
+    // Leave the player window open for a moment after the launch screen. The animation in the
+    // window wakes the loop, so this wait needs no timer.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {

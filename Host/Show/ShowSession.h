@@ -38,7 +38,8 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   ~ShowSession() override;
 
   /// Opens or adopts the player window. An adopted window is covered immediately. A new window is
-  /// covered when the window becomes key, or after a short wait. An error becomes the outcome.
+  /// covered when the window becomes key, or after a short wait. After an error, `outcome`
+  /// has a value.
   void start();
   /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
   /// call this after each pass of the run loop.

@@ -19,8 +19,8 @@ enum class PlayOutcome : std::uint8_t {
   CollectionMutated
 };
 
-/// Plays a scenario once. The player acts as the host and creates its own platform. It sends the
-/// trace and the states to a listener. Use it only on the main thread.
+/// Plays a scenario once. The player acts as the host, on a headless window system and in virtual
+/// time. It passes each trace line and each state to a listener. Use it only on the main thread.
 class Player final : private PlatformObserver {
  public:
   /// Opens the host's windows and creates the manager. The trace does not contain these actions.
@@ -96,7 +96,7 @@ class Player final : private PlatformObserver {
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   std::vector<Weak<LaunchScreenViewController>> shownCovers_;
-  std::vector<Strong<NSViewController>> controllersOverCover_;
+  std::vector<Strong<NSViewController>> controllersOverCover_;  // presented by `step::PresentOver`
 };
 
 }  // namespace vel::host

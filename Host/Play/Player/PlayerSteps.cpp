@@ -193,8 +193,8 @@ void Player::perform(const step::PresentOver& /*action*/) {
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // Dismisses the newest controller that is still presented. Calls `dismissViewController` on this
-  // controller, because the cover may refuse the call.
+  // Dismisses the newest controller that is still presented. Calls the `dismissViewController` of
+  // this controller and not of the cover, because the cover may refuse the call.
   while (!controllersOverCover_.empty()) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();

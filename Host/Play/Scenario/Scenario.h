@@ -168,7 +168,9 @@ struct ResignKey {};
 struct DeactivateApp {};
 struct ActivateApp {};
 struct StopModal {};
+/// The cover presents a new, plain controller as a sheet.
 struct PresentOver {};
+/// Dismisses the newest controller of a `PresentOver` step that is still presented.
 struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;
@@ -186,7 +188,8 @@ using StepAction =
                  step::RunLoopMode, step::Inspect>;
 
 struct Step {
-  /// The time since the start of the play. It is never earlier than the time of the previous step.
+  /// The time since the start of the scenario. It is never earlier than the time of the previous
+  /// step.
   Nanoseconds time = 0;
   /// The name of the action in the scenario. The `string_view` refers to a string literal.
   std::string_view name;
@@ -196,12 +199,12 @@ struct Step {
 struct Scenario {
   HostScript host;
   std::vector<Step> steps;
-  /// The time at which the play ends. It is never earlier than the time of the last step.
+  /// The time at which the scenario ends. It is never earlier than the time of the last step.
   Nanoseconds end = 0;
 };
 
-/// The prefixes of the names of windows that presentations open. In a name, a number follows the
-/// prefix. The first number is 1.
+/// The prefixes of the names of windows that presentations open. A number follows the prefix: the
+/// first sheet is "sheet-1".
 inline constexpr std::string_view kModalWindowPrefix = "modal-";
 inline constexpr std::string_view kSheetPrefix = "sheet-";
 

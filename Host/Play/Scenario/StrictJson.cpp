@@ -41,6 +41,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool key(string_t& name) override {
     if (openContainers_.back()->contains(name)) {
+      // The message then reads "…: expected each member only once in an object".
       throw ScenarioError((containerPointer() / name).to_string(),
                           "each member only once in an object");
     }
@@ -57,11 +58,13 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     throwMalformed(std::max<std::size_t>(position, 1) - 1);
   }
 
-  /// Throws the error for malformed JSON. Only the first `length` bytes of the text are valid.
-  [[noreturn]] void throwMalformed(std::size_t length) const {
-    const std::string_view validText = text_.substr(0, length);
-    const auto line = 1 + std::ranges::count(validText, '\n');
-    const std::size_t column = validText.size() - (validText.rfind('\n') + 1) + 1;
+  /// Throws the error for malformed JSON. `errorPosition` is the index of the first byte that is
+  /// not valid. The message contains the line and the column of this byte, counted from 1.
+  [[noreturn]] void throwMalformed(std::size_t errorPosition) const {
+    const std::string_view textBeforeError = text_.substr(0, errorPosition);
+    const auto line = 1 + std::ranges::count(textBeforeError, '\n');
+    // `rfind` returns npos in the first line, and npos + 1 is 0.
+    const std::size_t column = textBeforeError.size() - (textBeforeError.rfind('\n') + 1) + 1;
     throw ScenarioError(currentPointer().to_string(), "well-formed JSON in UTF-8 at line " +
                                                           std::to_string(line) + ", column " +
                                                           std::to_string(column));
@@ -113,8 +116,9 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return pointer;
   }
 
-  // Returns the JSON pointer to the current value. If the parser expects the name of a member,
-  // returns the JSON pointer to the object.
+  // Returns the JSON pointer to the value that the parser reads at the moment. If the parser
+  // expects the name of a member instead of a value, returns the JSON pointer to the innermost open
+  // object.
   [[nodiscard]] JsonPointer currentPointer() const {
     if (openContainers_.empty()) {
       return JsonPointer();

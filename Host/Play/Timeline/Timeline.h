@@ -46,8 +46,8 @@ struct KeyWindowSpans {
   std::vector<TimeSpan> spans;
 };
 
-/// Collects the data for the picture of a play. The size of the data depends on the number of
-/// changes, not on the duration of the play.
+/// Collects the data for the picture of a scenario while the scenario is played. The size of the
+/// data depends on the number of changes, not on the duration of the scenario.
 class Timeline final : public PlayListener {
  public:
   void traceLineAdded(const TraceLine& line) override;
@@ -58,8 +58,8 @@ class Timeline final : public PlayListener {
   /// Returns the windows in the order in which they first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
-  /// Returns how the time left changes during the play. Leaves out the spans in which no time is
-  /// left.
+  /// Returns how the time left changes during the scenario. Leaves out the spans in which no time
+  /// is left.
   [[nodiscard]] const std::vector<CountdownSegment>& countdown() const { return countdown_; }
   /// Returns the time of the latest line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }

@@ -50,8 +50,8 @@ constexpr LaneStyle kLanes[] = {
 
 constexpr double kWidth = 960;
 constexpr double kMargin = 16;
-constexpr double kLeft = 150;   // the x coordinate of the start of the play
-constexpr double kRight = 920;  // the x coordinate of the end of the play
+constexpr double kLeft = 150;   // the x coordinate of the start of the scenario
+constexpr double kRight = 920;  // the x coordinate of the end of the scenario
 constexpr double kFontSize = 13;
 constexpr double kTitleSize = 16;
 constexpr double kBaselineOffset = 4.5;  // from the vertical centre of a text to its baseline
@@ -101,7 +101,7 @@ class Drawing {
   Drawing(const Timeline& timeline, std::string_view title)
       : timeline_(timeline), title_(title), duration_(secondsFromNanoseconds(timeline.end())) {
     if (duration_ <= 0) {
-      duration_ = 1;  // a play of no duration still needs a width
+      duration_ = 1;  // the time axis of a scenario without duration needs a length
     }
   }
 

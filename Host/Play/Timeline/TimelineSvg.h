@@ -7,7 +7,7 @@
 
 namespace vel::host {
 
-/// Draws the timeline of one scenario run as SVG. Time goes from left to right. The rows from top
+/// Draws the timeline of a scenario as SVG. Time goes from left to right. The rows from top
 /// to bottom are:
 /// - the title and the time axis
 /// - for each key window, a band while the window is key

@@ -8,7 +8,7 @@
 
 namespace vel::host {
 
-/// The state of a play at one moment.
+/// The state at one moment of a scenario that is being played.
 struct PlayState {
   Nanoseconds time = 0;
   /// The time left until the launch screen expires, in seconds.
@@ -19,7 +19,7 @@ struct PlayState {
   std::optional<std::string> keyWindow;
 };
 
-/// Receives the trace and the states of a play.
+/// Receives the trace lines and the states while a scenario is played.
 class PlayListener : private NonCopyable {
  public:
   PlayListener() = default;

@@ -1,4 +1,4 @@
-// The lines of the trace that a play prints.
+// The lines of the trace that `launchscreen play` prints.
 #pragma once
 
 #include <cstdint>
@@ -76,7 +76,7 @@ struct PresentationWindowChange {
 struct InspectionReport {
   Inspection inspection;
 };
-/// An error that stops the play.
+/// An error after which the scenario cannot continue.
 struct FatalError {
   std::string reason;
 };

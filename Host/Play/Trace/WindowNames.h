@@ -9,7 +9,7 @@
 
 namespace vel::host {
 
-/// The names of the windows of a play. The player names the host's windows. The window of a
+/// The names of the windows in a scenario. The player names the host's windows. The window of a
 /// presentation gets its name in the first call of `nameOf` for this window. Does not keep windows
 /// alive.
 class WindowNames {
