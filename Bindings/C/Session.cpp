@@ -31,7 +31,8 @@ constexpr NSWindowStyleMask kPlayerStyle = NSWindowStyleMaskTitled | NSWindowSty
                                            NSWindowStyleMaskResizable;
 constexpr CGSize kDefaultSize{1280, 720};
 
-// The latest time that virtual time may reach. Timers also need times after `kLatestTime`.
+// The latest time that virtual time may reach. Timers that are pending at this time have fire dates
+// after it, which must not overflow.
 constexpr Nanoseconds kLatestTime = 9'000'000'000 * kNanosecondsPerSecond;
 
 // Reads the duration of a request as LaunchScreenManager does.
@@ -185,7 +186,8 @@ VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& 
     error = "the event contains a zero byte";
     return VEL_INVALID_ARGUMENT;
   }
-  // The manager accepts a negative time, and the content then fails.
+  // Refuse a negative time before the manager stores it: the manager would accept the request, and
+  // then the content could not be loaded.
   if (durationOf(*parameters) < 0) {
     error = "the time is negative";
     return VEL_REFUSED;
@@ -309,8 +311,8 @@ bool Session::recordEndReason() {
   if (!delegate_->hasAgreedToDismissal()) {
     endReason_ = VEL_END_WINDOW_CLOSED;
   } else if (isHostDismissing_ || secondsLeft() > expirationTimeStep) {
-    // Time is left. So the host requested this dismissal earlier, while the window was not in
-    // front.
+    // Time is left, so the countdown has not caused this dismissal. The host has called `dismiss`
+    // while the window was not in front, and the dismissal was postponed.
     endReason_ = VEL_END_DISMISSED;
   } else {
     endReason_ = VEL_END_TIME_USED_UP;

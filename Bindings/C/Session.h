@@ -17,9 +17,10 @@ namespace vel {
 
 class CallbackDelegate;
 
-/// The thread that owns a session. The mutex of the registry of sessions guards this object. The
-/// class uses no thread-local data: while a thread ends, a destructor may call the C interface
-/// after the thread-local data of the library has been destroyed.
+/// The thread that owns a session: at first, the thread that called vel_create(). The mutex of the
+/// registry in vel_launch_screen.cpp guards this object. The class uses no thread-local data: while
+/// a thread ends, a destructor may call the C interface after the thread-local data of the library
+/// has been destroyed.
 class OwningThread {
  public:
   /// Makes the calling thread the owning thread.
@@ -59,10 +60,11 @@ class Session : NonCopyable {
 
   VelStatus request(const Strong<NSDictionary>& parameters, std::string& error);
   VelStatus present(VelPresentation presentation, std::string& error);
-  /// Dismisses the launch screen immediately. On another thread, or inside an operation, the main
-  /// queue dismisses it later. Any thread may call this function.
+  /// Dismisses the launch screen. On the owning thread and outside an operation (see
+  /// `CallbackQueue::isInsideOperation`), it does so immediately. Otherwise the main queue does so
+  /// later. Any thread may call this function.
   VelStatus dismiss(std::string& error);
-  /// Processes the new size of a surface of the host.
+  /// Gives the window and its cover the new size of the host's Wayland surface.
   VelStatus resized(CGSize size, std::string& error);
   /// Performs one pass of the run loop. Returns true if there was any work.
   bool pump();
@@ -124,12 +126,15 @@ class Session : NonCopyable {
   std::optional<VelEndReason> endReason_;
   // True while `present` runs. The launch screen is not shown yet, but it has not ended.
   bool isPresenting_ = false;
+  // True while a dismissal runs that the host has requested with `dismiss`.
   bool isHostDismissing_ = false;
   bool isDisplayLost_ = false;
   // True if the window is a Wayland surface of the host.
   bool isSurface_ = false;
   // True if the host has provided the xdg_toplevel of its surface.
   bool hasToplevel_ = false;
+  // The number of running functions of the C interface, including a function that delivers a
+  // callback. The outermost function ends a session that is marked as destroyed.
   std::size_t runningFunctionCount_ = 0;
   std::atomic<bool> isDestroyed_ = false;
   std::function<void()> lastCallback_;

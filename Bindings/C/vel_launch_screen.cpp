@@ -62,7 +62,8 @@ Registry& registry() {
   return theRegistry;
 }
 
-/// Marks the session of a thread when the thread ends. Every owning thread has one observer.
+/// Calls `markEnded` when the owning thread of the session ends. Every owning thread has one
+/// observer.
 class ThreadEndObserver : vel::NonCopyable {
  public:
   ThreadEndObserver() = default;
@@ -119,8 +120,8 @@ std::function<void()> endSession() {
   return lastCallback;
 }
 
-/// A running function of this interface. The outermost running function ends a session that has
-/// been destroyed.
+/// A running function of this interface. The outermost running function ends a session that
+/// `Session::markDestroyed` has marked.
 class RunningFunction : vel::NonCopyable {
  public:
   /// Stores the callback that reports the end of the session in `lastCallback`.

@@ -170,9 +170,9 @@ typedef struct VelCallbacks {
   void (*ended)(void* user_data, VelEndReason reason);
   /* The host should remove these controls of its Wayland window with its toolkit, because Wayland
    * does not allow the library to remove them. `controls` has VEL_CONTROL_ bits. The host should
-   * restore every control whose bit is not set. `controls` is 0 at the end. The library calls
-   * take_controls only for a window that VelHostWindow::wl_surface names. Null: the controls
-   * stay. */
+   * restore every control whose bit is not set. When the launch screen ends, `controls` is 0. The
+   * library calls take_controls only for a window that VelHostWindow::wl_surface names. Null: the
+   * controls stay. */
   void (*take_controls)(void* user_data, uint32_t controls);
 } VelCallbacks;
 
@@ -194,9 +194,9 @@ typedef struct VelHostWindow {
   int64_t ns_window_number;
   struct wl_display* wl_display; /* Wayland: the connection of this process */
   struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
-  /* Wayland: the role of the surface. The library disables resizing with the minimum and maximum
-   * size of the role. Afterwards the role has no minimum and maximum size. The window geometry must
-   * have the size of the surface. Null: the library does not disable resizing. */
+  /* Wayland: the role of the surface. To disable resizing, the library sets the minimum and maximum
+   * size of the role. To restore resizing, it removes both sizes. The window geometry must have the
+   * size of the surface. Null: the library does not disable resizing. */
   struct xdg_toplevel* xdg_toplevel;
   double width;  /* Wayland: width of the surface in surface coordinates, 1 to 32767 */
   double height; /* Wayland: height of the surface in surface coordinates, 1 to 32767 */
@@ -321,11 +321,11 @@ VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation pres
 
 /* This interface asks the launch screen to disappear. The callback may_disappear can keep it. In
  * mode "skip", a launch screen that is not in front disappears when it is in front again. In mode
- * "forced", the launch screen stays until its time is used up, and the event is recorded early. The
- * library calls did_disappear and `ended` if the launch screen disappears. The return value is
- * VEL_OK in either case. Any thread may call this interface. On a thread other than the owning
- * thread, the call returns VEL_OK immediately and takes effect in the next vel_pump() or vel_run()
- * of the owning thread.
+ * "forced", the launch screen stays until its time is used up, and the event is recorded early. If
+ * the launch screen disappears, the library calls did_disappear and `ended`. The return value is
+ * VEL_OK whether it disappears or not. Any thread may call this interface. On a thread other than
+ * the owning thread, the call returns VEL_OK immediately and takes effect in the next vel_pump() or
+ * vel_run() of the owning thread.
  *
  * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
