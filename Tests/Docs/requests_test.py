@@ -95,7 +95,7 @@ WINDOW_ROWS = {
         [step(1, "resignKey"), make_key(2.05, "player")], {}, (6.15, 6.65)),
     "another window of the host becomes key": (
         [make_key(1, "other"), make_key(2, "player")], {"windows": [OTHER_WINDOW]}, (6.1, 6.6)),
-    "another window of the host resigns key, or becomes key after another": (
+    "another window of the host is key, then a third window becomes key and resigns key": (
         [make_key(1, "other"), make_key(2, "child"), step(3, "resignKey")],
         {"windows": [OTHER_WINDOW, CHILD_WINDOW]}, (STAYS, NO_EVENT)),
     "the user switches to another application, and comes back": (
