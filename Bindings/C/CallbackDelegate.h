@@ -14,8 +14,8 @@
 namespace vel {
 
 /// Calls the callbacks of the host. The library uses this class as the host's resolver delegate and
-/// view delegate. The session passes log lines, events and reports of the platform to this class.
-/// Only the owning thread may use this class.
+/// view delegate. The session passes log lines, events and reports of the platform layer to this
+/// class. Only the owning thread may use this class.
 ///
 /// This class calls `log_line`, `will_appear` and `may_disappear` immediately. It adds all other
 /// callbacks to the queue.

@@ -32,7 +32,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Calls `shutDown`, which disconnects the application and sets NSApp to null. `shutDown` also
   /// removes the timers, the work of the main queue and the observers of the process. Adopted
   /// windows stay on the screen. Does nothing without an application. A callback of the platform
-  /// must not call this function.
+  /// layer must not call this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);

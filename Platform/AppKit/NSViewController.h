@@ -21,15 +21,15 @@ class NSWindow;
 ///
 /// A controller is shown while its view is in an open window. A showing begins with
 /// `viewWillAppear` and `viewDidAppear`. It ends with `viewWillDisappear` and `viewDidDisappear`.
-/// The platform calls each of these four life-cycle methods at most once per showing. A subclass
-/// that overrides such a method must first call the method of the base class, because the base
-/// class records the call.
+/// The platform layer calls each of these four life-cycle methods at most once per showing. A
+/// subclass that overrides such a method must first call the method of the base class, because the
+/// base class records the call.
 class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewController"> {
  public:
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
   ~NSViewController() override;
 
-  /// Makes a plain controller. Ignores `nibName`: this platform has no interface files.
+  /// Makes a plain controller. Ignores `nibName`: this platform layer has no interface files.
   static Strong<NSViewController> initWithNibNameBundle(std::string_view nibName,
                                                         Strong<NSBundle> bundle);
 

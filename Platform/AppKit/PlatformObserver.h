@@ -17,9 +17,9 @@ enum class LifeCycleMethod : std::uint8_t { WillAppear, DidAppear, WillDisappear
 /// Whether a window stops being the key window or becomes the key window.
 enum class KeyStatusChange : std::uint8_t { ResignsKey, BecomesKey };
 
-/// Receives the events of the platform layer, for example for a trace or a test. The platform calls
-/// the observer on the main thread when an event happens. The observer must not change the objects
-/// that it receives.
+/// Receives the events of the platform layer, for example for a trace or a test. The platform
+/// layer calls the observer on the main thread when an event happens. The observer must not change
+/// the objects that it receives.
 class VEL_EXPORT PlatformObserver : public TimerObserver {
  public:
   /// A life-cycle method of a view controller has been called.
@@ -27,7 +27,7 @@ class VEL_EXPORT PlatformObserver : public TimerObserver {
   }
   /// `setStyleMask` was called. The mask may equal the previous mask.
   virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
-  /// A window has become or stopped being the key window. The platform posts the window's
+  /// A window has become or stopped being the key window. The platform layer posts the window's
   /// notification after this call.
   virtual void keyStatusChanged(NSWindow& /*window*/, KeyStatusChange /*change*/) {}
   /// A window was opened.

@@ -17,7 +17,7 @@ namespace vel {
 /// may use the centre.
 class VEL_EXPORT NSNotificationCenter {
  public:
-  /// The centre to which the platform posts.
+  /// The centre to which the platform layer posts.
   static NSNotificationCenter& defaultCenter();
 
   /// Registers `observer` for notifications with this name and object. If `object` is null,
@@ -47,8 +47,8 @@ class VEL_EXPORT NSNotificationCenter {
   /// The number of registrations of `observer`.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
-  /// Calls the observers that are registered for this name and object when the post begins. Does not
-  /// call an observer that another observer removes before its turn.
+  /// Calls the observers that are registered for this name and object when the post begins. Does
+  /// not call an observer that another observer removes before its turn.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:

@@ -11,8 +11,8 @@ class VEL_EXPORT NSThread {
   /// the library, until another thread calls `becomeMainThread`.
   static bool isMainThread();
   /// Makes the calling thread the main thread. A host that loads the library on one thread and
-  /// opens its windows on another thread must call this function. No part of the platform may be in
-  /// use during the call.
+  /// opens its windows on another thread must call this function. No part of the platform layer may
+  /// be in use during the call.
   static void becomeMainThread();
 };
 
