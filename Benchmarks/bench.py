@@ -2,7 +2,8 @@
 """Runs the benchmarks that have been built and writes the results to build/bench.
 
 Programs that are compared run alternately, and the results are ratios of medians. Absolute times
-differ from run to run on a machine that also does other work. No target makes this script fail.
+differ from run to run on a machine that also does other work. The script does not fail if a target is
+not met.
 """
 
 import argparse

@@ -22,9 +22,9 @@ def print_status(text):
 
 
 class Server:
-    """An X server, with a window manager if `manager` is its command.
+    """An X server. If `manager` is the command of a window manager, also runs this window manager.
 
-    Both programs end with this object.
+    Both programs end when the `with` block of this object ends.
     """
 
     def __init__(self, manager=None):
@@ -78,7 +78,7 @@ class Server:
         return json.loads(process.stdout)
 
     def watch(self, program, mode, ticks, window=0, points=MIDDLE):
-        """Runs a program that shows a white window, while the points of the screen are watched.
+        """Runs a program that shows a white window. bench-watch starts it and watches the points of the screen.
 
         `window` is the window to cover; 0 means a new window. Returns what the watcher printed, or
         None if the program failed.

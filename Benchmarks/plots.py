@@ -12,8 +12,8 @@ from figures import NAMES, growth_exponent, spans  # noqa: E402
 
 COLORS = {"library": "#1f6feb", "plain": "#8b949e", "plain, observers kept alive": "#8250df",
           "GLib": "#d29922", "Qt": "#3fb950"}
-OURS = "#1f6feb"
-OTHERS = "#8b949e"
+LIBRARY_COLOR = COLORS["library"]
+OTHER_COLOR = "#8b949e"
 
 
 def plot_growth(curves, path):
@@ -43,7 +43,7 @@ def draw_bars(axis, title, values):
     order = sorted(values, key=lambda name: -statistics.median(values[name]))
     for row, name in enumerate(order):
         median = statistics.median(values[name])
-        axis.barh(row, median, color=OURS if "library" in name else OTHERS)
+        axis.barh(row, median, color=LIBRARY_COLOR if "library" in name else OTHER_COLOR)
         axis.plot(values[name], [row] * len(values[name]), "|", color="#24292f", alpha=0.5)
         axis.annotate(f"{median:.3g}", (max(values[name]), row), xytext=(4, 0),
                       textcoords="offset points", va="center", fontsize=8)

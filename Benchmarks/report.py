@@ -69,7 +69,7 @@ def start_section(start, objects):
 
 
 def describe_runtime(start):
-    """Describes the share of a process start that the C++ runtime causes."""
+    """Describes what the C++ runtime adds to the time and the memory of a process start."""
     def ratio(value):
         medians = [statistics.median([value(run) for run in start[name]])
                    for name in ("bare-runtime", "bare")]
@@ -94,11 +94,11 @@ def game_section(game):
                      format_value(max(times)), *missed_frames])
     return ("## In a game at 240 frames a second\n\nThe game runs under metacity and covers its own "
             "window. The indicator is on. A frame lasts 4.17 ms. A frame is missed if the game still "
-            "works on the previous frame when it should start; the figures are means of all runs. The "
+            "works on the previous frame when this frame should start; the figures are means of all runs. The "
             "cover's call is `vel_pump`, or for bare XCB the same work done by hand.\n\n"
             + format_table(["cover", "the calls that show it", "its call in a frame, median",
-                            "percentile 99", "percentile 99.9", "longest", "frames missed while it comes",
-                            "while it goes", "in the whole run"], rows))
+                            "percentile 99", "percentile 99.9", "longest", "frames missed while it appears",
+                            "while it disappears", "in the whole run"], rows))
 
 
 def loading_section(loading):

@@ -92,7 +92,7 @@ def add_game_targets(table, game):
         table.add(f"{what} in a game", f"at most {name}: {format_value(limit)}",
                   f"{format_value(statistic(ours))}; bare XCB {format_value(statistic(bare))}",
                   statistic(ours) <= limit, f"{statistic(ours) / statistic(bare):.2f}")
-    for what, key in (("comes", "missed_coming"), ("goes", "missed_going")):
+    for what, key in (("appears", "missed_coming"), ("disappears", "missed_going")):
         missed_frames = {name: statistics.fmean([run[key] for run in runs])
                          for name, runs in game.items()}
         table.add(f"frames that the game misses while the cover {what}",

@@ -8,7 +8,7 @@
 
 namespace vel::bench {
 
-/// Opens a window that has the class name of a host's window class.
+/// Opens a window with this class name.
 Strong<NSWindow> openWindow(std::string_view className);
 /// Creates a request for a launch screen of `duration` seconds.
 Strong<ContentRequest> makeRequest(std::string_view event, double duration);

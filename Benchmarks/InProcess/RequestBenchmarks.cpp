@@ -128,7 +128,8 @@ void loadContentWithPlainCode(benchmark::State& state) {
 }
 BENCHMARK(loadContentWithPlainCode)->Name("request to loaded content/plain");
 
-// The two queries that look at windows. The size is the number of open windows.
+// `isRequiredWindow` (does the window show the cover?) and `tempItemRequired` (does any window show
+// a cover?). The size is the number of open windows.
 
 /// A number of windows, and a launch screen that can be presented over the first window.
 class WindowsWithLaunchScreen : private NonCopyable {

@@ -13,9 +13,9 @@ namespace vel::bench {
 /// The clock argument of `RunningApplication` that selects the system's clock.
 inline constexpr std::nullptr_t kRealTime = nullptr;
 
-/// Starts the application with the given clock. The destructor stops the application and removes
-/// everything that the process shares. A null window system selects the headless window system.
-/// Discards log lines and events.
+/// Starts the application with the given clock and discards log lines and events. A null window
+/// system selects the headless window system. The destructor stops the application and resets what
+/// the process shares: the run loop, the default configuration and the sinks.
 class RunningApplication : private NonCopyable {
  public:
   explicit RunningApplication(std::unique_ptr<Clock> clock,

@@ -1,4 +1,4 @@
-/* The host: a program with a black window that does not use the library. It prints the identifier
+/* The host: a program that does not use the library, with a black window. It prints the identifier
  * of its window and ends when its standard input ends. With the argument "fill", its window fills
  * the screen. */
 #include <poll.h>

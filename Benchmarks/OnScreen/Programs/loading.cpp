@@ -4,7 +4,7 @@
 //
 // Prints one line of JSON: the time that loading takes, in nanoseconds, and the memory of the
 // process in KiB before loading, after loading, and while a launch screen is shown.
-// "resident" memory includes pages that the process shares with others; "private" memory does not.
+// "resident" memory includes pages that are shared with other processes; "private" memory does not.
 #include <VelLaunchScreen/vel_launch_screen.h>
 #include <dlfcn.h>
 

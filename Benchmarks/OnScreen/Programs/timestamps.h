@@ -11,8 +11,8 @@
 #include <string.h>
 #include <time.h>
 
-/* The position and the size of the window that a warm program shows first. The window does not
- * overlap the points that the watcher looks at. */
+/* The position and the size of the window that a warm program (see `Mode`) shows first. The window
+ * does not overlap the points that the watcher looks at. */
 enum { FIRST_X = 0, FIRST_Y = 0, FIRST_WIDTH = 300, FIRST_HEIGHT = 220 };
 /* How long the first window stays, and how long the program then waits. */
 enum { FIRST_MILLISECONDS = 150, PAUSE_MILLISECONDS = 100 };
@@ -39,8 +39,9 @@ static void record_tick_at(int64_t time) {
 
 static void record_tick(void) { record_tick_at(read_clock()); }
 
-/* The peak resident memory of this program. The value that the kernel reports to a parent process
- * also counts the time before the program was loaded. */
+/* The peak resident memory of this program. The parent process cannot measure it: the value that
+ * the kernel reports to the parent includes the memory of the process before it loads the program.
+ */
 static long peak_kibibytes(void) {
   long kibibytes = 0;
   char line[256];
@@ -68,8 +69,8 @@ static void print_timestamps(void) {
 }
 
 /* A cold program shows its window before it has connected to the display. A warm program connects
- * first, and shows and closes a window of its own. MODE_WARM_ADOPTING is for the library only: it
- * is warm, but adopts the host's window while it shows the cover. */
+ * first, and shows and closes a window of its own. MODE_WARM_ADOPTING is for the library only: the
+ * program is warm, but the measured time includes adopting the host's window. */
 typedef enum { MODE_COLD, MODE_WARM, MODE_WARM_ADOPTING } Mode;
 
 typedef struct {
