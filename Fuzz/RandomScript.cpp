@@ -1,5 +1,6 @@
 // Fuzzes the library with scripts of the exploration's actions. The first byte of the input selects
-// the setting. Each further byte selects an action. No script may break an invariant.
+// the setting: the windows that are open at the start. Each further byte selects an action. No
+// script may break an invariant.
 #include <algorithm>
 
 #include "Fuzz/Fuzz.h"
