@@ -9,8 +9,8 @@
 #   VEL_OPTIONAL_BACKENDS    every optional back end
 #   VEL_BACKENDS             the back ends that are built
 #   VEL_BACKEND_DEFINITIONS  VEL_HAS_<FOLDER>=1 for each back end that is built
-#   VEL_BACKEND_MODULES      the modules that a program must link with the static library
-# and sets VEL_<FOLDER>_MODULES.
+#   VEL_BACKEND_MODULES      the modules that a program must link too if it links the static library
+# Also sets VEL_<FOLDER>_MODULES to the given MODULES.
 
 set(VEL_OPTIONAL_BACKENDS "")
 set(VEL_BACKENDS "")

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Covers every host in every environment and writes what the screen showed to build/hosts.md. The script
-# takes less than half an hour on two cores. Arguments go to Tests/Hosts/matrix.py, for example
+# Runs `launchscreen show` over the window of every host (a program with a window) in every environment
+# (a window manager), and writes what the screen showed to build/hosts.md. The script takes less than
+# half an hour on two cores. Arguments go to Tests/Hosts/matrix.py, for example
 #   scripts/hosts.sh --hosts xterm,godot --environments bare,xfwm4
 set -euo pipefail
 
