@@ -12,7 +12,7 @@
 
 namespace vel::test {
 
-/// A back end on its own display. Simulates users and other programs on that display.
+/// A display with a back end. Simulates users and other programs on the display.
 class TestDisplay : public NonCopyable {
  public:
   virtual ~TestDisplay() = default;
@@ -47,7 +47,8 @@ struct Backend {
   /// True if a program can destroy the windows that the back end has created or adopted, and the
   /// back end reports it.
   bool reportsDestruction;
-  /// True if each change of the style mask causes a `controlsKept` report.
+  /// True if each change of the style mask causes a `controlsKept` report. The report names the
+  /// controls that the new style mask lacks but that the window manager still offers.
   bool reportsControlsKept;
 
   friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }

@@ -240,11 +240,13 @@ TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
   }
 }
 
-TEST_P(Conformance, ASceneOfAWindowOnTheScreenIsOnTheScreen) {
+TEST_P(Conformance, IsSceneOnScreenBecomesTrueForAnOpenWindow) {
   const WindowHandle window = openFocused();
   system().setScene(window, {{.kind = SceneItem::Kind::Fill, .frame = kFrame, .color = {}}});
   EXPECT_TRUE(deliverUntil(system(), [&] { return system().isSceneOnScreen(window); }));
 }
+
+// The modal window
 
 TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {
   const WindowHandle window = openFocused();

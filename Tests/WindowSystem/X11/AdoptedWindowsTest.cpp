@@ -85,7 +85,8 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
-  // One of these ids belongs to the helper window that `requestFocus` uses.
+  // One of the refused ids belongs to the helper window that `requestFocus` uses. The back end must
+  // still be able to use that window.
   system().requestFocus(ownWindow);
   deliver();
 }
@@ -131,7 +132,7 @@ TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11AdoptedWindows, AReleasedWindowIsRestored) {
+TEST_F(X11AdoptedWindows, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const AdoptedWindow adoptedWindow = adopt(game);
   system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));

@@ -1,4 +1,4 @@
-// A cover over a window whose window manager is busy for some time.
+// A covered window whose window manager is stopped while the back end restores the controls.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr NSWindowStyleMask kEverything = 15;
+constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::uint32_t kIconicState = 3;
 
 class X11BusyManager : public X11Test {
@@ -20,7 +20,7 @@ class X11BusyManager : public X11Test {
 
 // xfwm4 ignores the deletion of hints. So the back end must not delete the hints before xfwm4 has
 // read the value that allows all controls.
-TEST_F(X11BusyManager, RestoresTheControlsWhenItReadsTheHintsLate) {
+TEST_F(X11BusyManager, RestoresTheControlsEvenIfItReadsTheHintsLate) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   deliverFor(0.2);  // xfwm4 adds its frame
@@ -31,14 +31,14 @@ TEST_F(X11BusyManager, RestoresTheControlsWhenItReadsTheHintsLate) {
 
   manager.signal(SIGSTOP);
   system().setScene(handle, {});
-  system().setStyleMask(handle, kEverything);
+  system().setStyleMask(handle, kAllControls);
   deliverFor(0.5);
   manager.signal(SIGCONT);
 
   EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
   deliverFor(0.2);  // xfwm4 draws the buttons
   const PixelRect area = client.areaOnScreen(game);
-  client.click(area.x + area.width - 57, area.y - 14);
+  client.click(area.x + area.width - 57, area.y - 14);  // the button that miniaturises
   EXPECT_TRUE(waitFor([&] { return client.numbers(game, "WM_STATE").front() == kIconicState; }));
 }
 

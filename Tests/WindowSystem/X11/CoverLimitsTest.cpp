@@ -1,4 +1,4 @@
-// The documented limits of covers.
+// The documented limits of covers: cases in which the game is visible or receives input.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -29,7 +29,7 @@ TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
   EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_F(X11CoverLimits, ANewChildWindowOfAnOwnWindowIsVisibleUntilTheCoverIsRaised) {
+TEST_F(X11CoverLimits, ANewChildWindowInABackEndsOwnWindowIsVisibleUntilTheCoverIsRaised) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
   system().setScene(ownWindow, whiteScene({300, 200}));

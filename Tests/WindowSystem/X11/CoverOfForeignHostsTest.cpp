@@ -1,4 +1,7 @@
-// Covers over hosts that do unusual things to their own windows.
+// Covers over hosts that do unusual things to their own windows. A cover has child windows inside
+// the host's window, and an overlay: a window directly above the host's window, which hides what
+// the host draws over its children. While another window is modal, a shield, an invisible child
+// window, takes the clicks on the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -86,7 +89,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
     deliver();
   }
   bool isWhite() { return client.screenPicture(game).isAll(kWhite); }
-  int picturesThatAreNotWhite() {
+  int countPicturesThatAreNotWhite() {
     int count = 0;
     for (int i = 0; i < kPictures; ++i) {
       deliverFor(0.003);
@@ -117,7 +120,7 @@ TEST_P(X11CoverOfForeignHost, IsMappedInAHostThatRedirectsItsChildren) {
   EXPECT_FALSE(gameGetsClicks());
 }
 
-TEST_P(X11CoverOfForeignHost, ShieldIsMappedInAHostThatRedirectsItsChildren) {
+TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsItsChildren) {
   client.selectEvents(game, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
       openOwnWindow({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
@@ -126,8 +129,8 @@ TEST_P(X11CoverOfForeignHost, ShieldIsMappedInAHostThatRedirectsItsChildren) {
   EXPECT_FALSE(gameGetsClicks());
 }
 
-// Between the two MapNotify events, the host could draw over a child that no overlay hides.
-TEST_P(X11CoverOfForeignHost, IsMappedAboveTheHostBeforeItIsMappedInside) {
+// If the child were mapped first, the host could draw over the child before the overlay hides it.
+TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   const auto tree = x11::XcbPointer<xcb_query_tree_reply_t>(xcb_query_tree_reply(
       client.connection(), xcb_query_tree(client.connection(), game), nullptr));
   client.selectEvents(tree->parent, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
@@ -155,7 +158,7 @@ TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAtEachFrame) {
   cover();
   const Repetition drawing(server.display(),
                            [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
-  EXPECT_EQ(picturesThatAreNotWhite(), 0);
+  EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
 TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAfterTheHostMovesAndGrows) {
@@ -178,7 +181,7 @@ TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
   client.map(child);
   cover();
   const Repetition raising(server.display(), [child](XClient& raiser) { raiser.raise(child); });
-  EXPECT_EQ(picturesThatAreNotWhite(), 0);
+  EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
 TEST_P(X11CoverOfForeignHost, HidesNewChildrenAtOnce) {
@@ -213,7 +216,7 @@ TEST_P(X11CoverOfForeignHost, ComesBackWhenTheHostDestroysItsChildren) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, ShieldComesBackWhenTheHostUnmapsOrDestroysItsChildren) {
+TEST_P(X11CoverOfForeignHost, TheShieldComesBackWhenTheHostUnmapsOrDestroysItsChildren) {
   client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle modal =
       openOwnWindow({.className = "Modal", .title = "", .frame = {{900, 700}, {100, 100}}});
@@ -243,7 +246,7 @@ TEST_P(X11CoverOfForeignHost, IsWhiteAgainWhenTheHostIsMappedAgain) {
     client.map(game);
     EXPECT_TRUE(waitFor([this] { return client.isViewable(game); }));
     deliverFor(0.1);
-    EXPECT_EQ(picturesThatAreNotWhite(), 0);
+    EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
   }
   EXPECT_THAT(log, IsEmpty());
 }
@@ -276,7 +279,7 @@ TEST_P(X11CoverOfForeignHost, FollowsTheHostIntoAnotherWindowAndBack) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheWindow) {
+TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheHostsWindow) {
   const std::size_t windowCountBefore = client.children(client.root()).size();
   cover();
   client.destroy(game);
@@ -295,7 +298,7 @@ TEST_P(X11CoverOfForeignHost, LeavesTheWindowsAboveTheHostVisible) {
   EXPECT_TRUE(client.screenPicture(upperWindow).isAll(kGreen));
 }
 
-TEST_P(X11CoverOfForeignHost, IsAsLargeAsTheWindow) {
+TEST_P(X11CoverOfForeignHost, HidesExactlyTheAreaOfTheHostsWindow) {
   const Picture pictureBefore = client.screenPicture(PixelRect{0, 0, 1280, 960});
   const PixelRect frame = client.areaOnScreen(game);
   cover();
@@ -365,7 +368,7 @@ TEST_F(X11CoverAndManagers, IsLoggedAsMissingWhileTheServerDoesNotMapIt) {
   EXPECT_EQ(log.size(), 1U);
 }
 
-TEST_F(X11CoverAndManagers, IsOnlyAChildOfAnOwnWindow) {
+TEST_F(X11CoverAndManagers, HasNoOverlayInAWindowOfTheBackEnd) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{100, 100}, {200, 100}}});
   const auto windowsBefore = client.children(client.root());

@@ -1,3 +1,4 @@
+// The cover of one window: what the screen shows, and which input the window still receives.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -44,15 +45,15 @@ TEST_F(X11Cover, IsOnTheScreenWhileTheWindowIsMapped) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, IsNotOnTheScreenInAnOwnWindowThatIsHidden) {
-  const WindowHandle own =
+TEST_F(X11Cover, IsNotOnTheScreenInAWindowOfTheBackEndThatIsHidden) {
+  const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
-  system().setScene(own, whiteScene({300, 200}));
-  EXPECT_TRUE(system().isSceneOnScreen(own));
-  system().orderOut(own);
-  EXPECT_FALSE(system().isSceneOnScreen(own));
-  system().releaseWindow(own);
-  EXPECT_FALSE(system().isSceneOnScreen(own));
+  system().setScene(ownWindow, whiteScene({300, 200}));
+  EXPECT_TRUE(system().isSceneOnScreen(ownWindow));
+  system().orderOut(ownWindow);
+  EXPECT_FALSE(system().isSceneOnScreen(ownWindow));
+  system().releaseWindow(ownWindow);
+  EXPECT_FALSE(system().isSceneOnScreen(ownWindow));
 }
 
 TEST_F(X11Cover, IsNotOnTheScreenInADestroyedWindow) {
@@ -64,7 +65,7 @@ TEST_F(X11Cover, IsNotOnTheScreenInADestroyedWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Cover, IsOnTheScreenAsSoonAsItIsShown) {
+TEST_F(X11Cover, IsOnTheScreenWhenSetSceneReturns) {
   system().setScene(handle, whiteSceneWithIndicator(kSize));
   EXPECT_TRUE(system().isSceneOnScreen(handle));
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
@@ -200,20 +201,20 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-// A window manager gives a transparent window a frame with an alpha channel. If the window fills
-// its frame and the overlay in the frame has no alpha channel, the server needs gigabytes for the
-// overlay.
+// The overlay is the part of the cover that lies above the window, inside the window manager's
+// frame. A window manager gives a transparent window a frame with an alpha channel. If the window
+// fills its frame and the overlay has no alpha channel, the server needs gigabytes for the overlay.
 TEST_F(X11Cover, HasTheVisualOfTheFrameAroundATransparentWindow) {
   const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
-  const xcb_window_t clear = client.openTransparentWindow({0, 0, 200, 100}, frame);
-  const AdoptedWindow found = adopt(clear);
+  const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);
+  const AdoptedWindow adoptedWindow = adopt(transparentWindow);
   const auto depthOfTopChild = [&] {
     const x11::XcbPointer<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
         client.connection(), xcb_get_geometry(client.connection(), client.children(frame).back()),
         nullptr));
     return geometry == nullptr ? 0 : geometry->depth;
   };
-  system().setScene(found.handle, whiteSceneWithIndicator(found.frame.size));
+  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
   deliver();
   ASSERT_EQ(client.children(frame).size(), 2U);
   EXPECT_EQ(depthOfTopChild(), 32);

@@ -1,3 +1,4 @@
+// The back end after faults: of the X server, the window manager, the game and the delegate.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -157,7 +158,7 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Faults, ANewWindowManagerReportsItsOwnKeptControls) {
+TEST_F(X11Faults, TheControlsThatANewWindowManagerKeepsAreReported) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCoveredGame();
   ASSERT_TRUE(

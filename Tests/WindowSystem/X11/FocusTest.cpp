@@ -1,3 +1,4 @@
+// How the back end reports and requests the keyboard focus.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"

@@ -1,4 +1,5 @@
-// `HintOverride` keeps the owner's value of a property. These tests need no display.
+// `HintOverride` keeps the owner's value of a property while the back end overrides the property.
+// The owner is the program that owns the window. These tests need no display.
 #include <gtest/gtest.h>
 
 #include "Platform/WindowSystem/X11/HintOverride.h"
@@ -33,7 +34,7 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndWrites) {
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, NeedsNoRequestForTheCurrentValue) {
+TEST_F(HintOverrideTest, WritingTheCurrentValueNeedsNoRequest) {
   EXPECT_FALSE(hintOverride.recordWrite(hint({1, 100, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_FALSE(hintOverride.recordWrite(hint({3, 640, 5})));
@@ -48,7 +49,7 @@ TEST_F(HintOverrideTest, StoresEachWriteOfTheOwner) {
   EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
-TEST_F(HintOverrideTest, StoresTheDeletionOfTheProperty) {
+TEST_F(HintOverrideTest, StoresTheDeletionOfThePropertyByTheOwner) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.reconcile(std::nullopt);
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
@@ -62,7 +63,7 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesTheBackEndsValue) 
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheMissingPropertyWhenTheOwnerWritesTheBackEndsValue) {
+TEST_F(HintOverrideTest, RemembersThatThePropertyWasMissingWhenTheOwnerWritesTheBackEndsValue) {
   HintOverride missingHint(std::nullopt, kBitSetCount);
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
@@ -77,19 +78,19 @@ TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValue) {
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
-TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 641, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsAValueUnchangedIfItIsShorterThanTheBackEndsValue) {
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItIsShorterThanTheBackEndsValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.reconcile(hint({1 | 2, 640}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 640}));
 }
 
-TEST_F(HintOverrideTest, RecognizesTheLastFourWrites) {
+TEST_F(HintOverrideTest, RecognizesTheLastFourWritesOfTheBackEnd) {
   for (const std::uint32_t width : {600U, 610U, 620U, 630U, 640U}) {
     EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, width, 5})));
   }
@@ -124,7 +125,7 @@ TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAValueThatTheNextWriteHasR
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
-TEST_F(HintOverrideTest, KeepsEachValueUnchangedAfterForgettingTheBackEndsWrites) {
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedAfterForgettingTheBackEndsWrites) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
   hintOverride.forgetWrites();

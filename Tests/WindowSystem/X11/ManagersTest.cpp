@@ -114,7 +114,7 @@ class X11PlainManager : public X11Managers {
   }
 };
 
-TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
+TEST_F(X11PlainManager, IfTheManagerPublishesNoAllowedActionsNoKeptControlsAreReported) {
   openCoveredGame();
   // The back end waits for the allowed actions until a time limit.
   EXPECT_LT(system().nextDeadline(), kNever);
@@ -123,7 +123,7 @@ TEST_F(X11PlainManager, WithoutAllowedActionsNoKeptControlsAreReported) {
   EXPECT_NE(client.property(game, "_MOTIF_WM_HINTS"), std::nullopt);
 }
 
-TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSet) {
+TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSetDirectly) {
   openCoveredGame();
   client.selectEvents(client.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
   client.takeEventTypes();

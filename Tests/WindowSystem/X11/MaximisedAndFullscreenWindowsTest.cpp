@@ -11,7 +11,7 @@ namespace {
 constexpr PixelRect kGame{200, 150, 640, 400};
 constexpr PixelRect kScreen{0, 0, 1280, 960};
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr NSWindowStyleMask kEverything = 15;
+constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kFullscreen = "_NET_WM_STATE_FULLSCREEN";
 constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
 constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
@@ -40,7 +40,7 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
   }
   void uncover() {
     system().setScene(handle, {});
-    system().setStyleMask(handle, kEverything);
+    system().setStyleMask(handle, kAllControls);
     EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
     deliverFor(kReactionTime);
   }

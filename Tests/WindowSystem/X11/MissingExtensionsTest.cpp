@@ -91,7 +91,8 @@ TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
   EXPECT_THAT(log, ElementsAre(kNoIndicators));
 }
 
-// The overlay
+// The overlay: a window above the game that hides what the game draws over its child windows. It
+// needs the Shape extension. Without the overlay, a cover consists of child windows of the game.
 
 class X11NoShape : public X11MissingExtension {
  protected:
@@ -153,7 +154,7 @@ TEST_F(X11NoShape, AGameThatDrawsOverItsChildWindowsIsVisible) {
   EXPECT_EQ(client.screenPicture(game).at(20, 20), kRed);
 }
 
-// All of them
+// None of the optional extensions
 
 class X11NoExtensions : public X11MissingExtension {
  protected:

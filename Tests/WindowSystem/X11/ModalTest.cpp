@@ -136,7 +136,7 @@ TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
               testing::AnyOf(IsEmpty(), ElementsAre(0, 0, 0, 0)));
 }
 
-TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
+TEST_F(X11Modal, WhileAWindowIsModalOtherWindowsReceiveNoClicks) {
   client.selectEvents(game, kButtonEvents);
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{900, 700}, {100, 100}}});
@@ -151,7 +151,7 @@ TEST_F(X11Modal, OtherWindowsReceiveNoClicks) {
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
-TEST_F(X11Modal, ANewChildWindowOfTheGameReceivesNoClicks) {
+TEST_F(X11Modal, WhileAWindowIsModalANewChildWindowOfTheGameReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   deliver();
@@ -175,7 +175,7 @@ TEST_F(X11Modal, TheModalWindowReceivesClicks) {
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, TheGameReceivesClicksAgainWithoutAModalWindow) {
+TEST_F(X11Modal, TheGameReceivesClicksAgainWhenNoWindowIsModal) {
   client.selectEvents(game, kButtonEvents);
   system().setModalWindow(openModal());
   system().setModalWindow(WindowHandle::None);
@@ -185,7 +185,7 @@ TEST_F(X11Modal, TheGameReceivesClicksAgainWithoutAModalWindow) {
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 
-TEST_F(X11Modal, AWindowAdoptedLaterReceivesNoClicks) {
+TEST_F(X11Modal, AWindowAdoptedWhileAWindowIsModalReceivesNoClicks) {
   const WindowHandle modal = openModal();
   system().setModalWindow(modal);
   const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);

@@ -9,7 +9,8 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// Two monitors side by side, with different heights and aligned upper edges.
+/// Two monitors side by side, with different heights and aligned upper edges. The left monitor is
+/// the primary monitor.
 class X11Monitors : public X11Test {
  protected:
   X11Monitors() {
@@ -54,6 +55,7 @@ TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
 TEST_F(X11Monitors, FramesAreReportedAgainWhenThePrimaryMonitorChanges) {
   const AdoptedWindow adoptedWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
+  // The asterisk makes the new monitor the primary monitor.
   addMonitor("*other", "640/169x960/254+0+0", "none");
   EXPECT_TRUE(waitFor([this] { return reports.lastFrame == CGRectMake(100, 500, 200, 160); }));
 }

@@ -18,11 +18,11 @@ struct Change {
   bool (*isDone)(PixelRect area);
 };
 
-bool isLarger(PixelRect area) { return area.width == 800 && area.height == 600; }
+bool isResized(PixelRect area) { return area.width == 800 && area.height == 600; }
 bool isMaximized(PixelRect area) { return area.width > 1200 && area.height > 850; }
 bool isFullscreen(PixelRect area) { return area == kScreen; }
 
-constexpr Change kResize{"SetWindowSize", "resize", isLarger};
+constexpr Change kResize{"SetWindowSize", "resize", isResized};
 constexpr Change kFullscreen{"Fullscreen", "fullscreen", isFullscreen};
 constexpr Change kDesktop{"FullscreenDesktop", "desktop", isFullscreen};
 constexpr Change kMaximize{"MaximizeWindow", "maximise", isMaximized};
@@ -86,7 +86,8 @@ TEST_P(X11SdlGames, GetTheirSizeWhileCoveredAndKeepIt) {
   }));
 }
 
-// All changes under two window managers, and the changes of the state under the others.
+// All changes under Metacity and Openbox. Only maximising and filling the desktop under the other
+// window managers.
 std::vector<SdlCase> allCases() {
   std::vector<SdlCase> cases;
   for (const auto& [manager, name] :

@@ -89,7 +89,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   /// The names of the controls that the user can use with the mouse.
   std::vector<std::string> workingControls() {
     std::vector<std::string> controls;
-    // First: a window that has been maximised while covered can be resized until the end.
+    // Resizing comes first, because a window that was maximised while covered can be resized until
+    // the cover ends.
     if (isResizedByDrag()) {
       controls.emplace_back("resize");
     }

@@ -56,7 +56,7 @@ TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
   EXPECT_EQ(reports.count("style"), 2);
 }
 
-TEST_F(X11StyleOwner, ControlsAddedAfterTheAdoptionAreRemoved) {
+TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
   const Property hintsWithoutControls = motifHints({1, 4, 0, 0, 0});
   client.setProperty(game, kMotifHints, hintsWithoutControls);
   handle = adopt(game).handle;
@@ -112,7 +112,7 @@ TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAnEditedValue) {
   EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 2 | 4, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, HintsWrittenJustBeforeAnotherMaskAreRestored) {
+TEST_F(X11StyleOwner, HintsWrittenJustBeforeTheMaskChangesAgainAreRestored) {
   cover();
   const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -134,7 +134,7 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, MissingHintsAreRestoredIfTheWindowIsCoveredAgainDuringRestoring) {
+TEST_F(X11StyleOwner, HintsThatDidNotExistAreDeletedIfTheWindowIsCoveredAgainDuringRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();

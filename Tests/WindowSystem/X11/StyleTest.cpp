@@ -83,7 +83,7 @@ TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
   EXPECT_EQ(client.property(game, kNormalHints), normalBefore);
 }
 
-TEST_F(X11Style, RestoresMissingHints) {
+TEST_F(X11Style, DeletesHintsThatDidNotExistBefore) {
   client.setProperty(game, kNormalHints, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -149,7 +149,7 @@ TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeTheOverride) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoChanges) {
+TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoStyleMasks) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskClosable);
   client.waitForServer();
