@@ -63,7 +63,7 @@ class AllocationTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(AllocationTest, CountsAllocations) {
+TEST_F(AllocationTest, CountAllocationsCountsEveryNew) {
   EXPECT_EQ(countAllocations([] { delete new Listener; }), 100u);
 }
 

@@ -1,4 +1,5 @@
-// Calls from inside callbacks: requests and presentations work or return VEL_BUSY.
+// Calls from inside callbacks. A request or a presentation returns VEL_BUSY if the library calls
+// the callback during an operation. Otherwise it works.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -64,7 +65,7 @@ class CallbackOrderTest : public CBindingTest {
   int presentStatus = -1;
 };
 
-TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestIsBusy) {
+TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestReturnsBusy) {
   requestAndPresentIn("log_line");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -79,7 +80,7 @@ TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestIsBusy) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestIsBusy) {
+TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestReturnsBusy) {
   requestAndPresentIn("log_line");
   const VelRequest request = makeRequest("launch_end", 0);
   EXPECT_EQ(vel_request(screen, &request), VEL_REFUSED);
@@ -88,7 +89,7 @@ TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestIsBusy) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CallbackOrderTest, InWillAppearARequestIsBusy) {
+TEST_F(CallbackOrderTest, InWillAppearARequestReturnsBusy) {
   requestAndPresentIn("will_appear");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -97,7 +98,7 @@ TEST_F(CallbackOrderTest, InWillAppearARequestIsBusy) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InMayDisappearARequestIsBusy) {
+TEST_F(CallbackOrderTest, InMayDisappearARequestReturnsBusy) {
   requestAndPresentIn("may_disappear");
   present(VEL_PRESENT_MODAL, 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);

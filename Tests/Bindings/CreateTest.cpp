@@ -80,7 +80,7 @@ TEST_F(CreateTest, AFailureClearsTheHandle) {
   EXPECT_EQ(screen, nullptr);
 }
 
-TEST_F(CreateTest, ASmallerStructureIsRefused) {
+TEST_F(CreateTest, ASizeThatNoVersionHasIsRefused) {
   VelCreateOptions options = virtualOptions();
   for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
     options.size = size;
@@ -97,13 +97,13 @@ TEST_F(CreateTest, ALargerStructureIsAcceptedIfItsUnknownMembersAreZero) {
   EXPECT_EQ(vel_create(&options.knownMembers, &screen), VEL_OK) << vel_last_error();
 }
 
-TEST_F(CreateTest, AHugeSizeIsRefused) {
+TEST_F(CreateTest, AHugeStructureSizeIsRefused) {
   VelCreateOptions options = virtualOptions();
   options.size = static_cast<std::size_t>(-1);
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(CreateTest, TheSizeOfTheCallbacksIsCheckedToo) {
+TEST_F(CreateTest, TheSizeOfTheCallbacksStructureIsAlsoChecked) {
   LaterStructure<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
   const VelCreateOptions options = virtualOptions(&callbacks.knownMembers);
   callbacks.knownMembers.size = sizeof(VelCallbacks) - 1;
@@ -126,7 +126,7 @@ TEST_F(CreateTest, TheCallbacksAreCopied) {
   EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
 }
 
-TEST_F(CreateTest, UnknownTimesAndSizesAreRefused) {
+TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
   VelCreateOptions options = virtualOptions();
   options.time = static_cast<VelTime>(2);
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
@@ -187,7 +187,7 @@ TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
 
-TEST_F(CreateTest, AnApplicationOfTheHostIsNotReplaced) {
+TEST_F(CreateTest, WhileTheHostHasAnApplicationNoLaunchScreenIsCreated) {
   const VirtualPlatform platform;
   const Strong<NSApplication> application = NSApp;
   const VelCreateOptions options = virtualOptions();
@@ -255,7 +255,7 @@ TEST_F(CreateTest, NoFunctionAcceptsACopyOfADestroyedHandle) {
   EXPECT_STRNE(vel_last_error(), "");
 }
 
-TEST_F(CreateTest, NoFunctionAcceptsAHandleThatDoesNotExist) {
+TEST_F(CreateTest, NoFunctionAcceptsAHandleThatWasNeverCreated) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_THAT(callAllFunctions(reinterpret_cast<VelLaunchScreen*>(&screen)),

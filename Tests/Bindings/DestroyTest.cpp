@@ -1,4 +1,5 @@
-// vel_destroy in every state and inside every callback.
+// vel_destroy in every state and inside every callback. The number after "ended" is a VelEndReason:
+// 1 time used up, 3 window closed, 4 display lost, 5 destroyed.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
@@ -128,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
 
 TEST_F(DestroyTest, InsideDisplayLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  // A real display is also lost during a pass.
+  // The display is lost in a pass of the run loop, like a real display.
   host.onCallback = [this](const std::string& callback) {
     if (callback == "display_lost") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);

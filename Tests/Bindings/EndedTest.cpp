@@ -14,7 +14,7 @@ std::string endedLine(VelEndReason reason) { return "ended " + std::to_string(re
 
 class EndedTest : public CBindingTest {
  protected:
-  void createWithController() {
+  void createWithContentController() {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
@@ -49,10 +49,10 @@ TEST_F(EndedTest, AnEmbeddedCoverWithoutContentControllerEndsASecondAfterItDisap
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
+TEST_F(EndedTest, WithAContentControllerEveryCoverEndsWhenItDisappears) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
-    createWithController();
+    createWithContentController();
     present(presentation, 1);
     ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
     ASSERT_GE(host.callbackLines.size(), 2u);
@@ -62,7 +62,7 @@ TEST_F(EndedTest, OtherCoversEndWhenTheyDisappear) {
   }
 }
 
-TEST_F(EndedTest, AnExceptionDuringThePresentationDoesNotDelayTheEnd) {
+TEST_F(EndedTest, AfterAnExceptionDuringThePresentationTheEndIsStillReported) {
   const VelRequest request = makeRequest("launch_end", 60, "skip");
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
   host.onCallback = [](const std::string& callback) {
@@ -86,7 +86,7 @@ TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
 TEST_F(EndedTest, ADismissalByTheHostHasTheReasonDismissed) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
-    createWithController();
+    createWithContentController();
     present(presentation, 60, "skip");
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DISMISSED));
@@ -139,7 +139,7 @@ TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
 }
 
 TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
-  createWithController();
+  createWithContentController();
   const WindowHandle window = NSApp->keyWindow()->handle();
   present(VEL_PRESENT_SHEET, 5);
   runInPass([window] { windowSystem().ownerDestroysWindow(window); });
@@ -157,7 +157,7 @@ TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
   }
 }
 
-TEST_F(EndedTest, DestroyEndsTheLaunchScreen) {
+TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndCallsEndedLast) {
   present(VEL_PRESENT_EMBEDDED, 5);
   const Strong<NSWindow> window = NSApp->keyWindow();
   VelLaunchScreen* const staleHandle = screen;
@@ -173,7 +173,7 @@ TEST_F(EndedTest, DestroyEndsTheLaunchScreen) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-TEST_F(EndedTest, InsideTheLastCallbackALaunchScreenCanBeCreated) {
+TEST_F(EndedTest, InsideTheEndedCallbackOfDestroyALaunchScreenCanBeCreated) {
   present(VEL_PRESENT_EMBEDDED, 5);
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
@@ -209,7 +209,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
-TEST_F(EndedTest, APassInsideTheLogLineOfAPresentationEndsNothing) {
+TEST_F(EndedTest, APumpInsideTheLogLineOfAPresentationDoesNotEndTheLaunchScreen) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -220,7 +220,7 @@ TEST_F(EndedTest, APassInsideTheLogLineOfAPresentationEndsNothing) {
   expectOnlyEnd(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, WithoutAPresentationNothingEnds) {
+TEST_F(EndedTest, WithoutAPresentationEndedIsNotCalled) {
   const VelRequest request = makeRequest("launch_end", 1);
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);

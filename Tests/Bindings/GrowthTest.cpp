@@ -46,7 +46,7 @@ void createAndDestroy(int round) {
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(GrowthTest, TenThousandLaunchScreensNeedNoMoreMemoryThanOne) {
+TEST(GrowthTest, MemoryAndDescriptorsDoNotGrowInTenThousandLaunchScreens) {
   constexpr int kRounds = 10'000;
   constexpr int kWarmUpRounds = 500;  // until all caches are filled
   for (int round = 0; round < kWarmUpRounds; ++round) {

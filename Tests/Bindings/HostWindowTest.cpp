@@ -1,4 +1,4 @@
-// The description of the window to cover.
+// VelHostWindow, which describes the window to cover.
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -39,7 +39,7 @@ class HostWindowTest : public testing::Test {
     options.host_window = &window;
     return vel_create(&options, &screen);
   }
-  /// Returns the result of a Wayland window with one changed member.
+  /// Calls `create` for a Wayland window after `change` has changed a member.
   VelStatus createChanged(const std::function<void(VelHostWindow&)>& change) {
     VelHostWindow window = waylandWindow();
     change(window);
@@ -71,7 +71,7 @@ TEST_F(HostWindowTest, AWindowOfNoOrTwoWindowSystemsIsRefused) {
             VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(HostWindowTest, ASurfaceNeedsAConnectionAndASize) {
+TEST_F(HostWindowTest, AWaylandSurfaceNeedsAConnectionAndASize) {
   const std::vector<std::function<void(VelHostWindow&)>> changes{
       [](VelHostWindow& window) { window.wl_display = nullptr; },
       [](VelHostWindow& window) { window.wl_surface = nullptr; },
@@ -86,7 +86,7 @@ TEST_F(HostWindowTest, ASurfaceNeedsAConnectionAndASize) {
             VEL_BAD_WINDOW);
 }
 
-TEST_F(HostWindowTest, BothKindsOfWindowAreRefused) {
+TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
   const VelHostWindow window = waylandWindow();
   VelCreateOptions options = virtualOptions();
   options.window = 4711;

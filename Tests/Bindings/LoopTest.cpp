@@ -119,7 +119,7 @@ TEST_F(CVirtualLoopTest, APumpDoesNotAdvanceVirtualTime) {
   EXPECT_EQ(seconds, 0.1);
 }
 
-TEST_F(CVirtualLoopTest, ARunNeedsAFiniteTime) {
+TEST_F(CVirtualLoopTest, ARunAcceptsTimesFromZeroToABillionSeconds) {
   for (const double seconds :
        {-1.0, 1.1e9, std::numeric_limits<double>::infinity(), std::nan("")}) {
     EXPECT_EQ(vel_run(screen, seconds), VEL_INVALID_ARGUMENT) << seconds;
@@ -128,7 +128,7 @@ TEST_F(CVirtualLoopTest, ARunNeedsAFiniteTime) {
   EXPECT_EQ(vel_run(screen, 0), VEL_OK);
 }
 
-TEST_F(CVirtualLoopTest, VirtualTimeHasAnEnd) {
+TEST_F(CVirtualLoopTest, VirtualTimeEndsAfterNineBillionSeconds) {
   for (int run = 0; run < 9; ++run) {
     ASSERT_EQ(vel_run(screen, 1e9), VEL_OK) << run;
   }

@@ -39,7 +39,7 @@ TEST_F(CRequestTest, TheTimeHasSinglePrecision) {
   EXPECT_EQ(secondsLeft(), 0.10000000149011612);
 }
 
-TEST_F(CRequestTest, OnlySkipIsSkipMode) {
+TEST_F(CRequestTest, OnlyTheModeSkipTurnsSkipModeOn) {
   EXPECT_EQ(request("launch_end", 1, "skip"), VEL_OK);
   EXPECT_TRUE(configuration().skipMode());
   for (const char* mode : {"forced", static_cast<const char*>(nullptr)}) {
@@ -120,7 +120,7 @@ TEST_F(CRequestTest, AStructureOfAnUnknownSizeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WhileALaunchScreenIsShownARequestIsNotRead) {
+TEST_F(CRequestTest, WhileALaunchScreenIsShownARequestIsRefusedWithoutBeingRead) {
   for (const int contentController : {0, 1}) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = contentController;
@@ -135,7 +135,7 @@ TEST_F(CRequestTest, WhileALaunchScreenIsShownARequestIsNotRead) {
   }
 }
 
-TEST_F(CRequestTest, AJsonObjectHasTheSameParameters) {
+TEST_F(CRequestTest, AJsonObjectCanHaveAllParametersOfARequest) {
   EXPECT_EQ(requestJson(R"({"mode": "skip", "event": "launch_end", "max_duration_time": 3})"),
             VEL_OK)
       << vel_last_error();

@@ -1,4 +1,5 @@
-// A launch screen from its request to its event.
+// A launch screen from its request to its event. In the callback lines, "state_changed 3" is
+// VEL_STATE_LOADED, "ended 1" is VEL_END_TIME_USED_UP, and "ended 2" is VEL_END_DISMISSED.
 #include <thread>
 
 #include "Platform/AppKit/NSApplication.h"
@@ -12,14 +13,14 @@ using Lines = std::vector<std::string>;
 class CRunTest : public CBindingTest {
  protected:
   /// Creates a launch screen over a window with a content controller.
-  void createWithController() {
+  void createWithContentController() {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
   }
 };
 
-TEST_F(CRunTest, AnEmbeddedCoverCallsEachCallback) {
+TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), NSWindowStyleMaskTitled);
@@ -39,8 +40,8 @@ TEST_F(CRunTest, AnEmbeddedCoverCallsEachCallback) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, WithAContentControllerTheCoverIsRemovedAtOnce) {
-  createWithController();
+TEST_F(CRunTest, WithAContentControllerTheCoverIsRemovedWhenItDisappears) {
+  createWithContentController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
   EXPECT_EQ(host.callbackLines,
@@ -50,7 +51,7 @@ TEST_F(CRunTest, WithAContentControllerTheCoverIsRemovedAtOnce) {
 
 TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
   for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
-    createWithController();
+    createWithContentController();
     host.callbackLines.clear();
     present(presentation, 1);
     EXPECT_EQ(windowSystem().windowCount(), 2u);
@@ -149,7 +150,8 @@ TEST_F(CRunTest, WithoutALaunchScreenDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // A dismissal attempt would keep the countdown running.
+  // A dismissal would have marked the launch screen as expired. The loss of focus does not pause
+  // the countdown of an expired launch screen.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
@@ -165,7 +167,7 @@ TEST_F(CRunTest, WithoutALaunchScreenDismissOnAnotherThreadChangesNothing) {
   EXPECT_EQ(secondsLeft(), 2);
 }
 
-TEST_F(CRunTest, TheHostCanKeepTheCover) {
+TEST_F(CRunTest, TheHostCanKeepTheCoverInMayDisappear) {
   host.mayDisappear = false;
   present(VEL_PRESENT_EMBEDDED, 1, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -213,11 +215,12 @@ TEST_F(CRunTest, ALostDisplayEndsTheLaunchScreen) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
 }
 
-TEST_F(CRunTest, ClosingTheModalWindowEndsTheLaunchScreen) {
-  createWithController();
+TEST_F(CRunTest, ClosingTheModalWindowMakesTheLaunchScreenDisappear) {
+  createWithContentController();
   host.callbackLines.clear();
   present(VEL_PRESENT_MODAL, 5);
   windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle());
+  // `ended` follows in the next vel_pump or vel_run.
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "did_disappear"}));
   EXPECT_FALSE(isUp());
 }

@@ -9,15 +9,15 @@ namespace vel::test {
 namespace {
 
 // The sizes in version 1.0 on systems with 64-bit pointers. Do not change these constants.
-constexpr std::size_t kCallbacksSize10 = 80;
-constexpr std::size_t kCreateOptionsSize10 = 72;
-constexpr std::size_t kRequestSize10 = 32;
+constexpr std::size_t kFirstCallbacksSize = 80;
+constexpr std::size_t kFirstCreateOptionsSize = 72;
+constexpr std::size_t kFirstRequestSize = 32;
 
 /// A structure with the size of version 1.0. The bytes after it belong to another variable of the
 /// program, and their values are not zero.
 template <class Structure, std::size_t Size>
-struct Version10Structure {
-  explicit Version10Structure(Structure current) {
+struct FirstVersionStructure {
+  explicit FirstVersionStructure(Structure current) {
     current.size = Size;
     memory.fill(0xa5);
     std::memcpy(memory.data(), &current, Size);
@@ -34,12 +34,12 @@ class StructureSizeTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
+TEST_F(StructureSizeTest, AProgramOfTheFirstVersionRunsToItsEvent) {
   CHost host;
-  const Version10Structure<VelCallbacks, kCallbacksSize10> callbacks(host.callbacks());
-  const Version10Structure<VelCreateOptions, kCreateOptionsSize10> options(
+  const FirstVersionStructure<VelCallbacks, kFirstCallbacksSize> callbacks(host.callbacks());
+  const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(
       virtualOptions(callbacks.get()));
-  const Version10Structure<VelRequest, kRequestSize10> request(makeRequest("launch_end", 1));
+  const FirstVersionStructure<VelRequest, kFirstRequestSize> request(makeRequest("launch_end", 1));
   ASSERT_EQ(vel_create(options.get(), &screen), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_request(screen, request.get()), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
@@ -49,17 +49,17 @@ TEST_F(StructureSizeTest, AProgramOfVersion10RunsToItsEvent) {
                                       "did_disappear", "record_event launch_end"}));
 }
 
-TEST_F(StructureSizeTest, TheOptionsOfVersion10AdoptAWindow) {
+TEST_F(StructureSizeTest, TheOptionsOfTheFirstVersionCanNameAWindow) {
   VelCreateOptions current = virtualOptions();
   current.window = 4711;
-  const Version10Structure<VelCreateOptions, kCreateOptionsSize10> options(current);
+  const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(current);
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 
 TEST_F(StructureSizeTest, ASizeThatNoVersionHasIsRefused) {
   for (const std::size_t size :
-       {std::size_t{0}, sizeof(std::size_t), kCallbacksSize10 - 8, kCallbacksSize10 - 1,
-        kCallbacksSize10 + 1, kCallbacksSize10 + 4}) {
+       {std::size_t{0}, sizeof(std::size_t), kFirstCallbacksSize - 8, kFirstCallbacksSize - 1,
+        kFirstCallbacksSize + 1, kFirstCallbacksSize + 4}) {
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
     callbacks.size = size;
     const VelCreateOptions options = virtualOptions(&callbacks);

@@ -15,7 +15,7 @@ namespace {
 
 using CThreadTest = CBindingTest;
 
-TEST_F(CThreadTest, OnlyTheOwningThreadCanCallTheFunctions) {
+TEST_F(CThreadTest, FunctionsOfTheOwningThreadReturnWrongThreadOnAnotherThread) {
   const VelRequest request = makeRequest("launch_end", 1);
   std::vector<VelStatus> statuses;
   std::string error;
@@ -62,7 +62,7 @@ TEST_F(CThreadTest, TheNextPumpCarriesOutADismissalFromAnotherThread) {
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesRun) {
+TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesVelRun) {
   VelCreateOptions options = virtualOptions(&callbacks);
   options.time = VEL_TIME_REAL;
   createAgain(options);
@@ -153,7 +153,7 @@ TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
   EXPECT_EQ(vel_create(&options, &otherScreen), VEL_ALREADY_EXISTS);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK) << vel_last_error();
   EXPECT_EQ(screen, nullptr);
-  EXPECT_EQ(host.callbackLines.back(), "ended 5");
+  EXPECT_EQ(host.callbackLines.back(), "ended 5");  // VEL_END_DESTROYED
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -178,7 +178,7 @@ TEST(OwnerTest, AnyThreadCanOwnALaunchScreen) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
     EXPECT_EQ(vel_run(screen, 5), VEL_OK);
-    EXPECT_EQ(host.callbackLines.back(), "ended 1");
+    EXPECT_EQ(host.callbackLines.back(), "ended 1");  // VEL_END_TIME_USED_UP
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   };
   std::thread(runLaunchScreen).join();

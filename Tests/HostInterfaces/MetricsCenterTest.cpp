@@ -25,7 +25,7 @@ class MetricsCenterTest : public testing::Test {
   std::vector<std::string> events;
 };
 
-TEST_F(MetricsCenterTest, PassesEventsOnlyToTheSink) {
+TEST_F(MetricsCenterTest, WithASinkPassesEventsToTheSinkAndLogsNothing) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
   EXPECT_TRUE(lines.empty());
@@ -36,7 +36,7 @@ TEST_F(MetricsCenterTest, RecordsNullAsAnEmptyName) {
   EXPECT_EQ(events, std::vector<std::string>{""});
 }
 
-TEST_F(MetricsCenterTest, LogsEachEventWithoutASink) {
+TEST_F(MetricsCenterTest, WithoutASinkLogsEachEvent) {
   MetricsCenter::setSink(nullptr);
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   MetricsCenter::logEvent(nullptr);
