@@ -98,7 +98,7 @@ class Connection final : public NonCopyable {
     }
     return reply;
   }
-  // RequestLog describes the following operations.
+  // RequestLog describes the following four operations.
   void markDestroyed(xcb_window_t window) { requestLog_.markDestroyed(window); }
   void unmarkDestroyed(xcb_window_t window) { requestLog_.unmarkDestroyed(window); }
   [[nodiscard]] bool hasErrors() const { return requestLog_.hasErrors(); }

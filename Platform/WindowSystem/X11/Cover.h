@@ -89,7 +89,7 @@ class Cover final : public NonCopyable {
   /// The window for one item of the scene.
   struct Pane {
     Child child;               // not open if the item cannot be drawn
-    bool isInOverlay = false;  // a child of the overlay; its state is not tracked
+    bool isInOverlay = false;  // true for a child of the overlay; its state is not tracked
     SceneItem item;
     PixelRect frame;
     CGColor background;

@@ -86,6 +86,8 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
 
 X11WindowSystem::~X11WindowSystem() {
   const RequestBatch batch(*connection_);
+  // Begins all releases first: while `finishRelease` blocks for one window, the window manager
+  // reads the restored hints of all windows.
   for (auto& [id, window] : windows_) {
     beginRelease(window);
   }
