@@ -58,7 +58,8 @@ def completions(*words):
 
 
 class Options(unittest.TestCase):
-    def test_there_are_commands_with_options(self):
+    def test_the_help_is_parsed(self):
+        # The other tests loop over the commands and options that are found in the help.
         self.assertIn("show", commands())
         self.assertIn("--duration", help_options("show"))
         self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})

@@ -1,5 +1,6 @@
 // Compares the trace of each scenario in Examples/scenarios with the expected trace in golden/. The
-// name of the expected trace is the name of the scenario, two dashes, and what the trace shows.
+// trace is what `launchscreen play` prints. The name of the expected trace is the name of the
+// scenario, two dashes, and what the trace shows.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -47,6 +48,7 @@ TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
   const std::string scenario = (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
   const int status =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
+  // The second play shows that the first play has left no state in the process.
   for (int round = 0; round < 2; ++round) {
     std::istringstream input;
     std::ostringstream trace;

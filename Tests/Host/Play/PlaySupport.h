@@ -14,7 +14,7 @@ using Lines = std::vector<std::string>;
 
 struct PlayResult {
   PlayOutcome outcome = PlayOutcome::Ended;
-  /// The trace.
+  /// The trace: the lines that `launchscreen play` prints.
   Lines lines;
   /// The states that the player reported.
   std::vector<PlayState> states;
@@ -24,7 +24,7 @@ struct PlayResult {
 PlayResult playScenario(std::string_view text);
 
 /// Plays steps until the time `until` and returns the trace. `steps` is the content of a JSON
-/// array.
+/// array. `host` is the value of the scenario's member "host".
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
 /// Returns the lines between the last step with this name and the next step. The lines are without
@@ -35,7 +35,8 @@ Lines linesAfter(const Lines& trace, std::string_view step);
 /// their times.
 Lines linesOfKind(const Lines& trace, std::string_view kind);
 
-/// Returns the inspection in the last line of the trace.
+/// Returns the inspection in the last line of the trace: the state of the library and of the
+/// platform.
 nlohmann::json lastInspection(const Lines& trace);
 
 /// Steps that request a launch screen of five seconds and embed it in the window "player".

@@ -67,7 +67,7 @@ class Refusals(unittest.TestCase):
             with self.subTest(content):
                 self.assertEqual(self.error_for(content).split(": ")[0], path)
 
-    def test_missing_file_is_reported(self):
+    def test_file_that_cannot_be_read_is_reported(self):
         for name in ("/nowhere/at/all.json", str(ROOT)):
             result = run("play", name)
             self.assertEqual(result.returncode, 2)

@@ -1,3 +1,5 @@
+// The two consoles of `launchscreen show`: `LineConsole` prints each report on its own line, and
+// `LiveConsole` keeps one line of a terminal up to date.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -142,12 +144,12 @@ TEST_F(LiveConsoleTest, ShorterLineErasesALongerLine) {
   EXPECT_EQ(out.str().substr(previousSize), "\r   5.100 s  dismissed" + std::string(18, ' '));
 }
 
-TEST_F(LiveConsoleTest, CountdownShowsTheHint) {
+TEST_F(LiveConsoleTest, CountdownLineShowsTheHint) {
   console.showTimeLeft(0, runningCountdown(5, 5));
   EXPECT_EQ(out.str(), "\r  5.0 s left  [----------]  press Enter");
 }
 
-TEST_F(LiveConsoleTest, LineShowsAPause) {
+TEST_F(LiveConsoleTest, CountdownLineShowsAPause) {
   columns = 60;
   console.showTimeLeft(0, pausedCountdown(5, 5));
   EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
@@ -164,7 +166,7 @@ TEST_F(LiveConsoleTest, ReportsAfterTheCountdownShareALine) {
             std::string::npos);
 }
 
-TEST_F(LiveConsoleTest, OldestReportsAreDropped) {
+TEST_F(LiveConsoleTest, OldestReportsAreDroppedWhenTheLineIsTooLong) {
   console.report(1, "controls restored");
   console.report(2, "dismissed");
   console.report(3, "uncovered");
@@ -177,7 +179,7 @@ TEST_F(LiveConsoleTest, LastColumnStaysFree) {
   EXPECT_EQ(out.str(), "\r   1.000 s  xxxxxxx");
 }
 
-TEST_F(LiveConsoleTest, ClearLineClearsTheLineOnce) {
+TEST_F(LiveConsoleTest, ASecondClearLineDoesNothing) {
   console.report(1, "covered");
   console.clearLine();
   out << "a log line\n";

@@ -1,3 +1,5 @@
+// The loop of `launchscreen show`: it runs the main run loop, reads the Enter key and receives
+// signals.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -118,7 +120,7 @@ TEST_F(HostLoopTest, SignalActionsAreRestored) {
   }
 }
 
-TEST_F(HostLoopTest, AnUnreadSignalTakesEffectAfterTheLoop) {
+TEST_F(HostLoopTest, ASignalThatRunUntilHasNotReturnedTakesEffectAfterTheLoop) {
   struct sigaction previousAction {};
   struct sigaction recordingAction {};
   recordingAction.sa_handler = [](int signal) { recordedSignal = signal; };

@@ -78,7 +78,7 @@ TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
             "   3.000 s  uncovered\n");
 }
 
-TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsReported) {
+TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsUncoveredAtOnce) {
   options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -131,7 +131,7 @@ TEST_F(ShowSessionTest, PausedTimeIsNotCounted) {
                                             "  12.050 s  controls restored\n"));
 }
 
-TEST_F(ShowSessionTest, EventOfTheOptionsIsRecorded) {
+TEST_F(ShowSessionTest, EventNameOfTheOptionsIsRecorded) {
   options.event = "loading_done";
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -178,7 +178,7 @@ TEST_F(ShowSessionTest, SkipAfterDismissesAtItsTime) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.250 s  dismissed\n   0.250 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkipModeEndsWhenTheTimeIsUp) {
+TEST_F(ShowSessionTest, SkipModeEndsWithoutAnEventWhenTheTimeIsUp) {
   options.mode = "skip";
   options.skipAfter = 60;
   start();
@@ -220,7 +220,7 @@ TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
   EXPECT_THAT(out.str(), testing::HasSubstr("   2.500 s  event recorded: launch_end\n"));
 }
 
-// Failures
+// Failures, and runs over windows that behave unusually
 
 class ShowSessionDurationTest : public ShowSessionTest,
                                 public testing::WithParamInterface<std::string> {};
@@ -294,7 +294,7 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
-TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCovered) {
+TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCoveredAfterASecond) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.windowSystem().setIgnoresFocusRequests(true);
   session->start();
@@ -312,7 +312,7 @@ TEST_F(ShowSessionTest, PlayerThatClosesBeforeItIsKeyIsReported) {
   EXPECT_EQ(runToEnd().failure, "the player window was closed");
 }
 
-TEST_F(ShowSessionTest, CoverIsReportedWhenItIsOnTheScreen) {
+TEST_F(ShowSessionTest, CoverIsReportedOnlyWhenItIsOnTheScreen) {
   platform.windowSystem().setHidesScenes(true);
   start();
   run(0.55);
@@ -343,7 +343,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   session->shutDown();
 }
 
-TEST_F(ShowSessionTest, FailedScreenshotIsReportedAfterHalfTheTime) {
+TEST_F(ShowSessionTest, FailedScreenshotEndsTheRunAfterHalfTheTime) {
   options.screenshotPath = "/nonexistent/picture.png";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -352,7 +352,7 @@ TEST_F(ShowSessionTest, FailedScreenshotIsReportedAfterHalfTheTime) {
   EXPECT_DOUBLE_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1);
 }
 
-TEST_F(ShowSessionTest, MissingScreenshotIsReported) {
+TEST_F(ShowSessionTest, SkipBeforeTheScreenshotIsReported) {
   options.mode = "skip";
   options.presentation = "modal";
   options.screenshotPath = "/nonexistent/picture.png";

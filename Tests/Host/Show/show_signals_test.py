@@ -20,7 +20,7 @@ class Signals(unittest.TestCase):
                     self.assertEqual(reports(output)[-1], "uncovered")
                     self.assertNotIn("event recorded", output)
 
-    def test_modal_window_and_sheet_are_dismissed(self):
+    def test_signal_dismisses_a_modal_window_and_a_sheet(self):
         for presentation in ("modal", "sheet"):
             with self.subTest(presentation):
                 with running_show("covered", "--duration", "60", "--present", presentation,
@@ -30,7 +30,7 @@ class Signals(unittest.TestCase):
                 self.assertEqual(status, 128 + signal.SIGTERM)
                 self.assertEqual(reports(output)[-2:], ["dismissed", "uncovered"])
 
-    def test_dismissed_cover_is_removed_at_once(self):
+    def test_signal_removes_a_dismissed_cover_at_once(self):
         with running_show("dismissed", "--duration", "0.1") as process:
             process.send_signal(signal.SIGINT)
             status, output = wait_for_end(process)

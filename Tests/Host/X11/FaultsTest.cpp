@@ -83,7 +83,7 @@ TEST_F(X11ShowFaults, TheRunGoesOnAfterTheWindowManagerCrashes) {
   expectRestored();
 }
 
-TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
+TEST_F(X11ShowFaults, TheControlsThatANewWindowManagerKeepsAreReported) {
   cover(Manager::Metacity, {"--mode", "skip", "--duration", "600"});
   ASSERT_TRUE(show->waitForOutput("controls kept by the window manager: resize")) << show->output();
   manager.end();
@@ -96,7 +96,7 @@ TEST_F(X11ShowFaults, ANewWindowManagerReportsItsOwnKeptControls) {
   expectRestored();
 }
 
-// A window manager that maps no windows. The test maps them instead.
+// The test acts as a window manager that does not map the modal window at first.
 class X11ShowUnmapped : public X11ShowFaults {
  protected:
   void SetUp() override {
@@ -114,7 +114,7 @@ class X11ShowUnmapped : public X11ShowFaults {
   xcb_window_t modal = 0;
 };
 
-TEST_F(X11ShowUnmapped, IsReportedAsCoveredOnlyWhenItIsWhite) {
+TEST_F(X11ShowUnmapped, CoveredIsReportedOnlyWhenTheModalWindowIsWhite) {
   client.map(modal);
   ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
   EXPECT_TRUE(client.screenPicture(modal).isAll(kWhite));
@@ -123,7 +123,7 @@ TEST_F(X11ShowUnmapped, IsReportedAsCoveredOnlyWhenItIsWhite) {
   EXPECT_THAT(show->output(), HasSubstr("uncovered\n"));
 }
 
-TEST_F(X11ShowUnmapped, IsReportedAsNeverOnTheScreen) {
+TEST_F(X11ShowUnmapped, AModalWindowThatWasNeverMappedIsReported) {
   show->sendSignal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM) << show->output();
   EXPECT_THAT(show->output(), Not(HasSubstr("covered")));

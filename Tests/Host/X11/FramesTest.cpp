@@ -1,4 +1,4 @@
-// All frames that the screen shows from before the request until after the end.
+// All frames that the screen shows, from before the launch screen opens until after it closes.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"

@@ -85,11 +85,12 @@ TEST_F(X11Player, AnimatesAroundAModalWindow) {
 }
 
 TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
-  const std::vector<std::string> commandWithoutDisplay{
+  const std::vector<std::string> commandWithoutDisplayOption{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
   // Only a run on a display with a window manager prints kept controls.
-  EXPECT_THAT(runProgram(commandWithoutDisplay, server.display()), HasSubstr("controls kept"));
-  const std::string headlessOutput = runProgram(commandWithoutDisplay, ":9999");
+  EXPECT_THAT(runProgram(commandWithoutDisplayOption, server.display()),
+              HasSubstr("controls kept"));
+  const std::string headlessOutput = runProgram(commandWithoutDisplayOption, ":9999");
   EXPECT_THAT(headlessOutput, HasSubstr("uncovered"));
   EXPECT_THAT(headlessOutput, Not(HasSubstr("controls kept")));
 }

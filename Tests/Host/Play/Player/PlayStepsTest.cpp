@@ -81,7 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
       return testInfo.param.testName;
     });
 
-TEST_P(RefusedDurationTest, HasNoInterval) { EXPECT_EQ(intervalFor(GetParam().value), nullptr); }
+TEST_P(RefusedDurationTest, IsRefusedByTheLibrary) {
+  EXPECT_EQ(intervalFor(GetParam().value), nullptr);
+}
 
 TEST(PlayStepsTest, ArrayAsModeIsIgnoredAndNumberAsEventIsRefused) {
   const Lines trace =

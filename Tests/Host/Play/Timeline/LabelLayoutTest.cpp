@@ -1,3 +1,5 @@
+// The positions of the timeline's marks and of the labels beside the marks. `place` takes the
+// centre of a mark and the width of its label.
 #include <gtest/gtest.h>
 
 #include "Host/Play/Timeline/LabelLayout.h"
@@ -16,7 +18,7 @@ class LabelLayoutTest : public testing::Test {
   LabelLayout layout_{kRightEdge, kRadius, kGap};
 };
 
-TEST_F(LabelLayoutTest, HasNoRowsBeforeThereIsAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }
+TEST_F(LabelLayoutTest, HasNoRowsWithoutAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }
 
 TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
   EXPECT_EQ(layout_.place(0, 20).row, 0U);   // ends at 22
@@ -30,13 +32,13 @@ TEST_F(LabelLayoutTest, KeepsTheGapBetweenNeighbours) {
   EXPECT_EQ(layout_.rowCount(), 2U);
 }
 
-TEST_F(LabelLayoutTest, PutsMarksOfOneMomentInDifferentRows) {
+TEST_F(LabelLayoutTest, PutsMarksAtOnePositionInDifferentRows) {
   for (std::size_t row = 0; row < 4; ++row) {
     EXPECT_EQ(layout_.place(50, 10).row, row);
   }
 }
 
-TEST_F(LabelLayoutTest, UsesTheFirstRowWithRoom) {
+TEST_F(LabelLayoutTest, UsesTheTopmostRowWithRoom) {
   layout_.place(0, 60);
   layout_.place(10, 10);
   EXPECT_EQ(layout_.place(70, 10).row, 0U);

@@ -17,7 +17,7 @@ TEST(TextWidthTest, GrowsWithTheFont) {
   EXPECT_DOUBLE_EQ(textWidth("present", 2 * kSize), 2 * textWidth("present", kSize));
 }
 
-TEST(TextWidthTest, CountsANonAsciiCharacterOnceAsWide) {
+TEST(TextWidthTest, CountsEachNonAsciiCharacterAsOneWideCharacter) {
   EXPECT_DOUBLE_EQ(textWidth("\u00e9", kSize), 15);
   EXPECT_DOUBLE_EQ(textWidth("\U0001F3AE", kSize), 15);
 }

@@ -1,4 +1,4 @@
-// Tests what the timeline collects from a play.
+// Tests what the timeline collects while a scenario is played.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -134,7 +134,7 @@ TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
   EXPECT_THAT(spansInMilliseconds(timeline_.keyWindows()[1].spans), ElementsAre(Span(1000, 2000)));
 }
 
-TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
+TEST_F(TimelineTest, TimeLeftDoesNotChangeDuringAPause) {
   playInto(timeline_,
            std::string(kRunOfHalfASecond) +
                R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
@@ -152,12 +152,12 @@ TEST_F(TimelineTest, TimeLeftIsFlatDuringAPause) {
   EXPECT_NEAR(countdown[2].timeLeftAtEnd, 0.1, 1e-9);
 }
 
-TEST_F(TimelineTest, StepBetweenTicksDoesNotBendTheLine) {
+TEST_F(TimelineTest, StepBetweenTicksDoesNotSplitTheCountdown) {
   playInto(timeline_, std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
-TEST_F(TimelineTest, LongCountdownTakesNoExtraSpace) {
+TEST_F(TimelineTest, LongCountdownHasFewSpansAndMarks) {
   playInto(timeline_,
            R"({"do":"request","parameters":{"event":"end","max_duration_time":3600}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
@@ -166,7 +166,7 @@ TEST_F(TimelineTest, LongCountdownTakesNoExtraSpace) {
   EXPECT_LE(timeline_.marks().size(), 12U);
 }
 
-TEST_F(TimelineTest, LeavesOutAnInfiniteTime) {
+TEST_F(TimelineTest, HasNoCountdownIfTheTimeIsInfinite) {
   playInto(timeline_,
            R"({"do":"request","parameters":{"event":"end","max_duration_time":"inf"}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",

@@ -1,4 +1,5 @@
-// Tests the lines of a trace and the inspections.
+// Tests the lines of a trace. A line with an inspection describes the state of the library and of
+// the platform.
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -150,7 +151,7 @@ TEST(PlayTraceTest, OnlyAConformingDelegateReceivesTheState) {
   EXPECT_THAT(stateLines("null"), testing::IsEmpty());
 }
 
-TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskHasALine) {
+TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskAddsALine) {
   const Lines trace = play(kCoverSteps, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
   constexpr auto kAssignmentLine = R"("styleMask":1,"window":"player"})";
   EXPECT_THAT(linesOfKind(trace, "styleMask"),
