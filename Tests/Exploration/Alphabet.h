@@ -20,7 +20,7 @@ struct Action {
   std::string_view steps;
 };
 
-/// A host with its windows.
+/// The host of a play, with its windows.
 struct Setting {
   std::string_view name;
   /// The value of "host" in a scenario.

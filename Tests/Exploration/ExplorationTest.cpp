@@ -55,7 +55,7 @@ Exploration exploreFor(CheckTime checkTime, std::string (*findFault)(const Obser
   return explore(bareSetting(), falseStatement, depth);
 }
 
-TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
+TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) {
   const Exploration exploration = exploreFor(
       CheckTime::State,
       [](const ObservedPlay& play) -> std::string {
@@ -67,7 +67,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfStates) {
   EXPECT_EQ(exploration.finding->script, scriptOf({"request", "present embedded"}));
 }
 
-TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
+TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATraceLine) {
   const Exploration exploration = exploreFor(
       CheckTime::Moment,
       [](const ObservedPlay& play) -> std::string {
@@ -81,7 +81,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfMoments) {
             scriptOf({"request", "content view", "present embedded", "tick"}));
 }
 
-TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantOfTheEnd) {
+TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterTheEnd) {
   const Exploration exploration = exploreFor(
       CheckTime::End,
       [](const ObservedPlay& play) -> std::string {

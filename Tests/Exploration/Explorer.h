@@ -21,7 +21,7 @@ struct Finding {
 
 /// The result of an exploration.
 struct Exploration {
-  /// The number of different states, including the first one.
+  /// The number of different states, including the state before the first action.
   std::size_t stateCount = 0;
   /// The number of scripts that were played.
   std::size_t scriptCount = 0;
@@ -33,7 +33,8 @@ struct Exploration {
 };
 
 /// Plays every script of up to `depth` actions, shorter scripts first. Each play begins with a new
-/// host. If several scripts lead to the same state, extends only the first of these scripts.
+/// host. If several scripts lead to the same state, only the first of these scripts is extended by
+/// further actions.
 [[nodiscard]] Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                                   std::size_t depth);
 

@@ -34,14 +34,14 @@ std::string checkRecordedOnce(const ObservedPlay& play) {
 std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   const bool isRecorded =
       eventAs<trace::RecordedEvent>(play) != nullptr && !play.history().hasRequestOutsideSkipMode;
-  return isRecorded ? "it is recorded" : "";
+  return isRecorded ? "an event is recorded" : "";
 }
 
 // Does not check when the event is recorded. The library records the event half a second after it
 // is sent, even if a required window goes away in between.
 std::string checkNotSentWhileAway(const ObservedPlay& play) {
   const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
-  return isSentNow && play.history().isWindowAway ? "it is sent" : "";
+  return isSentNow && play.history().isWindowAway ? "an event is sent" : "";
 }
 
 std::string checkTimeOfRecording(const ObservedPlay& play) {
@@ -49,7 +49,9 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
     return "";
   }
   const auto sendTime = play.history().sendTime;
-  return sendTime && ObservedPlay::time() == *sendTime + kDelayOfRecording ? "" : "it is recorded";
+  return sendTime && ObservedPlay::time() == *sendTime + kDelayOfRecording
+             ? ""
+             : "it is recorded at another time";
 }
 
 // Dismissal
@@ -61,7 +63,7 @@ std::string checkNotDismissedEarly(const ObservedPlay& play) {
                             eventAs<trace::PresentationWindowChange>(play) != nullptr ||
                             eventAs<trace::KeyWindowChange>(play) != nullptr;
   if (history.mustRefuse && isDismissing) {
-    return "it goes through with " + number(history.timeLeft) + " s left";
+    return "it is not refused with " + number(history.timeLeft) + " s left";
   }
   const bool isEarly = history.timeLeft > expirationTimeStep && !play.currentSample().skipMode;
   if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.lifeCycleCallCount > 0) {
@@ -90,7 +92,7 @@ std::string checkTimeLeft(const ObservedPlay& play) {
     }
     return isOneStepLess || isStoppedBeforeTick || isZero
                ? ""
-               : "a tick makes " + number(currentTimeLeft) + " s of " + number(previousTimeLeft) +
+               : "a tick changes " + number(previousTimeLeft) + " s to " + number(currentTimeLeft) +
                      " s";
   }
   if (currentTimeLeft == previousTimeLeft || (mayBeStopped && currentTimeLeft == 0.0) ||
@@ -192,7 +194,7 @@ constexpr Invariant kInvariants[] = {
     {"no event is sent while a required window is away", CheckTime::Moment, &checkNotSentWhileAway},
     {"the event is recorded half a second after it is sent", CheckTime::Moment,
      &checkTimeOfRecording},
-    {"outside skip mode a guarded dismissal does not go through with more than a step left",
+    {"outside skip mode a dismissal is refused by the manager while more than one tick is left",
      CheckTime::Moment, &checkNotDismissedEarly},
     {"each tick of a valid timer reduces the time left by one step", CheckTime::Moment,
      &checkTimeLeft},

@@ -115,7 +115,7 @@ NSWindowStyleMask ObservedPlay::originalStyle(const NSWindow& window) const {
   return hostScript().windows[index].styleMask;
 }
 
-// Watching
+// What happens during the play
 
 void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
   checkMoment(&line.event);
@@ -215,8 +215,8 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
          });
 }
 
-// Computes `isWindowAway` from the key change. The manager receives its notification later, so the
-// manager's state is still the previous state.
+// Computes `isWindowAway` from the key change. The manager has not been notified of the key change
+// yet, so its state is still the state before the key change.
 void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);

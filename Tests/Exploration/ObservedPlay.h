@@ -1,3 +1,6 @@
+// A play runs one script in virtual time and checks invariants. A script is a sequence of actions.
+// A trace line reports one thing that happens during the play, such as a tick or a call of the
+// host.
 #pragma once
 
 #include <bitset>
@@ -19,7 +22,7 @@ class ObservedPlay;
 /// A statement that always holds.
 struct Invariant {
   /// When the play checks the invariant. Moment: at every trace line, and whenever no work is due.
-  /// State: after each action. End: after the end of the play, when no work is left.
+  /// State: after each action. End: when the play has deactivated the manager and no work is left.
   enum class CheckTime : std::uint8_t { Moment, State, End };
 
   std::string_view name;
@@ -28,14 +31,14 @@ struct Invariant {
   std::string (*findFault)(const ObservedPlay& play) = nullptr;
 };
 
-/// The manager's state at a moment.
+/// The state of the manager and of the default configuration at a moment.
 struct Sample {
   double timeLeft = 0;
-  double interval = 0;      // the configuration's value
+  double interval = 0;      // `expirationTimeInterval`
   bool isCounting = false;  // the manager has a valid timer
   bool isUnfocused = false;
-  bool isSent = false;  // `eventWasSended`
-  bool isExpired = false;
+  bool isSent = false;     // `eventWasSended`
+  bool isExpired = false;  // `launchScreenExpired`
   bool skipMode = false;
 };
 
@@ -48,7 +51,7 @@ struct History {
   /// if the user sees the cover while the window is key.
   bool isWindowAway = false;
   int eventCount = 0;
-  /// When `eventWasSended` became true.
+  /// The time at which `eventWasSended` became true.
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
@@ -60,11 +63,13 @@ struct History {
   /// The values of `Sample::timeLeft` and `Sample::isCounting` at the beginning of this time.
   double timeLeft = 0;
   bool wasCounting = false;
+  /// The name of the step that has started during this time. Empty if no step has started.
   std::string_view step;
   /// The step is a dismissal that the manager must refuse.
   bool mustRefuse = false;
-  /// The library has called these operations of the host's view delegate.
+  /// The library has called `canContentViewDisappear` of the host's view delegate.
   bool hasCalledCanDisappear = false;
+  /// The library has called `contentViewDidDisappear` of the host's view delegate.
   bool hasCalledDidDisappear = false;
   int lifeCycleCallCount = 0;
 };
@@ -89,7 +94,8 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& previousSample() const { return previousSample_; }
   [[nodiscard]] const Sample& currentSample() const { return currentSample_; }
-  /// The event of the current trace line. Null at a moment when no work is due.
+  /// The event of the trace line at which the invariants are being checked. Null if they are being
+  /// checked because no work is due.
   [[nodiscard]] const host::TraceEvent* event() const { return event_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
@@ -100,8 +106,8 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
   /// The main content's controllers that are alive, oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
-  /// The controller at the time when `end` deactivated the manager. Null if the controller is
-  /// destroyed.
+  /// The main content's controller just before `end` deactivated the manager. Null if the
+  /// controller has been destroyed.
   [[nodiscard]] Strong<LaunchScreenViewController> lastController() const {
     return lastController_.lock();
   }

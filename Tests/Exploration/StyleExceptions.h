@@ -21,9 +21,9 @@ struct StyleException {
 
 /// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Returns true if no embedded cover is tracked and no controller keeps a window. In addition, no
-/// controller may keep a saved style that differs from the player window's original style. Earlier
-/// covers then have no further effect on styles.
+/// Returns true if no earlier cover can still change the style of a window. Then the library tracks
+/// no embedded cover (EmbeddedCover.h), no controller refers to a window, and every saved style is
+/// the original style of the player window.
 [[nodiscard]] bool isStyleForgotten(const ObservedPlay& play);
 
 }  // namespace vel::exploration
