@@ -43,7 +43,7 @@ class Reference(unittest.TestCase):
 
     def test_doxygen_warns_about_a_faulty_comment(self):
         faulty_header = self.folder / "faulty.h"
-        faulty_header.write_text("/// \\param nothing that there is\nvoid operation(int there);\n")
+        faulty_header.write_text("/// \\param missing Not a parameter.\nvoid operation(int value);\n")
         result = doxygen(self.folder, f"INPUT += {faulty_header}")
         self.assertIn("warning", result.stderr)
 

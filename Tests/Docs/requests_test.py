@@ -9,8 +9,9 @@ import unittest
 from docs import PROGRAM, ROOT
 
 PAGE = (ROOT / "docs/requests.md").read_text(encoding="utf-8")
-PRESENTED_MODAL, PRESENTED_SHEET = 2, 1
-FAILED = 4
+MODAL_WINDOW_MODE, SHEET_MODE = 2, 1
+STATE_FAILED = 4
+# Values in an expected outcome: no event is recorded, and the launch screen stays.
 NO_EVENT = None
 STAYS = None
 
@@ -23,7 +24,7 @@ def rows(heading):
 
 
 class Play:
-    """Plays a request, its presentation and more steps, and stores the trace."""
+    """Plays a request, its presentation and more steps. Stores the lines of the trace."""
 
     def __init__(self, parameters, steps=(), mode=0, windows=(), until=30, **host):
         script = {
@@ -43,8 +44,8 @@ class Play:
         self.lines = [json.loads(line) for line in process.stdout.splitlines()]
 
     def first_line(self, name, value=None):
-        """Returns the first line that has the member, or None. If `value` is not None, the member
-        must have this value."""
+        """Returns the first line that has the member `name`, or None. If `value` is not None, the
+        member must have this value."""
         lines = (line for line in self.lines if name in line and value in (None, line[name]))
         return next(lines, None)
 
@@ -60,6 +61,7 @@ class Play:
 
     @property
     def refusal(self):
+        """Returns the reason in the log line that refuses the request, or None."""
         for line in self.lines:
             if "]): " in line.get("log", ""):
                 return line["log"].split("]): ")[1]
@@ -85,9 +87,9 @@ OTHER_WINDOW = {"name": "other", "className": "OtherWindow"}
 CHILD_WINDOW = {"name": "child", "parent": "player"}
 WITH_CONTROLLER = {"contentViewController": "PlayerViewController"}
 CONSENT_WINDOW = {"name": "consent", "contentViewController": "GDPRViewController"}
-MODAL_HOST = {"mode": PRESENTED_MODAL, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
+MODAL_HOST = {"mode": MODAL_WINDOW_MODE, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
 
-# For each row: the steps, the host, and the times of dismissal and event.
+# For each row of the table: the steps, the host, and the times of the dismissal and of the event.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
     "the covered window resigns key": ([step(1, "resignKey")], {}, (STAYS, NO_EVENT)),
@@ -115,7 +117,7 @@ WINDOW_ROWS = {
         [make_key(1, "other")], MODAL_HOST, (STAYS, NO_EVENT)),
     "sheet: the player window becomes key": (
         [make_key(1, "player"), make_key(2, "sheet-1")],
-        {"mode": PRESENTED_SHEET, "player": WITH_CONTROLLER}, (6.1, 6.6)),
+        {"mode": SHEET_MODE, "player": WITH_CONTROLLER}, (6.1, 6.6)),
     "a consent dialog resigns key": (
         [step(1, "openWindow", **CONSENT_WINDOW), make_key(1, "consent"), make_key(2, "other")],
         {"windows": [OTHER_WINDOW]}, (6.1, 6.6)),
@@ -192,7 +194,7 @@ class Requests(unittest.TestCase):
                     refusal = re.match("Refused: `(.*)`", effect)
                     self.assertEqual(play.refusal, refusal and refusal[1])
                     expected_failure = re.search("the content fails with", effect)
-                    has_failed = play.lines[-1]["inspect"]["content"]["state"] == FAILED
+                    has_failed = play.lines[-1]["inspect"]["content"]["state"] == STATE_FAILED
                     self.assertEqual(has_failed, expected_failure is not None)
                     if not refusal and not expected_failure:
                         self.assert_times(play.outcome, (2, 2.5))

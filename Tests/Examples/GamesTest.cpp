@@ -33,7 +33,7 @@ auto hasControls() {
                Contains("_NET_WM_ACTION_RESIZE"));
 }
 
-// metacity keeps the resize control.
+// The title bar has no buttons. The window manager metacity nevertheless allows resizing.
 auto hasNoButtons() {
   return AllOf(Not(Contains("_NET_WM_ACTION_CLOSE")), Not(Contains("_NET_WM_ACTION_MINIMIZE")));
 }

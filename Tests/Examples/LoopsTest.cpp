@@ -31,7 +31,7 @@ TEST(PythonHost, PrintsEachCallbackWithoutADisplay) {
                                         "record_event launch_end", "ended 1"));
 }
 
-TEST(PythonHost, ExitsIfItsRequestIsRefused) {
+TEST(PythonHost, ExitsWithStatus1IfItsRequestIsRefused) {
   HostProcess host(pythonHostCommand({"--seconds", "0"}));
   EXPECT_EQ(host.wait(), 1);
 }

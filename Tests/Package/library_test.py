@@ -12,7 +12,7 @@ LIBRARY = PREFIX / LIB / "libVelLaunchScreen.so"
 HEADERS = PREFIX / "include"
 EXPORTS = Path(__file__).resolve().parent / "exports.txt"
 
-# Demangled symbols of a class begin with these words.
+# The demangled names of a class's tables and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
 # A class, function or variable in namespace vel. Members count as their class.
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
