@@ -17,9 +17,9 @@
 
 namespace vel::test {
 
+using Lines = std::vector<std::string>;
 /// A list of events, oldest first. All objects that write into a journal share ownership of the
 /// journal.
-using Lines = std::vector<std::string>;
 using Journal = std::shared_ptr<Lines>;
 
 /// The operations of LaunchScreenViewControllerDelegate, in the order of their declaration.
@@ -115,10 +115,11 @@ class PlatformJournal final : public PlatformObserver {
   PlatformObserver* previousObserver_ = setPlatformObserver(this);
 };
 
-/// True if the library tracks this controller's view, in this superview, as the embedded cover.
+/// True if this controller's view, in this superview, is the tracked cover: the embedded cover that
+/// the library keeps alive (EmbeddedCover.h).
 bool isTrackedCover(const Strong<NSView>& superView,
                     const Strong<LaunchScreenViewController>& controller);
-/// True if the library tracks an embedded cover.
+/// True if there is a tracked cover.
 bool hasTrackedCover();
 
 /// A fixture with a controller to present and a journal. The expiration time in the default

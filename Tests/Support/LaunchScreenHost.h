@@ -18,6 +18,8 @@
 
 namespace vel::test {
 
+/// The modes that a host passes to present a launch screen. They differ from the library's
+/// LaunchScreenPresentationMode.
 inline constexpr std::int32_t kHostModeEmbedded = 0;
 inline constexpr std::int32_t kHostModeSheet = 1;
 inline constexpr std::int32_t kHostModeModalWindow = 2;
@@ -90,13 +92,14 @@ class LaunchScreenTest : public VirtualPlatformTest {
   void load(double duration, std::string_view mode = "");
   /// Loads content as `load` does, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
-  /// Presents the main content. `hostMode` is one of the `kHostMode` constants.
+  /// Presents the main content, which is the manager's `content`. `hostMode` is one of the
+  /// `kHostMode` constants.
   void present(const Strong<NSWindow>& window, std::int32_t hostMode);
   /// The main content's controller.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
 
-  /// Adds a delegate to the controller, after the manager. The delegate writes into the journal as
-  /// "host".
+  /// Adds a delegate to the controller. The controller calls the delegates of the library first.
+  /// The new delegate writes into the journal as "host".
   Strong<CoverDelegate> addHostDelegate();
 
   /// The timer of the countdown, and the time left in seconds.

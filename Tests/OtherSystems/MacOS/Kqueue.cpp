@@ -30,7 +30,7 @@ int remove(int kqueue, int descriptor) {
   return epoll_ctl(kqueue, EPOLL_CTL_DEL, descriptor, &unused);
 }
 
-/// The timers of all kqueues: a timerfd for each. A kqueue has at most one timer here.
+/// The timers of all kqueues. A kqueue has at most one timer, which is a timerfd.
 class Timers {
  public:
   int set(int kqueue, const struct kevent& change) {
@@ -72,7 +72,7 @@ Timers timers;
 
 int kqueue() {
   const int descriptor = epoll_create1(0);
-  timers.erase(descriptor);  // the timer of a closed kqueue that had this descriptor
+  timers.erase(descriptor);  // a closed kqueue may have had the same descriptor, and a timer
   return descriptor;
 }
 
