@@ -102,19 +102,19 @@ class BadHost {
   }
 
   /// Performs the action of the habit on SIGUSR1.
-  void toggle() {
-    hasToggled_ = !hasToggled_;
+  void performHabit() {
+    isChanged_ = !isChanged_;
     if (habit_ == "resize") {
-      const std::array<std::uint32_t, 2> size{width_ + (hasToggled_ ? 160U : 0U),
-                                              height_ + (hasToggled_ ? 120U : 0U)};
+      const std::array<std::uint32_t, 2> size{width_ + (isChanged_ ? 160U : 0U),
+                                              height_ + (isChanged_ ? 120U : 0U)};
       xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                            size.data());
     } else if (habit_ == "maximise") {
-      changeState(hasToggled_ ? kAdd : kRemove, kMaximizedVert, kMaximizedHorz);
+      changeState(isChanged_ ? kAdd : kRemove, kMaximizedVert, kMaximizedHorz);
     } else if (habit_ == "toggle") {
       changeState(kToggle, kMaximizedVert, kMaximizedHorz);
     } else if (habit_ == "fullscreen") {
-      changeState(hasToggled_ ? kAdd : kRemove, "_NET_WM_STATE_FULLSCREEN", "");
+      changeState(isChanged_ ? kAdd : kRemove, "_NET_WM_STATE_FULLSCREEN", "");
     } else if (habit_ == "remap") {
       remap();
     } else if (habit_ == "recreate") {
@@ -308,7 +308,7 @@ class BadHost {
   std::vector<xcb_window_t> children_;
   std::map<std::string, xcb_atom_t> atoms_;
   unsigned frame_ = 0;
-  bool hasToggled_ = false;
+  bool isChanged_ = false;
 };
 
 }  // namespace
@@ -342,7 +342,7 @@ int main(int argc, char** argv) {
     if (poll(&input, 1, frameTime) > 0) {
       signalfd_siginfo information{};
       if (read(signalDescriptor, &information, sizeof information) == sizeof information) {
-        host.toggle();
+        host.performHabit();
       }
     }
   }

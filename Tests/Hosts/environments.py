@@ -28,6 +28,9 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 class Environment:
     """A window manager and possibly a compositor.
 
+    `commands` start the window manager and the compositor. `files` maps the names of their settings files
+    in the home folder to the contents. `bus` is true if they need a session bus of D-Bus.
+
     `buttons` maps the name of each button of the frame to an offset: the position of the button's
     centre relative to the top right corner of the area inside the frame. The map is empty if the window
     manager draws no buttons. `can_resize` is true if the user can resize a window by the bottom right

@@ -15,15 +15,17 @@ class Host:
 
     `command` contains the placeholders `bin`, the folder of the built programs, and `home`, the home
     folder of the trial. `window` is a part of the window's class or title. `build_commands` build the
-    program.
+    program. `needs` contains the names of other programs that must be installed. `variables` contains
+    environment variables for the program.
 
     `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
-    on a second SIGUSR1. The change happens while the window is covered, or before if
-    `changes_before_cover` is true. `recreates_window` is true if the change destroys the window and opens another
-    window. `maps_again` is true if the change unmaps the window and maps it again. `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down
-    and Page Up while the window is covered.
+    on a second SIGUSR1. The change happens while the window is covered, or, if `changes_before_cover`
+    is true, before the window is covered. `recreates_window` is true if the change destroys the window
+    and opens another window. `maps_again` is true if the change unmaps the window and maps it again.
+    `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down and
+    Page Up while the window is covered.
 
-    `prepare` returns environment variables for the program. Hosts with `prepare` run one at a time.
+    `prepare` returns further environment variables. Hosts with `prepare` run one at a time.
 
     `buttons` is None if the program draws no window buttons itself. Otherwise it maps the name of each
     such button to an offset: the position of the button's centre relative to the top right corner of
@@ -92,7 +94,7 @@ def _prepare_wine(programs):
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 
-_CSD = {"close": (-24, 23)}
+_CLIENT_SIDE_BUTTONS = {"close": (-24, 23)}
 
 HOSTS = [
     Host(
@@ -108,7 +110,7 @@ HOSTS = [
         ["{bin}/hosts-gtk3"],
         "hosts-gtk3",
         build_commands=[_compile_command("gtk3", "gtk+-3.0", "gtk3.c", "cc")],
-    ).with_settings(buttons=_CSD),
+    ).with_settings(buttons=_CLIENT_SIDE_BUTTONS),
     Host(
         "gtk4",
         "GTK 4",
@@ -116,7 +118,7 @@ HOSTS = [
         "hosts-gtk4",
         build_commands=[_compile_command("gtk4", "gtk4", "gtk4.c", "cc")],
         variables={"GSK_RENDERER": "cairo"},
-    ).with_settings(buttons=_CSD),
+    ).with_settings(buttons=_CLIENT_SIDE_BUTTONS),
     Host(
         "qt5",
         "Qt 5",

@@ -71,7 +71,7 @@ class Sampler {
   void sample() {
     xcb_grab_server(connection_);
     bool isAreaCurrent = sampleAt(area_);
-    // The window has moved since the last frame: read the points of its current position.
+    // If the window has moved since the last frame, reads the points of its current position.
     for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
       isAreaCurrent = sampleAt(area_);
     }

@@ -108,7 +108,7 @@ class Frame:
         self.time = int(fields[0])
         self.state = fields[1]
         self.non_white_points = int(fields[2], 16)
-        self.backdrop = int(fields[3], 16)
+        self.backdrop_points = int(fields[3], 16)
         self.color = fields[4]
         self.rect = tuple(int(field) for field in fields[5:9])
         self.is_white = self.state == "V" and self.non_white_points == 0
@@ -193,29 +193,29 @@ class Trial:
 
     def wait_until_settled(self, pause=0.3):
         """Waits until the window has not moved or resized for `pause` seconds. Returns its position and size."""
-        last = [None, 0.0]
+        last_change = [None, 0.0]  # the rectangle, and the time at which it was first read
 
         def is_settled():
             rect = self.client.rect(self.window)
-            if rect != last[0]:
-                last[:] = [rect, time.monotonic()]
-            return time.monotonic() - last[1] > pause
+            if rect != last_change[0]:
+                last_change[:] = [rect, time.monotonic()]
+            return time.monotonic() - last_change[1] > pause
 
         wait_until(is_settled, 10)
-        return last[0]
+        return last_change[0]
 
     def wait_for_stable_hints(self):
         """Waits until the host no longer changes the hints. Returns the hints."""
-        last = [None, 0.0]
+        last_change = [None, 0.0]  # the hints, and the time at which they were first read
 
         def is_settled():
             hints = self.hints()
-            if hints != last[0]:
-                last[:] = [hints, time.monotonic()]
-            return time.monotonic() - last[1] > 0.4
+            if hints != last_change[0]:
+                last_change[:] = [hints, time.monotonic()]
+            return time.monotonic() - last_change[1] > 0.4
 
         wait_until(is_settled, 10)
-        return last[0]
+        return last_change[0]
 
     # The user's actions
 
@@ -359,13 +359,13 @@ class Trial:
         buttons_before = self.use_controls(2.0)
         self.result["buttons"] = buttons_before
         self.wait_until_settled()
-        reference = None
+        changed_rect = None  # position and size after the host's change, without a cover
         if host.changes_window and not host.recreates_window and not host.maps_again:
-            reference = self.change_without_cover()
+            changed_rect = self.change_without_cover()
         original = self.rect()
         if host.changes_before_cover:
             self.change()
-            wait_until(lambda: self.rect() == reference, 5)
+            wait_until(lambda: self.rect() == changed_rect, 5)
             self.wait_until_settled()
         if not self.environment.has_manager:
             client.focus(self.window)
@@ -400,13 +400,13 @@ class Trial:
         )
         output = Lines(show.stdout)
         try:
-            self.cover(show, output, before, reference)
+            self.cover(show, output, before, changed_rect)
         finally:
             end(show)
             output.join()
             self.result["output"] = output.text()
         buttons_after = None
-        if reference is not None:
+        if changed_rect is not None:
             self.change()
             if not wait_until(lambda: self.rect() == original, 5):
                 self.add_fault("the host cannot undo its change: its window has %s" % (self.rect(),))
@@ -426,7 +426,7 @@ class Trial:
             self.result["closes"] = closes
         self.result["buttons after"] = buttons_after
 
-    def cover(self, show, output, before, reference):
+    def cover(self, show, output, before, changed_rect):
         host, client = self.host, self.client
         covered = wait_until(
             lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
@@ -445,7 +445,7 @@ class Trial:
             for step in range(16):
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
-        final = before["rect"]
+        expected_rect = before["rect"]  # after the cover
         end_time = change_time = None
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
@@ -455,11 +455,11 @@ class Trial:
                 wait_until(lambda: not client.is_viewable(self.window), 2)
                 wait_until(lambda: client.is_viewable(self.window))
                 client.focus(self.window)
-            if reference is not None:
-                final = reference
-                if not wait_until(lambda: self.rect() == reference, 3):
+            if changed_rect is not None:
+                expected_rect = changed_rect
+                if not wait_until(lambda: self.rect() == changed_rect, 3):
                     self.add_fault(
-                        "while covered the host gets %s, not %s" % (self.rect(), reference)
+                        "while covered the host gets %s, not %s" % (self.rect(), changed_rect)
                     )
                 self.result["changed after ms"] = (time.monotonic_ns() - change_time) // 1_000_000
             time.sleep(0.5)
@@ -498,7 +498,7 @@ class Trial:
         self.stop_sampling()
         self.check_frames(end_time)
         if not host.recreates_window:
-            self.check_window(before, final)
+            self.check_window(before, expected_rect)
 
     def is_covering(self, output):
         return output.time_of("dismissed") is None
@@ -522,9 +522,9 @@ class Trial:
         ]
         non_white_frames = [frame for frame in viewable_frames if not frame.is_white]
         if self.environment.has_compositor:
-            pending = self.frames_before_drawing(viewable_frames)
-            self.result["not drawn yet"] = len(pending)
-            non_white_frames = [frame for frame in non_white_frames if frame not in pending]
+            undrawn = self.undrawn_frames(viewable_frames)
+            self.result["not drawn yet"] = len(undrawn)
+            non_white_frames = [frame for frame in non_white_frames if frame not in undrawn]
         self.result["frames"] = len(viewable_frames)
         self.result["not white"] = sum(not frame.is_white for frame in viewable_frames)
         if viewable_frames:
@@ -550,29 +550,29 @@ class Trial:
             and not (
                 self.environment.has_compositor
                 and frame.non_white_points
-                and frame.non_white_points == frame.backdrop
+                and frame.non_white_points == frame.backdrop_points
             )
         ]
         if any(not previous and current for previous, current in zip(later_whiteness, later_whiteness[1:])):
             self.add_fault("the window is white again after the end")
 
-    def frames_before_drawing(self, frames):
+    def undrawn_frames(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window after the window was
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
-        pending, change_time = [], frames[0].time if frames else 0
+        undrawn, change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
                 change_time = frame.time
             if (
                 frame.non_white_points
-                and frame.non_white_points == frame.backdrop
+                and frame.non_white_points == frame.backdrop_points
                 and frame.time - change_time < 300_000_000
                 and change_time != frames[0].time
             ):
-                pending.append(frame)
-        return pending
+                undrawn.append(frame)
+        return undrawn
 
-    def check_window(self, before, final):
+    def check_window(self, before, expected_rect):
         def changed_hints():
             now = self.hints()
             return [name for name in HINTS if now[name] != before["hints"][name]]
@@ -581,17 +581,17 @@ class Trial:
         changed = [
             name
             for name in changed_hints()
-            if name != "_NET_WM_STATE" or final == before["rect"]
+            if name != "_NET_WM_STATE" or expected_rect == before["rect"]
         ]
         if changed:
             self.add_fault("hints differ: " + ", ".join(changed))
             now = self.hints()
             self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
-        if not wait_until(lambda: self.rect() == final, 3):
-            self.add_fault("position and size %s, not %s" % (self.rect(), final))
+        if not wait_until(lambda: self.rect() == expected_rect, 3):
+            self.add_fault("position and size %s, not %s" % (self.rect(), expected_rect))
         # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself. Only a list with the action close comes
         # from the window manager.
-        if final == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
+        if expected_rect == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
             self.check_actions(before["actions"])
         children = self.client.child_count(self.window)
         if children != before["children"]:

@@ -158,17 +158,17 @@ class Client:
         xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
         self._display.sync()
 
-    def move_button(self, is_down, number=1):
-        event_type = X.ButtonPress if is_down else X.ButtonRelease
+    def set_button(self, is_pressed, number=1):
+        event_type = X.ButtonPress if is_pressed else X.ButtonRelease
         xtest.fake_input(self._display, event_type, detail=number)
         self._display.sync()
 
     def click(self, x, y):
         self.move_pointer(x, y)
         time.sleep(0.05)
-        self.move_button(True)
+        self.set_button(True)
         time.sleep(0.03)
-        self.move_button(False)
+        self.set_button(False)
 
     def press_key(self, name):
         """Presses and releases a key for the window with the focus."""
@@ -181,14 +181,14 @@ class Client:
         """Drags with the first button in small steps."""
         self.move_pointer(*start)
         time.sleep(0.05)
-        self.move_button(True)
+        self.set_button(True)
         time.sleep(0.05)
         for step in range(1, 9):
             self.move_pointer(
                 start[0] + (end[0] - start[0]) * step // 8, start[1] + (end[1] - start[1]) * step // 8
             )
             time.sleep(0.02)
-        self.move_button(False)
+        self.set_button(False)
 
 
 __all__ = ["Client", "ICONIC", "X"]
