@@ -18,7 +18,7 @@ PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
 # The folders that a program needs if it chooses its window system.
 BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
-EVERYTHING = [""]
+EVERYTHING = [""]  # the root folder, which contains every folder
 MAY_INCLUDE = {
     "Platform/Foundation": [],
     "Platform/WindowSystem": BASE,

@@ -45,7 +45,7 @@ def compile_text(compiler, language, text, *flags):
 
 
 def language_of(compiler):
-    """Returns Objective-C++, which includes C++, if the compiler knows it."""
+    """Returns Objective-C++, which includes C++, if the compiler knows it, otherwise C++."""
     return "c++" if compile_text(compiler, "objective-c++", "@class Window;\n") else "objective-c++"
 
 
@@ -67,7 +67,7 @@ class SystemHeadersTest(unittest.TestCase):
             with self.subTest(compiler=compiler, language=language, first=text.split("\n")[0]):
                 self.assertEqual(compile_text(compiler, language, text + USE, *flags), "")
 
-    def test_the_macros_of_macos_do_not_disturb_the_headers(self):
+    def test_the_macros_of_macos_do_not_disturb_the_librarys_headers(self):
         for compiler in COMPILERS:
             self.check_both_orders(compiler, language_of(compiler), MACROS, *STRICT)
 
@@ -75,7 +75,7 @@ class SystemHeadersTest(unittest.TestCase):
         Path("/usr/include/GNUstep/AppKit/AppKit.h").exists() and shutil.which("gnustep-config"),
         "the free AppKit is not installed",
     )
-    def test_the_headers_of_appkit_do_not_disturb_the_headers(self):
+    def test_the_headers_of_appkit_do_not_disturb_the_librarys_headers(self):
         for compiler in COMPILERS:
             if language_of(compiler) == "objective-c++":
                 self.check_both_orders(compiler, "objective-c++", APPKIT, *appkit_flags())

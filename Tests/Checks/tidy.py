@@ -5,8 +5,8 @@ usage: tidy.py ROOT BUILD_DIR CLANG_TIDY
 
 BUILD_DIR/compile_commands.json says how each source is compiled. A source that has passed is checked
 again only after a change to the source, to one of the project's headers that it includes, to its
-compile command, to a .clang-tidy file, or to clang-tidy itself. BUILD_DIR/tidy contains one empty
-file for each state that has passed.
+compile command, to a .clang-tidy file, or to clang-tidy itself. A digest of all these is the state of
+the source. BUILD_DIR/tidy contains an empty file for each state that has passed.
 """
 
 import hashlib
