@@ -1,4 +1,5 @@
-// Complete runs of a launch screen, from request to event.
+// Complete runs of a launch screen, from request to event. The line "style 7" in the journal means
+// that a window gets the style mask 7. The mask of a window with a title and all controls is 15.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -178,7 +179,7 @@ TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownUntilItCloses) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-// Other ways to end
+// Dismissals, a closed window and a second launch screen
 
 TEST_F(CompleteRunTest, InSkipModeAnEarlyDismissalRecordsNoEvent) {
   const auto window = openPlayerWindow();

@@ -121,7 +121,7 @@ TEST_F(ContentStateTest, ANullRequestFailsLikeARequestWithoutParameters) {
   EXPECT_EQ(listener->changes, (Changes{{4, kNoParameters, true}}));
 }
 
-TEST_F(ContentStateTest, WithoutAControllerTheContentFailsWithAnError) {
+TEST_F(ContentStateTest, IfNoControllerIsCreatedTheContentFailsWithAnError) {
   configuration().setExpirationTimeInterval(0);
   content->setContentRequest(request());
   EXPECT_EQ(content->state(), ContentDataStateFailed);

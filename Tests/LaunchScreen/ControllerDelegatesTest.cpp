@@ -1,4 +1,4 @@
-// The creation of the cover's controller, and its delegates.
+// The creation of the launch screen's controller ("the cover"), and its delegates.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"

@@ -2,6 +2,8 @@
 // controller of the launch screen, with its view. A cover that is embedded in a window without a
 // content view controller has no parent that could own it. The library then tracks the cover: three
 // global variables own its superview, its view and the controller (EmbeddedCover.h).
+//
+// The line "style 15" means that the window gets a title and all controls again.
 #include <limits>
 
 #include "Platform/Dispatch/Dispatch.h"

@@ -1,5 +1,5 @@
-// The spinning indicator that a caller can add to the cover. `createConstraintsActivityIndicator`
-// pins the indicator to the middle of the cover.
+// The spinning indicator that a caller can add to the view of the launch screen's controller ("the
+// cover"). `createConstraintsActivityIndicator` pins the indicator to the middle of the view.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 

@@ -1,4 +1,6 @@
-// What the launch screen's controller ("the cover") does in each life-cycle method.
+// What the launch screen's controller ("the cover") does in each life-cycle method. The line
+// "style 7" means that a window gets the style mask 7. The mask of a window with a title and all
+// controls is 15.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"

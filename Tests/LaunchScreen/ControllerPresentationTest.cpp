@@ -1,5 +1,5 @@
 // The launch screen's controller ("the cover") is embedded in a window, or presented in a window of
-// its own.
+// its own. The journal has a line such as "style 7" for each style mask that a window gets.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -35,8 +35,7 @@ TEST_F(ControllerPresentationTest, ThePresentationModesAreEmbedded0ModalWindow1A
 // Embedded in a window without a content view controller. The cover then has no parent that could
 // own it, so the library tracks it: global variables own it (EmbeddedCover.h).
 
-TEST_F(ControllerPresentationTest,
-       EmbeddedWithoutAParentTheCoverIsATrackedSubviewOfTheContentView) {
+TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsATrackedSubviewOfTheContentView) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->presentationMode(), 0);
@@ -46,7 +45,7 @@ TEST_F(ControllerPresentationTest,
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverAlwaysFillsItsSuperview) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverAlwaysFillsItsSuperview) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
@@ -55,21 +54,21 @@ TEST_F(ControllerPresentationTest, EmbeddedTheCoverAlwaysFillsItsSuperview) {
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 800, 600));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverMakesTheContentViewLayerBacked) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverMakesTheContentViewLayerBacked) {
   const auto window = openPlayerWindow();
   EXPECT_FALSE(window->contentView()->wantsLayer());
   present(window, kEmbedded);
   EXPECT_TRUE(window->contentView()->wantsLayer());
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverGetsTheFrameOfItsSuperviewNotTheBounds) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverGetsTheFrameOfItsSuperviewNotTheBounds) {
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(10, 20, 300, 200));
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   bool hasAppeared = false;
@@ -86,7 +85,7 @@ TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsTrackedAndAsLargeAsTheWindo
   EXPECT_TRUE(hasAppeared);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowTheCoverAppearsWhenTheWindowOpens) {
+TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpens) {
   const auto window = openPlayerWindow();
   window->close();
   present(window, kEmbedded);
@@ -99,7 +98,7 @@ TEST_F(ControllerPresentationTest, EmbeddedInAClosedWindowTheCoverAppearsWhenThe
 
 // Embedded in a window with a content view controller
 
-TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerTheCoverIsAnUntrackedChild) {
+TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAnUntrackedChild) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
@@ -111,7 +110,7 @@ TEST_F(ControllerPresentationTest, EmbeddedUnderAContentViewControllerTheCoverIs
 }
 
 TEST_F(ControllerPresentationTest,
-       EmbeddedUnderAContentViewControllerTheCoverFillsTheViewAndMakesItLayerBacked) {
+       UnderAContentViewControllerTheCoverFillsTheViewAndMakesItLayerBacked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -121,7 +120,7 @@ TEST_F(ControllerPresentationTest,
   EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
 }
 
-TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsAChildBeforeItAppears) {
+TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAChildBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool hasAppeared = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
@@ -135,7 +134,7 @@ TEST_F(ControllerPresentationTest, EmbeddedTheCoverIsAChildBeforeItAppears) {
 
 // Embedded without a window
 
-TEST_F(ControllerPresentationTest, EmbeddedWithoutAWindowTheCoverIsTrackedWithoutSizeAndSuperview) {
+TEST_F(ControllerPresentationTest, ACoverEmbeddedWithoutAWindowIsTrackedWithoutSizeAndSuperview) {
   cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
   cover->setAppWindow(openPlayerWindow());
   present(nullptr, kEmbedded);

@@ -1,4 +1,6 @@
-// The launch screen's controller ("the cover") overrides and restores the style of a window.
+// The launch screen's controller ("the cover") overrides and restores the style of a window. The
+// line "style 7" means that a window gets the style mask 7. The mask of a window with a title and
+// all controls is 15.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"

@@ -138,7 +138,8 @@ TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilItIsDismissed) {
   }
 }
 
-// The objects that remain after a complete launch screen
+// When the objects of a launch screen are destroyed. An early deactivation is a deactivation before
+// the launch screen has ended.
 
 class LaunchScreenObjectsTest : public LaunchScreenTest {
  protected:
@@ -173,7 +174,7 @@ class LaunchScreenObjectsTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(LaunchScreenObjectsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndDeactivation) {
+TEST_F(LaunchScreenObjectsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndTheDeactivation) {
   for (const std::int32_t hostMode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     for (const auto& window : {openPlayerWindow(), openPlayerWindowWithContentViewController()}) {
       manager = LaunchScreenManager::init();

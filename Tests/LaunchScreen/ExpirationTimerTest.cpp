@@ -214,7 +214,7 @@ TEST_P(CountdownTest, DismissesAtTheExpectedTick) {
   EXPECT_EQ(hostController->calls.size(), 1u);
 }
 
-TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenth) {
+TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenthOfASecond) {
   load(5.0);
   addHostDelegate();
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);

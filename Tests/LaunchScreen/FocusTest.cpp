@@ -103,7 +103,7 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, ARequiredWindowThatResignsKeyUnfocusesEvenWithoutACountdown) {
+TEST_F(FocusTest, ARequiredWindowThatResignsKeySetsUnfocusedEvenWithoutACountdown) {
   show(5.0);
   manager->stopTimer();
   resignKey(window);

@@ -33,7 +33,7 @@ class X11Presentations : public X11HostTest {
   }
 };
 
-TEST_F(X11Presentations, ASheetMovesWithItsHost) {
+TEST_F(X11Presentations, ASheetMovesWithItsHostWindow) {
   present(kLongDuration, kSheet);
   const auto sheets = player->sheets();
   ASSERT_EQ(sheets.size(), 1U);
@@ -42,7 +42,7 @@ TEST_F(X11Presentations, ASheetMovesWithItsHost) {
   EXPECT_TRUE(runUntil([&] { return isWhiteAt(sheets.front(), 0); }));
 }
 
-TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWithoutTheRunLoop) {
+TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWindowWithoutTheRunLoop) {
   present(kLongDuration, kEmbedded);
   ASSERT_TRUE(runUntil([&] { return client.screenPicture(game).isAll(kWhite); }));
   const PixelRect previousArea = client.areaOnScreen(game);
