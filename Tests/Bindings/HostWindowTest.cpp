@@ -12,7 +12,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// The headless display reads none of these objects.
+// These pointers point to no objects. The headless display does not use them.
 // NOLINTBEGIN(performance-no-int-to-ptr)
 auto* const kDisplay = reinterpret_cast<wl_display*>(0x10);
 auto* const kSurface = reinterpret_cast<wl_surface*>(0x20);

@@ -13,8 +13,8 @@ constexpr std::size_t kFirstCallbacksSize = 80;
 constexpr std::size_t kFirstCreateOptionsSize = 72;
 constexpr std::size_t kFirstRequestSize = 32;
 
-/// A structure with the size of version 1.0. The bytes after it belong to another variable of the
-/// program, and their values are not zero.
+/// A structure with the size of version 1.0. The bytes after it are not zero, because in a real
+/// program they belong to another variable.
 template <class Structure, std::size_t Size>
 struct FirstVersionStructure {
   explicit FirstVersionStructure(Structure current) {
