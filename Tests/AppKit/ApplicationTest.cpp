@@ -284,7 +284,7 @@ TEST_F(ApplicationTest, TheWindowInAnActivationReportBecomesKey) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"B becomes key", "application becomes active"}));
 }
 
-TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndItsControls) {
+TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndTheKeptControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
   windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);

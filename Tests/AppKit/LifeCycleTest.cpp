@@ -193,7 +193,7 @@ TEST_F(LifeCycleTest, AddingASubviewCallsNoLifeCycleMethodOfTheSuperview) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"inner will appear", "inner did appear"}));
 }
 
-// Moving
+// Moving a view to another superview
 
 TEST_F(LifeCycleTest, MovingAViewWithinItsWindowCallsNoLifeCycleMethod) {
   const auto controller = addController(window, "view");

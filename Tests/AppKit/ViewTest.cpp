@@ -34,7 +34,7 @@ TEST_F(ViewTreeTest, ASubviewIsAddedDirectlyAboveOrBelowAnother) {
   EXPECT_EQ(rootView->subviews(), (NSArray<NSView>{lowerView, backView, upperView, frontView}));
 }
 
-TEST_F(ViewTreeTest, ASubviewPositionedRelativeToNoSiblingBecomesFrontmostOrBackmost) {
+TEST_F(ViewTreeTest, ASubviewPositionedRelativeToANonSiblingBecomesFrontmostOrBackmost) {
   const auto backmostView = makeView();
   const auto frontmostView = makeView();
   rootView->addSubviewPositionedRelativeTo(frontmostView, NSWindowAbove, rootView);
@@ -224,7 +224,7 @@ TEST_F(ConstraintTest, AViewCanBeCentredOnASibling) {
   EXPECT_EQ(innerView->frame().origin, (CGPoint{110, 55}));
 }
 
-TEST_F(ConstraintTest, AnchorsSetTheItemsAttributeRelationAndConstant) {
+TEST_F(ConstraintTest, AnchorsSetTheItemsAttributeRelationAndConstantOfAConstraint) {
   const auto centreConstraint =
       innerView->centerXAnchor().constraintEqualToAnchor(outerView->centerXAnchor());
   EXPECT_EQ(centreConstraint->firstItem(), innerView);

@@ -133,8 +133,8 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
   std::atomic<bool> hasReturned = false;
-  // A wake-up before the pass begins does not end the wait after it, so the thread wakes
-  // repeatedly.
+  // A wake-up before the pass begins does not end the wait after the pass, so the thread wakes the
+  // loop repeatedly.
   std::thread otherThread([this, &hasReturned] {
     while (!hasReturned) {
       loop.wake();
