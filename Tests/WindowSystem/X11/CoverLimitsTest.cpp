@@ -29,7 +29,7 @@ TEST_F(X11CoverLimits, AButtonGrabOfTheGameReceivesPressesOnTheCover) {
   EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
 }
 
-TEST_F(X11CoverLimits, ANewChildWindowInABackEndsOwnWindowIsVisibleUntilTheCoverIsRaised) {
+TEST_F(X11CoverLimits, ANewChildOfAWindowOfTheBackEndIsVisibleUntilTheCoverIsRaised) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
   system().setScene(ownWindow, whiteScene({300, 200}));

@@ -62,7 +62,7 @@ TEST_P(X11Managers, TheCoverMovesWithItsWindow) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_P(X11Managers, ACoverWorksAfterAnotherManagerReplacesTheFirst) {
+TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirst) {
   const bool startsWithMetacity = GetParam() == Manager::Metacity;
   const auto keptControls = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());

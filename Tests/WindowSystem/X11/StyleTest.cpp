@@ -122,7 +122,7 @@ TEST_F(X11Style, KeepsHintsThatTheGameWroteJustBeforeRestoring) {
   deliver();
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  system().setStyleMask(handle, kAllControls);  // no event has been delivered
+  system().setStyleMask(handle, kAllControls);  // before the back end reads the event
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
@@ -131,7 +131,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
-  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // before the back end reads the event
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kAllControls);
@@ -156,7 +156,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteBetweenTwoStyleMasks) {
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
   client.waitForServer();
-  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // no event has been delivered
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // before the back end reads the event
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 10, 0, 0}));
   system().setStyleMask(handle, kAllControls);
