@@ -16,7 +16,7 @@ struct PlayResult {
   PlayOutcome outcome = PlayOutcome::Ended;
   /// The trace: the lines that `launchscreen play` prints.
   Lines lines;
-  /// The states that the player reported.
+  /// The states that `Player` reported.
   std::vector<PlayState> states;
 };
 

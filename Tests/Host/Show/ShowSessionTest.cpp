@@ -495,7 +495,7 @@ struct ShutDownCase {
 class ShowSessionShutDownTest : public ShowSessionTest,
                                 public testing::WithParamInterface<ShutDownCase> {};
 
-TEST_P(ShowSessionShutDownTest, RestoresAndClosesTheWindow) {
+TEST_P(ShowSessionShutDownTest, RestoresTheControlsAndClosesTheWindow) {
   options.presentation = GetParam().presentation;
   options.hasContentController = GetParam().hasContentController;
   start();

@@ -24,7 +24,7 @@ def reports(output):
 
 @contextlib.contextmanager
 def running_show(expected_output, *arguments, **settings):
-    """Starts the program and waits until it prints `expected_output`. Kills the program after the block."""
+    """Starts the program and waits until it prints `expected_output`. Kills the program after the `with` block."""
     process = start("show", "--display", "headless", *arguments, **settings)
     try:
         process.received_output = b""

@@ -9,7 +9,8 @@ from program import TIMEOUT, start
 from show import LOG_LINE, reports, running_show, show
 
 
-# The arguments for a short run. A modal cover closes as soon as the library dismisses the cover.
+# The arguments for a short run: a modal launch screen closes as soon as the library dismisses it. An
+# embedded launch screen may stay for another second.
 MODAL_ARGUMENTS = ["--present", "modal"]
 
 

@@ -40,7 +40,7 @@ class Refusals(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("--content-controller", result.stderr.splitlines()[-1])
 
-    def test_bad_usage_is_one_line(self):
+    def test_bad_usage_prints_one_line(self):
         for arguments in (
             ["show", "--size", "big"],
             ["show", "--skip-after", "1"],

@@ -1,5 +1,5 @@
 // `launchscreen show` without `--window` keeps its player window open for a while after the launch
-// screen. The display is lost in this time.
+// screen. The display is lost during this time.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"

@@ -40,7 +40,7 @@ class X11Player : public X11Test {
           .string();
 };
 
-TEST_F(X11Player, ShowsItsAnimationOnlyAfterTheRun) {
+TEST_F(X11Player, IsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   ShowProcess show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                             "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();

@@ -159,7 +159,7 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
             R"("operations", "canDisappear", "deactivateDuring")");
 }
 
-// The member `scenario` of each refusal is the content of the array "steps".
+// For these tests, the member `scenario` of a refusal has only the content of the array "steps".
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(StepRefusalTest, NamesThePathAndTheExpectedValue) {

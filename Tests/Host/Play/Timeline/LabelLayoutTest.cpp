@@ -21,8 +21,8 @@ class LabelLayoutTest : public testing::Test {
 TEST_F(LabelLayoutTest, HasNoRowsWithoutAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }
 
 TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
-  EXPECT_EQ(layout_.place(0, 20).row, 0U);   // ends at 22
-  EXPECT_EQ(layout_.place(29, 20).row, 0U);  // starts at 27
+  EXPECT_EQ(layout_.place(0, 20).row, 0U);   // the label ends at 22
+  EXPECT_EQ(layout_.place(29, 20).row, 0U);  // the mark starts at 27
   EXPECT_EQ(layout_.rowCount(), 1U);
 }
 
@@ -46,14 +46,14 @@ TEST_F(LabelLayoutTest, UsesTheTopmostRowWithRoom) {
 }
 
 TEST_F(LabelLayoutTest, PutsALabelToTheLeftIfItWouldCrossTheEdge) {
-  EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // ends at 100
+  EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // the label ends at 100
   EXPECT_EQ(layout_.place(48.1, 50).side, Side::Left);
 }
 
 TEST_F(LabelLayoutTest, LabelToTheLeftDoesNotOverlapItsNeighbour) {
-  layout_.place(50, 20);                     // covers 48 to 72
-  EXPECT_EQ(layout_.place(95, 20).row, 1U);  // starts at 73
-  EXPECT_EQ(layout_.place(95, 10).row, 0U);  // starts at 83
+  layout_.place(50, 20);                     // the mark and its label cover 48 to 72
+  EXPECT_EQ(layout_.place(95, 20).row, 1U);  // the label starts at 73
+  EXPECT_EQ(layout_.place(95, 10).row, 0U);  // the label starts at 83
 }
 
 }  // namespace
