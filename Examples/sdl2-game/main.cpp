@@ -1,5 +1,5 @@
-// A small SDL game that shows a launch screen over its own X11 window at start. It keeps drawing
-// under the cover, 60 times a second, and appends the event to a file.
+// A small SDL game that shows a launch screen over its own window at start, on X11 and on Wayland.
+// It keeps drawing under the cover, 60 times a second, and appends the event to a file.
 //
 //     sdl2-game [EVENTS_FILE [SECONDS [FRAMES]]]
 //
@@ -54,8 +54,17 @@ int fail(const char* reason) {
   return 1;
 }
 
+// The state that the callbacks use.
+struct Game {
+  SDL_Window* window = nullptr;
+  const char* eventsFile = nullptr;
+  std::uint32_t removedControls = 0;  // always 0 on X11
+};
+
+Game& gameOf(void* userData) { return *static_cast<Game*>(userData); }
+
 void recordEvent(void* userData, const char* event) {
-  const char* const file = static_cast<const char*>(userData);
+  const char* const file = gameOf(userData).eventsFile;
   std::FILE* const events = std::fopen(file, "a");
   if (events == nullptr || std::fprintf(events, "%s\n", event) < 0 || std::fclose(events) != 0) {
     std::perror(file);
@@ -68,25 +77,61 @@ void controlsKept(void* /*userData*/, std::uint32_t controls) {
   printLine(controls == 0 ? "no controls kept" : "controls kept");
 }
 
-// Presents a launch screen over the game's window. Returns null if that fails.
-VelLaunchScreen* showLaunchScreen(SDL_Window* window, const Arguments& arguments) {
+// On Wayland, the game removes and restores the controls with SDL. SDL cannot remove the close
+// control, so `handleEvent` ignores it while its bit is set. SDL cannot remove the miniaturise
+// control.
+void takeControls(void* userData, std::uint32_t controls) {
+  Game& game = gameOf(userData);
+  game.removedControls = controls;
+  const bool isResizable = (controls & VEL_CONTROL_RESIZE) == 0;
+  SDL_SetWindowResizable(game.window, isResizable ? SDL_TRUE : SDL_FALSE);
+  printLine(controls == 0 ? "controls restored" : "controls removed");
+}
+
+// Describes the window for the library. Returns false if SDL uses another window system.
+bool describeWindow(SDL_Window* window, VelHostWindow& hostWindow) {
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version)
-  if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE || info.subsystem != SDL_SYSWM_X11) {
-    fail("no X11 window: there is no launch screen");
+  if (SDL_GetWindowWMInfo(window, &info) != SDL_TRUE) {
+    return false;
+  }
+  if (info.subsystem == SDL_SYSWM_X11) {
+    hostWindow.x11_window = info.info.x11.window;
+    return true;
+  }
+  if (info.subsystem != SDL_SYSWM_WAYLAND) {
+    return false;
+  }
+  int width = 0;
+  int height = 0;
+  SDL_GetWindowSize(window, &width, &height);
+  // `xdg_toplevel` stays null: SDL sets the minimum and maximum size itself, in `takeControls`.
+  hostWindow.wl_display = info.info.wl.display;
+  hostWindow.wl_surface = info.info.wl.surface;
+  hostWindow.width = width;
+  hostWindow.height = height;
+  return true;
+}
+
+// Presents a launch screen over the game's window. Returns null if that fails.
+VelLaunchScreen* showLaunchScreen(Game& game, double seconds) {
+  VelHostWindow hostWindow = VEL_HOST_WINDOW_INIT;
+  if (!describeWindow(game.window, hostWindow)) {
+    fail("neither an X11 nor a Wayland window: there is no launch screen");
     return nullptr;
   }
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
-  callbacks.user_data = const_cast<char*>(arguments.eventsFile);
+  callbacks.user_data = &game;
   callbacks.record_event = recordEvent;
   callbacks.controls_kept = controlsKept;
+  callbacks.take_controls = takeControls;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
-  options.display = "x11";
-  options.window = info.info.x11.window;
+  options.display = hostWindow.x11_window != 0 ? "x11" : "wayland";
+  options.host_window = &hostWindow;
   options.callbacks = &callbacks;
   VelRequest request = VEL_REQUEST_INIT;
   request.event = "launch_end";
-  request.seconds = arguments.seconds;
+  request.seconds = seconds;
   VelLaunchScreen* screen = nullptr;
   if (vel_create(&options, &screen) != VEL_OK || vel_request(screen, &request) != VEL_OK ||
       vel_present(screen, VEL_PRESENT_EMBEDDED) != VEL_OK) {
@@ -109,8 +154,24 @@ void draw(SDL_Renderer* renderer, int frame) {
   SDL_RenderPresent(renderer);
 }
 
+// Returns false if the game must end.
+bool handleEvent(const SDL_Event& event, const Game& game, VelLaunchScreen* screen) {
+  if (event.type != SDL_WINDOWEVENT) {
+    return event.type != SDL_QUIT;
+  }
+  if (event.window.event == SDL_WINDOWEVENT_CLOSE) {
+    return (game.removedControls & VEL_CONTROL_CLOSE) != 0;
+  }
+  if (event.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) {
+    // The library cannot read the size of a Wayland surface. On X11, this call has no effect.
+    vel_resized(screen, event.window.data1, event.window.data2);
+  }
+  return true;
+}
+
 Counts play(SDL_Window* window, SDL_Renderer* renderer, const Arguments& arguments) {
   Counts counts;
+  Game game{window, arguments.eventsFile};
   VelLaunchScreen* screen = nullptr;
   int wasUp = 0;
   bool isRunning = true;
@@ -118,11 +179,11 @@ Counts play(SDL_Window* window, SDL_Renderer* renderer, const Arguments& argumen
        frameStart = std::max(frameStart + kFrameTime, Clock::now())) {
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
-      isRunning = isRunning && event.type != SDL_QUIT;
+      isRunning = handleEvent(event, game, screen) && isRunning;
     }
 
     if (counts.frames == arguments.framesBeforeLaunchScreen) {
-      screen = showLaunchScreen(window, arguments);
+      screen = showLaunchScreen(game, arguments.seconds);
     }
     // The only call in each frame. It does the work that is due and does not wait for events.
     const auto pumpStart = Clock::now();
@@ -166,6 +227,12 @@ int main(int argc, char** argv) {
 
   // The library recognises the player window by this class name.
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
+  // The game handles the close control itself.
+  SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
+  // SDL 2 prefers X11, which most Wayland desktops also offer.
+  if (std::getenv("WAYLAND_DISPLAY") != nullptr) {
+    SDL_SetHint(SDL_HINT_VIDEODRIVER, "wayland,x11");
+  }
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
     return fail(SDL_GetError());
   }

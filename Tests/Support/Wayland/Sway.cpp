@@ -87,4 +87,11 @@ void Sway::resizeWindow(const std::string& title, int width, int height) const {
       " px");
 }
 
+void Sway::drag(int fromX, int fromY, int toX, int toY) {
+  user_.movePointer(fromX, fromY);
+  user_.pressButton();
+  user_.movePointer(toX, toY);
+  user_.releaseButton();
+}
+
 }  // namespace vel::test

@@ -30,6 +30,8 @@ class Sway : NonCopyable {
   [[nodiscard]] Picture picture(PixelRect area) const { return user_.screenPicture(area); }
   /// Moves the pointer of the seat and presses the main button.
   void click(int x, int y) { user_.click(x, y); }
+  /// Moves the pointer of the seat from one point to another while the main button is pressed.
+  void drag(int fromX, int fromY, int toX, int toY);
   /// Kills sway with SIGKILL, like a crash.
   void kill() { process_.kill(); }
 
