@@ -16,8 +16,8 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xfwm4 icewm marco mate-settings-daemon-common fluxbox xdotool x11-apps
   x11-xserver-utils xterm mesa-utils xmahjongg python3-xlib
-  # the compositor of the tests on Wayland; setpriv of util-linux starts it
-  sway util-linux)
+  # the compositors of the tests on Wayland; setpriv of util-linux starts sway
+  sway util-linux weston libweston-10-dev)
 # The hosts and environments of scripts/hosts.sh.
 # shellcheck disable=SC2034
 packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm

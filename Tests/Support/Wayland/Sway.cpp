@@ -18,7 +18,6 @@ namespace {
 constexpr uid_t kNobody = 65534;
 
 constexpr std::string_view kConfiguration =
-    "xwayland disable\n"
     "default_border none\n"
     "default_floating_border none\n"
     "for_window [title=\".*\"] floating enable\n"
@@ -26,55 +25,76 @@ constexpr std::string_view kConfiguration =
     "focus_on_window_activation focus\n"
     "output * bg #203020 solid_color\n"
     "seat * hide_cursor 0\n";
+constexpr std::string_view kNoXwayland = "xwayland disable\n";
+// sway sets DISPLAY for the programs that it starts.
+constexpr std::string_view kXwayland =
+    "xwayland enable\n"
+    "exec echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
 
-std::filesystem::path makeFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "sway-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), "mkdtemp");
-  }
-  return name;
+std::vector<std::string> serverArguments(const Sway::Options& options) {
+  return options.outputCount == 1 ? std::vector<std::string>()
+                                  : std::vector<std::string>{"-screen", "0", "2048x768x24"};
 }
 
 }  // namespace
 
-Sway::Sway() : user_(server_.display()), folder_(makeFolder()) {
-  const std::filesystem::path configuration = folder_ / "config";
-  const std::filesystem::path socket = folder_ / "ipc";
-  std::ofstream(configuration) << kConfiguration;
+Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
+  const std::filesystem::path configuration = folder() / "config";
+  const std::filesystem::path socket = folder() / "ipc";
+  std::ofstream(configuration) << kConfiguration << (options.hasXwayland ? kXwayland : kNoXwayland);
   std::vector<std::string> command;
   if (getuid() == 0) {
-    if (chown(folder_.c_str(), kNobody, kNobody) != 0) {
+    if (chown(folder().c_str(), kNobody, kNobody) != 0) {
       throw std::system_error(errno, std::generic_category(), "chown");
     }
     command = {"setpriv",        "--reuid=65534", "--regid=65534",
                "--clear-groups", "--pdeathsig",   "KILL"};
   }
   command.insert(command.end(),
-                 {"env", "-u", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR=" + folder_.string(),
-                  "HOME=" + folder_.string(), "SWAYSOCK=" + socket.string(), "WLR_BACKENDS=x11",
-                  "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1", "WLR_X11_OUTPUTS=1", "sway",
-                  "--config", configuration.string()});
-  process_ = Process(std::move(command), server_.display());
+                 {"env", "-u", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR=" + folder().string(),
+                  "HOME=" + folder().string(), "SWAYSOCK=" + socket.string(), "WLR_BACKENDS=x11",
+                  "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1",
+                  "WLR_X11_OUTPUTS=" + std::to_string(options.outputCount), "sway", "--config",
+                  configuration.string()});
+  start(std::move(command));
   const bool hasStarted = eventually([&] {
-    return runProgram({"swaymsg", "-s", socket.string(), "-t", "get_outputs"}, server_.display())
+    return runProgram({"swaymsg", "-s", socket.string(), "-t", "get_outputs"}, server().display())
                    .find("\"rect\"") != std::string::npos &&
            std::filesystem::exists(display());
   });
   if (!hasStarted) {
     throw std::runtime_error("sway does not start");
   }
+  if (options.outputCount > 1) {
+    placeSecondOutput();
+  }
 }
 
-Sway::~Sway() {
-  process_.end();
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
+// Without a window manager, the X server shows the windows of both outputs at the same place.
+void Sway::placeSecondOutput() {
+  xcb_window_t window = 0;
+  const bool hasWindow = eventually([&] {
+    window = user().findWindow("wlroots - X11-2");
+    return window != 0;
+  });
+  if (!hasWindow) {
+    throw std::runtime_error("sway has no second output");
+  }
+  user().configure(window, {1024, 0, 1024, 768});
+}
+
+std::string Sway::xwaylandDisplay() const {
+  std::string name;
+  if (!eventually([&] { return bool(std::ifstream(folder() / "x-display") >> name); })) {
+    throw std::runtime_error("sway has no Xwayland");
+  }
+  return name;
 }
 
 void Sway::run(const std::string& command) const {
-  const std::string socket = (folder_ / "ipc").string();
+  const std::string socket = (folder() / "ipc").string();
   const bool hasSucceeded = eventually([&] {
-    return runProgram({"swaymsg", "-s", socket, "--raw", "--", command}, server_.display())
+    return runProgram({"swaymsg", "-s", socket, "--raw", "--", command}, server().display())
                .find("\"success\": true") != std::string::npos;
   });
   if (!hasSucceeded) {
@@ -85,13 +105,6 @@ void Sway::run(const std::string& command) const {
 void Sway::resizeWindow(const std::string& title, int width, int height) const {
   run(selectorOf(title) + "resize set " + std::to_string(width) + " px " + std::to_string(height) +
       " px");
-}
-
-void Sway::drag(int fromX, int fromY, int toX, int toY) {
-  user_.movePointer(fromX, fromY);
-  user_.pressButton();
-  user_.movePointer(toX, toY);
-  user_.releaseButton();
 }
 
 }  // namespace vel::test

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+#include "Tests/Support/Wayland/Compositor.h"
 #include "Tests/Support/Wayland/SurfaceHost.h"
-#include "Tests/Support/Wayland/Sway.h"
 #include "Tests/WindowSystem/Reports.h"
 
 namespace vel::test {
@@ -32,8 +32,8 @@ Scene whiteWithIndicator(CGSize size) {
   return scene;
 }
 
-/// A host in the middle of the screen of sway, and the back end on the connection of the host.
-class WaylandCover : public testing::Test {
+/// A host in the middle of the screen, and the back end on the connection of the host.
+class WaylandCover : public testing::TestWithParam<CompositorKind> {
  protected:
   WaylandCover() {
     std::string error;
@@ -65,24 +65,24 @@ class WaylandCover : public testing::Test {
       return condition();
     });
   }
-  /// The area of a window of this size, which sway centres.
+  /// The area of a window of this size, which the compositor centres.
   static PixelRect areaOf(CGSize size) {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
   }
-  [[nodiscard]] Picture picture() const { return sway.picture(areaOf(host->size())); }
+  [[nodiscard]] Picture picture() const { return compositor->picture(areaOf(host->size())); }
   bool becomes(std::uint32_t color) {
     return waitWithHost([this, color] { return picture().isAll(color); });
   }
 
-  Sway sway;
+  std::unique_ptr<Compositor> compositor = startCompositor(GetParam());
   std::unique_ptr<SurfaceHost> host =
-      std::make_unique<SurfaceHost>(sway.display(), "game", kSize, kGreen);
+      std::make_unique<SurfaceHost>(compositor->display(), "game", kSize, kGreen);
   std::unique_ptr<WaylandWindowSystem> system;
   ReportListener reports;
 };
 
-TEST_F(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
+TEST_P(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   EXPECT_EQ(window.className, "PlayerWindow");
@@ -92,21 +92,21 @@ TEST_F(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
   EXPECT_TRUE(window.hasFocus);
 }
 
-TEST_F(WaylandCover, AHostThatDoesNotCommitIsWhiteToTheLastPixel) {
+TEST_P(WaylandCover, AHostThatDoesNotCommitIsWhiteToTheLastPixel) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   EXPECT_TRUE(waitFor([this] { return picture().isAll(kWhite); }));
   const PixelRect area = areaOf(kSize);
   const Picture surroundings =
-      sway.picture({area.x - 1, area.y - 1, area.width + 2, area.height + 2});
+      compositor->picture({area.x - 1, area.y - 1, area.width + 2, area.height + 2});
   EXPECT_EQ(surroundings.boundsOfOtherColors(surroundings.at(0, 0)),
             (PixelRect{1, 1, area.width, area.height}));
   system->setScene(window.handle, {});
   EXPECT_TRUE(waitFor([this] { return picture().isAll(kGreen); }));
 }
 
-TEST_F(WaylandCover, TheIndicatorTurnsInTheMiddle) {
+TEST_P(WaylandCover, TheIndicatorTurnsInTheMiddle) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, whiteWithIndicator(kSize));
@@ -122,12 +122,12 @@ TEST_F(WaylandCover, TheIndicatorTurnsInTheMiddle) {
   EXPECT_NE(system->nextDeadline(), kNever);
 }
 
-TEST_F(WaylandCover, TheCoverFollowsTheSizeThatTheOwnerReports) {
+TEST_P(WaylandCover, TheCoverFollowsTheSizeThatTheOwnerReports) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   ASSERT_TRUE(becomes(kWhite));
-  sway.resizeWindow("game", 700, 450);
+  compositor->resizeWindow("game", 700, 450);
   constexpr CGSize kLargeSize{700, 450};
   ASSERT_TRUE(waitWithHost([&] { return host->size() == kLargeSize; }));
   system->setFrame(window.handle, {{}, kLargeSize});
@@ -137,46 +137,46 @@ TEST_F(WaylandCover, TheCoverFollowsTheSizeThatTheOwnerReports) {
   EXPECT_TRUE(becomes(kGreen));
 }
 
-TEST_F(WaylandCover, TheCoverTakesThePointerFromTheHost) {
+TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
-  sway.click(512, 384);
+  compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() == 1; }));
   system->setScene(window.handle, whiteWithIndicator(kSize));
   ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
-  sway.click(512, 384);  // on the indicator
-  sway.click(400, 300);
+  compositor->click(512, 384);  // on the indicator
+  compositor->click(400, 300);
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 2; }));
   system->setScene(window.handle, {});
   ASSERT_TRUE(becomes(kGreen));
-  sway.click(512, 384);
+  compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
   EXPECT_EQ(host->presses(), 2);
   EXPECT_FALSE(host->hasSeenForeignData());
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
 
-TEST_F(WaylandCover, TheFocusLeavesAndComesBack) {
+TEST_P(WaylandCover, TheFocusLeavesAndComesBack) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   ASSERT_TRUE(becomes(kWhite));
   ASSERT_THAT(reports.lines, IsEmpty());
-  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   const std::string focus = "focus " + nameOf(window.handle);
   ASSERT_TRUE(waitFor([this] { return reports.contains("focus 0x0"); }));
-  sway.focusWindow("game");
+  compositor->focusWindow("game");
   ASSERT_TRUE(waitFor([&] { return reports.count("activated") > 0; }));
   EXPECT_EQ(reports.lines, (std::vector<std::string>{"deactivated", "focus 0x0", focus,
                                                      "activated " + nameOf(window.handle)}));
 }
 
-TEST_F(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheFocus) {
+TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheFocus) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   ASSERT_TRUE(becomes(kWhite));
-  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   // The host reads all events of the connection, so the descriptor is not readable any more.
   eventually([this] {
     host->pump();
@@ -186,20 +186,20 @@ TEST_F(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheFocus) {
   EXPECT_TRUE(waitFor([this] { return reports.contains("deactivated"); }));
 }
 
-TEST_F(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
+TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
   ASSERT_TRUE(becomes(kWhite));
   const int count = host->eventCount();
-  sway.resizeWindow("game", 700, 450);
-  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+  compositor->resizeWindow("game", 700, 450);
+  const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   ASSERT_TRUE(waitFor([this] { return reports.contains("focus 0x0"); }));
   EXPECT_EQ(host->eventCount(), count);
   EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
 }
 
-TEST_F(WaylandCover, ResizingIsDisabledOnlyWithTheToplevel) {
+TEST_P(WaylandCover, ResizingIsDisabledOnlyWithTheToplevel) {
   ASSERT_TRUE(becomes(kGreen));
   AdoptedWindow window = adopt();
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
@@ -219,25 +219,27 @@ TEST_F(WaylandCover, ResizingIsDisabledOnlyWithTheToplevel) {
   }));
 }
 
-TEST_F(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
+TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   ASSERT_TRUE(becomes(kGreen));
   adopt();
   const WindowHandle modal = system->createWindow(
       {.className = "Modal", .title = "modal", .frame = CGRectMake(0, 0, 100, 100)});
   system->setModalWindow(modal);
   system->orderFront(modal);
-  ASSERT_TRUE(waitWithHost([&] { return reports.contains("focus " + nameOf(modal)); }));
-  sway.click(300, 300);
+  ASSERT_TRUE(waitWithHost([&] {
+    return reports.contains("focus " + nameOf(modal)) && picture().at(250, 160) != kGreen;
+  }));
+  compositor->click(300, 300);
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 1; }));
   system->setModalWindow(WindowHandle::None);
   system->releaseWindow(modal);
   ASSERT_TRUE(becomes(kGreen));
-  sway.click(310, 310);
+  compositor->click(310, 310);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() > 0; }));
   EXPECT_EQ(host->presses(), 1);
 }
 
-TEST_F(WaylandCover, AThousandCoversLeaveNoObjects) {
+TEST_P(WaylandCover, AThousandCoversLeaveNoObjects) {
   ASSERT_TRUE(becomes(kGreen));
   const auto nextId = [this] {
     wl_display_roundtrip(host->display());  // the compositor frees the ids of destroyed objects
@@ -263,19 +265,19 @@ TEST_F(WaylandCover, AThousandCoversLeaveNoObjects) {
   EXPECT_TRUE(becomes(kGreen));
 }
 
-TEST_F(WaylandCover, ALostCompositorIsReportedUnderAShownCover) {
+TEST_P(WaylandCover, ALostCompositorIsReportedUnderAShownCover) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, whiteWithIndicator(kSize));
   ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
-  sway.kill();
+  compositor->kill();
   EXPECT_TRUE(waitFor([this] { return reports.contains("display lost"); }));
   EXPECT_EQ(system->nextDeadline(), kNever);
   std::string error;
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
-TEST_F(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) {
+TEST_P(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);
   system->setScene(window.handle, white(kSize));
@@ -289,8 +291,8 @@ TEST_F(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) 
   EXPECT_THAT(reports.lines, testing::Not(Contains("display lost")));
 }
 
-TEST_F(WaylandCover, ASurfaceOfAnotherConnectionIsRefused) {
-  const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
+TEST_P(WaylandCover, ASurfaceOfAnotherConnectionIsRefused) {
+  const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   std::string error;
   EXPECT_FALSE(system->adoptWindow(other.window(), error).has_value());
   EXPECT_EQ(error, "the surface belongs to another connection");
@@ -298,6 +300,10 @@ TEST_F(WaylandCover, ASurfaceOfAnotherConnectionIsRefused) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
   EXPECT_EQ(error, "the surface is already adopted");
 }
+
+INSTANTIATE_TEST_SUITE_P(Under, WaylandCover,
+                         testing::Values(CompositorKind::Sway, CompositorKind::Weston),
+                         [](const auto& testInfo) { return nameOf(testInfo.param); });
 
 }  // namespace
 }  // namespace vel::test

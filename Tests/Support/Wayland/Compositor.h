@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/NonCopyable.h"
+#include "Tests/Support/X11/Process.h"
+#include "Tests/Support/X11/XClient.h"
+#include "Tests/Support/X11/XServer.h"
+
+namespace vel::test {
+
+/// A Wayland compositor in a window of an Xvfb server. Its screen is 1024 by 768 pixels and begins
+/// at the upper left corner of the X screen. Windows are centred. New windows get the focus.
+class Compositor : NonCopyable {
+ public:
+  virtual ~Compositor();
+
+  /// The value of `WAYLAND_DISPLAY` for clients.
+  [[nodiscard]] std::string display() const { return (folder_ / "wayland-1").string(); }
+  virtual void focusWindow(const std::string& title) const = 0;
+  /// Asks the client to close the window.
+  virtual void closeWindow(const std::string& title) const = 0;
+  virtual void resizeWindow(const std::string& title, int width, int height) const = 0;
+  /// The display name of Xwayland, which the compositor starts for the first X client.
+  [[nodiscard]] virtual std::string xwaylandDisplay() const = 0;
+
+  /// The pixels that the screen shows.
+  [[nodiscard]] Picture picture(PixelRect area) const { return user_.screenPicture(area); }
+  /// The pixels of the whole screen.
+  [[nodiscard]] Picture picture() const { return picture({0, 0, 1024, 768}); }
+  /// Moves the pointer of the seat and presses the main button.
+  virtual void click(int x, int y) { user_.click(x, y); }
+  /// Moves the pointer of the seat from one point to another while the main button is pressed.
+  void drag(int fromX, int fromY, int toX, int toY);
+  /// Kills the compositor with SIGKILL, like a crash.
+  void kill() { process_.kill(); }
+
+ protected:
+  explicit Compositor(const std::vector<std::string>& serverArguments = {});
+
+  [[nodiscard]] const XServer& server() const { return server_; }
+  [[nodiscard]] XClient& user() { return user_; }
+  /// The runtime folder of the compositor.
+  [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+  void start(std::vector<std::string> command);
+
+ private:
+  XServer server_;
+  XClient user_;
+  std::filesystem::path folder_;
+  Process process_;
+};
+
+enum class CompositorKind : std::uint8_t { Sway, Weston };
+
+/// Starts a compositor and waits until it accepts clients.
+std::unique_ptr<Compositor> startCompositor(CompositorKind kind);
+/// Starts a compositor that also starts Xwayland.
+std::unique_ptr<Compositor> startCompositorWithXwayland(CompositorKind kind);
+
+/// "Sway" or "Weston", for names of tests.
+std::string nameOf(CompositorKind kind);
+
+}  // namespace vel::test

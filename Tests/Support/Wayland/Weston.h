@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+#include "Tests/Support/Wayland/Compositor.h"
+
+namespace vel::test {
+
+/// The compositor weston. It has no commands for windows, so it loads the module
+/// weston-control.c, which has them.
+class Weston : public Compositor {
+ public:
+  struct Options {
+    bool hasXwayland = false;
+  };
+
+  Weston() : Weston(Options()) {}
+  explicit Weston(const Options& options);
+
+  void focusWindow(const std::string& title) const override { run("focus " + title); }
+  void closeWindow(const std::string& title) const override { run("close " + title); }
+  void resizeWindow(const std::string& title, int width, int height) const override;
+  [[nodiscard]] std::string xwaylandDisplay() const override;
+  void click(int x, int y) override;
+  /// Touches the touch screen at a point and lifts the finger.
+  void touch(int x, int y) const;
+
+ private:
+  void hidePointer();
+  /// Runs a command of the module until it succeeds. A command about a window succeeds when the
+  /// window exists.
+  void run(const std::string& command) const;
+};
+
+}  // namespace vel::test

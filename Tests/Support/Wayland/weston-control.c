@@ -1,0 +1,238 @@
+// A module of weston that runs the commands of tests. It listens on the socket "control" in the
+// runtime folder of weston. A test connects, sends one command, and reads "ok" or "failed":
+//
+//     check                 does nothing
+//     focus TITLE           raises a window and gives it the keyboard focus
+//     close TITLE           asks the client to close a window
+//     resize W H TITLE      asks the client to change the size of a window
+//     touch X Y             touches the screen and lifts the finger
+//
+// weston places new windows at random. This module moves each toplevel to the centre of the screen.
+#include <libweston-desktop/libweston-desktop.h>
+#include <libweston/libweston.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <time.h>
+#include <unistd.h>
+
+// libweston exports these functions for its back ends, but Debian has no header of them.
+int weston_seat_init_touch(struct weston_seat* seat);
+struct weston_touch_device* weston_touch_create_touch_device(
+    struct weston_touch* touch, const char* name, void* data,
+    const struct weston_touch_device_ops* operations);
+void notify_touch_normalized(struct weston_touch_device* device, const struct timespec* time,
+                             int finger, double x, double y, const void* normalizedPoint, int type);
+void notify_touch_frame(struct weston_touch_device* device);
+
+struct Control {
+  struct weston_compositor* compositor;
+  struct wl_listener surfaceCreated;
+  struct wl_list windows;
+  struct weston_touch_device* touchDevice;
+};
+
+struct Window {
+  struct wl_list link;
+  struct Control* control;
+  struct weston_surface* surface;
+  struct wl_listener committed;
+  struct wl_listener destroyed;
+  struct wl_event_source* centering;
+  int width;
+  int height;
+};
+
+// Centering
+
+static void center(void* data) {
+  struct Window* window = data;
+  const struct weston_surface* surface = window->surface;
+  window->centering = NULL;
+  if (!weston_surface_is_desktop_surface(window->surface)) {
+    return;
+  }
+  const struct weston_output* output;
+  output = wl_container_of(window->control->compositor->output_list.next, output, link);
+  struct weston_view* view;
+  wl_list_for_each(view, &surface->views, surface_link) {
+    weston_view_set_position(view, (float)((output->width - surface->width) / 2),
+                             (float)((output->height - surface->height) / 2));
+  }
+  weston_compositor_schedule_repaint(window->control->compositor);
+}
+
+// weston places the window after this call.
+static void handleCommit(struct wl_listener* listener, void* data) {
+  (void)data;
+  struct Window* window = wl_container_of(listener, window, committed);
+  if (window->centering == NULL &&
+      (window->surface->width != window->width || window->surface->height != window->height)) {
+    window->width = window->surface->width;
+    window->height = window->surface->height;
+    window->centering = wl_event_loop_add_idle(
+        wl_display_get_event_loop(window->control->compositor->wl_display), center, window);
+  }
+}
+
+static void handleDestroy(struct wl_listener* listener, void* data) {
+  (void)data;
+  struct Window* window = wl_container_of(listener, window, destroyed);
+  if (window->centering != NULL) {
+    wl_event_source_remove(window->centering);
+  }
+  wl_list_remove(&window->link);
+  wl_list_remove(&window->committed.link);
+  wl_list_remove(&window->destroyed.link);
+  free(window);
+}
+
+static void handleNewSurface(struct wl_listener* listener, void* data) {
+  struct Control* control = wl_container_of(listener, control, surfaceCreated);
+  struct Window* window = calloc(1, sizeof(*window));
+  window->control = control;
+  window->surface = data;
+  window->committed.notify = handleCommit;
+  wl_signal_add(&window->surface->commit_signal, &window->committed);
+  window->destroyed.notify = handleDestroy;
+  wl_signal_add(&window->surface->destroy_signal, &window->destroyed);
+  wl_list_insert(&control->windows, &window->link);
+}
+
+// Commands
+
+static struct weston_desktop_surface* findWindow(struct Control* control, const char* title) {
+  struct Window* window;
+  wl_list_for_each(window, &control->windows, link) {
+    if (weston_surface_is_desktop_surface(window->surface)) {
+      struct weston_desktop_surface* found = weston_surface_get_desktop_surface(window->surface);
+      const char* text = weston_desktop_surface_get_title(found);
+      if (text != NULL && strcmp(text, title) == 0) {
+        return found;
+      }
+    }
+  }
+  return NULL;
+}
+
+static struct weston_seat* firstSeat(struct Control* control) {
+  struct weston_seat* seat;
+  wl_list_for_each(seat, &control->compositor->seat_list, link) { return seat; }
+  return NULL;
+}
+
+static int focusWindow(struct Control* control, const char* title) {
+  struct weston_desktop_surface* window = findWindow(control, title);
+  if (window == NULL) {
+    return 0;
+  }
+  struct weston_surface* surface = weston_desktop_surface_get_surface(window);
+  struct weston_view* view;
+  wl_list_for_each(view, &surface->views, surface_link) {
+    struct weston_layer* layer = view->layer_link.layer;
+    if (layer != NULL) {
+      weston_layer_entry_remove(&view->layer_link);
+      weston_layer_entry_insert(&layer->view_list, &view->layer_link);
+      weston_view_geometry_dirty(view);
+      weston_surface_damage(surface);
+      weston_view_activate_input(view, firstSeat(control), WESTON_ACTIVATE_FLAG_CONFIGURE);
+      return 1;
+    }
+  }
+  return 0;
+}
+
+static int closeWindow(struct Control* control, const char* title) {
+  struct weston_desktop_surface* window = findWindow(control, title);
+  if (window != NULL) {
+    weston_desktop_surface_close(window);
+  }
+  return window != NULL;
+}
+
+static int resizeWindow(struct Control* control, int width, int height, const char* title) {
+  struct weston_desktop_surface* window = findWindow(control, title);
+  if (window != NULL) {
+    weston_desktop_surface_set_size(window, width, height);
+  }
+  return window != NULL;
+}
+
+static int touchScreen(struct Control* control, int x, int y) {
+  struct weston_seat* seat = firstSeat(control);
+  if (control->touchDevice == NULL) {
+    weston_seat_init_touch(seat);
+    control->touchDevice =
+        weston_touch_create_touch_device(weston_seat_get_touch(seat), "/control", NULL, NULL);
+    return 0;  // clients have not bound the touch screen yet
+  }
+  struct timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  notify_touch_normalized(control->touchDevice, &now, 0, x, y, NULL, WL_TOUCH_DOWN);
+  notify_touch_frame(control->touchDevice);
+  notify_touch_normalized(control->touchDevice, &now, 0, 0, 0, NULL, WL_TOUCH_UP);
+  notify_touch_frame(control->touchDevice);
+  return 1;
+}
+
+static int runCommand(struct Control* control, const char* command) {
+  int first = 0;
+  int second = 0;
+  int length = 0;
+  if (strcmp(command, "check") == 0) {
+    return 1;
+  }
+  if (strncmp(command, "focus ", 6) == 0) {
+    return focusWindow(control, command + 6);
+  }
+  if (strncmp(command, "close ", 6) == 0) {
+    return closeWindow(control, command + 6);
+  }
+  if (sscanf(command, "resize %d %d %n", &first, &second, &length) == 2 && length > 0) {
+    return resizeWindow(control, first, second, command + length);
+  }
+  if (sscanf(command, "touch %d %d", &first, &second) == 2) {
+    return touchScreen(control, first, second);
+  }
+  return 0;
+}
+
+// The socket
+
+static int handleConnection(int listeningSocket, uint32_t mask, void* data) {
+  (void)mask;
+  const int connection = accept(listeningSocket, NULL, NULL);
+  char command[256];
+  const ssize_t size = recv(connection, command, sizeof(command) - 1, 0);
+  if (size > 0) {
+    command[size] = 0;
+    const char* reply = runCommand(data, command) ? "ok" : "failed";
+    send(connection, reply, strlen(reply), MSG_NOSIGNAL);
+  }
+  close(connection);
+  return 0;
+}
+
+WL_EXPORT int wet_module_init(struct weston_compositor* compositor, int* argc, char* argv[]);
+
+WL_EXPORT int wet_module_init(struct weston_compositor* compositor, int* argc, char* argv[]) {
+  (void)argc;
+  (void)argv;
+  struct Control* control = calloc(1, sizeof(*control));  // lives as long as weston
+  control->compositor = compositor;
+  wl_list_init(&control->windows);
+  control->surfaceCreated.notify = handleNewSurface;
+  wl_signal_add(&compositor->create_surface_signal, &control->surfaceCreated);
+  struct sockaddr_un address = {.sun_family = AF_UNIX};
+  snprintf(address.sun_path, sizeof(address.sun_path), "%s/control", getenv("XDG_RUNTIME_DIR"));
+  const int listeningSocket = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  if (bind(listeningSocket, (const struct sockaddr*)&address, sizeof(address)) != 0 ||
+      listen(listeningSocket, 8) != 0) {
+    return -1;
+  }
+  wl_event_loop_add_fd(wl_display_get_event_loop(compositor->wl_display), listeningSocket,
+                       WL_EVENT_READABLE, handleConnection, control);
+  return 0;
+}
