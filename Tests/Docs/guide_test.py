@@ -4,11 +4,15 @@
 import os
 import re
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
 
 from docs import PROGRAM, ROOT
+
+sys.path.insert(0, str(ROOT / "Tests/Support/Wayland"))
+from sway import Sway  # noqa: E402
 
 PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
 PREFIX = Path(os.environ["PREFIX"])
@@ -17,12 +21,10 @@ SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | 
 # The code around a snippet of statements.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id, struct wl_display* display, struct wl_surface* surface,
-             double width, double height);
+             uint64_t window_id);
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id, struct wl_display* display, struct wl_surface* surface,
-             double width, double height) {
-  (void)window_id, (void)display, (void)surface, (void)width, (void)height;
+             uint64_t window_id) {
+  (void)window_id;
 %s
   (void)options;
   (void)request;
@@ -41,11 +43,13 @@ class Guide(unittest.TestCase):
             if name:
                 (self.folder / name).write_text(text, encoding="utf-8")
 
-    def run_in_folder(self, *command):
+    def run_in_folder(self, *command, wayland_display=""):
         environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
         environment["PATH"] = f"{Path(PROGRAM).parent}:{environment['PATH']}"
         environment["PKG_CONFIG_PATH"] = str(PREFIX / "lib/pkgconfig")
         environment["LD_LIBRARY_PATH"] = str(PREFIX / "lib")
+        if wayland_display:
+            environment["WAYLAND_DISPLAY"] = wayland_display
         result = subprocess.run(
             command, cwd=self.folder, env=environment, capture_output=True, text=True,
             stdin=subprocess.DEVNULL, timeout=TIMEOUT, check=False,
@@ -61,7 +65,10 @@ class Guide(unittest.TestCase):
     def test_commands_print_what_the_guide_shows(self):
         output = ""
         for language, _, text in SNIPPETS:
-            if language == "sh":
+            if language == "sh" and "./wayland" in text:
+                with Sway() as sway:
+                    output = self.run_in_folder("sh", "-e", "-c", text, wayland_display=sway.wayland_display)
+            elif language == "sh":
                 output = self.run_in_folder("sh", "-e", "-c", text)
             elif language == "text":
                 self.assertEqual(output, text)

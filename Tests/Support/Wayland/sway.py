@@ -1,0 +1,86 @@
+"""Starts the Wayland compositor sway in a window of an X server."""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+import time
+
+CONFIGURATION = """xwayland disable
+default_border none
+default_floating_border none
+for_window [title=".*"] floating enable
+output * bg #203020 solid_color
+seat * hide_cursor 0
+"""
+NOBODY = 65534
+LIMIT = 30  # seconds until sway must run
+
+
+class Sway:
+    """sway on the X display `display`, or on an Xvfb server of its own if `display` is empty.
+
+    The screen of sway is 1024 by 768 pixels and begins at the upper left corner of the X screen. New
+    windows are centred, have no frame and get the focus. sway does not run as root, so root starts it
+    as the user nobody. All processes end with this object.
+    """
+
+    def __init__(self, display=""):
+        self.processes = []
+        self.folder = tempfile.TemporaryDirectory(prefix="sway-")
+        folder = pathlib.Path(self.folder.name)
+        # The value of WAYLAND_DISPLAY for clients.
+        self.wayland_display = str(folder / "wayland-1")
+        try:
+            self._start(display or self._start_xvfb(), folder)
+        except BaseException:
+            self.close()
+            raise
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        for process in reversed(self.processes):
+            process.terminate()
+            process.wait()
+        self.processes = []
+        self.folder.cleanup()
+
+    def _start_xvfb(self):
+        read_end, write_end = os.pipe()
+        self.processes.append(subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x960x24", "-nolisten", "tcp", "-noreset"],
+            pass_fds=[write_end], stderr=subprocess.DEVNULL))
+        os.close(write_end)
+        with os.fdopen(read_end) as numbers:
+            return ":" + numbers.readline().strip()
+
+    def _start(self, display, folder):
+        configuration, control_socket = folder / "config", folder / "ipc"
+        configuration.write_text(CONFIGURATION, encoding="utf-8")
+        command = ["sway", "--config", str(configuration)]
+        if os.getuid() == 0:
+            os.chown(folder, NOBODY, NOBODY)
+            command = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups", "--pdeathsig", "KILL",
+                       *command]
+        environment = {**os.environ, "DISPLAY": display, "XDG_RUNTIME_DIR": str(folder), "HOME": str(folder),
+                       "SWAYSOCK": str(control_socket), "WLR_BACKENDS": "x11", "WLR_RENDERER": "pixman",
+                       "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_X11_OUTPUTS": "1"}
+        environment.pop("WAYLAND_DISPLAY", None)
+        self.processes.append(subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL,
+                                               stderr=subprocess.DEVNULL))
+        end = time.monotonic() + LIMIT
+        while not (os.path.exists(self.wayland_display) and self._has_screen(control_socket)):
+            if time.monotonic() > end:
+                raise RuntimeError("sway does not start")
+            time.sleep(0.05)
+
+    @staticmethod
+    def _has_screen(control_socket):
+        reply = subprocess.run(["swaymsg", "-s", str(control_socket), "-t", "get_outputs"],
+                               capture_output=True, text=True, check=False)
+        return '"rect"' in reply.stdout
