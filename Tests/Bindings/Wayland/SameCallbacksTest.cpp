@@ -1,0 +1,412 @@
+// The same actions of a user and of a host cause the same callbacks of the C interface on the
+// headless display, on X11 and on Wayland. docs/internals.md lists the allowed differences.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Bindings/C/vel_launch_screen.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
+#include "Tests/Support/Wayland/SurfaceHost.h"
+#include "Tests/Support/Wayland/Sway.h"
+#include "Tests/Support/X11/X11Test.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+
+using Lines = std::vector<std::string>;
+
+constexpr const char* kTitle = "game";
+constexpr CGSize kSize{500, 320};
+constexpr CGSize kLargeSize{600, 400};
+
+/// Which window the launch screen covers.
+enum class Covered : std::uint8_t { LibrarysWindow, HostsWindow };
+
+/// A window system with one host and a user.
+class TestedSystem : NonCopyable {
+ public:
+  virtual ~TestedSystem() = default;
+
+  /// Sets the display and the window of the host.
+  virtual void describe(VelCreateOptions& options) = 0;
+  /// Processes the events of the host. `screen` may be null.
+  virtual void pumpHost(VelLaunchScreen* /*screen*/) {}
+  /// True if the cover is on the screen and fills the window.
+  [[nodiscard]] virtual bool isWhite() = 0;
+  virtual void userLeaves() = 0;
+  virtual void userReturns() = 0;
+  /// Resizes the window. On X11, a client asks the window manager for the new size.
+  virtual void resize(CGSize size) = 0;
+  virtual void userCloses() = 0;
+  /// True if the window has this size.
+  [[nodiscard]] virtual bool hasSize(CGSize size) = 0;
+  /// True if the user has closed the window.
+  [[nodiscard]] virtual bool isClosed() = 0;
+};
+
+/// The headless display. It has no windows of other programs, so the library always opens its own
+/// window.
+class HeadlessSystem final : public TestedSystem {
+ public:
+  void describe(VelCreateOptions& options) override { options.display = "headless"; }
+  bool isWhite() override { return !state().scene.empty(); }
+  void userLeaves() override { display().userDeactivatesApplication(); }
+  void userReturns() override { display().userActivatesApplication(); }
+  void resize(CGSize size) override { display().userResizesWindow(handle(), {{}, size}); }
+  void userCloses() override { display().userClosesWindow(handle()); }
+  bool hasSize(CGSize size) override { return state().description.frame.size == size; }
+  bool isClosed() override { return !state().isOnScreen; }
+
+ private:
+  static HeadlessWindowSystem& display() {
+    return dynamic_cast<HeadlessWindowSystem&>(NSApp->windowSystem());
+  }
+  // The first window of a display. The library opens no other window in the script.
+  static WindowHandle handle() { return static_cast<WindowHandle>(1); }
+  static HeadlessWindowSystem::Window state() {
+    const HeadlessWindowSystem::Window* const window = display().window(handle());
+    return window != nullptr ? *window : HeadlessWindowSystem::Window();
+  }
+};
+
+/// X11 with metacity.
+class X11System final : public TestedSystem {
+ public:
+  explicit X11System(Covered covered) : display_(server_.display()) {
+    if (covered == Covered::HostsWindow) {
+      window_ = client_.openGameWindow(
+          {200, 150, static_cast<int>(kSize.width), static_cast<int>(kSize.height)}, 0x208040);
+      hostWindow_.x11_window = window_;
+      EXPECT_TRUE(eventually([this] { return client_.focusedWindow() == window_; }));
+    }
+  }
+
+  void describe(VelCreateOptions& options) override {
+    options.display = "x11";
+    options.display_name = display_.c_str();
+    options.host_window = window_ != 0 ? &hostWindow_ : nullptr;
+  }
+  void pumpHost(VelLaunchScreen* /*screen*/) override {
+    if (window_ == 0) {
+      window_ = client_.findWindow(kTitle);
+    }
+  }
+  bool isWhite() override { return !isClosed() && client_.screenPicture(window_).isAll(kWhite); }
+  void userLeaves() override {
+    other_ = client_.openGameWindow({1020, 100, 200, 150}, 0);
+    EXPECT_TRUE(eventually([this] { return client_.isViewable(other_); }));
+    client_.focus(other_);
+  }
+  void userReturns() override {
+    client_.destroy(other_);
+    client_.focus(window_);
+  }
+  void resize(CGSize size) override {
+    PixelRect area = client_.areaOnScreen(window_);
+    area.width = static_cast<int>(size.width);
+    area.height = static_cast<int>(size.height);
+    client_.configure(window_, area);
+  }
+  void userCloses() override { client_.sendProtocolMessage(window_, "WM_DELETE_WINDOW"); }
+  bool hasSize(CGSize size) override {
+    const PixelRect area = client_.areaOnScreen(window_);
+    return area.width == static_cast<int>(size.width) &&
+           area.height == static_cast<int>(size.height);
+  }
+  bool isClosed() override { return window_ == 0 || !client_.isViewable(window_); }
+
+ private:
+  XServer server_;
+  XClient client_{server_.display()};
+  Process manager_ = startManager(Manager::Metacity, server_, client_);
+  std::string display_;
+  VelHostWindow hostWindow_ = VEL_HOST_WINDOW_INIT;
+  xcb_window_t window_ = 0;
+  xcb_window_t other_ = 0;
+};
+
+/// Wayland under sway.
+class WaylandSystem final : public TestedSystem {
+ public:
+  explicit WaylandSystem(Covered covered) : display_(sway_.display()) {
+    if (covered == Covered::HostsWindow) {
+      host_ = std::make_unique<SurfaceHost>(display_, kTitle, kSize, 0x208040);
+      const WaylandSurface surface = host_->window();
+      hostWindow_.wl_display = surface.display;
+      hostWindow_.wl_surface = surface.surface;
+      hostWindow_.xdg_toplevel = surface.toplevel;
+      hostWindow_.width = kSize.width;
+      hostWindow_.height = kSize.height;
+    }
+  }
+
+  void describe(VelCreateOptions& options) override {
+    options.display = "wayland";
+    options.display_name = display_.c_str();
+    options.host_window = host_ != nullptr ? &hostWindow_ : nullptr;
+  }
+  void pumpHost(VelLaunchScreen* screen) override {
+    if (host_ == nullptr) {
+      return;
+    }
+    host_->pump();
+    if (host_->size() != reportedSize_) {
+      reportedSize_ = host_->size();
+      EXPECT_EQ(vel_resized(screen, reportedSize_.width, reportedSize_.height), VEL_OK);
+    }
+  }
+  bool isWhite() override { return picture().colors() == whiteWindow(bounds()); }
+  void userLeaves() override {
+    other_ = std::make_unique<SurfaceHost>(display_, "other", CGSize{100, 100}, 0x804020);
+  }
+  void userReturns() override {
+    other_ = nullptr;
+    sway_.focusWindow(kTitle);
+  }
+  void resize(CGSize size) override {
+    sway_.resizeWindow(kTitle, static_cast<int>(size.width), static_cast<int>(size.height));
+  }
+  void userCloses() override { sway_.closeWindow(kTitle); }
+  bool hasSize(CGSize size) override {
+    const PixelRect area = bounds();
+    return area.width == static_cast<int>(size.width) &&
+           area.height == static_cast<int>(size.height);
+  }
+  bool isClosed() override { return picture().isAll(kDesktopColor); }
+
+ private:
+  static constexpr std::uint32_t kDesktopColor = 0x203020;
+
+  [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
+  // The area of the windows.
+  [[nodiscard]] PixelRect bounds() const { return picture().boundsOfOtherColors(kDesktopColor); }
+  // The colours of the screen if the window is white.
+  static std::map<std::uint32_t, int> whiteWindow(PixelRect area) {
+    const int count = area.width * area.height;
+    return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
+  }
+
+  Sway sway_;
+  std::string display_;
+  std::unique_ptr<SurfaceHost> host_;
+  std::unique_ptr<SurfaceHost> other_;
+  VelHostWindow hostWindow_ = VEL_HOST_WINDOW_INIT;
+  CGSize reportedSize_ = kSize;
+};
+
+/// What a script has recorded.
+struct Recording {
+  /// The actions of the script, each followed by its callbacks and by the state of the countdown.
+  Lines lines;
+  /// The calls of `controls_kept` and of `take_controls`. These callbacks come when a window
+  /// manager replies, so their place among the other callbacks differs from run to run.
+  Lines keptControls;
+  Lines controlsToTake;
+};
+
+/// Plays the script on a system.
+class Script : NonCopyable {
+ public:
+  Script(TestedSystem& system, Covered covered) : system_(system), covered_(covered) {}
+  ~Script() { vel_destroy(&screen_); }
+
+  void play();
+  [[nodiscard]] const Recording& recording() const { return recording_; }
+
+ private:
+  void create();
+  void present(const char* mode);
+  void noteAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
+  void notePause(VelPause pause);
+  void resize();
+  void waitUntil(std::string_view what, const std::function<bool()>& condition);
+  [[nodiscard]] bool hasLine(std::string_view line) const {
+    return std::ranges::find(recording_.lines, line) != recording_.lines.end();
+  }
+  static Recording& recordingOf(void* userData) {
+    return static_cast<Script*>(userData)->recording_;
+  }
+  static Lines& linesOf(void* userData) { return recordingOf(userData).lines; }
+  // Omits a call that repeats the previous call, because a window manager may reply twice.
+  static void noteControls(Lines& lines, std::uint32_t controls) {
+    const std::string line = controls != 0 ? "some" : "none";
+    if (lines.empty() || lines.back() != line) {
+      lines.push_back(line);
+    }
+  }
+
+  TestedSystem& system_;
+  Covered covered_;
+  VelCallbacks callbacks_ = VEL_CALLBACKS_INIT;
+  VelLaunchScreen* screen_ = nullptr;
+  Recording recording_;
+};
+
+void Script::create() {
+  callbacks_.user_data = this;
+  callbacks_.state_changed = [](void* data, VelState state, const char* /*error*/) {
+    linesOf(data).push_back("state_changed " + std::to_string(state));
+  };
+  callbacks_.will_appear = [](void* data) { linesOf(data).emplace_back("will_appear"); };
+  callbacks_.may_disappear = [](void* data) {
+    linesOf(data).emplace_back("may_disappear");
+    return 1;
+  };
+  callbacks_.did_disappear = [](void* data) { linesOf(data).emplace_back("did_disappear"); };
+  callbacks_.record_event = [](void* data, const char* event) {
+    linesOf(data).push_back(std::string("record_event ") + event);
+  };
+  callbacks_.log_line = [](void* data, const char* line) {
+    linesOf(data).push_back(std::string("log_line ") + line);
+  };
+  callbacks_.display_lost = [](void* data, const char* /*reason*/) {
+    linesOf(data).emplace_back("display_lost");
+  };
+  callbacks_.ended = [](void* data, VelEndReason reason) {
+    linesOf(data).push_back("ended " + std::to_string(reason));
+  };
+  callbacks_.controls_kept = [](void* data, std::uint32_t controls) {
+    noteControls(recordingOf(data).keptControls, controls);
+  };
+  callbacks_.take_controls = [](void* data, std::uint32_t controls) {
+    noteControls(recordingOf(data).controlsToTake, controls);
+  };
+  VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
+  options.title = kTitle;
+  options.width = kSize.width;
+  options.height = kSize.height;
+  options.callbacks = &callbacks_;
+  system_.describe(options);
+  ASSERT_EQ(vel_create(&options, &screen_), VEL_OK) << vel_last_error();
+}
+
+void Script::present(const char* mode) {
+  VelRequest request = VEL_REQUEST_INIT;
+  request.mode = mode;
+  request.event = "launch_end";
+  request.seconds = 4;
+  recording_.lines.push_back("vel_request " + std::to_string(vel_request(screen_, &request)));
+  recording_.lines.push_back("vel_present " +
+                             std::to_string(vel_present(screen_, VEL_PRESENT_EMBEDDED)));
+}
+
+void Script::waitUntil(std::string_view what, const std::function<bool()>& condition) {
+  EXPECT_TRUE(eventually([&] {
+    system_.pumpHost(screen_);
+    vel_pump(screen_, nullptr);
+    return condition();
+  })) << what;
+}
+
+void Script::notePause(VelPause pause) {
+  waitUntil("pause reason", [&] {
+    VelPause reason = VEL_PAUSE_NOT_UP;
+    vel_pause_reason(screen_, &reason);
+    return reason == pause;
+  });
+  recording_.lines.push_back("pause reason " + std::to_string(pause));
+}
+
+void Script::resize() {
+  noteAction("resize the window");
+  system_.resize(kLargeSize);
+  waitUntil("resized", [this] { return system_.hasSize(kLargeSize); });
+}
+
+void Script::play() {
+  create();
+  waitUntil("open", [this] { return system_.hasSize(kSize); });
+  // The library disables resizing of a covered window, but the host can still resize its window.
+  if (covered_ == Covered::LibrarysWindow) {
+    resize();
+  }
+
+  noteAction("the host presents the launch screen");
+  present("forced");
+  waitUntil("white", [this] { return system_.isWhite(); });
+  notePause(VEL_PAUSE_NONE);
+  noteAction("the user leaves");
+  system_.userLeaves();
+  notePause(VEL_PAUSE_NOT_IN_FRONT);
+  noteAction("the user returns");
+  system_.userReturns();
+  notePause(VEL_PAUSE_NONE);
+  if (covered_ == Covered::HostsWindow) {
+    resize();
+  }
+  noteAction("the user closes the covered window");
+  system_.userCloses();
+  waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
+
+  noteAction("the host presents and dismisses a second launch screen");
+  present("skip");
+  waitUntil("white again", [this] { return system_.isWhite(); });
+  notePause(VEL_PAUSE_NONE);
+  recording_.lines.push_back("vel_dismiss " + std::to_string(vel_dismiss(screen_)));
+  waitUntil("the second end", [this] { return hasLine("ended 2") && !system_.isWhite(); });
+
+  if (covered_ == Covered::LibrarysWindow) {
+    noteAction("the user closes the window");
+    system_.userCloses();
+    waitUntil("closed", [this] { return system_.isClosed(); });
+    present("forced");
+  } else {
+    noteAction("the host destroys a third launch screen");
+    present("forced");
+    waitUntil("white the third time", [this] { return system_.isWhite(); });
+    vel_destroy(&screen_);
+  }
+}
+
+template <class System, class... Arguments>
+Recording record(Covered covered, Arguments... arguments) {
+  System system(arguments...);
+  Script script(system, covered);
+  script.play();
+  return script.recording();
+}
+
+class SameCallbacks : public testing::TestWithParam<Covered> {};
+
+TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
+  const Covered covered = GetParam();
+  const Recording headless = record<HeadlessSystem>(covered);
+  const Recording x11 = record<X11System>(covered, covered);
+  const Recording wayland = record<WaylandSystem>(covered, covered);
+  EXPECT_THAT(headless.lines, Contains("record_event launch_end").Times(1));
+  EXPECT_EQ(x11.lines, headless.lines);
+  EXPECT_EQ(wayland.lines, headless.lines);
+  EXPECT_EQ(wayland.lines, x11.lines);
+
+  // The headless display has no window manager that keeps controls. Each other system keeps
+  // different controls.
+  EXPECT_THAT(headless.keptControls, IsEmpty());
+  EXPECT_THAT(x11.keptControls, Contains("none"));
+  EXPECT_THAT(wayland.keptControls, Contains("none"));
+  // Only a host can remove the controls of its own Wayland surface.
+  EXPECT_THAT(headless.controlsToTake, IsEmpty());
+  EXPECT_THAT(x11.controlsToTake, IsEmpty());
+  EXPECT_EQ(wayland.controlsToTake,
+            covered == Covered::HostsWindow ? wayland.keptControls : Lines());
+}
+
+INSTANTIATE_TEST_SUITE_P(Windows, SameCallbacks,
+                         testing::Values(Covered::LibrarysWindow, Covered::HostsWindow),
+                         [](const testing::TestParamInfo<Covered>& testInfo) {
+                           return testInfo.param == Covered::LibrarysWindow ? "OfTheLibrary"
+                                                                            : "OfTheHost";
+                         });
+
+}  // namespace
+}  // namespace vel::test
