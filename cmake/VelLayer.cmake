@@ -1,12 +1,13 @@
-# vel_add_layer(<name> [RECURSIVE] [SOURCES <source>...] [DEPENDS <layer>...]
+# vel_add_layer(<name> [RECURSIVE] [OUTSIDE_LIBRARY] [SOURCES <source>...] [DEPENDS <layer>...]
 #               [LIBRARIES <target>...] [DEFINITIONS <definition>...])
 #
 # Creates the target vel::<name> from the sources of the current folder. RECURSIVE adds the sources of
-# its subfolders. SOURCES adds the listed sources. DEPENDS lists the layers whose headers the folder
-# includes. LIBRARIES (targets from outside the project) and DEFINITIONS apply to the folder's own
-# sources only. A folder without sources becomes an interface target.
+# its subfolders. OUTSIDE_LIBRARY leaves the folder out of the library VelLaunchScreen. SOURCES adds the
+# listed sources. DEPENDS lists the layers whose headers the folder includes. LIBRARIES (targets from
+# outside the project) and DEFINITIONS apply to the folder's own sources only. A folder without sources
+# becomes an interface target.
 function(vel_add_layer name)
-  cmake_parse_arguments(PARSE_ARGV 1 layer "RECURSIVE" "" "SOURCES;DEPENDS;LIBRARIES;DEFINITIONS")
+  cmake_parse_arguments(PARSE_ARGV 1 layer "RECURSIVE;OUTSIDE_LIBRARY" "" "SOURCES;DEPENDS;LIBRARIES;DEFINITIONS")
   if(layer_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "vel_add_layer(${name}): unknown argument '${layer_UNPARSED_ARGUMENTS}'")
   endif()
@@ -15,7 +16,7 @@ function(vel_add_layer name)
   if(layer_RECURSIVE)
     set(glob GLOB_RECURSE)
   endif()
-  file(${glob} sources CONFIGURE_DEPENDS "*.cpp")
+  file(${glob} sources CONFIGURE_DEPENDS "*.cpp" "*.mm")
   list(APPEND sources ${layer_SOURCES})
   list(TRANSFORM layer_DEPENDS PREPEND "vel::")
 
@@ -27,8 +28,10 @@ function(vel_add_layer name)
     if(WIN32 AND BUILD_SHARED_LIBS)
       target_compile_definitions(Vel${name}Layer PRIVATE VEL_DLL_EXPORTS)
     endif()
-    set_property(GLOBAL APPEND PROPERTY VEL_LIBRARY_LAYERS Vel${name}Layer)
-    set_property(GLOBAL APPEND PROPERTY VEL_LIBRARY_DEPENDENCIES ${layer_LIBRARIES})
+    if(NOT layer_OUTSIDE_LIBRARY)
+      set_property(GLOBAL APPEND PROPERTY VEL_LIBRARY_LAYERS Vel${name}Layer)
+      set_property(GLOBAL APPEND PROPERTY VEL_LIBRARY_DEPENDENCIES ${layer_LIBRARIES})
+    endif()
   else()
     add_library(Vel${name}Layer INTERFACE)
     set(scope INTERFACE)

@@ -49,6 +49,16 @@ if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
   endif()
 endif()
 
+if(VEL_COCOA_ENABLED)
+  # For AppKit hosts: the library and the AppKit back end. The back end is added as objects, because
+  # nothing refers to it: it registers its display itself.
+  add_library(VelLaunchScreenAppKit INTERFACE)
+  add_library(VelLaunchScreen::AppKit ALIAS VelLaunchScreenAppKit)
+  target_sources(VelLaunchScreenAppKit
+    INTERFACE $<TARGET_OBJECTS:VelCocoaLayer> $<TARGET_OBJECTS:VelWindowSystemLayer>)
+  target_link_libraries(VelLaunchScreenAppKit INTERFACE VelLaunchScreen vel::AppKitFramework)
+endif()
+
 if(VEL_INSTALL)
   include(VelInstall)
 endif()

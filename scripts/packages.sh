@@ -9,13 +9,15 @@ packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev
   libwayland-dev libwayland-bin wayland-protocols)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
-  clang-16 gobjc++ lld
+  clang-16 lld
   pkg-config dpkg-dev file fonts-dejavu-core
   libglib2.0-dev libsdl2-dev doxygen
   # the X servers, window managers and programs of the tests on X11
   libxcb-damage0-dev libxcb-res0-dev libxcb-xtest0-dev
   xvfb metacity openbox xfwm4 icewm marco mate-settings-daemon-common fluxbox xdotool x11-apps
   x11-xserver-utils xterm mesa-utils xmahjongg python3-xlib
+  # the free AppKit for the AppKit back end; the other builds work without it
+  libgnustep-gui-dev gnustep-back0.29-cairo gobjc++
   # the compositors of the tests on Wayland; setpriv of util-linux starts sway
   sway util-linux weston libweston-10-dev)
 # The hosts and environments of scripts/hosts.sh.

@@ -22,6 +22,7 @@
 #include "Platform/Foundation/NSNumber.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Platform/Foundation/NonCopyable.h"
+#include "Platform/WindowSystem/Backends/Backends.h"
 
 namespace {
 
@@ -362,6 +363,7 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
     return fail(VEL_INVALID_ARGUMENT, "the pointer for the handle is null");
   }
   *screen = nullptr;
+  VelLaunchScreen* newScreen = nullptr;
   VelCreateOptions knownOptions = VEL_CREATE_OPTIONS_INIT;
   VelCallbacks knownCallbacks = VEL_CALLBACKS_INIT;
   std::optional<vel::NativeWindow> hostWindow;
@@ -375,6 +377,8 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
       return fail(VEL_ALREADY_EXISTS, "this process already has a launch screen");
     }
     registry().isChanging = true;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): never used as an address
+    newScreen = reinterpret_cast<VelLaunchScreen*>(registry().handle + 1);
   }
   ThreadEndObserver::observeThisThread();
   std::unique_ptr<Session> session;
@@ -382,6 +386,10 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
     std::string error;
     const VelStatus result =
         Session::create(knownOptions, hostWindow, knownCallbacks, session, error);
+    if (result == VEL_OK) {
+      vel::runPassesInHostLoop(vel::NSApp->windowSystem(),
+                               [newScreen] { vel_pump(newScreen, nullptr); });
+    }
     return result == VEL_OK ? VEL_OK : fail(result, error);
   });
   const std::scoped_lock lock(registry().mutex);
@@ -389,8 +397,8 @@ VelStatus vel_create(const VelCreateOptions* options, VelLaunchScreen** screen) 
   if (status == VEL_OK) {
     clearLastError();
     registry().session = std::move(session);
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): never used as an address
-    *screen = reinterpret_cast<VelLaunchScreen*>(++registry().handle);
+    ++registry().handle;
+    *screen = newScreen;
   }
   return status;
 }

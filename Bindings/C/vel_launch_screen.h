@@ -189,8 +189,8 @@ struct xdg_toplevel;
 typedef struct VelHostWindow {
   size_t size;         /* sizeof(VelHostWindow) */
   uint64_t x11_window; /* X11: the identifier of a window of any program */
-  void* ns_window;     /* macOS: an NSWindow of this process */
-  /* macOS: the windowNumber of an NSWindow of this process. Used if `ns_window` is null. */
+  void* ns_window;     /* AppKit: an NSWindow of this process */
+  /* AppKit: the windowNumber of an NSWindow of this process. Used if `ns_window` is null. */
   int64_t ns_window_number;
   struct wl_display* wl_display; /* Wayland: the connection of this process */
   struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
@@ -208,10 +208,10 @@ typedef struct VelHostWindow {
 /* The options of vel_create(). */
 typedef struct VelCreateOptions {
   size_t size; /* sizeof(VelCreateOptions) */
-  /* "headless" for a display in memory, "x11" or "wayland". "auto" or null: Wayland if
-   * `host_window` is a Wayland surface, or if $WAYLAND_DISPLAY names a compositor and the options
-   * contain neither a window nor `display_name`. Otherwise X11 if a display can be opened,
-   * otherwise the display in memory. */
+  /* "headless" for a display in memory, "x11", "wayland", or "cocoa" if the host links the AppKit
+   * back end. "auto" or null: Wayland if `host_window` is a Wayland surface, or if $WAYLAND_DISPLAY
+   * names a compositor and the options contain neither a window nor `display_name`. Otherwise Cocoa
+   * on macOS and X11 elsewhere if a display can be opened, otherwise the display in memory. */
   const char* display;
   /* The name of the X display or of the Wayland display. Null: the value of $DISPLAY or of
    * $WAYLAND_DISPLAY. Not used if `host_window` is a Wayland surface. */

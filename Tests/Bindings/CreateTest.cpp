@@ -157,6 +157,14 @@ TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedReturnsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
+TEST_F(CreateTest, TheCocoaDisplayNeedsAHostThatLinksItsBackEnd) {
+  VelCreateOptions options = virtualOptions();
+  options.display = "cocoa";
+  EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
+  EXPECT_STREQ(vel_last_error(), "the Cocoa display is not built in");
+  EXPECT_EQ(NSApp, nullptr);
+}
+
 TEST_F(CreateTest, ALongErrorIsTruncated) {
   const std::string name(10'000, 'x');
   VelCreateOptions options = virtualOptions();

@@ -25,6 +25,7 @@ MAY_INCLUDE = {
     "Platform/WindowSystem/Headless": PORT,
     "Platform/WindowSystem/Wayland": PORT,
     "Platform/WindowSystem/X11": PORT,
+    "Platform/WindowSystem/Cocoa": ["Platform/WindowSystem/Backends", *PORT],
     "Platform/WindowSystem/Backends": [
         "Platform/WindowSystem/Headless",
         "Platform/WindowSystem/Wayland",
@@ -44,6 +45,12 @@ MAY_INCLUDE = {
     "Fuzz": ["Bindings/Json", "Host", "Tests", *LIBRARY],
     "Benchmarks": [*LIBRARY, *BACKENDS],
 }
+
+APPKIT = [
+    "Platform/WindowSystem/Cocoa",
+    "Tests/Support/Cocoa",
+    "Tests/WindowSystem/Cocoa",
+]
 
 # The folders whose sources may use POSIX or one operating system.
 SYSTEM_SOURCES = [
@@ -73,6 +80,9 @@ OUTSIDE = {
         "Tests/Support/Wayland",
     ],
     "X11/": [],
+    "AppKit/": APPKIT,
+    "Foundation/": APPKIT,
+    "GNUstepGUI/": ["Tests/Support/Cocoa"],
     "CLI/": ["Host"],
     "png.h": ["Host", "Tests/Support/X11"],
     "nlohmann/": ["Bindings/Json", "Host", "Tests/Host", "Fuzz"],
@@ -89,7 +99,7 @@ OUTSIDE = {
 # The folders whose sources may test platform macros.
 MAY_TEST_PLATFORM = ["Platform/WindowSystem/Backends"]
 
-INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]*)"|<([^>]*)>)')
+INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*(?:"([^"]*)"|<([^>]*)>)')
 CONDITION = re.compile(r"^\s*#\s*(?:el)?if(?:n?def)?\b(.*)")
 PLATFORM_MACRO = re.compile(
     r"\b(__APPLE__|__MACH__|TARGET_OS_\w+|_?_?WIN(?:32|64)(?:__)?|_MSC_VER|__CYGWIN__|__MINGW\w*"

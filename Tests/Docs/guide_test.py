@@ -21,10 +21,10 @@ SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | 
 # The code around a snippet of statements.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id);
+             uint64_t window_id, void* ns_window);
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
-             uint64_t window_id) {
-  (void)window_id;
+             uint64_t window_id, void* ns_window) {
+  (void)window_id, (void)ns_window;
 %s
   (void)options;
   (void)request;

@@ -50,6 +50,8 @@ struct Backend {
   /// True if each change of the style mask causes a `controlsKept` report. The report names the
   /// controls that the new style mask lacks but that the window manager still offers.
   bool reportsControlsKept;
+  /// True if the process survives a lost connection to the display, and the back end reports it.
+  bool reportsLostDisplay;
 
   friend void PrintTo(const Backend& backend, std::ostream* out) { *out << backend.name; }
 };

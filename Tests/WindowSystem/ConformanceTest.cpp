@@ -312,15 +312,16 @@ TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
       system(), [this] { return !system().deliverEvents() && system().nextDeadline() > 0; }));
 }
 
-TEST_P(Conformance, AnEventIsReportedAtOnceOrTheDescriptorBecomesReadable) {
+TEST_P(Conformance, AnEventIsReportedAtOnceOrEndsAWait) {
   const WindowHandle window = openFocused();
   display->otherProgramResizes(window, {400, 260});
   const bool isReportedAtOnce = reports.count("frame") > 0;
   if (!isReportedAtOnce) {
-    ASSERT_TRUE(system().waitHandle().isValid());
+    ASSERT_TRUE(system().waitHandle().isValid() || system().nextDeadline() != kNever);
     waitForInput(system().waitHandle().descriptor(),
                  std::min(system().nextDeadline(), steadyNow() + kTimeout));
-    EXPECT_TRUE(system().deliverEvents());
+    // A back end without a handle looks for events at its deadline, and may be too early.
+    EXPECT_TRUE(system().deliverEvents() || !system().waitHandle().isValid());
   }
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));
 }
@@ -341,7 +342,10 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   system().setDelegate(nullptr);
 }
 
-TEST_P(Conformance, ALostConnectionIsReportedOnceAndAllHandlesAreInvalid) {
+TEST_P(Conformance, ALostConnectionIsReportedOnceIfTheBackEndReportsIt) {
+  if (!GetParam().reportsLostDisplay) {
+    return;
+  }
   const WindowHandle window = openFocused();
   display->serverClosesConnection();
   ASSERT_TRUE(waitFor("display lost"));

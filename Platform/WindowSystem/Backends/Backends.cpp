@@ -2,6 +2,9 @@
 #include "Platform/WindowSystem/Backends/Backends.h"
 
 #include <cstdlib>
+#include <functional>
+#include <map>
+#include <utility>
 
 #include "Platform/WindowSystem/Headless/HeadlessWindowSystem.h"
 
@@ -15,6 +18,19 @@
 namespace vel {
 
 namespace {
+
+struct AddedWindowSystem {
+  WindowSystemOpener open;
+  HostLoopConnector connectHostLoop;
+};
+using AddedWindowSystems = std::map<std::string, AddedWindowSystem, std::less<>>;
+
+// Other libraries add entries while the program is being loaded, so this function makes the map at
+// the first call.
+AddedWindowSystems& addedWindowSystems() {
+  static AddedWindowSystems added;
+  return added;
+}
 
 std::unique_ptr<WindowSystem> makeX11([[maybe_unused]] const std::string& displayName,
                                       std::string& error) {
@@ -38,7 +54,37 @@ std::unique_ptr<WindowSystem> makeWayland([[maybe_unused]] const std::string& di
 #endif
 }
 
+std::unique_ptr<WindowSystem> makeCocoa(const std::string& displayName, std::string& error) {
+  const auto cocoa = addedWindowSystems().find("cocoa");
+  if (cocoa == addedWindowSystems().end()) {
+    error = "the Cocoa display is not built in";
+    return nullptr;
+  }
+  return cocoa->second.open(displayName, error);
+}
+
+// Opens the display that most programs on this system use.
+std::unique_ptr<WindowSystem> makeUsual(const std::string& displayName, std::string& error) {
+#ifdef __APPLE__
+  return makeCocoa(displayName, error);
+#else
+  return makeX11(displayName, error);
+#endif
+}
+
 }  // namespace
+
+void addWindowSystem(std::string_view name, WindowSystemOpener open,
+                     HostLoopConnector connectHostLoop) {
+  addedWindowSystems().insert_or_assign(std::string(name),
+                                        AddedWindowSystem{open, connectHostLoop});
+}
+
+void runPassesInHostLoop(WindowSystem& windowSystem, const std::function<void()>& runPass) {
+  for (const auto& [name, added] : addedWindowSystems()) {
+    added.connectHostLoop(windowSystem, runPass);
+  }
+}
 
 std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
                                                const std::string& displayName, std::string& error,
@@ -50,6 +96,9 @@ std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
   if (name == "x11") {
     return makeX11(displayName, error);
   }
+  if (name == "cocoa") {
+    return makeCocoa(displayName, error);
+  }
   if (name == "auto") {
     const char* const compositor = std::getenv("WAYLAND_DISPLAY");
     if (compositor != nullptr && *compositor != '\0' && displayName.empty() && !hostWindow) {
@@ -59,8 +108,8 @@ std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
       }
     }
     std::string ignoredError;
-    if (auto x11 = makeX11(displayName, ignoredError)) {
-      return x11;
+    if (auto usual = makeUsual(displayName, ignoredError)) {
+      return usual;
     }
   }
   if (name == "headless" || name == "auto") {

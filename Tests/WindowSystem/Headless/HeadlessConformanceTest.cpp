@@ -35,7 +35,8 @@ INSTANTIATE_TEST_SUITE_P(Headless, Conformance,
                                                  .miniaturizes = true,
                                                  .reportsOrder = true,
                                                  .reportsDestruction = true,
-                                                 .reportsControlsKept = false}),
+                                                 .reportsControlsKept = false,
+                                                 .reportsLostDisplay = true}),
                          nameOfBackend);
 
 }  // namespace

@@ -66,7 +66,8 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)()) {
           .miniaturizes = false,
           .reportsOrder = false,
           .reportsDestruction = false,
-          .reportsControlsKept = true};
+          .reportsControlsKept = true,
+          .reportsLostDisplay = true};
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -69,7 +69,8 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
           .miniaturizes = hasManager,
           .reportsOrder = true,
           .reportsDestruction = true,
-          .reportsControlsKept = true};
+          .reportsControlsKept = true,
+          .reportsLostDisplay = true};
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,0 +1,59 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NonCopyable.h"
+#include "Platform/Foundation/Time.h"
+#include "Platform/WindowSystem/WindowSystem.h"
+
+@class VelCoverView;
+
+namespace vel::cocoa {
+
+/// What the platform layer draws over the content of one native window: a view above all other
+/// views of the content view. The view exists only while it draws a scene or shields the window. It
+/// takes all pointer events. The rest of the owner's view tree is not changed. The window must
+/// outlive the cover.
+class Cover final : public NonCopyable {
+ public:
+  explicit Cover(NSWindow* window) : window_(window) {}
+  ~Cover() { remove(); }
+
+  /// Replaces the scene, and displays it before it returns.
+  void show(const Scene& scene);
+  [[nodiscard]] bool hasScene() const { return !scene_.empty(); }
+  /// A shield takes the pointer events of the window even while the scene is empty.
+  void setShielded(bool isShielded);
+  void setMovableByBackground(bool isMovable) { isMovableByBackground_ = isMovable; }
+  [[nodiscard]] bool isMovableByBackground() const { return isMovableByBackground_; }
+  /// Removes the view.
+  void remove();
+  /// Puts the view in front again after the owner has replaced the content view or added views.
+  void repair();
+
+  /// The time of the next frame of an indicator; `kNever` if no indicator turns.
+  [[nodiscard]] Nanoseconds deadline() const;
+  /// Draws the next frame of the indicators if its time has come.
+  void advance(Nanoseconds now);
+
+  /// The view calls this function to draw the scene.
+  void draw(NSRect bounds) const;
+
+ private:
+  [[nodiscard]] bool isAnimated() const;
+  [[nodiscard]] bool isOpaque() const;
+  void update();
+  void attach(NSView* content);
+
+  NSWindow* window_;
+  VelCoverView* view_ = nil;
+  Scene scene_;
+  CGSize contentSize_;  // the size of the content for which `scene_` was made
+  bool isShielded_ = false;
+  bool isMovableByBackground_ = false;
+  unsigned position_ = 0;  // the darkest spoke of the indicators
+  Nanoseconds nextFrameTime_ = 0;
+};
+
+}  // namespace vel::cocoa

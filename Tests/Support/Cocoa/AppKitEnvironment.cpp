@@ -1,0 +1,69 @@
+#include "Tests/Support/Cocoa/AppKitEnvironment.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace vel::test {
+
+namespace {
+
+// The parent of a process, which is the second number after the name in /proc/<id>/stat.
+pid_t parentOf(const std::filesystem::path& process) {
+  std::ifstream file(process / "stat");
+  std::string line;
+  std::getline(file, line);
+  const std::size_t nameEnd = line.rfind(')');
+  // The state is one letter between the name and the parent.
+  return nameEnd == std::string::npos ? 0 : std::atoi(line.c_str() + nameEnd + 4);
+}
+
+std::vector<pid_t> childrenOfThisProcess() {
+  std::vector<pid_t> children;
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
+    const std::string name = entry.path().filename().string();
+    if (std::isdigit(static_cast<unsigned char>(name.front())) != 0 &&
+        parentOf(entry.path()) == getpid()) {
+      children.push_back(std::atoi(name.c_str()));
+    }
+  }
+  return children;
+}
+
+}  // namespace
+
+AppKitEnvironment::AppKitEnvironment() {
+  std::string name = (std::filesystem::temp_directory_path() / "appkit-test-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "mkdtemp");
+  }
+  home_ = name;
+  setenv("HOME", name.c_str(), 1);
+  // The daemon detaches from its parent. Detached descendants become children of this process.
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+AppKitEnvironment::~AppKitEnvironment() {
+  for (std::vector<pid_t> children = childrenOfThisProcess(); !children.empty();
+       children = childrenOfThisProcess()) {
+    for (const pid_t child : children) {
+      kill(child, SIGKILL);
+      waitpid(child, nullptr, 0);
+    }
+  }
+  std::error_code ignored;
+  std::filesystem::remove_all(home_, ignored);
+}
+
+}  // namespace vel::test

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel::test {
+
+/// Keeps AppKit away from the user's settings, and ends the daemon that the free AppKit starts.
+/// Create this object before AppKit starts, in this process or in a child process.
+class AppKitEnvironment : NonCopyable {
+ public:
+  /// Sets the home folder of this process and its children to a new folder.
+  AppKitEnvironment();
+  /// Kills all descendants of this process and deletes the folder.
+  ~AppKitEnvironment();
+
+ private:
+  std::filesystem::path home_;
+};
+
+}  // namespace vel::test

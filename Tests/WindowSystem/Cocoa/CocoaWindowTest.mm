@@ -1,0 +1,204 @@
+// The AppKit back end over a window of the host, seen from outside the process.
+#include <gmock/gmock.h>
+
+#include "Platform/WindowSystem/Cocoa/CocoaWindowSystem.h"
+#include "Tests/Support/Cocoa/AppKitDisplay.h"
+
+// The content of the host's window: one colour. Counts the presses of the pointer.
+@interface GreenContentView : NSView {
+ @public
+  int presses;
+}
+@end
+@implementation GreenContentView
+- (void)drawRect:(NSRect)dirtyRect {
+  [[NSColor colorWithDeviceRed:0 green:1 blue:0 alpha:1] set];
+  NSRectFill([self bounds]);
+}
+- (void)mouseDown:(NSEvent*)event {
+  ++presses;
+}
+- (BOOL)acceptsFirstMouse:(NSEvent*)event {
+  return YES;
+}
+@end
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+
+constexpr std::uint32_t kGreen = 0x00FF00;
+
+class CocoaWindowTest : public testing::Test {
+ protected:
+  CocoaWindowTest() {
+    std::string error;
+    system = CocoaWindowSystem::open(error);
+    if (system == nullptr) {
+      throw std::runtime_error(error);
+    }
+    system->setDelegate(&reports);
+    native = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 200, 400, 300)
+                                         styleMask:15
+                                           backing:NSBackingStoreBuffered
+                                             defer:NO];
+    [native setReleasedWhenClosed:NO];
+    content = [[GreenContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)];
+    [native setContentView:content];
+    [native makeKeyAndOrderFront:nil];
+    EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
+    const auto adopted = system->adoptWindow(CocoaWindow{.window = native}, error);
+    window = adopted ? adopted->handle : WindowHandle::None;
+  }
+  ~CocoaWindowTest() override {
+    system = nullptr;
+    [native close];
+    [native release];
+    [content release];
+    [pool release];
+  }
+
+  bool waitFor(const std::function<bool()>& condition) { return deliverUntil(*system, condition); }
+  [[nodiscard]] bool isAll(std::uint32_t color) const {
+    const Picture picture = display.client.screenPicture(AppKitDisplay::idOf(native));
+    return picture.width > 0 && picture.isAll(color);
+  }
+  void clickInTheMiddle() {
+    const PixelRect area = display.client.areaOnScreen(AppKitDisplay::idOf(native));
+    display.client.click(area.x + area.width / 2, area.y + area.height / 2);
+  }
+  void showWhite(double width, double height) {
+    system->setScene(window, {{.kind = SceneItem::Kind::Fill,
+                               .frame = CGRectMake(0, 0, width, height),
+                               .color = {1, 1, 1, 1}}});
+  }
+
+  AppKitDisplay& display = AppKitDisplay::shared();
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  std::unique_ptr<CocoaWindowSystem> system;
+  ReportListener reports;
+  NSWindow* native = nil;
+  GreenContentView* content = nil;
+  WindowHandle window = WindowHandle::None;
+};
+
+TEST_F(CocoaWindowTest, TheCoverIsVisibleAtOnceAndLeavesNothing) {
+  showWhite(400, 300);
+  EXPECT_EQ([[content subviews] count], 1U);
+  EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
+  system->setScene(window, {});
+  EXPECT_EQ([[content subviews] count], 0U);
+  EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
+}
+
+TEST_F(CocoaWindowTest, TheCoverFollowsTheSizeOfTheContent) {
+  showWhite(400, 300);
+  [native setContentSize:NSMakeSize(600, 450)];
+  EXPECT_TRUE(waitFor([this] {
+    return display.client.areaOnScreen(AppKitDisplay::idOf(native)).width == 600 && isAll(kWhite);
+  }));
+}
+
+TEST_F(CocoaWindowTest, TheCoverStaysAboveViewsThatTheOwnerAdds) {
+  showWhite(400, 300);
+  GreenContentView* const added =
+      [[[GreenContentView alloc] initWithFrame:NSMakeRect(50, 50, 100, 100)] autorelease];
+  [content addSubview:added];
+  EXPECT_TRUE(
+      waitFor([=, this] { return [[content subviews] lastObject] != added && isAll(kWhite); }));
+  [added removeFromSuperview];
+}
+
+TEST_F(CocoaWindowTest, TheIndicatorTurns) {
+  const CGRect indicator{{184, 134}, {32, 32}};
+  system->setScene(
+      window,
+      {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 400, 300), .color = {1, 1, 1, 1}},
+       {.kind = SceneItem::Kind::Spinner, .frame = indicator, .color = {}, .isAnimated = true}});
+  const auto picture = [this] { return display.client.screenPicture(AppKitDisplay::idOf(native)); };
+  EXPECT_TRUE(waitFor([&] { return picture().colors().size() > 4; }));
+  const Picture first = picture();
+  first.save("cocoa-indicator");
+  EXPECT_TRUE(waitFor([&] { return picture() != first; }));
+  const PixelRect drawn = picture().boundsOfOtherColors(kWhite);
+  EXPECT_GE(drawn.x, 184);
+  EXPECT_GE(drawn.y, 134);
+  EXPECT_LE(drawn.x + drawn.width, 216);
+  EXPECT_LE(drawn.y + drawn.height, 166);
+}
+
+TEST_F(CocoaWindowTest, TheCoverTakesThePointerEvents) {
+  const NSPoint middle = NSMakePoint(200, 150);
+  EXPECT_EQ([content hitTest:middle], content);
+  showWhite(400, 300);
+  EXPECT_NE([content hitTest:middle], content);
+  clickInTheMiddle();
+  EXPECT_TRUE(waitFor([this] { return isAll(kWhite); }));
+  EXPECT_EQ(content->presses, 0);
+}
+
+TEST_F(CocoaWindowTest, AModalWindowShieldsTheOtherWindows) {
+  const WindowHandle modal = system->createWindow({.className = "NSWindow",
+                                                   .title = "modal",
+                                                   .frame = CGRectMake(700, 300, 200, 150),
+                                                   .styleMask = 1,
+                                                   .kind = WindowKind::Modal,
+                                                   .owner = window});
+  system->orderFront(modal);
+  system->setModalWindow(modal);
+  const NSPoint middle = NSMakePoint(200, 150);
+  EXPECT_NE([content hitTest:middle], content);
+  // The shield is transparent.
+  EXPECT_TRUE(waitFor([this] { return isAll(kGreen); }));
+  system->setModalWindow(WindowHandle::None);
+  EXPECT_EQ([[content subviews] count], 0U);
+  EXPECT_EQ([content hitTest:middle], content);
+}
+
+TEST_F(CocoaWindowTest, ASheetIsAChildWindowOfItsOwner) {
+  const WindowHandle sheet = system->createWindow({.className = "NSWindow",
+                                                   .title = "sheet",
+                                                   .frame = CGRectMake(250, 250, 200, 150),
+                                                   .styleMask = 65,
+                                                   .kind = WindowKind::Sheet,
+                                                   .owner = window});
+  system->orderFront(sheet);
+  EXPECT_EQ([[native childWindows] count], 1U);
+  system->releaseWindow(sheet);
+  EXPECT_EQ([[native childWindows] count], 0U);
+}
+
+TEST_F(CocoaWindowTest, TheStyleIsRestored) {
+  const NSSize minSize = [native minSize];
+  const NSSize maxSize = [native maxSize];
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  EXPECT_EQ([native minSize].width, [native frame].size.width);
+  EXPECT_EQ([native maxSize].height, [native frame].size.height);
+  // The window manager draws the title bar, so AppKit cannot remove these controls.
+  EXPECT_TRUE(
+      waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
+  system->releaseWindow(window);
+  EXPECT_EQ([native minSize].width, minSize.width);
+  EXPECT_EQ([native maxSize].height, maxSize.height);
+}
+
+TEST_F(CocoaWindowTest, AWindowIsAdoptedByItsNumber) {
+  system->releaseWindow(window);
+  std::string error;
+  const auto adopted =
+      system->adoptWindow(CocoaWindow{.window = nullptr, .number = [native windowNumber]}, error);
+  ASSERT_TRUE(adopted.has_value()) << error;
+  EXPECT_FALSE(system->adoptWindow(CocoaWindow{.window = native}, error).has_value());
+  EXPECT_EQ(error, "the AppKit window: it is already adopted");
+}
+
+TEST_F(CocoaWindowTest, AWindowThatItsOwnerOrdersOutCountsAsMiniaturised) {
+  [native orderOut:nil];
+  EXPECT_TRUE(waitFor([this] { return reports.contains("miniaturized " + nameOf(window)); }));
+  [native makeKeyAndOrderFront:nil];
+  EXPECT_TRUE(waitFor([this] { return reports.contains("deminiaturized " + nameOf(window)); }));
+}
+
+}  // namespace
+}  // namespace vel::test
