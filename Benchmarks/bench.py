@@ -13,6 +13,7 @@ import os
 import pathlib
 import platform
 import random
+import shutil
 import subprocess
 import sys
 import time
@@ -20,11 +21,19 @@ import time
 import report
 from display import BIN, ROOT, Host, Server, print_status
 
+sys.path.insert(0, str(ROOT / "Tests/Support/Wayland"))
+from sway import Sway  # noqa: E402
+
 OUT = ROOT / "build" / "bench"
 CORNERS_AND_MIDDLE = "640,480;5,5;1274,5;5,954;1274,954"  # of the screen
 STARTED_PROGRAMS = ("bare", "bare-runtime", "library", "library-linked", "sdl2", "qt6", "gtk3", "wx")
 PEERS = ("bare", "library", "sdl2", "qt6", "gtk3", "wx")
 COVERS = ("none", "bare", "library")
+# The programs on Wayland, and the names of their files.
+WAYLAND_PROGRAMS = {"wayland-bare": "wayland-bare", "wayland-library": "wayland-library",
+                    "wayland-sdl2": "sdl2"}
+# A point inside the measured window and outside the first window of a warm program. sway centres both.
+WAYLAND_POINT = "250,200"
 METACITY = ["metacity", "--sm-disable"]
 
 
@@ -118,6 +127,21 @@ def measure_loading(quick, library):
     return [run for run in runs if run is not None]
 
 
+def measure_on_wayland(quick):
+    """Returns {(program, mode): [what the watcher printed]}, or the reason why there are no results."""
+    if not (BIN / "bench-screen-wayland-library").exists():
+        return "the Wayland back end is not built"
+    if shutil.which("sway") is None:
+        return "sway is not installed"
+    print_status("on Wayland")
+    cases = [(name, mode) for name in WAYLAND_PROGRAMS for mode in ("cold", "warm")]
+    with Server() as server, Sway(server.environment["DISPLAY"]) as sway:
+        server.environment.update(WAYLAND_DISPLAY=sway.wayland_display, SDL_VIDEODRIVER="wayland")
+        return measure_alternately(
+            2 if quick else 25, cases,
+            lambda case: server.watch(WAYLAND_PROGRAMS[case[0]], case[1], 3, points=WAYLAND_POINT))
+
+
 def strip_libraries():
     """Strips the shared libraries with and without the X11 back end. Returns {name: path}."""
     paths = {}
@@ -169,6 +193,7 @@ def main():
         "over_a_screen": measure_over_a_screen(options.quick),
         "game": measure_game(options.quick),
         "loading": measure_loading(options.quick, libraries.get("x11")),
+        "wayland": measure_on_wayland(options.quick),
         "sizes": {name: path.stat().st_size for name, path in libraries.items()},
         "shared_objects": list_shared_objects(),
     }

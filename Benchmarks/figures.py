@@ -5,7 +5,8 @@ import statistics
 
 NAMES = {"bare": "bare XCB", "bare-runtime": "bare XCB, C++ runtime loaded",
          "library": "VelLaunchScreen", "library-linked": "VelLaunchScreen, C++ runtime linked in",
-         "sdl2": "SDL2", "qt6": "Qt 6", "gtk3": "GTK 3", "wx": "wxWidgets", "none": "no cover"}
+         "sdl2": "SDL2", "qt6": "Qt 6", "gtk3": "GTK 3", "wx": "wxWidgets", "none": "no cover",
+         "wayland-bare": "bare subsurface", "wayland-library": "VelLaunchScreen", "wayland-sdl2": "SDL2"}
 TICK_INTERVAL = 100_000_000  # nanoseconds
 
 

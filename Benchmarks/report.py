@@ -37,14 +37,29 @@ def target_sections(results):
             format_table(targets.HEAD, targets.operation_targets(results))]
 
 
-def host_section(over):
+def cover_table(over):
     rows = [[NAMES[name], mode, format_span(runs, "show_start", "white_start"),
              format_span(runs, "show_start", "show_end"), format_span(runs, "hide_start", "white_end")]
             for (name, mode), runs in over.items() if runs]
-    return "## Over the window of another program\n\n" + format_table(
+    return format_table(
         ["program", "state", "first call to white", "the calls that show it",
          "start of hiding to the host visible"],
         [[cell.replace("warm-adopting", "warm, adopting") for cell in row] for row in rows])
+
+
+def host_section(over):
+    return "## Over the window of another program\n\n" + cover_table(over)
+
+
+def wayland_section(wayland):
+    head = "## On Wayland\n\n"
+    if isinstance(wayland, str):
+        return f"{head}No results: {wayland}."
+    return (head + "sway draws into a window of an X server. The pixels of that server show when the screen is "
+            "white, as for the other tables. The time includes the wait for the next frame of sway. "
+            "VelLaunchScreen and the bare subsurface cover a window of their own process, which has connected. "
+            "A cold program has not bound the global objects of the cover. SDL2 shows a window and draws it "
+            "with OpenGL in software.\n\n" + cover_table(wayland))
 
 
 def start_section(start, objects):
@@ -145,7 +160,7 @@ def write_all(results, folder):
     if results["quick"]:
         parts.append("**This was a quick run with few repetitions. Do not quote it.**")
     parts += target_sections(results)
-    parts += [host_section(results["over_a_host"]),
+    parts += [host_section(results["over_a_host"]), wayland_section(results["wayland"]),
               start_section(results["from_start"], results["shared_objects"]),
               "![Bars: milliseconds until the screen is white](bench-screen.svg)",
               "## Over a host that fills the screen\n\nRuns under metacity in which the screen was "
@@ -172,6 +187,6 @@ def publish(results, root):
              "of one run. [improvements.md](improvements.md) explains why some targets are not met.")
     growth = ("## Growth\n\nThe cost against the size, with the exponent of each curve:\n\n"
               "![Plots of cost against size, with logarithmic axes](../docs/pictures/bench-growth.svg)")
-    parts = [intro, *target_sections(results), game_section(results["game"]),
+    parts = [intro, *target_sections(results), wayland_section(results["wayland"]), game_section(results["game"]),
              loading_section(results["loading"]), growth]
     (root / "Benchmarks" / "results.md").write_text("\n\n".join(parts) + "\n")

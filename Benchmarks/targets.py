@@ -52,6 +52,16 @@ def add_cover_targets(table, over):
                     spans(over["bare", "warm"], *hiding_span), 1.15, "bare XCB")
 
 
+def add_wayland_targets(table, wayland):
+    """Adds the targets of a cover on Wayland. Does nothing if `wayland` is a reason without results."""
+    if isinstance(wayland, str):
+        return
+    white_span = ("show_start", "white_start")
+    for mode in ("warm", "cold"):
+        table.add_ratio(f"first call to white on Wayland, {mode}", spans(wayland["wayland-library", mode], *white_span),
+                        spans(wayland["wayland-bare", mode], *white_span), 1.15, "a bare subsurface")
+
+
 def add_start_targets(table, start, objects):
     white_span = ("process_start", "white_start")
     table.add_ratio("process start to white", spans(start["library"], *white_span),
@@ -124,6 +134,7 @@ def user_targets(results):
     """Returns the rows of the targets that a user or the author of a host can notice."""
     table = TargetTable()
     add_cover_targets(table, results["over_a_host"])
+    add_wayland_targets(table, results["wayland"])
     add_start_targets(table, results["from_start"], results["shared_objects"])
     covered_runs, runs = results["over_a_screen"]["library"]
     table.add("covers a host that fills the screen, middle and corners", "in every run",

@@ -34,7 +34,7 @@ packages_fuzz=(clang libclang-rt-dev)
 packages_coverage=(gcovr)
 # shellcheck disable=SC2034
 packages_benchmark=(libbenchmark-dev libglib2.0-dev libgtk-3-dev qt6-base-dev libsdl2-dev libwxgtk3.2-dev
-  libxcb-damage0-dev python3 python3-matplotlib xvfb metacity x11-utils)
+  libxcb-damage0-dev python3 python3-matplotlib xvfb metacity x11-utils sway util-linux)
 
 package_is_installed() {
   [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]

@@ -78,6 +78,7 @@ OUTSIDE = {
         "Tests/WindowSystem/Wayland",
         "Tests/Bindings/Wayland",
         "Tests/Support/Wayland",
+        "Benchmarks",
     ],
     "X11/": [],
     "AppKit/": APPKIT,

@@ -18,7 +18,10 @@ static Uint32 push_tick(Uint32 interval, void* data) {
 }
 
 static void initialize(void) {
-  SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+  /* On Wayland, SDL draws a window surface only with its accelerated renderer. */
+  if (getenv("WAYLAND_DISPLAY") == NULL) {
+    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+  }
   if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0) {
     fail();
   }
