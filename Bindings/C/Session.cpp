@@ -64,6 +64,7 @@ VelStatus Session::create(const VelCreateOptions& options,
   if (windowSystem == nullptr) {
     return VEL_NO_DISPLAY;
   }
+  const bool canOwnWindows = !hostWindow || vel::canOwnWindows(*windowSystem, *hostWindow);
   if (options.time == VEL_TIME_VIRTUAL) {
     NSRunLoop::mainRunLoop().setClock(std::make_unique<VirtualClock>());
   } else {
@@ -84,7 +85,7 @@ VelStatus Session::create(const VelCreateOptions& options,
   newSession->manager_->activate(nullptr);
   const auto* const surface = hostWindow ? std::get_if<WaylandSurface>(&*hostWindow) : nullptr;
   newSession->isSurface_ = surface != nullptr;
-  newSession->hasToplevel_ = surface != nullptr && surface->toplevel != nullptr;
+  newSession->canOwnWindows_ = canOwnWindows;
   newSession->connectSinks();
   session = std::move(newSession);
   return VEL_OK;
@@ -222,8 +223,10 @@ VelStatus Session::present(VelPresentation presentation, std::string& error) {
     error = "the window has been closed";
     return VEL_NOTHING_TO_PRESENT;
   }
-  if (presentation != VEL_PRESENT_EMBEDDED && isSurface_ && !hasToplevel_) {
-    error = "a sheet or a modal window over a Wayland surface needs the xdg_toplevel";
+  if (presentation != VEL_PRESENT_EMBEDDED && !canOwnWindows_) {
+    error =
+        "a sheet or a modal window over a Wayland surface needs its xdg_toplevel, or a compositor "
+        "with xdg-foreign";
     return VEL_NOTHING_TO_PRESENT;
   }
   if (presentation == VEL_PRESENT_SHEET && window_->contentViewController() == nullptr) {

@@ -131,8 +131,8 @@ class Session : NonCopyable {
   bool isDisplayLost_ = false;
   // True if the window is a Wayland surface of the host.
   bool isSurface_ = false;
-  // True if the host has provided the xdg_toplevel of its surface.
-  bool hasToplevel_ = false;
+  // True if the window system can keep a sheet or a modal window in front of the window.
+  bool canOwnWindows_ = true;
   // The number of running functions of the C interface, including a function that delivers a
   // callback. The outermost function ends a session that is marked as destroyed.
   std::size_t runningFunctionCount_ = 0;

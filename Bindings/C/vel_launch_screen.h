@@ -196,7 +196,8 @@ typedef struct VelHostWindow {
   struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
   /* Wayland: the role of the surface. To disable resizing, the library sets the minimum and maximum
    * size of the role. To restore resizing, it removes both sizes. The window geometry must have the
-   * size of the surface. Null: the library does not disable resizing. */
+   * size of the surface. Null: the library does not disable resizing. A sheet or a modal window
+   * then needs a compositor with xdg-foreign, and the surface must have the role xdg_toplevel. */
   struct xdg_toplevel* xdg_toplevel;
   double width;  /* Wayland: width of the surface in surface coordinates, 1 to 32767 */
   double height; /* Wayland: height of the surface in surface coordinates, 1 to 32767 */
@@ -314,7 +315,8 @@ VEL_C_EXPORT VelStatus vel_request_json(VelLaunchScreen* screen, const char* jso
  * VEL_INVALID_ARGUMENT: the presentation is unknown.
  * VEL_NOTHING_TO_PRESENT: no request is loaded, the latest request has been presented, the window
  * has been closed, a sheet is requested for a window without a content controller, or a sheet or a
- * modal window is requested for a Wayland surface without its xdg_toplevel.
+ * modal window is requested for a Wayland surface without its xdg_toplevel, under a compositor
+ * without xdg-foreign.
  * VEL_INTERNAL_ERROR: the launch screen may be shown nevertheless; `ended` then reports its end.
  * VEL_BUSY: the caller is log_line, will_appear or may_disappear. */
 VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation presentation);

@@ -119,4 +119,16 @@ std::unique_ptr<WindowSystem> makeWindowSystem(std::string_view name,
   return nullptr;
 }
 
+bool canOwnWindows([[maybe_unused]] const WindowSystem& windowSystem,
+                   [[maybe_unused]] const NativeWindow& window) {
+#ifdef VEL_HAS_WAYLAND
+  const auto* const wayland = dynamic_cast<const WaylandWindowSystem*>(&windowSystem);
+  const auto* const surface = std::get_if<WaylandSurface>(&window);
+  if (wayland != nullptr && surface != nullptr) {
+    return wayland->canOwnWindows(*surface);
+  }
+#endif
+  return true;
+}
+
 }  // namespace vel

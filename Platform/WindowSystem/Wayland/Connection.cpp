@@ -6,6 +6,7 @@
 #include <wayland-client.h>
 #include <xdg-activation-v1.h>
 #include <xdg-decoration-unstable-v1.h>
+#include <xdg-foreign-unstable-v2.h>
 #include <xdg-shell.h>
 
 #include <algorithm>
@@ -101,6 +102,8 @@ Connection::Connection(wl_display* display, bool isShared)
 Connection::~Connection() {
   outputs_.clear();
   activation_ = nullptr;
+  importer_ = nullptr;
+  exporter_ = nullptr;
   decorations_ = nullptr;
   windowManager_ = nullptr;
   fractionalScale_ = nullptr;
@@ -190,6 +193,10 @@ void Connection::addGlobal(std::uint32_t name, const std::string& interface,
   } else if (interface == zxdg_decoration_manager_v1_interface.name) {
     decorations_ = bindGlobal<zxdg_decoration_manager_v1>(registry, name,
                                                           zxdg_decoration_manager_v1_interface, 1);
+  } else if (interface == zxdg_exporter_v2_interface.name) {
+    exporter_ = bindGlobal<zxdg_exporter_v2>(registry, name, zxdg_exporter_v2_interface, 1);
+  } else if (interface == zxdg_importer_v2_interface.name) {
+    importer_ = bindGlobal<zxdg_importer_v2>(registry, name, zxdg_importer_v2_interface, 1);
   } else if (interface == xdg_activation_v1_interface.name) {
     activation_ = bindGlobal<xdg_activation_v1>(registry, name, xdg_activation_v1_interface, 1);
   } else if (interface == wl_seat_interface.name) {

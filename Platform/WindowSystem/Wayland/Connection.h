@@ -71,6 +71,8 @@ class Connection final : public NonCopyable {
   }
   [[nodiscard]] xdg_wm_base* windowManager() const { return windowManager_.get(); }
   [[nodiscard]] zxdg_decoration_manager_v1* decorations() const { return decorations_.get(); }
+  [[nodiscard]] zxdg_exporter_v2* exporter() const { return exporter_.get(); }
+  [[nodiscard]] zxdg_importer_v2* importer() const { return importer_.get(); }
   [[nodiscard]] xdg_activation_v1* activation() const { return activation_.get(); }
   [[nodiscard]] const std::vector<std::unique_ptr<Output>>& outputs() const { return outputs_; }
 
@@ -95,6 +97,8 @@ class Connection final : public NonCopyable {
   Proxy<wp_fractional_scale_manager_v1> fractionalScale_;
   Proxy<xdg_wm_base> windowManager_;
   Proxy<zxdg_decoration_manager_v1> decorations_;
+  Proxy<zxdg_exporter_v2> exporter_;
+  Proxy<zxdg_importer_v2> importer_;
   Proxy<xdg_activation_v1> activation_;
   std::vector<std::unique_ptr<Output>> outputs_;
 };

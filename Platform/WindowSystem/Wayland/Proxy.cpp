@@ -5,6 +5,7 @@
 #include <wayland-client.h>
 #include <xdg-activation-v1.h>
 #include <xdg-decoration-unstable-v1.h>
+#include <xdg-foreign-unstable-v2.h>
 #include <xdg-shell.h>
 
 namespace vel::wayland {
@@ -72,6 +73,10 @@ void ProxyDestroyer::operator()(xdg_wm_base* proxy) const { xdg_wm_base_destroy(
 void ProxyDestroyer::operator()(zxdg_decoration_manager_v1* proxy) const {
   zxdg_decoration_manager_v1_destroy(proxy);
 }
+void ProxyDestroyer::operator()(zxdg_exported_v2* proxy) const { zxdg_exported_v2_destroy(proxy); }
+void ProxyDestroyer::operator()(zxdg_exporter_v2* proxy) const { zxdg_exporter_v2_destroy(proxy); }
+void ProxyDestroyer::operator()(zxdg_imported_v2* proxy) const { zxdg_imported_v2_destroy(proxy); }
+void ProxyDestroyer::operator()(zxdg_importer_v2* proxy) const { zxdg_importer_v2_destroy(proxy); }
 void ProxyDestroyer::operator()(zxdg_toplevel_decoration_v1* proxy) const {
   zxdg_toplevel_decoration_v1_destroy(proxy);
 }

@@ -26,6 +26,10 @@ struct xdg_surface;
 struct xdg_toplevel;
 struct xdg_wm_base;
 struct zxdg_decoration_manager_v1;
+struct zxdg_exported_v2;
+struct zxdg_exporter_v2;
+struct zxdg_imported_v2;
+struct zxdg_importer_v2;
 struct zxdg_toplevel_decoration_v1;
 
 namespace vel::wayland {
@@ -55,6 +59,10 @@ struct ProxyDestroyer {
   void operator()(xdg_toplevel* proxy) const;
   void operator()(xdg_wm_base* proxy) const;
   void operator()(zxdg_decoration_manager_v1* proxy) const;
+  void operator()(zxdg_exported_v2* proxy) const;
+  void operator()(zxdg_exporter_v2* proxy) const;
+  void operator()(zxdg_imported_v2* proxy) const;
+  void operator()(zxdg_importer_v2* proxy) const;
   void operator()(zxdg_toplevel_decoration_v1* proxy) const;
 };
 

@@ -13,6 +13,7 @@ namespace vel {
 using wayland::Canvas;
 using wayland::Connection;
 using wayland::FocusTracker;
+using wayland::ForeignParent;
 using wayland::Proxy;
 using wayland::Toplevel;
 
@@ -84,6 +85,10 @@ WaylandWindowSystem::~WaylandWindowSystem() {
   while (!windows_.empty()) {
     releaseWindow(windows_.begin()->first);
   }
+}
+
+bool WaylandWindowSystem::canOwnWindows(const WaylandSurface& surface) const {
+  return surface.toplevel != nullptr || ForeignParent::isSupported(*connection_);
 }
 
 WaitHandle WaylandWindowSystem::waitHandle() const { return WaitHandle(connection_->descriptor()); }
@@ -230,8 +235,13 @@ void WaylandWindowSystem::openToplevel(Window& window) {
   window.canvas =
       std::make_unique<Canvas>(*connection_, window.surface.get(), isPlain ? kBlack : kWhite);
   xdg_toplevel* ownersToplevel = nullptr;
-  if (const Window* const owner = find(window.description.owner)) {
+  const Window* const owner = find(window.description.owner);
+  if (owner != nullptr) {
     ownersToplevel = owner->toplevel != nullptr ? owner->toplevel->proxy() : owner->adoptedToplevel;
+  }
+  if (owner != nullptr && owner->isAdopted() && ownersToplevel == nullptr &&
+      ForeignParent::isSupported(*connection_)) {
+    window.foreignParent = std::make_unique<ForeignParent>(*connection_, owner->adoptedSurface);
   }
   const WindowHandle handle = window.handle;
   window.toplevel = std::make_unique<Toplevel>(
@@ -246,10 +256,14 @@ void WaylandWindowSystem::openToplevel(Window& window) {
                                  });
                                }
                              }});
+  if (window.foreignParent != nullptr) {
+    window.foreignParent->setParentOf(window.surface.get());
+  }
 }
 
 void WaylandWindowSystem::closeToplevel(Window& window) {
   window.canvas = nullptr;
+  window.foreignParent = nullptr;
   window.toplevel = nullptr;
   window.surface = nullptr;
 }

@@ -7,6 +7,7 @@
 #include "Platform/WindowSystem/ReportQueue.h"
 #include "Platform/WindowSystem/Wayland/Canvas.h"
 #include "Platform/WindowSystem/Wayland/FocusTracker.h"
+#include "Platform/WindowSystem/Wayland/ForeignParent.h"
 #include "Platform/WindowSystem/Wayland/Toplevel.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
@@ -27,6 +28,9 @@ class WaylandWindowSystem final : public WindowSystem {
   /// Uses the connection of the host. The host disconnects after the back end is destroyed.
   static std::unique_ptr<WaylandWindowSystem> share(wl_display* display, std::string& error);
   ~WaylandWindowSystem() override;
+
+  /// True if the back end can keep a window in front of this surface.
+  [[nodiscard]] bool canOwnWindows(const WaylandSurface& surface) const;
 
   void setDelegate(WindowSystemDelegate* delegate) override { reports_.setDelegate(delegate); }
   [[nodiscard]] WaitHandle waitHandle() const override;
@@ -73,6 +77,7 @@ class WaylandWindowSystem final : public WindowSystem {
     wayland::Proxy<wl_surface> surface;
     wayland::Proxy<wl_subsurface> subsurface;
     std::unique_ptr<wayland::Toplevel> toplevel;
+    std::unique_ptr<wayland::ForeignParent> foreignParent;
     std::unique_ptr<wayland::Canvas> canvas;
 
     [[nodiscard]] bool isAdopted() const { return adoptedSurface != nullptr; }

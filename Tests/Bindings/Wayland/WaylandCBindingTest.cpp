@@ -148,21 +148,6 @@ TEST_F(WaylandCBinding, TheCoverHasTheReportedSizeWhenTheFunctionReturns) {
   EXPECT_EQ(vel_resized(screen, 700, 32768), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(WaylandCBinding, AModalWindowNeedsTheToplevelOfTheHost) {
-  create("auto", false);
-  VelRequest request = VEL_REQUEST_INIT;
-  request.event = "launch_end";
-  request.seconds = 60;
-  ASSERT_EQ(vel_request(screen, &request), VEL_OK) << vel_last_error();
-  EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_NOTHING_TO_PRESENT);
-  EXPECT_THAT(vel_last_error(), testing::HasSubstr("xdg_toplevel"));
-  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  create();
-  ASSERT_EQ(vel_request(screen, &request), VEL_OK) << vel_last_error();
-  EXPECT_EQ(vel_present(screen, VEL_PRESENT_MODAL), VEL_OK) << vel_last_error();
-  EXPECT_TRUE(pumpUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
-}
-
 TEST_F(WaylandCBinding, OnlyASurfaceOfTheHostIsResized) {
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   options.display = "headless";
