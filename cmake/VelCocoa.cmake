@@ -21,6 +21,9 @@ function(vel_find_cocoa)
   if(NOT CMAKE_OBJCXX_COMPILER)
     set(CMAKE_OBJCXX_COMPILER "${CMAKE_CXX_COMPILER}" CACHE FILEPATH "The Objective-C++ compiler")
   endif()
+  if(NOT CMAKE_OBJC_COMPILER)
+    set(CMAKE_OBJC_COMPILER "${CMAKE_C_COMPILER}" CACHE FILEPATH "The Objective-C compiler")
+  endif()
   set(runtime_flags "")
   if(NOT APPLE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # Clang does not search the folder with GCC's Objective-C headers.
@@ -59,16 +62,20 @@ if(VEL_COCOA)
 endif()
 
 if(VEL_COCOA_ENABLED)
-  enable_language(OBJCXX)
+  enable_language(OBJC OBJCXX)
   # Flags of the user that choose a standard library or a sanitizer apply to both languages.
   string(APPEND CMAKE_OBJCXX_FLAGS " ${CMAKE_CXX_FLAGS}")
   set(CMAKE_OBJCXX_VISIBILITY_PRESET hidden)
 
   add_library(VelAppKitFramework INTERFACE)
   add_library(vel::AppKitFramework ALIAS VelAppKitFramework)
-  # In Objective-C, a method must name also the parameters that it does not use.
+  # In Objective-C, a method must name also the parameters that it does not use, and an object without
+  # members is an empty structure.
   target_compile_options(VelAppKitFramework
-    INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:-std=c++20 -Wno-unused-parameter>)
+    INTERFACE
+      $<$<COMPILE_LANGUAGE:OBJC>:-Wno-pedantic>
+      $<$<COMPILE_LANGUAGE:OBJCXX>:-std=c++20>
+      $<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-Wno-unused-parameter>)
   if(APPLE)
     target_link_libraries(VelAppKitFramework INTERFACE "-framework AppKit" "-framework Foundation")
   else()
@@ -79,7 +86,7 @@ if(VEL_COCOA_ENABLED)
     # The other flags choose warnings, an optimisation level and folders of the user.
     list(FILTER flags INCLUDE REGEX "^(-D.*|-fexceptions|-fobjc-.*|-fconstant-string-class=.*|-pthread)$")
     target_compile_options(VelAppKitFramework
-      INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${flags};${VEL_OBJC_RUNTIME_FLAGS}>")
+      INTERFACE "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:${flags};${VEL_OBJC_RUNTIME_FLAGS}>")
     # As system headers, the headers cause no warnings.
     target_include_directories(VelAppKitFramework SYSTEM INTERFACE "${VEL_GNUSTEP_HEADERS}")
     target_link_libraries(VelAppKitFramework INTERFACE gnustep-gui gnustep-base objc)

@@ -57,6 +57,13 @@ if(VEL_COCOA_ENABLED)
   target_sources(VelLaunchScreenAppKit
     INTERFACE $<TARGET_OBJECTS:VelCocoaLayer> $<TARGET_OBJECTS:VelWindowSystemLayer>)
   target_link_libraries(VelLaunchScreenAppKit INTERFACE VelLaunchScreen vel::AppKitFramework)
+
+  # For hosts in Objective-C: the classes and protocols, with everything that they need.
+  add_library(VelLaunchScreenObjectiveC INTERFACE)
+  add_library(VelLaunchScreen::ObjectiveC ALIAS VelLaunchScreenObjectiveC)
+  target_sources(VelLaunchScreenObjectiveC
+    INTERFACE $<TARGET_OBJECTS:VelObjectiveCBindingLayer>)
+  target_link_libraries(VelLaunchScreenObjectiveC INTERFACE VelLaunchScreenAppKit)
 endif()
 
 if(VEL_INSTALL)

@@ -38,7 +38,8 @@ MAY_INCLUDE = {
     "LaunchScreen": LIBRARY,
     "Bindings/Json": BASE,
     "Bindings/C": [*LIBRARY, *PORT, "Bindings/Json", "Platform/WindowSystem/Backends"],
-    "include": ["Bindings/C", *LIBRARY, *BACKENDS],
+    "Bindings/ObjectiveC": [*LIBRARY, *PORT, "Platform/WindowSystem/Backends"],
+    "include": ["Bindings/C", "Bindings/ObjectiveC", *LIBRARY, *BACKENDS],
     "Host": [*LIBRARY, *BACKENDS, "Bindings/Json"],
     "Examples": [],
     "Tests": EVERYTHING,
@@ -47,6 +48,8 @@ MAY_INCLUDE = {
 }
 
 APPKIT = [
+    "Bindings/ObjectiveC",
+    "Examples/appkit-host",
     "Platform/WindowSystem/Cocoa",
     "Tests/Support/Cocoa",
     "Tests/WindowSystem/Cocoa",

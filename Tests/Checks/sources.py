@@ -1,10 +1,10 @@
-"""Lists the project's C++, C and Objective-C++ files, for the checks."""
+"""Lists the project's C++, C, Objective-C and Objective-C++ files, for the checks."""
 
 import os
 import subprocess
 from pathlib import Path
 
-SUFFIXES = {".h", ".hpp", ".c", ".cpp", ".mm"}
+SUFFIXES = {".h", ".hpp", ".c", ".cpp", ".m", ".mm"}
 
 
 def source_files(root):

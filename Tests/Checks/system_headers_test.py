@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles the public headers of the library together with headers of macOS, in both orders.
+"""Compiles the public headers of the library together with headers of macOS, in both orders. Also compiles
+the Objective-C interface.
 
 usage: system_headers_test.py COMPILER...
 
@@ -25,16 +26,23 @@ USE = """
 vel::dispatch_time_t soon() { return vel::dispatch_time(vel::kDispatchTimeNow, 1); }
 vel::Strong<vel::NSWindow> windowOf(const vel::Strong<vel::NSWindow>& window) { return window; }
 """
-FLAGS = ["-std=c++20", "-fsyntax-only", f"-I{ROOT}", f"-I{ROOT}/include", f"-I{CHECKS}/SystemHeaders"]
+# The Objective-C interface as hosts include it, and its sources as one source.
+OBJECTIVE_C_HEADERS = "#import <VelLaunchScreen/ObjectiveC.h>\n" * 2
+OBJECTIVE_C_SOURCES = "".join(
+    f'#include "{source.relative_to(ROOT)}"\n' for source in sorted((ROOT / "Bindings/ObjectiveC").glob("*.mm"))
+)
+FLAGS = ["-fsyntax-only", f"-I{ROOT}", f"-I{ROOT}/include", f"-I{CHECKS}/SystemHeaders"]
 STRICT = ["-Wall", "-Wextra", "-Werror"]
 
 COMPILERS = sys.argv[1:]
+HAS_APPKIT = Path("/usr/include/GNUstep/AppKit/AppKit.h").exists() and shutil.which("gnustep-config")
 
 
 def compile_text(compiler, language, text, *flags):
     """Returns the compiler's messages. The result is empty if the text compiles without a warning."""
+    standard = "-std=gnu99" if language == "objective-c" else "-std=c++20"
     result = subprocess.run(
-        [compiler, *FLAGS, *flags, "-x", language, "-"],
+        [compiler, standard, *FLAGS, *flags, "-x", language, "-"],
         input=text,
         capture_output=True,
         text=True,
@@ -71,14 +79,24 @@ class SystemHeadersTest(unittest.TestCase):
         for compiler in COMPILERS:
             self.check_both_orders(compiler, language_of(compiler), MACROS, *STRICT)
 
-    @unittest.skipUnless(
-        Path("/usr/include/GNUstep/AppKit/AppKit.h").exists() and shutil.which("gnustep-config"),
-        "the free AppKit is not installed",
-    )
+    @unittest.skipUnless(HAS_APPKIT, "the free AppKit is not installed")
     def test_the_headers_of_appkit_do_not_disturb_the_librarys_headers(self):
         for compiler in COMPILERS:
             if language_of(compiler) == "objective-c++":
                 self.check_both_orders(compiler, "objective-c++", APPKIT, *appkit_flags())
+
+    @unittest.skipUnless(HAS_APPKIT, "the free AppKit is not installed")
+    def test_the_objective_c_interface_compiles(self):
+        for compiler in COMPILERS:
+            if language_of(compiler) == "objective-c++":
+                # As system headers, those of AppKit cause no warnings.
+                flags = [flag.replace("-I", "-isystem", 1) for flag in appkit_flags()]
+                flags += [*STRICT, "-Wno-unused-parameter"]
+                with self.subTest(compiler=compiler):
+                    sources = compile_text(compiler, "objective-c++", OBJECTIVE_C_SOURCES, *flags)
+                    self.assertEqual(sources, "")
+                    headers = compile_text(compiler, "objective-c", OBJECTIVE_C_HEADERS, *flags)
+                    self.assertEqual(headers, "")
 
     def test_a_macro_that_replaces_a_name_of_the_library_is_found(self):
         macro = "#define kDispatchTimeNow (0ull)\n"

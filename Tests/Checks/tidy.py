@@ -72,7 +72,7 @@ def commands(root, build):
         if not path.is_relative_to(root):
             continue
         name = path.relative_to(root).as_posix()
-        if name.endswith(".mm"):
+        if name.endswith((".m", ".mm")):
             continue  # clang-tidy reports faults in the headers of the free AppKit as errors
         if not name.startswith(SKIPPED) and not path.is_relative_to(build):
             sources[name] = entry.get("command") or " ".join(entry["arguments"])

@@ -34,6 +34,10 @@ void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest reque
 TIMEOUT = 240
 
 
+def without_indentation(text):
+    return "\n".join(line.strip() for line in text.splitlines())
+
+
 class Guide(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -59,7 +63,7 @@ class Guide(unittest.TestCase):
 
     def test_the_guide_has_snippets_of_each_language(self):
         languages = [language for language, _, _ in SNIPPETS]
-        self.assertEqual(set(languages), {"c", "cpp", "cmake", "json", "sh", "text"})
+        self.assertEqual(set(languages), {"c", "cpp", "cmake", "json", "objc", "sh", "text"})
         self.assertGreater(languages.count("c"), 3)
 
     def test_commands_print_what_the_guide_shows(self):
@@ -80,6 +84,13 @@ class Guide(unittest.TestCase):
         self.run_in_folder("cmake", "-S", ".", "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         self.run_in_folder("cmake", "--build", build)
         self.assertEqual(self.run_in_folder(build / "first"), "event launch_end\n")
+
+    def test_the_objective_c_snippets_are_parts_of_the_example(self):
+        example = without_indentation((ROOT / "Examples/appkit-host/main.m").read_text(encoding="utf-8"))
+        for language, _, text in SNIPPETS:
+            if language == "objc":
+                with self.subTest(text):
+                    self.assertIn(without_indentation(text), example)
 
     def test_statements_compile(self):
         for language, name, text in SNIPPETS:

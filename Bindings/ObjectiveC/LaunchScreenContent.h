@@ -1,0 +1,22 @@
+#pragma once
+
+#import "Bindings/ObjectiveC/ContentBroker.h"
+
+struct VelContentReference;
+
+/// A launch screen as the host sees it: the content data, the content view and its presentation in
+/// one object. LaunchScreenManager creates it. Only the main thread may use it.
+///
+/// Mode 0 covers the window, mode 2 presents a modal window, and any other mode presents a sheet.
+/// The window must be one of [NSApp windows] and must have a content view. Otherwise
+/// `presentForWindow:withPresentationMode:` only writes the reason to the log. The library retains
+/// the window until the window closes.
+///
+/// A sheet needs a window with a content view controller. The NSWindow of the free AppKit has no
+/// such operation. There, a window whose own class has the operation `contentViewController` counts
+/// as a window with a content view controller.
+@interface LaunchScreenContent : NSObject <ContentData, ContentView, CVPresentationFullScreen> {
+ @private
+  struct VelContentReference* reference_;
+}
+@end

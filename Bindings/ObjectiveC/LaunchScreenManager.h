@@ -1,0 +1,32 @@
+#pragma once
+
+#import "Bindings/ObjectiveC/ContentBroker.h"
+
+struct VelManagerReference;
+
+/// The entry point of the library. The host creates a manager, activates it with its content broker
+/// and requests content from it. The manager turns a request into a launch screen, counts down the
+/// time while the user can see it, dismisses it and records one analytics event.
+///
+/// The event goes to the operation `logEvent:` of the class MetricsCenter if the process has such a
+/// class, and to the log otherwise.
+///
+/// The library works in the native run loop of the main thread: a host that runs [NSApp run] calls
+/// nothing in its frames. A host that releases the manager before the launch screen has ended gets
+/// no further calls of its delegates.
+///
+/// Only the main thread may use this class. Exception: any thread may call
+/// `contentDataForContentRequest:` and `dismissLaunchScreen`.
+@interface LaunchScreenManager : NSObject <ContentResolver> {
+ @private
+  struct VelManagerReference* reference_;
+}
+
+/// Starts the library at the first call in a process. Logs the reason and returns nil if AppKit has
+/// no display.
+- (id)init;
+
+/// Asks the launch screen to dismiss itself. It dismisses itself only if all its delegates agree.
+- (void)dismissLaunchScreen;
+
+@end

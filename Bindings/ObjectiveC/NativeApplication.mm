@@ -1,0 +1,133 @@
+#include "Bindings/ObjectiveC/NativeApplication.h"
+
+#include <map>
+#include <utility>
+
+#include "Bindings/ObjectiveC/NativeValues.h"
+#include "HostInterfaces/MetricsCenter.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSViewController.h"
+#include "Platform/Foundation/Message.h"
+#include "Platform/Foundation/NSLog.h"
+#include "Platform/Foundation/NSRunLoop.h"
+#include "Platform/Foundation/NSThread.h"
+#include "Platform/WindowSystem/Backends/Backends.h"
+
+// The operation of the class MetricsCenter, which a host may have.
+@interface NSObject (VelMetricsCenter)
++ (void)logEvent:(NSString*)name;
+@end
+
+// The NSWindow of the free AppKit does not have this operation.
+@protocol VelContentControllerOwner
+- (NSViewController*)contentViewController;
+@end
+
+namespace vel_objc {
+
+namespace {
+
+/// Represents the content view controller of a native window.
+class ContentController final
+    : public vel::Class<ContentController, "NSViewController", vel::NSViewController> {
+ public:
+  explicit ContentController(std::string className) : className_(std::move(className)) {}
+
+  [[nodiscard]] std::string_view className() const override { return className_; }
+
+ private:
+  std::string className_;
+};
+
+// Creates the NSApplication of a host that has none. The host then runs it. Returns false if AppKit
+// has no display.
+bool createNativeApplication(std::string& error) {
+  @try {
+    [NSApplication sharedApplication];
+    return true;
+  } @catch (NSException* exception) {
+    error = "AppKit cannot start: " + textOf([exception reason]);
+    return false;
+  }
+}
+
+// Returns an empty text if the window has no content view controller.
+std::string contentControllerClassOf(NSWindow* native) {
+  if (![native respondsToSelector:@selector(contentViewController)]) {
+    return {};
+  }
+  id const window = native;
+  id<VelContentControllerOwner> const owner = window;
+  NSViewController* const controller = [owner contentViewController];
+  return controller != nil ? textOf(NSStringFromClass([controller class])) : std::string();
+}
+
+// Does not replace a controller of the same class: it may have a cover as its child.
+void updateContentController(vel::NSWindow& window, NSWindow* native) {
+  const std::string className = contentControllerClassOf(native);
+  const auto controller = window.contentViewController();
+  if (className == vel::send(controller, &vel::NSViewController::className)) {
+    return;
+  }
+  window.setContentViewController(className.empty() ? nullptr
+                                                    : vel::make<ContentController>(className));
+}
+
+}  // namespace
+
+bool startApplication(std::string& error) {
+  if (vel::NSApp != nullptr) {
+    return true;
+  }
+  if (![NSThread isMainThread]) {
+    error = "the first manager must be created on the main thread";
+    return false;
+  }
+  if (!createNativeApplication(error)) {
+    return false;
+  }
+  vel::NSThread::becomeMainThread();
+  auto windowSystem = vel::makeWindowSystem("cocoa", "", error);
+  if (windowSystem == nullptr) {
+    return false;
+  }
+  vel::NSRunLoop::mainRunLoop().useRealTime();
+  vel::NSApplication::start(std::move(windowSystem));
+  vel::runPassesInHostLoop(vel::NSApp->windowSystem(),
+                           [] { vel::NSRunLoop::mainRunLoop().pump(); });
+  vel::MetricsCenter::setSink(recordEvent);
+  return true;
+}
+
+vel::Strong<vel::NSWindow> windowFor(NSWindow* native, std::string& error) {
+  static auto& windows = *new std::map<NSWindow*, vel::Weak<vel::NSWindow>>();
+  std::erase_if(windows, [](const auto& entry) {
+    const auto window = entry.second.lock();
+    return window == nullptr || !window->isVisible();  // the native window has closed
+  });
+  if (vel::NSApp == nullptr) {
+    error = "the library has been shut down";
+    return nullptr;
+  }
+  auto window = windows.contains(native) ? windows[native].lock() : nullptr;
+  if (window == nullptr) {
+    window = vel::NSApp->adoptWindow(vel::CocoaWindow{.window = native}, error);
+    if (window == nullptr) {
+      return nullptr;
+    }
+    windows[native] = window;
+  }
+  updateContentController(*window, native);
+  return window;
+}
+
+void recordEvent(std::string_view event) {
+  Class const center = NSClassFromString(@"MetricsCenter");
+  if ([center respondsToSelector:@selector(logEvent:)]) {
+    [center logEvent:nativeString(event)];
+  } else {
+    vel::NSLog("%@ (%s): %@", "MetricsCenter", "+[MetricsCenter logEvent:]", event);
+  }
+}
+
+}  // namespace vel_objc

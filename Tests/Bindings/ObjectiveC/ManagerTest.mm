@@ -1,0 +1,207 @@
+// The binding over the headless window system, in virtual time.
+#include <gmock/gmock.h>
+
+#include "Bindings/ObjectiveC/NativeValues.h"
+#include "Tests/Bindings/ObjectiveC/NativeObjects.h"
+#include "Tests/Support/LaunchScreenHost.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+// The numbers and strings that a host uses as the duration, and the seconds that the library reads.
+NSDictionary* parametersWith(id duration) {
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:@"launch_end", @"event", duration, @"max_duration_time", nil];
+}
+
+NSDictionary* parametersWithMode(id mode) {
+  return [NSDictionary dictionaryWithObjectsAndKeys:@"launch_end", @"event", @"5",
+                                                    @"max_duration_time", mode, @"mode", nil];
+}
+
+class ObjectiveCManager : public vel::test::VirtualPlatformTest {
+ protected:
+  ~ObjectiveCManager() override {
+    [manager deactivate];
+    [manager release];
+    [pool release];
+  }
+
+  LaunchScreenContent* request(NSDictionary* parameters) {
+    id const content =
+        [manager contentDataForContentRequest:[NativeRequest requestWithParameters:parameters]];
+    return content;
+  }
+  double secondsReadFrom(id duration) {
+    EXPECT_TRUE(request(parametersWith(duration)) != nil);
+    return [[LaunchScreenConfiguration defaultConfiguration] expirationTimeInterval];
+  }
+  bool isSkipModeReadFrom(id mode) {
+    EXPECT_TRUE(request(parametersWithMode(mode)) != nil);
+    return [[LaunchScreenConfiguration defaultConfiguration] skipMode] == YES;
+  }
+
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  LaunchScreenManager* manager = [[LaunchScreenManager alloc] init];
+};
+
+TEST_F(ObjectiveCManager, SupportsTheEngineOfTheLibrary) {
+  EXPECT_TRUE([[manager supportedEngines] isEqual:[NSArray arrayWithObject:kLaunchScreenEngine]]);
+}
+
+TEST_F(ObjectiveCManager, RegistersItselfAndReturnsYesWhateverTheBrokerReturns) {
+  NativeBroker* const broker = [[[NativeBroker alloc] init] autorelease];
+  EXPECT_TRUE([manager activate:broker]);
+  EXPECT_TRUE(broker->resolver == manager);
+}
+
+TEST_F(ObjectiveCManager, IsActiveWithoutABroker) { EXPECT_TRUE([manager activate:nil]); }
+
+TEST_F(ObjectiveCManager, ReadsNumbersOfEachType) {
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithInt:5]), 5.0);
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithDouble:0.3]), 0.30000001192092896);
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithFloat:0.1F]), 0.10000000149011612);
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithShort:-3]), -3.0);
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithUnsignedLongLong:18446744073709551615ULL]),
+            18446744073709551616.0);
+  EXPECT_EQ(secondsReadFrom([NSDecimalNumber decimalNumberWithString:@"2.5"]), 2.5);
+  EXPECT_EQ(secondsReadFrom([NSNumber numberWithBool:YES]), 1.0);
+}
+
+TEST_F(ObjectiveCManager, ReadsNumbersFromStrings) {
+  EXPECT_EQ(secondsReadFrom(@" 2.5 seconds"), 2.5);
+}
+
+TEST_F(ObjectiveCManager, RefusesADurationOfZeroAndOfAnotherClass) {
+  EXPECT_TRUE(request(parametersWith([NSNumber numberWithBool:NO])) == nil);
+  EXPECT_TRUE(request(parametersWith(@"abc")) == nil);
+  EXPECT_TRUE(request(parametersWith([NSArray array])) == nil);
+  const std::string line = "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
+                           "Max duration time is nil or empty!";
+  EXPECT_THAT(platform.log, ElementsAre(line, line, line));
+}
+
+TEST_F(ObjectiveCManager, ReadsTheMode) {
+  EXPECT_TRUE(isSkipModeReadFrom(@"skip"));
+  EXPECT_FALSE(isSkipModeReadFrom(@"Skip"));
+  EXPECT_FALSE(isSkipModeReadFrom([NSNumber numberWithBool:YES]));
+  EXPECT_FALSE(isSkipModeReadFrom([NSNull null]));
+}
+
+TEST_F(ObjectiveCManager, ReadsAnEventInAnyScript) {
+  NSString* const event = vel_objc::nativeString("d\xC3\xA9marrage \xF0\x9F\x8E\xAE");
+  request(
+      [NSDictionary dictionaryWithObjectsAndKeys:event, @"event", @"5", @"max_duration_time", nil]);
+  EXPECT_TRUE(
+      [[[LaunchScreenConfiguration defaultConfiguration] nextEventName] isEqualToString:event]);
+}
+
+TEST_F(ObjectiveCManager, RefusesARequestWithoutParameters) {
+  EXPECT_TRUE(request(nil) == nil);
+  EXPECT_TRUE([manager contentDataForContentRequest:nil] == nil);
+  const std::string line = "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
+                           "Content request parameters is nil or empty!";
+  EXPECT_THAT(platform.log, ElementsAre(line, line));
+}
+
+TEST_F(ObjectiveCManager, ReturnsOneObjectAsDataViewAndPresentation) {
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  ASSERT_TRUE(content != nil);
+  EXPECT_TRUE([manager contentViewForContentData:content] == content);
+  EXPECT_TRUE([manager contentViewForContentData:nil] == content);
+  EXPECT_TRUE([content data] == content);
+  EXPECT_TRUE([content presentation] == content);
+  EXPECT_TRUE([content isKindOfClass:[LaunchScreenContent class]]);
+}
+
+TEST_F(ObjectiveCManager, TheContentHasTheRequestOfTheHost) {
+  NativeRequest* const request = [NativeRequest requestWithParameters:parametersWith(@"5")];
+  EXPECT_TRUE([[manager contentDataForContentRequest:request] request] == request);
+}
+
+TEST_F(ObjectiveCManager, NotifiesTheDelegateOfTheState) {
+  NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
+  [manager setDelegate:delegate];
+  EXPECT_TRUE([manager delegate] == delegate);
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  EXPECT_EQ(delegate->changes, 1);
+  EXPECT_TRUE(delegate->resolver == manager);
+  EXPECT_TRUE(delegate->data == content);
+  EXPECT_EQ([content state], ContentDataStateLoaded);
+  EXPECT_TRUE([content error] == nil);
+  [content setState:ContentDataStateLoaded];
+  EXPECT_EQ(delegate->changes, 2);
+  [manager setDelegate:nil];
+  [content setState:ContentDataStateLoaded];
+  EXPECT_EQ(delegate->changes, 2);
+}
+
+TEST_F(ObjectiveCManager, DoesNotNotifyADelegateThatDoesNotAdoptTheProtocol) {
+  UndeclaredDelegate* const delegate = [[[UndeclaredDelegate alloc] init] autorelease];
+  [manager setDelegate:static_cast<id>(delegate)];
+  EXPECT_TRUE(request(parametersWith(@"5")) != nil);
+  EXPECT_EQ(delegate->changes, 0);
+}
+
+TEST_F(ObjectiveCManager, AFailedContentHasTheErrorOfTheLibrary) {
+  LaunchScreenContent* const content = request(parametersWith([NSNumber numberWithInt:-1]));
+  EXPECT_EQ([content state], ContentDataStateFailed);
+  EXPECT_TRUE([[[content error] domain] isEqualToString:@"LaunchScreen view controller is NIL"]);
+  EXPECT_EQ([[content error] code], 404);
+}
+
+TEST_F(ObjectiveCManager, LoadsARequestOfAnotherThreadOnTheMainThread) {
+  NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
+  [manager setDelegate:delegate];
+  LaunchScreenContent* content = nil;
+  vel::test::runOnAnotherThread([&] {
+    NSAutoreleasePool* const threadPool = [[NSAutoreleasePool alloc] init];
+    content = [request(parametersWith(@"5")) retain];
+    [threadPool release];
+  });
+  EXPECT_EQ([content state], 0U);
+  platform.runDueWork();
+  EXPECT_EQ([content state], ContentDataStateLoaded);
+  EXPECT_TRUE(delegate->isOnMainThread);
+  [content release];
+}
+
+TEST_F(ObjectiveCManager, ARequestUnderALaunchScreenGetsAContentOfItsOwn) {
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  const auto window = vel::test::openPlayerWindowWithContentViewController();
+  window->contentViewController()->addChildViewController(vel::LaunchScreenViewController::init());
+  LaunchScreenContent* const otherContent = request(parametersWith(@"7"));
+  EXPECT_TRUE(otherContent != nil);
+  EXPECT_TRUE(otherContent != content);
+  EXPECT_TRUE([manager contentViewForContentData:otherContent] == content);
+}
+
+TEST_F(ObjectiveCManager, ReturnsNoContentAfterItsDeactivation) {
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  [manager deactivate];
+  EXPECT_TRUE(request(parametersWith(@"5")) == nil);
+  EXPECT_TRUE([manager contentViewForContentData:content] == nil);
+  EXPECT_EQ([content state], ContentDataStateLoaded);
+}
+
+TEST_F(ObjectiveCManager, TheLogHasTheModeOfAPresentation) {
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  [content presentForWindow:nil withPresentationMode:7];
+  EXPECT_THAT(platform.log, ElementsAre("LaunchScreenContent (-[LaunchScreenContent "
+                                        "presentForWindow:withPresentationMode:]) mode: 7"));
+}
+
+TEST_F(ObjectiveCManager, HasTheDocumentedOperationsOnly) {
+  EXPECT_TRUE([manager conformsToProtocol:@protocol(ContentResolver)]);
+  EXPECT_FALSE([manager respondsToSelector:@selector(name)]);
+  LaunchScreenContent* const content = request(parametersWith(@"5"));
+  EXPECT_TRUE([content conformsToProtocol:@protocol(ContentData)]);
+  EXPECT_TRUE([content conformsToProtocol:@protocol(ContentView)]);
+  EXPECT_TRUE([content conformsToProtocol:@protocol(CVPresentationFullScreen)]);
+  EXPECT_FALSE([content respondsToSelector:@selector(viewController)]);
+  EXPECT_FALSE([content respondsToSelector:@selector(rewarded)]);
+  EXPECT_FALSE([content respondsToSelector:@selector(completedView)]);
+}
+
+}  // namespace

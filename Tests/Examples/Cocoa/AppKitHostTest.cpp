@@ -1,0 +1,141 @@
+// The example host in Objective-C on a display with a window manager. Its run loop is [NSApp run].
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "Tests/Examples/HostProcess.h"
+#include "Tests/Support/X11/X11Test.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+
+constexpr std::uint32_t kBlue = 0x0000FF;  // the host's own picture
+constexpr const char* kEmbedded = "0";
+constexpr const char* kSheet = "1";
+constexpr const char* kModalWindow = "2";
+
+class AppKitHost : public X11TestWithManager {
+ protected:
+  // Waits until the host has drawn its window, and clicks it.
+  void click() {
+    ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
+    const PixelRect area = client.areaOnScreen(player());
+    client.click(area.x + area.width / 2, area.y + area.height / 2);
+  }
+  // The user closes the window, and the host exits.
+  int close(HostProcess& host) {
+    client.sendProtocolMessage(player(), "WM_DELETE_WINDOW");
+    client.waitForServer();
+    return host.wait();
+  }
+
+  [[nodiscard]] xcb_window_t player() const { return client.findWindow("appkit-host"); }
+  // True if all pixels of the host's window have this colour, its middle and its corners too.
+  [[nodiscard]] bool isAll(std::uint32_t color) const {
+    const xcb_window_t window = player();
+    return window != 0 && client.isViewable(window) && client.screenPicture(window).isAll(color);
+  }
+  [[nodiscard]] std::uint32_t middlePixel() const {
+    const Picture picture = client.screenPicture(player());
+    return picture.at(picture.width / 2, picture.height / 2);
+  }
+  void savePicture(const std::string& name) const {
+    const PixelRect area = client.areaOnScreen(player());
+    client.screenPicture({area.x - 20, area.y - 40, area.width + 40, area.height + 60})
+        .save("objective-c-" + name);
+  }
+  [[nodiscard]] std::vector<std::uint32_t> sizeHints() const {
+    return client.numbers(player(), "WM_NORMAL_HINTS");
+  }
+  // Presents in a window of the library, and checks the run until the end.
+  void checkPresentationInAWindowOfTheLibrary(const char* mode, const std::string& name) {
+    HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", mode},
+                     server.display());
+    click();
+    EXPECT_TRUE(eventually([this] { return middlePixel() == kWhite; }));
+    savePicture(name);
+    EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
+    EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
+    EXPECT_EQ(close(host), 0);
+    EXPECT_THAT(host.lines(),
+                ElementsAre(EndsWith(" loaded"), EndsWith(" will appear"),
+                            EndsWith(" did disappear"), EndsWith(" event launch_end")));
+  }
+};
+
+// The seconds at the beginning of a line.
+double secondsOf(const std::string& line) { return std::atof(line.c_str()); }
+
+TEST_F(AppKitHost, IsWhiteUntilTheEndAndDrawsItsPictureAgain) {
+  HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
+                   server.display());
+  ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
+  savePicture("before");
+  click();
+  EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
+  savePicture("covered");
+  EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
+  EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
+  savePicture("after");
+  EXPECT_EQ(close(host), 0);
+  EXPECT_THAT(host.lines(), ElementsAre(EndsWith(" loaded"), EndsWith(" will appear"),
+                                        EndsWith(" did disappear"), EndsWith(" event launch_end")));
+}
+
+TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheEnd) {
+  HostProcess host({examplePath("appkit-host"), "-seconds", "1", "-mode", kEmbedded},
+                   server.display());
+  click();
+  ASSERT_TRUE(eventually([&] { return host.lines().size() == 4; }));
+  const double end = secondsOf(host.lines()[2]);
+  const double event = secondsOf(host.lines()[3]);
+  EXPECT_GT(end, 0.9);
+  EXPECT_GT(event - end, 0.49);
+  EXPECT_LT(event - end, 5);  // a busy machine is late
+}
+
+// metacity draws the buttons of the title bar, and the free AppKit cannot remove them. The library
+// can only fix the size.
+TEST_F(AppKitHost, CannotBeResizedUntilTheEnd) {
+  HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
+                   server.display());
+  ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
+  const auto hints = sizeHints();
+  click();
+  EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
+  EXPECT_TRUE(eventually([&] { return sizeHints() != hints; }));
+  EXPECT_TRUE(eventually([&] { return sizeHints() == hints; }));
+}
+
+TEST_F(AppKitHost, TheCountdownPausesWhileAnotherProgramHasTheFocus) {
+  HostProcess host({examplePath("appkit-host"), "-seconds", "4", "-mode", kEmbedded},
+                   server.display());
+  click();
+  ASSERT_TRUE(eventually([this] { return isAll(kWhite); }));
+  const xcb_window_t other = client.openGameWindow({950, 700, 100, 100}, 0);
+  ASSERT_TRUE(eventually([&] { return client.isViewable(other); }));
+  client.focus(other);
+  // Without a pause, the launch screen would end while the other program has the focus.
+  constexpr Nanoseconds kPause = 6 * kNanosecondsPerSecond;
+  const Nanoseconds start = steadyNow();
+  EXPECT_TRUE(eventually([&] { return steadyNow() - start > kPause; }));
+  EXPECT_TRUE(isAll(kWhite));
+  EXPECT_EQ(host.lines().size(), 2U);
+  client.requestActivation(player());
+  EXPECT_TRUE(eventually([this] { return isAll(kBlue); }));
+  EXPECT_TRUE(eventually([&] { return host.lines().size() == 4; }));
+  EXPECT_GT(secondsOf(host.lines()[2]), 6);
+}
+
+TEST_F(AppKitHost, ShowsAModalWindow) {
+  checkPresentationInAWindowOfTheLibrary(kModalWindow, "modal");
+}
+
+TEST_F(AppKitHost, ShowsASheet) { checkPresentationInAWindowOfTheLibrary(kSheet, "sheet"); }
+
+}  // namespace
+}  // namespace vel::test
