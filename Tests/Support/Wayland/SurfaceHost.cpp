@@ -34,8 +34,7 @@ struct HostEvents {
       xdg_wm_base_add_listener(host.windowManager_, &kWindowManagerListener, data);
     } else if (text == "wl_seat") {
       host.seat_ = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
-      host.pointer_ = wl_seat_get_pointer(host.seat_);
-      wl_pointer_add_listener(host.pointer_, &kPointerListener, data);
+      wl_seat_add_listener(host.seat_, &kSeatListener, data);
     }
   }
   static void globalRemove(void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name*/) {}
@@ -51,10 +50,11 @@ struct HostEvents {
   static void configureSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
     SurfaceHost& host = hostOf(data);
     xdg_surface_ack_configure(surface, serial);
-    const bool isNewSize = host.pendingSize_.width > 0 && host.pendingSize_.height > 0 &&
-                           host.pendingSize_ != host.size_;
+    // With a size of zero, the client chooses the size.
+    const CGSize size = host.pendingSize_.width > 0 ? host.pendingSize_ : host.ownSize_;
+    const bool isNewSize = size != host.size_;
     if (isNewSize) {
-      host.size_ = host.pendingSize_;
+      host.size_ = size;
     }
     if (isNewSize || !host.isConfigured_) {
       host.isConfigured_ = true;
@@ -69,6 +69,40 @@ struct HostEvents {
   }
   static void close(void* data, xdg_toplevel* /*toplevel*/) { hostOf(data).isAskedToClose_ = true; }
   static const xdg_toplevel_listener kToplevelListener;
+
+  static void capabilities(void* data, wl_seat* seat, std::uint32_t capabilities) {
+    SurfaceHost& host = hostOf(data);
+    if ((capabilities & WL_SEAT_CAPABILITY_POINTER) != 0 && host.pointer_ == nullptr) {
+      host.pointer_ = wl_seat_get_pointer(seat);
+      wl_pointer_add_listener(host.pointer_, &kPointerListener, data);
+    }
+    if ((capabilities & WL_SEAT_CAPABILITY_TOUCH) != 0 && host.touch_ == nullptr) {
+      host.touch_ = wl_seat_get_touch(seat);
+      wl_touch_add_listener(host.touch_, &kTouchListener, data);
+    }
+  }
+  static void seatName(void* /*data*/, wl_seat* /*seat*/, const char* /*name*/) {}
+  static constexpr wl_seat_listener kSeatListener{.capabilities = capabilities, .name = seatName};
+
+  static void touchDown(void* data, wl_touch* /*touch*/, std::uint32_t /*serial*/,
+                        std::uint32_t /*time*/, wl_surface* surface, std::int32_t /*id*/,
+                        wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
+    SurfaceHost& host = hostOf(data);
+    ++(surface == host.surface_ ? host.touches_ : host.touchesElsewhere_);
+  }
+  static void touchUp(void* /*data*/, wl_touch* /*touch*/, std::uint32_t /*serial*/,
+                      std::uint32_t /*time*/, std::int32_t /*id*/) {}
+  static void touchMotion(void* /*data*/, wl_touch* /*touch*/, std::uint32_t /*time*/,
+                          std::int32_t /*id*/, wl_fixed_t /*x*/, wl_fixed_t /*y*/) {}
+  static void touchFrame(void* /*data*/, wl_touch* /*touch*/) {}
+  static void touchCancel(void* /*data*/, wl_touch* /*touch*/) {}
+  static const wl_touch_listener kTouchListener;
+
+  static void frameDone(void* data, wl_callback* callback, std::uint32_t /*time*/) {
+    ++hostOf(data).frameCount_;
+    wl_callback_destroy(callback);
+  }
+  static constexpr wl_callback_listener kFrameListener{.done = frameDone};
 
   static void enter(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
                     wl_surface* surface, wl_fixed_t /*x*/, wl_fixed_t /*y*/) {
@@ -104,6 +138,16 @@ const xdg_toplevel_listener HostEvents::kToplevelListener = [] {
   return listener;
 }();
 
+const wl_touch_listener HostEvents::kTouchListener = [] {
+  wl_touch_listener listener{};
+  listener.down = HostEvents::touchDown;
+  listener.up = HostEvents::touchUp;
+  listener.motion = HostEvents::touchMotion;
+  listener.frame = HostEvents::touchFrame;
+  listener.cancel = HostEvents::touchCancel;
+  return listener;
+}();
+
 const wl_pointer_listener HostEvents::kPointerListener = [] {
   wl_pointer_listener listener{};
   listener.enter = HostEvents::enter;
@@ -116,7 +160,7 @@ const wl_pointer_listener HostEvents::kPointerListener = [] {
 
 SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, CGSize size,
                          std::uint32_t color)
-    : display_(wl_display_connect(display.c_str())), size_(size), color_(color) {
+    : display_(wl_display_connect(display.c_str())), size_(size), ownSize_(size), color_(color) {
   if (display_ == nullptr) {
     throw std::runtime_error("cannot connect to " + display);
   }
@@ -140,7 +184,12 @@ SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, C
 SurfaceHost::~SurfaceHost() {
   destroyWindow();
   std::ranges::for_each(buffers_, wl_buffer_destroy);
-  wl_pointer_destroy(pointer_);
+  if (touch_ != nullptr) {
+    wl_touch_destroy(touch_);
+  }
+  if (pointer_ != nullptr) {
+    wl_pointer_destroy(pointer_);
+  }
   wl_seat_destroy(seat_);
   xdg_wm_base_destroy(windowManager_);
   wl_shm_destroy(shm_);
@@ -170,6 +219,17 @@ void SurfaceHost::pump() {
 void SurfaceHost::draw() {
   const int width = static_cast<int>(size_.width);
   const int height = static_cast<int>(size_.height);
+  if (buffers_.empty() || bufferSize_ != size_) {
+    buffers_.push_back(makeBuffer(width, height));
+    bufferSize_ = size_;
+  }
+  wl_surface_attach(surface_, buffers_.back(), 0, 0);
+  wl_surface_damage(surface_, 0, 0, width, height);
+  wl_surface_commit(surface_);
+  wl_display_flush(display_);
+}
+
+wl_buffer* SurfaceHost::makeBuffer(int width, int height) const {
   const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   const std::size_t bytes = count * sizeof(std::uint32_t);
   const int file = memfd_create("host", MFD_CLOEXEC);
@@ -184,10 +244,26 @@ void SurfaceHost::draw() {
       wl_shm_pool_create_buffer(pool, 0, width, height, width * 4, WL_SHM_FORMAT_XRGB8888);
   wl_shm_pool_destroy(pool);
   close(file);
-  buffers_.push_back(buffer);
-  wl_surface_attach(surface_, buffer, 0, 0);
-  wl_surface_damage(surface_, 0, 0, width, height);
-  wl_surface_commit(surface_);
+  return buffer;
+}
+
+void SurfaceHost::drawFrame() {
+  wl_callback* const callback = wl_surface_frame(surface_);
+  wl_callback_add_listener(callback, &HostEvents::kFrameListener, this);
+  draw();
+}
+
+void SurfaceHost::resize(CGSize size) {
+  size_ = ownSize_ = size;
+  draw();
+}
+
+void SurfaceHost::setFullscreen(bool isFullscreen) {
+  if (isFullscreen) {
+    xdg_toplevel_set_fullscreen(toplevel_, nullptr);
+  } else {
+    xdg_toplevel_unset_fullscreen(toplevel_);
+  }
   wl_display_flush(display_);
 }
 

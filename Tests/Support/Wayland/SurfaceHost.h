@@ -28,7 +28,15 @@ class SurfaceHost : NonCopyable {
   [[nodiscard]] WaylandSurface window() const;
   /// Reads and dispatches the events of the host, without blocking.
   void pump();
+  /// Commits the surface with a picture of the current size. May be called on another thread while
+  /// the size does not change.
   void draw();
+  /// Draws, and requests a frame callback. `frameCount` grows when the compositor has shown the
+  /// picture.
+  void drawFrame();
+  /// Changes the size and draws.
+  void resize(CGSize size);
+  void setFullscreen(bool isFullscreen);
   /// Destroys the window.
   void destroyWindow();
 
@@ -38,6 +46,13 @@ class SurfaceHost : NonCopyable {
   [[nodiscard]] int presses() const { return presses_; }
   /// The number of pointer buttons that were pressed in other surfaces of the connection.
   [[nodiscard]] int pressesElsewhere() const { return pressesElsewhere_; }
+  /// True if the seat has a touch screen.
+  [[nodiscard]] bool hasTouch() const { return touch_ != nullptr; }
+  /// The number of touches in the surface of the host.
+  [[nodiscard]] int touches() const { return touches_; }
+  /// The number of touches in other surfaces of the connection.
+  [[nodiscard]] int touchesElsewhere() const { return touchesElsewhere_; }
+  [[nodiscard]] int frameCount() const { return frameCount_; }
   /// True if the pointer has entered a surface with user data that the host has not set.
   [[nodiscard]] bool hasSeenForeignData() const { return hasSeenForeignData_; }
   /// The number of events that the host has received.
@@ -46,6 +61,8 @@ class SurfaceHost : NonCopyable {
  private:
   friend struct HostEvents;
 
+  [[nodiscard]] wl_buffer* makeBuffer(int width, int height) const;
+
   wl_display* display_;
   wl_registry* registry_;
   wl_compositor* compositor_ = nullptr;
@@ -53,11 +70,14 @@ class SurfaceHost : NonCopyable {
   xdg_wm_base* windowManager_ = nullptr;
   wl_seat* seat_ = nullptr;
   wl_pointer* pointer_ = nullptr;
+  wl_touch* touch_ = nullptr;
   std::vector<wl_buffer*> buffers_;
+  CGSize bufferSize_;  // the size of the last buffer
   wl_surface* surface_ = nullptr;
   xdg_surface* role_ = nullptr;
   xdg_toplevel* toplevel_ = nullptr;
   CGSize size_;
+  CGSize ownSize_;  // the size that the host has chosen
   CGSize pendingSize_;
   std::uint32_t color_;
   bool isConfigured_ = false;
@@ -66,6 +86,9 @@ class SurfaceHost : NonCopyable {
   bool hasSeenForeignData_ = false;
   int presses_ = 0;
   int pressesElsewhere_ = 0;
+  int touches_ = 0;
+  int touchesElsewhere_ = 0;
+  int frameCount_ = 0;
   int eventCount_ = 0;
 };
 
