@@ -19,7 +19,7 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
   # the free AppKit for the AppKit back end; the other builds work without it
   libgnustep-gui-dev gnustep-back0.29-cairo gobjc++
   # the compositors of the tests on Wayland; setpriv of util-linux starts sway
-  sway util-linux weston libweston-10-dev libgtk-3-dev libgl1-mesa-dri)
+  sway util-linux weston libweston-10-dev xwayland libgtk-3-dev libgl1-mesa-dri)
 # The hosts and environments of scripts/hosts.sh.
 # shellcheck disable=SC2034
 packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm

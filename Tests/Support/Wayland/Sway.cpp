@@ -26,10 +26,11 @@ constexpr std::string_view kConfiguration =
     "output * bg #203020 solid_color\n"
     "seat * hide_cursor 0\n";
 constexpr std::string_view kNoXwayland = "xwayland disable\n";
-// sway sets DISPLAY for the programs that it starts.
+// sway sets DISPLAY for the programs that it starts. Xwayland admits only clients of its own user,
+// until xhost admits all local users.
 constexpr std::string_view kXwayland =
     "xwayland enable\n"
-    "exec echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
+    "exec xhost +local: && echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
 
 std::vector<std::string> serverArguments(const Sway::Options& options) {
   return options.outputCount == 1 ? std::vector<std::string>()
@@ -70,17 +71,18 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
   }
 }
 
-// Without a window manager, the X server shows the windows of both outputs at the same place.
+// Without a window manager, the X server shows the windows of both outputs at the same place. The
+// window of the second output is the newer one, so it is on top.
 void Sway::placeSecondOutput() {
-  xcb_window_t window = 0;
-  const bool hasWindow = eventually([&] {
-    window = user().findWindow("wlroots - X11-2");
-    return window != 0;
+  std::vector<xcb_window_t> windows;
+  const bool hasWindows = eventually([&] {
+    windows = user().children(user().root());
+    return windows.size() == 2;
   });
-  if (!hasWindow) {
+  if (!hasWindows) {
     throw std::runtime_error("sway has no second output");
   }
-  user().configure(window, {1024, 0, 1024, 768});
+  user().configure(windows.back(), {1024, 0, 1024, 768});
 }
 
 std::string Sway::xwaylandDisplay() const {

@@ -22,6 +22,7 @@ class Weston : public Compositor {
   void resizeWindow(const std::string& title, int width, int height) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
+  void addTouchScreen() const { run("add-touch-screen"); }
   /// Touches the touch screen at a point and lifts the finger.
   void touch(int x, int y) const;
 

@@ -5,6 +5,7 @@
 //     focus TITLE           raises a window and gives it the keyboard focus
 //     close TITLE           asks the client to close a window
 //     resize W H TITLE      asks the client to change the size of a window
+//     add-touch-screen      adds a touch screen to the seat
 //     touch X Y             touches the screen and lifts the finger
 //
 // weston places new windows at random. This module moves each toplevel to the centre of the screen.
@@ -160,14 +161,15 @@ static int resizeWindow(struct Control* control, int width, int height, const ch
   return window != NULL;
 }
 
-static int touchScreen(struct Control* control, int x, int y) {
+static int addTouchScreen(struct Control* control) {
   struct weston_seat* seat = firstSeat(control);
-  if (control->touchDevice == NULL) {
-    weston_seat_init_touch(seat);
-    control->touchDevice =
-        weston_touch_create_touch_device(weston_seat_get_touch(seat), "/control", NULL, NULL);
-    return 0;  // clients have not bound the touch screen yet
-  }
+  weston_seat_init_touch(seat);
+  control->touchDevice =
+      weston_touch_create_touch_device(weston_seat_get_touch(seat), "/control", NULL, NULL);
+  return control->touchDevice != NULL;
+}
+
+static int touchScreen(struct Control* control, int x, int y) {
   struct timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);
   notify_touch_normalized(control->touchDevice, &now, 0, x, y, NULL, WL_TOUCH_DOWN);
@@ -183,6 +185,9 @@ static int runCommand(struct Control* control, const char* command) {
   int length = 0;
   if (strcmp(command, "check") == 0) {
     return 1;
+  }
+  if (strcmp(command, "add-touch-screen") == 0) {
+    return addTouchScreen(control);
   }
   if (strncmp(command, "focus ", 6) == 0) {
     return focusWindow(control, command + 6);

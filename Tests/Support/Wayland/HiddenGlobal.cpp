@@ -1,0 +1,69 @@
+#include "Tests/Support/Wayland/HiddenGlobal.h"
+
+#include <wayland-client.h>
+
+#include <list>
+#include <string_view>
+
+namespace vel::test {
+
+namespace {
+
+/// A listener of a client, and what is hidden from it.
+struct FilteredListener {
+  const wl_registry_listener* listener;
+  void* data;
+  std::string hiddenInterface;
+};
+
+std::string hiddenInterface;  // empty if nothing is hidden
+int hiddenCount = 0;
+std::list<FilteredListener> filteredListeners;  // never removed, because registries may exist
+
+void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
+            std::uint32_t version) {
+  const auto& filtered = *static_cast<FilteredListener*>(data);
+  if (filtered.hiddenInterface == interface) {
+    ++hiddenCount;
+    return;
+  }
+  filtered.listener->global(filtered.data, registry, name, interface, version);
+}
+
+void globalRemove(void* data, wl_registry* registry, std::uint32_t name) {
+  const auto& filtered = *static_cast<FilteredListener*>(data);
+  filtered.listener->global_remove(filtered.data, registry, name);
+}
+
+constexpr wl_registry_listener kFilter{.global = global, .global_remove = globalRemove};
+
+}  // namespace
+
+HiddenGlobal::HiddenGlobal(const std::string& interface) { hiddenInterface = interface; }
+
+HiddenGlobal::~HiddenGlobal() {
+  hiddenInterface.clear();
+  hiddenCount = 0;
+}
+
+int HiddenGlobal::count() { return hiddenCount; }
+
+// The linker option --wrap gives these functions their names.
+extern "C" {
+using Implementation = void (**)();
+int __real_wl_proxy_add_listener(wl_proxy* proxy, Implementation implementation, void* data);
+int __wrap_wl_proxy_add_listener(wl_proxy* proxy, Implementation implementation, void* data);
+
+int __wrap_wl_proxy_add_listener(wl_proxy* proxy, Implementation implementation, void* data) {
+  if (hiddenInterface.empty() || wl_proxy_get_class(proxy) != std::string_view("wl_registry")) {
+    return __real_wl_proxy_add_listener(proxy, implementation, data);
+  }
+  FilteredListener& filtered = filteredListeners.emplace_back(
+      reinterpret_cast<const wl_registry_listener*>(implementation), data, hiddenInterface);
+  auto* const filter =
+      reinterpret_cast<Implementation>(const_cast<wl_registry_listener*>(&kFilter));
+  return __real_wl_proxy_add_listener(proxy, filter, &filtered);
+}
+}
+
+}  // namespace vel::test

@@ -1,0 +1,221 @@
+// Covers on screens with different scales, on touch screens, and under a compositor without
+// viewporter.
+#include <gmock/gmock.h>
+
+#include <memory>
+
+#include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+#include "Tests/Support/Wayland/HiddenGlobal.h"
+#include "Tests/Support/Wayland/SurfaceHost.h"
+#include "Tests/Support/Wayland/Sway.h"
+#include "Tests/Support/Wayland/Weston.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+constexpr std::uint32_t kGreen = 0x208040;
+constexpr CGSize kSize{300, 200};
+constexpr CGSize kLargeSize{400, 260};
+constexpr int kIndicatorSide = 32;
+constexpr PixelRect kFirstOutput{0, 0, 1024, 768};
+constexpr PixelRect kSecondOutput{1024, 0, 1024, 768};
+/// The part of the screen without the pointer.
+constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
+
+Scene white(CGSize size) {
+  return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
+}
+
+Scene whiteWithIndicator(CGSize size) {
+  Scene scene = white(size);
+  scene.push_back(
+      {.kind = SceneItem::Kind::Spinner,
+       .frame = CGRectMake((size.width - kIndicatorSide) / 2, (size.height - kIndicatorSide) / 2,
+                           kIndicatorSide, kIndicatorSide),
+       .color = {},
+       .isAnimated = true});
+  return scene;
+}
+
+/// The rectangle around all pixels of this colour.
+PixelRect boundsOf(Picture picture, std::uint32_t color) {
+  for (std::uint32_t& pixel : picture.pixels) {
+    pixel = pixel == color ? 1 : 0;
+  }
+  return picture.boundsOfOtherColors(0);
+}
+
+/// The part of a picture in this area.
+Picture partOf(const Picture& picture, PixelRect area) {
+  Picture part{area.width, area.height, {}};
+  for (int y = 0; y < area.height; ++y) {
+    for (int x = 0; x < area.width; ++x) {
+      part.pixels.push_back(picture.at(area.x + x, area.y + y));
+    }
+  }
+  return part;
+}
+
+/// True if the picture is a smaller picture in which each pixel has become two by two pixels.
+bool isEnlargedTwice(const Picture& picture) {
+  for (int y = 0; y + 1 < picture.height; y += 2) {
+    for (int x = 0; x + 1 < picture.width; x += 2) {
+      const std::uint32_t pixel = picture.at(x, y);
+      if (picture.at(x + 1, y) != pixel || picture.at(x, y + 1) != pixel ||
+          picture.at(x + 1, y + 1) != pixel) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+/// A host that the back end has adopted.
+class CoveredHost {
+ public:
+  explicit CoveredHost(const Compositor& compositor)
+      : host(compositor.display(), "game", kSize, kGreen) {
+    std::string error;
+    system = WaylandWindowSystem::share(host.display(), error);
+    EXPECT_NE(system, nullptr) << error;
+    handle = system->adoptWindow(host.window(), error).value().handle;
+  }
+
+  bool waitFor(const std::function<bool()>& condition) {
+    return deliverUntil(*system, [&] {
+      host.pump();
+      return condition();
+    });
+  }
+  bool showsWindow(const Compositor& compositor, std::uint32_t color, CGSize size) {
+    return waitFor([&] {
+      const Picture picture = compositor.picture(kSearchedArea);
+      const PixelRect area = boundsOf(picture, color);
+      return area.width == static_cast<int>(size.width) &&
+             area.height == static_cast<int>(size.height) && partOf(picture, area).isAll(color);
+    });
+  }
+
+  SurfaceHost host;
+  std::unique_ptr<WaylandWindowSystem> system;
+  WindowHandle handle = WindowHandle::None;
+};
+
+class WaylandOutputs : public testing::TestWithParam<bool> {
+ protected:
+  /// Waits for a cover with an indicator that is sharp at this scale.
+  void expectCover(CoveredHost& covered, PixelRect output, int scale) {
+    Picture picture;
+    Picture indicator;
+    EXPECT_TRUE(covered.waitFor([&] {
+      const Picture screen = sway.picture(output);
+      const PixelRect area = boundsOf(screen, kWhite);
+      if (area.width != scale * 300 || area.height != scale * 200) {
+        return false;
+      }
+      picture = partOf(screen, area);
+      const PixelRect bounds = picture.boundsOfOtherColors(kWhite);
+      if (bounds.width <= scale * 24 || bounds.width > scale * kIndicatorSide ||
+          bounds.height <= scale * 24 || bounds.height > scale * kIndicatorSide) {
+        return false;
+      }
+      indicator = partOf(picture, {(picture.width - scale * kIndicatorSide) / 2,
+                                   (picture.height - scale * kIndicatorSide) / 2,
+                                   scale * kIndicatorSide, scale * kIndicatorSide});
+      return scale == 1 || !isEnlargedTwice(indicator);
+    }));
+    picture.save("wayland-scale-" + std::to_string(scale) +
+                 (GetParam() ? "" : "-without-viewporter"));
+  }
+
+  Sway sway{{.outputCount = 2}};
+};
+
+TEST_P(WaylandOutputs, TheIndicatorIsSharpOnAnOutputWithAnotherScale) {
+  std::unique_ptr<HiddenGlobal> hidden;
+  if (!GetParam()) {
+    hidden = std::make_unique<HiddenGlobal>("wp_viewporter");
+  }
+  sway.run("output X11-2 scale 2");
+  CoveredHost covered(sway);
+  EXPECT_EQ(HiddenGlobal::count(), GetParam() ? 0 : 2);
+  sway.run("[title=game] move container to output X11-1");
+  covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
+  expectCover(covered, kFirstOutput, 1);
+  sway.run("[title=game] move container to output X11-2");
+  expectCover(covered, kSecondOutput, 2);
+  sway.run("[title=game] move container to output X11-1");
+  expectCover(covered, kFirstOutput, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Wayland, WaylandOutputs, testing::Bool(), [](const auto& testInfo) {
+  return testInfo.param ? "WithViewporter" : "WithoutViewporter";
+});
+
+TEST(WaylandFractionalScale, EachPixelOfTheHostIsWhite) {
+  Sway sway;
+  sway.run("output X11-1 scale 1.5");
+  CoveredHost covered(sway);
+  Picture before;
+  ASSERT_TRUE(covered.waitFor([&] {
+    before = sway.picture(kFirstOutput);
+    const PixelRect area = boundsOf(before, kGreen);
+    return area.width >= 448 && area.height >= 298;
+  }));
+  covered.system->setScene(covered.handle, white(kSize));
+  int otherPixels = -1;
+  EXPECT_TRUE(covered.waitFor([&] {
+    const Picture picture = sway.picture(kFirstOutput);
+    otherPixels = 0;
+    for (int y = 0; y < picture.height; ++y) {
+      for (int x = 0; x < picture.width; ++x) {
+        otherPixels += before.at(x, y) == kGreen && picture.at(x, y) != kWhite ? 1 : 0;
+      }
+    }
+    return otherPixels == 0;
+  })) << otherPixels;
+  sway.picture(kFirstOutput).save("wayland-fractional-scale");
+}
+
+class WaylandWithoutViewporter : public testing::TestWithParam<CompositorKind> {};
+
+TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSize) {
+  const auto compositor = startCompositor(GetParam());
+  const HiddenGlobal hidden("wp_viewporter");
+  CoveredHost covered(*compositor);
+  EXPECT_EQ(HiddenGlobal::count(), 2);  // the registries of the host and of the back end
+  ASSERT_TRUE(covered.showsWindow(*compositor, kGreen, kSize));
+  covered.system->setScene(covered.handle, white(kSize));
+  EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));
+  covered.host.resize(kLargeSize);
+  covered.system->setFrame(covered.handle, {{}, kLargeSize});
+  covered.system->setScene(covered.handle, white(kLargeSize));
+  EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kLargeSize));
+  covered.system->setScene(covered.handle, {});
+  EXPECT_TRUE(covered.showsWindow(*compositor, kGreen, kLargeSize));
+  EXPECT_EQ(wl_display_get_error(covered.host.display()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Under, WaylandWithoutViewporter,
+                         testing::Values(CompositorKind::Sway, CompositorKind::Weston),
+                         [](const auto& testInfo) { return nameOf(testInfo.param); });
+
+// sway has no touch screen in an X server.
+TEST(WaylandTouchScreen, TheCoverTakesTouchesFromTheHost) {
+  const Weston weston;
+  CoveredHost covered(weston);
+  weston.addTouchScreen();
+  ASSERT_TRUE(covered.waitFor([&] { return covered.host.hasTouch(); }));
+  ASSERT_TRUE(covered.showsWindow(weston, kGreen, kSize));
+  weston.touch(512, 384);
+  ASSERT_TRUE(covered.waitFor([&] { return covered.host.touches() == 1; }));
+  covered.system->setScene(covered.handle, white(kSize));
+  ASSERT_TRUE(covered.showsWindow(weston, kWhite, kSize));
+  weston.touch(512, 384);
+  EXPECT_TRUE(covered.waitFor([&] { return covered.host.touchesElsewhere() == 1; }));
+  EXPECT_EQ(covered.host.touches(), 1);
+}
+
+}  // namespace
+}  // namespace vel::test
