@@ -1,0 +1,119 @@
+// How the Objective-C interface adopts the windows of the process.
+#include <gmock/gmock.h>
+
+#include "Bindings/ObjectiveC/LaunchScreenContent.h"
+#include "Bindings/ObjectiveC/NativeApplication.h"
+#include "HostInterfaces/MetricsCenter.h"
+#include "Platform/AppKit/NSApplication.h"
+#include "Platform/AppKit/NSViewController.h"
+#include "Platform/Foundation/NSLog.h"
+#include "Tests/Support/Cocoa/AppKitDisplay.h"
+
+// A window with an optional content view controller, which the free AppKit does not have.
+@interface ControllerWindow : NSWindow {
+ @public
+  NSViewController* controller;  // not retained
+}
+@end
+@implementation ControllerWindow
+- (NSViewController*)contentViewController {
+  return controller;
+}
+@end
+
+// Its name is that of the controller in a consent dialog.
+@interface GDPRViewController : NSViewController
+@end
+@implementation GDPRViewController
+@end
+
+namespace {
+
+class NativeApplicationTest : public testing::Test {
+ protected:
+  NativeApplicationTest() {
+    vel::test::AppKitDisplay::shared();
+    EXPECT_TRUE(vel_objc::startApplication(error)) << error;
+    window = [[ControllerWindow alloc] initWithContentRect:NSMakeRect(200, 200, 400, 300)
+                                                 styleMask:15
+                                                   backing:NSBackingStoreBuffered
+                                                     defer:NO];
+    [window setReleasedWhenClosed:NO];
+    [window makeKeyAndOrderFront:nil];
+  }
+  ~NativeApplicationTest() override {
+    vel::NSApplication::stop();
+    vel::MetricsCenter::setSink(nullptr);
+    [window close];
+    [window release];
+    [pool release];
+  }
+
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  ControllerWindow* window = nil;
+  std::string error;
+};
+
+TEST_F(NativeApplicationTest, AdoptsAWindowOnce) {
+  const auto libraryWindow = vel_objc::windowFor(window, error);
+  ASSERT_NE(libraryWindow, nullptr) << error;
+  EXPECT_EQ(libraryWindow->className(), "ControllerWindow");
+  EXPECT_EQ(vel_objc::windowFor(window, error), libraryWindow);
+  EXPECT_TRUE(vel_objc::startApplication(error));
+  EXPECT_EQ(vel_objc::windowFor(window, error), libraryWindow);
+}
+
+TEST_F(NativeApplicationTest, AdoptsAWindowAgainThatHasClosed) {
+  const auto libraryWindow = vel_objc::windowFor(window, error);
+  ASSERT_NE(libraryWindow, nullptr) << error;
+  [window close];
+  vel::NSApp->windowSystem().deliverEvents();
+  EXPECT_FALSE(libraryWindow->isVisible());
+  [window makeKeyAndOrderFront:nil];
+  const auto reopenedWindow = vel_objc::windowFor(window, error);
+  EXPECT_NE(reopenedWindow, nullptr) << error;
+  EXPECT_NE(reopenedWindow, libraryWindow);
+}
+
+TEST_F(NativeApplicationTest, RefusesAWindowThatIsNotInTheProcess) {
+  int other = 0;
+  EXPECT_EQ(vel_objc::windowFor(reinterpret_cast<NSWindow*>(&other), error), nullptr);
+  EXPECT_NE(error, "");
+}
+
+TEST_F(NativeApplicationTest, RefusesEveryWindowAfterAShutdown) {
+  vel::NSApplication::stop();
+  EXPECT_EQ(vel_objc::windowFor(window, error), nullptr);
+  EXPECT_EQ(error, "the library has been shut down");
+}
+
+TEST_F(NativeApplicationTest, TheLogHasTheReasonWhyAWindowCannotBeCovered) {
+  vel::NSApplication::stop();
+  std::vector<std::string> log;
+  vel::setNSLogSink([&log](std::string_view line) { log.emplace_back(line); });
+  [[[[LaunchScreenContent alloc] init] autorelease] presentForWindow:window withPresentationMode:0];
+  vel::setNSLogSink(nullptr);
+  EXPECT_THAT(log, testing::ElementsAre(
+                       "LaunchScreenContent (-[LaunchScreenContent "
+                       "presentForWindow:withPresentationMode:]): the library has been shut down"));
+}
+
+TEST_F(NativeApplicationTest, TheContentViewControllerHasTheClassNameOfTheNativeOne) {
+  const auto libraryWindow = vel_objc::windowFor(window, error);
+  ASSERT_NE(libraryWindow, nullptr) << error;
+  EXPECT_EQ(libraryWindow->contentViewController(), nullptr);
+
+  window->controller = [[[GDPRViewController alloc] initWithNibName:nil bundle:nil] autorelease];
+  vel_objc::windowFor(window, error);
+  const auto controller = libraryWindow->contentViewController();
+  ASSERT_NE(controller, nullptr);
+  EXPECT_EQ(controller->className(), "GDPRViewController");
+  vel_objc::windowFor(window, error);
+  EXPECT_EQ(libraryWindow->contentViewController(), controller);
+
+  window->controller = nil;
+  vel_objc::windowFor(window, error);
+  EXPECT_EQ(libraryWindow->contentViewController(), nullptr);
+}
+
+}  // namespace
