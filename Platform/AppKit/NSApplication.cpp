@@ -13,7 +13,7 @@ namespace vel {
 
 namespace {
 
-/// An adopted window. It has the class name that the owner set.
+/// An adopted window. `className` returns the class that the window has in the window system.
 class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
   explicit AdoptedNSWindow(const AdoptedWindow& description)
@@ -31,7 +31,7 @@ void post(NSNotificationName name, const Strong<NSObject>& object) {
 
 }  // namespace
 
-// Never destroyed: the destructors of static windows read this variable.
+// Never destroyed, because the destructors of windows in static variables read NSApp.
 Strong<NSApplication>& NSApp = *new Strong<NSApplication>();
 
 Strong<NSApplication> NSApplication::start(std::unique_ptr<WindowSystem> windowSystem) {
@@ -51,7 +51,9 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
     : windowSystem_(std::move(windowSystem)) {
   windowSystem_->setDelegate(this);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  loop.watch(windowSystem_->waitHandle());  // before the next call, because this may throw
+  // `watch` may throw. The loop must not have a pointer to this object then, so `watch` comes
+  // first.
+  loop.watch(windowSystem_->waitHandle());
   loop.setWindowSystemSource(this);
   updateModality();
 }
@@ -263,7 +265,7 @@ void NSApplication::updateModality() {
   callWindowSystem()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
-// Events that the window system reports for a window
+// Reports about windows and about the display
 
 void NSApplication::closeRequested(WindowHandle handle) {
   const Strong<NSWindow> window = windowFor(handle);

@@ -29,10 +29,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Stops the current application, if any. Makes a new application on `windowSystem`, sets NSApp
   /// and connects the application to the main run loop.
   static Strong<NSApplication> start(std::unique_ptr<WindowSystem> windowSystem);
-  /// Calls `shutDown`, which disconnects the application and sets NSApp to null. `shutDown` also
-  /// removes the timers, the work of the main queue and the observers of the process. Adopted
-  /// windows stay on the screen. Does nothing without an application. A callback of the platform
-  /// layer must not call this function.
+  /// Calls `shutDown`, which closes the application's windows, disconnects the application and sets
+  /// NSApp to null. `shutDown` also removes all timers, all work in the main queue and all
+  /// notification observers in the process. Adopted windows stay on the screen. Does nothing if
+  /// there is no application. A callback of the platform layer must not call this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
@@ -41,8 +41,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window with the keyboard focus; null while the user works in another application.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// Of the windows that are neither modal windows nor sheets, the window that became key last.
-  /// Null after this window has left the screen.
+  /// Of the windows that are neither modal windows nor sheets, the window that most recently became
+  /// key. Null after this window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }
@@ -51,9 +51,11 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts a window that another program or the host has opened. The adopted window has the class
-  /// name that its owner set. The window is open as long as it exists, and counts as miniaturised
-  /// while it is not on screen. On failure, sets `error` to the reason and returns null.
+  /// Adopts a window that another program or the host has opened. Returns an NSWindow that stands
+  /// for `native`. Its `className` is the class that the window has in the window system, for
+  /// example in WM_CLASS on X11, and not the name of a C++ class. The NSWindow is open as long as
+  /// `native` exists. It counts as miniaturised while `native` is not on screen. On failure, sets
+  /// `error` to the reason and returns null.
   Strong<NSWindow> adoptWindow(const NativeWindow& native, std::string& error);
 
   /// The window of the newest modal session; null without a modal session.
@@ -63,18 +65,18 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void beginModalSession(const Strong<NSWindow>& window);
   /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();
-  /// Shows a host's own dialog: opens the window, makes it key and begins a modal session. Runs the
-  /// loop in the modal-panel mode until `stopModal`, or closing the window, ends this modal
-  /// session.
+  /// Shows a host's own dialog: begins a modal session of `window`, opens `window` and makes it
+  /// key. Then runs the run loop in the modal-panel mode until this modal session ends, because of
+  /// `stopModal` or because `window` closes.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the run loop's mode outside modal sessions. The event-tracking mode also applies during a
-  /// modal session.
+  /// Sets the mode that the run loop uses while no modal session is open. The event-tracking mode
+  /// is also used while a modal session is open.
   void setRunLoopMode(NSRunLoopMode mode);
 
   /// Sets the handler that is called after a change of a window's style mask. The second argument
   /// of the handler contains the kept controls: the controls that the window manager still offers
-  /// although the mask excludes them. Borderless (0) means that the window manager honours the
-  /// mask.
+  /// although the mask excludes them. The argument is 0 (NSWindowStyleMaskBorderless) if the window
+  /// manager honours the mask.
   void setControlsKeptHandler(std::function<void(NSWindow&, NSWindowStyleMask)> handler) {
     controlsKeptHandler_ = std::move(handler);
   }
@@ -84,7 +86,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     displayLostHandler_ = std::move(handler);
   }
   /// Sets the handler for the user's request to close a window that has a close control. Without a
-  /// handler, the window closes. With a handler, only the handler decides.
+  /// handler, the request closes the window. With a handler, the window stays open unless the
+  /// handler closes it.
   void setCloseRequestedHandler(std::function<void(NSWindow&)> handler) {
     closeRequestedHandler_ = std::move(handler);
   }
@@ -98,8 +101,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
     Strong<NSWindow> window;
   };
 
-  /// A temporary object for one call of the window system. The call may give the window system an
-  /// earlier deadline, so the destructor updates the descriptor that a host polls.
+  /// A temporary object through which the application calls one operation of the window system. The
+  /// operation may give the window system an earlier deadline. So the destructor updates the
+  /// descriptor that a host polls. Otherwise the host would wait until the previous deadline.
   class WindowSystemCall : private NonCopyable {
    public:
     explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
@@ -137,6 +141,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void becomeKey(const Strong<NSWindow>& window);
   // Makes another window key if `removedWindow`, which has left the screen, was key.
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
+  // Returns the id of the new session.
   std::uint64_t addModalSession(const Strong<NSWindow>& window);
   void endModalSessions(const NSWindow* window);
   // Sets the mode of the run loop and the modal window of the window system.
@@ -155,7 +160,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   bool isActive_ = true;
   std::vector<ModalSession> modalSessions_;
   std::uint64_t lastModalSessionId_ = 0;
-  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // the mode outside modal sessions
+  NSRunLoopMode mode_ = NSDefaultRunLoopMode;  // from `setRunLoopMode`
   std::function<void(NSWindow&, NSWindowStyleMask)> controlsKeptHandler_;
   std::function<void(std::string_view)> displayLostHandler_;
   std::function<void(NSWindow&)> closeRequestedHandler_;

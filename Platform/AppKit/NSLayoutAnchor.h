@@ -64,8 +64,8 @@ class NSLayoutAnchor {
   Strong<NSView> view_;
 };
 
-// In Objective-C++, after the headers of the system's AppKit, GCC takes the name NSLayoutAnchor
-// without `vel::` for the Objective-C class.
+// Without `vel::`, GCC takes the name NSLayoutAnchor for the Objective-C class in Objective-C++
+// sources that include the headers of the system's AppKit.
 using NSLayoutXAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterX>;
 using NSLayoutYAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterY>;
 

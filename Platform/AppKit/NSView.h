@@ -107,7 +107,9 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
 
   [[nodiscard]] bool isDescendantOf(const NSView* other) const;
   void detach();
+  // Applies the autoresizing masks of the subviews.
   void resizeSubviews(CGSize oldSize);
+  // Applies the constraints of the subviews.
   void layOutSubviews();
   static CGSize constrainedSize(const NSArray<NSLayoutConstraint>& constraints);
 

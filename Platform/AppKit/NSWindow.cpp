@@ -232,8 +232,8 @@ void NSWindow::endPresentation() {
     std::erase(sheetParent->sheets_, self());
   }
   sheetParent_.reset();
-  // Release the controller: the next presentation of the controller puts the view of the controller
-  // into another window.
+  // Release the controller and its view. When the controller is presented again, another window
+  // shows the view.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
     controller->endPresentation();

@@ -75,7 +75,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Makes this window the parent of `child`. Does not open `child`.
   void addChildWindow(const Strong<NSWindow>& child);
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
-  /// Modal or Sheet if a presentation made the window, else Plain.
+  /// Modal or Sheet if the window was made to present a view controller, else Plain.
   [[nodiscard]] WindowKind kind() const { return kind_; }
   /// The window that this sheet belongs to; null for other windows.
   [[nodiscard]] Strong<NSWindow> sheetParent() const { return sheetParent_.lock(); }
@@ -86,8 +86,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// Opens or raises the window and makes it key, as `makeKeyWindow` does.
   void makeKeyAndOrderFront();
   /// Closes an open window. Its sheets close first, then its controllers disappear, then another
-  /// window becomes key. Ends the presentation of a modal window or sheet. The window can be opened
-  /// again.
+  /// window becomes key. If this window presents a view controller, the presentation ends. The
+  /// window can be opened again.
   void close();
   /// Closes the window, because the platform layer cannot hide an open window.
   void orderOut() { close(); }
@@ -97,7 +97,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void deminiaturize();
 
   /// Makes an on-screen window key without changing the stacking order. On the headless back end
-  /// the window is key when this function returns. On a display, this function requests the focus:
+  /// the window is key when this function returns. On the other back ends, it requests the focus:
   /// the window becomes key in a later pass of the run loop, which posts
   /// NSWindowDidBecomeKeyNotification. The window manager may refuse the request. The window then
   /// does not become key.
@@ -148,6 +148,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void realize();
   enum class KeyRequest : std::uint8_t { None, MakeKey };
   void open(KeyRequest keyRequest);
+  // Releases the view controller that this window presents, if any.
   void endPresentation();
   // The application calls these functions when the window system reports an event.
   void frameChanged(CGRect frame);
@@ -158,13 +159,13 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   NSWindowStyleMask styleMask_;
   std::string title_;
   WindowKind kind_ = WindowKind::Plain;
-  Weak<NSWindow> owner_;
+  Weak<NSWindow> owner_;  // the window that this modal window or sheet belongs to
   WindowHandle handle_ = WindowHandle::None;
   Strong<NSView> contentView_;
   Strong<NSViewController> contentViewController_;
-  Weak<NSWindow> parent_;
+  Weak<NSWindow> parent_;  // set by `addChildWindow`
   NSArray<NSWindow> children_;
-  Weak<NSWindow> sheetParent_;
+  Weak<NSWindow> sheetParent_;  // equals `owner_` while this sheet is presented, else null
   NSArray<NSWindow> sheets_;
   Scene scene_;
   int displayPauses_ = 0;  // the number of DisplayPause objects

@@ -18,9 +18,9 @@ namespace vel {
 /// layer must not call it.
 VEL_EXPORT void shutDown();
 
-/// Registers a function that `shutDown` calls in step 3. With it, a layer above AppKit releases
-/// what that layer shares in the process. A registration cannot be removed, so a `ShutdownStep`
-/// must have static storage duration.
+/// Registers a function that `shutDown` calls in step 3. In this function, a layer above AppKit
+/// releases its own objects that exist once per process. A registration cannot be removed, so a
+/// `ShutdownStep` must have static storage duration.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

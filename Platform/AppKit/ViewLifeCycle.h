@@ -1,5 +1,5 @@
-// Calls the life-cycle methods of the view controllers in a view hierarchy, such as
-// `viewWillAppear`.
+// Calls the life-cycle methods, such as `viewWillAppear`, of the view controllers in a view
+// hierarchy.
 #pragma once
 
 #include <cstdint>
