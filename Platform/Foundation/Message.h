@@ -12,7 +12,7 @@ namespace vel {
 
 namespace detail {
 
-// `send` returns `R()` for a null receiver, which is impossible for a reference.
+// `send` returns `R()` for a null receiver. If `R` were a reference, there would be no such value.
 template <class R>
 concept MessageResult = !std::is_reference_v<R>;
 

@@ -48,7 +48,7 @@ class VEL_EXPORT NSNotificationCenter {
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
   /// Calls the observers that are registered for this name and object when the post begins. Does
-  /// not call an observer that another observer removes before its turn.
+  /// not call an observer that is removed before its turn.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:

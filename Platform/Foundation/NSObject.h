@@ -1,4 +1,4 @@
-// The root of the object model: names, references and the class head.
+// The root class of all objects, the template that gives a class its name, and `make`.
 #pragma once
 
 #include <algorithm>
@@ -14,10 +14,10 @@
 
 namespace vel {
 
-/// A string as a template argument: the name of a class in its class head.
+/// The name of a class, as a template argument of `Class`.
 template <std::size_t Size>
 struct ClassName {
-  // Implicit, so that a class head can use a literal.
+  // Implicit, so that the template argument can be a literal.
   consteval ClassName(const char (&text)[Size]) { std::copy_n(text, Size, characters); }
   [[nodiscard]] constexpr std::string_view view() const { return {characters, Size - 1}; }
   char characters[Size]{};
@@ -38,7 +38,7 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
 /// `className` returns the name. Code that tests for a class by its name compares the whole name.
-/// `make` rejects a class without a head of its own.
+/// `make` does not compile for a class without a head of its own.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:

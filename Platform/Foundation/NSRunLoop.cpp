@@ -185,7 +185,8 @@ bool NSRunLoop::fireTimers(NSRunLoopMode mode) {
 }
 
 // Sets the next fire date of a repeating timer and updates the order of the timers. Call this
-// before the timer's target is called.
+// before the timer's target is called: the target may remove the timer, and `position` is then
+// invalid.
 void NSRunLoop::reschedule(Timers::const_iterator position, Nanoseconds currentTime) {
   auto node = timers_.extract(position);
   node.value()->advanceFireDate(currentTime);

@@ -92,15 +92,17 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
   /// Returns a handle for a host's own loop. Its descriptor is readable when a pass has work.
   /// The handle can be used until the clock is replaced. After the first call of this
-  /// function, every pass updates the descriptor. Invalid in virtual time.
+  /// function, every pass updates the descriptor. In virtual time, the handle is invalid.
   [[nodiscard]] WaitHandle waitHandle();
   /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
   /// removes the previous handle. Has no effect in virtual time.
   void watch(WaitHandle handle);
 
-  /// Ends a wait of the loop, and makes the descriptor readable. Any thread may call this function.
+  /// Ends a wait of the loop, and makes the descriptor of `waitHandle` readable. Any thread may
+  /// call this function.
   void wake();
-  /// Updates the descriptor. Call this when the deadline of a source changes between two passes.
+  /// Updates the descriptor of `waitHandle`. Call this function when the deadline of a source
+  /// changes between two passes. Otherwise the host could wake up too late.
   void updateDescriptor();
 
   /// The number of timers that are scheduled in any mode.
@@ -141,9 +143,9 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
   Timers timers_;
   std::uint64_t nextTimerOrder_ = 0;
-  std::size_t runningPasses_ = 0;  // a pass may run a nested loop
-  bool isPolled_ = false;          // true if a host polls the descriptor
-  std::atomic<unsigned> wakeState_ = 0;
+  std::size_t runningPasses_ = 0;        // more than 1 if a pass runs a nested loop
+  bool isPolled_ = false;                // true if a host polls the descriptor
+  std::atomic<unsigned> wakeState_ = 0;  // the bits `kIsIdle` and `kHasWakeUp`
 };
 
 }  // namespace vel

@@ -27,14 +27,14 @@ class VEL_EXPORT NSObjectProtocol : public NonCopyable {
  public:
   virtual ~NSObjectProtocol() = default;
 
-  /// The name of the object's class, as its class head gives it.
+  /// The name of the object's class. The template `Class` in NSObject.h implements this operation.
   [[nodiscard]] virtual std::string_view className() const = 0;
   /// Returns true if the objects are equal; each class defines what this means. Returns false for
   /// null.
   [[nodiscard]] virtual bool isEqual(const NSObjectProtocol* other) const = 0;
 };
 
-/// The optional operations of a protocol that an object responds to: one bit for each optional
+/// Says which optional operations of a protocol an object responds to: one bit for each optional
 /// operation, in the order in which the protocol lists them.
 using OperationSet = std::bitset<8>;
 
@@ -109,8 +109,8 @@ class Adopts<Self, P> : public P {
   }
 };
 
-/// Returns true if the object has the optional operation: `respondsTo<&P::operation>(delegate)`.
-/// Returns false for null.
+/// Returns true if the object responds to the optional operation:
+/// `respondsTo<&P::operation>(delegate)`. Returns false for null.
 template <auto Operation, class P>
 [[nodiscard]] bool respondsTo(const Strong<P>& object) {
   using Declaring = typename detail::ProtocolOf<decltype(Operation)>::Type;

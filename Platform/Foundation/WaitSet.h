@@ -25,8 +25,8 @@ class WaitSet : NonCopyable {
 
   /// Ends the current wait, and every later wait until `acknowledgeWakeUps` is called.
   virtual void wake() = 0;
-  /// Clears the earlier wake-ups, so that they end no further wait. May also clear a wake-up from
-  /// another thread that comes during this call.
+  /// Clears the earlier wake-ups, so that they end no further wait. If another thread calls `wake`
+  /// during this call, that wake-up may also be cleared.
   virtual void acknowledgeWakeUps() = 0;
 
   /// A handle for a host's own loop. Its descriptor is readable exactly when `wait` would return

@@ -30,7 +30,8 @@ class EpollWaitSet final : public WaitSet {
 
   void watch(WaitHandle handle) override {
     if (watchedHandle_.isValid()) {
-      // Fails if the descriptor is already closed. `close` has then removed it from the epoll set.
+      // If the descriptor is already closed, this call fails, which does no harm: `close` has
+      // already removed the descriptor from the epoll set.
       epoll_event unused{};
       epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, watchedHandle_.descriptor(), &unused);
     }
@@ -61,8 +62,8 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Sets the flag before the write: after the write, the main thread may run
-    // `acknowledgeWakeUps`, which reads the flag.
+    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run between the two, see
+    // no flag and leave the count unread.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);

@@ -24,8 +24,8 @@ Nanoseconds steadyTime() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Both ends of a pipe. Neither end blocks, and no end stays open in a program that the process
-/// executes.
+/// Both ends of a pipe. Reads and writes never block. A program that the process executes does not
+/// inherit the ends.
 class Pipe : NonCopyable {
  public:
   Pipe() : Pipe(make()) {}
@@ -36,7 +36,7 @@ class Pipe : NonCopyable {
  private:
   struct Ends {
     std::array<int, 2> descriptors;
-    int result;
+    int result;  // the return value of `pipe`
   };
 
   static Ends make() {
@@ -71,7 +71,8 @@ class KqueueWaitSet final : public WaitSet {
 
   void watch(WaitHandle handle) override {
     if (watchedHandle_.isValid()) {
-      // Fails if the descriptor is already closed. `close` has then removed it from the kqueue.
+      // If the descriptor is already closed, this call fails, which does no harm: `close` has
+      // already removed the descriptor from the kqueue.
       change(kqueue_.get(), watchedHandle_.descriptor(), EVFILT_READ, EV_DELETE);
     }
     watchedHandle_ = handle;
@@ -103,8 +104,8 @@ class KqueueWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Sets the flag before the write: after the write, the main thread may run
-    // `acknowledgeWakeUps`, which reads the flag.
+    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run between the two, see
+    // no flag and leave the byte unread.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
       [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);
@@ -125,7 +126,7 @@ class KqueueWaitSet final : public WaitSet {
   [[nodiscard]] WaitHandle handle() const override { return WaitHandle(kqueue_.get()); }
 
  private:
-  static constexpr int kTimer = 0;  // the only timer of the kqueue
+  static constexpr int kTimer = 0;  // the id of the only timer in the kqueue
 
   // Returns false if the change fails.
   static bool change(int kqueue, int source, std::int16_t filter, std::uint16_t flags,

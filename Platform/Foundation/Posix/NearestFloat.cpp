@@ -13,8 +13,8 @@ namespace vel {
 
 namespace {
 
-/// Makes `strtof` on this thread read a decimal point and round to the nearest float. Restores the
-/// locale and the rounding mode that the host has set for this thread.
+/// Makes `strtof` on this thread read a decimal point and round to the nearest float. The
+/// destructor restores the locale and the rounding mode that the host has set for this thread.
 class StandardConversion : NonCopyable {
  public:
   StandardConversion() : previousLocale_(uselocale(cLocale())) { std::fesetround(FE_TONEAREST); }
