@@ -78,6 +78,7 @@ class VEL_EXPORT DispatchQueue final : public RunLoopSource {
   std::vector<Task> immediateTasks_;  // submitted with kDispatchTimeNow, in order
   std::set<Task> delayedTasks_;       // submitted with a deadline
   std::uint64_t submissionCount_ = 0;
+  // The earliest deadline in `immediateTasks_` and `delayedTasks_`.
   std::atomic<Nanoseconds> nextDeadline_ = kNever;
   // Only the main thread uses these two members: the tasks that were due when `deliver` was called,
   // in order, and the index of the first task that has not run. If a task runs a nested loop, for
