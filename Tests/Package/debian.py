@@ -9,7 +9,7 @@ PACKAGES = [RUNTIME, DEVELOPMENT, PROGRAM]
 
 
 def field(file, name):
-    """Returns a control field of a package."""
+    """Returns the value of a field in the control file of a package."""
     return run("dpkg-deb", "--field", file, name).strip()
 
 

@@ -13,7 +13,7 @@ from debian import PACKAGES, contents, is_installed, package_files
 from package import CC, CONSUMERS, EXPECTED_OUTPUT, SOURCE, TIMEOUT, WARNING_FLAGS
 from package import cmake_build, make_folder, pkg_config, run, try_run
 
-SKIPPED = 77
+SKIPPED_STATUS = 77  # SKIP_RETURN_CODE in CMakeLists.txt
 LOCK = os.path.join(tempfile.gettempdir(), f"vellaunchscreen-{os.geteuid()}.lock")
 
 
@@ -41,6 +41,8 @@ def dpkg(*arguments):
 
 
 class DebianInstallTest(unittest.TestCase):
+    """The tests run in the order of their numbers. All use the packages that setUpClass installs."""
+
     @classmethod
     def setUpClass(cls):
         packages = package_files()
@@ -58,13 +60,13 @@ class DebianInstallTest(unittest.TestCase):
         self.assertEqual(self.messages, "")
         self.assertTrue(all(map(is_installed, PACKAGES)))
 
-    def test_2_a_host_in_c99_builds_and_runs_to_the_event(self):
+    def test_2_a_host_in_c99_builds_and_records_its_event(self):
         program = make_folder("debian_c") / "host"
         flags = pkg_config("--cflags", "--libs")
         run(CC, "-std=c99", *WARNING_FLAGS, CONSUMERS / "host.c", *flags, "-o", program)
         self.assertEqual(run(program), EXPECTED_OUTPUT)
 
-    def test_3_a_cmake_project_builds_and_runs_to_the_event(self):
+    def test_3_hosts_in_a_cmake_project_build_and_record_their_event(self):
         folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
         self.assertIn("_DIR:PATH=/usr/lib", (folder / "CMakeCache.txt").read_text(encoding="utf-8"))
@@ -84,12 +86,13 @@ class DebianInstallTest(unittest.TestCase):
 
 
 def main():
-    # The same test of another build folder may be running on this system.
+    # Another build folder may run this test at the same time. Only one of the two tests may install
+    # and remove the packages.
     with open(LOCK, "a", encoding="utf-8") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         if reason := reason_to_skip():
             print("skipped:", reason)
-            sys.exit(SKIPPED)
+            sys.exit(SKIPPED_STATUS)
         unittest.main(failfast=True)
 
 

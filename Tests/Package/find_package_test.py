@@ -7,13 +7,13 @@ from package import CONSUMERS, EXPECTED_OUTPUT, PREFIX, cmake_build, make_folder
 
 
 class FindPackageTest(unittest.TestCase):
-    def test_hosts_in_cpp_and_c_build_and_run_to_the_event(self):
+    def test_hosts_in_cpp_and_c_build_and_record_their_event(self):
         folder = make_folder("find_package")
         cmake_build("find_package", folder, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)
         self.assertEqual(run(folder / "host_c"), EXPECTED_OUTPUT)
 
-    def test_a_later_version_is_not_found(self):
+    def test_a_later_version_than_the_installed_version_is_not_found(self):
         project = make_folder("find_later")
         text = (CONSUMERS / "find_package/CMakeLists.txt").read_text(encoding="utf-8")
         (project / "CMakeLists.txt").write_text(text.replace("1.0", "2.0"), encoding="utf-8")

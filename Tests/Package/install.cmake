@@ -1,4 +1,5 @@
-# Installs the build in BUILD and then moves it to WORK/prefix, to test that it can be moved.
+# Installs the build in BUILD and then moves it to WORK/prefix, to test that an installed library
+# can be moved.
 
 file(REMOVE_RECURSE "${WORK}")
 execute_process(

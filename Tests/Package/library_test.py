@@ -14,12 +14,12 @@ EXPORTS = Path(__file__).resolve().parent / "exports.txt"
 
 # The demangled names of a class's tables and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
-# A class, function or variable in namespace vel. Members count as their class.
+# A class, function or variable in namespace vel. For a member of a class, this is only the class.
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 
 def exported_names():
-    """Returns the exported names. All symbols of a C++ class count as the class."""
+    """Returns the exported names. Each C++ class is one name, whatever its members."""
     names = set()
     for line in run("nm", "--dynamic", "--defined-only", "--demangle", LIBRARY).splitlines():
         name = CLASS_SYMBOL.sub("", line.split(maxsplit=2)[2])
@@ -53,17 +53,17 @@ class LibraryTest(unittest.TestCase):
             {"libxcb", "libxcb-randr", "libxcb-render", "libxcb-shape", "libwayland-client"},
         )
 
-    def test_it_has_no_search_path_of_its_own(self):
+    def test_it_contains_no_search_path_for_libraries(self):
         self.assertEqual(dynamic_values("RPATH") + dynamic_values("RUNPATH"), [])
 
 
 class HeadersTest(unittest.TestCase):
-    def test_the_installed_headers_are_those_that_the_umbrella_includes(self):
-        umbrella = HEADERS / "VelLaunchScreen/VelLaunchScreen.h"
-        rule = run(CXX, "-std=c++20", "-MM", f"-I{umbrella.parent}", umbrella)
-        included_headers = set(re.findall(r"\S+\.h\b", rule))
+    def test_only_the_umbrella_header_its_includes_and_the_c_header_are_installed(self):
+        umbrella_header = HEADERS / "VelLaunchScreen/VelLaunchScreen.h"
+        make_rule = run(CXX, "-std=c++20", "-MM", f"-I{umbrella_header.parent}", umbrella_header)
+        included_headers = set(re.findall(r"\S+\.h\b", make_rule))
         installed_headers = {str(header) for header in HEADERS.rglob("*") if header.is_file()}
-        c_header = str(umbrella.with_name("vel_launch_screen.h"))
+        c_header = str(umbrella_header.with_name("vel_launch_screen.h"))
         self.assertEqual(installed_headers, included_headers | {c_header})
 
 

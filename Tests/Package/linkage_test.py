@@ -6,7 +6,7 @@ import unittest
 
 from package import CONSUMERS, SOURCE, make_folder, run
 
-LIBRARY_ALONE = ("-DVEL_TESTS=OFF", "-DVEL_HOST=OFF")
+ONLY_THE_LIBRARY = ("-DVEL_TESTS=OFF", "-DVEL_HOST=OFF")
 
 
 def library_type(source, *settings):
@@ -21,13 +21,13 @@ def library_type(source, *settings):
 
 class LinkageTest(unittest.TestCase):
     def test_it_is_shared_by_default(self):
-        self.assertEqual(library_type(SOURCE, *LIBRARY_ALONE), "SHARED_LIBRARY")
+        self.assertEqual(library_type(SOURCE, *ONLY_THE_LIBRARY), "SHARED_LIBRARY")
 
-    def test_it_is_static_without_build_shared_libs(self):
-        static_type = library_type(SOURCE, *LIBRARY_ALONE, "-DBUILD_SHARED_LIBS=OFF")
+    def test_it_is_static_if_build_shared_libs_is_off(self):
+        static_type = library_type(SOURCE, *ONLY_THE_LIBRARY, "-DBUILD_SHARED_LIBS=OFF")
         self.assertEqual(static_type, "STATIC_LIBRARY")
 
-    def test_a_subproject_follows_the_parent_project(self):
+    def test_a_subproject_is_static_unless_the_parent_project_sets_build_shared_libs(self):
         project = (CONSUMERS / "subproject", f"-DVEL_SOURCE={SOURCE}")
         self.assertEqual(library_type(*project), "STATIC_LIBRARY")
         self.assertEqual(library_type(*project, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")

@@ -1,4 +1,4 @@
-"""Builds and runs hosts outside the source tree. Helpers for the tests of the package."""
+"""Helpers for the tests of the package: build and run hosts outside the source tree."""
 
 import os
 import shlex
@@ -43,7 +43,7 @@ def try_run(*command, **environment):
 
 
 def make_folder(name):
-    """Returns a new, empty working folder of this name."""
+    """Creates an empty folder of this name in WORK and returns it. Deletes an existing folder first."""
     folder = WORK / name
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)

@@ -19,8 +19,9 @@ class SubprojectTest(unittest.TestCase):
         self.assertEqual(run(self.folder / "host_cpp"), EXPECTED_OUTPUT)
         self.assertEqual(run(self.folder / "host_c"), EXPECTED_OUTPUT)
 
-    # The tests share a build folder, so only the first test compiles the library.
-    def test_1_add_subdirectory_builds_and_installs_only_the_library(self):
+    # The tests run in the order of their numbers. Tests 1 to 3 share a build folder, so only the first
+    # test compiles the library. Tests 4 and 5 use the library that test 3 installs.
+    def test_1_add_subdirectory_builds_only_the_library_and_installs_nothing(self):
         self.build("-DFETCH=OFF")
         targets = run("cmake", "--build", self.folder, "--target", "help")
         self.assertIn("libVelLaunchScreen.a", targets)

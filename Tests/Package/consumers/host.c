@@ -1,4 +1,4 @@
-/* A host in C. It runs a launch screen in virtual time until its event and prints the callbacks. */
+/* A host in C. It runs a launch screen in virtual time and prints the callbacks. */
 #include <VelLaunchScreen/vel_launch_screen.h>
 #include <stdio.h>
 
@@ -13,19 +13,19 @@ static void did_disappear(void* user_data) {
 }
 
 static void record_event(void* user_data, const char* event) {
-  int* is_recorded = (int*)user_data;
+  int* is_event_recorded = (int*)user_data;
   printf("event %s\n", event);
-  *is_recorded = 1;
+  *is_event_recorded = 1;
 }
 
 int main(void) {
-  int is_recorded = 0;
+  int is_event_recorded = 0;
   VelLaunchScreen* screen = NULL;
   VelCallbacks callbacks = VEL_CALLBACKS_INIT;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   VelRequest request = VEL_REQUEST_INIT;
 
-  callbacks.user_data = &is_recorded;
+  callbacks.user_data = &is_event_recorded;
   callbacks.will_appear = will_appear;
   callbacks.did_disappear = did_disappear;
   callbacks.record_event = record_event;
@@ -41,5 +41,5 @@ int main(void) {
     return 1;
   }
   vel_destroy(&screen);
-  return is_recorded ? 0 : 1;
+  return is_event_recorded ? 0 : 1;
 }

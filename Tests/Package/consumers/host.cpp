@@ -1,4 +1,4 @@
-// A host in C++. It runs a launch screen in virtual time until its event and prints the callbacks.
+// A host in C++. It runs a launch screen in virtual time and prints the callbacks.
 #include <VelLaunchScreen/VelLaunchScreen.h>
 
 #include <cstdio>
@@ -26,10 +26,10 @@ int main() {
   vel::NSRunLoop& loop = vel::NSRunLoop::mainRunLoop();
   loop.setClock(std::make_unique<vel::VirtualClock>());
   vel::NSApplication::start(std::make_unique<vel::HeadlessWindowSystem>());
-  bool isRecorded = false;
-  vel::MetricsCenter::setSink([&isRecorded](std::string_view event) {
+  bool isEventRecorded = false;
+  vel::MetricsCenter::setSink([&isEventRecorded](std::string_view event) {
     std::printf("event %s\n", std::string(event).c_str());
-    isRecorded = true;
+    isEventRecorded = true;
   });
   {
     const auto window = vel::NSWindow::initAs<PlayerWindow>(vel::CGRect{{}, {640, 480}},
@@ -47,11 +47,11 @@ int main() {
     vel::as<vel::CVPresentationFullScreen>(view->presentation())
         ->presentForWindowWithPresentationMode(window, 0);
     const vel::Nanoseconds limit = vel::nanosecondsFromSeconds(60);
-    while (!isRecorded && loop.now() < limit) {
+    while (!isEventRecorded && loop.now() < limit) {
       loop.runModeBeforeDate(loop.mode(), limit);
     }
     manager->deactivate();
   }
   vel::NSApplication::stop();
-  return isRecorded ? 0 : 1;
+  return isEventRecorded ? 0 : 1;
 }
