@@ -18,7 +18,7 @@ PAGE = (ROOT / "docs/guide.md").read_text(encoding="utf-8")
 PREFIX = Path(os.environ["PREFIX"])
 # Each snippet is a tuple: the language, the file name (or an empty string), the text.
 SNIPPETS = re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", PAGE, re.MULTILINE | re.DOTALL)
-# The code around a snippet of statements.
+# A C snippet without a file name contains only statements. They are compiled inside this function.
 SNIPPET_FRAME = """#include <VelLaunchScreen/vel_launch_screen.h>
 void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest request,
              uint64_t window_id, void* ns_window);
@@ -31,6 +31,7 @@ void snippet(VelLaunchScreen* screen, VelCreateOptions options, VelRequest reque
   (void)screen;
 }
 """
+# The time limit for a command, in seconds.
 TIMEOUT = 240
 
 
@@ -85,14 +86,14 @@ class Guide(unittest.TestCase):
         self.run_in_folder("cmake", "--build", build)
         self.assertEqual(self.run_in_folder(build / "first"), "event launch_end\n")
 
-    def test_the_objective_c_snippets_are_parts_of_the_example(self):
+    def test_the_objective_c_snippets_are_parts_of_the_appkit_example(self):
         example = without_indentation((ROOT / "Examples/appkit-host/main.m").read_text(encoding="utf-8"))
         for language, _, text in SNIPPETS:
             if language == "objc":
                 with self.subTest(text):
                     self.assertIn(without_indentation(text), example)
 
-    def test_statements_compile(self):
+    def test_c_snippets_of_statements_compile(self):
         for language, name, text in SNIPPETS:
             if language == "c" and not name:
                 with self.subTest(text):

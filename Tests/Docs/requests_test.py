@@ -24,7 +24,8 @@ def rows(heading):
 
 
 class Play:
-    """Plays a request, its presentation and more steps. Stores the lines of the trace."""
+    """Plays a scenario: a request, its presentation in `mode`, and `steps`. Stores the lines of the
+    trace. `host` has the members of the scenario's host, and `player` those of the player window."""
 
     def __init__(self, parameters, steps=(), mode=0, windows=(), until=30, **host):
         script = {
@@ -49,9 +50,10 @@ class Play:
         lines = (line for line in self.lines if name in line and value in (None, line[name]))
         return next(lines, None)
 
-    def time_of(self, *line):
-        first_line = self.first_line(*line)
-        return first_line and first_line["t"]
+    def time_of(self, name, value=None):
+        """Returns the time of the first such line (see `first_line`), or None."""
+        line = self.first_line(name, value)
+        return line and line["t"]
 
     @property
     def outcome(self):
@@ -89,7 +91,8 @@ WITH_CONTROLLER = {"contentViewController": "PlayerViewController"}
 CONSENT_WINDOW = {"name": "consent", "contentViewController": "GDPRViewController"}
 MODAL_HOST = {"mode": MODAL_WINDOW_MODE, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
 
-# For each row of the table: the steps, the host, and the times of the dismissal and of the event.
+# For each row of the table: the steps, the other arguments of Play, and the times of the dismissal
+# and of the event.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
     "the covered window resigns key": ([step(1, "resignKey")], {}, (STAYS, NO_EVENT)),
@@ -180,8 +183,8 @@ class Requests(unittest.TestCase):
                 name = value.split(",")[0]
                 mode = values[name] if name in values else json.loads(name.strip("`"))
                 outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
-                is_dismissed = "any time" in effect
-                self.assert_times(outcome, (1, NO_EVENT) if is_dismissed else (5.1, 3.5))
+                may_dismiss_early = "any time" in effect
+                self.assert_times(outcome, (1, NO_EVENT) if may_dismiss_early else (5.1, 3.5))
 
     def test_each_row_about_events_and_times_is_true(self):
         for parameter in "event", "max_duration_time":
