@@ -6,13 +6,13 @@
 namespace vel::test {
 namespace {
 
-TEST(DictionaryRequestTest, ReturnsTheDictionaryThatItWasMadeFrom) {
+TEST(DictionaryRequestTest, ReturnsTheDictionaryFromWhichItWasMade) {
   const auto parameters = NSDictionary::dictionary();
   EXPECT_EQ(DictionaryRequest::requestWithParameters(parameters)->parameters(), parameters);
   EXPECT_EQ(DictionaryRequest::requestWithParameters(nullptr)->parameters(), nullptr);
 }
 
-TEST(DictionaryRequestTest, IsMadeFromEntries) {
+TEST(DictionaryRequestTest, RequestWithEntriesMakesADictionaryOfTheEntries) {
   const auto request = DictionaryRequest::requestWithEntries(
       {{"event", NSString::stringWithUTF8String("launch_end")},
        {"max_duration_time", NSNumber::numberWithDouble(2.5)}});
@@ -22,7 +22,7 @@ TEST(DictionaryRequestTest, IsMadeFromEntries) {
   EXPECT_EQ(as<NSNumber>(parameters->objectForKey("max_duration_time"))->floatValue(), 2.5f);
 }
 
-TEST(DictionaryRequestTest, DeclaresThatItIsAContentRequest) {
+TEST(DictionaryRequestTest, ConformsToContentRequest) {
   EXPECT_TRUE(conformsTo<ContentRequest>(DictionaryRequest::requestWithEntries({})));
 }
 

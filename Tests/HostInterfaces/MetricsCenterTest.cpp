@@ -31,7 +31,7 @@ TEST_F(MetricsCenterTest, WithASinkPassesEventsToTheSinkAndLogsNothing) {
   EXPECT_TRUE(lines.empty());
 }
 
-TEST_F(MetricsCenterTest, RecordsNullAsAnEmptyName) {
+TEST_F(MetricsCenterTest, PassesANullEventToTheSinkAsAnEmptyName) {
   MetricsCenter::logEvent(nullptr);
   EXPECT_EQ(events, std::vector<std::string>{""});
 }
