@@ -24,8 +24,8 @@ using testing::StartsWith;
 constexpr std::uint32_t kBackgroundColor = 0x204080;
 constexpr std::uint32_t kBallColor = 0xFFB020;
 constexpr std::size_t kMinimumCoveredFrames = 60;
-// The limit for a pump, in milliseconds. It is much longer than a pump takes on a busy machine, and
-// much shorter than a launch screen.
+// The limit for a call of vel_pump, in milliseconds. It is much longer than a call takes on a busy
+// machine, and much shorter than a launch screen.
 constexpr double kMaximumPumpTime = 1000;
 
 auto hasControls() {
@@ -41,12 +41,12 @@ auto hasNoButtons() {
 class GameExample : public X11TestWithManager, public testing::WithParamInterface<const char*> {
  protected:
   GameExample() {
-    std::filesystem::remove(events_);
+    std::filesystem::remove(eventsFile_);
     // The address sanitizer cannot name leaks of libraries that SDL loads and unloads, so these
     // leaks cannot be suppressed. Leak detection stays on for the examples without windows.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
-  ~GameExample() override { std::filesystem::remove(events_); }
+  ~GameExample() override { std::filesystem::remove(eventsFile_); }
 
   bool waitForLine(HostProcess& host, std::string_view beginning) {
     return waitFor([&] { return host.hasPrinted(beginning); });
@@ -84,15 +84,16 @@ class GameExample : public X11TestWithManager, public testing::WithParamInterfac
   }
   std::string recordedEvents() {
     std::ostringstream text;
-    text << std::ifstream(events_).rdbuf();
+    text << std::ifstream(eventsFile_).rdbuf();
     return text.str();
   }
 
-  std::string events_ = testing::TempDir() + GetParam() + "-events-" + std::to_string(getpid());
+  std::string eventsFile_ = testing::TempDir() + GetParam() + "-events-" + std::to_string(getpid());
 };
 
 TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
-  HostProcess game({examplePath(GetParam()), events_, "3", "120"}, server.display());
+  // A launch screen of 3 seconds, after 120 frames.
+  HostProcess game({examplePath(GetParam()), eventsFile_, "3", "120"}, server.display());
   xcb_window_t window = 0;
   ASSERT_TRUE(waitFor([&] {
     window = client.findWindow("PlayerWindow");
@@ -144,7 +145,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
 }
 
 TEST_P(GameExample, ExitsCleanlyIfItsWindowIsClosedWhileCovered) {
-  HostProcess game({examplePath(GetParam()), events_, "3600"}, server.display());
+  HostProcess game({examplePath(GetParam()), eventsFile_, "3600"}, server.display());
   ASSERT_TRUE(waitForLine(game, "covered"));
   // The close control is disabled, but a program can still send WM_DELETE_WINDOW.
   client.sendProtocolMessage(client.findWindow("PlayerWindow"), "WM_DELETE_WINDOW");
@@ -163,7 +164,7 @@ TEST_F(PythonHostOnADisplay, PrintsEachCallback) {
   ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended 1"); }));
   EXPECT_EQ(host.wait(), 0);
   std::vector<std::string> lines = host.lines();
-  // The window manager may report more than once.
+  // The window manager may report the kept controls more than once.
   EXPECT_GE(std::erase(lines, "controls_kept 0"), 1U);
   EXPECT_THAT(lines, ElementsAre("state_changed 3 None", StartsWith("log_line LaunchScreenContent"),
                                  "will_appear", "may_disappear", "did_disappear",

@@ -26,7 +26,7 @@ class HostProcess : NonCopyable {
   int wait();
 
  private:
-  // Returns false at the end of the output.
+  // Waits for output and stores it. Returns false at the end of the output.
   bool readOutput();
 
   Process process_;
@@ -37,7 +37,7 @@ class HostProcess : NonCopyable {
 
 /// The path of an example in the build folder.
 std::string examplePath(std::string_view name);
-/// Names the test of an example after the example.
+/// The name of a parameterised test: the name of its example, without hyphens.
 std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo);
 /// The command that runs the Python example with the built library.
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments);

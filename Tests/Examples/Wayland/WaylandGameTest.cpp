@@ -20,24 +20,25 @@ namespace {
 constexpr std::uint32_t kGameColor = 0x204080;
 constexpr std::uint32_t kDesktopColor = 0x203020;
 constexpr PixelRect kScreen{0, 0, 1024, 768};
-constexpr PixelRect kArea{192, 184, 640, 400};  // the game, in the middle of the screen
+constexpr PixelRect kGameArea{192, 184, 640, 400};  // in the middle of the screen
 constexpr const char* kTitle = "A game";
 
 class GameOnWayland : public testing::Test {
  protected:
   GameOnWayland() {
-    std::filesystem::remove(events_);
+    std::filesystem::remove(eventsFile_);
     // The address sanitizer cannot name leaks of libraries that SDL loads and unloads, so these
     // leaks cannot be suppressed.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
-  ~GameOnWayland() override { std::filesystem::remove(events_); }
+  ~GameOnWayland() override { std::filesystem::remove(eventsFile_); }
 
+  /// Starts the game. It draws `frames` frames, then shows a launch screen of `seconds` seconds.
   [[nodiscard]] std::unique_ptr<HostProcess> startGame(const std::string& seconds,
                                                        const std::string& frames = "0") const {
     return std::make_unique<HostProcess>(
         std::vector<std::string>{"env", "WAYLAND_DISPLAY=" + sway.display(),
-                                 examplePath("sdl2-game"), events_, seconds, frames},
+                                 examplePath("sdl2-game"), eventsFile_, seconds, frames},
         ":2147483647");  // no X display
   }
   static bool waitForLine(HostProcess& game, std::string_view beginning) {
@@ -48,21 +49,21 @@ class GameOnWayland : public testing::Test {
   }
   [[nodiscard]] bool becomesVisible() const {
     return eventually([this] {
-      const auto colors = sway.picture(kArea).colors();
+      const auto colors = sway.picture(kGameArea).colors();
       return colors.contains(kGameColor) && !colors.contains(kWhite) &&
              !colors.contains(kDesktopColor);
     });
   }
   [[nodiscard]] std::string recordedEvents() const {
     std::ostringstream text;
-    text << std::ifstream(events_).rdbuf();
+    text << std::ifstream(eventsFile_).rdbuf();
     return text.str();
   }
 
   Sway sway;
 
  private:
-  std::string events_ = testing::TempDir() + "wayland-game-events-" + std::to_string(getpid());
+  std::string eventsFile_ = testing::TempDir() + "wayland-game-events-" + std::to_string(getpid());
 };
 
 TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
@@ -74,7 +75,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   // Another window has the focus, so the countdown pauses during the checks.
   auto other = std::make_unique<SurfaceHost>(sway.display(), "other", CGSize{100, 100}, 0x804020);
   sway.run("[title=\"^other$\"] move position 0 0");
-  ASSERT_TRUE(becomesWhite(kArea));
+  ASSERT_TRUE(becomesWhite(kGameArea));
   EXPECT_TRUE(waitForLine(*game, "controls kept"));
   EXPECT_TRUE(waitForLine(*game, "controls removed"));
   const auto reportCount = [&] {
@@ -83,7 +84,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   };
   const auto reportCountBefore = reportCount();
   EXPECT_TRUE(eventually([&] { return reportCount() >= reportCountBefore + 2; }));
-  EXPECT_TRUE(sway.picture(kArea).isAll(kWhite));
+  EXPECT_TRUE(sway.picture(kGameArea).isAll(kWhite));
   EXPECT_EQ(recordedEvents(), "");
   sway.picture(kScreen).save("wayland-game-during");
 
@@ -100,29 +101,29 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_EQ(game->wait(), 0);
 }
 
-TEST_F(GameOnWayland, ItsCoverFollowsTheSizeOfTheWindow) {
+TEST_F(GameOnWayland, ItsCoverFollowsTheSizeOfItsWindow) {
   const auto game = startGame("3600");
-  ASSERT_TRUE(becomesWhite(kArea));
+  ASSERT_TRUE(becomesWhite(kGameArea));
   sway.run("[title=\"^A game$\"] fullscreen enable");
   EXPECT_TRUE(becomesWhite(kScreen));
   sway.run("[title=\"^A game$\"] fullscreen disable");
   EXPECT_TRUE(eventually([this] {
-    return sway.picture(kArea).isAll(kWhite) &&
-           sway.picture({0, 0, 1024, kArea.y}).isAll(kDesktopColor);
+    return sway.picture(kGameArea).isAll(kWhite) &&
+           sway.picture({0, 0, 1024, kGameArea.y}).isAll(kDesktopColor);
   }));
 }
 
-TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheEnd) {
+TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
   const auto game = startGame("5");
   ASSERT_TRUE(waitForLine(*game, "controls removed"));
   // Another window has the focus, so the countdown pauses until the user clicks the frame.
   const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
   sway.run("[title=\"^other$\"] move position 0 0");
   sway.run("[title=\"^A game$\"] border pixel 8");
-  ASSERT_TRUE(becomesWhite(kArea));
-  // The corner of the frame.
-  const int right = kArea.x + kArea.width + 4;
-  const int bottom = kArea.y + kArea.height + 4;
+  ASSERT_TRUE(becomesWhite(kGameArea));
+  // The lower right corner, in the middle of the border of 8 pixels.
+  const int right = kGameArea.x + kGameArea.width + 4;
+  const int bottom = kGameArea.y + kGameArea.height + 4;
   sway.drag(right, bottom, right + 100, bottom);
   sway.closeWindow(kTitle);
   ASSERT_TRUE(waitForLine(*game, "controls restored"));
