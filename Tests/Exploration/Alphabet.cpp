@@ -12,8 +12,9 @@ namespace vel::exploration {
 namespace {
 
 // The requests start a countdown of 0.3 s, which takes three ticks. Rounding can leave slightly
-// more than 0 s after the third tick. The action "half a second" is longer than the countdown. Add
-// new actions at the end, because the seeds of the fuzzer refer to actions by index.
+// more than 0 s after the third tick. The countdown then takes a fourth tick. The action "half a
+// second" is longer than the countdown. Add new actions at the end, because the seeds of the fuzzer
+// refer to actions by index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},

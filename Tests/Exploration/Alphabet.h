@@ -1,4 +1,5 @@
-// The actions and hosts from which the exploration builds its scripts.
+// The actions and hosts from which the exploration builds its scripts. A script is a sequence of
+// actions. A play (ObservedPlay.h) runs one script.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +21,7 @@ struct Action {
   std::string_view steps;
 };
 
-/// The host of a play, with its windows.
+/// A host, with its windows.
 struct Setting {
   std::string_view name;
   /// The value of "host" in a scenario.
@@ -33,7 +34,7 @@ struct Setting {
 /// the name.
 [[nodiscard]] std::uint8_t actionNamed(std::string_view name);
 
-/// A sequence of actions, as indices into `actions()`.
+/// The actions of a script, as indices into `actions()`.
 using Script = std::vector<std::uint8_t>;
 
 /// Returns the script as a scenario for `launchscreen play`. The scenario ends when no delayed work

@@ -26,6 +26,7 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
+// Returns the state key after a play of the script.
 std::string keyAfter(const ParsedSetting& parsedSetting, const Script& script) {
   ObservedPlay play(parsedSetting, {});
   for (const std::uint8_t action : script) {
@@ -49,10 +50,11 @@ std::vector<Script> continuationsOf(const Script& script) {
 
 // Findings
 
+// Explores with a single invariant, which some scripts break.
 Exploration exploreFor(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
                        std::size_t depth) {
-  const Invariant falseStatement[] = {{"a false statement", checkTime, findFault}};
-  return explore(bareSetting(), falseStatement, depth);
+  const Invariant brokenInvariant[] = {{"a false statement", checkTime, findFault}};
+  return explore(bareSetting(), brokenInvariant, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) {

@@ -37,8 +37,9 @@ std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   return isRecorded ? "an event is recorded" : "";
 }
 
-// Does not check when the event is recorded. The library records the event half a second after it
-// is sent, even if a required window goes away in between.
+// Checks when the event is sent, not when it is recorded. The library records the event half a
+// second after it is sent, even if no required window (see `History::isWindowAway`) is key any
+// more.
 std::string checkNotSentWhileAway(const ObservedPlay& play) {
   const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
   return isSentNow && play.history().isWindowAway ? "an event is sent" : "";
@@ -164,7 +165,7 @@ std::string checkObjectsAfterEnd(const ObservedPlay& play) {
                       controller->parentViewController() != nullptr ||
                       controller->presentingViewController() != nullptr;
     if (!isUp) {
-      return "a controller is alive that is not shown, presented or tracked";
+      return "a controller is alive that is not shown, not presented and not the embedded cover";
     }
     if (const auto delegates = controller->delegates()) {
       expectedOwnerCount += delegates->containsObject(play.manager().get()) ? 1 : 0;

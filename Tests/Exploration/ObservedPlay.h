@@ -1,6 +1,7 @@
 // A play runs one script in virtual time and checks invariants. A script is a sequence of actions.
-// A trace line reports one thing that happens during the play, such as a tick or a call of the
-// host.
+// A trace line reports one thing that happens during the play, such as a tick or a call to the
+// host. The manager has one main content. It can make a temporary content (`tempContent`) for a
+// request that arrives while the launch screen is shown.
 #pragma once
 
 #include <bitset>
@@ -33,12 +34,12 @@ struct Invariant {
 
 /// The state of the manager and of the default configuration at a moment.
 struct Sample {
-  double timeLeft = 0;
-  double interval = 0;      // `expirationTimeInterval`
-  bool isCounting = false;  // the manager has a valid timer
-  bool isUnfocused = false;
-  bool isSent = false;     // `eventWasSended`
-  bool isExpired = false;  // `launchScreenExpired`
+  double timeLeft = 0;       // `launchScreenExpirationTimeLeft`
+  double interval = 0;       // `expirationTimeInterval`
+  bool isCounting = false;   // the manager has a valid timer
+  bool isUnfocused = false;  // `appIsUnfocused`
+  bool isSent = false;       // `eventWasSended`
+  bool isExpired = false;    // `launchScreenExpired`
   bool skipMode = false;
 };
 
@@ -50,6 +51,7 @@ struct History {
   /// computes this value from the key changes, not from the manager's state. A window is required
   /// if the user sees the cover while the window is key.
   bool isWindowAway = false;
+  /// The number of recorded events.
   int eventCount = 0;
   /// The time at which `eventWasSended` became true.
   std::optional<Nanoseconds> sendTime;
@@ -71,6 +73,7 @@ struct History {
   bool hasCalledCanDisappear = false;
   /// The library has called `contentViewDidDisappear` of the host's view delegate.
   bool hasCalledDidDisappear = false;
+  /// The number of calls of the life cycle methods of the controller, such as `viewDidAppear`.
   int lifeCycleCallCount = 0;
 };
 
@@ -82,6 +85,7 @@ class ObservedPlay final : private host::PlayListener {
   ObservedPlay(const ParsedSetting& parsedSetting, std::span<const Invariant> invariants);
   ~ObservedPlay() override;
 
+  /// Plays one action. `action` is an index into `actions()`.
   void perform(std::uint8_t action);
   /// Deactivates the manager and lets time pass until no work is left.
   void end();
@@ -128,6 +132,7 @@ class ObservedPlay final : private host::PlayListener {
   template <class Other>
   void record(const Other& /*other*/) {}
   bool showsCover(const Strong<NSWindow>& window);
+  /// Adds the manager's current objects to `temporaryContents_` and `controllers_`.
   void collectObjects();
 
   const ParsedSetting& setting_;

@@ -133,12 +133,13 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   for (const auto& controller : controllers) {
     addController(key, play, *controller);
   }
-  // The controller of the tracked view. Null if the controller is already destroyed.
-  const auto owner = as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
+  // The controller of the embedded cover's view. Null if this controller is already destroyed.
+  const auto viewsController =
+      as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto window = send(superView, &NSView::window);
   const auto currentController =
       send(play.manager()->content(), &LaunchScreenContent::viewController);
-  key << indexOf(selfController.get(), controllers) << indexOf(owner.get(), controllers)
+  key << indexOf(selfController.get(), controllers) << indexOf(viewsController.get(), controllers)
       << play.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
       << indexOf(as<LaunchScreenViewController>(currentController).get(), controllers);
 }
