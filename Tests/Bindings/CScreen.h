@@ -13,7 +13,7 @@
 
 namespace vel::test {
 
-/// Records each callback as a line, and then calls a function of the test.
+/// Records each callback as a line, and then calls `onCallback`.
 struct CHost {
   /// The name of each callback with its arguments, except for log lines.
   std::vector<std::string> callbackLines;
@@ -32,7 +32,7 @@ VelCreateOptions virtualOptions(const VelCallbacks* callbacks = nullptr);
 
 VelRequest makeRequest(const char* event, double seconds, const char* mode = nullptr);
 
-/// The window system of the current launch screen. It also simulates a user and a window manager.
+/// The window system of the launch screen. It also simulates a user and a window manager.
 HeadlessWindowSystem& windowSystem();
 
 /// Creates a launch screen before each test and destroys it afterwards.
@@ -41,7 +41,7 @@ class CBindingTest : public testing::Test {
   CBindingTest();
   ~CBindingTest() override;
 
-  /// Destroys the launch screen and creates another launch screen.
+  /// Destroys the launch screen and creates another launch screen with `options`.
   void createAgain(const VelCreateOptions& options);
   /// Requests and presents a launch screen. Fails the test if either call fails.
   void present(VelPresentation presentation, double seconds, const char* mode = nullptr);

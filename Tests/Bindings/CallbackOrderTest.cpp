@@ -1,5 +1,6 @@
-// Calls from inside callbacks. A request or a presentation returns VEL_BUSY if the library calls
-// the callback during an operation. Otherwise it works.
+// Calls from inside callbacks. Some callbacks are called while the library carries out an
+// operation: inside them, vel_request and vel_present return VEL_BUSY. Inside the other callbacks,
+// they work.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -9,7 +10,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The parameter says how the launch screen is presented.
+/// The parameter says how both launch screens are presented.
 class NextInDidDisappearTest : public CBindingTest,
                                public testing::WithParamInterface<VelPresentation> {
  protected:
@@ -20,7 +21,7 @@ class NextInDidDisappearTest : public CBindingTest,
   }
 };
 
-TEST_P(NextInDidDisappearTest, ANextLaunchScreenCanBeShownAndEnds) {
+TEST_P(NextInDidDisappearTest, TheNextLaunchScreenCanBeShownAndEnds) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "did_disappear" && !hasPresentedNext) {

@@ -20,7 +20,7 @@ class CreateTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-/// A structure of a later version with one more member.
+/// The structure of a later version, which has one more member.
 template <class Structure>
 struct LaterStructure {
   Structure knownMembers;
@@ -39,7 +39,7 @@ TEST(StatusTest, EveryStatusHasADifferentText) {
   EXPECT_STREQ(vel_status_text(static_cast<VelStatus>(-1)), "unknown status");
 }
 
-TEST(VersionTest, IsTheVersionOfTheLibrary) {
+TEST(VersionTest, TheCFunctionsReturnTheVersionOfTheLibrary) {
   EXPECT_EQ(vel_version_number(), VelLaunchScreenVersionNumber);
   EXPECT_STREQ(vel_version_string(), VelLaunchScreenVersionString);
 }
@@ -74,13 +74,13 @@ TEST_F(CreateTest, WithoutAPointerForTheHandleNothingIsCreated) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, AFailureClearsTheHandle) {
+TEST_F(CreateTest, AFailedCreateSetsTheHandleToNull) {
   screen = reinterpret_cast<VelLaunchScreen*>(77);
   EXPECT_EQ(vel_create(nullptr, &screen), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(screen, nullptr);
 }
 
-TEST_F(CreateTest, ASizeThatNoVersionHasIsRefused) {
+TEST_F(CreateTest, AStructureSizeThatNoVersionHasIsRefused) {
   VelCreateOptions options = virtualOptions();
   for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
     options.size = size;
@@ -115,7 +115,7 @@ TEST_F(CreateTest, TheSizeOfTheCallbacksStructureIsAlsoChecked) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
 }
 
-TEST_F(CreateTest, TheCallbacksAreCopied) {
+TEST_F(CreateTest, TheCallbacksStructureIsCopied) {
   CHost host;
   VelCallbacks callbacks = host.callbacks();
   const VelCreateOptions options = virtualOptions(&callbacks);
@@ -195,7 +195,7 @@ TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
 
-TEST_F(CreateTest, WhileTheHostHasAnApplicationNoLaunchScreenIsCreated) {
+TEST_F(CreateTest, WhileTheHostHasItsOwnNSApplicationNoLaunchScreenIsCreated) {
   const VirtualPlatform platform;
   const Strong<NSApplication> application = NSApp;
   const VelCreateOptions options = virtualOptions();
@@ -211,7 +211,7 @@ TEST_F(CreateTest, ASuccessClearsTheLastError) {
   EXPECT_STREQ(vel_last_error(), "");
 }
 
-TEST_F(CreateTest, ADestroyedHandleIsNullAndNotAlive) {
+TEST_F(CreateTest, DestroySetsTheHandleToNullAndRefusesANullHandle) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -270,7 +270,7 @@ TEST_F(CreateTest, NoFunctionAcceptsAHandleThatWasNeverCreated) {
               testing::Each(VEL_NOT_ALIVE));
 }
 
-TEST_F(CreateTest, ANullPointerForAResultIsRefused) {
+TEST_F(CreateTest, ANullPointerForAResultIsRefusedExceptByPump) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_poll_descriptor(screen, nullptr), VEL_INVALID_ARGUMENT);

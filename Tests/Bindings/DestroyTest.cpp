@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
 
 TEST_F(DestroyTest, InsideDisplayLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The display is lost in a pass of the run loop, like a real display.
+  // A real display is lost in a pass of the run loop, so the test queues the loss.
   host.onCallback = [this](const std::string& callback) {
     if (callback == "display_lost") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -182,7 +182,7 @@ TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The run inside the callback has already passed this time.
+  // The run inside the callback has already advanced the time beyond this run.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

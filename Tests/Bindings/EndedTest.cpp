@@ -24,7 +24,8 @@ class EndedTest : public CBindingTest {
     return static_cast<std::size_t>(std::ranges::count_if(
         host.callbackLines, [](const std::string& line) { return line.starts_with("ended"); }));
   }
-  /// Runs to a time long after every end. Expects that the library has reported only `reason`.
+  /// Runs until long after the end. Expects that the library has called `ended` only once, with
+  /// `reason`.
   void expectOnlyEnd(VelEndReason reason) {
     ASSERT_EQ(vel_run(screen, 100), VEL_OK);
     EXPECT_EQ(endCount(), 1u);
@@ -37,7 +38,7 @@ class EndedTest : public CBindingTest {
   }
 };
 
-TEST_F(EndedTest, AnEmbeddedCoverWithoutContentControllerEndsASecondAfterItDisappeared) {
+TEST_F(EndedTest, WithoutAContentControllerAnEmbeddedCoverEndsASecondAfterItDisappears) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
@@ -94,14 +95,14 @@ TEST_F(EndedTest, ADismissalByTheHostHasTheReasonDismissed) {
   }
 }
 
-TEST_F(EndedTest, WithoutContentControllerADismissalHasTheReasonDismissed) {
+TEST_F(EndedTest, WithoutAContentControllerADismissalHasTheReasonDismissed) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
   expectOnlyEnd(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, APostponedDismissalHasTheReasonDismissed) {
+TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
   present(VEL_PRESENT_MODAL, 60, "skip");
   ASSERT_EQ(vel_run(screen, 1), VEL_OK);
   runInPass([] { windowSystem().userMovesFocusAway(); });
@@ -157,7 +158,7 @@ TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
   }
 }
 
-TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndCallsEndedLast) {
+TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndEndedIsItsLastAction) {
   present(VEL_PRESENT_EMBEDDED, 5);
   const Strong<NSWindow> window = NSApp->keyWindow();
   VelLaunchScreen* const staleHandle = screen;
@@ -209,7 +210,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
-TEST_F(EndedTest, APumpInsideTheLogLineOfAPresentationDoesNotEndTheLaunchScreen) {
+TEST_F(EndedTest, APumpInsideTheLogLineCallbackDoesNotEndTheLaunchScreen) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);

@@ -54,9 +54,9 @@ TEST_F(HostWindowTest, AWindowOfAnotherWindowSystemIsABadWindow) {
   x11.x11_window = 4711;
   VelHostWindow cocoa = VEL_HOST_WINDOW_INIT;
   cocoa.ns_window = kNSWindow;
-  VelHostWindow numbered = VEL_HOST_WINDOW_INIT;
-  numbered.ns_window_number = 7;
-  for (const VelHostWindow& window : {x11, cocoa, numbered, waylandWindow()}) {
+  VelHostWindow cocoaByNumber = VEL_HOST_WINDOW_INIT;
+  cocoaByNumber.ns_window_number = 7;
+  for (const VelHostWindow& window : {x11, cocoa, cocoaByNumber, waylandWindow()}) {
     EXPECT_EQ(create(window), VEL_BAD_WINDOW);
     EXPECT_THAT(vel_last_error(), HasSubstr("headless"));
     EXPECT_EQ(screen, nullptr);
@@ -82,6 +82,7 @@ TEST_F(HostWindowTest, AWaylandSurfaceNeedsAConnectionAndASize) {
     EXPECT_EQ(createChanged(change), VEL_INVALID_ARGUMENT);
     EXPECT_STRNE(vel_last_error(), "");
   }
+  // The toplevel is optional. This description is complete, but not for the headless display.
   EXPECT_EQ(createChanged([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
             VEL_BAD_WINDOW);
 }
@@ -96,12 +97,13 @@ TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
 
 TEST_F(HostWindowTest, TheSizeOfTheStructureIsChecked) {
   EXPECT_EQ(createChanged([](VelHostWindow& window) { --window.size; }), VEL_INVALID_ARGUMENT);
-  struct Later {
+  struct LaterHostWindow {
     VelHostWindow known;
     std::uint64_t unknown;
   } later{waylandWindow(), 1};
   later.known.size = sizeof later;
   EXPECT_EQ(create(later.known), VEL_INVALID_ARGUMENT);
+  // Now the structure is valid, but a headless display has no windows of the host.
   later.unknown = 0;
   EXPECT_EQ(create(later.known), VEL_BAD_WINDOW);
 }

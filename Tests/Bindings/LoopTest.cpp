@@ -60,13 +60,13 @@ TEST_F(CLoopTest, ThePollDescriptorIsReadableAtTheNextTick) {
   EXPECT_LT(secondsLeft(), 60);
 }
 
-// A host may poll after a call without a pump in between.
-TEST_F(CLoopTest, ACallUpdatesTheDescriptorWithoutAPump) {
+// A host may poll after any call, without a pump in between.
+TEST_F(CLoopTest, PresentUpdatesTheDescriptorWithoutAPump) {
   present(VEL_PRESENT_EMBEDDED, 60);
   EXPECT_TRUE(becomesReadable(10'000));
 }
 
-TEST_F(CLoopTest, TheDescriptorStaysTheSame) {
+TEST_F(CLoopTest, ThePollDescriptorNeverChanges) {
   present(VEL_PRESENT_EMBEDDED, 0.1);
   for (int pass = 0; pass < 10; ++pass) {
     ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
@@ -94,7 +94,7 @@ TEST_F(CLoopTest, APumpNeverWaits) {
   EXPECT_GT(secondsLeft(), 50);
 }
 
-TEST_F(CLoopTest, ARunWaitsForTheGivenTime) {
+TEST_F(CLoopTest, ARunTakesTheGivenTime) {
   const auto startTime = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
   EXPECT_GE(std::chrono::steady_clock::now() - startTime, std::chrono::milliseconds(20));
@@ -102,7 +102,7 @@ TEST_F(CLoopTest, ARunWaitsForTheGivenTime) {
 
 using CVirtualLoopTest = CBindingTest;
 
-TEST_F(CVirtualLoopTest, VirtualTimeHasNoDescriptor) {
+TEST_F(CVirtualLoopTest, InVirtualTimeThereIsNoPollDescriptor) {
   int descriptor = 0;
   EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
   EXPECT_EQ(descriptor, -1);

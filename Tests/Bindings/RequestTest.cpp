@@ -24,7 +24,7 @@ class CRequestTest : public CBindingTest {
   static std::string event() { return std::string(configuration().nextEventName()->UTF8String()); }
 };
 
-TEST_F(CRequestTest, ARequestIsLoadedAndReportsItsState) {
+TEST_F(CRequestTest, ARequestIsLoadedAndItsStateIsReported) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
   EXPECT_EQ(request("launch_end", 2.5), VEL_OK);
   EXPECT_EQ(state(), VEL_STATE_LOADED);
@@ -68,7 +68,7 @@ TEST_F(CRequestTest, WithoutAnEventTheErrorIsTheLogLineOfTheLibrary) {
   EXPECT_TRUE(configuration().skipMode());  // the library has read the mode before the event
 }
 
-TEST_F(CRequestTest, AZeroTimeIsRefused) {
+TEST_F(CRequestTest, ATimeOfZeroIsRefused) {
   EXPECT_EQ(request("launch_end", 0), VEL_REFUSED);
   EXPECT_NE(std::string(vel_last_error()).find("Max duration time is nil or empty!"),
             std::string::npos);
@@ -144,7 +144,7 @@ TEST_F(CRequestTest, AJsonObjectCanHaveAllParametersOfARequest) {
   EXPECT_EQ(secondsLeft(), 3);
 }
 
-TEST_F(CRequestTest, AnUnknownJsonModeIsNotSkipMode) {
+TEST_F(CRequestTest, AnUnknownModeInJsonIsAcceptedAndIsNotSkipMode) {
   for (const char* mode : {"forced", "Skip", "", "anything"}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": 1, "mode": ")") +
                           mode + "\"}"),

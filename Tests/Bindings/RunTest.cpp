@@ -62,7 +62,7 @@ TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
   }
 }
 
-TEST_F(CRunTest, ThePresentationIsLogged) {
+TEST_F(CRunTest, APresentationIsLogged) {
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(host.log, (Lines{"LaunchScreenContent (-[LaunchScreenContent "
                              "presentForWindow:withPresentationMode:]) mode: 2"}));
@@ -108,7 +108,7 @@ TEST_F(CRunTest, AClosedWindowCannotBeCovered) {
   EXPECT_STREQ(vel_last_error(), "the window has been closed");
 }
 
-TEST_F(CRunTest, APauseHasAReason) {
+TEST_F(CRunTest, ThePauseReasonSaysWhyTheCountdownDoesNotRun) {
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NONE);
@@ -146,16 +146,16 @@ TEST_F(CRunTest, InForcedModeAnEarlyDismissalOnlyRecordsTheEvent) {
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CRunTest, WithoutALaunchScreenDismissChangesNothing) {
+TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // A dismissal would have marked the launch screen as expired. The loss of focus does not pause
-  // the countdown of an expired launch screen.
+  // If `vel_dismiss` had changed something, the launch screen would be expired, and the loss of
+  // focus would not pause its countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
-TEST_F(CRunTest, WithoutALaunchScreenDismissOnAnotherThreadChangesNothing) {
+TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissOnAnotherThreadChangesNothing) {
   const VelRequest request = makeRequest("launch_end", 2);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   VelStatus status = VEL_INTERNAL_ERROR;
@@ -167,7 +167,7 @@ TEST_F(CRunTest, WithoutALaunchScreenDismissOnAnotherThreadChangesNothing) {
   EXPECT_EQ(secondsLeft(), 2);
 }
 
-TEST_F(CRunTest, TheHostCanKeepTheCoverInMayDisappear) {
+TEST_F(CRunTest, TheCoverStaysIfMayDisappearReturnsZero) {
   host.mayDisappear = false;
   present(VEL_PRESENT_EMBEDDED, 1, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -233,7 +233,7 @@ TEST_F(CRunTest, ASecondRequestCanBePresentedAfterTheEnd) {
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "may_disappear",
-                                       "did_disappear", "ended 1"}));  // without a second event
+                                       "did_disappear", "ended 1"}));  // only one event per handle
 }
 
 }  // namespace

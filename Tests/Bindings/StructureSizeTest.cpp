@@ -56,7 +56,7 @@ TEST_F(StructureSizeTest, TheOptionsOfTheFirstVersionCanNameAWindow) {
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 
-TEST_F(StructureSizeTest, ASizeThatNoVersionHasIsRefused) {
+TEST_F(StructureSizeTest, ACallbacksSizeThatNoVersionHasIsRefused) {
   for (const std::size_t size :
        {std::size_t{0}, sizeof(std::size_t), kFirstCallbacksSize - 8, kFirstCallbacksSize - 1,
         kFirstCallbacksSize + 1, kFirstCallbacksSize + 4}) {

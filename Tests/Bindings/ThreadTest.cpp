@@ -78,8 +78,7 @@ TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesVelRun) {
   EXPECT_EQ(screen, nullptr);
 }
 
-// Two threads dismiss while a third thread destroys and creates launch screens.
-TEST_F(CThreadTest, DismissAndDestroyCanRunAtTheSameTime) {
+TEST_F(CThreadTest, TwoThreadsCanDismissWhileTheOwningThreadDestroysAndCreates) {
   std::atomic<VelLaunchScreen*> currentScreen = screen;
   std::atomic<bool> isFinished = false;
   std::atomic<int> callCount = 0;
@@ -133,7 +132,7 @@ TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
   EXPECT_EQ(statusOnOtherThread, VEL_ALREADY_EXISTS);
 }
 
-TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
+TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
   CHost host;
   const VelCallbacks callbacks = host.callbacks();
   const VelCreateOptions options = virtualOptions(&callbacks);
@@ -144,7 +143,8 @@ TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
   }).join();
-  // A thread that starts now may get the identifier of the thread that has ended.
+  // This thread may get the identifier of the thread that has ended. It is nevertheless another
+  // thread, so vel_pump must refuse it.
   std::thread([&] {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -159,7 +159,7 @@ TEST(OwnerTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(OwnerTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
+TEST(OwningThreadTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
   const VelCreateOptions options = virtualOptions();
   VelLaunchScreen* screen = nullptr;
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
@@ -167,7 +167,7 @@ TEST(OwnerTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(OwnerTest, AnyThreadCanOwnALaunchScreen) {
+TEST(OwningThreadTest, AnyThreadCanOwnALaunchScreen) {
   const auto runLaunchScreen = [] {
     CHost host;
     const VelCallbacks callbacks = host.callbacks();

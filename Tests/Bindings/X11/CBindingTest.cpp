@@ -15,6 +15,7 @@ using testing::StartsWith;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
+// The library sets this property to remove the controls of the window.
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 
 /// A host that records its callbacks in `calls`.
