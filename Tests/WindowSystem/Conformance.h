@@ -63,6 +63,7 @@ class Conformance : public testing::TestWithParam<Backend> {
   ~Conformance() override { system().setDelegate(nullptr); }
 
   WindowSystem& system() { return display->system(); }
+  /// Creates a window, by default with all controls (15).
   WindowHandle create(NSWindowStyleMask styleMask = 15);
   /// Creates a window and orders it front.
   WindowHandle open(NSWindowStyleMask styleMask = 15);

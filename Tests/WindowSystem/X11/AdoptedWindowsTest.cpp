@@ -1,3 +1,4 @@
+// Windows of other programs that the back end adopts.
 #include <gmock/gmock.h>
 
 #include <limits>
@@ -35,7 +36,7 @@ TEST_F(X11AdoptedWindows, AdoptingAWindowReadsItsState) {
   EXPECT_FALSE(adoptedWindow.hasFocus);
 }
 
-TEST_F(X11AdoptedWindows, AWindowWithTheFocusIsAdoptedAsFocused) {
+TEST_F(X11AdoptedWindows, AWindowWhoseChildHasTheFocusIsAdoptedAsFocused) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   const xcb_window_t child = client.makeWindow({0, 0, 10, 10}, 0, game);
   client.map(child);

@@ -129,7 +129,8 @@ TEST_P(X11CoverOfForeignHost, TheShieldIsMappedInAHostThatRedirectsItsChildren) 
   EXPECT_FALSE(gameGetsClicks());
 }
 
-// If the child were mapped first, the host could draw over the child before the overlay hides it.
+// If the child window were mapped first, the user could see what the host draws over the child
+// until the overlay is mapped.
 TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   const auto tree = x11::XcbPointer<xcb_query_tree_reply_t>(xcb_query_tree_reply(
       client.connection(), xcb_query_tree(client.connection(), game), nullptr));
@@ -327,7 +328,7 @@ INSTANTIATE_TEST_SUITE_P(Managers, X11CoverOfForeignHost,
 
 class X11CoverAndManagers : public X11Test {};
 
-TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
+TEST_F(X11CoverAndManagers, TheCoverIsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   startManager(Manager::Openbox);
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
@@ -350,7 +351,7 @@ TEST_F(X11CoverAndManagers, IsWhiteAgainAfterTheManagerIsKilledOrReplaced) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11CoverAndManagers, IsLoggedAsMissingWhileTheServerDoesNotMapIt) {
+TEST_F(X11CoverAndManagers, ACoverThatTheServerDoesNotMapIsLoggedAsMissing) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
@@ -368,7 +369,7 @@ TEST_F(X11CoverAndManagers, IsLoggedAsMissingWhileTheServerDoesNotMapIt) {
   EXPECT_EQ(log.size(), 1U);
 }
 
-TEST_F(X11CoverAndManagers, HasNoOverlayInAWindowOfTheBackEnd) {
+TEST_F(X11CoverAndManagers, ACoverInAWindowOfTheBackEndHasNoOverlay) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{100, 100}, {200, 100}}});
   const auto windowsBefore = client.children(client.root());

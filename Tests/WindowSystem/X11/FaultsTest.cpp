@@ -62,7 +62,7 @@ TEST_F(X11Faults, AfterTheServerEndsEveryOperationIsSafe) {
   EXPECT_EQ(system().nextDeadline(), kNever);
 }
 
-TEST_F(X11Faults, TheEndOfTheServerIsReportedWithoutARequest) {
+TEST_F(X11Faults, TheEndOfTheServerIsReportedEvenIfTheBackEndSendsNoRequest) {
   openCoveredGame();
   server.kill();
   EXPECT_TRUE(waitFor([&] { return reports.contains("display lost"); }));
@@ -128,7 +128,7 @@ TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Faults, AnErrorIsLoggedWithItsRequest) {
+TEST_F(X11Faults, AnErrorIsLoggedWithTheRequestThatCausedIt) {
   const xcb_window_t inputWindow = client.makeWindow(kGameFrame, kGreen);
   client.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle ownWindow =
@@ -165,8 +165,8 @@ TEST_F(X11Faults, TheControlsThatANewWindowManagerKeepsAreReported) {
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   manager.end();
   startManager(Manager::Openbox);
-  // Metacity keeps resizing (8). Openbox keeps closing (2) and miniaturising (4), so 6 shows that
-  // the back end has read the actions of the new manager.
+  // Metacity still offers resizing (8). Openbox still offers closing (2) and miniaturising (4). So
+  // 6 shows that the back end has read the actions that the new manager allows.
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 6"); }));
   system().requestFocus(handle);

@@ -7,7 +7,7 @@ namespace vel::test {
 namespace {
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
-constexpr PixelRect kOther{900, 150, 200, 200};
+constexpr PixelRect kOtherFrame{900, 150, 200, 200};
 
 class X11FocusAtAdoption : public X11TestWithManager {
  protected:
@@ -30,7 +30,7 @@ class X11FocusAtAdoption : public X11TestWithManager {
 
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t marker = openFocusedGame({10, 600, 100, 100});
-  const xcb_window_t otherWindow = openFocusedGame(kOther);
+  const xcb_window_t otherWindow = openFocusedGame(kOtherFrame);
   const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGameFrame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
   clickAfterPreviousInput(otherWindow);

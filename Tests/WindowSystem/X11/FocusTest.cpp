@@ -10,12 +10,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
-constexpr PixelRect kOther{900, 150, 200, 200};
+constexpr PixelRect kOtherFrame{900, 150, 200, 200};
 
 class X11Focus : public X11Test {
  protected:
   xcb_window_t game = client.openGameWindow(kGameFrame, 0);
-  xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
+  xcb_window_t otherWindow = client.openGameWindow(kOtherFrame, 0);
   WindowHandle handle = WindowHandle::None;
 
   /// Adopts the game while it has the focus.
@@ -58,7 +58,8 @@ TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   adoptFocusedGame();
-  // The window already has the focus, so the next `deliverEvents` would report the focus.
+  // The window already has the focus. Without the release, the next `deliverEvents` would report
+  // the focus.
   system().requestFocus(handle);
   system().releaseWindow(handle);
   deliver();
@@ -66,7 +67,7 @@ TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
               testing::Each(testing::Not(testing::HasSubstr(reportLine("focus", handle)))));
 }
 
-TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviousWindowIsDestroyed) {
+TEST_F(X11Focus, TheNewFocusIsReportedIfThePreviouslyFocusedWindowIsDestroyed) {
   adoptFocusedGame();
   const WindowHandle otherHandle = adopt(otherWindow).handle;
   client.focus(otherWindow);
@@ -136,7 +137,7 @@ TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevel) {
+TEST_F(X11Focus, FocusOnAChildWindowIsReportedForItsTopLevelWindow) {
   const xcb_window_t child = client.makeWindow({0, 0, 50, 50}, 0, game);
   client.map(child);
   adoptFocusedGame();
@@ -182,7 +183,7 @@ class X11FocusWithManager : public X11TestWithManager {};
 
 TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, 0);
-  const xcb_window_t otherWindow = client.openGameWindow(kOther, 0);
+  const xcb_window_t otherWindow = client.openGameWindow(kOtherFrame, 0);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game) && client.isViewable(otherWindow); }));
   const WindowHandle handle = adopt(game).handle;
   system().requestFocus(handle);
@@ -191,7 +192,7 @@ TEST_F(X11FocusWithManager, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTh
   // one millisecond.
   const xcb_timestamp_t focusTime = client.serverTime(otherWindow);
   ASSERT_TRUE(waitFor([&] { return client.serverTime(otherWindow) > focusTime; }));
-  client.click(kOther.x + 100, kOther.y + 100);
+  client.click(kOtherFrame.x + 100, kOtherFrame.y + 100);
   client.updateUserTime(otherWindow);
   ASSERT_TRUE(waitFor([&] {
     return client.focusedWindow() == otherWindow && reports.lines.back() == "focus 0x0";

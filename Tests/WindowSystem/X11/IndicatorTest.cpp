@@ -1,3 +1,5 @@
+// The indicator, a ring of twelve spokes in the middle of a cover, and the scale at which the back
+// end draws it.
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -96,7 +98,7 @@ TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
       return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
     }));
   }
-  // The first step may be due immediately.
+  // The first step may be due immediately, so twelve steps can take eleven twelfths of a second.
   EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
 }
 

@@ -15,7 +15,7 @@ constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kFullscreen = "_NET_WM_STATE_FULLSCREEN";
 constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
 constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
-// The time, in seconds, that a window manager has for an unwanted reaction.
+// How many seconds the tests wait to show that a window manager does not change the window.
 constexpr double kReactionTime = 0.5;
 
 class X11MaximisedAndFullscreenWindows : public X11Test,

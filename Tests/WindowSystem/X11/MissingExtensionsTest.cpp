@@ -111,7 +111,7 @@ class X11NoShape : public X11MissingExtension {
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_F(X11NoShape, TheCoverIsWhiteUntilItsEnd) {
+TEST_F(X11NoShape, TheCoverIsWhiteUntilItIsRemoved) {
   EXPECT_TRUE(system().isSceneOnScreen(handle));
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   client.fill(game, kRed);

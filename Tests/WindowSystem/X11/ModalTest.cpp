@@ -45,9 +45,9 @@ class X11Modal : public X11Test {
 
   Manager windowManager = Manager::None;
   xcb_window_t game = 0;
-  WindowHandle owner = WindowHandle::None;
-  PixelRect gameArea;  // the content area of the game, in pixels
-  CGRect gameFrame;    // the content area of the game, in points
+  WindowHandle owner = WindowHandle::None;  // the handle of the game's window
+  PixelRect gameArea;                       // the content area of the game, in pixels
+  CGRect gameFrame;                         // the content area of the game, in points
 };
 
 class X11ModalWithManager : public X11Modal {

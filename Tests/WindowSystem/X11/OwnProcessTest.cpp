@@ -1,3 +1,4 @@
+// The properties of a window by which other programs find its process.
 #include <unistd.h>
 
 #include <array>

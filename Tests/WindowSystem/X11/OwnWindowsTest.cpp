@@ -1,3 +1,4 @@
+// Windows that the back end creates, under Metacity.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"

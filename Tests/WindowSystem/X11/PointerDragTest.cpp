@@ -1,3 +1,4 @@
+// The frame of a window that the user drags by its background. These tests need no display.
 #include <gtest/gtest.h>
 
 #include "Platform/WindowSystem/X11/PointerDrag.h"

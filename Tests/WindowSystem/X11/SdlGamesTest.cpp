@@ -64,7 +64,7 @@ class X11SdlGames : public X11Test, public testing::WithParamInterface<SdlCase> 
   AdoptedWindow adopted;
 };
 
-TEST_P(X11SdlGames, GetTheirSizeWhileCoveredAndKeepIt) {
+TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   const PixelRect areaBefore = client.areaOnScreen(game);
   system().setScene(adopted.handle, whiteScene({1280, 960}));
   system().setStyleMask(adopted.handle, NSWindowStyleMaskTitled);
@@ -86,8 +86,8 @@ TEST_P(X11SdlGames, GetTheirSizeWhileCoveredAndKeepIt) {
   }));
 }
 
-// All changes under Metacity and Openbox. Only maximising and filling the desktop under the other
-// window managers.
+// Metacity and Openbox are tested with all changes, the other window managers only with `kDesktop`
+// and `kMaximize`.
 std::vector<SdlCase> allCases() {
   std::vector<SdlCase> cases;
   for (const auto& [manager, name] :

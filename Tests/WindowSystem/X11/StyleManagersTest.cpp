@@ -32,7 +32,9 @@ struct ManagerCase {
   const char* name;
   /// The buttons that miniaturise, maximise and close.
   std::array<ButtonOffset, 3> buttons;
+  /// The controls that the user can still use while the window is covered.
   std::vector<std::string> controlsWhileCovered;
+  /// The removed controls that the window manager still offers, according to the back end.
   NSWindowStyleMask keptControls;
   /// The height that the window loses when it leaves the fullscreen state: fluxbox adds a resize
   /// handle to the frame, but does not enlarge the frame.
@@ -102,6 +104,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     }
     return controls;
   }
+  /// Clicks a button of the title bar and undoes the effect of the click. Returns the name of the
+  /// button's control, or an empty text if the click has no effect.
   std::string effectOfClick(ButtonOffset offset) {
     const PixelRect frame = client.areaOnScreen(game);
     std::string effect;
@@ -135,6 +139,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     deliverFor(kSettlingTime);
     return effect;
   }
+  /// Drags the lower right corner of the frame, and then restores the size.
   bool isResizedByDrag() {
     const PixelRect areaBefore = client.areaOnScreen(game);
     const auto extents = client.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom

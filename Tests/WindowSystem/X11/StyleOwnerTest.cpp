@@ -45,7 +45,7 @@ class X11StyleOwner : public X11Test {
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_F(X11StyleOwner, WritesAreReportedBeforeTheWindowIsCovered) {
+TEST_F(X11StyleOwner, HintsWrittenBeforeTheWindowIsCoveredAreReported) {
   handle = adopt(game).handle;
   client.setProperty(game, kNormalHints, sizeHints(16 | 32, 500, 500));
   deliver();
@@ -100,7 +100,7 @@ TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
   EXPECT_EQ(client.property(game, kNormalHints), sizeHints(16 | 32, 100, 1000));
 }
 
-TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAnEditedValue) {
+TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAValueThatTheOwnerEdited) {
   client.setProperty(game, kMotifHints, motifHints({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
   auto decorations = client.numbers(game, kMotifHints);

@@ -1,6 +1,6 @@
 // The style mask of an adopted window: how the back end overrides and restores the owner's hints,
-// and which controls a window manager keeps. StyleOwnerTest.cpp tests the owner's own writes in
-// detail.
+// and which of the removed controls a window manager still offers. StyleOwnerTest.cpp tests the
+// owner's own writes in detail.
 #include <gmock/gmock.h>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -172,7 +172,7 @@ TEST_F(X11Style, DoesNotChangeTheProtocolsOfTheGame) {
   EXPECT_EQ(client.property(game, "WM_PROTOCOLS"), protocols);
 }
 
-TEST_F(X11Style, WithoutAWindowManagerNoControlsAreKept) {
+TEST_F(X11Style, WithoutAWindowManagerTheReportOfKeptControlsIsEmpty) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));

@@ -1,3 +1,4 @@
+// Runs the conformance suite on the X11 back end, with and without a window manager.
 #include <stdexcept>
 
 #include "Tests/Support/X11/X11Test.h"
