@@ -76,7 +76,7 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
  public:
   explicit NotificationRecorder(EventRecorder& recorder) : recorder_(recorder) {}
   /// Starts to observe. Must be called again for each new application, because an application that
-  /// stops removes all observers.
+  /// stops removes all notification observers in the process.
   void observe();
 
   void windowResignedKey(const NSNotification& notification) {

@@ -81,7 +81,7 @@ TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AWindowThatAResignsKeyHandlerMakesKeyReplacesTheRequestedWindow) {
+TEST_F(KeyWindowTest, IfAResignsKeyHandlerMakesAThirdWindowKeyTheRequestedWindowDoesNotBecomeKey) {
   openKeyWindow("A");
   const auto windowC = openWindow("C");
   const auto windowB = openWindow("B");
@@ -111,7 +111,7 @@ TEST_F(KeyWindowTest, ABecomesKeyHandlerMayMakeAnotherWindowKey) {
   EXPECT_EQ(keyWindowName(), "B");
 }
 
-TEST_F(KeyWindowTest, AWindowThatAResignsKeyHandlerClosesDoesNotBecomeKey) {
+TEST_F(KeyWindowTest, IfAResignsKeyHandlerClosesTheRequestedWindowNoWindowBecomesKey) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.takeEvents();

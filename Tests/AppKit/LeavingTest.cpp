@@ -10,6 +10,7 @@ namespace {
 
 class LeavingTest : public RecordedTest {
  protected:
+  // Opens four windows. C is key, B was key before C, and A and D were never key.
   LeavingTest() {
     openWindow("A");
     openKeyWindow("B");
@@ -58,14 +59,14 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, AWindowOpenedAfterTheKeyWindowCanBecomeKey) {
+TEST_F(LeavingTest, AWindowOpenedAfterTheKeyWindowCanBecomeTheNextKeyWindow) {
   windowNamed("B")->close();
   openWindow("E");
   windowNamed("C")->close();
   EXPECT_EQ(keyWindowName(), "E");
 }
 
-TEST_F(LeavingTest, AWindowThatAHandlerMakesKeyStaysKey) {
+TEST_F(LeavingTest, AWindowThatAHandlerMakesKeyDuringClosingStaysKey) {
   recorder.onNext("C resigns key", [] { windowNamed("A")->makeKeyWindow(); });
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "A becomes key"}));
@@ -95,7 +96,7 @@ TEST_F(LeavingTest, AClosedWindowIsOffScreenWhenItResignsKey) {
   EXPECT_EQ(orderInHandler, (Events{"D", "B", "A"}));
 }
 
-TEST_F(LeavingTest, ClosingAnotherWindowDoesNotChangeTheKeyWindow) {
+TEST_F(LeavingTest, ClosingAWindowThatIsNotKeyDoesNotChangeTheKeyWindow) {
   windowNamed("D")->close();
   EXPECT_EQ(keyWindowName(), "C");
   EXPECT_TRUE(recorder.events.empty());

@@ -40,7 +40,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedAgainInDidDisappearAppearsAgain) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysThere) {
+TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysInThatWindow) {
   const auto controller = addController(window, "view");
   const auto otherWindow = openWindow("B");
   recorder.takeEvents();

@@ -251,7 +251,7 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-// Methods that a host calls itself
+// Life-cycle methods that a host calls itself
 
 TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledIsNotCalledAgainOnRemoval) {
   const auto controller = addController(window, "view");

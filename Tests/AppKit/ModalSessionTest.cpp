@@ -15,6 +15,7 @@ class ModalSessionTest : public RecordedTest {
   void runAfter(double seconds, const std::function<void()>& work) {
     loop.addTimerForMode(schedule(seconds, work), NSModalPanelRunLoopMode);
   }
+  // Presents a new controller, the guest, in a modal window.
   Strong<RecordingController> presentModally(const std::string& name) {
     Strong<RecordingController> guest = makeController(name);
     host->presentViewControllerAsModalWindow(guest);

@@ -18,8 +18,8 @@ class PresentationTest : public RecordedTest {
   }
 
   Strong<NSWindow> window = openKeyWindow("A");
-  Strong<RecordingController> host = makeController("host");
-  Strong<RecordingController> guest = makeController("guest");
+  Strong<RecordingController> host = makeController("host");    // presents
+  Strong<RecordingController> guest = makeController("guest");  // is presented
 };
 
 TEST_F(PresentationTest, AModalWindowIsANewNSWindow) {

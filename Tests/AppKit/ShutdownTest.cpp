@@ -1,5 +1,5 @@
-// The end of the process's shared objects: `shutDown` and its steps. A step is a function that a
-// layer above AppKit registers.
+// `shutDown` ends the objects that the whole process shares, such as the application, and runs its
+// steps. A step is a function that a layer above AppKit registers.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -89,7 +89,7 @@ TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheModeOfTheNext) {
+TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheModeThatTheNextApplicationHasSet) {
   Strong<NSApplication> stoppedApplication = NSApp;
   NSApplication::stop();
   NSApplication::start(std::make_unique<HeadlessWindowSystem>());

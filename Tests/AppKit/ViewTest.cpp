@@ -59,7 +59,7 @@ TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
   EXPECT_EQ(backView->superview(), frontView);
 }
 
-TEST_F(ViewTreeTest, AddSubviewIgnoresNullItselfAndAncestors) {
+TEST_F(ViewTreeTest, AddSubviewIgnoresNullTheViewItselfAndItsAncestors) {
   rootView->addSubview(nullptr);
   rootView->addSubview(rootView);
   frontView->addSubview(rootView);

@@ -65,7 +65,7 @@ TEST_F(WindowTest, TheUserCanReorderWindows) {
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
-TEST_F(WindowTest, AReportedOrderDoesNotMoveWindowsThatItLeavesOut) {
+TEST_F(WindowTest, AReportedStackingOrderDoesNotMoveWindowsThatItDoesNotContain) {
   const auto windowA = openWindow("A");
   const auto windowB = openWindow("B");
   openWindow("C");
@@ -216,7 +216,7 @@ TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, ACloseRequestedHandlerReplacesClosing) {
+TEST_F(WindowTest, IfACloseRequestedHandlerIsSetTheCloseControlDoesNotCloseTheWindow) {
   const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(
