@@ -279,7 +279,7 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatThrowsEndsThePostButNoRegistration) {
+TEST_F(NSNotificationCenterTest, IfAnObserverThrowsThePostEndsAndTheOtherObserversStayRegistered) {
   ann->reaction = [] { throw std::runtime_error("stop"); };
   observe(ann);
   observe(bob);

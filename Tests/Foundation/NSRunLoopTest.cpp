@@ -70,7 +70,7 @@ class NSRunLoopTest : public VirtualPlatformTest {
   std::vector<std::string> records;
 };
 
-TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenPool) {
+TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenReleasePool) {
   releaseLater(make<TestObject>(makeRecorder("pool")));
   dispatch("main queue");
   eventSource.setEvent(makeRecorder("window system"));
@@ -204,19 +204,19 @@ TEST_F(NSRunLoopTest, WaitsForTheWindowSystem) {
   EXPECT_EQ(platform.now(), 0.3);
 }
 
-TEST_F(NSRunLoopTest, WaitsNoLongerThanTheLimit) {
+TEST_F(NSRunLoopTest, WaitsAtMostUntilTheDate) {
   schedule(0.5, makeRecorder("timer"));
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(platform.now(), 0.2);
 }
 
-TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheNextWait) {
+TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass) {
   eventSource.onDeliver = [this] { std::thread([this] { loop.wake(); }).join(); };
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
   EXPECT_EQ(platform.now(), 0);
 }
 
-TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassEndsNoWait) {
+TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
@@ -285,7 +285,7 @@ TEST_F(NSRunLoopTest, RunsUntilTheDateAndNotLonger) {
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(NSRunLoopTest, RunsTheWorkThatIsDueAtTheDate) {
+TEST_F(NSRunLoopTest, RunsWorkSubmittedByWorkThatIsDueAtTheDate) {
   schedule(1.0, [this] {
     dispatch_async(dispatch_get_main_queue(), [this] { dispatch("work of work"); });
   });

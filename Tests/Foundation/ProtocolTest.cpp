@@ -138,7 +138,7 @@ TEST(ConformsToTest, IsTrueForADeclaredProtocol) {
   EXPECT_TRUE(conformsTo<Critic>(Strong<Building>(make<Theatre>())));
 }
 
-TEST(ConformsToTest, IsFalseForOperationsWithoutADeclaration) {
+TEST(ConformsToTest, IsFalseForAClassThatHasTheOperationsButDoesNotAdoptTheProtocol) {
   EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>(make<NonAdopter>())));
 }
 
