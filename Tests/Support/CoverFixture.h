@@ -131,6 +131,7 @@ class CoverTest : public VirtualPlatformTest {
   static LaunchScreenConfiguration& configuration() {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
+  /// Adds a new delegate to `cover`.
   Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, cover); }
   Strong<CoverDelegate> addDelegate(std::string_view name,
                                     const Strong<LaunchScreenViewController>& controller);
@@ -139,6 +140,7 @@ class CoverTest : public VirtualPlatformTest {
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};
+  /// The controller to present.
   Strong<LaunchScreenViewController> cover;
 };
 

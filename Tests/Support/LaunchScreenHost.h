@@ -18,8 +18,8 @@
 
 namespace vel::test {
 
-/// The modes that a host passes to present a launch screen. They differ from the library's
-/// LaunchScreenPresentationMode.
+/// The modes that a host passes to present a launch screen. Their values differ from those of the
+/// library's LaunchScreenPresentationMode.
 inline constexpr std::int32_t kHostModeEmbedded = 0;
 inline constexpr std::int32_t kHostModeSheet = 1;
 inline constexpr std::int32_t kHostModeModalWindow = 2;

@@ -1,5 +1,5 @@
-// Simulates a kqueue with epoll, as far as KqueueWaitSet.cpp uses a kqueue: one change in each
-// call, for a descriptor or a timer, and no call that reads events.
+// Simulates a kqueue with epoll. Supports only what KqueueWaitSet.cpp needs: each call of `kevent`
+// makes one change, for a descriptor or a timer, and no call reads events.
 #include <sys/epoll.h>
 #include <sys/event.h>
 #include <sys/timerfd.h>
@@ -72,7 +72,7 @@ Timers timers;
 
 int kqueue() {
   const int descriptor = epoll_create1(0);
-  timers.erase(descriptor);  // a closed kqueue may have had the same descriptor, and a timer
+  timers.erase(descriptor);  // a closed kqueue with this descriptor may have left a timer
   return descriptor;
 }
 

@@ -16,7 +16,8 @@
 
 namespace vel::test {
 
-/// The window manager of a test. Each window manager keeps different controls of a covered window.
+/// The window manager of a test. Window managers differ in the controls that they still offer for a
+/// covered window.
 enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM, Marco, Fluxbox };
 
 /// Starts a window manager and waits until it manages windows. `client` opens a window to check
@@ -67,6 +68,7 @@ class X11Test : public testing::Test {
   std::unique_ptr<X11WindowSystem> system_;
 };
 
+/// An X11Test under Metacity.
 class X11TestWithManager : public X11Test {
  protected:
   X11TestWithManager() : X11Test(Manager::Metacity) {}

@@ -23,7 +23,7 @@ class XServer : NonCopyable {
   void kill() { process_.kill(); }
 
  private:
-  std::filesystem::path settings_;
+  std::filesystem::path settings_;  // the folder with the settings of the window managers
   std::string display_;
   Process process_;
 };
