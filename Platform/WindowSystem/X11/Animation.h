@@ -5,8 +5,8 @@
 
 namespace vel::x11 {
 
-/// Animates the indicators in the covers of the windows on screen. All indicators change at the
-/// same time.
+/// Animates the indicators that the covers (`Cover`) of the windows on screen show. All indicators
+/// change at the same time.
 class Animation final : public NonCopyable {
  public:
   explicit Animation(WindowTable& windows) : windows_(windows) {}

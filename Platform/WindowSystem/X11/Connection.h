@@ -126,7 +126,7 @@ class Connection final : public NonCopyable {
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::array<xcb_atom_t, kAtomNames.size()> atoms_{};
-  xcb_window_t timeWindow_ = XCB_WINDOW_NONE;  // for `serverTime`
+  xcb_window_t timeWindow_ = XCB_WINDOW_NONE;  // `serverTime` writes a property of this window
   std::deque<Event> events_;                   // read, but not returned by `nextEvent` yet
   RequestLog requestLog_;
 };

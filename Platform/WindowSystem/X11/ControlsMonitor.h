@@ -22,9 +22,9 @@ class ControlsMonitor final : public NonCopyable {
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
   /// controls even if they have not changed.
   static void styleMaskChanged(Window& window);
-  /// Call this after the window's hints have changed. Schedules a check in `kWindowManagerDelay`,
-  /// when the window manager has had time to act. The check reports the controls only if they have
-  /// changed.
+  /// Call this after the window's hints have changed. Schedules a check after
+  /// `kWindowManagerDelay`, when the window manager has had time to act. The check reports the
+  /// controls only if they have changed.
   static void scheduleCheck(Window& window);
 
   /// The time at which `check` has work to do; `kNever` if it has none.

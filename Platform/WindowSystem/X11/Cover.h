@@ -34,7 +34,7 @@ namespace vel::x11 {
 /// pointer.
 class Cover final : public NonCopyable {
  public:
-  /// `overlay` is null for a window of our own, and if the server does not support overlays.
+  /// `overlay` is null for a window that we created, and if the server does not support overlays.
   Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExtension& render,
         xcb_window_t window, xcb_visualid_t visual, std::uint8_t depth,
         std::unique_ptr<Overlay> overlay);

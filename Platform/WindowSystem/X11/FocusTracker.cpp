@@ -52,7 +52,8 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    // `reportChanges` then checks if the application is active.
+    // If no window of the back end has the focus, `reportChanges` then reports that the application
+    // is not active.
     hasFocusOut_ = hasPendingChanges_ = true;
     return;
   }

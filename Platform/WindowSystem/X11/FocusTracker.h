@@ -40,7 +40,7 @@ class FocusTracker final : public NonCopyable {
   void reset();
 
   /// Requests the focus for a window on screen. If no window manager can process the request, sets
-  /// `wantsFocus` of the window and returns true. `WindowMonitor` then sets the focus when the
+  /// `Window::wantsFocus` and returns true. `WindowMonitor::update` then sets the focus when the
   /// window is viewable.
   bool requestFocus(Window& window);
 

@@ -59,8 +59,9 @@ class Overlay final : public NonCopyable {
   /// Puts the overlay directly above the adopted window.
   void restack();
 
-  /// Processes an event: the overlay follows the adopted window. Closes the overlay if its window
-  /// is destroyed, or if the adopted window gets another parent. May block for a round trip.
+  /// Processes an event: the overlay follows the adopted window. Closes the overlay if the
+  /// overlay's window is destroyed, or if the adopted window gets another parent. May block for a
+  /// round trip.
   void handle(const xcb_generic_event_t& event);
 
  private:
@@ -83,6 +84,7 @@ class Overlay final : public NonCopyable {
   bool fillsParent_;  // the last result of `fillsParent()`
   xcb_visualid_t visual_ = XCB_NONE;
   std::uint8_t depth_ = 0;
+  // True from `show` until `close`, even while the adopted window and the overlay are unmapped.
   bool isShown_ = false;
   xcb_window_t window_ = XCB_WINDOW_NONE;
 };

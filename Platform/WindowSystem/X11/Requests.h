@@ -17,8 +17,9 @@
 
 namespace vel::x11 {
 
-/// Create an object of this class before sending requests. The destructor flushes the connection.
-/// While the object exists, SIGPIPE is blocked on the calling thread.
+/// Create an object of this class before sending requests. The destructor flushes the connection:
+/// without a flush, XCB could keep the requests in its buffer. While the object exists, SIGPIPE is
+/// blocked on the calling thread.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}
@@ -30,7 +31,8 @@ class RequestBatch final : public NonCopyable {
 };
 
 /// While an object of this class exists, the server processes no other client's requests. Hold
-/// the grab for a few requests only. The destructor flushes the connection.
+/// the grab for a few requests only, because all other clients wait. The destructor flushes the
+/// connection.
 class ServerGrab final : public NonCopyable {
  public:
   explicit ServerGrab(Connection& connection);

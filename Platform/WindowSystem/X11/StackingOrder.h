@@ -23,7 +23,7 @@ class StackingOrder final : public NonCopyable {
   /// Records that the delegate assumes that this window is in front. Schedules a check, because the
   /// window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
-  /// Schedules a check in `kWindowManagerDelay`, when the window manager has had time to act.
+  /// Schedules a check after `kWindowManagerDelay`, when the window manager has had time to act.
   void scheduleCheck();
   /// The time at which `check` has work to do; `kNever` if it has none.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }

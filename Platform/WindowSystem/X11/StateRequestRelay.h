@@ -20,7 +20,8 @@ class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Starts receiving requests. Call this before setting the style mask of an adopted window.
+  /// Starts receiving requests. Keeps the functions of a window that is already maximised or
+  /// fullscreen. Call this before setting the style mask of an adopted window.
   void prepareOverride(Window& window, NSWindowStyleMask styleMask);
   /// Stops receiving requests if no window's hints are overridden. Call this after each operation
   /// that may restore hints: while the relay receives requests, the server also sends events about

@@ -9,7 +9,8 @@ namespace vel::x11 {
 
 namespace {
 
-// The elements of _MOTIF_WM_HINTS; input mode and status follow.
+// The first elements of _MOTIF_WM_HINTS. The last two elements, input mode and status, are not
+// used.
 enum MotifElement : std::size_t { kMotifFlags, kMotifFunctions, kMotifDecorations };
 constexpr std::size_t kMotifElementCount = 5;
 

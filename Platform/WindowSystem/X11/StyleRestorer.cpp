@@ -35,7 +35,7 @@ void StyleRestorer::begin(Window& window) {
 }
 
 // A ConfigureWindow request without values changes nothing. A window manager receives it as a
-// ConfigureRequest after the PropertyNotify, and replies with a ConfigureNotify.
+// ConfigureRequest after the PropertyNotify of the hints, and replies with a ConfigureNotify.
 void StyleRestorer::startWaiting(Window& window) {
   if (!windowManager_.repliesToFrameExtentsRequests()) {
     configureWindow(connection_, window.id, 0, {});

@@ -33,17 +33,22 @@ struct Window {
   bool wantsFocus = false;
   /// The sibling directly below this window, from ConfigureNotify.
   xcb_window_t siblingBelow = XCB_WINDOW_NONE;
-  /// These two are true if events have announced changes that have not been read from the server
-  /// yet.
+  /// True if `WindowMonitor` must read the window's frame, map state, WM_STATE and _NET_WM_STATE
+  /// from the server again.
   bool hasStateChanges = false;
+  /// True if `WindowMonitor` must read _MOTIF_WM_HINTS and WM_NORMAL_HINTS from the server again.
   bool hasHintChanges = false;
-  /// The time at which to read the controls that the window manager offers.
+  /// The time at which `ControlsMonitor` reads the controls that the window manager offers.
   Nanoseconds controlsDeadline = kNever;
-  /// The controls of the last `controlsKept` report. No value before the first report.
+  /// The kept controls in the last `controlsKept` report: the controls that the window manager
+  /// still offers although the style mask excludes them. No value before the first report after a
+  /// change of the style mask.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
   /// The time at which to call `WindowStyle::finishRestoring`.
   Nanoseconds restorationDeadline = kNever;
-  /// The probe of `StyleRestorer` for this window; None if there is no probe.
+  /// The probe: a window that `StyleRestorer` creates to find out when the window manager has read
+  /// the restored hints. The window manager then writes a property on the probe. None if there is
+  /// no probe.
   xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;
   std::unique_ptr<Cover> cover = nullptr;

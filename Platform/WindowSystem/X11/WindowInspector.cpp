@@ -76,8 +76,8 @@ WindowInspection WindowInspector::inspect(xcb_window_t id) {
   inspection.supportingWmCheck = connection_.readProperty(supportingWmCheck, id);
   inspection.className = classOf(connection_.readProperty(wmClass, id));
   const auto title = connection_.readProperty(netWmName, id);
-  const auto oldTitle = connection_.readProperty(wmName, id);
-  inspection.title = title ? title->text() : oldTitle ? oldTitle->text() : std::string();
+  const auto fallbackTitle = connection_.readProperty(wmName, id);
+  inspection.title = title ? title->text() : fallbackTitle ? fallbackTitle->text() : std::string();
   return inspection;
 }
 

@@ -14,7 +14,7 @@ namespace vel::x11 {
 struct WindowState {
   XcbPointer<xcb_get_window_attributes_reply_t> attributes;
   XcbPointer<xcb_get_geometry_reply_t> geometry;
-  XcbPointer<xcb_translate_coordinates_reply_t> origin;  // in the root window
+  XcbPointer<xcb_translate_coordinates_reply_t> origin;  // the position in the root window
   std::optional<Property> wmState;
   std::optional<Property> netWmState;
 
@@ -64,6 +64,7 @@ class WindowInspector final : public NonCopyable {
   bool hasFocus(const WindowInspection& inspection);
 
  private:
+  // Returns true if the window is the frame that a window manager has put around a client's window.
   bool isFrame(const WindowInspection& inspection);
 
   Connection& connection_;

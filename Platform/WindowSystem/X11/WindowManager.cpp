@@ -21,8 +21,9 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
-/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS lacks their functions.
-/// The table was measured with the buttons, keys and drags of each window manager.
+/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS lacks their functions:
+/// 0 (NSWindowStyleMaskBorderless) if it removes none. The table was measured with the buttons,
+/// keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;
@@ -177,7 +178,7 @@ bool WindowManager::repliesToFrameExtentsRequests() {
 
 std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t window) {
   if (!isPresent()) {
-    return NSWindowStyleMaskBorderless;
+    return NSWindowStyleMaskBorderless;  // 0: no controls
   }
   const std::string name = readName();
   for (const auto& [namePrefix, removedControls] : kUnreliableWindowManagers) {
@@ -192,7 +193,7 @@ std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t
       connection_.readProperty(window, connection_.atom(Atom::NetWmAllowedActions));
   const std::vector<std::uint32_t> allowed =
       actions ? actions->numbers() : std::vector<std::uint32_t>();
-  NSWindowStyleMask controls = NSWindowStyleMaskBorderless;
+  NSWindowStyleMask controls = NSWindowStyleMaskBorderless;  // 0: no controls
   constexpr std::array kActions{
       std::pair{Atom::NetWmActionClose, NSWindowStyleMaskClosable},
       std::pair{Atom::NetWmActionMinimize, NSWindowStyleMaskMiniaturizable},

@@ -25,7 +25,8 @@ class WindowMonitor final : public NonCopyable {
   /// set and the window is viewable. Blocks for a round trip.
   void update(Window& window);
 
-  /// Reports the style mask that the owner of an adopted window has set, if it has changed.
+  /// Reports the style mask that the owner of an adopted window has set, if this mask has not been
+  /// reported yet.
   void reportOwnersStyleMask(const Window& window);
   void reportFrame(const Window& window);
   /// Reports the frames of all windows. Call this when the origin of the screen coordinates moves.

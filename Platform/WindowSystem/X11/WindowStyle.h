@@ -61,7 +61,8 @@ class WindowStyle final : public NonCopyable {
   /// Overriding does not block, so that a launch screen appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
   /// Writes the new size into the hints of a window that we create, if the window is not resizable.
-  /// Call this before the window gets another size. Does nothing for an adopted window.
+  /// Call this before the window gets another size: with the previous size in the hints, the window
+  /// manager could refuse the new size. Does nothing for an adopted window.
   void updateSizeHints(PixelRect frame);
   /// Call this after a program has written the hints of an adopted window. Reads the hints, and
   /// overrides the new value too if `isOverridden` is true. Blocks for a round trip. Does nothing
@@ -78,8 +79,8 @@ class WindowStyle final : public NonCopyable {
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
-  /// Writes the owner's value. If the owner has written another value since, that value stays.
-  /// Blocks for a round trip.
+  /// Writes the owner's value. If the owner has written another value since `restore`, the other
+  /// value stays. Blocks for a round trip.
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
@@ -88,6 +89,7 @@ class WindowStyle final : public NonCopyable {
   /// Keeps or restores the functions for resizing and maximising until `restore`, because the owner
   /// needs them. Blocks for a round trip if the hints are overridden.
   void allowResizing();
+  /// True from `allowResizing` until `restore`.
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
   /// The style mask that the owner has given the window, if this mask has not been reported yet. No

@@ -86,8 +86,8 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
 
 X11WindowSystem::~X11WindowSystem() {
   const RequestBatch batch(*connection_);
-  // Begins all releases first: while `finishRelease` blocks for one window, the window manager
-  // reads the restored hints of all windows.
+  // Begin all releases before finishing the first. While `finishRelease` blocks for one window, the
+  // window manager then reads the restored hints of all windows.
   for (auto& [id, window] : windows_) {
     beginRelease(window);
   }
@@ -123,7 +123,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
                   owner == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : owner->id);
   window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,
                                                     description.styleMask, window.frame);
-  selectWindowEvents(window);  // last, so that our own writes cause no events
+  selectWindowEvents(window);  // after our own writes, so that they cause no events
   makeCover(window, screen.root_visual, screen.root_depth, nullptr);
   return window.handle();
 }
@@ -147,7 +147,8 @@ bool X11WindowSystem::needsShield(const Window& window) const {
   return modalWindow_ != WindowHandle::None && modalWindow_ != window.handle();
 }
 
-// Only one client can select ButtonPress on a window, so the back end selects it only if needed.
+// Only one client can select ButtonPress on a window. So the back end selects it only for a window
+// that the user can drag by its background.
 void X11WindowSystem::selectWindowEvents(const Window& window) {
   selectEvents(*connection_, window.id,
                window.isMovableByBackground ? kWindowEvents | kDragEvents : kWindowEvents);
@@ -279,7 +280,7 @@ void X11WindowSystem::finishRelease(Window& window) {
   }
 }
 
-// Putting windows on screen
+// Showing, hiding and focusing windows
 
 void X11WindowSystem::orderFront(WindowHandle handle) {
   Window* const window = windows_.find(handle);
@@ -345,7 +346,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
   }
 }
 
-// Properties of windows
+// Frames, titles, styles and scenes of windows
 
 void X11WindowSystem::moveWindow(Window& window, PixelRect frame) {
   window.frame = withMinimumSize(frame);
