@@ -28,14 +28,15 @@ class ReportQueue final : public NonCopyable {
   void add(Report report);
   /// Adds a report about `window`.
   void add(WindowHandle window, Report report);
-  /// Removes the undelivered reports about `window`. Call this when the window is released.
+  /// Removes the undelivered reports about `window`. Call this when the window is released:
+  /// otherwise the delegate would receive reports about a window that it has released.
   void removeReports(WindowHandle window);
 
   [[nodiscard]] bool isEmpty() const;
 
   /// Delivers the reports in the order in which they were added, including those that are added
-  /// during delivery. Returns true if there were any. The delegate may destroy this object and its
-  /// back end: the caller must not touch members of either afterwards.
+  /// during delivery. Returns true if there were any reports. The delegate may destroy this object
+  /// and its back end: the caller must not touch members of either afterwards.
   bool deliver();
 
  private:

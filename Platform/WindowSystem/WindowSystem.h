@@ -53,6 +53,7 @@ struct WindowDescription {
 /// another program, or the host.
 struct AdoptedWindow {
   WindowHandle handle = WindowHandle::None;
+  /// The class that the window has in the window system, for example in WM_CLASS on X11.
   std::string className;
   std::string title;
   CGRect frame;
@@ -100,7 +101,8 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// focus.
   virtual void focusMoved(WindowHandle window) = 0;
   /// The user switched from another application to `window`. The back end has already called
-  /// `focusMoved` for this window. None means the window that had the focus when the user left.
+  /// `focusMoved` for this window. None means that no window of the application has the focus yet.
+  /// The delegate then requests the focus for the window that had it when the user left.
   virtual void applicationActivated(WindowHandle window) = 0;
   /// The user switched to another application. Called before the `focusMoved` that reports None.
   virtual void applicationDeactivated() = 0;
@@ -116,12 +118,12 @@ class VEL_EXPORT WindowSystemDelegate : public NonCopyable {
   /// The owner of an adopted window changed the window's style mask. The back end delays this
   /// report while `setStyleMask` overrides the style mask.
   virtual void styleMaskChanged(WindowHandle window, NSWindowStyleMask styleMask) = 0;
-  /// The stacking order of these windows, front to back, has changed. All of them are on screen.
-  /// Windows that are not listed keep their positions.
+  /// The stacking order has changed. `windows` lists windows on screen in their new order, front to
+  /// back. Windows that are not listed keep their positions.
   virtual void orderChanged(const std::vector<WindowHandle>& windows) = 0;
   /// Reports, after a change of the style mask, the controls that the window manager still offers
-  /// although the mask excludes them. Borderless (0) means that the window manager honours the
-  /// mask.
+  /// although the mask excludes them. `controls` is 0 (NSWindowStyleMaskBorderless) if the window
+  /// manager honours the mask.
   virtual void controlsKept(WindowHandle window, NSWindowStyleMask controls) = 0;
   /// The connection to the window system is lost. All windows are gone and all handles are invalid.
   virtual void displayLost(std::string_view reason) = 0;
@@ -138,8 +140,8 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// The handle that becomes readable when events arrive. The handle is invalid if the window
   /// system has no such handle.
   [[nodiscard]] virtual WaitHandle waitHandle() const = 0;
-  /// Reports the events that have arrived. Returns true if there were any. May block for a round
-  /// trip to the window system, but never to wait for an event.
+  /// Reports the events that have arrived. Returns true if an event has arrived. May block for a
+  /// round trip to the window system, but never to wait for an event.
   virtual bool deliverEvents() = 0;
   /// The time on the steady clock at which `deliverEvents` must run even if no input arrives: for
   /// events that have already been read, or for the next frame of an indicator. 0 means now.
@@ -155,7 +157,7 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// Destroys a window that `createWindow` made. Restores and releases an adopted window.
   virtual void releaseWindow(WindowHandle window) = 0;
 
-  /// Shows the window in front of all others.
+  /// Shows the window in front of all other windows.
   virtual void orderFront(WindowHandle window) = 0;
   /// Hides the window. An adopted window stays on screen: only its owner may hide it.
   virtual void orderOut(WindowHandle window) = 0;
@@ -170,7 +172,7 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   virtual void setMovableByBackground(WindowHandle window, bool isMovable) = 0;
   /// Replaces what the platform layer draws in the window. The change is visible immediately.
   virtual void setScene(WindowHandle window, const Scene& scene) = 0;
-  /// Discards pointer input to all windows of the application except this one. None allows pointer
+  /// Discards pointer input to all windows of the application except `window`. None allows pointer
   /// input to all windows again.
   virtual void setModalWindow(WindowHandle window) = 0;
 

@@ -25,8 +25,8 @@ struct AddedWindowSystem {
 };
 using AddedWindowSystems = std::map<std::string, AddedWindowSystem, std::less<>>;
 
-// Other libraries add entries while the program is being loaded, so this function makes the map at
-// the first call.
+// Other libraries add entries while the program is being loaded. The static objects of this file
+// may not exist yet, so the first call of this function makes the map.
 AddedWindowSystems& addedWindowSystems() {
   static AddedWindowSystems added;
   return added;
@@ -63,7 +63,7 @@ std::unique_ptr<WindowSystem> makeCocoa(const std::string& displayName, std::str
   return cocoa->second.open(displayName, error);
 }
 
-// Opens the display that most programs on this system use.
+// Opens the kind of display that most programs on this operating system use.
 std::unique_ptr<WindowSystem> makeUsual(const std::string& displayName, std::string& error) {
 #ifdef __APPLE__
   return makeCocoa(displayName, error);

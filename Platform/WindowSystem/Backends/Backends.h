@@ -14,11 +14,12 @@ namespace vel {
 /// Opens a window system on a display. On failure, sets `error` to the reason and returns null.
 using WindowSystemOpener = std::unique_ptr<WindowSystem> (*)(const std::string& displayName,
                                                              std::string& error);
-/// Lets the native event loop of the host run passes, if `windowSystem` has such a loop.
+/// Makes the host's native event loop call `runPass`, as `runPassesInHostLoop` describes. Does
+/// nothing if `windowSystem` has no native event loop.
 using HostLoopConnector = void (*)(WindowSystem& windowSystem, std::function<void()> runPass);
 
-/// Lets `makeWindowSystem` open a window system of another library. The library calls this function
-/// when it is loaded.
+/// Lets `makeWindowSystem` open a window system of another library. The other library calls this
+/// function when it is loaded.
 VEL_EXPORT void addWindowSystem(std::string_view name, WindowSystemOpener open,
                                 HostLoopConnector connectHostLoop);
 

@@ -60,7 +60,7 @@ class VEL_EXPORT HeadlessWindowSystem final : public WindowSystem {
   void ownerSetsStyleMask(WindowHandle window, NSWindowStyleMask styleMask);
   /// Reports a new stacking order of these windows, front to back.
   void userRestacksWindows(const std::vector<WindowHandle>& windows);
-  /// Reports that the window manager still offers `controls`.
+  /// Reports that the window manager still offers `controls` although the style mask excludes them.
   void windowManagerKeepsControls(WindowHandle window, NSWindowStyleMask controls);
   /// Destroys the window as its owner would.
   void ownerDestroysWindow(WindowHandle window);
