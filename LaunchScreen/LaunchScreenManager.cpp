@@ -18,9 +18,10 @@ namespace {
 
 // The time from `sendAnalyticsEvent` until the event is recorded.
 constexpr std::int64_t kEventDelay = kNanosecondsPerSecond / 2;
-// The time until `sendAnalyticsEvent` is called: after the application has become focused, and
-// after a refused dismissal.
+// The time from the moment at which the application is focused again until a postponed
+// `sendAnalyticsEvent` is called.
 constexpr std::int64_t kDeferredEventDelay = kNanosecondsPerSecond;
+// The time from a refused dismissal until `sendAnalyticsEvent` is called.
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * kNanosecondsPerSecond;
 
 // Returns null if the value is not a string.
@@ -37,8 +38,8 @@ float numberFor(const NSDictionary& parameters, std::string_view key) {
   return send(as<NSString>(value), &NSString::floatValue);
 }
 
-// Returns true if the window's content view controller has a child controller of the class. An
-// empty class name matches no child.
+// Returns true if the window's content view controller has a child controller whose class has this
+// name. An empty class name matches no child.
 bool holdsChildOfClass(const Strong<NSWindow>& window, std::string_view className) {
   if (className.empty()) {
     return false;
@@ -310,6 +311,7 @@ void LaunchScreenManager::windowDidResignKey(const NSNotification& notification)
   const Strong<NSWindow> window = as<NSWindow>(notification.object());
   const Strong<NSViewController> controller = send(window, &NSWindow::contentViewController);
   if (send(controller, &NSViewController::className) == LSGDPRControllerClassName) {
+    // The host's consent dialog has stopped being key, so the launch screen becomes key again.
     const auto keyNotification =
         NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, launchScreenWindow());
     send(NSApp, &NSApplication::stopModal);

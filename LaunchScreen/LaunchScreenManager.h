@@ -16,6 +16,9 @@ namespace vel {
 /// the time of the launch screen while the user can see the launch screen. It then dismisses the
 /// launch screen and records one analytics event.
 ///
+/// The manager has up to two contents. The main content is the launch screen. A temporary content
+/// holds a request that arrives while a launch screen is shown.
+///
 /// The host owns the manager. A running countdown and delayed work also keep the manager alive.
 /// Only the main thread may use this class. Exception: any thread may call
 /// `contentDataForContentRequest` and `dismissLaunchScreen`.
@@ -32,8 +35,9 @@ class VEL_EXPORT LaunchScreenManager final
   [[nodiscard]] NSArray<NSString> supportedEngines() const override;
   /// Registers this manager with the broker, which may be null. Always returns true.
   bool activate(const Strong<ContentBroker>& broker) override;
-  /// Loads the request into the main content, or into a temporary content while a launch screen is
-  /// shown. Returns that content. Logs and returns null if a parameter is missing or invalid.
+  /// Loads the request into the main content, or into a new temporary content while a launch screen
+  /// is shown. Returns the content into which it loaded the request. Logs and returns null if a
+  /// parameter is missing or invalid.
   Strong<ContentData> contentDataForContentRequest(const Strong<ContentRequest>& request) override;
   /// Returns the view of the main content for every argument. Releases the temporary content.
   Strong<ContentView> contentViewForContentData(const Strong<ContentData>& data) override;
@@ -43,22 +47,25 @@ class VEL_EXPORT LaunchScreenManager final
   void setDelegate(const Strong<NSObjectProtocol>& delegate) override { delegate_ = delegate; }
 
   /// Copies the parameters of a request to the default configuration. Logs and returns false at the
-  /// first missing parameter. The parameters that precede it have then already been copied.
+  /// first missing parameter. The parameters before the missing parameter have then already been
+  /// copied.
   bool parseParameters(const Strong<NSDictionary>& parameters);
 
   /// Asks the view controller to dismiss itself. The view controller dismisses itself only if all
   /// its delegates agree.
   void dismissLaunchScreen();
-  /// Schedules the recording of the configured event in half a second. Each manager schedules the
-  /// recording at most once. While the application is unfocused, this function only sets
-  /// `launchShouldBeClosed`.
+  /// Schedules work that records the configured event half a second later. Each manager schedules
+  /// this work at most once. While the application is unfocused (see `appIsUnfocused`), this
+  /// function only sets `launchShouldBeClosed`.
   void sendAnalyticsEvent();
+
   // LaunchScreenContentDelegate
   void contentDataDidChangeState(const Strong<ContentData>& data) override;
 
   /// True if the user can see the launch screen while `window` is the key window.
   [[nodiscard]] bool isRequiredWindow(const Strong<NSWindow>& window) const;
-  /// True while a launch screen is shown. A new request must then not change the main content.
+  /// True while a launch screen is shown. A new request then gets a temporary content, because it
+  /// must not change the main content.
   [[nodiscard]] bool tempItemRequired() const;
 
   /// Starts the countdown if it is not running and time is left.
@@ -73,6 +80,7 @@ class VEL_EXPORT LaunchScreenManager final
   /// Subscribes to notifications of the application and its windows. Calling it again subscribes
   /// again.
   void subscribeAppLifecycle();
+  // Of these eight functions, only `windowDidResignKey` and `windowDidBecomeKey` do anything.
   void applicationWillResignActive(const NSNotification& notification);
   void applicationDidBecomeActive(const NSNotification& notification);
   void windowDidResignKey(const NSNotification& notification);

@@ -31,7 +31,9 @@ class VEL_EXPORT LaunchScreenContent final
   /// Stores a request and creates its view controller. On the main thread, this function creates
   /// the view controller before it returns. On another thread, the main queue creates the view
   /// controller later. The state then becomes loaded or failed. If the request has no parameters,
-  /// the state becomes failed on the calling thread, before this function returns.
+  /// the state becomes failed on the calling thread, before this function returns. If the host has
+  /// supplied a view controller in the default configuration, this function uses that controller
+  /// and does not change the state.
   void setContentRequest(Strong<ContentRequest> request);
   [[nodiscard]] Strong<ContentRequest> contentRequest() const { return contentRequest_; }
 
@@ -55,13 +57,13 @@ class VEL_EXPORT LaunchScreenContent final
   /// Mode 0 covers the window, mode 2 presents a modal window, and any other mode presents a sheet.
   void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                             std::int32_t mode) override;
-  /// Removes the cover without asking the delegates.
+  /// Removes the launch screen without asking the delegates.
   void dismissViewController() override;
 
   /// Removes all delegates from the view controller and releases the view controller.
   void deactivate();
 
-  // LaunchScreenViewControllerDelegate: each operation calls the host's view delegate.
+  // LaunchScreenViewControllerDelegate. Each operation calls `delegate`, the host's view delegate.
   void launchScreenControllerWillPresent(
       const Strong<LaunchScreenViewController>& controller) override;
   bool canLaunchScreenControllerDismiss(
@@ -69,18 +71,21 @@ class VEL_EXPORT LaunchScreenContent final
   void launchScreenControllerDidDismiss(
       const Strong<LaunchScreenViewController>& controller) override;
 
+  /// The controller that `viewController` returns as an NSViewController.
   [[nodiscard]] Strong<LaunchScreenViewControllerProtocol> internalViewController() const {
     return internalViewController_;
   }
   void setInternalViewController(Strong<LaunchScreenViewControllerProtocol> controller) {
     internalViewController_ = std::move(controller);
   }
+  /// The delegate for state changes. Null for a temporary content of a LaunchScreenManager.
   [[nodiscard]] Strong<LaunchScreenContentDelegate> contentDelegate() const {
     return contentDelegate_.lock();
   }
   void setContentDelegate(const Strong<LaunchScreenContentDelegate>& delegate) {
     contentDelegate_ = delegate;
   }
+  /// The error that `error` returns.
   [[nodiscard]] Strong<NSError> internalError() const { return internalError_.lock(); }
   /// Stores a weak reference.
   void setInternalError(const Strong<NSError>& error) { internalError_ = error; }

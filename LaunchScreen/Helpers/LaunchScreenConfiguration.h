@@ -20,6 +20,7 @@ class VEL_EXPORT LaunchScreenConfiguration final
 
   /// The default configuration. Never null: the first call creates it.
   static Strong<LaunchScreenConfiguration> defaultConfiguration();
+  /// Does the same as `defaultConfiguration`.
   static Strong<LaunchScreenConfiguration> getDefaultConfiguration();
   /// Replaces the default configuration. Logs and ignores null.
   static void setDefaultConfiguration(Strong<LaunchScreenConfiguration> configuration);

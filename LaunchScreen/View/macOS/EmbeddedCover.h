@@ -20,9 +20,9 @@ namespace embedded_cover {
 /// The label of the work on the main queue that removes the tracked cover after its dismissal.
 inline constexpr std::string_view kRemovalLabel = "remove the embedded cover";
 
-extern Strong<NSView> superView;  // the view that contains the cover
-extern Strong<NSView> selfView;   // the cover
-extern Strong<LaunchScreenViewController> selfController;
+extern Strong<NSView> superView;                           // the view that contains the cover
+extern Strong<NSView> selfView;                            // the cover
+extern Strong<LaunchScreenViewController> selfController;  // the controller of the cover
 
 /// Sets the three references to null without notifying a delegate.
 void release();

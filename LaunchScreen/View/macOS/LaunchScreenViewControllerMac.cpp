@@ -41,8 +41,8 @@ void release() {
 namespace {
 
 // The controller of the tracked cover (see EmbeddedCover.h) and its delegate, the content, own each
-// other until one of them is deactivated. Without this step, a cover that is shown at the shutdown
-// would never be destroyed.
+// other until one of them is deactivated. Without this step, a cover that is shown when `shutDown`
+// is called would never be destroyed.
 const ShutdownStep coverShutdownStep([] {
   send(selfController, &LaunchScreenViewController::deactivate);
   release();

@@ -14,7 +14,7 @@ namespace vel {
 
 class LaunchScreenViewController;
 
-/// How the controller is presented. A value that is not listed here presents nothing.
+/// How the controller is presented. A value other than the three constants below presents nothing.
 using LaunchScreenPresentationMode = std::int32_t;
 
 /// Shows the view as a subview that fills the host window, and overrides the window's style.
@@ -60,11 +60,12 @@ class VEL_EXPORT LaunchScreenPresenter : public virtual NSObjectProtocol {
  public:
   virtual void presentForWindowWithPresentationMode(const Strong<NSWindow>& window,
                                                     LaunchScreenPresentationMode mode) = 0;
+  /// Removes the launch screen without asking the delegates.
   virtual void dismiss() = 0;
 };
 
-/// Covers the window of the host with a white view, overrides and restores the style of the window,
-/// and notifies its delegates of presentation and dismissal.
+/// Covers the window of the host with a white view, the cover. Overrides and restores the style of
+/// the window, and notifies its delegates of presentation and dismissal.
 ///
 /// The controller owns its delegates. One delegate is the content, which owns the controller.
 /// `deactivate` breaks this reference cycle. Only the main thread may use this class. Exception:
@@ -138,7 +139,7 @@ class VEL_EXPORT LaunchScreenViewController final
   void setAppWindowStyleMask(NSWindowStyleMask mask) { appWindowStyleMask_ = mask; }
 
  private:
-  // Calls the operation of every delegate that implements it.
+  // Calls `Operation` of every delegate that implements it.
   template <auto Operation>
   void notifyDelegates();
 
