@@ -143,6 +143,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   // Returns the id of the new session.
   std::uint64_t addModalSession(const Strong<NSWindow>& window);
+  // Ends all modal sessions of `window`.
   void endModalSessions(const NSWindow* window);
   // Sets the mode of the run loop and the modal window of the window system.
   void updateModality();
@@ -151,8 +152,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   std::unique_ptr<WindowSystem> windowSystem_;
   std::map<WindowHandle, NSWindow*> windowsByHandle_;
-  NSArray<NSWindow> openWindows_;
-  NSArray<NSWindow> orderedWindows_;
+  NSArray<NSWindow> openWindows_;     // oldest first; includes miniaturised windows
+  NSArray<NSWindow> orderedWindows_;  // the windows on screen, front to back
   Strong<NSWindow> keyWindow_;
   Weak<NSWindow> mainWindow_;
   std::vector<Weak<NSWindow>> keyHistory_;  // most recent key window last

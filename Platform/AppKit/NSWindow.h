@@ -142,6 +142,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
                                                  const Strong<NSWindow>& owner,
                                                  NSWindowStyleMask styleMask);
   void makeContentView();
+  // Unlike `setContentView`, these two functions call no life-cycle methods.
   void replaceContentView(const Strong<NSView>& view);
   void clearContentView() { contentView_ = nullptr; }
   // Creates the window in the window system. Does nothing if the window has a handle.
