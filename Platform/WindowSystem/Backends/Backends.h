@@ -47,7 +47,7 @@ VEL_EXPORT std::unique_ptr<WindowSystem> makeWindowSystem(
     std::string_view name, const std::string& displayName, std::string& error,
     const std::optional<NativeWindow>& hostWindow = std::nullopt);
 
-/// Returns true if the window system can keep a modal window or a sheet in front of this window.
+/// Returns true if the window system can keep a modal window or a sheet in front of `window`.
 bool canOwnWindows(const WindowSystem& windowSystem, const NativeWindow& window);
 
 }  // namespace vel

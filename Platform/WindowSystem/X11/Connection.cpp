@@ -40,9 +40,9 @@ std::optional<Property> propertyIn(const XcbPointer<xcb_get_property_reply_t>& r
 }  // namespace
 
 std::unique_ptr<Connection> Connection::open(const std::string& displayName, std::string& error) {
-  int number = 0;
+  int screenNumber = 0;
   const char* const name = displayName.empty() ? nullptr : displayName.c_str();
-  xcb_connection_t* const connection = xcb_connect(name, &number);
+  xcb_connection_t* const connection = xcb_connect(name, &screenNumber);
   if (const int failure = xcb_connection_has_error(connection); failure != 0) {
     xcb_disconnect(connection);
     const char* const environment = std::getenv("DISPLAY");
@@ -55,7 +55,7 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
     return nullptr;
   }
   xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-  for (; number > 0 && screens.rem > 1; --number) {
+  for (; screenNumber > 0 && screens.rem > 1; --screenNumber) {
     xcb_screen_next(&screens);
   }
   return std::unique_ptr<Connection>(new Connection(connection, screens.data));

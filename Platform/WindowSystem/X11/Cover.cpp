@@ -85,15 +85,15 @@ Cover::~Cover() {
 }
 
 void Cover::show(const Scene& scene, PixelRect frame) {
-  const bool usedOverlay = std::exchange(usesOverlay_, needsOverlay(scene, frame));
-  if (usedOverlay && !usesOverlay_) {
+  const bool usedOverlayBefore = std::exchange(usesOverlay_, needsOverlay(scene, frame));
+  if (usedOverlayBefore && !usesOverlay_) {
     if (scene.empty()) {
       // The overlay still hides this pane. Closing the pane first makes the cover disappear in one
       // step.
       closePane(panes_.front());
     }
     closeOverlay();
-  } else if (usesOverlay_ && !usedOverlay) {
+  } else if (usesOverlay_ && !usedOverlayBefore) {
     std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { closePane(pane); });
     panes_.clear();
   }
@@ -395,7 +395,7 @@ void Cover::updateState(const xcb_generic_event_t& event) {
 }
 
 void Cover::repair() {
-  bool isChanged = false;
+  bool hasNewWindow = false;
   for (Pane& pane : panes_) {
     if (pane.isInOverlay) {
       continue;
@@ -404,20 +404,20 @@ void Cover::repair() {
     if (pane.child.isDestroyed()) {
       forgetPane(pane);
       openPane(pane);
-      isChanged = true;
+      hasNewWindow = true;
     }
   }
   mapIfUnmapped(shield_);
   if (shield_.isDestroyed()) {
     connection_.markDestroyed(shield_.window);
     createShield();
-    isChanged = true;
+    hasNewWindow = true;
   }
   if (usesOverlay_ && !overlay_->isOpen()) {
     openOverlay();
     overlay_->show();
   }
-  if (isChanged) {
+  if (hasNewWindow) {
     raise();
   }
 }

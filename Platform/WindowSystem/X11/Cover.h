@@ -98,18 +98,22 @@ class Cover final : public NonCopyable {
 
   [[nodiscard]] PixelFormat formatOf(const Pane& pane) const;
   [[nodiscard]] bool needsOverlay(const Scene& scene, PixelRect frame) const;
+  // Returns the pane of an item of the scene. The pane is not open.
   [[nodiscard]] Pane describePane(const Scene& scene, std::size_t index, PixelRect frame) const;
   void openPane(Pane& pane);
+  // Makes `pane` show what `newPane` describes.
   void updatePane(Pane& pane, Pane&& newPane);
   void closePane(Pane& pane);
   void forgetPane(Pane& pane);
   void openOverlay();
   void closeOverlay();
   void createShield();
+  // Destroys the window and adds it to `recentlyDestroyedWindows_`.
   void destroy(xcb_window_t window);
 
   [[nodiscard]] Child* findChild(xcb_window_t window);
   void updateState(const xcb_generic_event_t& event);
+  // Returns true if another child of the window may be above the cover after the event.
   [[nodiscard]] bool isObscuredBy(const xcb_generic_event_t& event) const;
   void mapIfUnmapped(Child& child);
 
@@ -121,8 +125,8 @@ class Cover final : public NonCopyable {
   std::uint8_t depth_;
   PixelFormat format_;
   std::unique_ptr<Overlay> overlay_;
-  bool usesOverlay_ = false;
-  std::vector<Pane> panes_;  // back to front
+  bool usesOverlay_ = false;  // the result of `needsOverlay` for the shown scene
+  std::vector<Pane> panes_;   // back to front
   Child shield_;
   Nanoseconds mapDeadline_ = kNever;
   // The server may still report errors of requests on these windows.

@@ -143,9 +143,11 @@ void FocusTracker::resolveFocusOut(const HandleEvents& handleEvents) {
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may leave the focus on the root window or on no window.
   Window* const previousWindow = windows_.find(reportedFocus_);
-  const bool isOnNoWindow = focus != nullptr && (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT ||
-                                                 focus->focus == connection_.root());
-  if (std::exchange(hasWindowManagerEnded_, false) && previousWindow != nullptr && isOnNoWindow) {
+  const bool isFocusOnNoWindow =
+      focus != nullptr &&
+      (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == connection_.root());
+  if (std::exchange(hasWindowManagerEnded_, false) && previousWindow != nullptr &&
+      isFocusOnNoWindow) {
     previousWindow->wantsFocus = previousWindow->hasStateChanges = hasPendingChanges_ = true;
   }
 }

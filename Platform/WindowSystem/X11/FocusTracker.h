@@ -59,7 +59,7 @@ class FocusTracker final : public NonCopyable {
   ReportQueue& reports_;
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
-  bool hasFocusOut_ = false;  // a FocusOut has come since the last `reportChanges`
+  bool hasFocusOut_ = false;  // the focus may have left the application since `reportChanges`
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
   bool isActive_ = true;

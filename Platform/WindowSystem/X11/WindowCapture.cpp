@@ -61,12 +61,12 @@ std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, std:
 std::optional<WindowPicture> WindowCapture::capture(PixelRect frame) {
   xcb_connection_t* const xcb = connection_.get();
   const xcb_screen_t& screen = connection_.screen();
-  const auto size = connection_.waitForReply(
+  const auto rootGeometry = connection_.waitForReply(
       xcb_get_geometry_reply, xcb_get_geometry(xcb, screen.root), "GetGeometry", screen.root);
-  if (size == nullptr) {
+  if (rootGeometry == nullptr) {
     return std::nullopt;
   }
-  const PixelRect area = intersection(frame, {0, 0, size->width, size->height});
+  const PixelRect area = intersection(frame, {0, 0, rootGeometry->width, rootGeometry->height});
   const auto masks = PixelFormat(screen, screen.root_visual, screen.root_depth).masks();
   if (area.width <= 0 || area.height <= 0 || !masks) {
     return std::nullopt;

@@ -55,6 +55,7 @@ class X11WindowSystem final : public WindowSystem {
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
 
   // Windows
+  // Returns why the window cannot be adopted, if its id alone shows this. Otherwise returns null.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
   AdoptedWindow adopt(const x11::WindowInspection& inspection, bool isMaximizedOrFullscreen);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
@@ -68,13 +69,18 @@ class X11WindowSystem final : public WindowSystem {
   void finishRelease(x11::Window& window);
 
   // Events
+  // Handles the events that have arrived and does the work whose deadline has passed. Returns true
+  // if an event has arrived.
   bool processEvents();
+  // Passes the events that have arrived to `handle`, and repairs the covers. Returns true if an
+  // event has arrived.
   bool handleArrivedEvents();
   void handle(const xcb_generic_event_t& event);
   void handleClientMessage(const xcb_client_message_event_t& message);
   void handlePointer(const xcb_generic_event_t& event);
   void moveDraggedWindow();
   void windowDestroyed(xcb_window_t id);
+  // Reports that the display is lost if the connection is broken.
   void checkConnection();
 
   std::unique_ptr<x11::Connection> connection_;
