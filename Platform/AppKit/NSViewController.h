@@ -93,6 +93,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   std::uint64_t beginShowing();
   // Calls the method, unless the showing has ended or the method was already called.
   void callMethodOnce(LifeCycleMethod method, std::uint64_t showingId);
+  // Records that the controller's method was called, for `callMethodOnce` and `wasCalled`.
   void recordCall(LifeCycleMethod method);
   // These two functions set and remove the links between the presenting and the presented
   // controller.
@@ -105,7 +106,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   Weak<NSViewController> parent_;
   NSArray<NSViewController> presentedControllers_;
   Weak<NSViewController> presentingController_;
-  Weak<NSWindow> presentationWindow_;
+  Weak<NSWindow> presentationWindow_;  // the window in which this controller is presented
   bool isShown_ = false;
   std::uint64_t currentShowingId_ = 0;
   std::bitset<4> calledMethods_;
