@@ -3,7 +3,8 @@
 
 usage: export_macro_test.py CLANG
 
-Clang generates code for systems that are not installed: the headers need no headers of the system.
+Clang can generate code for systems that are not installed, because the tested headers include no
+headers of these systems.
 """
 
 import subprocess

@@ -13,7 +13,7 @@ from sources import source_files
 # For each folder, the other folders that its files may include from. A folder's row also applies to
 # its subfolders that have no row of their own.
 BASE = ["Platform/Foundation"]
-PORT = ["Platform/WindowSystem", *BASE]
+PORT = ["Platform/WindowSystem", *BASE]  # the interface to window systems
 PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
 # The folders that a program needs if it chooses its window system.
@@ -109,6 +109,7 @@ PLATFORM_MACRO = re.compile(
     r"\b(__APPLE__|__MACH__|TARGET_OS_\w+|_?_?WIN(?:32|64)(?:__)?|_MSC_VER|__CYGWIN__|__MINGW\w*"
     r"|(?:__)?(?:gnu_)?linux(?:__)?|(?:__)?unix(?:__)?|__ANDROID__|__\w+BSD__|__EMSCRIPTEN__)\b"
 )
+# Also matches strings, so that // in a string does not begin a comment.
 COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
 
 
@@ -168,7 +169,7 @@ def faults(root):
                     yield f"{path}:{number}: {fault}"
             elif (match := CONDITION.match(line)) and not may_test_platform:
                 if macro := PLATFORM_MACRO.search(match.group(1)):
-                    yield f"{path}:{number}: {macro.group()} is tested outside {MAY_TEST_PLATFORM[0]}"
+                    yield f"{path}:{number}: {macro.group()} may be tested only in {MAY_TEST_PLATFORM[0]}"
 
 
 def main():

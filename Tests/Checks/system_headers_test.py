@@ -21,7 +21,7 @@ ROOT = CHECKS.parent.parent
 LIBRARY = '#include "VelLaunchScreen/VelLaunchScreen.h"\n#include "Bindings/C/vel_launch_screen.h"\n'
 MACROS = '#include "MacOSMacros.h"\n'
 APPKIT = "#import <AppKit/AppKit.h>\n"
-# Uses names that are macros on macOS, and a type that exists in both.
+# Uses names that are macros on macOS, and a type that exists both in AppKit and in the library.
 USE = """
 vel::dispatch_time_t soon() { return vel::dispatch_time(vel::kDispatchTimeNow, 1); }
 vel::Strong<vel::NSWindow> windowOf(const vel::Strong<vel::NSWindow>& window) { return window; }
@@ -65,8 +65,8 @@ def appkit_flags():
     flags = shlex.split(output_of("gnustep-config", "--objc-flags"))
     # GCC has the headers of the Objective-C runtime. Clang uses them too.
     runtime_headers = output_of("g++", "-print-file-name=include")
-    kept = [flag for flag in flags if flag.startswith(("-I", "-D", "-f"))]
-    return [*kept, "-idirafter", runtime_headers]
+    kept_flags = [flag for flag in flags if flag.startswith(("-I", "-D", "-f"))]
+    return [*kept_flags, "-idirafter", runtime_headers]
 
 
 class SystemHeadersTest(unittest.TestCase):
@@ -89,7 +89,7 @@ class SystemHeadersTest(unittest.TestCase):
     def test_the_objective_c_interface_compiles(self):
         for compiler in COMPILERS:
             if language_of(compiler) == "objective-c++":
-                # As system headers, those of AppKit cause no warnings.
+                # The compilers do not warn about headers that they find with -isystem.
                 flags = [flag.replace("-I", "-isystem", 1) for flag in appkit_flags()]
                 flags += [*STRICT, "-Wno-unused-parameter"]
                 with self.subTest(compiler=compiler):
