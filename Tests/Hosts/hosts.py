@@ -64,7 +64,7 @@ class Host:
         return None
 
 
-def _bad(habit, description, name=None):
+def _bad_host(habit, description, name=None):
     name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
@@ -133,7 +133,7 @@ HOSTS = [
         "hosts-qt",
         build_commands=[_compile_command("qt6", "Qt6Widgets", "qt.cpp", "c++ -std=c++17 -fPIC")],
     ),
-    _bad("argb", "a translucent ARGB window"),
+    _bad_host("argb", "a translucent ARGB window"),
     Host(
         "swing",
         "Java Swing",
@@ -171,22 +171,22 @@ HOSTS = [
         + ["--geometry=640x480+100+80", "av://lavfi:testsrc2=size=640x480:rate=25"],
         "mpv",
     ),
-    _bad("redirect", "selects SubstructureRedirect on its own window"),
-    _bad("inferiors", "draws with IncludeInferiors at each frame"),
-    _bad("raise", "raises its child windows every millisecond"),
-    _bad("recreate", "destroys its window while covered and opens another").with_settings(
+    _bad_host("redirect", "selects SubstructureRedirect on its own window"),
+    _bad_host("inferiors", "draws with IncludeInferiors at each frame"),
+    _bad_host("raise", "raises its child windows every millisecond"),
+    _bad_host("recreate", "destroys its window while covered and opens another").with_settings(
         changes_window=True, recreates_window=True
     ),
-    _bad("resize", "changes its size while covered").with_settings(changes_window=True),
-    _bad("maximise", "maximises its window while covered").with_settings(changes_window=True),
-    _bad("toggle", "maximises its window while covered, with a request to toggle").with_settings(
+    _bad_host("resize", "changes its size while covered").with_settings(changes_window=True),
+    _bad_host("maximise", "maximises its window while covered").with_settings(changes_window=True),
+    _bad_host("toggle", "maximises its window while covered, with a request to toggle").with_settings(
         changes_window=True
     ),
-    _bad("maximise", "a window that is maximised before it is covered", "bad-maximised").with_settings(
+    _bad_host("maximise", "a window that is maximised before it is covered", "bad-maximised").with_settings(
         changes_window=True, changes_before_cover=True
     ),
-    _bad("fullscreen", "goes fullscreen while covered").with_settings(changes_window=True),
-    _bad("remap", "unmaps its window and maps it again while covered").with_settings(
+    _bad_host("fullscreen", "goes fullscreen while covered").with_settings(changes_window=True),
+    _bad_host("remap", "unmaps its window and maps it again while covered").with_settings(
         changes_window=True, maps_again=True
     ),
     Host(

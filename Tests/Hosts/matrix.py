@@ -165,6 +165,7 @@ def main():
     def run_pair(indices):
         host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
+        # Each host is tested with each ending, in different environments.
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
         reason = (
             reasons_not_built[host.name]

@@ -2,7 +2,8 @@
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
-// BACKDROP is the colour of the screen behind the window. Each output line describes one frame:
+// BACKDROP is the colour of the screen behind the window. MICROSECONDS is the pause between two
+// frames. Each output line describes one frame:
 //
 // - the time of CLOCK_MONOTONIC in nanoseconds
 // - the window's state: V viewable, U not viewable, D destroyed
@@ -65,7 +66,7 @@ class Sampler {
         window_(window),
         backdrop_(backdrop),
         screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data),
-        frameExtents_(atom("_GTK_FRAME_EXTENTS")) {}
+        frameExtentsAtom_(atom("_GTK_FRAME_EXTENTS")) {}
 
   /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
   void sample() {
@@ -118,7 +119,7 @@ class Sampler {
     const auto geometry = xcb_get_geometry(connection_, window_);
     const auto translation = xcb_translate_coordinates(connection_, window_, screen_->root, 0, 0);
     const auto extents =
-        xcb_get_property(connection_, 0, window_, frameExtents_, XCB_ATOM_CARDINAL, 0, 4);
+        xcb_get_property(connection_, 0, window_, frameExtentsAtom_, XCB_ATOM_CARDINAL, 0, 4);
     std::vector<xcb_get_image_cookie_t> images;
     for (const Point point : samplePoints(area)) {
       images.push_back(xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root,
@@ -175,9 +176,9 @@ class Sampler {
   xcb_window_t window_;
   std::uint32_t backdrop_;
   xcb_screen_t* screen_;
-  xcb_atom_t frameExtents_;
+  xcb_atom_t frameExtentsAtom_;
   Rect area_;
-  std::array<int, 4> extents_{};  // left, right, top, bottom
+  std::array<int, 4> extents_{};  // of the shadow: left, right, top, bottom
   char state_ = 'U';
   std::uint32_t nonWhitePoints_ = 0;
   std::uint32_t backdropPoints_ = 0;

@@ -26,7 +26,7 @@ from hosts import HOSTS
 from xclient import ICONIC, Client
 
 _PR_SET_CHILD_SUBREAPER = 36
-STATUS = {"time": 0, "skip": 0, "SIGTERM": 128 + 15, "SIGINT": 128 + 2}
+EXIT_STATUS = {"time": 0, "skip": 0, "SIGTERM": 128 + 15, "SIGINT": 128 + 2}
 HINTS = [
     "_MOTIF_WM_HINTS",
     "WM_NORMAL_HINTS",
@@ -101,7 +101,7 @@ class Lines:
 
 
 class Frame:
-    """One output line of the sampler."""
+    """One output line of the sampler. sampler.cpp describes the fields."""
 
     def __init__(self, line):
         fields = line.split()
@@ -179,6 +179,8 @@ class Trial:
         return self.client.find(self.host.window)
 
     def points(self):
+        """Returns nine points of the visible part of the window: the corners, the middles of the edges and
+        the centre."""
         x, y, width, height = self.client.rect(self.window)
         extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
         left, right, top, bottom = extents[2] if extents else (0, 0, 0, 0)
@@ -244,7 +246,8 @@ class Trial:
         self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
 
     def use_controls(self, patience):
-        """Uses all controls except close. Returns the names of the controls that work."""
+        """Uses all controls except close, and waits up to `patience` seconds for the effect of each. Returns
+        the names of the controls that work."""
         if not self.environment.buttons:
             return []
         controls = []
@@ -338,6 +341,7 @@ class Trial:
         return {name: self.client.property(self.window, name) for name in HINTS}
 
     def change(self):
+        """Lets the host change its window, or undo the change."""
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):
@@ -427,6 +431,11 @@ class Trial:
         self.result["buttons after"] = buttons_after
 
     def cover(self, show, output, before, changed_rect):
+        """Waits for the cover, ends it, and then checks the sampled frames and the window.
+
+        `show` is the process of `launchscreen show`, and `output` contains its lines. `before` describes
+        the window before the cover. `changed_rect` is the position and size that the host's change gives
+        the window, or None if the trial does not check them."""
         host, client = self.host, self.client
         covered = wait_until(
             lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
@@ -446,6 +455,7 @@ class Trial:
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
         expected_rect = before["rect"]  # after the cover
+        # `end_time` is the time until which every frame must be white.
         end_time = change_time = None
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
@@ -489,7 +499,7 @@ class Trial:
             return
         status = show.poll()
         self.result["status"] = status
-        if not host.recreates_window and status != STATUS[self.ending]:
+        if not host.recreates_window and status != EXIT_STATUS[self.ending]:
             self.add_fault("exit status %d" % status)
         if before["is_drawn"] and not host.recreates_window:
             if not wait_until(self.is_drawn, 8):
