@@ -1,4 +1,4 @@
-// The classes of the objects that the player creates when it acts as the host.
+// The classes of the objects that `Player` creates when it acts as the host.
 #pragma once
 
 #include <functional>
@@ -50,6 +50,7 @@ class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, Conten
 /// Called with the content whose state has changed.
 using StateHandler = std::function<void(const Strong<ContentData>& data)>;
 
+/// Adopts the protocol ContentResolverDelegate.
 class ConformingResolverDelegate final
     : public Class<ConformingResolverDelegate, "ConformingResolverDelegate", NSObject,
                    ContentResolverDelegate> {

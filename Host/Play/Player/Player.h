@@ -15,12 +15,14 @@ namespace vel::host {
 
 enum class PlayOutcome : std::uint8_t {
   Ended,
-  /// The play stopped early: a collection was changed while it was being enumerated.
+  /// The scenario was not played to its end: a collection was changed while it was being
+  /// enumerated.
   CollectionMutated
 };
 
 /// Plays a scenario once. The player acts as the host, on a headless window system and in virtual
-/// time. It passes each trace line and each state to a listener. Use it only on the main thread.
+/// time. It passes each trace line and each `PlayState` to a listener. Use it only on the main
+/// thread.
 class Player final : private PlatformObserver {
  public:
   /// Opens the host's windows and creates the manager. The trace does not contain these actions.
@@ -57,6 +59,7 @@ class Player final : private PlatformObserver {
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
+  // True if a cover of the library is shown. Removes other covers from `shownCovers_`.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -95,6 +98,7 @@ class Player final : private PlatformObserver {
   // The player needs the main content even after the manager has released it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
+  // The covers that have appeared. May contain covers that are no longer shown; see `isCovered`.
   std::vector<Weak<LaunchScreenViewController>> shownCovers_;
   std::vector<Strong<NSViewController>> controllersOverCover_;  // presented by `step::PresentOver`
 };

@@ -23,7 +23,7 @@ namespace vel::host {
 struct WindowScript {
   std::string name;
   std::string className = "PlayerWindow";
-  NSWindowStyleMask styleMask = 15;
+  NSWindowStyleMask styleMask = 15;  // titled, closable, miniaturizable and resizable
   CGRect frame = CGRectMake(0, 0, 1280, 720);
   /// The class name of the content view controller, if the window has one.
   std::optional<std::string> contentViewController = std::nullopt;
@@ -42,12 +42,14 @@ inline constexpr NamedValue<ViewOperation> kViewOperations[] = {
 
 /// The host's view delegate: its operations and their behaviour.
 struct ViewDelegateScript {
-  OperationSet operations{0b111};
+  OperationSet operations{0b111};  // all operations
   bool canDisappear = true;
   /// The operation during which the delegate deactivates the manager.
   std::optional<ViewOperation> deactivateDuring;
 };
 
+/// The kind of the host's resolver delegate. An undeclared delegate has the operation of the
+/// protocol ContentResolverDelegate but does not adopt the protocol.
 enum class ResolverDelegateKind : std::uint8_t { None, Conforming, Undeclared };
 
 inline constexpr NamedValue<ResolverDelegateKind> kResolverDelegates[] = {
@@ -62,6 +64,8 @@ struct HostScript {
   NSOperatingSystemVersion osVersion{10, 14, 0};
 };
 
+/// Names a content of the manager. The main content is the launch screen. A temporary content holds
+/// a request that arrives while a launch screen is shown.
 enum class ContentName : std::uint8_t { Main, Temporary };
 
 inline constexpr NamedValue<ContentName> kContentNames[] = {
@@ -74,6 +78,7 @@ enum class StepThread : std::uint8_t { Main, Background };
 
 inline constexpr NamedValue<StepThread> kStepThreads[] = {{"background", StepThread::Background}};
 
+/// The object whose operation starts the dismissal.
 enum class DismissalPath : std::uint8_t { Manager, Controller, Content };
 
 inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
@@ -82,6 +87,7 @@ inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
     {"content", DismissalPath::Content},
 };
 
+/// The operations that a step `send` can call.
 enum class SentOperation : std::uint8_t {
   SendAnalyticsEvent,
   SubscribeAppLifecycle,
@@ -124,7 +130,7 @@ struct ContentView {
 };
 struct Present {
   std::optional<std::string> window;
-  std::int32_t mode = 0;
+  std::int32_t mode = 0;  // the host's number for the presentation mode
   ContentName content = ContentName::Main;
 };
 struct Dismiss {
@@ -164,6 +170,7 @@ struct Miniaturize {
 struct Deminiaturize {
   std::string window;
 };
+/// The user moves the focus away from the host's windows without deactivating the application.
 struct ResignKey {};
 struct DeactivateApp {};
 struct ActivateApp {};

@@ -15,7 +15,7 @@ namespace {
 constexpr double kMaximumSeconds = 1'000'000;
 
 // Returns the number in the name of a window that a presentation opens, for example 2 for
-// "sheet-2". Returns 0 if the name is not the prefix and a number.
+// "sheet-2". Returns 0 if the name does not consist of the prefix and a number.
 std::uint64_t presentationNumber(std::string_view name, std::string_view prefix) {
   if (!name.starts_with(prefix)) {
     return 0;

@@ -135,7 +135,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
   std::vector<Json*> openContainers_;
   // For each open container, the name of its latest member. The name is empty for an array.
   std::vector<std::string> keys_;
-  bool expectsValue_ = false;
+  bool expectsValue_ = false;  // true between the name of a member and its value
 };
 
 }  // namespace

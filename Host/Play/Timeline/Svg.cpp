@@ -21,7 +21,7 @@ std::string formatNumber(double value) {
 
 // False if the text starts with a control character, U+FFFE or U+FFFF. XML cannot contain most of
 // these characters.
-bool isValidInXml(std::string_view remainingText) {
+bool startsWithXmlCharacter(std::string_view remainingText) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
   return static_cast<unsigned char>(remainingText.front()) >= ' ' &&
          !remainingText.starts_with(kNoncharacters[0]) &&
@@ -32,7 +32,7 @@ std::string escapeXml(std::string_view text) {
   std::string result;
   for (std::size_t index = 0; index < text.size(); ++index) {
     const std::string_view remainingText = text.substr(index);
-    if (!isValidInXml(remainingText)) {
+    if (!startsWithXmlCharacter(remainingText)) {
       result += "\uFFFD";
       index += remainingText.front() == '\xEF' ? 2U : 0U;
     } else if (text[index] == '&') {

@@ -55,7 +55,8 @@ std::string controlsText(NSWindowStyleMask mask) {
   return count == 0 ? "no controls" : count == std::size(kControls) ? "all controls" : text;
 }
 
-// If the log line reports a refusal, returns the reason. Otherwise returns `std::nullopt`.
+// If the log line reports a refusal, returns the reason. Otherwise returns `std::nullopt`. A
+// refusal is logged as `Class (-[Class method]): reason`.
 std::optional<std::string> refusalReasonIn(std::string_view logLine) {
   constexpr std::string_view kSeparator = "]): ";
   const std::size_t start = logLine.find(kSeparator);
@@ -71,7 +72,8 @@ class Timeline::Marker {
   explicit Marker(Timeline& timeline) : timeline_(timeline) {}
 
   void operator()(const trace::StepStart& step) {
-    // The result of a request gets a mark, so the step gets no mark.
+    // The step `inspect` only reads the state, so it gets no mark. The result of the step `request`
+    // gets a mark, so the step itself gets no mark.
     if (step.name != "inspect" && step.name != "request") {
       timeline_.addMark(TimelineLane::Script, std::string(step.name));
     }
@@ -115,7 +117,7 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Consecutive style changes of one window share a mark, which shows the last change.
+    // Consecutive style changes of one window share a mark, which shows the latest change.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }

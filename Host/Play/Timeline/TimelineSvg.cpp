@@ -64,7 +64,7 @@ constexpr double kMarkToLabelDistance = 4;
 constexpr double kMinimumLabelSpacing = 8;
 constexpr double kMaximumLabelWidth = (kRight - kLeft) / 2 - 4 * kMarkRadius;
 constexpr int kTimeAxisTickLimit = 7;
-constexpr int kTimeLeftAxisTickLimit = 5;
+constexpr int kCountdownAxisTickLimit = 5;
 
 struct AxisTick {
   double value = 0;
@@ -196,7 +196,7 @@ class Drawing {
     const auto yOf = [&](double timeLeft) {
       return chartBottom - kChartHeight * (timeLeft / maximum);
     };
-    for (const AxisTick& tick : axisTicks(maximum, kTimeLeftAxisTickLimit)) {
+    for (const AxisTick& tick : axisTicks(maximum, kCountdownAxisTickLimit)) {
       const double y = yOf(tick.value);
       svg_.addLine(tick.value == 0 ? "axis" : "line", {kLeft, y}, {kRight, y});
       drawText("muted", {kLeft - kMinimumLabelSpacing, y}, Svg::Anchor::End, tick.text);

@@ -17,7 +17,7 @@ namespace vel::host {
 class WindowNames;
 
 /// The state that a host can observe at one moment. A member that begins with `has` is true if the
-/// object exists.
+/// object exists. A string for a window is the window's name in the scenario.
 struct Inspection {
   struct Manager {
     bool hasContent = false;
@@ -39,6 +39,7 @@ struct Inspection {
     std::string domain;
     std::int64_t code = 0;
   };
+  /// The main content of the manager.
   struct Content {
     std::uint64_t state = 0;
     std::optional<Error> error;
@@ -47,7 +48,10 @@ struct Inspection {
   /// The view controller of the main content.
   struct Controller {
     std::int32_t presentationMode = 0;
+    /// The host window whose style the controller overrides.
     std::optional<std::string> appWindow;
+    /// The style of `appWindow` before the controller overrode it. All bits are set if no style has
+    /// been saved.
     NSWindowStyleMask appWindowStyleMask = 0;
     /// The number of delegates, or `std::nullopt` if the list of delegates does not exist.
     std::optional<std::size_t> delegateCount;
@@ -60,6 +64,7 @@ struct Inspection {
   struct Application {
     std::optional<std::string> keyWindow;
     std::optional<std::string> mainWindow;
+    /// The windows on screen, front to back.
     std::vector<std::string> orderedWindows;
     std::optional<std::string> modalWindow;
     /// The style masks of the windows on screen, by window name.

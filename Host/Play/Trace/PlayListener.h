@@ -16,10 +16,11 @@ struct PlayState {
   bool isCountingDown = false;
   /// True if a cover of the library is on screen.
   bool isCovered = false;
+  /// The name of the key window.
   std::optional<std::string> keyWindow;
 };
 
-/// Receives the trace lines and the states while a scenario is played.
+/// Receives trace lines and play states while a scenario is played.
 class PlayListener : private NonCopyable {
  public:
   PlayListener() = default;

@@ -42,20 +42,24 @@ struct Registration {
 struct LogLine {
   std::string text;
 };
+/// The state of a content changed.
 struct StateChange {
   std::uint64_t state = 0;
   ContentName content = ContentName::Main;
 };
+/// The library called an operation of the host's view delegate.
 struct HostCall {
   ViewOperation operation = ViewOperation::WillAppear;
   /// The return value of the operation, if it has one.
   std::optional<bool> returnValue;
 };
+/// The library recorded an analytics event.
 struct RecordedEvent {
   std::string name;
 };
+/// A tick of the countdown.
 struct Tick {
-  double timeLeft = 0;
+  double timeLeft = 0;  // in seconds, after the tick
 };
 struct KeyWindowChange {
   KeyStatusChange change = KeyStatusChange::BecomesKey;
@@ -65,9 +69,11 @@ struct StyleMaskAssignment {
   NSWindowStyleMask styleMask = 0;
   std::string window;
 };
+/// A life-cycle method of a cover's view controller was called.
 struct LifeCycleCall {
   LifeCycleMethod method = LifeCycleMethod::WillAppear;
 };
+/// A modal window or a sheet was opened or closed.
 struct PresentationWindowChange {
   enum class Change : std::uint8_t { Opened, Closed };
   std::string window;
