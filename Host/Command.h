@@ -26,8 +26,8 @@ class UsageError : public std::runtime_error {
 };
 
 /// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
-/// `addShowCommand` each add a command to the program. When the parser finds the command in the
-/// command line, it stores the command's function in their parameter `selectedCommand`.
+/// `addShowCommand` each add a command to the parser. If the command line contains this command,
+/// the parser stores the command's function in the variable `selectedCommand` of the caller.
 using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

@@ -34,8 +34,8 @@ extern "C" void writeSignalToPipe(int signal) {
 
 }  // namespace
 
-/// A pipe to which the signal handler writes the number of each signal. Restores the previous
-/// actions and the previous signal mask at the end.
+/// A pipe to which the signal handler writes the number of each signal. The constructor sets signal
+/// actions and a signal mask. The destructor restores the previous actions and the previous mask.
 class HostLoop::SignalPipe : private NonCopyable {
  public:
   SignalPipe() {

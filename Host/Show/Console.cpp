@@ -15,8 +15,9 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// Half of the interval between two ticks of the countdown. `LineConsole` prints each whole second
-// of the time left at the tick that is nearest to this second, so at most this far from it.
+// Half of the interval between two ticks of the countdown. `LineConsole` prints a whole second of
+// the time left at the nearest tick. The time left at this tick differs from the whole second by at
+// most `kHalfStep`.
 const double kHalfStep = expirationTimeStep / 2;
 
 std::string formatLine(double time, std::string_view text) {

@@ -7,8 +7,8 @@
 
 namespace vel::host {
 
-/// Finds the resolver of an engine: the resolver that was registered last for the engine. Does not
-/// keep the resolvers alive.
+/// Stores the resolver of each engine. A later registration for an engine replaces the earlier
+/// registration. Does not keep the resolvers alive.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {

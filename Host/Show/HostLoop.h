@@ -13,9 +13,10 @@ namespace vel::host {
 /// run loop. The outer loop uses no processor time while it waits.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. A signal that `runUntil`
-/// has not returned takes effect when this object is destroyed. A process can have one such object
-/// at a time, on the main thread. Each kind of operating system has its own implementation.
+/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. If a signal arrives and
+/// `runUntil` does not return its number, the signal takes effect when this object is destroyed. A
+/// process can have one HostLoop at a time, on the main thread. Each kind of operating system has
+/// its own implementation.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();

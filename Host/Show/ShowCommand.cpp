@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::size_t kDefaultColumns = 80;
 constexpr int kLargestSide = 32767;  // the maximum width and height of an X11 window
+// How long the player window stays open after the launch screen has ended.
 constexpr Nanoseconds kPlayerTimeAfterEnd = kNanosecondsPerSecond;
 
 std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
@@ -70,8 +71,7 @@ int show(const ShowOptions& options) {
   }
   int signal = loop.runUntil([&session] { return session->update(); });
   if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
-    // Leave the player window open for a moment after the launch screen. The animation in the
-    // window wakes the loop, so this wait needs no timer.
+    // The animation in the player window wakes the loop, so this wait needs no timer.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {
@@ -195,11 +195,11 @@ void checkOptions(ShowOptions& options) {
   if (options.skipAfter && !options.canSkip()) {
     throw CLI::ValidationError("--skip-after", "needs --mode skip");
   }
-  const bool needsScreen = options.window || !options.screenshotPath.empty();
-  if (needsScreen && options.display != "auto" && options.display != "x11") {
+  const bool needsX11 = options.window || !options.screenshotPath.empty();
+  if (needsX11 && options.display != "auto" && options.display != "x11") {
     throw CLI::ValidationError(options.window ? "--window" : "--screenshot", "needs --display x11");
   }
-  if (needsScreen) {
+  if (needsX11) {
     options.display = "x11";
   }
 }

@@ -11,14 +11,19 @@ namespace vel::host {
 /// The options of `launchscreen show`, with their defaults. The values for the content request stay
 /// strings, because the library checks the strings.
 struct ShowOptions {
+  /// "auto", "headless", "wayland" or "x11".
   std::string display = "auto";
+  /// "forced" or "skip".
   std::string mode = "forced";
+  /// The name of the analytics event.
   std::string event = "launch_end";
+  /// How long the launch screen is shown, in seconds. Counted while the launch screen is in front.
   std::string duration = "5";
   /// "embedded", "modal" or "sheet".
   std::string presentation = "embedded";
   bool hasContentController = false;
   bool hasIndicator = false;
+  /// The size of the window that the command opens, in points.
   CGSize size{1280, 720};
   /// The id of another program's window to cover. Without a value, the command opens its own
   /// window.
@@ -27,7 +32,8 @@ struct ShowOptions {
   std::string screenshotPath;
   /// The path of the file for recorded events. If the path is empty, the command writes no file.
   std::string eventsPath;
-  /// The time after which the command dismisses the launch screen, in seconds.
+  /// The time after which the command dismisses the launch screen, in seconds. Needs the mode
+  /// "skip".
   std::optional<double> skipAfter;
 
   [[nodiscard]] bool canSkip() const { return mode == "skip"; }

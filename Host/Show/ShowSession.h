@@ -23,10 +23,11 @@ struct ShowOutcome {
   std::string failure;
 };
 
-/// Acts as the host of one launch screen, from request to event. The session opens a player window
-/// or adopts a window of another program. It then sends the content request, presents the content
-/// and reports its progress to the console. The session needs a running application. The caller
-/// runs the main run loop, in real or virtual time. Use it only on the main thread.
+/// Acts as the host of one launch screen, from request to event. The session opens its own player
+/// window, which stands for the window of a game, or adopts a window of another program as the
+/// player window. It then sends the content request, presents the content and reports its progress
+/// to the console. The caller must start the application (`NSApplication::start`) before the
+/// session and must run the main run loop, in real or virtual time. Use it only on the main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -91,6 +92,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   ShowOptions options_;
   std::shared_ptr<Console> console_;
   std::unique_ptr<EventsFile> events_;
+  // `start` replaces the sink and the observer. `shutDown` restores them.
   MetricsCenter::Sink previousSink_;
   PlatformObserver* previousObserver_ = nullptr;
   bool isStarted_ = false;
@@ -101,16 +103,17 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   Strong<NSWindow> playerWindow_;
   Strong<MovingSquareView> squareView_;
   Strong<CVPresentationFullScreen> presentation_;
-  Strong<NSViewController> cover_;
+  Strong<NSViewController> cover_;  // the view controller of the launch screen
 
+  // The style of the player window before the launch screen.
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
-  double totalTime_ = 0;
+  double totalTime_ = 0;  // the duration of the countdown, in seconds
   CountdownState countdown_ = CountdownState::Running;
   bool hasAppeared_ = false;      // the view of the launch screen has appeared
   bool hasBeenOnScreen_ = false;  // the window system has shown the launch screen
   bool areControlsRemoved_ = false;
-  bool isDismissed_ = false;
-  bool isUncovered_ = false;
+  bool isDismissed_ = false;  // the launch screen was dismissed, but may still be on the screen
+  bool isUncovered_ = false;  // the launch screen has left the screen
   bool isEventRecorded_ = false;
   bool needsScreenshot_ = false;
   std::optional<ShowOutcome> outcome_;
