@@ -9,6 +9,7 @@ from program import ROOT, run
 
 MANUAL = ROOT / "docs/launchscreen.1"
 COMPLETION = ROOT / "Host/completion/launchscreen.bash"
+# The options of every command, and of the program without a command.
 COMMON = {"--help", "--version"}
 OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
@@ -64,7 +65,7 @@ class Options(unittest.TestCase):
         self.assertIn("--duration", help_options("show"))
         self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})
 
-    def test_common_options_are_the_same_everywhere(self):
+    def test_the_program_without_a_command_has_only_the_common_options(self):
         self.assertEqual(set(help_options()), COMMON)
         self.assertEqual(manual_options("OPTIONS"), COMMON)
         self.assertEqual(completions(""), COMMON | set(commands()))

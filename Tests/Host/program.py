@@ -10,6 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # with a sanitizer.
 TIMEOUT = 120
 
+# The program finds no display, so it does not open windows on the display of the developer.
 _environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
 
 

@@ -39,6 +39,7 @@ std::string readFile(const fs::path& file) {
   return text.str();
 }
 
+// Returns the name of the scenario that belongs to the expected trace with this name.
 std::string scenarioOf(const std::string& trace) { return trace.substr(0, trace.find("--")); }
 
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
@@ -67,7 +68,7 @@ std::string testNameOf(const testing::TestParamInfo<std::string>& testInfo) {
 INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
                          testing::ValuesIn(fileNamesIn(kTraces, ".jsonl")), testNameOf);
 
-TEST(PlayExampleListTest, EachScenarioHasOneTrace) {
+TEST(PlayExampleListTest, EachScenarioHasOneExpectedTrace) {
   std::vector<std::string> scenariosWithTraces;
   std::ranges::transform(fileNamesIn(kTraces, ".jsonl"), std::back_inserter(scenariosWithTraces),
                          &scenarioOf);

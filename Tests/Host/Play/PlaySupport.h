@@ -28,7 +28,8 @@ PlayResult playScenario(std::string_view text);
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
 /// Returns the lines between the last step with this name and the next step. The lines are without
-/// their times, for example `"tick":4.9}`. Leaves out the last line of the trace.
+/// their times, for example `"tick":4.9}`. Leaves out the last line of the trace, which is an
+/// inspection.
 Lines linesAfter(const Lines& trace, std::string_view step);
 
 /// Returns all lines in which the first member after the time has this name. The lines are without

@@ -38,7 +38,7 @@ TEST_F(LineConsoleTest, ReportIsALineWithItsTime) {
   EXPECT_EQ(out.str(), "   1.600 s  dismissed\n1234.500 s  event recorded: e\n");
 }
 
-TEST_F(LineConsoleTest, ControlCharactersDoNotReachTheTerminal) {
+TEST_F(LineConsoleTest, ControlCharactersArePrintedAsQuestionMarks) {
   console.report(0, "event recorded: a\nb\033[2J");
   EXPECT_EQ(out.str(), "   0.000 s  event recorded: a?b?[2J\n");
 }
@@ -155,7 +155,7 @@ TEST_F(LiveConsoleTest, CountdownLineShowsAPause) {
   EXPECT_NE(out.str().find("]  paused: not in front"), std::string::npos) << out.str();
 }
 
-TEST_F(LiveConsoleTest, ReportsAfterTheCountdownShareALine) {
+TEST_F(LiveConsoleTest, ReportsAfterTheCountdownShareOneLine) {
   columns = 80;
   console.report(0, "covered");
   console.showTimeLeft(0, runningCountdown(1, 1));

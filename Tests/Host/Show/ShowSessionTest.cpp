@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
                            return testInfo.param;
                          });
 
-TEST_P(ShowSessionPresentationTest, RunDoesNotRemoveControls) {
+TEST_P(ShowSessionPresentationTest, AModalOrSheetRunDoesNotRemoveControls) {
   options.presentation = GetParam();
   options.hasContentController = true;
   start();
@@ -169,7 +169,7 @@ TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
 }
 
-TEST_F(ShowSessionTest, SkipAfterDismissesAtItsTime) {
+TEST_F(ShowSessionTest, SkipAfterDismissesAtTheGivenTime) {
   options.mode = "skip";
   options.skipAfter = 0.25;
   options.presentation = "modal";
@@ -294,7 +294,7 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
-TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCoveredAfterASecond) {
+TEST_F(ShowSessionTest, PlayerWindowThatNeverBecomesKeyIsCoveredAfterASecond) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.windowSystem().setIgnoresFocusRequests(true);
   session->start();
@@ -304,7 +304,7 @@ TEST_F(ShowSessionTest, PlayerThatNeverBecomesKeyIsCoveredAfterASecond) {
   EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
 }
 
-TEST_F(ShowSessionTest, PlayerThatClosesBeforeItIsKeyIsReported) {
+TEST_F(ShowSessionTest, PlayerWindowThatClosesBeforeItIsKeyIsReported) {
   session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.windowSystem().setIgnoresFocusRequests(true);
   session->start();
@@ -367,13 +367,14 @@ TEST_F(ShowSessionTest, KeptControlsAreReported) {
   const WindowHandle window = session->playerWindow()->handle();
   platform.windowSystem().windowManagerKeepsControls(
       window, NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable);
+  // NSWindowStyleMaskBorderless is 0: the window manager keeps no controls.
   platform.windowSystem().windowManagerKeepsControls(window, NSWindowStyleMaskBorderless);
   EXPECT_THAT(out.str(), testing::EndsWith(
                              "   0.000 s  controls kept by the window manager: close, miniaturise\n"
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, KeptControlsAreNotReportedAfterRestoring) {
+TEST_F(ShowSessionTest, AfterTheControlsAreRestoredKeptControlsAreNotReported) {
   start();
   runToEnd();
   platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),
@@ -390,7 +391,7 @@ INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
                            return testInfo.param;
                          });
 
-TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithItsEvent) {
+TEST_P(ShowSessionDestroyedPlayerTest, IfTheKeyPlayerWindowIsDestroyedTheRunEndsWithTheEvent) {
   options.presentation = GetParam();
   options.hasContentController = true;
   start();
@@ -402,7 +403,7 @@ TEST_P(ShowSessionDestroyedPlayerTest, DestroyedPlayerThatIsKeyEndsTheRunWithIts
                                            "   1.000 s  event recorded: launch_end\n"));
 }
 
-TEST_F(ShowSessionTest, DestroyedPlayerThatIsNotKeyEndsTheRunWithoutEvent) {
+TEST_F(ShowSessionTest, IfAPlayerWindowThatIsNotKeyIsDestroyedTheRunFailsWithoutEvent) {
   start();
   run(0.5);
   platform.windowSystem().userMovesFocusAway();
@@ -424,7 +425,7 @@ TEST_F(ShowSessionTest, EventThatCannotBeWrittenIsAFailure) {
 
 // The windows
 
-TEST_F(ShowSessionTest, PlayerWindowHasAKnownClassAndIsKey) {
+TEST_F(ShowSessionTest, PlayerWindowIsKeyAndHasTheClassThatTheLibraryExpects) {
   options.size = {640, 480};
   start();
   EXPECT_EQ(session->playerWindow()->className(), LSUnityPlayerWindowClassName);
@@ -433,7 +434,7 @@ TEST_F(ShowSessionTest, PlayerWindowHasAKnownClassAndIsKey) {
   EXPECT_EQ(player().description.frame.size, (CGSize{640, 480}));
 }
 
-TEST_F(ShowSessionTest, PlayerHasAContentControllerOnlyWithTheOption) {
+TEST_F(ShowSessionTest, PlayerWindowHasAContentControllerOnlyWithTheOption) {
   start();
   EXPECT_EQ(session->playerWindow()->contentViewController(), nullptr);
   session = nullptr;

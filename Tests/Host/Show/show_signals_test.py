@@ -8,7 +8,7 @@ from show import reports, running_show, wait_for_end
 
 
 class Signals(unittest.TestCase):
-    def test_signal_restores_the_window_before_the_end(self):
+    def test_signal_restores_the_window_before_the_program_ends(self):
         for sent_signal in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             for arguments in ([], ["--content-controller"]):
                 with self.subTest(signal=sent_signal, arguments=arguments):

@@ -62,7 +62,7 @@ class Terminal:
 
 
 class LiveLine(unittest.TestCase):
-    def test_run_uses_one_line(self):
+    def test_run_uses_only_one_line_of_the_terminal(self):
         with Terminal("--duration", "0.5", columns=100) as terminal:
             self.assertEqual(terminal.end(), 0)
             self.assertEqual(terminal.output.count("\n"), 1)
@@ -91,7 +91,7 @@ class LiveLine(unittest.TestCase):
             self.assertEqual(terminal.end(), 0)
         self.assertRegex(terminal.output, r"dismissed, uncovered *\r\n\Z")
 
-    def test_run_on_a_narrow_terminal_uses_one_line(self):
+    def test_run_uses_only_one_line_of_a_narrow_terminal(self):
         with Terminal("--duration", "0.2", columns=30) as terminal:
             self.assertEqual(terminal.end(), 0)
         self.assertEqual(terminal.output.count("\n"), 1)

@@ -53,7 +53,7 @@ TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
-  EXPECT_THAT(show->output(), Not(HasSubstr("X11:")));
+  EXPECT_THAT(show->output(), Not(HasSubstr("X11:")));  // the prefix of an X error
 }
 
 TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
@@ -69,7 +69,7 @@ TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
   expectRestored();
 }
 
-TEST_F(X11ShowFaults, TheRunGoesOnAfterTheWindowManagerCrashes) {
+TEST_F(X11ShowFaults, AfterTheWindowManagerCrashesTheLaunchScreenRunsToItsEnd) {
   cover(Manager::Metacity, {"--duration", "3"});
   manager.kill();
   // The server reparents the game to the root window when the manager's connection is closed.

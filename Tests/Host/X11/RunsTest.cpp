@@ -104,7 +104,9 @@ TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
 struct Run {
   Manager manager;
   const char* presentation;
-  const char* keptControls;  // the controls that the window manager keeps
+  // The controls that the window manager keeps, as printed. Empty if the launch screen removes
+  // none.
+  const char* keptControls;
 
   [[nodiscard]] std::string name() const {
     constexpr std::array<const char*, 3> kManagerNames{"WithoutAManager", "UnderMetacity",

@@ -32,6 +32,8 @@ class ShowProcess : NonCopyable {
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:
+  /// Waits up to this time for output and stores it. Returns false after this time, and at the end
+  /// of the output.
   bool readOutput(int milliseconds);
 
   int inputDescriptor_ = -1;

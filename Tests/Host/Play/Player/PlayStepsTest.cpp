@@ -225,7 +225,7 @@ TEST(PlayStepsTest, SendRecordsTheEvent) {
 }
 
 TEST(PlayStepsTest, SendSubscribesAgain) {
-  // With a second registration, the deferred dismissal in skip mode runs twice.
+  // With a second registration, the postponed dismissal in skip mode runs twice.
   const std::string refusedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
@@ -556,7 +556,7 @@ TEST(PlayStepsTest, EventTrackingModePausesTheCountdown) {
       16U);  // including the late tick at 1.5 s
 }
 
-TEST(PlayStepsTest, ModalSessionKeepsTheEventTrackingMode) {
+TEST(PlayStepsTest, ModalSessionDoesNotEndTheEventTrackingMode) {
   const std::string steps =
       R"({"do":"runLoopMode","mode":"eventTracking"},)"
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
@@ -599,7 +599,7 @@ TEST(PlayStepsTest, PlayDoesNotEndBeforeTheLastStep) {
               testing::StartsWith(R"({"t":1000000.000000000,"inspect":)"));
 }
 
-TEST(PlayStepsTest, ErrorExistsUntilTheNextPassOfTheLoop) {
+TEST(PlayStepsTest, TheContentsErrorExistsUntilTheNextPassOfTheLoop) {
   const std::string failingRequest =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
   EXPECT_EQ(lastInspection(play(failingRequest))["content"]["error"],

@@ -26,7 +26,7 @@ TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
   EXPECT_EQ(layout_.rowCount(), 1U);
 }
 
-TEST_F(LabelLayoutTest, KeepsTheGapBetweenNeighbours) {
+TEST_F(LabelLayoutTest, PutsAMarkCloserThanTheGapIntoTheNextRow) {
   layout_.place(0, 20);
   EXPECT_EQ(layout_.place(28.9, 20).row, 1U);
   EXPECT_EQ(layout_.rowCount(), 2U);

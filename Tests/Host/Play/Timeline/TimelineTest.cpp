@@ -28,6 +28,7 @@ struct Mark {
 
 int milliseconds(Nanoseconds time) { return static_cast<int>(time / 1'000'000); }
 
+// Plays these steps until the time `until`, in seconds. The timeline listens to the play.
 void playInto(Timeline& timeline, std::string_view steps, double until,
               std::string_view host = "{}") {
   const std::string text = "{\"host\":" + std::string(host) + ",\"steps\":[" + std::string(steps) +
@@ -108,13 +109,13 @@ TEST_F(TimelineTest, NamesTheRestoredControls) {
   EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(Mark{600, "player: close, resize"}));
 }
 
-TEST_F(TimelineTest, MarksARefusedDismissal) {
+TEST_F(TimelineTest, MarksADismissalThatTheManagerRefuses) {
   playInto(timeline_,
            std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{250, "not dismissed"}));
 }
 
-TEST_F(TimelineTest, MarksACoverThatStaysAfterItsTime) {
+TEST_F(TimelineTest, MarksADismissalThatTheHostRefusesWhenTheTimeIsUsedUp) {
   playInto(timeline_, kRunOfHalfASecond, 2,
            R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{600, "canContentViewDisappear: no"}));

@@ -25,6 +25,8 @@ ASCENT, DESCENT = 0.76, 0.24
 
 @dataclass
 class Box:
+    """The area of a text or a dot in the picture."""
+
     text: str
     left: float
     top: float
@@ -67,6 +69,7 @@ class Timeline(unittest.TestCase):
             file.write_text(json.dumps(scenario), encoding="utf-8")
             scenario = file
         result = run("play", str(scenario), "--timeline", str(self.picture))
+        # The status is 3 if the play stopped early.
         self.assertIn(result.returncode, (0, 3), result.stderr)
         return ElementTree.parse(self.picture).getroot()
 

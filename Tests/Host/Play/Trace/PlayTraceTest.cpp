@@ -105,7 +105,7 @@ TEST(TraceTextTest, TextsAreEscapedToOneLine) {
 
 // The order of lines
 
-TEST(PlayTraceTest, LinesOfAModalSessionAreInOrder) {
+TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",
@@ -211,7 +211,7 @@ TEST(PlayInspectionTest, InitialStateHasNoControllerAndNoRequest) {
             R"("orderedWindows":["player"],"modalWindow":null,"styleMasks":{"player":15}}}})");
 }
 
-TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleIsShown) {
+TEST(PlayInspectionTest, ContainsAControllerWithoutDelegatesAndWithoutSavedStyle) {
   const json controller = lastInspection(
       play(R"({"do":"configure","expirationTimeInterval":1,"viewController":true},)"
            R"({"do":"request","parameters":{"event":"e","max_duration_time":1}})"))["controller"];
@@ -220,7 +220,7 @@ TEST(PlayInspectionTest, ControllerWithoutDelegatesOrSavedStyleIsShown) {
   EXPECT_EQ(controller["window"], nullptr);
 }
 
-TEST(PlayInspectionTest, ManagersFlagsAreShown) {
+TEST(PlayInspectionTest, ContainsTheFlagsOfTheManager) {
   const std::string skipSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"})";
