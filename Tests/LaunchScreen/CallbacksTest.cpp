@@ -1,4 +1,5 @@
-// The manager as a delegate of the launch screen's controller.
+// The manager as a delegate of the launch screen's controller. When the manager subscribes, it
+// registers for six notifications.
 #include <limits>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -32,7 +33,7 @@ class CallbacksTest : public LaunchScreenTest {
   }
 };
 
-// Before presentation
+// launchScreenControllerWillPresent
 
 TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   setTimeLeft(5.0);
@@ -43,7 +44,7 @@ TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   EXPECT_EQ(timeLeft(), 5.0);
 }
 
-TEST_F(CallbacksTest, WithNoTimeLeftWillPresentOnlySubscribes) {
+TEST_F(CallbacksTest, WithNoTimeLeftWillPresentSubscribesButStartsNoCountdown) {
   std::size_t callCount = 0;
   for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
@@ -53,7 +54,7 @@ TEST_F(CallbacksTest, WithNoTimeLeftWillPresentOnlySubscribes) {
   }
 }
 
-TEST_F(CallbacksTest, WhileUnfocusedWillPresentOnlySubscribes) {
+TEST_F(CallbacksTest, WhileUnfocusedWillPresentSubscribesButStartsNoCountdown) {
   setTimeLeft(5.0);
   manager->setAppIsUnfocused(true);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -182,7 +183,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedADismissalPostponesTheEvent
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, ALaunchScreenThatPresentsASheetRefusesTheDismissalAndStopsTheCountdown) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpALaunchScreenThatPresentsASheetRefusesTheDismissal) {
   const auto sheet = showLaunchScreenThatPresentsASheet(5.0);
   manager->setAppIsUnfocused(false);
   startCountdown(0.1);
@@ -204,6 +205,7 @@ TEST_F(CallbacksTest, WithoutAControllerADismissalIsAllowed) {
 
 TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSendsTheEventTwoSecondsLater) {
   load(5.0);
+  // The first value is the smallest double above a tenth.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
     startCountdown(seconds);
     const auto runningTimer = timer();
@@ -256,7 +258,7 @@ TEST_F(CallbacksTest, TheEventOfARefusedDismissalIsPostponedIfTheWindowIsNotKey)
   EXPECT_TRUE(manager->launchShouldBeClosed());
 }
 
-// Before and after dismissal
+// launchScreenControllerWillDismiss and launchScreenControllerDidDismiss
 
 TEST_F(CallbacksTest, WillDismissDoesNothing) {
   load(5.0);

@@ -1,5 +1,6 @@
 // Complete runs of a launch screen, from request to event. The line "style 7" in the journal means
-// that a window gets the style mask 7. The mask of a window with a title and all controls is 15.
+// that a window gets the style mask 7. The mask of a window with a title and all controls is 15. An
+// embedded cover has a parent (a view controller) only if its window has a content view controller.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -70,7 +71,7 @@ TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, AModalWindowRunsModallyUntilItsEnd) {
+TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilItsEnd) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",

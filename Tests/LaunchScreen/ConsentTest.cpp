@@ -1,6 +1,7 @@
 // The host's consent dialog: when the dialog resigns key, the window of the launch screen becomes
 // key. A dialog is a consent dialog if its content view controller has the class name
-// "GDPRViewController".
+// "GDPRViewController". A window is required if the user can see the launch screen while the window
+// is key.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// Another observer of windows that become key.
+/// An observer of windows that become key, besides the manager.
 class KeyObserver final : public Class<KeyObserver, "KeyObserver"> {
  public:
   void windowDidBecomeKey(const NSNotification& notification) {

@@ -161,13 +161,13 @@ TEST_F(ContentCreationTest, ANullRequestIsLikeARequestWithoutParameters) {
 TEST_F(ContentCreationTest, ARefusedRequestChangesNeitherTheMainContentNorTheTimeLeft) {
   load(5.0);
   const auto sentRequest = manager->content()->contentRequest();
-  const auto shownController = controller();
+  const auto mainController = controller();
   manager->setDelegate(listener);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("", 7)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest("e", 0)), nullptr);
   EXPECT_EQ(manager->contentDataForContentRequest(makeRequest(nullptr)), nullptr);
   EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
-  EXPECT_EQ(controller(), shownController);
+  EXPECT_EQ(controller(), mainController);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
   EXPECT_TRUE(listener->changes.empty());
 }
@@ -242,7 +242,7 @@ TEST_F(ContentCreationTest, ANewRequestKeepsTheFlagsOfTheManager) {
 TEST_F(ContentCreationTest, ARequestDuringAnotherLaunchScreenGetsATemporaryContent) {
   load(5.0);
   const auto sentRequest = manager->content()->contentRequest();
-  const auto shownController = controller();
+  const auto mainController = controller();
   showAnotherLaunchScreen();
   const auto otherRequest = makeRequest("other", 3.0, "skip");
   const auto data = manager->contentDataForContentRequest(otherRequest);
@@ -252,7 +252,7 @@ TEST_F(ContentCreationTest, ARequestDuringAnotherLaunchScreenGetsATemporaryConte
   EXPECT_EQ(data->request(), otherRequest);
   EXPECT_EQ(data->state(), ContentDataStateLoaded);
   EXPECT_EQ(manager->content()->contentRequest(), sentRequest);
-  EXPECT_EQ(controller(), shownController);
+  EXPECT_EQ(controller(), mainController);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 5.0);
 }
 
@@ -342,7 +342,7 @@ TEST_F(ContentCreationTest, WithoutAViewControllerTheContentViewIsTheMainContent
 
 TEST_F(ContentCreationTest, DeactivateReleasesBothContentsAndRemovesAllDelegates) {
   load(5.0);
-  const auto shownController = controller();
+  const auto mainController = controller();
   showAnotherLaunchScreen();
   request(3.0);
   const auto temporaryController =
@@ -350,7 +350,7 @@ TEST_F(ContentCreationTest, DeactivateReleasesBothContentsAndRemovesAllDelegates
   manager->deactivate();
   EXPECT_EQ(manager->content(), nullptr);
   EXPECT_EQ(manager->tempContent(), nullptr);
-  EXPECT_EQ(shownController->delegates()->count(), 0u);
+  EXPECT_EQ(mainController->delegates()->count(), 0u);
   EXPECT_EQ(temporaryController->delegates()->count(), 0u);
 }
 

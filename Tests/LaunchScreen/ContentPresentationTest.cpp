@@ -26,7 +26,7 @@ class ContentPresentationTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-// One object
+// One object is the content, its data and its presentation
 
 TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItself) {
   EXPECT_EQ(content->data(), content);
@@ -146,7 +146,7 @@ TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// Calls of the controller are forwarded to the host
+// The content forwards calls by the controller to the host
 
 class ContentForwardingTest : public ContentPresentationTest {
  protected:

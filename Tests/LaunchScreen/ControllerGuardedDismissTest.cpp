@@ -1,6 +1,6 @@
-// `dismissViewController` of the launch screen's controller: asks all delegates, and dismisses the
-// controller if every delegate agrees. The line "style 15" means that the window gets a title and
-// all controls again.
+// `dismissViewController` of the launch screen's controller ("the cover"): asks all delegates, and
+// dismisses the controller if every delegate agrees. The line "style 15" means that the window gets
+// a title and all controls again.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 

@@ -49,7 +49,7 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverAlwaysFillsItsSuperview) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
-  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
+  EXPECT_EQ(cover->view()->autoresizingMask(), 18u);  // width and height follow the superview
   window->setFrame(CGRectMake(50, 60, 800, 600));
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 800, 600));
 }

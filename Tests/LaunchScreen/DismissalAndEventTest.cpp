@@ -233,7 +233,7 @@ TEST_F(EventTest, AConfigurationThatIsReplacedBeforeTheRecordingIsStillUsed) {
   EXPECT_EQ(platform.events, (Events{{"of the former one", 0.5}}));
 }
 
-TEST_F(EventTest, TheSkipModeIsNotChecked) {
+TEST_F(EventTest, SendAnalyticsEventRecordsTheEventEvenInSkipMode) {
   configuration().setSkipMode(true);
   manager->sendAnalyticsEvent();
   platform.run(1.0);
@@ -253,9 +253,9 @@ class UndeclaredListener final : public Class<UndeclaredListener, "UndeclaredLis
  public:
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
                                                    const Strong<ContentData>& /*data*/) {
-    ++calls;
+    ++callCount;
   }
-  int calls = 0;
+  int callCount = 0;
 };
 
 class StateChangeTest : public LaunchScreenTest {
@@ -285,7 +285,7 @@ TEST_F(StateChangeTest, ADelegateThatDoesNotAdoptTheProtocolIsNotNotified) {
   const auto undeclaredListener = make<UndeclaredListener>();
   manager->setDelegate(undeclaredListener);
   manager->content()->setState(ContentDataStateLoaded);
-  EXPECT_EQ(undeclaredListener->calls, 0);
+  EXPECT_EQ(undeclaredListener->callCount, 0);
   EXPECT_EQ(manager->delegate(), undeclaredListener);
 }
 

@@ -158,7 +158,7 @@ TEST_F(ExpirationTimerTest, ATickWithANegativeTimeLeftDismissesAndSubtracts) {
   EXPECT_EQ(timeLeft(), -0x1.6666666666666p-2);
 }
 
-TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerAndKeepsTheTimeLeftBeforeTheDismissal) {
+TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerThenDismissesAndSubtractsOnlyAfterwards) {
   const auto hostController = loadHostController(5.0);
   setTimeLeft(0.2);
   manager->startTimer();
@@ -342,7 +342,7 @@ TEST_F(ExpirationTimerTest, TheCountdownRunsInTheDefaultAndTheModalPanelMode) {
   }
 }
 
-TEST_F(ExpirationTimerTest, ATimerThatHasTickedInOneModeDoesNotTickAgainInTheOther) {
+TEST_F(ExpirationTimerTest, ATimerThatHasTickedInOneModeDoesNotTickAgainInTheOtherMode) {
   setTimeLeft(1.0);
   manager->startTimer();
   NSRunLoop& loop = NSRunLoop::mainRunLoop();

@@ -44,12 +44,12 @@ TEST_F(FocusTest, SubscribedNotificationsPauseAndResumeTheCountdown) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(FocusTest, TheApplicationsActivityAndMiniaturizingHaveNoEffect) {
+TEST_F(FocusTest, NotificationsOfActivityAndMiniaturizingHaveNoEffect) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
-  for (const bool isRunning : {true, false}) {
-    if (!isRunning) {
+  for (const bool isCountingDown : {true, false}) {
+    if (!isCountingDown) {
       resignKey(window);
     }
     const auto stateBefore = state();
@@ -63,7 +63,7 @@ TEST_F(FocusTest, TheApplicationsActivityAndMiniaturizingHaveNoEffect) {
   }
 }
 
-TEST_F(FocusTest, TheEmptyHandlersDoNothing) {
+TEST_F(FocusTest, TheHandlersOfActivityMiniaturizingAndBackgroundDoNothing) {
   show(5.0);
   const auto stateBefore = state();
   const auto notification =

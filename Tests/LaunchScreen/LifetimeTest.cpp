@@ -125,7 +125,7 @@ TEST_F(LifetimeTest, ACountdownKeepsTheManagerAliveUntilThePause) {
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, AFinishedCountdownOwnsNothing) {
+TEST_F(LifetimeTest, AFinishedCountdownDoesNotOwnTheManager) {
   manager->setLaunchScreenExpirationTimeLeft(0.3);
   manager->startTimer();
   releaseManager();
@@ -135,7 +135,7 @@ TEST_F(LifetimeTest, AFinishedCountdownOwnsNothing) {
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, AnInvalidTimerOwnsNothing) {
+TEST_F(LifetimeTest, AnInvalidTimerDoesNotOwnTheManager) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   const auto stoppedTimer = timer();

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
-constexpr PixelRect kSecondGame{300, 250, 640, 400};
+constexpr PixelRect kSecondGameFrame{300, 250, 640, 400};
 
 class X11Order : public X11Test {
  protected:
@@ -26,7 +26,7 @@ class X11Order : public X11Test {
 
 TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
-  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   client.raise(idOf(firstWindow));
   EXPECT_TRUE(waitForOrder({firstWindow, secondWindow}));
   client.raise(idOf(secondWindow));
@@ -36,7 +36,7 @@ TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
 
 TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
   const xcb_window_t lowerWindow = openGame(kGameFrame);
-  const WindowHandle upperWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle upperWindow = adopt(openGame(kSecondGameFrame)).handle;
   const WindowHandle lowerHandle = adopt(lowerWindow).handle;
   EXPECT_TRUE(waitForOrder({upperWindow, lowerHandle}));
 }
@@ -50,6 +50,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
   ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(firstWindow); }));
   system().orderFront(secondWindow);
   ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(secondWindow); }));
+  // Without a deadline, the back end has no report to make later.
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_THAT(reports.orders, IsEmpty());
 }
@@ -57,7 +58,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
 TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
   const xcb_window_t game = openGame(kGameFrame);
   adopt(game);
-  openGame(kSecondGame);
+  openGame(kSecondGameFrame);
   client.raise(game);
   deliver();
   EXPECT_THAT(reports.orders, IsEmpty());
@@ -66,8 +67,8 @@ TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
 
 TEST_F(X11Order, AnUnmappedWindowIsNotInTheOrder) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
-  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
-  const WindowHandle thirdWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
+  const WindowHandle thirdWindow = adopt(openGame(kSecondGameFrame)).handle;
   client.unmap(idOf(secondWindow));
   deliver();
   client.raise(idOf(firstWindow));
@@ -81,7 +82,7 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
 
 TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
-  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(secondWindow); }));
   const PixelRect area = client.areaOnScreen(idOf(firstWindow));
   client.click(area.x + 20, area.y + 20);
@@ -90,7 +91,7 @@ TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
 
 TEST_P(X11OrderWithManager, TheOrderUnderANewWindowManagerIsReported) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
-  const WindowHandle secondWindow = adopt(openGame(kSecondGame)).handle;
+  const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   manager.end();
   startManager(GetParam());
   ASSERT_TRUE(waitFor([&] { return client.isViewable(idOf(firstWindow)); }));
