@@ -24,8 +24,8 @@ class HostRequest final
   id<ContentRequest> request_;
 };
 
-/// The broker of the host. Registers the native manager in place of the library's. The manager uses
-/// this object only in `activate`, so this object retains nothing.
+/// The broker of the host. Registers the native manager. The library uses this object only in
+/// `activate`, so this object retains nothing.
 class HostBroker final
     : public vel::Class<HostBroker, "HostBroker", vel::NSObject, vel::ContentBroker> {
  public:

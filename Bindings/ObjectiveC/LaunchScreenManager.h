@@ -11,9 +11,9 @@ struct VelManagerReference;
 /// The event goes to the operation `logEvent:` of the class MetricsCenter if the process has such a
 /// class, and to the log otherwise.
 ///
-/// The library works in the native run loop of the main thread: a host that runs [NSApp run] calls
-/// nothing in its frames. A host that releases the manager before the launch screen has ended gets
-/// no further calls of its delegates.
+/// The library works in the native run loop of the main thread, so a host that runs [NSApp run]
+/// does not call the library in its frames. The host must not release the manager before the launch
+/// screen has ended: the delegates would receive no further calls.
 ///
 /// Only the main thread may use this class. Exception: any thread may call
 /// `contentDataForContentRequest:` and `dismissLaunchScreen`.

@@ -39,8 +39,8 @@ class ContentController final
   std::string className_;
 };
 
-// Creates the NSApplication of a host that has none. The host then runs it. Returns false if AppKit
-// has no display.
+// Creates the NSApplication if the host has not created it. The host runs the NSApplication.
+// Returns false if AppKit cannot start.
 bool createNativeApplication(std::string& error) {
   @try {
     [NSApplication sharedApplication];
@@ -62,7 +62,7 @@ std::string contentControllerClassOf(NSWindow* native) {
   return controller != nil ? textOf(NSStringFromClass([controller class])) : std::string();
 }
 
-// Does not replace a controller of the same class: it may have a cover as its child.
+// Keeps a controller with the same class name, because a cover may be a child of this controller.
 void updateContentController(vel::NSWindow& window, NSWindow* native) {
   const std::string className = contentControllerClassOf(native);
   const auto controller = window.contentViewController();

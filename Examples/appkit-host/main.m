@@ -17,7 +17,7 @@ static void printLine(NSString* line) {
   fflush(stdout);
 }
 
-// The library records the event here.
+// The library calls this class to record the event.
 @interface MetricsCenter : NSObject
 @end
 @implementation MetricsCenter
@@ -42,8 +42,9 @@ static void printLine(NSString* line) {
 }
 @end
 
-// The library recognises the window of the player by the name of its class. A sheet needs a content
-// view controller. The free AppKit has no such operation, so this class has it.
+// The library recognises the window of the player by the class name PlayerWindow. A sheet needs a
+// window with a content view controller. The NSWindow of the free AppKit has no such operation, so
+// this class adds it.
 @interface PlayerWindow : NSWindow {
   NSViewController* controller_;
 }
@@ -120,7 +121,7 @@ int main(void) {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   [NSApplication sharedApplication];
   Game* game = [[Game alloc] init];
-  // The defaults contain the options of the command line.
+  // The user defaults contain the options of the command line.
   NSUserDefaults* options = [NSUserDefaults standardUserDefaults];
   game->seconds = [options objectForKey:@"seconds"] != nil ? [options floatForKey:@"seconds"] : 3;
   game->mode = (int)[options integerForKey:@"mode"];

@@ -9,7 +9,8 @@
 #include "Platform/Foundation/NSLog.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
-// A window with an optional content view controller, which the free AppKit does not have.
+// A window with an optional content view controller. The NSWindow of the free AppKit has no such
+// operation.
 @interface ControllerWindow : NSWindow {
  @public
   NSViewController* controller;  // not retained
@@ -21,7 +22,7 @@
 }
 @end
 
-// Its name is that of the controller in a consent dialog.
+// The library knows this class name: the controller of a consent dialog has it.
 @interface GDPRViewController : NSViewController
 @end
 @implementation GDPRViewController

@@ -1,4 +1,4 @@
-// The calls of the host's view delegate.
+// The library calls the view delegate of the host.
 #include <gtest/gtest.h>
 
 #include "Bindings/ObjectiveC/LaunchScreenContentLibrary.h"

@@ -1,4 +1,4 @@
-// Where the binding records the event.
+// The class MetricsCenter of a host receives the event.
 #include <gmock/gmock.h>
 #include <objc/runtime.h>
 
@@ -15,7 +15,7 @@ std::vector<std::string>& recordedEvents() {
 
 }  // namespace
 
-// Has the operation that the test adds to the class MetricsCenter.
+// The test adds the operation of this class to the class MetricsCenter, which it creates.
 @interface EventRecorder : NSObject
 + (void)logEvent:(NSString*)name;
 @end
@@ -29,7 +29,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// One test, because a class cannot be removed from the process.
+// The process cannot remove a class, so one test checks both cases.
 TEST(ObjectiveCEvent, GoesToTheClassMetricsCenterAsSoonAsTheProcessHasIt) {
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   vel::test::VirtualPlatform platform;

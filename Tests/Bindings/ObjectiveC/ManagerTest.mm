@@ -1,4 +1,4 @@
-// The binding over the headless window system, in virtual time.
+// LaunchScreenManager on the headless window system, in virtual time.
 #include <gmock/gmock.h>
 
 #include "Bindings/ObjectiveC/NativeValues.h"
@@ -9,7 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The numbers and strings that a host uses as the duration, and the seconds that the library reads.
+// The parameters of a request. `duration` is a number or a string.
 NSDictionary* parametersWith(id duration) {
   return [NSDictionary
       dictionaryWithObjectsAndKeys:@"launch_end", @"event", duration, @"max_duration_time", nil];

@@ -1,4 +1,4 @@
-// The first manager of a process.
+// The first manager of a process starts the library.
 #include <gmock/gmock.h>
 
 #include <thread>

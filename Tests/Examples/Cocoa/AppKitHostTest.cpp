@@ -51,7 +51,7 @@ class AppKitHost : public X11TestWithManager {
   [[nodiscard]] std::vector<std::uint32_t> sizeHints() const {
     return client.numbers(player(), "WM_NORMAL_HINTS");
   }
-  // Presents in a window of the library, and checks the run until the end.
+  // Checks a run in which the launch screen is in a window of the library.
   void checkPresentationInAWindowOfTheLibrary(const char* mode, const std::string& name) {
     HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", mode},
                      server.display());
@@ -98,8 +98,8 @@ TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheEnd) {
   EXPECT_LT(event - end, 5);  // a busy machine is late
 }
 
-// metacity draws the buttons of the title bar, and the free AppKit cannot remove them. The library
-// can only fix the size.
+// metacity draws the buttons of the title bar, and the free AppKit cannot remove these buttons. The
+// library fixes only the size of the window.
 TEST_F(AppKitHost, CannotBeResizedUntilTheEnd) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
