@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Tests/Examples/HostProcess.h"
+#include "Tests/Support/Cocoa/AppKitEnvironment.h"
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -18,7 +19,8 @@ constexpr const char* kEmbedded = "0";
 constexpr const char* kSheet = "1";
 constexpr const char* kModalWindow = "2";
 
-class AppKitHost : public X11TestWithManager {
+// The environment is destroyed last, because it kills all child processes.
+class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
   // Waits until the host has drawn its window, and clicks it.
   void click() {

@@ -50,6 +50,9 @@ AppKitEnvironment::AppKitEnvironment() {
   }
   home_ = name;
   setenv("HOME", name.c_str(), 1);
+  // The free AppKit finds its daemon in this folder, and other programs with the same name. Tests
+  // that run at the same time must not share the daemon.
+  setenv("TEMP", name.c_str(), 1);
   // The daemon detaches from its parent. Detached descendants become children of this process.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
@@ -62,6 +65,7 @@ AppKitEnvironment::~AppKitEnvironment() {
       waitpid(child, nullptr, 0);
     }
   }
+  unsetenv("TEMP");
   std::error_code ignored;
   std::filesystem::remove_all(home_, ignored);
 }

@@ -10,7 +10,8 @@ namespace vel::test {
 /// Create this object before AppKit starts, in this process or in a child process.
 class AppKitEnvironment : NonCopyable {
  public:
-  /// Sets the home folder of this process and its children to a new folder.
+  /// Sets the home folder and the temporary folder of this process and its children to a new
+  /// folder.
   AppKitEnvironment();
   /// Kills all descendants of this process and deletes the folder.
   ~AppKitEnvironment();
