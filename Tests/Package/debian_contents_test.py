@@ -18,7 +18,7 @@ class DebianContentsTest(unittest.TestCase):
     def test_there_are_three_packages(self):
         self.assertEqual(set(self.packages), set(PACKAGES))
 
-    def test_the_library_package_has_only_the_shared_library_and_its_licence(self):
+    def test_the_library_package_has_only_the_shared_library_and_its_copyright_file(self):
         self.assertEqual(
             {os.path.basename(name) for name in self.files(RUNTIME)},
             {"libVelLaunchScreen.so.1", "libVelLaunchScreen.so.1.0.0", "copyright"},
