@@ -63,7 +63,7 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   EXPECT_TRUE(sheet->canHide());
 }
 
-// Direct calls of a life-cycle method
+// The test calls a life-cycle method itself
 
 TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
   const auto firstDelegate = addDelegate("first");

@@ -143,7 +143,6 @@ TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilItIsDismissed) {
 
 class LaunchScreenObjectsTest : public LaunchScreenTest {
  protected:
-  // The objects of a launch screen.
   struct LaunchScreenObjects {
     Weak<LaunchScreenManager> manager;
     Weak<LaunchScreenContent> content;

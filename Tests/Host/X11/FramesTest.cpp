@@ -58,7 +58,8 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
-    // A picture can miss a short frame, so the test checks the first drawing too. The server draws
+    // A picture can miss a short frame, so the test also checks what the server drew first after
+    // the last picture of the game. The server draws
     // the cover in bands; the first band is the area above the indicator. The other presentations
     // are separate windows, and the server may draw the parts of a window in any order.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
