@@ -24,7 +24,7 @@ TEST_F(ActivationTest, DeactivationIsPostedBeforeTheKeyWindowResignsKey) {
   EXPECT_FALSE(NSApp->isActive());
 }
 
-TEST_F(ActivationTest, DeactivationWithoutAKeyWindowPostsOneNotification) {
+TEST_F(ActivationTest, DeactivationWithoutAKeyWindowPostsNoKeyNotification) {
   openWindow("A");
   deactivate();
   EXPECT_EQ(recorder.takeEvents(), Events{"application resigns active"});

@@ -66,7 +66,7 @@ TEST_F(KeyWindowTest, AWindowThatIsNotOnScreenCannotBecomeKey) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(KeyWindowTest, MakingAWindowKeyDoesNotChangeTheOrder) {
+TEST_F(KeyWindowTest, MakingAWindowKeyDoesNotChangeTheStackingOrder) {
   const auto backWindow = openWindow("A");
   openWindow("B");
   backWindow->makeKeyWindow();

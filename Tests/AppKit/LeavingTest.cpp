@@ -169,7 +169,7 @@ TEST_F(LeavingTest, AMiniaturisedWindowIsOffScreenAndNotKey) {
   EXPECT_FALSE(window->isOnScreen());
 }
 
-TEST_F(LeavingTest, MiniaturisingAWindowThatIsNotKeyPostsOneNotification) {
+TEST_F(LeavingTest, MiniaturisingAWindowThatIsNotKeyPostsNoKeyNotification) {
   windowNamed("D")->miniaturize();
   EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }

@@ -207,7 +207,7 @@ TEST_F(LifeCycleTest, MovingAViewWithinItsWindowCallsNoLifeCycleMethod) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LifeCycleTest, AViewAddedToItsOwnSuperviewComesToTheFront) {
+TEST_F(LifeCycleTest, AViewAddedAgainToItsSuperviewComesToTheFront) {
   const auto controller = addController(window, "view");
   const auto otherView = NSView::initWithFrame(CGRectZero);
   window->contentView()->addSubview(otherView);
@@ -279,7 +279,7 @@ TEST_F(LifeCycleTest, TheHostMayCallTheAppearMethodsAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsInAWindowAreCalledAgain) {
+TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsInAWindowAreCalledAgainInTheWindow) {
   const auto controller = makeController("view");
   controller->viewWillAppear();
   controller->viewDidDisappear();
@@ -289,7 +289,7 @@ TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsInAWindowAreCalledAgai
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, AHostsCallDoesNotAffectTheNextAppearanceOfTheView) {
+TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAppearance) {
   const auto controller = addController(window, "view");
   controller->viewDidDisappear();
   controller->view()->removeFromSuperview();

@@ -274,7 +274,7 @@ TEST_F(PresentationTest, DestroyingThePresentingControllerEndsTheLink) {
 
 // Child view controllers and views
 
-TEST_F(PresentationTest, AChildHasOneParent) {
+TEST_F(PresentationTest, AddingAChildToASecondControllerReplacesItsParent) {
   host->addChildViewController(guest);
   EXPECT_EQ(guest->parentViewController(), host);
   EXPECT_EQ(host->childViewControllers(), NSArray<NSViewController>{guest});
@@ -325,7 +325,7 @@ TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeAtItsFirstUse) {
   EXPECT_EQ(guest->loadCount(), 1);
 }
 
-TEST_F(PresentationTest, SetViewReplacesLoadingTheView) {
+TEST_F(PresentationTest, AfterSetViewNoViewIsLoaded) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 5, 5));
   guest->setView(view);
   EXPECT_EQ(guest->view(), view);

@@ -36,7 +36,7 @@ TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, WithoutAnApplicationOnlyShutDownRunsTheSteps) {
+TEST_F(ShutdownTest, WithoutAnApplicationShutDownRunsTheStepsButStopDoesNot) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();

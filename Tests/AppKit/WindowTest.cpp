@@ -231,7 +231,7 @@ TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
   auto callCount = std::make_shared<int>(0);
   NSApp->setCloseRequestedHandler([callCount](NSWindow&) {
     NSApp->setCloseRequestedHandler(nullptr);
-    ++*callCount;  // The captures must stay alive until the handler returns.
+    ++*callCount;  // Uses a capture after the handler is removed.
   });
   platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_EQ(*callCount, 1);

@@ -116,7 +116,7 @@ TEST_F(DispatchTest, DispatchAsyncEqualsDispatchAfterWithoutADelay) {
   EXPECT_EQ(runNames, (Names{"first", "second", "third", "fourth"}));
 }
 
-TEST_F(DispatchTest, ImmediateAndDelayedWorkShareOneOrder) {
+TEST_F(DispatchTest, ImmediateAndDelayedWorkIsOrderedTogetherByDeadline) {
   submitAt(timeAfter(0.5), "half a second");
   letTimePass(1);
   submit("one second");

@@ -169,7 +169,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedDuringAPostDoesNotReceiv
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOthers) {
+TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOtherObservers) {
   bob->reaction = [this] { center().removeObserver(bob.get()); };
   for (const auto& observer : {ann, bob, cid}) {
     observe(observer);
@@ -245,7 +245,7 @@ TEST_F(NSNotificationCenterTest, DeliveryKeepsTheObserverAlive) {
   EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextObserverDoesNotAffectOthers) {
+TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextObserverDoesNotAffectOtherObservers) {
   ann->reaction = [this] { bob.reset(); };
   for (const auto& observer : {ann, bob, cid}) {
     observe(observer);

@@ -1,4 +1,5 @@
-// The deferred-release pool: when it is drained, which means that it releases its objects.
+// The release pool, which keeps objects alive until it is drained at the end of a pass of the run
+// loop or at the end of its thread.
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -128,7 +129,7 @@ TEST_F(ReleasePoolTest, AnObjectThatIsAddedTwiceIsDestroyedOnce) {
   EXPECT_EQ(destroyedNames.size(), 1u);
 }
 
-TEST_F(ReleasePoolTest, OnAnotherThreadReleasesWhenTheThreadEnds) {
+TEST_F(ReleasePoolTest, ThePoolOfAnotherThreadReleasesItsObjectsWhenTheThreadEnds) {
   Weak<TestObject> object;
   bool isAliveAtTheEnd = false;
   std::thread([&] {

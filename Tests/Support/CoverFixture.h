@@ -1,5 +1,5 @@
-// Support for the tests of the cover and of content views: a journal of events, delegates that
-// write into the journal, and a fixture with a controller to present.
+// Support for the tests of the cover (the view of a launch screen) and of content views: a journal
+// of events, delegates that write into the journal, and a fixture with a controller to present.
 #pragma once
 
 #include <cstdint>

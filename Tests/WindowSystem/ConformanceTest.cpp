@@ -148,7 +148,7 @@ TEST_P(Conformance, DeactivationAndActivationAreReportedOnceEach) {
 
 // Stacking order, frames, controls, miniaturising
 
-TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReportedIfTheBackEndReportsIt) {
+TEST_P(Conformance, AStackingOrderSetByAnotherProgramIsReportedIfTheBackEndSupportsThis) {
   const WindowHandle firstWindow = openFocused();
   const WindowHandle secondWindow = openFocused();
   display->otherProgramRaises(firstWindow, secondWindow);
@@ -188,7 +188,8 @@ TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndReportsThem) {
+// Kept controls are those that the new style mask lacks but that the window manager still offers.
+TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndSupportsThis) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
   if (GetParam().reportsControlsKept) {
@@ -307,7 +308,8 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
 
 TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
   openFocused();
-  // A window manager may send more events for a while after it has set the focus.
+  // A window manager may send more events for a while after it has set the focus. So the test
+  // delivers events until no more arrive.
   EXPECT_TRUE(deliverUntil(
       system(), [this] { return !system().deliverEvents() && system().nextDeadline() > 0; }));
 }
@@ -320,7 +322,7 @@ TEST_P(Conformance, AnEventIsReportedAtOnceOrEndsAWait) {
     ASSERT_TRUE(system().waitHandle().isValid() || system().nextDeadline() != kNever);
     waitForInput(system().waitHandle().descriptor(),
                  std::min(system().nextDeadline(), steadyNow() + kTimeout));
-    // A back end without a handle looks for events at its deadline. The event may arrive later.
+    // A back end without a handle looks for events at its deadline, which may be before the event.
     EXPECT_TRUE(system().deliverEvents() || !system().waitHandle().isValid());
   }
   EXPECT_TRUE(deliverUntil(system(), [this] { return reports.count("frame") > 0; }));
@@ -334,7 +336,7 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   display->ownerDestroysWindow(window);
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
-  // A later delegate receives no earlier reports.
+  // A delegate that is set later does not receive the discarded reports.
   ReportListener laterDelegate;
   system().setDelegate(&laterDelegate);
   deliver();
@@ -342,7 +344,7 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   system().setDelegate(nullptr);
 }
 
-TEST_P(Conformance, ALostConnectionIsReportedOnceIfTheBackEndReportsIt) {
+TEST_P(Conformance, ALostConnectionIsReportedOnceIfTheBackEndSupportsThis) {
   if (!GetParam().reportsLostDisplay) {
     return;
   }

@@ -1,7 +1,7 @@
-// Covers over hosts that do unusual things to their own windows. A cover has child windows inside
-// the host's window, and an overlay: a window directly above the host's window, which hides what
-// the host draws over its children. While another window is modal, a shield, an invisible child
-// window, takes the clicks on the host.
+// Covers over hosts (other programs) that do unusual things to their own windows. A cover has child
+// windows inside the host's window, and an overlay: a window directly above the host's window,
+// which hides what the host draws over its children. While another window is modal, a shield (an
+// invisible child window) takes the clicks on the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -148,21 +148,21 @@ TEST_P(X11CoverOfForeignHost, MapsTheOverlayBeforeTheChildWindow) {
   EXPECT_THAT(parentsOfMapped, testing::ElementsAre(tree->parent, game));
 }
 
-TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildren) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildren) {
   cover();
   InferiorsPainter painter(client, game);
   painter.paint();
   EXPECT_TRUE(isWhite());
 }
 
-TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAtEachFrame) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildrenAtEachFrame) {
   cover();
   const Repetition drawing(server.display(),
                            [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
   EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
-TEST_P(X11CoverOfForeignHost, HidesDrawingOverChildrenAfterTheHostMovesAndGrows) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildrenAfterTheHostChangesItsFrame) {
   cover();
   client.configure(game, {100, 80, 900, 700});
   deliverFor(0.3);

@@ -77,7 +77,7 @@ TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirs
   const xcb_window_t checkWindowBefore = checkWindow();
   const Process newManager =
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
-  // The two managers keep different controls, so this report is about the new manager.
+  // The two managers still offer different controls, so this report is about the new manager.
   EXPECT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) +
                             keptControlsSuffix(!startsWithMetacity));
@@ -135,7 +135,7 @@ TEST_F(X11PlainManager, TheFocusIsRequestedFromTheManagerAndNotSetDirectly) {
   EXPECT_NE(client.focusedWindow(), game);
 }
 
-TEST_F(X11PlainManager, WithoutAStackingListTheServersOrderIsReported) {
+TEST_F(X11PlainManager, IfTheManagerPublishesNoStackingListTheServersOrderIsReported) {
   openCoveredGame();
   const WindowHandle otherHandle = adopt(client.openGameWindow(kGameFrame, 0)).handle;
   client.raise(game);

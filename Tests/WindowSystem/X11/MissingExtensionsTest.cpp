@@ -143,7 +143,7 @@ TEST_F(X11NoShape, TheCoverReturnsAfterTheGameUnmapsOrDestroysItsChildWindows) {
   }
 }
 
-// A documented limit.
+// This is a documented limit of displays without the Shape extension.
 TEST_F(X11NoShape, AGameThatDrawsOverItsChildWindowsIsVisible) {
   const xcb_gcontext_t context = xcb_generate_id(client.connection());
   const std::array<std::uint32_t, 2> values{kRed, XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS};

@@ -71,8 +71,8 @@ TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
-  // The owner first writes the value that the back end writes to leave only the title. The owner
-  // then replaces this value.
+  // The owner first writes the value that the back end writes for a style mask with only the title.
+  // The owner then replaces this value.
   const Property restrictedHints = motifHints({3, 4, 26, 0, 0});
   client.setProperty(game, kMotifHints, restrictedHints);
   handle = adopt(game).handle;

@@ -216,7 +216,7 @@ TEST_F(X11StyleWithManager, TheControlsThatOpenboxKeepsAreReported) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
-  // Openbox removes resizing, and keeps closing (2) and miniaturising (4).
+  // Openbox no longer offers resizing, but still offers closing (2) and miniaturising (4).
   EXPECT_THAT(allowedActions(game),
               UnorderedElementsAre("_NET_WM_ACTION_CLOSE", "_NET_WM_ACTION_MINIMIZE"));
   EXPECT_TRUE(reports.contains(reportLine("controls kept", handle) + " 6"));
