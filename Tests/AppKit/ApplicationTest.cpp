@@ -59,7 +59,9 @@ class ScriptedWindowSystem final : public WindowSystem {
   std::optional<WindowPicture> picture(WindowHandle /*window*/) override { return std::nullopt; }
 
   WindowSystemDelegate* delegate = nullptr;
+  /// The result of `createWindow`.
   WindowHandle nextHandle = WindowHandle{1};
+  /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
   /// True if each operation causes a report that waits for the next `deliverEvents`.

@@ -1,4 +1,4 @@
-// A target for timers.
+// A target for timers, and functions that schedule timers.
 #pragma once
 
 #include <functional>

@@ -297,8 +297,8 @@ class BadHost {
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::string habit_;
-  std::uint16_t width_;
-  std::uint16_t height_;
+  std::uint16_t width_;   // of a new window
+  std::uint16_t height_;  // of a new window
   std::uint16_t currentWidth_ = 0;
   std::uint16_t currentHeight_ = 0;
   std::uint8_t depth_ = 0;
@@ -308,7 +308,7 @@ class BadHost {
   std::vector<xcb_window_t> children_;
   std::map<std::string, xcb_atom_t> atoms_;
   unsigned frame_ = 0;
-  bool isChanged_ = false;
+  bool isChanged_ = false;  // true after the first, third, ... SIGUSR1
 };
 
 }  // namespace

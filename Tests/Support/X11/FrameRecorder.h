@@ -38,7 +38,7 @@ class FrameRecorder {
   int damageNotifyType_ = 0;
   std::string letters_;
   std::vector<std::vector<PixelRect>> drawings_;
-  std::vector<PixelRect> newDrawings_;
+  std::vector<PixelRect> newDrawings_;  // since the last letter
 };
 
 }  // namespace vel::test
