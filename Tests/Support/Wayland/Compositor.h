@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -64,5 +65,6 @@ std::unique_ptr<Compositor> startCompositorWithXwayland(CompositorKind kind);
 
 /// "Sway" or "Weston", for names of tests.
 std::string nameOf(CompositorKind kind);
+inline void PrintTo(CompositorKind kind, std::ostream* out) { *out << nameOf(kind); }
 
 }  // namespace vel::test
