@@ -34,6 +34,17 @@
 
 @end
 
+// The delegate of the application while it finishes launching. AppKit takes the arguments of the
+// program for names of documents, and shows an alert for each document that it cannot open.
+@interface VelLaunchDelegate : NSObject
+@end
+
+@implementation VelLaunchDelegate
+- (BOOL)application:(NSApplication*)application openFile:(NSString*)name {
+  return YES;
+}
+@end
+
 // A window that the back end creates. A borderless NSWindow refuses the key status.
 @interface VelWindow : NSWindow
 @end
@@ -110,13 +121,17 @@ NSWindow* windowOfProcess(const CocoaWindow& description) {
 }
 
 // Creates the application of a process that has none. Returns false if AppKit has no display.
+// AppKit then throws an exception of Objective-C. With GCC, only `catch (...)` catches it.
 bool createApplication(std::string& error) {
-  @try {
+  try {
     [NSApplication sharedApplication];
+    id const delegate = [[[VelLaunchDelegate alloc] init] autorelease];
+    [NSApp setDelegate:delegate];
     [NSApp finishLaunching];
+    [NSApp setDelegate:nil];
     return true;
-  } @catch (NSException* exception) {
-    error = "AppKit cannot start: " + textOf([exception reason]);
+  } catch (...) {
+    error = "AppKit cannot open the display";
     return false;
   }
 }
