@@ -58,8 +58,9 @@ int show(const ShowOptions& options) {
   if (windowSystem == nullptr) {
     return reportFailure(error);
   }
-  // The headless window system has no wait handle and no screen.
-  const bool hasScreen = windowSystem->waitHandle().isValid();
+  // Only the headless window system has no screen and never has events.
+  const bool hasScreen =
+      windowSystem->waitHandle().isValid() || windowSystem->nextDeadline() != kNever;
 
   HostLoop loop;
   NSApplication::start(std::move(windowSystem));
@@ -144,8 +145,9 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--display", options.display,
-                  "The window system; auto uses wayland or x11 if a display is available")
-      ->check(CLI::IsMember({"auto", "headless", "wayland", "x11"}))
+                  "The window system; auto uses wayland, or cocoa on macOS and x11 elsewhere, if a "
+                  "display is available")
+      ->check(CLI::IsMember({"auto", "cocoa", "headless", "wayland", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();
   command.add_flag("--content-controller", options.hasContentController,

@@ -16,7 +16,7 @@ _launchscreen() {
   fi
   local common="--help --version" words="" files=""
   case "$command $previous" in
-    "show --display") words="auto headless wayland x11" ;;
+    "show --display") words="auto cocoa headless wayland x11" ;;
     "show --mode") words="forced skip" ;;
     "show --present") words="embedded modal sheet" ;;
     "show --events" | "show --screenshot") files=yes ;;
