@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <xcb/randr.h>
+#include <xcb/render.h>
 #include <xcb/shape.h>
 
 #include <algorithm>
@@ -65,6 +66,7 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
   // These replies come in the same round trip as the atoms.
   xcb_prefetch_extension_data(connection_, &xcb_randr_id);
+  xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);
   internAtoms();
   timeWindow_ = makeId();

@@ -4,6 +4,17 @@
 
 namespace vel::x11 {
 
+RenderExtension::RenderExtension(Connection& connection) : connection_(connection) {
+  const xcb_query_extension_reply_t* const extension =
+      xcb_get_extension_data(connection_.get(), &xcb_render_id);
+  isPresent_ = extension != nullptr && extension->present != 0;
+  if (isPresent_) {
+    const auto version = xcb_render_query_version(connection_.get(), 0, 11);
+    xcb_discard_reply(connection_.get(), version.sequence);
+    pendingFormats_ = xcb_render_query_pict_formats(connection_.get());
+  }
+}
+
 std::optional<xcb_render_pictformat_t> RenderExtension::formatOf(xcb_visualid_t visual) {
   if (!hasReadFormats_) {
     hasReadFormats_ = true;
@@ -15,17 +26,11 @@ std::optional<xcb_render_pictformat_t> RenderExtension::formatOf(xcb_visualid_t 
 }
 
 void RenderExtension::readFormats() {
-  const xcb_query_extension_reply_t* const extension =
-      xcb_get_extension_data(connection_.get(), &xcb_render_id);
-  if (extension == nullptr || extension->present == 0) {
+  if (!isPresent_) {
     NSLog("X11: the display cannot draw indicators: it has no Render extension");
     return;
   }
-  connection_.waitForReply(xcb_render_query_version_reply,
-                           xcb_render_query_version(connection_.get(), 0, 11), "RenderQueryVersion",
-                           connection_.root());
-  const auto reply = connection_.waitForReply(xcb_render_query_pict_formats_reply,
-                                              xcb_render_query_pict_formats(connection_.get()),
+  const auto reply = connection_.waitForReply(xcb_render_query_pict_formats_reply, pendingFormats_,
                                               "RenderQueryPictFormats", connection_.root());
   if (reply == nullptr) {
     return;

@@ -9,15 +9,15 @@
 
 namespace vel::x11 {
 
-/// The picture formats of the server's Render extension. The first call of `formatOf` reads the
-/// formats from the server. Without the extension, no indicator is drawn, and this class logs one
-/// line.
+/// The picture formats of the server's Render extension. The constructor only requests the formats.
+/// The first call of `formatOf` reads the reply, which usually has arrived by then. Without the
+/// extension, no indicator is drawn, and this class logs one line.
 class RenderExtension {
  public:
-  explicit RenderExtension(Connection& connection) : connection_(connection) {}
+  explicit RenderExtension(Connection& connection);
 
   /// Returns the format of pictures in windows with this visual. Returns no value if Render cannot
-  /// draw in such windows. The first call blocks for round trips to the X server.
+  /// draw in such windows. The first call blocks until the server has replied.
   std::optional<xcb_render_pictformat_t> formatOf(xcb_visualid_t visual);
   /// The format of masks: eight bits of opacity. Valid after `formatOf` has returned a format.
   [[nodiscard]] xcb_render_pictformat_t maskFormat() const { return maskFormat_; }
@@ -26,7 +26,9 @@ class RenderExtension {
   void readFormats();
 
   Connection& connection_;
+  bool isPresent_ = false;
   bool hasReadFormats_ = false;
+  xcb_render_query_pict_formats_cookie_t pendingFormats_{};  // valid until the formats are read
   xcb_render_pictformat_t maskFormat_ = XCB_NONE;
   std::map<xcb_visualid_t, xcb_render_pictformat_t> formats_;
 };

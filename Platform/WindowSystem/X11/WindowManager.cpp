@@ -70,6 +70,7 @@ void WindowManager::readReplies() {
     return;
   }
   checkWindow_ = XCB_WINDOW_NONE;
+  name_.clear();
   supportedAtoms_.clear();
   const auto supportingWmCheck =
       connection_.readProperty(cookies->supportingWmCheck, connection_.root());
@@ -164,25 +165,29 @@ void WindowManager::requestIconify(xcb_window_t window) {
   sendToWindowManager(connection_, window, Atom::WmChangeState, {XCB_ICCCM_WM_STATE_ICONIC});
 }
 
-std::string WindowManager::readName() {
-  const auto name =
-      connection_.readPropertyIfExists(checkWindow_, connection_.atom(Atom::NetWmName));
-  return name ? std::string(name->text()) : std::string();
+// A window manager may set its name after it has announced itself, so an empty name is read again.
+const std::string& WindowManager::name() {
+  if (name_.empty()) {
+    if (const auto property =
+            connection_.readPropertyIfExists(checkWindow_, connection_.atom(Atom::NetWmName))) {
+      name_ = property->text();
+    }
+  }
+  return name_;
 }
 
 // Fluxbox announces support for the request, but sends no reply.
 bool WindowManager::repliesToFrameExtentsRequests() {
-  return isPresent() && supports(Atom::NetRequestFrameExtents) &&
-         !readName().starts_with("Fluxbox");
+  return isPresent() && supports(Atom::NetRequestFrameExtents) && !name().starts_with("Fluxbox");
 }
 
 std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t window) {
   if (!isPresent()) {
     return NSWindowStyleMaskBorderless;  // 0: no controls
   }
-  const std::string name = readName();
+  const std::string& managerName = name();
   for (const auto& [namePrefix, removedControls] : kUnreliableWindowManagers) {
-    if (name.starts_with(namePrefix)) {
+    if (managerName.starts_with(namePrefix)) {
       return kControls & ~removedControls;
     }
   }

@@ -60,12 +60,14 @@ class WindowManager final : public NonCopyable {
   void requestProperties();
   void readReplies();
   bool isSupportingWmCheckWindow(xcb_window_t window);
-  [[nodiscard]] std::string readName();
+  // Blocks for a round trip if the name has not been read yet.
+  [[nodiscard]] const std::string& name();
   [[nodiscard]] bool supports(Atom feature) const;
 
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
   xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // the value of _NET_SUPPORTING_WM_CHECK
+  std::string name_;                            // empty until it has been read
   std::vector<std::uint32_t> supportedAtoms_;   // the value of _NET_SUPPORTED
   StateRequests stateRequests_ = StateRequests::Ignored;
 };
