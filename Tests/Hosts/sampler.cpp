@@ -1,4 +1,5 @@
-// Samples what the screen shows at nine points of a window until its standard input ends.
+// Samples what the screen shows at nine points of the visible part of a window until its standard
+// input ends.
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
@@ -53,6 +54,14 @@ struct Point {
   int y = 0;
 };
 
+Rect intersect(Rect first, Rect second) {
+  const int x = std::max(first.x, second.x);
+  const int y = std::max(first.y, second.y);
+  const int right = std::min(first.x + first.width, second.x + second.width);
+  const int bottom = std::min(first.y + first.height, second.y + second.height);
+  return {x, y, right - x, bottom - y};
+}
+
 long long readClock() {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
@@ -71,10 +80,10 @@ class Sampler {
   /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
   void sample() {
     xcb_grab_server(connection_);
-    bool isAreaCurrent = sampleAt(area_);
+    bool isAreaCurrent = sampleAt(visibleArea_);
     // If the window has moved since the last frame, reads the points of its current position.
     for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
-      isAreaCurrent = sampleAt(area_);
+      isAreaCurrent = sampleAt(visibleArea_);
     }
     xcb_ungrab_server(connection_);
     xcb_flush(connection_);
@@ -91,29 +100,58 @@ class Sampler {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
-  /// The corners, the middles of the edges and the centre of the part of the window that is on the
-  /// screen. The shadow that the program draws around its window is not included.
-  [[nodiscard]] std::vector<Point> samplePoints(Rect area) const {
-    const int left = std::max(area.x + extents_[0], 0);
-    const int top = std::max(area.y + extents_[2], 0);
-    const int right =
-        std::min<int>(area.x + area.width - extents_[1], screen_->width_in_pixels) - 1;
-    const int bottom =
-        std::min<int>(area.y + area.height - extents_[3], screen_->height_in_pixels) - 1;
+  /// The corners, the middles of the edges and the centre of `area`.
+  [[nodiscard]] static std::vector<Point> samplePoints(Rect area) {
     std::vector<Point> points;
-    if (right < left || bottom < top) {
+    if (area.width <= 0 || area.height <= 0) {
       return points;
     }
     for (int index = 0; index < kPointCount; ++index) {
-      points.push_back({left + (right - left) * (index % kPointsPerSide) / 2,
-                        top + (bottom - top) * (index / kPointsPerSide) / 2});
+      points.push_back({area.x + (area.width - 1) * (index % kPointsPerSide) / 2,
+                        area.y + (area.height - 1) * (index / kPointsPerSide) / 2});
     }
     return points;
   }
 
-  /// Reads the window's state and the points of `area` in one round trip, and updates `area_` and
-  /// `extents_`. Returns false if the window's position, size or shadow differs from the values
-  /// that were used for the points.
+  /// Returns the window's ancestors below the root window, from the parent up.
+  std::vector<xcb_window_t> readAncestors() {
+    std::vector<xcb_window_t> ancestors;
+    for (xcb_window_t window = window_;;) {
+      const Reply<xcb_query_tree_reply_t> tree(
+          xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+      if (!tree || tree->parent == screen_->root || tree->parent == XCB_WINDOW_NONE) {
+        return ancestors;
+      }
+      window = tree->parent;
+      ancestors.push_back(window);
+    }
+  }
+
+  /// Returns the part of `area` that the screen shows: without the shadow that the program draws
+  /// around its window, and clipped by the window's ancestors. While a window manager resizes a
+  /// window, the window can be larger than the window manager's frame.
+  Rect clip(Rect area) {
+    area = {area.x + extents_[0], area.y + extents_[2], area.width - extents_[0] - extents_[1],
+            area.height - extents_[2] - extents_[3]};
+    area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
+    for (const xcb_window_t ancestor : readAncestors()) {
+      const auto geometry = xcb_get_geometry(connection_, ancestor);
+      const auto translation =
+          xcb_translate_coordinates(connection_, ancestor, screen_->root, 0, 0);
+      const Reply<xcb_get_geometry_reply_t> geometryReply(
+          xcb_get_geometry_reply(connection_, geometry, nullptr));
+      const Reply<xcb_translate_coordinates_reply_t> translationReply(
+          xcb_translate_coordinates_reply(connection_, translation, nullptr));
+      if (geometryReply && translationReply) {
+        area = intersect(area, {translationReply->dst_x, translationReply->dst_y,
+                                geometryReply->width, geometryReply->height});
+      }
+    }
+    return area;
+  }
+
+  /// Reads the window's state and the points of `area`, and updates `area_`, `extents_` and
+  /// `visibleArea_`. Returns false if `area` is not the current visible area.
   bool sampleAt(Rect area) {
     const auto attributes = xcb_get_window_attributes(connection_, window_);
     const auto geometry = xcb_get_geometry(connection_, window_);
@@ -164,12 +202,11 @@ class Sampler {
           static_cast<const std::uint32_t*>(xcb_get_property_value(extentsReply.get()));
       std::copy_n(values, currentExtents.size(), currentExtents.begin());
     }
-    const Rect currentArea{translationReply->dst_x, translationReply->dst_y, geometryReply->width,
-                           geometryReply->height};
-    const bool isAreaCurrent = currentArea == area && currentExtents == extents_;
-    area_ = currentArea;
     extents_ = currentExtents;
-    return isAreaCurrent;
+    area_ = {translationReply->dst_x, translationReply->dst_y, geometryReply->width,
+             geometryReply->height};
+    visibleArea_ = clip(area_);
+    return visibleArea_ == area;
   }
 
   xcb_connection_t* connection_;
@@ -178,6 +215,7 @@ class Sampler {
   xcb_screen_t* screen_;
   xcb_atom_t frameExtentsAtom_;
   Rect area_;
+  Rect visibleArea_;
   std::array<int, 4> extents_{};  // of the shadow: left, right, top, bottom
   char state_ = 'U';
   std::uint32_t nonWhitePoints_ = 0;
