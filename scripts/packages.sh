@@ -25,9 +25,9 @@ packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-1
 packages_hosts=(xfwm4 xfconf dbus-daemon marco mate-desktop-common mate-settings-daemon-common icewm i3-wm
   picom libgtk-3-dev libgtk-4-dev qtbase5-dev qt6-base-dev libsdl2-dev openjdk-17-jdk godot3-runner wine
   wine64 mpv xauth)
-# The preset libcxx.
+# The presets libcxx and asan-ubsan. llvm-16 has the symbolizer of the sanitizers.
 # shellcheck disable=SC2034
-packages_libcxx=(clang-16 libc++-16-dev libc++abi-16-dev)
+packages_libcxx=(clang-16 libc++-16-dev libc++abi-16-dev libclang-rt-16-dev llvm-16)
 # shellcheck disable=SC2034
 packages_fuzz=(clang libclang-rt-dev)
 # shellcheck disable=SC2034

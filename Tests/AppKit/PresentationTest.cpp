@@ -127,8 +127,9 @@ TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalSession) {
 
 TEST_F(PresentationTest, ASheetMovesWithItsWindow) {
   host->presentViewControllerAsSheet(guest);
-  window->setFrame(CGRectMake(100, 100, 800, 500));
   EXPECT_EQ(windowOf(guest)->frame(), CGRectMake(260, 330, 480, 270));
+  window->setFrame(CGRectMake(150, 120, 900, 600));
+  EXPECT_EQ(windowOf(guest)->frame(), CGRectMake(360, 450, 480, 270));
 }
 
 TEST_F(PresentationTest, AControllerWithoutAnOpenWindowCannotPresentASheet) {

@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <string_view>
@@ -181,8 +182,8 @@ class Sampler {
           xcb_get_image_reply(connection_, images[index], nullptr));
       std::uint32_t color = 0;
       if (image && xcb_get_image_data_length(image.get()) >= 4) {
-        const std::uint8_t* bytes = xcb_get_image_data(image.get());
-        color = (bytes[0] | bytes[1] << 8U | bytes[2] << 16U) & kColorBits;
+        std::memcpy(&color, xcb_get_image_data(image.get()), sizeof color);
+        color &= kColorBits;
       }
       if (color != kWhite) {
         firstNonWhiteColor_ = nonWhitePoints_ == 0 ? color : firstNonWhiteColor_;
