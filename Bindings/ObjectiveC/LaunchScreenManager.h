@@ -23,8 +23,7 @@ struct VelManagerReference;
 }
 
 /// Starts the library at the first call in a process. The first call must be on the main thread.
-/// Logs the reason and returns nil if the library cannot start. The free AppKit ends the process if
-/// there is no display.
+/// Logs the reason and returns nil if the library cannot start, for example without a display.
 - (id)init;
 
 /// Asks the launch screen to dismiss itself. It dismisses itself only if all its delegates agree.

@@ -40,13 +40,14 @@ class ContentController final
 };
 
 // Creates the NSApplication if the host has not created it. The host runs the NSApplication.
-// Returns false if AppKit cannot start.
+// Returns false if AppKit has no display. AppKit then throws an exception of Objective-C. With GCC,
+// only `catch (...)` catches it.
 bool createNativeApplication(std::string& error) {
-  @try {
+  try {
     [NSApplication sharedApplication];
     return true;
-  } @catch (NSException* exception) {
-    error = "AppKit cannot start: " + textOf([exception reason]);
+  } catch (...) {
+    error = "AppKit cannot open the display";
     return false;
   }
 }

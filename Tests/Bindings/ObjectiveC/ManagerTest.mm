@@ -1,6 +1,8 @@
 // LaunchScreenManager on the headless window system, in virtual time.
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "Bindings/ObjectiveC/NativeValues.h"
 #include "Tests/Bindings/ObjectiveC/NativeObjects.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -202,6 +204,18 @@ TEST_F(ObjectiveCManager, HasTheDocumentedOperationsOnly) {
   EXPECT_FALSE([content respondsToSelector:@selector(viewController)]);
   EXPECT_FALSE([content respondsToSelector:@selector(rewarded)]);
   EXPECT_FALSE([content respondsToSelector:@selector(completedView)]);
+}
+
+TEST(ObjectiveCManagerDeathTest, InitLogsTheReasonAndReturnsNilWithoutADisplay) {
+  EXPECT_EXIT(
+      {
+        unsetenv("DISPLAY");
+        NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+        LaunchScreenManager* const manager = [[LaunchScreenManager alloc] init];
+        [pool release];
+        std::_Exit(manager == nil ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "AppKit cannot open the display");
 }
 
 }  // namespace
