@@ -59,18 +59,18 @@ void NSViewController::recordCall(LifeCycleMethod method) {
       [&](PlatformObserver& observer) { observer.lifeCycleMethodCalled(*this, method); });
 }
 
-std::uint64_t NSViewController::beginShowing() {
+std::uint64_t NSViewController::beginAppearance() {
   isShown_ = true;
   calledMethods_.reset();
-  return ++currentShowingId_;
+  return ++currentAppearanceId_;
 }
 
-void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t showingId) {
-  if (!isShown_ || showingId != currentShowingId_) {
+void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId) {
+  if (!isShown_ || appearanceId != currentAppearanceId_) {
     return;
   }
-  // `viewDidDisappear` is the last call of a showing. The showing ends before this call, because
-  // the method may begin another showing.
+  // `viewDidDisappear` is the last call of an appearance. The appearance ends before this call,
+  // because the method may begin another appearance.
   isShown_ = method != LifeCycleMethod::DidDisappear;
   if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;

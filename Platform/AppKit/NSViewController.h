@@ -19,11 +19,11 @@ class NSWindow;
 /// controller can have child controllers, and can be presented as a modal window or as a sheet.
 /// Only the main thread may use a controller.
 ///
-/// A controller is shown while its view is in an open window. A showing begins with
-/// `viewWillAppear` and `viewDidAppear`. It ends with `viewWillDisappear` and `viewDidDisappear`.
-/// The platform layer calls each of these four life-cycle methods at most once per showing. A
-/// subclass that overrides such a method must first call the method of the base class, because the
-/// base class records the call.
+/// A controller is shown while its view is in an open window. One such period is called an
+/// appearance. It begins with `viewWillAppear` and `viewDidAppear`, and ends with
+/// `viewWillDisappear` and `viewDidDisappear`. The platform layer calls each of these four
+/// life-cycle methods at most once per appearance. A subclass that overrides such a method must
+/// first call the method of the base class, because the base class records the call.
 class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewController"> {
  public:
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
@@ -76,10 +76,10 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
     return presentingController_.lock();
   }
 
-  /// True during a showing.
+  /// True during an appearance.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the method was called in the current showing or, while the controller is not shown, in
-  /// the most recent showing.
+  /// True if the method was called in the current appearance or, while the controller is not
+  /// shown, in the most recent appearance.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -89,10 +89,10 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   friend class DisappearanceTransition;
   friend class NSWindow;
 
-  // Begins a showing and returns its id.
-  std::uint64_t beginShowing();
-  // Calls the method, unless the showing has ended or the method was already called.
-  void callMethodOnce(LifeCycleMethod method, std::uint64_t showingId);
+  // Begins an appearance and returns its id.
+  std::uint64_t beginAppearance();
+  // Calls the method, unless the appearance has ended or the method was already called.
+  void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
   // Records that the controller's method was called, for `callMethodOnce` and `wasCalled`.
   void recordCall(LifeCycleMethod method);
   // These two functions set and remove the links between the presenting and the presented
@@ -108,7 +108,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   Weak<NSViewController> presentingController_;
   Weak<NSWindow> presentationWindow_;  // the window in which this controller is presented
   bool isShown_ = false;
-  std::uint64_t currentShowingId_ = 0;
+  std::uint64_t currentAppearanceId_ = 0;
   std::bitset<4> calledMethods_;
 };
 

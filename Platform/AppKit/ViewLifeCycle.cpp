@@ -32,45 +32,48 @@ NSArray<NSViewController> controllersIn(const Strong<NSView>& view, Visibility v
 
 }  // namespace
 
+// An appearance is one period during which a controller is shown.
 AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
   for (const Strong<NSViewController>& controller : controllersIn(view, Visibility::Hidden)) {
-    showings_.push_back({controller, controller->beginShowing()});
+    appearances_.push_back({controller, controller->beginAppearance()});
   }
 }
 
 void AppearanceTransition::sendWillAppear() {
-  for (const Showing& showing : showings_) {
-    showing.controller->callMethodOnce(LifeCycleMethod::WillAppear, showing.id);
+  for (const Appearance& appearance : appearances_) {
+    appearance.controller->callMethodOnce(LifeCycleMethod::WillAppear, appearance.id);
   }
 }
 
 void AppearanceTransition::sendDidAppear() {
-  for (const Showing& showing : showings_) {
-    showing.controller->callMethodOnce(LifeCycleMethod::DidAppear, showing.id);
+  for (const Appearance& appearance : appearances_) {
+    appearance.controller->callMethodOnce(LifeCycleMethod::DidAppear, appearance.id);
   }
 }
 
 void DisappearanceTransition::sendWillDisappear() {
   std::size_t next = 0;
-  for (addNewShowings(); next < showings_.size(); addNewShowings()) {
-    for (; next < showings_.size(); ++next) {
-      const Showing& showing = showings_[next];
-      showing.controller->callMethodOnce(LifeCycleMethod::WillDisappear, showing.id);
+  // The called methods may show further controllers. These controllers must disappear too.
+  for (addNewAppearances(); next < appearances_.size(); addNewAppearances()) {
+    for (; next < appearances_.size(); ++next) {
+      const Appearance& appearance = appearances_[next];
+      appearance.controller->callMethodOnce(LifeCycleMethod::WillDisappear, appearance.id);
     }
   }
 }
 
-void DisappearanceTransition::addNewShowings() {
+void DisappearanceTransition::addNewAppearances() {
   for (const Strong<NSViewController>& controller : controllersIn(view_, Visibility::Shown)) {
-    if (std::ranges::find(showings_, controller, &Showing::controller) == showings_.end()) {
-      showings_.push_back({controller, controller->currentShowingId_});
+    if (std::ranges::find(appearances_, controller, &Appearance::controller) ==
+        appearances_.end()) {
+      appearances_.push_back({controller, controller->currentAppearanceId_});
     }
   }
 }
 
 void DisappearanceTransition::sendDidDisappear() {
-  for (const Showing& showing : showings_) {
-    showing.controller->callMethodOnce(LifeCycleMethod::DidDisappear, showing.id);
+  for (const Appearance& appearance : appearances_) {
+    appearance.controller->callMethodOnce(LifeCycleMethod::DidDisappear, appearance.id);
   }
 }
 

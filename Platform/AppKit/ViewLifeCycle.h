@@ -10,9 +10,9 @@
 
 namespace vel {
 
-/// A showing: the period during which a controller is shown. The id distinguishes the showing from
-/// other showings of the same controller.
-struct Showing {
+/// One period during which a controller is shown. The id distinguishes this period from other
+/// periods during which the same controller is shown.
+struct Appearance {
   Strong<NSViewController> controller;
   std::uint64_t id = 0;
 };
@@ -20,17 +20,17 @@ struct Showing {
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
 /// first opens the window or adds the view to an open window. The caller then constructs this
 /// object and calls `sendWillAppear` and `sendDidAppear`. If a life-cycle method ends the
-/// showing of a controller, for example because the method removes the controller's view, this
+/// appearance of a controller, for example because the method removes the controller's view, this
 /// object calls no further method of the controller.
 class AppearanceTransition {
  public:
-  /// Begins a showing for each controller that is not shown yet.
+  /// Begins an appearance for each controller that is not shown yet.
   explicit AppearanceTransition(const Strong<NSView>& view);
   void sendWillAppear();
   void sendDidAppear();
 
  private:
-  std::vector<Showing> showings_;
+  std::vector<Appearance> appearances_;
 };
 
 /// Makes the controllers of a view and its subviews disappear, outer controllers first. The caller
@@ -41,15 +41,15 @@ class DisappearanceTransition {
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
   void sendWillDisappear();
   /// Calls `viewDidDisappear` of the controllers that `sendWillDisappear` found, and ends their
-  /// showings.
+  /// appearances.
   void sendDidDisappear();
 
  private:
-  // Adds the showings of the controllers that are shown and are not in `showings_` yet.
-  void addNewShowings();
+  // Adds the appearances of the controllers that are shown and are not in `appearances_` yet.
+  void addNewAppearances();
 
   Strong<NSView> view_;
-  std::vector<Showing> showings_;
+  std::vector<Appearance> appearances_;
 };
 
 }  // namespace vel

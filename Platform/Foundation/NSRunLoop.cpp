@@ -16,9 +16,10 @@ bool containsMode(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-// The bits of `wakeState_`. Another thread reads these bits to decide whether it must end a wait.
-constexpr unsigned kIsIdle = 1;     // no pass is running: a wake-up has to end a wait
-constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the pass began
+// The bits of `wakeState_`. Any thread may call `wake`, which reads `kIsIdle` to decide whether it
+// must also wake the clock.
+constexpr unsigned kIsIdle = 1;     // the loop or a host may be waiting: wake the clock
+constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the latest pass began
 
 /// Counts a running pass. At the end of the pass, releases the objects that the pass has added to
 /// the release pool.
@@ -68,7 +69,7 @@ void NSRunLoop::replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitS
   invalidateTimers();
   clock_ = std::move(clock);
   waitSet_ = std::move(waitSet);
-  isPolled_ = false;
+  isDescriptorPolled_ = false;
   wakeState_ = 0;
 }
 
@@ -76,9 +77,11 @@ WaitHandle NSRunLoop::waitHandle() {
   if (waitSet_ == nullptr) {
     return {};
   }
-  if (!isPolled_) {
-    isPolled_ = true;
-    waitSet_->wake();  // the host then runs a pass, which updates the descriptor
+  if (!isDescriptorPolled_) {
+    // From now on, every pass updates the descriptor. The wake-up makes the descriptor readable, so
+    // that the host runs the first such pass.
+    isDescriptorPolled_ = true;
+    waitSet_->wake();
   }
   return waitSet_->handle();
 }
@@ -102,9 +105,10 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // On the main thread, no wait is in progress. A running pass computes the next deadline when it
-  // ends. So only a host that polls the descriptor between two passes needs a wake-up.
-  if (NSThread::isMainThread() && (runningPasses_ > 0 || !isPolled_)) {
+  // If the main thread calls `wake`, it is not blocked in `wait`, so there is no wait to end. If a
+  // pass is running, it computes the next deadline when it ends. So on the main thread, only a host
+  // that polls the descriptor between two passes needs a wake-up.
+  if (NSThread::isMainThread() && (runningPasses_ > 0 || !isDescriptorPolled_)) {
     return;
   }
   if ((wakeState_.fetch_or(kHasWakeUp) & kIsIdle) != 0) {
@@ -113,8 +117,8 @@ void NSRunLoop::wake() {
 }
 
 void NSRunLoop::updateDescriptor() {
-  // A running pass computes the next deadline when it ends.
-  if (runningPasses_ == 0 && isPolled_) {
+  // A running pass updates the descriptor when it ends.
+  if (runningPasses_ == 0 && isDescriptorPolled_) {
     setDescriptorDeadline(nextDeadline());
   }
 }
@@ -126,7 +130,8 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// After this call, a wake-up ends a wait. Returns false if a thread has called `wake` since the
+// Sets `kIsIdle`: from now on, `wake` also wakes the clock, so that it ends the wait that follows
+// or makes the descriptor readable. Returns false if a thread has called `wake` since the latest
 // pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
@@ -139,7 +144,9 @@ void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
 
 void NSRunLoop::removeTimer(NSTimer& timer) {
   if (timer.modes_ == 0) {
-    return;  // never scheduled: the timer may belong to another thread
+    // This timer was never scheduled, so it may belong to another thread. Only the main thread may
+    // read `timers_`.
+    return;
   }
   const auto position = timers_.find(timer.self());
   if (position != timers_.end() && position->get() == &timer) {
@@ -203,7 +210,7 @@ bool NSRunLoop::runPass(NSRunLoopMode mode) {
   if (mainQueue_ != nullptr) {
     hasDoneWork |= mainQueue_->deliver();
   }
-  if (isPolled_) {
+  if (isDescriptorPolled_) {
     setDescriptorDeadline(nextDeadline(mode));
   }
   return hasDoneWork;
@@ -226,11 +233,12 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
   if (!becomeIdle()) {
     return;
   }
-  const bool canEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
-  if (!isPolled_) {
-    wakeState_.fetch_and(~kIsIdle);  // the next pass serves all wake-ups
+  const bool waitCouldEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
+  // If no host polls the descriptor, nobody waits before the next pass, which serves all wake-ups.
+  if (!isDescriptorPolled_) {
+    wakeState_.fetch_and(~kIsIdle);
   }
-  if (!canEnd) {
+  if (!waitCouldEnd) {
     throw EndlessWaitError("a wait in virtual time with nothing scheduled; " +
                            describePending(mode));
   }
@@ -243,8 +251,9 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // Work that becomes due after `end` must not prolong this loop: a repeating timer whose target
-  // runs longer than the timer's interval is always due.
+  // Compares the deadline with `end`, not with the time after each pass. Otherwise this loop would
+  // never end if a repeating timer's target runs longer than the timer's interval: such a timer is
+  // always due.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);

@@ -144,7 +144,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   Timers timers_;
   std::uint64_t nextTimerOrder_ = 0;
   std::size_t runningPasses_ = 0;        // more than 1 if a pass runs a nested loop
-  bool isPolled_ = false;                // true if a host polls the descriptor
+  bool isDescriptorPolled_ = false;      // true if a host polls the descriptor
   std::atomic<unsigned> wakeState_ = 0;  // the bits `kIsIdle` and `kHasWakeUp`
 };
 

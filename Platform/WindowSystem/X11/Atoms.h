@@ -68,7 +68,7 @@ inline constexpr std::array<std::string_view, static_cast<std::size_t>(Atom::Cou
     "_VEL_TIME",
 };
 
-/// The values of _NET_WM_STATE with which the window manager chooses the size of a window.
+/// While a window has one of these states, the window manager chooses the window's size.
 inline constexpr std::array kMaximizedAndFullscreenStates{
     Atom::NetWmStateFullscreen, Atom::NetWmStateMaximizedVert, Atom::NetWmStateMaximizedHorz};
 

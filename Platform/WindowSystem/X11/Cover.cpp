@@ -238,7 +238,6 @@ void Cover::closePane(Pane& pane) {
   }
 }
 
-// Sends no request: the pane's window is destroyed, or will be destroyed with its parent.
 void Cover::forgetPane(Pane& pane) {
   pane.spinner = nullptr;
   connection_.markDestroyed(std::exchange(pane.child, {}).window);

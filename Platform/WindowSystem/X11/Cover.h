@@ -15,12 +15,13 @@
 
 namespace vel::x11 {
 
-/// The windows that hide the content of one window of the back end. The cover has a child window
-/// for each item of the scene. While another window is modal, the cover also has an invisible child
-/// window, the shield. All these children are above the window's other children, and they take the
-/// pointer input. The picture of an item is the background of its child window, so the server shows
-/// the picture as soon as it maps the child. A child that fills the window is larger than the
-/// window, so it still fills the window when the window grows.
+/// The windows that hide the content of one window of the back end. The cover creates one child of
+/// that window for each item of the scene. While another window is modal, the cover also creates an
+/// invisible child of the window, the shield. The cover keeps its children above the window's other
+/// children, and its children take the pointer input. The picture of an item is the background of
+/// the item's child, so the server shows the picture as soon as it maps the child. For an item that
+/// fills the window, the cover makes the child larger than the window, so a growing window shows no
+/// gap.
 ///
 /// The owner of an adopted window can draw over the window's children. So if the first item of the
 /// scene fills an adopted window, the cover also opens an overlay above the window. The overlay
@@ -52,8 +53,9 @@ class Cover final : public NonCopyable {
   /// Returns true if the server has mapped all children that show the scene. Returns false if the
   /// scene is empty.
   [[nodiscard]] bool isMapped() const;
-  /// Returns true if the windows that show the scene and all their ancestors are mapped. Returns
-  /// false if the scene is empty. Blocks for a round trip.
+  /// Returns true if the server has mapped the windows that show the scene and every window that
+  /// contains them, up to the root window. Returns false if the scene is empty. Blocks for a round
+  /// trip.
   [[nodiscard]] bool isViewable() const;
   /// The time by which the server should have mapped the children that show the scene. `kNever` if
   /// all these children are mapped, or if the scene is empty.
@@ -98,12 +100,14 @@ class Cover final : public NonCopyable {
 
   [[nodiscard]] PixelFormat formatOf(const Pane& pane) const;
   [[nodiscard]] bool needsOverlay(const Scene& scene, PixelRect frame) const;
-  // Returns the pane of an item of the scene. The pane is not open.
+  // Returns a new pane for the item at `index`, without creating its window.
   [[nodiscard]] Pane describePane(const Scene& scene, std::size_t index, PixelRect frame) const;
   void openPane(Pane& pane);
   // Makes `pane` show what `newPane` describes.
   void updatePane(Pane& pane, Pane&& newPane);
   void closePane(Pane& pane);
+  // Like `closePane`, but sends no request: the pane's window is already destroyed, or will be
+  // destroyed with its parent.
   void forgetPane(Pane& pane);
   void openOverlay();
   void closeOverlay();
