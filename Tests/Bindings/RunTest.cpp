@@ -31,7 +31,8 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), 15u);
-  EXPECT_TRUE(isUp());  // for one more second, because the window has no content controller
+  // If the window has no content controller, the cover is removed one second later.
+  EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
@@ -40,7 +41,7 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, WithAContentControllerTheCoverIsRemovedWhenItDisappears) {
+TEST_F(CRunTest, IfTheWindowHasAContentControllerTheCoverIsRemovedWithoutDelay) {
   createWithContentController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
@@ -191,7 +192,7 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
   EXPECT_NE(lines.find("launch_end"), std::string::npos);
 }
 
-TEST_F(CRunTest, ControlsThatTheWindowManagerKeepsAreReported) {
+TEST_F(CRunTest, ControlsThatTheWindowManagerDoesNotDisableAreReported) {
   present(VEL_PRESENT_EMBEDDED, 1);
   const WindowHandle window = NSApp->keyWindow()->handle();
   windowSystem().windowManagerKeepsControls(
@@ -225,15 +226,16 @@ TEST_F(CRunTest, ClosingTheModalWindowMakesTheLaunchScreenDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, ASecondRequestCanBePresentedAfterTheEnd) {
+TEST_F(CRunTest, ASecondRequestCanBePresentedAfterTheFirstHasEnded) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
   host.callbackLines.clear();
   present(VEL_PRESENT_EMBEDDED, 2);
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
-  EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear", "may_disappear",
-                                       "did_disappear", "ended 1"}));  // only one event per handle
+  // No `record_event`: a `VelLaunchScreen` object records at most one event.
+  EXPECT_EQ(host.callbackLines,
+            (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 1"}));
 }
 
 }  // namespace

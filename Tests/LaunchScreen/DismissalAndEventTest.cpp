@@ -208,7 +208,7 @@ TEST_F(EventTest, WithoutANameTheExpiredFlagIsClearedAndALaterCallTriesAgain) {
   EXPECT_EQ(platform.events, (Events{{"late", 2.5}}));
 }
 
-TEST_F(EventTest, ANameThatChangesBeforeTheRecordingIsRecorded) {
+TEST_F(EventTest, IfTheNameChangesBeforeTheEventIsRecordedTheNewNameIsUsed) {
   manager->sendAnalyticsEvent();
   platform.run(0.2);
   setEventName("changed");
@@ -216,14 +216,14 @@ TEST_F(EventTest, ANameThatChangesBeforeTheRecordingIsRecorded) {
   EXPECT_EQ(platform.events, (Events{{"changed", 0.5}}));
 }
 
-TEST_F(EventTest, ANameThatBecomesNullBeforeTheRecordingIsRecordedAsEmpty) {
+TEST_F(EventTest, IfTheNameBecomesNullBeforeTheEventIsRecordedTheEmptyNameIsUsed) {
   manager->sendAnalyticsEvent();
   configuration().setNextEventName(nullptr);
   platform.run(1.0);
   EXPECT_EQ(platform.events, (Events{{"", 0.5}}));
 }
 
-TEST_F(EventTest, AConfigurationThatIsReplacedBeforeTheRecordingIsStillUsed) {
+TEST_F(EventTest, IfTheConfigurationIsReplacedBeforeTheEventIsRecordedTheOldOneIsUsed) {
   const auto previousConfiguration = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
@@ -240,7 +240,7 @@ TEST_F(EventTest, SendAnalyticsEventRecordsTheEventEvenInSkipMode) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, NothingIsLogged) {
+TEST_F(EventTest, SendAnalyticsEventLogsNothing) {
   manager->sendAnalyticsEvent();
   platform.run(1.0);
   EXPECT_TRUE(platform.log.empty());
