@@ -6,8 +6,9 @@
 
 namespace vel::cocoa {
 
-/// Releases the autoreleased objects of one operation. A C++ host may call the back end without a
-/// pool of its own.
+/// Releases, in its destructor, the objects that were autoreleased while it existed. Each operation
+/// of the back end that uses AppKit creates one, because a C++ host may call the operation without
+/// a pool.
 class AutoreleasePool final : public NonCopyable {
  public:
   AutoreleasePool() : pool_([[NSAutoreleasePool alloc] init]) {}

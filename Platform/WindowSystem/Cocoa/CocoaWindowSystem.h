@@ -24,7 +24,8 @@ namespace vel {
 /// dispatches the native events. Otherwise this class creates the NSApplication, and dispatches the
 /// native events in `deliverEvents`. This class calls its delegate only from `deliverEvents`.
 ///
-/// The back end declines what AppKit does not offer: `picture`, `displayLost` and
+/// AppKit offers no pictures of the screen, and does not report a lost display or a changed style
+/// mask. So `picture` returns no value, and the back end never reports `displayLost` or
 /// `styleMaskChanged`. On the free AppKit, the window manager draws the close and miniaturise
 /// controls. The back end cannot remove them there, and reports them as kept.
 class CocoaWindowSystem final : public WindowSystem {
@@ -38,8 +39,9 @@ class CocoaWindowSystem final : public WindowSystem {
   [[nodiscard]] WaitHandle waitHandle() const override { return {}; }
   bool deliverEvents() override;
   [[nodiscard]] Nanoseconds nextDeadline() const override;
-  /// Lets the native loop call `runPass` when the run loop has something to do. An empty function
-  /// disconnects the native loop. Does nothing if this object dispatches the native events.
+  /// Lets the host's native loop (`[NSApp run]`) call `runPass` when the library's run loop has
+  /// work. An empty function disconnects the native loop. If this object dispatches the native
+  /// events, there is no native loop, and the function has no effect.
   void runPassesInHostLoop(std::function<void()> runPass);
 
   WindowHandle createWindow(const WindowDescription& description) override;
@@ -59,7 +61,7 @@ class CocoaWindowSystem final : public WindowSystem {
   /// Declined: AppKit can read its own windows, but not the screen.
   std::optional<WindowPicture> picture(WindowHandle /*handle*/) override { return std::nullopt; }
 
-  // The observer calls these functions.
+  // `VelWindowObserver` calls these functions.
   void notificationPosted(NSNotification* notification);
   void userClosesWindow(NSWindow* native);
 
@@ -73,7 +75,7 @@ class CocoaWindowSystem final : public WindowSystem {
     Origin origin;
     cocoa::WindowStyle style;
     cocoa::Cover cover;
-    bool isOrderedIn = false;  // true from `orderFront` until `orderOut`, and if adopted
+    bool isOrderedIn = false;  // true from `orderFront` until `orderOut`; always if adopted
     bool isOnScreen = false;   // the last reported value
     CGRect frame;              // the last reported value
     NSWindow* owner = nil;     // the window that a created window is attached to
@@ -95,7 +97,7 @@ class CocoaWindowSystem final : public WindowSystem {
   [[nodiscard]] const char* reasonToRefuse(NSWindow* native);
 
   ReportQueue reports_;
-  std::unique_ptr<cocoa::HostLoop> hostLoop_;  // null if the host runs the passes
+  std::unique_ptr<cocoa::HostLoop> hostLoop_;  // null if no native loop runs the passes
   VelWindowObserver* observer_;
   std::map<WindowHandle, std::unique_ptr<Window>> windows_;
   WindowHandle modalWindow_ = WindowHandle::None;

@@ -24,7 +24,7 @@
   }
 }
 
-// The platform layer decides whether the window closes.
+// AppKit must not close the window, because the platform layer decides whether the window closes.
 - (BOOL)windowShouldClose:(id)sender {
   if (windowSystem != nullptr) {
     windowSystem->userClosesWindow(sender);
@@ -34,8 +34,8 @@
 
 @end
 
-// The delegate of the application while it finishes launching. AppKit takes the arguments of the
-// program for names of documents, and shows an alert for each document that it cannot open.
+// The delegate of the application while it finishes launching. AppKit treats the arguments of the
+// program as names of documents, and shows an alert for each document that it cannot open.
 @interface VelLaunchDelegate : NSObject
 @end
 
@@ -45,7 +45,8 @@
 }
 @end
 
-// A window that the back end creates. A borderless NSWindow refuses the key status.
+// A window that the back end creates. A borderless NSWindow refuses to become key, so this class
+// allows it.
 @interface VelWindow : NSWindow
 @end
 
@@ -107,8 +108,8 @@ std::vector<NSWindow*> windowsIn(NSArray* array) {
   return windows;
 }
 
-// Returns nil if the process has no such window. Compares the pointer only, because it may be
-// wrong.
+// Returns nil if the process has no such window. Compares the pointer but never uses it, because
+// the host may have passed a pointer that is not a window.
 NSWindow* windowOfProcess(const CocoaWindow& description) {
   for (NSWindow* const window : windowsIn([NSApp windows])) {
     if (description.window != nullptr
@@ -215,7 +216,8 @@ CocoaWindowSystem::Window& CocoaWindowSystem::add(NSWindow* retainedWindow, Orig
   return *(windows_[handleOf(retainedWindow)] = std::move(window));
 }
 
-// The host runs the passes if it does not run the native loop.
+// If the library has created the application, no native loop runs. The host then runs the passes
+// with `pump`.
 void CocoaWindowSystem::runPassesInHostLoop(std::function<void()> runPass) {
   const AutoreleasePool pool;
   hostLoop_ = nullptr;
@@ -287,7 +289,7 @@ void CocoaWindowSystem::releaseWindow(WindowHandle handle) {
     return;
   }
   orderOut(handle);
-  // Closing the window posts notifications, which must not find it any more.
+  // `close` posts notifications. The window is removed first, so that the back end ignores them.
   const std::unique_ptr<Window> window = std::move(entry->second);
   windows_.erase(entry);
   reports_.removeReports(handle);
@@ -424,7 +426,8 @@ void CocoaWindowSystem::setModalWindow(WindowHandle handle) {
 
 void CocoaWindowSystem::report(WindowHandle handle, ReportQueue::Report report) {
   reports_.add(handle, std::move(report));
-  // AppKit posts notifications between two passes, and the run loop may be waiting.
+  // AppKit can post a notification while the run loop waits. Without this call, the report would
+  // wait too.
   NSRunLoop::mainRunLoop().wake();
 }
 
@@ -475,7 +478,8 @@ void CocoaWindowSystem::reportFrame(Window& window) {
   report(handle, [=](WindowSystemDelegate& delegate) { delegate.frameChanged(handle, frame); });
 }
 
-// An owner may also order its window out, and AppKit posts no notification for this.
+// AppKit posts no notification when an owner orders its window out, so `deliverEvents` also calls
+// this function.
 void CocoaWindowSystem::reportVisibility(Window& window) {
   const bool isNowOnScreen = vel::isOnScreen(window.native);
   if (!window.isOrderedIn || isNowOnScreen == window.isOnScreen) {
@@ -539,7 +543,7 @@ bool CocoaWindowSystem::dispatchNativeEvents() {
   return hasEvents;
 }
 
-// Games call this function in each frame.
+// Games call this function in each frame, so it compares the stacking order only at intervals.
 bool CocoaWindowSystem::deliverEvents() {
   bool hasEvents = false;
   {

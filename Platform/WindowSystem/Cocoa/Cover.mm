@@ -236,7 +236,8 @@ void Cover::draw(NSRect bounds) const {
                            green:item.color.green
                             blue:item.color.blue
                            alpha:item.color.alpha] set];
-    // A fill of the whole content also covers the part that a resize adds, until the next scene.
+    // A scene fits the size of the content at the time of `show`. If the content has grown since, a
+    // fill of the whole content also fills the new area.
     const NSRect frame = isFillOf(item, contentSize_)
                              ? bounds
                              : NSMakeRect(item.frame.origin.x, item.frame.origin.y,

@@ -28,7 +28,8 @@
                                                                          nil]];
 }
 
-// AppKit sends one notification for each call of `watch`. The pass may end the host loop.
+// AppKit sends one notification for each call of `watch`, so this method calls `watch` again. The
+// pass may destroy the `HostLoop`, which clears `hostLoop` and releases this object.
 - (void)dataBecameAvailable:(NSNotification*)notification {
   [self retain];
   if (hostLoop != nullptr) {
@@ -74,7 +75,7 @@ HostLoop::~HostLoop() {
   [[NSNotificationCenter defaultCenter] removeObserver:observer_];
   observer_->hostLoop = nullptr;
   // Only `closeFile` ends the watch in each mode. It closes the descriptor too, so the file handle
-  // has a duplicate.
+  // has a duplicate of the run loop's descriptor.
   [observer_->fileHandle closeFile];
   [observer_->fileHandle release];
   [observer_ release];

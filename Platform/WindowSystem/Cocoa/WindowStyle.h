@@ -19,7 +19,7 @@ class WindowStyle final : public NonCopyable {
   /// Overrides the owner's mask. Returns the controls that the window still offers although `mask`
   /// excludes them.
   NSWindowStyleMask setMask(NSWindowStyleMask mask);
-  /// Call this when the size of the window has changed.
+  /// Fixes the new size if the size was fixed. Call this when the size of the window has changed.
   void sizeChanged();
   /// Restores the owner's mask.
   void restore() { setMask(ownersMask_); }

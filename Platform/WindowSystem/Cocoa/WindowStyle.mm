@@ -14,7 +14,7 @@ WindowStyle::WindowStyle(NSWindow* window)
 
 NSWindowStyleMask WindowStyle::setMask(NSWindowStyleMask mask) {
   mask_ = mask;
-  // The only difference between the systems: the free AppKit has a fixed style mask.
+  // A window of the free AppKit has no such operation, because its style mask cannot change.
   if ([window_ respondsToSelector:@selector(setStyleMask:)]) {
     id const window = window_;
     id<VelStyleMaskSetter> const setter = window;
@@ -25,8 +25,9 @@ NSWindowStyleMask WindowStyle::setMask(NSWindowStyleMask mask) {
   return hideButtons();
 }
 
-// Hides the buttons of the excluded controls, and shows all others. There are no buttons if the
-// window manager draws the title bar.
+// Hides the buttons of the excluded controls, and shows all others. If the window manager draws the
+// title bar, AppKit has no buttons to hide. Returns the excluded close and miniaturise controls
+// that have no button.
 NSWindowStyleMask WindowStyle::hideButtons() {
   struct Control {
     NSWindowButton button;
@@ -63,7 +64,8 @@ void WindowStyle::fixSize(bool isFixed) {
   [window_ setMaxSize:isFixed ? size : ownersMaxSize_];
 }
 
-// The owner can still resize a window that the user cannot resize.
+// The owner can still resize a window that the user cannot resize. The new size is then the fixed
+// size.
 void WindowStyle::sizeChanged() {
   if (isSizeFixed_) {
     const NSSize size = [window_ frame].size;
