@@ -27,8 +27,8 @@ enum { ContentDataStateLoaded = 3, ContentDataStateFailed = 4 };
 - (id<ContentRequest>)request;
 - (ContentDataState)state;
 - (void)setState:(ContentDataState)state;
-/// The error. Nil if there is no error. The content may release the error later, so a caller that
-/// stores the error must read it when the state changes.
+/// The error, or nil. The content may release the error later. A caller that needs the error must
+/// read and retain it when the state changes.
 - (NSError*)error;
 @end
 
@@ -58,7 +58,7 @@ enum { ContentDataStateLoaded = 3, ContentDataStateFailed = 4 };
 @protocol ContentViewDelegate <NSObject>
 @optional
 - (void)contentViewWillAppear:(id<ContentView>)view;
-/// YES if the view may disappear now. Called before each dismissal.
+/// Called before each dismissal. Returns YES if the view may disappear now.
 - (BOOL)canContentViewDisappear:(id<ContentView>)view;
 - (void)contentViewDidDisappear:(id<ContentView>)view;
 @end
@@ -94,7 +94,7 @@ enum { ContentDataStateLoaded = 3, ContentDataStateFailed = 4 };
 - (BOOL)activate:(id<ContentBroker>)broker;
 /// Starts to load the content of a request. Returns nil if the resolver refuses the request.
 - (id<ContentData>)contentDataForContentRequest:(id<ContentRequest>)request;
-/// Returns the view of the content. Only the main thread may call this operation.
+/// Returns the view of the content, or nil. Only the main thread may call this operation.
 - (id<ContentView>)contentViewForContentData:(id<ContentData>)data;
 /// Releases all content. Only the main thread may call this operation.
 - (void)deactivate;

@@ -1,4 +1,4 @@
-// The host's objects, as the library sees them.
+// Objects of the library that forward each call to a native object of the host.
 #pragma once
 
 #import "Bindings/ObjectiveC/ContentBroker.h"
@@ -10,7 +10,8 @@
 
 namespace vel_objc {
 
-/// A request of the host. Retains the native request. Reads its parameters at each call.
+/// A request of the host. Retains the native request. `parameters` reads the native parameters at
+/// each call.
 class HostRequest final
     : public vel::Class<HostRequest, "HostRequest", vel::NSObject, vel::ContentRequest> {
  public:

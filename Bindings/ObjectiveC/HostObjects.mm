@@ -19,7 +19,8 @@ bool HostBroker::registerContentResolver(const vel::Strong<vel::ContentResolver>
   return [broker_ registerContentResolver:manager_] == YES;
 }
 
-// In the calls below, the delegate may release the native objects, which own this object.
+// In the calls below, the delegate may release the native manager or content, which owns this
+// object. The calls retain it, so that this object exists until the delegate returns.
 
 void HostResolverDelegate::contentResolverDidChangeStateForContentData(
     const vel::Strong<vel::ContentResolver>& /*resolver*/,
@@ -29,7 +30,7 @@ void HostResolverDelegate::contentResolverDidChangeStateForContentData(
   [delegate_ contentResolver:manager_ didChangeStateForContentData:content_];
 }
 
-// The order is that of the list in vel::ContentViewDelegate.
+// The indexes are the positions in the list of optional operations of vel::ContentViewDelegate.
 vel::OperationSet HostViewDelegate::respondingOperations() const {
   vel::OperationSet operations;
   operations[0] = [delegate_ respondsToSelector:@selector(contentViewWillAppear:)] == YES;

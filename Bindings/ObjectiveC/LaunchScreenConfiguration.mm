@@ -7,7 +7,8 @@ struct VelConfigurationReference {
   vel::Strong<vel::LaunchScreenConfiguration> configuration;
 };
 
-// The native object of the default configuration, retained. Nil before it is first read or set.
+// The native object of the default configuration, retained. Nil until a host reads or sets the
+// default configuration.
 static LaunchScreenConfiguration* defaultObject = nil;
 
 @interface LaunchScreenConfiguration (Library)
@@ -44,7 +45,7 @@ static LaunchScreenConfiguration* defaultObject = nil;
   return [self getDefaultConfiguration];
 }
 
-// C++ code may have replaced the default configuration.
+// C++ code may have replaced the default configuration. Then the host needs another native object.
 + (LaunchScreenConfiguration*)getDefaultConfiguration {
   const auto configuration = vel::LaunchScreenConfiguration::getDefaultConfiguration();
   if (defaultObject == nil || defaultObject->reference_->configuration != configuration) {

@@ -4,8 +4,8 @@
 
 struct VelContentReference;
 
-/// A launch screen as the host sees it: the content data, the content view and its presentation in
-/// one object. LaunchScreenManager creates it. Only the main thread may use it.
+/// A launch screen as the host sees it. One object is the content data, the content view and its
+/// presentation. LaunchScreenManager creates it. Only the main thread may use it.
 ///
 /// Mode 0 covers the window, mode 2 presents a modal window, and any other mode presents a sheet.
 /// The window must be one of [NSApp windows] and must have a content view. Otherwise

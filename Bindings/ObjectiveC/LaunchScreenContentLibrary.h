@@ -1,4 +1,4 @@
-// The operations of LaunchScreenContent that hosts do not see.
+// The operations of LaunchScreenContent that the binding uses and that are hidden from hosts.
 #pragma once
 
 #import "Bindings/ObjectiveC/LaunchScreenContent.h"

@@ -13,7 +13,7 @@ struct VelManagerReference;
 ///
 /// The library works in the native run loop of the main thread, so a host that runs [NSApp run]
 /// does not call the library in its frames. The host must not release the manager before the launch
-/// screen has ended: the delegates would receive no further calls.
+/// screen has ended. Otherwise the delegates receive no further calls.
 ///
 /// Only the main thread may use this class. Exception: any thread may call
 /// `contentDataForContentRequest:` and `dismissLaunchScreen`.

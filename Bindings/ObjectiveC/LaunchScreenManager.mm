@@ -9,13 +9,13 @@
 
 struct VelManagerReference {
   vel::Strong<vel::LaunchScreenManager> manager;
-  LaunchScreenContent* content;          // of the main content, retained
+  LaunchScreenContent* content;          // the native object of `manager->content()`, retained
   id<ContentResolverDelegate> delegate;  // not retained
   vel::Strong<vel_objc::HostResolverDelegate> libraryDelegate;
 };
 
 @interface LaunchScreenManager (Library)
-/// The native object of a content of this manager. Nil for null.
+/// The native object of a content that this manager has returned. Returns nil for null.
 - (LaunchScreenContent*)objectOf:(const vel::Strong<vel::LaunchScreenContent>&)content;
 @end
 
@@ -79,7 +79,7 @@ struct VelManagerReference {
   return [self objectOf:vel::as<vel::LaunchScreenContent>(data)];
 }
 
-// The library ignores the argument too.
+// The library ignores the argument of this operation, so it needs no library object for `data`.
 - (id<ContentView>)contentViewForContentData:(id<ContentData>)data {
   const auto view = reference_->manager->contentViewForContentData(nullptr);
   return [self objectOf:vel::as<vel::LaunchScreenContent>(view)];

@@ -27,7 +27,8 @@ namespace vel_objc {
 
 namespace {
 
-/// Represents the content view controller of a native window.
+/// Represents the content view controller of a native window. It has only the class name of the
+/// native controller, which the library compares.
 class ContentController final
     : public vel::Class<ContentController, "NSViewController", vel::NSViewController> {
  public:
@@ -63,7 +64,8 @@ std::string contentControllerClassOf(NSWindow* native) {
   return controller != nil ? textOf(NSStringFromClass([controller class])) : std::string();
 }
 
-// Keeps a controller with the same class name, because a cover may be a child of this controller.
+// Sets a controller with the class name of the native one. If the class name has not changed, keeps
+// the existing controller, because a cover may be its child.
 void updateContentController(vel::NSWindow& window, NSWindow* native) {
   const std::string className = contentControllerClassOf(native);
   const auto controller = window.contentViewController();

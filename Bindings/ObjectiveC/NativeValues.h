@@ -13,7 +13,7 @@
 
 namespace vel_objc {
 
-/// The string in UTF-8. Empty for nil.
+/// Returns the string in UTF-8. Returns an empty text for nil.
 std::string textOf(NSString* string);
 NSString* nativeString(std::string_view text);
 
@@ -21,10 +21,10 @@ NSString* nativeString(std::string_view text);
 
 vel::Strong<vel::NSString> libraryString(NSString* string);
 NSString* nativeString(const vel::Strong<vel::NSString>& string);
-/// Converts strings and numbers, booleans too. Values of other classes become NSNull, because the
-/// library reads only strings and numbers. Skips keys that are not strings.
+/// Converts strings and numbers, including booleans. Values of other classes become NSNull, because
+/// the library reads only strings and numbers. Keys that are not strings are left out.
 vel::Strong<vel::NSDictionary> libraryDictionary(NSDictionary* dictionary);
-/// The domain and the code of the error.
+/// Converts the domain and the code. The native error has no user info.
 NSError* nativeError(const vel::Strong<vel::NSError>& error);
 
 }  // namespace vel_objc

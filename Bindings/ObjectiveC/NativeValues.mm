@@ -8,7 +8,8 @@ namespace vel_objc {
 
 namespace {
 
-// Keeps the type of the number.
+// Keeps the type of the number: floating point, unsigned or signed. A conversion through `double`
+// would round large integers.
 vel::Strong<vel::NSNumber> libraryNumber(NSNumber* number) {
   switch (*[number objCType]) {
     case 'f':
@@ -37,7 +38,7 @@ vel::Strong<vel::NSObjectProtocol> libraryValue(id value) {
 
 }  // namespace
 
-// The string may contain zero bytes.
+// `UTF8String` would end at a zero byte in the string.
 std::string textOf(NSString* string) {
   NSData* const bytes = [string dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
   return bytes != nil ? std::string(static_cast<const char*>([bytes bytes]), [bytes length])

@@ -26,7 +26,7 @@ static void printLine(NSString* line) {
 }
 @end
 
-// Knows the resolver of each engine.
+// Keeps the resolver that is registered for each engine.
 @interface GameBroker : NSObject <ContentBroker> {
  @public
   NSMutableDictionary* resolvers;
@@ -98,7 +98,7 @@ static void printLine(NSString* line) {
 }
 @end
 
-// The picture of the game.
+// The content of the game's window: one colour. A click shows the launch screen.
 @interface GameView : NSView {
  @public
   Game* game;
