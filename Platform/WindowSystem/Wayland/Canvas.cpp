@@ -13,7 +13,8 @@ namespace vel::wayland {
 
 namespace {
 
-// Some renderers leave the edges of a scaled buffer of one pixel uncovered.
+// The side of the buffer that viewporter scales to fill a surface with one colour. If the side is
+// one pixel, some renderers leave the edges of the surface uncovered.
 constexpr int kColorSide = 16;
 
 // The unit of wp_fractional_scale_v1.
@@ -63,7 +64,8 @@ struct ScaleEvents {
 };
 
 // The user data of the surface stays null, because a toolkit reads the user data of each surface
-// that the pointer or the keyboard enters. A dispatcher gets its object in another argument.
+// that the pointer or the keyboard enters. So the constructor adds a dispatcher, which gets the
+// canvas in another argument.
 Canvas::Canvas(Connection& connection, wl_surface* surface, CGColor background)
     : connection_(connection), surface_(surface), background_(background) {
   wl_proxy_add_dispatcher(reinterpret_cast<wl_proxy*>(surface), &Canvas::dispatchEvent, this,
@@ -150,7 +152,7 @@ void Canvas::showBackground(CGColor color, CGSize size) {
   if (backgroundBuffers_.empty() || color != shownColor_ || size != shownSize_) {
     shownColor_ = color;
     shownSize_ = size;
-    std::vector<Proxy<wl_buffer>> buffers = makeColor(color, size);
+    std::vector<Proxy<wl_buffer>> buffers = makeColorBuffers(color, size);
     if (!buffers.empty()) {
       attach(surface_, viewport_.get(), buffers.front(), size, 1);
     }
@@ -172,7 +174,7 @@ void Canvas::attach(wl_surface* surface, wp_viewport* viewport, const Proxy<wl_b
   wl_surface_damage(surface, 0, 0, roundedUp(size.width), roundedUp(size.height));
 }
 
-std::vector<Proxy<wl_buffer>> Canvas::makeColor(CGColor color, CGSize size) const {
+std::vector<Proxy<wl_buffer>> Canvas::makeColorBuffers(CGColor color, CGSize size) const {
   const bool isScaled = connection_.viewporter() != nullptr;
   const int width = isScaled ? kColorSide : roundedUp(size.width);
   const int height = isScaled ? kColorSide : roundedUp(size.height);
@@ -207,7 +209,7 @@ void Canvas::paint(Pane& pane) {
   std::vector<Proxy<wl_buffer>> buffers;
   int bufferScale = 1;
   if (pane.item.kind == SceneItem::Kind::Fill) {
-    buffers = makeColor(pane.item.color, size);
+    buffers = makeColorBuffers(pane.item.color, size);
   } else {
     const double scale = pane.viewport != nullptr ? paintedScale_ : std::ceil(paintedScale_);
     bufferScale = static_cast<int>(std::ceil(scale));

@@ -24,7 +24,7 @@ class Canvas final : public NonCopyable {
   /// Shows the scene on the surface, which gets the size `size` in surface coordinates. Commits the
   /// surface.
   void show(const Scene& scene, CGSize size);
-  /// Draws the animated indicators for this time.
+  /// Draws the picture of each animated indicator at the time `now`.
   void animate(Nanoseconds now);
   /// True if an indicator turns.
   [[nodiscard]] bool isAnimated() const;
@@ -53,7 +53,7 @@ class Canvas final : public NonCopyable {
   // Makes `buffer` fill a surface of this size.
   void attach(wl_surface* surface, wp_viewport* viewport, const Proxy<wl_buffer>& buffer,
               CGSize size, int bufferScale) const;
-  [[nodiscard]] std::vector<Proxy<wl_buffer>> makeColor(CGColor color, CGSize size) const;
+  [[nodiscard]] std::vector<Proxy<wl_buffer>> makeColorBuffers(CGColor color, CGSize size) const;
   void showBackground(CGColor color, CGSize size);
   Pane openPane(const SceneItem& item, CGSize windowSize);
   void paint(Pane& pane);
@@ -61,16 +61,16 @@ class Canvas final : public NonCopyable {
 
   Connection& connection_;
   wl_surface* surface_;
-  CGColor background_;
+  CGColor background_;  // the colour if no item fills the surface
   Proxy<wp_viewport> viewport_;
   Proxy<wp_fractional_scale_v1> fractionalScaleObject_;
   std::vector<Proxy<wl_buffer>> backgroundBuffers_;
-  CGColor shownColor_;
+  CGColor shownColor_;  // the colour and the size of the buffer that the surface itself shows
   CGSize shownSize_;
   std::vector<Pane> panes_;
   std::vector<wl_output*> outputs_;  // the outputs that show the surface
   double fractionalScale_ = 0;       // 0 if the compositor has not sent a scale
-  double paintedScale_ = 1;
+  double paintedScale_ = 1;          // the scale of the painted indicators
 };
 
 }  // namespace vel::wayland

@@ -21,12 +21,13 @@ struct Output {
   int scale = 1;
 };
 
-/// A connection to a compositor, and the compositor's global objects. It is either a connection of
-/// its own or the connection of the host. All objects of the back end use an event queue of their
-/// own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns it.
+/// A connection to a compositor, and the compositor's global objects. This object opens the
+/// connection or uses the connection of the host. All objects of the back end use an event queue of
+/// their own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns it.
 class Connection final : public NonCopyable {
  public:
-  /// The functions that report global objects which appear or disappear.
+  /// The functions that report that a seat appears or disappears, or that the scale of an output
+  /// may have changed. `name` is the name of the seat in the registry.
   struct Handlers {
     std::function<void(std::uint32_t name, Proxy<wl_seat> seat)> seatAdded;
     std::function<void(std::uint32_t name)> seatRemoved;
@@ -53,7 +54,7 @@ class Connection final : public NonCopyable {
   /// Reads and dispatches the events that have arrived, without blocking. Returns true if there
   /// were any.
   bool dispatch();
-  /// True if events wait in the queue.
+  /// True if events wait in the event queue of the back end.
   [[nodiscard]] bool hasQueuedEvents() const;
   /// Blocks until the compositor has processed all requests, and dispatches the events.
   void roundTrip();

@@ -96,7 +96,7 @@ struct SeatEvents {
   static constexpr xdg_activation_token_v1_listener kTokenListener{.done = tokenDone};
 };
 
-// Later versions of libwayland have more members, which stay null.
+// Later versions of libwayland add members to the listener. They stay null.
 const wl_pointer_listener SeatEvents::kPointerListener = [] {
   wl_pointer_listener listener{};
   listener.enter = SeatEvents::pointerEnter;
@@ -136,7 +136,7 @@ void FocusTracker::removeSeat(std::uint32_t name) {
     }
     return seat->name == name;
   });
-  hasLeave_ = true;
+  mayHaveLostFocus_ = true;
 }
 
 void FocusTracker::setCapabilities(Seat& seat, std::uint32_t capabilities) {
@@ -159,7 +159,7 @@ void FocusTracker::setCapabilities(Seat& seat, std::uint32_t capabilities) {
 }
 
 // If the keyboard moves between two surfaces of a client, the compositor sends `leave` before
-// `enter`. After the barrier, both have come.
+// `enter`. Both have arrived when the reply to `wl_display_sync`, the barrier, arrives.
 void FocusTracker::setKeyboardSurface(Seat& seat, const wl_surface* surface, std::uint32_t serial) {
   seat.keyboardSurface = surface;
   if (surface != nullptr) {
@@ -167,7 +167,7 @@ void FocusTracker::setKeyboardSurface(Seat& seat, const wl_surface* surface, std
     serial_ = serial;
     return;
   }
-  hasLeave_ = true;
+  mayHaveLostFocus_ = true;
   barrier_.reset(wl_display_sync(connection_.wrapper()));
   wl_callback_add_listener(barrier_.get(), &SeatEvents::kBarrierListener, this);
   connection_.flush();
@@ -196,7 +196,7 @@ WindowHandle FocusTracker::focus() const {
 
 void FocusTracker::windowAdopted(WindowHandle window) {
   if (focus() != window) {
-    hasLeave_ = hasPendingChanges_ = true;  // makes `reportChanges` check if the host is active
+    mayHaveLostFocus_ = hasPendingChanges_ = true;
     return;
   }
   reportedFocus_ = window;
@@ -210,7 +210,7 @@ void FocusTracker::windowRemoved(WindowHandle window) {
   std::erase_if(activations_, [window](const auto& entry) { return entry->window == window; });
   if (reportedFocus_ == window) {
     reportedFocus_ = WindowHandle::None;
-    hasLeave_ = hasPendingChanges_ = true;
+    mayHaveLostFocus_ = hasPendingChanges_ = true;
   }
 }
 
@@ -247,8 +247,8 @@ void FocusTracker::reportChanges() {
   if (current == WindowHandle::None && barrier_ != nullptr) {
     return;
   }
-  const bool hadLeave = std::exchange(hasLeave_, false);
-  if (hadLeave && current == WindowHandle::None && isActive_) {
+  const bool mayHaveLostFocus = std::exchange(mayHaveLostFocus_, false);
+  if (mayHaveLostFocus && current == WindowHandle::None && isActive_) {
     isActive_ = false;
     reports_.add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
   }

@@ -18,7 +18,7 @@ class FocusTracker final : public NonCopyable {
  public:
   /// Returns the window that a surface belongs to; None for an unknown surface.
   using FindWindow = std::function<WindowHandle(const wl_surface*)>;
-  /// Called when the user presses the main pointer button in a surface.
+  /// Called when the user presses the main pointer button in a surface of `window`.
   using ButtonHandler =
       std::function<void(WindowHandle window, wl_seat* seat, std::uint32_t serial)>;
 
@@ -30,7 +30,7 @@ class FocusTracker final : public NonCopyable {
   void addSeat(std::uint32_t name, Proxy<wl_seat> proxy);
   void removeSeat(std::uint32_t name);
 
-  /// Call this after the adoption of a window.
+  /// Call this after the adoption of a window. The application may become active or inactive.
   void windowAdopted(WindowHandle window);
   /// Call this when the window has been hidden, released or destroyed.
   void windowRemoved(WindowHandle window);
@@ -57,7 +57,7 @@ class FocusTracker final : public NonCopyable {
     const wl_surface* keyboardSurface = nullptr;
     const wl_surface* pointerSurface = nullptr;
   };
-  /// A request for the focus that waits for its token.
+  /// A request for the focus. It waits until the compositor sends the activation token.
   struct Activation {
     FocusTracker* tracker = nullptr;
     WindowHandle window = WindowHandle::None;
@@ -76,12 +76,15 @@ class FocusTracker final : public NonCopyable {
   ButtonHandler buttonPressed_;
   std::vector<std::unique_ptr<Seat>> seats_;
   std::vector<std::unique_ptr<Activation>> activations_;
-  Proxy<wl_callback> barrier_;  // pending while a loss of the focus may be a move within the host
+  // Pending while the keyboard may be moving between two surfaces of the connection.
+  Proxy<wl_callback> barrier_;
   WindowHandle reportedFocus_ = WindowHandle::None;
-  bool hasLeave_ = false;  // the keyboard has left a surface since the last `reportChanges`
+  // True if `reportChanges` must check whether the application has become inactive.
+  bool mayHaveLostFocus_ = false;
   bool hasPendingChanges_ = false;
   bool isActive_ = true;
-  const Seat* serialSeat_ = nullptr;  // the seat of the latest serial
+  // The serial of the latest keyboard focus or button press, and the seat that sent it.
+  const Seat* serialSeat_ = nullptr;
   std::uint32_t serial_ = 0;
 };
 

@@ -7,8 +7,8 @@
 
 namespace vel::wayland {
 
-/// Makes a surface of the host the parent of a window whose owner does not know the xdg_toplevel of
-/// the host. Uses the protocol xdg-foreign. The relation ends with this object.
+/// Makes a surface of the host the parent of a window of the library, if the host has not passed
+/// its xdg_toplevel. Uses the protocol xdg-foreign. The destructor ends this relation.
 class ForeignParent final : public NonCopyable {
  public:
   /// True if the compositor supports the protocol.

@@ -38,7 +38,7 @@ double widthAt(double radius) {
 // Returns the spoke at a point. The centre of the indicator is (0, 0), and y grows downwards.
 int spokeAt(double x, double y) {
   if (const double radius = std::hypot(x, y); radius < kInnerRadius || radius > kOuterRadius) {
-    return kNoSpoke;  // most samples, without the slow functions below
+    return kNoSpoke;  // most samples: skips the slow functions below
   }
   constexpr double kStep = 2 * std::numbers::pi / kSpokes;
   const double spoke = std::round(std::atan2(x, -y) / kStep);

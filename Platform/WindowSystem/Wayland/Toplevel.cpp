@@ -31,7 +31,7 @@ struct ToplevelEvents {
   static const xdg_toplevel_listener kListener;
 };
 
-// Later versions of xdg-shell have more members, which stay null.
+// Later versions of xdg-shell add members to the listener. They stay null.
 const xdg_toplevel_listener ToplevelEvents::kListener = [] {
   xdg_toplevel_listener listener{};
   listener.configure = ToplevelEvents::configure;

@@ -11,13 +11,13 @@
 
 namespace vel::wayland {
 
-/// The role of a surface that is a window of the library. The compositor shows the window while
-/// this object exists and the surface has a buffer.
+/// The role xdg_toplevel of a surface, which makes the surface a window of the library. The
+/// compositor shows the window while this object exists and the surface has a buffer.
 class Toplevel final : public NonCopyable {
  public:
   struct Handlers {
-    /// The surface must get a buffer. The size is that of the compositor, or zero if the client
-    /// chooses the size.
+    /// Called when the surface must get a buffer. `size` is the size that the compositor requires,
+    /// or zero if the client chooses the size.
     std::function<void(CGSize size)> configured;
     std::function<void()> closeRequested;
   };
@@ -29,11 +29,12 @@ class Toplevel final : public NonCopyable {
   ~Toplevel();
 
   [[nodiscard]] xdg_toplevel* proxy() const { return toplevel_.get(); }
-  /// True if the surface may have a buffer.
+  /// True if the surface may have a buffer: the compositor has configured it.
   [[nodiscard]] bool isConfigured() const { return isConfigured_; }
 
   void setTitle(std::string_view title);
-  /// Allows or disables resizing, and asks for a frame. The next commit of the surface applies it.
+  /// Allows resizing, or fixes the size to `size`. Asks the compositor to draw a frame if the style
+  /// mask has a title bar. The next commit of the surface applies the changes.
   void setStyle(NSWindowStyleMask styleMask, CGSize size);
   /// Lets the user move the window while the pointer button of `serial` is pressed.
   void move(wl_seat* seat, std::uint32_t serial);
@@ -45,11 +46,12 @@ class Toplevel final : public NonCopyable {
   Proxy<xdg_surface> surface_;
   Proxy<xdg_toplevel> toplevel_;
   Proxy<zxdg_toplevel_decoration_v1> decoration_;
-  CGSize pendingSize_;
+  CGSize pendingSize_;  // the size in the latest configure event
   bool isConfigured_ = false;
 };
 
-/// Disables resizing of a toplevel, or allows it again. The next commit of the surface applies it.
+/// Allows resizing of a toplevel, or fixes its size to `size`. The next commit of the surface
+/// applies the change.
 void setResizable(xdg_toplevel* toplevel, bool isResizable, CGSize size);
 
 }  // namespace vel::wayland

@@ -20,13 +20,14 @@ using wayland::Toplevel;
 namespace {
 
 // A host that reads the shared connection also reads the events of the back end. The descriptor is
-// then not readable any more, so the back end checks its queue after this time.
+// then no longer readable, so the back end checks its queue at this interval.
 constexpr Nanoseconds kSharedReadInterval = kNanosecondsPerSecond / 20;
 
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
-// The class of the host's window.
+// A Wayland surface has no class name, so each adopted surface gets this one. The library
+// recognises the player window by it.
 constexpr const char* kHostClassName = "PlayerWindow";
 
 constexpr CGColor kTransparent{0, 0, 0, 0};
@@ -201,7 +202,8 @@ void WaylandWindowSystem::updateCover(Window& window) {
   }
   window.canvas->show(window.scene, window.description.frame.size);
   if (isOpening) {
-    // A new subsurface appears when its parent is committed. A host that loads may not commit.
+    // A new subsurface appears when its parent is committed. A host that is busy loading may not
+    // commit for a long time.
     wl_surface_commit(window.adoptedSurface);
   }
   connection_->flush();

@@ -46,8 +46,8 @@ class WaylandWindowSystem final : public WindowSystem {
   void requestFocus(WindowHandle handle) override;
   /// Declined: Wayland reports no miniaturisation.
   void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {}
-  /// Changes the size. Only its owner can resize an adopted surface, so the new size of an adopted
-  /// surface is what the owner reports.
+  /// Changes the size and ignores the position. Only its owner can resize an adopted surface. For
+  /// an adopted surface, pass the size that the owner has reported.
   void setFrame(WindowHandle handle, CGRect frame) override;
   void setTitle(WindowHandle handle, std::string_view title) override;
   /// Disables resizing if the back end knows the xdg_toplevel, and reports all other removed
@@ -65,15 +65,16 @@ class WaylandWindowSystem final : public WindowSystem {
     /// The current values of the properties. `styleMask` is what `setStyleMask` has set.
     WindowDescription description;
     Scene scene;
-    /// The surface of the owner and its role, if the window is adopted.
+    /// The surface of the owner and its role, if the window is adopted. The role is null if the
+    /// owner has not passed it.
     wl_surface* adoptedSurface = nullptr;
     xdg_toplevel* adoptedToplevel = nullptr;
-    NSWindowStyleMask ownersMask = 0;
+    NSWindowStyleMask ownersMask = 0;  // the mask of an adopted window before its first change
     /// True if the style mask has changed since the last report of the kept controls.
     bool hasNewStyleMask = false;
     bool isOrderedIn = false;  // true from `orderFront` until `orderOut`
-    /// The surface of the back end: the window, or the cover of an adopted window while it is
-    /// shown.
+    /// The surface of the back end: its own window, or the cover of an adopted window while the
+    /// cover is shown. Only a cover has a subsurface. Only a window of the back end has a toplevel.
     wayland::Proxy<wl_surface> surface;
     wayland::Proxy<wl_subsurface> subsurface;
     std::unique_ptr<wayland::Toplevel> toplevel;
@@ -110,8 +111,8 @@ class WaylandWindowSystem final : public WindowSystem {
   std::uint64_t lastHandle_ = 0;
   WindowHandle modalWindow_ = WindowHandle::None;
   std::unique_ptr<wayland::FocusTracker> focus_;
-  Nanoseconds nextFrameTime_ = 0;
-  Nanoseconds lastReadTime_ = 0;
+  Nanoseconds nextFrameTime_ = 0;  // of the indicators
+  Nanoseconds lastReadTime_ = 0;   // when the back end has last read the connection
   bool isConnectionLost_ = false;
 };
 
