@@ -37,7 +37,7 @@ struct Arguments {
   int framesBeforeLaunchScreen = 0;
 };
 
-// Statistics of the game.
+// What the game prints at its end.
 struct Counts {
   int frames = 0;
   int coveredFrames = 0;
@@ -58,7 +58,7 @@ int fail(const char* reason) {
 struct Game {
   SDL_Window* window = nullptr;
   const char* eventsFile = nullptr;
-  std::uint32_t removedControls = 0;  // always 0 on X11
+  std::uint32_t removedControls = 0;  // always 0 on X11, where the library removes them
 };
 
 Game& gameOf(void* userData) { return *static_cast<Game*>(userData); }
@@ -77,9 +77,9 @@ void controlsKept(void* /*userData*/, std::uint32_t controls) {
   printLine(controls == 0 ? "no controls kept" : "controls kept");
 }
 
-// On Wayland, the game removes and restores the controls with SDL. SDL cannot remove the close
-// control, so `handleEvent` ignores it while its bit is set. SDL cannot remove the miniaturise
-// control.
+// Called on Wayland only. `controls` has a bit for each control that the game must remove. SDL can
+// disable resizing. It cannot remove the close control, so `handleEvent` ignores a close request
+// while the bit is set. The miniaturise control stays.
 void takeControls(void* userData, std::uint32_t controls) {
   Game& game = gameOf(userData);
   game.removedControls = controls;
@@ -88,7 +88,8 @@ void takeControls(void* userData, std::uint32_t controls) {
   printLine(controls == 0 ? "controls restored" : "controls removed");
 }
 
-// Describes the window for the library. Returns false if SDL uses another window system.
+// Describes the window for the library. Returns false if the window is neither an X11 nor a Wayland
+// window.
 bool describeWindow(SDL_Window* window, VelHostWindow& hostWindow) {
   SDL_SysWMinfo info;
   SDL_VERSION(&info.version)
@@ -227,7 +228,7 @@ int main(int argc, char** argv) {
 
   // The library recognises the player window by this class name.
   SDL_setenv("SDL_VIDEO_X11_WMCLASS", "PlayerWindow", 1);
-  // The game handles the close control itself.
+  // Otherwise SDL would end the game when the user closes the window, also under the launch screen.
   SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
   // SDL 2 prefers X11, which most Wayland desktops also offer.
   if (std::getenv("WAYLAND_DISPLAY") != nullptr) {
