@@ -1,14 +1,14 @@
-# Finds AppKit: the framework on macOS, the free AppKit of GNUstep elsewhere. Adds the option VEL_COCOA
-# (ON, OFF, or AUTO: ON if AppKit and an Objective-C++ compiler are found). If the AppKit back end is
-# built, sets VEL_COCOA_ENABLED and creates vel::AppKitFramework, which Objective-C++ sources link.
-# Otherwise prints what is missing.
+# Finds AppKit: the framework on macOS, the free AppKit of GNUstep elsewhere. Adds the option VEL_COCOA,
+# which decides whether the AppKit back end is built: ON, OFF, or AUTO (if AppKit and an Objective-C++
+# compiler are found). If it is built, sets VEL_COCOA_ENABLED and creates vel::AppKitFramework, which
+# targets with Objective-C++ sources link. With AUTO, prints what is missing.
 
 set(VEL_COCOA "AUTO" CACHE STRING "Build the AppKit back end: ON, OFF or AUTO")
 set_property(CACHE VEL_COCOA PROPERTY STRINGS AUTO ON OFF)
 set(VEL_COCOA_ENABLED FALSE)
 list(APPEND VEL_OPTIONAL_BACKENDS Cocoa)
 
-# Sets `missing` in the caller to what is missing, or to an empty text.
+# Sets `missing` in the scope of the caller to what is missing, or to an empty text.
 function(vel_find_cocoa)
   set(missing "" PARENT_SCOPE)
   if(NOT APPLE)
@@ -63,14 +63,14 @@ endif()
 
 if(VEL_COCOA_ENABLED)
   enable_language(OBJC OBJCXX)
-  # Flags of the user that choose a standard library or a sanitizer apply to both languages.
+  # The user's C++ flags can choose a standard library or a sanitizer, so Objective-C++ needs them too.
   string(APPEND CMAKE_OBJCXX_FLAGS " ${CMAKE_CXX_FLAGS}")
   set(CMAKE_OBJCXX_VISIBILITY_PRESET hidden)
 
   add_library(VelAppKitFramework INTERFACE)
   add_library(vel::AppKitFramework ALIAS VelAppKitFramework)
-  # In Objective-C, a method must name also the parameters that it does not use, and an object without
-  # members is an empty structure.
+  # No warnings where Objective-C leaves no choice: a method must also name the parameters that it does
+  # not use, and a class without members is an empty structure.
   target_compile_options(VelAppKitFramework
     INTERFACE
       $<$<COMPILE_LANGUAGE:OBJC>:-Wno-pedantic>
@@ -83,11 +83,11 @@ if(VEL_COCOA_ENABLED)
       COMMAND "${VEL_GNUSTEP_CONFIG}" --objc-flags
       OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(flags UNIX_COMMAND "${flags}")
-    # The other flags choose warnings, an optimisation level and folders of the user.
+    # The flags that are left out choose warnings, an optimisation level and folders in the user's home.
     list(FILTER flags INCLUDE REGEX "^(-D.*|-fexceptions|-fobjc-.*|-fconstant-string-class=.*|-pthread)$")
     target_compile_options(VelAppKitFramework
       INTERFACE "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:${flags};${VEL_OBJC_RUNTIME_FLAGS}>")
-    # As system headers, the headers cause no warnings.
+    # SYSTEM: the compiler does not warn about these headers.
     target_include_directories(VelAppKitFramework SYSTEM INTERFACE "${VEL_GNUSTEP_HEADERS}")
     target_link_libraries(VelAppKitFramework INTERFACE gnustep-gui gnustep-base objc)
   endif()
