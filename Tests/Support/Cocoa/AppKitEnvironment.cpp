@@ -18,13 +18,14 @@ namespace vel::test {
 
 namespace {
 
-// The parent of a process, which is the second number after the name in /proc/<id>/stat.
+// The parent of a process. In /proc/<id>/stat, the name of the process is in parentheses, then come
+// the state and the parent.
 pid_t parentOf(const std::filesystem::path& process) {
   std::ifstream file(process / "stat");
   std::string line;
   std::getline(file, line);
   const std::size_t nameEnd = line.rfind(')');
-  // The state is one letter between the name and the parent.
+  // Skips the parenthesis, a space, the one letter of the state, and a space.
   return nameEnd == std::string::npos ? 0 : std::atoi(line.c_str() + nameEnd + 4);
 }
 
@@ -50,10 +51,11 @@ AppKitEnvironment::AppKitEnvironment() {
   }
   home_ = name;
   setenv("HOME", name.c_str(), 1);
-  // The free AppKit finds its daemon in this folder, and other programs with the same name. Tests
-  // that run at the same time must not share the daemon.
+  // Programs of the free AppKit find their common daemon through this folder. Tests that run at the
+  // same time must not share the daemon.
   setenv("TEMP", name.c_str(), 1);
-  // The daemon detaches from its parent. Detached descendants become children of this process.
+  // The daemon detaches from its parent. With this setting, it becomes a child of this process, so
+  // that the destructor finds it.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 

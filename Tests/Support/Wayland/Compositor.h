@@ -26,14 +26,15 @@ class Compositor : NonCopyable {
   /// Asks the client to close the window.
   virtual void closeWindow(const std::string& title) const = 0;
   virtual void resizeWindow(const std::string& title, int width, int height) const = 0;
-  /// The display name of Xwayland, which the compositor starts for the first X client.
+  /// The display name for X clients. The compositor starts Xwayland when the first X client
+  /// connects.
   [[nodiscard]] virtual std::string xwaylandDisplay() const = 0;
 
   /// The pixels that the screen shows.
   [[nodiscard]] Picture picture(PixelRect area) const { return user_.screenPicture(area); }
   /// The pixels of the whole screen.
   [[nodiscard]] Picture picture() const { return picture({0, 0, 1024, 768}); }
-  /// Moves the pointer of the seat and presses the main button.
+  /// Moves the pointer of the seat, and presses and releases the main button.
   virtual void click(int x, int y) { user_.click(x, y); }
   /// Moves the pointer of the seat from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
@@ -45,13 +46,14 @@ class Compositor : NonCopyable {
 
   [[nodiscard]] const XServer& server() const { return server_; }
   [[nodiscard]] XClient& user() { return user_; }
-  /// The runtime folder of the compositor.
+  /// The XDG_RUNTIME_DIR of the compositor.
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+  /// Starts the compositor with this command. Does not wait until it accepts clients.
   void start(std::vector<std::string> command);
 
  private:
   XServer server_;
-  XClient user_;
+  XClient user_;  // the user of the compositor, as a client of `server_`
   std::filesystem::path folder_;
   Process process_;
 };

@@ -9,7 +9,7 @@ namespace vel::test {
 
 namespace {
 
-/// A listener of a client, and what is hidden from it.
+/// The listener of a client for its registry, and the interface that is hidden from the client.
 struct FilteredListener {
   const wl_registry_listener* listener;
   void* data;
@@ -18,7 +18,7 @@ struct FilteredListener {
 
 std::string hiddenInterface;  // empty if nothing is hidden
 int hiddenCount = 0;
-std::list<FilteredListener> filteredListeners;  // never removed, because registries may exist
+std::list<FilteredListener> filteredListeners;  // kept, because registries may still use them
 
 void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
             std::uint32_t version) {

@@ -13,8 +13,8 @@
 
 namespace vel::test {
 
-/// A host with a Wayland window in one colour. It draws only when the test calls `draw`, or when
-/// the compositor changes the size in `pump`.
+/// A host with a Wayland window in one colour. It draws only when the test calls `draw`,
+/// `drawFrame` or `resize`, or when `pump` receives a new size from the compositor.
 class SurfaceHost : NonCopyable {
  public:
   /// Connects to the compositor, and waits until the compositor has a picture of the window.
@@ -24,7 +24,7 @@ class SurfaceHost : NonCopyable {
 
   [[nodiscard]] wl_display* display() const { return display_; }
   [[nodiscard]] wl_compositor* compositor() const { return compositor_; }
-  /// The window for `adoptWindow`, with the xdg_toplevel.
+  /// The window, with its xdg_toplevel, as an argument of `adoptWindow`.
   [[nodiscard]] WaylandSurface window() const;
   /// Reads and dispatches the events of the host, without blocking.
   void pump();
@@ -53,7 +53,8 @@ class SurfaceHost : NonCopyable {
   /// The number of touches in other surfaces of the connection.
   [[nodiscard]] int touchesElsewhere() const { return touchesElsewhere_; }
   [[nodiscard]] int frameCount() const { return frameCount_; }
-  /// True if the pointer has entered a surface with user data that the host has not set.
+  /// True if the pointer has entered a surface that is not the host's and has user data. A toolkit
+  /// would take this data for its own.
   [[nodiscard]] bool hasSeenForeignData() const { return hasSeenForeignData_; }
   /// The number of events that the host has received.
   [[nodiscard]] int eventCount() const { return eventCount_; }
@@ -72,13 +73,13 @@ class SurfaceHost : NonCopyable {
   wl_pointer* pointer_ = nullptr;
   wl_touch* touch_ = nullptr;
   std::vector<wl_buffer*> buffers_;
-  CGSize bufferSize_;  // the size of the last buffer
+  CGSize bufferSize_;  // the size of the newest buffer
   wl_surface* surface_ = nullptr;
   xdg_surface* role_ = nullptr;
   xdg_toplevel* toplevel_ = nullptr;
   CGSize size_;
-  CGSize ownSize_;  // the size that the host has chosen
-  CGSize pendingSize_;
+  CGSize ownSize_;      // the size if the compositor lets the host choose
+  CGSize pendingSize_;  // the size in the latest configure event
   std::uint32_t color_;
   bool isConfigured_ = false;
   bool isAskedToClose_ = false;

@@ -26,8 +26,8 @@ constexpr std::string_view kConfiguration =
     "output * bg #203020 solid_color\n"
     "seat * hide_cursor 0\n";
 constexpr std::string_view kNoXwayland = "xwayland disable\n";
-// sway sets DISPLAY for the programs that it starts. Xwayland admits only clients of its own user,
-// until xhost admits all local users.
+// sway sets DISPLAY for the programs that it starts. Xwayland admits only clients of the user that
+// runs it (nobody, if root starts sway), so xhost admits all local users.
 constexpr std::string_view kXwayland =
     "xwayland enable\n"
     "exec xhost +local: && echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
@@ -71,8 +71,8 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
   }
 }
 
-// Without a window manager, the X server shows the windows of both outputs at the same place. The
-// window of the second output is the newer one, so it is on top.
+// Each output is a window of the X server. Without a window manager, both windows are at the same
+// place. The window of the second output is newer, so it is on top, and last in the list.
 void Sway::placeSecondOutput() {
   std::vector<xcb_window_t> windows;
   const bool hasWindows = eventually([&] {

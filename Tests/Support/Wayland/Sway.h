@@ -19,8 +19,8 @@ class Sway : public Compositor {
   Sway() : Sway(Options()) {}
   explicit Sway(const Options& options);
 
-  /// Runs a command of sway until it succeeds. A command about a window succeeds when sway has
-  /// shown the window.
+  /// Runs a command of sway until it succeeds. A command about a window fails until sway shows the
+  /// window.
   void run(const std::string& command) const;
   void focusWindow(const std::string& title) const override { run(selectorOf(title) + "focus"); }
   void closeWindow(const std::string& title) const override { run(selectorOf(title) + "kill"); }

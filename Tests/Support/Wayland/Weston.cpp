@@ -70,8 +70,8 @@ Weston::Weston(const Options& options) {
   if (options.hasXwayland) {
     command.emplace_back("--xwayland");
   }
-  // weston may miss where the pointer is while it starts. Later, it reads the position when the
-  // pointer enters its window.
+  // While weston starts, the pointer must be outside its window. weston may miss a position inside,
+  // but reads the position when the pointer enters its window later.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
@@ -81,7 +81,7 @@ Weston::Weston(const Options& options) {
   if (!hasStarted) {
     throw std::runtime_error("weston does not start");
   }
-  // weston gives the keyboard to clients while its own window has the focus.
+  // weston gives its clients the keyboard only while its own window has the focus of the X server.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
 }
@@ -91,7 +91,8 @@ void Weston::click(int x, int y) {
   hidePointer();
 }
 
-// weston draws the pointer on its screen. In the corner, one pixel of the pointer is visible.
+// weston draws the pointer, and tests read the pixels of its screen. In the corner, only one pixel
+// of the pointer is visible.
 void Weston::hidePointer() { user().movePointer(1023, 767); }
 
 void Weston::run(const std::string& command) const {

@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// The compositor weston. It has no commands for windows, so it loads the module
-/// weston-control.c, which has them.
+/// The compositor weston. weston has no commands for windows, so it loads the module
+/// weston-control.c, which adds such commands.
 class Weston : public Compositor {
  public:
   struct Options {
@@ -28,7 +28,7 @@ class Weston : public Compositor {
 
  private:
   void hidePointer();
-  /// Runs a command of the module until it succeeds. A command about a window succeeds when the
+  /// Runs a command of the module until it succeeds. A command about a window fails until the
   /// window exists.
   void run(const std::string& command) const;
 };

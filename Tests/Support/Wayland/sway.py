@@ -14,7 +14,7 @@ output * bg #203020 solid_color
 seat * hide_cursor 0
 """
 NOBODY = 65534
-LIMIT = 30  # seconds until sway must run
+START_LIMIT = 30  # seconds
 
 
 class Sway:
@@ -73,7 +73,7 @@ class Sway:
         environment.pop("WAYLAND_DISPLAY", None)
         self.processes.append(subprocess.Popen(command, env=environment, stdout=subprocess.DEVNULL,
                                                stderr=subprocess.DEVNULL))
-        end = time.monotonic() + LIMIT
+        end = time.monotonic() + START_LIMIT
         while not (os.path.exists(self.wayland_display) and self._has_screen(control_socket)):
             if time.monotonic() > end:
                 raise RuntimeError("sway does not start")

@@ -19,7 +19,7 @@
 #include <time.h>
 #include <unistd.h>
 
-// libweston exports these functions for its back ends, but Debian has no header of them.
+// libweston exports these functions for its back ends, but no header in Debian declares them.
 int weston_seat_init_touch(struct weston_seat* seat);
 struct weston_touch_device* weston_touch_create_touch_device(
     struct weston_touch* touch, const char* name, void* data,
@@ -65,7 +65,7 @@ static void center(void* data) {
   weston_compositor_schedule_repaint(window->control->compositor);
 }
 
-// weston places the window after this call.
+// weston places the window after this call, so `center` runs later, when weston is idle.
 static void handleCommit(struct wl_listener* listener, void* data) {
   (void)data;
   struct Window* window = wl_container_of(listener, window, committed);

@@ -14,6 +14,7 @@ static volatile sig_atomic_t isDismissRequested;
 static volatile sig_atomic_t isEndRequested;
 
 static VelLaunchScreen* screen;
+// The size of the surface that the library knows.
 static double screenWidth;
 static double screenHeight;
 static int hasEnded;
@@ -67,8 +68,9 @@ static void presentScreen(struct wl_display* display, struct wl_surface* surface
   requireOk(vel_present(screen, VEL_PRESENT_EMBEDDED));
 }
 
-// Call this function often. It does what the test has requested, and ends the program with status 1
-// if the connection has a protocol error. The size is the current size of the surface.
+// Call this function often, with the current size of the surface. It does what the test has
+// requested by signals. It ends the program with status 1 if a call fails or the connection has a
+// protocol error.
 static void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
                          double height) {
   if (isPresentRequested) {
@@ -95,7 +97,8 @@ static void updateScreen(struct wl_display* display, struct wl_surface* surface,
   }
 }
 
-// Ends the program without the cleanup of the toolkit, which leaks memory.
+// Ends the program with status 1 if the connection has failed, otherwise with status 0. Skips the
+// cleanup of the toolkit, because the toolkit leaks memory.
 static void endProgram(struct wl_display* display) {
   _exit(wl_display_roundtrip(display) < 0 ? 1 : 0);
 }
