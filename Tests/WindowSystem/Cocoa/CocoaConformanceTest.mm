@@ -24,7 +24,8 @@ class CocoaDisplay final : public TestDisplay {
     if (system_ == nullptr) {
       throw std::runtime_error(error);
     }
-    // The window of the previous test may still have the focus.
+    // The window of the previous test may still have the focus. Each test begins while another
+    // program has the focus.
     display_.client.focus(other_);
     EXPECT_TRUE(deliverUntil(*system_, [this] {
       return [NSApp keyWindow] == nil && display_.client.focusedWindow() == other_;
@@ -37,7 +38,8 @@ class CocoaDisplay final : public TestDisplay {
 
   WindowSystem& system() override { return *system_; }
   void userGoesToAnotherApplication() override {
-    // AppKit reports the key status before the X server has moved the focus.
+    // AppKit reports that a window is key before the X server has moved the focus. Without this
+    // wait, the focus would move to the window after `focus(other_)`.
     EXPECT_TRUE(deliverUntil(*system_, [this] {
       return display_.giveFocus([NSApp keyWindow] != nil ? [NSApp keyWindow] : frontWindow());
     }));
@@ -93,7 +95,7 @@ class CocoaDisplay final : public TestDisplay {
 std::unique_ptr<TestDisplay> open() { return std::make_unique<CocoaDisplay>(); }
 
 // What this back end declines:
-// - `picture`: AppKit reads its own windows, but not what lies over them on the screen.
+// - `picture`: AppKit can read its own windows, but not what other programs show over them.
 // - `displayLost`: the free AppKit ends the process when the X server ends. On macOS the window
 //   server does not end before the process.
 INSTANTIATE_TEST_SUITE_P(Cocoa, Conformance,

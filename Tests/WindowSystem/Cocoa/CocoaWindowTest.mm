@@ -1,4 +1,4 @@
-// The AppKit back end over a window of the host, seen from outside the process.
+// The AppKit back end over a window of the host. The tests read the screen as another client.
 #include <gmock/gmock.h>
 
 #include "Platform/WindowSystem/Cocoa/CocoaWindowSystem.h"
@@ -83,7 +83,7 @@ class CocoaWindowTest : public testing::Test {
   WindowHandle window = WindowHandle::None;
 };
 
-TEST_F(CocoaWindowTest, TheCoverIsVisibleAtOnceAndLeavesNothing) {
+TEST_F(CocoaWindowTest, TheCoverIsVisibleAtOnceAndItsViewIsRemovedAtTheEnd) {
   showWhite(400, 300);
   EXPECT_EQ([[content subviews] count], 1U);
   EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
@@ -110,7 +110,7 @@ TEST_F(CocoaWindowTest, TheCoverStaysAboveViewsThatTheOwnerAdds) {
   [added removeFromSuperview];
 }
 
-TEST_F(CocoaWindowTest, TheIndicatorTurns) {
+TEST_F(CocoaWindowTest, TheIndicatorTurnsInsideItsFrame) {
   const CGRect indicator{{184, 134}, {32, 32}};
   system->setScene(
       window,
@@ -138,7 +138,7 @@ TEST_F(CocoaWindowTest, TheCoverTakesThePointerEvents) {
   EXPECT_EQ(content->presses, 0);
 }
 
-TEST_F(CocoaWindowTest, AModalWindowShieldsTheOtherWindows) {
+TEST_F(CocoaWindowTest, AModalWindowShieldsTheHostsWindowFromThePointer) {
   const WindowHandle modal = system->createWindow({.className = "NSWindow",
                                                    .title = "modal",
                                                    .frame = CGRectMake(700, 300, 200, 150),
@@ -169,13 +169,14 @@ TEST_F(CocoaWindowTest, ASheetIsAChildWindowOfItsOwner) {
   EXPECT_EQ([[native childWindows] count], 0U);
 }
 
-TEST_F(CocoaWindowTest, TheStyleIsRestored) {
+TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased) {
   const NSSize minSize = [native minSize];
   const NSSize maxSize = [native maxSize];
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_EQ([native minSize].width, [native frame].size.width);
   EXPECT_EQ([native maxSize].height, [native frame].size.height);
-  // The window manager draws the title bar, so AppKit cannot remove these controls.
+  // 6: the close and miniaturise controls. The window manager draws the title bar, so AppKit cannot
+  // remove them.
   EXPECT_TRUE(
       waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
   system->releaseWindow(window);
@@ -183,7 +184,7 @@ TEST_F(CocoaWindowTest, TheStyleIsRestored) {
   EXPECT_EQ([native maxSize].height, maxSize.height);
 }
 
-TEST_F(CocoaWindowTest, AWindowIsAdoptedByItsNumber) {
+TEST_F(CocoaWindowTest, AWindowCanBeAdoptedByItsNumberButNotTwice) {
   system->releaseWindow(window);
   std::string error;
   const auto adopted =

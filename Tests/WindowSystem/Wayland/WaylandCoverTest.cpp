@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{500, 320};
-constexpr NSWindowStyleMask kControls = 14;
+constexpr NSWindowStyleMask kControls = 14;  // close, miniaturise and resize
 
 Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
@@ -65,7 +65,7 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
       return condition();
     });
   }
-  /// The area of a window of this size, which the compositor centres.
+  /// The area on the screen of a window of this size. The compositor centres windows.
   static PixelRect areaOf(CGSize size) {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
@@ -82,7 +82,7 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
   ReportListener reports;
 };
 
-TEST_P(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
+TEST_P(WaylandCover, AnAdoptedSurfaceIsAPlayerWindowWithTheHostsSizeAndFocus) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   EXPECT_EQ(window.className, "PlayerWindow");
@@ -92,7 +92,7 @@ TEST_P(WaylandCover, TheAdoptedSurfaceHasTheStateOfTheHost) {
   EXPECT_TRUE(window.hasFocus);
 }
 
-TEST_P(WaylandCover, AHostThatDoesNotCommitIsWhiteToTheLastPixel) {
+TEST_P(WaylandCover, TheCoverFillsAHostThatDoesNotCommitToTheLastPixel) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -156,7 +156,7 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
 
-TEST_P(WaylandCover, TheFocusLeavesAndComesBack) {
+TEST_P(WaylandCover, LosingAndRegainingTheFocusIsReported) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -171,7 +171,7 @@ TEST_P(WaylandCover, TheFocusLeavesAndComesBack) {
                                                      "activated " + nameOf(window.handle)}));
 }
 
-TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheFocus) {
+TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheReportOfALostFocus) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -199,7 +199,7 @@ TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
 }
 
-TEST_P(WaylandCover, ResizingIsDisabledOnlyWithTheToplevel) {
+TEST_P(WaylandCover, ResizingCanBeDisabledOnlyIfTheHostPassesItsToplevel) {
   ASSERT_TRUE(becomes(kGreen));
   AdoptedWindow window = adopt();
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
@@ -239,7 +239,7 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   EXPECT_EQ(host->presses(), 1);
 }
 
-TEST_P(WaylandCover, AThousandCoversLeaveNoObjects) {
+TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjects) {
   ASSERT_TRUE(becomes(kGreen));
   const auto nextId = [this] {
     wl_display_roundtrip(host->display());  // the compositor frees the ids of destroyed objects
@@ -265,7 +265,7 @@ TEST_P(WaylandCover, AThousandCoversLeaveNoObjects) {
   EXPECT_TRUE(becomes(kGreen));
 }
 
-TEST_P(WaylandCover, ALostCompositorIsReportedUnderAShownCover) {
+TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, whiteWithIndicator(kSize));
@@ -277,7 +277,7 @@ TEST_P(WaylandCover, ALostCompositorIsReportedUnderAShownCover) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
-TEST_P(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) {
+TEST_P(WaylandCover, DestroyingTheSurfaceBeforeItsReleaseDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);
   system->setScene(window.handle, white(kSize));
@@ -291,7 +291,7 @@ TEST_P(WaylandCover, AHostThatDestroysItsSurfaceFirstDoesNotBreakTheConnection) 
   EXPECT_THAT(reports.lines, testing::Not(Contains("display lost")));
 }
 
-TEST_P(WaylandCover, ASurfaceOfAnotherConnectionIsRefused) {
+TEST_P(WaylandCover, ASurfaceIsRefusedIfItIsAdoptedOrOnAnotherConnection) {
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   std::string error;
   EXPECT_FALSE(system->adoptWindow(other.window(), error).has_value());

@@ -57,7 +57,8 @@ Picture partOf(const Picture& picture, PixelRect area) {
   return part;
 }
 
-/// True if the picture is a smaller picture in which each pixel has become two by two pixels.
+/// True if each block of two by two pixels has one colour, as if a smaller picture had been
+/// enlarged.
 bool isEnlargedTwice(const Picture& picture) {
   for (int y = 0; y + 1 < picture.height; y += 2) {
     for (int x = 0; x + 1 < picture.width; x += 2) {
@@ -102,6 +103,7 @@ class CoveredHost {
   WindowHandle handle = WindowHandle::None;
 };
 
+/// A compositor with two outputs. The parameter is false if viewporter is hidden from the clients.
 class WaylandOutputs : public testing::TestWithParam<bool> {
  protected:
   /// Waits for a cover with an indicator that is sharp at this scale.
@@ -132,13 +134,14 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
   Sway sway{{.outputCount = 2}};
 };
 
-TEST_P(WaylandOutputs, TheIndicatorIsSharpOnAnOutputWithAnotherScale) {
+TEST_P(WaylandOutputs, TheIndicatorIsSharpAfterAMoveToAnOutputWithAnotherScale) {
   std::unique_ptr<HiddenGlobal> hidden;
   if (!GetParam()) {
     hidden = std::make_unique<HiddenGlobal>("wp_viewporter");
   }
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
+  // The registries of the host and of the back end.
   EXPECT_EQ(HiddenGlobal::count(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
@@ -153,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandOutputs, testing::Bool(), [](const auto
   return testInfo.param ? "WithViewporter" : "WithoutViewporter";
 });
 
-TEST(WaylandFractionalScale, EachPixelOfTheHostIsWhite) {
+TEST(WaylandFractionalScale, TheCoverHidesEachPixelOfTheHost) {
   Sway sway;
   sway.run("output X11-1 scale 1.5");
   CoveredHost covered(sway);
@@ -201,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Under, WaylandWithoutViewporter,
                          testing::Values(CompositorKind::Sway, CompositorKind::Weston),
                          [](const auto& testInfo) { return nameOf(testInfo.param); });
 
-// sway has no touch screen in an X server.
+// Only under weston: in a window of an X server, sway has no touch screen.
 TEST(WaylandTouchScreen, TheCoverTakesTouchesFromTheHost) {
   const Weston weston;
   CoveredHost covered(weston);

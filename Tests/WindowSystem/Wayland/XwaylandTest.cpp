@@ -74,7 +74,7 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
   PixelRect area;  // the area of the window on the screen
 };
 
-TEST_P(Xwayland, TheWindowIsWhiteUntilTheEnd) {
+TEST_P(Xwayland, TheCoverHidesTheGameUntilItIsRemoved) {
   system->setScene(handle, white({500, 320}));
   system->setStyleMask(handle, NSWindowStyleMaskTitled);
   EXPECT_TRUE(becomesWhite(area));
@@ -94,7 +94,7 @@ TEST_P(Xwayland, TheCoverFollowsTheSizeOfTheWindow) {
   EXPECT_TRUE(becomesGreen(600, 400));
 }
 
-TEST_P(Xwayland, TheFocusLeavesAndComesBack) {
+TEST_P(Xwayland, LosingAndRegainingTheFocusIsReported) {
   system->setScene(handle, white({500, 320}));
   ASSERT_TRUE(becomesWhite(area));
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
