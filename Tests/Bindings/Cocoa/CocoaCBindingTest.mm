@@ -125,7 +125,7 @@ class CocoaCBinding : public testing::Test {
     options.content_controller = hasContentController ? 1 : 0;
     return vel_create(&options, &screen);
   }
-  /// Creates the launch screen over the window and presents it.
+  /// Creates a launch screen over `window` and presents it.
   void present(double seconds, VelPresentation presentation = VEL_PRESENT_EMBEDDED,
                const char* mode = nullptr) {
     VelHostWindow hostWindow = VEL_HOST_WINDOW_INIT;
@@ -215,7 +215,7 @@ class CocoaCBinding : public testing::Test {
 
 // Windows
 
-TEST_F(CocoaCBinding, AWindowNumberNamesAWindow) {
+TEST_F(CocoaCBinding, AWindowNumberSelectsTheWindowToCover) {
   VelHostWindow hostWindow = VEL_HOST_WINDOW_INIT;
   hostWindow.ns_window_number = [window windowNumber];
   EXPECT_EQ(create(hostWindow), VEL_OK) << vel_last_error();
@@ -244,7 +244,7 @@ TEST_F(CocoaCBinding, AWindowOfAnotherWindowSystemIsABadWindow) {
 
 // Presentations
 
-TEST_F(CocoaCBinding, AWindowIsWhiteUntilTheEnd) {
+TEST_F(CocoaCBinding, TheHostsWindowIsWhiteUntilTheLaunchScreenEnds) {
   const NSUInteger subviewCount = [[[window contentView] subviews] count];
   savePicture("cocoa-before");
   present(1);
@@ -257,7 +257,7 @@ TEST_F(CocoaCBinding, AWindowIsWhiteUntilTheEnd) {
   EXPECT_EQ([[[window contentView] subviews] count], subviewCount);
 }
 
-TEST_F(CocoaCBinding, AModalWindowIsWhiteUntilTheEnd) {
+TEST_F(CocoaCBinding, AModalWindowIsWhiteUntilTheLaunchScreenEnds) {
   present(1.5, VEL_PRESENT_MODAL);
   EXPECT_TRUE(runUntil([this] { return isAll(windowOfLibrary(), kWhite); }));
   savePicture("cocoa-modal");
@@ -266,7 +266,7 @@ TEST_F(CocoaCBinding, AModalWindowIsWhiteUntilTheEnd) {
   EXPECT_TRUE(runUntil([this] { return isAll(window, kGreen); }));
 }
 
-TEST_F(CocoaCBinding, ASheetIsWhiteUntilTheEnd) {
+TEST_F(CocoaCBinding, ASheetIsWhiteUntilTheLaunchScreenEnds) {
   present(1.5, VEL_PRESENT_SHEET);
   EXPECT_TRUE(runUntil([this] { return isAll(windowOfLibrary(), kWhite); }));
   savePicture("cocoa-sheet");
@@ -277,6 +277,7 @@ TEST_F(CocoaCBinding, ASheetIsWhiteUntilTheEnd) {
 
 TEST_F(CocoaCBinding, ControlsThatTheWindowManagerKeepsAreReported) {
   present(60);
+  // 6: the close and miniaturise controls.
   EXPECT_TRUE(runUntil([this] { return hasCall("controls_kept 6"); }));
 }
 
@@ -293,7 +294,7 @@ TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKey) {
 
 // Loops
 
-TEST_F(CocoaCBinding, TheNativeLoopRunsPassesDuringADialogOfTheHost) {
+TEST_F(CocoaCBinding, AModalDialogOfTheHostDoesNotStopTheLibrary) {
   present(60);
   ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
   NSWindow* const dialog = openSmallWindow();
@@ -309,7 +310,7 @@ TEST_F(CocoaCBinding, ACallOnAnotherThreadWakesTheNativeLoop) {
   EXPECT_TRUE(runUntil([this] { return hasCall("ended 2"); }));
 }
 
-TEST_F(CocoaCBinding, AHostThatDoesNotRunTheNativeLoopPumps) {
+TEST_F(CocoaCBinding, AHostThatDoesNotRunTheNativeLoopCanPump) {
   present(1);
   EXPECT_TRUE(eventually([this] {
     vel_pump(screen, nullptr);

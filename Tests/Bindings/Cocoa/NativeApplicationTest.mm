@@ -55,7 +55,7 @@ class NativeApplicationTest : public testing::Test {
   std::string error;
 };
 
-TEST_F(NativeApplicationTest, AdoptsAWindowOnce) {
+TEST_F(NativeApplicationTest, AdoptsEachWindowOnlyOnce) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
   EXPECT_EQ(libraryWindow->className(), "ControllerWindow");
@@ -64,7 +64,7 @@ TEST_F(NativeApplicationTest, AdoptsAWindowOnce) {
   EXPECT_EQ(vel_objc::windowFor(window, error), libraryWindow);
 }
 
-TEST_F(NativeApplicationTest, AdoptsAWindowAgainThatHasClosed) {
+TEST_F(NativeApplicationTest, AdoptsAWindowAgainAfterItHasClosed) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
   [window close];
@@ -76,7 +76,7 @@ TEST_F(NativeApplicationTest, AdoptsAWindowAgainThatHasClosed) {
   EXPECT_NE(reopenedWindow, libraryWindow);
 }
 
-TEST_F(NativeApplicationTest, RefusesAWindowThatIsNotInTheProcess) {
+TEST_F(NativeApplicationTest, RefusesAPointerThatIsNotAWindowOfTheProcess) {
   int other = 0;
   EXPECT_EQ(vel_objc::windowFor(reinterpret_cast<NSWindow*>(&other), error), nullptr);
   EXPECT_NE(error, "");
@@ -99,7 +99,7 @@ TEST_F(NativeApplicationTest, TheLogHasTheReasonWhyAWindowCannotBeCovered) {
                        "presentForWindow:withPresentationMode:]): the library has been shut down"));
 }
 
-TEST_F(NativeApplicationTest, TheContentViewControllerHasTheClassNameOfTheNativeOne) {
+TEST_F(NativeApplicationTest, TheContentViewControllerFollowsTheClassNameOfTheNativeOne) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
   EXPECT_EQ(libraryWindow->contentViewController(), nullptr);

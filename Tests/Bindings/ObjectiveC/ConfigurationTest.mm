@@ -16,7 +16,7 @@ class ObjectiveCConfiguration : public vel::test::VirtualPlatformTest {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
 };
 
-TEST_F(ObjectiveCConfiguration, TheDefaultIsOneObjectWithoutSettings) {
+TEST_F(ObjectiveCConfiguration, EachCallReturnsTheSameDefaultWithoutSettings) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   EXPECT_FALSE([configuration skipMode]);
   EXPECT_TRUE([configuration nextEventName] == nil);
@@ -25,7 +25,7 @@ TEST_F(ObjectiveCConfiguration, TheDefaultIsOneObjectWithoutSettings) {
   EXPECT_TRUE([LaunchScreenConfiguration getDefaultConfiguration] == configuration);
 }
 
-TEST_F(ObjectiveCConfiguration, WritesToTheLibrarysConfiguration) {
+TEST_F(ObjectiveCConfiguration, SettersWriteToTheLibrarysConfiguration) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   [configuration setSkipMode:YES];
   [configuration setNextEventName:@"launch_end"];
@@ -48,7 +48,7 @@ TEST_F(ObjectiveCConfiguration, TheDefaultCanBeReplaced) {
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] == replacement);
 }
 
-TEST_F(ObjectiveCConfiguration, NilDoesNotReplaceTheDefault) {
+TEST_F(ObjectiveCConfiguration, NilIsLoggedAndDoesNotReplaceTheDefault) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   [LaunchScreenConfiguration setDefaultConfiguration:nil];
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] == configuration);
@@ -57,7 +57,7 @@ TEST_F(ObjectiveCConfiguration, NilDoesNotReplaceTheDefault) {
                           "setDefaultConfiguration:]): Failed to set nil configuration!"));
 }
 
-TEST_F(ObjectiveCConfiguration, ADefaultThatTheLibraryReplacesIsAnotherObject) {
+TEST_F(ObjectiveCConfiguration, IfTheLibraryReplacesTheDefaultTheHostGetsAnotherObject) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   vel::LaunchScreenConfiguration::setDefaultConfiguration(vel::LaunchScreenConfiguration::init());
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] != configuration);

@@ -1,4 +1,4 @@
-// The library calls the view delegate of the host.
+// How the library calls the view delegate of the host.
 #include <gtest/gtest.h>
 
 #include "Bindings/ObjectiveC/LaunchScreenContentLibrary.h"
@@ -39,7 +39,7 @@ TEST_F(ObjectiveCViewDelegate, CanRefuseTheDismissal) {
   EXPECT_FALSE(libraryContent->canLaunchScreenControllerDismiss(nullptr));
 }
 
-TEST_F(ObjectiveCViewDelegate, NeedsNoOperation) {
+TEST_F(ObjectiveCViewDelegate, MayImplementNoOperation) {
   [content setDelegate:[[[SilentViewDelegate alloc] init] autorelease]];
   libraryContent->launchScreenControllerWillPresent(nullptr);
   EXPECT_TRUE(libraryContent->canLaunchScreenControllerDismiss(nullptr));
@@ -54,7 +54,7 @@ TEST_F(ObjectiveCViewDelegate, GetsNoCallAfterItsRemoval) {
   EXPECT_EQ([delegate->calls count], 0U);
 }
 
-TEST_F(ObjectiveCViewDelegate, GetsNoCallAfterTheEndOfTheContent) {
+TEST_F(ObjectiveCViewDelegate, GetsNoCallAfterTheHostReleasesTheContent) {
   NativeViewDelegate* const delegate = [[[NativeViewDelegate alloc] init] autorelease];
   [content setDelegate:delegate];
   [content release];

@@ -1,4 +1,4 @@
-// The class MetricsCenter of a host receives the event.
+// The class MetricsCenter, which a host may have, receives the event.
 #include <gmock/gmock.h>
 #include <objc/runtime.h>
 
@@ -15,7 +15,7 @@ std::vector<std::string>& recordedEvents() {
 
 }  // namespace
 
-// The test adds the operation of this class to the class MetricsCenter, which it creates.
+// The test creates the class MetricsCenter at run time, and gives it the operation of this class.
 @interface EventRecorder : NSObject
 + (void)logEvent:(NSString*)name;
 @end
@@ -29,7 +29,8 @@ namespace {
 
 using testing::ElementsAre;
 
-// The process cannot remove a class, so one test checks both cases.
+// A process cannot remove a class, so one test checks the event first without the class, then with
+// it.
 TEST(ObjectiveCEvent, GoesToTheClassMetricsCenterAsSoonAsTheProcessHasIt) {
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   vel::test::VirtualPlatform platform;

@@ -58,9 +58,10 @@ TEST_F(ObjectiveCManager, RegistersItselfAndReturnsYesWhateverTheBrokerReturns) 
   EXPECT_TRUE(broker->resolver == manager);
 }
 
-TEST_F(ObjectiveCManager, IsActiveWithoutABroker) { EXPECT_TRUE([manager activate:nil]); }
+TEST_F(ObjectiveCManager, CanBeActivatedWithoutABroker) { EXPECT_TRUE([manager activate:nil]); }
 
-TEST_F(ObjectiveCManager, ReadsNumbersOfEachType) {
+TEST_F(ObjectiveCManager, ReadsADurationOfEachNumberType) {
+  // The library rounds each duration to the type float.
   EXPECT_EQ(secondsReadFrom([NSNumber numberWithInt:5]), 5.0);
   EXPECT_EQ(secondsReadFrom([NSNumber numberWithDouble:0.3]), 0.30000001192092896);
   EXPECT_EQ(secondsReadFrom([NSNumber numberWithFloat:0.1F]), 0.10000000149011612);
@@ -71,11 +72,11 @@ TEST_F(ObjectiveCManager, ReadsNumbersOfEachType) {
   EXPECT_EQ(secondsReadFrom([NSNumber numberWithBool:YES]), 1.0);
 }
 
-TEST_F(ObjectiveCManager, ReadsNumbersFromStrings) {
+TEST_F(ObjectiveCManager, ReadsADurationFromTheBeginningOfAString) {
   EXPECT_EQ(secondsReadFrom(@" 2.5 seconds"), 2.5);
 }
 
-TEST_F(ObjectiveCManager, RefusesADurationOfZeroAndOfAnotherClass) {
+TEST_F(ObjectiveCManager, RefusesADurationThatIsZeroOrNeitherANumberNorAString) {
   EXPECT_TRUE(request(parametersWith([NSNumber numberWithBool:NO])) == nil);
   EXPECT_TRUE(request(parametersWith(@"abc")) == nil);
   EXPECT_TRUE(request(parametersWith([NSArray array])) == nil);
@@ -84,14 +85,14 @@ TEST_F(ObjectiveCManager, RefusesADurationOfZeroAndOfAnotherClass) {
   EXPECT_THAT(platform.log, ElementsAre(line, line, line));
 }
 
-TEST_F(ObjectiveCManager, ReadsTheMode) {
+TEST_F(ObjectiveCManager, OnlyTheExactStringSkipSelectsSkipMode) {
   EXPECT_TRUE(isSkipModeReadFrom(@"skip"));
   EXPECT_FALSE(isSkipModeReadFrom(@"Skip"));
   EXPECT_FALSE(isSkipModeReadFrom([NSNumber numberWithBool:YES]));
   EXPECT_FALSE(isSkipModeReadFrom([NSNull null]));
 }
 
-TEST_F(ObjectiveCManager, ReadsAnEventInAnyScript) {
+TEST_F(ObjectiveCManager, ReadsAnEventNameInAnyScript) {
   NSString* const event = vel_objc::nativeString("d\xC3\xA9marrage \xF0\x9F\x8E\xAE");
   request(
       [NSDictionary dictionaryWithObjectsAndKeys:event, @"event", @"5", @"max_duration_time", nil]);
@@ -122,7 +123,7 @@ TEST_F(ObjectiveCManager, TheContentHasTheRequestOfTheHost) {
   EXPECT_TRUE([[manager contentDataForContentRequest:request] request] == request);
 }
 
-TEST_F(ObjectiveCManager, NotifiesTheDelegateOfTheState) {
+TEST_F(ObjectiveCManager, NotifiesTheDelegateOfEachStateChangeUntilItIsRemoved) {
   NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
   [manager setDelegate:delegate];
   EXPECT_TRUE([manager delegate] == delegate);
@@ -153,7 +154,7 @@ TEST_F(ObjectiveCManager, AFailedContentHasTheErrorOfTheLibrary) {
   EXPECT_EQ([[content error] code], 404);
 }
 
-TEST_F(ObjectiveCManager, LoadsARequestOfAnotherThreadOnTheMainThread) {
+TEST_F(ObjectiveCManager, LoadsARequestFromAnotherThreadOnTheMainThread) {
   NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
   [manager setDelegate:delegate];
   LaunchScreenContent* content = nil;
@@ -169,7 +170,7 @@ TEST_F(ObjectiveCManager, LoadsARequestOfAnotherThreadOnTheMainThread) {
   [content release];
 }
 
-TEST_F(ObjectiveCManager, ARequestUnderALaunchScreenGetsAContentOfItsOwn) {
+TEST_F(ObjectiveCManager, ARequestWhileALaunchScreenIsShownGetsAContentOfItsOwn) {
   LaunchScreenContent* const content = request(parametersWith(@"5"));
   const auto window = vel::test::openPlayerWindowWithContentViewController();
   window->contentViewController()->addChildViewController(vel::LaunchScreenViewController::init());

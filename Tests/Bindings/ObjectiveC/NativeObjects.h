@@ -11,14 +11,15 @@
 + (NativeRequest*)requestWithParameters:(NSDictionary*)parameters;
 @end
 
-/// A broker that keeps the resolver that was registered last.
+/// A broker that keeps the latest registered resolver, and returns NO.
 @interface NativeBroker : NSObject <ContentBroker> {
  @public
   id<ContentResolver> resolver;  // not retained
 }
 @end
 
-/// A resolver delegate that counts the changes and keeps the arguments of the last one.
+/// A resolver delegate that counts the changes of the state and keeps the arguments of the latest
+/// call.
 @interface NativeResolverDelegate : NSObject <ContentResolverDelegate> {
  @public
   int changes;
@@ -37,7 +38,8 @@
     didChangeStateForContentData:(id<ContentData>)data;
 @end
 
-/// A view delegate with all operations.
+/// A view delegate with all operations. It keeps the names of the calls, and the argument of
+/// `contentViewWillAppear:`.
 @interface NativeViewDelegate : NSObject <ContentViewDelegate> {
  @public
   NSMutableArray* calls;

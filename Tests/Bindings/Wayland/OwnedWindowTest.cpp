@@ -62,7 +62,7 @@ class GreenHost : NonCopyable {
 class OwnedWindow : public testing::TestWithParam<VelPresentation> {};
 
 // sway shows a new window over a fullscreen window only if the fullscreen window is its parent.
-TEST_P(OwnedWindow, IsInFrontOfAFullscreenHostThatHidesItsToplevel) {
+TEST_P(OwnedWindow, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   const Sway sway;
   GreenHost host(sway);
   host.create(false);

@@ -189,9 +189,9 @@ class WaylandSystem final : public TestedSystem {
   static constexpr std::uint32_t kDesktopColor = 0x203020;
 
   [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
-  // The area of the windows.
+  // The rectangle around all windows.
   [[nodiscard]] PixelRect bounds() const { return picture().boundsOfOtherColors(kDesktopColor); }
-  // The colours of the screen if the window is white.
+  // The colours of the screen, with the number of their pixels, if the window is white.
   static std::map<std::uint32_t, int> whiteWindow(PixelRect area) {
     const int count = area.width * area.height;
     return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
@@ -209,8 +209,8 @@ class WaylandSystem final : public TestedSystem {
 struct Recording {
   /// The actions of the script, each followed by its callbacks and by the state of the countdown.
   Lines lines;
-  /// The calls of `controls_kept` and of `take_controls`. These callbacks come when a window
-  /// manager replies, so their place among the other callbacks differs from run to run.
+  /// The calls of `controls_kept` and of `take_controls`. The library makes these calls when a
+  /// window manager replies, so their place among the other callbacks differs from run to run.
   Lines keptControls;
   Lines controlsToTake;
 };
@@ -238,7 +238,8 @@ class Script : NonCopyable {
     return static_cast<Script*>(userData)->recording_;
   }
   static Lines& linesOf(void* userData) { return recordingOf(userData).lines; }
-  // Omits a call that repeats the previous call, because a window manager may reply twice.
+  // Notes whether the call names any controls. Omits a call that repeats the previous one, because
+  // a window manager may reply twice.
   static void noteControls(Lines& lines, std::uint32_t controls) {
     const std::string line = controls != 0 ? "some" : "none";
     if (lines.empty() || lines.back() != line) {
@@ -389,8 +390,8 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // The headless display has no window manager that keeps controls. Each other system keeps
-  // different controls.
+  // The headless display has no window manager that keeps controls. X11 and Wayland keep different
+  // controls, and keep none at the end.
   EXPECT_THAT(headless.keptControls, IsEmpty());
   EXPECT_THAT(x11.keptControls, Contains("none"));
   EXPECT_THAT(wayland.keptControls, Contains("none"));

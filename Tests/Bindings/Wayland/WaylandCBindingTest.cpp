@@ -95,7 +95,7 @@ class WaylandCBinding : public testing::Test {
   }
 };
 
-TEST_F(WaylandCBinding, ARunOverASurfaceGoesToItsEvent) {
+TEST_F(WaylandCBinding, TheCallbacksOfALaunchScreenOverASurfaceComeInOrder) {
   create();
   present(1.5);
   ASSERT_TRUE(becomes(kWhite));
@@ -117,6 +117,7 @@ TEST_F(WaylandCBinding, ARunOverASurfaceGoesToItsEvent) {
 TEST_F(WaylandCBinding, WithoutTheToplevelTheHostIsAskedToDisableResizing) {
   create("wayland", false);
   present(60);
+  // 14: the close, miniaturise and resize controls.
   EXPECT_TRUE(pumpUntil([this] { return hasCall("take_controls 14"); }));
 }
 
@@ -131,7 +132,7 @@ TEST_F(WaylandCBinding, TheCountdownPausesWhileAnotherApplicationHasTheFocus) {
   EXPECT_TRUE(pumpUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
 }
 
-TEST_F(WaylandCBinding, TheCoverHasTheReportedSizeWhenTheFunctionReturns) {
+TEST_F(WaylandCBinding, TheCoverHasTheReportedSizeWhenVelResizedReturns) {
   create();
   present(60);
   ASSERT_TRUE(becomes(kWhite));
@@ -148,7 +149,7 @@ TEST_F(WaylandCBinding, TheCoverHasTheReportedSizeWhenTheFunctionReturns) {
   EXPECT_EQ(vel_resized(screen, 700, 32768), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(WaylandCBinding, OnlyASurfaceOfTheHostIsResized) {
+TEST_F(WaylandCBinding, VelResizedFailsWithoutASurfaceOfTheHost) {
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   options.display = "headless";
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();

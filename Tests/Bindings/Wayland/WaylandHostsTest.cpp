@@ -1,4 +1,5 @@
-// The C interface over hosts of different kinds, under each compositor.
+// The C interface over hosts that are busy, draw on a thread or use a toolkit, under each
+// compositor.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -72,7 +73,7 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK) << vel_last_error();
     }
   }
-  /// Pumps only the library until the window has one colour. The host is busy.
+  /// Pumps only the library, as if the host were busy, until the window has this colour.
   bool becomes(std::uint32_t color) {
     return eventually([&] {
       pump();
@@ -87,7 +88,7 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
       return condition();
     });
   }
-  /// Pumps until the host has this size, and reports the size to the library.
+  /// Pumps until the host has this size, reports the size to the library, and waits for the cover.
   void expectResize(CGSize size) {
     ASSERT_TRUE(waitWithHost([&] { return host.size() == size; }));
     ASSERT_EQ(vel_resized(screen, size.width, size.height), VEL_OK) << vel_last_error();
@@ -128,7 +129,7 @@ TEST_P(WaylandHosts, AHostThatCommitsUnderTheCoverStaysWhiteAndGetsItsFrameCallb
   expectHostAfterEnd();
 }
 
-TEST_P(WaylandHosts, AHostThatChangesItsSizeUnderTheCoverIsWhite) {
+TEST_P(WaylandHosts, AHostThatChangesItsSizeUnderTheCoverIsWhiteInTheNewSize) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   ASSERT_TRUE(becomes(kWhite));
@@ -138,7 +139,7 @@ TEST_P(WaylandHosts, AHostThatChangesItsSizeUnderTheCoverIsWhite) {
   expectHostAfterEnd(kLargeSize);
 }
 
-TEST_P(WaylandHosts, AHostThatBecomesFullscreenUnderTheCoverIsWhite) {
+TEST_P(WaylandHosts, AHostThatBecomesFullscreenUnderTheCoverIsWhiteOnTheWholeScreen) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   ASSERT_TRUE(becomes(kWhite));
@@ -175,7 +176,7 @@ TEST_P(WaylandHosts, AHostThatDrawsOnAnotherThreadStaysWhite) {
   drawer.join();
 }
 
-TEST_P(WaylandHosts, AHostWhoseThreadReadsTheConnectionIsWhiteAndLosesTheFocus) {
+TEST_P(WaylandHosts, AHostWhoseThreadReadsTheConnectionIsCoveredAndItsCountdownPauses) {
   ASSERT_TRUE(becomes(kGreen));
   std::atomic<bool> isEnded = false;
   std::thread reader([&] {
