@@ -72,7 +72,7 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
 // The seconds at the beginning of a line.
 double secondsOf(const std::string& line) { return std::atof(line.c_str()); }
 
-TEST_F(AppKitHost, IsWhiteUntilTheEndAndDrawsItsPictureAgain) {
+TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
   ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
@@ -102,7 +102,7 @@ TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheEnd) {
 
 // metacity draws the buttons of the title bar, and the free AppKit cannot remove these buttons. The
 // library fixes only the size of the window.
-TEST_F(AppKitHost, CannotBeResizedUntilTheEnd) {
+TEST_F(AppKitHost, HasAFixedSizeWhileCovered) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
   ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
@@ -133,11 +133,13 @@ TEST_F(AppKitHost, TheCountdownPausesWhileAnotherProgramHasTheFocus) {
   EXPECT_GT(secondsOf(host.lines()[2]), 6);
 }
 
-TEST_F(AppKitHost, ShowsAModalWindow) {
+TEST_F(AppKitHost, ShowsTheLaunchScreenInAModalWindow) {
   checkPresentationInAWindowOfTheLibrary(kModalWindow, "modal");
 }
 
-TEST_F(AppKitHost, ShowsASheet) { checkPresentationInAWindowOfTheLibrary(kSheet, "sheet"); }
+TEST_F(AppKitHost, ShowsTheLaunchScreenInASheet) {
+  checkPresentationInAWindowOfTheLibrary(kSheet, "sheet");
+}
 
 }  // namespace
 }  // namespace vel::test

@@ -26,7 +26,7 @@ class CocoaShow : private AppKitEnvironment, public X11Test {
   }
 };
 
-TEST_F(CocoaShow, TheWindowIsWhiteUntilTheEvent) {
+TEST_F(CocoaShow, ThePlayerWindowIsWhiteWhileTheLaunchScreenIsShown) {
   Process program = start({"--duration", "2"});
   ASSERT_TRUE(eventually([this] { return isPlayerWindowAll(kWhite); }));
   client.screenPicture(PixelRect{0, 0, 1280, 960}).save("cocoa-show");
@@ -40,7 +40,7 @@ TEST_F(CocoaShow, TheEventIsPrinted) {
   EXPECT_NE(output.find("game_started"), std::string::npos) << output;
 }
 
-TEST(CocoaShowWithoutAnXServer, TheDisplayIsAFailure) {
+TEST(CocoaShowWithoutAnXServer, ShowFails) {
   const AppKitEnvironment environment;
   Process program({LAUNCHSCREEN, "show", "--display", "cocoa"}, ":2147483647");
   EXPECT_EQ(program.wait(), 1);

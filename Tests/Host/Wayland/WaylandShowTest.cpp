@@ -28,14 +28,14 @@ class WaylandShow : public testing::Test {
   Sway sway;
 };
 
-TEST_F(WaylandShow, TheWindowIsWhiteUntilTheEvent) {
+TEST_F(WaylandShow, ThePlayerWindowIsWhiteWhileTheLaunchScreenIsShown) {
   Process program = start({"--display", "wayland", "--duration", "3"});
   ASSERT_TRUE(becomesWhite());
   sway.picture({0, 0, 1024, 768}).save("wayland-show");
   EXPECT_EQ(program.wait(), 0);
 }
 
-TEST_F(WaylandShow, AutoPrefersWayland) {
+TEST_F(WaylandShow, WithoutTheDisplayOptionWaylandIsUsed) {
   Process program = start({"--duration", "3"});
   ASSERT_TRUE(becomesWhite());
   EXPECT_EQ(program.wait(), 0);
@@ -47,14 +47,14 @@ TEST_F(WaylandShow, AModalWindowShowsTheLaunchScreen) {
   EXPECT_EQ(program.wait(), 0);
 }
 
-TEST_F(WaylandShow, ACompositorThatEndsIsAFailure) {
+TEST_F(WaylandShow, ShowFailsIfTheCompositorEnds) {
   Process program = start({"--display", "wayland", "--duration", "60"});
   ASSERT_TRUE(becomesWhite());
   sway.kill();
   EXPECT_EQ(program.wait(), 1);
 }
 
-TEST(WaylandShowWithoutACompositor, TheDisplayIsAFailure) {
+TEST(WaylandShowWithoutACompositor, ShowFails) {
   Process program(
       {"env", "WAYLAND_DISPLAY=/nonexistent", LAUNCHSCREEN, "show", "--display", "wayland"}, "");
   EXPECT_EQ(program.wait(), 1);
