@@ -63,6 +63,7 @@ class CocoaWindowSystem final : public WindowSystem {
 
   // `VelWindowObserver` calls these functions.
   void notificationPosted(NSNotification* notification);
+  /// The user has asked to close a window. Only reports the request.
   void userClosesWindow(NSWindow* native);
 
  private:
@@ -91,6 +92,7 @@ class CocoaWindowSystem final : public WindowSystem {
   void reportFrame(Window& window);
   void reportVisibility(Window& window);
   void reportOrder();
+  // Handles that the owner closes its window.
   void windowWillClose(NSWindow* native);
   [[nodiscard]] bool dispatchNativeEvents();
   [[nodiscard]] bool hasOrder() const;
@@ -102,9 +104,9 @@ class CocoaWindowSystem final : public WindowSystem {
   std::map<WindowHandle, std::unique_ptr<Window>> windows_;
   WindowHandle modalWindow_ = WindowHandle::None;
   std::vector<WindowHandle> order_;  // the last reported order
-  bool dispatchesEvents_;
+  bool dispatchesEvents_;            // true if the library has created the NSApplication
   Nanoseconds nextDispatchTime_ = 0;
-  Nanoseconds nextOrderCheckTime_ = 0;
+  Nanoseconds nextOrderCheckTime_ = 0;  // when to compare the stacking order with `order_`
 };
 
 }  // namespace vel

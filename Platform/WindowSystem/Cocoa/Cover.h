@@ -42,7 +42,9 @@ class Cover final : public NonCopyable {
 
  private:
   [[nodiscard]] bool isAnimated() const;
+  // True if the scene hides the whole content.
   [[nodiscard]] bool isOpaque() const;
+  // Adds, redraws or removes the view, as the scene and the shield require.
   void update();
   void attach(NSView* content);
 

@@ -41,7 +41,7 @@ class Canvas final : public NonCopyable {
     Proxy<wl_surface> surface;
     Proxy<wl_subsurface> subsurface;
     Proxy<wp_viewport> viewport;
-    std::vector<Proxy<wl_buffer>> buffers;
+    std::vector<Proxy<wl_buffer>> buffers;  // one colour, or the pictures of the indicator
     std::size_t shownBuffer = 0;
   };
 

@@ -50,10 +50,11 @@ class FocusTracker final : public NonCopyable {
 
   struct Seat {
     FocusTracker* tracker = nullptr;
-    std::uint32_t name = 0;
+    std::uint32_t name = 0;  // the name in the registry
     Proxy<wl_seat> proxy;
     Proxy<wl_keyboard> keyboard;
     Proxy<wl_pointer> pointer;
+    // The surfaces that have the keyboard and the pointer of the seat. The host may own them.
     const wl_surface* keyboardSurface = nullptr;
     const wl_surface* pointerSurface = nullptr;
   };

@@ -72,7 +72,7 @@ class WaylandWindowSystem final : public WindowSystem {
     NSWindowStyleMask ownersMask = 0;  // the mask of an adopted window before its first change
     /// True if the style mask has changed since the last report of the kept controls.
     bool hasNewStyleMask = false;
-    bool isOrderedIn = false;  // true from `orderFront` until `orderOut`
+    bool isOrderedIn = false;  // true from `orderFront` until `orderOut`; always if adopted
     /// The surface of the back end: its own window, or the cover of an adopted window while the
     /// cover is shown. Only a cover has a subsurface. Only a window of the back end has a toplevel.
     wayland::Proxy<wl_surface> surface;
@@ -91,18 +91,21 @@ class WaylandWindowSystem final : public WindowSystem {
   Window* find(WindowHandle handle);
   [[nodiscard]] WindowHandle findBySurface(const wl_surface* surface) const;
   void buttonPressed(WindowHandle handle, wl_seat* seat, std::uint32_t serial);
+  // True if another window is modal.
   [[nodiscard]] bool isShielded(const Window& window) const;
   // Opens, updates or closes the cover of an adopted window.
   void updateCover(Window& window);
   static void closeCover(Window& window);
   void openToplevel(Window& window);
   static void closeToplevel(Window& window);
+  // The compositor has configured a window of the back end.
   void configured(WindowHandle handle, CGSize size);
   void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;
   // Adds a report of the kept controls for each window whose style mask has changed. The platform
   // layer removes one control at a time, so the report waits until `deliverEvents`.
   void reportKeptControls();
   [[nodiscard]] bool hasCover() const;
+  // Releases all windows and reports `displayLost` if the connection is broken.
   void checkConnection();
 
   std::unique_ptr<wayland::Connection> connection_;
