@@ -76,7 +76,9 @@ using testing::Contains;
 
 constexpr std::uint32_t kGreen = 0x00FF00;
 
-/// A host with an application and a window of its own. It records its callbacks in `calls`.
+/// A host with an application and a window of its own. It records its callbacks in `calls`, with
+/// the values of their arguments: "ended 1" means that the time was used up, "ended 2" that the
+/// host dismissed the launch screen.
 class CocoaCBinding : public testing::Test {
  protected:
   CocoaCBinding() {

@@ -25,7 +25,7 @@ class GreenHost : NonCopyable {
       : surface(compositor.display(), "game", {500, 320}, kGreen) {}
   ~GreenHost() { vel_destroy(&screen); }
 
-  /// Creates a launch screen and loads a request.
+  /// Creates a launch screen and loads a request. Passes the xdg_toplevel if `hasToplevel` is true.
   void create(bool hasToplevel) {
     const WaylandSurface native = surface.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
@@ -59,6 +59,7 @@ class GreenHost : NonCopyable {
   VelLaunchScreen* screen = nullptr;
 };
 
+/// The parameter is the presentation, which puts the launch screen into a window of the library.
 class OwnedWindow : public testing::TestWithParam<VelPresentation> {};
 
 // sway shows a new window over a fullscreen window only if the fullscreen window is its parent.

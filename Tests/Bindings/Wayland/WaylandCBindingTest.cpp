@@ -19,7 +19,8 @@ using testing::ElementsAre;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr PixelRect kArea{262, 224, 500, 320};  // in the middle of the screen of sway
 
-/// A host that records its callbacks in `calls`.
+/// A host that records its callbacks in `calls`, with the values of their arguments: "ended 1"
+/// means that the time was used up, "ended 4" that the display was lost.
 class WaylandCBinding : public testing::Test {
  protected:
   WaylandCBinding() {
@@ -41,7 +42,8 @@ class WaylandCBinding : public testing::Test {
   }
   ~WaylandCBinding() override { vel_destroy(&screen); }
 
-  /// Creates a launch screen over the window of the host.
+  /// Creates a launch screen over the window of the host. Passes the xdg_toplevel if `hasToplevel`
+  /// is true.
   void create(const char* display = "auto", bool hasToplevel = true) {
     const WaylandSurface surface = host.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
@@ -110,6 +112,7 @@ TEST_F(WaylandCBinding, TheCallbacksOfALaunchScreenOverASurfaceComeInOrder) {
     return isControlCall;
   });
   EXPECT_THAT(calls, ElementsAre("will_appear", "did_disappear", "launch_end", "ended 1"));
+  // 6: the close and miniaturise controls. The library itself disables resizing.
   EXPECT_THAT(controlCalls, ElementsAre("controls_kept 6", "take_controls 6", "controls_kept 0",
                                         "take_controls 0"));
 }

@@ -41,7 +41,7 @@ struct Window {
   struct weston_surface* surface;
   struct wl_listener committed;
   struct wl_listener destroyed;
-  struct wl_event_source* centering;
+  struct wl_event_source* centering;  // the scheduled call of `center`, or null
   int width;
   int height;
 };

@@ -46,6 +46,7 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     host = nullptr;
   }
 
+  /// Adopts the window of the host. Passes the xdg_toplevel if `hasToplevel` is true.
   AdoptedWindow adopt(bool hasToplevel = true) {
     WaylandSurface window = host->window();
     if (!hasToplevel) {
