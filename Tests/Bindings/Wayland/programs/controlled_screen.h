@@ -2,103 +2,23 @@
 // SIGUSR1 presents the launch screen, SIGUSR2 dismisses it, and SIGTERM ends the program.
 #pragma once
 
-#include <VelLaunchScreen/vel_launch_screen.h>
-#include <signal.h>
-#include <stdio.h>
-#include <string.h>
-#include <unistd.h>
 #include <wayland-client.h>
 
-static volatile sig_atomic_t isPresentRequested;
-static volatile sig_atomic_t isDismissRequested;
-static volatile sig_atomic_t isEndRequested;
+// Installs the handlers of the signals.
+void handleSignals(void);
 
-static VelLaunchScreen* screen;
-// The size of the surface that the library knows.
-static double screenWidth;
-static double screenHeight;
-static int hasEnded;
+// Returns 1 after SIGTERM, otherwise 0.
+int isEndRequested(void);
 
-static void handleSignal(int number) {
-  isPresentRequested |= number == SIGUSR1;
-  isDismissRequested |= number == SIGUSR2;
-  isEndRequested |= number == SIGTERM;
-}
-
-static void handleSignals(void) {
-  struct sigaction action;
-  memset(&action, 0, sizeof(action));
-  action.sa_handler = handleSignal;
-  sigaction(SIGUSR1, &action, NULL);
-  sigaction(SIGUSR2, &action, NULL);
-  sigaction(SIGTERM, &action, NULL);
-}
-
-static void recordEnd(void* userData, VelEndReason reason) {
-  (void)userData;
-  (void)reason;
-  hasEnded = 1;
-}
-
-static void requireOk(VelStatus status) {
-  if (status != VEL_OK) {
-    fprintf(stderr, "%s\n", vel_last_error());
-    _exit(1);
-  }
-}
-
-static void presentScreen(struct wl_display* display, struct wl_surface* surface, double width,
-                          double height) {
-  VelCallbacks callbacks = VEL_CALLBACKS_INIT;
-  callbacks.ended = recordEnd;
-  VelHostWindow window = VEL_HOST_WINDOW_INIT;
-  window.wl_display = display;
-  window.wl_surface = surface;
-  window.width = screenWidth = width;
-  window.height = screenHeight = height;
-  VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
-  options.callbacks = &callbacks;
-  options.host_window = &window;
-  VelRequest request = VEL_REQUEST_INIT;
-  request.mode = "skip";
-  request.event = "launch_end";
-  request.seconds = 600;
-  requireOk(vel_create(&options, &screen));
-  requireOk(vel_request(screen, &request));
-  requireOk(vel_present(screen, VEL_PRESENT_EMBEDDED));
-}
+// Returns 1 while there is a launch screen, otherwise 0.
+int hasScreen(void);
 
 // Call this function often, with the current size of the surface. It does what the test has
 // requested by signals. It ends the program with status 1 if a call fails or the connection has a
 // protocol error.
-static void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
-                         double height) {
-  if (isPresentRequested) {
-    isPresentRequested = 0;
-    presentScreen(display, surface, width, height);
-  }
-  if (screen != NULL) {
-    if (width != screenWidth || height != screenHeight) {
-      requireOk(vel_resized(screen, screenWidth = width, screenHeight = height));
-    }
-    if (isDismissRequested) {
-      isDismissRequested = 0;
-      requireOk(vel_dismiss(screen));
-    }
-    requireOk(vel_pump(screen, NULL));
-    if (hasEnded) {
-      hasEnded = 0;
-      requireOk(vel_destroy(&screen));
-    }
-  }
-  if (wl_display_get_error(display) != 0) {
-    fprintf(stderr, "the connection has a protocol error\n");
-    _exit(1);
-  }
-}
+void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
+                  double height);
 
 // Ends the program with status 1 if the connection has failed, otherwise with status 0. Skips the
 // cleanup of the toolkit, because the toolkit leaks memory.
-static void endProgram(struct wl_display* display) {
-  _exit(wl_display_roundtrip(display) < 0 ? 1 : 0);
-}
+void endProgram(struct wl_display* display);

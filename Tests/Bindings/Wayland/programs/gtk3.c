@@ -17,7 +17,7 @@ static gboolean failOnClick(GtkWidget* widget, GdkEvent* event, gpointer data) {
   (void)widget;
   (void)event;
   (void)data;
-  if (screen != NULL) {
+  if (hasScreen()) {
     fprintf(stderr, "the program receives a click under the cover\n");
     _exit(1);
   }
@@ -29,7 +29,7 @@ static gboolean update(gpointer window) {
   struct wl_display* display = gdk_wayland_display_get_wl_display(gdk_window_get_display(surface));
   updateScreen(display, gdk_wayland_window_get_wl_surface(surface), gdk_window_get_width(surface),
                gdk_window_get_height(surface));
-  if (isEndRequested) {
+  if (isEndRequested()) {
     endProgram(display);
   }
   return TRUE;

@@ -28,10 +28,10 @@ int main(int argc, char** argv) {
     return 1;
   }
   handleSignals();
-  while (!isEndRequested) {
+  while (!isEndRequested()) {
     SDL_Event event;
     while (SDL_PollEvent(&event)) {
-      if (event.type == SDL_MOUSEBUTTONDOWN && screen != NULL) {
+      if (event.type == SDL_MOUSEBUTTONDOWN && hasScreen()) {
         fprintf(stderr, "the game receives a click under the cover\n");
         return 1;
       }
