@@ -1,5 +1,6 @@
 #include "Bindings/ObjectiveC/NativeApplication.h"
 
+#include <exception>
 #include <map>
 #include <utility>
 
@@ -42,12 +43,14 @@ class ContentController final
 
 // Creates the NSApplication if the host has not created it. The host runs the NSApplication.
 // Returns false if AppKit has no display. AppKit then throws an exception of Objective-C. With GCC,
-// only `catch (...)` catches it.
+// only `catch (...)` catches it. AppKit has set `NSApp` before it throws. Without the reset, a
+// second call would find an application.
 bool createNativeApplication(std::string& error) {
   try {
     [NSApplication sharedApplication];
     return true;
   } catch (...) {
+    NSApp = nil;
     error = "AppKit cannot open the display";
     return false;
   }
@@ -76,19 +79,8 @@ void updateContentController(vel::NSWindow& window, NSWindow* native) {
                                                     : vel::make<ContentController>(className));
 }
 
-}  // namespace
-
-bool startApplication(std::string& error) {
-  if (vel::NSApp != nullptr) {
-    return true;
-  }
-  if (![NSThread isMainThread]) {
-    error = "the first manager must be created on the main thread";
-    return false;
-  }
-  if (!createNativeApplication(error)) {
-    return false;
-  }
+// Starts the library. Throws an exception if the process has no descriptors left, for example.
+bool startLibrary(std::string& error) {
   vel::NSThread::becomeMainThread();
   auto windowSystem = vel::makeWindowSystem("cocoa", "", error);
   if (windowSystem == nullptr) {
@@ -102,7 +94,33 @@ bool startApplication(std::string& error) {
   return true;
 }
 
+}  // namespace
+
+bool startApplication(std::string& error) {
+  if (vel::NSApp != nullptr) {
+    return true;
+  }
+  if (![NSThread isMainThread]) {
+    error = "the first manager must be created on the main thread";
+    return false;
+  }
+  if (!createNativeApplication(error)) {
+    return false;
+  }
+  try {
+    return startLibrary(error);
+  } catch (const std::exception& exception) {
+    vel::NSApplication::stop();
+    error = exception.what();
+    return false;
+  }
+}
+
 vel::Strong<vel::NSWindow> windowFor(NSWindow* native, std::string& error) {
+  // Without this call, a window that has just closed would still be in `windows`.
+  if (vel::NSApp != nullptr) {
+    vel::NSApp->windowSystem().deliverEvents();
+  }
   static auto& windows = *new std::map<NSWindow*, vel::Weak<vel::NSWindow>>();
   std::erase_if(windows, [](const auto& entry) {
     const auto window = entry.second.lock();

@@ -17,6 +17,11 @@ static void printLine(NSString* line) {
   fflush(stdout);
 }
 
+// The free AppKit does not declare this operation.
+@protocol ActivationPolicySetter
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+
 // The library calls this class to record the event.
 @interface MetricsCenter : NSObject
 @end
@@ -120,6 +125,10 @@ static void printLine(NSString* line) {
 int main(void) {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   [NSApplication sharedApplication];
+  // On macOS, a program without a bundle cannot become active until it sets this policy.
+  if ([NSApp respondsToSelector:@selector(setActivationPolicy:)]) {
+    [(id<ActivationPolicySetter>)NSApp setActivationPolicy:NSApplicationActivationPolicyRegular];
+  }
   Game* game = [[Game alloc] init];
   // The user defaults contain the options of the command line.
   NSUserDefaults* options = [NSUserDefaults standardUserDefaults];

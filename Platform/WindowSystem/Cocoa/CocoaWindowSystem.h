@@ -24,10 +24,10 @@ namespace vel {
 /// dispatches the native events. Otherwise this class creates the NSApplication, and dispatches the
 /// native events in `deliverEvents`. This class calls its delegate only from `deliverEvents`.
 ///
-/// AppKit offers no pictures of the screen, and does not report a lost display or a changed style
-/// mask. So `picture` returns no value, and the back end never reports `displayLost` or
-/// `styleMaskChanged`. On the free AppKit, the window manager draws the close and miniaturise
-/// controls. The back end cannot remove them there, and reports them as kept.
+/// AppKit offers no pictures of the screen, and does not report a lost display. So `picture`
+/// returns no value, and the back end never reports `displayLost`. On the free AppKit, the window
+/// manager draws the close and miniaturise controls. The back end cannot remove them there, and
+/// reports them as kept.
 class CocoaWindowSystem final : public WindowSystem {
  public:
   /// Connects to AppKit. On failure, sets `error` to the reason and returns null.
@@ -91,6 +91,7 @@ class CocoaWindowSystem final : public WindowSystem {
   void report(WindowHandle handle, ReportQueue::Report report);
   void reportFrame(Window& window);
   void reportVisibility(Window& window);
+  void reportStyleMask(Window& window);
   void reportOrder();
   // Handles that the owner closes its window.
   void windowWillClose(NSWindow* native);

@@ -45,6 +45,11 @@
 }
 @end
 
+// The free AppKit does not declare this operation.
+@protocol VelActivationPolicySetter
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+
 // A window that the back end creates. A borderless NSWindow refuses to become key, so this class
 // allows it.
 @interface VelWindow : NSWindow
@@ -121,17 +126,29 @@ NSWindow* windowOfProcess(const CocoaWindow& description) {
   return nil;
 }
 
+// On macOS, a program without a bundle cannot become active until it sets this policy.
+void makeRegularApplication() {
+  if ([NSApp respondsToSelector:@selector(setActivationPolicy:)]) {
+    id const application = NSApp;
+    id<VelActivationPolicySetter> const setter = application;
+    [setter setActivationPolicy:NSApplicationActivationPolicyRegular];
+  }
+}
+
 // Creates the application of a process that has none. Returns false if AppKit has no display.
-// AppKit then throws an exception of Objective-C. With GCC, only `catch (...)` catches it.
+// AppKit then throws an exception of Objective-C. With GCC, only `catch (...)` catches it. AppKit
+// has set `NSApp` before it throws. Without the reset, a second call would find an application.
 bool createApplication(std::string& error) {
   try {
     [NSApplication sharedApplication];
+    makeRegularApplication();
     id const delegate = [[[VelLaunchDelegate alloc] init] autorelease];
     [NSApp setDelegate:delegate];
     [NSApp finishLaunching];
     [NSApp setDelegate:nil];
     return true;
   } catch (...) {
+    NSApp = nil;
     error = "AppKit cannot open the display";
     return false;
   }
@@ -193,6 +210,7 @@ CocoaWindowSystem::Window::Window(NSWindow* retainedWindow, Origin windowOrigin)
       frame(contentFrameOf(retainedWindow)) {}
 
 CocoaWindowSystem::Window::~Window() {
+  const AutoreleasePool pool;
   cover.remove();
   [native release];
 }
@@ -331,7 +349,7 @@ void CocoaWindowSystem::orderOut(WindowHandle handle) {
   if (window == nullptr) {
     return;
   }
-  window->cover.show({});
+  window->cover.show({}, window->frame.size);
   if (window->origin == Origin::Created && window->isOrderedIn) {
     window->isOrderedIn = false;
     window->isOnScreen = false;
@@ -403,7 +421,7 @@ void CocoaWindowSystem::setMovableByBackground(WindowHandle handle, bool isMovab
 void CocoaWindowSystem::setScene(WindowHandle handle, const Scene& scene) {
   const AutoreleasePool pool;
   if (Window* const window = find(handle)) {
-    window->cover.show(scene);
+    window->cover.show(scene, window->frame.size);
   }
 }
 
@@ -440,8 +458,9 @@ void CocoaWindowSystem::notificationPosted(NSNotification* notification) {
     return;
   }
   if ([name isEqualToString:NSApplicationDidBecomeActiveNotification]) {
-    const WindowHandle key =
-        find([NSApp keyWindow]) != nullptr ? handleOf([NSApp keyWindow]) : WindowHandle::None;
+    // Without a key window, the platform layer makes its last key window key. So this report also
+    // names a key window that is not in `windows_`.
+    const WindowHandle key = handleOf([NSApp keyWindow]);
     report(WindowHandle::None,
            [key](WindowSystemDelegate& delegate) { delegate.applicationActivated(key); });
     return;
@@ -453,15 +472,18 @@ void CocoaWindowSystem::notificationPosted(NSNotification* notification) {
   }
   const WindowHandle handle = handleOf(native);
   nextOrderCheckTime_ = 0;
-  if ([name isEqualToString:NSWindowDidBecomeKeyNotification]) {
-    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });
-  } else if ([name isEqualToString:NSWindowDidResignKeyNotification]) {
-    report(handle, [](WindowSystemDelegate& delegate) { delegate.focusMoved(WindowHandle::None); });
-  } else if ([name isEqualToString:NSWindowWillCloseNotification]) {
+  if ([name isEqualToString:NSWindowWillCloseNotification]) {
     windowWillClose(native);
-  } else {
-    reportFrame(*window);
-    reportVisibility(*window);
+    return;
+  }
+  // The platform layer ignores the focus of a window that is not on the screen, so the focus comes
+  // last.
+  reportFrame(*window);
+  reportVisibility(*window);
+  if ([name isEqualToString:NSWindowDidResignKeyNotification]) {
+    report(handle, [](WindowSystemDelegate& delegate) { delegate.focusMoved(WindowHandle::None); });
+  } else if ([name isEqualToString:NSWindowDidBecomeKeyNotification]) {
+    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });
   }
 }
 
@@ -472,6 +494,7 @@ void CocoaWindowSystem::reportFrame(Window& window) {
   }
   if (frame.size != window.frame.size) {
     window.style.sizeChanged();
+    window.cover.repair();
   }
   window.frame = frame;
   const WindowHandle handle = handleOf(window.native);
@@ -490,6 +513,21 @@ void CocoaWindowSystem::reportVisibility(Window& window) {
   report(handle, [=](WindowSystemDelegate& delegate) {
     delegate.miniaturizedChanged(handle, !isNowOnScreen);
   });
+  // AppKit can keep the key status of a window that is not on the screen, but the platform layer
+  // does not.
+  if (isNowOnScreen && [window.native isKeyWindow]) {
+    report(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });
+  }
+}
+
+// AppKit posts no notification when an owner changes the style mask of its window.
+void CocoaWindowSystem::reportStyleMask(Window& window) {
+  if (window.origin != Origin::Adopted || !window.style.updateOwnersMask()) {
+    return;
+  }
+  const WindowHandle handle = handleOf(window.native);
+  const NSWindowStyleMask mask = window.style.mask();
+  report(handle, [=](WindowSystemDelegate& delegate) { delegate.styleMaskChanged(handle, mask); });
 }
 
 bool CocoaWindowSystem::hasOrder() const {
@@ -515,11 +553,16 @@ void CocoaWindowSystem::reportOrder() {
 void CocoaWindowSystem::windowWillClose(NSWindow* native) {
   const WindowHandle handle = handleOf(native);
   const auto entry = windows_.find(handle);
-  const std::unique_ptr<Window> window = std::move(entry->second);
+  const std::shared_ptr<Window> window = std::move(entry->second);
   windows_.erase(entry);
   reports_.removeReports(handle);
   window->style.restore();
-  report(handle, [handle](WindowSystemDelegate& delegate) { delegate.windowDestroyed(handle); });
+  window->cover.remove();
+  // The report retains the native window, because the address of a deallocated window could become
+  // the handle of a new window before the report is delivered.
+  report(handle, [window](WindowSystemDelegate& delegate) {
+    delegate.windowDestroyed(handleOf(window->native));
+  });
 }
 
 void CocoaWindowSystem::userClosesWindow(NSWindow* native) {
@@ -555,6 +598,7 @@ bool CocoaWindowSystem::deliverEvents() {
     }
     for (const auto& [handle, window] : windows_) {
       reportVisibility(*window);
+      reportStyleMask(*window);
       window->cover.repair();
       window->cover.advance(now);
     }

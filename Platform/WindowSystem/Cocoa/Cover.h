@@ -20,8 +20,9 @@ class Cover final : public NonCopyable {
   explicit Cover(NSWindow* window) : window_(window) {}
   ~Cover() { remove(); }
 
-  /// Replaces the scene, and displays it before it returns.
-  void show(const Scene& scene);
+  /// Replaces the scene, and displays it before it returns. `size` is the size of the window's
+  /// content, for which the scene was made.
+  void show(const Scene& scene, CGSize size);
   [[nodiscard]] bool hasScene() const { return !scene_.empty(); }
   /// A shield takes the pointer events of the window even while the scene is empty.
   void setShielded(bool isShielded);
@@ -29,7 +30,8 @@ class Cover final : public NonCopyable {
   [[nodiscard]] bool isMovableByBackground() const { return isMovableByBackground_; }
   /// Removes the view.
   void remove();
-  /// Puts the view in front again after the owner has replaced the content view or added views.
+  /// Puts the view in front again after the owner has replaced the content view, resized it or
+  /// added views. If the content view does not keep the view, the next call tries again.
   void repair();
 
   /// The time of the next frame of an indicator; `kNever` if no indicator turns.
@@ -44,9 +46,11 @@ class Cover final : public NonCopyable {
   [[nodiscard]] bool isAnimated() const;
   // True if the scene hides the whole content.
   [[nodiscard]] bool isOpaque() const;
+  [[nodiscard]] bool isNeeded() const { return !scene_.empty() || isShielded_; }
   // Adds, redraws or removes the view, as the scene and the shield require.
   void update();
   void attach(NSView* content);
+  void fitToSuperview();
 
   NSWindow* window_;
   VelCoverView* view_ = nil;

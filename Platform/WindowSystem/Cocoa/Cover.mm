@@ -137,10 +137,9 @@ bool isFillOf(const SceneItem& item, CGSize size) {
 
 }  // namespace
 
-void Cover::show(const Scene& scene) {
+void Cover::show(const Scene& scene, CGSize size) {
   scene_ = scene;
-  const NSSize size = [[window_ contentView] bounds].size;
-  contentSize_ = {size.width, size.height};
+  contentSize_ = size;
   update();
   if (view_ != nil) {
     [view_ display];
@@ -156,14 +155,11 @@ void Cover::setShielded(bool isShielded) {
 }
 
 void Cover::update() {
-  if (scene_.empty() && !isShielded_) {
+  if (!isNeeded()) {
     remove();
     return;
   }
   repair();
-  if (view_ == nil) {
-    attach([window_ contentView]);
-  }
   if (view_ != nil) {
     view_->isOpaqueScene = isOpaque() ? YES : NO;
     [view_ setNeedsDisplay:YES];
@@ -176,8 +172,31 @@ void Cover::attach(NSView* content) {
   }
   view_ = [[VelCoverView alloc] initWithFrame:[content bounds]];
   view_->cover = this;
+  view_->isOpaqueScene = isOpaque() ? YES : NO;
   [view_ setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
   [content addSubview:view_ positioned:NSWindowAbove relativeTo:nil];
+}
+
+// The superview may not resize its subviews, and its coordinates may not be points of the window.
+// The coordinates of the view are points, because scenes are in points.
+void Cover::fitToSuperview() {
+  NSView* const superview = [view_ superview];
+  if (superview == nil) {
+    return;
+  }
+  const NSRect frame = [superview bounds];
+  if (!NSEqualRects([view_ frame], frame)) {
+    [view_ setFrame:frame];
+    [view_ setNeedsDisplay:YES];
+  }
+  const NSSize points = [superview convertRect:frame toView:nil].size;
+  const NSSize size = [view_ bounds].size;
+  constexpr double kTolerance = 0.5;
+  if (std::abs(points.width - size.width) > kTolerance ||
+      std::abs(points.height - size.height) > kTolerance) {
+    [view_ setBounds:NSMakeRect(0, 0, points.width, points.height)];
+    [view_ setNeedsDisplay:YES];
+  }
 }
 
 void Cover::remove() {
@@ -191,18 +210,20 @@ void Cover::remove() {
   view_ = nil;
 }
 
+// A content view such as NSBox adds the view to one of its subviews.
 void Cover::repair() {
-  if (view_ == nil) {
+  if (!isNeeded()) {
     return;
   }
   NSView* const content = [window_ contentView];
-  if ([view_ superview] != content) {
+  if (view_ == nil || ![view_ isDescendantOf:content]) {
     remove();
     attach(content);
-    update();
-  } else if ([[content subviews] lastObject] != view_) {
-    [content addSubview:view_ positioned:NSWindowAbove relativeTo:nil];
+  } else if (NSView* const superview = [view_ superview];
+                 [[superview subviews] lastObject] != view_) {
+    [superview addSubview:view_ positioned:NSWindowAbove relativeTo:nil];
   }
+  fitToSuperview();
 }
 
 bool Cover::isOpaque() const {

@@ -12,8 +12,9 @@ namespace vel::cocoa {
 /// Runs passes of the library's run loop in the host's native loop (`[NSApp run]`). The descriptor
 /// of the library's run loop becomes readable at the next deadline, after a wake-up from any
 /// thread, and after a report of the back end. The native loop watches the descriptor in its
-/// default, modal panel and event tracking modes. It watches each mode by its name, because the
-/// free AppKit does not support the common modes here. Used on the main thread.
+/// default and modal panel modes. It does not watch in the event tracking mode, because the
+/// countdown must not run there. It watches each mode by its name, because the free AppKit does not
+/// support the common modes here. Used on the main thread.
 class HostLoop final : public NonCopyable {
  public:
   /// `runPass` may destroy this object.

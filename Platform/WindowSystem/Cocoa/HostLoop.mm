@@ -24,21 +24,18 @@
   [fileHandle
       waitForDataInBackgroundAndNotifyForModes:[NSArray arrayWithObjects:NSDefaultRunLoopMode,
                                                                          NSModalPanelRunLoopMode,
-                                                                         NSEventTrackingRunLoopMode,
                                                                          nil]];
 }
 
-// AppKit sends one notification for each call of `watch`, so this method calls `watch` again. The
-// pass may destroy the `HostLoop`, which clears `hostLoop` and releases this object.
+// AppKit sends one notification for each call of `watch`, so this method calls `watch` again. It
+// does so before the pass, because a callback in the pass may raise an exception or run a modal
+// loop. The pass may destroy the `HostLoop`, which releases this object.
 - (void)dataBecameAvailable:(NSNotification*)notification {
-  [self retain];
-  if (hostLoop != nullptr) {
-    hostLoop->descriptorBecameReadable();
-  }
+  [[self retain] autorelease];
   if (hostLoop != nullptr) {
     [self watch];
+    hostLoop->descriptorBecameReadable();
   }
-  [self release];
 }
 
 @end

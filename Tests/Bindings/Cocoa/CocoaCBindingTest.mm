@@ -92,6 +92,10 @@ class CocoaCBinding : public testing::Test {
         setContentView:[[[GreenView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)] autorelease]];
     [window makeKeyAndOrderFront:nil];
     callbacks.user_data = this;
+    callbacks.may_disappear = [](void* test) {
+      note(test, "may_disappear");
+      return 1;
+    };
     callbacks.did_disappear = [](void* test) { note(test, "did_disappear"); };
     callbacks.record_event = [](void* test, const char* event) { note(test, event); };
     callbacks.controls_kept = [](void* test, std::uint32_t controls) {
@@ -294,6 +298,27 @@ TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKey) {
   [small release];
 }
 
+TEST_F(CocoaCBinding, TheCountdownPausesAfterTheHostHasPutItsWindowOnTheScreen) {
+  [window orderOut:nil];
+  present(60);
+  [window makeKeyAndOrderFront:nil];
+  EXPECT_TRUE(runUntil([this] { return display.giveFocus(window); }));
+  NSWindow* const small = openSmallWindow();
+  EXPECT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
+  [small close];
+  [small release];
+}
+
+TEST_F(CocoaCBinding, TheCountdownPausesWhileTheHostsWindowIsNotOnTheScreen) {
+  present(60);
+  ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
+  [window orderOut:nil];
+  EXPECT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
+  [window makeKeyAndOrderFront:nil];
+  EXPECT_TRUE(
+      runUntil([this] { return display.giveFocus(window) && pauseReason() == VEL_PAUSE_NONE; }));
+}
+
 // Loops
 
 TEST_F(CocoaCBinding, AModalDialogOfTheHostDoesNotStopTheLibrary) {
@@ -308,8 +333,13 @@ TEST_F(CocoaCBinding, AModalDialogOfTheHostDoesNotStopTheLibrary) {
 TEST_F(CocoaCBinding, ACallOnAnotherThreadWakesTheNativeLoop) {
   present(60, VEL_PRESENT_EMBEDDED, "skip");
   ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
+  // While the countdown pauses, only the call on the other thread causes a pass.
+  NSWindow* const small = openSmallWindow();
+  ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
   std::thread([this] { vel_dismiss(screen); }).join();
-  EXPECT_TRUE(runUntil([this] { return hasCall("ended 2"); }));
+  EXPECT_TRUE(runUntil([this] { return hasCall("may_disappear"); }));
+  [small close];
+  [small release];
 }
 
 TEST_F(CocoaCBinding, AHostThatDoesNotRunTheNativeLoopCanPump) {

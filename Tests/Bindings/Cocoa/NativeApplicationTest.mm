@@ -1,5 +1,6 @@
 // How the Objective-C interface adopts the windows of the process.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include "Bindings/ObjectiveC/LaunchScreenContent.h"
 #include "Bindings/ObjectiveC/NativeApplication.h"
@@ -74,6 +75,31 @@ TEST_F(NativeApplicationTest, AdoptsAWindowAgainAfterItHasClosed) {
   const auto reopenedWindow = vel_objc::windowFor(window, error);
   EXPECT_NE(reopenedWindow, nullptr) << error;
   EXPECT_NE(reopenedWindow, libraryWindow);
+}
+
+TEST_F(NativeApplicationTest, AdoptsAWindowAgainInTheTurnInWhichItCloses) {
+  const auto libraryWindow = vel_objc::windowFor(window, error);
+  ASSERT_NE(libraryWindow, nullptr) << error;
+  [window close];
+  [window makeKeyAndOrderFront:nil];
+  const auto reopenedWindow = vel_objc::windowFor(window, error);
+  ASSERT_NE(reopenedWindow, nullptr) << error;
+  EXPECT_NE(reopenedWindow, libraryWindow);
+  vel::NSApp->windowSystem().deliverEvents();
+  EXPECT_TRUE(reopenedWindow->isVisible());
+}
+
+TEST_F(NativeApplicationTest, AStartWithoutDescriptorsFailsAndCanBeRepeated) {
+  vel::NSApplication::stop();
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit noDescriptors{.rlim_cur = 0, .rlim_max = limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &noDescriptors);
+  const bool hasStarted = vel_objc::startApplication(error);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_FALSE(hasStarted);
+  EXPECT_NE(error, "");
+  EXPECT_TRUE(vel_objc::startApplication(error)) << error;
 }
 
 TEST_F(NativeApplicationTest, RefusesAPointerThatIsNotAWindowOfTheProcess) {

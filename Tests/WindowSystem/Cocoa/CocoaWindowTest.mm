@@ -1,6 +1,8 @@
 // The AppKit back end over a window of the host. The tests read the screen as another client.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "Platform/WindowSystem/Cocoa/CocoaWindowSystem.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
@@ -23,6 +25,72 @@
 }
 @end
 
+// A content view that forwards each added view to its first subview, as NSBox does.
+@interface ForwardingContentView : NSView {
+ @public
+  NSView* inner;  // not retained
+}
+@end
+@implementation ForwardingContentView
+- (void)addSubview:(NSView*)view positioned:(NSWindowOrderingMode)place relativeTo:(NSView*)other {
+  if (inner == nil) {
+    inner = view;
+    [super addSubview:view positioned:place relativeTo:other];
+  } else {
+    [inner addSubview:view positioned:place relativeTo:other];
+  }
+}
+@end
+
+// A content view that refuses each added view.
+@interface RefusingContentView : NSView
+@end
+@implementation RefusingContentView
+- (void)addSubview:(NSView*)view positioned:(NSWindowOrderingMode)place relativeTo:(NSView*)other {
+}
+@end
+
+// The host's window. Counts the presses of the pointer, on the cover too.
+@interface CountingWindow : NSWindow {
+ @public
+  int presses;
+}
+@end
+@implementation CountingWindow
+- (void)sendEvent:(NSEvent*)event {
+  presses += [event type] == NSLeftMouseDown ? 1 : 0;
+  [super sendEvent:event];
+}
+@end
+
+// A window whose style mask can change, as on macOS.
+@interface StyledWindow : NSWindow {
+ @public
+  NSUInteger mask;
+}
+- (void)setStyleMask:(NSUInteger)styleMask;
+@end
+@implementation StyledWindow
+- (NSUInteger)styleMask {
+  return mask;
+}
+- (void)setStyleMask:(NSUInteger)styleMask {
+  mask = styleMask;
+}
+@end
+
+// Records the activation policy, which the free AppKit does not have.
+static NSInteger activationPolicy = -1;
+@interface NSApplication (ActivationPolicy)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+@implementation NSApplication (ActivationPolicy)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
+  activationPolicy = policy;
+  return YES;
+}
+@end
+
 namespace vel::test {
 namespace {
 
@@ -39,10 +107,10 @@ class CocoaWindowTest : public testing::Test {
       throw std::runtime_error(error);
     }
     system->setDelegate(&reports);
-    native = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 200, 400, 300)
-                                         styleMask:15
-                                           backing:NSBackingStoreBuffered
-                                             defer:NO];
+    native = [[CountingWindow alloc] initWithContentRect:NSMakeRect(200, 200, 400, 300)
+                                               styleMask:15
+                                                 backing:NSBackingStoreBuffered
+                                                   defer:NO];
     [native setReleasedWhenClosed:NO];
     content = [[GreenContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)];
     [native setContentView:content];
@@ -78,10 +146,14 @@ class CocoaWindowTest : public testing::Test {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
   std::unique_ptr<CocoaWindowSystem> system;
   ReportListener reports;
-  NSWindow* native = nil;
+  CountingWindow* native = nil;
   GreenContentView* content = nil;
   WindowHandle window = WindowHandle::None;
 };
+
+TEST_F(CocoaWindowTest, AnApplicationOfTheLibraryIsRegular) {
+  EXPECT_EQ(activationPolicy, NSApplicationActivationPolicyRegular);
+}
 
 TEST_F(CocoaWindowTest, TheCoverIsVisibleAtOnceAndItsViewIsRemovedAtTheEnd) {
   showWhite(400, 300);
@@ -110,6 +182,63 @@ TEST_F(CocoaWindowTest, TheCoverStaysAboveViewsThatTheOwnerAdds) {
   [added removeFromSuperview];
 }
 
+TEST_F(CocoaWindowTest, AContentViewCanForwardTheCoverToAnInnerView) {
+  ForwardingContentView* const box =
+      [[[ForwardingContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)] autorelease];
+  [box addSubview:[[[GreenContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)] autorelease]
+       positioned:NSWindowAbove
+       relativeTo:nil];
+  [native setContentView:box];
+  showWhite(400, 300);
+  EXPECT_EQ([[box->inner subviews] count], 1U);
+  GreenContentView* const added =
+      [[[GreenContentView alloc] initWithFrame:NSMakeRect(50, 50, 100, 100)] autorelease];
+  [box->inner addSubview:added];
+  EXPECT_TRUE(
+      waitFor([=, this] { return [[box->inner subviews] lastObject] != added && isAll(kWhite); }));
+  EXPECT_EQ([[box->inner subviews] count], 2U);
+}
+
+TEST_F(CocoaWindowTest, AContentViewCanRefuseTheCover) {
+  [native setContentView:[[[RefusingContentView alloc] initWithFrame:NSMakeRect(0, 0, 400, 300)]
+                             autorelease]];
+  showWhite(400, 300);
+  system->deliverEvents();
+  EXPECT_EQ([[[native contentView] subviews] count], 0U);
+}
+
+TEST_F(CocoaWindowTest, TheCoverReturnsAfterATimeWithoutAContentView) {
+  showWhite(400, 300);
+  [native setContentView:nil];
+  system->deliverEvents();
+  [native setContentView:content];
+  EXPECT_TRUE(waitFor([this] { return isAll(kWhite); }));
+}
+
+TEST_F(CocoaWindowTest, TheCoverFollowsAContentViewThatDoesNotResizeItsSubviews) {
+  [content setAutoresizesSubviews:NO];
+  showWhite(400, 300);
+  [native setContentSize:NSMakeSize(600, 450)];
+  EXPECT_TRUE(waitFor([this] {
+    return display.client.areaOnScreen(AppKitDisplay::idOf(native)).width == 600 && isAll(kWhite);
+  }));
+}
+
+TEST_F(CocoaWindowTest, TheCoverDrawsInPointsOfTheWindowIfTheContentViewHasOtherBounds) {
+  [content setBounds:NSMakeRect(30, 40, 800, 600)];
+  system->setScene(
+      window,
+      {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 400, 300), .color = {1, 1, 1, 1}},
+       {.kind = SceneItem::Kind::Fill,
+        .frame = CGRectMake(200, 150, 100, 50),
+        .color = {1, 0, 0, 1}}});
+  EXPECT_TRUE(waitFor([this] {
+    const PixelRect drawn =
+        display.client.screenPicture(AppKitDisplay::idOf(native)).boundsOfOtherColors(kWhite);
+    return drawn.x == 200 && drawn.width == 100 && drawn.height == 50;
+  }));
+}
+
 TEST_F(CocoaWindowTest, TheIndicatorTurnsInsideItsFrame) {
   const CGRect indicator{{184, 134}, {32, 32}};
   system->setScene(
@@ -134,8 +263,12 @@ TEST_F(CocoaWindowTest, TheCoverTakesThePointerEvents) {
   showWhite(400, 300);
   EXPECT_NE([content hitTest:middle], content);
   clickInTheMiddle();
-  EXPECT_TRUE(waitFor([this] { return isAll(kWhite); }));
+  EXPECT_TRUE(waitFor([this] { return native->presses == 1; }));
   EXPECT_EQ(content->presses, 0);
+  system->setScene(window, {});
+  clickInTheMiddle();
+  EXPECT_TRUE(waitFor([this] { return native->presses == 2; }));
+  EXPECT_EQ(content->presses, 1);
 }
 
 TEST_F(CocoaWindowTest, AModalWindowShieldsTheHostsWindowFromThePointer) {
@@ -179,9 +312,68 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   // remove them.
   EXPECT_TRUE(
       waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
+  // The free AppKit also applies the fixed size to the owner's own calls.
+  [native setContentSize:NSMakeSize(600, 450)];
+  EXPECT_EQ([[native contentView] frame].size.width, 400);
   system->releaseWindow(window);
   EXPECT_EQ([native minSize].width, minSize.width);
   EXPECT_EQ([native maxSize].height, maxSize.height);
+  [native setContentSize:NSMakeSize(600, 450)];
+  EXPECT_EQ([[native contentView] frame].size.width, 600);
+}
+
+TEST_F(CocoaWindowTest, SizeLimitsThatTheOwnerSetsWhileTheSizeIsFixedRemain) {
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  [native setMinSize:NSMakeSize(123, 45)];
+  system->releaseWindow(window);
+  EXPECT_EQ([native minSize].width, 123);
+}
+
+TEST_F(CocoaWindowTest, AControlInTheContentIsNotAButtonOfTheTitleBar) {
+  // The tags of a new control and of the close button are 0.
+  NSButton* const button =
+      [[[NSButton alloc] initWithFrame:NSMakeRect(10, 10, 50, 20)] autorelease];
+  [content addSubview:button];
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  EXPECT_FALSE([button isHidden]);
+  EXPECT_TRUE(
+      waitFor([this] { return reports.contains("controls kept " + nameOf(window) + " 6"); }));
+  [button setHidden:YES];
+  system->releaseWindow(window);
+  EXPECT_TRUE([button isHidden]);
+}
+
+TEST_F(CocoaWindowTest, AStyleMaskThatTheOwnerChangesIsReported) {
+  StyledWindow* const styled = [[[StyledWindow alloc] initWithContentRect:NSMakeRect(0, 0, 100, 80)
+                                                                styleMask:15
+                                                                  backing:NSBackingStoreBuffered
+                                                                    defer:NO] autorelease];
+  [styled setReleasedWhenClosed:NO];
+  styled->mask = 15;
+  std::string error;
+  const auto adopted = system->adoptWindow(CocoaWindow{.window = styled}, error);
+  ASSERT_TRUE(adopted.has_value()) << error;
+  EXPECT_EQ(adopted->styleMask, 15U);
+  styled->mask = 7;
+  EXPECT_TRUE(waitFor([&] { return reports.contains("style " + nameOf(adopted->handle) + " 7"); }));
+}
+
+TEST_F(CocoaWindowTest, TheLibraryChangesOnlyTheControlsOfAStyleMask) {
+  constexpr NSUInteger kFullScreen = 1U << 14U;
+  StyledWindow* const styled = [[[StyledWindow alloc] initWithContentRect:NSMakeRect(0, 0, 100, 80)
+                                                                styleMask:15
+                                                                  backing:NSBackingStoreBuffered
+                                                                    defer:NO] autorelease];
+  [styled setReleasedWhenClosed:NO];
+  styled->mask = 15;
+  std::string error;
+  const auto adopted = system->adoptWindow(CocoaWindow{.window = styled}, error);
+  ASSERT_TRUE(adopted.has_value()) << error;
+  system->setStyleMask(adopted->handle, NSWindowStyleMaskTitled);
+  EXPECT_EQ(styled->mask, 1U);
+  styled->mask |= kFullScreen;
+  system->releaseWindow(adopted->handle);
+  EXPECT_EQ(styled->mask, 15U | kFullScreen);
 }
 
 TEST_F(CocoaWindowTest, AWindowCanBeAdoptedByItsNumberButNotTwice) {
@@ -199,6 +391,47 @@ TEST_F(CocoaWindowTest, AWindowThatItsOwnerOrdersOutCountsAsMiniaturised) {
   EXPECT_TRUE(waitFor([this] { return reports.contains("miniaturized " + nameOf(window)); }));
   [native makeKeyAndOrderFront:nil];
   EXPECT_TRUE(waitFor([this] { return reports.contains("deminiaturized " + nameOf(window)); }));
+}
+
+// The platform layer ignores the focus of a window that is not on the screen.
+TEST_F(CocoaWindowTest, AWindowIsReportedAsDeminiaturisedBeforeItIsReportedAsKey) {
+  [native orderOut:nil];
+  EXPECT_TRUE(waitFor([this] { return reports.contains("miniaturized " + nameOf(window)); }));
+  reports.lines.clear();
+  [native orderFront:nil];
+  [[NSNotificationCenter defaultCenter] postNotificationName:NSWindowDidBecomeKeyNotification
+                                                      object:native];
+  system->deliverEvents();
+  const auto positionOf = [this](const std::string& line) {
+    return std::ranges::find(reports.lines, line) - reports.lines.begin();
+  };
+  EXPECT_TRUE(reports.contains("focus " + nameOf(window)));
+  EXPECT_LT(positionOf("deminiaturized " + nameOf(window)), positionOf("focus " + nameOf(window)));
+}
+
+TEST_F(CocoaWindowTest, TheKeyWindowAtActivationIsReportedEvenIfTheLibraryDoesNotKnowIt) {
+  NSWindow* const unknown = [[[NSWindow alloc] initWithContentRect:NSMakeRect(700, 300, 200, 150)
+                                                         styleMask:1
+                                                           backing:NSBackingStoreBuffered
+                                                             defer:NO] autorelease];
+  [unknown setReleasedWhenClosed:NO];
+  [unknown makeKeyAndOrderFront:nil];
+  EXPECT_TRUE(waitFor([=] { return [unknown isKeyWindow]; }));
+  [[NSNotificationCenter defaultCenter]
+      postNotificationName:NSApplicationDidBecomeActiveNotification
+                    object:NSApp];
+  const std::string line =
+      "activated " + nameOf(static_cast<WindowHandle>(reinterpret_cast<std::uintptr_t>(unknown)));
+  EXPECT_TRUE(waitFor([&] { return reports.contains(line); }));
+  [unknown close];
+}
+
+TEST_F(CocoaWindowTest, AWindowThatClosesIsReleasedAfterTheReport) {
+  const NSUInteger retainCount = [native retainCount];
+  [native close];
+  EXPECT_EQ([native retainCount], retainCount);
+  EXPECT_TRUE(waitFor([this] { return reports.contains("destroyed " + nameOf(window)); }));
+  EXPECT_EQ([native retainCount], retainCount - 1);
 }
 
 }  // namespace
