@@ -73,6 +73,7 @@ void CallbackDelegate::reportKeptControls(std::uint32_t controls) {
 void CallbackDelegate::requestControlsRemoval(std::uint32_t controls) {
   queue_.add([this, controls] {
     if (callbacks_.take_controls != nullptr) {
+      hasTakenControls_ = controls != 0;
       callbacks_.take_controls(callbacks_.user_data, controls);
     }
   });

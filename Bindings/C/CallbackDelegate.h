@@ -57,6 +57,9 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   /// Records that no dismissal is in progress any more.
   void forgetDismissal() { hasAgreedToDismissal_ = false; }
 
+  /// True if the latest call of `take_controls` has asked the host to remove controls.
+  [[nodiscard]] bool hasTakenControls() const { return hasTakenControls_; }
+
   /// The latest log line.
   [[nodiscard]] const std::string& lastLogLine() const { return lastLogLine_; }
 
@@ -65,6 +68,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   CallbackQueue queue_;
   std::function<bool()> disappearanceHandler_;
   bool hasAgreedToDismissal_ = false;
+  bool hasTakenControls_ = false;
   std::string lastLogLine_;
 };
 

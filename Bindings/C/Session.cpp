@@ -164,12 +164,20 @@ void Session::deliverAllCallbacks() {
 void Session::markDestroyed() {
   isDestroyed_ = true;
   delegate_->silence();
-  if (isPresented_ && callbacks_.ended != nullptr) {
-    const VelEndReason reason = endReason_.value_or(VEL_END_DESTROYED);
-    lastCallback_ = [callbacks = callbacks_, reason] {
-      callbacks.ended(callbacks.user_data, reason);
-    };
+  const bool restoresControls = delegate_->hasTakenControls();
+  const bool reportsEnd = isPresented_ && callbacks_.ended != nullptr;
+  if (!restoresControls && !reportsEnd) {
+    return;
   }
+  const VelEndReason reason = endReason_.value_or(VEL_END_DESTROYED);
+  lastCallbacks_ = [callbacks = callbacks_, restoresControls, reportsEnd, reason] {
+    if (restoresControls) {
+      callbacks.take_controls(callbacks.user_data, 0);
+    }
+    if (reportsEnd) {
+      callbacks.ended(callbacks.user_data, reason);
+    }
+  };
 }
 
 VelStatus Session::request(const Strong<NSDictionary>& parameters, std::string& error) {

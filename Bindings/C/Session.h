@@ -88,15 +88,15 @@ class Session : NonCopyable {
   /// operation.
   void deliverCallbacks();
 
-  /// Discards the waiting callbacks and calls no further callback except `ended`. The outermost
-  /// running function then ends the session.
+  /// Discards the waiting callbacks and calls no further callback except `take_controls` and
+  /// `ended`. The outermost running function then ends the session.
   void markDestroyed();
   /// Any thread may call this function.
   [[nodiscard]] bool isDestroyed() const { return isDestroyed_; }
-  /// Returns the callback that reports the end of the launch screen. The caller must call the
-  /// callback after the session has ended. The callback is empty if the end has already been
-  /// reported.
-  [[nodiscard]] std::function<void()> takeLastCallback() { return std::move(lastCallback_); }
+  /// Returns a function that asks the host to restore its controls and reports the end of the
+  /// launch screen. The caller must call the function after the session has ended. The function is
+  /// empty if the host has already received both callbacks.
+  [[nodiscard]] std::function<void()> takeLastCallbacks() { return std::move(lastCallbacks_); }
 
  private:
   Session() = default;
@@ -137,7 +137,7 @@ class Session : NonCopyable {
   // callback. The outermost function ends a session that is marked as destroyed.
   std::size_t runningFunctionCount_ = 0;
   std::atomic<bool> isDestroyed_ = false;
-  std::function<void()> lastCallback_;
+  std::function<void()> lastCallbacks_;
 };
 
 }  // namespace vel

@@ -105,8 +105,7 @@ VelStatus findSession(const VelLaunchScreen* screen, AllowedCaller caller, Sessi
   return fail(VEL_WRONG_THREAD, "only the thread that created the launch screen may call this");
 }
 
-// Ends the session. Returns the callback that reports the end of the launch screen. The callback
-// may be empty.
+// Ends the session. Returns the function that calls the last callbacks. The function may be empty.
 std::function<void()> endSession() {
   std::unique_ptr<Session> session;
   {
@@ -114,31 +113,32 @@ std::function<void()> endSession() {
     registry().isChanging = true;
     session.swap(registry().session);
   }
-  std::function<void()> lastCallback = session->takeLastCallback();
+  std::function<void()> lastCallbacks = session->takeLastCallbacks();
   session = nullptr;
   const std::scoped_lock lock(registry().mutex);
   registry().isChanging = false;
-  return lastCallback;
+  return lastCallbacks;
 }
 
 /// A running function of this interface. The outermost running function ends a session that
 /// `Session::markDestroyed` has marked.
 class RunningFunction : vel::NonCopyable {
  public:
-  /// Stores the callback that reports the end of the session in `lastCallback`.
-  RunningFunction(Session& session, std::function<void()>& lastCallback)
-      : session_(session), lastCallback_(lastCallback) {
+  /// If this object ends the session, stores the function that calls the last callbacks in
+  /// `lastCallbacks`.
+  RunningFunction(Session& session, std::function<void()>& lastCallbacks)
+      : session_(session), lastCallbacks_(lastCallbacks) {
     session_.enterFunction();
   }
   ~RunningFunction() {
     if (session_.leaveFunction() && session_.isDestroyed()) {
-      lastCallback_ = endSession();
+      lastCallbacks_ = endSession();
     }
   }
 
  private:
   Session& session_;
-  std::function<void()>& lastCallback_;
+  std::function<void()>& lastCallbacks_;
 };
 
 // Calls `body`. Converts an exception to a status, because C has no exceptions.
@@ -162,9 +162,9 @@ VelStatus withSession(VelLaunchScreen* screen, Body&& body,
   if (const VelStatus status = findSession(screen, caller, session); status != VEL_OK) {
     return status;
   }
-  std::function<void()> lastCallback;
+  std::function<void()> lastCallbacks;
   const VelStatus status = catchExceptions([&] {
-    const RunningFunction function(*session, lastCallback);
+    const RunningFunction function(*session, lastCallbacks);
     session->deliverCallbacks();
     if (session->isDestroyed()) {
       return fail(VEL_NOT_ALIVE, "a callback has destroyed the launch screen");
@@ -176,8 +176,8 @@ VelStatus withSession(VelLaunchScreen* screen, Body&& body,
     }
     return result == VEL_OK ? VEL_OK : fail(result, error);
   });
-  if (lastCallback) {
-    lastCallback();
+  if (lastCallbacks) {
+    lastCallbacks();
   }
   if (status == VEL_OK) {
     clearLastError();  // a callback may have called a function that failed

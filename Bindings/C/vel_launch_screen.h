@@ -170,9 +170,10 @@ typedef struct VelCallbacks {
   void (*ended)(void* user_data, VelEndReason reason);
   /* The host should remove these controls of its Wayland window with its toolkit, because Wayland
    * does not allow the library to remove them. `controls` has VEL_CONTROL_ bits. The host should
-   * restore every control whose bit is not set. When the launch screen ends, `controls` is 0. The
-   * library calls take_controls only for a window that VelHostWindow::wl_surface names. Null: the
-   * controls stay. */
+   * restore every control whose bit is not set. When the launch screen ends, `controls` is 0. If
+   * vel_destroy() ends the launch screen, the handle is no longer valid in this callback, and
+   * `user_data` must stay valid until this callback returns. The library calls take_controls only
+   * for a window that VelHostWindow::wl_surface names. Null: the controls stay. */
   void (*take_controls)(void* user_data, uint32_t controls);
 } VelCallbacks;
 
@@ -185,7 +186,8 @@ struct wl_surface;
 struct xdg_toplevel;
 
 /* A window for vel_create() to cover. Set the members of one window system, and leave all other
- * members 0. All objects must stay valid until vel_destroy() returns. */
+ * members 0. All objects must stay valid until vel_destroy() returns. This includes the role
+ * `xdg_toplevel`. */
 typedef struct VelHostWindow {
   size_t size;         /* sizeof(VelHostWindow) */
   uint64_t x11_window; /* X11: the identifier of a window of any program */
@@ -195,9 +197,10 @@ typedef struct VelHostWindow {
   struct wl_display* wl_display; /* Wayland: the connection of this process */
   struct wl_surface* wl_surface; /* Wayland: a surface of this connection */
   /* Wayland: the role of the surface. To disable resizing, the library sets the minimum and maximum
-   * size of the role. To restore resizing, it removes both sizes. The window geometry must have the
-   * size of the surface. Null: the library does not disable resizing. A sheet or a modal window
-   * then needs a compositor with xdg-foreign, and the surface must have the role xdg_toplevel. */
+   * size of the role. To restore resizing, it removes both sizes. After vel_resized(), the next
+   * commit of the host applies the new sizes. The window geometry must have the size of the
+   * surface. Null: the library does not disable resizing. A sheet or a modal window then needs a
+   * compositor with xdg-foreign, and the surface must have the role xdg_toplevel. */
   struct xdg_toplevel* xdg_toplevel;
   double width;  /* Wayland: width of the surface in surface coordinates, 1 to 32767 */
   double height; /* Wayland: height of the surface in surface coordinates, 1 to 32767 */
@@ -280,11 +283,12 @@ VEL_C_EXPORT VelStatus vel_create(const VelCreateOptions* options, VelLaunchScre
 
 /* This interface ends a launch screen in any state, restores the window, and stores null in
  * *screen. The library discards an event that has not been recorded yet. The library calls no
- * callback after this call. Exception: it calls `ended` for a presented launch screen that has not
+ * callback after this call. Exceptions: it calls take_controls with 0 if the latest argument of
+ * take_controls was not 0, and then it calls `ended` for a presented launch screen that has not
  * ended. If a callback calls this interface, the launch screen ends when the outermost call
- * returns. Only then does the library call `ended`, and only then can a new launch screen be
- * created. If the owning thread has ended, any thread can call this interface and becomes the
- * owning thread.
+ * returns. Only then does the library call take_controls and `ended`, and only then can a new
+ * launch screen be created. If the owning thread has ended, any thread can call this interface and
+ * becomes the owning thread.
  *
  * VEL_INVALID_ARGUMENT: `screen` is null.
  * VEL_NOT_ALIVE: *screen is null or has been destroyed. */
@@ -332,9 +336,9 @@ VEL_C_EXPORT VelStatus vel_present(VelLaunchScreen* screen, VelPresentation pres
  * VEL_NOT_UP: no launch screen is shown. Only the owning thread receives this status. */
 VEL_C_EXPORT VelStatus vel_dismiss(VelLaunchScreen* screen);
 
-/* This interface reports the new size of a Wayland surface, in surface coordinates. Call it after
- * each change of the size, because Wayland does not report the size of a surface to the library.
- * The cover has the new size when this interface returns.
+/* This interface reports the new size of a Wayland surface, in surface coordinates. Call it for
+ * each new size, before the host commits a buffer of this size. Wayland does not report the size of
+ * a surface to the library. The cover has the new size when this interface returns.
  *
  * VEL_INVALID_ARGUMENT: the width or the height is not 1 to 32767.
  * VEL_BAD_WINDOW: the window is not a Wayland surface of the host, or the window has been closed.

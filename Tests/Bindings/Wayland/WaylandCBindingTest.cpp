@@ -124,6 +124,46 @@ TEST_F(WaylandCBinding, WithoutTheToplevelTheHostIsAskedToDisableResizing) {
   EXPECT_TRUE(pumpUntil([this] { return hasCall("take_controls 14"); }));
 }
 
+TEST_F(WaylandCBinding, DestroyingTheLaunchScreenAsksTheHostToRestoreItsControls) {
+  create("wayland", false);
+  present(60);
+  ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 14"); }));
+  calls.clear();
+  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+  // 5: vel_destroy() has ended the launch screen.
+  EXPECT_THAT(calls, ElementsAre("take_controls 0", "ended 5"));
+}
+
+TEST_F(WaylandCBinding, DestroyingTheLaunchScreenInTakeControlsRestoresTheControls) {
+  struct Host {
+    VelLaunchScreen** screen;
+    std::vector<std::uint32_t> takenControls;
+  } data{&screen, {}};
+  callbacks = VEL_CALLBACKS_INIT;
+  callbacks.user_data = &data;
+  callbacks.take_controls = [](void* userData, std::uint32_t controls) {
+    auto& hostData = *static_cast<Host*>(userData);
+    hostData.takenControls.push_back(controls);
+    vel_destroy(hostData.screen);
+  };
+  create("wayland", false);
+  present(60);
+  ASSERT_TRUE(eventually([&] {
+    host.pump();
+    return vel_pump(screen, nullptr) != VEL_OK || screen == nullptr;
+  }));
+  EXPECT_THAT(data.takenControls, ElementsAre(14U, 0U));
+}
+
+TEST_F(WaylandCBinding, ControlsThatAreRestoredAreNotRestoredAgainAtTheEnd) {
+  create("wayland", false);
+  present(0.5);
+  ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 0"); }));
+  calls.clear();
+  ASSERT_EQ(vel_destroy(&screen), VEL_OK);
+  EXPECT_THAT(calls, testing::Not(Contains("take_controls 0")));
+}
+
 TEST_F(WaylandCBinding, TheCountdownPausesWhileAnotherApplicationHasTheFocus) {
   create();
   present(60);
