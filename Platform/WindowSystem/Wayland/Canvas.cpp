@@ -9,6 +9,9 @@
 #include <span>
 #include <utility>
 
+#include "Platform/Foundation/NSLog.h"
+#include "Platform/WindowSystem/Wayland/SharedMemory.h"
+
 namespace vel::wayland {
 
 namespace {
@@ -16,6 +19,10 @@ namespace {
 // The side of the buffer that viewporter scales to fill a surface with one colour. If the side is
 // one pixel, some renderers leave the edges of the surface uncovered.
 constexpr int kColorSide = 16;
+
+// The scale of the indicators on a shared connection, which has no outputs. The compositor reduces
+// the indicators on an output with a lower scale.
+constexpr double kSharedScale = 2;
 
 // The unit of wp_fractional_scale_v1.
 constexpr double kFractionalScaleUnit = 120;
@@ -68,6 +75,7 @@ struct ScaleEvents {
 // canvas in another argument.
 Canvas::Canvas(Connection& connection, wl_surface* surface, CGColor background)
     : connection_(connection), surface_(surface), background_(background) {
+  paintedScale_ = scale();
   wl_proxy_add_dispatcher(reinterpret_cast<wl_proxy*>(surface), &Canvas::dispatchEvent, this,
                           nullptr);
   if (connection.viewporter() != nullptr) {
@@ -104,6 +112,9 @@ void Canvas::setFractionalScale(double scale) {
 double Canvas::scale() const {
   if (fractionalScale_ > 0) {
     return fractionalScale_;
+  }
+  if (connection_.isShared()) {
+    return kSharedScale;
   }
   int scale = 1;
   for (const auto& output : connection_.outputs()) {
@@ -155,8 +166,8 @@ void Canvas::showBackground(CGColor color, CGSize size) {
     std::vector<Proxy<wl_buffer>> buffers = makeColorBuffers(color, size);
     if (!buffers.empty()) {
       attach(surface_, viewport_.get(), buffers.front(), size, 1);
+      backgroundBuffers_.swap(buffers);
     }
-    backgroundBuffers_.swap(buffers);
     wl_surface_commit(surface_);  // before the previous buffer is destroyed
     return;
   }
@@ -179,6 +190,11 @@ std::vector<Proxy<wl_buffer>> Canvas::makeColorBuffers(CGColor color, CGSize siz
   const int width = isScaled ? kColorSide : roundedUp(size.width);
   const int height = isScaled ? kColorSide : roundedUp(size.height);
   const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  if (count > kMaxPixelCount) {
+    NSLog("Wayland: a buffer of %u by %u pixels does not fit into wl_shm",
+          static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    return {};
+  }
   return makeBuffers(connection_, {{.width = width,
                                     .height = height,
                                     .values = std::vector<std::uint32_t>(count, pixelOf(color))}});

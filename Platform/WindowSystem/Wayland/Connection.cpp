@@ -202,13 +202,13 @@ void Connection::addGlobal(std::uint32_t name, const std::string& interface,
   } else if (interface == wl_seat_interface.name) {
     handlers_.seatAdded(name, bindGlobal<wl_seat>(registry, name, wl_seat_interface,
                                                   std::min(version, kSeatVersion)));
-  } else if (interface == wl_output_interface.name) {
+  } else if (interface == wl_output_interface.name && !isShared_) {
     addOutput(name, version);
   }
 }
 
 void Connection::removeGlobal(std::uint32_t name) {
-  handlers_.seatRemoved(name);
+  handlers_.globalRemoved(name);
   if (std::erase_if(outputs_, [name](const auto& output) { return output->name == name; }) > 0) {
     handlers_.scaleChanged();
   }

@@ -26,11 +26,11 @@ struct Output {
 /// their own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns it.
 class Connection final : public NonCopyable {
  public:
-  /// The functions that report that a seat appears or disappears, or that the scale of an output
-  /// may have changed. `name` is the name of the seat in the registry.
+  /// The functions that report that a seat appears, that a global object disappears, or that the
+  /// scale of an output may have changed. `name` is a name in the registry.
   struct Handlers {
     std::function<void(std::uint32_t name, Proxy<wl_seat> seat)> seatAdded;
-    std::function<void(std::uint32_t name)> seatRemoved;
+    std::function<void(std::uint32_t name)> globalRemoved;
     std::function<void()> scaleChanged;
   };
 
@@ -75,6 +75,9 @@ class Connection final : public NonCopyable {
   [[nodiscard]] zxdg_exporter_v2* exporter() const { return exporter_.get(); }
   [[nodiscard]] zxdg_importer_v2* importer() const { return importer_.get(); }
   [[nodiscard]] xdg_activation_v1* activation() const { return activation_.get(); }
+  /// The outputs. Empty if the connection is shared: the compositor would send `wl_surface.enter`
+  /// with these objects to the surfaces of the host, and a toolkit would take their user data for
+  /// its own.
   [[nodiscard]] const std::vector<std::unique_ptr<Output>>& outputs() const { return outputs_; }
 
  private:

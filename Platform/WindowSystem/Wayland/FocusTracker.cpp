@@ -129,14 +129,16 @@ void FocusTracker::addSeat(std::uint32_t name, Proxy<wl_seat> proxy) {
   seats_.push_back(std::move(seat));
 }
 
-void FocusTracker::removeSeat(std::uint32_t name) {
-  std::erase_if(seats_, [this, name](const auto& seat) {
+void FocusTracker::removeGlobal(std::uint32_t name) {
+  const std::size_t removedCount = std::erase_if(seats_, [this, name](const auto& seat) {
     if (seat->name == name && serialSeat_ == seat.get()) {
       serialSeat_ = nullptr;
     }
     return seat->name == name;
   });
-  mayHaveLostFocus_ = true;
+  if (removedCount > 0) {
+    mayHaveLostFocus_ = true;
+  }
 }
 
 void FocusTracker::setCapabilities(Seat& seat, std::uint32_t capabilities) {

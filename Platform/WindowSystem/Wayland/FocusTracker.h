@@ -28,7 +28,8 @@ class FocusTracker final : public NonCopyable {
 
   /// `name` is the name of the seat in the registry.
   void addSeat(std::uint32_t name, Proxy<wl_seat> proxy);
-  void removeSeat(std::uint32_t name);
+  /// Removes the seat with this name in the registry. Does nothing if the name is not of a seat.
+  void removeGlobal(std::uint32_t name);
 
   /// Call this after the adoption of a window. The application may become active or inactive.
   void windowAdopted(WindowHandle window);

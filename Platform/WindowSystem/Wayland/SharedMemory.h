@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -15,8 +16,13 @@ struct Pixels {
   std::vector<std::uint32_t> values;
 };
 
-/// Copies pictures of the same size into shared memory and returns one buffer for each picture.
-/// Returns an empty list if the system has no memory.
+/// The maximum number of pixels that a wl_shm_pool holds. The protocol limits the size of a pool to
+/// INT32_MAX bytes.
+inline constexpr std::size_t kMaxPixelCount = INT32_MAX / sizeof(std::uint32_t);
+
+/// Copies pictures of the same size into shared memory and returns one buffer for each picture. The
+/// pictures must have at most `kMaxPixelCount` pixels together. Returns an empty list if the system
+/// has no memory.
 [[nodiscard]] std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
                                                         const std::vector<Pixels>& pictures);
 

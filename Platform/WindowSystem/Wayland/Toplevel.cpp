@@ -42,8 +42,10 @@ const xdg_toplevel_listener ToplevelEvents::kListener = [] {
 void setResizable(xdg_toplevel* toplevel, bool isResizable, CGSize size) {
   const int width = isResizable ? 0 : static_cast<int>(std::ceil(size.width));
   const int height = isResizable ? 0 : static_cast<int>(std::ceil(size.height));
-  xdg_toplevel_set_min_size(toplevel, width, height);
+  // The minimum must never exceed the maximum, not even between two requests.
+  xdg_toplevel_set_min_size(toplevel, 0, 0);
   xdg_toplevel_set_max_size(toplevel, width, height);
+  xdg_toplevel_set_min_size(toplevel, width, height);
 }
 
 Toplevel::Toplevel(Connection& connection, wl_surface* surface,

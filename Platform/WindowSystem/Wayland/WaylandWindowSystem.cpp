@@ -60,7 +60,7 @@ std::unique_ptr<WaylandWindowSystem> WaylandWindowSystem::start(
   const bool isReady = self.connection_->readGlobals(
       {.seatAdded = [&self](std::uint32_t name,
                             Proxy<wl_seat> seat) { self.focus_->addSeat(name, std::move(seat)); },
-       .seatRemoved = [&self](std::uint32_t name) { self.focus_->removeSeat(name); },
+       .globalRemoved = [&self](std::uint32_t name) { self.focus_->removeGlobal(name); },
        .scaleChanged =
            [&self] {
              for (const auto& [handle, window] : self.windows_) {
@@ -332,6 +332,13 @@ void WaylandWindowSystem::setFrame(WindowHandle handle, CGRect frame) {
   }
   window->description.frame = frame;
   if (window->isAdopted()) {
+    const bool isResizable = (window->description.styleMask & NSWindowStyleMaskResizable) != 0;
+    if (window->adoptedToplevel != nullptr && !isConnectionLost_ && !isResizable) {
+      // The next commit of the owner applies the new limits. A commit here could come before the
+      // owner attaches a buffer of the new size, which is an error in a maximised window.
+      wayland::setResizable(window->adoptedToplevel, false, frame.size);
+      connection_->flush();
+    }
     if (window->surface != nullptr) {
       updateCover(*window);
     }
@@ -443,10 +450,9 @@ bool WaylandWindowSystem::deliverEvents() {
   return reports_.deliver() || hasEvents;  // the delegate may destroy this object
 }
 
-bool WaylandWindowSystem::hasCover() const {
-  return std::ranges::any_of(windows_, [](const auto& entry) {
-    return entry.second->isAdopted() && entry.second->surface != nullptr;
-  });
+bool WaylandWindowSystem::hasSurface() const {
+  return std::ranges::any_of(windows_,
+                             [](const auto& entry) { return entry.second->surface != nullptr; });
 }
 
 Nanoseconds WaylandWindowSystem::nextDeadline() const {
@@ -467,7 +473,7 @@ Nanoseconds WaylandWindowSystem::nextDeadline() const {
     return entry.second->canvas != nullptr && entry.second->canvas->isAnimated();
   });
   Nanoseconds deadline = isAnimated ? nextFrameTime_ : kNever;
-  if (connection_->isShared() && hasCover()) {
+  if (connection_->isShared() && hasSurface()) {
     deadline = std::min(deadline, lastReadTime_ + kSharedReadInterval);
   }
   return deadline;

@@ -47,7 +47,8 @@ class WaylandWindowSystem final : public WindowSystem {
   /// Declined: Wayland reports no miniaturisation.
   void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {}
   /// Changes the size and ignores the position. Only its owner can resize an adopted surface. For
-  /// an adopted surface, pass the size that the owner has reported.
+  /// an adopted surface, pass the size that the owner has reported. If resizing is disabled, the
+  /// next commit of the owner fixes the new size.
   void setFrame(WindowHandle handle, CGRect frame) override;
   void setTitle(WindowHandle handle, std::string_view title) override;
   /// Disables resizing if the back end knows the xdg_toplevel, and reports all other removed
@@ -104,7 +105,8 @@ class WaylandWindowSystem final : public WindowSystem {
   // Adds a report of the kept controls for each window whose style mask has changed. The platform
   // layer removes one control at a time, so the report waits until `deliverEvents`.
   void reportKeptControls();
-  [[nodiscard]] bool hasCover() const;
+  // True if the back end has a surface on the screen: a cover or a window of its own.
+  [[nodiscard]] bool hasSurface() const;
   // Releases all windows and reports `displayLost` if the connection is broken.
   void checkConnection();
 

@@ -70,6 +70,12 @@ struct HostEvents {
   static void close(void* data, xdg_toplevel* /*toplevel*/) { hostOf(data).isAskedToClose_ = true; }
   static const xdg_toplevel_listener kToplevelListener;
 
+  static void enterOutput(void* data, wl_surface* /*surface*/, wl_output* /*output*/) {
+    ++hostOf(data).outputEntries_;
+  }
+  static void leaveOutput(void* /*data*/, wl_surface* /*surface*/, wl_output* /*output*/) {}
+  static const wl_surface_listener kOutputListener;
+
   static void capabilities(void* data, wl_seat* seat, std::uint32_t capabilities) {
     SurfaceHost& host = hostOf(data);
     if ((capabilities & WL_SEAT_CAPABILITY_POINTER) != 0 && host.pointer_ == nullptr) {
@@ -138,6 +144,13 @@ const xdg_toplevel_listener HostEvents::kToplevelListener = [] {
   return listener;
 }();
 
+const wl_surface_listener HostEvents::kOutputListener = [] {
+  wl_surface_listener listener{};
+  listener.enter = HostEvents::enterOutput;
+  listener.leave = HostEvents::leaveOutput;
+  return listener;
+}();
+
 const wl_touch_listener HostEvents::kTouchListener = [] {
   wl_touch_listener listener{};
   listener.down = HostEvents::touchDown;
@@ -168,6 +181,7 @@ SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, C
   wl_registry_add_listener(registry_, &HostEvents::kRegistryListener, this);
   wl_display_roundtrip(display_);
   surface_ = wl_compositor_create_surface(compositor_);
+  wl_surface_add_listener(surface_, &HostEvents::kOutputListener, this);
   role_ = xdg_wm_base_get_xdg_surface(windowManager_, surface_);
   xdg_surface_add_listener(role_, &HostEvents::kSurfaceListener, this);
   toplevel_ = xdg_surface_get_toplevel(role_);

@@ -56,6 +56,9 @@ class SurfaceHost : NonCopyable {
   /// True if the pointer has entered a surface that is not the host's and has user data. A toolkit
   /// would take this data for its own.
   [[nodiscard]] bool hasSeenForeignData() const { return hasSeenForeignData_; }
+  /// The number of `wl_surface.enter` events of the host's surface. The host binds no output, so
+  /// each of these events names an output that the host does not know.
+  [[nodiscard]] int outputEntries() const { return outputEntries_; }
   /// The number of events that the host has received.
   [[nodiscard]] int eventCount() const { return eventCount_; }
 
@@ -90,6 +93,7 @@ class SurfaceHost : NonCopyable {
   int touches_ = 0;
   int touchesElsewhere_ = 0;
   int frameCount_ = 0;
+  int outputEntries_ = 0;
   int eventCount_ = 0;
 };
 

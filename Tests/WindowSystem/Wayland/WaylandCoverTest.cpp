@@ -1,6 +1,8 @@
 // Covers over the surface of a host in the same process.
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -30,6 +32,11 @@ Scene whiteWithIndicator(CGSize size) {
                    .color = {},
                    .isAnimated = true});
   return scene;
+}
+
+std::ptrdiff_t openDescriptorCount() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                       std::filesystem::directory_iterator());
 }
 
 /// A host in the middle of the screen, and the back end on the connection of the host.
@@ -70,6 +77,15 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
   static PixelRect areaOf(CGSize size) {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
+  }
+  /// Waits until no work is due. The next deadline must then be at most 50 milliseconds away.
+  void expectDeadlineWithin50Milliseconds() {
+    Nanoseconds deadline = 0;
+    ASSERT_TRUE(waitFor([&] {
+      deadline = system->nextDeadline();
+      return deadline != 0;
+    }));
+    EXPECT_LE(deadline, steadyNow() + kNanosecondsPerSecond / 20);
   }
   [[nodiscard]] Picture picture() const { return compositor->picture(areaOf(host->size())); }
   bool becomes(std::uint32_t color) {
@@ -187,6 +203,41 @@ TEST_P(WaylandCover, AHostThatReadsTheConnectionDoesNotDelayTheReportOfALostFocu
   EXPECT_TRUE(waitFor([this] { return reports.contains("deactivated"); }));
 }
 
+TEST_P(WaylandCover, TheHostReceivesNoEventsForOutputsThatItHasNotBound) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, whiteWithIndicator(kSize));
+  ASSERT_TRUE(waitWithHost([this] { return picture().at(0, 0) == kWhite; }));
+  compositor->resizeWindow("game", 700, 450);
+  ASSERT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
+  wl_display_roundtrip(host->display());
+  EXPECT_EQ(host->outputEntries(), 0);
+  system = nullptr;
+  wl_display_roundtrip(host->display());
+  EXPECT_EQ(host->outputEntries(), 0);
+}
+
+TEST_P(WaylandCover, TheQueueIsReadEvery50MillisecondsWhileACoverIsShown) {
+  ASSERT_TRUE(becomes(kGreen));
+  const AdoptedWindow window = adopt();
+  system->setScene(window.handle, white(kSize));
+  expectDeadlineWithin50Milliseconds();
+  system->setScene(window.handle, {});
+  EXPECT_TRUE(waitFor([this] { return system->nextDeadline() == kNever; }));
+}
+
+TEST_P(WaylandCover, TheQueueIsReadEvery50MillisecondsWhileAWindowOfTheLibraryIsShown) {
+  ASSERT_TRUE(becomes(kGreen));
+  adopt();
+  const WindowHandle sheet = system->createWindow(
+      {.className = "Sheet", .title = "sheet", .frame = CGRectMake(0, 0, 100, 100)});
+  system->orderFront(sheet);
+  ASSERT_TRUE(waitFor([&] { return reports.contains("focus " + nameOf(sheet)); }));
+  expectDeadlineWithin50Milliseconds();
+  system->orderOut(sheet);
+  EXPECT_TRUE(waitFor([this] { return system->nextDeadline() == kNever; }));
+}
+
 TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
@@ -240,7 +291,7 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   EXPECT_EQ(host->presses(), 1);
 }
 
-TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjects) {
+TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjectsAndNoDescriptors) {
   ASSERT_TRUE(becomes(kGreen));
   const auto nextId = [this] {
     wl_display_roundtrip(host->display());  // the compositor frees the ids of destroyed objects
@@ -259,10 +310,12 @@ TEST_P(WaylandCover, AThousandCoversLeaveNoProtocolObjects) {
   };
   cover();
   const std::uint32_t id = nextId();
+  const std::ptrdiff_t descriptorCount = openDescriptorCount();
   for (int i = 0; i < 1000; ++i) {
     cover();
   }
   EXPECT_LT(nextId(), id + 100);
+  EXPECT_EQ(openDescriptorCount(), descriptorCount);
   EXPECT_TRUE(becomes(kGreen));
 }
 

@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "Platform/Foundation/NSLog.h"
 #include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
 #include "Tests/Support/Wayland/HiddenGlobal.h"
 #include "Tests/Support/Wayland/SurfaceHost.h"
@@ -106,11 +109,11 @@ class CoveredHost {
 /// A compositor with two outputs. The parameter is false if viewporter is hidden from the clients.
 class WaylandOutputs : public testing::TestWithParam<bool> {
  protected:
-  /// Waits for a cover with an indicator that is sharp at this scale.
-  void expectCover(CoveredHost& covered, PixelRect output, int scale) {
+  /// Waits for a white window with an indicator that is sharp at this scale.
+  void expectWindow(WindowSystem& system, PixelRect output, int scale, const std::string& name) {
     Picture picture;
     Picture indicator;
-    EXPECT_TRUE(covered.waitFor([&] {
+    EXPECT_TRUE(deliverUntil(system, [&] {
       const Picture screen = sway.picture(output);
       const PixelRect area = boundsOf(screen, kWhite);
       if (area.width != scale * 300 || area.height != scale * 200) {
@@ -127,29 +130,48 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
                                    scale * kIndicatorSide, scale * kIndicatorSide});
       return scale == 1 || !isEnlargedTwice(indicator);
     }));
-    picture.save("wayland-scale-" + std::to_string(scale) +
+    picture.save("wayland-" + name + "-scale-" + std::to_string(scale) +
                  (GetParam() ? "" : "-without-viewporter"));
+  }
+
+  /// Hides viewporter if the parameter is false. Otherwise returns null.
+  static std::unique_ptr<HiddenGlobal> hideViewporter() {
+    return GetParam() ? nullptr : std::make_unique<HiddenGlobal>("wp_viewporter");
   }
 
   Sway sway{{.outputCount = 2}};
 };
 
-TEST_P(WaylandOutputs, TheIndicatorIsSharpAfterAMoveToAnOutputWithAnotherScale) {
-  std::unique_ptr<HiddenGlobal> hidden;
-  if (!GetParam()) {
-    hidden = std::make_unique<HiddenGlobal>("wp_viewporter");
-  }
+TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
+  std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
   // The registries of the host and of the back end.
   EXPECT_EQ(HiddenGlobal::count(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
-  expectCover(covered, kFirstOutput, 1);
+  expectWindow(*covered.system, kFirstOutput, 1, "cover");
   sway.run("[title=game] move container to output X11-2");
-  expectCover(covered, kSecondOutput, 2);
-  sway.run("[title=game] move container to output X11-1");
-  expectCover(covered, kFirstOutput, 1);
+  expectWindow(*covered.system, kSecondOutput, 2, "cover");
+}
+
+TEST_P(WaylandOutputs, TheIndicatorOfAWindowOfTheLibraryFollowsTheScaleOfTheOutput) {
+  std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
+  sway.run("output X11-2 scale 2");
+  std::string error;
+  const auto system = WaylandWindowSystem::open(sway.display(), error);
+  ASSERT_NE(system, nullptr) << error;
+  const WindowHandle window =
+      system->createWindow({.className = "Window", .title = "window", .frame = {{}, kSize}});
+  system->setScene(window, whiteWithIndicator(kSize));
+  system->orderFront(window);
+  ASSERT_TRUE(deliverUntil(*system, [&] { return sway.picture().colors().contains(kWhite); }));
+  sway.run("[title=window] move container to output X11-1");
+  expectWindow(*system, kFirstOutput, 1, "window");
+  sway.run("[title=window] move container to output X11-2");
+  expectWindow(*system, kSecondOutput, 2, "window");
+  sway.run("[title=window] move container to output X11-1");
+  expectWindow(*system, kFirstOutput, 1, "window");
 }
 
 INSTANTIATE_TEST_SUITE_P(Wayland, WaylandOutputs, testing::Bool(), [](const auto& testInfo) {
@@ -197,6 +219,26 @@ TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSize)
   EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kLargeSize));
   covered.system->setScene(covered.handle, {});
   EXPECT_TRUE(covered.showsWindow(*compositor, kGreen, kLargeSize));
+  EXPECT_EQ(wl_display_get_error(covered.host.display()), 0);
+}
+
+TEST_P(WaylandWithoutViewporter, ASizeThatSharedMemoryCannotHoldIsLogged) {
+  const auto compositor = startCompositor(GetParam());
+  const HiddenGlobal hidden("wp_viewporter");
+  CoveredHost covered(*compositor);
+  covered.system->setScene(covered.handle, white(kSize));
+  ASSERT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));
+  std::vector<std::string> logLines;
+  const NSLogSink previousSink =
+      setNSLogSink([&logLines](std::string_view line) { logLines.emplace_back(line); });
+  constexpr CGSize kHugeSize{23200, 23200};  // 2152960000 bytes, more than INT32_MAX
+  covered.system->setFrame(covered.handle, {{}, kHugeSize});
+  covered.system->setScene(covered.handle, white(kHugeSize));
+  setNSLogSink(previousSink);
+  EXPECT_THAT(logLines,
+              testing::Each("Wayland: a buffer of 23200 by 23200 pixels does not fit into wl_shm"));
+  EXPECT_FALSE(logLines.empty());
+  deliverAll(*covered.system);
   EXPECT_EQ(wl_display_get_error(covered.host.display()), 0);
 }
 
