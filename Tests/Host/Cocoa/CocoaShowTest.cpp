@@ -37,7 +37,7 @@ TEST_F(CocoaShow, TheEventIsPrinted) {
   const std::string output = runProgram(
       {LAUNCHSCREEN, "show", "--display", "cocoa", "--duration", "0.5", "--event", "game_started"},
       server.display());
-  EXPECT_NE(output.find("game_started"), std::string::npos) << output;
+  EXPECT_NE(output.find("event recorded: game_started"), std::string::npos) << output;
 }
 
 TEST(CocoaShowWithoutAnXServer, ShowFails) {
