@@ -170,9 +170,19 @@ void FocusTracker::setKeyboardSurface(Seat& seat, const wl_surface* surface, std
     return;
   }
   mayHaveLostFocus_ = true;
+  startBarrier();
+}
+
+void FocusTracker::startBarrier() {
   barrier_.reset(wl_display_sync(connection_.wrapper()));
   wl_callback_add_listener(barrier_.get(), &SeatEvents::kBarrierListener, this);
   connection_.flush();
+}
+
+void FocusTracker::coverClosed() {
+  if (reportedFocus_ != WindowHandle::None && focus() == WindowHandle::None) {
+    startBarrier();
+  }
 }
 
 void FocusTracker::pressButton(const Seat& seat, std::uint32_t serial) {

@@ -33,6 +33,9 @@ class FocusTracker final : public NonCopyable {
 
   /// Call this after the adoption of a window. The application may become active or inactive.
   void windowAdopted(WindowHandle window);
+  /// Call this when a cover has been closed. If the cover had the keyboard, the compositor may move
+  /// the keyboard to the window below it.
+  void coverClosed();
   /// Call this when the window has been hidden, released or destroyed.
   void windowRemoved(WindowHandle window);
   /// The window that has the focus; None if it is not a window of the back end.
@@ -69,6 +72,7 @@ class FocusTracker final : public NonCopyable {
 
   void setCapabilities(Seat& seat, std::uint32_t capabilities);
   void setKeyboardSurface(Seat& seat, const wl_surface* surface, std::uint32_t serial);
+  void startBarrier();
   void pressButton(const Seat& seat, std::uint32_t serial);
   void activate(const Activation& activation, const char* token);
 

@@ -189,6 +189,7 @@ bool WaylandWindowSystem::isShielded(const Window& window) const {
 void WaylandWindowSystem::updateCover(Window& window) {
   if (window.scene.empty() && !isShielded(window)) {
     closeCover(window);
+    focus_->coverClosed();
     connection_->flush();
     return;
   }
