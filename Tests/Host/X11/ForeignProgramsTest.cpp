@@ -88,20 +88,23 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     });
     return actions;
   }
-  /// Returns true if the window shows white and the indicator, and nothing else.
+  /// Returns true if the window shows white and the indicator in the middle, and nothing else.
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
-    return picture.boundsOfOtherColors(kWhite).width > 0 && hidesTheProgram(picture);
-  }
-  /// Also returns true while the indicator is white, because it has not been drawn again after a
-  /// change of size.
-  static bool hidesTheProgram(const Picture& picture) {
-    const PixelRect nonWhiteBounds = picture.boundsOfOtherColors(kWhite);
+    const PixelRect bounds = picture.boundsOfOtherColors(kWhite);
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
-    return nonWhiteBounds.width == 0 ||
-           (nonWhiteBounds.x >= left && nonWhiteBounds.x + nonWhiteBounds.width <= left + 33 &&
-            nonWhiteBounds.y >= top && nonWhiteBounds.y + nonWhiteBounds.height <= top + 33);
+    return bounds.width > 0 && isAtMostTheIndicator(bounds) && bounds.x >= left &&
+           bounds.x + bounds.width <= left + 33 && bounds.y >= top &&
+           bounds.y + bounds.height <= top + 33;
+  }
+  /// Also returns true immediately after a change of size, when the indicator is still in the
+  /// middle of the previous size, or has not been drawn again.
+  bool hidesTheProgram() {
+    return isAtMostTheIndicator(client.screenPicture(window).boundsOfOtherColors(kWhite));
+  }
+  static bool isAtMostTheIndicator(PixelRect bounds) {
+    return bounds.width <= 33 && bounds.height <= 33;
   }
   /// Clicks the close button of Metacity's frame.
   void clickClose() {
@@ -180,7 +183,7 @@ TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
   const PixelRect frame = client.areaOnScreen(window);
   resizeBy(150, 100);
-  EXPECT_TRUE(hidesTheProgram(client.screenPicture(window)));  // immediately after the resize
+  EXPECT_TRUE(hidesTheProgram());  // immediately after the resize
   EXPECT_TRUE(eventually([&] {
     return isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100});
   }));
