@@ -207,8 +207,8 @@ bool NSRunLoop::runPass(NSRunLoopMode mode) {
   if (windowSystem_ != nullptr) {
     hasDoneWork |= windowSystem_->deliver();
   }
-  if (mainQueue_ != nullptr) {
-    hasDoneWork |= mainQueue_->deliver();
+  if (RunLoopSource* const mainQueue = mainQueue_) {
+    hasDoneWork |= mainQueue->deliver();
   }
   if (isDescriptorPolled_) {
     setDescriptorDeadline(nextDeadline(mode));
@@ -221,7 +221,7 @@ Nanoseconds NSRunLoop::nextDeadline(NSRunLoopMode mode) const {
   if (const auto next = nextTimer(mode); next != timers_.end()) {
     deadline = (*next)->fireDate_;
   }
-  for (const RunLoopSource* source : {windowSystem_, mainQueue_}) {
+  for (const RunLoopSource* source : {windowSystem_, mainQueue_.load()}) {
     if (source != nullptr) {
       deadline = std::min(deadline, source->nextDeadline());
     }
@@ -274,7 +274,7 @@ std::string NSRunLoop::describePending(NSRunLoopMode mode) const {
             (timer->isFiring_ ? ", firing now" : "") +
             (containsMode(timer->modes_, mode) ? "" : ", not in this mode");
   }
-  for (const RunLoopSource* source : {windowSystem_, mainQueue_}) {
+  for (const RunLoopSource* source : {windowSystem_, mainQueue_.load()}) {
     if (source != nullptr) {
       text += source->describePending();
     }

@@ -61,7 +61,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
   /// Set the sources. A pass first calls `deliver` of the window system, then of the main queue.
-  /// Null removes the source. The run loop does not own the sources.
+  /// Null removes the source. The run loop does not own the sources. Any thread may call
+  /// `setMainQueueSource`.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 
@@ -139,7 +140,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   std::unique_ptr<WaitSet> waitSet_;  // null in virtual time
   std::unique_ptr<Clock> clock_;
   RunLoopSource* windowSystem_ = nullptr;
-  RunLoopSource* mainQueue_ = nullptr;
+  // Atomic, because the first use of the main queue may be on any thread.
+  std::atomic<RunLoopSource*> mainQueue_ = nullptr;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
   Timers timers_;
   std::uint64_t nextTimerOrder_ = 0;
