@@ -5,7 +5,7 @@
 
 namespace vel::x11 {
 
-/// Animates the indicators that the covers (`Cover`) of the windows on screen show. All indicators
+/// Animates the turning indicators in the covers (`Cover`) of all windows on screen. All indicators
 /// change at the same time.
 class Animation final : public NonCopyable {
  public:

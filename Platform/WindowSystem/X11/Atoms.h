@@ -34,7 +34,7 @@ enum class Atom : std::size_t {
   NetWmActionClose,
   NetWmActionMinimize,
   NetWmActionResize,
-  VelTime,  // our private property: a write to it makes the server report its time
+  VelTime,  // our private property: a write makes the server report the server time
   Count,
 };
 

@@ -64,7 +64,7 @@ std::unique_ptr<Connection> Connection::open(const std::string& displayName, std
 
 Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
     : connection_(connection), screen_(screen) {
-  // These replies come in the same round trip as the atoms.
+  // Asks for the extensions together with the atoms, to avoid more round trips.
   xcb_prefetch_extension_data(connection_, &xcb_randr_id);
   xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);
@@ -77,9 +77,9 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
         "CreateWindow", timeWindow_);
 }
 
-// When a client disconnects, the server discards the requests that it has not read. The adopted
-// windows would then keep the overridden hints. So the destructor waits until the server has read
-// all requests.
+// When a client disconnects, the server discards the requests that it has not read. Some of these
+// requests may restore the hints of adopted windows. So the destructor waits until the server has
+// read all requests.
 Connection::~Connection() {
   const BrokenPipeGuard guard;
   waitForReply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",

@@ -74,8 +74,8 @@ class Connection final : public NonCopyable {
   Event nextEvent();
   /// Returns true if an event has arrived. Reads from the connection, but does not block.
   bool hasEvents();
-  /// Returns true if an event has already been read from the connection. The descriptor is not
-  /// readable for such events.
+  /// Returns true if an event has already been read from the connection, but not returned by
+  /// `nextEvent`. `poll` on the connection's descriptor does not report such an event.
   bool hasQueuedEvents();
 
   /// Blocks until an event comes for which `isExpected` returns true. `nextEvent` still returns the

@@ -19,7 +19,7 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   Window* const window = windows_.find(notice.window);
   if (window != nullptr && window->reportedControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
-    window->controlsDeadline = 0;
+    window->controlsDeadline = 0;  // 0: check at once
   }
 }
 
@@ -62,9 +62,10 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  if (window.style->isResizingAllowed()) {
+  if (window.style->isResizingAllowed()) {  // even if the style mask excludes resizing
     *offeredControls |= NSWindowStyleMaskResizable;
   }
+  // The style mask removes these controls, but the window manager still offers them.
   const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
   if (window.reportedControls != keptControls) {
     window.reportedControls = keptControls;

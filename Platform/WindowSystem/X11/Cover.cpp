@@ -88,8 +88,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   const bool usedOverlayBefore = std::exchange(usesOverlay_, needsOverlay(scene, frame));
   if (usedOverlayBefore && !usesOverlay_) {
     if (scene.empty()) {
-      // The overlay still hides this pane. Closing the pane first makes the cover disappear in one
-      // step.
+      // Closing this pane changes nothing on the screen, because the overlay hides the pane. When
+      // the overlay closes, the whole cover then disappears in one step.
       closePane(panes_.front());
     }
     closeOverlay();
@@ -120,14 +120,13 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
   if (usesOverlay_) {
     overlay_->show();
-    // The first pane is opened last, under the overlay. Without the overlay, the owner could draw
-    // over the pane.
+    // The first pane is opened last: the owner could draw over the pane until the overlay hides it.
     if (!panes_.front().child.isOpen()) {
       openPane(panes_.front());
     }
   }
   if (shield_.isOpen()) {
-    raise();
+    raise();  // puts the shield above the new panes
   }
 }
 
@@ -201,6 +200,7 @@ void Cover::openPane(Pane& pane) {
 }
 
 void Cover::updatePane(Pane& pane, Pane&& newPane) {
+  // If the new frame is empty, this function destroys the window, and `openPane` creates no other.
   const bool needsNewWindow = !pane.child.isOpen() || pane.isInOverlay != newPane.isInOverlay ||
                               pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
                               newPane.frame.height <= 0;
@@ -247,7 +247,7 @@ void Cover::openOverlay() {
   overlay_->open(panes_.front().background);
   for (Pane& pane : panes_) {
     if (pane.isInOverlay) {
-      forgetPane(pane);
+      forgetPane(pane);  // if the overlay was destroyed, its children were destroyed with it
       openPane(pane);
     }
   }
@@ -301,8 +301,8 @@ void Cover::windowDestroyed() {
     overlay_->close();
   }
   connection_.markDestroyed(std::exchange(shield_, {}).window);
-  // The server may process our requests on these windows after it has destroyed them with their
-  // parent.
+  // The server may have destroyed these windows with their parent before it received our
+  // DestroyWindow requests.
   for (const xcb_window_t window : std::exchange(recentlyDestroyedWindows_, {})) {
     connection_.markDestroyed(window);
   }
@@ -323,6 +323,7 @@ bool Cover::isViewable() const {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
+    // Skips the first pane if an overlay hides it.
     if (pane.isInOverlay == usesOverlay_ && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }

@@ -16,12 +16,12 @@
 namespace vel::x11 {
 
 /// The windows that hide the content of one window of the back end. The cover creates one child of
-/// that window for each item of the scene. While another window is modal, the cover also creates an
-/// invisible child of the window, the shield. The cover keeps its children above the window's other
-/// children, and its children take the pointer input. The picture of an item is the background of
-/// the item's child, so the server shows the picture as soon as it maps the child. For an item that
-/// fills the window, the cover makes the child larger than the window, so a growing window shows no
-/// gap.
+/// that window for each item of the scene. While another window is modal, an invisible child, the
+/// shield, takes all pointer input of the window. The cover keeps its children above the window's
+/// other children, and its children take the pointer input. The picture of an item is the
+/// background of the item's child, so the server shows the picture as soon as it maps the child.
+/// For an item that fills the window, the cover makes the child larger than the window, so a
+/// growing window shows no gap.
 ///
 /// The owner of an adopted window can draw over the window's children. So if the first item of the
 /// scene fills an adopted window, the cover also opens an overlay above the window. The overlay
@@ -41,7 +41,7 @@ class Cover final : public NonCopyable {
         std::unique_ptr<Overlay> overlay);
   ~Cover();
 
-  /// Replaces the scene. `frame` has the size of the window.
+  /// Replaces the scene. `frame` is the frame of the window; its position is ignored.
   void show(const Scene& scene, PixelRect frame);
   /// Creates the shield. Does nothing if the shield exists.
   void openShield();
@@ -50,8 +50,8 @@ class Cover final : public NonCopyable {
   /// Call this when the window has been destroyed. The cover's children are then destroyed too.
   void windowDestroyed();
 
-  /// Returns true if the server has mapped all children that show the scene. Returns false if the
-  /// scene is empty.
+  /// Returns true if the server has mapped the children of the window that show the scene. Does not
+  /// check the overlay and its children. Returns false if the scene is empty.
   [[nodiscard]] bool isMapped() const;
   /// Returns true if the server has mapped the windows that show the scene and every window that
   /// contains them, up to the root window. Returns false if the scene is empty. Blocks for a round
@@ -85,6 +85,7 @@ class Cover final : public NonCopyable {
     xcb_window_t window = XCB_WINDOW_NONE;
     ChildState state = ChildState::BeingMapped;
 
+    // True until we close the child, even if another client has destroyed its window.
     [[nodiscard]] bool isOpen() const { return window != XCB_WINDOW_NONE; }
     [[nodiscard]] bool isDestroyed() const { return isOpen() && state == ChildState::Destroyed; }
   };

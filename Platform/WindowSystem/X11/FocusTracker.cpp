@@ -88,7 +88,7 @@ void FocusTracker::windowRemoved(xcb_window_t window) {
 void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
 
 // While another application is active, the request carries the time at which this application last
-// had the focus. The window manager decides whether such an old request may take the focus.
+// received the focus. The window manager decides whether such an old request may take the focus.
 bool FocusTracker::requestFocus(Window& window) {
   if (focus_ == window.id) {
     const WindowHandle handle = window.handle();
@@ -112,7 +112,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   hasPendingChanges_ = false;
   const bool hadFocusOut = std::exchange(hasFocusOut_, false);
   if (hadFocusOut && focus_ == XCB_WINDOW_NONE) {
-    resolveFocusOut(handleEvents);
+    resolveFocusOut(handleEvents);  // sets `focus_` if one of our windows gets the focus
   }
   if (hadFocusOut && focus_ == XCB_WINDOW_NONE && isActive_) {
     isActive_ = false;
@@ -142,6 +142,7 @@ void FocusTracker::resolveFocusOut(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may leave the focus on the root window or on no window.
+  // The window that had the focus then gets it back.
   Window* const previousWindow = windows_.find(reportedFocus_);
   const bool isFocusOnNoWindow =
       focus != nullptr &&
