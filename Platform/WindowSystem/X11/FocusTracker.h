@@ -39,15 +39,16 @@ class FocusTracker final : public NonCopyable {
   /// Call this when the connection is lost.
   void reset();
 
-  /// Requests the focus for a window on screen. If no window manager can process the request, sets
-  /// `Window::wantsFocus` and returns true. `WindowMonitor::update` then sets the focus when the
-  /// window is viewable.
+  /// Requests the focus for a window on screen. Returns false if the window has the focus, or if
+  /// the window manager processes the request. Otherwise sets `Window::wantsFocus` and returns
+  /// true: `WindowMonitor::update` then sets the focus when the window is viewable.
   bool requestFocus(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.
   [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
   /// Reports the changes since the last call of this function. Blocks for a round trip if the focus
-  /// has moved.
+  /// may have moved. After a FocusOut event, also calls `handleEvents`, because a FocusIn event may
+  /// follow.
   void reportChanges(const HandleEvents& handleEvents);
 
  private:
@@ -60,8 +61,11 @@ class FocusTracker final : public NonCopyable {
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
   bool hasFocusOut_ = false;  // the focus may have left the application since `reportChanges`
+  // True from the end of a window manager until the next check for a lost focus, or until another
+  // window manager starts.
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
+  // NSApplication is active from the start.
   bool isActive_ = true;
   xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;  // server time of the last FocusIn
 };

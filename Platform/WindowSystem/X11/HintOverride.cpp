@@ -7,8 +7,8 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. An owner that edits the property reads it and then writes it. Between the two,
-// we write the property fewer times than this limit.
+// Limits the memory. An owner that edits the property reads it first. In practice, we write the
+// property fewer times than this limit before the owner writes the edited value.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 }  // namespace
@@ -43,8 +43,8 @@ void HintOverride::reconcile(const HintValue& value) {
   }
 }
 
-// Keeps the current value, because our write came later. Updates the owner's value in each recorded
-// write, because the recorded value is out of date.
+// Does not change the current value, because our write came after the owner's write. We recorded
+// our writes before we read `value`, so the owner's value in each record is out of date.
 void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -60,6 +60,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
     if (value && containsOurChanges(write, *value)) {
+      // The owner's value can be missing or shorter. `withoutOurChanges` cannot return such a
+      // value.
       interpretation =
           value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
     }
@@ -68,7 +70,7 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
 }
 
 // Returns, for each element, the bits in which the written value differs from the owner's value. If
-// a number differs, returns all bits of the number.
+// an element that is not a set of bits differs, all its bits count as changed.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> ownersElements =

@@ -16,9 +16,9 @@ using HintValue = std::optional<Property>;
 /// The elements of a property of format 32, at least `minCount`. Missing elements are 0.
 [[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
-/// One property of an adopted window: the owner's value, which restoring writes back, and the
-/// current value, which we may have written. This class sends no requests: `WindowStyle` reads and
-/// writes the property and passes the values to this class.
+/// One property of an adopted window: the owner's value, which we restore later, and the current
+/// value, which we may have written. This class sends no requests: `WindowStyle` reads and writes
+/// the property and passes the values to this class.
 ///
 /// The owner can write the property at any time. The value that it writes becomes the owner's
 /// value, with one exception. Many programs read a property, edit a part of it and write it back.

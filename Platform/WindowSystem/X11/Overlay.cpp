@@ -110,7 +110,7 @@ void Overlay::handle(const xcb_generic_event_t& event) {
     handleOwnEvent(event);
   } else if (receiver == coveredWindow_.parent && subjectOf(event) != window_ &&
              (typeOf(event) == XCB_CONFIGURE_NOTIFY || typeOf(event) == XCB_CIRCULATE_NOTIFY)) {
-    restack();
+    restack();  // a sibling may now lie between the adopted window and the overlay
   }
 }
 
@@ -118,7 +118,7 @@ void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     close();
   } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isShown_ && coveredWindow_.isMapped) {
-    mapWindow(connection_, window_);
+    mapWindow(connection_, window_);  // another client has unmapped the overlay
   }
 }
 
@@ -234,7 +234,7 @@ std::uint32_t Overlay::pixel(CGColor color) const {
 void Overlay::selectParentEvents(std::uint32_t events) {
   if (coveredWindow_.parent == connection_.root() ||
       windows_.find(coveredWindow_.parent) != nullptr) {
-    return;  // the back end selects the events of this window
+    return;  // this request would replace the events that the back end has selected
   }
   connection_.track(xcb_change_window_attributes(connection_.get(), coveredWindow_.parent,
                                                  XCB_CW_EVENT_MASK, &events),

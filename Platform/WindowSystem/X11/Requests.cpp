@@ -10,7 +10,7 @@ namespace {
 
 std::uint32_t unsignedOf(int value) { return static_cast<std::uint32_t>(value); }
 
-// Sends the event with the two masks that window managers select on the root window.
+// Sends an event about `window` to the root window. Window managers select both masks there.
 template <class Event>
 void sendToRoot(Connection& connection, xcb_window_t window, const Event& event) {
   std::array<char, 32> bytes{};

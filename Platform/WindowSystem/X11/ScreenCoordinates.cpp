@@ -93,16 +93,16 @@ void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* 
   }
 }
 
-// If a user changes only the list of monitors, for example with xrandr --setmonitor, the only event
-// is a ConfigureNotify of the root window with an unchanged size.
 bool ScreenCoordinates::handle(const xcb_generic_event_t& event) {
+  // If a user changes only the list of monitors, for example with xrandr --setmonitor, the only
+  // event is a ConfigureNotify of the root window with an unchanged size.
   const bool isRootConfigure =
       typeOf(event) == XCB_CONFIGURE_NOTIFY &&
       eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
   if (typeOf(event) != screenChangeEvent_ && !isRootConfigure) {
     return false;
   }
-  readReplies();
+  readReplies();  // sets `originMonitor_` if no conversion has read the replies yet
   const PixelRect previousMonitor = originMonitor_;
   requestMonitors();
   readReplies();

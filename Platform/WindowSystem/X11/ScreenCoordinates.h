@@ -30,7 +30,9 @@ class ScreenCoordinates {
   /// corner of the root window.
   [[nodiscard]] CGRect points(PixelRect pixels);
   [[nodiscard]] PixelRect pixels(CGRect points);
-  /// Converts a rectangle in the content of a window; `contentHeight` is in pixels.
+  /// Converts a rectangle in the content of a window. The origin of points is the lower left corner
+  /// of the content, and the origin of pixels is its upper left corner. `contentHeight` is in
+  /// pixels.
   [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight);
 
   /// Handles an event. Returns true if the origin of points has changed.
