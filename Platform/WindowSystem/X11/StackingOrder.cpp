@@ -21,7 +21,7 @@ void StackingOrder::handle(const xcb_generic_event_t& event) {
     deadline_ = 0;
     return;
   }
-  // A ConfigureNotify that a window manager sends contains no sibling.
+  // A ConfigureNotify from a client comes from the window manager. It contains no sibling.
   if (typeOf(event) != XCB_CONFIGURE_NOTIFY || isSentByClient(event)) {
     return;
   }

@@ -51,8 +51,8 @@ void StateRequestRelay::allowResizing(Window& window) {
 
 // The request that we send also comes back as an event. `preventsResizing` is then false, so we
 // ignore the event. If the window manager has already accepted the owner's request, our request has
-// no effect, because our request always adds the states. An owner's request to toggle the states is
-// a request to add them here, because `preventsResizing` is false while the window has one of them.
+// no effect, because our request always adds the states. An owner that asks to toggle the states
+// also wants to add them: if the window had one of the states, `preventsResizing` would be false.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||

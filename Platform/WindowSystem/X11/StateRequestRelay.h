@@ -7,21 +7,22 @@
 namespace vel::x11 {
 
 /// Lets the owner of an adopted window maximise the window or make it fullscreen while the window's
-/// hints are overridden. The overridden _MOTIF_WM_HINTS can lack the functions for resizing and
-/// maximising. Without these functions, most window managers refuse to maximise the window, and
-/// some give a fullscreen window a wrong size afterwards. An owner sends its request, a
-/// _NET_WM_STATE message, through the root window, so this class receives a copy. This class then
-/// restores the two functions and sends the request again. So the window manager receives the new
-/// hints before the second request.
+/// hints are overridden. The value that we write into _MOTIF_WM_HINTS may exclude the functions for
+/// resizing and maximising. Without these functions, most window managers refuse to maximise the
+/// window, and some give the window a wrong size when its fullscreen state ends. An owner sends its
+/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy. This
+/// class then restores the two functions and sends the request again. So the window manager
+/// receives the new hints before the second request.
 ///
 /// Some window managers also end the maximised or fullscreen state of a window that loses these
-/// functions. So this class keeps the functions of a window that already has such a state.
+/// functions. So we do not remove the functions from a window that already has such a state.
 class StateRequestRelay final : public NonCopyable {
  public:
   StateRequestRelay(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Starts receiving requests. Keeps the functions of a window that is already maximised or
-  /// fullscreen. Call this before setting the style mask of an adopted window.
+  /// Starts receiving requests. If the window is already maximised or fullscreen, also ensures that
+  /// `styleMask` does not remove the two functions. Call this before setting the style mask of an
+  /// adopted window.
   void prepareOverride(Window& window, NSWindowStyleMask styleMask);
   /// Stops receiving requests if no window's hints are overridden. Call this after each operation
   /// that may restore hints: while the relay receives requests, the server also sends events about

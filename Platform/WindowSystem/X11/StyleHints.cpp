@@ -152,7 +152,7 @@ StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind, P
   motif[kMotifFlags] = kHasFunctions | kHasDecorations;
   motif[kMotifFunctions] = kEveryFunction;
   motif[kMotifDecorations] = kEveryDecoration;
-  if (kind == WindowKind::Sheet) {  // a sheet cannot be moved away from its owner
+  if (kind == WindowKind::Sheet) {  // the user cannot move a sheet
     motif[kMotifFunctions] &= ~std::uint32_t{kFunctionMove};
     motif[kMotifDecorations] = 0;
   }

@@ -28,20 +28,21 @@ struct StyleHints {
 /// controls.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// Returns the value of _MOTIF_WM_HINTS without the title and the controls that `styleMask` lacks.
-/// Adds no control that `motif` lacks. Returns `motif` unchanged if nothing needs to be removed.
-/// `newType` is the type of the property if `motif` has no value.
+/// Returns `motif` without the controls whose bits are 0 in `styleMask`, and without any
+/// decorations if the bit of the title is 0. Adds no control. Returns `motif` unchanged if nothing
+/// needs to be removed. `newType` is the type of the property if `motif` has no value.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
 /// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
-/// of functions and a set of decorations. If `motif` lacks a set, the new set allows everything.
-/// Restoring writes this value first: when a set is missing, some window managers keep the set of
-/// the previous value. `newType` is the type of the property if `motif` has no value.
+/// of functions and a set of decorations. A set that `motif` does not contain allows everything in
+/// the result. `WindowStyle::restore` writes the result before the owner's value: when a value does
+/// not contain a set, some window managers continue to apply the set of the previous value.
+/// `newType` is the type of the property if `motif` has no value.
 [[nodiscard]] Property completeMotif(const HintValue& motif, xcb_atom_t newType);
 
-/// The hints of a window that we create. The hints say that the program sets the position and the
-/// size.
+/// The hints of a window that we create. The hints say that both the user and the program have set
+/// the position and the size.
 [[nodiscard]] StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind,
                                                PixelRect frame, xcb_atom_t motifType);
 

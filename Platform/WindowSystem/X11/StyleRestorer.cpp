@@ -10,9 +10,9 @@ namespace vel::x11 {
 
 namespace {
 
-// Returns true if the window manager may still have been processing the overridden hints when
-// `begin` was called. The window manager's events then do not show that it has read the restored
-// hints.
+// For a window without a probe. Returns true if the hints were overridden so shortly before `begin`
+// that the window manager's events may be reactions to the override. Such events do not show that
+// the window manager has read the restored hints.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
@@ -34,10 +34,10 @@ void StyleRestorer::begin(Window& window) {
   }
 }
 
-// A ConfigureWindow request without values changes nothing. A window manager receives it as a
-// ConfigureRequest after the PropertyNotify of the hints, and replies with a ConfigureNotify.
 void StyleRestorer::startWaiting(Window& window) {
   if (!windowManager_.repliesToFrameExtentsRequests()) {
+    // A ConfigureWindow request without values changes nothing. A window manager receives it as a
+    // ConfigureRequest after the PropertyNotify of the hints, and replies with a ConfigureNotify.
     configureWindow(connection_, window.id, 0, {});
     window.restorationDeadline = steadyNow() + kWindowManagerDelay;
     return;

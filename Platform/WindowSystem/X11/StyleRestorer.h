@@ -6,12 +6,13 @@
 
 namespace vel::x11 {
 
-/// Restores the _MOTIF_WM_HINTS of adopted windows in two steps, if the owner has not set the
-/// property or has set it without functions or decorations. When such a value replaces ours, some
-/// window managers keep the functions of our value. So in the first step, `WindowStyle::restore`
-/// writes a value that contains functions and decorations. In the second step, this class writes
-/// the owner's value when the window manager has read the first value, or when a time limit has
-/// passed. Without a window manager, this class writes the owner's value immediately.
+/// Restores the _MOTIF_WM_HINTS of an adopted window if the owner's value does not contain both a
+/// set of functions and a set of decorations, or if the owner has not set the property. In both
+/// cases, some window managers continue to apply the functions of our value. So restoring takes two
+/// steps. In the first step, `WindowStyle::restore` writes a value that contains both sets. In
+/// the second step, this class writes the owner's value when the window manager has read the first
+/// value, or when a time limit has passed. Without a window manager, this class writes the owner's
+/// value immediately.
 ///
 /// A window manager processes events in order. So after writing the value, this class asks the
 /// window manager to write _NET_FRAME_EXTENTS on a new window, the probe. When the probe has the

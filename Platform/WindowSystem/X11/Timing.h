@@ -6,7 +6,7 @@
 
 namespace vel::x11 {
 
-/// How long a window manager has to act on a request before the back end reads the result.
+/// The time that the back end gives a window manager to act on a request that has no reply.
 inline constexpr Nanoseconds kWindowManagerDelay = kNanosecondsPerSecond / 5;
 
 /// How long the back end waits for a reply that a window manager always sends. Only a window

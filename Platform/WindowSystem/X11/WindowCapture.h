@@ -14,9 +14,10 @@ class WindowCapture final : public NonCopyable {
  public:
   explicit WindowCapture(Connection& connection) : connection_(connection) {}
 
-  /// Returns the pixels of the screen at `frame`, including windows that obscure the captured
-  /// window. Returns no value if `frame` is off the screen, or if the server's pixel format is not
-  /// supported. Blocks for a round trip.
+  /// Returns the pixels of the screen at `frame`, the frame of a window. The pixels include other
+  /// windows in front of this window, but not a part of `frame` that is off the screen. Returns no
+  /// value if all of `frame` is off the screen, or if the server's pixel format is not supported.
+  /// Blocks for round trips.
   std::optional<WindowPicture> capture(PixelRect frame);
 
  private:

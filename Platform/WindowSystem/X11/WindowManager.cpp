@@ -21,9 +21,9 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
-/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS lacks their functions:
-/// 0 (NSWindowStyleMaskBorderless) if it removes none. The table was measured with the buttons,
-/// keys and drags of each window manager.
+/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS does not contain the
+/// functions of these controls: 0 (NSWindowStyleMaskBorderless) if it removes none. The table was
+/// measured with the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;
@@ -61,9 +61,9 @@ void WindowManager::requestProperties() {
       connection_.requestProperty(root, connection_.atom(Atom::NetSupported))};
 }
 
-// The property of a window manager that has ended may remain on the root window. The property then
-// names no window or another client's window. So this function checks the window before it selects
-// events on it.
+// When a window manager has ended, _NET_SUPPORTING_WM_CHECK may remain on the root window. The id
+// in the property may then belong to no window, or to another client's window. So this function
+// checks the window before it selects events on it.
 void WindowManager::readReplies() {
   const auto cookies = std::exchange(pendingReplies_, std::nullopt);
   if (!cookies) {
