@@ -13,7 +13,8 @@ namespace vel {
 
 namespace {
 
-/// An adopted window. `className` returns the class that the window has in the window system.
+/// The NSWindow of an adopted window. `className` returns the window's class in the window system,
+/// for example in WM_CLASS on X11. AdoptedWindow describes the window at its adoption.
 class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
   explicit AdoptedNSWindow(const AdoptedWindow& description)
@@ -51,8 +52,8 @@ NSApplication::NSApplication(std::unique_ptr<WindowSystem> windowSystem)
     : windowSystem_(std::move(windowSystem)) {
   windowSystem_->setDelegate(this);
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
-  // `watch` may throw. The loop must not have a pointer to this object then, so `watch` comes
-  // first.
+  // `watch` comes first because it may throw. If it throws, the loop must not have a pointer to
+  // this object.
   loop.watch(windowSystem_->waitHandle());
   loop.setWindowSystemSource(this);
   updateModality();
@@ -63,6 +64,7 @@ void NSApplication::disconnect() {
     const Strong<NSWindow> window = openWindows_.back();
     window->close();
   }
+  // A closed window still has its handle, because the window can be opened again.
   for (const auto& [handle, window] : windowsByHandle_) {
     windowSystem_->releaseWindow(handle);
     window->handle_ = WindowHandle::None;
@@ -178,7 +180,7 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  updateModality();
+  updateModality();  // a modal window has no handle before it first opens
 }
 
 void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
@@ -203,7 +205,7 @@ void NSApplication::applicationActivated(WindowHandle handle) {
     return;
   }
   isActive_ = true;
-  if (handle == WindowHandle::None) {
+  if (handle == WindowHandle::None) {  // no window of the application has the focus yet
     send(keyWindowAtDeactivation_.lock(), &NSWindow::makeKeyWindow);
   }
   post(NSApplicationDidBecomeActiveNotification, self());
@@ -225,8 +227,8 @@ void NSApplication::beginModalSession(const Strong<NSWindow>& window) { addModal
 
 void NSApplication::stopModal() {
   if (!modalSessions_.empty()) {
-    const ModalSession endedSession =
-        modalSessions_.back();  // keeps the window alive during the removal
+    // Without this copy, `pop_back` could destroy the window while it changes `modalSessions_`.
+    const ModalSession endedSession = modalSessions_.back();
     modalSessions_.pop_back();
     updateModality();
   }
@@ -300,8 +302,8 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
   }
 }
 
-// The windows in `handles` exchange their positions in `orderedWindows_`. All other windows keep
-// their positions.
+// Puts the windows in `handles` into the order of `handles`. These windows use only the positions
+// in `orderedWindows_` that they already have, so all other windows keep their positions.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   NSArray<NSWindow> movedWindows;
   for (const WindowHandle handle : handles) {
@@ -318,11 +320,11 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   }
 }
 
-void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask controls) {
+void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) {
   const Strong<NSWindow> window = windowFor(handle);
   const auto handler = controlsKeptHandler_;
   if (window != nullptr && handler) {
-    handler(*window, controls);
+    handler(*window, keptControls);
   }
 }
 
@@ -334,6 +336,7 @@ void NSApplication::displayLost(std::string_view reason) {
   }
   windowsByHandle_.clear();
   NSRunLoop::mainRunLoop().watch(WaitHandle());
+  // Closes the windows on screen, front to back, then the miniaturised windows.
   while (!openWindows_.empty()) {
     const Strong<NSWindow> window =
         orderedWindows_.empty() ? openWindows_.back() : orderedWindows_.front();

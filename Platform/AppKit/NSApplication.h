@@ -20,8 +20,8 @@ inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
 /// The application: its windows on one window system, the key window and the modal sessions. This
-/// class makes all decisions about windows, and the window system only carries out these decisions.
-/// Only the main thread may use the application.
+/// class makes the decisions about key windows, modality and closing. The window system only
+/// carries out these decisions. Only the main thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -32,7 +32,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Calls `shutDown`, which closes the application's windows, disconnects the application and sets
   /// NSApp to null. `shutDown` also removes all timers, all work in the main queue and all
   /// notification observers in the process. Adopted windows stay on the screen. Does nothing if
-  /// there is no application. A callback of the platform layer must not call this function.
+  /// there is no application. No timer, observer or other callback of the platform layer may call
+  /// this function.
   static void stop();
 
   explicit NSApplication(std::unique_ptr<WindowSystem> windowSystem);
@@ -60,8 +61,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window of the newest modal session; null without a modal session.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;
-  /// Begins a modal session of `window` and returns. During a modal session the run loop runs in
-  /// the modal-panel mode.
+  /// Begins a modal session of `window` and returns. `setRunLoopMode` says how a modal session
+  /// changes the mode of the run loop.
   void beginModalSession(const Strong<NSWindow>& window);
   /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();
@@ -69,8 +70,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// key. Then runs the run loop in the modal-panel mode until this modal session ends, because of
   /// `stopModal` or because `window` closes.
   void runModalForWindow(const Strong<NSWindow>& window);
-  /// Sets the mode that the run loop uses while no modal session is open. The event-tracking mode
-  /// is also used while a modal session is open.
+  /// Sets the mode of the run loop. While a modal session is open, the modal-panel mode replaces
+  /// the default mode, but not the event-tracking mode.
   void setRunLoopMode(NSRunLoopMode mode);
 
   /// Sets the handler that is called after a change of a window's style mask. The second argument
@@ -102,8 +103,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   };
 
   /// A temporary object through which the application calls one operation of the window system. The
-  /// operation may give the window system an earlier deadline. So the destructor updates the
-  /// descriptor that a host polls. Otherwise the host would wait until the previous deadline.
+  /// operation may make `nextDeadline` earlier. The destructor therefore updates the run loop's
+  /// descriptor. Otherwise a host that polls the descriptor would wake up at the previous deadline.
   class WindowSystemCall : private NonCopyable {
    public:
     explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}
@@ -125,7 +126,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   void miniaturizedChanged(WindowHandle handle, bool isMiniaturized) override;
   void styleMaskChanged(WindowHandle handle, NSWindowStyleMask styleMask) override;
   void orderChanged(const std::vector<WindowHandle>& handles) override;
-  void controlsKept(WindowHandle handle, NSWindowStyleMask controls) override;
+  void controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) override;
   void displayLost(std::string_view reason) override;
 
   // RunLoopSource

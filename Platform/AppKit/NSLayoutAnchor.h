@@ -36,9 +36,9 @@ class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NS
   [[nodiscard]] Strong<NSView> firstItem() const { return firstItem_.lock(); }
   [[nodiscard]] NSLayoutAttribute attribute() const { return attribute_; }
   [[nodiscard]] NSLayoutRelation relation() const { return relation_; }
-  /// The second view. Null if the constraint has a constant instead.
+  /// The second view. Null if the constraint is between an attribute and a constant.
   [[nodiscard]] Strong<NSView> secondItem() const { return secondItem_.lock(); }
-  /// The constant in points.
+  /// The constant in points. 0 if the constraint has a second view.
   [[nodiscard]] double constant() const { return constant_; }
 
  private:
@@ -64,8 +64,8 @@ class NSLayoutAnchor {
   Strong<NSView> view_;
 };
 
-// Without `vel::`, GCC takes the name NSLayoutAnchor for the Objective-C class in Objective-C++
-// sources that include the headers of the system's AppKit.
+// Some Objective-C++ sources include this header and the headers of the system's AppKit. Without
+// `vel::`, GCC would take NSLayoutAnchor for the system's Objective-C class.
 using NSLayoutXAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterX>;
 using NSLayoutYAxisAnchor = vel::NSLayoutAnchor<NSLayoutAttribute::CenterY>;
 

@@ -13,7 +13,8 @@ enum class NSProgressIndicatorStyle : std::uint8_t { Bar = 0, Spinning = 1 };
 inline constexpr auto NSProgressIndicatorStyleBar = NSProgressIndicatorStyle::Bar;
 inline constexpr auto NSProgressIndicatorStyleSpinning = NSProgressIndicatorStyle::Spinning;
 
-/// Shows that an operation is in progress. Only the main thread may use an indicator.
+/// Shows that an operation is in progress. Only the spinning style is drawn. Only the main thread
+/// may use an indicator.
 class VEL_EXPORT NSProgressIndicator final
     : public Class<NSProgressIndicator, "NSProgressIndicator", NSView> {
  public:

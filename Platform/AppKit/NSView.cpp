@@ -84,8 +84,10 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   }
   const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
+  // `removeFromSuperview` makes the controllers of `view` disappear. If `view` stays in its window,
+  // its controllers remain shown.
   if (window == nullptr || view->window() != window) {
-    view->removeFromSuperview();  // the view's controllers disappear from their current window
+    view->removeFromSuperview();
   }
   view->detach();
   const auto neighbour = std::ranges::find(subviews_, other);
@@ -98,7 +100,7 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   if (window != nullptr && window->isVisible()) {
     AppearanceTransition appearance(view);
     {
-      const NSWindow::DisplayPause pause(window);
+      const NSWindow::DisplayPause pause(window);  // ends, and draws, after `viewWillAppear`
       appearance.sendWillAppear();
     }
     appearance.sendDidAppear();
@@ -116,8 +118,8 @@ void NSView::removeFromSuperview() {
   disappearance.sendWillDisappear();
   const bool hasWindowChanged = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && hasWindowChanged)) {
-    // `viewWillDisappear` has removed or moved this view. If the view has left its window, its
-    // controllers have already disappeared.
+    // `viewWillDisappear` has removed this view or moved it to another superview. If the view left
+    // `window`, its controllers disappeared at that time.
     return;
   }
   if (hasWindowChanged) {
