@@ -123,7 +123,7 @@ Event Connection::nextEvent() {
   }
 }
 
-bool Connection::hasEvents() { return enqueue(Event(xcb_poll_for_event(connection_))); }
+bool Connection::pollForEvent() { return enqueue(Event(xcb_poll_for_event(connection_))); }
 
 bool Connection::hasQueuedEvents() {
   return enqueue(Event(xcb_poll_for_queued_event(connection_)));
@@ -175,7 +175,8 @@ std::optional<Property> Connection::readProperty(xcb_window_t window, xcb_atom_t
   return readProperty(requestProperty(window, name), window);
 }
 
-std::optional<Property> Connection::readPropertyIfExists(xcb_window_t window, xcb_atom_t name) {
+std::optional<Property> Connection::readPropertyIfWindowExists(xcb_window_t window,
+                                                               xcb_atom_t name) {
   return propertyIn(XcbPointer<xcb_get_property_reply_t>(
       xcb_get_property_reply(connection_, requestProperty(window, name), nullptr)));
 }

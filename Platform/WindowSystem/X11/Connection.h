@@ -73,7 +73,7 @@ class Connection final : public NonCopyable {
   /// log.
   Event nextEvent();
   /// Returns true if an event has arrived. Reads from the connection, but does not block.
-  bool hasEvents();
+  bool pollForEvent();
   /// Returns true if an event has already been read from the connection, but not returned by
   /// `nextEvent`. `poll` on the connection's descriptor does not report such an event.
   bool hasQueuedEvents();
@@ -112,7 +112,7 @@ class Connection final : public NonCopyable {
   std::optional<Property> readProperty(xcb_get_property_cookie_t cookie, xcb_window_t window);
   std::optional<Property> readProperty(xcb_window_t window, xcb_atom_t name);
   /// Like `readProperty`, but logs no error if the window does not exist.
-  std::optional<Property> readPropertyIfExists(xcb_window_t window, xcb_atom_t name);
+  std::optional<Property> readPropertyIfWindowExists(xcb_window_t window, xcb_atom_t name);
 
   /// Returns the server's current time. Blocks for a round trip.
   xcb_timestamp_t serverTime();

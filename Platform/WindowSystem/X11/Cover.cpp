@@ -76,7 +76,7 @@ Cover::Cover(Connection& connection, ScreenCoordinates& coordinates, RenderExten
       window_(window),
       visual_(visual),
       depth_(depth),
-      format_(connection.screen(), visual, depth),
+      pixelFormat_(connection.screen(), visual, depth),
       overlay_(std::move(overlay)) {}
 
 Cover::~Cover() {
@@ -130,9 +130,9 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
 }
 
-PixelFormat Cover::formatOf(const Pane& pane) const {
+PixelFormat Cover::pixelFormatOf(const Pane& pane) const {
   return pane.isInOverlay ? PixelFormat(connection_.screen(), overlay_->visual(), overlay_->depth())
-                          : format_;
+                          : pixelFormat_;
 }
 
 bool Cover::needsOverlay(const Scene& scene, PixelRect frame) const {
@@ -172,8 +172,8 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
 void Cover::openPane(Pane& pane) {
   const xcb_visualid_t visual = pane.isInOverlay ? overlay_->visual() : visual_;
   const bool isIndicator = pane.item.kind == SceneItem::Kind::Spinner;
-  const auto format = isIndicator ? render_.formatOf(visual) : std::nullopt;
-  if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !format)) {
+  const auto pictureFormat = isIndicator ? render_.formatOf(visual) : std::nullopt;
+  if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !pictureFormat)) {
     return;  // the item has no pixels, or indicators cannot be drawn
   }
   pane.child = {.window = connection_.makeId()};
@@ -187,11 +187,11 @@ void Cover::openPane(Pane& pane) {
        .frame = pane.frame},
       XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
           XCB_CW_DONT_PROPAGATE,
-      {formatOf(pane).pixel(pane.background),
+      {pixelFormatOf(pane).pixel(pane.background),
        static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST), 1,
        kPointerEvents, kDoNotPropagate});
   if (isIndicator) {
-    pane.spinner = std::make_unique<Spinner>(connection_, render_, *format, window,
+    pane.spinner = std::make_unique<Spinner>(connection_, render_, *pictureFormat, window,
                                              pane.isInOverlay ? overlay_->depth() : depth_,
                                              pane.frame.width, pane.background);
     pane.spinner->draw(0);
@@ -216,7 +216,7 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
   }
   if (pane.background != newPane.background) {
     changeWindowAttributes(connection_, pane.child.window, XCB_CW_BACK_PIXEL,
-                           {formatOf(pane).pixel(newPane.background)});
+                           {pixelFormatOf(pane).pixel(newPane.background)});
     clearWindow(connection_, pane.child.window);
     if (usesOverlay_ && overlay_->isOpen() && &pane == &panes_.front()) {
       overlay_->setBackground(newPane.background);
@@ -335,7 +335,7 @@ Nanoseconds Cover::mapDeadline() const {
   return panes_.empty() || isMapped() ? kNever : mapDeadline_;
 }
 
-void Cover::reportIfUnmapped(Nanoseconds now) {
+void Cover::logMissedMapDeadline(Nanoseconds now) {
   if (isMapped()) {
     mapDeadline_ = kNever;
   } else if (now >= mapDeadline()) {

@@ -61,7 +61,7 @@ class Cover final : public NonCopyable {
   /// all these children are mapped, or if the scene is empty.
   [[nodiscard]] Nanoseconds mapDeadline() const;
   /// If `mapDeadline` has passed, logs once that the cover is not on the screen.
-  void reportIfUnmapped(Nanoseconds now);
+  void logMissedMapDeadline(Nanoseconds now);
   /// Returns true if `window` is one of the cover's windows.
   [[nodiscard]] bool owns(xcb_window_t window) const;
   /// Processes an event about the window or the cover. Raises the cover if another child of the
@@ -99,7 +99,7 @@ class Cover final : public NonCopyable {
     std::unique_ptr<Spinner> spinner;  // null unless the item is an indicator
   };
 
-  [[nodiscard]] PixelFormat formatOf(const Pane& pane) const;
+  [[nodiscard]] PixelFormat pixelFormatOf(const Pane& pane) const;
   [[nodiscard]] bool needsOverlay(const Scene& scene, PixelRect frame) const;
   // Returns a new pane for the item at `index`, without creating its window.
   [[nodiscard]] Pane describePane(const Scene& scene, std::size_t index, PixelRect frame) const;
@@ -128,7 +128,7 @@ class Cover final : public NonCopyable {
   xcb_window_t window_;
   xcb_visualid_t visual_;
   std::uint8_t depth_;
-  PixelFormat format_;
+  PixelFormat pixelFormat_;
   std::unique_ptr<Overlay> overlay_;
   bool usesOverlay_ = false;  // the result of `needsOverlay` for the shown scene
   std::vector<Pane> panes_;   // back to front

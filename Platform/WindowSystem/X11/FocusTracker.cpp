@@ -112,7 +112,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   hasPendingChanges_ = false;
   const bool hadFocusOut = std::exchange(hasFocusOut_, false);
   if (hadFocusOut && focus_ == XCB_WINDOW_NONE) {
-    resolveFocusOut(handleEvents);  // sets `focus_` if one of our windows gets the focus
+    receiveMatchingFocusIn(handleEvents);  // sets `focus_` if one of our windows gets the focus
   }
   if (hadFocusOut && focus_ == XCB_WINDOW_NONE && isActive_) {
     isActive_ = false;
@@ -138,7 +138,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
 }
 
 // The server sends FocusOut and the matching FocusIn together. After a round trip, both have come.
-void FocusTracker::resolveFocusOut(const HandleEvents& handleEvents) {
+void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may leave the focus on the root window or on no window.

@@ -52,7 +52,7 @@ class FocusTracker final : public NonCopyable {
   void reportChanges(const HandleEvents& handleEvents);
 
  private:
-  void resolveFocusOut(const HandleEvents& handleEvents);
+  void receiveMatchingFocusIn(const HandleEvents& handleEvents);
 
   Connection& connection_;
   WindowManager& windowManager_;

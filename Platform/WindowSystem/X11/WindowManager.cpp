@@ -97,7 +97,7 @@ void WindowManager::readReplies() {
 // The value is the window's own id.
 bool WindowManager::isSupportingWmCheckWindow(xcb_window_t window) {
   const auto check =
-      connection_.readPropertyIfExists(window, connection_.atom(Atom::NetSupportingWmCheck));
+      connection_.readPropertyIfWindowExists(window, connection_.atom(Atom::NetSupportingWmCheck));
   return check && check->numbers() == std::vector{window};
 }
 
@@ -168,8 +168,8 @@ void WindowManager::requestIconify(xcb_window_t window) {
 // A window manager may set its name after it has announced itself, so an empty name is read again.
 const std::string& WindowManager::name() {
   if (name_.empty()) {
-    if (const auto property =
-            connection_.readPropertyIfExists(checkWindow_, connection_.atom(Atom::NetWmName))) {
+    if (const auto property = connection_.readPropertyIfWindowExists(
+            checkWindow_, connection_.atom(Atom::NetWmName))) {
       name_ = property->text();
     }
   }

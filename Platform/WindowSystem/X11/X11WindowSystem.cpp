@@ -428,7 +428,7 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
 // the connection.
 bool X11WindowSystem::deliverEvents() {
   bool hasEvents = false;
-  if (!isConnectionLost_ && (connection_->hasEvents() || nextDeadline() <= x11::steadyNow())) {
+  if (!isConnectionLost_ && (connection_->pollForEvent() || nextDeadline() <= x11::steadyNow())) {
     hasEvents = processEvents();
     checkConnection();
   }
@@ -470,7 +470,7 @@ bool X11WindowSystem::processEvents() {
   order_.check(now);
   animation_.advance(now);
   for (auto& [id, window] : windows_) {
-    window.cover->reportIfUnmapped(now);
+    window.cover->logMissedMapDeadline(now);
   }
   if (!connection_->hasQueuedEvents()) {  // a queued DestroyNotify may explain an error
     connection_->logErrors();
