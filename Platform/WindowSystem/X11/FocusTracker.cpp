@@ -38,7 +38,7 @@ void FocusTracker::handle(const xcb_generic_event_t& event) {
       }
       break;
     case FocusChange::Out:
-      hasFocusOut_ = true;
+      mayHaveLostFocus_ = true;
       if (focus_ == id) {
         focus_ = XCB_WINDOW_NONE;
       }
@@ -54,7 +54,7 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
     // If no window of the back end has the focus, `reportChanges` then reports that the application
     // is not active.
-    hasFocusOut_ = hasPendingChanges_ = true;
+    mayHaveLostFocus_ = hasPendingChanges_ = true;
     return;
   }
   focus_ = reportedFocus_ = window;
@@ -75,7 +75,7 @@ void FocusTracker::windowWithdrawn(xcb_window_t window) {
 // Another window may already have the focus. `reportChanges` then finds and reports it.
 void FocusTracker::windowRemoved(xcb_window_t window) {
   if (focus_ == window || reportedFocus_ == window) {
-    hasFocusOut_ = hasPendingChanges_ = true;
+    mayHaveLostFocus_ = hasPendingChanges_ = true;
   }
   if (focus_ == window) {
     focus_ = XCB_WINDOW_NONE;
@@ -110,11 +110,11 @@ bool FocusTracker::requestFocus(Window& window) {
 
 void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   hasPendingChanges_ = false;
-  const bool hadFocusOut = std::exchange(hasFocusOut_, false);
-  if (hadFocusOut && focus_ == XCB_WINDOW_NONE) {
+  const bool mayHaveLostFocus = std::exchange(mayHaveLostFocus_, false);
+  if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE) {
     receiveMatchingFocusIn(handleEvents);  // sets `focus_` if one of our windows gets the focus
   }
-  if (hadFocusOut && focus_ == XCB_WINDOW_NONE && isActive_) {
+  if (mayHaveLostFocus && focus_ == XCB_WINDOW_NONE && isActive_) {
     isActive_ = false;
     reports_.add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
   }

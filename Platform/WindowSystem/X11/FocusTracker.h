@@ -60,7 +60,7 @@ class FocusTracker final : public NonCopyable {
   ReportQueue& reports_;
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
-  bool hasFocusOut_ = false;  // the focus may have left the application since `reportChanges`
+  bool mayHaveLostFocus_ = false;  // the focus may have left the application since `reportChanges`
   // True from the end of a window manager until the next check for a lost focus, or until another
   // window manager starts.
   bool hasWindowManagerEnded_ = false;

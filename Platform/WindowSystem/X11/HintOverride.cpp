@@ -36,7 +36,7 @@ bool HintOverride::recordWrite(const HintValue& value) {
 
 void HintOverride::forgetWrites() { recentWrites_.clear(); }
 
-void HintOverride::reconcile(const HintValue& value) {
+void HintOverride::recordCurrentValue(const HintValue& value) {
   if (value != currentValue_) {
     ownersValue_ = interpretOwnersWrite(value);
     currentValue_ = value;
@@ -45,7 +45,7 @@ void HintOverride::reconcile(const HintValue& value) {
 
 // Does not change the current value, because our write came after the owner's write. We recorded
 // our writes before we read `value`, so the owner's value in each record is out of date.
-void HintOverride::reconcileReplaced(const HintValue& expectedValue, const HintValue& value) {
+void HintOverride::recordReplacedValue(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
   }

@@ -43,13 +43,13 @@ class HintOverride {
   /// becomes the owner's value unchanged.
   void forgetWrites();
 
-  /// Compares `value`, which the window has now, with the current value. If the two differ, the
-  /// owner wrote `value`, and this function updates the owner's value and the current value.
-  void reconcile(const HintValue& value);
-  /// Compares `value`, which the window had just before one of our writes, with `expectedValue`,
-  /// the current value before that write. If the two differ, the owner wrote `value`, and our write
-  /// replaced `value`. This function then updates only the owner's value.
-  void reconcileReplaced(const HintValue& expectedValue, const HintValue& value);
+  /// Records that we have read `value` from the window. If `value` is not the current value, the
+  /// owner wrote it, and this function updates the owner's value and the current value.
+  void recordCurrentValue(const HintValue& value);
+  /// Records that one of our writes replaced `value`. `expectedValue` is the current value before
+  /// that write. If the two differ, the owner wrote `value`, and this function updates only the
+  /// owner's value.
+  void recordReplacedValue(const HintValue& expectedValue, const HintValue& value);
 
  private:
   /// A value that we wrote, and the owner's value from which we computed the written value.

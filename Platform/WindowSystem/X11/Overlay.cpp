@@ -41,7 +41,7 @@ Overlay::Overlay(Connection& connection, WindowTable& windows, const CoveredWind
     : connection_(connection),
       windows_(windows),
       coveredWindow_(coveredWindow),
-      fillsParent_(fillsParent()) {
+      coveredWindowFillsParent_(coveredWindowFillsParent()) {
   readVisual();
 }
 
@@ -177,7 +177,7 @@ void Overlay::coveredWindowUnmapped() {
 
 void Overlay::setCoveredWindowFrame(PixelRect frame) {
   coveredWindow_.frame = frame;
-  fillsParent_ = fillsParent();
+  coveredWindowFillsParent_ = coveredWindowFillsParent();
   if (isOpen()) {
     moveResizeWindow(connection_, window_, overlayFrame());
     restack();
@@ -191,11 +191,12 @@ void Overlay::setCoveredWindowFrame(PixelRect frame) {
 PixelRect Overlay::overlayFrame() const {
   const PixelRect& frame = coveredWindow_.frame;
   const int border = coveredWindow_.borderWidth;
-  return fillsParent_ ? PixelRect{0, 0, kMaxWindowSize, kMaxWindowSize}
-                      : PixelRect{frame.x + border, frame.y + border, frame.width, frame.height};
+  return coveredWindowFillsParent_
+             ? PixelRect{0, 0, kMaxWindowSize, kMaxWindowSize}
+             : PixelRect{frame.x + border, frame.y + border, frame.width, frame.height};
 }
 
-bool Overlay::fillsParent() const {
+bool Overlay::coveredWindowFillsParent() const {
   const PixelRect& frame = coveredWindow_.frame;
   if (coveredWindow_.parent == connection_.root() || coveredWindow_.borderWidth != 0 ||
       frame.x != 0 || frame.y != 0) {

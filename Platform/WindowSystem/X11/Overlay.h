@@ -73,7 +73,7 @@ class Overlay final : public NonCopyable {
   [[nodiscard]] PixelRect overlayFrame() const;
   // Returns true if the adopted window has the position and size of its parent. May block for a
   // round trip.
-  [[nodiscard]] bool fillsParent() const;
+  [[nodiscard]] bool coveredWindowFillsParent() const;
   void readVisual();
   [[nodiscard]] std::uint32_t pixel(CGColor color) const;
   void selectParentEvents(std::uint32_t events);
@@ -81,7 +81,7 @@ class Overlay final : public NonCopyable {
   Connection& connection_;
   WindowTable& windows_;
   CoveredWindow coveredWindow_;
-  bool fillsParent_;  // the last result of `fillsParent()`
+  bool coveredWindowFillsParent_;  // the last result of `coveredWindowFillsParent()`
   xcb_visualid_t visual_ = XCB_NONE;
   std::uint8_t depth_ = 0;
   // True from `show` until `close`, even while the adopted window and the overlay are unmapped.

@@ -153,13 +153,13 @@ void WindowStyle::finishRestoring() {
 void WindowStyle::reconcileCurrentHints() {
   const auto motif = connection_.requestProperty(window_, motifName_);
   const auto normal = connection_.requestProperty(window_, XCB_ATOM_WM_NORMAL_HINTS);
-  motif_.reconcile(connection_.readProperty(motif, window_));
+  motif_.recordCurrentValue(connection_.readProperty(motif, window_));
   normal_ = connection_.readProperty(normal, window_);
 }
 
 void WindowStyle::reconcileReplacedMotif() {
   for (const auto& [pendingReply, expectedValue] : std::exchange(replacedMotif_, {})) {
-    motif_.reconcileReplaced(expectedValue, connection_.readProperty(pendingReply, window_));
+    motif_.recordReplacedValue(expectedValue, connection_.readProperty(pendingReply, window_));
   }
 }
 

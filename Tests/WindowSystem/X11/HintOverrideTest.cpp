@@ -41,24 +41,24 @@ TEST_F(HintOverrideTest, WritingTheCurrentValueNeedsNoRequest) {
 }
 
 TEST_F(HintOverrideTest, StoresEachWriteOfTheOwner) {
-  hintOverride.reconcile(hint({8, 200, 6}));
+  hintOverride.recordCurrentValue(hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_TRUE(hintOverride.recordWrite(hint({10, 640, 6})));
-  hintOverride.reconcile(hint({4, 300, 7}));
+  hintOverride.recordCurrentValue(hint({4, 300, 7}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({4, 300, 7}));
   EXPECT_EQ(hintOverride.currentValue(), hint({4, 300, 7}));
 }
 
 TEST_F(HintOverrideTest, StoresTheDeletionOfThePropertyByTheOwner) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
-  hintOverride.reconcile(std::nullopt);
+  hintOverride.recordCurrentValue(std::nullopt);
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesTheBackEndsValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
-  hintOverride.reconcile(hint({3, 640, 5}));
+  hintOverride.recordCurrentValue(hint({3, 640, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
@@ -67,26 +67,26 @@ TEST_F(HintOverrideTest, RemembersThatThePropertyWasMissingWhenTheOwnerWritesThe
   HintOverride missingHint(std::nullopt, kBitSetCount);
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
-  missingHint.reconcile(hint({3, 640, 5}));
+  missingHint.recordCurrentValue(hint({3, 640, 5}));
   EXPECT_EQ(missingHint.ownersValue(), std::nullopt);
 }
 
 TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   // The owner sets another bit, changes the last number and appends a number.
-  hintOverride.reconcile(hint({1 | 2 | 16, 640, 9, 11}));
+  hintOverride.recordCurrentValue(hint({1 | 2 | 16, 640, 9, 11}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
 TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
-  hintOverride.reconcile(hint({1 | 2, 641, 5}));
+  hintOverride.recordCurrentValue(hint({1 | 2, 641, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
 }
 
 TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItIsShorterThanTheBackEndsValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
-  hintOverride.reconcile(hint({1 | 2, 640}));
+  hintOverride.recordCurrentValue(hint({1 | 2, 640}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 640}));
 }
 
@@ -95,33 +95,34 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWritesOfTheBackEnd) {
     EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, width, 5})));
   }
   HintOverride overrideCopy = hintOverride;
-  hintOverride.reconcile(hint({1 | 2, 610, 9}));
+  hintOverride.recordCurrentValue(hint({1 | 2, 610, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 9}));
-  overrideCopy.reconcile(hint({1 | 2, 600, 9}));
+  overrideCopy.recordCurrentValue(hint({1 | 2, 600, 9}));
   EXPECT_EQ(overrideCopy.ownersValue(), hint({1 | 2, 600, 9}));
 }
 
 TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatTheBackEndsWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
-  hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({8, 200, 6}));
+  hintOverride.recordReplacedValue(hint({1, 100, 5}), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndsWriteHasReplacedIt) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
-  hintOverride.reconcileReplaced(hint({1, 100, 5}), hint({1, 100, 5}));
+  hintOverride.recordReplacedValue(hint({1, 100, 5}), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
 TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAValueThatTheNextWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
-  hintOverride.reconcileReplaced(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
+  hintOverride.recordReplacedValue(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // `reconcileReplaced` also corrected the owner's value that was recorded with the earlier writes.
+  // `recordReplacedValue` also corrected the owner's value that was recorded with the earlier
+  // writes.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
-  hintOverride.reconcile(hint({3, 800, 5}));
+  hintOverride.recordCurrentValue(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
 }
 
@@ -129,7 +130,7 @@ TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedAfterForgettingTheBackEndsW
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hintOverride.ownersValue()));
   hintOverride.forgetWrites();
-  hintOverride.reconcile(hint({3, 640, 5}));
+  hintOverride.recordCurrentValue(hint({3, 640, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({3, 640, 5}));
 }
 
