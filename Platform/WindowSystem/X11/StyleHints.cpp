@@ -119,7 +119,7 @@ HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb
   return Property::ofNumbers(motif ? motif->type : newType, elements);
 }
 
-Property completeMotif(const HintValue& motif, xcb_atom_t newType) {
+Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType) {
   auto elements = elementsOf(motif, kMotifElementCount);
   if ((elements[kMotifFlags] & kHasFunctions) == 0) {
     elements[kMotifFunctions] = kAll;

@@ -39,7 +39,7 @@ struct StyleHints {
 /// the result. `WindowStyle::restore` writes the result before the owner's value: when a value does
 /// not contain a set, some window managers continue to apply the set of the previous value.
 /// `newType` is the type of the property if `motif` has no value.
-[[nodiscard]] Property completeMotif(const HintValue& motif, xcb_atom_t newType);
+[[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that both the user and the program have set
 /// the position and the size.

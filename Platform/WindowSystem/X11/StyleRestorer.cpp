@@ -47,7 +47,7 @@ void StyleRestorer::startWaiting(Window& window) {
                {.id = window.restorationProbe, .parent = connection_.root(), .frame = {0, 0, 1, 1}},
                XCB_CW_EVENT_MASK, {XCB_EVENT_MASK_PROPERTY_CHANGE});
   sendToWindowManager(connection_, window.restorationProbe, Atom::NetRequestFrameExtents, {});
-  window.restorationDeadline = steadyNow() + kWindowManagerTimeLimit;
+  window.restorationDeadline = steadyNow() + kWindowManagerReplyTimeLimit;
 }
 
 void StyleRestorer::cancel(Window& window) {

@@ -11,7 +11,7 @@ inline constexpr Nanoseconds kWindowManagerDelay = kNanosecondsPerSecond / 5;
 
 /// How long the back end waits for a reply that a window manager always sends. Only a window
 /// manager that hangs takes longer.
-inline constexpr Nanoseconds kWindowManagerTimeLimit = 2 * kNanosecondsPerSecond;
+inline constexpr Nanoseconds kWindowManagerReplyTimeLimit = 2 * kNanosecondsPerSecond;
 
 [[nodiscard]] inline Nanoseconds steadyNow() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();

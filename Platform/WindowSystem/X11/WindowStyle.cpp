@@ -130,12 +130,12 @@ void WindowStyle::restore() {
   const ServerGrab grab(connection_);
   reconcileReplacedMotif();
   reconcileCurrentHints();
-  const HintValue completeValue = completeMotif(motif_.ownersValue(), motifName_);
-  if (motif_.currentValue() == motif_.ownersValue() || completeValue == motif_.ownersValue()) {
+  const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
+  if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();
   } else {
-    writeMotif(completeValue);
+    writeMotif(valueWithBothSets);
     isRestoring_ = true;
   }
 }

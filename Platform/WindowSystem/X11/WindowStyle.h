@@ -41,7 +41,7 @@ namespace vel::x11 {
 ///     property                                   event comes; then our
 ///                                                value
 ///   we, in restore                             C                          nothing
-///   we, in restore, if C lacks functions or    `completeMotif` of C,      nothing
+///   we, in restore, if C lacks functions or    `motifWithBothSets` of C,  nothing
 ///     decorations, or is no property             until `finishRestoring`;
 ///                                                then C
 class WindowStyle final : public NonCopyable {
@@ -73,8 +73,8 @@ class WindowStyle final : public NonCopyable {
   /// value lacks functions or decorations, `isRestoring` is true afterwards, and `finishRestoring`
   /// must follow.
   void restore();
-  /// True while the property has the value of `completeMotif`. The window manager must read this
-  /// value before `finishRestoring` writes the owner's value: some window managers keep the
+  /// True while the property has the value of `motifWithBothSets`. The window manager must read
+  /// this value before `finishRestoring` writes the owner's value: some window managers keep the
   /// functions that the owner's value lacks.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
