@@ -46,9 +46,9 @@ class WindowManager final : public NonCopyable {
   /// round trip.
   [[nodiscard]] bool repliesToFrameExtentsRequests();
 
+  /// Whether we receive copies of the state requests: the _NET_WM_STATE messages that clients send
+  /// to the window manager.
   enum class StateRequests : std::uint8_t { Ignored, Received };
-  /// Starts or stops the events that `StateRequestRelay` needs: copies of the requests that clients
-  /// send to the window manager.
   void selectStateRequests(StateRequests stateRequests);
 
  private:
@@ -59,6 +59,7 @@ class WindowManager final : public NonCopyable {
 
   void requestProperties();
   void readReplies();
+  // Returns true if a window manager has created `window` to announce itself.
   bool isSupportingWmCheckWindow(xcb_window_t window);
   // Blocks for a round trip if the name has not been read yet.
   [[nodiscard]] const std::string& name();

@@ -36,7 +36,7 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
-    // The back end writes the property of its own windows itself.
+    // The back end reads this property of adopted windows only.
     const Window* const window = windows_.find(notice.window);
     if (window != nullptr && window->isAdopted()) {
       markChanged(notice.window);
@@ -58,7 +58,7 @@ void WindowMonitor::markChanged(xcb_window_t id) {
 void WindowMonitor::updateChangedWindows() {
   for (auto& [id, window] : windows_) {
     if (std::exchange(window.hasHintChanges, false)) {
-      window.style->readOwnersHints();
+      window.style->handleHintChange();
       reportOwnersStyleMask(window);
     }
     if (std::exchange(window.hasStateChanges, false)) {
@@ -85,8 +85,8 @@ void WindowMonitor::update(Window& window) {
   }
 }
 
-// The owner of an adopted window may unmap the window without iconifying it. The window system
-// reports an unmapped window and an iconic window as miniaturised.
+// The owner of an adopted window may unmap the window without iconifying it. We then report the
+// window as miniaturised too.
 void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
   const bool isMiniaturized = state.isIconic() || (window.isAdopted() && state.isUnmapped());
   if (!window.isOrderedIn || isMiniaturized == window.isMiniaturized) {

@@ -28,7 +28,7 @@ WindowStyle::WindowStyle(Connection& connection, xcb_window_t window, const Styl
       normal_(ownersHints.normal) {}
 
 // Each reply must be read: XCB keeps it in memory until then.
-WindowStyle::~WindowStyle() { reconcileReplacedMotif(); }
+WindowStyle::~WindowStyle() { readPendingMotifReplies(); }
 
 StyleHints WindowStyle::ownersHints() const {
   return {.motif = motif_.ownersValue(), .normal = normal_};
@@ -56,14 +56,14 @@ void WindowStyle::updateSizeHints(PixelRect frame) {
   }
 }
 
-void WindowStyle::readOwnersHints() {
+void WindowStyle::handleHintChange() {
   if (!isAdopted()) {
     return;
   }
   if (isOverridden_) {
-    reconcileAndOverrideMotif();
+    readHintsAndOverrideMotif();
   } else {
-    reconcileCurrentHints();
+    readHints();
   }
 }
 
@@ -74,7 +74,7 @@ bool WindowStyle::preventsResizing() const {
 void WindowStyle::allowResizing() {
   isResizingAllowed_ = true;
   if (isOverridden_) {
-    reconcileAndOverrideMotif();
+    readHintsAndOverrideMotif();
   }
 }
 
@@ -103,22 +103,22 @@ void WindowStyle::writeCreatedWindowHints(PixelRect frame) {
 // reading and our writing: we never overwrite a value that we have not read or requested.
 
 // Does not block, because the reply is read later. Our write causes a PropertyNotify event, and
-// `readOwnersHints` then reads the reply.
+// `handleHintChange` then reads the reply.
 void WindowStyle::overrideMotif() {
   isOverridden_ = true;
   isRestoring_ = false;
   overrideTime_ = steadyNow();
   const ServerGrab grab(connection_);
-  replacedMotif_.push_back({.pendingReply = connection_.requestProperty(window_, motifName_),
-                            .expectedValue = motif_.currentValue()});
+  pendingMotifReplies_.push_back({.cookie = connection_.requestProperty(window_, motifName_),
+                                  .expectedValue = motif_.currentValue()});
   writeMotif(restrictedMotif());
 }
 
-void WindowStyle::reconcileAndOverrideMotif() {
+void WindowStyle::readHintsAndOverrideMotif() {
   overrideTime_ = steadyNow();
   const ServerGrab grab(connection_);
-  reconcileReplacedMotif();
-  reconcileCurrentHints();
+  readPendingMotifReplies();
+  readHints();
   writeMotif(restrictedMotif());
 }
 
@@ -128,9 +128,11 @@ void WindowStyle::restore() {
     return;
   }
   const ServerGrab grab(connection_);
-  reconcileReplacedMotif();
-  reconcileCurrentHints();
+  readPendingMotifReplies();
+  readHints();
   const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
+  // A second step is not needed if the property already has the owner's value, or if the owner's
+  // value contains both sets.
   if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();
@@ -145,21 +147,21 @@ void WindowStyle::finishRestoring() {
     return;
   }
   const ServerGrab grab(connection_);
-  reconcileCurrentHints();
+  readHints();
   writeMotif(motif_.ownersValue());
   motif_.forgetWrites();
 }
 
-void WindowStyle::reconcileCurrentHints() {
+void WindowStyle::readHints() {
   const auto motif = connection_.requestProperty(window_, motifName_);
   const auto normal = connection_.requestProperty(window_, XCB_ATOM_WM_NORMAL_HINTS);
   motif_.recordCurrentValue(connection_.readProperty(motif, window_));
   normal_ = connection_.readProperty(normal, window_);
 }
 
-void WindowStyle::reconcileReplacedMotif() {
-  for (const auto& [pendingReply, expectedValue] : std::exchange(replacedMotif_, {})) {
-    motif_.recordReplacedValue(expectedValue, connection_.readProperty(pendingReply, window_));
+void WindowStyle::readPendingMotifReplies() {
+  for (const auto& [cookie, expectedValue] : std::exchange(pendingMotifReplies_, {})) {
+    motif_.recordReplacedValue(expectedValue, connection_.readProperty(cookie, window_));
   }
 }
 

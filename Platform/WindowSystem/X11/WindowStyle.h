@@ -18,9 +18,9 @@ namespace vel::x11 {
 /// property, window managers would also refuse the owner's own requests for another size. This
 /// class never changes WM_PROTOCOLS: the window manager still asks the owner to close the window.
 ///
-/// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values; "A - controls" is A
-/// without the title and the controls that the mask removes; `HintOverride` computes the last
-/// column):
+/// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values or "no property";
+/// "A - controls" is A without the title and the controls that the mask removes; `HintOverride`
+/// computes the last column):
 ///
 ///   who writes, and when                       the window has             restoring writes
 ///   -----------------------------------------  -------------------------  ----------------------
@@ -32,7 +32,7 @@ namespace vel::x11 {
 ///                                                C - controls
 ///   owner, while overridden: C                 C, until the event comes;  C
 ///                                                then C - controls
-///   owner, while overridden: the value that    C - controls               C
+///   owner, while overridden: the value that    still C - controls         still C
 ///     we wrote
 ///   owner, while overridden: an edit of the    the edit, until the        D: the edit without our
 ///     value that we wrote                        event comes; then          changes
@@ -41,9 +41,9 @@ namespace vel::x11 {
 ///     property                                   event comes; then our
 ///                                                value
 ///   we, in restore                             C                          nothing
-///   we, in restore, if C lacks functions or    `motifWithBothSets` of C,  nothing
-///     decorations, or is no property             until `finishRestoring`;
-///                                                then C
+///   we, in restore, if C does not contain      a value with both sets,    nothing
+///     both a set of functions and a set of       until `finishRestoring`;
+///     decorations                                then C
 class WindowStyle final : public NonCopyable {
  public:
   /// For a window that we create. Writes the hints.
@@ -67,15 +67,16 @@ class WindowStyle final : public NonCopyable {
   /// Call this after a program has written the hints of an adopted window. Reads the hints, and
   /// overrides the new value too if `isOverridden` is true. Blocks for a round trip. Does nothing
   /// for a window that we create.
-  void readOwnersHints();
+  void handleHintChange();
 
   /// Restores the owner's hints if they are overridden. Blocks for a round trip. If the owner's
-  /// value lacks functions or decorations, `isRestoring` is true afterwards, and `finishRestoring`
-  /// must follow.
+  /// value does not contain both a set of functions and a set of decorations, this function may
+  /// write a value with both sets instead. `isRestoring` is then true, and `finishRestoring` must
+  /// follow.
   void restore();
-  /// True while the property has the value of `motifWithBothSets`. The window manager must read
-  /// this value before `finishRestoring` writes the owner's value: some window managers keep the
-  /// functions that the owner's value lacks.
+  /// True while the property has the value with both sets. The window manager must read this value
+  /// before `finishRestoring` writes the owner's value: when a value does not contain a set, some
+  /// window managers continue to apply the set of the previous value.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
@@ -84,10 +85,11 @@ class WindowStyle final : public NonCopyable {
   void finishRestoring();
 
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
-  /// Returns true if the overridden hints remove the functions for resizing and maximising.
+  /// Returns true if the value that we wrote removes the functions for resizing and maximising.
   [[nodiscard]] bool preventsResizing() const;
-  /// Keeps or restores the functions for resizing and maximising until `restore`, because the owner
-  /// needs them. Blocks for a round trip if the hints are overridden.
+  /// From this call until the next `restore`, the values that we write do not remove the functions
+  /// for resizing and maximising: the owner needs them. Blocks for a round trip if the hints are
+  /// overridden.
   void allowResizing();
   /// True from `allowResizing` until `restore`.
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
@@ -95,13 +97,14 @@ class WindowStyle final : public NonCopyable {
   /// The style mask that the owner has given the window, if this mask has not been reported yet. No
   /// value while the hints are overridden.
   [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersStyleMask() const;
+  /// Call this when you report the owner's mask. `mask` then returns it.
   void markOwnersStyleMaskReported();
 
  private:
-  /// A request for _MOTIF_WM_HINTS that we sent just before we overrode the property, and the value
-  /// that the reply contains unless the owner has written another value.
-  struct ReplacedMotif {
-    xcb_get_property_cookie_t pendingReply;
+  /// The reply to a request for _MOTIF_WM_HINTS that we sent just before we overrode the property.
+  /// The reply contains `expectedValue` unless the owner has written another value.
+  struct PendingMotifReply {
+    xcb_get_property_cookie_t cookie;
     HintValue expectedValue;
   };
 
@@ -109,10 +112,10 @@ class WindowStyle final : public NonCopyable {
   [[nodiscard]] StyleHints ownersHints() const;
   void writeCreatedWindowHints(PixelRect frame);
   void overrideMotif();
-  void reconcileAndOverrideMotif();
+  void readHintsAndOverrideMotif();
 
-  void reconcileCurrentHints();
-  void reconcileReplacedMotif();
+  void readHints();
+  void readPendingMotifReplies();
   [[nodiscard]] HintValue restrictedMotif() const;
   void writeMotif(const HintValue& value);
 
@@ -127,8 +130,8 @@ class WindowStyle final : public NonCopyable {
   bool isRestoring_ = false;
   Nanoseconds overrideTime_ = 0;
   HintOverride motif_;
-  HintValue normal_;                          // the current WM_NORMAL_HINTS
-  std::vector<ReplacedMotif> replacedMotif_;  // oldest first
+  HintValue normal_;                                    // the current WM_NORMAL_HINTS
+  std::vector<PendingMotifReply> pendingMotifReplies_;  // oldest first
 };
 
 }  // namespace vel::x11

@@ -9,8 +9,8 @@ Window& WindowTable::add(Window window) {
   return windows_.insert_or_assign(id, std::move(window)).first->second;
 }
 
-// `extract` removes the window from the table before the window is destroyed. The destructors of
-// its members may search the table.
+// `extract` removes the entry from the table before the `Window` is destroyed: the destructors of
+// the members of `Window` may search the table.
 void WindowTable::remove(xcb_window_t id) { windows_.extract(id); }
 
 void WindowTable::clear() { std::exchange(windows_, {}); }

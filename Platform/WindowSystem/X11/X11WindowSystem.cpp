@@ -37,9 +37,9 @@ std::string hexadecimal(std::uint64_t number) {
   return "0x" + std::string(std::as_const(digits).data(), end);
 }
 
-// Returns true if the event is about a child of `parent` and was sent because SubstructureNotify is
-// selected on `parent`. All such events have the same layout.
-bool isSelectedOnParent(const xcb_generic_event_t& event, xcb_window_t parent) {
+// Returns true if the server sent the event because SubstructureNotify is selected on `parent`. The
+// event is then about a child of `parent`. All such events begin with the same fields.
+bool isSubstructureEvent(const xcb_generic_event_t& event, xcb_window_t parent) {
   const int type = typeOf(event);
   if (type < XCB_CREATE_NOTIFY || type > XCB_CIRCULATE_NOTIFY) {
     return false;
@@ -181,14 +181,16 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     error = name + ": " + reason;
     if (inspection.state.attributes == nullptr) {
       connection_->markDestroyed(id);
-    } else if (!inspection.isSupportingWmCheckWindow()) {  // WindowManager needs its DestroyNotify
+    } else if (!inspection.isSupportingWmCheckWindow()) {
+      // Not for the window that a window manager creates to announce itself: `windowManager_` needs
+      // the DestroyNotify of that window.
       selectEvents(*connection_, id, XCB_EVENT_MASK_NO_EVENT);
     }
     return std::nullopt;
   }
   connection_->unmarkDestroyed(id);
   AdoptedWindow adoptedWindow =
-      adopt(inspection, inspector.isMaximizedOrFullscreen(inspection.state));
+      addAdoptedWindow(inspection, inspector.isMaximizedOrFullscreen(inspection.state));
   adoptedWindow.hasFocus = inspector.hasFocus(inspection);
   focus_.windowAdopted(id, adoptedWindow.hasFocus);
   if (adoptedWindow.isOnScreen) {
@@ -211,8 +213,8 @@ const char* X11WindowSystem::reasonNotToAdopt(std::uint64_t nativeId) {
   return connection_->hasCreated(id) ? "it belongs to this program" : nullptr;
 }
 
-AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection,
-                                     bool isMaximizedOrFullscreen) {
+AdoptedWindow X11WindowSystem::addAdoptedWindow(const x11::WindowInspection& inspection,
+                                                bool isMaximizedOrFullscreen) {
   const x11::WindowState& state = inspection.state;
   Window& window = windows_.add(
       {.id = inspection.id,
@@ -231,7 +233,7 @@ AdoptedWindow X11WindowSystem::adopt(const x11::WindowInspection& inspection,
           .isOnScreen = !window.isMiniaturized};
 }
 
-// Returns null if the server does not support overlays.
+// Returns null if the server does not support overlays, or if the window's parent is unknown.
 std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(
     const x11::WindowInspection& inspection) {
   if (inspection.tree == nullptr || !x11::Overlay::isSupported(*connection_)) {
@@ -318,7 +320,7 @@ void X11WindowSystem::orderOut(WindowHandle handle) {
     sendUnmapNotify(*connection_, window->id);
     focus_.windowWithdrawn(window->id);
   }
-  window->cover->show({}, window->frame);
+  window->cover->show({}, window->frame);  // an empty scene
 }
 
 void X11WindowSystem::requestMiniaturized(WindowHandle handle, bool isMiniaturized) {
@@ -342,7 +344,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
   const RequestBatch batch(*connection_);
   const bool mustSetFocus = focus_.requestFocus(*window);
   if (mustSetFocus && !window->isBeingMapped) {
-    monitor_.update(*window);
+    monitor_.update(*window);  // sets the focus if the window is viewable
   }
 }
 
@@ -375,6 +377,7 @@ void X11WindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask styleM
       relay_.prepareOverride(*window, styleMask);
     }
     window->style->setMask(styleMask, window->frame);
+    // `setMask` may have restored the hints.
     restorer_.begin(*window);
     relay_.stopIfUnused();
     monitor_.reportOwnersStyleMask(*window);
@@ -491,7 +494,7 @@ bool X11WindowSystem::handleArrivedEvents() {
 }
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
-  if (isSelectedOnParent(event, connection_->root())) {
+  if (isSubstructureEvent(event, connection_->root())) {
     return;  // `selectStateRequests` also selects these events, which no class uses
   }
   for (auto& [id, window] : windows_) {

@@ -55,12 +55,15 @@ class X11WindowSystem final : public WindowSystem {
   explicit X11WindowSystem(std::unique_ptr<x11::Connection> connection);
 
   // Windows
-  // Returns why the window cannot be adopted, if its id alone shows this. Otherwise returns null.
+
+  // Checks only the id. Returns why the window cannot be adopted; null if the id is no reason.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
-  AdoptedWindow adopt(const x11::WindowInspection& inspection, bool isMaximizedOrFullscreen);
+  AdoptedWindow addAdoptedWindow(const x11::WindowInspection& inspection,
+                                 bool isMaximizedOrFullscreen);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
   std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection);
+  // The shield of a window takes all pointer input of the window while another window is modal.
   void updateShield(x11::Window& window);
   [[nodiscard]] bool needsShield(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
@@ -69,6 +72,7 @@ class X11WindowSystem final : public WindowSystem {
   void finishRelease(x11::Window& window);
 
   // Events
+
   // Handles the events that have arrived and does the work whose deadline has passed. Returns true
   // if an event has arrived.
   bool processEvents();
@@ -80,7 +84,7 @@ class X11WindowSystem final : public WindowSystem {
   void handlePointer(const xcb_generic_event_t& event);
   void moveDraggedWindow();
   void windowDestroyed(xcb_window_t id);
-  // Reports that the display is lost if the connection is broken.
+  // If the connection is broken, removes all windows and reports that the display is lost.
   void checkConnection();
 
   std::unique_ptr<x11::Connection> connection_;
