@@ -116,9 +116,9 @@ void ShowSession::openPlayerWindow() {
   playerWindow_->setTitle("launchscreen: player");
 }
 
-void ShowSession::adoptPlayerWindow(std::uint64_t window) {
+void ShowSession::adoptPlayerWindow(std::uint64_t windowId) {
   std::string error;
-  playerWindow_ = NSApp->adoptWindow(X11WindowId{window}, error);
+  playerWindow_ = NSApp->adoptWindow(X11WindowId{windowId}, error);
   if (playerWindow_ == nullptr) {
     fail(error);
   } else if (!playerWindow_->isOnScreen()) {
@@ -150,7 +150,7 @@ void ShowSession::present(const Strong<ContentData>& data) {
     send(controller, &LaunchScreenViewController::createActivityIndicator);
     send(controller, &LaunchScreenViewController::createConstraintsActivityIndicator);
   }
-  totalTime_ = manager_->launchScreenExpirationTimeLeft();
+  totalSeconds_ = manager_->launchScreenExpirationTimeLeft();
   presentation_->presentForWindowWithPresentationMode(playerWindow_,
                                                       hostMode(options_.presentation));
   if (!isCovering()) {
@@ -195,7 +195,7 @@ bool ShowSession::update() {
   if (isUncovered_ && !outcome_) {
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
-      if (!hasBeenOnScreen_) {
+      if (!hasSceneBeenOnScreen_) {
         outcome_ = ShowOutcome{kExitFailure, "the launch screen was never on the screen"};
       } else if (needsScreenshot_) {
         outcome_ = ShowOutcome{kExitFailure,
@@ -236,7 +236,7 @@ void ShowSession::shutDown() {
 
 void ShowSession::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (&controller == cover_.get() && method == LifeCycleMethod::DidAppear) {
-    hasAppeared_ = true;
+    hasViewAppeared_ = true;
     reportCovered();
   }
 }
@@ -259,7 +259,7 @@ void ShowSession::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target)
     return;
   }
   showTimeLeft();
-  if (needsScreenshot_ && manager_->launchScreenExpirationTimeLeft() <= totalTime_ / 2) {
+  if (needsScreenshot_ && manager_->launchScreenExpirationTimeLeft() <= totalSeconds_ / 2) {
     takeScreenshot();
   }
 }
@@ -285,10 +285,10 @@ void ShowSession::displayLost(std::string_view reason) {
   fail("the display is lost: " + std::string(reason));
 }
 
-void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask controls) {
+void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
   if (&window == playerWindow_.get() && areControlsRemoved_) {
-    console_->reportPermanently(time(),
-                                "controls kept by the window manager: " + controlNames(controls));
+    console_->reportPermanently(
+        time(), "controls kept by the window manager: " + controlNames(keptControls));
   }
 }
 
@@ -317,7 +317,7 @@ void ShowSession::report(std::string_view text) { console_->report(time(), text)
 
 void ShowSession::showTimeLeft() {
   console_->showTimeLeft(time(), {.remainingSeconds = manager_->launchScreenExpirationTimeLeft(),
-                                  .totalSeconds = totalTime_,
+                                  .totalSeconds = totalSeconds_,
                                   .countdown = countdown_});
 }
 
@@ -326,17 +326,17 @@ bool ShowSession::isCovering() const {
 }
 
 void ShowSession::reportCovered() {
-  if (hasAppeared_ && !hasBeenOnScreen_ && isCovering() &&
+  if (hasViewAppeared_ && !hasSceneBeenOnScreen_ && isCovering() &&
       NSApp->windowSystem().isSceneOnScreen(cover_->view()->window()->handle())) {
-    hasBeenOnScreen_ = true;
+    hasSceneBeenOnScreen_ = true;
     report("covered");
   }
 }
 
 void ShowSession::reportUncovered() {
-  if (hasAppeared_ && !isUncovered_ && !isCovering()) {
+  if (hasViewAppeared_ && !isUncovered_ && !isCovering()) {
     isUncovered_ = true;
-    report(hasBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");
+    report(hasSceneBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");
   }
 }
 

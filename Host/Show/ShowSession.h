@@ -23,11 +23,12 @@ struct ShowOutcome {
   std::string failure;
 };
 
-/// Acts as the host of one launch screen, from request to event. The session opens its own player
-/// window, which stands for the window of a game, or adopts a window of another program as the
-/// player window. It then sends the content request, presents the content and reports its progress
-/// to the console. The caller must start the application (`NSApplication::start`) before the
-/// session and must run the main run loop, in real or virtual time. Use it only on the main thread.
+/// Acts as the host of one launch screen, from the content request to the analytics event. The
+/// session opens its own player window, which stands for the window of a game, or adopts a window
+/// of another program as the player window. It then sends the content request, presents the content
+/// and reports its progress to the console. The caller must start the application
+/// (`NSApplication::start`) before the session and must run the main run loop, in real or virtual
+/// time. Use it only on the main thread.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -39,15 +40,16 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   ~ShowSession() override;
 
   /// Opens or adopts the player window. An adopted window is covered immediately. A new window is
-  /// covered when the window becomes key, or after a short wait. After an error, `outcome`
-  /// has a value.
+  /// covered when the window becomes key, or after a short wait if it does not become key. After an
+  /// error, `outcome` has a value.
   void start();
   /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
   /// call this after each pass of the run loop.
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
-  /// Dismisses the launch screen at the user's request. Does nothing in forced mode.
+  /// Dismisses the launch screen at the user's request. Does nothing if the mode in the options
+  /// is "forced".
   void skip();
   /// Dismisses the launch screen without asking the delegates, restores the style of the player
   /// window and closes the window. An adopted window is released instead of closed. A second call
@@ -69,16 +71,20 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) override;
 
   void openPlayerWindow();
-  void adoptPlayerWindow(std::uint64_t window);
+  void adoptPlayerWindow(std::uint64_t windowId);
   void sendRequest();
   void present(const Strong<ContentData>& data);
+  // Called when the library has recorded an analytics event.
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);
-  void controlsKept(const NSWindow& window, NSWindowStyleMask controls);
+  // `keptControls` are the controls that the window manager still offers although the style mask
+  // excludes them.
+  void controlsKept(const NSWindow& window, NSWindowStyleMask keptControls);
   void takeScreenshot();
   void fail(std::string failure);
 
-  // Returns the seconds since the content request, or since `start` before the request.
+  // Returns the seconds since the content request. Before the request, returns the seconds since
+  // `start`.
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();
@@ -107,11 +113,11 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
 
   // The style of the player window before the launch screen.
   NSWindowStyleMask playerStyle_ = NSWindowStyleMaskBorderless;
-  double totalTime_ = 0;  // the duration of the countdown, in seconds
+  double totalSeconds_ = 0;  // the duration of the countdown
   CountdownState countdown_ = CountdownState::Running;
-  bool hasAppeared_ = false;      // the view of the launch screen has appeared
-  bool hasBeenOnScreen_ = false;  // the window system has shown the launch screen
-  bool areControlsRemoved_ = false;
+  bool hasViewAppeared_ = false;       // `viewDidAppear` of `cover_` was called
+  bool hasSceneBeenOnScreen_ = false;  // the window system has shown the launch screen
+  bool areControlsRemoved_ = false;    // the library has removed the controls of the player window
   bool isDismissed_ = false;  // the launch screen was dismissed, but may still be on the screen
   bool isUncovered_ = false;  // the launch screen has left the screen
   bool isEventRecorded_ = false;

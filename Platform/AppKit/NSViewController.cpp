@@ -69,8 +69,8 @@ void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t appe
   if (!isShown_ || appearanceId != currentAppearanceId_) {
     return;
   }
-  // `viewDidDisappear` is the last call of an appearance. The appearance ends before this call,
-  // because the method may begin another appearance.
+  // `viewDidDisappear` is the last call of an appearance. It may begin another appearance, so the
+  // current appearance must end before the call.
   isShown_ = method != LifeCycleMethod::DidDisappear;
   if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;
@@ -122,25 +122,25 @@ void NSViewController::presentViewControllerAsModalWindow(
 }
 
 void NSViewController::presentViewControllerAsSheet(const Strong<NSViewController>& controller) {
-  const Strong<NSWindow> host = view()->window();
-  if (controller == nullptr || !controller->presentationWindow_.expired() || host == nullptr ||
-      !host->isVisible()) {
+  const Strong<NSWindow> owner = view()->window();
+  if (controller == nullptr || !controller->presentationWindow_.expired() || owner == nullptr ||
+      !owner->isVisible()) {
     return;
   }
   const auto window =
-      NSWindow::makePresentationWindow(WindowKind::Sheet, presentationSize(*controller), host,
+      NSWindow::makePresentationWindow(WindowKind::Sheet, presentationSize(*controller), owner,
                                        NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow);
   presentIn(window, controller);
   window->makeKeyAndOrderFront();
 }
 
 void NSViewController::presentIn(const Strong<NSWindow>& window,
-                                 const Strong<NSViewController>& controller) {
-  window->setContentViewController(controller);
-  controller->presentationWindow_ = window;
-  controller->presentingController_ = self();
-  if (controller.get() != this) {
-    presentedControllers_.push_back(controller);
+                                 const Strong<NSViewController>& presentedController) {
+  window->setContentViewController(presentedController);
+  presentedController->presentationWindow_ = window;
+  presentedController->presentingController_ = self();
+  if (presentedController.get() != this) {
+    presentedControllers_.push_back(presentedController);
   }
 }
 

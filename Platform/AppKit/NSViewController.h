@@ -15,9 +15,9 @@ namespace vel {
 class NSView;
 class NSWindow;
 
-/// Controls a view: creates it on first use and receives calls of the life-cycle methods. A
-/// controller can have child controllers, and can be presented as a modal window or as a sheet.
-/// Only the main thread may use a controller.
+/// Controls a view: creates the view on first use and is notified when the view appears and
+/// disappears. A controller can have child controllers, and can be presented as a modal window or
+/// as a sheet. Only the main thread may use a controller.
 ///
 /// A controller is shown while its view is in an open window. One such period is called an
 /// appearance. It begins with `viewWillAppear` and `viewDidAppear`, and ends with
@@ -78,8 +78,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during an appearance.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the method was called in the current appearance or, while the controller is not
-  /// shown, in the most recent appearance.
+  /// True if the method was called in the current appearance. While the controller is not shown,
+  /// the most recent appearance counts.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -95,9 +95,11 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
   // Records that the controller's method was called, for `callMethodOnce` and `wasCalled`.
   void recordCall(LifeCycleMethod method);
-  // These two functions set and remove the links between the presenting and the presented
-  // controller.
-  void presentIn(const Strong<NSWindow>& window, const Strong<NSViewController>& controller);
+  // Makes `presentedController` the content view controller of `window` and links it with this
+  // controller, which presents it.
+  void presentIn(const Strong<NSWindow>& window,
+                 const Strong<NSViewController>& presentedController);
+  // Called on the presented controller. Removes its links with the presenting controller.
   void endPresentation();
 
   Strong<NSBundle> bundle_;

@@ -15,7 +15,8 @@ namespace vel {
 
 namespace {
 
-// A modal window is centred over its owner. A sheet is below the title bar of its owner.
+// A modal window is centred over its owner. A sheet is at the top of its owner's content, below the
+// title bar. The y axis points up.
 CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
   const double x = ownerFrame.origin.x + (ownerFrame.size.width - size.width) / 2;
   const double spareHeight = ownerFrame.size.height - size.height;
@@ -152,7 +153,7 @@ void NSWindow::realize() {
        .kind = kind_,
        .owner = send(owner, &NSWindow::handle),
        .isMovableByBackground = isMovableByWindowBackground_});
-  if (handle_ != WindowHandle::None) {  // None if the display is lost
+  if (handle_ != WindowHandle::None) {  // `createWindow` returns None if the display is lost
     NSApp->windowsByHandle_[handle_] = this;
   }
 }
@@ -198,7 +199,7 @@ void NSWindow::close() {
   while (!sheets_.empty()) {
     const Strong<NSWindow> sheet = sheets_.back();
     sheet->close();
-    std::erase(sheets_, sheet);
+    std::erase(sheets_, sheet);  // `close` does not remove a sheet that is not open yet
   }
   DisappearanceTransition disappearance(contentView_);
   disappearance.sendWillDisappear();

@@ -26,9 +26,8 @@ inline constexpr NSNotificationName NSWindowDidMiniaturizeNotification =
 inline constexpr NSNotificationName NSWindowDidDeminiaturizeNotification =
     "NSWindowDidDeminiaturizeNotification";
 
-/// A window. Ordering a window in opens it. Ordering it out closes it. An open window is on screen
-/// unless it is miniaturised. The application keeps open windows alive. Only the main thread may
-/// use a window.
+/// A window. An open window is on screen unless it is miniaturised. The application keeps open
+/// windows alive. Only the main thread may use a window.
 class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
  public:
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
@@ -57,12 +56,13 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// True if dragging the background moves the window. False by default.
   [[nodiscard]] bool isMovableByWindowBackground() const { return isMovableByWindowBackground_; }
   void setMovableByWindowBackground(bool isMovable);
-  /// True (the default) if the window is hidden with the application. Has no effect: no back end
-  /// hides applications.
+  /// True (the default) if hiding the application also hides the window. Has no effect, because no
+  /// back end hides applications.
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 
-  /// The content view. Null only after the content view has been removed.
+  /// The content view. Null after the content view has been removed, for example at the end of a
+  /// presentation.
   [[nodiscard]] Strong<NSView> contentView() const { return contentView_; }
   void setContentView(const Strong<NSView>& view);
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
@@ -72,7 +72,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   /// content view.
   void setContentViewController(const Strong<NSViewController>& controller);
 
-  /// Makes this window the parent of `child`. Does not open `child`.
+  /// Makes this window the parent of `child` and keeps `child` alive. Does not open `child`.
   void addChildWindow(const Strong<NSWindow>& child);
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
   /// Modal or Sheet if the window was made to present a view controller, else Plain.
@@ -96,22 +96,22 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void miniaturize();
   void deminiaturize();
 
-  /// Makes an on-screen window key without changing the stacking order. On the headless back end
-  /// the window is key when this function returns. On the other back ends, it requests the focus:
-  /// the window becomes key in a later pass of the run loop, which posts
-  /// NSWindowDidBecomeKeyNotification. The window manager may refuse the request. The window then
-  /// does not become key.
+  /// Requests the focus for an on-screen window without changing the stacking order. On the
+  /// headless back end, the window is key when this function returns. On the other back ends, a
+  /// later pass of the run loop makes the window key and posts NSWindowDidBecomeKeyNotification,
+  /// unless the window manager refuses the request.
   void makeKeyWindow();
   [[nodiscard]] bool isKeyWindow() const;
   /// True during a modal session of the window.
   [[nodiscard]] bool isModalPanel() const;
 
-  /// True if the window is open.
+  /// True if the window is open, even while it is miniaturised.
   [[nodiscard]] bool isVisible() const { return isOpen_; }
   [[nodiscard]] bool isMiniaturized() const { return isMiniaturized_; }
+  /// True if the window is open and not miniaturised.
   [[nodiscard]] bool isOnScreen() const { return isOnScreen_; }
 
-  /// The window system's handle; None if the window system has no such window.
+  /// The window system's handle; None while the window does not exist in the window system.
   [[nodiscard]] WindowHandle handle() const { return handle_; }
 
   /// Draws the window's views again if they have changed.
@@ -142,8 +142,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
                                                  const Strong<NSWindow>& owner,
                                                  NSWindowStyleMask styleMask);
   void makeContentView();
-  // Unlike `setContentView`, these two functions call no life-cycle methods.
+  // Unlike `setContentView`, calls no life-cycle methods.
   void replaceContentView(const Strong<NSView>& view);
+  // Called by the content view after it has left this window.
   void clearContentView() { contentView_ = nullptr; }
   // Creates the window in the window system. Does nothing if the window has a handle.
   void realize();
@@ -151,7 +152,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void open(KeyRequest keyRequest);
   // Releases the view controller that this window presents, if any.
   void endPresentation();
-  // The application calls these functions when the window system reports an event.
+  // The application calls these functions when the window system reports an event. `setFrame` also
+  // calls `frameChanged`.
   void frameChanged(CGRect frame);
   void miniaturizedChanged(bool isMiniaturized);
   void windowDestroyed();

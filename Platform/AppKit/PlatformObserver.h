@@ -27,8 +27,8 @@ class VEL_EXPORT PlatformObserver : public TimerObserver {
   }
   /// `setStyleMask` was called. The mask may equal the previous mask.
   virtual void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t /*styleMask*/) {}
-  /// A window has become or stopped being the key window. The platform layer posts the window's
-  /// notification after this call.
+  /// A window has become or stopped being the key window. The platform layer posts
+  /// NSWindowDidBecomeKeyNotification or NSWindowDidResignKeyNotification after this call.
   virtual void keyStatusChanged(NSWindow& /*window*/, KeyStatusChange /*change*/) {}
   /// A window was opened.
   virtual void windowOpened(NSWindow& /*window*/) {}

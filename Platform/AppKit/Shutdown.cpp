@@ -25,7 +25,8 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
     : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
 
 void shutDown() {
-  // Earlier work must not run during the steps below, for example in a nested loop of a callback.
+  // Work that was scheduled before this call must not run during the steps below, for example in a
+  // nested run loop of a callback.
   removeScheduledWork();
   send(NSApp, &NSApplication::disconnect);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {

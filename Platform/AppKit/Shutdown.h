@@ -13,13 +13,13 @@ namespace vel {
 ///   4. The notification centre removes all its observers.
 ///   5. Timers that steps 2 and 3 have added are invalidated, and the main queue is emptied again.
 ///   6. The release pool of the main thread is drained.
-/// Keeps the clock, the log sink, the metrics sink and the default configuration. Also works
-/// without an application. Only the main thread may call this function. A callback of the platform
-/// layer must not call it.
+/// Does not reset the clock, the log sink, the metrics sink or the default configuration. Also
+/// works without an application. Only the main thread may call this function. No timer, observer,
+/// life-cycle method or other callback of the platform layer may call it.
 VEL_EXPORT void shutDown();
 
-/// Registers a function that `shutDown` calls in step 3. In this function, a layer above AppKit
-/// releases its own objects that exist once per process. A registration cannot be removed, so a
+/// Registers a function that `shutDown` calls in step 3. A layer above AppKit uses the function
+/// to release its own objects that exist once per process. A registration cannot be removed, so a
 /// `ShutdownStep` must have static storage duration.
 class ShutdownStep : private NonCopyable {
  public:

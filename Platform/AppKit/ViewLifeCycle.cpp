@@ -32,7 +32,6 @@ NSArray<NSViewController> controllersIn(const Strong<NSView>& view, Visibility v
 
 }  // namespace
 
-// An appearance is one period during which a controller is shown.
 AppearanceTransition::AppearanceTransition(const Strong<NSView>& view) {
   for (const Strong<NSViewController>& controller : controllersIn(view, Visibility::Hidden)) {
     appearances_.push_back({controller, controller->beginAppearance()});
