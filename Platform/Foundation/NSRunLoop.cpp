@@ -234,7 +234,8 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
     return;
   }
   const bool waitCouldEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
-  // If no host polls the descriptor, nobody waits before the next pass, which serves all wake-ups.
+  // The loop has stopped waiting. Unless a host polls the descriptor, `wake` need not wake the
+  // clock until the next wait.
   if (!isDescriptorPolled_) {
     wakeState_.fetch_and(~kIsIdle);
   }
@@ -251,9 +252,9 @@ void NSRunLoop::runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit) {
 }
 
 void NSRunLoop::runUntilDate(Nanoseconds limit) {
-  // Compares the deadline with `end`, not with the time after each pass. Otherwise this loop would
-  // never end if a repeating timer's target runs longer than the timer's interval: such a timer is
-  // always due.
+  // Compares the next deadline with the fixed time `end`, not with `now()`. With `now()`, the loop
+  // would never end if a repeating timer's target runs longer than the timer's interval: such a
+  // timer is always due.
   const Nanoseconds end = std::max(limit, now());
   while (now() < end || nextDeadline(mode_) <= end) {
     runModeBeforeDate(mode_, end);

@@ -33,8 +33,8 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
-/// Thrown by a wait that could never end: time is virtual, and nothing is scheduled. The message
-/// lists the pending timers and the pending work of the main queue.
+/// Thrown by a wait in virtual time if no deadline is known, because the wait would never end. The
+/// message lists the timers of all modes and the pending work of the main queue.
 class VEL_EXPORT EndlessWaitError : public std::logic_error {
  public:
   using std::logic_error::logic_error;
@@ -43,7 +43,8 @@ class VEL_EXPORT EndlessWaitError : public std::logic_error {
 /// The main thread's run loop. A pass in a mode fires the timers that are due, delivers the window
 /// system's events, runs the main queue's work and drains the release pool, in this order. A host
 /// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Any thread may
-/// call `wake`, `now` and `currentRunLoop`. Only the main thread may call the other operations.
+/// call `mainRunLoop`, `currentRunLoop`, `now`, `wake` and `setMainQueueSource`. Only the main
+/// thread may call the other operations.
 class VEL_EXPORT NSRunLoop : NonCopyable {
  public:
   static NSRunLoop& mainRunLoop();
@@ -54,15 +55,14 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// timers. Throws `std::system_error`, and changes nothing, if the process has no descriptors
   /// left.
   void useRealTime();
-  /// Replaces the clock by a clock that waits only for its deadline, such as a `VirtualClock`.
+  /// Replaces the clock by a clock that does not wait for input, such as a `VirtualClock`.
   /// Invalidates all timers.
   void setClock(std::unique_ptr<Clock> clock);
   [[nodiscard]] Clock& clock() { return *clock_; }
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
   /// Set the sources. A pass first calls `deliver` of the window system, then of the main queue.
-  /// Null removes the source. The run loop does not own the sources. Any thread may call
-  /// `setMainQueueSource`.
+  /// Null removes the source. The run loop does not own the sources.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 

@@ -45,7 +45,7 @@ void NSTimer::invalidate() {
   // Keeps the timer alive: the run loop may hold the only reference to the timer.
   const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().removeTimer(*this);
-  // Released when the function returns: the target's destructor may use this timer.
+  // Released before `timer`, because the target's destructor may use this timer.
   const Strong<NSObject> target = std::move(target_);
 }
 

@@ -18,7 +18,7 @@ inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::Event
 
 /// A timer of the run loop. It calls an operation of its target after an interval, once or
 /// repeatedly. The timer keeps its target alive until the timer is invalidated or, if the timer
-/// does not repeat, until it fires. Only the main thread may use a timer.
+/// does not repeat, until it fires. Only the main thread may use a scheduled timer.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
   /// Calls the timer's operation on the target.
@@ -30,7 +30,7 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   /// Makes a timer and schedules it on the current thread's run loop in the default mode. Example:
   /// `NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Player::tick>(0.1, self(),
   /// true)`. The interval is in seconds; 0 or less means 0.1 ms. On a thread without a run loop the
-  /// timer never fires.
+  /// timer is not scheduled and never fires.
   template <auto Selector, class Target>
   static Strong<NSTimer> scheduledTimerWithTimeIntervalTargetSelectorRepeats(
       double interval, const Strong<Target>& target, bool repeats) {
@@ -70,10 +70,9 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
   bool isFiring_ = false;
   Strong<NSObject> target_;
   Callout callout_;
-  // The run loop sets these two members: the modes in which the timer fires, and a number that
-  // orders timers with the same fire date.
-  std::uint8_t modes_ = 0;
-  std::uint64_t order_ = 0;
+  // The run loop sets these two members.
+  std::uint8_t modes_ = 0;   // the modes in which the timer fires, as bits of `NSRunLoopMode`
+  std::uint64_t order_ = 0;  // orders timers that have the same fire date
 };
 
 }  // namespace vel

@@ -1,5 +1,5 @@
-// What a log line says about the process. Each operating system has its own source, and CMake
-// chooses the source. Any thread may call these functions.
+// What a log line says about the process. Each operating system has its own implementation, and
+// CMake chooses the implementation. Any thread may call these functions.
 #pragma once
 
 #include <cstdint>

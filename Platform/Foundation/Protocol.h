@@ -50,8 +50,9 @@ struct Operations {};
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
-  /// The optional operations that the object responds to. `Adopts` returns the operations that the
-  /// class overrides. A class that decides at run time overrides this function.
+  /// The optional operations that the object responds to. The template `Adopts` below implements
+  /// this function: it returns the operations that the class overrides. A class that decides at run
+  /// time which operations it responds to overrides this function.
   [[nodiscard]] virtual OperationSet respondingOperations() const = 0;
 };
 
@@ -68,7 +69,8 @@ consteval std::size_t indexOf(Operations<Listed...>) {
   return isFound ? index : OperationSet().size();
 }
 
-// For an operation that the adopter does not override, both lists name the protocol's own member.
+// Both lists contain the optional operations: `Declared` as members of the protocol, `Adopted` as
+// members of the adopter. If the adopter does not override an operation, the two members are equal.
 template <auto... Declared, auto... Adopted>
 constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<Adopted...>) {
   unsigned long bits = 0;

@@ -13,7 +13,7 @@ namespace vel {
 
 namespace {
 
-/// Makes `strtof` on this thread read a decimal point and round to the nearest float. The
+/// Makes `strtof` on this thread read '.' as the decimal point and round to the nearest float. The
 /// destructor restores the locale and the rounding mode that the host has set for this thread.
 class StandardConversion : NonCopyable {
  public:
