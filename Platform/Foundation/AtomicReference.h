@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// An atomic strong property. Any thread may read and write it. `load` returns a new strong
-/// reference, which later writes do not affect.
+/// A strong reference that any thread may read and write. `load` returns a copy, which later writes
+/// do not affect.
 template <class T>
 class AtomicReference {
  public:
@@ -19,7 +19,7 @@ class AtomicReference {
 
   void store(Strong<T> reference) {
     // After the swap, the parameter keeps the old object alive until the lock is released. The
-    // destructor of the old object may use this property, which takes the lock.
+    // destructor of the old object may call `load` or `store`, which take the lock.
     const std::scoped_lock lock(mutex_);
     reference_.swap(reference);
   }

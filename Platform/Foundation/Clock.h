@@ -9,16 +9,17 @@
 
 namespace vel {
 
-/// The run loop's clock. Real and virtual time differ in this class only. The run loop owns its
-/// clock and waits on the main thread. Any thread may call `now` and `wake`.
+/// The run loop's clock. The run loop owns its clock and calls `waitUntil` on the main thread. Any
+/// thread may call `now` and `wake`.
 class VEL_EXPORT Clock : NonCopyable {
  public:
   virtual ~Clock() = default;
 
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
-  /// Waits until `deadline`. `wake`, or input that the clock also waits for, ends the wait earlier.
-  /// Returns false, without waiting, if nothing could ever end the wait.
+  /// Waits until `deadline` or until a call of `wake`. A `RealClock` also returns on input. Returns
+  /// true. Exception: a `VirtualClock` returns false, without waiting, if `deadline` is `kNever`
+  /// and no call of `wake` is pending.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
   /// Ends the current wait. If no wait is in progress, ends the next wait.

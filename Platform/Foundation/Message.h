@@ -21,22 +21,23 @@ concept MessageResult = !std::is_reference_v<R>;
 /// Calls `operation` on the receiver and returns the result. If the receiver is null, calls nothing
 /// and returns the zero value of the result type: 0, false, null or an empty rectangle. Keeps the
 /// receiver alive during the call.
-template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
+template <class Receiver, class DeclaringClass, detail::MessageResult R, class... Parameters,
           class... Arguments>
-  requires std::derived_from<Receiver, Owner> &&
-           std::invocable<R (Owner::*)(Parameters...), Receiver&, Arguments...>
-R send(Strong<Receiver> receiver, R (Owner::*operation)(Parameters...), Arguments&&... arguments) {
+  requires std::derived_from<Receiver, DeclaringClass> &&
+           std::invocable<R (DeclaringClass::*)(Parameters...), Receiver&, Arguments...>
+R send(Strong<Receiver> receiver, R (DeclaringClass::*operation)(Parameters...),
+       Arguments&&... arguments) {
   if (receiver == nullptr) {
     return R();
   }
   return std::invoke(operation, *receiver, std::forward<Arguments>(arguments)...);
 }
 
-template <class Receiver, class Owner, detail::MessageResult R, class... Parameters,
+template <class Receiver, class DeclaringClass, detail::MessageResult R, class... Parameters,
           class... Arguments>
-  requires std::derived_from<Receiver, Owner> &&
-           std::invocable<R (Owner::*)(Parameters...) const, const Receiver&, Arguments...>
-R send(Strong<Receiver> receiver, R (Owner::*operation)(Parameters...) const,
+  requires std::derived_from<Receiver, DeclaringClass> &&
+           std::invocable<R (DeclaringClass::*)(Parameters...) const, const Receiver&, Arguments...>
+R send(Strong<Receiver> receiver, R (DeclaringClass::*operation)(Parameters...) const,
        Arguments&&... arguments) {
   if (receiver == nullptr) {
     return R();

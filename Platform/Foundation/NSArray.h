@@ -6,8 +6,7 @@
 
 namespace vel {
 
-/// A list of objects. A function that returns an NSArray by value returns a copy, which later calls
-/// do not change.
+/// A list of objects.
 template <class T>
 using NSArray = std::vector<Strong<T>>;
 

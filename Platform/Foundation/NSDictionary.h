@@ -11,8 +11,8 @@
 
 namespace vel {
 
-/// An immutable dictionary that maps strings to objects, such as a request's parameters. A value
-/// may be of any class: use `as` to check its class.
+/// An immutable dictionary that maps strings to objects. A value may be of any class:
+/// `as<NSString>(value)` returns null if the value is not an NSString.
 class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary"> {
  public:
   using Entries = std::map<std::string, Strong<NSObjectProtocol>, std::less<>>;

@@ -19,7 +19,7 @@ using NSLogArgument = std::variant<std::string_view, std::uint32_t>;
 [[nodiscard]] VEL_EXPORT std::string formatLogLine(std::string_view format,
                                                    std::initializer_list<NSLogArgument> arguments);
 
-/// Receives a log line without the date and the process.
+/// Receives each log line. The line does not include the date, the process and the thread.
 using NSLogSink = std::function<void(std::string_view line)>;
 
 /// Replaces the sink for log lines and returns the previous sink. An empty sink means the

@@ -23,7 +23,7 @@ class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
 /// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only one thread at
 /// a time may use an array.
 ///
-/// In Objective-C++, after the headers of the system's AppKit, write `vel::NSMutableArray`: GCC
+/// In an Objective-C++ file that includes the system's AppKit, write `vel::NSMutableArray`: GCC
 /// takes the name without `vel::` for the Objective-C class.
 template <class T>
 class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArray"> {
@@ -35,8 +35,8 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
     return objects_.at(index);
   }
 
-  /// The index of the first object that is equal to `object`. No value if there is none, or if
-  /// `object` is null.
+  /// The index of the first object that is equal to `object`. Returns `std::nullopt` if no object
+  /// is equal, or if `object` is null.
   [[nodiscard]] std::optional<std::size_t> indexOfObject(const T* object) const {
     const auto position = std::ranges::find_if(
         objects_, [object](const Strong<T>& element) { return element->isEqual(object); });
@@ -72,7 +72,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   /// The end of an iteration, for comparison with an iterator.
   struct End {};
 
-  /// Returns strong references, which keep an element alive in the loop's body.
+  /// `operator*` returns a strong reference, which keeps the element alive in the loop's body.
   class Iterator {
    public:
     explicit Iterator(const NSMutableArray& array)

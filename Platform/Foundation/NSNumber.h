@@ -9,7 +9,7 @@
 
 namespace vel {
 
-/// An immutable number. Keeps the type of the value that it was made from.
+/// An immutable number.
 class VEL_EXPORT NSNumber final : public Class<NSNumber, "NSNumber"> {
  public:
   using Value = std::variant<std::int64_t, std::uint64_t, double>;

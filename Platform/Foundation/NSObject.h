@@ -33,12 +33,13 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
   }
 };
 
-/// The head of a class: its own type, its name, its superclass and the protocols it adopts.
+/// The base of every class except NSObject. The template arguments are the class itself, its name,
+/// its superclass and the protocols that it adopts.
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
-/// `className` returns the name. Code that tests for a class by its name compares the whole name.
-/// `make` does not compile for a class without a head of its own.
+/// `className` returns the name. `make` does not compile for a class that derives directly from
+/// another class instead of from `Class`.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:

@@ -9,8 +9,8 @@ namespace vel {
 
 namespace {
 
-// `number` is out of a float's range. Returns true if it is too large, and false if it is too
-// small. `std::from_chars` does not distinguish these two cases.
+// `number` must be out of a float's range. Returns true if it is too large, and false if it is too
+// close to 0. `std::from_chars` does not distinguish these two cases.
 bool isTooLarge(std::string_view number) {
   const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
   const std::string_view mantissa = number.substr(0, mantissaEnd);
@@ -30,7 +30,8 @@ bool isTooLarge(std::string_view number) {
       std::errc::result_out_of_range) {
     return !isNegative;
   }
-  // The number is out of range, so it is too large exactly if its power of ten is positive.
+  // A number out of range is too large if `pointOffset` plus the exponent is positive. The sum
+  // could overflow, so this code does not compute it.
   return pointOffset > (isNegative ? magnitude : -magnitude);
 }
 

@@ -59,9 +59,9 @@ class Pipe : NonCopyable {
 };
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
-/// watched handle. This class never reads an event from the kqueue, because reading the timer's
-/// event would remove it. `poll` reports the kqueue as readable as long as it contains an event. An
-/// event disappears when its source changes, for example when the pipe is emptied.
+/// watched handle. This class only polls the kqueue, which is readable while it contains an event.
+/// Reading the timer's event would remove it, and the kqueue would not stay readable after the
+/// deadline. An event disappears when its source changes, for example when the pipe is emptied.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
@@ -90,9 +90,9 @@ class KqueueWaitSet final : public WaitSet {
     }
     deadline_ = deadline;
     if (deadline_ != kNever) {
-      // Without NOTE_CRITICAL, the system may delay the timer to save energy.
       const Nanoseconds now = steadyTime();
       const Nanoseconds timeLeft = deadline_ > now ? deadline_ - now : 1;
+      // Without NOTE_CRITICAL, the system may delay the timer to save energy.
       change(kqueue_.get(), kTimer, EVFILT_TIMER, EV_ADD | EV_ONESHOT,
              NOTE_NSECONDS | NOTE_CRITICAL, timeLeft);
     }
