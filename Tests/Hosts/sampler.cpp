@@ -55,6 +55,14 @@ struct Point {
   int y = 0;
 };
 
+/// Widths in pixels: left, right, top, bottom.
+using Extents = std::array<int, 4>;
+
+Rect shrink(Rect rect, Extents extents) {
+  return {rect.x + extents[0], rect.y + extents[2], rect.width - extents[0] - extents[1],
+          rect.height - extents[2] - extents[3]};
+}
+
 Rect intersect(Rect first, Rect second) {
   const int x = std::max(first.x, second.x);
   const int y = std::max(first.y, second.y);
@@ -76,7 +84,8 @@ class Sampler {
         window_(window),
         backdrop_(backdrop),
         screen_(xcb_setup_roots_iterator(xcb_get_setup(connection)).data),
-        frameExtentsAtom_(atom("_GTK_FRAME_EXTENTS")) {}
+        shadowExtentsAtom_(atom("_GTK_FRAME_EXTENTS")),
+        frameExtentsAtom_(atom("_NET_FRAME_EXTENTS")) {}
 
   /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
   void sample() {
@@ -130,10 +139,10 @@ class Sampler {
 
   /// Returns the part of `area` that the screen shows: without the shadow that the program draws
   /// around its window, and clipped by the window's ancestors. While a window manager resizes a
-  /// window, the window can be larger than the window manager's frame.
+  /// window, the window can be larger than the window manager's frame. The frame's borders then lie
+  /// above the window.
   Rect clip(Rect area) {
-    area = {area.x + extents_[0], area.y + extents_[2], area.width - extents_[0] - extents_[1],
-            area.height - extents_[2] - extents_[3]};
+    area = shrink(area, shadowExtents_);
     area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
     for (const xcb_window_t ancestor : readAncestors()) {
       const auto geometry = xcb_get_geometry(connection_, ancestor);
@@ -144,21 +153,40 @@ class Sampler {
       const Reply<xcb_translate_coordinates_reply_t> translationReply(
           xcb_translate_coordinates_reply(connection_, translation, nullptr));
       if (geometryReply && translationReply) {
-        area = intersect(area, {translationReply->dst_x, translationReply->dst_y,
-                                geometryReply->width, geometryReply->height});
+        const Rect frame{translationReply->dst_x, translationReply->dst_y, geometryReply->width,
+                         geometryReply->height};
+        if (intersect(area, frame) != area) {
+          area = intersect(area, shrink(frame, frameExtents_));
+        }
       }
     }
     return area;
   }
 
-  /// Reads the window's state and the points of `area`, and updates `area_`, `extents_` and
+  xcb_get_property_cookie_t requestExtents(xcb_atom_t atom) {
+    return xcb_get_property(connection_, 0, window_, atom, XCB_ATOM_CARDINAL, 0, 4);
+  }
+
+  /// Returns zeros if the property does not exist.
+  Extents readExtents(xcb_get_property_cookie_t cookie) {
+    const Reply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(connection_, cookie, nullptr));
+    Extents extents{};
+    if (reply && xcb_get_property_value_length(reply.get()) >= 16) {
+      const auto* values = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
+      std::copy_n(values, extents.size(), extents.begin());
+    }
+    return extents;
+  }
+
+  /// Reads the window's state and the points of `area`, and updates `area_`, the extents and
   /// `visibleArea_`. Returns false if `area` is not the current visible area.
   bool sampleAt(Rect area) {
     const auto attributes = xcb_get_window_attributes(connection_, window_);
     const auto geometry = xcb_get_geometry(connection_, window_);
     const auto translation = xcb_translate_coordinates(connection_, window_, screen_->root, 0, 0);
-    const auto extents =
-        xcb_get_property(connection_, 0, window_, frameExtentsAtom_, XCB_ATOM_CARDINAL, 0, 4);
+    const auto shadowExtents = requestExtents(shadowExtentsAtom_);
+    const auto frameExtents = requestExtents(frameExtentsAtom_);
     std::vector<xcb_get_image_cookie_t> images;
     for (const Point point : samplePoints(area)) {
       images.push_back(xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root,
@@ -172,8 +200,8 @@ class Sampler {
         xcb_get_geometry_reply(connection_, geometry, nullptr));
     const Reply<xcb_translate_coordinates_reply_t> translationReply(
         xcb_translate_coordinates_reply(connection_, translation, nullptr));
-    const Reply<xcb_get_property_reply_t> extentsReply(
-        xcb_get_property_reply(connection_, extents, nullptr));
+    shadowExtents_ = readExtents(shadowExtents);
+    frameExtents_ = readExtents(frameExtents);
     nonWhitePoints_ = 0;
     backdropPoints_ = 0;
     firstNonWhiteColor_ = kWhite;
@@ -197,13 +225,6 @@ class Sampler {
       return true;
     }
     state_ = attributesReply->map_state == XCB_MAP_STATE_VIEWABLE ? 'V' : 'U';
-    std::array<int, 4> currentExtents{};
-    if (extentsReply && xcb_get_property_value_length(extentsReply.get()) >= 16) {
-      const auto* values =
-          static_cast<const std::uint32_t*>(xcb_get_property_value(extentsReply.get()));
-      std::copy_n(values, currentExtents.size(), currentExtents.begin());
-    }
-    extents_ = currentExtents;
     area_ = {translationReply->dst_x, translationReply->dst_y, geometryReply->width,
              geometryReply->height};
     visibleArea_ = clip(area_);
@@ -214,10 +235,12 @@ class Sampler {
   xcb_window_t window_;
   std::uint32_t backdrop_;
   xcb_screen_t* screen_;
+  xcb_atom_t shadowExtentsAtom_;
   xcb_atom_t frameExtentsAtom_;
   Rect area_;
   Rect visibleArea_;
-  std::array<int, 4> extents_{};  // of the shadow: left, right, top, bottom
+  Extents shadowExtents_{};  // of the shadow that the program draws
+  Extents frameExtents_{};   // of the window manager's frame
   char state_ = 'U';
   std::uint32_t nonWhitePoints_ = 0;
   std::uint32_t backdropPoints_ = 0;

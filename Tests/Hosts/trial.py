@@ -145,10 +145,10 @@ class Trial:
         time.sleep(0.5)  # for the compositor's first frame
         self.backdrop = self.client.pixel(SCREEN[0] // 2, SCREEN[1] // 2)
         self.open_host()
+        if not wait_until(self.has_drawn_window, 15):
+            self.result["note"] = "the host itself is white at each point"
         if not self.environment.has_manager:
             self.client.focus(self.window)
-        if not wait_until(self.is_drawn, 15):
-            self.result["note"] = "the host itself is white at each point"
         self.result["window"] = hex(self.window)
 
     def open_host(self):
@@ -192,6 +192,13 @@ class Trial:
     def is_drawn(self):
         """True if a point is neither white nor black. An empty screen is black."""
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
+
+    def has_drawn_window(self):
+        """True if the host has drawn its window. SDL can replace a new window when it creates a renderer."""
+        if not self.client.exists(self.window):
+            self.window = self.find_window() or self.window
+            return False
+        return self.is_drawn()
 
     def wait_until_settled(self, pause=0.3):
         """Waits until the window has not moved or resized for `pause` seconds. Returns its position and size."""
