@@ -15,7 +15,7 @@ enum ExitStatus : int {
   kExitSuccess = 0,
   kExitFailure = 1,      ///< the command failed
   kExitBadUsage = 2,     ///< the command line or a file that it names is invalid
-  kExitSignalBase = 128  ///< the command adds the number of the signal that ended it
+  kExitSignalBase = 128  ///< plus the number of the signal that stopped the command
 };
 
 /// Thrown by a command if its command line or a file that the command line names is invalid. `what`
@@ -26,8 +26,8 @@ class UsageError : public std::runtime_error {
 };
 
 /// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
-/// `addShowCommand` each add a command to the parser. If the command line contains this command,
-/// the parser stores the command's function in the variable `selectedCommand` of the caller.
+/// `addShowCommand` have a parameter `selectedCommand`, in which the parser later stores the
+/// function of the command that the user chose.
 using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

@@ -29,7 +29,7 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
-  occupyStandardStreams();
+  openClosedStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
   program.require_subcommand(0, 1);

@@ -9,7 +9,7 @@ namespace vel::host {
 
 /// Opens the null device for each standard stream that is closed. Otherwise the next file that the
 /// program opens would become a standard stream.
-void occupyStandardStreams();
+void openClosedStandardStreams();
 
 /// Returns true if the standard output is a terminal.
 [[nodiscard]] bool isOutputTerminal();

@@ -112,7 +112,7 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
     timelineFile->write(isStandardInput ? name
                                         : std::filesystem::path(options.file).stem().string());
   }
-  return outcome == PlayOutcome::Ended ? kExitSuccess : kExitPlayAborted;
+  return outcome == PlayOutcome::PlayedToEnd ? kExitSuccess : kExitPlayAborted;
 }
 
 void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand) {

@@ -10,8 +10,8 @@
 
 namespace vel::host {
 
-/// The exit status if playing the scenario stops early because of an error that would end the
-/// process of a host.
+/// The exit status if the scenario stops early because a collection was changed while it was being
+/// enumerated. In a real host, this error would end the process.
 inline constexpr int kExitPlayAborted = 3;
 
 struct PlayOptions {
@@ -23,8 +23,9 @@ struct PlayOptions {
 };
 
 /// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError
-/// if the scenario cannot be read or the file for the timeline cannot be opened. In these cases,
-/// nothing is written to `out`.
+/// if the scenario cannot be read or is invalid, or if the file for the timeline cannot be opened.
+/// In these cases, nothing is written to `out`. Throws a std::runtime_error if the trace or the
+/// timeline cannot be written.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
 /// Adds the command to the program; see `CommandFunction`.

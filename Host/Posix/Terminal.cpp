@@ -7,7 +7,7 @@
 
 namespace vel::host {
 
-void occupyStandardStreams() {
+void openClosedStandardStreams() {
   int descriptor = open("/dev/null", O_RDWR);
   while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
     descriptor = open("/dev/null", O_RDWR);

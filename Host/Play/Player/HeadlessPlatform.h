@@ -6,9 +6,10 @@
 
 namespace vel::host {
 
-/// Runs the application on the headless window system in virtual time, which starts at 0. The
-/// destructor closes all windows, removes all scheduled work and resets the configuration of the
-/// library. Only one HeadlessPlatform may exist at a time. Use it only on the main thread.
+/// The constructor starts `NSApp` on the headless window system and sets the main run loop to
+/// virtual time, which starts at 0. The destructor closes all windows, removes all scheduled work
+/// and resets the configuration of the library. Only one HeadlessPlatform may exist at a time. Use
+/// it only on the main thread.
 class HeadlessPlatform : private NonCopyable {
  public:
   explicit HeadlessPlatform(NSOperatingSystemVersion version);

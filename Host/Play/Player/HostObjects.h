@@ -47,7 +47,7 @@ class HostBroker final : public Class<HostBroker, "HostBroker", NSObject, Conten
   RegistrationHandler handler_;
 };
 
-/// Called with the content whose state has changed.
+/// Called with the ContentData whose state has changed.
 using StateHandler = std::function<void(const Strong<ContentData>& data)>;
 
 /// Adopts the protocol ContentResolverDelegate.

@@ -54,9 +54,9 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // The library must not call this object any more. Deactivating the contents and the controller
-  // breaks reference cycles.
+  // The handler of the view delegate uses this object, so remove the delegate first.
   viewDelegate_ = nullptr;
+  // A content and its view controller own each other until one of them is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
@@ -76,7 +76,7 @@ PlayOutcome Player::play() {
     }
     runUntil(scenario_.end);
     report(trace::InspectionReport{inspect(*manager_, windowNames_)});
-    return PlayOutcome::Ended;
+    return PlayOutcome::PlayedToEnd;
   } catch (const NSCollectionMutatedError& error) {
     report(trace::FatalError{error.what()});
     return PlayOutcome::CollectionMutated;
@@ -112,10 +112,10 @@ void Player::report(TraceEvent event) {
 }
 
 bool Player::isCovered() {
-  std::erase_if(shownCovers_, [](const Weak<LaunchScreenViewController>& cover) {
+  std::erase_if(covers_, [](const Weak<LaunchScreenViewController>& cover) {
     return !send(cover.lock(), &NSViewController::isShown);
   });
-  return !shownCovers_.empty();
+  return !covers_.empty();
 }
 
 Strong<NSWindow> Player::openWindow(const WindowScript& script) {
@@ -143,7 +143,7 @@ void Player::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
 void Player::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (const auto cover = as<LaunchScreenViewController>(controller.self())) {
     if (method == LifeCycleMethod::WillAppear) {
-      shownCovers_.push_back(cover);
+      covers_.push_back(cover);
     }
     report(trace::LifeCycleCall{method});
   }

@@ -14,7 +14,7 @@
 namespace vel::host {
 
 enum class PlayOutcome : std::uint8_t {
-  Ended,
+  PlayedToEnd,
   /// The scenario was not played to its end: a collection was changed while it was being
   /// enumerated.
   CollectionMutated
@@ -54,12 +54,12 @@ class Player final : private PlatformObserver {
   void report(TraceEvent event);
 
   Strong<NSWindow> openWindow(const WindowScript& script);
-  void setViewDelegate(const std::optional<ViewDelegateScript>& script);
+  void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover of the library is shown. Removes other covers from `shownCovers_`.
+  // True if a cover of the library is shown. Removes covers that are not shown from `covers_`.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -95,11 +95,11 @@ class Player final : private PlatformObserver {
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  // The player needs the main content even after the manager has released it.
+  // The manager can release the main content while the content's view controller still owns it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
-  // The covers that have appeared. May contain covers that are no longer shown; see `isCovered`.
-  std::vector<Weak<LaunchScreenViewController>> shownCovers_;
+  // The covers that have appeared. `isCovered` removes the covers that are no longer shown.
+  std::vector<Weak<LaunchScreenViewController>> covers_;
   std::vector<Strong<NSViewController>> controllersOverCover_;  // presented by `step::PresentOver`
 };
 

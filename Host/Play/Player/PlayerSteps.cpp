@@ -23,17 +23,17 @@ void runOn(StepThread thread, const std::function<void()>& work) {
 
 }  // namespace
 
-void Player::setViewDelegate(const std::optional<ViewDelegateScript>& script) {
+void Player::setViewDelegate(const std::optional<ViewDelegateScript>& newScript) {
   viewDelegate_ = nullptr;
-  if (script) {
+  if (newScript) {
     viewDelegate_ = make<ScriptedViewDelegate>(
-        *script, [this](const ViewDelegateScript& currentScript, ViewOperation operation) {
+        *newScript, [this](const ViewDelegateScript& script, ViewOperation operation) {
           trace::HostCall call{.operation = operation, .returnValue = std::nullopt};
           if (operation == ViewOperation::CanDisappear) {
-            call.returnValue = currentScript.canDisappear;
+            call.returnValue = script.canDisappear;
           }
           report(call);
-          if (operation == currentScript.deactivateDuring) {
+          if (operation == script.deactivateDuring) {
             manager_->deactivate();
           }
         });
@@ -138,7 +138,7 @@ void Player::perform(const step::Configure& action) {
   if (action.expirationTimeInterval) {
     configuration->setExpirationTimeInterval(*action.expirationTimeInterval);
   }
-  if (action.hasViewController) {
+  if (action.hasViewController.has_value()) {
     configuration->setViewController(*action.hasViewController ? LaunchScreenViewController::init()
                                                                : nullptr);
   }
@@ -193,8 +193,8 @@ void Player::perform(const step::PresentOver& /*action*/) {
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // Dismisses the newest controller that is still presented. Calls the `dismissViewController` of
-  // this controller and not of the cover, because the cover may refuse the call.
+  // Dismisses the newest sheet that is still presented. The sheet dismisses itself, because the
+  // cover may refuse to dismiss it.
   while (!controllersOverCover_.empty()) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();

@@ -20,7 +20,7 @@ using JsonPointer = nlohmann::json::json_pointer;
 
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
-/// The functions from `boolean` to `lookUpIn` read the value. These functions throw a ScenarioError
+/// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
 /// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue` is
 /// a description of a valid value for the error message.
 class JsonValue {
@@ -50,13 +50,13 @@ class JsonValue {
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// Returns the elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expectedValue) const;
-  /// Returns the entry of the table whose name equals this value, which must be a string. Throws a
-  /// ScenarioError if the table has no such entry.
+  /// Returns the table entry whose name equals this string. Throws a ScenarioError if the table has
+  /// no such entry.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryIn(const NamedValue<Value> (&table)[Size]) const;
-  /// Returns the value of `entryIn(table)`.
+  /// Returns the value of the entry that `entryIn` returns.
   template <class Value, std::size_t Size>
-  [[nodiscard]] Value lookUpIn(const NamedValue<Value> (&table)[Size]) const {
+  [[nodiscard]] Value valueIn(const NamedValue<Value> (&table)[Size]) const {
     return entryIn(table).value;
   }
 
@@ -87,11 +87,11 @@ class JsonMembers {
       target = std::invoke(reader, value);
     }
   }
-  /// If the member is present, stores `JsonValue::lookUpIn(table)` of the member in `target`.
+  /// Reads the member into `target` with `JsonValue::valueIn` if the member is present.
   template <class Target, class Value, std::size_t Size>
   void readInto(Target& target, std::string_view name, const NamedValue<Value> (&table)[Size]) {
     if (const JsonValue value = (*this)[name]; value.isPresent()) {
-      target = value.lookUpIn(table);
+      target = value.valueIn(table);
     }
   }
 

@@ -6,7 +6,7 @@
 
 namespace vel::host {
 
-/// An entry of a table of names.
+/// An entry of a table: a value and its name.
 template <class Value>
 struct NamedValue {
   std::string_view name;

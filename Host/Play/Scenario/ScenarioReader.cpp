@@ -12,7 +12,7 @@ namespace vel::host {
 namespace {
 
 ResolverDelegateKind readResolverDelegate(const JsonValue& value) {
-  return value.isNull() ? ResolverDelegateKind::None : value.lookUpIn(kResolverDelegates);
+  return value.isNull() ? ResolverDelegateKind::None : value.valueIn(kResolverDelegates);
 }
 
 NSOperatingSystemVersion readVersion(const JsonValue& value) {

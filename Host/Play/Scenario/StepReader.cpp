@@ -35,7 +35,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
 OperationSet readOperations(const JsonValue& value) {
   OperationSet operations;
   for (const JsonValue& name : value.elements("an array of operations")) {
-    operations.set(static_cast<std::size_t>(name.lookUpIn(kViewOperations)));
+    operations.set(static_cast<std::size_t>(name.valueIn(kViewOperations)));
   }
   return operations;
 }
@@ -44,7 +44,7 @@ OperationSet readOperations(const JsonValue& value) {
 void readViewDelegateMembers(JsonMembers& members, ViewDelegateScript& script) {
   members.readInto(script.canDisappear, "canDisappear", &JsonValue::boolean);
   if (const JsonValue operation = members["deactivateDuring"]; operation.isPresent()) {
-    script.deactivateDuring = operation.lookUpIn(kViewOperations);
+    script.deactivateDuring = operation.valueIn(kViewOperations);
     if (!script.operations.test(static_cast<std::size_t>(*script.deactivateDuring))) {
       operation.throwInvalid("one of the delegate's operations");
     }
@@ -117,7 +117,7 @@ StepAction readPresent(const StepContext& context) {
 
 StepAction readDismiss(const StepContext& context) {
   step::Dismiss action;
-  action.path = context.members["by"].lookUpIn(kDismissalPaths);
+  action.path = context.members["by"].valueIn(kDismissalPaths);
   if (action.path == DismissalPath::Manager) {
     context.members.readInto(action.thread, "thread", kStepThreads);
   }
@@ -125,7 +125,7 @@ StepAction readDismiss(const StepContext& context) {
 }
 
 StepAction readSend(const StepContext& context) {
-  return step::Send{context.members["operation"].lookUpIn(kSentOperations)};
+  return step::Send{context.members["operation"].valueIn(kSentOperations)};
 }
 
 StepAction readConfigure(const StepContext& context) {
@@ -188,7 +188,7 @@ StepAction readPresentOver(const StepContext& context) {
 }
 
 StepAction readRunLoopMode(const StepContext& context) {
-  return step::RunLoopMode{context.members["mode"].lookUpIn(kRunLoopModes)};
+  return step::RunLoopMode{context.members["mode"].valueIn(kRunLoopModes)};
 }
 
 using StepReader = StepAction (*)(const StepContext&);

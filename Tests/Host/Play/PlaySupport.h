@@ -13,7 +13,7 @@ namespace vel::host {
 using Lines = std::vector<std::string>;
 
 struct PlayResult {
-  PlayOutcome outcome = PlayOutcome::Ended;
+  PlayOutcome outcome = PlayOutcome::PlayedToEnd;
   /// The trace: the lines that `launchscreen play` prints.
   Lines lines;
   /// The states that `Player` reported.
