@@ -1,5 +1,5 @@
-// The terminal that the program writes to. Each kind of operating system has its own source, and
-// CMake chooses the source.
+// The terminal that the program writes to. Each kind of operating system has its own
+// implementation, and CMake chooses the implementation.
 #pragma once
 
 #include <cstddef>

@@ -73,7 +73,7 @@ inline constexpr NamedValue<ContentName> kContentNames[] = {
     {"temporary", ContentName::Temporary},
 };
 
-/// The thread that performs a step.
+/// The thread that performs a step. The main thread is the default and has no name in a scenario.
 enum class StepThread : std::uint8_t { Main, Background };
 
 inline constexpr NamedValue<StepThread> kStepThreads[] = {{"background", StepThread::Background}};
@@ -116,27 +116,31 @@ inline constexpr NamedValue<NSRunLoopMode> kRunLoopModes[] = {
 /// The actions of steps, one struct for each kind of action.
 namespace step {
 
+/// The host activates the manager.
 struct Activate {
   bool hasBroker = true;
 };
 struct Request {
-  /// Without a value, the request itself is null. If the value is a null dictionary, the parameters
-  /// of the request are null.
+  /// Without a value, the host passes a null request. With a null dictionary, the host passes a
+  /// request whose parameters are null.
   std::optional<Strong<NSDictionary>> parameters;
   StepThread thread = StepThread::Main;
 };
+/// The host gets the view of a content from the manager.
 struct ContentView {
   ContentName content = ContentName::Main;
 };
 struct Present {
   std::optional<std::string> window;
-  std::int32_t mode = 0;  // the host's number for the presentation mode
+  /// Mode 0 covers the window, mode 2 opens a modal window, and any other mode opens a sheet.
+  std::int32_t mode = 0;
   ContentName content = ContentName::Main;
 };
 struct Dismiss {
   DismissalPath path = DismissalPath::Manager;
   StepThread thread = StepThread::Main;
 };
+/// The host deactivates the manager.
 struct Deactivate {};
 struct Send {
   SentOperation operation = SentOperation::SendAnalyticsEvent;
@@ -150,6 +154,7 @@ struct Configure {
   /// True sets a new view controller. False sets null.
   std::optional<bool> hasViewController;
 };
+/// Replaces the default configuration with a new configuration.
 struct ReplaceConfiguration {};
 struct ViewDelegate {
   /// The new delegate. `std::nullopt` removes the current delegate.
@@ -172,12 +177,14 @@ struct Deminiaturize {
 };
 /// The user moves the focus away from the host's windows without deactivating the application.
 struct ResignKey {};
+/// The user deactivates the application.
 struct DeactivateApp {};
+/// The user activates the application.
 struct ActivateApp {};
 struct StopModal {};
-/// The cover presents a new, plain controller as a sheet.
+/// The launch screen's view controller presents a new NSViewController as a sheet.
 struct PresentOver {};
-/// Dismisses the newest controller of a `PresentOver` step that is still presented.
+/// Dismisses the newest sheet of the earlier `PresentOver` steps. Ignores sheets that have ended.
 struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;

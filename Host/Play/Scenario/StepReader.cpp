@@ -144,7 +144,7 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    script.operations.reset();
+    script.operations.reset();  // no delegate: a member "deactivateDuring" is then invalid
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);
   }
@@ -164,6 +164,7 @@ WindowScript readWindowMembers(JsonMembers& members, KnownWindowNames& names) {
   if (const JsonValue parent = members["parent"]; parent.isPresent() && !parent.isNull()) {
     window.parent = names.readKnownName(parent, "the name of an earlier window, or null");
   }
+  // A window cannot be its own parent, so its name is added after the parent is read.
   window.name = names.add(name);
   return window;
 }

@@ -20,10 +20,10 @@ class KnownWindowNames {
   std::string add(const JsonValue& name);
   /// Adds the name of the default window, which the scenario does not describe.
   void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
-  /// Adds the name of the window that a presentation opens. `mode` is the host's number for the
-  /// presentation mode. Mode 0 opens no window.
+  /// Adds the name of the window that a `step::Present` with this mode opens. Mode 0 opens no
+  /// window.
   void addPresentation(std::int32_t mode);
-  /// Adds the name of the window of a controller that is presented as a sheet.
+  /// Adds the name of the sheet that a `step::PresentOver` opens.
   void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;

@@ -26,12 +26,14 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   Json takeDocument() { return std::move(document_); }
 
-  bool null() override { return add(nullptr); }
-  bool boolean(bool value) override { return add(value); }
-  bool number_integer(number_integer_t value) override { return add(value); }
-  bool number_unsigned(number_unsigned_t value) override { return add(value); }
-  bool number_float(number_float_t value, const string_t& /*text*/) override { return add(value); }
-  bool string(string_t& value) override { return add(std::move(value)); }
+  bool null() override { return addScalar(nullptr); }
+  bool boolean(bool value) override { return addScalar(value); }
+  bool number_integer(number_integer_t value) override { return addScalar(value); }
+  bool number_unsigned(number_unsigned_t value) override { return addScalar(value); }
+  bool number_float(number_float_t value, const string_t& /*text*/) override {
+    return addScalar(value);
+  }
+  bool string(string_t& value) override { return addScalar(std::move(value)); }
   bool binary(binary_t& /*value*/) override { return false; }  // not part of JSON
 
   bool start_object(std::size_t /*size*/) override { return open(Json::object()); }
@@ -55,11 +57,13 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     if (error.id == kNumberOutOfRange) {
       throw ScenarioError(currentPointer().to_string(), "a number within the range of a double");
     }
+    // `position` is the number of bytes that the parser has read.
     throwMalformed(std::max<std::size_t>(position, 1) - 1);
   }
 
-  /// Throws the error for malformed JSON. `errorPosition` is the index of the first byte that is
-  /// not valid. The message contains the line and the column of this byte, counted from 1.
+  /// Throws the error for malformed JSON. `errorPosition` is the index of the invalid byte or of
+  /// the last byte of an unexpected token. The message contains the line and the column of this
+  /// byte, counted from 1.
   [[noreturn]] void throwMalformed(std::size_t errorPosition) const {
     const std::string_view textBeforeError = text_.substr(0, errorPosition);
     const auto line = 1 + std::ranges::count(textBeforeError, '\n');
@@ -84,7 +88,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
     return &(container[keys_.back()] = std::move(value));
   }
 
-  bool add(Json value) {
+  bool addScalar(Json value) {
     addValue(std::move(value));
     return true;
   }

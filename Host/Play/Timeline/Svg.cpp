@@ -19,9 +19,9 @@ std::string formatNumber(double value) {
   return digits;
 }
 
-// False if the text starts with a control character, U+FFFE or U+FFFF. XML cannot contain most of
-// these characters.
-bool startsWithXmlCharacter(std::string_view remainingText) {
+// Returns false if the text starts with U+FFFE, U+FFFF or a character below U+0020. XML forbids all
+// of these characters except tabs and line breaks.
+bool startsWithAllowedCharacter(std::string_view remainingText) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
   return static_cast<unsigned char>(remainingText.front()) >= ' ' &&
          !remainingText.starts_with(kNoncharacters[0]) &&
@@ -32,8 +32,9 @@ std::string escapeXml(std::string_view text) {
   std::string result;
   for (std::size_t index = 0; index < text.size(); ++index) {
     const std::string_view remainingText = text.substr(index);
-    if (!startsWithXmlCharacter(remainingText)) {
+    if (!startsWithAllowedCharacter(remainingText)) {
       result += "\uFFFD";
+      // U+FFFE and U+FFFF have three bytes.
       index += remainingText.front() == '\xEF' ? 2U : 0U;
     } else if (text[index] == '&') {
       result += "&amp;";
