@@ -83,6 +83,7 @@ OUTSIDE = {
         "Tests/Support/Wayland",
         "Benchmarks",
     ],
+    "wayland-server": ["Tests/Support/Wayland"],
     "X11/": [],
     "AppKit/": APPKIT,
     "Foundation/": APPKIT,

@@ -126,6 +126,12 @@ double Canvas::scale() const {
 }
 
 void Canvas::updateScale() {
+  // A new output may get the address of an output that has been removed.
+  std::erase_if(outputs_, [this](const wl_output* output) {
+    return std::ranges::none_of(connection_.outputs(), [output](const auto& entry) {
+      return entry->proxy.get() == output;
+    });
+  });
   if (scale() == paintedScale_) {
     return;
   }
@@ -150,7 +156,8 @@ void Canvas::show(const Scene& scene, CGSize size) {
   for (std::size_t i = 0; i < items.size(); ++i) {
     if (i == panes_.size()) {
       panes_.push_back(openPane(items[i], size));
-    } else if (panes_[i].item != items[i] || panes_[i].windowSize != size) {
+    } else if (panes_[i].item != items[i] || panes_[i].windowSize != size ||
+               panes_[i].buffers.empty()) {
       panes_.erase(panes_.begin() + static_cast<std::ptrdiff_t>(i), panes_.end());
       panes_.push_back(openPane(items[i], size));
     }
@@ -161,10 +168,10 @@ void Canvas::show(const Scene& scene, CGSize size) {
 
 void Canvas::showBackground(CGColor color, CGSize size) {
   if (backgroundBuffers_.empty() || color != shownColor_ || size != shownSize_) {
-    shownColor_ = color;
-    shownSize_ = size;
-    std::vector<Proxy<wl_buffer>> buffers = makeColorBuffers(color, size);
+    std::vector<Proxy<wl_buffer>> buffers = makeColorBuffers(color, size, viewport_.get());
     if (!buffers.empty()) {
+      shownColor_ = color;
+      shownSize_ = size;
       attach(surface_, viewport_.get(), buffers.front(), size, 1);
       backgroundBuffers_.swap(buffers);
     }
@@ -185,8 +192,9 @@ void Canvas::attach(wl_surface* surface, wp_viewport* viewport, const Proxy<wl_b
   wl_surface_damage(surface, 0, 0, roundedUp(size.width), roundedUp(size.height));
 }
 
-std::vector<Proxy<wl_buffer>> Canvas::makeColorBuffers(CGColor color, CGSize size) const {
-  const bool isScaled = connection_.viewporter() != nullptr;
+std::vector<Proxy<wl_buffer>> Canvas::makeColorBuffers(CGColor color, CGSize size,
+                                                       const wp_viewport* viewport) const {
+  const bool isScaled = viewport != nullptr;
   const int width = isScaled ? kColorSide : roundedUp(size.width);
   const int height = isScaled ? kColorSide : roundedUp(size.height);
   const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
@@ -225,7 +233,7 @@ void Canvas::paint(Pane& pane) {
   std::vector<Proxy<wl_buffer>> buffers;
   int bufferScale = 1;
   if (pane.item.kind == SceneItem::Kind::Fill) {
-    buffers = makeColorBuffers(pane.item.color, size);
+    buffers = makeColorBuffers(pane.item.color, size, pane.viewport.get());
   } else {
     const double scale = pane.viewport != nullptr ? paintedScale_ : std::ceil(paintedScale_);
     bufferScale = static_cast<int>(std::ceil(scale));

@@ -53,7 +53,9 @@ class Canvas final : public NonCopyable {
   // Makes `buffer` fill a surface of this size.
   void attach(wl_surface* surface, wp_viewport* viewport, const Proxy<wl_buffer>& buffer,
               CGSize size, int bufferScale) const;
-  [[nodiscard]] std::vector<Proxy<wl_buffer>> makeColorBuffers(CGColor color, CGSize size) const;
+  // Makes a buffer for a surface of this size. `viewport` is the viewport of the surface, or null.
+  [[nodiscard]] std::vector<Proxy<wl_buffer>> makeColorBuffers(CGColor color, CGSize size,
+                                                               const wp_viewport* viewport) const;
   void showBackground(CGColor color, CGSize size);
   Pane openPane(const SceneItem& item, CGSize windowSize);
   void paint(Pane& pane);

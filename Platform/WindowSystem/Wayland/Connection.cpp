@@ -6,6 +6,7 @@
 #include <wayland-client.h>
 #include <xdg-activation-v1.h>
 #include <xdg-decoration-unstable-v1.h>
+#include <xdg-dialog-v1.h>
 #include <xdg-foreign-unstable-v2.h>
 #include <xdg-shell.h>
 
@@ -105,7 +106,8 @@ Connection::~Connection() {
   importer_ = nullptr;
   exporter_ = nullptr;
   decorations_ = nullptr;
-  windowManager_ = nullptr;
+  dialogs_ = nullptr;
+  windowManagers_.clear();
   fractionalScale_ = nullptr;
   viewporter_ = nullptr;
   shm_ = nullptr;
@@ -171,36 +173,33 @@ void Connection::roundTrip() { wl_display_roundtrip_queue(display_, queue_.get()
 
 void Connection::flush() { wl_display_flush(display_); }
 
+// Binds the first global object that has the wanted interface. Objects that the back end has
+// created may belong to it, so another one does not replace it.
+template <class T>
+void Connection::bindFirst(Proxy<T>& proxy, std::uint32_t name, const std::string& interface,
+                           const wl_interface& wantedInterface, std::uint32_t version) {
+  if (proxy == nullptr && interface == wantedInterface.name) {
+    proxy = bindGlobal<T>(registry_.get(), name, wantedInterface, version);
+  }
+}
+
 void Connection::addGlobal(std::uint32_t name, const std::string& interface,
                            std::uint32_t version) {
-  wl_registry* const registry = registry_.get();
-  if (interface == wl_compositor_interface.name) {
-    compositor_ = bindGlobal<wl_compositor>(registry, name, wl_compositor_interface,
-                                            std::min(version, kCompositorVersion));
-  } else if (interface == wl_subcompositor_interface.name) {
-    subcompositor_ = bindGlobal<wl_subcompositor>(registry, name, wl_subcompositor_interface, 1);
-  } else if (interface == wl_shm_interface.name) {
-    shm_ = bindGlobal<wl_shm>(registry, name, wl_shm_interface, 1);
-  } else if (interface == wp_viewporter_interface.name) {
-    viewporter_ = bindGlobal<wp_viewporter>(registry, name, wp_viewporter_interface, 1);
-  } else if (interface == wp_fractional_scale_manager_v1_interface.name) {
-    fractionalScale_ = bindGlobal<wp_fractional_scale_manager_v1>(
-        registry, name, wp_fractional_scale_manager_v1_interface, 1);
-  } else if (interface == xdg_wm_base_interface.name) {
-    windowManager_ =
-        bindGlobal<xdg_wm_base>(registry, name, xdg_wm_base_interface, kWindowManagerVersion);
-    xdg_wm_base_add_listener(windowManager_.get(), &kWindowManagerListener, nullptr);
-  } else if (interface == zxdg_decoration_manager_v1_interface.name) {
-    decorations_ = bindGlobal<zxdg_decoration_manager_v1>(registry, name,
-                                                          zxdg_decoration_manager_v1_interface, 1);
-  } else if (interface == zxdg_exporter_v2_interface.name) {
-    exporter_ = bindGlobal<zxdg_exporter_v2>(registry, name, zxdg_exporter_v2_interface, 1);
-  } else if (interface == zxdg_importer_v2_interface.name) {
-    importer_ = bindGlobal<zxdg_importer_v2>(registry, name, zxdg_importer_v2_interface, 1);
-  } else if (interface == xdg_activation_v1_interface.name) {
-    activation_ = bindGlobal<xdg_activation_v1>(registry, name, xdg_activation_v1_interface, 1);
+  bindFirst(compositor_, name, interface, wl_compositor_interface,
+            std::min(version, kCompositorVersion));
+  bindFirst(subcompositor_, name, interface, wl_subcompositor_interface, 1);
+  bindFirst(shm_, name, interface, wl_shm_interface, 1);
+  bindFirst(viewporter_, name, interface, wp_viewporter_interface, 1);
+  bindFirst(fractionalScale_, name, interface, wp_fractional_scale_manager_v1_interface, 1);
+  bindFirst(decorations_, name, interface, zxdg_decoration_manager_v1_interface, 1);
+  bindFirst(dialogs_, name, interface, xdg_wm_dialog_v1_interface, 1);
+  bindFirst(exporter_, name, interface, zxdg_exporter_v2_interface, 1);
+  bindFirst(importer_, name, interface, zxdg_importer_v2_interface, 1);
+  bindFirst(activation_, name, interface, xdg_activation_v1_interface, 1);
+  if (interface == xdg_wm_base_interface.name) {
+    addWindowManager(name);
   } else if (interface == wl_seat_interface.name) {
-    handlers_.seatAdded(name, bindGlobal<wl_seat>(registry, name, wl_seat_interface,
+    handlers_.seatAdded(name, bindGlobal<wl_seat>(registry_.get(), name, wl_seat_interface,
                                                   std::min(version, kSeatVersion)));
   } else if (interface == wl_output_interface.name && !isShared_) {
     addOutput(name, version);
@@ -209,9 +208,26 @@ void Connection::addGlobal(std::uint32_t name, const std::string& interface,
 
 void Connection::removeGlobal(std::uint32_t name) {
   handlers_.globalRemoved(name);
+  for (WindowManager& windowManager : windowManagers_) {
+    windowManager.isRemoved = windowManager.isRemoved || windowManager.name == name;
+  }
   if (std::erase_if(outputs_, [name](const auto& output) { return output->name == name; }) > 0) {
     handlers_.scaleChanged();
   }
+}
+
+xdg_wm_base* Connection::windowManager() const {
+  const auto position = std::ranges::find(windowManagers_, false, &WindowManager::isRemoved);
+  return position == windowManagers_.end() ? nullptr : position->proxy.get();
+}
+
+void Connection::addWindowManager(std::uint32_t name) {
+  WindowManager windowManager;
+  windowManager.name = name;
+  windowManager.proxy =
+      bindGlobal<xdg_wm_base>(registry_.get(), name, xdg_wm_base_interface, kWindowManagerVersion);
+  xdg_wm_base_add_listener(windowManager.proxy.get(), &kWindowManagerListener, nullptr);
+  windowManagers_.push_back(std::move(windowManager));
 }
 
 void Connection::addOutput(std::uint32_t name, std::uint32_t version) {

@@ -11,6 +11,7 @@
 #include "Platform/WindowSystem/Wayland/Proxy.h"
 
 struct wl_display;
+struct wl_interface;
 
 namespace vel::wayland {
 
@@ -19,6 +20,13 @@ struct Output {
   Proxy<wl_output> proxy;
   std::uint32_t name = 0;  // the name in the registry
   int scale = 1;
+};
+
+/// An object xdg_wm_base of the compositor.
+struct WindowManager {
+  Proxy<xdg_wm_base> proxy;
+  std::uint32_t name = 0;  // the name in the registry
+  bool isRemoved = false;
 };
 
 /// A connection to a compositor, and the compositor's global objects. This object opens the
@@ -70,7 +78,8 @@ class Connection final : public NonCopyable {
   [[nodiscard]] wp_fractional_scale_manager_v1* fractionalScale() const {
     return fractionalScale_.get();
   }
-  [[nodiscard]] xdg_wm_base* windowManager() const { return windowManager_.get(); }
+  [[nodiscard]] xdg_wm_base* windowManager() const;
+  [[nodiscard]] xdg_wm_dialog_v1* dialogs() const { return dialogs_.get(); }
   [[nodiscard]] zxdg_decoration_manager_v1* decorations() const { return decorations_.get(); }
   [[nodiscard]] zxdg_exporter_v2* exporter() const { return exporter_.get(); }
   [[nodiscard]] zxdg_importer_v2* importer() const { return importer_.get(); }
@@ -86,6 +95,10 @@ class Connection final : public NonCopyable {
   Connection(wl_display* display, bool isShared);
   void addGlobal(std::uint32_t name, const std::string& interface, std::uint32_t version);
   void removeGlobal(std::uint32_t name);
+  template <class T>
+  void bindFirst(Proxy<T>& proxy, std::uint32_t name, const std::string& interface,
+                 const wl_interface& wantedInterface, std::uint32_t version);
+  void addWindowManager(std::uint32_t name);
   void addOutput(std::uint32_t name, std::uint32_t version);
 
   wl_display* display_;
@@ -99,7 +112,10 @@ class Connection final : public NonCopyable {
   Proxy<wl_shm> shm_;
   Proxy<wp_viewporter> viewporter_;
   Proxy<wp_fractional_scale_manager_v1> fractionalScale_;
-  Proxy<xdg_wm_base> windowManager_;
+  // An entry stays until the connection ends, because windows of the back end may use its object
+  // after the compositor has removed the global object.
+  std::vector<WindowManager> windowManagers_;
+  Proxy<xdg_wm_dialog_v1> dialogs_;
   Proxy<zxdg_decoration_manager_v1> decorations_;
   Proxy<zxdg_exporter_v2> exporter_;
   Proxy<zxdg_importer_v2> importer_;

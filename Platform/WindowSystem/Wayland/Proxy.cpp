@@ -5,6 +5,7 @@
 #include <wayland-client.h>
 #include <xdg-activation-v1.h>
 #include <xdg-decoration-unstable-v1.h>
+#include <xdg-dialog-v1.h>
 #include <xdg-foreign-unstable-v2.h>
 #include <xdg-shell.h>
 
@@ -67,9 +68,11 @@ void ProxyDestroyer::operator()(xdg_activation_token_v1* proxy) const {
 void ProxyDestroyer::operator()(xdg_activation_v1* proxy) const {
   xdg_activation_v1_destroy(proxy);
 }
+void ProxyDestroyer::operator()(xdg_dialog_v1* proxy) const { xdg_dialog_v1_destroy(proxy); }
 void ProxyDestroyer::operator()(xdg_surface* proxy) const { xdg_surface_destroy(proxy); }
 void ProxyDestroyer::operator()(xdg_toplevel* proxy) const { xdg_toplevel_destroy(proxy); }
 void ProxyDestroyer::operator()(xdg_wm_base* proxy) const { xdg_wm_base_destroy(proxy); }
+void ProxyDestroyer::operator()(xdg_wm_dialog_v1* proxy) const { xdg_wm_dialog_v1_destroy(proxy); }
 void ProxyDestroyer::operator()(zxdg_decoration_manager_v1* proxy) const {
   zxdg_decoration_manager_v1_destroy(proxy);
 }

@@ -4,9 +4,22 @@
 #include <unistd.h>
 #include <wayland-client.h>
 
+#include <cerrno>
 #include <cstring>
+#include <string_view>
+
+#include "Platform/Foundation/NSLog.h"
 
 namespace vel::wayland {
+
+namespace {
+
+void logFailure(std::size_t size) {
+  NSLog("Wayland: shared memory of %u bytes cannot be allocated: %s",
+        static_cast<std::uint32_t>(size), std::string_view(std::strerror(errno)));
+}
+
+}  // namespace
 
 std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
                                           const std::vector<Pixels>& pictures) {
@@ -15,6 +28,7 @@ std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
   const std::size_t size = pictureSize * pictures.size();
   const int file = memfd_create("launch-screen", MFD_CLOEXEC);
   if (file < 0) {
+    logFailure(size);
     return {};
   }
   void* memory = MAP_FAILED;
@@ -22,6 +36,7 @@ std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
     memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
   }
   if (memory == MAP_FAILED) {
+    logFailure(size);
     close(file);
     return {};
   }

@@ -21,8 +21,8 @@ struct Pixels {
 inline constexpr std::size_t kMaxPixelCount = INT32_MAX / sizeof(std::uint32_t);
 
 /// Copies pictures of the same size into shared memory and returns one buffer for each picture. The
-/// pictures must have at most `kMaxPixelCount` pixels together. Returns an empty list if the system
-/// has no memory.
+/// pictures must have at most `kMaxPixelCount` pixels together. If the system has no memory, logs
+/// this and returns an empty list.
 [[nodiscard]] std::vector<Proxy<wl_buffer>> makeBuffers(const Connection& connection,
                                                         const std::vector<Pixels>& pictures);
 

@@ -1,6 +1,7 @@
 #include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
 
 #include <wayland-client.h>
+#include <xdg-dialog-v1.h>
 #include <xdg-shell.h>
 
 #include <algorithm>
@@ -262,20 +263,40 @@ void WaylandWindowSystem::openToplevel(Window& window) {
   if (window.foreignParent != nullptr) {
     window.foreignParent->setParentOf(window.surface.get());
   }
+  setModal(window, modalWindow_ == handle);
 }
 
 void WaylandWindowSystem::closeToplevel(Window& window) {
   window.canvas = nullptr;
   window.foreignParent = nullptr;
+  window.dialog = nullptr;
   window.toplevel = nullptr;
   window.surface = nullptr;
+}
+
+void WaylandWindowSystem::setModal(Window& window, bool isModal) const {
+  if (window.toplevel == nullptr || connection_->dialogs() == nullptr) {
+    return;
+  }
+  if (isModal) {
+    if (window.dialog == nullptr) {
+      window.dialog.reset(
+          xdg_wm_dialog_v1_get_xdg_dialog(connection_->dialogs(), window.toplevel->proxy()));
+    }
+    xdg_dialog_v1_set_modal(window.dialog.get());
+  } else if (window.dialog != nullptr) {
+    xdg_dialog_v1_unset_modal(window.dialog.get());
+  }
 }
 
 void WaylandWindowSystem::configured(WindowHandle handle, CGSize size) {
   Window& window = *find(handle);
   CGRect& frame = window.description.frame;
-  if (size.width > 0 && size.height > 0 && size != frame.size) {
-    frame.size = size;
+  // The client chooses each length that is zero.
+  const CGSize newSize{size.width > 0 ? size.width : frame.size.width,
+                       size.height > 0 ? size.height : frame.size.height};
+  if (newSize != frame.size) {
+    frame.size = newSize;
     reports_.add(handle, [handle, frame](WindowSystemDelegate& delegate) {
       delegate.frameChanged(handle, frame);
     });
@@ -295,7 +316,7 @@ void WaylandWindowSystem::buttonPressed(WindowHandle handle, wl_seat* seat, std:
 
 void WaylandWindowSystem::orderFront(WindowHandle handle) {
   Window* const window = find(handle);
-  if (window == nullptr || window->isOrderedIn) {
+  if (window == nullptr || window->isOrderedIn || connection_->windowManager() == nullptr) {
     return;
   }
   window->isOrderedIn = true;
@@ -416,14 +437,18 @@ void WaylandWindowSystem::setScene(WindowHandle handle, const Scene& scene) {
 }
 
 void WaylandWindowSystem::setModalWindow(WindowHandle handle) {
-  if (std::exchange(modalWindow_, handle) == handle) {
+  const WindowHandle previous = std::exchange(modalWindow_, handle);
+  if (previous == handle) {
     return;
   }
   for (const auto& [other, window] : windows_) {
     if (window->isAdopted()) {
       updateCover(*window);
+    } else if (other == previous || other == handle) {
+      setModal(*window, other == handle);
     }
   }
+  connection_->flush();
 }
 
 // Events

@@ -79,6 +79,7 @@ class WaylandWindowSystem final : public WindowSystem {
     wayland::Proxy<wl_surface> surface;
     wayland::Proxy<wl_subsurface> subsurface;
     std::unique_ptr<wayland::Toplevel> toplevel;
+    wayland::Proxy<xdg_dialog_v1> dialog;  // of the toplevel, from when the window is first modal
     std::unique_ptr<wayland::ForeignParent> foreignParent;
     std::unique_ptr<wayland::Canvas> canvas;
 
@@ -99,6 +100,9 @@ class WaylandWindowSystem final : public WindowSystem {
   static void closeCover(Window& window);
   void openToplevel(Window& window);
   static void closeToplevel(Window& window);
+  // Makes an open window of the back end modal or modeless for the compositor. Does nothing if the
+  // compositor does not support xdg_wm_dialog_v1.
+  void setModal(Window& window, bool isModal) const;
   // The compositor has configured a window of the back end.
   void configured(WindowHandle handle, CGSize size);
   void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;

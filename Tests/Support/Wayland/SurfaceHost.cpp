@@ -23,16 +23,16 @@ struct HostEvents {
                      std::uint32_t /*version*/) {
     SurfaceHost& host = hostOf(data);
     const std::string_view text = interface;
-    if (text == "wl_compositor") {
+    if (text == "wl_compositor" && host.compositor_ == nullptr) {
       host.compositor_ = static_cast<wl_compositor*>(
           wl_registry_bind(registry, name, &wl_compositor_interface, 4));
-    } else if (text == "wl_shm") {
+    } else if (text == "wl_shm" && host.shm_ == nullptr) {
       host.shm_ = static_cast<wl_shm*>(wl_registry_bind(registry, name, &wl_shm_interface, 1));
-    } else if (text == "xdg_wm_base") {
+    } else if (text == "xdg_wm_base" && host.windowManager_ == nullptr) {
       host.windowManager_ =
           static_cast<xdg_wm_base*>(wl_registry_bind(registry, name, &xdg_wm_base_interface, 1));
       xdg_wm_base_add_listener(host.windowManager_, &kWindowManagerListener, data);
-    } else if (text == "wl_seat") {
+    } else if (text == "wl_seat" && host.seat_ == nullptr) {
       host.seat_ = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
       wl_seat_add_listener(host.seat_, &kSeatListener, data);
     }
@@ -204,7 +204,9 @@ SurfaceHost::~SurfaceHost() {
   if (pointer_ != nullptr) {
     wl_pointer_destroy(pointer_);
   }
-  wl_seat_destroy(seat_);
+  if (seat_ != nullptr) {
+    wl_seat_destroy(seat_);
+  }
   xdg_wm_base_destroy(windowManager_);
   wl_shm_destroy(shm_);
   wl_compositor_destroy(compositor_);

@@ -1,0 +1,183 @@
+#include "Tests/Support/Wayland/RecordingCompositor.h"
+
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include "Tests/Support/Wayland/RecordingServer.h"
+
+namespace vel::test {
+
+namespace {
+
+// The unit of wp_fractional_scale_v1.
+constexpr double kScaleUnit = 120;
+
+[[noreturn]] void runServer(const std::filesystem::path& folder, int control) {
+  try {
+    runRecordingServer(folder, control);
+  } catch (const std::exception& exception) {
+    std::cerr << "RecordingCompositor: " << exception.what() << std::endl;
+  }
+  _exit(0);
+}
+
+template <class... Values>
+std::string join(const Values&... values) {
+  std::ostringstream text;
+  ((text << values << ' '), ...);
+  return text.str();
+}
+
+}  // namespace
+
+CGSize SurfaceRecord::size() const {
+  return destination == CGSize()
+             ? CGSize{bufferSize.width / bufferScale, bufferSize.height / bufferScale}
+             : destination;
+}
+
+RecordingCompositor::RecordingCompositor() {
+  std::string folder = (std::filesystem::temp_directory_path() / "wayland-test-XXXXXX").string();
+  std::array<int, 2> sockets{};
+  if (mkdtemp(folder.data()) == nullptr ||
+      socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
+    throw std::system_error(errno, std::generic_category(), "RecordingCompositor");
+  }
+  folder_ = folder;
+  control_ = sockets[0];
+  process_ = fork();
+  if (process_ == 0) {
+    close(sockets[0]);
+    runServer(folder_, sockets[1]);
+  }
+  close(sockets[1]);
+  for (const char* const interface : {"wl_compositor", "wl_subcompositor", "wl_shm"}) {
+    addGlobal(interface);
+  }
+}
+
+RecordingCompositor::~RecordingCompositor() {
+  close(control_);
+  waitpid(process_, nullptr, 0);
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+std::string RecordingCompositor::execute(const std::string& command) {
+  std::string reply(1U << 16U, '\0');
+  const bool isSent = send(control_, command.data(), command.size(), MSG_NOSIGNAL) > 0;
+  const ssize_t size = isSent ? recv(control_, reply.data(), reply.size(), 0) : 0;
+  if (size <= 0) {
+    throw std::runtime_error("the compositor does not execute: " + command);
+  }
+  return reply.substr(0, static_cast<std::size_t>(size));
+}
+
+int RecordingCompositor::addGlobal(const std::string& interface) {
+  return std::stoi(execute(join("add", interface, 0)));
+}
+
+int RecordingCompositor::addOutput(int scale) {
+  return std::stoi(execute(join("add", "wl_output", scale)));
+}
+
+void RecordingCompositor::removeGlobal(int global) { execute(join("remove", global)); }
+
+void RecordingCompositor::setOutputScale(int output, int scale) {
+  execute(join("output-scale", output, scale));
+}
+
+void RecordingCompositor::enterOutput(std::uint32_t surface, int output) {
+  execute(join("enter-output", output, surface));
+}
+
+void RecordingCompositor::leaveOutput(std::uint32_t surface, int output) {
+  execute(join("leave-output", output, surface));
+}
+
+void RecordingCompositor::setScale(std::uint32_t surface, double scale) {
+  execute(join("scale", surface, std::lround(scale * kScaleUnit)));
+}
+
+void RecordingCompositor::enterKeyboard(int seat, std::uint32_t surface) {
+  execute(join("enter-keyboard", seat, surface));
+}
+
+void RecordingCompositor::leaveKeyboard(int seat, std::uint32_t surface) {
+  execute(join("leave-keyboard", seat, surface));
+}
+
+void RecordingCompositor::pressButton(int seat, std::uint32_t surface) {
+  execute(join("press", seat, surface));
+}
+
+void RecordingCompositor::configure(std::uint32_t surface, CGSize size) {
+  execute(join("configure", surface, size.width, size.height));
+}
+
+void RecordingCompositor::requestClose(std::uint32_t surface) { execute(join("close", surface)); }
+
+void RecordingCompositor::refusePools() { execute("refuse-pools"); }
+
+std::vector<SurfaceRecord> RecordingCompositor::surfaces() {
+  std::vector<SurfaceRecord> surfaces;
+  std::istringstream text(execute("surfaces"));
+  SurfaceRecord surface;
+  while (text >> surface.id >> surface.parent >> surface.position.x >> surface.position.y >>
+         surface.bufferSize.width >> surface.bufferSize.height >> surface.bufferScale >>
+         surface.destination.width >> surface.destination.height >> surface.commitCount >>
+         surface.isModal) {
+    surfaces.push_back(surface);
+  }
+  return surfaces;
+}
+
+SurfaceRecord RecordingCompositor::surface(std::uint32_t id) {
+  const std::vector<SurfaceRecord> all = surfaces();
+  const auto position = std::ranges::find(all, id, &SurfaceRecord::id);
+  if (position == all.end()) {
+    throw std::runtime_error("no surface " + std::to_string(id));
+  }
+  return *position;
+}
+
+std::vector<SurfaceRecord> RecordingCompositor::children(std::uint32_t parent) {
+  std::vector<SurfaceRecord> found = surfaces();
+  std::erase_if(found, [parent](const SurfaceRecord& surface) { return surface.parent != parent; });
+  return found;
+}
+
+std::map<std::string, int> RecordingCompositor::objects() {
+  std::map<std::string, int> counts;
+  std::istringstream text(execute("objects"));
+  std::string interface;
+  while (text >> interface) {
+    ++counts[interface];
+  }
+  return counts;
+}
+
+std::vector<std::string> RecordingCompositor::takeRequests(const std::string& prefix) {
+  std::vector<std::string> requests;
+  std::istringstream text(execute("requests " + prefix));
+  std::string request;
+  while (text >> request) {
+    requests.push_back(request);
+  }
+  return requests;
+}
+
+}  // namespace vel::test

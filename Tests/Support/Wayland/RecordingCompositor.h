@@ -1,0 +1,90 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/NonCopyable.h"
+
+namespace vel::test {
+
+/// A surface of the client after its latest commit.
+struct SurfaceRecord {
+  std::uint32_t id = 0;      // the id of the protocol object
+  std::uint32_t parent = 0;  // the id of the parent of a subsurface; 0 for other surfaces
+  CGPoint position;          // of a subsurface, in its parent
+  CGSize bufferSize;         // in pixels; zero without a buffer
+  int bufferScale = 1;
+  CGSize destination;  // of wp_viewport; zero if it is not set
+  int commitCount = 0;
+  bool isModal = false;  // of xdg_dialog_v1
+
+  /// The size in surface coordinates.
+  [[nodiscard]] CGSize size() const;
+};
+
+/// A Wayland compositor for one client. It draws nothing. It records the requests of the client and
+/// sends the events that the test chooses. It runs in a child process, because the functions of
+/// clients block for its replies. It handles all requests that the client has flushed before it
+/// executes a function of this class, and it has sent the events when the function returns.
+class RecordingCompositor : NonCopyable {
+ public:
+  /// Starts with wl_compositor, wl_subcompositor and wl_shm.
+  RecordingCompositor();
+  ~RecordingCompositor();
+
+  /// The value of `WAYLAND_DISPLAY` for the client.
+  [[nodiscard]] std::string display() const { return (folder_ / "wayland-1").string(); }
+
+  /// Announces a global object and returns a number that the functions below accept.
+  int addGlobal(const std::string& interface);
+  int addOutput(int scale);
+  /// Adds a seat with a keyboard and a pointer.
+  int addSeat() { return addGlobal("wl_seat"); }
+  void removeGlobal(int global);
+
+  /// The functions below send events. `surface` is the id of a surface.
+  void setOutputScale(int output, int scale);
+  void enterOutput(std::uint32_t surface, int output);
+  void leaveOutput(std::uint32_t surface, int output);
+  /// Sends the scale of wp_fractional_scale_v1.
+  void setScale(std::uint32_t surface, double scale);
+  void enterKeyboard(int seat, std::uint32_t surface);
+  void leaveKeyboard(int seat, std::uint32_t surface);
+  /// Moves the pointer into the surface and presses the main button.
+  void pressButton(int seat, std::uint32_t surface);
+  void configure(std::uint32_t surface, CGSize size);
+  void requestClose(std::uint32_t surface);
+
+  /// From now on, wl_shm.create_pool causes a protocol error.
+  void refusePools();
+
+  /// Handles the requests that the client has flushed.
+  void handleRequests() { execute("surfaces"); }
+  /// The surfaces in the order of their creation.
+  std::vector<SurfaceRecord> surfaces();
+  /// The record of one surface. Throws if the surface does not exist.
+  SurfaceRecord surface(std::uint32_t id);
+  /// The subsurfaces of a surface.
+  std::vector<SurfaceRecord> children(std::uint32_t parent);
+  /// The number of protocol objects of each interface.
+  std::map<std::string, int> objects();
+  /// Returns the requests since the previous call whose interface begins with `prefix`, such as
+  /// "xdg_toplevel.destroy".
+  std::vector<std::string> takeRequests(const std::string& prefix);
+
+ private:
+  /// Sends a command to the compositor and returns its reply.
+  std::string execute(const std::string& command);
+
+  std::filesystem::path folder_;  // the XDG_RUNTIME_DIR of the compositor
+  int control_ = -1;              // a socket for commands
+  pid_t process_ = 0;
+};
+
+}  // namespace vel::test

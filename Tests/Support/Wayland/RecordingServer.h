@@ -1,0 +1,13 @@
+// The process of a RecordingCompositor.
+#pragma once
+
+#include <filesystem>
+
+namespace vel::test {
+
+/// Accepts clients on the socket `wayland-1` in `folder`. Executes the commands that arrive on the
+/// socket `control` and sends a reply to each one. Returns when the other end of `control` is
+/// closed.
+void runRecordingServer(const std::filesystem::path& folder, int control);
+
+}  // namespace vel::test

@@ -1,0 +1,280 @@
+// The requests that a compositor receives for windows of the back end.
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/WindowSystem/Wayland/WaylandWindowSystem.h"
+#include "Tests/Support/Wayland/RecordingCompositor.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Key;
+using testing::Not;
+
+constexpr CGSize kSize{300, 200};
+constexpr double kIndicatorSide = 32;
+
+Scene whiteWithIndicator(CGSize size) {
+  return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}},
+          {.kind = SceneItem::Kind::Spinner,
+           .frame = CGRectMake(0, 0, kIndicatorSide, kIndicatorSide),
+           .color = {},
+           .isAnimated = true}};
+}
+
+/// The back end on a connection of its own.
+class WaylandWindowRequests : public testing::Test {
+ protected:
+  void start() {
+    std::string error;
+    system = WaylandWindowSystem::open(compositor.display(), error);
+    ASSERT_NE(system, nullptr) << error;
+    system->setDelegate(&reports);
+  }
+  /// Creates a closable window that is not open yet.
+  WindowHandle createWindow(WindowKind kind = WindowKind::Plain,
+                            WindowHandle owner = WindowHandle::None) {
+    WindowDescription description;
+    description.frame.size = kSize;
+    description.styleMask = NSWindowStyleMaskClosable;
+    description.kind = kind;
+    description.owner = owner;
+    return system->createWindow(description);
+  }
+  WindowHandle openWindow(WindowKind kind = WindowKind::Plain,
+                          WindowHandle owner = WindowHandle::None) {
+    const WindowHandle window = createWindow(kind, owner);
+    system->setScene(window, whiteWithIndicator(kSize));
+    system->orderFront(window);
+    exchange();
+    return window;
+  }
+  /// Opens a window and then a modal window in front of it. Returns the modal window.
+  WindowHandle openModalWindow() {
+    const WindowHandle owner = openWindow();
+    return openWindow(WindowKind::Modal, owner);
+  }
+  /// Exchanges requests and events with the compositor until all have been handled.
+  void exchange() {
+    do {
+      compositor.handleRequests();
+    } while (system->deliverEvents());
+  }
+  /// Returns the reports since the previous call.
+  std::vector<std::string> takeReports() {
+    exchange();
+    return std::exchange(reports.lines, {});
+  }
+  /// The surfaces of the open windows.
+  std::vector<SurfaceRecord> windows() { return compositor.children(0); }
+  SurfaceRecord firstWindow() { return windows().at(0); }
+  SurfaceRecord indicator() { return compositor.children(firstWindow().id).at(0); }
+  /// The surface of the window that has opened last.
+  SurfaceRecord lastWindow() { return windows().back(); }
+
+  RecordingCompositor compositor;
+  int windowManager = compositor.addGlobal("xdg_wm_base");
+  ReportListener reports;
+  std::unique_ptr<WaylandWindowSystem> system;
+};
+
+// Sizes and the close request
+
+TEST_F(WaylandWindowRequests, AConfigureEventOfSizeZeroKeepsTheSize) {
+  start();
+  const WindowHandle window = openWindow();
+  EXPECT_EQ(firstWindow().size(), kSize);
+  compositor.configure(firstWindow().id, {400, 260});
+  EXPECT_THAT(takeReports(), ElementsAre("frame " + nameOf(window)));
+  EXPECT_EQ(reports.lastFrame.size, (CGSize{400, 260}));
+  EXPECT_EQ(firstWindow().size(), (CGSize{400, 260}));
+  compositor.configure(firstWindow().id, {0, 0});
+  EXPECT_THAT(takeReports(), ElementsAre());
+  EXPECT_EQ(firstWindow().size(), (CGSize{400, 260}));
+}
+
+TEST_F(WaylandWindowRequests, AConfigureEventMaySetOnlyOneLength) {
+  start();
+  openWindow();
+  compositor.configure(firstWindow().id, {400, 0});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{400, 200}));
+  compositor.configure(firstWindow().id, {0, 260});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{400, 260}));
+}
+
+TEST_F(WaylandWindowRequests, ACloseRequestIsReportedIfTheWindowIsClosable) {
+  start();
+  const WindowHandle window = openWindow();
+  compositor.requestClose(firstWindow().id);
+  EXPECT_THAT(takeReports(), ElementsAre("close requested " + nameOf(window)));
+  system->setStyleMask(window, NSWindowStyleMaskMiniaturizable);
+  takeReports();
+  compositor.requestClose(firstWindow().id);
+  EXPECT_THAT(takeReports(), ElementsAre());
+  EXPECT_EQ(windows().size(), 1U);
+}
+
+// Outputs
+
+/// The parameter is true if the compositor has viewporter.
+class WaylandWindowScale : public WaylandWindowRequests, public testing::WithParamInterface<bool> {
+ protected:
+  WaylandWindowScale() {
+    if (GetParam()) {
+      compositor.addGlobal("wp_viewporter");
+    }
+  }
+  void expectScale(int scale) {
+    exchange();
+    EXPECT_EQ(firstWindow().size(), kSize);
+    EXPECT_EQ(indicator().bufferSize, (CGSize{scale * kIndicatorSide, scale * kIndicatorSide}));
+    EXPECT_EQ(indicator().bufferScale, GetParam() ? 1 : scale);
+    EXPECT_EQ(indicator().size(), (CGSize{kIndicatorSide, kIndicatorSide}));
+  }
+};
+
+TEST_P(WaylandWindowScale, TheIndicatorHasTheMaximumScaleOfTheOutputsThatShowTheWindow) {
+  const int first = compositor.addOutput(1);
+  const int second = compositor.addOutput(3);
+  start();
+  openWindow();
+  expectScale(1);
+  compositor.enterOutput(firstWindow().id, second);
+  expectScale(3);
+  compositor.enterOutput(firstWindow().id, first);
+  expectScale(3);
+  compositor.leaveOutput(firstWindow().id, second);
+  expectScale(1);
+  compositor.setOutputScale(first, 2);
+  expectScale(2);
+  compositor.setOutputScale(second, 4);
+  expectScale(2);
+}
+
+TEST_P(WaylandWindowScale, TheScaleOfARemovedOutputNoLongerCounts) {
+  const int first = compositor.addOutput(2);
+  const int second = compositor.addOutput(3);
+  start();
+  openWindow();
+  compositor.enterOutput(firstWindow().id, first);
+  compositor.enterOutput(firstWindow().id, second);
+  expectScale(3);
+  compositor.removeGlobal(second);
+  expectScale(2);
+  compositor.addOutput(4);
+  expectScale(2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const auto& testInfo) {
+  return testInfo.param ? "WithViewporter" : "WithoutViewporter";
+});
+
+// xdg_wm_base
+
+TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondWindowManagerAppears) {
+  start();
+  openWindow();
+  compositor.addGlobal("xdg_wm_base");
+  exchange();
+  openWindow();
+  EXPECT_EQ(windows().size(), 2U);
+  EXPECT_FALSE(reports.contains("display lost"));
+}
+
+TEST_F(WaylandWindowRequests, NoWindowOpensWhileTheCompositorHasNoWindowManager) {
+  start();
+  const WindowHandle createdBefore = createWindow();
+  const WindowHandle window = openWindow();
+  compositor.removeGlobal(windowManager);
+  exchange();
+  EXPECT_EQ(createWindow(), WindowHandle::None);
+  system->orderFront(createdBefore);
+  exchange();
+  EXPECT_EQ(windows().size(), 1U);
+  compositor.configure(firstWindow().id, {400, 260});
+  EXPECT_THAT(takeReports(), ElementsAre("frame " + nameOf(window)));
+  compositor.addGlobal("xdg_wm_base");
+  exchange();
+  system->orderFront(createdBefore);
+  openWindow();
+  EXPECT_EQ(windows().size(), 3U);
+  EXPECT_FALSE(reports.contains("display lost"));
+}
+
+// xdg_wm_dialog_v1
+
+TEST_F(WaylandWindowRequests, AModalWindowIsModalForTheCompositorDuringTheModalSession) {
+  compositor.addGlobal("xdg_wm_dialog_v1");
+  start();
+  const WindowHandle modal = openModalWindow();
+  EXPECT_FALSE(lastWindow().isModal);
+  system->setModalWindow(modal);
+  exchange();
+  EXPECT_TRUE(lastWindow().isModal);
+  EXPECT_FALSE(firstWindow().isModal);
+  system->setModalWindow(WindowHandle::None);
+  exchange();
+  EXPECT_FALSE(lastWindow().isModal);
+  system->setModalWindow(modal);
+  exchange();
+  EXPECT_TRUE(lastWindow().isModal);
+  EXPECT_FALSE(reports.contains("display lost"));
+}
+
+TEST_F(WaylandWindowRequests, AWindowThatOpensDuringItsModalSessionIsModal) {
+  compositor.addGlobal("xdg_wm_dialog_v1");
+  start();
+  const WindowHandle owner = openWindow();
+  const WindowHandle modal = createWindow(WindowKind::Modal, owner);
+  system->setModalWindow(modal);
+  system->orderFront(modal);
+  exchange();
+  EXPECT_TRUE(lastWindow().isModal);
+  const WindowHandle innerModal = openWindow(WindowKind::Modal, modal);
+  system->setModalWindow(innerModal);
+  exchange();
+  EXPECT_FALSE(windows().at(1).isModal);
+  EXPECT_TRUE(lastWindow().isModal);
+}
+
+TEST_F(WaylandWindowRequests, TheDialogIsDestroyedBeforeItsToplevel) {
+  compositor.addGlobal("xdg_wm_dialog_v1");
+  start();
+  const WindowHandle modal = openModalWindow();
+  system->setModalWindow(modal);
+  exchange();
+  compositor.takeRequests("");
+  system->releaseWindow(modal);
+  EXPECT_THAT(compositor.takeRequests("xdg_"),
+              ElementsAre("xdg_dialog_v1.destroy", "xdg_toplevel.destroy", "xdg_surface.destroy"));
+}
+
+TEST_F(WaylandWindowRequests, AWindowOutsideModalSessionsHasNoDialog) {
+  compositor.addGlobal("xdg_wm_dialog_v1");
+  start();
+  openModalWindow();
+  EXPECT_THAT(compositor.objects(), Contains(Key("xdg_wm_dialog_v1")));
+  EXPECT_THAT(compositor.objects(), Not(Contains(Key("xdg_dialog_v1"))));
+}
+
+TEST_F(WaylandWindowRequests, WithoutDialogsAModalSessionChangesNothing) {
+  start();
+  const WindowHandle modal = openModalWindow();
+  compositor.takeRequests("");
+  system->setModalWindow(modal);
+  system->setModalWindow(WindowHandle::None);
+  EXPECT_THAT(compositor.takeRequests("xdg_"), ElementsAre());
+  EXPECT_EQ(windows().size(), 2U);
+}
+
+}  // namespace
+}  // namespace vel::test
