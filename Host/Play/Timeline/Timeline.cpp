@@ -102,6 +102,7 @@ class Timeline::Marker {
   }
   void operator()(const trace::HostCall& call) {
     std::string text(nameOf(call.operation, kViewOperations));
+    // Only `canContentViewDisappear:` returns a value. The library calls it before a dismissal.
     if (call.returnValue) {
       text += *call.returnValue ? " yes" : " no";
       timeline_.isDismissalRequested_ = true;
@@ -117,7 +118,8 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Consecutive style changes of one window share a mark, which shows the latest change.
+    // Consecutive style changes of one window share a mark if they have the same time. The mark
+    // shows the latest change.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
@@ -152,9 +154,9 @@ void Timeline::traceLineAdded(const TraceLine& line) {
 void Timeline::stateReached(const PlayState& state) {
   end_ = state.time;
   styledWindow_.reset();
-  const bool isRefused = isDismissalRequested_ && !isDismissed_ && state.isCovered;
+  const bool isDismissalRefused = isDismissalRequested_ && !isDismissed_ && state.isCovered;
   isDismissalRequested_ = isDismissed_ = false;
-  if (isRefused) {
+  if (isDismissalRefused) {
     addMark(TimelineLane::Refusal, "not dismissed");
   }
   if (latestState_ && latestState_->time < state.time) {

@@ -19,7 +19,7 @@ enum class TimelineLane : std::uint8_t {
   Event
 };
 
-/// An event at one moment.
+/// A dot with a label in a lane.
 struct TimelineMark {
   Nanoseconds time = 0;
   TimelineLane lane = TimelineLane::Script;
@@ -59,7 +59,7 @@ class Timeline final : public PlayListener {
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
   /// Returns how the time left changes during the scenario. Leaves out the spans in which no time
-  /// is left.
+  /// is left or the time left is not finite.
   [[nodiscard]] const std::vector<CountdownSegment>& countdown() const { return countdown_; }
   /// Returns the time of the latest line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
@@ -78,7 +78,8 @@ class Timeline final : public PlayListener {
   std::vector<CountdownSegment> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> latestState_;
-  // The window of the latest mark, if the mark is in the lane `WindowStyle`.
+  // The window whose style the latest trace line changed. No value if the latest line is of another
+  // kind, or if a state was reached after the line.
   std::optional<std::string> styledWindow_;
   // True if a dismissal was requested since the latest state.
   bool isDismissalRequested_ = false;

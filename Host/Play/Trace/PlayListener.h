@@ -26,7 +26,7 @@ class PlayListener : private NonCopyable {
   PlayListener() = default;
   virtual ~PlayListener() = default;
 
-  /// May be called on a background thread. The main thread then waits for the background thread.
+  /// May be called on a background thread. The main thread waits during such a call.
   virtual void traceLineAdded(const TraceLine& line) = 0;
   /// Called after each step. Also called each time the run loop has done all work that is due at
   /// the current time.

@@ -34,7 +34,7 @@ std::optional<std::string_view> nameOfContent(std::optional<ContentName> content
   return content ? std::optional(nameOf(*content, kContentNames)) : std::nullopt;
 }
 
-/// Writes all members of a trace line except the first, the time "t".
+/// Writes all members of a trace line except "t", the time.
 class LineWriter {
  public:
   LineWriter(std::string& text, JsonObject& line) : text_(text), line_(line) {}

@@ -35,9 +35,9 @@ struct ContentDataResult {
 struct ContentViewResult {
   std::optional<ContentName> content;
 };
-/// The library registered its resolver for these engines.
+/// The library registered its `ContentResolver` with the host's broker.
 struct Registration {
-  std::vector<std::string> engines;
+  std::vector<std::string> engines;  // that the resolver supports
 };
 struct LogLine {
   std::string text;

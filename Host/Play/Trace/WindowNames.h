@@ -9,9 +9,9 @@
 
 namespace vel::host {
 
-/// The names of the windows in a scenario. `Player` passes the names of the host's windows to
-/// `add`. A window that a presentation opens, a modal window or a sheet, gets its name in the first
-/// call of `nameOf` for this window. Does not keep windows alive.
+/// The names of the windows in a scenario. The caller must pass the host's windows and their names
+/// to `add`. The other windows are modal windows and sheets. The first call of `nameOf` for such a
+/// window creates its name. Does not keep windows alive.
 class WindowNames {
  public:
   void add(const Strong<NSWindow>& window, std::string_view name);
