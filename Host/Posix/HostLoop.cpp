@@ -21,14 +21,14 @@ namespace {
 
 constexpr std::array kTerminationSignals = {SIGINT, SIGTERM, SIGHUP};
 
-// The write end of the signal pipe, for the signal handler.
-std::atomic<int> signalPipeInput = -1;
+// Global, because the signal handler needs the descriptor.
+std::atomic<int> signalPipeWriteEnd = -1;
 static_assert(std::atomic<int>::is_always_lock_free);  // a signal handler must not take a lock
 
 extern "C" void writeSignalToPipe(int signal) {
   const int previousError = errno;
   const auto byte = static_cast<unsigned char>(signal);
-  [[maybe_unused]] const auto size = write(signalPipeInput, &byte, 1);
+  [[maybe_unused]] const auto size = write(signalPipeWriteEnd, &byte, 1);
   errno = previousError;
 }
 
@@ -47,8 +47,8 @@ class HostLoop::SignalPipe : private NonCopyable {
       fcntl(end, F_SETFD, FD_CLOEXEC);
       fcntl(end, F_SETFL, O_NONBLOCK);
     }
-    output_ = ends[0];
-    signalPipeInput = ends[1];
+    readEnd_ = ends[0];
+    signalPipeWriteEnd = ends[1];
 
     sigset_t receivedSignals{};
     sigemptyset(&receivedSignals);
@@ -64,31 +64,31 @@ class HostLoop::SignalPipe : private NonCopyable {
     pthread_sigmask(SIG_UNBLOCK, &receivedSignals, &previousMask_);
     // The program that reads our output may exit. SIGPIPE must not end our process before the
     // window is restored.
-    sigaction(SIGPIPE, nullptr, &previousPipeAction_);
+    sigaction(SIGPIPE, nullptr, &previousSigpipeAction_);
     setHandler(SIGPIPE, SIG_IGN);
   }
 
   ~SignalPipe() {
-    sigaction(SIGPIPE, &previousPipeAction_, nullptr);
+    sigaction(SIGPIPE, &previousSigpipeAction_, nullptr);
     pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
     for (std::size_t index = 0; index < kTerminationSignals.size(); ++index) {
       sigaction(kTerminationSignals[index], &previousActions_[index], nullptr);
     }
-    close(signalPipeInput.exchange(-1));
+    close(signalPipeWriteEnd.exchange(-1));
     // A signal that `runUntil` has not read must not be lost: the restored action handles it.
     while (const int signal = readSignal()) {
       raise(signal);
     }
-    close(output_);
+    close(readEnd_);
   }
 
-  /// The end of the pipe that becomes readable after a signal.
-  [[nodiscard]] int output() const { return output_; }
+  /// The descriptor that becomes readable after a signal.
+  [[nodiscard]] int readEnd() const { return readEnd_; }
 
   /// Returns the number of the oldest unread signal, or 0.
   [[nodiscard]] int readSignal() const {
     unsigned char signal = 0;
-    return read(output_, &signal, 1) == 1 ? signal : 0;
+    return read(readEnd_, &signal, 1) == 1 ? signal : 0;
   }
 
  private:
@@ -99,9 +99,9 @@ class HostLoop::SignalPipe : private NonCopyable {
     sigaction(signal, &action, nullptr);
   }
 
-  int output_ = -1;
+  int readEnd_ = -1;
   std::array<struct sigaction, kTerminationSignals.size()> previousActions_{};
-  struct sigaction previousPipeAction_ {};
+  struct sigaction previousSigpipeAction_ {};
   sigset_t previousMask_{};
 };
 
@@ -118,7 +118,7 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
     }
     // `poll` ignores a negative descriptor.
     std::array<pollfd, 3> sources{{{loop.waitHandle().descriptor(), POLLIN, 0},
-                                   {signalPipe_->output(), POLLIN, 0},
+                                   {signalPipe_->readEnd(), POLLIN, 0},
                                    {enterHandler_ ? STDIN_FILENO : -1, POLLIN, 0}}};
     if (poll(sources.data(), sources.size(), -1) < 0) {
       continue;  // interrupted by a signal

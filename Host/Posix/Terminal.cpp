@@ -8,6 +8,7 @@
 namespace vel::host {
 
 void openClosedStandardStreams() {
+  // `open` uses the lowest free descriptor, so it opens the closed standard streams first.
   int descriptor = open("/dev/null", O_RDWR);
   while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
     descriptor = open("/dev/null", O_RDWR);

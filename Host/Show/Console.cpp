@@ -15,10 +15,10 @@ constexpr std::string_view kSeparator = ", ";
 constexpr std::string_view kPaused = "paused: not in front";
 constexpr std::size_t kLongestBar = 40;
 constexpr std::size_t kShortestBar = 5;
-// Half of the interval between two ticks of the countdown. `LineConsole` prints a whole second of
-// the time left at the nearest tick. The time left at this tick differs from the whole second by at
-// most `kHalfStep`.
-const double kHalfStep = expirationTimeStep / 2;
+// `LineConsole` prints each whole second at the tick that is nearest to it.
+const double kHalfTickInterval = expirationTimeStep / 2;
+// A shorter text is padded to this width, so that the bar does not move.
+constexpr std::size_t kTimeLeftWidth = std::string_view("999.9 s left").size();
 
 std::string formatLine(double time, std::string_view text) {
   char prefix[32];
@@ -49,7 +49,7 @@ void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
   }
   const double second = std::round(timeLeft.remainingSeconds);
   if (second >= 1 && second < lastPrintedSecond_ &&
-      std::abs(timeLeft.remainingSeconds - second) <= kHalfStep) {
+      std::abs(timeLeft.remainingSeconds - second) <= kHalfTickInterval) {
     lastPrintedSecond_ = second;
     report(time, timeLeftText(second, 0));
   }
@@ -58,8 +58,8 @@ void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
 std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::size_t columns) {
   const double seconds = std::max(timeLeft.remainingSeconds, 0.0);
   std::string line = timeLeftText(seconds, 1);
-  if (line.size() < 12) {
-    line.insert(0, 12 - line.size(), ' ');
+  if (line.size() < kTimeLeftWidth) {
+    line.insert(0, kTimeLeftWidth - line.size(), ' ');
   }
   std::string suffix;
   if (!note.empty()) {
@@ -93,7 +93,7 @@ void LiveConsole::report(double time, std::string_view text) {
   write(line);
 }
 
-void LiveConsole::reportPermanently(double time, std::string_view text) {
+void LiveConsole::reportOnOwnLine(double time, std::string_view text) {
   clearLine();
   *out_ << formatLine(time, text) << std::endl;
   lineWidth_ = 0;
@@ -120,8 +120,8 @@ void LiveConsole::finish() {
 }
 
 void LiveConsole::write(std::string_view line) {
-  // A line that reaches the last column could wrap, and then the next line could not replace the
-  // whole line.
+  // Text in the last column may wrap onto the next row. The carriage return would then return only
+  // to the start of that row.
   const std::string_view visibleLine = line.substr(0, columnCount_() - 1);
   const std::size_t columnsToErase =
       lineWidth_ > visibleLine.size() ? lineWidth_ - visibleLine.size() : 0;

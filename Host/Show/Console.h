@@ -28,10 +28,10 @@ class Console : private NonCopyable {
   Console() = default;
   virtual ~Console() = default;
 
-  /// Prints a report. A later report may replace the report on the screen.
+  /// Prints a report. On a terminal, the next report may replace it.
   virtual void report(double time, std::string_view text) = 0;
-  /// Prints a report that later reports do not replace on the screen.
-  virtual void reportPermanently(double time, std::string_view text) { report(time, text); }
+  /// Prints a report on a line of its own, which no later report replaces.
+  virtual void reportOnOwnLine(double time, std::string_view text) { report(time, text); }
   /// Called when the countdown starts, at each tick of the countdown, and when the countdown pauses
   /// or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
@@ -72,8 +72,7 @@ class LiveConsole final : public Console {
 
   void report(double time, std::string_view text) override;
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
-  /// Prints the report on a line of its own.
-  void reportPermanently(double time, std::string_view text) override;
+  void reportOnOwnLine(double time, std::string_view text) override;
   /// Erases the line on the terminal. The next report writes the line again.
   void clearLine() override;
   /// Ends the line with a line feed.

@@ -7,8 +7,9 @@
 
 namespace vel::host {
 
-/// Stores the resolver of each engine. A later registration for an engine replaces the earlier
-/// registration. Does not keep the resolvers alive.
+/// Maps the name of each engine, such as "launch_screen", to the resolver that loads its content. A
+/// later registration for an engine replaces the earlier registration. Does not keep the resolvers
+/// alive.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {

@@ -6,7 +6,7 @@
 
 namespace vel::host {
 
-/// A file to which recorded events are appended, one line of JSON for each event.
+/// A file with a line of JSON for each analytics event that the library records.
 class EventsFile {
  public:
   /// Opens or creates the file. Throws a UsageError if the file cannot be opened for writing.

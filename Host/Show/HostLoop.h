@@ -8,9 +8,8 @@
 
 namespace vel::host {
 
-/// Runs the main run loop inside an outer loop, as a host does. The outer loop waits for the
-/// descriptor of the run loop, for signals and for the standard input. It then calls `pump` of the
-/// run loop. The outer loop uses no processor time while it waits.
+/// An event loop such as a host has. It waits for the descriptor of the library's main run loop,
+/// for signals and for the standard input. After each wait, it calls `pump` of the run loop.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
 /// process. If the process already ignores SIGHUP, SIGHUP stays ignored. If a signal arrives and
@@ -22,7 +21,8 @@ class HostLoop : private NonCopyable {
   HostLoop();
   ~HostLoop();
 
-  /// Calls `handler` whenever the user presses Enter, until the standard input ends.
+  /// Calls `handler` whenever the user presses Enter. Stops reading the standard input when the
+  /// input ends, or when the user types while the process runs in the background.
   void setEnterHandler(std::function<void()> handler) { enterHandler_ = std::move(handler); }
 
   /// Runs until `isDone` returns true or a signal arrives. Calls `isDone` after each pass of the

@@ -30,6 +30,7 @@ Strong<MovingSquareView> MovingSquareView::startIn(const Strong<NSWindow>& windo
   content->addSubview(squareView);
   squareView->timer_ = NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<
       &MovingSquareView::drawNextFrame>(1 / kFramesPerSecond, squareView, true);
+  // The square also moves while a modal launch screen is shown.
   NSRunLoop::mainRunLoop().addTimerForMode(squareView->timer_, NSModalPanelRunLoopMode);
   return squareView;
 }

@@ -43,6 +43,7 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   return console;
 }
 
+// Returns the exit status. `failure` is empty if the library has logged the reason.
 int reportFailure(const std::string& failure) {
   if (!failure.empty()) {
     std::cerr << "launchscreen: " << failure << std::endl;
@@ -54,11 +55,11 @@ int show(const ShowOptions& options) {
   auto events =
       options.eventsPath.empty() ? nullptr : std::make_unique<EventsFile>(options.eventsPath);
   std::string error;
-  auto windowSystem = makeWindowSystem(options.display, {}, error);
+  auto windowSystem = makeWindowSystem(options.display, /*displayName=*/{}, error);
   if (windowSystem == nullptr) {
     return reportFailure(error);
   }
-  // Only the headless window system has no screen and never has events.
+  // A window system with a screen has a descriptor or a deadline. The headless one has neither.
   const bool hasScreen =
       windowSystem->waitHandle().isValid() || windowSystem->nextDeadline() != kNever;
 
@@ -121,7 +122,7 @@ std::uint64_t parseWindow(const std::string& text) {
   return window;
 }
 
-// Adds the options of the content request and its presentation.
+// Adds the options for the content request and for the presentation of the launch screen.
 void addRequestOptions(CLI::App& command, ShowOptions& options) {
   command.add_option("--mode", options.mode, "Whether the launch screen may be closed early")
       ->check(CLI::IsMember({"forced", "skip"}))
@@ -192,7 +193,8 @@ void addRunOptions(CLI::App& command, ShowOptions& options) {
       ->type_name("SECONDS");
 }
 
-// Checks the options that depend on other options.
+// Checks the options that depend on other options. Replaces the display "auto" with "x11" if an
+// option needs X11.
 void checkOptions(ShowOptions& options) {
   if (options.skipAfter && !options.canSkip()) {
     throw CLI::ValidationError("--skip-after", "needs --mode skip");

@@ -5,7 +5,8 @@
 
 namespace vel::host {
 
-/// Adds the command to the program; see `CommandFunction`.
+/// Adds the command to the program. When the program parses the command `show`, the parser stores
+/// the function to run in `selectedCommand`.
 void addShowCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -8,10 +8,10 @@
 
 namespace vel::host {
 
-/// The options of `launchscreen show`, with their defaults. The values for the content request stay
+/// The options of `launchscreen show`, with their defaults. The values for the content request are
 /// strings, because the library checks the strings.
 struct ShowOptions {
-  /// "auto", "headless", "wayland" or "x11".
+  /// "auto", "cocoa", "headless", "wayland" or "x11".
   std::string display = "auto";
   /// "forced" or "skip".
   std::string mode = "forced";
@@ -21,7 +21,9 @@ struct ShowOptions {
   std::string duration = "5";
   /// "embedded", "modal" or "sheet".
   std::string presentation = "embedded";
+  /// True if the player window has a content view controller.
   bool hasContentController = false;
+  /// True if the launch screen shows an activity indicator.
   bool hasIndicator = false;
   /// The size of the window that the command opens, in points.
   CGSize size{1280, 720};

@@ -41,8 +41,8 @@ std::string controlNames(NSWindowStyleMask controls) {
   return names.empty() ? "none" : names;
 }
 
-// Returns the content framework's number for a presentation mode. The view controller of the
-// library numbers its modes differently.
+// Returns the mode that a host passes to present a launch screen. The library's
+// LaunchScreenPresentationMode has other values.
 std::int32_t hostMode(const std::string& presentation) {
   static const std::map<std::string, std::int32_t> kModes{
       {"embedded", 0}, {"sheet", 1}, {"modal", 2}};
@@ -130,7 +130,7 @@ void ShowSession::adoptPlayerWindow(std::uint64_t windowId) {
 void ShowSession::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
   if (data->state() == ContentDataStateLoaded) {
-    report("content loaded");
+    report("content loaded");  // `sendRequest` presents the content
   } else if (data->state() == ContentDataStateFailed) {
     fail("the launch screen cannot be shown: " +
          std::string(send(data->error(), &NSError::domain)));
@@ -175,7 +175,8 @@ void ShowSession::skip() {
 }
 
 bool ShowSession::update() {
-  if (playerWindow_ != nullptr && manager_ == nullptr && !outcome_) {
+  const bool isWaitingForKey = playerWindow_ != nullptr && manager_ == nullptr;
+  if (isWaitingForKey && !outcome_) {
     if (!playerWindow_->isVisible()) {
       fail("the player window was closed");
     } else if (playerWindow_->isKeyWindow() || time() >= kMaximumWaitForKey) {
@@ -190,9 +191,10 @@ bool ShowSession::update() {
       showTimeLeft();
     }
   }
-  reportCovered();
-  reportUncovered();
+  reportIfCovered();
+  reportIfUncovered();
   if (isUncovered_ && !outcome_) {
+    // In skip mode, no event is recorded.
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
       if (!hasSceneBeenOnScreen_) {
@@ -202,8 +204,8 @@ bool ShowSession::update() {
                                "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
-      // The library records the event only while a window that shows the launch screen is key. Such
-      // a window no longer exists.
+      // The event is not scheduled: the library waits until a window that shows the launch screen
+      // becomes key. Such a window no longer exists.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
@@ -222,9 +224,9 @@ void ShowSession::shutDown() {
     // window.
     cover_->view()->removeFromSuperview();
   }
-  reportUncovered();
+  reportIfUncovered();
   send(squareView_, &MovingSquareView::stop);
-  send(playerWindow_, &NSWindow::close);
+  send(playerWindow_, &NSWindow::close);  // an adopted window is only released
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
   send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
@@ -232,12 +234,12 @@ void ShowSession::shutDown() {
   setPlatformObserver(previousObserver_);
 }
 
-// Reports of the library and the window system
+// Notifications from the library and the window system
 
 void ShowSession::lifeCycleMethodCalled(NSViewController& controller, LifeCycleMethod method) {
   if (&controller == cover_.get() && method == LifeCycleMethod::DidAppear) {
     hasViewAppeared_ = true;
-    reportCovered();
+    reportIfCovered();
   }
 }
 
@@ -287,8 +289,8 @@ void ShowSession::displayLost(std::string_view reason) {
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
   if (&window == playerWindow_.get() && areControlsRemoved_) {
-    console_->reportPermanently(
-        time(), "controls kept by the window manager: " + controlNames(keptControls));
+    console_->reportOnOwnLine(time(),
+                              "controls kept by the window manager: " + controlNames(keptControls));
   }
 }
 
@@ -325,7 +327,7 @@ bool ShowSession::isCovering() const {
   return cover_ != nullptr && send(cover_->view()->window(), &NSWindow::isVisible);
 }
 
-void ShowSession::reportCovered() {
+void ShowSession::reportIfCovered() {
   if (hasViewAppeared_ && !hasSceneBeenOnScreen_ && isCovering() &&
       NSApp->windowSystem().isSceneOnScreen(cover_->view()->window()->handle())) {
     hasSceneBeenOnScreen_ = true;
@@ -333,7 +335,7 @@ void ShowSession::reportCovered() {
   }
 }
 
-void ShowSession::reportUncovered() {
+void ShowSession::reportIfUncovered() {
   if (hasViewAppeared_ && !isUncovered_ && !isCovering()) {
     isUncovered_ = true;
     report(hasSceneBeenOnScreen_ ? "uncovered" : "closed before it was on the screen");

@@ -91,9 +91,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   // True if the view of the launch screen is in a visible window.
   [[nodiscard]] bool isCovering() const;
   // Reports the first moment at which the launch screen is on the screen.
-  void reportCovered();
+  void reportIfCovered();
   // Reports the removal of the launch screen.
-  void reportUncovered();
+  void reportIfUncovered();
 
   ShowOptions options_;
   std::shared_ptr<Console> console_;
@@ -117,7 +117,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   CountdownState countdown_ = CountdownState::Running;
   bool hasViewAppeared_ = false;       // `viewDidAppear` of `cover_` was called
   bool hasSceneBeenOnScreen_ = false;  // the window system has shown the launch screen
-  bool areControlsRemoved_ = false;    // the library has removed the controls of the player window
+  bool areControlsRemoved_ = false;    // the library has removed the controls from the style mask
   bool isDismissed_ = false;  // the launch screen was dismissed, but may still be on the screen
   bool isUncovered_ = false;  // the launch screen has left the screen
   bool isEventRecorded_ = false;

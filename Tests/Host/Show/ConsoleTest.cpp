@@ -128,10 +128,10 @@ TEST_F(LiveConsoleTest, EveryLineReplacesThePreviousLine) {
   EXPECT_EQ(std::ranges::count(output, '\r'), 3);
 }
 
-TEST_F(LiveConsoleTest, PermanentReportStaysOnItsOwnLine) {
+TEST_F(LiveConsoleTest, ReportOnItsOwnLineIsNotReplaced) {
   console.showTimeLeft(0, runningCountdown(5, 5));
   const std::size_t previousSize = out.str().size();
-  console.reportPermanently(0.2, "controls kept");
+  console.reportOnOwnLine(0.2, "controls kept");
   console.showTimeLeft(0.3, runningCountdown(4.7, 5));
   EXPECT_THAT(out.str().substr(previousSize),
               testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
