@@ -15,8 +15,9 @@ std::size_t allocationCount = 0;
 
 }  // namespace
 
-// Every other form of `new` calls this function. If the compiler inlined these functions, it would
-// warn that `malloc` and `delete` do not match. NOLINTBEGIN(misc-new-delete-overloads)
+// Every other form of `new` calls this function. `noinline` prevents a false compiler warning that
+// `malloc` and `delete` do not match.
+// NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocationCount;
   if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
@@ -57,7 +58,7 @@ std::size_t countAllocations(Work work) {
 class AllocationTest : public LaunchScreenTest {
  protected:
   AllocationTest() {
-    load(3600);
+    load(3600);  // the countdown takes an hour
     present(openPlayerWindow(), kHostModeEmbedded);
     platform.run(1);
   }
@@ -70,7 +71,7 @@ TEST_F(AllocationTest, CountAllocationsCountsEveryNew) {
 TEST_F(AllocationTest, ATickOfTheCountdownDoesNotAllocate) {
   const double timeLeftBefore = timeLeft();
   EXPECT_EQ(countAllocations([this] { platform.run(0.1); }), 0u);
-  EXPECT_NEAR(timeLeftBefore - timeLeft(), 10.1, 1e-6);
+  EXPECT_NEAR(timeLeftBefore - timeLeft(), 10.1, 1e-6);  // 101 ticks
 }
 
 TEST_F(AllocationTest, AnIdlePumpDoesNotAllocate) {

@@ -4,7 +4,7 @@
 namespace vel::test {
 namespace {
 
-class ActivationTest : public RecordedTest {
+class ActivationTest : public EventRecordingTest {
  protected:
   void deactivate() { platform.windowSystem().userDeactivatesApplication(); }
   void activate() { platform.windowSystem().userActivatesApplication(); }

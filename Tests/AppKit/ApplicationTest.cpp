@@ -73,7 +73,7 @@ class ScriptedWindowSystem final : public WindowSystem {
   Nanoseconds deadline_ = kNever;
 };
 
-class ApplicationTest : public RecordedTest {
+class ApplicationTest : public EventRecordingTest {
  protected:
   // Starts a new application that uses a scripted window system instead of the headless one.
   ScriptedWindowSystem& startScriptedWindowSystem() {
@@ -184,7 +184,7 @@ TEST_F(ApplicationTest, StopClosesAllWindowsNewestFirst) {
                                            "first will disappear", "first did disappear"}));
 }
 
-TEST_F(ApplicationTest, StopDiscardsTimersAndWork) {
+TEST_F(ApplicationTest, StopDiscardsTimersAndTheWorkOfTheMainQueue) {
   const auto ticker = make<Ticker>();
   schedule(0.1, ticker);
   dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
@@ -245,7 +245,7 @@ TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle)
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ApplicationTest, AWindowBecomesKeyWhenItsFocusIsReported) {
+TEST_F(ApplicationTest, AfterMakeKeyWindowAWindowBecomesKeyOnlyWhenItsFocusIsReported) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   openWindow("A")->makeKeyWindow();
   EXPECT_EQ(keyWindowName(), "none");
@@ -273,7 +273,7 @@ TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ApplicationTest, TheWindowInAnActivationReportBecomesKey) {
+TEST_F(ApplicationTest, AnActivationReportWithAWindowDoesNotRestoreThePreviousKeyWindow) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto windowA = openWindow("A");
   windowSystem.nextHandle = WindowHandle{2};
@@ -289,6 +289,7 @@ TEST_F(ApplicationTest, TheWindowInAnActivationReportBecomesKey) {
 TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndTheKeptControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
+  // Without a handler the report does nothing.
   windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
   NSWindowStyleMask keptControls = 0;
   NSApp->setControlsKeptHandler([&](NSWindow& changedWindow, NSWindowStyleMask controls) {

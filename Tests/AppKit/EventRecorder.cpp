@@ -21,7 +21,7 @@ void NotificationRecorder::observe() {
       observer, NSApplicationDidBecomeActiveNotification, nullptr);
 }
 
-RecordedTest::~RecordedTest() {
+EventRecordingTest::~EventRecordingTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
   // The controllers record their last calls in `stop`, so `stop` must run before the recorder is
@@ -29,7 +29,7 @@ RecordedTest::~RecordedTest() {
   NSApplication::stop();
 }
 
-Events RecordedTest::windowOrder() {
+Events EventRecordingTest::windowOrder() {
   Events names;
   for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
     names.push_back(nameOf(window));

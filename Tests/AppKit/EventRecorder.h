@@ -75,8 +75,8 @@ class RecordingController final
 class NotificationRecorder final : public Class<NotificationRecorder, "NotificationRecorder"> {
  public:
   explicit NotificationRecorder(EventRecorder& recorder) : recorder_(recorder) {}
-  /// Starts to observe. Must be called again for each new application, because an application that
-  /// stops removes all notification observers in the process.
+  /// Starts to observe. Must be called again for each new application, because
+  /// `NSApplication::stop` removes all notification observers.
   void observe();
 
   void windowResignedKey(const NSNotification& notification) {
@@ -105,12 +105,12 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
   EventRecorder& recorder_;
 };
 
-/// A fixture with a virtual platform. Records the events of the platform. The name of a window is
-/// its class name.
-class RecordedTest : public VirtualPlatformTest {
+/// A fixture with a virtual platform. Records the events of windows, view controllers and the
+/// application. The name of a window in an event is its class name, which the test chooses.
+class EventRecordingTest : public VirtualPlatformTest {
  protected:
-  RecordedTest() { notificationRecorder_->observe(); }
-  ~RecordedTest() override;
+  EventRecordingTest() { notificationRecorder_->observe(); }
+  ~EventRecordingTest() override;
 
   /// Opens a window in front of all other windows. The new window is not key.
   static Strong<NSWindow> openWindow(std::string_view name) {

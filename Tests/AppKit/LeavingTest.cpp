@@ -8,7 +8,7 @@
 namespace vel::test {
 namespace {
 
-class LeavingTest : public RecordedTest {
+class LeavingTest : public EventRecordingTest {
  protected:
   // Opens four windows. C is key, B was key before C, and A and D were never key.
   LeavingTest() {
@@ -30,12 +30,12 @@ class LeavingTest : public RecordedTest {
   }
 };
 
-TEST_F(LeavingTest, WhenTheKeyWindowClosesThePreviousKeyWindowBecomesKey) {
+TEST_F(LeavingTest, ThePreviousKeyWindowBecomesKeyWhenTheKeyWindowCloses) {
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, WhenTheKeyWindowClosesAMiniaturisedWindowDoesNotBecomeKey) {
+TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKeyWhenTheKeyWindowCloses) {
   windowNamed("A")->makeKeyWindow();
   windowNamed("C")->makeKeyWindow();
   windowNamed("A")->miniaturize();
@@ -44,7 +44,7 @@ TEST_F(LeavingTest, WhenTheKeyWindowClosesAMiniaturisedWindowDoesNotBecomeKey) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, IfNoRemainingWindowWasEverKeyTheFrontmostBecomesKey) {
+TEST_F(LeavingTest, TheFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
   windowNamed("B")->close();
   recorder.takeEvents();
   windowNamed("C")->close();
@@ -59,7 +59,7 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, AWindowOpenedAfterTheKeyWindowCanBecomeTheNextKeyWindow) {
+TEST_F(LeavingTest, ANewFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
   windowNamed("B")->close();
   openWindow("E");
   windowNamed("C")->close();
@@ -110,7 +110,7 @@ TEST_F(LeavingTest, ControllersDisappearBeforeTheWindowResignsKey) {
                                            "C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
+TEST_F(LeavingTest, ClosingAWindowClosesItsNewestSheetFirstAndTheWindowLast) {
   const auto window = windowNamed("C");
   const auto hostController = addController(window, "host");
   const auto firstController = makeController("first");
@@ -119,6 +119,7 @@ TEST_F(LeavingTest, ClosingAWindowFirstClosesItsSheetsNewestFirst) {
   hostController->presentViewControllerAsSheet(secondController);
   recorder.takeEvents();
   window->close();
+  // The name of a sheet is "NSWindow".
   EXPECT_EQ(recorder.takeEvents(),
             (Events{"second will disappear", "second did disappear", "NSWindow resigns key",
                     "NSWindow becomes key", "first will disappear", "first did disappear",
@@ -159,7 +160,7 @@ TEST_F(LeavingTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsWindow) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowIsOffScreenAndNotKey) {
+TEST_F(LeavingTest, AMiniaturisedWindowIsOpenButOffScreenAndNotKey) {
   const auto window = windowNamed("C");
   window->miniaturize();
   EXPECT_EQ(windowOrder(), (Events{"D", "B", "A"}));
@@ -185,27 +186,32 @@ TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
   EXPECT_FALSE(window->isMiniaturized());
 }
 
-TEST_F(LeavingTest, MiniaturisingCallsNoLifeCycleMethods) {
+TEST_F(LeavingTest, MiniaturisingAndDeminiaturisingCallNoLifeCycleMethods) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
-  window->miniaturize();
   recorder.takeEvents();
+  window->miniaturize();
   window->deminiaturize();
-  EXPECT_EQ(recorder.takeEvents(), Events{"C is deminiaturised"});
+  EXPECT_EQ(recorder.takeEvents(),
+            (Events{"C resigns key", "B becomes key", "C is miniaturised", "C is deminiaturised"}));
   EXPECT_TRUE(controller->isShown());
 }
 
 TEST_F(LeavingTest, MiniaturisingAClosedOrMiniaturisedWindowDoesNothing) {
   const auto closedWindow = makeClosedWindow("E");
   closedWindow->miniaturize();
-  windowNamed("D")->deminiaturize();
-  const auto openedWindow = windowNamed("D");
-  openedWindow->miniaturize();
-  openedWindow->miniaturize();
+  const auto window = windowNamed("D");
+  window->miniaturize();
+  window->miniaturize();
   EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosed) {
+TEST_F(LeavingTest, DeminiaturisingAWindowThatIsNotMiniaturisedDoesNothing) {
+  windowNamed("D")->deminiaturize();
+  EXPECT_TRUE(recorder.events.empty());
+}
+
+TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosedAndOpenedAgain) {
   const auto window = windowNamed("C");
   addController(window, "view");
   window->miniaturize();

@@ -7,7 +7,7 @@
 namespace vel::test {
 namespace {
 
-class LifeCycleReentryTest : public RecordedTest {
+class LifeCycleReentryTest : public EventRecordingTest {
  protected:
   Strong<NSWindow> window = openWindow("A");
 };
@@ -122,7 +122,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithT
   EXPECT_FALSE(innerController->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AWindowThatALifeCycleMethodClosesAndOpensAgainIsShownOnce) {
+TEST_F(LifeCycleReentryTest, IfWillAppearClosesAndOpensTheWindowAgainDidAppearIsCalledOnce) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   recorder.onNext("view will appear", [&] {
@@ -142,7 +142,7 @@ TEST_F(LifeCycleReentryTest, AWindowCanBeClosedAfterALifeCycleMethodHasThrown) {
   recorder.onNext("view will disappear", [] { throw std::runtime_error("stop"); });
   EXPECT_THROW(window->close(), std::runtime_error);
   EXPECT_TRUE(window->isVisible());
-  window->close();
+  window->close();  // does not call `viewWillDisappear` again
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }

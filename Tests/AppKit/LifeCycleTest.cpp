@@ -6,7 +6,7 @@
 namespace vel::test {
 namespace {
 
-class LifeCycleTest : public RecordedTest {
+class LifeCycleTest : public EventRecordingTest {
  protected:
   const Events kAppears{"view will appear", "view did appear"};
   const Events kDisappears{"view will disappear", "view did disappear"};
@@ -98,7 +98,7 @@ TEST_F(LifeCycleTest, TheContentViewControllerOfAnOpenWindowAppears) {
   EXPECT_EQ(controller->view()->frame(), window->contentView()->frame());
 }
 
-TEST_F(LifeCycleTest, AReplacedContentViewControllerDisappearsFirst) {
+TEST_F(LifeCycleTest, AReplacedContentViewControllerDisappearsBeforeTheNewOneAppears) {
   window->setContentViewController(makeController("previous"));  // Only the window keeps it alive.
   recorder.takeEvents();
   window->setContentViewController(makeController("view"));
@@ -279,7 +279,7 @@ TEST_F(LifeCycleTest, TheHostMayCallTheAppearMethodsAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsInAWindowAreCalledAgainInTheWindow) {
+TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsAddedAreCalledAgain) {
   const auto controller = makeController("view");
   controller->viewWillAppear();
   controller->viewDidDisappear();

@@ -9,7 +9,7 @@
 namespace vel::test {
 namespace {
 
-class ModalSessionTest : public RecordedTest {
+class ModalSessionTest : public EventRecordingTest {
  protected:
   // Runs `work` after a delay, even during a modal session.
   void runAfter(double seconds, const std::function<void()>& work) {
@@ -165,9 +165,9 @@ TEST_F(ModalSessionTest, NestedModalSessionsEndInnermostFirst) {
   runAfter(0.1, [&] {
     NSApp->runModalForWindow(innerDialog);
     recorder.record("inner ended");
-    NSApp->stopModal();
+    NSApp->stopModal();  // ends the outer session
   });
-  runAfter(0.2, [] { NSApp->stopModal(); });
+  runAfter(0.2, [] { NSApp->stopModal(); });  // ends the inner session
   recorder.takeEvents();
   NSApp->runModalForWindow(outerDialog);
   recorder.record("outer ended");

@@ -6,7 +6,7 @@
 namespace vel::test {
 namespace {
 
-class PresentationTest : public RecordedTest {
+class PresentationTest : public EventRecordingTest {
  protected:
   PresentationTest() {
     window->setContentViewController(host);

@@ -21,7 +21,7 @@ SceneItem animatedSpinner(CGRect frame) {
   return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = true};
 }
 
-class SceneTest : public RecordedTest {
+class SceneTest : public EventRecordingTest {
  protected:
   const Scene& scene() { return platform.windowSystem().window(window->handle())->scene; }
   // Adds a view with this background colour to the window.

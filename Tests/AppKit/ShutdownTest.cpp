@@ -19,7 +19,7 @@ const ShutdownStep step([] {
   }
 });
 
-class ShutdownTest : public RecordedTest {
+class ShutdownTest : public EventRecordingTest {
  protected:
   ShutdownTest() = default;
   ~ShutdownTest() override { actionOfStep = nullptr; }

@@ -5,7 +5,7 @@
 namespace vel::test {
 namespace {
 
-class WindowTest : public RecordedTest {
+class WindowTest : public EventRecordingTest {
  protected:
   // The state of the window in the window system.
   const HeadlessWindowSystem::Window& stateOf(const Strong<NSWindow>& window) {
