@@ -146,8 +146,8 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--display", options.display,
-                  "The window system; auto uses wayland, or cocoa on macOS and x11 elsewhere, if a "
-                  "display is available")
+                  "The window system; auto is the first available one of wayland, cocoa on macOS "
+                  "or x11 elsewhere, and headless")
       ->check(CLI::IsMember({"auto", "cocoa", "headless", "wayland", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();

@@ -154,7 +154,7 @@ void ShowSession::present(const Strong<ContentData>& data) {
   presentation_->presentForWindowWithPresentationMode(playerWindow_,
                                                       hostMode(options_.presentation));
   if (!isCovering()) {
-    fail("nothing is shown: a " + options_.presentation +
+    fail("nothing is shown: --present " + options_.presentation +
          " needs a player window with a content view controller (--content-controller)");
     return;
   }
