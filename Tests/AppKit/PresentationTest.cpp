@@ -46,7 +46,7 @@ TEST_F(PresentationTest, AModalWindowIs480By270IfItsViewHasNoSize) {
   EXPECT_EQ(guest->view()->frame(), CGRectMake(0, 0, 480, 270));
 }
 
-TEST_F(PresentationTest, AModalWindowIsCentredOverItsOwner) {
+TEST_F(PresentationTest, AModalWindowIsCentredOverTheWindowOfItsPresentingController) {
   host->presentViewControllerAsModalWindow(guest);
   EXPECT_EQ(windowOf(guest)->frame().origin, (CGPoint{260, 165}));
   const auto* state = platform.windowSystem().window(windowOf(guest)->handle());
@@ -92,7 +92,7 @@ TEST_F(PresentationTest, AControllerCanPresentItselfInAModalWindow) {
   EXPECT_EQ(windowOf(guest), nullptr);
 }
 
-TEST_F(PresentationTest, AShownControllerThatPresentsItselfMovesToTheSheet) {
+TEST_F(PresentationTest, AShownControllerThatPresentsItselfAsASheetMovesToTheSheet) {
   const auto shownController = addController(window, "shown");
   recorder.takeEvents();
   shownController->presentViewControllerAsSheet(shownController);
@@ -125,7 +125,7 @@ TEST_F(PresentationTest, ASheetIsOpenAndKeyWithoutAModalSession) {
   EXPECT_EQ(host->presentedViewControllers(), NSArray<NSViewController>{guest});
 }
 
-TEST_F(PresentationTest, ASheetMovesWithItsWindow) {
+TEST_F(PresentationTest, ASheetMovesWithItsSheetParent) {
   host->presentViewControllerAsSheet(guest);
   EXPECT_EQ(windowOf(guest)->frame(), CGRectMake(260, 330, 480, 270));
   window->setFrame(CGRectMake(150, 120, 900, 600));
@@ -255,7 +255,7 @@ TEST_F(PresentationTest, ADismissedControllerCanBePresentedAgain) {
   EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(PresentationTest, ALifeCycleMethodMayPresentTheDismissedControllerAgain) {
+TEST_F(PresentationTest, ADismissedControllerMayBePresentedAgainInDidDisappear) {
   host->presentViewControllerAsSheet(guest);
   recorder.onNext("guest did disappear", [&] { host->presentViewControllerAsModalWindow(guest); });
   host->dismissViewController(guest);
@@ -264,7 +264,7 @@ TEST_F(PresentationTest, ALifeCycleMethodMayPresentTheDismissedControllerAgain) 
   EXPECT_EQ(NSApp->keyWindow(), windowOf(guest));
 }
 
-TEST_F(PresentationTest, DestroyingThePresentingControllerEndsTheLink) {
+TEST_F(PresentationTest, DestroyingThePresentingControllerClearsTheLinkToIt) {
   auto windowlessController = makeController("windowless");
   windowlessController->presentViewControllerAsModalWindow(guest);
   windowlessController.reset();

@@ -69,7 +69,7 @@ TEST_F(SceneTest, ANewLayerIsTransparent) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
-TEST_F(SceneTest, AViewAndItsChangesInWillAppearEnterTheSceneTogether) {
+TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheView) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   const auto innerView = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   innerView->setStyle(NSProgressIndicatorStyleSpinning);
@@ -92,7 +92,7 @@ TEST_F(SceneTest, AViewAndItsChangesInWillAppearEnterTheSceneTogether) {
   EXPECT_EQ(sceneInDidAppear, expectedScene);
 }
 
-TEST_F(SceneTest, AContentViewAndItsChangesInWillAppearEnterTheSceneTogether) {
+TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheContentView) {
   const auto controller = make<RecordingController>(recorder, "C");
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const Scene sceneBefore = scene();
@@ -107,7 +107,7 @@ TEST_F(SceneTest, AContentViewAndItsChangesInWillAppearEnterTheSceneTogether) {
   EXPECT_EQ(scene(), Scene{fillItem({{}, window->frame().size}, kWhite)});
 }
 
-TEST_F(SceneTest, SetWantsLayerAgainKeepsTheLayer) {
+TEST_F(SceneTest, SetWantsLayerTrueAgainKeepsTheLayerAndFalseRemovesIt) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   view->setWantsLayer(true);
   EXPECT_EQ(view->layer()->backgroundColor(), kRed);
@@ -143,7 +143,7 @@ TEST_F(SceneTest, AnOpenedWindowShowsViewsAddedWhileItWasClosed) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, AWindowDestroyedAndOpenedAgainShowsItsViews) {
+TEST_F(SceneTest, AWindowThatItsOwnerDestroyedShowsItsViewsWhenOpenedAgain) {
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const WindowHandle handle = window->handle();
   window->close();
@@ -179,7 +179,7 @@ TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
   EXPECT_EQ(newIndicator->appearance(), nullptr);
 }
 
-TEST_F(IndicatorTest, OfSpinningStyleIsShownAsASpinner) {
+TEST_F(IndicatorTest, WithTheSpinningStyleItIsShownAsASpinner) {
   EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
 }
 
@@ -192,12 +192,12 @@ TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
   EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
 }
 
-TEST_F(IndicatorTest, OfBarStyleIsNotShown) {
+TEST_F(IndicatorTest, WithTheBarStyleItIsNotShown) {
   indicator->setStyle(NSProgressIndicatorStyleBar);
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(IndicatorTest, WithoutAreaIsNotShown) {
+TEST_F(IndicatorTest, WithoutAreaItIsNotShown) {
   indicator->setFrame(CGRectMake(10, 10, 0, 32));
   EXPECT_TRUE(scene().empty());
 }

@@ -1,5 +1,5 @@
-// `shutDown` ends the objects that the whole process shares, such as the application, and runs its
-// steps. A step is a function that a layer above AppKit registers.
+// `shutDown` ends the parts of the platform layer that exist once per process, such as the
+// application. It also calls the functions that layers above AppKit have registered as steps.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -45,7 +45,7 @@ TEST_F(ShutdownTest, WithoutAnApplicationShutDownRunsTheStepsButStopDoesNot) {
   EXPECT_EQ(recorder.takeEvents(), Events{"step"});
 }
 
-TEST_F(ShutdownTest, StopRemovesAllObservers) {
+TEST_F(ShutdownTest, StopRemovesAllNotificationObservers) {
   NSNotificationCenter& center = NSNotificationCenter::defaultCenter();
   const auto listener = make<NotificationRecorder>(recorder);
   listener->observe();

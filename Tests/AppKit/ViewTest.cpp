@@ -143,9 +143,9 @@ INSTANTIATE_TEST_SUITE_P(
                          CGRectMake(110, 80, 30, 40)},
         AutoresizingCase{"RightAndTopMargins", NSViewMaxXMargin | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 20, 30, 40)},
-        AutoresizingCase{"BothMarginsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin,
+        AutoresizingCase{"LeftAndRightMarginsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin,
                          kLargerSize, CGRectMake(60, 20, 30, 40)},
-        AutoresizingCase{"HeightAndBothMarginsShareTheChange",
+        AutoresizingCase{"HeightAndTopAndBottomMarginsShareTheChange",
                          NSViewMinYMargin | NSViewHeightSizable | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 40, 30, 60)},
         AutoresizingCase{"AWidthIsNeverNegative", NSViewWidthSizable, CGSize{20, 100},
@@ -224,7 +224,7 @@ TEST_F(ConstraintTest, AViewCanBeCentredOnASibling) {
   EXPECT_EQ(innerView->frame().origin, (CGPoint{110, 55}));
 }
 
-TEST_F(ConstraintTest, AnchorsSetTheItemsAttributeRelationAndConstantOfAConstraint) {
+TEST_F(ConstraintTest, AnchorsSetTheAttributeRelationConstantAndItemsOfAConstraint) {
   const auto centreConstraint =
       innerView->centerXAnchor().constraintEqualToAnchor(outerView->centerXAnchor());
   EXPECT_EQ(centreConstraint->firstItem(), innerView);

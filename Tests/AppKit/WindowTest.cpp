@@ -65,7 +65,7 @@ TEST_F(WindowTest, TheUserCanReorderWindows) {
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
-TEST_F(WindowTest, AReportedStackingOrderDoesNotMoveWindowsThatItDoesNotContain) {
+TEST_F(WindowTest, AReportedStackingOrderMovesOnlyTheOpenWindowsInIt) {
   const auto windowA = openWindow("A");
   const auto windowB = openWindow("B");
   openWindow("C");
@@ -168,7 +168,7 @@ TEST_F(WindowTest, ResizingByTheUserChangesTheFrameAndTheContentView) {
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 300, 200));
 }
 
-TEST_F(WindowTest, ThePlatformObserverReceivesEachSetStyleMaskEvenIfUnchanged) {
+TEST_F(WindowTest, SettingTheSameStyleMaskAgainNotifiesThePlatformObserver) {
   struct Observer final : PlatformObserver {
     void styleMaskWasSet(NSWindow& /*window*/, std::uint64_t styleMask) override {
       masks.push_back(styleMask);
@@ -220,7 +220,7 @@ TEST_F(WindowTest, IfACloseRequestedHandlerIsSetTheCloseControlDoesNotCloseTheWi
   const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(
-      [&](NSWindow& requestedWindow) { windowsToClose.emplace_back(requestedWindow.className()); });
+      [&](NSWindow& windowToClose) { windowsToClose.emplace_back(windowToClose.className()); });
   platform.windowSystem().userClosesWindow(window->handle());
   EXPECT_EQ(windowsToClose, Events{"A"});
   EXPECT_TRUE(window->isVisible());

@@ -13,10 +13,11 @@
 
 namespace vel::test {
 
-/// Records each callback as a line, and then calls `onCallback`.
+/// Records each callback, and then calls `onCallback`.
 struct CHost {
-  /// The name of each callback with its arguments, except for log lines.
+  /// One line for each callback except log_line: the callback's name and its arguments.
   std::vector<std::string> callbackLines;
+  /// The lines that log_line has received.
   std::vector<std::string> log;
   bool mayDisappear = true;
   /// Called inside each callback with the callback's name. May be empty.

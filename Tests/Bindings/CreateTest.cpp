@@ -140,7 +140,7 @@ TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
   }
 }
 
-TEST_F(CreateTest, AnUnknownDisplayNameReturnsNoDisplay) {
+TEST_F(CreateTest, AnUnsupportedDisplayReturnsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -157,7 +157,7 @@ TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedReturnsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, TheCocoaDisplayNeedsAHostThatLinksItsBackEnd) {
+TEST_F(CreateTest, WithoutTheCocoaBackEndTheCocoaDisplayReturnsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "cocoa";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -174,7 +174,7 @@ TEST_F(CreateTest, ALongErrorIsTruncated) {
   EXPECT_LT(std::strlen(vel_last_error()), 1'000u);
 }
 
-TEST_F(CreateTest, AfterABadWindowALaunchScreenCanBeCreated) {
+TEST_F(CreateTest, CreateSucceedsAfterItHasRefusedABadWindow) {
   VelCreateOptions options = virtualOptions();
   options.window = 4711;
   EXPECT_EQ(vel_create(&options, &screen), VEL_BAD_WINDOW);

@@ -1,6 +1,6 @@
-// Calls from inside callbacks. Some callbacks are called while the library carries out an
-// operation: inside them, vel_request and vel_present return VEL_BUSY. Inside the other callbacks,
-// they work.
+// Calls from inside callbacks. The library calls log_line, will_appear and may_disappear during an
+// operation. Inside these three callbacks, vel_request and vel_present return VEL_BUSY. Inside the
+// other callbacks, both calls work.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -10,18 +10,18 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The parameter says how both launch screens are presented.
-class NextInDidDisappearTest : public CBindingTest,
-                               public testing::WithParamInterface<VelPresentation> {
+/// The parameter is the presentation of the first and of the next launch screen.
+class NextScreenInDidDisappearTest : public CBindingTest,
+                                     public testing::WithParamInterface<VelPresentation> {
  protected:
-  NextInDidDisappearTest() {
+  NextScreenInDidDisappearTest() {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = 1;
     createAgain(options);
   }
 };
 
-TEST_P(NextInDidDisappearTest, TheNextLaunchScreenCanBeShownAndEnds) {
+TEST_P(NextScreenInDidDisappearTest, TheNextLaunchScreenCanBeShownAndEnds) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "did_disappear" && !hasPresentedNext) {
@@ -45,11 +45,11 @@ TEST_P(NextInDidDisappearTest, TheNextLaunchScreenCanBeShownAndEnds) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Presentation, NextInDidDisappearTest,
+INSTANTIATE_TEST_SUITE_P(Presentation, NextScreenInDidDisappearTest,
                          testing::Values(VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET,
                                          VEL_PRESENT_MODAL));
 
-class CallbackOrderTest : public CBindingTest {
+class CallsInCallbacksTest : public CBindingTest {
  protected:
   /// Requests and presents in the first callback of this name, and stores both results.
   void requestAndPresentIn(const std::string& name) {
@@ -66,7 +66,7 @@ class CallbackOrderTest : public CBindingTest {
   int presentStatus = -1;
 };
 
-TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestReturnsBusy) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringPresent) {
   requestAndPresentIn("log_line");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -81,7 +81,7 @@ TEST_F(CallbackOrderTest, InLogLineDuringPresentARequestReturnsBusy) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestReturnsBusy) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInLogLineDuringARefusedRequest) {
   requestAndPresentIn("log_line");
   const VelRequest request = makeRequest("launch_end", 0);
   EXPECT_EQ(vel_request(screen, &request), VEL_REFUSED);
@@ -90,7 +90,7 @@ TEST_F(CallbackOrderTest, InLogLineDuringARefusedRequestARequestReturnsBusy) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CallbackOrderTest, InWillAppearARequestReturnsBusy) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInWillAppear) {
   requestAndPresentIn("will_appear");
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(requestStatus, VEL_BUSY);
@@ -99,7 +99,7 @@ TEST_F(CallbackOrderTest, InWillAppearARequestReturnsBusy) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InMayDisappearARequestReturnsBusy) {
+TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInMayDisappear) {
   requestAndPresentIn("may_disappear");
   present(VEL_PRESENT_MODAL, 1);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
@@ -108,7 +108,7 @@ TEST_F(CallbackOrderTest, InMayDisappearARequestReturnsBusy) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, InStateChangedTheRequestCanBePresented) {
+TEST_F(CallsInCallbacksTest, InStateChangedTheRequestCanBePresented) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "state_changed") {
       presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
@@ -122,7 +122,7 @@ TEST_F(CallbackOrderTest, InStateChangedTheRequestCanBePresented) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);
 }
 
-TEST_F(CallbackOrderTest, ADismissalInWillAppearRunsInTheNextPass) {
+TEST_F(CallsInCallbacksTest, ADismissalInWillAppearRunsInTheNextPass) {
   VelStatus dismissStatus = VEL_INTERNAL_ERROR;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "will_appear") {
@@ -136,7 +136,7 @@ TEST_F(CallbackOrderTest, ADismissalInWillAppearRunsInTheNextPass) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsIgnored) {
+TEST_F(CallsInCallbacksTest, ADismissalInMayDisappearIsIgnored) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
       EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -150,7 +150,7 @@ TEST_F(CallbackOrderTest, ADismissalInMayDisappearIsIgnored) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
 }
 
-TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
+TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_TRUE(isUp());
@@ -160,7 +160,7 @@ TEST_F(CallbackOrderTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallbackOrderTest, ASuccessClearsTheErrorOfACallInsideACallback) {
+TEST_F(CallsInCallbacksTest, ASuccessfulCallClearsTheErrorOfACallInsideItsCallbacks) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "will_appear" || callback == "state_changed") {
       EXPECT_EQ(vel_run(screen, -1), VEL_INVALID_ARGUMENT);
