@@ -3,6 +3,7 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
+#include "Tests/Support/VirtualPlatform.h"
 
 namespace vel::test {
 namespace {
@@ -26,7 +27,7 @@ class DestroyTest : public CBindingTest {
                                         "did_disappear", "record_event launch_end", "ended 1"}));
   }
 
-  /// Destroys the launch screen. `lastCallbacks` are the callbacks that this call causes.
+  /// Destroys the launch screen. Expects that `vel_destroy` calls exactly `lastCallbacks`.
   void destroyAndExpectDestroyed(const std::vector<std::string>& lastCallbacks = {}) {
     host.callbackLines.clear();
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -55,7 +56,7 @@ TEST_F(DestroyTest, WhileTheWindowIsCovered) {
   ASSERT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
   destroyAndExpectDestroyed({"ended 5"});
-  EXPECT_EQ(window->styleMask(), 15u);
+  EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
 TEST_F(DestroyTest, WhileAModalWindowOrASheetIsShown) {
@@ -94,9 +95,10 @@ TEST_F(DestroyTest, AfterTheWindowVanished) {
 }
 
 /// The parameter is the callback that destroys the launch screen.
-class DestroyInsideTest : public DestroyTest, public testing::WithParamInterface<const char*> {};
+class DestroyInsideCallbackTest : public DestroyTest,
+                                  public testing::WithParamInterface<const char*> {};
 
-TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
+TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
   bool isDestroyed = false;
   host.onCallback = [&](const std::string& callback) {
     EXPECT_TRUE(!isDestroyed || callback == "ended") << callback << " is called after vel_destroy";
@@ -108,7 +110,7 @@ TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
       VelLaunchScreen* handleCopy = staleHandle;
       EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
-      // The launch screen ends when the outermost call returns.
+      // The launch screen ends only when the call that caused this callback returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
       VelLaunchScreen* nextScreen = nullptr;
       EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);
@@ -122,19 +124,19 @@ TEST_P(DestroyInsideTest, OnlyEndedIsCalledAfterwards) {
   expectDestroyed();
 }
 
-INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideTest,
+INSTANTIATE_TEST_SUITE_P(Callback, DestroyInsideCallbackTest,
                          testing::Values("state_changed", "log_line", "will_appear",
                                          "may_disappear", "did_disappear", "record_event"),
                          [](const auto& testInfo) { return std::string(testInfo.param); });
 
 TEST_F(DestroyTest, InsideDisplayLost) {
   present(VEL_PRESENT_EMBEDDED, 1);
-  // A real display is lost in a pass of the run loop, so the test queues the loss.
   host.onCallback = [this](const std::string& callback) {
     if (callback == "display_lost") {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
     }
   };
+  // A real display is lost in a pass of the run loop, so the test queues the loss.
   dispatch_async(dispatch_get_main_queue(), [] { windowSystem().serverClosesConnection("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "display_lost gone");
@@ -171,18 +173,18 @@ TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
 }
 
 TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
-  bool hasRunNested = false;
+  bool hasCalledRun = false;
   host.onCallback = [&](const std::string& callback) {
     int upFlag = -1;
     EXPECT_EQ(vel_is_up(screen, &upFlag), VEL_OK) << callback;
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK) << callback;
-    if (callback == "did_disappear" && !hasRunNested) {
-      hasRunNested = true;
+    if (callback == "did_disappear" && !hasCalledRun) {
+      hasCalledRun = true;
       EXPECT_EQ(vel_run(screen, 5), VEL_OK);
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The run inside the callback has already advanced the time beyond this run.
+  // The vel_run inside the callback advances the time beyond the end of this vel_run.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

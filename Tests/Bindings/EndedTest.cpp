@@ -6,6 +6,7 @@
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
+#include "Tests/Support/VirtualPlatform.h"
 
 namespace vel::test {
 namespace {
@@ -26,7 +27,7 @@ class EndedTest : public CBindingTest {
   }
   /// Runs until long after the end. Expects that the library has called `ended` only once, with
   /// `reason`.
-  void expectOnlyEnd(VelEndReason reason) {
+  void expectEndedOnce(VelEndReason reason) {
     ASSERT_EQ(vel_run(screen, 100), VEL_OK);
     EXPECT_EQ(endCount(), 1u);
     EXPECT_EQ(std::ranges::count(host.callbackLines, endedLine(reason)), 1);
@@ -38,7 +39,7 @@ class EndedTest : public CBindingTest {
   }
 };
 
-TEST_F(EndedTest, WithoutAContentControllerAnEmbeddedCoverEndsASecondAfterItDisappears) {
+TEST_F(EndedTest, WithoutAContentControllerEndedIsCalledASecondAfterDidDisappear) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
@@ -47,10 +48,10 @@ TEST_F(EndedTest, WithoutAContentControllerAnEmbeddedCoverEndsASecondAfterItDisa
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_TIME_USED_UP));
   EXPECT_FALSE(isUp());
-  expectOnlyEnd(VEL_END_TIME_USED_UP);
+  expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, WithAContentControllerEveryCoverEndsWhenItDisappears) {
+TEST_F(EndedTest, WithAContentControllerEndedIsCalledRightAfterDidDisappear) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
@@ -59,7 +60,7 @@ TEST_F(EndedTest, WithAContentControllerEveryCoverEndsWhenItDisappears) {
     ASSERT_GE(host.callbackLines.size(), 2u);
     EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "did_disappear");
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_TIME_USED_UP));
-    expectOnlyEnd(VEL_END_TIME_USED_UP);
+    expectEndedOnce(VEL_END_TIME_USED_UP);
   }
 }
 
@@ -76,30 +77,30 @@ TEST_F(EndedTest, AfterAnExceptionDuringThePresentationTheEndIsStillReported) {
   EXPECT_TRUE(isUp());
   EXPECT_EQ(endCount(), 0u);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
-  expectOnlyEnd(VEL_END_DISMISSED);
+  expectEndedOnce(VEL_END_DISMISSED);
 }
 
 TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
   present(VEL_PRESENT_MODAL, 1, "skip");
-  expectOnlyEnd(VEL_END_TIME_USED_UP);
+  expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, ADismissalByTheHostHasTheReasonDismissed) {
+TEST_F(EndedTest, WithAContentControllerDismissCallsEndedAtOnce) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
     present(presentation, 60, "skip");
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DISMISSED));
-    expectOnlyEnd(VEL_END_DISMISSED);
+    expectEndedOnce(VEL_END_DISMISSED);
   }
 }
 
-TEST_F(EndedTest, WithoutAContentControllerADismissalHasTheReasonDismissed) {
+TEST_F(EndedTest, WithoutAContentControllerDismissCallsEndedLater) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
-  expectOnlyEnd(VEL_END_DISMISSED);
+  expectEndedOnce(VEL_END_DISMISSED);
 }
 
 TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
@@ -109,21 +110,21 @@ TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
   runInPass([] { NSApp->orderedWindows().front()->makeKeyWindow(); });
-  expectOnlyEnd(VEL_END_DISMISSED);
+  expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
+TEST_F(EndedTest, ADismissalRefusedInForcedModeDoesNotChangeTheReason) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
-  expectOnlyEnd(VEL_END_TIME_USED_UP);
+  expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, AWindowClosedAfterARefusedDismissalHasTheReasonWindowClosed) {
+TEST_F(EndedTest, AWindowClosedAfterADismissalRefusedInForcedModeHasTheReasonWindowClosed) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
-  expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+  expectEndedOnce(VEL_END_WINDOW_CLOSED);
 }
 
 TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
@@ -135,7 +136,7 @@ TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosed) {
     present(VEL_PRESENT_EMBEDDED, 5);
     runInPass([] { windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle()); });
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_WINDOW_CLOSED));
-    expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+    expectEndedOnce(VEL_END_WINDOW_CLOSED);
   }
 }
 
@@ -144,7 +145,7 @@ TEST_F(EndedTest, AClosedWindowWithASheetHasTheReasonWindowClosed) {
   const WindowHandle window = NSApp->keyWindow()->handle();
   present(VEL_PRESENT_SHEET, 5);
   runInPass([window] { windowSystem().ownerDestroysWindow(window); });
-  expectOnlyEnd(VEL_END_WINDOW_CLOSED);
+  expectEndedOnce(VEL_END_WINDOW_CLOSED);
 }
 
 TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
@@ -154,11 +155,11 @@ TEST_F(EndedTest, ALostDisplayHasTheReasonDisplayLost) {
     present(presentation, 5);
     runInPass([] { windowSystem().serverClosesConnection("gone"); });
     EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_DISPLAY_LOST));
-    expectOnlyEnd(VEL_END_DISPLAY_LOST);
+    expectEndedOnce(VEL_END_DISPLAY_LOST);
   }
 }
 
-TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndEndedIsItsLastAction) {
+TEST_F(EndedTest, DestroyCallsEndedLastWithTheReasonDestroyed) {
   present(VEL_PRESENT_EMBEDDED, 5);
   const Strong<NSWindow> window = NSApp->keyWindow();
   VelLaunchScreen* const staleHandle = screen;
@@ -166,7 +167,7 @@ TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndEndedIsItsLastAction) {
     ASSERT_EQ(callback, "ended");
     EXPECT_EQ(screen, nullptr);
     EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
-    EXPECT_EQ(window->styleMask(), 15u);
+    EXPECT_EQ(window->styleMask(), kFullStyle);
     EXPECT_EQ(NSApp, nullptr);
   };
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
@@ -174,7 +175,7 @@ TEST_F(EndedTest, DestroyHasTheReasonDestroyedAndEndedIsItsLastAction) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-TEST_F(EndedTest, InsideTheEndedCallbackOfDestroyALaunchScreenCanBeCreated) {
+TEST_F(EndedTest, TheEndedCallbackInsideDestroyCanCreateALaunchScreen) {
   present(VEL_PRESENT_EMBEDDED, 5);
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
@@ -218,7 +219,7 @@ TEST_F(EndedTest, APumpInsideTheLogLineCallbackDoesNotEndTheLaunchScreen) {
   };
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(endCount(), 0u);
-  expectOnlyEnd(VEL_END_TIME_USED_UP);
+  expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
 TEST_F(EndedTest, WithoutAPresentationEndedIsNotCalled) {
@@ -228,7 +229,7 @@ TEST_F(EndedTest, WithoutAPresentationEndedIsNotCalled) {
   EXPECT_EQ(endCount(), 0u);
 }
 
-TEST_F(EndedTest, InsideEndedTheNextLaunchScreenCanBeShown) {
+TEST_F(EndedTest, TheEndedCallbackCanPresentTheNextLaunchScreen) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended" && !hasPresentedNext) {

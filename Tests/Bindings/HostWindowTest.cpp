@@ -39,8 +39,8 @@ class HostWindowTest : public testing::Test {
     options.host_window = &window;
     return vel_create(&options, &screen);
   }
-  /// Calls `create` for a Wayland window after `change` has changed a member.
-  VelStatus createChanged(const std::function<void(VelHostWindow&)>& change) {
+  /// Calls `create` with a Wayland window that `change` has changed.
+  VelStatus createOverChangedWindow(const std::function<void(VelHostWindow&)>& change) {
     VelHostWindow window = waylandWindow();
     change(window);
     return create(window);
@@ -49,7 +49,7 @@ class HostWindowTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(HostWindowTest, AWindowOfAnotherWindowSystemIsABadWindow) {
+TEST_F(HostWindowTest, OnTheHeadlessDisplayEveryHostWindowIsABadWindow) {
   VelHostWindow x11 = VEL_HOST_WINDOW_INIT;
   x11.x11_window = 4711;
   VelHostWindow cocoa = VEL_HOST_WINDOW_INIT;
@@ -63,15 +63,15 @@ TEST_F(HostWindowTest, AWindowOfAnotherWindowSystemIsABadWindow) {
   }
 }
 
-TEST_F(HostWindowTest, AWindowOfNoOrTwoWindowSystemsIsRefused) {
+TEST_F(HostWindowTest, AHostWindowMustBelongToExactlyOneWindowSystem) {
   EXPECT_EQ(create(VEL_HOST_WINDOW_INIT), VEL_INVALID_ARGUMENT);
-  EXPECT_EQ(createChanged([](VelHostWindow& window) { window.x11_window = 1; }),
+  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.x11_window = 1; }),
             VEL_INVALID_ARGUMENT);
-  EXPECT_EQ(createChanged([](VelHostWindow& window) { window.ns_window = kNSWindow; }),
+  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.ns_window = kNSWindow; }),
             VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(HostWindowTest, AWaylandSurfaceNeedsAConnectionAndASize) {
+TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
   const std::vector<std::function<void(VelHostWindow&)>> changes{
       [](VelHostWindow& window) { window.wl_display = nullptr; },
       [](VelHostWindow& window) { window.wl_surface = nullptr; },
@@ -79,11 +79,11 @@ TEST_F(HostWindowTest, AWaylandSurfaceNeedsAConnectionAndASize) {
       [](VelHostWindow& window) { window.height = 0.5; },
       [](VelHostWindow& window) { window.height = 32768; }};
   for (const auto& change : changes) {
-    EXPECT_EQ(createChanged(change), VEL_INVALID_ARGUMENT);
+    EXPECT_EQ(createOverChangedWindow(change), VEL_INVALID_ARGUMENT);
     EXPECT_STRNE(vel_last_error(), "");
   }
-  // The toplevel is optional. This description is complete, but not for the headless display.
-  EXPECT_EQ(createChanged([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
+  // The toplevel is optional: only the headless display refuses this window.
+  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
             VEL_BAD_WINDOW);
 }
 
@@ -95,15 +95,16 @@ TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(HostWindowTest, TheSizeOfTheStructureIsChecked) {
-  EXPECT_EQ(createChanged([](VelHostWindow& window) { --window.size; }), VEL_INVALID_ARGUMENT);
+TEST_F(HostWindowTest, ASmallerStructureIsRefusedAndUnknownMembersMustBeZero) {
+  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { --window.size; }),
+            VEL_INVALID_ARGUMENT);
   struct LaterHostWindow {
     VelHostWindow known;
     std::uint64_t unknown;
   } later{waylandWindow(), 1};
   later.known.size = sizeof later;
   EXPECT_EQ(create(later.known), VEL_INVALID_ARGUMENT);
-  // Now the structure is valid, but a headless display has no windows of the host.
+  // The structure is now valid: only the headless display refuses the window.
   later.unknown = 0;
   EXPECT_EQ(create(later.known), VEL_BAD_WINDOW);
 }

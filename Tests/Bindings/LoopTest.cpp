@@ -45,7 +45,7 @@ TEST_F(CLoopTest, AnIdleLoopHasNoDeadline) {
   EXPECT_FALSE(becomesReadable(0));
 }
 
-TEST_F(CLoopTest, ThePollDescriptorIsReadableAtTheNextTick) {
+TEST_F(CLoopTest, ThePollDescriptorBecomesReadableAtTheNextDeadline) {
   present(VEL_PRESENT_EMBEDDED, 60);
   pumpUntilIdle();
   const double deadline = nextDeadline();
@@ -76,7 +76,7 @@ TEST_F(CLoopTest, ThePollDescriptorNeverChanges) {
   }
 }
 
-TEST_F(CLoopTest, APollLoopRunsToTheEvent) {
+TEST_F(CLoopTest, APollLoopRunsUntilTheEventIsRecorded) {
   present(VEL_PRESENT_EMBEDDED, 0.2);
   while (host.callbackLines.back() != "record_event launch_end") {
     ASSERT_TRUE(becomesReadable(10'000));
@@ -94,7 +94,7 @@ TEST_F(CLoopTest, APumpNeverWaits) {
   EXPECT_GT(secondsLeft(), 50);
 }
 
-TEST_F(CLoopTest, ARunTakesTheGivenTime) {
+TEST_F(CLoopTest, ARunTakesAtLeastTheGivenTime) {
   const auto startTime = std::chrono::steady_clock::now();
   EXPECT_EQ(vel_run(screen, 0.02), VEL_OK);
   EXPECT_GE(std::chrono::steady_clock::now() - startTime, std::chrono::milliseconds(20));

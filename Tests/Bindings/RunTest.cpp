@@ -1,9 +1,10 @@
-// A launch screen from its request to its event. In the callback lines, "state_changed 3" is
+// A launch screen from its request to its end. In the callback lines, "state_changed 3" is
 // VEL_STATE_LOADED, "ended 1" is VEL_END_TIME_USED_UP, and "ended 2" is VEL_END_DISMISSED.
 #include <thread>
 
 #include "Platform/AppKit/NSApplication.h"
 #include "Tests/Bindings/CScreen.h"
+#include "Tests/Support/VirtualPlatform.h"
 
 namespace vel::test {
 namespace {
@@ -30,7 +31,7 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   ASSERT_EQ(vel_run(screen, 0.05), VEL_OK);
   EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
-  EXPECT_EQ(NSApp->keyWindow()->styleMask(), 15u);
+  EXPECT_EQ(NSApp->keyWindow()->styleMask(), kFullStyle);
   // If the window has no content controller, the cover is removed one second later.
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
@@ -50,7 +51,7 @@ TEST_F(CRunTest, IfTheWindowHasAContentControllerTheCoverIsRemovedWithoutDelay) 
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, SheetsAndModalWindowsRunToTheEvent) {
+TEST_F(CRunTest, SheetsAndModalWindowsRunUntilTheEventIsRecorded) {
   for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
     host.callbackLines.clear();
@@ -137,7 +138,7 @@ TEST_F(CRunTest, InSkipModeADismissalRecordsNoEvent) {
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 2"}));
 }
 
-TEST_F(CRunTest, InForcedModeAnEarlyDismissalOnlyRecordsTheEvent) {
+TEST_F(CRunTest, InForcedModeARefusedDismissalRecordsTheEventTwoAndAHalfSecondsLater) {
   present(VEL_PRESENT_EMBEDDED, 60);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
@@ -151,8 +152,7 @@ TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // If `vel_dismiss` had changed something, the launch screen would be expired, and the loss of
-  // focus would not pause its countdown.
+  // If `vel_dismiss` had changed something, the loss of focus would not pause the countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 

@@ -34,7 +34,7 @@ class StructureSizeTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(StructureSizeTest, AProgramOfTheFirstVersionRunsToItsEvent) {
+TEST_F(StructureSizeTest, AProgramOfTheFirstVersionRunsUntilTheEventIsRecorded) {
   CHost host;
   const FirstVersionStructure<VelCallbacks, kFirstCallbacksSize> callbacks(host.callbacks());
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(
@@ -49,14 +49,15 @@ TEST_F(StructureSizeTest, AProgramOfTheFirstVersionRunsToItsEvent) {
                                       "did_disappear", "record_event launch_end"}));
 }
 
-TEST_F(StructureSizeTest, TheOptionsOfTheFirstVersionCanNameAWindow) {
+TEST_F(StructureSizeTest, TheWindowInTheOptionsOfTheFirstVersionIsRead) {
   VelCreateOptions current = virtualOptions();
   current.window = 4711;
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(current);
+  // The headless display refuses every window of a host.
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 
-TEST_F(StructureSizeTest, ACallbacksSizeThatNoVersionHasIsRefused) {
+TEST_F(StructureSizeTest, ASizeOfVelCallbacksThatNoVersionHasIsRefused) {
   for (const std::size_t size :
        {std::size_t{0}, sizeof(std::size_t), kFirstCallbacksSize - 8, kFirstCallbacksSize - 1,
         kFirstCallbacksSize + 1, kFirstCallbacksSize + 4}) {

@@ -143,8 +143,8 @@ TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
   }).join();
-  // This thread may get the identifier of the thread that has ended. It is nevertheless another
-  // thread, so vel_pump must refuse it.
+  // The next thread may get the identifier of the thread that has ended. vel_pump must nevertheless
+  // refuse it.
   std::thread([&] {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);

@@ -11,14 +11,14 @@
 + (NativeRequest*)requestWithParameters:(NSDictionary*)parameters;
 @end
 
-/// A broker that keeps the latest registered resolver, and returns NO.
+/// A broker that stores the latest resolver. `registerContentResolver:` returns NO.
 @interface NativeBroker : NSObject <ContentBroker> {
  @public
   id<ContentResolver> resolver;  // not retained
 }
 @end
 
-/// A resolver delegate that counts the changes of the state and keeps the arguments of the latest
+/// A resolver delegate that counts the changes of the state and stores the arguments of the latest
 /// call.
 @interface NativeResolverDelegate : NSObject <ContentResolverDelegate> {
  @public

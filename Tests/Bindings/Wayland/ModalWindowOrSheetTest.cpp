@@ -59,11 +59,10 @@ class GreenHost : NonCopyable {
   VelLaunchScreen* screen = nullptr;
 };
 
-/// The parameter is the presentation, which puts the launch screen into a window of the library.
-class OwnedWindow : public testing::TestWithParam<VelPresentation> {};
+class ModalWindowOrSheet : public testing::TestWithParam<VelPresentation> {};
 
 // sway shows a new window over a fullscreen window only if the fullscreen window is its parent.
-TEST_P(OwnedWindow, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
+TEST_P(ModalWindowOrSheet, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   const Sway sway;
   GreenHost host(sway);
   host.create(false);
@@ -75,7 +74,7 @@ TEST_P(OwnedWindow, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   EXPECT_EQ(sway.picture(kScreen).at(0, 0), kGreen);
 }
 
-TEST_P(OwnedWindow, NeedsTheToplevelUnderACompositorWithoutXdgForeign) {
+TEST_P(ModalWindowOrSheet, NeedsTheToplevelUnderACompositorWithoutXdgForeign) {
   const Weston weston;
   GreenHost host(weston);
   host.create(false);
@@ -87,7 +86,7 @@ TEST_P(OwnedWindow, NeedsTheToplevelUnderACompositorWithoutXdgForeign) {
   EXPECT_TRUE(host.pumpUntil([&] { return weston.picture(kMiddle).isAll(kWhite); }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Presentations, OwnedWindow,
+INSTANTIATE_TEST_SUITE_P(Presentations, ModalWindowOrSheet,
                          testing::Values(VEL_PRESENT_MODAL, VEL_PRESENT_SHEET),
                          [](const testing::TestParamInfo<VelPresentation>& testInfo) {
                            return testInfo.param == VEL_PRESENT_MODAL ? "Modal" : "Sheet";
