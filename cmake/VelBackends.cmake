@@ -56,4 +56,7 @@ macro(vel_find_backend folder)
 endmacro()
 
 vel_find_backend(X11 MODULES xcb xcb-randr xcb-render xcb-shape HEADERS xcb-icccm)
-vel_find_backend(Wayland MODULES wayland-client HEADERS wayland-protocols wayland-scanner)
+# The Wayland back end loads libdecor at run time, so it needs only the header of libdecor.
+vel_find_backend(Wayland
+  MODULES wayland-client
+  HEADERS wayland-protocols wayland-scanner libdecor-0)

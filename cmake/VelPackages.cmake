@@ -29,6 +29,10 @@ if(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY")
 The time counts down only while the user can see it.")
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+  if(VEL_WAYLAND_ENABLED)
+    # The Wayland back end loads libdecor if a window of the library needs a frame.
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS libdecor-0-0)
+  endif()
 endif()
 
 if(VEL_HOST)

@@ -6,7 +6,9 @@ packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev
   # the X11 back end
   libxcb1-dev libxcb-icccm4-dev libxcb-randr0-dev libxcb-render0-dev libxcb-shape0-dev
   # the Wayland back end
-  libwayland-dev libwayland-bin wayland-protocols)
+  libwayland-dev libwayland-bin wayland-protocols libdecor-0-dev
+  # the frame of its windows under a compositor that draws no frames
+  libdecor-0-plugin-1-cairo)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
   clang-16 lld

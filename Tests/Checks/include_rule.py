@@ -84,6 +84,7 @@ OUTSIDE = {
         "Benchmarks",
     ],
     "wayland-server": ["Tests/Support/Wayland"],
+    "libdecor.h": ["Platform/WindowSystem/Wayland"],
     "X11/": [],
     "AppKit/": APPKIT,
     "Foundation/": APPKIT,

@@ -47,6 +47,9 @@ class DebianContentsTest(unittest.TestCase):
             },
         )
 
+    def test_the_library_recommends_libdecor(self):
+        self.assertEqual(field(self.packages[RUNTIME], "Recommends"), "libdecor-0-0")
+
     def test_the_library_and_the_program_depend_on_the_standard_libraries(self):
         for package in (RUNTIME, PROGRAM):
             depends = field(self.packages[package], "Depends")

@@ -33,7 +33,9 @@ struct SeatEvents {
   static void keyboardEnter(void* data, wl_keyboard* /*keyboard*/, std::uint32_t serial,
                             wl_surface* surface, wl_array* /*keys*/) {
     Seat& seat = *static_cast<Seat*>(data);
-    seat.tracker->setKeyboardSurface(seat, surface, serial);
+    const wl_surface* const content =
+        surface == nullptr ? nullptr : seat.tracker->findContent_(surface);
+    seat.tracker->setKeyboardSurface(seat, content, serial);
   }
   static void keyboardLeave(void* data, wl_keyboard* /*keyboard*/, std::uint32_t /*serial*/,
                             wl_surface* /*surface*/) {
@@ -112,10 +114,11 @@ const wl_pointer_listener SeatEvents::kPointerListener = [] {
 }();
 
 FocusTracker::FocusTracker(Connection& connection, ReportQueue& reports, FindWindow findWindow,
-                           ButtonHandler buttonPressed)
+                           FindContent findContent, ButtonHandler buttonPressed)
     : connection_(connection),
       reports_(reports),
       findWindow_(std::move(findWindow)),
+      findContent_(std::move(findContent)),
       buttonPressed_(std::move(buttonPressed)) {}
 
 FocusTracker::~FocusTracker() = default;

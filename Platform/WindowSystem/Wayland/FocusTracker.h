@@ -18,12 +18,15 @@ class FocusTracker final : public NonCopyable {
  public:
   /// Returns the window that a surface belongs to; None for an unknown surface.
   using FindWindow = std::function<WindowHandle(const wl_surface*)>;
+  /// Returns the content of the frame that a surface is a part of. Returns any other surface
+  /// unchanged.
+  using FindContent = std::function<const wl_surface*(wl_surface*)>;
   /// Called when the user presses the main pointer button in a surface of `window`.
   using ButtonHandler =
       std::function<void(WindowHandle window, wl_seat* seat, std::uint32_t serial)>;
 
   FocusTracker(Connection& connection, ReportQueue& reports, FindWindow findWindow,
-               ButtonHandler buttonPressed);
+               FindContent findContent, ButtonHandler buttonPressed);
   ~FocusTracker();
 
   /// `name` is the name of the seat in the registry.
@@ -58,7 +61,8 @@ class FocusTracker final : public NonCopyable {
     Proxy<wl_seat> proxy;
     Proxy<wl_keyboard> keyboard;
     Proxy<wl_pointer> pointer;
-    // The surfaces that have the keyboard and the pointer of the seat. The host may own them.
+    // The surfaces that have the keyboard and the pointer of the seat. The host may own them. If a
+    // part of a frame has the keyboard, this is the content of the frame.
     const wl_surface* keyboardSurface = nullptr;
     const wl_surface* pointerSurface = nullptr;
   };
@@ -79,6 +83,7 @@ class FocusTracker final : public NonCopyable {
   Connection& connection_;
   ReportQueue& reports_;
   FindWindow findWindow_;
+  FindContent findContent_;
   ButtonHandler buttonPressed_;
   std::vector<std::unique_ptr<Seat>> seats_;
   std::vector<std::unique_ptr<Activation>> activations_;

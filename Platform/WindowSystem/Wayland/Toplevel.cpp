@@ -49,32 +49,64 @@ void setResizable(xdg_toplevel* toplevel, bool isResizable, CGSize size) {
 }
 
 Toplevel::Toplevel(Connection& connection, wl_surface* surface,
-                   const WindowDescription& description, xdg_toplevel* owner, Handlers handlers)
-    : handlers_(std::move(handlers)),
-      surface_(xdg_wm_base_get_xdg_surface(connection.windowManager(), surface)),
-      toplevel_(xdg_surface_get_toplevel(surface_.get())) {
+                   const WindowDescription& description, xdg_toplevel* owner,
+                   const FrameContext* frameContext, Handlers handlers)
+    : handlers_(std::move(handlers)) {
+  if (frameContext != nullptr) {
+    frame_ = Frame::create(*frameContext, surface,
+                           {.configured =
+                                [this](CGSize size) {
+                                  isConfigured_ = true;
+                                  handlers_.configured(size);
+                                },
+                            .closeRequested = [this] { handlers_.closeRequested(); }});
+  }
+  if (frame_ == nullptr) {
+    createRole(connection, surface);
+  }
+  setTitle(description.title);
+  xdg_toplevel_set_app_id(proxy(), description.className.c_str());
+  if (owner != nullptr) {
+    xdg_toplevel_set_parent(proxy(), owner);
+  }
+  setStyle(description.styleMask, description.frame.size);
+  if (frame_ != nullptr) {
+    frame_->map();
+  } else {
+    wl_surface_commit(surface);
+  }
+}
+
+Toplevel::~Toplevel() = default;
+
+void Toplevel::createRole(const Connection& connection, wl_surface* surface) {
+  surface_.reset(xdg_wm_base_get_xdg_surface(connection.windowManager(), surface));
+  toplevel_.reset(xdg_surface_get_toplevel(surface_.get()));
   xdg_surface_add_listener(surface_.get(), &ToplevelEvents::kSurfaceListener, this);
   xdg_toplevel_add_listener(toplevel_.get(), &ToplevelEvents::kListener, this);
   if (connection.decorations() != nullptr) {
     decoration_.reset(zxdg_decoration_manager_v1_get_toplevel_decoration(connection.decorations(),
                                                                          toplevel_.get()));
   }
-  setTitle(description.title);
-  xdg_toplevel_set_app_id(toplevel_.get(), description.className.c_str());
-  if (owner != nullptr) {
-    xdg_toplevel_set_parent(toplevel_.get(), owner);
-  }
-  setStyle(description.styleMask, description.frame.size);
-  wl_surface_commit(surface);
 }
 
-Toplevel::~Toplevel() = default;
+xdg_toplevel* Toplevel::proxy() const {
+  return frame_ != nullptr ? frame_->toplevel() : toplevel_.get();
+}
 
 void Toplevel::setTitle(std::string_view title) {
-  xdg_toplevel_set_title(toplevel_.get(), std::string(title).c_str());
+  if (frame_ != nullptr) {
+    frame_->setTitle(title);
+  } else {
+    xdg_toplevel_set_title(toplevel_.get(), std::string(title).c_str());
+  }
 }
 
 void Toplevel::setStyle(NSWindowStyleMask styleMask, CGSize size) {
+  if (frame_ != nullptr) {
+    frame_->setStyle(styleMask, size);
+    return;
+  }
   setResizable(toplevel_.get(), (styleMask & NSWindowStyleMaskResizable) != 0, size);
   if (decoration_ != nullptr) {
     zxdg_toplevel_decoration_v1_set_mode(decoration_.get(),
@@ -84,8 +116,8 @@ void Toplevel::setStyle(NSWindowStyleMask styleMask, CGSize size) {
   }
 }
 
-void Toplevel::move(wl_seat* seat, std::uint32_t serial) {
-  xdg_toplevel_move(toplevel_.get(), seat, serial);
+void Toplevel::move(wl_seat* seat, std::uint32_t serial) const {
+  xdg_toplevel_move(proxy(), seat, serial);
 }
 
 }  // namespace vel::wayland

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string_view>
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/Wayland/Connection.h"
+#include "Platform/WindowSystem/Wayland/Frame.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
 namespace vel::wayland {
@@ -22,27 +24,35 @@ class Toplevel final : public NonCopyable {
     std::function<void()> closeRequested;
   };
 
-  /// `owner` is the window in front of which the compositor keeps this window; it may be null.
-  /// Commits the surface, which must not have a buffer.
+  /// `owner` is the window in front of which the compositor keeps this window; it may be null. If
+  /// `frameContext` is not null, libdecor draws the frame. Commits the surface, which must not have
+  /// a buffer.
   Toplevel(Connection& connection, wl_surface* surface, const WindowDescription& description,
-           xdg_toplevel* owner, Handlers handlers);
+           xdg_toplevel* owner, const FrameContext* frameContext, Handlers handlers);
   ~Toplevel();
 
-  [[nodiscard]] xdg_toplevel* proxy() const { return toplevel_.get(); }
+  [[nodiscard]] xdg_toplevel* proxy() const;
   /// True if the surface may have a buffer: the compositor has configured it.
   [[nodiscard]] bool isConfigured() const { return isConfigured_; }
+  /// The frame that libdecor draws; null if there is no such frame.
+  [[nodiscard]] const Frame* frame() const { return frame_.get(); }
 
   void setTitle(std::string_view title);
-  /// Allows resizing, or fixes the size to `size`. Asks the compositor to draw a frame if the style
-  /// mask has a title bar. The next commit of the surface applies the changes.
+  /// Sets the size, and allows or disables resizing by the user. Asks the compositor to draw a
+  /// frame if the style mask has a title bar, or changes the controls of the frame that libdecor
+  /// draws. The next commit of the surface applies the changes.
   void setStyle(NSWindowStyleMask styleMask, CGSize size);
   /// Lets the user move the window while the pointer button of `serial` is pressed.
-  void move(wl_seat* seat, std::uint32_t serial);
+  void move(wl_seat* seat, std::uint32_t serial) const;
 
  private:
   friend struct ToplevelEvents;
 
+  void createRole(const Connection& connection, wl_surface* surface);
+
   Handlers handlers_;
+  std::unique_ptr<Frame> frame_;
+  // These objects are null if libdecor draws the frame, because libdecor then owns the role.
   Proxy<xdg_surface> surface_;
   Proxy<xdg_toplevel> toplevel_;
   Proxy<zxdg_toplevel_decoration_v1> decoration_;

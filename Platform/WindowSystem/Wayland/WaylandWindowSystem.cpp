@@ -15,6 +15,8 @@ using wayland::Canvas;
 using wayland::Connection;
 using wayland::FocusTracker;
 using wayland::ForeignParent;
+using wayland::Frame;
+using wayland::FrameContext;
 using wayland::Proxy;
 using wayland::Toplevel;
 
@@ -79,6 +81,7 @@ WaylandWindowSystem::WaylandWindowSystem(std::unique_ptr<Connection> connection)
       focus_(std::make_unique<FocusTracker>(
           *connection_, reports_,
           [this](const wl_surface* surface) { return findBySurface(surface); },
+          [this](wl_surface* surface) { return findContent(surface); },
           [this](WindowHandle window, wl_seat* seat, std::uint32_t serial) {
             buttonPressed(window, seat, serial);
           })) {}
@@ -108,6 +111,16 @@ WindowHandle WaylandWindowSystem::findBySurface(const wl_surface* surface) const
     }
   }
   return WindowHandle::None;
+}
+
+const wl_surface* WaylandWindowSystem::findContent(wl_surface* surface) const {
+  for (const auto& [handle, window] : windows_) {
+    const Frame* const frame = window->toplevel != nullptr ? window->toplevel->frame() : nullptr;
+    if (frame != nullptr && frame->contains(surface)) {
+      return window->surface.get();
+    }
+  }
+  return surface;
 }
 
 // Creating, adopting and releasing windows
@@ -233,6 +246,16 @@ void WaylandWindowSystem::setAdoptedStyle(const Window& window,
 
 // Windows of the back end
 
+const FrameContext* WaylandWindowSystem::frameContext() {
+  if (connection_->decorations() != nullptr || connection_->isShared() || isConnectionLost_) {
+    return nullptr;
+  }
+  if (!std::exchange(hasLoadedFrameContext_, true)) {
+    frameContext_ = FrameContext::create(connection_->display());
+  }
+  return frameContext_.get();
+}
+
 void WaylandWindowSystem::openToplevel(Window& window) {
   const bool isPlain = window.description.kind == WindowKind::Plain;
   window.surface.reset(wl_compositor_create_surface(connection_->compositor()));
@@ -248,8 +271,10 @@ void WaylandWindowSystem::openToplevel(Window& window) {
     window.foreignParent = std::make_unique<ForeignParent>(*connection_, owner->adoptedSurface);
   }
   const WindowHandle handle = window.handle;
+  const bool hasTitleBar = (window.description.styleMask & NSWindowStyleMaskTitled) != 0;
   window.toplevel = std::make_unique<Toplevel>(
       *connection_, window.surface.get(), window.description, ownersToplevel,
+      hasTitleBar ? frameContext() : nullptr,
       Toplevel::Handlers{.configured = [this, handle](CGSize size) { configured(handle, size); },
                          .closeRequested =
                              [this, handle] {
@@ -287,6 +312,13 @@ void WaylandWindowSystem::setModal(Window& window, bool isModal) const {
   } else if (window.dialog != nullptr) {
     xdg_dialog_v1_unset_modal(window.dialog.get());
   }
+}
+
+void WaylandWindowSystem::reopenToplevel(Window& window) {
+  closeToplevel(window);
+  focus_->windowRemoved(window.handle);
+  openToplevel(window);
+  connection_->flush();
 }
 
 void WaylandWindowSystem::configured(WindowHandle handle, CGSize size) {
@@ -364,9 +396,11 @@ void WaylandWindowSystem::setFrame(WindowHandle handle, CGRect frame) {
     if (window->surface != nullptr) {
       updateCover(*window);
     }
-  } else if (window->toplevel != nullptr && window->toplevel->isConfigured()) {
+  } else if (window->toplevel != nullptr) {
     window->toplevel->setStyle(window->description.styleMask, frame.size);
-    window->canvas->show(window->scene, frame.size);
+    if (window->toplevel->isConfigured()) {
+      window->canvas->show(window->scene, frame.size);
+    }
     connection_->flush();
   }
 }
@@ -393,6 +427,11 @@ void WaylandWindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask st
   if (window->isAdopted()) {
     setAdoptedStyle(*window, previousMask);
   } else if (window->toplevel != nullptr) {
+    const bool hasNewTitleBar = ((styleMask ^ previousMask) & NSWindowStyleMaskTitled) != 0;
+    if (hasNewTitleBar && frameContext() != nullptr) {
+      reopenToplevel(*window);
+      return;
+    }
     window->toplevel->setStyle(styleMask, window->description.frame.size);
     if (window->toplevel->isConfigured()) {
       wl_surface_commit(window->surface.get());
@@ -407,7 +446,9 @@ void WaylandWindowSystem::reportKeptControls() {
       continue;
     }
     NSWindowStyleMask kept = kControls & ~window->description.styleMask;
-    if (!window->isAdopted() || window->adoptedToplevel != nullptr) {
+    if (window->toplevel != nullptr && window->toplevel->frame() != nullptr) {
+      kept = 0;  // the frame has no other controls than those of the style mask
+    } else if (!window->isAdopted() || window->adoptedToplevel != nullptr) {
       kept &= ~NSWindowStyleMaskResizable;
     }
     reports_.add(handle, [changedWindow = handle, kept](WindowSystemDelegate& delegate) {
@@ -457,6 +498,9 @@ bool WaylandWindowSystem::deliverEvents() {
   bool hasEvents = false;
   if (!isConnectionLost_) {
     hasEvents = connection_->dispatch();
+    if (frameContext_ != nullptr && !connection_->isBroken()) {
+      hasEvents = frameContext_->dispatch() || hasEvents;
+    }
     const Nanoseconds now = lastReadTime_ = steadyNow();
     if (now >= nextFrameTime_) {
       for (const auto& [handle, window] : windows_) {
@@ -488,7 +532,8 @@ Nanoseconds WaylandWindowSystem::nextDeadline() const {
   if (isConnectionLost_) {
     return kNever;
   }
-  if (focus_->hasPendingChanges() || connection_->isBroken() || connection_->hasQueuedEvents()) {
+  if (focus_->hasPendingChanges() || connection_->isBroken() || connection_->hasQueuedEvents() ||
+      (frameContext_ != nullptr && frameContext_->hasQueuedEvents())) {
     return 0;
   }
   if (std::ranges::any_of(windows_,

@@ -8,6 +8,7 @@
 #include "Platform/WindowSystem/Wayland/Canvas.h"
 #include "Platform/WindowSystem/Wayland/FocusTracker.h"
 #include "Platform/WindowSystem/Wayland/ForeignParent.h"
+#include "Platform/WindowSystem/Wayland/Frame.h"
 #include "Platform/WindowSystem/Wayland/Toplevel.h"
 #include "Platform/WindowSystem/WindowSystem.h"
 
@@ -92,17 +93,22 @@ class WaylandWindowSystem final : public WindowSystem {
 
   Window* find(WindowHandle handle);
   [[nodiscard]] WindowHandle findBySurface(const wl_surface* surface) const;
+  [[nodiscard]] const wl_surface* findContent(wl_surface* surface) const;
   void buttonPressed(WindowHandle handle, wl_seat* seat, std::uint32_t serial);
   // True if another window is modal.
   [[nodiscard]] bool isShielded(const Window& window) const;
   // Opens, updates or closes the cover of an adopted window.
   void updateCover(Window& window);
   static void closeCover(Window& window);
+  // The first call loads libdecor. Returns null if libdecor cannot or must not draw frames.
+  const wayland::FrameContext* frameContext();
   void openToplevel(Window& window);
   static void closeToplevel(Window& window);
   // Makes an open window of the back end modal or modeless for the compositor. Does nothing if the
   // compositor does not support xdg_wm_dialog_v1.
   void setModal(Window& window, bool isModal) const;
+  // A window gets or loses its frame when it opens.
+  void reopenToplevel(Window& window);
   // The compositor has configured a window of the back end.
   void configured(WindowHandle handle, CGSize size);
   void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;
@@ -115,6 +121,8 @@ class WaylandWindowSystem final : public WindowSystem {
   void checkConnection();
 
   std::unique_ptr<wayland::Connection> connection_;
+  std::unique_ptr<wayland::FrameContext> frameContext_;
+  bool hasLoadedFrameContext_ = false;
   ReportQueue reports_;
   std::map<WindowHandle, std::unique_ptr<Window>> windows_;
   std::uint64_t lastHandle_ = 0;

@@ -36,6 +36,10 @@ class Compositor : NonCopyable {
   [[nodiscard]] Picture picture() const { return picture({0, 0, 1024, 768}); }
   /// Moves the pointer of the seat, and presses and releases the main button.
   virtual void click(int x, int y) { user_.click(x, y); }
+  void movePointer(int x, int y) { user_.movePointer(x, y); }
+  /// Presses the main button.
+  void pressButton() { user_.pressButton(); }
+  void releaseButton() { user_.releaseButton(); }
   /// Moves the pointer of the seat from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
   /// Kills the compositor with SIGKILL, like a crash.

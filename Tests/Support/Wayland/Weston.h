@@ -22,12 +22,13 @@ class Weston : public Compositor {
   void resizeWindow(const std::string& title, int width, int height) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
+  /// Moves the pointer to the corner of the screen, because weston draws the pointer.
+  void hidePointer();
   void addTouchScreen() const { run("add-touch-screen"); }
   /// Touches the touch screen at a point and lifts the finger.
   void touch(int x, int y) const;
 
  private:
-  void hidePointer();
   /// Runs a command of the module until it succeeds. A command about a window fails until the
   /// window exists.
   void run(const std::string& command) const;

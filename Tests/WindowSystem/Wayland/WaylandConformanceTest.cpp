@@ -9,12 +9,24 @@
 namespace vel::test {
 namespace {
 
-/// The back end works on the connection of a host in the same process.
+/// The height of the title bar of the frame that libdecor draws.
+constexpr int kTitleHeight = 24;
+
+enum class ConnectionOwner : std::uint8_t { Host, Library };
+
+/// The back end works on the connection of a host in the same process, or on a connection of its
+/// own.
 class WaylandDisplay final : public TestDisplay {
  public:
-  explicit WaylandDisplay(CompositorKind kind) : compositor_(startCompositor(kind)) {
+  WaylandDisplay(CompositorKind kind, ConnectionOwner owner) : compositor_(startCompositor(kind)) {
     std::string error;
-    system_ = WaylandWindowSystem::share(host_.display(), error);
+    if (owner == ConnectionOwner::Host) {
+      host_ =
+          std::make_unique<SurfaceHost>(compositor_->display(), "game", CGSize{200, 160}, 0x208040);
+      system_ = WaylandWindowSystem::share(host_->display(), error);
+    } else {
+      system_ = WaylandWindowSystem::open(compositor_->display(), error);
+    }
     if (system_ == nullptr) {
       throw std::runtime_error(error);
     }
@@ -29,15 +41,19 @@ class WaylandDisplay final : public TestDisplay {
     compositor_->closeWindow(nameWindow(window));
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
+    // The compositor sets the size including the frame.
+    const int titleHeight = host_ == nullptr ? kTitleHeight : 0;
     compositor_->resizeWindow(nameWindow(window), static_cast<int>(size.width),
-                              static_cast<int>(size.height));
+                              static_cast<int>(size.height) + titleHeight);
   }
   void otherProgramRaises(WindowHandle window, WindowHandle /*sibling*/) override {
     compositor_->focusWindow(nameWindow(window));
   }
   void ownerDestroysWindow(WindowHandle /*window*/) override {}
   void serverClosesConnection() override { compositor_->kill(); }
-  std::optional<NativeWindow> openForeignWindow() override { return host_.window(); }
+  std::optional<NativeWindow> openForeignWindow() override {
+    return host_ == nullptr ? std::nullopt : std::optional<NativeWindow>(host_->window());
+  }
 
  private:
   // Gives the window a unique title and returns the title.
@@ -49,19 +65,20 @@ class WaylandDisplay final : public TestDisplay {
 
   std::unique_ptr<Compositor> compositor_;
   SurfaceHost other_{compositor_->display(), "other", {100, 100}, 0x804020};
-  SurfaceHost host_{compositor_->display(), "game", {200, 160}, 0x208040};
+  std::unique_ptr<SurfaceHost> host_;  // null if the back end works on a connection of its own
   std::unique_ptr<WaylandWindowSystem> system_;
 };
 
-template <CompositorKind kKind>
+template <CompositorKind kKind, ConnectionOwner kOwner>
 std::unique_ptr<TestDisplay> openDisplay() {
-  return std::make_unique<WaylandDisplay>(kKind);
+  return std::make_unique<WaylandDisplay>(kKind, kOwner);
 }
 
-Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)()) {
+template <CompositorKind kKind, ConnectionOwner kOwner>
+Backend backendNamed(const char* name) {
   return {.name = name,
-          .open = open,
-          .adoptsWindows = true,
+          .open = openDisplay<kKind, kOwner>,
+          .adoptsWindows = kOwner == ConnectionOwner::Host,
           .hasScreen = false,
           .miniaturizes = false,
           .reportsOrder = false,
@@ -72,8 +89,10 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)()) {
 
 INSTANTIATE_TEST_SUITE_P(
     Wayland, Conformance,
-    testing::Values(backendWith("UnderSway", openDisplay<CompositorKind::Sway>),
-                    backendWith("UnderWeston", openDisplay<CompositorKind::Weston>)),
+    testing::Values(
+        backendNamed<CompositorKind::Sway, ConnectionOwner::Host>("UnderSway"),
+        backendNamed<CompositorKind::Weston, ConnectionOwner::Host>("UnderWeston"),
+        backendNamed<CompositorKind::Weston, ConnectionOwner::Library>("UnderWestonWithFrames")),
     nameOfBackend);
 
 }  // namespace

@@ -1,0 +1,76 @@
+// Runs `launchscreen show` under weston, which draws no frames. libdecor draws the frame of the
+// player window.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Tests/Support/Wayland/Weston.h"
+#include "Tests/WindowSystem/Reports.h"
+
+namespace vel::test {
+namespace {
+
+constexpr std::uint32_t kBackground = 0x203020;
+constexpr PixelRect kContent{262, 224, 500, 320};  // a window of 500 by 320 points in the middle
+constexpr PixelRect kTitleBar{262, 200, 500, 24};
+/// The content of a sheet or a modal window in the middle of the player window, and the area above
+/// it.
+constexpr PixelRect kLaunchScreen{272, 249, 480, 270};
+constexpr PixelRect kAboveLaunchScreen{272, 225, 480, 24};
+constexpr std::uint32_t kPlayerColor = 0x17213D;
+constexpr int kCloseButtonX = 746;
+constexpr int kCloseButtonY = 212;
+
+class FramedShow : public testing::Test {
+ protected:
+  /// Starts the program on the compositor.
+  [[nodiscard]] Process start(const std::vector<std::string>& options) const {
+    std::vector<std::string> command{"env",        "WAYLAND_DISPLAY=" + weston.display(),
+                                     LAUNCHSCREEN, "show",
+                                     "--display",  "wayland",
+                                     "--size",     "500x320",
+                                     "--duration", "4"};
+    command.insert(command.end(), options.begin(), options.end());
+    return {command, ":2147483647"};  // no X display
+  }
+  [[nodiscard]] bool becomesWhite(PixelRect area) const {
+    return eventually([&] { return weston.picture(area).isAll(kWhite); });
+  }
+  [[nodiscard]] bool hasTitleBar() const {
+    return eventually([this] { return !weston.picture(kTitleBar).colors().contains(kBackground); });
+  }
+
+  Weston weston;
+};
+
+TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
+  Process program = start({});
+  ASSERT_TRUE(becomesWhite(kContent));
+  EXPECT_TRUE(hasTitleBar());
+  weston.picture().save("wayland-show-frame");
+  weston.click(kCloseButtonX, kCloseButtonY);
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(FramedShow, ASheetHasAFrame) {
+  Process program = start({"--content-controller", "--present", "sheet"});
+  ASSERT_TRUE(becomesWhite(kLaunchScreen));
+  EXPECT_TRUE(hasTitleBar());
+  EXPECT_FALSE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
+  weston.picture().save("wayland-show-sheet");
+  EXPECT_EQ(program.wait(), 0);
+}
+
+// The launch screen makes its modal window borderless.
+TEST_F(FramedShow, AModalLaunchScreenHasNoFrameOverAFramedWindow) {
+  Process program = start({"--content-controller", "--present", "modal"});
+  ASSERT_TRUE(becomesWhite(kLaunchScreen));
+  EXPECT_TRUE(hasTitleBar());
+  EXPECT_TRUE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
+  weston.picture().save("wayland-show-modal");
+  EXPECT_EQ(program.wait(), 0);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,37 @@
+#include "Tests/WindowSystem/Wayland/HiddenLibrary.h"
+
+#include <dlfcn.h>
+
+namespace vel::test {
+
+namespace {
+
+std::string hiddenName;  // empty if no library is hidden
+int hiddenLoadCount = 0;
+
+}  // namespace
+
+HiddenLibrary::HiddenLibrary(const std::string& name) { hiddenName = name; }
+
+HiddenLibrary::~HiddenLibrary() {
+  hiddenName.clear();
+  hiddenLoadCount = 0;
+}
+
+int HiddenLibrary::loadCount() { return hiddenLoadCount; }
+
+// The linker option --wrap gives these functions their names.
+extern "C" {
+void* __real_dlopen(const char* file, int mode);
+void* __wrap_dlopen(const char* file, int mode);
+
+void* __wrap_dlopen(const char* file, int mode) {
+  if (file == nullptr || hiddenName.empty() || hiddenName != file) {
+    return __real_dlopen(file, mode);
+  }
+  ++hiddenLoadCount;
+  return __real_dlopen("/nonexistent/hidden.so", mode);  // sets the reason that dlerror returns
+}
+}
+
+}  // namespace vel::test
