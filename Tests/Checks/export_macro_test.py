@@ -24,11 +24,11 @@ INTERFACES = [
 ]
 
 
-def generate(target, language, header, code, *definitions):
-    """Returns the functions in the generated code: a dictionary of the lines that define them."""
+def generate(target, language, header, code, *macro_flags):
+    """Returns the line of the generated code that defines or declares each function, by its name."""
     flags = ["-ffreestanding", "-fvisibility=hidden", f"-I{ROOT}", f"--target={target}"]
     output = subprocess.run(
-        [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *definitions, "-x", language, "-"],
+        [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *macro_flags, "-x", language, "-"],
         input=f'#include "{header}"\n{code}',
         capture_output=True,
         text=True,
@@ -40,22 +40,22 @@ def generate(target, language, header, code, *definitions):
     return {name: line for line in lines for name in names if name in line}
 
 
-def define(target, interface, *definitions):
-    """Generates the definitions of a marked function and of a function without a mark."""
+def define(target, interface, *macro_flags):
+    """Generates a function that the export macro marks and a function that it does not mark."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void) {{}}\nvoid internalFunction(void) {{}}\n"
-    return generate(target, language, header, code, *definitions)
+    return generate(target, language, header, code, *macro_flags)
 
 
-def call(target, interface, *definitions):
+def call(target, interface, *macro_flags):
     """Generates a call of a marked function."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void);\nvoid internalFunction(void) {{ markedFunction(); }}\n"
-    return generate(target, language, header, code, *definitions)
+    return generate(target, language, header, code, *macro_flags)
 
 
 class ExportMacroTest(unittest.TestCase):
-    def test_elf_and_mach_o_hide_only_what_is_not_marked(self):
+    def test_elf_and_mach_o_hide_only_unmarked_functions(self):
         for target in (LINUX, MACOS):
             for interface in INTERFACES:
                 code = define(target, interface)
@@ -73,7 +73,7 @@ class ExportMacroTest(unittest.TestCase):
             code = call(WINDOWS, interface, "-DVEL_DLL")
             self.assertIn("dllimport", code["markedFunction"])
 
-    def test_a_static_library_on_windows_exports_nothing(self):
+    def test_a_static_library_on_windows_exports_and_imports_nothing(self):
         for interface in INTERFACES:
             self.assertNotIn("dllexport", define(WINDOWS, interface)["markedFunction"])
             self.assertNotIn("dllimport", call(WINDOWS, interface)["markedFunction"])

@@ -10,8 +10,7 @@ from pathlib import Path
 
 from sources import source_files
 
-# For each folder, the other folders that its files may include from. A folder's row also applies to
-# its subfolders that have no row of their own.
+# Lists of folders for the rows of MAY_INCLUDE.
 BASE = ["Platform/Foundation"]
 PORT = ["Platform/WindowSystem", *BASE]  # the interface to window systems
 PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
@@ -19,6 +18,8 @@ LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
 # The folders that a program needs if it chooses its window system.
 BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
 EVERYTHING = [""]  # the root folder, which contains every folder
+# For each folder, the other folders that its files may include from. A folder's row also applies to
+# its subfolders that have no row of their own.
 MAY_INCLUDE = {
     "Platform/Foundation": [],
     "Platform/WindowSystem": BASE,
@@ -47,7 +48,8 @@ MAY_INCLUDE = {
     "Benchmarks": [*LIBRARY, *BACKENDS],
 }
 
-APPKIT = [
+# The folders whose sources may include the system's AppKit and Foundation.
+APPKIT_SOURCES = [
     "Bindings/ObjectiveC",
     "Examples/appkit-host",
     "Platform/WindowSystem/Cocoa",
@@ -68,7 +70,7 @@ SYSTEM_SOURCES = [
 ]
 
 # Headers of other projects and of the system, and the folders that may include them.
-OUTSIDE = {
+EXTERNAL_HEADERS = {
     "xcb/": [
         "Platform/WindowSystem/X11",
         "Tests/WindowSystem/X11",
@@ -86,8 +88,8 @@ OUTSIDE = {
     "wayland-server": ["Tests/Support/Wayland"],
     "libdecor.h": ["Platform/WindowSystem/Wayland"],
     "X11/": [],
-    "AppKit/": APPKIT,
-    "Foundation/": APPKIT,
+    "AppKit/": APPKIT_SOURCES,
+    "Foundation/": APPKIT_SOURCES,
     "GNUstepGUI/": ["Tests/Support/Cocoa"],
     "CLI/": ["Host"],
     "png.h": ["Host", "Tests/Support/X11"],
@@ -120,7 +122,7 @@ def is_below(path, folder):
 
 
 def layer_of(path):
-    """Returns the innermost folder with a row that contains the file, or None."""
+    """Returns the innermost folder that contains the file and has a row, or None."""
     return max((folder for folder in MAY_INCLUDE if is_below(path, folder)), key=len, default=None)
 
 
@@ -138,7 +140,7 @@ def include_fault(path, included_path, is_quoted, root):
     """Describes what is wrong with including `included_path` in the file `path`, or returns None."""
     layer = layer_of(path)
     if not is_quoted:
-        for prefix, folders in OUTSIDE.items():
+        for prefix, folders in EXTERNAL_HEADERS.items():
             if included_path.startswith(prefix) and not any(is_below(path, folder) for folder in folders):
                 return f"<{prefix}…> may be included only in {', '.join(folders) or 'no folder'}"
         if layer_of(included_path) is None:

@@ -37,7 +37,7 @@ class IncludeRuleTest(unittest.TestCase):
     def assert_no_fault(self, path, text):
         self.assertEqual(self.faults_with(path, text), [])
 
-    def test_includes_from_a_higher_floor_are_faults(self):
+    def test_includes_from_folders_that_the_row_does_not_list_are_faults(self):
         for path, included_path in (
             ("Platform/Foundation/A.cpp", "Platform/Dispatch/Dispatch.h"),
             ("Platform/Foundation/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
@@ -54,7 +54,7 @@ class IncludeRuleTest(unittest.TestCase):
             with self.subTest(path=path, included_path=included_path):
                 self.assert_fault(path, f'#include "{included_path}"\n')
 
-    def test_includes_from_a_lower_floor_are_allowed(self):
+    def test_includes_from_the_same_folder_and_from_listed_folders_are_allowed(self):
         for path, included_path in (
             ("Platform/Dispatch/A.cpp", "Platform/Foundation/NSObject.h"),
             ("Platform/AppKit/A.cpp", "Platform/WindowSystem/WindowSystem.h"),
@@ -74,7 +74,7 @@ class IncludeRuleTest(unittest.TestCase):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 
-    def test_headers_of_posix_are_allowed_in_the_sources_of_a_system_only(self):
+    def test_headers_of_posix_are_allowed_in_system_sources_only(self):
         self.assert_fault("Platform/Foundation/A.cpp", "#include <unistd.h>\n")
         self.assert_fault("Host/A.cpp", "#include <sys/ioctl.h>\n")
         self.assert_no_fault("Platform/Foundation/Linux/A.cpp", "#include <sys/epoll.h>\n")

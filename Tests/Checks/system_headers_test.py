@@ -26,8 +26,9 @@ USE = """
 vel::dispatch_time_t soon() { return vel::dispatch_time(vel::kDispatchTimeNow, 1); }
 vel::Strong<vel::NSWindow> windowOf(const vel::Strong<vel::NSWindow>& window) { return window; }
 """
-# The Objective-C interface as hosts include it, and its sources as one source.
+# Hosts may import the Objective-C interface twice.
 OBJECTIVE_C_HEADERS = "#import <VelLaunchScreen/ObjectiveC.h>\n" * 2
+# All sources of the Objective-C interface, as one source.
 OBJECTIVE_C_SOURCES = "".join(
     f'#include "{source.relative_to(ROOT)}"\n' for source in sorted((ROOT / "Bindings/ObjectiveC").glob("*.mm"))
 )
@@ -39,7 +40,7 @@ HAS_APPKIT = Path("/usr/include/GNUstep/AppKit/AppKit.h").exists() and shutil.wh
 
 
 def compile_text(compiler, language, text, *flags):
-    """Returns the compiler's messages. The result is empty if the text compiles without a warning."""
+    """Returns the compiler's messages if the text does not compile, otherwise an empty string."""
     standard = "-std=gnu99" if language == "objective-c" else "-std=c++20"
     result = subprocess.run(
         [compiler, standard, *FLAGS, *flags, "-x", language, "-"],
@@ -98,7 +99,7 @@ class SystemHeadersTest(unittest.TestCase):
                     headers = compile_text(compiler, "objective-c", OBJECTIVE_C_HEADERS, *flags)
                     self.assertEqual(headers, "")
 
-    def test_a_macro_that_replaces_a_name_of_the_library_is_found(self):
+    def test_a_macro_with_a_name_of_the_library_breaks_the_compilation(self):
         macro = "#define kDispatchTimeNow (0ull)\n"
         for compiler in COMPILERS:
             self.assertNotEqual(compile_text(compiler, "c++", macro + LIBRARY), "")

@@ -27,7 +27,7 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 
 class Sources:
-    """Reads each source once: its text and the headers that it includes."""
+    """Reads each source once, and remembers its digest and the names of the headers that it includes."""
 
     def __init__(self, root):
         self._root = root

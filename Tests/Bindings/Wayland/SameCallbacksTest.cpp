@@ -38,7 +38,7 @@ class TestedSystem : NonCopyable {
  public:
   virtual ~TestedSystem() = default;
 
-  /// Sets the display and the window of the host.
+  /// Sets the display in `options`, and the host's window if the launch screen covers it.
   virtual void describe(VelCreateOptions& options) = 0;
   /// Processes the events of the host. `screen` may be null.
   virtual void pumpHost(VelLaunchScreen* /*screen*/) {}
@@ -99,6 +99,7 @@ class X11System final : public TestedSystem {
   }
   void pumpHost(VelLaunchScreen* /*screen*/) override {
     if (window_ == 0) {
+      // The launch screen covers a window that the library opens.
       window_ = client_.findWindow(kTitle);
     }
   }
@@ -166,7 +167,7 @@ class WaylandSystem final : public TestedSystem {
       EXPECT_EQ(vel_resized(screen, reportedSize_.width, reportedSize_.height), VEL_OK);
     }
   }
-  bool isWhite() override { return picture().colors() == whiteWindow(bounds()); }
+  bool isWhite() override { return picture().colors() == colorsWithWhiteWindow(bounds()); }
   void userLeaves() override {
     other_ = std::make_unique<SurfaceHost>(display_, "other", CGSize{100, 100}, 0x804020);
   }
@@ -192,7 +193,7 @@ class WaylandSystem final : public TestedSystem {
   // The rectangle around all windows.
   [[nodiscard]] PixelRect bounds() const { return picture().boundsOfOtherColors(kDesktopColor); }
   // The colours of the screen, with the number of their pixels, if the window is white.
-  static std::map<std::uint32_t, int> whiteWindow(PixelRect area) {
+  static std::map<std::uint32_t, int> colorsWithWhiteWindow(PixelRect area) {
     const int count = area.width * area.height;
     return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
   }
@@ -207,7 +208,8 @@ class WaylandSystem final : public TestedSystem {
 
 /// What a script has recorded.
 struct Recording {
-  /// The actions of the script, each followed by its callbacks and by the state of the countdown.
+  /// The actions of the script, each followed by its callbacks and the pause reason of the
+  /// countdown.
   Lines lines;
   /// The calls of `controls_kept` and of `take_controls`. The library makes these calls when a
   /// window manager replies, so their place among the other callbacks differs from run to run.
@@ -228,7 +230,8 @@ class Script : NonCopyable {
   void create();
   void present(const char* mode);
   void noteAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
-  void notePause(VelPause pause);
+  // Waits until the countdown has this pause reason, and records the reason.
+  void waitForPauseReason(VelPause expected);
   void resize();
   void waitUntil(std::string_view what, const std::function<bool()>& condition);
   [[nodiscard]] bool hasLine(std::string_view line) const {
@@ -310,13 +313,13 @@ void Script::waitUntil(std::string_view what, const std::function<bool()>& condi
   })) << what;
 }
 
-void Script::notePause(VelPause pause) {
+void Script::waitForPauseReason(VelPause expected) {
   waitUntil("pause reason", [&] {
     VelPause reason = VEL_PAUSE_NOT_UP;
     vel_pause_reason(screen_, &reason);
-    return reason == pause;
+    return reason == expected;
   });
-  recording_.lines.push_back("pause reason " + std::to_string(pause));
+  recording_.lines.push_back("pause reason " + std::to_string(expected));
 }
 
 void Script::resize() {
@@ -336,25 +339,27 @@ void Script::play() {
   noteAction("the host presents the launch screen");
   present("forced");
   waitUntil("white", [this] { return system_.isWhite(); });
-  notePause(VEL_PAUSE_NONE);
+  waitForPauseReason(VEL_PAUSE_NONE);
   noteAction("the user leaves");
   system_.userLeaves();
-  notePause(VEL_PAUSE_NOT_IN_FRONT);
+  waitForPauseReason(VEL_PAUSE_NOT_IN_FRONT);
   noteAction("the user returns");
   system_.userReturns();
-  notePause(VEL_PAUSE_NONE);
+  waitForPauseReason(VEL_PAUSE_NONE);
   if (covered_ == Covered::HostsWindow) {
     resize();
   }
   noteAction("the user closes the covered window");
   system_.userCloses();
+  // 1 is VEL_END_TIME_USED_UP.
   waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
 
   noteAction("the host presents and dismisses a second launch screen");
   present("skip");
   waitUntil("white again", [this] { return system_.isWhite(); });
-  notePause(VEL_PAUSE_NONE);
+  waitForPauseReason(VEL_PAUSE_NONE);
   recording_.lines.push_back("vel_dismiss " + std::to_string(vel_dismiss(screen_)));
+  // 2 is VEL_END_DISMISSED.
   waitUntil("the second end", [this] { return hasLine("ended 2") && !system_.isWhite(); });
 
   if (covered_ == Covered::LibrarysWindow) {
@@ -390,8 +395,8 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // The headless display has no window manager that keeps controls. X11 and Wayland keep different
-  // controls, and keep none at the end.
+  // The headless display has no window manager that keeps controls. On X11 and on Wayland, the
+  // window managers keep different controls. After the launch screen, they keep none.
   EXPECT_THAT(headless.keptControls, IsEmpty());
   EXPECT_THAT(x11.keptControls, Contains("none"));
   EXPECT_THAT(wayland.keptControls, Contains("none"));
@@ -401,7 +406,7 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   Lines controlsToTake;
   if (covered == Covered::HostsWindow) {
     controlsToTake = wayland.keptControls;
-    controlsToTake.emplace_back("none");  // vel_destroy() ends the third launch screen
+    controlsToTake.emplace_back("none");  // vel_destroy() calls take_controls, not controls_kept
   }
   EXPECT_EQ(wayland.controlsToTake, controlsToTake);
 }

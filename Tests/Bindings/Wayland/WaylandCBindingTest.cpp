@@ -17,7 +17,7 @@ using testing::Contains;
 using testing::ElementsAre;
 
 constexpr std::uint32_t kGreen = 0x208040;
-constexpr PixelRect kArea{262, 224, 500, 320};  // in the middle of the screen of sway
+constexpr PixelRect kWindowArea{262, 224, 500, 320};  // sway centres the window of the host
 
 /// A host that records its callbacks in `calls`, with the values of their arguments: "ended 1"
 /// means that the time was used up, "ended 4" that the display was lost.
@@ -74,7 +74,7 @@ class WaylandCBinding : public testing::Test {
     });
   }
   bool becomes(std::uint32_t color) {
-    return pumpUntil([this, color] { return sway.picture(kArea).isAll(color); });
+    return pumpUntil([this, color] { return sway.picture(kWindowArea).isAll(color); });
   }
   [[nodiscard]] VelPause pauseReason() const {
     VelPause reason = VEL_PAUSE_NONE;
@@ -134,17 +134,17 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenAsksTheHostToRestoreItsControls
   EXPECT_THAT(calls, ElementsAre("take_controls 0", "ended 5"));
 }
 
-TEST_F(WaylandCBinding, DestroyingTheLaunchScreenInTakeControlsRestoresTheControls) {
-  struct Host {
+TEST_F(WaylandCBinding, DestroyingInTheTakeControlsCallbackAsksTheHostToRestoreItsControls) {
+  struct CallbackData {
     VelLaunchScreen** screen;
     std::vector<std::uint32_t> takenControls;
-  } data{&screen, {}};
+  } callbackData{&screen, {}};
   callbacks = VEL_CALLBACKS_INIT;
-  callbacks.user_data = &data;
+  callbacks.user_data = &callbackData;
   callbacks.take_controls = [](void* userData, std::uint32_t controls) {
-    auto& hostData = *static_cast<Host*>(userData);
-    hostData.takenControls.push_back(controls);
-    vel_destroy(hostData.screen);
+    auto& data = *static_cast<CallbackData*>(userData);
+    data.takenControls.push_back(controls);
+    vel_destroy(data.screen);
   };
   create("wayland", false);
   present(60);
@@ -152,10 +152,10 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenInTakeControlsRestoresTheContro
     host.pump();
     return vel_pump(screen, nullptr) != VEL_OK || screen == nullptr;
   }));
-  EXPECT_THAT(data.takenControls, ElementsAre(14U, 0U));
+  EXPECT_THAT(callbackData.takenControls, ElementsAre(14U, 0U));
 }
 
-TEST_F(WaylandCBinding, ControlsThatAreRestoredAreNotRestoredAgainAtTheEnd) {
+TEST_F(WaylandCBinding, AfterTheControlsAreRestoredDestroyingDoesNotRestoreThemAgain) {
   create("wayland", false);
   present(0.5);
   ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 0"); }));
@@ -175,16 +175,18 @@ TEST_F(WaylandCBinding, TheCountdownPausesWhileAnotherApplicationHasTheFocus) {
   EXPECT_TRUE(pumpUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
 }
 
-TEST_F(WaylandCBinding, TheCoverHasTheReportedSizeWhenVelResizedReturns) {
+TEST_F(WaylandCBinding, VelResizedResizesTheCoverAndRefusesInvalidSizes) {
   create();
   present(60);
   ASSERT_TRUE(becomes(kWhite));
   sway.resizeWindow("game", 700, 450);
   ASSERT_TRUE(pumpUntil([this] { return host.size() == CGSize{700, 450}; }));
   ASSERT_EQ(vel_resized(screen, 700, 450), VEL_OK) << vel_last_error();
+  // The cover needs no vel_pump() to get its new size.
   EXPECT_TRUE(eventually([this] {
     host.pump();
     const Picture picture = sway.picture({0, 0, 1024, 768});
+    // The previous top left corner, and a point 90 pixels to the right of the previous window.
     return picture.at(262, 224) == kWhite && picture.at(261 + 500 + 90, 224) == kWhite &&
            !picture.colors().contains(kGreen);
   }));
@@ -199,7 +201,7 @@ TEST_F(WaylandCBinding, VelResizedFailsWithoutASurfaceOfTheHost) {
   EXPECT_EQ(vel_resized(screen, 700, 450), VEL_BAD_WINDOW);
 }
 
-TEST_F(WaylandCBinding, ASurfaceOnAnotherWindowSystemIsABadWindow) {
+TEST_F(WaylandCBinding, AWaylandSurfaceIsABadWindowOnTheHeadlessDisplay) {
   const WaylandSurface surface = host.window();
   VelHostWindow window = VEL_HOST_WINDOW_INIT;
   window.wl_display = surface.display;
@@ -219,7 +221,7 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenRemovesTheCover) {
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_TRUE(eventually([this] {
     host.pump();
-    return sway.picture(kArea).isAll(kGreen);
+    return sway.picture(kWindowArea).isAll(kGreen);
   }));
 }
 

@@ -1,5 +1,5 @@
-// The C interface over hosts that are busy, draw on a thread or use a toolkit, under each
-// compositor.
+// Launch screens over the Wayland windows of hosts that are busy, draw on a thread or use a
+// toolkit. The tests use the C interface and run under each compositor.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -34,7 +34,8 @@ PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
   return picture.boundsOfOtherColors(0);
 }
 
-/// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it.
+/// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it. A
+/// larger size is cut to the searched area.
 bool hasRectangle(const Compositor& compositor, std::uint32_t color, CGSize size) {
   const PixelRect area = areaWith(compositor, color);
   return area.width == std::min(static_cast<int>(size.width), kSearchedArea.width) &&
@@ -159,7 +160,7 @@ TEST_P(WaylandHosts, AHostThatDrawsOnAnotherThreadStaysWhite) {
     while (!isEnded) {
       host.draw();
       ++drawings;
-      waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
+      waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);  // sleeps for 2 ms
     }
   });
   present();

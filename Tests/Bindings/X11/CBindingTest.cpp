@@ -64,8 +64,8 @@ class X11CBinding : public X11TestWithManager {
     }
     return condition();
   }
-  [[nodiscard]] bool hasReceived(const std::string& line) const {
-    return std::ranges::find(calls, line) != calls.end();
+  [[nodiscard]] bool hasCall(const std::string& call) const {
+    return std::ranges::find(calls, call) != calls.end();
   }
 
   xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
@@ -74,17 +74,17 @@ class X11CBinding : public X11TestWithManager {
   VelLaunchScreen* screen = nullptr;
 
  private:
-  static void record(void* list, const std::string& line) {
-    static_cast<std::vector<std::string>*>(list)->push_back(line);
+  static void record(void* list, const std::string& call) {
+    static_cast<std::vector<std::string>*>(list)->push_back(call);
   }
 };
 
-TEST_F(X11CBinding, ACompleteRunCoversAndRestoresTheHostsWindow) {
+TEST_F(X11CBinding, TheLaunchScreenCoversTheHostsWindowAndRestoresItAtTheEnd) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(0.5);
   EXPECT_TRUE(pumpUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_TRUE(client.property(game, kMotifHints).has_value());
-  EXPECT_TRUE(pumpUntil([this] { return hasReceived("launch_end"); }));
+  EXPECT_TRUE(pumpUntil([this] { return hasCall("launch_end"); }));
   EXPECT_TRUE(pumpUntil([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(pumpUntil([this] { return !client.screenPicture(game).isAll(kWhite); }));
   EXPECT_EQ(calls.front(), "will_appear");
@@ -98,13 +98,14 @@ TEST_F(X11CBinding, DestroyingTheLaunchScreenRestoresTheWindow) {
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_TRUE(waitFor([this] { return !client.property(game, kMotifHints).has_value(); }));
   EXPECT_TRUE(waitFor([this] { return client.children(game).empty(); }));
-  EXPECT_FALSE(hasReceived("did_disappear"));
+  EXPECT_FALSE(hasCall("did_disappear"));
 }
 
 TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
   const xcb_window_t destroyedWindow = client.makeWindow(kGameFrame, kGreen);
   client.destroy(destroyedWindow);
   client.waitForServer();
+  // An X11 identifier has 32 bits. The lower 32 bits of the last value name an existing window.
   for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},
                                  ~std::uint64_t{0}, (std::uint64_t{1} << 32) + game}) {
     EXPECT_EQ(create(id), VEL_BAD_WINDOW) << id;
@@ -136,7 +137,7 @@ TEST_F(X11CBinding, ALostDisplayIsReported) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
   server.kill();
-  EXPECT_TRUE(pumpUntil([this] { return hasReceived("display_lost"); }));
+  EXPECT_TRUE(pumpUntil([this] { return hasCall("display_lost"); }));
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }

@@ -1,4 +1,4 @@
-// A launch screen over the Wayland window of a program, which a test controls with signals:
+// A launch screen over the Wayland window of a program. A test controls the program with signals:
 // SIGUSR1 presents the launch screen, SIGUSR2 dismisses it, and SIGTERM ends the program.
 #pragma once
 
@@ -19,6 +19,6 @@ int hasScreen(void);
 void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
                   double height);
 
-// Ends the program with status 1 if the connection has failed, otherwise with status 0. Skips the
-// cleanup of the toolkit, because the toolkit leaks memory.
+// Ends the program with status 1 if the connection has failed, otherwise with status 0. Runs no
+// exit handlers, because a leak checker would report the memory that the toolkit leaks.
 void endProgram(struct wl_display* display);
