@@ -29,9 +29,10 @@ struct SurfaceRecord {
 };
 
 /// A Wayland compositor for one client. It draws nothing. It records the requests of the client and
-/// sends the events that the test chooses. It runs in a child process, because the functions of
-/// clients block for its replies. It handles all requests that the client has flushed before it
-/// executes a function of this class, and it has sent the events when the function returns.
+/// sends the events that the test chooses. It runs in a child process, because a client can block
+/// until the compositor replies. Before the compositor executes a function of this class, it
+/// handles all requests that the client has flushed. When the function returns, the client can read
+/// the events.
 class RecordingCompositor : NonCopyable {
  public:
   /// Starts with wl_compositor, wl_subcompositor and wl_shm.
