@@ -300,8 +300,10 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
+// A miniaturised window also gets the scene: its owner may restore it while the run loop does not
+// run.
 void NSWindow::setNeedsDisplay() {
-  if (!isOnScreen_ || NSApp == nullptr || displayPauses_ > 0) {
+  if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;
   }
   Scene scene;

@@ -152,10 +152,12 @@ TEST_F(SceneTest, AWindowThatItsOwnerDestroyedShowsItsViewsWhenOpenedAgain) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, ADeminiaturisedWindowShowsChangesMadeWhileMiniaturised) {
+// The owner of an adopted window can map the window while the run loop does not run.
+TEST_F(SceneTest, AMiniaturisedWindowIsReadyToShowEachChange) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->miniaturize();
   view->layer()->setBackgroundColor(kWhite);
+  EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kWhite)});
   window->deminiaturize();
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kWhite)});
 }

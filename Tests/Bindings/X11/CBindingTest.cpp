@@ -91,6 +91,19 @@ TEST_F(X11CBinding, TheLaunchScreenCoversTheHostsWindowAndRestoresItAtTheEnd) {
   EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
 }
 
+// A game may show its window first when the launch screen is presented, and then load for a long
+// time without calling vel_pump.
+TEST_F(X11CBinding, AWindowThatTheHostMapsAfterThePresentationIsWhiteWithoutAPump) {
+  const xcb_window_t hiddenWindow = client.makeWindow(kGameFrame, kGreen);
+  ASSERT_EQ(create(hiddenWindow), VEL_OK) << vel_last_error();
+  present(60);
+  client.map(hiddenWindow);
+  EXPECT_TRUE(eventually([&] {
+    return client.isViewable(hiddenWindow) && client.screenPicture(hiddenWindow).isAll(kWhite);
+  }));
+  EXPECT_TRUE(pumpUntil([&] { return client.screenPicture(hiddenWindow).isAll(kWhite); }));
+}
+
 TEST_F(X11CBinding, DestroyingTheLaunchScreenRestoresTheWindow) {
   ASSERT_EQ(create(game), VEL_OK) << vel_last_error();
   present(60);
