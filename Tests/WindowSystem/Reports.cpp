@@ -34,6 +34,7 @@ void ReportListener::windowDestroyed(WindowHandle window) {
 }
 void ReportListener::frameChanged(WindowHandle window, CGRect newFrame) {
   lastFrame = newFrame;
+  sizes.push_back(newFrame.size);
   lines.push_back("frame " + nameOf(window));
 }
 void ReportListener::miniaturizedChanged(WindowHandle window, bool miniaturized) {

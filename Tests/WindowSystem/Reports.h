@@ -35,6 +35,8 @@ class ReportListener final : public WindowSystemDelegate {
   std::vector<std::string> lines;
   /// The frame of the last `frameChanged`.
   CGRect lastFrame;
+  /// The size of each `frameChanged`.
+  std::vector<CGSize> sizes;
   /// The windows of each `orderChanged`.
   std::vector<std::vector<WindowHandle>> orders;
 };

@@ -119,12 +119,14 @@ void WindowMonitor::reportOwnersStyleMask(const Window& window) {
   });
 }
 
+// The report reads the frame when it is delivered. The window may have changed again by then, and
+// the delegate would draw a cover that is smaller than the window.
 void WindowMonitor::reportFrame(const Window& window) {
-  const WindowHandle handle = window.handle();
-  reports_.add(handle,
-               [handle, frame = coordinates_.points(window.frame)](WindowSystemDelegate& delegate) {
-                 delegate.frameChanged(handle, frame);
-               });
+  reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
+    if (const Window* const target = windows_.find(handle)) {
+      delegate.frameChanged(handle, coordinates_.points(target->frame));
+    }
+  });
 }
 
 void WindowMonitor::reportFrames() {

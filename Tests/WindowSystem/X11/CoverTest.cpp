@@ -71,6 +71,19 @@ TEST_F(X11Cover, IsOnTheScreenWhenSetSceneReturns) {
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
 
+// The delegate draws the cover in the reported size. If an earlier report had the previous size, a
+// strip of the game would be visible until the next report.
+TEST_F(X11Cover, EveryReportContainsTheCurrentSizeOfTheWindow) {
+  cover();
+  client.configure(game, {200, 150, 700, 450});
+  client.waitForServer();
+  system().requestFocus(handle);  // reads the frame and queues a report
+  client.configure(game, {200, 150, 900, 600});
+  deliver();
+  EXPECT_THAT(reports.sizes, testing::Not(IsEmpty()));
+  EXPECT_THAT(reports.sizes, testing::Each(CGSize{900, 600}));
+}
+
 TEST_F(X11Cover, DisappearsWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
