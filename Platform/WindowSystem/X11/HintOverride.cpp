@@ -11,6 +11,11 @@ namespace {
 // property fewer times than this limit before the owner writes the edited value.
 constexpr std::size_t kMaxRecentWrites = 4;
 
+// Returns true if `element` has the bits `changes` of `ourElement`.
+bool containsChanges(std::uint32_t element, std::uint32_t ourElement, std::uint32_t changes) {
+  return ((element ^ ourElement) & changes) == 0;
+}
+
 }  // namespace
 
 std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount) {
@@ -55,11 +60,11 @@ void HintOverride::recordReplacedValue(const HintValue& expectedValue, const Hin
   }
 }
 
-// If the value contains the changes of several writes, uses the latest of these writes.
+// If the value can be an edit of several writes, uses the latest of these writes.
 HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
-    if (value && containsOurChanges(write, *value)) {
+    if (value && isEdited(write, *value)) {
       // The owner's value can be missing or shorter. `withoutOurChanges` cannot return such a
       // value.
       interpretation =
@@ -83,25 +88,53 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
   return changes;
 }
 
-bool HintOverride::containsOurChanges(const RecentWrite& write, const Property& value) const {
+// Returns true if the owner has probably read the value that we wrote and edited it. Such an owner
+// leaves at least one element that we changed exactly as we wrote it. The flags and the first other
+// element that we changed then still contain our changes. An owner that has not read our value
+// replaces all elements, but its elements can contain our changes by chance: most of our changes
+// remove bits.
+bool HintOverride::isEdited(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> changes = changedBits(write);
   const std::vector<std::uint32_t> elements = value.numbers();
-  if (elements.size() < ourElements.size() || write.writtenValue == write.ownersValue) {
+  const std::size_t count = ourElements.size();
+  if (count == 0 || elements.size() < count || write.writtenValue == write.ownersValue ||
+      !containsChanges(elements[0], ourElements[0], changes[0])) {
     return false;
   }
-  for (std::size_t i = 0; i < ourElements.size(); ++i) {
-    if (((elements[i] ^ ourElements[i]) & changes[i]) != 0) {
-      return false;
+  std::size_t first = 1;
+  while (first < count && changes[first] == 0) {
+    ++first;
+  }
+  if (first == count) {
+    return true;  // we changed only the flags
+  }
+  if (!containsChanges(elements[first], ourElements[first], changes[first])) {
+    return false;
+  }
+  for (std::size_t i = first; i < count; ++i) {
+    if (changes[i] != 0 && elements[i] == ourElements[i]) {
+      return true;
     }
   }
-  return true;
+  return false;
 }
 
+// Keeps the elements that the owner has replaced, and their flags.
 Property HintOverride::withoutOurChanges(const RecentWrite& write, const Property& value) const {
-  const std::vector<std::uint32_t> changes = changedBits(write);
-  const std::vector<std::uint32_t> ownersElements = elementsOf(write.ownersValue, changes.size());
+  const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
+  const std::vector<std::uint32_t> ownersElements =
+      elementsOf(write.ownersValue, ourElements.size());
+  std::vector<std::uint32_t> changes = changedBits(write);
   std::vector<std::uint32_t> elements = value.numbers();
+  for (std::size_t i = 1; i < changes.size(); ++i) {
+    if (!containsChanges(elements[i], ourElements[i], changes[i])) {
+      changes[i] = 0;
+      if (i < bitSetCount_) {
+        changes[0] &= ~(1U << (i - 1));
+      }
+    }
+  }
   for (std::size_t i = 0; i < changes.size(); ++i) {
     elements[i] = (elements[i] & ~changes[i]) | (ownersElements[i] & changes[i]);
   }

@@ -22,13 +22,14 @@ using HintValue = std::optional<Property>;
 ///
 /// The owner can write the property at any time. The value that it writes becomes the owner's
 /// value, with one exception. Many programs read a property, edit a part of it and write it back.
-/// If such a program has read a value that we wrote, its new value still contains our changes. The
-/// owner's value is then the new value without our changes.
+/// If such a program has read a value that we wrote, its new value still contains some of our
+/// changes. The owner's value is then the new value without our changes.
 class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
   /// of the property are sets of bits: the owner and we can change different bits of one element.
-  /// Each other element is a number.
+  /// Each other element is a number. Bit n - 1 of the first element says that the set in element n
+  /// is valid.
   HintOverride(HintValue value, std::size_t bitSetCount);
 
   /// The value to restore.
@@ -60,7 +61,7 @@ class HintOverride {
 
   [[nodiscard]] HintValue interpretOwnersWrite(const HintValue& value) const;
   [[nodiscard]] std::vector<std::uint32_t> changedBits(const RecentWrite& write) const;
-  [[nodiscard]] bool containsOurChanges(const RecentWrite& write, const Property& value) const;
+  [[nodiscard]] bool isEdited(const RecentWrite& write, const Property& value) const;
   [[nodiscard]] Property withoutOurChanges(const RecentWrite& write, const Property& value) const;
 
   std::size_t bitSetCount_;

@@ -78,6 +78,22 @@ TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValue) {
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9, 11}));
 }
 
+// In the next two tests, all elements are sets of bits, as in _MOTIF_WM_HINTS. Bit 0 of the first
+// element says that the second element is valid, and bit 1 that the third element is valid.
+TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromTheElementsThatTheOwnerHasNotReplaced) {
+  HintOverride missingHint(std::nullopt, 3);
+  EXPECT_TRUE(missingHint.recordWrite(hint({1 | 2, 4, 26})));
+  missingHint.recordCurrentValue(hint({1 | 2, 4, 1}));
+  EXPECT_EQ(missingHint.ownersValue(), hint({2, 0, 1}));
+}
+
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfTheOwnerHasReplacedEachElement) {
+  HintOverride bitSets(hint({1 | 2, 62, 126}), 3);
+  EXPECT_TRUE(bitSets.recordWrite(hint({1 | 2, 4, 26})));
+  bitSets.recordCurrentValue(hint({2, 1, 0}));
+  EXPECT_EQ(bitSets.ownersValue(), hint({2, 1, 0}));
+}
+
 TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.recordCurrentValue(hint({1 | 2, 641, 5}));

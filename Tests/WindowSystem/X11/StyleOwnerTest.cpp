@@ -112,6 +112,37 @@ TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAValueThatTheOwnerEdited) {
   EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 2 | 4, 0, 0}));
 }
 
+TEST_F(X11StyleOwner, RestoringRemovesTheOverrideIfTheOwnerReplacesOnlyTheDecorations) {
+  cover();
+  auto hints = client.numbers(game, kMotifHints);
+  hints[0] |= 2U;
+  hints[2] = 0;  // no decorations
+  client.setProperty(game, kMotifHints, motifHints(hints));
+  deliver();
+  EXPECT_TRUE(hasNoControls());
+  uncover();
+  EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 0, 0, 0}));
+}
+
+TEST_F(X11StyleOwner, AValueThatTheOwnerHasNotReadFromTheWindowIsRestored) {
+  struct Values {
+    std::optional<Property> valueBefore;
+    Property valueWhileCovered;
+  };
+  // Qt writes the second value for a frameless window. The third value allows no resizing.
+  const std::array values{Values{motifHints({3, 62, 126, 0, 0}), motifHints({2, 1, 0, 0, 0})},
+                          Values{std::nullopt, motifHints({3, 44, 58, 0, 0})}};
+  for (const auto& [valueBefore, valueWhileCovered] : values) {
+    client.setProperty(game, kMotifHints, valueBefore);
+    cover();
+    client.setProperty(game, kMotifHints, valueWhileCovered);
+    deliver();
+    uncover();
+    EXPECT_EQ(client.property(game, kMotifHints), valueWhileCovered);
+    system().releaseWindow(handle);
+  }
+}
+
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeTheMaskChangesAgainAreRestored) {
   cover();
   const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
