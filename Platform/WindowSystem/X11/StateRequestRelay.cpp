@@ -1,6 +1,7 @@
 #include "Platform/WindowSystem/X11/StateRequestRelay.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Platform/WindowSystem/X11/ControlsMonitor.h"
 #include "Platform/WindowSystem/X11/Requests.h"
@@ -13,6 +14,7 @@ namespace {
 // indication.
 constexpr std::uint32_t kActionAdd = 1;
 constexpr std::uint32_t kActionToggle = 2;
+constexpr std::uint32_t kSourceApplication = 1;
 constexpr std::uint32_t kSourcePager = 2;
 
 }  // namespace
@@ -49,32 +51,59 @@ void StateRequestRelay::allowResizing(Window& window) {
   ControlsMonitor::scheduleCheck(window);
 }
 
-// The request that we send also comes back as an event. `preventsResizing` is then false, so we
-// ignore the event. If the window manager has already accepted the owner's request, our request has
-// no effect, because our request always adds the states. An owner that asks to toggle the states
-// also wants to add them: if the window had one of the states, `preventsResizing` would be false.
+// A request to toggle a state first adds the state, because `preventsResizing` is false while the
+// window has one of the states.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
-  Window* const window = windows_.find(message.window);
-  if (window == nullptr || !window->style->preventsResizing() || !needsResizing(message) ||
-      !windowManager_.isPresent()) {
+  const Window* const window = windows_.find(message.window);
+  if (window == nullptr || !window->style->preventsResizing() || !isOwnersStateRequest(message)) {
     return;
   }
-  allowResizing(*window);
   const auto& data = message.data.data32;
-  sendToWindowManager(connection_, window->id, Atom::NetWmState,
-                      {kActionAdd, data[1], data[2], data[3], data[4]});
+  std::vector<xcb_atom_t>& states = requestedStates_[window->id];
+  for (const Atom name : kMaximizedAndFullscreenStates) {
+    const xcb_atom_t state = connection_.atom(name);
+    if (data[1] != state && data[2] != state) {
+      continue;
+    }
+    const bool wasRequested = std::erase(states, state) > 0;
+    if (data[0] == kActionAdd || (data[0] == kActionToggle && !wasRequested)) {
+      states.push_back(state);
+    }
+  }
+}
+
+// The requests that we send also come back as events. `preventsResizing` is then false, so we
+// ignore the events. If the window manager has already accepted the owner's request, our request
+// has no effect, because our request adds the states.
+void StateRequestRelay::repeatRequests() {
+  for (auto& [id, states] : std::exchange(requestedStates_, {})) {
+    Window* const window = windows_.find(id);
+    if (window == nullptr || states.empty() || !windowManager_.isPresent()) {
+      continue;
+    }
+    allowResizing(*window);
+    const xcb_atom_t fullscreen = connection_.atom(Atom::NetWmStateFullscreen);
+    if (std::erase(states, fullscreen) > 0) {
+      requestStates(id, fullscreen, XCB_ATOM_NONE);
+    }
+    // One message requests both remaining states, so that the window is maximised in one step.
+    states.resize(2, XCB_ATOM_NONE);
+    if (states[0] != XCB_ATOM_NONE) {
+      requestStates(id, states[0], states[1]);
+    }
+  }
+}
+
+void StateRequestRelay::requestStates(xcb_window_t window, xcb_atom_t state,
+                                      xcb_atom_t secondState) {
+  sendToWindowManager(connection_, window, Atom::NetWmState,
+                      {kActionAdd, state, secondState, kSourceApplication});
 }
 
 // Ignores the requests of pagers: a pager sends them for the user, not for the owner.
-bool StateRequestRelay::needsResizing(const xcb_client_message_event_t& message) const {
-  const auto& data = message.data.data32;
-  if (message.type != connection_.atom(Atom::NetWmState) || message.format != 32 ||
-      (data[0] != kActionAdd && data[0] != kActionToggle) || data[3] == kSourcePager) {
-    return false;
-  }
-  return std::ranges::any_of(kMaximizedAndFullscreenStates, [&](Atom state) {
-    return data[1] == connection_.atom(state) || data[2] == connection_.atom(state);
-  });
+bool StateRequestRelay::isOwnersStateRequest(const xcb_client_message_event_t& message) const {
+  return message.type == connection_.atom(Atom::NetWmState) && message.format == 32 &&
+         message.data.data32[3] != kSourcePager;
 }
 
 }  // namespace vel::x11

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <map>
+#include <vector>
+
 #include "Platform/Foundation/NonCopyable.h"
 #include "Platform/WindowSystem/X11/WindowManager.h"
 #include "Platform/WindowSystem/X11/WindowTable.h"
@@ -12,7 +15,8 @@ namespace vel::x11 {
 /// window, and some give the window a wrong size when its fullscreen state ends. An owner sends its
 /// request, a _NET_WM_STATE message, through the root window, so this class receives a copy. This
 /// class then restores the two functions and sends the request again. So the window manager
-/// receives the new hints before the second request.
+/// receives the new hints before the second request. The owner may revoke its request in the next
+/// message, so this class first reads all messages that have arrived.
 ///
 /// Some window managers also end the maximised or fullscreen state of a window that loses these
 /// functions. So we do not remove the functions from a window that already has such a state.
@@ -33,14 +37,21 @@ class StateRequestRelay final : public NonCopyable {
   void allowResizingOfMaximizedAndFullscreenWindows();
   /// Processes a ClientMessage event.
   void handle(const xcb_client_message_event_t& message);
+  /// Sends the requests again that the owners have not revoked. Call this when all events that have
+  /// arrived have been processed.
+  void repeatRequests();
 
  private:
   static void allowResizing(Window& window);
-  [[nodiscard]] bool needsResizing(const xcb_client_message_event_t& message) const;
+  // Requests one or two states. `secondState` may be XCB_ATOM_NONE.
+  void requestStates(xcb_window_t window, xcb_atom_t state, xcb_atom_t secondState);
+  [[nodiscard]] bool isOwnersStateRequest(const xcb_client_message_event_t& message) const;
 
   Connection& connection_;
   WindowManager& windowManager_;
   WindowTable& windows_;
+  // For each window, the states that the owner has requested since the last `repeatRequests`.
+  std::map<xcb_window_t, std::vector<xcb_atom_t>> requestedStates_;
 };
 
 }  // namespace vel::x11

@@ -487,6 +487,7 @@ bool X11WindowSystem::handleArrivedEvents() {
     handle(*event);
     hasEvents = true;
   }
+  relay_.repeatRequests();
   for (auto& [id, window] : windows_) {
     window.cover->repair();
   }

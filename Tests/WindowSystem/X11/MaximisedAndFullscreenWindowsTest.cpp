@@ -1,6 +1,7 @@
 // Covers over windows that are maximised or fullscreen, under real window managers.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 
 #include "Tests/Support/X11/X11Test.h"
@@ -91,6 +92,28 @@ TEST_P(X11MaximisedAndFullscreenWindows, AreMaximisedIfTheOwnerTogglesTheStateWh
   EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
   uncover();
   EXPECT_TRUE(isMaximised());
+}
+
+// The owner revokes its request before the back end has read the request.
+TEST_P(X11MaximisedAndFullscreenWindows, AreNotChangedIfTheOwnerRevokesItsRequest) {
+  cover();
+  client.requestAddStates(game, kFullscreen);
+  client.requestRemoveStates(game, kFullscreen);
+  client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
+  client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
+  deliver();
+  deliverFor(kReactionTime);
+  EXPECT_TRUE(waitFor([&] {
+    const std::vector<std::string> states = client.atomNames(game, "_NET_WM_STATE");
+    return std::ranges::none_of(
+        std::array{kFullscreen, kMaximizedVert, kMaximizedHorz},
+        [&](std::string_view state) { return std::ranges::find(states, state) != states.end(); });
+  }));
+  // openbox makes the window fullscreen at the first request. It does not restore the size of a
+  // window that lacks the function for resizing.
+  if (GetParam() != Manager::Openbox) {
+    EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
+  }
 }
 
 std::string nameOfManager(const testing::TestParamInfo<Manager>& run) {
