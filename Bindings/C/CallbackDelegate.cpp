@@ -88,7 +88,9 @@ void CallbackDelegate::reportLostDisplay(std::string_view reason) {
 }
 
 void CallbackDelegate::reportEnd(VelEndReason reason) {
+  waitingEndReason_ = reason;
   queue_.add([this, reason] {
+    waitingEndReason_.reset();
     if (callbacks_.ended != nullptr) {
       callbacks_.ended(callbacks_.user_data, reason);
     }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -47,6 +48,9 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   void reportLostDisplay(std::string_view reason);
   void reportEnd(VelEndReason reason);
 
+  /// The reason in a call of `ended` that waits in the queue; no value if none waits.
+  [[nodiscard]] std::optional<VelEndReason> waitingEndReason() const { return waitingEndReason_; }
+
   /// Sets a function that is called when the view has disappeared. `did_disappear` is called only
   /// if the function returns true.
   void setDisappearanceHandler(std::function<bool()> handler) {
@@ -69,6 +73,7 @@ class CallbackDelegate final : public Class<CallbackDelegate, "CallbackDelegate"
   std::function<bool()> disappearanceHandler_;
   bool hasAgreedToDismissal_ = false;
   bool hasTakenControls_ = false;
+  std::optional<VelEndReason> waitingEndReason_;
   std::string lastLogLine_;
 };
 

@@ -165,11 +165,13 @@ void Session::markDestroyed() {
   isDestroyed_ = true;
   delegate_->silence();
   const bool restoresControls = delegate_->hasTakenControls();
-  const bool reportsEnd = isPresented_ && callbacks_.ended != nullptr;
+  // `silence` has discarded a waiting call of `ended`, so `lastCallbacks_` must call `ended`.
+  const std::optional<VelEndReason> waitingEndReason = delegate_->waitingEndReason();
+  const bool reportsEnd = (isPresented_ || waitingEndReason) && callbacks_.ended != nullptr;
   if (!restoresControls && !reportsEnd) {
     return;
   }
-  const VelEndReason reason = endReason_.value_or(VEL_END_DESTROYED);
+  const VelEndReason reason = waitingEndReason.value_or(endReason_.value_or(VEL_END_DESTROYED));
   lastCallbacks_ = [callbacks = callbacks_, restoresControls, reportsEnd, reason] {
     if (restoresControls) {
       callbacks.take_controls(callbacks.user_data, 0);

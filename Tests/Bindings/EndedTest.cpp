@@ -211,6 +211,22 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
+TEST_F(EndedTest, DestroyInDidDisappearInsideAnOperationReportsTheEnd) {
+  host.onCallback = [this](const std::string& callback) {
+    if (callback == "may_disappear") {
+      windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle());
+      EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
+    } else if (callback == "did_disappear") {
+      EXPECT_EQ(vel_destroy(&screen), VEL_OK);
+    }
+  };
+  present(VEL_PRESENT_EMBEDDED, 60, "skip");
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(screen, nullptr);
+  EXPECT_EQ(host.callbackLines.back(), endedLine(VEL_END_WINDOW_CLOSED));
+  EXPECT_EQ(endCount(), 1u);
+}
+
 TEST_F(EndedTest, APumpInsideTheLogLineCallbackDoesNotEndTheLaunchScreen) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
