@@ -356,11 +356,25 @@ bool Cover::owns(xcb_window_t window) const {
 
 void Cover::handle(const xcb_generic_event_t& event) {
   if (overlay_ != nullptr) {
+    const bool hadMaximumSize = overlay_->hasMaximumSize();
     overlay_->handle(event);
+    if (overlay_->hasMaximumSize() != hadMaximumSize) {
+      movePanesInOverlay();
+    }
   }
   updateState(event);
   if (isObscuredBy(event)) {
     raise();
+  }
+}
+
+// When the overlay has become much larger or smaller than the covered window, the server has moved
+// each indicator away from the centre of this window.
+void Cover::movePanesInOverlay() {
+  for (const Pane& pane : panes_) {
+    if (pane.isInOverlay && pane.child.isOpen() && overlay_->isOpen()) {
+      moveResizeWindow(connection_, pane.child.window, pane.frame);
+    }
   }
 }
 

@@ -112,6 +112,8 @@ class Cover final : public NonCopyable {
   void forgetPane(Pane& pane);
   void openOverlay();
   void closeOverlay();
+  // Moves the panes in the overlay to their frames.
+  void movePanesInOverlay();
   void createShield();
   // Destroys the window and adds it to `recentlyDestroyedWindows_`.
   void destroy(xcb_window_t window);

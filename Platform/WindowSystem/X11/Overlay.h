@@ -51,6 +51,9 @@ class Overlay final : public NonCopyable {
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
+  /// True if the overlay has the maximum size of a window, false if it has the size of the adopted
+  /// window.
+  [[nodiscard]] bool hasMaximumSize() const { return coveredWindowFillsParent_; }
   /// The visual and the depth of the overlay's window. They change when the adopted window gets
   /// another parent.
   [[nodiscard]] xcb_visualid_t visual() const { return visual_; }

@@ -70,6 +70,24 @@ TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
   picture.save("indicator");
 }
 
+// Some window managers do this when a window loses its decorations.
+TEST_F(X11Indicator, StaysCentredWhenItsWindowBeginsToFillItsParent) {
+  const xcb_window_t parent = client.openGameWindow({100, 100, 700, 500}, 0);
+  game = client.makeWindow({10, 20, 640, 400}, 0x208040, parent);
+  client.map(game);
+  client.waitForServer();
+  scene = whiteSceneWithIndicator({640, 400});
+  scene.back().isAnimated = false;
+  system().setScene(adopt(game).handle, scene);
+  deliver();
+  constexpr PixelRect kCentre{304, 184, 32, 32};
+  ASSERT_EQ(client.screenPicture(game).boundsOfOtherColors(kWhite), kCentre);
+  client.configure(parent, {100, 100, 640, 400});
+  client.configure(game, {0, 0, 640, 400});
+  deliver();
+  EXPECT_EQ(client.screenPicture(game).boundsOfOtherColors(kWhite), kCentre);
+}
+
 TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
   const Picture picture = showStill();
   std::set<std::uint32_t> shades;
