@@ -37,13 +37,13 @@ class DispatchTest : public VirtualPlatformTest {
 
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   DispatchQueue& queue = dispatch_get_main_queue();
-  Names runNames;
+  Names recordedNames;
 
  private:
   DispatchQueue::Work makeRecordingWork(const std::string& name,
                                         const std::function<void()>& work) {
     return [this, name, work] {
-      runNames.push_back(name);
+      recordedNames.push_back(name);
       if (work) {
         work();
       }
@@ -53,11 +53,11 @@ class DispatchTest : public VirtualPlatformTest {
 
 TEST_F(DispatchTest, WorkRunsInTheNextPassAndNotBefore) {
   submit("work");
-  EXPECT_TRUE(runNames.empty());
+  EXPECT_TRUE(recordedNames.empty());
   EXPECT_TRUE(loop.pump());
-  EXPECT_EQ(runNames, Names{"work"});
+  EXPECT_EQ(recordedNames, Names{"work"});
   EXPECT_FALSE(loop.pump());
-  EXPECT_EQ(runNames, Names{"work"});
+  EXPECT_EQ(recordedNames, Names{"work"});
 }
 
 TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
@@ -65,15 +65,15 @@ TEST_F(DispatchTest, WorkRunsInTheOrderOfSubmission) {
     submit(name);
   }
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
+  EXPECT_EQ(recordedNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
   submitAt(timeAfter(0.5), "work");
   platform.run(0.499999999);
-  EXPECT_TRUE(runNames.empty());
+  EXPECT_TRUE(recordedNames.empty());
   platform.run(0.000000001);
-  EXPECT_EQ(runNames, Names{"work"});
+  EXPECT_EQ(recordedNames, Names{"work"});
 }
 
 TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
@@ -82,7 +82,7 @@ TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
   submitAt(timeAfter(0.2), "second");
   letTimePass(1);
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
+  EXPECT_EQ(recordedNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
@@ -92,7 +92,7 @@ TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
   letTimePass(0.1);
   submit("third");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"first", "second", "third"}));
+  EXPECT_EQ(recordedNames, (Names{"first", "second", "third"}));
 }
 
 TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
@@ -106,14 +106,14 @@ TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
       std::ranges::is_sorted(order, {}, [](int number) { return std::pair(number % 10, number); }));
 }
 
-TEST_F(DispatchTest, DispatchAsyncEqualsDispatchAfterWithoutADelay) {
+TEST_F(DispatchTest, WorkOfDispatchAsyncAndUndelayedDispatchAfterRunsInTheOrderOfSubmission) {
   letTimePass(1);
   submit("first");
   submitAt(kDispatchTimeNow, "second");
   submitAt(timeAfter(0), "third");
   submit("fourth");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"first", "second", "third", "fourth"}));
+  EXPECT_EQ(recordedNames, (Names{"first", "second", "third", "fourth"}));
 }
 
 TEST_F(DispatchTest, ImmediateAndDelayedWorkIsOrderedTogetherByDeadline) {
@@ -128,14 +128,14 @@ TEST_F(DispatchTest, ImmediateAndDelayedWorkIsOrderedTogetherByDeadline) {
   EXPECT_EQ(pendingWork[1].deadline, kNanosecondsPerSecond / 2);
   EXPECT_EQ(pendingWork[3].deadline, kNanosecondsPerSecond);
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"a quarter", "half a second", "one second", "one second again"}));
+  EXPECT_EQ(recordedNames, (Names{"a quarter", "half a second", "one second", "one second again"}));
 }
 
 TEST_F(DispatchTest, WorkThatIsDueDoesNotWaitForLaterWork) {
   submitAt(timeAfter(1), "later");
   submit("now");
   loop.pump();
-  EXPECT_EQ(runNames, Names{"now"});
+  EXPECT_EQ(recordedNames, Names{"now"});
   EXPECT_EQ(queue.nextDeadline(), kNanosecondsPerSecond);
 }
 
@@ -143,16 +143,16 @@ TEST_F(DispatchTest, WorkWithAPastDeadlineIsDueNow) {
   letTimePass(2);
   submitAt(timeAfter(-1), "work");
   loop.pump();
-  EXPECT_EQ(runNames, Names{"work"});
+  EXPECT_EQ(recordedNames, Names{"work"});
 }
 
 TEST_F(DispatchTest, WorkSubmittedByWorkWaitsForTheNextPass) {
   submit("outer", [this] { submit("inner"); });
   submit("other");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "other"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "other"}));
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "other", "inner"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "other", "inner"}));
 }
 
 TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
@@ -160,29 +160,29 @@ TEST_F(DispatchTest, WorkSubmittedByWorkForAPastTimeWaitsForTheNextPass) {
   submit("outer", [this] { submitAt(timeAfter(-1), "inner"); });
   submit("other");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "other"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "other"}));
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "other", "inner"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "other", "inner"}));
 }
 
 TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassWaitsForTheNextPass) {
   submit("slow", [this] { letTimePass(1); });
   submitAt(timeAfter(0.5), "later");
   loop.pump();
-  EXPECT_EQ(runNames, Names{"slow"});
+  EXPECT_EQ(recordedNames, Names{"slow"});
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"slow", "later"}));
+  EXPECT_EQ(recordedNames, (Names{"slow", "later"}));
 }
 
 TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWork) {
   submit("outer", [this] {
     submit("submitted inside");
     loop.pump();
-    runNames.emplace_back("outer ends");
+    recordedNames.emplace_back("outer ends");
   });
   submit("rest");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "rest", "submitted inside", "outer ends"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "rest", "submitted inside", "outer ends"}));
 }
 
 TEST_F(DispatchTest, NewWorkAfterANestedLoopWaitsForTheNextPass) {
@@ -192,9 +192,9 @@ TEST_F(DispatchTest, NewWorkAfterANestedLoopWaitsForTheNextPass) {
   });
   submit("rest");
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "rest"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "rest"}));
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"outer", "rest", "new"}));
+  EXPECT_EQ(recordedNames, (Names{"outer", "rest", "new"}));
 }
 
 TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
@@ -205,7 +205,7 @@ TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
     }
   };
   nest(50);
-  EXPECT_EQ(runNames.size(), 50u);
+  EXPECT_EQ(recordedNames.size(), 50u);
   EXPECT_EQ(queue.pendingWorkCount(), 0u);
 }
 
@@ -257,14 +257,14 @@ TEST_F(DispatchTest, PendingWorkHasItsLabel) {
 }
 
 TEST_F(DispatchTest, TheErrorOfAnEndlessWaitListsPendingWork) {
-  dispatch_after(kNever, queue, "work at no time", [] {});
+  dispatch_after(kNever, queue, "never due", [] {});
   dispatch_after(kNever, queue, [] {});
   try {
     loop.runUntil([] { return false; });
     FAIL() << "the wait did not throw";
   } catch (const EndlessWaitError& error) {
     const std::string text = error.what();
-    EXPECT_NE(text.find("work: work at no time"), std::string::npos) << text;
+    EXPECT_NE(text.find("work: never due"), std::string::npos) << text;
     EXPECT_NE(text.find("work: no label"), std::string::npos) << text;
   }
 }
@@ -274,14 +274,14 @@ TEST_F(DispatchTest, RemovedWorkDoesNotRun) {
   submitAt(timeAfter(1), "later");
   queue.removeAll();
   platform.run(2);
-  EXPECT_TRUE(runNames.empty());
+  EXPECT_TRUE(recordedNames.empty());
 }
 
 TEST_F(DispatchTest, WorkMayRemoveTheRemainingWork) {
   submit("remover", [this] { queue.removeAll(); });
   submit("rest");
   platform.run(1);
-  EXPECT_EQ(runNames, Names{"remover"});
+  EXPECT_EQ(recordedNames, Names{"remover"});
 }
 
 TEST_F(DispatchTest, CapturedObjectsAreDestroyedWithTheWork) {
@@ -316,9 +316,9 @@ TEST_F(DispatchTest, WorkThatThrowsLeavesTheRestForTheNextPass) {
   submit("throws", [] { throw std::runtime_error("stop"); });
   submit("rest");
   EXPECT_THROW(loop.pump(), std::runtime_error);
-  EXPECT_EQ(runNames, Names{"throws"});
+  EXPECT_EQ(recordedNames, Names{"throws"});
   loop.pump();
-  EXPECT_EQ(runNames, (Names{"throws", "rest"}));
+  EXPECT_EQ(recordedNames, (Names{"throws", "rest"}));
 }
 
 TEST_F(DispatchTest, DispatchTimeAddsToNowOrToATime) {

@@ -41,16 +41,16 @@ TEST_F(DispatchThreadsTest, TheDelayOfWorkFromAnotherThreadStartsAtItsSubmission
   EXPECT_EQ(times, std::vector<double>{1.5});
 }
 
-TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
+TEST_F(DispatchThreadsTest, WorkFromEachThreadRunsInTheOrderOfSubmission) {
   constexpr int kThreadCount = 4;
   constexpr int kItemsPerThread = 500;
-  std::array<std::vector<int>, kThreadCount> runNumbers;
+  std::array<std::vector<int>, kThreadCount> recordedNumbers;
   std::array<std::thread, kThreadCount> threads;
   for (std::size_t index = 0; index < kThreadCount; ++index) {
     threads[index] = std::thread([&, index] {
       for (int number = 0; number < kItemsPerThread; ++number) {
-        dispatch_async(queue,
-                       [&runNumbers, index, number] { runNumbers[index].push_back(number); });
+        dispatch_async(
+            queue, [&recordedNumbers, index, number] { recordedNumbers[index].push_back(number); });
       }
     });
   }
@@ -61,7 +61,7 @@ TEST_F(DispatchThreadsTest, TheWorkOfEachThreadKeepsItsOrder) {
     thread.join();
   }
   platform.runDueWork();
-  for (const std::vector<int>& numbers : runNumbers) {
+  for (const std::vector<int>& numbers : recordedNumbers) {
     EXPECT_EQ(numbers.size(), std::size_t{kItemsPerThread});
     EXPECT_TRUE(std::ranges::is_sorted(numbers));
   }
@@ -71,7 +71,7 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool hasRun = false;
   dispatch_async(queue, [&] {
     std::thread otherThread([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
-    // The loop must not wait: a virtual clock cannot wait for another thread, so it would throw.
+    // `pump` does not wait. In virtual time, a run loop that waits for another thread throws.
     while (!hasRun) {
       loop.pump();
     }
@@ -81,7 +81,7 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   EXPECT_TRUE(hasRun);
 }
 
-TEST_F(DispatchThreadsTest, OtherThreadsMayReadTheClock) {
+TEST_F(DispatchThreadsTest, TheClockNeverGoesBackForAnotherThread) {
   bool hasGoneBack = false;
   std::thread otherThread([&] {
     dispatch_time_t previousTime = 0;

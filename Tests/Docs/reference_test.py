@@ -41,7 +41,7 @@ class Reference(unittest.TestCase):
         page = (self.folder / "html/Bindings_2C_2vel__launch__screen_8h.html").read_text(encoding="utf-8")
         self.assertIn("creates a launch screen for a window and stores its handle", page)
 
-    # Shows that the test without warnings can fail.
+    # Shows that `test_doxygen_writes_the_reference_without_warnings` can fail.
     def test_doxygen_warns_about_a_faulty_comment(self):
         faulty_header = self.folder / "faulty.h"
         faulty_header.write_text("/// \\param missing Not a parameter.\nvoid operation(int value);\n")

@@ -11,9 +11,9 @@ from docs import PROGRAM, ROOT
 PAGE = (ROOT / "docs/requests.md").read_text(encoding="utf-8")
 MODAL_WINDOW_MODE, SHEET_MODE = 2, 1
 STATE_FAILED = 4
-# Values in an expected outcome: no event is recorded, and the launch screen stays.
-NO_EVENT = None
-STAYS = None
+# Times in an expected outcome.
+STAYS = None  # the launch screen is not dismissed
+NO_EVENT = None  # no event is recorded
 
 
 def rows(heading):
@@ -24,17 +24,18 @@ def rows(heading):
 
 
 class Play:
-    """Plays a scenario: a request, its presentation in `mode`, and `steps`. Stores the lines of the
-    trace. `host` has the members of the scenario's host, and `player` those of the player window."""
+    """Plays a scenario: a request, its presentation, and `steps`. Stores the lines of the trace.
+    `host` has other members of the scenario's host. Its member `player` describes the player
+    window."""
 
-    def __init__(self, parameters, steps=(), mode=0, windows=(), until=30, **host):
+    def __init__(self, parameters, steps=(), presentation_mode=0, windows=(), until=30, **host):
         script = {
             "host": {"windows": [{"name": "player", **host.pop("player", {})}, *windows], **host},
             "steps": [
                 {"do": "activate"},
                 {"do": "request", "parameters": parameters},
                 {"do": "contentView"},
-                {"do": "present", "window": "player", "mode": mode},
+                {"do": "present", "window": "player", "mode": presentation_mode},
                 *steps,
             ],
             "until": until,
@@ -89,10 +90,10 @@ OTHER_WINDOW = {"name": "other", "className": "OtherWindow"}
 CHILD_WINDOW = {"name": "child", "parent": "player"}
 WITH_CONTROLLER = {"contentViewController": "PlayerViewController"}
 CONSENT_WINDOW = {"name": "consent", "contentViewController": "GDPRViewController"}
-MODAL_HOST = {"mode": MODAL_WINDOW_MODE, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
+MODAL = {"presentation_mode": MODAL_WINDOW_MODE, "windows": [CHILD_WINDOW, OTHER_WINDOW]}
 
-# For each row of the table: the steps, the other arguments of Play, and the times of the dismissal
-# and of the event.
+# For each row of the table "Windows, focus and closing": the steps, the other arguments of Play,
+# and the times of the dismissal and of the event.
 WINDOW_ROWS = {
     "nothing": ([], {}, (5.1, 5.6)),
     "the covered window resigns key": ([step(1, "resignKey")], {}, (STAYS, NO_EVENT)),
@@ -113,14 +114,14 @@ WINDOW_ROWS = {
         {"windows": [OTHER_WINDOW]}, (5.1, 5.6)),
     "a child window of the covered window becomes key": (
         [make_key(1, "child"), make_key(2, "player")], {"windows": [CHILD_WINDOW]}, (6.1, 6.6)),
-    "modal: the player window becomes key": ([make_key(1, "player")], MODAL_HOST, (5.1, 5.6)),
+    "modal: the player window becomes key": ([make_key(1, "player")], MODAL, (5.1, 5.6)),
     "modal: a child window of the player window becomes key": (
-        [make_key(1, "child")], MODAL_HOST, (5.1, 5.6)),
+        [make_key(1, "child")], MODAL, (5.1, 5.6)),
     "modal: a window of another class becomes key": (
-        [make_key(1, "other")], MODAL_HOST, (STAYS, NO_EVENT)),
+        [make_key(1, "other")], MODAL, (STAYS, NO_EVENT)),
     "sheet: the player window becomes key": (
         [make_key(1, "player"), make_key(2, "sheet-1")],
-        {"mode": SHEET_MODE, "player": WITH_CONTROLLER}, (6.1, 6.6)),
+        {"presentation_mode": SHEET_MODE, "player": WITH_CONTROLLER}, (6.1, 6.6)),
     "a consent dialog resigns key": (
         [step(1, "openWindow", **CONSENT_WINDOW), make_key(1, "consent"), make_key(2, "other")],
         {"windows": [OTHER_WINDOW]}, (6.1, 6.6)),
@@ -129,9 +130,9 @@ WINDOW_ROWS = {
         {}, (6.0, 6.5)),
     "the covered window is closed": ([step(1, "closeWindow", window="player")], {}, (1, 1.5)),
     "modal: the cover's window is closed": (
-        [step(1, "closeWindow", window="modal-1")], MODAL_HOST, (1, 1.5)),
+        [step(1, "closeWindow", window="modal-1")], MODAL, (1, 1.5)),
     "modal: the player window is closed": (
-        [step(1, "closeWindow", window="player")], MODAL_HOST, (5.1, 5.6)),
+        [step(1, "closeWindow", window="player")], MODAL, (5.1, 5.6)),
     "the host dismisses while time is left": ([{"at": 1, **DISMISS}], {}, (5.1, 3.5)),
     "the host dismisses while time is left, and the window resigns key within 2 s": (
         [{"at": 1, **DISMISS}, step(1.5, "resignKey")], {}, (5.1, 3.5)),
@@ -163,10 +164,10 @@ class Requests(unittest.TestCase):
 
     def test_each_row_about_windows_is_true(self):
         self.assertEqual([row[0] for row in rows("Windows, focus and closing")], list(WINDOW_ROWS))
-        for row, (steps, host, expected) in WINDOW_ROWS.items():
+        for row, (steps, play_arguments, expected) in WINDOW_ROWS.items():
             with self.subTest(row):
                 parameters = request(mode="skip" if row.startswith("skip mode") else "forced")
-                self.assert_times(Play(parameters, steps, **host).outcome, expected)
+                self.assert_times(Play(parameters, steps, **play_arguments).outcome, expected)
 
     def test_each_time_of_the_countdown_is_true(self):
         table = rows("The countdown")
@@ -177,22 +178,22 @@ class Requests(unittest.TestCase):
                 self.assert_times(play.outcome[:1], [float(dismissal.split()[0])])
 
     def test_each_row_about_modes_is_true(self):
-        values = {"missing": None, "anything else": "Skip"}
+        values_of_words = {"missing": None, "anything else": "Skip"}
         for value, effect in rows("`mode`"):
             with self.subTest(value):
                 name = value.split(",")[0]
-                mode = values[name] if name in values else json.loads(name.strip("`"))
+                mode = values_of_words[name] if name in values_of_words else json.loads(name.strip("`"))
                 outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
                 may_dismiss_early = "any time" in effect
                 self.assert_times(outcome, (1, NO_EVENT) if may_dismiss_early else (5.1, 3.5))
 
-    def test_each_row_about_events_and_times_is_true(self):
+    def test_each_row_about_event_and_max_duration_time_is_true(self):
         for parameter in "event", "max_duration_time":
             for value, effect in rows(f"`{parameter}`"):
                 with self.subTest(parameter=parameter, value=value):
-                    values = {"missing": None, "a text": "some_event"}
-                    is_word = value in values
-                    parameter_value = values[value] if is_word else json.loads(value.strip("`"))
+                    values_of_words = {"missing": None, "a text": "some_event"}
+                    is_word = value in values_of_words
+                    parameter_value = values_of_words[value] if is_word else json.loads(value.strip("`"))
                     play = Play(request(**{"max_duration_time": 2, parameter: parameter_value}))
                     refusal = re.match("Refused: `(.*)`", effect)
                     self.assertEqual(play.refusal, refusal and refusal[1])

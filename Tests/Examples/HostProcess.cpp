@@ -56,7 +56,7 @@ bool HostProcess::readOutput() {
 }
 
 std::string examplePath(std::string_view name) {
-  return std::string(VEL_EXAMPLES_BUILT "/").append(name);
+  return std::string(VEL_EXAMPLE_PROGRAMS "/").append(name);
 }
 
 std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo) {
@@ -66,7 +66,7 @@ std::string nameOfExample(const testing::TestParamInfo<const char*>& testInfo) {
 }
 
 std::vector<std::string> pythonHostCommand(const std::vector<std::string>& arguments) {
-  std::vector<std::string> command{VEL_PYTHON, VEL_EXAMPLES "/python-host/host.py"};
+  std::vector<std::string> command{VEL_PYTHON, VEL_EXAMPLE_SOURCES "/python-host/host.py"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   command.emplace_back(VEL_LIBRARY);
   return command;

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 class LoopExample : public testing::TestWithParam<const char*> {};
 
-TEST_P(LoopExample, RunsTheLaunchScreenUntilItsEvent) {
+TEST_P(LoopExample, RunsTheLaunchScreenUntilTheEventIsRecorded) {
   HostProcess host({examplePath(GetParam())});
   EXPECT_EQ(host.wait(), 0);
   EXPECT_THAT(host.lines(), ElementsAre("will appear", "did disappear", "event launch_end"));

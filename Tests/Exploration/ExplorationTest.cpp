@@ -83,7 +83,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATraceLine) {
             scriptOf({"request", "content view", "present embedded", "tick"}));
 }
 
-TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterTheEnd) {
+TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtTheEndOfThePlay) {
   const Exploration exploration = exploreFor(
       CheckTime::End,
       [](const ObservedPlay& play) -> std::string {
@@ -130,8 +130,9 @@ TEST(ExplorationTest, ExtendsEachStateOnce) {
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
   EXPECT_EQ(exploration.depth, 1U);
   const Exploration deeperExploration = explore(bareSetting(), invariants(), 2);
+  const std::size_t newStateCount = exploration.stateCount - 1;  // without the initial state
   EXPECT_EQ(deeperExploration.scriptCount,
-            exploration.scriptCount + (exploration.stateCount - 1) * actions().size());
+            exploration.scriptCount + newStateCount * actions().size());
 }
 
 // Equal states
@@ -189,7 +190,8 @@ struct Example {
   std::vector<NSWindowStyleMask> remainingStyles;
 };
 
-constexpr NSWindowStyleMask kEveryBit = ~NSWindowStyleMask{0};
+// The initial `appWindowStyleMask` of a controller: no style is saved.
+constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 
 const Example kExamples[] = {
     {"an embedded cover presented again, as a window of its own",
@@ -210,7 +212,7 @@ const Example kExamples[] = {
     {"a cover over a closed window, restored by another controller",
      {"request", "close the player", "present embedded", "request", "dismiss by the controller",
       "half a second", "half a second"},
-     {kEveryBit, 7, 1}},
+     {kNoSavedStyle, 7, 1}},
 };
 
 class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};

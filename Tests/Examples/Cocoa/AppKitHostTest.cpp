@@ -19,10 +19,11 @@ constexpr const char* kEmbedded = "0";
 constexpr const char* kSheet = "1";
 constexpr const char* kModalWindow = "2";
 
-// The environment is destroyed last, because it kills all child processes.
+// `AppKitEnvironment` is the first base class, so its destructor runs last. It kills all child
+// processes, the X server too.
 class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
-  // Waits until the host has drawn its window, and clicks it.
+  // Waits until the host has drawn its window, and clicks it. The click shows the launch screen.
   void click() {
     ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));
     const PixelRect area = client.areaOnScreen(player());
@@ -36,7 +37,7 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
   }
 
   [[nodiscard]] xcb_window_t player() const { return client.findWindow("appkit-host"); }
-  // True if all pixels of the host's window have this colour, its middle and its corners too.
+  // True if all pixels of the host's window have this colour.
   [[nodiscard]] bool isAll(std::uint32_t color) const {
     const xcb_window_t window = player();
     return window != 0 && client.isViewable(window) && client.screenPicture(window).isAll(color);
@@ -69,7 +70,7 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
   }
 };
 
-// The seconds at the beginning of a line.
+// Each line begins with the seconds since the click.
 double secondsOf(const std::string& line) { return std::atof(line.c_str()); }
 
 TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
@@ -88,21 +89,21 @@ TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
                                         EndsWith(" did disappear"), EndsWith(" event launch_end")));
 }
 
-TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheEnd) {
+TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheLaunchScreenDisappears) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1", "-mode", kEmbedded},
                    server.display());
   click();
   ASSERT_TRUE(eventually([&] { return host.lines().size() == 4; }));
-  const double end = secondsOf(host.lines()[2]);
+  const double disappearance = secondsOf(host.lines()[2]);
   const double event = secondsOf(host.lines()[3]);
-  EXPECT_GT(end, 0.9);
-  EXPECT_GT(event - end, 0.49);
-  EXPECT_LT(event - end, 5);  // a busy machine is late
+  EXPECT_GT(disappearance, 0.9);
+  EXPECT_GT(event - disappearance, 0.49);
+  EXPECT_LT(event - disappearance, 5);  // a busy machine is late
 }
 
 // metacity draws the buttons of the title bar, and the free AppKit cannot remove these buttons. The
-// library fixes only the size of the window.
-TEST_F(AppKitHost, HasAFixedSizeWhileCovered) {
+// library can only fix the size of the window, which changes the size hints.
+TEST_F(AppKitHost, ChangesItsSizeHintsWhileCoveredAndThenRestoresThem) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
   ASSERT_TRUE(eventually([this] { return isAll(kBlue); }));

@@ -27,8 +27,8 @@ class GameOnWayland : public testing::Test {
  protected:
   GameOnWayland() {
     std::filesystem::remove(eventsFile_);
-    // The address sanitizer cannot name leaks of libraries that SDL loads and unloads, so these
-    // leaks cannot be suppressed.
+    // The address sanitizer cannot name the functions of a library that SDL has unloaded, so a
+    // suppression cannot match the leaks of this library.
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
   }
   ~GameOnWayland() override { std::filesystem::remove(eventsFile_); }
@@ -76,6 +76,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   auto other = std::make_unique<SurfaceHost>(sway.display(), "other", CGSize{100, 100}, 0x804020);
   sway.run("[title=\"^other$\"] move position 0 0");
   ASSERT_TRUE(becomesWhite(kGameArea));
+  // The library cannot remove the controls. The game itself removes resizing and closing.
   EXPECT_TRUE(waitForLine(*game, "controls kept"));
   EXPECT_TRUE(waitForLine(*game, "controls removed"));
   const auto reportCount = [&] {
@@ -128,7 +129,7 @@ TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
   sway.closeWindow(kTitle);
   ASSERT_TRUE(waitForLine(*game, "controls restored"));
   ASSERT_TRUE(becomesVisible());
-  // The width grows by 50 only if the first drag had no effect.
+  // This drag starts on the border only if the first drag did not move the border.
   sway.drag(right, bottom, right + 50, bottom);
   EXPECT_TRUE(eventually([&] {
     const Picture picture = sway.picture(kScreen);
