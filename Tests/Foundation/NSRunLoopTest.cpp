@@ -158,7 +158,7 @@ TEST_F(NSRunLoopTest, AddingNullOrAnInvalidTimerDoesNothing) {
   EXPECT_EQ(loop.timerCount(), 0u);
 }
 
-TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
+TEST_F(NSRunLoopTest, ATimerMayChangeTheModeOfTheNextPass) {
   schedule(0.1, [this] { loop.setMode(NSModalPanelRunLoopMode); });
   schedule(0.2, makeRecorder("default mode"));
   const auto timer = schedule(0.3, makeRecorder("both modes"));
@@ -168,8 +168,8 @@ TEST_F(NSRunLoopTest, TheModeIsReadBeforeEachPass) {
   loop.setMode(NSDefaultRunLoopMode);
 }
 
-// `runModeBeforeDate` runs one pass. If the pass did no work, it waits until something is due, but
-// at most until the date.
+// The next tests call `runModeBeforeDate`, which runs one pass. If the pass does no work, the
+// function then waits until something is due, but at most until the date.
 
 TEST_F(NSRunLoopTest, DoesNotWaitIfThePassRunsWork) {
   dispatch("work");
@@ -197,7 +197,7 @@ TEST_F(NSRunLoopTest, WaitsForTheNextWorkOfTheMainQueue) {
   EXPECT_EQ(platform.now(), 0.4);
 }
 
-TEST_F(NSRunLoopTest, WaitsForTheWindowSystem) {
+TEST_F(NSRunLoopTest, WaitsForTheNextDeadlineOfTheWindowSystem) {
   dispatch("work", 0.4);
   eventSource.deadline = nanosecondsFromSeconds(0.3);
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
@@ -217,6 +217,7 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
+  // The thread wakes the loop after a wait and before the next pass.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
@@ -227,7 +228,7 @@ TEST_F(NSRunLoopTest, AWakeUpEndsOneVirtualWait) {
   VirtualClock clock;
   clock.wake();
   EXPECT_TRUE(clock.waitUntil(kNever));
-  EXPECT_FALSE(clock.waitUntil(kNever));
+  EXPECT_FALSE(clock.waitUntil(kNever));  // the clock reports that the wait would never end
   EXPECT_EQ(clock.now(), 0);
 }
 
@@ -285,12 +286,12 @@ TEST_F(NSRunLoopTest, RunsUntilTheDateAndNotLonger) {
   EXPECT_EQ(platform.now(), 1);
 }
 
-TEST_F(NSRunLoopTest, RunsWorkSubmittedByWorkThatIsDueAtTheDate) {
+TEST_F(NSRunLoopTest, RunningUntilADateRunsTheWorkThatIsSubmittedAtTheDate) {
   schedule(1.0, [this] {
-    dispatch_async(dispatch_get_main_queue(), [this] { dispatch("work of work"); });
+    dispatch_async(dispatch_get_main_queue(), [this] { dispatch("inner work"); });
   });
   loop.runUntilDate(nanosecondsFromSeconds(1));
-  EXPECT_EQ(records, std::vector<std::string>{"work of work"});
+  EXPECT_EQ(records, std::vector<std::string>{"inner work"});
 }
 
 TEST_F(NSRunLoopTest, RunningUntilADateEndsEvenIfATimerIsAlwaysLate) {
@@ -342,7 +343,7 @@ TEST_F(NSRunLoopTest, TheLoopIsUsableAfterATimerThrows) {
   EXPECT_EQ(records, std::vector<std::string>{"tick"});
 }
 
-TEST_F(NSRunLoopTest, IsTheCurrentRunLoopOnlyOnTheMainThread) {
+TEST_F(NSRunLoopTest, OnlyTheMainThreadHasACurrentRunLoop) {
   EXPECT_EQ(NSRunLoop::currentRunLoop(), &loop);
   NSRunLoop* loopOnAnotherThread = &loop;
   std::thread([&] { loopOnAnotherThread = NSRunLoop::currentRunLoop(); }).join();
@@ -358,7 +359,7 @@ TEST_F(NSRunLoopTest, ANewClockInvalidatesAllTimers) {
 
 TEST_F(NSRunLoopTest, HasNoWaitHandleInVirtualTime) { EXPECT_FALSE(loop.waitHandle().isValid()); }
 
-TEST_F(NSRunLoopTest, VirtualTimeDoesNotAdvanceWhileThereIsWork) {
+TEST_F(NSRunLoopTest, RunningWorkTakesNoVirtualTime) {
   for (int number = 0; number < 100; ++number) {
     dispatch("work");
     loop.pump();

@@ -90,6 +90,7 @@ TEST(FloatValueTest, SkipsLeadingWhiteSpace) {
 }
 
 TEST(FloatValueTest, DoesNotSkipCharactersThatAreNotWhiteSpace) {
+  // The zero byte is a literal of its own, because "\05" is one character.
   expectValues({{std::string_view("\0"
                                   "5",
                                   2),
@@ -140,7 +141,7 @@ TEST(FloatValueTest, IsZeroWithoutANumber) {
                 {"\xd9\xa5", 0.F}});
 }
 
-TEST(FloatValueTest, IsPositiveZeroWithoutANumber) {
+TEST(FloatValueTest, AMinusSignAppliesOnlyToANumber) {
   EXPECT_FALSE(std::signbit(floatValue("-")));
   EXPECT_FALSE(std::signbit(floatValue("-abc")));
   EXPECT_TRUE(std::signbit(floatValue("-0")));
@@ -157,7 +158,7 @@ TEST(FloatValueTest, IsZeroForAWordSuchAsInfinity) {
                 {"true", 0.F}});
 }
 
-TEST(FloatValueTest, ReadsOnlyTheZeroOfAHexadecimalNumber) {
+TEST(FloatValueTest, ReadsNoHexadecimalOrBinaryNotation) {
   expectValues({{"0x10", 0.F}, {"0X1p3", 0.F}, {"-0x10", 0.F}, {"1p3", 1.F}, {"0b11", 0.F}});
 }
 
@@ -193,7 +194,7 @@ TEST(FloatValueTest, IsExactAtTheLimitsOfTheRange) {
 }
 
 TEST(FloatValueTest, RoundsOnceToSinglePrecision) {
-  // If `floatValue` rounded the first number to a double first, the result would be 1.
+  // The first number would give 1 if `floatValue` rounded it to a double and then to a float.
   expectValues({{"1.000000059604644775390625000000000000001", 1.00000012F},
                 {"1.00000005960464477539062", 1.F},
                 {"0.1", 0.1F}});
@@ -210,7 +211,8 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// Sets a global C++ locale with decimal commas, as a host may do. Restores the previous locale.
+/// Sets a global C++ locale with decimal commas, as a host may do. The destructor restores the
+/// previous locale, and also undoes `setForCLibrary`.
 class CommaLocale : NonCopyable {
  public:
   CommaLocale() : previousLocale_(std::locale::global(std::locale(std::locale(), new Comma))) {}

@@ -87,7 +87,7 @@ TEST_F(NSTimerTest, ALateRepeatingTimerFiresOnceAndKeepsItsPhase) {
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.4));
 }
 
-TEST_F(NSTimerTest, TheNextFireDateIsAfterNowEvenIfNowIsAFireDate) {
+TEST_F(NSTimerTest, ATimerThatIsLateByWholeIntervalsFiresOnceAndKeepsItsPhase) {
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   letTimePass(0.3);
   platform.runDueWork();
@@ -103,15 +103,15 @@ TEST_F(NSTimerTest, PhaseDoesNotDriftOverManyFirings) {
 }
 
 TEST_F(NSTimerTest, TheNextFireDateIsSetBeforeTheTargetIsCalled) {
-  Nanoseconds fireDateInside = 0;
-  const auto slowTicker = make<Ticker>([&fireDateInside](NSTimer& timer) {
+  Nanoseconds fireDateDuringCall = 0;
+  const auto slowTicker = make<Ticker>([&fireDateDuringCall](NSTimer& timer) {
     letTimePass(0.25);
-    fireDateInside = timer.fireDate();
+    fireDateDuringCall = timer.fireDate();
   });
   const auto timer = schedule(0.1, slowTicker, Repeats::Yes);
   letTimePass(0.1);
   loop.pump();
-  EXPECT_EQ(fireDateInside, nanosecondsFromSeconds(0.2));
+  EXPECT_EQ(fireDateDuringCall, nanosecondsFromSeconds(0.2));
   EXPECT_EQ(timer->fireDate(), nanosecondsFromSeconds(0.2));
 }
 
@@ -127,15 +127,16 @@ TEST_F(NSTimerTest, FiresOncePerPassEvenIfItsTargetIsSlow) {
 
 TEST_F(NSTimerTest, ATimerThatBecomesDueDuringAPassFiresInTheNextPass) {
   schedule(0.1, [this] {
-    scheduleNamed("inside", 0.01);
+    scheduleNamed("scheduled in the pass", 0.01);
     letTimePass(1);
   });
-  scheduleNamed("later", 0.2);
+  scheduleNamed("scheduled before the pass", 0.2);
   letTimePass(0.1);
   loop.pump();
   EXPECT_TRUE(firedTimers.empty());
   loop.pump();
-  EXPECT_EQ(firedTimers, (std::vector<std::string>{"inside", "later"}));
+  EXPECT_EQ(firedTimers,
+            (std::vector<std::string>{"scheduled in the pass", "scheduled before the pass"}));
 }
 
 TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
@@ -147,7 +148,7 @@ TEST_F(NSTimerTest, DoesNotFireIfAnEarlierTimerOfThePassInvalidatesIt) {
   EXPECT_TRUE(firedTimers.empty());
 }
 
-TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
+TEST_F(NSTimerTest, DoesNotFireAgainWhileItsTargetRunsANestedLoop) {
   int depth = 0;
   int maximumDepth = 0;
   const auto nestingTicker = make<Ticker>([&](NSTimer&) {
@@ -162,17 +163,18 @@ TEST_F(NSTimerTest, DoesNotFireDuringItsOwnCallInANestedLoop) {
   EXPECT_EQ(maximumDepth, 1);
   EXPECT_EQ(nestingTicker->ticks(), 1);
   EXPECT_EQ(firedTimers, std::vector<std::string>{"other"});
-  loop.pump();  // the call has returned, so the timer fires again
+  loop.pump();  // the target has returned, so the timer fires again
   EXPECT_EQ(nestingTicker->ticks(), 2);
 }
 
 TEST_F(NSTimerTest, IsInvalidDuringAndAfterItsOnlyFiring) {
-  bool isValidInside = true;
-  const auto oneShotTicker = make<Ticker>([&](NSTimer& timer) { isValidInside = timer.isValid(); });
+  bool isValidDuringCall = true;
+  const auto oneShotTicker =
+      make<Ticker>([&](NSTimer& timer) { isValidDuringCall = timer.isValid(); });
   const auto timer = schedule(0.1, oneShotTicker);
   EXPECT_TRUE(timer->isValid());
   platform.run(0.1);
-  EXPECT_FALSE(isValidInside);
+  EXPECT_FALSE(isValidDuringCall);
   EXPECT_FALSE(timer->isValid());
   EXPECT_EQ(loop.timerCount(), 0u);
 }
@@ -197,19 +199,19 @@ TEST_F(NSTimerTest, ARepeatingTimerKeepsItsTargetAliveUntilItIsInvalidated) {
   EXPECT_EQ(timer->target(), nullptr);
 }
 
-TEST_F(NSTimerTest, DoesNotFireAgainAfterTheTargetInvalidatesTheTimer) {
+TEST_F(NSTimerTest, ATargetThatInvalidatesItsTimerLivesUntilItReturns) {
   Weak<Ticker> target;
-  bool isAliveInside = false;
+  bool isAliveDuringCall = false;
   {
     auto lastTicker = make<Ticker>([&](NSTimer& timer) {
       timer.invalidate();
-      isAliveInside = !target.expired();
+      isAliveDuringCall = !target.expired();
     });
     target = lastTicker;
     schedule(0.1, lastTicker, Repeats::Yes);
   }
   platform.run(1);
-  EXPECT_TRUE(isAliveInside);
+  EXPECT_TRUE(isAliveDuringCall);
   EXPECT_TRUE(target.expired());
   EXPECT_EQ(loop.timerCount(), 0u);
 }
@@ -230,7 +232,7 @@ TEST_F(NSTimerTest, AnIntervalThatIsNotPositiveMeansATenthOfAMillisecond) {
   }
 }
 
-TEST_F(NSTimerTest, AnIntervalIsRoundedToAtLeastOneNanosecond) {
+TEST_F(NSTimerTest, AnIntervalIsRoundedToWholeNanosecondsButAtLeastOne) {
   EXPECT_EQ(schedule(0.1, ticker)->fireDate(), 100'000'000);
   EXPECT_EQ(schedule(1.6e-9, ticker)->fireDate(), 2);
   EXPECT_EQ(schedule(1e-12, ticker)->fireDate(), 1);
@@ -242,7 +244,7 @@ TEST_F(NSTimerTest, NeverFiresWithAnInfiniteInterval) {
   EXPECT_EQ(ticker->ticks(), 0);
 }
 
-TEST_F(NSTimerTest, NeverFiresOnAThreadWithoutARunLoop) {
+TEST_F(NSTimerTest, NeverFiresIfAThreadWithoutARunLoopSchedulesIt) {
   Strong<NSTimer> timer;
   std::thread([&] { timer = schedule(0.1, ticker); }).join();
   EXPECT_TRUE(timer->isValid());
@@ -258,6 +260,8 @@ TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
     timer->invalidate();
     isValid = timer->isValid();
   });
+  // The other thread must not touch the run loop's timers, which this thread changes at the same
+  // time.
   for (int number = 0; number < 100; ++number) {
     schedule(0.1, ticker)->invalidate();
   }

@@ -27,18 +27,20 @@ class Critic : public Protocol<Critic> {
   using Optional = Operations<&Adopter::writes>;
 };
 
-class Sleeper final : public Class<Sleeper, "Sleeper", NSObject, Audience> {
+class SilentAudience final : public Class<SilentAudience, "SilentAudience", NSObject, Audience> {
  public:
   [[nodiscard]] int seats() const override { return 1; }
 };
 
-class Enthusiast final : public Class<Enthusiast, "Enthusiast", NSObject, Audience> {
+class ApplaudingAudience final
+    : public Class<ApplaudingAudience, "ApplaudingAudience", NSObject, Audience> {
  public:
   [[nodiscard]] int seats() const override { return 2; }
   [[nodiscard]] bool applauds() const override { return true; }
 };
 
-class Reviewer final : public Class<Reviewer, "Reviewer", NSObject, Audience, Critic> {
+class CriticInAudience final
+    : public Class<CriticInAudience, "CriticInAudience", NSObject, Audience, Critic> {
  public:
   [[nodiscard]] int seats() const override { return 1; }
   void curtainFalls() override {}
@@ -61,16 +63,19 @@ class NonAdopter final : public Class<NonAdopter, "NonAdopter"> {
 
 class RunTimeCritic final : public Class<RunTimeCritic, "RunTimeCritic", NSObject, Critic> {
  public:
-  [[nodiscard]] OperationSet respondingOperations() const override { return {writes_ ? 1UL : 0UL}; }
-  void setWrites(bool writes) { writes_ = writes; }
+  // Bit 0 stands for `writes`, the first optional operation of `Critic`.
+  [[nodiscard]] OperationSet respondingOperations() const override {
+    return {respondsToWrites_ ? 1UL : 0UL};
+  }
+  void setRespondsToWrites(bool respondsToWrites) { respondsToWrites_ = respondsToWrites; }
 
  private:
-  bool writes_ = false;
+  bool respondsToWrites_ = false;
 };
 
 TEST(ClassNameTest, IsTheNameInTheClassHead) {
-  EXPECT_EQ(make<Sleeper>()->className(), "Sleeper");
-  EXPECT_EQ(Sleeper::staticClassName(), "Sleeper");
+  EXPECT_EQ(make<SilentAudience>()->className(), "SilentAudience");
+  EXPECT_EQ(SilentAudience::staticClassName(), "SilentAudience");
 }
 
 TEST(ClassNameTest, ASubclassHasItsOwnName) {
@@ -79,32 +84,32 @@ TEST(ClassNameTest, ASubclassHasItsOwnName) {
 }
 
 TEST(ObjectTest, EqualsOnlyItself) {
-  const auto object = make<Sleeper>();
+  const auto object = make<SilentAudience>();
   EXPECT_TRUE(object->isEqual(object.get()));
-  EXPECT_FALSE(object->isEqual(make<Sleeper>().get()));
+  EXPECT_FALSE(object->isEqual(make<SilentAudience>().get()));
   EXPECT_FALSE(object->isEqual(nullptr));
 }
 
 TEST(ObjectTest, SelfReturnsAStrongReferenceToTheObject) {
-  const auto object = make<Sleeper>();
+  const auto object = make<SilentAudience>();
   EXPECT_EQ(object->self(), object);
 }
 
 TEST(RespondsToTest, IsTrueForAnOperationThatTheClassOverrides) {
-  EXPECT_TRUE(respondsTo<&Audience::applauds>(make<Enthusiast>()));
+  EXPECT_TRUE(respondsTo<&Audience::applauds>(make<ApplaudingAudience>()));
 }
 
 TEST(RespondsToTest, IsFalseForAnOperationThatTheClassDoesNotOverride) {
-  const auto sleeper = make<Sleeper>();
-  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(sleeper));
-  EXPECT_FALSE(respondsTo<&Audience::applauds>(sleeper));
-  EXPECT_FALSE(respondsTo<&Audience::curtainFalls>(sleeper));
-  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(make<Enthusiast>()));
-  EXPECT_FALSE(respondsTo<&Audience::curtainFalls>(make<Enthusiast>()));
+  const auto audience = make<SilentAudience>();
+  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(audience));
+  EXPECT_FALSE(respondsTo<&Audience::applauds>(audience));
+  EXPECT_FALSE(respondsTo<&Audience::curtainFalls>(audience));
+  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(make<ApplaudingAudience>()));
+  EXPECT_FALSE(respondsTo<&Audience::curtainFalls>(make<ApplaudingAudience>()));
 }
 
 TEST(RespondsToTest, WorksThroughAReferenceToTheProtocol) {
-  const Strong<Audience> audience = make<Enthusiast>();
+  const Strong<Audience> audience = make<ApplaudingAudience>();
   EXPECT_TRUE(respondsTo<&Audience::applauds>(audience));
   EXPECT_FALSE(respondsTo<&Audience::curtainFalls>(audience));
 }
@@ -114,10 +119,10 @@ TEST(RespondsToTest, IsFalseForNull) {
 }
 
 TEST(RespondsToTest, DistinguishesTheProtocolsOfAClass) {
-  const auto reviewer = make<Reviewer>();
-  EXPECT_TRUE(respondsTo<&Critic::writes>(reviewer));
-  EXPECT_TRUE(respondsTo<&Audience::curtainFalls>(reviewer));
-  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(reviewer));
+  const auto critic = make<CriticInAudience>();
+  EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
+  EXPECT_TRUE(respondsTo<&Audience::curtainFalls>(critic));
+  EXPECT_FALSE(respondsTo<&Audience::curtainRises>(critic));
 }
 
 TEST(RespondsToTest, ASubclassMayAdoptAProtocolThatItsSuperclassDoesNot) {
@@ -127,14 +132,14 @@ TEST(RespondsToTest, ASubclassMayAdoptAProtocolThatItsSuperclassDoesNot) {
 TEST(RespondsToTest, AnObjectMayDecideAtRunTimeWhetherItResponds) {
   const auto critic = make<RunTimeCritic>();
   EXPECT_FALSE(respondsTo<&Critic::writes>(critic));
-  critic->setWrites(true);
+  critic->setRespondsToWrites(true);
   EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
 }
 
 TEST(ConformsToTest, IsTrueForADeclaredProtocol) {
-  const Strong<NSObject> reviewer = make<Reviewer>();
-  EXPECT_TRUE(conformsTo<Audience>(reviewer));
-  EXPECT_TRUE(conformsTo<Critic>(reviewer));
+  const Strong<NSObject> critic = make<CriticInAudience>();
+  EXPECT_TRUE(conformsTo<Audience>(critic));
+  EXPECT_TRUE(conformsTo<Critic>(critic));
   EXPECT_TRUE(conformsTo<Critic>(Strong<Building>(make<Theatre>())));
 }
 
@@ -144,16 +149,16 @@ TEST(ConformsToTest, IsFalseForAClassThatHasTheOperationsButDoesNotAdoptTheProto
 
 TEST(ConformsToTest, IsFalseForNull) { EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>())); }
 
-TEST(AsTest, ReturnsTheObjectAsAnAdopter) {
-  const Strong<NSObject> object = make<Enthusiast>();
+TEST(AsTest, ReturnsAnObjectThatAdoptsTheProtocolOrIsOfTheClass) {
+  const Strong<NSObject> object = make<ApplaudingAudience>();
   EXPECT_EQ(as<Audience>(object)->seats(), 2);
-  EXPECT_EQ(as<Enthusiast>(object), object);
+  EXPECT_EQ(as<ApplaudingAudience>(object), object);
 }
 
-TEST(AsTest, ReturnsNullForAnObjectOfAnotherClass) {
+TEST(AsTest, ReturnsNullForAnObjectOfAnotherClassAndForNull) {
   const Strong<NSObject> object = make<NonAdopter>();
   EXPECT_EQ(as<Audience>(object), nullptr);
-  EXPECT_EQ(as<Enthusiast>(object), nullptr);
+  EXPECT_EQ(as<ApplaudingAudience>(object), nullptr);
   EXPECT_EQ(as<Audience>(Strong<NSObject>()), nullptr);
 }
 

@@ -30,7 +30,7 @@ class Pipe : NonCopyable {
     close(ends_[0]);
     close(ends_[1]);
   }
-  [[nodiscard]] WaitHandle output() const { return WaitHandle(ends_[0]); }
+  [[nodiscard]] WaitHandle readEnd() const { return WaitHandle(ends_[0]); }
   void writeByte() const { EXPECT_EQ(write(ends_[1], "x", 1), 1); }
 
  private:
@@ -43,7 +43,7 @@ class RealClockTest : public testing::Test {
   ~RealClockTest() override {
     loop.invalidateTimers();
     dispatch_get_main_queue().removeAll();
-    loop.useRealTime();
+    loop.useRealTime();  // discards the watched handle and the wake-ups
   }
 
   // Returns true if the loop's descriptor becomes readable within `milliseconds`.
@@ -149,17 +149,17 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
   // The many rounds cause wake-ups before, during and after the beginning of a wait.
-  std::atomic<int> lastRound = 0;
+  std::atomic<int> completedRounds = 0;
   int runCount = 0;
   constexpr int kRounds = 500;
   std::thread otherThread([&] {
     for (int round = 0; round < kRounds; ++round) {
       dispatch_async(dispatch_get_main_queue(), [&] {
         ++runCount;
-        lastRound = runCount;
-        lastRound.notify_one();
+        completedRounds = runCount;
+        completedRounds.notify_one();
       });
-      lastRound.wait(round);
+      completedRounds.wait(round);
     }
   });
   loop.runUntil([&] { return runCount == kRounds; });
@@ -169,7 +169,7 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
 
 TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
   const Pipe pipe;
-  loop.watch(pipe.output());
+  loop.watch(pipe.readEnd());
   pipe.writeByte();
   loop.clock().waitUntil(kNever);
   loop.watch(WaitHandle());
@@ -178,8 +178,8 @@ TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
 TEST_F(RealClockTest, InputOnAReplacedHandleEndsNoWait) {
   const Pipe replacedPipe;
   const Pipe watchedPipe;
-  loop.watch(replacedPipe.output());
-  loop.watch(watchedPipe.output());
+  loop.watch(replacedPipe.readEnd());
+  loop.watch(watchedPipe.readEnd());
   replacedPipe.writeByte();
   pumpUntilIdle();
   EXPECT_FALSE(isReadable());
@@ -190,21 +190,21 @@ TEST_F(RealClockTest, InputOnAReplacedHandleEndsNoWait) {
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheWatchedDescriptorMayBeClosedBeforeItIsReplaced) {
+TEST_F(RealClockTest, TheWatchedHandleMayBeClosedBeforeItIsReplaced) {
   {
     const Pipe pipe;
-    loop.watch(pipe.output());
+    loop.watch(pipe.readEnd());
   }
   EXPECT_NO_THROW(loop.watch(WaitHandle()));
 }
 
-TEST_F(RealClockTest, TheDescriptorIsNotReadableWhileThereIsNothingToDo) {
+TEST_F(RealClockTest, TheLoopsDescriptorIsNotReadableWhileThereIsNothingToDo) {
   schedule(3600, make<Ticker>());
   pumpUntilIdle();
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
+TEST_F(RealClockTest, TheLoopsDescriptorBecomesReadableForWorkFromAnotherThread) {
   pumpUntilIdle();
   bool hasRun = false;
   runOnAnotherThread(
@@ -215,13 +215,13 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromAnotherThread) {
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheDescriptorBecomesReadableForWorkFromTheMainThreadBetweenPasses) {
+TEST_F(RealClockTest, TheLoopsDescriptorBecomesReadableForWorkFromTheMainThreadBetweenPasses) {
   pumpUntilIdle();
   dispatch_async(dispatch_get_main_queue(), [] {});
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
 }
 
-TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore) {
+TEST_F(RealClockTest, TheLoopsDescriptorBecomesReadableAtTheNextDeadlineAndNotBefore) {
   const auto ticker = make<Ticker>();
   const auto timer = schedule(0.003, ticker);
   const Nanoseconds fireDate = timer->fireDate();
@@ -234,7 +234,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableForTheNextDeadlineAndNotBefore
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, TheDescriptorBecomesReadableAtANewEarlierDeadline) {
+TEST_F(RealClockTest, TheLoopsDescriptorBecomesReadableAtANewEarlierDeadline) {
   schedule(3600, make<Ticker>());
   pumpUntilIdle();
   const auto ticker = make<Ticker>();
@@ -245,7 +245,7 @@ TEST_F(RealClockTest, TheDescriptorBecomesReadableAtANewEarlierDeadline) {
   }
 }
 
-TEST_F(RealClockTest, TheDescriptorStaysReadableUntilTheNextPass) {
+TEST_F(RealClockTest, TheLoopsDescriptorStaysReadableUntilTheNextPass) {
   pumpUntilIdle();
   runOnAnotherThread([this] { loop.wake(); });
   EXPECT_TRUE(isReadable(kTimeoutInMilliseconds));
@@ -254,7 +254,7 @@ TEST_F(RealClockTest, TheDescriptorStaysReadableUntilTheNextPass) {
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable) {
+TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheLoopsDescriptorReadable) {
   constexpr int kRounds = 400;
   pumpUntilIdle();
   std::atomic<int> startedRound = 0;
@@ -273,6 +273,8 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheDescriptorReadable
     while (endedRound != round) {
       loop.pump();
     }
+    // The other thread's call of `wake` has ended. The first pass serves the wake-up, so that the
+    // second pass finds nothing to do.
     loop.pump();
     loop.pump();
     readableCount += isReadable() ? 1 : 0;

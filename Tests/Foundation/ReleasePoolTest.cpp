@@ -131,12 +131,12 @@ TEST_F(ReleasePoolTest, AnObjectThatIsAddedTwiceIsDestroyedOnce) {
 
 TEST_F(ReleasePoolTest, ThePoolOfAnotherThreadReleasesItsObjectsWhenTheThreadEnds) {
   Weak<TestObject> object;
-  bool isAliveAtTheEnd = false;
+  bool isAliveInTheThread = false;
   std::thread([&] {
     object = addObject("first");
-    isAliveAtTheEnd = !object.expired();
+    isAliveInTheThread = !object.expired();
   }).join();
-  EXPECT_TRUE(isAliveAtTheEnd);
+  EXPECT_TRUE(isAliveInTheThread);
   EXPECT_TRUE(object.expired());
 }
 

@@ -83,7 +83,7 @@ TEST(NSErrorTest, ReturnsDomainCodeAndUserInfo) {
   EXPECT_EQ(NSError::errorWithDomainCodeUserInfo("", 0, nullptr)->userInfo(), nullptr);
 }
 
-TEST(NSBundleTest, HasTheNameOfTheClassThatItWasRequestedFor) {
+TEST(NSBundleTest, TheBundleForAClassHasThatClassAsItsPrincipalClass) {
   EXPECT_EQ(NSBundle::bundleForClass<NSString>()->principalClass(), "NSString");
 }
 
@@ -143,7 +143,7 @@ TEST(TimeTest, SecondsAreRoundedToTheNearestNanosecond) {
   EXPECT_EQ(nanosecondsFromSeconds(1e6), 1'000'000'000'000'000);
 }
 
-TEST(TimeTest, SecondsOutOfRangeGiveTheNearestLimit) {
+TEST(TimeTest, SecondsOutOfRangeGiveTheNearestLimitAndNaNGivesZero) {
   EXPECT_EQ(nanosecondsFromSeconds(1e10), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(std::numeric_limits<double>::infinity()), kNever);
   EXPECT_EQ(nanosecondsFromSeconds(-1e10), -kNever);

@@ -55,7 +55,7 @@ TEST(CommandLineTest, VersionWorksWithAndWithoutACommand) {
 struct BadUsage {
   const char* testName;
   std::vector<const char*> arguments;
-  const char* message;
+  const char* messagePart;
 
   friend void PrintTo(const BadUsage& usage, std::ostream* out) { *out << usage.testName; }
 };
@@ -67,7 +67,7 @@ TEST_P(BadUsageTest, IsReportedInOneLine) {
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(result.errors, testing::StartsWith("launchscreen: "));
-  EXPECT_THAT(result.errors, HasSubstr(GetParam().message));
+  EXPECT_THAT(result.errors, HasSubstr(GetParam().messagePart));
   EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1) << result.errors;
   EXPECT_TRUE(result.errors.ends_with('\n'));
 }

@@ -1,4 +1,4 @@
-// Runs `launchscreen show` on the free AppKit, in real time.
+// Runs `launchscreen show` on the free AppKit of GNUstep, in real time.
 #include <gtest/gtest.h>
 
 #include "Tests/Support/Cocoa/AppKitEnvironment.h"
@@ -7,7 +7,7 @@
 namespace vel::test {
 namespace {
 
-// The environment is a base class, so it is destroyed after the X server.
+// `AppKitEnvironment` is the first base class, so it is destroyed after the X server of `X11Test`.
 class CocoaShow : private AppKitEnvironment, public X11Test {
  protected:
   CocoaShow() : X11Test(Manager::Metacity) {}
@@ -33,7 +33,7 @@ TEST_F(CocoaShow, ThePlayerWindowIsWhiteWhileTheLaunchScreenIsShown) {
   EXPECT_EQ(program.wait(), 0);
 }
 
-TEST_F(CocoaShow, TheEventIsPrinted) {
+TEST_F(CocoaShow, TheRecordedEventIsPrinted) {
   const std::string output = runProgram(
       {LAUNCHSCREEN, "show", "--display", "cocoa", "--duration", "0.5", "--event", "game_started"},
       server.display());

@@ -46,14 +46,16 @@ class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
   const std::string expected = readFile(fs::path(kTraces) / (GetParam() + ".jsonl"));
-  const std::string scenario = (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
+  const std::string scenarioFile =
+      (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
+  // A play that stops at a fatal error has a status of its own.
   const int status =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
   // The second play shows that the first play has left no state in the process.
   for (int round = 0; round < 2; ++round) {
     std::istringstream input;
     std::ostringstream trace;
-    EXPECT_EQ(play({.file = scenario}, input, trace), status);
+    EXPECT_EQ(play({.file = scenarioFile}, input, trace), status);
     EXPECT_EQ(trace.str(), expected);
   }
 }
