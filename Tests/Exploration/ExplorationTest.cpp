@@ -73,8 +73,8 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATraceLine) {
   const Exploration exploration = exploreFor(
       CheckTime::Moment,
       [](const ObservedPlay& play) -> std::string {
-        const bool isTick =
-            play.event() != nullptr && std::holds_alternative<host::trace::Tick>(*play.event());
+        const bool isTick = play.traceEvent() != nullptr &&
+                            std::holds_alternative<host::trace::Tick>(*play.traceEvent());
         return isTick && play.manager()->content() != nullptr ? "time passes" : "";
       },
       4);
@@ -87,7 +87,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtTheEndOfThePl
   const Exploration exploration = exploreFor(
       CheckTime::End,
       [](const ObservedPlay& play) -> std::string {
-        return play.history().eventCount > 0 ? "an event was recorded" : "";
+        return play.history().recordedEventCount > 0 ? "an event was recorded" : "";
       },
       4);
   ASSERT_TRUE(exploration.finding);
@@ -202,14 +202,14 @@ const Example kExamples[] = {
      {"request", "present embedded", "present embedded elsewhere", "dismiss by the manager",
       "half a second", "half a second"},
      {1, 15, 1}},
-    {"a controller's second window",
+    {"a second window of a controller that has saved the style of its first window",
      {"request", "present embedded", "close the player", "present embedded elsewhere",
       "dismiss by the manager", "half a second", "half a second"},
      {15, 15, 1}},
     {"a second cover over a covered window",
      {"request", "present embedded", "request", "present embedded", "close the player"},
      {1, 7, 1}},
-    {"a cover over a closed window, restored by another controller",
+    {"a closed window whose style another controller restores",
      {"request", "close the player", "present embedded", "request", "dismiss by the controller",
       "half a second", "half a second"},
      {kNoSavedStyle, 7, 1}},

@@ -17,8 +17,8 @@ namespace trace = host::trace;
 constexpr Nanoseconds kDelayOfRecording = kNanosecondsPerSecond / 2;
 
 template <class Kind>
-const Kind* eventAs(const ObservedPlay& play) {
-  return play.event() == nullptr ? nullptr : std::get_if<Kind>(play.event());
+const Kind* traceEventAs(const ObservedPlay& play) {
+  return play.traceEvent() == nullptr ? nullptr : std::get_if<Kind>(play.traceEvent());
 }
 
 std::string number(double value) { return host::shortestDecimal(value); }
@@ -27,26 +27,25 @@ std::string number(double value) { return host::shortestDecimal(value); }
 
 std::string checkRecordedOnce(const ObservedPlay& play) {
   const bool isRecordedAgain =
-      eventAs<trace::RecordedEvent>(play) != nullptr && play.history().eventCount > 0;
+      traceEventAs<trace::RecordedEvent>(play) != nullptr && play.history().recordedEventCount > 0;
   return isRecordedAgain ? "it is recorded again" : "";
 }
 
 std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
-  const bool isRecorded =
-      eventAs<trace::RecordedEvent>(play) != nullptr && !play.history().hasRequestOutsideSkipMode;
+  const bool isRecorded = traceEventAs<trace::RecordedEvent>(play) != nullptr &&
+                          !play.history().hasRequestOutsideSkipMode;
   return isRecorded ? "an event is recorded" : "";
 }
 
 // Checks when the event is sent, not when it is recorded. The library records the event half a
-// second after it is sent, even if no required window (see `History::isWindowAway`) is key any
-// more.
-std::string checkNotSentWhileAway(const ObservedPlay& play) {
+// second after it is sent, even if the manager has become unfocused since.
+std::string checkNotSentWhileUnfocused(const ObservedPlay& play) {
   const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
-  return isSentNow && play.history().isWindowAway ? "an event is sent" : "";
+  return isSentNow && play.history().shouldBeUnfocused ? "an event is sent" : "";
 }
 
 std::string checkTimeOfRecording(const ObservedPlay& play) {
-  if (eventAs<trace::RecordedEvent>(play) == nullptr) {
+  if (traceEventAs<trace::RecordedEvent>(play) == nullptr) {
     return "";
   }
   const auto sendTime = play.history().sendTime;
@@ -59,15 +58,15 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
 
 std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const History& history = play.history();
-  const bool isDismissing = eventAs<trace::LifeCycleCall>(play) != nullptr ||
-                            eventAs<trace::StyleMaskAssignment>(play) != nullptr ||
-                            eventAs<trace::PresentationWindowChange>(play) != nullptr ||
-                            eventAs<trace::KeyWindowChange>(play) != nullptr;
+  const bool isDismissing = traceEventAs<trace::LifeCycleCall>(play) != nullptr ||
+                            traceEventAs<trace::StyleMaskAssignment>(play) != nullptr ||
+                            traceEventAs<trace::PresentationWindowChange>(play) != nullptr ||
+                            traceEventAs<trace::KeyWindowChange>(play) != nullptr;
   if (history.mustRefuse && isDismissing) {
     return "it is not refused with " + number(history.timeLeft) + " s left";
   }
   const bool isEarly = history.timeLeft > expirationTimeStep && !play.currentSample().skipMode;
-  if (eventAs<trace::Tick>(play) != nullptr && isEarly && history.lifeCycleCallCount > 0) {
+  if (traceEventAs<trace::Tick>(play) != nullptr && isEarly && history.lifeCycleCallCount > 0) {
     return "a tick dismisses with " + number(history.timeLeft) + " s left";
   }
   return "";
@@ -79,25 +78,28 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   const double previousTimeLeft = play.previousSample().timeLeft;
   const double currentTimeLeft = play.currentSample().timeLeft;
   const History& history = play.history();
+  // The manager sets the time left to 0 after a dismissal, and when it is asked for a dismissal
+  // with at most one step left.
   const bool mayBeStopped =
       history.hasCalledDidDisappear ||
       (history.hasCalledCanDisappear && previousTimeLeft <= expirationTimeStep);
-  const bool isNewInterval =
+  const bool isSetByRequest =
       history.step == "request" && currentTimeLeft == play.currentSample().interval;
-  if (eventAs<trace::Tick>(play) != nullptr) {
+  if (traceEventAs<trace::Tick>(play) != nullptr) {
     const bool isOneStepLess = currentTimeLeft == previousTimeLeft - expirationTimeStep;
-    const bool isStoppedBeforeTick = mayBeStopped && currentTimeLeft == 0.0 - expirationTimeStep;
+    // The tick starts a dismissal, which sets the time left to 0. Then the tick subtracts its step.
+    const bool isStoppedDuringTick = mayBeStopped && currentTimeLeft == 0.0 - expirationTimeStep;
     const bool isZero = previousTimeLeft == 0.0 && currentTimeLeft == 0.0;
     if (!history.wasCounting) {
       return "a tick comes without a valid timer";
     }
-    return isOneStepLess || isStoppedBeforeTick || isZero
+    return isOneStepLess || isStoppedDuringTick || isZero
                ? ""
                : "a tick changes " + number(previousTimeLeft) + " s to " + number(currentTimeLeft) +
                      " s";
   }
   if (currentTimeLeft == previousTimeLeft || (mayBeStopped && currentTimeLeft == 0.0) ||
-      isNewInterval) {
+      isSetByRequest) {
     return "";
   }
   return number(previousTimeLeft) + " s become " + number(currentTimeLeft) + " s without a tick";
@@ -110,14 +112,14 @@ std::string checkCountsOnlyWithFocus(const ObservedPlay& play) {
 }
 
 std::string checkUnfocused(const ObservedPlay& play) {
-  if (play.currentSample().isUnfocused == play.history().isWindowAway) {
+  if (play.currentSample().isUnfocused == play.history().shouldBeUnfocused) {
     return "";
   }
-  return play.currentSample().isUnfocused ? "it is unfocused, but no required window is away"
-                                          : "it is not unfocused, but a required window is away";
+  return play.currentSample().isUnfocused ? "it is unfocused, but should be focused"
+                                          : "it is focused, but should be unfocused";
 }
 
-std::string checkTimerCount(const ObservedPlay& play) {
+std::string checkNoOtherTimer(const ObservedPlay& play) {
   const std::size_t timers = NSRunLoop::mainRunLoop().timerCount();
   return timers > (play.currentSample().isCounting ? 1U : 0U)
              ? std::to_string(timers) + " timers are scheduled"
@@ -192,7 +194,8 @@ constexpr Invariant kInvariants[] = {
     {"the event is recorded at most once", CheckTime::Moment, &checkRecordedOnce},
     {"no event is recorded if every request asks for skip mode", CheckTime::Moment,
      &checkNotRecordedInSkipMode},
-    {"no event is sent while a required window is away", CheckTime::Moment, &checkNotSentWhileAway},
+    {"no event is sent while the manager should be unfocused", CheckTime::Moment,
+     &checkNotSentWhileUnfocused},
     {"the event is recorded half a second after it is sent", CheckTime::Moment,
      &checkTimeOfRecording},
     {"outside skip mode a dismissal is refused by the manager while more than one tick is left",
@@ -200,12 +203,14 @@ constexpr Invariant kInvariants[] = {
     {"each tick of a valid timer reduces the time left by one step", CheckTime::Moment,
      &checkTimeLeft},
     {"the countdown runs only with focus", CheckTime::Moment, &checkCountsOnlyWithFocus},
-    {"the manager is unfocused exactly while a required window is away", CheckTime::Moment,
-     &checkUnfocused},
-    {"there is at most one timer", CheckTime::Moment, &checkTimerCount},
+    {"the manager is unfocused after a required window stops being key, until one is key again",
+     CheckTime::Moment, &checkUnfocused},
+    {"no timer is scheduled except the timer of the countdown", CheckTime::Moment,
+     &checkNoOtherTimer},
     {"without a cover every window has the style that its host gave it", CheckTime::State,
      &checkStyles},
-    {"after the end only covers that are up are alive", CheckTime::End, &checkObjectsAfterEnd},
+    {"after the end no work is pending, and only the host and the covers that are up own objects",
+     CheckTime::End, &checkObjectsAfterEnd},
     {"a deactivated cover has no delegates", CheckTime::End, &checkDelegatesAfterEnd},
 };
 

@@ -73,7 +73,7 @@ void ObservedPlay::perform(std::uint8_t action) {
   const bool hasOriginalStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
     return window->styleMask() == originalStyle(*window);
   });
-  if (hasOriginalStyles && isUncovered(*this) && isStyleForgotten(*this)) {
+  if (hasOriginalStyles && isUncovered(*this) && !canEarlierCoverChangeStyle(*this)) {
     history_.styleExceptions.reset();
   }
 }
@@ -135,7 +135,7 @@ void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
 }
 
 void ObservedPlay::checkMoment(const host::TraceEvent* event) {
-  event_ = event;
+  traceEvent_ = event;
   previousSample_ = currentSample_;
   currentSample_ = sampleOf(*manager());
   if (currentSample_.isSent && !previousSample_.isSent) {
@@ -166,10 +166,12 @@ void ObservedPlay::record(const host::trace::StepStart& step) {
     }
   }
   const auto* const dismissal = std::get_if<host::step::Dismiss>(&step_->action);
-  const bool isGuarded = dismissal != nullptr && dismissal->path != host::DismissalPath::Content;
+  // A dismissal by the content does not ask the controller's delegates.
+  const bool asksDelegates =
+      dismissal != nullptr && dismissal->path != host::DismissalPath::Content;
   const auto delegates =
       send(controllerOf(manager()->content()), &LaunchScreenViewController::delegates);
-  history_.mustRefuse = isGuarded && delegates != nullptr &&
+  history_.mustRefuse = asksDelegates && delegates != nullptr &&
                         delegates->containsObject(manager().get()) && !currentSample_.skipMode &&
                         currentSample_.timeLeft > expirationTimeStep;
 }
@@ -186,15 +188,17 @@ void ObservedPlay::record(const host::trace::HostCall& call) {
       history_.hasCalledDidDisappear || call.operation == host::ViewOperation::DidDisappear;
 }
 
-void ObservedPlay::record(const host::trace::RecordedEvent& /*event*/) { ++history_.eventCount; }
+void ObservedPlay::record(const host::trace::RecordedEvent& /*event*/) {
+  ++history_.recordedEventCount;
+}
 
 void ObservedPlay::record(const host::trace::LifeCycleCall& /*call*/) {
   ++history_.lifeCycleCallCount;
 }
 
-// Returns true if the user sees the cover while the window is key. Does not use
-// `appIsUnfocused`, because an invariant compares `appIsUnfocused` with this result.
-bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
+// Returns what `LaunchScreenManager::isRequiredWindow` should return. Does not call the manager,
+// because an invariant compares the manager's state with `shouldBeUnfocused`.
+bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> coverWindow = send(send(cover, &NSViewController::view), &NSView::window);
   if (window == nullptr || cover == nullptr) {
@@ -203,10 +207,12 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
   const auto isPlayer = [](const Strong<NSWindow>& candidate) {
     return candidate != nullptr && candidate->className() == "PlayerWindow";
   };
+  // A cover that is a modal window covers the player window and its child windows.
   if (coverWindow != nullptr && coverWindow->isModalPanel() &&
       (isPlayer(window) || isPlayer(window->parentWindow()))) {
     return true;
   }
+  // Like the manager, compares class names: any cover in the window makes the window required.
   const auto children =
       send(window->contentViewController(), &NSViewController::childViewControllers);
   return window == coverWindow ||
@@ -215,26 +221,28 @@ bool ObservedPlay::showsCover(const Strong<NSWindow>& window) {
          });
 }
 
-// Computes `isWindowAway` from the key change. The manager has not been notified of the key change
-// yet, so its state is still the state before the key change.
+// Computes `shouldBeUnfocused` from the key change. The manager has not been notified of the key
+// change yet, so its state is still the state before the key change.
 void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);
     history_.keyOrder.push_back(change.window);
   }
   if (NSNotificationCenter::defaultCenter().registrationCount(manager().get()) == 0) {
-    return;
+    return;  // the manager does not receive the key change
   }
   const Strong<NSWindow> window = names_.window(change.window);
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   if (change.change == KeyStatusChange::BecomesKey) {
-    history_.isWindowAway = history_.isWindowAway && !showsCover(window);
+    history_.shouldBeUnfocused = history_.shouldBeUnfocused && !isRequired(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {
-    history_.isWindowAway = history_.isWindowAway &&
-                            send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
-  } else if (!currentSample_.isExpired && showsCover(window)) {
-    history_.isWindowAway = true;
+    // If the consent dialog stops being key, the manager makes the cover's window key.
+    history_.shouldBeUnfocused =
+        history_.shouldBeUnfocused &&
+        send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
+  } else if (!currentSample_.isExpired && isRequired(window)) {
+    history_.shouldBeUnfocused = true;
   }
 }
 

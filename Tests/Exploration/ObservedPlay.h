@@ -47,12 +47,12 @@ struct Sample {
 struct History {
   /// A request was accepted outside skip mode.
   bool hasRequestOutsideSkipMode = false;
-  /// A required window has stopped being key, and no required window has become key since. The play
-  /// computes this value from the key changes, not from the manager's state. A window is required
-  /// if the user sees the cover while the window is key.
-  bool isWindowAway = false;
+  /// The expected value of `Sample::isUnfocused`: true after a required window has stopped being
+  /// key, until a required window becomes key. A window is required if the user can see the cover
+  /// while the window is key.
+  bool shouldBeUnfocused = false;
   /// The number of recorded events.
-  int eventCount = 0;
+  int recordedEventCount = 0;
   /// The time at which `eventWasSended` became true.
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
@@ -100,7 +100,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] const Sample& currentSample() const { return currentSample_; }
   /// The event of the trace line at which the invariants are being checked. Null if they are being
   /// checked because no work is due.
-  [[nodiscard]] const host::TraceEvent* event() const { return event_; }
+  [[nodiscard]] const host::TraceEvent* traceEvent() const { return traceEvent_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
   /// The host's windows in the order in which they were opened, closed windows included.
@@ -131,7 +131,7 @@ class ObservedPlay final : private host::PlayListener {
   void record(const host::trace::LifeCycleCall& call);
   template <class Other>
   void record(const Other& /*other*/) {}
-  bool showsCover(const Strong<NSWindow>& window);
+  bool isRequired(const Strong<NSWindow>& window);
   /// Adds the manager's current objects to `temporaryContents_` and `controllers_`.
   void collectObjects();
 
@@ -146,7 +146,7 @@ class ObservedPlay final : private host::PlayListener {
   Weak<LaunchScreenViewController> lastController_;
   Sample previousSample_;
   Sample currentSample_;
-  const host::TraceEvent* event_ = nullptr;
+  const host::TraceEvent* traceEvent_ = nullptr;
   History history_;
   const host::Step* step_ = nullptr;  // the step that started last
   Nanoseconds scriptTime_ = 0;

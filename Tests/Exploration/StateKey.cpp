@@ -103,6 +103,7 @@ void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewContr
   key << controller.presentationMode() << controller.appWindowStyleMask()
       << play.names().nameOf(controller.appWindow()) << controller.isShown()
       << (controller.parentViewController() != nullptr)
+      // The controller presents itself over a window without a content view controller.
       << (controller.presentingViewController().get() == &controller)
       << (controller.presentingViewController() != nullptr);
   for (const LifeCycleMethod method :
@@ -133,21 +134,24 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   for (const auto& controller : controllers) {
     addController(key, play, *controller);
   }
-  // The controller of the embedded cover's view. Null if this controller is already destroyed.
-  const auto viewsController =
+  // `superView`, `selfView` and `selfController` belong to the tracked cover (see EmbeddedCover.h).
+  const auto controllerOfSelfView =
       as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
-  const auto window = send(superView, &NSView::window);
+  const auto windowOfSuperView = send(superView, &NSView::window);
   const auto currentController =
       send(play.manager()->content(), &LaunchScreenContent::viewController);
-  key << indexOf(selfController.get(), controllers) << indexOf(viewsController.get(), controllers)
-      << play.names().nameOf(window) << (selfView != nullptr) << (superView != nullptr)
+  key << indexOf(selfController.get(), controllers)
+      << indexOf(controllerOfSelfView.get(), controllers) << play.names().nameOf(windowOfSuperView)
+      << (selfView != nullptr) << (superView != nullptr)
       << indexOf(as<LaunchScreenViewController>(currentController).get(), controllers);
 }
 
 void addHistory(KeyText& key, const ObservedPlay& play) {
   const History& history = play.history();
-  key << history.hasRequestOutsideSkipMode << history.isWindowAway << history.eventCount;
-  if (history.sendTime && history.eventCount == 0) {
+  key << history.hasRequestOutsideSkipMode << history.shouldBeUnfocused
+      << history.recordedEventCount;
+  // The invariants use the time at which the event was sent only until the event is recorded.
+  if (history.sendTime && history.recordedEventCount == 0) {
     key << *history.sendTime - ObservedPlay::time();
   }
   key << history.styleExceptions.to_ulong();

@@ -13,6 +13,7 @@ namespace vel::exploration {
 
 namespace {
 
+// An embedded cover removes these controls from its window.
 constexpr NSWindowStyleMask kRemovedControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
@@ -51,6 +52,8 @@ std::optional<Presentation> presentationOf(const ObservedPlay& play, const host:
                       .controller = controller};
 }
 
+// In this function and the next, `appWindow` is the window over which the controller was presented
+// before. Only an embedded presentation sets `appWindow`.
 bool presentsInAnotherMode(const ObservedPlay& play, const host::Step& step) {
   const auto presentation = presentationOf(play, step);
   return presentation && !presentation->isEmbedded &&
@@ -107,16 +110,19 @@ constexpr StyleException kStyleExceptions[] = {
      "only embedded mode restores a style, and the mode has changed", &presentsInAnotherMode,
      &isWithoutControls},
     {"an embedded cover presented again, over another window",
-     "a controller keeps one window at a time, and does not restore the style of the previous one",
+     "a controller refers to one window at a time, and does not restore the style of the previous "
+     "window",
      &presentsOverAnotherWindow, &isWithoutControls},
-    {"a controller's second window",
-     "a controller saves a style once, so the second window gets the style of the first",
+    {"a second window of a controller that has saved the style of its first window",
+     "a controller saves a style once, so the second window gets the style of the first "
+     "window",
      &restoresStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
     {"a second cover over a covered window",
      "the second cover saves the style that the first cover has set, and restores it",
      &presentsOverCoveredWindow, &isWithoutControls},
-    {"a cover over a closed window, restored by another controller",
-     "no style was saved, and the value for \"no saved style\" is written as the style",
+    {"a closed window whose style another controller restores",
+     "the cover over the closed window has saved no style, and the other controller writes the "
+     "value for \"no saved style\" as the style",
      &presentsOverClosedWindow, &hasEveryBit},
 };
 
@@ -124,13 +130,13 @@ constexpr StyleException kStyleExceptions[] = {
 
 bool isUncovered(const ObservedPlay& play) { return !isCoverUp(play) && !isRemovalPending(); }
 
-bool isStyleForgotten(const ObservedPlay& play) {
+bool canEarlierCoverChangeStyle(const ObservedPlay& play) {
   const Strong<NSWindow> player = play.hostWindows().front();
-  return embedded_cover::selfController == nullptr &&
-         std::ranges::all_of(play.controllers(), [&play, &player](const auto& controller) {
+  return embedded_cover::selfController != nullptr ||
+         std::ranges::any_of(play.controllers(), [&play, &player](const auto& controller) {
            const NSWindowStyleMask savedStyle = controller->appWindowStyleMask();
-           return controller->appWindow() == nullptr &&
-                  (savedStyle == kNoSavedStyle || savedStyle == play.originalStyle(*player));
+           return controller->appWindow() != nullptr ||
+                  (savedStyle != kNoSavedStyle && savedStyle != play.originalStyle(*player));
          });
 }
 

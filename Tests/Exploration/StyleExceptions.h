@@ -21,9 +21,9 @@ struct StyleException {
 
 /// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Returns true if no earlier cover can still change the style of a window. Then the library tracks
-/// no embedded cover (EmbeddedCover.h), no controller refers to a window, and every saved style is
-/// the original style of the player window.
-[[nodiscard]] bool isStyleForgotten(const ObservedPlay& play);
+/// Returns true if an earlier cover can still give a window a wrong style. The reason is one of
+/// these: the library tracks an embedded cover (EmbeddedCover.h), a controller refers to a window,
+/// or a controller has saved a style other than the original style of the player window.
+[[nodiscard]] bool canEarlierCoverChangeStyle(const ObservedPlay& play);
 
 }  // namespace vel::exploration

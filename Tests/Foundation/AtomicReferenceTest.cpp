@@ -53,7 +53,7 @@ TEST(AtomicReferenceTest, OwnsItsObject) {
   EXPECT_TRUE(weakReference.expired());
 }
 
-TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAfterALaterStore) {
+TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAliveAfterALaterStore) {
   AtomicReference<TestObject> property;
   property.store(make<TestObject>(1));
   const Strong<TestObject> loadedObject = property.load();
@@ -65,7 +65,8 @@ TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
   AtomicReference<TestObject> property;
   Strong<TestObject> referenceInDestructor;
   const auto nextObject = make<TestObject>(2);
-  // If `store` held the lock here, the read in the destructor would block forever.
+  // If `store` held the lock while it destroys the old object, `load` in the destructor would block
+  // forever.
   property.store(make<TestObject>(1, [&] { referenceInDestructor = property.load(); }));
   property.store(nextObject);
   EXPECT_EQ(referenceInDestructor, nextObject);

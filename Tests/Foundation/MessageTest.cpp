@@ -15,7 +15,7 @@ namespace {
 
 class Player : public Class<Player, "Player"> {
  public:
-  [[nodiscard]] std::int32_t points() const { return 7; }
+  [[nodiscard]] std::int32_t points() const { return points_; }
   [[nodiscard]] bool isPlaying() const { return true; }
   [[nodiscard]] double speed() const { return 1.5; }
   [[nodiscard]] CGRect frame() const { return CGRectMake(1, 2, 3, 4); }
@@ -31,12 +31,12 @@ class Player : public Class<Player, "Player"> {
     hasActed_ = true;
   }
   [[nodiscard]] bool hasActed() const { return hasActed_; }
-  [[nodiscard]] const Strong<Player>& partnerInPlace() const { return partner_; }
-  [[nodiscard]] std::int32_t& pointsInPlace() { return mutablePoints_; }
+  [[nodiscard]] const Strong<Player>& partnerReference() const { return partner_; }
+  [[nodiscard]] std::int32_t& pointsReference() { return points_; }
 
  private:
   Strong<Player> partner_;
-  std::int32_t mutablePoints_ = 0;
+  std::int32_t points_ = 7;
   bool hasActed_ = false;
 };
 
@@ -56,7 +56,7 @@ TEST(MessageTest, CallsAnInheritedOperation) {
   EXPECT_EQ(send(make<Keeper>(), &Player::points), 7);
 }
 
-TEST(MessageTest, ACallOnNullReturnsZero) {
+TEST(MessageTest, ACallOnNullReturnsTheZeroValueOfTheResultType) {
   EXPECT_EQ(send(kNull, &Player::points), 0);
   EXPECT_EQ(send(kNull, &Player::sum, 2, 3), 0);
   EXPECT_FALSE(send(kNull, &Player::isPlaying));
@@ -81,12 +81,12 @@ TEST(MessageTest, TheResultOfACallOnNullMayBeTheNextReceiver) {
 TEST(MessageTest, KeepsTheReceiverAliveDuringTheCall) {
   auto player = make<Player>();
   const Weak<Player> weakReference = player;
-  bool isAliveInside = false;
+  bool isAliveDuringCall = false;
   send(player, &Player::act, [&] {
     player.reset();  // now only the call holds a reference
-    isAliveInside = !weakReference.expired();
+    isAliveDuringCall = !weakReference.expired();
   });
-  EXPECT_TRUE(isAliveInside);
+  EXPECT_TRUE(isAliveDuringCall);
   EXPECT_TRUE(weakReference.expired());
 }
 
@@ -96,8 +96,8 @@ concept CanSend = requires(const Strong<Receiver>& receiver, Operation operation
 
 TEST(MessageTest, DoesNotCompileForAResultThatIsAReference) {
   EXPECT_TRUE((CanSend<Player, decltype(&Player::partner)>));
-  EXPECT_FALSE((CanSend<Player, decltype(&Player::partnerInPlace)>));
-  EXPECT_FALSE((CanSend<Player, decltype(&Player::pointsInPlace)>));
+  EXPECT_FALSE((CanSend<Player, decltype(&Player::partnerReference)>));
+  EXPECT_FALSE((CanSend<Player, decltype(&Player::pointsReference)>));
 }
 
 TEST(MessageTest, DoesNotCompileForAnObjectWithoutTheOperation) {

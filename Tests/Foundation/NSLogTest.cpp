@@ -42,10 +42,6 @@ TEST(FormatLogLineTest, ReplacesANumberSpecifierByTheNumber) {
   EXPECT_EQ(formatLogLine("%u", {std::numeric_limits<std::uint32_t>::max()}), "4294967295");
 }
 
-TEST(FormatLogLineTest, PrintsANegativeNumberAsUnsigned) {
-  EXPECT_EQ(formatLogLine("%u", {static_cast<std::uint32_t>(-1)}), "4294967295");
-}
-
 TEST(FormatLogLineTest, UsesTheArgumentsInOrder) {
   EXPECT_EQ(formatLogLine("%@ (%s) mode: %u", {"Content", "-[Content present]", 2U}),
             "Content (-[Content present]) mode: 2");
@@ -70,7 +66,7 @@ TEST(FormatLogLineTest, DoesNotReplaceSpecifiersInsideAnArgument) {
   EXPECT_EQ(formatLogLine("%@ %@", {"%s", "%%"}), "%s %%");
 }
 
-TEST(FormatLogLineTest, ATextMayContainAnyByte) {
+TEST(FormatLogLineTest, ATextMayBeEmptyOrContainAZeroByteOrNonAsciiCharacters) {
   EXPECT_EQ(formatLogLine("<%@>", {""}), "<>");
   EXPECT_EQ(formatLogLine("<%@>", {std::string_view("a\0b", 3)}), std::string("<a\0b>", 5));
   EXPECT_EQ(formatLogLine("<%@>", {"größer"}), "<größer>");

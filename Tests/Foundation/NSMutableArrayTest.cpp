@@ -41,7 +41,7 @@ class NSMutableArrayTest : public testing::Test {
 
   // Iterates over the guests and records their names. Runs `work` at the guest that has the name
   // `name`.
-  void iterate(const std::string& name, const std::function<void()>& work) {
+  void iterate(const std::string& name = "", const std::function<void()>& work = nullptr) {
     for (const Strong<Guest>& guest : *guests) {
       visitedNames.push_back(guest->name());
       if (guest->name() == name) {
@@ -89,7 +89,7 @@ TEST_F(NSMutableArrayTest, RemovingAnObjectMovesLaterObjectsForward) {
   EXPECT_EQ(guests->objectAtIndex(1)->name(), "Cid");
 }
 
-TEST_F(NSMutableArrayTest, IsConsistentWhenARemovedObjectIsDestroyed) {
+TEST_F(NSMutableArrayTest, TheDestructorOfARemovedObjectReadsTheNewCount) {
   std::size_t countInDestructor = 99;
   guests->addObject(make<Guest>("Dan", [&] { countInDestructor = guests->count(); }));
   guests->removeObjectAtIndex(3);
@@ -100,13 +100,13 @@ TEST_F(NSMutableArrayTest, IsConsistentWhenARemovedObjectIsDestroyed) {
 }
 
 TEST_F(NSMutableArrayTest, ALoopVisitsTheObjectsInOrder) {
-  iterate("", [] {});
+  iterate();
   EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Cid"}));
 }
 
 TEST_F(NSMutableArrayTest, ALoopOverAnEmptyArrayVisitsNothing) {
   guests->removeAllObjects();
-  iterate("", [] {});
+  iterate();
   EXPECT_TRUE(visitedNames.empty());
 }
 
@@ -166,7 +166,7 @@ TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayDuringALoopDoesNotThrow) {
 }
 
 TEST_F(NSMutableArrayTest, ANestedLoopDoesNotThrow) {
-  iterate("Bob", [this] { iterate("", [] {}); });
+  iterate("Bob", [this] { iterate(); });
   EXPECT_EQ(visitedNames, (Names{"Ann", "Bob", "Ann", "Bob", "Cid", "Cid"}));
 }
 

@@ -128,7 +128,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObject) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectOrForEveryObjectIfItIsNull) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);
@@ -254,7 +254,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatDestroysTheNextObserverDoesNotAff
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, ANestedPostIsDeliveredAtOnce) {
+TEST_F(NSNotificationCenterTest, ANestedPostIsDeliveredBeforeTheOuterPostContinues) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     post(kDoorClosed);
@@ -290,7 +290,7 @@ TEST_F(NSNotificationCenterTest, IfAnObserverThrowsThePostEndsAndTheOtherObserve
   EXPECT_EQ(receivers, (Names{"Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseTheCenterAtOnce) {
+TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseTheCenterConcurrently) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
       std::vector<std::string> ownNames;
