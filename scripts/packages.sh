@@ -11,7 +11,7 @@ packages_build=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev
   libdecor-0-plugin-1-cairo)
 # shellcheck disable=SC2034
 packages_test=(googletest libgtest-dev libgmock-dev clang-format-16 clang-tidy-16 git groff-base python3
-  clang-16 lld
+  clang-16 lld libc++-16-dev
   pkg-config dpkg-dev file fonts-dejavu-core
   libglib2.0-dev libsdl2-dev doxygen
   # the X servers, window managers and programs of the tests on X11

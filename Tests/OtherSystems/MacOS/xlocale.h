@@ -1,0 +1,14 @@
+// The part of <xlocale.h> of macOS that libc++ uses and Linux does not have.
+#pragma once
+
+#include <locale.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+int asprintf_l(char** text, locale_t locale, const char* format, ...);
+int snprintf_l(char* text, size_t size, locale_t locale, const char* format, ...);
+int sscanf_l(const char* text, locale_t locale, const char* format, ...);
+#ifdef __cplusplus
+}
+#endif
