@@ -54,20 +54,40 @@ elseif(VEL_LIBRARY_TYPE STREQUAL "SHARED_LIBRARY" AND UNIX)
 endif()
 
 if(VEL_COCOA_ENABLED)
-  # For AppKit hosts: the library and the AppKit back end. The back end is added as objects, because
-  # nothing refers to it: it registers its display itself.
-  add_library(VelLaunchScreenAppKit INTERFACE)
-  add_library(VelLaunchScreen::AppKit ALIAS VelLaunchScreenAppKit)
-  target_sources(VelLaunchScreenAppKit
-    INTERFACE $<TARGET_OBJECTS:VelCocoaLayer> $<TARGET_OBJECTS:VelWindowSystemLayer>)
-  target_link_libraries(VelLaunchScreenAppKit INTERFACE VelLaunchScreen vel::AppKitFramework)
+  # vel_add_appkit_library(<name> LAYERS <layer>... DEPENDS <target>...)
+  #
+  # Creates the target VelLaunchScreen::<name>: the layers in a static library, and the targets that it
+  # needs. The linker takes all objects of the static library, because nothing refers to the back end or to a
+  # class that the host finds by its name.
+  function(vel_add_appkit_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 library "" "" "LAYERS;DEPENDS")
+    list(TRANSFORM library_LAYERS REPLACE "(.+)" "$<TARGET_OBJECTS:Vel\\1Layer>")
+    set(archive VelLaunchScreen${name}Archive)
+    add_library(${archive} STATIC ${library_LAYERS})
+    set_target_properties(${archive} PROPERTIES
+      LINKER_LANGUAGE CXX
+      EXPORT_NAME ${name}Archive
+      OUTPUT_NAME VelLaunchScreen${name})
+    if(NOT VEL_INSTALL)
+      set_target_properties(${archive} PROPERTIES EXCLUDE_FROM_ALL TRUE)
+    endif()
 
+    set(target VelLaunchScreen${name})
+    add_library(${target} INTERFACE)
+    add_library(VelLaunchScreen::${name} ALIAS ${target})
+    set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+    target_link_libraries(${target} INTERFACE
+      "$<BUILD_INTERFACE:$<LINK_LIBRARY:WHOLE_ARCHIVE,${archive}>>"
+      "$<INSTALL_INTERFACE:$<LINK_LIBRARY:WHOLE_ARCHIVE,VelLaunchScreen::${name}Archive>>"
+      ${library_DEPENDS})
+  endfunction()
+
+  # For AppKit hosts: the library and the AppKit back end.
+  vel_add_appkit_library(AppKit
+    LAYERS Cocoa WindowSystem
+    DEPENDS VelLaunchScreen VelLaunchScreen::AppKitFramework)
   # For hosts in Objective-C: the classes and protocols, with everything that they need.
-  add_library(VelLaunchScreenObjectiveC INTERFACE)
-  add_library(VelLaunchScreen::ObjectiveC ALIAS VelLaunchScreenObjectiveC)
-  target_sources(VelLaunchScreenObjectiveC
-    INTERFACE $<TARGET_OBJECTS:VelObjectiveCBindingLayer>)
-  target_link_libraries(VelLaunchScreenObjectiveC INTERFACE VelLaunchScreenAppKit)
+  vel_add_appkit_library(ObjectiveC LAYERS ObjectiveCBinding DEPENDS VelLaunchScreenAppKit)
 endif()
 
 if(VEL_INSTALL)

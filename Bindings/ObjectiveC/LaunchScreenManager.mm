@@ -94,11 +94,13 @@ struct VelManagerReference {
   return reference_->delegate;
 }
 
-// The library notifies a delegate only if its class adopts the protocol.
+// The library notifies a delegate only if its class adopts the protocol. Clang does not register
+// the result of `@protocol` with GCC's Objective-C runtime, so this method finds the protocol by
+// its name.
 - (void)setDelegate:(id<ContentResolverDelegate>)delegate {
   reference_->delegate = delegate;
   reference_->libraryDelegate =
-      [delegate conformsToProtocol:@protocol(ContentResolverDelegate)]
+      [delegate conformsToProtocol:NSProtocolFromString(@"ContentResolverDelegate")]
           ? vel::make<vel_objc::HostResolverDelegate>(delegate, self, reference_->content)
           : nullptr;
   reference_->manager->setDelegate(reference_->libraryDelegate);

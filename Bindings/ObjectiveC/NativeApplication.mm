@@ -1,18 +1,15 @@
 #include "Bindings/ObjectiveC/NativeApplication.h"
 
-#include <exception>
 #include <map>
 #include <utility>
 
+#include "Bindings/ObjectiveC/LibraryStart.h"
 #include "Bindings/ObjectiveC/NativeValues.h"
-#include "HostInterfaces/MetricsCenter.h"
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/AppKit/NSViewController.h"
 #include "Platform/Foundation/Message.h"
 #include "Platform/Foundation/NSLog.h"
-#include "Platform/Foundation/NSRunLoop.h"
-#include "Platform/Foundation/NSThread.h"
-#include "Platform/WindowSystem/Backends/Backends.h"
+#include "Platform/WindowSystem/Cocoa/NativeException.h"
 
 // The operation of the class MetricsCenter, which a host may have.
 @interface NSObject (VelMetricsCenter)
@@ -42,18 +39,15 @@ class ContentController final
 };
 
 // Creates the NSApplication if the host has not created it. The host runs the NSApplication.
-// Returns false if AppKit has no display. AppKit then throws an exception of Objective-C. With GCC,
-// only `catch (...)` catches it. AppKit has set `NSApp` before it throws. Without the reset, a
-// second call would find an application.
+// Returns false if AppKit has no display. AppKit then throws an exception of Objective-C. AppKit
+// has set `NSApp` before it throws. Without the reset, a second call would find an application.
 bool createNativeApplication(std::string& error) {
-  try {
-    [NSApplication sharedApplication];
+  if (vel::cocoa::tryToRun([] { [NSApplication sharedApplication]; })) {
     return true;
-  } catch (...) {
-    NSApp = nil;
-    error = "AppKit cannot open the display";
-    return false;
   }
+  NSApp = nil;
+  error = "AppKit cannot open the display";
+  return false;
 }
 
 // Returns an empty text if the window has no content view controller.
@@ -79,21 +73,6 @@ void updateContentController(vel::NSWindow& window, NSWindow* native) {
                                                     : vel::make<ContentController>(className));
 }
 
-// Starts the library. Throws an exception if the process has no descriptors left, for example.
-bool startLibrary(std::string& error) {
-  vel::NSThread::becomeMainThread();
-  auto windowSystem = vel::makeWindowSystem("cocoa", "", error);
-  if (windowSystem == nullptr) {
-    return false;
-  }
-  vel::NSRunLoop::mainRunLoop().useRealTime();
-  vel::NSApplication::start(std::move(windowSystem));
-  vel::runPassesInHostLoop(vel::NSApp->windowSystem(),
-                           [] { vel::NSRunLoop::mainRunLoop().pump(); });
-  vel::MetricsCenter::setSink(recordEvent);
-  return true;
-}
-
 }  // namespace
 
 bool startApplication(std::string& error) {
@@ -104,16 +83,7 @@ bool startApplication(std::string& error) {
     error = "the first manager must be created on the main thread";
     return false;
   }
-  if (!createNativeApplication(error)) {
-    return false;
-  }
-  try {
-    return startLibrary(error);
-  } catch (const std::exception& exception) {
-    vel::NSApplication::stop();
-    error = exception.what();
-    return false;
-  }
+  return createNativeApplication(error) && startLibrary(recordEvent, error);
 }
 
 vel::Strong<vel::NSWindow> windowFor(NSWindow* native, std::string& error) {

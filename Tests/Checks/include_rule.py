@@ -39,7 +39,12 @@ MAY_INCLUDE = {
     "LaunchScreen": LIBRARY,
     "Bindings/Json": BASE,
     "Bindings/C": [*LIBRARY, *PORT, "Bindings/Json", "Platform/WindowSystem/Backends"],
-    "Bindings/ObjectiveC": [*LIBRARY, *PORT, "Platform/WindowSystem/Backends"],
+    "Bindings/ObjectiveC": [
+        *LIBRARY,
+        *PORT,
+        "Platform/WindowSystem/Backends",
+        "Platform/WindowSystem/Cocoa",
+    ],
     "include": ["Bindings/C", "Bindings/ObjectiveC", *LIBRARY, *BACKENDS],
     "Host": [*LIBRARY, *BACKENDS, "Bindings/Json"],
     "Examples": [],

@@ -6,6 +6,7 @@
 
 #include "Platform/Foundation/NSRunLoop.h"
 #include "Platform/WindowSystem/Cocoa/AutoreleasePool.h"
+#include "Platform/WindowSystem/Cocoa/NativeException.h"
 
 // Receives the notifications of all windows, and is the delegate of the windows that the back end
 // creates. The back end clears `windowSystem` before it releases the observer.
@@ -136,22 +137,22 @@ void makeRegularApplication() {
 }
 
 // Creates the application of a process that has none. Returns false if AppKit has no display.
-// AppKit then throws an exception of Objective-C. With GCC, only `catch (...)` catches it. AppKit
-// has set `NSApp` before it throws. Without the reset, a second call would find an application.
+// AppKit then throws an exception of Objective-C. AppKit has set `NSApp` before it throws. Without
+// the reset, a second call would find an application.
 bool createApplication(std::string& error) {
-  try {
+  const bool hasDisplay = cocoa::tryToRun([] {
     [NSApplication sharedApplication];
     makeRegularApplication();
     id const delegate = [[[VelLaunchDelegate alloc] init] autorelease];
     [NSApp setDelegate:delegate];
     [NSApp finishLaunching];
     [NSApp setDelegate:nil];
-    return true;
-  } catch (...) {
+  });
+  if (!hasDisplay) {
     NSApp = nil;
     error = "AppKit cannot open the display";
-    return false;
   }
+  return hasDisplay;
 }
 
 }  // namespace

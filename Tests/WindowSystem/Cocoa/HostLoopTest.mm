@@ -7,6 +7,7 @@
 
 #include <array>
 
+#include "Platform/WindowSystem/Cocoa/NativeException.h"
 #include "Tests/WindowSystem/Reports.h"
 
 namespace vel::test {
@@ -28,11 +29,10 @@ class HostLoopTest : public testing::Test {
   bool runUntilPass(int count, NSString* mode = ::NSDefaultRunLoopMode) {
     const Nanoseconds limit = steadyNow() + kTimeout;
     while (passes < count && steadyNow() < limit) {
-      try {
+      cocoa::tryToRun([mode] {
         [[::NSRunLoop currentRunLoop] runMode:mode
                                    beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.1]];
-      } catch (...) {
-      }
+      });
     }
     return passes >= count;
   }
