@@ -1,6 +1,7 @@
 # Installs the library, its headers, and the CMake and pkg-config packages. The component `runtime`
 # contains what a program needs to run. The component `development` contains what a build of a program
-# needs.
+# needs. The component `appkit` contains what a build of an AppKit host needs in addition; the Debian
+# packages do not contain it.
 
 include(CMakePackageConfigHelpers)
 
@@ -80,6 +81,30 @@ install(
   NAMESPACE VelLaunchScreen::
   DESTINATION "${package_folder}"
   COMPONENT development)
+if(VEL_COCOA_ENABLED)
+  install(
+    TARGETS VelLaunchScreenAppKitArchive VelLaunchScreenObjectiveCArchive VelLaunchScreenAppKit
+      VelLaunchScreenObjectiveC
+    EXPORT VelLaunchScreenAppKitTargets
+    ARCHIVE COMPONENT appkit)
+  install(
+    EXPORT VelLaunchScreenAppKitTargets
+    NAMESPACE VelLaunchScreen::
+    DESTINATION "${package_folder}"
+    COMPONENT appkit)
+  install(FILES cmake/VelFindAppKit.cmake DESTINATION "${package_folder}" COMPONENT appkit)
+  # ObjectiveC.h includes the other headers.
+  install(FILES include/VelLaunchScreen/ObjectiveC.h
+    DESTINATION "${header_folder}"
+    COMPONENT appkit)
+  set(objective_c_headers
+    ContentBroker.h LaunchScreenConfiguration.h LaunchScreenConstants.h LaunchScreenContent.h
+    LaunchScreenManager.h)
+  list(TRANSFORM objective_c_headers PREPEND "Bindings/ObjectiveC/")
+  install(FILES ${objective_c_headers}
+    DESTINATION "${header_folder}/Bindings/ObjectiveC"
+    COMPONENT appkit)
+endif()
 configure_package_config_file(
   "${PROJECT_SOURCE_DIR}/cmake/VelLaunchScreenConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/VelLaunchScreenConfig.cmake"

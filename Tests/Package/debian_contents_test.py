@@ -32,6 +32,11 @@ class DebianContentsTest(unittest.TestCase):
         expected = {"libVelLaunchScreen.so", "vellaunchscreen.pc", "VelLaunchScreenConfig.cmake"}
         self.assertLessEqual(expected, names)
 
+    def test_no_package_has_files_for_appkit(self):
+        for package in PACKAGES:
+            for name in self.files(package):
+                self.assertNotRegex(name, "VelFindAppKit|VelLaunchScreenAppKit|ObjectiveC")
+
     def test_the_development_package_depends_on_the_same_version_of_the_library(self):
         version = field(self.packages[RUNTIME], "Version")
         self.assertEqual(field(self.packages[DEVELOPMENT], "Depends"), f"{RUNTIME} (= {version})")

@@ -7,6 +7,7 @@ import subprocess
 from pathlib import Path
 
 SOURCE = Path(os.environ["VEL_SOURCE"])
+BUILD = Path(os.environ["VEL_BUILD"])
 WORK = Path(os.environ["VEL_WORK"])
 PREFIX = WORK / "prefix"
 # The folder for libraries below a prefix.

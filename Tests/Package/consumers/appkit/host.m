@@ -1,0 +1,13 @@
+// A host in Objective-C. Prints the engine of the library, and whether it can create a manager.
+#import <VelLaunchScreen/ObjectiveC.h>
+#include <stdio.h>
+
+int main(void) {
+  NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+  LaunchScreenManager* manager = [[LaunchScreenManager alloc] init];
+  printf("engine %s, %s\n", [kLaunchScreenEngine UTF8String],
+         manager != nil ? "has a manager" : "has no manager");
+  [manager release];
+  [pool release];
+  return 0;
+}
