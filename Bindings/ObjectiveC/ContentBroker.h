@@ -67,7 +67,8 @@ enum { ContentDataStateLoaded = 3, ContentDataStateFailed = 4 };
 @protocol ContentView <NSObject>
 - (id<ContentData>)data;
 - (id<CVPresentation>)presentation;
-/// The delegate, or nil. The view does not retain it: set nil before the delegate is deallocated.
+/// The delegate, or nil. The view does not retain the delegate and does not notice when it is
+/// deallocated: set nil before you release the delegate for the last time.
 - (id<ContentViewDelegate>)delegate;
 - (void)setDelegate:(id<ContentViewDelegate>)delegate;
 @end
@@ -98,9 +99,9 @@ enum { ContentDataStateLoaded = 3, ContentDataStateFailed = 4 };
 - (id<ContentView>)contentViewForContentData:(id<ContentData>)data;
 /// Releases all content. Only the main thread may call this operation.
 - (void)deactivate;
-/// The delegate, or nil. The resolver does not retain it: set nil before the delegate is
-/// deallocated. The resolver notifies the delegate of state changes only if the class of the
-/// delegate adopts ContentResolverDelegate.
+/// The delegate, or nil. The resolver does not retain the delegate and does not notice when it is
+/// deallocated: set nil before you release the delegate for the last time. The resolver notifies
+/// the delegate of state changes only if the class of the delegate adopts ContentResolverDelegate.
 - (id<ContentResolverDelegate>)delegate;
 - (void)setDelegate:(id<ContentResolverDelegate>)delegate;
 @optional

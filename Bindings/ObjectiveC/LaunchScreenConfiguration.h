@@ -8,7 +8,9 @@ struct VelConfigurationReference;
 /// shares one default configuration. Only one thread at a time may use it.
 ///
 /// This class has no `viewController`: the library cannot use an NSViewController of AppKit in
-/// place of its own controller.
+/// place of its own controller. The library also has no global variable `sDefaultConfiguration` for
+/// Objective-C: a variable could not follow the default configuration, which the library creates at
+/// the first request. Use `defaultConfiguration` and `setDefaultConfiguration:`.
 @interface LaunchScreenConfiguration : NSObject {
  @private
   struct VelConfigurationReference* reference_;

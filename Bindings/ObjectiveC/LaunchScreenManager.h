@@ -9,7 +9,11 @@ struct VelManagerReference;
 /// time while the user can see it, dismisses it and records one analytics event.
 ///
 /// The event goes to the operation `logEvent:` of the class MetricsCenter if the process has such a
-/// class, and to the log otherwise.
+/// class, and to the log otherwise. The argument of `logEvent:` is a new NSString with the name of
+/// the event, not the object in the parameters of the request.
+///
+/// The manager uses the broker only during `activate:` and does not retain it. It does not retain
+/// its delegate either: see `setDelegate:` in ContentResolver.
 ///
 /// The library works in the native run loop of the main thread, so a host that runs [NSApp run]
 /// does not call the library in its frames. The host must not release the manager before the launch
