@@ -45,6 +45,9 @@ class ServerGrab final : public NonCopyable {
 /// The maximum width and height of a window.
 inline constexpr int kMaxWindowSize = 32767;
 
+/// The source indication of a normal application in messages to the window manager.
+inline constexpr std::uint32_t kSourceApplication = 1;
+
 /// The parameters of CreateWindow. By default, the new window has the visual and the depth of its
 /// parent.
 struct NewWindow {

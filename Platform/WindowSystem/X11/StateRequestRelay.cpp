@@ -14,7 +14,6 @@ namespace {
 // indication.
 constexpr std::uint32_t kActionAdd = 1;
 constexpr std::uint32_t kActionToggle = 2;
-constexpr std::uint32_t kSourceApplication = 1;
 constexpr std::uint32_t kSourcePager = 2;
 
 }  // namespace

@@ -14,9 +14,6 @@ namespace vel::x11 {
 
 namespace {
 
-// The source indication of _NET_ACTIVE_WINDOW for a normal application.
-constexpr std::uint32_t kSourceApplication = 1;
-
 constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
