@@ -3,7 +3,8 @@
 
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
-ENDING is "time", "skip", "SIGTERM" or "SIGINT". PROGRAMS is the folder with hosts-sampler and the
+ENDING is what ends the cover: "time" (the countdown), "skip" (an input line in skip mode), "SIGTERM" or
+"SIGINT". LAUNCHSCREEN is the program `launchscreen`. PROGRAMS is the folder with hosts-sampler and the
 hosts' programs. The trial ends all processes that it has started. Exits with 1 if the trial shows a
 fault or does not run.
 """
@@ -89,10 +90,10 @@ class Lines:
     def join(self):
         self._thread.join(5)
 
-    def time_of(self, ending):
-        """Returns the time of the first line that ends with `ending`, or None."""
+    def time_of(self, suffix):
+        """Returns the time of the first line that ends with `suffix`, or None."""
         for line_time, line in list(self.lines):
-            if line.endswith(ending):
+            if line.endswith(suffix):
                 return line_time
         return None
 
@@ -232,6 +233,7 @@ class Trial:
         return self.client.rect(self.window)
 
     def button_position(self, name):
+        """Returns the screen position of a window button that the host or the window manager draws, or None."""
         x, y, width, _ = self.rect()
         if self.host.buttons is not None:
             extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
@@ -257,21 +259,22 @@ class Trial:
         the names of the controls that work."""
         if not self.environment.buttons:
             return []
-        controls = []
+        working_controls = []
         original = self.rect()
-        # xfwm4 maximises a window that is larger than the screen.
+        # The window may be maximised already: xfwm4 maximises a window that is larger than the screen.
         was_maximised = "_NET_WM_STATE_MAXIMIZED_VERT" in self.client.atoms(self.window, "_NET_WM_STATE")
         if self.click("minimise"):
             if wait_until(lambda: self.client.state(self.window) == ICONIC, patience):
-                controls.append("minimise")
+                working_controls.append("minimise")
                 self.client.activate(self.window)
                 if not wait_until(lambda: self.client.is_viewable(self.window), 10):
                     raise RuntimeError("the minimised window does not come back")
                 self.wait_until_settled()
         if self.click("maximise"):
             if wait_until(lambda: self.rect() != original, patience):
-                controls.append("maximise")
+                working_controls.append("maximise")
                 self.wait_until_settled()
+                # The value 1 adds the states, and 0 removes them. The last value means that a pager asks.
                 self.client.message(
                     self.window,
                     "_NET_WM_STATE",
@@ -285,12 +288,12 @@ class Trial:
                 self.wait_until_settled()
         if self.environment.can_resize and self.host.buttons is None and self.drag_corner(60, 50):
             if wait_until(lambda: self.rect()[2:] != original[2:], patience):
-                controls.append("resize")
+                working_controls.append("resize")
                 self.wait_until_settled()
                 self.drag_corner(-60, -50)
                 self.wait_until_settled()
         self.rest_pointer()
-        return controls
+        return working_controls
 
     def drag_corner(self, right, down):
         """Drags the frame's bottom right corner. Returns False if the corner is not on the screen."""
@@ -306,14 +309,14 @@ class Trial:
     def close_by_button(self):
         """Closes the window as the user does. Returns whether the window closes.
 
-        Returns None if the environment has no close button. Also returns None if the host does not
-        support WM_DELETE_WINDOW, because icewm then asks the user whether to kill the host."""
+        i3 draws no buttons, so the request of a pager closes the window there. Returns None if another
+        environment has no close button. Also returns None if the host does not support WM_DELETE_WINDOW,
+        because icewm then asks the user whether to kill the host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
             if self.environment.name != "i3":
                 return None
-            # i3 draws no close button, but closes the window on the request of a pager.
             self.client.message(self.window, "_NET_CLOSE_WINDOW", [0, 2])
 
         def is_closed():
@@ -367,8 +370,8 @@ class Trial:
     def run(self):
         host, client = self.host, self.client
         self.result["has buttons"] = bool(self.environment.buttons) and host.buttons is None
-        buttons_before = self.use_controls(2.0)
-        self.result["buttons"] = buttons_before
+        controls_before = self.use_controls(2.0)
+        self.result["buttons"] = controls_before
         self.wait_until_settled()
         changed_rect = None  # position and size after the host's change, without a cover
         if host.changes_window and not host.recreates_window and not host.maps_again:
@@ -416,17 +419,17 @@ class Trial:
             end(show)
             output.join()
             self.result["output"] = output.text()
-        buttons_after = None
+        controls_after = None
         if changed_rect is not None:
             self.change()
             if not wait_until(lambda: self.rect() == original, 5):
                 self.add_fault("the host cannot undo its change: its window has %s" % (self.rect(),))
             self.wait_until_settled()
         if client.exists(self.window) and client.is_viewable(self.window):
-            buttons_after = self.use_controls(6.0)
-            lost_buttons = [name for name in buttons_before if name not in buttons_after]
-            if lost_buttons:
-                self.add_fault("buttons lost: " + ", ".join(lost_buttons))
+            controls_after = self.use_controls(6.0)
+            lost_controls = [name for name in controls_before if name not in controls_after]
+            if lost_controls:
+                self.add_fault("buttons lost: " + ", ".join(lost_controls))
             closes = self.close_by_button()
             if closes is False:
                 if self.closes_without_cover():
@@ -435,7 +438,7 @@ class Trial:
                     closes = None
                     self.result["note"] = "without a cover the close button does not work either"
             self.result["closes"] = closes
-        self.result["buttons after"] = buttons_after
+        self.result["buttons after"] = controls_after
 
     def cover(self, show, output, before, changed_rect):
         """Waits for the cover, ends it, and then checks the sampled frames and the window.
@@ -444,11 +447,13 @@ class Trial:
         the window before the cover. `changed_rect` is the position and size that the host's change gives
         the window, or None if the trial does not check them."""
         host, client = self.host, self.client
-        covered = wait_until(
+        has_printed_or_ended = wait_until(
             lambda: output.time_of("covered") or show.poll() is not None, PATIENCE
         )
         if output.time_of("covered") is None:
-            self.add_fault("launchscreen does not print covered" if covered is None else "launchscreen ends early")
+            self.add_fault(
+                "launchscreen does not print covered" if has_printed_or_ended is None else "launchscreen ends early"
+            )
             self.stop_sampling()
             self.result["status"] = show.poll()
             return
@@ -461,7 +466,7 @@ class Trial:
             for step in range(16):
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
-        expected_rect = before["rect"]  # after the cover
+        expected_rect = before["rect"]  # that the window must have after the cover
         # `end_time` is the time until which every frame must be white.
         end_time = change_time = None
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
@@ -559,7 +564,8 @@ class Trial:
                 "%d of %d frames not white, first after %d ms"
                 % (len(non_white_frames), len(viewable_frames), (non_white_frames[0].time - start_time) // 1_000_000)
             )
-        later_whiteness = [
+        # Leaves out frames in which the compositor shows only white and the screen behind the window.
+        whiteness_after_end = [
             frame.is_white
             for frame in frames
             if frame.time > end_time
@@ -570,7 +576,7 @@ class Trial:
                 and frame.non_white_points == frame.backdrop_points
             )
         ]
-        if any(not previous and current for previous, current in zip(later_whiteness, later_whiteness[1:])):
+        if any(not previous and current for previous, current in zip(whiteness_after_end, whiteness_after_end[1:])):
             self.add_fault("the window is white again after the end")
 
     def undrawn_frames(self, frames):
@@ -578,6 +584,7 @@ class Trial:
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
         undrawn, change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
+            # A gap of more than 50 ms between viewable frames counts as unmapping and mapping.
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
                 change_time = frame.time
             if (
@@ -595,6 +602,7 @@ class Trial:
             return [name for name in HINTS if now[name] != before["hints"][name]]
 
         wait_until(lambda: not changed_hints(), 3)
+        # _NET_WM_STATE also differs if the host has maximised its window or made it fullscreen.
         changed = [
             name
             for name in changed_hints()

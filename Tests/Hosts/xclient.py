@@ -15,7 +15,7 @@ ICONIC = 3
 
 
 class Client:
-    """A connection to the display. Windows are passed as ids."""
+    """A connection to the display."""
 
     def __init__(self, name):
         self._display = display.Display(name)
@@ -25,16 +25,16 @@ class Client:
     def close(self):
         self._display.close()
 
-    def _window(self, number):
-        return self._display.create_resource_object("window", number)
+    def _window(self, window_id):
+        return self._display.create_resource_object("window", window_id)
 
     def atom(self, name):
         return self._display.intern_atom(name)
 
-    def property(self, number, name):
+    def property(self, window_id, name):
         """Returns the property as (type, format, values), or None."""
         try:
-            value = self._window(number).get_full_property(self.atom(name), X.AnyPropertyType)
+            value = self._window(window_id).get_full_property(self.atom(name), X.AnyPropertyType)
         except error.XError:
             return None
         if value is None:
@@ -47,9 +47,9 @@ class Client:
         except error.XError:
             return str(atom)
 
-    def atoms(self, number, name):
+    def atoms(self, window_id, name):
         """Returns the names of the atoms in a property."""
-        value = self.property(number, name)
+        value = self.property(window_id, name)
         return [self._atom_name(atom) for atom in value[2]] if value else []
 
     def manager_runs(self):
@@ -66,8 +66,8 @@ class Client:
         except error.XError:
             return []
 
-    def _text(self, number, name):
-        value = self.property(number, name)
+    def _text(self, window_id, name):
+        value = self.property(window_id, name)
         if not value or value[1] != 8:
             return ""
         return bytes(value[2]).decode(errors="replace")
@@ -89,18 +89,18 @@ class Client:
                     largest_window, largest_size = child.id, rect[2] * rect[3]
         return largest_window
 
-    def is_viewable(self, number):
+    def is_viewable(self, window_id):
         try:
-            return self._window(number).get_attributes().map_state == X.IsViewable
+            return self._window(window_id).get_attributes().map_state == X.IsViewable
         except error.XError:
             return False
 
-    def exists(self, number):
-        return self.rect(number) is not None
+    def exists(self, window_id):
+        return self.rect(window_id) is not None
 
-    def rect(self, number):
+    def rect(self, window_id):
         """Returns the position on the screen and the size, or None if the window does not exist."""
-        window = self._window(number)
+        window = self._window(window_id)
         try:
             geometry = window.get_geometry()
             corner = self.root.translate_coords(window, 0, 0)
@@ -108,9 +108,9 @@ class Client:
             return None
         return (corner.x, corner.y, geometry.width, geometry.height)
 
-    def frame(self, number):
+    def frame(self, window_id):
         """Returns the top-level window that contains a window: usually the window manager's frame."""
-        window = self._window(number)
+        window = self._window(window_id)
         try:
             while True:
                 parent = window.query_tree().parent
@@ -120,12 +120,12 @@ class Client:
         except error.XError:
             return None
 
-    def child_count(self, number):
-        return len(self._children(self._window(number)))
+    def child_count(self, window_id):
+        return len(self._children(self._window(window_id)))
 
-    def state(self, number):
+    def state(self, window_id):
         """Returns the value of WM_STATE: 1 for normal, 3 for iconic, None without the property."""
-        value = self.property(number, "WM_STATE")
+        value = self.property(window_id, "WM_STATE")
         return value[2][0] if value else None
 
     def pixel(self, x, y):
@@ -133,25 +133,25 @@ class Client:
         image = self.root.get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF)
         return int.from_bytes(image.data[:3], "little")
 
-    def message(self, number, name, values):
+    def message(self, window_id, name, values):
         """Sends a client message about a window to the window manager."""
         values = (list(values) + [0] * 5)[:5]
         message_event = event.ClientMessage(
-            window=self._window(number), client_type=self.atom(name), data=(32, values)
+            window=self._window(window_id), client_type=self.atom(name), data=(32, values)
         )
         self.root.send_event(message_event, X.SubstructureRedirectMask | X.SubstructureNotifyMask)
         self._display.sync()
 
-    def activate(self, number):
+    def activate(self, window_id):
         """Asks the window manager to give a window the keyboard focus, as a taskbar does."""
-        self.message(number, "_NET_ACTIVE_WINDOW", [2])
+        self.message(window_id, "_NET_ACTIVE_WINDOW", [2])
 
-    def is_active(self, number):
+    def is_active(self, window_id):
         value = self.property(self.root.id, "_NET_ACTIVE_WINDOW")
-        return bool(value) and value[2][0] == number
+        return bool(value) and value[2][0] == window_id
 
-    def focus(self, number):
-        self._window(number).set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
+    def focus(self, window_id):
+        self._window(window_id).set_input_focus(X.RevertToPointerRoot, X.CurrentTime)
         self._display.sync()
 
     def move_pointer(self, x, y):

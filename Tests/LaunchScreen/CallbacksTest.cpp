@@ -44,7 +44,7 @@ TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   EXPECT_EQ(timeLeft(), 5.0);
 }
 
-TEST_F(CallbacksTest, WithNoTimeLeftWillPresentSubscribesButStartsNoCountdown) {
+TEST_F(CallbacksTest, WithoutAPositiveTimeLeftWillPresentSubscribesButStartsNoCountdown) {
   std::size_t callCount = 0;
   for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
@@ -63,7 +63,7 @@ TEST_F(CallbacksTest, WhileUnfocusedWillPresentSubscribesButStartsNoCountdown) {
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(CallbacksTest, ASecondPresentationSubscribesAgainAndKeepsTheCountdown) {
+TEST_F(CallbacksTest, ASecondWillPresentSubscribesAgainAndKeepsTheCountdown) {
   setTimeLeft(5.0);
   manager->launchScreenControllerWillPresent(nullptr);
   const auto runningTimer = timer();
@@ -140,7 +140,7 @@ TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
 
 // canLaunchScreenControllerDismiss with the time used up
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalStopsTheCountdown) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalIsAllowedAndSetsTheTimeLeftToZero) {
   load(5.0);
   for (const double seconds : {0.1, 0.05, 0.0, -0.1}) {
     setTimeLeft(seconds);
@@ -151,7 +151,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalStopsTheCountdown) {
   }
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpARunningTimerSchedulesTheEventAtOnce) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithARunningTimerSchedulesTheEvent) {
   load(5.0);
   manager->setLaunchScreenExpired(true);
   startCountdown(0.1);
@@ -165,7 +165,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpARunningTimerSchedulesTheEventAtOnce) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpAnInvalidTimerSchedulesNoEvent) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithAnInvalidTimerSchedulesNoEvent) {
   load(5.0);
   startCountdown(0.1);
   timer()->invalidate();
@@ -196,14 +196,14 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpALaunchScreenThatPresentsASheetRefusesThe
   EXPECT_TRUE(canDismiss());
 }
 
-TEST_F(CallbacksTest, WithoutAControllerADismissalIsAllowed) {
+TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalOfANullControllerIsAllowed) {
   setTimeLeft(0.1);
   EXPECT_TRUE(manager->canLaunchScreenControllerDismiss(nullptr));
 }
 
 // canLaunchScreenControllerDismiss with time left
 
-TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSendsTheEventTwoSecondsLater) {
+TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSchedulesTheEventTwoSecondsLater) {
   load(5.0);
   // The first value is the smallest double above a tenth.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
@@ -225,7 +225,7 @@ TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSendsTheEventTwoSecondsLater)
   EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "one event for all four refusals";
 }
 
-TEST_F(CallbacksTest, ATimeLeftOfNaNCountsAsTimeLeft) {
+TEST_F(CallbacksTest, WithATimeLeftOfNaNADismissalIsRefused) {
   load(5.0);
   setTimeLeft(kNaN);
   EXPECT_FALSE(canDismiss());

@@ -103,7 +103,8 @@ TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-// The focus leaves the window after three ticks. Eight ticks follow its return.
+// The focus leaves the window after three ticks of the countdown. After the focus returns, eight
+// ticks follow.
 
 TEST_F(CompleteRunTest, ACoverWithoutAParentDoesNotCountUnfocusedTime) {
   const auto window = openPlayerWindow();

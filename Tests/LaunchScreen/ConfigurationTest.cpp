@@ -1,4 +1,4 @@
-// The default configuration: created on first use, replaced, never null.
+// The default configuration: the first use creates it, and a host can replace it, but not by null.
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -89,7 +89,7 @@ TEST_F(ConfigurationTest, SettingTheCurrentDefaultAgainChangesNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, AReaderKeepsAReplacedDefault) {
+TEST_F(ConfigurationTest, AReplacedDefaultStaysReadableForACallerThatOwnsIt) {
   const auto previousConfiguration = Configuration::defaultConfiguration();
   previousConfiguration->setSkipMode(true);
   const auto configuration = Configuration::init();
@@ -101,7 +101,7 @@ TEST_F(ConfigurationTest, AReaderKeepsAReplacedDefault) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ConfigurationTest, AReplacedDefaultIsReleased) {
+TEST_F(ConfigurationTest, AReplacedDefaultWithoutAnotherOwnerIsDestroyed) {
   const Weak<Configuration> previousConfiguration = Configuration::defaultConfiguration();
   Configuration::setDefaultConfiguration(Configuration::init());
   EXPECT_TRUE(previousConfiguration.expired());

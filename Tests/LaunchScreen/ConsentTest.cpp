@@ -10,7 +10,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/// An observer of windows that become key, besides the manager.
+/// Records the window of each NSWindowDidBecomeKeyNotification that is posted.
 class KeyObserver final : public Class<KeyObserver, "KeyObserver"> {
  public:
   void windowDidBecomeKey(const NSNotification& notification) {
@@ -66,6 +66,7 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   NSApp->beginModalSession(consentDialog);
+  // The next call is a dismissal. The manager dismisses when it is notified.
   hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
@@ -85,7 +86,7 @@ TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomes
   EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
-TEST_F(ConsentTest, OnlyTheManagerReceivesTheNotificationThatItMakes) {
+TEST_F(ConsentTest, TheNotificationThatTheManagerCreatesIsNotPosted) {
   show(5.0);
   window->makeKeyWindow();
   resignKey(window);

@@ -53,7 +53,7 @@ TEST(ConstantsTest, TheConstantsAreConst) {
   static_assert(std::is_const_v<decltype(VelLaunchScreenVersionNumber)>);
 }
 
-TEST(ConstantsTest, TheVersionIsOneAndIdentifiesTheLibrary) {
+TEST(ConstantsTest, TheVersionNumberIsOneAndTheVersionStringNamesTheLibrary) {
   EXPECT_EQ(VelLaunchScreenVersionNumber, 1.0);
   EXPECT_STREQ(VelLaunchScreenVersionString, "VelLaunchScreen 1.0");
 }

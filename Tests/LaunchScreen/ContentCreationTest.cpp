@@ -186,7 +186,7 @@ TEST_F(ContentCreationTest, EachAcceptedRequestSetsTheTimeLeftAndCreatesAControl
   EXPECT_NE(controller(), previousController);
 }
 
-TEST_F(ContentCreationTest, IfTheHostReplacesTheMainContentTheReplacementIsReturned) {
+TEST_F(ContentCreationTest, AMainContentThatTheHostSetsDuringARequestIsReturned) {
   const auto replacement = LaunchScreenContent::init();
   const auto previousContent = manager->content();
   listener->whenNotified = [&] { manager->setContent(replacement); };
@@ -196,7 +196,7 @@ TEST_F(ContentCreationTest, IfTheHostReplacesTheMainContentTheReplacementIsRetur
   previousContent->deactivate();  // A loaded content and its controller own each other.
 }
 
-TEST_F(ContentCreationTest, IfTheTemporaryContentIsReplacedTheReplacementIsReturned) {
+TEST_F(ContentCreationTest, ATemporaryContentThatIsSetDuringARequestIsReturned) {
   showAnotherLaunchScreen();
   const auto replacement = LaunchScreenContent::init();
   class ReplacingRequest final
@@ -321,13 +321,13 @@ TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerToTheDelegatesAfterThe
 }
 
 TEST_F(ContentCreationTest, AskingForTheViewTwiceStoresTheManagerInTheDelegatesOnce) {
-  load(5.0);
+  load(5.0);  // asks for the view the first time
   manager->contentViewForContentData(manager->content());
   EXPECT_EQ(controller()->delegates()->count(), 2u);
 }
 
 TEST_F(ContentCreationTest, AskingForTheViewTwiceCallsAddDelegateTwice) {
-  const auto hostController = loadHostController(5.0);
+  const auto hostController = loadHostController(5.0);  // asks for the view the first time
   EXPECT_EQ(hostController->delegate, manager);
   manager->contentViewForContentData(nullptr);
   EXPECT_EQ(hostController->calls, (std::vector<std::string>{"addDelegate", "addDelegate"}));

@@ -26,7 +26,7 @@ class ContentPresentationTest : public CoverTest {
   Strong<LaunchScreenContent> content = LaunchScreenContent::init();
 };
 
-// One object is the content, its data and its presentation
+// The references between a content, its data, its presentation and its controller
 
 TEST_F(ContentPresentationTest, DataPresentationAndContentViewAreTheContentItself) {
   EXPECT_EQ(content->data(), content);
@@ -146,7 +146,7 @@ TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// The content forwards calls by the controller to the host
+// The content forwards the controller's calls to the host's delegate
 
 class ContentForwardingTest : public ContentPresentationTest {
  protected:
@@ -175,7 +175,7 @@ TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalled) {
+TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDoesNotRespondIsNotCalled) {
   hostDelegate->agrees = false;
   for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
                               HostCall::DidDisappear}) {
@@ -187,7 +187,7 @@ TEST_F(ContentForwardingTest, AnOperationThatTheHostLacksIsNotCalled) {
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, TheContentChecksEachOperationSeparately) {
+TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostResponds) {
   hostDelegate->stopRespondingTo(HostCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -228,7 +228,7 @@ TEST_F(ContentForwardingTest, DidDisappearDependsOnTheArgumentNotOnTheContentsOw
   EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));
 }
 
-TEST_F(ContentForwardingTest, APresentationCallsTheHostsDelegate) {
+TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostsDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
   EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",

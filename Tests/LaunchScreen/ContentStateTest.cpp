@@ -217,7 +217,7 @@ TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThre
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ContentStateTest, TheContentLivesUntilItsControllerIsCreated) {
+TEST_F(ContentStateTest, TheContentLivesUntilTheQueuedCreationOfItsControllerHasRun) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   const Weak<LaunchScreenContent> weakContent = std::exchange(content, LaunchScreenContent::init());
   EXPECT_FALSE(weakContent.expired());
@@ -289,7 +289,7 @@ TEST_F(ContentStateTest, AnErrorWithoutAnOwnerIsDestroyedAtTheEndOfTheRunLoopPas
   EXPECT_EQ(content->state(), ContentDataStateFailed);
 }
 
-TEST_F(ContentStateTest, AnErrorIsStillReadableByLaterWorkOfItsRunLoopPass) {
+TEST_F(ContentStateTest, AnErrorIsStillReadableByLaterWorkOfTheSameRunLoopPass) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   std::string errorDomain;
@@ -319,7 +319,7 @@ TEST_F(ContentStateTest, TheContentDoesNotOwnAnErrorThatIsSet) {
 
 // Deactivation
 
-TEST_F(ContentStateTest, DeactivateReleasesOnlyTheControllerAndTheError) {
+TEST_F(ContentStateTest, DeactivateResetsOnlyTheControllerAndTheError) {
   const auto sentRequest = request();
   const auto hostDelegate = make<HostViewDelegate>("host", journal);
   const auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);

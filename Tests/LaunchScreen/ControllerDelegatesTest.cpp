@@ -40,7 +40,7 @@ TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
   EXPECT_EQ(LaunchScreenViewController::init(), nullptr);
 }
 
-TEST_F(ControllerCreationTest, StartsEmbeddedWithoutWindowSavedStyleIndicatorOrDelegatesArray) {
+TEST_F(ControllerCreationTest, StartsInEmbeddedModeWithAllOtherPropertiesUnset) {
   const auto controller = createWithInterval(0.1);
   EXPECT_EQ(controller->presentationMode(), 0);
   EXPECT_EQ(controller->appWindow(), nullptr);
@@ -179,7 +179,7 @@ TEST_F(ControllerDelegatesTest, AreNotifiedInTheOrderInWhichTheyWereAdded) {
   EXPECT_EQ(secondDelegate->lastController.lock(), cover);
 }
 
-TEST_F(ControllerDelegatesTest, ADelegateThatLacksTheOperationIsSkipped) {
+TEST_F(ControllerDelegatesTest, ADelegateThatDoesNotRespondToAnOperationIsSkipped) {
   addDelegate("first")->stopRespondingTo(CoverCall::DidDismiss);
   addDelegate("second")->stopRespondingTo(CoverCall::WillPresent);
   cover->viewWillAppear();
@@ -219,7 +219,8 @@ TEST_F(ControllerDelegatesTest, RemovingOneDuringANotificationRaisesTheMutationE
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "first: will present"}));
 }
 
-TEST_F(ControllerDelegatesTest, AChangeDuringTheLastNotificationAlsoRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest,
+       RemovingTheLastDelegateDuringItsNotificationRaisesTheMutationError) {
   const auto onlyDelegate = addDelegate("only");
   onlyDelegate->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(onlyDelegate); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
