@@ -32,6 +32,7 @@ constexpr int kButtonWidth = 32;
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 /// The content of a new window, which is in the middle of the screen.
 constexpr PixelRect kContent{312, 254, 400, 260};
+constexpr PixelRect kMiddle{512, 384, 1, 1};
 
 struct Point {
   int x = 0;
@@ -266,6 +267,28 @@ TEST_F(WaylandFrame, ABorderlessWindowHasNoFrameUntilItGetsATitleBar) {
   system->setStyleMask(window, NSWindowStyleMaskBorderless);
   EXPECT_TRUE(waitFor([this] { return weston.picture(titleBarOf(kContent)).isAll(kBackground); }));
   EXPECT_TRUE(hasContent(kContent));
+}
+
+TEST_F(WaylandFrame, AWindowThatIsHiddenUnderThePointerCanBeShownAgain) {
+  ASSERT_NO_FATAL_FAILURE(open());
+  const Point closeButton = closeButtonOf(kContent);
+  weston.movePointer(closeButton.x, closeButton.y);
+  weston.pressButton();
+  weston.releaseButton();
+  ASSERT_TRUE(waitFor([this] { return reports.contains("close requested " + nameOf(window)); }));
+  system->orderOut(window);
+  ASSERT_TRUE(waitFor([this] { return weston.picture(kMiddle).isAll(kBackground); }));
+  weston.movePointer(closeButton.x + 1, closeButton.y);
+  weston.pressButton();
+  weston.releaseButton();
+  weston.hidePointer();
+  deliverAll(*system);
+  system->setScene(
+      window, {{.kind = SceneItem::Kind::Fill, .frame = {{}, {1024, 768}}, .color = {1, 1, 1, 1}}});
+  system->orderFront(window);
+  EXPECT_TRUE(hasContent(kContent));
+  EXPECT_TRUE(hasTitleBar(kContent));
+  EXPECT_EQ(reports.count("close requested"), 1);
 }
 
 TEST_F(WaylandFrame, ASheetIsInFrontOfItsOwner) {
