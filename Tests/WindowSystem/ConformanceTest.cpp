@@ -338,6 +338,7 @@ TEST_P(Conformance, ReportsWithoutADelegateAreDiscarded) {
   display->userGoesToAnotherApplication();
   display->ownerDestroysWindow(window);
   deliver();
+  deliver();  // a back end may notice a lost focus only after another round trip
   EXPECT_THAT(reports.lines, IsEmpty());
   // A delegate that is set later does not receive the discarded reports.
   ReportListener laterDelegate;
