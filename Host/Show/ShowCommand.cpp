@@ -72,7 +72,8 @@ int show(const ShowOptions& options) {
     loop.setEnterHandler([&session] { session->skip(); });
   }
   int signal = loop.runUntil([&session] { return session->update(); });
-  if (signal == 0 && hasScreen && !options.window && session->outcome()->status == kExitSuccess) {
+  const bool hasOwnWindow = !options.window;
+  if (signal == 0 && hasScreen && hasOwnWindow && session->outcome()->status == kExitSuccess) {
     // The animation in the player window wakes the loop, so this wait needs no timer.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
@@ -145,9 +146,10 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
 // Adds the options of the player window and of the display.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
-      .add_option("--display", options.display,
-                  "The window system; auto is the first available one of wayland, cocoa on macOS "
-                  "or x11 elsewhere, and headless")
+      .add_option(
+          "--display", options.display,
+          "The window system; auto tries wayland, then cocoa (on macOS) or x11 (elsewhere), "
+          "then headless")
       ->check(CLI::IsMember({"auto", "cocoa", "headless", "wayland", "x11"}))
       ->type_name("NAME")
       ->capture_default_str();
@@ -173,7 +175,7 @@ void addWindowOptions(CLI::App& command, ShowOptions& options) {
 void addRunOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--screenshot", options.screenshotPath,
-                  "Save the window as a PNG file after half of the time (x11)")
+                  "Save the window as a PNG file when half of --duration has passed (x11)")
       ->type_name("FILE.png");
   command
       .add_option("--events", options.eventsPath,
@@ -215,7 +217,7 @@ void addShowCommand(CLI::App& program, CommandFunction& selectedCommand) {
   // command line.
   auto options = std::make_shared<ShowOptions>();
   CLI::App* const command = program.add_subcommand(
-      "show", "Show a launch screen over a game's window, from request to event");
+      "show", "Show a launch screen over a game's window, and record an event when it ends");
   addRequestOptions(*command, *options);
   addWindowOptions(*command, *options);
   addRunOptions(*command, *options);

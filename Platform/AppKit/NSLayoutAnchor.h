@@ -14,11 +14,10 @@ class NSView;
 enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
-/// A required relation between an attribute of a view and the same attribute of another view, or
-/// between an attribute and a constant. Anchors make two kinds of constraints. The first kind makes
-/// the centre of a view equal to the centre of another view on one axis. The second kind makes a
-/// width or height equal to a constant, or not smaller than a constant. The superview of the first
-/// view owns the constraint while the constraint is active.
+/// A required relation between an attribute of a first view and the same attribute of a second
+/// view, or between an attribute of the first view and a constant. Anchors make only two kinds:
+/// equal centres of two views on one axis, and a width or height that is equal to a constant, or
+/// not smaller. The superview of the first view owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,

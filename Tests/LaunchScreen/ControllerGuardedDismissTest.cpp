@@ -1,6 +1,6 @@
 // `dismissViewController` of the launch screen's controller ("the cover"): asks all delegates, and
-// dismisses the controller if every delegate agrees. The line "style 15" means that the window gets
-// a title and all controls again.
+// dismisses the controller if every delegate agrees. The fixture records events as lines. The line
+// "style 15" means that the window gets a title and all controls again.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -64,7 +64,7 @@ TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotTh
   EXPECT_EQ(firstDelegate->lastController.lock(), cover);
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateThatLacksTheOperationAgrees) {
+TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing) {
   present(kEmbedded);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->stopRespondingTo(CoverCall::CanDismiss);
@@ -82,14 +82,16 @@ TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayItDismisses) {
 
 TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItDismisses) {
   present(kEmbedded);
-  cover->addDelegate(nullptr);
+  cover->addDelegate(nullptr);  // creates the array and adds nothing
   cover->dismissViewController(cover);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheListRaisesTheMutationError) {
+TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMutationError) {
   present(kEmbedded);
-  addDelegate("first")->onNext(CoverCall::CanDismiss, [this] { cover->deactivate(); });
+  addDelegate("first")->onNext(CoverCall::CanDismiss, [this] {
+    cover->deactivate();  // removes all delegates
+  });
   EXPECT_THROW(cover->dismissViewController(cover), NSCollectionMutatedError);
   EXPECT_TRUE(isShown());
 }
@@ -188,7 +190,7 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadAfterTheDelegatesWereAsked) {
   present(kModalWindow);
   addDelegate("first")->onNext(CoverCall::CanDismiss,
                                [this] { cover->setPresentationMode(kEmbedded); });
-  cover->dismissViewController(nullptr);  // the platform would not dismiss null
+  cover->dismissViewController(nullptr);  // in modal window mode, null would dismiss nothing
   EXPECT_FALSE(isShown());
 }
 

@@ -69,12 +69,12 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
   xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);
   internAtoms();
-  timeWindow_ = makeId();
+  serverTimeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
-  track(xcb_create_window(connection_, 0, timeWindow_, root(), -1, -1, 1, 1, 0,
+  track(xcb_create_window(connection_, 0, serverTimeWindow_, root(), -1, -1, 1, 1, 0,
                           XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
                           &kEvents),
-        "CreateWindow", timeWindow_);
+        "CreateWindow", serverTimeWindow_);
 }
 
 // When a client disconnects, the server discards the requests that it has not read. Some of these
@@ -125,7 +125,7 @@ Event Connection::nextEvent() {
 
 bool Connection::pollForEvent() { return enqueue(Event(xcb_poll_for_event(connection_))); }
 
-bool Connection::hasQueuedEvents() {
+bool Connection::pollForQueuedEvent() {
   return enqueue(Event(xcb_poll_for_queued_event(connection_)));
 }
 
@@ -184,14 +184,14 @@ std::optional<Property> Connection::readPropertyIfWindowExists(xcb_window_t wind
 // The protocol has no request for the time. Appending nothing to a property causes a
 // PropertyNotify, which contains the time.
 xcb_timestamp_t Connection::serverTime() {
-  track(xcb_change_property(connection_, XCB_PROP_MODE_APPEND, timeWindow_, atom(Atom::VelTime),
-                            XCB_ATOM_CARDINAL, 32, 0, nullptr),
-        "ChangeProperty", timeWindow_);
+  track(xcb_change_property(connection_, XCB_PROP_MODE_APPEND, serverTimeWindow_,
+                            atom(Atom::VelTime), XCB_ATOM_CARDINAL, 32, 0, nullptr),
+        "ChangeProperty", serverTimeWindow_);
   flush();
   while (Event event{xcb_wait_for_event(connection_)}) {
     if (typeOf(*event) == XCB_PROPERTY_NOTIFY) {
       const auto notice = eventAs<xcb_property_notify_event_t>(*event);
-      if (notice.window == timeWindow_) {
+      if (notice.window == serverTimeWindow_) {
         return notice.time;
       }
     }

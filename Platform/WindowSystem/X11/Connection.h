@@ -76,7 +76,7 @@ class Connection final : public NonCopyable {
   bool pollForEvent();
   /// Returns true if an event has already been read from the connection, but not returned by
   /// `nextEvent`. `poll` on the connection's descriptor does not report such an event.
-  bool hasQueuedEvents();
+  bool pollForQueuedEvent();
 
   /// Blocks until an event comes for which `isExpected` returns true. `nextEvent` still returns the
   /// event. Returns false if the deadline passes or the connection breaks.
@@ -126,8 +126,9 @@ class Connection final : public NonCopyable {
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::array<xcb_atom_t, kAtomNames.size()> atoms_{};
-  xcb_window_t timeWindow_ = XCB_WINDOW_NONE;  // `serverTime` writes a property of this window
-  std::deque<Event> events_;                   // read, but not returned by `nextEvent` yet
+  xcb_window_t serverTimeWindow_ =
+      XCB_WINDOW_NONE;        // `serverTime` writes a property of this window
+  std::deque<Event> events_;  // read, but not returned by `nextEvent` yet
   RequestLog requestLog_;
 };
 

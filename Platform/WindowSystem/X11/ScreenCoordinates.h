@@ -17,11 +17,12 @@ namespace vel::x11 {
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
 /// Converts between points and pixels. One scale applies to the whole screen: Xft.dpi divided by
-/// 96, read once when the display is opened. The origin of points is the lower left corner of the
+/// 96, requested once, in the constructor. The origin of points is the lower left corner of the
 /// primary monitor, or of the first monitor if no monitor is primary. When the monitors change, the
 /// origin changes too.
 ///
-/// The constructor sends the requests to the X server. The first conversion reads the replies.
+/// The constructor requests Xft.dpi and the monitors from the X server. The first conversion reads
+/// the replies.
 class ScreenCoordinates {
  public:
   explicit ScreenCoordinates(Connection& connection);

@@ -445,7 +445,7 @@ Nanoseconds X11WindowSystem::nextDeadline() const {
   if (isConnectionLost_) {
     return kNever;
   }
-  if (focus_.hasPendingChanges() || connection_->hasQueuedEvents() || connection_->hasErrors() ||
+  if (focus_.hasPendingChanges() || connection_->pollForQueuedEvent() || connection_->hasErrors() ||
       connection_->isBroken()) {
     return 0;
   }
@@ -466,7 +466,7 @@ bool X11WindowSystem::processEvents() {
     monitor_.updateChangedWindows();
     relay_.allowResizingOfMaximizedAndFullscreenWindows();
     focus_.reportChanges([this] { return handleArrivedEvents(); });
-  } while (focus_.hasPendingChanges() || connection_->hasQueuedEvents());
+  } while (focus_.hasPendingChanges() || connection_->pollForQueuedEvent());
   const Nanoseconds now = x11::steadyNow();
   controls_.check(now);
   restorer_.check(now);
@@ -475,7 +475,7 @@ bool X11WindowSystem::processEvents() {
   for (auto& [id, window] : windows_) {
     window.cover->logMissedMapDeadline(now);
   }
-  if (!connection_->hasQueuedEvents()) {  // a queued DestroyNotify may explain an error
+  if (!connection_->pollForQueuedEvent()) {  // a queued DestroyNotify may explain an error
     connection_->logErrors();
   }
   return hasEvents;
