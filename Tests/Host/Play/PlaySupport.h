@@ -23,8 +23,8 @@ struct PlayResult {
 /// Plays a scenario in JSON.
 PlayResult playScenario(std::string_view text);
 
-/// Plays steps until the time `until` and returns the trace. `steps` is the content of a JSON
-/// array. `host` is the value of the scenario's member "host".
+/// Plays steps until the time `until`, in seconds, and returns the trace. `steps` is the content of
+/// a JSON array. `host` is the value of the scenario's member "host".
 Lines play(std::string_view steps, double until = 0, std::string_view host = "{}");
 
 /// Returns the lines between the last step with this name and the next step. The lines are without

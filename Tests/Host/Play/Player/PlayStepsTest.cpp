@@ -101,13 +101,14 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeTheContentIsLoaded)
                           R"("state":3,"content":"main"})"));
 }
 
-TEST(PlayStepsTest, RequestWhileCoveredReturnsTheTemporaryContent) {
+TEST(PlayStepsTest, RequestWhileCoveredReturnsTemporaryContentAndContentViewReleasesIt) {
   const std::string coverAndRequestSteps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   const Lines trace = play(coverAndRequestSteps, 0, kHostWithController);
   EXPECT_THAT(linesAfter(trace, "request"),
               ElementsAre(R"("answer":{"contentDataForContentRequest:":"temporary"}})"));
   EXPECT_EQ(lastInspection(trace)["manager"]["tempContent"], true);
+  // For both contents, `contentView` returns the view of the main content.
   for (const char* content : {"main", "temporary"}) {
     const Lines viewTrace =
         play(coverAndRequestSteps + R"(,{"do":"contentView","content":")" + content + R"("})", 0,
@@ -170,6 +171,7 @@ TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
                      R"({"do":"present","window":"player","mode":2,"content":"temporary"})"),
            0, kHostWithController);
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-1","is":"opened"})"));
+  // The inspection describes only the controller of the main content.
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
@@ -225,16 +227,17 @@ TEST(PlayStepsTest, SendRecordsTheEvent) {
 }
 
 TEST(PlayStepsTest, SendSubscribesAgain) {
-  // With a second registration, the postponed dismissal in skip mode runs twice.
-  const std::string refusedDismissalSteps =
+  // The manager postpones the dismissal until the window becomes key. With a second subscription,
+  // the manager then attempts the dismissal twice, so it calls the host once more.
+  const std::string postponedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false},)"
       R"({"do":"dismiss","by":"manager"},)";
   const std::string makeKeyStep = R"({"do":"makeKey","window":"player"})";
   const std::string subscribeStep = R"({"do":"send","operation":"subscribeAppLifecycle"},)";
-  EXPECT_EQ(linesOfKind(play(refusedDismissalSteps + makeKeyStep), "host").size(), 3U);
-  EXPECT_EQ(linesOfKind(play(refusedDismissalSteps + subscribeStep + makeKeyStep), "host").size(),
+  EXPECT_EQ(linesOfKind(play(postponedDismissalSteps + makeKeyStep), "host").size(), 3U);
+  EXPECT_EQ(linesOfKind(play(postponedDismissalSteps + subscribeStep + makeKeyStep), "host").size(),
             4U);
 }
 
@@ -355,6 +358,7 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
   };
   const std::string willAppear = R"("host":"contentViewWillAppear:"})";
   const std::string didDisappear = R"("host":"contentViewDidDisappear:"})";
+  // Without a list, the delegate has all operations.
   EXPECT_THAT(hostCalls("{}"), ElementsAre(willAppear, didDisappear));
   EXPECT_THAT(hostCalls("null"), IsEmpty());
   EXPECT_THAT(hostCalls(R"({"operations":[]})"), IsEmpty());
@@ -366,6 +370,7 @@ TEST(PlayStepsTest, ViewDelegateHasOnlyTheListedOperations) {
 TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
   const std::string refusingDelegateStep =
       R"({"do":"viewDelegate","operations":["canContentViewDisappear:"],"canDisappear":false})";
+  // In skip mode, the manager allows the dismissal. Only the view delegate refuses it.
   const std::string skipModeStep = R"(,{"do":"configure","skipMode":true},)";
   const Lines trace =
       play(coverThen(refusingDelegateStep + skipModeStep + R"({"do":"dismiss","by":"manager"})"));
@@ -374,7 +379,7 @@ TEST(PlayStepsTest, ViewDelegateReturnsTheScriptedValue) {
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], "player");
 }
 
-TEST(PlayStepsTest, ViewDelegateCanBeReplacedAndRemoved) {
+TEST(PlayStepsTest, ViewDelegateCanBeRemovedAndSetAgain) {
   const std::string dismissStep = R"(,{"do":"dismiss","by":"content"})";
   EXPECT_THAT(
       linesAfter(play(coverThen(R"({"do":"viewDelegate","operations":null})" + dismissStep)),
@@ -467,8 +472,8 @@ TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
   EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
-  const Lines laterTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
-  EXPECT_THAT(linesAfter(laterTrace, "makeKey"), IsEmpty());
+  const Lines makeKeyTrace = play(steps + R"({"do":"makeKey","window":"modal-1"})");
+  EXPECT_THAT(linesAfter(makeKeyTrace, "makeKey"), IsEmpty());
 }
 
 TEST(PlayStepsTest, MakeKeyHasAnEffectOnlyOnAWindowOnScreen) {
@@ -536,11 +541,12 @@ TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesTheNewestSheet) {
   EXPECT_EQ(lastInspection(dismissedTrace)["controller"]["presented"], 1);
 }
 
-TEST(PlayStepsTest, DismissOverSkipsClosedSheets) {
+TEST(PlayStepsTest, DismissOverSkipsSheetsThatAreNotOpen) {
   const Lines trace = play(coverThen(
       R"({"do":"presentOver"},{"do":"presentOver"},{"do":"closeWindow","window":"sheet-2"},)"
       R"({"do":"dismissOver"})"));
   EXPECT_THAT(linesAfter(trace, "dismissOver"), Contains(R"("window":"sheet-1","is":"closed"})"));
+  // Without a launch screen, `presentOver` opens no sheet.
   EXPECT_THAT(linesAfter(play(R"({"do":"presentOver"},{"do":"dismissOver"})"), "dismissOver"),
               IsEmpty());
 }
@@ -592,7 +598,7 @@ TEST(PlayStepsTest, StepWithoutTimeHasTheTimeOfThePreviousStep) {
   EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
 }
 
-TEST(PlayStepsTest, PlayDoesNotEndBeforeTheLastStep) {
+TEST(PlayStepsTest, PlayEndsAtUntilButNotBeforeTheLastStep) {
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
               testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),

@@ -101,9 +101,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "/host/windows/0/name: expected the window's name"},
         Refusal{"DuplicateWindowName", R"({"host":{"windows":[{"name":"a"},{"name":"a"}]}})",
                 "/host/windows/1/name: expected a name that no earlier window has"},
-        Refusal{"WindowNamedAsAModalWindow", R"({"host":{"windows":[{"name":"modal-1"}]}})",
+        Refusal{"WindowNamedLikeAModalWindow", R"({"host":{"windows":[{"name":"modal-1"}]}})",
                 "/host/windows/0/name: expected a name that is not reserved for presentations"},
-        Refusal{"WindowNamedAsASheet",
+        Refusal{"WindowNamedLikeASheet",
                 R"({"host":{"windows":[{"name":"sheet-99999999999999999999"}]}})",
                 "/host/windows/0/name: expected a name that is not reserved for presentations"},
         Refusal{"WindowWithAnUnknownMember", R"({"host":{"windows":[{"name":"a","title":"A"}]}})",
@@ -287,7 +287,7 @@ TEST(ScenarioReaderTest, NestingDeeperThan64IsRefused) {
               testing::EndsWith(": expected at most 64 levels of nested objects and arrays"));
 }
 
-TEST(ScenarioReaderTest, OnlyWindowNamesAreRequired) {
+TEST(ScenarioReaderTest, OptionalMembersMayBeMissingOrNull) {
   EXPECT_EQ(refusalOf("{}"), "accepted");
   EXPECT_EQ(refusalOf(R"({"host":{"windows":[],"resolverDelegate":null,"viewDelegate":null}})"),
             "accepted");
@@ -298,7 +298,7 @@ TEST(ScenarioReaderTest, OnlyWindowNamesAreRequired) {
   EXPECT_EQ(refusalOf("\xef\xbb\xbf{}"), "accepted") << "a byte order mark is allowed";
 }
 
-TEST(ScenarioReaderTest, WindowsOfEarlierPresentationsMayBeNamed) {
+TEST(ScenarioReaderTest, StepsCanNameTheWindowsOfEarlierPresentations) {
   EXPECT_EQ(refusalOf(R"({"steps":[{"do":"present","window":null,"mode":2},)"
                       R"({"do":"present","window":"modal-1","mode":-1},)"
                       R"({"do":"openWindow","name":"b","parent":"sheet-1"},{"do":"presentOver"},)"

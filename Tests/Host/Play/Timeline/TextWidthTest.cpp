@@ -13,7 +13,7 @@ TEST(TextWidthTest, IsTheSumOfTheCharacters) {
   EXPECT_DOUBLE_EQ(textWidth("W W", kSize), 9.89 + 3.18 + 9.89);
 }
 
-TEST(TextWidthTest, GrowsWithTheFont) {
+TEST(TextWidthTest, IsProportionalToTheFontSize) {
   EXPECT_DOUBLE_EQ(textWidth("present", 2 * kSize), 2 * textWidth("present", kSize));
 }
 

@@ -65,11 +65,14 @@ class TimelineTest : public testing::Test {
   Timeline timeline_;
 };
 
+// The countdown ends at the sixth tick, at 0.6 s: after five ticks the time left is slightly more
+// than 0.1 s, because of rounding. The library records the event 0.5 s after the dismissal and
+// removes the cover 1 s after the dismissal.
 constexpr std::string_view kRunOfHalfASecond =
     R"({"do":"activate"},{"do":"request","parameters":{"event":"end","max_duration_time":0.5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
-TEST_F(TimelineTest, MarksTheStepsOfTheScript) {
+TEST_F(TimelineTest, MarksTheStepsOfTheScriptButNotInspections) {
   playInto(timeline_, R"({"do":"activate"},{"at":0.3,"do":"resignKey"},{"do":"inspect"})", 1);
   EXPECT_THAT(marks(TimelineLane::Script),
               ElementsAre(Mark{0, "activate"}, Mark{300, "resignKey"}));
@@ -91,7 +94,7 @@ TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
               ElementsAre(Mark{0, "Next event name is nil or empty!"}));
 }
 
-TEST_F(TimelineTest, MarksOneRunFromRequestToEvent) {
+TEST_F(TimelineTest, MarksOneRunFromTheFirstHostCallToTheEvent) {
   playInto(timeline_, kRunOfHalfASecond, 3);
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{0, "contentViewWillAppear:"},
                                                          Mark{600, "canContentViewDisappear: yes"},
@@ -158,7 +161,7 @@ TEST_F(TimelineTest, StepBetweenTicksDoesNotSplitTheCountdown) {
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
-TEST_F(TimelineTest, LongCountdownHasFewSpansAndMarks) {
+TEST_F(TimelineTest, LongCountdownHasFewSegmentsAndMarks) {
   playInto(timeline_,
            R"({"do":"request","parameters":{"event":"end","max_duration_time":3600}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",

@@ -113,9 +113,9 @@ class Timeline(unittest.TestCase):
         simultaneous_steps = [{"do": "makeKey", "window": name}] * 50
         presentation_steps = [{"do": "contentView"}, {"do": "present", "window": name, "mode": 0}]
         times = (0, 1e-9, 1e-8, 0.7, 9, 1000, 1_000_000)
-        for until, seconds in itertools.product(times, (1e-40, 0.1, 7, 3e38)):
-            with self.subTest(until=until, seconds=seconds):
-                parameters = {"event": name, "max_duration_time": seconds}
+        for until, duration in itertools.product(times, (1e-40, 0.1, 7, 3e38)):
+            with self.subTest(until=until, duration=duration):
+                parameters = {"event": name, "max_duration_time": duration}
                 last_steps = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
                 # Long plays do not present the launch screen, because the countdown would take too
                 # long.
@@ -132,7 +132,7 @@ class Timeline(unittest.TestCase):
         classes = {element.get("class") for element in svg.iter(SVG + "rect")}
         self.assertEqual(classes, {"background", "key", "cover"})
 
-    def test_both_colour_schemes_have_every_colour(self):
+    def test_both_colour_schemes_have_every_colour_and_background_fills_picture(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
@@ -152,7 +152,7 @@ class Timeline(unittest.TestCase):
         example = ROOT / "Examples/scenarios/deactivate-during-callback.json"
         self.assertIn("the play stopped early", [text.text for text in self.draw(example).iter()])
 
-    def test_file_that_cannot_be_opened_is_reported_before_the_play(self):
+    def test_picture_file_that_cannot_be_opened_is_reported_before_the_play(self):
         result = run("play", str(DOCUMENTED_EXAMPLE), "--timeline", "/nonexistent/picture.svg")
         self.assertEqual((result.returncode, result.stdout), (2, ""))
         self.assertEqual(
@@ -160,7 +160,7 @@ class Timeline(unittest.TestCase):
             "launchscreen: --timeline: /nonexistent/picture.svg: No such file or directory\n",
         )
 
-    def test_scenario_that_cannot_be_read_does_not_change_the_file(self):
+    def test_scenario_that_cannot_be_read_does_not_change_the_picture_file(self):
         self.picture.write_text("kept")
         result = run("play", "/nonexistent/scenario.json", "--timeline", str(self.picture))
         self.assertEqual((result.returncode, result.stdout), (2, ""))

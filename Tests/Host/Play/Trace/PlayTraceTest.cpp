@@ -82,7 +82,7 @@ TEST(TraceTextTest, LifeCycleCallsHaveTheirPlatformNames) {
             R"({"t":0.000000000,"cover":"viewDidDisappear"})");
 }
 
-TEST(TraceTextTest, DoublesAreTheShortestDecimalThatReadsBack) {
+TEST(TraceTextTest, DoubleIsTheShortestDecimalThatConvertsToIt) {
   EXPECT_EQ(shortestDecimal(5.0), "5");
   EXPECT_EQ(shortestDecimal(4.9), "4.9");
   EXPECT_EQ(shortestDecimal(0.30000001192092896), "0.30000001192092896");
@@ -135,15 +135,15 @@ TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
           R"({"t":0.100000000,"tick":-0.1})", R"({"t":0.600000000,"event":"e"})"));
 }
 
-TEST(PlayTraceTest, PresentationLinePrintsTheModeUnsigned) {
+TEST(PlayTraceTest, LogLineOfAPresentationHasTheModeAsAnUnsignedNumber) {
   EXPECT_THAT(linesOfKind(play(R"({"do":"present","window":null,"mode":-1})"), "log"),
               ElementsAre(testing::EndsWith(R"(mode: 4294967295"})")));
 }
 
-TEST(PlayTraceTest, OnlyAConformingDelegateReceivesTheState) {
-  const auto stateLines = [](const char* delegate) {
+TEST(PlayTraceTest, OnlyAConformingResolverDelegateReceivesTheState) {
+  const auto stateLines = [](const char* resolverDelegate) {
     return linesOfKind(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})",
-                            0, std::string(R"({"resolverDelegate":)") + delegate + "}"),
+                            0, std::string(R"({"resolverDelegate":)") + resolverDelegate + "}"),
                        "state");
   };
   EXPECT_THAT(stateLines(R"("conforming")"), ElementsAre(R"("state":4,"content":"main"})"));
@@ -235,7 +235,7 @@ TEST(PlayInspectionTest, ContainsTheFlagsOfTheManager) {
   EXPECT_EQ(manager["eventWasSended"], true);
 }
 
-TEST(PlayInspectionTest, ApplicationNamesItsWindowsAndSortsTheirStyles) {
+TEST(PlayInspectionTest, ApplicationNamesItsWindowsAndSortsStyleMasksByWindowName) {
   const json application =
       lastInspection(play(R"({"do":"openWindow","name":"zoo","styleMask":3},)"
                           R"({"do":"openWindow","name":"abc","styleMask":5},)"
