@@ -1,5 +1,5 @@
-// `dismiss` removes the launch screen without asking the delegates. The cover is the view
-// controller of the launch screen, with its view. A cover that is embedded in a window without a
+// `dismiss` removes the launch screen without asking the delegates. The cover is the launch
+// screen's view controller together with its view. A cover that is embedded in a window without a
 // content view controller has no parent that could own it. The library then tracks the cover: three
 // global variables own its superview, its view and the controller (EmbeddedCover.h).
 //
@@ -47,7 +47,8 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, InSheetModeAnEmbeddedCoverClosesThePlayerWindow) {
+TEST_F(ControllerDismissTest,
+       IfTheModeOfAnEmbeddedCoverChangesToSheetDismissClosesThePlayerWindow) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->setPresentationMode(LaunchScreenPresentationSheet);
@@ -112,7 +113,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedInEveryModeOfTheRunLoop) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrackingMode) {
   for (const NSRunLoopMode mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
     embed(openPlayerWindow());
     cover->dismiss();
@@ -122,7 +123,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedInEveryModeOfTheRunLoop) {
   }
 }
 
-TEST_F(ControllerDismissTest, ARemovedTrackedCoverAlsoLeavesItsParent) {
+TEST_F(ControllerDismissTest, ATrackedCoverLeavesAParentThatItGotWhileItWasTracked) {
   embed(openPlayerWindow());
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(cover);
@@ -247,7 +248,7 @@ TEST_F(ControllerDismissTest, ACoverThatIsRemovedAtOnceNotifiesTwice) {
                    "first: did dismiss"}));                   // `dismiss` notifies again
 }
 
-TEST_F(ControllerDismissTest, ADelegateThatChangesTheListRaisesTheMutationError) {
+TEST_F(ControllerDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMutationError) {
   embed(nullptr);
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");

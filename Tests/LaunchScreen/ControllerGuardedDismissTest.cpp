@@ -56,7 +56,7 @@ TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheControllerNotTheArgument) {
+TEST_F(ControllerGuardedDismissTest, TheDelegatesAreAskedAboutTheCoverNotAboutTheArgument) {
   present(kModalWindow);
   const auto firstDelegate = addDelegate("first");
   firstDelegate->agrees = false;
@@ -74,13 +74,13 @@ TEST_F(ControllerGuardedDismissTest, ADelegateWithoutCanDismissCountsAsAgreeing)
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayItDismisses) {
+TEST_F(ControllerGuardedDismissTest, WithoutADelegatesArrayTheCoverIsDismissed) {
   present(kEmbedded);
   cover->dismissViewController(cover);
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayItDismisses) {
+TEST_F(ControllerGuardedDismissTest, WithAnEmptyDelegatesArrayTheCoverIsDismissed) {
   present(kEmbedded);
   cover->addDelegate(nullptr);  // creates the array and adds nothing
   cover->dismissViewController(cover);

@@ -19,7 +19,7 @@ class ControllerIndicatorTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerIndicatorTest, StartsStoppedWithSpinningStyleAndWithoutASize) {
+TEST_F(ControllerIndicatorTest, ANewIndicatorHasSpinningStyleButNoSizeAndIsNotAnimated) {
   cover->createActivityIndicator();
   ASSERT_NE(indicator(), nullptr);
   EXPECT_EQ(indicator()->style(), NSProgressIndicatorStyleSpinning);
@@ -130,7 +130,7 @@ TEST_F(ControllerIndicatorTest, TheIndicatorIsAnimatedWhenTheCoverAppears) {
   EXPECT_TRUE(scene[1].isAnimated);
 }
 
-TEST_F(ControllerIndicatorTest, TheControllerOwnsTheIndicator) {
+TEST_F(ControllerIndicatorTest, TheIndicatorIsDestroyedWithTheController) {
   cover->createActivityIndicator();
   const Weak<NSProgressIndicator> weakIndicator = indicator();
   cover = nullptr;

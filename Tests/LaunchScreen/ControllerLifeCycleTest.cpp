@@ -116,7 +116,7 @@ TEST_F(ControllerLifeCycleTest, ClosingTheHostWindowEndsTheLaunchScreen) {
                                  "viewDidDisappear", "first: did dismiss"}));
 }
 
-// Appearance
+// What the cover looks like
 
 TEST_F(ControllerLifeCycleTest, TheViewIsLayerBackedAndWhiteBeforeTheDelegatesAreNotified) {
   bool wasNotified = false;
@@ -165,7 +165,7 @@ class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
   Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(CGRectZero);
 };
 
-TEST_F(IndicatorLifeCycleTest, BeforeVersion10_14ItsAppearanceStays) {
+TEST_F(IndicatorLifeCycleTest, BeforeVersion10_14ItsAppearanceIsNotSet) {
   EXPECT_EQ(appearanceOn({10, 13, 6}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
   EXPECT_EQ(appearanceOn({9, 15, 0}), "none");
@@ -200,7 +200,7 @@ TEST_F(IndicatorLifeCycleTest, IsAnimatedBeforeTheStyleIsOverridden) {
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(IndicatorLifeCycleTest, IsNeverStopped) {
+TEST_F(IndicatorLifeCycleTest, IsNotStoppedByTheDismissal) {
   present(window, LaunchScreenPresentationEmbedded);
   cover->dismissViewController(cover);
   EXPECT_TRUE(indicator->isAnimating());

@@ -45,7 +45,7 @@ TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsATrackedSubviewOfTheCon
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedCoverAlwaysFillsItsSuperview) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverFillsTheWindowAndFollowsItsSize) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
@@ -71,18 +71,18 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverGetsTheFrameOfItsSuperviewNotT
 TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindowBeforeItAppears) {
   const auto window = openWindow("PlayerWindow", CGRectMake(30, 40, 640, 480));
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
-  bool hasAppeared = false;
+  bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    hasAppeared = true;
+    wasNotified = true;
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-    // The superview becomes layer-backed after the cover has been added.
+    // The presentation sets these two properties after it has added the cover to the superview.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(hasAppeared);
+  EXPECT_TRUE(wasNotified);
 }
 
 TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpens) {
@@ -110,7 +110,7 @@ TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAnUntrac
 }
 
 TEST_F(ControllerPresentationTest,
-       UnderAContentViewControllerTheCoverFillsTheViewAndMakesItLayerBacked) {
+       UnderAContentViewControllerTheCoverHasTheFrameOfItsLayerBackedSuperview) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -122,14 +122,14 @@ TEST_F(ControllerPresentationTest,
 
 TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAChildBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
-  bool hasAppeared = false;
+  bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
-    hasAppeared = true;
+    wasNotified = true;
     EXPECT_EQ(cover->parentViewController(), window->contentViewController());
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 1280, 720));
   });
   present(window, kEmbedded);
-  EXPECT_TRUE(hasAppeared);
+  EXPECT_TRUE(wasNotified);
 }
 
 // Embedded without a window
@@ -178,7 +178,8 @@ TEST_F(ControllerPresentationTest, AnEmbeddedControllerMovesToAnotherWindow) {
   EXPECT_EQ(cover->view()->window(), secondWindow);
 }
 
-TEST_F(ControllerPresentationTest, AShownControllerWritesTheSavedStyleToTheNewWindow) {
+TEST_F(ControllerPresentationTest,
+       AControllerThatMovesToAnotherWindowWritesTheSavedStyleToThatWindow) {
   const auto firstWindow = openPlayerWindow();
   const auto secondWindow = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
   present(firstWindow, kEmbedded);

@@ -14,7 +14,7 @@ class ControllerStyleTest : public CoverTest {
  protected:
   ControllerStyleTest() { takeEvents(); }
 
-  // Sets the same properties as a presentation, without presenting.
+  // Sets the controller's mode and window without a presentation.
   static void prepare(const Strong<LaunchScreenViewController>& controller,
                       const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
     controller->setPresentationMode(mode);
@@ -65,6 +65,7 @@ TEST_F(ControllerStyleTest, EachStepReadsTheCurrentStyle) {
   prepare(cover, window);
   platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
   cover->setupPresentation();
+  // 32783 is 0x800F, the style that the observer sets.
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
@@ -147,7 +148,7 @@ TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, RestoreKeepsTheSavedStyle) {
+TEST_F(ControllerStyleTest, AfterARestoreTheStyleStaysSaved) {
   prepare(cover, window);
   cover->setupPresentation();
   cover->restorePresentation();
@@ -193,8 +194,8 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-// Restoring the style through the tracked controller: the embedded controller that the library owns
-// through a global variable, because the controller has no parent (EmbeddedCover.h)
+// Restoring the style through the tracked controller. The tracked controller is an embedded
+// controller without a parent. A global variable of the library owns it (EmbeddedCover.h).
 
 TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheWindowOfTheTrackedController) {
   embed(window);

@@ -1,6 +1,6 @@
-// Which objects own the launch screen's controller ("the cover") and its content, and when all of
-// these objects are destroyed. A tracked cover is an embedded cover without a parent. Global
-// variables of the library own it (EmbeddedCover.h).
+// Which objects own the launch screen's controller ("the cover") and the LaunchScreenContent, and
+// when the objects of a launch screen are destroyed. A tracked cover is an embedded cover without a
+// parent. Global variables of the library own it (EmbeddedCover.h).
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -69,11 +69,13 @@ TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilTheCoverIsRe
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverOwnsItsWindowAndContentView) {
+TEST_F(CoverLifetimeTest,
+       TheWindowOfATrackedCoverLivesUntilTheDismissalAndTheContentViewUntilTheRemoval) {
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
   cover->presentForWindowWithPresentationMode(window, 0);
   window->orderOut();
+  // `orderOut` has restored the style and set `appWindow` to null.
   cover->setAppWindow(window);
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_FALSE(weakWindow.expired());
@@ -195,6 +197,7 @@ TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManag
   deactivateAndRelease();
   EXPECT_TRUE(objects.content.expired());
   EXPECT_FALSE(objects.manager.expired());
+  // A countdown of 1 s ends at its 11th tick, which comes after 1.1 s.
   platform.run(0.55);
   EXPECT_FALSE(objects.manager.expired());
   platform.run(0.05);

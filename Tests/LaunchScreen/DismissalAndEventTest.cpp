@@ -1,4 +1,4 @@
-// The end of a launch screen: dismissal, event and reported states.
+// The end of a launch screen: dismissal, analytics event and reported states.
 #include <atomic>
 #include <thread>
 
@@ -54,7 +54,7 @@ TEST_F(DismissalTest, OnAnotherThreadTheLaunchScreenExpiresAtOnce) {
   EXPECT_TRUE(isExpired);
 }
 
-TEST_F(DismissalTest, AnotherThreadCanDismissWhileTheMainThreadWorks) {
+TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
@@ -115,7 +115,7 @@ TEST_F(DismissalTest, ADelegateThatRefusesKeepsTheLaunchScreenUp) {
   EXPECT_EQ(controller()->view()->window(), nullptr);
 }
 
-// The event
+// The analytics event
 
 class EventTest : public LaunchScreenTest {
  protected:
@@ -158,7 +158,7 @@ TEST_F(EventTest, AfterTheEventIsSentAnotherCallChangesNothing) {
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
 
-TEST_F(EventTest, ALaterRequestOfTheSameManagerRecordsNoEvent) {
+TEST_F(EventTest, AManagerRecordsNoSecondEventForALaterRequest) {
   manager->sendAnalyticsEvent();
   platform.run(1.0);
   manager->contentDataForContentRequest(makeRequest("another", 5));
@@ -272,7 +272,7 @@ TEST_F(StateChangeTest, TheDelegateReceivesTheManagerAndTheData) {
   EXPECT_EQ(listener->changes[0].data, data);
 }
 
-TEST_F(StateChangeTest, EveryChangeOfTheMainContentIsReported) {
+TEST_F(StateChangeTest, SettingTheStateOfTheMainContentIsReportedEvenIfTheStateStaysTheSame) {
   manager->setDelegate(listener);
   manager->content()->setState(7);
   manager->content()->setState(7);
@@ -289,7 +289,7 @@ TEST_F(StateChangeTest, ADelegateThatDoesNotAdoptTheProtocolIsNotNotified) {
   EXPECT_EQ(manager->delegate(), undeclaredListener);
 }
 
-TEST_F(StateChangeTest, WithoutADelegateNothingHappens) {
+TEST_F(StateChangeTest, WithoutADelegateTheStateIsNeverthelessSet) {
   manager->content()->setState(ContentDataStateLoaded);
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }

@@ -70,7 +70,7 @@ TEST_F(ExpirationTimerTest, ATimeLeftOfNaNStartsACountdownThatNeverEnds) {
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(ExpirationTimerTest, StartKeepsTheTimerOfARunningCountdownAndItsPhase) {
+TEST_F(ExpirationTimerTest, StartNeitherReplacesNorRestartsTheTimerOfARunningCountdown) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto runningTimer = timer();
@@ -158,7 +158,7 @@ TEST_F(ExpirationTimerTest, ATickWithANegativeTimeLeftDismissesAndSubtracts) {
   EXPECT_EQ(timeLeft(), -0x1.6666666666666p-2);
 }
 
-TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerThenDismissesAndSubtractsOnlyAfterwards) {
+TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerThenDismissesThenSubtracts) {
   const auto hostController = loadHostController(5.0);
   setTimeLeft(0.2);
   manager->startTimer();
@@ -322,7 +322,7 @@ TEST_F(ExpirationTimerTest, AfterAStopTheCountdownStartsOnlyWithTimeLeft) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(ExpirationTimerTest, NothingIsLogged) {
+TEST_F(ExpirationTimerTest, ACountdownLogsNothing) {
   setTimeLeft(0.3);
   manager->startTimer();
   platform.run(1.0);

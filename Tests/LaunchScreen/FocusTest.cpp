@@ -23,7 +23,7 @@ TEST_F(FocusTest, SubscribeRegistersSixObservers) {
   EXPECT_EQ(registrationCount(), 6u);
 }
 
-TEST_F(FocusTest, ASecondSubscribeCallsEachHandlerTwice) {
+TEST_F(FocusTest, AfterASecondSubscribeANotificationCallsItsHandlerTwice) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
@@ -44,7 +44,7 @@ TEST_F(FocusTest, SubscribedNotificationsPauseAndResumeTheCountdown) {
   EXPECT_NE(timer(), nullptr);
 }
 
-TEST_F(FocusTest, NotificationsOfActivityAndMiniaturizingHaveNoEffect) {
+TEST_F(FocusTest, NotificationsOfApplicationActivationAndMiniaturizingHaveNoEffect) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
@@ -63,7 +63,7 @@ TEST_F(FocusTest, NotificationsOfActivityAndMiniaturizingHaveNoEffect) {
   }
 }
 
-TEST_F(FocusTest, TheHandlersOfActivityMiniaturizingAndBackgroundDoNothing) {
+TEST_F(FocusTest, TheHandlersOfApplicationActivationMiniaturizingAndBackgroundDoNothing) {
   show(5.0);
   const auto stateBefore = state();
   const auto notification =
@@ -77,7 +77,7 @@ TEST_F(FocusTest, TheHandlersOfActivityMiniaturizingAndBackgroundDoNothing) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-TEST_F(FocusTest, SwitchingToAnotherApplicationPausesBecauseTheWindowResignsKey) {
+TEST_F(FocusTest, SwitchingToAnotherApplicationPausesTheCountdownUntilTheUserComesBack) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
