@@ -14,7 +14,7 @@ namespace vel {
 namespace {
 
 /// The NSWindow of an adopted window. `className` returns the window's class in the window system,
-/// for example in WM_CLASS on X11. AdoptedWindow describes the window at its adoption.
+/// for example in WM_CLASS on X11.
 class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
   explicit AdoptedNSWindow(const AdoptedWindow& description)
@@ -165,9 +165,10 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
   }
   resignKey();
   if (keyWindow_ != nullptr) {
-    return;
+    return;  // an observer has made another window key
   }
   Strong<NSWindow> next = orderedWindows_.empty() ? nullptr : orderedWindows_.front();
+  // The last match is the window that most recently became key.
   for (const Weak<NSWindow>& entry : keyHistory_) {
     if (const Strong<NSWindow> earlierKeyWindow = entry.lock();
         earlierKeyWindow != nullptr && earlierKeyWindow->isOnScreen()) {
@@ -227,7 +228,8 @@ void NSApplication::beginModalSession(const Strong<NSWindow>& window) { addModal
 
 void NSApplication::stopModal() {
   if (!modalSessions_.empty()) {
-    // Without this copy, `pop_back` could destroy the window while it changes `modalSessions_`.
+    // Without this copy, the window could be destroyed inside `pop_back`, while `modalSessions_`
+    // changes.
     const ModalSession endedSession = modalSessions_.back();
     modalSessions_.pop_back();
     updateModality();
@@ -302,19 +304,19 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
   }
 }
 
-// Puts the windows in `handles` into the order of `handles`. These windows use only the positions
-// in `orderedWindows_` that they already have, so all other windows keep their positions.
+// `handles` lists windows in their new order. In `orderedWindows_`, these windows exchange their
+// positions with each other. All other windows keep their positions.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
-  NSArray<NSWindow> movedWindows;
+  NSArray<NSWindow> reorderedWindows;
   for (const WindowHandle handle : handles) {
     const Strong<NSWindow> window = windowFor(handle);
     if (std::ranges::find(orderedWindows_, window) != orderedWindows_.end()) {
-      movedWindows.push_back(window);
+      reorderedWindows.push_back(window);
     }
   }
-  auto next = movedWindows.begin();
+  auto next = reorderedWindows.begin();
   for (Strong<NSWindow>& orderedWindow : orderedWindows_) {
-    if (std::ranges::find(movedWindows, orderedWindow) != movedWindows.end()) {
+    if (std::ranges::find(reorderedWindows, orderedWindow) != reorderedWindows.end()) {
       orderedWindow = *next++;
     }
   }

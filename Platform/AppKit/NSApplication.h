@@ -42,8 +42,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window with the keyboard focus; null while the user works in another application.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// Of the windows that are neither modal windows nor sheets, the window that most recently became
-  /// key. Null after this window has left the screen.
+  /// The window that most recently became key, not counting modal windows and sheets. Null after
+  /// this window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
   [[nodiscard]] NSArray<NSWindow> orderedWindows() const { return orderedWindows_; }

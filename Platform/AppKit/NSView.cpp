@@ -84,8 +84,8 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   }
   const Strong<NSView> strongSelf = self();
   const Strong<NSWindow> window = this->window();
-  // `removeFromSuperview` makes the controllers of `view` disappear. If `view` stays in its window,
-  // its controllers remain shown.
+  // `removeFromSuperview` makes the controllers of `view` disappear. Do not call it if `view`
+  // stays in its window: the controllers must remain shown.
   if (window == nullptr || view->window() != window) {
     view->removeFromSuperview();
   }
@@ -202,16 +202,16 @@ CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
 // size.
 void NSView::layOutSubviews() {
   for (const Strong<NSView>& view : NSArray<NSView>(subviews_)) {
-    NSArray<NSLayoutConstraint> constraints;
-    std::ranges::copy_if(constraints_, std::back_inserter(constraints),
+    NSArray<NSLayoutConstraint> constraintsOfView;
+    std::ranges::copy_if(constraints_, std::back_inserter(constraintsOfView),
                          [&view](const Strong<NSLayoutConstraint>& constraint) {
                            return constraint->firstItem() == view;
                          });
-    if (view->translatesAutoresizingMask_ || constraints.empty()) {
+    if (view->translatesAutoresizingMask_ || constraintsOfView.empty()) {
       continue;
     }
-    CGRect frame{view->frame_.origin, constrainedSize(constraints)};
-    for (const Strong<NSLayoutConstraint>& constraint : constraints) {
+    CGRect frame{view->frame_.origin, constrainedSize(constraintsOfView)};
+    for (const Strong<NSLayoutConstraint>& constraint : constraintsOfView) {
       const Strong<NSView> other = constraint->secondItem();
       const CGRect referenceFrame = other.get() == this ? bounds() : send(other, &NSView::frame);
       if (constraint->attribute() == NSLayoutAttribute::CenterX) {

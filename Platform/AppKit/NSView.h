@@ -96,8 +96,8 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   void addToScene(Scene& scene, CGPoint origin) const;
 
  protected:
-  /// Adds the view's contents other than the background of its layer. `rectangle` is in the
-  /// window's coordinates.
+  /// Adds the view's contents, except the background of the layer, to `scene`. `rectangle` is the
+  /// view's frame in the window's coordinates.
   virtual void addOwnContents(Scene& /*scene*/, CGRect /*rectangle*/) const {}
 
  private:

@@ -300,8 +300,8 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// A miniaturised window also gets the scene: its owner may restore it while the run loop does not
-// run.
+// A miniaturised window also gets the scene, because the program that owns an adopted window may
+// restore the window while the run loop does not run.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

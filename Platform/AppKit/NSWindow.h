@@ -77,11 +77,12 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
   /// Modal or Sheet if the window was made to present a view controller, else Plain.
   [[nodiscard]] WindowKind kind() const { return kind_; }
-  /// The window that this sheet belongs to; null for other windows.
+  /// The window that this sheet belongs to. Null if this window is not a presented sheet.
   [[nodiscard]] Strong<NSWindow> sheetParent() const { return sheetParent_.lock(); }
   [[nodiscard]] NSArray<NSWindow> sheets() const { return sheets_; }
 
-  /// Opens the window, or raises it if it is open. Does not make it key.
+  /// Opens the window, or raises it if it is on screen. Does not make it key. Does nothing if the
+  /// window is miniaturised.
   void orderFront();
   /// Opens or raises the window and makes it key, as `makeKeyWindow` does.
   void makeKeyAndOrderFront();

@@ -52,7 +52,7 @@ void AppearanceTransition::sendDidAppear() {
 
 void DisappearanceTransition::sendWillDisappear() {
   std::size_t next = 0;
-  // The called methods may show further controllers. These controllers must disappear too.
+  // `viewWillDisappear` may show another controller in `view_`, which must also disappear.
   for (addNewAppearances(); next < appearances_.size(); addNewAppearances()) {
     for (; next < appearances_.size(); ++next) {
       const Appearance& appearance = appearances_[next];
