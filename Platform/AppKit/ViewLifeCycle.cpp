@@ -52,7 +52,8 @@ void AppearanceTransition::sendDidAppear() {
 
 void DisappearanceTransition::sendWillDisappear() {
   std::size_t next = 0;
-  // `viewWillDisappear` may show another controller in `view_`, which must also disappear.
+  // `viewWillDisappear` may show more controllers in `view_`. Those controllers must also
+  // disappear.
   for (addNewAppearances(); next < appearances_.size(); addNewAppearances()) {
     for (; next < appearances_.size(); ++next) {
       const Appearance& appearance = appearances_[next];
