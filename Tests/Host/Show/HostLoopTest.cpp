@@ -94,7 +94,7 @@ TEST_F(HostLoopTest, SignalDuringAPassEndsRunUntil) {
   EXPECT_EQ(loop.runUntil(never), SIGTERM);
 }
 
-TEST_F(HostLoopTest, ABlockedSignalEndsRunUntil) {
+TEST_F(HostLoopTest, ABlockedSignalEndsRunUntilAndIsBlockedAgainAfterTheLoop) {
   sigset_t blockedSignals{};
   sigemptyset(&blockedSignals);
   sigaddset(&blockedSignals, SIGTERM);
@@ -120,7 +120,7 @@ TEST_F(HostLoopTest, SignalActionsAreRestored) {
   }
 }
 
-TEST_F(HostLoopTest, ASignalThatRunUntilHasNotReturnedTakesEffectAfterTheLoop) {
+TEST_F(HostLoopTest, ASignalTakesEffectWhenALoopThatDidNotRunIsDestroyed) {
   struct sigaction previousAction {};
   struct sigaction recordingAction {};
   recordingAction.sa_handler = [](int signal) { recordedSignal = signal; };

@@ -63,7 +63,7 @@ class ShowSessionTest : public VirtualPlatformTest {
 
 // Reports
 
-TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
+TEST_F(ShowSessionTest, EveryStepOfAnEmbeddedRunIsReported) {
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
   EXPECT_EQ(out.str(),
@@ -78,7 +78,7 @@ TEST_F(ShowSessionTest, EmbeddedRunIsReportedFromRequestToEvent) {
             "   3.000 s  uncovered\n");
 }
 
-TEST_F(ShowSessionTest, EmbeddedRunWithAContentControllerIsUncoveredAtOnce) {
+TEST_F(ShowSessionTest, WithAContentControllerTheCoverIsRemovedWhenItIsDismissed) {
   options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -169,7 +169,7 @@ TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
 }
 
-TEST_F(ShowSessionTest, SkipAfterDismissesAtTheGivenTime) {
+TEST_F(ShowSessionTest, SkipAfterOptionDismissesAtItsTime) {
   options.mode = "skip";
   options.skipAfter = 0.25;
   options.presentation = "modal";
@@ -250,7 +250,7 @@ TEST_F(ShowSessionTest, LibraryRefusesAnEmptyEventName) {
               testing::ElementsAre(testing::EndsWith("Next event name is nil or empty!")));
 }
 
-TEST_F(ShowSessionTest, FailedContentIsReportedWithItsError) {
+TEST_F(ShowSessionTest, NegativeDurationIsReportedWithTheErrorOfTheContent) {
   options.duration = "-3";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -343,7 +343,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   session->shutDown();
 }
 
-TEST_F(ShowSessionTest, FailedScreenshotEndsTheRunAfterHalfTheTime) {
+TEST_F(ShowSessionTest, FailedScreenshotEndsTheRunAtHalfOfTheDuration) {
   options.screenshotPath = "/nonexistent/picture.png";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -362,7 +362,7 @@ TEST_F(ShowSessionTest, SkipBeforeTheScreenshotIsReported) {
   EXPECT_EQ(runToEnd().failure, "no screenshot: the launch screen ended before half of its time");
 }
 
-TEST_F(ShowSessionTest, KeptControlsAreReported) {
+TEST_F(ShowSessionTest, ControlsThatTheWindowManagerKeepsAreReported) {
   start();
   const WindowHandle window = session->playerWindow()->handle();
   platform.windowSystem().windowManagerKeepsControls(
@@ -374,7 +374,7 @@ TEST_F(ShowSessionTest, KeptControlsAreReported) {
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, AfterTheControlsAreRestoredKeptControlsAreNotReported) {
+TEST_F(ShowSessionTest, ControlsThatTheWindowManagerKeepsAreNotReportedAfterTheEnd) {
   start();
   runToEnd();
   platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),
@@ -391,7 +391,7 @@ INSTANTIATE_TEST_SUITE_P(EmbeddedAndSheet, ShowSessionDestroyedPlayerTest,
                            return testInfo.param;
                          });
 
-TEST_P(ShowSessionDestroyedPlayerTest, IfTheKeyPlayerWindowIsDestroyedTheRunEndsWithTheEvent) {
+TEST_P(ShowSessionDestroyedPlayerTest, EventIsRecordedIfTheWindowIsDestroyedWhileItIsKey) {
   options.presentation = GetParam();
   options.hasContentController = true;
   start();
@@ -403,7 +403,7 @@ TEST_P(ShowSessionDestroyedPlayerTest, IfTheKeyPlayerWindowIsDestroyedTheRunEnds
                                            "   1.000 s  event recorded: launch_end\n"));
 }
 
-TEST_F(ShowSessionTest, IfAPlayerWindowThatIsNotKeyIsDestroyedTheRunFailsWithoutEvent) {
+TEST_F(ShowSessionTest, RunFailsIfTheWindowIsDestroyedWhileItIsNotKey) {
   start();
   run(0.5);
   platform.windowSystem().userMovesFocusAway();

@@ -15,7 +15,7 @@ MODAL_ARGUMENTS = ["--present", "modal"]
 
 
 class Endings(unittest.TestCase):
-    def test_embedded_run_reports_from_request_to_event(self):
+    def test_every_step_of_an_embedded_run_is_reported(self):
         result = show("--duration", "0.3")
         self.assertEqual(result.returncode, 0)
         self.assertEqual(
@@ -43,7 +43,7 @@ class Endings(unittest.TestCase):
             [line for line in reports(result.stdout) if line.endswith("left")], ["1 s left"]
         )
 
-    def test_modal_and_sheet_runs_report_from_request_to_event(self):
+    def test_every_step_of_modal_and_sheet_runs_is_reported(self):
         for arguments, mode in (
             (MODAL_ARGUMENTS, 2),
             (["--present", "sheet", "--content-controller"], 1),
@@ -63,7 +63,7 @@ class Endings(unittest.TestCase):
                 )
                 self.assertTrue(result.stderr.endswith(f" mode: {mode}\n"))
 
-    def test_skip_after_ends_without_an_event(self):
+    def test_skip_after_option_ends_the_run_without_an_event(self):
         result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(reports(result.stdout)[-2:], ["dismissed", "uncovered"])
@@ -93,7 +93,7 @@ class Endings(unittest.TestCase):
         times = [float(line.split()[0]) for line in result.stdout.splitlines() if "dismissed" in line]
         self.assertGreaterEqual(min(times), 0.5)
 
-    def test_closed_input_does_not_dismiss(self):
+    def test_run_succeeds_if_standard_input_is_closed(self):
         process = start(
             "show", "--display", "headless", "--mode", "skip", "--duration", "0.3", *MODAL_ARGUMENTS,
             preexec_fn=lambda: os.close(0),

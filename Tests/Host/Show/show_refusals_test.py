@@ -8,7 +8,7 @@ from show import LOG_LINE, show
 
 
 class Refusals(unittest.TestCase):
-    def test_invalid_duration_prints_the_log_line(self):
+    def test_invalid_duration_prints_only_the_log_line_of_the_library(self):
         for duration in ("abc", "0", "", "nan"):
             with self.subTest(duration):
                 result = show("--duration", duration)
@@ -20,14 +20,14 @@ class Refusals(unittest.TestCase):
                     r"parseParameters:\]\): Max duration time is nil or empty!\n\Z",
                 )
 
-    def test_empty_event_name_prints_the_log_line(self):
+    def test_empty_event_name_prints_the_log_line_of_the_library(self):
         result = show("--event", "")
         self.assertEqual(result.returncode, 1)
         self.assertRegex(
             result.stderr, r"parseParameters:\]\): Next event name is nil or empty!\n\Z"
         )
 
-    def test_negative_duration_prints_the_domain_of_the_error(self):
+    def test_negative_duration_prints_the_error_of_the_content(self):
         result = show("--duration", "-3")
         self.assertEqual(result.returncode, 1)
         self.assertEqual(

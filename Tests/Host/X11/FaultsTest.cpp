@@ -114,7 +114,7 @@ class X11ShowUnmapped : public X11ShowFaults {
   xcb_window_t modal = 0;
 };
 
-TEST_F(X11ShowUnmapped, CoveredIsReportedOnlyWhenTheModalWindowIsWhite) {
+TEST_F(X11ShowUnmapped, CoverIsReportedOnlyWhenTheModalWindowIsWhite) {
   client.map(modal);
   ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
   EXPECT_TRUE(client.screenPicture(modal).isAll(kWhite));

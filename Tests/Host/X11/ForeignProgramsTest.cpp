@@ -92,14 +92,17 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
     const PixelRect bounds = picture.boundsOfOtherColors(kWhite);
+    // The indicator is 32 pixels wide and high. In a window of odd size, it may begin one pixel
+    // after `left` or `top`.
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
     return bounds.width > 0 && isAtMostTheIndicator(bounds) && bounds.x >= left &&
            bounds.x + bounds.width <= left + 33 && bounds.y >= top &&
            bounds.y + bounds.height <= top + 33;
   }
-  /// Also returns true immediately after a change of size, when the indicator is still in the
-  /// middle of the previous size, or has not been drawn again.
+  /// Returns true if the window shows white and at most the indicator, in any place. Immediately
+  /// after a change of size, the indicator may still be in the middle of the previous size, or may
+  /// not have been drawn again.
   bool hidesTheProgram() {
     return isAtMostTheIndicator(client.screenPicture(window).boundsOfOtherColors(kWhite));
   }
@@ -167,6 +170,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   // The program still runs and reacts.
   ASSERT_TRUE(program.isRunning());
   resizeBy(120, 90);
+  // Metacity rounds the size of a terminal down to whole characters.
   EXPECT_TRUE(eventually([&] {
     return isAtLeastAsLargeAs({0, 0, frameBefore.width + 100, frameBefore.height + 70}) &&
            isDrawn();
