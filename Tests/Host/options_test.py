@@ -9,7 +9,7 @@ from program import ROOT, run
 
 MANUAL = ROOT / "docs/launchscreen.1"
 COMPLETION = ROOT / "Host/completion/launchscreen.bash"
-# The options of every command, and of the program without a command.
+# Every command has these options. The program without a command has only these options.
 COMMON = {"--help", "--version"}
 OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
@@ -26,7 +26,7 @@ def commands():
 
 
 def help_options(*command):
-    """Returns each option with the values that its help lists."""
+    """Maps each option to the set of values in its help. The set is empty if the help has no list of values."""
     options = {}
     for line in help_lines(*command):
         if line.startswith("-"):
@@ -36,7 +36,7 @@ def help_options(*command):
 
 
 def manual_sections():
-    """Returns the sections of the manual by name. A subsection has the name of a command."""
+    """Maps the name of each section and subsection to its text. Each command has a subsection of its name."""
     text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
     parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
     return dict(zip(parts[1::2], parts[2::2]))
@@ -81,7 +81,7 @@ class Options(unittest.TestCase):
                 offered_options = {word for word in completions(command, "") if word.startswith("-")}
                 self.assertEqual(offered_options, set(help_options(command)))
 
-    def test_values_are_the_same_in_help_manual_and_completion(self):
+    def test_values_in_the_help_are_also_in_the_manual_and_the_completion(self):
         for command in commands():
             for option, values in help_options(command).items():
                 with self.subTest(command=command, option=option):

@@ -13,7 +13,7 @@ namespace {
 class MetricsCenterTest : public testing::Test {
  protected:
   MetricsCenterTest() {
-    setNSLogSink([this](std::string_view line) { lines.emplace_back(line); });
+    setNSLogSink([this](std::string_view line) { logLines.emplace_back(line); });
     MetricsCenter::setSink([this](std::string_view event) { events.emplace_back(event); });
   }
   ~MetricsCenterTest() override {
@@ -21,14 +21,14 @@ class MetricsCenterTest : public testing::Test {
     setNSLogSink(nullptr);
   }
 
-  std::vector<std::string> lines;
+  std::vector<std::string> logLines;
   std::vector<std::string> events;
 };
 
 TEST_F(MetricsCenterTest, WithASinkPassesEventsToTheSinkAndLogsNothing) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
-  EXPECT_TRUE(lines.empty());
+  EXPECT_TRUE(logLines.empty());
 }
 
 TEST_F(MetricsCenterTest, PassesANullEventToTheSinkAsAnEmptyName) {
@@ -41,7 +41,7 @@ TEST_F(MetricsCenterTest, WithoutASinkLogsEachEvent) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   MetricsCenter::logEvent(nullptr);
   EXPECT_TRUE(events.empty());
-  EXPECT_EQ(lines,
+  EXPECT_EQ(logLines,
             (std::vector<std::string>{"MetricsCenter (+[MetricsCenter logEvent:]): launch_end",
                                       "MetricsCenter (+[MetricsCenter logEvent:]): "}));
 }
@@ -52,7 +52,7 @@ TEST_F(MetricsCenterTest, SetSinkReturnsThePreviousSink) {
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
 }
 
-TEST_F(MetricsCenterTest, ASinkMayReplaceItself) {
+TEST_F(MetricsCenterTest, ASinkMayRemoveItself) {
   MetricsCenter::setSink([this](std::string_view event) {
     MetricsCenter::setSink(nullptr);
     events.emplace_back(event);

@@ -6,7 +6,7 @@
 // closes the window, the host prints "close" and ends.
 //
 // These habits act on SIGUSR1:
-// - "resize" asks for another size, and on the next SIGUSR1 for the first size.
+// - "resize" asks for a larger size, and on the next SIGUSR1 for the original size.
 // - "maximise" and "fullscreen" ask the window manager to add the state, and on the next SIGUSR1 to
 //   remove the state.
 // - "toggle" asks the window manager to toggle the maximised state.
@@ -101,7 +101,7 @@ class BadHost {
     xcb_flush(connection_);
   }
 
-  /// Performs the action of the habit on SIGUSR1.
+  /// The program has received SIGUSR1: performs the action of the habit, if it has one.
   void performHabit() {
     isChanged_ = !isChanged_;
     if (habit_ == "resize") {
@@ -213,26 +213,26 @@ class BadHost {
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"),
                         XCB_ATOM_ATOM, 32, 1, &deleteWindow);
     // The position and size that the program chose, and north-west gravity.
-    const std::array<std::uint32_t, 18> hints{(1U << 2U) | (1U << 3U) | (1U << 9U),
-                                              kLeft,
-                                              kTop,
-                                              width_,
-                                              height_,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              0,
-                                              XCB_GRAVITY_NORTH_WEST};
+    const std::array<std::uint32_t, 18> sizeHints{(1U << 2U) | (1U << 3U) | (1U << 9U),
+                                                  kLeft,
+                                                  kTop,
+                                                  width_,
+                                                  height_,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  0,
+                                                  XCB_GRAVITY_NORTH_WEST};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
-                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+                        XCB_ATOM_WM_SIZE_HINTS, 32, sizeHints.size(), sizeHints.data());
     // InputHint: the window relies on the window manager for the keyboard focus.
     const std::array<std::uint32_t, 9> wmHints{1, 1, 0, 0, 0, 0, 0, 0, 0};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS,

@@ -1,4 +1,4 @@
-"""The displays of the trials. Each display has its own X server and window manager."""
+"""The environments in which trial.py covers a host, and the display of a trial."""
 
 import os
 import shutil
@@ -8,7 +8,7 @@ import tempfile
 import time
 from pathlib import Path
 
-# The usual time limit in seconds. A busy machine may need far longer than a fraction of a second.
+# The usual time limit in seconds. It is long enough for a busy machine.
 PATIENCE = 40
 SCREEN = (1280, 960)
 
@@ -28,8 +28,9 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 class Environment:
     """A window manager and possibly a compositor.
 
-    `commands` start the window manager and the compositor. `files` maps the names of their settings files
-    in the home folder to the contents. `bus` is true if they need a session bus of D-Bus.
+    `commands` start the window manager and the compositor. `files` maps the name of each settings file
+    in the display's home folder to the content of the file. `bus` is true if the window manager or the
+    compositor needs a session bus of D-Bus.
 
     `buttons` maps the name of each button of the frame to an offset: the position of the button's
     centre relative to the top right corner of the area inside the frame. The map is empty if the window
@@ -130,7 +131,7 @@ class Display:
         self.environment = environment
         self.home = Path(tempfile.mkdtemp(prefix="hosts-"))
         self._processes = []
-        self._bus = "disabled:"
+        self._bus = "disabled:"  # an address to which D-Bus clients cannot connect
         self._log = open(self.home / "log", "wb")
         reader, writer = os.pipe()
         self._start(
@@ -179,7 +180,7 @@ class Display:
         return process
 
     def start_manager(self):
-        """Starts the environment's programs, the window manager first."""
+        """Starts the session bus if the environment needs it, then the window manager and the compositor."""
         if self.environment.needs_bus:
             reader, writer = os.pipe()
             self._start(

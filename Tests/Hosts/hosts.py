@@ -65,6 +65,7 @@ class Host:
 
 
 def _bad_host(habit, description, name=None):
+    # A translucent window is not a bad habit.
     name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
@@ -80,6 +81,7 @@ def _compile_command(name, package, source, compiler):
 
 
 def _sdl2_host(name, description, *arguments):
+    """Returns an SDL 2 game. The first argument names the change of its window on SIGUSR1."""
     return Host(
         name,
         description,
@@ -90,7 +92,10 @@ def _sdl2_host(name, description, *arguments):
 
 
 def _prepare_wine(programs):
-    """Returns the Wine prefix. All trials share one prefix, because Wine takes long to create one."""
+    """Returns the environment variable of the Wine prefix.
+
+    All trials share one prefix, because Wine takes long to create one.
+    """
     return {"WINEPREFIX": str(Path(programs) / "wine")}
 
 

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Covers each host in each environment and writes what the screen showed as a table.
 
-usage: matrix.py --launchscreen FILE --programs FOLDER [--output FILE] [--jobs N]
+usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jobs N]
                  [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...] [--update]
 
 FOLDER must contain hosts-sampler and hosts-badhost. The script builds the other programs of the hosts
-in FOLDER. The script writes the table to FILE.md and all details to FILE.json. With --update, the script
-keeps the results in FILE.json for all pairs of host and environment that it does not run. Exits with 1
-if a trial shows a fault or does not run.
+in FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
+JSON file. Its name is TABLE with the suffix .json instead of the suffix of TABLE. With --update, the script
+keeps the results in the JSON file for all pairs of host and environment that it does not run. Exits with 1
+if a result in the table is a fault or "not run".
 """
 
 import argparse
@@ -153,8 +154,8 @@ def main():
     endings = arguments.endings.split(",") if arguments.endings else ENDINGS
 
     start_time = time.monotonic()
-    reasons_not_built = {host.name: build(host, arguments.programs) for host in hosts}
-    reasons_not_run = {
+    build_failures = {host.name: build(host, arguments.programs) for host in hosts}
+    missing_programs = {
         environment.name: next(
             (command[0] + " is not installed" for command in environment.commands if not shutil.which(command[0])),
             None,
@@ -165,12 +166,12 @@ def main():
     def run_pair(indices):
         host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
-        # Each host is tested with each ending, in different environments.
+        # The endings take turns, so that all environments together test each host with each ending.
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
         reason = (
-            reasons_not_built[host.name]
+            build_failures[host.name]
             or host.reason_not_to_run(arguments.programs)
-            or reasons_not_run[environment.name]
+            or missing_programs[environment.name]
         )
         if reason:
             result = {"host": host.name, "environment": environment.name, "ending": ending}
@@ -190,7 +191,11 @@ def main():
         )
         return result
 
-    index_pairs = [(host, environment) for host in range(len(hosts)) for environment in range(len(environments))]
+    index_pairs = [
+        (host_index, environment_index)
+        for host_index in range(len(hosts))
+        for environment_index in range(len(environments))
+    ]
     with ThreadPoolExecutor(arguments.jobs) as pool:
         results = list(pool.map(run_pair, index_pairs))
     seconds = round(time.monotonic() - start_time)

@@ -1,5 +1,5 @@
-// Samples what the screen shows at nine points of the visible part of a window until its standard
-// input ends.
+// Reads the colours on the screen at nine points of the visible part of a window, frame by frame.
+// The program ends when its standard input ends.
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
@@ -98,7 +98,8 @@ class Sampler {
     xcb_ungrab_server(connection_);
     xcb_flush(connection_);
     std::printf("%lld %c %x %x %06x %d %d %d %d\n", readClock(), state_, nonWhitePoints_,
-                backdropPoints_, firstNonWhiteColor_, area_.x, area_.y, area_.width, area_.height);
+                backdropPoints_, firstNonWhiteColor_, windowArea_.x, windowArea_.y,
+                windowArea_.width, windowArea_.height);
   }
 
  private:
@@ -138,9 +139,7 @@ class Sampler {
   }
 
   /// Returns the part of `area` that the screen shows: without the shadow that the program draws
-  /// around its window, and clipped by the window's ancestors. While a window manager resizes a
-  /// window, the window can be larger than the window manager's frame. The frame's borders then lie
-  /// above the window.
+  /// around its window, and clipped by the window's ancestors.
   Rect clip(Rect area) {
     area = shrink(area, shadowExtents_);
     area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
@@ -153,10 +152,12 @@ class Sampler {
       const Reply<xcb_translate_coordinates_reply_t> translationReply(
           xcb_translate_coordinates_reply(connection_, translation, nullptr));
       if (geometryReply && translationReply) {
-        const Rect frame{translationReply->dst_x, translationReply->dst_y, geometryReply->width,
-                         geometryReply->height};
-        if (intersect(area, frame) != area) {
-          area = intersect(area, shrink(frame, frameExtents_));
+        const Rect ancestorArea{translationReply->dst_x, translationReply->dst_y,
+                                geometryReply->width, geometryReply->height};
+        // While a window manager resizes a window, the window can be larger than the window
+        // manager's frame. The frame's borders then cover a part of the window.
+        if (intersect(area, ancestorArea) != area) {
+          area = intersect(area, shrink(ancestorArea, frameExtents_));
         }
       }
     }
@@ -179,16 +180,16 @@ class Sampler {
     return extents;
   }
 
-  /// Reads the window's state and the points of `area`, and updates `area_`, the extents and
-  /// `visibleArea_`. Returns false if `area` is not the current visible area.
-  bool sampleAt(Rect area) {
+  /// Reads the points of `sampledArea`, and updates all members that describe the window. Returns
+  /// false if the window exists and `sampledArea` is not its current visible area.
+  bool sampleAt(Rect sampledArea) {
     const auto attributes = xcb_get_window_attributes(connection_, window_);
     const auto geometry = xcb_get_geometry(connection_, window_);
     const auto translation = xcb_translate_coordinates(connection_, window_, screen_->root, 0, 0);
     const auto shadowExtents = requestExtents(shadowExtentsAtom_);
     const auto frameExtents = requestExtents(frameExtentsAtom_);
     std::vector<xcb_get_image_cookie_t> images;
-    for (const Point point : samplePoints(area)) {
+    for (const Point point : samplePoints(sampledArea)) {
       images.push_back(xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root,
                                      static_cast<std::int16_t>(point.x),
                                      static_cast<std::int16_t>(point.y), 1, 1, ~0U));
@@ -225,10 +226,10 @@ class Sampler {
       return true;
     }
     state_ = attributesReply->map_state == XCB_MAP_STATE_VIEWABLE ? 'V' : 'U';
-    area_ = {translationReply->dst_x, translationReply->dst_y, geometryReply->width,
-             geometryReply->height};
-    visibleArea_ = clip(area_);
-    return visibleArea_ == area;
+    windowArea_ = {translationReply->dst_x, translationReply->dst_y, geometryReply->width,
+                   geometryReply->height};
+    visibleArea_ = clip(windowArea_);
+    return visibleArea_ == sampledArea;
   }
 
   xcb_connection_t* connection_;
@@ -237,7 +238,7 @@ class Sampler {
   xcb_screen_t* screen_;
   xcb_atom_t shadowExtentsAtom_;
   xcb_atom_t frameExtentsAtom_;
-  Rect area_;
+  Rect windowArea_;
   Rect visibleArea_;
   Extents shadowExtents_{};  // of the shadow that the program draws
   Extents frameExtents_{};   // of the window manager's frame
@@ -268,6 +269,7 @@ int main(int argc, char** argv) {
   bool isFirst = true;
   while (xcb_connection_has_error(connection) == 0) {
     sampler.sample();
+    // trial.py waits for the first line before it covers the window.
     if (isFirst) {
       std::fflush(stdout);
       isFirst = false;

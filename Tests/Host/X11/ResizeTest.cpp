@@ -25,7 +25,7 @@ Property fixedSizeHints(PixelRect frame) {
   return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, numbers);
 }
 
-TEST_F(X11ShowResize, AWindowThatItsProgramEnlargesStaysWhite) {
+TEST_F(X11ShowResize, TheGameStaysHiddenWhenItsProgramEnlargesTheWindow) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGameFrame));
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));

@@ -17,11 +17,12 @@ using testing::Not;
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// The printed steps without times, log lines and the countdown.
+/// Returns the printed steps without their times. Leaves out log lines and the countdown.
 std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   std::istringstream lines(show.output());
   std::vector<std::string> steps;
   for (std::string line; std::getline(lines, line);) {
+    // The line of a step begins with the time in eight characters.
     if (line.find(" s  ") == 8 && !line.ends_with(" s left")) {
       steps.push_back(line.substr(12));
     }
@@ -29,6 +30,7 @@ std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   return steps;
 }
 
+/// Runs `show` without `--window`, so it opens the player window and covers this window.
 class X11Player : public X11Test {
  protected:
   X11Player() : X11Test(Manager::Metacity) {}
@@ -60,7 +62,7 @@ TEST_F(X11Player, IsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   EXPECT_TRUE(screenshotWhileCovered.isAll(kWhite));
 }
 
-TEST_F(X11Player, AnimatesAroundAModalWindow) {
+TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
   ShowProcess show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                             "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
@@ -87,7 +89,7 @@ TEST_F(X11Player, AnimatesAroundAModalWindow) {
 TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
   const std::vector<std::string> commandWithoutDisplayOption{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
-  // Only a run on a display with a window manager prints kept controls.
+  // A headless run does not print which controls are kept.
   EXPECT_THAT(runProgram(commandWithoutDisplayOption, server.display()),
               HasSubstr("controls kept"));
   const std::string headlessOutput = runProgram(commandWithoutDisplayOption, ":9999");
@@ -104,8 +106,8 @@ TEST_F(X11Player, ReportsAScreenshotThatCannotBeWritten) {
 struct Run {
   Manager manager;
   const char* presentation;
-  // The controls that the window manager keeps, as printed. Empty if the launch screen removes
-  // none.
+  // The text after "controls kept by the window manager: ". Empty if the launch screen does not
+  // remove controls: the program then does not print this line.
   const char* keptControls;
 
   [[nodiscard]] std::string name() const {
@@ -121,7 +123,7 @@ class X11Runs : public X11Test, public testing::WithParamInterface<Run> {
   X11Runs() : X11Test(GetParam().manager) {}
 };
 
-TEST_P(X11Runs, PrintEachStepFromRequestToEvent) {
+TEST_P(X11Runs, PrintEachStepFromLoadedContentToRecordedEvent) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--duration", "1.5", "--present",

@@ -32,8 +32,8 @@ class ShowProcess : NonCopyable {
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:
-  /// Waits up to this time for output and stores it. Returns false after this time, and at the end
-  /// of the output.
+  /// Waits up to `milliseconds` for output and appends it to `output_`. Returns false if the
+  /// program prints nothing in this time or has closed its output.
   bool readOutput(int milliseconds);
 
   int inputDescriptor_ = -1;
