@@ -31,6 +31,12 @@ class AppKitDisplay : NonCopyable {
   /// ignores AppKit's request for the focus if the window manager has moved the focus since AppKit
   /// received its last event.
   bool giveFocus(NSWindow* window);
+  /// Gives the focus to a window of another program, at most twice per second. Returns true if no
+  /// window of AppKit is key and the other window has the focus of the X server. Call this until it
+  /// returns true: the window manager moves the focus when it finds out that a window is closed.
+  bool giveFocusToOtherProgram(xcb_window_t window);
+  /// Waits until the window manager has executed all requests so far.
+  void waitForManager();
   /// Opens a window of another program, and waits until it is on the screen.
   xcb_window_t openGame(PixelRect frame);
 

@@ -2,7 +2,9 @@
 
 #import <GNUstepGUI/GSDisplayServer.h>
 
+#include <array>
 #include <cstdlib>
+#include <cstring>
 
 namespace vel::test {
 
@@ -34,6 +36,34 @@ bool AppKitDisplay::giveFocus(NSWindow* window) {
     client.requestActivation(xWindow);
   }
   return false;
+}
+
+bool AppKitDisplay::giveFocusToOtherProgram(xcb_window_t window) {
+  if ([NSApp keyWindow] == nil && client.focusedWindow() == window) {
+    return true;
+  }
+  if (const Nanoseconds now = steadyNow(); now >= nextActivationTime_) {
+    nextActivationTime_ = now + kNanosecondsPerSecond / 2;
+    client.focus(window);
+  }
+  return false;
+}
+
+// The window manager executes requests in order. It writes the property after all earlier requests.
+void AppKitDisplay::waitForManager() {
+  const xcb_window_t probe = client.makeWindow({0, 0, 1, 1}, 0);
+  xcb_client_message_event_t request{};
+  request.response_type = XCB_CLIENT_MESSAGE;
+  request.format = 32;
+  request.window = probe;
+  request.type = client.atom("_NET_REQUEST_FRAME_EXTENTS");
+  std::array<char, 32> bytes{};
+  std::memcpy(bytes.data(), &request, bytes.size());
+  xcb_send_event(client.connection(), 0, client.root(),
+                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                 bytes.data());
+  EXPECT_TRUE(eventually([&] { return client.property(probe, "_NET_FRAME_EXTENTS").has_value(); }));
+  client.destroy(probe);
 }
 
 xcb_window_t AppKitDisplay::openGame(PixelRect frame) {

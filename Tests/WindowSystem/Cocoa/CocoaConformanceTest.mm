@@ -26,10 +26,8 @@ class CocoaDisplay final : public TestDisplay {
     }
     // The window of the previous test may still have the focus. Each test begins while another
     // program has the focus.
-    display_.client.focus(other_);
-    EXPECT_TRUE(deliverUntil(*system_, [this] {
-      return [NSApp keyWindow] == nil && display_.client.focusedWindow() == other_;
-    }));
+    EXPECT_TRUE(
+        deliverUntil(*system_, [this] { return display_.giveFocusToOtherProgram(other_); }));
   }
   ~CocoaDisplay() override {
     system_ = nullptr;
@@ -43,6 +41,7 @@ class CocoaDisplay final : public TestDisplay {
     EXPECT_TRUE(deliverUntil(*system_, [this] {
       return display_.giveFocus([NSApp keyWindow] != nil ? [NSApp keyWindow] : frontWindow());
     }));
+    display_.waitForManager();  // an activation that `giveFocus` has requested would come too late
     display_.client.focus(other_);
   }
   void userComesBackTo(WindowHandle window) override {
