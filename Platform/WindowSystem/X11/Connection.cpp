@@ -98,6 +98,38 @@ void Connection::internAtoms() {
   });
 }
 
+// Xwayland has the extension XWAYLAND since version 23.1. Earlier versions name their outputs
+// "XWAYLAND0", "XWAYLAND1" and so on. A monitor has the name of its output.
+bool Connection::isXwayland() {
+  if (isXwayland_) {
+    return *isXwayland_;
+  }
+  isXwayland_ = false;
+  constexpr std::string_view kName = "XWAYLAND";
+  const auto extensionCookie =
+      xcb_query_extension(connection_, static_cast<std::uint16_t>(kName.size()), kName.data());
+  const xcb_query_extension_reply_t* const randr =
+      xcb_get_extension_data(connection_, &xcb_randr_id);
+  if (randr != nullptr && randr->present != 0) {
+    const XcbPointer<xcb_randr_get_monitors_reply_t> monitors(xcb_randr_get_monitors_reply(
+        connection_, xcb_randr_get_monitors(connection_, root(), 1), nullptr));
+    if (monitors != nullptr && monitors->nMonitors > 0) {
+      const xcb_atom_t atom = xcb_randr_get_monitors_monitors_iterator(monitors.get()).data->name;
+      const XcbPointer<xcb_get_atom_name_reply_t> name(
+          xcb_get_atom_name_reply(connection_, xcb_get_atom_name(connection_, atom), nullptr));
+      isXwayland_ =
+          name != nullptr &&
+          std::string_view(xcb_get_atom_name_name(name.get()),
+                           static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get())))
+              .starts_with(kName);
+    }
+  }
+  const XcbPointer<xcb_query_extension_reply_t> extension(
+      xcb_query_extension_reply(connection_, extensionCookie, nullptr));
+  isXwayland_ = *isXwayland_ || (extension != nullptr && extension->present != 0);
+  return *isXwayland_;
+}
+
 bool Connection::hasCreated(xcb_window_t window) const {
   const xcb_setup_t& setup = *xcb_get_setup(connection_);
   return (window & ~setup.resource_id_mask) == setup.resource_id_base;

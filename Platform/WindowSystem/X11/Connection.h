@@ -68,6 +68,9 @@ class Connection final : public NonCopyable {
   [[nodiscard]] bool hasCreated(xcb_window_t window) const;
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
+  /// Returns true if the server is Xwayland: a Wayland compositor shows each child of the root
+  /// window as a surface of its own. The first call blocks for round trips.
+  [[nodiscard]] bool isXwayland();
 
   /// Returns the next event that has arrived, or null. Does not block. Passes errors to the request
   /// log.
@@ -130,6 +133,7 @@ class Connection final : public NonCopyable {
       XCB_WINDOW_NONE;        // `serverTime` writes a property of this window
   std::deque<Event> events_;  // read, but not returned by `nextEvent` yet
   RequestLog requestLog_;
+  std::optional<bool> isXwayland_;  // no value before the first call of `isXwayland`
 };
 
 }  // namespace vel::x11

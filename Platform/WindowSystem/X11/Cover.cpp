@@ -319,12 +319,13 @@ bool Cover::isViewable() const {
     return false;
   }
   std::vector<xcb_window_t> windows{window_};  // may be unmapped while the overlay is mapped
-  if (usesOverlay_) {
+  const bool isOverlayMapped = usesOverlay_ && overlay_->isMapped();
+  if (isOverlayMapped) {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
     // Skips the first pane if an overlay hides it.
-    if (pane.isInOverlay == usesOverlay_ && pane.child.isOpen()) {
+    if (pane.isInOverlay == isOverlayMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }
   }

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Platform/WindowSystem/X11/FocusTracker.h"
 #include "Platform/WindowSystem/X11/PixelFormat.h"
 #include "Platform/WindowSystem/X11/Requests.h"
 #include "Platform/WindowSystem/X11/WindowTable.h"
@@ -73,9 +74,18 @@ void Overlay::show() {
     return;
   }
   isShown_ = true;
-  if (coveredWindow_.isMapped) {
+  if (isMapped()) {
     mapWindow(connection_, window_);
   }
+}
+
+bool Overlay::isMapped() const {
+  return isOpen() && isShown_ && coveredWindow_.isMapped &&
+         (coveredWindow_.hasFocus || !isAboveAllWindows());
+}
+
+bool Overlay::isAboveAllWindows() const {
+  return coveredWindow_.parent == connection_.root() && connection_.isXwayland();
 }
 
 void Overlay::close() {
@@ -100,6 +110,9 @@ void Overlay::restack() {
 }
 
 void Overlay::handle(const xcb_generic_event_t& event) {
+  if (typeOf(event) == XCB_FOCUS_IN || typeOf(event) == XCB_FOCUS_OUT) {
+    return handleFocusEvent(event);
+  }
   const xcb_window_t receiver = receiverOf(event);
   if (receiver == XCB_WINDOW_NONE || isSentByClient(event)) {
     return;
@@ -117,8 +130,24 @@ void Overlay::handle(const xcb_generic_event_t& event) {
 void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     close();
-  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isShown_ && coveredWindow_.isMapped) {
+  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isMapped()) {
     mapWindow(connection_, window_);  // another client has unmapped the overlay
+  }
+}
+
+void Overlay::handleFocusEvent(const xcb_generic_event_t& event) {
+  const FocusChange change = focusChange(event);
+  if (eventAs<xcb_focus_in_event_t>(event).event != coveredWindow_.window ||
+      change == FocusChange::None) {
+    return;
+  }
+  const bool wasMapped = isMapped();
+  coveredWindow_.hasFocus = change == FocusChange::In;
+  if (isMapped() && !wasMapped) {
+    restack();
+    mapWindow(connection_, window_);
+  } else if (wasMapped && !isMapped()) {
+    unmapWindow(connection_, window_);
   }
 }
 
@@ -160,7 +189,7 @@ void Overlay::handleCoveredWindowEvent(const xcb_generic_event_t& event) {
 
 void Overlay::coveredWindowMapped() {
   coveredWindow_.isMapped = true;
-  if (isOpen() && isShown_) {
+  if (isMapped()) {
     restack();
     mapWindow(connection_, window_);
   }

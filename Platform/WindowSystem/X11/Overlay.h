@@ -20,6 +20,10 @@ class WindowTable;
 /// manager's frame, the overlay moves with the frame. Without a frame, the overlay follows a move
 /// or a resize of the adopted window only when we receive the event.
 ///
+/// On Xwayland, an overlay without a frame is a surface of its own, and compositors show such a
+/// surface above all windows and on all workspaces. So such an overlay is mapped only while the
+/// adopted window has the focus.
+///
 /// Another client can destroy the parent window at any time. The server then also destroys the
 /// overlay. So errors of requests on the overlay are not logged.
 class Overlay final : public NonCopyable {
@@ -32,6 +36,7 @@ class Overlay final : public NonCopyable {
     PixelRect frame;
     int borderWidth = 0;
     bool isMapped = false;
+    bool hasFocus = false;
   };
 
   /// `coveredWindow` is the adopted window's state at adoption. `windows` contains the windows
@@ -45,10 +50,12 @@ class Overlay final : public NonCopyable {
   /// Creates the overlay's window, unmapped. The caller then creates child windows in the overlay
   /// and calls `show`.
   void open(CGColor background);
-  /// Maps the overlay as soon as the adopted window is mapped. Does not block.
+  /// Maps the overlay as soon as the adopted window is mapped. May block for round trips.
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
+  /// Returns true if the overlay hides the adopted window. May block for round trips.
+  [[nodiscard]] bool isMapped() const;
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
   /// True if the overlay has the maximum size of a window, false if it has the size of the adopted
@@ -70,6 +77,7 @@ class Overlay final : public NonCopyable {
  private:
   void handleOwnEvent(const xcb_generic_event_t& event);
   void handleCoveredWindowEvent(const xcb_generic_event_t& event);
+  void handleFocusEvent(const xcb_generic_event_t& event);
   void coveredWindowMapped();
   void coveredWindowUnmapped();
   void setCoveredWindowFrame(PixelRect frame);
@@ -77,6 +85,8 @@ class Overlay final : public NonCopyable {
   // Returns true if the adopted window has the position and size of its parent. May block for a
   // round trip.
   [[nodiscard]] bool coveredWindowFillsParent() const;
+  // Returns true if a Wayland compositor shows the overlay above all windows.
+  [[nodiscard]] bool isAboveAllWindows() const;
   void readVisual();
   [[nodiscard]] std::uint32_t pixel(CGColor color) const;
   void selectParentEvents(std::uint32_t events);
@@ -87,7 +97,7 @@ class Overlay final : public NonCopyable {
   bool coveredWindowFillsParent_;  // the last result of `coveredWindowFillsParent()`
   xcb_visualid_t visual_ = XCB_NONE;
   std::uint8_t depth_ = 0;
-  // True from `show` until `close`, even while the adopted window and the overlay are unmapped.
+  // True from `show` until `close`, even while the overlay is unmapped.
   bool isShown_ = false;
   xcb_window_t window_ = XCB_WINDOW_NONE;
 };

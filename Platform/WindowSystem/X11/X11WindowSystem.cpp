@@ -189,9 +189,9 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     return std::nullopt;
   }
   connection_->unmarkDestroyed(id);
+  const bool hasFocus = inspector.hasFocus(inspection);
   AdoptedWindow adoptedWindow =
-      addAdoptedWindow(inspection, inspector.isMaximizedOrFullscreen(inspection.state));
-  adoptedWindow.hasFocus = inspector.hasFocus(inspection);
+      addAdoptedWindow(inspection, inspector.isMaximizedOrFullscreen(inspection.state), hasFocus);
   focus_.windowAdopted(id, adoptedWindow.hasFocus);
   if (adoptedWindow.isOnScreen) {
     order_.assumeInFront(adoptedWindow.handle);
@@ -214,7 +214,7 @@ const char* X11WindowSystem::reasonNotToAdopt(std::uint64_t nativeId) {
 }
 
 AdoptedWindow X11WindowSystem::addAdoptedWindow(const x11::WindowInspection& inspection,
-                                                bool isMaximizedOrFullscreen) {
+                                                bool isMaximizedOrFullscreen, bool hasFocus) {
   const x11::WindowState& state = inspection.state;
   Window& window = windows_.add(
       {.id = inspection.id,
@@ -224,18 +224,20 @@ AdoptedWindow X11WindowSystem::addAdoptedWindow(const x11::WindowInspection& ins
        .isMiniaturized = state.isIconic() || state.isUnmapped(),
        .isMaximizedOrFullscreen = isMaximizedOrFullscreen,
        .style = std::make_unique<x11::WindowStyle>(*connection_, inspection.id, inspection.hints)});
-  makeCover(window, state.attributes->visual, state.geometry->depth, makeOverlay(inspection));
+  makeCover(window, state.attributes->visual, state.geometry->depth,
+            makeOverlay(inspection, hasFocus));
   return {.handle = window.handle(),
           .className = inspection.className,
           .title = inspection.title,
           .frame = coordinates_.points(window.frame),
           .styleMask = window.style->mask(),
-          .isOnScreen = !window.isMiniaturized};
+          .isOnScreen = !window.isMiniaturized,
+          .hasFocus = hasFocus};
 }
 
 // Returns null if the server does not support overlays, or if the window's parent is unknown.
-std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(
-    const x11::WindowInspection& inspection) {
+std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(const x11::WindowInspection& inspection,
+                                                           bool hasFocus) {
   if (inspection.tree == nullptr || !x11::Overlay::isSupported(*connection_)) {
     return nullptr;
   }
@@ -247,7 +249,8 @@ std::unique_ptr<x11::Overlay> X11WindowSystem::makeOverlay(
           .parent = inspection.tree->parent,
           .frame = {geometry.x, geometry.y, geometry.width, geometry.height},
           .borderWidth = geometry.border_width,
-          .isMapped = !inspection.state.isUnmapped()});
+          .isMapped = !inspection.state.isUnmapped(),
+          .hasFocus = hasFocus});
 }
 
 void X11WindowSystem::releaseWindow(WindowHandle handle) {

@@ -59,10 +59,10 @@ class X11WindowSystem final : public WindowSystem {
   // Checks only the id. Returns why the window cannot be adopted; null if the id is no reason.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
   AdoptedWindow addAdoptedWindow(const x11::WindowInspection& inspection,
-                                 bool isMaximizedOrFullscreen);
+                                 bool isMaximizedOrFullscreen, bool hasFocus);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
-  std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection);
+  std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection, bool hasFocus);
   // The shield of a window takes all pointer input of the window while another window is modal.
   void updateShield(x11::Window& window);
   [[nodiscard]] bool needsShield(const x11::Window& window) const;

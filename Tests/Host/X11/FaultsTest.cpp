@@ -20,6 +20,8 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowFaults : public X11Test {
  protected:
+  explicit X11ShowFaults(Manager kind = Manager::None) : X11Test(kind) {}
+
   /// Opens a game, starts `launchscreen show` over the game's window, and waits until the window is
   /// white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
@@ -45,7 +47,13 @@ class X11ShowFaults : public X11Test {
   std::unique_ptr<ShowProcess> show;
 };
 
-TEST_F(X11ShowFaults, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
+/// Faults under a compositor with Xwayland, and without a window manager.
+class X11ShowFaultsOnXwayland : public X11ShowFaults, public testing::WithParamInterface<Manager> {
+ protected:
+  X11ShowFaultsOnXwayland() : X11ShowFaults(GetParam()) {}
+};
+
+TEST_P(X11ShowFaultsOnXwayland, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
   ASSERT_TRUE(waitForFocus());
   client.destroy(game);
@@ -141,19 +149,22 @@ TEST_F(X11ShowFaults, ALostDisplayPrintsOneLine) {
   EXPECT_EQ(output.find("launchscreen: "), output.rfind("launchscreen: "));
 }
 
-TEST_F(X11ShowFaults, SigtermRestoresTheWindow) {
+TEST_P(X11ShowFaultsOnXwayland, SigtermRestoresTheWindow) {
   cover(Manager::None, {"--duration", "600"});
   show->sendSignal(SIGTERM);
   EXPECT_EQ(show->wait(), 128 + SIGTERM);
   expectRestored();
 }
 
-TEST_F(X11ShowFaults, SigkillRemovesTheCover) {
+TEST_P(X11ShowFaultsOnXwayland, SigkillRemovesTheCover) {
   cover(Manager::None, {"--duration", "600"});
   show->sendSignal(SIGKILL);
   show->wait();
   EXPECT_TRUE(eventually([this] { return client.screenPicture(game).isAll(kGreen); }));
 }
+
+INSTANTIATE_TEST_SUITE_P(X11Show, X11ShowFaultsOnXwayland,
+                         testing::ValuesIn(withXwayland({Manager::None})), nameOfManager);
 
 TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
   const xcb_window_t unmappedWindow = client.makeWindow(kGameFrame, kGreen);

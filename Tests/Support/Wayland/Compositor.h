@@ -26,6 +26,8 @@ class Compositor : NonCopyable {
   /// Asks the client to close the window.
   virtual void closeWindow(const std::string& title) const = 0;
   virtual void resizeWindow(const std::string& title, int width, int height) const = 0;
+  /// Moves the upper left corner of the window to this point of the screen.
+  virtual void moveWindow(const std::string& title, int x, int y) const = 0;
   /// The display name for X clients. The compositor starts Xwayland when the first X client
   /// connects.
   [[nodiscard]] virtual std::string xwaylandDisplay() const = 0;
@@ -42,6 +44,8 @@ class Compositor : NonCopyable {
   void releaseButton() { user_.releaseButton(); }
   /// Moves the pointer of the seat from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
+  /// The user of the compositor: a client of the X server that shows the screen.
+  [[nodiscard]] XClient& user() { return user_; }
   /// Kills the compositor with SIGKILL, like a crash.
   void kill() { process_.kill(); }
 
@@ -49,7 +53,6 @@ class Compositor : NonCopyable {
   explicit Compositor(const std::vector<std::string>& serverArguments = {});
 
   [[nodiscard]] const XServer& server() const { return server_; }
-  [[nodiscard]] XClient& user() { return user_; }
   /// The XDG_RUNTIME_DIR of the compositor.
   [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
   /// Starts the compositor with this command. Does not wait until it accepts clients.
@@ -57,7 +60,7 @@ class Compositor : NonCopyable {
 
  private:
   XServer server_;
-  XClient user_;  // the user of the compositor, as a client of `server_`
+  XClient user_;
   std::filesystem::path folder_;
   Process process_;
 };

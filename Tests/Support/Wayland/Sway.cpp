@@ -109,4 +109,9 @@ void Sway::resizeWindow(const std::string& title, int width, int height) const {
       " px");
 }
 
+void Sway::moveWindow(const std::string& title, int x, int y) const {
+  run(selectorOf(title) + "move absolute position " + std::to_string(x) + " px " +
+      std::to_string(y) + " px");
+}
+
 }  // namespace vel::test

@@ -25,6 +25,7 @@ class Sway : public Compositor {
   void focusWindow(const std::string& title) const override { run(selectorOf(title) + "focus"); }
   void closeWindow(const std::string& title) const override { run(selectorOf(title) + "kill"); }
   void resizeWindow(const std::string& title, int width, int height) const override;
+  void moveWindow(const std::string& title, int x, int y) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
 
  private:

@@ -84,6 +84,9 @@ Weston::Weston(const Options& options) {
   // weston gives its clients the keyboard only while its own window has the focus of the X server.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
+  // weston handles the event of the focus before or right after the first command.
+  run("check");
+  run("check");
 }
 
 void Weston::click(int x, int y) {
@@ -105,15 +108,26 @@ void Weston::resizeWindow(const std::string& title, int width, int height) const
   run("resize " + std::to_string(width) + " " + std::to_string(height) + " " + title);
 }
 
+void Weston::moveWindow(const std::string& title, int x, int y) const {
+  run("move " + std::to_string(x) + " " + std::to_string(y) + " " + title);
+}
+
 std::string Weston::xwaylandDisplay() const {
   constexpr std::string_view kLine = "xserver listening on display ";
-  std::ifstream log(folder() / "log");
-  for (std::string line; std::getline(log, line);) {
-    if (const std::size_t position = line.find(kLine); position != std::string::npos) {
-      return line.substr(position + kLine.size());
+  std::string name;
+  const bool hasName = eventually([&] {
+    std::ifstream log(folder() / "log");
+    for (std::string line; name.empty() && std::getline(log, line) && !log.eof();) {
+      if (const std::size_t position = line.find(kLine); position != std::string::npos) {
+        name = line.substr(position + kLine.size());
+      }
     }
+    return !name.empty();
+  });
+  if (!hasName) {
+    throw std::runtime_error("weston has no Xwayland");
   }
-  throw std::runtime_error("weston has no Xwayland");
+  return name;
 }
 
 void Weston::touch(int x, int y) const {

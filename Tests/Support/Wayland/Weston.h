@@ -20,6 +20,7 @@ class Weston : public Compositor {
   void focusWindow(const std::string& title) const override { run("focus " + title); }
   void closeWindow(const std::string& title) const override { run("close " + title); }
   void resizeWindow(const std::string& title, int width, int height) const override;
+  void moveWindow(const std::string& title, int x, int y) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
   /// Moves the pointer to the corner of the screen, because weston draws the pointer.

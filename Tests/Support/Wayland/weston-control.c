@@ -5,6 +5,7 @@
 //     focus TITLE           raises a window and gives it the keyboard focus
 //     close TITLE           asks the client to close a window
 //     resize W H TITLE      asks the client to change the size of a window
+//     move X Y TITLE        moves the upper left corner of a window
 //     add-touch-screen      adds a touch screen to the seat
 //     touch X Y             touches the screen and lifts the finger
 //
@@ -161,6 +162,19 @@ static int resizeWindow(struct Control* control, int width, int height, const ch
   return window != NULL;
 }
 
+static int moveWindow(struct Control* control, int x, int y, const char* title) {
+  struct weston_desktop_surface* window = findWindow(control, title);
+  if (window == NULL) {
+    return 0;
+  }
+  struct weston_view* view;
+  wl_list_for_each(view, &weston_desktop_surface_get_surface(window)->views, surface_link) {
+    weston_view_set_position(view, (float)x, (float)y);
+  }
+  weston_compositor_schedule_repaint(control->compositor);
+  return 1;
+}
+
 static int addTouchScreen(struct Control* control) {
   struct weston_seat* seat = firstSeat(control);
   weston_seat_init_touch(seat);
@@ -197,6 +211,9 @@ static int runCommand(struct Control* control, const char* command) {
   }
   if (sscanf(command, "resize %d %d %n", &first, &second, &length) == 2 && length > 0) {
     return resizeWindow(control, first, second, command + length);
+  }
+  if (sscanf(command, "move %d %d %n", &first, &second, &length) == 2 && length > 0) {
+    return moveWindow(control, first, second, command + length);
   }
   if (sscanf(command, "touch %d %d", &first, &second) == 2) {
     return touchScreen(control, first, second);

@@ -30,6 +30,20 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
   return picture;
 }
 
+// A compositor draws the pointer, which rests in the lower right corner of the screen. Gives this
+// corner the colours of the pixels beside it.
+void hidePointer(Picture& picture, PixelRect area, PixelRect screen) {
+  constexpr int kPointerSide = 24;
+  const int left = screen.width - kPointerSide - area.x;
+  const int top = screen.height - kPointerSide - area.y;
+  for (int y = std::max(top, 0); left > 0 && y < picture.height; ++y) {
+    for (int x = left; x < picture.width; ++x) {
+      const auto row = static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width);
+      picture.pixels.at(row + static_cast<std::size_t>(x)) = picture.at(left - 1, y);
+    }
+  }
+}
+
 }  // namespace
 
 std::uint32_t Picture::at(int x, int y) const {
@@ -113,6 +127,19 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
+  if (user_ != nullptr) {
+    // A compositor may place a window partly outside the screen.
+    const PixelRect screen = user_->screenArea();
+    const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
+                            area.x + area.width <= screen.width &&
+                            area.y + area.height <= screen.height;
+    if (!isOnScreen) {
+      return {};
+    }
+    Picture picture = user_->screenPicture(area);
+    hidePointer(picture, area, screenArea());
+    return picture;
+  }
   Picture picture = readPicture(connection_, root_, area);
   for (std::uint32_t& pixel : picture.pixels) {
     pixel &= 0xFFFFFF;

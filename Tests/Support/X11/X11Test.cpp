@@ -1,9 +1,12 @@
 #include "Tests/Support/X11/X11Test.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 #include "Platform/Foundation/NSLog.h"
+#include "Tests/Support/Wayland/Compositor.h"
+#include "Tests/Support/X11/Xwayland.h"
 
 namespace vel::test {
 
@@ -26,14 +29,11 @@ std::vector<std::string> commandOf(Manager manager) {
   }
 }
 
-}  // namespace
+bool isCompositor(Manager manager) {
+  return manager == Manager::XwaylandSway || manager == Manager::XwaylandWeston;
+}
 
-Process startManager(Manager kind, const XServer& server, XClient& client) {
-  if (kind == Manager::None) {
-    return {};
-  }
-  const std::vector<std::string> program = commandOf(kind);
-  Process manager = server.start(program);
+void waitForManager(const std::string& name, XClient& client) {
   // The manager sets WM_STATE of the probe window when it manages the window. A manager that is
   // still starting may ignore a new window, so the loop maps the probe repeatedly.
   const Nanoseconds limit = steadyNow() + kTimeout;
@@ -41,7 +41,7 @@ Process startManager(Manager kind, const XServer& server, XClient& client) {
   client.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
   while (client.numbers(probe, "WM_STATE").empty()) {
     if (steadyNow() >= limit) {
-      throw std::runtime_error(program.front() + " does not start");
+      throw std::runtime_error(name + " does not start");
     }
     client.unmap(probe);
     if (!client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty()) {
@@ -52,15 +52,66 @@ Process startManager(Manager kind, const XServer& server, XClient& client) {
     client.takeEventTypes();
   }
   client.destroy(probe);
-  return manager;
+}
+
+}  // namespace
+
+std::string nameOf(Manager manager) {
+  constexpr std::array<const char*, 9> kNames{"WithoutAManager", "Metacity",     "Openbox",
+                                              "Xfwm4",           "IceWM",        "Marco",
+                                              "Fluxbox",         "XwaylandSway", "XwaylandWeston"};
+  return kNames.at(static_cast<std::size_t>(manager));
+}
+
+ManagerFeatures featuresOf(Manager manager) {
+  switch (manager) {
+    case Manager::XwaylandSway:
+      return {.movesWindows = false,
+              .maximizes = false,
+              .miniaturizes = false,
+              .addsFrames = false,
+              .publishesAllowedActions = false};
+    case Manager::XwaylandWeston:
+      return {.movesWindows = false,
+              .reportsMoves = false,
+              .miniaturizes = false,
+              .publishesAllowedActions = false};
+    default:
+      return {};
+  }
+}
+
+std::vector<Manager> withXwayland(std::vector<Manager> managers) {
+  if (hasXwayland()) {
+    managers.insert(managers.end(), {Manager::XwaylandSway, Manager::XwaylandWeston});
+  }
+  return managers;
+}
+
+Process startManager(Manager manager, const XServer& server, XClient& client) {
+  if (manager == Manager::None) {
+    return {};
+  }
+  const std::vector<std::string> program = commandOf(manager);
+  Process process = server.start(program);
+  waitForManager(program.front(), client);
+  return process;
 }
 
 // X11Test
 
 X11Test::X11Test(Manager kind, const std::vector<std::string>& serverArguments)
-    : server(serverArguments), client(server.display()) {
+    : compositor(isCompositor(kind) ? startXwayland(kind) : nullptr),
+      server(compositor == nullptr ? XServer(serverArguments)
+                                   : XServer::ofDisplay(compositor->xwaylandDisplay())),
+      client(server.display()) {
   setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
-  startManager(kind);
+  if (compositor == nullptr) {
+    startManager(kind);
+  } else {
+    client.setUser(compositor->user());
+    waitForManager(nameOf(kind), client);
+  }
 }
 
 X11Test::~X11Test() {
@@ -91,6 +142,29 @@ void X11Test::deliverFor(double seconds) {
     system().deliverEvents();
     waitForInput(system().waitHandle().descriptor(), std::min(system().nextDeadline(), limit));
   }
+}
+
+bool X11Test::showsOnly(std::uint32_t color, xcb_window_t window) const {
+  const auto isAll = [=, this] { return client.screenPicture(window).isAll(color); };
+  if (compositor == nullptr) {
+    return isAll();
+  }
+  constexpr Nanoseconds kCheckedTime = kNanosecondsPerSecond / 10;
+  bool hasColor = eventually(isAll);
+  for (const Nanoseconds limit = steadyNow() + kCheckedTime; hasColor && steadyNow() < limit;) {
+    waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 100);
+    hasColor = isAll();
+  }
+  return hasColor;
+}
+
+void X11Test::giveFocus(xcb_window_t window, const std::string& title) {
+  if (compositor != nullptr) {
+    compositor->focusWindow(title);
+  } else {
+    client.requestActivation(window);
+  }
+  ASSERT_TRUE(eventually([=, this] { return client.focusedWindow() == window; }));
 }
 
 WindowHandle X11Test::openOwnWindow(const WindowDescription& description) {

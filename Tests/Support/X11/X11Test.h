@@ -16,16 +16,58 @@
 
 namespace vel::test {
 
+class Compositor;
+
 /// The window manager of a test. Window managers differ in the controls that they still offer for a
-/// covered window.
-enum class Manager : std::uint8_t { None, Metacity, Openbox, Xfwm4, IceWM, Marco, Fluxbox };
+/// covered window. The last two are Wayland compositors, which manage the windows of X clients on
+/// their Xwayland server.
+enum class Manager : std::uint8_t {
+  None,
+  Metacity,
+  Openbox,
+  Xfwm4,
+  IceWM,
+  Marco,
+  Fluxbox,
+  XwaylandSway,
+  XwaylandWeston
+};
+
+/// "Metacity" or "WithoutAManager", for names of tests.
+std::string nameOf(Manager manager);
+inline void PrintTo(Manager manager, std::ostream* out) { *out << nameOf(manager); }
+inline std::string nameOfManager(const testing::TestParamInfo<Manager>& testInfo) {
+  return nameOf(testInfo.param);
+}
+
+/// What a window manager offers to the programs whose windows it manages.
+struct ManagerFeatures {
+  /// True if a program can move its window.
+  bool movesWindows = true;
+  /// True if programs receive a report when the user moves their windows.
+  bool reportsMoves = true;
+  /// True if a program can maximise its window.
+  bool maximizes = true;
+  /// True if windows can be miniaturised, and programs receive a report.
+  bool miniaturizes = true;
+  /// True if the window manager creates a window around the window of the program.
+  bool addsFrames = true;
+  /// True if the window manager publishes which controls it offers for a window.
+  bool publishesAllowedActions = true;
+};
+ManagerFeatures featuresOf(Manager manager);
+
+/// Returns these window managers, and the compositors with Xwayland. A build without the Wayland
+/// back end has no such compositors.
+std::vector<Manager> withXwayland(std::vector<Manager> managers);
 
 /// Starts a window manager and waits until it manages windows. `client` opens a window to check
 /// this.
 Process startManager(Manager manager, const XServer& server, XClient& client);
 
 /// A fixture with an X server, the back end and another client (`client`). `client` opens the
-/// windows of other programs and simulates the input of a user.
+/// windows of other programs and simulates the input of a user. If the window manager is a
+/// compositor, the X server is its Xwayland.
 class X11Test : public testing::Test {
  protected:
   explicit X11Test(Manager kind = Manager::None,
@@ -36,6 +78,7 @@ class X11Test : public testing::Test {
   X11WindowSystem& system();
   /// Transfers the ownership of the back end to the caller.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
+  /// Starts a window manager that is not a compositor.
   void startManager(Manager kind) { manager = test::startManager(kind, server, client); }
   /// Delivers events until the condition is true. Returns false after `kTimeout`.
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
@@ -44,6 +87,14 @@ class X11Test : public testing::Test {
   /// Delivers events for this many seconds. Shows that something does not happen, or gives a window
   /// manager time to react.
   void deliverFor(double seconds);
+
+  /// Returns true if the screen shows only this colour in the window's area. A compositor shows
+  /// what Xwayland has drawn some time later. So under a compositor, this function waits until the
+  /// screen shows only this colour, and then checks for a short time that the colour stays.
+  bool showsOnly(std::uint32_t color, xcb_window_t window) const;
+  /// The user gives the focus to the window, which has the title `title`. Waits until the window
+  /// has the focus.
+  void giveFocus(xcb_window_t window, const std::string& title);
 
   /// Creates a window of the back end and waits until it is viewable.
   WindowHandle openOwnWindow(const WindowDescription& description);
@@ -57,6 +108,7 @@ class X11Test : public testing::Test {
   /// A line of `reports`: `what` and the window's handle.
   static std::string reportLine(std::string_view what, WindowHandle window);
 
+  std::unique_ptr<Compositor> compositor;  // null unless the window manager is a compositor
   XServer server;
   XClient client;
   Process manager;

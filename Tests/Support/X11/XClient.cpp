@@ -9,6 +9,8 @@
 #include <span>
 #include <stdexcept>
 
+#include "Tests/WindowSystem/Reports.h"
+
 namespace vel::test {
 
 namespace {
@@ -331,34 +333,59 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   waitForServer();
 }
 
-// Waits, because the server processes fake input some time after the request.
+// Waits, because the server processes fake input some time after the request. Xwayland receives
+// input only for the windows of its clients, so the wait ends after a time if the pointer is
+// elsewhere.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
-  while (true) {
+  const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
+  while (steadyNow() < limit) {
     const Reply<xcb_query_pointer_reply_t> pointer(
         xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
     if (pointer == nullptr || condition(*pointer)) {
       return;
     }
+    if (user_ != nullptr) {
+      waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
+    }
   }
 }
 
+// Xwayland keeps the last position while the pointer is outside the windows of its clients, and
+// this position can be the new one. So the pointer first moves beside the new position.
 void XClient::movePointer(int x, int y) {
-  sendFakeInput(XCB_MOTION_NOTIFY, 0, x, y);
-  waitForPointer([x, y](const xcb_query_pointer_reply_t& pointer) {
-    return pointer.root_x == x && pointer.root_y == y;
-  });
+  const auto waitForPosition = [this](int expectedX, int expectedY) {
+    waitForPointer([=](const xcb_query_pointer_reply_t& pointer) {
+      return pointer.root_x == expectedX && pointer.root_y == expectedY;
+    });
+  };
+  if (user_ != nullptr) {
+    user_->movePointer(x + 1, y);
+    waitForPosition(x + 1, y);
+    user_->movePointer(x, y);
+  } else {
+    sendFakeInput(XCB_MOTION_NOTIFY, 0, x, y);
+  }
+  waitForPosition(x, y);
 }
 
 void XClient::pressButton() {
-  sendFakeInput(XCB_BUTTON_PRESS, 1, 0, 0);
+  if (user_ != nullptr) {
+    user_->pressButton();
+  } else {
+    sendFakeInput(XCB_BUTTON_PRESS, 1, 0, 0);
+  }
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) != 0;
   });
 }
 
 void XClient::releaseButton() {
-  sendFakeInput(XCB_BUTTON_RELEASE, 1, 0, 0);
+  if (user_ != nullptr) {
+    user_->releaseButton();
+  } else {
+    sendFakeInput(XCB_BUTTON_RELEASE, 1, 0, 0);
+  }
   waitForPointer([](const xcb_query_pointer_reply_t& pointer) {
     return (pointer.mask & XCB_BUTTON_MASK_1) == 0;
   });
@@ -368,9 +395,17 @@ void XClient::click(int x, int y) {
   movePointer(x, y);
   pressButton();
   releaseButton();
+  if (user_ != nullptr) {
+    // A compositor draws the pointer. `screenPicture` ignores this corner of the screen.
+    const PixelRect screen = screenArea();
+    user_->movePointer(screen.width - 1, screen.height - 1);
+  }
 }
 
 void XClient::typeKey(std::uint8_t code) {
+  if (user_ != nullptr) {
+    return user_->typeKey(code);
+  }
   sendFakeInput(XCB_KEY_PRESS, code, 0, 0);
   sendFakeInput(XCB_KEY_RELEASE, code, 0, 0);
 }

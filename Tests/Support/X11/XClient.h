@@ -46,6 +46,11 @@ class XClient : NonCopyable {
   explicit XClient(const std::string& display);
   ~XClient();
 
+  /// Call this if the server is the Xwayland of a compositor. `user` is a client of the X server
+  /// that shows the screen of the compositor. Pictures of the screen, the pointer and the keyboard
+  /// then are those of `user`. The position of both screens must be the same.
+  void setUser(XClient& user) { user_ = &user; }
+
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
   [[nodiscard]] xcb_window_t root() const { return root_; }
   [[nodiscard]] xcb_atom_t atom(std::string_view name) const;
@@ -112,7 +117,11 @@ class XClient : NonCopyable {
   [[nodiscard]] xcb_window_t findWindow(std::string_view classOrTitle,
                                         xcb_window_t ancestor = 0) const;
 
-  /// The pixels of the screen in the window's area.
+  /// The area of the whole screen.
+  [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
+  /// The pixels of the screen in the window's area. If `setUser` has been called, the picture is
+  /// empty if the area is not on the screen, and it does not contain the lower right corner of the
+  /// screen, where the pointer rests.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
@@ -141,6 +150,7 @@ class XClient : NonCopyable {
   void waitForPointer(const std::function<bool(const xcb_query_pointer_reply_t&)>& condition);
   void sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y);
 
+  XClient* user_ = nullptr;  // null unless `setUser` has been called
   xcb_connection_t* connection_;
   xcb_window_t root_ = 0;
 };

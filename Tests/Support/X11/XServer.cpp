@@ -42,12 +42,18 @@ void writeFile(const std::filesystem::path& file, std::string_view text) {
 
 }  // namespace
 
-// Xvfb chooses a display number and prints it when it accepts connections.
-XServer::XServer(const std::vector<std::string>& arguments) : settings_(makeFolder()) {
+XServer::XServer(NoProcess /*tag*/, std::string display)
+    : settings_(makeFolder()), display_(std::move(display)) {
   writeFile(settings_ / "glib-2.0/settings/keyfile", kSettings);
   writeFile(settings_ / ".icewm/preferences", kIceWMSettings);
   writeFile(settings_ / ".fluxbox/init", kFluxboxSettings);
   writeFile(settings_ / ".fluxbox/overlay", kFluxboxStyle);
+}
+
+XServer XServer::ofDisplay(std::string display) { return {NoProcess(), std::move(display)}; }
+
+// Xvfb chooses a display number and prints it when it accepts connections.
+XServer::XServer(const std::vector<std::string>& arguments) : XServer(NoProcess(), "") {
   std::array<int, 2> pipeEnds{};
   if (pipe2(pipeEnds.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe2");

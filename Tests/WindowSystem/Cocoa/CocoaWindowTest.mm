@@ -266,6 +266,8 @@ TEST_F(CocoaWindowTest, TheCoverTakesThePointerEvents) {
   EXPECT_EQ([content hitTest:middle], content);
   showWhite(400, 300);
   EXPECT_NE([content hitTest:middle], content);
+  // The window manager takes the clicks on a window without the focus.
+  ASSERT_TRUE(waitFor([this] { return display.giveFocus(native); }));
   clickInTheMiddle();
   EXPECT_TRUE(waitFor([this] { return native->presses == 1; }));
   EXPECT_EQ(content->presses, 0);

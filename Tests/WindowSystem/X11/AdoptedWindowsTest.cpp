@@ -106,46 +106,6 @@ TEST_F(X11AdoptedWindows, AChangedFrameIsReported) {
   EXPECT_EQ(reports.lastFrame, CGRectMake(10, 440, 800, 500));
 }
 
-TEST_F(X11AdoptedWindows, UnmappingAndMappingAreReportedAsMiniaturizing) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  const AdoptedWindow adoptedWindow = adopt(game);
-  client.unmap(game);
-  EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("miniaturized", adoptedWindow.handle)); }));
-  client.map(game);
-  EXPECT_TRUE(waitFor(
-      [&] { return reports.contains(reportLine("deminiaturized", adoptedWindow.handle)); }));
-}
-
-TEST_F(X11AdoptedWindows, ADestroyedWindowIsReported) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  const AdoptedWindow adoptedWindow = adopt(game);
-  system().setScene(adoptedWindow.handle, whiteSceneWithIndicator(adoptedWindow.frame.size));
-  client.destroy(game);
-  // The back end does not know yet that the window is destroyed. These requests must log no errors.
-  system().setScene(adoptedWindow.handle, {});
-  system().setStyleMask(adoptedWindow.handle, 1);
-  system().requestFocus(adoptedWindow.handle);
-  EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("destroyed", adoptedWindow.handle)); }));
-  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
-  deliver();
-  EXPECT_THAT(log, IsEmpty());
-}
-
-TEST_F(X11AdoptedWindows, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  const AdoptedWindow adoptedWindow = adopt(game);
-  system().setScene(adoptedWindow.handle, whiteScene(adoptedWindow.frame.size));
-  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
-  system().orderOut(adoptedWindow.handle);
-  system().releaseWindow(adoptedWindow.handle);
-  deliver();
-  EXPECT_TRUE(client.isViewable(game));
-  EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
-  EXPECT_FALSE(client.property(game, "_MOTIF_WM_HINTS").has_value());
-}
-
 TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   system().releaseWindow(adopt(game).handle);
@@ -156,11 +116,70 @@ TEST_F(X11AdoptedWindows, ChangesOfAReleasedWindowAreNotReported) {
   EXPECT_THAT(reports.lines, IsEmpty());
 }
 
-class X11AdoptedWindowsWithManager : public X11TestWithManager {};
+/// A game that the back end has adopted.
+class X11AdoptedGame : public X11Test, public testing::WithParamInterface<Manager> {
+ protected:
+  X11AdoptedGame() : X11Test(GetParam()) {}
 
-TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
+  void SetUp() override {
+    game = client.openGameWindow(kGameFrame, kGreen);
+    ASSERT_TRUE(waitFor(
+        [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
+    adopted = adopt(game);
+  }
+
+  xcb_window_t game = 0;
+  AdoptedWindow adopted;
+};
+
+TEST_P(X11AdoptedGame, UnmappingAndMappingAreReportedAsMiniaturizing) {
+  client.unmap(game);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("miniaturized", adopted.handle)); }));
+  client.map(game);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("deminiaturized", adopted.handle)); }));
+}
+
+TEST_P(X11AdoptedGame, ADestroyedWindowIsReported) {
+  system().setScene(adopted.handle, whiteSceneWithIndicator(adopted.frame.size));
+  client.destroy(game);
+  // The back end does not know yet that the window is destroyed. These requests must log no errors.
+  system().setScene(adopted.handle, {});
+  system().setStyleMask(adopted.handle, 1);
+  system().requestFocus(adopted.handle);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("destroyed", adopted.handle)); }));
+  system().setScene(adopted.handle, whiteScene(adopted.frame.size));
+  deliver();
+  EXPECT_THAT(log, IsEmpty());
+}
+
+TEST_P(X11AdoptedGame, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
+  system().setScene(adopted.handle, whiteScene(adopted.frame.size));
+  system().setStyleMask(adopted.handle, NSWindowStyleMaskTitled);
+  EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS").has_value(); }));
+  EXPECT_TRUE(showsOnly(kWhite, game));
+  system().orderOut(adopted.handle);
+  system().releaseWindow(adopted.handle);
+  deliver();
+  EXPECT_TRUE(client.isViewable(game));
+  EXPECT_TRUE(showsOnly(kGreen, game));
+  EXPECT_FALSE(client.property(game, "_MOTIF_WM_HINTS").has_value());
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, X11AdoptedGame, testing::ValuesIn(withXwayland({Manager::None})),
+                         nameOfManager);
+
+/// True if a program can request the focus for a window. weston reverts such a change of the focus.
+bool grantsFocusRequests(Manager manager) { return manager != Manager::XwaylandWeston; }
+
+/// A game that a window manager manages and that the back end has adopted.
+class X11ManagedGame : public X11AdoptedGame {};
+
+TEST_P(X11ManagedGame, TheManagersFrameOfAWindowIsRefused) {
+  if (!featuresOf(GetParam()).addsFrames) {
+    GTEST_SKIP() << "the compositor adds no frames to windows of X clients";
+  }
   xcb_window_t managersFrame = 0;
   for (const xcb_window_t window : client.children(client.root())) {
     if (client.findWindow("PlayerWindow", window) == game) {
@@ -173,38 +192,44 @@ TEST_F(X11AdoptedWindowsWithManager, TheManagersFrameOfAWindowIsRefused) {
   EXPECT_THAT(error, HasSubstr("it is a window manager's frame"));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, AChangedFrameIsReportedInScreenCoordinates) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
-  const AdoptedWindow adoptedWindow = adopt(game);
+TEST_P(X11ManagedGame, AChangedFrameIsReportedInScreenCoordinates) {
   client.configure(game, {300, 260, 500, 350});
   EXPECT_TRUE(waitFor([&] { return reports.lastFrame.size == CGSize{500, 350}; }));
-  const PixelRect newFrame = client.areaOnScreen(game);
-  EXPECT_EQ(reports.lastFrame.origin,
-            (CGPoint{double(newFrame.x), double(960 - newFrame.y - 350)}));
+  const int screenHeight = client.screenArea().height;
+  EXPECT_TRUE(waitFor([&] {
+    const PixelRect area = client.areaOnScreen(game);
+    return !featuresOf(GetParam()).reportsMoves ||
+           reports.lastFrame == CGRectMake(area.x, screenHeight - area.y - 350, 500, 350);
+  }));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, MiniaturizingByTheUserIsReported) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
-  const AdoptedWindow adoptedWindow = adopt(game);
+TEST_P(X11ManagedGame, MiniaturizingByTheUserIsReported) {
+  if (!featuresOf(GetParam()).miniaturizes) {
+    GTEST_SKIP() << "the compositor reports no miniaturised windows";
+  }
   client.requestIconify(game);
   EXPECT_TRUE(
-      waitFor([&] { return reports.contains(reportLine("miniaturized", adoptedWindow.handle)); }));
-  system().requestMiniaturized(adoptedWindow.handle, false);
-  EXPECT_TRUE(waitFor(
-      [&] { return reports.contains(reportLine("deminiaturized", adoptedWindow.handle)); }));
+      waitFor([&] { return reports.contains(reportLine("miniaturized", adopted.handle)); }));
+  system().requestMiniaturized(adopted.handle, false);
+  EXPECT_TRUE(
+      waitFor([&] { return reports.contains(reportLine("deminiaturized", adopted.handle)); }));
   EXPECT_TRUE(waitFor([&] { return client.isViewable(game); }));
 }
 
-TEST_F(X11AdoptedWindowsWithManager, AnAdoptedWindowGetsTheFocusOnRequest) {
-  const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
+TEST_P(X11ManagedGame, AnAdoptedWindowGetsTheFocusOnRequest) {
+  if (!grantsFocusRequests(GetParam())) {
+    GTEST_SKIP() << "the compositor grants no requests for the focus";
+  }
   const xcb_window_t otherWindow = client.openGameWindow({900, 150, 200, 200}, 0);
-  ASSERT_TRUE(waitFor([&] { return client.isViewable(otherWindow); }));
-  const AdoptedWindow adoptedWindow = adopt(game);
-  system().requestFocus(adoptedWindow.handle);
-  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", adoptedWindow.handle)); }));
+  ASSERT_TRUE(waitFor(
+      [&] { return client.isViewable(otherWindow) && client.focusedWindow() == otherWindow; }));
+  reports.lines.clear();
+  system().requestFocus(adopted.handle);
+  EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", adopted.handle)); }));
 }
+
+INSTANTIATE_TEST_SUITE_P(X11, X11ManagedGame, testing::ValuesIn(withXwayland({Manager::Metacity})),
+                         nameOfManager);
 
 }  // namespace
 }  // namespace vel::test

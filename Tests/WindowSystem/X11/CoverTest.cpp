@@ -1,6 +1,8 @@
 // The cover of one window: what the screen shows, and which input the window still receives.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "Tests/Support/X11/X11Test.h"
 
 namespace vel::test {
@@ -148,41 +150,6 @@ TEST_F(X11Cover, FollowsAResizeBeforeTheBackEndHandlesEvents) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, KeepsTheIndicatorInTheMiddleAfterAResize) {
-  system().setScene(handle, whiteSceneWithIndicator(kSize));
-  deliver();
-  client.configure(game, {100, 50, 1000, 800});
-  deliver();
-  const PixelRect indicator = client.screenPicture(game).boundsOfOtherColors(kWhite);
-  EXPECT_EQ(indicator.x + indicator.width / 2, 500);
-  EXPECT_EQ(indicator.y + indicator.height / 2, 400);
-}
-
-TEST_F(X11Cover, TakesThePointersInput) {
-  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                                XCB_EVENT_MASK_POINTER_MOTION);
-  client.click(400, 300);
-  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
-  cover();
-  client.takeEventTypes();
-  client.click(410, 310);
-  EXPECT_THAT(client.takeEventTypes(), IsEmpty());
-  system().setScene(handle, {});
-  deliver();
-  client.takeEventTypes();
-  client.click(400, 300);
-  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_BUTTON_PRESS));
-}
-
-TEST_F(X11Cover, LeavesTheKeyboardToTheGame) {
-  client.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
-  client.focus(game);
-  cover();
-  client.movePointer(400, 300);
-  client.typeKey(38);
-  EXPECT_THAT(client.takeEventTypes(), testing::Contains(XCB_KEY_PRESS));
-}
-
 TEST_F(X11Cover, ShowsAFillAtItsFrame) {
   system().setScene(
       handle,
@@ -257,6 +224,76 @@ TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   EXPECT_EQ(client.clientResourceCounts(idOf(ownWindow)), resourcesBefore);
   EXPECT_TRUE(client.children(game).empty());
 }
+
+/// The cover and the input of a user, also under window managers.
+class X11CoverAndInput : public X11Test, public testing::WithParamInterface<Manager> {
+ protected:
+  X11CoverAndInput() : X11Test(GetParam()) {}
+
+  void SetUp() override {
+    game = client.openGameWindow(kGameFrame, kGreen);
+    ASSERT_TRUE(waitFor(
+        [this] { return client.isViewable(game) && client.screenPicture(game).isAll(kGreen); }));
+    handle = adopt(game).handle;
+  }
+  void cover() {
+    system().setScene(handle, whiteScene(kSize));
+    deliver();
+    ASSERT_TRUE(showsOnly(kWhite, game));
+  }
+  void uncover() {
+    system().setScene(handle, {});
+    deliver();
+    ASSERT_TRUE(showsOnly(kGreen, game));
+  }
+  /// Clicks the game, and returns the types of the events that the game has received.
+  std::vector<int> eventsOfClick() {
+    client.takeEventTypes();
+    const PixelRect frame = client.areaOnScreen(game);
+    client.click(frame.x + 200, frame.y + 150);
+    return client.takeEventTypes();
+  }
+
+  xcb_window_t game = 0;
+  WindowHandle handle = WindowHandle::None;
+};
+
+TEST_P(X11CoverAndInput, TheIndicatorIsInTheMiddleAfterAResize) {
+  system().setScene(handle, whiteSceneWithIndicator(kSize));
+  deliver();
+  client.configure(game, {10, 10, 900, 700});
+  EXPECT_TRUE(waitFor([this] {
+    const Picture picture = client.screenPicture(game);
+    const PixelRect indicator = picture.boundsOfOtherColors(kWhite);
+    return picture.width == 900 && indicator.x + indicator.width / 2 == 450 &&
+           indicator.y + indicator.height / 2 == 350;
+  }));
+}
+
+TEST_P(X11CoverAndInput, TheCoverTakesThePointersInput) {
+  client.selectEvents(game, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                                XCB_EVENT_MASK_POINTER_MOTION);
+  EXPECT_THAT(eventsOfClick(), testing::Contains(XCB_BUTTON_PRESS));
+  cover();
+  EXPECT_THAT(eventsOfClick(), IsEmpty());
+  uncover();
+  EXPECT_THAT(eventsOfClick(), testing::Contains(XCB_BUTTON_PRESS));
+}
+
+TEST_P(X11CoverAndInput, TheGameReceivesTheKeyboardsInput) {
+  client.selectEvents(game, XCB_EVENT_MASK_KEY_PRESS);
+  if (GetParam() == Manager::None) {
+    client.focus(game);
+  }
+  ASSERT_TRUE(waitFor([this] { return client.focusedWindow() == game; }));
+  cover();
+  client.typeKey(38);
+  EXPECT_TRUE(
+      waitFor([this] { return std::ranges::count(client.takeEventTypes(), XCB_KEY_PRESS) > 0; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(X11, X11CoverAndInput, testing::ValuesIn(withXwayland({Manager::None})),
+                         nameOfManager);
 
 }  // namespace
 }  // namespace vel::test

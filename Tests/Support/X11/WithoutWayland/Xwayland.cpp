@@ -1,0 +1,10 @@
+// For builds without the Wayland back end.
+#include "Tests/Support/X11/Xwayland.h"
+
+namespace vel::test {
+
+bool hasXwayland() { return false; }
+
+std::unique_ptr<Compositor> startXwayland(Manager /*manager*/) { return nullptr; }
+
+}  // namespace vel::test
