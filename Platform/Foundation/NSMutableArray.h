@@ -65,6 +65,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   void removeAllObjects() {
     if (!objects_.empty()) {
       ++mutationCount_;
+      // Destroys the objects after the change: their destructors may use the array.
       const std::vector<Strong<T>> objects = std::exchange(objects_, {});
     }
   }

@@ -89,11 +89,12 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   } const scope(*this);
   lock.unlock();
 
-  const NSObject* const sender = object.get();
+  const NSObject* const objectAddress = object.get();
   const auto notification = NSNotification::initWithNameObject(name, std::move(object));
   for (;; ++entry) {
     const Registration& registration = entry->registration;
-    if (!entry->isRemoved && (registration.object == nullptr || registration.object == sender)) {
+    if (!entry->isRemoved &&
+        (registration.object == nullptr || registration.object == objectAddress)) {
       if (const Strong<NSObject> observer = registration.observer.lock()) {
         registration.callout(*observer, notification);
       }

@@ -38,8 +38,8 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
-/// `className` returns the name. `make` does not compile for a class that derives directly from
-/// another class instead of from `Class`.
+/// `className` returns the name. Do not derive a class directly from its superclass, without
+/// `Class`: `make` would not compile for it.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:

@@ -14,10 +14,11 @@ struct NSOperatingSystemVersion {
   auto operator<=>(const NSOperatingSystemVersion&) const = default;
 };
 
-/// Information about the operating system. Only the main thread may use this class.
+/// The version of macOS whose behaviour the library follows. It does not depend on the operating
+/// system that the process runs on. Only the main thread may use this class.
 class VEL_EXPORT NSProcessInfo {
  public:
-  /// The version of macOS whose behaviour the library follows. The default is 15.0.0.
+  /// The default is 15.0.0.
   static NSOperatingSystemVersion operatingSystemVersion();
   static void setOperatingSystemVersion(NSOperatingSystemVersion version);
 

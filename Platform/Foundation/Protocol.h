@@ -47,6 +47,9 @@ struct Operations {};
 ///
 ///     template <class Adopter>
 ///     using Optional = Operations<&Adopter::first, &Adopter::second>;
+///
+/// `Self` is the protocol itself. Each protocol thereby has its own base class, so a class can
+/// adopt several protocols with optional operations.
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
@@ -58,6 +61,8 @@ class Protocol : public virtual NSObjectProtocol {
 
 namespace detail {
 
+// A different type for each operation. The functions below compare these types, because pointers to
+// virtual member functions cannot be compared at compile time.
 template <auto Operation>
 struct Constant {};
 

@@ -35,7 +35,8 @@ class PoolTable : NonCopyable {
 };
 
 // Points to the pool of the current thread after the first call of `currentPool`. While a thread
-// ends, the system may reset this variable to null before the pool is removed from the table.
+// ends, the system may reset this variable to null before the pool is removed from the table. The
+// next call of `currentPool` then finds the same pool in the table.
 thread_local ReleasePool* cachedPool = nullptr;
 
 /// Drains the pool of a thread when the thread ends. Finds the pool without thread-local data,

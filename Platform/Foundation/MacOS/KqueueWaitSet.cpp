@@ -50,6 +50,7 @@ class Pipe : NonCopyable {
     }
     return ends;
   }
+  // If `pipe` has failed, the constructor of `readEnd_` throws, because its descriptor is -1.
   explicit Pipe(const Ends& ends)
       : readEnd_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
         writeEnd_(ends.descriptors[1], "pipe") {}
@@ -59,9 +60,10 @@ class Pipe : NonCopyable {
 };
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
-/// watched handle. This class only polls the kqueue, which is readable while it contains an event.
-/// Reading the timer's event would remove it, and the kqueue would not stay readable after the
-/// deadline. An event disappears when its source changes, for example when the pipe is emptied.
+/// watched handle. The kqueue is readable while it contains an event. This class polls the kqueue
+/// but never reads an event: reading the timer's event would remove it, and the kqueue would not
+/// stay readable after the deadline. The event of the pipe or of the watched handle disappears when
+/// there is nothing left to read. The timer's event disappears when the timer is deleted.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
