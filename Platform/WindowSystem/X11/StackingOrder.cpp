@@ -21,7 +21,8 @@ void StackingOrder::handle(const xcb_generic_event_t& event) {
     deadline_ = 0;
     return;
   }
-  // A ConfigureNotify from a client comes from the window manager. It contains no sibling.
+  // The only client that sends ConfigureNotify events is the window manager. Its events do not
+  // contain the sibling.
   if (typeOf(event) != XCB_CONFIGURE_NOTIFY || isSentByClient(event)) {
     return;
   }

@@ -50,8 +50,8 @@ void StateRequestRelay::allowResizing(Window& window) {
   ControlsMonitor::scheduleCheck(window);
 }
 
-// A request to toggle a state first adds the state, because `preventsResizing` is false while the
-// window has one of the states.
+// While `preventsResizing` is true, the window has none of the states. So the owner's first request
+// to toggle a state adds the state, and a second request revokes the first.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   const Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !isOwnersStateRequest(message)) {
@@ -73,7 +73,7 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
 
 // The requests that we send also come back as events. `preventsResizing` is then false, so we
 // ignore the events. If the window manager has already accepted the owner's request, our request
-// has no effect, because our request adds the states.
+// has no effect: it adds states and never toggles them.
 void StateRequestRelay::repeatRequests() {
   for (auto& [id, states] : std::exchange(requestedStates_, {})) {
     Window* const window = windows_.find(id);

@@ -35,8 +35,8 @@ struct StyleHints {
                                       xcb_atom_t newType);
 
 /// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
-/// of functions and a set of decorations. A set that `motif` does not contain allows everything in
-/// the result. `WindowStyle::restore` writes the result before the owner's value: when a value does
+/// of functions and a set of decorations. In the result, a set that `motif` does not contain allows
+/// everything. `WindowStyle::restore` writes the result before the owner's value: when a value does
 /// not contain a set, some window managers continue to apply the set of the previous value.
 /// `newType` is the type of the property if `motif` has no value.
 [[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);

@@ -25,8 +25,8 @@ class StyleRestorer final : public NonCopyable {
  public:
   StyleRestorer(Connection& connection, WindowManager& windowManager, WindowTable& windows);
 
-  /// Schedules the second step if it is needed. Call this after each call that may restore the
-  /// window's style.
+  /// Schedules the second step if it is needed. Cancels a scheduled second step if the hints are
+  /// overridden again. Call this after each call that may override or restore the window's style.
   void begin(Window& window);
   /// Processes an event that may show that the window manager has read the hints.
   void handle(const xcb_generic_event_t& event);

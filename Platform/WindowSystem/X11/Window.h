@@ -41,8 +41,8 @@ struct Window {
   /// The time at which `ControlsMonitor` reads the controls that the window manager offers.
   Nanoseconds controlsDeadline = kNever;
   /// The kept controls in the last `controlsKept` report: the controls that the window manager
-  /// still offers although the style mask excludes them. A change of the style mask removes the
-  /// value until the next report.
+  /// still offers although the style mask excludes them. No value before the first report, and from
+  /// each change of the style mask until the next report.
   std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
   /// The time at which to call `WindowStyle::finishRestoring`.
   Nanoseconds restorationDeadline = kNever;

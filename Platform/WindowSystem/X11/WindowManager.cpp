@@ -19,8 +19,8 @@ constexpr std::uint32_t kRootEvents =
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
 /// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS does not contain the
-/// functions of these controls: 0 (NSWindowStyleMaskBorderless) if it removes none. The table was
-/// measured with the buttons, keys and drags of each window manager.
+/// functions of these controls: 0 (NSWindowStyleMaskBorderless) if it removes none. We found the
+/// values by trying the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;

@@ -119,8 +119,8 @@ void WindowMonitor::reportOwnersStyleMask(const Window& window) {
   });
 }
 
-// The report reads the frame when it is delivered. The window may have changed again by then, and
-// the delegate would draw a cover that is smaller than the window.
+// The report reads the frame when it is delivered, because the frame may have changed again by
+// then. With the old frame, the delegate could draw a cover that is smaller than the window.
 void WindowMonitor::reportFrame(const Window& window) {
   reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
     if (const Window* const target = windows_.find(handle)) {

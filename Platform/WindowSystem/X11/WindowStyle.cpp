@@ -43,6 +43,8 @@ void WindowStyle::setMask(NSWindowStyleMask styleMask, PixelRect frame) {
   if (!isAdopted()) {
     writeCreatedWindowHints(frame);
   } else if ((mask_ & kStyleInHints) == (reportedOwnersStyleMask_ & kStyleInHints)) {
+    // A caller that sets the last reported mask wants the owner's style, even if the owner has
+    // changed the style since.
     restore();
   } else {
     overrideMotif();
@@ -172,7 +174,8 @@ HintValue WindowStyle::restrictedMotif() const {
 }
 
 void WindowStyle::writeMotif(const HintValue& value) {
-  if (motif_.recordWrite(value)) {
+  const bool isRequestNeeded = motif_.recordWrite(value);
+  if (isRequestNeeded) {
     changeProperty(connection_, window_, motifName_, value);
   }
 }

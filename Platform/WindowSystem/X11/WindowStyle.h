@@ -54,7 +54,8 @@ class WindowStyle final : public NonCopyable {
   ~WindowStyle();
 
   [[nodiscard]] NSWindowStyleMask mask() const { return mask_; }
-  /// The controls that the owner's hints allow and the mask removes.
+  /// The controls that the mask removes. For an adopted window, only those that the owner's hints
+  /// allow.
   [[nodiscard]] NSWindowStyleMask removedControls() const;
 
   /// Sets the style mask. Blocks for a round trip to the X server only if it restores the hints.

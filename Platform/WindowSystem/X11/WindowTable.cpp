@@ -9,8 +9,9 @@ Window& WindowTable::add(Window window) {
   return windows_.insert_or_assign(id, std::move(window)).first->second;
 }
 
-// `extract` removes the entry from the table before the `Window` is destroyed: the destructors of
-// the members of `Window` may search the table.
+// The next two functions remove entries from the table before they destroy the `Window` objects:
+// the destructors of the members of `Window` may search the table.
+
 void WindowTable::remove(xcb_window_t id) { windows_.extract(id); }
 
 void WindowTable::clear() { std::exchange(windows_, {}); }

@@ -188,7 +188,7 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     }
     return std::nullopt;
   }
-  connection_->unmarkDestroyed(id);
+  connection_->unmarkDestroyed(id);  // a destroyed window may have had the same id
   const bool hasFocus = inspector.hasFocus(inspection);
   AdoptedWindow adoptedWindow =
       addAdoptedWindow(inspection, inspector.isMaximizedOrFullscreen(inspection.state), hasFocus);
@@ -468,6 +468,7 @@ bool X11WindowSystem::processEvents() {
     moveDraggedWindow();
     monitor_.updateChangedWindows();
     relay_.allowResizingOfMaximizedAndFullscreenWindows();
+    // After a FocusOut event, the lambda receives a FocusIn event that may follow.
     focus_.reportChanges([this] { return handleArrivedEvents(); });
   } while (focus_.hasPendingChanges() || connection_->pollForQueuedEvent());
   const Nanoseconds now = x11::steadyNow();

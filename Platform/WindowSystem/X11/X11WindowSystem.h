@@ -56,7 +56,8 @@ class X11WindowSystem final : public WindowSystem {
 
   // Windows
 
-  // Checks only the id. Returns why the window cannot be adopted; null if the id is no reason.
+  // Checks only the id. Returns why the window with this id cannot be adopted; null if the id does
+  // not rule out an adoption.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
   AdoptedWindow addAdoptedWindow(const x11::WindowInspection& inspection,
                                  bool isMaximizedOrFullscreen, bool hasFocus);
