@@ -28,9 +28,9 @@ class Console : private NonCopyable {
   Console() = default;
   virtual ~Console() = default;
 
-  /// Prints a report. On a terminal, the next report may replace it.
+  /// Prints a report. On a terminal, later output may replace it.
   virtual void report(double time, std::string_view text) = 0;
-  /// Prints a report on a line of its own, which no later report replaces.
+  /// Prints a report on a line of its own, which no later output replaces.
   virtual void reportOnOwnLine(double time, std::string_view text) { report(time, text); }
   /// Called when the countdown starts, at each tick of the countdown, and when the countdown pauses
   /// or resumes.

@@ -12,10 +12,10 @@ namespace vel::host {
 /// for signals and for the standard input. After each wait, it calls `pump` of the run loop.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. If a signal arrives and
-/// `runUntil` does not return its number, the signal takes effect when this object is destroyed. A
-/// process can have one HostLoop at a time, on the main thread. Each kind of operating system has
-/// its own implementation.
+/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. If
+/// `runUntil` has not returned the number of a signal that arrived, the destructor raises the
+/// signal again. A process can have one HostLoop at a time, on the main thread. Each kind of
+/// operating system has its own implementation.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();

@@ -5,8 +5,8 @@
 
 namespace vel::host {
 
-/// Adds the command to the program. When the program parses the command `show`, the parser stores
-/// the function to run in `selectedCommand`.
+/// Adds the command to the program. When the program parses the command `show`, the parser sets
+/// `selectedCommand` to the function that runs the command.
 void addShowCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -8,14 +8,14 @@
 
 namespace vel::host {
 
-/// The options of `launchscreen show`, with their defaults. The values for the content request are
-/// strings, because the library checks the strings.
+/// The options of `launchscreen show`, with their defaults. The values for the content request
+/// (`mode`, `event` and `duration`) are strings, because the library checks them.
 struct ShowOptions {
   /// "auto", "cocoa", "headless", "wayland" or "x11".
   std::string display = "auto";
   /// "forced" or "skip".
   std::string mode = "forced";
-  /// The name of the analytics event.
+  /// The name of the analytics event that the library records when the launch screen has ended.
   std::string event = "launch_end";
   /// How long the launch screen is shown, in seconds. Counted while the launch screen is in front.
   std::string duration = "5";
@@ -34,8 +34,8 @@ struct ShowOptions {
   std::string screenshotPath;
   /// The path of the file for recorded events. If the path is empty, the command writes no file.
   std::string eventsPath;
-  /// The time after which the command dismisses the launch screen, in seconds. Needs the mode
-  /// "skip".
+  /// The time from the presentation of the launch screen until the command dismisses it, in
+  /// seconds. Needs the mode "skip".
   std::optional<double> skipAfter;
 
   [[nodiscard]] bool canSkip() const { return mode == "skip"; }

@@ -168,7 +168,8 @@ void ShowSession::present(const Strong<ContentData>& data) {
 }
 
 void ShowSession::skip() {
-  // A second call during the dismissal would make the library end the launch screen again.
+  // An embedded cover may stay for a while after its dismissal. Dismissing the cover again would
+  // make the library report the end of the launch screen again.
   if (options_.canSkip() && isCovering() && !isDismissed_) {
     manager_->dismissLaunchScreen();
   }
@@ -204,8 +205,8 @@ bool ShowSession::update() {
                                "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
-      // The event is not scheduled: the library waits until a window that shows the launch screen
-      // becomes key. Such a window no longer exists.
+      // The library has postponed the event until a window that shows the launch screen becomes
+      // key. Such a window no longer exists.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
@@ -288,6 +289,7 @@ void ShowSession::displayLost(std::string_view reason) {
 }
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
+  // The user needs this report only while the style mask excludes the controls.
   if (&window == playerWindow_.get() && areControlsRemoved_) {
     console_->reportOnOwnLine(time(),
                               "controls kept by the window manager: " + controlNames(keptControls));

@@ -14,8 +14,8 @@ namespace vel::host {
 namespace {
 
 // Two adjacent segments are merged if their slopes differ by less than this tolerance. A slope is
-// the change of the time left, in seconds per second. The tolerance is far above rounding errors
-// and far below the effect of one tick.
+// the change of the time left, in seconds per second. Rounding errors change a slope by far less
+// than the tolerance. One tick changes the slope of a segment by far more.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
@@ -118,8 +118,8 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // Consecutive style changes of one window share a mark if they have the same time. The mark
-    // shows the latest change.
+    // If `styledWindow_` is this window, the latest mark shows an earlier style change of the
+    // window at the same time. The new mark replaces that mark.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
@@ -144,6 +144,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
+  // Style changes share a mark only if they are consecutive and have the same time.
   if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();

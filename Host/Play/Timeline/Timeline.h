@@ -16,7 +16,7 @@ enum class TimelineLane : std::uint8_t {
   Refusal,
   WindowStyle,
   Dismissal,
-  Event
+  Event  // an analytics event that the library recorded
 };
 
 /// A dot with a label in a lane.

@@ -62,6 +62,7 @@ constexpr double kChartHeight = 120;
 constexpr double kMarkRadius = 4;
 constexpr double kMarkToLabelDistance = 4;
 constexpr double kMinimumLabelSpacing = 8;
+// A label of at most this width fits on the right or the left side of its mark.
 constexpr double kMaximumLabelWidth = (kRight - kLeft) / 2 - 4 * kMarkRadius;
 constexpr int kTimeAxisTickLimit = 7;
 constexpr int kCountdownAxisTickLimit = 5;
