@@ -25,9 +25,7 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Runs a command with its parsed options and returns the exit status. `addPlayCommand` and
-/// `addShowCommand` have a parameter `selectedCommand`, in which the parser later stores the
-/// function of the command that the user chose.
+/// Runs a command with its parsed options and returns the exit status.
 using CommandFunction = std::function<int()>;
 
 }  // namespace vel::host

@@ -29,10 +29,11 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
+  // A file that the program opens must not become a standard stream.
   openClosedStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");
-  program.require_subcommand(0, 1);
+  program.require_subcommand(0, 1);  // a missing command is reported after parsing
   CommandFunction selectedCommand;
   addShowCommand(program, selectedCommand);
   addPlayCommand(program, selectedCommand);

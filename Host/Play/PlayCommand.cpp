@@ -91,13 +91,13 @@ class TimelineFile {
 
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out) {
   const bool isStandardInput = options.file == "-";
-  const std::string name =
+  const std::string inputName =
       isStandardInput ? "standard input" : escapeControlCharacters(options.file);
   Scenario scenario;
   try {
     scenario = readScenario(isStandardInput ? readAll(standardInput) : readFile(options.file));
   } catch (const ScenarioError& error) {
-    throw UsageError(name + ": " + error.what());
+    throw UsageError(inputName + ": " + error.what());
   }
   std::optional<TimelineFile> timelineFile;
   if (options.timelinePath) {
@@ -109,7 +109,7 @@ int play(const PlayOptions& options, std::istream& standardInput, std::ostream& 
     throw std::runtime_error("the trace cannot be written");
   }
   if (timelineFile) {
-    timelineFile->write(isStandardInput ? name
+    timelineFile->write(isStandardInput ? inputName
                                         : std::filesystem::path(options.file).stem().string());
   }
   return outcome == PlayOutcome::PlayedToEnd ? kExitSuccess : kExitPlayAborted;

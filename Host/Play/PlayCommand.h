@@ -28,7 +28,8 @@ struct PlayOptions {
 /// timeline cannot be written.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
-/// Adds the command to the program; see `CommandFunction`.
+/// Adds the command to the program. When the program parses the command `play`, the parser stores
+/// the function to run in `selectedCommand`.
 void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -28,6 +28,7 @@ Player::Player(const Scenario& scenario, PlayListener& listener)
     report(std::move(registration));
   });
   const auto reportStateChange = [this](const Strong<ContentData>& data) {
+    // `data` is never null, so `contentNameOf` always returns a value.
     report(trace::StateChange{.state = data->state(),
                               .content = contentNameOf(data.get()).value_or(ContentName::Main)});
   };
@@ -64,7 +65,8 @@ Player::~Player() {
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
-    window->setContentViewController(nullptr);  // a cover in the window may keep the window alive
+    // A cover owns the window that it covers until the cover disappears.
+    window->setContentViewController(nullptr);
   }
 }
 

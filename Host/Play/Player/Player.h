@@ -56,10 +56,11 @@ class Player final : private PlatformObserver {
   Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
+  // `content` is a ContentData or a ContentView: each content is both. Returns no value for null.
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover of the library is shown. Removes covers that are not shown from `covers_`.
+  // True if a cover of the library is shown. Removes all other covers from `covers_`.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -95,7 +96,7 @@ class Player final : private PlatformObserver {
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  // The manager can release the main content while the content's view controller still owns it.
+  // The main content. Its view controller can own it even after the manager has released it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   // The covers that have appeared. `isCovered` removes the covers that are no longer shown.

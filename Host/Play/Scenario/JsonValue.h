@@ -21,8 +21,8 @@ using JsonPointer = nlohmann::json::json_pointer;
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
 /// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
-/// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue` is
-/// a description of a valid value for the error message.
+/// if the value is missing, has the wrong type or is out of range. The error message contains
+/// `expectedValue`, a description of a valid value.
 class JsonValue {
  public:
   /// `json` is null if the value is missing. Error messages contain `pointer`, the path to the
@@ -72,8 +72,8 @@ class JsonValue {
 /// `rejectUnknownMembers`.
 class JsonMembers {
  public:
-  /// Throws a ScenarioError if `object` is not a JSON object. `expectedValue` describes a valid
-  /// value in the message.
+  /// Throws a ScenarioError if `object` is not a JSON object. The error message contains
+  /// `expectedValue`, a description of a valid value.
   JsonMembers(JsonValue object, std::string_view expectedValue);
 
   /// Returns the value of the member with this name. The value may be missing.

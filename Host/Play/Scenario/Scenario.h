@@ -184,7 +184,7 @@ struct ActivateApp {};
 struct StopModal {};
 /// The launch screen's view controller presents a new NSViewController as a sheet.
 struct PresentOver {};
-/// Dismisses the newest sheet of the earlier `PresentOver` steps. Ignores sheets that have ended.
+/// Dismisses the newest of the `PresentOver` sheets that are still presented.
 struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;

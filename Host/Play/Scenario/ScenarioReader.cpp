@@ -55,6 +55,7 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
+  // A missing host is read too, because `readHost` adds the default window's name to `names`.
   const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];
   scenario.host = readHost(host.isPresent() ? host : JsonValue(&emptyHost, host.pointer()), names);

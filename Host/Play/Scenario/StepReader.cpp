@@ -144,7 +144,8 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    script.operations.reset();  // no delegate: a member "deactivateDuring" is then invalid
+    // The step removes the delegate. Without operations, a member "deactivateDuring" is invalid.
+    script.operations.reset();
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);
   }

@@ -27,8 +27,8 @@ class KnownWindowNames {
   void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;
-  /// Reads a window name. Throws a ScenarioError if the value is not a known name. `expectedValue`
-  /// describes a valid value in the message.
+  /// Reads a window name. Throws a ScenarioError if the value is not a known name. The error
+  /// message contains `expectedValue`, a description of a valid value.
   [[nodiscard]] std::string readKnownName(const JsonValue& name,
                                           std::string_view expectedValue) const;
 

@@ -19,8 +19,8 @@ std::string formatNumber(double value) {
   return digits;
 }
 
-// Returns false if the text starts with U+FFFE, U+FFFF or a character below U+0020. XML forbids all
-// of these characters except tabs and line breaks.
+// Returns false if the text starts with U+FFFE, U+FFFF or a character below U+0020. XML allows tabs
+// and line breaks, but each text in a picture is a single line.
 bool startsWithAllowedCharacter(std::string_view remainingText) {
   constexpr std::string_view kNoncharacters[] = {"\xEF\xBF\xBE", "\xEF\xBF\xBF"};
   return static_cast<unsigned char>(remainingText.front()) >= ' ' &&
