@@ -145,7 +145,7 @@ TEST_F(LifetimeTest, AnInvalidTimerDoesNotOwnTheManager) {
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, AReleasedTimerIsDestroyed) {
+TEST_F(LifetimeTest, PausingTheCountdownDestroysItsTimer) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   const Weak<NSTimer> weakTimer = timer();
@@ -212,7 +212,7 @@ TEST_F(LifetimeTest, ADismissalOnAnotherThreadKeepsTheManagerAliveUntilItRuns) {
   EXPECT_TRUE(watchedManager.expired());
 }
 
-TEST_F(LifetimeTest, ARequestOnAnotherThreadKeepsTheContentAliveUntilItsControllerIsCreated) {
+TEST_F(LifetimeTest, TheContentOfARequestOnAnotherThreadLivesUntilTheContentIsDeactivated) {
   runOnAnotherThread([this] { manager->contentDataForContentRequest(makeRequest("e", 5)); });
   watchedContent = manager->content();
   manager->deactivate();

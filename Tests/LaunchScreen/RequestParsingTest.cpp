@@ -164,7 +164,7 @@ TEST_F(RequestParsingTest, ARequestWithoutADurationIsRefusedButStoresModeAndEven
   EXPECT_EQ(configuration().expirationTimeInterval(), 9.0);
 }
 
-TEST_F(RequestParsingTest, ADurationThatIsZeroOrNotNumericTextIsRefused) {
+TEST_F(RequestParsingTest, ADurationThatIsZeroOrDoesNotBeginWithANumberIsRefused) {
   const std::initializer_list<Strong<NSObjectProtocol>> durations = {
       number(0),    number(-0.0), number(1e-60), NSNumber::numberWithInteger(0),
       text("0"),    text("-0"),   text("abc"),   text(""),
@@ -212,7 +212,7 @@ TEST_F(RequestParsingTest, ADurationIsANumberOrTextAndIsRoundedToSinglePrecision
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(RequestParsingTest, ADurationOfNaNIsAccepted) {
+TEST_F(RequestParsingTest, TheNumberNaNIsAcceptedAsADuration) {
   EXPECT_TRUE(parseDuration(number(std::numeric_limits<double>::quiet_NaN())));
   EXPECT_TRUE(std::isnan(configuration().expirationTimeInterval()));
   EXPECT_TRUE(platform.log.empty());

@@ -34,7 +34,7 @@ TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
   EXPECT_TRUE(cover.expired());
 }
 
-TEST_F(RestartTest, AfterARestartALaunchScreenUnderAParentEnds) {
+TEST_F(RestartTest, AfterARestartALaunchScreenWithAParentViewControllerEnds) {
   stopDuringTrackedCover();
   startWithNewManager();
   const auto window = openPlayerWindowWithContentViewController();

@@ -96,7 +96,7 @@ TEST_F(RequiredWindowTest, AWindowThatDoesNotShowTheLaunchScreenIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(openWindowWithChildren({})));
 }
 
-TEST_F(RequiredWindowTest, WithoutAModalSessionThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, ThePlayerWindowUnderASheetIsNotRequired) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
   present(player, kHostModeSheet);
@@ -130,7 +130,7 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionThePlayerWindowIsRe
 }
 
 TEST_F(RequiredWindowTest,
-       DuringTheLaunchScreensModalSessionAChildWindowOfThePlayerWindowIsRequired) {
+       DuringTheLaunchScreensModalSessionADirectChildWindowOfThePlayerWindowIsRequired) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -172,7 +172,8 @@ TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfTheLaunchScreensClassIsR
       {makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalSessionChildControllersAreAlsoCompared) {
+TEST_F(RequiredWindowTest,
+       DuringAModalSessionAWindowWithAChildControllerOfTheLaunchScreensClassIsRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   EXPECT_TRUE(
@@ -185,7 +186,7 @@ TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfASubclassIsNotRequired) 
       openWindowWithChildren({makeNamed("LaunchScreenViewControllerSubclass")})));
 }
 
-TEST_F(RequiredWindowTest, TheContentViewControllerItselfIsNotCompared) {
+TEST_F(RequiredWindowTest, AWindowWhoseContentViewControllerHasTheLaunchScreensClassIsNotRequired) {
   load(5.0);
   const auto window = openWindow("NSWindow");
   window->setContentViewController(makeNamed("LaunchScreenViewController"));
@@ -292,26 +293,26 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInABackgroundWind
   EXPECT_FALSE(manager->tempItemRequired()) << "a window that is not on the screen is not searched";
 }
 
-TEST_F(TemporaryItemTest, ACoverThatDoesNotBelongToTheMainContentAlsoCounts) {
+TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverThatTheMainContentDoesNotOwn) {
   openWindowWithChildren({makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")});
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, AnEmbeddedControllerOfAnotherClassDoesNotCount) {
+TEST_F(TemporaryItemTest, AnEmbeddedControllerOfAnotherClassRequiresNoTemporaryContent) {
   loadHostController(5.0);
   openWindowWithChildren(
       {makeNamed("LaunchScreenViewControllerSubclass"), makeNamed("HostController")});
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ACoverWithoutAParentDoesNotCount) {
+TEST_F(TemporaryItemTest, ACoverWithoutAParentViewControllerRequiresNoTemporaryContent) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   ASSERT_NE(controller()->view()->window(), nullptr);
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedFirstAndAgainAmongAllWindows) {
+TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwiceAndEachOtherWindowOnce) {
   const auto [mainWindow, mainController] = openCountedWindow();
   mainWindow->makeKeyWindow();
   const auto [frontWindow, frontController] = openCountedWindow();
@@ -329,7 +330,7 @@ TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedFirstAndAgainAmongAllWindows) {
   EXPECT_EQ(frontController->callCount, 1);
 }
 
-TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedFirst) {
+TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedTwice) {
   const auto [mainWindow, mainController] = openCountedWindow();
   mainWindow->makeKeyWindow();
   const auto [frontWindow, frontController] = openCountedWindow();

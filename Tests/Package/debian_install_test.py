@@ -69,6 +69,7 @@ class DebianInstallTest(unittest.TestCase):
     def test_3_hosts_in_a_cmake_project_build_and_record_their_event(self):
         folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
+        # CMake has found the package that setUpClass installed.
         self.assertIn("_DIR:PATH=/usr/lib", (folder / "CMakeCache.txt").read_text(encoding="utf-8"))
         self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)
         self.assertEqual(run(folder / "host_c"), EXPECTED_OUTPUT)

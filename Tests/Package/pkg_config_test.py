@@ -24,7 +24,7 @@ class PkgConfigTest(unittest.TestCase):
     def test_a_host_in_cpp_records_its_event(self):
         self.build_and_run(CXX, "-std=c++20", CONSUMERS / "host.cpp")
 
-    def test_pkg_config_and_the_library_report_the_same_version(self):
+    def test_pkg_config_and_the_library_report_the_same_major_and_minor_version(self):
         library = ctypes.CDLL(PREFIX / LIB / "libVelLaunchScreen.so")
         library.vel_version_number.restype = ctypes.c_double
         (version,) = pkg_config("--modversion", prefix=PREFIX)

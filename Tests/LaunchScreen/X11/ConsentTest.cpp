@@ -38,7 +38,7 @@ class X11Consent : public X11HostTest {
       NSWindow::initWithContentRectStyleMask(CGRectMake(300, 300, 300, 200), kFullStyle);
 };
 
-TEST_F(X11Consent, ClosingTheDialogResumesTheLaunchScreen) {
+TEST_F(X11Consent, ClosingTheDialogResumesTheCountdown) {
   present(5, kEmbedded);
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
   runModalConsent([this] { consent->close(); });
@@ -53,7 +53,7 @@ TEST_F(X11Consent, ClosingTheDialogResumesTheLaunchScreen) {
   EXPECT_THAT(events, testing::ElementsAre("launch_end"));
 }
 
-TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSession) {
+TEST_F(X11Consent, ActivatingAnotherProgramEndsTheModalSessionAndResumesTheCountdown) {
   present(600, kEmbedded);
   runModalConsent([&] { client.focus(otherWindow); });
   EXPECT_EQ(NSApp->modalWindow(), nullptr);

@@ -55,7 +55,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
   EXPECT_THAT(reports.orders, IsEmpty());
 }
 
-TEST_F(X11Order, ASingleWindowHasNoStackingOrder) {
+TEST_F(X11Order, TheOrderOfASingleAdoptedWindowIsNotReported) {
   const xcb_window_t game = openGame(kGameFrame);
   adopt(game);
   openGame(kSecondGameFrame);

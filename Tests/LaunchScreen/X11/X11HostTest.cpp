@@ -11,7 +11,7 @@ void X11HostTest::SetUp() {
   ASSERT_TRUE(eventually([this] { return client.isViewable(otherWindow); }));
   game = client.openGameWindow({200, 150, 640, 400}, 0x208040);
   ASSERT_TRUE(eventually([this] { return client.isViewable(game); }));
-  system();
+  system();  // opens the back end
   NSApplication::start(takeSystem());
   MetricsCenter::setSink([this](std::string_view event) { events.emplace_back(event); });
   std::string error;

@@ -22,9 +22,9 @@ class X11HostTest : public X11TestWithManager {
   /// Runs the run loop until the condition is true. Returns false after `kTimeout`.
   static bool runUntil(const std::function<bool()>& condition);
 
-  xcb_window_t otherWindow = 0;  // a window that the application does not adopt
+  xcb_window_t otherWindow = 0;  // a window that `SetUp` does not adopt
   xcb_window_t game = 0;         // the window of the game
-  Strong<NSWindow> player;       // the window of the game, as the application adopts it
+  Strong<NSWindow> player;       // the adopted window of the game
   Strong<LaunchScreenManager> launchScreen;
   bool hasIndicator = false;        // true if the launch screens have an indicator
   std::vector<std::string> events;  // the recorded events

@@ -1,5 +1,5 @@
 // The game, which owns the adopted window, writes hints before or while the back end overrides
-// them. `cover` overrides the hints, and `uncover` restores them.
+// them. `cover` adopts the game's window and overrides its hints. `uncover` restores them.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -12,15 +12,20 @@ namespace vel::test {
 namespace {
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
+// The bits of a style mask are title 1, close 2, miniaturise 4 and resize 8.
 constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";
 
 class X11StyleOwner : public X11Test {
  protected:
+  // The first fields are the flags (1: has functions, 2: has decorations), the functions (resize 2,
+  // move 4, minimise 8, maximise 16, close 32) and the decorations (border 2, resize handles 4,
+  // title 8, menu 16, minimise 32, maximise 64). Bit 1 inverts its set.
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
+  // The flags are 16 (has a minimum) and 32 (has a maximum).
   static Property sizeHints(std::uint32_t flags, std::uint32_t minimum, std::uint32_t maximum) {
     std::array<std::uint32_t, 18> fields{flags};
     fields[5] = fields[6] = minimum;
@@ -73,14 +78,15 @@ TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   // The owner first writes the value that the back end writes for a style mask with only the title.
   // The owner then replaces this value.
-  const Property restrictedHints = motifHints({3, 4, 26, 0, 0});
-  client.setProperty(game, kMotifHints, restrictedHints);
+  const Property hintsAtAdoption = motifHints({3, 4, 26, 0, 0});
+  client.setProperty(game, kMotifHints, hintsAtAdoption);
   handle = adopt(game).handle;
   const Property ownersHints = motifHints({3, 4 | 8, 26, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
+  // The owner's style mask at the adoption, so the back end restores the hints.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -103,9 +109,9 @@ TEST_F(X11StyleOwner, ControlsStayRemovedAfterTheOwnerWritesHints) {
 TEST_F(X11StyleOwner, RestoringRemovesTheOverrideFromAValueThatTheOwnerEdited) {
   client.setProperty(game, kMotifHints, motifHints({2, 0, 2 | 4 | 8, 0, 0}));
   cover();
-  auto decorations = client.numbers(game, kMotifHints);
-  decorations[2] &= ~8U;  // the owner removes the title
-  client.setProperty(game, kMotifHints, motifHints(decorations));
+  auto hints = client.numbers(game, kMotifHints);
+  hints[2] &= ~8U;  // the owner removes the title
+  client.setProperty(game, kMotifHints, motifHints(hints));
   deliver();
   EXPECT_TRUE(hasNoControls());
   uncover();
@@ -124,13 +130,14 @@ TEST_F(X11StyleOwner, RestoringRemovesTheOverrideIfTheOwnerReplacesOnlyTheDecora
   EXPECT_EQ(client.property(game, kMotifHints), motifHints({2, 0, 0, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, AValueThatTheOwnerHasNotReadFromTheWindowIsRestored) {
+TEST_F(X11StyleOwner, AValueThatReplacesTheWholeOverrideIsRestoredUnchanged) {
   struct Values {
     std::optional<Property> valueBefore;
     Property valueWhileCovered;
   };
-  // Qt writes the second value for a frameless window. The third value allows no resizing.
-  const std::array values{Values{motifHints({3, 62, 126, 0, 0}), motifHints({2, 1, 0, 0, 0})},
+  const std::array values{// The second value is what Qt writes for a frameless window.
+                          Values{motifHints({3, 62, 126, 0, 0}), motifHints({2, 1, 0, 0, 0})},
+                          // The second value allows no resizing.
                           Values{std::nullopt, motifHints({3, 44, 58, 0, 0})}};
   for (const auto& [valueBefore, valueWhileCovered] : values) {
     client.setProperty(game, kMotifHints, valueBefore);
@@ -158,6 +165,7 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   deliverFor(0.3);
   cover();
   system().setStyleMask(handle, kAllControls);
+  // To delete the property, the back end first writes a value that allows everything.
   ASSERT_EQ(client.property(game, kMotifHints), motifHints({3, 1, 1, 0, 0}));
   const Property ownersMotifHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -177,7 +185,7 @@ TEST_F(X11StyleOwner, HintsThatDidNotExistAreDeletedIfTheWindowIsCoveredAgainDur
   EXPECT_TRUE(waitFor([&] { return client.property(game, kMotifHints) == std::nullopt; }));
 }
 
-TEST_F(X11StyleOwner, HintsAreRestoredWhenTheBackEndIsDestroyed) {
+TEST_F(X11StyleOwner, HintsAreRestoredWithinASecondWhenTheBackEndIsDestroyed) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();

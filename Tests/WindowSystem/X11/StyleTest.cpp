@@ -13,6 +13,7 @@ using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
+// The bits of a style mask are title 1, close 2, miniaturise 4 and resize 8.
 constexpr NSWindowStyleMask kAllControls = 15;
 constexpr std::string_view kMotifHints = "_MOTIF_WM_HINTS";
 constexpr std::string_view kNormalHints = "WM_NORMAL_HINTS";

@@ -1,7 +1,7 @@
 // The part of <sys/event.h> of macOS that the library uses, declared by hand. The names and the
 // meaning are those of the kqueue interface. The values of the constants are arbitrary.
 #pragma once
-#pragma GCC system_header  // a function and a structure have the same name
+#pragma GCC system_header  // no warning that a function and a structure have the same name
 
 #include <cstdint>
 #include <ctime>
