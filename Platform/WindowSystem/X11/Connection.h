@@ -68,8 +68,8 @@ class Connection final : public NonCopyable {
   [[nodiscard]] bool hasCreated(xcb_window_t window) const;
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
-  /// Returns true if the server is Xwayland: a Wayland compositor shows each child of the root
-  /// window as a surface of its own. The first call blocks for round trips.
+  /// Returns true if the server is Xwayland. On Xwayland, a Wayland compositor shows each child of
+  /// the root window as a surface of its own. The first call blocks for round trips.
   [[nodiscard]] bool isXwayland();
 
   /// Returns the next event that has arrived, or null. Does not block. Passes errors to the request

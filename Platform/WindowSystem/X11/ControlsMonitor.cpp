@@ -17,6 +17,8 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   }
   const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
+  // Before the first report for a style mask, the window manager may not have applied the mask yet.
+  // An early check would report the controls of the previous mask.
   if (window != nullptr && window->reportedControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
@@ -62,7 +64,8 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  if (window.style->isResizingAllowed()) {  // even if the style mask excludes resizing
+  // While resizing is allowed, the hints that we write do not remove the control for resizing.
+  if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }
   // The style mask removes these controls, but the window manager still offers them.

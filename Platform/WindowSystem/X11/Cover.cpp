@@ -88,8 +88,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   const bool usedOverlayBefore = std::exchange(usesOverlay_, needsOverlay(scene, frame));
   if (usedOverlayBefore && !usesOverlay_) {
     if (scene.empty()) {
-      // Closing this pane changes nothing on the screen, because the overlay hides the pane. When
-      // the overlay closes, the whole cover then disappears in one step.
+      // Closes the first pane while the overlay still hides it. The whole cover then disappears in
+      // one step when the overlay closes.
       closePane(panes_.front());
     }
     closeOverlay();
@@ -179,7 +179,7 @@ void Cover::openPane(Pane& pane) {
   pane.child = {.window = connection_.makeId()};
   mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
   const xcb_window_t window = pane.child.window;
-  // When the window grows, the server keeps an indicator in the centre until we move the indicator.
+  // When the parent grows, the server keeps an indicator in the centre until we move the indicator.
   createWindow(
       connection_,
       {.id = window,
@@ -318,13 +318,14 @@ bool Cover::isViewable() const {
   if (panes_.empty()) {
     return false;
   }
-  std::vector<xcb_window_t> windows{window_};  // may be unmapped while the overlay is mapped
+  // The overlay is a sibling of `window_`, so it can be viewable while `window_` is not.
+  std::vector<xcb_window_t> windows{window_};
   const bool isOverlayMapped = usesOverlay_ && overlay_->isMapped();
   if (isOverlayMapped) {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
-    // Skips the first pane if an overlay hides it.
+    // Skips the first pane if the overlay hides it, and all panes in an unmapped overlay.
     if (pane.isInOverlay == isOverlayMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }
@@ -369,8 +370,8 @@ void Cover::handle(const xcb_generic_event_t& event) {
   }
 }
 
-// When the overlay has become much larger or smaller than the covered window, the server has moved
-// each indicator away from the centre of this window.
+// When the overlay changes between the covered window's size and the maximum size, the server moves
+// each indicator away from the centre of the covered window.
 void Cover::movePanesInOverlay() {
   for (const Pane& pane : panes_) {
     if (pane.isInOverlay && pane.child.isOpen() && overlay_->isOpen()) {

@@ -16,12 +16,12 @@
 namespace vel::x11 {
 
 /// The windows that hide the content of one window of the back end. The cover creates one child of
-/// that window for each item of the scene. While another window is modal, an invisible child, the
-/// shield, takes all pointer input of the window. The cover keeps its children above the window's
-/// other children, and its children take the pointer input. The picture of an item is the
-/// background of the item's child, so the server shows the picture as soon as it maps the child.
-/// For an item that fills the window, the cover makes the child larger than the window, so a
-/// growing window shows no gap.
+/// that window for each item of the scene. Each of these children takes the pointer input in its
+/// area. While another window is modal, one more child, the invisible shield, takes all pointer
+/// input of the window. The cover keeps its children above the window's other children. The picture
+/// of an item is the background of the item's child, so the server shows the picture as soon as it
+/// maps the child. For an item that fills the window, the cover makes the child larger than the
+/// window, so a growing window shows no gap.
 ///
 /// The owner of an adopted window can draw over the window's children. So if the first item of the
 /// scene fills an adopted window, the cover also opens an overlay above the window. The overlay

@@ -66,6 +66,7 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   }
 }
 
+// `orderOut` caused the loss of the focus, so no `focusMoved` reports it.
 void FocusTracker::windowWithdrawn(xcb_window_t window) {
   if (focus_ == window) {
     focus_ = reportedFocus_ = XCB_WINDOW_NONE;
@@ -91,6 +92,7 @@ void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
 // received the focus. The window manager decides whether such an old request may take the focus.
 bool FocusTracker::requestFocus(Window& window) {
   if (focus_ == window.id) {
+    // The back end promises `focusMoved` after a request, but no FocusIn event will come.
     const WindowHandle handle = window.handle();
     reports_.add(handle, [handle](WindowSystemDelegate& delegate) { delegate.focusMoved(handle); });
     return false;
@@ -140,6 +142,7 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
 // The server sends FocusOut and the matching FocusIn together. After a round trip, both have come.
 void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
+  // After new events, the caller updates the windows and then calls `reportChanges` again.
   hasPendingChanges_ = handleEvents();
   // When a window manager ends, the server may leave the focus on the root window or on no window.
   // The window that had the focus then gets it back.

@@ -7,11 +7,11 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. An owner that edits the property reads it first. In practice, we write the
-// property fewer times than this limit before the owner writes the edited value.
+// Limits the memory. An owner that edits the property first reads it and later writes it. In
+// practice, we write the property fewer times than this limit between the two.
 constexpr std::size_t kMaxRecentWrites = 4;
 
-// Returns true if `element` has the bits `changes` of `ourElement`.
+// Returns true if `element` and `ourElement` are equal in the bits of the mask `changes`.
 bool containsChanges(std::uint32_t element, std::uint32_t ourElement, std::uint32_t changes) {
   return ((element ^ ourElement) & changes) == 0;
 }
@@ -65,7 +65,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
     if (value && isEdited(write, *value)) {
-      // The owner's value can be missing or shorter. `withoutOurChanges` cannot return such a
+      // If the owner wrote our value unchanged, uses the owner's value from the record. That value
+      // can be missing or have fewer elements than ours. `withoutOurChanges` cannot return such a
       // value.
       interpretation =
           value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
@@ -88,11 +89,12 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
   return changes;
 }
 
-// Returns true if the owner has probably read the value that we wrote and edited it. Such an owner
-// leaves at least one element that we changed exactly as we wrote it. The flags and the first other
-// element that we changed then still contain our changes. An owner that has not read our value
-// replaces all elements, but its elements can contain our changes by chance: most of our changes
-// remove bits.
+// Returns true if the owner has probably read the value that we wrote and edited it. This function
+// checks two conditions:
+// 1. The flags, and the first other element that we changed, still contain our changes.
+// 2. If we changed other elements, at least one of them is exactly as we wrote it.
+// The first condition is not enough: most of our changes remove bits, so a value of an owner that
+// has not read ours can contain our changes by chance.
 bool HintOverride::isEdited(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> changes = changedBits(write);
@@ -102,17 +104,17 @@ bool HintOverride::isEdited(const RecentWrite& write, const Property& value) con
       !containsChanges(elements[0], ourElements[0], changes[0])) {
     return false;
   }
-  std::size_t first = 1;
-  while (first < count && changes[first] == 0) {
-    ++first;
+  std::size_t firstChanged = 1;
+  while (firstChanged < count && changes[firstChanged] == 0) {
+    ++firstChanged;
   }
-  if (first == count) {
+  if (firstChanged == count) {
     return true;  // we changed only the flags
   }
-  if (!containsChanges(elements[first], ourElements[first], changes[first])) {
+  if (!containsChanges(elements[firstChanged], ourElements[firstChanged], changes[firstChanged])) {
     return false;
   }
-  for (std::size_t i = first; i < count; ++i) {
+  for (std::size_t i = firstChanged; i < count; ++i) {
     if (changes[i] != 0 && elements[i] == ourElements[i]) {
       return true;
     }

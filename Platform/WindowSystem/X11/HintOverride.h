@@ -28,8 +28,8 @@ class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
   /// of the property are sets of bits: the owner and we can change different bits of one element.
-  /// Each other element is a number. Bit n - 1 of the first element says that the set in element n
-  /// is valid.
+  /// Each other element is a number. Element 0 is the flags: bit n - 1 of the flags says that the
+  /// set in element n is valid.
   HintOverride(HintValue value, std::size_t bitSetCount);
 
   /// The value to restore.

@@ -266,6 +266,8 @@ void Overlay::selectParentEvents(std::uint32_t events) {
       windows_.find(coveredWindow_.parent) != nullptr) {
     return;  // this request would replace the events that the back end has selected
   }
+  // Tracked as a request on the overlay, so that no error is logged if the parent is already
+  // destroyed.
   connection_.track(xcb_change_window_attributes(connection_.get(), coveredWindow_.parent,
                                                  XCB_CW_EVENT_MASK, &events),
                     "ChangeWindowAttributes", window_);

@@ -12,7 +12,8 @@ namespace vel::x11 {
 class WindowTable;
 
 /// A window that hides an adopted window. It is a sibling directly above the adopted window, with
-/// the same position and size. The overlay clips what the owner draws, even if the owner draws with
+/// the same position and size. If the adopted window fills its parent, the overlay has the maximum
+/// size instead. The overlay clips what the owner draws, even if the owner draws with
 /// IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted window would
 /// not hide such drawing.
 ///
@@ -54,7 +55,8 @@ class Overlay final : public NonCopyable {
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
-  /// Returns true if the overlay hides the adopted window. May block for round trips.
+  /// Returns true if the overlay must be mapped now. `show` and `handle` map and unmap the overlay
+  /// accordingly. May block for round trips.
   [[nodiscard]] bool isMapped() const;
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }

@@ -13,8 +13,8 @@ namespace vel::x11 {
 namespace {
 
 // Limits the memory. When the list is full, `add` drops the oldest request, and the log then cannot
-// name this request in an error. In practice, the back end sends fewer requests between two calls
-// of `deliverEvents`.
+// name this request in an error. Such an error is unlikely: the back end reads errors in each call
+// of `deliverEvents`, and sends fewer requests than this limit between two calls.
 constexpr std::size_t kMaximumRequests = 2048;
 // Limits the memory. When the list is full, `markDestroyed` drops the oldest window, and the errors
 // of requests on this window are then logged.
