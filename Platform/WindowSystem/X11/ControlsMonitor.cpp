@@ -19,7 +19,7 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   Window* const window = windows_.find(notice.window);
   // Before the first report for a style mask, the window manager may not have applied the mask yet.
   // An early check would report the controls of the previous mask.
-  if (window != nullptr && window->reportedControls &&
+  if (window != nullptr && window->reportedKeptControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
   }
@@ -27,14 +27,14 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
 
 void ControlsMonitor::windowManagerChanged() {
   for (auto& [id, window] : windows_) {
-    if (window.reportedControls) {
+    if (window.reportedKeptControls) {
       scheduleCheck(window);
     }
   }
 }
 
 void ControlsMonitor::styleMaskChanged(Window& window) {
-  window.reportedControls.reset();
+  window.reportedKeptControls.reset();
   scheduleCheck(window);
 }
 
@@ -70,8 +70,8 @@ void ControlsMonitor::checkWindow(Window& window) {
   }
   // The style mask removes these controls, but the window manager still offers them.
   const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
-  if (window.reportedControls != keptControls) {
-    window.reportedControls = keptControls;
+  if (window.reportedKeptControls != keptControls) {
+    window.reportedKeptControls = keptControls;
     const WindowHandle handle = window.handle();
     reports_.add(handle, [handle, keptControls](WindowSystemDelegate& delegate) {
       delegate.controlsKept(handle, keptControls);

@@ -320,13 +320,13 @@ bool Cover::isViewable() const {
   }
   // The overlay is a sibling of `window_`, so it can be viewable while `window_` is not.
   std::vector<xcb_window_t> windows{window_};
-  const bool isOverlayMapped = usesOverlay_ && overlay_->isMapped();
-  if (isOverlayMapped) {
+  const bool mustOverlayBeMapped = usesOverlay_ && overlay_->mustBeMapped();
+  if (mustOverlayBeMapped) {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
     // Skips the first pane if the overlay hides it, and all panes in an unmapped overlay.
-    if (pane.isInOverlay == isOverlayMapped && pane.child.isOpen()) {
+    if (pane.isInOverlay == mustOverlayBeMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }
   }

@@ -74,12 +74,12 @@ void Overlay::show() {
     return;
   }
   isShown_ = true;
-  if (isMapped()) {
+  if (mustBeMapped()) {
     mapWindow(connection_, window_);
   }
 }
 
-bool Overlay::isMapped() const {
+bool Overlay::mustBeMapped() const {
   return isOpen() && isShown_ && coveredWindow_.isMapped &&
          (coveredWindow_.hasFocus || !isAboveAllWindows());
 }
@@ -130,7 +130,7 @@ void Overlay::handle(const xcb_generic_event_t& event) {
 void Overlay::handleOwnEvent(const xcb_generic_event_t& event) {
   if (typeOf(event) == XCB_DESTROY_NOTIFY) {
     close();
-  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && isMapped()) {
+  } else if (typeOf(event) == XCB_UNMAP_NOTIFY && mustBeMapped()) {
     mapWindow(connection_, window_);  // another client has unmapped the overlay
   }
 }
@@ -141,12 +141,12 @@ void Overlay::handleFocusEvent(const xcb_generic_event_t& event) {
       change == FocusChange::None) {
     return;
   }
-  const bool wasMapped = isMapped();
+  const bool hadToBeMapped = mustBeMapped();
   coveredWindow_.hasFocus = change == FocusChange::In;
-  if (isMapped() && !wasMapped) {
+  if (mustBeMapped() && !hadToBeMapped) {
     restack();
     mapWindow(connection_, window_);
-  } else if (wasMapped && !isMapped()) {
+  } else if (hadToBeMapped && !mustBeMapped()) {
     unmapWindow(connection_, window_);
   }
 }
@@ -189,7 +189,7 @@ void Overlay::handleCoveredWindowEvent(const xcb_generic_event_t& event) {
 
 void Overlay::coveredWindowMapped() {
   coveredWindow_.isMapped = true;
-  if (isMapped()) {
+  if (mustBeMapped()) {
     restack();
     mapWindow(connection_, window_);
   }

@@ -57,7 +57,7 @@ class Overlay final : public NonCopyable {
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
   /// Returns true if the overlay must be mapped now. `show` and `handle` map and unmap the overlay
   /// accordingly. May block for round trips.
-  [[nodiscard]] bool isMapped() const;
+  [[nodiscard]] bool mustBeMapped() const;
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
   /// True if the overlay has the maximum size of a window, false if it has the size of the adopted

@@ -43,7 +43,7 @@ struct Window {
   /// The kept controls in the last `controlsKept` report: the controls that the window manager
   /// still offers although the style mask excludes them. No value before the first report, and from
   /// each change of the style mask until the next report.
-  std::optional<NSWindowStyleMask> reportedControls = std::nullopt;
+  std::optional<NSWindowStyleMask> reportedKeptControls = std::nullopt;
   /// The time at which to call `WindowStyle::finishRestoring`.
   Nanoseconds restorationDeadline = kNever;
   /// The probe: a window that `StyleRestorer` creates to find out when the window manager has read
