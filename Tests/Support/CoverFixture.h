@@ -94,8 +94,8 @@ class HostViewDelegate final
   OperationSet responding_ = 0b111;
 };
 
-/// Writes the platform's events into the journal: the life-cycle methods of the cover, a line such
-/// as "style 7" for each style mask that is set, "window opened" and "window closed".
+/// Writes the platform's events into the journal: the life-cycle methods of the cover's controller,
+/// a line such as "style 7" for each style mask that is set, "window opened" and "window closed".
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
@@ -115,8 +115,8 @@ class PlatformJournal final : public PlatformObserver {
   PlatformObserver* previousObserver_ = setPlatformObserver(this);
 };
 
-/// True if this controller's view, in this superview, is the tracked cover: the embedded cover that
-/// the library keeps alive (EmbeddedCover.h).
+/// True if the tracked cover is this controller's view in this superview. The tracked cover is the
+/// embedded cover that the library keeps alive (EmbeddedCover.h).
 bool isTrackedCover(const Strong<NSView>& superView,
                     const Strong<LaunchScreenViewController>& controller);
 /// True if there is a tracked cover.
@@ -140,7 +140,7 @@ class CoverTest : public VirtualPlatformTest {
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};
-  /// The controller to present.
+  /// The controller of the cover. Tests present this controller.
   Strong<LaunchScreenViewController> cover;
 };
 

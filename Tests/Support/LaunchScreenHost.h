@@ -88,7 +88,8 @@ class LaunchScreenTest : public VirtualPlatformTest {
   }
 
   /// Requests content for the event "launch_end", and then the view of the content. The request for
-  /// the view makes the manager a delegate of the view controller.
+  /// the view makes the manager a delegate of the view controller. `duration` (in seconds) and
+  /// `mode` are parameters of the request for content. If `mode` is empty, the request has no mode.
   void load(double duration, std::string_view mode = "");
   /// Loads content as `load` does, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
@@ -110,7 +111,8 @@ class LaunchScreenTest : public VirtualPlatformTest {
   [[nodiscard]] std::size_t registrationCount() const;
   /// The number of pending tasks of the main queue.
   [[nodiscard]] static std::size_t pendingTaskCount();
-  /// The complete state of the manager, for comparison.
+  /// The manager's state (not its content and its delegate) and `pendingTaskCount()`, for
+  /// comparison.
   [[nodiscard]] auto state() const {
     return std::tuple(timer(), timeLeft(), manager->appIsUnfocused(), manager->eventWasSended(),
                       manager->launchScreenExpired(), manager->launchShouldBeClosed(),

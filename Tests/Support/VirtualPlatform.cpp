@@ -13,7 +13,8 @@ namespace vel::test {
 
 namespace {
 
-constexpr NSOperatingSystemVersion kCurrentSystem{15, 0, 0};
+// The version that NSProcessInfo reports before a test sets another one.
+constexpr NSOperatingSystemVersion kInitialSystemVersion{15, 0, 0};
 
 }  // namespace
 
@@ -32,7 +33,7 @@ VirtualPlatform::~VirtualPlatform() {
   setPlatformObserver(nullptr);
   shutDown();
   sDefaultConfiguration = nullptr;
-  NSProcessInfo::setOperatingSystemVersion(kCurrentSystem);
+  NSProcessInfo::setOperatingSystemVersion(kInitialSystemVersion);
   MetricsCenter::setSink(nullptr);
   setNSLogSink(nullptr);
 }

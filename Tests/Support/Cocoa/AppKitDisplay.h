@@ -17,7 +17,8 @@ class AppKitDisplay : NonCopyable {
   static AppKitDisplay& shared();
 
  private:
-  AppKitEnvironment environment_;  // first, so destroyed last: it kills all child processes
+  // The first member, so its destructor runs last. The destructor kills all child processes.
+  AppKitEnvironment environment_;
 
  public:
   XServer server;
@@ -33,11 +34,12 @@ class AppKitDisplay : NonCopyable {
   bool giveFocus(NSWindow* window);
   /// Gives the focus to a window of another program, at most twice per second. Returns true if no
   /// window of AppKit is key and the other window has the focus of the X server. Call this until it
-  /// returns true: the window manager moves the focus when it finds out that a window is closed.
+  /// returns true: if a window was closed before, the window manager may move the focus after a
+  /// call.
   bool giveFocusToOtherProgram(xcb_window_t window);
-  /// Waits until the window manager has executed all requests so far.
+  /// Waits until the window manager has executed all earlier requests of `client`.
   void waitForManager();
-  /// Opens a window of another program, and waits until it is on the screen.
+  /// Opens the window of a game in another program, and waits until it is on the screen.
   xcb_window_t openGame(PixelRect frame);
 
  private:

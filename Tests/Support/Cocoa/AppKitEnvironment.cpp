@@ -60,6 +60,7 @@ AppKitEnvironment::AppKitEnvironment() {
 }
 
 AppKitEnvironment::~AppKitEnvironment() {
+  // The children of a killed process become children of this process.
   for (std::vector<pid_t> children = childrenOfThisProcess(); !children.empty();
        children = childrenOfThisProcess()) {
     for (const pid_t child : children) {

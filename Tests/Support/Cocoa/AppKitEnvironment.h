@@ -13,7 +13,8 @@ class AppKitEnvironment : NonCopyable {
   /// Sets the home folder and the temporary folder of this process and its children to a new
   /// folder.
   AppKitEnvironment();
-  /// Kills all descendants of this process and deletes the folder.
+  /// Kills all descendants of this process and deletes the folder. Does not restore the previous
+  /// folders.
   ~AppKitEnvironment();
 
  private:

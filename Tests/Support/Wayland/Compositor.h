@@ -29,7 +29,7 @@ class Compositor : NonCopyable {
   /// Moves the upper left corner of the window to this point of the screen.
   virtual void moveWindow(const std::string& title, int x, int y) const = 0;
   /// The display name for X clients. The compositor starts Xwayland when the first X client
-  /// connects.
+  /// connects. Throws if the compositor was started without Xwayland.
   [[nodiscard]] virtual std::string xwaylandDisplay() const = 0;
 
   /// The pixels that the screen shows.
@@ -44,7 +44,7 @@ class Compositor : NonCopyable {
   void releaseButton() { user_.releaseButton(); }
   /// Moves the pointer of the seat from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
-  /// The user of the compositor: a client of the X server that shows the screen.
+  /// Acts as the user of the compositor. This client is connected to the Xvfb server.
   [[nodiscard]] XClient& user() { return user_; }
   /// Kills the compositor with SIGKILL, like a crash.
   void kill() { process_.kill(); }
@@ -69,7 +69,7 @@ enum class CompositorKind : std::uint8_t { Sway, Weston };
 
 /// Starts a compositor and waits until it accepts clients.
 std::unique_ptr<Compositor> startCompositor(CompositorKind kind);
-/// Starts a compositor that also starts Xwayland.
+/// Does the same as `startCompositor`, with a compositor that also starts Xwayland.
 std::unique_ptr<Compositor> startCompositorWithXwayland(CompositorKind kind);
 
 /// "Sway" or "Weston", for names of tests.

@@ -48,7 +48,8 @@ HiddenGlobal::~HiddenGlobal() {
 
 int HiddenGlobal::count() { return hiddenCount; }
 
-// The linker option --wrap gives these functions their names.
+// The linker option --wrap redirects calls of `wl_proxy_add_listener` to the function with the
+// prefix `__wrap_`. The name with the prefix `__real_` is the function of libwayland.
 extern "C" {
 using Implementation = void (**)();
 int __real_wl_proxy_add_listener(wl_proxy* proxy, Implementation implementation, void* data);

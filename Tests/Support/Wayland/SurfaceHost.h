@@ -42,9 +42,9 @@ class SurfaceHost : NonCopyable {
 
   [[nodiscard]] CGSize size() const { return size_; }
   [[nodiscard]] bool isAskedToClose() const { return isAskedToClose_; }
-  /// The number of pointer buttons that were pressed in the surface of the host.
+  /// How many times a pointer button was pressed in the surface of the host.
   [[nodiscard]] int presses() const { return presses_; }
-  /// The number of pointer buttons that were pressed in other surfaces of the connection.
+  /// How many times a pointer button was pressed in other surfaces of the connection.
   [[nodiscard]] int pressesElsewhere() const { return pressesElsewhere_; }
   /// True if the seat has a touch screen.
   [[nodiscard]] bool hasTouch() const { return touch_ != nullptr; }

@@ -32,7 +32,8 @@ constexpr std::string_view kConfiguration =
     "focus-animation=none\n"
     "locking=false\n";
 
-/// Sends a command to the module in weston. Returns true if the command has succeeded.
+/// Sends a command to weston-control.c, which weston loads as a module. Returns true if the command
+/// has succeeded.
 bool sendCommand(const std::filesystem::path& socketName, const std::string& command) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -70,8 +71,8 @@ Weston::Weston(const Options& options) {
   if (options.hasXwayland) {
     command.emplace_back("--xwayland");
   }
-  // While weston starts, the pointer must be outside its window. weston may miss a position inside,
-  // but reads the position when the pointer enters its window later.
+  // The pointer stays outside weston's window while weston starts. Inside the window, weston may
+  // miss the pointer's position. weston reads the position when the pointer enters the window later.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
@@ -84,7 +85,8 @@ Weston::Weston(const Options& options) {
   // weston gives its clients the keyboard only while its own window has the focus of the X server.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
-  // weston handles the event of the focus before or right after the first command.
+  // weston handles the focus event before or right after the first command. So it has handled the
+  // event when the second command succeeds.
   run("check");
   run("check");
 }
@@ -117,6 +119,7 @@ std::string Weston::xwaylandDisplay() const {
   std::string name;
   const bool hasName = eventually([&] {
     std::ifstream log(folder() / "log");
+    // If the last line has no line end, weston is still writing it.
     for (std::string line; name.empty() && std::getline(log, line) && !log.eof();) {
       if (const std::size_t position = line.find(kLine); position != std::string::npos) {
         name = line.substr(position + kLine.size());

@@ -22,7 +22,7 @@ class Sway:
 
     The screen of sway is 1024 by 768 pixels and begins at the upper left corner of the X screen. New
     windows are centred, have no frame and get the focus. sway does not run as root, so root starts it
-    as the user nobody. All processes end with this object.
+    as the user nobody. `close` ends all processes that this object started.
     """
 
     def __init__(self, display=""):

@@ -45,11 +45,11 @@ bool FrameRecorder::readEvents() {
     if (x11::typeOf(*event) != damageNotifyType_) {
       continue;
     }
-    const xcb_rectangle_t area = x11::eventAs<xcb_damage_notify_event_t>(*event).area;
-    const int left = std::max<int>(area.x, area_.x);
-    const int top = std::max<int>(area.y, area_.y);
-    const int right = std::min(area.x + area.width, area_.x + area_.width);
-    const int bottom = std::min(area.y + area.height, area_.y + area_.height);
+    const xcb_rectangle_t drawnArea = x11::eventAs<xcb_damage_notify_event_t>(*event).area;
+    const int left = std::max<int>(drawnArea.x, area_.x);
+    const int top = std::max<int>(drawnArea.y, area_.y);
+    const int right = std::min(drawnArea.x + drawnArea.width, area_.x + area_.width);
+    const int bottom = std::min(drawnArea.y + drawnArea.height, area_.y + area_.height);
     if (left < right && top < bottom) {
       newDrawings_.push_back({left - area_.x, top - area_.y, right - left, bottom - top});
       takePicture();
