@@ -72,7 +72,7 @@ Weston::Weston(const Options& options) {
     command.emplace_back("--xwayland");
   }
   // The pointer stays outside weston's window while weston starts. Inside the window, weston may
-  // miss the pointer's position. weston reads the position when the pointer enters the window later.
+  // miss the pointer's position. weston reads the position when the pointer enters later.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
