@@ -28,7 +28,7 @@ class TestDisplay : public NonCopyable {
   virtual void ownerDestroysWindow(WindowHandle window) = 0;
   virtual void serverClosesConnection() = 0;
   /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
-  /// all controls. Returns no value if the display has no windows of other programs.
+  /// all controls. Returns no value if the back end cannot adopt windows.
   virtual std::optional<NativeWindow> openForeignWindow() = 0;
 };
 
@@ -38,7 +38,7 @@ struct Backend {
   std::unique_ptr<TestDisplay> (*open)();
   /// True if the back end can adopt windows of other programs.
   bool adoptsWindows;
-  /// True if `picture` can capture windows.
+  /// True if the back end has a screen, which `picture` captures.
   bool hasScreen;
   /// True if `requestMiniaturized` has an effect.
   bool miniaturizes;
@@ -48,7 +48,7 @@ struct Backend {
   /// back end reports it.
   bool reportsDestruction;
   /// True if each change of the style mask causes a `controlsKept` report. The report names the
-  /// controls that the new style mask lacks but that the window manager still offers.
+  /// controls that the window manager still offers although the new style mask excludes them.
   bool reportsControlsKept;
   /// True if the process survives a lost connection to the display, and the back end reports it.
   bool reportsLostDisplay;

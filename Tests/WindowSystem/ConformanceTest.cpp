@@ -66,7 +66,7 @@ TEST_P(Conformance, EachWindowHasItsOwnHandle) {
   EXPECT_NE(firstWindow, secondWindow);
 }
 
-TEST_P(Conformance, AWindowThatHasNotBeenShownCausesNoReports) {
+TEST_P(Conformance, RequestingTheFocusOfAWindowThatHasNotBeenShownReportsNothing) {
   system().requestFocus(create());
   deliver();
   EXPECT_THAT(reports.lines, IsEmpty());
@@ -86,7 +86,7 @@ TEST_P(Conformance, OperationsOnAReleasedWindowDoNothing) {
   EXPECT_THAT(reports.lines, Not(Contains(testing::HasSubstr(nameOf(window)))));
 }
 
-TEST_P(Conformance, OperationsOnADestroyedWindowDoNothing) {
+TEST_P(Conformance, OperationsOnADestroyedWindowDoNothingIfTheBackEndReportsDestruction) {
   const WindowHandle window = openFocused();
   display->ownerDestroysWindow(window);
   if (!GetParam().reportsDestruction) {
@@ -171,7 +171,7 @@ TEST_P(Conformance, AFrameSetByAnotherProgramIsReported) {
   }));
 }
 
-TEST_P(Conformance, ACloseRequestDoesNotCloseTheWindow) {
+TEST_P(Conformance, ACloseRequestIsReportedAndDoesNotDestroyTheWindow) {
   const WindowHandle window = openFocused();
   display->userClosesWindow(window);
   EXPECT_TRUE(waitFor("close requested " + nameOf(window)));
@@ -188,7 +188,8 @@ TEST_P(Conformance, AWindowWithoutACloseControlReportsNoCloseRequest) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-// Kept controls are those that the new style mask lacks but that the window manager still offers.
+// Kept controls are those that the window manager still offers although the style mask excludes
+// them.
 TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndSupportsThis) {
   const WindowHandle window = openFocused();
   system().setStyleMask(window, NSWindowStyleMaskTitled);
@@ -201,7 +202,7 @@ TEST_P(Conformance, KeptControlsAreReportedIfTheBackEndSupportsThis) {
   }
 }
 
-TEST_P(Conformance, MiniaturizingIsReportedIfTheBackEndMiniaturizes) {
+TEST_P(Conformance, MiniaturizingAndDeminiaturizingAreReportedOnceEachIfTheBackEndMiniaturizes) {
   const WindowHandle window = openFocused();
   system().requestMiniaturized(window, true);
   if (!GetParam().miniaturizes) {
@@ -309,12 +310,13 @@ TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
 TEST_P(Conformance, DeliverEventsReturnsFalseWithoutEvents) {
   openFocused();
   // A window manager may send more events for a while after it has set the focus. So the test
-  // delivers events until no more arrive.
+  // delivers events until no more arrive. A deadline of 0 means that `deliverEvents` must run
+  // again.
   EXPECT_TRUE(deliverUntil(
       system(), [this] { return !system().deliverEvents() && system().nextDeadline() > 0; }));
 }
 
-TEST_P(Conformance, AnEventIsReportedAtOnceOrEndsAWait) {
+TEST_P(Conformance, AResizeByAnotherProgramIsReportedAtOnceOrEndsTheWaitForInput) {
   const WindowHandle window = openFocused();
   display->otherProgramResizes(window, {400, 260});
   const bool isReportedAtOnce = reports.count("frame") > 0;

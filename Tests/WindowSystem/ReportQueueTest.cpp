@@ -12,8 +12,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr auto kFirst = static_cast<WindowHandle>(1);
-constexpr auto kSecond = static_cast<WindowHandle>(2);
+constexpr auto kFirstWindow = static_cast<WindowHandle>(1);
+constexpr auto kSecondWindow = static_cast<WindowHandle>(2);
 
 ReportQueue::Report focusMovedTo(WindowHandle window) {
   return [window](WindowSystemDelegate& delegate) { delegate.focusMoved(window); };
@@ -28,42 +28,42 @@ class ReportQueueTest : public testing::Test {
 };
 
 TEST_F(ReportQueueTest, AddingAReportDoesNotCallTheDelegate) {
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_THAT(reports_.lines, IsEmpty());
   EXPECT_FALSE(queue_->isEmpty());
 }
 
 TEST_F(ReportQueueTest, ReportsAreDeliveredInTheOrderOfAdding) {
-  queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));
   queue_->add([](WindowSystemDelegate& delegate) { delegate.applicationDeactivated(); });
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_TRUE(queue_->deliver());
-  EXPECT_THAT(reports_.lines,
-              ElementsAre("focus " + nameOf(kSecond), "deactivated", "focus " + nameOf(kFirst)));
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kSecondWindow), "deactivated",
+                                          "focus " + nameOf(kFirstWindow)));
   EXPECT_TRUE(queue_->isEmpty());
 }
 
 TEST_F(ReportQueueTest, DeliveringAnEmptyQueueReturnsFalse) { EXPECT_FALSE(queue_->deliver()); }
 
 TEST_F(ReportQueueTest, EachReportIsDeliveredOnce) {
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_TRUE(queue_->deliver());
   EXPECT_FALSE(queue_->deliver());
-  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst)));
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirstWindow)));
 }
 
-TEST_F(ReportQueueTest, RemovesTheReportsOfOneWindow) {
-  queue_->add(kFirst, focusMovedTo(kFirst));
-  queue_->add(kSecond, focusMovedTo(kSecond));
-  queue_->add(kFirst, focusMovedTo(kFirst));
-  queue_->removeReports(kFirst);
+TEST_F(ReportQueueTest, RemoveReportsRemovesTheReportsOfOneWindow) {
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
+  queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
+  queue_->removeReports(kFirstWindow);
   queue_->deliver();
-  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kSecond)));
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kSecondWindow)));
 }
 
 TEST_F(ReportQueueTest, WithoutADelegateReportsAreDiscarded) {
   queue_->setDelegate(nullptr);
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_TRUE(queue_->deliver());
   queue_->setDelegate(&reports_);
   EXPECT_FALSE(queue_->deliver());
@@ -71,22 +71,23 @@ TEST_F(ReportQueueTest, WithoutADelegateReportsAreDiscarded) {
 }
 
 TEST_F(ReportQueueTest, AReportAddedDuringDeliveryIsDeliveredToo) {
-  queue_->add(kFirst, [this](WindowSystemDelegate& delegate) {
-    delegate.focusMoved(kFirst);
-    queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->add(kFirstWindow, [this](WindowSystemDelegate& delegate) {
+    delegate.focusMoved(kFirstWindow);
+    queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));
   });
   queue_->deliver();
-  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst), "focus " + nameOf(kSecond)));
+  EXPECT_THAT(reports_.lines,
+              ElementsAre("focus " + nameOf(kFirstWindow), "focus " + nameOf(kSecondWindow)));
 }
 
 TEST_F(ReportQueueTest, TheDelegateMayRemoveReportsDuringDelivery) {
-  queue_->add(kFirst, [this](WindowSystemDelegate& delegate) {
-    delegate.focusMoved(kFirst);
-    queue_->removeReports(kSecond);
+  queue_->add(kFirstWindow, [this](WindowSystemDelegate& delegate) {
+    delegate.focusMoved(kFirstWindow);
+    queue_->removeReports(kSecondWindow);
   });
-  queue_->add(kSecond, focusMovedTo(kSecond));
+  queue_->add(kSecondWindow, focusMovedTo(kSecondWindow));
   queue_->deliver();
-  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirst)));
+  EXPECT_THAT(reports_.lines, ElementsAre("focus " + nameOf(kFirstWindow)));
 }
 
 TEST_F(ReportQueueTest, TheDelegateMayDestroyTheQueueDuringDelivery) {
@@ -94,7 +95,7 @@ TEST_F(ReportQueueTest, TheDelegateMayDestroyTheQueueDuringDelivery) {
     delegate.displayLost("test");
     queue_.reset();
   });
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   EXPECT_TRUE(queue_->deliver());
   EXPECT_EQ(queue_, nullptr);
   EXPECT_EQ(reports_.lines.size(), 1U);
@@ -105,7 +106,7 @@ TEST_F(ReportQueueTest, ADelegateThatRemovesItselfReceivesNoMoreReports) {
     delegate.applicationDeactivated();
     queue_->setDelegate(nullptr);
   });
-  queue_->add(kFirst, focusMovedTo(kFirst));
+  queue_->add(kFirstWindow, focusMovedTo(kFirstWindow));
   queue_->deliver();
   EXPECT_THAT(reports_.lines, ElementsAre("deactivated"));
 }

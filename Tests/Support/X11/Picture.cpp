@@ -31,7 +31,7 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
 }
 
 // A compositor draws the pointer, which rests in the lower right corner of the screen. Gives this
-// corner the colours of the pixels beside it.
+// corner the colours of the pixels to the left of it. The picture shows `area` of the screen.
 void hidePointer(Picture& picture, PixelRect area, PixelRect screen) {
   constexpr int kPointerSide = 24;
   const int left = screen.width - kPointerSide - area.x;
@@ -129,10 +129,10 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 Picture XClient::screenPicture(PixelRect area) const {
   if (user_ != nullptr) {
     // A compositor may place a window partly outside the screen.
-    const PixelRect screen = user_->screenArea();
+    const PixelRect usersScreen = user_->screenArea();
     const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
-                            area.x + area.width <= screen.width &&
-                            area.y + area.height <= screen.height;
+                            area.x + area.width <= usersScreen.width &&
+                            area.y + area.height <= usersScreen.height;
     if (!isOnScreen) {
       return {};
     }

@@ -44,12 +44,13 @@ void waitForManager(const std::string& name, XClient& client) {
       throw std::runtime_error(name + " does not start");
     }
     client.unmap(probe);
-    if (!client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty()) {
+    const bool hasManager = !client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty();
+    if (hasManager) {
       client.map(probe);
     }
     waitForInput(xcb_get_file_descriptor(client.connection()),
                  steadyNow() + kNanosecondsPerSecond / 20);
-    client.takeEventTypes();
+    client.takeEventTypes();  // discards the events
   }
   client.destroy(probe);
 }

@@ -18,9 +18,8 @@ namespace vel::test {
 
 class Compositor;
 
-/// The window manager of a test. Window managers differ in the controls that they still offer for a
-/// covered window. The last two are Wayland compositors, which manage the windows of X clients on
-/// their Xwayland server.
+/// The window manager of a test. The last two are Wayland compositors, which manage the windows of
+/// X clients on their Xwayland server.
 enum class Manager : std::uint8_t {
   None,
   Metacity,
@@ -33,7 +32,7 @@ enum class Manager : std::uint8_t {
   XwaylandWeston
 };
 
-/// "Metacity" or "WithoutAManager", for names of tests.
+/// The name of the manager for test names, such as "Metacity". "WithoutAManager" for `None`.
 std::string nameOf(Manager manager);
 inline void PrintTo(Manager manager, std::ostream* out) { *out << nameOf(manager); }
 inline std::string nameOfManager(const testing::TestParamInfo<Manager>& testInfo) {
@@ -57,8 +56,8 @@ struct ManagerFeatures {
 };
 ManagerFeatures featuresOf(Manager manager);
 
-/// Returns these window managers, and the compositors with Xwayland. A build without the Wayland
-/// back end has no such compositors.
+/// Returns `managers` and the compositors with Xwayland. In a build without the Wayland back end,
+/// returns only `managers`.
 std::vector<Manager> withXwayland(std::vector<Manager> managers);
 
 /// Starts a window manager and waits until it manages windows. `client` opens a window to check
@@ -88,12 +87,13 @@ class X11Test : public testing::Test {
   /// manager time to react.
   void deliverFor(double seconds);
 
-  /// Returns true if the screen shows only this colour in the window's area. A compositor shows
-  /// what Xwayland has drawn some time later. So under a compositor, this function waits until the
-  /// screen shows only this colour, and then checks for a short time that the colour stays.
+  /// Returns true if the screen shows only this colour in the window's area. A compositor updates
+  /// the screen some time after a client has drawn. So under a compositor, this function waits
+  /// until the screen shows only this colour, and then checks for a short time that the colour
+  /// stays.
   bool showsOnly(std::uint32_t color, xcb_window_t window) const;
-  /// The user gives the focus to the window, which has the title `title`. Waits until the window
-  /// has the focus.
+  /// Gives the focus to the window, as a user does, and waits until the window has it. `title` is
+  /// the title of the window.
   void giveFocus(xcb_window_t window, const std::string& title);
 
   /// Creates a window of the back end and waits until it is viewable.

@@ -333,9 +333,8 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   waitForServer();
 }
 
-// Waits, because the server processes fake input some time after the request. Xwayland receives
-// input only for the windows of its clients, so the wait ends after a time if the pointer is
-// elsewhere.
+// Waits until the server has processed the simulated input. Xwayland receives no input while the
+// pointer is outside the windows of its clients. The wait then ends after a second.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
@@ -351,8 +350,9 @@ void XClient::waitForPointer(
   }
 }
 
-// Xwayland keeps the last position while the pointer is outside the windows of its clients, and
-// this position can be the new one. So the pointer first moves beside the new position.
+// While the pointer is outside the windows of its clients, Xwayland returns the last position that
+// it received. If this position is (x, y), waiting for (x, y) would end before the pointer moves.
+// So the pointer first moves to (x + 1, y).
 void XClient::movePointer(int x, int y) {
   const auto waitForPosition = [this](int expectedX, int expectedY) {
     waitForPointer([=](const xcb_query_pointer_reply_t& pointer) {
@@ -396,7 +396,7 @@ void XClient::click(int x, int y) {
   pressButton();
   releaseButton();
   if (user_ != nullptr) {
-    // A compositor draws the pointer. `screenPicture` ignores this corner of the screen.
+    // A compositor draws the pointer. `screenPicture` hides a pointer in the lower right corner.
     const PixelRect screen = screenArea();
     user_->movePointer(screen.width - 1, screen.height - 1);
   }
@@ -435,9 +435,9 @@ std::map<std::string, unsigned> XClient::clientResourceCounts(xcb_window_t windo
       connection_, xcb_res_query_client_resources(connection_, window), nullptr));
   std::map<std::string, unsigned> counts;
   if (reply != nullptr) {
-    for (auto next = xcb_res_query_client_resources_types_iterator(reply.get()); next.rem > 0;
-         xcb_res_type_next(&next)) {
-      counts[nameOf(connection_, next.data->resource_type)] = next.data->count;
+    for (auto types = xcb_res_query_client_resources_types_iterator(reply.get()); types.rem > 0;
+         xcb_res_type_next(&types)) {
+      counts[nameOf(connection_, types.data->resource_type)] = types.data->count;
     }
   }
   return counts;

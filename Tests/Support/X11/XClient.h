@@ -46,9 +46,10 @@ class XClient : NonCopyable {
   explicit XClient(const std::string& display);
   ~XClient();
 
-  /// Call this if the server is the Xwayland of a compositor. `user` is a client of the X server
-  /// that shows the screen of the compositor. Pictures of the screen, the pointer and the keyboard
-  /// then are those of `user`. The position of both screens must be the same.
+  /// Call this if the server is the Xwayland of a compositor. The compositor runs in a window of
+  /// another X server, and `user` is a client of that server. From this call on, this object uses
+  /// `user` to capture the screen, to move the pointer and to press keys. A point must have the
+  /// same coordinates on both servers.
   void setUser(XClient& user) { user_ = &user; }
 
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
@@ -119,9 +120,9 @@ class XClient : NonCopyable {
 
   /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
-  /// The pixels of the screen in the window's area. If `setUser` has been called, the picture is
-  /// empty if the area is not on the screen, and it does not contain the lower right corner of the
-  /// screen, where the pointer rests.
+  /// The pixels of the screen in the window's area. After `setUser`, the picture is empty unless
+  /// the whole area is on the screen, and it does not show the pointer in the lower right corner of
+  /// the screen.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
@@ -138,7 +139,8 @@ class XClient : NonCopyable {
   /// The server's time in milliseconds. `window` must be a window of this client.
   [[nodiscard]] xcb_timestamp_t serverTime(xcb_window_t window);
 
-  /// The number of server resources of each type that belong to the client that created `window`.
+  /// Counts the server resources of the client that created `window`. The keys are the names of the
+  /// resource types.
   [[nodiscard]] std::map<std::string, unsigned> clientResourceCounts(xcb_window_t window) const;
 
  private:

@@ -16,8 +16,9 @@ namespace vel::test {
 
 namespace {
 
-// Without a compositor, the screen shows each drawing immediately, and windows have no shadows.
-constexpr std::string_view kSettings =
+// Without Metacity's compositor, the screen shows each drawing immediately, and windows have no
+// shadows.
+constexpr std::string_view kMetacityAndMarcoSettings =
     "[org/gnome/metacity]\ncompositor='none'\n"
     "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n"
     "[org/mate/marco/general]\nbutton-layout=':minimize,maximize,close'\n";
@@ -44,7 +45,7 @@ void writeFile(const std::filesystem::path& file, std::string_view text) {
 
 XServer::XServer(NoProcess /*tag*/, std::string display)
     : settings_(makeFolder()), display_(std::move(display)) {
-  writeFile(settings_ / "glib-2.0/settings/keyfile", kSettings);
+  writeFile(settings_ / "glib-2.0/settings/keyfile", kMetacityAndMarcoSettings);
   writeFile(settings_ / ".icewm/preferences", kIceWMSettings);
   writeFile(settings_ / ".fluxbox/init", kFluxboxSettings);
   writeFile(settings_ / ".fluxbox/overlay", kFluxboxStyle);

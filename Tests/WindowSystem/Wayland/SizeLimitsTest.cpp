@@ -18,7 +18,8 @@ constexpr CGSize kLargeSize{400, 260};
 constexpr int kBorder = 20;
 constexpr int kDragDistance = 60;
 
-/// The window of a host with a border around it. The user can drag the border to resize the window.
+/// The window of a host. The compositor draws a border around the window, and the user drags the
+/// border to resize the window.
 class WaylandSizeLimits : public testing::Test {
  protected:
   WaylandSizeLimits() {
@@ -37,6 +38,7 @@ class WaylandSizeLimits : public testing::Test {
       return condition();
     });
   }
+  /// The area of the host's window on the screen, without the border. The window is green.
   [[nodiscard]] PixelRect hostArea() const {
     Picture picture = sway.picture();
     for (std::uint32_t& pixel : picture.pixels) {
@@ -80,14 +82,14 @@ TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
   EXPECT_TRUE(waitFor([this] { return host.size().width > kSize.width; }));
 }
 
-TEST_F(WaylandSizeLimits, TheLimitsFollowTheSizeThatTheOwnerReports) {
+TEST_F(WaylandSizeLimits, SetFrameSetsTheLimitsToTheNewSize) {
   ASSERT_TRUE(hasSizeOnScreen(kSize));
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
   sway.resizeWindow("game", static_cast<int>(kLargeSize.width) + 2 * kBorder,
                     static_cast<int>(kLargeSize.height) + 2 * kBorder);
   ASSERT_TRUE(hasSizeOnScreen(kLargeSize));
   system->setFrame(window.handle, {{}, kLargeSize});
-  host.draw();
+  host.draw();  // commits the surface, which applies the new limits
   dragCorner();
   EXPECT_EQ(host.size(), kLargeSize);
 }
