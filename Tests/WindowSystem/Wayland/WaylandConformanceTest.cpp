@@ -41,7 +41,8 @@ class WaylandDisplay final : public TestDisplay {
     compositor_->closeWindow(nameWindow(window));
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
-    // The compositor sets the size including the frame.
+    // The compositor sets the size including the frame. The back end draws frames only on a
+    // connection of its own.
     const int titleHeight = host_ == nullptr ? kTitleHeight : 0;
     compositor_->resizeWindow(nameWindow(window), static_cast<int>(size.width),
                               static_cast<int>(size.height) + titleHeight);

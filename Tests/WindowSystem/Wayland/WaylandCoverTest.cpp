@@ -109,7 +109,7 @@ TEST_P(WaylandCover, AnAdoptedSurfaceIsAPlayerWindowWithTheHostsSizeAndFocus) {
   EXPECT_TRUE(window.hasFocus);
 }
 
-TEST_P(WaylandCover, TheCoverFillsAHostThatDoesNotCommitToTheLastPixel) {
+TEST_P(WaylandCover, TheCoverHasExactlyTheSizeOfAHostThatDoesNotCommit) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -180,11 +180,11 @@ TEST_P(WaylandCover, LosingAndRegainingTheFocusIsReported) {
   ASSERT_TRUE(becomes(kWhite));
   ASSERT_THAT(reports.lines, IsEmpty());
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
-  const std::string focus = "focus " + nameOf(window.handle);
+  const std::string focusReport = "focus " + nameOf(window.handle);
   ASSERT_TRUE(waitFor([this] { return reports.contains("focus 0x0"); }));
   compositor->focusWindow("game");
   ASSERT_TRUE(waitFor([&] { return reports.count("activated") > 0; }));
-  EXPECT_EQ(reports.lines, (std::vector<std::string>{"deactivated", "focus 0x0", focus,
+  EXPECT_EQ(reports.lines, (std::vector<std::string>{"deactivated", "focus 0x0", focusReport,
                                                      "activated " + nameOf(window.handle)}));
 }
 
@@ -217,7 +217,7 @@ TEST_P(WaylandCover, TheHostReceivesNoEventsForOutputsThatItHasNotBound) {
   EXPECT_EQ(host->outputEntries(), 0);
 }
 
-TEST_P(WaylandCover, TheQueueIsReadEvery50MillisecondsWhileACoverIsShown) {
+TEST_P(WaylandCover, TheNextDeadlineIsWithin50MillisecondsWhileACoverIsShown) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -226,7 +226,7 @@ TEST_P(WaylandCover, TheQueueIsReadEvery50MillisecondsWhileACoverIsShown) {
   EXPECT_TRUE(waitFor([this] { return system->nextDeadline() == kNever; }));
 }
 
-TEST_P(WaylandCover, TheQueueIsReadEvery50MillisecondsWhileAWindowOfTheLibraryIsShown) {
+TEST_P(WaylandCover, TheNextDeadlineIsWithin50MillisecondsWhileAWindowOfTheLibraryIsShown) {
   ASSERT_TRUE(becomes(kGreen));
   adopt();
   const WindowHandle sheet = system->createWindow(

@@ -146,7 +146,7 @@ TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
-  // The registries of the host and of the back end.
+  // Without viewporter: it is hidden from the registries of the host and of the back end.
   EXPECT_EQ(HiddenGlobal::count(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
@@ -189,17 +189,17 @@ TEST(WaylandFractionalScale, TheCoverHidesEachPixelOfTheHost) {
     return area.width >= 448 && area.height >= 298;
   }));
   covered.system->setScene(covered.handle, white(kSize));
-  int otherPixels = -1;
+  int uncoveredPixels = -1;
   EXPECT_TRUE(covered.waitFor([&] {
     const Picture picture = sway.picture(kFirstOutput);
-    otherPixels = 0;
+    uncoveredPixels = 0;
     for (int y = 0; y < picture.height; ++y) {
       for (int x = 0; x < picture.width; ++x) {
-        otherPixels += before.at(x, y) == kGreen && picture.at(x, y) != kWhite ? 1 : 0;
+        uncoveredPixels += before.at(x, y) == kGreen && picture.at(x, y) != kWhite ? 1 : 0;
       }
     }
-    return otherPixels == 0;
-  })) << otherPixels;
+    return uncoveredPixels == 0;
+  })) << uncoveredPixels;
   sway.picture(kFirstOutput).save("wayland-fractional-scale");
 }
 
@@ -209,7 +209,8 @@ TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSize)
   const auto compositor = startCompositor(GetParam());
   const HiddenGlobal hidden("wp_viewporter");
   CoveredHost covered(*compositor);
-  EXPECT_EQ(HiddenGlobal::count(), 2);  // the registries of the host and of the back end
+  // Viewporter is hidden from the registries of the host and of the back end.
+  EXPECT_EQ(HiddenGlobal::count(), 2);
   ASSERT_TRUE(covered.showsWindow(*compositor, kGreen, kSize));
   covered.system->setScene(covered.handle, white(kSize));
   EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));

@@ -88,7 +88,8 @@ TEST_P(Xwayland, TheCoverFollowsTheSizeOfTheWindow) {
   system->setScene(handle, white({500, 320}));
   ASSERT_TRUE(becomesWhite(area));
   client.configure(game, {100, 100, 600, 400});
-  // The compositor centres the window again. The odd height of a frame can move it by one pixel.
+  // The compositor centres the window again. If the height of the frame is odd, the window can be
+  // one pixel off. So the checked area is one pixel smaller on each side.
   EXPECT_TRUE(becomesWhite({area.x - 50 + 1, area.y - 40 + 1, 600 - 2, 400 - 2}));
   system = nullptr;
   EXPECT_TRUE(becomesGreen(600, 400));

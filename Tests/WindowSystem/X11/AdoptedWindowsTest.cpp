@@ -83,11 +83,11 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
+  // One of these 19 ids belongs to the helper window that `requestFocus` uses.
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
-  // One of the refused ids belongs to the helper window that `requestFocus` uses. The back end must
-  // still be able to use that window.
+  // The back end must still be able to use the helper window.
   system().requestFocus(ownWindow);
   deliver();
 }

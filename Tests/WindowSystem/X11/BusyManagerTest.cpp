@@ -20,7 +20,7 @@ class X11BusyManager : public X11Test {
 
 // xfwm4 ignores the deletion of hints. So the back end must not delete the hints before xfwm4 has
 // read the value that allows all controls.
-TEST_F(X11BusyManager, RestoresTheControlsEvenIfItReadsTheHintsLate) {
+TEST_F(X11BusyManager, TheControlsAreRestoredEvenIfTheManagerReadsTheHintsLate) {
   const xcb_window_t game = client.openGameWindow(kGame, kGreen);
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   deliverFor(0.2);  // xfwm4 adds its frame

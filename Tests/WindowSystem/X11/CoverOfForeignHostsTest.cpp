@@ -21,7 +21,7 @@ constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
 constexpr PixelRect kInsideGame{300, 250, 400, 200};
-constexpr int kPictures = 40;
+constexpr int kPictureCount = 40;
 
 /// Fills a window and all windows inside it, like a program that draws with IncludeInferiors.
 class InferiorsPainter {
@@ -93,8 +93,8 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
   int countPicturesThatAreNotWhite() {
     int count = 0;
     // Pictures of the screen of a compositor take longer.
-    const int pictures = compositor == nullptr ? kPictures : kPictures / 4;
-    for (int i = 0; i < pictures; ++i) {
+    const int pictureCount = compositor == nullptr ? kPictureCount : kPictureCount / 4;
+    for (int i = 0; i < pictureCount; ++i) {
       deliverFor(0.003);
       count += client.screenPicture(game).isAll(kWhite) ? 0 : 1;
     }
@@ -158,7 +158,7 @@ TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildren) {
   EXPECT_TRUE(isWhite());
 }
 
-TEST_P(X11CoverOfForeignHost, HidesWhatTheHostDrawsOverItsChildrenAtEachFrame) {
+TEST_P(X11CoverOfForeignHost, HidesWhatTheHostRepeatedlyDrawsOverItsChildren) {
   cover();
   const Repetition drawing(server.display(),
                            [this](XClient& drawer) { InferiorsPainter(drawer, game).paint(); });
@@ -188,7 +188,7 @@ TEST_P(X11CoverOfForeignHost, HidesChildrenThatTheHostRaises) {
   EXPECT_EQ(countPicturesThatAreNotWhite(), 0);
 }
 
-TEST_P(X11CoverOfForeignHost, HidesNewChildrenAtOnce) {
+TEST_P(X11CoverOfForeignHost, HidesNewChildrenBeforeTheBackEndHandlesEvents) {
   cover();
   const xcb_window_t child = client.makeWindow({50, 50, 100, 100}, kRed, game);
   client.map(child);

@@ -26,7 +26,7 @@ class X11Cover : public X11Test {
   }
 };
 
-TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndNowhereElse) {
+TEST_F(X11Cover, IsWhiteEverywhereInTheWindowAndItsRemovalRestoresTheScreen) {
   const Picture screenBefore = client.screenPicture(PixelRect{0, 0, 1280, 960});
   EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
   cover();
@@ -47,7 +47,7 @@ TEST_F(X11Cover, IsOnTheScreenWhileTheWindowIsMapped) {
   EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
 }
 
-TEST_F(X11Cover, IsNotOnTheScreenInAWindowOfTheBackEndThatIsHidden) {
+TEST_F(X11Cover, IsNotOnTheScreenInAHiddenOrReleasedWindowOfTheBackEnd) {
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Own", .title = "", .frame = {{200, 300}, {300, 200}}});
   system().setScene(ownWindow, whiteScene({300, 200}));
@@ -184,7 +184,7 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
 // The overlay is the part of the cover that lies above the window, inside the window manager's
 // frame. A window manager gives a transparent window a frame with an alpha channel. If the window
 // fills its frame and the overlay has no alpha channel, the server needs gigabytes for the overlay.
-TEST_F(X11Cover, HasTheVisualOfTheFrameAroundATransparentWindow) {
+TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrameAroundATransparentWindow) {
   const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
   const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);
   const AdoptedWindow adoptedWindow = adopt(transparentWindow);
@@ -225,7 +225,7 @@ TEST_F(X11Cover, LeavesNoResourcesOnTheServer) {
   EXPECT_TRUE(client.children(game).empty());
 }
 
-/// The cover and the input of a user, also under window managers.
+/// The cover and the input of a user, also on Xwayland.
 class X11CoverAndInput : public X11Test, public testing::WithParamInterface<Manager> {
  protected:
   X11CoverAndInput() : X11Test(GetParam()) {}

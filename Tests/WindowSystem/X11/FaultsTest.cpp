@@ -1,4 +1,4 @@
-// The back end after faults: of the X server, the window manager, the game and the delegate.
+// The back end after faults of the X server, the window manager, the game and the delegate.
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -141,7 +141,7 @@ TEST_F(X11Faults, AnErrorIsLoggedWithTheRequestThatCausedIt) {
                                std::to_string(idOf(ownWindow)) + " failed: BadAccess"));
 }
 
-TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameKeepsItsFocusAndCover) {
+TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameIsFocusedAgainAndStillCovered) {
   startManager(Manager::Metacity);
   const WindowHandle handle = openCoveredGame();
   system().requestFocus(handle);
