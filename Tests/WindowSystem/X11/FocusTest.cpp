@@ -58,8 +58,8 @@ TEST_F(X11Focus, AFocusChangeBetweenAdoptedWindowsKeepsTheApplicationActive) {
 
 TEST_F(X11Focus, TheFocusOfAReleasedWindowIsNotReported) {
   adoptFocusedGame();
-  // The window already has the focus. Without the release, the next `deliverEvents` would report
-  // the focus.
+  // The window already has the focus, so the request only adds a report for the next delivery. The
+  // release must remove this report.
   system().requestFocus(handle);
   system().releaseWindow(handle);
   deliver();
@@ -83,6 +83,7 @@ TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   client.setProperty(client.root(), "_NET_SUPPORTING_WM_CHECK",
                      Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocusedGame();
+  // The back end looks for a window manager before it checks which controls remain.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
   client.focus(otherWindow);
@@ -108,7 +109,7 @@ TEST_F(X11Focus, AFocusChangeDuringAKeyboardGrabIsReported) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
+TEST_F(X11Focus, MovingThePointerIsNotAFocusChangeIfTheFocusIsPointerRoot) {
   client.focus(XCB_INPUT_FOCUS_POINTER_ROOT);
   adopt(game);
   deliver();
@@ -120,7 +121,7 @@ TEST_F(X11Focus, MovingThePointerIsNotAFocusChange) {
   EXPECT_THAT(reports.lines, ElementsAre("deactivated"));
 }
 
-TEST_F(X11Focus, AFocusChangeBetweenChildWindowsIsNotReported) {
+TEST_F(X11Focus, FocusChangesWithinAnAdoptedWindowAreNotReported) {
   const xcb_window_t firstChild = client.makeWindow({0, 0, 50, 50}, 0, game);
   const xcb_window_t secondChild = client.makeWindow({50, 0, 50, 50}, 0, game);
   client.map(firstChild);
@@ -172,7 +173,7 @@ TEST_F(X11Focus, AnUnmappedWindowGetsTheRequestedFocusWhenItIsMapped) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Focus, RequestingTheFocusForTheFocusedWindowReportsItAgain) {
+TEST_F(X11Focus, AFocusRequestForTheFocusedWindowReportsTheFocusAgain) {
   adoptFocusedGame();
   system().requestFocus(handle);
   deliver();

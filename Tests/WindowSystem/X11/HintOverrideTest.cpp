@@ -55,7 +55,7 @@ TEST_F(HintOverrideTest, StoresTheDeletionOfThePropertyByTheOwner) {
   EXPECT_EQ(hintOverride.ownersValue(), std::nullopt);
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesTheBackEndsValue) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesBackAValueOfTheBackEnd) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.recordCurrentValue(hint({3, 640, 5}));
@@ -63,7 +63,8 @@ TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheOwnerWritesTheBackEndsValue) 
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, RemembersThatThePropertyWasMissingWhenTheOwnerWritesTheBackEndsValue) {
+TEST_F(HintOverrideTest,
+       RemembersThatThePropertyWasMissingWhenTheOwnerWritesBackAValueOfTheBackEnd) {
   HintOverride missingHint(std::nullopt, kBitSetCount);
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(missingHint.recordWrite(hint({3, 800, 5})));
@@ -94,7 +95,7 @@ TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfTheOwnerHasReplacedEachEl
   EXPECT_EQ(bitSets.ownersValue(), hint({2, 1, 0}));
 }
 
-TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfItLacksOneOfTheBackEndsChanges) {
+TEST_F(HintOverrideTest, StoresAnOwnersValueUnchangedIfTheOwnerHasReplacedTheBackEndsNumber) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({1 | 2, 640, 5})));
   hintOverride.recordCurrentValue(hint({1 | 2, 641, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 2, 641, 5}));
@@ -124,19 +125,18 @@ TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatTheBackEndsWriteHasReplaced) 
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
-TEST_F(HintOverrideTest, KeepsTheOwnersValueWhenTheBackEndsWriteHasReplacedIt) {
+TEST_F(HintOverrideTest, KeepsTheOwnersValueIfTheBackEndsWriteHasReplacedTheExpectedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   hintOverride.recordReplacedValue(hint({1, 100, 5}), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
-TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAValueThatTheNextWriteHasReplaced) {
+TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValueThatTheBackEndHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
   hintOverride.recordReplacedValue(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
-  // `recordReplacedValue` also corrected the owner's value that was recorded with the earlier
-  // writes.
+  // `recordReplacedValue` also updated the owner's value in the records of the two writes above.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));
   hintOverride.recordCurrentValue(hint({3, 800, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));

@@ -70,7 +70,8 @@ TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
   picture.save("indicator");
 }
 
-// Some window managers do this when a window loses its decorations.
+// When a window loses its decorations, some window managers shrink the window's parent (the frame)
+// to the size of the window.
 TEST_F(X11Indicator, StaysCentredWhenItsWindowBeginsToFillItsParent) {
   const xcb_window_t parent = client.openGameWindow({100, 100, 700, 500}, 0);
   game = client.makeWindow({10, 20, 640, 400}, 0x208040, parent);
@@ -107,7 +108,7 @@ TEST_F(X11Indicator, IsScaledWithXftDpi) {
   picture.save("indicator-at-192-dpi");
 }
 
-TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
+TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
   Picture previousPicture = showAnimated();
   const Nanoseconds start = x11::steadyNow();
   EXPECT_LE(system().nextDeadline(), start + kTurnDuration / kSpokes);
@@ -116,7 +117,8 @@ TEST_F(X11Indicator, TurnsOneSpokeEachTwelfthOfASecondWhileAnimated) {
       return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
     }));
   }
-  // The first step may be due immediately, so twelve steps can take eleven twelfths of a second.
+  // The first step may be due before `start`, so twelve steps can take a little less than eleven
+  // twelfths of a second.
   EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
 }
 

@@ -95,7 +95,8 @@ TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirs
   const xcb_window_t checkWindowBefore = checkWindow();
   const Process newManager =
       server.start({startsWithMetacity ? "openbox" : "metacity", "--sm-disable", "--replace"});
-  // The two managers still offer different controls, so this report is about the new manager.
+  // The new manager does not keep the same controls as the first, so this report is about the new
+  // manager.
   EXPECT_TRUE(waitFor([&] {
     return reports.contains(reportLine("controls kept", handle) +
                             keptControlsSuffix(!startsWithMetacity));
@@ -108,9 +109,9 @@ TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirs
   system().setScene(handle, {});
   system().setStyleMask(handle, 15);
   EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
-  const std::array<std::uint32_t, 18> sizes{1 | 4};
+  const std::array<std::uint32_t, 18> ownersSizeHints{1 | 4};  // USPosition and PPosition
   EXPECT_EQ(client.property(game, "WM_NORMAL_HINTS"),
-            Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, sizes));
+            Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, ownersSizeHints));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kGreen); }));
   EXPECT_THAT(log, IsEmpty());
 }

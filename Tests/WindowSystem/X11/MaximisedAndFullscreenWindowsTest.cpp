@@ -88,7 +88,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, StayFullscreenWhileCoveredAndAfterwards
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
 }
 
-TEST_P(X11MaximisedAndFullscreenWindows, AreMaximisedIfTheOwnerTogglesTheStateWhileCovered) {
+TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACoveredWindow) {
   if (!featuresOf(GetParam()).maximizes) {
     GTEST_SKIP() << kCannotMaximise;
   }
@@ -105,8 +105,9 @@ TEST_P(X11MaximisedAndFullscreenWindows, AreMaximisedIfTheOwnerTogglesTheStateWh
   EXPECT_TRUE(isMaximised());
 }
 
-// The owner revokes its request before the back end has read the request.
-TEST_P(X11MaximisedAndFullscreenWindows, AreNotChangedIfTheOwnerRevokesItsRequest) {
+// The owner revokes its requests before the back end has read them.
+TEST_P(X11MaximisedAndFullscreenWindows,
+       AreNeitherMaximisedNorFullscreenIfTheOwnerRevokesItsRequests) {
   if (compositor != nullptr) {
     GTEST_SKIP() << "not tested on Xwayland";
   }
@@ -124,7 +125,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, AreNotChangedIfTheOwnerRevokesItsReques
         [&](std::string_view state) { return std::ranges::find(states, state) != states.end(); });
   }));
   // openbox makes the window fullscreen at the first request. It does not restore the size of a
-  // window that lacks the function for resizing.
+  // window whose Motif hints do not allow resizing.
   if (GetParam() != Manager::Openbox) {
     EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
   }

@@ -1,5 +1,5 @@
 // X servers without optional extensions. Xvfb can start without Render, but not without Shape. So
-// these tests replace a function of XCB, which then hides extensions.
+// this file replaces a function of XCB to hide Shape and other extensions.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <xcb/damage.h>
@@ -91,8 +91,9 @@ TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
   EXPECT_THAT(log, ElementsAre(kNoIndicators));
 }
 
-// The overlay: a window above the game that hides what the game draws over its child windows. It
-// needs the Shape extension. Without the overlay, a cover consists of child windows of the game.
+// A cover has two parts: child windows of the game, and an overlay, which is a window above the
+// game. The overlay hides what the game draws over its child windows. Without the Shape extension,
+// a cover has no overlay.
 
 class X11NoShape : public X11MissingExtension {
  protected:
@@ -133,7 +134,7 @@ TEST_F(X11NoShape, TheCoverTakesThePointerInput) {
   EXPECT_TRUE(gameReceivesClick());
 }
 
-TEST_F(X11NoShape, TheCoverReturnsAfterTheGameUnmapsOrDestroysItsChildWindows) {
+TEST_F(X11NoShape, TheCoverReturnsAfterTheGameUnmapsOrDestroysTheCoversWindows) {
   for (const bool destroys : {false, true}) {
     for (const xcb_window_t child : client.children(game)) {
       destroys ? client.destroy(child) : client.unmap(child);

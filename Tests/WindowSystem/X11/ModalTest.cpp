@@ -111,7 +111,7 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
 
-TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovable) {
+TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovableByBackground) {
   const WindowHandle modal = openModal();
   system().setMovableByBackground(modal, false);
   deliver();
@@ -146,7 +146,7 @@ TEST_F(X11Modal, WhileAWindowIsModalOtherWindowsReceiveNoClicks) {
   deliver();
   client.takeEventTypes();
   client.click(gameArea.x + 5, gameArea.y + 5);
-  client.click(950, 200);
+  client.click(950, 200);  // inside `ownWindow`
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }

@@ -85,7 +85,7 @@ TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-TEST_F(X11OwnWindows, KeepTheCloseProtocolWithoutACloseControl) {
+TEST_F(X11OwnWindows, ListTheCloseProtocolWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   EXPECT_THAT(client.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
@@ -100,7 +100,7 @@ TEST_F(X11OwnWindows, CanBeMiniaturizedAndDeminiaturized) {
   EXPECT_TRUE(waitFor([&] { return client.isViewable(idOf(window)); }));
 }
 
-TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedByOrderOut) {
+TEST_F(X11OwnWindows, AreNotReportedAsMiniaturizedAfterOrderOut) {
   const WindowHandle window = openPlayer();
   system().orderOut(window);
   EXPECT_TRUE(waitFor([&] { return !client.isViewable(idOf(window)); }));

@@ -32,11 +32,11 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
               HasSubstr("that a window manager uses to announce itself"));
   reports.lines.clear();
   manager.kill();
-  // Without a window manager, the back end sets the focus itself.
   EXPECT_TRUE(waitFor([&] { return !client.exists(checkWindows.front()); }));
   const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);
   client.focus(otherWindow);
   deliver();
+  // Without a window manager, the back end sets the focus itself.
   system().requestFocus(handle);
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game; }));
 }

@@ -10,10 +10,10 @@ namespace {
 
 constexpr std::uint32_t kGameColor = 0x461E5A;  // the background of the game
 
-/// A change that the game makes.
+/// A change that the game makes on SIGUSR1. On the next SIGUSR1, the game undoes the change.
 struct Change {
-  const char* name;
-  const char* argument;
+  const char* name;      // part of the test's name
+  const char* argument;  // an argument of the game's program
   /// Returns true if the game's window has the area that the change requests.
   bool (*isDone)(PixelRect area, PixelRect screen);
 };
@@ -28,7 +28,7 @@ bool isFullscreen(PixelRect area, PixelRect screen) { return area == screen; }
 
 constexpr Change kResize{"SetWindowSize", "resize", isResized};
 constexpr Change kFullscreen{"Fullscreen", "fullscreen", isFullscreen};
-constexpr Change kDesktop{"FullscreenDesktop", "desktop", isFullscreen};
+constexpr Change kFullscreenDesktop{"FullscreenDesktop", "desktop", isFullscreen};
 constexpr Change kMaximize{"MaximizeWindow", "maximise", isMaximized};
 
 struct SdlCase {
@@ -55,7 +55,7 @@ class X11SdlGames : public X11Test, public testing::WithParamInterface<SdlCase> 
       return game != 0 && client.isViewable(game) &&
              client.screenPicture(game).colors().contains(kGameColor);
     }));
-    adopted = adopt(game);
+    adoptedWindow = adopt(game);
   }
   bool becomesWhite() {
     return waitFor([this] { return client.screenPicture(game).isAll(kWhite); });
@@ -66,13 +66,13 @@ class X11SdlGames : public X11Test, public testing::WithParamInterface<SdlCase> 
 
   Process program;
   xcb_window_t game = 0;
-  AdoptedWindow adopted;
+  AdoptedWindow adoptedWindow;
 };
 
 TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   const PixelRect areaBefore = client.areaOnScreen(game);
-  system().setScene(adopted.handle, whiteScene({1280, 960}));
-  system().setStyleMask(adopted.handle, NSWindowStyleMaskTitled);
+  system().setScene(adoptedWindow.handle, whiteScene({1280, 960}));
+  system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
   ASSERT_TRUE(waitFor([this] {
     return reports.count("controls kept") > 0 ||
            !featuresOf(GetParam().manager).publishesAllowedActions;
@@ -81,8 +81,8 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   program.signal(SIGUSR1);
   EXPECT_TRUE(waitFor([this] { return isChanged(); }));
   EXPECT_TRUE(becomesWhite());
-  system().setScene(adopted.handle, {});
-  system().setStyleMask(adopted.handle, adopted.styleMask);
+  system().setScene(adoptedWindow.handle, {});
+  system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
   EXPECT_TRUE(waitFor([this] { return client.screenPicture(game).colors().size() > 1; }));
   deliverFor(0.3);  // the window manager processes the restored hints
   EXPECT_TRUE(isChanged());
@@ -94,24 +94,22 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   }));
 }
 
-// Metacity and Openbox are tested with all changes, the other window managers only with `kDesktop`
-// and `kMaximize`, the compositors also with `kResize`.
 std::vector<SdlCase> allCases() {
   std::vector<SdlCase> cases;
   for (const Manager manager : {Manager::Metacity, Manager::Openbox}) {
-    for (const Change& change : {kResize, kFullscreen, kDesktop}) {
+    for (const Change& change : {kResize, kFullscreen, kFullscreenDesktop}) {
       cases.push_back({manager, change, "resizable"});
       cases.push_back({manager, change, "fixed"});
     }
     cases.push_back({manager, kMaximize, "resizable"});
   }
   for (const Manager manager : {Manager::Xfwm4, Manager::IceWM, Manager::Marco}) {
-    cases.push_back({manager, kDesktop, "resizable"});
+    cases.push_back({manager, kFullscreenDesktop, "resizable"});
     cases.push_back({manager, kMaximize, "resizable"});
   }
   for (const Manager manager : withXwayland({})) {
     cases.push_back({manager, kResize, "fixed"});
-    cases.push_back({manager, kDesktop, "resizable"});
+    cases.push_back({manager, kFullscreenDesktop, "resizable"});
     if (featuresOf(manager).maximizes) {
       cases.push_back({manager, kMaximize, "resizable"});
     }

@@ -16,8 +16,9 @@ using testing::UnorderedElementsAreArray;
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr NSWindowStyleMask kAllControls = 15;
-// The time limits, in seconds, for a window manager to react to a request and to update a frame.
+// The time limit, in seconds, for the reaction of a window manager to the user's input.
 constexpr double kReactionTime = 0.6;
+// How many seconds the tests give a window manager to update a window and its frame.
 constexpr double kSettlingTime = 0.2;
 
 /// The distance of a title bar's button from the top right corner of the window's content.
@@ -99,8 +100,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   /// The names of the controls that the user can use with the mouse.
   std::vector<std::string> workingControls() {
     std::vector<std::string> controls;
-    // Resizing comes first, because a window that was maximised while covered can be resized until
-    // the cover ends.
+    // Resizing comes first. If a click below maximises the covered window, the window can be
+    // resized until the cover is removed.
     if (isResizedByDrag()) {
       controls.emplace_back("resize");
     }
@@ -147,10 +148,13 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
     deliverFor(kSettlingTime);
     return effect;
   }
-  /// Drags the lower right corner of the frame, and then restores the size.
+  /// Drags the lower right corner of the frame, and then restores the size. Returns true if the
+  /// drag has changed the size.
   bool isResizedByDrag() {
     const PixelRect areaBefore = client.areaOnScreen(game);
     const auto extents = client.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
+    // The distance from the outer edges of the frame. Window managers differ in where a drag resizes
+    // the window.
     for (const int inset : {2, 5}) {
       const int right = areaBefore.x + areaBefore.width + static_cast<int>(extents.at(1)) - inset;
       const int bottom = areaBefore.y + areaBefore.height + static_cast<int>(extents.at(3)) - inset;
