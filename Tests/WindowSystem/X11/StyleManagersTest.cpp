@@ -153,8 +153,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   bool isResizedByDrag() {
     const PixelRect areaBefore = client.areaOnScreen(game);
     const auto extents = client.numbers(game, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
-    // The distance from the outer edges of the frame. Window managers differ in where a drag resizes
-    // the window.
+    // `inset` is the distance from the outer edges of the frame. The position of the resize handle
+    // depends on the window manager.
     for (const int inset : {2, 5}) {
       const int right = areaBefore.x + areaBefore.width + static_cast<int>(extents.at(1)) - inset;
       const int bottom = areaBefore.y + areaBefore.height + static_cast<int>(extents.at(3)) - inset;
