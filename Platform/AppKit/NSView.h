@@ -52,15 +52,17 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] Strong<NSWindow> window() const;
 
   /// Adds `view` in front of the other subviews. Removes `view` from its current superview first.
-  /// If this view is in an open window, the controllers of `view` appear. Ignores null, this view
-  /// itself and a view that contains this view.
+  /// If this view is in an open window, the controllers of `view` and of its subviews are sent
+  /// `viewWillAppear` and `viewDidAppear`. Ignores null, this view itself and a view that contains
+  /// this view.
   void addSubview(const Strong<NSView>& view);
   /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds
   /// `view` above or below all subviews.
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode orderingMode,
                                       const Strong<NSView>& other);
-  /// Removes the view from its superview, or from its window if it is a content view. The view's
-  /// controllers disappear. Does nothing if the view has no superview and no window.
+  /// Removes the view from its superview, or from its window if it is a content view. If the window
+  /// is open, the controllers of the view and of its subviews are sent `viewWillDisappear` and
+  /// `viewDidDisappear`. Does nothing if the view has no superview and no window.
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }

@@ -30,14 +30,14 @@ struct Activation {
 struct ContentDataResult {
   std::optional<ContentName> content;
 };
-/// The content whose view `contentViewForContentData:` returned. `content` has no value if the
+/// `contentViewForContentData:` returned the view of `content`. `content` has no value if the
 /// operation returned null.
 struct ContentViewResult {
   std::optional<ContentName> content;
 };
 /// The library registered its `ContentResolver` with the host's broker.
 struct Registration {
-  std::vector<std::string> engines;  // that the resolver supports
+  std::vector<std::string> engines;  // the engines that the resolver supports
 };
 struct LogLine {
   std::string text;

@@ -85,7 +85,7 @@ TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-TEST_F(X11OwnWindows, ListTheCloseProtocolWithoutACloseControl) {
+TEST_F(X11OwnWindows, ListTheCloseProtocolEvenWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   EXPECT_THAT(client.atomNames(idOf(window), "WM_PROTOCOLS"), ElementsAre("WM_DELETE_WINDOW"));
 }
@@ -138,6 +138,7 @@ TEST_F(X11OwnWindows, AreDestroyedByTheirRelease) {
 TEST_F(X11OwnWindows, AllowOnlyTheControlsOfTheirStyleMask) {
   const WindowHandle window = openPlayer();
   system().setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskMiniaturizable);
+  // 0: the window manager has kept none of the controls that the style mask excludes.
   EXPECT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", window) + " 0"); }));
   const auto actions = client.atomNames(idOf(window), "_NET_WM_ALLOWED_ACTIONS");
