@@ -29,7 +29,7 @@ void addCommonFlags(CLI::App& app) {
 }  // namespace
 
 int runCommandLine(int argc, const char* const* argv) {
-  // A file that the program opens must not become a standard stream.
+  // Must run before the program opens a file.
   openClosedStandardStreams();
   CLI::App program("Show a launch screen over a game's window while the game loads.",
                    "launchscreen");

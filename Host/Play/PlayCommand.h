@@ -28,8 +28,8 @@ struct PlayOptions {
 /// timeline cannot be written.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
-/// Adds the command to the program. When the program parses the command `play`, the parser stores
-/// the function to run in `selectedCommand`.
+/// Adds the command to the program. When the program parses the command `play`, the parser sets
+/// `selectedCommand` to the function that runs the command.
 void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

@@ -8,14 +8,14 @@
 
 namespace vel::host {
 
-/// An event loop such as a host has. It waits for the descriptor of the library's main run loop,
-/// for signals and for the standard input. After each wait, it calls `pump` of the run loop.
+/// The event loop of the host. It waits for the descriptor of the library's main run loop, for
+/// signals and for the standard input. After each wait, it calls `pump` of the run loop.
 ///
 /// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. If
-/// `runUntil` has not returned the number of a signal that arrived, the destructor raises the
-/// signal again. A process can have one HostLoop at a time, on the main thread. Each kind of
-/// operating system has its own implementation.
+/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. The destructor raises each
+/// received signal again, except the signals that `runUntil` has returned. A process can have one
+/// HostLoop at a time, on the main thread. Each kind of operating system has its own
+/// implementation.
 class HostLoop : private NonCopyable {
  public:
   HostLoop();

@@ -6,9 +6,9 @@
 
 namespace vel::host {
 
-/// The content of the player window, which stands for the window of a game: a square that moves
-/// from side to side on a dark background. The square keeps moving under a launch screen, as a game
-/// does. Use it only on the main thread.
+/// The content of the player window: a square that moves from side to side on a dark background.
+/// The player window stands for the window of a game, so the square keeps moving under a launch
+/// screen. Use it only on the main thread.
 class MovingSquareView final : public Class<MovingSquareView, "MovingSquareView", NSView> {
  public:
   /// Creates a view that fills the window, and starts the animation.

@@ -65,7 +65,7 @@ Player::~Player() {
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
-    // A cover owns the window that it covers until the cover disappears.
+    // Removes a cover from the window. A cover owns its window until the cover disappears.
     window->setContentViewController(nullptr);
   }
 }

@@ -60,7 +60,8 @@ class Player final : private PlatformObserver {
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover of the library is shown. Removes all other covers from `covers_`.
+  // True if a cover of the library is shown. Removes covers that are no longer shown from
+  // `covers_`.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);

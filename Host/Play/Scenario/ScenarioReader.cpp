@@ -55,7 +55,8 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
-  // A missing host is read too, because `readHost` adds the default window's name to `names`.
+  // If the host is missing, `readHost` reads an empty object and adds the default window's name to
+  // `names`.
   const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];
   scenario.host = readHost(host.isPresent() ? host : JsonValue(&emptyHost, host.pointer()), names);

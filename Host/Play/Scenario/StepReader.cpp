@@ -144,7 +144,8 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    // The step removes the delegate. Without operations, a member "deactivateDuring" is invalid.
+    // The step removes the delegate. With no operations in the script, `readViewDelegateMembers`
+    // rejects a member "deactivateDuring".
     script.operations.reset();
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);

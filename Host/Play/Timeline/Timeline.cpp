@@ -15,7 +15,7 @@ namespace {
 
 // Two adjacent segments are merged if their slopes differ by less than this tolerance. A slope is
 // the change of the time left, in seconds per second. Rounding errors change a slope by far less
-// than the tolerance. One tick changes the slope of a segment by far more.
+// than the tolerance. Real changes of the slope are far greater.
 constexpr double kSlopeTolerance = 1e-6;
 const Nanoseconds kTickInterval = nanosecondsFromSeconds(expirationTimeStep);
 
@@ -118,8 +118,8 @@ class Timeline::Marker {
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // If `styledWindow_` is this window, the latest mark shows an earlier style change of the
-    // window at the same time. The new mark replaces that mark.
+    // If `styledWindow_` is this window, the latest mark already shows a style change of this
+    // window at this time. The new mark replaces that mark.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
