@@ -64,7 +64,8 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  // While resizing is allowed, the hints that we write do not remove the control for resizing.
+  // For some window managers, `readOfferedControls` assumes that our hints remove the control for
+  // resizing. While resizing is allowed, our hints do not remove it.
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }

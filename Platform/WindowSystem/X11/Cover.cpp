@@ -94,6 +94,7 @@ void Cover::show(const Scene& scene, PixelRect frame) {
     }
     closeOverlay();
   } else if (usesOverlay_ && !usedOverlayBefore) {
+    // The loop below creates all panes again, with the overlay as the parent of all but the first.
     std::for_each(panes_.begin(), panes_.end(), [this](Pane& pane) { closePane(pane); });
     panes_.clear();
   }

@@ -65,7 +65,7 @@ class FocusTracker final : public NonCopyable {
   // window manager starts.
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
-  // NSApplication is active from the start.
+  // True from the start, before any window has the focus: NSApplication starts active.
   bool isActive_ = true;
   xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;  // server time of the last FocusIn
 };

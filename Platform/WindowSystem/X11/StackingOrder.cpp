@@ -21,13 +21,14 @@ void StackingOrder::handle(const xcb_generic_event_t& event) {
     deadline_ = 0;
     return;
   }
-  // The only client that sends ConfigureNotify events is the window manager. Its events do not
+  // Ignores ConfigureNotify events that the window manager has sent: only the server's events
   // contain the sibling.
   if (typeOf(event) != XCB_CONFIGURE_NOTIFY || isSentByClient(event)) {
     return;
   }
   const auto notice = eventAs<xcb_configure_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
+  // The window is directly above the sibling `above_sibling`.
   if (window != nullptr &&
       std::exchange(window->siblingBelow, notice.above_sibling) != notice.above_sibling) {
     deadline_ = 0;

@@ -29,8 +29,8 @@ class StateRequestRelay final : public NonCopyable {
   /// adopted window.
   void prepareOverride(Window& window, NSWindowStyleMask styleMask);
   /// Stops receiving requests if no window's hints are overridden. Call this after each operation
-  /// that may restore hints: while the relay receives requests, the server also sends events about
-  /// every top-level window.
+  /// that may restore hints. Receiving requests is expensive: the server then also sends events
+  /// about every top-level window.
   void stopIfUnused();
   /// Restores the functions of the windows that have become maximised or fullscreen. Call this
   /// after `WindowMonitor::updateChangedWindows`.

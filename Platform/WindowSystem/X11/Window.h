@@ -27,7 +27,8 @@ struct Window {
   bool isMiniaturized = false;
   /// True for an adopted window that is fullscreen or maximised, even in only one direction.
   bool isMaximizedOrFullscreen = false;
-  /// True after MapWindow has been sent, until MapNotify comes.
+  /// True after `orderFront` has sent MapWindow. False again when `WindowMonitor` next reads the
+  /// window's state, and after `orderOut`.
   bool isBeingMapped = false;
   /// True if the window gets the input focus as soon as it is viewable.
   bool wantsFocus = false;

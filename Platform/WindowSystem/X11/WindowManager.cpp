@@ -18,9 +18,10 @@ constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
-/// `removedControls` are the controls that it removes when _MOTIF_WM_HINTS does not contain the
-/// functions of these controls: 0 (NSWindowStyleMaskBorderless) if it removes none. We found the
-/// values by trying the buttons, keys and drags of each window manager.
+/// `removedControls` are the controls that it can remove: it removes such a control if the
+/// control's function is missing in _MOTIF_WM_HINTS. 0 (NSWindowStyleMaskBorderless) if it can
+/// remove no control. We found the values by trying the buttons, keys and drags of each window
+/// manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removedControls;

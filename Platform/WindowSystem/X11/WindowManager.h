@@ -34,7 +34,8 @@ class WindowManager final : public NonCopyable {
   /// the stacking order. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
-  /// Requests the focus for `window`. `time` is the server time of the user's last input.
+  /// Requests the focus for `window`. `time` is the server time that the request contains: a window
+  /// manager may refuse the focus if the time is old.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 

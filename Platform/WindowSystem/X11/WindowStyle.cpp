@@ -133,8 +133,8 @@ void WindowStyle::restore() {
   readPendingMotifReplies();
   readHints();
   const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
-  // A second step is not needed if the property already has the owner's value, or if the owner's
-  // value contains both sets.
+  // `finishRestoring` is not needed if the property already has the owner's value, or if the
+  // owner's value contains both sets.
   if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();

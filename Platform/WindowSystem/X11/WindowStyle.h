@@ -20,7 +20,7 @@ namespace vel::x11 {
 ///
 /// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values or "no property";
 /// "A - controls" is A without the title and the controls that the mask removes; `HintOverride`
-/// computes the last column):
+/// computes the last column; in the last five rows, the owner's value is C before the write):
 ///
 ///   who writes, and when                       the window has             restoring writes
 ///   -----------------------------------------  -------------------------  ----------------------
