@@ -309,9 +309,9 @@ class Trial:
     def close_by_button(self):
         """Closes the window as the user does. Returns whether the window closes.
 
-        i3 draws no buttons, so the request of a pager closes the window there. Returns None if another
-        environment has no close button. Also returns None if the host does not support WM_DELETE_WINDOW,
-        because icewm then asks the user whether to kill the host."""
+        i3 draws no buttons. If the host draws none either, a pager's request closes the window in i3. In
+        every other environment, returns None if no close button is on the screen. Also returns None if the
+        host does not support WM_DELETE_WINDOW, because icewm then asks the user whether to kill the host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
@@ -351,7 +351,7 @@ class Trial:
         return {name: self.client.property(self.window, name) for name in HINTS}
 
     def change(self):
-        """Lets the host change its window, or undo the change."""
+        """Makes the host change its window. The next call makes the host undo the change."""
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):
@@ -466,7 +466,7 @@ class Trial:
             for step in range(16):
                 client.press_key("Next" if step % 8 < 4 else "Prior")
                 time.sleep(0.08)
-        expected_rect = before["rect"]  # that the window must have after the cover
+        expected_rect = before["rect"]  # position and size after the cover
         # `end_time` is the time until which every frame must be white.
         end_time = change_time = None
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
@@ -582,6 +582,7 @@ class Trial:
     def undrawn_frames(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window after the window was
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
+        # As long as `change_time` is the time of the first frame, the window has not changed yet.
         undrawn, change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
             # A gap of more than 50 ms between viewable frames counts as unmapping and mapping.

@@ -203,7 +203,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalOfANullControllerIsAllowed) {
 
 // canLaunchScreenControllerDismiss with time left
 
-TEST_F(CallbacksTest, WithTimeLeftARefusedDismissalSchedulesTheEventTwoSecondsLater) {
+TEST_F(CallbacksTest, WithTimeLeftTheEventIsScheduledTwoSecondsAfterARefusedDismissal) {
   load(5.0);
   // The first value is the smallest double above a tenth.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
@@ -243,6 +243,7 @@ TEST_F(CallbacksTest, ARefusedDismissalKeepsTheLaunchScreenUntilItsTimeIsUsedUp)
   platform.run(0.1);
   EXPECT_EQ(controller()->view()->window(), nullptr);
   platform.run(5.0);
+  // Early: the launch screen ended only at 5.1 s.
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}}))
       << "the event is recorded early, and only once";
 }
@@ -301,7 +302,7 @@ TEST_F(CallbacksTest, InSkipModeDidDismissSchedulesNoEvent) {
 
 // A launch screen whose time is used up
 
-TEST_F(CallbacksTest, WhenTheTimeIsUsedUpOnlyTheDismissalSchedulesTheEvent) {
+TEST_F(CallbacksTest, WhenTheTimeIsUsedUpTheEventIsNotScheduledBeforeTheDismissal) {
   load(1.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   const auto hostDelegate = addHostDelegate();

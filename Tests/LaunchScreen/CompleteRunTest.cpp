@@ -1,6 +1,8 @@
 // Complete runs of a launch screen, from request to event. The line "style 7" in the journal means
-// that a window gets the style mask 7. The mask of a window with a title and all controls is 15. An
-// embedded cover has a parent (a view controller) only if its window has a content view controller.
+// that a window gets the style mask 7. The mask of a window with a title and all controls is 15.
+//
+// The cover is the launch screen's controller. An embedded cover has a parent (a view controller)
+// only if its window has a content view controller.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -38,7 +40,7 @@ class CompleteRunTest : public LaunchScreenTest {
 
 // Each presentation mode
 
-TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsEnd) {
+TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsDismissal) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "viewDidAppear", "style 7",
@@ -57,7 +59,7 @@ TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsEnd) {
+TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsDismissal) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -71,7 +73,7 @@ TEST_F(CompleteRunTest, ACoverUnderAParentIsRemovedAtItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilItsEnd) {
+TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilTheDismissal) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "style 0", "window opened",
@@ -88,7 +90,7 @@ TEST_F(CompleteRunTest, AModalWindowIsShownModallyUntilItsEnd) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilItsEnd) {
+TEST_F(CompleteRunTest, ASheetIsAttachedToTheWindowUntilTheDismissal) {
   const auto window = openPlayerWindowWithContentViewController();
   show(window, kHostModeSheet);
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "host: will appear", "window opened",  //
@@ -133,7 +135,7 @@ TEST_F(CompleteRunTest, AModalWindowDoesNotCountUnfocusedTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, ThePlayerWindowResumesTheCountdownOfAModalWindow) {
+TEST_F(CompleteRunTest, WhenThePlayerWindowBecomesKeyTheCountdownOfAModalWindowResumes) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   switchAwayAndBack(window);

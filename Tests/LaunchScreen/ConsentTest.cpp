@@ -86,7 +86,7 @@ TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomes
   EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
-TEST_F(ConsentTest, TheNotificationThatTheManagerCreatesIsNotPosted) {
+TEST_F(ConsentTest, TheManagerCallsWindowDidBecomeKeyWithoutPostingANotification) {
   show(5.0);
   window->makeKeyWindow();
   resignKey(window);

@@ -20,6 +20,7 @@ class Broker final : public Class<Broker, "Broker", NSObject, ContentBroker> {
 
 class ContentCreationTest : public LaunchScreenTest {
  protected:
+  // Sends a request to the manager. Returns the manager's result.
   Strong<ContentData> request(double duration, std::string_view mode = "") {
     return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   }

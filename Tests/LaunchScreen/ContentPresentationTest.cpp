@@ -230,6 +230,7 @@ TEST_F(ContentForwardingTest, DidDisappearDependsOnTheArgumentNotOnTheContentsOw
 
 TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostsDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
+  // The host mode 1 is a sheet.
   content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
   EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",
                                  "window opened", "viewDidAppear"}));

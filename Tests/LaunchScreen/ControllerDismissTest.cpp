@@ -201,7 +201,7 @@ TEST_F(ControllerDismissTest, AControllerThatADelegateReplacesLivesUntilAllDeleg
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));
 }
 
-// Embedded while at least one of the three global variables is null
+// Dismissal of an embedded cover while at least one of the three global variables is null
 
 TEST_F(ControllerDismissTest, ACoverThatIsEmbeddedWithoutAWindowNotifiesAtOnce) {
   embed(nullptr);

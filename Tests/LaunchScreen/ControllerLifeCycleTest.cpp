@@ -107,6 +107,8 @@ TEST_F(ControllerLifeCycleTest, WillDisappearRestoresTheStyle) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
+// The host closes its window
+
 TEST_F(ControllerLifeCycleTest, ClosingTheHostWindowEndsTheLaunchScreen) {
   present(window, LaunchScreenPresentationEmbedded);
   addDelegate("first");

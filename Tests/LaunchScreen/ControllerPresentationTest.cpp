@@ -77,7 +77,8 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindow
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-    // The presentation sets these two properties after it has added the cover to the superview.
+    // After the presentation has added the cover to the superview, it sets these two properties.
+    // It also replaces the frame by the superview's frame.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });

@@ -125,7 +125,7 @@ TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilTheCoverIsDismissed) {
   EXPECT_TRUE(weakCover.expired());
 }
 
-TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilItIsDismissed) {
+TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilTheCoverIsDismissed) {
   for (const LaunchScreenPresentationMode mode : {1, 2}) {
     Strong<LaunchScreenViewController> presentedController = LaunchScreenViewController::init();
     presentedController->presentForWindowWithPresentationMode(

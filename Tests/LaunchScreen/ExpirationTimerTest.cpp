@@ -15,7 +15,7 @@ constexpr double kTenth = 0x1.999999999999ap-4;
 
 class ExpirationTimerTest : public LaunchScreenTest {
  protected:
-  // Runs `count` ticks, and no work after the last tick.
+  // Runs the loop for exactly `count` tick intervals of 0.1 s.
   void runTicks(int count) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     loop.runUntilDate(loop.now() + count * Nanoseconds{100'000'000});

@@ -168,7 +168,7 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItBecomesKey) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, APostponedEventIsSentASecondAfterTheWindowBecomesKey) {
+TEST_F(FocusTest, APostponedEventIsScheduledASecondAfterTheWindowBecomesKey) {
   show(5.0);
   resignKey(window);
   manager->sendAnalyticsEvent();
@@ -195,7 +195,7 @@ TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(FocusTest, APostponedEventIsScheduledEachTimeTheWindowBecomesKeyButRecordedOnce) {
+TEST_F(FocusTest, IfTheWindowBecomesKeyTwiceAPostponedEventIsRecordedOnce) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   becomeKey(window);
