@@ -54,9 +54,10 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// Adopts a window that another program or the host has opened. Returns an NSWindow that stands
   /// for `native`. Its `className` is the class that the window has in the window system, for
-  /// example in WM_CLASS on X11, and not the name of a C++ class. The NSWindow is open as long as
-  /// `native` exists. It counts as miniaturised while `native` is not on screen. On failure, sets
-  /// `error` to the reason and returns null.
+  /// example in WM_CLASS on X11, and not the name of a C++ class. The NSWindow is open until it is
+  /// closed or `native` is destroyed. Closing the NSWindow does not hide `native`. The NSWindow
+  /// counts as miniaturised while `native` is not on screen. On failure, sets `error` to the reason
+  /// and returns null.
   Strong<NSWindow> adoptWindow(const NativeWindow& native, std::string& error);
 
   /// The window of the newest modal session; null without a modal session.
@@ -103,8 +104,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   };
 
   /// A temporary object through which the application calls one operation of the window system. The
-  /// operation may make `nextDeadline` earlier. The destructor therefore updates the run loop's
-  /// descriptor. Otherwise a host that polls the descriptor would wake up at the previous deadline.
+  /// operation may make the window system's next deadline earlier. The destructor therefore updates
+  /// the run loop's descriptor. Otherwise a host that polls the descriptor could wake up too late.
   class WindowSystemCall : private NonCopyable {
    public:
     explicit WindowSystemCall(WindowSystem& windowSystem) : windowSystem_(windowSystem) {}

@@ -15,10 +15,10 @@ enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Hei
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
 /// A required relation between an attribute of a first view and the same attribute of a second
-/// view, or between an attribute of the first view and a constant. Anchors make only two kinds.
-/// The first kind makes the centres of two views equal on one axis. The second kind gives a
-/// view's width or height an exact value or a minimum. The superview of the first view owns the
-/// constraint while the constraint is active.
+/// view, or between an attribute of the first view and a constant. The anchors below make only two
+/// kinds of constraint. The first kind makes the centres of two views equal on one axis. The second
+/// kind gives a view's width or height an exact value or a minimum. The superview of the first view
+/// owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,

@@ -100,7 +100,8 @@ void NSView::addSubviewPositionedRelativeTo(const Strong<NSView>& view,
   if (window != nullptr && window->isVisible()) {
     AppearanceTransition appearance(view);
     {
-      const NSWindow::DisplayPause pause(window);  // ends, and draws, after `viewWillAppear`
+      // The window draws `view` at the end of this block, after `viewWillAppear`.
+      const NSWindow::DisplayPause pause(window);
       appearance.sendWillAppear();
     }
     appearance.sendDidAppear();
@@ -119,7 +120,7 @@ void NSView::removeFromSuperview() {
   const bool hasWindowChanged = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && hasWindowChanged)) {
     // `viewWillDisappear` has removed this view or moved it to another superview. If the view left
-    // `window`, its controllers disappeared at that time.
+    // `window`, its controllers have already disappeared. Otherwise they remain shown.
     return;
   }
   if (hasWindowChanged) {

@@ -52,9 +52,9 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   [[nodiscard]] Strong<NSWindow> window() const;
 
   /// Adds `view` in front of the other subviews. Removes `view` from its current superview first.
-  /// If this view is in an open window, the controllers of `view` and of its subviews are sent
-  /// `viewWillAppear` and `viewDidAppear`. Ignores null, this view itself and a view that contains
-  /// this view.
+  /// If this view is in an open window, each controller of `view` and of its subviews that is not
+  /// shown yet is sent `viewWillAppear` and `viewDidAppear`. Ignores null, this view itself and a
+  /// view that contains this view.
   void addSubview(const Strong<NSView>& view);
   /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds
   /// `view` above or below all subviews.

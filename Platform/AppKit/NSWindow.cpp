@@ -300,8 +300,9 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// A miniaturised window also gets the scene, because the program that owns an adopted window may
-// restore the window while the run loop does not run.
+// Sends the scene to the window system even while the window is miniaturised. The owner of an
+// adopted window may restore the window while the run loop does not run, and the window must then
+// show the current scene.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

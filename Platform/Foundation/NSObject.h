@@ -44,8 +44,8 @@ template <class Self, ClassName Name, class Superclass = NSObject, class... Prot
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:
   using Superclass::Superclass;
-  /// A class that is derived without `Class` inherits the value of its superclass. `make` refuses
-  /// such a class.
+  /// Names the class itself. In a class that is derived without `Class`, names the superclass
+  /// instead, so `make` refuses that class.
   using NamedClass = Self;
 
   /// The name of the class. Needs no object.

@@ -79,7 +79,7 @@ WaitHandle NSRunLoop::waitHandle() {
   }
   if (!isDescriptorPolled_) {
     // From now on, every pass updates the descriptor. The wake-up makes the descriptor readable, so
-    // that the host runs the first such pass.
+    // the host runs a pass, which sets the descriptor's deadline.
     isDescriptorPolled_ = true;
     waitSet_->wake();
   }
@@ -130,9 +130,8 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// Sets `kIsIdle`: from now on, `wake` also wakes the clock, so that it ends the wait that follows
-// or makes the descriptor readable. Returns false if a thread has called `wake` since the latest
-// pass began.
+// Sets `kIsIdle`: from now on, `wake` also wakes the clock, which ends the next wait or makes the
+// descriptor readable. Returns false if a thread has called `wake` since the latest pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
 void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {

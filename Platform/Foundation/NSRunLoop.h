@@ -88,8 +88,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// Runs passes until `isDone` returns true. Calls `isDone` before each pass.
   void runUntil(const std::function<bool()>& isDone);
 
-  /// The time at which a pass in the loop's mode next has work. 0 means now. `kNever` means that no
-  /// such time is known.
+  /// The time at which the next timer, event or work is due in the loop's mode. 0 or a past time
+  /// means now. `kNever` means that no such time is known.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
   /// Returns a handle for a host's own loop. Its descriptor is readable when a pass has work.
   /// The handle can be used until the clock is replaced. After the first call of this

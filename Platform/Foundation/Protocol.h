@@ -48,8 +48,8 @@ struct Operations {};
 ///     template <class Adopter>
 ///     using Optional = Operations<&Adopter::first, &Adopter::second>;
 ///
-/// `Self` is the protocol itself. Each protocol thereby has its own base class, so a class can
-/// adopt several protocols with optional operations.
+/// `Self` is the protocol itself, so each protocol has its own base class. A class that adopts
+/// several protocols therefore has one `respondingOperations` for each protocol.
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
