@@ -81,13 +81,15 @@ struct FrameEvents {
 
 std::unique_ptr<FrameContext> FrameContext::create(wl_display* display) {
   std::unique_ptr<const Libdecor> functions = Libdecor::load();
-  if (functions == nullptr) {
+  // On a broken connection, libdecor gets no global objects. `contextUnref` then crashes.
+  if (functions == nullptr || wl_display_roundtrip(display) < 0) {
     return nullptr;
   }
   hasContextFailed = false;
   libdecor* const context = functions->contextNew(display, &contextInterface());
-  wl_display_roundtrip(display);  // libdecor cannot draw a frame before it has the global objects
-  if (context == nullptr || hasContextFailed) {
+  // libdecor cannot draw a frame before it has the global objects.
+  const bool hasGlobals = wl_display_roundtrip(display) >= 0;
+  if (context == nullptr || hasContextFailed || !hasGlobals) {
     // After an error, libdecor has destroyed its plugin. `contextUnref` would destroy it again.
     return nullptr;
   }

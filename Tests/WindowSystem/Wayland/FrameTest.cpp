@@ -319,6 +319,13 @@ TEST_F(WaylandFrame, ALostCompositorIsReportedOnce) {
   EXPECT_EQ(reports.count("display lost"), 1);
 }
 
+TEST_F(WaylandFrame, ACompositorThatEndsBeforeTheFirstWindowOpensIsReported) {
+  ASSERT_NO_FATAL_FAILURE(connect());
+  weston.kill();
+  makeWindow(kAllControls);
+  EXPECT_TRUE(waitFor([this] { return reports.contains("display lost"); }));
+}
+
 TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
   std::vector<std::string> logLines;
   const NSLogSink previousSink =
