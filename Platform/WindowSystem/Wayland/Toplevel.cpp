@@ -10,6 +10,25 @@
 
 namespace vel::wayland {
 
+namespace {
+
+// A request has at most 4096 bytes. libwayland ends the connection if a request is longer.
+constexpr std::size_t kMaxTitleLength = 4000;
+
+// Cuts a UTF-8 text that is too long between two characters.
+std::string_view shorten(std::string_view text) {
+  if (text.size() <= kMaxTitleLength) {
+    return text;
+  }
+  std::size_t length = kMaxTitleLength;
+  while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+    --length;
+  }
+  return text.substr(0, length);
+}
+
+}  // namespace
+
 /// The functions that libwayland calls with the events of a toplevel.
 struct ToplevelEvents {
   static void configureSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
@@ -96,9 +115,9 @@ xdg_toplevel* Toplevel::proxy() const {
 
 void Toplevel::setTitle(std::string_view title) {
   if (frame_ != nullptr) {
-    frame_->setTitle(title);
+    frame_->setTitle(shorten(title));
   } else {
-    xdg_toplevel_set_title(toplevel_.get(), std::string(title).c_str());
+    xdg_toplevel_set_title(toplevel_.get(), std::string(shorten(title)).c_str());
   }
 }
 

@@ -37,6 +37,7 @@ class Toplevel final : public NonCopyable {
   /// The frame that libdecor draws; null if there is no such frame.
   [[nodiscard]] const Frame* frame() const { return frame_.get(); }
 
+  /// Shortens a title that does not fit into a request.
   void setTitle(std::string_view title);
   /// Sets the size, and allows or disables resizing by the user. Asks the compositor to draw a
   /// frame if the style mask has a title bar, or changes the controls of the frame that libdecor

@@ -139,7 +139,7 @@ std::vector<SurfaceRecord> RecordingCompositor::surfaces() {
   while (text >> surface.id >> surface.parent >> surface.position.x >> surface.position.y >>
          surface.bufferSize.width >> surface.bufferSize.height >> surface.bufferScale >>
          surface.destination.width >> surface.destination.height >> surface.commitCount >>
-         surface.isModal) {
+         surface.isModal >> surface.titleLength) {
     surfaces.push_back(surface);
   }
   return surfaces;

@@ -23,6 +23,7 @@ struct SurfaceRecord {
   CGSize destination;  // of wp_viewport; zero if it is not set
   int commitCount = 0;
   bool isModal = false;  // of xdg_dialog_v1
+  int titleLength = 0;   // of xdg_toplevel, in bytes
 
   /// The size in surface coordinates.
   [[nodiscard]] CGSize size() const;

@@ -14,6 +14,7 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -280,6 +281,8 @@ class Server : NonCopyable {
       wl_resource_post_error(resource, XDG_WM_DIALOG_V1_ERROR_ALREADY_USED, "a second dialog");
     } else if (request.starts_with("xdg_dialog_v1.")) {
       current.isModal = pending.isModal = request == "xdg_dialog_v1.set_modal";
+    } else if (request == "xdg_toplevel.set_title") {
+      current.titleLength = pending.titleLength = static_cast<int>(std::strlen(arguments[0].s));
     } else if (request == "wl_surface.commit") {
       commit(resource);
     }
@@ -419,8 +422,8 @@ class Server : NonCopyable {
       text << record.id << ' ' << record.parent << ' ' << record.position.x << ' '
            << record.position.y << ' ' << record.bufferSize.width << ' ' << record.bufferSize.height
            << ' ' << record.bufferScale << ' ' << record.destination.width << ' '
-           << record.destination.height << ' ' << record.commitCount << ' ' << record.isModal
-           << '\n';
+           << record.destination.height << ' ' << record.commitCount << ' ' << record.isModal << ' '
+           << record.titleLength << '\n';
     }
     return text.str();
   }

@@ -198,6 +198,21 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const 
   return testInfo.param ? "WithViewporter" : "WithoutViewporter";
 });
 
+// The title
+
+TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCharacters) {
+  start();
+  const WindowHandle window = openWindow();
+  std::string title = "a";
+  for (int i = 0; i < 3000; ++i) {
+    title += "\u00e4";  // two bytes
+  }
+  system->setTitle(window, title);
+  exchange();
+  EXPECT_FALSE(reports.contains("display lost"));
+  EXPECT_EQ(firstWindow().titleLength, 3999);
+}
+
 // xdg_wm_base
 
 TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondWindowManagerAppears) {
