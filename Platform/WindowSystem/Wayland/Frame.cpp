@@ -143,6 +143,8 @@ bool Frame::contains(wl_surface* surface) const {
   return wl_surface_get_user_data(surface) == frame_;
 }
 
+bool Frame::isFloating() const { return functions_.frameIsFloating(frame_); }
+
 void Frame::map() { functions_.frameMap(frame_); }
 
 void Frame::setTitle(std::string_view title) {
@@ -154,7 +156,7 @@ void Frame::setStyle(NSWindowStyleMask styleMask, CGSize size) {
   isResizable_ = (styleMask & NSWindowStyleMaskResizable) != 0;
   size_ = {std::max(1, static_cast<int>(std::ceil(size.width))),
            std::max(1, static_cast<int>(std::ceil(size.height)))};
-  if (!isConfigured_ || functions_.frameIsFloating(frame_)) {
+  if (isFloating()) {
     floatingSize_ = size_;
   }
   // libdecor fixes the size of a window that is not resizable, and restores the previous limits
@@ -177,6 +179,11 @@ void Frame::allowAllSizes() {
 }
 
 void Frame::configure(libdecor_configuration* configuration) {
+  if (!isResizable_) {
+    // libdecor limits the new size. The limits are the current size, which can be the size of the
+    // maximised window.
+    allowAllSizes();
+  }
   Size newSize;
   if (!functions_.configurationGetContentSize(configuration, frame_, &newSize.width,
                                               &newSize.height)) {
@@ -186,7 +193,7 @@ void Frame::configure(libdecor_configuration* configuration) {
   const bool isResized = std::exchange(size_, newSize) != newSize;
   isConfigured_ = true;
   commit(configuration);
-  if (functions_.frameIsFloating(frame_)) {
+  if (isFloating()) {
     floatingSize_ = size_;
   }
   handlers_.configured(

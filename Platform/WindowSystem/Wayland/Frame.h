@@ -62,6 +62,8 @@ class Frame final : public NonCopyable {
   ~Frame();
 
   [[nodiscard]] xdg_toplevel* toplevel() const;
+  /// False if the window is maximised, fullscreen or tiled.
+  [[nodiscard]] bool isFloating() const;
   /// True if libdecor draws a part of the frame on this surface. A compositor can move the keyboard
   /// to such a part when the user clicks on it.
   [[nodiscard]] bool contains(wl_surface* surface) const;

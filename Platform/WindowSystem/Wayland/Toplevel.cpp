@@ -4,7 +4,9 @@
 #include <xdg-decoration-unstable-v1.h>
 #include <xdg-shell.h>
 
+#include <algorithm>
 #include <cmath>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -15,7 +17,7 @@ namespace {
 // A request has at most 4096 bytes. libwayland ends the connection if a request is longer.
 constexpr std::size_t kMaxTitleLength = 4000;
 
-// Cuts a UTF-8 text that is too long between two characters.
+// If a UTF-8 text is too long, cuts it between two characters.
 std::string_view shorten(std::string_view text) {
   if (text.size() <= kMaxTitleLength) {
     return text;
@@ -27,6 +29,15 @@ std::string_view shorten(std::string_view text) {
   return text.substr(0, length);
 }
 
+// True if the client chooses the size of a window with these states.
+bool isFloatingState(const wl_array& states) {
+  const std::span<const std::uint32_t> values(static_cast<const std::uint32_t*>(states.data),
+                                              states.size / sizeof(std::uint32_t));
+  return std::ranges::none_of(values, [](std::uint32_t state) {
+    return state == XDG_TOPLEVEL_STATE_MAXIMIZED || state == XDG_TOPLEVEL_STATE_FULLSCREEN;
+  });
+}
+
 }  // namespace
 
 /// The functions that libwayland calls with the events of a toplevel.
@@ -35,14 +46,16 @@ struct ToplevelEvents {
     Toplevel& toplevel = *static_cast<Toplevel*>(data);
     xdg_surface_ack_configure(surface, serial);
     toplevel.isConfigured_ = true;
+    toplevel.isFloating_ = toplevel.isPendingFloating_;
     toplevel.handlers_.configured(toplevel.pendingSize_);
   }
   static constexpr xdg_surface_listener kSurfaceListener{.configure = configureSurface};
 
   static void configure(void* data, xdg_toplevel* /*proxy*/, std::int32_t width,
-                        std::int32_t height, wl_array* /*states*/) {
-    static_cast<Toplevel*>(data)->pendingSize_ = {static_cast<double>(width),
-                                                  static_cast<double>(height)};
+                        std::int32_t height, wl_array* states) {
+    Toplevel& toplevel = *static_cast<Toplevel*>(data);
+    toplevel.pendingSize_ = {static_cast<double>(width), static_cast<double>(height)};
+    toplevel.isPendingFloating_ = isFloatingState(*states);
   }
   static void close(void* data, xdg_toplevel* /*proxy*/) {
     static_cast<Toplevel*>(data)->handlers_.closeRequested();
@@ -112,6 +125,8 @@ void Toplevel::createRole(const Connection& connection, wl_surface* surface) {
 xdg_toplevel* Toplevel::proxy() const {
   return frame_ != nullptr ? frame_->toplevel() : toplevel_.get();
 }
+
+bool Toplevel::isFloating() const { return frame_ != nullptr ? frame_->isFloating() : isFloating_; }
 
 void Toplevel::setTitle(std::string_view title) {
   if (frame_ != nullptr) {

@@ -34,6 +34,9 @@ class Toplevel final : public NonCopyable {
   [[nodiscard]] xdg_toplevel* proxy() const;
   /// True if the surface may have a buffer: the compositor has configured it.
   [[nodiscard]] bool isConfigured() const { return isConfigured_; }
+  /// True if the client chooses the size. The compositor chooses the size of a maximised or
+  /// fullscreen window, and a commit with another size ends the connection.
+  [[nodiscard]] bool isFloating() const;
   /// The frame that libdecor draws; null if there is no such frame.
   [[nodiscard]] const Frame* frame() const { return frame_.get(); }
 
@@ -58,6 +61,8 @@ class Toplevel final : public NonCopyable {
   Proxy<xdg_toplevel> toplevel_;
   Proxy<zxdg_toplevel_decoration_v1> decoration_;
   CGSize pendingSize_;  // the size in the latest configure event
+  bool isPendingFloating_ = true;
+  bool isFloating_ = true;  // if libdecor draws the frame, the frame knows this
   bool isConfigured_ = false;
 };
 

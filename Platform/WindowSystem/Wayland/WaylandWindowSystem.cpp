@@ -329,11 +329,15 @@ void WaylandWindowSystem::configured(WindowHandle handle, CGSize size) {
                        size.height > 0 ? size.height : frame.size.height};
   if (newSize != frame.size) {
     frame.size = newSize;
-    reports_.add(handle, [handle, frame](WindowSystemDelegate& delegate) {
-      delegate.frameChanged(handle, frame);
-    });
+    reportFrame(window);
   }
   window.canvas->show(window.scene, frame.size);
+}
+
+void WaylandWindowSystem::reportFrame(const Window& window) {
+  reports_.add(window.handle,
+               [handle = window.handle, frame = window.description.frame](
+                   WindowSystemDelegate& delegate) { delegate.frameChanged(handle, frame); });
 }
 
 void WaylandWindowSystem::buttonPressed(WindowHandle handle, wl_seat* seat, std::uint32_t serial) {
@@ -384,7 +388,7 @@ void WaylandWindowSystem::setFrame(WindowHandle handle, CGRect frame) {
   if (window == nullptr) {
     return;
   }
-  window->description.frame = frame;
+  const CGSize previousSize = std::exchange(window->description.frame, frame).size;
   if (window->isAdopted()) {
     const bool isResizable = (window->description.styleMask & NSWindowStyleMaskResizable) != 0;
     if (window->adoptedToplevel != nullptr && !isConnectionLost_ && !isResizable) {
@@ -395,6 +399,11 @@ void WaylandWindowSystem::setFrame(WindowHandle handle, CGRect frame) {
     }
     if (window->surface != nullptr) {
       updateCover(*window);
+    }
+  } else if (window->toplevel != nullptr && !window->toplevel->isFloating()) {
+    window->description.frame.size = previousSize;
+    if (frame.size != previousSize) {
+      reportFrame(*window);
     }
   } else if (window->toplevel != nullptr) {
     window->toplevel->setStyle(window->description.styleMask, frame.size);

@@ -47,7 +47,8 @@ class WaylandWindowSystem final : public WindowSystem {
   void requestFocus(WindowHandle handle) override;
   /// Declined: Wayland reports no miniaturisation.
   void requestMiniaturized(WindowHandle /*window*/, bool /*miniaturized*/) override {}
-  /// Changes the size and ignores the position. Only its owner can resize an adopted surface. For
+  /// Changes the size and ignores the position. A maximised or fullscreen window keeps its size,
+  /// and the back end reports this size. Only its owner can resize an adopted surface. For
   /// an adopted surface, pass the size that the owner has reported. If resizing is disabled, the
   /// next commit of the owner fixes the new size.
   void setFrame(WindowHandle handle, CGRect frame) override;
@@ -111,6 +112,7 @@ class WaylandWindowSystem final : public WindowSystem {
   void reopenToplevel(Window& window);
   // The compositor has configured a window of the back end.
   void configured(WindowHandle handle, CGSize size);
+  void reportFrame(const Window& window);
   void setAdoptedStyle(const Window& window, NSWindowStyleMask previousMask) const;
   // Adds a report of the kept controls for each window whose style mask has changed. The platform
   // layer removes one control at a time, so the report waits until `deliverEvents`.

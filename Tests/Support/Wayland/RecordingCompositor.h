@@ -61,6 +61,7 @@ class RecordingCompositor : NonCopyable {
   /// Moves the pointer into the surface and presses the main button.
   void pressButton(int seat, std::uint32_t surface);
   void configure(std::uint32_t surface, CGSize size);
+  void configureMaximised(std::uint32_t surface, CGSize size);
   void requestClose(std::uint32_t surface);
 
   /// From now on, wl_shm.create_pool causes a protocol error.

@@ -344,6 +344,9 @@ class Server : NonCopyable {
       }
     } else if (name == "configure") {
       sendConfigure(surfaceWithId(static_cast<std::uint32_t>(first)), second, third);
+    } else if (name == "configure-maximised") {
+      sendConfigure(surfaceWithId(static_cast<std::uint32_t>(first)), second, third,
+                    {XDG_TOPLEVEL_STATE_MAXIMIZED});
     } else if (name == "close") {
       for (wl_resource* const toplevel :
            findOf(surfaceWithId(static_cast<std::uint32_t>(first)), "xdg_toplevel")) {
@@ -401,9 +404,10 @@ class Server : NonCopyable {
     }
   }
 
-  void sendConfigure(wl_resource* surface, int width, int height) {
-    wl_array states;
-    wl_array_init(&states);
+  void sendConfigure(wl_resource* surface, int width, int height,
+                     std::vector<xdg_toplevel_state> stateList = {}) {
+    const std::size_t size = stateList.size() * sizeof(xdg_toplevel_state);
+    wl_array states{.size = size, .alloc = size, .data = stateList.data()};
     for (wl_resource* const toplevel : findOf(surface, "xdg_toplevel")) {
       xdg_toplevel_send_configure(toplevel, width, height, &states);
     }

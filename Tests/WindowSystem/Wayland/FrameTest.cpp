@@ -244,6 +244,19 @@ TEST_F(WaylandFrame, AWindowThatIsNoLongerMaximisedGetsItsPreviousSize) {
   EXPECT_TRUE(waitFor([this] { return whiteArea().width == kContent.width; }));
 }
 
+// weston ends the connection if a maximised window commits another size.
+TEST_F(WaylandFrame, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
+  ASSERT_NO_FATAL_FAILURE(open());
+  click({kContent.x + kContent.width - kButtonWidth * 3 / 2, kContent.y - kTitleHeight / 2});
+  ASSERT_TRUE(waitFor([this] { return reports.lastFrame.size.width == 1024; }));
+  reports.lines.clear();
+  system->setFrame(window, {{}, {500, 320}});
+  EXPECT_TRUE(waitFor([this] { return reports.contains("frame " + nameOf(window)); }));
+  deliverAll(*system);
+  EXPECT_EQ(reports.lastFrame.size, (CGSize{1024, 768 - kTitleHeight}));
+  EXPECT_FALSE(reports.contains("display lost"));
+}
+
 TEST_F(WaylandFrame, AWindowNarrowerThanTheButtonsHasAFrame) {
   ASSERT_NO_FATAL_FAILURE(connect());
   constexpr PixelRect kNarrowContent{492, 369, 40, 30};

@@ -198,6 +198,42 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const 
   return testInfo.param ? "WithViewporter" : "WithoutViewporter";
 });
 
+// The size of a maximised window
+
+TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
+  start();
+  const WindowHandle window = openWindow();
+  compositor.configureMaximised(firstWindow().id, {800, 600});
+  EXPECT_THAT(takeReports(), ElementsAre("frame " + nameOf(window)));
+  system->setFrame(window, {{}, {500, 320}});
+  EXPECT_THAT(takeReports(), ElementsAre("frame " + nameOf(window)));
+  EXPECT_EQ(reports.lastFrame.size, (CGSize{800, 600}));
+  EXPECT_EQ(firstWindow().size(), (CGSize{800, 600}));
+  compositor.configure(firstWindow().id, {400, 260});
+  exchange();
+  system->setFrame(window, {{}, {500, 320}});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{500, 320}));
+}
+
+// libdecor draws the frame of a window with a title bar.
+TEST_F(WaylandWindowRequests, AWindowThatBecomesFixedWhileItIsMaximisedGetsItsPreviousSize) {
+  constexpr double kTitleHeight = 24;
+  start();
+  const WindowHandle window = openWindow();
+  system->setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
+  exchange();
+  EXPECT_EQ(firstWindow().size(), kSize);
+  compositor.configureMaximised(firstWindow().id, {800, 600});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{800, 600 - kTitleHeight}));
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  exchange();
+  compositor.configure(firstWindow().id, {kSize.width, kSize.height + kTitleHeight});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), kSize);
+}
+
 // The title
 
 TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCharacters) {
