@@ -97,6 +97,7 @@ TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
   deactivate();
   activate();
   EXPECT_EQ(keyWindowName(), "B");
+  // No window is key at the next deactivation.
   platform.windowSystem().userMovesFocusAway();
   deactivate();
   activate();

@@ -64,7 +64,8 @@ class ScriptedWindowSystem final : public WindowSystem {
   /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// True if each operation causes a report that waits for the next `deliverEvents`.
+  /// True if each operation causes a report. `nextDeadline` then returns 0 (now) until the next
+  /// `deliverEvents`.
   bool operationsCauseReports = false;
 
  private:
@@ -273,7 +274,7 @@ TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ApplicationTest, AnActivationReportWithAWindowDoesNotRestoreThePreviousKeyWindow) {
+TEST_F(ApplicationTest, AnActivationReportThatNamesAWindowDoesNotRestoreThePreviousKeyWindow) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto windowA = openWindow("A");
   windowSystem.nextHandle = WindowHandle{2};

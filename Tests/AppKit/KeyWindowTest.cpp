@@ -81,8 +81,7 @@ TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest,
-       IfAHandlerOfDidResignKeyMakesAThirdWindowKeyTheRequestedWindowDoesNotBecomeKey) {
+TEST_F(KeyWindowTest, AThirdWindowThatAHandlerOfDidResignKeyMakesKeyStaysKey) {
   openKeyWindow("A");
   const auto windowC = openWindow("C");
   const auto windowB = openWindow("B");
@@ -112,7 +111,7 @@ TEST_F(KeyWindowTest, AHandlerOfDidBecomeKeyMayMakeAnotherWindowKey) {
   EXPECT_EQ(keyWindowName(), "B");
 }
 
-TEST_F(KeyWindowTest, IfAHandlerOfDidResignKeyClosesTheRequestedWindowNoWindowBecomesKey) {
+TEST_F(KeyWindowTest, NoWindowBecomesKeyIfAHandlerOfDidResignKeyClosesTheNextKeyWindow) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.takeEvents();
@@ -224,7 +223,7 @@ TEST_F(MainWindowTest, IsNullWhileTheClosedMainWindowResignsKey) {
   EXPECT_EQ(mainWindowInHandler, "none");
 }
 
-TEST_F(MainWindowTest, IsNotTheClosedWindowThatAHandlerOpensAgain) {
+TEST_F(MainWindowTest, IsTheNextKeyWindowEvenIfAHandlerOpensTheClosedMainWindowAgain) {
   openWindow("B");
   const auto window = openKeyWindow("A");
   recorder.onNext("B becomes key", [&] { window->orderFront(); });

@@ -59,7 +59,7 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, ANewFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
+TEST_F(LeavingTest, ANewlyOpenedFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
   windowNamed("B")->close();
   openWindow("E");
   windowNamed("C")->close();
@@ -119,7 +119,7 @@ TEST_F(LeavingTest, ClosingAWindowClosesItsNewestSheetFirstAndTheWindowLast) {
   hostController->presentViewControllerAsSheet(secondController);
   recorder.takeEvents();
   window->close();
-  // The name of a sheet is "NSWindow".
+  // Both sheets have the name "NSWindow".
   EXPECT_EQ(recorder.takeEvents(),
             (Events{"second will disappear", "second did disappear", "NSWindow resigns key",
                     "NSWindow becomes key", "first will disappear", "first did disappear",

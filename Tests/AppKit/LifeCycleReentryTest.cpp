@@ -122,7 +122,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithT
   EXPECT_FALSE(innerController->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, IfWillAppearClosesAndOpensTheWindowAgainDidAppearIsCalledOnce) {
+TEST_F(LifeCycleReentryTest, DidAppearIsCalledOnceIfWillAppearClosesAndReopensTheWindow) {
   const auto closedWindow = makeClosedWindow("B");
   addController(closedWindow, "view");
   recorder.onNext("view will appear", [&] {

@@ -222,9 +222,9 @@ TEST_F(LifeCycleTest, AViewMovedToAnotherWindowDisappearsAndAppears) {
   const auto otherWindow = openWindow("B");
   recorder.takeEvents();
   Events windows;
-  for (const std::string line :
+  for (const std::string event :
        {"view will disappear", "view did disappear", "view will appear", "view did appear"}) {
-    recorder.onNext(line, [&] { windows.push_back(nameOf(controller->view()->window())); });
+    recorder.onNext(event, [&] { windows.push_back(nameOf(controller->view()->window())); });
   }
   otherWindow->contentView()->addSubview(controller->view());
   EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",

@@ -1,6 +1,6 @@
 // View controllers presented in modal windows and in sheets, and child view controllers. Two links
-// exist while a controller is presented: `presentedViewControllers` of the presenting controller,
-// and `presentingViewController` of the presented controller.
+// exist while a controller presents another controller: `presentedViewControllers` of the
+// presenting controller, and `presentingViewController` of the presented controller.
 #include "Tests/AppKit/EventRecorder.h"
 
 namespace vel::test {
@@ -326,7 +326,7 @@ TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeAtItsFirstUse) {
   EXPECT_EQ(guest->loadCount(), 1);
 }
 
-TEST_F(PresentationTest, AfterSetViewNoViewIsLoaded) {
+TEST_F(PresentationTest, AControllerDoesNotLoadAViewIfSetViewHasSetOne) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 5, 5));
   guest->setView(view);
   EXPECT_EQ(guest->view(), view);

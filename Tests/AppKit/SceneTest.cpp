@@ -152,8 +152,9 @@ TEST_F(SceneTest, AWindowThatItsOwnerDestroyedShowsItsViewsWhenOpenedAgain) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-// The owner of an adopted window can map the window while the run loop does not run.
-TEST_F(SceneTest, AMiniaturisedWindowIsReadyToShowEachChange) {
+// The owner of an adopted window can deminiaturise it while the run loop does not run. The window
+// system must then already have the current scene.
+TEST_F(SceneTest, EachChangeUpdatesTheSceneOfAMiniaturisedWindowAtOnce) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->miniaturize();
   view->layer()->setBackgroundColor(kWhite);

@@ -36,7 +36,7 @@ TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, WithoutAnApplicationShutDownRunsTheStepsButStopDoesNot) {
+TEST_F(ShutdownTest, WithoutAnApplicationStopDoesNothingButShutDownRunsTheSteps) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();

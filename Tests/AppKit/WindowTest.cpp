@@ -65,7 +65,7 @@ TEST_F(WindowTest, TheUserCanReorderWindows) {
   EXPECT_EQ(windowOrder(), (Events{"A", "C", "B"}));
 }
 
-TEST_F(WindowTest, AReportedStackingOrderMovesOnlyTheOpenWindowsInIt) {
+TEST_F(WindowTest, AReportedStackingOrderMovesOnlyTheOpenWindowsThatItLists) {
   const auto windowA = openWindow("A");
   const auto windowB = openWindow("B");
   openWindow("C");

@@ -88,7 +88,7 @@ TEST_F(DestroyTest, AfterTheDisplayWasLost) {
   destroyAndExpectDestroyed({"ended 4"});
 }
 
-TEST_F(DestroyTest, AfterTheWindowVanished) {
+TEST_F(DestroyTest, AfterTheOwnerHasDestroyedTheWindow) {
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle());
   destroyAndExpectDestroyed({"ended 3"});
@@ -110,7 +110,7 @@ TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
       VelLaunchScreen* handleCopy = staleHandle;
       EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
-      // The launch screen ends only when the call that caused this callback returns.
+      // The launch screen exists until the call that caused this callback returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
       VelLaunchScreen* nextScreen = nullptr;
       EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);

@@ -211,7 +211,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
-TEST_F(EndedTest, DestroyInDidDisappearInsideAnOperationReportsTheEnd) {
+TEST_F(EndedTest, DestroyInADidDisappearInsideMayDisappearReportsTheEnd) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
       windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle());

@@ -40,7 +40,7 @@ void createAndDestroy(int round) {
   }
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
-    // Each round destroys the launch screen at a different point of the countdown.
+    // The rounds destroy the launch screen at seven different times. Some are after the countdown.
     ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)), VEL_OK);
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
@@ -60,7 +60,8 @@ TEST(GrowthTest, MemoryAndDescriptorsDoNotGrowInTenThousandLaunchScreens) {
   // A leak of one byte per round fails the test.
   EXPECT_LT(useAfter.bytes, useBefore.bytes + kRounds);
   EXPECT_EQ(useAfter.descriptors, useBefore.descriptors);
-  // A sanitizer allocates pages of its own. With a sanitizer, mallinfo2 returns 0.
+  // A sanitizer allocates pages of its own, so this check runs only without a sanitizer. With a
+  // sanitizer, mallinfo2 returns 0.
   if (useBefore.bytes > 0) {
     EXPECT_LE(useAfter.pages, useBefore.pages + 64);  // 256 KiB
   }

@@ -82,7 +82,7 @@ TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
     EXPECT_EQ(createOverChangedWindow(change), VEL_INVALID_ARGUMENT);
     EXPECT_STRNE(vel_last_error(), "");
   }
-  // The toplevel is optional: only the headless display refuses this window.
+  // The toplevel is optional. The headless display refuses even a valid host window.
   EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
             VEL_BAD_WINDOW);
 }
@@ -104,7 +104,7 @@ TEST_F(HostWindowTest, ASmallerStructureIsRefusedAndUnknownMembersMustBeZero) {
   } later{waylandWindow(), 1};
   later.known.size = sizeof later;
   EXPECT_EQ(create(later.known), VEL_INVALID_ARGUMENT);
-  // The structure is now valid: only the headless display refuses the window.
+  // The structure is now valid. The headless display refuses even a valid host window.
   later.unknown = 0;
   EXPECT_EQ(create(later.known), VEL_BAD_WINDOW);
 }

@@ -144,7 +144,7 @@ TEST_F(CRequestTest, AJsonObjectCanHaveAllParametersOfARequest) {
   EXPECT_EQ(secondsLeft(), 3);
 }
 
-TEST_F(CRequestTest, InJsonAnyModeOtherThanSkipIsAcceptedWithoutSkipMode) {
+TEST_F(CRequestTest, InJsonEveryModeOtherThanSkipMeansForcedMode) {
   for (const char* mode : {"forced", "Skip", "", "anything"}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": 1, "mode": ")") +
                           mode + "\"}"),

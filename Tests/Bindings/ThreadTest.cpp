@@ -143,8 +143,8 @@ TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
   }).join();
-  // The next thread may get the identifier of the thread that has ended. vel_pump must nevertheless
-  // refuse it.
+  // The next thread may get the identifier of the thread that has ended. On the next thread,
+  // vel_pump must nevertheless return VEL_WRONG_THREAD.
   std::thread([&] {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);

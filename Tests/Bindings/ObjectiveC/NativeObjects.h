@@ -18,8 +18,8 @@
 }
 @end
 
-/// A resolver delegate that counts the changes of the state and stores the arguments of the latest
-/// call.
+/// A resolver delegate that counts the changes of the state. It stores the arguments of the latest
+/// call, and whether the main thread made that call.
 @interface NativeResolverDelegate : NSObject <ContentResolverDelegate> {
  @public
   int changes;
