@@ -174,7 +174,7 @@ TEST_F(DispatchTest, WorkThatBecomesDueDuringAPassWaitsForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"slow", "later"}));
 }
 
-TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWork) {
+TEST_F(DispatchTest, ANestedLoopRunsTheRestOfTheDueWorkThenNewWork) {
   submit("outer", [this] {
     submit("submitted inside");
     loop.pump();

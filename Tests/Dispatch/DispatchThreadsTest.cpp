@@ -71,7 +71,7 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
   bool hasRun = false;
   dispatch_async(queue, [&] {
     std::thread otherThread([&] { dispatch_async(queue, [&hasRun] { hasRun = true; }); });
-    // `pump` does not wait. In virtual time, a run loop that waits for another thread throws.
+    // In virtual time, a run loop that waits for another thread throws. `pump` does not wait.
     while (!hasRun) {
       loop.pump();
     }

@@ -11,7 +11,7 @@ from docs import PROGRAM, ROOT
 PAGE = (ROOT / "docs/requests.md").read_text(encoding="utf-8")
 MODAL_WINDOW_MODE, SHEET_MODE = 2, 1
 STATE_FAILED = 4
-# Times in an expected outcome.
+# In an expected outcome, these values stand for a time that does not exist.
 STAYS = None  # the launch screen is not dismissed
 NO_EVENT = None  # no event is recorded
 
@@ -25,7 +25,7 @@ def rows(heading):
 
 class Play:
     """Plays a scenario: a request, its presentation, and `steps`. Stores the lines of the trace.
-    `host` has other members of the scenario's host. Its member `player` describes the player
+    `host` has members of the scenario's host, except `player`: its members describe the player
     window."""
 
     def __init__(self, parameters, steps=(), presentation_mode=0, windows=(), until=30, **host):

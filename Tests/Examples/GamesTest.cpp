@@ -109,12 +109,12 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_TRUE(waitForLine(game, "controls kept"));  // metacity still allows resizing
   EXPECT_THAT(allowedActions(window), hasNeitherCloseNorMinimize());
   EXPECT_NE(titleBar(window), titleBarBefore);
-  const auto reportCount = [&] {
+  const auto frameReportCount = [&] {
     return std::ranges::count_if(game.lines(),
                                  [](const auto& line) { return line.ends_with("frames covered"); });
   };
-  const auto reportCountBefore = reportCount();
-  EXPECT_TRUE(waitFor([&] { return reportCount() >= reportCountBefore + 2; }));
+  const auto frameReportCountBefore = frameReportCount();
+  EXPECT_TRUE(waitFor([&] { return frameReportCount() >= frameReportCountBefore + 2; }));
   EXPECT_TRUE(client.screenPicture(window).isAll(kWhite));
   EXPECT_EQ(recordedEvents(), "");
   savePicture("during");
@@ -165,8 +165,8 @@ TEST_F(PythonHostOnADisplay, PrintsEachCallback) {
   ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended 1"); }));
   EXPECT_EQ(host.wait(), 0);
   std::vector<std::string> lines = host.lines();
-  // The library reports kept controls after it disables controls. The report after it restores them
-  // may come too late for the host.
+  // The library reports the kept controls after it disables controls and again after it restores
+  // them. The host may exit before the second report.
   EXPECT_GE(std::erase(lines, "controls_kept 0"), 1U);
   EXPECT_THAT(lines, ElementsAre("state_changed 3 None", StartsWith("log_line LaunchScreenContent"),
                                  "will_appear", "may_disappear", "did_disappear",

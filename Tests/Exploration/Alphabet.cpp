@@ -11,10 +11,9 @@ namespace vel::exploration {
 
 namespace {
 
-// The requests start a countdown of 0.3 s, which takes three ticks. Rounding can leave slightly
-// more than 0 s after the third tick. The countdown then takes a fourth tick. The action "half a
-// second" is longer than the countdown. Add new actions at the end, because the seeds of the fuzzer
-// refer to actions by index.
+// The requests start a countdown of 0.3 s. It takes four ticks of 0.1 s, because the library reads
+// 0.3 as a `float`, which is slightly more than 0.3. The action "half a second" is longer than the
+// countdown. Add new actions at the end, because the seeds of the fuzzer refer to actions by index.
 constexpr Action kActions[] = {
     {"request", 0,
      R"({"do":"request","parameters":{"event":"launch_end","max_duration_time":0.3}})"},

@@ -46,6 +46,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
       scriptsToExtend.push_back(script);
       play.end();
     }
+    // A violation at this point comes from `end`, which deactivates the manager.
     if (!play.violation().empty()) {
       exploration.finding = {.violation = play.violation(), .script = script};
       exploration.finding->script.push_back(actionNamed("deactivate"));

@@ -21,7 +21,8 @@ struct Finding {
 
 /// The result of an exploration.
 struct Exploration {
-  /// The number of different states, including the state before the first action.
+  /// The number of different states, including the state before the first action. 0 if there is a
+  /// finding.
   std::size_t stateCount = 0;
   /// The number of scripts that were played.
   std::size_t scriptCount = 0;

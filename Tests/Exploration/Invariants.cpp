@@ -58,11 +58,11 @@ std::string checkTimeOfRecording(const ObservedPlay& play) {
 
 std::string checkNotDismissedEarly(const ObservedPlay& play) {
   const History& history = play.history();
-  const bool isDismissing = traceEventAs<trace::LifeCycleCall>(play) != nullptr ||
-                            traceEventAs<trace::StyleMaskAssignment>(play) != nullptr ||
-                            traceEventAs<trace::PresentationWindowChange>(play) != nullptr ||
-                            traceEventAs<trace::KeyWindowChange>(play) != nullptr;
-  if (history.mustRefuse && isDismissing) {
+  const bool isEffectOfDismissal = traceEventAs<trace::LifeCycleCall>(play) != nullptr ||
+                                   traceEventAs<trace::StyleMaskAssignment>(play) != nullptr ||
+                                   traceEventAs<trace::PresentationWindowChange>(play) != nullptr ||
+                                   traceEventAs<trace::KeyWindowChange>(play) != nullptr;
+  if (history.mustRefuse && isEffectOfDismissal) {
     return "it is not refused with " + number(history.timeLeft) + " s left";
   }
   const bool isEarly = history.timeLeft > expirationTimeStep && !play.currentSample().skipMode;
@@ -78,9 +78,10 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   const double previousTimeLeft = play.previousSample().timeLeft;
   const double currentTimeLeft = play.currentSample().timeLeft;
   const History& history = play.history();
-  // The manager sets the time left to 0 after a dismissal, and when it is asked for a dismissal
-  // with at most one step left.
-  const bool mayBeStopped =
+  // `stopTimer` sets the time left to 0. The manager calls `stopTimer` after a dismissal. If at
+  // most one tick is left, the manager also calls it when it decides whether a dismissal may
+  // happen.
+  const bool mayHaveCalledStopTimer =
       history.hasCalledDidDisappear ||
       (history.hasCalledCanDisappear && previousTimeLeft <= expirationTimeStep);
   const bool isSetByRequest =
@@ -88,7 +89,8 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   if (traceEventAs<trace::Tick>(play) != nullptr) {
     const bool isOneStepLess = currentTimeLeft == previousTimeLeft - expirationTimeStep;
     // The tick starts a dismissal, which sets the time left to 0. Then the tick subtracts its step.
-    const bool isStoppedDuringTick = mayBeStopped && currentTimeLeft == 0.0 - expirationTimeStep;
+    const bool isStoppedDuringTick =
+        mayHaveCalledStopTimer && currentTimeLeft == 0.0 - expirationTimeStep;
     const bool isZero = previousTimeLeft == 0.0 && currentTimeLeft == 0.0;
     if (!history.wasCounting) {
       return "a tick comes without a valid timer";
@@ -98,7 +100,7 @@ std::string checkTimeLeft(const ObservedPlay& play) {
                : "a tick changes " + number(previousTimeLeft) + " s to " + number(currentTimeLeft) +
                      " s";
   }
-  if (currentTimeLeft == previousTimeLeft || (mayBeStopped && currentTimeLeft == 0.0) ||
+  if (currentTimeLeft == previousTimeLeft || (mayHaveCalledStopTimer && currentTimeLeft == 0.0) ||
       isSetByRequest) {
     return "";
   }

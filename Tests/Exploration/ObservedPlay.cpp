@@ -73,6 +73,7 @@ void ObservedPlay::perform(std::uint8_t action) {
   const bool hasOriginalStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
     return window->styleMask() == originalStyle(*window);
   });
+  // If this is true, only a later step can cause a wrong style.
   if (hasOriginalStyles && isUncovered(*this) && !canEarlierCoverChangeStyle(*this)) {
     history_.styleExceptions.reset();
   }
@@ -92,6 +93,7 @@ void ObservedPlay::play(const host::Step& step) {
     player_.play(step);
   } catch (const std::exception& error) {
     if (violation_.empty()) {
+      // "nothing is thrown" is an invariant of every play.
       violation_ = std::string("nothing is thrown: ") + error.what();
     }
   }

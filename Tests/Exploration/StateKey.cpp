@@ -103,7 +103,7 @@ void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewContr
   key << controller.presentationMode() << controller.appWindowStyleMask()
       << play.names().nameOf(controller.appWindow()) << controller.isShown()
       << (controller.parentViewController() != nullptr)
-      // The controller presents itself over a window without a content view controller.
+      // If the window has no content view controller, the controller presents itself.
       << (controller.presentingViewController().get() == &controller)
       << (controller.presentingViewController() != nullptr);
   for (const LifeCycleMethod method :
@@ -138,12 +138,12 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
   const auto controllerOfSelfView =
       as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto windowOfSuperView = send(superView, &NSView::window);
-  const auto currentController =
+  const auto controllerOfContent =
       send(play.manager()->content(), &LaunchScreenContent::viewController);
   key << indexOf(selfController.get(), controllers)
       << indexOf(controllerOfSelfView.get(), controllers) << play.names().nameOf(windowOfSuperView)
       << (selfView != nullptr) << (superView != nullptr)
-      << indexOf(as<LaunchScreenViewController>(currentController).get(), controllers);
+      << indexOf(as<LaunchScreenViewController>(controllerOfContent).get(), controllers);
 }
 
 void addHistory(KeyText& key, const ObservedPlay& play) {

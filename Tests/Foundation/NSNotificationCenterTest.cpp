@@ -128,7 +128,8 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectOrForEveryObjectIfItIsNull) {
+TEST_F(NSNotificationCenterTest,
+       DeliversForTheRegisteredObjectOnlyButForEveryObjectIfNullIsRegistered) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);

@@ -136,7 +136,7 @@ TEST(RespondsToTest, AnObjectMayDecideAtRunTimeWhetherItResponds) {
   EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
 }
 
-TEST(ConformsToTest, IsTrueForADeclaredProtocol) {
+TEST(ConformsToTest, IsTrueForAProtocolThatTheClassAdopts) {
   const Strong<NSObject> critic = make<CriticInAudience>();
   EXPECT_TRUE(conformsTo<Audience>(critic));
   EXPECT_TRUE(conformsTo<Critic>(critic));

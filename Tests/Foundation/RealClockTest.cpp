@@ -132,23 +132,24 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
-  std::atomic<bool> hasReturned = false;
+  std::atomic<bool> hasLoopReturned = false;
   // A wake-up before the pass begins does not end the wait after the pass, so the thread wakes the
   // loop repeatedly.
-  std::thread otherThread([this, &hasReturned] {
-    while (!hasReturned) {
+  std::thread otherThread([this, &hasLoopReturned] {
+    while (!hasLoopReturned) {
       loop.wake();
       std::this_thread::yield();
     }
   });
   // The condition is checked before each pass, so the loop runs one pass and one wait.
   loop.runUntil([&isFirstCheck] { return !std::exchange(isFirstCheck, false); });
-  hasReturned = true;
+  hasLoopReturned = true;
   otherThread.join();
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
-  // The many rounds cause wake-ups before, during and after the beginning of a wait.
+  // Over the many rounds, some wake-ups come before a wait, some while it begins and some during
+  // it.
   std::atomic<int> completedRounds = 0;
   int runCount = 0;
   constexpr int kRounds = 500;

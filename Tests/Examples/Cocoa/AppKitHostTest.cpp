@@ -19,8 +19,8 @@ constexpr const char* kEmbedded = "0";
 constexpr const char* kSheet = "1";
 constexpr const char* kModalWindow = "2";
 
-// `AppKitEnvironment` is the first base class, so its destructor runs last. It kills all child
-// processes, the X server too.
+// The destructor of `AppKitEnvironment` kills all child processes. It must run after
+// `X11TestWithManager` has stopped the X server, so `AppKitEnvironment` is the first base class.
 class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
   // Waits until the host has drawn its window, and clicks it. The click shows the launch screen.

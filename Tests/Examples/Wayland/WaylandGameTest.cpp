@@ -79,12 +79,12 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   // The library cannot remove the controls. The game itself removes resizing and closing.
   EXPECT_TRUE(waitForLine(*game, "controls kept"));
   EXPECT_TRUE(waitForLine(*game, "controls removed"));
-  const auto reportCount = [&] {
+  const auto frameReportCount = [&] {
     return std::ranges::count_if(game->lines(),
                                  [](const auto& line) { return line.ends_with("frames covered"); });
   };
-  const auto reportCountBefore = reportCount();
-  EXPECT_TRUE(eventually([&] { return reportCount() >= reportCountBefore + 2; }));
+  const auto frameReportCountBefore = frameReportCount();
+  EXPECT_TRUE(eventually([&] { return frameReportCount() >= frameReportCountBefore + 2; }));
   EXPECT_TRUE(sway.picture(kGameArea).isAll(kWhite));
   EXPECT_EQ(recordedEvents(), "");
   sway.picture(kScreen).save("wayland-game-during");
@@ -117,7 +117,7 @@ TEST_F(GameOnWayland, ItsCoverFollowsTheSizeOfItsWindow) {
 TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
   const auto game = startGame("5");
   ASSERT_TRUE(waitForLine(*game, "controls removed"));
-  // Another window has the focus, so the countdown pauses until the user clicks the frame.
+  // Another window has the focus, so the countdown pauses until the first drag focuses the game.
   const SurfaceHost other(sway.display(), "other", {100, 100}, 0x804020);
   sway.run("[title=\"^other$\"] move position 0 0");
   sway.run("[title=\"^A game$\"] border pixel 8");

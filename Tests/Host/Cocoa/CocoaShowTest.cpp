@@ -7,7 +7,8 @@
 namespace vel::test {
 namespace {
 
-// `AppKitEnvironment` is the first base class, so it is destroyed after the X server of `X11Test`.
+// The destructor of `AppKitEnvironment` kills all child processes. It must run after `X11Test` has
+// stopped the X server, so `AppKitEnvironment` is the first base class.
 class CocoaShow : private AppKitEnvironment, public X11Test {
  protected:
   CocoaShow() : X11Test(Manager::Metacity) {}

@@ -227,8 +227,8 @@ TEST(PlayStepsTest, SendRecordsTheEvent) {
 }
 
 TEST(PlayStepsTest, SendSubscribesAgain) {
-  // The manager postpones the dismissal until the window becomes key. With a second subscription,
-  // the manager then attempts the dismissal twice, so it calls the host once more.
+  // The manager attempts the postponed dismissal when the window becomes key. With a second
+  // subscription, the manager attempts it twice and makes one more call to the host.
   const std::string postponedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
@@ -435,9 +435,9 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
 TEST(PlayStepsTest, WindowHasItsClassAndParent) {
   // While a modal launch screen is shown, the countdown pauses unless the key window, or the parent
   // of the key window, has the class PlayerWindow. PlayerWindow is the default class of a window.
-  const auto keyWindowPausesCountdown = [](const std::string& window) {
+  const auto keyWindowPausesCountdown = [](const std::string& windowMembers) {
     return lastInspection(
-        play(R"({"do":"openWindow","name":"other")" + window +
+        play(R"({"do":"openWindow","name":"other")" + windowMembers +
                  R"(},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
                  R"({"do":"contentView"},{"do":"present","window":"player","mode":2},)"
                  R"({"do":"makeKey","window":"other"})",
@@ -449,7 +449,8 @@ TEST(PlayStepsTest, WindowHasItsClassAndParent) {
 }
 
 TEST(PlayStepsTest, WindowHasItsContentViewController) {
-  // The library detects the cover only in a window with a content view controller.
+  // The library detects the cover only in a window with a content view controller. If it detects
+  // the cover, the second request makes a temporary content.
   const std::string steps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);

@@ -20,7 +20,7 @@ class LabelLayoutTest : public testing::Test {
 
 TEST_F(LabelLayoutTest, HasNoRowsWithoutAMark) { EXPECT_EQ(layout_.rowCount(), 0U); }
 
-TEST_F(LabelLayoutTest, PutsMarksThatFitIntoOneRow) {
+TEST_F(LabelLayoutTest, PutsMarksIntoOneRowIfTheyFit) {
   EXPECT_EQ(layout_.place(0, 20).row, 0U);   // the label ends at 22
   EXPECT_EQ(layout_.place(29, 20).row, 0U);  // the mark starts at 27
   EXPECT_EQ(layout_.rowCount(), 1U);

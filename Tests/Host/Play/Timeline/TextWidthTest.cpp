@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kSize = 10;
 
-TEST(TextWidthTest, IsTheSumOfTheCharacters) {
+TEST(TextWidthTest, IsTheSumOfTheWidthsOfTheCharacters) {
   EXPECT_DOUBLE_EQ(textWidth("", kSize), 0);
   EXPECT_DOUBLE_EQ(textWidth("W", kSize), 9.89);
   EXPECT_DOUBLE_EQ(textWidth("W W", kSize), 9.89 + 3.18 + 9.89);

@@ -65,9 +65,9 @@ class TimelineTest : public testing::Test {
   Timeline timeline_;
 };
 
-// The countdown ends at the sixth tick, at 0.6 s: after five ticks the time left is slightly more
-// than 0.1 s, because of rounding. The library records the event 0.5 s after the dismissal and
-// removes the cover 1 s after the dismissal.
+// The countdown ends at the first tick that finds at most 0.1 s left. Because of rounding, slightly
+// more than 0.1 s is left at the fifth tick, so the sixth tick, at 0.6 s, ends it. The library
+// records the event 0.5 s after the dismissal and removes the cover 1 s after the dismissal.
 constexpr std::string_view kRunOfHalfASecond =
     R"({"do":"activate"},{"do":"request","parameters":{"event":"end","max_duration_time":0.5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";

@@ -132,7 +132,7 @@ class Timeline(unittest.TestCase):
         classes = {element.get("class") for element in svg.iter(SVG + "rect")}
         self.assertEqual(classes, {"background", "key", "cover"})
 
-    def test_both_colour_schemes_have_every_colour_and_background_fills_picture(self):
+    def test_both_colour_schemes_have_every_colour_and_the_background_fills_the_picture(self):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")

@@ -82,7 +82,7 @@ TEST(TraceTextTest, LifeCycleCallsHaveTheirPlatformNames) {
             R"({"t":0.000000000,"cover":"viewDidDisappear"})");
 }
 
-TEST(TraceTextTest, DoubleIsTheShortestDecimalThatConvertsToIt) {
+TEST(TraceTextTest, DoubleIsWrittenAsTheShortestDecimalThatConvertsBack) {
   EXPECT_EQ(shortestDecimal(5.0), "5");
   EXPECT_EQ(shortestDecimal(4.9), "4.9");
   EXPECT_EQ(shortestDecimal(0.30000001192092896), "0.30000001192092896");
