@@ -54,7 +54,7 @@ void DisappearanceTransition::sendWillDisappear() {
   std::size_t next = 0;
   // `viewWillDisappear` may show more controllers in `view_`. Those controllers must also
   // disappear.
-  for (addNewAppearances(); next < appearances_.size(); addNewAppearances()) {
+  for (addShownControllers(); next < appearances_.size(); addShownControllers()) {
     for (; next < appearances_.size(); ++next) {
       const Appearance& appearance = appearances_[next];
       appearance.controller->callMethodOnce(LifeCycleMethod::WillDisappear, appearance.id);
@@ -62,7 +62,7 @@ void DisappearanceTransition::sendWillDisappear() {
   }
 }
 
-void DisappearanceTransition::addNewAppearances() {
+void DisappearanceTransition::addShownControllers() {
   for (const Strong<NSViewController>& controller : controllersIn(view_, Visibility::Shown)) {
     if (std::ranges::find(appearances_, controller, &Appearance::controller) ==
         appearances_.end()) {

@@ -46,7 +46,7 @@ class DisappearanceTransition {
 
  private:
   // Adds the appearances of the controllers that are shown and are not in `appearances_` yet.
-  void addNewAppearances();
+  void addShownControllers();
 
   Strong<NSView> view_;
   std::vector<Appearance> appearances_;

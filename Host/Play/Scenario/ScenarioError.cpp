@@ -4,9 +4,9 @@
 
 namespace vel::host {
 
-ScenarioError::ScenarioError(const std::string& pointer, std::string_view expectedValue)
+ScenarioError::ScenarioError(const std::string& jsonPointer, std::string_view expectedValue)
     : std::runtime_error(
-          (pointer.empty() ? "\"\" (the document)" : escapeControlCharacters(pointer)) +
+          (jsonPointer.empty() ? "\"\" (the document)" : escapeControlCharacters(jsonPointer)) +
           ": expected " + escapeControlCharacters(expectedValue)) {}
 
 std::string escapeControlCharacters(std::string_view text) {

@@ -10,9 +10,9 @@ namespace vel::host {
 /// the invalid value, and a description of a valid value.
 class ScenarioError : public std::runtime_error {
  public:
-  /// `pointer` is a JSON pointer to the invalid value. An empty pointer means the whole document.
-  /// `expectedValue` describes a valid value.
-  ScenarioError(const std::string& pointer, std::string_view expectedValue);
+  /// `jsonPointer` is a JSON pointer to the invalid value. An empty pointer means the whole
+  /// document. `expectedValue` describes a valid value.
+  ScenarioError(const std::string& jsonPointer, std::string_view expectedValue);
 };
 
 /// Escapes each control character of the text as \u00XX. The result is a single line.

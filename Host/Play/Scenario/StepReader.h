@@ -11,8 +11,8 @@
 
 namespace vel::host {
 
-/// The window names that a step may use. The host's windows are known after the scenario has
-/// described them. The windows of presentations are known after the steps that may open them.
+/// The window names that a step may use: those of the host's windows, and those of the windows that
+/// earlier steps may open. The windows of presentations are numbered in the order of these steps.
 class KnownWindowNames {
  public:
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
@@ -20,10 +20,10 @@ class KnownWindowNames {
   std::string add(const JsonValue& name);
   /// Adds the name of the default window, which the scenario does not describe.
   void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
-  /// Adds the name of the window that a `step::Present` with this mode opens. Mode 0 opens no
-  /// window.
+  /// Adds the next modal window or sheet, which a `step::Present` with this mode opens. Mode 0
+  /// opens no window.
   void addPresentation(std::int32_t mode);
-  /// Adds the name of the sheet that a `step::PresentOver` opens.
+  /// Adds the next sheet, which a `step::PresentOver` opens.
   void addSheet() { ++sheetCount_; }
 
   [[nodiscard]] bool isKnown(std::string_view name) const;
