@@ -173,8 +173,8 @@ void Connection::roundTrip() { wl_display_roundtrip_queue(display_, queue_.get()
 
 void Connection::flush() { wl_display_flush(display_); }
 
-// Binds the first global object that has the wanted interface. Objects that the back end has
-// created may belong to it, so another one does not replace it.
+// Binds the first global object that has the wanted interface. A later one does not replace it,
+// because the back end may have created objects from the first one.
 template <class T>
 void Connection::bindFirst(Proxy<T>& proxy, std::uint32_t name, const std::string& interface,
                            const wl_interface& wantedInterface, std::uint32_t version) {

@@ -31,7 +31,8 @@ struct WindowManager {
 
 /// A connection to a compositor, and the compositor's global objects. This object opens the
 /// connection or uses the connection of the host. All objects of the back end use an event queue of
-/// their own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns it.
+/// their own, so the back end never dispatches events of the host. `WaylandWindowSystem` owns this
+/// object.
 class Connection final : public NonCopyable {
  public:
   /// The functions that report that a seat appears, that a global object disappears, or that the
@@ -45,7 +46,8 @@ class Connection final : public NonCopyable {
   /// Connects to a compositor. An empty name means the compositor that `WAYLAND_DISPLAY` names.
   /// On failure, sets `error` to the reason and returns null.
   static std::unique_ptr<Connection> open(const std::string& displayName, std::string& error);
-  /// Uses the connection of the host. The host disconnects after this object is destroyed.
+  /// Uses the connection of the host. The host must not disconnect before this object is destroyed.
+  /// On failure, sets `error` to the reason and returns null.
   static std::unique_ptr<Connection> share(wl_display* display, std::string& error);
   ~Connection();
 
@@ -84,9 +86,9 @@ class Connection final : public NonCopyable {
   [[nodiscard]] zxdg_exporter_v2* exporter() const { return exporter_.get(); }
   [[nodiscard]] zxdg_importer_v2* importer() const { return importer_.get(); }
   [[nodiscard]] xdg_activation_v1* activation() const { return activation_.get(); }
-  /// The outputs. Empty if the connection is shared: the compositor would send `wl_surface.enter`
-  /// with these objects to the surfaces of the host, and a toolkit would take their user data for
-  /// its own.
+  /// The outputs. Empty if the connection is shared, because the compositor would send
+  /// `wl_surface.enter` with these outputs to the surfaces of the host. The toolkit of the host
+  /// would then take the user data of these outputs for its own.
   [[nodiscard]] const std::vector<std::unique_ptr<Output>>& outputs() const { return outputs_; }
 
  private:

@@ -160,8 +160,9 @@ void Frame::setStyle(NSWindowStyleMask styleMask, CGSize size) {
     floatingSize_ = size_;
   }
   // libdecor fixes the size of a window that is not resizable, and restores the previous limits
-  // when the window is resizable again. It takes the fixed size for the previous limits if another
-  // capability changes between. So each call starts without limits.
+  // when the window is resizable again. But if another capability changes while the size is fixed,
+  // libdecor stores the fixed size as the previous limits. So this function removes the limits
+  // before and after each change of the capabilities.
   allowAllSizes();
   functions_.frameUnsetCapabilities(
       frame_, static_cast<libdecor_capabilities>(kAllCapabilities & ~capabilities));
@@ -204,7 +205,7 @@ void Frame::configure(libdecor_configuration* configuration) {
 void Frame::commit(libdecor_configuration* configuration) {
   if (!isResizable_) {
     // When libdecor draws the frame, it raises the minimum size above the width of its buttons. If
-    // the minimum then exceeds the maximum, libdecor stops working.
+    // the minimum then exceeds the maximum, libdecor stops working. So each commit sets both again.
     functions_.frameSetMinContentSize(frame_, size_.width, size_.height);
     functions_.frameSetMaxContentSize(frame_, size_.width, size_.height);
   }

@@ -87,7 +87,7 @@ class Frame final : public NonCopyable {
   Frame(const FrameContext& context, wl_surface* surface, Handlers handlers);
   void configure(libdecor_configuration* configuration);
   void allowAllSizes();
-  // `configuration` is null if the compositor has not caused the change.
+  // `configuration` is null if the commit does not reply to a configure event.
   void commit(libdecor_configuration* configuration);
 
   const Libdecor& functions_;
@@ -95,7 +95,7 @@ class Frame final : public NonCopyable {
   Handlers handlers_;
   libdecor_frame* frame_ = nullptr;
   Size size_;          // of the content
-  Size floatingSize_;  // the size when the window is neither maximised nor fullscreen
+  Size floatingSize_;  // the latest `size_` while `isFloating` was true
   bool isResizable_ = true;
   bool isConfigured_ = false;
 };

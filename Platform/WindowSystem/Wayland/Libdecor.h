@@ -7,7 +7,8 @@
 namespace vel::wayland {
 
 /// The functions of libdecor that the back end calls. libdecor is a library that draws the frames
-/// of windows. It is loaded at run time, so that a program without such windows does not load it.
+/// of windows. It is loaded at run time, so that a program whose windows need no frame from
+/// libdecor does not load it.
 struct Libdecor {
   decltype(&libdecor_new) contextNew = nullptr;
   decltype(&libdecor_unref) contextUnref = nullptr;

@@ -18,8 +18,8 @@ namespace vel::wayland {
 class Toplevel final : public NonCopyable {
  public:
   struct Handlers {
-    /// Called when the surface must get a buffer. `size` is the size that the compositor requires,
-    /// or zero if the client chooses the size.
+    /// Called when the surface must get a buffer. `size` is the size that the compositor requires.
+    /// If its width or height is zero, the client chooses this length.
     std::function<void(CGSize size)> configured;
     std::function<void()> closeRequested;
   };
@@ -32,7 +32,7 @@ class Toplevel final : public NonCopyable {
   ~Toplevel();
 
   [[nodiscard]] xdg_toplevel* proxy() const;
-  /// True if the surface may have a buffer: the compositor has configured it.
+  /// True if the compositor has configured the surface. Only then may the surface have a buffer.
   [[nodiscard]] bool isConfigured() const { return isConfigured_; }
   /// True if the client chooses the size. The compositor chooses the size of a maximised or
   /// fullscreen window, and a commit with another size ends the connection.
@@ -42,9 +42,9 @@ class Toplevel final : public NonCopyable {
 
   /// Shortens a title that does not fit into a request.
   void setTitle(std::string_view title);
-  /// Sets the size, and allows or disables resizing by the user. Asks the compositor to draw a
-  /// frame if the style mask has a title bar, or changes the controls of the frame that libdecor
-  /// draws. The next commit of the surface applies the changes.
+  /// Sets the size, and allows or disables resizing by the user. If libdecor draws the frame, sets
+  /// the controls of the frame. Otherwise, asks the compositor to draw a frame if the style mask
+  /// has a title bar. The next commit of the surface applies the changes.
   void setStyle(NSWindowStyleMask styleMask, CGSize size);
   /// Lets the user move the window while the pointer button of `serial` is pressed.
   void move(wl_seat* seat, std::uint32_t serial) const;
@@ -62,7 +62,7 @@ class Toplevel final : public NonCopyable {
   Proxy<zxdg_toplevel_decoration_v1> decoration_;
   CGSize pendingSize_;  // the size in the latest configure event
   bool isPendingFloating_ = true;
-  bool isFloating_ = true;  // if libdecor draws the frame, the frame knows this
+  bool isFloating_ = true;  // not used if libdecor draws the frame
   bool isConfigured_ = false;
 };
 

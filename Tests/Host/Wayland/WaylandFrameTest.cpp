@@ -14,9 +14,9 @@ namespace {
 constexpr std::uint32_t kBackground = 0x203020;
 constexpr PixelRect kContent{262, 224, 500, 320};  // a window of 500 by 320 points in the middle
 constexpr PixelRect kTitleBar{262, 200, 500, 24};
-/// The content of a sheet or a modal window in the middle of the player window, and the area above
-/// it.
+/// The content of a sheet or a modal window in the middle of the player window.
 constexpr PixelRect kLaunchScreen{272, 249, 480, 270};
+/// The area where a frame of this sheet or modal window has its title bar.
 constexpr PixelRect kAboveLaunchScreen{272, 225, 480, 24};
 constexpr std::uint32_t kPlayerColor = 0x17213D;
 constexpr int kCloseButtonX = 746;
@@ -37,7 +37,7 @@ class FramedShow : public testing::Test {
   [[nodiscard]] bool becomesWhite(PixelRect area) const {
     return eventually([&] { return weston.picture(area).isAll(kWhite); });
   }
-  [[nodiscard]] bool hasTitleBar() const {
+  [[nodiscard]] bool getsTitleBar() const {
     return eventually([this] { return !weston.picture(kTitleBar).colors().contains(kBackground); });
   }
 
@@ -47,7 +47,7 @@ class FramedShow : public testing::Test {
 TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
   Process program = start({});
   ASSERT_TRUE(becomesWhite(kContent));
-  EXPECT_TRUE(hasTitleBar());
+  EXPECT_TRUE(getsTitleBar());
   weston.picture().save("wayland-show-frame");
   weston.click(kCloseButtonX, kCloseButtonY);
   EXPECT_EQ(program.wait(), 0);
@@ -56,7 +56,7 @@ TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
 TEST_F(FramedShow, ASheetHasAFrame) {
   Process program = start({"--content-controller", "--present", "sheet"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
-  EXPECT_TRUE(hasTitleBar());
+  EXPECT_TRUE(getsTitleBar());
   EXPECT_FALSE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
   weston.picture().save("wayland-show-sheet");
   EXPECT_EQ(program.wait(), 0);
@@ -66,7 +66,7 @@ TEST_F(FramedShow, ASheetHasAFrame) {
 TEST_F(FramedShow, AModalLaunchScreenHasNoFrameOverAFramedWindow) {
   Process program = start({"--content-controller", "--present", "modal"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
-  EXPECT_TRUE(hasTitleBar());
+  EXPECT_TRUE(getsTitleBar());
   EXPECT_TRUE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
   weston.picture().save("wayland-show-modal");
   EXPECT_EQ(program.wait(), 0);

@@ -73,12 +73,12 @@ class RecordingCompositor : NonCopyable {
   std::vector<SurfaceRecord> surfaces();
   /// The record of one surface. Throws if the surface does not exist.
   SurfaceRecord surface(std::uint32_t id);
-  /// The subsurfaces of a surface.
+  /// The subsurfaces of a surface. If `parent` is 0, the surfaces that are not subsurfaces.
   std::vector<SurfaceRecord> children(std::uint32_t parent);
   /// The number of protocol objects of each interface.
   std::map<std::string, int> objects();
-  /// Returns the requests since the previous call whose interface begins with `prefix`, such as
-  /// "xdg_toplevel.destroy".
+  /// Returns the names of the requests that the client has sent since the previous call, such as
+  /// "xdg_toplevel.destroy". Omits names that do not begin with `prefix`.
   std::vector<std::string> takeRequests(const std::string& prefix);
 
  private:

@@ -203,8 +203,8 @@ class Server : NonCopyable {
     return 0;
   }
 
-  // Creates the new object of the request, if it has one. The new object belongs to the surface of
-  // the first object in the arguments, or else of the object that receives the request.
+  // If the request creates an object, the new object belongs to the surface of the first object in
+  // the arguments. If no argument is an object, it belongs to the surface of `target`.
   void handleRequest(wl_resource* target, const wl_message& message, wl_argument* arguments) {
     const std::string request = std::string(wl_resource_get_class(target)) + '.' + message.name;
     requests_.push_back(request);
@@ -432,7 +432,8 @@ class Server : NonCopyable {
     return text.str();
   }
 
-  // Lists the interface of each object, as libwayland knows it.
+  // Lists the interface of each object of the clients. `objects_` does not contain the objects that
+  // libwayland creates itself, such as wl_registry.
   std::string describeObjects() const {
     std::string text;
     wl_client* client = nullptr;

@@ -147,7 +147,7 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
   EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
 }
 
-TEST_F(WaylandCoverRequests, WithoutViewporterEachBufferHasTheSizeOfItsSurface) {
+TEST_F(WaylandCoverRequests, WithoutViewporterTheScaleOfTheIndicatorIsTwo) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
   show(whiteWithIndicator(kSize), kSize);
@@ -157,7 +157,7 @@ TEST_F(WaylandCoverRequests, WithoutViewporterEachBufferHasTheSizeOfItsSurface) 
   EXPECT_EQ(indicator().bufferScale, 2);
 }
 
-TEST_F(WaylandCoverRequests, ACoverKeepsItsSizeWhenViewporterAppears) {
+TEST_F(WaylandCoverRequests, AViewporterThatAppearsWhileACoverIsOpenIsUsedForTheNextCover) {
   start();
   show(whiteWithIndicator(kSize), kSize);
   compositor.addGlobal("wp_viewporter");

@@ -1,4 +1,4 @@
-// The frame that libdecor draws around windows of the library. weston draws no frames itself.
+// The frame that libdecor draws around the windows of the back end. weston draws no frames itself.
 #include <gmock/gmock.h>
 
 #include <array>
@@ -28,7 +28,7 @@ constexpr NSWindowStyleMask kAllControls = NSWindowStyleMaskTitled | NSWindowSty
 constexpr int kTitleHeight = 24;
 constexpr int kButtonWidth = 32;
 
-/// The part of the screen without the pointer.
+/// The screen without the corner into which `hidePointer` moves the pointer.
 constexpr PixelRect kSearchedArea{0, 0, 1000, 740};
 /// The content of a new window, which is in the middle of the screen.
 constexpr PixelRect kContent{312, 254, 400, 260};
@@ -82,7 +82,7 @@ class WaylandFrame : public testing::Test {
   void open(NSWindowStyleMask styleMask = kAllControls) {
     ASSERT_NO_FATAL_FAILURE(connect());
     window = makeWindow(styleMask);
-    ASSERT_TRUE(hasContent(kContent));
+    ASSERT_TRUE(waitForContent(kContent));
     ASSERT_TRUE(waitFor([this] { return reports.contains("focus " + nameOf(window)); }));
   }
 
@@ -93,10 +93,11 @@ class WaylandFrame : public testing::Test {
     for (std::uint32_t& pixel : picture.pixels) {
       pixel = pixel == kWhite ? 1 : 0;
     }
+    // The bounds of the pixels that are not 0, which are the white ones.
     return picture.boundsOfOtherColors(0);
   }
   /// Waits until this area of the screen is white, and all pixels outside it have other colours.
-  bool hasContent(PixelRect area) {
+  bool waitForContent(PixelRect area) {
     return waitFor([&] { return whiteArea() == area && weston.picture(area).isAll(kWhite); });
   }
   [[nodiscard]] bool hasTitleBar(PixelRect content) const {
@@ -104,8 +105,8 @@ class WaylandFrame : public testing::Test {
   }
 
   void click(Point point) { weston.click(point.x, point.y); }
-  /// Presses the button at a point, moves the pointer, and releases the button. The pointer moves
-  /// until the condition is true.
+  /// Presses the button at `start`, moves the pointer back and forth at `end` until the condition
+  /// is true, and releases the button.
   bool drag(Point start, Point end, const std::function<bool()>& condition) {
     weston.movePointer(start.x, start.y);
     weston.pressButton();
@@ -120,7 +121,8 @@ class WaylandFrame : public testing::Test {
     weston.hidePointer();
     return isTrue;
   }
-  /// Moves the window by its title bar. weston has then handled all earlier input.
+  /// Moves the window by its title bar. When this function returns, weston has handled all earlier
+  /// input.
   void moveWindow(PixelRect& content, int distance) {
     const PixelRect previous = content;
     const Point start = titleOf(content);
@@ -128,7 +130,7 @@ class WaylandFrame : public testing::Test {
                      [&] { return whiteArea().x != previous.x; }));
     content.x += distance;
     content.y += distance;
-    EXPECT_TRUE(hasContent(content));
+    EXPECT_TRUE(waitForContent(content));
   }
 
   Weston weston;
@@ -143,7 +145,7 @@ TEST_F(WaylandFrame, SurroundsAWhiteContentOfTheSizeThatTheLibrarySets) {
   weston.picture().save("wayland-frame");
   system->setFrame(window, {{}, {500, 320}});
   constexpr PixelRect kLargeContent{262, 224, 500, 320};
-  EXPECT_TRUE(hasContent(kLargeContent));
+  EXPECT_TRUE(waitForContent(kLargeContent));
   EXPECT_TRUE(hasTitleBar(kLargeContent));
   EXPECT_EQ(reports.count("frame"), 0);
 }
@@ -163,6 +165,7 @@ TEST_F(WaylandFrame, ShowsTheControlsOfTheStyleMask) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) != titleBar; }));
   EXPECT_TRUE(waitFor([this] { return reports.count("controls kept") > 0; }));
+  // 0: the frame shows no control that the style mask excludes.
   EXPECT_TRUE(reports.contains("controls kept " + nameOf(window) + " 0"));
   weston.picture().save("wayland-frame-without-controls");
   system->setStyleMask(window, kAllControls);
@@ -230,15 +233,15 @@ TEST_F(WaylandFrame, AClickOnTheTitleBarActivatesTheWindow) {
 
 TEST_F(WaylandFrame, AWindowThatIsNoLongerMaximisedGetsItsPreviousSize) {
   ASSERT_NO_FATAL_FAILURE(open());
-  const Point button{kContent.x + kContent.width - kButtonWidth * 3 / 2,
-                     kContent.y - kTitleHeight / 2};
-  click(button);
+  const Point maximiseButton{kContent.x + kContent.width - kButtonWidth * 3 / 2,
+                             kContent.y - kTitleHeight / 2};
+  click(maximiseButton);
   ASSERT_TRUE(waitFor([this] { return reports.lastFrame.size.width == 1024; }));
   EXPECT_EQ(reports.lastFrame.size, (CGSize{1024, 768 - kTitleHeight}));
   ASSERT_TRUE(waitFor([this] { return whiteArea().width == kSearchedArea.width; }));
   weston.picture().save("wayland-frame-maximised");
-  // The test's module of weston moves the window to the middle of the screen, so the upper half of
-  // the title bar is outside the screen.
+  // weston-control.c moves the content to the middle of the screen, even if the window is
+  // maximised. So the upper half of the title bar is outside the screen.
   click({1024 - kButtonWidth * 3 / 2, kTitleHeight / 4});
   EXPECT_TRUE(waitFor([this] { return reports.lastFrame.size == kSize; }));
   EXPECT_TRUE(waitFor([this] { return whiteArea().width == kContent.width; }));
@@ -261,10 +264,10 @@ TEST_F(WaylandFrame, AWindowNarrowerThanTheButtonsHasAFrame) {
   ASSERT_NO_FATAL_FAILURE(connect());
   constexpr PixelRect kNarrowContent{492, 369, 40, 30};
   window = makeWindow(NSWindowStyleMaskTitled, {40, 30});
-  ASSERT_TRUE(hasContent(kNarrowContent));
+  ASSERT_TRUE(waitForContent(kNarrowContent));
   for (const NSWindowStyleMask styleMask : {kAllControls, NSWindowStyleMaskTitled, kAllControls}) {
     system->setStyleMask(window, styleMask);
-    EXPECT_TRUE(hasContent(kNarrowContent));
+    EXPECT_TRUE(waitForContent(kNarrowContent));
   }
   click(titleOf(kNarrowContent));
   deliverAll(*system);
@@ -276,10 +279,10 @@ TEST_F(WaylandFrame, ABorderlessWindowHasNoFrameUntilItGetsATitleBar) {
   EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([this] { return hasTitleBar(kContent); }));
-  EXPECT_TRUE(hasContent(kContent));
+  EXPECT_TRUE(waitForContent(kContent));
   system->setStyleMask(window, NSWindowStyleMaskBorderless);
   EXPECT_TRUE(waitFor([this] { return weston.picture(titleBarOf(kContent)).isAll(kBackground); }));
-  EXPECT_TRUE(hasContent(kContent));
+  EXPECT_TRUE(waitForContent(kContent));
 }
 
 TEST_F(WaylandFrame, AWindowThatIsHiddenUnderThePointerCanBeShownAgain) {
@@ -299,7 +302,7 @@ TEST_F(WaylandFrame, AWindowThatIsHiddenUnderThePointerCanBeShownAgain) {
   system->setScene(
       window, {{.kind = SceneItem::Kind::Fill, .frame = {{}, {1024, 768}}, .color = {1, 1, 1, 1}}});
   system->orderFront(window);
-  EXPECT_TRUE(hasContent(kContent));
+  EXPECT_TRUE(waitForContent(kContent));
   EXPECT_TRUE(hasTitleBar(kContent));
   EXPECT_EQ(reports.count("close requested"), 1);
 }
@@ -315,7 +318,7 @@ TEST_F(WaylandFrame, ASheetIsInFrontOfItsOwner) {
   ASSERT_TRUE(waitFor([&] { return reports.contains("focus " + nameOf(sheet)); }));
   EXPECT_TRUE(waitFor(isSheetInFront));
   weston.picture().save("wayland-frame-sheet");
-  // weston raises the window that the user moves, and then the windows in front of it.
+  // When the user moves a window, weston raises the window and then its sheet.
   const Point title = titleOf(kContent);
   EXPECT_TRUE(
       drag(title, {title.x + 60, title.y + 60}, [this] { return whiteArea().x != kContent.x; }));
@@ -351,6 +354,7 @@ TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
   EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
   EXPECT_THAT(logLines,
               testing::ElementsAre(testing::StartsWith("Wayland: windows have no frame: ")));
+  // For two windows, the back end has tried only once to load libdecor.
   EXPECT_EQ(HiddenLibrary::loadCount(), 1);
 }
 
@@ -364,7 +368,7 @@ TEST_F(WaylandFrame, WithoutAPluginOfLibdecorAWindowHasNoFrame) {
 }
 
 // libdecor dispatches the default event queue, which belongs to the host.
-TEST_F(WaylandFrame, OnTheConnectionOfAHostLibdecorIsNotLoaded) {
+TEST_F(WaylandFrame, LibdecorIsNotLoadedOnAHostsConnection) {
   const HiddenLibrary hidden(kLibdecor);
   SurfaceHost host(weston.display(), "game", {300, 200}, 0x208040);
   std::string error;
@@ -373,7 +377,7 @@ TEST_F(WaylandFrame, OnTheConnectionOfAHostLibdecorIsNotLoaded) {
   system->setDelegate(&reports);
   ASSERT_TRUE(system->adoptWindow(host.window(), error).has_value()) << error;
   makeWindow(kAllControls);
-  EXPECT_TRUE(hasContent(kContent));
+  EXPECT_TRUE(waitForContent(kContent));
   EXPECT_EQ(HiddenLibrary::loadCount(), 0);
   system = nullptr;
 }

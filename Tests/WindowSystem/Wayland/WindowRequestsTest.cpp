@@ -72,7 +72,7 @@ class WaylandWindowRequests : public testing::Test {
     exchange();
     return std::exchange(reports.lines, {});
   }
-  /// The surfaces of the open windows.
+  /// The surfaces of the open windows: those without a parent.
   std::vector<SurfaceRecord> windows() { return compositor.children(0); }
   SurfaceRecord firstWindow() { return windows().at(0); }
   SurfaceRecord indicator() { return compositor.children(firstWindow().id).at(0); }
@@ -100,7 +100,7 @@ TEST_F(WaylandWindowRequests, AConfigureEventOfSizeZeroKeepsTheSize) {
   EXPECT_EQ(firstWindow().size(), (CGSize{400, 260}));
 }
 
-TEST_F(WaylandWindowRequests, AConfigureEventMaySetOnlyOneLength) {
+TEST_F(WaylandWindowRequests, AConfigureEventMaySetOnlyTheWidthOrTheHeight) {
   start();
   openWindow();
   compositor.configure(firstWindow().id, {400, 0});
@@ -217,7 +217,7 @@ TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnot
 }
 
 // libdecor draws the frame of a window with a title bar.
-TEST_F(WaylandWindowRequests, AWindowThatBecomesFixedWhileItIsMaximisedGetsItsPreviousSize) {
+TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedReturnsToItsPreviousSize) {
   constexpr double kTitleHeight = 24;
   start();
   const WindowHandle window = openWindow();
@@ -337,7 +337,7 @@ TEST_F(WaylandWindowRequests, AWindowOutsideModalSessionsHasNoDialog) {
   EXPECT_THAT(compositor.objects(), Not(Contains(Key("xdg_dialog_v1"))));
 }
 
-TEST_F(WaylandWindowRequests, WithoutDialogsAModalSessionChangesNothing) {
+TEST_F(WaylandWindowRequests, WithoutXdgWmDialogAModalSessionSendsNoRequests) {
   start();
   const WindowHandle modal = openModalWindow();
   compositor.takeRequests("");
