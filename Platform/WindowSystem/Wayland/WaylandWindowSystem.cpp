@@ -437,7 +437,7 @@ void WaylandWindowSystem::setStyleMask(WindowHandle handle, NSWindowStyleMask st
     setAdoptedStyle(*window, previousMask);
   } else if (window->toplevel != nullptr) {
     const bool hasNewTitleBar = ((styleMask ^ previousMask) & NSWindowStyleMaskTitled) != 0;
-    if (hasNewTitleBar && frameContext() != nullptr) {
+    if (hasNewTitleBar && frameContext() != nullptr && connection_->windowManager() != nullptr) {
       reopenToplevel(*window);
       return;
     }

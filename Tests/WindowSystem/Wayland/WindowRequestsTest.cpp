@@ -251,6 +251,19 @@ TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCha
 
 // xdg_wm_base
 
+TEST_F(WaylandWindowRequests, AWindowKeepsItsFrameWhileTheCompositorHasNoWindowManager) {
+  start();
+  const WindowHandle window = openWindow();
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  exchange();
+  compositor.removeGlobal(windowManager);
+  exchange();
+  system->setStyleMask(window, NSWindowStyleMaskBorderless);
+  exchange();
+  EXPECT_EQ(windows().size(), 1U);
+  EXPECT_FALSE(reports.contains("display lost"));
+}
+
 TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondWindowManagerAppears) {
   start();
   openWindow();
