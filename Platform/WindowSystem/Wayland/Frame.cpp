@@ -180,26 +180,33 @@ void Frame::allowAllSizes() {
 }
 
 void Frame::configure(libdecor_configuration* configuration) {
+  const Size previousSize = std::exchange(size_, contentSizeIn(configuration));
+  isConfigured_ = true;
+  commit(configuration);
+  // libdecor includes the height of the title bar only after it has drawn the title bar.
+  const Size finalSize = contentSizeIn(configuration);
+  if (std::exchange(size_, finalSize) != finalSize) {
+    commit(nullptr);
+  }
+  if (isFloating()) {
+    floatingSize_ = size_;
+  }
+  handlers_.configured(size_ != previousSize ? CGSize{static_cast<double>(size_.width),
+                                                      static_cast<double>(size_.height)}
+                                             : CGSize{});
+}
+
+Frame::Size Frame::contentSizeIn(libdecor_configuration* configuration) {
   if (!isResizable_) {
     // libdecor limits the new size. The limits are the current size, which can be the size of the
     // maximised window.
     allowAllSizes();
   }
-  Size newSize;
-  if (!functions_.configurationGetContentSize(configuration, frame_, &newSize.width,
-                                              &newSize.height)) {
-    newSize = floatingSize_;
+  Size size;
+  if (!functions_.configurationGetContentSize(configuration, frame_, &size.width, &size.height)) {
+    size = floatingSize_;
   }
-  newSize = {std::max(1, newSize.width), std::max(1, newSize.height)};
-  const bool isResized = std::exchange(size_, newSize) != newSize;
-  isConfigured_ = true;
-  commit(configuration);
-  if (isFloating()) {
-    floatingSize_ = size_;
-  }
-  handlers_.configured(
-      isResized ? CGSize{static_cast<double>(size_.width), static_cast<double>(size_.height)}
-                : CGSize{});
+  return {std::max(1, size.width), std::max(1, size.height)};
 }
 
 void Frame::commit(libdecor_configuration* configuration) {

@@ -86,6 +86,8 @@ class Frame final : public NonCopyable {
 
   Frame(const FrameContext& context, wl_surface* surface, Handlers handlers);
   void configure(libdecor_configuration* configuration);
+  // The size of the content that the compositor requires. If it requires none, the floating size.
+  Size contentSizeIn(libdecor_configuration* configuration);
   void allowAllSizes();
   // `configuration` is null if the commit does not reply to a configure event.
   void commit(libdecor_configuration* configuration);

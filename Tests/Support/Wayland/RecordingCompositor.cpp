@@ -132,6 +132,10 @@ void RecordingCompositor::configureMaximised(std::uint32_t surface, CGSize size)
   execute(join("configure-maximised", surface, size.width, size.height));
 }
 
+void RecordingCompositor::configureFullscreen(std::uint32_t surface, CGSize size) {
+  execute(join("configure-fullscreen", surface, size.width, size.height));
+}
+
 void RecordingCompositor::requestClose(std::uint32_t surface) { execute(join("close", surface)); }
 
 void RecordingCompositor::refusePools() { execute("refuse-pools"); }

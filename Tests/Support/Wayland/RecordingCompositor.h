@@ -62,6 +62,7 @@ class RecordingCompositor : NonCopyable {
   void pressButton(int seat, std::uint32_t surface);
   void configure(std::uint32_t surface, CGSize size);
   void configureMaximised(std::uint32_t surface, CGSize size);
+  void configureFullscreen(std::uint32_t surface, CGSize size);
   void requestClose(std::uint32_t surface);
 
   /// From now on, wl_shm.create_pool causes a protocol error.

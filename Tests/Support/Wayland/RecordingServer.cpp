@@ -347,6 +347,9 @@ class Server : NonCopyable {
     } else if (name == "configure-maximised") {
       sendConfigure(surfaceWithId(static_cast<std::uint32_t>(first)), second, third,
                     {XDG_TOPLEVEL_STATE_MAXIMIZED});
+    } else if (name == "configure-fullscreen") {
+      sendConfigure(surfaceWithId(static_cast<std::uint32_t>(first)), second, third,
+                    {XDG_TOPLEVEL_STATE_FULLSCREEN});
     } else if (name == "close") {
       for (wl_resource* const toplevel :
            findOf(surfaceWithId(static_cast<std::uint32_t>(first)), "xdg_toplevel")) {

@@ -234,6 +234,20 @@ TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedReturnsToItsP
   EXPECT_EQ(firstWindow().size(), kSize);
 }
 
+TEST_F(WaylandWindowRequests, AMaximisedWindowThatWasFullscreenHasRoomForItsTitleBar) {
+  constexpr double kTitleHeight = 24;
+  start();
+  const WindowHandle window = openWindow();
+  system->setStyleMask(window, NSWindowStyleMaskTitled);
+  exchange();
+  compositor.configureFullscreen(firstWindow().id, {800, 600});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{800, 600}));
+  compositor.configureMaximised(firstWindow().id, {800, 600});
+  exchange();
+  EXPECT_EQ(firstWindow().size(), (CGSize{800, 600 - kTitleHeight}));
+}
+
 // The title
 
 TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCharacters) {
