@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <span>
+#include <string_view>
 #include <utility>
 
 #include "Platform/WindowSystem/X11/BrokenPipeGuard.h"
@@ -17,6 +18,7 @@ namespace vel::x11 {
 namespace {
 
 constexpr std::uint32_t kMaximumPropertyLength = 0x1FFFFFFF;  // in units of four bytes
+constexpr std::string_view kXwaylandName = "XWAYLAND";
 
 const char* reasonFor(int connectionError) {
   switch (connectionError) {
@@ -68,6 +70,8 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
   xcb_prefetch_extension_data(connection_, &xcb_randr_id);
   xcb_prefetch_extension_data(connection_, &xcb_render_id);
   xcb_prefetch_extension_data(connection_, &xcb_shape_id);
+  pendingXwaylandExtension_ = xcb_query_extension(
+      connection_, static_cast<std::uint16_t>(kXwaylandName.size()), kXwaylandName.data());
   internAtoms();
   serverTimeWindow_ = makeId();
   constexpr std::uint32_t kEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
@@ -98,36 +102,31 @@ void Connection::internAtoms() {
   });
 }
 
+void Connection::requestMonitorName(xcb_atom_t name) {
+  if (!hasRequestedMonitorName_) {
+    hasRequestedMonitorName_ = true;
+    pendingMonitorName_ = xcb_get_atom_name(connection_, name);
+  }
+}
+
 // Xwayland has the extension XWAYLAND since version 23.1. Earlier versions name their outputs
 // "XWAYLAND0", "XWAYLAND1" and so on. A monitor has the name of its output.
 bool Connection::isXwayland() {
-  if (isXwayland_) {
-    return *isXwayland_;
+  if (const auto cookie = std::exchange(pendingXwaylandExtension_, std::nullopt)) {
+    const auto extension =
+        waitForReply(xcb_query_extension_reply, *cookie, "QueryExtension", root());
+    isXwayland_ = extension != nullptr && extension->present != 0;
   }
-  isXwayland_ = false;
-  constexpr std::string_view kName = "XWAYLAND";
-  const auto extensionCookie =
-      xcb_query_extension(connection_, static_cast<std::uint16_t>(kName.size()), kName.data());
-  const xcb_query_extension_reply_t* const randr =
-      xcb_get_extension_data(connection_, &xcb_randr_id);
-  if (randr != nullptr && randr->present != 0) {
-    const XcbPointer<xcb_randr_get_monitors_reply_t> monitors(xcb_randr_get_monitors_reply(
-        connection_, xcb_randr_get_monitors(connection_, root(), 1), nullptr));
-    if (monitors != nullptr && monitors->nMonitors > 0) {
-      const xcb_atom_t atom = xcb_randr_get_monitors_monitors_iterator(monitors.get()).data->name;
-      const XcbPointer<xcb_get_atom_name_reply_t> name(
-          xcb_get_atom_name_reply(connection_, xcb_get_atom_name(connection_, atom), nullptr));
-      isXwayland_ =
-          name != nullptr &&
-          std::string_view(xcb_get_atom_name_name(name.get()),
-                           static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get())))
-              .starts_with(kName);
-    }
+  if (const auto cookie = std::exchange(pendingMonitorName_, std::nullopt)) {
+    const auto name = waitForReply(xcb_get_atom_name_reply, *cookie, "GetAtomName", root());
+    isXwayland_ =
+        isXwayland_ ||
+        (name != nullptr &&
+         std::string_view(xcb_get_atom_name_name(name.get()),
+                          static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get())))
+             .starts_with(kXwaylandName));
   }
-  const XcbPointer<xcb_query_extension_reply_t> extension(
-      xcb_query_extension_reply(connection_, extensionCookie, nullptr));
-  isXwayland_ = *isXwayland_ || (extension != nullptr && extension->present != 0);
-  return *isXwayland_;
+  return isXwayland_;
 }
 
 bool Connection::hasCreated(xcb_window_t window) const {

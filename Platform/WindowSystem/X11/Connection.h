@@ -69,8 +69,11 @@ class Connection final : public NonCopyable {
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
   /// Returns true if the server is Xwayland. On Xwayland, a Wayland compositor shows each child of
-  /// the root window as a surface of its own. The first call blocks for round trips.
+  /// the root window as a surface of its own. Blocks only until the replies to requests of the
+  /// constructor and of `requestMonitorName` have come.
   [[nodiscard]] bool isXwayland();
+  /// Requests the name of a monitor, which `isXwayland` needs. Only the first call has an effect.
+  void requestMonitorName(xcb_atom_t name);
 
   /// Returns the next event that has arrived, or null. Does not block. Passes errors to the request
   /// log.
@@ -133,7 +136,10 @@ class Connection final : public NonCopyable {
       XCB_WINDOW_NONE;        // `serverTime` writes a property of this window
   std::deque<Event> events_;  // read, but not returned by `nextEvent` yet
   RequestLog requestLog_;
-  std::optional<bool> isXwayland_;  // no value before the first call of `isXwayland`
+  std::optional<xcb_query_extension_cookie_t> pendingXwaylandExtension_;
+  std::optional<xcb_get_atom_name_cookie_t> pendingMonitorName_;
+  bool hasRequestedMonitorName_ = false;
+  bool isXwayland_ = false;  // as far as the replies have been read
 };
 
 }  // namespace vel::x11

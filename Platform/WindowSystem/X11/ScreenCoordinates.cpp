@@ -79,6 +79,9 @@ void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* 
   if (monitors == nullptr) {
     return;
   }
+  if (monitors->nMonitors > 0) {
+    connection_.requestMonitorName(xcb_randr_get_monitors_monitors_iterator(monitors).data->name);
+  }
   bool hasMonitor = false;
   for (auto monitor = xcb_randr_get_monitors_monitors_iterator(monitors); monitor.rem > 0;
        xcb_randr_monitor_info_next(&monitor)) {
