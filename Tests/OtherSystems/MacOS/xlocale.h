@@ -2,6 +2,7 @@
 #pragma once
 
 #include <locale.h>
+#include <stddef.h>
 
 #ifdef __cplusplus
 extern "C" {

@@ -127,15 +127,16 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
+  // A window can be partly outside the screen: a compositor may place it there, and a window
+  // manager may enlarge a window before it moves the window.
+  const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
+  const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
+                          area.x + area.width <= screen.width &&
+                          area.y + area.height <= screen.height;
+  if (!isOnScreen) {
+    return {};
+  }
   if (user_ != nullptr) {
-    // A compositor may place a window partly outside the screen.
-    const PixelRect usersScreen = user_->screenArea();
-    const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
-                            area.x + area.width <= usersScreen.width &&
-                            area.y + area.height <= usersScreen.height;
-    if (!isOnScreen) {
-      return {};
-    }
     Picture picture = user_->screenPicture(area);
     hidePointer(picture, area, screenArea());
     return picture;

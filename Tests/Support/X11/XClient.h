@@ -120,9 +120,9 @@ class XClient : NonCopyable {
 
   /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
-  /// The pixels of the screen in the window's area. After `setUser`, the picture is empty unless
-  /// the whole area is on the screen, and it does not show the pointer in the lower right corner of
-  /// the screen.
+  /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
+  /// on the screen. After `setUser`, the picture does not show the pointer in the lower right
+  /// corner of the screen.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.
