@@ -151,7 +151,7 @@ void NSWindow::realize() {
        .frame = frame_,
        .styleMask = styleMask_,
        .kind = kind_,
-       .owner = send(owner, &NSWindow::handle),
+       .ownerWindow = send(owner, &NSWindow::handle),
        .isMovableByBackground = isMovableByWindowBackground_});
   if (handle_ != WindowHandle::None) {  // `createWindow` returns None if the display is lost
     NSApp->windowsByHandle_[handle_] = this;

@@ -45,7 +45,7 @@ struct WindowDescription {
   NSWindowStyleMask styleMask = NSWindowStyleMaskBorderless;
   WindowKind kind = WindowKind::Plain;
   /// The window that a modal window or a sheet belongs to; None for a plain window.
-  WindowHandle owner = WindowHandle::None;
+  WindowHandle ownerWindow = WindowHandle::None;
   bool isMovableByBackground = false;
 };
 

@@ -51,7 +51,7 @@ TEST_F(PresentationTest, AModalWindowIsCentredOverTheWindowOfItsPresentingContro
   EXPECT_EQ(windowOf(guest)->frame().origin, (CGPoint{260, 165}));
   const auto* state = platform.windowSystem().window(windowOf(guest)->handle());
   EXPECT_EQ(state->description.kind, WindowKind::Modal);
-  EXPECT_EQ(state->description.owner, window->handle());
+  EXPECT_EQ(state->description.ownerWindow, window->handle());
 }
 
 TEST_F(PresentationTest, AModalWindowIsOpenAndKeyBeforeTheCallReturns) {

@@ -38,8 +38,8 @@ struct Backend {
   std::unique_ptr<TestDisplay> (*open)();
   /// True if the back end can adopt windows of other programs.
   bool adoptsWindows;
-  /// True if the back end has a screen, which `picture` captures.
-  bool hasScreen;
+  /// True if `picture` returns what the screen shows of a window.
+  bool capturesWindows;
   /// True if `requestMiniaturized` has an effect.
   bool miniaturizes;
   /// True if the back end reports the stacking order.

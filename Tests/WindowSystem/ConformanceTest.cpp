@@ -228,8 +228,8 @@ TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
       {.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 320, 200), .color = {1, 0, 0, 1}}};
   system().setScene(window, redScene);
   deliver();
-  EXPECT_EQ(system().picture(window).has_value(), GetParam().hasScreen);
-  if (GetParam().hasScreen) {
+  EXPECT_EQ(system().picture(window).has_value(), GetParam().capturesWindows);
+  if (GetParam().capturesWindows) {
     EXPECT_TRUE(deliverUntil(system(), [&] {
       const auto picture = system().picture(window);
       std::vector<std::uint8_t> expected;

@@ -261,7 +261,7 @@ WindowHandle CocoaWindowSystem::createWindow(const WindowDescription& descriptio
   [native setTitle:stringOf(description.title)];
   Window& window = add(native, Origin::Created);
   window.cover.setMovableByBackground(description.isMovableByBackground);
-  if (const Window* const owner = find(description.owner)) {
+  if (const Window* const owner = find(description.ownerWindow)) {
     window.owner = owner->native;
   }
   return handleOf(native);

@@ -262,7 +262,7 @@ void WaylandWindowSystem::openToplevel(Window& window) {
   window.canvas =
       std::make_unique<Canvas>(*connection_, window.surface.get(), isPlain ? kBlack : kWhite);
   xdg_toplevel* ownersToplevel = nullptr;
-  const Window* const owner = find(window.description.owner);
+  const Window* const owner = find(window.description.ownerWindow);
   if (owner != nullptr) {
     ownersToplevel = owner->toplevel != nullptr ? owner->toplevel->proxy() : owner->adoptedToplevel;
   }

@@ -118,7 +118,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
   x11::createWindow(*connection_,
                     {.id = window.id, .parent = connection_->root(), .frame = window.frame},
                     XCB_CW_BACK_PIXEL, {isPlain ? screen.black_pixel : screen.white_pixel});
-  const Window* const owner = windows_.find(description.owner);
+  const Window* const owner = windows_.find(description.ownerWindow);
   writeProperties(*connection_, window.id, description,
                   owner == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : owner->id);
   window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,

@@ -191,7 +191,7 @@ class WaylandSystem final : public TestedSystem {
 
   [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
   // The rectangle around all windows.
-  [[nodiscard]] PixelRect bounds() const { return picture().boundsOfOtherColors(kDesktopColor); }
+  [[nodiscard]] PixelRect bounds() const { return picture().boundsOfPixelsExcept(kDesktopColor); }
   // The colours of the screen, with the number of their pixels, if the window is white.
   static std::map<std::uint32_t, int> colorsWithWhiteWindow(PixelRect area) {
     const int count = area.width * area.height;

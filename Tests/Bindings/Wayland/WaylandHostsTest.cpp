@@ -31,7 +31,7 @@ PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
   for (std::uint32_t& pixel : picture.pixels) {
     pixel = pixel == color ? 1 : 0;
   }
-  return picture.boundsOfOtherColors(0);
+  return picture.boundsOfPixelsExcept(0);
 }
 
 /// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it. A

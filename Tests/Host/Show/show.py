@@ -6,7 +6,7 @@ import re
 from program import TIMEOUT, run, start
 
 # The beginning of a log line: the time, the program, its process and its thread.
-LOG_LINE = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} launchscreen\[\d+:\d+\] "
+LOG_PREFIX = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} launchscreen\[\d+:\d+\] "
 # A report: its time and its text.
 REPORT = re.compile(r" *(\d+\.\d{3}) s  (.+)")
 

@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from program import TIMEOUT, start
-from show import LOG_LINE, reports, running_show, show
+from show import LOG_PREFIX, reports, running_show, show
 
 
 # The arguments for a short run: a modal launch screen closes as soon as the library dismisses it. An
@@ -32,7 +32,7 @@ class Endings(unittest.TestCase):
         )
         self.assertRegex(
             result.stderr,
-            rf"\A{LOG_LINE}LaunchScreenContent \(-\[LaunchScreenContent "
+            rf"\A{LOG_PREFIX}LaunchScreenContent \(-\[LaunchScreenContent "
             r"presentForWindow:withPresentationMode:\]\) mode: 0\n\Z",
         )
 

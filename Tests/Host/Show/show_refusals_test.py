@@ -4,7 +4,7 @@
 import unittest
 
 from program import run
-from show import LOG_LINE, show
+from show import LOG_PREFIX, show
 
 
 class Refusals(unittest.TestCase):
@@ -16,7 +16,7 @@ class Refusals(unittest.TestCase):
                 self.assertEqual(result.stdout, "")
                 self.assertRegex(
                     result.stderr,
-                    rf"\A{LOG_LINE}LaunchScreenManager \(-\[LaunchScreenManager "
+                    rf"\A{LOG_PREFIX}LaunchScreenManager \(-\[LaunchScreenManager "
                     r"parseParameters:\]\): Max duration time is nil or empty!\n\Z",
                 )
 

@@ -54,7 +54,7 @@ class Terminal:
     def type(self, text):
         os.write(self.master, text.encode())
 
-    def end(self):
+    def wait_for_end(self):
         """Reads the rest of the output and returns the exit status."""
         while self._read():
             pass
@@ -64,7 +64,7 @@ class Terminal:
 class LiveLine(unittest.TestCase):
     def test_run_uses_only_one_line_of_the_terminal(self):
         with Terminal("--duration", "0.5", columns=100) as terminal:
-            self.assertEqual(terminal.end(), 0)
+            self.assertEqual(terminal.wait_for_end(), 0)
             self.assertEqual(terminal.output.count("\n"), 1)
             lines = terminal.output.removesuffix("\r\n").split("\r")
         self.assertTrue(all(len(line) < 100 for line in lines), lines)
@@ -81,19 +81,19 @@ class LiveLine(unittest.TestCase):
         with Terminal("--duration", "60") as terminal:
             terminal.wait_for("s left")
             terminal.type("\x03")  # Ctrl-C
-            self.assertEqual(terminal.end(), 128 + signal.SIGINT)
+            self.assertEqual(terminal.wait_for_end(), 128 + signal.SIGINT)
         self.assertRegex(terminal.output, r"controls restored, uncovered\r\n\Z")
 
     def test_enter_dismisses_in_skip_mode(self):
         with Terminal("--mode", "skip", "--duration", "60") as terminal:
             terminal.wait_for("press Enter to dismiss")
             terminal.type("\n")
-            self.assertEqual(terminal.end(), 0)
+            self.assertEqual(terminal.wait_for_end(), 0)
         self.assertRegex(terminal.output, r"dismissed, uncovered *\r\n\Z")
 
     def test_run_uses_only_one_line_of_a_narrow_terminal(self):
         with Terminal("--duration", "0.2", columns=30) as terminal:
-            self.assertEqual(terminal.end(), 0)
+            self.assertEqual(terminal.wait_for_end(), 0)
         self.assertEqual(terminal.output.count("\n"), 1)
         self.assertTrue(all(len(line) < 30 for line in terminal.output.split("\r")))
 

@@ -96,7 +96,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   /// Returns true if the window shows white and the indicator in the middle, and nothing else.
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
-    const PixelRect bounds = picture.boundsOfOtherColors(kWhite);
+    const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
     // The indicator is 32 pixels wide and high. In a window of odd size, it may begin one pixel
     // after `left` or `top`.
     const int left = picture.width / 2 - 16;
@@ -109,7 +109,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   /// after a change of size, the indicator may still be in the middle of the previous size, or may
   /// not have been drawn again.
   bool hidesTheProgram() {
-    return isAtMostTheIndicator(client.screenPicture(window).boundsOfOtherColors(kWhite));
+    return isAtMostTheIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
   static bool isAtMostTheIndicator(PixelRect bounds) {
     return bounds.width <= 33 && bounds.height <= 33;

@@ -35,7 +35,7 @@ char letterOf(const Picture& picture) {
   if (picture.isAll(kGreen)) {
     return 'G';
   }
-  const PixelRect nonWhiteBounds = picture.boundsOfOtherColors(kWhite);
+  const PixelRect nonWhiteBounds = picture.boundsOfPixelsExcept(kWhite);
   return nonWhiteBounds.width <= kIndicatorSize && nonWhiteBounds.height <= kIndicatorSize ? 'W'
                                                                                            : '?';
 }

@@ -64,7 +64,7 @@ bool Picture::isAll(std::uint32_t color) const {
          std::ranges::all_of(pixels, [color](std::uint32_t pixel) { return pixel == color; });
 }
 
-PixelRect Picture::boundsOfOtherColors(std::uint32_t color) const {
+PixelRect Picture::boundsOfPixelsExcept(std::uint32_t color) const {
   int left = width;
   int top = height;
   int right = 0;

@@ -32,7 +32,7 @@ struct Picture {
   [[nodiscard]] std::map<std::uint32_t, int> colors() const;
   [[nodiscard]] bool isAll(std::uint32_t color) const;
   /// The bounding rectangle of all pixels of other colours. Empty if all pixels have this colour.
-  [[nodiscard]] PixelRect boundsOfOtherColors(std::uint32_t color) const;
+  [[nodiscard]] PixelRect boundsOfPixelsExcept(std::uint32_t color) const;
   bool operator==(const Picture&) const = default;
   static Picture readPng(const std::string& file);
   /// Writes the picture to build/pictures/NAME.png in the working directory, for manual inspection.

@@ -234,7 +234,7 @@ TEST_F(CocoaWindowTest, TheCoverDrawsInPointsOfTheWindowIfTheContentViewHasOther
         .color = {1, 0, 0, 1}}});
   EXPECT_TRUE(waitFor([this] {
     const PixelRect drawn =
-        display.client.screenPicture(AppKitDisplay::idOf(native)).boundsOfOtherColors(kWhite);
+        display.client.screenPicture(AppKitDisplay::idOf(native)).boundsOfPixelsExcept(kWhite);
     return drawn.x == 200 && drawn.width == 100 && drawn.height == 50;
   }));
 }
@@ -254,7 +254,7 @@ TEST_F(CocoaWindowTest, TheIndicatorTurnsInsideItsFrame) {
     second = picture();
     return second != first && second.colors().size() > 4;
   }));
-  const PixelRect drawn = second.boundsOfOtherColors(kWhite);
+  const PixelRect drawn = second.boundsOfPixelsExcept(kWhite);
   EXPECT_GE(drawn.x, 184);
   EXPECT_GE(drawn.y, 134);
   EXPECT_LE(drawn.x + drawn.width, 216);
@@ -283,7 +283,7 @@ TEST_F(CocoaWindowTest, AModalWindowShieldsTheHostsWindowFromThePointer) {
                                                    .frame = CGRectMake(700, 300, 200, 150),
                                                    .styleMask = 1,
                                                    .kind = WindowKind::Modal,
-                                                   .owner = window});
+                                                   .ownerWindow = window});
   system->orderFront(modal);
   system->setModalWindow(modal);
   const NSPoint middle = NSMakePoint(200, 150);
@@ -301,7 +301,7 @@ TEST_F(CocoaWindowTest, ASheetIsAChildWindowOfItsOwner) {
                                                    .frame = CGRectMake(250, 250, 200, 150),
                                                    .styleMask = 65,
                                                    .kind = WindowKind::Sheet,
-                                                   .owner = window});
+                                                   .ownerWindow = window});
   system->orderFront(sheet);
   EXPECT_EQ([[native childWindows] count], 1U);
   system->releaseWindow(sheet);

@@ -71,7 +71,7 @@ class WaylandFrame : public testing::Test {
          .frame = {{}, size},
          .styleMask = styleMask,
          .kind = owner == WindowHandle::None ? WindowKind::Plain : WindowKind::Sheet,
-         .owner = owner});
+         .ownerWindow = owner});
     system->setScene(
         handle,
         {{.kind = SceneItem::Kind::Fill, .frame = {{}, {1024, 768}}, .color = {1, 1, 1, 1}}});
@@ -94,7 +94,7 @@ class WaylandFrame : public testing::Test {
       pixel = pixel == kWhite ? 1 : 0;
     }
     // The bounds of the pixels that are not 0, which are the white ones.
-    return picture.boundsOfOtherColors(0);
+    return picture.boundsOfPixelsExcept(0);
   }
   /// Waits until this area of the screen is white, and all pixels outside it have other colours.
   bool waitForContent(PixelRect area) {
@@ -355,7 +355,7 @@ TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
   EXPECT_THAT(logLines,
               testing::ElementsAre(testing::StartsWith("Wayland: windows have no frame: ")));
   // For two windows, the back end has tried only once to load libdecor.
-  EXPECT_EQ(HiddenLibrary::loadCount(), 1);
+  EXPECT_EQ(HiddenLibrary::loadAttemptCount(), 1);
 }
 
 TEST_F(WaylandFrame, WithoutAPluginOfLibdecorAWindowHasNoFrame) {
@@ -378,7 +378,7 @@ TEST_F(WaylandFrame, LibdecorIsNotLoadedOnAHostsConnection) {
   ASSERT_TRUE(system->adoptWindow(host.window(), error).has_value()) << error;
   makeWindow(kAllControls);
   EXPECT_TRUE(waitForContent(kContent));
-  EXPECT_EQ(HiddenLibrary::loadCount(), 0);
+  EXPECT_EQ(HiddenLibrary::loadAttemptCount(), 0);
   system = nullptr;
 }
 

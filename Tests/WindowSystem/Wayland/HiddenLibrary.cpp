@@ -7,7 +7,7 @@ namespace vel::test {
 namespace {
 
 std::string hiddenName;  // empty if no library is hidden
-int hiddenLoadCount = 0;
+int loadAttempts = 0;
 
 }  // namespace
 
@@ -15,10 +15,10 @@ HiddenLibrary::HiddenLibrary(const std::string& name) { hiddenName = name; }
 
 HiddenLibrary::~HiddenLibrary() {
   hiddenName.clear();
-  hiddenLoadCount = 0;
+  loadAttempts = 0;
 }
 
-int HiddenLibrary::loadCount() { return hiddenLoadCount; }
+int HiddenLibrary::loadAttemptCount() { return loadAttempts; }
 
 // The linker option --wrap gives these functions their names.
 extern "C" {
@@ -29,7 +29,7 @@ void* __wrap_dlopen(const char* file, int mode) {
   if (file == nullptr || hiddenName.empty() || hiddenName != file) {
     return __real_dlopen(file, mode);
   }
-  ++hiddenLoadCount;
+  ++loadAttempts;
   return __real_dlopen("/nonexistent/hidden.so", mode);  // sets the reason that dlerror returns
 }
 }

@@ -14,7 +14,7 @@ class HiddenLibrary : NonCopyable {
   ~HiddenLibrary();
 
   /// The number of calls that have tried to load the library.
-  [[nodiscard]] static int loadCount();
+  [[nodiscard]] static int loadAttemptCount();
 };
 
 }  // namespace vel::test

@@ -44,7 +44,7 @@ class WaylandSizeLimits : public testing::Test {
     for (std::uint32_t& pixel : picture.pixels) {
       pixel = pixel == kGreen ? 1 : 0;
     }
-    return picture.boundsOfOtherColors(0);
+    return picture.boundsOfPixelsExcept(0);
   }
   bool hasSizeOnScreen(CGSize size) {
     return waitFor([&] {

@@ -80,7 +80,7 @@ Backend backendNamed(const char* name) {
   return {.name = name,
           .open = openDisplay<kKind, kOwner>,
           .adoptsWindows = kOwner == ConnectionOwner::Host,
-          .hasScreen = false,
+          .capturesWindows = false,
           .miniaturizes = false,
           .reportsOrder = false,
           .reportsDestruction = false,

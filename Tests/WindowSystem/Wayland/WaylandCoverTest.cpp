@@ -117,7 +117,7 @@ TEST_P(WaylandCover, TheCoverHasExactlyTheSizeOfAHostThatDoesNotCommit) {
   const PixelRect area = areaOf(kSize);
   const Picture surroundings =
       compositor->picture({area.x - 1, area.y - 1, area.width + 2, area.height + 2});
-  EXPECT_EQ(surroundings.boundsOfOtherColors(surroundings.at(0, 0)),
+  EXPECT_EQ(surroundings.boundsOfPixelsExcept(surroundings.at(0, 0)),
             (PixelRect{1, 1, area.width, area.height}));
   system->setScene(window.handle, {});
   EXPECT_TRUE(waitFor([this] { return picture().isAll(kGreen); }));
@@ -130,7 +130,7 @@ TEST_P(WaylandCover, TheIndicatorTurnsInTheMiddle) {
   Picture first;
   ASSERT_TRUE(waitFor([&] {
     first = picture();
-    const PixelRect bounds = first.boundsOfOtherColors(kWhite);
+    const PixelRect bounds = first.boundsOfPixelsExcept(kWhite);
     return first.at(0, 0) == kWhite && bounds.x >= 234 && bounds.y >= 144 && bounds.width > 24 &&
            bounds.height > 24 && bounds.x + bounds.width <= 266 && bounds.y + bounds.height <= 176;
   }));

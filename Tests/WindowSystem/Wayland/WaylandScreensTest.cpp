@@ -46,7 +46,7 @@ PixelRect boundsOf(Picture picture, std::uint32_t color) {
   for (std::uint32_t& pixel : picture.pixels) {
     pixel = pixel == color ? 1 : 0;
   }
-  return picture.boundsOfOtherColors(0);
+  return picture.boundsOfPixelsExcept(0);
 }
 
 /// The part of a picture in this area.
@@ -120,7 +120,7 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
         return false;
       }
       picture = partOf(screen, area);
-      const PixelRect bounds = picture.boundsOfOtherColors(kWhite);
+      const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
       if (bounds.width <= scale * 24 || bounds.width > scale * kIndicatorSide ||
           bounds.height <= scale * 24 || bounds.height > scale * kIndicatorSide) {
         return false;

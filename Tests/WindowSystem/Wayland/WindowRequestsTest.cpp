@@ -45,7 +45,7 @@ class WaylandWindowRequests : public testing::Test {
     description.frame.size = kSize;
     description.styleMask = NSWindowStyleMaskClosable;
     description.kind = kind;
-    description.owner = owner;
+    description.ownerWindow = owner;
     return system->createWindow(description);
   }
   WindowHandle openWindow(WindowKind kind = WindowKind::Plain,

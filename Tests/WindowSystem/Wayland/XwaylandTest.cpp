@@ -48,7 +48,7 @@ class Xwayland : public testing::TestWithParam<CompositorKind> {
     for (std::uint32_t& pixel : picture.pixels) {
       pixel = pixel == kGreen ? 1 : 0;
     }
-    return picture.boundsOfOtherColors(0);
+    return picture.boundsOfPixelsExcept(0);
   }
   /// Waits until the game shows its picture in a window of this size, and sets `area`.
   bool becomesGreen(int width, int height) {

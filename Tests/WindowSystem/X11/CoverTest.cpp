@@ -156,7 +156,7 @@ TEST_F(X11Cover, ShowsAFillAtItsFrame) {
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 100, 50), .color = {1, 0, 0, 1}}});
   deliver();
   const Picture picture = client.screenPicture(game);
-  EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{0, 350, 100, 50}));
+  EXPECT_EQ(picture.boundsOfPixelsExcept(kGreen), (PixelRect{0, 350, 100, 50}));
   EXPECT_EQ(picture.at(50, 375), 0xFF0000U);
 }
 
@@ -168,7 +168,7 @@ TEST_F(X11Cover, ChangesWithTheScene) {
   };
   showFill(CGRectMake(0, 0, 100, 50), {1, 0, 0, 1});
   const Picture picture = showFill(CGRectMake(10, 0, 20, 20), {0, 0, 1, 1});
-  EXPECT_EQ(picture.boundsOfOtherColors(kGreen), (PixelRect{10, 380, 20, 20}));
+  EXPECT_EQ(picture.boundsOfPixelsExcept(kGreen), (PixelRect{10, 380, 20, 20}));
   EXPECT_EQ(picture.at(15, 390), 0x0000FFU);
 }
 
@@ -264,7 +264,7 @@ TEST_P(X11CoverAndInput, TheIndicatorIsInTheMiddleAfterAResize) {
   client.configure(game, {10, 10, 900, 700});
   EXPECT_TRUE(waitFor([this] {
     const Picture picture = client.screenPicture(game);
-    const PixelRect indicator = picture.boundsOfOtherColors(kWhite);
+    const PixelRect indicator = picture.boundsOfPixelsExcept(kWhite);
     return picture.width == 900 && indicator.x + indicator.width / 2 == 450 &&
            indicator.y + indicator.height / 2 == 350;
   }));

@@ -57,7 +57,7 @@ class X11Indicator : public X11Test {
 
 TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
   const Picture picture = showStill();
-  EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{304, 184, 32, 32}));
+  EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{304, 184, 32, 32}));
   // The corners of the square and the centre of the ring are white.
   for (int y = 0; y < 32; ++y) {
     for (int x = 0; x < 32; ++x) {
@@ -82,11 +82,11 @@ TEST_F(X11Indicator, StaysCentredWhenItsWindowBeginsToFillItsParent) {
   system().setScene(adopt(game).handle, scene);
   deliver();
   constexpr PixelRect kCentre{304, 184, 32, 32};
-  ASSERT_EQ(client.screenPicture(game).boundsOfOtherColors(kWhite), kCentre);
+  ASSERT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kCentre);
   client.configure(parent, {100, 100, 640, 400});
   client.configure(game, {0, 0, 640, 400});
   deliver();
-  EXPECT_EQ(client.screenPicture(game).boundsOfOtherColors(kWhite), kCentre);
+  EXPECT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kCentre);
 }
 
 TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
@@ -104,7 +104,7 @@ TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
 TEST_F(X11Indicator, IsScaledWithXftDpi) {
   setDpi("192");
   const Picture picture = showStill();
-  EXPECT_EQ(picture.boundsOfOtherColors(kWhite), (PixelRect{288, 168, 64, 64}));
+  EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{288, 168, 64, 64}));
   picture.save("indicator-at-192-dpi");
 }
 

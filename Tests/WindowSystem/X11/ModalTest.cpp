@@ -35,7 +35,7 @@ class X11Modal : public X11Test {
                           .frame = {{x, y}, size},
                           .styleMask = styleMask,
                           .kind = kind,
-                          .owner = owner,
+                          .ownerWindow = owner,
                           .isMovableByBackground = kind == WindowKind::Modal});
   }
   WindowHandle openModal() { return openOverGame(WindowKind::Modal, 0, {480, 270}); }

@@ -66,7 +66,7 @@ Backend backendWith(const char* name, std::unique_ptr<TestDisplay> (*open)(), bo
   return {.name = name,
           .open = open,
           .adoptsWindows = true,
-          .hasScreen = true,
+          .capturesWindows = true,
           .miniaturizes = hasManager,
           .reportsOrder = true,
           .reportsDestruction = true,
