@@ -16,7 +16,7 @@ namespace {
 
 using CheckTime = Invariant::CheckTime;
 
-const Setting& bareSetting() { return settings().front(); }
+const Setting& settingWithoutContentViewController() { return settings().front(); }
 
 Script scriptOf(const std::vector<std::string_view>& names) {
   Script script;
@@ -36,7 +36,7 @@ std::string keyAfter(const ParsedSetting& parsedSetting, const Script& script) {
 }
 
 std::string keyAfter(const std::vector<std::string_view>& names) {
-  return keyAfter(ParsedSetting(bareSetting()), scriptOf(names));
+  return keyAfter(ParsedSetting(settingWithoutContentViewController()), scriptOf(names));
 }
 
 // Returns every script that extends `script` by one action.
@@ -54,12 +54,12 @@ std::vector<Script> continuationsOf(const Script& script) {
 Exploration exploreFor(CheckTime checkTime, std::string (*findFault)(const ObservedPlay&),
                        std::size_t depth) {
   const Invariant brokenInvariant[] = {{"a false statement", checkTime, findFault}};
-  return explore(bareSetting(), brokenInvariant, depth);
+  return explore(settingWithoutContentViewController(), brokenInvariant, depth);
 }
 
 TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) {
   const Exploration exploration = exploreFor(
-      CheckTime::State,
+      CheckTime::AfterAction,
       [](const ObservedPlay& play) -> std::string {
         return play.hostWindows().front()->styleMask() == 1 ? "controls are removed" : "";
       },
@@ -97,14 +97,14 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtTheEndOfThePl
 
 TEST(ExplorationTest, PrintsAFindingAsAScenario) {
   const Exploration exploration = exploreFor(
-      CheckTime::State,
+      CheckTime::AfterAction,
       [](const ObservedPlay& play) -> std::string {
         return play.currentSample().isUnfocused ? "away" : "";
       },
       4);
   ASSERT_TRUE(exploration.finding);
-  const host::Scenario scenario =
-      host::readScenario(scenarioText(bareSetting(), exploration.finding->script));
+  const host::Scenario scenario = host::readScenario(
+      scenarioText(settingWithoutContentViewController(), exploration.finding->script));
   std::vector<std::string_view> steps;
   std::ranges::transform(scenario.steps, std::back_inserter(steps), &host::Step::name);
   EXPECT_THAT(steps, testing::ElementsAre("request", "contentView", "present", "makeKey"));
@@ -126,10 +126,11 @@ TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
 // Counts
 
 TEST(ExplorationTest, ExtendsEachStateOnce) {
-  const Exploration exploration = explore(bareSetting(), invariants(), 1);
+  const Exploration exploration = explore(settingWithoutContentViewController(), invariants(), 1);
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
   EXPECT_EQ(exploration.depth, 1U);
-  const Exploration deeperExploration = explore(bareSetting(), invariants(), 2);
+  const Exploration deeperExploration =
+      explore(settingWithoutContentViewController(), invariants(), 2);
   const std::size_t newStateCount = exploration.stateCount - 1;  // without the initial state
   EXPECT_EQ(deeperExploration.scriptCount,
             exploration.scriptCount + newStateCount * actions().size());
@@ -160,22 +161,23 @@ class SettingTest : public testing::TestWithParam<std::size_t> {};
 // The key must contain every value that has an effect on the future.
 TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
   const ParsedSetting parsedSetting(settings()[GetParam()]);
-  std::map<std::string, Script> firstScripts;
+  std::map<std::string, Script> firstScriptByKey;
   std::vector<Script> scripts{{}};
   for (std::size_t index = 0; index < scripts.size(); ++index) {
     const Script script = scripts[index];
-    const auto [firstScript, isNew] = firstScripts.emplace(keyAfter(parsedSetting, script), script);
+    const auto [firstScript, isNewKey] =
+        firstScriptByKey.emplace(keyAfter(parsedSetting, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
-    for (std::size_t action = 0; !isNew && action < actions().size(); ++action) {
+    for (std::size_t action = 0; !isNewKey && action < actions().size(); ++action) {
       EXPECT_EQ(keyAfter(parsedSetting, continuations[action]),
                 keyAfter(parsedSetting, continuationsOf(firstScript->second)[action]))
           << scenarioText(parsedSetting.setting, continuations[action]);
     }
   }
-  EXPECT_LT(firstScripts.size(), scripts.size());
+  EXPECT_LT(firstScriptByKey.size(), scripts.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
@@ -221,7 +223,7 @@ TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
   ASSERT_EQ(exception.name, example.exceptionName);
-  const ParsedSetting parsedSetting(bareSetting());
+  const ParsedSetting parsedSetting(settingWithoutContentViewController());
   ObservedPlay play(parsedSetting, invariants());
   for (const std::uint8_t action : scriptOf(example.script)) {
     play.perform(action);

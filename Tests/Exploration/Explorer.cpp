@@ -42,6 +42,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
       exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
+    // Plays that reach the same state end in the same way, so only the first of them is ended.
     if (knownStateHashes.insert(std::hash<std::string>()(stateKey(play))).second) {
       scriptsToExtend.push_back(script);
       play.end();

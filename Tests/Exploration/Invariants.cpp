@@ -23,7 +23,7 @@ const Kind* traceEventAs(const ObservedPlay& play) {
 
 std::string number(double value) { return host::shortestDecimal(value); }
 
-// The event
+// The analytics event
 
 std::string checkRecordedOnce(const ObservedPlay& play) {
   const bool isRecordedAgain =
@@ -91,11 +91,12 @@ std::string checkTimeLeft(const ObservedPlay& play) {
     // The tick starts a dismissal, which sets the time left to 0. Then the tick subtracts its step.
     const bool isStoppedDuringTick =
         mayHaveCalledStopTimer && currentTimeLeft == 0.0 - expirationTimeStep;
-    const bool isZero = previousTimeLeft == 0.0 && currentTimeLeft == 0.0;
+    // A tick does nothing if exactly 0 s are left.
+    const bool isTickAtZero = previousTimeLeft == 0.0 && currentTimeLeft == 0.0;
     if (!history.wasCounting) {
       return "a tick comes without a valid timer";
     }
-    return isOneStepLess || isStoppedDuringTick || isZero
+    return isOneStepLess || isStoppedDuringTick || isTickAtZero
                ? ""
                : "a tick changes " + number(previousTimeLeft) + " s to " + number(currentTimeLeft) +
                      " s";
@@ -130,7 +131,7 @@ std::string checkNoOtherTimer(const ObservedPlay& play) {
 
 // Style masks
 
-bool isException(const ObservedPlay& play, const NSWindow& window) {
+bool hasKnownWrongStyle(const ObservedPlay& play, const NSWindow& window) {
   const auto exceptions = styleExceptions();
   for (std::size_t index = 0; index < exceptions.size(); ++index) {
     if (play.history().styleExceptions.test(index) &&
@@ -147,7 +148,7 @@ std::string checkStyles(const ObservedPlay& play) {
   }
   for (const Strong<NSWindow>& window : play.hostWindows()) {
     const NSWindowStyleMask hostsMask = play.originalStyle(*window);
-    if (window->styleMask() != hostsMask && !isException(play, *window)) {
+    if (window->styleMask() != hostsMask && !hasKnownWrongStyle(play, *window)) {
       return play.names().nameOf(*window) + " has " + std::to_string(window->styleMask()) +
              " instead of " + std::to_string(hostsMask);
     }
@@ -209,7 +210,7 @@ constexpr Invariant kInvariants[] = {
      CheckTime::Moment, &checkUnfocused},
     {"no timer is scheduled except the timer of the countdown", CheckTime::Moment,
      &checkNoOtherTimer},
-    {"without a cover every window has the style that its host gave it", CheckTime::State,
+    {"without a cover every window has the style that its host gave it", CheckTime::AfterAction,
      &checkStyles},
     {"after the end no work is pending, and only the host and the covers that are up own objects",
      CheckTime::End, &checkObjectsAfterEnd},

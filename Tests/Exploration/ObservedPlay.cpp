@@ -52,6 +52,7 @@ ObservedPlay::ObservedPlay(const ParsedSetting& parsedSetting,
     hostWindows_.push_back(names_.window(window.name));
   }
   if (!hostWindows_.empty()) {
+    // `player_` has made the first window key.
     history_.keyOrder.push_back(hostScript().windows.front().name);
   }
 }
@@ -69,12 +70,12 @@ void ObservedPlay::perform(std::uint8_t action) {
     step.time = scriptTime_;
     play(step);
   }
-  check(Invariant::CheckTime::State);
+  check(Invariant::CheckTime::AfterAction);
   const bool hasOriginalStyles = std::ranges::all_of(hostWindows_, [this](const auto& window) {
     return window->styleMask() == originalStyle(*window);
   });
-  // If this is true, only a later step can cause a wrong style.
   if (hasOriginalStyles && isUncovered(*this) && !canEarlierCoverChangeStyle(*this)) {
+    // No style is wrong, and only a later step can cause a wrong style.
     history_.styleExceptions.reset();
   }
 }
@@ -83,6 +84,7 @@ void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
   play({.time = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
   scriptTime_ += kTimeUntilNoWorkIsLeft;
+  // This step changes nothing. The play runs until the time of the step.
   play({.time = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::CheckTime::End);
 }
@@ -244,6 +246,7 @@ void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
         history_.shouldBeUnfocused &&
         send(send(cover, &NSViewController::view), &NSView::window) == nullptr;
   } else if (!currentSample_.isExpired && isRequired(window)) {
+    // While `launchScreenExpired` is true, the manager does not become unfocused.
     history_.shouldBeUnfocused = true;
   }
 }

@@ -23,8 +23,9 @@ class ObservedPlay;
 /// A statement that always holds.
 struct Invariant {
   /// When the play checks the invariant. Moment: at every trace line, and whenever no work is due.
-  /// State: after each action. End: when the play has deactivated the manager and no work is left.
-  enum class CheckTime : std::uint8_t { Moment, State, End };
+  /// AfterAction: after each action. End: when the play has deactivated the manager and no work is
+  /// left.
+  enum class CheckTime : std::uint8_t { Moment, AfterAction, End };
 
   std::string_view name;
   CheckTime checkTime = CheckTime::Moment;
@@ -108,7 +109,7 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
   /// The style that the host gave to one of its windows.
   [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
-  /// The main content's controllers that are alive, oldest first.
+  /// The current and earlier controllers of the main content that are alive, oldest first.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
   /// The main content's controller just before `end` deactivated the manager. Null if the
   /// controller has been destroyed.

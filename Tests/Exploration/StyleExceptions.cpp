@@ -67,7 +67,7 @@ bool presentsOverAnotherWindow(const ObservedPlay& play, const host::Step& step)
          presentation->controller->appWindow() != presentation->window;
 }
 
-bool restoresStyleOfAnotherWindow(const ObservedPlay& play, const host::Step& step) {
+bool presentsWithSavedStyleOfAnotherWindow(const ObservedPlay& play, const host::Step& step) {
   const auto presentation = presentationOf(play, step);
   return presentation && presentation->isEmbedded &&
          presentation->controller->appWindowStyleMask() != kNoSavedStyle &&
@@ -93,7 +93,8 @@ bool isRemovalPending() {
   });
 }
 
-// The host adds no views to its windows' content views, so any subview is a cover.
+// The host opens only plain windows, and adds no views to their content views. So any subview, any
+// modal window and any sheet is a cover.
 bool isCoverUp(const ObservedPlay& play) {
   return std::ranges::any_of(play.hostWindows(),
                              [](const Strong<NSWindow>& window) {
@@ -116,7 +117,7 @@ constexpr StyleException kStyleExceptions[] = {
     {"a second window of a controller that has saved the style of its first window",
      "a controller saves a style once, so the second window gets the style of the first "
      "window",
-     &restoresStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
+     &presentsWithSavedStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
     {"a second cover over a covered window",
      "the second cover saves the style that the first cover has set, and restores it",
      &presentsOverCoveredWindow, &isWithoutControls},

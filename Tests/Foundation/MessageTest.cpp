@@ -40,7 +40,7 @@ class Player : public Class<Player, "Player"> {
   bool hasActed_ = false;
 };
 
-class Keeper final : public Class<Keeper, "Keeper", Player> {};
+class Goalkeeper final : public Class<Goalkeeper, "Goalkeeper", Player> {};
 
 const Strong<Player> kNull;
 
@@ -53,7 +53,7 @@ TEST(MessageTest, CallsTheOperation) {
 }
 
 TEST(MessageTest, CallsAnInheritedOperation) {
-  EXPECT_EQ(send(make<Keeper>(), &Player::points), 7);
+  EXPECT_EQ(send(make<Goalkeeper>(), &Player::points), 7);
 }
 
 TEST(MessageTest, ACallOnNullReturnsTheZeroValueOfTheResultType) {
@@ -101,7 +101,7 @@ TEST(MessageTest, DoesNotCompileForAResultThatIsAReference) {
 }
 
 TEST(MessageTest, DoesNotCompileForAnObjectWithoutTheOperation) {
-  EXPECT_TRUE((CanSend<Keeper, decltype(&Player::points)>));
+  EXPECT_TRUE((CanSend<Goalkeeper, decltype(&Player::points)>));
   EXPECT_FALSE((CanSend<NSObject, decltype(&Player::points)>));
 }
 
