@@ -68,7 +68,7 @@ TEST_F(ActivationTest, APreviousKeyWindowThatIsDestroyedDoesNotBecomeKey) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, OnActivationThePreviousKeyWindowReplacesAWindowMadeKeyWhileInactive) {
+TEST_F(ActivationTest, ActivationMakesThePreviousKeyWindowKeyEvenIfAnotherWindowIsKey) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   deactivate();
@@ -81,8 +81,9 @@ TEST_F(ActivationTest, OnActivationThePreviousKeyWindowReplacesAWindowMadeKeyWhi
 
 TEST_F(ActivationTest, ASecondDeactivationOrActivationPostsNothing) {
   openKeyWindow("A");
-  activate();
-  EXPECT_EQ(recorder.takeEvents(), Events{"A becomes key"});
+  recorder.takeEvents();
+  activate();  // The application is already active.
+  EXPECT_TRUE(recorder.events.empty());
   deactivate();
   deactivate();
   EXPECT_EQ(recorder.takeEvents(), (Events{"application resigns active", "A resigns key"}));
@@ -104,7 +105,7 @@ TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
   EXPECT_EQ(keyWindowName(), "none");
 }
 
-TEST_F(ActivationTest, AWindowThatAHandlerMakesKeyDuringDeactivationStaysKey) {
+TEST_F(ActivationTest, AHandlerMayMakeAnotherWindowKeyDuringDeactivation) {
   openKeyWindow("A");
   const auto windowB = openWindow("B");
   recorder.onNext("A resigns key", [&] { windowB->makeKeyWindow(); });

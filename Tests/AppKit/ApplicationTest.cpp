@@ -64,8 +64,8 @@ class ScriptedWindowSystem final : public WindowSystem {
   /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// True if each operation causes a report. `nextDeadline` then returns 0 (now) until the next
-  /// `deliverEvents`.
+  /// True if each operation causes a report. From the operation until the next `deliverEvents`,
+  /// `nextDeadline` returns 0 (now).
   bool operationsCauseReports = false;
 
  private:
@@ -98,16 +98,16 @@ class PollingHostTest : public ApplicationTest {
  protected:
   PollingHostTest() {
     loop.useRealTime();
-    window->contentView()->setWantsLayer(true);
+    window->contentView()->setWantsLayer(true);  // for `setBackgroundColor`
   }
 
   /// Runs passes until the descriptor is no longer readable, as a host does before it waits.
   void pumpUntilIdle() {
-    while (isReadable(0)) {
+    while (isReadable()) {
       loop.pump();
     }
   }
-  bool isReadable(int timeoutInMilliseconds) {
+  bool isReadable(int timeoutInMilliseconds = 0) {
     pollfd pollEntry{.fd = loop.waitHandle().descriptor(), .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, timeoutInMilliseconds) == 1;
   }
@@ -125,7 +125,7 @@ class PollingHostTest : public ApplicationTest {
     for (const Operation& operation : operations) {
       pumpUntilIdle();
       operation.run();
-      EXPECT_FALSE(isReadable(0)) << operation.name;
+      EXPECT_FALSE(isReadable()) << operation.name;
     }
   }
 
@@ -173,7 +173,7 @@ TEST_F(ApplicationTest, NSAppIsNullAfterStop) {
   EXPECT_NE(NSApp, nullptr);
   NSApplication::stop();
   EXPECT_EQ(NSApp, nullptr);
-  NSApplication::stop();
+  NSApplication::stop();  // does nothing
 }
 
 TEST_F(ApplicationTest, StopClosesAllWindowsNewestFirst) {
@@ -238,7 +238,7 @@ TEST_F(ApplicationTest, DestroyingAWindowReleasesItInTheWindowSystem) {
 
 TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  windowSystem.nextHandle = WindowHandle::None;
+  windowSystem.nextHandle = WindowHandle::None;  // as if the display is lost
   const auto window = openWindow("A");
   windowSystem.delegate->focusMoved(WindowHandle::None);
   EXPECT_EQ(keyWindowName(), "none");
@@ -246,11 +246,12 @@ TEST_F(ApplicationTest, ReportsForTheNoneHandleDoNotAffectAWindowWithoutAHandle)
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ApplicationTest, AfterMakeKeyWindowAWindowBecomesKeyOnlyWhenItsFocusIsReported) {
+TEST_F(ApplicationTest, MakeKeyWindowTakesEffectOnlyWhenTheFocusIsReported) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
-  openWindow("A")->makeKeyWindow();
+  const auto window = openWindow("A");
+  window->makeKeyWindow();
   EXPECT_EQ(keyWindowName(), "none");
-  windowSystem.delegate->focusMoved(WindowHandle{1});
+  windowSystem.delegate->focusMoved(window->handle());
   EXPECT_EQ(keyWindowName(), "A");
 }
 
@@ -261,7 +262,7 @@ TEST_F(ApplicationTest, ReportsAboutUnknownWindowsDoNothing) {
   windowSystem.delegate->windowDestroyed(kUnknownWindow);
   windowSystem.delegate->frameChanged(kUnknownWindow, CGRectZero);
   windowSystem.delegate->miniaturizedChanged(kUnknownWindow, true);
-  windowSystem.delegate->controlsKept(kUnknownWindow, 2);
+  windowSystem.delegate->controlsKept(kUnknownWindow, NSWindowStyleMaskClosable);
   windowSystem.delegate->focusMoved(kUnknownWindow);
   EXPECT_TRUE(recorder.events.empty());
 }
@@ -270,7 +271,7 @@ TEST_F(ApplicationTest, AFocusReportForAClosedWindowDoesNothing) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
   window->close();
-  windowSystem.delegate->focusMoved(WindowHandle{1});
+  windowSystem.delegate->focusMoved(window->handle());
   EXPECT_EQ(keyWindowName(), "none");
 }
 
@@ -279,25 +280,27 @@ TEST_F(ApplicationTest, AnActivationReportThatNamesAWindowDoesNotRestoreThePrevi
   const auto windowA = openWindow("A");
   windowSystem.nextHandle = WindowHandle{2};
   const auto windowB = openWindow("B");
-  windowSystem.delegate->focusMoved(WindowHandle{1});
+  windowSystem.delegate->focusMoved(windowA->handle());
   windowSystem.delegate->applicationDeactivated();
   recorder.takeEvents();
-  windowSystem.delegate->focusMoved(WindowHandle{2});
-  windowSystem.delegate->applicationActivated(WindowHandle{2});
+  windowSystem.delegate->focusMoved(windowB->handle());
+  windowSystem.delegate->applicationActivated(windowB->handle());
   EXPECT_EQ(recorder.takeEvents(), (Events{"B becomes key", "application becomes active"}));
 }
 
+// The kept controls are the controls that the window manager still offers although the style mask
+// excludes them.
 TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndTheKeptControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
   // Without a handler the report does nothing.
-  windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
+  windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);
   NSWindowStyleMask keptControls = 0;
   NSApp->setControlsKeptHandler([&](NSWindow& changedWindow, NSWindowStyleMask controls) {
     EXPECT_EQ(&changedWindow, window.get());
     keptControls = controls;
   });
-  windowSystem.delegate->controlsKept(WindowHandle{1}, NSWindowStyleMaskClosable);
+  windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);
   EXPECT_EQ(keptControls, NSWindowStyleMaskClosable);
 }
 
@@ -331,13 +334,13 @@ TEST_F(ApplicationTest, AnAdoptedWindowThatHasTheFocusBecomesKey) {
 TEST_F(ApplicationTest, AMiniaturisedWindowCanBeAdoptedAndDeminiaturised) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   windowSystem.adoptionResult = gameWindow();
-  windowSystem.adoptionResult->isOnScreen = false;
+  windowSystem.adoptionResult->isOnScreen = false;  // counts as miniaturised
   std::string error;
   const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   EXPECT_TRUE(window->isVisible());
   EXPECT_TRUE(window->isMiniaturized());
   EXPECT_TRUE(windowOrder().empty());
-  windowSystem.delegate->miniaturizedChanged(WindowHandle{7}, false);
+  windowSystem.delegate->miniaturizedChanged(window->handle(), false);
   EXPECT_EQ(windowOrder(), Events{"PlayerWindow"});
 }
 
@@ -357,7 +360,7 @@ TEST_F(ApplicationTest, AnAdoptedWindowIsClosedWhenItsOwnerDestroysIt) {
   const auto window = NSApp->adoptWindow(X11WindowId{42}, error);
   addController(window, "view");
   recorder.takeEvents();
-  windowSystem.delegate->windowDestroyed(WindowHandle{7});
+  windowSystem.delegate->windowDestroyed(window->handle());
   EXPECT_EQ(recorder.takeEvents(),
             (Events{"view will disappear", "view did disappear", "PlayerWindow resigns key"}));
 }

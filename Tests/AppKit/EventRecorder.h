@@ -106,7 +106,8 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
 };
 
 /// A fixture with a virtual platform. Records the events of windows, view controllers and the
-/// application. The name of a window in an event is its class name, which the test chooses.
+/// application. An event names a window by its class name. The functions that make a window set its
+/// class name to `name`.
 class EventRecordingTest : public VirtualPlatformTest {
  protected:
   EventRecordingTest() { notificationRecorder_->observe(); }

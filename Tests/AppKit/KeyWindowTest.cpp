@@ -81,7 +81,7 @@ TEST_F(KeyWindowTest, MakeKeyAndOrderFrontMakesTheWindowKeyAndOrdersItFront) {
   EXPECT_EQ(keyWindowName(), "A");
 }
 
-TEST_F(KeyWindowTest, AThirdWindowThatAHandlerOfDidResignKeyMakesKeyStaysKey) {
+TEST_F(KeyWindowTest, AHandlerOfDidResignKeyMayMakeAThirdWindowKey) {
   openKeyWindow("A");
   const auto windowC = openWindow("C");
   const auto windowB = openWindow("B");
@@ -223,7 +223,7 @@ TEST_F(MainWindowTest, IsNullWhileTheClosedMainWindowResignsKey) {
   EXPECT_EQ(mainWindowInHandler, "none");
 }
 
-TEST_F(MainWindowTest, IsTheNextKeyWindowEvenIfAHandlerOpensTheClosedMainWindowAgain) {
+TEST_F(MainWindowTest, IsNotAClosedWindowThatAHandlerOpensAgain) {
   openWindow("B");
   const auto window = openKeyWindow("A");
   recorder.onNext("B becomes key", [&] { window->orderFront(); });

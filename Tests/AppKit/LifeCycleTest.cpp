@@ -149,12 +149,12 @@ TEST_F(LifeCycleTest, AViewDisappearsWhenItsWindowCloses) {
   recorder.takeEvents();
   Events states;
   recorder.onNext("view will disappear",
-                  [&] { states.push_back(windowOrder().empty() ? "closed" : "open"); });
+                  [&] { states.push_back(windowOrder().empty() ? "off screen" : "on screen"); });
   recorder.onNext("view did disappear",
-                  [&] { states.push_back(windowOrder().empty() ? "closed" : "open"); });
+                  [&] { states.push_back(windowOrder().empty() ? "off screen" : "on screen"); });
   window->close();
   EXPECT_EQ(recorder.takeEvents(), kDisappears);
-  EXPECT_EQ(states, (Events{"open", "closed"}));
+  EXPECT_EQ(states, (Events{"on screen", "off screen"}));
   EXPECT_EQ(controller->view()->superview(),
             window->contentView());  // The view stays in the closed window.
   window->orderFront();

@@ -8,10 +8,10 @@
 namespace vel::test {
 namespace {
 
-class LeavingTest : public EventRecordingTest {
+class LeavingScreenTest : public EventRecordingTest {
  protected:
   // Opens four windows. C is key, B was key before C, and A and D were never key.
-  LeavingTest() {
+  LeavingScreenTest() {
     openWindow("A");
     openKeyWindow("B");
     openKeyWindow("C");
@@ -30,12 +30,12 @@ class LeavingTest : public EventRecordingTest {
   }
 };
 
-TEST_F(LeavingTest, ThePreviousKeyWindowBecomesKeyWhenTheKeyWindowCloses) {
+TEST_F(LeavingScreenTest, ThePreviousKeyWindowBecomesKeyWhenTheKeyWindowCloses) {
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKeyWhenTheKeyWindowCloses) {
+TEST_F(LeavingScreenTest, AMiniaturisedWindowDoesNotBecomeKeyWhenTheKeyWindowCloses) {
   windowNamed("A")->makeKeyWindow();
   windowNamed("C")->makeKeyWindow();
   windowNamed("A")->miniaturize();
@@ -44,14 +44,14 @@ TEST_F(LeavingTest, AMiniaturisedWindowDoesNotBecomeKeyWhenTheKeyWindowCloses) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, TheFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
+TEST_F(LeavingScreenTest, TheFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
   windowNamed("B")->close();
   recorder.takeEvents();
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
+TEST_F(LeavingScreenTest, NoWindowIsKeyAfterAllAreClosed) {
   for (const char* name : {"A", "B", "D", "C"}) {
     windowNamed(name)->close();
   }
@@ -59,26 +59,26 @@ TEST_F(LeavingTest, NoWindowIsKeyAfterAllAreClosed) {
   EXPECT_EQ(recorder.takeEvents(), Events{"C resigns key"});
 }
 
-TEST_F(LeavingTest, ANewlyOpenedFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
+TEST_F(LeavingScreenTest, ANewlyOpenedFrontWindowBecomesKeyIfNoRemainingWindowWasEverKey) {
   windowNamed("B")->close();
   openWindow("E");
   windowNamed("C")->close();
   EXPECT_EQ(keyWindowName(), "E");
 }
 
-TEST_F(LeavingTest, AWindowThatAHandlerMakesKeyDuringClosingStaysKey) {
+TEST_F(LeavingScreenTest, AHandlerMayMakeAWindowKeyWhileTheKeyWindowCloses) {
   recorder.onNext("C resigns key", [] { windowNamed("A")->makeKeyWindow(); });
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "A becomes key"}));
 }
 
-TEST_F(LeavingTest, AHandlerMayCloseTheWindowThatWouldBecomeKey) {
+TEST_F(LeavingScreenTest, AHandlerMayCloseTheWindowThatWouldBecomeKey) {
   recorder.onNext("C resigns key", [] { windowNamed("B")->close(); });
   windowNamed("C")->close();
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, AHandlerMayCloseAllWindows) {
+TEST_F(LeavingScreenTest, AHandlerMayCloseAllWindows) {
   recorder.onNext("C resigns key", [] {
     for (const Strong<NSWindow>& window : NSApp->orderedWindows()) {
       window->close();
@@ -89,20 +89,20 @@ TEST_F(LeavingTest, AHandlerMayCloseAllWindows) {
   EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(LeavingTest, AClosedWindowIsOffScreenWhenItResignsKey) {
+TEST_F(LeavingScreenTest, AClosedWindowIsOffScreenWhenItResignsKey) {
   Events orderInHandler;
   recorder.onNext("C resigns key", [&] { orderInHandler = windowOrder(); });
   windowNamed("C")->close();
   EXPECT_EQ(orderInHandler, (Events{"D", "B", "A"}));
 }
 
-TEST_F(LeavingTest, ClosingAWindowThatIsNotKeyDoesNotChangeTheKeyWindow) {
+TEST_F(LeavingScreenTest, ClosingAWindowThatIsNotKeyDoesNotChangeTheKeyWindow) {
   windowNamed("D")->close();
   EXPECT_EQ(keyWindowName(), "C");
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LeavingTest, ControllersDisappearBeforeTheWindowResignsKey) {
+TEST_F(LeavingScreenTest, ControllersDisappearBeforeTheWindowResignsKey) {
   addController(windowNamed("C"), "view");
   recorder.takeEvents();
   windowNamed("C")->close();
@@ -110,7 +110,7 @@ TEST_F(LeavingTest, ControllersDisappearBeforeTheWindowResignsKey) {
                                            "C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, ClosingAWindowClosesItsNewestSheetFirstAndTheWindowLast) {
+TEST_F(LeavingScreenTest, ClosingAWindowClosesItsNewestSheetFirstAndTheWindowLast) {
   const auto window = windowNamed("C");
   const auto hostController = addController(window, "host");
   const auto firstController = makeController("first");
@@ -128,7 +128,7 @@ TEST_F(LeavingTest, ClosingAWindowClosesItsNewestSheetFirstAndTheWindowLast) {
   EXPECT_TRUE(window->sheets().empty());
 }
 
-TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsClosing) {
+TEST_F(LeavingScreenTest, ALifeCycleMethodMayCloseTheWindowThatIsClosing) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
   recorder.takeEvents();
@@ -138,7 +138,7 @@ TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsClosing) {
                                            "C resigns key", "B becomes key"}));
 }
 
-TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsOpening) {
+TEST_F(LeavingScreenTest, ALifeCycleMethodMayCloseTheWindowThatIsOpening) {
   const auto window = makeClosedWindow("E");
   const auto controller = addController(window, "view");
   recorder.onNext("view will appear", [&] { window->close(); });
@@ -149,7 +149,7 @@ TEST_F(LeavingTest, ALifeCycleMethodMayCloseTheWindowThatIsOpening) {
   EXPECT_EQ(keyWindowName(), "C");
 }
 
-TEST_F(LeavingTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsWindow) {
+TEST_F(LeavingScreenTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsWindow) {
   Strong<NSWindow> window = openWindow("E");
   addController(window, "view");
   const Weak<NSWindow> weakWindow = window;
@@ -160,7 +160,7 @@ TEST_F(LeavingTest, ALifeCycleMethodMayReleaseTheLastReferenceToItsWindow) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowIsOpenButOffScreenAndNotKey) {
+TEST_F(LeavingScreenTest, AMiniaturisedWindowIsOpenButOffScreenAndNotKey) {
   const auto window = windowNamed("C");
   window->miniaturize();
   EXPECT_EQ(windowOrder(), (Events{"D", "B", "A"}));
@@ -170,12 +170,12 @@ TEST_F(LeavingTest, AMiniaturisedWindowIsOpenButOffScreenAndNotKey) {
   EXPECT_FALSE(window->isOnScreen());
 }
 
-TEST_F(LeavingTest, MiniaturisingAWindowThatIsNotKeyPostsNoKeyNotification) {
+TEST_F(LeavingScreenTest, MiniaturisingAWindowThatIsNotKeyPostsNoKeyNotification) {
   windowNamed("D")->miniaturize();
   EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }
 
-TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
+TEST_F(LeavingScreenTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
   const auto window = windowNamed("B");
   window->miniaturize();
   recorder.takeEvents();
@@ -186,7 +186,7 @@ TEST_F(LeavingTest, ADeminiaturisedWindowIsInFrontAndNotKey) {
   EXPECT_FALSE(window->isMiniaturized());
 }
 
-TEST_F(LeavingTest, MiniaturisingAndDeminiaturisingCallNoLifeCycleMethods) {
+TEST_F(LeavingScreenTest, MiniaturisingAndDeminiaturisingCallNoLifeCycleMethods) {
   const auto window = windowNamed("C");
   const auto controller = addController(window, "view");
   recorder.takeEvents();
@@ -197,7 +197,7 @@ TEST_F(LeavingTest, MiniaturisingAndDeminiaturisingCallNoLifeCycleMethods) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LeavingTest, MiniaturisingAClosedOrMiniaturisedWindowDoesNothing) {
+TEST_F(LeavingScreenTest, MiniaturisingAClosedOrMiniaturisedWindowDoesNothing) {
   const auto closedWindow = makeClosedWindow("E");
   closedWindow->miniaturize();
   const auto window = windowNamed("D");
@@ -206,12 +206,12 @@ TEST_F(LeavingTest, MiniaturisingAClosedOrMiniaturisedWindowDoesNothing) {
   EXPECT_EQ(recorder.takeEvents(), Events{"D is miniaturised"});
 }
 
-TEST_F(LeavingTest, DeminiaturisingAWindowThatIsNotMiniaturisedDoesNothing) {
+TEST_F(LeavingScreenTest, DeminiaturisingAWindowThatIsNotMiniaturisedDoesNothing) {
   windowNamed("D")->deminiaturize();
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosedAndOpenedAgain) {
+TEST_F(LeavingScreenTest, AMiniaturisedWindowCanBeClosedAndOpenedAgain) {
   const auto window = windowNamed("C");
   addController(window, "view");
   window->miniaturize();
@@ -223,7 +223,7 @@ TEST_F(LeavingTest, AMiniaturisedWindowCanBeClosedAndOpenedAgain) {
   EXPECT_TRUE(window->isOnScreen());
 }
 
-TEST_F(LeavingTest, AWindowThatItsOwnerDestroysIsClosed) {
+TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroysIsClosed) {
   const auto window = windowNamed("C");
   addController(window, "view");
   recorder.takeEvents();
@@ -234,7 +234,7 @@ TEST_F(LeavingTest, AWindowThatItsOwnerDestroysIsClosed) {
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
-TEST_F(LeavingTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
+TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
   const auto window = windowNamed("C");
   platform.windowSystem().ownerDestroysWindow(window->handle());
   window->makeKeyAndOrderFront();
@@ -242,7 +242,7 @@ TEST_F(LeavingTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
   EXPECT_NE(platform.windowSystem().window(window->handle()), nullptr);
 }
 
-TEST_F(LeavingTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
+TEST_F(LeavingScreenTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
   const auto window = windowNamed("C");
   window->close();
   recorder.takeEvents();
@@ -251,7 +251,7 @@ TEST_F(LeavingTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
-TEST_F(LeavingTest, AWindowMayBeDestroyedInsideAHandler) {
+TEST_F(LeavingScreenTest, AWindowMayBeDestroyedInsideAHandler) {
   recorder.onNext("C resigns key", [this] {
     platform.windowSystem().ownerDestroysWindow(windowNamed("B")->handle());
   });
@@ -259,7 +259,7 @@ TEST_F(LeavingTest, AWindowMayBeDestroyedInsideAHandler) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"C resigns key", "D becomes key"}));
 }
 
-TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
+TEST_F(LeavingScreenTest, ALostConnectionClosesAllWindows) {
   addController(windowNamed("C"), "view");
   recorder.takeEvents();
   std::string reason;
@@ -276,7 +276,7 @@ TEST_F(LeavingTest, ALostConnectionClosesAllWindows) {
   EXPECT_NE(std::ranges::find(events, "C resigns key"), events.end());
 }
 
-TEST_F(LeavingTest, ALostConnectionEndsModalSessionsAndSheets) {
+TEST_F(LeavingScreenTest, ALostConnectionEndsModalSessionsAndSheets) {
   const auto hostController = addController(windowNamed("C"), "host");
   hostController->presentViewControllerAsModalWindow(makeController("modal"));
   hostController->presentViewControllerAsSheet(makeController("sheet"));
@@ -285,7 +285,7 @@ TEST_F(LeavingTest, ALostConnectionEndsModalSessionsAndSheets) {
   EXPECT_TRUE(hostController->presentedViewControllers().empty());
 }
 
-TEST_F(LeavingTest, AfterALostConnectionTheMainQueueStillRuns) {
+TEST_F(LeavingScreenTest, AfterALostConnectionTheMainQueueStillRuns) {
   platform.windowSystem().serverClosesConnection("the server exited");
   bool hasRun = false;
   dispatch_async(dispatch_get_main_queue(), [&hasRun] { hasRun = true; });
