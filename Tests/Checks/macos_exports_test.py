@@ -41,6 +41,7 @@ FOLDERS = {
     "Bindings/Json": ["*.cpp"],
     "Bindings/C": ["*.cpp"],
 }
+# The public names that the library must export.
 EXPORTS = ROOT / "Tests/Package/exports.txt"
 # The demangled names of a class's tables and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
@@ -122,7 +123,7 @@ class MacOSExportsTest(unittest.TestCase):
         exports = self.link("-exported_symbols_list", ROOT / "cmake/exports.mach-o")
         self.assertEqual(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
 
-    def test_without_the_list_of_symbols_the_library_exports_more(self):
+    def test_without_the_export_list_of_the_linker_the_library_exports_more(self):
         exports = self.link()
         self.assertGreater(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
         self.assertTrue(any(name.startswith("std::") for name in exports))

@@ -5,7 +5,7 @@ the Objective-C interface.
 usage: system_headers_test.py COMPILER...
 
 The headers of macOS are represented by the macros in SystemHeaders/MacOSMacros.h, and by the free
-AppKit if gnustep-config is installed. A compiler without Objective-C++ compiles only C++.
+AppKit of GNUstep if gnustep-config is installed. A compiler without Objective-C++ compiles only C++.
 """
 
 import shlex
@@ -99,6 +99,7 @@ class SystemHeadersTest(unittest.TestCase):
                     headers = compile_text(compiler, "objective-c", OBJECTIVE_C_HEADERS, *flags)
                     self.assertEqual(headers, "")
 
+    # Shows that `test_the_macros_of_macos_do_not_disturb_the_librarys_headers` can fail.
     def test_a_macro_with_a_name_of_the_library_breaks_the_compilation(self):
         macro = "#define kDispatchTimeNow (0ull)\n"
         for compiler in COMPILERS:

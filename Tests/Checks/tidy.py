@@ -18,7 +18,7 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-# Not checked: a fault in a test shows when the test runs.
+# Not checked: tests, fuzzers and benchmarks, whose faults show when they run, and build folders.
 SKIPPED = ("Tests/", "Fuzz/", "Benchmarks/", "build/")
 
 OPTIONS = ["--quiet", "--extra-arg=-Wno-unknown-warning-option"]
@@ -56,7 +56,7 @@ class Sources:
         return digest.digest()
 
 
-def checks_for(root, name):
+def clang_tidy_files_for(root, name):
     """Returns the text of every .clang-tidy file that applies to the source."""
     files = [root / folder / ".clang-tidy" for folder in Path(name).parents]
     return b"\0".join(file.read_bytes() for file in files if file.is_file())
@@ -95,7 +95,7 @@ def main():
     unchecked_sources, current_states = [], set()
     for name, command in commands(root, build):
         state = hashlib.sha256(
-            settings + checks_for(root, name) + command.encode() + sources.digest(name)
+            settings + clang_tidy_files_for(root, name) + command.encode() + sources.digest(name)
         ).hexdigest()
         current_states.add(state)
         if not (stamps / state).exists():

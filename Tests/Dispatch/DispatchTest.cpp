@@ -321,7 +321,7 @@ TEST_F(DispatchTest, WorkThatThrowsLeavesTheRestForTheNextPass) {
   EXPECT_EQ(recordedNames, (Names{"throws", "rest"}));
 }
 
-TEST_F(DispatchTest, DispatchTimeAddsToNowOrToATime) {
+TEST_F(DispatchTest, DispatchTimeAddsADelayToNowOrToAGivenTime) {
   letTimePass(1);
   EXPECT_EQ(dispatch_time(kDispatchTimeNow, 0), kNanosecondsPerSecond);
   EXPECT_EQ(dispatch_time(kDispatchTimeNow, kNanosecondsPerSecond / 2),

@@ -3,5 +3,6 @@
 import os
 from pathlib import Path
 
+# The program launchscreen.
 PROGRAM = os.environ["LAUNCHSCREEN"]
 ROOT = Path(__file__).resolve().parents[2]

@@ -24,9 +24,9 @@ def rows(heading):
 
 
 class Play:
-    """Plays a scenario: a request, its presentation, and `steps`. Stores the lines of the trace.
-    `host` has members of the scenario's host, except `player`: its members describe the player
-    window."""
+    """Plays a scenario that requests a launch screen, presents it, and then takes `steps`. Stores the
+    lines of the trace. `host` adds members to the scenario's "host", but `host["player"]` adds members
+    to the player window."""
 
     def __init__(self, parameters, steps=(), presentation_mode=0, windows=(), until=30, **host):
         script = {
@@ -52,7 +52,7 @@ class Play:
         return next(lines, None)
 
     def time_of(self, name, value=None):
-        """Returns the time of the first such line (see `first_line`), or None."""
+        """Returns the time of the line that `first_line` returns, or None."""
         line = self.first_line(name, value)
         return line and line["t"]
 
@@ -178,6 +178,7 @@ class Requests(unittest.TestCase):
                 self.assert_times(play.outcome[:1], [float(dismissal.split()[0])])
 
     def test_each_row_about_modes_is_true(self):
+        # A cell contains a JSON value in backticks or one of these words.
         values_of_words = {"missing": None, "anything else": "Skip"}
         for value, effect in rows("`mode`"):
             with self.subTest(value):
@@ -188,10 +189,11 @@ class Requests(unittest.TestCase):
                 self.assert_times(outcome, (1, NO_EVENT) if may_dismiss_early else (5.1, 3.5))
 
     def test_each_row_about_event_and_max_duration_time_is_true(self):
+        # A cell contains a JSON value in backticks or one of these words.
+        values_of_words = {"missing": None, "a text": "some_event"}
         for parameter in "event", "max_duration_time":
             for value, effect in rows(f"`{parameter}`"):
                 with self.subTest(parameter=parameter, value=value):
-                    values_of_words = {"missing": None, "a text": "some_event"}
                     is_word = value in values_of_words
                     parameter_value = values_of_words[value] if is_word else json.loads(value.strip("`"))
                     play = Play(request(**{"max_duration_time": 2, parameter: parameter_value}))

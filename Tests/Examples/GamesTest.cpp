@@ -25,7 +25,7 @@ constexpr std::uint32_t kBackgroundColor = 0x204080;
 constexpr std::uint32_t kBallColor = 0xFFB020;
 constexpr std::size_t kMinimumCoveredFrames = 60;
 // The limit for a call of vel_pump, in milliseconds. It is much longer than a call takes on a busy
-// machine, and much shorter than a launch screen.
+// machine, and much shorter than a launch screen lasts.
 constexpr double kMaximumPumpTime = 1000;
 
 auto hasEveryControl() {
@@ -156,7 +156,7 @@ TEST_P(GameExample, ExitsCleanlyIfItsWindowIsClosedWhileCovered) {
 INSTANTIATE_TEST_SUITE_P(Examples, GameExample, testing::Values("sdl2-game", "c-host"),
                          nameOfExample);
 
-#ifdef VEL_PYTHON_CAN_LOAD
+#ifdef VEL_PYTHON_CAN_LOAD_LIBRARY
 
 class PythonHostOnADisplay : public X11TestWithManager {};
 
@@ -165,8 +165,8 @@ TEST_F(PythonHostOnADisplay, PrintsEachCallback) {
   ASSERT_TRUE(waitFor([&] { return host.hasPrinted("ended 1"); }));
   EXPECT_EQ(host.wait(), 0);
   std::vector<std::string> lines = host.lines();
-  // The library reports the kept controls after it disables controls and again after it restores
-  // them. The host may exit before the second report.
+  // The library calls `controls_kept` after it disables controls, and again after it restores them.
+  // The host may exit before the second call.
   EXPECT_GE(std::erase(lines, "controls_kept 0"), 1U);
   EXPECT_THAT(lines, ElementsAre("state_changed 3 None", StartsWith("log_line LaunchScreenContent"),
                                  "will_appear", "may_disappear", "did_disappear",

@@ -19,7 +19,7 @@ TEST_P(LoopExample, RunsTheLaunchScreenUntilTheEventIsRecorded) {
 INSTANTIATE_TEST_SUITE_P(Examples, LoopExample, testing::Values("poll-loop", "glib", "sdl2"),
                          nameOfExample);
 
-#ifdef VEL_PYTHON_CAN_LOAD
+#ifdef VEL_PYTHON_CAN_LOAD_LIBRARY
 
 TEST(PythonHost, PrintsEachCallbackWithoutADisplay) {
   HostProcess host(pythonHostCommand({"--seconds", "0.3"}));

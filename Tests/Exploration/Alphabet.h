@@ -1,5 +1,6 @@
-// The actions and hosts from which the exploration builds its scripts. A script is a sequence of
-// actions. A play (ObservedPlay.h) runs one script.
+// The actions and settings from which the exploration builds its plays. A script is a sequence of
+// actions. A setting is a host with its windows. A play (ObservedPlay.h) runs one script in one
+// setting.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +22,7 @@ struct Action {
   std::string_view steps;
 };
 
-/// A host, with its windows.
+/// A host with its windows.
 struct Setting {
   std::string_view name;
   /// The value of "host" in a scenario.

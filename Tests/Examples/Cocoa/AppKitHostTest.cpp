@@ -15,6 +15,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 
 constexpr std::uint32_t kBlue = 0x0000FF;  // the host's own picture
+// Presentation modes, as values of the host's option -mode.
 constexpr const char* kEmbedded = "0";
 constexpr const char* kSheet = "1";
 constexpr const char* kModalWindow = "2";

@@ -47,7 +47,7 @@ class GameOnWayland : public testing::Test {
   [[nodiscard]] bool becomesWhite(PixelRect area) const {
     return eventually([&] { return sway.picture(area).isAll(kWhite); });
   }
-  [[nodiscard]] bool becomesVisible() const {
+  [[nodiscard]] bool gameBecomesVisible() const {
     return eventually([this] {
       const auto colors = sway.picture(kGameArea).colors();
       return colors.contains(kGameColor) && !colors.contains(kWhite) &&
@@ -68,7 +68,7 @@ class GameOnWayland : public testing::Test {
 
 TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   const auto game = startGame("4", "120");
-  ASSERT_TRUE(becomesVisible());
+  ASSERT_TRUE(gameBecomesVisible());
   sway.picture(kScreen).save("wayland-game-before");
 
   ASSERT_TRUE(waitForLine(*game, "covered"));
@@ -95,7 +95,7 @@ TEST_F(GameOnWayland, KeepsDrawingUnderItsLaunchScreen) {
   EXPECT_EQ(recordedEvents(), "launch_end\n");
   ASSERT_TRUE(waitForLine(*game, "uncovered"));
   EXPECT_TRUE(waitForLine(*game, "controls restored"));
-  EXPECT_TRUE(becomesVisible());
+  EXPECT_TRUE(gameBecomesVisible());
   sway.picture(kScreen).save("wayland-game-after");
 
   sway.closeWindow(kTitle);
@@ -128,7 +128,7 @@ TEST_F(GameOnWayland, TheUserCannotResizeOrCloseItUntilTheLaunchScreenEnds) {
   sway.drag(right, bottom, right + 100, bottom);
   sway.closeWindow(kTitle);
   ASSERT_TRUE(waitForLine(*game, "controls restored"));
-  ASSERT_TRUE(becomesVisible());
+  ASSERT_TRUE(gameBecomesVisible());
   // This drag starts on the border only if the first drag did not move the border.
   sway.drag(right, bottom, right + 50, bottom);
   EXPECT_TRUE(eventually([&] {
