@@ -80,7 +80,7 @@ TEST_F(CreateTest, AFailedCreateSetsTheHandleToNull) {
   EXPECT_EQ(screen, nullptr);
 }
 
-TEST_F(CreateTest, AStructureSizeThatNoVersionHasIsRefused) {
+TEST_F(CreateTest, ATooSmallStructureSizeIsRefused) {
   VelCreateOptions options = virtualOptions();
   for (const std::size_t size : {std::size_t{0}, sizeof(VelCreateOptions) - 1}) {
     options.size = size;
@@ -140,7 +140,7 @@ TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
   }
 }
 
-TEST_F(CreateTest, AnUnsupportedDisplayReturnsNoDisplay) {
+TEST_F(CreateTest, ForAnUnsupportedDisplayTheStatusIsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -148,7 +148,7 @@ TEST_F(CreateTest, AnUnsupportedDisplayReturnsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedReturnsNoDisplay) {
+TEST_F(CreateTest, IfTheX11DisplayCannotBeOpenedTheStatusIsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
@@ -157,7 +157,7 @@ TEST_F(CreateTest, AnX11DisplayThatCannotBeOpenedReturnsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, WithoutTheCocoaBackEndTheCocoaDisplayReturnsNoDisplay) {
+TEST_F(CreateTest, WithoutTheCocoaBackEndTheStatusForCocoaIsNoDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "cocoa";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);

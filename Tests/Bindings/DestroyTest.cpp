@@ -110,7 +110,8 @@ TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
       VelLaunchScreen* handleCopy = staleHandle;
       EXPECT_EQ(vel_destroy(&handleCopy), VEL_NOT_ALIVE);
       EXPECT_EQ(vel_pump(staleHandle, nullptr), VEL_NOT_ALIVE);
-      // The launch screen exists until the call that caused this callback returns.
+      // The handle is already invalid. vel_create still fails until the call that caused this
+      // callback returns.
       const VelCreateOptions options = virtualOptions(&callbacks);
       VelLaunchScreen* nextScreen = nullptr;
       EXPECT_EQ(vel_create(&options, &nextScreen), VEL_ALREADY_EXISTS);

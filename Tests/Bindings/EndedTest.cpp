@@ -120,7 +120,7 @@ TEST_F(EndedTest, ADismissalRefusedInForcedModeDoesNotChangeTheReason) {
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, AWindowClosedAfterADismissalRefusedInForcedModeHasTheReasonWindowClosed) {
+TEST_F(EndedTest, AfterARefusedDismissalAClosedWindowHasTheReasonWindowClosed) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
@@ -211,7 +211,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
-TEST_F(EndedTest, DestroyInADidDisappearInsideMayDisappearReportsTheEnd) {
+TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
       windowSystem().ownerDestroysWindow(NSApp->keyWindow()->handle());
@@ -227,7 +227,7 @@ TEST_F(EndedTest, DestroyInADidDisappearInsideMayDisappearReportsTheEnd) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-TEST_F(EndedTest, APumpInsideTheLogLineCallbackDoesNotEndTheLaunchScreen) {
+TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
       EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);

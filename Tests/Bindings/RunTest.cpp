@@ -32,7 +32,7 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   EXPECT_EQ(host.callbackLines,
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), kFullStyle);
-  // If the window has no content controller, the cover is removed one second later.
+  // Without a content controller, the cover stays for one second after did_disappear.
   EXPECT_TRUE(isUp());
   ASSERT_EQ(vel_run(screen, 0.5), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
@@ -51,7 +51,7 @@ TEST_F(CRunTest, IfTheWindowHasAContentControllerTheCoverIsRemovedWithoutDelay) 
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, SheetsAndModalWindowsRunUntilTheEventIsRecorded) {
+TEST_F(CRunTest, ASheetOrModalWindowEndsBeforeTheEventIsRecorded) {
   for (const VelPresentation presentation : {VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
     host.callbackLines.clear();
@@ -152,7 +152,8 @@ TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // If `vel_dismiss` had changed something, the loss of focus would not pause the countdown.
+  // If `vel_dismiss` had set `launchScreenExpired`, the loss of focus would not pause the
+  // countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 

@@ -16,7 +16,7 @@ class ObjectiveCConfiguration : public vel::test::VirtualPlatformTest {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
 };
 
-TEST_F(ObjectiveCConfiguration, EachCallReturnsTheSameDefaultWithoutSettings) {
+TEST_F(ObjectiveCConfiguration, TheDefaultIsASingleObjectThatHasNoSettings) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   EXPECT_FALSE([configuration skipMode]);
   EXPECT_TRUE([configuration nextEventName] == nil);

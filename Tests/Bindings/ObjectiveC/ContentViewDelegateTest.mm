@@ -19,7 +19,7 @@ class ObjectiveCViewDelegate : public testing::Test {
       [[LaunchScreenContent alloc] initWithLibraryContent:libraryContent];
 };
 
-TEST_F(ObjectiveCViewDelegate, GetsEachCallWithTheContent) {
+TEST_F(ObjectiveCViewDelegate, GetsAllThreeCallsAndTheContent) {
   NativeViewDelegate* const delegate = [[[NativeViewDelegate alloc] init] autorelease];
   [content setDelegate:delegate];
   EXPECT_TRUE([content delegate] == delegate);
@@ -39,7 +39,7 @@ TEST_F(ObjectiveCViewDelegate, CanRefuseTheDismissal) {
   EXPECT_FALSE(libraryContent->canLaunchScreenControllerDismiss(nullptr));
 }
 
-TEST_F(ObjectiveCViewDelegate, MayImplementNoOperation) {
+TEST_F(ObjectiveCViewDelegate, NeedNotImplementAnyOperation) {
   [content setDelegate:[[[SilentViewDelegate alloc] init] autorelease]];
   libraryContent->launchScreenControllerWillPresent(nullptr);
   EXPECT_TRUE(libraryContent->canLaunchScreenControllerDismiss(nullptr));

@@ -1,4 +1,4 @@
-// The class MetricsCenter, which a host may have, receives the event.
+// The library passes each event to the class MetricsCenter, if the host has that class.
 #include <gmock/gmock.h>
 #include <objc/runtime.h>
 

@@ -39,7 +39,7 @@ class ObjectiveCManager : public vel::test::VirtualPlatformTest {
     EXPECT_TRUE(request(parametersWith(duration)) != nil);
     return [[LaunchScreenConfiguration defaultConfiguration] expirationTimeInterval];
   }
-  bool isSkipModeReadFrom(id mode) {
+  bool selectsSkipMode(id mode) {
     EXPECT_TRUE(request(parametersWithMode(mode)) != nil);
     return [[LaunchScreenConfiguration defaultConfiguration] skipMode] == YES;
   }
@@ -76,9 +76,9 @@ TEST_F(ObjectiveCManager, ReadsADurationFromTheBeginningOfAString) {
   EXPECT_EQ(secondsReadFrom(@" 2.5 seconds"), 2.5);
 }
 
-TEST_F(ObjectiveCManager, RefusesADurationThatIsZeroOrNeitherANumberNorAString) {
+TEST_F(ObjectiveCManager, RefusesAZeroDurationAndADurationOfAnotherType) {
   EXPECT_TRUE(request(parametersWith([NSNumber numberWithBool:NO])) == nil);
-  EXPECT_TRUE(request(parametersWith(@"abc")) == nil);
+  EXPECT_TRUE(request(parametersWith(@"abc")) == nil);  // read as 0
   EXPECT_TRUE(request(parametersWith([NSArray array])) == nil);
   const std::string line = "LaunchScreenManager (-[LaunchScreenManager parseParameters:]): "
                            "Max duration time is nil or empty!";
@@ -86,10 +86,10 @@ TEST_F(ObjectiveCManager, RefusesADurationThatIsZeroOrNeitherANumberNorAString) 
 }
 
 TEST_F(ObjectiveCManager, OnlyTheExactStringSkipSelectsSkipMode) {
-  EXPECT_TRUE(isSkipModeReadFrom(@"skip"));
-  EXPECT_FALSE(isSkipModeReadFrom(@"Skip"));
-  EXPECT_FALSE(isSkipModeReadFrom([NSNumber numberWithBool:YES]));
-  EXPECT_FALSE(isSkipModeReadFrom([NSNull null]));
+  EXPECT_TRUE(selectsSkipMode(@"skip"));
+  EXPECT_FALSE(selectsSkipMode(@"Skip"));
+  EXPECT_FALSE(selectsSkipMode([NSNumber numberWithBool:YES]));
+  EXPECT_FALSE(selectsSkipMode([NSNull null]));
 }
 
 TEST_F(ObjectiveCManager, ReadsAnEventNameInAnyScript) {
@@ -108,7 +108,7 @@ TEST_F(ObjectiveCManager, RefusesARequestWithoutParameters) {
   EXPECT_THAT(platform.log, ElementsAre(line, line));
 }
 
-TEST_F(ObjectiveCManager, ReturnsOneObjectAsDataViewAndPresentation) {
+TEST_F(ObjectiveCManager, OneObjectIsTheDataTheViewAndThePresentation) {
   LaunchScreenContent* const content = request(parametersWith(@"5"));
   ASSERT_TRUE(content != nil);
   EXPECT_TRUE([manager contentViewForContentData:content] == content);
@@ -154,7 +154,7 @@ TEST_F(ObjectiveCManager, AFailedContentHasTheErrorOfTheLibrary) {
   EXPECT_EQ([[content error] code], 404);
 }
 
-TEST_F(ObjectiveCManager, LoadsARequestFromAnotherThreadOnTheMainThread) {
+TEST_F(ObjectiveCManager, ARequestMadeOnAnotherThreadIsLoadedOnTheMainThread) {
   NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
   [manager setDelegate:delegate];
   LaunchScreenContent* content = nil;
@@ -206,7 +206,7 @@ TEST_F(ObjectiveCManager, HasTheDocumentedOperationsOnly) {
   EXPECT_FALSE([content respondsToSelector:@selector(completedView)]);
 }
 
-TEST(ObjectiveCManagerDeathTest, EachInitLogsTheReasonAndReturnsNilWithoutADisplay) {
+TEST(ObjectiveCManagerDeathTest, WithoutADisplayEachInitLogsTheReasonAndReturnsNil) {
   EXPECT_EXIT(
       {
         unsetenv("DISPLAY");

@@ -38,8 +38,8 @@
     didChangeStateForContentData:(id<ContentData>)data;
 @end
 
-/// A view delegate with all operations. It keeps the names of the calls, and the argument of
-/// `contentViewWillAppear:`.
+/// A view delegate with all operations. It stores the names of the calls in order, and the argument
+/// of `contentViewWillAppear:`. `canContentViewDisappear:` returns `mayDisappear`.
 @interface NativeViewDelegate : NSObject <ContentViewDelegate> {
  @public
   NSMutableArray* calls;

@@ -23,11 +23,11 @@
 @end
 
 @implementation NativeResolverDelegate
-- (void)contentResolver:(id<ContentResolver>)changedResolver
-    didChangeStateForContentData:(id<ContentData>)changedData {
+- (void)contentResolver:(id<ContentResolver>)contentResolver
+    didChangeStateForContentData:(id<ContentData>)contentData {
   ++changes;
-  resolver = changedResolver;
-  data = changedData;
+  resolver = contentResolver;
+  data = contentData;
   isOnMainThread = [NSThread isMainThread];
 }
 @end
@@ -50,15 +50,15 @@
   [calls release];
   [super dealloc];
 }
-- (void)contentViewWillAppear:(id<ContentView>)changedView {
-  view = changedView;
+- (void)contentViewWillAppear:(id<ContentView>)contentView {
+  view = contentView;
   [calls addObject:@"will appear"];
 }
-- (BOOL)canContentViewDisappear:(id<ContentView>)changedView {
+- (BOOL)canContentViewDisappear:(id<ContentView>)contentView {
   [calls addObject:@"can disappear"];
   return mayDisappear;
 }
-- (void)contentViewDidDisappear:(id<ContentView>)changedView {
+- (void)contentViewDidDisappear:(id<ContentView>)contentView {
   [calls addObject:@"did disappear"];
 }
 @end
