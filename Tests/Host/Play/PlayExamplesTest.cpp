@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 // CTest runs the tests in the root folder of the project.
 constexpr const char* kScenarios = "Examples/scenarios";
-constexpr const char* kTraces = "Tests/Host/Play/golden";
+constexpr const char* kExpectedTraces = "Tests/Host/Play/golden";
 
 // Returns the sorted names of the files with this extension, without the extension.
 std::vector<std::string> fileNamesIn(const fs::path& folder, std::string_view extension) {
@@ -40,15 +40,16 @@ std::string readFile(const fs::path& file) {
 }
 
 // Returns the name of the scenario that belongs to the expected trace with this name.
-std::string scenarioOf(const std::string& trace) { return trace.substr(0, trace.find("--")); }
+std::string scenarioOf(const std::string& traceName) {
+  return traceName.substr(0, traceName.find("--"));
+}
 
 class PlayExamplesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PlayExamplesTest, HasTheExpectedTrace) {
-  const std::string expected = readFile(fs::path(kTraces) / (GetParam() + ".jsonl"));
+  const std::string expected = readFile(fs::path(kExpectedTraces) / (GetParam() + ".jsonl"));
   const std::string scenarioFile =
       (fs::path(kScenarios) / (scenarioOf(GetParam()) + ".json")).string();
-  // A play that stops at a fatal error has a status of its own.
   const int status =
       expected.find("\"fatal\":") == std::string::npos ? kExitSuccess : kExitPlayAborted;
   // The second play shows that the first play has left no state in the process.
@@ -68,12 +69,12 @@ std::string testNameOf(const testing::TestParamInfo<std::string>& testInfo) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, PlayExamplesTest,
-                         testing::ValuesIn(fileNamesIn(kTraces, ".jsonl")), testNameOf);
+                         testing::ValuesIn(fileNamesIn(kExpectedTraces, ".jsonl")), testNameOf);
 
 TEST(PlayExampleListTest, EachScenarioHasOneExpectedTrace) {
   std::vector<std::string> scenariosWithTraces;
-  std::ranges::transform(fileNamesIn(kTraces, ".jsonl"), std::back_inserter(scenariosWithTraces),
-                         &scenarioOf);
+  std::ranges::transform(fileNamesIn(kExpectedTraces, ".jsonl"),
+                         std::back_inserter(scenariosWithTraces), &scenarioOf);
   EXPECT_EQ(scenariosWithTraces, fileNamesIn(kScenarios, ".json"));
 }
 

@@ -16,8 +16,6 @@ struct PlayResult {
   PlayOutcome outcome = PlayOutcome::PlayedToEnd;
   /// The trace: the lines that `launchscreen play` prints.
   Lines lines;
-  /// The states that `Player` reported.
-  std::vector<PlayState> states;
 };
 
 /// Plays a scenario in JSON.

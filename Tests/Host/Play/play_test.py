@@ -29,7 +29,7 @@ class Refusals(unittest.TestCase):
     def error_for(self, content):
         """Returns the error for a file with this content. The error must be a single line."""
         with tempfile.TemporaryDirectory() as folder:
-            file = Path(folder) / "script.json"
+            file = Path(folder) / "scenario.json"
             file.write_bytes(content if isinstance(content, bytes) else content.encode())
             result = run("play", str(file))
             self.assertEqual(result.returncode, 2, result.stdout)

@@ -17,8 +17,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// Sends a request with this value of the parameter "max_duration_time" and returns the configured
-// interval. Returns null if the library refuses the request.
+// Sends a request with this value of the parameter "max_duration_time" and returns the
+// configuration's "expirationTimeInterval". Returns null if the library refuses the request.
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
@@ -53,6 +53,7 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
 }
 
 TEST(PlayStepsTest, TheDurationMayBeANumberATextOrTrue) {
+  // The library converts the duration to a float.
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
   EXPECT_EQ(intervalFor("-9223372036854775808"), -9223372036854775808.0);
@@ -146,9 +147,10 @@ TEST(PlayStepsTest, PresentWithoutWindowShowsNothing) {
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], nullptr);
 }
 
+// The mode of a "present" step and the value of `LaunchScreenPresentationMode` that it selects.
 struct ModePair {
   int hostMode;
-  int libraryMode;
+  int presentationMode;
   friend void PrintTo(const ModePair& modes, std::ostream* out) { *out << modes.hostMode; }
 };
 
@@ -158,11 +160,11 @@ INSTANTIATE_TEST_SUITE_P(HostModes, PresentModeTest,
                          testing::Values(ModePair{0, 0}, ModePair{1, 2}, ModePair{2, 1},
                                          ModePair{-1, 2}));
 
-TEST_P(PresentModeTest, HostModeSelectsTheModeOfTheLibrary) {
+TEST_P(PresentModeTest, HostModeSelectsThePresentationMode) {
   const Lines trace = play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
                            R"({"do":"present","window":"player","mode":)" +
                            std::to_string(GetParam().hostMode) + "}");
-  EXPECT_EQ(lastInspection(trace)["controller"]["presentationMode"], GetParam().libraryMode);
+  EXPECT_EQ(lastInspection(trace)["controller"]["presentationMode"], GetParam().presentationMode);
 }
 
 TEST(PlayStepsTest, PresentMayShowTheTemporaryContent) {
@@ -328,7 +330,7 @@ TEST(PlayStepsTest, ConfigureSetsTheIntervalBeforeItMakesTheController) {
   };
   EXPECT_EQ(hasController("0.1"), true);
   EXPECT_EQ(hasController(R"("nan")"), true);
-  EXPECT_EQ(hasController("0"), false) << "`init` returns null";
+  EXPECT_EQ(hasController("0"), false) << "`LaunchScreenViewController::init` returns null";
 }
 
 TEST(PlayStepsTest, ConfiguredControllerIsPresented) {
@@ -526,7 +528,7 @@ TEST(PlayStepsTest, StopModalEndsTheModalSession) {
   EXPECT_EQ(
       lastInspection(play(modalSteps + R"(,{"do":"stopModal"})"))["application"]["modalWindow"],
       nullptr);
-  EXPECT_EQ(play(R"({"do":"stopModal"})").size(), 2U);
+  EXPECT_THAT(linesAfter(play(R"({"do":"stopModal"})"), "stopModal"), IsEmpty());
 }
 
 TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesTheNewestSheet) {
@@ -590,6 +592,8 @@ TEST(PlayStepsTest, WorkThatAStepQueuesRunsBeforeTheNextStep) {
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"},)"
       R"({"do":"contentView"})");
   EXPECT_THAT(linesAfter(trace, "request"), Contains(R"("state":3,"content":"main"})"));
+  // The content is the first delegate. `contentView` adds the manager only if the content is
+  // loaded.
   EXPECT_EQ(lastInspection(trace)["controller"]["delegates"], 2);
 }
 

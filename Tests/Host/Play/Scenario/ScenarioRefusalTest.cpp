@@ -8,7 +8,7 @@
 namespace vel::host {
 namespace {
 
-std::string refusalOf(std::string_view text) {
+std::string errorFor(std::string_view text) {
   try {
     static_cast<void>(readScenario(text));
   } catch (const ScenarioError& error) {
@@ -20,7 +20,7 @@ std::string refusalOf(std::string_view text) {
 struct Refusal {
   const char* testName;
   const char* scenario;
-  const char* expectedRefusal;
+  const char* expectedError;
 };
 
 void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testName; }
@@ -28,7 +28,7 @@ void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testNa
 class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(ScenarioRefusalTest, NamesThePathAndTheExpectedValue) {
-  EXPECT_EQ(refusalOf(GetParam().scenario), GetParam().expectedRefusal);
+  EXPECT_EQ(errorFor(GetParam().scenario), GetParam().expectedError);
 }
 
 constexpr const char* kOperations =
@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"Number", "7", R"("" (the document): expected an object)"},
         Refusal{"UnknownMember", R"({"actors":[]})",
                 R"(/actors: expected a known member: one of "host", "steps", "until")"},
-        Refusal{"MemberNameThatAPointerEscapes", R"({"a/b~c":1})",
+        Refusal{"MemberNameThatAJsonPointerEscapes", R"({"a/b~c":1})",
                 R"(/a~1b~0c: expected a known member: one of "host", "steps", "until")"},
         Refusal{"MemberNameOfTwoLines", R"({"a\nb":1})",
                 R"(/a\u000ab: expected a known member: one of "host", "steps", "until")"},
@@ -141,20 +141,20 @@ INSTANTIATE_TEST_SUITE_P(
     testNameOf);
 
 TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":true}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":true}})"),
             "/host/viewDelegate: expected a view delegate, or null");
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":null}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":null}}})"),
             "/host/viewDelegate/operations: expected an array of operations");
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":["close"]}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":["close"]}}})"),
             std::string("/host/viewDelegate/operations/0: expected ") + kOperations);
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"canDisappear":1}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"canDisappear":1}}})"),
             "/host/viewDelegate/canDisappear: expected true or false");
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"deactivateDuring":"close"}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"deactivateDuring":"close"}}})"),
             std::string("/host/viewDelegate/deactivateDuring: expected ") + kOperations);
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"operations":["contentViewWillAppear:"],)"
-                      R"("deactivateDuring":"contentViewDidDisappear:"}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"operations":["contentViewWillAppear:"],)"
+                     R"("deactivateDuring":"contentViewDidDisappear:"}}})"),
             "/host/viewDelegate/deactivateDuring: expected one of the delegate's operations");
-  EXPECT_EQ(refusalOf(R"({"host":{"viewDelegate":{"mood":1}}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"viewDelegate":{"mood":1}}})"),
             "/host/viewDelegate/mood: expected a known member: one of "
             R"("operations", "canDisappear", "deactivateDuring")");
 }
@@ -163,8 +163,8 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
 TEST_P(StepRefusalTest, NamesThePathAndTheExpectedValue) {
-  EXPECT_EQ(refusalOf("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
-            GetParam().expectedRefusal);
+  EXPECT_EQ(errorFor("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
+            GetParam().expectedError);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -269,11 +269,11 @@ INSTANTIATE_TEST_SUITE_P(
     testNameOf);
 
 TEST(ScenarioReaderTest, ErrorForAnUnknownStepListsTheSteps) {
-  const std::string refusal = refusalOf(R"({"steps":[{"do":"dance"}]})");
-  EXPECT_THAT(refusal,
+  const std::string error = errorFor(R"({"steps":[{"do":"dance"}]})");
+  EXPECT_THAT(error,
               testing::StartsWith(R"(/steps/0/do: expected one of "activate", "request", )"));
-  EXPECT_THAT(refusal, testing::EndsWith(R"("runLoopMode", "inspect")"));
-  EXPECT_THAT(refusalOf(R"({"steps":[{}]})"), testing::EndsWith(R"("inspect", which is missing)"));
+  EXPECT_THAT(error, testing::EndsWith(R"("runLoopMode", "inspect")"));
+  EXPECT_THAT(errorFor(R"({"steps":[{}]})"), testing::EndsWith(R"("inspect", which is missing)"));
 }
 
 TEST(ScenarioReaderTest, NestingDeeperThan64IsRefused) {
@@ -281,28 +281,29 @@ TEST(ScenarioReaderTest, NestingDeeperThan64IsRefused) {
     return R"({"steps":[{"do":"request","parameters":{"a":)" + std::string(depth - 4, '[') +
            std::string(depth - 4, ']') + "}}]}";
   };
-  EXPECT_EQ(refusalOf(documentOfDepth(64)), "accepted");
-  EXPECT_THAT(refusalOf(documentOfDepth(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
-  EXPECT_THAT(refusalOf(std::string(100'000, '[')),
+  EXPECT_EQ(errorFor(documentOfDepth(64)), "accepted");
+  EXPECT_THAT(errorFor(documentOfDepth(65)), testing::StartsWith("/steps/0/parameters/a/0/0/"));
+  EXPECT_THAT(errorFor(std::string(100'000, '[')),
               testing::EndsWith(": expected at most 64 levels of nested objects and arrays"));
 }
 
 TEST(ScenarioReaderTest, OptionalMembersMayBeMissingOrNull) {
-  EXPECT_EQ(refusalOf("{}"), "accepted");
-  EXPECT_EQ(refusalOf(R"({"host":{"windows":[],"resolverDelegate":null,"viewDelegate":null}})"),
+  EXPECT_EQ(errorFor("{}"), "accepted");
+  EXPECT_EQ(errorFor(R"({"host":{"windows":[],"resolverDelegate":null,"viewDelegate":null}})"),
             "accepted");
-  EXPECT_EQ(refusalOf(R"({"host":{"windows":[{"name":"a"},{"name":"b","parent":"a"}]}})"),
+  EXPECT_EQ(errorFor(R"({"host":{"windows":[{"name":"a"},{"name":"b","parent":"a"}]}})"),
             "accepted");
-  EXPECT_EQ(refusalOf(R"({"steps":[{"do":"configure"},{"do":"viewDelegate"}],"until":1000000})"),
+  EXPECT_EQ(errorFor(R"({"steps":[{"do":"configure"},{"do":"viewDelegate"}],"until":1000000})"),
             "accepted");
-  EXPECT_EQ(refusalOf("\xef\xbb\xbf{}"), "accepted") << "a byte order mark is allowed";
+  EXPECT_EQ(errorFor("\xef\xbb\xbf{}"), "accepted") << "a byte order mark is allowed";
 }
 
 TEST(ScenarioReaderTest, StepsCanNameTheWindowsOfEarlierPresentations) {
-  EXPECT_EQ(refusalOf(R"({"steps":[{"do":"present","window":null,"mode":2},)"
-                      R"({"do":"present","window":"modal-1","mode":-1},)"
-                      R"({"do":"openWindow","name":"b","parent":"sheet-1"},{"do":"presentOver"},)"
-                      R"({"do":"makeKey","window":"sheet-2"}]})"),
+  // Mode 2 opens a modal window, and mode -1 opens a sheet.
+  EXPECT_EQ(errorFor(R"({"steps":[{"do":"present","window":null,"mode":2},)"
+                     R"({"do":"present","window":"modal-1","mode":-1},)"
+                     R"({"do":"openWindow","name":"b","parent":"sheet-1"},{"do":"presentOver"},)"
+                     R"({"do":"makeKey","window":"sheet-2"}]})"),
             "accepted");
 }
 

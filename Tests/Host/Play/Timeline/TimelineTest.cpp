@@ -47,6 +47,7 @@ std::vector<Mark> marksIn(const Timeline& timeline, TimelineLane lane) {
   return result;
 }
 
+// The start and the end of a time span in whole milliseconds.
 using Span = std::pair<int, int>;
 
 std::vector<Span> spansInMilliseconds(const std::vector<TimeSpan>& spans) {
@@ -94,7 +95,7 @@ TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
               ElementsAre(Mark{0, "Next event name is nil or empty!"}));
 }
 
-TEST_F(TimelineTest, MarksOneRunFromTheFirstHostCallToTheEvent) {
+TEST_F(TimelineTest, MarksOneRunFromTheFirstHostCallToTheRecordedEvent) {
   playInto(timeline_, kRunOfHalfASecond, 3);
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{0, "contentViewWillAppear:"},
                                                          Mark{600, "canContentViewDisappear: yes"},

@@ -12,7 +12,7 @@ class Font:
             tag, _, offset, _ = self._numbers("4sIII", 12 + 16 * index)
             self._tables[tag.decode()] = offset
         self._units_per_em = self._numbers("H", self._tables["head"] + 18)[0]
-        self._measured_glyph_count = self._numbers("H", self._tables["hhea"] + 34)[0]
+        self._width_count = self._numbers("H", self._tables["hhea"] + 34)[0]
         self._glyphs = self._read_glyphs()
 
     def width(self, text, size):
@@ -25,8 +25,8 @@ class Font:
         return struct.unpack_from(">" + number_format, self._data, offset)
 
     def _advance(self, glyph):
-        # Glyphs after the last measured glyph have the width of that glyph.
-        index = min(glyph, self._measured_glyph_count - 1)
+        # Glyphs beyond the widths in the table have the last width.
+        index = min(glyph, self._width_count - 1)
         return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
 
     def _read_glyphs(self):
@@ -39,6 +39,7 @@ class Font:
         raise ValueError("the font has no table of Unicode characters")
 
     def _read_segments(self, table):
+        """Returns the glyph of each character. A segment of the table is a range of characters."""
         count = self._numbers("H", table + 6)[0] // 2
         arrays = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
         glyphs = {}

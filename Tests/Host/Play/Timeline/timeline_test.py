@@ -136,8 +136,7 @@ class Timeline(unittest.TestCase):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
-        # The classes "lane-name" and "label" set no fill, so the rule "text" gives the colour of
-        # their texts.
+        # A text whose class sets no fill has the colour of the rule "text".
         filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
                             if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light_scheme, dark_scheme:

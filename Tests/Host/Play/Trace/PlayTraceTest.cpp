@@ -153,6 +153,8 @@ TEST(PlayTraceTest, OnlyAConformingResolverDelegateReceivesTheState) {
 
 TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskAddsALine) {
   const Lines trace = play(kCoverSteps, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
+  // The library assigns the style once for each of the three controls, even if the window has none
+  // of them.
   constexpr auto kAssignmentLine = R"("styleMask":1,"window":"player"})";
   EXPECT_THAT(linesOfKind(trace, "styleMask"),
               ElementsAre(kAssignmentLine, kAssignmentLine, kAssignmentLine));
