@@ -314,7 +314,7 @@ TEST_F(PresentationTest, AddingAChildCallsNoLifeCycleMethodAndLoadsNoView) {
   EXPECT_TRUE(recorder.events.empty());
 }
 
-TEST_F(PresentationTest, TheViewOfAPlainControllerIsMadeAtItsFirstUse) {
+TEST_F(PresentationTest, AControllerLoadsItsViewAtTheFirstUse) {
   EXPECT_FALSE(guest->isViewLoaded());
   const Strong<NSView> view = guest->view();
   ASSERT_NE(view, nullptr);
@@ -335,7 +335,7 @@ TEST_F(PresentationTest, AControllerDoesNotLoadAViewIfSetViewHasSetOne) {
   EXPECT_EQ(view->viewController(), nullptr);
 }
 
-TEST_F(PresentationTest, InitWithNibNameBundleMakesAPlainController) {
+TEST_F(PresentationTest, InitWithNibNameBundleMakesAnNSViewControllerWithTheBundle) {
   const auto bundle = NSBundle::bundleForClass<RecordingController>();
   const auto controller = NSViewController::initWithNibNameBundle("", bundle);
   EXPECT_EQ(controller->className(), "NSViewController");

@@ -13,7 +13,7 @@ SceneItem fillItem(CGRect frame, CGColor color) {
   return {.kind = SceneItem::Kind::Fill, .frame = frame, .color = color};
 }
 
-SceneItem stillSpinner(CGRect frame) {
+SceneItem stoppedSpinner(CGRect frame) {
   return {.kind = SceneItem::Kind::Spinner, .frame = frame, .color = {}, .isAnimated = false};
 }
 
@@ -84,7 +84,7 @@ TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheView) {
     sceneInWillAppear = scene();
   });
   const Scene expectedScene{fillItem(CGRectMake(0, 0, 9, 9), kWhite),
-                            stillSpinner(CGRectMake(2, 2, 5, 5))};
+                            stoppedSpinner(CGRectMake(2, 2, 5, 5))};
   Scene sceneInDidAppear;
   recorder.onNext("C did appear", [&] { sceneInDidAppear = scene(); });
   window->contentView()->addSubview(view);
@@ -143,7 +143,7 @@ TEST_F(SceneTest, AnOpenedWindowShowsViewsAddedWhileItWasClosed) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-TEST_F(SceneTest, AWindowThatItsOwnerDestroyedShowsItsViewsWhenOpenedAgain) {
+TEST_F(SceneTest, ADestroyedWindowShowsItsViewsWhenOpenedAgain) {
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const WindowHandle handle = window->handle();
   window->close();
@@ -183,7 +183,7 @@ TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
 }
 
 TEST_F(IndicatorTest, WithTheSpinningStyleItIsShownAsASpinner) {
-  EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
+  EXPECT_EQ(scene(), Scene{stoppedSpinner(frame)});
 }
 
 TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
@@ -192,7 +192,7 @@ TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
   EXPECT_EQ(scene(), Scene{animatedSpinner(frame)});
   indicator->stopAnimation(nullptr);
   EXPECT_FALSE(indicator->isAnimating());
-  EXPECT_EQ(scene(), Scene{stillSpinner(frame)});
+  EXPECT_EQ(scene(), Scene{stoppedSpinner(frame)});
 }
 
 TEST_F(IndicatorTest, WithTheBarStyleItIsNotShown) {
@@ -208,7 +208,7 @@ TEST_F(IndicatorTest, WithoutAreaItIsNotShown) {
 TEST_F(IndicatorTest, IsDrawnOverItsOwnLayer) {
   indicator->setWantsLayer(true);
   indicator->layer()->setBackgroundColor(kWhite);
-  EXPECT_EQ(scene(), (Scene{fillItem(frame, kWhite), stillSpinner(frame)}));
+  EXPECT_EQ(scene(), (Scene{fillItem(frame, kWhite), stoppedSpinner(frame)}));
 }
 
 TEST_F(IndicatorTest, HasTheAppearanceThatWasSet) {

@@ -36,7 +36,7 @@ TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, WithoutAnApplicationStopDoesNothingButShutDownRunsTheSteps) {
+TEST_F(ShutdownTest, StopDoesNothingWithoutAnApplicationButShutDownRunsTheSteps) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();

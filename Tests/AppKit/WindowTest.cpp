@@ -1,4 +1,5 @@
-// Windows: opening and closing, stacking order, and the requests to the window system.
+// Windows: opening and closing, stacking order, and the requests to the window system. `isVisible`
+// is true for an open window. `isOnScreen` is true for an open window that is not miniaturised.
 #include "Platform/AppKit/PlatformObserver.h"
 #include "Tests/AppKit/EventRecorder.h"
 
@@ -120,7 +121,7 @@ TEST_F(WindowTest, TheApplicationKeepsAnOpenWindowAlive) {
   EXPECT_EQ(platform.windowSystem().windowCount(), 0u);
 }
 
-TEST_F(WindowTest, TheWindowSystemCreatesAWindowWhenItFirstOpens) {
+TEST_F(WindowTest, OpeningAWindowForTheFirstTimeCreatesItInTheWindowSystem) {
   const auto window = makeClosedWindow("A");
   window->setTitle("Title");
   window->setStyleMask(NSWindowStyleMaskTitled);
@@ -216,7 +217,7 @@ TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, IfACloseRequestedHandlerIsSetTheCloseControlDoesNotCloseTheWindow) {
+TEST_F(WindowTest, TheCloseControlDoesNotCloseAWindowIfACloseRequestedHandlerIsSet) {
   const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(

@@ -1,6 +1,9 @@
 // Calls from inside callbacks. The library calls log_line, will_appear and may_disappear during an
 // operation. Inside these three callbacks, vel_request and vel_present return VEL_BUSY. Inside the
 // other callbacks, both calls work.
+//
+// The tests of vel_dismiss use mode "skip", in which the host may dismiss the launch screen at any
+// time.
 #include <algorithm>
 
 #include "Tests/Bindings/CScreen.h"
@@ -108,7 +111,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInMayDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, InStateChangedTheRequestCanBePresented) {
+TEST_F(CallsInCallbacksTest, TheRequestCanBePresentedInStateChanged) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "state_changed") {
       presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
@@ -119,7 +122,7 @@ TEST_F(CallsInCallbacksTest, InStateChangedTheRequestCanBePresented) {
   EXPECT_EQ(presentStatus, VEL_OK);
   ASSERT_EQ(vel_run(screen, 3), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "record_event launch_end");
-  EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);
+  EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);  // VEL_END_TIME_USED_UP
 }
 
 TEST_F(CallsInCallbacksTest, ADismissalInWillAppearRunsInTheNextPass) {
@@ -150,7 +153,8 @@ TEST_F(CallsInCallbacksTest, ADismissalInMayDisappearIsIgnored) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
 }
 
-TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheRemovalChangesNothing) {
+// Without a content controller, an embedded cover is removed one second after did_disappear.
+TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheCoverIsRemovedChangesNothing) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   ASSERT_TRUE(isUp());

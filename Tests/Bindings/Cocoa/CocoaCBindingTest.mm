@@ -26,8 +26,8 @@
 @end
 
 // Checks a condition sixty times per second. Stops the native loop when the condition is true or
-// the time limit has passed. `timer` stays valid until the native loop has stopped, because the
-// free AppKit notices a posted event only when something else wakes it.
+// the time limit has passed. `timer` fires until the native loop has stopped: the free AppKit of
+// GNUstep notices a posted event only when something else, here the timer, wakes the loop.
 @interface LoopStopper : NSObject {
  @public
   const std::function<bool()>* condition;
@@ -40,12 +40,12 @@
 - (void)startInMode:(NSString*)mode {
   timer = [NSTimer timerWithTimeInterval:1 / 60.0
                                   target:self
-                                selector:@selector(runFrame:)
+                                selector:@selector(checkCondition:)
                                 userInfo:nil
                                  repeats:YES];
   [[NSRunLoop currentRunLoop] addTimer:timer forMode:mode];
 }
-- (void)runFrame:(NSTimer*)firedTimer {
+- (void)checkCondition:(NSTimer*)firedTimer {
   isConditionTrue = (*condition)() ? YES : NO;
   if (!isConditionTrue && vel::test::steadyNow() < limit) {
     return;
@@ -78,7 +78,7 @@ constexpr std::uint32_t kGreen = 0x00FF00;
 
 /// A host with an application and a window of its own. It records its callbacks in `calls`, with
 /// the values of their arguments: "ended 1" means that the time was used up, "ended 2" that the
-/// host dismissed the launch screen.
+/// host dismissed the launch screen. For record_event, `calls` has only the event.
 class CocoaCBinding : public testing::Test {
  protected:
   CocoaCBinding() {
@@ -131,11 +131,13 @@ class CocoaCBinding : public testing::Test {
     options.content_controller = hasContentController ? 1 : 0;
     return vel_create(&options, &screen);
   }
-  /// Creates a launch screen over `window` and presents it.
+  /// Creates a launch screen over `window` and presents it. In mode "skip", the host may dismiss it
+  /// at any time. Null means mode "forced".
   void present(double seconds, VelPresentation presentation = VEL_PRESENT_EMBEDDED,
                const char* mode = nullptr) {
     VelHostWindow hostWindow = VEL_HOST_WINDOW_INIT;
     hostWindow.ns_window = window;
+    // A sheet requires a content controller.
     ASSERT_EQ(create(hostWindow, presentation == VEL_PRESENT_SHEET), VEL_OK) << vel_last_error();
     VelRequest request = VEL_REQUEST_INIT;
     request.mode = mode;
@@ -227,7 +229,7 @@ TEST_F(CocoaCBinding, AWindowNumberSelectsTheWindowToCover) {
   EXPECT_EQ(create(hostWindow), VEL_OK) << vel_last_error();
 }
 
-TEST_F(CocoaCBinding, APointerThatIsNoWindowIsABadWindow) {
+TEST_F(CocoaCBinding, APointerThatIsNotAWindowIsABadWindow) {
   int other = 0;
   VelHostWindow hostWindow = VEL_HOST_WINDOW_INIT;
   hostWindow.ns_window = &other;
@@ -298,7 +300,7 @@ TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKey) {
   [small release];
 }
 
-TEST_F(CocoaCBinding, TheCountdownPausesAfterTheHostHasPutItsWindowOnTheScreen) {
+TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKeyIfTheHostsWindowOpenedAfterPresent) {
   [window orderOut:nil];
   present(60);
   [window makeKeyAndOrderFront:nil];

@@ -1,4 +1,5 @@
-// How the Objective-C interface adopts the windows of the process.
+// The Objective-C interface adopts the windows of the process: it makes a window of the library for
+// each native window.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -10,8 +11,8 @@
 #include "Platform/Foundation/NSLog.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
-// A window with an optional content view controller. The NSWindow of the free AppKit has no such
-// operation.
+// A window with an optional content view controller. The NSWindow of the free AppKit of GNUstep
+// does not have the operation `contentViewController`.
 @interface ControllerWindow : NSWindow {
  @public
   NSViewController* controller;  // not retained
@@ -23,7 +24,7 @@
 }
 @end
 
-// The library knows this class name: the controller of a consent dialog has it.
+// The library recognises a consent dialog by this class name of its controller.
 @interface GDPRViewController : NSViewController
 @end
 @implementation GDPRViewController
@@ -77,7 +78,7 @@ TEST_F(NativeApplicationTest, AdoptsAWindowAgainAfterItHasClosed) {
   EXPECT_NE(reopenedWindow, libraryWindow);
 }
 
-TEST_F(NativeApplicationTest, AdoptsAWindowAgainInTheTurnInWhichItCloses) {
+TEST_F(NativeApplicationTest, AdoptsAReopenedWindowAgainEvenBeforeEventsAreDelivered) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
   [window close];
@@ -92,9 +93,9 @@ TEST_F(NativeApplicationTest, AdoptsAWindowAgainInTheTurnInWhichItCloses) {
 #ifndef __has_feature
 #define __has_feature(feature) 0
 #endif
-// The sanitizer for undefined behaviour needs descriptors to check the types of objects.
+// The sanitizer for undefined behaviour needs file descriptors to check the types of objects.
 #if !__has_feature(undefined_behavior_sanitizer)
-TEST_F(NativeApplicationTest, AStartWithoutDescriptorsFailsAndCanBeRepeated) {
+TEST_F(NativeApplicationTest, AStartWithoutFileDescriptorsFailsAndCanBeRepeated) {
   vel::NSApplication::stop();
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
@@ -131,7 +132,7 @@ TEST_F(NativeApplicationTest, TheLogHasTheReasonWhyAWindowCannotBeCovered) {
                        "presentForWindow:withPresentationMode:]): the library has been shut down"));
 }
 
-TEST_F(NativeApplicationTest, TheContentViewControllerFollowsTheClassNameOfTheNativeOne) {
+TEST_F(NativeApplicationTest, TheContentViewControllerHasTheClassNameOfTheNativeController) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
   EXPECT_EQ(libraryWindow->contentViewController(), nullptr);
