@@ -28,8 +28,8 @@ class Listener final : public Class<Listener, "Listener"> {
 
   void doorMoved(const NSNotification& notification) {
     receivers_.push_back(name_);
-    lastName = std::string(notification.name());
-    lastObject = notification.object();
+    lastNotificationName = std::string(notification.name());
+    lastNotificationObject = notification.object();
     if (reaction) {
       reaction();
     }
@@ -39,8 +39,8 @@ class Listener final : public Class<Listener, "Listener"> {
   }
 
   std::function<void()> reaction;
-  std::string lastName;
-  Strong<NSObject> lastObject;
+  std::string lastNotificationName;
+  Strong<NSObject> lastNotificationObject;
 
  private:
   std::vector<std::string>& receivers_;
@@ -83,8 +83,8 @@ TEST_F(NSNotificationCenterTest, DeliversNameAndObject) {
   const auto door = make<Door>();
   observe(ann);
   post(kDoorOpened, door);
-  EXPECT_EQ(ann->lastName, kDoorOpened);
-  EXPECT_EQ(ann->lastObject, door);
+  EXPECT_EQ(ann->lastNotificationName, kDoorOpened);
+  EXPECT_EQ(ann->lastNotificationObject, door);
 }
 
 TEST_F(NSNotificationCenterTest, DeliversOnThePostingThread) {
@@ -128,8 +128,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest,
-       DeliversForTheRegisteredObjectOnlyButForEveryObjectIfNullIsRegistered) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectOrForAnyIfThatObjectIsNull) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);
@@ -140,7 +139,7 @@ TEST_F(NSNotificationCenterTest,
   EXPECT_EQ(receivers, (Names{"Bob", "Bob", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesOnlyTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesOnlyLaterPosts) {
   ann->reaction = [this] {
     observe(cid);
     ann->reaction = nullptr;
@@ -180,8 +179,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatRemovesItselfDoesNotAffectOtherOb
   EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid", "Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest,
-       AnObserverThatIsRemovedAndAddedDuringAPostReceivesOnlyTheNextPost) {
+TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostReceivesOnlyLaterPosts) {
   ann->reaction = [this] {
     ann->reaction = nullptr;
     center().removeObserver(bob.get());
@@ -216,13 +214,13 @@ TEST_F(NSNotificationCenterTest, RemovingNullOrAnUnregisteredObserverDoesNothing
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, RegisteringNullDoesNothing) {
+TEST_F(NSNotificationCenterTest, RegisteringANullObserverDoesNothing) {
   observe(nullptr);
   post();
   EXPECT_TRUE(receivers.empty());
 }
 
-TEST_F(NSNotificationCenterTest, ObserversAreNotKeptAlive) {
+TEST_F(NSNotificationCenterTest, RegistrationDoesNotKeepTheObserverAlive) {
   const Weak<Listener> weakReference = ann;
   observe(ann);
   ann.reset();
@@ -280,7 +278,8 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, IfAnObserverThrowsThePostEndsAndTheOtherObserversStayRegistered) {
+TEST_F(NSNotificationCenterTest,
+       AnObserverThatThrowsEndsThePostButTheOtherObserversStayRegistered) {
   ann->reaction = [] { throw std::runtime_error("stop"); };
   observe(ann);
   observe(bob);
@@ -294,12 +293,12 @@ TEST_F(NSNotificationCenterTest, IfAnObserverThrowsThePostEndsAndTheOtherObserve
 TEST_F(NSNotificationCenterTest, SeveralThreadsMayUseTheCenterConcurrently) {
   const auto work = [] {
     for (int round = 0; round < 500; ++round) {
-      std::vector<std::string> ownNames;
-      const auto observer = make<Listener>(ownNames, "own");
+      std::vector<std::string> receiversInThisThread;
+      const auto observer = make<Listener>(receiversInThisThread, "Dan");
       const auto door = make<Door>();
       observe(observer, kDoorOpened, door);
       post(kDoorOpened, door);
-      EXPECT_EQ(ownNames, std::vector<std::string>{"own"});
+      EXPECT_EQ(receiversInThisThread, std::vector<std::string>{"Dan"});
       center().removeObserver(observer.get());
     }
   };

@@ -217,7 +217,8 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
-  // The thread wakes the loop after a wait and before the next pass.
+  // The first call waits. When it returns, the loop no longer waits, so the wake-up must not end
+  // the wait of the second call.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
@@ -308,7 +309,7 @@ TEST_F(NSRunLoopTest, RunningUntilAPastDateRunsTheWorkThatIsDueNow) {
   EXPECT_EQ(records, std::vector<std::string>{"work"});
 }
 
-TEST_F(NSRunLoopTest, RunsUntilTheFunctionReturnsTrue) {
+TEST_F(NSRunLoopTest, RunsUntilTheConditionIsTrue) {
   bool isDone = false;
   schedule(1.0, [&isDone] { isDone = true; });
   schedule(2.0, makeRecorder("too late"));

@@ -203,12 +203,12 @@ TEST_F(NSTimerTest, ATargetThatInvalidatesItsTimerLivesUntilItReturns) {
   Weak<Ticker> target;
   bool isAliveDuringCall = false;
   {
-    auto lastTicker = make<Ticker>([&](NSTimer& timer) {
+    auto invalidatingTicker = make<Ticker>([&](NSTimer& timer) {
       timer.invalidate();
       isAliveDuringCall = !target.expired();
     });
-    target = lastTicker;
-    schedule(0.1, lastTicker, Repeats::Yes);
+    target = invalidatingTicker;
+    schedule(0.1, invalidatingTicker, Repeats::Yes);
   }
   platform.run(1);
   EXPECT_TRUE(isAliveDuringCall);
@@ -285,7 +285,8 @@ TEST_F(NSTimerTest, AnObserverIsNotifiedAfterTheTargetReturns) {
 TEST_F(NSTimerTest, TenThousandTimersFireInOrder) {
   std::vector<int> order;
   for (int number = 0; number < 10'000; ++number) {
-    // A permutation of the fire dates: 7919 and 10,000 have no common factor.
+    // The fire dates are in shuffled order. Each date occurs once, because 7919 and 10,000 have no
+    // common factor.
     schedule((number * 7919 % 10'000 + 1) * 0.001,
              [&order, number] { order.push_back(number * 7919 % 10'000); });
   }

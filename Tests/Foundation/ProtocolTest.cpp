@@ -61,7 +61,8 @@ class NonAdopter final : public Class<NonAdopter, "NonAdopter"> {
   [[nodiscard]] int seats() const { return 0; }
 };
 
-class RunTimeCritic final : public Class<RunTimeCritic, "RunTimeCritic", NSObject, Critic> {
+class ConfigurableCritic final
+    : public Class<ConfigurableCritic, "ConfigurableCritic", NSObject, Critic> {
  public:
   // Bit 0 stands for `writes`, the first optional operation of `Critic`.
   [[nodiscard]] OperationSet respondingOperations() const override {
@@ -73,7 +74,7 @@ class RunTimeCritic final : public Class<RunTimeCritic, "RunTimeCritic", NSObjec
   bool respondsToWrites_ = false;
 };
 
-TEST(ClassNameTest, IsTheNameInTheClassHead) {
+TEST(ClassNameTest, IsTheNameThatTheClassPassesToItsBase) {
   EXPECT_EQ(make<SilentAudience>()->className(), "SilentAudience");
   EXPECT_EQ(SilentAudience::staticClassName(), "SilentAudience");
 }
@@ -130,7 +131,7 @@ TEST(RespondsToTest, ASubclassMayAdoptAProtocolThatItsSuperclassDoesNot) {
 }
 
 TEST(RespondsToTest, AnObjectMayDecideAtRunTimeWhetherItResponds) {
-  const auto critic = make<RunTimeCritic>();
+  const auto critic = make<ConfigurableCritic>();
   EXPECT_FALSE(respondsTo<&Critic::writes>(critic));
   critic->setRespondsToWrites(true);
   EXPECT_TRUE(respondsTo<&Critic::writes>(critic));
@@ -149,7 +150,7 @@ TEST(ConformsToTest, IsFalseForAClassThatHasTheOperationsButDoesNotAdoptTheProto
 
 TEST(ConformsToTest, IsFalseForNull) { EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>())); }
 
-TEST(AsTest, ReturnsAnObjectThatAdoptsTheProtocolOrIsOfTheClass) {
+TEST(AsTest, ReturnsTheObjectIfItAdoptsTheProtocolOrIsOfTheClass) {
   const Strong<NSObject> object = make<ApplaudingAudience>();
   EXPECT_EQ(as<Audience>(object)->seats(), 2);
   EXPECT_EQ(as<ApplaudingAudience>(object), object);

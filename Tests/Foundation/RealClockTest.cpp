@@ -141,7 +141,8 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
       std::this_thread::yield();
     }
   });
-  // The condition is checked before each pass, so the loop runs one pass and one wait.
+  // The condition is false at the first check and true at the second. Between the two checks, the
+  // loop runs one pass and waits once.
   loop.runUntil([&isFirstCheck] { return !std::exchange(isFirstCheck, false); });
   hasLoopReturned = true;
   otherThread.join();
@@ -151,7 +152,7 @@ TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
   // Over the many rounds, some wake-ups come before a wait, some while it begins and some during
   // it.
   std::atomic<int> completedRounds = 0;
-  int runCount = 0;
+  int runCount = 0;  // used by the main thread only
   constexpr int kRounds = 500;
   std::thread otherThread([&] {
     for (int round = 0; round < kRounds; ++round) {
@@ -274,8 +275,8 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheLoopsDescriptorRea
     while (endedRound != round) {
       loop.pump();
     }
-    // The other thread's call of `wake` has ended. The first pass serves the wake-up, so that the
-    // second pass finds nothing to do.
+    // The other thread's call of `wake` has returned. The first pass serves the last
+    // wake-up. The second pass has no work, and must not make the descriptor readable.
     loop.pump();
     loop.pump();
     readableCount += isReadable() ? 1 : 0;

@@ -1,5 +1,5 @@
-// The release pool, which keeps objects alive until it is drained at the end of a pass of the run
-// loop or at the end of its thread.
+// The release pool, which keeps objects alive until it is drained. The pool is drained at the end
+// of each run loop pass and when its thread ends.
 #include <functional>
 #include <stdexcept>
 #include <string>

@@ -7,8 +7,8 @@
 namespace vel::test {
 namespace {
 
-// The destructor of `AppKitEnvironment` kills all child processes. It must run after `X11Test` has
-// stopped the X server, so `AppKitEnvironment` is the first base class.
+// `AppKitEnvironment` is the first base class, so its destructor runs last. The destructor kills
+// all child processes, but `X11Test` must stop the X server itself.
 class CocoaShow : private AppKitEnvironment, public X11Test {
  protected:
   CocoaShow() : X11Test(Manager::Metacity) {}
@@ -34,7 +34,7 @@ TEST_F(CocoaShow, ThePlayerWindowIsWhiteWhileTheLaunchScreenIsShown) {
   EXPECT_EQ(program.wait(), 0);
 }
 
-TEST_F(CocoaShow, TheRecordedEventIsPrinted) {
+TEST_F(CocoaShow, ShowPrintsTheEventWhenItIsRecorded) {
   const std::string output = runProgram(
       {LAUNCHSCREEN, "show", "--display", "cocoa", "--duration", "0.5", "--event", "game_started"},
       server.display());
