@@ -34,7 +34,7 @@ class StructureSizeTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(StructureSizeTest, AProgramOfTheFirstVersionRunsUntilTheEventIsRecorded) {
+TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionShowsALaunchScreenUntilItsEnd) {
   CHost host;
   const FirstVersionStructure<VelCallbacks, kFirstCallbacksSize> callbacks(host.callbacks());
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(
@@ -53,7 +53,7 @@ TEST_F(StructureSizeTest, TheWindowInTheOptionsOfTheFirstVersionIsRead) {
   VelCreateOptions current = virtualOptions();
   current.window = 4711;
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(current);
-  // The headless display refuses every window of a host.
+  // The library has read the window, because the headless display refuses every window of a host.
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 

@@ -59,6 +59,7 @@ TEST_F(CThreadTest, TheNextPumpCarriesOutADismissalFromAnotherThread) {
   EXPECT_EQ(host.callbackLines.back(), "will_appear");
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "did_disappear");
+  // Without a content controller, the cover stays for one second after did_disappear.
   EXPECT_TRUE(isUp());
 }
 

@@ -25,7 +25,7 @@ INTERFACES = [
 
 
 def generate(target, language, header, code, *macro_flags):
-    """Returns the line of the generated code that defines or declares each function, by its name."""
+    """Returns a dictionary from the name of each function to its line in the generated code."""
     flags = ["-ffreestanding", "-fvisibility=hidden", f"-I{ROOT}", f"--target={target}"]
     output = subprocess.run(
         [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *macro_flags, "-x", language, "-"],

@@ -62,7 +62,7 @@ APPKIT_SOURCES = [
     "Tests/WindowSystem/Cocoa",
 ]
 
-# The folders whose sources may use POSIX or one operating system.
+# The folders whose sources may include headers of POSIX or of an operating system.
 SYSTEM_SOURCES = [
     "Platform/Foundation/Linux",
     "Platform/Foundation/MacOS",

@@ -38,7 +38,7 @@ class GreenHost : NonCopyable {
     callbacks.log_line = [](void* /*data*/, const char* /*line*/) {};
     VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
     options.host_window = &window;
-    options.content_controller = 1;
+    options.content_controller = 1;  // a sheet requires it
     options.callbacks = &callbacks;
     ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
     VelRequest request = VEL_REQUEST_INIT;
@@ -62,6 +62,7 @@ class GreenHost : NonCopyable {
 class ModalWindowOrSheet : public testing::TestWithParam<VelPresentation> {};
 
 // sway shows a new window over a fullscreen window only if the fullscreen window is its parent.
+// Without the xdg_toplevel of the host, the library sets this parent with xdg-foreign.
 TEST_P(ModalWindowOrSheet, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   const Sway sway;
   GreenHost host(sway);

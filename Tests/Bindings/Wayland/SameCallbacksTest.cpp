@@ -192,7 +192,7 @@ class WaylandSystem final : public TestedSystem {
   [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
   // The rectangle around all windows.
   [[nodiscard]] PixelRect bounds() const { return picture().boundsOfPixelsExcept(kDesktopColor); }
-  // The colours of the screen, with the number of their pixels, if the window is white.
+  // For each colour, the number of pixels that a screen with a white window in this area has.
   static std::map<std::uint32_t, int> colorsWithWhiteWindow(PixelRect area) {
     const int count = area.width * area.height;
     return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
@@ -331,7 +331,8 @@ void Script::resize() {
 void Script::play() {
   create();
   waitUntil("open", [this] { return system_.hasSize(kSize); });
-  // The library disables resizing of a covered window, but the host can still resize its window.
+  // A window of the library cannot be resized while it is covered, so the script resizes it before.
+  // A host can resize its own window while it is covered.
   if (covered_ == Covered::LibrarysWindow) {
     resize();
   }
@@ -351,7 +352,8 @@ void Script::play() {
   }
   noteAction("the user closes the covered window");
   system_.userCloses();
-  // 1 is VEL_END_TIME_USED_UP.
+  // The library does not close its covered window, and these hosts ignore the request to close
+  // theirs. The launch screen stays until its time is used up: 1 is VEL_END_TIME_USED_UP.
   waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
 
   noteAction("the host presents and dismisses a second launch screen");
@@ -395,8 +397,9 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // The headless display has no window manager that keeps controls. On X11 and on Wayland, the
-  // window managers keep different controls. After the launch screen, they keep none.
+  // Only X11 and Wayland have a window manager, which can keep a disabled control on the window.
+  // metacity and sway keep different controls. After the first launch screen, controls_kept
+  // reports 0.
   EXPECT_THAT(headless.keptControls, IsEmpty());
   EXPECT_THAT(x11.keptControls, Contains("none"));
   EXPECT_THAT(wayland.keptControls, Contains("none"));

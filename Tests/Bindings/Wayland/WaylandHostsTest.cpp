@@ -34,8 +34,8 @@ PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
   return picture.boundsOfPixelsExcept(0);
 }
 
-/// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it. A
-/// larger size is cut to the searched area.
+/// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it.
+/// Ignores the part of the rectangle outside kSearchedArea.
 bool hasRectangle(const Compositor& compositor, std::uint32_t color, CGSize size) {
   const PixelRect area = areaWith(compositor, color);
   return area.width == std::min(static_cast<int>(size.width), kSearchedArea.width) &&
@@ -43,7 +43,7 @@ bool hasRectangle(const Compositor& compositor, std::uint32_t color, CGSize size
          compositor.picture(area).isAll(color);
 }
 
-/// A host with a bare xdg-shell window.
+/// A host with an xdg-shell window that it creates without a toolkit.
 class WaylandHosts : public testing::TestWithParam<CompositorKind> {
  protected:
   ~WaylandHosts() override { vel_destroy(&screen); }
@@ -177,7 +177,7 @@ TEST_P(WaylandHosts, AHostThatDrawsOnAnotherThreadStaysWhite) {
   drawer.join();
 }
 
-TEST_P(WaylandHosts, AHostWhoseThreadReadsTheConnectionIsCoveredAndItsCountdownPauses) {
+TEST_P(WaylandHosts, TheCoverAndTheCountdownWorkIfAThreadOfTheHostReadsTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   std::atomic<bool> isEnded = false;
   std::thread reader([&] {
@@ -244,14 +244,14 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
 
 TEST_P(WaylandToolkits, TheWindowIsWhiteWhileCoveredAndHasItsPictureAtTheEnd) {
   ASSERT_TRUE(becomes(kBlue, kSize));
-  program.signal(SIGUSR1);
+  program.signal(SIGUSR1);  // presents the launch screen
   ASSERT_TRUE(becomes(kWhite, kSize));
   compositor->click(512, 384);  // the program fails if it receives the click
   compositor->picture().save("wayland-" + GetParam().testName());
   compositor->resizeWindow("game", 700, 450);
   EXPECT_TRUE(becomes(kWhite, kLargeSize));
   EXPECT_EQ(areaWith(*compositor, kBlue).width, 0);
-  program.signal(SIGUSR2);
+  program.signal(SIGUSR2);  // dismisses the launch screen
   EXPECT_TRUE(becomes(kBlue, kLargeSize));
   program.signal(SIGTERM);
   EXPECT_EQ(program.wait(), 0);

@@ -91,8 +91,8 @@ TEST_F(X11CBinding, TheLaunchScreenCoversTheHostsWindowAndRestoresItAtTheEnd) {
   EXPECT_THAT(calls, Contains(StartsWith("controls_kept ")));
 }
 
-// A game may show its window first when the launch screen is presented, and then load for a long
-// time without calling vel_pump.
+// A game may present the launch screen before it maps its window, and then load for a long time
+// without calling vel_pump.
 TEST_F(X11CBinding, AWindowThatTheHostMapsAfterThePresentationIsWhiteWithoutAPump) {
   const xcb_window_t hiddenWindow = client.makeWindow(kGameFrame, kGreen);
   ASSERT_EQ(create(hiddenWindow), VEL_OK) << vel_last_error();

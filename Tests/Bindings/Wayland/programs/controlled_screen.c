@@ -8,13 +8,13 @@
 
 static volatile sig_atomic_t isPresentRequested;
 static volatile sig_atomic_t isDismissRequested;
-static volatile sig_atomic_t isTerminated;
+static volatile sig_atomic_t hasReceivedSigterm;
 
 static VelLaunchScreen* screen;
-// The size of the surface that the library knows.
-static double screenWidth;
-static double screenHeight;
-static int hasEnded;
+// The latest size of the surface that the program has reported to the library.
+static double reportedWidth;
+static double reportedHeight;
+static int hasScreenEnded;
 
 static void handleSignal(int number) {
   if (number == SIGUSR1) {
@@ -22,7 +22,7 @@ static void handleSignal(int number) {
   } else if (number == SIGUSR2) {
     isDismissRequested = 1;
   } else {
-    isTerminated = 1;
+    hasReceivedSigterm = 1;
   }
 }
 
@@ -35,14 +35,14 @@ void handleSignals(void) {
   sigaction(SIGTERM, &action, NULL);
 }
 
-int isEndRequested(void) { return isTerminated != 0; }
+int isProgramEndRequested(void) { return hasReceivedSigterm != 0; }
 
 int hasScreen(void) { return screen != NULL; }
 
 static void recordEnd(void* userData, VelEndReason reason) {
   (void)userData;
   (void)reason;
-  hasEnded = 1;
+  hasScreenEnded = 1;
 }
 
 static void requireOk(VelStatus status) {
@@ -59,8 +59,8 @@ static void presentScreen(struct wl_display* display, struct wl_surface* surface
   VelHostWindow window = VEL_HOST_WINDOW_INIT;
   window.wl_display = display;
   window.wl_surface = surface;
-  window.width = screenWidth = width;
-  window.height = screenHeight = height;
+  window.width = reportedWidth = width;
+  window.height = reportedHeight = height;
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   options.callbacks = &callbacks;
   options.host_window = &window;
@@ -80,16 +80,16 @@ void updateScreen(struct wl_display* display, struct wl_surface* surface, double
     presentScreen(display, surface, width, height);
   }
   if (screen != NULL) {
-    if (width != screenWidth || height != screenHeight) {
-      requireOk(vel_resized(screen, screenWidth = width, screenHeight = height));
+    if (width != reportedWidth || height != reportedHeight) {
+      requireOk(vel_resized(screen, reportedWidth = width, reportedHeight = height));
     }
     if (isDismissRequested) {
       isDismissRequested = 0;
       requireOk(vel_dismiss(screen));
     }
     requireOk(vel_pump(screen, NULL));
-    if (hasEnded) {
-      hasEnded = 0;
+    if (hasScreenEnded) {
+      hasScreenEnded = 0;
       requireOk(vel_destroy(&screen));
     }
   }

@@ -8,7 +8,7 @@
 void handleSignals(void);
 
 // Returns 1 after SIGTERM, otherwise 0.
-int isEndRequested(void);
+int isProgramEndRequested(void);
 
 // Returns 1 while there is a launch screen, otherwise 0.
 int hasScreen(void);

@@ -29,7 +29,7 @@ static gboolean update(gpointer window) {
   struct wl_display* display = gdk_wayland_display_get_wl_display(gdk_window_get_display(surface));
   updateScreen(display, gdk_wayland_window_get_wl_surface(surface), gdk_window_get_width(surface),
                gdk_window_get_height(surface));
-  if (isEndRequested()) {
+  if (isProgramEndRequested()) {
     endProgram(display);
   }
   return TRUE;

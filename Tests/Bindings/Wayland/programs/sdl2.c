@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   handleSignals();
-  while (!isEndRequested()) {
+  while (!isProgramEndRequested()) {
     SDL_Event event;
     while (SDL_PollEvent(&event)) {
       if (event.type == SDL_MOUSEBUTTONDOWN && hasScreen()) {
