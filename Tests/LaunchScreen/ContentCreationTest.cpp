@@ -24,14 +24,15 @@ class ContentCreationTest : public LaunchScreenTest {
   Strong<ContentData> request(double duration, std::string_view mode = "") {
     return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   }
-  // Opens a window with an embedded launch screen. A new request then gets a temporary content.
+  // Opens a window with another launch screen. The manager recognizes a launch screen by the class
+  // name of its controller. A new request then gets a temporary content.
   static Strong<NSWindow> showAnotherLaunchScreen() {
     const auto window = openPlayerWindowWithContentViewController();
     window->contentViewController()->addChildViewController(
         make<NamedViewController>("LaunchScreenViewController"));
     return window;
   }
-  // Loads a temporary content with a HostController.
+  // Loads a temporary content with a controller that only records its calls.
   Strong<HostController> loadTemporaryHostController() {
     const auto hostController = make<HostController>();
     configuration().setViewController(hostController);
@@ -294,7 +295,7 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewOfATemporaryContentReleasesThisContent) {
+TEST_F(ContentCreationTest, AskingForAViewReleasesTheTemporaryContent) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();

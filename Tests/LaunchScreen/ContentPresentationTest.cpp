@@ -60,7 +60,7 @@ TEST_F(ContentPresentationTest, TheContentImplementsAllOperationsOfAControllerDe
 
 // Presenting
 
-TEST_F(ContentPresentationTest, HostModesAreTranslatedWithOneAndTwoSwapped) {
+TEST_F(ContentPresentationTest, HostModes1And2AreSwappedAndUnknownHostModesMeanSheet) {
   constexpr auto kMaximum = std::numeric_limits<std::int32_t>::max();
   constexpr auto kMinimum = std::numeric_limits<std::int32_t>::min();
   const std::vector<std::pair<std::int32_t, LaunchScreenPresentationMode>> table{
@@ -210,7 +210,7 @@ TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsAnotherController) {
+TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheArgumentPresentsAnotherController) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
@@ -218,7 +218,7 @@ TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheControllerPresentsA
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, DidDisappearDependsOnTheArgumentNotOnTheContentsOwnController) {
+TEST_F(ContentForwardingTest, DidDisappearIsCalledIfOnlyTheContentsOwnControllerPresentsAnother) {
   const auto otherController = LaunchScreenViewController::init();
   content->setInternalViewController(otherController);
   otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
@@ -230,10 +230,12 @@ TEST_F(ContentForwardingTest, DidDisappearDependsOnTheArgumentNotOnTheContentsOw
 
 TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostsDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
-  // The host mode 1 is a sheet.
-  content->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(), 1);
-  EXPECT_EQ(takeEvents(), (Lines{"window opened", "viewWillAppear", "host: will appear",
-                                 "window opened", "viewDidAppear"}));
+  const auto window = openPlayerWindowWithContentViewController();
+  content->presentForWindowWithPresentationMode(window, kHostModeSheet);
+  EXPECT_EQ(takeEvents(), (Lines{"window opened",  // the player's window
+                                 "viewWillAppear", "host: will appear",
+                                 "window opened",  // the sheet
+                                 "viewDidAppear"}));
   const auto controller = content->viewController();
   hostDelegate->agrees = false;
   controller->dismissViewController(controller);

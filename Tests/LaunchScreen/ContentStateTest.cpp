@@ -38,7 +38,8 @@ class ContentListener final
   std::function<void()> onNextChange;
 };
 
-/// A content delegate that does not respond to any operation. It counts calls nevertheless.
+/// A content delegate that reports that it responds to no operation. `callCount` shows whether the
+/// content calls it nevertheless.
 class SilentListener final
     : public Class<SilentListener, "SilentListener", NSObject, LaunchScreenContentDelegate> {
  public:
@@ -158,9 +159,9 @@ TEST_F(ContentStateTest, RequestsCanChangeTheStateFromLoadedToFailedAndBack) {
   EXPECT_EQ(listener->changes, (Changes{{3, "", true}, {4, kNoParameters, true}, {3, "", true}}));
 }
 
-// A controller that the host supplies
+// A controller that the host supplies through the configuration
 
-TEST_F(ContentStateTest, AConfiguredControllerIsUsedUnchanged) {
+TEST_F(ContentStateTest, AHostsControllerIsUsedUnchanged) {
   const auto hostController = make<HostController>();
   configuration().setViewController(hostController);
   content->setContentRequest(request());
@@ -171,7 +172,7 @@ TEST_F(ContentStateTest, AConfiguredControllerIsUsedUnchanged) {
   EXPECT_TRUE(listener->changes.empty());
 }
 
-TEST_F(ContentStateTest, AConfiguredControllerKeepsThePreviousStateAndClearsTheError) {
+TEST_F(ContentStateTest, ARequestThatUsesAHostsControllerClearsTheErrorButDoesNotChangeTheState) {
   content->setContentRequest(requestWithoutParameters());
   configuration().setViewController(make<HostController>());
   content->setContentRequest(request());
@@ -180,14 +181,14 @@ TEST_F(ContentStateTest, AConfiguredControllerKeepsThePreviousStateAndClearsTheE
   EXPECT_EQ(listener->changes.size(), 1u);
 }
 
-TEST_F(ContentStateTest, ARequestWithoutParametersIgnoresAConfiguredController) {
+TEST_F(ContentStateTest, ARequestWithoutParametersIgnoresAHostsController) {
   configuration().setViewController(make<HostController>());
   content->setContentRequest(requestWithoutParameters());
   EXPECT_EQ(content->internalViewController(), nullptr);
   EXPECT_EQ(content->state(), ContentDataStateFailed);
 }
 
-TEST_F(ContentStateTest, AConfiguredControllerIsUsedAtOnceOnAnyThread) {
+TEST_F(ContentStateTest, AHostsControllerIsUsedAtOnceOnAnyThread) {
   const auto hostController = make<HostController>();
   configuration().setViewController(hostController);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
@@ -236,7 +237,7 @@ TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, ASecondQueuedRequestThatCreatesNoControllerKeepsTheFirstController) {
+TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheFirstControllerIsUsed) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
@@ -300,7 +301,7 @@ TEST_F(ContentStateTest, AnErrorIsStillReadableByLaterWorkOfTheSameRunLoopPass) 
   EXPECT_EQ(content->error(), nullptr);
 }
 
-TEST_F(ContentStateTest, AnErrorThatAReaderOwnsStays) {
+TEST_F(ContentStateTest, AnErrorThatADelegateOwnsIsNotDestroyed) {
   listener->keepsError = true;
   content->setContentRequest(requestWithoutParameters());
   platform.run(0.1);
@@ -308,7 +309,7 @@ TEST_F(ContentStateTest, AnErrorThatAReaderOwnsStays) {
   EXPECT_EQ(content->error(), listener->ownedError);
 }
 
-TEST_F(ContentStateTest, TheContentDoesNotOwnAnErrorThatIsSet) {
+TEST_F(ContentStateTest, TheContentDoesNotOwnTheErrorPassedToSetInternalError) {
   auto error = NSError::errorWithDomainCodeUserInfo("mine", 1, nullptr);
   content->setInternalError(error);
   EXPECT_EQ(content->error(), error);
@@ -346,7 +347,7 @@ TEST_F(ContentStateTest, DeactivateRemovesTheDelegatesOfTheController) {
   EXPECT_EQ(controller->delegates()->count(), 0u);
 }
 
-TEST_F(ContentStateTest, DeactivateAlsoDeactivatesAConfiguredController) {
+TEST_F(ContentStateTest, DeactivateAlsoDeactivatesAHostsController) {
   const auto hostController = make<HostController>();
   configuration().setViewController(hostController);
   content->setContentRequest(request());

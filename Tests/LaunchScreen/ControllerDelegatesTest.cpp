@@ -36,6 +36,7 @@ TEST_F(ControllerCreationTest, IsCreatedForAnIntervalOfNaN) {
 }
 
 TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
+  // The interval of a new configuration is 0, so no controller is created.
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   EXPECT_EQ(LaunchScreenViewController::init(), nullptr);
 }
@@ -44,7 +45,7 @@ TEST_F(ControllerCreationTest, StartsInEmbeddedModeWithAllOtherPropertiesUnset) 
   const auto controller = createWithInterval(0.1);
   EXPECT_EQ(controller->presentationMode(), 0);
   EXPECT_EQ(controller->appWindow(), nullptr);
-  EXPECT_EQ(controller->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);
+  EXPECT_EQ(controller->appWindowStyleMask(), 0xFFFFFFFFFFFFFFFF);  // no style mask is saved
   EXPECT_EQ(controller->activityIndicator(), nullptr);
   EXPECT_EQ(controller->delegates(), nullptr);
 }
@@ -220,7 +221,7 @@ TEST_F(ControllerDelegatesTest, RemovingOneDuringANotificationRaisesTheMutationE
 }
 
 TEST_F(ControllerDelegatesTest,
-       RemovingTheLastDelegateDuringItsNotificationRaisesTheMutationError) {
+       RemovingTheOnlyDelegateDuringItsNotificationRaisesTheMutationError) {
   const auto onlyDelegate = addDelegate("only");
   onlyDelegate->onNext(CoverCall::DidDismiss, [&] { cover->removeDelegate(onlyDelegate); });
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
@@ -231,7 +232,7 @@ TEST_F(ControllerDelegatesTest, DeactivateDuringANotificationRaisesTheMutationEr
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
 }
 
-TEST_F(ControllerDelegatesTest, CallsThatDoNotChangeTheListAreAllowedDuringANotification) {
+TEST_F(ControllerDelegatesTest, CallsThatDoNotChangeTheArrayAreAllowedDuringANotification) {
   const auto firstDelegate = addDelegate("first");
   addDelegate("second");
   firstDelegate->onNext(CoverCall::DidDismiss, [&] {

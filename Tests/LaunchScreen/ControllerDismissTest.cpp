@@ -3,7 +3,8 @@
 // content view controller has no parent that could own it. The library then tracks the cover: three
 // global variables own its superview, its view and the controller (EmbeddedCover.h).
 //
-// The line "style 15" means that the window gets a title and all controls again.
+// The fixture records events as lines. The line "style 15" means that the window gets a title and
+// all controls again.
 #include <limits>
 
 #include "Platform/Dispatch/Dispatch.h"
@@ -47,8 +48,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest,
-       IfTheModeOfAnEmbeddedCoverChangesToSheetDismissClosesThePlayerWindow) {
+TEST_F(ControllerDismissTest, DismissInSheetModeClosesThePlayerWindowIfTheCoverIsEmbedded) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->setPresentationMode(LaunchScreenPresentationSheet);
@@ -60,7 +60,8 @@ TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowNothingIsClosed) {
   const auto window = openPlayerWindow();
   addDelegate("first");
   takeEvents();
-  for (const LaunchScreenPresentationMode mode : {1, 2}) {
+  for (const LaunchScreenPresentationMode mode :
+       {LaunchScreenPresentationModalWindow, LaunchScreenPresentationSheet}) {
     cover->setPresentationMode(mode);
     cover->dismiss();
   }
@@ -123,7 +124,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrac
   }
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverLeavesAParentThatItGotWhileItWasTracked) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedFromAParentThatItGotLater) {
   embed(openPlayerWindow());
   const auto parent = make<NamedViewController>("Parent");
   parent->addChildViewController(cover);
@@ -157,7 +158,7 @@ TEST_F(ControllerDismissTest, DismissOfAnotherControllerDismissesTheTrackedCover
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, IfASecondCoverReplacesADismissedCoverTheSecondCoverIsRemoved) {
+TEST_F(ControllerDismissTest, IfASecondCoverReplacesADismissedCoverTheSecondCoverIsRemovedInstead) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -185,7 +186,7 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, AControllerThatADelegateReplacesLivesUntilAllDelegatesAreNotified) {
+TEST_F(ControllerDismissTest, ATrackedCoverThatADelegateReplacesLivesUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
   const auto secondController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
@@ -195,7 +196,7 @@ TEST_F(ControllerDismissTest, AControllerThatADelegateReplacesLivesUntilAllDeleg
   const auto lastDelegate = addDelegate("last");
   const Weak<LaunchScreenViewController> weakCover = std::exchange(cover, nullptr);
   takeEvents();
-  secondController->dismiss();
+  secondController->dismiss();  // dismisses the tracked cover, not its own
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
   EXPECT_TRUE(weakCover.expired());
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));

@@ -198,10 +198,11 @@ TEST_F(ControllerGuardedDismissTest, TheModeIsReadBeforeTheStyleIsRestored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
   cover->presentViewControllerAsSheet(otherController);
+  // In the unknown mode 3, the platform would dismiss the sheet.
   platformJournal.onNextStyleMask([this] { cover->setPresentationMode(3); });
   cover->dismissViewController(otherController);
   EXPECT_EQ(window->styleMask(), kFullStyle);
-  EXPECT_EQ(window->sheets().size(), 1u);  // the platform has not dismissed the sheet
+  EXPECT_EQ(window->sheets().size(), 1u);
 }
 
 }  // namespace

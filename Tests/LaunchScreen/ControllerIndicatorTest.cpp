@@ -11,7 +11,7 @@ class ControllerIndicatorTest : public CoverTest {
   ControllerIndicatorTest() { cover->view()->setFrame(CGRectMake(0, 0, 800, 600)); }
 
   [[nodiscard]] Strong<NSProgressIndicator> indicator() const { return cover->activityIndicator(); }
-  // The appearance name of an indicator that is created on this version of the system.
+  // Creates an indicator on a system of this version. Returns the name of its appearance.
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     cover->createActivityIndicator();
