@@ -89,7 +89,7 @@ TEST_F(LifetimeTest, WithoutDeactivationControllerContentAndManagerOwnEachOther)
   EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, WithoutARequestTheManagerIsDestroyedWithoutDeactivation) {
+TEST_F(LifetimeTest, AManagerWithoutARequestIsDestroyedWithoutDeactivation) {
   releaseManager();
   EXPECT_TRUE(watchedManager.expired());
   EXPECT_TRUE(watchedContent.expired());
@@ -115,7 +115,7 @@ TEST_F(LifetimeTest, DestructionRemovesAllObservers) {
 
 // The countdown
 
-TEST_F(LifetimeTest, ACountdownKeepsTheManagerAliveUntilThePause) {
+TEST_F(LifetimeTest, ACountdownKeepsTheManagerAliveUntilItIsPaused) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   manager->startTimer();
   releaseManager();
@@ -155,7 +155,7 @@ TEST_F(LifetimeTest, PausingTheCountdownDestroysItsTimer) {
 
 // Delayed work
 
-TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager) {
+TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) {
   configuration().setNextEventName(NSString::stringWithUTF8String("late"));
   const Weak<LaunchScreenConfiguration> weakConfiguration =
       LaunchScreenConfiguration::defaultConfiguration();
@@ -171,7 +171,6 @@ TEST_F(LifetimeTest, TheScheduledEventKeepsItsConfigurationAliveAndNotTheManager
 }
 
 TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
-  configuration().setNextEventName(NSString::stringWithUTF8String("owed"));
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));
   window->contentViewController()->addChildViewController(
@@ -204,7 +203,7 @@ TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   EXPECT_EQ(platform.events, (Events{{"early", 2.5}}));
 }
 
-TEST_F(LifetimeTest, ADismissalOnAnotherThreadKeepsTheManagerAliveUntilItRuns) {
+TEST_F(LifetimeTest, ADismissalFromAnotherThreadKeepsTheManagerAliveUntilTheMainThreadRunsIt) {
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   releaseManager();
   EXPECT_FALSE(watchedManager.expired());
@@ -218,7 +217,7 @@ TEST_F(LifetimeTest, TheContentOfARequestOnAnotherThreadLivesUntilTheContentIsDe
   manager->deactivate();
   EXPECT_FALSE(watchedContent.expired());
   platform.runDueWork();
-  ASSERT_FALSE(watchedContent.expired()) << "the new controller owns the content as a delegate";
+  ASSERT_FALSE(watchedContent.expired()) << "the new controller owns its delegate, the content";
   watchedContent.lock()->deactivate();
   EXPECT_TRUE(watchedContent.expired());
 }

@@ -91,13 +91,13 @@ TEST_F(RequestParsingTest, AnEmptyDictionaryClearsTheSkipModeAndIsRefused) {
 
 // The mode
 
-TEST_F(RequestParsingTest, TheModeSkipTurnsTheSkipModeOn) {
+TEST_F(RequestParsingTest, TheModeValueSkipTurnsTheSkipModeOn) {
   EXPECT_TRUE(skipModeFrom(text("skip")));
 }
 
 TEST_F(RequestParsingTest, AMissingModeTurnsTheSkipModeOff) { EXPECT_FALSE(skipModeFrom(nullptr)); }
 
-TEST_F(RequestParsingTest, TheModeForcedCountsAsMissing) {
+TEST_F(RequestParsingTest, TheModeValueForcedCountsAsMissing) {
   EXPECT_FALSE(skipModeFrom(text("forced")));
 }
 
@@ -218,7 +218,7 @@ TEST_F(RequestParsingTest, TheNumberNaNIsAcceptedAsADuration) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// Complete requests
+// Accepted requests
 
 TEST_F(RequestParsingTest, AnAcceptedRequestChangesTheDefaultConfiguration) {
   const auto configuration = LaunchScreenConfiguration::init();

@@ -9,10 +9,10 @@ namespace vel::test {
 namespace {
 
 /// A view controller that counts the calls of `className`.
-class CountedController final
-    : public Class<CountedController, "CountedController", NSViewController> {
+class CountingController final
+    : public Class<CountingController, "CountingController", NSViewController> {
  public:
-  explicit CountedController(std::string_view name) : name_(name) {}
+  explicit CountingController(std::string_view name) : name_(name) {}
   [[nodiscard]] std::string_view className() const override {
     ++callCount;
     return name_;
@@ -218,8 +218,8 @@ TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChildController) {
 
 TEST_F(RequiredWindowTest, TheFirstChildControllerThatMatchesEndsTheSearch) {
   load(5.0);
-  const auto controllerBeforeMatch = make<CountedController>("NSViewController");
-  const auto controllerAfterMatch = make<CountedController>("NSViewController");
+  const auto controllerBeforeMatch = make<CountingController>("NSViewController");
+  const auto controllerAfterMatch = make<CountingController>("NSViewController");
   EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren(
       {controllerBeforeMatch, makeNamed("LaunchScreenViewController"), controllerAfterMatch})));
   EXPECT_EQ(controllerBeforeMatch->callCount, 1);
@@ -232,9 +232,9 @@ class TemporaryItemTest : public LaunchScreenTest {
  protected:
   // Opens a window with a child view controller that is not a launch screen. The child counts how
   // often its class name is read.
-  static std::pair<Strong<NSWindow>, Strong<CountedController>> openCountedWindow() {
-    auto countedController = make<CountedController>("NSViewController");
-    return {openWindowWithChildren({countedController}), countedController};
+  static std::pair<Strong<NSWindow>, Strong<CountingController>> openWindowWithCountingChild() {
+    auto countingController = make<CountingController>("NSViewController");
+    return {openWindowWithChildren({countingController}), countingController};
   }
 };
 
@@ -263,14 +263,14 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWhileTheMainContentIsPresen
   }
 }
 
-TEST_F(TemporaryItemTest, NoTemporaryContentIsRequiredWhileAnotherContentIsPresented) {
+TEST_F(TemporaryItemTest, APresentedTemporaryContentRequiresNoOtherTemporaryContent) {
   load(5.0);
-  const auto otherContent = LaunchScreenContent::init();
-  otherContent->setContentRequest(makeRequest("e", 5));
-  manager->setTempContent(otherContent);
-  otherContent->presentForWindowWithPresentationMode(openPlayerWindowWithContentViewController(),
-                                                     kHostModeSheet);
-  ASSERT_NE(otherContent->viewController()->presentingViewController(), nullptr);
+  const auto temporaryContent = LaunchScreenContent::init();
+  temporaryContent->setContentRequest(makeRequest("e", 5));
+  manager->setTempContent(temporaryContent);
+  temporaryContent->presentForWindowWithPresentationMode(
+      openPlayerWindowWithContentViewController(), kHostModeSheet);
+  ASSERT_NE(temporaryContent->viewController()->presentingViewController(), nullptr);
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
@@ -312,28 +312,29 @@ TEST_F(TemporaryItemTest, ACoverWithoutAParentViewControllerRequiresNoTemporaryC
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwiceAndEachOtherWindowOnce) {
-  const auto [mainWindow, mainController] = openCountedWindow();
+TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwiceAndTheOtherWindowsOnce) {
+  const auto [mainWindow, mainController] = openWindowWithCountingChild();
   mainWindow->makeKeyWindow();
-  const auto [frontWindow, frontController] = openCountedWindow();
+  const auto [frontWindow, frontController] = openWindowWithCountingChild();
   const auto presenter = makeNamed("NSViewController");
   presenter->presentViewControllerAsModalWindow(makeNamed("NSViewController"));
   const auto keyWindow = NSApp->keyWindow();
-  const auto keyController = make<CountedController>("NSViewController");
+  const auto keyController = make<CountingController>("NSViewController");
   keyWindow->contentViewController()->addChildViewController(keyController);
   ASSERT_EQ(NSApp->mainWindow(), mainWindow);
   ASSERT_NE(keyWindow, mainWindow);
 
   EXPECT_FALSE(manager->tempItemRequired());
   EXPECT_EQ(keyController->callCount, 2);
-  EXPECT_EQ(mainController->callCount, 1) << "with a key window the main window is not searched";
+  EXPECT_EQ(mainController->callCount, 1)
+      << "only as one of the ordered windows, because there is a key window";
   EXPECT_EQ(frontController->callCount, 1);
 }
 
 TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedTwice) {
-  const auto [mainWindow, mainController] = openCountedWindow();
+  const auto [mainWindow, mainController] = openWindowWithCountingChild();
   mainWindow->makeKeyWindow();
-  const auto [frontWindow, frontController] = openCountedWindow();
+  const auto [frontWindow, frontController] = openWindowWithCountingChild();
   platform.windowSystem().userMovesFocusAway();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), mainWindow);
@@ -343,9 +344,9 @@ TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedTwice) {
 }
 
 TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
-  const auto [backWindow, backController] = openCountedWindow();
+  const auto [backWindow, backController] = openWindowWithCountingChild();
   openWindowWithChildren({makeNamed("LaunchScreenViewController")});
-  const auto [frontWindow, frontController] = openCountedWindow();
+  const auto [frontWindow, frontController] = openWindowWithCountingChild();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), nullptr);
   EXPECT_TRUE(manager->tempItemRequired());
@@ -354,12 +355,12 @@ TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
 }
 
 TEST_F(TemporaryItemTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
-  const auto [window, countedController] = openCountedWindow();
+  const auto [window, countingController] = openWindowWithCountingChild();
   load(5.0);
-  countedController->callCount = 0;
+  countingController->callCount = 0;
   present(window, kHostModeSheet);
   EXPECT_TRUE(manager->tempItemRequired());
-  EXPECT_EQ(countedController->callCount, 0);
+  EXPECT_EQ(countingController->callCount, 0);
 }
 
 }  // namespace

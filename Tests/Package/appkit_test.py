@@ -21,7 +21,7 @@ class AppKitTest(unittest.TestCase):
         output = run(folder / "host_objc", HOME=str(folder))
         self.assertEqual(output, "engine launch_screen, has no manager\n")
 
-    def check_that_it_is_not_found(self, reason, prefix, *settings):
+    def check_that_the_component_is_not_found(self, reason, prefix, *settings):
         folder = make_folder("appkit_not_found")
         result = try_run(
             "cmake", "-S", CONSUMERS / "appkit", "-B", folder, f"-DCMAKE_PREFIX_PATH={prefix}", *settings
@@ -30,15 +30,15 @@ class AppKitTest(unittest.TestCase):
         message = " ".join(result.stderr.split())
         self.assertIn(f"The component AppKit is not available. Missing: {reason}", message)
 
-    def test_a_system_without_appkit_does_not_have_the_components(self):
+    def test_without_gnustep_config_the_component_appkit_is_not_found(self):
         # An empty value stands for a system without gnustep-config.
-        self.check_that_it_is_not_found("gnustep-config", PREFIX, "-DVEL_GNUSTEP_CONFIG=")
+        self.check_that_the_component_is_not_found("gnustep-config", PREFIX, "-DVEL_GNUSTEP_CONFIG=")
 
-    def test_the_files_in_the_debian_packages_do_not_have_the_components(self):
+    def test_with_only_the_files_of_the_debian_packages_the_component_appkit_is_not_found(self):
         prefix = make_folder("without_appkit")
         for component in ("runtime", "development"):
             run("cmake", "--install", BUILD, "--component", component, "--prefix", prefix)
-        self.check_that_it_is_not_found("the AppKit back end", prefix)
+        self.check_that_the_component_is_not_found("the AppKit back end", prefix)
 
     def test_the_headers_of_the_objective_c_interface_are_those_that_its_main_header_includes(self):
         text = (HEADERS / "ObjectiveC.h").read_text(encoding="utf-8")

@@ -41,7 +41,7 @@ class DebianContentsTest(unittest.TestCase):
         version = field(self.packages[RUNTIME], "Version")
         self.assertEqual(field(self.packages[DEVELOPMENT], "Depends"), f"{RUNTIME} (= {version})")
 
-    def test_the_program_package_has_only_the_program_its_manual_page_completion_and_copyright(self):
+    def test_the_program_package_has_only_the_program_the_completion_the_manual_page_and_copyright(self):
         self.assertEqual(
             self.files(PROGRAM),
             {

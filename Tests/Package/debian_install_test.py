@@ -28,7 +28,7 @@ def reason_to_skip():
 
 
 def dpkg(*arguments):
-    """Runs dpkg, if necessary after waiting for its lock. Returns what dpkg wrote to stderr."""
+    """Runs dpkg as soon as the dpkg lock is free. Returns what dpkg wrote to stderr."""
     deadline = time.monotonic() + TIMEOUT
     while True:
         result = try_run("dpkg", *arguments, LC_ALL="C", DEBIAN_FRONTEND="noninteractive")

@@ -18,7 +18,7 @@ CXX = os.environ["CXX"]
 WARNING_FLAGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
 # The time limit for a command, in seconds. It is much longer than any build.
 TIMEOUT = 240
-# The output of every host.
+# The output of consumers/host.c and of consumers/host.cpp.
 EXPECTED_OUTPUT = "will appear\ndid disappear\nevent launch_end\n"
 
 
@@ -58,7 +58,8 @@ def cmake_build(project, folder, *settings):
 
 
 def pkg_config(*arguments, prefix=None):
-    """Returns the output of pkg-config for the library below a prefix (default: the system's)."""
+    """Returns the words that pkg-config prints for the library. Without a prefix, pkg-config finds the
+    library that is installed on the system."""
     search_path = {} if prefix is None else {"PKG_CONFIG_PATH": str(prefix / LIB / "pkgconfig")}
     return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search_path))
 

@@ -41,7 +41,7 @@ TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
   EXPECT_TRUE(waitForOrder({upperWindow, lowerHandle}));
 }
 
-TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
+TEST_F(X11Order, AWindowThatTheBackEndRaisesIsNotReported) {
   const WindowHandle firstWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   const WindowHandle secondWindow =
@@ -50,7 +50,7 @@ TEST_F(X11Order, AnOrderMadeByTheBackEndIsNotReported) {
   ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(firstWindow); }));
   system().orderFront(secondWindow);
   ASSERT_TRUE(waitFor([&] { return client.children(client.root()).back() == idOf(secondWindow); }));
-  // Without a deadline, the back end has no report to make later.
+  // A pending report would set a deadline.
   EXPECT_TRUE(waitFor([&] { return system().nextDeadline() == kNever; }));
   EXPECT_THAT(reports.orders, IsEmpty());
 }

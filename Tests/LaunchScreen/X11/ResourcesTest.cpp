@@ -43,7 +43,7 @@ TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
   runOnce();
   runOnce();
   EXPECT_EQ(resources(), resourcesBefore);
-  // Each presentation logs its host mode. No other lines are logged, so no errors.
+  // Only the host mode of each presentation is logged, and no error.
   EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
 }
 

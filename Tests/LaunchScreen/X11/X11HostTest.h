@@ -23,11 +23,11 @@ class X11HostTest : public X11TestWithManager {
   static bool runUntil(const std::function<bool()>& condition);
 
   xcb_window_t otherWindow = 0;  // a window that `SetUp` does not adopt
-  xcb_window_t game = 0;         // the window of the game
-  Strong<NSWindow> player;       // the adopted window of the game
+  xcb_window_t game = 0;         // the X window of the game
+  Strong<NSWindow> player;       // the NSWindow of the adopted `game`
   Strong<LaunchScreenManager> launchScreen;
   bool hasIndicator = false;        // true if the launch screens have an indicator
-  std::vector<std::string> events;  // the recorded events
+  std::vector<std::string> events;  // the recorded analytics events
 };
 
 }  // namespace vel::test
