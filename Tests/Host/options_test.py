@@ -14,7 +14,7 @@ COMMON = {"--help", "--version"}
 OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
 
-def help_lines(*command):
+def help_entries(*command):
     """Returns the help of each option and command, including the indented lines that follow."""
     text = run(*command, "--help").stdout
     return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
@@ -28,10 +28,10 @@ def commands():
 def help_options(*command):
     """Maps each option to the set of values in its help. The set is empty if the help has no list of values."""
     options = {}
-    for line in help_lines(*command):
-        if line.startswith("-"):
-            values = re.match(r"\S+(?: \S*:\{(\S*)\})?", line)[1]
-            options[OPTION.search(line.split()[0])[0]] = set(values.split(",")) if values else set()
+    for entry in help_entries(*command):
+        if entry.startswith("-"):
+            values = re.match(r"\S+(?: \S*:\{(\S*)\})?", entry)[1]
+            options[OPTION.search(entry.split()[0])[0]] = set(values.split(",")) if values else set()
     return options
 
 

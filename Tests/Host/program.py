@@ -33,5 +33,5 @@ def start(*arguments, **settings):
     settings.setdefault("stdin", subprocess.DEVNULL)
     settings.setdefault("stdout", subprocess.PIPE)
     settings.setdefault("stderr", subprocess.PIPE)
-    # No buffer: communicate does not return the data that a readline has left in a buffer.
+    # Without a buffer, because `communicate` does not return data that `readline` has read ahead.
     return subprocess.Popen([PROGRAM, *arguments], bufsize=0, env=_environment, **settings)

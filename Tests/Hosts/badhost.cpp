@@ -1,4 +1,4 @@
-// A host with one bad habit.
+// A host (a program whose window `launchscreen` covers) with one bad habit.
 //
 // usage: hosts-badhost HABIT [WIDTH HEIGHT]
 //
@@ -101,7 +101,7 @@ class BadHost {
     xcb_flush(connection_);
   }
 
-  /// The program has received SIGUSR1: performs the action of the habit, if it has one.
+  /// Performs the action of a habit that acts on SIGUSR1. Does nothing for the other habits.
   void performHabit() {
     isChanged_ = !isChanged_;
     if (habit_ == "resize") {

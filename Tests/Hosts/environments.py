@@ -1,4 +1,4 @@
-"""The environments in which trial.py covers a host, and the display of a trial."""
+"""The environments in which trial.py covers the window of a host, and the X server of each trial."""
 
 import os
 import shutil
@@ -26,10 +26,10 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 
 
 class Environment:
-    """A window manager and possibly a compositor.
+    """A window manager and possibly a compositor. The environment "bare" has neither.
 
     `commands` start the window manager and the compositor. `files` maps the name of each settings file
-    in the display's home folder to the content of the file. `bus` is true if the window manager or the
+    in the display's home folder to the content of the file. `needs_bus` is true if the window manager or the
     compositor needs a session bus of D-Bus.
 
     `buttons` maps the name of each button of the frame to an offset: the position of the button's
@@ -47,7 +47,7 @@ class Environment:
         buttons=None,
         can_resize=False,
         has_compositor=False,
-        bus=False,
+        needs_bus=False,
         publishes_actions_when_mapped=False,
     ):
         self.name = name
@@ -56,7 +56,7 @@ class Environment:
         self.buttons = buttons or {}
         self.can_resize = can_resize
         self.has_compositor = has_compositor
-        self.needs_bus = bus
+        self.needs_bus = needs_bus
         self.publishes_actions_when_mapped = publishes_actions_when_mapped
         self.has_manager = bool(commands)
 
@@ -96,7 +96,7 @@ ENVIRONMENTS = [
         buttons={"close": (-11, -14), "maximise": (-34, -14), "minimise": (-57, -14)},
         can_resize=True,
         has_compositor=True,
-        bus=True,
+        needs_bus=True,
         publishes_actions_when_mapped=True,
     ),
     Environment(

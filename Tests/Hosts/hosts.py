@@ -25,7 +25,8 @@ class Host:
     `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down and
     Page Up while the window is covered.
 
-    `prepare` returns further environment variables. Hosts with `prepare` run one at a time.
+    `prepare` is None, or a function that takes the folder of the built programs and returns more
+    environment variables. Trials of hosts with `prepare` run one at a time.
 
     `buttons` is None if the program draws no window buttons itself. Otherwise it maps the name of each
     such button to an offset: the position of the button's centre relative to the top right corner of
@@ -65,7 +66,7 @@ class Host:
 
 
 def _bad_host(habit, description, name=None):
-    # A translucent window is not a bad habit.
+    # The name has no "bad-" for a translucent window, which is not a bad habit.
     name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
@@ -81,7 +82,7 @@ def _compile_command(name, package, source, compiler):
 
 
 def _sdl2_host(name, description, *arguments):
-    """Returns an SDL 2 game. The first argument names the change of its window on SIGUSR1."""
+    """Returns an SDL 2 game that runs with `arguments`. sdl2.c describes them."""
     return Host(
         name,
         description,

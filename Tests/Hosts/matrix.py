@@ -6,9 +6,9 @@ usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jo
 
 FOLDER must contain hosts-sampler and hosts-badhost. The script builds the other programs of the hosts
 in FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
-JSON file. Its name is TABLE with the suffix .json instead of the suffix of TABLE. With --update, the script
-keeps the results in the JSON file for all pairs of host and environment that it does not run. Exits with 1
-if a result in the table is a fault or "not run".
+JSON file. The name of the JSON file is TABLE with the suffix .json instead of the suffix of TABLE. With
+--update, both files also contain earlier results: the script reads them from the JSON file, for all pairs of
+host and environment that it does not run. Exits with 1 if a result in the table is a fault or "not run".
 """
 
 import argparse
@@ -24,6 +24,7 @@ from environments import ENVIRONMENTS
 from hosts import HOSTS, build
 
 HERE = Path(__file__).resolve().parent
+# What ends a cover. trial.py describes each value.
 ENDINGS = ["time", "skip", "SIGTERM", "SIGINT"]
 
 
@@ -66,13 +67,13 @@ def describe_buttons(result):
     if buttons_before is None:
         return ""
     close_works = result.get("closes")
-    parts = list(buttons_before)
-    if not buttons_before:
+    if buttons_before:
+        parts = [
+            name if buttons_after is None or name in buttons_after else name + " (lost)"
+            for name in buttons_before
+        ]
+    else:
         parts = ["none works"] if result.get("has buttons") else ["no frame"]
-    parts = [
-        name if buttons_after is None or name in buttons_after or not buttons_before else name + " (lost)"
-        for name in parts
-    ]
     if close_works is not None:
         parts.append("close" if close_works else "close (lost)")
     return ", ".join(parts)

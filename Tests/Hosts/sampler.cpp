@@ -55,7 +55,7 @@ struct Point {
   int y = 0;
 };
 
-/// Widths in pixels: left, right, top, bottom.
+/// The widths, in pixels, of the left, right, top and bottom border of a window.
 using Extents = std::array<int, 4>;
 
 Rect shrink(Rect rect, Extents extents) {

@@ -25,12 +25,13 @@ Property fixedSizeHints(PixelRect frame) {
   return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, numbers);
 }
 
-TEST_F(X11ShowResize, TheGameStaysHiddenWhenItsProgramEnlargesTheWindow) {
+TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kGameFrame));
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
                             "--content-controller"});
+  // When the program prints this line, the library has already overridden the hints.
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 

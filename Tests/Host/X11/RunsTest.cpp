@@ -85,7 +85,7 @@ TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
   EXPECT_GT(indicatorPixels, 4);
 }
 
-TEST_F(X11Player, OpensHeadlessIfTheX11DisplayDoesNotExist) {
+TEST_F(X11Player, RunsHeadlessIfTheX11DisplayDoesNotExist) {
   const std::vector<std::string> commandWithoutDisplayOption{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
   // A headless run does not print which controls are kept.
@@ -186,13 +186,13 @@ TEST_P(X11ShowFocus, TheCountdownIsPausedWhileAnotherProgramHasTheFocus) {
                             std::to_string(duration), "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("covered"));
   if (compositor != nullptr) {
-    // weston may give xterm the focus after the program has requested it.
+    // weston may give the focus to xterm even though `show` has requested the focus for the game.
     giveFocus(game, "A game");
   }
   ASSERT_TRUE(eventually([&] { return client.focusedWindow() == game; }));
   giveFocus(otherWindow, "other");
   ASSERT_TRUE(show.waitForOutput("paused: not in front")) << show.output();
-  // A headless run of one second lets time pass.
+  // Waits for a second: a headless run takes as long as its duration.
   runProgram({LAUNCHSCREEN, "show", "--display", "headless", "--duration", "1"}, server.display());
   giveFocus(game, "A game");
   ASSERT_TRUE(show.waitForOutput("resumed: in front again")) << show.output();

@@ -27,8 +27,8 @@ class ShowProcess : NonCopyable {
 
   /// The output so far.
   [[nodiscard]] const std::string& output() const { return output_; }
-  /// The time, in seconds, at the start of the first line that ends with `ending`; -1 if there is
-  /// no such line.
+  /// Returns the time, in seconds, that is printed in the first line that ends with `ending`.
+  /// Returns -1 if no line ends with `ending`.
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
  private:

@@ -1,6 +1,7 @@
 // An SDL 2 game. On SIGUSR1, the game resizes its window, maximises it or makes it fullscreen. On
-// the next SIGUSR1, the game undoes the change. The user can resize a resizable window (the
-// default), but not a fixed window.
+// the next SIGUSR1, the game undoes the change. "fullscreen" asks for a screen resolution of the
+// window's size, and "desktop" keeps the current resolution. The user cannot resize a "fixed"
+// window.
 //
 // usage: hosts-sdl2 [resize|fullscreen|desktop|maximise [resizable|fixed]]
 #include <SDL.h>
