@@ -1,6 +1,7 @@
 #include "Tests/Support/X11/Process.h"
 
 #include <fcntl.h>
+#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +12,8 @@
 #include <cstdlib>
 #include <system_error>
 #include <utility>
+
+#include "Tests/WindowSystem/Reports.h"
 
 namespace vel::test {
 
@@ -67,13 +70,20 @@ bool Process::isRunning() {
 
 void Process::signal(int number) const { ::kill(id_, number); }
 
-void Process::end() { signalAndWait(SIGTERM); }
+void Process::end() {
+  if (id_ == 0) {
+    return;
+  }
+  signal(SIGTERM);
+  const int descriptor = pidfd_open(id_, 0);
+  waitForInput(descriptor, steadyNow() + kTimeout);  // the descriptor is readable when it has ended
+  close(descriptor);
+  kill();
+}
 
-void Process::kill() { signalAndWait(SIGKILL); }
-
-void Process::signalAndWait(int signal) {
+void Process::kill() {
   if (id_ != 0) {
-    ::kill(id_, signal);
+    signal(SIGKILL);
     waitpid(std::exchange(id_, 0), nullptr, 0);
   }
 }

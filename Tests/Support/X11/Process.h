@@ -31,7 +31,8 @@ class Process {
 
   [[nodiscard]] bool isRunning();
   void signal(int number) const;
-  /// Sends SIGTERM and waits until the program ends.
+  /// Sends SIGTERM and waits until the program ends. A program that has not ended after `kTimeout`
+  /// receives SIGKILL.
   void end();
   /// Sends SIGKILL and waits until the program ends.
   void kill();
@@ -40,8 +41,6 @@ class Process {
   int wait();
 
  private:
-  void signalAndWait(int signal);
-
   pid_t id_ = 0;
 };
 
