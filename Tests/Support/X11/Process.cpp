@@ -1,8 +1,8 @@
 #include "Tests/Support/X11/Process.h"
 
 #include <fcntl.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -75,7 +75,7 @@ void Process::end() {
     return;
   }
   signal(SIGTERM);
-  const int descriptor = pidfd_open(id_, 0);
+  const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
   waitForInput(descriptor, steadyNow() + kTimeout);  // the descriptor is readable when it has ended
   close(descriptor);
   kill();
