@@ -1,6 +1,6 @@
 // What the launch screen's controller ("the cover") does in each life-cycle method. The line
-// "style 7" means that a window gets the style mask 7. The mask of a window with a title and all
-// controls is 15.
+// "style 7" in the journal means that a window gets the style mask 7. The mask of a window with a
+// title and all controls is 15.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -21,7 +21,7 @@ class ControllerLifeCycleTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
 
-// The order of a presentation in each mode
+// The order of the events of a presentation in each mode
 
 TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasAppeared) {
   addDelegate("first");
@@ -31,7 +31,8 @@ TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasA
                                  "viewDidAppear", "style 7", "style 3", "style 1"}));
 }
 
-TEST_F(ControllerLifeCycleTest, ACoverWithoutAParentAlsoOverridesTheStyleAfterTheViewHasAppeared) {
+TEST_F(ControllerLifeCycleTest,
+       WithoutAContentViewControllerTheCoverAlsoOverridesTheStyleAfterTheViewHasAppeared) {
   window = openPlayerWindow();
   takeEvents();
   addDelegate("first");
@@ -80,7 +81,7 @@ TEST_F(ControllerLifeCycleTest, WillAppearSetsTheStyleOnlyInModalWindowMode) {
     cover->viewWillAppear();
     EXPECT_EQ(takeEvents(), Lines{"viewWillAppear"});
   }
-  cover->setPresentationMode(1);
+  cover->setPresentationMode(LaunchScreenPresentationModalWindow);
   cover->viewWillAppear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "style 0"}));
 }
@@ -94,7 +95,7 @@ TEST_F(ControllerLifeCycleTest, DidAppearOverridesTheStyleOnlyInEmbeddedMode) {
     cover->viewDidAppear();
     EXPECT_EQ(takeEvents(), Lines{"viewDidAppear"});
   }
-  cover->setPresentationMode(0);
+  cover->setPresentationMode(LaunchScreenPresentationEmbedded);
   cover->viewDidAppear();
   EXPECT_EQ(takeEvents(), (Lines{"viewDidAppear", "style 7", "style 3", "style 1"}));
 }

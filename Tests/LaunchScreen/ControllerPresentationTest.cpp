@@ -77,8 +77,8 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindow
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-    // After the presentation has added the cover to the superview, it sets these two properties.
-    // It also replaces the frame by the superview's frame.
+    // The presentation sets the two properties below only after the cover has appeared. It then
+    // also replaces the frame by the superview's frame.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });
@@ -180,7 +180,7 @@ TEST_F(ControllerPresentationTest, AnEmbeddedControllerMovesToAnotherWindow) {
 }
 
 TEST_F(ControllerPresentationTest,
-       AControllerThatMovesToAnotherWindowWritesTheSavedStyleToThatWindow) {
+       AControllerThatMovesToAnotherWindowWritesTheStyleOfTheFirstWindowToTheSecond) {
   const auto firstWindow = openPlayerWindow();
   const auto secondWindow = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
   present(firstWindow, kEmbedded);
@@ -256,7 +256,7 @@ TEST_F(ControllerPresentationTest, ACoverOffScreenCannotPresentItselfAsASheet) {
   expectNothingPresented();
 }
 
-TEST_F(ControllerPresentationTest, TheSheetOfAnEmbeddedCoverBelongsToTheWindowOfTheCover) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverPresentsItselfAsASheetOfTheWindowThatShowsIt) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   present(openWindow("PlayerWindow"), kSheet);

@@ -1,6 +1,6 @@
 // The launch screen's controller ("the cover") overrides and restores the style of a window. The
-// line "style 7" means that a window gets the style mask 7. The mask of a window with a title and
-// all controls is 15.
+// line "style 7" in the journal means that a window gets the style mask 7. The mask of a window
+// with a title and all controls is 15.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -16,17 +16,19 @@ class ControllerStyleTest : public CoverTest {
 
   // Sets the controller's mode and window without a presentation.
   static void prepare(const Strong<LaunchScreenViewController>& controller,
-                      const Strong<NSWindow>& window, LaunchScreenPresentationMode mode = 0) {
+                      const Strong<NSWindow>& window,
+                      LaunchScreenPresentationMode mode = LaunchScreenPresentationEmbedded) {
     controller->setPresentationMode(mode);
     controller->setAppWindow(window);
   }
-  // Sets the controller's window to null when a style mask is set for the `count`-th time.
-  void clearWindowAtStyleMask(std::size_t count) {
-    platformJournal.onNextStyleMask([this, count] {
-      if (count == 1) {
+  // Sets `appWindow` to null during this step of the next `setupPresentation`. Each of its three
+  // steps sets a style mask.
+  void clearAppWindowDuringStep(std::size_t step) {
+    platformJournal.onNextStyleMask([this, step] {
+      if (step == 1) {
         cover->setAppWindow(nullptr);
       } else {
-        clearWindowAtStyleMask(count - 1);
+        clearAppWindowDuringStep(step - 1);
       }
     });
   }
@@ -53,7 +55,7 @@ TEST_F(ControllerStyleTest, AllOtherStyleBitsStay) {
   EXPECT_EQ(window->styleMask(), 0x7FFFFFFFFFFFFFF1);
 }
 
-TEST_F(ControllerStyleTest, TheThreeStepsRunEvenIfNoBitIsSet) {
+TEST_F(ControllerStyleTest, TheThreeStepsRunEvenIfNoneOfTheThreeBitsIsSet) {
   window->setStyleMask(NSWindowStyleMaskTitled);
   takeEvents();
   prepare(cover, window);
@@ -100,12 +102,12 @@ TEST_F(ControllerStyleTest, InSheetModeAndInUnknownModesNoStyleIsOverridden) {
   EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, AnObserverMayClearTheWindowDuringEachStepOfTheSetup) {
+TEST_F(ControllerStyleTest, AnObserverMaySetAppWindowToNullDuringEachStepOfTheSetup) {
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
     window->setStyleMask(kFullStyle);
     prepare(cover, window);
     takeEvents();
-    clearWindowAtStyleMask(step);
+    clearAppWindowDuringStep(step);
     cover->setupPresentation();
     EXPECT_EQ(takeEvents().size(), step);
     EXPECT_EQ(cover->appWindow(), nullptr);

@@ -1,6 +1,7 @@
 // Which objects own the launch screen's controller ("the cover") and the LaunchScreenContent, and
 // when the objects of a launch screen are destroyed. A tracked cover is an embedded cover without a
-// parent. Global variables of the library own it (EmbeddedCover.h).
+// parent. Global variables of the library own it (EmbeddedCover.h). The library removes it one
+// second after its dismissal.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -53,7 +54,7 @@ TEST_F(CoverLifetimeTest, ADestroyedContentReleasesItsRequest) {
   EXPECT_TRUE(weakRequest.expired());
 }
 
-TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilTheCoverIsRemoved) {
+TEST_F(CoverLifetimeTest, ATrackedCoverWithoutAnotherOwnerLivesUntilOneSecondAfterItsDismissal) {
   const auto window = openPlayerWindow();
   cover->presentForWindowWithPresentationMode(window, 0);
   const Weak<NSView> view = cover->view();
@@ -70,7 +71,7 @@ TEST_F(CoverLifetimeTest, ATrackedCoverLivesWithoutAnotherOwnerUntilTheCoverIsRe
 }
 
 TEST_F(CoverLifetimeTest,
-       TheWindowOfATrackedCoverLivesUntilTheDismissalAndTheContentViewUntilTheRemoval) {
+       ATrackedCoverOwnsTheWindowUntilItsDismissalAndTheContentViewUntilItsRemoval) {
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
   cover->presentForWindowWithPresentationMode(window, 0);
@@ -125,8 +126,9 @@ TEST_F(CoverLifetimeTest, TheParentOwnsACoverUntilTheCoverIsDismissed) {
   EXPECT_TRUE(weakCover.expired());
 }
 
-TEST_F(CoverLifetimeTest, TheWindowOwnsAPresentedCoverUntilTheCoverIsDismissed) {
-  for (const LaunchScreenPresentationMode mode : {1, 2}) {
+TEST_F(CoverLifetimeTest, TheModalWindowOrSheetOwnsItsCoverUntilTheCoverIsDismissed) {
+  for (const LaunchScreenPresentationMode mode :
+       {LaunchScreenPresentationModalWindow, LaunchScreenPresentationSheet}) {
     Strong<LaunchScreenViewController> presentedController = LaunchScreenViewController::init();
     presentedController->presentForWindowWithPresentationMode(
         openPlayerWindowWithContentViewController(), mode);
@@ -235,7 +237,7 @@ TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverWithoutAParentStay
 }
 
 TEST_F(LaunchScreenObjectsTest,
-       AfterAnEarlyDeactivationAPresentedCoverStaysUntilItsWindowIsClosed) {
+       AfterAnEarlyDeactivationACoverInAModalWindowOrSheetStaysUntilThatWindowIsClosed) {
   for (const std::int32_t hostMode : {kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     const LaunchScreenObjects objects = show(openPlayerWindowWithContentViewController(), hostMode);

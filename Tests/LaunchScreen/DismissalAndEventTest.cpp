@@ -19,7 +19,7 @@ TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledImmediately) {
   manager->dismissLaunchScreen();
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(hostController->dismissedController.lock(), hostController)
-      << "with itself as the argument";
+      << "the argument must be the controller itself";
 }
 
 TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheController) {
@@ -61,9 +61,9 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   addHostDelegate();
   // Relaxed, so that the flag does not synchronise the threads: a thread sanitizer can then detect
   // a data race in the manager.
-  std::atomic<bool> hasStarted = false;
+  std::atomic<bool> mainThreadIsWorking = false;
   std::thread otherThread([&] {
-    while (!hasStarted.load(std::memory_order_relaxed)) {
+    while (!mainThreadIsWorking.load(std::memory_order_relaxed)) {
       std::this_thread::yield();
     }
     manager->dismissLaunchScreen();
@@ -72,7 +72,7 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
     window->makeKeyWindow();
     // The manager reads `launchScreenExpired` in this call.
     platform.windowSystem().userMovesFocusAway();
-    hasStarted.store(true, std::memory_order_relaxed);
+    mainThreadIsWorking.store(true, std::memory_order_relaxed);
     platform.runDueWork();
   }
   otherThread.join();
@@ -149,7 +149,7 @@ TEST_F(EventTest, TheEventCountsAsSentWhenItIsScheduled) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, AfterTheEventIsSentAnotherCallChangesNothing) {
+TEST_F(EventTest, AfterTheEventIsScheduledAnotherCallChangesNothing) {
   manager->sendAnalyticsEvent();
   manager->setAppIsUnfocused(true);
   manager->setLaunchScreenExpired(true);
@@ -224,13 +224,14 @@ TEST_F(EventTest, IfTheNameBecomesNullBeforeTheEventIsRecordedTheEmptyNameIsUsed
 }
 
 TEST_F(EventTest, IfTheConfigurationIsReplacedBeforeTheEventIsRecordedTheOldOneIsUsed) {
-  const auto previousConfiguration = LaunchScreenConfiguration::defaultConfiguration();
+  const auto oldConfiguration = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
-  setEventName("of the new one");
-  previousConfiguration->setNextEventName(NSString::stringWithUTF8String("of the former one"));
+  setEventName("name of the new configuration");
+  oldConfiguration->setNextEventName(
+      NSString::stringWithUTF8String("name of the old configuration"));
   platform.run(1.0);
-  EXPECT_EQ(platform.events, (Events{{"of the former one", 0.5}}));
+  EXPECT_EQ(platform.events, (Events{{"name of the old configuration", 0.5}}));
 }
 
 TEST_F(EventTest, SendAnalyticsEventRecordsTheEventEvenInSkipMode) {

@@ -181,7 +181,7 @@ struct Countdown {
   double start;
   int dismissingTick;     // the number of the tick that dismisses
   double timeLeftBefore;  // before the dismissing tick
-  double timeLeftAfter;   // after the dismissing tick, if the dismissal does not set it to 0
+  double timeLeftAfter;   // after the dismissing tick, if the dismissal does not stop the countdown
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
@@ -227,7 +227,8 @@ TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenthOfASecond)
   EXPECT_TRUE(journal->empty());
   runTicks(1);
   EXPECT_EQ(*journal, (Lines{"host: can dismiss", "host: did dismiss"}));
-  EXPECT_EQ(timeLeft(), -0x1.999999999999ap-4);
+  // The dismissal sets the time left to 0. The tick then subtracts its tenth of a second.
+  EXPECT_EQ(timeLeft(), -kTenth);
   manager->startTimer();
   EXPECT_EQ(timer(), nullptr);
 }
@@ -362,7 +363,7 @@ TEST_F(ExpirationTimerTest, TheCountdownDoesNotRunInEventTrackingMode) {
   EXPECT_EQ(timer(), runningTimer);
   NSRunLoop::mainRunLoop().setMode(NSDefaultRunLoopMode);
   platform.run(0.1);
-  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1) << "one tick that is late, and the next";
+  EXPECT_EQ(timeLeft(), 0x1.999999999999ap-1) << "one late tick and the next tick";
 }
 
 }  // namespace

@@ -77,18 +77,20 @@ TEST_F(FocusTest, TheHandlersOfApplicationActivationMiniaturizingAndBackgroundDo
   EXPECT_EQ(state(), stateBefore);
 }
 
+// The window resigns key with the deactivation, and becomes key again with the activation.
 TEST_F(FocusTest, SwitchingToAnotherApplicationPausesTheCountdownUntilTheUserComesBack) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(0.2);
+  constexpr double kTimeLeftAfterTwoTicks = 0x1.3333333333334p+2;
   platform.windowSystem().userDeactivatesApplication();
   EXPECT_TRUE(manager->appIsUnfocused());
   platform.run(3.0);
   platform.windowSystem().userActivatesApplication();
   EXPECT_FALSE(manager->appIsUnfocused());
-  EXPECT_EQ(timeLeft(), 0x1.3333333333334p+2);
+  EXPECT_EQ(timeLeft(), kTimeLeftAfterTwoTicks);
   platform.run(0.1);
-  EXPECT_LT(timeLeft(), 0x1.3333333333334p+2);
+  EXPECT_LT(timeLeft(), kTimeLeftAfterTwoTicks);
 }
 
 // A window resigns key
@@ -128,7 +130,8 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-// A window becomes key
+// A window becomes key. `launchShouldBeClosed` means that the event is postponed, or in skip mode
+// the dismissal.
 
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   show(5.0);
