@@ -3,10 +3,10 @@
 
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
-ENDING is what ends the cover: "time" (the countdown), "skip" (an input line in skip mode), "SIGTERM" or
-"SIGINT". LAUNCHSCREEN is the program `launchscreen`. PROGRAMS is the folder with hosts-sampler and the
-hosts' programs. The trial ends all processes that it has started. Exits with 1 if the trial shows a
-fault or does not run.
+HOST is a name in hosts.py, and ENVIRONMENT a name in environments.py. ENDING is what ends the cover:
+"time" (the countdown), "skip" (an input line in skip mode), "SIGTERM" or "SIGINT". LAUNCHSCREEN is the
+program `launchscreen`. PROGRAMS is the folder with hosts-sampler and the hosts' programs. The trial ends
+all processes that it has started. Exits with 1 if the trial shows a fault or does not run.
 """
 
 import contextlib
@@ -102,7 +102,10 @@ class Lines:
 
 
 class Frame:
-    """One output line of the sampler. sampler.cpp describes the fields."""
+    """One output line of the sampler. sampler.cpp describes the fields.
+
+    `state` is V (viewable), U (not viewable) or D (destroyed). `non_white_points` and `backdrop_points` are
+    masks with one bit for each point."""
 
     def __init__(self, line):
         fields = line.split()
@@ -128,7 +131,7 @@ class Trial:
         self.faults = []
         self.display = self.client = self.process = self.window = None
         self.sampler = self.sampler_output = None
-        self.backdrop = 0
+        self.backdrop_color = 0
 
     def add_fault(self, text):
         self.faults.append(text)
@@ -144,7 +147,7 @@ class Trial:
         if self.environment.has_compositor and not wait_until(self.client.compositor_runs):
             raise RuntimeError("the compositor does not start: " + self.display.log()[-300:])
         time.sleep(0.5)  # for the compositor's first frame
-        self.backdrop = self.client.pixel(SCREEN[0] // 2, SCREEN[1] // 2)
+        self.backdrop_color = self.client.pixel(SCREEN[0] // 2, SCREEN[1] // 2)
         self.open_host()
         if not wait_until(self.has_drawn_window, 15):
             self.result["note"] = "the host itself is white at each point"
@@ -307,11 +310,11 @@ class Trial:
         return True
 
     def close_by_button(self):
-        """Closes the window as the user does. Returns whether the window closes.
+        """Clicks the close button. Returns whether the window closes, or None if the trial cannot check it.
 
-        i3 draws no buttons. If the host draws none either, a pager's request closes the window in i3. In
-        every other environment, returns None if no close button is on the screen. Also returns None if the
-        host does not support WM_DELETE_WINDOW, because icewm then asks the user whether to kill the host."""
+        The trial cannot check a window without a close button on the screen. i3 is an exception, because it
+        draws no buttons: the trial then sends a pager's request to close the window. The trial does not
+        close a host without WM_DELETE_WINDOW, because icewm asks the user whether to kill such a host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
@@ -335,7 +338,7 @@ class Trial:
 
     def start_sampling(self):
         self.sampler = subprocess.Popen(
-            [str(Path(self.programs) / "hosts-sampler"), hex(self.window), "%06x" % self.backdrop],
+            [str(Path(self.programs) / "hosts-sampler"), hex(self.window), "%06x" % self.backdrop_color],
             env=self.display.variables(),
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
@@ -350,7 +353,7 @@ class Trial:
     def hints(self):
         return {name: self.client.property(self.window, name) for name in HINTS}
 
-    def change(self):
+    def toggle_change(self):
         """Makes the host change its window. The next call makes the host undo the change."""
         self.process.send_signal(signal.SIGUSR1)
 
@@ -358,10 +361,10 @@ class Trial:
         """Lets the host change its window and undo the change, without a cover. Returns the position and
         size after the change."""
         original = self.wait_until_settled()
-        self.change()
+        self.toggle_change()
         wait_until(lambda: self.rect() != original, 1.5)
         changed = self.wait_until_settled()
-        self.change()
+        self.toggle_change()
         if not wait_until(lambda: self.rect() == original, 5):
             self.result["note"] = "without a cover the host's change is not undone"
         self.wait_until_settled()
@@ -378,7 +381,7 @@ class Trial:
             changed_rect = self.change_without_cover()
         original = self.rect()
         if host.changes_before_cover:
-            self.change()
+            self.toggle_change()
             wait_until(lambda: self.rect() == changed_rect, 5)
             self.wait_until_settled()
         if not self.environment.has_manager:
@@ -421,7 +424,7 @@ class Trial:
             self.result["output"] = output.text()
         controls_after = None
         if changed_rect is not None:
-            self.change()
+            self.toggle_change()
             if not wait_until(lambda: self.rect() == original, 5):
                 self.add_fault("the host cannot undo its change: its window has %s" % (self.rect(),))
             self.wait_until_settled()
@@ -452,7 +455,7 @@ class Trial:
         )
         if output.time_of("covered") is None:
             self.add_fault(
-                "launchscreen does not print covered" if has_printed_or_ended is None else "launchscreen ends early"
+                "launchscreen ends early" if has_printed_or_ended else "launchscreen does not print covered"
             )
             self.stop_sampling()
             self.result["status"] = show.poll()
@@ -471,7 +474,7 @@ class Trial:
         end_time = change_time = None
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
-            self.change()
+            self.toggle_change()
             # Without a window manager, nothing returns the keyboard focus to a window that was unmapped.
             if host.maps_again and not self.environment.has_manager:
                 wait_until(lambda: not client.is_viewable(self.window), 2)
@@ -487,7 +490,7 @@ class Trial:
             time.sleep(0.5)
         time.sleep(max(0, cover_start + MINIMUM_COVERED_TIME - time.monotonic()))
         if host.recreates_window:
-            # After the change, the new window may hide the old window.
+            # From the change on, the host's new window may hide the covered window.
             end_time = change_time
             if wait_until(lambda: show.poll() is not None, 5) is None:
                 self.add_fault("launchscreen does not end when the window is destroyed")
@@ -564,7 +567,8 @@ class Trial:
                 "%d of %d frames not white, first after %d ms"
                 % (len(non_white_frames), len(viewable_frames), (non_white_frames[0].time - start_time) // 1_000_000)
             )
-        # Leaves out frames in which the compositor shows only white and the screen behind the window.
+        # Leaves out frames in which the compositor has not drawn the window yet: they show only white and the
+        # screen behind the window.
         whiteness_after_end = [
             frame.is_white
             for frame in frames
@@ -582,7 +586,7 @@ class Trial:
     def undrawn_frames(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window after the window was
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
-        # As long as `change_time` is the time of the first frame, the window has not changed yet.
+        # `change_time` is the time of the first frame until the window changes.
         undrawn, change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
             # A gap of more than 50 ms between viewable frames counts as unmapping and mapping.
@@ -661,6 +665,7 @@ def main():
     lock = None
     try:
         if trial.host.prepare:
+            # Hosts with `prepare` share a Wine prefix, so only one of them may run at a time.
             lock = open(Path(programs) / "wine.lock", "w")  # pylint: disable=consider-using-with
             fcntl.flock(lock, fcntl.LOCK_EX)
         trial.start()

@@ -205,7 +205,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalOfANullControllerIsAllowed) {
 
 TEST_F(CallbacksTest, WithTimeLeftTheEventIsScheduledTwoSecondsAfterARefusedDismissal) {
   load(5.0);
-  // The first value is the smallest double above a tenth.
+  // The first value is the smallest double above 0.1. The third value is the float 0.1.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
     startCountdown(seconds);
     const auto runningTimer = timer();
@@ -225,7 +225,7 @@ TEST_F(CallbacksTest, WithTimeLeftTheEventIsScheduledTwoSecondsAfterARefusedDism
   EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "one event for all four refusals";
 }
 
-TEST_F(CallbacksTest, WithATimeLeftOfNaNADismissalIsRefused) {
+TEST_F(CallbacksTest, IfTheTimeLeftIsNaNTheDismissalIsRefused) {
   load(5.0);
   setTimeLeft(kNaN);
   EXPECT_FALSE(canDismiss());
@@ -243,9 +243,8 @@ TEST_F(CallbacksTest, ARefusedDismissalKeepsTheLaunchScreenUntilItsTimeIsUsedUp)
   platform.run(0.1);
   EXPECT_EQ(controller()->view()->window(), nullptr);
   platform.run(5.0);
-  // Early: the launch screen ended only at 5.1 s.
   EXPECT_EQ(platform.events, (Events{{"launch_end", 3.5}}))
-      << "the event is recorded early, and only once";
+      << "one event, 2.5 s after the refusal and before the end at 5.1 s";
 }
 
 TEST_F(CallbacksTest, TheEventOfARefusedDismissalIsPostponedIfTheWindowIsNotKey) {
@@ -319,11 +318,13 @@ TEST_F(CallbacksTest, WhenTheTimeIsUsedUpTheEventIsNotScheduledBeforeTheDismissa
 
 TEST_F(CallbacksTest, AnExpiredLaunchScreenThatPresentsASheetStays) {
   const auto sheet = showLaunchScreenThatPresentsASheet(1.0);
+  // The sheet took the focus, which paused the countdown.
   manager->startTimer();
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_EQ(timer(), nullptr);
-  EXPECT_EQ(timeLeft(), -0x1.999999999999ap-4);
+  // The refused dismissal sets the time left to 0. The last tick then subtracts 0.1.
+  EXPECT_EQ(timeLeft(), -0.1);
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.events.empty());
 }

@@ -59,7 +59,7 @@ TEST_F(ConfigurationTest, GetDefaultConfigurationAlsoCreatesTheDefault) {
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
 }
 
-TEST_F(ConfigurationTest, AnObjectSetBeforeFirstUseIsTheDefault) {
+TEST_F(ConfigurationTest, AConfigurationSetBeforeTheFirstUseIsTheDefault) {
   const auto configuration = Configuration::init();
   Configuration::setDefaultConfiguration(configuration);
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
@@ -114,7 +114,7 @@ TEST_F(ConfigurationTest, TheDefaultStaysAliveWithoutAnotherOwner) {
   EXPECT_FALSE(configuration.expired());
 }
 
-TEST_F(ConfigurationTest, AReaderSeesLaterChangesOfTheObjectItHolds) {
+TEST_F(ConfigurationTest, ACallerThatHoldsTheDefaultSeesLaterChanges) {
   const auto configuration = Configuration::defaultConfiguration();
   Configuration::defaultConfiguration()->setExpirationTimeInterval(7.0);
   EXPECT_EQ(configuration->expirationTimeInterval(), 7.0);

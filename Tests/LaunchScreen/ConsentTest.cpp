@@ -66,7 +66,7 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   NSApp->beginModalSession(consentDialog);
-  // The next call is a dismissal. The manager dismisses when it is notified.
+  // The manager's `windowDidBecomeKey` dismisses the controller, before the window is key.
   hostController->onNextCall([&] {
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
@@ -86,20 +86,20 @@ TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomes
   EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
-TEST_F(ConsentTest, TheManagerCallsWindowDidBecomeKeyWithoutPostingANotification) {
+TEST_F(ConsentTest, ANotificationIsPostedOnlyIfTheLaunchScreenWindowWasNotKey) {
   show(5.0);
   window->makeKeyWindow();
   resignKey(window);
-  const auto listener = make<KeyObserver>();
+  const auto observer = make<KeyObserver>();
   NSNotificationCenter::defaultCenter()
       .addObserverSelectorNameObject<&KeyObserver::windowDidBecomeKey>(
-          listener, NSWindowDidBecomeKeyNotification, nullptr);
+          observer, NSWindowDidBecomeKeyNotification, nullptr);
   resignKey(consentDialog);
   EXPECT_FALSE(manager->appIsUnfocused());
-  EXPECT_TRUE(listener->keyWindows.empty()) << "the window was key already";
+  EXPECT_TRUE(observer->keyWindows.empty()) << "the window was key already";
   platform.windowSystem().userMovesFocusAway();
   resignKey(consentDialog);
-  EXPECT_EQ(listener->keyWindows, std::vector<Strong<NSWindow>>{window})
+  EXPECT_EQ(observer->keyWindows, std::vector<Strong<NSWindow>>{window})
       << "the window becomes key";
 }
 
@@ -116,6 +116,7 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
 
 TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown) {
   show(5.0);
+  // A child with the class name of the launch screen's controller makes a window required.
   consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consentDialog));
@@ -137,6 +138,7 @@ TEST_F(ConsentTest, WithoutAnApplicationTheCountdownStillResumes) {
 
 TEST_F(ConsentTest, ADialogWithAnotherControllerClassIsNotAConsentDialog) {
   show(5.0);
+  // The class names of the window and of a child controller do not count.
   for (const std::string_view name : {"GDPRViewControllerSubclass", "gdprViewController", ""}) {
     const auto otherWindow = openWindow("GDPRViewController");
     otherWindow->setContentViewController(make<NamedViewController>(name));

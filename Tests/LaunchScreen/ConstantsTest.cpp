@@ -10,7 +10,9 @@
 namespace vel::test {
 namespace {
 
-TEST(ConstantsTest, TheEngineIsLaunchScreen) { EXPECT_EQ(kLaunchScreenEngine, "launch_screen"); }
+TEST(ConstantsTest, TheEngineNameIsLaunchScreen) {
+  EXPECT_EQ(kLaunchScreenEngine, "launch_screen");
+}
 
 TEST(ConstantsTest, TheKeysAndModesOfARequestHaveTheirValues) {
   EXPECT_EQ(LaunchScreenContentRequest.mode, "mode");
