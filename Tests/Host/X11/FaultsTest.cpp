@@ -79,7 +79,7 @@ TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
 
 TEST_F(X11ShowFaults, AfterTheWindowManagerCrashesTheLaunchScreenRunsToItsEnd) {
   cover(Manager::Metacity, {"--duration", "3"});
-  manager.kill();
+  managerProcess.kill();
   // The server reparents the game to the root window when the manager's connection is closed.
   EXPECT_TRUE(eventually([this] {
     const auto windows = client.children(client.root());
@@ -94,7 +94,7 @@ TEST_F(X11ShowFaults, AfterTheWindowManagerCrashesTheLaunchScreenRunsToItsEnd) {
 TEST_F(X11ShowFaults, TheControlsThatANewWindowManagerKeepsAreReported) {
   cover(Manager::Metacity, {"--mode", "skip", "--duration", "600"});
   ASSERT_TRUE(show->waitForOutput("controls kept by the window manager: resize")) << show->output();
-  manager.end();
+  managerProcess.end();
   startManager(Manager::Openbox);
   EXPECT_TRUE(show->waitForOutput("controls kept by the window manager: close, miniaturise"))
       << show->output();

@@ -92,7 +92,7 @@ TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
 TEST_P(X11OrderWithManager, TheOrderUnderANewWindowManagerIsReported) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
-  manager.end();
+  managerProcess.end();
   startManager(GetParam());
   ASSERT_TRUE(waitFor([&] { return client.isViewable(idOf(firstWindow)); }));
   client.requestActivation(idOf(secondWindow));

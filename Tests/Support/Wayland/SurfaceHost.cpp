@@ -47,7 +47,7 @@ struct HostEvents {
   }
   static constexpr xdg_wm_base_listener kWindowManagerListener{.ping = ping};
 
-  static void configureSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
+  static void configureXdgSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
     SurfaceHost& host = hostOf(data);
     xdg_surface_ack_configure(surface, serial);
     // With a size of zero, the client chooses the size.
@@ -61,20 +61,22 @@ struct HostEvents {
       host.draw();
     }
   }
-  static constexpr xdg_surface_listener kSurfaceListener{.configure = configureSurface};
+  static constexpr xdg_surface_listener kXdgSurfaceListener{.configure = configureXdgSurface};
 
-  static void configure(void* data, xdg_toplevel* /*toplevel*/, std::int32_t width,
-                        std::int32_t height, wl_array* /*states*/) {
+  static void configureToplevel(void* data, xdg_toplevel* /*toplevel*/, std::int32_t width,
+                                std::int32_t height, wl_array* /*states*/) {
     hostOf(data).pendingSize_ = {static_cast<double>(width), static_cast<double>(height)};
   }
-  static void close(void* data, xdg_toplevel* /*toplevel*/) { hostOf(data).isAskedToClose_ = true; }
+  static void closeToplevel(void* data, xdg_toplevel* /*toplevel*/) {
+    hostOf(data).isAskedToClose_ = true;
+  }
   static const xdg_toplevel_listener kToplevelListener;
 
   static void enterOutput(void* data, wl_surface* /*surface*/, wl_output* /*output*/) {
     ++hostOf(data).outputEntries_;
   }
   static void leaveOutput(void* /*data*/, wl_surface* /*surface*/, wl_output* /*output*/) {}
-  static const wl_surface_listener kOutputListener;
+  static const wl_surface_listener kSurfaceListener;
 
   static void capabilities(void* data, wl_seat* seat, std::uint32_t capabilities) {
     SurfaceHost& host = hostOf(data);
@@ -116,7 +118,7 @@ struct HostEvents {
     host.isPointerInside_ = surface == host.surface_;
     if (surface != nullptr && surface != host.surface_ &&
         wl_surface_get_user_data(surface) != nullptr) {
-      host.hasSeenForeignData_ = true;
+      host.hasEnteredForeignSurfaceWithData_ = true;
     }
   }
   static void leave(void* data, wl_pointer* /*pointer*/, std::uint32_t /*serial*/,
@@ -139,12 +141,12 @@ struct HostEvents {
 
 const xdg_toplevel_listener HostEvents::kToplevelListener = [] {
   xdg_toplevel_listener listener{};
-  listener.configure = HostEvents::configure;
-  listener.close = HostEvents::close;
+  listener.configure = HostEvents::configureToplevel;
+  listener.close = HostEvents::closeToplevel;
   return listener;
 }();
 
-const wl_surface_listener HostEvents::kOutputListener = [] {
+const wl_surface_listener HostEvents::kSurfaceListener = [] {
   wl_surface_listener listener{};
   listener.enter = HostEvents::enterOutput;
   listener.leave = HostEvents::leaveOutput;
@@ -181,16 +183,16 @@ SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, C
   wl_registry_add_listener(registry_, &HostEvents::kRegistryListener, this);
   wl_display_roundtrip(display_);
   surface_ = wl_compositor_create_surface(compositor_);
-  wl_surface_add_listener(surface_, &HostEvents::kOutputListener, this);
+  wl_surface_add_listener(surface_, &HostEvents::kSurfaceListener, this);
   role_ = xdg_wm_base_get_xdg_surface(windowManager_, surface_);
-  xdg_surface_add_listener(role_, &HostEvents::kSurfaceListener, this);
+  xdg_surface_add_listener(role_, &HostEvents::kXdgSurfaceListener, this);
   toplevel_ = xdg_surface_get_toplevel(role_);
   xdg_toplevel_add_listener(toplevel_, &HostEvents::kToplevelListener, this);
   xdg_toplevel_set_title(toplevel_, title.c_str());
   wl_surface_commit(surface_);
   while (!isConfigured_ && wl_display_dispatch(display_) >= 0) {
   }
-  // sway configures a window again when it has made the window float.
+  // sway makes the new window float and configures it again. The round trips receive these events.
   wl_display_roundtrip(display_);
   wl_display_roundtrip(display_);
 }

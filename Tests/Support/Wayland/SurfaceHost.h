@@ -53,9 +53,11 @@ class SurfaceHost : NonCopyable {
   /// The number of touches in other surfaces of the connection.
   [[nodiscard]] int touchesElsewhere() const { return touchesElsewhere_; }
   [[nodiscard]] int frameCount() const { return frameCount_; }
-  /// True if the pointer has entered a surface that is not the host's and has user data. A toolkit
-  /// would take this data for its own.
-  [[nodiscard]] bool hasSeenForeignData() const { return hasSeenForeignData_; }
+  /// True if the pointer has entered a surface that the host did not create, and this surface has
+  /// user data. A toolkit would use the data as if it belonged to a surface of the toolkit.
+  [[nodiscard]] bool hasEnteredForeignSurfaceWithData() const {
+    return hasEnteredForeignSurfaceWithData_;
+  }
   /// The number of `wl_surface.enter` events of the host's surface. The host binds no output, so
   /// each of these events names an output that the host does not know.
   [[nodiscard]] int outputEntries() const { return outputEntries_; }
@@ -87,7 +89,7 @@ class SurfaceHost : NonCopyable {
   bool isConfigured_ = false;
   bool isAskedToClose_ = false;
   bool isPointerInside_ = false;
-  bool hasSeenForeignData_ = false;
+  bool hasEnteredForeignSurfaceWithData_ = false;
   int presses_ = 0;
   int pressesElsewhere_ = 0;
   int touches_ = 0;

@@ -72,7 +72,7 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
 }
 
 // Each output is a window of the X server. Without a window manager, both windows are at the same
-// place. The window of the second output is newer, so it is on top, and last in the list.
+// place. The window of the second output is newer, so it is on top: `children` returns it last.
 void Sway::placeSecondOutput() {
   std::vector<xcb_window_t> windows;
   const bool hasWindows = eventually([&] {

@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// The compositor sway. Windows have no frame. sway does not run as root, so root starts it as the
-/// user nobody.
+/// The compositor sway. Windows have no frame. sway does not run as root. If the test runs as root,
+/// sway runs as the user nobody.
 class Sway : public Compositor {
  public:
   struct Options {

@@ -71,8 +71,8 @@ Weston::Weston(const Options& options) {
   if (options.hasXwayland) {
     command.emplace_back("--xwayland");
   }
-  // The pointer stays outside weston's window while weston starts. Inside the window, weston may
-  // miss the pointer's position. weston reads the position when the pointer enters later.
+  // If the pointer is in weston's window while weston starts, weston may miss its position. So the
+  // pointer enters the window later.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {

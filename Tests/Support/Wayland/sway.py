@@ -21,8 +21,8 @@ class Sway:
     """sway on the X display `display`, or on an Xvfb server of its own if `display` is empty.
 
     The screen of sway is 1024 by 768 pixels and begins at the upper left corner of the X screen. New
-    windows are centred, have no frame and get the focus. sway does not run as root, so root starts it
-    as the user nobody. `close` ends all processes that this object started.
+    windows are centred, have no frame and get the focus. sway does not run as root. If this program
+    runs as root, sway runs as the user nobody. `close` ends all processes that this object started.
     """
 
     def __init__(self, display=""):

@@ -43,8 +43,8 @@ struct Window {
   struct wl_listener committed;
   struct wl_listener destroyed;
   struct wl_event_source* centering;  // the scheduled call of `center`, or null
-  int width;
-  int height;
+  int centeredWidth;                  // the size of the surface when `center` was last scheduled
+  int centeredHeight;
 };
 
 // Centering
@@ -66,14 +66,15 @@ static void center(void* data) {
   weston_compositor_schedule_repaint(window->control->compositor);
 }
 
-// weston places the window after this call, so `center` runs later, when weston is idle.
+// weston places the window after it has called this function, so `center` runs later, when weston
+// is idle.
 static void handleCommit(struct wl_listener* listener, void* data) {
   (void)data;
   struct Window* window = wl_container_of(listener, window, committed);
-  if (window->centering == NULL &&
-      (window->surface->width != window->width || window->surface->height != window->height)) {
-    window->width = window->surface->width;
-    window->height = window->surface->height;
+  if (window->centering == NULL && (window->surface->width != window->centeredWidth ||
+                                    window->surface->height != window->centeredHeight)) {
+    window->centeredWidth = window->surface->width;
+    window->centeredHeight = window->surface->height;
     window->centering = wl_event_loop_add_idle(
         wl_display_get_event_loop(window->control->compositor->wl_display), center, window);
   }

@@ -30,9 +30,10 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
   return picture;
 }
 
-// A compositor draws the pointer, which rests in the lower right corner of the screen. Gives this
-// corner the colours of the pixels to the left of it. The picture shows `area` of the screen.
-void hidePointer(Picture& picture, PixelRect area, PixelRect screen) {
+// A compositor draws the pointer, and `XClient::click` leaves the pointer in the lower right corner
+// of the screen. Fills this corner with the colours of the pixels to its left. The picture shows
+// `area` of the screen.
+void paintOverPointer(Picture& picture, PixelRect area, PixelRect screen) {
   constexpr int kPointerSide = 24;
   const int left = screen.width - kPointerSide - area.x;
   const int top = screen.height - kPointerSide - area.y;
@@ -129,6 +130,7 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 Picture XClient::screenPicture(PixelRect area) const {
   // A window can be partly outside the screen: a compositor may place it there, and a window
   // manager may enlarge a window before it moves the window.
+  // On an Xwayland server, `user_` captures the screen of the compositor.
   const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
                           area.x + area.width <= screen.width &&
@@ -138,7 +140,7 @@ Picture XClient::screenPicture(PixelRect area) const {
   }
   if (user_ != nullptr) {
     Picture picture = user_->screenPicture(area);
-    hidePointer(picture, area, screenArea());
+    paintOverPointer(picture, area, screenArea());
     return picture;
   }
   Picture picture = readPicture(connection_, root_, area);

@@ -101,17 +101,17 @@ Process startManager(Manager manager, const XServer& server, XClient& client) {
 
 // X11Test
 
-X11Test::X11Test(Manager kind, const std::vector<std::string>& serverArguments)
-    : compositor(isCompositor(kind) ? startXwayland(kind) : nullptr),
+X11Test::X11Test(Manager manager, const std::vector<std::string>& serverArguments)
+    : compositor(isCompositor(manager) ? startXwayland(manager) : nullptr),
       server(compositor == nullptr ? XServer(serverArguments)
                                    : XServer::ofDisplay(compositor->xwaylandDisplay())),
       client(server.display()) {
   setNSLogSink([this](std::string_view line) { log.emplace_back(line); });
   if (compositor == nullptr) {
-    startManager(kind);
+    startManager(manager);
   } else {
     client.setUser(compositor->user());
-    waitForManager(nameOf(kind), client);
+    waitForManager(nameOf(manager), client);
   }
 }
 

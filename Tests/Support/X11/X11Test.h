@@ -47,11 +47,11 @@ struct ManagerFeatures {
   bool reportsMoves = true;
   /// True if a program can maximise its window.
   bool maximizes = true;
-  /// True if windows can be miniaturised, and programs receive a report.
+  /// True if windows can be miniaturised, and programs receive a report of this.
   bool miniaturizes = true;
   /// True if the window manager creates a window around the window of the program.
   bool addsFrames = true;
-  /// True if the window manager publishes which controls it offers for a window.
+  /// True if the window manager sets `_NET_WM_ALLOWED_ACTIONS` of a window.
   bool publishesAllowedActions = true;
 };
 ManagerFeatures featuresOf(Manager manager);
@@ -64,12 +64,12 @@ std::vector<Manager> withXwayland(std::vector<Manager> managers);
 /// this.
 Process startManager(Manager manager, const XServer& server, XClient& client);
 
-/// A fixture with an X server, the back end and another client (`client`). `client` opens the
-/// windows of other programs and simulates the input of a user. If the window manager is a
-/// compositor, the X server is its Xwayland.
+/// A fixture with an X server, the back end and `client`, which acts as other programs and as the
+/// user: it opens windows and simulates input. If the window manager is a compositor, the X server
+/// is its Xwayland.
 class X11Test : public testing::Test {
  protected:
-  explicit X11Test(Manager kind = Manager::None,
+  explicit X11Test(Manager manager = Manager::None,
                    const std::vector<std::string>& serverArguments = {});
   ~X11Test() override;
 
@@ -78,13 +78,15 @@ class X11Test : public testing::Test {
   /// Transfers the ownership of the back end to the caller.
   std::unique_ptr<X11WindowSystem> takeSystem() { return std::move(system_); }
   /// Starts a window manager that is not a compositor.
-  void startManager(Manager kind) { manager = test::startManager(kind, server, client); }
+  void startManager(Manager manager) {
+    managerProcess = test::startManager(manager, server, client);
+  }
   /// Delivers events until the condition is true. Returns false after `kTimeout`.
   bool waitFor(const std::function<bool()>& condition) { return deliverUntil(system(), condition); }
   /// Waits until the server has executed all requests of `client`, and then delivers all events.
   void deliver();
-  /// Delivers events for this many seconds. Shows that something does not happen, or gives a window
-  /// manager time to react.
+  /// Delivers events for this many seconds. Call it to check that something does not happen, or
+  /// to give a window manager time to react.
   void deliverFor(double seconds);
 
   /// Returns true if the screen shows only this colour in the window's area. A compositor updates
@@ -111,7 +113,7 @@ class X11Test : public testing::Test {
   std::unique_ptr<Compositor> compositor;  // null unless the window manager is a compositor
   XServer server;
   XClient client;
-  Process manager;
+  Process managerProcess;
   ReportListener reports;
   /// The lines that the back end has logged.
   std::vector<std::string> log;

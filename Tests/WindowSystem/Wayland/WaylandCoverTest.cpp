@@ -169,7 +169,7 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
   EXPECT_EQ(host->presses(), 2);
-  EXPECT_FALSE(host->hasSeenForeignData());
+  EXPECT_FALSE(host->hasEnteredForeignSurfaceWithData());
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
 

@@ -29,11 +29,11 @@ TEST_F(X11BusyManager, TheControlsAreRestoredEvenIfTheManagerReadsTheHintsLate) 
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   ASSERT_TRUE(waitFor([&] { return reports.count("controls kept") > 0; }));
 
-  manager.signal(SIGSTOP);
+  managerProcess.signal(SIGSTOP);
   system().setScene(handle, {});
   system().setStyleMask(handle, kAllControls);
   deliverFor(0.5);
-  manager.signal(SIGCONT);
+  managerProcess.signal(SIGCONT);
 
   EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
   deliverFor(0.2);  // xfwm4 draws the buttons

@@ -342,12 +342,12 @@ TEST_F(X11CoverAndManagers, TheCoverIsWhiteAgainAfterTheManagerIsKilledOrReplace
   const auto isWhite = [&] {
     return client.isViewable(game) && client.screenPicture(game).isAll(kWhite);
   };
-  manager.kill();
+  managerProcess.kill();
   EXPECT_TRUE(waitFor(isWhite));
   startManager(Manager::Metacity);
   deliverFor(0.3);
   EXPECT_TRUE(waitFor(isWhite));
-  manager.end();
+  managerProcess.end();
   deliverFor(0.3);
   EXPECT_TRUE(waitFor(isWhite));
   EXPECT_THAT(log, IsEmpty());

@@ -147,7 +147,7 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameIsFocusedAgainAndStillCover
   system().requestFocus(handle);
   ASSERT_TRUE(waitFor([&] { return reports.contains(reportLine("focus", handle)); }));
   reports.lines.clear();
-  manager.kill();
+  managerProcess.kill();
   // After the crash, no window has the focus. The back end sets the focus to the game again.
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game && client.isViewable(game); }));
   deliver();
@@ -163,7 +163,7 @@ TEST_F(X11Faults, TheControlsThatANewWindowManagerKeepsAreReported) {
   const WindowHandle handle = openCoveredGame();
   ASSERT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
-  manager.end();
+  managerProcess.end();
   startManager(Manager::Openbox);
   // Metacity still offers resizing (8). Openbox still offers closing (2) and miniaturising (4). So
   // 6 shows that the back end has read the actions that the new manager allows.
