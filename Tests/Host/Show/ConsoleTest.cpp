@@ -116,7 +116,7 @@ class LiveConsoleTest : public testing::Test {
  protected:
   std::size_t columns = 40;
   std::ostringstream out;
-  LiveConsole console{out, [this] { return columns; }, "press Enter"};
+  LiveConsole console{out, [this] { return columns; }, /*hint=*/"press Enter"};
 };
 
 TEST_F(LiveConsoleTest, EveryLineReplacesThePreviousLine) {

@@ -29,7 +29,7 @@ class EventsFileTest : public testing::Test {
   std::string path = testing::TempDir() + "EventsFileTest." + std::to_string(getpid());
 };
 
-TEST_F(EventsFileTest, EventIsALineOfJsonWithNameSecondsAndTime) {
+TEST_F(EventsFileTest, EventIsALineOfJsonWithNameSecondsAndUtcTime) {
   ASSERT_TRUE(EventsFile(path).append("launch_end", 5.6014));
   ASSERT_EQ(lines().size(), 1U);
   const auto event = nlohmann::json::parse(lines()[0]);

@@ -20,7 +20,8 @@ bool hasDefaultAction(int signal) {
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
 }
 
-int recordedSignal = 0;
+// The last signal that the test's signal handler received.
+int handledSignal = 0;
 
 /// Replaces the standard input of the process with a pipe that the test writes to.
 class StandardInputPipe : private NonCopyable {
@@ -120,17 +121,17 @@ TEST_F(HostLoopTest, SignalActionsAreRestored) {
   }
 }
 
-TEST_F(HostLoopTest, ASignalTakesEffectWhenALoopThatDidNotRunIsDestroyed) {
+TEST_F(HostLoopTest, DestructorRaisesAReceivedSignalAgainIfTheLoopDidNotRun) {
   struct sigaction previousAction {};
-  struct sigaction recordingAction {};
-  recordingAction.sa_handler = [](int signal) { recordedSignal = signal; };
-  sigaction(SIGTERM, &recordingAction, &previousAction);
+  struct sigaction handlingAction {};
+  handlingAction.sa_handler = [](int signal) { handledSignal = signal; };
+  sigaction(SIGTERM, &handlingAction, &previousAction);
   {
     const HostLoop loop;
     raise(SIGTERM);
-    EXPECT_EQ(recordedSignal, 0);
+    EXPECT_EQ(handledSignal, 0);
   }
-  EXPECT_EQ(recordedSignal, SIGTERM);
+  EXPECT_EQ(handledSignal, SIGTERM);
   sigaction(SIGTERM, &previousAction, nullptr);
 }
 

@@ -51,6 +51,9 @@ class ShowSessionTest : public VirtualPlatformTest {
     return *platform.windowSystem().window(session->playerWindow()->handle());
   }
 
+  // The frame of the moving square, which is the second item in the scene of the player window.
+  [[nodiscard]] CGRect squareFrame() { return player().scene[1].frame; }
+
   ShowOptions options = [] {
     ShowOptions result;
     result.duration = "2";
@@ -220,7 +223,7 @@ TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
   EXPECT_THAT(out.str(), testing::HasSubstr("   2.500 s  event recorded: launch_end\n"));
 }
 
-// Failures, and runs over windows that behave unusually
+// Failures and unusual windows
 
 class ShowSessionDurationTest : public ShowSessionTest,
                                 public testing::WithParamInterface<std::string> {};
@@ -250,7 +253,7 @@ TEST_F(ShowSessionTest, LibraryRefusesAnEmptyEventName) {
               testing::ElementsAre(testing::EndsWith("Next event name is nil or empty!")));
 }
 
-TEST_F(ShowSessionTest, NegativeDurationIsReportedWithTheErrorOfTheContent) {
+TEST_F(ShowSessionTest, NegativeDurationReportsThatTheViewControllerIsMissing) {
   options.duration = "-3";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -461,25 +464,25 @@ TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
   EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
 }
 
-TEST_F(ShowSessionTest, AnimationContinuesDuringAndAfterTheCover) {
+TEST_F(ShowSessionTest, PlayerSquareMovesDuringAndAfterTheCover) {
   options.hasContentController = true;
   start();
-  const CGRect frame = player().scene[1].frame;
+  const CGRect firstFrame = squareFrame();
   run(0.5);
-  EXPECT_NE(player().scene[1].frame, frame);
+  EXPECT_NE(squareFrame(), firstFrame);
   run(1.6);
   ASSERT_EQ(player().scene.size(), kPlayerItems);
-  const CGRect frameAfterCover = player().scene[1].frame;
+  const CGRect frameAfterCover = squareFrame();
   run(0.2);
-  EXPECT_NE(player().scene[1].frame, frameAfterCover);
+  EXPECT_NE(squareFrame(), frameAfterCover);
 }
 
-TEST_F(ShowSessionTest, AnimationContinuesBesideAModalWindow) {
+TEST_F(ShowSessionTest, PlayerSquareMovesBesideAModalWindow) {
   options.presentation = "modal";
   start();
-  const CGRect frame = player().scene[1].frame;
+  const CGRect firstFrame = squareFrame();
   run(0.5);
-  EXPECT_NE(player().scene[1].frame, frame);
+  EXPECT_NE(squareFrame(), firstFrame);
 }
 
 struct ShutDownCase {
@@ -520,9 +523,9 @@ TEST_P(ShowSessionShutDownTest, RestoresTheControlsAndClosesTheWindow) {
 INSTANTIATE_TEST_SUITE_P(
     ShowSession, ShowSessionShutDownTest,
     testing::Values(ShutDownCase{"Embedded", "embedded", false, 0.5},
-                    ShutDownCase{"EmbeddedUnderAContentController", "embedded", true, 0.5},
+                    ShutDownCase{"EmbeddedWithAContentController", "embedded", true, 0.5},
                     ShutDownCase{"Modal", "modal", false, 0.5},
-                    ShutDownCase{"ModalOfAContentController", "modal", true, 0.5},
+                    ShutDownCase{"ModalWithAContentController", "modal", true, 0.5},
                     ShutDownCase{"Sheet", "sheet", true, 0.5},
                     ShutDownCase{"DismissedCoverThatIsStillShown", "embedded", false, 2.4}),
     [](const testing::TestParamInfo<ShutDownCase>& testInfo) { return testInfo.param.testName; });

@@ -1,4 +1,7 @@
-"""Runs `launchscreen show` for its tests."""
+"""Runs `launchscreen show` for its tests.
+
+`settings` are keyword arguments of `subprocess`. By default, the standard input is /dev/null.
+"""
 
 import contextlib
 import re

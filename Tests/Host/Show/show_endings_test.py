@@ -83,11 +83,13 @@ class Endings(unittest.TestCase):
             )
 
     def test_enter_does_nothing_in_forced_mode(self):
+        # `subprocess` refuses `input` together with the default `stdin`.
         result = show("--duration", "0.3", *MODAL_ARGUMENTS, stdin=None, input="\n\n")
         self.assertEqual(result.returncode, 0)
         self.assertIn("event recorded", result.stdout)
 
     def test_end_of_input_does_not_dismiss(self):
+        # The standard input is /dev/null, so the input ends immediately.
         result = show("--mode", "skip", "--duration", "0.5", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         times = [float(line.split()[0]) for line in result.stdout.splitlines() if "dismissed" in line]

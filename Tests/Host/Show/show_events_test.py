@@ -44,7 +44,7 @@ class EventsFiles(unittest.TestCase):
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
     def test_without_standard_output_only_the_event_is_written_to_the_file(self):
-        # The file could get the free descriptor 1, and then also receive the reports.
+        # If the events file got the closed descriptor 1, the reports would also go to the file.
         process = start(
             "show", "--display", "headless", "--duration", "0.1", "--present", "modal",
             "--events", self.file, preexec_fn=lambda: os.close(1),

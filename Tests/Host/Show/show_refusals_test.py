@@ -27,7 +27,7 @@ class Refusals(unittest.TestCase):
             result.stderr, r"parseParameters:\]\): Next event name is nil or empty!\n\Z"
         )
 
-    def test_negative_duration_prints_the_error_of_the_content(self):
+    def test_negative_duration_reports_that_the_view_controller_is_missing(self):
         result = show("--duration", "-3")
         self.assertEqual(result.returncode, 1)
         self.assertEqual(

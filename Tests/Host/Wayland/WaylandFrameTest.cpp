@@ -12,15 +12,15 @@ namespace vel::test {
 namespace {
 
 constexpr std::uint32_t kBackground = 0x203020;
-constexpr PixelRect kContent{262, 224, 500, 320};  // a window of 500 by 320 points in the middle
-constexpr PixelRect kTitleBar{262, 200, 500, 24};
+constexpr PixelRect kPlayerContent{262, 224, 500, 320};  // in the middle of the screen
+constexpr PixelRect kPlayerTitleBar{262, 200, 500, 24};
 /// The content of a sheet or a modal window in the middle of the player window.
 constexpr PixelRect kLaunchScreen{272, 249, 480, 270};
-/// The area where a frame of this sheet or modal window has its title bar.
+/// The area of the title bar of this sheet or modal window, if it has a frame.
 constexpr PixelRect kAboveLaunchScreen{272, 225, 480, 24};
 constexpr std::uint32_t kPlayerColor = 0x17213D;
-constexpr int kCloseButtonX = 746;
-constexpr int kCloseButtonY = 212;
+constexpr int kPlayerCloseButtonX = 746;
+constexpr int kPlayerCloseButtonY = 212;
 
 class FramedShow : public testing::Test {
  protected:
@@ -37,8 +37,9 @@ class FramedShow : public testing::Test {
   [[nodiscard]] bool becomesWhite(PixelRect area) const {
     return eventually([&] { return weston.picture(area).isAll(kWhite); });
   }
-  [[nodiscard]] bool getsTitleBar() const {
-    return eventually([this] { return !weston.picture(kTitleBar).colors().contains(kBackground); });
+  [[nodiscard]] bool playerGetsTitleBar() const {
+    return eventually(
+        [this] { return !weston.picture(kPlayerTitleBar).colors().contains(kBackground); });
   }
 
   Weston weston;
@@ -46,27 +47,27 @@ class FramedShow : public testing::Test {
 
 TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
   Process program = start({});
-  ASSERT_TRUE(becomesWhite(kContent));
-  EXPECT_TRUE(getsTitleBar());
+  ASSERT_TRUE(becomesWhite(kPlayerContent));
+  EXPECT_TRUE(playerGetsTitleBar());
   weston.picture().save("wayland-show-frame");
-  weston.click(kCloseButtonX, kCloseButtonY);
+  weston.click(kPlayerCloseButtonX, kPlayerCloseButtonY);
   EXPECT_EQ(program.wait(), 0);
 }
 
 TEST_F(FramedShow, ASheetHasAFrame) {
   Process program = start({"--content-controller", "--present", "sheet"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
-  EXPECT_TRUE(getsTitleBar());
+  EXPECT_TRUE(playerGetsTitleBar());
   EXPECT_FALSE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
   weston.picture().save("wayland-show-sheet");
   EXPECT_EQ(program.wait(), 0);
 }
 
 // The launch screen makes its modal window borderless.
-TEST_F(FramedShow, AModalLaunchScreenHasNoFrameOverAFramedWindow) {
+TEST_F(FramedShow, AModalLaunchScreenHasNoFrame) {
   Process program = start({"--content-controller", "--present", "modal"});
   ASSERT_TRUE(becomesWhite(kLaunchScreen));
-  EXPECT_TRUE(getsTitleBar());
+  EXPECT_TRUE(playerGetsTitleBar());
   EXPECT_TRUE(weston.picture(kAboveLaunchScreen).colors().contains(kPlayerColor));
   weston.picture().save("wayland-show-modal");
   EXPECT_EQ(program.wait(), 0);

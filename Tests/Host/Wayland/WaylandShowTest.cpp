@@ -10,7 +10,7 @@
 namespace vel::test {
 namespace {
 
-constexpr PixelRect kArea{262, 224, 500, 320};  // a window of 500 by 320 points in the middle
+constexpr PixelRect kPlayerArea{262, 224, 500, 320};  // in the middle of the screen
 
 class WaylandShow : public testing::Test {
  protected:
@@ -22,7 +22,7 @@ class WaylandShow : public testing::Test {
     return {command, ":2147483647"};  // no X display
   }
   [[nodiscard]] bool becomesWhite() const {
-    return eventually([this] { return sway.picture(kArea).isAll(kWhite); });
+    return eventually([this] { return sway.picture(kPlayerArea).isAll(kWhite); });
   }
 
   Sway sway;

@@ -47,7 +47,7 @@ class X11ShowFaults : public X11Test {
   std::unique_ptr<ShowProcess> show;
 };
 
-/// Faults under a compositor with Xwayland, and without a window manager.
+/// Each test runs on an X server without a window manager, and on the Xwayland of each compositor.
 class X11ShowFaultsOnXwayland : public X11ShowFaults, public testing::WithParamInterface<Manager> {
  protected:
   X11ShowFaultsOnXwayland() : X11ShowFaults(GetParam()) {}

@@ -76,7 +76,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   }
   /// Returns `clientProperties` without the obsolete position and size in WM_NORMAL_HINTS. Some
   /// programs update these fields whenever their window is resized.
-  std::map<std::string, std::optional<Property>> clientPropertiesWithoutFrame() {
+  std::map<std::string, std::optional<Property>> clientPropertiesWithoutGeometry() {
     auto properties = clientProperties();
     auto& hints = properties.at("WM_NORMAL_HINTS");
     std::vector<std::uint32_t> numbers = hints.value().numbers();
@@ -108,7 +108,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   /// Returns true if the window shows white and at most the indicator, in any place. Immediately
   /// after a change of size, the indicator may still be in the middle of the previous size, or may
   /// not have been drawn again.
-  bool hidesTheProgram() {
+  bool isProgramHidden() {
     return isAtMostTheIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
   static bool isAtMostTheIndicator(PixelRect bounds) {
@@ -181,7 +181,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
 }
 
 TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
-  const auto propertiesBefore = clientPropertiesWithoutFrame();
+  const auto propertiesBefore = clientPropertiesWithoutGeometry();
   ShowProcess show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
                             "600", "--indicator"});
   ASSERT_TRUE(show.waitForOutput(featuresOf(GetParam().manager).publishesAllowedActions
@@ -191,8 +191,10 @@ TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
   ASSERT_TRUE(eventually([this] { return isCovered(); }));
   const PixelRect frame = client.areaOnScreen(window);
   resizeBy(150, 100);
-  if (compositor == nullptr) {       // a compositor shows the new size later
-    EXPECT_TRUE(hidesTheProgram());  // immediately after the resize
+  // Without a compositor, the launch screen must fill the new size immediately. A compositor shows
+  // the new size later.
+  if (compositor == nullptr) {
+    EXPECT_TRUE(isProgramHidden());
   }
   EXPECT_TRUE(eventually([&] {
     return isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100});
@@ -200,7 +202,7 @@ TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
   EXPECT_TRUE(eventually([this] { return isCovered(); }));
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(clientPropertiesWithoutFrame(), propertiesBefore);
+  EXPECT_EQ(clientPropertiesWithoutGeometry(), propertiesBefore);
   EXPECT_TRUE(isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
   EXPECT_TRUE(eventually([this] { return isDrawn(); }));
   EXPECT_TRUE(program.isRunning());

@@ -58,11 +58,11 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
   if (std::string_view(GetParam().kind) == "embedded") {
-    // The recorder can miss a frame that is visible only briefly. So the test also checks the first
-    // area that the server drew after the game's last frame ("G", letter 0) and before the white
-    // frame ("W", letter 1). The server draws the cover in bands. The first band is the area above
-    // the indicator. The other presentations are separate windows, and the server may draw the
-    // parts of a window in any order.
+    // The recorder can miss a frame that is visible only briefly, but it receives every drawing.
+    // The first drawing after the game's last frame ("G") must be part of the cover: the band above
+    // the indicator. `drawingsBefore(1)` are the drawings between "G" (letter 0) and "W" (letter
+    // 1). In the other presentations, the launch screen is a separate window. The server may draw
+    // the parts of a window in any order.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
               (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
   }
