@@ -55,7 +55,7 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // The handler of the view delegate uses this object, so remove the delegate first.
+  // Destroy the view delegate before the covers are removed, because its handler uses this object.
   viewDelegate_ = nullptr;
   // A content and its view controller own each other until one of them is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {

@@ -56,7 +56,8 @@ class Player final : private PlatformObserver {
   Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
-  // `content` is a ContentData or a ContentView: each content is both. Returns no value for null.
+  // `content` can be a ContentData or a ContentView, because a content adopts both protocols.
+  // Returns no value for null.
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;

@@ -11,8 +11,9 @@
 
 namespace vel::host {
 
-/// The window names that a step may use: those of the host's windows, and those of the windows that
-/// earlier steps may open. The windows of presentations are numbered in the order of these steps.
+/// The window names that a step may use: the names of the host's windows, and the names of the
+/// modal windows and sheets that earlier steps open, for example "sheet-1". A known name need not
+/// belong to an open window: a presentation can fail, and a window can be closed.
 class KnownWindowNames {
  public:
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
