@@ -222,7 +222,7 @@ TEST_P(Conformance, MiniaturizingAndDeminiaturizingAreReportedOnceEachIfTheBackE
 
 // Drawing
 
-TEST_P(Conformance, AWindowShowsItsSceneIfThereIsAScreen) {
+TEST_P(Conformance, PictureReturnsTheSceneIfTheBackEndCapturesWindows) {
   const WindowHandle window = open();
   const Scene redScene{
       {.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 320, 200), .color = {1, 0, 0, 1}}};
@@ -322,7 +322,7 @@ TEST_P(Conformance, AResizeByAnotherProgramIsReportedAtOnceOrEndsTheWaitForInput
   const bool isReportedAtOnce = reports.count("frame") > 0;
   if (!isReportedAtOnce) {
     ASSERT_TRUE(system().waitHandle().isValid() || system().nextDeadline() != kNever);
-    // A back end may look for events at its deadline, which may be before the event.
+    // The deadline may pass before the event arrives. `deliverEvents` then returns false.
     const Nanoseconds timeLimit = steadyNow() + kTimeout;
     do {
       waitForInput(system().waitHandle().descriptor(),

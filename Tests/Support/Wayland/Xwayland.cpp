@@ -2,11 +2,11 @@
 
 namespace vel::test {
 
-bool hasXwayland() { return true; }
+bool canStartXwayland() { return true; }
 
-std::unique_ptr<Compositor> startXwayland(Manager manager) {
-  return startCompositorWithXwayland(manager == Manager::XwaylandSway ? CompositorKind::Sway
-                                                                      : CompositorKind::Weston);
+std::unique_ptr<Compositor> startXwayland(Manager compositor) {
+  return startCompositorWithXwayland(compositor == Manager::XwaylandSway ? CompositorKind::Sway
+                                                                         : CompositorKind::Weston);
 }
 
 }  // namespace vel::test

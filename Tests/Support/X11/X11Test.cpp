@@ -83,7 +83,7 @@ ManagerFeatures featuresOf(Manager manager) {
 }
 
 std::vector<Manager> withXwayland(std::vector<Manager> managers) {
-  if (hasXwayland()) {
+  if (canStartXwayland()) {
     managers.insert(managers.end(), {Manager::XwaylandSway, Manager::XwaylandWeston});
   }
   return managers;

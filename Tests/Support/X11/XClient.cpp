@@ -333,8 +333,8 @@ void XClient::sendFakeInput(std::uint8_t type, std::uint8_t detail, int x, int y
   waitForServer();
 }
 
-// Waits until the server has processed the simulated input. Xwayland receives no input while the
-// pointer is outside the windows of its clients. The wait then ends after a second.
+// Waits until the server has processed the simulated input. Waits at most one second for Xwayland,
+// because it receives no input while the pointer is outside the windows of its clients.
 void XClient::waitForPointer(
     const std::function<bool(const xcb_query_pointer_reply_t&)>& condition) {
   const Nanoseconds limit = steadyNow() + (user_ == nullptr ? kTimeout : kNanosecondsPerSecond);
@@ -344,7 +344,7 @@ void XClient::waitForPointer(
     if (pointer == nullptr || condition(*pointer)) {
       return;
     }
-    if (user_ != nullptr) {
+    if (user_ != nullptr) {  // Xwayland receives the input later, from the compositor
       waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);
     }
   }
@@ -396,7 +396,7 @@ void XClient::click(int x, int y) {
   pressButton();
   releaseButton();
   if (user_ != nullptr) {
-    // A compositor draws the pointer. `screenPicture` hides a pointer in the lower right corner.
+    // The compositor draws the pointer. `screenPicture` hides it only in the lower right corner.
     const PixelRect screen = screenArea();
     user_->movePointer(screen.width - 1, screen.height - 1);
   }

@@ -47,9 +47,9 @@ class XClient : NonCopyable {
   ~XClient();
 
   /// Call this if the server is the Xwayland of a compositor. The compositor runs in a window of
-  /// another X server, and `user` is a client of that server. From this call on, this object uses
-  /// `user` to capture the screen, to move the pointer and to press keys. A point must have the
-  /// same coordinates on both servers.
+  /// another X server. `user` is a client of that server and acts as the user. From this call on,
+  /// this object uses `user` to capture the screen, to move the pointer and to press keys. A point
+  /// must have the same coordinates on both servers.
   void setUser(XClient& user) { user_ = &user; }
 
   [[nodiscard]] xcb_connection_t* connection() const { return connection_; }
@@ -121,8 +121,8 @@ class XClient : NonCopyable {
   /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
   /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
-  /// on the screen. After `setUser`, the picture does not show the pointer in the lower right
-  /// corner of the screen.
+  /// on the screen. After `setUser`, the screen shows the compositor's pointer. The picture hides
+  /// it only in the lower right corner of the screen, where `click` leaves it.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.

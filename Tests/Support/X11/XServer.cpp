@@ -23,7 +23,7 @@ constexpr std::string_view kMetacityAndMarcoSettings =
     "[org/gnome/desktop/wm/preferences]\nbutton-layout=':minimize,maximize,close'\n"
     "[org/mate/marco/general]\nbutton-layout=':minimize,maximize,close'\n";
 constexpr std::string_view kIceWMSettings = "ShowTaskBar=0\nShowSplash=0\n";
-// Fluxbox shows no toolbar, and starts no program that draws a background.
+// Fluxbox must not show a toolbar or start a program that draws a background.
 constexpr std::string_view kFluxboxSettings =
     "session.screen0.toolbar.visible: false\nsession.styleOverlay: ~/.fluxbox/overlay\n";
 constexpr std::string_view kFluxboxStyle = "background: none\n";

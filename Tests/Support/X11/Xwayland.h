@@ -7,10 +7,11 @@
 
 namespace vel::test {
 
-/// Returns true if the build contains the compositors.
-bool hasXwayland();
+/// Returns false in a build without the Wayland back end.
+bool canStartXwayland();
 
-/// Starts the compositor `manager` with Xwayland. Call this only if `hasXwayland` returns true.
-std::unique_ptr<Compositor> startXwayland(Manager manager);
+/// Starts a compositor, `XwaylandSway` or `XwaylandWeston`, and its Xwayland server. Call this only
+/// if `canStartXwayland` returns true.
+std::unique_ptr<Compositor> startXwayland(Manager compositor);
 
 }  // namespace vel::test

@@ -18,7 +18,7 @@ NSWindow* nativeOf(WindowHandle window) {
 
 class CocoaDisplay final : public TestDisplay {
  public:
-  CocoaDisplay() : other_(display_.openGame({900, 600, 100, 100})) {
+  CocoaDisplay() : otherProgramsWindow_(display_.openGame({900, 600, 100, 100})) {
     std::string error;
     system_ = CocoaWindowSystem::open(error);
     if (system_ == nullptr) {
@@ -26,23 +26,26 @@ class CocoaDisplay final : public TestDisplay {
     }
     // The window of the previous test may still have the focus. Each test begins while another
     // program has the focus.
-    EXPECT_TRUE(
-        deliverUntil(*system_, [this] { return display_.giveFocusToOtherProgram(other_); }));
+    EXPECT_TRUE(deliverUntil(
+        *system_, [this] { return display_.giveFocusToOtherProgram(otherProgramsWindow_); }));
   }
   ~CocoaDisplay() override {
     system_ = nullptr;
-    display_.client.destroy(other_);
+    display_.client.destroy(otherProgramsWindow_);
   }
 
   WindowSystem& system() override { return *system_; }
   void userGoesToAnotherApplication() override {
-    // AppKit reports that a window is key before the X server has moved the focus. Without this
-    // wait, the focus would move to the window after `focus(other_)`.
+    // The application must have the focus before it can lose the focus. AppKit reports that a
+    // window is key before the X server has moved the focus to this window. Without this wait, the
+    // X server would move the focus back to this window after `focus(otherProgramsWindow_)`.
     EXPECT_TRUE(deliverUntil(*system_, [this] {
       return display_.giveFocus([NSApp keyWindow] != nil ? [NSApp keyWindow] : frontWindow());
     }));
-    display_.waitForManager();  // an activation that `giveFocus` has requested would come too late
-    display_.client.focus(other_);
+    // An activation that `giveFocus` has requested must not happen after
+    // `focus(otherProgramsWindow_)`.
+    display_.waitForManager();
+    display_.client.focus(otherProgramsWindow_);
   }
   void userComesBackTo(WindowHandle window) override {
     display_.client.requestActivation(idOf(window));
@@ -87,16 +90,16 @@ class CocoaDisplay final : public TestDisplay {
   static xcb_window_t idOf(WindowHandle window) { return AppKitDisplay::idOf(nativeOf(window)); }
 
   AppKitDisplay& display_ = AppKitDisplay::shared();
-  xcb_window_t other_;  // gets the focus when the user leaves the application
+  xcb_window_t otherProgramsWindow_;  // gets the focus when the user leaves the application
   std::unique_ptr<CocoaWindowSystem> system_;
 };
 
 std::unique_ptr<TestDisplay> open() { return std::make_unique<CocoaDisplay>(); }
 
-// What this back end declines:
-// - `picture`: AppKit can read its own windows, but not what other programs show over them.
-// - `displayLost`: the free AppKit ends the process when the X server ends. On macOS the window
-//   server does not end before the process.
+// Why two features are false:
+// - `capturesWindows`: AppKit can read its own windows, but not what other programs show over them.
+// - `reportsLostDisplay`: the free AppKit ends the process when the X server ends. On macOS the
+//   window server does not end before the process.
 INSTANTIATE_TEST_SUITE_P(Cocoa, Conformance,
                          testing::Values(Backend{.name = "OnTheFreeAppKit",
                                                  .open = open,

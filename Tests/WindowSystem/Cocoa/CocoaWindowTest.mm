@@ -1,4 +1,4 @@
-// The AppKit back end over a window of the host. The tests read the screen as another client.
+// The AppKit back end and a window of the host. Another client of the X server reads the screen.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include "Platform/WindowSystem/Cocoa/CocoaWindowSystem.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
-// The content of the host's window: one colour. Counts the presses of the pointer.
+// The green content of the host's window. Counts the mouse presses that it receives.
 @interface GreenContentView : NSView {
  @public
   int presses;
@@ -50,7 +50,7 @@
 }
 @end
 
-// The host's window. Counts the presses of the pointer, on the cover too.
+// The host's window. Counts all mouse presses, including those on the cover.
 @interface CountingWindow : NSWindow {
  @public
   int presses;
@@ -151,13 +151,14 @@ class CocoaWindowTest : public testing::Test {
   WindowHandle window = WindowHandle::None;
 };
 
-TEST_F(CocoaWindowTest, AnApplicationOfTheLibraryIsRegular) {
+TEST_F(CocoaWindowTest, TheApplicationThatTheLibraryCreatesHasTheRegularActivationPolicy) {
   EXPECT_EQ(activationPolicy, NSApplicationActivationPolicyRegular);
 }
 
-TEST_F(CocoaWindowTest, TheCoverIsVisibleAtOnceAndItsViewIsRemovedAtTheEnd) {
+TEST_F(CocoaWindowTest, TheCoverAppearsBeforeEventsAreDeliveredAndAnEmptySceneRemovesItsView) {
   showWhite(400, 300);
   EXPECT_EQ([[content subviews] count], 1U);
+  // `eventually` delivers no events, unlike `waitFor`.
   EXPECT_TRUE(eventually([this] { return isAll(kWhite); }));
   system->setScene(window, {});
   EXPECT_EQ([[content subviews] count], 0U);
@@ -224,7 +225,7 @@ TEST_F(CocoaWindowTest, TheCoverFollowsAContentViewThatDoesNotResizeItsSubviews)
   }));
 }
 
-TEST_F(CocoaWindowTest, TheCoverDrawsInPointsOfTheWindowIfTheContentViewHasOtherBounds) {
+TEST_F(CocoaWindowTest, TheBoundsOfTheContentViewDoNotScaleTheCover) {
   [content setBounds:NSMakeRect(30, 40, 800, 600)];
   system->setScene(
       window,
@@ -246,13 +247,15 @@ TEST_F(CocoaWindowTest, TheIndicatorTurnsInsideItsFrame) {
       {{.kind = SceneItem::Kind::Fill, .frame = CGRectMake(0, 0, 400, 300), .color = {1, 1, 1, 1}},
        {.kind = SceneItem::Kind::Spinner, .frame = indicator, .color = {}, .isAnimated = true}});
   const auto picture = [this] { return display.client.screenPicture(AppKitDisplay::idOf(native)); };
-  EXPECT_TRUE(waitFor([&] { return picture().colors().size() > 4; }));
+  // The spokes of the indicator have different shades.
+  const auto showsIndicator = [](const Picture& shown) { return shown.colors().size() > 4; };
+  EXPECT_TRUE(waitFor([&] { return showsIndicator(picture()); }));
   const Picture first = picture();
   first.save("cocoa-indicator");
   Picture second;
   EXPECT_TRUE(waitFor([&] {
     second = picture();
-    return second != first && second.colors().size() > 4;
+    return second != first && showsIndicator(second);
   }));
   const PixelRect drawn = second.boundsOfPixelsExcept(kWhite);
   EXPECT_GE(drawn.x, 184);
@@ -296,12 +299,13 @@ TEST_F(CocoaWindowTest, AModalWindowShieldsTheHostsWindowFromThePointer) {
 }
 
 TEST_F(CocoaWindowTest, ASheetIsAChildWindowOfItsOwner) {
-  const WindowHandle sheet = system->createWindow({.className = "NSWindow",
-                                                   .title = "sheet",
-                                                   .frame = CGRectMake(250, 250, 200, 150),
-                                                   .styleMask = 65,
-                                                   .kind = WindowKind::Sheet,
-                                                   .ownerWindow = window});
+  const WindowHandle sheet =
+      system->createWindow({.className = "NSWindow",
+                            .title = "sheet",
+                            .frame = CGRectMake(250, 250, 200, 150),
+                            .styleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow,
+                            .kind = WindowKind::Sheet,
+                            .ownerWindow = window});
   system->orderFront(sheet);
   EXPECT_EQ([[native childWindows] count], 1U);
   system->releaseWindow(sheet);
@@ -328,15 +332,15 @@ TEST_F(CocoaWindowTest, RemovingTheControlsFixesTheSizeUntilTheWindowIsReleased)
   EXPECT_EQ([[native contentView] frame].size.width, 600);
 }
 
-TEST_F(CocoaWindowTest, SizeLimitsThatTheOwnerSetsWhileTheSizeIsFixedRemain) {
+TEST_F(CocoaWindowTest, ReleasingDoesNotChangeALimitThatTheOwnerSetWhileTheSizeWasFixed) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   [native setMinSize:NSMakeSize(123, 45)];
   system->releaseWindow(window);
   EXPECT_EQ([native minSize].width, 123);
 }
 
-TEST_F(CocoaWindowTest, AControlInTheContentIsNotAButtonOfTheTitleBar) {
-  // The tags of a new control and of the close button are 0.
+TEST_F(CocoaWindowTest, RemovingTheControlsDoesNotHideAButtonInTheContent) {
+  // The free AppKit finds the close button by its tag 0. This button also has the tag 0.
   NSButton* const button =
       [[[NSButton alloc] initWithFrame:NSMakeRect(10, 10, 50, 20)] autorelease];
   [content addSubview:button];

@@ -42,7 +42,7 @@ class HostLoopTest : public testing::Test {
   int passes = 0;
 };
 
-TEST_F(HostLoopTest, APassThatRaisesDoesNotEndTheWatch) {
+TEST_F(HostLoopTest, PassesContinueAfterAnExceptionInAPass) {
   const cocoa::HostLoop loop(descriptors[0], [this] {
     if (++passes == 1) {
       [NSException raise:NSGenericException format:@"the first pass raises"];
@@ -51,7 +51,7 @@ TEST_F(HostLoopTest, APassThatRaisesDoesNotEndTheWatch) {
   EXPECT_TRUE(runUntilPass(2));
 }
 
-TEST_F(HostLoopTest, PassesRunInAModalLoopOfAPass) {
+TEST_F(HostLoopTest, PassesRunInAModalLoopThatAPassStarts) {
   bool hasNestedPass = false;
   const cocoa::HostLoop loop(descriptors[0], [&] {
     if (++passes == 1) {

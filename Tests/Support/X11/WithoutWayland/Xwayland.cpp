@@ -3,8 +3,8 @@
 
 namespace vel::test {
 
-bool hasXwayland() { return false; }
+bool canStartXwayland() { return false; }
 
-std::unique_ptr<Compositor> startXwayland(Manager /*manager*/) { return nullptr; }
+std::unique_ptr<Compositor> startXwayland(Manager /*compositor*/) { return nullptr; }
 
 }  // namespace vel::test
