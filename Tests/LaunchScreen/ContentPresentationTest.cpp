@@ -177,8 +177,8 @@ TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
 
 TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDoesNotRespondIsNotCalled) {
   hostDelegate->agrees = false;
-  for (const HostCall call : {HostCall::WillAppear, HostCall::CanDisappear,  //
-                              HostCall::DidDisappear}) {
+  for (const ContentViewCall call : {ContentViewCall::WillAppear, ContentViewCall::CanDisappear,  //
+                                     ContentViewCall::DidDisappear}) {
     hostDelegate->stopRespondingTo(call);
   }
   content->launchScreenControllerWillPresent(cover);
@@ -188,7 +188,7 @@ TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDoesNotRespondIsNotCalled
 }
 
 TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostResponds) {
-  hostDelegate->stopRespondingTo(HostCall::CanDisappear);
+  hostDelegate->stopRespondingTo(ContentViewCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   content->launchScreenControllerDidDismiss(cover);

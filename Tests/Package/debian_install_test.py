@@ -60,13 +60,13 @@ class DebianInstallTest(unittest.TestCase):
         self.assertEqual(self.messages, "")
         self.assertTrue(all(map(is_installed, PACKAGES)))
 
-    def test_2_a_host_in_c99_builds_and_records_its_event(self):
+    def test_2_a_host_in_c99_builds_and_records_the_launch_end_event(self):
         program = make_folder("debian_c") / "host"
         flags = pkg_config("--cflags", "--libs")
         run(CC, "-std=c99", *WARNING_FLAGS, CONSUMERS / "host.c", *flags, "-o", program)
         self.assertEqual(run(program), EXPECTED_OUTPUT)
 
-    def test_3_hosts_in_a_cmake_project_build_and_record_their_event(self):
+    def test_3_hosts_in_a_cmake_project_build_and_record_the_launch_end_event(self):
         folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
         # CMake has found the package that setUpClass installed.

@@ -7,7 +7,7 @@ from package import CONSUMERS, EXPECTED_OUTPUT, PREFIX, cmake_build, make_folder
 
 
 class FindPackageTest(unittest.TestCase):
-    def test_hosts_in_cpp_and_c_build_and_record_their_event(self):
+    def test_hosts_in_cpp_and_c_build_and_record_the_launch_end_event(self):
         folder = make_folder("find_package")
         cmake_build("find_package", folder, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)

@@ -15,13 +15,13 @@ class PkgConfigTest(unittest.TestCase):
         run(*compiler, *WARNING_FLAGS, *flags, "-o", program)
         self.assertEqual(run(program, **library_path(PREFIX)), EXPECTED_OUTPUT)
 
-    def test_a_host_in_c99_records_its_event(self):
+    def test_a_host_in_c99_records_the_launch_end_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")
 
     def test_the_c99_host_also_works_compiled_as_cpp(self):
         self.build_and_run(CXX, "-std=c++11", "-x", "c++", CONSUMERS / "host.c", "-x", "none")
 
-    def test_a_host_in_cpp_records_its_event(self):
+    def test_a_host_in_cpp_records_the_launch_end_event(self):
         self.build_and_run(CXX, "-std=c++20", CONSUMERS / "host.cpp")
 
     def test_pkg_config_and_the_library_report_the_same_major_and_minor_version(self):

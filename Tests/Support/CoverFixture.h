@@ -41,7 +41,8 @@ class CoverDelegate final
       const Strong<LaunchScreenViewController>& controller) override;
   [[nodiscard]] OperationSet respondingOperations() const override { return responding_; }
 
-  /// Stops responding to this operation. A call of the operation is nevertheless recorded.
+  /// Stops responding to this operation. If the library calls it nevertheless, the journal shows
+  /// the call.
   void stopRespondingTo(CoverCall call) { responding_.reset(static_cast<std::size_t>(call)); }
   /// Runs `work` inside the next call of this operation.
   void onNext(CoverCall call, std::function<void()> work);
@@ -63,7 +64,7 @@ class CoverDelegate final
 };
 
 /// The operations of ContentViewDelegate, in the order of their declaration.
-enum class HostCall : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
+enum class ContentViewCall : std::uint8_t { WillAppear, CanDisappear, DidDisappear };
 
 /// A host's view delegate. It writes "name: will appear", "name: can disappear" and "name: did
 /// disappear" into the journal.
@@ -78,8 +79,9 @@ class HostViewDelegate final
   void contentViewDidDisappear(const Strong<ContentView>& view) override;
   [[nodiscard]] OperationSet respondingOperations() const override { return responding_; }
 
-  /// Stops responding to this operation. A call of the operation is nevertheless recorded.
-  void stopRespondingTo(HostCall call) { responding_.reset(static_cast<std::size_t>(call)); }
+  /// Stops responding to this operation. If the library calls it nevertheless, the journal shows
+  /// the call.
+  void stopRespondingTo(ContentViewCall call) { responding_.reset(static_cast<std::size_t>(call)); }
 
   /// The result of "can disappear".
   bool agrees = true;

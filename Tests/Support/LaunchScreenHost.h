@@ -111,8 +111,8 @@ class LaunchScreenTest : public VirtualPlatformTest {
   [[nodiscard]] std::size_t registrationCount() const;
   /// The number of pending tasks of the main queue.
   [[nodiscard]] static std::size_t pendingTaskCount();
-  /// The manager's state (not its content and its delegate) and `pendingTaskCount()`, for
-  /// comparison.
+  /// The manager's state and `pendingTaskCount()`. Does not include the manager's content and
+  /// delegate.
   [[nodiscard]] auto state() const {
     return std::tuple(timer(), timeLeft(), manager->appIsUnfocused(), manager->eventWasSended(),
                       manager->launchScreenExpired(), manager->launchShouldBeClosed(),

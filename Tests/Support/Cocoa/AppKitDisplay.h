@@ -8,9 +8,9 @@
 
 namespace vel::test {
 
-/// An X server with a window manager, to which the AppKit of this process connects. `client` acts
-/// as the user and as other programs. AppKit connects to only one server while a process runs, so
-/// all tests of a process share this object.
+/// An X server with a window manager. The AppKit of this process connects to the server. `client`
+/// acts as the user and as other programs. AppKit connects to only one server while a process runs,
+/// so all tests of a process share this object.
 class AppKitDisplay : NonCopyable {
  public:
   /// The first call starts the server, and sets the environment of AppKit.
@@ -27,15 +27,15 @@ class AppKitDisplay : NonCopyable {
 
   /// Returns the X window of a native window.
   [[nodiscard]] static xcb_window_t idOf(NSWindow* window);
-  /// Returns true if the window is key and has the focus of the X server. Otherwise the user
-  /// activates the window, at most twice per second. Call this until it returns true: the X server
-  /// ignores AppKit's request for the focus if the window manager has moved the focus since AppKit
-  /// received its last event.
+  /// Returns true if the window is key and has the focus of the X server. Otherwise asks the window
+  /// manager to activate the window, at most twice per second, and returns false. Call this until
+  /// it returns true: AppKit's own request for the focus can fail. AppKit sends the time of its
+  /// last event, and the X server ignores the request if the focus has changed after that time.
   bool giveFocus(NSWindow* window);
-  /// Gives the focus to a window of another program, at most twice per second. Returns true if no
-  /// window of AppKit is key and the other window has the focus of the X server. Call this until it
-  /// returns true: if a window was closed before, the window manager may move the focus after a
-  /// call.
+  /// Returns true if no window of AppKit is key and `window`, which belongs to another program, has
+  /// the focus of the X server. Otherwise gives the focus to `window`, at most twice per second,
+  /// and returns false. Call this until it returns true: after a window has closed, the window
+  /// manager may take the focus from `window` again.
   bool giveFocusToOtherProgram(xcb_window_t window);
   /// Waits until the window manager has executed all earlier requests of `client`.
   void waitForManager();

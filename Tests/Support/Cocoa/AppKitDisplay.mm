@@ -49,7 +49,8 @@ bool AppKitDisplay::giveFocusToOtherProgram(xcb_window_t window) {
   return false;
 }
 
-// The window manager executes requests in order. It writes the property after all earlier requests.
+// The window manager executes requests in order. It therefore executes all earlier requests before
+// it sets _NET_FRAME_EXTENTS of the probe.
 void AppKitDisplay::waitForManager() {
   const xcb_window_t probe = client.makeWindow({0, 0, 1, 1}, 0);
   xcb_client_message_event_t request{};

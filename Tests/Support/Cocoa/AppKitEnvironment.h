@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// Keeps AppKit away from the user's settings, and ends the daemon that the free AppKit starts.
-/// Create this object before this process or a child process starts AppKit.
+/// Keeps the free AppKit of GNUstep away from the user's settings, and ends the daemon that it
+/// starts. Create this object before this process or a child process starts AppKit.
 class AppKitEnvironment : NonCopyable {
  public:
   /// Sets the home folder and the temporary folder of this process and its children to a new

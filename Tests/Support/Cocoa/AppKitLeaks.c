@@ -1,7 +1,7 @@
 /* The sanitizer for leaks calls this function of the program. Its result names the libraries whose
  * leaks the sanitizer must not report. The free AppKit and its runtime never release their tables
- * of classes, and some caches of fonts. The result also hides objects of Objective-C that this
- * project does not release. */
+ * of classes, and some caches of fonts. The sanitizer therefore also does not report
+ * Objective-C objects that this project leaks. */
 /* NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c): the sanitizer's name */
 const char* __lsan_default_suppressions(void);
 

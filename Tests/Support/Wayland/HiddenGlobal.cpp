@@ -9,7 +9,8 @@ namespace vel::test {
 
 namespace {
 
-/// The listener of a client for its registry, and the interface that is hidden from the client.
+/// The listener that a client adds to its registry, and the interface that is hidden from the
+/// client.
 struct FilteredListener {
   const wl_registry_listener* listener;
   void* data;
@@ -17,14 +18,14 @@ struct FilteredListener {
 };
 
 std::string hiddenInterface;  // empty if nothing is hidden
-int hiddenCount = 0;
+int filteredRegistryCount = 0;
 std::list<FilteredListener> filteredListeners;  // kept, because registries may still use them
 
 void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
             std::uint32_t version) {
   const auto& filtered = *static_cast<FilteredListener*>(data);
   if (filtered.hiddenInterface == interface) {
-    ++hiddenCount;
+    ++filteredRegistryCount;
     return;
   }
   filtered.listener->global(filtered.data, registry, name, interface, version);
@@ -43,10 +44,10 @@ HiddenGlobal::HiddenGlobal(const std::string& interface) { hiddenInterface = int
 
 HiddenGlobal::~HiddenGlobal() {
   hiddenInterface.clear();
-  hiddenCount = 0;
+  filteredRegistryCount = 0;
 }
 
-int HiddenGlobal::count() { return hiddenCount; }
+int HiddenGlobal::registryCount() { return filteredRegistryCount; }
 
 // The linker option --wrap redirects calls of `wl_proxy_add_listener` to the function with the
 // prefix `__wrap_`. The name with the prefix `__real_` is the function of libwayland.

@@ -16,7 +16,7 @@ class HiddenGlobal : NonCopyable {
   ~HiddenGlobal();
 
   /// The number of registries from which the global object has been hidden.
-  [[nodiscard]] static int count();
+  [[nodiscard]] static int registryCount();
 };
 
 }  // namespace vel::test

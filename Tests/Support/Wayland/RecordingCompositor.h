@@ -43,14 +43,17 @@ class RecordingCompositor : NonCopyable {
   /// The value of `WAYLAND_DISPLAY` for the client.
   [[nodiscard]] std::string display() const { return (folder_ / "wayland-1").string(); }
 
-  /// Announces a global object and returns a number that the functions below accept.
+  /// Announces a global object and returns its number, for the parameters `global`, `output` and
+  /// `seat`.
   int addGlobal(const std::string& interface);
   int addOutput(int scale);
   /// Adds a seat with a keyboard and a pointer.
   int addSeat() { return addGlobal("wl_seat"); }
   void removeGlobal(int global);
 
-  /// The functions below send events. `surface` is the id of a surface.
+  // The functions from `setOutputScale` to `requestClose` send events. `surface` is the id of a
+  // surface.
+
   void setOutputScale(int output, int scale);
   void enterOutput(std::uint32_t surface, int output);
   void leaveOutput(std::uint32_t surface, int output);
@@ -68,7 +71,7 @@ class RecordingCompositor : NonCopyable {
   /// From now on, wl_shm.create_pool causes a protocol error.
   void refusePools();
 
-  /// Handles the requests that the client has flushed.
+  /// Handles the requests that the client has flushed, and does nothing else.
   void handleRequests() { execute("surfaces"); }
   /// The surfaces in the order of their creation.
   std::vector<SurfaceRecord> surfaces();

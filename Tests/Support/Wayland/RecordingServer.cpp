@@ -70,7 +70,7 @@ struct Global {
   int number;
   int scale;  // of a wl_output
   const wl_interface* interface;
-  wl_global* proxy;
+  wl_global* handle;
 };
 
 class Server : NonCopyable {
@@ -133,7 +133,7 @@ class Server : NonCopyable {
       object.surface = resource;
       Surface& surface = surfaces_[resource];
       surface.current.id = surface.pending.id = id;
-      surface.number = ++lastSurface_;
+      surface.number = ++lastSurfaceNumber_;
     }
     objects_[resource] = object;
     wl_resource_set_dispatcher(resource, &Server::dispatch, this, this, &Server::forget);
@@ -177,11 +177,12 @@ class Server : NonCopyable {
     return found;
   }
 
-  std::vector<wl_resource*> findOf(wl_resource* surface, std::string_view interface) const {
+  std::vector<wl_resource*> objectsOfSurface(wl_resource* surface,
+                                             std::string_view interface) const {
     return find(interface, [surface](const Object& object) { return object.surface == surface; });
   }
 
-  std::vector<wl_resource*> findOf(int global, std::string_view interface) const {
+  std::vector<wl_resource*> objectsOfGlobal(int global, std::string_view interface) const {
     return find(interface, [global](const Object& object) { return object.global == global; });
   }
 
@@ -208,7 +209,7 @@ class Server : NonCopyable {
   void handleRequest(wl_resource* target, const wl_message& message, wl_argument* arguments) {
     const std::string request = std::string(wl_resource_get_class(target)) + '.' + message.name;
     requests_.push_back(request);
-    const wl_resource* owner = nullptr;
+    const wl_resource* firstObject = nullptr;
     const wl_interface* newInterface = nullptr;
     std::uint32_t newId = 0;
     int index = 0;
@@ -221,23 +222,25 @@ class Server : NonCopyable {
       } else if (type == 'n') {
         newInterface = message.types[index];
         newId = arguments[index].n;
-      } else if (type == 'o' && owner == nullptr) {
-        owner = reinterpret_cast<wl_resource*>(arguments[index].o);
+      } else if (type == 'o' && firstObject == nullptr) {
+        firstObject = reinterpret_cast<wl_resource*>(arguments[index].o);
       }
       ++index;
     }
     const Object& object = objects_.at(target);
     wl_resource* created = nullptr;
     if (newInterface != nullptr) {
-      wl_resource* const surface =
-          owner == nullptr ? object.surface : objects_.at(const_cast<wl_resource*>(owner)).surface;
+      wl_resource* const surface = firstObject == nullptr
+                                       ? object.surface
+                                       : objects_.at(const_cast<wl_resource*>(firstObject)).surface;
       created = create(wl_resource_get_client(target), newInterface,
                        static_cast<std::uint32_t>(wl_resource_get_version(target)), newId,
                        Object{.global = object.global, .surface = surface});
     }
     handleShmRequest(target, request, arguments, created);
     handleSurfaceRequest(created == nullptr ? target : created, request, arguments);
-    if (request == "xdg_wm_base.destroy" && !findOf(object.global, "xdg_surface").empty()) {
+    if (request == "xdg_wm_base.destroy" &&
+        !objectsOfGlobal(object.global, "xdg_surface").empty()) {
       wl_resource_post_error(target, XDG_WM_BASE_ERROR_DEFUNCT_SURFACES, "xdg_surface exists");
     } else if (request.ends_with(".destroy") || request.ends_with(".release")) {
       wl_resource_destroy(target);
@@ -277,7 +280,7 @@ class Server : NonCopyable {
     } else if (request == "xdg_surface.ack_configure") {
       isConfigured = true;
     } else if (request == "xdg_wm_dialog_v1.get_xdg_dialog" &&
-               findOf(position->first, "xdg_dialog_v1").size() > 1) {
+               objectsOfSurface(position->first, "xdg_dialog_v1").size() > 1) {
       wl_resource_post_error(resource, XDG_WM_DIALOG_V1_ERROR_ALREADY_USED, "a second dialog");
     } else if (request.starts_with("xdg_dialog_v1.")) {
       current.isModal = pending.isModal = request == "xdg_dialog_v1.set_modal";
@@ -292,7 +295,7 @@ class Server : NonCopyable {
     auto& [current, pending, isConfigured, number] = surfaces_.at(resource);
     ++pending.commitCount;
     current = pending;
-    if (findOf(resource, "xdg_toplevel").empty() || isConfigured) {
+    if (objectsOfSurface(resource, "xdg_toplevel").empty() || isConfigured) {
       return;
     }
     if (current.bufferSize != CGSize()) {
@@ -323,6 +326,8 @@ class Server : NonCopyable {
       command >> prefix;
       return takeRequests(prefix);
     }
+    // The first number identifies a global object or a surface. For the commands of `sendEvent`,
+    // the second number identifies a surface.
     int first = 0;
     int second = 0;
     int third = 0;
@@ -330,16 +335,16 @@ class Server : NonCopyable {
     if (name == "refuse-pools") {
       refusesPools_ = true;
     } else if (name == "remove") {
-      wl_global_destroy(globals_.at(first)->proxy);
+      wl_global_destroy(globals_.at(first)->handle);
       globals_.erase(first);
     } else if (name == "output-scale") {
-      for (wl_resource* const output : findOf(first, "wl_output")) {
+      for (wl_resource* const output : objectsOfGlobal(first, "wl_output")) {
         wl_output_send_scale(output, second);
         wl_output_send_done(output);
       }
     } else if (name == "scale") {
-      for (wl_resource* const object :
-           findOf(surfaceWithId(static_cast<std::uint32_t>(first)), "wp_fractional_scale_v1")) {
+      for (wl_resource* const object : objectsOfSurface(
+               surfaceWithId(static_cast<std::uint32_t>(first)), "wp_fractional_scale_v1")) {
         wp_fractional_scale_v1_send_preferred_scale(object, static_cast<std::uint32_t>(second));
       }
     } else if (name == "configure") {
@@ -352,7 +357,7 @@ class Server : NonCopyable {
                     {XDG_TOPLEVEL_STATE_FULLSCREEN});
     } else if (name == "close") {
       for (wl_resource* const toplevel :
-           findOf(surfaceWithId(static_cast<std::uint32_t>(first)), "xdg_toplevel")) {
+           objectsOfSurface(surfaceWithId(static_cast<std::uint32_t>(first)), "xdg_toplevel")) {
         xdg_toplevel_send_close(toplevel);
       }
     } else {
@@ -368,14 +373,14 @@ class Server : NonCopyable {
     if (offered == kOfferedInterfaces.end()) {
       throw std::runtime_error("unknown interface " + interface);
     }
-    const int number = ++lastGlobal_;
+    const int number = ++lastGlobalNumber_;
     auto global = std::make_unique<Global>(Global{.server = this,
                                                   .number = number,
                                                   .scale = scale,
                                                   .interface = offered->interface,
-                                                  .proxy = nullptr});
-    global->proxy = wl_global_create(display_, offered->interface, offered->version, global.get(),
-                                     &Server::bind);
+                                                  .handle = nullptr});
+    global->handle = wl_global_create(display_, offered->interface, offered->version, global.get(),
+                                      &Server::bind);
     globals_[number] = std::move(global);
     return number;
   }
@@ -385,21 +390,21 @@ class Server : NonCopyable {
     const std::uint32_t serial = wl_display_next_serial(display_);
     wl_array keys;
     wl_array_init(&keys);
-    for (wl_resource* const output : findOf(global, "wl_output")) {
+    for (wl_resource* const output : objectsOfGlobal(global, "wl_output")) {
       if (command == "enter-output") {
         wl_surface_send_enter(surface, output);
       } else if (command == "leave-output") {
         wl_surface_send_leave(surface, output);
       }
     }
-    for (wl_resource* const keyboard : findOf(global, "wl_keyboard")) {
+    for (wl_resource* const keyboard : objectsOfGlobal(global, "wl_keyboard")) {
       if (command == "enter-keyboard") {
         wl_keyboard_send_enter(keyboard, serial, surface, &keys);
       } else if (command == "leave-keyboard") {
         wl_keyboard_send_leave(keyboard, serial, surface);
       }
     }
-    for (wl_resource* const pointer : findOf(global, "wl_pointer")) {
+    for (wl_resource* const pointer : objectsOfGlobal(global, "wl_pointer")) {
       if (command == "press") {
         wl_pointer_send_enter(pointer, serial, surface, 0, 0);
         wl_pointer_send_button(pointer, serial, 0, kMainButton, WL_POINTER_BUTTON_STATE_PRESSED);
@@ -408,13 +413,13 @@ class Server : NonCopyable {
   }
 
   void sendConfigure(wl_resource* surface, int width, int height,
-                     std::vector<xdg_toplevel_state> stateList = {}) {
-    const std::size_t size = stateList.size() * sizeof(xdg_toplevel_state);
-    wl_array states{.size = size, .alloc = size, .data = stateList.data()};
-    for (wl_resource* const toplevel : findOf(surface, "xdg_toplevel")) {
-      xdg_toplevel_send_configure(toplevel, width, height, &states);
+                     std::vector<xdg_toplevel_state> states = {}) {
+    const std::size_t size = states.size() * sizeof(xdg_toplevel_state);
+    wl_array stateArray{.size = size, .alloc = size, .data = states.data()};
+    for (wl_resource* const toplevel : objectsOfSurface(surface, "xdg_toplevel")) {
+      xdg_toplevel_send_configure(toplevel, width, height, &stateArray);
     }
-    for (wl_resource* const role : findOf(surface, "xdg_surface")) {
+    for (wl_resource* const role : objectsOfSurface(surface, "xdg_surface")) {
       xdg_surface_send_configure(role, wl_display_next_serial(display_));
     }
   }
@@ -435,8 +440,8 @@ class Server : NonCopyable {
     return text.str();
   }
 
-  // Lists the interface of each object of the clients. `objects_` does not contain the objects that
-  // libwayland creates itself, such as wl_registry.
+  // Lists the interface of each object of the clients. Does not use `objects_`, which does not
+  // contain the objects that libwayland creates itself, such as wl_registry.
   std::string describeObjects() const {
     std::string text;
     wl_client* client = nullptr;
@@ -469,8 +474,8 @@ class Server : NonCopyable {
   std::map<wl_resource*, Object> objects_;
   std::map<wl_resource*, Surface> surfaces_;
   std::vector<std::string> requests_;
-  int lastGlobal_ = 0;
-  int lastSurface_ = 0;
+  int lastGlobalNumber_ = 0;
+  int lastSurfaceNumber_ = 0;
   bool refusesPools_ = false;
 };
 

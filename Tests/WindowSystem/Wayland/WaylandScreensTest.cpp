@@ -147,7 +147,7 @@ TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
   // Without viewporter: it is hidden from the registries of the host and of the back end.
-  EXPECT_EQ(HiddenGlobal::count(), GetParam() ? 0 : 2);
+  EXPECT_EQ(HiddenGlobal::registryCount(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
   expectWindow(*covered.system, kFirstOutput, 1, "cover");
@@ -210,7 +210,7 @@ TEST_P(WaylandWithoutViewporter, TheCoverIsWhiteToTheLastPixelAndFollowsTheSize)
   const HiddenGlobal hidden("wp_viewporter");
   CoveredHost covered(*compositor);
   // Viewporter is hidden from the registries of the host and of the back end.
-  EXPECT_EQ(HiddenGlobal::count(), 2);
+  EXPECT_EQ(HiddenGlobal::registryCount(), 2);
   ASSERT_TRUE(covered.showsWindow(*compositor, kGreen, kSize));
   covered.system->setScene(covered.handle, white(kSize));
   EXPECT_TRUE(covered.showsWindow(*compositor, kWhite, kSize));
