@@ -83,11 +83,13 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
-  // One of these 19 ids belongs to the helper window that `requestFocus` uses.
+  // The back end has a window with which it reads the server's time. The id of that window is one
+  // of the 19 ids before `ownWindow`.
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
-  // The back end must still be able to use the helper window.
+  // When the focus moves, the back end reads the server's time. This would block forever if
+  // `adoptWindow` had changed the event mask of that window.
   system().requestFocus(ownWindow);
   deliver();
 }
@@ -170,7 +172,7 @@ TEST_P(X11AdoptedGame, AReleasedWindowIsUncoveredAndItsHintsAreRestored) {
 INSTANTIATE_TEST_SUITE_P(X11, X11AdoptedGame, testing::ValuesIn(withXwayland({Manager::None})),
                          nameOfManager);
 
-/// True if a program can request the focus for a window. weston reverts such a change of the focus.
+/// False if the manager reverts a focus change that a program requested, as weston does.
 bool grantsFocusRequests(Manager manager) { return manager != Manager::XwaylandWeston; }
 
 /// A game that a window manager manages and that the back end has adopted.

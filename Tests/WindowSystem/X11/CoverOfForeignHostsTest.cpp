@@ -1,7 +1,7 @@
 // Covers over hosts (other programs) that do unusual things to their own windows. A cover has child
-// windows inside the host's window, and an overlay: a window directly above the host's window,
-// which hides what the host draws over its children. While another window is modal, a shield (an
-// invisible child window) takes the clicks on the host.
+// windows inside the host's window, and an overlay: a window directly above the host's window. The
+// host can draw over the child windows, but not over the overlay. While another window is modal, a
+// shield (an invisible child window) takes the clicks on the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ using testing::IsEmpty;
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kRed = 0xC02020;
-constexpr PixelRect kInsideGame{300, 250, 400, 200};
+constexpr PixelRect kAreaInsideGame{300, 250, 400, 200};
 constexpr int kPictureCount = 40;
 
 /// Fills a window and all windows inside it, like a program that draws with IncludeInferiors.
@@ -107,7 +107,7 @@ class X11CoverOfForeignHost : public X11Test, public testing::WithParamInterface
     return std::ranges::count(client.takeEventTypes(), XCB_BUTTON_PRESS) > 0;
   }
 
-  xcb_window_t game = 0;
+  xcb_window_t game = 0;  // the host's window
   WindowHandle handle = WindowHandle::None;
 };
 
@@ -246,8 +246,8 @@ TEST_P(X11CoverOfForeignHost, IsWhiteAgainWhenTheHostIsMappedAgain) {
     client.unmap(game);
     EXPECT_TRUE(waitFor([this] { return !client.isViewable(game); }));
     deliverFor(0.1);
-    EXPECT_TRUE(
-        waitFor([this] { return client.screenPicture(kInsideGame).colors().count(kWhite) == 0; }));
+    EXPECT_TRUE(waitFor(
+        [this] { return client.screenPicture(kAreaInsideGame).colors().count(kWhite) == 0; }));
     client.map(game);
     EXPECT_TRUE(waitFor([this] { return client.isViewable(game); }));
     deliverFor(0.1);
@@ -291,7 +291,7 @@ TEST_P(X11CoverOfForeignHost, IsDestroyedWithTheHostsWindow) {
   client.destroy(game);
   EXPECT_TRUE(waitFor([this] { return reports.contains(reportLine("destroyed", handle)); }));
   EXPECT_TRUE(
-      waitFor([&] { return client.screenPicture(kInsideGame).colors().count(kWhite) == 0; }));
+      waitFor([&] { return client.screenPicture(kAreaInsideGame).colors().count(kWhite) == 0; }));
   EXPECT_LE(client.children(client.root()).size(), windowCountBefore);
   EXPECT_THAT(log, IsEmpty());
 }
@@ -357,7 +357,8 @@ TEST_F(X11CoverAndManagers, ACoverThatTheServerDoesNotMapIsLoggedAsMissing) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
-  deliver();  // before the grab, because a round trip would block during the grab
+  // Handles the events of the adoption. During the grab, a round trip would block.
+  deliver();
   xcb_grab_server(client.connection());
   client.waitForServer();
   system().setScene(handle, whiteScene({640, 400}));

@@ -73,8 +73,8 @@ TEST_F(X11Cover, IsOnTheScreenWhenSetSceneReturns) {
   EXPECT_EQ(client.screenPicture(game).at(5, 5), kWhite);
 }
 
-// The delegate draws the cover in the reported size. If an earlier report had the previous size, a
-// strip of the game would be visible until the next report.
+// The delegate gives the cover the reported size. A report with an old, smaller size would leave a
+// strip of the game visible until the next report.
 TEST_F(X11Cover, EveryReportContainsTheCurrentSizeOfTheWindow) {
   cover();
   client.configure(game, {200, 150, 700, 450});
@@ -182,8 +182,9 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
 }
 
 // The overlay is the part of the cover that lies above the window, inside the window manager's
-// frame. A window manager gives a transparent window a frame with an alpha channel. If the window
-// fills its frame and the overlay has no alpha channel, the server needs gigabytes for the overlay.
+// frame. A window manager gives a transparent window a frame with an alpha channel. If the overlay
+// had no alpha channel, the server would keep the overlay in a pixmap of its own. Over a window
+// that fills its frame, the overlay has the maximum size, so its pixmap would take gigabytes.
 TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrameAroundATransparentWindow) {
   const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
   const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);

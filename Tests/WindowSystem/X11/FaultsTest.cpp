@@ -25,7 +25,7 @@ class X11Faults : public X11Test {
     deliver();
     return adoptedWindow.handle;
   }
-  /// Calls every operation of WindowSystem on a window, except `releaseWindow` and `picture`.
+  /// Calls every operation of WindowSystem that changes a window, except `releaseWindow`.
   void callEveryOperation(WindowHandle window) {
     system().orderFront(window);
     system().requestFocus(window);
@@ -129,8 +129,6 @@ TEST_F(X11Faults, AGameDestroyedWhileCoveredIsReportedWithoutErrors) {
 }
 
 TEST_F(X11Faults, AnErrorIsLoggedWithTheRequestThatCausedIt) {
-  const xcb_window_t inputWindow = client.makeWindow(kGameFrame, kGreen);
-  client.selectEvents(inputWindow, XCB_EVENT_MASK_BUTTON_PRESS);
   const WindowHandle ownWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}});
   // Only one client can select ButtonPress on a window.
@@ -151,6 +149,7 @@ TEST_F(X11Faults, AfterTheWindowManagerCrashesTheGameIsFocusedAgainAndStillCover
   // After the crash, no window has the focus. The back end sets the focus to the game again.
   EXPECT_TRUE(waitFor([&] { return client.focusedWindow() == game && client.isViewable(game); }));
   deliver();
+  // If the back end has reported the loss of the focus, it must also report the new focus.
   if (reports.contains("deactivated")) {
     EXPECT_TRUE(waitFor([&] { return reports.contains(reportLine("activated", handle)); }));
   }

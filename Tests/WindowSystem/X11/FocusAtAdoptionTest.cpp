@@ -29,7 +29,7 @@ class X11FocusAtAdoption : public X11TestWithManager {
 };
 
 TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatTheUserChose) {
-  const xcb_window_t marker = openFocusedGame({10, 600, 100, 100});
+  const xcb_window_t windowToIconify = openFocusedGame({10, 600, 100, 100});
   const xcb_window_t otherWindow = openFocusedGame(kOtherFrame);
   const AdoptedWindow adoptedWindow = adopt(openFocusedGame(kGameFrame));
   ASSERT_TRUE(adoptedWindow.hasFocus);
@@ -37,10 +37,10 @@ TEST_F(X11FocusAtAdoption, AFocusRequestDoesNotTakeTheFocusFromTheProgramThatThe
   ASSERT_TRUE(waitFor([&] { return reports.contains("deactivated"); }));
   system().requestFocus(adoptedWindow.handle);
   deliver();
-  // The window manager executes requests in order. When it has iconified the marker, it has also
-  // processed the focus request.
-  client.requestIconify(marker);
-  ASSERT_TRUE(waitFor([&] { return !client.isViewable(marker); }));
+  // The window manager executes requests in order. When it has iconified a window, it has also
+  // processed the earlier focus request.
+  client.requestIconify(windowToIconify);
+  ASSERT_TRUE(waitFor([&] { return !client.isViewable(windowToIconify); }));
   EXPECT_EQ(client.focusedWindow(), otherWindow);
 }
 

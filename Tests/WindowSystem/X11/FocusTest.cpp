@@ -83,7 +83,7 @@ TEST_F(X11Focus, FocusChangesAreReportedIfTheGameHasTheIdOfAnOldCheckWindow) {
   client.setProperty(client.root(), "_NET_SUPPORTING_WM_CHECK",
                      Property::ofNumbers(XCB_ATOM_WINDOW, std::array{game}));
   adoptFocusedGame();
-  // The back end looks for a window manager before it checks which controls remain.
+  // Makes the back end check the window in `_NET_SUPPORTING_WM_CHECK`, if it has not done so yet.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliverFor(0.3);
   client.focus(otherWindow);

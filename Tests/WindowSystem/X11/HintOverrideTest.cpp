@@ -120,21 +120,21 @@ TEST_F(HintOverrideTest, RecognizesTheLastFourWritesOfTheBackEnd) {
 
 TEST_F(HintOverrideTest, StoresAWriteOfTheOwnerThatTheBackEndsWriteHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
-  hintOverride.recordReplacedValue(hint({1, 100, 5}), hint({8, 200, 6}));
+  hintOverride.recordReplacedValue(/*expectedValue=*/hint({1, 100, 5}), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({8, 200, 6}));
   EXPECT_EQ(hintOverride.currentValue(), hint({3, 640, 5}));
 }
 
 TEST_F(HintOverrideTest, KeepsTheOwnersValueIfTheBackEndsWriteHasReplacedTheExpectedValue) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
-  hintOverride.recordReplacedValue(hint({1, 100, 5}), hint({1, 100, 5}));
+  hintOverride.recordReplacedValue(/*expectedValue=*/hint({1, 100, 5}), hint({1, 100, 5}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1, 100, 5}));
 }
 
 TEST_F(HintOverrideTest, RemovesTheBackEndsChangesFromAnEditedValueThatTheBackEndHasReplaced) {
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 640, 5})));
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 800, 5})));
-  hintOverride.recordReplacedValue(hint({3, 640, 5}), hint({3 | 16, 640, 9}));
+  hintOverride.recordReplacedValue(/*expectedValue=*/hint({3, 640, 5}), hint({3 | 16, 640, 9}));
   EXPECT_EQ(hintOverride.ownersValue(), hint({1 | 16, 100, 9}));
   // `recordReplacedValue` also updated the owner's value in the records of the two writes above.
   EXPECT_TRUE(hintOverride.recordWrite(hint({3, 900, 5})));

@@ -55,7 +55,7 @@ class X11Indicator : public X11Test {
   Scene scene;
 };
 
-TEST_F(X11Indicator, IsACentredRingOfThirtyTwoPoints) {
+TEST_F(X11Indicator, IsACentredRingThirtyTwoPointsWide) {
   const Picture picture = showStill();
   EXPECT_EQ(picture.boundsOfPixelsExcept(kWhite), (PixelRect{304, 184, 32, 32}));
   // The corners of the square and the centre of the ring are white.
@@ -81,12 +81,12 @@ TEST_F(X11Indicator, StaysCentredWhenItsWindowBeginsToFillItsParent) {
   scene.back().isAnimated = false;
   system().setScene(adopt(game).handle, scene);
   deliver();
-  constexpr PixelRect kCentre{304, 184, 32, 32};
-  ASSERT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kCentre);
+  constexpr PixelRect kIndicatorFrame{304, 184, 32, 32};
+  ASSERT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kIndicatorFrame);
   client.configure(parent, {100, 100, 640, 400});
   client.configure(game, {0, 0, 640, 400});
   deliver();
-  EXPECT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kCentre);
+  EXPECT_EQ(client.screenPicture(game).boundsOfPixelsExcept(kWhite), kIndicatorFrame);
 }
 
 TEST_F(X11Indicator, HasTwelveSpokesOfDifferentShades) {
@@ -117,8 +117,8 @@ TEST_F(X11Indicator, TurnsByOneSpokeEachTwelfthOfASecondWhileAnimated) {
       return std::exchange(previousPicture, client.screenPicture(game)) != previousPicture;
     }));
   }
-  // The first step may be due before `start`, so twelve steps can take a little less than eleven
-  // twelfths of a second.
+  // The first of the twelve steps may happen before `start`. The last step then happens a little
+  // less than eleven twelfths of a second after `start`, so the check requires only ten twelfths.
   EXPECT_GT(x11::steadyNow() - start, kTurnDuration * 10 / kSpokes);
 }
 
