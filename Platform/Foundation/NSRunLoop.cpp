@@ -137,6 +137,7 @@ bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp
 void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
   waitSet_->setDeadline(deadline);
   if (!becomeIdle()) {
+    // A call of `wake` before `becomeIdle` may not have made the descriptor readable.
     waitSet_->wake();
   }
 }

@@ -147,7 +147,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   std::uint64_t nextTimerOrder_ = 0;
   std::size_t runningPasses_ = 0;        // more than 1 if a pass runs a nested loop
   bool isDescriptorPolled_ = false;      // true if a host polls the descriptor
-  std::atomic<unsigned> wakeState_ = 0;  // the bits `kIsIdle` and `kHasWakeUp`
+  std::atomic<unsigned> wakeState_ = 0;  // the bits `kIsIdle` and `kHasWakeUp` of NSRunLoop.cpp
 };
 
 }  // namespace vel

@@ -23,16 +23,16 @@ bool isTooLarge(std::string_view number) {
   const auto pointOffset =
       static_cast<long long>(point) - static_cast<long long>(firstNonzeroDigit);
   std::string_view exponent = number.substr(std::min(mantissaEnd + 1, number.size()));
-  const bool isNegative = exponent.starts_with('-');
-  exponent.remove_prefix(exponent.starts_with('+') || isNegative ? 1 : 0);
-  long long magnitude = 0;
-  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), magnitude).ec ==
+  const bool isExponentNegative = exponent.starts_with('-');
+  exponent.remove_prefix(exponent.starts_with('+') || isExponentNegative ? 1 : 0);
+  long long exponentMagnitude = 0;
+  if (std::from_chars(exponent.data(), exponent.data() + exponent.size(), exponentMagnitude).ec ==
       std::errc::result_out_of_range) {
-    return !isNegative;
+    return !isExponentNegative;
   }
   // A number out of range is too large if `pointOffset` plus the exponent is positive. The sum
   // could overflow, so this code does not compute it.
-  return pointOffset > (isNegative ? magnitude : -magnitude);
+  return pointOffset > (isExponentNegative ? exponentMagnitude : -exponentMagnitude);
 }
 
 }  // namespace
