@@ -24,6 +24,7 @@ constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{301, 201};
 constexpr CGSize kLargeSize{400, 260};
 constexpr double kIndicatorSide = 32;
+constexpr double kSmallIndicatorSide = 2;  // is drawn quickly
 
 Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
@@ -97,7 +98,7 @@ class WaylandCoverRequests : public testing::Test {
   SurfaceRecord indicator() { return compositor.children(cover().id).at(0); }
 
   RecordingCompositor compositor;
-  int windowManager = compositor.addGlobal("xdg_wm_base");
+  int xdgWmBase = compositor.addGlobal("xdg_wm_base");
   std::unique_ptr<SurfaceHost> host;
   std::uint32_t hostSurface = 0;
   ReportListener reports;
@@ -105,7 +106,7 @@ class WaylandCoverRequests : public testing::Test {
   WindowHandle window = WindowHandle::None;
 };
 
-TEST_F(WaylandCoverRequests, OpeningAndClosingACoverCommitsTheHostOnce) {
+TEST_F(WaylandCoverRequests, TheBackEndCommitsTheHostsSurfaceOnlyWhenACoverOpens) {
   start();
   const int commitCount = compositor.surface(hostSurface).commitCount;
   show(white(kSize), kSize);
@@ -147,6 +148,7 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
   EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
 }
 
+// The back end does not know the outputs, so it draws for the scale 2.
 TEST_F(WaylandCoverRequests, WithoutViewporterTheScaleOfTheIndicatorIsTwo) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();
@@ -170,7 +172,7 @@ TEST_F(WaylandCoverRequests, AViewporterThatAppearsWhileACoverIsOpenIsUsedForThe
   EXPECT_EQ(cover().destination, kLargeSize);
 }
 
-TEST_F(WaylandCoverRequests, TheBackEndBindsNoOutputOfTheHost) {
+TEST_F(WaylandCoverRequests, TheBackEndBindsNoOutputOnTheConnectionOfAHost) {
   compositor.addOutput(2);
   start();
   compositor.addOutput(3);
@@ -202,10 +204,10 @@ TEST_F(WaylandCoverRequests, RemovingAnotherSeatKeepsTheFocus) {
   EXPECT_THAT(takeReports(), ElementsAre("deactivated", "focus 0x0"));
 }
 
-TEST_F(WaylandCoverRequests, ASeatThatAppearsLaterGivesTheFocus) {
+TEST_F(WaylandCoverRequests, TheKeyboardOfASeatThatAppearsLaterCanFocusTheWindow) {
   start();
   show(white(kSize), kSize);
-  EXPECT_THAT(takeReports(), ElementsAre("deactivated"));
+  EXPECT_THAT(takeReports(), ElementsAre("deactivated"));  // without a seat, no window has focus
   const int seat = compositor.addSeat();
   exchange();
   compositor.enterKeyboard(seat, cover().id);
@@ -234,11 +236,11 @@ TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoObjectsInTheCompositor) {
   compositor.enterKeyboard(seat, hostSurface);
   exchange();
   const std::map<std::string, int> objects = compositor.objects();
-  for (int i = 0; i < 500; ++i) {
-    system->setScene(window, whiteWithIndicator(kSize, 2));
+  for (int i = 0; i < 500; ++i) {  // each pass opens two covers
+    system->setScene(window, whiteWithIndicator(kSize, kSmallIndicatorSide));
     exchange();
     system->setScene(window, {});
-    system->setScene(window, whiteWithIndicator(kSize, 2));
+    system->setScene(window, whiteWithIndicator(kSize, kSmallIndicatorSide));
     exchange();
     system->releaseWindow(window);
     window = adopt();
@@ -249,7 +251,7 @@ TEST_F(WaylandCoverRequests, AThousandCoversLeaveNoObjectsInTheCompositor) {
 
 // Buffers
 
-TEST_F(WaylandCoverRequests, ABufferThatDoesNotFitIntoMemoryIsLoggedAndDrawnLater) {
+TEST_F(WaylandCoverRequests, AFailedAllocationOfABufferIsLoggedAndTheNextSceneIsShown) {
   compositor.addGlobal("wp_viewporter");
   start();
   show(white(kSize), kSize);
@@ -270,7 +272,7 @@ TEST_F(WaylandCoverRequests, ABufferThatDoesNotFitIntoMemoryIsLoggedAndDrawnLate
   EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
 }
 
-TEST_F(WaylandCoverRequests, ACompositorThatRefusesBuffersIsALostDisplay) {
+TEST_F(WaylandCoverRequests, AProtocolErrorIsALostDisplay) {
   start();
   compositor.refusePools();
   system->setScene(window, white(kSize));

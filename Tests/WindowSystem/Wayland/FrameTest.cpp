@@ -139,7 +139,7 @@ class WaylandFrame : public testing::Test {
   WindowHandle window = WindowHandle::None;
 };
 
-TEST_F(WaylandFrame, SurroundsAWhiteContentOfTheSizeThatTheLibrarySets) {
+TEST_F(WaylandFrame, TheContentInsideTheFrameHasTheSizeThatTheLibrarySets) {
   ASSERT_NO_FATAL_FAILURE(open());
   EXPECT_TRUE(hasTitleBar(kContent));
   weston.picture().save("wayland-frame");
@@ -147,7 +147,7 @@ TEST_F(WaylandFrame, SurroundsAWhiteContentOfTheSizeThatTheLibrarySets) {
   constexpr PixelRect kLargeContent{262, 224, 500, 320};
   EXPECT_TRUE(waitForContent(kLargeContent));
   EXPECT_TRUE(hasTitleBar(kLargeContent));
-  EXPECT_EQ(reports.count("frame"), 0);
+  EXPECT_EQ(reports.count("frame"), 0);  // setFrame causes no report
 }
 
 TEST_F(WaylandFrame, ShowsTheTitle) {
@@ -165,7 +165,7 @@ TEST_F(WaylandFrame, ShowsTheControlsOfTheStyleMask) {
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   EXPECT_TRUE(waitFor([&] { return weston.picture(titleBarOf(kContent)) != titleBar; }));
   EXPECT_TRUE(waitFor([this] { return reports.count("controls kept") > 0; }));
-  // 0: the frame shows no control that the style mask excludes.
+  // 0: the frame offers no control that the style mask excludes, so it has kept none.
   EXPECT_TRUE(reports.contains("controls kept " + nameOf(window) + " 0"));
   weston.picture().save("wayland-frame-without-controls");
   system->setStyleMask(window, kAllControls);
@@ -211,7 +211,7 @@ TEST_F(WaylandFrame, TheUserCanResizeTheWindowOnlyIfItIsResizable) {
   weston.picture().save("wayland-frame-resized");
 }
 
-TEST_F(WaylandFrame, AClickOnTheTitleBarKeepsTheFocus) {
+TEST_F(WaylandFrame, AWindowKeepsTheFocusWhileItIsMovedByItsTitleBar) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;
   moveWindow(content, 60);
@@ -240,14 +240,15 @@ TEST_F(WaylandFrame, AWindowThatIsNoLongerMaximisedGetsItsPreviousSize) {
   EXPECT_EQ(reports.lastFrame.size, (CGSize{1024, 768 - kTitleHeight}));
   ASSERT_TRUE(waitFor([this] { return whiteArea().width == kSearchedArea.width; }));
   weston.picture().save("wayland-frame-maximised");
-  // weston-control.c moves the content to the middle of the screen, even if the window is
-  // maximised. So the upper half of the title bar is outside the screen.
+  // weston-control.c, the module that the class Weston loads, moves the content to the middle of
+  // the screen, even if the window is maximised. So the upper half of the title bar is outside the
+  // screen. The click hits the lower half.
   click({1024 - kButtonWidth * 3 / 2, kTitleHeight / 4});
   EXPECT_TRUE(waitFor([this] { return reports.lastFrame.size == kSize; }));
   EXPECT_TRUE(waitFor([this] { return whiteArea().width == kContent.width; }));
 }
 
-// weston ends the connection if a maximised window commits another size.
+// weston ends the connection if a maximised window commits another size than the configured one.
 TEST_F(WaylandFrame, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
   ASSERT_NO_FATAL_FAILURE(open());
   click({kContent.x + kContent.width - kButtonWidth * 3 / 2, kContent.y - kTitleHeight / 2});

@@ -85,6 +85,7 @@ TEST_F(WaylandSizeLimits, TheUserCannotResizeTheWindowUntilResizingIsRestored) {
 TEST_F(WaylandSizeLimits, SetFrameSetsTheLimitsToTheNewSize) {
   ASSERT_TRUE(hasSizeOnScreen(kSize));
   system->setStyleMask(window.handle, NSWindowStyleMaskTitled);
+  // The size that sway sets includes the border.
   sway.resizeWindow("game", static_cast<int>(kLargeSize.width) + 2 * kBorder,
                     static_cast<int>(kLargeSize.height) + 2 * kBorder);
   ASSERT_TRUE(hasSizeOnScreen(kLargeSize));

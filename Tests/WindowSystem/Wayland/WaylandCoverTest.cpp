@@ -19,7 +19,8 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr CGSize kSize{500, 320};
-constexpr NSWindowStyleMask kControls = 14;  // close, miniaturise and resize
+constexpr NSWindowStyleMask kControls =
+    NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
 Scene white(CGSize size) {
   return {{.kind = SceneItem::Kind::Fill, .frame = {{}, size}, .color = {1, 1, 1, 1}}};
@@ -78,7 +79,8 @@ class WaylandCover : public testing::TestWithParam<CompositorKind> {
     return {(1024 - static_cast<int>(size.width)) / 2, (768 - static_cast<int>(size.height)) / 2,
             static_cast<int>(size.width), static_cast<int>(size.height)};
   }
-  /// Waits until no work is due. The next deadline must then be at most 50 milliseconds away.
+  /// Waits until the next deadline is not 0 (0: work is due now), and expects that this deadline is
+  /// at most 50 milliseconds away.
   void expectDeadlineWithin50Milliseconds() {
     Nanoseconds deadline = 0;
     ASSERT_TRUE(waitFor([&] {
@@ -104,12 +106,12 @@ TEST_P(WaylandCover, AnAdoptedSurfaceIsAPlayerWindowWithTheHostsSizeAndFocus) {
   const AdoptedWindow window = adopt();
   EXPECT_EQ(window.className, "PlayerWindow");
   EXPECT_EQ(window.frame, (CGRect{{}, kSize}));
-  EXPECT_EQ(window.styleMask, 15U);
+  EXPECT_EQ(window.styleMask, NSWindowStyleMaskTitled | kControls);
   EXPECT_TRUE(window.isOnScreen);
   EXPECT_TRUE(window.hasFocus);
 }
 
-TEST_P(WaylandCover, TheCoverHasExactlyTheSizeOfAHostThatDoesNotCommit) {
+TEST_P(WaylandCover, TheCoverHidesExactlyTheHostEvenIfTheHostDoesNotCommit) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -139,7 +141,7 @@ TEST_P(WaylandCover, TheIndicatorTurnsInTheMiddle) {
   EXPECT_NE(system->nextDeadline(), kNever);
 }
 
-TEST_P(WaylandCover, TheCoverFollowsTheSizeThatTheOwnerReports) {
+TEST_P(WaylandCover, SetFrameResizesTheCover) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt();
   system->setScene(window.handle, white(kSize));
@@ -251,6 +253,7 @@ TEST_P(WaylandCover, TheBackEndDispatchesNoEventsOfTheHost) {
   EXPECT_TRUE(waitWithHost([this] { return host->size() == CGSize{700, 450}; }));
 }
 
+// Kept controls are those that the window still offers although the style mask excludes them.
 TEST_P(WaylandCover, ResizingCanBeDisabledOnlyIfTheHostPassesItsToplevel) {
   ASSERT_TRUE(becomes(kGreen));
   AdoptedWindow window = adopt();
@@ -285,8 +288,8 @@ TEST_P(WaylandCover, AModalWindowShieldsTheHostFromThePointer) {
   ASSERT_TRUE(waitWithHost([this] { return host->pressesElsewhere() == 1; }));
   system->setModalWindow(WindowHandle::None);
   system->releaseWindow(modal);
-  // The click may have put the window of the host in front of the modal window, so the picture does
-  // not show whether the shield is removed.
+  // Waits until the compositor no longer shields the host. The picture does not show this, because
+  // the shield is transparent and the click may have put the host in front of the modal window.
   wl_display_roundtrip(host->display());
   ASSERT_TRUE(becomes(kGreen));
   compositor->click(310, 310);
@@ -348,7 +351,7 @@ TEST_P(WaylandCover, DestroyingTheSurfaceBeforeItsReleaseDoesNotBreakTheConnecti
   EXPECT_THAT(reports.lines, testing::Not(Contains("display lost")));
 }
 
-TEST_P(WaylandCover, ASurfaceIsRefusedIfItIsAdoptedOrOnAnotherConnection) {
+TEST_P(WaylandCover, ASurfaceIsRefusedIfItIsAlreadyAdoptedOrBelongsToAnotherConnection) {
   const SurfaceHost other(compositor->display(), "other", {100, 100}, 0x804020);
   std::string error;
   EXPECT_FALSE(system->adoptWindow(other.window(), error).has_value());

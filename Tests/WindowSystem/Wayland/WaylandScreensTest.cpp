@@ -62,7 +62,7 @@ Picture partOf(const Picture& picture, PixelRect area) {
 
 /// True if each block of two by two pixels has one colour, as if a smaller picture had been
 /// enlarged.
-bool isEnlargedTwice(const Picture& picture) {
+bool isEnlargedByTwo(const Picture& picture) {
   for (int y = 0; y + 1 < picture.height; y += 2) {
     for (int x = 0; x + 1 < picture.width; x += 2) {
       const std::uint32_t pixel = picture.at(x, y);
@@ -75,7 +75,7 @@ bool isEnlargedTwice(const Picture& picture) {
   return true;
 }
 
-/// A host that the back end has adopted.
+/// A host, and the back end on its connection. The back end has adopted the window of the host.
 class CoveredHost {
  public:
   explicit CoveredHost(const Compositor& compositor)
@@ -128,13 +128,13 @@ class WaylandOutputs : public testing::TestWithParam<bool> {
       indicator = partOf(picture, {(picture.width - scale * kIndicatorSide) / 2,
                                    (picture.height - scale * kIndicatorSide) / 2,
                                    scale * kIndicatorSide, scale * kIndicatorSide});
-      return scale == 1 || !isEnlargedTwice(indicator);
+      return scale == 1 || !isEnlargedByTwo(indicator);
     }));
     picture.save("wayland-" + name + "-scale-" + std::to_string(scale) +
                  (GetParam() ? "" : "-without-viewporter"));
   }
 
-  /// Hides viewporter if the parameter is false. Otherwise returns null.
+  /// Hides viewporter if the parameter of the test is false. Otherwise returns null.
   static std::unique_ptr<HiddenGlobal> hideViewporter() {
     return GetParam() ? nullptr : std::make_unique<HiddenGlobal>("wp_viewporter");
   }
@@ -247,7 +247,7 @@ INSTANTIATE_TEST_SUITE_P(Under, WaylandWithoutViewporter,
                          testing::Values(CompositorKind::Sway, CompositorKind::Weston),
                          [](const auto& testInfo) { return nameOf(testInfo.param); });
 
-// Only under weston: in a window of an X server, sway has no touch screen.
+// Only under weston: sway runs in a window of an X server and has no touch screen there.
 TEST(WaylandTouchScreen, TheCoverTakesTouchesFromTheHost) {
   const Weston weston;
   CoveredHost covered(weston);

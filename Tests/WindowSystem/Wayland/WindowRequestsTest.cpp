@@ -80,7 +80,7 @@ class WaylandWindowRequests : public testing::Test {
   SurfaceRecord lastWindow() { return windows().back(); }
 
   RecordingCompositor compositor;
-  int windowManager = compositor.addGlobal("xdg_wm_base");
+  int xdgWmBase = compositor.addGlobal("xdg_wm_base");
   ReportListener reports;
   std::unique_ptr<WaylandWindowSystem> system;
 };
@@ -187,7 +187,8 @@ TEST_P(WaylandWindowScale, TheScaleOfARemovedOutputNoLongerCounts) {
   expectScale(3);
   compositor.removeGlobal(second);
   expectScale(3);
-  // The new output may get the address of the removed one.
+  // The new wl_output may get the address of the removed one. The back end must not take it for an
+  // output that shows the window.
   compositor.addOutput(4);
   expectScale(3);
   compositor.removeGlobal(first);
@@ -265,12 +266,12 @@ TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCha
 
 // xdg_wm_base
 
-TEST_F(WaylandWindowRequests, AWindowKeepsItsFrameWhileTheCompositorHasNoWindowManager) {
+TEST_F(WaylandWindowRequests, AWindowKeepsItsFrameWhileTheCompositorHasNoXdgWmBase) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled);
   exchange();
-  compositor.removeGlobal(windowManager);
+  compositor.removeGlobal(xdgWmBase);
   exchange();
   system->setStyleMask(window, NSWindowStyleMaskBorderless);
   exchange();
@@ -278,7 +279,7 @@ TEST_F(WaylandWindowRequests, AWindowKeepsItsFrameWhileTheCompositorHasNoWindowM
   EXPECT_FALSE(reports.contains("display lost"));
 }
 
-TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondWindowManagerAppears) {
+TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondXdgWmBaseAppears) {
   start();
   openWindow();
   compositor.addGlobal("xdg_wm_base");
@@ -288,11 +289,11 @@ TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondWindowManagerAppears) {
   EXPECT_FALSE(reports.contains("display lost"));
 }
 
-TEST_F(WaylandWindowRequests, NoWindowOpensWhileTheCompositorHasNoWindowManager) {
+TEST_F(WaylandWindowRequests, NoWindowOpensWhileTheCompositorHasNoXdgWmBase) {
   start();
   const WindowHandle createdBefore = createWindow();
   const WindowHandle window = openWindow();
-  compositor.removeGlobal(windowManager);
+  compositor.removeGlobal(xdgWmBase);
   exchange();
   EXPECT_EQ(createWindow(), WindowHandle::None);
   system->orderFront(createdBefore);

@@ -1,4 +1,4 @@
-// The X11 back end over the windows of X clients on Wayland compositors.
+// The X11 back end covers windows of X clients under Wayland compositors with Xwayland.
 #include <gmock/gmock.h>
 
 #include <memory>
