@@ -41,8 +41,8 @@ std::string controlNames(NSWindowStyleMask controls) {
   return names.empty() ? "none" : names;
 }
 
-// Returns the mode that a host passes to present a launch screen. The library's
-// LaunchScreenPresentationMode has other values.
+// Returns the mode that a host passes to `presentForWindowWithPresentationMode`. The library's
+// LaunchScreenPresentationMode numbers the modes differently.
 std::int32_t hostMode(const std::string& presentation) {
   static const std::map<std::string, std::int32_t> kModes{
       {"embedded", 0}, {"sheet", 1}, {"modal", 2}};
@@ -130,7 +130,7 @@ void ShowSession::adoptPlayerWindow(std::uint64_t windowId) {
 void ShowSession::contentResolverDidChangeStateForContentData(
     const Strong<ContentResolver>& /*resolver*/, const Strong<ContentData>& data) {
   if (data->state() == ContentDataStateLoaded) {
-    report("content loaded");  // `sendRequest` presents the content
+    report("content loaded");  // `sendRequest` is still running and presents the content
   } else if (data->state() == ContentDataStateFailed) {
     fail("the launch screen cannot be shown: " +
          std::string(send(data->error(), &NSError::domain)));

@@ -181,7 +181,7 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  updateModality();  // a modal window has no handle before it first opens
+  updateModality();  // a modal window gets its handle when it first opens
 }
 
 void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {
