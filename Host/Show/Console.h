@@ -73,7 +73,7 @@ class LiveConsole final : public Console {
   void report(double time, std::string_view text) override;
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
   void reportOnOwnLine(double time, std::string_view text) override;
-  /// Erases the line on the terminal. The next report writes the line again.
+  /// Erases the line on the terminal. The next call of `report` or `showTimeLeft` writes it again.
   void clearLine() override;
   /// Ends the line with a line feed.
   void finish() override;

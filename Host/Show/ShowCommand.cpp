@@ -71,10 +71,12 @@ int show(const ShowOptions& options) {
   if (options.canSkip()) {
     loop.setEnterHandler([&session] { session->skip(); });
   }
+  // `update` returns true when the session has an outcome.
   int signal = loop.runUntil([&session] { return session->update(); });
   const bool hasOwnWindow = !options.window;
   if (signal == 0 && hasScreen && hasOwnWindow && session->outcome()->status == kExitSuccess) {
-    // The animation in the player window wakes the loop, so this wait needs no timer.
+    // The animation in the player window wakes the loop, so this wait needs no timer. If the
+    // display is lost during the wait, the outcome becomes a failure.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
     const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {
@@ -89,7 +91,7 @@ int show(const ShowOptions& options) {
   if (signal != 0) {
     return kExitSignalBase + signal;
   }
-  const ShowOutcome outcome = session->outcome().value_or(ShowOutcome());
+  const ShowOutcome outcome = *session->outcome();
   return outcome.status == kExitSuccess ? kExitSuccess : reportFailure(outcome.failure);
 }
 

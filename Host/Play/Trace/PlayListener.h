@@ -28,8 +28,8 @@ class PlayListener : private NonCopyable {
 
   /// May be called on a background thread. The main thread waits during such a call.
   virtual void traceLineAdded(const TraceLine& line) = 0;
-  /// Called at the start and after each step. Also called each time the run loop has done all work
-  /// that is due at the current time.
+  /// Called when the scenario starts, and after each step. Also called each time the run loop has
+  /// done all work that is due at the current time.
   virtual void stateReached(const PlayState& state) = 0;
 };
 
