@@ -17,8 +17,8 @@ constexpr std::string_view kMaximizedVert = "_NET_WM_STATE_MAXIMIZED_VERT";
 constexpr std::string_view kMaximizedHorz = "_NET_WM_STATE_MAXIMIZED_HORZ";
 constexpr std::string_view kCannotMaximise =
     "the compositor does not maximise windows of X clients";
-// How many seconds the tests wait to show that a window manager does not change the window.
-constexpr double kReactionTime = 0.5;
+// How many seconds the tests give a window manager to change the window.
+constexpr double kSettlingTime = 0.5;
 
 class X11MaximisedAndFullscreenWindows : public X11Test,
                                          public testing::WithParamInterface<Manager> {
@@ -33,12 +33,14 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
   void maximise() {
     client.requestAddStates(game, kMaximizedVert, kMaximizedHorz);
     ASSERT_TRUE(waitFor([&] { return isMaximised(); }));
-    deliverFor(kReactionTime);  // weston moves the window later
+    deliverFor(kSettlingTime);  // weston moves the window after it has enlarged it
   }
   void cover() {
     handle = adopt(game).handle;
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
+    // The back end reports which removed controls the window manager still offers, if the manager
+    // publishes them.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 || !featuresOf(GetParam()).publishesAllowedActions;
     }));
@@ -47,11 +49,12 @@ class X11MaximisedAndFullscreenWindows : public X11Test,
     system().setScene(handle, {});
     system().setStyleMask(handle, kAllControls);
     EXPECT_TRUE(waitFor([&] { return client.property(game, "_MOTIF_WM_HINTS") == std::nullopt; }));
-    deliverFor(kReactionTime);
+    deliverFor(kSettlingTime);
   }
   [[nodiscard]] bool isMaximised() const {
     const PixelRect area = client.areaOnScreen(game);
     const PixelRect screen = client.screenArea();
+    // The limits leave room for the window's frame and for panels.
     return area.width > screen.width - 80 && area.height > screen.height - 110;
   }
 
@@ -66,7 +69,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, StayMaximisedWhileCoveredAndAfterwards)
   maximise();
   const PixelRect area = client.areaOnScreen(game);
   cover();
-  deliverFor(kReactionTime);
+  deliverFor(kSettlingTime);
   EXPECT_EQ(client.areaOnScreen(game), area);
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   uncover();
@@ -79,7 +82,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, StayFullscreenWhileCoveredAndAfterwards
   client.requestAddStates(game, kFullscreen);
   ASSERT_TRUE(waitFor([&] { return client.areaOnScreen(game) == client.screenArea(); }));
   cover();
-  deliverFor(kReactionTime);
+  deliverFor(kSettlingTime);
   EXPECT_EQ(client.areaOnScreen(game), client.screenArea());
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(game).isAll(kWhite); }));
   uncover();
@@ -95,7 +98,7 @@ TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACo
   cover();
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximised(); }));
-  deliverFor(kReactionTime);
+  deliverFor(kSettlingTime);
   EXPECT_TRUE(isMaximised());
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return client.areaOnScreen(game).width == kGame.width; }));
@@ -105,9 +108,8 @@ TEST_P(X11MaximisedAndFullscreenWindows, TheOwnerCanToggleTheMaximisedStateOfACo
   EXPECT_TRUE(isMaximised());
 }
 
-// The owner revokes its requests before the back end has read them.
-TEST_P(X11MaximisedAndFullscreenWindows,
-       AreNeitherMaximisedNorFullscreenIfTheOwnerRevokesItsRequests) {
+// The owner revokes each request before the back end has read it.
+TEST_P(X11MaximisedAndFullscreenWindows, ACoveredWindowIsNormalAfterTheOwnerRevokesItsRequests) {
   if (compositor != nullptr) {
     GTEST_SKIP() << "not tested on Xwayland";
   }
@@ -117,7 +119,7 @@ TEST_P(X11MaximisedAndFullscreenWindows,
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   client.requestToggleStates(game, kMaximizedVert, kMaximizedHorz);
   deliver();
-  deliverFor(kReactionTime);
+  deliverFor(kSettlingTime);
   EXPECT_TRUE(waitFor([&] {
     const std::vector<std::string> states = client.atomNames(game, "_NET_WM_STATE");
     return std::ranges::none_of(

@@ -83,7 +83,7 @@ TEST_F(X11NoRender, TheCoverHasNoIndicatorAndTheReasonIsLoggedOnce) {
     system().setScene(handle, whiteSceneWithIndicator(kSize));
     deliver();
     EXPECT_TRUE(client.screenPicture(game).isAll(kWhite));
-    EXPECT_EQ(system().nextDeadline(), kNever);
+    EXPECT_EQ(system().nextDeadline(), kNever);  // there is no animation
     system().setScene(handle, {});
     deliver();
     EXPECT_TRUE(client.screenPicture(game).isAll(kGreen));
@@ -145,7 +145,7 @@ TEST_F(X11NoShape, TheCoverReturnsAfterTheGameUnmapsOrDestroysTheCoversWindows) 
 }
 
 // This is a documented limit of displays without the Shape extension.
-TEST_F(X11NoShape, AGameThatDrawsOverItsChildWindowsIsVisible) {
+TEST_F(X11NoShape, WhatTheGameDrawsOverItsChildWindowsIsVisible) {
   const xcb_gcontext_t context = xcb_generate_id(client.connection());
   const std::array<std::uint32_t, 2> values{kRed, XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS};
   xcb_create_gc(client.connection(), context, game, XCB_GC_FOREGROUND | XCB_GC_SUBWINDOW_MODE,

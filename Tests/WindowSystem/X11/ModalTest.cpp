@@ -12,6 +12,7 @@ using testing::IsEmpty;
 using testing::Not;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
+constexpr int kScreenHeight = 960;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr std::uint32_t kButtonEvents = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
 
@@ -23,13 +24,14 @@ class X11Modal : public X11Test {
     ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
     const AdoptedWindow adoptedWindow = adopt(game);
     owner = adoptedWindow.handle;
-    gameArea = client.areaOnScreen(game);
-    gameFrame = adoptedWindow.frame;
+    gameAreaInPixels = client.areaOnScreen(game);
+    gameAreaInPoints = adoptedWindow.frame;
   }
   WindowHandle openOverGame(WindowKind kind, NSWindowStyleMask styleMask, CGSize size) {
-    const double x = gameFrame.origin.x + (gameFrame.size.width - size.width) / 2;
-    const double freeHeight = gameFrame.size.height - size.height;
-    const double y = gameFrame.origin.y + (kind == WindowKind::Sheet ? freeHeight : freeHeight / 2);
+    const double x = gameAreaInPoints.origin.x + (gameAreaInPoints.size.width - size.width) / 2;
+    const double freeHeight = gameAreaInPoints.size.height - size.height;
+    const double y =
+        gameAreaInPoints.origin.y + (kind == WindowKind::Sheet ? freeHeight : freeHeight / 2);
     return openOwnWindow({.className = "NSWindow",
                           .title = "Launch",
                           .frame = {{x, y}, size},
@@ -46,8 +48,8 @@ class X11Modal : public X11Test {
   Manager windowManager = Manager::None;
   xcb_window_t game = 0;
   WindowHandle owner = WindowHandle::None;  // the handle of the game's window
-  PixelRect gameArea;                       // the content area of the game, in pixels
-  CGRect gameFrame;                         // the content area of the game, in points
+  PixelRect gameAreaInPixels;
+  CGRect gameAreaInPoints;
 };
 
 class X11ModalWithManager : public X11Modal {
@@ -57,7 +59,7 @@ class X11ModalWithManager : public X11Modal {
 
 TEST_F(X11ModalWithManager, IsWhiteAndCentredInItsOwner) {
   const WindowHandle modal = openModal();
-  EXPECT_TRUE(waitUntilAt(modal, {gameArea.x + 80, gameArea.y + 65, 480, 270}));
+  EXPECT_TRUE(waitUntilAt(modal, {gameAreaInPixels.x + 80, gameAreaInPixels.y + 65, 480, 270}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
 
@@ -104,7 +106,7 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   client.releaseButton();
   EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
   EXPECT_TRUE(reports.contains(reportLine("frame", modal)));
-  EXPECT_EQ(reports.lastFrame.origin.y, 960 - frameBefore.y - 60 - 270);
+  EXPECT_EQ(reports.lastFrame.origin.y, kScreenHeight - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
   client.movePointer(frameBefore.x + 300, frameBefore.y + 300);
   deliver();
@@ -129,7 +131,7 @@ TEST_F(X11ModalWithManager, CannotBeDraggedIfItIsNotMovableByBackground) {
 TEST_F(X11ModalWithManager, ASheetIsAtTheTopEdgeOfItsOwner) {
   const WindowHandle sheet = openOverGame(
       WindowKind::Sheet, NSWindowStyleMaskTitled | NSWindowStyleMaskDocModalWindow, {400, 100});
-  EXPECT_TRUE(waitUntilAt(sheet, {gameArea.x + 120, gameArea.y, 400, 100}));
+  EXPECT_TRUE(waitUntilAt(sheet, {gameAreaInPixels.x + 120, gameAreaInPixels.y, 400, 100}));
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(sheet)).isAll(kWhite); }));
   EXPECT_THAT(client.numbers(idOf(sheet), "WM_TRANSIENT_FOR"), ElementsAre(game));
   EXPECT_THAT(client.numbers(idOf(sheet), "_NET_FRAME_EXTENTS"),
@@ -145,8 +147,8 @@ TEST_F(X11Modal, WhileAWindowIsModalOtherWindowsReceiveNoClicks) {
   system().setModalWindow(modal);
   deliver();
   client.takeEventTypes();
-  client.click(gameArea.x + 5, gameArea.y + 5);
-  client.click(950, 200);  // inside `ownWindow`
+  client.click(gameAreaInPixels.x + 5, gameAreaInPixels.y + 5);
+  client.click(950, kScreenHeight - 750);  // inside `ownWindow`
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());
   EXPECT_TRUE(waitFor([&] { return client.screenPicture(idOf(modal)).isAll(kWhite); }));
 }
@@ -160,11 +162,13 @@ TEST_F(X11Modal, WhileAWindowIsModalANewChildWindowOfTheGameReceivesNoClicks) {
   client.map(child);
   deliver();
   client.takeEventTypes();
-  client.click(gameArea.x + 5, gameArea.y + 5);
+  client.click(gameAreaInPixels.x + 5, gameAreaInPixels.y + 5);
   EXPECT_THAT(client.takeEventTypes(), IsEmpty());
 }
 
 TEST_F(X11Modal, TheModalWindowReceivesClicks) {
+  // Only one client can select ButtonPress on a window. The back end selects it on a window that is
+  // movable by its background, so this test opens a sheet, which is not movable.
   const WindowHandle modal = openOverGame(WindowKind::Sheet, 0, {100, 100});
   client.selectEvents(idOf(modal), kButtonEvents);
   system().setModalWindow(modal);
@@ -181,7 +185,7 @@ TEST_F(X11Modal, TheGameReceivesClicksAgainWhenNoWindowIsModal) {
   system().setModalWindow(WindowHandle::None);
   deliver();
   client.takeEventTypes();
-  client.click(gameArea.x + 5, gameArea.y + 5);
+  client.click(gameAreaInPixels.x + 5, gameAreaInPixels.y + 5);
   EXPECT_THAT(client.takeEventTypes(), ElementsAre(XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE));
 }
 

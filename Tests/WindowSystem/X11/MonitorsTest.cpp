@@ -9,14 +9,16 @@ using testing::IsEmpty;
 
 constexpr std::uint32_t kGreen = 0x208040;
 
-/// Two monitors side by side, with different heights and aligned upper edges. The left monitor is
-/// the primary monitor.
+/// Two monitors side by side, with different heights and aligned upper edges. Neither is the
+/// primary monitor, so the origin is in the left monitor, which is the first monitor.
 class X11Monitors : public X11Test {
  protected:
   X11Monitors() {
     addMonitor("left", "640/169x800/212+0+0", "screen");
     addMonitor("right", "640/169x960/254+640+0", "none");
   }
+  /// `geometry` is the width and the height, each in pixels and millimetres, and the position.
+  /// `output` is the output of the graphics device that shows the monitor, or "none".
   void addMonitor(const std::string& name, const std::string& geometry, const std::string& output) {
     const auto listMonitors = [this] {
       return runProgram({"xrandr", "--listmonitors"}, server.display());
@@ -26,7 +28,7 @@ class X11Monitors : public X11Test {
   }
 };
 
-TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfThePrimaryMonitor) {
+TEST_F(X11Monitors, TheOriginIsTheLowerLeftCornerOfTheFirstMonitorIfNoneIsPrimary) {
   const AdoptedWindow leftWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   const AdoptedWindow rightWindow = adopt(client.openGameWindow({700, 100, 200, 160}, kGreen));
   EXPECT_EQ(leftWindow.frame, CGRectMake(100, 340, 200, 160));
@@ -52,7 +54,7 @@ TEST_F(X11Monitors, ACoverFollowsItsWindowToAnotherMonitor) {
   EXPECT_THAT(log, IsEmpty());
 }
 
-TEST_F(X11Monitors, FramesAreReportedAgainWhenThePrimaryMonitorChanges) {
+TEST_F(X11Monitors, FramesAreReportedAgainWhenAMonitorBecomesPrimary) {
   const AdoptedWindow adoptedWindow = adopt(client.openGameWindow({100, 300, 200, 160}, kGreen));
   ASSERT_EQ(adoptedWindow.frame, CGRectMake(100, 340, 200, 160));
   // The asterisk makes the new monitor the primary monitor.

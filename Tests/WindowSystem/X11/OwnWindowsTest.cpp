@@ -9,11 +9,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+constexpr NSWindowStyleMask kAllControls = 15;
 constexpr CGRect kFrame{{100, 200}, {640, 400}};
 
 class X11OwnWindows : public X11TestWithManager {
  protected:
-  WindowHandle openPlayer(NSWindowStyleMask styleMask = 15) {
+  WindowHandle openPlayer(NSWindowStyleMask styleMask = kAllControls) {
     return openOwnWindow({.className = "PlayerWindow",
                           .title = "Player \xE2\x9C\x93",
                           .frame = kFrame,
@@ -37,7 +38,7 @@ TEST_F(X11OwnWindows, OpenAtTheirFrame) {
   }));
 }
 
-TEST_F(X11OwnWindows, FollowSetFrame) {
+TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrame) {
   const WindowHandle window = openPlayer();
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
   EXPECT_TRUE(waitFor([&] {
@@ -45,7 +46,7 @@ TEST_F(X11OwnWindows, FollowSetFrame) {
   }));
 }
 
-TEST_F(X11OwnWindows, FollowSetFrameWithoutAResizeControl) {
+TEST_F(X11OwnWindows, AreMovedAndResizedBySetFrameEvenWithoutAResizeControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
   system().setFrame(window, CGRectMake(300, 100, 320, 240));
   EXPECT_TRUE(waitFor([&] {
@@ -80,6 +81,7 @@ TEST_F(X11OwnWindows, ReportACloseRequestAndStayOpen) {
 
 TEST_F(X11OwnWindows, ReportNoCloseRequestWithoutACloseControl) {
   const WindowHandle window = openPlayer(NSWindowStyleMaskTitled);
+  // This message goes directly to the window. `requestClose` would ask the window manager.
   client.sendProtocolMessage(idOf(window), "WM_DELETE_WINDOW");
   deliver();
   EXPECT_EQ(reports.count("close requested"), 0);

@@ -24,6 +24,7 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
   ASSERT_TRUE(waitFor([&] { return client.isViewable(game); }));
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  // 8: the only removed control that Metacity still offers is the resize control.
   ASSERT_TRUE(
       waitFor([&] { return reports.contains(reportLine("controls kept", handle) + " 8"); }));
   const auto checkWindows = client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK");
@@ -45,7 +46,7 @@ TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
   const xcb_window_t ownWindow =
       idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
   // The id before that of `ownWindow` belongs to the helper window through which the back end reads
-  // the server's time.
+  // the server's time. The back end needs this time to request the focus.
   ASSERT_TRUE(client.exists(ownWindow - 1));
   EXPECT_THAT(adoptionError(ownWindow - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ownWindow));

@@ -22,6 +22,7 @@ bool isResized(PixelRect area, PixelRect /*screen*/) {
   return area.width == 800 && area.height == 600;
 }
 bool isMaximized(PixelRect area, PixelRect screen) {
+  // The limits leave room for the window's frame and for panels.
   return area.width > screen.width - 80 && area.height > screen.height - 110;
 }
 bool isFullscreen(PixelRect area, PixelRect screen) { return area == screen; }
@@ -73,6 +74,8 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   const PixelRect areaBefore = client.areaOnScreen(game);
   system().setScene(adoptedWindow.handle, whiteScene({1280, 960}));
   system().setStyleMask(adoptedWindow.handle, NSWindowStyleMaskTitled);
+  // The back end reports which removed controls the window manager still offers, if the manager
+  // publishes them.
   ASSERT_TRUE(waitFor([this] {
     return reports.count("controls kept") > 0 ||
            !featuresOf(GetParam().manager).publishesAllowedActions;
@@ -83,6 +86,7 @@ TEST_P(X11SdlGames, GetTheRequestedSizeWhileCoveredAndKeepItAfterwards) {
   EXPECT_TRUE(becomesWhite());
   system().setScene(adoptedWindow.handle, {});
   system().setStyleMask(adoptedWindow.handle, adoptedWindow.styleMask);
+  // The screen shows the picture of the game again, which has several colours.
   EXPECT_TRUE(waitFor([this] { return client.screenPicture(game).colors().size() > 1; }));
   deliverFor(0.3);  // the window manager processes the restored hints
   EXPECT_TRUE(isChanged());

@@ -1,5 +1,5 @@
-// The controls of a covered window under real window managers: what the user can do with them, and
-// what the program that owns the window can do.
+// Covered windows under real window managers: which controls the user can use, and how the game can
+// change its window.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -15,6 +15,7 @@ using testing::UnorderedElementsAreArray;
 
 constexpr PixelRect kGameFrame{200, 150, 640, 400};
 constexpr std::uint32_t kGreen = 0x208040;
+// The bits of a style mask are title 1, close 2, miniaturise 4 and resize 8.
 constexpr NSWindowStyleMask kAllControls = 15;
 // The time limit, in seconds, for the reaction of a window manager to the user's input.
 constexpr double kReactionTime = 0.6;
@@ -44,9 +45,9 @@ struct ManagerCase {
   }
 };
 
-class X11StyleManagers : public X11Test, public testing::WithParamInterface<ManagerCase> {
+class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterface<ManagerCase> {
  protected:
-  X11StyleManagers() : X11Test(GetParam().manager) {}
+  X11ControlsUnderManagers() : X11Test(GetParam().manager) {}
 
   void SetUp() override {
     game = client.openGameWindow(kGameFrame, kGreen);
@@ -57,6 +58,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   void cover() {
     system().setScene(handle, whiteScene({1280, 960}));
     system().setStyleMask(handle, NSWindowStyleMaskTitled);
+    // The back end reports which removed controls the window manager still offers, if the manager
+    // publishes them.
     EXPECT_TRUE(waitFor([&] {
       return reports.count("controls kept") > 0 ||
              !featuresOf(GetParam().manager).publishesAllowedActions;
@@ -87,6 +90,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   [[nodiscard]] bool isMaximized() const {
     const PixelRect area = client.areaOnScreen(game);
     const PixelRect screen = client.screenArea();
+    // The limits leave room for the window's frame and for panels.
     return area.width > screen.width - 80 && area.height > screen.height - 110;
   }
   [[nodiscard]] bool isIconic() const {
@@ -100,8 +104,8 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   /// The names of the controls that the user can use with the mouse.
   std::vector<std::string> workingControls() {
     std::vector<std::string> controls;
-    // Resizing comes first. If a click below maximises the covered window, the window can be
-    // resized until the cover is removed.
+    // Resizing comes first: if a click below maximises the covered window, the back end lets the
+    // user resize it until the cover is removed.
     if (isResizedByDrag()) {
       controls.emplace_back("resize");
     }
@@ -184,7 +188,7 @@ class X11StyleManagers : public X11Test, public testing::WithParamInterface<Mana
   WindowHandle handle = WindowHandle::None;
 };
 
-TEST_P(X11StyleManagers, RemoveTheUsersControlsAndRestoreThem) {
+TEST_P(X11ControlsUnderManagers, AreRemovedAndRestored) {
   const auto hintsBefore = client.property(game, "WM_NORMAL_HINTS");
   const std::vector<std::string> controlsBefore = workingControls();
   EXPECT_THAT(controlsBefore, UnorderedElementsAre("close", "maximise", "miniaturise", "resize"));
@@ -198,7 +202,7 @@ TEST_P(X11StyleManagers, RemoveTheUsersControlsAndRestoreThem) {
 }
 
 // SDL 2 writes such hints. They contain decorations, but no functions.
-TEST_P(X11StyleManagers, RestoreTheControlsOfAGameThatSetsOnlyDecorations) {
+TEST_P(X11ControlsUnderManagers, OfAGameThatSetsOnlyDecorationsAreRestored) {
   constexpr std::array<std::uint32_t, 5> kAllDecorations{2, 0, 1, 0, 0};
   const Property hints = Property::ofNumbers(client.atom("_MOTIF_WM_HINTS"), kAllDecorations);
   client.setProperty(game, "_MOTIF_WM_HINTS", hints);
@@ -210,7 +214,7 @@ TEST_P(X11StyleManagers, RestoreTheControlsOfAGameThatSetsOnlyDecorations) {
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 
-class X11GamesUnderManagers : public X11StyleManagers {};
+class X11GamesUnderManagers : public X11ControlsUnderManagers {};
 
 TEST_P(X11GamesUnderManagers, ChangeTheSizeOfTheirCoveredWindow) {
   cover();
@@ -233,6 +237,7 @@ TEST_P(X11GamesUnderManagers, MaximiseTheirCoveredWindow) {
   client.requestAddStates(game, kMaximizedVert, kMaximizedHorz);
   EXPECT_TRUE(waitFor([&] { return isMaximized(); }));
   EXPECT_TRUE(becomesWhite());
+  // The back end does not remove the resize control of a maximised window.
   const NSWindowStyleMask keptControls = GetParam().keptControls | NSWindowStyleMaskResizable;
   EXPECT_TRUE(waitFor([&] {
     return !features.publishesAllowedActions ||
@@ -304,7 +309,8 @@ std::string nameOfCase(const testing::TestParamInfo<ManagerCase>& testInfo) {
   return nameOf(testInfo.param.manager);
 }
 
-INSTANTIATE_TEST_SUITE_P(X11, X11StyleManagers, testing::ValuesIn(managerCases()), nameOfCase);
+INSTANTIATE_TEST_SUITE_P(X11, X11ControlsUnderManagers, testing::ValuesIn(managerCases()),
+                         nameOfCase);
 INSTANTIATE_TEST_SUITE_P(X11, X11GamesUnderManagers, testing::ValuesIn(managerCasesWithXwayland()),
                          nameOfCase);
 

@@ -21,7 +21,8 @@ class X11StyleOwner : public X11Test {
  protected:
   // The first fields are the flags (1: has functions, 2: has decorations), the functions (resize 2,
   // move 4, minimise 8, maximise 16, close 32) and the decorations (border 2, resize handles 4,
-  // title 8, menu 16, minimise 32, maximise 64). Bit 1 inverts its set.
+  // title 8, menu 16, minimise 32, maximise 64). With bit 1, the functions or the decorations are
+  // all except those that the other bits name.
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
@@ -76,8 +77,7 @@ TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
-  // The owner first writes the value that the back end writes for a style mask with only the title.
-  // The owner then replaces this value.
+  // The back end would write this value for a style mask with only the title.
   const Property hintsAtAdoption = motifHints({3, 4, 26, 0, 0});
   client.setProperty(game, kMotifHints, hintsAtAdoption);
   handle = adopt(game).handle;
@@ -86,7 +86,7 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
-  // The owner's style mask at the adoption, so the back end restores the hints.
+  // This was the owner's style mask at the adoption, so the back end restores the hints.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -135,9 +135,9 @@ TEST_F(X11StyleOwner, AValueThatReplacesTheWholeOverrideIsRestoredUnchanged) {
     std::optional<Property> valueBefore;
     Property valueWhileCovered;
   };
-  const std::array values{// The second value is what Qt writes for a frameless window.
+  const std::array values{// Qt writes this `valueWhileCovered` for a frameless window.
                           Values{motifHints({3, 62, 126, 0, 0}), motifHints({2, 1, 0, 0, 0})},
-                          // The second value allows no resizing.
+                          // This `valueWhileCovered` allows no resizing.
                           Values{std::nullopt, motifHints({3, 44, 58, 0, 0})}};
   for (const auto& [valueBefore, valueWhileCovered] : values) {
     client.setProperty(game, kMotifHints, valueBefore);
@@ -173,7 +173,7 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, HintsThatDidNotExistAreDeletedIfTheWindowIsCoveredAgainDuringRestoring) {
+TEST_F(X11StyleOwner, AddedHintsAreDeletedIfTheWindowWasCoveredAgainDuringRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
@@ -224,7 +224,7 @@ TEST_F(X11StyleOwner, OverridingAddsNoTitle) {
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
 }
 
-TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
+TEST_F(X11StyleOwner, SizeHintsThatPreventResizingAreNotChanged) {
   const Property ownersMotifHints = motifHints({1, 4, 0, 7});
   const Property ownersSizeHints = sizeHints(16 | 32, 500, 500);
   client.setProperty(game, kMotifHints, ownersMotifHints);
@@ -232,8 +232,8 @@ TEST_F(X11StyleOwner, FixedSizeHintsAreNotChanged) {
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  EXPECT_NE(client.property(game, kMotifHints),
-            ownersMotifHints);  // the override removes the decorations
+  // The override removes the decorations.
+  EXPECT_NE(client.property(game, kMotifHints), ownersMotifHints);
   EXPECT_EQ(client.property(game, kNormalHints), ownersSizeHints);
 }
 

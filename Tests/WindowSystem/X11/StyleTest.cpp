@@ -35,7 +35,7 @@ TEST_F(X11Style, AdoptionDoesNotChangeTheHints) {
   EXPECT_EQ(client.property(game, kNormalHints), normalHints);
 }
 
-TEST_F(X11Style, OverridesTheControlsOneByOne) {
+TEST_F(X11Style, RemovesTheControlsOneByOne) {
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, kAllControls & ~NSWindowStyleMaskResizable);
   deliver();
@@ -84,7 +84,7 @@ TEST_F(X11Style, RestoresTheOwnersHintsToTheByte) {
   EXPECT_EQ(client.property(game, kNormalHints), normalBefore);
 }
 
-TEST_F(X11Style, DeletesHintsThatDidNotExistBefore) {
+TEST_F(X11Style, DeletesTheHintsThatItHasAdded) {
   client.setProperty(game, kNormalHints, std::nullopt);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
@@ -140,7 +140,7 @@ TEST_F(X11Style, OverridesHintsThatTheGameWroteJustBeforeTheOverride) {
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
 }
 
-TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeTheOverride) {
+TEST_F(X11Style, RestoresHintsThatTheGameWroteJustBeforeAnOverrideThatEndsAtOnce) {
   const WindowHandle handle = adopt(game).handle;
   const Property ownersHints = motifHints({2, 0, 2 | 8, 0, 0});
   client.setProperty(game, kMotifHints, ownersHints);
@@ -212,7 +212,7 @@ TEST_F(X11StyleWithManager, MetacityStopsOfferingTheRemovedControlsExceptResizin
   EXPECT_TRUE(waitFor([&] { return allowedActions(game).size() == 3; }));
 }
 
-TEST_F(X11StyleWithManager, TheControlsThatOpenboxKeepsAreReported) {
+TEST_F(X11StyleWithManager, TheRemovedControlsThatOpenboxStillOffersAreReported) {
   const xcb_window_t game = openManagedGame(Manager::Openbox);
   const WindowHandle handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
