@@ -65,13 +65,28 @@ TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
   ShowProcess show(server, {"--duration", "1", "--present", "modal", "--indicator", "--size",
                             "960x540", "--screenshot", screenshot});
   EXPECT_TRUE(show.waitForOutput("covered"));
-  const Picture animation = client.screenPicture(player());
-  EXPECT_TRUE(eventually([&] { return client.screenPicture(player()) != animation; }));
+  // The modal window has 480 by 270 pixels and is in the middle of the player. The indicator is in
+  // the middle of the modal window and moves.
+  const auto pictureOfModalWindow = [&] {
+    const PixelRect area = client.areaOnScreen(player());
+    return client.screenPicture({area.x + 240, area.y + 135, 480, 270});
+  };
+  const auto showsIndicator = [](const Picture& picture) {
+    const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
+    return picture.width == 480 && bounds.width > 0 && bounds.width <= 32 && bounds.height <= 32;
+  };
+  Picture first;
+  EXPECT_TRUE(eventually([&] {
+    first = pictureOfModalWindow();
+    return showsIndicator(first);
+  }));
+  EXPECT_TRUE(eventually([&] {
+    const Picture picture = pictureOfModalWindow();
+    return showsIndicator(picture) && picture != first;
+  }));
   EXPECT_EQ(show.wait(), 0) << show.output();
   const Picture modalScreenshot = Picture::readPng(screenshot);
   modalScreenshot.save("modal");
-  // The modal window has 480 by 270 pixels and is in the middle of the player. The indicator is in
-  // the middle of the modal window.
   EXPECT_NE(modalScreenshot.at(5, 5), kWhite);
   EXPECT_NE(modalScreenshot.at(239, 134), kWhite);
   EXPECT_EQ(modalScreenshot.at(240, 135), kWhite);
