@@ -79,7 +79,7 @@ void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* 
   if (monitors == nullptr) {
     return;
   }
-  if (monitors->nMonitors > 0) {
+  if (monitors->nMonitors > 0) {  // `Connection::isXwayland` needs the name of one monitor
     connection_.requestMonitorName(xcb_randr_get_monitors_monitors_iterator(monitors).data->name);
   }
   bool hasMonitor = false;

@@ -50,8 +50,9 @@ void StateRequestRelay::allowResizing(Window& window) {
   ControlsMonitor::scheduleCheck(window);
 }
 
-// While `preventsResizing` is true, the window has none of the states. So the owner's first request
-// to toggle a state adds the state, and a second request revokes the first.
+// While our hints remove the functions for resizing and maximising (`preventsResizing`), the window
+// is neither maximised nor fullscreen. So the owner's first request to toggle a state adds the
+// state, and a second request revokes the first.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   const Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !isOwnersStateRequest(message)) {

@@ -10,9 +10,9 @@ namespace vel::x11 {
 
 namespace {
 
-// For a window without a probe. Returns true if the hints were overridden so shortly before `begin`
-// that the window manager's events may be reactions to the override. Such events do not show that
-// the window manager has read the restored hints.
+// Returns true if we overrode the hints less than `kWindowManagerDelay` before `begin`. The window
+// manager's events may then be reactions to the override: they do not show that the window manager
+// has read the restored hints. Call this only for a window without a probe.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
