@@ -139,7 +139,7 @@ class Connection final : public NonCopyable {
   std::optional<xcb_query_extension_cookie_t> pendingXwaylandExtension_;
   std::optional<xcb_get_atom_name_cookie_t> pendingMonitorName_;
   bool hasRequestedMonitorName_ = false;
-  bool isXwayland_ = false;  // as far as the replies have been read
+  bool isXwayland_ = false;  // according to the replies that have been read
 };
 
 }  // namespace vel::x11

@@ -64,8 +64,8 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  // For some window managers, `readOfferedControls` assumes that our hints remove the control for
-  // resizing. While resizing is allowed, our hints do not remove it.
+  // After `WindowStyle::allowResizing`, our hints no longer remove the control for resizing. For
+  // some window managers, `readOfferedControls` still assumes that they do.
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }

@@ -7,8 +7,8 @@
 
 namespace vel::x11 {
 
-/// Reports the controls that the window manager still offers although a window's style mask
-/// excludes them.
+/// Reports the controls (close, miniaturise, resize) that the window manager still offers although
+/// a window's style mask excludes them.
 class ControlsMonitor final : public NonCopyable {
  public:
   ControlsMonitor(Connection& connection, WindowManager& windowManager, WindowTable& windows,

@@ -326,7 +326,8 @@ bool Cover::isViewable() const {
     windows.push_back(overlay_->window());
   }
   for (const Pane& pane : panes_) {
-    // Skips the first pane if the overlay hides it, and all panes in an unmapped overlay.
+    // Skips the hidden panes: the first pane if the overlay must be mapped, else the panes in the
+    // overlay.
     if (pane.isInOverlay == mustOverlayBeMapped && pane.child.isOpen()) {
       windows.push_back(pane.child.window);
     }

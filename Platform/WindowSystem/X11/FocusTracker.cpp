@@ -58,7 +58,7 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
     return;
   }
   focus_ = reportedFocus_ = window;
-  focusTime_ = connection_.serverTime();  // the time of the window's FocusIn is unknown
+  focusTime_ = connection_.serverTime();
   if (!std::exchange(isActive_, true)) {
     reports_.add([handle = static_cast<WindowHandle>(window)](WindowSystemDelegate& delegate) {
       delegate.applicationActivated(handle);

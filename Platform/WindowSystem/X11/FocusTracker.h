@@ -67,7 +67,9 @@ class FocusTracker final : public NonCopyable {
   bool hasPendingChanges_ = false;
   // True from the start, before any window has the focus: NSApplication starts active.
   bool isActive_ = true;
-  xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;  // server time of the last FocusIn
+  // The server time that was read after a window of the back end last got the focus. FocusIn events
+  // contain no time.
+  xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;
 };
 
 }  // namespace vel::x11
