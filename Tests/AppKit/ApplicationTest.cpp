@@ -64,8 +64,8 @@ class ScriptedWindowSystem final : public WindowSystem {
   /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// True if each operation causes a report. From the operation until the next `deliverEvents`,
-  /// `nextDeadline` returns 0 (now).
+  /// If true, each operation causes a report: `nextDeadline` returns 0 (now) until the next
+  /// `deliverEvents`.
   bool operationsCauseReports = false;
 
  private:

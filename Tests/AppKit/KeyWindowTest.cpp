@@ -223,7 +223,7 @@ TEST_F(MainWindowTest, IsNullWhileTheClosedMainWindowResignsKey) {
   EXPECT_EQ(mainWindowInHandler, "none");
 }
 
-TEST_F(MainWindowTest, IsNotAClosedWindowThatAHandlerOpensAgain) {
+TEST_F(MainWindowTest, IsNotTheClosedKeyWindowEvenIfAHandlerOpensItAgain) {
   openWindow("B");
   const auto window = openKeyWindow("A");
   recorder.onNext("B becomes key", [&] { window->orderFront(); });

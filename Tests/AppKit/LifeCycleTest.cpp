@@ -185,7 +185,7 @@ TEST_F(LifeCycleTest, MethodsAreCalledOnSiblingsFromBackToFront) {
                                            "back did appear", "front did appear"}));
 }
 
-TEST_F(LifeCycleTest, AddingASubviewCallsNoLifeCycleMethodOfTheSuperview) {
+TEST_F(LifeCycleTest, AddingASubviewCallsNoLifeCycleMethodOfTheOuterController) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();
@@ -299,7 +299,7 @@ TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAp
   EXPECT_EQ(recorder.takeEvents().size(), 4u);
 }
 
-TEST_F(LifeCycleTest, ADisappearMethodThatDoesNotCallTheBaseClassIsCalledAgainOnRemoval) {
+TEST_F(LifeCycleTest, ADisappearMethodThatSkipsTheBaseClassIsCalledAgainAfterTheHostsCall) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:
