@@ -34,7 +34,7 @@ class StructureSizeTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionShowsALaunchScreenUntilItsEnd) {
+TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
   CHost host;
   const FirstVersionStructure<VelCallbacks, kFirstCallbacksSize> callbacks(host.callbacks());
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(

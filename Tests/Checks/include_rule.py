@@ -15,7 +15,7 @@ BASE = ["Platform/Foundation"]
 PORT = ["Platform/WindowSystem", *BASE]  # the interface to window systems
 PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
 LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
-# The folders that a program needs if it chooses its window system.
+# For programs that choose between the window systems.
 BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
 EVERYTHING = [""]  # the root folder, which contains every folder
 # For each folder, the other folders that its files may include from. A folder's row also applies to

@@ -72,7 +72,7 @@ class HeadlessSystem final : public TestedSystem {
   static HeadlessWindowSystem& display() {
     return dynamic_cast<HeadlessWindowSystem&>(NSApp->windowSystem());
   }
-  // The first window of a display. The library opens no other window in the script.
+  // The only window that the library opens in the script. The headless display counts from 1.
   static WindowHandle handle() { return static_cast<WindowHandle>(1); }
   static HeadlessWindowSystem::Window state() {
     const HeadlessWindowSystem::Window* const window = display().window(handle());
@@ -211,9 +211,11 @@ struct Recording {
   /// The actions of the script, each followed by its callbacks and the pause reason of the
   /// countdown.
   Lines lines;
-  /// The calls of `controls_kept` and of `take_controls`. The library makes these calls when a
-  /// window manager replies, so their place among the other callbacks differs from run to run.
+  /// The calls of `controls_kept`: "some" if the call reports controls, otherwise "none". The
+  /// library makes these calls when a window manager replies, so their place among the other
+  /// callbacks differs from run to run.
   Lines keptControls;
+  /// The calls of `take_controls`, recorded like `keptControls`.
   Lines controlsToTake;
 };
 
@@ -331,7 +333,7 @@ void Script::resize() {
 void Script::play() {
   create();
   waitUntil("open", [this] { return system_.hasSize(kSize); });
-  // A window of the library cannot be resized while it is covered, so the script resizes it before.
+  // A window of the library cannot be resized while it is covered, so the script resizes it now.
   // A host can resize its own window while it is covered.
   if (covered_ == Covered::LibrarysWindow) {
     resize();
@@ -352,8 +354,9 @@ void Script::play() {
   }
   noteAction("the user closes the covered window");
   system_.userCloses();
-  // The library does not close its covered window, and these hosts ignore the request to close
-  // theirs. The launch screen stays until its time is used up: 1 is VEL_END_TIME_USED_UP.
+  // No window closes: the library refuses to close its own window while it is covered, and the
+  // hosts of this test ignore the request. The launch screen stays until its time is used up: 1 is
+  // VEL_END_TIME_USED_UP.
   waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
 
   noteAction("the host presents and dismisses a second launch screen");
@@ -397,9 +400,8 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // Only X11 and Wayland have a window manager, which can keep a disabled control on the window.
-  // metacity and sway keep different controls. After the first launch screen, controls_kept
-  // reports 0.
+  // The headless display has no window manager that could keep a disabled control. On X11 and
+  // Wayland, controls_kept reports 0 after the library has restored the controls.
   EXPECT_THAT(headless.keptControls, IsEmpty());
   EXPECT_THAT(x11.keptControls, Contains("none"));
   EXPECT_THAT(wayland.keptControls, Contains("none"));

@@ -228,7 +228,7 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
   WaylandToolkits() {
     std::vector<std::string> command{
         "env", "WAYLAND_DISPLAY=" + compositor->display(), "GDK_BACKEND=wayland",
-        // GTK 3 requires the variable, but it does not use it for a display with an absolute path.
+        // GTK 3 requires XDG_RUNTIME_DIR but does not use it: WAYLAND_DISPLAY is an absolute path.
         "XDG_RUNTIME_DIR=/tmp", "GSETTINGS_BACKEND=memory", "NO_AT_BRIDGE=1",
         "LIBGL_ALWAYS_SOFTWARE=1"};
     command.insert(command.end(), GetParam().command.begin(), GetParam().command.end());
