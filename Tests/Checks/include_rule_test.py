@@ -74,7 +74,7 @@ class IncludeRuleTest(unittest.TestCase):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 
-    def test_headers_of_posix_are_allowed_in_system_sources_only(self):
+    def test_headers_of_posix_are_allowed_only_in_the_folders_listed_for_them(self):
         self.assert_fault("Platform/Foundation/A.cpp", "#include <unistd.h>\n")
         self.assert_fault("Host/A.cpp", "#include <sys/ioctl.h>\n")
         self.assert_no_fault("Platform/Foundation/Linux/A.cpp", "#include <sys/epoll.h>\n")

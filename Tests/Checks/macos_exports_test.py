@@ -74,16 +74,17 @@ def exported_symbols(library):
     for _ in range(command_count):
         command, size = struct.unpack_from("<II", data, offset)
         if command == 2:  # LC_SYMTAB
-            symbols, count, strings = struct.unpack_from("<III", data, offset + 8)
+            symbols_offset, count, strings_offset = struct.unpack_from("<III", data, offset + 8)
             break
         offset += size
     names = set()
     for index in range(count):
-        name, kind = struct.unpack_from("<IB", data, symbols + 16 * index)
+        name_offset, kind = struct.unpack_from("<IB", data, symbols_offset + 16 * index)
         is_external = kind & 0x01 and not kind & 0x10  # N_EXT and not N_PEXT
         if is_external and kind & 0x0E != 0:  # N_TYPE is not N_UNDF
-            end = data.index(b"\0", strings + name)
-            names.add(data[strings + name : end].decode().removeprefix("_"))
+            start = strings_offset + name_offset
+            end = data.index(b"\0", start)
+            names.add(data[start:end].decode().removeprefix("_"))
     return names
 
 

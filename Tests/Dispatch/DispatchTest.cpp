@@ -106,7 +106,7 @@ TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
       std::ranges::is_sorted(order, {}, [](int number) { return std::pair(number % 10, number); }));
 }
 
-TEST_F(DispatchTest, WorkOfDispatchAsyncAndUndelayedDispatchAfterRunsInTheOrderOfSubmission) {
+TEST_F(DispatchTest, DispatchAfterWithoutADelayKeepsTheOrderOfSubmission) {
   letTimePass(1);
   submit("first");
   submitAt(kDispatchTimeNow, "second");

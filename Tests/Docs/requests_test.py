@@ -179,7 +179,7 @@ class Requests(unittest.TestCase):
 
     def test_each_row_about_modes_is_true(self):
         # A cell contains a JSON value in backticks or one of these words.
-        values_of_words = {"missing": None, "anything else": "Skip"}
+        values_of_words = {"missing": None, "anything else": "Skip"}  # only "skip" is skip mode
         for value, effect in rows("`mode`"):
             with self.subTest(value):
                 name = value.split(",")[0]

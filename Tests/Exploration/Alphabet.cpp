@@ -37,6 +37,7 @@ constexpr Action kActions[] = {
     {"deactivate", 0, R"({"do":"deactivate"})"},
 };
 
+// The end of a setting's JSON: the windows after the player window, and the closing brackets.
 #define VEL_EXPLORATION_OTHER_WINDOWS                               \
   R"({"name":"other","className":"OtherWindow","styleMask":7},)"    \
   R"({"name":"consent","className":"ConsentWindow","styleMask":1,)" \
@@ -64,7 +65,7 @@ std::string scenarioOf(const Setting& setting, const std::string& steps, int unt
 std::span<const Action> actions() { return kActions; }
 std::span<const Setting> settings() { return kSettings; }
 
-std::uint8_t actionNamed(std::string_view name) {
+std::uint8_t indexOfAction(std::string_view name) {
   const auto* const action = std::ranges::find(kActions, name, &Action::name);
   if (action == std::end(kActions)) {
     throw std::invalid_argument("no action has the name \"" + std::string(name) + "\"");

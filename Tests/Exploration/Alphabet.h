@@ -33,7 +33,7 @@ struct Setting {
 [[nodiscard]] std::span<const Setting> settings();
 /// Returns the index of the action with this name. Throws `std::invalid_argument` if no action has
 /// the name.
-[[nodiscard]] std::uint8_t actionNamed(std::string_view name);
+[[nodiscard]] std::uint8_t indexOfAction(std::string_view name);
 
 /// The actions of a script, as indices into `actions()`.
 using Script = std::vector<std::uint8_t>;

@@ -21,7 +21,7 @@ const Setting& settingWithoutContentViewController() { return settings().front()
 Script scriptOf(const std::vector<std::string_view>& names) {
   Script script;
   for (const std::string_view name : names) {
-    script.push_back(actionNamed(name));
+    script.push_back(indexOfAction(name));
   }
   return script;
 }

@@ -50,7 +50,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
     // A violation at this point comes from `end`, which deactivates the manager.
     if (!play.violation().empty()) {
       exploration.finding = {.violation = play.violation(), .script = script};
-      exploration.finding->script.push_back(actionNamed("deactivate"));
+      exploration.finding->script.push_back(indexOfAction("deactivate"));
     }
     return play.violation().empty();
   };

@@ -120,7 +120,7 @@ TEST_F(AppKitHost, RecordsTheEventHalfASecondAfterTheLaunchScreenDisappears) {
 }
 
 // metacity draws the buttons of the title bar, and the free AppKit cannot remove these buttons. The
-// library can only fix the size of the window, which changes the size hints.
+// library can only forbid resizing, which changes the size hints.
 TEST_F(AppKitHost, ChangesItsSizeHintsWhileCoveredAndThenRestoresThem) {
   HostProcess host({examplePath("appkit-host"), "-seconds", "1.5", "-mode", kEmbedded},
                    server.display());
