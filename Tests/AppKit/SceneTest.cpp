@@ -152,8 +152,8 @@ TEST_F(SceneTest, ADestroyedWindowShowsItsViewsWhenOpenedAgain) {
   EXPECT_EQ(scene(), Scene{fillItem(CGRectMake(0, 0, 9, 9), kRed)});
 }
 
-// The owner of an adopted window can deminiaturise it while the run loop does not run. The window
-// system must then already have the current scene.
+// The owner of an adopted window can deminiaturise the window while the run loop does not run.
+// Sending the scene in the next pass of the run loop would be too late.
 TEST_F(SceneTest, EachChangeUpdatesTheSceneOfAMiniaturisedWindowAtOnce) {
   const auto view = addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   window->miniaturize();

@@ -1,6 +1,6 @@
 // Calls from inside callbacks. The library calls log_line, will_appear and may_disappear during an
-// operation. Inside these three callbacks, vel_request and vel_present return VEL_BUSY. Inside the
-// other callbacks, both calls work.
+// operation. Inside these three callbacks, vel_request and vel_present return VEL_BUSY. The library
+// calls all other callbacks after the operation. Inside those callbacks, both functions work.
 //
 // The tests of vel_dismiss use mode "skip", in which the host may dismiss the launch screen at any
 // time.
@@ -164,7 +164,7 @@ TEST_F(CallsInCallbacksTest, ASecondDismissalBeforeTheCoverIsRemovedChangesNothi
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, ASuccessfulCallClearsTheErrorOfACallInsideItsCallbacks) {
+TEST_F(CallsInCallbacksTest, AnErrorInsideACallbackIsClearedWhenTheOuterCallSucceeds) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "will_appear" || callback == "state_changed") {
       EXPECT_EQ(vel_run(screen, -1), VEL_INVALID_ARGUMENT);

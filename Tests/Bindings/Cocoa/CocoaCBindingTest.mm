@@ -300,7 +300,7 @@ TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKey) {
   [small release];
 }
 
-TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKeyIfTheHostsWindowOpenedAfterPresent) {
+TEST_F(CocoaCBinding, TheCountdownOverAWindowOpenedAfterPresentPausesWhileAnotherWindowIsKey) {
   [window orderOut:nil];
   present(60);
   [window makeKeyAndOrderFront:nil];

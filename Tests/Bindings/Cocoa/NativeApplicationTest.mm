@@ -110,7 +110,8 @@ TEST_F(NativeApplicationTest, AStartWithoutFileDescriptorsFailsAndCanBeRepeated)
 #endif
 
 TEST_F(NativeApplicationTest, RefusesAPointerThatIsNotAWindowOfTheProcess) {
-  void* other = nullptr;  // aligned like an object
+  // The type void* gives `other` the alignment that an NSWindow* requires.
+  void* other = nullptr;
   EXPECT_EQ(vel_objc::windowFor(reinterpret_cast<NSWindow*>(&other), error), nullptr);
   EXPECT_NE(error, "");
 }
