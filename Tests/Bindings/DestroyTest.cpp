@@ -153,10 +153,12 @@ TEST_F(DestroyTest, InsideControlsKept) {
     }
   };
   dispatch_async(dispatch_get_main_queue(), [] {
-    windowSystem().windowManagerKeepsControls(NSApp->keyWindow()->handle(), VEL_CONTROL_CLOSE);
+    windowSystem().windowManagerKeepsControls(NSApp->keyWindow()->handle(),
+                                              NSWindowStyleMaskClosable);
   });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
-  EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "controls_kept 2");
+  EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2],
+            "controls_kept " + std::to_string(VEL_CONTROL_CLOSE));
   EXPECT_EQ(host.callbackLines.back(), "ended 5");
   expectDestroyed();
 }
@@ -169,6 +171,7 @@ TEST_F(DestroyTest, ARunReturnsWhenACallbackDestroysTheLaunchScreen) {
     }
   };
   EXPECT_EQ(vel_run(screen, 1e9), VEL_OK);
+  // Because of rounding, a countdown of 1 s ends at the eleventh step of 0.1 s.
   EXPECT_EQ(secondsFromNanoseconds(NSRunLoop::mainRunLoop().now()), 1.1);
   expectDestroyed();
 }

@@ -115,14 +115,14 @@ TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
 
 TEST_F(EndedTest, ADismissalRefusedInForcedModeDoesNotChangeTheReason) {
   present(VEL_PRESENT_MODAL, 5);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
   EXPECT_EQ(endCount(), 0u);
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
 TEST_F(EndedTest, AfterARefusedDismissalAClosedWindowHasTheReasonWindowClosed) {
   present(VEL_PRESENT_MODAL, 5);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
   runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
   expectEndedOnce(VEL_END_WINDOW_CLOSED);
 }
@@ -211,6 +211,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
   }
 }
 
+// vel_dismiss calls may_disappear, in which vel_pump calls did_disappear.
 TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "may_disappear") {
@@ -227,6 +228,7 @@ TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   EXPECT_EQ(endCount(), 1u);
 }
 
+// vel_present logs a line before it shows the launch screen.
 TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {

@@ -26,6 +26,7 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear"}));
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_TRUE(isUp());
+  // Because of rounding, a countdown of 1 s ends at the eleventh step of 0.1 s.
   ASSERT_EQ(vel_run(screen, 1.05), VEL_OK);
   EXPECT_EQ(host.callbackLines.size(), 2u);
   ASSERT_EQ(vel_run(screen, 0.05), VEL_OK);
@@ -140,7 +141,7 @@ TEST_F(CRunTest, InSkipModeADismissalRecordsNoEvent) {
 
 TEST_F(CRunTest, InForcedModeARefusedDismissalRecordsTheEventTwoAndAHalfSecondsLater) {
   present(VEL_PRESENT_EMBEDDED, 60);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the cover stays
   ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "may_disappear");
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
@@ -152,8 +153,7 @@ TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // If `vel_dismiss` had set `launchScreenExpired`, the loss of focus would not pause the
-  // countdown.
+  // If vel_dismiss had taken effect, the loss of focus would not pause the countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
@@ -162,7 +162,7 @@ TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissOnAnotherThreadChangesNothing) {
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   VelStatus status = VEL_INTERNAL_ERROR;
   std::thread([&] { status = vel_dismiss(screen); }).join();
-  EXPECT_EQ(status, VEL_OK);
+  EXPECT_EQ(status, VEL_OK);  // only the owning thread gets VEL_NOT_UP
   host.callbackLines.clear();
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_TRUE(host.callbackLines.empty());

@@ -44,6 +44,7 @@ TEST_F(ObjectiveCConfiguration, TheDefaultCanBeReplaced) {
       [[[LaunchScreenConfiguration alloc] init] autorelease];
   [LaunchScreenConfiguration setDefaultConfiguration:replacement];
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] == replacement);
+  // Setting the current default again must not deallocate it.
   [LaunchScreenConfiguration setDefaultConfiguration:replacement];
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] == replacement);
 }

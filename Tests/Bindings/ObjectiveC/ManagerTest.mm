@@ -163,7 +163,7 @@ TEST_F(ObjectiveCManager, ARequestMadeOnAnotherThreadIsLoadedOnTheMainThread) {
     content = [request(parametersWith(@"5")) retain];
     [threadPool release];
   });
-  EXPECT_EQ([content state], 0U);
+  EXPECT_EQ([content state], 0U);  // not loaded yet
   platform.runDueWork();
   EXPECT_EQ([content state], ContentDataStateLoaded);
   EXPECT_TRUE(delegate->isOnMainThread);
