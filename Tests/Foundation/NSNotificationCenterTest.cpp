@@ -128,7 +128,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectOrForAnyIfThatObjectIsNull) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectAndNullMeansAnyObject) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);

@@ -91,7 +91,7 @@ TEST_F(NSRunLoopTest, APassReturnsWhetherItDidAnything) {
   EXPECT_FALSE(loop.pump());
   dispatch("work");
   EXPECT_TRUE(loop.pump());
-  schedule(0, makeRecorder("timer"));
+  schedule(0.1, makeRecorder("timer"));
   EXPECT_FALSE(loop.pump());
   letTimePass(0.1);
   EXPECT_TRUE(loop.pump());
@@ -217,8 +217,8 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
-  // The first call waits. When it returns, the loop no longer waits, so the wake-up must not end
-  // the wait of the second call.
+  // The wake-up comes after the wait of the first call. The pass of the second call serves the
+  // wake-up, which must not also end the wait of the second call.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
