@@ -10,7 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # with a sanitizer.
 TIMEOUT = 120
 
-# The program finds no display, so it does not open windows on the display of the developer.
+# Without these variables, the program does not open windows on the developer's display.
 _environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
 
 

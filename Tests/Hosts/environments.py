@@ -28,14 +28,15 @@ def wait_until(condition, patience=PATIENCE, pause=0.02):
 class Environment:
     """A window manager and possibly a compositor. The environment "bare" has neither.
 
-    `commands` start the window manager and the compositor. `files` maps the name of each settings file
-    in the display's home folder to the content of the file. `needs_bus` is true if the window manager or the
-    compositor needs a session bus of D-Bus.
+    `commands` start the window manager and the compositor. Each trial has a home folder of its own, and
+    `{home}` in a command stands for this folder. `files` maps the name of each settings file in the home
+    folder to the content of the file. `needs_bus` is true if the window manager or the compositor needs
+    a session bus of D-Bus.
 
     `buttons` maps the name of each button of the frame to an offset: the position of the button's
     centre relative to the top right corner of the area inside the frame. The map is empty if the window
     manager draws no buttons. `can_resize` is true if the user can resize a window by the bottom right
-    corner of the frame. `publishes_actions_when_mapped` is true if the window manager writes
+    corner of the frame. `publishes_actions_only_when_mapped` is true if the window manager writes
     _NET_WM_ALLOWED_ACTIONS only when it maps a window.
     """
 
@@ -48,7 +49,7 @@ class Environment:
         can_resize=False,
         has_compositor=False,
         needs_bus=False,
-        publishes_actions_when_mapped=False,
+        publishes_actions_only_when_mapped=False,
     ):
         self.name = name
         self.commands = commands
@@ -57,7 +58,7 @@ class Environment:
         self.can_resize = can_resize
         self.has_compositor = has_compositor
         self.needs_bus = needs_bus
-        self.publishes_actions_when_mapped = publishes_actions_when_mapped
+        self.publishes_actions_only_when_mapped = publishes_actions_only_when_mapped
         self.has_manager = bool(commands)
 
 
@@ -97,7 +98,7 @@ ENVIRONMENTS = [
         can_resize=True,
         has_compositor=True,
         needs_bus=True,
-        publishes_actions_when_mapped=True,
+        publishes_actions_only_when_mapped=True,
     ),
     Environment(
         "marco",

@@ -7,7 +7,7 @@ import subprocess
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
-PROGRAMS = HERE / "programs"
+SOURCES = HERE / "programs"
 
 
 class Host:
@@ -15,8 +15,9 @@ class Host:
 
     `command` contains the placeholders `bin`, the folder of the built programs, and `home`, the home
     folder of the trial. `window` is a part of the window's class or title. `build_commands` build the
-    program. `needs` contains the names of other programs that must be installed. `variables` contains
-    environment variables for the program.
+    program. Their placeholders are `bin` and `sources`, the folder of the source files. `needs`
+    contains the names of other programs that must be installed. `variables` contains environment
+    variables for the program.
 
     `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
     on a second SIGUSR1. The change happens while the window is covered, or, if `changes_before_cover`
@@ -66,14 +67,14 @@ class Host:
 
 
 def _bad_host(habit, description, name=None):
-    # The name has no "bad-" for a translucent window, which is not a bad habit.
+    # The habit "argb" is not bad, so the name of its host has no "bad-".
     name = name or (habit if habit == "argb" else "bad-" + habit)
     return Host(name, description, ["{bin}/hosts-badhost", habit], "BadHost")
 
 
 def _compile_command(name, package, source, compiler):
     """Returns the command that builds a program with the flags of a package in pkg-config."""
-    return "%s -O1 -o {bin}/hosts-%s {programs}/%s $(pkg-config --cflags --libs %s)" % (
+    return "%s -O1 -o {bin}/hosts-%s {sources}/%s $(pkg-config --cflags --libs %s)" % (
         compiler,
         name,
         source,
@@ -146,7 +147,7 @@ HOSTS = [
         ["java", "-cp", "{bin}", "HostsSwing"],
         "hosts-swing",
         needs=["java"],
-        build_commands=["javac -d {bin} {programs}/HostsSwing.java"],
+        build_commands=["javac -d {bin} {sources}/HostsSwing.java"],
     ),
     _sdl2_host("sdl2", "an SDL 2 game"),
     Host("glxgears", "an OpenGL program", ["glxgears", "-geometry", "500x400+100+80"], "glxgears"),
@@ -154,7 +155,7 @@ HOSTS = [
         "godot",
         "a game of Godot 3 with GLES2",
         ["godot3-runner", "--video-driver", "GLES2", "--audio-driver", "Dummy"]
-        + ["--path", str(PROGRAMS / "godot")],
+        + ["--path", str(SOURCES / "godot")],
         "hosts-godot",
     ),
     Host(
@@ -217,7 +218,7 @@ def build(host, programs):
     """Builds the host's program. Returns the reason for a failure, or None."""
     for command in host.build_commands:
         command = command.format(
-            bin=shlex.quote(str(programs)), programs=shlex.quote(str(PROGRAMS))
+            bin=shlex.quote(str(programs)), sources=shlex.quote(str(SOURCES))
         )
         process = subprocess.run(
             ["bash", "-c", "set -o pipefail; " + command],

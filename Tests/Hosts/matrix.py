@@ -7,8 +7,9 @@ usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jo
 FOLDER must contain hosts-sampler and hosts-badhost. The script builds the other programs of the hosts
 in FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
 JSON file. The name of the JSON file is TABLE with the suffix .json instead of the suffix of TABLE. With
---update, both files also contain earlier results: the script reads them from the JSON file, for all pairs of
-host and environment that it does not run. Exits with 1 if a result in the table is a fault or "not run".
+--update, the script reads the earlier results in the JSON file. Both files then also contain the earlier
+result of each pair of host and environment that this run does not include. Exits with 1 if a result in
+the table is a fault or "not run".
 """
 
 import argparse

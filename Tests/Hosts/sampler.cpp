@@ -4,7 +4,8 @@
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
 // BACKDROP is the colour of the screen behind the window. MICROSECONDS is the pause between two
-// frames. Each output line describes one frame:
+// frames. The points are numbered row by row from the top left. The first point is bit 0 of a mask.
+// Each output line describes one frame:
 //
 // - the time of CLOCK_MONOTONIC in nanoseconds
 // - the window's state: V viewable, U not viewable, D destroyed
@@ -91,7 +92,7 @@ class Sampler {
   void sample() {
     xcb_grab_server(connection_);
     bool isAreaCurrent = sampleAt(visibleArea_);
-    // If the window has moved since the last frame, reads the points of its current position.
+    // If the window has moved since the last frame, the call above has updated `visibleArea_`.
     for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
       isAreaCurrent = sampleAt(visibleArea_);
     }
@@ -138,8 +139,8 @@ class Sampler {
     }
   }
 
-  /// Returns the part of `area` that the screen shows: without the shadow that the program draws
-  /// around its window, and clipped by the window's ancestors.
+  /// Returns the part of `area` that the screen shows: without the shadow that the window's owner
+  /// draws, and clipped by the window's ancestors.
   Rect clip(Rect area) {
     area = shrink(area, shadowExtents_);
     area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
@@ -240,7 +241,7 @@ class Sampler {
   xcb_atom_t frameExtentsAtom_;
   Rect windowArea_;
   Rect visibleArea_;
-  Extents shadowExtents_{};  // of the shadow that the program draws
+  Extents shadowExtents_{};  // of the shadow that the window's owner draws
   Extents frameExtents_{};   // of the window manager's frame
   char state_ = 'U';
   std::uint32_t nonWhitePoints_ = 0;

@@ -635,7 +635,7 @@ class Trial:
             now = actions()
             lost = [name for name in before if name not in now]
             gained = [name for name in now if name not in before]
-            if self.host.maps_again and self.environment.publishes_actions_when_mapped and not gained:
+            if self.host.maps_again and self.environment.publishes_actions_only_when_mapped and not gained:
                 self.result["note"] = (
                     "the window manager publishes the allowed actions only when it maps a window: "
                     "the list still lacks the actions that the cover removed"
