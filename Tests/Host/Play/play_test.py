@@ -46,15 +46,15 @@ class Refusals(unittest.TestCase):
                 self.error_for(content)
 
     def test_error_names_the_path_of_an_invalid_value(self):
-        step = '{{"steps": [{{"do": "activate"}}, {}]}}'
+        template = '{{"steps": [{{"do": "activate"}}, {}]}}'
         for content, path in (
-            (step.format('{"do": "vanish"}'), "/steps/1/do"),
-            (step.format('{"do": "makeKey"}'), "/steps/1/window"),
-            (step.format('{"do": "makeKey", "window": "nobody"}'), "/steps/1/window"),
-            (step.format('{"do": "activate", "at": -1}'), "/steps/1/at"),
-            (step.format('{"do": "activate", "at": 1000001}'), "/steps/1/at"),
-            (step.format('{"do": "activate", "colour": "red"}'), "/steps/1/colour"),
-            (step.format('{"do": "activate", "broker": 1}'), "/steps/1/broker"),
+            (template.format('{"do": "vanish"}'), "/steps/1/do"),
+            (template.format('{"do": "makeKey"}'), "/steps/1/window"),
+            (template.format('{"do": "makeKey", "window": "nobody"}'), "/steps/1/window"),
+            (template.format('{"do": "activate", "at": -1}'), "/steps/1/at"),
+            (template.format('{"do": "activate", "at": 1000001}'), "/steps/1/at"),
+            (template.format('{"do": "activate", "colour": "red"}'), "/steps/1/colour"),
+            (template.format('{"do": "activate", "broker": 1}'), "/steps/1/broker"),
             ('{"steps": [{"do": "activate", "at": 2}, {"do": "activate", "at": 1}]}',
              "/steps/1/at"),
             ('{"host": {"windows": [{"name": "a"}, {"name": "a"}]}}', "/host/windows/1/name"),

@@ -592,8 +592,8 @@ TEST(PlayStepsTest, WorkThatAStepQueuesRunsBeforeTheNextStep) {
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"},)"
       R"({"do":"contentView"})");
   EXPECT_THAT(linesAfter(trace, "request"), Contains(R"("state":3,"content":"main"})"));
-  // The content is the first delegate. `contentView` adds the manager only if the content is
-  // loaded.
+  // The content is the first delegate. If the content is loaded, `contentView` adds the manager as
+  // the second delegate.
   EXPECT_EQ(lastInspection(trace)["controller"]["delegates"], 2);
 }
 
@@ -603,14 +603,14 @@ TEST(PlayStepsTest, StepWithoutTimeHasTheTimeOfThePreviousStep) {
   EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
 }
 
-TEST(PlayStepsTest, PlayEndsAtUntilButNotBeforeTheLastStep) {
+TEST(PlayStepsTest, PlayEndsAtTheLaterOfUntilAndTheLastStep) {
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
               testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),
               testing::StartsWith(R"({"t":1000000.000000000,"inspect":)"));
 }
 
-TEST(PlayStepsTest, TheContentsErrorExistsUntilTheNextPassOfTheLoop) {
+TEST(PlayStepsTest, ErrorOfTheContentExistsUntilTheNextPassOfTheLoop) {
   const std::string failingRequest =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
   EXPECT_EQ(lastInspection(play(failingRequest))["content"]["error"],

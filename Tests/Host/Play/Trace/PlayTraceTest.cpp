@@ -110,6 +110,7 @@ TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",
            1);
+  // In the last tick, the dismissal sets the time left to 0. Then the tick subtracts 0.1 s.
   EXPECT_THAT(
       std::vector(trace.begin(), trace.end() - 1),
       ElementsAre(
