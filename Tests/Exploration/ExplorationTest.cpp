@@ -219,7 +219,7 @@ const Example kExamples[] = {
 
 class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
+TEST_P(StyleExceptionTest, LeavesTheKnownWrongStyles) {
   const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
   ASSERT_EQ(exception.name, example.exceptionName);
@@ -237,7 +237,7 @@ TEST_P(StyleExceptionTest, LeavesTheExpectedStyles) {
   EXPECT_EQ(styles, example.remainingStyles);
   EXPECT_TRUE(std::ranges::any_of(play.hostWindows(), [&](const auto& window) {
     return window->styleMask() != play.originalStyle(*window) &&
-           exception.hasExpectedStyle(play, *window);
+           exception.hasResultingStyle(play, *window);
   }));
 }
 

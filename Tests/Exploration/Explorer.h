@@ -33,9 +33,8 @@ struct Exploration {
   std::optional<Finding> finding;
 };
 
-/// Plays every script of up to `depth` actions, shorter scripts first. Each play begins with a new
-/// host. If several scripts lead to the same state, only the first of these scripts is extended by
-/// further actions.
+/// Plays scripts of up to `depth` actions, shorter scripts first. Each play begins with a new host.
+/// Extends a script by every action, unless an earlier script leads to the same state.
 [[nodiscard]] Exploration explore(const Setting& setting, std::span<const Invariant> invariants,
                                   std::size_t depth);
 

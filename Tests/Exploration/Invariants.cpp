@@ -135,7 +135,7 @@ bool hasKnownWrongStyle(const ObservedPlay& play, const NSWindow& window) {
   const auto exceptions = styleExceptions();
   for (std::size_t index = 0; index < exceptions.size(); ++index) {
     if (play.history().styleExceptions.test(index) &&
-        exceptions[index].hasExpectedStyle(play, window)) {
+        exceptions[index].hasResultingStyle(play, window)) {
       return true;
     }
   }

@@ -122,8 +122,8 @@ constexpr StyleException kStyleExceptions[] = {
      "the second cover saves the style that the first cover has set, and restores it",
      &presentsOverCoveredWindow, &isWithoutControls},
     {"a closed window whose style another controller restores",
-     "the cover over the closed window has saved no style, and the other controller writes the "
-     "value for \"no saved style\" as the style",
+     "the cover over the closed window does not appear, so its controller saves no style; the "
+     "dismissal of the other controller restores the value for \"no saved style\" to the window",
      &presentsOverClosedWindow, &hasEveryBit},
 };
 

@@ -13,8 +13,8 @@ struct StyleException {
   std::string_view reason;
   /// Returns true if the step causes this case. Called just before the step is played.
   bool (*isCausedBy)(const ObservedPlay& play, const host::Step& step) = nullptr;
-  /// Returns true if the window has the style that this case leaves.
-  bool (*hasExpectedStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
+  /// Returns true if the window has the wrong style that this case leaves.
+  bool (*hasResultingStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
 };
 
 [[nodiscard]] std::span<const StyleException> styleExceptions();
