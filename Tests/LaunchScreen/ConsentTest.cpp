@@ -49,7 +49,7 @@ TEST_F(ConsentTest, OnlyTheInnermostModalSessionEnds) {
   present(openPlayerWindow(), kHostModeModalWindow);
   const auto modalWindow = controller()->view()->window();
   NSApp->beginModalSession(consentDialog);
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(NSApp->modalWindow(), modalWindow);
 }
 
@@ -57,7 +57,7 @@ TEST_F(ConsentTest, AnExpiredLaunchScreenAlsoBecomesKey) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   manager->setAppIsUnfocused(true);
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(NSApp->keyWindow(), window);
   EXPECT_FALSE(manager->appIsUnfocused());
 }
@@ -71,7 +71,7 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
     EXPECT_EQ(NSApp->modalWindow(), nullptr);
     EXPECT_EQ(NSApp->keyWindow(), nullptr);
   });
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
@@ -82,23 +82,23 @@ TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomes
   const auto otherWindow = openWindow("NSWindow");
   hostController->onNextCall(
       [&] { otherWindow->contentView()->addSubview(hostController->view()); });
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(NSApp->keyWindow(), otherWindow);
 }
 
 TEST_F(ConsentTest, ANotificationIsPostedOnlyIfTheLaunchScreenWindowWasNotKey) {
   show(5.0);
   window->makeKeyWindow();
-  resignKey(window);
+  notifyDidResignKey(window);
   const auto observer = make<KeyObserver>();
   NSNotificationCenter::defaultCenter()
       .addObserverSelectorNameObject<&KeyObserver::windowDidBecomeKey>(
           observer, NSWindowDidBecomeKeyNotification, nullptr);
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_TRUE(observer->keyWindows.empty()) << "the window was key already";
   platform.windowSystem().userMovesFocusAway();
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(observer->keyWindows, std::vector<Strong<NSWindow>>{window})
       << "the window becomes key";
 }
@@ -107,7 +107,7 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   NSApp->beginModalSession(consentDialog);
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
   EXPECT_EQ(NSApp->keyWindow(), nullptr);
   EXPECT_TRUE(manager->appIsUnfocused());
@@ -121,7 +121,7 @@ TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown)
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consentDialog));
   const auto runningTimer = timer();
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   EXPECT_EQ(timer(), runningTimer);
   EXPECT_FALSE(manager->appIsUnfocused());
 }
@@ -131,7 +131,7 @@ TEST_F(ConsentTest, WithoutAnApplicationTheCountdownStillResumes) {
   manager->pauseTimer();
   const Strong<NSApplication> application = NSApp;
   NSApp = nullptr;
-  resignKey(consentDialog);
+  notifyDidResignKey(consentDialog);
   NSApp = application;
   EXPECT_NE(timer(), nullptr);
 }
@@ -145,7 +145,7 @@ TEST_F(ConsentTest, ADialogWithAnotherControllerClassIsNotAConsentDialog) {
     otherWindow->contentViewController()->addChildViewController(
         make<NamedViewController>("GDPRViewController"));
     NSApp->beginModalSession(otherWindow);
-    resignKey(otherWindow);
+    notifyDidResignKey(otherWindow);
     EXPECT_EQ(NSApp->modalWindow(), otherWindow) << name;
     EXPECT_EQ(NSApp->keyWindow(), nullptr) << name;
   }

@@ -50,7 +50,7 @@ TEST_F(FocusTest, NotificationsOfApplicationActivationAndMiniaturizingHaveNoEffe
   manager->subscribeAppLifecycle();
   for (const bool isCountingDown : {true, false}) {
     if (!isCountingDown) {
-      resignKey(window);
+      notifyDidResignKey(window);
     }
     const auto stateBefore = state();
     for (const Strong<NSObject>& object : {Strong<NSObject>(window), Strong<NSObject>()}) {
@@ -98,7 +98,7 @@ TEST_F(FocusTest, SwitchingToAnotherApplicationPausesTheCountdownUntilTheUserCom
 TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
   show(5.0);
   const auto runningTimer = timer();
-  resignKey(window);
+  notifyDidResignKey(window);
   EXPECT_FALSE(runningTimer->isValid());
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 5.0);
@@ -108,7 +108,7 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
 TEST_F(FocusTest, ARequiredWindowThatResignsKeySetsUnfocusedEvenWithoutACountdown) {
   show(5.0);
   manager->stopTimer();
-  resignKey(window);
+  notifyDidResignKey(window);
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
@@ -116,17 +116,17 @@ TEST_F(FocusTest, AfterTheExpirationARequiredWindowThatResignsKeyChangesNothing)
   show(5.0);
   manager->setLaunchScreenExpired(true);
   const auto stateBefore = state();
-  resignKey(window);
+  notifyDidResignKey(window);
   EXPECT_EQ(state(), stateBefore);
 }
 
 TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
   show(5.0);
   const auto stateBefore = state();
-  resignKey(openWindow("NSWindow"));
-  resignKey(openPlayerWindowWithContentViewController());
-  resignKey(nullptr);
-  resignKey(hostController);  // a controller instead of a window
+  notifyDidResignKey(openWindow("NSWindow"));
+  notifyDidResignKey(openPlayerWindowWithContentViewController());
+  notifyDidResignKey(nullptr);
+  notifyDidResignKey(hostController);  // a controller instead of a window
   EXPECT_EQ(state(), stateBefore);
 }
 
@@ -135,8 +135,8 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
 
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   show(5.0);
-  resignKey(window);
-  becomeKey(window);
+  notifyDidResignKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_FALSE(manager->appIsUnfocused());
   ASSERT_NE(timer(), nullptr);
   EXPECT_TRUE(timer()->isValid());
@@ -147,7 +147,7 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
   show(5.0);
   const auto runningTimer = timer();
-  becomeKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_EQ(timer(), runningTimer);
 }
 
@@ -155,28 +155,28 @@ TEST_F(FocusTest, WithNoTimeLeftARequiredWindowThatBecomesKeyStartsNoCountdown) 
   show(5.0);
   manager->stopTimer();
   manager->setAppIsUnfocused(true);
-  becomeKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_FALSE(manager->appIsUnfocused());
   EXPECT_EQ(timer(), nullptr);
 }
 
 TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItBecomesKey) {
   show(5.0, "skip");
-  resignKey(window);
+  notifyDidResignKey(window);
   manager->setLaunchShouldBeClosed(true);
   const auto stateBefore = state();
-  becomeKey(openWindow("NSWindow"));
-  becomeKey(nullptr);
+  notifyDidBecomeKey(openWindow("NSWindow"));
+  notifyDidBecomeKey(nullptr);
   EXPECT_EQ(state(), stateBefore);
   EXPECT_TRUE(hostController->calls.empty());
 }
 
 TEST_F(FocusTest, APostponedEventIsScheduledASecondAfterTheWindowBecomesKey) {
   show(5.0);
-  resignKey(window);
+  notifyDidResignKey(window);
   manager->sendAnalyticsEvent();
   ASSERT_TRUE(manager->launchShouldBeClosed());
-  becomeKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_NE(timer(), nullptr) << "the countdown goes on at once";
   platform.run(0.999999999);
   EXPECT_FALSE(manager->eventWasSended());
@@ -190,9 +190,9 @@ TEST_F(FocusTest, APostponedEventIsScheduledASecondAfterTheWindowBecomesKey) {
 TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
-  becomeKey(window);
+  notifyDidBecomeKey(window);
   platform.run(0.5);
-  resignKey(window);
+  notifyDidResignKey(window);
   platform.run(5.0);
   EXPECT_TRUE(platform.events.empty());
   EXPECT_FALSE(manager->eventWasSended());
@@ -201,8 +201,8 @@ TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
 TEST_F(FocusTest, IfTheWindowBecomesKeyTwiceAPostponedEventIsRecordedOnce) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
-  becomeKey(window);
-  becomeKey(window);
+  notifyDidBecomeKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_TRUE(manager->launchShouldBeClosed());
   EXPECT_EQ(pendingTaskCount(), 2u);
   platform.run(3.0);
@@ -211,7 +211,7 @@ TEST_F(FocusTest, IfTheWindowBecomesKeyTwiceAPostponedEventIsRecordedOnce) {
 
 TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
   show(5.0, "skip");
-  resignKey(window);
+  notifyDidResignKey(window);
   manager->setLaunchShouldBeClosed(true);
   bool wasCalled = false;
   hostController->onNextCall([&] {
@@ -219,7 +219,7 @@ TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
     EXPECT_EQ(timer(), nullptr);
     EXPECT_FALSE(manager->appIsUnfocused());
   });
-  becomeKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_TRUE(wasCalled);
   EXPECT_EQ(hostController->calls, Calls{"dismissViewController"});
   EXPECT_NE(timer(), nullptr);
@@ -229,8 +229,8 @@ TEST_F(FocusTest, InSkipModeAPostponedDismissalComesBeforeTheCountdownStarts) {
 
 TEST_F(FocusTest, InSkipModeWithoutAPostponedDismissalNothingIsDismissed) {
   show(5.0, "skip");
-  resignKey(window);
-  becomeKey(window);
+  notifyDidResignKey(window);
+  notifyDidBecomeKey(window);
   EXPECT_TRUE(hostController->calls.empty());
 }
 

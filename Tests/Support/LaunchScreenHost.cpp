@@ -100,12 +100,12 @@ void ShownLaunchScreenTest::show(double duration, std::string_view mode) {
   manager->startTimer();
 }
 
-void ShownLaunchScreenTest::resignKey(const Strong<NSObject>& object) {
+void ShownLaunchScreenTest::notifyDidResignKey(const Strong<NSObject>& object) {
   manager->windowDidResignKey(
       NSNotification::initWithNameObject(NSWindowDidResignKeyNotification, object));
 }
 
-void ShownLaunchScreenTest::becomeKey(const Strong<NSObject>& object) {
+void ShownLaunchScreenTest::notifyDidBecomeKey(const Strong<NSObject>& object) {
   manager->windowDidBecomeKey(
       NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, object));
 }

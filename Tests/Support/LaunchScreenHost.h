@@ -123,16 +123,16 @@ class LaunchScreenTest : public VirtualPlatformTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest in which a HostController shows the launch screen. `resignKey` and
-/// `becomeKey` send a notification directly to the manager. They do not change the key state of a
-/// window.
+/// A LaunchScreenTest in which a HostController shows the launch screen. `notifyDidResignKey` and
+/// `notifyDidBecomeKey` send a notification directly to the manager. They do not change the key
+/// state of a window.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
   /// Loads content, shows the controller's view in an open window that is not key, and starts the
   /// countdown.
   void show(double duration, std::string_view mode = "");
-  void resignKey(const Strong<NSObject>& object);
-  void becomeKey(const Strong<NSObject>& object);
+  void notifyDidResignKey(const Strong<NSObject>& object);
+  void notifyDidBecomeKey(const Strong<NSObject>& object);
 
   Strong<HostController> hostController;
   Strong<NSWindow> window;
