@@ -198,7 +198,8 @@ class Trial:
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
 
     def has_drawn_window(self):
-        """True if the host has drawn its window. SDL can replace a new window when it creates a renderer."""
+        """True if the host has drawn its window."""
+        # SDL can replace a new window when it creates a renderer.
         if not self.client.exists(self.window):
             self.window = self.find_window() or self.window
             return False
@@ -312,9 +313,9 @@ class Trial:
     def close_by_button(self):
         """Clicks the close button. Returns whether the window closes, or None if the trial cannot check it.
 
-        The trial cannot check a window without a close button on the screen. i3 is an exception, because it
-        draws no buttons: the trial then sends a pager's request to close the window. The trial does not
-        close a host without WM_DELETE_WINDOW, because icewm asks the user whether to kill such a host."""
+        If no close button is on the screen, the trial cannot check the window, except under i3. i3 draws no
+        buttons, so the trial sends a pager's request to close the window. The trial does not close a host
+        without WM_DELETE_WINDOW, because icewm asks the user whether to kill such a host."""
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
@@ -586,7 +587,8 @@ class Trial:
     def undrawn_frames(self, frames):
         """Returns the frames in which the compositor has not yet drawn a window after the window was
         mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
-        # `change_time` is the time of the first frame until the window changes.
+        # `change_time` is the time of the first frame after the last change of the window. Before any
+        # change it is the time of the first frame in `frames`.
         undrawn, change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
             # A gap of more than 50 ms between viewable frames counts as unmapping and mapping.

@@ -323,7 +323,8 @@ TEST_F(CallbacksTest, AnExpiredLaunchScreenThatPresentsASheetStays) {
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_EQ(timer(), nullptr);
-  // The refused dismissal sets the time left to 0. The last tick then subtracts 0.1.
+  // The last tick asks for the dismissal. The refusal sets the time left to 0. The same tick then
+  // subtracts 0.1.
   EXPECT_EQ(timeLeft(), -0.1);
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.events.empty());

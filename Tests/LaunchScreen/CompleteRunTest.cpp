@@ -29,6 +29,8 @@ class CompleteRunTest : public LaunchScreenTest {
     platform.run(5);
     window->makeKeyWindow();
   }
+  // Empties the journal and returns its lines. The journal does not contain the events that the
+  // manager records: they are in `platform.events`.
   Lines takeEvents() { return std::exchange(*journal, {}); }
   [[nodiscard]] std::size_t rectangleCount(const Strong<NSWindow>& window) {
     return platform.windowSystem().window(window->handle())->scene.size();
