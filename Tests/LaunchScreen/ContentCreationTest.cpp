@@ -201,10 +201,10 @@ TEST_F(ContentCreationTest, AMainContentThatTheHostSetsDuringARequestIsReturned)
 TEST_F(ContentCreationTest, ATemporaryContentThatIsSetDuringARequestIsReturned) {
   showAnotherLaunchScreen();
   const auto replacement = LaunchScreenContent::init();
-  class ReplacingRequest final
-      : public Class<ReplacingRequest, "ReplacingRequest", NSObject, ContentRequest> {
+  class CallbackRequest final
+      : public Class<CallbackRequest, "CallbackRequest", NSObject, ContentRequest> {
    public:
-    explicit ReplacingRequest(std::function<void()> whenRead) : whenRead_(std::move(whenRead)) {}
+    explicit CallbackRequest(std::function<void()> whenRead) : whenRead_(std::move(whenRead)) {}
     [[nodiscard]] Strong<NSDictionary> parameters() const override {
       whenRead_();
       return makeRequest("launch_end", 5)->parameters();
@@ -215,14 +215,14 @@ TEST_F(ContentCreationTest, ATemporaryContentThatIsSetDuringARequestIsReturned) 
   };
   int readCount = 0;
   Strong<LaunchScreenContent> loadedContent;
-  const auto replacingRequest = make<ReplacingRequest>([&] {
+  const auto callbackRequest = make<CallbackRequest>([&] {
     // The manager reads the parameters first, then the temporary content reads them.
     if (++readCount == 2) {
       loadedContent = manager->tempContent();
       manager->setTempContent(replacement);
     }
   });
-  EXPECT_EQ(manager->contentDataForContentRequest(replacingRequest), replacement);
+  EXPECT_EQ(manager->contentDataForContentRequest(callbackRequest), replacement);
   EXPECT_EQ(readCount, 2);
   loadedContent->deactivate();  // A loaded content and its controller own each other.
 }
@@ -313,7 +313,7 @@ TEST_F(ContentCreationTest, AskingForTheViewKeepsTheTimeLeft) {
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 3.25);
 }
 
-TEST_F(ContentCreationTest, AskingForTheViewAddsTheManagerToTheDelegatesAfterTheContent) {
+TEST_F(ContentCreationTest, AskingForTheViewAppendsTheManagerToTheControllersDelegates) {
   const auto data = request(5.0);
   ASSERT_EQ(controller()->delegates()->count(), 1u);
   manager->contentViewForContentData(data);

@@ -1,4 +1,6 @@
-// The content as the host sees it: presentation, dismissal and callbacks.
+// The content as the host sees it: presentation, dismissal and callbacks. `cover` is the launch
+// screen's controller. The fixture records events as lines. The line "style 15" means that the
+// window gets a title and all controls again.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -210,7 +212,7 @@ TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheArgumentPresentsAnotherController) {
+TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheDismissedControllerPresentsAnother) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);

@@ -196,7 +196,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverThatADelegateReplacesLivesUntilAllDel
   const auto lastDelegate = addDelegate("last");
   const Weak<LaunchScreenViewController> weakCover = std::exchange(cover, nullptr);
   takeEvents();
-  secondController->dismiss();  // dismisses the tracked cover, not its own
+  secondController->dismiss();  // dismisses the tracked cover, not `secondController`
   EXPECT_EQ(takeEvents().back(), "last: did dismiss");
   EXPECT_TRUE(weakCover.expired());
   EXPECT_TRUE(isTrackedCover(otherWindow->contentView(), secondController));

@@ -181,7 +181,7 @@ TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
 TEST_F(ControllerGuardedDismissTest, InModalWindowModeNoStyleIsRestored) {
   present(kModalWindow);
   cover->setAppWindow(window);
-  cover->setAppWindowStyleMask(7);
+  cover->setAppWindowStyleMask(7);  // differs from the window's style
   cover->dismissViewController(cover);
   EXPECT_EQ(window->styleMask(), kFullStyle);
 }
