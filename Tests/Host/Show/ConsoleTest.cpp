@@ -141,6 +141,7 @@ TEST_F(LiveConsoleTest, ShorterLineErasesALongerLine) {
   console.showTimeLeft(0, runningCountdown(5, 5));
   const std::size_t previousSize = out.str().size();
   console.report(5.1, "dismissed");
+  // The countdown line is 18 characters longer than the report.
   EXPECT_EQ(out.str().substr(previousSize), "\r   5.100 s  dismissed" + std::string(18, ' '));
 }
 

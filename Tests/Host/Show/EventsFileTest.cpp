@@ -61,6 +61,7 @@ TEST_F(EventsFileTest, AnyNameIsWrittenOnOneLine) {
   EventsFile file(path);
   ASSERT_TRUE(file.append("a\nb\"c\xff", 1));
   ASSERT_EQ(lines().size(), 1U);
+  // The invalid byte FF becomes U+FFFD, the replacement character.
   EXPECT_EQ(nlohmann::json::parse(lines()[0])["event"], "a\nb\"c\xef\xbf\xbd");
 }
 

@@ -18,6 +18,9 @@ using test::VirtualPlatformTest;
 
 // The items in the scene of the player window: a background and a moving square.
 constexpr std::size_t kPlayerItems = 2;
+constexpr NSWindowStyleMask kPlayerStyleMask = NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
+                                               NSWindowStyleMaskMiniaturizable |
+                                               NSWindowStyleMaskResizable;
 
 class ShowSessionTest : public VirtualPlatformTest {
  protected:
@@ -298,9 +301,8 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
 }
 
 TEST_F(ShowSessionTest, PlayerWindowThatNeverBecomesKeyIsCoveredAfterASecond) {
-  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.windowSystem().setIgnoresFocusRequests(true);
-  session->start();
+  start();
   run(0.95);
   EXPECT_EQ(out.str(), "");
   run(0.1);
@@ -308,9 +310,8 @@ TEST_F(ShowSessionTest, PlayerWindowThatNeverBecomesKeyIsCoveredAfterASecond) {
 }
 
 TEST_F(ShowSessionTest, PlayerWindowThatClosesBeforeItIsKeyIsReported) {
-  session = make<ShowSession>(options, std::make_shared<LineConsole>(out), nullptr);
   platform.windowSystem().setIgnoresFocusRequests(true);
-  session->start();
+  start();
   session->playerWindow()->close();
   EXPECT_EQ(runToEnd().failure, "the player window was closed");
 }
@@ -343,7 +344,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   EXPECT_EQ(outcome.status, kExitFailure);
   EXPECT_EQ(outcome.failure, "the headless display has no windows of other programs");
   EXPECT_EQ(out.str(), "");
-  session->shutDown();
+  session->shutDown();  // must not fail without a player window
 }
 
 TEST_F(ShowSessionTest, FailedScreenshotEndsTheRunAtHalfOfTheDuration) {
@@ -450,7 +451,7 @@ TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
   options.hasIndicator = true;
   options.size = {800, 600};
   start();
-  ASSERT_EQ(player().scene.size(), kPlayerItems + 2);
+  ASSERT_EQ(player().scene.size(), kPlayerItems + 2);  // the white fill and the indicator
   const SceneItem& spinner = player().scene.back();
   EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
   EXPECT_TRUE(spinner.isAnimated);
@@ -506,8 +507,8 @@ TEST_P(ShowSessionShutDownTest, RestoresTheControlsAndClosesTheWindow) {
   const Strong<NSWindow> window = session->playerWindow();
   run(GetParam().secondsBeforeShutDown);
   session->shutDown();
-  EXPECT_EQ(window->styleMask(), 15U);
-  EXPECT_EQ(player().description.styleMask, 15U);
+  EXPECT_EQ(window->styleMask(), kPlayerStyleMask);
+  EXPECT_EQ(player().description.styleMask, kPlayerStyleMask);
   EXPECT_FALSE(window->isVisible());
   EXPECT_TRUE(NSApp->orderedWindows().empty());
   EXPECT_EQ(NSApp->modalWindow(), nullptr);

@@ -83,7 +83,8 @@ class Endings(unittest.TestCase):
             )
 
     def test_enter_does_nothing_in_forced_mode(self):
-        # `subprocess` refuses `input` together with the default `stdin`.
+        # Without `stdin=None`, `show` passes /dev/null as `stdin`, and `subprocess` refuses `stdin`
+        # together with `input`.
         result = show("--duration", "0.3", *MODAL_ARGUMENTS, stdin=None, input="\n\n")
         self.assertEqual(result.returncode, 0)
         self.assertIn("event recorded", result.stdout)

@@ -20,10 +20,11 @@ constexpr std::uint32_t kGreen = 0x208040;
 
 class X11ShowFaults : public X11Test {
  protected:
-  explicit X11ShowFaults(Manager kind = Manager::None) : X11Test(kind) {}
+  explicit X11ShowFaults(Manager xwaylandCompositor = Manager::None)
+      : X11Test(xwaylandCompositor) {}
 
-  /// Opens a game, starts `launchscreen show` over the game's window, and waits until the window is
-  /// white.
+  /// Starts the window manager, unless it is None, and opens a game. Then starts `launchscreen
+  /// show` over the game's window, and waits until the window is white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
     game = client.openGameWindow(kGameFrame, kGreen);

@@ -111,6 +111,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
   bool isProgramHidden() {
     return isAtMostTheIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
+  /// Allows one pixel more than the width and height of the indicator, as `isCovered` does.
   static bool isAtMostTheIndicator(PixelRect bounds) {
     return bounds.width <= 33 && bounds.height <= 33;
   }

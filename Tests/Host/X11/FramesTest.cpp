@@ -57,12 +57,11 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
       << show.output();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
+  // A modal window or a sheet is a new window, and the server may draw its parts in any order.
   if (std::string_view(GetParam().kind) == "embedded") {
     // The recorder can miss a frame that is visible only briefly, but it receives every drawing.
-    // The first drawing after the game's last frame ("G") must be part of the cover: the band above
-    // the indicator. `drawingsBefore(1)` are the drawings between "G" (letter 0) and "W" (letter
-    // 1). In the other presentations, the launch screen is a separate window. The server may draw
-    // the parts of a window in any order.
+    // The first drawing between letter 0 ("G") and letter 1 ("W") must be part of the cover: the
+    // band above the indicator.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
               (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
   }
