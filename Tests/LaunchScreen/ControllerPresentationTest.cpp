@@ -186,7 +186,9 @@ TEST_F(ControllerPresentationTest,
   present(firstWindow, kEmbedded);
   takeEvents();
   present(secondWindow, kEmbedded);
-  // The controller already refers to the second window when it leaves the first window.
+  // When the controller leaves the first window, `appWindow` is already the second window. The
+  // controller writes the saved style to that window and sets `appWindow` to null. Without
+  // `appWindow` it overrides no style when it appears.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(firstWindow->styleMask(), NSWindowStyleMaskTitled);

@@ -128,9 +128,9 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
   EXPECT_FALSE(modal->canHide());
 }
 
-TEST_F(ControllerStyleTest, ForAModalWindowTheHostWindowKeepsItsStyle) {
+TEST_F(ControllerStyleTest, InModalWindowModeTheHostWindowKeepsItsStyle) {
   prepare(cover, window, LaunchScreenPresentationModalWindow);
-  cover->setupPresentation();  // no window shows the controller
+  cover->setupPresentation();  // the cover's view is in no window, so no window gets a new style
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(window->styleMask(), kFullStyle);
   EXPECT_FALSE(window->isMovableByWindowBackground());

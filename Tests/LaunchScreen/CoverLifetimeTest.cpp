@@ -75,8 +75,9 @@ TEST_F(CoverLifetimeTest,
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
   cover->presentForWindowWithPresentationMode(window, 0);
+  // The application owns each window on screen. `orderOut` removes this owner, but also sets
+  // `appWindow` to null.
   window->orderOut();
-  // `orderOut` has restored the style and set `appWindow` to null.
   cover->setAppWindow(window);
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
   EXPECT_FALSE(weakWindow.expired());

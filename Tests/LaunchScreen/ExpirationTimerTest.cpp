@@ -52,7 +52,7 @@ TEST_F(ExpirationTimerTest, StartOnAThreadWithoutARunLoopCreatesATimerThatNeverF
   runTicks(20);
   EXPECT_EQ(timeLeft(), 1.0);
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
-  manager->pauseTimer();  // an unstopped timer would keep the manager alive
+  manager->pauseTimer();  // a valid timer would keep the manager alive
 }
 
 TEST_F(ExpirationTimerTest, TheSmallestPositiveTimeLeftStartsTheCountdown) {
@@ -206,7 +206,7 @@ TEST_P(CountdownTest, DismissesAtTheExpectedTick) {
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeftBefore, GetParam().timeLeftBefore);
   EXPECT_EQ(timeLeft(), GetParam().timeLeftAfter);
-  EXPECT_FALSE(std::signbit(timeLeft()) && timeLeft() == 0.0);
+  EXPECT_FALSE(std::signbit(timeLeft()) && timeLeft() == 0.0);  // not -0.0
 
   manager->startTimer();
   EXPECT_EQ(timer(), nullptr) << "the remaining time starts no countdown";

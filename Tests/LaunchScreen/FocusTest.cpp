@@ -130,8 +130,8 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-// A window becomes key. `launchShouldBeClosed` means that the event is postponed, or in skip mode
-// the dismissal.
+// A window becomes key. `launchShouldBeClosed` means that the analytics event is postponed. In skip
+// mode it means that the dismissal is postponed.
 
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   show(5.0);
