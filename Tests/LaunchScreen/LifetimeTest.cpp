@@ -74,7 +74,8 @@ TEST_F(LifetimeTest, AfterACompleteRunWithoutAContentViewControllerAllAreDestroy
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(1.0);
   deactivateAndReleaseManager();
-  EXPECT_FALSE(watchedController.expired()) << "the cover is not removed yet";
+  EXPECT_FALSE(watchedController.expired())
+      << "the cover is removed a second after it is dismissed";
   platform.run(1.0);
   EXPECT_TRUE(areAllDestroyed());
 }
@@ -153,7 +154,7 @@ TEST_F(LifetimeTest, PausingTheCountdownDestroysItsTimer) {
   EXPECT_TRUE(weakTimer.expired());
 }
 
-// Delayed work
+// Delayed work: `sendAnalyticsEvent` records the event half a second after it is called.
 
 TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) {
   configuration().setNextEventName(NSString::stringWithUTF8String("late"));

@@ -165,6 +165,7 @@ TEST_F(RequestParsingTest, ARequestWithoutADurationIsRefusedButStoresModeAndEven
 }
 
 TEST_F(RequestParsingTest, ADurationThatIsZeroOrDoesNotBeginWithANumberIsRefused) {
+  // In single precision, 1e-60 is zero.
   const std::initializer_list<Strong<NSObjectProtocol>> durations = {
       number(0),    number(-0.0), number(1e-60), NSNumber::numberWithInteger(0),
       text("0"),    text("-0"),   text("abc"),   text(""),

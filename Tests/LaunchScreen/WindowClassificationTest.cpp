@@ -298,7 +298,7 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverThatTheMainConten
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, AnEmbeddedControllerOfAnotherClassRequiresNoTemporaryContent) {
+TEST_F(TemporaryItemTest, OnlyAChildOfClassLaunchScreenViewControllerCountsAsACover) {
   loadHostController(5.0);
   openWindowWithChildren(
       {makeNamed("LaunchScreenViewControllerSubclass"), makeNamed("HostController")});

@@ -64,6 +64,6 @@ def pkg_config(*arguments, prefix=None):
     return shlex.split(run("pkg-config", *arguments, "vellaunchscreen", **search_path))
 
 
-def library_path(prefix):
+def loader_environment(prefix):
     """Returns the environment in which the loader finds the shared library below a prefix."""
     return {"LD_LIBRARY_PATH": str(prefix / LIB)}

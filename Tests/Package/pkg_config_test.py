@@ -5,7 +5,7 @@ import ctypes
 import unittest
 
 from package import CC, CONSUMERS, CXX, EXPECTED_OUTPUT, LIB, PREFIX, WARNING_FLAGS
-from package import library_path, make_folder, pkg_config, run
+from package import loader_environment, make_folder, pkg_config, run
 
 
 class PkgConfigTest(unittest.TestCase):
@@ -13,7 +13,7 @@ class PkgConfigTest(unittest.TestCase):
         program = make_folder("pkg_config") / "host"
         flags = pkg_config("--cflags", "--libs", prefix=PREFIX)
         run(*compiler, *WARNING_FLAGS, *flags, "-o", program)
-        self.assertEqual(run(program, **library_path(PREFIX)), EXPECTED_OUTPUT)
+        self.assertEqual(run(program, **loader_environment(PREFIX)), EXPECTED_OUTPUT)
 
     def test_a_host_in_c99_records_the_launch_end_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")

@@ -56,6 +56,8 @@ TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWindowWithoutTheRunLoop)
 class X11SecondMonitor : public X11Presentations {
  protected:
   void SetUp() override {
+    // The arguments are the name, the width and the height (each in pixels and millimetres) with
+    // the position, and the output of the graphics device that shows the monitor.
     runProgram({"xrandr", "--setmonitor", "left", "640/169x800/212+0+0", "screen"},
                server.display());
     runProgram({"xrandr", "--setmonitor", "right", "640/169x960/254+640+0", "none"},
@@ -85,7 +87,7 @@ TEST_F(X11SecondMonitor, ASheetIsAtTheTopOfTheGame) {
 TEST_F(X11SecondMonitor, AModalWindowIsInTheMiddleOfTheGame) {
   present(kLongDuration, kModal);
   ASSERT_NE(NSApp->modalWindow(), nullptr);
-  EXPECT_TRUE(runUntil([this] { return isWhiteAt(NSApp->modalWindow(), 65); }));
+  EXPECT_TRUE(runUntil([this] { return isWhiteAt(NSApp->modalWindow(), (400 - 270) / 2); }));
 }
 
 }  // namespace
