@@ -35,6 +35,7 @@ class SubprojectTest(unittest.TestCase):
         self.build("-DFETCH=ON")
 
     def test_3_vel_install_installs_the_library(self):
+        # appkit_test.py tests the installed AppKit components.
         self.build("-DFETCH=ON", "-DVEL_INSTALL=ON", "-DVEL_COCOA=OFF")
         run("cmake", "--install", self.folder, "--prefix", make_folder("static"))
         self.assertTrue((WORK / "static" / LIB / "libVelLaunchScreen.a").is_file())

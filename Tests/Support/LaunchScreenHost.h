@@ -123,7 +123,7 @@ class LaunchScreenTest : public VirtualPlatformTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest in which a HostController shows the launch screen. `notifyDidResignKey` and
+/// A LaunchScreenTest that shows the view of a HostController in a window. `notifyDidResignKey` and
 /// `notifyDidBecomeKey` send a notification directly to the manager. They do not change the key
 /// state of a window.
 class ShownLaunchScreenTest : public LaunchScreenTest {

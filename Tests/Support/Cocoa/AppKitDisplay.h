@@ -23,7 +23,7 @@ class AppKitDisplay : NonCopyable {
  public:
   XServer server;
   XClient client;
-  Process manager;
+  Process managerProcess;
 
   /// Returns the X window of a native window.
   [[nodiscard]] static xcb_window_t idOf(NSWindow* window);

@@ -14,7 +14,7 @@ AppKitDisplay& AppKitDisplay::shared() {
 }
 
 AppKitDisplay::AppKitDisplay()
-    : client(server.display()), manager(startManager(Manager::Metacity, server, client)) {
+    : client(server.display()), managerProcess(startManager(Manager::Metacity, server, client)) {
   setenv("DISPLAY", server.display().c_str(), 1);
 }
 

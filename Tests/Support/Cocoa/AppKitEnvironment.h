@@ -6,7 +6,7 @@
 
 namespace vel::test {
 
-/// Keeps the free AppKit of GNUstep away from the user's settings, and ends the daemon that it
+/// Keeps the free AppKit of GNUstep away from the user's settings, and kills the daemon that AppKit
 /// starts. Create this object before this process or a child process starts AppKit.
 class AppKitEnvironment : NonCopyable {
  public:

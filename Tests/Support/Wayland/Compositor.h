@@ -69,7 +69,7 @@ enum class CompositorKind : std::uint8_t { Sway, Weston };
 
 /// Starts a compositor and waits until it accepts clients.
 std::unique_ptr<Compositor> startCompositor(CompositorKind kind);
-/// Does the same as `startCompositor`, with a compositor that also starts Xwayland.
+/// Does the same as `startCompositor`. The compositor also accepts X clients, through Xwayland.
 std::unique_ptr<Compositor> startCompositorWithXwayland(CompositorKind kind);
 
 /// "Sway" or "Weston", for names of tests.

@@ -257,7 +257,8 @@ class Server : NonCopyable {
     }
   }
 
-  // `resource` is the object that the request creates, or else the object that receives it.
+  // `resource` is the object that the request creates, or the target of a request that creates no
+  // object.
   void handleSurfaceRequest(wl_resource* resource, std::string_view request,
                             const wl_argument* arguments) {
     const auto position = surfaces_.find(objects_.at(resource).surface);
@@ -419,8 +420,8 @@ class Server : NonCopyable {
     for (wl_resource* const toplevel : objectsOfSurface(surface, "xdg_toplevel")) {
       xdg_toplevel_send_configure(toplevel, width, height, &stateArray);
     }
-    for (wl_resource* const role : objectsOfSurface(surface, "xdg_surface")) {
-      xdg_surface_send_configure(role, wl_display_next_serial(display_));
+    for (wl_resource* const xdgSurface : objectsOfSurface(surface, "xdg_surface")) {
+      xdg_surface_send_configure(xdgSurface, wl_display_next_serial(display_));
     }
   }
 
