@@ -17,14 +17,13 @@ namespace {
 constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
-/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes.
-/// `removedControls` are the controls that it can remove: it removes such a control if the
-/// control's function is missing in _MOTIF_WM_HINTS. 0 (NSWindowStyleMaskBorderless) if it can
-/// remove no control. We found the values by trying the buttons, keys and drags of each window
-/// manager.
+/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes. It
+/// removes one of its `removableControls` if the control's function is missing in _MOTIF_WM_HINTS.
+/// They are 0 (NSWindowStyleMaskBorderless) if it can remove no control. We found the values by
+/// trying the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
-  NSWindowStyleMask removedControls;
+  NSWindowStyleMask removableControls;
 };
 constexpr std::array kUnreliableWindowManagers{
     UnreliableWindowManager{"Xfwm4", NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable},
@@ -184,9 +183,9 @@ std::optional<NSWindowStyleMask> WindowManager::readOfferedControls(xcb_window_t
     return NSWindowStyleMaskBorderless;  // 0: no controls
   }
   const std::string& managerName = name();
-  for (const auto& [namePrefix, removedControls] : kUnreliableWindowManagers) {
+  for (const auto& [namePrefix, removableControls] : kUnreliableWindowManagers) {
     if (managerName.starts_with(namePrefix)) {
-      return kControls & ~removedControls;
+      return kControls & ~removableControls;
     }
   }
   if (!supports(Atom::NetWmAllowedActions)) {

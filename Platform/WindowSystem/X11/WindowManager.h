@@ -40,8 +40,8 @@ class WindowManager final : public NonCopyable {
   void requestIconify(xcb_window_t window);
 
   /// Returns the controls that the window manager offers for `window`; no value if the window
-  /// manager does not publish the controls. For some window managers, the result is correct only
-  /// for controls that the hints of `window` exclude. Blocks for a round trip.
+  /// manager does not publish the controls. For some window managers, returns instead the controls
+  /// that they offer if the hints of a window exclude all controls. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a

@@ -346,6 +346,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
   }
   const RequestBatch batch(*connection_);
   const bool mustSetFocus = focus_.requestFocus(*window);
+  // The MapNotify event causes the update of a window that is being mapped.
   if (mustSetFocus && !window->isBeingMapped) {
     monitor_.update(*window);  // sets the focus if the window is viewable
   }
@@ -468,7 +469,8 @@ bool X11WindowSystem::processEvents() {
     moveDraggedWindow();
     monitor_.updateChangedWindows();
     relay_.allowResizingOfMaximizedAndFullscreenWindows();
-    // After a FocusOut event, the lambda receives a FocusIn event that may follow.
+    // After a FocusOut event, `reportChanges` calls the lambda to handle a FocusIn event that may
+    // follow.
     focus_.reportChanges([this] { return handleArrivedEvents(); });
   } while (focus_.hasPendingChanges() || connection_->pollForQueuedEvent());
   const Nanoseconds now = x11::steadyNow();

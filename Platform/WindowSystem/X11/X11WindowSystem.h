@@ -77,8 +77,9 @@ class X11WindowSystem final : public WindowSystem {
   // Handles the events that have arrived and does the work whose deadline has passed. Returns true
   // if an event has arrived.
   bool processEvents();
-  // Passes the events that have arrived to `handle`, repeats the owners' requests, and repairs the
-  // covers. Returns true if an event has arrived.
+  // Passes the events that have arrived to `handle`. Then repeats the owners' _NET_WM_STATE
+  // requests (see `StateRequestRelay`) and repairs the covers. Returns true if an event has
+  // arrived.
   bool handleArrivedEvents();
   void handle(const xcb_generic_event_t& event);
   void handleClientMessage(const xcb_client_message_event_t& message);
