@@ -13,6 +13,7 @@ namespace vel::test {
 
 /// The functions that libwayland calls with the events of the host.
 struct HostEvents {
+  /// Counts an event and returns the host that received the event.
   static SurfaceHost& hostOf(void* data) {
     auto& host = *static_cast<SurfaceHost*>(data);
     ++host.eventCount_;
@@ -42,7 +43,7 @@ struct HostEvents {
                                                           .global_remove = globalRemove};
 
   static void ping(void* data, xdg_wm_base* windowManager, std::uint32_t serial) {
-    hostOf(data);
+    hostOf(data);  // counts the event
     xdg_wm_base_pong(windowManager, serial);
   }
   static constexpr xdg_wm_base_listener kWindowManagerListener{.ping = ping};

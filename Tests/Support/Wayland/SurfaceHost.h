@@ -61,7 +61,7 @@ class SurfaceHost : NonCopyable {
   /// The number of `wl_surface.enter` events of the host's surface. The host binds no output, so
   /// each of these events names an output that the host does not know.
   [[nodiscard]] int outputEntries() const { return outputEntries_; }
-  /// The number of events that the host has received.
+  /// The number of events that the host has received and not ignored.
   [[nodiscard]] int eventCount() const { return eventCount_; }
 
  private:

@@ -71,8 +71,8 @@ Weston::Weston(const Options& options) {
   if (options.hasXwayland) {
     command.emplace_back("--xwayland");
   }
-  // If the pointer is in weston's window while weston starts, weston may miss its position. So the
-  // pointer enters the window later.
+  // If the pointer is in weston's window while weston starts, weston may miss the position of the
+  // pointer. So the pointer stays outside this window until `hidePointer` moves it in.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
@@ -85,8 +85,7 @@ Weston::Weston(const Options& options) {
   // weston gives its clients the keyboard only while its own window has the focus of the X server.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
-  // weston handles the focus event before or right after the first command. So it has handled the
-  // event when the second command succeeds.
+  // weston may run one command before it handles the focus event, but not two.
   run("check");
   run("check");
 }
@@ -96,8 +95,6 @@ void Weston::click(int x, int y) {
   hidePointer();
 }
 
-// weston draws the pointer, and tests read the pixels of its screen. In the corner, only one pixel
-// of the pointer is visible.
 void Weston::hidePointer() { user().movePointer(1023, 767); }
 
 void Weston::run(const std::string& command) const {

@@ -23,7 +23,8 @@ class Weston : public Compositor {
   void moveWindow(const std::string& title, int x, int y) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
-  /// Moves the pointer to the corner of the screen, because weston draws the pointer.
+  /// weston draws the pointer into its screen. This function moves the pointer to the lower right
+  /// corner, where only one pixel of it is visible.
   void hidePointer();
   void addTouchScreen() const { run("add-touch-screen"); }
   /// Touches the touch screen at a point and lifts the finger.

@@ -36,6 +36,8 @@ struct Control {
   struct weston_touch_device* touchDevice;
 };
 
+// This module creates a Window for each new surface, because a surface becomes a desktop surface
+// only later. Only desktop surfaces have a title.
 struct Window {
   struct wl_list link;
   struct Control* control;
@@ -184,7 +186,7 @@ static int addTouchScreen(struct Control* control) {
   return control->touchDevice != NULL;
 }
 
-static int touchScreen(struct Control* control, int x, int y) {
+static int touchAt(struct Control* control, int x, int y) {
   struct timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);
   notify_touch_normalized(control->touchDevice, &now, 0, x, y, NULL, WL_TOUCH_DOWN);
@@ -217,7 +219,7 @@ static int runCommand(struct Control* control, const char* command) {
     return moveWindow(control, first, second, command + length);
   }
   if (sscanf(command, "touch %d %d", &first, &second) == 2) {
-    return touchScreen(control, first, second);
+    return touchAt(control, first, second);
   }
   return 0;
 }

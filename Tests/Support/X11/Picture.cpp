@@ -31,12 +31,13 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
 }
 
 // A compositor draws the pointer, and `XClient::click` leaves the pointer in the lower right corner
-// of the screen. Fills this corner with the colours of the pixels to its left. The picture shows
-// `area` of the screen.
-void paintOverPointer(Picture& picture, PixelRect area, PixelRect screen) {
+// of the compositor's screen. This function fills the corner with the colours of the pixels to the
+// left of the corner. `picture` shows `area` of the screen. If it shows no pixels to the left of
+// the corner, this function does nothing.
+void paintOverPointer(Picture& picture, PixelRect area, PixelRect compositorScreen) {
   constexpr int kPointerSide = 24;
-  const int left = screen.width - kPointerSide - area.x;
-  const int top = screen.height - kPointerSide - area.y;
+  const int left = compositorScreen.width - kPointerSide - area.x;
+  const int top = compositorScreen.height - kPointerSide - area.y;
   for (int y = std::max(top, 0); left > 0 && y < picture.height; ++y) {
     for (int x = left; x < picture.width; ++x) {
       const auto row = static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width);
@@ -130,7 +131,8 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 Picture XClient::screenPicture(PixelRect area) const {
   // A window can be partly outside the screen: a compositor may place it there, and a window
   // manager may enlarge a window before it moves the window.
-  // On an Xwayland server, `user_` captures the screen of the compositor.
+  // On an Xwayland server, `screenArea` is the compositor's screen. `user_` captures the screen of
+  // the X server that shows the compositor's window.
   const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
                           area.x + area.width <= screen.width &&

@@ -76,7 +76,7 @@ void Process::end() {
   }
   signal(SIGTERM);
   const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
-  waitForInput(descriptor, steadyNow() + kTimeout);  // the descriptor is readable when it has ended
+  waitForInput(descriptor, steadyNow() + kTimeout);  // readable when the program has ended
   close(descriptor);
   kill();
 }

@@ -197,8 +197,8 @@ Scene X11Test::whiteSceneWithIndicator(CGSize size) {
   return scene;
 }
 
-std::string X11Test::reportLine(std::string_view what, WindowHandle window) {
-  return std::string(what) + " " + nameOf(window);
+std::string X11Test::reportLine(std::string_view event, WindowHandle window) {
+  return std::string(event) + " " + nameOf(window);
 }
 
 }  // namespace vel::test

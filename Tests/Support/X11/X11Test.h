@@ -107,8 +107,8 @@ class X11Test : public testing::Test {
   static Scene whiteSceneWithIndicator(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
-  /// A line of `reports`: `what` and the window's handle.
-  static std::string reportLine(std::string_view what, WindowHandle window);
+  /// A line of `reports` about the window. `event` is the start of the line, such as "focus".
+  static std::string reportLine(std::string_view event, WindowHandle window);
 
   std::unique_ptr<Compositor> compositor;  // null unless the window manager is a compositor
   XServer server;
