@@ -27,8 +27,8 @@ class TestDisplay : public NonCopyable {
   virtual void otherProgramRaises(WindowHandle window, WindowHandle sibling) = 0;
   virtual void ownerDestroysWindow(WindowHandle window) = 0;
   virtual void serverClosesConnection() = 0;
-  /// Opens another program's window of class "PlayerWindow", with a size of 200 by 160 points and
-  /// all controls. Returns no value if the back end cannot adopt windows.
+  /// Opens a window of class "PlayerWindow", as a host or another program does, with a size of 200
+  /// by 160 points and all controls. Returns no value if the back end cannot adopt windows.
   virtual std::optional<NativeWindow> openForeignWindow() = 0;
 };
 
@@ -36,7 +36,7 @@ class TestDisplay : public NonCopyable {
 struct Backend {
   const char* name;
   std::unique_ptr<TestDisplay> (*open)();
-  /// True if the back end can adopt windows of other programs.
+  /// True if the back end can adopt windows that a host or another program has opened.
   bool adoptsWindows;
   /// True if `picture` returns what the screen shows of a window.
   bool capturesWindows;

@@ -263,7 +263,7 @@ TEST_P(Conformance, SettingTheModalWindowCausesNoCloseRequest) {
   EXPECT_EQ(reports.count("close requested"), 0);
 }
 
-// Windows of other programs
+// Adopting windows
 
 TEST_P(Conformance, AdoptingAnUnknownWindowFailsWithAReason) {
   const std::vector<NativeWindow> unknownWindows{X11WindowId{0}, X11WindowId{0x12345},
@@ -276,7 +276,7 @@ TEST_P(Conformance, AdoptingAnUnknownWindowFailsWithAReason) {
   }
 }
 
-TEST_P(Conformance, AnotherProgramsWindowIsAdoptedIfTheBackEndAdoptsWindows) {
+TEST_P(Conformance, AForeignWindowIsAdoptedIfTheBackEndAdoptsWindows) {
   const std::optional<NativeWindow> foreign = display->openForeignWindow();
   EXPECT_EQ(foreign.has_value(), GetParam().adoptsWindows);
   if (!foreign) {

@@ -350,9 +350,9 @@ void XClient::waitForPointer(
   }
 }
 
-// While the pointer is outside the windows of its clients, Xwayland returns the last position that
-// it received. If this position is (x, y), waiting for (x, y) would end before the pointer moves.
-// So the pointer first moves to (x + 1, y).
+// Xwayland returns the last position that it received. It receives no positions while the pointer
+// is outside the windows of its clients. If the last position is (x, y), waiting for (x, y) would
+// end before the pointer moves. So the pointer first moves to (x + 1, y).
 void XClient::movePointer(int x, int y) {
   const auto waitForPosition = [this](int expectedX, int expectedY) {
     waitForPointer([=](const xcb_query_pointer_reply_t& pointer) {
@@ -396,7 +396,7 @@ void XClient::click(int x, int y) {
   pressButton();
   releaseButton();
   if (user_ != nullptr) {
-    // The compositor draws the pointer. `screenPicture` hides it only in the lower right corner.
+    // The compositor draws the pointer. `screenPicture` paints over the lower right corner.
     const PixelRect screen = screenArea();
     user_->movePointer(screen.width - 1, screen.height - 1);
   }

@@ -121,8 +121,9 @@ class XClient : NonCopyable {
   /// The area of the whole screen.
   [[nodiscard]] PixelRect screenArea() const { return areaOnScreen(root_); }
   /// The pixels of the screen in the window's area. The picture is empty unless the whole area is
-  /// on the screen. After `setUser`, the screen shows the compositor's pointer. The picture hides
-  /// it only in the lower right corner of the screen, where `click` leaves it.
+  /// on the screen. After `setUser`, the screen also shows the pointer. `click` leaves the pointer
+  /// in the lower right corner of the screen, and this function paints over this corner. Elsewhere
+  /// the picture contains the pointer.
   [[nodiscard]] Picture screenPicture(xcb_window_t window) const;
   [[nodiscard]] Picture screenPicture(PixelRect area) const;
   /// The pixels of the window and its children, with the alpha in the top byte.

@@ -24,8 +24,8 @@ class CocoaDisplay final : public TestDisplay {
     if (system_ == nullptr) {
       throw std::runtime_error(error);
     }
-    // The window of the previous test may still have the focus. Each test begins while another
-    // program has the focus.
+    // The window of the previous test may still have the focus. So give the focus to another
+    // program first.
     EXPECT_TRUE(deliverUntil(
         *system_, [this] { return display_.giveFocusToOtherProgram(otherProgramsWindow_); }));
   }

@@ -1,4 +1,5 @@
-// The AppKit back end and a window of the host. Another client of the X server reads the screen.
+// The AppKit back end and a window of the host. The back end draws each scene in the cover, a view
+// over the content of the window. Another client of the X server reads the screen.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -155,7 +156,7 @@ TEST_F(CocoaWindowTest, TheApplicationThatTheLibraryCreatesHasTheRegularActivati
   EXPECT_EQ(activationPolicy, NSApplicationActivationPolicyRegular);
 }
 
-TEST_F(CocoaWindowTest, TheCoverAppearsBeforeEventsAreDeliveredAndAnEmptySceneRemovesItsView) {
+TEST_F(CocoaWindowTest, TheCoverAppearsBeforeEventsAreDeliveredAndAnEmptySceneRemovesIt) {
   showWhite(400, 300);
   EXPECT_EQ([[content subviews] count], 1U);
   // `eventually` delivers no events, unlike `waitFor`.
@@ -437,7 +438,7 @@ TEST_F(CocoaWindowTest, TheKeyWindowAtActivationIsReportedEvenIfTheLibraryDoesNo
   [unknown close];
 }
 
-TEST_F(CocoaWindowTest, AWindowThatClosesIsReleasedAfterTheReport) {
+TEST_F(CocoaWindowTest, AClosedWindowStaysRetainedUntilItsDestructionIsReported) {
   const NSUInteger retainCount = [native retainCount];
   [native close];
   EXPECT_EQ([native retainCount], retainCount);
