@@ -184,7 +184,8 @@ TEST_F(X11Cover, IsOpaqueInATransparentWindow) {
 // The overlay is the part of the cover that lies above the window, inside the window manager's
 // frame. A window manager gives a transparent window a frame with an alpha channel. If the overlay
 // had no alpha channel, the server would keep the overlay in a pixmap of its own. Over a window
-// that fills its frame, the overlay has the maximum size, so its pixmap would take gigabytes.
+// that fills its frame, the overlay has the maximum size of a window, 32767 by 32767 pixels. So its
+// pixmap would take gigabytes.
 TEST_F(X11Cover, HasAnOverlayWithTheDepthOfTheFrameAroundATransparentWindow) {
   const xcb_window_t frame = client.openTransparentWindow({300, 300, 200, 100});
   const xcb_window_t transparentWindow = client.openTransparentWindow({0, 0, 200, 100}, frame);

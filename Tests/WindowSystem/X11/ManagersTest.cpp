@@ -82,7 +82,8 @@ INSTANTIATE_TEST_SUITE_P(X11, X11MovedWindows,
 
 TEST_P(X11Managers, ACoverStaysAndCanBeRemovedAfterAnotherManagerReplacesTheFirst) {
   const bool startsWithMetacity = GetParam() == Manager::Metacity;
-  // Metacity still offers resizing (8). Openbox still offers closing (2) and miniaturising (4).
+  // Although the style mask excludes them, Metacity offers resizing (8), and Openbox offers closing
+  // (2) and miniaturising (4).
   const auto keptControlsSuffix = [](bool byMetacity) { return byMetacity ? " 8" : " 6"; };
   startManager(GetParam());
   openCoveredGame();
