@@ -46,12 +46,14 @@ class FramedShow : public testing::Test {
 };
 
 TEST_F(FramedShow, ThePlayerWindowCannotBeClosedWhileTheLaunchScreenIsShown) {
+  const Nanoseconds startTime = steadyNow();
   Process program = start({});
   ASSERT_TRUE(becomesWhite(kPlayerContent));
   EXPECT_TRUE(playerGetsTitleBar());
   weston.picture().save("wayland-show-frame");
   weston.click(kPlayerCloseButtonX, kPlayerCloseButtonY);
   EXPECT_EQ(program.wait(), 0);
+  EXPECT_GE(steadyNow() - startTime, 4 * kNanosecondsPerSecond);  // the whole --duration
 }
 
 TEST_F(FramedShow, ASheetHasAFrame) {
