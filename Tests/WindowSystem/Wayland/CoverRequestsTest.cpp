@@ -148,7 +148,8 @@ TEST_F(WaylandCoverRequests, TheFractionalScaleStaysWhenTheSizeChanges) {
   EXPECT_EQ(indicator().size(), squareOf(kIndicatorSide));
 }
 
-// The back end does not know the outputs, so it draws for the scale 2.
+// The back end binds no output on the connection of a host, so it does not know the scale of the
+// screen. It draws for the scale 2.
 TEST_F(WaylandCoverRequests, WithoutViewporterTheScaleOfTheIndicatorIsTwo) {
   compositor.addGlobal("wp_fractional_scale_manager_v1");
   start();

@@ -185,7 +185,7 @@ TEST_F(WaylandFrame, TheCloseButtonReportsARequestOnlyIfTheWindowIsClosable) {
   EXPECT_EQ(reports.count("close requested"), 1);
 }
 
-// The platform layer removes one control at a time and restores them together.
+// Like the launch screen, this test removes one control at a time and restores all of them at once.
 TEST_F(WaylandFrame, TheUserCanResizeTheWindowOnlyIfItIsResizable) {
   ASSERT_NO_FATAL_FAILURE(open());
   PixelRect content = kContent;

@@ -336,7 +336,7 @@ TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
-TEST_P(WaylandCover, DestroyingTheSurfaceBeforeItsReleaseDoesNotBreakTheConnection) {
+TEST_P(WaylandCover, DestroyingAnAdoptedSurfaceDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);
   system->setScene(window.handle, white(kSize));

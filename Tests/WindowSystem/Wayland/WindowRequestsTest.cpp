@@ -72,6 +72,8 @@ class WaylandWindowRequests : public testing::Test {
     exchange();
     return std::exchange(reports.lines, {});
   }
+  /// Makes the next `takeRequests` return only later requests.
+  void discardRequests() { compositor.takeRequests(""); }
   /// The surfaces of the open windows: those without a parent.
   std::vector<SurfaceRecord> windows() { return compositor.children(0); }
   SurfaceRecord firstWindow() { return windows().at(0); }
@@ -128,7 +130,7 @@ TEST_F(WaylandWindowRequests, TheUserMovesAWindowByItsBackgroundUnlessAnotherWin
   start();
   const WindowHandle window = openWindow();
   const auto requestsAfterPress = [&] {
-    compositor.takeRequests("");
+    discardRequests();
     compositor.pressButton(seat, firstWindow().id);
     exchange();
     return compositor.takeRequests("xdg_toplevel");
@@ -201,6 +203,10 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const 
 
 // The size of a maximised window
 
+/// The height of the title bar that libdecor draws. Unless the window is fullscreen, the size in a
+/// configure event includes the title bar.
+constexpr double kTitleHeight = 24;
+
 TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
   start();
   const WindowHandle window = openWindow();
@@ -217,9 +223,7 @@ TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnot
   EXPECT_EQ(firstWindow().size(), (CGSize{500, 320}));
 }
 
-// libdecor draws the frame of a window with a title bar.
 TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedReturnsToItsPreviousSize) {
-  constexpr double kTitleHeight = 24;
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
@@ -236,7 +240,6 @@ TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedReturnsToItsP
 }
 
 TEST_F(WaylandWindowRequests, AMaximisedWindowThatWasFullscreenHasRoomForItsTitleBar) {
-  constexpr double kTitleHeight = 24;
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled);
@@ -266,7 +269,7 @@ TEST_F(WaylandWindowRequests, ATitleThatDoesNotFitIntoARequestIsCutBetweenTwoCha
 
 // xdg_wm_base
 
-TEST_F(WaylandWindowRequests, AWindowKeepsItsFrameWhileTheCompositorHasNoXdgWmBase) {
+TEST_F(WaylandWindowRequests, RemovingTheTitleBarWithoutXdgWmBaseLeavesTheWindowOpen) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled);
@@ -291,19 +294,19 @@ TEST_F(WaylandWindowRequests, AWindowStaysOpenWhenASecondXdgWmBaseAppears) {
 
 TEST_F(WaylandWindowRequests, NoWindowOpensWhileTheCompositorHasNoXdgWmBase) {
   start();
-  const WindowHandle createdBefore = createWindow();
+  const WindowHandle unopenedWindow = createWindow();
   const WindowHandle window = openWindow();
   compositor.removeGlobal(xdgWmBase);
   exchange();
   EXPECT_EQ(createWindow(), WindowHandle::None);
-  system->orderFront(createdBefore);
+  system->orderFront(unopenedWindow);
   exchange();
   EXPECT_EQ(windows().size(), 1U);
   compositor.configure(firstWindow().id, {400, 260});
   EXPECT_THAT(takeReports(), ElementsAre("frame " + nameOf(window)));
   compositor.addGlobal("xdg_wm_base");
   exchange();
-  system->orderFront(createdBefore);
+  system->orderFront(unopenedWindow);
   openWindow();
   EXPECT_EQ(windows().size(), 3U);
   EXPECT_FALSE(reports.contains("display lost"));
@@ -351,7 +354,7 @@ TEST_F(WaylandWindowRequests, TheDialogIsDestroyedBeforeItsToplevel) {
   const WindowHandle modal = openModalWindow();
   system->setModalWindow(modal);
   exchange();
-  compositor.takeRequests("");
+  discardRequests();
   system->releaseWindow(modal);
   EXPECT_THAT(compositor.takeRequests("xdg_"),
               ElementsAre("xdg_dialog_v1.destroy", "xdg_toplevel.destroy", "xdg_surface.destroy"));
@@ -368,7 +371,7 @@ TEST_F(WaylandWindowRequests, AWindowOutsideModalSessionsHasNoDialog) {
 TEST_F(WaylandWindowRequests, WithoutXdgWmDialogAModalSessionSendsNoRequests) {
   start();
   const WindowHandle modal = openModalWindow();
-  compositor.takeRequests("");
+  discardRequests();
   system->setModalWindow(modal);
   system->setModalWindow(WindowHandle::None);
   EXPECT_THAT(compositor.takeRequests("xdg_"), ElementsAre());
