@@ -20,7 +20,7 @@ namespace {
 constexpr std::int64_t kEventDelay = kNanosecondsPerSecond / 2;
 // The time from the moment at which the application is focused again until a postponed
 // `sendAnalyticsEvent` is called.
-constexpr std::int64_t kDeferredEventDelay = kNanosecondsPerSecond;
+constexpr std::int64_t kPostponedEventDelay = kNanosecondsPerSecond;
 // The time from a refused dismissal until `sendAnalyticsEvent` is called.
 constexpr std::int64_t kRefusedDismissalEventDelay = 2 * kNanosecondsPerSecond;
 
@@ -334,7 +334,7 @@ void LaunchScreenManager::windowDidBecomeKey(const NSNotification& notification)
     if (LaunchScreenConfiguration::defaultConfiguration()->skipMode()) {
       dismissLaunchScreen();
     } else {
-      scheduleAnalyticsEvent(self(), kDeferredEventDelay);
+      scheduleAnalyticsEvent(self(), kPostponedEventDelay);
     }
   }
   startTimer();
