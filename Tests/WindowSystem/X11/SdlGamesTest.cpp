@@ -52,7 +52,7 @@ class X11SdlGames : public X11Test, public testing::WithParamInterface<SdlCase> 
   void SetUp() override {
     program = server.start({SDL_GAME, GetParam().change.argument, GetParam().kind});
     ASSERT_TRUE(eventually([this] {
-      game = client.findWindow("hosts-sdl2");
+      game = client.findWindow("hosts-sdl2");  // the title of the game's window
       return game != 0 && client.isViewable(game) &&
              client.screenPicture(game).colors().contains(kGameColor);
     }));

@@ -104,8 +104,8 @@ class X11ControlsUnderManagers : public X11Test, public testing::WithParamInterf
   /// The names of the controls that the user can use with the mouse.
   std::vector<std::string> workingControls() {
     std::vector<std::string> controls;
-    // Resizing comes first: if a click below maximises the covered window, the back end lets the
-    // user resize it until the cover is removed.
+    // The drag comes before the clicks: if a click maximises the covered window, the back end lets
+    // the user resize the window until the cover is removed.
     if (isResizedByDrag()) {
       controls.emplace_back("resize");
     }
@@ -201,7 +201,7 @@ TEST_P(X11ControlsUnderManagers, AreRemovedAndRestored) {
   EXPECT_THAT(workingControls(), UnorderedElementsAreArray(controlsBefore));
 }
 
-// SDL 2 writes such hints. They contain decorations, but no functions.
+// SDL 2 writes hints that contain decorations but no functions.
 TEST_P(X11ControlsUnderManagers, OfAGameThatSetsOnlyDecorationsAreRestored) {
   constexpr std::array<std::uint32_t, 5> kAllDecorations{2, 0, 1, 0, 0};
   const Property hints = Property::ofNumbers(client.atom("_MOTIF_WM_HINTS"), kAllDecorations);

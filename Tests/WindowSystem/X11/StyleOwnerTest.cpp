@@ -21,8 +21,8 @@ class X11StyleOwner : public X11Test {
  protected:
   // The first fields are the flags (1: has functions, 2: has decorations), the functions (resize 2,
   // move 4, minimise 8, maximise 16, close 32) and the decorations (border 2, resize handles 4,
-  // title 8, menu 16, minimise 32, maximise 64). With bit 1, the functions or the decorations are
-  // all except those that the other bits name.
+  // title 8, menu 16, minimise 32, maximise 64). If the value 1 is set in the functions or in the
+  // decorations, the window has all except those that the field names.
   Property motifHints(std::vector<std::uint32_t> fields) {
     return Property::ofNumbers(client.atom(kMotifHints), fields);
   }
@@ -173,12 +173,12 @@ TEST_F(X11StyleOwner, HintsWrittenWhileTheWindowManagerReadsTheRestoredHintsAreK
   EXPECT_EQ(client.property(game, kMotifHints), ownersMotifHints);
 }
 
-TEST_F(X11StyleOwner, AddedHintsAreDeletedIfTheWindowWasCoveredAgainDuringRestoring) {
+TEST_F(X11StyleOwner, HintsThatTheBackEndAddedAreDeletedAfterAnInterruptedRestoring) {
   startManager(Manager::Openbox);
   deliverFor(0.3);
   cover();
   system().setStyleMask(handle, kAllControls);
-  system().setStyleMask(handle, NSWindowStyleMaskTitled);
+  system().setStyleMask(handle, NSWindowStyleMaskTitled);  // interrupts the restoring
   deliverFor(0.5);
   EXPECT_TRUE(hasNoControls());
   system().setStyleMask(handle, kAllControls);
@@ -232,7 +232,7 @@ TEST_F(X11StyleOwner, SizeHintsThatPreventResizingAreNotChanged) {
   handle = adopt(game).handle;
   system().setStyleMask(handle, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);
   deliver();
-  // The override removes the decorations.
+  // The override removes the decoration for miniaturising.
   EXPECT_NE(client.property(game, kMotifHints), ownersMotifHints);
   EXPECT_EQ(client.property(game, kNormalHints), ownersSizeHints);
 }
