@@ -29,7 +29,8 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
   /// The time at which the next event or work is due. 0 means that events or work are already due.
   /// `kNever` means that no such time is known.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
-  /// Describes the pending work for an error message, one line for each piece of work.
+  /// Describes the pending work for an error message, one line for each piece of work. A line break
+  /// precedes each line.
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 

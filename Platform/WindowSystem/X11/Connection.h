@@ -69,8 +69,8 @@ class Connection final : public NonCopyable {
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
   /// Returns true if the server is Xwayland. On Xwayland, a Wayland compositor shows each child of
-  /// the root window as a surface of its own. Blocks only until the replies to requests of the
-  /// constructor and of `requestMonitorName` have come.
+  /// the root window as a surface of its own. The constructor and `requestMonitorName` send the
+  /// requests. This function blocks until the server has replied.
   [[nodiscard]] bool isXwayland();
   /// Requests the name of a monitor, which `isXwayland` needs. Only the first call has an effect.
   void requestMonitorName(xcb_atom_t name);
@@ -120,7 +120,8 @@ class Connection final : public NonCopyable {
   /// Like `readProperty`, but logs no error if the window does not exist.
   std::optional<Property> readPropertyIfWindowExists(xcb_window_t window, xcb_atom_t name);
 
-  /// Returns the server's current time. Blocks for a round trip.
+  /// Returns the server's current time, or `XCB_CURRENT_TIME` if the connection is broken. Blocks
+  /// for a round trip.
   xcb_timestamp_t serverTime();
 
  private:
