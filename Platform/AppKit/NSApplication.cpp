@@ -181,7 +181,8 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  updateModality();  // a modal window gets its handle when it first opens
+  // A modal window gets its handle when it first opens. Pass the handle to the window system.
+  updateModality();
 }
 
 void NSApplication::removeFromScreen(const Strong<NSWindow>& window) {

@@ -62,8 +62,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window of the newest modal session; null without a modal session.
   [[nodiscard]] Strong<NSWindow> modalWindow() const;
-  /// Begins a modal session of `window` and returns. `setRunLoopMode` says how a modal session
-  /// changes the mode of the run loop.
+  /// Begins a modal session of `window` and returns. See `setRunLoopMode` for the effect of a modal
+  /// session on the mode of the run loop.
   void beginModalSession(const Strong<NSWindow>& window);
   /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();

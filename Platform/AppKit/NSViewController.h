@@ -60,7 +60,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   /// itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
-  /// if there is no such window or if `controller` is already presented.
+  /// if there is no such window, if that window is closed or if `controller` is already presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
   /// Ends the presentation of `controller`, even if this controller does not present it. Does
   /// nothing if `controller` is not presented.
