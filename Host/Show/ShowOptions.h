@@ -16,6 +16,7 @@ struct ShowOptions {
   /// "forced" or "skip".
   std::string mode = "forced";
   /// The name of the analytics event that the library records when the launch screen has ended.
+  /// In the mode "skip", the library records no event.
   std::string event = "launch_end";
   /// How long the launch screen is shown, in seconds. Counted while the launch screen is in front.
   std::string duration = "5";

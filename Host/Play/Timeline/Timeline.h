@@ -10,9 +10,9 @@ namespace vel::host {
 
 /// The lanes of a timeline, from top to bottom. Each lane has marks of one kind.
 enum class TimelineLane : std::uint8_t {
-  Request,
-  Script,
-  HostCall,
+  Request,   // the result of a content request
+  Script,    // a step of the scenario
+  HostCall,  // a call of the host's view delegate
   Refusal,
   WindowStyle,
   Dismissal,
