@@ -37,7 +37,7 @@ class StyleRestorer final : public NonCopyable {
   /// Takes a scheduled second step. Blocks until the window manager has read the hints or the time
   /// limit has passed.
   void finish(Window& window);
-  /// Cancels a scheduled second step, because the window is destroyed.
+  /// Cancels a scheduled second step. Call this when the window is destroyed.
   void cancel(Window& window);
 
  private:

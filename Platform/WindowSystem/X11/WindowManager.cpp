@@ -35,8 +35,8 @@ constexpr std::array kUnreliableWindowManagers{
 
 }  // namespace
 
-// A connection has only one event mask for each window. This mask of the root window also selects
-// the events that ScreenCoordinates needs.
+// A connection has only one event mask for each window. So `kRootEvents` also selects the events
+// that ScreenCoordinates needs.
 WindowManager::WindowManager(Connection& connection) : connection_(connection) {
   selectEvents(connection_, connection_.root(), kRootEvents);
   requestProperties();

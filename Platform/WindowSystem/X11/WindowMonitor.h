@@ -19,7 +19,7 @@ class WindowMonitor final : public NonCopyable {
 
   /// Marks the window that the event is about, if the event announces a change.
   void handle(const xcb_generic_event_t& event);
-  /// Updates all marked windows. Blocks for a round trip for each marked window.
+  /// Updates all marked windows. Blocks for round trips if a window is marked.
   void updateChangedWindows();
   /// Reads the window's state and reports changes. Sets the focus to the window if `wantsFocus` is
   /// set and the window is viewable. Blocks for a round trip.

@@ -182,8 +182,8 @@ std::optional<AdoptedWindow> X11WindowSystem::adoptWindow(const NativeWindow& na
     if (inspection.state.attributes == nullptr) {
       connection_->markDestroyed(id);
     } else if (!inspection.isSupportingWmCheckWindow()) {
-      // Not for the window that a window manager creates to announce itself: `windowManager_` needs
-      // the DestroyNotify of that window.
+      // Do not deselect the events of the window that a window manager creates to announce itself:
+      // `windowManager_` needs the DestroyNotify of that window.
       selectEvents(*connection_, id, XCB_EVENT_MASK_NO_EVENT);
     }
     return std::nullopt;
