@@ -55,7 +55,8 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // Destroy the view delegate before the covers are removed, because its handler uses this object.
+  // Destroy the view delegate before the covers are removed. Otherwise its handler adds trace
+  // lines.
   viewDelegate_ = nullptr;
   // A content and its view controller own each other until one of them is deactivated.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {

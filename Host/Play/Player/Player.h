@@ -61,8 +61,8 @@ class Player final : private PlatformObserver {
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
   // The view controller of the main content.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover of the library is shown. Removes covers that are no longer shown from
-  // `covers_`.
+  // True if a cover of the library is shown. Removes from `covers_` the covers that are no longer
+  // shown.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -101,7 +101,8 @@ class Player final : private PlatformObserver {
   // The main content. Its view controller can own it even after the manager has released it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
-  // The covers that have appeared. `isCovered` removes the covers that are no longer shown.
+  // The covers that have started to appear. `isCovered` removes the covers that are no longer
+  // shown.
   std::vector<Weak<LaunchScreenViewController>> covers_;
   std::vector<Strong<NSViewController>> controllersOverCover_;  // presented by `step::PresentOver`
 };

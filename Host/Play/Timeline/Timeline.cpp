@@ -144,7 +144,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
-  // Style changes share a mark only if they are consecutive and have the same time.
+  // Consecutive style changes of a window share a mark if they have the same time.
   if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();
