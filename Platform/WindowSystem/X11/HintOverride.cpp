@@ -91,8 +91,8 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
 
 // Returns true if the owner has probably read the value that we wrote and edited it. This function
 // checks two conditions:
-// 1. The flags (element 0) still contain our changes, and so does the first changed element after
-//    the flags.
+// 1. The flags (element 0) still contain our changes, and so does the first other element that we
+//    changed.
 // 2. If we changed elements after the flags, at least one of them is exactly as we wrote it.
 // The first condition is not enough: most of our changes remove bits, so a value of an owner that
 // has not read ours can contain our changes by chance.

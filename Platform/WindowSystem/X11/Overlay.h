@@ -12,10 +12,10 @@ namespace vel::x11 {
 class WindowTable;
 
 /// A window that hides an adopted window. It is a sibling directly above the adopted window, with
-/// the same position and size. If the adopted window fills its parent, the overlay has the maximum
-/// size instead. The overlay clips what the owner draws, even if the owner draws with
-/// IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted window would
-/// not hide such drawing.
+/// the same position and size. If the adopted window fills its parent, and the parent is not the
+/// root window, the overlay has the maximum size instead. The overlay clips what the owner draws,
+/// even if the owner draws with IncludeInferiors, raises its child windows or uses OpenGL. A child
+/// of the adopted window would not hide such drawing.
 ///
 /// The overlay takes no input: the server sends pointer events to the window below it. In a window
 /// manager's frame, the overlay moves with the frame. Without a frame, the overlay follows a move
@@ -84,8 +84,8 @@ class Overlay final : public NonCopyable {
   void coveredWindowUnmapped();
   void setCoveredWindowFrame(PixelRect frame);
   [[nodiscard]] PixelRect overlayFrame() const;
-  // Returns true if the adopted window has the position and size of its parent. May block for a
-  // round trip.
+  // Returns true if the adopted window has no border and the same area as its parent. Always false
+  // if the parent is the root window. May block for a round trip.
   [[nodiscard]] bool coveredWindowFillsParent() const;
   // Returns true if a Wayland compositor shows the overlay above all windows.
   [[nodiscard]] bool isAboveAllWindows() const;
