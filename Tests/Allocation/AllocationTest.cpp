@@ -15,8 +15,8 @@ std::size_t allocationCount = 0;
 
 }  // namespace
 
-// Every other form of `new` calls this function. `noinline` prevents a false compiler warning that
-// `malloc` and `delete` do not match.
+// The array and `nothrow` forms of `new` without an alignment also call this function. `noinline`
+// prevents a false compiler warning that `malloc` and `delete` do not match.
 // NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocationCount;

@@ -27,7 +27,7 @@ TEST_F(PresentationTest, AModalWindowIsANewNSWindow) {
   const Strong<NSWindow> modalWindow = windowOf(guest);
   ASSERT_NE(modalWindow, nullptr);
   EXPECT_EQ(modalWindow->className(), "NSWindow");
-  EXPECT_EQ(modalWindow->styleMask(), 11u);
+  EXPECT_EQ(modalWindow->styleMask(), 11u);  // titled, closable, resizable
   EXPECT_EQ(modalWindow->contentViewController(), guest);
   EXPECT_EQ(modalWindow->contentView(), guest->view());
   EXPECT_EQ(modalWindow->sheetParent(), nullptr);
@@ -108,7 +108,7 @@ TEST_F(PresentationTest, ASheetBelongsToTheWindowOfItsPresentingController) {
   host->presentViewControllerAsSheet(guest);
   const Strong<NSWindow> sheet = windowOf(guest);
   EXPECT_EQ(sheet->className(), "NSWindow");
-  EXPECT_EQ(sheet->styleMask(), 65u);
+  EXPECT_EQ(sheet->styleMask(), 65u);  // titled, DocModalWindow
   EXPECT_EQ(sheet->sheetParent(), window);
   EXPECT_EQ(sheet->parentWindow(), nullptr);
   EXPECT_EQ(window->sheets(), NSArray<NSWindow>{sheet});
