@@ -123,6 +123,7 @@ TEST_F(CreateTest, TheCallbacksStructureIsCopied) {
   std::memset(&callbacks, 0xff, sizeof callbacks);
   const VelRequest request = makeRequest("launch_end", 1);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
+  // 3: VEL_STATE_LOADED.
   EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
 }
 

@@ -1,5 +1,6 @@
 // vel_destroy in every state and inside every callback. The number after "ended" is a VelEndReason:
-// 1 time used up, 3 window closed, 4 display lost, 5 destroyed.
+// 1 time used up, 3 window closed, 4 display lost, 5 destroyed. In the callback lines,
+// "state_changed 3" is VEL_STATE_LOADED.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"

@@ -300,7 +300,7 @@ TEST_F(CocoaCBinding, TheCountdownPausesWhileAnotherWindowIsKey) {
   [small release];
 }
 
-TEST_F(CocoaCBinding, TheCountdownOverAWindowOpenedAfterPresentPausesWhileAnotherWindowIsKey) {
+TEST_F(CocoaCBinding, AnotherKeyWindowPausesTheCountdownEvenIfTheHostsWindowOpensAfterPresent) {
   [window orderOut:nil];
   present(60);
   [window makeKeyAndOrderFront:nil];

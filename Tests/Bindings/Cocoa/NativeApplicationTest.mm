@@ -133,6 +133,7 @@ TEST_F(NativeApplicationTest, TheLogHasTheReasonWhyAWindowCannotBeCovered) {
                        "presentForWindow:withPresentationMode:]): the library has been shut down"));
 }
 
+// Each call of `windowFor` also updates the content view controller of the library's window.
 TEST_F(NativeApplicationTest, TheContentViewControllerHasTheClassNameOfTheNativeController) {
   const auto libraryWindow = vel_objc::windowFor(window, error);
   ASSERT_NE(libraryWindow, nullptr) << error;
