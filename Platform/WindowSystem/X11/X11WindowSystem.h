@@ -69,7 +69,10 @@ class X11WindowSystem final : public WindowSystem {
   [[nodiscard]] bool needsShield(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
   void moveWindow(x11::Window& window, x11::PixelRect frame);
+  // Removes the cover. Then destroys a window that the back end created, or starts restoring the
+  // hints of an adopted window.
   void beginRelease(x11::Window& window);
+  // For an adopted window, completes the restoration. This may block (see `StyleRestorer::finish`).
   void finishRelease(x11::Window& window);
 
   // Events
@@ -77,9 +80,9 @@ class X11WindowSystem final : public WindowSystem {
   // Handles the events that have arrived and does the work whose deadline has passed. Returns true
   // if an event has arrived.
   bool processEvents();
-  // Passes the events that have arrived to `handle`. Then repeats the owners' _NET_WM_STATE
-  // requests (see `StateRequestRelay`) and repairs the covers. Returns true if an event has
-  // arrived.
+  // Passes the events that have arrived to `handle`. Then calls
+  // `StateRequestRelay::repeatRequests`, and `Cover::repair` for each cover. Returns true if an
+  // event has arrived.
   bool handleArrivedEvents();
   void handle(const xcb_generic_event_t& event);
   void handleClientMessage(const xcb_client_message_event_t& message);
