@@ -228,7 +228,8 @@ TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-// vel_present logs a line before it shows the launch screen.
+// vel_present logs a line before it shows the launch screen. At that time, the launch screen is not
+// shown yet, but it has not ended.
 TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {

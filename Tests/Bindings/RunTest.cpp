@@ -153,7 +153,8 @@ TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // If vel_dismiss had taken effect, the loss of focus would not pause the countdown.
+  // A dismissal sets `launchScreenExpired` of the manager. A loss of focus would then not pause the
+  // countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 

@@ -53,7 +53,8 @@ TEST_F(StructureSizeTest, TheWindowInTheOptionsOfTheFirstVersionIsRead) {
   VelCreateOptions current = virtualOptions();
   current.window = 4711;
   const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(current);
-  // The library has read the window, because the headless display refuses every window of a host.
+  // The headless display refuses every window of a host, so VEL_BAD_WINDOW shows that the library
+  // has read `window`.
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The parameters of a request. `duration` is a number or a string.
+// The parameters of a request. A valid `duration` is a number or a string.
 NSDictionary* parametersWith(id duration) {
   return [NSDictionary
       dictionaryWithObjectsAndKeys:@"launch_end", @"event", duration, @"max_duration_time", nil];
