@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy on the sources of the library and the program.
+"""Runs clang-tidy on the sources of the library, the program and the examples.
 
 usage: tidy.py ROOT BUILD_DIR CLANG_TIDY
 
@@ -18,7 +18,8 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-# Not checked: tests, fuzzers and benchmarks, whose faults show when they run, and build folders.
+# Tests, fuzzers and benchmarks are not checked, because their faults show when they run. Generated
+# sources are not checked either.
 SKIPPED = ("Tests/", "Fuzz/", "Benchmarks/", "build/")
 
 OPTIONS = ["--quiet", "--extra-arg=-Wno-unknown-warning-option"]

@@ -371,6 +371,7 @@ void Script::play() {
     noteAction("the user closes the window");
     system_.userCloses();
     waitUntil("closed", [this] { return system_.isClosed(); });
+    // Records VEL_NOTHING_TO_PRESENT, because the window is closed.
     present("forced");
   } else {
     noteAction("the host destroys a third launch screen");
@@ -400,8 +401,9 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // The headless display has no window manager that could keep a disabled control. On X11 and
-  // Wayland, controls_kept reports 0 after the library has restored the controls.
+  // On the headless display, the library never calls controls_kept: no window manager could keep a
+  // control. On X11 and Wayland, controls_kept reports 0 after the library has restored the
+  // controls.
   EXPECT_THAT(headless.keptControls, IsEmpty());
   EXPECT_THAT(x11.keptControls, Contains("none"));
   EXPECT_THAT(wayland.keptControls, Contains("none"));
