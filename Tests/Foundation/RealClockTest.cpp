@@ -133,8 +133,8 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
   std::atomic<bool> hasLoopReturned = false;
-  // A wake-up before the pass begins does not end the wait after the pass, so the thread wakes the
-  // loop repeatedly.
+  // The pass acknowledges every wake-up that came before it. Such a wake-up does not end the wait
+  // after the pass, so the thread wakes the loop repeatedly.
   std::thread otherThread([this, &hasLoopReturned] {
     while (!hasLoopReturned) {
       loop.wake();

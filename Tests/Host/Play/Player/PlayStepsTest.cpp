@@ -467,7 +467,7 @@ TEST(PlayStepsTest, CloseWindowClosesTheWindow) {
   EXPECT_EQ(lastInspection(trace)["application"]["orderedWindows"], json::parse(R"(["b"])"));
 }
 
-TEST(PlayStepsTest, StepsCanNameTheWindowOfAPresentation) {
+TEST(PlayStepsTest, StepsMayReferToTheWindowThatAPresentationOpens) {
   const std::string steps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
