@@ -257,6 +257,7 @@ TEST_F(ShowSessionTest, LibraryRefusesAnEmptyEventName) {
 }
 
 TEST_F(ShowSessionTest, NegativeDurationReportsThatTheViewControllerIsMissing) {
+  // The library accepts a negative duration but creates no view controller for it.
   options.duration = "-3";
   start();
   const ShowOutcome outcome = runToEnd();

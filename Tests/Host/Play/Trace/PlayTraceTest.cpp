@@ -63,10 +63,10 @@ TEST(TraceTextTest, EachKindOfLineHasItsMembersInOrder) {
   EXPECT_EQ(
       textOf(trace::StyleMaskAssignment{.styleMask = ~NSWindowStyleMask{0}, .window = "player"}),
       R"({"t":0.000000000,"styleMask":18446744073709551615,"window":"player"})");
-  using Window = trace::PresentationWindowChange;
-  EXPECT_EQ(textOf(Window{.window = "modal-1", .change = Window::Change::Opened}),
+  using WindowChange = trace::PresentationWindowChange;
+  EXPECT_EQ(textOf(WindowChange{.window = "modal-1", .change = WindowChange::Change::Opened}),
             R"({"t":0.000000000,"window":"modal-1","is":"opened"})");
-  EXPECT_EQ(textOf(Window{.window = "sheet-2", .change = Window::Change::Closed}),
+  EXPECT_EQ(textOf(WindowChange{.window = "sheet-2", .change = WindowChange::Change::Closed}),
             R"({"t":0.000000000,"window":"sheet-2","is":"closed"})");
   EXPECT_EQ(textOf(trace::FatalError{"why"}), R"({"t":0.000000000,"fatal":"why"})");
 }
