@@ -217,8 +217,8 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
-  // The wake-up comes after the wait of the first call. The pass of the second call serves the
-  // wake-up, which must not also end the wait of the second call.
+  // No wait is running after the first call, so `wake` must not wake the clock: the clock would end
+  // its next wait, which is in the second call. The pass of the second call serves the wake-up.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
