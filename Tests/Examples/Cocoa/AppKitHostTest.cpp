@@ -26,8 +26,8 @@ constexpr const char* kModalWindow = "2";
 class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
   // Polls `condition` until it is true. Returns false after `kTimeout`. The free AppKit sometimes
-  // reads an event from its connection, does not handle it, and waits for the next event. So this
-  // function moves the pointer over the host's window, as a user does.
+  // reads an event from its connection, but handles it only when another event arrives. So this
+  // function moves the pointer over the host's window. Each movement sends another event.
   bool eventually(const std::function<bool()>& condition) {
     int distance = 0;
     return test::eventually([&] {
