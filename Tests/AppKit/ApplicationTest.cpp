@@ -220,11 +220,14 @@ TEST_F(ApplicationTest, WithoutAnApplicationAWindowStoresItsPropertiesButDoesNot
   window->setTitle("Title");
   window->setStyleMask(NSWindowStyleMaskTitled);
   window->miniaturize();
-  window->close();
   EXPECT_FALSE(window->isVisible());
   EXPECT_FALSE(window->isKeyWindow());
   EXPECT_FALSE(window->isModalPanel());
+  EXPECT_EQ(window->frame(), CGRectMake(0, 0, 5, 5));
+  EXPECT_EQ(window->title(), "Title");
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
+  window->close();
+  EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(ApplicationTest, DestroyingAWindowReleasesItInTheWindowSystem) {

@@ -248,7 +248,8 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
   otherWindow->contentView()->addSubview(controller->view());
   EXPECT_EQ(window->contentView(), nullptr);
   EXPECT_EQ(nameOf(controller->view()->window()), "B");
-  EXPECT_EQ(recorder.takeEvents().size(), 4u);
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear",
+                                           "view will appear", "view did appear"}));
 }
 
 // Life-cycle methods that a host calls itself
@@ -286,7 +287,8 @@ TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsAddedAreCalledAgain) {
   recorder.takeEvents();
   window->contentView()->addSubview(controller->view());
   controller->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.takeEvents().size(), 4u);
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will appear", "view did appear",
+                                           "view will disappear", "view did disappear"}));
 }
 
 TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAppearance) {
@@ -296,7 +298,8 @@ TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAp
   recorder.takeEvents();
   window->contentView()->addSubview(controller->view());
   controller->view()->removeFromSuperview();
-  EXPECT_EQ(recorder.takeEvents().size(), 4u);
+  EXPECT_EQ(recorder.takeEvents(), (Events{"view will appear", "view did appear",
+                                           "view will disappear", "view did disappear"}));
 }
 
 TEST_F(LifeCycleTest, ADisappearMethodThatSkipsTheBaseClassIsCalledAgainAfterTheHostsCall) {

@@ -143,6 +143,7 @@ TEST_F(ModalSessionTest, RunModalForWindowReturnsAtOnceIfALifeCycleMethodClosesT
   addController(dialog, "view");
   recorder.onNext("view will appear", [&] { dialog->close(); });
   NSApp->runModalForWindow(dialog);
+  EXPECT_EQ(platform.now(), 0);
   EXPECT_EQ(NSApp->modalWindow(), nullptr);
 }
 
