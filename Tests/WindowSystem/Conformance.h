@@ -38,14 +38,14 @@ struct Backend {
   std::unique_ptr<TestDisplay> (*open)();
   /// True if the back end can adopt windows that a host or another program has opened.
   bool adoptsWindows;
-  /// True if `picture` returns what the screen shows of a window.
+  /// True if `WindowSystem::picture` returns what the screen shows of a window.
   bool capturesWindows;
-  /// True if `requestMiniaturized` has an effect.
+  /// True if `WindowSystem::requestMiniaturized` has an effect.
   bool miniaturizes;
   /// True if the back end reports the stacking order.
   bool reportsOrder;
-  /// True if a program can destroy the windows that the back end has created or adopted, and the
-  /// back end reports it.
+  /// True if the host or another program can destroy a window that the back end has created or
+  /// adopted, and the back end reports it.
   bool reportsDestruction;
   /// True if each change of the style mask causes a `controlsKept` report. The report names the
   /// controls that the window manager still offers although the new style mask excludes them.

@@ -129,11 +129,11 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
-  // A window can be partly outside the screen: a compositor may place it there, and a window
-  // manager may enlarge a window before it moves the window.
-  // On an Xwayland server, `screenArea` is the compositor's screen. `user_` captures the screen of
-  // the X server that shows the compositor's window.
+  // If `user_` is set, it captures the screen of the X server that shows the compositor's window.
   const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
+  // A server returns no picture of an area that is partly outside its screen. A compositor may
+  // place a window partly outside the screen. A window manager may enlarge a window before it moves
+  // the window.
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
                           area.x + area.width <= screen.width &&
                           area.y + area.height <= screen.height;

@@ -21,11 +21,11 @@ using x11::Property;
 
 inline constexpr std::uint32_t kWhite = 0xFFFFFF;
 
-/// The pixels of an area of the screen.
+/// The pixels of an area of the screen, of a window or of a PNG file.
 struct Picture {
   int width = 0;
   int height = 0;
-  std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row
+  std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row; `windowPicture` adds the alpha
 
   [[nodiscard]] std::uint32_t at(int x, int y) const;
   /// The number of pixels of each colour.

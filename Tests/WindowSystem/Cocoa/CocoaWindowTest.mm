@@ -427,7 +427,8 @@ TEST_F(CocoaWindowTest, TheKeyWindowAtActivationIsReportedEvenIfTheLibraryDoesNo
                                                              defer:NO] autorelease];
   [unknown setReleasedWhenClosed:NO];
   [unknown makeKeyAndOrderFront:nil];
-  // The X server may still move the focus to the window of the host.
+  // The fixture has requested the focus for `native`, and the X server may move the focus late. So
+  // wait until `unknown` has the focus.
   EXPECT_TRUE(waitFor([=, this] { return display.giveFocus(unknown); }));
   [[NSNotificationCenter defaultCenter]
       postNotificationName:NSApplicationDidBecomeActiveNotification
