@@ -1,7 +1,9 @@
 // The host's consent dialog: when the dialog resigns key, the window of the launch screen becomes
 // key. A dialog is a consent dialog if its content view controller has the class name
-// "GDPRViewController". A window is required if the user can see the launch screen while the window
-// is key.
+// "GDPRViewController".
+//
+// A window is required if the user can see the launch screen while the window is key. The countdown
+// pauses when a required window that is not a consent dialog resigns key.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -116,7 +118,8 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
 
 TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown) {
   show(5.0);
-  // A child with the class name of the launch screen's controller makes a window required.
+  // A window is required if it has a child controller of the class of the launch screen's
+  // controller. That controller is a HostController in this test.
   consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consentDialog));

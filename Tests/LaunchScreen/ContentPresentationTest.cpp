@@ -220,11 +220,12 @@ TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheDismissedController
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsCalledIfOnlyTheContentsOwnControllerPresentsAnother) {
+TEST_F(ContentForwardingTest, DidDisappearIsCalledEvenIfTheContentsOwnControllerPresentsAnother) {
   const auto otherController = LaunchScreenViewController::init();
   content->setInternalViewController(otherController);
   otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
+  // The content checks only the dismissed controller, which is the argument.
   content->launchScreenControllerDidDismiss(cover);
   content->launchScreenControllerDidDismiss(nullptr);
   EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));

@@ -1,6 +1,7 @@
 // What the launch screen's controller ("the cover") does in each life-cycle method. The line
 // "style 7" in the journal means that a window gets the style mask 7. The mask of a window with a
-// title and all controls is 15.
+// title and all controls is 15. An embedded cover removes the controls one by one ("style 7",
+// "style 3", "style 1"), so that only the title remains.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
