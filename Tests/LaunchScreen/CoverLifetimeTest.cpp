@@ -107,6 +107,7 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
 
 TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowLivesUntilAnotherCoverReplacesIt) {
   cover->presentForWindowWithPresentationMode(nullptr, 0);
+  // The library removes a dismissed tracked cover only if the cover has a superview.
   cover->dismiss();
   platform.run(10);
   const Weak<NSView> view = cover->view();

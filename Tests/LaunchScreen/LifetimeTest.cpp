@@ -46,6 +46,8 @@ TEST_F(LifetimeTest, AfterDeactivationManagerContentAndControllerAreDestroyed) {
 TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsDestroyed) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
+  // The manager recognizes a launch screen by the class name of its controller. While a launch
+  // screen is shown, a new request gets a temporary content.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("LaunchScreenViewController"));
   manager->contentDataForContentRequest(makeRequest("e", 5));
@@ -174,6 +176,8 @@ TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) 
 TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));
+  // A child with the class name of the launch screen's controller makes a window required.
+  // `windowDidBecomeKey` ignores windows that are not required.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   loadHostController(5.0);
