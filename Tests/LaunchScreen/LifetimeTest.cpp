@@ -176,8 +176,8 @@ TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) 
 TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));
-  // A child with the class name of the launch screen's controller makes a window required.
-  // `windowDidBecomeKey` ignores windows that are not required.
+  // `windowDidBecomeKey` ignores windows that are not required (see `isRequiredWindow`). A child
+  // with the class name of the launch screen's controller makes a window required.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   loadHostController(5.0);
