@@ -24,7 +24,7 @@ constexpr int kColorSide = 16;
 // the indicators on an output with a lower scale.
 constexpr double kSharedScale = 2;
 
-// The unit of wp_fractional_scale_v1.
+// The number that wp_fractional_scale_v1 sends for a scale of 1.
 constexpr double kFractionalScaleUnit = 120;
 
 std::uint32_t premultiplied(double component, double alpha) {

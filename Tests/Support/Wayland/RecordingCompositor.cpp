@@ -22,7 +22,7 @@ namespace vel::test {
 
 namespace {
 
-// The unit of wp_fractional_scale_v1.
+// The number that wp_fractional_scale_v1 sends for a scale of 1.
 constexpr double kScaleUnit = 120;
 
 [[noreturn]] void runServer(const std::filesystem::path& folder, int control) {

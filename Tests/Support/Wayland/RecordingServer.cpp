@@ -55,7 +55,8 @@ struct Object {
   CGSize size{};                   // of a wl_buffer
 };
 
-/// A wl_surface. The next commit makes `pending` current.
+/// A wl_surface. The next commit makes `pending` current. The title and the modal state need no
+/// commit.
 struct Surface {
   SurfaceRecord current;
   SurfaceRecord pending;

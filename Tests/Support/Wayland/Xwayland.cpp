@@ -1,3 +1,4 @@
+// For builds with the Wayland back end.
 #include "Tests/Support/X11/Xwayland.h"
 
 namespace vel::test {

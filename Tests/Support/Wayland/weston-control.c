@@ -9,7 +9,8 @@
 //     add-touch-screen      adds a touch screen to the seat
 //     touch X Y             touches the screen and lifts the finger
 //
-// weston places new windows at random. This module moves each toplevel to the centre of the screen.
+// weston places new windows at random. This module moves each window to the centre of the screen,
+// also after each change of its size.
 #include <libweston-desktop/libweston-desktop.h>
 #include <libweston/libweston.h>
 #include <stdio.h>
@@ -36,8 +37,8 @@ struct Control {
   struct weston_touch_device* touchDevice;
 };
 
-// This module creates a Window for each new surface, because a surface becomes a desktop surface
-// only later. Only desktop surfaces have a title.
+// This module creates a Window for each new surface, because a surface becomes a window only later.
+// libweston then calls it a desktop surface. Other surfaces have no title.
 struct Window {
   struct wl_list link;
   struct Control* control;
