@@ -621,8 +621,8 @@ class Trial:
             self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
         if not wait_until(lambda: self.rect() == expected_rect, 3):
             self.add_fault("position and size %s, not %s" % (self.rect(), expected_rect))
-        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself. Only a list with the action close comes
-        # from the window manager.
+        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself, but without _NET_WM_ACTION_CLOSE. Checks the
+        # list only if the window manager has written it.
         if expected_rect == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
             self.check_actions(before["actions"])
         children = self.client.child_count(self.window)

@@ -22,7 +22,8 @@ class CallbacksTest : public LaunchScreenTest {
     manager->startTimer();
   }
   // Shows a launch screen whose controller presents another controller as a sheet. Returns the
-  // presented controller.
+  // presented controller. The sheet takes the focus, which sets `appIsUnfocused` and pauses the
+  // countdown.
   Strong<NSViewController> showLaunchScreenThatPresentsASheet(double duration) {
     load(duration);
     present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
@@ -138,7 +139,7 @@ TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-// canLaunchScreenControllerDismiss with the time used up
+// canLaunchScreenControllerDismiss with the time used up: at most 0.1 s is left
 
 TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalIsAllowedAndSetsTheTimeLeftToZero) {
   load(5.0);
@@ -192,6 +193,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpALaunchScreenThatPresentsASheetRefusesThe
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_TRUE(manager->eventWasSended()) << "the timer was running";
+  // This call skips the launch screen's own override, which asks the delegates.
   controller()->NSViewController::dismissViewController(sheet);
   EXPECT_TRUE(canDismiss());
 }

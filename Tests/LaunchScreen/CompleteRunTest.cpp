@@ -51,6 +51,8 @@ TEST_F(CompleteRunTest, ACoverWithoutAParentIsRemovedASecondAfterItsDismissal) {
   platform.run(1.05);
   EXPECT_EQ(takeEvents(), Lines{});
   platform.run(0.05);
+  // The dismissal itself calls `viewDidDisappear`. `viewWillDisappear` follows when the view is
+  // removed.
   EXPECT_EQ(takeEvents(), (Lines{"host: can disappear", "style 15",  //
                                  "viewDidDisappear", "host: did disappear"}));
   EXPECT_EQ(rectangleCount(window), 1u);
@@ -238,6 +240,7 @@ TEST_F(CompleteRunTest, ALaunchScreenThatPresentsASheetIsNotDismissed) {
   platform.run(5);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_TRUE(platform.events.empty());
+  // This call skips the launch screen's own override, which asks the delegates.
   controller()->NSViewController::dismissViewController(sheet);
   takeEvents();
   manager->dismissLaunchScreen();
