@@ -7,8 +7,10 @@
 //
 // These habits act on SIGUSR1:
 // - "resize" asks for a larger size, and on the next SIGUSR1 for the original size.
-// - "maximise" and "fullscreen" ask the window manager to add the state, and on the next SIGUSR1 to
-//   remove the state.
+// - "maximise" asks the window manager to maximise the window, and on the next SIGUSR1 to
+//   undo this.
+// - "fullscreen" asks the window manager to make the window fullscreen, and on the next SIGUSR1 to
+//   undo this.
 // - "toggle" asks the window manager to toggle the maximised state.
 // - "remap" unmaps the window and maps it again.
 // - "recreate" opens a new window and destroys the old window.

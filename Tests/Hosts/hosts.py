@@ -13,18 +13,18 @@ SOURCES = HERE / "programs"
 class Host:
     """A program with a window.
 
-    `command` contains the placeholders `bin`, the folder of the built programs, and `home`, the home
+    `command` can contain the placeholders `bin`, the folder of the built programs, and `home`, the home
     folder of the trial. `window` is a part of the window's class or title. `build_commands` build the
     program. Their placeholders are `bin` and `sources`, the folder of the source files. `needs`
     contains the names of other programs that must be installed. `variables` contains environment
     variables for the program.
 
-    `changes_window` is true if the program changes its window on a first SIGUSR1 and undoes the change
-    on a second SIGUSR1. The change happens while the window is covered, or, if `changes_before_cover`
-    is true, before the window is covered. `recreates_window` is true if the change destroys the window
-    and opens another window. `maps_again` is true if the change unmaps the window and maps it again.
-    `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down and
-    Page Up while the window is covered.
+    `changes_window` is true if the program changes its window on SIGUSR1. A second SIGUSR1 undoes the
+    change, unless `recreates_window` or `maps_again` is true. The change happens while the window is
+    covered, or, if `changes_before_cover` is true, before the window is covered. `recreates_window` is
+    true if the change destroys the window and opens another window. `maps_again` is true if the change
+    unmaps the window and maps it again. `draws_on_keys` is true if the program draws only on input. The
+    trial then presses Page Down and Page Up while the window is covered.
 
     `prepare` is None, or a function that takes the folder of the built programs and returns more
     environment variables. Trials of hosts with `prepare` run one at a time.

@@ -33,7 +33,7 @@ class EventsFiles(unittest.TestCase):
             # The library records the event 0.5 s after the end of the countdown.
             self.assertGreaterEqual(event["seconds"], 0.6)
 
-    def test_run_without_an_event_appends_nothing(self):
+    def test_run_in_skip_mode_appends_no_event(self):
         show("--mode", "skip", "--skip-after", "0", "--present", "modal", "--events", self.file)
         self.assertEqual(self.events(), [])
 

@@ -31,7 +31,7 @@ TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
                             "--content-controller"});
-  // When the program prints this line, the library has already overridden the hints.
+  // When the program prints this line, the library has already overridden _MOTIF_WM_HINTS.
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 
