@@ -152,7 +152,8 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionASheetOfThePlayerWi
   EXPECT_FALSE(manager->isRequiredWindow(sheet->view()->window()));
 }
 
-TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionAWindowOfAnotherClassIsNotRequired) {
+TEST_F(RequiredWindowTest,
+       DuringTheLaunchScreensModalSessionANonPlayerWindowAndItsChildAreNotRequired) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {

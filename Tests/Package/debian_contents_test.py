@@ -24,7 +24,7 @@ class DebianContentsTest(unittest.TestCase):
             {"libVelLaunchScreen.so.1", "libVelLaunchScreen.so.1.0.0", "copyright"},
         )
 
-    def test_the_development_package_has_headers_a_library_link_and_pkg_config_and_cmake_files(self):
+    def test_the_development_package_has_headers_a_library_symlink_and_pkg_config_and_cmake_files(self):
         files = self.files(DEVELOPMENT)
         for name in ("VelLaunchScreen.h", "vel_launch_screen.h"):
             self.assertIn(f"/usr/include/VelLaunchScreen/{name}", files)

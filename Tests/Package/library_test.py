@@ -19,7 +19,7 @@ VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 
 def exported_names():
-    """Returns the exported names. Each C++ class is one name, whatever its members."""
+    """Returns the exported names. A class and its members count as one name."""
     names = set()
     for line in run("nm", "--dynamic", "--defined-only", "--demangle", LIBRARY).splitlines():
         name = CLASS_SYMBOL.sub("", line.split(maxsplit=2)[2])

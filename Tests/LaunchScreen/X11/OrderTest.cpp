@@ -35,10 +35,10 @@ TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
 }
 
 TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
-  const xcb_window_t lowerWindow = openGame(kGameFrame);
+  const xcb_window_t lowerGame = openGame(kGameFrame);
   const WindowHandle upperWindow = adopt(openGame(kSecondGameFrame)).handle;
-  const WindowHandle lowerHandle = adopt(lowerWindow).handle;
-  EXPECT_TRUE(waitForOrder({upperWindow, lowerHandle}));
+  const WindowHandle lowerWindow = adopt(lowerGame).handle;
+  EXPECT_TRUE(waitForOrder({upperWindow, lowerWindow}));
 }
 
 TEST_F(X11Order, AWindowThatTheBackEndRaisesIsNotReported) {

@@ -34,6 +34,7 @@ class X11Resources : public X11HostTest, public testing::WithParamInterface<std:
 };
 
 TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
+  // The X window of `ownWindow` exists only after `ownWindow` is shown.
   ownWindow->makeKeyAndOrderFront();
   ASSERT_TRUE(runUntil([this] { return ownWindow->isKeyWindow(); }));
   player->makeKeyWindow();
