@@ -355,7 +355,7 @@ class Trial:
         return {name: self.client.property(self.window, name) for name in HINTS}
 
     def toggle_change(self):
-        """Makes the host change its window. The next call makes the host undo the change."""
+        """Makes the host change its window. The next call undoes the change, if the host can undo it."""
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):

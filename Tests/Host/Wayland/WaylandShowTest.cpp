@@ -44,6 +44,7 @@ TEST_F(WaylandShow, WithoutTheDisplayOptionWaylandIsUsed) {
 TEST_F(WaylandShow, AModalWindowShowsTheLaunchScreen) {
   Process program = start({"--display", "wayland", "--duration", "3", "--present", "modal"});
   EXPECT_TRUE(eventually([this] { return sway.picture({512, 384, 1, 1}).isAll(kWhite); }));
+  EXPECT_NE(sway.picture(kPlayerArea).at(0, 0), kWhite);  // the modal window is smaller
   EXPECT_EQ(program.wait(), 0);
 }
 
