@@ -35,20 +35,20 @@ class WaylandDisplay final : public TestDisplay {
   WindowSystem& system() override { return *system_; }
   void userGoesToAnotherApplication() override { compositor_->focusWindow("other"); }
   void userComesBackTo(WindowHandle window) override {
-    compositor_->focusWindow(nameWindow(window));
+    compositor_->focusWindow(setUniqueTitle(window));
   }
   void userClosesWindow(WindowHandle window) override {
-    compositor_->closeWindow(nameWindow(window));
+    compositor_->closeWindow(setUniqueTitle(window));
   }
   void otherProgramResizes(WindowHandle window, CGSize size) override {
     // The compositor sets the size including the frame. The back end draws frames only on a
     // connection of its own.
     const int titleHeight = host_ == nullptr ? kTitleHeight : 0;
-    compositor_->resizeWindow(nameWindow(window), static_cast<int>(size.width),
+    compositor_->resizeWindow(setUniqueTitle(window), static_cast<int>(size.width),
                               static_cast<int>(size.height) + titleHeight);
   }
   void otherProgramRaises(WindowHandle window, WindowHandle /*sibling*/) override {
-    compositor_->focusWindow(nameWindow(window));
+    compositor_->focusWindow(setUniqueTitle(window));
   }
   void ownerDestroysWindow(WindowHandle /*window*/) override {}
   void serverClosesConnection() override { compositor_->kill(); }
@@ -57,8 +57,8 @@ class WaylandDisplay final : public TestDisplay {
   }
 
  private:
-  // Gives the window a unique title and returns the title.
-  std::string nameWindow(WindowHandle window) {
+  // Returns the new title.
+  std::string setUniqueTitle(WindowHandle window) {
     std::string title = "window " + nameOf(window);
     system_->setTitle(window, title);
     return title;

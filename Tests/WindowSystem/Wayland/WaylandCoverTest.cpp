@@ -171,6 +171,7 @@ TEST_P(WaylandCover, TheCoverTakesThePointerFromTheHost) {
   compositor->click(512, 384);
   ASSERT_TRUE(waitWithHost([this] { return host->presses() >= 2; }));
   EXPECT_EQ(host->presses(), 2);
+  // A toolkit would use the user data of a cover as its own, so a cover must have no user data.
   EXPECT_FALSE(host->hasEnteredForeignSurfaceWithData());
   EXPECT_THAT(reports.lines, IsEmpty());  // the clicks do not move the focus away
 }
@@ -336,6 +337,8 @@ TEST_P(WaylandCover, ALostCompositorIsReportedWhileACoverIsShown) {
   EXPECT_FALSE(system->adoptWindow(host->window(), error).has_value());
 }
 
+// A host that passes its toplevel must not destroy the surface while it is adopted. So this host
+// does not pass its toplevel.
 TEST_P(WaylandCover, DestroyingAnAdoptedSurfaceDoesNotBreakTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
   const AdoptedWindow window = adopt(false);

@@ -146,7 +146,7 @@ TEST_P(WaylandOutputs, TheIndicatorOfACoverIsSharpUpToAScaleOfTwo) {
   std::unique_ptr<HiddenGlobal> hidden = hideViewporter();
   sway.run("output X11-2 scale 2");
   CoveredHost covered(sway);
-  // Without viewporter: it is hidden from the registries of the host and of the back end.
+  // 2: viewporter is hidden from the registries of the host and of the back end.
   EXPECT_EQ(HiddenGlobal::registryCount(), GetParam() ? 0 : 2);
   sway.run("[title=game] move container to output X11-1");
   covered.system->setScene(covered.handle, whiteWithIndicator(kSize));
