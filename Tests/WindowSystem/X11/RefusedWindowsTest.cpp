@@ -45,8 +45,8 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
 TEST_F(X11RefusedWindows, TheHelperWindowOfTheBackEndWorksAfterItIsRefused) {
   const xcb_window_t ownWindow =
       idOf(openOwnWindow({.className = "Ours", .title = "", .frame = {{0, 0}, {10, 10}}}));
-  // The id before that of `ownWindow` belongs to the helper window through which the back end reads
-  // the server's time. The back end needs this time to request the focus.
+  // `ownWindow - 1` is the helper window through which the back end reads the server's time. The
+  // back end needs this time to request the focus.
   ASSERT_TRUE(client.exists(ownWindow - 1));
   EXPECT_THAT(adoptionError(ownWindow - 1), HasSubstr("it belongs to this program"));
   system().requestFocus(static_cast<WindowHandle>(ownWindow));

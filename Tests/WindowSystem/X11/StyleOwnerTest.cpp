@@ -77,7 +77,7 @@ TEST_F(X11StyleOwner, ControlsThatTheOwnerAddsAfterTheAdoptionAreRemoved) {
 }
 
 TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
-  // The back end would write this value for a style mask with only the title.
+  // The style mask of these hints is `NSWindowStyleMaskTitled`.
   const Property hintsAtAdoption = motifHints({3, 4, 26, 0, 0});
   client.setProperty(game, kMotifHints, hintsAtAdoption);
   handle = adopt(game).handle;
@@ -86,7 +86,7 @@ TEST_F(X11StyleOwner, HintsWrittenJustBeforeCoveringAreRestored) {
   system().setStyleMask(handle, NSWindowStyleMaskBorderless);
   deliver();
   EXPECT_EQ(client.numbers(game, kMotifHints), (std::vector<std::uint32_t>{3, 4, 0, 0, 0}));
-  // This was the owner's style mask at the adoption, so the back end restores the hints.
+  // The back end last reported this mask as the owner's mask, so it restores the owner's hints.
   system().setStyleMask(handle, NSWindowStyleMaskTitled);
   deliver();
   EXPECT_EQ(client.property(game, kMotifHints), ownersHints);
@@ -195,7 +195,7 @@ TEST_F(X11StyleOwner, HintsAreRestoredWithinASecondWhenTheBackEndIsDestroyed) {
   EXPECT_EQ(client.property(game, kMotifHints), std::nullopt);
 }
 
-TEST_F(X11StyleOwner, WritesWhileOverriddenAreReportedAfterRestoring) {
+TEST_F(X11StyleOwner, HintsWrittenDuringTheOverrideAreReportedAfterRestoring) {
   cover();
   client.setProperty(game, kMotifHints, motifHints({1, 4 | 8 | 32, 0, 0, 0}));
   deliver();
