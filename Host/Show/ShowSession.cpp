@@ -205,8 +205,9 @@ bool ShowSession::update() {
                                "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
-      // The library has not scheduled the event. It has postponed the event until a window that
-      // shows the launch screen becomes key. Such a window no longer exists.
+      // `eventWasSended` becomes true when the library schedules the event. Here the library still
+      // waits for a window that shows the launch screen to become key. Such a window no longer
+      // exists.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }

@@ -13,7 +13,7 @@ enum class TimelineLane : std::uint8_t {
   Request,   // the result of a content request
   Script,    // a step of the scenario
   HostCall,  // a call of the host's view delegate
-  Refusal,
+  Refusal,   // a refused operation, or an error
   WindowStyle,
   Dismissal,
   Event  // an analytics event that the library recorded
