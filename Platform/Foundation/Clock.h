@@ -17,9 +17,10 @@ class VEL_EXPORT Clock : NonCopyable {
 
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
-  /// Waits until `deadline` or until a call of `wake`. Input also ends a wait of a `RealClock`.
-  /// A `VirtualClock` returns false, without waiting, if `deadline` is `kNever` and no call of
-  /// `wake` is pending: the wait would never end. In every other case, a clock returns true.
+  /// Waits until `deadline` or until a call of `wake`. The clock for real time, `RealClock`, also
+  /// returns on input or after a signal. A `VirtualClock` returns false, without waiting, if
+  /// `deadline` is `kNever` and no call of `wake` is pending: the wait would never end. In every
+  /// other case, a clock returns true.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
   /// Ends the current wait. If no wait is in progress, ends the next wait.

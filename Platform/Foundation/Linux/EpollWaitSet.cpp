@@ -62,8 +62,8 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run between the two, see
-    // no flag and leave the count unread.
+    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run after the write, see
+    // no flag and leave the count unread. The next wait would then end immediately.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);

@@ -106,8 +106,8 @@ class KqueueWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run between the two, see
-    // no flag and leave the byte unread.
+    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run after the write, see
+    // no flag and leave the byte unread. The next wait would then end immediately.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
       [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);
