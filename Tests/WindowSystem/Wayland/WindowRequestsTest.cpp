@@ -207,7 +207,7 @@ INSTANTIATE_TEST_SUITE_P(Wayland, WaylandWindowScale, testing::Bool(), [](const 
 /// configure event includes the title bar.
 constexpr double kTitleHeight = 24;
 
-TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnother) {
+TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenSetFrameRequestsAnother) {
   start();
   const WindowHandle window = openWindow();
   compositor.configureMaximised(firstWindow().id, {800, 600});
@@ -223,7 +223,7 @@ TEST_F(WaylandWindowRequests, AMaximisedWindowKeepsItsSizeWhenTheLibrarySetsAnot
   EXPECT_EQ(firstWindow().size(), (CGSize{500, 320}));
 }
 
-TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedReturnsToItsPreviousSize) {
+TEST_F(WaylandWindowRequests, AWindowMadeNonResizableWhileMaximisedTakesTheNextConfiguredSize) {
   start();
   const WindowHandle window = openWindow();
   system->setStyleMask(window, NSWindowStyleMaskTitled | NSWindowStyleMaskResizable);

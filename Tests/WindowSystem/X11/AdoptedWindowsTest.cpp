@@ -83,13 +83,13 @@ TEST_F(X11AdoptedWindows, AWindowOfTheBackEndIsRefused) {
   description.frame = CGRectMake(0, 0, 100, 100);
   const WindowHandle ownWindow = openOwnWindow(description);
   std::string error;
-  // The back end has a window with which it reads the server's time. The id of that window is one
-  // of the 19 ids before `ownWindow`.
+  // The back end reads the server's time with a window of its own, the server time window. The id
+  // of the server time window is one of the 19 ids before `ownWindow`.
   for (xcb_window_t id = idOf(ownWindow) - 1; id + 20 > idOf(ownWindow); --id) {
     EXPECT_FALSE(system().adoptWindow(X11WindowId{id}, error));
   }
   // When the focus moves, the back end reads the server's time. This would block forever if
-  // `adoptWindow` had changed the event mask of that window.
+  // `adoptWindow` had changed the event mask of the server time window.
   system().requestFocus(ownWindow);
   deliver();
 }

@@ -357,7 +357,8 @@ TEST_F(X11CoverAndManagers, ACoverThatTheServerDoesNotMapIsLoggedAsMissing) {
   const xcb_window_t game = client.openGameWindow(kGameFrame, kGreen);
   deliver();
   const WindowHandle handle = adopt(game).handle;
-  // Handles the events of the adoption. During the grab, a round trip would block.
+  // Handling the events of the adoption needs round trips. A round trip would block during the
+  // grab, so this call handles these events before the grab.
   deliver();
   xcb_grab_server(client.connection());
   client.waitForServer();

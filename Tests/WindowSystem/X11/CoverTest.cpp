@@ -86,6 +86,7 @@ TEST_F(X11Cover, EveryReportContainsTheCurrentSizeOfTheWindow) {
   EXPECT_THAT(reports.sizes, testing::Each(CGSize{900, 600}));
 }
 
+// `orderOut` closes the cover of an adopted window, but leaves the window on the screen.
 TEST_F(X11Cover, DisappearsWhenItsWindowIsOrderedOut) {
   cover();
   system().orderOut(handle);
