@@ -113,7 +113,8 @@ class Timeline::Marker {
     timeline_.addMark(TimelineLane::Event, event.name);
   }
   void operator()(const trace::Tick& tick) {
-    if (tick.timeLeft < 0) {  // the time is up, so the library dismisses the cover
+    // At the last tick, the library requests the dismissal and then makes the time left negative.
+    if (tick.timeLeft < 0) {
       timeline_.isDismissalRequested_ = true;
     }
   }
@@ -195,8 +196,9 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
 }
 
 void Timeline::extendCountdown(CountdownSegment segment) {
-  // The time left changes only at ticks, but the picture shows a sloping line between ticks. So a
-  // constant segment between two ticks is merged with the next segment.
+  // The time left changes only at ticks, but the picture shows a sloping line between ticks. A step
+  // between two ticks would split this line into a constant segment and a falling segment, so the
+  // two segments are merged.
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
       segment.span.end - countdown_.back().span.start <= kTickInterval) {
