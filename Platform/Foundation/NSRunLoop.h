@@ -62,8 +62,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   [[nodiscard]] Clock& clock() { return *clock_; }
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
 
-  /// Set the sources. A pass first calls `deliver` of the window system, then of the main queue.
-  /// Null removes the source. The run loop does not own the sources.
+  /// Set the sources. Null removes the source. The run loop does not own the sources.
   void setWindowSystemSource(RunLoopSource* source) { windowSystem_ = source; }
   void setMainQueueSource(RunLoopSource* source) { mainQueue_ = source; }
 

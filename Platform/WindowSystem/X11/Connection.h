@@ -69,8 +69,8 @@ class Connection final : public NonCopyable {
   [[nodiscard]] bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() const { xcb_flush(connection_); }
   /// Returns true if the server is Xwayland. On Xwayland, a Wayland compositor shows each child of
-  /// the root window as a surface of its own. The constructor and `requestMonitorName` send the
-  /// requests. This function blocks until the server has replied.
+  /// the root window as a surface of its own. Blocks until the server has replied to the requests
+  /// that the constructor and `requestMonitorName` have sent.
   [[nodiscard]] bool isXwayland();
   /// Requests the name of a monitor, which `isXwayland` needs. Only the first call has an effect.
   void requestMonitorName(xcb_atom_t name);
