@@ -12,7 +12,8 @@ namespace {
 
 // Returns true if we overrode the hints less than `kWindowManagerDelay` before `begin`. The window
 // manager's events may then be reactions to the override: they do not show that the window manager
-// has read the restored hints. Call this only for a window without a probe.
+// has read the restored hints. Call this only for a window without a probe: the deadline is then
+// `kWindowManagerDelay` after `begin`.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;

@@ -19,8 +19,8 @@ constexpr std::uint32_t kRootEvents =
 
 /// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes. It
 /// removes one of its `removableControls` if the control's function is missing in _MOTIF_WM_HINTS.
-/// They are 0 (NSWindowStyleMaskBorderless) if it can remove no control. We found the values by
-/// trying the buttons, keys and drags of each window manager.
+/// `removableControls` is 0 (NSWindowStyleMaskBorderless) for a window manager that can remove no
+/// control. We found the values by trying the buttons, keys and drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removableControls;

@@ -41,7 +41,7 @@ class WindowManager final : public NonCopyable {
 
   /// Returns the controls that the window manager offers for `window`; no value if the window
   /// manager does not publish the controls. For some window managers, returns instead the controls
-  /// that they offer if the hints of a window exclude all controls. Blocks for a round trip.
+  /// that the hints of a window cannot remove. Blocks for a round trip.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a

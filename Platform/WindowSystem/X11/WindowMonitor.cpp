@@ -36,7 +36,7 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
-    // The back end reads this property of adopted windows only.
+    // The back end uses this property of adopted windows only.
     const Window* const window = windows_.find(notice.window);
     if (window != nullptr && window->isAdopted()) {
       markChanged(notice.window);

@@ -122,7 +122,7 @@ class WindowStyle final : public NonCopyable {
 
   Connection& connection_;
   xcb_window_t window_;
-  xcb_atom_t motifName_;
+  xcb_atom_t motifName_;            // _MOTIF_WM_HINTS: the property's name and also its type
   std::optional<WindowKind> kind_;  // no value for an adopted window
   NSWindowStyleMask mask_;
   NSWindowStyleMask reportedOwnersStyleMask_;
