@@ -60,11 +60,11 @@ void HintOverride::recordReplacedValue(const HintValue& expectedValue, const Hin
   }
 }
 
-// If the value can be an edit of several writes, uses the latest of these writes.
+// If the value can be based on several writes, uses the latest of these writes.
 HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
-    if (value && isEdited(write, *value)) {
+    if (value && isBasedOnWrite(write, *value)) {
       // If the owner wrote our value unchanged, uses the owner's value from the record. That value
       // can be missing or have fewer elements than ours. `withoutOurChanges` cannot return such a
       // value.
@@ -89,14 +89,14 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
   return changes;
 }
 
-// Returns true if the owner has probably read the value that we wrote and edited it. This function
-// checks two conditions:
+// Returns true if the owner has probably read the value that we wrote and then written `value`,
+// with or without an edit. This function checks two conditions:
 // 1. The flags (element 0) still contain our changes, and so does the first other element that we
 //    changed.
 // 2. If we changed elements after the flags, at least one of them is exactly as we wrote it.
 // The first condition is not enough: most of our changes remove bits, so a value of an owner that
 // has not read ours can contain our changes by chance.
-bool HintOverride::isEdited(const RecentWrite& write, const Property& value) const {
+bool HintOverride::isBasedOnWrite(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> changes = changedBits(write);
   const std::vector<std::uint32_t> elements = value.numbers();

@@ -61,7 +61,7 @@ class HintOverride {
 
   [[nodiscard]] HintValue interpretOwnersWrite(const HintValue& value) const;
   [[nodiscard]] std::vector<std::uint32_t> changedBits(const RecentWrite& write) const;
-  [[nodiscard]] bool isEdited(const RecentWrite& write, const Property& value) const;
+  [[nodiscard]] bool isBasedOnWrite(const RecentWrite& write, const Property& value) const;
   [[nodiscard]] Property withoutOurChanges(const RecentWrite& write, const Property& value) const;
 
   std::size_t bitSetCount_;

@@ -195,8 +195,8 @@ void Overlay::coveredWindowMapped() {
   }
 }
 
-// Unmaps the overlay. A window manager may reparent a withdrawn window to the root window. A mapped
-// overlay would then be visible alone on the root window.
+// Unmaps the overlay. A mapped overlay would stay visible without the adopted window, for example
+// if their parent is the root window.
 void Overlay::coveredWindowUnmapped() {
   coveredWindow_.isMapped = false;
   if (isOpen() && isShown_) {

@@ -51,7 +51,8 @@ class Overlay final : public NonCopyable {
   /// Creates the overlay's window, unmapped. The caller then creates child windows in the overlay
   /// and calls `show`.
   void open(CGColor background);
-  /// Maps the overlay as soon as the adopted window is mapped. May block for round trips.
+  /// Maps the overlay if `mustBeMapped` allows it. Otherwise, `handle` maps the overlay later. May
+  /// block for round trips.
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
