@@ -269,6 +269,7 @@ TEST_F(WaylandFrame, AWindowNarrowerThanTheButtonsHasAFrame) {
   for (const NSWindowStyleMask styleMask : {kAllControls, NSWindowStyleMaskTitled, kAllControls}) {
     system->setStyleMask(window, styleMask);
     EXPECT_TRUE(waitForContent(kNarrowContent));
+    EXPECT_TRUE(hasTitleBar(kNarrowContent));
   }
   click(titleOf(kNarrowContent));
   deliverAll(*system);
@@ -348,7 +349,7 @@ TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
   const NSLogSink previousSink =
       setNSLogSink([&logLines](std::string_view line) { logLines.emplace_back(line); });
   const HiddenLibrary hidden(kLibdecor);
-  open();
+  ASSERT_NO_FATAL_FAILURE(open());
   const WindowHandle second = makeWindow(kAllControls);
   EXPECT_TRUE(waitFor([&] { return reports.contains("focus " + nameOf(second)); }));
   setNSLogSink(previousSink);
@@ -361,7 +362,7 @@ TEST_F(WaylandFrame, WithoutLibdecorAWindowHasNoFrame) {
 
 TEST_F(WaylandFrame, WithoutAPluginOfLibdecorAWindowHasNoFrame) {
   setenv("LIBDECOR_PLUGIN_DIR", "/nonexistent", 1);
-  open();
+  ASSERT_NO_FATAL_FAILURE(open());
   unsetenv("LIBDECOR_PLUGIN_DIR");
   EXPECT_TRUE(weston.picture(titleBarOf(kContent)).isAll(kBackground));
   weston.closeWindow("Tested");

@@ -109,7 +109,7 @@ TEST_F(X11ModalWithManager, CanBeDraggedByItsBackground) {
   EXPECT_EQ(reports.lastFrame.origin.y, kScreenHeight - frameBefore.y - 60 - 270);
   // The button is released, so the window no longer follows the pointer.
   client.movePointer(frameBefore.x + 300, frameBefore.y + 300);
-  deliver();
+  deliverFor(0.1);
   EXPECT_TRUE(waitUntilAt(modal, {frameBefore.x + 30, frameBefore.y + 60, 480, 270}));
 }
 

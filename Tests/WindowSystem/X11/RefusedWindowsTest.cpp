@@ -31,7 +31,6 @@ TEST_F(X11RefusedWindows, TheEndOfTheWindowManagerIsNoticedAfterItsCheckWindowIs
   ASSERT_EQ(checkWindows.size(), 1U);
   EXPECT_THAT(adoptionError(checkWindows.front()),
               HasSubstr("that a window manager uses to announce itself"));
-  reports.lines.clear();
   managerProcess.kill();
   EXPECT_TRUE(waitFor([&] { return !client.exists(checkWindows.front()); }));
   const xcb_window_t otherWindow = client.openGameWindow({900, 600, 100, 100}, 0);
