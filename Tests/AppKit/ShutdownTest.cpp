@@ -58,12 +58,20 @@ TEST_F(ShutdownTest, StopRemovesAllNotificationObservers) {
 
 TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
   const auto ticker = make<Ticker>();
+  std::size_t timerCount = 0;
+  std::size_t workCount = 0;
   addController(openWindow("A"), "controller");
-  recorder.onNext("controller did disappear", [&] { schedule(0.1, ticker); });
-  actionOfStep = [this] {
+  recorder.onNext("controller did disappear", [&] {
+    schedule(0.1, ticker);
+    timerCount = NSRunLoop::mainRunLoop().timerCount();
+  });
+  actionOfStep = [&] {
     dispatch_async(dispatch_get_main_queue(), [this] { recorder.record("work"); });
+    workCount = dispatch_get_main_queue().pendingWorkCount();
   };
   shutDown();
+  ASSERT_EQ(timerCount, 1u);
+  ASSERT_EQ(workCount, 1u);
   recorder.takeEvents();
   EXPECT_EQ(NSRunLoop::mainRunLoop().timerCount(), 0u);
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
