@@ -206,6 +206,7 @@ TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
     if (screen != nullptr) {
       vel_run(screen, 100);
     }
+    EXPECT_EQ(screen, nullptr) << name;
     EXPECT_EQ(endCount(), 1u) << name;
     EXPECT_TRUE(host.callbackLines.back().starts_with("ended")) << name;
   }
