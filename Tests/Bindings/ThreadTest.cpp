@@ -28,6 +28,7 @@ TEST_F(CThreadTest, FunctionsOfTheOwningThreadReturnWrongThreadOnAnotherThread) 
     statuses = {vel_request(screen, &request),
                 vel_request_json(screen, "{}", 2),
                 vel_present(screen, VEL_PRESENT_EMBEDDED),
+                vel_resized(screen, 1, 1),
                 vel_pump(screen, &number),
                 vel_run(screen, 0),
                 vel_poll_descriptor(screen, &number),
