@@ -169,15 +169,20 @@ TEST_F(CRequestTest, AJsonValueOfTheWrongTypeCountsAsMissing) {
               VEL_REFUSED)
         << event;
   }
-  for (const char* time : {"null", "[1]", "{\"max_duration_time\": 1}", "\"soon\""}) {
+  for (const char* time : {"null", "[1]", "{\"max_duration_time\": 1}"}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": )") + time + "}"),
               VEL_REFUSED)
         << time;
   }
   EXPECT_EQ(requestJson(R"({"mode": ["skip"], "event": "e", "max_duration_time": 1})"), VEL_OK);
   EXPECT_FALSE(configuration().skipMode());
-  EXPECT_EQ(requestJson("{}"), VEL_REFUSED);
 }
+
+TEST_F(CRequestTest, AJsonTimeThatIsATextWithoutANumberIsRefused) {
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": "soon"})"), VEL_REFUSED);
+}
+
+TEST_F(CRequestTest, AnEmptyJsonObjectIsRefused) { EXPECT_EQ(requestJson("{}"), VEL_REFUSED); }
 
 TEST_F(CRequestTest, AJsonBooleanAsTimeIsOneOrZeroSeconds) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": true})"), VEL_OK);
