@@ -230,7 +230,7 @@ class Script : NonCopyable {
 
  private:
   void create();
-  void present(const char* mode);
+  void present(const char* mode, VelStatus expectedStatus = VEL_OK);
   void noteAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
   // Waits until the countdown has this pause reason, and records the reason.
   void waitForPauseReason(VelPause expected);
@@ -297,14 +297,13 @@ void Script::create() {
   ASSERT_EQ(vel_create(&options, &screen_), VEL_OK) << vel_last_error();
 }
 
-void Script::present(const char* mode) {
+void Script::present(const char* mode, VelStatus expectedStatus) {
   VelRequest request = VEL_REQUEST_INIT;
   request.mode = mode;
   request.event = "launch_end";
   request.seconds = 4;
-  recording_.lines.push_back("vel_request " + std::to_string(vel_request(screen_, &request)));
-  recording_.lines.push_back("vel_present " +
-                             std::to_string(vel_present(screen_, VEL_PRESENT_EMBEDDED)));
+  EXPECT_EQ(vel_request(screen_, &request), VEL_OK) << vel_last_error();
+  EXPECT_EQ(vel_present(screen_, VEL_PRESENT_EMBEDDED), expectedStatus) << vel_last_error();
 }
 
 void Script::waitUntil(std::string_view what, const std::function<bool()>& condition) {
@@ -363,7 +362,7 @@ void Script::play() {
   present("skip");
   waitUntil("white again", [this] { return system_.isWhite(); });
   waitForPauseReason(VEL_PAUSE_NONE);
-  recording_.lines.push_back("vel_dismiss " + std::to_string(vel_dismiss(screen_)));
+  EXPECT_EQ(vel_dismiss(screen_), VEL_OK) << vel_last_error();
   // 2 is VEL_END_DISMISSED.
   waitUntil("the second end", [this] { return hasLine("ended 2") && !system_.isWhite(); });
 
@@ -371,8 +370,7 @@ void Script::play() {
     noteAction("the user closes the window");
     system_.userCloses();
     waitUntil("closed", [this] { return system_.isClosed(); });
-    // Records VEL_NOTHING_TO_PRESENT, because the window is closed.
-    present("forced");
+    present("forced", VEL_NOTHING_TO_PRESENT);
   } else {
     noteAction("the host destroys a third launch screen");
     present("forced");
