@@ -304,7 +304,8 @@ TEST_F(CocoaCBinding, AnotherKeyWindowPausesTheCountdownEvenIfTheHostsWindowOpen
   [window orderOut:nil];
   present(60);
   [window makeKeyAndOrderFront:nil];
-  EXPECT_TRUE(runUntil([this] { return display.giveFocus(window); }));
+  ASSERT_TRUE(
+      runUntil([this] { return display.giveFocus(window) && pauseReason() == VEL_PAUSE_NONE; }));
   NSWindow* const small = openSmallWindow();
   EXPECT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
   [small close];
