@@ -1,6 +1,7 @@
 // The main queue, with work from other threads.
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <string>
 #include <thread>
@@ -82,16 +83,20 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
 }
 
 TEST_F(DispatchThreadsTest, TheClockNeverGoesBackForAnotherThread) {
+  constexpr int kChanges = 20;
   bool hasGoneBack = false;
+  // Counts how often the other thread has read a new time.
+  std::atomic<int> changeCount = 0;
   std::thread otherThread([&] {
-    dispatch_time_t previousTime = 0;
-    for (int reading = 0; reading < 1000; ++reading) {
+    dispatch_time_t previousTime = dispatch_time(kDispatchTimeNow, 0);
+    while (changeCount < kChanges) {
       const dispatch_time_t currentTime = dispatch_time(kDispatchTimeNow, 0);
       hasGoneBack = hasGoneBack || currentTime < previousTime;
+      changeCount += currentTime != previousTime ? 1 : 0;
       previousTime = currentTime;
     }
   });
-  for (int step = 0; step < 100; ++step) {
+  while (changeCount < kChanges) {
     platform.run(0.1);
   }
   otherThread.join();
