@@ -34,6 +34,7 @@ TEST(CommandLineTest, HelpNamesTheCommands) {
   const Result result = run({"--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, HasSubstr("\n  show "));
+  EXPECT_THAT(result.output, HasSubstr("\n  play "));
   EXPECT_EQ(result.errors, "");
 }
 
