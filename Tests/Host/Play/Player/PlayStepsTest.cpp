@@ -468,10 +468,12 @@ TEST(PlayStepsTest, CloseWindowClosesTheWindow) {
 }
 
 TEST(PlayStepsTest, StepsMayReferToTheWindowThatAPresentationOpens) {
-  const std::string steps =
+  const std::string makeKeySteps =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5}},{"do":"contentView"},)"
       R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"player"},)"
-      R"({"do":"makeKey","window":"modal-1"},{"do":"closeWindow","window":"modal-1"},)";
+      R"({"do":"makeKey","window":"modal-1"})";
+  EXPECT_THAT(linesAfter(play(makeKeySteps), "makeKey"), Contains(R"("becomeKey":"modal-1"})"));
+  const std::string steps = makeKeySteps + R"(,{"do":"closeWindow","window":"modal-1"},)";
   const Lines trace = play(steps + R"({"do":"present","window":"player","mode":2})");
   EXPECT_THAT(linesAfter(trace, "closeWindow"), Contains(R"("window":"modal-1","is":"closed"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("window":"modal-2","is":"opened"})"));
