@@ -20,6 +20,7 @@ def rows(heading):
     """Returns the rows of the table in a section, each as a list of cells."""
     section = PAGE.split(f"\n## {heading}\n")[1].split("\n## ")[0]
     lines = [line for line in section.splitlines() if line.startswith("| ")]
+    assert len(lines) > 2, f"the table of {heading} has no rows"
     return [[cell.strip() for cell in line.strip("|").split("|")] for line in lines[2:]]
 
 
