@@ -220,8 +220,9 @@ const Example kExamples[] = {
 class StyleExceptionTest : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(StyleExceptionTest, LeavesTheKnownWrongStyles) {
-  const Example& example = kExamples[GetParam()];
   const StyleException& exception = styleExceptions()[GetParam()];
+  ASSERT_LT(GetParam(), std::size(kExamples)) << "no example of: " << exception.name;
+  const Example& example = kExamples[GetParam()];
   ASSERT_EQ(exception.name, example.exceptionName);
   const ParsedSetting parsedSetting(settingWithoutContentViewController());
   ObservedPlay play(parsedSetting, invariants());
