@@ -107,24 +107,23 @@ bool isCoverUp(const ObservedPlay& play) {
 }
 
 constexpr StyleException kStyleExceptions[] = {
-    {"an embedded cover presented again, as a window of its own",
-     "only embedded mode restores a style, and the mode has changed", &presentsInAnotherMode,
+    // A controller restores a style only in embedded mode, and the mode has changed.
+    {"an embedded cover presented again, as a window of its own", &presentsInAnotherMode,
      &isWithoutControls},
-    {"an embedded cover presented again, over another window",
-     "a controller refers to one window at a time, and does not restore the style of the previous "
-     "window",
-     &presentsOverAnotherWindow, &isWithoutControls},
+    // A controller refers to one window at a time. It does not restore the style of the previous
+    // window.
+    {"an embedded cover presented again, over another window", &presentsOverAnotherWindow,
+     &isWithoutControls},
+    // A controller saves a style only once. It gives the second window the style of the first
+    // window.
     {"a second window of a controller that has saved the style of its first window",
-     "a controller saves a style once, so the second window gets the style of the first "
-     "window",
      &presentsWithSavedStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
-    {"a second cover over a covered window",
-     "the second cover saves the style that the first cover has set, and restores it",
-     &presentsOverCoveredWindow, &isWithoutControls},
-    {"a closed window whose style another controller restores",
-     "the cover over the closed window does not appear, so its controller saves no style; the "
-     "dismissal of the other controller restores the value for \"no saved style\" to the window",
-     &presentsOverClosedWindow, &hasEveryBit},
+    // The second cover saves and restores the style that the first cover has set.
+    {"a second cover over a covered window", &presentsOverCoveredWindow, &isWithoutControls},
+    // A cover over a closed window does not appear, so its controller saves no style. A later
+    // dismissal of another controller gives the closed window the value for "no saved style".
+    {"a closed window whose style another controller restores", &presentsOverClosedWindow,
+     &hasEveryBit},
 };
 
 }  // namespace

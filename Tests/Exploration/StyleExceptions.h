@@ -10,7 +10,6 @@ namespace vel::exploration {
 /// A known case in which the library does not restore the style of a host's window.
 struct StyleException {
   std::string_view name;
-  std::string_view reason;
   /// Returns true if the step causes this case. Called just before the step is played.
   bool (*isCausedBy)(const ObservedPlay& play, const host::Step& step) = nullptr;
   /// Returns true if the window has the wrong style that this case leaves.
