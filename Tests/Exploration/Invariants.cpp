@@ -201,20 +201,22 @@ constexpr Invariant kInvariants[] = {
      &checkNotSentWhileUnfocused},
     {"the event is recorded half a second after it is sent", CheckTime::Moment,
      &checkTimeOfRecording},
-    {"outside skip mode a dismissal is refused by the manager while more than one tick is left",
+    {"outside skip mode, the manager refuses a dismissal while more than one tick is left",
      CheckTime::Moment, &checkNotDismissedEarly},
     {"each tick of a valid timer reduces the time left by one step", CheckTime::Moment,
      &checkTimeLeft},
-    {"the countdown runs only with focus", CheckTime::Moment, &checkCountsOnlyWithFocus},
-    {"the manager is unfocused after a required window stops being key, until one is key again",
+    {"the countdown does not run while the manager is unfocused", CheckTime::Moment,
+     &checkCountsOnlyWithFocus},
+    {"the manager is unfocused after a window that shows the cover resigns key, until a window "
+     "that shows the cover becomes key",
      CheckTime::Moment, &checkUnfocused},
-    {"no timer is scheduled except the timer of the countdown", CheckTime::Moment,
-     &checkNoOtherTimer},
-    {"without a cover every window has the style that its host gave it", CheckTime::AfterAction,
-     &checkStyles},
-    {"after the end no work is pending, and only the host and the covers that are up own objects",
+    {"only the timer of the countdown is scheduled", CheckTime::Moment, &checkNoOtherTimer},
+    {"while no cover is up, every window of the host has the style that the host gave it",
+     CheckTime::AfterAction, &checkStyles},
+    {"after the play no work is pending, and only the host and the covers that are up own the "
+     "manager and the main content",
      CheckTime::End, &checkObjectsAfterEnd},
-    {"a deactivated cover has no delegates", CheckTime::End, &checkDelegatesAfterEnd},
+    {"after the play the last cover has no delegates", CheckTime::End, &checkDelegatesAfterEnd},
 };
 
 }  // namespace
