@@ -12,7 +12,8 @@ namespace vel {
 
 namespace detail {
 
-// `send` returns `R()` for a null receiver. If `R` were a reference, there would be no such value.
+// A result type of `send`. For a null receiver, `send` returns `R()`, which does not compile for a
+// reference type.
 template <class R>
 concept MessageResult = !std::is_reference_v<R>;
 

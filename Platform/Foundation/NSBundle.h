@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// The loadable unit that contains a class. In this platform layer, a bundle has no resources. A
-/// bundle stores only the name of the class for which it was requested.
+/// The program or library that contains a class. In this platform layer, a bundle has no resources
+/// and stores only the name of the class.
 class VEL_EXPORT NSBundle final : public Class<NSBundle, "NSBundle"> {
  public:
   explicit NSBundle(std::string_view principalClass) : principalClass_(principalClass) {}

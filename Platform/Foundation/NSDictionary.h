@@ -24,7 +24,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
     return make<NSDictionary>(std::move(entries));
   }
 
-  /// The value of `key`, or null.
+  /// The value of `key`. Null if the dictionary does not contain `key`.
   [[nodiscard]] Strong<NSObjectProtocol> objectForKey(std::string_view key) const {
     const auto entry = entries_.find(key);
     return entry == entries_.end() ? nullptr : entry->second;
@@ -35,7 +35,7 @@ class VEL_EXPORT NSDictionary final : public Class<NSDictionary, "NSDictionary">
   Entries entries_;
 };
 
-/// A dictionary value that represents an explicit null.
+/// The value of a key that is present but set to null, as in JSON.
 class VEL_EXPORT NSNull final : public Class<NSNull, "NSNull"> {
  public:
   static Strong<NSNull> null() { return make<NSNull>(); }

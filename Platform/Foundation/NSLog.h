@@ -15,11 +15,11 @@ namespace vel {
 using NSLogArgument = std::variant<std::string_view, std::uint32_t>;
 
 /// Formats a log line: replaces each %@, %s and %u by the next argument, and %% by a percent sign.
-/// A specifier without an argument is kept as text.
+/// A specifier that has no argument stays in the line.
 [[nodiscard]] VEL_EXPORT std::string formatLogLine(std::string_view format,
                                                    std::initializer_list<NSLogArgument> arguments);
 
-/// Receives each log line. The line does not include the date, the process and the thread.
+/// Receives each log line. The line does not include the date, process or thread.
 using NSLogSink = std::function<void(std::string_view line)>;
 
 /// Replaces the sink for log lines and returns the previous sink. An empty sink means the

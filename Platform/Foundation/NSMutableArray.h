@@ -12,19 +12,18 @@
 
 namespace vel {
 
-/// Thrown by an iteration over an array that was changed before the iteration ended.
+/// Thrown if an array changes during an iteration over it.
 class VEL_EXPORT NSCollectionMutatedError : public std::runtime_error {
  public:
   NSCollectionMutatedError() : std::runtime_error("collection mutated while being enumerated") {}
 };
 
-/// A growable ordered array of objects. A `for` loop iterates over the array itself, not over a
-/// copy: if the loop's body changes the array, even at the last element, the loop throws
-/// `NSCollectionMutatedError`. An operation that has no effect is not a change. Only one thread at
-/// a time may use an array.
+/// A growable ordered array of objects. A `for` loop throws `NSCollectionMutatedError` if its body
+/// changes the array, even at the last element. An operation that has no effect is not a change.
+/// Only one thread at a time may use an array.
 ///
-/// In an Objective-C++ file that includes the system's AppKit, write `vel::NSMutableArray`: GCC
-/// takes the name without `vel::` for the Objective-C class.
+/// In an Objective-C++ file that includes the system's AppKit, write `vel::NSMutableArray`. Without
+/// `vel::`, GCC uses the Objective-C class.
 template <class T>
 class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArray"> {
  public:
@@ -56,7 +55,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   }
 
   void removeObjectAtIndex(std::size_t index) {
-    // Destroys the object after the change: its destructor may use the array.
+    // Keeps the object alive until it is erased, because its destructor may use the array.
     const Strong<T> object = objects_.at(index);
     ++mutationCount_;
     objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(index));
@@ -65,7 +64,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   void removeAllObjects() {
     if (!objects_.empty()) {
       ++mutationCount_;
-      // Destroys the objects after the change: their destructors may use the array.
+      // Keeps the objects alive until the array is empty, because their destructors may use it.
       const std::vector<Strong<T>> objects = std::exchange(objects_, {});
     }
   }
@@ -77,11 +76,11 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
   class Iterator {
    public:
     explicit Iterator(const NSMutableArray& array)
-        : array_(array), mutationCount_(array.mutationCount_) {}
+        : array_(array), initialMutationCount_(array.mutationCount_) {}
 
     Strong<T> operator*() const { return array_.objects_[index_]; }
     Iterator& operator++() {
-      if (array_.mutationCount_ != mutationCount_) {
+      if (array_.mutationCount_ != initialMutationCount_) {
         throw NSCollectionMutatedError();
       }
       ++index_;
@@ -92,7 +91,7 @@ class NSMutableArray final : public Class<vel::NSMutableArray<T>, "NSMutableArra
    private:
     const NSMutableArray& array_;
     std::size_t index_ = 0;
-    std::size_t mutationCount_;
+    std::size_t initialMutationCount_;
   };
 
   [[nodiscard]] Iterator begin() const { return Iterator(*this); }

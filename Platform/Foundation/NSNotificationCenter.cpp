@@ -105,7 +105,7 @@ void NSNotificationCenter::postNotificationNameObject(NSNotificationName name,
   }
 }
 
-// The caller must hold the lock.
+// The caller must hold `mutex_`.
 void NSNotificationCenter::eraseRemovedEntries() {
   if (runningPosts_ > 0 || !hasRemovedEntries_) {
     return;

@@ -12,18 +12,18 @@
 
 namespace vel {
 
-/// Delivers notifications to observers, in the order of registration. Delivery is synchronous, on
-/// the thread that posts, and holds no lock. The centre does not keep observers alive. Any thread
-/// may use the centre.
+/// Delivers notifications to observers. A post calls the observers on the posting thread, in the
+/// order of registration, and returns after the last call. The centre holds no lock during a call.
+/// The centre does not keep observers alive. Any thread may use the centre.
 class VEL_EXPORT NSNotificationCenter {
  public:
   /// The centre to which the platform layer posts.
   static NSNotificationCenter& defaultCenter();
 
   /// Registers `observer` for notifications with this name and object. If `object` is null,
-  /// registers `observer` for notifications with any object. Example:
+  /// registers `observer` for all notifications with this name. Example:
   /// `addObserverSelectorNameObject<&Player::windowDidBecomeKey>(self(), name, nullptr)`. An
-  /// observer that is registered twice receives a notification twice. Ignores a null observer.
+  /// observer that is registered twice receives each notification twice. Ignores a null observer.
   template <auto Selector, class Observer>
   void addObserverSelectorNameObject(const Strong<Observer>& observer, NSNotificationName name,
                                      const Strong<NSObject>& object) {
@@ -47,19 +47,18 @@ class VEL_EXPORT NSNotificationCenter {
   /// The number of registrations of `observer`.
   [[nodiscard]] std::size_t registrationCount(const NSObject* observer);
 
-  /// Calls the observers that are registered for this name and object when the post begins. Does
-  /// not call an observer that is removed before its turn.
+  /// Calls the observers that are registered for this name and object. Does not call an observer
+  /// that is added during the post, or one that is removed before its turn. `object` may be null.
   void postNotificationNameObject(NSNotificationName name, Strong<NSObject> object);
 
  private:
   struct Registration {
     Weak<NSObject> observer;
     const NSObject* observerAddress = nullptr;  // for comparison only
-    const NSObject* object = nullptr;           // for comparison only; null for any object
+    const NSObject* object = nullptr;           // for comparison only; null matches every object
     void (*callout)(NSObject&, const NSNotification&) = nullptr;
   };
-  /// A registration in a topic's list. A removed entry stays in the list until no post is in
-  /// progress.
+  /// A registration in a list. A removed entry stays in the list until no post is in progress.
   struct Entry {
     explicit Entry(Registration newRegistration) : registration(std::move(newRegistration)) {}
     Registration registration;

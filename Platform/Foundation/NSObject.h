@@ -17,7 +17,7 @@ namespace vel {
 /// The name of a class, as a template argument of `Class`.
 template <std::size_t Size>
 struct ClassName {
-  // Implicit, so that the template argument can be a literal.
+  // Not explicit, so that the template argument can be a string literal.
   consteval ClassName(const char (&text)[Size]) { std::copy_n(text, Size, characters); }
   [[nodiscard]] constexpr std::string_view view() const { return {characters, Size - 1}; }
   char characters[Size]{};
@@ -27,7 +27,7 @@ struct ClassName {
 class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
                             public std::enable_shared_from_this<NSObject> {
  public:
-  /// Compares identity. A class that defines another equality overrides this operation.
+  /// Returns true if `other` is this object. A subclass may compare values instead.
   [[nodiscard]] bool isEqual(const NSObjectProtocol* other) const override {
     return other == static_cast<const NSObjectProtocol*>(this);
   }
@@ -38,27 +38,27 @@ class VEL_EXPORT NSObject : public virtual NSObjectProtocol,
 ///
 ///     class Player : public Class<Player, "Player", NSObject, ContentViewDelegate> { … };
 ///
-/// `className` returns the name. Do not derive a class directly from its superclass, without
-/// `Class`: `make` would not compile for it.
+/// `make` does not compile for a class that is derived directly from its superclass, without
+/// `Class`.
 template <class Self, ClassName Name, class Superclass = NSObject, class... Protocols>
 class Class : public Superclass, public Adopts<Self, Protocols>... {
  public:
   using Superclass::Superclass;
-  /// Names the class itself. In a class that is derived without `Class`, names the superclass
-  /// instead, so `make` refuses that class.
+  /// `make<T>` compiles only if `T::NamedClass` is `T`. A class that is derived without `Class`
+  /// inherits the `NamedClass` of its superclass.
   using NamedClass = Self;
 
-  /// The name of the class. Needs no object.
+  /// The name of the class.
   static constexpr std::string_view staticClassName() { return Name.view(); }
   [[nodiscard]] std::string_view className() const override { return Name.view(); }
 
-  /// A strong reference to this object. Null in its constructor and destructor.
+  /// A strong reference to this object. Null in the object's constructor and destructor.
   [[nodiscard]] Strong<Self> self() {
     return std::static_pointer_cast<Self>(this->weak_from_this().lock());
   }
 };
 
-/// Makes an object of class T. This is the only way to make an object.
+/// Makes an object of class T. Make every object with this function.
 template <class T, class... Arguments>
 [[nodiscard]] Strong<T> make(Arguments&&... arguments) {
   static_assert(

@@ -16,8 +16,8 @@ namespace vel {
 
 namespace {
 
-/// An epoll descriptor that waits for three other descriptors: an eventfd for wake-ups, a timerfd
-/// for the deadline, and the watched handle.
+/// Waits with epoll for three descriptors: an eventfd for wake-ups, a timerfd for the deadline, and
+/// the descriptor of the watched handle.
 class EpollWaitSet final : public WaitSet {
  public:
   EpollWaitSet()
@@ -62,8 +62,8 @@ class EpollWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run after the write, see
-    // no flag and leave the count unread. The next wait would then end immediately.
+    // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
+    // between the two steps and skip its read. The next wait would then end immediately.
     if (!isSignalled_.exchange(true)) {
       const std::uint64_t one = 1;
       [[maybe_unused]] const auto size = write(eventfd_.get(), &one, sizeof one);
@@ -72,8 +72,8 @@ class EpollWaitSet final : public WaitSet {
 
   void acknowledgeWakeUps() override {
     if (isSignalled_) {
-      // The read fails if another thread has set the flag but has not written yet. The flag then
-      // stays set, and a later call reads the count and clears the flag.
+      // The read fails if another thread has set `isSignalled_` but has not written yet. Then
+      // `isSignalled_` stays true, and a later call reads again.
       std::uint64_t count = 0;
       if (read(eventfd_.get(), &count, sizeof count) > 0) {
         isSignalled_ = false;

@@ -50,7 +50,7 @@ class Pipe : NonCopyable {
     }
     return ends;
   }
-  // If `pipe` has failed, the constructor of `readEnd_` throws, because its descriptor is -1.
+  // If `pipe` has failed, `readEnd_` receives -1 and its constructor throws.
   explicit Pipe(const Ends& ends)
       : readEnd_(ends.result < 0 ? -1 : ends.descriptors[0], "pipe"),
         writeEnd_(ends.descriptors[1], "pipe") {}
@@ -60,10 +60,10 @@ class Pipe : NonCopyable {
 };
 
 /// A kqueue that waits for three sources: a pipe for wake-ups, a timer for the deadline, and the
-/// watched handle. The kqueue is readable while it contains an event. This class polls the kqueue
-/// but never reads an event: reading the timer's event would remove it, and the kqueue would not
-/// stay readable after the deadline. The event of the pipe or of the watched handle disappears when
-/// there is nothing left to read. The timer's event disappears when the timer is deleted.
+/// watched handle. The kqueue is readable while it contains an event. It must stay readable after
+/// the deadline, so this class never reads an event: a read would remove the timer's event. The
+/// event of the pipe disappears when the pipe is empty. The event of the watched handle disappears
+/// when the handle has no input left. The timer's event disappears when the timer is deleted.
 class KqueueWaitSet final : public WaitSet {
  public:
   KqueueWaitSet() : kqueue_(kqueue(), "kqueue") {
@@ -106,8 +106,8 @@ class KqueueWaitSet final : public WaitSet {
   }
 
   void wake() override {
-    // Set the flag before the write. Otherwise `acknowledgeWakeUps` could run after the write, see
-    // no flag and leave the byte unread. The next wait would then end immediately.
+    // Sets `isSignalled_` before the write. In the other order, `acknowledgeWakeUps` could run
+    // between the two steps and skip its read. The next wait would then end immediately.
     if (!isSignalled_.exchange(true)) {
       const char byte = 0;
       [[maybe_unused]] const auto size = write(pipe_.writeEnd(), &byte, 1);
@@ -116,8 +116,8 @@ class KqueueWaitSet final : public WaitSet {
 
   void acknowledgeWakeUps() override {
     if (isSignalled_) {
-      // The read fails if another thread has set the flag but has not written yet. The flag then
-      // stays set, and a later call reads the byte and clears the flag.
+      // The read fails if another thread has set `isSignalled_` but has not written yet. Then
+      // `isSignalled_` stays true, and a later call reads again.
       char byte = 0;
       if (read(pipe_.readEnd(), &byte, 1) > 0) {
         isSignalled_ = false;
