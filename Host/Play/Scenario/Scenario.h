@@ -1,4 +1,6 @@
-// A scenario describes a host and the steps that the host and its user perform at given times.
+// A scenario describes a host application and a list of steps. The host or its user performs each
+// step at a given time. "The manager" is the host's
+// LaunchScreenManager.
 #pragma once
 
 #include <cstdint>
@@ -64,8 +66,8 @@ struct HostScript {
   NSOperatingSystemVersion osVersion{10, 14, 0};
 };
 
-/// Names a content of the manager. The main content is the launch screen. A temporary content holds
-/// a request that arrives while a launch screen is shown.
+/// Names a content of the manager. The main content is the launch screen. The manager makes a
+/// temporary content for a request that arrives while a launch screen is shown.
 enum class ContentName : std::uint8_t { Main, Temporary };
 
 inline constexpr NamedValue<ContentName> kContentNames[] = {
@@ -78,7 +80,8 @@ enum class StepThread : std::uint8_t { Main, Background };
 
 inline constexpr NamedValue<StepThread> kStepThreads[] = {{"background", StepThread::Background}};
 
-/// The object whose operation starts the dismissal.
+/// The object that the host calls to dismiss the launch screen: the manager, the launch screen's
+/// view controller or the main content.
 enum class DismissalPath : std::uint8_t { Manager, Controller, Content };
 
 inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
@@ -89,11 +92,13 @@ inline constexpr NamedValue<DismissalPath> kDismissalPaths[] = {
 
 /// The operations that a step `send` can call.
 enum class SentOperation : std::uint8_t {
+  // Operations of the manager
   SendAnalyticsEvent,
   SubscribeAppLifecycle,
   StartTimer,
   PauseTimer,
   StopTimer,
+  // Operations of the launch screen's view controller
   CreateActivityIndicator,
   CreateConstraintsActivityIndicator
 };
@@ -118,8 +123,10 @@ namespace step {
 
 /// The host activates the manager.
 struct Activate {
+  /// If false, the host passes a null content broker.
   bool hasBroker = true;
 };
+/// The host requests content from the manager.
 struct Request {
   /// Without a value, the host passes a null request. With a null dictionary, the host passes a
   /// request whose parameters are null.
@@ -130,7 +137,9 @@ struct Request {
 struct ContentView {
   ContentName content = ContentName::Main;
 };
+/// The host presents a content for a window.
 struct Present {
+  /// The name of the window. Without a value, the host passes a null window.
   std::optional<std::string> window;
   /// Mode 0 covers the window, mode 2 opens a modal window, and any other mode opens a sheet.
   std::int32_t mode = 0;
@@ -145,7 +154,8 @@ struct Deactivate {};
 struct Send {
   SentOperation operation = SentOperation::SendAnalyticsEvent;
 };
-/// Changes only the properties of the configuration that have a value here.
+/// The host sets properties of the default configuration. A member without a value leaves its
+/// property unchanged.
 struct Configure {
   std::optional<bool> skipMode;
   /// If only the outer optional has a value, the step sets the event name to null.
@@ -154,7 +164,7 @@ struct Configure {
   /// True sets a new view controller. False sets null.
   std::optional<bool> hasViewController;
 };
-/// Replaces the default configuration with a new configuration.
+/// The host replaces the default configuration with a new configuration.
 struct ReplaceConfiguration {};
 struct ViewDelegate {
   /// The new delegate. `std::nullopt` removes the current delegate.
@@ -184,11 +194,12 @@ struct ActivateApp {};
 struct StopModal {};
 /// The launch screen's view controller presents a new NSViewController as a sheet.
 struct PresentOver {};
-/// Dismisses the newest of the `PresentOver` sheets that are still presented.
+/// Dismisses the newest sheet of the `PresentOver` steps. Skips sheets that are already dismissed.
 struct DismissOver {};
 struct RunLoopMode {
   NSRunLoopMode mode = NSDefaultRunLoopMode;
 };
+/// Reports the current state of the library.
 struct Inspect {};
 
 }  // namespace step
@@ -217,8 +228,8 @@ struct Scenario {
   Nanoseconds end = 0;
 };
 
-/// The prefixes of the names of windows that presentations open. A number follows the prefix: the
-/// first sheet is "sheet-1".
+/// A `Present` or `PresentOver` step can open a window. The name of this window is one of these
+/// prefixes and a number: the first sheet is "sheet-1".
 inline constexpr std::string_view kModalWindowPrefix = "modal-";
 inline constexpr std::string_view kSheetPrefix = "sheet-";
 

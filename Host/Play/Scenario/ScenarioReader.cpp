@@ -55,21 +55,21 @@ Scenario readScenario(std::string_view text) {
   JsonMembers members(JsonValue(&document, JsonPointer()), "an object");
   Scenario scenario;
   KnownWindowNames names;
-  // If the host is missing, `readHost` reads an empty object and adds the default window's name to
-  // `names`.
+  // If the scenario has no member "host", `readHost` reads an empty object. It then adds the
+  // default window's name to `names`.
   const nlohmann::json emptyHost = nlohmann::json::object();
   const JsonValue host = members["host"];
   scenario.host = readHost(host.isPresent() ? host : JsonValue(&emptyHost, host.pointer()), names);
-  double stepTime = 0;  // in seconds
+  double latestStepTime = 0;  // in seconds
   if (const JsonValue steps = members["steps"]; steps.isPresent()) {
     for (const JsonValue& step : steps.elements("an array of steps")) {
-      scenario.steps.push_back(readStep(step, stepTime, names));
+      scenario.steps.push_back(readStep(step, latestStepTime, names));
     }
   }
   members.readInto(scenario.end, "until", [](const JsonValue& value) {
     return nanosecondsFromSeconds(readSeconds(value, 0));
   });
-  scenario.end = std::max(scenario.end, nanosecondsFromSeconds(stepTime));
+  scenario.end = std::max(scenario.end, nanosecondsFromSeconds(latestStepTime));
   members.rejectUnknownMembers();
   return scenario;
 }

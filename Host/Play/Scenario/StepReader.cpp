@@ -26,7 +26,7 @@ std::uint64_t presentationNumber(std::string_view name, std::string_view prefix)
       })) {
     return 0;
   }
-  // `from_chars` does not change `number` if the number in the name is too large.
+  // If the digits exceed 64 bits, `from_chars` leaves `number` at the maximum.
   std::uint64_t number = std::numeric_limits<std::uint64_t>::max();
   std::from_chars(name.data(), name.data() + name.size(), number);
   return number;
@@ -144,8 +144,8 @@ StepAction readViewDelegateStep(const StepContext& context) {
   ViewDelegateScript script;
   const JsonValue operations = context.members["operations"];
   if (operations.isNull()) {
-    // The step removes the delegate. With no operations in the script, `readViewDelegateMembers`
-    // rejects a member "deactivateDuring".
+    // The step removes the delegate, so a member "deactivateDuring" is invalid. Without operations
+    // in `script`, `readViewDelegateMembers` rejects this member.
     script.operations.reset();
   } else if (operations.isPresent()) {
     script.operations = readOperations(operations);

@@ -19,7 +19,7 @@ class KnownWindowNames {
   /// Reads and adds the name of a host window. Throws a ScenarioError if the name is already known
   /// or is reserved for presentations.
   std::string add(const JsonValue& name);
-  /// Adds the name of the default window, which the scenario does not describe.
+  /// Adds the name of the default window. The host opens it if the scenario does not list windows.
   void addDefaultWindow(const std::string& name) { hostWindows_.insert(name); }
   /// Adds the next modal window or sheet, which a `step::Present` with this mode opens. Mode 0
   /// opens no window.

@@ -43,7 +43,7 @@ class DocumentBuilder final : public nlohmann::json_sax<Json> {
 
   bool key(string_t& name) override {
     if (openContainers_.back()->contains(name)) {
-      // The message then reads "…: expected each member only once in an object".
+      // The whole message is "…: expected each member only once in an object".
       throw ScenarioError((containerPointer() / name).to_string(),
                           "each member only once in an object");
     }

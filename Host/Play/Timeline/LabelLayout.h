@@ -5,7 +5,8 @@
 
 namespace vel::host {
 
-/// The position of a label: its row, counted from the top, and its side of the mark.
+/// The position of a mark's label. Row 0 is the topmost row. The label is to the right or to the
+/// left of the mark.
 struct LabelPosition {
   enum class Side : unsigned char { Right, Left };
   std::size_t row = 0;
@@ -16,13 +17,14 @@ struct LabelPosition {
 /// row that has room.
 class LabelLayout {
  public:
-  /// `right` is the right edge of the picture. `gap` is the minimum distance between neighbours.
+  /// No label extends beyond the x coordinate `right`. `gap` is the minimum distance between
+  /// neighbours in a row.
   LabelLayout(double right, double markRadius, double gap)
       : rightEdge_(right), markRadius_(markRadius), gap_(gap) {}
 
-  /// Places a mark with its centre at `x`. `width` is the width of its label, including the
-  /// distance between mark and label. The label is to the right of the mark if it fits there,
-  /// otherwise to the left.
+  /// Places a mark and its label. `x` is the centre of the mark. `width` is the width of the label
+  /// plus the distance between mark and label. The label is to the right of the mark if it fits
+  /// there, otherwise to the left.
   LabelPosition place(double x, double width);
 
   [[nodiscard]] std::size_t rowCount() const { return rows_.size(); }

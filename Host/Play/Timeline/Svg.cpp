@@ -34,7 +34,7 @@ std::string escapeXml(std::string_view text) {
     const std::string_view remainingText = text.substr(index);
     if (!startsWithAllowedCharacter(remainingText)) {
       result += "\uFFFD";
-      // U+FFFE and U+FFFF have three bytes.
+      // U+FFFE and U+FFFF have three bytes: skip the other two.
       index += remainingText.front() == '\xEF' ? 2U : 0U;
     } else if (text[index] == '&') {
       result += "&amp;";

@@ -6,8 +6,9 @@ namespace vel::host {
 
 namespace {
 
+// The unit of the character widths is a thousandth of the font size.
 constexpr double kUnitsPerFontSize = 1000;
-// The widths of the characters from space to tilde. The unit is a thousandth of the font size.
+// The widths of the characters from space to tilde.
 constexpr std::uint16_t kAsciiWidths[] = {
     318, 401, 460, 838, 636, 950, 780, 275, 390, 390, 500, 838, 318, 361,  318, 337, 636, 636, 636,
     636, 636, 636, 636, 636, 636, 636, 337, 337, 838, 838, 838, 531, 1000, 684, 686, 698, 770, 632,
@@ -36,11 +37,11 @@ double textWidth(std::string_view text, double fontSize) {
   return width / kUnitsPerFontSize * fontSize;
 }
 
-std::string shorten(std::string_view text, double fontSize, double width) {
-  if (textWidth(text, fontSize) <= width) {
+std::string shorten(std::string_view text, double fontSize, double maximumWidth) {
+  if (textWidth(text, fontSize) <= maximumWidth) {
     return std::string(text);
   }
-  const double availableWidth = width - textWidth(kEllipsis, fontSize);
+  const double availableWidth = maximumWidth - textWidth(kEllipsis, fontSize);
   std::size_t end = 0;
   double usedWidth = 0;
   while (end < text.size()) {
