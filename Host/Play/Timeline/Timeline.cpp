@@ -113,14 +113,13 @@ class Timeline::Marker {
     timeline_.addMark(TimelineLane::Event, event.name);
   }
   void operator()(const trace::Tick& tick) {
-    // At the last tick, the library requests the dismissal and then makes the time left negative.
+    // If a tick makes the time left negative, the library has requested the dismissal.
     if (tick.timeLeft < 0) {
       timeline_.isDismissalRequested_ = true;
     }
   }
   void operator()(const trace::StyleMaskAssignment& assignment) {
-    // If `styledWindow_` is this window, the latest mark already shows a style change of this
-    // window at this time. The new mark replaces that mark.
+    // Consecutive style changes of one window at one time share a mark. It shows the last change.
     if (timeline_.styledWindow_ == assignment.window) {
       timeline_.marks_.pop_back();
     }
@@ -145,7 +144,7 @@ class Timeline::Marker {
 
 void Timeline::traceLineAdded(const TraceLine& line) {
   end_ = line.time;
-  // Consecutive style changes of a window share a mark if they have the same time.
+  // Another event or a later time ends a sequence of style changes that share a mark.
   if (!std::holds_alternative<trace::StyleMaskAssignment>(line.event) ||
       (!marks_.empty() && marks_.back().time != line.time)) {
     styledWindow_.reset();
@@ -183,7 +182,8 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
     }
     addSpan(entry->spans, span);
   }
-  // If the countdown is paused, the time left is constant until the end of the segment.
+  // While the countdown is paused, the time left is constant. `currentState` may already contain a
+  // new value.
   const double timeLeftAtEnd =
       previousState.isCountingDown ? std::max(currentState.timeLeft, 0.0) : previousState.timeLeft;
   if (previousState.timeLeft > 0 && std::isfinite(previousState.timeLeft) &&
@@ -196,9 +196,9 @@ void Timeline::extendSpans(const PlayState& previousState, const PlayState& curr
 }
 
 void Timeline::extendCountdown(CountdownSegment segment) {
-  // The time left changes only at ticks, but the picture shows a sloping line between ticks. A step
-  // between two ticks would split this line into a constant segment and a falling segment, so the
-  // two segments are merged.
+  // The time left changes only at ticks, but the picture shows a sloping line between ticks. A
+  // scenario step between two ticks splits this line into a constant segment and a falling segment.
+  // Merge the two segments.
   if (!countdown_.empty() && isContinuation(countdown_.back(), segment) &&
       countdown_.back().timeLeftAtStart == countdown_.back().timeLeftAtEnd &&
       segment.span.end - countdown_.back().span.start <= kTickInterval) {

@@ -12,7 +12,7 @@ namespace vel::host {
 enum class TimelineLane : std::uint8_t {
   Request,   // the result of a content request
   Script,    // a step of the scenario
-  HostCall,  // a call of the host's view delegate
+  HostCall,  // a call to the host's view delegate
   Refusal,   // a refused operation, or an error
   WindowStyle,
   Dismissal,
@@ -31,10 +31,11 @@ struct TimeSpan {
   Nanoseconds end = 0;
 };
 
-/// A span in which the time left falls at a constant rate or stays constant.
+/// A part of the countdown in which the time left falls at a constant rate or does not change.
 struct CountdownSegment {
   TimeSpan span;
-  /// The time left at the start and at the end of the span, in seconds.
+  /// The time left until the launch screen expires, in seconds, at the start and at the end of the
+  /// span.
   double timeLeftAtStart = 0;
   double timeLeftAtEnd = 0;
   bool isCountingDown = false;
@@ -57,11 +58,12 @@ class Timeline final : public PlayListener {
   [[nodiscard]] const std::vector<TimelineMark>& marks() const { return marks_; }
   /// Returns the windows in the order in which they first became key.
   [[nodiscard]] const std::vector<KeyWindowSpans>& keyWindows() const { return keyWindows_; }
+  /// Returns the spans in which a launch screen was shown.
   [[nodiscard]] const std::vector<TimeSpan>& coveredSpans() const { return coveredSpans_; }
   /// Returns how the time left changes during the scenario. Leaves out the spans in which no time
   /// is left or the time left is not finite.
   [[nodiscard]] const std::vector<CountdownSegment>& countdown() const { return countdown_; }
-  /// Returns the time of the latest line or state.
+  /// Returns the time of the latest trace line or state.
   [[nodiscard]] Nanoseconds end() const { return end_; }
 
  private:
@@ -78,12 +80,12 @@ class Timeline final : public PlayListener {
   std::vector<CountdownSegment> countdown_;
   Nanoseconds end_ = 0;
   std::optional<PlayState> latestState_;
-  // The window whose style the latest trace line changed. No value if the latest line is of another
-  // kind, or if a state was reached after the line.
+  // The window whose style change the latest trace line reports. No value if the line reports
+  // another event, or if a state was reached after the line.
   std::optional<std::string> styledWindow_;
   // True if a dismissal was requested since the latest state.
   bool isDismissalRequested_ = false;
-  // True if the cover was dismissed since the latest state.
+  // True if a launch screen was dismissed since the latest state.
   bool isDismissed_ = false;
 };
 

@@ -96,7 +96,7 @@ std::vector<AxisTick> axisTicks(double end, int maximumCount) {
   return ticks;
 }
 
-/// Draws the lanes from top to bottom.
+/// Draws the picture from top to bottom.
 class Drawing {
  public:
   Drawing(const Timeline& timeline, std::string_view title)

@@ -7,15 +7,15 @@
 
 namespace vel::host {
 
-/// Draws the timeline of a scenario as SVG. Time goes from left to right. The rows from top
-/// to bottom are:
+/// Draws the timeline of a scenario as SVG. Time goes from left to right. From top to bottom,
+/// the picture shows:
 /// - the title and the time axis
-/// - for each window that becomes key, a band while the window is key
-/// - a band while the cover is shown
-/// - a chart of the time left
+/// - for each window that becomes key, a band with the spans in which the window is key
+/// - a band with the spans in which a launch screen is shown
+/// - a chart of the time left until the launch screen expires
 /// - the lanes of `TimelineLane` with their marks
 ///
-/// The colours follow the reader's choice of a light or dark colour scheme.
+/// The colours follow the viewer's light or dark colour scheme.
 [[nodiscard]] std::string timelineSvg(const Timeline& timeline, std::string_view title);
 
 }  // namespace vel::host

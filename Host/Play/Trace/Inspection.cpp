@@ -32,7 +32,7 @@ Inspection::Content inspectContent(const LaunchScreenContent& content) {
 Inspection::Controller inspectController(LaunchScreenViewController& controller,
                                          WindowNames& names) {
   const auto delegates = controller.delegates();
-  // Calling `view` would load the view and change the state.
+  // If the view is not loaded, calling `view` would load it and change the inspected state.
   const auto window = controller.isViewLoaded() ? controller.view()->window() : nullptr;
   return {.presentationMode = controller.presentationMode(),
           .appWindow = names.nameOf(controller.appWindow()),

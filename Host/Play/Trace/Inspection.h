@@ -50,8 +50,8 @@ struct Inspection {
     std::int32_t presentationMode = 0;
     /// The host window whose style the controller overrides.
     std::optional<std::string> appWindow;
-    /// The style of `appWindow` before the controller overrode it. All bits are set if no style has
-    /// been saved.
+    /// The style of `appWindow` before the controller overrode it. All bits are set if the
+    /// controller has saved no style.
     NSWindowStyleMask appWindowStyleMask = 0;
     /// The number of delegates, or `std::nullopt` if the list of delegates does not exist.
     std::optional<std::size_t> delegateCount;

@@ -14,7 +14,7 @@ struct PlayState {
   /// The time left until the launch screen expires, in seconds.
   double timeLeft = 0;
   bool isCountingDown = false;
-  /// True if a cover of the library is on screen.
+  /// True if a launch screen is shown.
   bool isCovered = false;
   /// The name of the key window.
   std::optional<std::string> keyWindow;
@@ -26,7 +26,7 @@ class PlayListener : private NonCopyable {
   PlayListener() = default;
   virtual ~PlayListener() = default;
 
-  /// May be called on a background thread. The main thread waits during such a call.
+  /// May be called on a background thread. The main thread then waits for the call to return.
   virtual void traceLineAdded(const TraceLine& line) = 0;
   /// Called when the scenario starts, and after each step. Also called each time the run loop has
   /// done all work that is due at the current time.

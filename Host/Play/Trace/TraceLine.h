@@ -21,7 +21,7 @@ namespace trace {
 struct StepStart {
   std::string_view name;
 };
-/// The return value of `activate:`.
+/// The return value of the manager's `activate:`.
 struct Activation {
   bool result = false;
 };
@@ -30,7 +30,7 @@ struct Activation {
 struct ContentDataResult {
   std::optional<ContentName> content;
 };
-/// `contentViewForContentData:` returned the view of `content`. `content` has no value if the
+/// The content whose view `contentViewForContentData:` returned. `content` has no value if the
 /// operation returned null.
 struct ContentViewResult {
   std::optional<ContentName> content;
@@ -69,7 +69,7 @@ struct StyleMaskAssignment {
   NSWindowStyleMask styleMask = 0;
   std::string window;
 };
-/// A life-cycle method of a cover's view controller was called.
+/// A life-cycle method of a launch screen's view controller was called.
 struct LifeCycleCall {
   LifeCycleMethod method = LifeCycleMethod::WillAppear;
 };

@@ -12,16 +12,17 @@ void WindowNames::add(const Strong<NSWindow>& window, std::string_view name) {
 }
 
 std::string WindowNames::nameOf(NSWindow& window) {
-  const Strong<NSWindow> namedWindow = window.self();
-  const auto match = std::ranges::find_if(
-      entries_, [&namedWindow](const Entry& entry) { return entry.window.lock() == namedWindow; });
+  const Strong<NSWindow> strongWindow = window.self();
+  const auto match = std::ranges::find_if(entries_, [&strongWindow](const Entry& entry) {
+    return entry.window.lock() == strongWindow;
+  });
   if (match != entries_.end()) {
     return match->name;
   }
   const bool isModal = window.kind() == WindowKind::Modal;
   std::string name(isModal ? kModalWindowPrefix : kSheetPrefix);
   name += std::to_string(isModal ? ++modalWindowCount_ : ++sheetCount_);
-  add(namedWindow, name);
+  add(strongWindow, name);
   return name;
 }
 

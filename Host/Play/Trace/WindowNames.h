@@ -10,8 +10,8 @@
 namespace vel::host {
 
 /// The names of the windows in a scenario. The caller must pass the host's windows and their names
-/// to `add`. The other windows are modal windows and sheets. The first call of `nameOf` for such a
-/// window creates its name. Does not keep windows alive.
+/// to `add`. The first call of `nameOf` for a modal window or a sheet creates the window's name.
+/// Holds only weak references to the windows.
 class WindowNames {
  public:
   void add(const Strong<NSWindow>& window, std::string_view name);
