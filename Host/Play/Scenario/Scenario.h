@@ -1,6 +1,5 @@
 // A scenario describes a host application and a list of steps. The host or its user performs each
-// step at a given time. "The manager" is the host's
-// LaunchScreenManager.
+// step at a given time. "The manager" is the host's LaunchScreenManager.
 #pragma once
 
 #include <cstdint>
