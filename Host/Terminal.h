@@ -1,5 +1,5 @@
-// The terminal that the program writes to. Each kind of operating system has its own
-// implementation, and CMake chooses the implementation.
+// The terminal that the program writes to. CMake chooses the source file that implements these
+// functions on the operating system.
 #pragma once
 
 #include <cstddef>

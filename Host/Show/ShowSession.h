@@ -19,16 +19,17 @@ namespace vel::host {
 /// How a session ended.
 struct ShowOutcome {
   ExitStatus status = kExitSuccess;
-  /// One line for the user. The line is empty on success, or if the library has logged the reason.
+  /// One line for the user. The line is empty on success, or if the library has logged why the
+  /// session failed.
   std::string failure;
 };
 
-/// Acts as the host of one launch screen, from the content request to the analytics event. The
-/// session opens its own player window, which stands for the window of a game, or adopts a window
-/// of another program as the player window. It then sends the content request, presents the content
-/// and reports its progress to the console. The caller must start the application
-/// (`NSApplication::start`) before the session and must run the main run loop, in real or virtual
-/// time. Use it only on the main thread.
+/// Acts as the host of one launch screen. The session either opens a player window of its own or
+/// adopts a window of another program as the player window. The player window stands for the window
+/// of a game. The session then requests a launch screen from the library, presents the launch
+/// screen over the player window and reports the progress to the console. The caller must start the
+/// application (`NSApplication::start`) before the session and must run the main run loop, in real
+/// or virtual time. Only the main thread may use a session.
 class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
                                        ContentResolverDelegate, ContentViewDelegate>,
                           private PlatformObserver {
@@ -39,21 +40,21 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   /// Calls `shutDown`.
   ~ShowSession() override;
 
-  /// Opens or adopts the player window. An adopted window is covered immediately. A new window is
-  /// covered when the window becomes key, or after a short wait if it does not become key. After an
-  /// error, `outcome` has a value.
+  /// Opens or adopts the player window. Covers an adopted window immediately. A later `update`
+  /// covers a new window when this window has become key or after a short wait. After an error,
+  /// `outcome` has a value.
   void start();
   /// Updates the console and the outcome. Returns true if `outcome` has a value. The caller must
   /// call this after each pass of the run loop.
   bool update();
   [[nodiscard]] const std::optional<ShowOutcome>& outcome() const { return outcome_; }
 
-  /// Dismisses the launch screen at the user's request. Does nothing if the mode in the options
-  /// is "forced".
+  /// Dismisses the launch screen at the user's request. Does nothing unless the mode in the
+  /// options is "skip".
   void skip();
-  /// Dismisses the launch screen without asking the delegates, restores the style of the player
-  /// window and closes the window. An adopted window is released instead of closed. A second call
-  /// does nothing.
+  /// Dismisses the launch screen, even in "forced" mode. Restores the style of the player window
+  /// and closes the window. Releases an adopted window instead of closing it. A second call does
+  /// nothing.
   void shutDown();
 
   [[nodiscard]] const Strong<NSWindow>& playerWindow() const { return playerWindow_; }
@@ -74,7 +75,7 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   void adoptPlayerWindow(std::uint64_t windowId);
   void sendRequest();
   void present(const Strong<ContentData>& data);
-  // Called when the library has recorded an analytics event.
+  // Called when the library has recorded the analytics event of the launch screen.
   void eventRecorded(std::string_view event);
   void displayLost(std::string_view reason);
   // `keptControls` are the controls that the window manager still offers although the style mask
@@ -88,21 +89,22 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   [[nodiscard]] double time() const;
   void report(std::string_view text);
   void showTimeLeft();
-  // True if the view of the launch screen is in a visible window.
+  // True if the view of the launch screen is in an open window. The window system may show this
+  // view later.
   [[nodiscard]] bool isCovering() const;
-  // Reports the first moment at which the launch screen is on the screen.
+  // Reports once that the launch screen is on the screen.
   void reportIfCovered();
-  // Reports the removal of the launch screen.
+  // Reports once that the launch screen was removed.
   void reportIfUncovered();
 
   ShowOptions options_;
   std::shared_ptr<Console> console_;
   std::unique_ptr<EventsFile> events_;
-  // `start` replaces the sink and the observer. `shutDown` restores them.
+  // The event sink and the platform observer before `start`. `shutDown` restores them.
   MetricsCenter::Sink previousSink_;
   PlatformObserver* previousObserver_ = nullptr;
   bool isStarted_ = false;
-  Nanoseconds startTime_ = 0;
+  Nanoseconds startTime_ = 0;  // the moment from which `time` counts
 
   Strong<EngineBroker> broker_;
   Strong<LaunchScreenManager> manager_;
@@ -118,9 +120,9 @@ class ShowSession final : public Class<ShowSession, "ShowSession", NSObject,
   bool hasViewAppeared_ = false;       // `viewDidAppear` of `cover_` was called
   bool hasSceneBeenOnScreen_ = false;  // the window system has shown the launch screen
   bool areControlsRemoved_ = false;    // the library has removed the controls from the style mask
-  bool isDismissed_ = false;  // the launch screen was dismissed, but may still be on the screen
-  bool isUncovered_ = false;  // the launch screen has left the screen
-  bool isEventRecorded_ = false;
+  bool isDismissed_ = false;      // the launch screen was dismissed, but may still be on the screen
+  bool isUncovered_ = false;      // the launch screen was removed
+  bool isEventRecorded_ = false;  // the analytics event of the launch screen
   bool needsScreenshot_ = false;
   std::optional<ShowOutcome> outcome_;
 };

@@ -13,8 +13,8 @@ namespace vel {
 
 namespace {
 
-/// The NSWindow of an adopted window. `className` returns the window's class in the window system,
-/// for example in WM_CLASS on X11.
+/// Stands for an adopted window. `className` returns the class that the window system reports for
+/// that window. On X11, this is the class in WM_CLASS.
 class AdoptedNSWindow final : public Class<AdoptedNSWindow, "NSWindow", NSWindow> {
  public:
   explicit AdoptedNSWindow(const AdoptedWindow& description)
@@ -181,7 +181,8 @@ void NSApplication::makeNextWindowKey(const Strong<NSWindow>& removedWindow) {
 void NSApplication::addToScreen(const Strong<NSWindow>& window) {
   std::erase(orderedWindows_, window);
   orderedWindows_.insert(orderedWindows_.begin(), window);
-  // A modal window gets its handle when it first opens. Pass the handle to the window system.
+  // A modal window gets its handle when it first opens. `updateModality` passes the new handle to
+  // the window system.
   updateModality();
 }
 
@@ -270,7 +271,7 @@ void NSApplication::updateModality() {
   callWindowSystem()->setModalWindow(send(modalWindow(), &NSWindow::handle));
 }
 
-// Reports about windows and about the display
+// Other reports from the window system
 
 void NSApplication::closeRequested(WindowHandle handle) {
   const Strong<NSWindow> window = windowFor(handle);
@@ -305,8 +306,9 @@ void NSApplication::styleMaskChanged(WindowHandle handle, NSWindowStyleMask styl
   }
 }
 
-// `handles` lists windows in their new order. In `orderedWindows_`, these windows exchange their
-// positions with each other. All other windows keep their positions.
+// `handles` lists windows in their new order, front to back. Example: `orderedWindows_` is A, B, C
+// and `handles` lists C and A. The result is C, B, A, because B is not listed and keeps its
+// position.
 void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   NSArray<NSWindow> reorderedWindows;
   for (const WindowHandle handle : handles) {

@@ -19,9 +19,9 @@ inline constexpr NSNotificationName NSApplicationWillResignActiveNotification =
 inline constexpr NSNotificationName NSApplicationDidBecomeActiveNotification =
     "NSApplicationDidBecomeActiveNotification";
 
-/// The application: its windows on one window system, the key window and the modal sessions. This
-/// class makes the decisions about key windows, modality and closing. The window system only
-/// carries out these decisions. Only the main thread may use the application.
+/// The application, with its windows on one window system. This class decides which window becomes
+/// key, which window is modal and which windows close. The window system only carries out these
+/// decisions. Only the main thread may use the application.
 class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplication">,
                                        private WindowSystemDelegate,
                                        private RunLoopSource {
@@ -42,7 +42,7 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
 
   /// The window with the keyboard focus; null while the user works in another application.
   [[nodiscard]] Strong<NSWindow> keyWindow() const { return keyWindow_; }
-  /// The window that most recently became key, not counting modal windows and sheets. Null after
+  /// The window that most recently became key and is neither a modal window nor a sheet. Null after
   /// this window has left the screen.
   [[nodiscard]] Strong<NSWindow> mainWindow() const { return mainWindow_.lock(); }
   /// The windows on screen, front to back.
@@ -52,9 +52,9 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> dialogOwner() const;
   [[nodiscard]] bool isActive() const { return isActive_; }
 
-  /// Adopts a window that another program or the host has opened. Returns an NSWindow that stands
-  /// for `native`. Its `className` is the class that the window has in the window system, for
-  /// example in WM_CLASS on X11, and not the name of a C++ class. The NSWindow is open until it is
+  /// Adopts `native`, a window that another program or the host has opened. Returns an NSWindow
+  /// that stands for `native`. The `className` of the NSWindow is the class that the window system
+  /// reports for `native`. On X11, this is the class in WM_CLASS. The NSWindow is open until it is
   /// closed or `native` is destroyed. Closing the NSWindow does not hide `native`. The NSWindow
   /// counts as miniaturised while `native` is not on screen. On failure, sets `error` to the reason
   /// and returns null.
@@ -68,8 +68,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   /// Ends the newest modal session. Does nothing without a modal session.
   void stopModal();
   /// Shows a host's own dialog: begins a modal session of `window`, opens `window` and makes it
-  /// key. Then runs the run loop in the modal-panel mode until this modal session ends, because of
-  /// `stopModal` or because `window` closes.
+  /// key. Then runs the run loop in the modal-panel mode. Returns when this modal session has
+  /// ended, because of `stopModal` or because `window` has closed. Ignores null.
   void runModalForWindow(const Strong<NSWindow>& window);
   /// Sets the mode of the run loop. While a modal session is open, the modal-panel mode replaces
   /// the default mode, but not the event-tracking mode.
@@ -141,7 +141,8 @@ class VEL_EXPORT NSApplication final : public Class<NSApplication, "NSApplicatio
   [[nodiscard]] Strong<NSWindow> windowFor(WindowHandle handle) const;
   void resignKey();
   void becomeKey(const Strong<NSWindow>& window);
-  // Makes another window key if `removedWindow`, which has left the screen, was key.
+  // Called after `removedWindow` has left the screen. If `removedWindow` was key, makes another
+  // window key.
   void makeNextWindowKey(const Strong<NSWindow>& removedWindow);
   // Returns the id of the new session.
   std::uint64_t addModalSession(const Strong<NSWindow>& window);

@@ -14,11 +14,10 @@ class NSView;
 enum class NSLayoutAttribute : std::uint8_t { None, CenterX, CenterY, Width, Height };
 enum class NSLayoutRelation : std::uint8_t { Equal, GreaterThanOrEqual };
 
-/// A required relation between an attribute of a first view and the same attribute of a second
-/// view, or between an attribute of the first view and a constant. The anchors below make only two
-/// kinds of constraint. The first kind makes the centres of two views equal on one axis. The second
-/// kind gives a view's width or height an exact value or a minimum. The superview of the first view
-/// owns the constraint while the constraint is active.
+/// A condition for the frame of one view, called the first view. The anchors
+/// below make two kinds of constraint. The first kind centres the first view on a second view on
+/// one axis. The second kind gives the width or height of the first view an exact value or a
+/// minimum. The superview of the first view owns the constraint while the constraint is active.
 class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NSLayoutConstraint"> {
  public:
   NSLayoutConstraint(const Strong<NSView>& firstView, NSLayoutAttribute attribute,
@@ -29,14 +28,14 @@ class VEL_EXPORT NSLayoutConstraint final : public Class<NSLayoutConstraint, "NS
         secondItem_(secondView),
         constant_(constant) {}
 
-  /// Activates the constraints in the order of the list and lays out the views. Ignores a
-  /// constraint whose first view has no superview.
+  /// Activates the constraints in the order of the list. Then lays out the superviews of the first
+  /// views. Ignores a constraint whose first view has no superview.
   static void activateConstraints(const NSArray<NSLayoutConstraint>& constraints);
 
   [[nodiscard]] Strong<NSView> firstItem() const { return firstItem_.lock(); }
   [[nodiscard]] NSLayoutAttribute attribute() const { return attribute_; }
   [[nodiscard]] NSLayoutRelation relation() const { return relation_; }
-  /// The second view. Null if the constraint is between an attribute and a constant.
+  /// The second view. Null if the constraint has a constant.
   [[nodiscard]] Strong<NSView> secondItem() const { return secondItem_.lock(); }
   /// The constant in points. 0 if the constraint has a second view.
   [[nodiscard]] double constant() const { return constant_; }

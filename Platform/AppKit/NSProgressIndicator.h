@@ -27,13 +27,14 @@ class VEL_EXPORT NSProgressIndicator final
   [[nodiscard]] NSProgressIndicatorStyle style() const { return style_; }
   void setStyle(NSProgressIndicatorStyle style);
 
-  /// The indicator's own appearance. Null if the indicator inherits its appearance.
+  /// The appearance that was set, or null.
   [[nodiscard]] Strong<NSAppearance> appearance() const { return appearance_; }
   void setAppearance(Strong<NSAppearance> appearance) { appearance_ = std::move(appearance); }
 
   [[nodiscard]] bool isAnimating() const { return isAnimating_; }
-  /// `sender` is ignored and may be null.
+  /// Ignores `sender`, which may be null.
   void startAnimation(const Strong<NSObject>& sender);
+  /// Ignores `sender`, which may be null.
   void stopAnimation(const Strong<NSObject>& sender);
 
  protected:

@@ -12,8 +12,9 @@ namespace vel {
 
 namespace {
 
-// The autoresizing of a view on one axis. The flexible parts share the change of the superview's
-// size equally.
+// The autoresizing of a view on one axis. An axis has three parts: the minimum margin, the size of
+// the view and the maximum margin. The flexible parts share a change of the superview's size
+// equally.
 struct AutoresizingAxis {
   bool hasFlexibleMinMargin;
   bool hasFlexibleSize;
@@ -119,13 +120,13 @@ void NSView::removeFromSuperview() {
   disappearance.sendWillDisappear();
   const bool hasWindowChanged = this->window() != window;
   if (this->superview() != superview || (superview == nullptr && hasWindowChanged)) {
-    // `viewWillDisappear` has removed this view or moved it to another superview. If the view left
-    // `window`, its controllers have already disappeared. Otherwise they remain shown.
+    // `viewWillDisappear` has already removed this view or moved it to another superview. Do not
+    // remove this view from the other superview.
     return;
   }
   if (hasWindowChanged) {
-    // `viewWillDisappear` has removed or moved the superview. Start again, because the controllers
-    // of the view may have appeared in another window and must also disappear from that window.
+    // `viewWillDisappear` has removed the superview or moved it to another window. In the other
+    // window, controllers of this view may have appeared. Another call makes them disappear too.
     return removeFromSuperview();
   }
   detach();
@@ -182,8 +183,8 @@ void NSView::resizeSubviews(CGSize oldSize) {
   }
 }
 
-// Applies the constraints in their order. An equality constraint replaces the length. A lower bound
-// raises a smaller length to the bound.
+// Applies the constraints for the width and the height in the order of the list. An exact value
+// replaces the result of the earlier constraints. A minimum replaces only a smaller result.
 CGSize NSView::constrainedSize(const NSArray<NSLayoutConstraint>& constraints) {
   CGSize size;
   for (const Strong<NSLayoutConstraint>& constraint : constraints) {

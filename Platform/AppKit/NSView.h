@@ -15,7 +15,8 @@ namespace vel {
 class NSViewController;
 class NSWindow;
 
-/// The margins and dimensions of a view that change when its superview is resized.
+/// A set of bits. Each bit names a margin or dimension of a view that changes when the view's
+/// superview is resized.
 using NSAutoresizingMaskOptions = std::uint64_t;
 
 inline constexpr NSAutoresizingMaskOptions NSViewNotSizable = 0;
@@ -51,18 +52,19 @@ class VEL_EXPORT NSView : public Class<NSView, "NSView"> {
   /// The window that contains the view, or null.
   [[nodiscard]] Strong<NSWindow> window() const;
 
-  /// Adds `view` in front of the other subviews. Removes `view` from its current superview first.
-  /// If this view is in an open window, each controller of `view` and of its subviews that is not
-  /// shown yet is sent `viewWillAppear` and `viewDidAppear`. Ignores null, this view itself and a
-  /// view that contains this view.
+  /// Removes `view` from its current superview and adds `view` in front of the other subviews of
+  /// this view. If this view is in an open window, calls `viewWillAppear` and `viewDidAppear` of
+  /// the controllers of `view` and its subviews. Skips controllers that are already shown. Ignores
+  /// null, this view itself and a view that contains this view.
   void addSubview(const Strong<NSView>& view);
-  /// Adds `view` directly above or below `other`. If `other` is not a subview of this view, adds
-  /// `view` above or below all subviews.
+  /// Like `addSubview`, but adds `view` directly in front of `other`, or directly behind `other` if
+  /// the mode is NSWindowBelow. If `other` is not a subview of this view, adds `view` in front of
+  /// or behind all subviews.
   void addSubviewPositionedRelativeTo(const Strong<NSView>& view, NSWindowOrderingMode orderingMode,
                                       const Strong<NSView>& other);
-  /// Removes the view from its superview, or from its window if it is a content view. If the window
-  /// is open, the controllers of the view and of its subviews are sent `viewWillDisappear` and
-  /// `viewDidDisappear`. Does nothing if the view has no superview and no window.
+  /// Removes the view from its superview, or from its window if it is a content view. If the view
+  /// is in an open window, calls `viewWillDisappear` and `viewDidDisappear` of the controllers of
+  /// the view and its subviews. Does nothing if the view has no superview and no window.
   void removeFromSuperview();
 
   [[nodiscard]] bool wantsLayer() const { return layer_ != nullptr; }
