@@ -15,7 +15,7 @@ enum ExitStatus : int {
   kExitSuccess = 0,
   kExitFailure = 1,      ///< the command failed
   kExitBadUsage = 2,     ///< the command line or a file that it names is invalid
-  kExitSignalBase = 128  ///< plus the number of the signal that stopped the command
+  kExitSignalBase = 128  ///< if signal N stops the command, the status is 128 + N
 };
 
 /// Thrown by a command if its command line or a file that the command line names is invalid. `what`

@@ -2,8 +2,8 @@
 
 namespace vel::host {
 
-/// Parses the command line of `launchscreen`, runs its command and returns the exit status. Reports
-/// bad usage in one line on standard error.
+/// Parses the command line of the program `launchscreen`, runs the selected command and returns the
+/// exit status. Reports bad usage in one line on standard error.
 int runCommandLine(int argc, const char* const* argv);
 
 }  // namespace vel::host

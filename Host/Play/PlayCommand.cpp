@@ -61,8 +61,8 @@ class TracePrinter final : public PlayListener {
 };
 
 /// The file for `--timeline`, an SVG picture of what happens in the scenario. The constructor opens
-/// the file. The caller constructs this object before it plays the scenario, so that a file that
-/// cannot be opened is reported before the trace is printed.
+/// the file. Construct this object before the scenario is played: if the constructor throws, no
+/// trace is printed.
 class TimelineFile {
  public:
   /// Throws a UsageError if the file cannot be opened.

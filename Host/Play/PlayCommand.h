@@ -1,5 +1,6 @@
-// The command `launchscreen play`. It plays a scenario and prints a trace: one line of JSON for
-// each event.
+// The command `launchscreen play`. It plays a scenario and prints a trace. A scenario is a JSON
+// file that describes what a host and its user do. A host is a program that uses the library. A
+// trace has one line of JSON for each event.
 #pragma once
 
 #include <iosfwd>
@@ -24,12 +25,12 @@ struct PlayOptions {
 
 /// Plays the scenario, writes the trace to `out` and returns the exit status. Throws a UsageError
 /// if the scenario cannot be read or is invalid, or if the file for the timeline cannot be opened.
-/// In these cases, nothing is written to `out`. Throws a std::runtime_error if the trace or the
-/// timeline cannot be written.
+/// Nothing has been written to `out` when a UsageError is thrown. Throws a std::runtime_error if
+/// the trace or the timeline cannot be written.
 int play(const PlayOptions& options, std::istream& standardInput, std::ostream& out);
 
-/// Adds the command to the program. When the program parses the command `play`, the parser sets
-/// `selectedCommand` to the function that runs the command.
+/// Adds the command `play` to the parser `program`. If the command line contains this command, the
+/// parser sets `selectedCommand` to the function that runs it.
 void addPlayCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

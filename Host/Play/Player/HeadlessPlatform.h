@@ -6,20 +6,22 @@
 
 namespace vel::host {
 
-/// The constructor starts `NSApp` on the headless window system and sets the main run loop to
-/// virtual time, which starts at 0. The destructor closes all windows, removes all scheduled work
-/// and resets the configuration of the library. Only one HeadlessPlatform may exist at a time. Use
-/// it only on the main thread.
+/// The constructor starts `NSApp` on a headless window system and gives the main run loop a virtual
+/// clock, which starts at 0. The destructor closes all windows, removes all scheduled work and
+/// resets the default configuration of the library. Only one HeadlessPlatform may exist at a time.
+/// Use it only on the main thread.
 class HeadlessPlatform : private NonCopyable {
  public:
+  /// Sets the operating system version of NSProcessInfo to `version`. The destructor restores the
+  /// previous version.
   explicit HeadlessPlatform(NSOperatingSystemVersion version);
   ~HeadlessPlatform();
 
-  /// Returns the window system, whose functions also simulate the user.
+  /// Returns the window system. Some of its functions simulate actions of the user.
   [[nodiscard]] HeadlessWindowSystem& windowSystem() { return *windowSystem_; }
 
  private:
-  HeadlessWindowSystem* windowSystem_ = nullptr;  // owned by the application
+  HeadlessWindowSystem* windowSystem_ = nullptr;  // owned by `NSApp`
   NSOperatingSystemVersion previousVersion_;
 };
 

@@ -1,4 +1,5 @@
-// The classes of the objects that `Player` creates when it acts as the host.
+// The classes of the host's objects. The host is the program that uses the library. `Player` acts
+// as the host and creates these objects.
 #pragma once
 
 #include <functional>
@@ -79,8 +80,8 @@ class UndeclaredResolverDelegate final
   StateHandler handler_;
 };
 
-/// A view delegate that responds to the operations in its script. `canContentViewDisappear` returns
-/// the value in the script. Each operation first calls the handler.
+/// A view delegate that responds only to the operations in `script.operations`.
+/// `canContentViewDisappear` returns `script.canDisappear`. Each operation first calls the handler.
 class ScriptedViewDelegate final
     : public Class<ScriptedViewDelegate, "ScriptedViewDelegate", NSObject, ContentViewDelegate> {
  public:

@@ -55,10 +55,11 @@ Player::~Player() {
   setPlatformObserver(nullptr);
   setNSLogSink(nullptr);
   MetricsCenter::setSink(nullptr);
-  // Destroy the view delegate before the covers are removed. Otherwise its handler adds trace
-  // lines.
+  // Destroy the view delegate first. Otherwise the code below can notify the delegate, and its
+  // handler then reports trace lines.
   viewDelegate_ = nullptr;
-  // A content and its view controller own each other until one of them is deactivated.
+  // A LaunchScreenContent and its view controller own each other until `deactivate` is called on
+  // the content or on the view controller.
   for (const Weak<LaunchScreenContent>& content : temporaryContents_) {
     send(content.lock(), &LaunchScreenContent::deactivate);
   }
@@ -66,7 +67,8 @@ Player::~Player() {
   send(LaunchScreenConfiguration::defaultConfiguration()->viewController(),
        &LaunchScreenViewControllerProtocol::deactivate);
   for (const Strong<NSWindow>& window : windows_) {
-    // Removes a cover from the window. A cover owns its window until the cover disappears.
+    // A cover (a LaunchScreenViewController) owns its window until the cover is removed. This call
+    // removes the cover, if there is one.
     window->setContentViewController(nullptr);
   }
 }

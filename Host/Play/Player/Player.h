@@ -20,13 +20,13 @@ enum class PlayOutcome : std::uint8_t {
   CollectionMutated
 };
 
-/// Plays a scenario once. The player acts as the host, on a headless window system and in virtual
-/// time. It passes each trace line and each `PlayState` to a listener. Use it only on the main
-/// thread.
+/// Plays a scenario once. The player acts as the host, the program that uses the library. The
+/// player uses a headless window system and virtual time. It passes each trace line and each
+/// `PlayState` to a listener. Use it only on the main thread.
 class Player final : private PlatformObserver {
  public:
-  /// Opens the host's windows and creates the manager. The trace does not contain these actions.
-  /// The scenario and the listener must outlive the player.
+  /// Opens the host's windows and creates the LaunchScreenManager. The trace does not contain these
+  /// actions. The scenario and the listener must outlive the player.
   Player(const Scenario& scenario, PlayListener& listener);
   ~Player() override;
 
@@ -48,7 +48,7 @@ class Player final : private PlatformObserver {
   void windowOpened(NSWindow& window) override;
   void windowClosed(NSWindow& window) override;
 
-  // Runs the loop until `time` and does all work that is due at `time`.
+  // Runs the main run loop until `time`. Also does the work that is due exactly at `time`.
   void runUntil(Nanoseconds time);
   void reportState();
   void report(TraceEvent event);
@@ -56,13 +56,13 @@ class Player final : private PlatformObserver {
   Strong<NSWindow> openWindow(const WindowScript& script);
   void setViewDelegate(const std::optional<ViewDelegateScript>& newScript);
   [[nodiscard]] Strong<LaunchScreenContent> content(ContentName name) const;
-  // `content` can be a ContentData or a ContentView, because a content adopts both protocols.
-  // Returns no value for null.
+  // `content` is a LaunchScreenContent that is passed as ContentData or as ContentView. Returns
+  // `std::nullopt` for null.
   [[nodiscard]] std::optional<ContentName> contentNameOf(const NSObjectProtocol* content) const;
-  // The view controller of the main content.
+  // Returns the view controller of the manager's main content, or null.
   [[nodiscard]] Strong<LaunchScreenViewController> controller() const;
-  // True if a cover of the library is shown. Removes from `covers_` the covers that are no longer
-  // shown.
+  // True if a cover (a LaunchScreenViewController) is shown. Removes from `covers_` the covers that
+  // are no longer shown.
   [[nodiscard]] bool isCovered();
 
   void perform(const step::Activate& action);
@@ -98,13 +98,14 @@ class Player final : private PlatformObserver {
   Strong<NSObjectProtocol> resolverDelegate_;
   Strong<ScriptedViewDelegate> viewDelegate_;
   Strong<LaunchScreenManager> manager_;
-  // The main content. Its view controller can own it even after the manager has released it.
+  // The manager's main content, even after the manager has released it.
   Weak<LaunchScreenContent> mainContent_;
   std::vector<Weak<LaunchScreenContent>> temporaryContents_;
   // The covers that have started to appear. `isCovered` removes the covers that are no longer
   // shown.
   std::vector<Weak<LaunchScreenViewController>> covers_;
-  std::vector<Strong<NSViewController>> controllersOverCover_;  // presented by `step::PresentOver`
+  // The controllers that `step::PresentOver` has presented as sheets over a cover, oldest first.
+  std::vector<Strong<NSViewController>> controllersOverCover_;
 };
 
 }  // namespace vel::host

@@ -12,7 +12,7 @@ namespace vel::host {
 
 namespace {
 
-// Runs the work on the thread that the step names, and waits until the work ends.
+// Runs `work` on `thread` and waits until `work` ends.
 void runOn(StepThread thread, const std::function<void()>& work) {
   if (thread == StepThread::Main) {
     work();
@@ -38,7 +38,8 @@ void Player::setViewDelegate(const std::optional<ViewDelegateScript>& newScript)
           }
         });
   }
-  // The main content may notify a delegate even after the manager has released the content.
+  // Not `manager_->content()`: a main content that the manager has released can still notify its
+  // delegate.
   send(mainContent_.lock(), &LaunchScreenContent::setDelegate, viewDelegate_);
 }
 
@@ -193,12 +194,13 @@ void Player::perform(const step::PresentOver& /*action*/) {
 }
 
 void Player::perform(const step::DismissOver& /*action*/) {
-  // Dismisses the newest sheet that is still presented. The sheet dismisses itself, because the
-  // cover may refuse to dismiss it.
+  // Dismisses the newest sheet that is still presented.
   while (!controllersOverCover_.empty()) {
     const Strong<NSViewController> sheetController = controllersOverCover_.back();
     controllersOverCover_.pop_back();
     if (sheetController->view()->window() != nullptr) {
+      // The sheet dismisses itself, because the delegates of the cover could refuse the
+      // dismissal.
       sheetController->dismissViewController(sheetController);
       return;
     }

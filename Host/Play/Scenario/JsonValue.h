@@ -21,8 +21,8 @@ using JsonPointer = nlohmann::json::json_pointer;
 /// A value in a JSON document, or a missing member of an object. Does not own the document.
 ///
 /// The functions from `boolean` to `valueIn` read the value. These functions throw a ScenarioError
-/// if the value is missing, has the wrong type or is out of range. The error message contains
-/// `expectedValue`, a description of a valid value.
+/// if the value is missing, has the wrong type or is out of range. The parameter `expectedValue`
+/// describes a valid value for the error message.
 class JsonValue {
  public:
   /// `json` is null if the value is missing. Error messages contain `pointer`, the path to the
@@ -50,8 +50,8 @@ class JsonValue {
   [[nodiscard]] std::uint64_t unsigned64() const;
   /// Returns the elements of an array.
   [[nodiscard]] std::vector<JsonValue> elements(std::string_view expectedValue) const;
-  /// Returns the table entry whose name equals this string. Throws a ScenarioError if the table has
-  /// no such entry.
+  /// Reads a string and returns the table entry with this name. Throws a ScenarioError if the table
+  /// has no such entry.
   template <class Value, std::size_t Size>
   [[nodiscard]] const NamedValue<Value>& entryIn(const NamedValue<Value> (&table)[Size]) const;
   /// Returns the value of the entry that `entryIn` returns.
