@@ -50,20 +50,20 @@ class HostLoop::SignalPipe : private NonCopyable {
     readEnd_ = ends[0];
     signalPipeWriteEnd = ends[1];
 
-    sigset_t receivedSignals{};
-    sigemptyset(&receivedSignals);
+    sigset_t handledSignals{};
+    sigemptyset(&handledSignals);
     for (std::size_t index = 0; index < kTerminationSignals.size(); ++index) {
       const int signal = kTerminationSignals[index];
       sigaction(signal, nullptr, &previousActions_[index]);
       // A program that `nohup` has started must keep ignoring SIGHUP.
       if (signal != SIGHUP || previousActions_[index].sa_handler != SIG_IGN) {
         setHandler(signal, writeSignalToPipe);
-        sigaddset(&receivedSignals, signal);
+        sigaddset(&handledSignals, signal);
       }
     }
-    pthread_sigmask(SIG_UNBLOCK, &receivedSignals, &previousMask_);
-    // The program that reads our output may exit. SIGPIPE must not end our process before the
-    // window is restored.
+    pthread_sigmask(SIG_UNBLOCK, &handledSignals, &previousMask_);
+    // If the program that reads our output has exited, writing raises SIGPIPE. SIGPIPE must not end
+    // our process, because the host must still restore the player window.
     sigaction(SIGPIPE, nullptr, &previousSigpipeAction_);
     setHandler(SIGPIPE, SIG_IGN);
   }
@@ -135,7 +135,7 @@ int HostLoop::runUntil(const std::function<bool()>& isDone) {
 }
 
 void HostLoop::readInput() {
-  // Reading the terminal from a background job would stop the process. `tcgetpgrp` returns a
+  // Reading the terminal from a background job would suspend the process. `tcgetpgrp` returns a
   // negative value if the input is not our controlling terminal.
   const pid_t foregroundGroup = tcgetpgrp(STDIN_FILENO);
   if (foregroundGroup >= 0 && foregroundGroup != getpgrp()) {

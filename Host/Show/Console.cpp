@@ -12,12 +12,13 @@ namespace vel::host {
 namespace {
 
 constexpr std::string_view kSeparator = ", ";
-constexpr std::string_view kPaused = "paused: not in front";
-constexpr std::size_t kLongestBar = 40;
-constexpr std::size_t kShortestBar = 5;
-// `LineConsole` prints each whole second at the tick that is nearest to it.
-const double kHalfTickInterval = expirationTimeStep / 2;
-// A shorter text is padded to this width, so that the bar does not move.
+constexpr std::string_view kPausedText = "paused: not in front";
+constexpr std::size_t kMaximumBarLength = 40;
+constexpr std::size_t kMinimumBarLength = 5;
+// The countdown ticks every `expirationTimeStep` seconds. The tick that is nearest to a whole
+// second differs from this second by at most half a step.
+const double kHalfStep = expirationTimeStep / 2;
+// `countdownLine` pads the text of the time left to this width, so that the bar does not move.
 constexpr std::size_t kTimeLeftWidth = std::string_view("999.9 s left").size();
 
 std::string formatLine(double time, std::string_view text) {
@@ -45,35 +46,36 @@ void LineConsole::report(double time, std::string_view text) {
 void LineConsole::showTimeLeft(double time, const TimeLeft& timeLeft) {
   if (timeLeft.countdown != countdown_) {
     countdown_ = timeLeft.countdown;
-    report(time, countdown_ == CountdownState::Paused ? kPaused : "resumed: in front again");
+    report(time, countdown_ == CountdownState::Paused ? kPausedText : "resumed: in front again");
   }
-  const double second = std::round(timeLeft.remainingSeconds);
-  if (second >= 1 && second < lastPrintedSecond_ &&
-      std::abs(timeLeft.remainingSeconds - second) <= kHalfTickInterval) {
-    lastPrintedSecond_ = second;
-    report(time, timeLeftText(second, 0));
+  const double wholeSecond = std::round(timeLeft.remainingSeconds);
+  if (wholeSecond >= 1 && wholeSecond < lastPrintedSecond_ &&
+      std::abs(timeLeft.remainingSeconds - wholeSecond) <= kHalfStep) {
+    lastPrintedSecond_ = wholeSecond;
+    report(time, timeLeftText(wholeSecond, 0));
   }
 }
 
-std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::size_t columns) {
+std::string countdownLine(const TimeLeft& timeLeft, std::string_view trailingText,
+                          std::size_t columns) {
   const double seconds = std::max(timeLeft.remainingSeconds, 0.0);
   std::string line = timeLeftText(seconds, 1);
   if (line.size() < kTimeLeftWidth) {
     line.insert(0, kTimeLeftWidth - line.size(), ' ');
   }
   std::string suffix;
-  if (!note.empty()) {
-    suffix.append("  ").append(note);
+  if (!trailingText.empty()) {
+    suffix.append("  ").append(trailingText);
   }
   const std::size_t textWidth = line.size() + suffix.size() + std::string_view("  []").size();
-  if (textWidth + kShortestBar <= columns) {
-    const std::size_t length = std::min(columns - textWidth, kLongestBar);
-    // An infinite time leaves the bar empty.
-    const double elapsed = timeLeft.totalSeconds > 0 && std::isfinite(seconds)
-                               ? 1 - seconds / timeLeft.totalSeconds
-                               : 0;
+  if (textWidth + kMinimumBarLength <= columns) {
+    const std::size_t length = std::min(columns - textWidth, kMaximumBarLength);
+    // If the time left is infinite, the bar is empty.
+    const double elapsedFraction = timeLeft.totalSeconds > 0 && std::isfinite(seconds)
+                                       ? 1 - seconds / timeLeft.totalSeconds
+                                       : 0;
     const auto filledLength = static_cast<std::size_t>(
-        std::lround(std::clamp(elapsed, 0.0, 1.0) * static_cast<double>(length)));
+        std::lround(std::clamp(elapsedFraction, 0.0, 1.0) * static_cast<double>(length)));
     line.append("  [").append(filledLength, '#').append(length - filledLength, '-').append("]");
   }
   line += suffix;
@@ -84,7 +86,7 @@ std::string countdownLine(const TimeLeft& timeLeft, std::string_view note, std::
 void LiveConsole::report(double time, std::string_view text) {
   reports_.append(reports_.empty() ? "" : kSeparator).append(text);
   std::string line = formatLine(time, reports_);
-  // If the line is too long, drop the oldest reports.
+  // While the line is too long, remove the oldest report.
   for (auto end = reports_.find(kSeparator);
        line.size() >= columnCount_() && end != std::string::npos; end = reports_.find(kSeparator)) {
     reports_.erase(0, end + kSeparator.size());
@@ -101,7 +103,7 @@ void LiveConsole::reportOnOwnLine(double time, std::string_view text) {
 
 void LiveConsole::showTimeLeft(double /*time*/, const TimeLeft& timeLeft) {
   reports_.clear();
-  write(countdownLine(timeLeft, timeLeft.countdown == CountdownState::Paused ? kPaused : hint_,
+  write(countdownLine(timeLeft, timeLeft.countdown == CountdownState::Paused ? kPausedText : hint_,
                       columnCount_() - 1));
 }
 

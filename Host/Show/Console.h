@@ -14,15 +14,17 @@ namespace vel::host {
 
 enum class CountdownState : std::uint8_t { Running, Paused };
 
-/// The time left until the launch screen expires, and the total duration of the countdown.
+/// The countdown to the end of the launch screen: the time left, the total duration, and whether
+/// the countdown is paused.
 struct TimeLeft {
   double remainingSeconds = 0;
   double totalSeconds = 0;
   CountdownState countdown = CountdownState::Running;
 };
 
-/// Reports the progress of `launchscreen show` to the user. In all functions, `time` is in seconds
-/// since the content request. Use it only on the main thread.
+/// Reports the progress of `launchscreen show` to the user. In all functions, `time` is in seconds.
+/// `time` starts at 0 again when the command requests the content of the launch screen. Use a
+/// console only on the main thread.
 class Console : private NonCopyable {
  public:
   Console() = default;
@@ -32,10 +34,11 @@ class Console : private NonCopyable {
   virtual void report(double time, std::string_view text) = 0;
   /// Prints a report on a line of its own, which no later output replaces.
   virtual void reportOnOwnLine(double time, std::string_view text) { report(time, text); }
-  /// Called when the countdown starts, at each tick of the countdown, and when the countdown pauses
-  /// or resumes.
+  /// Shows the time left. Called when the countdown starts, at each tick of the countdown, and when
+  /// the countdown pauses or resumes.
   virtual void showTimeLeft(double time, const TimeLeft& timeLeft) = 0;
-  /// Called before other code writes a line to the terminal.
+  /// Called before other code writes a line to the terminal. A console that has written an
+  /// unfinished line must erase this line.
   virtual void clearLine() {}
   /// Called after the last report.
   virtual void finish() {}
@@ -58,17 +61,18 @@ class LineConsole final : public Console {
   double lastPrintedSecond_ = std::numeric_limits<double>::infinity();
 };
 
-/// Keeps one line of a terminal up to date. During the countdown, the line shows the time left and
-/// a bar. Before and after the countdown, the line shows the reports.
+/// Keeps one line of a terminal up to date. The line shows either the time left and a bar, or the
+/// reports since the latest call of `showTimeLeft`.
 class LiveConsole final : public Console {
  public:
   /// Returns the width of the terminal in columns. The console calls this function for each line,
   /// because the width may change.
   using ColumnCounter = std::function<std::size_t()>;
 
-  /// `out` must outlive the console. The console shows `hint` during the countdown.
-  LiveConsole(std::ostream& out, ColumnCounter columns, std::string_view hint)
-      : out_(&out), columnCount_(std::move(columns)), hint_(hint) {}
+  /// `out` must outlive the console. The console shows `hint` after the bar while the countdown
+  /// runs.
+  LiveConsole(std::ostream& out, ColumnCounter columnCount, std::string_view hint)
+      : out_(&out), columnCount_(std::move(columnCount)), hint_(hint) {}
 
   void report(double time, std::string_view text) override;
   void showTimeLeft(double time, const TimeLeft& timeLeft) override;
@@ -89,8 +93,8 @@ class LiveConsole final : public Console {
 };
 
 /// Returns a line of at most `columns` columns: the time left, a bar that fills as time passes, and
-/// the note.
-[[nodiscard]] std::string countdownLine(const TimeLeft& timeLeft, std::string_view note,
+/// `trailingText`. The line has no bar if `columns` is too small for it.
+[[nodiscard]] std::string countdownLine(const TimeLeft& timeLeft, std::string_view trailingText,
                                         std::size_t columns);
 
 }  // namespace vel::host

@@ -7,9 +7,9 @@
 
 namespace vel::host {
 
-/// Maps the name of each engine, such as "launch_screen", to the resolver that loads its content. A
-/// later registration for an engine replaces the earlier registration. Does not keep the resolvers
-/// alive.
+/// Stores each registered content resolver under the names of the engines that it supports, for
+/// example "launch_screen". A later registration for an engine replaces the earlier registration.
+/// Holds only weak references to the resolvers.
 class EngineBroker final : public Class<EngineBroker, "EngineBroker", NSObject, ContentBroker> {
  public:
   bool registerContentResolver(const Strong<ContentResolver>& resolver) override {

@@ -43,7 +43,7 @@ bool EventsFile::append(std::string_view event, double seconds) {
   const nlohmann::ordered_json line{{"event", event},
                                     {"time", currentDateAndTime()},
                                     {"seconds", std::round(seconds * 1000) / 1000}};
-  // JSON must be UTF-8, so invalid bytes in the name are replaced.
+  // JSON must be UTF-8, so `dump` replaces invalid bytes in the name of the event.
   file_ << line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
   return file_.good();
 }

@@ -11,10 +11,10 @@ namespace vel::host {
 /// The event loop of the host. It waits for the descriptor of the library's main run loop, for
 /// signals and for the standard input. After each wait, it calls `pump` of the run loop.
 ///
-/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP, and SIGPIPE does not end the
-/// process. If the process already ignores SIGHUP, SIGHUP stays ignored. The destructor raises each
-/// received signal again, except the signals that `runUntil` has returned. A process can have one
-/// HostLoop at a time, on the main thread. Each kind of operating system has its own
+/// While this object exists, it receives SIGINT, SIGTERM and SIGHUP. If the process already ignores
+/// SIGHUP, SIGHUP stays ignored. SIGPIPE does not end the process while this object exists. The
+/// destructor raises each received signal again, unless `runUntil` has returned it. A process can
+/// have one HostLoop at a time, on the main thread. Each kind of operating system has its own
 /// implementation.
 class HostLoop : private NonCopyable {
  public:
@@ -26,7 +26,7 @@ class HostLoop : private NonCopyable {
   void setEnterHandler(std::function<void()> handler) { enterHandler_ = std::move(handler); }
 
   /// Runs until `isDone` returns true or a signal arrives. Calls `isDone` after each pass of the
-  /// run loop. Returns the number of the signal, or 0.
+  /// run loop. Returns the number of the signal, or 0 if `isDone` returned true.
   int runUntil(const std::function<bool()>& isDone);
 
  private:
@@ -35,7 +35,7 @@ class HostLoop : private NonCopyable {
   void readInput();
 
   std::unique_ptr<SignalPipe> signalPipe_;
-  std::function<void()> enterHandler_;
+  std::function<void()> enterHandler_;  // if null, the loop does not read the standard input
 };
 
 }  // namespace vel::host

@@ -6,9 +6,9 @@
 
 namespace vel::host {
 
-/// The content of the player window: a square that moves from side to side on a dark background.
-/// The player window stands for the window of a game, so the square keeps moving under a launch
-/// screen. Use it only on the main thread.
+/// A square that moves from side to side on a dark background. `launchscreen show` opens a window
+/// with this view in place of a game's window. The square keeps moving under a launch screen. Use
+/// this class only on the main thread.
 class MovingSquareView final : public Class<MovingSquareView, "MovingSquareView", NSView> {
  public:
   /// Creates a view that fills the window, and starts the animation.

@@ -23,9 +23,10 @@ namespace vel::host {
 namespace {
 
 constexpr std::size_t kDefaultColumns = 80;
-constexpr int kLargestSide = 32767;  // the maximum width and height of an X11 window
-// How long the player window stays open after the launch screen has ended.
-constexpr Nanoseconds kPlayerTimeAfterEnd = kNanosecondsPerSecond;
+constexpr int kMaximumSide = 32767;  // the maximum width and height of an X11 window
+// The player window, which acts as a game's window, stays open for this time after the end of the
+// launch screen.
+constexpr Nanoseconds kPlayerWindowTimeAfterEnd = kNanosecondsPerSecond;
 
 std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   if (!isOutputTerminal()) {
@@ -34,7 +35,7 @@ std::shared_ptr<Console> makeConsole(const ShowOptions& options) {
   auto console = std::make_shared<LiveConsole>(
       std::cout, [] { return terminalColumns().value_or(kDefaultColumns); },
       options.canSkip() ? "press Enter to dismiss" : "");
-  // Log lines usually go to the same terminal, so the console must erase its line before a log
+  // Log lines usually go to the same terminal, so the console must erase its line before each log
   // line.
   setNSLogSink([console](std::string_view line) {
     console->clearLine();
@@ -59,7 +60,8 @@ int show(const ShowOptions& options) {
   if (windowSystem == nullptr) {
     return reportFailure(error);
   }
-  // A window system with a screen has a descriptor or a deadline. The headless one has neither.
+  // A window system with a screen has a descriptor or a deadline. The headless window system
+  // has neither.
   const bool hasScreen =
       windowSystem->waitHandle().isValid() || windowSystem->nextDeadline() != kNever;
 
@@ -78,7 +80,7 @@ int show(const ShowOptions& options) {
     // The animation in the player window wakes the loop, so this wait needs no timer. If the
     // display is lost during the wait, the outcome becomes a failure.
     NSRunLoop& runLoop = NSRunLoop::mainRunLoop();
-    const Nanoseconds end = runLoop.now() + kPlayerTimeAfterEnd;
+    const Nanoseconds end = runLoop.now() + kPlayerWindowTimeAfterEnd;
     signal = loop.runUntil([&runLoop, &session, end] {
       return runLoop.now() >= end || session->outcome()->status != kExitSuccess;
     });
@@ -104,12 +106,12 @@ CGSize parseSize(const std::string& text) {
   if (widthError == std::errc() && separator != end && *separator == 'x') {
     const auto [rest, heightError] = std::from_chars(separator + 1, end, height);
     if (heightError == std::errc() && rest == end && width > 0 && height > 0 &&
-        width <= kLargestSide && height <= kLargestSide) {
+        width <= kMaximumSide && height <= kMaximumSide) {
       return {static_cast<double>(width), static_cast<double>(height)};
     }
   }
   throw CLI::ValidationError("--size", "'" + text + "' is not WIDTHxHEIGHT, each from 1 to " +
-                                           std::to_string(kLargestSide));
+                                           std::to_string(kMaximumSide));
 }
 
 // Parses a window id such as "41943045" or "0x2800005".
@@ -145,7 +147,7 @@ void addRequestOptions(CLI::App& command, ShowOptions& options) {
       ->capture_default_str();
 }
 
-// Adds the options of the player window and of the display.
+// Adds the options for the display, the player window and the indicator.
 void addWindowOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option(
@@ -173,7 +175,7 @@ void addWindowOptions(CLI::App& command, ShowOptions& options) {
       ->excludes(size);
 }
 
-// Adds the options that write files, and the option that dismisses the launch screen.
+// Adds the options for output files, and the option to dismiss the launch screen early.
 void addRunOptions(CLI::App& command, ShowOptions& options) {
   command
       .add_option("--screenshot", options.screenshotPath,

@@ -5,8 +5,9 @@
 
 namespace vel::host {
 
-/// Adds the command to the program. When the program parses the command `show`, the parser sets
-/// `selectedCommand` to the function that runs the command.
+/// Adds the command `show` to the program. If the command line contains this command, the parser
+/// sets `selectedCommand` to the function that runs it. `selectedCommand` must exist until the
+/// command line has been parsed.
 void addShowCommand(CLI::App& program, CommandFunction& selectedCommand);
 
 }  // namespace vel::host

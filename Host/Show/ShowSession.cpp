@@ -14,12 +14,13 @@ namespace vel::host {
 
 namespace {
 
+// The controls of a window that the library removes while it shows a launch screen.
 constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 
-// The maximum wait for the player window to become key, in seconds. A window manager may never make
-// the window key, for example while the user types in another window.
-constexpr double kMaximumWaitForKey = 1;
+// The maximum wait for the player window to become the key window, in seconds. A window manager may
+// never make it the key window, for example while the user types in another window.
+constexpr double kMaximumWaitForKeyWindow = 1;
 
 /// The library recognises the main window of a game by this class name.
 class PlayerWindow final : public Class<PlayerWindow, "PlayerWindow", NSWindow> {
@@ -83,8 +84,8 @@ void ShowSession::start() {
     squareView_ = MovingSquareView::startIn(playerWindow_);
   }
   playerWindow_->makeKeyAndOrderFront();
-  // A new window may still move until it becomes key, so `update` sends the request later. An
-  // adopted window is already at its final position.
+  // A new window may move until it becomes the key window. If it is not yet the key window,
+  // `update` sends the request later. An adopted window is already at its final position.
   if (options_.window || playerWindow_->isKeyWindow()) {
     sendRequest();
   }
@@ -168,34 +169,34 @@ void ShowSession::present(const Strong<ContentData>& data) {
 }
 
 void ShowSession::skip() {
-  // An embedded cover may stay for a while after its dismissal. Dismissing the cover again would
-  // make the library report the end of the launch screen again.
+  // An embedded launch screen may stay in the window for a while after its dismissal. Dismissing it
+  // again would make the library report its end again.
   if (options_.canSkip() && isCovering() && !isDismissed_) {
     manager_->dismissLaunchScreen();
   }
 }
 
 bool ShowSession::update() {
-  const bool isWaitingForKey = playerWindow_ != nullptr && manager_ == nullptr;
-  if (isWaitingForKey && !outcome_) {
+  const bool isWaitingForKeyWindow = playerWindow_ != nullptr && manager_ == nullptr;
+  if (isWaitingForKeyWindow && !outcome_) {
     if (!playerWindow_->isVisible()) {
       fail("the player window was closed");
-    } else if (playerWindow_->isKeyWindow() || time() >= kMaximumWaitForKey) {
+    } else if (playerWindow_->isKeyWindow() || time() >= kMaximumWaitForKeyWindow) {
       sendRequest();
     }
   }
   if (isCovering() && !isDismissed_) {
-    const CountdownState current =
+    const CountdownState currentState =
         manager_->appIsUnfocused() ? CountdownState::Paused : CountdownState::Running;
-    if (current != countdown_) {
-      countdown_ = current;
+    if (currentState != countdown_) {
+      countdown_ = currentState;
       showTimeLeft();
     }
   }
   reportIfCovered();
   reportIfUncovered();
   if (isUncovered_ && !outcome_) {
-    // In skip mode, no event is recorded.
+    // In skip mode, the library records no event.
     if (options_.canSkip() || isEventRecorded_) {
       outcome_ = ShowOutcome{};
       if (!hasSceneBeenOnScreen_) {
@@ -205,9 +206,8 @@ bool ShowSession::update() {
                                "no screenshot: the launch screen ended before half of its time"};
       }
     } else if (!manager_->eventWasSended()) {
-      // `eventWasSended` becomes true when the library schedules the event. Here the library still
-      // waits for a window that shows the launch screen to become key. Such a window no longer
-      // exists.
+      // The library has postponed the event until a window with the launch screen becomes the key
+      // window. No window contains the launch screen any more.
       fail("the launch screen was closed while it was not in front: no event is recorded");
     }
   }
@@ -222,13 +222,13 @@ void ShowSession::shutDown() {
     presentation_->dismissViewController();
   }
   if (isCovering()) {
-    // An embedded cover may stay for a while after its dismissal. Removing the cover restores the
-    // window.
+    // An embedded launch screen may stay in the window for a while after its dismissal. Removing
+    // its view restores the window.
     cover_->view()->removeFromSuperview();
   }
   reportIfUncovered();
   send(squareView_, &MovingSquareView::stop);
-  send(playerWindow_, &NSWindow::close);  // an adopted window is only released
+  send(playerWindow_, &NSWindow::close);  // only releases an adopted window
   send(manager_, &LaunchScreenManager::deactivate);
   send(NSApp, &NSApplication::setDisplayLostHandler, nullptr);
   send(NSApp, &NSApplication::setControlsKeptHandler, nullptr);
@@ -259,6 +259,7 @@ void ShowSession::styleMaskWasSet(NSWindow& window, std::uint64_t styleMask) {
 }
 
 void ShowSession::timerFired(NSTimer& /*timer*/, const Strong<NSObject>& target) {
+  // The manager is the target of the countdown's timer.
   if (target != manager_ || isDismissed_) {
     return;
   }
@@ -281,7 +282,8 @@ void ShowSession::eventRecorded(std::string_view event) {
   }
 }
 
-// The display can also be lost after a successful end, while the player window is still shown.
+// The display can also be lost after a successful end, while the player window is still open. The
+// outcome then changes to a failure.
 void ShowSession::displayLost(std::string_view reason) {
   if (outcome_ && outcome_->status == kExitSuccess) {
     outcome_.reset();
@@ -290,7 +292,7 @@ void ShowSession::displayLost(std::string_view reason) {
 }
 
 void ShowSession::controlsKept(const NSWindow& window, NSWindowStyleMask keptControls) {
-  // The user needs this report only while the style mask excludes the controls.
+  // The user needs this report only while the controls are removed.
   if (&window == playerWindow_.get() && areControlsRemoved_) {
     console_->reportOnOwnLine(time(),
                               "controls kept by the window manager: " + controlNames(keptControls));
