@@ -69,8 +69,8 @@ void NSViewController::callMethodOnce(LifeCycleMethod method, std::uint64_t appe
   if (!isShown_ || appearanceId != currentAppearanceId_) {
     return;
   }
-  // `viewDidDisappear` is the last call of an appearance. It may begin another appearance, so the
-  // current appearance must end before the call.
+  // The appearance ends before the call of `viewDidDisappear`, because that method may show the
+  // controller again.
   isShown_ = method != LifeCycleMethod::DidDisappear;
   if (calledMethods_.test(static_cast<std::size_t>(method))) {
     return;

@@ -29,7 +29,7 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   explicit NSViewController(Strong<NSBundle> bundle = nullptr) : bundle_(std::move(bundle)) {}
   ~NSViewController() override;
 
-  /// Makes a plain controller. Ignores `nibName`: this platform layer has no interface files.
+  /// Makes a plain controller. Ignores `nibName`: this platform layer cannot load nib files.
   static Strong<NSViewController> initWithNibNameBundle(std::string_view nibName,
                                                         Strong<NSBundle> bundle);
 
@@ -48,29 +48,31 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   virtual void viewWillDisappear();
   virtual void viewDidDisappear();
 
-  /// Adds a child and removes it from its previous parent. Ignores null, this controller itself and
-  /// a child of this controller. The caller places the child's view.
+  /// Makes `child` a child of this controller and removes it from its previous parent. Does nothing
+  /// if `child` is null, this controller itself or already a child of this controller. Does
+  /// not change the view hierarchy.
   void addChildViewController(const Strong<NSViewController>& child);
   void removeFromParentViewController();
   [[nodiscard]] NSArray<NSViewController> childViewControllers() const { return children_; }
   [[nodiscard]] Strong<NSViewController> parentViewController() const { return parent_.lock(); }
 
   /// Shows `controller` in a new window, begins a modal session of that window and returns
-  /// immediately. Does nothing if `controller` is already presented. A controller may present
-  /// itself.
+  /// immediately. Does nothing if `controller` is null or already presented. A controller may
+  /// present itself.
   void presentViewControllerAsModalWindow(const Strong<NSViewController>& controller);
   /// Shows `controller` in a sheet of the window that contains this controller's view. Does nothing
-  /// if there is no such window, if that window is closed or if `controller` is already presented.
+  /// if there is no such window, if that window is closed, or if `controller` is null or already
+  /// presented.
   void presentViewControllerAsSheet(const Strong<NSViewController>& controller);
-  /// Ends the presentation of `controller`, even if this controller does not present it. Does
-  /// nothing if `controller` is not presented.
+  /// Ends the presentation of `controller`, even if another controller presents it. Does nothing
+  /// if `controller` is null or not presented.
   virtual void dismissViewController(const Strong<NSViewController>& controller);
 
   /// The controllers that this controller presents, except itself, in the order of presentation.
   [[nodiscard]] NSArray<NSViewController> presentedViewControllers() const {
     return presentedControllers_;
   }
-  /// The controller that presents this controller. A controller may present itself. Null if this
+  /// The controller that presents this controller. May be this controller itself. Null if this
   /// controller is not presented.
   [[nodiscard]] Strong<NSViewController> presentingViewController() const {
     return presentingController_.lock();
@@ -78,8 +80,8 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
 
   /// True during an appearance.
   [[nodiscard]] bool isShown() const { return isShown_; }
-  /// True if the method was called in the current appearance. While the controller is not shown,
-  /// the most recent appearance counts.
+  /// True if the method has been called since the most recent appearance began. That appearance may
+  /// have ended.
   [[nodiscard]] bool wasCalled(LifeCycleMethod method) const {
     return calledMethods_.test(static_cast<std::size_t>(method));
   }
@@ -93,13 +95,14 @@ class VEL_EXPORT NSViewController : public Class<NSViewController, "NSViewContro
   std::uint64_t beginAppearance();
   // Calls the method, unless the appearance has ended or the method was already called.
   void callMethodOnce(LifeCycleMethod method, std::uint64_t appearanceId);
-  // Records that the controller's method was called, for `callMethodOnce` and `wasCalled`.
+  // Records a call of a life-cycle method and reports the call to the platform observer.
   void recordCall(LifeCycleMethod method);
-  // Makes `presentedController` the content view controller of `window` and links it with this
-  // controller, which presents it.
+  // Makes `presentedController` the content view controller of `window`, and makes this controller
+  // its presenting controller.
   void presentIn(const Strong<NSWindow>& window,
                  const Strong<NSViewController>& presentedController);
-  // Called on the presented controller. Removes its links with the presenting controller.
+  // Called on the presented controller. Removes the presenting controller and the window that
+  // `presentIn` has set.
   void endPresentation();
 
   Strong<NSBundle> bundle_;

@@ -15,8 +15,8 @@ namespace vel {
 
 namespace {
 
-// A modal window is centred over its owner. A sheet is at the top of its owner's content, below the
-// title bar. The y axis points up.
+// Returns the lower left corner of a modal window or a sheet. A modal window is centred over its
+// owner. A sheet is at the top of its owner's content, below the title bar.
 CGPoint originFor(WindowKind kind, CGSize size, CGRect ownerFrame) {
   const double x = ownerFrame.origin.x + (ownerFrame.size.width - size.width) / 2;
   const double spareHeight = ownerFrame.size.height - size.height;
@@ -199,7 +199,7 @@ void NSWindow::close() {
   while (!sheets_.empty()) {
     const Strong<NSWindow> sheet = sheets_.back();
     sheet->close();
-    std::erase(sheets_, sheet);  // `close` does not remove a sheet that is not open yet
+    std::erase(sheets_, sheet);  // `close` does not remove a sheet that has not been opened yet
   }
   DisappearanceTransition disappearance(contentView_);
   disappearance.sendWillDisappear();
@@ -233,8 +233,8 @@ void NSWindow::endPresentation() {
     std::erase(sheetParent->sheets_, self());
   }
   sheetParent_.reset();
-  // Release the controller and its view. When the controller is presented again, another window
-  // shows the view.
+  // Release the controller and its view, because the controller may be presented again in another
+  // window.
   const Strong<NSViewController> controller = std::exchange(contentViewController_, nullptr);
   if (controller != nullptr) {
     controller->endPresentation();
@@ -300,9 +300,9 @@ bool NSWindow::isModalPanel() const {
                              });
 }
 
-// Sends the scene to the window system even while the window is miniaturised. The owner of an
-// adopted window may restore the window while the run loop does not run, and the window must then
-// show the current scene.
+// Sends the scene to the window system even while the window is miniaturised. Another program or
+// the host may have opened the window, and may deminiaturise it while our run loop does not run.
+// The window must then show the current scene.
 void NSWindow::setNeedsDisplay() {
   if ((!isOnScreen_ && !isMiniaturized_) || NSApp == nullptr || displayPauses_ > 0) {
     return;

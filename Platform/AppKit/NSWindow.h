@@ -26,8 +26,8 @@ inline constexpr NSNotificationName NSWindowDidMiniaturizeNotification =
 inline constexpr NSNotificationName NSWindowDidDeminiaturizeNotification =
     "NSWindowDidDeminiaturizeNotification";
 
-/// A window. An open window is on screen unless it is miniaturised. The application keeps open
-/// windows alive. Only the main thread may use a window.
+/// A window. An open window is on screen unless it is miniaturised. The application holds a
+/// strong reference to each open window. Only the main thread may use a window.
 class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
  public:
   NSWindow(CGRect frame, NSWindowStyleMask styleMask) : frame_(frame), styleMask_(styleMask) {}
@@ -37,7 +37,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   static Strong<NSWindow> initWithContentRectStyleMask(CGRect frame, NSWindowStyleMask styleMask) {
     return initAs<NSWindow>(frame, styleMask);
   }
-  /// Makes a window of a subclass with a plain content view. The window is not open.
+  /// Makes a `Window`, which is NSWindow or a subclass, in the same way. Passes `arguments` to the
+  /// constructor.
   template <class Window, class... Arguments>
   static Strong<Window> initAs(Arguments&&... arguments) {
     auto window = make<Window>(std::forward<Arguments>(arguments)...);
@@ -61,8 +62,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   [[nodiscard]] bool canHide() const { return canHide_; }
   void setCanHide(bool canHide) { canHide_ = canHide; }
 
-  /// The content view. Null after the content view has been removed, for example at the end of a
-  /// presentation.
+  /// The content view. Null if the window has no content view, for example after `setContentView`
+  /// with null, or after `close` of a window that presents a view controller.
   [[nodiscard]] Strong<NSView> contentView() const { return contentView_; }
   void setContentView(const Strong<NSView>& view);
   [[nodiscard]] Strong<NSViewController> contentViewController() const {
@@ -73,6 +74,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void setContentViewController(const Strong<NSViewController>& controller);
 
   /// Makes this window the parent of `child` and keeps `child` alive. Does not open `child`.
+  /// Does nothing if `child` is null, this window itself or already a child of this window.
   void addChildWindow(const Strong<NSWindow>& child);
   [[nodiscard]] Strong<NSWindow> parentWindow() const { return parent_.lock(); }
   /// Modal or Sheet if the window was made to present a view controller, else Plain.
@@ -86,9 +88,9 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void orderFront();
   /// Opens or raises the window and makes it key, as `makeKeyWindow` does.
   void makeKeyAndOrderFront();
-  /// Closes an open window. Its sheets close first, then its controllers disappear, then another
-  /// window becomes key. If this window presents a view controller, the presentation ends. The
-  /// window can be opened again.
+  /// Closes an open window. Its sheets close first, then the view controllers in it disappear, then
+  /// another window becomes key. If this window presents a view controller, the presentation ends.
+  /// The window can be opened again.
   void close();
   /// Closes the window, because the platform layer cannot hide an open window.
   void orderOut() { close(); }
@@ -123,8 +125,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   friend class NSView;
   friend class NSViewController;
 
-  /// Delays drawing while it exists, and draws when it is destroyed. Without a pause, the window
-  /// would show a view before the controllers have prepared the view in `viewWillAppear`.
+  /// Delays drawing while it exists, and draws when it is destroyed. Without the delay, the window
+  /// would show a new content view before `viewWillAppear` has prepared the view.
   class DisplayPause : private NonCopyable {
    public:
     explicit DisplayPause(Strong<NSWindow> window) : window_(std::move(window)) {
@@ -153,8 +155,8 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   void open(KeyRequest keyRequest);
   // Releases the view controller that this window presents, if any.
   void endPresentation();
-  // The application calls these functions when the window system reports an event. `setFrame` also
-  // calls `frameChanged`.
+  // The application calls the next three functions when the window system reports an event.
+  // `setFrame` also calls `frameChanged`.
   void frameChanged(CGRect frame);
   void miniaturizedChanged(bool isMiniaturized);
   void windowDestroyed();
@@ -171,7 +173,7 @@ class VEL_EXPORT NSWindow : public Class<NSWindow, "NSWindow"> {
   NSArray<NSWindow> children_;
   Weak<NSWindow> sheetParent_;  // equals `owner_` while this sheet is presented, else null
   NSArray<NSWindow> sheets_;
-  Scene scene_;
+  Scene scene_;            // last sent to the window system; cleared by `close`
   int displayPauses_ = 0;  // the number of DisplayPause objects
   bool isMovableByWindowBackground_ = false;
   bool canHide_ = true;

@@ -42,8 +42,8 @@ VEL_EXPORT inline PlatformObserver* platformObserver = nullptr;
 
 }  // namespace detail
 
-/// Replaces the platform observer and the timer observer by `observer`. Null removes both. Returns
-/// the previous platform observer. The caller owns the observer and must remove it before
+/// Makes `observer` the platform observer and the timer observer. Null removes both observers.
+/// Returns the previous platform observer. The caller owns `observer` and must remove it before
 /// destroying it. Only the main thread may call this function.
 inline PlatformObserver* setPlatformObserver(PlatformObserver* observer) {
   setTimerObserver(observer);

@@ -25,8 +25,8 @@ ShutdownStep::ShutdownStep(void (*run)()) noexcept
     : run_(run), next_(std::exchange(firstShutdownStep, this)) {}
 
 void shutDown() {
-  // Work that was scheduled before this call must not run during the steps below, for example in a
-  // nested run loop of a callback.
+  // A callback in the steps below may run the run loop. Earlier timers and main-queue blocks must
+  // not run then.
   removeScheduledWork();
   send(NSApp, &NSApplication::disconnect);
   for (const ShutdownStep* step = firstShutdownStep; step != nullptr; step = step->next_) {

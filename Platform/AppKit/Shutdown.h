@@ -5,7 +5,7 @@
 
 namespace vel {
 
-/// Ends the parts of the platform layer that exist once per process, in this order:
+/// Shuts down the platform layer of this process, in this order:
 ///   1. Timers are invalidated and the main queue is emptied.
 ///   2. The application closes its windows, the newest first, and disconnects from its window
 ///   system.
@@ -19,8 +19,8 @@ namespace vel {
 VEL_EXPORT void shutDown();
 
 /// Registers a function that `shutDown` calls in step 3. A layer above AppKit uses the function
-/// to release its own objects that exist once per process. A registration cannot be removed, so a
-/// `ShutdownStep` must have static storage duration.
+/// to release its process-wide objects. A registration cannot be removed, so a `ShutdownStep` must
+/// have static storage duration.
 class ShutdownStep : private NonCopyable {
  public:
   explicit ShutdownStep(void (*run)()) noexcept;

@@ -10,16 +10,15 @@
 
 namespace vel {
 
-/// One period during which a controller is shown. The id distinguishes this period from other
-/// periods during which the same controller is shown.
+/// A period during which a controller is shown. The id distinguishes the periods of one controller.
 struct Appearance {
   Strong<NSViewController> controller;
   std::uint64_t id = 0;
 };
 
 /// Makes the controllers of a view and its subviews appear, outer controllers first. The caller
-/// first opens the window or adds the view to an open window. The caller then constructs this
-/// object and calls `sendWillAppear` and `sendDidAppear`. If a life-cycle method ends the
+/// first opens the view's window or adds the view to an open window. The caller then constructs
+/// this object and calls `sendWillAppear` and `sendDidAppear`. If a life-cycle method ends the
 /// appearance of a controller, for example because the method removes the controller's view, this
 /// object calls no further method of the controller.
 class AppearanceTransition {
@@ -40,8 +39,8 @@ class DisappearanceTransition {
  public:
   explicit DisappearanceTransition(Strong<NSView> view) : view_(std::move(view)) {}
   void sendWillDisappear();
-  /// Calls `viewDidDisappear` of the controllers that `sendWillDisappear` found, and ends their
-  /// appearances.
+  /// Ends the appearances of the controllers that `sendWillDisappear` has processed, and calls
+  /// their `viewDidDisappear`.
   void sendDidDisappear();
 
  private:

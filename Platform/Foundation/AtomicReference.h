@@ -7,8 +7,8 @@
 
 namespace vel {
 
-/// A strong reference that any thread may read and write. `load` returns a copy, which later writes
-/// do not affect.
+/// A strong reference that any thread may read and write. `load` returns a copy of the reference.
+/// Later writes do not affect the copy.
 template <class T>
 class AtomicReference {
  public:
@@ -18,8 +18,8 @@ class AtomicReference {
   }
 
   void store(Strong<T> reference) {
-    // After the swap, the parameter keeps the old object alive until the lock is released. The
-    // destructor of the old object may call `load` or `store`, which take the lock.
+    // The destructor of the old object may call `load` or `store`, so it must run without the lock.
+    // The swap moves the old object to the parameter, which outlives the lock.
     const std::scoped_lock lock(mutex_);
     reference_.swap(reference);
   }

@@ -1,4 +1,3 @@
-// The clocks, which tell the time and wait.
 #pragma once
 
 #include <atomic>
@@ -18,21 +17,22 @@ class VEL_EXPORT Clock : NonCopyable {
   [[nodiscard]] virtual Nanoseconds now() const = 0;
 
   /// Waits until `deadline` or until a call of `wake`. The clock for real time, `RealClock`, also
-  /// returns on input or after a signal. A `VirtualClock` returns false, without waiting, if
-  /// `deadline` is `kNever` and no call of `wake` is pending: the wait would never end. In every
-  /// other case, a clock returns true.
+  /// stops waiting on input or after a signal. Returns true, except that a `VirtualClock`
+  /// returns false if `deadline` is `kNever` and no call of `wake` is pending. Such a wait would
+  /// never end.
   virtual bool waitUntil(Nanoseconds deadline) = 0;
 
   /// Ends the current wait. If no wait is in progress, ends the next wait.
   virtual void wake() = 0;
 };
 
-/// A clock whose time advances only during a wait, and then jumps to the deadline.
+/// A clock that does not really wait: `waitUntil` advances the time to the deadline and returns
+/// immediately. The time does not advance otherwise.
 class VEL_EXPORT VirtualClock final : public Clock {
  public:
   [[nodiscard]] Nanoseconds now() const override { return now_; }
   bool waitUntil(Nanoseconds deadline) override {
-    if (hasWakeUp_.exchange(false)) {
+    if (isWakePending_.exchange(false)) {
       return true;
     }
     if (deadline == kNever) {
@@ -43,11 +43,11 @@ class VEL_EXPORT VirtualClock final : public Clock {
     }
     return true;
   }
-  void wake() override { hasWakeUp_ = true; }
+  void wake() override { isWakePending_ = true; }
 
  private:
   std::atomic<Nanoseconds> now_ = 0;
-  std::atomic<bool> hasWakeUp_ = false;
+  std::atomic<bool> isWakePending_ = false;
 };
 
 }  // namespace vel

@@ -1,8 +1,8 @@
 #pragma once
 
-/// Marks what the shared library exports. All other symbols are hidden. Two macros matter only on
-/// Windows: the build of a DLL defines VEL_DLL_EXPORTS, and a program that uses the DLL defines
-/// VEL_DLL. CMake defines both.
+/// Marks the classes, functions and variables that the shared library exports. All other symbols
+/// are hidden. On Windows, CMake defines VEL_DLL_EXPORTS when it builds the DLL, and VEL_DLL when
+/// it builds a program that uses the DLL.
 #if defined(VEL_DLL_EXPORTS)
 #define VEL_EXPORT __declspec(dllexport)
 #elif defined(VEL_DLL)
