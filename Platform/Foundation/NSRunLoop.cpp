@@ -16,9 +16,8 @@ bool containsMode(std::uint8_t modes, NSRunLoopMode mode) {
   return (modes & static_cast<std::uint8_t>(mode)) != 0;
 }
 
-// The bits of `wakeState_`. Any thread may call `wake`, which reads `kIsIdle` to decide whether it
-// must also wake the clock.
-constexpr unsigned kIsIdle = 1;     // the loop or a host may be waiting: wake the clock
+// The bits of `wakeState_`. If `kIsIdle` is set, `NSRunLoop::wake` also calls `Clock::wake`.
+constexpr unsigned kIsIdle = 1;     // the loop or a host may be waiting
 constexpr unsigned kHasWakeUp = 2;  // a thread has called `wake` since the latest pass began
 
 /// Counts a running pass. At the end of the pass, releases the objects that the pass has added to
@@ -78,8 +77,9 @@ WaitHandle NSRunLoop::waitHandle() {
     return {};
   }
   if (!isDescriptorPolled_) {
-    // From now on, every pass updates the descriptor. The wake-up makes the descriptor readable, so
-    // the host runs a pass, which sets the descriptor's deadline.
+    // From now on, every pass sets the deadline at which the wait set's descriptor becomes
+    // readable. The wake-up makes the descriptor readable immediately, so that the host runs the
+    // first pass.
     isDescriptorPolled_ = true;
     waitSet_->wake();
   }
@@ -105,9 +105,9 @@ void NSRunLoop::addTimerForMode(const Strong<NSTimer>& timer, NSRunLoopMode mode
 }
 
 void NSRunLoop::wake() {
-  // If the main thread calls `wake`, it is not blocked in `wait`, so there is no wait to end. If a
-  // pass is running, it computes the next deadline when it ends. So on the main thread, only a host
-  // that polls the descriptor between two passes needs a wake-up.
+  // If the main thread calls `wake`, it is not blocked in `wait`, so there is no wait to end. The
+  // descriptor must become readable only if a host polls it and no pass is running: a pass updates
+  // the descriptor when it ends.
   if (NSThread::isMainThread() && (runningPasses_ > 0 || !isDescriptorPolled_)) {
     return;
   }
@@ -130,14 +130,14 @@ void NSRunLoop::beginPass() {
   }
 }
 
-// Sets `kIsIdle`: from now on, `wake` also wakes the clock, which ends the next wait or makes the
-// descriptor readable. Returns false if a thread has called `wake` since the latest pass began.
+// Sets `kIsIdle`, so that a later call of `wake` ends the next wait or makes the descriptor
+// readable. Returns false if a thread has already called `wake` since the latest pass began.
 bool NSRunLoop::becomeIdle() { return (wakeState_.fetch_or(kIsIdle) & kHasWakeUp) == 0; }
 
 void NSRunLoop::setDescriptorDeadline(Nanoseconds deadline) {
   waitSet_->setDeadline(deadline);
   if (!becomeIdle()) {
-    // A call of `wake` before `becomeIdle` may not have made the descriptor readable.
+    // If `wake` was called before `kIsIdle` was set, it did not make the descriptor readable.
     waitSet_->wake();
   }
 }
@@ -162,7 +162,7 @@ void NSRunLoop::invalidateTimers() {
 }
 
 NSRunLoop::Timers::const_iterator NSRunLoop::nextTimer(NSRunLoopMode mode) const {
-  // A timer does not fire while its target is being called.
+  // A timer does not fire again while it calls its target.
   return std::ranges::find_if(timers_, [mode](const Strong<NSTimer>& timer) {
     return containsMode(timer->modes_, mode) && !timer->isFiring_;
   });
@@ -234,8 +234,8 @@ void NSRunLoop::wait(NSRunLoopMode mode, Nanoseconds limit) {
     return;
   }
   const bool waitCouldEnd = clock_->waitUntil(std::min(limit, nextDeadline(mode)));
-  // The loop has stopped waiting. Unless a host polls the descriptor, `wake` need not wake the
-  // clock until the next wait.
+  // The loop has stopped waiting. Unless a host polls the descriptor, `NSRunLoop::wake` need not
+  // call `Clock::wake` until the next wait.
   if (!isDescriptorPolled_) {
     wakeState_.fetch_and(~kIsIdle);
   }

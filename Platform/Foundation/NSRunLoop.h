@@ -34,18 +34,19 @@ class VEL_EXPORT RunLoopSource : NonCopyable {
   [[nodiscard]] virtual std::string describePending() const { return {}; }
 };
 
-/// Thrown by a wait in virtual time if no deadline is known, because the wait would never end. The
-/// message lists the timers of all modes and the pending work of the main queue.
+/// Thrown by a wait on a `VirtualClock` if no deadline is known, because the wait would never end.
+/// The message lists the timers of all modes and the pending work of the main queue.
 class VEL_EXPORT EndlessWaitError : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
 
-/// The main thread's run loop. A pass in a mode fires the timers that are due, delivers the window
-/// system's events, runs the main queue's work and drains the release pool, in this order. A host
-/// either hands over control (`runUntilDate`) or calls `pump` from its own loop. Any thread may
-/// call `mainRunLoop`, `currentRunLoop`, `now`, `wake` and `setMainQueueSource`. Only the main
-/// thread may call the other operations.
+/// The main thread's run loop. A pass in a mode fires the timers of the mode that are due, delivers
+/// the window system's events, runs the work that is due in the main queue and drains the release
+/// pool, in this order. Any thread may add work to the main queue. A host program either hands over
+/// control (`runUntilDate`) or calls `pump` from its own loop. Any thread may call `mainRunLoop`,
+/// `currentRunLoop`, `now`, `wake` and `setMainQueueSource`. Only the main thread may call the
+/// other operations.
 class VEL_EXPORT NSRunLoop : NonCopyable {
  public:
   static NSRunLoop& mainRunLoop();
@@ -57,7 +58,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// left.
   void useRealTime();
   /// Replaces the clock by a clock that does not wait for input, such as a `VirtualClock`.
-  /// Invalidates all timers.
+  /// Invalidates all timers. Time is then virtual until `useRealTime` is called.
   void setClock(std::unique_ptr<Clock> clock);
   [[nodiscard]] Clock& clock() { return *clock_; }
   [[nodiscard]] Nanoseconds now() const { return clock_->now(); }
@@ -80,10 +81,11 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   bool runPass(NSRunLoopMode mode);
   /// Runs one pass in the loop's mode. A game calls this function once per frame.
   bool pump() { return runPass(mode_); }
-  /// Runs one pass. If the pass did no work, waits for the next deadline or event, but at most
-  /// until `limit`.
+  /// Runs one pass. If the pass did no work, waits for the next deadline, an event or a wake-up,
+  /// but no longer than until `limit`, a time on the loop's clock.
   void runModeBeforeDate(NSRunLoopMode mode, Nanoseconds limit);
-  /// Runs passes until `limit`. Also runs everything that is due at `limit`.
+  /// Runs passes until the loop's clock reaches `limit`. Also runs everything that is due at
+  /// `limit`.
   void runUntilDate(Nanoseconds limit);
   /// Runs passes until `isDone` returns true. Calls `isDone` before each pass.
   void runUntil(const std::function<bool()>& isDone);
@@ -91,7 +93,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// The time at which the next timer, event or work is due in the loop's mode. 0 or a past time
   /// means now. `kNever` means that no such time is known.
   [[nodiscard]] Nanoseconds nextDeadline() const { return nextDeadline(mode_); }
-  /// Returns a handle for a host's own loop. Its descriptor is readable when a pass has work.
+  /// Returns a handle for a host's own loop. Its descriptor is readable when a pass is due.
   /// The handle can be used until the clock is replaced. After the first call of this
   /// function, every pass updates the descriptor. In virtual time, the handle is invalid.
   [[nodiscard]] WaitHandle waitHandle();
@@ -140,7 +142,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   std::unique_ptr<WaitSet> waitSet_;  // null in virtual time
   std::unique_ptr<Clock> clock_;
   RunLoopSource* windowSystem_ = nullptr;
-  // Atomic, because the first use of the main queue may be on any thread.
+  // Atomic: the first use of the main queue sets this pointer, and may be on any thread.
   std::atomic<RunLoopSource*> mainQueue_ = nullptr;
   NSRunLoopMode mode_ = NSDefaultRunLoopMode;
   Timers timers_;

@@ -30,7 +30,7 @@ class VEL_EXPORT NSString final : public Class<NSString, "NSString"> {
   /// The number at the start of the string, rounded to single precision. Skips leading white space,
   /// then reads the longest decimal number (sign, digits, point, decimal exponent). Returns 0 if
   /// there is no number or if the number is too close to 0. Returns plus or minus infinity if the
-  /// number's magnitude is too large. Words ("nan", "inf") and hexadecimal digits are not numbers.
+  /// number's magnitude is too large. Does not read words ("nan", "inf") or hexadecimal numbers.
   /// The locale has no effect.
   [[nodiscard]] float floatValue() const;
 

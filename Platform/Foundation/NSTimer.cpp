@@ -45,7 +45,7 @@ void NSTimer::invalidate() {
   // Keeps the timer alive: the run loop may hold the only reference to the timer.
   const Strong<NSTimer> timer = self();
   NSRunLoop::mainRunLoop().removeTimer(*this);
-  // Released before `timer`, because the target's destructor may use this timer.
+  // Declared after `timer`, so that the target is released first: its destructor may use the timer.
   const Strong<NSObject> target = std::move(target_);
 }
 

@@ -17,8 +17,8 @@ inline constexpr NSRunLoopMode NSModalPanelRunLoopMode = NSRunLoopMode::ModalPan
 inline constexpr NSRunLoopMode NSEventTrackingRunLoopMode = NSRunLoopMode::EventTracking;
 
 /// A timer of the run loop. It calls an operation of its target after an interval, once or
-/// repeatedly. The timer keeps its target alive until the timer is invalidated or, if the timer
-/// does not repeat, until it fires. Only the main thread may use a scheduled timer.
+/// repeatedly. The timer keeps its target alive until the timer becomes invalid, and during each
+/// call. Only the main thread may use a scheduled timer.
 class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
  public:
   /// Calls the timer's operation on the target.
@@ -43,7 +43,8 @@ class VEL_EXPORT NSTimer final : public Class<NSTimer, "NSTimer"> {
     });
   }
 
-  /// False after `invalidate`, and after a timer that does not repeat has fired.
+  /// False after `invalidate`. A timer that does not repeat becomes invalid just before it calls
+  /// its target.
   [[nodiscard]] bool isValid() const { return isValid_; }
   /// Ends the timer and releases its target. Does nothing if the timer is invalid.
   void invalidate();

@@ -53,8 +53,8 @@ struct Operations {};
 template <class Self>
 class Protocol : public virtual NSObjectProtocol {
  public:
-  /// The optional operations that the object responds to. The template `Adopts` below implements
-  /// this function: it returns the operations that the class overrides. A class that decides at run
+  /// The optional operations that the object responds to. In the template `Adopts` below, this
+  /// function returns the operations that the adopting class overrides. A class that decides at run
   /// time which operations it responds to overrides this function.
   [[nodiscard]] virtual OperationSet respondingOperations() const = 0;
 };
@@ -75,7 +75,8 @@ consteval std::size_t indexOf(Operations<Listed...>) {
 }
 
 // Both lists contain the optional operations: `Declared` as members of the protocol, `Adopted` as
-// members of the adopter. If the adopter does not override an operation, the two members are equal.
+// members of the adopter. An operation that the adopter does not override is the same member in
+// both lists.
 template <auto... Declared, auto... Adopted>
 constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<Adopted...>) {
   unsigned long bits = 0;
@@ -100,19 +101,20 @@ struct ProtocolOf<R (P::*)(A...) const> {
 
 }  // namespace detail
 
-/// A base class that adopts protocol P for class Self. `Class` derives from it.
-template <class Self, class P>
+/// A base class through which the class `Adopter` adopts the protocol P. The template `Class` in
+/// NSObject.h derives from it.
+template <class Adopter, class P>
 class Adopts : public P {};
 
-template <class Self, detail::HasOptionalOperations P>
-class Adopts<Self, P> : public P {
+template <class Adopter, detail::HasOptionalOperations P>
+class Adopts<Adopter, P> : public P {
  public:
   [[nodiscard]] OperationSet respondingOperations() const override {
-    static_assert(std::is_final_v<Self>,
+    static_assert(std::is_final_v<Adopter>,
                   "a class that adopts a protocol with optional operations must be final: the "
                   "overrides of a subclass would not be found");
     return detail::overriddenOperations(typename P::template Optional<P>(),
-                                        typename P::template Optional<Self>());
+                                        typename P::template Optional<Adopter>());
   }
 };
 

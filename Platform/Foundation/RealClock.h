@@ -5,8 +5,8 @@
 
 namespace vel {
 
-/// The machine's steady clock. `waitUntil` also returns on input or a wake-up of the wait set. The
-/// wait set must outlive the clock.
+/// The machine's steady clock. `waitUntil` calls `WaitSet::wait`, so input or a signal also ends
+/// the wait. The wait set must outlive the clock.
 class RealClock final : public Clock {
  public:
   explicit RealClock(WaitSet& waitSet) : waitSet_(waitSet) {}

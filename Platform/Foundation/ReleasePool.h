@@ -10,10 +10,9 @@
 
 namespace vel {
 
-/// The deferred-release pool of the current thread. It keeps an object alive until the end of the
-/// run loop pass in which the object was added. An object that was added between two passes lives
-/// until the end of the next pass. On a thread without a run loop, the object lives until the
-/// thread ends.
+/// A thread's pool for deferred releases. It keeps an object alive until the end of the run loop
+/// pass in which the object was added, or until the end of the next pass if no pass was running. On
+/// a thread without a run loop, it keeps each object alive until the thread ends.
 class VEL_EXPORT ReleasePool : NonCopyable {
  public:
   ReleasePool() = default;

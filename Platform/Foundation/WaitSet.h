@@ -30,7 +30,7 @@ class WaitSet : NonCopyable {
   virtual void acknowledgeWakeUps() = 0;
 
   /// A handle for a host's own loop. Its descriptor is readable exactly when `wait` would return
-  /// immediately. Invalid on a system without descriptors.
+  /// immediately. The handle is invalid on a system without descriptors.
   [[nodiscard]] virtual WaitHandle handle() const = 0;
 };
 

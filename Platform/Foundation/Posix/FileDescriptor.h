@@ -12,7 +12,8 @@ namespace vel {
 /// Owns a file descriptor.
 class FileDescriptor : NonCopyable {
  public:
-  /// `descriptor` is the result of the system call `call`. Throws if the call has failed.
+  /// `descriptor` is the result of the system call named `call`. Throws `std::system_error` if
+  /// the call has failed.
   FileDescriptor(int descriptor, const char* call) : descriptor_(descriptor) {
     if (descriptor < 0) {
       throw std::system_error(errno, std::generic_category(), call);

@@ -15,10 +15,10 @@ namespace {
 
 /// Makes `strtof` on this thread read '.' as the decimal point and round to the nearest float. The
 /// destructor restores the locale and the rounding mode that the host has set for this thread.
-class StandardConversion : NonCopyable {
+class ConversionScope : NonCopyable {
  public:
-  StandardConversion() : previousLocale_(uselocale(cLocale())) { std::fesetround(FE_TONEAREST); }
-  ~StandardConversion() {
+  ConversionScope() : previousLocale_(uselocale(cLocale())) { std::fesetround(FE_TONEAREST); }
+  ~ConversionScope() {
     std::fesetround(previousRoundingMode_);
     uselocale(previousLocale_);
   }
@@ -41,7 +41,7 @@ class StandardConversion : NonCopyable {
 
 float nearestFloat(std::string_view number) {
   const std::string text(number);  // `strtof` needs a zero byte at the end
-  const StandardConversion scope;
+  const ConversionScope scope;
   return std::strtof(text.c_str(), nullptr);
 }
 
