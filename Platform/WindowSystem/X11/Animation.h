@@ -5,15 +5,15 @@
 
 namespace vel::x11 {
 
-/// Animates the turning indicators in the covers (`Cover`) of all windows on screen. All indicators
-/// change at the same time.
+/// Animates the spinners in the covers (`Cover`) of all windows on screen. All spinners change at
+/// the same time.
 class Animation final : public NonCopyable {
  public:
   explicit Animation(WindowTable& windows) : windows_(windows) {}
 
-  /// The time of the next step; `kNever` if no indicator on screen is animated.
+  /// The time of the next step of the animation; `kNever` if no spinner on screen is animated.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// If the time of the next step has come, draws all animated indicators.
+  /// Draws the next step of all animated spinners on screen if its time has come.
   void advance(Nanoseconds now);
 
  private:

@@ -34,7 +34,7 @@ enum class Atom : std::size_t {
   NetWmActionClose,
   NetWmActionMinimize,
   NetWmActionResize,
-  VelTime,  // our private property: a write makes the server report the server time
+  VelTime,  // our own property: the PropertyNotify for a write contains the server time
   Count,
 };
 

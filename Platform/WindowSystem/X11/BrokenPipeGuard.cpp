@@ -23,8 +23,9 @@ BrokenPipeGuard::BrokenPipeGuard() {
   hasBlockedSignal_ = sigismember(&previousMask, SIGPIPE) == 0;
 }
 
-// A pending signal must be removed before the signal is unblocked. If the host had already blocked
-// the signal, a pending signal may be the host's, so it stays pending.
+// A pending SIGPIPE must be removed before the signal is unblocked, or it would end the process. If
+// the signal was blocked before this guard existed, a pending SIGPIPE may not come from XCB, so it
+// stays pending.
 BrokenPipeGuard::~BrokenPipeGuard() {
   if (hasBlockedSignal_) {
     const sigset_t signals = brokenPipeSignal();

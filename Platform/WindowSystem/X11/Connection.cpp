@@ -82,8 +82,8 @@ Connection::Connection(xcb_connection_t* connection, xcb_screen_t* screen)
 }
 
 // When a client disconnects, the server discards the requests that it has not read. Some of these
-// requests may restore the hints of adopted windows. So the destructor waits until the server has
-// read all requests.
+// requests may restore window hints that we have overridden. So the destructor waits until the
+// server has read all requests.
 Connection::~Connection() {
   const BrokenPipeGuard guard;
   waitForReply(xcb_get_input_focus_reply, xcb_get_input_focus(connection_), "GetInputFocus",

@@ -75,8 +75,8 @@ class Connection final : public NonCopyable {
   /// Requests the name of a monitor, which `isXwayland` needs. Only the first call has an effect.
   void requestMonitorName(xcb_atom_t name);
 
-  /// Returns the next event that has arrived, or null. Does not block. Passes errors to the request
-  /// log.
+  /// Returns the next event that has arrived, or null. Does not block. Remembers errors for
+  /// `logErrors`.
   Event nextEvent();
   /// Returns true if an event has arrived. Reads from the connection, but does not block.
   bool pollForEvent();
@@ -89,11 +89,13 @@ class Connection final : public NonCopyable {
   bool waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& isExpected,
                     Nanoseconds deadline);
 
-  /// Remembers a request that has just been sent, for the log. `request` must be a literal.
+  /// Remembers a request on `window` that has just been sent, so that the log can name the
+  /// request if it fails. `request` is the name and must be a string literal.
   void track(xcb_void_cookie_t cookie, const char* request, xcb_window_t window) {
     requestLog_.add(cookie.sequence, request, window);
   }
-  /// Blocks until the reply to a request comes. Returns null if the request fails.
+  /// Blocks until the reply to a request comes. Returns null if the request fails. `request` (a
+  /// string literal) and `window` describe the request in the log.
   template <class Reply, class Cookie>
   XcbPointer<Reply> waitForReply(Reply* (*wait)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
                                  Cookie cookie, const char* request, xcb_window_t window) {
@@ -133,8 +135,8 @@ class Connection final : public NonCopyable {
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;
   std::array<xcb_atom_t, kAtomNames.size()> atoms_{};
-  xcb_window_t serverTimeWindow_ =
-      XCB_WINDOW_NONE;        // `serverTime` writes a property of this window
+  // `serverTime` writes a property of this window.
+  xcb_window_t serverTimeWindow_ = XCB_WINDOW_NONE;
   std::deque<Event> events_;  // read, but not returned by `nextEvent` yet
   RequestLog requestLog_;
   std::optional<xcb_query_extension_cookie_t> pendingXwaylandExtension_;

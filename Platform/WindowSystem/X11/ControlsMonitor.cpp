@@ -17,8 +17,8 @@ void ControlsMonitor::handle(const xcb_generic_event_t& event) {
   }
   const auto notice = eventAs<xcb_property_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
-  // Before the first report for a style mask, the window manager may not have applied the mask yet.
-  // An early check would report the controls of the previous mask.
+  // `reportedKeptControls` has no value from a change of the style mask until the next report. In
+  // this time, the window manager may still offer the controls of the previous mask.
   if (window != nullptr && window->reportedKeptControls &&
       notice.atom == connection_.atom(Atom::NetWmAllowedActions)) {
     window->controlsDeadline = 0;  // 0: check at once
@@ -64,12 +64,12 @@ void ControlsMonitor::checkWindow(Window& window) {
   if (!offeredControls) {
     return;
   }
-  // After `WindowStyle::allowResizing`, our hints no longer remove the control for resizing. For
-  // some window managers, `readOfferedControls` still assumes that they do.
+  // For some window managers, `readOfferedControls` leaves out all controls that hints can remove.
+  // But after `WindowStyle::allowResizing`, our hints do not remove the control for resizing.
   if (window.style->isResizingAllowed()) {
     *offeredControls |= NSWindowStyleMaskResizable;
   }
-  // The style mask removes these controls, but the window manager still offers them.
+  // The style mask excludes these controls, but the window manager still offers them.
   const NSWindowStyleMask keptControls = *offeredControls & window.style->removedControls();
   if (window.reportedKeptControls != keptControls) {
     window.reportedKeptControls = keptControls;

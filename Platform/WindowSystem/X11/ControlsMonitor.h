@@ -7,8 +7,8 @@
 
 namespace vel::x11 {
 
-/// Reports the controls (close, miniaturise, resize) that the window manager still offers although
-/// a window's style mask excludes them.
+/// Reports the kept controls: the controls (close, miniaturise, resize) that the window manager
+/// still offers although a window's style mask excludes them.
 class ControlsMonitor final : public NonCopyable {
  public:
   ControlsMonitor(Connection& connection, WindowManager& windowManager, WindowTable& windows,
@@ -17,14 +17,14 @@ class ControlsMonitor final : public NonCopyable {
   /// Processes an event that may announce a change of the offered controls.
   void handle(const xcb_generic_event_t& event);
   /// Call this when the window manager has ended, or another window manager has started. Schedules
-  /// a check of each window for which controls have been reported.
+  /// a check of each window whose kept controls have been reported since its style mask was set.
   void windowManagerChanged();
   /// Call this after the window's style mask has been set. Schedules a check, which reports the
-  /// controls even if they have not changed.
+  /// kept controls even if they have not changed.
   static void styleMaskChanged(Window& window);
   /// Call this after the window's hints have changed. Schedules a check after
   /// `kWindowManagerDelay`, when the window manager has had time to act. The check reports the
-  /// controls only if they have changed.
+  /// kept controls only if they have changed.
   static void scheduleCheck(Window& window);
 
   /// The time at which `check` has work to do; `kNever` if it has none.

@@ -12,7 +12,7 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. A change of scene destroys fewer windows than this limit.
+// Limits `recentlyDestroyedWindows_`. A change of scene destroys fewer windows than this limit.
 constexpr std::size_t kMaxRecentlyDestroyedWindows = 8;
 
 constexpr std::uint32_t kPointerEvents =
@@ -61,7 +61,7 @@ bool areViewable(Connection& connection, const std::vector<xcb_window_t>& window
   return areAllViewable;
 }
 
-unsigned spokeAt(Nanoseconds now) {
+unsigned darkestSpokeAt(Nanoseconds now) {
   return static_cast<unsigned>(now / Spinner::kFrameInterval % Spinner::kSpokes);
 }
 
@@ -121,7 +121,8 @@ void Cover::show(const Scene& scene, PixelRect frame) {
   }
   if (usesOverlay_) {
     overlay_->show();
-    // The first pane is opened last: the owner could draw over the pane until the overlay hides it.
+    // The first pane is opened last, when the overlay hides it. If the pane were visible, the owner
+    // could draw over it.
     if (!panes_.front().child.isOpen()) {
       openPane(panes_.front());
     }
@@ -172,26 +173,25 @@ Cover::Pane Cover::describePane(const Scene& scene, std::size_t index, PixelRect
 // selected SubstructureRedirect on the parent.
 void Cover::openPane(Pane& pane) {
   const xcb_visualid_t visual = pane.isInOverlay ? overlay_->visual() : visual_;
-  const bool isIndicator = pane.item.kind == SceneItem::Kind::Spinner;
-  const auto pictureFormat = isIndicator ? render_.formatOf(visual) : std::nullopt;
-  if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isIndicator && !pictureFormat)) {
-    return;  // the item has no pixels, or indicators cannot be drawn
+  const bool isSpinner = pane.item.kind == SceneItem::Kind::Spinner;
+  const auto pictureFormat = isSpinner ? render_.formatOf(visual) : std::nullopt;
+  if (pane.frame.width <= 0 || pane.frame.height <= 0 || (isSpinner && !pictureFormat)) {
+    return;  // the item has no pixels, or spinners cannot be drawn
   }
   pane.child = {.window = connection_.makeId()};
   mapDeadline_ = std::min(mapDeadline_, steadyNow() + kMaximumMapTime);
   const xcb_window_t window = pane.child.window;
-  // When the parent grows, the server keeps an indicator in the centre until we move the indicator.
-  createWindow(
-      connection_,
-      {.id = window,
-       .parent = pane.isInOverlay ? overlay_->window() : window_,
-       .frame = pane.frame},
-      XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK |
-          XCB_CW_DONT_PROPAGATE,
-      {pixelFormatOf(pane).pixel(pane.background),
-       static_cast<std::uint32_t>(isIndicator ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST), 1,
-       kPointerEvents, kDoNotPropagate});
-  if (isIndicator) {
+  // When the parent grows, the server keeps a spinner in the centre until we move the spinner.
+  createWindow(connection_,
+               {.id = window,
+                .parent = pane.isInOverlay ? overlay_->window() : window_,
+                .frame = pane.frame},
+               XCB_CW_BACK_PIXEL | XCB_CW_WIN_GRAVITY | XCB_CW_OVERRIDE_REDIRECT |
+                   XCB_CW_EVENT_MASK | XCB_CW_DONT_PROPAGATE,
+               {pixelFormatOf(pane).pixel(pane.background),
+                static_cast<std::uint32_t>(isSpinner ? XCB_GRAVITY_CENTER : XCB_GRAVITY_NORTH_WEST),
+                1, kPointerEvents, kDoNotPropagate});
+  if (isSpinner) {
     pane.spinner = std::make_unique<Spinner>(connection_, render_, *pictureFormat, window,
                                              pane.isInOverlay ? overlay_->depth() : depth_,
                                              pane.frame.width, pane.background);
@@ -201,7 +201,7 @@ void Cover::openPane(Pane& pane) {
 }
 
 void Cover::updatePane(Pane& pane, Pane&& newPane) {
-  // If the new frame is empty, this function destroys the window, and `openPane` creates no other.
+  // If the new frame is empty, `closePane` destroys the window, and `openPane` creates no window.
   const bool needsNewWindow = !pane.child.isOpen() || pane.isInOverlay != newPane.isInOverlay ||
                               pane.item.kind != newPane.item.kind || newPane.frame.width <= 0 ||
                               newPane.frame.height <= 0;
@@ -223,7 +223,7 @@ void Cover::updatePane(Pane& pane, Pane&& newPane) {
       overlay_->setBackground(newPane.background);
     }
   }
-  // The server may have moved an indicator when the window was resized.
+  // The server may have moved a spinner when the window was resized.
   if (pane.frame != newPane.frame || pane.spinner != nullptr) {
     moveResizeWindow(connection_, pane.child.window, newPane.frame);
   }
@@ -302,8 +302,8 @@ void Cover::windowDestroyed() {
     overlay_->close();
   }
   connection_.markDestroyed(std::exchange(shield_, {}).window);
-  // The server may have destroyed these windows with their parent before it received our
-  // DestroyWindow requests.
+  // Our DestroyWindow requests for these windows may fail: the server may already have destroyed
+  // the windows with their parent.
   for (const xcb_window_t window : std::exchange(recentlyDestroyedWindows_, {})) {
     connection_.markDestroyed(window);
   }
@@ -373,7 +373,7 @@ void Cover::handle(const xcb_generic_event_t& event) {
 }
 
 // When the overlay changes between the covered window's size and the maximum size, the server moves
-// each indicator away from the centre of the covered window.
+// each spinner away from the centre of the covered window.
 void Cover::movePanesInOverlay() {
   for (const Pane& pane : panes_) {
     if (pane.isInOverlay && pane.child.isOpen() && overlay_->isOpen()) {
@@ -512,7 +512,7 @@ bool Cover::isAnimated() const {
 void Cover::animate(Nanoseconds now) {
   for (const Pane& pane : panes_) {
     if (pane.spinner != nullptr && pane.item.isAnimated) {
-      pane.spinner->draw(spokeAt(now));
+      pane.spinner->draw(darkestSpokeAt(now));
     }
   }
 }

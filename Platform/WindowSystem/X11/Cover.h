@@ -15,17 +15,20 @@
 
 namespace vel::x11 {
 
-/// The windows that hide the content of one window of the back end. The cover creates one child of
-/// that window for each item of the scene. Each of these children takes the pointer input in its
-/// area. While another window is modal, one more child, the invisible shield, takes all pointer
-/// input of the window. The cover keeps its children above the window's other children. The picture
-/// of an item is the background of the item's child, so the server shows the picture as soon as it
-/// maps the child. For an item that fills the window, the cover makes the child larger than the
-/// window, so a growing window shows no gap.
+/// The windows that hide the content of one window and show a scene. The cover creates one child of
+/// the window for each item of the scene: a fill or a spinner. The child takes the pointer input in
+/// its area. The picture of the item is the child's background, so the server shows the picture as
+/// soon as it maps the child. For an item that fills the window, the cover makes the child larger
+/// than the window, so a growing window shows no gap.
 ///
-/// The owner of an adopted window can draw over the window's children. So if the first item of the
-/// scene fills an adopted window, the cover also opens an overlay above the window. The overlay
-/// repeats the first item and contains the child windows of the other items.
+/// While another window is modal, the cover has one more child, the invisible shield. The shield
+/// takes all pointer input of the window. The cover keeps its children above the window's other
+/// children.
+///
+/// An adopted window is owned by another program or by the host. The owner can draw over the
+/// window's children. So if the first item of the scene fills an adopted window, the cover also
+/// opens an overlay above the window. The overlay repeats the first item and contains the child
+/// windows of the other items.
 ///
 /// The owner can unmap or destroy the children of its window. `repair` maps or creates them again.
 ///
@@ -47,7 +50,7 @@ class Cover final : public NonCopyable {
   void openShield();
   /// Destroys the shield. Does nothing if there is no shield.
   void closeShield();
-  /// Call this when the window has been destroyed. The cover's children are then destroyed too.
+  /// Call this when the window has been destroyed: the server has then also destroyed its children.
   void windowDestroyed();
 
   /// Returns true if the server has mapped the children of the window that show the scene. Does not
@@ -58,7 +61,7 @@ class Cover final : public NonCopyable {
   /// trip.
   [[nodiscard]] bool isViewable() const;
   /// The time by which the server should have mapped the children that show the scene. `kNever` if
-  /// all these children are mapped, or if the scene is empty.
+  /// all these children are mapped, if the scene is empty, or if `logMissedMapDeadline` has logged.
   [[nodiscard]] Nanoseconds mapDeadline() const;
   /// If `mapDeadline` has passed, logs once that the cover is not on the screen.
   void logMissedMapDeadline(Nanoseconds now);
@@ -67,15 +70,15 @@ class Cover final : public NonCopyable {
   /// Processes an event about the window or the cover. Raises the cover if another child of the
   /// window may be above the cover after the event.
   void handle(const xcb_generic_event_t& event);
-  /// Maps the windows of the cover that another client has unmapped. Creates again the windows that
+  /// Maps the windows of the cover that another client has unmapped. Recreates the windows that
   /// another client has destroyed.
   void repair();
   /// Puts the cover above all other children of the window, and the overlay above the window.
   void raise();
 
-  /// Returns true if an indicator of the cover turns.
+  /// Returns true if a spinner of the cover is animated.
   [[nodiscard]] bool isAnimated() const;
-  /// Turns the indicators to their position at the time `now`.
+  /// Draws the animated spinners as they look at the time `now`.
   void animate(Nanoseconds now);
 
  private:
@@ -91,12 +94,13 @@ class Cover final : public NonCopyable {
   };
   /// The window for one item of the scene.
   struct Pane {
-    Child child;               // not open if the item cannot be drawn
-    bool isInOverlay = false;  // true for a child of the overlay; its state is not tracked
+    Child child;  // not open if the item cannot be drawn
+    // True for a child of the overlay. The cover then ignores `child.state`.
+    bool isInOverlay = false;
     SceneItem item;
     PixelRect frame;
     CGColor background;
-    std::unique_ptr<Spinner> spinner;  // null unless the item is an indicator
+    std::unique_ptr<Spinner> spinner;  // null unless the item is a spinner
   };
 
   [[nodiscard]] PixelFormat pixelFormatOf(const Pane& pane) const;
