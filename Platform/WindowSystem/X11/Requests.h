@@ -1,5 +1,5 @@
-// Functions that send requests of the core protocol. If a request fails, the log names the request
-// and the window.
+// Sends requests of the X11 core protocol. If a request fails, the log names the request and the
+// window.
 #pragma once
 
 #include <xcb/xproto.h>
@@ -17,9 +17,9 @@
 
 namespace vel::x11 {
 
-/// Create an object of this class before sending requests. The destructor flushes the connection:
-/// without a flush, XCB could keep the requests in its buffer. While the object exists, SIGPIPE is
-/// blocked on the calling thread.
+/// The destructor flushes the connection: without a flush, XCB could keep requests in its buffer.
+/// While an object of this class exists, SIGPIPE is blocked on the calling thread. Create the
+/// object before sending requests.
 class RequestBatch final : public NonCopyable {
  public:
   explicit RequestBatch(Connection& connection) : connection_(connection) {}
@@ -45,7 +45,7 @@ class ServerGrab final : public NonCopyable {
 /// The maximum width and height of a window.
 inline constexpr int kMaxWindowSize = 32767;
 
-/// The source indication of a normal application in messages to the window manager.
+/// The source indication that EWMH defines for messages from a normal application.
 inline constexpr std::uint32_t kSourceApplication = 1;
 
 /// The parameters of CreateWindow. By default, the new window has the visual and the depth of its
@@ -59,7 +59,8 @@ struct NewWindow {
   xcb_visualid_t visual = XCB_COPY_FROM_PARENT;
 };
 
-/// `valueMask` consists of XCB_CW_… bits; `values` has one value for each bit, lowest bit first.
+/// In `createWindow` and `changeWindowAttributes`, `valueMask` consists of XCB_CW_… bits, and
+/// `values` has one value for each bit, lowest bit first.
 void createWindow(Connection& connection, const NewWindow& window, std::uint32_t valueMask,
                   std::initializer_list<std::uint32_t> values);
 void changeWindowAttributes(Connection& connection, xcb_window_t window, std::uint32_t valueMask,
@@ -88,12 +89,12 @@ void sendToWindowManager(Connection& connection, xcb_window_t window, Atom messa
 /// Sends the UnmapNotify that ICCCM requires when a client withdraws its window.
 void sendUnmapNotify(Connection& connection, xcb_window_t window);
 
-/// These two functions block for a round trip. They return null if the request fails.
+/// `queryTree` and `queryInputFocus` block for a round trip. They return null if the request fails.
 XcbPointer<xcb_query_tree_reply_t> queryTree(Connection& connection, xcb_window_t window);
 XcbPointer<xcb_get_input_focus_reply_t> queryInputFocus(Connection& connection);
 
-/// Returns the children, back to front; empty if `tree` is null. The span is valid as long as
-/// `tree`.
+/// Returns the children of the window that was passed to `queryTree`, back to front; empty if
+/// `tree` is null. The span is valid as long as `tree`.
 [[nodiscard]] std::span<const xcb_window_t> childrenOf(
     const XcbPointer<xcb_query_tree_reply_t>& tree);
 

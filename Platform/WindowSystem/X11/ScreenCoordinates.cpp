@@ -73,6 +73,7 @@ void ScreenCoordinates::readReplies() {
   }
 }
 
+// The origin of points is on the primary monitor, or on the first monitor if no monitor is primary.
 void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* monitors) {
   originMonitor_ = {0, 0, connection_.screen().width_in_pixels,
                     connection_.screen().height_in_pixels};
@@ -97,15 +98,15 @@ void ScreenCoordinates::readOriginMonitor(const xcb_randr_get_monitors_reply_t* 
 }
 
 bool ScreenCoordinates::handle(const xcb_generic_event_t& event) {
-  // If a user changes only the list of monitors, for example with xrandr --setmonitor, the only
-  // event is a ConfigureNotify of the root window with an unchanged size.
-  const bool isRootConfigure =
+  // `xrandr --setmonitor` causes no RRScreenChangeNotify. It causes a ConfigureNotify of the root
+  // window with an unchanged size.
+  const bool isRootConfigureNotify =
       typeOf(event) == XCB_CONFIGURE_NOTIFY &&
       eventAs<xcb_configure_notify_event_t>(event).window == connection_.root();
-  if (typeOf(event) != screenChangeEvent_ && !isRootConfigure) {
+  if (typeOf(event) != screenChangeEvent_ && !isRootConfigureNotify) {
     return false;
   }
-  readReplies();  // sets `originMonitor_` if no conversion has read the replies yet
+  readReplies();  // the replies to the constructor's requests may be unread
   const PixelRect previousMonitor = originMonitor_;
   requestMonitors();
   readReplies();

@@ -17,9 +17,9 @@ namespace vel::x11 {
 [[nodiscard]] double scaleFromResources(std::string_view resources);
 
 /// Converts between points and pixels. One scale applies to the whole screen: Xft.dpi divided by
-/// 96, requested once, in the constructor. The origin of points is the lower left corner of the
-/// primary monitor, or of the first monitor if no monitor is primary. When the monitors change, the
-/// origin changes too.
+/// 96. Later changes of Xft.dpi have no effect. On the screen, the origin of points is the lower
+/// left corner of the primary monitor, or of the first monitor if no monitor is primary. When the
+/// monitors change, the origin may change too.
 ///
 /// The constructor requests Xft.dpi and the monitors from the X server. The first conversion reads
 /// the replies.
@@ -27,12 +27,12 @@ class ScreenCoordinates {
  public:
   explicit ScreenCoordinates(Connection& connection);
 
-  /// Both functions convert a rectangle on the screen. The origin of pixels is the upper left
-  /// corner of the root window.
+  /// `points` and `pixels` convert a rectangle on the screen. The origin of pixels is the upper
+  /// left corner of the root window.
   [[nodiscard]] CGRect points(PixelRect pixels);
   [[nodiscard]] PixelRect pixels(CGRect points);
-  /// Converts a rectangle in the content of a window. The origin of points is the lower left corner
-  /// of the content, and the origin of pixels is its upper left corner. `contentHeight` is in
+  /// Converts a rectangle in the content of a window. Both origins are corners of the content: the
+  /// lower left corner for points, and the upper left corner for pixels. `contentHeight` is in
   /// pixels.
   [[nodiscard]] PixelRect contentPixels(CGRect points, int contentHeight);
 
@@ -48,8 +48,8 @@ class ScreenCoordinates {
   std::optional<xcb_get_property_cookie_t> pendingResources_;
   std::optional<xcb_randr_get_monitors_cookie_t> pendingMonitors_;
   double scale_ = 1;
-  PixelRect originMonitor_;
-  int screenChangeEvent_ = -1;  // the number of RRScreenChangeNotify; -1 if the server has no RandR
+  PixelRect originMonitor_;     // the monitor that has the origin of points
+  int screenChangeEvent_ = -1;  // the type of RRScreenChangeNotify; -1 if the server has no RandR
 };
 
 }  // namespace vel::x11

@@ -9,16 +9,16 @@ namespace vel::x11 {
 
 namespace {
 
-// The shape of the indicator, in fractions of its side.
+// The dimensions of the spokes, in fractions of the side of the picture.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
 constexpr double kSpokeWidth = 0.09;
 constexpr double kTipWidth = 0.05;
 constexpr double kTipLength = 0.02;
 
-// The spokes are black. Their opacity makes the shades.
-constexpr double kDarkest = 0.72;
-constexpr double kLightest = 0.14;
+// All spokes are black. Each spoke has a different opacity.
+constexpr double kMaxOpacity = 0.72;
+constexpr double kMinOpacity = 0.14;
 
 xcb_render_fixed_t toFixed(double value) {
   return static_cast<xcb_render_fixed_t>(std::lround(value * 65536));
@@ -48,7 +48,7 @@ Spinner::Spinner(Connection& connection, const RenderExtension& render,
       "RenderCreatePicture", window_);
   for (unsigned i = 0; i < kSpokes; ++i) {
     shades_.at(i) = connection_.makeId();
-    const double opacity = kDarkest + (kLightest - kDarkest) * i / (kSpokes - 1);
+    const double opacity = kMaxOpacity + (kMinOpacity - kMaxOpacity) * i / (kSpokes - 1);
     connection_.track(xcb_render_create_solid_fill(connection_.get(), shades_.at(i),
                                                    {0, 0, 0, toComponent(opacity)}),
                       "RenderCreateSolidFill", window_);
@@ -80,7 +80,7 @@ void Spinner::draw(unsigned position) {
   clearWindow(connection_, window_);
 }
 
-// Draws a bar with tapered tips, as one strip of triangles from the centre outwards.
+// Draws the spoke, a bar with tapered tips, as one triangle strip from the centre outwards.
 void Spinner::drawSpoke(unsigned spoke, xcb_render_picture_t shade) {
   const double angle = 2 * std::numbers::pi * spoke / kSpokes;
   const double outwardsX = std::sin(angle);

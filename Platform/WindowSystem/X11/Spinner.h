@@ -12,22 +12,23 @@
 
 namespace vel::x11 {
 
-/// The picture of an indicator: twelve spokes with different shades. The caller animates the
-/// indicator by calling `draw` with the next position after each `kFrameInterval`. The darkest
-/// spoke then goes round once per second. The picture is the background of the window, so the
-/// server repaints the picture after an exposure.
+/// Draws a spinner in a window: twelve spokes with different shades. The caller animates the
+/// spinner by calling `draw` after each `kFrameInterval` with the next position of the darkest
+/// spoke. The darkest spoke then goes round once per second. The picture is the background of the
+/// window, so the server repaints the picture after an exposure.
 class Spinner final : public NonCopyable {
  public:
   static constexpr unsigned kSpokes = 12;
   /// The time between two positions of the darkest spoke.
   static constexpr Nanoseconds kFrameInterval = kNanosecondsPerSecond / kSpokes;
 
-  /// `format` and `depth` are those of `window`, which is a square of `side` pixels.
+  /// `window` is a square of `side` pixels. `format` and `depth` are the window's picture format
+  /// and depth.
   Spinner(Connection& connection, const RenderExtension& render, xcb_render_pictformat_t format,
           xcb_window_t window, std::uint8_t depth, int side, CGColor background);
   ~Spinner();
 
-  /// Draws the indicator with the darkest spoke at `position`: 0 is at the top, 3 on the right.
+  /// Draws the spinner with the darkest spoke at `position`: 0 is at the top, 3 on the right.
   void draw(unsigned position);
 
  private:

@@ -21,14 +21,13 @@ void StackingOrder::handle(const xcb_generic_event_t& event) {
     deadline_ = 0;
     return;
   }
-  // Ignores ConfigureNotify events that the window manager has sent: only the server's events
-  // contain the sibling.
+  // The server's ConfigureNotify events contain the sibling that is directly below the window. The
+  // window manager's ConfigureNotify events do not contain a sibling.
   if (typeOf(event) != XCB_CONFIGURE_NOTIFY || isSentByClient(event)) {
     return;
   }
   const auto notice = eventAs<xcb_configure_notify_event_t>(event);
   Window* const window = windows_.find(notice.window);
-  // The window is directly above the sibling `above_sibling`.
   if (window != nullptr &&
       std::exchange(window->siblingBelow, notice.above_sibling) != notice.above_sibling) {
     deadline_ = 0;
@@ -62,6 +61,7 @@ void StackingOrder::check(Nanoseconds now) {
     return;
   }
   std::vector<WindowHandle> order = readOrder();
+  // A window that has left the screen does not change the order of the remaining windows.
   std::erase_if(reportedOrder_, [&order](WindowHandle window) {
     return std::ranges::find(order, window) == order.end();
   });

@@ -23,12 +23,12 @@ class StackingOrder final : public NonCopyable {
   /// Records that the delegate assumes that this window is in front. Schedules a check, because the
   /// window manager may decide otherwise.
   void assumeInFront(WindowHandle window);
-  /// Schedules a check after `kWindowManagerDelay`, when the window manager has had time to act.
+  /// Schedules a check after `kWindowManagerDelay`, which gives the window manager time to act.
   void scheduleCheck();
-  /// The time at which `check` has work to do; `kNever` if it has none.
+  /// The time of the scheduled check; `kNever` if no check is scheduled.
   [[nodiscard]] Nanoseconds deadline() const { return deadline_; }
-  /// If the deadline has passed, reads the order and reports a change. Reading the order blocks for
-  /// a round trip.
+  /// If the deadline has passed, reads the order and reports it if it has changed. Reading the
+  /// order blocks for a round trip.
   void check(Nanoseconds now);
 
  private:
@@ -41,7 +41,8 @@ class StackingOrder final : public NonCopyable {
   WindowTable& windows_;
   ReportQueue& reports_;
   Nanoseconds deadline_ = kNever;
-  std::vector<WindowHandle> reportedOrder_;  // front to back; the delegate assumes this order
+  // Front to back: the last reported order, with the changes that `assumeInFront` has recorded.
+  std::vector<WindowHandle> reportedOrder_;
 };
 
 }  // namespace vel::x11

@@ -50,9 +50,9 @@ void StateRequestRelay::allowResizing(Window& window) {
   ControlsMonitor::scheduleCheck(window);
 }
 
-// While our hints remove the functions for resizing and maximising (`preventsResizing`), the window
-// is neither maximised nor fullscreen. So the owner's first request to toggle a state adds the
-// state, and a second request revokes the first.
+// If `preventsResizing` is true, the window is neither maximised nor fullscreen. So the owner's
+// first request to toggle a state adds the state, and the second request to toggle it revokes the
+// first.
 void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   const Window* const window = windows_.find(message.window);
   if (window == nullptr || !window->style->preventsResizing() || !isOwnersStateRequest(message)) {
@@ -72,9 +72,9 @@ void StateRequestRelay::handle(const xcb_client_message_event_t& message) {
   }
 }
 
-// The requests that we send also come back as events. `preventsResizing` is then false, so we
-// ignore the events. If the window manager has already accepted the owner's request, our request
-// has no effect: it adds states and never toggles them.
+// The requests that we send also arrive in `handle`. `handle` ignores them, because
+// `preventsResizing` is then false. Our requests add states and never toggle them. So they have no
+// effect if the window manager has already accepted the owner's request.
 void StateRequestRelay::repeatRequests() {
   for (auto& [id, states] : std::exchange(requestedStates_, {})) {
     Window* const window = windows_.find(id);
@@ -86,7 +86,8 @@ void StateRequestRelay::repeatRequests() {
     if (std::erase(states, fullscreen) > 0) {
       requestStates(id, fullscreen, XCB_ATOM_NONE);
     }
-    // One message requests both remaining states, so that the window is maximised in one step.
+    // One message requests horizontal and vertical maximising, so that the window is maximised in
+    // one step.
     states.resize(2, XCB_ATOM_NONE);
     if (states[0] != XCB_ATOM_NONE) {
       requestStates(id, states[0], states[1]);

@@ -9,14 +9,16 @@
 
 namespace vel::x11 {
 
-/// Lets the owner of an adopted window maximise the window or make it fullscreen while the window's
-/// hints are overridden. The value that we write into _MOTIF_WM_HINTS may exclude the functions for
-/// resizing and maximising. Without these functions, most window managers refuse to maximise the
-/// window, and some give the window a wrong size when its fullscreen state ends. An owner sends its
-/// request, a _NET_WM_STATE message, through the root window, so this class receives a copy. This
-/// class then restores the two functions and sends the request again. So the window manager
-/// receives the new hints before the second request. The owner may revoke its request in the next
-/// message, so this class first reads all messages that have arrived.
+/// Lets the owner of an adopted window maximise the window or make it fullscreen while we override
+/// the window's hints. Our value of _MOTIF_WM_HINTS may remove two functions: resizing and
+/// maximising. Without these functions, most window managers refuse to maximise the window, and
+/// some give the window a wrong size when its fullscreen state ends.
+///
+/// An owner requests a state with a _NET_WM_STATE message to the root window. This class selects
+/// SubstructureNotify on the root window, so we receive the message too. The owner may revoke the
+/// request in a later message, so this class waits until all events that have arrived have been
+/// processed. Then this class restores the two functions and repeats the request. So the window
+/// manager receives the new hints before the repeated request.
 ///
 /// Some window managers also end the maximised or fullscreen state of a window that loses these
 /// functions. So we do not remove the functions from a window that already has such a state.
@@ -32,12 +34,12 @@ class StateRequestRelay final : public NonCopyable {
   /// that may restore hints. Receiving requests is expensive: the server then also sends events
   /// about every top-level window.
   void stopIfUnused();
-  /// Restores the functions of the windows that have become maximised or fullscreen. Call this
+  /// Restores the two functions of each window that has become maximised or fullscreen. Call this
   /// after `WindowMonitor::updateChangedWindows`.
   void allowResizingOfMaximizedAndFullscreenWindows();
   /// Processes a ClientMessage event.
   void handle(const xcb_client_message_event_t& message);
-  /// Sends the requests again that the owners have not revoked. Call this when all events that have
+  /// Repeats the requests that the owners have not revoked. Call this when all events that have
   /// arrived have been processed.
   void repeatRequests();
 
@@ -50,7 +52,8 @@ class StateRequestRelay final : public NonCopyable {
   Connection& connection_;
   WindowManager& windowManager_;
   WindowTable& windows_;
-  // For each window, the states that the owner has requested since the last `repeatRequests`.
+  // For each window, the states that the owner has requested, and not revoked, since the last
+  // `repeatRequests`.
   std::map<xcb_window_t, std::vector<xcb_atom_t>> requestedStates_;
 };
 

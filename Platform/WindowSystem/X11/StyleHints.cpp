@@ -9,15 +9,16 @@ namespace vel::x11 {
 
 namespace {
 
-// The first elements of _MOTIF_WM_HINTS. The last two elements, input mode and status, are not
-// used.
+// The indices of the elements of _MOTIF_WM_HINTS. The last two elements, input mode and status, are
+// not used.
 enum MotifElement : std::size_t { kMotifFlags, kMotifFunctions, kMotifDecorations };
 constexpr std::size_t kMotifElementCount = 5;
 
 enum MotifFlag : std::uint32_t { kHasFunctions = 1, kHasDecorations = 2 };
 
-// This bit inverts a set of functions or decorations: the window has all but those in the set.
-constexpr std::uint32_t kAll = 1;
+// If a set of functions or decorations contains this bit, the window has all functions or
+// decorations except those in the set.
+constexpr std::uint32_t kAllExcept = 1;
 
 enum MotifFunction : std::uint32_t {
   kFunctionResize = 2,
@@ -38,12 +39,12 @@ enum MotifDecoration : std::uint32_t {
   kEveryDecoration = 126,
 };
 
-/// The functions and decorations of a control in _MOTIF_WM_HINTS.
+// How _MOTIF_WM_HINTS expresses a control of a window.
 struct MotifControl {
   NSWindowStyleMask styleBit;
-  std::uint32_t function;  // a window that has this function has the control
-  std::uint32_t removedFunctions;
-  std::uint32_t removedDecorations;
+  std::uint32_t function;            // a window that has this function has the control
+  std::uint32_t removedFunctions;    // removing the control removes these functions
+  std::uint32_t removedDecorations;  // removing the control removes these decorations
 };
 constexpr std::array<MotifControl, 3> kMotifControls{{
     {NSWindowStyleMaskResizable, kFunctionResize,
@@ -63,9 +64,9 @@ constexpr std::size_t kMaxHeight = elementAt(offsetof(xcb_size_hints_t, max_heig
 constexpr std::size_t kWinGravity = elementAt(offsetof(xcb_size_hints_t, win_gravity));
 constexpr std::size_t kNormalElementCount = XCB_ICCCM_NUM_WM_SIZE_HINTS_ELEMENTS;
 
-// Returns a set with the same meaning as `set` that does not contain `kAll`.
+// Returns a set with the same meaning as `set` that does not contain `kAllExcept`.
 std::uint32_t resolveInversion(std::uint32_t set, std::uint32_t allBits) {
-  return (set & kAll) != 0 ? allBits & ~set : set;
+  return (set & kAllExcept) != 0 ? allBits & ~set : set;
 }
 
 std::uint32_t functionsOf(const std::vector<std::uint32_t>& motif) {
@@ -122,10 +123,10 @@ HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask, xcb
 Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType) {
   auto elements = elementsOf(motif, kMotifElementCount);
   if ((elements[kMotifFlags] & kHasFunctions) == 0) {
-    elements[kMotifFunctions] = kAll;
+    elements[kMotifFunctions] = kAllExcept;  // every function
   }
   if ((elements[kMotifFlags] & kHasDecorations) == 0) {
-    elements[kMotifDecorations] = kAll;
+    elements[kMotifDecorations] = kAllExcept;  // every decoration
   }
   elements[kMotifFlags] |= kHasFunctions | kHasDecorations;
   return Property::ofNumbers(motif ? motif->type : newType, elements);
@@ -161,7 +162,7 @@ StyleHints hintsForCreatedWindow(NSWindowStyleMask styleMask, WindowKind kind, P
   normal[kNormalFlags] = XCB_ICCCM_SIZE_HINT_US_POSITION | XCB_ICCCM_SIZE_HINT_US_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_POSITION | XCB_ICCCM_SIZE_HINT_P_SIZE |
                          XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY;
-  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions refer to the content, not to a frame
+  normal[kWinGravity] = XCB_GRAVITY_STATIC;  // positions are those of the content
   if ((styleMask & NSWindowStyleMaskResizable) == 0) {
     fixSize(normal, frame);
   }

@@ -1,4 +1,4 @@
-// Converts between a style mask and the properties in which window managers read it.
+// Converts between a style mask and the window properties that express the mask.
 #pragma once
 
 #include "Platform/WindowSystem/WindowSystem.h"
@@ -7,14 +7,13 @@
 
 namespace vel::x11 {
 
-/// The bits of a style mask that are controls.
+/// The bits of a style mask that give a window its controls.
 inline constexpr NSWindowStyleMask kControls =
     NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable;
 /// The bits of a style mask that hints can express.
 inline constexpr NSWindowStyleMask kStyleInHints = kControls | NSWindowStyleMaskTitled;
 
-/// How many elements at the start of _MOTIF_WM_HINTS are sets of bits: flags, functions and
-/// decorations.
+/// The first three elements of _MOTIF_WM_HINTS are sets of bits: flags, functions and decorations.
 inline constexpr std::size_t kMotifBitSetCount = 3;
 
 /// The properties of a window that express its style mask.
@@ -28,9 +27,9 @@ struct StyleHints {
 /// controls.
 [[nodiscard]] NSWindowStyleMask styleMaskOf(const StyleHints& hints);
 
-/// Returns `motif` without the controls whose bits are 0 in `styleMask`, and without any
-/// decorations if the bit of the title is 0. Adds no control. Returns `motif` unchanged if nothing
-/// needs to be removed. `newType` is the type of the property if `motif` has no value.
+/// Returns `motif` without the controls that `styleMask` does not contain. If `styleMask` does not
+/// contain the title, the result has no decorations. Adds no control. Returns `motif` unchanged if
+/// nothing needs to be removed. `newType` is the type of the result if `motif` has no value.
 [[nodiscard]] HintValue restrictMotif(const HintValue& motif, NSWindowStyleMask styleMask,
                                       xcb_atom_t newType);
 
@@ -38,7 +37,7 @@ struct StyleHints {
 /// of functions and a set of decorations. In the result, a set that `motif` does not contain allows
 /// everything. `WindowStyle::restore` writes the result before the owner's value: when a value does
 /// not contain a set, some window managers continue to apply the set of the previous value.
-/// `newType` is the type of the property if `motif` has no value.
+/// `newType` is the type of the result if `motif` has no value.
 [[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that both the user and the program have set

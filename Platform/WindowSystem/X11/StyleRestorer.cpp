@@ -10,10 +10,10 @@ namespace vel::x11 {
 
 namespace {
 
-// Returns true if we overrode the hints less than `kWindowManagerDelay` before `begin`. The window
-// manager's events may then be reactions to the override: they do not show that the window manager
-// has read the restored hints. Call this only for a window without a probe: the deadline is then
-// `kWindowManagerDelay` after `begin`.
+// Returns true if the call of `begin` came less than `kWindowManagerDelay` after we overrode the
+// hints. The window manager's events may then be reactions to the override. They do not show that
+// the window manager has read the restored hints. Call this only if `restorationProbe` is
+// XCB_WINDOW_NONE: `begin` then sets the deadline to `kWindowManagerDelay` after the call.
 bool isOverrideRecent(const Window& window) {
   const Nanoseconds beginTime = window.restorationDeadline - kWindowManagerDelay;
   return window.style->overrideTime() + kWindowManagerDelay > beginTime;
@@ -43,6 +43,7 @@ void StyleRestorer::startWaiting(Window& window) {
     window.restorationDeadline = steadyNow() + kWindowManagerDelay;
     return;
   }
+  // The window manager replies by setting a property of the probe.
   window.restorationProbe = connection_.makeId();
   createWindow(connection_,
                {.id = window.restorationProbe, .parent = connection_.root(), .frame = {0, 0, 1, 1}},

@@ -6,17 +6,17 @@
 
 namespace vel::x11 {
 
-/// Restores the _MOTIF_WM_HINTS of an adopted window if the owner's value does not contain both a
-/// set of functions and a set of decorations, or if the owner has not set the property. In both
-/// cases, some window managers continue to apply the functions of our value. So restoring takes two
-/// steps. In the first step, `WindowStyle::restore` writes a value that contains both sets. In
-/// the second step, this class writes the owner's value when the window manager has read the first
-/// value, or when a time limit has passed. Without a window manager, this class writes the owner's
-/// value immediately.
+/// Takes the second step of restoring the _MOTIF_WM_HINTS of an adopted window. The second step is
+/// needed if the owner's value does not contain both a set of functions and a set of decorations,
+/// or if the owner has not set the property. When a value does not contain a set, some window
+/// managers continue to apply the set of the previous value. So in the first step,
+/// `WindowStyle::restore` writes a value with both sets. In the second step, this class writes the
+/// owner's value. The second step waits until the window manager has read the value with both sets,
+/// or until a time limit has passed. Without a window manager, the second step follows immediately.
 ///
-/// A window manager processes events in order. So after writing the value, this class asks the
-/// window manager to write _NET_FRAME_EXTENTS on a new window, the probe. When the probe has the
-/// property, the window manager has read the value.
+/// A window manager processes events in order. So after the first step, this class asks the window
+/// manager to write _NET_FRAME_EXTENTS on a new window, the probe. When the probe has the property,
+/// the window manager has read the value with both sets.
 ///
 /// A few window managers do not write this property. For these window managers, this class asks for
 /// a ConfigureNotify of the adopted window, and also accepts other signs that the window manager
@@ -30,19 +30,19 @@ class StyleRestorer final : public NonCopyable {
   void begin(Window& window);
   /// Processes an event that may show that the window manager has read the hints.
   void handle(const xcb_generic_event_t& event);
-  /// The time at which `check` has work to do; `kNever` if it has none.
+  /// The time at which `check` takes the next second step; `kNever` if no second step is scheduled.
   [[nodiscard]] Nanoseconds deadline() const;
   /// Takes the second step for each window whose deadline has passed.
   void check(Nanoseconds now);
-  /// Takes a scheduled second step. Blocks until the window manager has read the hints or the time
-  /// limit has passed.
+  /// If a second step is scheduled, blocks until the window manager has read the hints or the time
+  /// limit has passed, and then takes the step.
   void finish(Window& window);
   /// Cancels a scheduled second step. Call this when the window is destroyed.
   void cancel(Window& window);
 
  private:
   void startWaiting(Window& window);
-  // Returns true if the event shows that the window manager has read the restored hints.
+  // Returns true if the event shows that the window manager has read the value with both sets.
   [[nodiscard]] bool showsThatHintsWereRead(const Window& window,
                                             const xcb_generic_event_t& event) const;
 

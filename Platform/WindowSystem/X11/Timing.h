@@ -9,7 +9,7 @@ namespace vel::x11 {
 /// The time that the back end gives a window manager to act on a request that has no reply.
 inline constexpr Nanoseconds kWindowManagerDelay = kNanosecondsPerSecond / 5;
 
-/// How long the back end waits for a reply that a window manager always sends. Only a window
+/// The longest time that the back end waits for a reply from a window manager. Only a window
 /// manager that hangs takes longer.
 inline constexpr Nanoseconds kWindowManagerReplyTimeLimit = 2 * kNanosecondsPerSecond;
 
