@@ -13,7 +13,7 @@ namespace vel::x11 {
 
 enum class WindowOrigin : std::uint8_t { Created, Adopted };
 
-/// The state of one window of the back end. Its handle is its X id.
+/// One window of the back end, and its state. The window's handle is its X id.
 struct Window {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowOrigin origin = WindowOrigin::Created;
@@ -39,16 +39,18 @@ struct Window {
   bool hasStateChanges = false;
   /// True if `WindowMonitor` must read _MOTIF_WM_HINTS and WM_NORMAL_HINTS from the server again.
   bool hasHintChanges = false;
-  /// The time at which `ControlsMonitor` reads the controls that the window manager offers.
+  /// The time at which `ControlsMonitor` checks which controls (close, miniaturise, resize) the
+  /// window manager offers.
   Nanoseconds controlsDeadline = kNever;
   /// The kept controls in the last `controlsKept` report: the controls that the window manager
-  /// still offers although the style mask excludes them. No value before the first report, and from
-  /// each change of the style mask until the next report.
+  /// still offers although the style mask excludes them. No value if there has been no report since
+  /// the style mask was last set.
   std::optional<NSWindowStyleMask> reportedKeptControls = std::nullopt;
-  /// The time at which to call `WindowStyle::finishRestoring`.
+  /// The latest time at which `StyleRestorer` calls `WindowStyle::finishRestoring`. `kNever` if
+  /// `StyleRestorer` has not scheduled this call.
   Nanoseconds restorationDeadline = kNever;
-  /// The probe: a window that `StyleRestorer` creates to find out when the window manager has read
-  /// the restored hints. The window manager then writes a property on the probe. None if there is
+  /// The probe: a window on which the window manager writes a property after it has read the hints
+  /// that `WindowStyle::restore` has written. `StyleRestorer` creates the probe. None if there is
   /// no probe.
   xcb_window_t restorationProbe = XCB_WINDOW_NONE;
   std::unique_ptr<WindowStyle> style = nullptr;

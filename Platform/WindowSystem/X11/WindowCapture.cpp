@@ -36,13 +36,14 @@ struct Channel {
   }
 };
 
+// Returns one byte each for red, green and blue of each pixel. `masks` has the same order.
 // Allocates no memory in the loop: a slow conversion of a large picture would delay other events.
-std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, std::uint8_t byteOrder,
+std::vector<std::uint8_t> colorBytesOf(std::span<const std::uint8_t> image, std::uint8_t byteOrder,
                                        const std::array<std::uint32_t, 3>& masks) {
   const bool isBigEndian = byteOrder == XCB_IMAGE_ORDER_MSB_FIRST;
   const std::array channels{Channel(masks[0]), Channel(masks[1]), Channel(masks[2])};
-  std::vector<std::uint8_t> components(image.size() / kBytesPerPixel * channels.size());
-  std::uint8_t* next = components.data();
+  std::vector<std::uint8_t> bytes(image.size() / kBytesPerPixel * channels.size());
+  std::uint8_t* next = bytes.data();
   const std::uint8_t* const end = image.data() + image.size();
   for (const std::uint8_t* byte = image.data(); byte != end; byte += kBytesPerPixel) {
     std::uint32_t pixel = 0;
@@ -53,7 +54,7 @@ std::vector<std::uint8_t> componentsOf(std::span<const std::uint8_t> image, std:
     *next++ = channels[1].valueIn(pixel);
     *next++ = channels[2].valueIn(pixel);
   }
-  return components;
+  return bytes;
 }
 
 }  // namespace
@@ -89,7 +90,7 @@ std::optional<WindowPicture> WindowCapture::capture(PixelRect frame) {
   }
   return WindowPicture{.width = area.width,
                        .height = area.height,
-                       .pixels = componentsOf(bytes, xcb_get_setup(xcb)->image_byte_order, *masks)};
+                       .pixels = colorBytesOf(bytes, xcb_get_setup(xcb)->image_byte_order, *masks)};
 }
 
 }  // namespace vel::x11

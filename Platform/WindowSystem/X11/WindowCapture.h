@@ -14,10 +14,10 @@ class WindowCapture final : public NonCopyable {
  public:
   explicit WindowCapture(Connection& connection) : connection_(connection) {}
 
-  /// Returns the pixels of the screen at `frame`, the frame of a window. The pixels include other
-  /// windows in front of this window, but not a part of `frame` that is off the screen. Returns no
-  /// value if all of `frame` is off the screen, or if the server's pixel format is not supported.
-  /// Blocks for round trips.
+  /// Returns the pixels of the screen at `frame`, the frame of a window. The pixels show other
+  /// windows that are in front of this window. If a part of `frame` is off the screen, the picture
+  /// contains only the rest. Returns no value if all of `frame` is off the screen, if the server's
+  /// pixel format is not supported, or if a request fails. Blocks for round trips.
   std::optional<WindowPicture> capture(PixelRect frame);
 
  private:

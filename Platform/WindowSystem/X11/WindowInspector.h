@@ -10,7 +10,8 @@
 
 namespace vel::x11 {
 
-/// The server's replies about a window. A reply is null if the window does not exist.
+/// The server's replies about a window. If the window does not exist, the pointers are null and the
+/// properties have no value.
 struct WindowState {
   XcbPointer<xcb_get_window_attributes_reply_t> attributes;
   XcbPointer<xcb_get_geometry_reply_t> geometry;
@@ -27,13 +28,13 @@ struct WindowState {
   }
   /// Returns true if the window and all its ancestors are mapped.
   [[nodiscard]] bool isViewable() const;
-  /// Returns true if the owner or the window manager has unmapped the window.
+  /// Returns true if the window itself is not mapped, whether or not its ancestors are.
   [[nodiscard]] bool isUnmapped() const;
   /// Returns true if WM_STATE is IconicState.
   [[nodiscard]] bool isIconic() const;
 };
 
-/// What the back end needs to know about a window before the adoption.
+/// What the back end needs to know about a window before it adopts the window.
 struct WindowInspection {
   xcb_window_t id = XCB_WINDOW_NONE;
   WindowState state;

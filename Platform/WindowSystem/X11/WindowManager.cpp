@@ -17,10 +17,11 @@ namespace {
 constexpr std::uint32_t kRootEvents =
     XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
-/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls it removes. It
-/// removes one of its `removableControls` if the control's function is missing in _MOTIF_WM_HINTS.
-/// `removableControls` is 0 (NSWindowStyleMaskBorderless) for a window manager that can remove no
-/// control. We found the values by trying the buttons, keys and drags of each window manager.
+/// A window manager whose _NET_WM_ALLOWED_ACTIONS does not show which controls a window has.
+/// `removableControls` are the controls that the window manager removes from a window if
+/// _MOTIF_WM_HINTS excludes the control's function. The value is 0 (NSWindowStyleMaskBorderless) if
+/// the window manager never removes a control. We found the values by trying the buttons, keys and
+/// drags of each window manager.
 struct UnreliableWindowManager {
   std::string_view namePrefix;
   NSWindowStyleMask removableControls;
@@ -162,7 +163,8 @@ void WindowManager::requestIconify(xcb_window_t window) {
   sendToWindowManager(connection_, window, Atom::WmChangeState, {XCB_ICCCM_WM_STATE_ICONIC});
 }
 
-// A window manager may set its name after it has announced itself, so an empty name is read again.
+// A window manager may set its name after it has announced itself. So this function reads the name
+// again while the name is empty.
 const std::string& WindowManager::name() {
   if (name_.empty()) {
     if (const auto property = connection_.readPropertyIfWindowExists(
@@ -173,7 +175,7 @@ const std::string& WindowManager::name() {
   return name_;
 }
 
-// Fluxbox announces support for the request, but sends no reply.
+// Fluxbox announces support for _NET_REQUEST_FRAME_EXTENTS, but sends no reply.
 bool WindowManager::repliesToFrameExtentsRequests() {
   return isPresent() && supports(Atom::NetRequestFrameExtents) && !name().starts_with("Fluxbox");
 }

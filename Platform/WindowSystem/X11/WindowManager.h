@@ -25,7 +25,7 @@ class WindowManager final : public NonCopyable {
 
   /// Returns true if a window manager is running.
   [[nodiscard]] bool isPresent();
-  /// Returns true if a window manager is running that supports _NET_ACTIVE_WINDOW.
+  /// Returns true if the running window manager supports _NET_ACTIVE_WINDOW.
   [[nodiscard]] bool supportsActivation();
 
   /// Returns true if the event announces a change of the stacking order.
@@ -34,14 +34,15 @@ class WindowManager final : public NonCopyable {
   /// the stacking order. Blocks for a round trip.
   [[nodiscard]] std::optional<std::vector<xcb_window_t>> readStackingOrder();
 
-  /// Requests the focus for `window`. `time` is the server time that the request contains: a window
-  /// manager may refuse the focus if the time is old.
+  /// Sends a request for the focus of `window`. `time` is a server time, which the request
+  /// contains. A window manager may refuse the focus if `time` is old.
   void requestActivation(xcb_window_t window, xcb_timestamp_t time);
   void requestIconify(xcb_window_t window);
 
-  /// Returns the controls that the window manager offers for `window`; no value if the window
-  /// manager does not publish the controls. For some window managers, returns instead the controls
-  /// that the hints of a window cannot remove. Blocks for a round trip.
+  /// Returns the controls (close, miniaturise, resize) that the window manager offers for `window`.
+  /// Returns 0 if no window manager is running. If the window manager is known to publish wrong
+  /// controls or none, returns the controls that it offers for every window. If any other window
+  /// manager publishes no controls, returns no value. May block for round trips.
   std::optional<NSWindowStyleMask> readOfferedControls(xcb_window_t window);
 
   /// Returns true if the window manager replies to _NET_REQUEST_FRAME_EXTENTS. May block for a
@@ -69,7 +70,7 @@ class WindowManager final : public NonCopyable {
 
   Connection& connection_;
   std::optional<PendingReplies> pendingReplies_;
-  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // the value of _NET_SUPPORTING_WM_CHECK
+  xcb_window_t checkWindow_ = XCB_WINDOW_NONE;  // None if no window manager is running
   std::string name_;                            // empty until it has been read
   std::vector<std::uint32_t> supportedAtoms_;   // the value of _NET_SUPPORTED
   StateRequests stateRequests_ = StateRequests::Ignored;

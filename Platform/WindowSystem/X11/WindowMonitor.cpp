@@ -36,7 +36,7 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
-    // The back end uses this property of adopted windows only.
+    // The back end uses this property only for adopted windows.
     const Window* const window = windows_.find(notice.window);
     if (window != nullptr && window->isAdopted()) {
       markChanged(notice.window);
@@ -85,8 +85,8 @@ void WindowMonitor::update(Window& window) {
   }
 }
 
-// The owner of an adopted window may unmap the window without iconifying it. We then report the
-// window as miniaturised too.
+// The owner of an adopted window may unmap the window without iconifying it. We report such a
+// window as miniaturised.
 void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state) {
   const bool isMiniaturized = state.isIconic() || (window.isAdopted() && state.isUnmapped());
   if (!window.isOrderedIn || isMiniaturized == window.isMiniaturized) {
@@ -102,8 +102,8 @@ void WindowMonitor::updateMiniaturized(Window& window, const WindowState& state)
   });
 }
 
-// The report reads the style mask when it is delivered: if the back end has overridden the style by
-// then, the report is dropped.
+// The lambda runs when the report is delivered. The back end may have overridden the style since
+// the report was added. The lambda then reports nothing.
 void WindowMonitor::reportOwnersStyleMask(const Window& window) {
   if (!window.style->unreportedOwnersStyleMask()) {
     return;
@@ -119,8 +119,9 @@ void WindowMonitor::reportOwnersStyleMask(const Window& window) {
   });
 }
 
-// The report reads the frame when it is delivered, because the frame may have changed again by
-// then. With the old frame, the delegate could draw a cover that is smaller than the window.
+// The lambda runs when the report is delivered. It reads the frame again, because the frame may
+// have changed since the report was added. With the old frame, the delegate could draw a cover that
+// is smaller than the window.
 void WindowMonitor::reportFrame(const Window& window) {
   reports_.add(window.handle(), [this, handle = window.handle()](WindowSystemDelegate& delegate) {
     if (const Window* const target = windows_.find(handle)) {

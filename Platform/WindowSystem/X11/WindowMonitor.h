@@ -9,9 +9,9 @@
 
 namespace vel::x11 {
 
-/// Reports the changes that owners, users and the window manager make to a window: its frame, its
-/// miniaturisation and its style. Events only mark a window. `updateChangedWindows` then reads the
-/// window's state once for all events.
+/// Reports changes of a window's frame, miniaturisation and style to the delegate. Users, the
+/// window manager and the owners of adopted windows make such changes. An event only marks its
+/// window. `updateChangedWindows` then reads the window's state once, even after many events.
 class WindowMonitor final : public NonCopyable {
  public:
   WindowMonitor(Connection& connection, ScreenCoordinates& coordinates, StackingOrder& order,
@@ -21,8 +21,8 @@ class WindowMonitor final : public NonCopyable {
   void handle(const xcb_generic_event_t& event);
   /// Updates all marked windows. Blocks for round trips if a window is marked.
   void updateChangedWindows();
-  /// Reads the window's state and reports changes. Sets the focus to the window if `wantsFocus` is
-  /// set and the window is viewable. Blocks for a round trip.
+  /// Reads the window's state and reports changes. Sets the focus to the window if
+  /// `Window::wantsFocus` is true and the window is viewable. Blocks for a round trip.
   void update(Window& window);
 
   /// Reports the style mask that the owner of an adopted window has set, if this mask has not been

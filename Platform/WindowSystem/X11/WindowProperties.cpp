@@ -26,7 +26,7 @@ void writeProperties(Connection& connection, xcb_window_t window,
   write(atom(Atom::WmProtocols), Property::ofNumbers(XCB_ATOM_ATOM, protocols));
   const std::array processId{static_cast<std::uint32_t>(getpid())};
   write(atom(Atom::NetWmPid), Property::ofNumbers(XCB_ATOM_CARDINAL, processId));
-  if (utsname machine{}; uname(&machine) == 0) {  // a process id is valid only with its machine
+  if (utsname machine{}; uname(&machine) == 0) {  // _NET_WM_PID requires WM_CLIENT_MACHINE
     write(XCB_ATOM_WM_CLIENT_MACHINE,
           Property::ofText(XCB_ATOM_STRING, static_cast<const char*>(machine.nodename)));
   }

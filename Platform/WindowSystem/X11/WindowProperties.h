@@ -1,4 +1,5 @@
-// The properties that describe a window of the back end to window managers, except its style.
+// Functions that write the properties that describe a window to window managers. `WindowStyle`
+// writes the style hints.
 #pragma once
 
 #include <string_view>
@@ -14,8 +15,8 @@ void writeProperties(Connection& connection, xcb_window_t window,
                      const WindowDescription& description, xcb_window_t transientFor);
 /// Writes _NET_WM_NAME and WM_NAME.
 void writeTitle(Connection& connection, xcb_window_t window, std::string_view title);
-/// Writes _NET_WM_STATE, so that window managers treat the window as modal. Call this each time
-/// before the window is mapped: a window manager removes the property from a withdrawn window.
+/// Writes _NET_WM_STATE, so that window managers treat the window as modal. Call this before each
+/// request to map the window: a window manager removes the property from a withdrawn window.
 void writeModalState(Connection& connection, xcb_window_t window);
 
 }  // namespace vel::x11

@@ -104,8 +104,8 @@ void WindowStyle::writeCreatedWindowHints(PixelRect frame) {
 // In the next four functions, the server grab guarantees that the owner does not write between our
 // reading and our writing: we never overwrite a value that we have not read or requested.
 
-// Does not block, because the reply is read later. Our write causes a PropertyNotify event, and
-// `handleHintChange` then reads the reply.
+// Requests the value that we replace, but does not block for the reply. Our write causes a
+// PropertyNotify event, and `handleHintChange` then reads the reply.
 void WindowStyle::overrideMotif() {
   isOverridden_ = true;
   isRestoring_ = false;
@@ -134,7 +134,7 @@ void WindowStyle::restore() {
   readHints();
   const HintValue valueWithBothSets = motifWithBothSets(motif_.ownersValue(), motifName_);
   // `finishRestoring` is not needed if the property already has the owner's value, or if the
-  // owner's value contains both sets.
+  // owner's value contains both sets (functions and decorations).
   if (motif_.currentValue() == motif_.ownersValue() || valueWithBothSets == motif_.ownersValue()) {
     writeMotif(motif_.ownersValue());
     motif_.forgetWrites();

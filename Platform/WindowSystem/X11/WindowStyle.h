@@ -11,16 +11,20 @@ namespace vel::x11 {
 
 /// The style mask of one window, expressed by the window's hints: _MOTIF_WM_HINTS and
 /// WM_NORMAL_HINTS. For a window that we create, this class writes the hints. For an adopted
-/// window, this class overrides the owner's _MOTIF_WM_HINTS while the style mask differs from the
-/// owner's mask, and then restores the owner's value byte for byte.
+/// window, this class overrides _MOTIF_WM_HINTS while the style mask differs from the mask of the
+/// owner, the program that opened the window. Then this class restores the owner's value byte for
+/// byte.
 ///
 /// This class never changes WM_NORMAL_HINTS of an adopted window: with a fixed size in the
 /// property, window managers would also refuse the owner's own requests for another size. This
 /// class never changes WM_PROTOCOLS: the window manager still asks the owner to close the window.
 ///
-/// _MOTIF_WM_HINTS of an adopted window, after each write (A to D are values or "no property";
-/// "A - controls" is A without the title and the controls that the mask removes; `HintOverride`
-/// computes the last column; in the last five rows, the owner's value is C before the write):
+/// The table shows _MOTIF_WM_HINTS of an adopted window after each write.
+/// - A to D are values or "no property".
+/// - "B - controls" is B without the title and the controls that the mask removes.
+/// - "The event" is the PropertyNotify event for the owner's write.
+/// - The last column is the value that restoring would write. `HintOverride` computes it.
+/// - In the last five rows, the owner's value is C before the write.
 ///
 ///   who writes, and when                       the window has             restoring writes
 ///   -----------------------------------------  -------------------------  ----------------------
@@ -38,8 +42,8 @@ namespace vel::x11 {
 ///     value that we wrote                        event comes; then          changes
 ///                                                D - controls
 ///   owner, while overridden: deletes the       no property, until the     no property
-///     property                                   event comes; then our
-///                                                value
+///     property                                   event comes; then a value
+///                                                without the controls
 ///   we, in restore                             C                          nothing
 ///   we, in restore, if C does not contain      a value with both sets,    nothing
 ///     both a set of functions and a set of       until `finishRestoring`;
@@ -58,8 +62,9 @@ class WindowStyle final : public NonCopyable {
   /// allow.
   [[nodiscard]] NSWindowStyleMask removedControls() const;
 
-  /// Sets the style mask. Blocks for a round trip to the X server only if it restores the hints.
-  /// Overriding does not block, so that a launch screen appears without delay.
+  /// Sets the style mask. `frame` is the frame of the window. Blocks for a round trip to the X
+  /// server only if it restores the hints. Overriding does not block, so that a launch screen
+  /// appears without delay.
   void setMask(NSWindowStyleMask styleMask, PixelRect frame);
   /// Writes the new size into the hints of a window that we create, if the window is not resizable.
   /// Call this before the window gets another size: with the previous size in the hints, the window
@@ -76,8 +81,8 @@ class WindowStyle final : public NonCopyable {
   /// follow.
   void restore();
   /// True while the property has the value with both sets. The window manager must read this value
-  /// before `finishRestoring` writes the owner's value: when a value does not contain a set, some
-  /// window managers continue to apply the set of the previous value.
+  /// before `finishRestoring` writes the owner's value. Otherwise some window managers continue to
+  /// apply our set of functions when the owner's value contains no such set.
   [[nodiscard]] bool isRestoring() const { return isRestoring_; }
   /// The time on the steady clock at which the hints were last overridden.
   [[nodiscard]] Nanoseconds overrideTime() const { return overrideTime_; }
@@ -88,17 +93,17 @@ class WindowStyle final : public NonCopyable {
   [[nodiscard]] bool isOverridden() const { return isOverridden_; }
   /// Returns true if the value that we wrote removes the functions for resizing and maximising.
   [[nodiscard]] bool preventsResizing() const;
-  /// From this call until the next `restore`, the values that we write do not remove the functions
-  /// for resizing and maximising: the owner needs them. Blocks for a round trip if the hints are
-  /// overridden.
+  /// Call this when the owner needs the functions for resizing and maximising. Until the next
+  /// `restore`, the values that we write do not remove these functions. Blocks for a round trip if
+  /// the hints are overridden.
   void allowResizing();
   /// True from `allowResizing` until `restore`.
   [[nodiscard]] bool isResizingAllowed() const { return isResizingAllowed_; }
 
-  /// The style mask that the owner has given the window, if this mask has not been reported yet. No
-  /// value while the hints are overridden.
+  /// The owner's style mask. No value if this mask has been reported, if the hints are overridden,
+  /// or if we created the window.
   [[nodiscard]] std::optional<NSWindowStyleMask> unreportedOwnersStyleMask() const;
-  /// Call this when you report the owner's mask. `mask` then returns it.
+  /// Call this when you report the owner's mask. `mask` then returns the owner's mask.
   void markOwnersStyleMaskReported();
 
  private:

@@ -86,8 +86,8 @@ X11WindowSystem::X11WindowSystem(std::unique_ptr<x11::Connection> connection)
 
 X11WindowSystem::~X11WindowSystem() {
   const RequestBatch batch(*connection_);
-  // Begin all releases before finishing the first. While `finishRelease` blocks for one window, the
-  // window manager then reads the restored hints of all windows.
+  // Begin all releases before finishing the first: while `finishRelease` blocks for one window, the
+  // window manager can read the restored hints of the other windows.
   for (auto& [id, window] : windows_) {
     beginRelease(window);
   }
@@ -123,7 +123,7 @@ WindowHandle X11WindowSystem::createWindow(const WindowDescription& description)
                   owner == nullptr ? xcb_window_t{XCB_WINDOW_NONE} : owner->id);
   window.style = std::make_unique<x11::WindowStyle>(*connection_, window.id, description.kind,
                                                     description.styleMask, window.frame);
-  selectWindowEvents(window);  // after our own writes, so that they cause no events
+  selectWindowEvents(window);  // after our own writes, so that these writes cause no events
   makeCover(window, screen.root_visual, screen.root_depth, nullptr);
   return window.handle();
 }
@@ -346,7 +346,7 @@ void X11WindowSystem::requestFocus(WindowHandle handle) {
   }
   const RequestBatch batch(*connection_);
   const bool mustSetFocus = focus_.requestFocus(*window);
-  // The MapNotify event causes the update of a window that is being mapped.
+  // A window that is being mapped is not viewable yet. Its MapNotify event will cause the update.
   if (mustSetFocus && !window->isBeingMapped) {
     monitor_.update(*window);  // sets the focus if the window is viewable
   }
@@ -431,8 +431,8 @@ std::optional<WindowPicture> X11WindowSystem::picture(WindowHandle handle) {
 
 // Events
 
-// Games call this function in each frame. Usually no event has come, and the function only polls
-// the connection.
+// Games call this function once per rendered frame. Usually no event has come, and the function
+// only polls the connection.
 bool X11WindowSystem::deliverEvents() {
   bool hasEvents = false;
   if (!isConnectionLost_ && (connection_->pollForEvent() || nextDeadline() <= x11::steadyNow())) {
@@ -481,7 +481,9 @@ bool X11WindowSystem::processEvents() {
   for (auto& [id, window] : windows_) {
     window.cover->logMissedMapDeadline(now);
   }
-  if (!connection_->pollForQueuedEvent()) {  // a queued DestroyNotify may explain an error
+  // `logErrors` ignores the errors of destroyed windows. So log errors only if no event is queued:
+  // a queued event may be a DestroyNotify.
+  if (!connection_->pollForQueuedEvent()) {
     connection_->logErrors();
   }
   return hasEvents;
@@ -502,7 +504,7 @@ bool X11WindowSystem::handleArrivedEvents() {
 
 void X11WindowSystem::handle(const xcb_generic_event_t& event) {
   if (isSubstructureEvent(event, connection_->root())) {
-    return;  // `selectStateRequests` also selects these events, which no class uses
+    return;  // no class uses these events, but `selectStateRequests` selects them too
   }
   for (auto& [id, window] : windows_) {
     window.cover->handle(event);

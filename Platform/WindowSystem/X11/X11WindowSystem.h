@@ -56,21 +56,22 @@ class X11WindowSystem final : public WindowSystem {
 
   // Windows
 
-  // Checks only the id. Returns why the window with this id cannot be adopted; null if the id does
-  // not rule out an adoption.
+  // Checks the id without a request to the server. Returns why the window with this id cannot be
+  // adopted; null if the id passes the checks.
   const char* reasonNotToAdopt(std::uint64_t nativeId);
   AdoptedWindow addAdoptedWindow(const x11::WindowInspection& inspection,
                                  bool isMaximizedOrFullscreen, bool hasFocus);
   void makeCover(x11::Window& window, xcb_visualid_t visual, std::uint8_t depth,
                  std::unique_ptr<x11::Overlay> overlay);
   std::unique_ptr<x11::Overlay> makeOverlay(const x11::WindowInspection& inspection, bool hasFocus);
-  // The shield of a window takes all pointer input of the window while another window is modal.
+  // Opens or closes the window's shield: an invisible child window that takes all pointer input of
+  // the window while another window is modal.
   void updateShield(x11::Window& window);
   [[nodiscard]] bool needsShield(const x11::Window& window) const;
   void selectWindowEvents(const x11::Window& window);
   void moveWindow(x11::Window& window, x11::PixelRect frame);
-  // Removes the cover. Then destroys a window that the back end created, or starts restoring the
-  // hints of an adopted window.
+  // Removes the cover: the windows that show the scene. Then destroys a window that the back
+  // end created, or starts restoring the hints of an adopted window.
   void beginRelease(x11::Window& window);
   // For an adopted window, completes the restoration. This may block (see `StyleRestorer::finish`).
   void finishRelease(x11::Window& window);
