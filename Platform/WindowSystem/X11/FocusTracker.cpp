@@ -52,8 +52,8 @@ void FocusTracker::windowManagerChanged() { hasWindowManagerEnded_ = !windowMana
 
 void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   if (!hasFocus) {
-    // If no window of the back end has the focus, `reportChanges` then reports that the application
-    // is not active.
+    // Makes `reportChanges` report that the application is not active, unless a window of the back
+    // end has the focus.
     mayHaveLostFocus_ = hasPendingChanges_ = true;
     return;
   }
@@ -66,14 +66,14 @@ void FocusTracker::windowAdopted(xcb_window_t window, bool hasFocus) {
   }
 }
 
-// `orderOut` caused the loss of the focus, so no `focusMoved` reports it.
+// Changes `reportedFocus_` too, because `focusMoved` does not report a loss that `orderOut` causes.
 void FocusTracker::windowWithdrawn(xcb_window_t window) {
   if (focus_ == window) {
     focus_ = reportedFocus_ = XCB_WINDOW_NONE;
   }
 }
 
-// Another window may already have the focus. `reportChanges` then finds and reports it.
+// Makes `reportChanges` check whether another window of the back end has received the focus.
 void FocusTracker::windowRemoved(xcb_window_t window) {
   if (focus_ == window || reportedFocus_ == window) {
     mayHaveLostFocus_ = hasPendingChanges_ = true;
@@ -88,8 +88,8 @@ void FocusTracker::windowRemoved(xcb_window_t window) {
 
 void FocusTracker::reset() { focus_ = reportedFocus_ = XCB_WINDOW_NONE; }
 
-// While another application is active, the request carries the time at which this application last
-// received the focus. The window manager decides whether such an old request may take the focus.
+// If another application is active, the request carries an old time: the time at which this
+// application last received the focus. The window manager decides whether to accept the old time.
 bool FocusTracker::requestFocus(Window& window) {
   if (focus_ == window.id) {
     // The back end promises `focusMoved` after a request, but no FocusIn event will come.
@@ -98,9 +98,9 @@ bool FocusTracker::requestFocus(Window& window) {
     return false;
   }
   if (windowManager_.supportsActivation()) {
-    const bool isOldRequest = !isActive_ && focusTime_ != XCB_CURRENT_TIME;
+    const bool usesOldTime = !isActive_ && focusTime_ != XCB_CURRENT_TIME;
     windowManager_.requestActivation(window.id,
-                                     isOldRequest ? focusTime_ : connection_.serverTime());
+                                     usesOldTime ? focusTime_ : connection_.serverTime());
     return false;
   }
   for (auto& [id, other] : windows_) {
@@ -139,19 +139,20 @@ void FocusTracker::reportChanges(const HandleEvents& handleEvents) {
   }
 }
 
-// The server sends FocusOut and the matching FocusIn together. After a round trip, both have come.
+// The server sends a FocusOut and the matching FocusIn together. So after the round trip, the
+// FocusIn has arrived if one of our windows got the focus.
 void FocusTracker::receiveMatchingFocusIn(const HandleEvents& handleEvents) {
   const auto focus = queryInputFocus(connection_);
-  // After new events, the caller updates the windows and then calls `reportChanges` again.
+  // After these events, the caller must update the windows and then call `reportChanges` again.
   hasPendingChanges_ = handleEvents();
-  // When a window manager ends, the server may leave the focus on the root window or on no window.
-  // The window that had the focus then gets it back.
+  // When a window manager ends, the server may set the focus to the root window, PointerRoot or
+  // None. The window that had the focus then gets it back.
   Window* const previousWindow = windows_.find(reportedFocus_);
-  const bool isFocusOnNoWindow =
+  const bool isFocusOnRootOrNone =
       focus != nullptr &&
       (focus->focus <= XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == connection_.root());
   if (std::exchange(hasWindowManagerEnded_, false) && previousWindow != nullptr &&
-      isFocusOnNoWindow) {
+      isFocusOnRootOrNone) {
     previousWindow->wantsFocus = previousWindow->hasStateChanges = hasPendingChanges_ = true;
   }
 }

@@ -30,7 +30,8 @@ class FocusTracker final : public NonCopyable {
   void handle(const xcb_generic_event_t& event);
   /// Call this when the window manager has ended, or another window manager has started.
   void windowManagerChanged();
-  /// Call this after the adoption of a window. `hasFocus` is true if the window has the focus.
+  /// Call this after the adoption of a window. `hasFocus` is true if the window has the focus. May
+  /// block for a round trip.
   void windowAdopted(xcb_window_t window, bool hasFocus);
   /// Call this when `orderOut` has unmapped the window.
   void windowWithdrawn(xcb_window_t window);
@@ -39,16 +40,17 @@ class FocusTracker final : public NonCopyable {
   /// Call this when the connection is lost.
   void reset();
 
-  /// Requests the focus for a window on screen. Returns false if the window has the focus, or if
-  /// the window manager processes the request. Otherwise sets `Window::wantsFocus` and returns
-  /// true: `WindowMonitor::update` then sets the focus when the window is viewable.
+  /// Requests the focus for a window on screen. Returns false if the window already has the focus,
+  /// or if the window manager processes the request. Otherwise sets `Window::wantsFocus` and
+  /// returns true: `WindowMonitor::update` then sets the focus when the window is viewable.
+  /// May block for a round trip.
   bool requestFocus(Window& window);
 
   /// Returns true if `reportChanges` must be called even if no event arrives.
   [[nodiscard]] bool hasPendingChanges() const { return hasPendingChanges_; }
-  /// Reports the changes since the last call of this function. Blocks for a round trip if the focus
-  /// may have moved. After a FocusOut event, also calls `handleEvents`, because a FocusIn event may
-  /// follow.
+  /// Reports the changes since the previous call. Calls `handleEvents` if the application may have
+  /// lost the focus, because a FocusIn event may follow. Blocks for round trips if the focus may
+  /// have moved.
   void reportChanges(const HandleEvents& handleEvents);
 
  private:
@@ -61,14 +63,14 @@ class FocusTracker final : public NonCopyable {
   xcb_window_t focus_ = XCB_WINDOW_NONE;  // None if no window of the back end has the focus
   xcb_window_t reportedFocus_ = XCB_WINDOW_NONE;
   bool mayHaveLostFocus_ = false;  // the focus may have left the application since `reportChanges`
-  // True from the end of a window manager until the next check for a lost focus, or until another
-  // window manager starts.
+  // Becomes true when the window manager ends. Becomes false when another window manager starts, or
+  // at the next check for a lost focus.
   bool hasWindowManagerEnded_ = false;
   bool hasPendingChanges_ = false;
-  // True from the start, before any window has the focus: NSApplication starts active.
+  // True even before the first window gets the focus, because NSApplication starts active.
   bool isActive_ = true;
-  // The server time that was read after a window of the back end last got the focus. FocusIn events
-  // contain no time.
+  // The server time at which a window of the back end last got the focus. FocusIn events contain no
+  // time, so the time is requested after the event.
   xcb_timestamp_t focusTime_ = XCB_CURRENT_TIME;
 };
 

@@ -8,7 +8,8 @@ namespace vel::x11 {
 namespace {
 
 // Limits the memory. An owner that edits the property first reads it and later writes it. In
-// practice, we write the property fewer times than this limit between the two.
+// practice, we write the property fewer times than this limit between the owner's read and its
+// write.
 constexpr std::size_t kMaxRecentWrites = 4;
 
 // Returns true if `element` and `ourElement` are equal in the bits of the mask `changes`.
@@ -48,8 +49,8 @@ void HintOverride::recordCurrentValue(const HintValue& value) {
   }
 }
 
-// Does not change the current value, because our write came after the owner's write. We recorded
-// our writes before we read `value`, so the owner's value in each record is out of date.
+// Does not change the current value, because our write came after the owner's write. Updates the
+// recorded writes, because each of them contains the owner's previous value.
 void HintOverride::recordReplacedValue(const HintValue& expectedValue, const HintValue& value) {
   if (value == expectedValue) {
     return;
@@ -60,14 +61,13 @@ void HintOverride::recordReplacedValue(const HintValue& expectedValue, const Hin
   }
 }
 
-// If the value can be based on several writes, uses the latest of these writes.
+// If `value` can be based on several of our writes, uses the latest of them.
 HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   HintValue interpretation = value;
   for (const RecentWrite& write : recentWrites_) {
     if (value && isBasedOnWrite(write, *value)) {
-      // If the owner wrote our value unchanged, uses the owner's value from the record. That value
-      // can be missing or have fewer elements than ours. `withoutOurChanges` cannot return such a
-      // value.
+      // If the owner wrote our value back unchanged, uses `write.ownersValue`. `withoutOurChanges`
+      // could not return this value if it is missing or has fewer elements than ours.
       interpretation =
           value == write.writtenValue ? write.ownersValue : withoutOurChanges(write, *value);
     }
@@ -75,8 +75,8 @@ HintValue HintOverride::interpretOwnersWrite(const HintValue& value) const {
   return interpretation;
 }
 
-// Returns, for each element, the bits in which the written value differs from the owner's value. If
-// an element that is not a set of bits differs, all its bits count as changed.
+// Returns, for each element, a mask of the bits that we changed in the owner's value. For a
+// number that we changed, the mask contains all bits.
 std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> ownersElements =
@@ -91,11 +91,11 @@ std::vector<std::uint32_t> HintOverride::changedBits(const RecentWrite& write) c
 
 // Returns true if the owner has probably read the value that we wrote and then written `value`,
 // with or without an edit. This function checks two conditions:
-// 1. The flags (element 0) still contain our changes, and so does the first other element that we
-//    changed.
+// 1. `value` contains our changes in the flags (element 0), and in the first element after the
+//    flags that we changed.
 // 2. If we changed elements after the flags, at least one of them is exactly as we wrote it.
-// The first condition is not enough: most of our changes remove bits, so a value of an owner that
-// has not read ours can contain our changes by chance.
+// The first condition is not enough: most of our changes remove bits, and an owner that has not
+// read our value can remove the same bits by chance.
 bool HintOverride::isBasedOnWrite(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> changes = changedBits(write);
@@ -123,7 +123,8 @@ bool HintOverride::isBasedOnWrite(const RecentWrite& write, const Property& valu
   return false;
 }
 
-// Keeps the elements that the owner has replaced, and their flags.
+// Undoes our changes in `value`. If an element does not contain our changes, the owner has replaced
+// the element. Such an element and its bit in the flags stay as they are.
 Property HintOverride::withoutOurChanges(const RecentWrite& write, const Property& value) const {
   const std::vector<std::uint32_t> ourElements = elementsOf(write.writtenValue, 0);
   const std::vector<std::uint32_t> ownersElements =

@@ -13,12 +13,14 @@ namespace vel::x11 {
 /// The value of a property, or no value if the window does not have the property.
 using HintValue = std::optional<Property>;
 
-/// The elements of a property of format 32, at least `minCount`. Missing elements are 0.
+/// Returns the elements of a property of format 32. Appends zeros if there are fewer elements than
+/// `minCount`.
 [[nodiscard]] std::vector<std::uint32_t> elementsOf(const HintValue& value, std::size_t minCount);
 
-/// One property of an adopted window: the owner's value, which we restore later, and the current
-/// value, which we may have written. This class sends no requests: `WindowStyle` reads and writes
-/// the property and passes the values to this class.
+/// One hint of an adopted window, for example the property _MOTIF_WM_HINTS. The owner is the
+/// program that owns the window. This class keeps the owner's value, which we restore later, and
+/// the current value, which we may have written. This class sends no requests: `WindowStyle` reads
+/// and writes the property and passes the values to this class.
 ///
 /// The owner can write the property at any time. The value that it writes becomes the owner's
 /// value, with one exception. Many programs read a property, edit a part of it and write it back.
@@ -28,8 +30,8 @@ class HintOverride {
  public:
   /// `value` is the value of the property before our first write. The first `bitSetCount` elements
   /// of the property are sets of bits: the owner and we can change different bits of one element.
-  /// Each other element is a number. Element 0 is the flags: bit n - 1 of the flags says that the
-  /// set in element n is valid.
+  /// The elements after them are numbers. Element 0 is the flags: bit n - 1 of the flags says
+  /// that the set of bits in element n is valid.
   HintOverride(HintValue value, std::size_t bitSetCount);
 
   /// The value to restore.
@@ -40,16 +42,16 @@ class HintOverride {
   /// Records that we write `value`. Returns false if `value` is already the current value. No
   /// request is then needed.
   [[nodiscard]] bool recordWrite(const HintValue& value);
-  /// Forgets our writes. Call this after restoring: the next value that the owner writes then
-  /// becomes the owner's value unchanged.
+  /// Forgets our writes. Call this after you restore the owner's value. The next value that the
+  /// owner writes then becomes the owner's value unchanged.
   void forgetWrites();
 
   /// Records that we have read `value` from the window. If `value` is not the current value, the
   /// owner wrote it, and this function updates the owner's value and the current value.
   void recordCurrentValue(const HintValue& value);
   /// Records that one of our writes replaced `value`. `expectedValue` is the current value before
-  /// that write. If the two differ, the owner wrote `value`, and this function updates only the
-  /// owner's value.
+  /// that write. If `value` differs from `expectedValue`, the owner wrote `value`, and this
+  /// function updates only the owner's value.
   void recordReplacedValue(const HintValue& expectedValue, const HintValue& value);
 
  private:

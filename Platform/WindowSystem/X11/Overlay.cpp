@@ -52,12 +52,12 @@ bool Overlay::isSupported(const Connection& connection) {
   return extension != nullptr && extension->present != 0;
 }
 
-// The overlay has its parent's visual. If only one of the two visuals had an alpha channel, the
-// server would redirect the overlay into a pixmap of its own. The pixmap of an overlay that is
-// larger than its parent takes gigabytes.
+// The overlay has its parent's visual. If only one of the two windows had a visual with an
+// alpha channel, the server would draw the overlay into a separate pixmap. For an overlay of the
+// maximum size, this pixmap takes gigabytes.
 void Overlay::open(CGColor background) {
   window_ = connection_.makeId();
-  connection_.markDestroyed(window_);  // so that no errors are logged
+  connection_.markDestroyed(window_);  // so that errors of requests on the overlay are not logged
   createWindow(connection_,
                {.id = window_, .parent = coveredWindow_.parent, .frame = overlayFrame()},
                XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
@@ -266,8 +266,8 @@ void Overlay::selectParentEvents(std::uint32_t events) {
       windows_.find(coveredWindow_.parent) != nullptr) {
     return;  // this request would replace the events that the back end has selected
   }
-  // Tracked as a request on the overlay, so that no error is logged if the parent is already
-  // destroyed.
+  // Tracked as a request on the overlay, because errors of such requests are not logged: the parent
+  // may already be destroyed.
   connection_.track(xcb_change_window_attributes(connection_.get(), coveredWindow_.parent,
                                                  XCB_CW_EVENT_MASK, &events),
                     "ChangeWindowAttributes", window_);

@@ -11,19 +11,21 @@ namespace vel::x11 {
 
 class WindowTable;
 
-/// A window that hides an adopted window. It is a sibling directly above the adopted window, with
-/// the same position and size. If the adopted window fills its parent, and the parent is not the
-/// root window, the overlay has the maximum size instead. The overlay clips what the owner draws,
-/// even if the owner draws with IncludeInferiors, raises its child windows or uses OpenGL. A child
-/// of the adopted window would not hide such drawing.
+/// A window that hides an adopted window. An adopted window was created by its owner, not by us.
+/// The overlay is a sibling directly above the adopted window, with the same position and size. If
+/// the adopted window fills its parent, and the parent is not the root window, the overlay has the
+/// maximum size of a window instead. The overlay clips what the owner draws, even if the owner
+/// draws with IncludeInferiors, raises its child windows or uses OpenGL. A child of the adopted
+/// window would not hide such drawing.
 ///
-/// The overlay takes no input: the server sends pointer events to the window below it. In a window
-/// manager's frame, the overlay moves with the frame. Without a frame, the overlay follows a move
-/// or a resize of the adopted window only when we receive the event.
+/// The overlay takes no input: the server sends pointer events to the window below it. If the
+/// window manager has put the adopted window into a frame window, the overlay moves with the frame
+/// window. If the parent is the root window, the overlay follows a move or a resize of the adopted
+/// window only when we receive the event.
 ///
-/// On Xwayland, an overlay without a frame is a surface of its own, and compositors show such a
-/// surface above all windows and on all workspaces. So such an overlay is mapped only while the
-/// adopted window has the focus.
+/// On Xwayland, an overlay whose parent is the root window is a separate Wayland surface.
+/// Compositors show this surface above all windows and on all workspaces. So this overlay is mapped
+/// only while the adopted window has the focus.
 ///
 /// Another client can destroy the parent window at any time. The server then also destroys the
 /// overlay. So errors of requests on the overlay are not logged.
@@ -41,7 +43,7 @@ class Overlay final : public NonCopyable {
   };
 
   /// `coveredWindow` is the adopted window's state at adoption. `windows` contains the windows
-  /// whose events the back end has selected. May block for a round trip.
+  /// whose events the back end has selected. May block for round trips.
   Overlay(Connection& connection, WindowTable& windows, const CoveredWindow& coveredWindow);
   ~Overlay() { close(); }
 
@@ -51,13 +53,14 @@ class Overlay final : public NonCopyable {
   /// Creates the overlay's window, unmapped. The caller then creates child windows in the overlay
   /// and calls `show`.
   void open(CGColor background);
-  /// Maps the overlay if `mustBeMapped` allows it. Otherwise, `handle` maps the overlay later. May
+  /// Maps the overlay now, or lets `handle` map it as soon as `mustBeMapped` returns true. May
   /// block for round trips.
   void show();
   void close();
   [[nodiscard]] bool isOpen() const { return window_ != XCB_WINDOW_NONE; }
-  /// Returns true if the overlay must be mapped now. `show` and `handle` map and unmap the overlay
-  /// accordingly. May block for round trips.
+  /// Returns true if `show` has been called and the adopted window is mapped. On Xwayland, the
+  /// adopted window of an overlay on the root window must also have the focus. May block for round
+  /// trips.
   [[nodiscard]] bool mustBeMapped() const;
   /// The X id; XCB_WINDOW_NONE if the overlay is not open.
   [[nodiscard]] xcb_window_t window() const { return window_; }
@@ -73,8 +76,8 @@ class Overlay final : public NonCopyable {
   void restack();
 
   /// Processes an event: the overlay follows the adopted window. Closes the overlay if the
-  /// overlay's window is destroyed, or if the adopted window gets another parent. May block for a
-  /// round trip.
+  /// overlay's window is destroyed, or if the adopted window gets another parent. May block for
+  /// round trips.
   void handle(const xcb_generic_event_t& event);
 
  private:

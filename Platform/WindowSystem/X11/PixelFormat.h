@@ -16,9 +16,11 @@ class PixelFormat {
   /// `depth` is the depth of the window that uses the visual.
   PixelFormat(const xcb_screen_t& screen, xcb_visualid_t visual, std::uint8_t depth);
 
+  /// Returns the value of an opaque pixel with this colour. If `masks` has no value, returns the
+  /// value of a white pixel for a light colour, and of a black pixel for a dark colour.
   [[nodiscard]] std::uint32_t pixel(CGColor color) const;
-  /// The bits of a pixel value that are red, green and blue. No value if pixel values are indices
-  /// of a colour map.
+  /// The masks of the red, green and blue bits of a pixel value. No value if the visual is neither
+  /// TrueColor nor DirectColor.
   [[nodiscard]] std::optional<std::array<std::uint32_t, 3>> masks() const;
 
  private:

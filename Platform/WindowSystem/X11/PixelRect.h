@@ -2,7 +2,7 @@
 
 namespace vel::x11 {
 
-/// A rectangle in whole pixels; y grows downwards from the upper left corner.
+/// A rectangle in whole pixels. (x, y) is its upper left corner, and y grows downwards.
 struct PixelRect {
   int x = 0;
   int y = 0;

@@ -12,9 +12,9 @@ namespace vel::x11 {
 
 namespace {
 
-// Limits the memory. When the list is full, `add` drops the oldest request, and the log then cannot
-// name this request in an error. Such an error is unlikely: the back end reads errors in each call
-// of `deliverEvents`, and sends fewer requests than this limit between two calls.
+// Limits the memory. When the list is full, `add` drops the oldest request. If this request fails,
+// the error is logged without the name of the request. This is unlikely: the back end reads errors
+// in each call of `deliverEvents`, and sends fewer requests than this limit between two calls.
 constexpr std::size_t kMaximumRequests = 2048;
 // Limits the memory. When the list is full, `markDestroyed` drops the oldest window, and the errors
 // of requests on this window are then logged.
@@ -38,7 +38,7 @@ void RequestLog::add(unsigned sequence, const char* name, xcb_window_t window) {
   requests_.push_back({sequence, name, window});
 }
 
-// Sequence numbers wrap around, so their difference is compared.
+// Sequence numbers wrap around, but the sign of their difference shows which number is lower.
 void RequestLog::removeBefore(unsigned sequence) {
   while (!requests_.empty() && static_cast<int>(requests_.front().sequence - sequence) < 0) {
     requests_.pop_front();

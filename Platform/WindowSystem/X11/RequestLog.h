@@ -14,7 +14,7 @@ namespace vel::x11 {
 /// Requests on a destroyed window are expected to fail, so their errors are not logged.
 class RequestLog final : public NonCopyable {
  public:
-  /// Remembers a request on `window` that has been sent. `name` must be a literal.
+  /// Remembers a request on `window`. Call this after sending it. `name` must be a string literal.
   void add(unsigned sequence, const char* name, xcb_window_t window);
   /// Forgets the requests with lower sequence numbers, which the server has processed.
   void removeBefore(unsigned sequence);
