@@ -64,7 +64,7 @@ struct AdoptedWindow {
   bool hasFocus = false;
 };
 
-/// One drawn element: a filled rectangle or a spinning indicator.
+/// One drawn element: a filled rectangle or a spinner (an activity indicator).
 struct SceneItem {
   enum class Kind : std::uint8_t { Fill, Spinner };
   Kind kind = Kind::Fill;
@@ -72,7 +72,7 @@ struct SceneItem {
   CGRect frame;
   /// For `Kind::Fill` only.
   CGColor color;
-  /// For `Kind::Spinner` only: true while the indicator turns.
+  /// For `Kind::Spinner` only: true while the spinner turns.
   bool isAnimated = false;
   bool operator==(const SceneItem&) const = default;
 };
@@ -144,7 +144,7 @@ class VEL_EXPORT WindowSystem : public NonCopyable {
   /// round trip to the window system, but never to wait for an event.
   virtual bool deliverEvents() = 0;
   /// The time on the steady clock at which `deliverEvents` must run even if no input arrives: for
-  /// events that have already been read, or for the next frame of an indicator. 0 means now.
+  /// events that have already been read, or for the next frame of a spinner. 0 means now.
   /// `kNever` means that `deliverEvents` must run only when input arrives.
   [[nodiscard]] virtual Nanoseconds nextDeadline() const = 0;
 

@@ -34,9 +34,9 @@ class Cover final : public NonCopyable {
   /// added views. If the content view does not keep the view, the next call tries again.
   void repair();
 
-  /// The time of the next frame of an indicator; `kNever` if no indicator turns.
+  /// The time of the next frame of a spinner; `kNever` if no spinner turns.
   [[nodiscard]] Nanoseconds deadline() const;
-  /// Draws the next frame of the indicators if its time has come.
+  /// Draws the next frame of the spinners if its time has come.
   void advance(Nanoseconds now);
 
   /// The view calls this function to draw the scene.
@@ -58,7 +58,7 @@ class Cover final : public NonCopyable {
   CGSize contentSize_;  // the size of the content for which `scene_` was made
   bool isShielded_ = false;
   bool isMovableByBackground_ = false;
-  unsigned position_ = 0;  // the darkest spoke of the indicators
+  unsigned position_ = 0;  // the darkest spoke of the spinners
   Nanoseconds nextFrameTime_ = 0;
 };
 

@@ -77,7 +77,7 @@ constexpr unsigned kSpokes = 12;
 // The darkest spoke goes round once per second.
 constexpr Nanoseconds kFrameInterval = kNanosecondsPerSecond / kSpokes;
 
-// The shape of an indicator, in fractions of its side. The spokes are black, and their opacity
+// The shape of a spinner, in fractions of its side. The spokes are black, and their opacity
 // makes the shades.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
@@ -122,7 +122,7 @@ void drawSpoke(CGRect frame, unsigned spoke, double opacity) {
   [path fill];
 }
 
-void drawIndicator(CGRect frame, unsigned position) {
+void drawSpinner(CGRect frame, unsigned position) {
   for (unsigned spoke = 0; spoke < kSpokes; ++spoke) {
     const unsigned shade = (position + kSpokes - spoke) % kSpokes;
     drawSpoke(frame, spoke, kDarkest + (kLightest - kDarkest) * shade / (kSpokes - 1));
@@ -250,7 +250,7 @@ void Cover::advance(Nanoseconds now) {
 void Cover::draw(NSRect bounds) const {
   for (const SceneItem& item : scene_) {
     if (item.kind == SceneItem::Kind::Spinner) {
-      drawIndicator(item.frame, position_);
+      drawSpinner(item.frame, position_);
       continue;
     }
     [[NSColor colorWithDeviceRed:item.color.red

@@ -20,8 +20,8 @@ namespace {
 // one pixel, some renderers leave the edges of the surface uncovered.
 constexpr int kColorSide = 16;
 
-// The scale of the indicators on a shared connection, which has no outputs. The compositor reduces
-// the indicators on an output with a lower scale.
+// The scale of the spinners on a shared connection, which has no outputs. The compositor reduces
+// the spinners on an output with a lower scale.
 constexpr double kSharedScale = 2;
 
 // The number that wp_fractional_scale_v1 sends for a scale of 1.
@@ -46,7 +46,7 @@ bool fills(CGRect frame, CGSize size) {
          frame.origin.y + frame.size.height >= size.height;
 }
 
-// The part of the window that an item occupies. An indicator is a centred square.
+// The part of the window that an item occupies. A spinner is a centred square.
 CGRect visibleFrame(const SceneItem& item) {
   if (item.kind == SceneItem::Kind::Fill) {
     return item.frame;

@@ -24,9 +24,9 @@ class Canvas final : public NonCopyable {
   /// Shows the scene on the surface, which gets the size `size` in surface coordinates. Commits the
   /// surface.
   void show(const Scene& scene, CGSize size);
-  /// Draws the picture of each animated indicator at the time `now`.
+  /// Draws the picture of each animated spinner at the time `now`.
   void animate(Nanoseconds now);
-  /// True if an indicator turns.
+  /// True if a spinner turns.
   [[nodiscard]] bool isAnimated() const;
   /// Returns true if this surface belongs to the canvas.
   [[nodiscard]] bool contains(const wl_surface* surface) const;
@@ -34,14 +34,14 @@ class Canvas final : public NonCopyable {
   void updateScale();
 
  private:
-  /// A surface that shows one colour or one indicator.
+  /// A surface that shows one colour or one spinner.
   struct Pane {
     SceneItem item;
     CGSize windowSize;  // the size of the canvas when the pane was opened
     Proxy<wl_surface> surface;
     Proxy<wl_subsurface> subsurface;
     Proxy<wp_viewport> viewport;
-    std::vector<Proxy<wl_buffer>> buffers;  // one colour, or the pictures of the indicator
+    std::vector<Proxy<wl_buffer>> buffers;  // one colour, or the pictures of the spinner
     std::size_t shownBuffer = 0;
   };
 
@@ -72,7 +72,7 @@ class Canvas final : public NonCopyable {
   std::vector<Pane> panes_;
   std::vector<wl_output*> outputs_;  // the outputs that show the surface
   double fractionalScale_ = 0;       // 0 if the compositor has not sent a scale
-  double paintedScale_ = 1;          // the scale of the painted indicators
+  double paintedScale_ = 1;          // the scale of the painted spinners
 };
 
 }  // namespace vel::wayland

@@ -9,7 +9,7 @@ namespace vel::wayland {
 
 namespace {
 
-// The shape of the indicator, in fractions of its side. All back ends draw the same shape.
+// The shape of the spinner, in fractions of its side. All back ends draw the same shape.
 constexpr double kOuterRadius = 0.5;
 constexpr double kInnerRadius = 0.24;
 constexpr double kSpokeWidth = 0.09;
@@ -35,7 +35,7 @@ double widthAt(double radius) {
   return kTipWidth + (kSpokeWidth - kTipWidth) * taper;
 }
 
-// Returns the spoke at a point. The centre of the indicator is (0, 0), and y grows downwards.
+// Returns the spoke at a point. The centre of the spinner is (0, 0), and y grows downwards.
 int spokeAt(double x, double y) {
   if (const double radius = std::hypot(x, y); radius < kInnerRadius || radius > kOuterRadius) {
     return kNoSpoke;  // most samples: skips the slow functions below

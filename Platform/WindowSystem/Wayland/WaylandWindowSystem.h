@@ -130,7 +130,7 @@ class WaylandWindowSystem final : public WindowSystem {
   std::uint64_t lastHandle_ = 0;
   WindowHandle modalWindow_ = WindowHandle::None;
   std::unique_ptr<wayland::FocusTracker> focus_;
-  Nanoseconds nextFrameTime_ = 0;  // of the indicators
+  Nanoseconds nextFrameTime_ = 0;  // of the spinners
   Nanoseconds lastReadTime_ = 0;   // when the back end has last read the connection
   bool isConnectionLost_ = false;
 };

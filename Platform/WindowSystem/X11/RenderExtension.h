@@ -11,7 +11,7 @@ namespace vel::x11 {
 
 /// The picture formats of the server's Render extension. The constructor only requests the formats.
 /// The first call of `formatOf` reads the reply, which usually has arrived by then. Without the
-/// extension, activity indicators are not drawn, and this class logs one line.
+/// extension, spinners are not drawn, and this class logs one line.
 class RenderExtension {
  public:
   explicit RenderExtension(Connection& connection);
