@@ -59,7 +59,7 @@ TEST_F(ViewTreeTest, AddingASubviewRemovesItFromItsPreviousSuperview) {
   EXPECT_EQ(backView->superview(), frontView);
 }
 
-TEST_F(ViewTreeTest, AddSubviewIgnoresNullTheViewItselfAndItsAncestors) {
+TEST_F(ViewTreeTest, AddSubviewIgnoresTheViewItselfAndItsAncestorsAndNull) {
   rootView->addSubview(nullptr);
   rootView->addSubview(rootView);
   frontView->addSubview(rootView);
@@ -105,8 +105,8 @@ TEST_F(ViewTreeTest, BoundsHaveTheSizeOfTheFrameAndOriginZero) {
   EXPECT_EQ(makeView(CGRectMake(3, 4, 50, 60))->bounds(), CGRectMake(0, 0, 50, 60));
 }
 
-// A superview of 100 by 100 points is resized to `size`. Its subview has the origin (10, 20) and
-// the size 30 by 40.
+// A subview has the frame (10, 20, 30, 40) and the autoresizing mask `mask`. Its superview is
+// resized from 100 by 100 points to `size`. The subview then has the frame `expectedFrame`.
 struct AutoresizingCase {
   const char* name;
   NSAutoresizingMaskOptions mask;
@@ -143,9 +143,9 @@ INSTANTIATE_TEST_SUITE_P(
                          CGRectMake(110, 80, 30, 40)},
         AutoresizingCase{"RightAndTopMargins", NSViewMaxXMargin | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 20, 30, 40)},
-        AutoresizingCase{"LeftAndRightMarginsShareTheChange", NSViewMinXMargin | NSViewMaxXMargin,
+        AutoresizingCase{"LeftAndRightMarginsChangeEqually", NSViewMinXMargin | NSViewMaxXMargin,
                          kLargerSize, CGRectMake(60, 20, 30, 40)},
-        AutoresizingCase{"HeightAndTopAndBottomMarginsShareTheChange",
+        AutoresizingCase{"HeightAndTopAndBottomMarginsChangeEqually",
                          NSViewMinYMargin | NSViewHeightSizable | NSViewMaxYMargin, kLargerSize,
                          CGRectMake(10, 40, 30, 60)},
         AutoresizingCase{"AWidthIsNeverNegative", NSViewWidthSizable, CGSize{20, 100},
@@ -165,7 +165,7 @@ TEST(AutoresizingTest, NestedViewsResizeTogether) {
   EXPECT_EQ(innerView->frame(), CGRectMake(0, 0, 300, 200));
 }
 
-TEST(AutoresizingTest, MovingASuperviewDoesNotChangeItsSubviews) {
+TEST(AutoresizingTest, MovingASuperviewDoesNotChangeTheFramesOfItsSubviews) {
   const auto outerView = makeView(CGRectMake(0, 0, 100, 100));
   const auto innerView = makeView(CGRectMake(10, 20, 30, 40));
   innerView->setAutoresizingMask(NSViewMinXMargin | NSViewWidthSizable);
@@ -194,7 +194,7 @@ class ConstraintTest : public testing::Test {
   Strong<NSView> innerView = makeView();
 };
 
-TEST_F(ConstraintTest, ConstraintsCentreAViewAndSetItsSize) {
+TEST_F(ConstraintTest, ConstraintsSetThePositionAndTheSizeOfAView) {
   activateConstraints(32, 32);
   EXPECT_EQ(innerView->frame(), CGRectMake(184, 134, 32, 32));
 }
@@ -224,7 +224,7 @@ TEST_F(ConstraintTest, AViewCanBeCentredOnASibling) {
   EXPECT_EQ(innerView->frame().origin, (CGPoint{110, 55}));
 }
 
-TEST_F(ConstraintTest, AnchorsSetTheAttributeRelationConstantAndItemsOfAConstraint) {
+TEST_F(ConstraintTest, AnchorsSetThePropertiesOfAConstraint) {
   const auto centreConstraint =
       innerView->centerXAnchor().constraintEqualToAnchor(outerView->centerXAnchor());
   EXPECT_EQ(centreConstraint->firstItem(), innerView);

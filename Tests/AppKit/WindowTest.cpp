@@ -22,7 +22,7 @@ TEST_F(WindowTest, ANewWindowIsClosed) {
   EXPECT_TRUE(windowOrder().empty());
 }
 
-TEST_F(WindowTest, ANewWindowHasAPlainContentViewOfItsSize) {
+TEST_F(WindowTest, ANewWindowHasAContentViewButNoContentViewController) {
   const auto window = makeClosedWindow("A");
   ASSERT_NE(window->contentView(), nullptr);
   EXPECT_EQ(window->contentView()->frame(), CGRectMake(0, 0, 1000, 600));
@@ -72,6 +72,7 @@ TEST_F(WindowTest, AReportedStackingOrderMovesOnlyTheOpenWindowsThatItLists) {
   openWindow("C");
   const auto closedWindow = openWindow("D");
   closedWindow->close();
+  // The handle 4711 belongs to no window.
   platform.windowSystem().userRestacksWindows(
       {windowA->handle(), closedWindow->handle(), WindowHandle{4711}, windowB->handle()});
   EXPECT_EQ(windowOrder(), (Events{"C", "A", "B"}));
@@ -111,7 +112,7 @@ TEST_F(WindowTest, AClosedWindowCanBeOpenedAgain) {
   EXPECT_EQ(platform.windowSystem().windowCount(), 1u);
 }
 
-TEST_F(WindowTest, TheApplicationKeepsAnOpenWindowAlive) {
+TEST_F(WindowTest, TheApplicationHoldsAStrongReferenceToAnOpenWindow) {
   Strong<NSWindow> window = openWindow("A");
   const Weak<NSWindow> weakWindow = window;
   window.reset();
@@ -150,7 +151,7 @@ TEST_F(WindowTest, TheWindowSystemReceivesChangesOfAnOpenWindow) {
   EXPECT_TRUE(description.isMovableByBackground);
 }
 
-TEST_F(WindowTest, AStyleMaskSetByTheOwnerBecomesTheWindowsStyleMask) {
+TEST_F(WindowTest, TheStyleMaskFollowsAChangeInTheWindowSystem) {
   const auto window = openWindow("A");
   platform.windowSystem().ownerSetsStyleMask(window->handle(), NSWindowStyleMaskTitled);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
@@ -183,7 +184,7 @@ TEST_F(WindowTest, SettingTheSameStyleMaskAgainNotifiesThePlatformObserver) {
   EXPECT_EQ(observer.masks, (std::vector<std::uint64_t>{7, 7}));
 }
 
-TEST_F(WindowTest, ThePlatformObserverReceivesOpeningAndClosing) {
+TEST_F(WindowTest, ThePlatformObserverIsNotifiedWhenAWindowOpensAndCloses) {
   struct Observer final : PlatformObserver {
     explicit Observer(EventRecorder& eventRecorder) : recorder(eventRecorder) {}
     void windowOpened(NSWindow& /*window*/) override { recorder.record("opened"); }
@@ -203,7 +204,7 @@ TEST_F(WindowTest, TheCloseControlClosesAWindow) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, WithoutACloseControlTheUserCannotCloseAWindow) {
+TEST_F(WindowTest, TheUserCannotCloseAWindowThatHasNoCloseControl) {
   const auto window = openWindow("A");
   window->setStyleMask(window->styleMask() & ~NSWindowStyleMaskClosable);
   platform.windowSystem().userClosesWindow(window->handle());
@@ -217,7 +218,7 @@ TEST_F(WindowTest, PerformCloseClosesAWindowWithACloseControl) {
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(WindowTest, TheCloseControlDoesNotCloseAWindowIfACloseRequestedHandlerIsSet) {
+TEST_F(WindowTest, TheHandlerOfCloseRequestsIsCalledInsteadOfClosingTheWindow) {
   const auto window = openWindow("A");
   Events windowsToClose;
   NSApp->setCloseRequestedHandler(
@@ -227,7 +228,7 @@ TEST_F(WindowTest, TheCloseControlDoesNotCloseAWindowIfACloseRequestedHandlerIsS
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(WindowTest, ACloseRequestedHandlerMayRemoveItself) {
+TEST_F(WindowTest, TheHandlerOfCloseRequestsMayRemoveItself) {
   const auto window = openWindow("A");
   auto callCount = std::make_shared<int>(0);
   NSApp->setCloseRequestedHandler([callCount](NSWindow&) {

@@ -1,5 +1,5 @@
-// A simulated host of the C interface, with a launch screen in virtual time on the headless
-// display.
+// Simulates a host, which is a program that uses the C interface. The launch screen is on the
+// headless display. It uses virtual time, which advances only in vel_run.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,6 +19,7 @@ struct CHost {
   std::vector<std::string> callbackLines;
   /// The lines that log_line has received.
   std::vector<std::string> log;
+  /// The result of may_disappear.
   bool mayDisappear = true;
   /// Called inside each callback with the callback's name. May be empty.
   std::function<void(const std::string& callback)> onCallback;

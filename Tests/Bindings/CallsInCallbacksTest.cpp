@@ -1,6 +1,7 @@
-// Calls from inside callbacks. The library calls log_line, will_appear and may_disappear during an
-// operation. Inside these three callbacks, vel_request and vel_present return VEL_BUSY. The library
-// calls all other callbacks after the operation. Inside those callbacks, both functions work.
+// Calls of the C interface from inside callbacks. The library calls log_line, will_appear and
+// may_disappear during an operation, such as showing the launch screen. Inside these three
+// callbacks, vel_request and vel_present return VEL_BUSY. The library calls all other callbacks
+// after the operation. Inside those callbacks, vel_request and vel_present work.
 //
 // The tests of vel_dismiss use mode "skip", in which the host may dismiss the launch screen at any
 // time.
@@ -19,12 +20,12 @@ class NextScreenInDidDisappearTest : public CBindingTest,
  protected:
   NextScreenInDidDisappearTest() {
     VelCreateOptions options = virtualOptions(&callbacks);
-    options.content_controller = 1;
+    options.content_controller = 1;  // A sheet requires a content controller.
     createAgain(options);
   }
 };
 
-TEST_P(NextScreenInDidDisappearTest, TheNextLaunchScreenCanBeShownAndEnds) {
+TEST_P(NextScreenInDidDisappearTest, TheNextLaunchScreenIsShownForItsRequestedTime) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "did_disappear" && !hasPresentedNext) {
@@ -111,7 +112,7 @@ TEST_F(CallsInCallbacksTest, RequestAndPresentReturnBusyInMayDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CallsInCallbacksTest, TheRequestCanBePresentedInStateChanged) {
+TEST_F(CallsInCallbacksTest, PresentSucceedsInStateChanged) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "state_changed") {
       presentStatus = vel_present(screen, VEL_PRESENT_MODAL);
@@ -125,7 +126,7 @@ TEST_F(CallsInCallbacksTest, TheRequestCanBePresentedInStateChanged) {
   EXPECT_EQ(std::ranges::count(host.callbackLines, "ended 1"), 1);  // VEL_END_TIME_USED_UP
 }
 
-TEST_F(CallsInCallbacksTest, ADismissalInWillAppearRunsInTheNextPass) {
+TEST_F(CallsInCallbacksTest, ADismissalInWillAppearTakesEffectInTheNextPump) {
   VelStatus dismissStatus = VEL_INTERNAL_ERROR;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "will_appear") {

@@ -1,4 +1,4 @@
-// The C interface over a window of an AppKit host.
+// The C interface in an AppKit host: the launch screen covers a window of the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -10,12 +10,13 @@
 #include "Bindings/C/vel_launch_screen.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
+// The library recognises the host's main window by this class name.
 @interface PlayerWindow : NSWindow
 @end
 @implementation PlayerWindow
 @end
 
-// The content of the host's window: one colour.
+// The content of the host's window. It is green everywhere.
 @interface GreenView : NSView
 @end
 @implementation GreenView
@@ -25,13 +26,14 @@
 }
 @end
 
-// Checks a condition sixty times per second. Stops the native loop when the condition is true or
-// the time limit has passed. `timer` fires until the native loop has stopped: the free AppKit of
-// GNUstep notices a posted event only when something else, here the timer, wakes the loop.
+// Checks a condition sixty times per second. Stops the native loop (`[NSApp run]` or the loop of a
+// modal dialog) when the condition is true or the deadline has passed. To stop the loop,
+// `checkCondition:` posts an event. The free AppKit of GNUstep notices this event only when
+// something else wakes the loop. Therefore `timer` fires until the loop has stopped.
 @interface LoopStopper : NSObject {
  @public
   const std::function<bool()>* condition;
-  vel::Nanoseconds limit;
+  vel::Nanoseconds deadline;
   NSTimer* timer;
   BOOL isConditionTrue;
 }
@@ -47,7 +49,7 @@
 }
 - (void)checkCondition:(NSTimer*)firedTimer {
   isConditionTrue = (*condition)() ? YES : NO;
-  if (!isConditionTrue && vel::test::steadyNow() < limit) {
+  if (!isConditionTrue && vel::test::steadyNow() < deadline) {
     return;
   }
   if ([NSApp modalWindow] != nil) {
@@ -76,9 +78,9 @@ using testing::Contains;
 
 constexpr std::uint32_t kGreen = 0x00FF00;
 
-/// A host with an application and a window of its own. It records its callbacks in `calls`, with
-/// the values of their arguments: "ended 1" means that the time was used up, "ended 2" that the
-/// host dismissed the launch screen. For record_event, `calls` has only the event.
+/// A host with an application and a window of its own. `calls` has a line for each callback
+/// except log_line, with the values of its arguments. "ended 1" means that the time was used up.
+/// The line for record_event is only the event.
 class CocoaCBinding : public testing::Test {
  protected:
   CocoaCBinding() {
@@ -93,16 +95,16 @@ class CocoaCBinding : public testing::Test {
     [window makeKeyAndOrderFront:nil];
     callbacks.user_data = this;
     callbacks.may_disappear = [](void* test) {
-      note(test, "may_disappear");
+      recordCall(test, "may_disappear");
       return 1;
     };
-    callbacks.did_disappear = [](void* test) { note(test, "did_disappear"); };
-    callbacks.record_event = [](void* test, const char* event) { note(test, event); };
+    callbacks.did_disappear = [](void* test) { recordCall(test, "did_disappear"); };
+    callbacks.record_event = [](void* test, const char* event) { recordCall(test, event); };
     callbacks.controls_kept = [](void* test, std::uint32_t controls) {
-      note(test, "controls_kept " + std::to_string(controls));
+      recordCall(test, "controls_kept " + std::to_string(controls));
     };
     callbacks.ended = [](void* test, VelEndReason reason) {
-      note(test, "ended " + std::to_string(reason));
+      recordCall(test, "ended " + std::to_string(reason));
     };
     callbacks.log_line = [](void* /*test*/, const char* /*line*/) {};
   }
@@ -117,7 +119,7 @@ class CocoaCBinding : public testing::Test {
     ASSERT_TRUE(runUntil([this] { return display.giveFocus(window); }));
   }
 
-  static void note(void* test, const std::string& call) {
+  static void recordCall(void* test, const std::string& call) {
     static_cast<CocoaCBinding*>(test)->calls.push_back(call);
   }
 
@@ -166,7 +168,7 @@ class CocoaCBinding : public testing::Test {
   static LoopStopper* makeStopper(const std::function<bool()>& condition) {
     LoopStopper* const stopper = [[[LoopStopper alloc] init] autorelease];
     stopper->condition = &condition;
-    stopper->limit = steadyNow() + kTimeout;
+    stopper->deadline = steadyNow() + kTimeout;
     return stopper;
   }
   static NSWindow* openSmallWindow() {
@@ -283,7 +285,7 @@ TEST_F(CocoaCBinding, ASheetIsWhiteUntilTheLaunchScreenEnds) {
   EXPECT_TRUE(runUntil([this] { return isAll(window, kGreen); }));
 }
 
-TEST_F(CocoaCBinding, ControlsThatTheWindowManagerKeepsAreReported) {
+TEST_F(CocoaCBinding, TheHostIsNotifiedOfDisabledControlsThatTheWindowManagerStillOffers) {
   present(60);
   // 6: the close and miniaturise controls.
   EXPECT_TRUE(runUntil([this] { return hasCall("controls_kept 6"); }));
@@ -336,7 +338,7 @@ TEST_F(CocoaCBinding, AModalDialogOfTheHostDoesNotStopTheLibrary) {
 TEST_F(CocoaCBinding, ACallOnAnotherThreadWakesTheNativeLoop) {
   present(60, VEL_PRESENT_EMBEDDED, "skip");
   ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NONE; }));
-  // While the countdown pauses, only the call on the other thread causes a pass.
+  // While the countdown is paused, only the call on the other thread gives the library work.
   NSWindow* const small = openSmallWindow();
   ASSERT_TRUE(runUntil([this] { return pauseReason() == VEL_PAUSE_NOT_IN_FRONT; }));
   std::thread([this] { vel_dismiss(screen); }).join();
@@ -345,7 +347,7 @@ TEST_F(CocoaCBinding, ACallOnAnotherThreadWakesTheNativeLoop) {
   [small release];
 }
 
-TEST_F(CocoaCBinding, AHostThatDoesNotRunTheNativeLoopCanPump) {
+TEST_F(CocoaCBinding, AHostCanCallPumpInsteadOfRunningTheNativeLoop) {
   present(1);
   EXPECT_TRUE(eventually([this] {
     vel_pump(screen, nullptr);
@@ -355,7 +357,7 @@ TEST_F(CocoaCBinding, AHostThatDoesNotRunTheNativeLoopCanPump) {
 
 TEST_F(CocoaCBinding, ACallbackInTheNativeLoopCanDestroyTheLaunchScreen) {
   callbacks.did_disappear = [](void* test) {
-    note(test, "did_disappear");
+    recordCall(test, "did_disappear");
     destroyScreen(test);
   };
   for (int run = 0; run < 2; ++run) {

@@ -1,5 +1,5 @@
-// The Objective-C interface adopts the windows of the process: it makes a window of the library for
-// each native window.
+// The Objective-C interface adopts native windows of the process: `windowFor` creates a window of
+// the library for a native window.
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -11,8 +11,8 @@
 #include "Platform/Foundation/NSLog.h"
 #include "Tests/Support/Cocoa/AppKitDisplay.h"
 
-// A window with an optional content view controller. The NSWindow of the free AppKit of GNUstep
-// does not have the operation `contentViewController`.
+// A native window with an optional content view controller. The NSWindow of the free AppKit of
+// GNUstep does not have the operation `contentViewController`.
 @interface ControllerWindow : NSWindow {
  @public
   NSViewController* controller;  // not retained
@@ -24,7 +24,8 @@
 }
 @end
 
-// The library recognises a consent dialog by this class name of its controller.
+// The library recognises a consent dialog by the class name of its content view controller:
+// GDPRViewController.
 @interface GDPRViewController : NSViewController
 @end
 @implementation GDPRViewController
@@ -95,7 +96,7 @@ TEST_F(NativeApplicationTest, AdoptsAReopenedWindowAgainEvenBeforeEventsAreDeliv
 #endif
 // The sanitizer for undefined behaviour needs file descriptors to check the types of objects.
 #if !__has_feature(undefined_behavior_sanitizer)
-TEST_F(NativeApplicationTest, AStartWithoutFileDescriptorsFailsAndCanBeRepeated) {
+TEST_F(NativeApplicationTest, StartApplicationFailsWithoutFileDescriptorsAndCanBeCalledAgain) {
   vel::NSApplication::stop();
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
