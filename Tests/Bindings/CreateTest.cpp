@@ -1,4 +1,4 @@
-// The creation of a launch screen, and invalid handles and options.
+// vel_create, calls with an invalid handle, the status texts and the version.
 #include <gmock/gmock.h>
 
 #include <cstring>
@@ -20,7 +20,7 @@ class CreateTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-/// The structure of a later version, which has one more member.
+/// `Structure` as a later version of the library might declare it: with one more member.
 template <class Structure>
 struct LaterStructure {
   Structure knownMembers;
@@ -44,7 +44,7 @@ TEST(VersionTest, TheCFunctionsReturnTheVersionOfTheLibrary) {
   EXPECT_STREQ(vel_version_string(), VelLaunchScreenVersionString);
 }
 
-TEST_F(CreateTest, DefaultOptionsOpenAWindowOf1280By720) {
+TEST_F(CreateTest, CreateOpensAWindowOf1280By720ByDefault) {
   VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK) << vel_last_error();
   ASSERT_NE(screen, nullptr);
@@ -55,7 +55,7 @@ TEST_F(CreateTest, DefaultOptionsOpenAWindowOf1280By720) {
   EXPECT_EQ(NSApp->keyWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(CreateTest, TheWindowHasTheTitleSizeAndControllerOfTheOptions) {
+TEST_F(CreateTest, OptionsSetTheTitleTheSizeAndTheContentController) {
   VelCreateOptions options = virtualOptions();
   options.title = "A game";
   options.width = 640;
@@ -67,7 +67,7 @@ TEST_F(CreateTest, TheWindowHasTheTitleSizeAndControllerOfTheOptions) {
   EXPECT_NE(NSApp->keyWindow()->contentViewController(), nullptr);
 }
 
-TEST_F(CreateTest, WithoutAPointerForTheHandleNothingIsCreated) {
+TEST_F(CreateTest, CreateRefusesANullPointerForTheHandle) {
   const VelCreateOptions options = virtualOptions();
   EXPECT_EQ(vel_create(&options, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_STRNE(vel_last_error(), "");
@@ -103,7 +103,7 @@ TEST_F(CreateTest, AHugeStructureSizeIsRefused) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_INVALID_ARGUMENT);
 }
 
-TEST_F(CreateTest, TheSizeOfTheCallbacksStructureIsAlsoChecked) {
+TEST_F(CreateTest, CreateChecksTheSizeAndTheUnknownMembersOfTheCallbacks) {
   LaterStructure<VelCallbacks> callbacks{VEL_CALLBACKS_INIT};
   const VelCreateOptions options = virtualOptions(&callbacks.knownMembers);
   callbacks.knownMembers.size = sizeof(VelCallbacks) - 1;
@@ -141,7 +141,7 @@ TEST_F(CreateTest, AnUnknownClockAndAnInvalidWindowSizeAreRefused) {
   }
 }
 
-TEST_F(CreateTest, ForAnUnsupportedDisplayTheStatusIsNoDisplay) {
+TEST_F(CreateTest, CreateReturnsNoDisplayForAnUnsupportedDisplay) {
   VelCreateOptions options = virtualOptions();
   options.display = "punched cards";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -149,7 +149,7 @@ TEST_F(CreateTest, ForAnUnsupportedDisplayTheStatusIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, IfTheX11DisplayCannotBeOpenedTheStatusIsNoDisplay) {
+TEST_F(CreateTest, CreateReturnsNoDisplayIfTheX11DisplayCannotBeOpened) {
   VelCreateOptions options = virtualOptions();
   options.display = "x11";
   options.display_name = ":2147483647";
@@ -158,7 +158,7 @@ TEST_F(CreateTest, IfTheX11DisplayCannotBeOpenedTheStatusIsNoDisplay) {
   EXPECT_EQ(NSApp, nullptr);
 }
 
-TEST_F(CreateTest, WithoutTheCocoaBackEndTheStatusForCocoaIsNoDisplay) {
+TEST_F(CreateTest, CreateReturnsNoDisplayIfTheCocoaBackEndIsNotBuiltIn) {
   VelCreateOptions options = virtualOptions();
   options.display = "cocoa";
   EXPECT_EQ(vel_create(&options, &screen), VEL_NO_DISPLAY);
@@ -196,7 +196,7 @@ TEST_F(CreateTest, AProcessHasOneLaunchScreenAtATime) {
   EXPECT_EQ(vel_create(&options, &screen), VEL_OK);
 }
 
-TEST_F(CreateTest, WhileTheHostHasItsOwnNSApplicationNoLaunchScreenIsCreated) {
+TEST_F(CreateTest, CreateIsRefusedWhileTheHostHasItsOwnNSApplication) {
   const VirtualPlatform platform;
   const Strong<NSApplication> application = NSApp;
   const VelCreateOptions options = virtualOptions();
@@ -224,7 +224,7 @@ TEST_F(CreateTest, DestroySetsTheHandleToNullAndRefusesANullHandle) {
 // Calls every function that takes a handle, and returns their results.
 std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
   const VelRequest request = makeRequest("launch_end", 1);
-  int number = 0;
+  int integerResult = 0;
   double seconds = 0;
   VelPause reason = VEL_PAUSE_NONE;
   VelState state = VEL_STATE_NONE;
@@ -233,12 +233,12 @@ std::vector<VelStatus> callAllFunctions(VelLaunchScreen* screen) {
           vel_request_json(screen, "{}", 2),
           vel_present(screen, VEL_PRESENT_EMBEDDED),
           vel_dismiss(screen),
-          vel_pump(screen, &number),
+          vel_pump(screen, &integerResult),
           vel_run(screen, 0),
-          vel_poll_descriptor(screen, &number),
+          vel_poll_descriptor(screen, &integerResult),
           vel_next_deadline(screen, &seconds),
           vel_seconds_left(screen, &seconds),
-          vel_is_up(screen, &number),
+          vel_is_up(screen, &integerResult),
           vel_pause_reason(screen, &reason),
           vel_state(screen, &state),
           vel_resized(screen, 1, 1),
@@ -271,7 +271,7 @@ TEST_F(CreateTest, NoFunctionAcceptsAHandleThatWasNeverCreated) {
               testing::Each(VEL_NOT_ALIVE));
 }
 
-TEST_F(CreateTest, ANullPointerForAResultIsRefusedExceptByPump) {
+TEST_F(CreateTest, OnlyPumpAcceptsANullPointerForItsResult) {
   const VelCreateOptions options = virtualOptions();
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);
   EXPECT_EQ(vel_poll_descriptor(screen, nullptr), VEL_INVALID_ARGUMENT);

@@ -1,6 +1,7 @@
-// vel_destroy in every state and inside every callback. The number after "ended" is a VelEndReason:
-// 1 time used up, 3 window closed, 4 display lost, 5 destroyed. In the callback lines,
-// "state_changed 3" is VEL_STATE_LOADED.
+// vel_destroy in every state and inside every callback. The host records one line for each
+// callback except log_line, such as "ended 1". The number after "ended" is a VelEndReason: 1 time
+// used up, 3 window closed, 4 display lost, 5 destroyed. The line "state_changed 3" reports
+// VEL_STATE_LOADED.
 #include "Platform/AppKit/NSApplication.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Bindings/CScreen.h"
@@ -28,11 +29,12 @@ class DestroyTest : public CBindingTest {
                                         "did_disappear", "record_event launch_end", "ended 1"}));
   }
 
-  /// Destroys the launch screen. Expects that `vel_destroy` calls exactly `lastCallbacks`.
-  void destroyAndExpectDestroyed(const std::vector<std::string>& lastCallbacks = {}) {
+  /// Destroys the launch screen. Expects that `vel_destroy` calls the callbacks of
+  /// `expectedLines` and no other callback.
+  void destroyAndExpectDestroyed(const std::vector<std::string>& expectedLines = {}) {
     host.callbackLines.clear();
     EXPECT_EQ(vel_destroy(&screen), VEL_OK);
-    EXPECT_EQ(host.callbackLines, lastCallbacks);
+    EXPECT_EQ(host.callbackLines, expectedLines);
     expectDestroyed();
   }
 };
@@ -99,7 +101,7 @@ TEST_F(DestroyTest, AfterTheOwnerHasDestroyedTheWindow) {
 class DestroyInsideCallbackTest : public DestroyTest,
                                   public testing::WithParamInterface<const char*> {};
 
-TEST_P(DestroyInsideCallbackTest, OnlyEndedIsCalledAfterDestroy) {
+TEST_P(DestroyInsideCallbackTest, NoCallbackExceptEndedFollowsDestroy) {
   bool isDestroyed = false;
   host.onCallback = [&](const std::string& callback) {
     EXPECT_TRUE(!isDestroyed || callback == "ended") << callback << " is called after vel_destroy";
@@ -138,7 +140,8 @@ TEST_F(DestroyTest, InsideDisplayLost) {
       EXPECT_EQ(vel_destroy(&screen), VEL_OK);
     }
   };
-  // A real display is lost in a pass of the run loop, so the test queues the loss.
+  // The library notices the loss of a real display in a pass of the run loop. The test therefore
+  // causes the loss in a pass.
   dispatch_async(dispatch_get_main_queue(), [] { windowSystem().serverClosesConnection("gone"); });
   EXPECT_EQ(vel_pump(screen, nullptr), VEL_OK);
   EXPECT_EQ(host.callbackLines[host.callbackLines.size() - 2], "display_lost gone");
@@ -189,7 +192,7 @@ TEST_F(DestroyTest, ACallbackCanCallPumpAndRun) {
     }
   };
   present(VEL_PRESENT_EMBEDDED, 1);
-  // The vel_run inside the callback advances the time beyond the end of this vel_run.
+  // The callback advances the time beyond the 2 s of the next call.
   EXPECT_EQ(vel_run(screen, 2), VEL_OK);
   EXPECT_EQ(vel_run(screen, 1), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "ended 1");

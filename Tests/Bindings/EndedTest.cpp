@@ -39,7 +39,7 @@ class EndedTest : public CBindingTest {
   }
 };
 
-TEST_F(EndedTest, WithoutAContentControllerEndedIsCalledASecondAfterDidDisappear) {
+TEST_F(EndedTest, EndedIsCalledOneSecondAfterDidDisappearWithoutAContentController) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 2.09), VEL_OK);
   EXPECT_EQ(std::ranges::count(host.callbackLines, "did_disappear"), 1);
@@ -51,7 +51,7 @@ TEST_F(EndedTest, WithoutAContentControllerEndedIsCalledASecondAfterDidDisappear
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, WithAContentControllerEndedIsCalledRightAfterDidDisappear) {
+TEST_F(EndedTest, EndedIsCalledRightAfterDidDisappearWithAContentController) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
@@ -64,7 +64,7 @@ TEST_F(EndedTest, WithAContentControllerEndedIsCalledRightAfterDidDisappear) {
   }
 }
 
-TEST_F(EndedTest, AfterAnExceptionDuringThePresentationTheEndIsStillReported) {
+TEST_F(EndedTest, TheEndIsReportedAfterAnExceptionInWillAppear) {
   const VelRequest request = makeRequest("launch_end", 60, "skip");
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
   host.onCallback = [](const std::string& callback) {
@@ -80,12 +80,12 @@ TEST_F(EndedTest, AfterAnExceptionDuringThePresentationTheEndIsStillReported) {
   expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, InSkipModeTheTimeCanAlsoBeUsedUp) {
+TEST_F(EndedTest, TheTimeCanBeUsedUpInSkipMode) {
   present(VEL_PRESENT_MODAL, 1, "skip");
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, WithAContentControllerDismissCallsEndedAtOnce) {
+TEST_F(EndedTest, DismissCallsEndedAtOnceWithAContentController) {
   for (const VelPresentation presentation :
        {VEL_PRESENT_EMBEDDED, VEL_PRESENT_SHEET, VEL_PRESENT_MODAL}) {
     createWithContentController();
@@ -96,14 +96,14 @@ TEST_F(EndedTest, WithAContentControllerDismissCallsEndedAtOnce) {
   }
 }
 
-TEST_F(EndedTest, WithoutAContentControllerDismissCallsEndedLater) {
+TEST_F(EndedTest, DismissDoesNotCallEndedAtOnceWithoutAContentController) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
   expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
+TEST_F(EndedTest, APostponedDismissalHasTheReasonDismissed) {
   present(VEL_PRESENT_MODAL, 60, "skip");
   ASSERT_EQ(vel_run(screen, 1), VEL_OK);
   runInPass([] { windowSystem().userMovesFocusAway(); });
@@ -113,14 +113,14 @@ TEST_F(EndedTest, ADismissalPostponedUntilTheWindowIsKeyHasTheReasonDismissed) {
   expectEndedOnce(VEL_END_DISMISSED);
 }
 
-TEST_F(EndedTest, ADismissalRefusedInForcedModeDoesNotChangeTheReason) {
+TEST_F(EndedTest, ARefusedDismissalDoesNotChangeTheReason) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
   EXPECT_EQ(endCount(), 0u);
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, AfterARefusedDismissalAClosedWindowHasTheReasonWindowClosed) {
+TEST_F(EndedTest, AClosedWindowHasTheReasonWindowClosedAfterARefusedDismissal) {
   present(VEL_PRESENT_MODAL, 5);
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the window stays
   runInPass([] { windowSystem().ownerDestroysWindow(NSApp->modalWindow()->handle()); });
@@ -175,7 +175,7 @@ TEST_F(EndedTest, DestroyCallsEndedLastWithTheReasonDestroyed) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-TEST_F(EndedTest, TheEndedCallbackInsideDestroyCanCreateALaunchScreen) {
+TEST_F(EndedTest, EndedCanCreateALaunchScreenInsideDestroy) {
   present(VEL_PRESENT_EMBEDDED, 5);
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended") {
@@ -187,7 +187,7 @@ TEST_F(EndedTest, TheEndedCallbackInsideDestroyCanCreateALaunchScreen) {
   EXPECT_NE(screen, nullptr);
 }
 
-TEST_F(EndedTest, DestroyInsideACallbackEndsTheLaunchScreenOnce) {
+TEST_F(EndedTest, DestroyInsideACallbackCausesOneCallOfEnded) {
   for (const char* name : {"will_appear", "may_disappear", "did_disappear", "record_event"}) {
     const VelCreateOptions options = virtualOptions(&callbacks);
     host.onCallback = nullptr;
@@ -229,8 +229,8 @@ TEST_F(EndedTest, DestroyInsideNestedCallbacksReportsTheEnd) {
   EXPECT_EQ(endCount(), 1u);
 }
 
-// vel_present logs a line before it shows the launch screen. At that time, the launch screen is not
-// shown yet, but it has not ended.
+// vel_present calls log_line before it shows the launch screen. At that time, vel_pump must not
+// call `ended`, although no launch screen is shown.
 TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   host.onCallback = [this](const std::string& callback) {
     if (callback == "log_line") {
@@ -242,14 +242,14 @@ TEST_F(EndedTest, APumpInsideLogLineDoesNotCallEnded) {
   expectEndedOnce(VEL_END_TIME_USED_UP);
 }
 
-TEST_F(EndedTest, WithoutAPresentationEndedIsNotCalled) {
+TEST_F(EndedTest, EndedIsNotCalledWithoutAPresentation) {
   const VelRequest request = makeRequest("launch_end", 1);
   ASSERT_EQ(vel_request(screen, &request), VEL_OK);
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
   EXPECT_EQ(endCount(), 0u);
 }
 
-TEST_F(EndedTest, TheEndedCallbackCanPresentTheNextLaunchScreen) {
+TEST_F(EndedTest, EndedCanPresentTheNextLaunchScreen) {
   bool hasPresentedNext = false;
   host.onCallback = [&](const std::string& callback) {
     if (callback == "ended" && !hasPresentedNext) {

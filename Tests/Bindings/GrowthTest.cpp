@@ -40,7 +40,8 @@ void createAndDestroy(int round) {
   }
   ASSERT_EQ(vel_pump(screen, nullptr), VEL_OK);
   if (options.time == VEL_TIME_VIRTUAL) {
-    // The rounds destroy the launch screen at seven different times. Some are after the countdown.
+    // The rounds destroy the launch screen at seven different times, during and after the
+    // countdown.
     ASSERT_EQ(vel_run(screen, 0.3 * (round % 7)), VEL_OK);
   }
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);

@@ -39,8 +39,8 @@ class HostWindowTest : public testing::Test {
     options.host_window = &window;
     return vel_create(&options, &screen);
   }
-  /// Calls `create` with a Wayland window that `change` has changed.
-  VelStatus createOverChangedWindow(const std::function<void(VelHostWindow&)>& change) {
+  /// Calls `change` with a valid Wayland window, and then `create` with the changed window.
+  VelStatus createWithChangedWaylandWindow(const std::function<void(VelHostWindow&)>& change) {
     VelHostWindow window = waylandWindow();
     change(window);
     return create(window);
@@ -49,7 +49,7 @@ class HostWindowTest : public testing::Test {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_F(HostWindowTest, OnTheHeadlessDisplayEveryHostWindowIsABadWindow) {
+TEST_F(HostWindowTest, EveryHostWindowIsABadWindowOnTheHeadlessDisplay) {
   VelHostWindow x11 = VEL_HOST_WINDOW_INIT;
   x11.x11_window = 4711;
   VelHostWindow cocoa = VEL_HOST_WINDOW_INIT;
@@ -65,10 +65,11 @@ TEST_F(HostWindowTest, OnTheHeadlessDisplayEveryHostWindowIsABadWindow) {
 
 TEST_F(HostWindowTest, AHostWindowMustBelongToExactlyOneWindowSystem) {
   EXPECT_EQ(create(VEL_HOST_WINDOW_INIT), VEL_INVALID_ARGUMENT);
-  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.x11_window = 1; }),
+  EXPECT_EQ(createWithChangedWaylandWindow([](VelHostWindow& window) { window.x11_window = 1; }),
             VEL_INVALID_ARGUMENT);
-  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.ns_window = kNSWindow; }),
-            VEL_INVALID_ARGUMENT);
+  EXPECT_EQ(
+      createWithChangedWaylandWindow([](VelHostWindow& window) { window.ns_window = kNSWindow; }),
+      VEL_INVALID_ARGUMENT);
 }
 
 TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
@@ -79,12 +80,14 @@ TEST_F(HostWindowTest, AWaylandWindowNeedsADisplayASurfaceAndAValidSize) {
       [](VelHostWindow& window) { window.height = 0.5; },
       [](VelHostWindow& window) { window.height = 32768; }};
   for (const auto& change : changes) {
-    EXPECT_EQ(createOverChangedWindow(change), VEL_INVALID_ARGUMENT);
+    EXPECT_EQ(createWithChangedWaylandWindow(change), VEL_INVALID_ARGUMENT);
     EXPECT_STRNE(vel_last_error(), "");
   }
-  // The toplevel is optional. The headless display refuses even a valid host window.
-  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
-            VEL_BAD_WINDOW);
+  // The toplevel is optional, so this structure is valid. VEL_BAD_WINDOW: the headless display
+  // refuses every valid host window.
+  EXPECT_EQ(
+      createWithChangedWaylandWindow([](VelHostWindow& window) { window.xdg_toplevel = nullptr; }),
+      VEL_BAD_WINDOW);
 }
 
 TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
@@ -96,7 +99,7 @@ TEST_F(HostWindowTest, OptionsWithBothWindowAndHostWindowAreRefused) {
 }
 
 TEST_F(HostWindowTest, ASmallerStructureIsRefusedAndUnknownMembersMustBeZero) {
-  EXPECT_EQ(createOverChangedWindow([](VelHostWindow& window) { --window.size; }),
+  EXPECT_EQ(createWithChangedWaylandWindow([](VelHostWindow& window) { --window.size; }),
             VEL_INVALID_ARGUMENT);
   struct LaterHostWindow {
     VelHostWindow known;
@@ -104,8 +107,9 @@ TEST_F(HostWindowTest, ASmallerStructureIsRefusedAndUnknownMembersMustBeZero) {
   } later{waylandWindow(), 1};
   later.known.size = sizeof later;
   EXPECT_EQ(create(later.known), VEL_INVALID_ARGUMENT);
-  // The structure is now valid. The headless display refuses even a valid host window.
   later.unknown = 0;
+  // The structure is now valid. VEL_BAD_WINDOW: the headless display refuses every valid host
+  // window.
   EXPECT_EQ(create(later.known), VEL_BAD_WINDOW);
 }
 

@@ -1,4 +1,4 @@
-// A host that runs its own loop.
+// vel_pump, vel_run, and the poll descriptor and the next deadline for a host with its own loop.
 #include <poll.h>
 
 #include <chrono>
@@ -20,7 +20,7 @@ class CLoopTest : public CBindingTest {
     EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
   }
 
-  /// Returns true if the descriptor becomes readable within this time.
+  /// Returns true if the descriptor becomes readable within `milliseconds`.
   [[nodiscard]] bool becomesReadable(int milliseconds) const {
     pollfd pollEntry{.fd = descriptor, .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, milliseconds) == 1;
@@ -102,7 +102,7 @@ TEST_F(CLoopTest, ARunTakesAtLeastTheGivenTime) {
 
 using CVirtualLoopTest = CBindingTest;
 
-TEST_F(CVirtualLoopTest, InVirtualTimeThereIsNoPollDescriptor) {
+TEST_F(CVirtualLoopTest, VirtualTimeHasNoPollDescriptor) {
   int descriptor = 0;
   EXPECT_EQ(vel_poll_descriptor(screen, &descriptor), VEL_OK);
   EXPECT_EQ(descriptor, -1);
@@ -135,7 +135,7 @@ TEST_F(CVirtualLoopTest, VirtualTimeEndsAfterNineBillionSeconds) {
   EXPECT_EQ(vel_run(screen, 1e9), VEL_INVALID_ARGUMENT);
   EXPECT_STREQ(vel_last_error(), "virtual time ends after 9000000000 seconds");
   EXPECT_EQ(vel_run(screen, 0), VEL_OK);
-  // A launch screen can still be shown, but its time does not advance.
+  // A launch screen can still be shown, but its countdown does not advance.
   present(VEL_PRESENT_MODAL, 1);
   EXPECT_EQ(vel_run(screen, 0.5), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(secondsLeft(), 1);

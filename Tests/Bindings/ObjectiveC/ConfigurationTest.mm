@@ -1,3 +1,5 @@
+// The Objective-C class LaunchScreenConfiguration. Each object reads and changes a C++ object of
+// the library, a vel::LaunchScreenConfiguration.
 #include <gmock/gmock.h>
 
 #include "Bindings/ObjectiveC/NativeValues.h"
@@ -16,7 +18,7 @@ class ObjectiveCConfiguration : public vel::test::VirtualPlatformTest {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
 };
 
-TEST_F(ObjectiveCConfiguration, TheDefaultIsASingleObjectThatHasNoSettings) {
+TEST_F(ObjectiveCConfiguration, TheDefaultConfigurationIsASingleObjectWithInitialValues) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   EXPECT_FALSE([configuration skipMode]);
   EXPECT_TRUE([configuration nextEventName] == nil);
@@ -25,7 +27,7 @@ TEST_F(ObjectiveCConfiguration, TheDefaultIsASingleObjectThatHasNoSettings) {
   EXPECT_TRUE([LaunchScreenConfiguration getDefaultConfiguration] == configuration);
 }
 
-TEST_F(ObjectiveCConfiguration, SettersWriteToTheLibrarysConfiguration) {
+TEST_F(ObjectiveCConfiguration, SettersChangeTheObjectOfTheLibrary) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   [configuration setSkipMode:YES];
   [configuration setNextEventName:@"launch_end"];
@@ -39,7 +41,7 @@ TEST_F(ObjectiveCConfiguration, SettersWriteToTheLibrarysConfiguration) {
   EXPECT_EQ([configuration expirationTimeInterval], 2.5);
 }
 
-TEST_F(ObjectiveCConfiguration, TheDefaultCanBeReplaced) {
+TEST_F(ObjectiveCConfiguration, TheDefaultConfigurationCanBeReplaced) {
   LaunchScreenConfiguration* const replacement =
       [[[LaunchScreenConfiguration alloc] init] autorelease];
   [LaunchScreenConfiguration setDefaultConfiguration:replacement];
@@ -58,13 +60,13 @@ TEST_F(ObjectiveCConfiguration, NilIsLoggedAndDoesNotReplaceTheDefault) {
                           "setDefaultConfiguration:]): Failed to set nil configuration!"));
 }
 
-TEST_F(ObjectiveCConfiguration, IfTheLibraryReplacesTheDefaultTheHostGetsAnotherObject) {
+TEST_F(ObjectiveCConfiguration, TheHostGetsAnotherObjectAfterTheLibraryReplacesTheDefault) {
   LaunchScreenConfiguration* const configuration = [LaunchScreenConfiguration defaultConfiguration];
   vel::LaunchScreenConfiguration::setDefaultConfiguration(vel::LaunchScreenConfiguration::init());
   EXPECT_TRUE([LaunchScreenConfiguration defaultConfiguration] != configuration);
 }
 
-TEST_F(ObjectiveCConfiguration, TheConstantsAreThoseOfTheLibrary) {
+TEST_F(ObjectiveCConfiguration, TheConstantsEqualTheConstantsOfTheLibrary) {
   using vel_objc::textOf;
   EXPECT_EQ(textOf(kLaunchScreenEngine), vel::kLaunchScreenEngine);
   EXPECT_EQ(textOf(LaunchScreenContentRequest.mode), vel::LaunchScreenContentRequest.mode);

@@ -15,7 +15,7 @@ std::vector<std::string>& recordedEvents() {
 
 }  // namespace
 
-// The test creates the class MetricsCenter at run time, and gives it the operation of this class.
+// At run time, the test creates the class MetricsCenter with the logEvent: of EventRecorder.
 @interface EventRecorder : NSObject
 + (void)logEvent:(NSString*)name;
 @end
@@ -29,9 +29,9 @@ namespace {
 
 using testing::ElementsAre;
 
-// A process cannot remove a class, so one test checks the event first without the class, then with
-// it.
-TEST(ObjectiveCEvent, GoesToTheClassMetricsCenterAsSoonAsTheProcessHasIt) {
+// A process cannot remove a class. One test therefore records an event without MetricsCenter, and
+// then an event with MetricsCenter.
+TEST(ObjectiveCEvent, GoesToMetricsCenterAsSoonAsTheClassExists) {
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   vel::test::VirtualPlatform platform;
   vel_objc::recordEvent("first");
