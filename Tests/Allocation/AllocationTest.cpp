@@ -15,8 +15,8 @@ std::size_t allocationCount = 0;
 
 }  // namespace
 
-// The array and `nothrow` forms of `new` without an alignment also call this function. `noinline`
-// prevents a false compiler warning that `malloc` and `delete` do not match.
+// The default `new[]` and `nothrow` forms call this function, except for over-aligned types.
+// `noinline` prevents a false compiler warning that `malloc` and `delete` do not match.
 // NOLINTBEGIN(misc-new-delete-overloads)
 [[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocationCount;

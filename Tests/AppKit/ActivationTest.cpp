@@ -92,7 +92,7 @@ TEST_F(ActivationTest, ASecondDeactivationOrActivationPostsNothing) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"A becomes key", "application becomes active"}));
 }
 
-TEST_F(ActivationTest, ActivationRestoresTheKeyWindowOfTheLastDeactivation) {
+TEST_F(ActivationTest, ActivationRestoresTheWindowThatWasKeyAtTheLastDeactivation) {
   openKeyWindow("A");
   openKeyWindow("B");
   deactivate();

@@ -16,7 +16,7 @@
 namespace vel::test {
 namespace {
 
-/// A window system whose results and reports the test chooses.
+/// A window system whose results the test chooses. To report an event, the test calls `delegate`.
 class ScriptedWindowSystem final : public WindowSystem {
  public:
   void setDelegate(WindowSystemDelegate* newDelegate) override { delegate = newDelegate; }
@@ -64,8 +64,8 @@ class ScriptedWindowSystem final : public WindowSystem {
   /// The result of `adoptWindow`.
   std::optional<AdoptedWindow> adoptionResult;
   int releaseCount = 0;
-  /// If true, each operation causes a report: `nextDeadline` returns 0 (now) until the next
-  /// `deliverEvents`.
+  /// If true, each operation makes a report due: `nextDeadline` returns 0, which means now, until
+  /// the next `deliverEvents`.
   bool operationsCauseReports = false;
 
  private:
@@ -93,12 +93,14 @@ class ApplicationTest : public EventRecordingTest {
   }
 };
 
-/// A host that polls the run loop's descriptor in real time and calls AppKit between two passes.
+/// A host that polls the run loop's descriptor in real time and calls AppKit between two passes of
+/// the run loop.
 class PollingHostTest : public ApplicationTest {
  protected:
   PollingHostTest() {
     loop.useRealTime();
-    window->contentView()->setWantsLayer(true);  // for `setBackgroundColor`
+    // The operation `setBackgroundColor` needs a layer.
+    window->contentView()->setWantsLayer(true);
   }
 
   /// Runs passes until the descriptor is no longer readable, as a host does before it waits.
@@ -212,7 +214,7 @@ TEST_F(ApplicationTest, AWindowOfAStoppedApplicationCanBeOpenedInTheNextApplicat
   EXPECT_EQ(windowOrder(), Events{"A"});
 }
 
-TEST_F(ApplicationTest, WithoutAnApplicationAWindowStoresItsPropertiesButDoesNotOpen) {
+TEST_F(ApplicationTest, AWindowStoresItsPropertiesButDoesNotOpenWithoutAnApplication) {
   const auto window = openWindow("A");
   NSApplication::stop();
   window->makeKeyAndOrderFront();
@@ -293,14 +295,14 @@ TEST_F(ApplicationTest, AnActivationReportThatNamesAWindowDoesNotRestoreThePrevi
 
 // The kept controls are the controls that the window manager still offers although the style mask
 // excludes them.
-TEST_F(ApplicationTest, TheControlsKeptHandlerReceivesTheWindowAndTheKeptControls) {
+TEST_F(ApplicationTest, TheHandlerForKeptControlsReceivesTheWindowAndTheControls) {
   ScriptedWindowSystem& windowSystem = startScriptedWindowSystem();
   const auto window = openWindow("A");
   // Without a handler the report does nothing.
   windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);
   NSWindowStyleMask keptControls = 0;
-  NSApp->setControlsKeptHandler([&](NSWindow& changedWindow, NSWindowStyleMask controls) {
-    EXPECT_EQ(&changedWindow, window.get());
+  NSApp->setControlsKeptHandler([&](NSWindow& reportedWindow, NSWindowStyleMask controls) {
+    EXPECT_EQ(&reportedWindow, window.get());
     keptControls = controls;
   });
   windowSystem.delegate->controlsKept(window->handle(), NSWindowStyleMaskClosable);

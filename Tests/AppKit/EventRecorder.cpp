@@ -24,8 +24,8 @@ void NotificationRecorder::observe() {
 EventRecordingTest::~EventRecordingTest() {
   NSNotificationCenter::defaultCenter().removeObserver(notificationRecorder_.get());
   setPlatformObserver(nullptr);
-  // The controllers record their last calls in `stop`, so `stop` must run before the recorder is
-  // destroyed.
+  // `stop` closes the windows. Their view controllers then record events, so `recorder` must still
+  // exist.
   NSApplication::stop();
 }
 

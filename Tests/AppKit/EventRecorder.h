@@ -14,6 +14,7 @@
 
 namespace vel::test {
 
+/// Events or other short texts, such as the names of windows.
 using Events = std::vector<std::string>;
 
 /// A list of events, each a line of text. A test can run a function at the next occurrence of an
@@ -39,7 +40,8 @@ class EventRecorder {
   std::map<std::string, std::function<void()>> reactions_;
 };
 
-/// A view controller that records the calls of its life-cycle methods, such as "main will appear".
+/// A view controller that records the calls of its life-cycle methods. An event contains the
+/// controller's name, as in "host will appear".
 class RecordingController final
     : public Class<RecordingController, "RecordingController", NSViewController> {
  public:
@@ -97,17 +99,17 @@ class NotificationRecorder final : public Class<NotificationRecorder, "Notificat
   }
 
  private:
-  void record(const NSNotification& notification, std::string_view event) {
+  void record(const NSNotification& notification, std::string_view verb) {
     recorder_.record(std::string(send(notification.object(), &NSObject::className)) +
-                     std::string(event));
+                     std::string(verb));
   }
 
   EventRecorder& recorder_;
 };
 
 /// A fixture with a virtual platform. Records the events of windows, view controllers and the
-/// application. An event names a window by its class name. The functions that make a window set its
-/// class name to `name`.
+/// application. An event names a window by its class name. `openWindow`, `openKeyWindow` and
+/// `makeClosedWindow` set the class name to `name`.
 class EventRecordingTest : public VirtualPlatformTest {
  protected:
   EventRecordingTest() { notificationRecorder_->observe(); }

@@ -37,7 +37,7 @@ TEST_F(KeyWindowTest, NoWindowIsKeyWhileTheOldKeyWindowResignsKey) {
   EXPECT_EQ(keyWindowInHandler, "none");
 }
 
-TEST_F(KeyWindowTest, AWindowIsAlreadyKeyWhenItsNotificationIsPosted) {
+TEST_F(KeyWindowTest, AWindowIsAlreadyKeyWhenDidBecomeKeyIsPosted) {
   std::string keyWindowInHandler;
   recorder.onNext("A becomes key", [&] { keyWindowInHandler = keyWindowName(); });
   openKeyWindow("A");
@@ -192,7 +192,7 @@ TEST_F(MainWindowTest, StaysMainWhenItResignsKey) {
   EXPECT_EQ(mainWindowName(), "A");
 }
 
-TEST_F(MainWindowTest, IsAlreadyMainWhenTheKeyNotificationIsPosted) {
+TEST_F(MainWindowTest, IsAlreadyMainWhenDidBecomeKeyIsPosted) {
   std::string mainWindowInHandler;
   recorder.onNext("A becomes key", [&] { mainWindowInHandler = mainWindowName(); });
   openKeyWindow("A");

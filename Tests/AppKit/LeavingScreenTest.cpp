@@ -223,7 +223,7 @@ TEST_F(LeavingScreenTest, AMiniaturisedWindowCanBeClosedAndOpenedAgain) {
   EXPECT_TRUE(window->isOnScreen());
 }
 
-TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroysIsClosed) {
+TEST_F(LeavingScreenTest, AWindowIsClosedWhenItsOwnerDestroysIt) {
   const auto window = windowNamed("C");
   addController(window, "view");
   recorder.takeEvents();
@@ -234,7 +234,7 @@ TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroysIsClosed) {
   EXPECT_EQ(window->handle(), WindowHandle::None);
 }
 
-TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
+TEST_F(LeavingScreenTest, AWindowCanBeOpenedAgainAfterItsOwnerHasDestroyedIt) {
   const auto window = windowNamed("C");
   platform.windowSystem().ownerDestroysWindow(window->handle());
   window->makeKeyAndOrderFront();
@@ -242,7 +242,7 @@ TEST_F(LeavingScreenTest, AWindowThatItsOwnerDestroyedCanBeOpenedAgain) {
   EXPECT_NE(platform.windowSystem().window(window->handle()), nullptr);
 }
 
-TEST_F(LeavingScreenTest, DestroyingAClosedWindowOnlyResetsItsHandle) {
+TEST_F(LeavingScreenTest, AClosedWindowLosesOnlyItsHandleWhenItsOwnerDestroysIt) {
   const auto window = windowNamed("C");
   window->close();
   recorder.takeEvents();
@@ -285,7 +285,7 @@ TEST_F(LeavingScreenTest, ALostConnectionEndsModalSessionsAndSheets) {
   EXPECT_TRUE(hostController->presentedViewControllers().empty());
 }
 
-TEST_F(LeavingScreenTest, AfterALostConnectionTheMainQueueStillRuns) {
+TEST_F(LeavingScreenTest, TheMainQueueStillRunsAfterTheConnectionIsLost) {
   platform.windowSystem().serverClosesConnection("the server exited");
   bool hasRun = false;
   dispatch_async(dispatch_get_main_queue(), [&hasRun] { hasRun = true; });

@@ -12,7 +12,7 @@ class LifeCycleReentryTest : public EventRecordingTest {
   Strong<NSWindow> window = openWindow("A");
 };
 
-TEST_F(LifeCycleReentryTest, AViewRemovedInWillAppearDoesNotAppear) {
+TEST_F(LifeCycleReentryTest, AViewDoesNotAppearIfWillAppearRemovesIt) {
   const auto controller = makeController("view");
   recorder.onNext("view will appear", [&] { controller->view()->removeFromSuperview(); });
   window->contentView()->addSubview(controller->view());
@@ -21,7 +21,7 @@ TEST_F(LifeCycleReentryTest, AViewRemovedInWillAppearDoesNotAppear) {
   EXPECT_FALSE(controller->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewRemovedAgainInWillDisappearDisappearsOnce) {
+TEST_F(LifeCycleReentryTest, AViewDisappearsOnceIfWillDisappearRemovesItAgain) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   recorder.onNext("view will disappear", [&] { controller->view()->removeFromSuperview(); });
@@ -29,7 +29,7 @@ TEST_F(LifeCycleReentryTest, AViewRemovedAgainInWillDisappearDisappearsOnce) {
   EXPECT_EQ(recorder.takeEvents(), (Events{"view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedAgainInDidDisappearAppearsAgain) {
+TEST_F(LifeCycleReentryTest, AViewAppearsAgainIfDidDisappearAddsItAgain) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   recorder.onNext("view did disappear",
@@ -40,7 +40,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedAgainInDidDisappearAppearsAgain) {
   EXPECT_TRUE(controller->isShown());
 }
 
-TEST_F(LifeCycleReentryTest, AViewMovedToAnotherWindowInWillDisappearStaysInThatWindow) {
+TEST_F(LifeCycleReentryTest, AViewStaysInAnotherWindowIfWillDisappearMovesItThere) {
   const auto controller = addController(window, "view");
   const auto otherWindow = openWindow("B");
   recorder.takeEvents();
@@ -99,7 +99,7 @@ TEST_F(LifeCycleReentryTest, AMethodOfAnOuterControllerMayAddAnInnerView) {
                                            "inner did appear", "outer did appear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithTheWindow) {
+TEST_F(LifeCycleReentryTest, AViewDisappearsWithItsWindowEvenIfAddedWhileTheWindowCloses) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();
@@ -112,7 +112,7 @@ TEST_F(LifeCycleReentryTest, AViewAddedWhileItsWindowClosesDisappearsWithTheWind
                     "inner will disappear", "outer did disappear", "inner did disappear"}));
 }
 
-TEST_F(LifeCycleReentryTest, AViewAddedWhileItsSuperviewIsRemovedDisappearsWithTheSuperview) {
+TEST_F(LifeCycleReentryTest, AViewDisappearsWithItsSuperviewEvenIfAddedWhileTheSuperviewIsRemoved) {
   const auto outerController = addController(window, "outer");
   const auto innerController = makeController("inner");
   recorder.takeEvents();

@@ -252,9 +252,9 @@ TEST_F(LifeCycleTest, AContentViewThatBecomesASubviewLeavesItsWindow) {
                                            "view will appear", "view did appear"}));
 }
 
-// Life-cycle methods that a host calls itself
+// Life-cycle methods that the host calls. The host is the program that uses the library.
 
-TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledIsNotCalledAgainOnRemoval) {
+TEST_F(LifeCycleTest, RemovalDoesNotRepeatADisappearMethodThatTheHostHasCalled) {
   const auto controller = addController(window, "view");
   recorder.takeEvents();
   controller->viewDidDisappear();
@@ -263,7 +263,7 @@ TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledIsNotCalledAgainOnRemo
   EXPECT_EQ(recorder.takeEvents(), Events{"view will disappear"});
 }
 
-TEST_F(LifeCycleTest, IfTheHostCallsBothDisappearMethodsRemovalCallsNeither) {
+TEST_F(LifeCycleTest, RemovalCallsNoDisappearMethodIfTheHostHasCalledBoth) {
   const auto controller = addController(window, "view");
   controller->viewWillDisappear();
   controller->viewDidDisappear();
@@ -280,7 +280,7 @@ TEST_F(LifeCycleTest, TheHostMayCallTheAppearMethodsAgain) {
   EXPECT_EQ(recorder.takeEvents(), Events{"view will appear"});
 }
 
-TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsAddedAreCalledAgain) {
+TEST_F(LifeCycleTest, AddingAndRemovingAViewCallsAllMethodsDespiteEarlierCallsByTheHost) {
   const auto controller = makeController("view");
   controller->viewWillAppear();
   controller->viewDidDisappear();
@@ -291,7 +291,7 @@ TEST_F(LifeCycleTest, MethodsThatTheHostCallsBeforeAViewIsAddedAreCalledAgain) {
                                            "view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAppearance) {
+TEST_F(LifeCycleTest, TheHostsCallOfADisappearMethodDoesNotAffectTheNextAppearance) {
   const auto controller = addController(window, "view");
   controller->viewDidDisappear();
   controller->view()->removeFromSuperview();
@@ -302,7 +302,7 @@ TEST_F(LifeCycleTest, ADisappearMethodThatTheHostHasCalledDoesNotAffectTheNextAp
                                            "view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleTest, ADisappearMethodThatSkipsTheBaseClassIsCalledAgainAfterTheHostsCall) {
+TEST_F(LifeCycleTest, RemovalRepeatsADisappearMethodThatDoesNotCallItsBaseClass) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:

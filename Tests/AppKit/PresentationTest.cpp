@@ -293,7 +293,7 @@ TEST_F(PresentationTest, AddingAChildAgainChangesNothing) {
   EXPECT_EQ(host->childViewControllers(), (NSArray<NSViewController>{guest, secondGuest}));
 }
 
-TEST_F(PresentationTest, NullAndTheControllerItselfCannotBeChildren) {
+TEST_F(PresentationTest, AControllerCannotHaveNullOrItselfAsAChild) {
   host->addChildViewController(nullptr);
   host->addChildViewController(host);
   EXPECT_TRUE(host->childViewControllers().empty());

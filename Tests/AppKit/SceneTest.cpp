@@ -69,7 +69,7 @@ TEST_F(SceneTest, ANewLayerIsTransparent) {
   EXPECT_EQ(view->layer()->backgroundColor(), CGColor{});
 }
 
-TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheView) {
+TEST_F(SceneTest, TheViewAndTheChangesMadeInWillAppearEnterTheSceneTogether) {
   const auto view = NSView::initWithFrame(CGRectMake(0, 0, 9, 9));
   const auto innerView = NSProgressIndicator::initWithFrame(CGRectMake(2, 2, 5, 5));
   innerView->setStyle(NSProgressIndicatorStyleSpinning);
@@ -92,7 +92,7 @@ TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheView) {
   EXPECT_EQ(sceneInDidAppear, expectedScene);
 }
 
-TEST_F(SceneTest, ChangesInWillAppearEnterTheSceneTogetherWithTheContentView) {
+TEST_F(SceneTest, TheContentViewAndTheChangesMadeInWillAppearEnterTheSceneTogether) {
   const auto controller = make<RecordingController>(recorder, "C");
   addFilledView(CGRectMake(0, 0, 9, 9), kRed);
   const Scene sceneBefore = scene();
@@ -174,7 +174,7 @@ class IndicatorTest : public SceneTest {
   Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(frame);
 };
 
-TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
+TEST_F(IndicatorTest, IsInitiallyABarThatDoesNotAnimate) {
   const auto newIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
   EXPECT_EQ(newIndicator->className(), "NSProgressIndicator");
   EXPECT_EQ(newIndicator->style(), NSProgressIndicatorStyleBar);
@@ -182,7 +182,7 @@ TEST_F(IndicatorTest, IsAtFirstABarThatDoesNotAnimate) {
   EXPECT_EQ(newIndicator->appearance(), nullptr);
 }
 
-TEST_F(IndicatorTest, WithTheSpinningStyleItIsShownAsASpinner) {
+TEST_F(IndicatorTest, IsShownAsASpinnerIfItsStyleIsSpinning) {
   EXPECT_EQ(scene(), Scene{stoppedSpinner(frame)});
 }
 
@@ -195,12 +195,12 @@ TEST_F(IndicatorTest, AnimatesBetweenStartAndStop) {
   EXPECT_EQ(scene(), Scene{stoppedSpinner(frame)});
 }
 
-TEST_F(IndicatorTest, WithTheBarStyleItIsNotShown) {
+TEST_F(IndicatorTest, IsNotShownIfItsStyleIsBar) {
   indicator->setStyle(NSProgressIndicatorStyleBar);
   EXPECT_TRUE(scene().empty());
 }
 
-TEST_F(IndicatorTest, WithoutAreaItIsNotShown) {
+TEST_F(IndicatorTest, IsNotShownIfItHasNoArea) {
   indicator->setFrame(CGRectMake(10, 10, 0, 32));
   EXPECT_TRUE(scene().empty());
 }

@@ -1,5 +1,6 @@
 // `shutDown` ends the parts of the platform layer that exist once per process, such as the
-// application. It also calls the functions that layers above AppKit have registered as steps.
+// application. It also runs the steps: functions that layers above AppKit register with
+// `ShutdownStep`.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -36,7 +37,7 @@ TEST_F(ShutdownTest, StepsRunAfterTheWindowsAreClosed) {
             (Events{"controller will disappear", "controller did disappear", "step"}));
 }
 
-TEST_F(ShutdownTest, StopDoesNothingWithoutAnApplicationButShutDownRunsTheSteps) {
+TEST_F(ShutdownTest, ShutDownRunsTheStepsWithoutAnApplicationButStopDoesNot) {
   NSApplication::stop();
   actionOfStep = [this] { recorder.record("step"); };
   NSApplication::stop();
@@ -81,9 +82,9 @@ TEST_F(ShutdownTest, ShutDownDiscardsTimersAndWorkAddedDuringShutDown) {
 }
 
 TEST_F(ShutdownTest, ShutDownReleasesTheObjectsInTheReleasePool) {
-  Strong<Ticker> object = make<Ticker>();
-  const Weak<Ticker> weakTicker = releaseLater(object);
-  object.reset();
+  Strong<Ticker> ticker = make<Ticker>();
+  const Weak<Ticker> weakTicker = releaseLater(ticker);
+  ticker.reset();
   ASSERT_FALSE(weakTicker.expired());
   shutDown();
   EXPECT_TRUE(weakTicker.expired());
@@ -97,7 +98,7 @@ TEST_F(ShutdownTest, ShutDownRestoresTheDefaultRunLoopMode) {
   EXPECT_EQ(NSRunLoop::mainRunLoop().mode(), NSDefaultRunLoopMode);
 }
 
-TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheModeThatTheNextApplicationHasSet) {
+TEST_F(ShutdownTest, ReleasingAStoppedApplicationDoesNotChangeTheRunLoopMode) {
   Strong<NSApplication> stoppedApplication = NSApp;
   NSApplication::stop();
   NSApplication::start(std::make_unique<HeadlessWindowSystem>());
