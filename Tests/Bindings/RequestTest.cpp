@@ -28,18 +28,18 @@ TEST_F(CRequestTest, ARequestIsLoadedAndItsStateIsReported) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
   EXPECT_EQ(request("launch_end", 2.5), VEL_OK);
   EXPECT_EQ(state(), VEL_STATE_LOADED);
-  EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));
+  EXPECT_EQ(host.callbackLines, (std::vector<std::string>{"state_changed 3"}));  // loaded
   EXPECT_EQ(secondsLeft(), 2.5);
   EXPECT_EQ(event(), "launch_end");
   EXPECT_FALSE(configuration().skipMode());
 }
 
-TEST_F(CRequestTest, TheTimeHasSinglePrecision) {
+TEST_F(CRequestTest, TheTimeIsRoundedToSinglePrecision) {
   EXPECT_EQ(request("launch_end", 0.1), VEL_OK);
   EXPECT_EQ(secondsLeft(), 0.10000000149011612);
 }
 
-TEST_F(CRequestTest, OnlyTheModeSkipTurnsSkipModeOn) {
+TEST_F(CRequestTest, SkipModeIsSetOnlyIfTheModeIsSkip) {
   EXPECT_EQ(request("launch_end", 1, "skip"), VEL_OK);
   EXPECT_TRUE(configuration().skipMode());
   for (const char* mode : {"forced", static_cast<const char*>(nullptr)}) {
@@ -56,7 +56,7 @@ TEST_F(CRequestTest, AnUnknownModeIsRefused) {
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WithoutAnEventTheErrorIsTheLogLineOfTheLibrary) {
+TEST_F(CRequestTest, TheErrorOfARequestWithoutAnEventIsTheLogLineOfTheLibrary) {
   for (const char* missingEvent : {static_cast<const char*>(nullptr), ""}) {
     EXPECT_EQ(request(missingEvent, 1, "skip"), VEL_REFUSED);
     EXPECT_STREQ(vel_last_error(),
@@ -108,19 +108,19 @@ TEST_F(CRequestTest, AnEventWithAZeroByteIsRefusedAndChangesNothing) {
 TEST_F(CRequestTest, ATimeCanBeInfiniteButNotNaN) {
   EXPECT_EQ(request("launch_end", std::nan("")), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(state(), VEL_STATE_NONE);
-  EXPECT_EQ(request("launch_end", 1e300), VEL_OK);
+  EXPECT_EQ(request("launch_end", 1e300), VEL_OK);  // infinity in single precision
   EXPECT_EQ(secondsLeft(), std::numeric_limits<double>::infinity());
 }
 
 TEST_F(CRequestTest, ANullOrTooSmallStructureIsRefused) {
-  VelRequest requestOfWrongSize = makeRequest("launch_end", 1);
-  requestOfWrongSize.size = sizeof requestOfWrongSize - 1;
-  EXPECT_EQ(vel_request(screen, &requestOfWrongSize), VEL_INVALID_ARGUMENT);
+  VelRequest tooSmallRequest = makeRequest("launch_end", 1);
+  tooSmallRequest.size = sizeof tooSmallRequest - 1;
+  EXPECT_EQ(vel_request(screen, &tooSmallRequest), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(vel_request(screen, nullptr), VEL_INVALID_ARGUMENT);
   EXPECT_EQ(state(), VEL_STATE_NONE);
 }
 
-TEST_F(CRequestTest, WhileALaunchScreenIsShownARequestIsRefusedWithoutBeingRead) {
+TEST_F(CRequestTest, ARequestIsNotReadWhileALaunchScreenIsShown) {
   for (const int contentController : {0, 1}) {
     VelCreateOptions options = virtualOptions(&callbacks);
     options.content_controller = contentController;
@@ -144,7 +144,7 @@ TEST_F(CRequestTest, AJsonObjectCanHaveAllParametersOfARequest) {
   EXPECT_EQ(secondsLeft(), 3);
 }
 
-TEST_F(CRequestTest, InJsonEveryModeOtherThanSkipMeansForcedMode) {
+TEST_F(CRequestTest, EveryJsonModeOtherThanSkipMeansForcedMode) {
   for (const char* mode : {"forced", "Skip", "", "anything"}) {
     EXPECT_EQ(requestJson(std::string(R"({"event": "e", "max_duration_time": 1, "mode": ")") +
                           mode + "\"}"),
@@ -184,10 +184,10 @@ TEST_F(CRequestTest, AJsonTimeThatIsATextWithoutANumberIsRefused) {
 
 TEST_F(CRequestTest, AnEmptyJsonObjectIsRefused) { EXPECT_EQ(requestJson("{}"), VEL_REFUSED); }
 
-TEST_F(CRequestTest, AJsonBooleanAsTimeIsOneOrZeroSeconds) {
+TEST_F(CRequestTest, AJsonTimeOfTrueIsOneSecondAndFalseIsZeroSeconds) {
   EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": true})"), VEL_OK);
   EXPECT_EQ(secondsLeft(), 1);
-  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);
+  EXPECT_EQ(requestJson(R"({"event": "e", "max_duration_time": false})"), VEL_REFUSED);  // as for 0
 }
 
 TEST_F(CRequestTest, UnknownJsonMembersAreIgnored) {

@@ -21,9 +21,10 @@ class CRunTest : public CBindingTest {
   }
 };
 
-TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
+TEST_F(CRunTest, AnEmbeddedLaunchScreenCallsTheCallbacksInOrder) {
   present(VEL_PRESENT_EMBEDDED, 1);
   EXPECT_EQ(host.callbackLines, (Lines{"state_changed 3", "will_appear"}));
+  // The embedded launch screen disables the controls of the window.
   EXPECT_EQ(NSApp->keyWindow()->styleMask(), NSWindowStyleMaskTitled);
   EXPECT_TRUE(isUp());
   // Because of rounding, a countdown of 1 s ends at the eleventh step of 0.1 s.
@@ -43,7 +44,7 @@ TEST_F(CRunTest, ARunWithAnEmbeddedCoverCallsTheCallbacksInOrder) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, IfTheWindowHasAContentControllerTheCoverIsRemovedWithoutDelay) {
+TEST_F(CRunTest, TheCoverOfAWindowWithAContentControllerIsRemovedWithoutDelay) {
   createWithContentController();
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 1.1), VEL_OK);
@@ -71,7 +72,7 @@ TEST_F(CRunTest, APresentationIsLogged) {
                              "presentForWindow:withPresentationMode:]) mode: 2"}));
 }
 
-TEST_F(CRunTest, WithoutARequestPresentFails) {
+TEST_F(CRunTest, PresentFailsWithoutARequest) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
   EXPECT_STREQ(vel_last_error(), "no request has been loaded");
 }
@@ -130,7 +131,7 @@ TEST_F(CRunTest, ThePauseReasonSaysWhyTheCountdownDoesNotRun) {
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_UP);
 }
 
-TEST_F(CRunTest, InSkipModeADismissalRecordsNoEvent) {
+TEST_F(CRunTest, ADismissalInSkipModeRecordsNoEvent) {
   present(VEL_PRESENT_EMBEDDED, 60, "skip");
   EXPECT_EQ(vel_dismiss(screen), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "did_disappear");
@@ -139,9 +140,9 @@ TEST_F(CRunTest, InSkipModeADismissalRecordsNoEvent) {
             (Lines{"state_changed 3", "will_appear", "may_disappear", "did_disappear", "ended 2"}));
 }
 
-TEST_F(CRunTest, InForcedModeARefusedDismissalRecordsTheEventTwoAndAHalfSecondsLater) {
+TEST_F(CRunTest, ADismissalInForcedModeRecordsTheEventTwoAndAHalfSecondsLater) {
   present(VEL_PRESENT_EMBEDDED, 60);
-  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // VEL_OK although the cover stays
+  EXPECT_EQ(vel_dismiss(screen), VEL_OK);  // but the cover stays
   ASSERT_EQ(vel_run(screen, 2.49), VEL_OK);
   EXPECT_EQ(host.callbackLines.back(), "may_disappear");
   ASSERT_EQ(vel_run(screen, 0.02), VEL_OK);
@@ -149,16 +150,16 @@ TEST_F(CRunTest, InForcedModeARefusedDismissalRecordsTheEventTwoAndAHalfSecondsL
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissChangesNothing) {
+TEST_F(CRunTest, DismissChangesNothingIfNoLaunchScreenIsShown) {
   EXPECT_EQ(vel_dismiss(screen), VEL_NOT_UP);
   present(VEL_PRESENT_EMBEDDED, 1);
   windowSystem().userMovesFocusAway();
-  // A dismissal sets `launchScreenExpired` of the manager. A loss of focus would then not pause the
-  // countdown.
+  // If vel_dismiss had set `launchScreenExpired` of the manager, the loss of focus would not pause
+  // the countdown.
   EXPECT_EQ(pauseReason(), VEL_PAUSE_NOT_IN_FRONT);
 }
 
-TEST_F(CRunTest, IfNoLaunchScreenIsShownDismissOnAnotherThreadChangesNothing) {
+TEST_F(CRunTest, DismissOnAnotherThreadChangesNothingIfNoLaunchScreenIsShown) {
   const VelRequest request = makeRequest("launch_end", 2);
   EXPECT_EQ(vel_request(screen, &request), VEL_OK);
   VelStatus status = VEL_INTERNAL_ERROR;
@@ -188,7 +189,7 @@ TEST_F(CRunTest, WithoutCallbacksTheLaunchScreenRunsToItsEnd) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 5), VEL_OK);
   EXPECT_FALSE(isUp());
-  // Without callbacks, the event is written to the log.
+  // Without callbacks, the library writes its log lines and the event to standard error.
   const std::string lines = testing::internal::GetCapturedStderr();
   EXPECT_NE(lines.find("mode: 0"), std::string::npos);
   EXPECT_NE(lines.find("launch_end"), std::string::npos);
@@ -218,7 +219,7 @@ TEST_F(CRunTest, ALostDisplayEndsTheLaunchScreen) {
   EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_NOTHING_TO_PRESENT);
 }
 
-TEST_F(CRunTest, ClosingTheModalWindowMakesTheLaunchScreenDisappear) {
+TEST_F(CRunTest, DestroyingTheModalWindowMakesTheLaunchScreenDisappear) {
   createWithContentController();
   host.callbackLines.clear();
   present(VEL_PRESENT_MODAL, 5);
@@ -228,7 +229,7 @@ TEST_F(CRunTest, ClosingTheModalWindowMakesTheLaunchScreenDisappear) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(CRunTest, ASecondRequestCanBePresentedAfterTheFirstHasEnded) {
+TEST_F(CRunTest, ARequestCanBePresentedAfterALaunchScreenHasEnded) {
   present(VEL_PRESENT_EMBEDDED, 1);
   ASSERT_EQ(vel_run(screen, 10), VEL_OK);
   host.callbackLines.clear();

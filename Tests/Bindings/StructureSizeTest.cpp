@@ -1,4 +1,4 @@
-// Structures of programs that were built against earlier versions of the library.
+// A program that was built with an earlier version of the library may pass smaller structures.
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -8,19 +8,19 @@
 namespace vel::test {
 namespace {
 
-// The sizes in version 1.0 on systems with 64-bit pointers. Do not change these constants.
-constexpr std::size_t kFirstCallbacksSize = 80;
-constexpr std::size_t kFirstCreateOptionsSize = 72;
-constexpr std::size_t kFirstRequestSize = 32;
+// Structure sizes in version 1.0, on systems with 64-bit pointers. Do not change these constants.
+constexpr std::size_t kFirstVersionCallbacksSize = 80;
+constexpr std::size_t kFirstVersionCreateOptionsSize = 72;
+constexpr std::size_t kFirstVersionRequestSize = 32;
 
-/// A structure with the size of version 1.0. The bytes after it are not zero, because in a real
-/// program they belong to another variable.
+/// A structure with the size of version 1.0. The bytes after the structure are not zero: in a real
+/// program, they belong to another variable.
 template <class Structure, std::size_t Size>
 struct FirstVersionStructure {
-  explicit FirstVersionStructure(Structure current) {
-    current.size = Size;
+  explicit FirstVersionStructure(Structure structure) {
+    structure.size = Size;
     memory.fill(0xa5);
-    std::memcpy(memory.data(), &current, Size);
+    std::memcpy(memory.data(), &structure, Size);
   }
   [[nodiscard]] const Structure* get() const {
     return reinterpret_cast<const Structure*>(memory.data());
@@ -36,10 +36,11 @@ class StructureSizeTest : public testing::Test {
 
 TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
   CHost host;
-  const FirstVersionStructure<VelCallbacks, kFirstCallbacksSize> callbacks(host.callbacks());
-  const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(
+  const FirstVersionStructure<VelCallbacks, kFirstVersionCallbacksSize> callbacks(host.callbacks());
+  const FirstVersionStructure<VelCreateOptions, kFirstVersionCreateOptionsSize> options(
       virtualOptions(callbacks.get()));
-  const FirstVersionStructure<VelRequest, kFirstRequestSize> request(makeRequest("launch_end", 1));
+  const FirstVersionStructure<VelRequest, kFirstVersionRequestSize> request(
+      makeRequest("launch_end", 1));
   ASSERT_EQ(vel_create(options.get(), &screen), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_request(screen, request.get()), VEL_OK) << vel_last_error();
   ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
@@ -50,18 +51,19 @@ TEST_F(StructureSizeTest, AProgramBuiltForTheFirstVersionCanShowALaunchScreen) {
 }
 
 TEST_F(StructureSizeTest, TheWindowInTheOptionsOfTheFirstVersionIsRead) {
-  VelCreateOptions current = virtualOptions();
-  current.window = 4711;
-  const FirstVersionStructure<VelCreateOptions, kFirstCreateOptionsSize> options(current);
+  VelCreateOptions currentOptions = virtualOptions();
+  currentOptions.window = 4711;
+  const FirstVersionStructure<VelCreateOptions, kFirstVersionCreateOptionsSize> options(
+      currentOptions);
   // The headless display refuses every window of a host, so VEL_BAD_WINDOW shows that the library
   // has read `window`.
   EXPECT_EQ(vel_create(options.get(), &screen), VEL_BAD_WINDOW);
 }
 
-TEST_F(StructureSizeTest, ASizeOfVelCallbacksThatNoVersionHasIsRefused) {
-  for (const std::size_t size :
-       {std::size_t{0}, sizeof(std::size_t), kFirstCallbacksSize - 8, kFirstCallbacksSize - 1,
-        kFirstCallbacksSize + 1, kFirstCallbacksSize + 4}) {
+TEST_F(StructureSizeTest, AnUnknownSizeOfVelCallbacksIsRefused) {
+  for (const std::size_t size : {std::size_t{0}, sizeof(std::size_t),
+                                 kFirstVersionCallbacksSize - 8, kFirstVersionCallbacksSize - 1,
+                                 kFirstVersionCallbacksSize + 1, kFirstVersionCallbacksSize + 4}) {
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
     callbacks.size = size;
     const VelCreateOptions options = virtualOptions(&callbacks);

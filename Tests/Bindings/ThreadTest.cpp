@@ -15,7 +15,7 @@ namespace {
 
 using CThreadTest = CBindingTest;
 
-TEST_F(CThreadTest, FunctionsOfTheOwningThreadReturnWrongThreadOnAnotherThread) {
+TEST_F(CThreadTest, FunctionsForTheOwningThreadReturnAnErrorOnAnotherThread) {
   const VelRequest request = makeRequest("launch_end", 1);
   std::vector<VelStatus> statuses;
   std::string error;
@@ -80,7 +80,7 @@ TEST_F(CThreadTest, ADismissalFromAnotherThreadWakesVelRun) {
   EXPECT_EQ(screen, nullptr);
 }
 
-TEST_F(CThreadTest, TwoThreadsCanDismissWhileTheOwningThreadDestroysAndCreates) {
+TEST_F(CThreadTest, TwoThreadsCanDismissWhileTheOwningThreadRecreatesTheLaunchScreen) {
   std::atomic<VelLaunchScreen*> currentScreen = screen;
   std::atomic<bool> isFinished = false;
   std::atomic<int> callCount = 0;
@@ -119,7 +119,7 @@ class DestructionObserver final : public Class<DestructionObserver, "Destruction
   std::function<void()> work_;
 };
 
-TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
+TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilVelDestroyReturns) {
   VelStatus statusOnOtherThread = VEL_OK;
   // The last step of vel_destroy drains the release pool.
   ReleasePool::currentPool().add(make<DestructionObserver>([&statusOnOtherThread] {
@@ -134,7 +134,7 @@ TEST_F(CThreadTest, NoOtherThreadCanCreateALaunchScreenUntilDestroyIsComplete) {
   EXPECT_EQ(statusOnOtherThread, VEL_ALREADY_EXISTS);
 }
 
-TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
+TEST(OwningThreadTest, AnotherThreadCanDestroyAfterTheOwningThreadHasEnded) {
   CHost host;
   const VelCallbacks callbacks = host.callbacks();
   const VelCreateOptions options = virtualOptions(&callbacks);
@@ -145,8 +145,7 @@ TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
     EXPECT_EQ(vel_request(screen, &request), VEL_OK);
     EXPECT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK);
   }).join();
-  // The next thread may get the identifier of the thread that has ended. On the next thread,
-  // vel_pump must nevertheless return VEL_WRONG_THREAD.
+  // The new thread may get the same identifier as the owning thread, which has ended.
   std::thread([&] {
     EXPECT_EQ(vel_pump(screen, nullptr), VEL_WRONG_THREAD);
     EXPECT_EQ(vel_dismiss(screen), VEL_OK);
@@ -161,7 +160,7 @@ TEST(OwningThreadTest, AfterTheOwningThreadHasEndedAnotherThreadCanDestroy) {
   EXPECT_EQ(vel_destroy(&screen), VEL_OK);
 }
 
-TEST(OwningThreadTest, WhileTheOwningThreadRunsNoOtherThreadCanDestroy) {
+TEST(OwningThreadTest, NoOtherThreadCanDestroyWhileTheOwningThreadRuns) {
   const VelCreateOptions options = virtualOptions();
   VelLaunchScreen* screen = nullptr;
   ASSERT_EQ(vel_create(&options, &screen), VEL_OK);

@@ -52,7 +52,7 @@ TEST_F(ObjectiveCManager, SupportsTheEngineOfTheLibrary) {
   EXPECT_TRUE([[manager supportedEngines] isEqual:[NSArray arrayWithObject:kLaunchScreenEngine]]);
 }
 
-TEST_F(ObjectiveCManager, RegistersItselfAndReturnsYesWhateverTheBrokerReturns) {
+TEST_F(ObjectiveCManager, ActivateRegistersTheManagerAndReturnsYesIfTheBrokerReturnsNo) {
   NativeBroker* const broker = [[[NativeBroker alloc] init] autorelease];
   EXPECT_TRUE([manager activate:broker]);
   EXPECT_TRUE(broker->resolver == manager);
@@ -76,7 +76,7 @@ TEST_F(ObjectiveCManager, ReadsADurationFromTheBeginningOfAString) {
   EXPECT_EQ(secondsReadFrom(@" 2.5 seconds"), 2.5);
 }
 
-TEST_F(ObjectiveCManager, RefusesAZeroDurationAndADurationOfAnotherType) {
+TEST_F(ObjectiveCManager, RefusesADurationThatIsZeroOrAnArray) {
   EXPECT_TRUE(request(parametersWith([NSNumber numberWithBool:NO])) == nil);
   EXPECT_TRUE(request(parametersWith(@"abc")) == nil);  // read as 0
   EXPECT_TRUE(request(parametersWith([NSArray array])) == nil);
@@ -85,14 +85,14 @@ TEST_F(ObjectiveCManager, RefusesAZeroDurationAndADurationOfAnotherType) {
   EXPECT_THAT(platform.log, ElementsAre(line, line, line));
 }
 
-TEST_F(ObjectiveCManager, OnlyTheExactStringSkipSelectsSkipMode) {
+TEST_F(ObjectiveCManager, SkipModeIsSetOnlyIfTheModeIsSkip) {
   EXPECT_TRUE(selectsSkipMode(@"skip"));
   EXPECT_FALSE(selectsSkipMode(@"Skip"));
   EXPECT_FALSE(selectsSkipMode([NSNumber numberWithBool:YES]));
   EXPECT_FALSE(selectsSkipMode([NSNull null]));
 }
 
-TEST_F(ObjectiveCManager, ReadsAnEventNameInAnyScript) {
+TEST_F(ObjectiveCManager, ReadsANonAsciiEventName) {
   NSString* const event = vel_objc::nativeString("d\xC3\xA9marrage \xF0\x9F\x8E\xAE");
   request(
       [NSDictionary dictionaryWithObjectsAndKeys:event, @"event", @"5", @"max_duration_time", nil]);
@@ -123,7 +123,7 @@ TEST_F(ObjectiveCManager, TheContentHasTheRequestOfTheHost) {
   EXPECT_TRUE([[manager contentDataForContentRequest:request] request] == request);
 }
 
-TEST_F(ObjectiveCManager, NotifiesTheDelegateOfEachStateChangeUntilItIsRemoved) {
+TEST_F(ObjectiveCManager, NotifiesTheCurrentDelegateEachTimeTheStateIsSet) {
   NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
   [manager setDelegate:delegate];
   EXPECT_TRUE([manager delegate] == delegate);
@@ -147,14 +147,14 @@ TEST_F(ObjectiveCManager, DoesNotNotifyADelegateThatDoesNotAdoptTheProtocol) {
   EXPECT_EQ(delegate->changes, 0);
 }
 
-TEST_F(ObjectiveCManager, AFailedContentHasTheErrorOfTheLibrary) {
+TEST_F(ObjectiveCManager, ANegativeDurationMakesTheContentFailWithAnError) {
   LaunchScreenContent* const content = request(parametersWith([NSNumber numberWithInt:-1]));
   EXPECT_EQ([content state], ContentDataStateFailed);
   EXPECT_TRUE([[[content error] domain] isEqualToString:@"LaunchScreen view controller is NIL"]);
   EXPECT_EQ([[content error] code], 404);
 }
 
-TEST_F(ObjectiveCManager, ARequestMadeOnAnotherThreadIsLoadedOnTheMainThread) {
+TEST_F(ObjectiveCManager, ARequestFromAnotherThreadIsLoadedOnTheMainThread) {
   NativeResolverDelegate* const delegate = [[[NativeResolverDelegate alloc] init] autorelease];
   [manager setDelegate:delegate];
   LaunchScreenContent* content = nil;
@@ -170,16 +170,17 @@ TEST_F(ObjectiveCManager, ARequestMadeOnAnotherThreadIsLoadedOnTheMainThread) {
   [content release];
 }
 
-TEST_F(ObjectiveCManager, ARequestWhileALaunchScreenIsShownGetsAContentOfItsOwn) {
+TEST_F(ObjectiveCManager, ARequestGetsItsOwnContentWhileALaunchScreenIsShown) {
   LaunchScreenContent* const content = request(parametersWith(@"5"));
   const auto window = vel::test::openPlayerWindowWithContentViewController();
+  // A window with this child controller shows a launch screen.
   window->contentViewController()->addChildViewController(vel::LaunchScreenViewController::init());
   LaunchScreenContent* const otherContent = request(parametersWith(@"7"));
   EXPECT_TRUE(otherContent != nil);
   EXPECT_TRUE(otherContent != content);
 }
 
-TEST_F(ObjectiveCManager, ReturnsNoContentAfterItsDeactivation) {
+TEST_F(ObjectiveCManager, ReturnsNoContentAfterDeactivate) {
   LaunchScreenContent* const content = request(parametersWith(@"5"));
   [manager deactivate];
   EXPECT_TRUE(request(parametersWith(@"5")) == nil);
@@ -187,14 +188,14 @@ TEST_F(ObjectiveCManager, ReturnsNoContentAfterItsDeactivation) {
   EXPECT_EQ([content state], ContentDataStateLoaded);
 }
 
-TEST_F(ObjectiveCManager, TheLogHasTheModeOfAPresentation) {
+TEST_F(ObjectiveCManager, PresentLogsThePresentationMode) {
   LaunchScreenContent* const content = request(parametersWith(@"5"));
   [content presentForWindow:nil withPresentationMode:7];
   EXPECT_THAT(platform.log, ElementsAre("LaunchScreenContent (-[LaunchScreenContent "
                                         "presentForWindow:withPresentationMode:]) mode: 7"));
 }
 
-TEST_F(ObjectiveCManager, HasTheDocumentedOperationsOnly) {
+TEST_F(ObjectiveCManager, HasOnlyTheDocumentedOperations) {
   EXPECT_TRUE([manager conformsToProtocol:NSProtocolFromString(@"ContentResolver")]);
   EXPECT_FALSE([manager respondsToSelector:@selector(name)]);
   LaunchScreenContent* const content = request(parametersWith(@"5"));
@@ -206,7 +207,7 @@ TEST_F(ObjectiveCManager, HasTheDocumentedOperationsOnly) {
   EXPECT_FALSE([content respondsToSelector:@selector(completedView)]);
 }
 
-TEST(ObjectiveCManagerDeathTest, WithoutADisplayEachInitLogsTheReasonAndReturnsNil) {
+TEST(ObjectiveCManagerDeathTest, EachInitWithoutADisplayLogsTheReasonAndReturnsNil) {
   EXPECT_EXIT(
       {
         unsetenv("DISPLAY");

@@ -1,4 +1,4 @@
-// The objects of a host in Objective-C, for the tests of the binding.
+// Simulates the objects that a host written in Objective-C passes to the library.
 #pragma once
 
 #import <VelLaunchScreen/ObjectiveC.h>
@@ -18,8 +18,8 @@
 }
 @end
 
-/// A resolver delegate that counts the changes of the state. It stores the arguments of the latest
-/// call, and whether the main thread made that call.
+/// Counts the calls of `contentResolver:didChangeStateForContentData:`. Stores the arguments of the
+/// latest call, and whether the main thread made this call.
 @interface NativeResolverDelegate : NSObject <ContentResolverDelegate> {
  @public
   int changes;
@@ -29,7 +29,7 @@
 }
 @end
 
-/// Has the operation of ContentResolverDelegate, but its class does not adopt the protocol.
+/// Implements the operation of ContentResolverDelegate. The class does not adopt this protocol.
 @interface UndeclaredDelegate : NSObject {
  @public
   int changes;
@@ -38,8 +38,9 @@
     didChangeStateForContentData:(id<ContentData>)data;
 @end
 
-/// A view delegate with all operations. It stores the names of the calls in order, and the argument
-/// of `contentViewWillAppear:`. `canContentViewDisappear:` returns `mayDisappear`.
+/// Implements all operations of ContentViewDelegate. `calls` has one string for each call, and
+/// `view` is the argument of `contentViewWillAppear:`. `canContentViewDisappear:` returns
+/// `mayDisappear`.
 @interface NativeViewDelegate : NSObject <ContentViewDelegate> {
  @public
   NSMutableArray* calls;
@@ -48,6 +49,6 @@
 }
 @end
 
-/// A view delegate without operations.
+/// Implements no operation of ContentViewDelegate: all of them are optional.
 @interface SilentViewDelegate : NSObject <ContentViewDelegate>
 @end

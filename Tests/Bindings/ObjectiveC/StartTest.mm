@@ -1,4 +1,4 @@
-// The first manager of a process starts the library.
+// The first LaunchScreenManager of a process starts the library.
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(ObjectiveCStart, TheFirstManagerNeedsTheMainThread) {
+TEST(ObjectiveCStart, TheFirstManagerMustBeCreatedOnTheMainThread) {
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
   EXPECT_TRUE([NSThread isMainThread]);
   std::vector<std::string> log;

@@ -18,20 +18,21 @@ constexpr std::uint32_t kGreen = 0x208040;
 constexpr PixelRect kScreen{0, 0, 1024, 768};
 constexpr PixelRect kMiddle{512, 384, 1, 1};
 
-/// A host with a Wayland window and a launch screen over it.
+/// A host with a green Wayland window and a launch screen over this window.
 class GreenHost : NonCopyable {
  public:
   explicit GreenHost(const Compositor& compositor)
       : surface(compositor.display(), "game", {500, 320}, kGreen) {}
   ~GreenHost() { vel_destroy(&screen); }
 
-  /// Creates a launch screen and loads a request. Passes the xdg_toplevel if `hasToplevel` is true.
-  void create(bool hasToplevel) {
+  /// Creates a launch screen and loads a request. Passes the xdg_toplevel to the library if
+  /// `passesToplevel` is true.
+  void create(bool passesToplevel) {
     const WaylandSurface native = surface.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
     window.wl_display = native.display;
     window.wl_surface = native.surface;
-    window.xdg_toplevel = hasToplevel ? native.toplevel : nullptr;
+    window.xdg_toplevel = passesToplevel ? native.toplevel : nullptr;
     window.width = native.size.width;
     window.height = native.size.height;
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
@@ -61,7 +62,7 @@ class GreenHost : NonCopyable {
 
 class ModalWindowOrSheet : public testing::TestWithParam<VelPresentation> {};
 
-// sway shows a new window over a fullscreen window only if the fullscreen window is its parent.
+// sway shows a window over a fullscreen window only if the fullscreen window is the parent.
 // Without the xdg_toplevel of the host, the library sets this parent with xdg-foreign.
 TEST_P(ModalWindowOrSheet, IsInFrontOfAFullscreenHostThatDoesNotPassItsToplevel) {
   const Sway sway;
