@@ -26,13 +26,13 @@ class GreenHost : NonCopyable {
   ~GreenHost() { vel_destroy(&screen); }
 
   /// Creates a launch screen and loads a request. Passes the xdg_toplevel to the library if
-  /// `passesToplevel` is true.
-  void create(bool passesToplevel) {
+  /// `hasToplevel` is true.
+  void create(bool hasToplevel) {
     const WaylandSurface native = surface.window();
     VelHostWindow window = VEL_HOST_WINDOW_INIT;
     window.wl_display = native.display;
     window.wl_surface = native.surface;
-    window.xdg_toplevel = passesToplevel ? native.toplevel : nullptr;
+    window.xdg_toplevel = hasToplevel ? native.toplevel : nullptr;
     window.width = native.size.width;
     window.height = native.size.height;
     VelCallbacks callbacks = VEL_CALLBACKS_INIT;
