@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that every source follows the include rule below. Prints each line that breaks it.
+"""Checks that every source follows the include rule. The lists below are the rule: they say which
+folders may include which headers, and which folders may test platform macros. Prints each line that
+breaks the rule.
 
 usage: include_rule.py ROOT
 """
@@ -10,38 +12,38 @@ from pathlib import Path
 
 from sources import source_files
 
-# Lists of folders for the rows of MAY_INCLUDE.
+# Lists of folders, which the table MAY_INCLUDE below uses.
 BASE = ["Platform/Foundation"]
-PORT = ["Platform/WindowSystem", *BASE]  # the interface to window systems
-PLATFORM = ["Platform/AppKit", "Platform/Dispatch", *BASE]
-LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM]
-# For programs that choose between the window systems.
-BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *PORT]
+WINDOW_SYSTEM = ["Platform/WindowSystem", *BASE]
+PLATFORM_API = ["Platform/AppKit", "Platform/Dispatch", *BASE]
+LIBRARY = ["LaunchScreen", "HostInterfaces", *PLATFORM_API]
+# For programs. They open the other window systems through Backends.
+BACKENDS = ["Platform/WindowSystem/Backends", "Platform/WindowSystem/Headless", *WINDOW_SYSTEM]
 EVERYTHING = [""]  # the root folder, which contains every folder
 # For each folder, the other folders that its files may include from. A folder's row also applies to
 # its subfolders that have no row of their own.
 MAY_INCLUDE = {
     "Platform/Foundation": [],
     "Platform/WindowSystem": BASE,
-    "Platform/WindowSystem/Headless": PORT,
-    "Platform/WindowSystem/Wayland": PORT,
-    "Platform/WindowSystem/X11": PORT,
-    "Platform/WindowSystem/Cocoa": ["Platform/WindowSystem/Backends", *PORT],
+    "Platform/WindowSystem/Headless": WINDOW_SYSTEM,
+    "Platform/WindowSystem/Wayland": WINDOW_SYSTEM,
+    "Platform/WindowSystem/X11": WINDOW_SYSTEM,
+    "Platform/WindowSystem/Cocoa": ["Platform/WindowSystem/Backends", *WINDOW_SYSTEM],
     "Platform/WindowSystem/Backends": [
         "Platform/WindowSystem/Headless",
         "Platform/WindowSystem/Wayland",
         "Platform/WindowSystem/X11",
-        *PORT,
+        *WINDOW_SYSTEM,
     ],
     "Platform/Dispatch": BASE,
-    "Platform/AppKit": ["Platform/Dispatch", *PORT],
-    "HostInterfaces": PLATFORM,
+    "Platform/AppKit": ["Platform/Dispatch", *WINDOW_SYSTEM],
+    "HostInterfaces": PLATFORM_API,
     "LaunchScreen": LIBRARY,
     "Bindings/Json": BASE,
-    "Bindings/C": [*LIBRARY, *PORT, "Bindings/Json", "Platform/WindowSystem/Backends"],
+    "Bindings/C": [*LIBRARY, *WINDOW_SYSTEM, "Bindings/Json", "Platform/WindowSystem/Backends"],
     "Bindings/ObjectiveC": [
         *LIBRARY,
-        *PORT,
+        *WINDOW_SYSTEM,
         "Platform/WindowSystem/Backends",
         "Platform/WindowSystem/Cocoa",
     ],
@@ -54,7 +56,7 @@ MAY_INCLUDE = {
 }
 
 # The folders whose sources may include the system's AppKit and Foundation.
-APPKIT_SOURCES = [
+MAY_INCLUDE_SYSTEM_APPKIT = [
     "Bindings/ObjectiveC",
     "Examples/appkit-host",
     "Platform/WindowSystem/Cocoa",
@@ -63,7 +65,7 @@ APPKIT_SOURCES = [
 ]
 
 # The folders whose sources may include headers of POSIX or of an operating system.
-SYSTEM_SOURCES = [
+MAY_INCLUDE_SYSTEM_HEADERS = [
     "Platform/Foundation/Linux",
     "Platform/Foundation/MacOS",
     "Platform/Foundation/Posix",
@@ -74,7 +76,8 @@ SYSTEM_SOURCES = [
     "Benchmarks",
 ]
 
-# Headers of other projects and of the system, and the folders that may include them.
+# The headers of other projects and of the system that only some folders may include. Maps the first
+# characters of a header's name to the folders that may include the header.
 EXTERNAL_HEADERS = {
     "xcb/": [
         "Platform/WindowSystem/X11",
@@ -93,8 +96,8 @@ EXTERNAL_HEADERS = {
     "wayland-server": ["Tests/Support/Wayland"],
     "libdecor.h": ["Platform/WindowSystem/Wayland"],
     "X11/": [],
-    "AppKit/": APPKIT_SOURCES,
-    "Foundation/": APPKIT_SOURCES,
+    "AppKit/": MAY_INCLUDE_SYSTEM_APPKIT,
+    "Foundation/": MAY_INCLUDE_SYSTEM_APPKIT,
     "GNUstepGUI/": ["Tests/Support/Cocoa"],
     "CLI/": ["Host"],
     "png.h": ["Host", "Tests/Support/X11"],
@@ -102,11 +105,11 @@ EXTERNAL_HEADERS = {
     "gtest/": ["Tests"],
     "gmock/": ["Tests"],
     "benchmark/": ["Benchmarks"],
-    "fcntl.h": SYSTEM_SOURCES,
-    "poll.h": SYSTEM_SOURCES,
-    "pthread.h": SYSTEM_SOURCES,
-    "sys/": SYSTEM_SOURCES,
-    "unistd.h": SYSTEM_SOURCES,
+    "fcntl.h": MAY_INCLUDE_SYSTEM_HEADERS,
+    "poll.h": MAY_INCLUDE_SYSTEM_HEADERS,
+    "pthread.h": MAY_INCLUDE_SYSTEM_HEADERS,
+    "sys/": MAY_INCLUDE_SYSTEM_HEADERS,
+    "unistd.h": MAY_INCLUDE_SYSTEM_HEADERS,
 }
 
 # The folders whose sources may test platform macros.
@@ -127,7 +130,8 @@ def is_below(path, folder):
 
 
 def layer_of(path):
-    """Returns the innermost folder that contains the file and has a row, or None."""
+    """Returns the layer of a file: the innermost folder in MAY_INCLUDE that contains the file. Returns
+    None if no folder in MAY_INCLUDE contains the file."""
     return max((folder for folder in MAY_INCLUDE if is_below(path, folder)), key=len, default=None)
 
 

@@ -70,7 +70,7 @@ class IncludeRuleTest(unittest.TestCase):
         text = "/* one\n two */\n#  include  \"Host/main.cpp\"\n"
         self.assert_fault("LaunchScreen/A.cpp", text, line_number=3)
 
-    def test_includes_not_written_from_the_root_are_faults(self):
+    def test_includes_of_project_headers_must_be_quoted_paths_from_the_root(self):
         self.assert_fault("Platform/AppKit/A.cpp", '#include "NSWindow.h"\n')
         self.assert_fault("Platform/AppKit/A.cpp", "#include <Platform/AppKit/NSWindow.h>\n")
 

@@ -3,9 +3,9 @@
 
 usage: macos_exports_test.py CLANG LINKER
 
-Linux has no headers and no libraries of macOS. So the sources are compiled with the headers of libc++ and of
-Linux, and with the simulated headers in Tests/OtherSystems/MacOS. The linker leaves the functions of the system undefined. The
-linked library cannot run.
+Linux has no headers and no libraries of macOS. So the sources are compiled with the headers of libc++ and
+of Linux, and with the simulated headers in Tests/OtherSystems/MacOS. The linker leaves the functions of
+macOS undefined. The linked library cannot run.
 """
 
 import concurrent.futures
@@ -21,7 +21,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent.parent
 SIMULATED_HEADERS = ROOT / "Tests/OtherSystems/MacOS"
 CLANG, LINKER = sys.argv[1:]
-# The headers of Linux are those of x86-64, so the library is compiled for a Mac with this processor.
+# The Linux headers are for x86-64, so the library is compiled for a Mac with an x86-64 processor.
 TARGET = "x86_64-apple-macos13"
 LIBCXX_HEADERS = Path("/usr/lib/llvm-16/include/c++/v1")
 FLAGS = [
@@ -30,7 +30,7 @@ FLAGS = [
     "-isystem", "/usr/include/x86_64-linux-gnu", "-isystem", "/usr/include",
     "-include", SIMULATED_HEADERS / "ProcessFunctions.h", f"-I{ROOT}", '-DVEL_VERSION="1.0.0"', "-w",
 ]  # fmt: skip
-# The sources that each folder adds to the library on macOS.
+# The sources of the library on macOS, by folder.
 FOLDERS = {
     "Platform/Foundation": ["*.cpp", "MacOS/*.cpp", "Posix/*.cpp"],
     "Platform/WindowSystem": ["*.cpp", "Headless/*.cpp", "Backends/*.cpp"],
@@ -43,9 +43,10 @@ FOLDERS = {
 }
 # The public names that the library must export.
 EXPORTS = ROOT / "Tests/Package/exports.txt"
-# The demangled names of a class's tables and thunks begin with these words.
+# The demangled names of a class's vtable, type information and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
-# A class, function or variable in namespace vel. For a member of a class, this is only the class.
+# Matches the name of a class, function or variable in namespace vel. In the name of a class member,
+# matches only the class.
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 
@@ -89,7 +90,7 @@ def exported_symbols(library):
 
 
 def public_names(symbols):
-    """Returns the names as in exports.txt: each C++ class is one name, whatever its members."""
+    """Returns the names as in exports.txt. All symbols of a C++ class become the name of the class."""
     names = set()
     for line in run("c++filt", text="\n".join(sorted(symbols))).splitlines():
         name = CLASS_SYMBOL.sub("", line)
@@ -124,7 +125,7 @@ class MacOSExportsTest(unittest.TestCase):
         exports = self.link("-exported_symbols_list", ROOT / "cmake/exports.mach-o")
         self.assertEqual(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
 
-    def test_without_the_export_list_of_the_linker_the_library_exports_more(self):
+    def test_the_library_exports_more_names_without_the_linkers_export_list(self):
         exports = self.link()
         self.assertGreater(exports, set(EXPORTS.read_text(encoding="utf-8").split()))
         self.assertTrue(any(name.startswith("std::") for name in exports))

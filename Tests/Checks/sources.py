@@ -8,9 +8,9 @@ SUFFIXES = {".h", ".hpp", ".c", ".cpp", ".m", ".mm"}
 
 
 def source_files(root):
-    """Returns all sources below root, as sorted paths relative to root. In a repository, these are
-    the files that git tracks or would add. Elsewhere, these are all files outside build folders and
-    hidden folders."""
+    """Returns all sources below root, as sorted paths relative to root. If root is a git repository,
+    returns only files that git tracks or would add. Otherwise skips build folders and hidden
+    folders."""
     root = Path(root)
     git_process = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],

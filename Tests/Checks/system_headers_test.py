@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles the public headers of the library together with headers of macOS, in both orders. Also compiles
-the Objective-C interface.
+"""Compiles the public headers of the library before and after headers of macOS. Also compiles the
+Objective-C interface.
 
 usage: system_headers_test.py COMPILER...
 
@@ -22,7 +22,7 @@ LIBRARY = '#include "VelLaunchScreen/VelLaunchScreen.h"\n#include "Bindings/C/ve
 MACROS = '#include "MacOSMacros.h"\n'
 APPKIT = "#import <AppKit/AppKit.h>\n"
 # Uses names that are macros on macOS, and a type that exists both in AppKit and in the library.
-USE = """
+CLIENT_CODE = """
 vel::dispatch_time_t soon() { return vel::dispatch_time(vel::kDispatchTimeNow, 1); }
 vel::Strong<vel::NSWindow> windowOf(const vel::Strong<vel::NSWindow>& window) { return window; }
 """
@@ -54,7 +54,7 @@ def compile_text(compiler, language, text, *flags):
 
 
 def language_of(compiler):
-    """Returns Objective-C++, which includes C++, if the compiler knows it, otherwise C++."""
+    """Returns the language to test: Objective-C++ if the compiler supports it, otherwise C++."""
     return "c++" if compile_text(compiler, "objective-c++", "@class Window;\n") else "objective-c++"
 
 
@@ -74,14 +74,14 @@ class SystemHeadersTest(unittest.TestCase):
     def check_both_orders(self, compiler, language, system_headers, *flags):
         for text in (system_headers + LIBRARY, LIBRARY + system_headers):
             with self.subTest(compiler=compiler, language=language, first=text.split("\n")[0]):
-                self.assertEqual(compile_text(compiler, language, text + USE, *flags), "")
+                self.assertEqual(compile_text(compiler, language, text + CLIENT_CODE, *flags), "")
 
-    def test_the_macros_of_macos_do_not_disturb_the_librarys_headers(self):
+    def test_the_librarys_headers_compile_with_the_macros_of_macos(self):
         for compiler in COMPILERS:
             self.check_both_orders(compiler, language_of(compiler), MACROS, *STRICT)
 
     @unittest.skipUnless(HAS_APPKIT, "the free AppKit is not installed")
-    def test_the_headers_of_appkit_do_not_disturb_the_librarys_headers(self):
+    def test_the_librarys_headers_compile_with_the_headers_of_appkit(self):
         for compiler in COMPILERS:
             if language_of(compiler) == "objective-c++":
                 self.check_both_orders(compiler, "objective-c++", APPKIT, *appkit_flags())
@@ -94,12 +94,12 @@ class SystemHeadersTest(unittest.TestCase):
                 flags = [flag.replace("-I", "-isystem", 1) for flag in appkit_flags()]
                 flags += [*STRICT, "-Wno-unused-parameter"]
                 with self.subTest(compiler=compiler):
-                    sources = compile_text(compiler, "objective-c++", OBJECTIVE_C_SOURCES, *flags)
-                    self.assertEqual(sources, "")
-                    headers = compile_text(compiler, "objective-c", OBJECTIVE_C_HEADERS, *flags)
-                    self.assertEqual(headers, "")
+                    source_messages = compile_text(compiler, "objective-c++", OBJECTIVE_C_SOURCES, *flags)
+                    self.assertEqual(source_messages, "")
+                    header_messages = compile_text(compiler, "objective-c", OBJECTIVE_C_HEADERS, *flags)
+                    self.assertEqual(header_messages, "")
 
-    # Shows that `test_the_macros_of_macos_do_not_disturb_the_librarys_headers` can fail.
+    # Shows that `test_the_librarys_headers_compile_with_the_macros_of_macos` can fail.
     def test_a_macro_with_a_name_of_the_library_breaks_the_compilation(self):
         macro = "#define kDispatchTimeNow (0ull)\n"
         for compiler in COMPILERS:

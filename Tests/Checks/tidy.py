@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy on the sources of the library, the program and the examples.
+"""Runs clang-tidy on the sources of the library, the program launchscreen and the examples.
 
 usage: tidy.py ROOT BUILD_DIR CLANG_TIDY
 
 BUILD_DIR/compile_commands.json says how each source is compiled. A source that has passed is checked
 again only after a change to the source, to one of the project's headers that it includes, to its
-compile command, to a .clang-tidy file, or to clang-tidy itself. A digest of all these is the state of
-the source. BUILD_DIR/tidy contains an empty file for each state that has passed.
+compile command, to a .clang-tidy file, or to clang-tidy itself. A digest of all these inputs is
+called the state of the source. If a source passes, the script creates an empty file in BUILD_DIR/tidy.
+The name of this file is the state of the source.
 """
 
 import hashlib
@@ -34,7 +35,7 @@ class Sources:
         self._root = root
         self._files = {}
 
-    def _file(self, name):
+    def _digest_and_includes(self, name):
         if name not in self._files:
             path = self._root / name
             text = path.read_bytes() if path.is_file() else b""
@@ -50,10 +51,10 @@ class Sources:
             included_name = pending_names.pop()
             if included_name not in visited_names:
                 visited_names.add(included_name)
-                pending_names.extend(self._file(included_name)[1])
+                pending_names.extend(self._digest_and_includes(included_name)[1])
         digest = hashlib.sha256()
         for visited_name in sorted(visited_names):
-            digest.update(visited_name.encode() + b"\0" + self._file(visited_name)[0])
+            digest.update(visited_name.encode() + b"\0" + self._digest_and_includes(visited_name)[0])
         return digest.digest()
 
 

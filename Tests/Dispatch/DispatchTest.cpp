@@ -76,7 +76,7 @@ TEST_F(DispatchTest, DelayedWorkRunsAtItsTimeAndNotBefore) {
   EXPECT_EQ(recordedNames, Names{"work"});
 }
 
-TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
+TEST_F(DispatchTest, DueWorkRunsInTheOrderOfItsDeadlines) {
   submitAt(timeAfter(0.3), "third");
   submitAt(timeAfter(0.1), "first");
   submitAt(timeAfter(0.2), "second");
@@ -85,7 +85,7 @@ TEST_F(DispatchTest, WorkThatIsDueRunsEarliestDeadlineFirst) {
   EXPECT_EQ(recordedNames, (Names{"first", "second", "third"}));
 }
 
-TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
+TEST_F(DispatchTest, WorkWithEqualDeadlinesRunsInTheOrderOfSubmission) {
   submitAt(timeAfter(0.2), "first");
   letTimePass(0.1);
   submitAt(timeAfter(0.1), "second");
@@ -95,7 +95,7 @@ TEST_F(DispatchTest, EqualDeadlinesRunInTheOrderOfSubmission) {
   EXPECT_EQ(recordedNames, (Names{"first", "second", "third"}));
 }
 
-TEST_F(DispatchTest, ManyEqualDeadlinesKeepTheOrderOfSubmission) {
+TEST_F(DispatchTest, ManyPiecesOfWorkWithEqualDeadlinesRunInTheOrderOfSubmission) {
   std::vector<int> order;
   for (int number = 0; number < 10'000; ++number) {
     dispatch_after(timeAfter(number % 10), queue, [&order, number] { order.push_back(number); });
@@ -209,7 +209,7 @@ TEST_F(DispatchTest, LoopsMayBeNestedDeeply) {
   EXPECT_EQ(queue.pendingWorkCount(), 0u);
 }
 
-TEST_F(DispatchTest, KnowsTheNextDeadline) {
+TEST_F(DispatchTest, TheNextDeadlineIsTheEarliestDeadlineOfPendingWork) {
   EXPECT_EQ(queue.nextDeadline(), kNever);
   submitAt(timeAfter(0.5), "later");
   submitAt(timeAfter(0.2), "sooner");
@@ -218,7 +218,7 @@ TEST_F(DispatchTest, KnowsTheNextDeadline) {
   EXPECT_EQ(queue.nextDeadline(), nanosecondsFromSeconds(0.5));
 }
 
-TEST_F(DispatchTest, WhileWorkRunsTheNextDeadlineIsThatOfTheRemainingWork) {
+TEST_F(DispatchTest, TheNextDeadlineIsThatOfTheRemainingWorkWhileWorkRuns) {
   submit("outer", [this] { EXPECT_LE(loop.nextDeadline(), loop.now()); });
   submit("rest");
   loop.pump();
@@ -301,7 +301,7 @@ TEST_F(DispatchTest, CapturedObjectsAreDestroyedBeforeTheNextPieceOfWorkRuns) {
   EXPECT_EQ(useCount, 1);
 }
 
-TEST_F(DispatchTest, ADestructorInRemovedWorkMaySubmitWork) {
+TEST_F(DispatchTest, RemoveAllMayDestroyAnObjectThatSubmitsWork) {
   const auto submittingDeleter = [this](const int* value) {
     submit("late work");
     delete value;
@@ -330,7 +330,7 @@ TEST_F(DispatchTest, DispatchTimeAddsADelayToNowOrToAGivenTime) {
             6 * kNanosecondsPerSecond);
 }
 
-TEST_F(DispatchTest, ATimeThatOverflowsIsNever) {
+TEST_F(DispatchTest, ATimeThatOverflowsBecomesKNever) {
   letTimePass(1);
   EXPECT_EQ(dispatch_time(kDispatchTimeNow, kNever), kNever);
   EXPECT_EQ(dispatch_time(kNever, 1), kNever);

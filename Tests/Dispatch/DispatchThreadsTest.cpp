@@ -83,20 +83,20 @@ TEST_F(DispatchThreadsTest, ANestedLoopRunsWorkFromAnotherThread) {
 }
 
 TEST_F(DispatchThreadsTest, TheClockNeverGoesBackForAnotherThread) {
-  constexpr int kChanges = 20;
+  constexpr int kRequiredChangeCount = 20;
   bool hasGoneBack = false;
   // Counts how often the other thread has read a new time.
   std::atomic<int> changeCount = 0;
   std::thread otherThread([&] {
     dispatch_time_t previousTime = dispatch_time(kDispatchTimeNow, 0);
-    while (changeCount < kChanges) {
+    while (changeCount < kRequiredChangeCount) {
       const dispatch_time_t currentTime = dispatch_time(kDispatchTimeNow, 0);
       hasGoneBack = hasGoneBack || currentTime < previousTime;
       changeCount += currentTime != previousTime ? 1 : 0;
       previousTime = currentTime;
     }
   });
-  while (changeCount < kChanges) {
+  while (changeCount < kRequiredChangeCount) {
     platform.run(0.1);
   }
   otherThread.join();

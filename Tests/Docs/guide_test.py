@@ -77,7 +77,7 @@ class Guide(unittest.TestCase):
                 output = self.run_in_folder("sh", "-e", "-c", text)
             elif language == "text":
                 self.assertEqual(output, text)
-        # The last command plays away.json.
+        # `output` is the output of the guide's last command, which plays away.json.
         self.assertIn('{"t":6.500000000,"event":"launch_end"}', output)
         self.assertTrue((self.folder / "away.svg").exists())
 

@@ -11,7 +11,7 @@ from docs import ROOT
 
 
 def doxygen(folder, *settings):
-    """Runs doxygen on the project with output into a folder. Returns the finished process."""
+    """Runs Doxygen on the project. Doxygen writes its files into `folder`. Returns the finished process."""
     settings = [f"@INCLUDE = {ROOT / 'Doxyfile'}", f"OUTPUT_DIRECTORY = {folder}", *settings]
     return subprocess.run(
         [os.environ["DOXYGEN"], "-"],
