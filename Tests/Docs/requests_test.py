@@ -11,7 +11,7 @@ from docs import PROGRAM, ROOT
 PAGE = (ROOT / "docs/requests.md").read_text(encoding="utf-8")
 MODAL_WINDOW_MODE, SHEET_MODE = 2, 1
 STATE_FAILED = 4
-# In an expected outcome, these values stand for a time that does not exist.
+# An expected outcome contains these values instead of a time.
 STAYS = None  # the launch screen is not dismissed
 NO_EVENT = None  # no event is recorded
 
@@ -26,8 +26,8 @@ def rows(heading):
 
 class Play:
     """Plays a scenario that requests a launch screen, presents it, and then takes `steps`. Stores the
-    lines of the trace. `host` adds members to the scenario's "host", but `host["player"]` adds members
-    to the player window."""
+    lines of the trace. The argument `player` adds its members to the player window. Each additional
+    argument becomes a member of the scenario's "host"."""
 
     def __init__(self, parameters, steps=(), presentation_mode=0, windows=(), until=30, **host):
         script = {
@@ -180,11 +180,11 @@ class Requests(unittest.TestCase):
 
     def test_each_row_about_modes_is_true(self):
         # A cell contains a JSON value in backticks or one of these words.
-        values_of_words = {"missing": None, "anything else": "Skip"}  # only "skip" is skip mode
+        values_of_words = {"missing": None, "anything else": "Skip"}  # "Skip" is not skip mode
         for value, effect in rows("`mode`"):
             with self.subTest(value):
-                name = value.split(",")[0]
-                mode = values_of_words[name] if name in values_of_words else json.loads(name.strip("`"))
+                cell = value.split(",")[0]  # without ", exactly"
+                mode = values_of_words[cell] if cell in values_of_words else json.loads(cell.strip("`"))
                 outcome = Play(request(mode=mode), [{"at": 1, **DISMISS}]).outcome
                 may_dismiss_early = "any time" in effect
                 self.assert_times(outcome, (1, NO_EVENT) if may_dismiss_early else (5.1, 3.5))

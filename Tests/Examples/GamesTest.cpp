@@ -24,8 +24,8 @@ using testing::StartsWith;
 constexpr std::uint32_t kBackgroundColor = 0x204080;
 constexpr std::uint32_t kBallColor = 0xFFB020;
 constexpr std::size_t kMinimumCoveredFrames = 60;
-// The limit for a call of vel_pump, in milliseconds. It is much longer than a call takes on a busy
-// machine, and much shorter than a launch screen lasts.
+// Each call of vel_pump must take less than this time, in milliseconds. The limit allows for a busy
+// machine. A call that blocked until the launch screen ends would take longer.
 constexpr double kMaximumPumpTime = 1000;
 
 auto hasEveryControl() {
@@ -106,7 +106,7 @@ TEST_P(GameExample, KeepsDrawingUnderItsLaunchScreen) {
   ASSERT_TRUE(waitForLine(game, "covered"));
   const xcb_window_t otherWindow = switchAway();  // pauses the countdown during the checks
   ASSERT_TRUE(waitFor([&] { return client.screenPicture(window).isAll(kWhite); }));
-  EXPECT_TRUE(waitForLine(game, "controls kept"));  // metacity still allows resizing
+  EXPECT_TRUE(waitForLine(game, "controls kept"));  // metacity keeps the resize control
   EXPECT_THAT(allowedActions(window), hasNeitherCloseNorMinimize());
   EXPECT_NE(titleBar(window), titleBarBefore);
   const auto frameReportCount = [&] {

@@ -14,8 +14,8 @@ namespace vel::test {
 /// A running example. Collects its output line by line.
 class HostProcess : NonCopyable {
  public:
-  /// Starts the example with DISPLAY set to `display`. If `display` is empty, the example finds no
-  /// X display.
+  /// Starts the program `arguments[0]` with DISPLAY set to `display`. If `display` is empty, the
+  /// program finds no X display.
   explicit HostProcess(const std::vector<std::string>& arguments, const std::string& display = "");
   ~HostProcess();
 

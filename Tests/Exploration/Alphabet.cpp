@@ -79,10 +79,11 @@ std::string scenarioText(const Setting& setting, const Script& script) {
   for (const std::uint8_t index : script) {
     const Action& action = kActions[index];
     tenths += action.tenthsOfSecond;
-    // A step without a time has the time of the previous step.
     steps += steps.empty() ? "\n    " : ",\n    ";
+    // Only the first step of an action needs a time. A step without a time has the time of the
+    // previous step.
     steps += "{\"at\":" + secondsFromTenths(tenths) + ",";
-    steps += action.steps.substr(1);
+    steps += action.steps.substr(1);  // without the opening brace
   }
   return scenarioOf(setting, steps, tenths + kTenthsUntilNoWorkIsLeft);
 }

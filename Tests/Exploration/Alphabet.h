@@ -1,6 +1,6 @@
-// The actions and settings from which the exploration builds its plays. A script is a sequence of
-// actions. A setting is a host with its windows. A play (ObservedPlay.h) runs one script in one
-// setting.
+// The actions and settings of the exploration. The exploration plays many scripts and checks
+// invariants. A script is a sequence of actions. A setting is a host with its windows. A play
+// (ObservedPlay.h) runs one script in one setting.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// The exploration finds broken invariants and prints them as scenarios.
+// The exploration plays scripts and checks invariants. A script is a sequence of actions of the
+// host or the user. The finding is the first script that breaks an invariant.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -26,8 +27,8 @@ Script scriptOf(const std::vector<std::string_view>& names) {
   return script;
 }
 
-// Returns the state key after a play of the script.
-std::string keyAfter(const ParsedSetting& parsedSetting, const Script& script) {
+// Plays the script. Returns the state key: the values on which the rest of the play depends.
+std::string stateKeyAfter(const ParsedSetting& parsedSetting, const Script& script) {
   ObservedPlay play(parsedSetting, {});
   for (const std::uint8_t action : script) {
     play.perform(action);
@@ -35,8 +36,8 @@ std::string keyAfter(const ParsedSetting& parsedSetting, const Script& script) {
   return stateKey(play);
 }
 
-std::string keyAfter(const std::vector<std::string_view>& names) {
-  return keyAfter(ParsedSetting(settingWithoutContentViewController()), scriptOf(names));
+std::string stateKeyAfter(const std::vector<std::string_view>& names) {
+  return stateKeyAfter(ParsedSetting(settingWithoutContentViewController()), scriptOf(names));
 }
 
 // Returns every script that extends `script` by one action.
@@ -69,7 +70,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAfterAnAction) 
   EXPECT_EQ(exploration.finding->script, scriptOf({"request", "present embedded"}));
 }
 
-TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATraceLine) {
+TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtATick) {
   const Exploration exploration = exploreFor(
       CheckTime::Moment,
       [](const ObservedPlay& play) -> std::string {
@@ -91,6 +92,7 @@ TEST(ExplorationTest, FindsTheShortestScriptThatBreaksAnInvariantAtTheEndOfThePl
       },
       4);
   ASSERT_TRUE(exploration.finding);
+  // `ObservedPlay::end` deactivates the manager. The finding contains this as the last action.
   EXPECT_EQ(exploration.finding->script,
             scriptOf({"request", "content view", "dismiss by the manager", "deactivate"}));
 }
@@ -125,7 +127,7 @@ TEST(ExplorationTest, EveryActionIsAValidScenarioStep) {
 
 // Counts
 
-TEST(ExplorationTest, ExtendsEachStateOnce) {
+TEST(ExplorationTest, ExtendsOneScriptForEachState) {
   const Exploration exploration = explore(settingWithoutContentViewController(), invariants(), 1);
   EXPECT_EQ(exploration.scriptCount, 1 + actions().size());
   EXPECT_EQ(exploration.depth, 1U);
@@ -139,50 +141,50 @@ TEST(ExplorationTest, ExtendsEachStateOnce) {
 // Equal states
 
 TEST(StateKeyTest, IsEqualIfNothingHasChanged) {
-  EXPECT_EQ(keyAfter({}), keyAfter({"key to the player"}));
-  EXPECT_EQ(keyAfter({}), keyAfter({"tick", "half a second"}));
-  EXPECT_EQ(keyAfter({"request", "content view"}),
-            keyAfter({"request", "content view", "content view"}));
+  EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"key to the player"}));
+  EXPECT_EQ(stateKeyAfter({}), stateKeyAfter({"tick", "half a second"}));
+  EXPECT_EQ(stateKeyAfter({"request", "content view"}),
+            stateKeyAfter({"request", "content view", "content view"}));
 }
 
 TEST(StateKeyTest, DiffersIfTheFutureDiffers) {
-  EXPECT_NE(keyAfter({"request"}), keyAfter({"request in skip mode"}));
-  EXPECT_NE(keyAfter({"request"}), keyAfter({"request", "content view"}));
+  EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request in skip mode"}));
+  EXPECT_NE(stateKeyAfter({"request"}), stateKeyAfter({"request", "content view"}));
   // The player is key in both states. The window that was key before the player differs.
-  EXPECT_NE(keyAfter({"key to another window", "key to the player"}),
-            keyAfter({"consent window loses key", "key to the player"}));
+  EXPECT_NE(stateKeyAfter({"key to another window", "key to the player"}),
+            stateKeyAfter({"consent window loses key", "key to the player"}));
   // A refused dismissal changes nothing, except that it leaves delayed work.
-  EXPECT_NE(keyAfter({"request", "content view"}),
-            keyAfter({"request", "content view", "dismiss by the controller"}));
+  EXPECT_NE(stateKeyAfter({"request", "content view"}),
+            stateKeyAfter({"request", "content view", "dismiss by the controller"}));
 }
 
 class SettingTest : public testing::TestWithParam<std::size_t> {};
 
-// The key must contain every value that has an effect on the future.
-TEST_P(SettingTest, StatesWithTheSameKeyHaveTheSameFuture) {
+// Fails if the state key lacks a value on which the rest of the play depends.
+TEST_P(SettingTest, PlaysWithTheSameStateKeyHaveTheSameFuture) {
   const ParsedSetting parsedSetting(settings()[GetParam()]);
-  std::map<std::string, Script> firstScriptByKey;
+  std::map<std::string, Script> firstScriptByStateKey;
   std::vector<Script> scripts{{}};
   for (std::size_t index = 0; index < scripts.size(); ++index) {
     const Script script = scripts[index];
-    const auto [firstScript, isNewKey] =
-        firstScriptByKey.emplace(keyAfter(parsedSetting, script), script);
+    const auto [firstScript, isNewStateKey] =
+        firstScriptByStateKey.emplace(stateKeyAfter(parsedSetting, script), script);
     const std::vector<Script> continuations = continuationsOf(script);
     if (script.size() < 2) {
       scripts.insert(scripts.end(), continuations.begin(), continuations.end());
     }
-    for (std::size_t action = 0; !isNewKey && action < actions().size(); ++action) {
-      EXPECT_EQ(keyAfter(parsedSetting, continuations[action]),
-                keyAfter(parsedSetting, continuationsOf(firstScript->second)[action]))
+    for (std::size_t action = 0; !isNewStateKey && action < actions().size(); ++action) {
+      EXPECT_EQ(stateKeyAfter(parsedSetting, continuations[action]),
+                stateKeyAfter(parsedSetting, continuationsOf(firstScript->second)[action]))
           << scenarioText(parsedSetting.setting, continuations[action]);
     }
   }
-  EXPECT_LT(firstScriptByKey.size(), scripts.size());
+  EXPECT_LT(firstScriptByStateKey.size(), scripts.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, SettingTest, testing::Range(std::size_t{0}, settings().size()));
 
-// Style exceptions
+// Style exceptions: the known cases in which the library does not restore the style of a window
 
 struct Example {
   std::string_view exceptionName;
@@ -192,7 +194,7 @@ struct Example {
   std::vector<NSWindowStyleMask> remainingStyles;
 };
 
-// The initial `appWindowStyleMask` of a controller: no style is saved.
+// A controller's `appWindowStyleMask` before the controller saves the style of a window.
 constexpr NSWindowStyleMask kNoSavedStyle = ~NSWindowStyleMask{0};
 
 const Example kExamples[] = {

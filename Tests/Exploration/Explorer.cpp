@@ -29,7 +29,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
                     std::size_t depth) {
   const ParsedSetting parsedSetting(setting);
   Exploration exploration;
-  // The hashes of the states' keys. The probability that any two of a million states have the same
+  // The hashes of the state keys. The probability that any two of a million states have the same
   // hash is below 1 in 10^7.
   std::unordered_set<std::size_t> knownStateHashes;
   std::vector<Script> scriptsToExtend;
@@ -42,7 +42,7 @@ Exploration explore(const Setting& setting, std::span<const Invariant> invariant
       exploration.finding = {.violation = play.violation(), .script = script};
       return false;
     }
-    // Plays that reach the same state end in the same way, so only the first of them is ended.
+    // Plays that reach the same state end in the same way. So only the first play calls `end`.
     if (knownStateHashes.insert(std::hash<std::string>()(stateKey(play))).second) {
       scriptsToExtend.push_back(script);
       play.end();

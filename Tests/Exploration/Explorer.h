@@ -11,15 +11,14 @@
 
 namespace vel::exploration {
 
-/// A script that breaks an invariant. A play deactivates the manager after the last action. If only
-/// this deactivation breaks the invariant, the script has "deactivate" as an additional last
-/// action.
+/// A script that breaks an invariant. `ObservedPlay::end` deactivates the manager of the launch
+/// screen. If this deactivation breaks the invariant, `script` ends with "deactivate".
 struct Finding {
   std::string violation;
   Script script;
 };
 
-/// The result of an exploration.
+/// The result of `explore`.
 struct Exploration {
   /// The number of different states, including the state before the first action. 0 if there is a
   /// finding.

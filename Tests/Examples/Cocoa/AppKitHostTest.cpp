@@ -1,4 +1,5 @@
-// The example host in Objective-C on a display with a window manager. Its run loop is [NSApp run].
+// Tests of the Objective-C example host on a display with a window manager. The host's run loop is
+// [NSApp run].
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -25,9 +26,9 @@ constexpr const char* kModalWindow = "2";
 // `X11TestWithManager` has stopped the X server, so `AppKitEnvironment` is the first base class.
 class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
  protected:
-  // Polls `condition` until it is true. Returns false after `kTimeout`. The free AppKit sometimes
-  // reads an event from its connection, but handles it only when another event arrives. So this
-  // function moves the pointer over the host's window. Each movement sends another event.
+  // Polls `condition` until it is true. Returns false after `kTimeout`. The free AppKit of
+  // GNUstep sometimes handles an X event only when another event arrives. So each poll moves the
+  // pointer over the host's window, which sends another event.
   bool eventually(const std::function<bool()>& condition) {
     int distance = 0;
     return test::eventually([&] {
@@ -45,8 +46,9 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
     const PixelRect area = client.areaOnScreen(player());
     client.click(area.x + area.width / 2, area.y + area.height / 2);
   }
-  // The user closes the window, and the host exits. SIGTERM can block a program of the free AppKit
-  // forever: its signal handler calls Xlib, which the program may be using at that moment.
+  // Closes the window as the user would, and waits until the host exits. SIGTERM would not always
+  // end the host. The signal handler of the free AppKit calls Xlib, and this call can block forever
+  // if the signal interrupts another call of Xlib.
   int close(HostProcess& host) {
     client.sendProtocolMessage(player(), "WM_DELETE_WINDOW");
     EXPECT_TRUE(eventually([this] { return player() == 0; }));
@@ -87,7 +89,7 @@ class AppKitHost : private AppKitEnvironment, public X11TestWithManager {
   }
 };
 
-// Each line begins with the seconds since the click.
+// Each line that the host prints begins with the seconds since the click.
 double secondsOf(const std::string& line) { return std::atof(line.c_str()); }
 
 TEST_F(AppKitHost, IsWhiteWhileCoveredAndThenDrawsItsPictureAgain) {
