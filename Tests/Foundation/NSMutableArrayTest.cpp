@@ -12,7 +12,8 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor.
+/// An object that runs `onDestruction` in its destructor. Guests with the same
+/// name are not equal.
 class Guest final : public Class<Guest, "Guest"> {
  public:
   explicit Guest(std::string name, std::function<void()> onDestruction = nullptr)
@@ -39,8 +40,8 @@ class NSMutableArrayTest : public testing::Test {
     }
   }
 
-  // Iterates over the guests and records their names. Runs `work` at the guest that has the name
-  // `name`.
+  // Records the names of the guests in a loop. When the loop visits the guest called `name`, it
+  // also runs `work`.
   void iterate(const std::string& name = "", const std::function<void()>& work = nullptr) {
     for (const Strong<Guest>& guest : *guests) {
       visitedNames.push_back(guest->name());
@@ -160,9 +161,10 @@ TEST_F(NSMutableArrayTest, ReadingDuringALoopDoesNotThrow) {
 
 TEST_F(NSMutableArrayTest, RemovingAllFromAnEmptyArrayDuringALoopDoesNotThrow) {
   const auto emptyArray = NSMutableArray<Guest>::array();
-  auto position = emptyArray->begin();
+  // The body of a loop over an empty array never runs, so this test increments an iterator itself.
+  auto iterator = emptyArray->begin();
   emptyArray->removeAllObjects();
-  EXPECT_NO_THROW(++position);
+  EXPECT_NO_THROW(++iterator);
 }
 
 TEST_F(NSMutableArrayTest, ANestedLoopDoesNotThrow) {

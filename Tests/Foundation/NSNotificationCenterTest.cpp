@@ -19,7 +19,8 @@ NSNotificationCenter& center() { return NSNotificationCenter::defaultCenter(); }
 
 class Door final : public Class<Door, "Door"> {};
 
-/// An observer. For each notification, it adds its own name to a list and then calls `reaction`.
+/// An observer that appends its own name to `receivers` when it receives a notification.
+/// `doorMoved` then calls `reaction`.
 class Listener final : public Class<Listener, "Listener"> {
  public:
   Listener(std::vector<std::string>& receivers, std::string name)
@@ -34,7 +35,7 @@ class Listener final : public Class<Listener, "Listener"> {
       reaction();
     }
   }
-  void doorMovedAgain(const NSNotification& /*notification*/) {
+  void doorMovedSecondSelector(const NSNotification& /*notification*/) {
     receivers_.push_back(name_ + " again");
   }
 
@@ -115,7 +116,8 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsRegisteredTwiceReceivesANotific
 
 TEST_F(NSNotificationCenterTest, EachRegistrationHasItsOwnSelector) {
   observe(ann);
-  center().addObserverSelectorNameObject<&Listener::doorMovedAgain>(ann, kDoorOpened, nullptr);
+  center().addObserverSelectorNameObject<&Listener::doorMovedSecondSelector>(ann, kDoorOpened,
+                                                                             nullptr);
   post();
   EXPECT_EQ(receivers, (Names{"Ann", "Ann again"}));
 }
@@ -128,7 +130,7 @@ TEST_F(NSNotificationCenterTest, DeliversOnlyTheRegisteredName) {
   EXPECT_EQ(receivers, Names{"Ann"});
 }
 
-TEST_F(NSNotificationCenterTest, DeliversOnlyForTheRegisteredObjectAndNullMeansAnyObject) {
+TEST_F(NSNotificationCenterTest, DeliversOnlyPostsOfTheRegisteredObjectOrAllPostsIfItIsNull) {
   const auto observedDoor = make<Door>();
   observe(ann, kDoorOpened, observedDoor);
   observe(bob);
@@ -153,7 +155,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsAddedDuringAPostReceivesOnlyLat
   EXPECT_EQ(receivers, (Names{"Ann", "Bob", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest, AnObserverThatTheLastObserverAddsDoesNotReceiveThePost) {
+TEST_F(NSNotificationCenterTest, AnObserverAddedByTheLastObserverDoesNotReceiveTheCurrentPost) {
   ann->reaction = [this] { observe(bob); };
   observe(ann);
   post();
@@ -193,7 +195,7 @@ TEST_F(NSNotificationCenterTest, AnObserverThatIsRemovedAndAddedDuringAPostRecei
   EXPECT_EQ(receivers, (Names{"Ann", "Ann", "Bob"}));
 }
 
-TEST_F(NSNotificationCenterTest, RemoveObserverRemovesAllItsRegistrations) {
+TEST_F(NSNotificationCenterTest, RemoveObserverRemovesAllRegistrationsOfTheObserver) {
   observe(ann);
   observe(ann, kDoorClosed);
   observe(ann, kDoorOpened, make<Door>());
@@ -278,8 +280,7 @@ TEST_F(NSNotificationCenterTest, RemovalInANestedPostAlsoAffectsTheOuterPost) {
   EXPECT_EQ(receivers, (Names{"Ann", "Cid"}));
 }
 
-TEST_F(NSNotificationCenterTest,
-       AnObserverThatThrowsEndsThePostButTheOtherObserversStayRegistered) {
+TEST_F(NSNotificationCenterTest, AnExceptionFromAnObserverEndsOnlyTheCurrentPost) {
   ann->reaction = [] { throw std::runtime_error("stop"); };
   observe(ann);
   observe(bob);

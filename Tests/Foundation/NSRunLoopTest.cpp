@@ -80,7 +80,7 @@ TEST_F(NSRunLoopTest, APassServesTimersThenWindowSystemThenMainQueueThenReleaseP
   EXPECT_EQ(records, (std::vector<std::string>{"timer", "window system", "main queue", "pool"}));
 }
 
-TEST_F(NSRunLoopTest, WorkThatATimerSubmitsRunsInTheSamePass) {
+TEST_F(NSRunLoopTest, WorkSubmittedByATimerRunsInTheSamePass) {
   schedule(0.1, [this] { dispatch("main queue"); });
   letTimePass(0.1);
   loop.pump();
@@ -129,7 +129,7 @@ TEST_F(NSRunLoopTest, ATimerFiresOnlyInItsModes) {
   EXPECT_EQ(ticker->ticks(), 2);
 }
 
-TEST_F(NSRunLoopTest, ATimerInSeveralModesFiresOnceAPass) {
+TEST_F(NSRunLoopTest, ATimerInSeveralModesFiresOncePerPass) {
   const auto ticker = make<Ticker>();
   const auto timer = schedule(0.1, ticker, Repeats::Yes);
   loop.addTimerForMode(timer, NSModalPanelRunLoopMode);
@@ -217,8 +217,8 @@ TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadDuringAPassEndsTheWaitAfterThePass
 }
 
 TEST_F(NSRunLoopTest, AWakeUpFromAnotherThreadBeforeAPassDoesNotEndTheWaitAfterThePass) {
-  // No wait is running after the first call, so `wake` must not wake the clock: the clock would end
-  // its next wait, which is in the second call. The pass of the second call serves the wake-up.
+  // No wait is running when the thread calls `wake`, so the loop must not wake the clock. Otherwise
+  // the clock would immediately end the wait of the second `runModeBeforeDate`.
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(1));
   std::thread([this] { loop.wake(); }).join();
   loop.runModeBeforeDate(NSDefaultRunLoopMode, nanosecondsFromSeconds(5));
@@ -360,7 +360,7 @@ TEST_F(NSRunLoopTest, ANewClockInvalidatesAllTimers) {
 
 TEST_F(NSRunLoopTest, HasNoWaitHandleInVirtualTime) { EXPECT_FALSE(loop.waitHandle().isValid()); }
 
-TEST_F(NSRunLoopTest, RunningWorkTakesNoVirtualTime) {
+TEST_F(NSRunLoopTest, WorkTakesNoVirtualTime) {
   for (int number = 0; number < 100; ++number) {
     dispatch("work");
     loop.pump();

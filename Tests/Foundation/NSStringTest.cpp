@@ -36,7 +36,7 @@ void expectValues(const std::vector<FloatValueCase>& cases) {
 TEST(NSStringTest, ReturnsItsText) {
   const auto string = NSString::stringWithUTF8String("größer");
   EXPECT_EQ(string->UTF8String(), "größer");
-  EXPECT_EQ(string->length(), 8u);
+  EXPECT_EQ(string->length(), 8u);  // in bytes
 }
 
 TEST(NSStringTest, MayContainZeroBytes) {
@@ -138,7 +138,7 @@ TEST(FloatValueTest, IsZeroWithoutANumber) {
                 {"- 5", 0.F},
                 {"x5", 0.F},
                 {"$5", 0.F},
-                {"\xd9\xa5", 0.F}});
+                {"\xd9\xa5", 0.F}});  // the Arabic digit five
 }
 
 TEST(FloatValueTest, AMinusSignAppliesOnlyToANumber) {
@@ -211,8 +211,8 @@ TEST(FloatValueTest, ReadsAnyNumberOfDigits) {
   EXPECT_EQ(floatValue("1." + std::string(5000, '9')), 2.F);
 }
 
-/// Sets a global C++ locale with decimal commas, as a host may do. The destructor restores the
-/// previous locale, and also undoes `setForCLibrary`.
+/// Sets a global C++ locale with decimal commas, as a host may do. The destructor resets the
+/// locales of C++ and of the C library.
 class CommaLocale : NonCopyable {
  public:
   CommaLocale() : previousLocale_(std::locale::global(std::locale(std::locale(), new Comma))) {}

@@ -42,7 +42,7 @@ TEST_F(NSTimerTest, RepeatsEveryInterval) {
   EXPECT_EQ(ticker->ticks(), 4);
 }
 
-TEST_F(NSTimerTest, MayCallAnOperationWithoutParameters) {
+TEST_F(NSTimerTest, TheSelectorMayHaveNoParameters) {
   class Alarm final : public Class<Alarm, "Alarm"> {
    public:
     void ring() { ++ringCount; }
@@ -54,7 +54,7 @@ TEST_F(NSTimerTest, MayCallAnOperationWithoutParameters) {
   EXPECT_EQ(alarm->ringCount, 1);
 }
 
-TEST_F(NSTimerTest, TimersThatAreDueFireEarliestFirst) {
+TEST_F(NSTimerTest, DueTimersFireInTheOrderOfTheirFireDates) {
   scheduleNamed("third", 0.3);
   scheduleNamed("first", 0.1);
   scheduleNamed("second", 0.2);
@@ -199,7 +199,7 @@ TEST_F(NSTimerTest, ARepeatingTimerKeepsItsTargetAliveUntilItIsInvalidated) {
   EXPECT_EQ(timer->target(), nullptr);
 }
 
-TEST_F(NSTimerTest, ATargetThatInvalidatesItsTimerLivesUntilItReturns) {
+TEST_F(NSTimerTest, ATargetThatInvalidatesItsTimerLivesUntilTheCallReturns) {
   Weak<Ticker> target;
   bool isAliveDuringCall = false;
   {
@@ -232,7 +232,7 @@ TEST_F(NSTimerTest, AnIntervalThatIsNotPositiveMeansATenthOfAMillisecond) {
   }
 }
 
-TEST_F(NSTimerTest, AnIntervalIsRoundedToWholeNanosecondsButAtLeastOne) {
+TEST_F(NSTimerTest, AnIntervalIsRoundedToWholeNanosecondsWithAMinimumOfOne) {
   EXPECT_EQ(schedule(0.1, ticker)->fireDate(), 100'000'000);
   EXPECT_EQ(schedule(1.6e-9, ticker)->fireDate(), 2);
   EXPECT_EQ(schedule(1e-12, ticker)->fireDate(), 1);
@@ -260,8 +260,7 @@ TEST_F(NSTimerTest, AThreadWithoutARunLoopMayInvalidateItsTimer) {
     timer->invalidate();
     isValid = timer->isValid();
   });
-  // The other thread must not touch the run loop's timers, which this thread changes at the same
-  // time.
+  // The other thread must not touch the run loop's timers while the main thread changes them.
   for (int number = 0; number < 100; ++number) {
     schedule(0.1, ticker)->invalidate();
   }
