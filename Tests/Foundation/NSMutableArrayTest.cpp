@@ -12,8 +12,8 @@
 namespace vel::test {
 namespace {
 
-/// An object that runs `onDestruction` in its destructor. Guests with the same
-/// name are not equal.
+/// An object that runs `onDestruction` in its destructor. Guests with the same name
+/// are not equal.
 class Guest final : public Class<Guest, "Guest"> {
  public:
   explicit Guest(std::string name, std::function<void()> onDestruction = nullptr)
