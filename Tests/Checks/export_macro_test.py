@@ -3,8 +3,7 @@
 
 usage: export_macro_test.py CLANG
 
-Clang can generate code for systems that are not installed, because the tested headers include no
-headers of these systems.
+The test needs only Clang: the tested headers include no system headers of macOS or Windows.
 """
 
 import subprocess
@@ -25,7 +24,7 @@ INTERFACES = [
 
 
 def generate(target, language, header, code, *macro_flags):
-    """Returns a dictionary from the name of each function to its line in the generated code."""
+    """Returns the LLVM line that defines or declares each test function, by function name."""
     flags = ["-ffreestanding", "-fvisibility=hidden", f"-I{ROOT}", f"--target={target}"]
     output = subprocess.run(
         [CLANG, "-S", "-emit-llvm", "-o", "-", *flags, *macro_flags, "-x", language, "-"],
@@ -40,15 +39,15 @@ def generate(target, language, header, code, *macro_flags):
     return {name: line for line in lines for name in names if name in line}
 
 
-def define(target, interface, *macro_flags):
-    """Generates a function that the export macro marks and a function that it does not mark."""
+def generate_definitions(target, interface, *macro_flags):
+    """Defines markedFunction with the export macro, and internalFunction without it."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void) {{}}\nvoid internalFunction(void) {{}}\n"
     return generate(target, language, header, code, *macro_flags)
 
 
-def call(target, interface, *macro_flags):
-    """Generates a call of a marked function."""
+def generate_call(target, interface, *macro_flags):
+    """Declares markedFunction with the export macro, and calls it."""
     macro, language, header = interface
     code = f"{macro} void markedFunction(void);\nvoid internalFunction(void) {{ markedFunction(); }}\n"
     return generate(target, language, header, code, *macro_flags)
@@ -58,25 +57,26 @@ class ExportMacroTest(unittest.TestCase):
     def test_elf_and_mach_o_hide_only_unmarked_functions(self):
         for target in (LINUX, MACOS):
             for interface in INTERFACES:
-                code = define(target, interface)
+                code = generate_definitions(target, interface)
                 self.assertNotIn("hidden", code["markedFunction"], (target, interface))
                 self.assertIn("hidden", code["internalFunction"], (target, interface))
 
-    def test_the_build_of_a_dll_exports_only_what_is_marked(self):
+    def test_the_build_of_a_dll_exports_only_marked_functions(self):
         for interface in INTERFACES:
-            code = define(WINDOWS, interface, "-DVEL_DLL_EXPORTS")
+            code = generate_definitions(WINDOWS, interface, "-DVEL_DLL_EXPORTS")
             self.assertIn("dllexport", code["markedFunction"])
             self.assertNotIn("dllexport", code["internalFunction"])
 
-    def test_a_program_that_uses_the_dll_imports_what_is_marked(self):
+    def test_a_program_that_uses_the_dll_imports_marked_functions(self):
         for interface in INTERFACES:
-            code = call(WINDOWS, interface, "-DVEL_DLL")
+            code = generate_call(WINDOWS, interface, "-DVEL_DLL")
             self.assertIn("dllimport", code["markedFunction"])
 
-    def test_a_static_library_on_windows_exports_and_imports_nothing(self):
+    def test_a_static_library_on_windows_neither_exports_nor_imports_functions(self):
         for interface in INTERFACES:
-            self.assertNotIn("dllexport", define(WINDOWS, interface)["markedFunction"])
-            self.assertNotIn("dllimport", call(WINDOWS, interface)["markedFunction"])
+            definitions = generate_definitions(WINDOWS, interface)
+            self.assertNotIn("dllexport", definitions["markedFunction"])
+            self.assertNotIn("dllimport", generate_call(WINDOWS, interface)["markedFunction"])
 
 
 if __name__ == "__main__":

@@ -33,7 +33,8 @@ constexpr CGSize kLargeSize{600, 400};
 /// Which window the launch screen covers.
 enum class Covered : std::uint8_t { LibrarysWindow, HostsWindow };
 
-/// A window system with one host and a user.
+/// A window system with a host program and a user. "The window" is the one that the launch screen
+/// covers.
 class TestedSystem : NonCopyable {
  public:
   virtual ~TestedSystem() = default;
@@ -42,16 +43,17 @@ class TestedSystem : NonCopyable {
   virtual void describe(VelCreateOptions& options) = 0;
   /// Processes the events of the host. `screen` may be null.
   virtual void pumpHost(VelLaunchScreen* /*screen*/) {}
-  /// True if the cover is on the screen and fills the window.
+  /// True if the launch screen covers the window.
   [[nodiscard]] virtual bool isWhite() = 0;
+  /// The user activates another application.
   virtual void userLeaves() = 0;
+  /// The user activates the host's application again.
   virtual void userReturns() = 0;
-  /// Resizes the window. On X11, a client asks the window manager for the new size.
   virtual void resize(CGSize size) = 0;
   virtual void userCloses() = 0;
   /// True if the window has this size.
   [[nodiscard]] virtual bool hasSize(CGSize size) = 0;
-  /// True if the user has closed the window.
+  /// True if the window is not on the screen.
   [[nodiscard]] virtual bool isClosed() = 0;
 };
 
@@ -72,7 +74,7 @@ class HeadlessSystem final : public TestedSystem {
   static HeadlessWindowSystem& display() {
     return dynamic_cast<HeadlessWindowSystem&>(NSApp->windowSystem());
   }
-  // The only window that the library opens in the script. The headless display counts from 1.
+  // The library opens only one window, and the headless display assigns handle 1 to it.
   static WindowHandle handle() { return static_cast<WindowHandle>(1); }
   static HeadlessWindowSystem::Window state() {
     const HeadlessWindowSystem::Window* const window = display().window(handle());
@@ -99,7 +101,7 @@ class X11System final : public TestedSystem {
   }
   void pumpHost(VelLaunchScreen* /*screen*/) override {
     if (window_ == 0) {
-      // The launch screen covers a window that the library opens.
+      // The library opens the window, so the test knows only its title.
       window_ = client_.findWindow(kTitle);
     }
   }
@@ -192,7 +194,7 @@ class WaylandSystem final : public TestedSystem {
   [[nodiscard]] Picture picture() const { return sway_.picture({0, 0, 1024, 768}); }
   // The rectangle around all windows.
   [[nodiscard]] PixelRect bounds() const { return picture().boundsOfPixelsExcept(kDesktopColor); }
-  // For each colour, the number of pixels that a screen with a white window in this area has.
+  // The pixel count of each colour if the screen shows only a white window in this area.
   static std::map<std::uint32_t, int> colorsWithWhiteWindow(PixelRect area) {
     const int count = area.width * area.height;
     return {{kDesktopColor, 1024 * 768 - count}, {kWhite, count}};
@@ -206,20 +208,20 @@ class WaylandSystem final : public TestedSystem {
   CGSize reportedSize_ = kSize;
 };
 
-/// What a script has recorded.
+/// The actions and the callbacks of one script.
 struct Recording {
-  /// The actions of the script, each followed by its callbacks and the pause reason of the
-  /// countdown.
+  /// Each action, followed by the callbacks that it causes and the pause reasons that the script
+  /// has waited for.
   Lines lines;
-  /// The calls of `controls_kept`: "some" if the call reports controls, otherwise "none". The
-  /// library makes these calls when a window manager replies, so their place among the other
-  /// callbacks differs from run to run.
-  Lines keptControls;
-  /// The calls of `take_controls`, recorded like `keptControls`.
-  Lines controlsToTake;
+  /// The calls of `controls_kept`: "none" if `controls` is 0, otherwise "some". The library makes
+  /// these calls when a window manager replies, so their place among the other callbacks varies and
+  /// `lines` omits them.
+  Lines controlsKeptCalls;
+  /// The calls of `take_controls`, in the format of `controlsKeptCalls`.
+  Lines takeControlsCalls;
 };
 
-/// Plays the script on a system.
+/// A fixed sequence of actions of the host and the user. Records the callbacks.
 class Script : NonCopyable {
  public:
   Script(TestedSystem& system, Covered covered) : system_(system), covered_(covered) {}
@@ -231,7 +233,7 @@ class Script : NonCopyable {
  private:
   void create();
   void present(const char* mode, VelStatus expectedStatus = VEL_OK);
-  void noteAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
+  void recordAction(const std::string& action) { recording_.lines.push_back("-- " + action); }
   // Waits until the countdown has this pause reason, and records the reason.
   void waitForPauseReason(VelPause expected);
   void resize();
@@ -243,9 +245,9 @@ class Script : NonCopyable {
     return static_cast<Script*>(userData)->recording_;
   }
   static Lines& linesOf(void* userData) { return recordingOf(userData).lines; }
-  // Notes whether the call names any controls. Omits a call that repeats the previous one, because
-  // a window manager may reply twice.
-  static void noteControls(Lines& lines, std::uint32_t controls) {
+  // Records "some" or "none" for a call. Omits a line that repeats the previous one, because a
+  // window manager may reply twice.
+  static void recordControls(Lines& lines, std::uint32_t controls) {
     const std::string line = controls != 0 ? "some" : "none";
     if (lines.empty() || lines.back() != line) {
       lines.push_back(line);
@@ -283,10 +285,10 @@ void Script::create() {
     linesOf(data).push_back("ended " + std::to_string(reason));
   };
   callbacks_.controls_kept = [](void* data, std::uint32_t controls) {
-    noteControls(recordingOf(data).keptControls, controls);
+    recordControls(recordingOf(data).controlsKeptCalls, controls);
   };
   callbacks_.take_controls = [](void* data, std::uint32_t controls) {
-    noteControls(recordingOf(data).controlsToTake, controls);
+    recordControls(recordingOf(data).takeControlsCalls, controls);
   };
   VelCreateOptions options = VEL_CREATE_OPTIONS_INIT;
   options.title = kTitle;
@@ -324,7 +326,7 @@ void Script::waitForPauseReason(VelPause expected) {
 }
 
 void Script::resize() {
-  noteAction("resize the window");
+  recordAction("resize the window");
   system_.resize(kLargeSize);
   waitUntil("resized", [this] { return system_.hasSize(kLargeSize); });
 }
@@ -338,27 +340,27 @@ void Script::play() {
     resize();
   }
 
-  noteAction("the host presents the launch screen");
+  recordAction("the host presents the launch screen");
   present("forced");
   waitUntil("white", [this] { return system_.isWhite(); });
   waitForPauseReason(VEL_PAUSE_NONE);
-  noteAction("the user leaves");
+  recordAction("the user leaves");
   system_.userLeaves();
   waitForPauseReason(VEL_PAUSE_NOT_IN_FRONT);
-  noteAction("the user returns");
+  recordAction("the user returns");
   system_.userReturns();
   waitForPauseReason(VEL_PAUSE_NONE);
   if (covered_ == Covered::HostsWindow) {
     resize();
   }
-  noteAction("the user closes the covered window");
+  recordAction("the user closes the covered window");
   system_.userCloses();
-  // No window closes: the library refuses to close its own window while it is covered, and the
-  // hosts of this test ignore the request. The launch screen stays until its time is used up: 1 is
+  // The window stays open: the library does not close its own window while it is covered, and a
+  // host of this test ignores the request. The launch screen stays until its time is used up. 1 is
   // VEL_END_TIME_USED_UP.
   waitUntil("the end", [this] { return hasLine("ended 1") && !system_.isWhite(); });
 
-  noteAction("the host presents and dismisses a second launch screen");
+  recordAction("the host presents and dismisses a second launch screen");
   present("skip");
   waitUntil("white again", [this] { return system_.isWhite(); });
   waitForPauseReason(VEL_PAUSE_NONE);
@@ -367,12 +369,12 @@ void Script::play() {
   waitUntil("the second end", [this] { return hasLine("ended 2") && !system_.isWhite(); });
 
   if (covered_ == Covered::LibrarysWindow) {
-    noteAction("the user closes the window");
+    recordAction("the user closes the window");
     system_.userCloses();
     waitUntil("closed", [this] { return system_.isClosed(); });
     present("forced", VEL_NOTHING_TO_PRESENT);
   } else {
-    noteAction("the host destroys a third launch screen");
+    recordAction("the host destroys a third launch screen");
     present("forced");
     waitUntil("white the third time", [this] { return system_.isWhite(); });
     vel_destroy(&screen_);
@@ -389,7 +391,7 @@ Recording record(Covered covered, Arguments... arguments) {
 
 class SameCallbacks : public testing::TestWithParam<Covered> {};
 
-TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
+TEST_P(SameCallbacks, OnX11WaylandAndTheHeadlessDisplay) {
   const Covered covered = GetParam();
   const Recording headless = record<HeadlessSystem>(covered);
   const Recording x11 = record<X11System>(covered, covered);
@@ -399,21 +401,20 @@ TEST_P(SameCallbacks, OnHeadlessX11AndWayland) {
   EXPECT_EQ(wayland.lines, headless.lines);
   EXPECT_EQ(wayland.lines, x11.lines);
 
-  // On the headless display, the library never calls controls_kept: no window manager could keep a
-  // control. On X11 and Wayland, controls_kept reports 0 after the library has restored the
-  // controls.
-  EXPECT_THAT(headless.keptControls, IsEmpty());
-  EXPECT_THAT(x11.keptControls, Contains("none"));
-  EXPECT_THAT(wayland.keptControls, Contains("none"));
-  // Only a host can remove the controls of its own Wayland surface.
-  EXPECT_THAT(headless.controlsToTake, IsEmpty());
-  EXPECT_THAT(x11.controlsToTake, IsEmpty());
-  Lines controlsToTake;
+  // The library never calls controls_kept on the headless display, which has no window manager. On
+  // X11 and Wayland, it passes 0 after it has restored the controls.
+  EXPECT_THAT(headless.controlsKeptCalls, IsEmpty());
+  EXPECT_THAT(x11.controlsKeptCalls, Contains("none"));
+  EXPECT_THAT(wayland.controlsKeptCalls, Contains("none"));
+  // The library calls take_controls only for a Wayland surface of the host.
+  EXPECT_THAT(headless.takeControlsCalls, IsEmpty());
+  EXPECT_THAT(x11.takeControlsCalls, IsEmpty());
+  Lines expectedCalls;
   if (covered == Covered::HostsWindow) {
-    controlsToTake = wayland.keptControls;
-    controlsToTake.emplace_back("none");  // vel_destroy() calls take_controls, not controls_kept
+    expectedCalls = wayland.controlsKeptCalls;
+    expectedCalls.emplace_back("none");  // vel_destroy() calls take_controls, not controls_kept
   }
-  EXPECT_EQ(wayland.controlsToTake, controlsToTake);
+  EXPECT_EQ(wayland.takeControlsCalls, expectedCalls);
 }
 
 INSTANTIATE_TEST_SUITE_P(Windows, SameCallbacks,

@@ -1,4 +1,4 @@
-// The C interface over a Wayland surface of the host.
+// The C interface with a Wayland surface of the host.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -19,25 +19,27 @@ using testing::ElementsAre;
 constexpr std::uint32_t kGreen = 0x208040;
 constexpr PixelRect kWindowArea{262, 224, 500, 320};  // sway centres the window of the host
 
-/// A host that records its callbacks in `calls`, with the values of their arguments: "ended 1"
-/// means that the time was used up, "ended 4" that the display was lost.
+/// A host that records its callbacks in `calls`, with the values of their arguments. "ended 1"
+/// means that the time was used up, and "ended 4" that the display was lost.
 class WaylandCBinding : public testing::Test {
  protected:
   WaylandCBinding() {
     callbacks.user_data = &calls;
-    callbacks.will_appear = [](void* list) { note(list, "will_appear"); };
-    callbacks.did_disappear = [](void* list) { note(list, "did_disappear"); };
-    callbacks.record_event = [](void* list, const char* event) { note(list, event); };
+    callbacks.will_appear = [](void* list) { record(list, "will_appear"); };
+    callbacks.did_disappear = [](void* list) { record(list, "did_disappear"); };
+    callbacks.record_event = [](void* list, const char* event) { record(list, event); };
     callbacks.log_line = [](void* /*list*/, const char* /*line*/) {};
     callbacks.controls_kept = [](void* list, std::uint32_t controls) {
-      note(list, "controls_kept " + std::to_string(controls));
+      record(list, "controls_kept " + std::to_string(controls));
     };
     callbacks.take_controls = [](void* list, std::uint32_t controls) {
-      note(list, "take_controls " + std::to_string(controls));
+      record(list, "take_controls " + std::to_string(controls));
     };
-    callbacks.display_lost = [](void* list, const char* /*reason*/) { note(list, "display_lost"); };
+    callbacks.display_lost = [](void* list, const char* /*reason*/) {
+      record(list, "display_lost");
+    };
     callbacks.ended = [](void* list, VelEndReason reason) {
-      note(list, "ended " + std::to_string(reason));
+      record(list, "ended " + std::to_string(reason));
     };
   }
   ~WaylandCBinding() override { vel_destroy(&screen); }
@@ -92,7 +94,7 @@ class WaylandCBinding : public testing::Test {
   SurfaceHost host{sway.display(), "game", {500, 320}, kGreen};
 
  private:
-  static void note(void* list, const std::string& call) {
+  static void record(void* list, const std::string& call) {
     static_cast<std::vector<std::string>*>(list)->push_back(call);
   }
 };
@@ -117,7 +119,7 @@ TEST_F(WaylandCBinding, TheCallbacksOfALaunchScreenOverASurfaceComeInOrder) {
                                         "take_controls 0"));
 }
 
-TEST_F(WaylandCBinding, WithoutTheToplevelTheHostIsAskedToDisableResizing) {
+TEST_F(WaylandCBinding, TheTakeControlsCallbackGetsTheResizeControlIfTheHostPassesNoToplevel) {
   create("wayland", false);
   present(60);
   // 14: the close, miniaturise and resize controls.
@@ -130,11 +132,11 @@ TEST_F(WaylandCBinding, DestroyingTheLaunchScreenAsksTheHostToRestoreItsControls
   ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 14"); }));
   calls.clear();
   ASSERT_EQ(vel_destroy(&screen), VEL_OK);
-  // 5: vel_destroy() has ended the launch screen.
+  // "ended 5" means that vel_destroy() has ended the launch screen.
   EXPECT_THAT(calls, ElementsAre("take_controls 0", "ended 5"));
 }
 
-TEST_F(WaylandCBinding, DestroyingInTheTakeControlsCallbackAsksTheHostToRestoreItsControls) {
+TEST_F(WaylandCBinding, TheTakeControlsCallbackCanDestroyTheLaunchScreen) {
   struct CallbackData {
     VelLaunchScreen** screen;
     std::vector<std::uint32_t> takenControls;
@@ -155,7 +157,7 @@ TEST_F(WaylandCBinding, DestroyingInTheTakeControlsCallbackAsksTheHostToRestoreI
   EXPECT_THAT(callbackData.takenControls, ElementsAre(14U, 0U));
 }
 
-TEST_F(WaylandCBinding, AfterTheControlsAreRestoredDestroyingDoesNotRestoreThemAgain) {
+TEST_F(WaylandCBinding, DestroyingAnEndedLaunchScreenDoesNotRestoreTheControlsAgain) {
   create("wayland", false);
   present(0.5);
   ASSERT_TRUE(pumpUntil([this] { return hasCall("take_controls 0"); }));
@@ -186,7 +188,7 @@ TEST_F(WaylandCBinding, VelResizedResizesTheCoverAndRefusesInvalidSizes) {
   EXPECT_TRUE(eventually([this] {
     host.pump();
     const Picture picture = sway.picture({0, 0, 1024, 768});
-    // The previous top left corner, and a point 90 pixels to the right of the previous window.
+    // The top left corner of kWindowArea, and a point 90 pixels to the right of kWindowArea.
     return picture.at(262, 224) == kWhite && picture.at(261 + 500 + 90, 224) == kWhite &&
            !picture.colors().contains(kGreen);
   }));

@@ -1,4 +1,4 @@
-// Launch screens over the Wayland windows of hosts that are busy, draw on a thread or use a
+// Launch screens over the Wayland windows of hosts that are busy, use a second thread or use a
 // toolkit. The tests use the C interface and run under each compositor.
 #include <gtest/gtest.h>
 
@@ -34,8 +34,8 @@ PixelRect areaWith(const Compositor& compositor, std::uint32_t color) {
   return picture.boundsOfPixelsExcept(0);
 }
 
-/// True if a rectangle of this size has this colour, and no pixel outside the rectangle has it.
-/// Ignores the part of the rectangle outside kSearchedArea.
+/// True if the pixels of this colour in kSearchedArea are exactly one rectangle of this size. A
+/// size that exceeds kSearchedArea is reduced to it.
 bool hasRectangle(const Compositor& compositor, std::uint32_t color, CGSize size) {
   const PixelRect area = areaWith(compositor, color);
   return area.width == std::min(static_cast<int>(size.width), kSearchedArea.width) &&
@@ -89,13 +89,14 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
       return condition();
     });
   }
-  /// Pumps until the host has this size, reports the size to the library, and waits for the cover.
+  /// Waits until the host has this size, reports the size to the library, and waits until the white
+  /// window has this size.
   void expectResize(CGSize size) {
     ASSERT_TRUE(waitWithHost([&] { return host.size() == size; }));
     ASSERT_EQ(vel_resized(screen, size.width, size.height), VEL_OK) << vel_last_error();
     EXPECT_TRUE(waitWithHost([&] { return hasWindow(kWhite, size); }));
   }
-  /// Ends the launch screen and waits for the picture of the host.
+  /// Ends the launch screen and waits until the window is green again.
   void expectHostAfterEnd(CGSize size = kSize) {
     ASSERT_EQ(vel_destroy(&screen), VEL_OK);
     EXPECT_TRUE(eventually([&] { return hasWindow(kGreen, size); }));
@@ -110,7 +111,7 @@ class WaylandHosts : public testing::TestWithParam<CompositorKind> {
   VelLaunchScreen* screen = nullptr;
 };
 
-TEST_P(WaylandHosts, ABusyHostThatDoesNotCommitIsWhite) {
+TEST_P(WaylandHosts, TheCoverAppearsWhileTheHostIsBusy) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   EXPECT_TRUE(becomes(kWhite));
@@ -118,7 +119,7 @@ TEST_P(WaylandHosts, ABusyHostThatDoesNotCommitIsWhite) {
   expectHostAfterEnd();
 }
 
-TEST_P(WaylandHosts, AHostThatCommitsUnderTheCoverStaysWhiteAndGetsItsFrameCallbacks) {
+TEST_P(WaylandHosts, TheHostGetsFrameCallbacksWhileItsWindowStaysWhite) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   ASSERT_TRUE(becomes(kWhite));
@@ -130,7 +131,7 @@ TEST_P(WaylandHosts, AHostThatCommitsUnderTheCoverStaysWhiteAndGetsItsFrameCallb
   expectHostAfterEnd();
 }
 
-TEST_P(WaylandHosts, AHostThatChangesItsSizeUnderTheCoverIsWhiteInTheNewSize) {
+TEST_P(WaylandHosts, TheCoverFillsTheWindowAfterTheHostResizesIt) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   ASSERT_TRUE(becomes(kWhite));
@@ -140,7 +141,7 @@ TEST_P(WaylandHosts, AHostThatChangesItsSizeUnderTheCoverIsWhiteInTheNewSize) {
   expectHostAfterEnd(kLargeSize);
 }
 
-TEST_P(WaylandHosts, AHostThatBecomesFullscreenUnderTheCoverIsWhiteOnTheWholeScreen) {
+TEST_P(WaylandHosts, TheCoverFillsTheWindowAfterTheHostMakesItFullscreen) {
   ASSERT_TRUE(becomes(kGreen));
   present();
   ASSERT_TRUE(becomes(kWhite));
@@ -152,36 +153,36 @@ TEST_P(WaylandHosts, AHostThatBecomesFullscreenUnderTheCoverIsWhiteOnTheWholeScr
   expectHostAfterEnd();
 }
 
-TEST_P(WaylandHosts, AHostThatDrawsOnAnotherThreadStaysWhite) {
+TEST_P(WaylandHosts, TheWindowStaysWhiteWhileASecondThreadOfTheHostDraws) {
   ASSERT_TRUE(becomes(kGreen));
-  std::atomic<bool> isEnded = false;
-  std::atomic<int> drawings = 0;
-  std::thread drawer([&] {
-    while (!isEnded) {
+  std::atomic<bool> isStopRequested = false;
+  std::atomic<int> drawCount = 0;
+  std::thread drawingThread([&] {
+    while (!isStopRequested) {
       host.draw();
-      ++drawings;
+      ++drawCount;
       waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 500);  // sleeps for 2 ms
     }
   });
   present();
   EXPECT_TRUE(waitWithHost([this] { return hasWindow(kWhite); }));
-  const int drawingsBefore = drawings;
+  const int countBefore = drawCount;
   bool hasStayedWhite = true;
   EXPECT_TRUE(waitWithHost([&] {
     hasStayedWhite = hasStayedWhite && hasWindow(kWhite);
-    return drawings >= drawingsBefore + 3 * kFrames;
+    return drawCount >= countBefore + 3 * kFrames;
   }));
   EXPECT_TRUE(hasStayedWhite);
   expectHostAfterEnd();
-  isEnded = true;
-  drawer.join();
+  isStopRequested = true;
+  drawingThread.join();
 }
 
-TEST_P(WaylandHosts, TheCoverAndTheCountdownWorkIfAThreadOfTheHostReadsTheConnection) {
+TEST_P(WaylandHosts, TheCoverAndTheCountdownWorkWhileASecondThreadOfTheHostReadsTheConnection) {
   ASSERT_TRUE(becomes(kGreen));
-  std::atomic<bool> isEnded = false;
-  std::thread reader([&] {
-    while (!isEnded && wl_display_dispatch(host.display()) >= 0) {
+  std::atomic<bool> isStopRequested = false;
+  std::thread readingThread([&] {
+    while (!isStopRequested && wl_display_dispatch(host.display()) >= 0) {
     }
   });
   present();
@@ -200,18 +201,19 @@ TEST_P(WaylandHosts, TheCoverAndTheCountdownWorkIfAThreadOfTheHostReadsTheConnec
   compositor->focusWindow("game");
   EXPECT_TRUE(pauseBecomes(VEL_PAUSE_NONE));
   expectHostAfterEnd();
-  isEnded = true;
-  wl_callback* const wakeUp = wl_display_sync(host.display());
+  isStopRequested = true;
+  // The reply makes wl_display_dispatch() return in the reading thread.
+  wl_callback* const syncCallback = wl_display_sync(host.display());
   wl_display_flush(host.display());
-  reader.join();
-  wl_callback_destroy(wakeUp);
+  readingThread.join();
+  wl_callback_destroy(syncCallback);
 }
 
 INSTANTIATE_TEST_SUITE_P(Under, WaylandHosts,
                          testing::Values(CompositorKind::Sway, CompositorKind::Weston),
                          [](const auto& testInfo) { return nameOf(testInfo.param); });
 
-/// A program with a toolkit, and the compositor.
+/// A program that uses a toolkit, and the compositor that shows its window.
 struct ToolkitCase {
   const char* name;
   std::vector<std::string> command;
@@ -232,7 +234,7 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
         "XDG_RUNTIME_DIR=/tmp", "GSETTINGS_BACKEND=memory", "NO_AT_BRIDGE=1",
         "LIBGL_ALWAYS_SOFTWARE=1"};
     command.insert(command.end(), GetParam().command.begin(), GetParam().command.end());
-    program = Process(command, ":2147483647");  // no X display
+    program = Process(command, ":2147483647");  // no X server has this number
   }
   bool becomes(std::uint32_t color, CGSize size) {
     return eventually([&] { return hasRectangle(*compositor, color, size); });
@@ -242,7 +244,7 @@ class WaylandToolkits : public testing::TestWithParam<ToolkitCase> {
   Process program;
 };
 
-TEST_P(WaylandToolkits, TheWindowIsWhiteWhileCoveredAndHasItsPictureAtTheEnd) {
+TEST_P(WaylandToolkits, TheWindowIsWhiteWhileCoveredAndBlueAgainAfterwards) {
   ASSERT_TRUE(becomes(kBlue, kSize));
   program.signal(SIGUSR1);  // presents the launch screen
   ASSERT_TRUE(becomes(kWhite, kSize));

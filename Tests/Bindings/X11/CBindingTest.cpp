@@ -51,8 +51,8 @@ class X11CBinding : public X11TestWithManager {
     ASSERT_EQ(vel_request(screen, &request), VEL_OK) << vel_last_error();
     ASSERT_EQ(vel_present(screen, VEL_PRESENT_EMBEDDED), VEL_OK) << vel_last_error();
   }
-  /// Polls and pumps like a host's own loop until the condition is true. Returns false after a
-  /// maximum number of polls.
+  /// Polls the descriptor and pumps until the condition is true. Returns false after kMaximumPolls
+  /// polls.
   bool pumpUntil(const std::function<bool()>& condition) {
     constexpr int kMaximumPolls = 3000;
     int descriptor = -1;
@@ -93,7 +93,7 @@ TEST_F(X11CBinding, TheLaunchScreenCoversTheHostsWindowAndRestoresItAtTheEnd) {
 
 // A game may present the launch screen before it maps its window, and then load for a long time
 // without calling vel_pump.
-TEST_F(X11CBinding, AWindowThatTheHostMapsAfterThePresentationIsWhiteWithoutAPump) {
+TEST_F(X11CBinding, AWindowThatIsMappedAfterVelPresentIsWhiteBeforeVelPump) {
   const xcb_window_t hiddenWindow = client.makeWindow(kGameFrame, kGreen);
   ASSERT_EQ(create(hiddenWindow), VEL_OK) << vel_last_error();
   present(60);
@@ -120,7 +120,7 @@ TEST_F(X11CBinding, RefusesAWindowThatDoesNotExist) {
   const xcb_window_t destroyedWindow = client.makeWindow(kGameFrame, kGreen);
   client.destroy(destroyedWindow);
   client.waitForServer();
-  // An X11 identifier has 32 bits. The lower 32 bits of the last value name an existing window.
+  // An X11 identifier has 32 bits. The library must not ignore the upper half of the last `id`.
   for (const std::uint64_t id : {std::uint64_t{destroyedWindow}, std::uint64_t{1},
                                  ~std::uint64_t{0}, (std::uint64_t{1} << 32) + game}) {
     EXPECT_EQ(create(id), VEL_BAD_WINDOW) << id;

@@ -1,5 +1,5 @@
-// Macros that the headers of macOS define, written by hand. The list has the macros whose names or
-// values could disturb the headers of the library.
+// Hand-written definitions of macros from the headers of macOS. These macros could break the
+// headers of the library.
 #pragma once
 
 // <dispatch/dispatch.h>

@@ -11,7 +11,7 @@ static volatile sig_atomic_t isDismissRequested;
 static volatile sig_atomic_t hasReceivedSigterm;
 
 static VelLaunchScreen* screen;
-// The latest size of the surface that the program has reported to the library.
+// The size that the program last reported to the library.
 static double reportedWidth;
 static double reportedHeight;
 static int hasScreenEnded;

@@ -13,12 +13,12 @@ int isProgramEndRequested(void);
 // Returns 1 while there is a launch screen, otherwise 0.
 int hasScreen(void);
 
-// Call this function often, with the current size of the surface. It does what the test has
-// requested by signals. It ends the program with status 1 if a call fails or the connection has a
-// protocol error.
+// Call this function often, with the current size of the surface. It pumps the library, reports
+// a new size to it, and presents or dismisses the launch screen after a signal. It ends the program
+// with status 1 if a call fails or the connection has a protocol error.
 void updateScreen(struct wl_display* display, struct wl_surface* surface, double width,
                   double height);
 
-// Ends the program with status 1 if the connection has failed, otherwise with status 0. Runs no
-// exit handlers, because a leak checker would report the memory that the toolkit leaks.
+// Ends the program with status 1 if the connection has failed, otherwise with status 0. Does not
+// run exit handlers: a leak checker would report memory that the toolkit has not freed.
 void endProgram(struct wl_display* display);

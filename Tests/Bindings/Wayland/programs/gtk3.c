@@ -1,5 +1,5 @@
-// A GTK 3 program on Wayland. Its window has no decorations, because GTK draws decorations into the
-// surface of the window, and the cover hides the whole surface.
+// A GTK 3 program on Wayland. Its window has no decorations: GTK would draw them into the surface,
+// which the launch screen covers completely.
 #include <gdk/gdkwayland.h>
 #include <gtk/gtk.h>
 
