@@ -150,7 +150,7 @@ TEST(ConformsToTest, IsFalseForAClassThatHasTheOperationsButDoesNotAdoptTheProto
 
 TEST(ConformsToTest, IsFalseForNull) { EXPECT_FALSE(conformsTo<Audience>(Strong<NSObject>())); }
 
-TEST(AsTest, ReturnsTheObjectIfItAdoptsTheProtocolOrIsOfTheClass) {
+TEST(AsTest, ReturnsTheObjectIfItIsOfTheRequestedProtocolOrClass) {
   const Strong<NSObject> object = make<ApplaudingAudience>();
   EXPECT_EQ(as<Audience>(object)->seats(), 2);
   EXPECT_EQ(as<ApplaudingAudience>(object), object);

@@ -1,4 +1,5 @@
-// The waits of the real clock. These tests take real milliseconds.
+// The waits of the real clock, and the descriptor that a host polls to know when a run loop pass is
+// due. These tests take real milliseconds.
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -46,7 +47,7 @@ class RealClockTest : public testing::Test {
     loop.useRealTime();  // discards the watched handle and the wake-ups
   }
 
-  // Returns true if the loop's descriptor becomes readable within `milliseconds`.
+  // Returns true if the descriptor becomes readable within `milliseconds`.
   bool isReadable(int milliseconds = 0) {
     pollfd pollEntry{.fd = loop.waitHandle().descriptor(), .events = POLLIN, .revents = 0};
     return poll(&pollEntry, 1, milliseconds) == 1;
@@ -108,18 +109,18 @@ TEST_F(RealClockTest, ARepeatingTimerKeepsItsPhase) {
   EXPECT_EQ((timer->fireDate() - firstFireDate) % kMillisecond, 0);
 }
 
-TEST_F(RealClockTest, AWaitWithoutADeadlineEndsWhenAnotherThreadWakesIt) {
+TEST_F(RealClockTest, AWakeUpFromAnotherThreadEndsAWait) {
   std::thread otherThread([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
   otherThread.join();
 }
 
-TEST_F(RealClockTest, AWakeUpBeforeAWaitEndsTheNextWait) {
+TEST_F(RealClockTest, AnEarlierWakeUpEndsAWait) {
   runOnAnotherThread([this] { loop.clock().wake(); });
   loop.clock().waitUntil(kNever);
 }
 
-TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
+TEST_F(RealClockTest, AnAcknowledgedWakeUpDoesNotEndAWait) {
   const std::unique_ptr<WaitSet> waitSet = makeWaitSet();
   RealClock clock(*waitSet);
   clock.wake();
@@ -133,8 +134,8 @@ TEST_F(RealClockTest, AnAcknowledgedWakeUpEndsNoWait) {
 TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
   bool isFirstCheck = true;
   std::atomic<bool> hasLoopReturned = false;
-  // The pass acknowledges every wake-up that came before it. Such a wake-up does not end the wait
-  // after the pass, so the thread wakes the loop repeatedly.
+  // The loop runs a pass before it waits. A wake-up before the pass does not end the wait. So
+  // `otherThread` wakes the loop repeatedly.
   std::thread otherThread([this, &hasLoopReturned] {
     while (!hasLoopReturned) {
       loop.wake();
@@ -142,15 +143,14 @@ TEST_F(RealClockTest, TheLoopWaitsUntilAnotherThreadWakesIt) {
     }
   });
   // The condition is false at the first check and true at the second. Between the two checks, the
-  // loop runs one pass and waits once.
+  // loop runs one pass and then waits once.
   loop.runUntil([&isFirstCheck] { return !std::exchange(isFirstCheck, false); });
   hasLoopReturned = true;
   otherThread.join();
 }
 
 TEST_F(RealClockTest, WorkFromAnotherThreadEndsAWait) {
-  // Over the many rounds, some wake-ups come before a wait, some while it begins and some during
-  // it.
+  // A wake-up may come before a wait, at its start or during it. Many rounds make all three likely.
   std::atomic<int> completedRounds = 0;
   int runCount = 0;  // used by the main thread only
   constexpr int kRounds = 500;
@@ -177,7 +177,7 @@ TEST_F(RealClockTest, InputOnTheWatchedHandleEndsAWait) {
   loop.watch(WaitHandle());
 }
 
-TEST_F(RealClockTest, InputOnAReplacedHandleEndsNoWait) {
+TEST_F(RealClockTest, InputOnAReplacedHandleIsIgnored) {
   const Pipe replacedPipe;
   const Pipe watchedPipe;
   loop.watch(replacedPipe.readEnd());
@@ -275,8 +275,8 @@ TEST_F(RealClockTest, AWakeUpThatRacesWithAPassDoesNotLeaveTheLoopsDescriptorRea
     while (endedRound != round) {
       loop.pump();
     }
-    // The other thread's call of `wake` has returned. The first pass serves the last
-    // wake-up. The second pass has no work, and must not make the descriptor readable.
+    // The other thread's call of `wake` has returned. The next pass acknowledges this wake-up. The
+    // pass after it has no work, and must not make the descriptor readable.
     loop.pump();
     loop.pump();
     readableCount += isReadable() ? 1 : 0;

@@ -1,5 +1,5 @@
-// The release pool, which keeps objects alive until it is drained. The pool is drained at the end
-// of each run loop pass and when its thread ends.
+// Each thread has a release pool, which keeps objects alive until it is drained. A pool is drained
+// at the end of each run loop pass and when the thread ends.
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -50,11 +50,11 @@ TEST_F(ReleasePoolTest, ReleaseLaterReturnsItsObject) {
 
 TEST_F(ReleasePoolTest, AnObjectAddedInAPassLivesUntilTheEndOfThePass) {
   Weak<TestObject> object;
-  bool isAliveLater = false;
+  bool isAliveLaterInThePass = false;
   submit([&] { object = addObject("first"); });
-  submit([&] { isAliveLater = !object.expired(); });
+  submit([&] { isAliveLaterInThePass = !object.expired(); });
   loop.pump();
-  EXPECT_TRUE(isAliveLater);
+  EXPECT_TRUE(isAliveLaterInThePass);
   EXPECT_TRUE(object.expired());
 }
 
@@ -68,7 +68,7 @@ TEST_F(ReleasePoolTest, AnObjectAddedBetweenPassesLivesUntilTheEndOfTheNextPass)
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, APassThatDoesNothingDrainsThePool) {
+TEST_F(ReleasePoolTest, APassWithoutWorkDrainsThePool) {
   const Weak<TestObject> object = addObject("first");
   EXPECT_FALSE(loop.pump());
   EXPECT_TRUE(object.expired());
@@ -105,7 +105,7 @@ TEST_F(ReleasePoolTest, ReleasesInTheOrderOfAdding) {
   EXPECT_EQ(destroyedNames, (std::vector<std::string>{"first", "second"}));
 }
 
-TEST_F(ReleasePoolTest, AnObjectThatADestructorAddsIsReleasedInTheSameDrain) {
+TEST_F(ReleasePoolTest, ADrainAlsoReleasesTheObjectsThatDestructorsAdd) {
   releaseLater(make<TestObject>([this] { addObject("late object"); }));
   loop.pump();
   EXPECT_EQ(destroyedNames, std::vector<std::string>{"late object"});
@@ -140,7 +140,7 @@ TEST_F(ReleasePoolTest, ThePoolOfAnotherThreadReleasesItsObjectsWhenTheThreadEnd
   EXPECT_TRUE(object.expired());
 }
 
-TEST_F(ReleasePoolTest, ADestructorAtTheEndOfAThreadMayAddObjects) {
+TEST_F(ReleasePoolTest, ADestructorThatRunsWhenAThreadEndsMayAddObjects) {
   std::thread([this] {
     releaseLater(make<TestObject>([this] { addObject("late object"); }));
   }).join();

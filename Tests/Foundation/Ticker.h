@@ -10,7 +10,7 @@
 
 namespace vel::test {
 
-/// Counts how often its timer fires, and runs the test's work at each firing.
+/// Counts the firings of its timer, and runs `work` at each firing. `work` may be null.
 class Ticker final : public Class<Ticker, "Ticker"> {
  public:
   explicit Ticker(std::function<void(NSTimer&)> work = nullptr) : work_(std::move(work)) {}
@@ -30,7 +30,7 @@ class Ticker final : public Class<Ticker, "Ticker"> {
 
 enum class Repeats : bool { No, Yes };
 
-/// Schedules a timer for `ticker` in the default mode.
+/// Schedules a timer for `ticker` in the default mode of the run loop.
 inline Strong<NSTimer> schedule(double seconds, const Strong<Ticker>& ticker,
                                 Repeats repeats = Repeats::No) {
   return NSTimer::scheduledTimerWithTimeIntervalTargetSelectorRepeats<&Ticker::tick>(
@@ -43,7 +43,7 @@ inline Strong<NSTimer> schedule(double seconds, std::function<void()> work,
   return schedule(seconds, make<Ticker>([work = std::move(work)](NSTimer&) { work(); }), repeats);
 }
 
-/// Advances the virtual clock without a pass of the run loop, as slow work does.
+/// Advances the virtual clock without a run loop pass, to simulate slow work.
 inline void letTimePass(double seconds) {
   NSRunLoop& loop = NSRunLoop::mainRunLoop();
   loop.clock().waitUntil(loop.now() + nanosecondsFromSeconds(seconds));

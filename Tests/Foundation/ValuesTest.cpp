@@ -74,7 +74,7 @@ TEST(NSDictionaryTest, ValuesMayBeOfAnyClass) {
   EXPECT_EQ(dictionary->objectForKey("nothing")->className(), "NSNull");
 }
 
-TEST(NSErrorTest, ReturnsDomainCodeAndUserInfo) {
+TEST(NSErrorTest, ReturnsTheDomainTheCodeAndTheUserInfo) {
   const auto userInfo = NSDictionary::dictionary();
   const auto error = NSError::errorWithDomainCodeUserInfo("No controller!", 404, userInfo);
   EXPECT_EQ(error->domain(), "No controller!");
@@ -101,7 +101,7 @@ TEST_F(NSProcessInfoTest, TheDefaultVersionIsAtLeastTenFourteen) {
   EXPECT_TRUE(isAtLeast({10, 14, 0}));
 }
 
-TEST_F(NSProcessInfoTest, ASystemIsAtLeastItsOwnAndEveryEarlierVersion) {
+TEST_F(NSProcessInfoTest, AVersionIsAtLeastItselfAndEachEarlierVersion) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
   EXPECT_TRUE(isAtLeast({10, 14, 3}));
   EXPECT_TRUE(isAtLeast({10, 14, 0}));
@@ -109,7 +109,7 @@ TEST_F(NSProcessInfoTest, ASystemIsAtLeastItsOwnAndEveryEarlierVersion) {
   EXPECT_TRUE(isAtLeast({9, 99, 99}));
 }
 
-TEST_F(NSProcessInfoTest, ASystemIsNotAtLeastALaterVersion) {
+TEST_F(NSProcessInfoTest, AVersionIsNotAtLeastALaterVersion) {
   NSProcessInfo::setOperatingSystemVersion({10, 14, 3});
   EXPECT_FALSE(isAtLeast({10, 14, 4}));
   EXPECT_FALSE(isAtLeast({10, 15, 0}));

@@ -7,8 +7,8 @@
 namespace vel::test {
 namespace {
 
-// The destructor of `AppKitEnvironment` kills all child processes. It must run after `X11Test` has
-// stopped the X server, so `AppKitEnvironment` is the first base class.
+// `X11Test` must stop the X server before the destructor of `AppKitEnvironment` kills all child
+// processes. So `AppKitEnvironment` is the first base class.
 class CocoaShow : private AppKitEnvironment, public X11Test {
  protected:
   CocoaShow() : X11Test(Manager::Metacity) {}

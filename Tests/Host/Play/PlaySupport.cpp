@@ -18,7 +18,8 @@ class Recorder final : public PlayListener {
 };
 
 std::string withoutTime(const std::string& line) {
-  return line.substr(line.find(',') + 1);  // times have no comma
+  // The time is the first member of the line. The first comma ends it.
+  return line.substr(line.find(',') + 1);
 }
 
 bool isOfKind(const std::string& line, std::string_view kind) {
