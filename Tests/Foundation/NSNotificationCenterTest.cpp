@@ -31,8 +31,8 @@ class Listener final : public Class<Listener, "Listener"> {
     receivers_.push_back(name_);
     lastNotificationName = std::string(notification.name());
     lastNotificationObject = notification.object();
-    if (reaction) {
-      reaction();
+    if (const auto currentReaction = reaction) {  // a reaction may replace `reaction`
+      currentReaction();
     }
   }
   void doorMovedSecondSelector(const NSNotification& /*notification*/) {

@@ -279,6 +279,7 @@ TEST_F(NSTimerTest, AnObserverIsNotifiedAfterTheTargetReturns) {
   schedule(0.1, ticker);
   platform.run(1);
   EXPECT_EQ(observer.ticksWhenNotified, 1);
+  setTimerObserver(nullptr);
 }
 
 TEST_F(NSTimerTest, TenThousandTimersFireInOrder) {
