@@ -37,8 +37,8 @@ std::string checkNotRecordedInSkipMode(const ObservedPlay& play) {
   return isRecorded ? "an event is recorded" : "";
 }
 
-// Checks when the event is sent, not when it is recorded. The library records the event half a
-// second after it is sent, even if the manager has become unfocused since.
+// The event must be sent while the manager is focused. The library records the event half a second
+// later, even if the manager has become unfocused.
 std::string checkNotSentWhileUnfocused(const ObservedPlay& play) {
   const bool isSentNow = play.currentSample().isSent && !play.previousSample().isSent;
   return isSentNow && play.history().shouldBeUnfocused ? "an event is sent" : "";
@@ -79,8 +79,7 @@ std::string checkTimeLeft(const ObservedPlay& play) {
   const double currentTimeLeft = play.currentSample().timeLeft;
   const History& history = play.history();
   // `stopTimer` sets the time left to 0. The manager calls `stopTimer` after a dismissal. If at
-  // most one tick is left, the manager also calls it when it decides whether a dismissal may
-  // happen.
+  // most one tick is left, `canLaunchScreenControllerDismiss` also calls `stopTimer`.
   const bool mayHaveCalledStopTimer =
       history.hasCalledDidDisappear ||
       (history.hasCalledCanDisappear && previousTimeLeft <= expirationTimeStep);
@@ -147,22 +146,23 @@ std::string checkStyles(const ObservedPlay& play) {
     return "";
   }
   for (const Strong<NSWindow>& window : play.hostWindows()) {
-    const NSWindowStyleMask hostsMask = play.originalStyle(*window);
-    if (window->styleMask() != hostsMask && !hasKnownWrongStyle(play, *window)) {
+    const NSWindowStyleMask originalMask = play.originalStyle(*window);
+    if (window->styleMask() != originalMask && !hasKnownWrongStyle(play, *window)) {
       return play.names().nameOf(*window) + " has " + std::to_string(window->styleMask()) +
-             " instead of " + std::to_string(hostsMask);
+             " instead of " + std::to_string(originalMask);
     }
   }
   return "";
 }
 
-// After the end
+// After the end of the play
 
 std::string checkObjectsAfterEnd(const ObservedPlay& play) {
   if (!dispatch_get_main_queue().pendingWork().empty()) {
     return "the main queue has pending work";
   }
-  // Only the host and the covers that are still up own the manager. A cover owns its delegates.
+  // The manager's owners are the host and the controllers of the covers that are still up. A
+  // controller owns its delegates.
   long expectedOwnerCount = 1;
   bool isContentOwned = false;
   for (const auto& controller : play.controllers()) {

@@ -84,7 +84,8 @@ void ObservedPlay::end() {
   lastController_ = controllerOf(manager()->content());
   play({.time = scriptTime_, .name = "deactivate", .action = host::step::Deactivate{}});
   scriptTime_ += kTimeUntilNoWorkIsLeft;
-  // This step changes nothing. The play runs until the time of the step.
+  // The player runs the loop until the time of a step before it performs the step. `Inspect` itself
+  // changes nothing.
   play({.time = scriptTime_, .name = "inspect", .action = host::step::Inspect{}});
   check(Invariant::CheckTime::End);
 }
@@ -129,6 +130,7 @@ void ObservedPlay::traceLineAdded(const host::TraceLine& line) {
 void ObservedPlay::stateReached(const host::PlayState& /*state*/) {
   checkMoment(nullptr);
   collectObjects();
+  // These members cover only the time until the next play state.
   history_.timeLeft = currentSample_.timeLeft;
   history_.wasCounting = currentSample_.isCounting;
   history_.step = {};
@@ -200,8 +202,8 @@ void ObservedPlay::record(const host::trace::LifeCycleCall& /*call*/) {
   ++history_.lifeCycleCallCount;
 }
 
-// Returns what `LaunchScreenManager::isRequiredWindow` should return. Does not call the manager,
-// because an invariant compares the manager's state with `shouldBeUnfocused`.
+// Returns the expected result of `LaunchScreenManager::isRequiredWindow`. Does not call that
+// function, because the invariants check the manager.
 bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
   const Strong<NSViewController> cover = controllerOf(manager()->content());
   const Strong<NSWindow> coverWindow = send(send(cover, &NSViewController::view), &NSView::window);
@@ -216,7 +218,7 @@ bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
       (isPlayer(window) || isPlayer(window->parentWindow()))) {
     return true;
   }
-  // Like the manager, compares class names: any cover in the window makes the window required.
+  // The manager also compares class names, so any cover in the window makes the window required.
   const auto children =
       send(window->contentViewController(), &NSViewController::childViewControllers);
   return window == coverWindow ||
@@ -225,8 +227,8 @@ bool ObservedPlay::isRequired(const Strong<NSWindow>& window) {
          });
 }
 
-// Computes `shouldBeUnfocused` from the key change. The manager has not been notified of the key
-// change yet, so its state is still the state before the key change.
+// Updates `keyOrder` and `shouldBeUnfocused`. The manager is notified of the change later, so
+// `currentSample_` is the state of the manager before the change.
 void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
   if (change.change == KeyStatusChange::BecomesKey) {
     std::erase(history_.keyOrder, change.window);
@@ -241,7 +243,8 @@ void ObservedPlay::record(const host::trace::KeyWindowChange& change) {
     history_.shouldBeUnfocused = history_.shouldBeUnfocused && !isRequired(window);
   } else if (send(send(window, &NSWindow::contentViewController), &NSViewController::className) ==
              LSGDPRControllerClassName) {
-    // If the consent dialog stops being key, the manager makes the cover's window key.
+    // When the consent dialog stops being key, the manager becomes focused if the cover has a
+    // window.
     history_.shouldBeUnfocused =
         history_.shouldBeUnfocused &&
         send(send(cover, &NSViewController::view), &NSView::window) == nullptr;

@@ -1,7 +1,11 @@
 // A play runs one script in virtual time and checks invariants. A script is a sequence of actions.
 // A trace line reports one thing that happens during the play, such as a tick or a call to the
-// host. The manager has one main content. It can make a temporary content (`tempContent`) for a
-// request that arrives while the launch screen is shown.
+// host. The player reports a play state (`PlayState`) after each step, and each time the run loop
+// has done all due work.
+//
+// A content (`LaunchScreenContent`) is a launch screen as the host sees it. `LaunchScreenManager`
+// has one main content. It creates a temporary content (`tempContent`) for a request that arrives
+// while a launch screen is shown.
 #pragma once
 
 #include <bitset>
@@ -22,7 +26,7 @@ class ObservedPlay;
 
 /// A statement that always holds.
 struct Invariant {
-  /// When the play checks the invariant. Moment: at every trace line, and whenever no work is due.
+  /// When the play checks the invariant. Moment: at every trace line and every play state.
   /// AfterAction: after each action. End: when the play has deactivated the manager and no work is
   /// left.
   enum class CheckTime : std::uint8_t { Moment, AfterAction, End };
@@ -46,11 +50,11 @@ struct Sample {
 
 /// The facts about a play that the invariants need.
 struct History {
-  /// A request was accepted outside skip mode.
+  /// The manager has accepted a content request while skip mode was off.
   bool hasRequestOutsideSkipMode = false;
-  /// The expected value of `Sample::isUnfocused`: true after a required window has stopped being
-  /// key, until a required window becomes key. A window is required if the user can see the cover
-  /// while the window is key.
+  /// The expected value of `Sample::isUnfocused`. A required window is a window that belongs to the
+  /// launch screen (see `LaunchScreenManager::isRequiredWindow`). The value becomes true when a
+  /// required window stops being key, and false when a required window becomes key.
   bool shouldBeUnfocused = false;
   /// The number of recorded events.
   int recordedEventCount = 0;
@@ -58,15 +62,16 @@ struct History {
   std::optional<Nanoseconds> sendTime;
   /// The names of the windows that have been key, the most recent last.
   std::vector<std::string> keyOrder;
-  /// The style exceptions that a step has caused, as indices into `styleExceptions()`.
+  /// The known cases of a wrong window style that have occurred. Each bit is an index into
+  /// `styleExceptions()`.
   std::bitset<16> styleExceptions;
 
-  // The members below describe the time since the last moment at which no work was due.
+  // Each play state resets the members below.
 
-  /// The values of `Sample::timeLeft` and `Sample::isCounting` at the beginning of this time.
+  /// The values of `Sample::timeLeft` and `Sample::isCounting` at the last play state.
   double timeLeft = 0;
   bool wasCounting = false;
-  /// The name of the step that has started during this time. Empty if no step has started.
+  /// The name of the step that is being performed. Empty if no step is being performed.
   std::string_view step;
   /// The step is a dismissal that the manager must refuse.
   bool mustRefuse = false;
@@ -94,13 +99,13 @@ class ObservedPlay final : private host::PlayListener {
   /// The name of the first broken invariant and what was wrong. Empty while all invariants hold.
   [[nodiscard]] const std::string& violation() const { return violation_; }
 
-  // For the invariants and the state key.
+  // Used by the invariants and by `stateKey` (StateKey.h).
   [[nodiscard]] const Strong<LaunchScreenManager>& manager() const { return player_.manager(); }
   [[nodiscard]] host::WindowNames& names() const { return names_; }
   [[nodiscard]] const Sample& previousSample() const { return previousSample_; }
   [[nodiscard]] const Sample& currentSample() const { return currentSample_; }
   /// The event of the trace line at which the invariants are being checked. Null if they are being
-  /// checked because no work is due.
+  /// checked at a play state.
   [[nodiscard]] const host::TraceEvent* traceEvent() const { return traceEvent_; }
   [[nodiscard]] const History& history() const { return history_; }
   [[nodiscard]] static Nanoseconds time() { return NSRunLoop::mainRunLoop().now(); }
@@ -109,7 +114,8 @@ class ObservedPlay final : private host::PlayListener {
   [[nodiscard]] const host::HostScript& hostScript() const { return setting_.scenario.host; }
   /// The style that the host gave to one of its windows.
   [[nodiscard]] NSWindowStyleMask originalStyle(const NSWindow& window) const;
-  /// The current and earlier controllers of the main content that are alive, oldest first.
+  /// The current controller and the earlier controllers of the main content, oldest first. Does not
+  /// contain destroyed controllers.
   [[nodiscard]] std::vector<Strong<LaunchScreenViewController>> controllers() const;
   /// The main content's controller just before `end` deactivated the manager. Null if the
   /// controller has been destroyed.
@@ -133,7 +139,8 @@ class ObservedPlay final : private host::PlayListener {
   template <class Other>
   void record(const Other& /*other*/) {}
   bool isRequired(const Strong<NSWindow>& window);
-  /// Adds the manager's current objects to `temporaryContents_` and `controllers_`.
+  /// Adds the main content's controller to `controllers_` and the manager's temporary content to
+  /// `temporaryContents_`.
   void collectObjects();
 
   const ParsedSetting& setting_;
@@ -150,7 +157,7 @@ class ObservedPlay final : private host::PlayListener {
   const host::TraceEvent* traceEvent_ = nullptr;
   History history_;
   const host::Step* step_ = nullptr;  // the step that started last
-  Nanoseconds scriptTime_ = 0;
+  Nanoseconds scriptTime_ = 0;        // the time of that step
   std::string violation_;
 };
 

@@ -19,23 +19,23 @@ namespace vel::exploration {
 
 namespace {
 
-// Appends the parts of the key as bytes.
-class KeyText {
+// Appends each value to the state key as bytes.
+class StateKeyBuilder {
  public:
   template <class Value>
     requires std::is_arithmetic_v<Value> || std::is_enum_v<Value>
-  KeyText& operator<<(Value value) {
+  StateKeyBuilder& operator<<(Value value) {
     const auto bytes = std::bit_cast<std::array<char, sizeof value>>(value);
     text_.append(bytes.data(), bytes.size());
     return *this;
   }
-  KeyText& operator<<(const std::string& text) {
+  StateKeyBuilder& operator<<(const std::string& text) {
     text_ += text;
     text_ += '\0';
     return *this;
   }
   template <class Value>
-  KeyText& operator<<(const std::optional<Value>& value) {
+  StateKeyBuilder& operator<<(const std::optional<Value>& value) {
     *this << value.has_value();
     return value ? *this << *value : *this;
   }
@@ -46,7 +46,7 @@ class KeyText {
   std::string text_;
 };
 
-void addInspection(KeyText& key, const ObservedPlay& play) {
+void addInspection(StateKeyBuilder& key, const ObservedPlay& play) {
   const auto [manager, configuration, content, controller, application] =
       host::inspect(*play.manager(), play.names());
   key << manager.hasContent << manager.hasTempContent << manager.appIsUnfocused
@@ -76,14 +76,14 @@ std::size_t indexOf(const T* controller, const Controllers& controllers) {
       controllers.begin());
 }
 
-void addWork(KeyText& key) {
+void addWork(StateKeyBuilder& key) {
   for (const DispatchQueue::PendingWork& work : dispatch_get_main_queue().pendingWork()) {
     key << work.deadline - ObservedPlay::time() << std::string(work.label);
   }
   key << NSRunLoop::mainRunLoop().timerCount() << NSRunLoop::mainRunLoop().mode();
 }
 
-void addWindows(KeyText& key, const ObservedPlay& play) {
+void addWindows(StateKeyBuilder& key, const ObservedPlay& play) {
   for (const Strong<NSWindow>& window : play.hostWindows()) {
     key << window->isVisible() << window->styleMask() << window->sheets().size()
         << window->contentView()->subviews().size();
@@ -99,11 +99,12 @@ void addWindows(KeyText& key, const ObservedPlay& play) {
   }
 }
 
-void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewController& controller) {
+void addController(StateKeyBuilder& key, const ObservedPlay& play,
+                   LaunchScreenViewController& controller) {
   key << controller.presentationMode() << controller.appWindowStyleMask()
       << play.names().nameOf(controller.appWindow()) << controller.isShown()
       << (controller.parentViewController() != nullptr)
-      // If the window has no content view controller, the controller presents itself.
+      // A controller presents itself if the host window has no content view controller.
       << (controller.presentingViewController().get() == &controller)
       << (controller.presentingViewController() != nullptr);
   for (const LifeCycleMethod method :
@@ -128,13 +129,13 @@ void addController(KeyText& key, const ObservedPlay& play, LaunchScreenViewContr
   }
 }
 
-void addCovers(KeyText& key, const ObservedPlay& play) {
+void addCovers(StateKeyBuilder& key, const ObservedPlay& play) {
   using namespace embedded_cover;
   const Controllers controllers = play.controllers();
   for (const auto& controller : controllers) {
     addController(key, play, *controller);
   }
-  // `superView`, `selfView` and `selfController` belong to the tracked cover (see EmbeddedCover.h).
+  // EmbeddedCover.h declares the global variables `superView`, `selfView` and `selfController`.
   const auto controllerOfSelfView =
       as<LaunchScreenViewController>(send(selfView, &NSView::viewController));
   const auto windowOfSuperView = send(superView, &NSView::window);
@@ -146,11 +147,11 @@ void addCovers(KeyText& key, const ObservedPlay& play) {
       << indexOf(as<LaunchScreenViewController>(controllerOfContent).get(), controllers);
 }
 
-void addHistory(KeyText& key, const ObservedPlay& play) {
+void addHistory(StateKeyBuilder& key, const ObservedPlay& play) {
   const History& history = play.history();
   key << history.hasRequestOutsideSkipMode << history.shouldBeUnfocused
       << history.recordedEventCount;
-  // The invariants use the time at which the event was sent only until the event is recorded.
+  // After the event has been recorded, no invariant depends on `sendTime`.
   if (history.sendTime && history.recordedEventCount == 0) {
     key << *history.sendTime - ObservedPlay::time();
   }
@@ -160,7 +161,7 @@ void addHistory(KeyText& key, const ObservedPlay& play) {
 }  // namespace
 
 std::string stateKey(const ObservedPlay& play) {
-  KeyText key;
+  StateKeyBuilder key;
   addInspection(key, play);
   if (const Strong<NSTimer> timer = play.manager()->launchScreenExpirationTimer()) {
     key << timer->isValid() << timer->fireDate() - ObservedPlay::time();

@@ -33,7 +33,7 @@ bool hasEveryBit(const ObservedPlay& /*play*/, const NSWindow& window) {
   return window.styleMask() == kNoSavedStyle;
 }
 
-// A presentation that a step is about to make.
+// The controller that a `Present` step presents, and the window over which the step presents it.
 struct Presentation {
   bool isEmbedded = false;
   Strong<NSWindow> window;
@@ -52,8 +52,8 @@ std::optional<Presentation> presentationOf(const ObservedPlay& play, const host:
                       .controller = controller};
 }
 
-// In this function and the next, `appWindow` is the window over which the controller was presented
-// before. Only an embedded presentation sets `appWindow`.
+// If the controller's `appWindow` is not null before the step, it is the window of the latest
+// embedded presentation.
 bool presentsInAnotherMode(const ObservedPlay& play, const host::Step& step) {
   const auto presentation = presentationOf(play, step);
   return presentation && !presentation->isEmbedded &&
@@ -87,7 +87,7 @@ bool presentsOverClosedWindow(const ObservedPlay& play, const host::Step& step) 
   return presentation && presentation->isEmbedded && !presentation->window->isVisible();
 }
 
-bool isRemovalPending() {
+bool isCoverRemovalPending() {
   return std::ranges::any_of(dispatch_get_main_queue().pendingWork(), [](const auto& work) {
     return work.label == embedded_cover::kRemovalLabel;
   });
@@ -107,7 +107,8 @@ bool isCoverUp(const ObservedPlay& play) {
 }
 
 constexpr StyleException kStyleExceptions[] = {
-    // A controller restores a style only in embedded mode, and the mode has changed.
+    // A controller restores a style only in embedded mode. The second presentation uses another
+    // mode.
     {"an embedded cover presented again, as a window of its own", &presentsInAnotherMode,
      &isWithoutControls},
     // A controller refers to one window at a time. It does not restore the style of the previous
@@ -120,23 +121,23 @@ constexpr StyleException kStyleExceptions[] = {
      &presentsWithSavedStyleOfAnotherWindow, &hasStyleOfAnotherWindow},
     // The second cover saves and restores the style that the first cover has set.
     {"a second cover over a covered window", &presentsOverCoveredWindow, &isWithoutControls},
-    // A cover over a closed window does not appear, so its controller saves no style. A later
-    // dismissal of another controller gives the closed window the value for "no saved style".
+    // A cover over a closed window does not appear, so its controller saves no style. The
+    // dismissal of another controller then sets the style of the closed window to `kNoSavedStyle`.
     {"a closed window whose style another controller restores", &presentsOverClosedWindow,
      &hasEveryBit},
 };
 
 }  // namespace
 
-bool isUncovered(const ObservedPlay& play) { return !isCoverUp(play) && !isRemovalPending(); }
+bool isUncovered(const ObservedPlay& play) { return !isCoverUp(play) && !isCoverRemovalPending(); }
 
 bool canEarlierCoverChangeStyle(const ObservedPlay& play) {
-  const Strong<NSWindow> player = play.hostWindows().front();
+  const Strong<NSWindow> playerWindow = play.hostWindows().front();
   return embedded_cover::selfController != nullptr ||
-         std::ranges::any_of(play.controllers(), [&play, &player](const auto& controller) {
+         std::ranges::any_of(play.controllers(), [&play, &playerWindow](const auto& controller) {
            const NSWindowStyleMask savedStyle = controller->appWindowStyleMask();
            return controller->appWindow() != nullptr ||
-                  (savedStyle != kNoSavedStyle && savedStyle != play.originalStyle(*player));
+                  (savedStyle != kNoSavedStyle && savedStyle != play.originalStyle(*playerWindow));
          });
 }
 

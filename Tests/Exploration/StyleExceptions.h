@@ -12,7 +12,7 @@ struct StyleException {
   std::string_view name;
   /// Returns true if the step causes this case. Called just before the step is played.
   bool (*isCausedBy)(const ObservedPlay& play, const host::Step& step) = nullptr;
-  /// Returns true if the window has the wrong style that this case leaves.
+  /// Returns true if the window has the wrong style that this case causes.
   bool (*hasResultingStyle)(const ObservedPlay& play, const NSWindow& window) = nullptr;
 };
 
@@ -20,9 +20,9 @@ struct StyleException {
 
 /// Returns true if no cover is up and no removal of a cover is pending.
 [[nodiscard]] bool isUncovered(const ObservedPlay& play);
-/// Returns true if an earlier cover can still give a window a wrong style. The reason is one of
-/// these: the library tracks an embedded cover (EmbeddedCover.h), a controller refers to a window,
-/// or a controller has saved a style other than the original style of the player window.
+/// Returns true if an earlier cover can still give a window a wrong style. This is possible if
+/// `embedded_cover::selfController` is not null, if a controller's `appWindow` is not null, or if a
+/// controller has saved a style other than the original style of the player window.
 [[nodiscard]] bool canEarlierCoverChangeStyle(const ObservedPlay& play);
 
 }  // namespace vel::exploration

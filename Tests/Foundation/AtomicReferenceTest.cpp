@@ -63,24 +63,24 @@ TEST(AtomicReferenceTest, ALoadedReferenceKeepsItsObjectAliveAfterALaterStore) {
 
 TEST(AtomicReferenceTest, DestroysTheOldObjectOutsideTheLock) {
   AtomicReference<TestObject> property;
-  Strong<TestObject> referenceInDestructor;
+  Strong<TestObject> objectLoadedInDestructor;
   const auto nextObject = make<TestObject>(2);
   // If `store` held the lock while it destroys the old object, `load` in the destructor would block
   // forever.
-  property.store(make<TestObject>(1, [&] { referenceInDestructor = property.load(); }));
+  property.store(make<TestObject>(1, [&] { objectLoadedInDestructor = property.load(); }));
   property.store(nextObject);
-  EXPECT_EQ(referenceInDestructor, nextObject);
+  EXPECT_EQ(objectLoadedInDestructor, nextObject);
 }
 
 TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
   AtomicReference<TestObject> property;
   property.store(make<TestObject>(0));
-  std::atomic<bool> isBroken = false;
+  std::atomic<bool> hasReadInconsistentObject = false;
   const auto work = [&](int start) {
     for (int number = start; number < start + 2000; ++number) {
       property.store(make<TestObject>(number));
       if (!property.load()->isConsistent()) {
-        isBroken = true;
+        hasReadInconsistentObject = true;
       }
     }
   };
@@ -88,7 +88,7 @@ TEST(AtomicReferenceTest, SeveralThreadsMayReadAndWrite) {
   std::thread secondThread(work, 10'000);
   firstThread.join();
   secondThread.join();
-  EXPECT_FALSE(isBroken);
+  EXPECT_FALSE(hasReadInconsistentObject);
 }
 
 TEST(WeakTest, ReturnsNullAfterItsObjectIsDestroyed) {

@@ -94,18 +94,18 @@ template <class Receiver, class Operation, class... Arguments>
 concept CanSend = requires(const Strong<Receiver>& receiver, Operation operation,
                            Arguments... arguments) { send(receiver, operation, arguments...); };
 
-TEST(MessageTest, DoesNotCompileForAResultThatIsAReference) {
+TEST(MessageTest, SendDoesNotCompileIfTheResultIsAReference) {
   EXPECT_TRUE((CanSend<Player, decltype(&Player::partner)>));
   EXPECT_FALSE((CanSend<Player, decltype(&Player::partnerReference)>));
   EXPECT_FALSE((CanSend<Player, decltype(&Player::pointsReference)>));
 }
 
-TEST(MessageTest, DoesNotCompileForAnObjectWithoutTheOperation) {
+TEST(MessageTest, SendDoesNotCompileIfTheObjectLacksTheOperation) {
   EXPECT_TRUE((CanSend<Goalkeeper, decltype(&Player::points)>));
   EXPECT_FALSE((CanSend<NSObject, decltype(&Player::points)>));
 }
 
-TEST(MessageTest, DoesNotCompileForWrongArguments) {
+TEST(MessageTest, SendDoesNotCompileForWrongArguments) {
   using Sum = decltype(&Player::sum);
   EXPECT_TRUE((CanSend<Player, Sum, std::int32_t, std::int32_t>));
   EXPECT_FALSE((CanSend<Player, Sum, std::int32_t>));

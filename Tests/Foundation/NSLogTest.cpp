@@ -66,7 +66,7 @@ TEST(FormatLogLineTest, DoesNotReplaceSpecifiersInsideAnArgument) {
   EXPECT_EQ(formatLogLine("%@ %@", {"%s", "%%"}), "%s %%");
 }
 
-TEST(FormatLogLineTest, ATextMayBeEmptyOrContainAZeroByteOrNonAsciiCharacters) {
+TEST(FormatLogLineTest, ATextArgumentMayBeEmptyOrContainAnyBytes) {
   EXPECT_EQ(formatLogLine("<%@>", {""}), "<>");
   EXPECT_EQ(formatLogLine("<%@>", {std::string_view("a\0b", 3)}), std::string("<a\0b>", 5));
   EXPECT_EQ(formatLogLine("<%@>", {"größer"}), "<größer>");
@@ -94,7 +94,7 @@ TEST_F(NSLogTest, ASinkMayReplaceItself) {
   EXPECT_EQ(lines, std::vector<std::string>{"last"});
 }
 
-TEST_F(NSLogTest, WithoutASinkWritesDateTimeProcessAndThreadBeforeTheLine) {
+TEST_F(NSLogTest, WritesDateTimeProcessAndThreadBeforeTheLineIfNoSinkIsSet) {
   setNSLogSink(nullptr);
   testing::internal::CaptureStderr();
   NSLog("%@ is %s", "Player", "ready");
