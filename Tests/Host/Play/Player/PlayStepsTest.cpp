@@ -1,4 +1,5 @@
-// Tests the steps of a scenario.
+// Tests the steps of a scenario. A scenario is a JSON document that describes a host application
+// and the steps that the host or its user performs.
 #include <gmock/gmock.h>
 
 #include <string>
@@ -17,8 +18,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// Sends a request with this value of the parameter "max_duration_time" and returns the
-// configuration's "expirationTimeInterval". Returns null if the library refuses the request.
+// Plays a request. `duration` is its parameter "max_duration_time", as JSON text. Returns the
+// "expirationTimeInterval" of the configuration, or null if the library refuses the request.
 json intervalFor(const std::string& duration) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":)" + duration + "}}");
@@ -52,7 +53,7 @@ TEST(PlayStepsTest, RequestMayBeNullOrHaveNoParameters) {
               ElementsAre(testing::HasSubstr("Next event name is nil or empty!"), kNullResult));
 }
 
-TEST(PlayStepsTest, TheDurationMayBeANumberATextOrTrue) {
+TEST(PlayStepsTest, DurationMayBeANumberATextOrTrue) {
   // The library converts the duration to a float.
   EXPECT_EQ(intervalFor("5"), 5);
   EXPECT_EQ(intervalFor("0.1"), 0.10000000149011612);
@@ -86,7 +87,7 @@ TEST_P(RefusedDurationTest, IsRefusedByTheLibrary) {
   EXPECT_EQ(intervalFor(GetParam().value), nullptr);
 }
 
-TEST(PlayStepsTest, ArrayAsModeIsIgnoredAndNumberAsEventIsRefused) {
+TEST(PlayStepsTest, RequestIgnoresAnArrayAsModeAndRefusesANumberAsEvent) {
   const Lines trace =
       play(R"({"do":"request","parameters":{"mode":["skip"],"event":5,"max_duration_time":5}})");
   EXPECT_THAT(linesOfKind(trace, "log"),
@@ -102,7 +103,7 @@ TEST(PlayStepsTest, RequestFromABackgroundThreadReturnsBeforeTheContentIsLoaded)
                           R"("state":3,"content":"main"})"));
 }
 
-TEST(PlayStepsTest, RequestWhileCoveredReturnsTemporaryContentAndContentViewReleasesIt) {
+TEST(PlayStepsTest, RequestDuringALaunchScreenReturnsATemporaryContentThatContentViewReleases) {
   const std::string coverAndRequestSteps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   const Lines trace = play(coverAndRequestSteps, 0, kHostWithController);
@@ -120,7 +121,7 @@ TEST(PlayStepsTest, RequestWhileCoveredReturnsTemporaryContentAndContentViewRele
   }
 }
 
-TEST(PlayStepsTest, AfterDeactivationThereIsNoContent) {
+TEST(PlayStepsTest, RequestAndContentViewReturnNullAfterDeactivate) {
   const Lines trace = play(
       R"({"do":"deactivate"},{"do":"request","parameters":{"event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"})");
@@ -147,7 +148,8 @@ TEST(PlayStepsTest, PresentWithoutWindowShowsNothing) {
   EXPECT_EQ(lastInspection(trace)["controller"]["window"], nullptr);
 }
 
-// The mode of a "present" step and the value of `LaunchScreenPresentationMode` that it selects.
+// `hostMode` is the mode of a "present" step. It selects `presentationMode`, a value of
+// `LaunchScreenPresentationMode`.
 struct ModePair {
   int hostMode;
   int presentationMode;
@@ -221,16 +223,17 @@ TEST(PlayStepsTest, DeactivateReleasesTheContent) {
   EXPECT_EQ(lastInspection(play(R"({"do":"deactivate"})"))["manager"]["content"], false);
 }
 
-// Send
+// The step "send" calls an operation of the manager or of the view controller.
 
-TEST(PlayStepsTest, SendRecordsTheEvent) {
+TEST(PlayStepsTest, SendCanRecordTheAnalyticsEvent) {
   const Lines trace = play(coverThen(R"({"do":"send","operation":"sendAnalyticsEvent"})"), 0.5);
   EXPECT_THAT(trace, Contains(R"({"t":0.500000000,"event":"launch_end"})"));
 }
 
-TEST(PlayStepsTest, SendSubscribesAgain) {
-  // The manager attempts the postponed dismissal when the window becomes key. With a second
-  // subscription, the manager attempts it twice and makes one more call to the host.
+TEST(PlayStepsTest, SendCanSubscribeTheManagerASecondTime) {
+  // No window is key, so the manager postpones the dismissal. When the window becomes key, the
+  // manager attempts the dismissal, which calls the host. With two subscriptions, the manager
+  // attempts it twice.
   const std::string postponedDismissalSteps =
       R"({"do":"request","parameters":{"mode":"skip","event":"e","max_duration_time":5}},)"
       R"({"do":"contentView"},{"do":"present","window":"player","mode":0},{"do":"resignKey"},)"
@@ -243,7 +246,7 @@ TEST(PlayStepsTest, SendSubscribesAgain) {
             4U);
 }
 
-TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
+TEST(PlayStepsTest, SendCanStartPauseAndStopTheTimer) {
   const auto timerAfter = [](const std::string& operations) {
     const json manager =
         lastInspection(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})" +
@@ -260,7 +263,7 @@ TEST(PlayStepsTest, SendStartsPausesAndStopsTheTimer) {
             std::pair(false, 0.0));
 }
 
-TEST(PlayStepsTest, SendCreatesTheIndicator) {
+TEST(PlayStepsTest, SendCanCreateTheActivityIndicator) {
   EXPECT_EQ(lastInspection(play(kCoverSteps))["controller"]["activityIndicator"], false);
   EXPECT_EQ(lastInspection(play(coverThen(
                 R"({"do":"send","operation":"createActivityIndicator"})")))["controller"]
@@ -268,7 +271,7 @@ TEST(PlayStepsTest, SendCreatesTheIndicator) {
             true);
 }
 
-TEST(PlayStepsTest, SendCreatesTheConstraintsOfTheIndicator) {
+TEST(PlayStepsTest, SendCanCreateTheConstraintsOfTheActivityIndicator) {
   /// Counts the constraints in the cover over the player window.
   class ConstraintCounter final : public PlayListener {
    public:
@@ -434,9 +437,10 @@ TEST(PlayStepsTest, WindowsOfTheHostOpenInOrderAndTheFirstIsKey) {
   EXPECT_EQ(application["orderedWindows"], json::parse(R"(["c","b","a"])"));
 }
 
-TEST(PlayStepsTest, WindowHasItsClassAndParent) {
-  // While a modal launch screen is shown, the countdown pauses unless the key window, or the parent
-  // of the key window, has the class PlayerWindow. PlayerWindow is the default class of a window.
+TEST(PlayStepsTest, OpenWindowSetsTheClassAndTheParent) {
+  // While a modal launch screen is shown, a key window of the class PlayerWindow does not pause the
+  // countdown. A key window whose parent has this class does not pause it either. PlayerWindow is
+  // the default class of a window in a scenario.
   const auto keyWindowPausesCountdown = [](const std::string& windowMembers) {
     return lastInspection(
         play(R"({"do":"openWindow","name":"other")" + windowMembers +
@@ -450,9 +454,9 @@ TEST(PlayStepsTest, WindowHasItsClassAndParent) {
   EXPECT_EQ(keyWindowPausesCountdown(R"(,"className":"ToolWindow","parent":"player")"), false);
 }
 
-TEST(PlayStepsTest, WindowHasItsContentViewController) {
-  // The library detects the cover only in a window with a content view controller. If it detects
-  // the cover, the second request makes a temporary content.
+TEST(PlayStepsTest, HostWindowCanHaveAContentViewController) {
+  // The second request makes a temporary content if the library finds the launch screen in the
+  // window. The library finds it only if the window has a content view controller.
   const std::string steps =
       coverThen(R"({"do":"request","parameters":{"event":"e","max_duration_time":5}})");
   EXPECT_EQ(lastInspection(play(steps))["manager"]["tempContent"], false);
@@ -481,7 +485,7 @@ TEST(PlayStepsTest, StepsMayReferToTheWindowThatAPresentationOpens) {
   EXPECT_THAT(linesAfter(makeKeyTrace, "makeKey"), IsEmpty());
 }
 
-TEST(PlayStepsTest, MakeKeyHasAnEffectOnlyOnAWindowOnScreen) {
+TEST(PlayStepsTest, MakeKeyMakesAnOpenWindowKeyAndIgnoresAClosedWindow) {
   EXPECT_THAT(linesAfter(play(R"({"do":"openWindow","name":"b"},{"do":"makeKey","window":"b"})"),
                          "makeKey"),
               ElementsAre(R"("resignKey":"player"})", R"("becomeKey":"b"})"));
@@ -533,7 +537,9 @@ TEST(PlayStepsTest, StopModalEndsTheModalSession) {
   EXPECT_THAT(linesAfter(play(R"({"do":"stopModal"})"), "stopModal"), IsEmpty());
 }
 
-TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesTheNewestSheet) {
+// The step "presentOver" opens a sheet over the launch screen. The step "dismissOver" closes one.
+
+TEST(PlayStepsTest, PresentOverStepOpensASheetAndDismissOverStepClosesTheNewest) {
   const std::string presentSteps = coverThen(R"({"do":"presentOver"})");
   const Lines presentedTrace = play(presentSteps);
   EXPECT_THAT(linesAfter(presentedTrace, "presentOver"),
@@ -546,7 +552,7 @@ TEST(PlayStepsTest, PresentOverOpensASheetAndDismissOverClosesTheNewestSheet) {
   EXPECT_EQ(lastInspection(dismissedTrace)["controller"]["presented"], 1);
 }
 
-TEST(PlayStepsTest, DismissOverSkipsSheetsThatAreNotOpen) {
+TEST(PlayStepsTest, DismissOverStepSkipsClosedSheets) {
   const Lines trace = play(coverThen(
       R"({"do":"presentOver"},{"do":"presentOver"},{"do":"closeWindow","window":"sheet-2"},)"
       R"({"do":"dismissOver"})"));
@@ -584,7 +590,7 @@ TEST(PlayStepsTest, InspectChangesNothing) {
 
 // Time
 
-TEST(PlayStepsTest, WorkThatIsDueAtTheTimeOfAStepRunsBeforeTheStep) {
+TEST(PlayStepsTest, StepRunsAfterTheWorkThatIsDueAtTheSameTime) {
   const Lines trace = play(coverThen(R"({"at":0.1,"do":"resignKey"})"));
   EXPECT_THAT(linesAfter(trace, "present"), Contains(R"("tick":4.9})"));
 }
@@ -594,8 +600,8 @@ TEST(PlayStepsTest, WorkThatAStepQueuesRunsBeforeTheNextStep) {
       R"({"do":"request","parameters":{"event":"e","max_duration_time":5},"thread":"background"},)"
       R"({"do":"contentView"})");
   EXPECT_THAT(linesAfter(trace, "request"), Contains(R"("state":3,"content":"main"})"));
-  // The content is the first delegate. If the content is loaded, `contentView` adds the manager as
-  // the second delegate.
+  // The controller has the content as its first delegate. If the content is loaded, `contentView`
+  // adds the manager as the second delegate.
   EXPECT_EQ(lastInspection(trace)["controller"]["delegates"], 2);
 }
 
@@ -605,14 +611,14 @@ TEST(PlayStepsTest, StepWithoutTimeHasTheTimeOfThePreviousStep) {
   EXPECT_THAT(trace, Contains(R"({"t":1.250000000,"do":"resignKey"})"));
 }
 
-TEST(PlayStepsTest, PlayEndsAtTheLaterOfUntilAndTheLastStep) {
+TEST(PlayStepsTest, PlayEndsAtItsEndTimeButNotBeforeItsLastStep) {
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1).back(),
               testing::StartsWith(R"({"t":2.000000000,"inspect":)"));
   EXPECT_THAT(play(R"({"at":2,"do":"inspect"})", 1'000'000).back(),
               testing::StartsWith(R"({"t":1000000.000000000,"inspect":)"));
 }
 
-TEST(PlayStepsTest, ErrorOfTheContentExistsUntilTheNextPassOfTheLoop) {
+TEST(PlayStepsTest, ContentHasItsErrorUntilTheNextPassOfTheRunLoop) {
   const std::string failingRequest =
       R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})";
   EXPECT_EQ(lastInspection(play(failingRequest))["content"]["error"],

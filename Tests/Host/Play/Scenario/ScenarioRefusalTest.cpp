@@ -27,7 +27,7 @@ void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.testNa
 
 class ScenarioRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(ScenarioRefusalTest, NamesThePathAndTheExpectedValue) {
+TEST_P(ScenarioRefusalTest, ErrorNamesTheInvalidMemberAndWhatIsExpected) {
   EXPECT_EQ(errorFor(GetParam().scenario), GetParam().expectedError);
 }
 
@@ -159,10 +159,10 @@ TEST(ScenarioReaderTest, InvalidViewDelegateIsRefused) {
             R"("operations", "canDisappear", "deactivateDuring")");
 }
 
-// For these tests, the member `scenario` of a refusal has only the content of the array "steps".
+// In these tests, `Refusal::scenario` is only the content of the array "steps".
 class StepRefusalTest : public testing::TestWithParam<Refusal> {};
 
-TEST_P(StepRefusalTest, NamesThePathAndTheExpectedValue) {
+TEST_P(StepRefusalTest, ErrorNamesTheInvalidMemberAndWhatIsExpected) {
   EXPECT_EQ(errorFor("{\"steps\":[" + std::string(GetParam().scenario) + "]}"),
             GetParam().expectedError);
 }
@@ -235,7 +235,7 @@ INSTANTIATE_TEST_SUITE_P(
             "/steps/0/deactivateDuring: expected one of the delegate's operations"},
         Refusal{"OpenWindowWithoutName", R"({"do":"openWindow"})",
                 "/steps/0/name: expected the window's name, which is missing"},
-        Refusal{"OpenWindowWithAKnownName", R"({"do":"openWindow","name":"player"})",
+        Refusal{"OpenWindowWithADuplicateName", R"({"do":"openWindow","name":"player"})",
                 "/steps/0/name: expected a name that no earlier window has"},
         Refusal{"CloseWindowWithoutWindow", R"({"do":"closeWindow"})",
                 "/steps/0/window: expected the name of an earlier window, which is missing"},
@@ -255,11 +255,11 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"OpenedLater", R"({"do":"makeKey","window":"b"},{"do":"openWindow","name":"b"})",
                 "/steps/0/window: expected the name of an earlier window"},
         Refusal{
-            "ModalWindowThatNoStepCanHaveMade",
+            "ModalWindowThatNoEarlierStepOpens",
             R"({"do":"present","window":"player","mode":2},{"do":"makeKey","window":"modal-2"})",
             "/steps/1/window: expected the name of an earlier window"},
         Refusal{
-            "SheetThatNoStepCanHaveMade",
+            "SheetThatNoEarlierStepOpens",
             R"({"do":"present","window":"player","mode":0},{"do":"makeKey","window":"sheet-1"})",
             "/steps/1/window: expected the name of an earlier window"},
         Refusal{

@@ -1,5 +1,5 @@
-// The positions of the timeline's marks and of the labels beside the marks. `place` takes the
-// centre of a mark and the width of its label.
+// Tests the layout of a timeline. A mark is a dot with a label beside it. `place` takes the
+// x coordinate of the mark's centre, and the width of the label plus its distance from the mark.
 #include <gtest/gtest.h>
 
 #include "Host/Play/Timeline/LabelLayout.h"
@@ -11,7 +11,7 @@ using Side = LabelPosition::Side;
 
 constexpr double kRightEdge = 100;
 constexpr double kRadius = 2;
-constexpr double kGap = 5;
+constexpr double kGap = 5;  // the minimum distance between neighbours in a row
 
 class LabelLayoutTest : public testing::Test {
  protected:
@@ -45,12 +45,12 @@ TEST_F(LabelLayoutTest, UsesTheTopmostRowWithRoom) {
   EXPECT_EQ(layout_.place(35, 10).row, 1U);
 }
 
-TEST_F(LabelLayoutTest, PutsALabelToTheLeftIfItWouldCrossTheEdge) {
+TEST_F(LabelLayoutTest, PutsALabelLeftOfItsMarkIfTheRightSideHasNoRoom) {
   EXPECT_EQ(layout_.place(48, 50).side, Side::Right);  // the label ends at 100
   EXPECT_EQ(layout_.place(48.1, 50).side, Side::Left);
 }
 
-TEST_F(LabelLayoutTest, LabelToTheLeftDoesNotOverlapItsNeighbour) {
+TEST_F(LabelLayoutTest, LabelLeftOfItsMarkDoesNotOverlapItsNeighbour) {
   layout_.place(50, 20);                     // the mark and its label cover 48 to 72
   EXPECT_EQ(layout_.place(95, 20).row, 1U);  // the label starts at 73
   EXPECT_EQ(layout_.place(95, 10).row, 0U);  // the label starts at 83

@@ -17,12 +17,12 @@ TEST(TextWidthTest, IsProportionalToTheFontSize) {
   EXPECT_DOUBLE_EQ(textWidth("present", 2 * kSize), 2 * textWidth("present", kSize));
 }
 
-TEST(TextWidthTest, CountsEachNonAsciiCharacterAsOneWideCharacter) {
+TEST(TextWidthTest, IsOneAndAHalfFontSizesForANonAsciiCharacter) {
   EXPECT_DOUBLE_EQ(textWidth("\u00e9", kSize), 15);
   EXPECT_DOUBLE_EQ(textWidth("\U0001F3AE", kSize), 15);
 }
 
-TEST(ShortenedTextTest, IsTheTextIfItFits) {
+TEST(ShortenedTextTest, IsTheWholeTextIfItFits) {
   EXPECT_EQ(shorten("present", kSize, textWidth("present", kSize)), "present");
 }
 
@@ -38,7 +38,7 @@ TEST(ShortenedTextTest, CutsBetweenCharacters) {
   EXPECT_EQ(shorten("\u00e9\u00e9\u00e9", kSize, 40), "\u00e9\u2026");
 }
 
-TEST(ShortenedTextTest, IsAnEllipsisIfNothingFits) {
+TEST(ShortenedTextTest, IsOnlyTheEllipsisIfNoCharacterFits) {
   EXPECT_EQ(shorten("present", kSize, 16), "\u2026");
 }
 

@@ -28,7 +28,7 @@ struct Mark {
 
 int milliseconds(Nanoseconds time) { return static_cast<int>(time / 1'000'000); }
 
-// Plays these steps until the time `until`, in seconds. The timeline listens to the play.
+// Plays the steps until the time `until`, in seconds. The timeline collects what happens.
 void playInto(Timeline& timeline, std::string_view steps, double until,
               std::string_view host = "{}") {
   const std::string text = "{\"host\":" + std::string(host) + ",\"steps\":[" + std::string(steps) +
@@ -66,10 +66,12 @@ class TimelineTest : public testing::Test {
   Timeline timeline_;
 };
 
-// The countdown ends at the first tick that finds at most 0.1 s left. Because of rounding, slightly
-// more than 0.1 s is left at the fifth tick, so the sixth tick, at 0.6 s, ends it. The library
-// records the event 0.5 s after the dismissal and removes the cover 1 s after the dismissal.
-constexpr std::string_view kRunOfHalfASecond =
+// Steps that show a launch screen with a countdown of 0.5 s. The countdown has a tick every 0.1 s.
+// It ends at the first tick at which at most 0.1 s is left. Because of rounding, slightly more than
+// 0.1 s is left at the fifth tick, so the countdown ends at the sixth tick, at 0.6 s. The library
+// then dismisses the launch screen. It records the event 0.5 s after the dismissal and removes the
+// launch screen 1 s after the dismissal.
+constexpr std::string_view kHalfSecondSteps =
     R"({"do":"activate"},{"do":"request","parameters":{"event":"end","max_duration_time":0.5}},)"
     R"({"do":"contentView"},{"do":"present","window":"player","mode":0})";
 
@@ -95,8 +97,8 @@ TEST_F(TimelineTest, MarksARefusalWithTheMessageOfTheLibrary) {
               ElementsAre(Mark{0, "Next event name is nil or empty!"}));
 }
 
-TEST_F(TimelineTest, MarksOneRunFromTheFirstHostCallToTheRecordedEvent) {
-  playInto(timeline_, kRunOfHalfASecond, 3);
+TEST_F(TimelineTest, MarksALaunchScreenFromTheFirstHostCallToTheRecordedEvent) {
+  playInto(timeline_, kHalfSecondSteps, 3);
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{0, "contentViewWillAppear:"},
                                                          Mark{600, "canContentViewDisappear: yes"},
                                                          Mark{600, "contentViewDidDisappear:"}));
@@ -109,18 +111,18 @@ TEST_F(TimelineTest, MarksOneRunFromTheFirstHostCallToTheRecordedEvent) {
 }
 
 TEST_F(TimelineTest, NamesTheRestoredControls) {
-  playInto(timeline_, kRunOfHalfASecond, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
+  playInto(timeline_, kHalfSecondSteps, 1, R"({"windows":[{"name":"player","styleMask":11}]})");
   EXPECT_THAT(marks(TimelineLane::WindowStyle), Contains(Mark{600, "player: close, resize"}));
 }
 
 TEST_F(TimelineTest, MarksADismissalThatTheManagerRefuses) {
   playInto(timeline_,
-           std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
+           std::string(kHalfSecondSteps) + R"(,{"at":0.25,"do":"dismiss","by":"manager"})", 0.3);
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{250, "not dismissed"}));
 }
 
-TEST_F(TimelineTest, MarksADismissalThatTheHostRefusesWhenTheTimeIsUsedUp) {
-  playInto(timeline_, kRunOfHalfASecond, 2,
+TEST_F(TimelineTest, MarksADismissalThatTheHostRefuses) {
+  playInto(timeline_, kHalfSecondSteps, 2,
            R"({"viewDelegate":{"operations":["canContentViewDisappear:"],"canDisappear":false}})");
   EXPECT_THAT(marks(TimelineLane::HostCall), ElementsAre(Mark{600, "canContentViewDisappear: no"}));
   EXPECT_THAT(marks(TimelineLane::Refusal), ElementsAre(Mark{600, "not dismissed"}));
@@ -141,7 +143,7 @@ TEST_F(TimelineTest, HasTheSpansInWhichWindowsAreKey) {
 
 TEST_F(TimelineTest, TimeLeftDoesNotChangeDuringAPause) {
   playInto(timeline_,
-           std::string(kRunOfHalfASecond) +
+           std::string(kHalfSecondSteps) +
                R"(,{"at":0.2,"do":"resignKey"},{"at":1,"do":"makeKey","window":"player"})",
            1.2);
   const auto& countdown = timeline_.countdown();
@@ -158,7 +160,7 @@ TEST_F(TimelineTest, TimeLeftDoesNotChangeDuringAPause) {
 }
 
 TEST_F(TimelineTest, StepBetweenTicksDoesNotSplitTheCountdown) {
-  playInto(timeline_, std::string(kRunOfHalfASecond) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
+  playInto(timeline_, std::string(kHalfSecondSteps) + R"(,{"at":0.25,"do":"inspect"})", 0.4);
   EXPECT_EQ(timeline_.countdown().size(), 1U);
 }
 
@@ -171,7 +173,7 @@ TEST_F(TimelineTest, LongCountdownHasFewSegmentsAndMarks) {
   EXPECT_LE(timeline_.marks().size(), 12U);
 }
 
-TEST_F(TimelineTest, HasNoCountdownIfTheTimeIsInfinite) {
+TEST_F(TimelineTest, HasNoCountdownIfTheDurationIsInfinite) {
   playInto(timeline_,
            R"({"do":"request","parameters":{"event":"end","max_duration_time":"inf"}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":0})",
@@ -179,8 +181,8 @@ TEST_F(TimelineTest, HasNoCountdownIfTheTimeIsInfinite) {
   EXPECT_THAT(timeline_.countdown(), IsEmpty());
 }
 
-TEST_F(TimelineTest, MarksThatThePlayStoppedEarly) {
-  playInto(timeline_, kRunOfHalfASecond, 2,
+TEST_F(TimelineTest, HasAMarkIfThePlayStopsEarly) {
+  playInto(timeline_, kHalfSecondSteps, 2,
            R"({"viewDelegate":{"operations":["contentViewDidDisappear:"],)"
            R"("deactivateDuring":"contentViewDidDisappear:"}})");
   EXPECT_THAT(marks(TimelineLane::Refusal), Contains(Mark{600, "the play stopped early"}));

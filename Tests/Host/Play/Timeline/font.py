@@ -25,21 +25,22 @@ class Font:
         return struct.unpack_from(">" + number_format, self._data, offset)
 
     def _advance(self, glyph):
-        # Glyphs beyond the widths in the table have the last width.
+        # A glyph without a width in the table has the last width of the table.
         index = min(glyph, self._width_count - 1)
         return self._numbers("H", self._tables["hmtx"] + 4 * index)[0]
 
     def _read_glyphs(self):
-        """Returns the glyph of each character, from the Unicode table for Windows."""
+        """Returns a dictionary from code points to glyph numbers."""
         cmap = self._tables["cmap"]
         for index in range(self._numbers("H", cmap + 2)[0]):
             platform, encoding, offset = self._numbers("HHI", cmap + 4 + 8 * index)
-            if (platform, encoding) == (3, 1):
+            if (platform, encoding) == (3, 1):  # Windows, Unicode
                 return self._read_segments(cmap + offset)
         raise ValueError("the font has no table of Unicode characters")
 
     def _read_segments(self, table):
-        """Returns the glyph of each character. A segment of the table is a range of characters."""
+        """Returns a dictionary from code points to glyph numbers. A segment of the table is a range of
+        characters."""
         count = self._numbers("H", table + 6)[0] // 2
         arrays = (table + 14, table + 16 + 2 * count, table + 16 + 4 * count, table + 16 + 6 * count)
         glyphs = {}

@@ -74,7 +74,7 @@ class Timeline(unittest.TestCase):
         return ElementTree.parse(self.picture).getroot()
 
     def assert_readable(self, svg):
-        """Fails if a text overlaps another text or a dot, or leaves the picture."""
+        """Fails if a text overlaps another text or a dot, or extends beyond the picture."""
         texts = [text_box(element) for element in svg.iter(SVG + "text")]
         self.assertGreater(len(texts), 10)
         width, height = float(svg.get("width")), float(svg.get("height"))
@@ -97,11 +97,11 @@ class Timeline(unittest.TestCase):
     def test_trace_is_the_same_with_a_picture(self):
         for example in EXAMPLES:
             with self.subTest(example.stem):
-                drawn_result = run("play", str(example), "--timeline", str(self.picture))
-                plain_result = run("play", str(example))
+                with_picture = run("play", str(example), "--timeline", str(self.picture))
+                without_picture = run("play", str(example))
                 self.assertEqual(
-                    (drawn_result.returncode, drawn_result.stdout, drawn_result.stderr),
-                    (plain_result.returncode, plain_result.stdout, plain_result.stderr),
+                    (with_picture.returncode, with_picture.stdout, with_picture.stderr),
+                    (without_picture.returncode, without_picture.stdout, without_picture.stderr),
                 )
 
     def test_picture_in_the_documents_is_what_the_program_draws(self):
@@ -117,8 +117,8 @@ class Timeline(unittest.TestCase):
             with self.subTest(until=until, duration=duration):
                 parameters = {"event": name, "max_duration_time": duration}
                 last_steps = [{"at": until, "do": "send", "operation": "sendAnalyticsEvent"}]
-                # Only short plays present the launch screen: to play a countdown of 1000 seconds
-                # or more would make this test slow.
+                # A play of 1000 seconds or more does not present the launch screen, because the
+                # countdown would make this test slow.
                 steps = [*(presentation_steps if until < 1000 else ()), *simultaneous_steps, *last_steps]
                 steps.insert(0, {"do": "request", "parameters": parameters})
                 host = {"windows": [{"name": name}]}
@@ -136,7 +136,7 @@ class Timeline(unittest.TestCase):
         svg = self.draw(DOCUMENTED_EXAMPLE)
         style = svg.find(SVG + "style").text
         light_scheme, dark_scheme = style.split("@media (prefers-color-scheme:dark)")
-        # A text whose class sets no fill has the colour of the rule "text".
+        # The rule "text" sets the default colour of text.
         filled_selectors = {f".{element.get('class').split()[0]}" for element in svg.iter()
                             if element.tag in (SVG + "rect", SVG + "circle")} | {"text"}
         for scheme in light_scheme, dark_scheme:
