@@ -21,7 +21,7 @@ class Plays(unittest.TestCase):
         self.assertEqual(input_result.stdout, file_result.stdout)
         self.assertEqual(input_result.returncode, 0)
 
-    def test_two_plays_give_the_same_trace(self):
+    def test_same_scenario_gives_the_same_trace(self):
         self.assertEqual(run("play", str(EXAMPLE)).stdout, run("play", str(EXAMPLE)).stdout)
 
 
@@ -45,9 +45,9 @@ class Refusals(unittest.TestCase):
             with self.subTest(content[:20]):
                 self.error_for(content)
 
-    def test_error_names_the_path_of_an_invalid_value(self):
+    def test_error_begins_with_the_json_pointer_to_the_invalid_value(self):
         template = '{{"steps": [{{"do": "activate"}}, {}]}}'
-        for content, path in (
+        for content, json_pointer in (
             (template.format('{"do": "vanish"}'), "/steps/1/do"),
             (template.format('{"do": "makeKey"}'), "/steps/1/window"),
             (template.format('{"do": "makeKey", "window": "nobody"}'), "/steps/1/window"),
@@ -65,7 +65,7 @@ class Refusals(unittest.TestCase):
             ('{"end": 1}', "/end"),
         ):
             with self.subTest(content):
-                self.assertEqual(self.error_for(content).split(": ")[0], path)
+                self.assertEqual(self.error_for(content).split(": ")[0], json_pointer)
 
     def test_file_that_cannot_be_read_is_reported(self):
         for name in ("/nowhere/at/all.json", str(ROOT)):

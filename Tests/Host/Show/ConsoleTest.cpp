@@ -20,7 +20,7 @@ TimeLeft pausedCountdown(double seconds, double total) {
 
 class LineConsoleTest : public testing::Test {
  protected:
-  // Shows a whole countdown on the console, with the tick interval of the library.
+  // Shows a whole countdown on the console, in steps of 0.1 s.
   void countDown(double total) {
     double time = 0;
     for (double remaining = total; remaining > 0; remaining -= 0.1, time += 0.1) {
@@ -85,7 +85,7 @@ TEST(CountdownLineTest, NegativeTimeIsShownAsZero) {
   EXPECT_EQ(countdownLine(runningCountdown(-0.1, 5), "", 26), "  0.0 s left  [##########]");
 }
 
-TEST(CountdownLineTest, NoteFollowsTheBar) {
+TEST(CountdownLineTest, TrailingTextFollowsTheBar) {
   EXPECT_EQ(countdownLine(runningCountdown(2.5, 5), "paused", 34),
             "  2.5 s left  [#####-----]  paused");
 }
@@ -137,7 +137,7 @@ TEST_F(LiveConsoleTest, ReportOnItsOwnLineIsNotReplaced) {
               testing::ContainsRegex("\r {30,}\r   0.200 s  controls kept\n\r  4.7 s left"));
 }
 
-TEST_F(LiveConsoleTest, ShorterLineErasesALongerLine) {
+TEST_F(LiveConsoleTest, ShorterLineErasesTheEndOfALongerLine) {
   console.showTimeLeft(0, runningCountdown(5, 5));
   const std::size_t previousSize = out.str().size();
   console.report(5.1, "dismissed");
@@ -174,13 +174,13 @@ TEST_F(LiveConsoleTest, OldestReportsAreDroppedWhenTheLineIsTooLong) {
   EXPECT_TRUE(out.str().ends_with("\r   3.000 s  dismissed, uncovered")) << out.str();
 }
 
-TEST_F(LiveConsoleTest, LastColumnStaysFree) {
+TEST_F(LiveConsoleTest, LastColumnStaysEmpty) {
   columns = 20;
   console.report(1, std::string(100, 'x'));
   EXPECT_EQ(out.str(), "\r   1.000 s  xxxxxxx");
 }
 
-TEST_F(LiveConsoleTest, ASecondClearLineDoesNothing) {
+TEST_F(LiveConsoleTest, ClearLineDoesNothingWhenCalledAgain) {
   console.report(1, "covered");
   console.clearLine();
   out << "a log line\n";

@@ -1,3 +1,4 @@
+// Tests the file to which `launchscreen show` appends each recorded analytics event.
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -65,7 +66,7 @@ TEST_F(EventsFileTest, AnyNameIsWrittenOnOneLine) {
   EXPECT_EQ(nlohmann::json::parse(lines()[0])["event"], "a\nb\"c\xef\xbf\xbd");
 }
 
-TEST_F(EventsFileTest, FileThatCannotBeOpenedIsBadUsage) {
+TEST_F(EventsFileTest, FileThatCannotBeOpenedIsAUsageError) {
   try {
     EventsFile("/nonexistent/events");
     FAIL() << "the file was opened";

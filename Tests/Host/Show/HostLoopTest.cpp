@@ -1,5 +1,5 @@
-// The loop of `launchscreen show`: it runs the main run loop, reads the Enter key and receives
-// signals.
+// Tests `HostLoop`, the event loop of `launchscreen show`. It runs the library's main run loop,
+// reads the Enter key and receives signals.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -72,11 +72,11 @@ class HostLoopTest : public testing::Test {
 
 TEST_F(HostLoopTest, RunsTheMainQueueUntilTheConditionIsTrue) {
   HostLoop loop;
-  bool hasRunWork = false;
-  dispatch_async(dispatch_get_main_queue(), [&hasRunWork] {
-    dispatch_async(dispatch_get_main_queue(), [&hasRunWork] { hasRunWork = true; });
+  bool isWorkDone = false;
+  dispatch_async(dispatch_get_main_queue(), [&isWorkDone] {
+    dispatch_async(dispatch_get_main_queue(), [&isWorkDone] { isWorkDone = true; });
   });
-  EXPECT_EQ(loop.runUntil([&hasRunWork] { return hasRunWork; }), 0);
+  EXPECT_EQ(loop.runUntil([&isWorkDone] { return isWorkDone; }), 0);
 }
 
 class HostLoopSignalTest : public HostLoopTest, public testing::WithParamInterface<int> {};
@@ -121,7 +121,7 @@ TEST_F(HostLoopTest, SignalActionsAreRestored) {
   }
 }
 
-TEST_F(HostLoopTest, DestructorRaisesAReceivedSignalAgainIfTheLoopDidNotRun) {
+TEST_F(HostLoopTest, DestructorRaisesASignalAgainIfTheLoopDidNotRun) {
   struct sigaction previousAction {};
   struct sigaction handlingAction {};
   handlingAction.sa_handler = [](int signal) { handledSignal = signal; };
@@ -160,10 +160,10 @@ TEST_F(HostLoopTest, WriteToAClosedPipeDoesNotEndTheProcess) {
 TEST_F(HostLoopTest, EnterCallsTheHandler) {
   const StandardInputPipe input;
   HostLoop loop;
-  bool isEnterReported = false;
-  loop.setEnterHandler([&isEnterReported] { isEnterReported = true; });
+  bool wasHandlerCalled = false;
+  loop.setEnterHandler([&wasHandlerCalled] { wasHandlerCalled = true; });
   input.write("\n");
-  EXPECT_EQ(loop.runUntil([&isEnterReported] { return isEnterReported; }), 0);
+  EXPECT_EQ(loop.runUntil([&wasHandlerCalled] { return wasHandlerCalled; }), 0);
 }
 
 TEST_F(HostLoopTest, InputWithoutALineFeedDoesNotCallTheEnterHandler) {
@@ -182,8 +182,8 @@ TEST_F(HostLoopTest, InputWithoutALineFeedDoesNotCallTheEnterHandler) {
 TEST_F(HostLoopTest, ClosedInputDoesNotKeepTheLoopBusy) {
   StandardInputPipe input;
   HostLoop loop;
-  bool isEnterReported = false;
-  loop.setEnterHandler([&isEnterReported] { isEnterReported = true; });
+  bool wasHandlerCalled = false;
+  loop.setEnterHandler([&wasHandlerCalled] { wasHandlerCalled = true; });
   input.closeWriteEnd();
   bool isTimeUp = false;
   int passCount = 0;
@@ -194,7 +194,7 @@ TEST_F(HostLoopTest, ClosedInputDoesNotKeepTheLoopBusy) {
     return isTimeUp;
   }),
             0);
-  EXPECT_FALSE(isEnterReported);
+  EXPECT_FALSE(wasHandlerCalled);
   EXPECT_LE(passCount, 5);
 }
 

@@ -1,5 +1,5 @@
-// Tests `launchscreen show` in virtual time: its reports, its end, and the final state of the
-// player window.
+// Tests `launchscreen show` in virtual time. The program opens the player window and covers it with
+// a launch screen.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -32,7 +32,7 @@ class ShowSessionTest : public VirtualPlatformTest {
     session->update();
   }
 
-  // Runs the loop for this many seconds. Updates the session after each pass, as the program does.
+  // Runs the main run loop for `seconds`. Updates the session after each pass, as the program does.
   void run(double seconds) {
     NSRunLoop& loop = NSRunLoop::mainRunLoop();
     const Nanoseconds limit = loop.now() + nanosecondsFromSeconds(seconds);
@@ -50,6 +50,7 @@ class ShowSessionTest : public VirtualPlatformTest {
     return *session->outcome();
   }
 
+  // The player window in the headless window system.
   [[nodiscard]] const HeadlessWindowSystem::Window& player() {
     return *platform.windowSystem().window(session->playerWindow()->handle());
   }
@@ -84,7 +85,7 @@ TEST_F(ShowSessionTest, EveryStepOfAnEmbeddedRunIsReported) {
             "   3.000 s  uncovered\n");
 }
 
-TEST_F(ShowSessionTest, WithAContentControllerTheCoverIsRemovedWhenItIsDismissed) {
+TEST_F(ShowSessionTest, DismissalImmediatelyRemovesTheCoverOfAWindowWithAContentController) {
   options.hasContentController = true;
   start();
   EXPECT_EQ(runToEnd().status, kExitSuccess);
@@ -109,7 +110,7 @@ INSTANTIATE_TEST_SUITE_P(ModalAndSheet, ShowSessionPresentationTest,
                            return testInfo.param;
                          });
 
-TEST_P(ShowSessionPresentationTest, AModalOrSheetRunDoesNotRemoveControls) {
+TEST_P(ShowSessionPresentationTest, ModalWindowOrSheetDoesNotRemoveControls) {
   options.presentation = GetParam();
   options.hasContentController = true;
   start();
@@ -175,7 +176,7 @@ TEST_F(ShowSessionTest, SkippedRunEndsWithoutAnEvent) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("event recorded")));
 }
 
-TEST_F(ShowSessionTest, SkipAfterOptionDismissesAtItsTime) {
+TEST_F(ShowSessionTest, DismissesAtTheTimeOfTheSkipAfterOption) {
   options.mode = "skip";
   options.skipAfter = 0.25;
   options.presentation = "modal";
@@ -205,7 +206,7 @@ TEST_F(ShowSessionTest, SkippingTwiceDismissesOnce) {
   EXPECT_THAT(out.str(), testing::EndsWith("   0.500 s  dismissed\n   1.500 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, SkipWhileNotKeyDismissesWhenTheWindowIsKeyAgain) {
+TEST_F(ShowSessionTest, SkipTakesEffectWhenTheWindowIsKeyAgain) {
   options.mode = "skip";
   start();
   run(0.5);
@@ -217,7 +218,7 @@ TEST_F(ShowSessionTest, SkipWhileNotKeyDismissesWhenTheWindowIsKeyAgain) {
   EXPECT_THAT(out.str(), testing::EndsWith("   1.000 s  dismissed\n"));
 }
 
-TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
+TEST_F(ShowSessionTest, SkipDoesNothingInTheDefaultMode) {
   start();
   run(0.5);
   session->skip();
@@ -226,7 +227,7 @@ TEST_F(ShowSessionTest, SkippingInForcedModeDoesNothing) {
   EXPECT_THAT(out.str(), testing::HasSubstr("   2.500 s  event recorded: launch_end\n"));
 }
 
-// Failures and unusual windows
+// Failures and special cases
 
 class ShowSessionDurationTest : public ShowSessionTest,
                                 public testing::WithParamInterface<std::string> {};
@@ -301,7 +302,7 @@ TEST_F(ShowSessionTest, LostDisplayDoesNotHideAnEarlierFailure) {
   EXPECT_EQ(session->outcome()->failure, outcome.failure);
 }
 
-TEST_F(ShowSessionTest, PlayerWindowThatNeverBecomesKeyIsCoveredAfterASecond) {
+TEST_F(ShowSessionTest, PlayerWindowIsCoveredAfterASecondIfItDoesNotBecomeKey) {
   platform.windowSystem().setIgnoresFocusRequests(true);
   start();
   run(0.95);
@@ -310,7 +311,7 @@ TEST_F(ShowSessionTest, PlayerWindowThatNeverBecomesKeyIsCoveredAfterASecond) {
   EXPECT_THAT(out.str(), testing::HasSubstr("covered\n"));
 }
 
-TEST_F(ShowSessionTest, PlayerWindowThatClosesBeforeItIsKeyIsReported) {
+TEST_F(ShowSessionTest, RunFailsIfThePlayerWindowClosesBeforeItBecomesKey) {
   platform.windowSystem().setIgnoresFocusRequests(true);
   start();
   session->playerWindow()->close();
@@ -328,7 +329,7 @@ TEST_F(ShowSessionTest, CoverIsReportedOnlyWhenItIsOnTheScreen) {
   EXPECT_THAT(out.str(), testing::EndsWith("   3.000 s  uncovered\n"));
 }
 
-TEST_F(ShowSessionTest, CoverThatIsNeverOnTheScreenIsAFailure) {
+TEST_F(ShowSessionTest, RunFailsIfTheCoverIsNeverOnTheScreen) {
   platform.windowSystem().setHidesScenes(true);
   start();
   const ShowOutcome outcome = runToEnd();
@@ -338,8 +339,8 @@ TEST_F(ShowSessionTest, CoverThatIsNeverOnTheScreenIsAFailure) {
   EXPECT_THAT(out.str(), testing::Not(testing::HasSubstr("covered")));
 }
 
-TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
-  options.window = 77;
+TEST_F(ShowSessionTest, RunFailsIfItCannotCoverAWindowOfAnotherProgram) {
+  options.window = 77;  // the ID of a window of another program
   start();
   const ShowOutcome outcome = runToEnd();
   EXPECT_EQ(outcome.status, kExitFailure);
@@ -348,7 +349,7 @@ TEST_F(ShowSessionTest, WindowThatCannotBeAdoptedIsReported) {
   session->shutDown();  // must not fail without a player window
 }
 
-TEST_F(ShowSessionTest, FailedScreenshotEndsTheRunAtHalfOfTheDuration) {
+TEST_F(ShowSessionTest, RunEndsIfTheScreenshotAtHalfOfTheDurationFails) {
   options.screenshotPath = "/nonexistent/picture.png";
   start();
   const ShowOutcome outcome = runToEnd();
@@ -367,7 +368,7 @@ TEST_F(ShowSessionTest, SkipBeforeTheScreenshotIsReported) {
   EXPECT_EQ(runToEnd().failure, "no screenshot: the launch screen ended before half of its time");
 }
 
-TEST_F(ShowSessionTest, ControlsThatTheWindowManagerKeepsAreReported) {
+TEST_F(ShowSessionTest, ReportsTheControlsThatTheWindowManagerKeeps) {
   start();
   const WindowHandle window = session->playerWindow()->handle();
   platform.windowSystem().windowManagerKeepsControls(
@@ -379,7 +380,7 @@ TEST_F(ShowSessionTest, ControlsThatTheWindowManagerKeepsAreReported) {
                              "   0.000 s  controls kept by the window manager: none\n"));
 }
 
-TEST_F(ShowSessionTest, ControlsThatTheWindowManagerKeepsAreNotReportedAfterTheEnd) {
+TEST_F(ShowSessionTest, DoesNotReportKeptControlsAfterTheEnd) {
   start();
   runToEnd();
   platform.windowSystem().windowManagerKeepsControls(session->playerWindow()->handle(),
@@ -439,7 +440,7 @@ TEST_F(ShowSessionTest, PlayerWindowIsKeyAndHasTheClassThatTheLibraryExpects) {
   EXPECT_EQ(player().description.frame.size, (CGSize{640, 480}));
 }
 
-TEST_F(ShowSessionTest, PlayerWindowHasAContentControllerOnlyWithTheOption) {
+TEST_F(ShowSessionTest, PlayerWindowHasAContentControllerOnlyIfRequested) {
   start();
   EXPECT_EQ(session->playerWindow()->contentViewController(), nullptr);
   session = nullptr;
@@ -453,20 +454,20 @@ TEST_F(ShowSessionTest, IndicatorSpinsInTheMiddleOfTheCover) {
   options.size = {800, 600};
   start();
   ASSERT_EQ(player().scene.size(), kPlayerItems + 2);  // the white fill and the indicator
-  const SceneItem& spinner = player().scene.back();
-  EXPECT_EQ(spinner.kind, SceneItem::Kind::Spinner);
-  EXPECT_TRUE(spinner.isAnimated);
-  EXPECT_EQ(spinner.frame, CGRectMake(384, 284, 32, 32));
+  const SceneItem& indicator = player().scene.back();
+  EXPECT_EQ(indicator.kind, SceneItem::Kind::Spinner);
+  EXPECT_TRUE(indicator.isAnimated);
+  EXPECT_EQ(indicator.frame, CGRectMake(384, 284, 32, 32));
 }
 
-TEST_F(ShowSessionTest, WithoutTheOptionThereIsNoIndicator) {
+TEST_F(ShowSessionTest, CoverIsWhiteWithoutIndicatorByDefault) {
   start();
   ASSERT_EQ(player().scene.size(), kPlayerItems + 1);
   EXPECT_EQ(player().scene.back().kind, SceneItem::Kind::Fill);
   EXPECT_EQ(player().scene.back().color, (CGColor{1, 1, 1, 1}));
 }
 
-TEST_F(ShowSessionTest, PlayerSquareMovesDuringAndAfterTheCover) {
+TEST_F(ShowSessionTest, SquareMovesWhileThePlayerIsCoveredAndAfterwards) {
   options.hasContentController = true;
   start();
   const CGRect firstFrame = squareFrame();
@@ -479,7 +480,7 @@ TEST_F(ShowSessionTest, PlayerSquareMovesDuringAndAfterTheCover) {
   EXPECT_NE(squareFrame(), frameAfterCover);
 }
 
-TEST_F(ShowSessionTest, PlayerSquareMovesBesideAModalWindow) {
+TEST_F(ShowSessionTest, SquareMovesWhileAModalWindowIsOpen) {
   options.presentation = "modal";
   start();
   const CGRect firstFrame = squareFrame();

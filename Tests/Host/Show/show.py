@@ -1,6 +1,6 @@
 """Runs `launchscreen show` for its tests.
 
-`settings` are keyword arguments of `subprocess`. By default, the standard input is /dev/null.
+The parameter `settings` holds keyword arguments for `subprocess`. By default, the standard input is /dev/null.
 """
 
 import contextlib
@@ -19,7 +19,7 @@ def show(*arguments, **settings):
 
 
 def reports(output):
-    """Returns the reports without their times. Fails if the times are not in order."""
+    """Returns the text of each report in `output`. Fails if the times are not in order."""
     lines = [REPORT.fullmatch(line) for line in output.splitlines()]
     assert all(lines), output
     times = [float(line[1]) for line in lines]

@@ -1,5 +1,5 @@
-// Tests the lines of a trace. A line with an inspection describes the state of the library and of
-// the platform.
+// Tests the trace: the lines that `launchscreen play` prints. An inspection is a line that
+// describes the state of the library and of the platform.
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -110,7 +110,8 @@ TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
       play(R"({"do":"request","parameters":{"event":"e","max_duration_time":0.05}},)"
            R"({"do":"contentView"},{"do":"present","window":"player","mode":2})",
            1);
-  // In the last tick, the dismissal sets the time left to 0. Then the tick subtracts 0.1 s.
+  // The only tick dismisses the launch screen, which sets the time left to 0. The tick then
+  // subtracts 0.1 s.
   EXPECT_THAT(
       std::vector(trace.begin(), trace.end() - 1),
       ElementsAre(
@@ -136,12 +137,14 @@ TEST(PlayTraceTest, LinesOfARunInAModalWindowAreInOrder) {
           R"({"t":0.100000000,"tick":-0.1})", R"({"t":0.600000000,"event":"e"})"));
 }
 
-TEST(PlayTraceTest, LogLineOfAPresentationHasTheModeAsAnUnsignedNumber) {
+TEST(PlayTraceTest, PresentationIsLoggedWithItsModeAsAnUnsignedNumber) {
   EXPECT_THAT(linesOfKind(play(R"({"do":"present","window":null,"mode":-1})"), "log"),
               ElementsAre(testing::EndsWith(R"(mode: 4294967295"})")));
 }
 
-TEST(PlayTraceTest, OnlyAConformingResolverDelegateReceivesTheState) {
+// A conforming delegate adopts the protocol ContentResolverDelegate. An undeclared delegate has the
+// operation of the protocol but does not adopt the protocol.
+TEST(PlayTraceTest, StateLineRequiresAConformingResolverDelegate) {
   const auto stateLines = [](const char* resolverDelegate) {
     return linesOfKind(play(R"({"do":"request","parameters":{"event":"e","max_duration_time":-1}})",
                             0, std::string(R"({"resolverDelegate":)") + resolverDelegate + "}"),
@@ -154,14 +157,14 @@ TEST(PlayTraceTest, OnlyAConformingResolverDelegateReceivesTheState) {
 
 TEST(PlayTraceTest, AssigningAnUnchangedStyleMaskAddsALine) {
   const Lines trace = play(kCoverSteps, 0, R"({"windows":[{"name":"player","styleMask":1}]})");
-  // The library assigns the style once for each of the three controls, even if the window has none
-  // of them.
+  // The library assigns the style mask once for each of the three controls close, miniaturise and
+  // resize. This window has no controls.
   constexpr auto kAssignmentLine = R"("styleMask":1,"window":"player"})";
   EXPECT_THAT(linesOfKind(trace, "styleMask"),
               ElementsAre(kAssignmentLine, kAssignmentLine, kAssignmentLine));
 }
 
-TEST(PlayTraceTest, OnlyWindowsOfPresentationsHaveOpenAndCloseLines) {
+TEST(PlayTraceTest, OpeningOrClosingAWindowOfTheHostAddsNoWindowLine) {
   EXPECT_THAT(
       linesOfKind(play(R"({"do":"openWindow","name":"b"},{"do":"closeWindow","window":"b"})"),
                   "window"),
@@ -174,7 +177,7 @@ TEST(PlayTraceTest, TickLineHasTheTimeLeftAfterTheTick) {
               ElementsAre(R"("tick":4.9})", R"("tick":4.800000000000001})"));
 }
 
-TEST(PlayTraceTest, TwoPlaysHaveTheSameTrace) {
+TEST(PlayTraceTest, SameStepsGiveTheSameTrace) {
   const std::string steps =
       coverThen(R"({"at":1,"do":"dismiss","by":"manager","thread":"background"},)"
                 R"({"at":2,"do":"resignKey"},{"at":3,"do":"makeKey","window":"player"})");
@@ -214,7 +217,7 @@ TEST(PlayInspectionTest, InitialStateHasNoControllerAndNoRequest) {
             R"("orderedWindows":["player"],"modalWindow":null,"styleMasks":{"player":15}}}})");
 }
 
-TEST(PlayInspectionTest, ContainsAControllerWithoutDelegatesAndWithoutSavedStyle) {
+TEST(PlayInspectionTest, ControllerOfTheHostHasNoDelegatesAndNoSavedStyle) {
   const json controller = lastInspection(
       play(R"({"do":"configure","expirationTimeInterval":1,"viewController":true},)"
            R"({"do":"request","parameters":{"event":"e","max_duration_time":1}})"))["controller"];
