@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests that each option is in the help, the manual, the completion and a test."""
+"""Tests that each option of `launchscreen` is in the help, the manual, the completion and a test."""
 
 import re
 import subprocess
@@ -15,7 +15,7 @@ OPTION = re.compile(r"--[a-z][a-z0-9-]*")
 
 
 def help_entries(*command):
-    """Returns the help of each option and command, including the indented lines that follow."""
+    """Returns the entry of each option and command in the help. An entry includes its indented lines."""
     text = run(*command, "--help").stdout
     return re.findall(r"^  (\S.*(?:\n {3,}\S.*)*)", text, re.MULTILINE)
 
@@ -36,7 +36,7 @@ def help_options(*command):
 
 
 def manual_sections():
-    """Maps the name of each section and subsection to its text. Each command has a subsection of its name."""
+    """Maps the name of each section and subsection to its text. A subsection about a command has the command's name."""
     text = MANUAL.read_text(encoding="utf-8").replace("\\-", "-")
     parts = re.split(r"^\.S[HS] (.*)\n", text, flags=re.MULTILINE)
     return dict(zip(parts[1::2], parts[2::2]))
@@ -47,7 +47,10 @@ def manual_options(section):
 
 
 def completions(*words):
-    """Returns the completions that bash offers for the last word."""
+    """Returns the completions that bash offers for the last word.
+
+    Bash splits `--mode=skip` into three words: `--mode`, `=` and `skip`.
+    """
     script = (
         f'source "{COMPLETION}"; COMP_WORDS=(launchscreen "$@"); COMP_CWORD=$#; _launchscreen;'
         ' printf "%s\\n" "${COMPREPLY[@]}"'
@@ -60,7 +63,8 @@ def completions(*words):
 
 class Options(unittest.TestCase):
     def test_the_help_is_parsed(self):
-        # The other tests loop over the commands and options that are found in the help.
+        # Other tests check each command and option that is found in the help. If none were found, these
+        # tests would check nothing.
         self.assertIn("show", commands())
         self.assertIn("--duration", help_options("show"))
         self.assertEqual(help_options("show")["--mode"], {"forced", "skip"})

@@ -10,7 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # with a sanitizer.
 TIMEOUT = 120
 
-# Without these variables, the program does not open windows on the developer's display.
+# Omits the display variables, so that the program does not open windows on the developer's display.
 _environment = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
 
 
@@ -33,5 +33,6 @@ def start(*arguments, **settings):
     settings.setdefault("stdin", subprocess.DEVNULL)
     settings.setdefault("stdout", subprocess.PIPE)
     settings.setdefault("stderr", subprocess.PIPE)
-    # Without a buffer, because `communicate` does not return data that `readline` has read ahead.
+    # `bufsize=0` turns off the buffer. With a buffer, `readline` would read ahead, and `communicate` would
+    # not return that data.
     return subprocess.Popen([PROGRAM, *arguments], bufsize=0, env=_environment, **settings)

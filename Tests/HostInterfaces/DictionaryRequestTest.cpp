@@ -6,13 +6,13 @@
 namespace vel::test {
 namespace {
 
-TEST(DictionaryRequestTest, ReturnsTheDictionaryFromWhichItWasMade) {
+TEST(DictionaryRequestTest, HasTheGivenDictionaryAsParameters) {
   const auto parameters = NSDictionary::dictionary();
   EXPECT_EQ(DictionaryRequest::requestWithParameters(parameters)->parameters(), parameters);
   EXPECT_EQ(DictionaryRequest::requestWithParameters(nullptr)->parameters(), nullptr);
 }
 
-TEST(DictionaryRequestTest, RequestWithEntriesMakesADictionaryOfTheEntries) {
+TEST(DictionaryRequestTest, MakesItsParametersFromTheGivenEntries) {
   const auto request = DictionaryRequest::requestWithEntries(
       {{"event", NSString::stringWithUTF8String("launch_end")},
        {"max_duration_time", NSNumber::numberWithDouble(2.5)}});

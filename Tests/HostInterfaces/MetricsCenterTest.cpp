@@ -25,18 +25,18 @@ class MetricsCenterTest : public testing::Test {
   std::vector<std::string> events;
 };
 
-TEST_F(MetricsCenterTest, WithASinkPassesEventsToTheSinkAndLogsNothing) {
+TEST_F(MetricsCenterTest, PassesEventsToTheSinkInsteadOfTheLog) {
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   EXPECT_EQ(events, std::vector<std::string>{"launch_end"});
   EXPECT_TRUE(logLines.empty());
 }
 
-TEST_F(MetricsCenterTest, PassesANullEventToTheSinkAsAnEmptyName) {
+TEST_F(MetricsCenterTest, PassesANullEventToTheSinkAsAnEmptyString) {
   MetricsCenter::logEvent(nullptr);
   EXPECT_EQ(events, std::vector<std::string>{""});
 }
 
-TEST_F(MetricsCenterTest, WithoutASinkLogsEachEvent) {
+TEST_F(MetricsCenterTest, LogsEachEventIfThereIsNoSink) {
   MetricsCenter::setSink(nullptr);
   MetricsCenter::logEvent(NSString::stringWithUTF8String("launch_end"));
   MetricsCenter::logEvent(nullptr);

@@ -1,9 +1,9 @@
-// A host (a program whose window `launchscreen` covers) with one bad habit.
+// A host is a program whose window `launchscreen` covers. This host has one bad habit.
 //
 // usage: hosts-badhost HABIT [WIDTH HEIGHT]
 //
-// Draws a moving pattern without white. Prints the id of each window that it opens. When the user
-// closes the window, the host prints "close" and ends.
+// Draws a moving pattern. The pattern contains no white, because the cover is white. Prints the id
+// of each window that it opens. When the user closes the window, the host prints "close" and ends.
 //
 // These habits act on SIGUSR1:
 // - "resize" asks for a larger size, and on the next SIGUSR1 for the original size.
@@ -46,8 +46,8 @@ constexpr std::uint32_t kBlue = 0xFF204080;
 constexpr std::uint32_t kTranslucentGreen = 0x80104020;  // premultiplied
 constexpr std::uint32_t kTranslucentBlue = 0x80102040;
 constexpr std::uint32_t kRed = 0xFF802020;
-constexpr std::uint16_t kWidth = 640;
-constexpr std::uint16_t kHeight = 480;
+constexpr std::uint16_t kDefaultWidth = 640;
+constexpr std::uint16_t kDefaultHeight = 480;
 constexpr std::int16_t kLeft = 100;
 constexpr std::int16_t kTop = 80;
 constexpr std::uint16_t kStripe = 16;
@@ -214,7 +214,7 @@ class BadHost {
     const xcb_atom_t deleteWindow = atom("WM_DELETE_WINDOW");
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atom("WM_PROTOCOLS"),
                         XCB_ATOM_ATOM, 32, 1, &deleteWindow);
-    // The position and size that the program chose, and north-west gravity.
+    // The flags PPosition, PSize and PWinGravity, and their values.
     const std::array<std::uint32_t, 18> sizeHints{(1U << 2U) | (1U << 3U) | (1U << 9U),
                                                   kLeft,
                                                   kTop,
@@ -331,9 +331,10 @@ int main(int argc, char** argv) {
     return 1;
   }
   const bool hasSize = argc == 4;
-  BadHost host(connection, argv[1],
-               static_cast<std::uint16_t>(hasSize ? std::strtol(argv[2], nullptr, 10) : kWidth),
-               static_cast<std::uint16_t>(hasSize ? std::strtol(argv[3], nullptr, 10) : kHeight));
+  BadHost host(
+      connection, argv[1],
+      static_cast<std::uint16_t>(hasSize ? std::strtol(argv[2], nullptr, 10) : kDefaultWidth),
+      static_cast<std::uint16_t>(hasSize ? std::strtol(argv[3], nullptr, 10) : kDefaultHeight));
   const int frameTime = host.raisesChildren() ? 1 : 16;  // milliseconds
   pollfd input{signalDescriptor, POLLIN, 0};
   while (host.handleEvents()) {

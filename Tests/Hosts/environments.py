@@ -1,4 +1,7 @@
-"""The environments in which trial.py covers the window of a host, and the X server of each trial."""
+"""The environments of the trials, and the X server of each trial.
+
+A trial covers the window of a program in one environment (trial.py).
+"""
 
 import os
 import shutil
@@ -8,7 +11,7 @@ import tempfile
 import time
 from pathlib import Path
 
-# The usual time limit in seconds. It is long enough for a busy machine.
+# The usual time limit for waiting, in seconds. It is long enough for a busy machine.
 PATIENCE = 40
 SCREEN = (1280, 960)
 
@@ -31,13 +34,15 @@ class Environment:
     `commands` start the window manager and the compositor. Each trial has a home folder of its own, and
     `{home}` in a command stands for this folder. `files` maps the name of each settings file in the home
     folder to the content of the file. `needs_bus` is true if the window manager or the compositor needs
-    a session bus of D-Bus.
+    a D-Bus session bus.
 
-    `buttons` maps the name of each button of the frame to an offset: the position of the button's
-    centre relative to the top right corner of the area inside the frame. The map is empty if the window
-    manager draws no buttons. `can_resize` is true if the user can resize a window by the bottom right
-    corner of the frame. `publishes_actions_only_when_mapped` is true if the window manager writes
-    _NET_WM_ALLOWED_ACTIONS only when it maps a window.
+    A window manager may draw a frame with buttons around each window. `buttons` maps the name of each
+    button to an offset: the position of the button's centre relative to the top right corner of the
+    window inside the frame. The map is empty if the window manager draws no buttons. `can_resize` is
+    true if the user can resize a window by the bottom right corner of the frame.
+
+    `publishes_actions_only_when_mapped` is true if the window manager writes _NET_WM_ALLOWED_ACTIONS only
+    when it maps a window.
     """
 
     def __init__(
@@ -155,7 +160,7 @@ class Display:
             file.write_text(text)
 
     def variables(self):
-        """Returns the environment variables of a program on the display."""
+        """Returns the environment variables for a new program on this display."""
         values = {
             name: value
             for name, value in os.environ.items()

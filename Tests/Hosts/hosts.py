@@ -1,4 +1,4 @@
-"""The hosts: programs with a window that a trial covers."""
+"""The hosts. A host is a program whose window a trial covers (trial.py)."""
 
 import os
 import shlex
@@ -19,12 +19,14 @@ class Host:
     contains the names of other programs that must be installed. `variables` contains environment
     variables for the program.
 
-    `changes_window` is true if the program changes its window on SIGUSR1. A second SIGUSR1 undoes the
-    change, unless `recreates_window` or `maps_again` is true. The change happens while the window is
-    covered, or, if `changes_before_cover` is true, before the window is covered. `recreates_window` is
-    true if the change destroys the window and opens another window. `maps_again` is true if the change
-    unmaps the window and maps it again. `draws_on_keys` is true if the program draws only on input. The
-    trial then presses Page Down and Page Up while the window is covered.
+    `changes_window` is true if the program changes its window on SIGUSR1. `recreates_window` is true if
+    the change destroys the window and opens another window. `maps_again` is true if the change unmaps
+    the window and maps it again. A second SIGUSR1 undoes the change if `recreates_window` and `maps_again`
+    are false. `changes_before_cover` is true if the change happens before the trial covers the window. If
+    it is false, the change happens while the window is covered.
+
+    `draws_on_keys` is true if the program draws only on input. The trial then presses Page Down and
+    Page Up while the window is covered.
 
     `prepare` is None, or a function that takes the folder of the built programs and returns more
     environment variables. Trials of hosts with `prepare` run one at a time.
@@ -73,7 +75,7 @@ def _bad_host(habit, description, name=None):
 
 
 def _compile_command(name, package, source, compiler):
-    """Returns the command that builds a program with the flags of a package in pkg-config."""
+    """Returns the command that builds a program with the flags that pkg-config prints for `package`."""
     return "%s -O1 -o {bin}/hosts-%s {sources}/%s $(pkg-config --cflags --libs %s)" % (
         compiler,
         name,

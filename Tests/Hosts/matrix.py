@@ -4,12 +4,15 @@
 usage: matrix.py --launchscreen PROGRAM --programs FOLDER [--output TABLE] [--jobs N]
                  [--hosts NAME,...] [--environments NAME,...] [--endings ENDING,...] [--update]
 
-FOLDER must contain hosts-sampler and hosts-badhost. The script builds the other programs of the hosts
-in FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
-JSON file. The name of the JSON file is TABLE with the suffix .json instead of the suffix of TABLE. With
---update, the script reads the earlier results in the JSON file. Both files then also contain the earlier
-result of each pair of host and environment that this run does not include. Exits with 1 if a result in
-the table is a fault or "not run".
+A host is a program with a window (hosts.py). An environment is a window manager and possibly a compositor
+(environments.py). A trial uses `launchscreen` to cover the window of one host in one environment
+(trial.py). ENDING is what ends the cover: time, skip, SIGTERM or SIGINT.
+
+FOLDER must contain hosts-sampler and hosts-badhost. The script writes the other programs that it builds
+to FOLDER. The script writes the table to TABLE (by default build/hosts.md). It writes all details to a
+JSON file with the name of TABLE and the suffix .json. With --update, both files keep the earlier result
+of each pair of host and environment that this run does not include. Exits with 1 if a result in the
+table is a fault or "not run".
 """
 
 import argparse
@@ -25,7 +28,7 @@ from environments import ENVIRONMENTS
 from hosts import HOSTS, build
 
 HERE = Path(__file__).resolve().parent
-# What ends a cover. trial.py describes each value.
+# The default of --endings. trial.py describes each value.
 ENDINGS = ["time", "skip", "SIGTERM", "SIGINT"]
 
 
@@ -64,14 +67,14 @@ def verdict(result):
 
 
 def describe_buttons(result):
-    buttons_before, buttons_after = result.get("buttons"), result.get("buttons after")
-    if buttons_before is None:
+    working_before, working_after = result.get("buttons"), result.get("buttons after")
+    if working_before is None:
         return ""
     close_works = result.get("closes")
-    if buttons_before:
+    if working_before:
         parts = [
-            name if buttons_after is None or name in buttons_after else name + " (lost)"
-            for name in buttons_before
+            name if working_after is None or name in working_after else name + " (lost)"
+            for name in working_before
         ]
     else:
         parts = ["none works"] if result.get("has buttons") else ["no frame"]
@@ -168,7 +171,7 @@ def main():
     def run_pair(indices):
         host_index, environment_index = indices
         host, environment = hosts[host_index], environments[environment_index]
-        # The endings take turns, so that all environments together test each host with each ending.
+        # With all environments, the trials of each host include each ending.
         ending = endings[(HOSTS.index(host) + ENVIRONMENTS.index(environment)) % len(endings)]
         reason = (
             build_failures[host.name]

@@ -1,9 +1,11 @@
-// An SDL 2 game. On SIGUSR1, the game resizes its window, maximises it or makes it fullscreen. On
-// the next SIGUSR1, the game undoes the change. "fullscreen" asks for a screen resolution of the
-// window's size, and "desktop" keeps the current resolution. The user cannot resize a "fixed"
-// window.
+// An SDL 2 game.
 //
 // usage: hosts-sdl2 [resize|fullscreen|desktop|maximise [resizable|fixed]]
+//
+// The first argument names the change that the game makes to its window on SIGUSR1. On the next
+// SIGUSR1, the game undoes the change. "fullscreen" and "desktop" both make the window fullscreen:
+// "fullscreen" asks for a screen resolution of the window's size, and "desktop" keeps the current
+// resolution. If the second argument is "fixed", the user cannot resize the window.
 #include <SDL.h>
 #include <signal.h>
 #include <string.h>
