@@ -1,11 +1,10 @@
-// Reads the colours on the screen at nine points of the visible part of a window, frame by frame.
-// The program ends when its standard input ends.
+// Reads the colours on the screen at nine points of the visible part of a window, again and again.
+// The program ends when its standard input ends or contains data.
 //
 // usage: hosts-sampler WINDOW BACKDROP [MICROSECONDS]
 //
-// BACKDROP is the colour of the screen behind the window. MICROSECONDS is the pause between two
-// frames. The points are numbered row by row from the top left. The first point is bit 0 of a mask.
-// Each output line describes one frame:
+// BACKDROP is the colour of the screen behind the window: RRGGBB in hexadecimal. MICROSECONDS is
+// the pause between two samples. Each output line describes one sample:
 //
 // - the time of CLOCK_MONOTONIC in nanoseconds
 // - the window's state: V viewable, U not viewable, D destroyed
@@ -13,6 +12,8 @@
 // - a mask of the points that have the colour BACKDROP
 // - the colour of the first point that is not white
 // - the window's position and size on the screen
+//
+// A mask has one bit for each point. Bit 0 is the top left point. The points follow row by row.
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -88,11 +89,12 @@ class Sampler {
         shadowExtentsAtom_(atom("_GTK_FRAME_EXTENTS")),
         frameExtentsAtom_(atom("_NET_FRAME_EXTENTS")) {}
 
-  /// Prints one frame. The server grab guarantees that the colours belong to the printed position.
+  /// Prints one sample. The server grab guarantees that the window does not move between the
+  /// reading of its position and the reading of the colours.
   void sample() {
     xcb_grab_server(connection_);
     bool isAreaCurrent = sampleAt(visibleArea_);
-    // If the window has moved since the last frame, the call above has updated `visibleArea_`.
+    // If the window has moved since the last sample, the call above has updated `visibleArea_`.
     for (int tries = 0; !isAreaCurrent && tries < 3; ++tries) {
       isAreaCurrent = sampleAt(visibleArea_);
     }
@@ -139,8 +141,8 @@ class Sampler {
     }
   }
 
-  /// Returns the part of `area` that the screen shows: without the shadow that the window's owner
-  /// draws, and clipped by the window's ancestors.
+  /// Removes from the window's area the shadow that the window's owner draws, and the parts outside
+  /// the screen or outside an ancestor of the window.
   Rect clip(Rect area) {
     area = shrink(area, shadowExtents_);
     area = intersect(area, {0, 0, screen_->width_in_pixels, screen_->height_in_pixels});
@@ -181,8 +183,8 @@ class Sampler {
     return extents;
   }
 
-  /// Reads the points of `sampledArea`, and updates all members that describe the window. Returns
-  /// false if the window exists and `sampledArea` is not its current visible area.
+  /// Reads the points of `sampledArea` and the state of the window into the members. Returns true
+  /// if `sampledArea` is the window's current visible area, or if the window does not exist.
   bool sampleAt(Rect sampledArea) {
     const auto attributes = xcb_get_window_attributes(connection_, window_);
     const auto geometry = xcb_get_geometry(connection_, window_);

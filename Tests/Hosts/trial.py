@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
-"""Covers one host in one environment, and prints the result as JSON.
+"""Covers the window of one host with a white launch screen, and prints the result as JSON.
 
 usage: trial.py HOST ENVIRONMENT ENDING LAUNCHSCREEN PROGRAMS
 
-HOST is a name in hosts.py, and ENVIRONMENT a name in environments.py. ENDING is what ends the cover:
-"time" (the countdown), "skip" (an input line in skip mode), "SIGTERM" or "SIGINT". LAUNCHSCREEN is the
-program `launchscreen`. PROGRAMS is the folder with hosts-sampler and the hosts' programs. The trial ends
-all processes that it has started. Exits with 1 if the trial shows a fault or does not run.
+HOST is the name of a host in hosts.py: a program with a window. ENVIRONMENT is a name in environments.py:
+a window manager and a compositor, only a window manager, or neither. The launch screen that covers the
+window is called the cover. ENDING is what ends the cover: "time" (the countdown), "skip" (an input line in
+skip mode), "SIGTERM" or "SIGINT". LAUNCHSCREEN is the program `launchscreen`. PROGRAMS is the folder with
+hosts-sampler and the hosts' programs. The trial ends all processes that it has started. Exits with 1 if the
+trial finds a fault or fails.
 """
 
 import contextlib
@@ -60,7 +62,7 @@ def descendants():
 
 
 def end_descendants():
-    """Ends all descendants. Orphaned descendants stay reachable, because this process is a subreaper."""
+    """Ends all descendants. This process is a subreaper: it becomes the parent of orphaned descendants."""
     for _ in range(50):
         process_ids = descendants()
         if not process_ids:
@@ -105,7 +107,7 @@ class Frame:
     """One output line of the sampler. sampler.cpp describes the fields.
 
     `state` is V (viewable), U (not viewable) or D (destroyed). `non_white_points` and `backdrop_points` are
-    masks with one bit for each point."""
+    masks with one bit for each of the nine points that the sampler reads."""
 
     def __init__(self, line):
         fields = line.split()
@@ -187,18 +189,21 @@ class Trial:
         the centre."""
         x, y, width, height = self.client.rect(self.window)
         extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
-        left, right, top, bottom = extents[2] if extents else (0, 0, 0, 0)
-        x, y, width, height = x + left, y + top, width - left - right, height - top - bottom
+        # The shadow that the host draws is a part of its window.
+        shadow_left, shadow_right, shadow_top, shadow_bottom = extents[2] if extents else (0, 0, 0, 0)
+        x, y = x + shadow_left, y + shadow_top
+        width, height = width - shadow_left - shadow_right, height - shadow_top - shadow_bottom
         right, bottom = min(x + width, SCREEN[0]) - 1, min(y + height, SCREEN[1]) - 1
         x, y = max(x, 0), max(y, 0)
         return [(px, py) for px in (x, (x + right) // 2, right) for py in (y, (y + bottom) // 2, bottom)]
 
     def is_drawn(self):
-        """True if a point is neither white nor black. An empty screen is black."""
+        """True if at least one point is neither white nor black. An empty screen is black."""
         return any(self.client.pixel(*point) not in (0, 0xFFFFFF) for point in self.points())
 
     def has_drawn_window(self):
-        """True if the host has drawn its window."""
+        """True if the host has drawn its window. If the host has replaced its window, finds the new window and
+        returns False."""
         # SDL can replace a new window when it creates a renderer.
         if not self.client.exists(self.window):
             self.window = self.find_window() or self.window
@@ -206,7 +211,9 @@ class Trial:
         return self.is_drawn()
 
     def wait_until_settled(self, pause=0.3):
-        """Waits until the window has not moved or resized for `pause` seconds. Returns its position and size."""
+        """Waits until the window has not moved or resized for `pause` seconds, at most 10 seconds.
+
+        Returns the position and size of the window."""
         last_change = [None, 0.0]  # the rectangle, and the time at which it was first read
 
         def is_settled():
@@ -219,7 +226,7 @@ class Trial:
         return last_change[0]
 
     def wait_for_stable_hints(self):
-        """Waits until the host no longer changes the hints. Returns the hints."""
+        """Waits until the hints have not changed for 0.4 seconds, at most 10 seconds. Returns the hints."""
         last_change = [None, 0.0]  # the hints, and the time at which they were first read
 
         def is_settled():
@@ -237,7 +244,9 @@ class Trial:
         return self.client.rect(self.window)
 
     def button_position(self, name):
-        """Returns the screen position of a window button that the host or the window manager draws, or None."""
+        """Returns the position of a window button on the screen, or None if the button does not exist.
+
+        The host draws the buttons itself, or the window manager draws them."""
         x, y, width, _ = self.rect()
         if self.host.buttons is not None:
             extents = self.client.property(self.window, "_GTK_FRAME_EXTENTS")
@@ -259,8 +268,8 @@ class Trial:
         self.client.move_pointer(SCREEN[0] - 1, SCREEN[1] - 1)
 
     def use_controls(self, patience):
-        """Uses all controls except close, and waits up to `patience` seconds for the effect of each. Returns
-        the names of the controls that work."""
+        """Minimises, maximises and resizes the window with the mouse, and waits up to `patience` seconds for
+        the effect of each action. Returns the names of the actions that work."""
         if not self.environment.buttons:
             return []
         working_controls = []
@@ -278,7 +287,7 @@ class Trial:
             if wait_until(lambda: self.rect() != original, patience):
                 working_controls.append("maximise")
                 self.wait_until_settled()
-                # The value 1 adds the states, and 0 removes them. The last value means that a pager asks.
+                # The value 1 adds the states, and 0 removes them. The last value, 2, stands for a pager.
                 self.client.message(
                     self.window,
                     "_NET_WM_STATE",
@@ -300,7 +309,9 @@ class Trial:
         return working_controls
 
     def drag_corner(self, right, down):
-        """Drags the frame's bottom right corner. Returns False if the corner is not on the screen."""
+        """Drags the bottom right corner of the window manager's frame by `right` and `down` pixels.
+
+        Returns False if the corner is not on the screen."""
         x, y, width, height = self.rect()
         extents = self.client.property(self.window, "_NET_FRAME_EXTENTS")
         borders = (extents[2][1], extents[2][3]) if extents else (0, 0)
@@ -311,16 +322,14 @@ class Trial:
         return True
 
     def close_by_button(self):
-        """Clicks the close button. Returns whether the window closes, or None if the trial cannot check it.
-
-        If no close button is on the screen, the trial cannot check the window, except under i3. i3 draws no
-        buttons, so the trial sends a pager's request to close the window. The trial does not close a host
-        without WM_DELETE_WINDOW, because icewm asks the user whether to kill such a host."""
+        """Clicks the close button. Returns whether the window closes, or None if the trial cannot check it."""
+        # icewm asks the user whether to kill a host without WM_DELETE_WINDOW.
         if "WM_DELETE_WINDOW" not in self.client.atoms(self.window, "WM_PROTOCOLS"):
             return None
         if not self.click("close"):
             if self.environment.name != "i3":
                 return None
+            # i3 draws no buttons. The trial sends the message with which a pager closes a window.
             self.client.message(self.window, "_NET_CLOSE_WINDOW", [0, 2])
 
         def is_closed():
@@ -329,7 +338,7 @@ class Trial:
         return bool(wait_until(is_closed, 8))
 
     def closes_without_cover(self):
-        """Opens the host again, and returns whether its close button works without a cover."""
+        """Restarts the host, and returns whether its close button works without a cover."""
         end(self.process)
         wait_until(lambda: not self.client.exists(self.window))
         self.open_host()
@@ -355,7 +364,8 @@ class Trial:
         return {name: self.client.property(self.window, name) for name in HINTS}
 
     def toggle_change(self):
-        """Makes the host change its window. The next call undoes the change, if the host can undo it."""
+        """Makes the host change its window: for example, its size. The next call undoes the change, if the host
+        can undo it."""
         self.process.send_signal(signal.SIGUSR1)
 
     def change_without_cover(self):
@@ -447,7 +457,7 @@ class Trial:
     def cover(self, show, output, before, changed_rect):
         """Waits for the cover, ends it, and then checks the sampled frames and the window.
 
-        `show` is the process of `launchscreen show`, and `output` contains its lines. `before` describes
+        `show` is the process of `launchscreen show`, and `output` contains its output lines. `before` describes
         the window before the cover. `changed_rect` is the position and size that the host's change gives
         the window, or None if the trial does not check them."""
         host, client = self.host, self.client
@@ -476,7 +486,7 @@ class Trial:
         if host.changes_window and not host.changes_before_cover and self.is_covering(output):
             change_time = time.monotonic_ns()
             self.toggle_change()
-            # Without a window manager, nothing returns the keyboard focus to a window that was unmapped.
+            # A window loses the keyboard focus when it is unmapped. Only a window manager restores the focus.
             if host.maps_again and not self.environment.has_manager:
                 wait_until(lambda: not client.is_viewable(self.window), 2)
                 wait_until(lambda: client.is_viewable(self.window))
@@ -537,7 +547,8 @@ class Trial:
             self.sampler_output.join()
 
     def check_frames(self, end_time):
-        """Checks that each viewable frame from the first white frame to `end_time` is white."""
+        """Checks that the window is white from the first white frame to `end_time`, whenever it is viewable.
+        Checks that the window does not turn white again after `end_time`."""
         frames = self.frames()
         first_white = next((index for index, frame in enumerate(frames) if frame.is_white), None)
         if first_white is None:
@@ -568,8 +579,8 @@ class Trial:
                 "%d of %d frames not white, first after %d ms"
                 % (len(non_white_frames), len(viewable_frames), (non_white_frames[0].time - start_time) // 1_000_000)
             )
-        # Leaves out frames in which the compositor has not drawn the window yet: they show only white and the
-        # screen behind the window.
+        # If the compositor has not drawn the window yet, each point is white or shows the screen behind the
+        # window. The list does not contain such frames.
         whiteness_after_end = [
             frame.is_white
             for frame in frames
@@ -585,31 +596,30 @@ class Trial:
             self.add_fault("the window is white again after the end")
 
     def undrawn_frames(self, frames):
-        """Returns the frames in which the compositor has not yet drawn a window after the window was
-        mapped, moved or resized. Such a frame shows only white and the screen behind the window."""
-        # `change_time` is the time of the first frame after the last change of the window. Before any
-        # change it is the time of the first frame in `frames`.
-        undrawn, change_time = [], frames[0].time if frames else 0
+        """Returns the frames in which the compositor has not yet drawn a window that was just mapped, moved or
+        resized. In such a frame each point is white or shows the screen behind the window."""
+        # The initial value of `last_change_time` means that the window has not changed yet.
+        undrawn, last_change_time = [], frames[0].time if frames else 0
         for previous, frame in zip(frames, frames[1:]):
-            # A gap of more than 50 ms between viewable frames counts as unmapping and mapping.
+            # After a pause of more than 50 ms between viewable frames, the window counts as mapped again.
             if frame.rect != previous.rect or frame.time - previous.time > 50_000_000:
-                change_time = frame.time
+                last_change_time = frame.time
             if (
                 frame.non_white_points
                 and frame.non_white_points == frame.backdrop_points
-                and frame.time - change_time < 300_000_000
-                and change_time != frames[0].time
+                and frame.time - last_change_time < 300_000_000
+                and last_change_time != frames[0].time
             ):
                 undrawn.append(frame)
         return undrawn
 
     def check_window(self, before, expected_rect):
         def changed_hints():
-            now = self.hints()
-            return [name for name in HINTS if now[name] != before["hints"][name]]
+            hints = self.hints()
+            return [name for name in HINTS if hints[name] != before["hints"][name]]
 
         wait_until(lambda: not changed_hints(), 3)
-        # _NET_WM_STATE also differs if the host has maximised its window or made it fullscreen.
+        # _NET_WM_STATE may differ if the host has maximised its window or made it fullscreen.
         changed = [
             name
             for name in changed_hints()
@@ -617,26 +627,26 @@ class Trial:
         ]
         if changed:
             self.add_fault("hints differ: " + ", ".join(changed))
-            now = self.hints()
-            self.result["hints"] = {name: [before["hints"][name], now[name]] for name in changed}
+            hints = self.hints()
+            self.result["hints"] = {name: [before["hints"][name], hints[name]] for name in changed}
         if not wait_until(lambda: self.rect() == expected_rect, 3):
             self.add_fault("position and size %s, not %s" % (self.rect(), expected_rect))
-        # godot3-runner writes _NET_WM_ALLOWED_ACTIONS itself, but without _NET_WM_ACTION_CLOSE. Checks the
-        # list only if the window manager has written it.
+        # Checks the allowed actions only if the window manager has written them. godot3-runner writes the list
+        # itself, without _NET_WM_ACTION_CLOSE.
         if expected_rect == before["rect"] and "_NET_WM_ACTION_CLOSE" in before["actions"]:
             self.check_actions(before["actions"])
         children = self.client.child_count(self.window)
         if children != before["children"]:
             self.add_fault("%d child windows, not %d" % (children, before["children"]))
 
-    def check_actions(self, before):
+    def check_actions(self, expected_actions):
         def actions():
             return sorted(self.client.atoms(self.window, "_NET_WM_ALLOWED_ACTIONS"))
 
-        if not wait_until(lambda: actions() == before, 3):
-            now = actions()
-            lost = [name for name in before if name not in now]
-            gained = [name for name in now if name not in before]
+        if not wait_until(lambda: actions() == expected_actions, 3):
+            current_actions = actions()
+            lost = [name for name in expected_actions if name not in current_actions]
+            gained = [name for name in current_actions if name not in expected_actions]
             if self.host.maps_again and self.environment.publishes_actions_only_when_mapped and not gained:
                 self.result["note"] = (
                     "the window manager publishes the allowed actions only when it maps a window: "
@@ -647,7 +657,7 @@ class Trial:
 
 
 def main():
-    host, environment, ending, launchscreen, programs = sys.argv[1:]
+    host_name, environment_name, ending, launchscreen, programs = sys.argv[1:]
     ctypes.CDLL(None).prctl(_PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
     def raise_timeout(*_):
@@ -657,8 +667,8 @@ def main():
     signal.signal(signal.SIGTERM, raise_timeout)
     signal.alarm(150)
     trial = Trial(
-        next(candidate for candidate in HOSTS if candidate.name == host),
-        next(candidate for candidate in ENVIRONMENTS if candidate.name == environment),
+        next(candidate for candidate in HOSTS if candidate.name == host_name),
+        next(candidate for candidate in ENVIRONMENTS if candidate.name == environment_name),
         ending,
         str(Path(launchscreen).resolve()),
         str(Path(programs).resolve()),

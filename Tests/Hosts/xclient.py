@@ -11,7 +11,7 @@ from Xlib import X, XK, display, error
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
-ICONIC = 3
+ICONIC = 3  # the value of WM_STATE for a minimised window
 
 
 class Client:
@@ -32,7 +32,7 @@ class Client:
         return self._display.intern_atom(name)
 
     def property(self, window_id, name):
-        """Returns the property as (type, format, values), or None."""
+        """Returns the property as (type, format, values), or None if the window does not have it."""
         try:
             value = self._window(window_id).get_full_property(self.atom(name), X.AnyPropertyType)
         except error.XError:
@@ -53,7 +53,7 @@ class Client:
         return [self._atom_name(atom) for atom in value[2]] if value else []
 
     def manager_runs(self):
-        """True if the root window names a running window manager, as EWMH specifies."""
+        """True if a window manager that supports EWMH runs."""
         manager_window = self.property(self.root.id, "_NET_SUPPORTING_WM_CHECK")
         return bool(manager_window) and self.property(manager_window[2][0], "_NET_SUPPORTING_WM_CHECK") is not None
 
@@ -109,7 +109,8 @@ class Client:
         return (corner.x, corner.y, geometry.width, geometry.height)
 
     def frame(self, window_id):
-        """Returns the top-level window that contains a window: usually the window manager's frame."""
+        """Returns the id of the child of the root window that contains the window: usually the window manager's
+        frame. Returns None if the window does not exist."""
         window = self._window(window_id)
         try:
             while True:
@@ -129,7 +130,7 @@ class Client:
         return value[2][0] if value else None
 
     def pixel(self, x, y):
-        """Returns the colour on the screen, without the alpha."""
+        """Returns the colour at a position on the screen as 0xRRGGBB."""
         image = self.root.get_image(x, y, 1, 1, X.ZPixmap, 0xFFFFFFFF)
         return int.from_bytes(image.data[:3], "little")
 
@@ -171,14 +172,14 @@ class Client:
         self.set_button(False)
 
     def press_key(self, name):
-        """Presses and releases a key for the window with the focus."""
+        """Presses and releases a key. The window with the keyboard focus receives it."""
         code = self._display.keysym_to_keycode(XK.string_to_keysym(name))
         xtest.fake_input(self._display, X.KeyPress, detail=code)
         xtest.fake_input(self._display, X.KeyRelease, detail=code)
         self._display.sync()
 
     def drag(self, start, end):
-        """Drags with the first button in small steps."""
+        """Presses the first mouse button, moves the pointer to `end` in small steps and releases the button."""
         self.move_pointer(*start)
         time.sleep(0.05)
         self.set_button(True)
