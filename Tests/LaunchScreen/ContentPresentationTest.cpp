@@ -1,6 +1,7 @@
-// The content as the host sees it: presentation, dismissal and callbacks. `cover` is the launch
-// screen's controller. The fixture records events as lines. The line "style 15" means that the
-// window gets a title and all controls again.
+// The host presents and dismisses the launch screen through a `LaunchScreenContent` ("the
+// content"). The content forwards the calls of the launch screen's controller to the host delegate.
+// `cover` is a launch screen's controller. The fixture records events as lines. The line "style 15"
+// means that the window gets a title and all controls again.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -65,6 +66,7 @@ TEST_F(ContentPresentationTest, TheContentImplementsAllOperationsOfAControllerDe
 TEST_F(ContentPresentationTest, HostModes1And2AreSwappedAndUnknownHostModesMeanSheet) {
   constexpr auto kMaximum = std::numeric_limits<std::int32_t>::max();
   constexpr auto kMinimum = std::numeric_limits<std::int32_t>::min();
+  // Each host mode with the mode that the controller gets: 0 embedded, 1 modal window, 2 sheet.
   const std::vector<std::pair<std::int32_t, LaunchScreenPresentationMode>> table{
       {0, 0}, {1, 2}, {2, 1}, {3, 2}, {-1, 2}, {-2, 2}, {kMaximum, 2}, {kMinimum, 2}};
   const auto controller = setHostController();
@@ -78,7 +80,7 @@ TEST_F(ContentPresentationTest, HostModes1And2AreSwappedAndUnknownHostModesMeanS
   EXPECT_EQ(controller->calls, Lines(table.size(), "present"));
 }
 
-TEST_F(ContentPresentationTest, TheLogLineShowsTheHostsModeAsAnUnsignedNumber) {
+TEST_F(ContentPresentationTest, TheLogLineShowsTheHostModeAsAnUnsignedNumber) {
   const auto controller = setHostController();
   for (const std::int32_t hostMode : {0, 1, 2, 3, -1}) {
     content->presentForWindowWithPresentationMode(nullptr, hostMode);
@@ -148,7 +150,7 @@ TEST_F(ContentPresentationTest, WithoutAControllerDismissDoesNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// The content forwards the controller's calls to the host's delegate
+// The content forwards the controller's calls to the host delegate
 
 class ContentForwardingTest : public ContentPresentationTest {
  protected:
@@ -163,7 +165,7 @@ TEST_F(ContentForwardingTest, WillPresentCallsWillAppear) {
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, CanDismissReturnsTheResultOfTheHost) {
+TEST_F(ContentForwardingTest, CanDismissReturnsTheResultOfTheHostDelegate) {
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
   hostDelegate->agrees = false;
   EXPECT_FALSE(content->canLaunchScreenControllerDismiss(cover));
@@ -177,7 +179,7 @@ TEST_F(ContentForwardingTest, DidDismissCallsDidDisappear) {
   EXPECT_EQ(hostDelegate->view.lock(), content);
 }
 
-TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDoesNotRespondIsNotCalled) {
+TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDelegateDoesNotRespondIsNotCalled) {
   hostDelegate->agrees = false;
   for (const ContentViewCall call : {ContentViewCall::WillAppear, ContentViewCall::CanDisappear,  //
                                      ContentViewCall::DidDisappear}) {
@@ -189,7 +191,7 @@ TEST_F(ContentForwardingTest, AnOperationToWhichTheHostDoesNotRespondIsNotCalled
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostResponds) {
+TEST_F(ContentForwardingTest, TheContentChecksForEachOperationWhetherTheHostDelegateResponds) {
   hostDelegate->stopRespondingTo(ContentViewCall::CanDisappear);
   content->launchScreenControllerWillPresent(cover);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
@@ -205,14 +207,15 @@ TEST_F(ContentForwardingTest, WithoutAHostDelegateCanDismissReturnsTrue) {
   EXPECT_EQ(takeEvents(), Lines{});
 }
 
-TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostsDelegate) {
-  const Weak<HostViewDelegate> weakHost = std::exchange(hostDelegate, nullptr);
-  EXPECT_TRUE(weakHost.expired());
+TEST_F(ContentForwardingTest, TheContentDoesNotOwnTheHostDelegate) {
+  const Weak<HostViewDelegate> weakHostDelegate = std::exchange(hostDelegate, nullptr);
+  EXPECT_TRUE(weakHostDelegate.expired());
   EXPECT_EQ(content->delegate(), nullptr);
   EXPECT_TRUE(content->canLaunchScreenControllerDismiss(cover));
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheDismissedControllerPresentsAnother) {
+TEST_F(ContentForwardingTest,
+       DidDisappearIsNotCalledWhileTheDismissedControllerPresentsAnotherController) {
   cover->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
   takeEvents();
   content->launchScreenControllerDidDismiss(cover);
@@ -220,7 +223,8 @@ TEST_F(ContentForwardingTest, DidDisappearIsNotCalledWhileTheDismissedController
   cover->dismissViewController(cover->presentedViewControllers().front());
 }
 
-TEST_F(ContentForwardingTest, DidDisappearIsCalledEvenIfTheContentsOwnControllerPresentsAnother) {
+TEST_F(ContentForwardingTest,
+       DidDisappearIsCalledEvenIfTheInternalViewControllerPresentsAnotherController) {
   const auto otherController = LaunchScreenViewController::init();
   content->setInternalViewController(otherController);
   otherController->presentViewControllerAsModalWindow(make<NamedViewController>("OnTop"));
@@ -231,7 +235,7 @@ TEST_F(ContentForwardingTest, DidDisappearIsCalledEvenIfTheContentsOwnController
   EXPECT_EQ(takeEvents(), (Lines{"host: did disappear", "host: did disappear"}));
 }
 
-TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostsDelegate) {
+TEST_F(ContentForwardingTest, APresentationAndADismissalCallTheHostDelegate) {
   content->setContentRequest(makeRequest(NSDictionary::dictionary()));
   const auto window = openPlayerWindowWithContentViewController();
   content->presentForWindowWithPresentationMode(window, kHostModeSheet);

@@ -1,4 +1,5 @@
-// The content stores a request, creates its controller and reports its state.
+// A `LaunchScreenContent` ("the content") stores a request, creates the launch screen's controller
+// and reports its state.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/Foundation/NSThread.h"
 #include "Tests/Support/CoverFixture.h"
@@ -82,7 +83,7 @@ TEST_F(ContentStateTest, LoadedIsState3AndFailedIsState4) {
   EXPECT_EQ(ContentDataStateFailed, 4u);
 }
 
-// On the main thread
+// `setContentRequest` on the main thread
 
 TEST_F(ContentStateTest, ARequestCreatesAControllerWithTheContentAsDelegate) {
   content->setContentRequest(request());
@@ -123,6 +124,7 @@ TEST_F(ContentStateTest, ANullRequestFailsLikeARequestWithoutParameters) {
 }
 
 TEST_F(ContentStateTest, IfNoControllerIsCreatedTheContentFailsWithAnError) {
+  // An interval of 0 prevents the creation of a controller.
   configuration().setExpirationTimeInterval(0);
   content->setContentRequest(request());
   EXPECT_EQ(content->state(), ContentDataStateFailed);
@@ -134,7 +136,7 @@ TEST_F(ContentStateTest, IfNoControllerIsCreatedTheContentFailsWithAnError) {
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
 }
 
-TEST_F(ContentStateTest, NoFailureIsLogged) {
+TEST_F(ContentStateTest, FailuresAreNotLogged) {
   content->setContentRequest(requestWithoutParameters());
   configuration().setExpirationTimeInterval(0);
   content->setContentRequest(request());
@@ -161,7 +163,7 @@ TEST_F(ContentStateTest, RequestsCanChangeTheStateFromLoadedToFailedAndBack) {
 
 // A controller that the host supplies through the configuration
 
-TEST_F(ContentStateTest, AHostsControllerIsUsedUnchanged) {
+TEST_F(ContentStateTest, ARequestUsesAHostsControllerAndDoesNotChangeTheState) {
   const auto hostController = make<HostController>();
   configuration().setViewController(hostController);
   content->setContentRequest(request());
@@ -198,9 +200,9 @@ TEST_F(ContentStateTest, AHostsControllerIsUsedAtOnceOnAnyThread) {
   EXPECT_TRUE(listener->changes.empty());
 }
 
-// On another thread
+// `setContentRequest` on another thread
 
-TEST_F(ContentStateTest, OnAnotherThreadTheCallReturnsBeforeTheControllerIsCreated) {
+TEST_F(ContentStateTest, OnAnotherThreadSetContentRequestReturnsBeforeTheControllerIsCreated) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   EXPECT_EQ(content->state(), 0u);
   EXPECT_EQ(content->internalViewController(), nullptr);
@@ -218,7 +220,7 @@ TEST_F(ContentStateTest, OnAnotherThreadARequestWithoutParametersFailsOnThatThre
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ContentStateTest, TheContentLivesUntilTheQueuedCreationOfItsControllerHasRun) {
+TEST_F(ContentStateTest, TheContentLivesUntilTheQueuedRequestIsProcessed) {
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   const Weak<LaunchScreenContent> weakContent = std::exchange(content, LaunchScreenContent::init());
   EXPECT_FALSE(weakContent.expired());
@@ -229,7 +231,7 @@ TEST_F(ContentStateTest, TheContentLivesUntilTheQueuedCreationOfItsControllerHas
   EXPECT_EQ(listener->changes, (Changes{{4, kNoController, true}}));
 }
 
-TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
+TEST_F(ContentStateTest, TheExpirationTimeIntervalIsReadWhenTheControllerIsCreated) {
   configuration().setExpirationTimeInterval(0);
   runOnAnotherThread([this] { content->setContentRequest(request()); });
   configuration().setExpirationTimeInterval(1);
@@ -237,7 +239,7 @@ TEST_F(ContentStateTest, TheIntervalIsReadWhenTheControllerIsCreated) {
   EXPECT_EQ(content->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheFirstControllerIsUsed) {
+TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheContentKeepsTheFirst) {
   runOnAnotherThread([this] {
     content->setContentRequest(request());
     content->setContentRequest(request());
@@ -245,7 +247,7 @@ TEST_F(ContentStateTest, IfASecondQueuedRequestCreatesNoControllerTheFirstContro
   Strong<LaunchScreenViewControllerProtocol> firstController;
   listener->onNextChange = [&] {
     firstController = content->internalViewController();
-    configuration().setExpirationTimeInterval(0);
+    configuration().setExpirationTimeInterval(0);  // the second request creates no controller
   };
   platform.runDueWork();
   EXPECT_NE(firstController, nullptr);

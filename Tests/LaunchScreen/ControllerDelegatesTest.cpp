@@ -16,7 +16,7 @@ class ControllerCreationTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerCreationTest, IsNotCreatedAndLogsNothingIfTheIntervalIsNotPositive) {
+TEST_F(ControllerCreationTest, InitReturnsNullAndLogsNothingIfTheIntervalIsNotPositive) {
   EXPECT_EQ(createWithInterval(0), nullptr);
   EXPECT_EQ(createWithInterval(-0.0), nullptr);
   EXPECT_EQ(createWithInterval(-1), nullptr);
@@ -25,23 +25,23 @@ TEST_F(ControllerCreationTest, IsNotCreatedAndLogsNothingIfTheIntervalIsNotPosit
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ControllerCreationTest, IsCreatedForAnyPositiveInterval) {
+TEST_F(ControllerCreationTest, InitCreatesAControllerForAnyPositiveInterval) {
   EXPECT_NE(createWithInterval(0.1), nullptr);
   EXPECT_NE(createWithInterval(Limits::denorm_min()), nullptr);
   EXPECT_NE(createWithInterval(Limits::infinity()), nullptr);
 }
 
-TEST_F(ControllerCreationTest, IsCreatedForAnIntervalOfNaN) {
+TEST_F(ControllerCreationTest, InitCreatesAControllerIfTheIntervalIsNaN) {
   EXPECT_NE(createWithInterval(Limits::quiet_NaN()), nullptr);
 }
 
-TEST_F(ControllerCreationTest, ReadsTheCurrentDefaultConfiguration) {
+TEST_F(ControllerCreationTest, InitReadsTheCurrentDefaultConfiguration) {
   // The interval of a new configuration is 0, so no controller is created.
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
   EXPECT_EQ(LaunchScreenViewController::init(), nullptr);
 }
 
-TEST_F(ControllerCreationTest, StartsInEmbeddedModeWithAllOtherPropertiesUnset) {
+TEST_F(ControllerCreationTest, ANewControllerIsInEmbeddedModeAndItsOtherPropertiesAreUnset) {
   const auto controller = createWithInterval(0.1);
   EXPECT_EQ(controller->presentationMode(), 0);
   EXPECT_EQ(controller->appWindow(), nullptr);
@@ -50,12 +50,12 @@ TEST_F(ControllerCreationTest, StartsInEmbeddedModeWithAllOtherPropertiesUnset) 
   EXPECT_EQ(controller->delegates(), nullptr);
 }
 
-TEST_F(ControllerCreationTest, BelongsToTheBundleOfItsClass) {
+TEST_F(ControllerCreationTest, TheNibBundleIsTheBundleOfTheControllersClass) {
   ASSERT_NE(cover->nibBundle(), nullptr);
   EXPECT_EQ(cover->nibBundle()->principalClass(), "LaunchScreenViewController");
 }
 
-TEST_F(ControllerCreationTest, CreatesAnEmptyViewOnFirstUse) {
+TEST_F(ControllerCreationTest, TheControllerCreatesAnEmptyViewOnFirstUse) {
   EXPECT_FALSE(cover->isViewLoaded());
   EXPECT_EQ(cover->view()->className(), "NSView");
   EXPECT_TRUE(cover->view()->subviews().empty());
@@ -63,7 +63,7 @@ TEST_F(ControllerCreationTest, CreatesAnEmptyViewOnFirstUse) {
   EXPECT_EQ(cover->view()->viewController(), cover);
 }
 
-TEST_F(ControllerCreationTest, HasTheClassNameLaunchScreenViewController) {
+TEST_F(ControllerCreationTest, TheClassNameIsLaunchScreenViewController) {
   EXPECT_EQ(cover->className(), "LaunchScreenViewController");
 }
 
@@ -89,7 +89,7 @@ TEST_F(ControllerDelegatesTest, AddingNullCreatesAnEmptyArray) {
   EXPECT_EQ(cover->delegates()->count(), 0u);
 }
 
-TEST_F(ControllerDelegatesTest, AreHeldInTheOrderInWhichTheyWereAdded) {
+TEST_F(ControllerDelegatesTest, DelegatesAreStoredInTheOrderInWhichTheyWereAdded) {
   const auto firstDelegate = addDelegate("first");
   const auto array = cover->delegates();
   const auto secondDelegate = addDelegate("second");
@@ -123,7 +123,7 @@ TEST_F(ControllerDelegatesTest, RemovingADelegateRemovesAnEqualDelegate) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), secondDelegate);
 }
 
-TEST_F(ControllerDelegatesTest, RemovingOneKeepsTheOrderOfTheOthers) {
+TEST_F(ControllerDelegatesTest, RemovingADelegateKeepsTheOrderOfTheOtherDelegates) {
   const auto firstDelegate = addDelegate("first");
   const auto secondDelegate = addDelegate("second");
   const auto thirdDelegate = addDelegate("third");
@@ -141,20 +141,20 @@ TEST_F(ControllerDelegatesTest, RemovingAnUnknownDelegateChangesNothing) {
   EXPECT_EQ(cover->delegates()->objectAtIndex(0), delegate);
 }
 
-TEST_F(ControllerDelegatesTest, RemoveAndDeactivateCreateNoArray) {
+TEST_F(ControllerDelegatesTest, RemoveDelegateAndDeactivateCreateNoArray) {
   cover->removeDelegate(make<CoverDelegate>("first", journal));
   cover->deactivate();
   EXPECT_EQ(cover->delegates(), nullptr);
 }
 
-TEST_F(ControllerDelegatesTest, AreOwnedUntilTheyAreRemoved) {
+TEST_F(ControllerDelegatesTest, TheControllerOwnsItsDelegatesUntilTheyAreRemoved) {
   const Weak<CoverDelegate> weakDelegate = addDelegate("first");
   EXPECT_FALSE(weakDelegate.expired());
   cover->deactivate();
   EXPECT_TRUE(weakDelegate.expired());
 }
 
-TEST_F(ControllerDelegatesTest, DeactivateRemovesAllAndKeepsTheArray) {
+TEST_F(ControllerDelegatesTest, DeactivateRemovesAllDelegatesAndKeepsTheArray) {
   addDelegate("first");
   addDelegate("second");
   const auto array = cover->delegates();
@@ -171,7 +171,7 @@ TEST_F(ControllerDelegatesTest, TheDestructorRemovesAllDelegates) {
   EXPECT_EQ(array->count(), 0u);
 }
 
-TEST_F(ControllerDelegatesTest, AreNotifiedInTheOrderInWhichTheyWereAdded) {
+TEST_F(ControllerDelegatesTest, DelegatesAreNotifiedInTheOrderInWhichTheyWereAdded) {
   const auto firstDelegate = addDelegate("first");
   const auto secondDelegate = addDelegate("second");
   cover->viewDidDisappear();
@@ -189,7 +189,7 @@ TEST_F(ControllerDelegatesTest, ADelegateThatDoesNotRespondToAnOperationIsSkippe
                                  "viewDidDisappear", "second: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, WithoutAnArrayNoDelegateIsNotified) {
+TEST_F(ControllerDelegatesTest, WithoutADelegatesArrayNoDelegateIsNotified) {
   cover->viewWillAppear();
   cover->viewDidDisappear();
   EXPECT_EQ(takeEvents(), (Lines{"viewWillAppear", "viewDidDisappear"}));
@@ -205,14 +205,14 @@ TEST_F(ControllerDelegatesTest, AfterDeactivateOnlyNewDelegatesAreNotified) {
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, AddingOneDuringANotificationRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest, AddingADelegateDuringANotificationRaisesTheMutationError) {
   addDelegate("first")->onNext(CoverCall::DidDismiss, [this] { addDelegate("late"); });
   addDelegate("second");
   EXPECT_THROW(cover->viewDidDisappear(), NSCollectionMutatedError);
   EXPECT_EQ(takeEvents(), (Lines{"viewDidDisappear", "first: did dismiss"}));
 }
 
-TEST_F(ControllerDelegatesTest, RemovingOneDuringANotificationRaisesTheMutationError) {
+TEST_F(ControllerDelegatesTest, RemovingADelegateDuringANotificationRaisesTheMutationError) {
   const auto firstDelegate = addDelegate("first");
   addDelegate("second");
   firstDelegate->onNext(CoverCall::WillPresent, [&] { cover->removeDelegate(firstDelegate); });

@@ -1,7 +1,7 @@
-// `dismiss` removes the launch screen without asking the delegates. The cover is the launch
-// screen's view controller together with its view. A cover that is embedded in a window without a
-// content view controller has no parent that could own it. The library then tracks the cover: three
-// global variables own its superview, its view and the controller (EmbeddedCover.h).
+// `dismiss` of the launch screen's controller ("the cover") removes the launch screen without
+// asking the delegates. A cover that is embedded in a window without a content view controller has
+// no parent view controller that could own it. The library then tracks the cover: three global
+// variables own the cover, its view and the superview of its view (EmbeddedCover.h).
 //
 // The fixture records events as lines. The line "style 15" means that the window gets a title and
 // all controls again.
@@ -22,7 +22,7 @@ class ControllerDismissTest : public CoverTest {
   void embed(const Strong<NSWindow>& window) { present(window, LaunchScreenPresentationEmbedded); }
 };
 
-// Modal window, sheet and unknown modes
+// Modal window mode, sheet mode and unknown modes
 
 TEST_F(ControllerDismissTest, AModalWindowIsClosed) {
   const auto window = openPlayerWindowWithContentViewController();
@@ -48,7 +48,7 @@ TEST_F(ControllerDismissTest, ASheetIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, DismissInSheetModeClosesThePlayerWindowIfTheCoverIsEmbedded) {
+TEST_F(ControllerDismissTest, IfAnEmbeddedCoverIsSetToSheetModeDismissClosesThePlayerWindow) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->setPresentationMode(LaunchScreenPresentationSheet);
@@ -56,7 +56,7 @@ TEST_F(ControllerDismissTest, DismissInSheetModeClosesThePlayerWindowIfTheCoverI
   EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowNothingIsClosed) {
+TEST_F(ControllerDismissTest, DismissOfACoverThatIsNotPresentedClosesNoWindow) {
   const auto window = openPlayerWindow();
   addDelegate("first");
   takeEvents();
@@ -69,7 +69,7 @@ TEST_F(ControllerDismissTest, IfTheViewIsInNoWindowNothingIsClosed) {
   EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(ControllerDismissTest, InAnUnknownModeNothingHappens) {
+TEST_F(ControllerDismissTest, InAnUnknownModeDismissDoesNothing) {
   const auto window = openPlayerWindow();
   embed(window);
   addDelegate("first");
@@ -114,7 +114,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverIsRemovedExactlyOneSecondAfterDismiss
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrackingMode) {
+TEST_F(ControllerDismissTest, ATrackedCoverIsAlsoRemovedInModalPanelAndEventTrackingRunLoopMode) {
   for (const NSRunLoopMode mode : {NSModalPanelRunLoopMode, NSEventTrackingRunLoopMode}) {
     embed(openPlayerWindow());
     cover->dismiss();
@@ -158,7 +158,7 @@ TEST_F(ControllerDismissTest, DismissOfAnotherControllerDismissesTheTrackedCover
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerDismissTest, IfASecondCoverReplacesADismissedCoverTheSecondCoverIsRemovedInstead) {
+TEST_F(ControllerDismissTest, ASecondCoverTrackedAfterDismissIsRemovedInsteadOfTheFirst) {
   const auto window = openPlayerWindow();
   embed(window);
   cover->dismiss();
@@ -186,11 +186,12 @@ TEST_F(ControllerDismissTest, TwoDismissalsWithinOneSecondNotifyTwice) {
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, ATrackedCoverThatADelegateReplacesLivesUntilAllDelegatesAreNotified) {
+TEST_F(ControllerDismissTest, DismissKeepsTheTrackedCoverAliveUntilAllDelegatesAreNotified) {
   embed(openPlayerWindow());
   const auto secondController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
   addDelegate("first")->onNext(CoverCall::DidDismiss, [&] {
+    // This call makes the second cover the tracked cover.
     secondController->presentForWindowWithPresentationMode(otherWindow, 0);
   });
   const auto lastDelegate = addDelegate("last");
@@ -204,7 +205,7 @@ TEST_F(ControllerDismissTest, ATrackedCoverThatADelegateReplacesLivesUntilAllDel
 
 // Dismissal of an embedded cover while at least one of the three global variables is null
 
-TEST_F(ControllerDismissTest, ACoverThatIsEmbeddedWithoutAWindowNotifiesAtOnce) {
+TEST_F(ControllerDismissTest, IfTheWindowIsNullDismissOnlyNotifiesTheDelegates) {
   embed(nullptr);
   const auto firstDelegate = addDelegate("first");
   cover->dismiss();
@@ -259,7 +260,7 @@ TEST_F(ControllerDismissTest, ADelegateThatChangesTheDelegatesArrayRaisesTheMuta
 
 // Embedded with a parent view controller
 
-TEST_F(ControllerDismissTest, UnderAParentTheViewAndItsControllerAreRemovedAtOnce) {
+TEST_F(ControllerDismissTest, WithAParentTheViewAndItsControllerAreRemovedAtOnce) {
   const auto window = openPlayerWindowWithContentViewController();
   embed(window);
   addDelegate("first");
@@ -272,9 +273,11 @@ TEST_F(ControllerDismissTest, UnderAParentTheViewAndItsControllerAreRemovedAtOnc
   EXPECT_EQ(dispatch_get_main_queue().pendingWorkCount(), 0u);
 }
 
-TEST_F(ControllerDismissTest, UnderAParentInAClosedWindowTheDelegatesAreNotNotified) {
+TEST_F(ControllerDismissTest, WithAParentTheDelegatesAreNotNotifiedIfTheWindowIsClosed) {
   const auto window = openPlayerWindowWithContentViewController();
-  window->close();  // so that the platform does not call `viewDidDisappear`, which would notify
+  // If the window is closed, the platform does not call `viewDidDisappear`, which would notify the
+  // delegates.
+  window->close();
   embed(window);
   addDelegate("first");
   cover->dismiss();

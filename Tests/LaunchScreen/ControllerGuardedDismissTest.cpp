@@ -1,6 +1,7 @@
-// `dismissViewController` of the launch screen's controller ("the cover"): asks all delegates, and
-// dismisses the controller if every delegate agrees. The fixture records events as lines. The line
-// "style 15" means that the window gets a title and all controls again.
+// `dismissViewController` of the launch screen's controller ("the cover") asks all delegates. If
+// every delegate agrees, it dismisses the cover in embedded mode, and the argument in every other
+// mode. The fixture records events as lines. The line "style 15" means that the window gets a
+// title and all controls again.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -22,7 +23,7 @@ class ControllerGuardedDismissTest : public CoverTest {
   Strong<NSWindow> window = openPlayerWindowWithContentViewController();
 };
 
-// The question to the delegates
+// Asking the delegates
 
 TEST_F(ControllerGuardedDismissTest, OneRefusalPreventsTheDismissal) {
   present(kEmbedded);
@@ -44,7 +45,7 @@ TEST_F(ControllerGuardedDismissTest, AllDelegatesAreAskedEvenIfTheFirstRefuses) 
   EXPECT_TRUE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, ARefusalIsSilentAndChangesNothing) {
+TEST_F(ControllerGuardedDismissTest, ARefusalLogsNothingAndChangesNothing) {
   present(kEmbedded);
   addDelegate("first")->agrees = false;
   cover->dismissViewController(cover);
@@ -98,7 +99,7 @@ TEST_F(ControllerGuardedDismissTest, ADelegateThatChangesTheDelegatesArrayRaises
 
 // The dismissal after all delegates have agreed
 
-TEST_F(ControllerGuardedDismissTest, UnderAParentTheStyleIsRestoredBeforeTheRemoval) {
+TEST_F(ControllerGuardedDismissTest, WithAParentTheStyleIsRestoredBeforeTheCoverIsRemoved) {
   present(kEmbedded);
   addDelegate("first");
   cover->dismissViewController(cover);
@@ -108,7 +109,8 @@ TEST_F(ControllerGuardedDismissTest, UnderAParentTheStyleIsRestoredBeforeTheRemo
   EXPECT_EQ(cover->parentViewController(), nullptr);
 }
 
-TEST_F(ControllerGuardedDismissTest, WithoutAParentTheStyleIsRestoredASecondBeforeTheRemoval) {
+TEST_F(ControllerGuardedDismissTest,
+       WithoutAParentTheStyleIsRestoredOneSecondBeforeTheCoverIsRemoved) {
   window = openPlayerWindow();
   present(kEmbedded);
   addDelegate("first");
@@ -121,7 +123,7 @@ TEST_F(ControllerGuardedDismissTest, WithoutAParentTheStyleIsRestoredASecondBefo
   EXPECT_FALSE(isShown());
 }
 
-TEST_F(ControllerGuardedDismissTest, AnEmbeddedControllerDismissesItselfForEveryArgument) {
+TEST_F(ControllerGuardedDismissTest, InEmbeddedModeTheCoverIsDismissedAndTheArgumentIsIgnored) {
   present(kEmbedded);
   const auto otherController = make<NamedViewController>("Other");
   window->contentViewController()->presentViewControllerAsSheet(otherController);
@@ -178,7 +180,7 @@ TEST_F(ControllerGuardedDismissTest, InAnUnknownModeTheArgumentIsDismissed) {
   }
 }
 
-TEST_F(ControllerGuardedDismissTest, InModalWindowModeNoStyleIsRestored) {
+TEST_F(ControllerGuardedDismissTest, InModalWindowModeTheStyleIsNotRestored) {
   present(kModalWindow);
   cover->setAppWindow(window);
   cover->setAppWindowStyleMask(7);  // differs from the window's style
