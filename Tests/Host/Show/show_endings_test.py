@@ -9,8 +9,8 @@ from program import TIMEOUT, start
 from show import LOG_PREFIX, reports, running_show, show
 
 
-# The arguments for a short run: a modal launch screen closes as soon as the library dismisses it. An
-# embedded launch screen may stay for another second.
+# These arguments shorten a test. A modal launch screen closes as soon as the library dismisses it.
+# An embedded launch screen may stay for another second.
 MODAL_ARGUMENTS = ["--present", "modal"]
 
 
@@ -40,7 +40,7 @@ class Endings(unittest.TestCase):
             r"presentForWindow:withPresentationMode:\]\) mode: 0\n\Z",
         )
 
-    def test_each_second_left_is_reported(self):
+    def test_remaining_seconds_are_reported(self):
         result = show("--duration", "1.2", "--mode", "forced", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(
@@ -67,13 +67,13 @@ class Endings(unittest.TestCase):
                 )
                 self.assertTrue(result.stderr.endswith(f" mode: {mode}\n"))
 
-    def test_skip_after_option_ends_the_run_without_an_event(self):
+    def test_run_with_option_skip_after_ends_without_an_event(self):
         result = show("--mode", "skip", "--skip-after", "0.2", "--duration", "60", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)
         self.assertEqual(reports(result.stdout)[-2:], ["dismissed", "uncovered"])
         self.assertNotIn("event recorded", result.stdout)
 
-    def test_enter_dismisses_in_skip_mode(self):
+    def test_enter_key_dismisses_the_launch_screen_in_skip_mode(self):
         with running_show(
             "covered", "--mode", "skip", "--duration", "60", *MODAL_ARGUMENTS, stdin=subprocess.PIPE
         ) as process:
@@ -86,7 +86,7 @@ class Endings(unittest.TestCase):
                 reports(process.received_output.decode())[-2:], ["dismissed", "uncovered"]
             )
 
-    def test_enter_does_nothing_in_forced_mode(self):
+    def test_enter_key_does_nothing_in_forced_mode(self):
         # Without `stdin=None`, `show` passes /dev/null as `stdin`, and `subprocess` refuses `stdin`
         # together with `input`.
         result = show("--duration", "0.3", *MODAL_ARGUMENTS, stdin=None, input="\n\n")
@@ -94,7 +94,7 @@ class Endings(unittest.TestCase):
         self.assertIn("event recorded", result.stdout)
         self.assertGreaterEqual(time_of_dismissal(result.stdout), 0.3)
 
-    def test_end_of_input_does_not_dismiss(self):
+    def test_end_of_input_does_not_dismiss_the_launch_screen(self):
         # The standard input is /dev/null, so the input ends immediately.
         result = show("--mode", "skip", "--duration", "0.5", *MODAL_ARGUMENTS)
         self.assertEqual(result.returncode, 0)

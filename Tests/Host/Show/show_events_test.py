@@ -10,7 +10,7 @@ from program import TIMEOUT, start
 from show import running_show, show
 
 
-class EventsFiles(unittest.TestCase):
+class EventsFile(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -43,8 +43,8 @@ class EventsFiles(unittest.TestCase):
             self.assertEqual(process.wait(TIMEOUT), 0)
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
-    def test_without_standard_output_only_the_event_is_written_to_the_file(self):
-        # If the events file got the closed descriptor 1, the reports would also go to the file.
+    def test_events_file_contains_only_the_event_if_standard_output_is_closed(self):
+        # If the program opened the file as descriptor 1, the reports would also go to the file.
         process = start(
             "show", "--display", "headless", "--duration", "0.1", "--present", "modal",
             "--events", self.file, preexec_fn=lambda: os.close(1),
@@ -53,7 +53,7 @@ class EventsFiles(unittest.TestCase):
         self.assertEqual(process.returncode, 0)
         self.assertEqual([event["event"] for event in self.events()], ["launch_end"])
 
-    def test_full_disk_is_a_failure_and_the_event_is_still_reported(self):
+    def test_full_disk_makes_the_run_fail_but_the_event_is_reported(self):
         result = show("--duration", "0.1", "--events", "/dev/full")
         self.assertEqual(result.returncode, 1)
         self.assertIn("event recorded: launch_end", result.stdout)

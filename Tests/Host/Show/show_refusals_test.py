@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tests the errors of `launchscreen show`."""
+"""Tests the arguments that `launchscreen show` refuses."""
 
 import unittest
 
@@ -27,7 +27,7 @@ class Refusals(unittest.TestCase):
             result.stderr, r"parseParameters:\]\): Next event name is nil or empty!\n\Z"
         )
 
-    def test_negative_duration_reports_that_the_view_controller_is_missing(self):
+    def test_negative_duration_prints_the_error_of_the_library(self):
         result = show("--duration", "-3")
         self.assertEqual(result.returncode, 1)
         self.assertEqual(
@@ -40,10 +40,10 @@ class Refusals(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("--content-controller", result.stderr.splitlines()[-1])
 
-    def test_bad_usage_prints_one_line(self):
+    def test_usage_error_prints_one_line(self):
         for arguments in (
             ["show", "--size", "big"],
-            ["show", "--skip-after", "1"],
+            ["show", "--skip-after", "1"],  # needs --mode skip
             ["show", "--events", "/nonexistent/events"],
             [],
         ):

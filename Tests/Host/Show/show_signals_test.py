@@ -30,7 +30,7 @@ class Signals(unittest.TestCase):
                 self.assertEqual(status, 128 + signal.SIGTERM)
                 self.assertEqual(reports(output)[-2:], ["dismissed", "uncovered"])
 
-    def test_signal_removes_a_dismissed_cover_without_a_second_dismissal(self):
+    def test_signal_after_the_dismissal_does_not_dismiss_again(self):
         with running_show("dismissed", "--duration", "0.1") as process:
             process.send_signal(signal.SIGINT)
             status, output = wait_for_end(process)

@@ -14,7 +14,7 @@ from program import TIMEOUT, start
 
 
 class Terminal:
-    """A terminal with the program as its foreground job. The log of the program is discarded."""
+    """A terminal with `launchscreen show` as its foreground job. Discards the standard error."""
 
     def __init__(self, *arguments, columns=80):
         self.master, slave = pty.openpty()
@@ -61,7 +61,7 @@ class Terminal:
         return self.process.wait(TIMEOUT)
 
 
-class LiveLine(unittest.TestCase):
+class TerminalLine(unittest.TestCase):
     def test_run_uses_only_one_line_of_the_terminal(self):
         with Terminal("--duration", "0.5", columns=100) as terminal:
             self.assertEqual(terminal.wait_for_end(), 0)
@@ -69,22 +69,22 @@ class LiveLine(unittest.TestCase):
             lines = terminal.output.removesuffix("\r\n").split("\r")
         self.assertTrue(all(len(line) < 100 for line in lines), lines)
         self.assertIn(f"  0.5 s left  [{'-' * 40}]", [line.rstrip() for line in lines])
-        bars = [line.count("#") for line in lines if "s left" in line]
-        self.assertEqual(bars, sorted(bars))
-        self.assertGreater(len(set(bars)), 3)
+        bar_lengths = [line.count("#") for line in lines if "s left" in line]
+        self.assertEqual(bar_lengths, sorted(bar_lengths))
+        self.assertGreater(len(set(bar_lengths)), 3)
         self.assertRegex(
             lines[-1],
             r"s  controls restored, dismissed, event recorded: launch_end, uncovered *\Z",
         )
 
-    def test_line_is_ended_before_a_signal_ends_the_program(self):
+    def test_line_ends_with_a_newline_if_a_signal_ends_the_program(self):
         with Terminal("--duration", "60") as terminal:
             terminal.wait_for("s left")
             terminal.type("\x03")  # Ctrl-C
             self.assertEqual(terminal.wait_for_end(), 128 + signal.SIGINT)
         self.assertRegex(terminal.output, r"controls restored, uncovered\r\n\Z")
 
-    def test_enter_dismisses_in_skip_mode(self):
+    def test_enter_key_dismisses_the_launch_screen_in_skip_mode(self):
         with Terminal("--mode", "skip", "--duration", "60") as terminal:
             terminal.wait_for("press Enter to dismiss")
             terminal.type("\n")

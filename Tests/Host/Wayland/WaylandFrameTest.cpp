@@ -1,5 +1,5 @@
-// Runs `launchscreen show` under weston, which draws no frames. libdecor draws the frame of the
-// player window.
+// Runs `launchscreen show` under weston. The program opens a player window and shows the launch
+// screen over it. weston draws no window frames, so libdecor draws them.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,12 +11,12 @@
 namespace vel::test {
 namespace {
 
-constexpr std::uint32_t kBackground = 0x203020;
+constexpr std::uint32_t kDesktopColor = 0x203020;
 constexpr PixelRect kPlayerContent{262, 224, 500, 320};  // in the middle of the screen
 constexpr PixelRect kPlayerTitleBar{262, 200, 500, 24};
-/// The content of a sheet or a modal window in the middle of the player window.
+/// The area of a sheet or a modal window, without the window's frame.
 constexpr PixelRect kLaunchScreen{272, 249, 480, 270};
-/// The area of the title bar of this sheet or modal window, if it has a frame.
+/// The area directly above `kLaunchScreen`, where a frame would have its title bar.
 constexpr PixelRect kAboveLaunchScreen{272, 225, 480, 24};
 constexpr std::uint32_t kPlayerColor = 0x17213D;
 constexpr int kPlayerCloseButtonX = 746;
@@ -39,7 +39,7 @@ class FramedShow : public testing::Test {
   }
   [[nodiscard]] bool playerGetsTitleBar() const {
     return eventually(
-        [this] { return !weston.picture(kPlayerTitleBar).colors().contains(kBackground); });
+        [this] { return !weston.picture(kPlayerTitleBar).colors().contains(kDesktopColor); });
   }
 
   Weston weston;

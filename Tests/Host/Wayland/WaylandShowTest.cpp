@@ -1,4 +1,5 @@
-// Runs `launchscreen show` on a Wayland compositor, in real time.
+// Runs `launchscreen show` on a Wayland compositor, in real time. The program opens a player window
+// and shows the launch screen over it.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -35,7 +36,7 @@ TEST_F(WaylandShow, ThePlayerWindowIsWhiteWhileTheLaunchScreenIsShown) {
   EXPECT_EQ(program.wait(), 0);
 }
 
-TEST_F(WaylandShow, WithoutTheDisplayOptionWaylandIsUsed) {
+TEST_F(WaylandShow, ShowUsesWaylandIfTheDisplayOptionIsMissing) {
   Process program = start({"--duration", "3"});
   ASSERT_TRUE(becomesWhite());
   EXPECT_EQ(program.wait(), 0);

@@ -1,5 +1,5 @@
-// `launchscreen show` without `--window` keeps its player window open for a while after the launch
-// screen. The display is lost during this time.
+// Without `--window`, `launchscreen show` opens a player window. The player window stays open for
+// one second after the launch screen has closed. The test kills the X server during this second.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"
@@ -7,7 +7,7 @@
 namespace vel::test {
 namespace {
 
-TEST(X11ShowEnd, ADisplayLostAfterTheEventPrintsOneLine) {
+TEST(X11ShowEnd, ShowPrintsOneLineIfTheDisplayIsLostAfterTheLaunchScreen) {
   XServer server;
   ShowProcess show(server, {"--duration", "0.3", "--content-controller"});
   ASSERT_TRUE(show.waitForOutput("event recorded: launch_end\n")) << show.output();

@@ -23,8 +23,8 @@ class X11ShowFaults : public X11Test {
   explicit X11ShowFaults(Manager xwaylandCompositor = Manager::None)
       : X11Test(xwaylandCompositor) {}
 
-  /// Starts the window manager, unless it is None, and opens a game. Then starts `launchscreen
-  /// show` over the game's window, and waits until the window is white.
+  /// Starts the window manager, unless it is None, and opens the game's window. Then starts
+  /// `launchscreen show` over this window, and waits until the window is white.
   void cover(Manager windowManager, const std::vector<std::string>& arguments) {
     startManager(windowManager);
     game = client.openGameWindow(kGameFrame, kGreen);
@@ -54,11 +54,11 @@ class X11ShowFaultsOnXwayland : public X11ShowFaults, public testing::WithParamI
   X11ShowFaultsOnXwayland() : X11ShowFaults(GetParam()) {}
 };
 
-TEST_P(X11ShowFaultsOnXwayland, AWindowDestroyedWhileCoveredEndsTheLaunchScreen) {
+TEST_P(X11ShowFaultsOnXwayland, DestroyingTheCoveredWindowEndsTheLaunchScreen) {
   cover(Manager::None, {"--duration", "600"});
   ASSERT_TRUE(waitForFocus());
   client.destroy(game);
-  // The event is recorded, because the window was in front until its destruction.
+  // The event is recorded only because the window had the focus when it was destroyed.
   EXPECT_EQ(show->wait(), 0) << show->output();
   EXPECT_THAT(show->output(), HasSubstr("uncovered"));
   EXPECT_THAT(show->output(), HasSubstr("event recorded"));
@@ -78,10 +78,10 @@ TEST_F(X11ShowFaults, AMiniaturizedWindowPausesTheCountdown) {
   expectRestored();
 }
 
-TEST_F(X11ShowFaults, AfterTheWindowManagerCrashesTheLaunchScreenRunsToItsEnd) {
+TEST_F(X11ShowFaults, TheLaunchScreenRunsToItsEndAfterTheWindowManagerCrashes) {
   cover(Manager::Metacity, {"--duration", "3"});
   managerProcess.kill();
-  // The server reparents the game to the root window when the manager's connection is closed.
+  // When the manager's connection is closed, the server reparents the game to the root window.
   EXPECT_TRUE(eventually([this] {
     const auto windows = client.children(client.root());
     return std::ranges::find(windows, game) != windows.end();
@@ -92,7 +92,7 @@ TEST_F(X11ShowFaults, AfterTheWindowManagerCrashesTheLaunchScreenRunsToItsEnd) {
   expectRestored();
 }
 
-TEST_F(X11ShowFaults, TheControlsThatANewWindowManagerKeepsAreReported) {
+TEST_F(X11ShowFaults, ShowReportsTheControlsThatANewWindowManagerKeeps) {
   cover(Manager::Metacity, {"--mode", "skip", "--duration", "600"});
   ASSERT_TRUE(show->waitForOutput("controls kept by the window manager: resize")) << show->output();
   managerProcess.end();
@@ -105,7 +105,7 @@ TEST_F(X11ShowFaults, TheControlsThatANewWindowManagerKeepsAreReported) {
   expectRestored();
 }
 
-// The test acts as a window manager that does not map the modal window at first.
+// The test acts as the window manager. The modal window stays unmapped until the test maps it.
 class X11ShowUnmapped : public X11ShowFaults {
  protected:
   void SetUp() override {
@@ -123,7 +123,7 @@ class X11ShowUnmapped : public X11ShowFaults {
   xcb_window_t modal = 0;
 };
 
-TEST_F(X11ShowUnmapped, CoverIsReportedOnlyWhenTheModalWindowIsWhite) {
+TEST_F(X11ShowUnmapped, ShowReportsTheCoverOnlyWhenTheModalWindowIsWhite) {
   client.map(modal);
   ASSERT_TRUE(show->waitForOutput("covered")) << show->output();
   EXPECT_TRUE(client.screenPicture(modal).isAll(kWhite));
@@ -139,7 +139,7 @@ TEST_F(X11ShowUnmapped, AModalWindowThatWasNeverMappedIsReported) {
   EXPECT_THAT(show->output(), HasSubstr("closed before it was on the screen\n"));
 }
 
-TEST_F(X11ShowFaults, ALostDisplayPrintsOneLine) {
+TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheDisplayIsLost) {
   cover(Manager::None, {"--duration", "600"});
   server.kill();
   EXPECT_EQ(show->wait(), 1);
@@ -167,7 +167,7 @@ TEST_P(X11ShowFaultsOnXwayland, SigkillRemovesTheCover) {
 INSTANTIATE_TEST_SUITE_P(X11Show, X11ShowFaultsOnXwayland,
                          testing::ValuesIn(withXwayland({Manager::None})), nameOfManager);
 
-TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
+TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheWindowCannotBeCovered) {
   const xcb_window_t unmappedWindow = client.makeWindow(kGameFrame, kGreen);
   const auto outputOfRefusal = [this](const std::string& window) {
     ShowProcess refusedShow(server, {"--window", window});
@@ -183,7 +183,7 @@ TEST_F(X11ShowFaults, AWindowThatCannotBeCoveredPrintsOneLine) {
             "launchscreen: the window is not on the screen\n");
 }
 
-TEST_F(X11ShowFaults, ADisplayThatDoesNotExistPrintsOneLine) {
+TEST_F(X11ShowFaults, ShowPrintsOneLineIfTheDisplayDoesNotExist) {
   server.kill();
   ShowProcess refusedShow(server, {});
   EXPECT_EQ(refusedShow.wait(), 1);

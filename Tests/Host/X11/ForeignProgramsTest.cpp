@@ -52,7 +52,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }));
   }
   bool isDrawn() { return client.screenPicture(window).colors().size() > 1; }
-  /// Saves a picture of the window with the manager's frame.
+  /// Saves a picture of the window and of its frame, which the window manager draws.
   void savePicture(const std::string& moment) {
     PixelRect area = client.areaOnScreen(window);
     const auto extents = client.numbers(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
@@ -65,7 +65,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     client.screenPicture(area).save(std::string(GetParam().name) + "-" + moment);
   }
   /// The properties that the program has set on its window.
-  std::map<std::string, std::optional<Property>> clientProperties() {
+  std::map<std::string, std::optional<Property>> programProperties() {
     std::map<std::string, std::optional<Property>> properties;
     for (const char* name :
          {"_MOTIF_WM_HINTS", "WM_NORMAL_HINTS", "WM_HINTS", "WM_PROTOCOLS", "WM_CLASS", "WM_NAME",
@@ -74,10 +74,10 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     }
     return properties;
   }
-  /// Returns `clientProperties` without the obsolete position and size in WM_NORMAL_HINTS. Some
+  /// Returns `programProperties` without the obsolete position and size in WM_NORMAL_HINTS. Some
   /// programs update these fields whenever their window is resized.
-  std::map<std::string, std::optional<Property>> clientPropertiesWithoutGeometry() {
-    auto properties = clientProperties();
+  std::map<std::string, std::optional<Property>> programPropertiesWithoutGeometry() {
+    auto properties = programProperties();
     auto& hints = properties.at("WM_NORMAL_HINTS");
     std::vector<std::uint32_t> numbers = hints.value().numbers();
     std::fill_n(numbers.begin() + 1, 4, 0);
@@ -93,7 +93,7 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     });
     return actions;
   }
-  /// Returns true if the window shows white and the indicator in the middle, and nothing else.
+  /// Returns true if the window is white except for the indicator in its middle.
   bool isCovered() {
     const Picture picture = client.screenPicture(window);
     const PixelRect bounds = picture.boundsOfPixelsExcept(kWhite);
@@ -101,18 +101,17 @@ class ForeignPrograms : public X11Test, public testing::WithParamInterface<Progr
     // after `left` or `top`.
     const int left = picture.width / 2 - 16;
     const int top = picture.height / 2 - 16;
-    return bounds.width > 0 && isAtMostTheIndicator(bounds) && bounds.x >= left &&
+    return bounds.width > 0 && isNoLargerThanIndicator(bounds) && bounds.x >= left &&
            bounds.x + bounds.width <= left + 33 && bounds.y >= top &&
            bounds.y + bounds.height <= top + 33;
   }
-  /// Returns true if the window shows white and at most the indicator, in any place. Immediately
-  /// after a change of size, the indicator may still be in the middle of the previous size, or may
-  /// not have been drawn again.
+  /// Returns true if the window is white except for the indicator. Immediately after a change of
+  /// size, the indicator may still be in the middle of the previous size, or may be missing.
   bool isProgramHidden() {
-    return isAtMostTheIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
+    return isNoLargerThanIndicator(client.screenPicture(window).boundsOfPixelsExcept(kWhite));
   }
-  /// Allows one pixel more than the width and height of the indicator, as `isCovered` does.
-  static bool isAtMostTheIndicator(PixelRect bounds) {
+  /// Allows one pixel more than the width and height of the indicator.
+  static bool isNoLargerThanIndicator(PixelRect bounds) {
     return bounds.width <= 33 && bounds.height <= 33;
   }
   /// Clicks the close button of Metacity's frame.
@@ -139,7 +138,7 @@ class ForeignProgramsWithManager : public ForeignPrograms {};
 
 TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   ASSERT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
-  const auto propertiesBefore = clientProperties();
+  const auto propertiesBefore = programProperties();
   const auto childrenBefore = client.children(window);
   const int nonWhitePixelCountBefore = nonWhitePixelCount(client.screenPicture(window));
   const PixelRect frameBefore = client.areaOnScreen(window);
@@ -151,7 +150,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   EXPECT_TRUE(eventually([this] { return isCovered(); }));
   EXPECT_TRUE(show.waitForOutput("controls kept by the window manager: resize")) << show.output();
   EXPECT_THAT(allowedActions(), ElementsAre("_NET_WM_ACTION_RESIZE"));
-  EXPECT_EQ(clientProperties()["WM_NORMAL_HINTS"], propertiesBefore.at("WM_NORMAL_HINTS"));
+  EXPECT_EQ(programProperties()["WM_NORMAL_HINTS"], propertiesBefore.at("WM_NORMAL_HINTS"));
   EXPECT_TRUE(isCovered());
   savePicture("covered");
   clickClose();  // has no effect while covered
@@ -161,7 +160,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
   EXPECT_THAT(show.output(), HasSubstr("controls restored"));
   EXPECT_THAT(show.output(), Not(HasSubstr("X11:")));  // the prefix of an X error
   EXPECT_TRUE(eventually([this] { return allowedActions().size() == 3; }));
-  EXPECT_EQ(clientProperties(), propertiesBefore);
+  EXPECT_EQ(programProperties(), propertiesBefore);
   EXPECT_EQ(client.children(window), childrenBefore);
   EXPECT_EQ(client.areaOnScreen(window), frameBefore);
   EXPECT_TRUE(eventually([&] {
@@ -182,7 +181,7 @@ TEST_P(ForeignProgramsWithManager, WindowsAreCoveredAndRestored) {
 }
 
 TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
-  const auto propertiesBefore = clientPropertiesWithoutGeometry();
+  const auto propertiesBefore = programPropertiesWithoutGeometry();
   ShowProcess show(server, {"--window", std::to_string(window), "--mode", "skip", "--duration",
                             "600", "--indicator"});
   ASSERT_TRUE(show.waitForOutput(featuresOf(GetParam().manager).publishesAllowedActions
@@ -203,7 +202,7 @@ TEST_P(ForeignPrograms, WindowsCanBeResizedWhileCovered) {
   EXPECT_TRUE(eventually([this] { return isCovered(); }));
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();
-  EXPECT_EQ(clientPropertiesWithoutGeometry(), propertiesBefore);
+  EXPECT_EQ(programPropertiesWithoutGeometry(), propertiesBefore);
   EXPECT_TRUE(isAtLeastAsLargeAs({0, 0, frame.width + 150, frame.height + 100}));
   EXPECT_TRUE(eventually([this] { return isDrawn(); }));
   EXPECT_TRUE(program.isRunning());

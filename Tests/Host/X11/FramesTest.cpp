@@ -1,4 +1,4 @@
-// All frames that the screen shows, from before the launch screen opens until after it closes.
+// Records what the screen shows from before the launch screen opens until after it closes.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"
@@ -57,11 +57,12 @@ TEST_P(X11Frames, TheScreenShowsTheGameThenWhiteThenTheGame) {
       << show.output();
   EXPECT_EQ(show.wait(), 0) << show.output();
   EXPECT_EQ(recorder.letters(), "GWG");
-  // A modal window or a sheet is a new window, and the server may draw its parts in any order.
+  // Checks the first drawing only of an embedded launch screen. A modal window and a sheet are new
+  // windows, and the server may draw their parts in any order.
   if (std::string_view(GetParam().kind) == "embedded") {
     // The recorder can miss a frame that is visible only briefly, but it receives every drawing.
-    // The first drawing between letter 0 ("G") and letter 1 ("W") must be part of the cover: the
-    // band above the indicator.
+    // The first drawing after the game (letter 0) must already be part of the white cover: the band
+    // above the indicator.
     EXPECT_EQ(recorder.drawingsBefore(1).front(),
               (PixelRect{0, 0, area.width, (area.height - kIndicatorSize) / 2}));
   }

@@ -1,4 +1,4 @@
-// A program resizes its window while `launchscreen show` covers the window.
+// A game resizes its window while `launchscreen show` covers the window.
 #include <gmock/gmock.h>
 
 #include "Tests/Host/X11/ShowProcess.h"
@@ -15,11 +15,11 @@ class X11ShowResize : public X11TestWithManager {};
 
 // Returns a value of WM_NORMAL_HINTS. The minimum and maximum size are the size of `frame`.
 Property fixedSizeHints(PixelRect frame) {
-  constexpr std::uint32_t kMinimumAndMaximum = 16 | 32;
+  constexpr std::uint32_t kSizeFlags = 16 | 32;  // PMinSize | PMaxSize
   std::vector<std::uint32_t> numbers(18);
   const auto width = static_cast<std::uint32_t>(frame.width);
   const auto height = static_cast<std::uint32_t>(frame.height);
-  numbers[0] = kMinimumAndMaximum;
+  numbers[0] = kSizeFlags;
   numbers[5] = numbers[7] = width;
   numbers[6] = numbers[8] = height;
   return Property::ofNumbers(XCB_ATOM_WM_SIZE_HINTS, numbers);
@@ -31,21 +31,21 @@ TEST_F(X11ShowResize, AGameThatEnlargesItsWindowStaysCovered) {
   ASSERT_TRUE(eventually([&] { return client.isViewable(game); }));
   ShowProcess show(server, {"--window", std::to_string(game), "--mode", "skip", "--duration", "600",
                             "--content-controller"});
-  // When the program prints this line, the library has already overridden _MOTIF_WM_HINTS.
+  // `show` prints this line after the library has overridden _MOTIF_WM_HINTS.
   ASSERT_TRUE(show.waitForOutput("controls kept")) << show.output();
   ASSERT_TRUE(eventually([&] { return client.screenPicture(game).isAll(kWhite); }));
 
-  // A program with a window of fixed size changes the hints before the size.
+  // A game with a window of fixed size changes the hints before the size.
   client.setProperty(game, "WM_NORMAL_HINTS", fixedSizeHints(kLargerGameFrame));
   client.configure(game, kLargerGameFrame);
-  bool hasSeenGame = false;
+  bool wasGameVisible = false;
   EXPECT_TRUE(eventually([&] {
     const Picture picture = client.screenPicture(game);
-    hasSeenGame = hasSeenGame || picture.colors().contains(kGreen);
+    wasGameVisible = wasGameVisible || picture.colors().contains(kGreen);
     return picture.width == kLargerGameFrame.width && picture.height == kLargerGameFrame.height &&
            picture.isAll(kWhite);
   }));
-  EXPECT_FALSE(hasSeenGame);
+  EXPECT_FALSE(wasGameVisible);
 
   show.pressEnter();
   EXPECT_EQ(show.wait(), 0) << show.output();

@@ -29,7 +29,7 @@ std::vector<std::string> stepsPrintedBy(const ShowProcess& show) {
   return steps;
 }
 
-/// Runs `show` without `--window`, so it opens the player window and covers this window.
+/// Runs `show` without `--window`. `show` then opens a player window and covers it.
 class X11Player : public X11Test {
  protected:
   X11Player() : X11Test(Manager::Metacity) {}
@@ -45,7 +45,7 @@ TEST_F(X11Player, IsWhiteWhileCoveredAndShowsItsAnimationAfterwards) {
   ShowProcess show(server, {"--duration", "1", "--content-controller", "--size", "640x480",
                             "--screenshot", screenshot});
   ASSERT_TRUE(show.waitForOutput("uncovered")) << show.output();
-  // Without SIGSTOP, the program would end half a second later.
+  // Without SIGSTOP, the program could end before the test takes the picture.
   show.sendSignal(SIGSTOP);
   Picture animation;
   EXPECT_TRUE(eventually([&] {
@@ -103,7 +103,7 @@ TEST_F(X11Player, ShowsAModalWindowWithAnIndicatorInTheMiddle) {
 TEST_F(X11Player, RunsHeadlessIfTheX11DisplayDoesNotExist) {
   const std::vector<std::string> commandWithoutDisplayOption{
       LAUNCHSCREEN, "show", "--mode", "skip", "--skip-after", "0.4", "--content-controller"};
-  // A headless run does not print which controls are kept.
+  // Only a run on the X11 display prints the controls that the window manager keeps.
   EXPECT_THAT(runProgram(commandWithoutDisplayOption, server.display()),
               HasSubstr("controls kept"));
   const std::string headlessOutput = runProgram(commandWithoutDisplayOption, ":9999");

@@ -27,7 +27,7 @@ class ShowProcess : NonCopyable {
 
   /// The output so far.
   [[nodiscard]] const std::string& output() const { return output_; }
-  /// Returns the time, in seconds, that is printed in the first line that ends with `ending`.
+  /// Returns the time in seconds at the beginning of the first line that ends with `ending`.
   /// Returns -1 if no line ends with `ending`.
   [[nodiscard]] double timeOf(std::string_view ending) const;
 
