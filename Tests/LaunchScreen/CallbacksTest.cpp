@@ -1,5 +1,7 @@
-// The manager as a delegate of the launch screen's controller. When the manager subscribes, it
-// registers for six notifications.
+// LaunchScreenManager as a delegate of the launch screen's controller. The manager runs the
+// countdown, allows or refuses dismissals, and schedules the analytics event. The event is recorded
+// half a second after it has been scheduled. When a launch screen is about to be presented, the
+// manager subscribes to six notifications.
 #include <limits>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -45,7 +47,7 @@ TEST_F(CallbacksTest, WillPresentSubscribesAndStartsTheCountdown) {
   EXPECT_EQ(timeLeft(), 5.0);
 }
 
-TEST_F(CallbacksTest, WithoutAPositiveTimeLeftWillPresentSubscribesButStartsNoCountdown) {
+TEST_F(CallbacksTest, WillPresentOnlySubscribesIfTheTimeLeftIsNotPositive) {
   std::size_t callCount = 0;
   for (const double seconds : {0.0, -0.1, -3.0, kNaN}) {
     setTimeLeft(seconds);
@@ -55,7 +57,7 @@ TEST_F(CallbacksTest, WithoutAPositiveTimeLeftWillPresentSubscribesButStartsNoCo
   }
 }
 
-TEST_F(CallbacksTest, WhileUnfocusedWillPresentSubscribesButStartsNoCountdown) {
+TEST_F(CallbacksTest, WillPresentOnlySubscribesWhileUnfocused) {
   setTimeLeft(5.0);
   manager->setAppIsUnfocused(true);
   manager->launchScreenControllerWillPresent(nullptr);
@@ -75,7 +77,7 @@ TEST_F(CallbacksTest, ASecondWillPresentSubscribesAgainAndKeepsTheCountdown) {
 
 // canLaunchScreenControllerDismiss in skip mode
 
-TEST_F(CallbacksTest, InSkipModeWhileFocusedADismissalIsAlwaysAllowed) {
+TEST_F(CallbacksTest, InSkipModeADismissalWhileFocusedIsAlwaysAllowed) {
   configuration().setSkipMode(true);
   for (const double seconds : {5.0, 0.1, 0.05, 0.0, -0.1, kNaN}) {
     startCountdown(seconds);
@@ -96,7 +98,7 @@ TEST_F(CallbacksTest, InSkipModeADismissalKeepsTheTimeLeft) {
   EXPECT_EQ(timeLeft(), 0.05);
 }
 
-TEST_F(CallbacksTest, InSkipModeWhileUnfocusedTheDismissalIsPostponed) {
+TEST_F(CallbacksTest, InSkipModeADismissalWhileUnfocusedIsPostponed) {
   configuration().setSkipMode(true);
   manager->setAppIsUnfocused(true);
   for (const double seconds : {5.0, 0.05}) {
@@ -139,9 +141,10 @@ TEST_F(CallbacksTest, InSkipModeTheLaunchScreenEndsWhenItsTimeIsUsedUp) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-// canLaunchScreenControllerDismiss with the time used up: at most 0.1 s is left
+// canLaunchScreenControllerDismiss for a late dismissal: at most one tick (0.1 s) of the countdown
+// is left.
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalIsAllowedAndSetsTheTimeLeftToZero) {
+TEST_F(CallbacksTest, ALateDismissalIsAllowedAndSetsTheTimeLeftToZero) {
   load(5.0);
   for (const double seconds : {0.1, 0.05, 0.0, -0.1}) {
     setTimeLeft(seconds);
@@ -152,7 +155,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalIsAllowedAndSetsTheTimeLeftToZe
   }
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithARunningTimerSchedulesTheEvent) {
+TEST_F(CallbacksTest, ALateDismissalSchedulesTheEventIfTheTimerIsRunning) {
   load(5.0);
   manager->setLaunchScreenExpired(true);
   startCountdown(0.1);
@@ -166,7 +169,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithARunningTimerSchedulesTheEv
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithAnInvalidTimerSchedulesNoEvent) {
+TEST_F(CallbacksTest, ALateDismissalSchedulesNoEventIfTheTimerIsInvalid) {
   load(5.0);
   startCountdown(0.1);
   timer()->invalidate();
@@ -175,7 +178,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalWithAnInvalidTimerSchedulesNoEv
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedADismissalPostponesTheEvent) {
+TEST_F(CallbacksTest, ALateDismissalWhileUnfocusedPostponesTheEvent) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   startCountdown(0.1);
@@ -184,7 +187,7 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpWhileUnfocusedADismissalPostponesTheEvent
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpALaunchScreenThatPresentsASheetRefusesTheDismissal) {
+TEST_F(CallbacksTest, ALateDismissalIsRefusedWhileASheetIsPresented) {
   const auto sheet = showLaunchScreenThatPresentsASheet(5.0);
   manager->setAppIsUnfocused(false);
   startCountdown(0.1);
@@ -193,19 +196,19 @@ TEST_F(CallbacksTest, WithTheTimeUsedUpALaunchScreenThatPresentsASheetRefusesThe
   EXPECT_EQ(timer(), nullptr);
   EXPECT_EQ(timeLeft(), 0.0);
   EXPECT_TRUE(manager->eventWasSended()) << "the timer was running";
-  // This call skips the launch screen's own override, which asks the delegates.
+  // The override of the launch screen's controller would ask its delegates. Call the base class.
   controller()->NSViewController::dismissViewController(sheet);
   EXPECT_TRUE(canDismiss());
 }
 
-TEST_F(CallbacksTest, WithTheTimeUsedUpADismissalOfANullControllerIsAllowed) {
+TEST_F(CallbacksTest, ALateDismissalOfANullControllerIsAllowed) {
   setTimeLeft(0.1);
   EXPECT_TRUE(manager->canLaunchScreenControllerDismiss(nullptr));
 }
 
-// canLaunchScreenControllerDismiss with time left
+// canLaunchScreenControllerDismiss for an early dismissal: more than 0.1 s is left.
 
-TEST_F(CallbacksTest, WithTimeLeftTheEventIsScheduledTwoSecondsAfterARefusedDismissal) {
+TEST_F(CallbacksTest, AnEarlyDismissalIsRefusedAndSchedulesTheEventTwoSecondsLater) {
   load(5.0);
   // The first value is the smallest double above 0.1. The third value is the float 0.1.
   for (const double seconds : {0x1.999999999999bp-4, 0.1000001, 0.10000000149011612, 5.0}) {
@@ -227,7 +230,7 @@ TEST_F(CallbacksTest, WithTimeLeftTheEventIsScheduledTwoSecondsAfterARefusedDism
   EXPECT_EQ(platform.events, (Events{{"launch_end", 2.5}})) << "one event for all four refusals";
 }
 
-TEST_F(CallbacksTest, IfTheTimeLeftIsNaNTheDismissalIsRefused) {
+TEST_F(CallbacksTest, ADismissalIsRefusedIfTheTimeLeftIsNaN) {
   load(5.0);
   setTimeLeft(kNaN);
   EXPECT_FALSE(canDismiss());
@@ -303,30 +306,30 @@ TEST_F(CallbacksTest, InSkipModeDidDismissSchedulesNoEvent) {
 
 // A launch screen whose time is used up
 
-TEST_F(CallbacksTest, WhenTheTimeIsUsedUpTheEventIsNotScheduledBeforeTheDismissal) {
+TEST_F(CallbacksTest, TheLastTickSchedulesNoEventBeforeTheDismissal) {
   load(1.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   const auto hostDelegate = addHostDelegate();
-  bool wasSentBeforeDismissal = true;
+  bool wasScheduledBeforeDismissal = true;
   hostDelegate->onNext(CoverCall::CanDismiss,
-                       [&] { wasSentBeforeDismissal = manager->eventWasSended(); });
+                       [&] { wasScheduledBeforeDismissal = manager->eventWasSended(); });
   platform.run(1.1);
-  EXPECT_FALSE(wasSentBeforeDismissal);
+  EXPECT_FALSE(wasScheduledBeforeDismissal);
   EXPECT_TRUE(manager->eventWasSended());
   EXPECT_EQ(registrationCount(), 0u);
   platform.run(5.0);
   EXPECT_EQ(platform.events, (Events{{"launch_end", 1.6}}));
 }
 
-TEST_F(CallbacksTest, AnExpiredLaunchScreenThatPresentsASheetStays) {
+TEST_F(CallbacksTest, ALaunchScreenThatPresentsASheetStaysWhenItsTimeIsUsedUp) {
   const auto sheet = showLaunchScreenThatPresentsASheet(1.0);
   // The sheet took the focus, which paused the countdown.
   manager->startTimer();
   platform.run(10.0);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_EQ(timer(), nullptr);
-  // The last tick asks for the dismissal. The refusal sets the time left to 0. The same tick then
-  // subtracts 0.1.
+  // The last tick requests the dismissal. The manager refuses it and sets the time left to 0. The
+  // same tick then subtracts 0.1.
   EXPECT_EQ(timeLeft(), -0.1);
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.events.empty());

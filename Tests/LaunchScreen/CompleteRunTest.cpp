@@ -1,8 +1,11 @@
-// Complete runs of a launch screen, from request to event. The line "style 7" in the journal means
-// that a window gets the style mask 7. The mask of a window with a title and all controls is 15.
+// Complete runs of a launch screen, from the request for content to the recorded analytics event.
 //
-// The cover is the launch screen's controller. An embedded cover has a parent (a view controller)
-// only if its window has a content view controller.
+// The journal lists what happens in a run. Its line "style 7" means that a window gets the style
+// mask 7. The style mask of a window with a title and all controls is 15.
+//
+// The cover is the view of an embedded launch screen: it covers the content of an existing window.
+// If the window has a content view controller, this controller is the parent of the cover's
+// controller.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -22,16 +25,18 @@ class CompleteRunTest : public LaunchScreenTest {
     takeEvents();
     present(window, hostMode);
   }
-  // The focus leaves the window after three ticks and returns five seconds later.
+  // Takes the focus away after three ticks of the countdown. `window` becomes key five seconds
+  // later.
   void switchAwayAndBack(const Strong<NSWindow>& window) {
     platform.run(0.35);
     platform.windowSystem().userMovesFocusAway();
     platform.run(5);
     window->makeKeyWindow();
   }
-  // Empties the journal and returns its lines. The journal does not contain the events that the
-  // manager records: they are in `platform.events`.
+  // Empties the journal and returns its lines. The recorded analytics events are in
+  // `platform.events` instead.
   Lines takeEvents() { return std::exchange(*journal, {}); }
+  // The number of rectangles that the window draws: 1 while it shows a cover, otherwise 0.
   [[nodiscard]] std::size_t rectangleCount(const Strong<NSWindow>& window) {
     return platform.windowSystem().window(window->handle())->scene.size();
   }
@@ -139,7 +144,7 @@ TEST_F(CompleteRunTest, AModalWindowDoesNotCountUnfocusedTime) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-TEST_F(CompleteRunTest, WhenThePlayerWindowBecomesKeyTheCountdownOfAModalWindowResumes) {
+TEST_F(CompleteRunTest, TheCountdownOfAModalWindowResumesWhenThePlayerWindowBecomesKey) {
   const auto window = openPlayerWindow();
   show(window, kHostModeModalWindow);
   switchAwayAndBack(window);
@@ -187,7 +192,7 @@ TEST_F(CompleteRunTest, AConsentDialogPausesTheCountdownUntilItCloses) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 6.65}}));
 }
 
-// Dismissals, a closed window and a second launch screen
+// Dismissals, a destroyed window and a second launch screen
 
 TEST_F(CompleteRunTest, InSkipModeAnEarlyDismissalRecordsNoEvent) {
   const auto window = openPlayerWindow();
@@ -240,7 +245,7 @@ TEST_F(CompleteRunTest, ALaunchScreenThatPresentsASheetIsNotDismissed) {
   platform.run(5);
   EXPECT_NE(controller()->view()->window(), nullptr);
   EXPECT_TRUE(platform.events.empty());
-  // This call skips the launch screen's own override, which asks the delegates.
+  // The override of the launch screen's controller would ask its delegates. Call the base class.
   controller()->NSViewController::dismissViewController(sheet);
   takeEvents();
   manager->dismissLaunchScreen();
@@ -248,7 +253,7 @@ TEST_F(CompleteRunTest, ALaunchScreenThatPresentsASheetIsNotDismissed) {
                                  "viewDidDisappear", "host: did disappear"}));
 }
 
-TEST_F(CompleteRunTest, ClosingTheHostWindowEndsTheLaunchScreen) {
+TEST_F(CompleteRunTest, TheLaunchScreenEndsWhenTheOwnerDestroysItsWindow) {
   const auto window = openPlayerWindow();
   show(window, kHostModeEmbedded, 10);
   platform.run(0.5);

@@ -1,4 +1,4 @@
-// The default configuration: the first use creates it, and a host can replace it, but not by null.
+// The default configuration. The first use creates it. A host can replace it, but not with null.
 #include "LaunchScreen/Helpers/LaunchScreenConfiguration.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -7,7 +7,7 @@ namespace {
 
 using Configuration = LaunchScreenConfiguration;
 
-constexpr auto kRefusal =
+constexpr auto kNullConfigurationLogLine =
     "LaunchScreenConfiguration (+[LaunchScreenConfiguration setDefaultConfiguration:]): "
     "Failed to set nil configuration!";
 
@@ -68,13 +68,13 @@ TEST_F(ConfigurationTest, AConfigurationSetBeforeTheFirstUseIsTheDefault) {
 TEST_F(ConfigurationTest, SettingNullKeepsTheDefaultAndLogsOneLine) {
   const auto configuration = Configuration::defaultConfiguration();
   Configuration::setDefaultConfiguration(nullptr);
-  EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
+  EXPECT_EQ(platform.log, std::vector<std::string>{kNullConfigurationLogLine});
   EXPECT_EQ(Configuration::defaultConfiguration(), configuration);
 }
 
 TEST_F(ConfigurationTest, SettingNullBeforeTheFirstUseChangesNothing) {
   Configuration::setDefaultConfiguration(nullptr);
-  EXPECT_EQ(platform.log, std::vector<std::string>{kRefusal});
+  EXPECT_EQ(platform.log, std::vector<std::string>{kNullConfigurationLogLine});
   EXPECT_EQ(sDefaultConfiguration, nullptr);
   expectInitialValues(*Configuration::defaultConfiguration());
 }

@@ -1,9 +1,8 @@
-// The host's consent dialog: when the dialog resigns key, the window of the launch screen becomes
-// key. A dialog is a consent dialog if its content view controller has the class name
-// "GDPRViewController".
+// A host's consent dialog is a window whose content view controller has the class name
+// "GDPRViewController". When the dialog resigns key, the window of the launch screen becomes key.
 //
-// A window is required if the user can see the launch screen while the window is key. The countdown
-// pauses when a required window that is not a consent dialog resigns key.
+// A window is required if the user can see the launch screen while the window is key. When a
+// required window resigns key, the countdown pauses, except if the window is a consent dialog.
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -78,14 +77,13 @@ TEST_F(ConsentTest, TheModalSessionEndsThenTheManagerIsNotifiedThenTheWindowBeco
   EXPECT_EQ(NSApp->keyWindow(), window);
 }
 
-TEST_F(ConsentTest, IfADismissalMovesTheViewToAnotherWindowTheOtherWindowBecomesKey) {
+TEST_F(ConsentTest, TheNewWindowBecomesKeyIfTheDismissalMovesTheView) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
-  const auto otherWindow = openWindow("NSWindow");
-  hostController->onNextCall(
-      [&] { otherWindow->contentView()->addSubview(hostController->view()); });
+  const auto newWindow = openWindow("NSWindow");
+  hostController->onNextCall([&] { newWindow->contentView()->addSubview(hostController->view()); });
   notifyDidResignKey(consentDialog);
-  EXPECT_EQ(NSApp->keyWindow(), otherWindow);
+  EXPECT_EQ(NSApp->keyWindow(), newWindow);
 }
 
 TEST_F(ConsentTest, ANotificationIsPostedOnlyIfTheLaunchScreenWindowWasNotKey) {
@@ -105,7 +103,7 @@ TEST_F(ConsentTest, ANotificationIsPostedOnlyIfTheLaunchScreenWindowWasNotKey) {
       << "the window becomes key";
 }
 
-TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
+TEST_F(ConsentTest, OnlyTheModalSessionEndsIfNoWindowShowsTheLaunchScreen) {
   load(5.0);
   manager->setAppIsUnfocused(true);
   NSApp->beginModalSession(consentDialog);
@@ -118,8 +116,8 @@ TEST_F(ConsentTest, WithoutALaunchScreenWindowOnlyTheModalSessionEnds) {
 
 TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown) {
   show(5.0);
-  // A window is required if it has a child controller of the class of the launch screen's
-  // controller. That controller is a HostController in this test.
+  // The launch screen's controller is a HostController. A window whose content view controller has
+  // a child of the same class is required.
   consentDialog->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   ASSERT_TRUE(manager->isRequiredWindow(consentDialog));
@@ -129,7 +127,7 @@ TEST_F(ConsentTest, AConsentDialogThatIsARequiredWindowDoesNotPauseTheCountdown)
   EXPECT_FALSE(manager->appIsUnfocused());
 }
 
-TEST_F(ConsentTest, WithoutAnApplicationTheCountdownStillResumes) {
+TEST_F(ConsentTest, TheCountdownResumesIfThereIsNoApplication) {
   show(5.0);
   manager->pauseTimer();
   const Strong<NSApplication> application = NSApp;

@@ -14,7 +14,7 @@ TEST(ConstantsTest, TheEngineNameIsLaunchScreen) {
   EXPECT_EQ(kLaunchScreenEngine, "launch_screen");
 }
 
-TEST(ConstantsTest, TheKeysAndModesOfARequestHaveTheirValues) {
+TEST(ConstantsTest, RequestKeysAndModesHaveTheExpectedText) {
   EXPECT_EQ(LaunchScreenContentRequest.mode, "mode");
   EXPECT_EQ(LaunchScreenContentRequest.skip, "skip");
   EXPECT_EQ(LaunchScreenContentRequest.forced, "forced");
@@ -38,9 +38,11 @@ TEST(ConstantsTest, TheStepOfTheCountdownIsTheDoubleNearestToATenth) {
   EXPECT_EQ(expirationTimeStep, 0x1.999999999999ap-4);
 }
 
-TEST(ConstantsTest, TheSideOfTheIndicatorIs32Points) { EXPECT_EQ(activityIndicatorSide, 32.0); }
+TEST(ConstantsTest, TheSideOfTheActivityIndicatorIs32Points) {
+  EXPECT_EQ(activityIndicatorSide, 32.0);
+}
 
-TEST(ConstantsTest, TheClassNamesOfTheHostHaveTheirValues) {
+TEST(ConstantsTest, HostClassNamesHaveTheExpectedText) {
   EXPECT_EQ(LSUnityPlayerWindowClassName, "PlayerWindow");
   EXPECT_EQ(LSGDPRControllerClassName, "GDPRViewController");
 }

@@ -1,5 +1,6 @@
-// The manager as a content resolver: it creates content and views for requests. Usually it loads a
-// request into its main content. While a launch screen is shown, it creates a temporary content.
+// LaunchScreenManager as a content resolver: a host requests content, and then the view of the
+// content. The manager creates its main content at its construction and returns it for a request.
+// While a launch screen is shown, the manager creates and returns a temporary content instead.
 #include <functional>
 #include <limits>
 #include <utility>
@@ -24,15 +25,15 @@ class ContentCreationTest : public LaunchScreenTest {
   Strong<ContentData> request(double duration, std::string_view mode = "") {
     return manager->contentDataForContentRequest(makeRequest("launch_end", duration, mode));
   }
-  // Opens a window with another launch screen. The manager recognizes a launch screen by the class
-  // name of its controller. A new request then gets a temporary content.
+  // Opens a window with another launch screen. The next request then gets a temporary content. The
+  // manager recognizes a launch screen by the class name of its controller.
   static Strong<NSWindow> showAnotherLaunchScreen() {
     const auto window = openPlayerWindowWithContentViewController();
     window->contentViewController()->addChildViewController(
         make<NamedViewController>("LaunchScreenViewController"));
     return window;
   }
-  // Loads a temporary content with a controller that only records its calls.
+  // Loads a temporary content with a controller that only records the calls it receives.
   Strong<HostController> loadTemporaryHostController() {
     const auto hostController = make<HostController>();
     configuration().setViewController(hostController);
@@ -68,7 +69,7 @@ TEST_F(ContentCreationTest, TheClassNameIsLaunchScreenManager) {
   EXPECT_EQ(manager->className(), "LaunchScreenManager");
 }
 
-TEST_F(ContentCreationTest, TheManagerDoesNotImplementTheOptionalOperationName) {
+TEST_F(ContentCreationTest, TheManagerDoesNotRespondToName) {
   const Strong<ContentResolver> resolver = manager;
   EXPECT_FALSE(respondsTo<&ContentResolver::name>(resolver));
 }
@@ -90,7 +91,7 @@ TEST_F(ContentCreationTest, TheOnlySupportedEngineIsLaunchScreen) {
   EXPECT_EQ(engines[0]->UTF8String(), "launch_screen");
 }
 
-TEST_F(ContentCreationTest, ActivateRegistersWithTheBrokerAndIgnoresItsResult) {
+TEST_F(ContentCreationTest, ActivateRegistersWithTheBrokerAndIgnoresTheBrokersResult) {
   const auto broker = make<Broker>();
   EXPECT_TRUE(manager->activate(broker));
   EXPECT_EQ(broker->resolvers, std::vector<Strong<ContentResolver>>{manager});
@@ -126,7 +127,7 @@ TEST_F(ContentCreationTest, TheTimeLeftIsTheDurationInSinglePrecision) {
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), 0.10000000149011612);
 }
 
-TEST_F(ContentCreationTest, ANegativeDurationIsAcceptedAndItsContentFails) {
+TEST_F(ContentCreationTest, ARequestWithANegativeDurationIsAcceptedButTheContentFails) {
   EXPECT_EQ(request(-3), manager->content());
   EXPECT_EQ(configuration().expirationTimeInterval(), -3.0);
   EXPECT_EQ(manager->launchScreenExpirationTimeLeft(), -3.0);
@@ -134,12 +135,12 @@ TEST_F(ContentCreationTest, ANegativeDurationIsAcceptedAndItsContentFails) {
   EXPECT_EQ(manager->content()->viewController(), nullptr);
 }
 
-TEST_F(ContentCreationTest, ADurationOfNaNIsAcceptedAndItsContentLoads) {
+TEST_F(ContentCreationTest, ARequestWithADurationOfNaNIsAcceptedAndTheContentLoads) {
   EXPECT_EQ(request(std::numeric_limits<double>::quiet_NaN()), manager->content());
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
 
-TEST_F(ContentCreationTest, TheDelegateIsNotifiedOfTheMainContentsState) {
+TEST_F(ContentCreationTest, TheDelegateIsNotifiedOfTheStateOfTheMainContent) {
   manager->setDelegate(listener);
   request(5.0);
   ASSERT_EQ(listener->changes.size(), 1u);
@@ -295,7 +296,7 @@ TEST_F(ContentCreationTest, TheContentViewIsTheMainContentForEveryArgument) {
   EXPECT_EQ(manager->contentViewForContentData(LaunchScreenContent::init()), manager->content());
 }
 
-TEST_F(ContentCreationTest, AskingForAViewReleasesTheTemporaryContent) {
+TEST_F(ContentCreationTest, AskingForTheViewReleasesTheTemporaryContent) {
   load(5.0);
   showAnotherLaunchScreen();
   const auto hostController = loadTemporaryHostController();
@@ -376,7 +377,7 @@ TEST_F(ContentCreationTest, DeactivateWithoutContentsDoesNothing) {
   EXPECT_EQ(manager->contentViewForContentData(nullptr), nullptr);
 }
 
-TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndReturnsNull) {
+TEST_F(ContentCreationTest, ARequestAfterDeactivationIsParsedAndReturnsNull) {
   manager->deactivate();
   EXPECT_EQ(request(5.0, "skip"), nullptr);
   EXPECT_EQ(configuration().expirationTimeInterval(), 5.0);
@@ -385,7 +386,7 @@ TEST_F(ContentCreationTest, AfterDeactivationARequestIsParsedAndReturnsNull) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(ContentCreationTest, AfterDeactivationARequestCanGetATemporaryContent) {
+TEST_F(ContentCreationTest, ARequestAfterDeactivationCanGetATemporaryContent) {
   manager->deactivate();
   showAnotherLaunchScreen();
   EXPECT_NE(request(5.0), nullptr);
@@ -394,7 +395,7 @@ TEST_F(ContentCreationTest, AfterDeactivationARequestCanGetATemporaryContent) {
 
 // Requests on another thread
 
-TEST_F(ContentCreationTest, OnAnotherThreadTheContentIsReturnedBeforeItsControllerExists) {
+TEST_F(ContentCreationTest, ARequestOnAnotherThreadReturnsTheContentBeforeItsControllerExists) {
   manager->setDelegate(listener);
   Strong<ContentData> data;
   runOnAnotherThread([&] { data = request(5.0); });
@@ -412,7 +413,7 @@ TEST_F(ContentCreationTest, OnAnotherThreadTheContentIsReturnedBeforeItsControll
   EXPECT_TRUE(listener->changes[0].isOnMainThread);
 }
 
-TEST_F(ContentCreationTest, OnAnotherThreadARefusedRequestReturnsNull) {
+TEST_F(ContentCreationTest, ARefusedRequestOnAnotherThreadReturnsNull) {
   Strong<ContentData> data = manager->content();
   runOnAnotherThread([&] { data = request(0.0); });
   EXPECT_EQ(data, nullptr);
