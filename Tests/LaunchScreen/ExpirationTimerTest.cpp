@@ -11,6 +11,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
+// The double nearest to 0.1. The tests write exact values in hexadecimal.
 constexpr double kTenth = 0x1.999999999999ap-4;
 
 class ExpirationTimerTest : public LaunchScreenTest {
@@ -24,7 +25,7 @@ class ExpirationTimerTest : public LaunchScreenTest {
 
 // Starting
 
-TEST_F(ExpirationTimerTest, WithTimeLeftStartSchedulesATimerAndSubtractsNothing) {
+TEST_F(ExpirationTimerTest, StartWithTimeLeftSchedulesATimerAndSubtractsNothing) {
   setTimeLeft(1.0);
   manager->startTimer();
   ASSERT_NE(timer(), nullptr);
@@ -34,7 +35,7 @@ TEST_F(ExpirationTimerTest, WithTimeLeftStartSchedulesATimerAndSubtractsNothing)
   EXPECT_EQ(timeLeft(), 1.0);
 }
 
-TEST_F(ExpirationTimerTest, WithNoTimeLeftStartCreatesNoTimer) {
+TEST_F(ExpirationTimerTest, StartWithoutTimeLeftCreatesNoTimer) {
   for (const double seconds :
        {0.0, -0.0, -0x1p-55, -0.1, -3.0, -std::numeric_limits<double>::infinity()}) {
     setTimeLeft(seconds);
@@ -92,7 +93,7 @@ TEST_F(ExpirationTimerTest, StartReplacesAnInvalidTimer) {
   EXPECT_TRUE(timer()->isValid());
 }
 
-// Ticks
+// Ticks. Each tick of the timer calls `updateTimer`.
 
 TEST_F(ExpirationTimerTest, ATickComesEveryTenthOfASecondAndNotBefore) {
   setTimeLeft(1.0);
@@ -108,21 +109,21 @@ TEST_F(ExpirationTimerTest, ATickComesEveryTenthOfASecondAndNotBefore) {
 }
 
 TEST_F(ExpirationTimerTest, EachTickSubtractsTheDoubleNearestToATenth) {
-  const double values[] = {1.0,
-                           0x1.ccccccccccccdp-1,
-                           0x1.999999999999ap-1,
-                           0x1.6666666666667p-1,
-                           0x1.3333333333334p-1,
-                           0x1.0000000000001p-1,
-                           0x1.999999999999cp-2,
-                           0x1.3333333333336p-2,
-                           0x1.999999999999fp-3,
-                           0x1.99999999999a4p-4,
-                           0x1.4p-53,
-                           -0x1.999999999999p-4};
-  setTimeLeft(values[0]);
-  for (const double value : values) {
-    EXPECT_EQ(timeLeft(), value);
+  const double timesLeft[] = {1.0,
+                              0x1.ccccccccccccdp-1,
+                              0x1.999999999999ap-1,
+                              0x1.6666666666667p-1,
+                              0x1.3333333333334p-1,
+                              0x1.0000000000001p-1,
+                              0x1.999999999999cp-2,
+                              0x1.3333333333336p-2,
+                              0x1.999999999999fp-3,
+                              0x1.99999999999a4p-4,
+                              0x1.4p-53,
+                              -0x1.999999999999p-4};
+  setTimeLeft(timesLeft[0]);
+  for (const double expectedTimeLeft : timesLeft) {
+    EXPECT_EQ(timeLeft(), expectedTimeLeft);
     manager->updateTimer();
   }
 }
@@ -178,24 +179,25 @@ TEST_F(ExpirationTimerTest, TheLastTickReleasesTheTimerThenDismissesThenSubtract
 // The arithmetic
 
 struct Countdown {
-  double start;
-  int dismissingTick;     // the number of the tick that dismisses
-  double timeLeftBefore;  // before the dismissing tick
-  double timeLeftAfter;   // after the dismissing tick, if the dismissal does not stop the countdown
+  double initialTimeLeft;
+  int dismissingTick;     // the number of the tick that dismisses, counted from 1
+  double timeLeftBefore;  // the time left before the dismissing tick
+  double timeLeftAfter;   // the time left after it, used only by `DismissesAtTheExpectedTick`
 };
 
 std::ostream& operator<<(std::ostream& out, const Countdown& countdown) {
-  return out << countdown.start << " s";
+  return out << countdown.initialTimeLeft << " s";
 }
 
 class CountdownTest : public ExpirationTimerTest, public testing::WithParamInterface<Countdown> {};
 
 TEST_P(CountdownTest, DismissesAtTheExpectedTick) {
+  // The dismissal of a HostController does not change the time left.
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   double timeLeftBefore = -1;
   hostController->onNextCall([&] { timeLeftBefore = timeLeft(); });
-  setTimeLeft(GetParam().start);
+  setTimeLeft(GetParam().initialTimeLeft);
   manager->startTimer();
 
   runTicks(GetParam().dismissingTick - 1);
@@ -214,20 +216,20 @@ TEST_P(CountdownTest, DismissesAtTheExpectedTick) {
   EXPECT_EQ(hostController->calls.size(), 1u);
 }
 
-TEST_P(CountdownTest, ADismissalThatStopsTheCountdownLeavesMinusATenthOfASecond) {
+TEST_P(CountdownTest, ADismissalThatStopsTheCountdownMakesTheTimeLeftNegative) {
   load(5.0);
   addHostDelegate();
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   journal->clear();
-  manager->pauseTimer();
-  setTimeLeft(GetParam().start);
+  manager->pauseTimer();  // `present` has started the countdown
+  setTimeLeft(GetParam().initialTimeLeft);
   manager->startTimer();
 
   runTicks(GetParam().dismissingTick - 1);
   EXPECT_TRUE(journal->empty());
   runTicks(1);
   EXPECT_EQ(*journal, (Lines{"host: can dismiss", "host: did dismiss"}));
-  // The dismissal sets the time left to 0. The tick then subtracts its tenth of a second.
+  // The dismissal stops the countdown and sets the time left to 0. The tick then subtracts 0.1.
   EXPECT_EQ(timeLeft(), -kTenth);
   manager->startTimer();
   EXPECT_EQ(timer(), nullptr);
@@ -244,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Countdown{3.0, 30, 0x1.999999999992cp-4, -0x1.b8p-50},
                     Countdown{5.0, 51, 0x1.28p-50, -0x1.999999999995p-4},
                     Countdown{10.0, 101, 0x1.528p-46, -0x1.999999999945p-4},
-                    // A tenth and three tenths of a second in single precision.
+                    // 0.1 and 0.3 in single precision.
                     Countdown{0.10000000149011612, 2, 0x1.9999998p-30, -0x1.9999993333334p-4},
                     Countdown{0.30000001192092896, 4, 0x1.9999999p-27, -0x1.9999966666668p-4}));
 
@@ -277,7 +279,7 @@ TEST_F(ExpirationTimerTest, PauseAlsoReleasesAnInvalidTimer) {
   EXPECT_EQ(timer(), nullptr);
 }
 
-TEST_F(ExpirationTimerTest, AfterAPauseANewTimerTicksAfterAFullInterval) {
+TEST_F(ExpirationTimerTest, StartAfterAPauseSchedulesTheNextTickAFullIntervalLater) {
   setTimeLeft(1.0);
   manager->startTimer();
   const auto previousTimer = timer();
@@ -312,7 +314,7 @@ TEST_F(ExpirationTimerTest, StopSetsTheTimeLeftOfAPausedOrFinishedCountdownToZer
   }
 }
 
-TEST_F(ExpirationTimerTest, AfterAStopTheCountdownStartsOnlyWithTimeLeft) {
+TEST_F(ExpirationTimerTest, StartAfterAStopNeedsANewTimeLeft) {
   setTimeLeft(1.0);
   manager->startTimer();
   manager->stopTimer();

@@ -1,6 +1,9 @@
 // How the countdown follows the key window. A window is required if the user can see the launch
 // screen while the window is key. The countdown pauses when a required window resigns key, and
 // resumes when a required window becomes key.
+//
+// If `launchShouldBeClosed` is true when a required window becomes key, the manager runs the
+// postponed dismissal (in skip mode) or schedules the postponed analytics event (otherwise).
 #include "Platform/Foundation/NSNotificationCenter.h"
 #include "Tests/Support/LaunchScreenHost.h"
 
@@ -23,7 +26,7 @@ TEST_F(FocusTest, SubscribeRegistersSixObservers) {
   EXPECT_EQ(registrationCount(), 6u);
 }
 
-TEST_F(FocusTest, AfterASecondSubscribeANotificationCallsItsHandlerTwice) {
+TEST_F(FocusTest, SubscribingTwiceMakesANotificationCallItsHandlerTwice) {
   show(5.0, "skip");
   manager->setLaunchShouldBeClosed(true);
   manager->subscribeAppLifecycle();
@@ -63,7 +66,7 @@ TEST_F(FocusTest, NotificationsOfApplicationActivationAndMiniaturizingHaveNoEffe
   }
 }
 
-TEST_F(FocusTest, TheHandlersOfApplicationActivationMiniaturizingAndBackgroundDoNothing) {
+TEST_F(FocusTest, HandlersUnrelatedToTheKeyWindowDoNothing) {
   show(5.0);
   const auto stateBefore = state();
   const auto notification =
@@ -105,14 +108,14 @@ TEST_F(FocusTest, ARequiredWindowThatResignsKeyPausesTheCountdown) {
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, ARequiredWindowThatResignsKeySetsUnfocusedEvenWithoutACountdown) {
+TEST_F(FocusTest, ARequiredWindowThatResignsKeySetsAppIsUnfocusedEvenWithoutACountdown) {
   show(5.0);
   manager->stopTimer();
   notifyDidResignKey(window);
   EXPECT_TRUE(manager->appIsUnfocused());
 }
 
-TEST_F(FocusTest, AfterTheExpirationARequiredWindowThatResignsKeyChangesNothing) {
+TEST_F(FocusTest, ARequiredWindowThatResignsKeyAfterTheExpirationChangesNothing) {
   show(5.0);
   manager->setLaunchScreenExpired(true);
   const auto stateBefore = state();
@@ -130,8 +133,7 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItResignsKey) {
   EXPECT_EQ(state(), stateBefore);
 }
 
-// A window becomes key. `launchShouldBeClosed` means that the analytics event is postponed. In skip
-// mode it means that the dismissal is postponed.
+// A window becomes key
 
 TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsTheCountdown) {
   show(5.0);
@@ -151,7 +153,7 @@ TEST_F(FocusTest, ARequiredWindowThatBecomesKeyDoesNotChangeARunningCountdown) {
   EXPECT_EQ(timer(), runningTimer);
 }
 
-TEST_F(FocusTest, WithNoTimeLeftARequiredWindowThatBecomesKeyStartsNoCountdown) {
+TEST_F(FocusTest, ARequiredWindowThatBecomesKeyStartsNoCountdownIfNoTimeIsLeft) {
   show(5.0);
   manager->stopTimer();
   manager->setAppIsUnfocused(true);
@@ -171,7 +173,8 @@ TEST_F(FocusTest, AWindowThatIsNotRequiredChangesNothingWhenItBecomesKey) {
   EXPECT_TRUE(hostController->calls.empty());
 }
 
-TEST_F(FocusTest, APostponedEventIsScheduledASecondAfterTheWindowBecomesKey) {
+TEST_F(FocusTest, APostponedEventIsSentASecondAfterTheWindowBecomesKey) {
+  // Sending the event sets `eventWasSended`. The event is recorded half a second later.
   show(5.0);
   notifyDidResignKey(window);
   manager->sendAnalyticsEvent();
@@ -198,7 +201,7 @@ TEST_F(FocusTest, APostponedEventStaysPostponedIfTheWindowResignsKeyAgain) {
   EXPECT_FALSE(manager->eventWasSended());
 }
 
-TEST_F(FocusTest, IfTheWindowBecomesKeyTwiceAPostponedEventIsRecordedOnce) {
+TEST_F(FocusTest, APostponedEventIsRecordedOnceIfTheWindowBecomesKeyTwice) {
   show(5.0);
   manager->setLaunchShouldBeClosed(true);
   notifyDidBecomeKey(window);

@@ -37,17 +37,17 @@ class LifetimeTest : public LaunchScreenTest {
 
 // Deactivation
 
-TEST_F(LifetimeTest, AfterDeactivationManagerContentAndControllerAreDestroyed) {
+TEST_F(LifetimeTest, TheManagerIsDestroyedWithItsContentAndControllerAfterDeactivation) {
   load(5.0);
   deactivateAndReleaseManager();
   EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsDestroyed) {
+TEST_F(LifetimeTest, TheTemporaryContentIsDestroyedAfterDeactivation) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
-  // The manager recognizes a launch screen by the class name of its controller. While a launch
-  // screen is shown, a new request gets a temporary content.
+  // To the manager, a child view controller with this class name is a shown launch screen. A new
+  // request then gets a temporary content.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("LaunchScreenViewController"));
   manager->contentDataForContentRequest(makeRequest("e", 5));
@@ -60,7 +60,7 @@ TEST_F(LifetimeTest, AfterDeactivationTheTemporaryContentIsDestroyed) {
   EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, AfterACompleteRunAndDeactivationAllAreDestroyedInEveryMode) {
+TEST_F(LifetimeTest, EverythingIsDestroyedAfterACompleteRunInEveryHostMode) {
   for (const std::int32_t mode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     load(0.5);
@@ -71,7 +71,7 @@ TEST_F(LifetimeTest, AfterACompleteRunAndDeactivationAllAreDestroyedInEveryMode)
   }
 }
 
-TEST_F(LifetimeTest, AfterACompleteRunWithoutAContentViewControllerAllAreDestroyed) {
+TEST_F(LifetimeTest, EverythingIsDestroyedAfterACompleteRunWithoutAContentViewController) {
   load(0.5);
   present(openPlayerWindow(), kHostModeEmbedded);
   platform.run(1.0);
@@ -82,7 +82,7 @@ TEST_F(LifetimeTest, AfterACompleteRunWithoutAContentViewControllerAllAreDestroy
   EXPECT_TRUE(areAllDestroyed());
 }
 
-TEST_F(LifetimeTest, WithoutDeactivationControllerContentAndManagerOwnEachOther) {
+TEST_F(LifetimeTest, TheControllerTheContentAndTheManagerOwnEachOtherUntilDeactivation) {
   load(5.0);
   releaseManager();
   EXPECT_FALSE(watchedManager.expired());
@@ -156,7 +156,7 @@ TEST_F(LifetimeTest, PausingTheCountdownDestroysItsTimer) {
   EXPECT_TRUE(weakTimer.expired());
 }
 
-// Delayed work: `sendAnalyticsEvent` records the event half a second after it is called.
+// Delayed work. A call of `sendAnalyticsEvent` records the event half a second later.
 
 TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) {
   configuration().setNextEventName(NSString::stringWithUTF8String("late"));
@@ -176,13 +176,14 @@ TEST_F(LifetimeTest, AScheduledEventKeepsItsConfigurationAliveButNotTheManager) 
 TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
   const auto window = openPlayerWindow();
   window->setContentViewController(make<NamedViewController>("HostViewController"));
-  // `windowDidBecomeKey` ignores windows that are not required (see `isRequiredWindow`). A child
-  // with the class name of the launch screen's controller makes a window required.
+  // `windowDidBecomeKey` ignores windows that are not required (see `isRequiredWindow`). This
+  // window is required: it has a child with the class name of the controller that
+  // `loadHostController` loads.
   window->contentViewController()->addChildViewController(
       make<NamedViewController>("HostController"));
   loadHostController(5.0);
   manager->setLaunchScreenExpirationTimeLeft(0.0);
-  manager->setLaunchShouldBeClosed(true);
+  manager->setLaunchShouldBeClosed(true);  // the event is postponed
   manager->windowDidBecomeKey(
       NSNotification::initWithNameObject(NSWindowDidBecomeKeyNotification, window));
   ASSERT_EQ(pendingTaskCount(), 1u);
@@ -198,6 +199,7 @@ TEST_F(LifetimeTest, APostponedEventKeepsTheManagerAliveForASecond) {
 TEST_F(LifetimeTest, ARefusedDismissalKeepsTheManagerAliveForTwoSeconds) {
   manager->setLaunchScreenExpirationTimeLeft(5.0);
   configuration().setNextEventName(NSString::stringWithUTF8String("early"));
+  // The refusal calls `sendAnalyticsEvent` two seconds later.
   ASSERT_FALSE(manager->canLaunchScreenControllerDismiss(nullptr));
   releaseManager();
   platform.run(1.999999999);
@@ -221,7 +223,7 @@ TEST_F(LifetimeTest, TheContentOfARequestOnAnotherThreadLivesUntilTheContentIsDe
   watchedContent = manager->content();
   manager->deactivate();
   EXPECT_FALSE(watchedContent.expired());
-  platform.runDueWork();
+  platform.runDueWork();  // the main thread builds the controller
   ASSERT_FALSE(watchedContent.expired()) << "the new controller owns its delegate, the content";
   watchedContent.lock()->deactivate();
   EXPECT_TRUE(watchedContent.expired());

@@ -91,13 +91,13 @@ TEST_F(RequestParsingTest, AnEmptyDictionaryClearsTheSkipModeAndIsRefused) {
 
 // The mode
 
-TEST_F(RequestParsingTest, TheModeValueSkipTurnsTheSkipModeOn) {
+TEST_F(RequestParsingTest, AModeOfSkipTurnsTheSkipModeOn) {
   EXPECT_TRUE(skipModeFrom(text("skip")));
 }
 
 TEST_F(RequestParsingTest, AMissingModeTurnsTheSkipModeOff) { EXPECT_FALSE(skipModeFrom(nullptr)); }
 
-TEST_F(RequestParsingTest, TheModeValueForcedCountsAsMissing) {
+TEST_F(RequestParsingTest, AModeOfForcedTurnsTheSkipModeOff) {
   EXPECT_FALSE(skipModeFrom(text("forced")));
 }
 

@@ -1,4 +1,4 @@
-// A launch screen after the application has been stopped and started again.
+// Stopping the application while a launch screen is shown, and showing another after a restart.
 #include <memory>
 
 #include "Platform/AppKit/Shutdown.h"
@@ -11,9 +11,10 @@ namespace {
 
 class RestartTest : public LaunchScreenTest {
  protected:
-  // Shows an embedded launch screen without a parent view controller, and then stops the
-  // application. The library tracks such a cover: global variables own it (EmbeddedCover.h).
-  Weak<LaunchScreenViewController> stopDuringTrackedCover() {
+  // Shows a launch screen that is a tracked cover, and then stops the application. A tracked cover
+  // is an embedded launch screen without a parent view controller. Global variables own the cover
+  // (EmbeddedCover.h). Returns the cover's view controller.
+  Weak<LaunchScreenViewController> showTrackedCoverAndStop() {
     load(1);
     present(openPlayerWindow(), kHostModeEmbedded);
     const Weak<LaunchScreenViewController> cover = controller();
@@ -28,14 +29,14 @@ class RestartTest : public LaunchScreenTest {
 };
 
 TEST_F(RestartTest, StoppingReleasesTheTrackedCover) {
-  const auto cover = stopDuringTrackedCover();
+  const auto cover = showTrackedCoverAndStop();
   EXPECT_FALSE(hasTrackedCover());
   manager = nullptr;
   EXPECT_TRUE(cover.expired());
 }
 
-TEST_F(RestartTest, AfterARestartALaunchScreenWithAParentViewControllerEnds) {
-  stopDuringTrackedCover();
+TEST_F(RestartTest, ALaunchScreenShownAfterARestartEndsIfItHasAParentViewController) {
+  showTrackedCoverAndStop();
   startWithNewManager();
   const auto window = openPlayerWindowWithContentViewController();
   load(1);
@@ -47,8 +48,8 @@ TEST_F(RestartTest, AfterARestartALaunchScreenWithAParentViewControllerEnds) {
   EXPECT_FALSE(cover->isShown());
 }
 
-TEST_F(RestartTest, AfterARestartATrackedLaunchScreenEnds) {
-  stopDuringTrackedCover();
+TEST_F(RestartTest, ATrackedCoverShownAfterARestartEnds) {
+  showTrackedCoverAndStop();
   platform.events.clear();
   startWithNewManager();
   const auto window = openPlayerWindow();
