@@ -1,5 +1,6 @@
-// The spinning indicator that a caller can add to the view of the launch screen's controller ("the
-// cover"). `createConstraintsActivityIndicator` pins the indicator to the middle of the view.
+// In this file "the cover" is the launch screen's controller. A caller can add a spinning indicator
+// to the cover's view. `createConstraintsActivityIndicator` pins the indicator to the centre of the
+// view.
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
 
@@ -11,7 +12,8 @@ class ControllerIndicatorTest : public CoverTest {
   ControllerIndicatorTest() { cover->view()->setFrame(CGRectMake(0, 0, 800, 600)); }
 
   [[nodiscard]] Strong<NSProgressIndicator> indicator() const { return cover->activityIndicator(); }
-  // Creates an indicator on a system of this version. Returns the name of its appearance.
+  // Creates an indicator on a system of this version. Returns the name of the indicator's
+  // appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     cover->createActivityIndicator();
@@ -19,7 +21,7 @@ class ControllerIndicatorTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerIndicatorTest, ANewIndicatorHasSpinningStyleButNoSizeAndIsNotAnimated) {
+TEST_F(ControllerIndicatorTest, ANewIndicatorIsASpinnerWithoutSizeAndAnimation) {
   cover->createActivityIndicator();
   ASSERT_NE(indicator(), nullptr);
   EXPECT_EQ(indicator()->style(), NSProgressIndicatorStyleSpinning);
@@ -28,7 +30,7 @@ TEST_F(ControllerIndicatorTest, ANewIndicatorHasSpinningStyleButNoSizeAndIsNotAn
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
-TEST_F(ControllerIndicatorTest, HasNoConstraintsAtFirst) {
+TEST_F(ControllerIndicatorTest, ANewIndicatorHasNoConstraints) {
   cover->createActivityIndicator();
   EXPECT_FALSE(indicator()->translatesAutoresizingMaskIntoConstraints());
   EXPECT_TRUE(cover->view()->constraints().empty());
@@ -36,7 +38,7 @@ TEST_F(ControllerIndicatorTest, HasNoConstraintsAtFirst) {
   EXPECT_EQ(indicator()->frame(), CGRectZero);
 }
 
-TEST_F(ControllerIndicatorTest, IsInFrontOfAllSubviews) {
+TEST_F(ControllerIndicatorTest, ANewIndicatorIsInFrontOfTheOtherSubviews) {
   const auto lowerView = NSView::initWithFrame(CGRectZero);
   const auto upperView = NSView::initWithFrame(CGRectZero);
   cover->view()->addSubview(lowerView);
@@ -45,12 +47,12 @@ TEST_F(ControllerIndicatorTest, IsInFrontOfAllSubviews) {
   EXPECT_EQ(cover->view()->subviews(), (NSArray<NSView>{lowerView, upperView, indicator()}));
 }
 
-TEST_F(ControllerIndicatorTest, BeforeVersion10_14TheIndicatorHasNoAppearance) {
+TEST_F(ControllerIndicatorTest, AppearanceIsNotSetBeforeVersion10_14) {
   EXPECT_EQ(appearanceOn({10, 13, 0}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
 }
 
-TEST_F(ControllerIndicatorTest, FromVersion10_14OnTheAppearanceIsAqua) {
+TEST_F(ControllerIndicatorTest, AppearanceIsAquaSinceVersion10_14) {
   EXPECT_EQ(appearanceOn({10, 14, 0}), "NSAppearanceNameAqua");
   EXPECT_EQ(appearanceOn({15, 0, 0}), "NSAppearanceNameAqua");
 }
@@ -72,8 +74,7 @@ TEST_F(ControllerIndicatorTest, APinnedIndicatorStaysCentredWhenTheViewIsResized
   EXPECT_EQ(indicator()->frame(), CGRectMake(484, 234, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest,
-       APinnedIndicatorHasFourConstraintsWithAMinimumWidthAndAFixedHeight) {
+TEST_F(ControllerIndicatorTest, PinningConstrainsCentreMinimumWidthAndHeight) {
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
   struct ExpectedConstraint {
@@ -117,7 +118,7 @@ TEST_F(ControllerIndicatorTest, OnlyTheLastCreatedIndicatorIsPinned) {
   EXPECT_EQ(indicator()->frame(), CGRectMake(384, 284, 32, 32));
 }
 
-TEST_F(ControllerIndicatorTest, TheIndicatorIsAnimatedWhenTheCoverAppears) {
+TEST_F(ControllerIndicatorTest, TheAnimationStartsWhenTheCoverAppears) {
   const auto window = openPlayerWindow();
   cover->createActivityIndicator();
   cover->createConstraintsActivityIndicator();
@@ -138,9 +139,9 @@ TEST_F(ControllerIndicatorTest, TheIndicatorIsDestroyedWithTheController) {
 }
 
 TEST_F(ControllerIndicatorTest, AnIndicatorThatIsNotInAViewIsNotPinned) {
-  const auto hostIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
-  cover->setActivityIndicator(hostIndicator);
-  cover->createConstraintsActivityIndicator();  // the indicator is not in a view yet
+  const auto detachedIndicator = NSProgressIndicator::initWithFrame(CGRectZero);
+  cover->setActivityIndicator(detachedIndicator);
+  cover->createConstraintsActivityIndicator();
   EXPECT_TRUE(cover->view()->constraints().empty());
   cover->setActivityIndicator(nullptr);
   EXPECT_EQ(indicator(), nullptr);

@@ -1,7 +1,7 @@
-// What the launch screen's controller ("the cover") does in each life-cycle method. The line
-// "style 7" in the journal means that a window gets the style mask 7. The mask of a window with a
-// title and all controls is 15. An embedded cover removes the controls one by one ("style 7",
-// "style 3", "style 1"), so that only the title remains.
+// What the launch screen's controller ("the cover") does in each life-cycle method. The fixture
+// records events. The event "style 7" means that a window gets the style mask 7. The mask of a
+// window with a title and all controls is 15. An embedded cover removes the controls one by one
+// ("style 7", "style 3", "style 1"), so that only the title remains.
 #include "Platform/AppKit/NSColor.h"
 #include "Platform/Foundation/NSProcessInfo.h"
 #include "Tests/Support/CoverFixture.h"
@@ -33,7 +33,7 @@ TEST_F(ControllerLifeCycleTest, AnEmbeddedCoverOverridesTheStyleAfterTheViewHasA
 }
 
 TEST_F(ControllerLifeCycleTest,
-       WithoutAContentViewControllerTheCoverAlsoOverridesTheStyleAfterTheViewHasAppeared) {
+       AnEmbeddedCoverWithoutAParentOverridesTheStyleAfterTheViewHasAppeared) {
   window = openPlayerWindow();
   takeEvents();
   addDelegate("first");
@@ -65,9 +65,9 @@ TEST_F(ControllerLifeCycleTest, ASheetKeepsItsStyle) {
   EXPECT_TRUE(sheet->canHide());
 }
 
-// The test calls a life-cycle method itself
+// Direct calls of a life-cycle method
 
-TEST_F(ControllerLifeCycleTest, TheArgumentOfWillPresentIsTheController) {
+TEST_F(ControllerLifeCycleTest, TheDelegateReceivesTheController) {
   const auto firstDelegate = addDelegate("first");
   cover->viewWillAppear();
   EXPECT_EQ(firstDelegate->lastController.lock(), cover);
@@ -109,9 +109,9 @@ TEST_F(ControllerLifeCycleTest, WillDisappearRestoresTheStyle) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-// The host closes its window
+// The window is closed
 
-TEST_F(ControllerLifeCycleTest, ClosingTheHostWindowEndsTheLaunchScreen) {
+TEST_F(ControllerLifeCycleTest, ClosingTheWindowOfAnEmbeddedCoverDismissesTheCover) {
   present(window, LaunchScreenPresentationEmbedded);
   addDelegate("first");
   takeEvents();
@@ -158,7 +158,8 @@ class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
  protected:
   IndicatorLifeCycleTest() { cover->setActivityIndicator(indicator); }
 
-  // The appearance name of the indicator after `viewWillAppear` on this version of the system.
+  // Calls `viewWillAppear` on a system of this version. Returns the name of the indicator's
+  // appearance, or "none".
   std::string_view appearanceOn(NSOperatingSystemVersion version) {
     NSProcessInfo::setOperatingSystemVersion(version);
     indicator->setAppearance(nullptr);
@@ -169,19 +170,19 @@ class IndicatorLifeCycleTest : public ControllerLifeCycleTest {
   Strong<NSProgressIndicator> indicator = NSProgressIndicator::initWithFrame(CGRectZero);
 };
 
-TEST_F(IndicatorLifeCycleTest, BeforeVersion10_14ItsAppearanceIsNotSet) {
+TEST_F(IndicatorLifeCycleTest, AppearanceIsNotSetBeforeVersion10_14) {
   EXPECT_EQ(appearanceOn({10, 13, 6}), "none");
   EXPECT_EQ(appearanceOn({10, 13, 99}), "none");
   EXPECT_EQ(appearanceOn({9, 15, 0}), "none");
 }
 
-TEST_F(IndicatorLifeCycleTest, FromVersion10_14OnItsAppearanceIsAqua) {
+TEST_F(IndicatorLifeCycleTest, AppearanceIsAquaSinceVersion10_14) {
   EXPECT_EQ(appearanceOn({10, 14, 0}), "NSAppearanceNameAqua");
   EXPECT_EQ(appearanceOn({10, 14, 1}), "NSAppearanceNameAqua");
   EXPECT_EQ(appearanceOn({11, 0, 0}), "NSAppearanceNameAqua");
 }
 
-TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetBeforeTheDelegatesAreNotified) {
+TEST_F(IndicatorLifeCycleTest, AppearanceIsSetBeforeTheDelegatesAreNotified) {
   bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
     wasNotified = true;
@@ -191,20 +192,20 @@ TEST_F(IndicatorLifeCycleTest, ItsAppearanceIsSetBeforeTheDelegatesAreNotified) 
   EXPECT_TRUE(wasNotified);
 }
 
-TEST_F(IndicatorLifeCycleTest, IsAnimatedAfterTheViewHasAppeared) {
+TEST_F(IndicatorLifeCycleTest, ViewDidAppearStartsTheAnimation) {
   cover->viewWillAppear();
   EXPECT_FALSE(indicator->isAnimating());
   cover->viewDidAppear();
   EXPECT_TRUE(indicator->isAnimating());
 }
 
-TEST_F(IndicatorLifeCycleTest, IsAnimatedBeforeTheStyleIsOverridden) {
+TEST_F(IndicatorLifeCycleTest, TheAnimationStartsBeforeTheStyleIsOverridden) {
   platformJournal.onNextStyleMask([this] { EXPECT_TRUE(indicator->isAnimating()); });
   present(window, LaunchScreenPresentationEmbedded);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(IndicatorLifeCycleTest, IsNotStoppedByTheDismissal) {
+TEST_F(IndicatorLifeCycleTest, TheAnimationContinuesAfterTheDismissal) {
   present(window, LaunchScreenPresentationEmbedded);
   cover->dismissViewController(cover);
   EXPECT_TRUE(indicator->isAnimating());

@@ -1,5 +1,8 @@
-// The launch screen's controller ("the cover") is embedded in a window, or presented in a window of
-// its own. The journal has a line such as "style 7" for each style mask that a window gets.
+// How the launch screen's controller ("the cover") is presented: embedded in an existing window, in
+// a new modal window, or as a sheet. A cover that is embedded in a window without a content view
+// controller has no parent that could own it. Global variables then own the cover. Such a cover is
+// called tracked (EmbeddedCover.h). The fixture records events. The event "style 7" means that a
+// window gets the style mask 7.
 #include <limits>
 
 #include "Tests/Support/CoverFixture.h"
@@ -26,16 +29,15 @@ class ControllerPresentationTest : public CoverTest {
   }
 };
 
-TEST_F(ControllerPresentationTest, ThePresentationModesAreEmbedded0ModalWindow1AndSheet2) {
+TEST_F(ControllerPresentationTest, EachPresentationModeHasAFixedValue) {
   EXPECT_EQ(kEmbedded, 0);
   EXPECT_EQ(kModalWindow, 1);
   EXPECT_EQ(kSheet, 2);
 }
 
-// Embedded in a window without a content view controller. The cover then has no parent that could
-// own it, so the library tracks it: global variables own it (EmbeddedCover.h).
+// Embedded in a window without a content view controller
 
-TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsATrackedSubviewOfTheContentView) {
+TEST_F(ControllerPresentationTest, ACoverWithoutAParentIsTrackedAndItsViewIsInTheContentView) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   EXPECT_EQ(cover->presentationMode(), 0);
@@ -61,7 +63,7 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverMakesTheContentViewLayerBacked
   EXPECT_TRUE(window->contentView()->wantsLayer());
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedCoverGetsTheFrameOfItsSuperviewNotTheBounds) {
+TEST_F(ControllerPresentationTest, TheViewGetsTheFrameOfItsSuperviewInsteadOfTheBounds) {
   const auto window = openPlayerWindow();
   window->contentView()->setFrame(CGRectMake(10, 20, 300, 200));
   present(window, kEmbedded);
@@ -77,8 +79,7 @@ TEST_F(ControllerPresentationTest, AnEmbeddedCoverIsTrackedAndAsLargeAsTheWindow
     EXPECT_EQ(cover->appWindow(), window);
     EXPECT_EQ(cover->view()->frame(), CGRectMake(0, 0, 640, 480));
     EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
-    // The presentation sets the two properties below only after the cover has appeared. It then
-    // also replaces the frame by the superview's frame.
+    // The presentation sets these two properties only after the cover has appeared.
     EXPECT_FALSE(window->contentView()->wantsLayer());
     EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   });
@@ -99,7 +100,7 @@ TEST_F(ControllerPresentationTest, ACoverInAClosedWindowAppearsWhenTheWindowOpen
 
 // Embedded in a window with a content view controller
 
-TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAnUntrackedChild) {
+TEST_F(ControllerPresentationTest, TheCoverIsAChildOfTheContentViewControllerAndIsNotTracked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kEmbedded);
@@ -111,7 +112,7 @@ TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAnUntrac
 }
 
 TEST_F(ControllerPresentationTest,
-       UnderAContentViewControllerTheCoverHasTheFrameOfItsLayerBackedSuperview) {
+       AChildCoverGetsTheFrameOfItsSuperviewAndMakesTheSuperviewLayerBacked) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto hostView = window->contentViewController()->view();
   hostView->setFrame(CGRectMake(5, 6, 70, 80));
@@ -121,7 +122,7 @@ TEST_F(ControllerPresentationTest,
   EXPECT_EQ(cover->view()->autoresizingMask(), 18u);
 }
 
-TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAChildBeforeItAppears) {
+TEST_F(ControllerPresentationTest, TheCoverBecomesAChildOfTheContentViewControllerBeforeItAppears) {
   const auto window = openPlayerWindowWithContentViewController();
   bool wasNotified = false;
   addDelegate("first")->onNext(CoverCall::WillPresent, [&] {
@@ -133,9 +134,9 @@ TEST_F(ControllerPresentationTest, UnderAContentViewControllerTheCoverIsAChildBe
   EXPECT_TRUE(wasNotified);
 }
 
-// Embedded without a window
+// Embedded mode with a null window
 
-TEST_F(ControllerPresentationTest, ACoverEmbeddedWithoutAWindowIsTrackedWithoutSizeAndSuperview) {
+TEST_F(ControllerPresentationTest, EmbeddingInANullWindowTracksTheCoverWithoutASuperview) {
   cover->view()->setFrame(CGRectMake(1, 2, 3, 4));
   cover->setAppWindow(openPlayerWindow());
   present(nullptr, kEmbedded);
@@ -168,7 +169,7 @@ TEST_F(ControllerPresentationTest, ASecondControllerUnderAParentDoesNotReplaceTh
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedControllerMovesToAnotherWindow) {
+TEST_F(ControllerPresentationTest, ASecondPresentationMovesTheCoverToTheOtherWindow) {
   const auto firstWindow = openPlayerWindowWithContentViewController();
   const auto secondWindow = openPlayerWindowWithContentViewController();
   present(firstWindow, kEmbedded);
@@ -180,15 +181,15 @@ TEST_F(ControllerPresentationTest, AnEmbeddedControllerMovesToAnotherWindow) {
 }
 
 TEST_F(ControllerPresentationTest,
-       AControllerThatMovesToAnotherWindowWritesTheStyleOfTheFirstWindowToTheSecond) {
+       ASecondPresentationWritesTheStyleOfTheFirstWindowToTheSecondWindow) {
   const auto firstWindow = openPlayerWindow();
   const auto secondWindow = openWindow("PlayerWindow", CGRectMake(0, 0, 800, 600), 7);
   present(firstWindow, kEmbedded);
   takeEvents();
   present(secondWindow, kEmbedded);
   // When the controller leaves the first window, `appWindow` is already the second window. The
-  // controller writes the saved style to that window and sets `appWindow` to null. Without
-  // `appWindow` it overrides no style when it appears.
+  // controller writes the saved style to the second window and sets `appWindow` to null. When the
+  // controller appears in the second window, `appWindow` is null, so it overrides no style.
   EXPECT_EQ(takeEvents(), (Lines{"viewWillDisappear", "style 15", "viewDidDisappear",  //
                                  "viewWillAppear", "viewDidAppear"}));
   EXPECT_EQ(firstWindow->styleMask(), NSWindowStyleMaskTitled);
@@ -198,7 +199,7 @@ TEST_F(ControllerPresentationTest,
 
 // Modal window
 
-TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheModalWindow) {
+TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheCoverInAModalWindow) {
   const auto window = openPlayerWindowWithContentViewController();
   const auto contentViewController = window->contentViewController();
   present(window, kModalWindow);
@@ -224,7 +225,7 @@ TEST_F(ControllerPresentationTest, WithoutAWindowTheCoverPresentsItselfInAModalW
   EXPECT_NE(cover->view()->window(), nullptr);
 }
 
-TEST_F(ControllerPresentationTest, AModalWindowIsNotTrackedAndDoesNotSetAppWindow) {
+TEST_F(ControllerPresentationTest, ACoverInAModalWindowIsNotTrackedAndHasNoAppWindow) {
   present(openPlayerWindow(), kModalWindow);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
@@ -233,7 +234,7 @@ TEST_F(ControllerPresentationTest, AModalWindowIsNotTrackedAndDoesNotSetAppWindo
 
 // Sheet
 
-TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheSheet) {
+TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheCoverAsASheet) {
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kSheet);
   EXPECT_EQ(cover->presentationMode(), 2);
@@ -243,22 +244,22 @@ TEST_F(ControllerPresentationTest, TheContentViewControllerPresentsTheSheet) {
   EXPECT_FALSE(cover->view()->window()->isModalPanel());
 }
 
-TEST_F(ControllerPresentationTest, ASheetIsNotTrackedAndDoesNotSetAppWindow) {
+TEST_F(ControllerPresentationTest, ACoverInASheetIsNotTrackedAndHasNoAppWindow) {
   present(openPlayerWindowWithContentViewController(), kSheet);
   EXPECT_EQ(cover->appWindow(), nullptr);
   EXPECT_EQ(cover->view()->autoresizingMask(), NSViewNotSizable);
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(ControllerPresentationTest, ACoverOffScreenCannotPresentItselfAsASheet) {
-  present(openPlayerWindow(), kSheet);
+TEST_F(ControllerPresentationTest, ACoverInNoWindowCannotPresentItselfAsASheet) {
+  present(openPlayerWindow(), kSheet);  // the window has no content view controller
   EXPECT_EQ(cover->presentationMode(), 2);
   expectNothingPresented();
   present(nullptr, kSheet);
   expectNothingPresented();
 }
 
-TEST_F(ControllerPresentationTest, AnEmbeddedCoverPresentsItselfAsASheetOfTheWindowThatShowsIt) {
+TEST_F(ControllerPresentationTest, AnEmbeddedCoverPresentsItselfAsASheetOfItsCurrentWindow) {
   const auto window = openPlayerWindow();
   present(window, kEmbedded);
   present(openWindow("PlayerWindow"), kSheet);

@@ -1,6 +1,6 @@
 // The launch screen's controller ("the cover") overrides and restores the style of a window. The
-// line "style 7" in the journal means that a window gets the style mask 7. The mask of a window
-// with a title and all controls is 15.
+// fixture records events. The event "style 7" means that a window gets the style mask 7. The mask
+// of a window with a title and all controls is 15.
 #include <cstddef>
 
 #include "Tests/Support/CoverFixture.h"
@@ -14,15 +14,14 @@ class ControllerStyleTest : public CoverTest {
  protected:
   ControllerStyleTest() { takeEvents(); }
 
-  // Sets the controller's mode and window without a presentation.
-  static void prepare(const Strong<LaunchScreenViewController>& controller,
-                      const Strong<NSWindow>& window,
-                      LaunchScreenPresentationMode mode = LaunchScreenPresentationEmbedded) {
+  static void setModeAndWindow(
+      const Strong<LaunchScreenViewController>& controller, const Strong<NSWindow>& window,
+      LaunchScreenPresentationMode mode = LaunchScreenPresentationEmbedded) {
     controller->setPresentationMode(mode);
     controller->setAppWindow(window);
   }
-  // Sets `appWindow` to null during this step of the next `setupPresentation`. Each of its three
-  // steps sets a style mask.
+  // `setupPresentation` sets a style mask three times: in steps 1, 2 and 3. This function arranges
+  // that `appWindow` becomes null during the given step of the next call.
   void clearAppWindowDuringStep(std::size_t step) {
     platformJournal.onNextStyleMask([this, step] {
       if (step == 1) {
@@ -41,45 +40,45 @@ class ControllerStyleTest : public CoverTest {
 
 // Overriding the style
 
-TEST_F(ControllerStyleTest, ThreeStepsClearResizableMiniaturizableAndClosable) {
-  prepare(cover, window);
+TEST_F(ControllerStyleTest, SetupClearsResizableMiniaturizableAndClosableInThreeSteps) {
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 3", "style 1"}));
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
 }
 
-TEST_F(ControllerStyleTest, AllOtherStyleBitsStay) {
+TEST_F(ControllerStyleTest, SetupKeepsAllOtherStyleBits) {
   window->setStyleMask(0x7FFFFFFFFFFFFFFF);
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(window->styleMask(), 0x7FFFFFFFFFFFFFF1);
 }
 
-TEST_F(ControllerStyleTest, TheThreeStepsRunEvenIfNoneOfTheThreeBitsIsSet) {
+TEST_F(ControllerStyleTest, SetupSetsTheStyleThreeTimesEvenIfTheStyleStaysTheSame) {
   window->setStyleMask(NSWindowStyleMaskTitled);
   takeEvents();
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), (Lines{"style 1", "style 1", "style 1"}));
 }
 
 TEST_F(ControllerStyleTest, EachStepReadsTheCurrentStyle) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   platformJournal.onNextStyleMask([this] { window->setStyleMask(0x8000 | kFullStyle); });
   cover->setupPresentation();
-  // 32783 is 0x800F, the style that the observer sets.
+  // 32783 is 0x800F: the style that the lambda function sets during the first step.
   EXPECT_EQ(takeEvents(), (Lines{"style 7", "style 32783", "style 32779", "style 32777"}));
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedBeforeItIsOverridden) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
   EXPECT_EQ(cover->appWindow(), window);
 }
 
 TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   window->setStyleMask(kFullStyle & ~NSWindowStyleMaskResizable);
   cover->setupPresentation();
@@ -87,7 +86,7 @@ TEST_F(ControllerStyleTest, TheStyleIsSavedOncePerController) {
 }
 
 TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
-  prepare(cover, nullptr);
+  setModeAndWindow(cover, nullptr);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
@@ -95,17 +94,17 @@ TEST_F(ControllerStyleTest, WithoutAWindowNoStyleIsOverridden) {
 
 TEST_F(ControllerStyleTest, InSheetModeAndInUnknownModesNoStyleIsOverridden) {
   for (const LaunchScreenPresentationMode mode : {2, 3, -1}) {
-    prepare(cover, window, mode);
+    setModeAndWindow(cover, window, mode);
     cover->setupPresentation();
   }
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, AnObserverMaySetAppWindowToNullDuringEachStepOfTheSetup) {
+TEST_F(ControllerStyleTest, SetupSetsNoStyleAfterAppWindowBecomesNull) {
   for (const std::size_t step : {std::size_t{1}, std::size_t{2}, std::size_t{3}}) {
     window->setStyleMask(kFullStyle);
-    prepare(cover, window);
+    setModeAndWindow(cover, window);
     takeEvents();
     clearAppWindowDuringStep(step);
     cover->setupPresentation();
@@ -116,11 +115,11 @@ TEST_F(ControllerStyleTest, AnObserverMaySetAppWindowToNullDuringEachStepOfTheSe
 
 // The modal window
 
-TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndCannotBeHidden) {
+TEST_F(ControllerStyleTest, SetupConfiguresTheModalWindow) {
   const auto modal = openWindow("NSWindow");
   modal->contentView()->addSubview(cover->view());
   takeEvents();
-  prepare(cover, window, LaunchScreenPresentationModalWindow);
+  setModeAndWindow(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();
   EXPECT_EQ(takeEvents(), Lines{"style 0"});
   EXPECT_EQ(modal->styleMask(), NSWindowStyleMaskBorderless);
@@ -128,8 +127,8 @@ TEST_F(ControllerStyleTest, TheModalWindowIsBorderlessMovableByItsBackgroundAndC
   EXPECT_FALSE(modal->canHide());
 }
 
-TEST_F(ControllerStyleTest, InModalWindowModeTheHostWindowKeepsItsStyle) {
-  prepare(cover, window, LaunchScreenPresentationModalWindow);
+TEST_F(ControllerStyleTest, SetupForAModalWindowDoesNotChangeAppWindow) {
+  setModeAndWindow(cover, window, LaunchScreenPresentationModalWindow);
   cover->setupPresentation();  // the cover's view is in no window, so no window gets a new style
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(window->styleMask(), kFullStyle);
@@ -141,7 +140,7 @@ TEST_F(ControllerStyleTest, InModalWindowModeTheHostWindowKeepsItsStyle) {
 // Restoring the style
 
 TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   takeEvents();
   cover->restorePresentation();
@@ -150,15 +149,15 @@ TEST_F(ControllerStyleTest, RestoreSetsTheSavedStyleAndReleasesTheWindow) {
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, AfterARestoreTheStyleStaysSaved) {
-  prepare(cover, window);
+TEST_F(ControllerStyleTest, TheSavedStyleIsKeptAfterARestore) {
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   cover->restorePresentation();
   EXPECT_EQ(cover->appWindowStyleMask(), kFullStyle);
 }
 
 TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   takeEvents();
   cover->restorePresentation();
@@ -167,13 +166,13 @@ TEST_F(ControllerStyleTest, ASecondRestoreChangesNothing) {
 }
 
 TEST_F(ControllerStyleTest, WithoutASavedStyleRestoreOnlyReleasesTheWindow) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->restorePresentation();
   EXPECT_EQ(takeEvents(), Lines{});
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotRestored) {
+TEST_F(ControllerStyleTest, ASecondPresentationRestoresTheStyleThatTheFirstPresentationSaved) {
   embed(window);
   cover->dismissViewController(cover);
   platform.run(1);
@@ -185,7 +184,7 @@ TEST_F(ControllerStyleTest, AStyleThatChangedBetweenTwoPresentationsIsNotRestore
 }
 
 TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
-  prepare(cover, window);
+  setModeAndWindow(cover, window);
   cover->setupPresentation();
   takeEvents();
   for (const LaunchScreenPresentationMode mode : {1, 2, 3, -1}) {
@@ -196,10 +195,11 @@ TEST_F(ControllerStyleTest, OnlyEmbeddedModeRestoresAStyle) {
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-// Restoring the style through the tracked controller. The tracked controller is an embedded
-// controller without a parent. A global variable of the library owns it (EmbeddedCover.h).
+// Restoring the style of the tracked window. The tracked controller is an embedded controller
+// without a parent. A global variable of the library owns it (EmbeddedCover.h). The tracked window
+// is the `appWindow` of the tracked controller.
 
-TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheWindowOfTheTrackedController) {
+TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheStyleOfTheTrackedWindow) {
   embed(window);
   takeEvents();
   const auto otherController = LaunchScreenViewController::init();
@@ -211,7 +211,7 @@ TEST_F(ControllerStyleTest, AControllerWithoutAWindowRestoresTheWindowOfTheTrack
   EXPECT_EQ(otherController->appWindowStyleMask(), kNoSavedStyle);
 }
 
-TEST_F(ControllerStyleTest, IfTheTrackedControllerHasSavedNoStyleAllStyleBitsAreSet) {
+TEST_F(ControllerStyleTest, AllStyleBitsAreSetIfTheTrackedControllerHasSavedNoStyle) {
   embed(window);
   cover->setAppWindowStyleMask(kNoSavedStyle);
   takeEvents();
@@ -221,7 +221,7 @@ TEST_F(ControllerStyleTest, IfTheTrackedControllerHasSavedNoStyleAllStyleBitsAre
   EXPECT_EQ(cover->appWindow(), nullptr);
 }
 
-TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowRestoresNothing) {
+TEST_F(ControllerStyleTest, NothingIsRestoredIfTheTrackedControllerHasNoWindow) {
   embed(window);
   cover->restorePresentation();
   takeEvents();
@@ -231,11 +231,11 @@ TEST_F(ControllerStyleTest, ATrackedControllerWithoutAWindowRestoresNothing) {
   EXPECT_TRUE(isTrackedCover(window->contentView(), cover));
 }
 
-TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheWindowOfTheTrackedController) {
+TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotRestoreTheStyleOfTheTrackedWindow) {
   embed(window);
   const auto otherController = LaunchScreenViewController::init();
   const auto otherWindow = openWindow("PlayerWindow");
-  prepare(otherController, otherWindow);
+  setModeAndWindow(otherController, otherWindow);
   otherController->setupPresentation();
   otherController->restorePresentation();
   EXPECT_EQ(otherWindow->styleMask(), kFullStyle);
@@ -243,7 +243,7 @@ TEST_F(ControllerStyleTest, AControllerWithAWindowDoesNotChangeTheWindowOfTheTra
   EXPECT_EQ(cover->appWindow(), window);
 }
 
-TEST_F(ControllerStyleTest, InModalWindowModeTheWindowOfTheTrackedControllerIsNotRestored) {
+TEST_F(ControllerStyleTest, AControllerInModalWindowModeDoesNotRestoreTheStyleOfTheTrackedWindow) {
   embed(window);
   takeEvents();
   const auto otherController = LaunchScreenViewController::init();

@@ -1,7 +1,7 @@
 // Which objects own the launch screen's controller ("the cover") and the LaunchScreenContent, and
 // when the objects of a launch screen are destroyed. A tracked cover is an embedded cover without a
-// parent. Global variables of the library own it (EmbeddedCover.h). The library removes it one
-// second after its dismissal.
+// parent. Global variables of the library own it (EmbeddedCover.h). The library releases a tracked
+// cover one second after its dismissal.
 #include "Platform/Dispatch/Dispatch.h"
 #include "Tests/Support/CoverFixture.h"
 #include "Tests/Support/LaunchScreenHost.h"
@@ -71,12 +71,12 @@ TEST_F(CoverLifetimeTest, ATrackedCoverWithoutAnotherOwnerLivesUntilOneSecondAft
 }
 
 TEST_F(CoverLifetimeTest,
-       ATrackedCoverOwnsTheWindowUntilItsDismissalAndTheContentViewUntilItsRemoval) {
+       DismissingATrackedCoverReleasesTheWindowAtOnceAndTheContentViewOneSecondLater) {
   Strong<NSWindow> window = openPlayerWindow();
   const Weak<NSView> contentView = window->contentView();
   cover->presentForWindowWithPresentationMode(window, 0);
-  // The application owns each window on screen. `orderOut` removes this owner, but also sets
-  // `appWindow` to null.
+  // The application holds a strong reference to each window on screen. `orderOut` releases this
+  // reference. It also sets `appWindow` to null, so the test sets `appWindow` again.
   window->orderOut();
   cover->setAppWindow(window);
   const Weak<NSWindow> weakWindow = std::exchange(window, nullptr);
@@ -105,9 +105,9 @@ TEST_F(CoverLifetimeTest, AReplacedTrackedCoverIsDestroyedExceptForItsView) {
   EXPECT_FALSE(hasTrackedCover());
 }
 
-TEST_F(CoverLifetimeTest, ACoverEmbeddedWithoutAWindowLivesUntilAnotherCoverReplacesIt) {
+TEST_F(CoverLifetimeTest, ACoverEmbeddedInANullWindowLivesUntilAnotherCoverReplacesIt) {
   cover->presentForWindowWithPresentationMode(nullptr, 0);
-  // The library removes a dismissed tracked cover only if the cover has a superview.
+  // The library releases a dismissed tracked cover only if the view of the cover has a superview.
   cover->dismiss();
   platform.run(10);
   const Weak<NSView> view = cover->view();
@@ -179,7 +179,7 @@ class LaunchScreenObjectsTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(LaunchScreenObjectsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndTheDeactivation) {
+TEST_F(LaunchScreenObjectsTest, DeactivationAfterTheEndOfTheLaunchScreenDestroysAllObjects) {
   for (const std::int32_t hostMode : {kHostModeEmbedded, kHostModeSheet, kHostModeModalWindow}) {
     for (const auto& window : {openPlayerWindow(), openPlayerWindowWithContentViewController()}) {
       manager = LaunchScreenManager::init();
@@ -194,14 +194,14 @@ TEST_F(LaunchScreenObjectsTest, InEveryModeAllObjectsAreDestroyedAfterTheEndAndT
   }
 }
 
-TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManagerUntilItEnds) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsTheManagerUntilTheCountdownEnds) {
   const auto window = openPlayerWindowWithContentViewController();
   const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   platform.run(0.5);
   deactivateAndRelease();
   EXPECT_TRUE(objects.content.expired());
   EXPECT_FALSE(objects.manager.expired());
-  // A countdown of 1 s ends at its 11th tick, which comes after 1.1 s.
+  // A countdown of 1 s ends at its 11th tick, 1.1 s after its start.
   platform.run(0.55);
   EXPECT_FALSE(objects.manager.expired());
   platform.run(0.05);
@@ -209,7 +209,7 @@ TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationTheCountdownOwnsTheManag
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverUnderAParentStaysInItsWindow) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsACoverWithAParentInItsWindow) {
   const auto window = openPlayerWindowWithContentViewController();
   const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -218,12 +218,12 @@ TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverUnderAParentStaysI
   EXPECT_EQ(objects.controller.lock()->delegates()->count(), 0u);
   EXPECT_EQ(objects.view.lock()->window(), window);
   EXPECT_EQ(window->styleMask(), NSWindowStyleMaskTitled);
-  objects.controller.lock()->dismissViewController(nullptr);  // a host may do this
+  objects.controller.lock()->dismissViewController(nullptr);
   EXPECT_EQ(window->styleMask(), kFullStyle);
   expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverWithoutAParentStaysTracked) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsATrackedCover) {
   const auto window = openPlayerWindow();
   const LaunchScreenObjects objects = show(window, kHostModeEmbedded);
   deactivateAndRelease();
@@ -238,8 +238,7 @@ TEST_F(LaunchScreenObjectsTest, AfterAnEarlyDeactivationACoverWithoutAParentStay
   expectAllDestroyed(objects);
 }
 
-TEST_F(LaunchScreenObjectsTest,
-       AfterAnEarlyDeactivationACoverInAModalWindowOrSheetStaysUntilThatWindowIsClosed) {
+TEST_F(LaunchScreenObjectsTest, EarlyDeactivationKeepsACoverInItsModalWindowOrSheet) {
   for (const std::int32_t hostMode : {kHostModeSheet, kHostModeModalWindow}) {
     manager = LaunchScreenManager::init();
     const LaunchScreenObjects objects = show(openPlayerWindowWithContentViewController(), hostMode);

@@ -1,4 +1,5 @@
-// The end of a launch screen: dismissal, analytics event and reported states.
+// How the manager dismisses a launch screen, sends the analytics event, and reports state changes
+// to its delegate.
 #include <atomic>
 #include <thread>
 
@@ -13,7 +14,7 @@ using Calls = std::vector<std::string>;
 
 class DismissalTest : public LaunchScreenTest {};
 
-TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledImmediately) {
+TEST_F(DismissalTest, DismissOnTheMainThreadCallsTheControllerImmediately) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   manager->dismissLaunchScreen();
@@ -22,7 +23,7 @@ TEST_F(DismissalTest, OnTheMainThreadTheControllerIsCalledImmediately) {
       << "the argument must be the controller itself";
 }
 
-TEST_F(DismissalTest, OnAnotherThreadTheMainQueueCallsTheController) {
+TEST_F(DismissalTest, DismissOnAnotherThreadCallsTheControllerFromTheMainQueue) {
   const auto hostController = loadHostController(5.0);
   hostController->calls.clear();
   bool wasCalledOnMainThread = false;
@@ -44,7 +45,7 @@ TEST_F(DismissalTest, TheLaunchScreenExpiresBeforeTheControllerIsCalled) {
   EXPECT_TRUE(manager->launchScreenExpired());
 }
 
-TEST_F(DismissalTest, OnAnotherThreadTheLaunchScreenExpiresAtOnce) {
+TEST_F(DismissalTest, DismissOnAnotherThreadMakesTheLaunchScreenExpireImmediately) {
   loadHostController(5.0);
   bool isExpired = false;
   runOnAnotherThread([&] {
@@ -79,7 +80,7 @@ TEST_F(DismissalTest, AnotherThreadMayCallDismissWhileTheMainThreadWorks) {
   EXPECT_EQ(*journal, Lines{"host: can dismiss"});
 }
 
-TEST_F(DismissalTest, IfTheControllerIsReplacedTheMainQueueCallsTheNewController) {
+TEST_F(DismissalTest, TheMainQueueCallsTheNewControllerAfterAReplacement) {
   const auto firstController = loadHostController(5.0);
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   const auto secondController = loadHostController(5.0);
@@ -88,13 +89,13 @@ TEST_F(DismissalTest, IfTheControllerIsReplacedTheMainQueueCallsTheNewController
   EXPECT_EQ(secondController->calls, (Calls{"addDelegate", "dismissViewController"}));
 }
 
-TEST_F(DismissalTest, WithoutAControllerTheLaunchScreenOnlyExpires) {
+TEST_F(DismissalTest, DismissWithoutAControllerOnlyMakesTheLaunchScreenExpire) {
   manager->dismissLaunchScreen();
   EXPECT_TRUE(manager->launchScreenExpired());
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(DismissalTest, WithoutAContentTheLaunchScreenOnlyExpires) {
+TEST_F(DismissalTest, DismissAfterDeactivateOnlyMakesTheLaunchScreenExpire) {
   manager->deactivate();
   runOnAnotherThread([this] { manager->dismissLaunchScreen(); });
   platform.runDueWork();
@@ -102,7 +103,7 @@ TEST_F(DismissalTest, WithoutAContentTheLaunchScreenOnlyExpires) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-TEST_F(DismissalTest, ADelegateThatRefusesKeepsTheLaunchScreenUp) {
+TEST_F(DismissalTest, ADelegateCanRefuseTheDismissal) {
   load(5.0, "skip");
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   const auto hostDelegate = addHostDelegate();
@@ -126,7 +127,7 @@ class EventTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(EventTest, TheEventIsRecordedHalfASecondAfterTheCall) {
+TEST_F(EventTest, SendAnalyticsEventRecordsTheEventAfterHalfASecond) {
   platform.run(0.25);
   manager->sendAnalyticsEvent();
   platform.run(0.499999999);
@@ -167,7 +168,7 @@ TEST_F(EventTest, AManagerRecordsNoSecondEventForALaterRequest) {
   EXPECT_EQ(platform.events, (Events{{"launch_end", 0.5}}));
 }
 
-TEST_F(EventTest, WhileUnfocusedTheEventIsPostponed) {
+TEST_F(EventTest, TheEventIsPostponedWhileTheApplicationIsUnfocused) {
   manager->setAppIsUnfocused(true);
   for (const bool isExpired : {false, true}) {
     manager->setLaunchShouldBeClosed(false);
@@ -181,7 +182,7 @@ TEST_F(EventTest, WhileUnfocusedTheEventIsPostponed) {
   EXPECT_TRUE(platform.events.empty());
 }
 
-TEST_F(EventTest, WhileFocusedTheEventIsNotPostponed) {
+TEST_F(EventTest, TheEventIsNotPostponedWhileTheApplicationIsFocused) {
   manager->sendAnalyticsEvent();
   EXPECT_FALSE(manager->launchShouldBeClosed());
 }
@@ -192,7 +193,7 @@ TEST_F(EventTest, SchedulingTheEventClearsTheExpiredFlag) {
   EXPECT_FALSE(manager->launchScreenExpired());
 }
 
-TEST_F(EventTest, WithoutANameTheExpiredFlagIsClearedAndALaterCallTriesAgain) {
+TEST_F(EventTest, SendAnalyticsEventWithoutANameOnlyClearsTheExpiredFlag) {
   for (const auto& emptyName : {Strong<NSString>(), NSString::stringWithUTF8String("")}) {
     configuration().setNextEventName(emptyName);
     manager->setLaunchScreenExpired(true);
@@ -208,7 +209,7 @@ TEST_F(EventTest, WithoutANameTheExpiredFlagIsClearedAndALaterCallTriesAgain) {
   EXPECT_EQ(platform.events, (Events{{"late", 2.5}}));
 }
 
-TEST_F(EventTest, IfTheNameChangesBeforeTheEventIsRecordedTheNewNameIsUsed) {
+TEST_F(EventTest, TheNameIsReadWhenTheEventIsRecorded) {
   manager->sendAnalyticsEvent();
   platform.run(0.2);
   setEventName("changed");
@@ -216,14 +217,14 @@ TEST_F(EventTest, IfTheNameChangesBeforeTheEventIsRecordedTheNewNameIsUsed) {
   EXPECT_EQ(platform.events, (Events{{"changed", 0.5}}));
 }
 
-TEST_F(EventTest, IfTheNameBecomesNullBeforeTheEventIsRecordedTheEmptyNameIsUsed) {
+TEST_F(EventTest, ANullNameIsRecordedAsAnEmptyName) {
   manager->sendAnalyticsEvent();
   configuration().setNextEventName(nullptr);
   platform.run(1.0);
   EXPECT_EQ(platform.events, (Events{{"", 0.5}}));
 }
 
-TEST_F(EventTest, IfTheConfigurationIsReplacedBeforeTheEventIsRecordedTheOldOneIsUsed) {
+TEST_F(EventTest, TheConfigurationIsChosenWhenTheEventIsScheduled) {
   const auto oldConfiguration = LaunchScreenConfiguration::defaultConfiguration();
   manager->sendAnalyticsEvent();
   LaunchScreenConfiguration::setDefaultConfiguration(LaunchScreenConfiguration::init());
@@ -247,9 +248,9 @@ TEST_F(EventTest, SendAnalyticsEventLogsNothing) {
   EXPECT_TRUE(platform.log.empty());
 }
 
-// State changes that the host receives
+// State changes that the manager reports to its delegate
 
-/// Has the operation of a resolver delegate but does not adopt the protocol.
+/// Has the operation of ContentResolverDelegate but does not adopt that protocol.
 class UndeclaredListener final : public Class<UndeclaredListener, "UndeclaredListener"> {
  public:
   void contentResolverDidChangeStateForContentData(const Strong<ContentResolver>& /*resolver*/,
@@ -273,7 +274,7 @@ TEST_F(StateChangeTest, TheDelegateReceivesTheManagerAndTheData) {
   EXPECT_EQ(listener->changes[0].data, data);
 }
 
-TEST_F(StateChangeTest, SettingTheStateOfTheMainContentIsReportedEvenIfTheStateStaysTheSame) {
+TEST_F(StateChangeTest, SettingTheCurrentStateAgainIsReported) {
   manager->setDelegate(listener);
   manager->content()->setState(7);
   manager->content()->setState(7);
@@ -290,7 +291,7 @@ TEST_F(StateChangeTest, ADelegateThatDoesNotAdoptTheProtocolIsNotNotified) {
   EXPECT_EQ(manager->delegate(), undeclaredListener);
 }
 
-TEST_F(StateChangeTest, WithoutADelegateTheStateIsNeverthelessSet) {
+TEST_F(StateChangeTest, TheStateIsSetWithoutADelegate) {
   manager->content()->setState(ContentDataStateLoaded);
   EXPECT_EQ(manager->content()->state(), ContentDataStateLoaded);
 }
