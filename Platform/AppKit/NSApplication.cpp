@@ -325,6 +325,7 @@ void NSApplication::orderChanged(const std::vector<WindowHandle>& handles) {
   }
 }
 
+// The window manager still offers these controls, although the style mask excludes them.
 void NSApplication::controlsKept(WindowHandle handle, NSWindowStyleMask keptControls) {
   const Strong<NSWindow> window = windowFor(handle);
   const auto handler = controlsKeptHandler_;

@@ -302,7 +302,7 @@ TEST_F(LifeCycleTest, TheHostsCallOfADisappearMethodDoesNotAffectTheNextAppearan
                                            "view will disappear", "view did disappear"}));
 }
 
-TEST_F(LifeCycleTest, RemovalRepeatsADisappearMethodThatDoesNotCallItsBaseClass) {
+TEST_F(LifeCycleTest, RemovalRepeatsTheHostsCallIfTheOverrideDoesNotCallTheBaseMethod) {
   class BaseSkippingController final
       : public Class<BaseSkippingController, "BaseSkippingController", NSViewController> {
    public:

@@ -35,9 +35,11 @@ struct StyleHints {
 
 /// Returns the value of _MOTIF_WM_HINTS that has the same effect as `motif` and contains both a set
 /// of functions and a set of decorations. In the result, a set that `motif` does not contain allows
-/// everything. `WindowStyle::restore` writes the result before the owner's value: when a value does
-/// not contain a set, some window managers continue to apply the set of the previous value.
-/// `newType` is the type of the result if `motif` has no value.
+/// everything. `newType` is the type of the result if `motif` has no value.
+///
+/// If a new value does not contain a set, some window managers continue to apply the set of the
+/// previous value. So `WindowStyle::restore` writes this result first, to replace the sets that we
+/// wrote, and then the owner's value.
 [[nodiscard]] Property motifWithBothSets(const HintValue& motif, xcb_atom_t newType);
 
 /// The hints of a window that we create. The hints say that both the user and the program have set
