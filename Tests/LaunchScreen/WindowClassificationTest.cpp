@@ -1,6 +1,8 @@
-// Which windows are required, and when a request needs a temporary content. A window is required if
-// the user can see the launch screen while the window is key. A request that arrives while a launch
-// screen is shown gets a temporary content instead of the main content.
+// Tests `isRequiredWindow` and `tempItemRequired` of LaunchScreenManager. The countdown of the
+// launch screen continues when a required window becomes the key window. The launch screen is the
+// manager's main content. If `tempItemRequired` returns true, a new request gets a temporary
+// content and does not change the main content. In the names of the tests, a cover is a launch
+// screen that is shown.
 #include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -45,7 +47,7 @@ Strong<NSWindow> openWindowWithChildren(std::initializer_list<Strong<NSViewContr
   return window;
 }
 
-Strong<NSViewController> makeNamed(std::string_view name) {
+Strong<NSViewController> makeNamedController(std::string_view name) {
   return make<NamedViewController>(name);
 }
 
@@ -73,14 +75,15 @@ TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
   }
 }
 
-TEST_F(RequiredWindowTest, TheWindowOfAnEmbeddedCoverIsRequiredWithoutAChildController) {
+TEST_F(RequiredWindowTest, TheWindowOfAnEmbeddedCoverIsRequired) {
+  // The window has no content view controller, so it has no child view controllers.
   load(5.0);
   const auto window = openPlayerWindow();
   present(window, kHostModeEmbedded);
   EXPECT_TRUE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, WhileNothingIsPresentedNoWindowIsRequired) {
+TEST_F(RequiredWindowTest, NoWindowIsRequiredWhileNothingIsPresented) {
   const auto window = openPlayerWindowWithContentViewController();
   EXPECT_FALSE(manager->isRequiredWindow(window));
   load(5.0);
@@ -104,7 +107,7 @@ TEST_F(RequiredWindowTest, ThePlayerWindowUnderASheetIsNotRequired) {
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, WithoutAModalSessionAChildWindowOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, AChildWindowOfThePlayerWindowIsNotRequiredWithoutAModalSession) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -113,7 +116,7 @@ TEST_F(RequiredWindowTest, WithoutAModalSessionAChildWindowOfThePlayerWindowIsNo
   EXPECT_FALSE(manager->isRequiredWindow(child));
 }
 
-TEST_F(RequiredWindowTest, DuringAModalSessionOfAnotherWindowThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredDuringAModalSessionOfAnotherWindow) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(openWindow("NSWindow"), kHostModeEmbedded);
@@ -121,7 +124,7 @@ TEST_F(RequiredWindowTest, DuringAModalSessionOfAnotherWindowThePlayerWindowIsNo
   EXPECT_FALSE(manager->isRequiredWindow(player));
 }
 
-TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionThePlayerWindowIsRequired) {
+TEST_F(RequiredWindowTest, ThePlayerWindowIsRequiredDuringTheLaunchScreensModalSession) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(player, kHostModeModalWindow);
@@ -130,7 +133,7 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionThePlayerWindowIsRe
 }
 
 TEST_F(RequiredWindowTest,
-       DuringTheLaunchScreensModalSessionADirectChildWindowOfThePlayerWindowIsRequired) {
+       ADirectChildWindowOfThePlayerWindowIsRequiredDuringTheLaunchScreensModalSession) {
   load(5.0);
   const auto player = openPlayerWindow();
   const auto child = openWindow("NSWindow");
@@ -142,10 +145,10 @@ TEST_F(RequiredWindowTest,
   EXPECT_FALSE(manager->isRequiredWindow(grandchild));
 }
 
-TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionASheetOfThePlayerWindowIsNotRequired) {
+TEST_F(RequiredWindowTest, ASheetOfThePlayerWindowIsNotRequiredDuringTheLaunchScreensModalSession) {
   load(5.0);
   const auto player = openPlayerWindowWithContentViewController();
-  const auto sheet = makeNamed("NSViewController");
+  const auto sheet = makeNamedController("NSViewController");
   player->contentViewController()->presentViewControllerAsSheet(sheet);
   present(player, kHostModeModalWindow);
   ASSERT_EQ(sheet->view()->window()->sheetParent(), player);
@@ -153,7 +156,7 @@ TEST_F(RequiredWindowTest, DuringTheLaunchScreensModalSessionASheetOfThePlayerWi
 }
 
 TEST_F(RequiredWindowTest,
-       DuringTheLaunchScreensModalSessionANonPlayerWindowAndItsChildAreNotRequired) {
+       ANonPlayerWindowAndItsChildAreNotRequiredDuringTheLaunchScreensModalSession) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
   for (const std::string_view name : {"PlayerWindowSubclass", "playerwindow", "Player", ""}) {
@@ -165,49 +168,52 @@ TEST_F(RequiredWindowTest,
   }
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfTheLaunchScreensClassIsRequired) {
+TEST_F(RequiredWindowTest, AWindowWithAChildLaunchScreenViewControllerIsRequired) {
   load(5.0);
-  EXPECT_TRUE(
-      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
-  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren(
-      {makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")})));
+  EXPECT_TRUE(manager->isRequiredWindow(
+      openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
+  EXPECT_TRUE(manager->isRequiredWindow(
+      openWindowWithChildren({makeNamedController("NSViewController"),
+                              makeNamedController("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest,
-       DuringAModalSessionAWindowWithAChildControllerOfTheLaunchScreensClassIsRequired) {
+       AWindowWithAChildLaunchScreenViewControllerIsRequiredDuringAModalSession) {
   load(5.0);
   present(openPlayerWindow(), kHostModeModalWindow);
-  EXPECT_TRUE(
-      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
+  EXPECT_TRUE(manager->isRequiredWindow(
+      openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfASubclassIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(
-      openWindowWithChildren({makeNamed("LaunchScreenViewControllerSubclass")})));
+      openWindowWithChildren({makeNamedController("LaunchScreenViewControllerSubclass")})));
 }
 
-TEST_F(RequiredWindowTest, AWindowWhoseContentViewControllerHasTheLaunchScreensClassIsNotRequired) {
+TEST_F(RequiredWindowTest,
+       AWindowWithALaunchScreenViewControllerAsContentViewControllerIsNotRequired) {
   load(5.0);
   const auto window = openWindow("NSWindow");
-  window->setContentViewController(makeNamed("LaunchScreenViewController"));
+  window->setContentViewController(makeNamedController("LaunchScreenViewController"));
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
 TEST_F(RequiredWindowTest, ChildControllersAreComparedWithTheClassOfTheMainContentsController) {
   loadHostController(5.0);
-  EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren({makeNamed("HostController")})));
-  EXPECT_FALSE(
-      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
+  EXPECT_TRUE(
+      manager->isRequiredWindow(openWindowWithChildren({makeNamedController("HostController")})));
+  EXPECT_FALSE(manager->isRequiredWindow(
+      openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, IfTheMainContentHasNoControllerNoChildControllerMatches) {
-  EXPECT_FALSE(
-      manager->isRequiredWindow(openWindowWithChildren({makeNamed("LaunchScreenViewController")})));
+TEST_F(RequiredWindowTest, NoChildControllerMatchesIfTheMainContentHasNoController) {
+  EXPECT_FALSE(manager->isRequiredWindow(
+      openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
 TEST_F(RequiredWindowTest, AnEmptyClassNameMatchesNoChildController) {
-  const auto window = openWindowWithChildren({makeNamed("")});
+  const auto window = openWindowWithChildren({makeNamedController("")});
   EXPECT_FALSE(manager->isRequiredWindow(window)) << "without a controller";
   configuration().setExpirationTimeInterval(5);
   const auto unnamedController = make<UnnamedController>();
@@ -222,14 +228,15 @@ TEST_F(RequiredWindowTest, TheFirstChildControllerThatMatchesEndsTheSearch) {
   const auto controllerBeforeMatch = make<CountingController>("NSViewController");
   const auto controllerAfterMatch = make<CountingController>("NSViewController");
   EXPECT_TRUE(manager->isRequiredWindow(openWindowWithChildren(
-      {controllerBeforeMatch, makeNamed("LaunchScreenViewController"), controllerAfterMatch})));
+      {controllerBeforeMatch, makeNamedController("LaunchScreenViewController"),
+       controllerAfterMatch})));
   EXPECT_EQ(controllerBeforeMatch->callCount, 1);
   EXPECT_EQ(controllerAfterMatch->callCount, 0);
 }
 
 // The temporary content
 
-class TemporaryItemTest : public LaunchScreenTest {
+class TemporaryContentTest : public LaunchScreenTest {
  protected:
   // Opens a window with a child view controller that is not a launch screen. The child counts how
   // often its class name is read.
@@ -239,7 +246,7 @@ class TemporaryItemTest : public LaunchScreenTest {
   }
 };
 
-TEST_F(TemporaryItemTest, WithoutACoverNoTemporaryContentIsRequired) {
+TEST_F(TemporaryContentTest, NoTemporaryContentIsRequiredWithoutACover) {
   EXPECT_FALSE(manager->tempItemRequired());
   openPlayerWindowWithContentViewController();
   EXPECT_FALSE(manager->tempItemRequired());
@@ -247,12 +254,12 @@ TEST_F(TemporaryItemTest, WithoutACoverNoTemporaryContentIsRequired) {
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, WithoutAnApplicationNoTemporaryContentIsRequired) {
+TEST_F(TemporaryContentTest, NoTemporaryContentIsRequiredWithoutAnApplication) {
   NSApplication::stop();
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWhileTheMainContentIsPresented) {
+TEST_F(TemporaryContentTest, ATemporaryContentIsRequiredWhileTheMainContentIsPresented) {
   for (const std::int32_t mode : {kHostModeSheet, kHostModeModalWindow}) {
     load(5.0);
     present(openPlayerWindowWithContentViewController(), mode);
@@ -264,7 +271,7 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWhileTheMainContentIsPresen
   }
 }
 
-TEST_F(TemporaryItemTest, APresentedTemporaryContentRequiresNoOtherTemporaryContent) {
+TEST_F(TemporaryContentTest, APresentedTemporaryContentRequiresNoOtherTemporaryContent) {
   load(5.0);
   const auto temporaryContent = LaunchScreenContent::init();
   temporaryContent->setContentRequest(makeRequest("e", 5));
@@ -275,13 +282,13 @@ TEST_F(TemporaryItemTest, APresentedTemporaryContentRequiresNoOtherTemporaryCont
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInTheKeyWindow) {
+TEST_F(TemporaryContentTest, ATemporaryContentIsRequiredWithACoverInTheKeyWindow) {
   load(5.0);
   present(openPlayerWindowWithContentViewController(), kHostModeEmbedded);
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInABackgroundWindow) {
+TEST_F(TemporaryContentTest, ATemporaryContentIsRequiredWithACoverInABackgroundWindow) {
   load(5.0);
   const auto window = openPlayerWindowWithContentViewController();
   present(window, kHostModeEmbedded);
@@ -294,31 +301,35 @@ TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverInABackgroundWind
   EXPECT_FALSE(manager->tempItemRequired()) << "a window that is not on the screen is not searched";
 }
 
-TEST_F(TemporaryItemTest, ATemporaryContentIsRequiredWithACoverThatTheMainContentDoesNotOwn) {
-  openWindowWithChildren({makeNamed("NSViewController"), makeNamed("LaunchScreenViewController")});
+TEST_F(TemporaryContentTest, ATemporaryContentIsRequiredWithACoverThatTheMainContentDoesNotOwn) {
+  openWindowWithChildren(
+      {makeNamedController("NSViewController"), makeNamedController("LaunchScreenViewController")});
   EXPECT_TRUE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, OnlyAChildOfClassLaunchScreenViewControllerCountsAsACover) {
+TEST_F(TemporaryContentTest, OnlyAChildOfClassLaunchScreenViewControllerCountsAsACover) {
   loadHostController(5.0);
-  openWindowWithChildren(
-      {makeNamed("LaunchScreenViewControllerSubclass"), makeNamed("HostController")});
+  openWindowWithChildren({makeNamedController("LaunchScreenViewControllerSubclass"),
+                          makeNamedController("HostController")});
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, ACoverWithoutAParentViewControllerRequiresNoTemporaryContent) {
+TEST_F(TemporaryContentTest, ACoverWithoutAParentViewControllerRequiresNoTemporaryContent) {
   load(5.0);
   present(openPlayerWindow(), kHostModeEmbedded);
   ASSERT_NE(controller()->view()->window(), nullptr);
   EXPECT_FALSE(manager->tempItemRequired());
 }
 
-TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwiceAndTheOtherWindowsOnce) {
+// `tempItemRequired` searches the key window first, or the main window if no window is key. Then it
+// searches all ordered windows, front to back.
+
+TEST_F(TemporaryContentTest, TheKeyWindowIsSearchedTwiceAndTheOtherWindowsOnce) {
   const auto [mainWindow, mainController] = openWindowWithCountingChild();
   mainWindow->makeKeyWindow();
   const auto [frontWindow, frontController] = openWindowWithCountingChild();
-  const auto presenter = makeNamed("NSViewController");
-  presenter->presentViewControllerAsModalWindow(makeNamed("NSViewController"));
+  const auto presenter = makeNamedController("NSViewController");
+  presenter->presentViewControllerAsModalWindow(makeNamedController("NSViewController"));
   const auto keyWindow = NSApp->keyWindow();
   const auto keyController = make<CountingController>("NSViewController");
   keyWindow->contentViewController()->addChildViewController(keyController);
@@ -332,7 +343,7 @@ TEST_F(TemporaryItemTest, TheKeyWindowIsSearchedTwiceAndTheOtherWindowsOnce) {
   EXPECT_EQ(frontController->callCount, 1);
 }
 
-TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedTwice) {
+TEST_F(TemporaryContentTest, TheMainWindowIsSearchedTwiceWithoutAKeyWindow) {
   const auto [mainWindow, mainController] = openWindowWithCountingChild();
   mainWindow->makeKeyWindow();
   const auto [frontWindow, frontController] = openWindowWithCountingChild();
@@ -344,9 +355,9 @@ TEST_F(TemporaryItemTest, WithoutAKeyWindowTheMainWindowIsSearchedTwice) {
   EXPECT_EQ(frontController->callCount, 1);
 }
 
-TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
+TEST_F(TemporaryContentTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
   const auto [backWindow, backController] = openWindowWithCountingChild();
-  openWindowWithChildren({makeNamed("LaunchScreenViewController")});
+  openWindowWithChildren({makeNamedController("LaunchScreenViewController")});
   const auto [frontWindow, frontController] = openWindowWithCountingChild();
   ASSERT_EQ(NSApp->keyWindow(), nullptr);
   ASSERT_EQ(NSApp->mainWindow(), nullptr);
@@ -355,7 +366,7 @@ TEST_F(TemporaryItemTest, WindowsAreSearchedFrontToBackUntilOneMatches) {
   EXPECT_EQ(backController->callCount, 0);
 }
 
-TEST_F(TemporaryItemTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
+TEST_F(TemporaryContentTest, APresentedMainContentIsFoundBeforeAnyWindowIsSearched) {
   const auto [window, countingController] = openWindowWithCountingChild();
   load(5.0);
   countingController->callCount = 0;

@@ -30,17 +30,17 @@ class AppKitTest(unittest.TestCase):
         message = " ".join(result.stderr.split())
         self.assertIn(f"The component AppKit is not available. Missing: {reason}", message)
 
-    def test_without_gnustep_config_the_component_appkit_is_not_found(self):
+    def test_the_component_appkit_is_not_found_without_gnustep_config(self):
         # An empty value stands for a system without gnustep-config.
         self.check_that_the_component_is_not_found("gnustep-config", PREFIX, "-DVEL_GNUSTEP_CONFIG=")
 
-    def test_with_only_the_files_of_the_debian_packages_the_component_appkit_is_not_found(self):
+    def test_the_component_appkit_is_not_found_if_only_the_debian_files_are_installed(self):
         prefix = make_folder("without_appkit")
         for component in ("runtime", "development"):
             run("cmake", "--install", BUILD, "--component", component, "--prefix", prefix)
         self.check_that_the_component_is_not_found("the AppKit back end", prefix)
 
-    def test_the_headers_of_the_objective_c_interface_are_those_that_its_main_header_includes(self):
+    def test_the_installed_objective_c_headers_are_those_that_the_main_header_includes(self):
         text = (HEADERS / "ObjectiveC.h").read_text(encoding="utf-8")
         included_headers = set(re.findall(r'#import "Bindings/ObjectiveC/(.+)"', text))
         installed_headers = {header.name for header in (HEADERS / "Bindings/ObjectiveC").iterdir()}

@@ -69,7 +69,7 @@ class DebianInstallTest(unittest.TestCase):
     def test_3_hosts_in_a_cmake_project_build_and_record_the_launch_end_event(self):
         folder = make_folder("debian_cmake")
         cmake_build("find_package", folder)
-        # CMake has found the package that setUpClass installed.
+        # CMake has found the library in /usr/lib, where the Debian packages install it.
         self.assertIn("_DIR:PATH=/usr/lib", (folder / "CMakeCache.txt").read_text(encoding="utf-8"))
         self.assertEqual(run(folder / "host_cpp"), EXPECTED_OUTPUT)
         self.assertEqual(run(folder / "host_c"), EXPECTED_OUTPUT)
@@ -81,6 +81,7 @@ class DebianInstallTest(unittest.TestCase):
     def test_5_purging_leaves_no_files(self):
         self.assertEqual(dpkg("--purge", *PACKAGES), "")
         self.assertFalse(any(map(is_installed, PACKAGES)))
+        # Folders that other packages share, such as /usr/lib, may remain.
         paths = {name for name in self.installed_paths if "launchscreen" in name.lower()}
         self.assertEqual({name for name in paths if os.path.lexists(name)}, set())
         self.assertNotIn("VelLaunchScreen", run("/sbin/ldconfig", "--print-cache"))

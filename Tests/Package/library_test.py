@@ -14,7 +14,8 @@ EXPORTS = Path(__file__).resolve().parent / "exports.txt"
 
 # The demangled names of a class's tables and thunks begin with these words.
 CLASS_SYMBOL = re.compile(r"^(?:vtable|VTT|typeinfo name|typeinfo|(?:non-)?virtual thunk)(?: for| to) ")
-# A class, function or variable in namespace vel. For a member of a class, this is only the class.
+# The name of a class, function or variable in namespace vel. In the name of a class member, this
+# expression matches only the class.
 VEL_NAME = re.compile(r"^vel::(?:detail::)?\w+")
 
 

@@ -9,7 +9,7 @@ namespace vel::test {
 namespace {
 
 constexpr std::int32_t kEmbedded = 0;
-constexpr std::uint32_t kGreen = 0x208040;
+constexpr std::uint32_t kGameColor = 0x208040;  // the background of the game
 
 class X11Consent : public X11HostTest {
  protected:
@@ -49,7 +49,7 @@ TEST_F(X11Consent, ClosingTheDialogResumesTheCountdown) {
   EXPECT_TRUE(runUntil([this] { return client.screenPicture(game).isAll(kWhite); }));
   EXPECT_THAT(events, testing::IsEmpty());
   EXPECT_TRUE(
-      runUntil([this] { return !events.empty() && client.screenPicture(game).isAll(kGreen); }));
+      runUntil([this] { return !events.empty() && client.screenPicture(game).isAll(kGameColor); }));
   EXPECT_THAT(events, testing::ElementsAre("launch_end"));
 }
 

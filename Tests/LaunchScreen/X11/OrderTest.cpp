@@ -1,4 +1,5 @@
-// The stacking order, as users and window managers change it.
+// Reports of the stacking order after users or window managers change it. A reported order lists
+// the windows on screen, front to back.
 #include <gmock/gmock.h>
 
 #include "Tests/LaunchScreen/X11/X11HostTest.h"
@@ -24,7 +25,7 @@ class X11Order : public X11Test {
   }
 };
 
-TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
+TEST_F(X11Order, RaisingAWindowWithoutAWindowManagerReportsTheOrder) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   client.raise(idOf(firstWindow));
@@ -35,13 +36,14 @@ TEST_F(X11Order, ARaisedWindowIsReportedWithoutAWindowManager) {
 }
 
 TEST_F(X11Order, AStackingOrderThatDiffersFromTheAdoptionOrderIsReported) {
+  // The back end assumes that the last adopted window is in front.
   const xcb_window_t lowerGame = openGame(kGameFrame);
   const WindowHandle upperWindow = adopt(openGame(kSecondGameFrame)).handle;
   const WindowHandle lowerWindow = adopt(lowerGame).handle;
   EXPECT_TRUE(waitForOrder({upperWindow, lowerWindow}));
 }
 
-TEST_F(X11Order, AWindowThatTheBackEndRaisesIsNotReported) {
+TEST_F(X11Order, OrderFrontReportsNoOrder) {
   const WindowHandle firstWindow =
       openOwnWindow({.className = "Ours", .title = "", .frame = {{100, 100}, {300, 300}}});
   const WindowHandle secondWindow =
@@ -80,7 +82,7 @@ class X11OrderWithManager : public X11Order, public testing::WithParamInterface<
   X11OrderWithManager() { startManager(GetParam()); }
 };
 
-TEST_P(X11OrderWithManager, AClickThatRaisesAWindowIsReported) {
+TEST_P(X11OrderWithManager, RaisingAWindowWithAClickReportsTheOrder) {
   const WindowHandle firstWindow = adopt(openGame(kGameFrame)).handle;
   const WindowHandle secondWindow = adopt(openGame(kSecondGameFrame)).handle;
   ASSERT_TRUE(waitFor([&] { return client.focusedWindow() == idOf(secondWindow); }));

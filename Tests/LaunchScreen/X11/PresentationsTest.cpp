@@ -56,8 +56,9 @@ TEST_F(X11Presentations, AnEmbeddedCoverMovesWithItsHostWindowWithoutTheRunLoop)
 class X11SecondMonitor : public X11Presentations {
  protected:
   void SetUp() override {
-    // The arguments are the name, the width and the height (each in pixels and millimetres) with
-    // the position, and the output of the graphics device that shows the monitor.
+    // `left` is the name of the monitor. 640/169x800/212+0+0 means 640 pixels (169 millimetres)
+    // wide and 800 pixels (212 millimetres) high, at 0, 0. `screen` is an output of the graphics
+    // device. The monitor `right` has no output.
     runProgram({"xrandr", "--setmonitor", "left", "640/169x800/212+0+0", "screen"},
                server.display());
     runProgram({"xrandr", "--setmonitor", "right", "640/169x960/254+640+0", "none"},

@@ -11,7 +11,7 @@ namespace {
 
 class X11Resources : public X11HostTest, public testing::WithParamInterface<std::int32_t> {
  protected:
-  /// Runs a launch screen with an indicator from its request to its event.
+  /// Requests and presents a launch screen with an indicator, and waits until it has ended.
   void runOnce() {
     events.clear();
     hasIndicator = true;
@@ -44,7 +44,7 @@ TEST_P(X11Resources, ARunLeavesNoResourcesOnTheServer) {
   runOnce();
   runOnce();
   EXPECT_EQ(resources(), resourcesBefore);
-  // Only the host mode of each presentation is logged, and no error.
+  // The log contains only the host mode of each presentation.
   EXPECT_THAT(log, testing::Each(testing::HasSubstr("mode: ")));
 }
 

@@ -63,7 +63,7 @@ class Timers {
 
  private:
   std::mutex mutex_;
-  std::map<int, int> timers_;
+  std::map<int, int> timers_;  // the timerfd of each kqueue that has a timer
 };
 
 Timers timers;

@@ -1,4 +1,4 @@
-// Simulates the functions of macOS with those of Linux.
+// Implements functions of macOS with functions of Linux.
 #include "Tests/OtherSystems/MacOS/ProcessFunctions.h"
 
 #include <sys/syscall.h>

@@ -1,5 +1,5 @@
 // Functions of macOS that ProcessFacts.cpp calls. The headers of Linux do not declare them, so the
-// option `-include` in CMakeLists.txt adds this file to ProcessFacts.cpp.
+// option `-include` in CMakeLists.txt includes this file in ProcessFacts.cpp.
 #pragma once
 
 #include <pthread.h>

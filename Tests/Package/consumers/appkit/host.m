@@ -1,4 +1,5 @@
-// A host in Objective-C. Prints the engine of the library, and whether it can create a manager.
+// A host in Objective-C. It prints the name of the engine that LaunchScreenManager serves, and
+// whether the host can create a LaunchScreenManager.
 #import <VelLaunchScreen/ObjectiveC.h>
 #include <stdio.h>
 
