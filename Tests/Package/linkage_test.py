@@ -20,17 +20,17 @@ def library_type(source, *settings):
 
 
 class LinkageTest(unittest.TestCase):
-    def test_it_is_shared_by_default(self):
+    def test_the_library_is_shared_by_default(self):
         self.assertEqual(library_type(SOURCE, *ONLY_THE_LIBRARY), "SHARED_LIBRARY")
 
-    def test_it_is_static_if_build_shared_libs_is_off(self):
+    def test_the_library_is_static_if_build_shared_libs_is_off(self):
         static_type = library_type(SOURCE, *ONLY_THE_LIBRARY, "-DBUILD_SHARED_LIBS=OFF")
         self.assertEqual(static_type, "STATIC_LIBRARY")
 
     def test_a_subproject_is_static_unless_the_parent_project_sets_build_shared_libs(self):
-        project = (CONSUMERS / "subproject", f"-DVEL_SOURCE={SOURCE}")
-        self.assertEqual(library_type(*project), "STATIC_LIBRARY")
-        self.assertEqual(library_type(*project, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")
+        arguments = (CONSUMERS / "subproject", f"-DVEL_SOURCE={SOURCE}")
+        self.assertEqual(library_type(*arguments), "STATIC_LIBRARY")
+        self.assertEqual(library_type(*arguments, "-DBUILD_SHARED_LIBS=ON"), "SHARED_LIBRARY")
 
 
 if __name__ == "__main__":

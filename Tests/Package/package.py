@@ -1,4 +1,4 @@
-"""Helpers for the tests of the package: build and run hosts outside the source tree."""
+"""Helpers for the tests of the package. The tests build and run hosts: programs that use the library."""
 
 import os
 import shlex
@@ -9,8 +9,9 @@ from pathlib import Path
 SOURCE = Path(os.environ["VEL_SOURCE"])
 BUILD = Path(os.environ["VEL_BUILD"])
 WORK = Path(os.environ["VEL_WORK"])
+# The folder in which the library is installed (the installation prefix).
 PREFIX = WORK / "prefix"
-# The folder for libraries below a prefix.
+# The subfolder of an installation prefix that contains the libraries.
 LIB = os.environ["VEL_LIB"]
 CONSUMERS = Path(__file__).resolve().parent / "consumers"
 CC = os.environ["CC"]
@@ -65,5 +66,5 @@ def pkg_config(*arguments, prefix=None):
 
 
 def loader_environment(prefix):
-    """Returns the environment in which the loader finds the shared library below a prefix."""
+    """Returns the environment variable that lets the loader find the shared library in the prefix."""
     return {"LD_LIBRARY_PATH": str(prefix / LIB)}

@@ -18,7 +18,7 @@ class PkgConfigTest(unittest.TestCase):
     def test_a_host_in_c99_records_the_launch_end_event(self):
         self.build_and_run(CC, "-std=c99", CONSUMERS / "host.c")
 
-    def test_the_c99_host_also_works_compiled_as_cpp(self):
+    def test_the_c99_host_also_works_if_it_is_compiled_as_cpp(self):
         self.build_and_run(CXX, "-std=c++11", "-x", "c++", CONSUMERS / "host.c", "-x", "none")
 
     def test_a_host_in_cpp_records_the_launch_end_event(self):

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Builds the library as a subproject: static, and installed only with VEL_INSTALL."""
+"""Builds the library as a subproject. It is static, and is installed only if VEL_INSTALL is on."""
 
 import unittest
 
@@ -13,7 +13,7 @@ class SubprojectTest(unittest.TestCase):
         cls.folder = make_folder("subproject")
 
     def build(self, *settings):
-        # Many games use unity builds. Unity builds are also the fastest builds.
+        # A unity build compiles many source files as one. It is fast, and many games use it.
         unity_settings = ["-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=0"]
         cmake_build("subproject", self.folder, f"-DVEL_SOURCE={SOURCE}", *unity_settings, *settings)
         self.assertEqual(run(self.folder / "host_cpp"), EXPECTED_OUTPUT)
@@ -35,7 +35,7 @@ class SubprojectTest(unittest.TestCase):
         self.build("-DFETCH=ON")
 
     def test_3_vel_install_installs_the_library(self):
-        # appkit_test.py tests the installed AppKit components.
+        # VEL_COCOA is off because appkit_test.py tests the installed AppKit components.
         self.build("-DFETCH=ON", "-DVEL_INSTALL=ON", "-DVEL_COCOA=OFF")
         run("cmake", "--install", self.folder, "--prefix", make_folder("static"))
         self.assertTrue((WORK / "static" / LIB / "libVelLaunchScreen.a").is_file())

@@ -97,7 +97,8 @@ class HostViewDelegate final
 };
 
 /// Writes the platform's events into the journal: the life-cycle methods of the cover's controller,
-/// a line such as "style 7" for each style mask that is set, "window opened" and "window closed".
+/// "window opened", "window closed", and a line such as "style 7" when a window's style mask is
+/// set.
 class PlatformJournal final : public PlatformObserver {
  public:
   explicit PlatformJournal(Journal journal) : journal_(std::move(journal)) {}
@@ -117,14 +118,14 @@ class PlatformJournal final : public PlatformObserver {
   PlatformObserver* previousObserver_ = setPlatformObserver(this);
 };
 
-/// True if the tracked cover is this controller's view in this superview. The tracked cover is the
-/// embedded cover that the library keeps alive (EmbeddedCover.h).
+/// The tracked cover is the embedded cover that the library keeps alive (EmbeddedCover.h). Returns
+/// true if `superView` contains the tracked cover and `controller` is its controller.
 bool isTrackedCover(const Strong<NSView>& superView,
                     const Strong<LaunchScreenViewController>& controller);
 /// True if there is a tracked cover.
 bool hasTrackedCover();
 
-/// A fixture with a controller to present and a journal. The expiration time in the default
+/// A fixture with a journal and a controller to present. The expiration time in the default
 /// configuration is five seconds.
 class CoverTest : public VirtualPlatformTest {
  protected:
@@ -137,12 +138,12 @@ class CoverTest : public VirtualPlatformTest {
   Strong<CoverDelegate> addDelegate(std::string_view name) { return addDelegate(name, cover); }
   Strong<CoverDelegate> addDelegate(std::string_view name,
                                     const Strong<LaunchScreenViewController>& controller);
-  /// Returns the events that were recorded since the last call.
+  /// Returns the events in the journal and clears the journal.
   Lines takeEvents() { return std::exchange(*journal, {}); }
 
   Journal journal = std::make_shared<Lines>();
   PlatformJournal platformJournal{journal};
-  /// The controller of the cover. Tests present this controller.
+  /// The controller (not the view) of the cover. Tests present this controller.
   Strong<LaunchScreenViewController> cover;
 };
 

@@ -43,8 +43,8 @@ class ResolverListener final
   std::function<void()> whenNotified;
 };
 
-/// A view controller that a host supplies through the default configuration. It only records the
-/// calls of its operations.
+/// A view controller that a host supplies through the default configuration. It presents
+/// nothing and records the calls of its operations.
 class HostController final
     : public Class<HostController, "HostController", NSViewController,
                    LaunchScreenViewControllerProtocol, LaunchScreenPresenter> {
@@ -59,8 +59,8 @@ class HostController final
 
   /// The names of the called operations, in the order of the calls.
   std::vector<std::string> calls;
-  /// The arguments of the last calls. `removeDelegate` stores no argument, and `deactivate` resets
-  /// `delegate`.
+  /// Each operation except `removeDelegate` stores its arguments here. `deactivate` sets
+  /// `delegate` to null.
   Strong<LaunchScreenViewControllerDelegate> delegate;
   Strong<NSWindow> window;
   LaunchScreenPresentationMode mode = -1;
@@ -87,9 +87,9 @@ class LaunchScreenTest : public VirtualPlatformTest {
     return *LaunchScreenConfiguration::defaultConfiguration();
   }
 
-  /// Requests content for the event "launch_end", and then the view of the content. The request for
-  /// the view makes the manager a delegate of the view controller. `duration` (in seconds) and
-  /// `mode` are parameters of the request for content. If `mode` is empty, the request has no mode.
+  /// Loads content for the event "launch_end" and then the view of the content. Loading the view
+  /// makes the manager a delegate of the content's view controller. `duration` (in seconds) and
+  /// `mode` are parameters of the content request. If `mode` is empty, the request has no mode.
   void load(double duration, std::string_view mode = "");
   /// Loads content as `load` does, with a HostController instead of the library's controller.
   Strong<HostController> loadHostController(double duration, std::string_view mode = "");
@@ -103,8 +103,10 @@ class LaunchScreenTest : public VirtualPlatformTest {
   /// The new delegate writes into the journal as "host".
   Strong<CoverDelegate> addHostDelegate();
 
-  /// The timer of the countdown, and the time left in seconds.
+  /// The timer that counts down to the expiration of the launch screen. Null if the countdown is
+  /// paused or stopped.
   [[nodiscard]] Strong<NSTimer> timer() const { return manager->launchScreenExpirationTimer(); }
+  /// The time until the expiration, in seconds.
   [[nodiscard]] double timeLeft() const { return manager->launchScreenExpirationTimeLeft(); }
   void setTimeLeft(double seconds) { manager->setLaunchScreenExpirationTimeLeft(seconds); }
   /// The number of notifications that the manager observes.
@@ -123,15 +125,15 @@ class LaunchScreenTest : public VirtualPlatformTest {
   Strong<LaunchScreenManager> manager = LaunchScreenManager::init();
 };
 
-/// A LaunchScreenTest that shows the view of a HostController in a window. `notifyDidResignKey` and
-/// `notifyDidBecomeKey` send a notification directly to the manager. They do not change the key
-/// state of a window.
+/// A LaunchScreenTest that shows the view of a HostController in a window.
 class ShownLaunchScreenTest : public LaunchScreenTest {
  protected:
   /// Loads content, shows the controller's view in an open window that is not key, and starts the
   /// countdown.
   void show(double duration, std::string_view mode = "");
+  /// Calls the manager's `windowDidResignKey` directly, as if `object` had resigned key.
   void notifyDidResignKey(const Strong<NSObject>& object);
+  /// Calls the manager's `windowDidBecomeKey` directly, as if `object` had become key.
   void notifyDidBecomeKey(const Strong<NSObject>& object);
 
   Strong<HostController> hostController;

@@ -18,8 +18,8 @@
 
 namespace vel::test {
 
-/// A new platform in virtual time that starts at 0. The destructor shuts the platform down and
-/// resets the default configuration.
+/// A new platform with a virtual clock. The clock starts at 0. The destructor shuts the platform
+/// down and resets the default configuration.
 class VirtualPlatform : private NonCopyable {
  public:
   VirtualPlatform();
@@ -30,6 +30,7 @@ class VirtualPlatform : private NonCopyable {
   void run(double seconds);
   /// Runs all work that is due now.
   void runDueWork() { run(0); }
+  /// The virtual time in seconds.
   [[nodiscard]] double now() const;
 
   /// The window system, which also simulates users and other programs.
@@ -78,7 +79,7 @@ class NamedViewController final
   std::string name_;
 };
 
-/// A title and all controls.
+/// Titled, closable, miniaturizable and resizable.
 inline constexpr NSWindowStyleMask kFullStyle = 15;
 
 /// Opens a window in front of all other windows. The window is not key.

@@ -8,12 +8,11 @@
 
 namespace vel::test {
 
-/// An X server with a window manager. The AppKit of this process connects to the server. `client`
-/// acts as the user and as other programs. AppKit connects to only one server while a process runs,
-/// so all tests of a process share this object.
+/// An X server with a window manager. The AppKit of this process connects to the server. AppKit
+/// connects to only one server while a process runs, so all tests of a process share this object.
 class AppKitDisplay : NonCopyable {
  public:
-  /// The first call starts the server, and sets the environment of AppKit.
+  /// The first call starts the server, and sets the environment variables that AppKit reads.
   static AppKitDisplay& shared();
 
  private:
@@ -22,15 +21,17 @@ class AppKitDisplay : NonCopyable {
 
  public:
   XServer server;
+  /// Acts as the user and as other programs.
   XClient client;
   Process managerProcess;
 
-  /// Returns the X window of a native window.
+  /// Returns the X window of an NSWindow.
   [[nodiscard]] static xcb_window_t idOf(NSWindow* window);
   /// Returns true if the window is key and has the focus of the X server. Otherwise asks the window
   /// manager to activate the window, at most twice per second, and returns false. Call this until
-  /// it returns true: AppKit's own request for the focus can fail. AppKit sends the time of its
-  /// last event, and the X server ignores the request if the focus has changed after that time.
+  /// it returns true: AppKit's request for the focus can fail. The request contains the time of
+  /// AppKit's last event. The X server ignores the request if the focus has changed after that
+  /// time.
   bool giveFocus(NSWindow* window);
   /// Returns true if no window of AppKit is key and `window`, which belongs to another program, has
   /// the focus of the X server. Otherwise gives the focus to `window`, at most twice per second,
@@ -39,7 +40,8 @@ class AppKitDisplay : NonCopyable {
   bool giveFocusToOtherProgram(xcb_window_t window);
   /// Waits until the window manager has executed all earlier requests of `client`.
   void waitForManager();
-  /// Opens the window of a game in another program, and waits until it is on the screen.
+  /// Opens a window as a game in another process would, and waits until the window is on the
+  /// screen.
   xcb_window_t openGame(PixelRect frame);
 
  private:

@@ -49,8 +49,8 @@ bool AppKitDisplay::giveFocusToOtherProgram(xcb_window_t window) {
   return false;
 }
 
-// The window manager executes requests in order. It therefore executes all earlier requests before
-// it sets _NET_FRAME_EXTENTS of the probe.
+// Sends one more request and waits for its result. The window manager executes requests in order,
+// so the result shows that it has executed all earlier requests.
 void AppKitDisplay::waitForManager() {
   const xcb_window_t probe = client.makeWindow({0, 0, 1, 1}, 0);
   xcb_client_message_event_t request{};

@@ -18,8 +18,8 @@ namespace vel::test {
 
 namespace {
 
-// The parent of a process. In /proc/<id>/stat, the name of the process is in parentheses, then come
-// the state and the parent.
+// Returns the parent's ID. `process` is the folder /proc/<id> of a process. Its file `stat`
+// contains the ID of the process, its name in parentheses, its state, and the ID of its parent.
 pid_t parentOf(const std::filesystem::path& process) {
   std::ifstream file(process / "stat");
   std::string line;
@@ -51,8 +51,8 @@ AppKitEnvironment::AppKitEnvironment() {
   }
   home_ = name;
   setenv("HOME", name.c_str(), 1);
-  // Programs of the free AppKit find their common daemon through this folder. Tests that run at the
-  // same time must not share the daemon.
+  // GNUstep programs with the same TEMP share one daemon. Tests that run at the same time must not
+  // share the daemon.
   setenv("TEMP", name.c_str(), 1);
   // The daemon detaches from its parent. With this setting, it becomes a child of this process, so
   // that the destructor finds it.
@@ -60,7 +60,7 @@ AppKitEnvironment::AppKitEnvironment() {
 }
 
 AppKitEnvironment::~AppKitEnvironment() {
-  // The children of a killed process become children of this process.
+  // The children of a killed process become children of this process. The loop kills them too.
   for (std::vector<pid_t> children = childrenOfThisProcess(); !children.empty();
        children = childrenOfThisProcess()) {
     for (const pid_t child : children) {

@@ -10,11 +10,10 @@ namespace vel::test {
 /// starts. Create this object before this process or a child process starts AppKit.
 class AppKitEnvironment : NonCopyable {
  public:
-  /// Sets the home folder and the temporary folder of this process and its children to a new
-  /// folder.
+  /// Creates a folder and sets the environment variables HOME and TEMP to it.
   AppKitEnvironment();
-  /// Kills all descendants of this process and deletes the folder. Does not restore the previous
-  /// folders.
+  /// Kills all descendants of this process and deletes the folder. Unsets TEMP and does not
+  /// restore HOME.
   ~AppKitEnvironment();
 
  private:

@@ -1,7 +1,7 @@
-/* The sanitizer for leaks calls this function of the program. Its result names the libraries whose
- * leaks the sanitizer must not report. The free AppKit and its runtime never release their tables
- * of classes, and some caches of fonts. The sanitizer therefore also does not report
- * Objective-C objects that this project leaks. */
+/* LeakSanitizer calls this function, and does not report leaks in the libraries that it returns.
+ * The free AppKit of GNUstep and its Objective-C runtime never release their class tables and some
+ * font caches. GNUstep also allocates the Objective-C objects of this project, so LeakSanitizer
+ * does not report them if they leak. */
 /* NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c): the sanitizer's name */
 const char* __lsan_default_suppressions(void);
 

@@ -15,7 +15,7 @@
 namespace vel::test {
 
 /// A Wayland compositor in a window of an Xvfb server. Its screen is 1024 by 768 pixels and begins
-/// at the upper left corner of the X screen. Windows are centred. New windows get the focus.
+/// at the upper left corner of the X screen. New windows are centred and get the focus.
 class Compositor : NonCopyable {
  public:
   virtual ~Compositor();
@@ -44,7 +44,7 @@ class Compositor : NonCopyable {
   void releaseButton() { user_.releaseButton(); }
   /// Moves the pointer of the seat from one point to another while the main button is pressed.
   void drag(int fromX, int fromY, int toX, int toY);
-  /// Acts as the user of the compositor. This client is connected to the Xvfb server.
+  /// The X client that acts as the user. It is connected to the Xvfb server.
   [[nodiscard]] XClient& user() { return user_; }
   /// Kills the compositor with SIGKILL, like a crash.
   void kill() { process_.kill(); }

@@ -19,7 +19,7 @@ struct FilteredListener {
 
 std::string hiddenInterface;  // empty if nothing is hidden
 int filteredRegistryCount = 0;
-std::list<FilteredListener> filteredListeners;  // kept, because registries may still use them
+std::list<FilteredListener> filteredListeners;  // never shrinks: registries may still use them
 
 void global(void* data, wl_registry* registry, std::uint32_t name, const char* interface,
             std::uint32_t version) {

@@ -7,8 +7,8 @@
 namespace vel::test {
 
 /// Hides a global object of the compositor from the clients in this process, as if the compositor
-/// did not have it. Clients that connect while this object exists never see the global object. The
-/// linker replaces `wl_proxy_add_listener` in the test program, so that the listener of each
+/// did not have it. Clients that connect while a HiddenGlobal exists never see the global object.
+/// The linker replaces `wl_proxy_add_listener` in the test program, so that the listener of each
 /// registry is filtered.
 class HiddenGlobal : NonCopyable {
  public:
