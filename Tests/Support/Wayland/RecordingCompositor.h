@@ -13,11 +13,12 @@
 
 namespace vel::test {
 
-/// A surface of the client after its latest commit.
+/// The state of a wl_surface after the latest commit of the surface. The modal state and the title
+/// change without a commit.
 struct SurfaceRecord {
   std::uint32_t id = 0;      // the id of the protocol object
   std::uint32_t parent = 0;  // the id of the parent of a subsurface; 0 for other surfaces
-  CGPoint position;          // of a subsurface, in its parent
+  CGPoint position;          // of a subsurface, relative to the parent
   CGSize bufferSize;         // in pixels; zero without a buffer
   int bufferScale = 1;
   CGSize destination;  // of wp_viewport; zero if it is not set
@@ -31,9 +32,8 @@ struct SurfaceRecord {
 
 /// A Wayland compositor for one client. It draws nothing. It records the requests of the client and
 /// sends the events that the test chooses. It runs in a child process, because a client can block
-/// until the compositor replies. Before the compositor executes a function of this class, it
-/// handles all requests that the client has flushed. When the function returns, the client can read
-/// the events.
+/// until the compositor replies. Each function except `display` first handles all requests
+/// that the client has flushed. When the function returns, the client can read the events.
 class RecordingCompositor : NonCopyable {
  public:
   /// Starts with wl_compositor, wl_subcompositor and wl_shm.
@@ -43,7 +43,7 @@ class RecordingCompositor : NonCopyable {
   /// The value of `WAYLAND_DISPLAY` for the client.
   [[nodiscard]] std::string display() const { return (folder_ / "wayland-1").string(); }
 
-  /// Announces a global object and returns its number, for the parameters `global`, `output` and
+  /// Announces a global object and returns its number. Pass this number as `global`, `output` or
   /// `seat`.
   int addGlobal(const std::string& interface);
   int addOutput(int scale);
@@ -77,7 +77,8 @@ class RecordingCompositor : NonCopyable {
   std::vector<SurfaceRecord> surfaces();
   /// The record of one surface. Throws if the surface does not exist.
   SurfaceRecord surface(std::uint32_t id);
-  /// The subsurfaces of a surface. If `parent` is 0, the surfaces that are not subsurfaces.
+  /// Returns the subsurfaces of `parent`. If `parent` is 0, returns the surfaces that are not
+  /// subsurfaces.
   std::vector<SurfaceRecord> children(std::uint32_t parent);
   /// The number of protocol objects of each interface.
   std::map<std::string, int> objects();

@@ -51,12 +51,13 @@ const std::array kOfferedInterfaces{
 /// A protocol object of the client.
 struct Object {
   int global = 0;  // the number of the global object from which the client has created the object
-  wl_resource* surface = nullptr;  // the wl_surface that the object is or belongs to
-  CGSize size{};                   // of a wl_buffer
+  // The wl_surface to which the object belongs. A wl_surface belongs to itself.
+  wl_resource* surface = nullptr;
+  CGSize size{};  // of a wl_buffer
 };
 
-/// A wl_surface. The next commit makes `pending` current. The title and the modal state need no
-/// commit.
+/// A wl_surface. The next commit copies `pending` to `current`. The title and the modal state
+/// change without a commit.
 struct Surface {
   SurfaceRecord current;
   SurfaceRecord pending;
@@ -77,7 +78,8 @@ struct Global {
 class Server : NonCopyable {
  public:
   Server(const std::filesystem::path& folder, int control) : control_(control) {
-    // libwayland logs an error if a client disconnects before it has read all events.
+    // Discards the log of libwayland, which contains an error if a client disconnects before the
+    // client has read all events.
     wl_log_set_handler_server([](const char* /*format*/, va_list /*arguments*/) {});
     setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     if (wl_display_add_socket(display_, "wayland-1") != 0) {
@@ -114,7 +116,7 @@ class Server : NonCopyable {
   }
 
  private:
-  // Handles the requests that have arrived, and sends the events.
+  // Handles the requests that have arrived, and sends the queued events.
   void handleClients() {
     wl_event_loop* const loop = wl_display_get_event_loop(display_);
     pollfd input{.fd = wl_event_loop_get_fd(loop), .events = POLLIN, .revents = 0};
@@ -137,11 +139,11 @@ class Server : NonCopyable {
       surface.number = ++lastSurfaceNumber_;
     }
     objects_[resource] = object;
-    wl_resource_set_dispatcher(resource, &Server::dispatch, this, this, &Server::forget);
+    wl_resource_set_dispatcher(resource, &Server::dispatch, this, this, &Server::removeObject);
     return resource;
   }
 
-  static void forget(wl_resource* resource) {
+  static void removeObject(wl_resource* resource) {
     Server& server = *static_cast<Server*>(wl_resource_get_user_data(resource));
     server.objects_.erase(resource);
     if (server.surfaces_.erase(resource) > 0) {
@@ -205,8 +207,9 @@ class Server : NonCopyable {
     return 0;
   }
 
-  // If the request creates an object, the new object belongs to the surface of the first object in
-  // the arguments. If no argument is an object, it belongs to the surface of `target`.
+  // An object that the request creates belongs to the surface of the first argument that is an
+  // existing object. If no argument is an existing object, the new object belongs to the surface of
+  // `target`.
   void handleRequest(wl_resource* target, const wl_message& message, wl_argument* arguments) {
     const std::string request = std::string(wl_resource_get_class(target)) + '.' + message.name;
     requests_.push_back(request);
@@ -328,8 +331,7 @@ class Server : NonCopyable {
       command >> prefix;
       return takeRequests(prefix);
     }
-    // The first number identifies a global object or a surface. For the commands of `sendEvent`,
-    // the second number identifies a surface.
+    // The first number is the number of a global object or the id of a surface.
     int first = 0;
     int second = 0;
     int third = 0;
@@ -363,6 +365,7 @@ class Server : NonCopyable {
         xdg_toplevel_send_close(toplevel);
       }
     } else {
+      // The second number is the id of a surface.
       sendEvent(name, first, surfaceWithId(static_cast<std::uint32_t>(second)));
     }
     return {};
@@ -387,7 +390,7 @@ class Server : NonCopyable {
     return number;
   }
 
-  // Sends an event that belongs to a surface and to a global object: a seat or an output.
+  // Sends an event about `surface`. `global` is the number of a seat or an output.
   void sendEvent(const std::string& command, int global, wl_resource* surface) {
     const std::uint32_t serial = wl_display_next_serial(display_);
     wl_array keys;
@@ -442,8 +445,8 @@ class Server : NonCopyable {
     return text.str();
   }
 
-  // Lists the interface of each object of the clients. Does not use `objects_`, which does not
-  // contain the objects that libwayland creates itself, such as wl_registry.
+  // Lists the interface of each protocol object. libwayland provides this list, because `objects_`
+  // omits the objects that libwayland itself creates, such as wl_registry.
   std::string describeObjects() const {
     std::string text;
     wl_client* client = nullptr;
@@ -470,7 +473,7 @@ class Server : NonCopyable {
     return text;
   }
 
-  int control_;
+  int control_;  // the socket for the commands of the test
   wl_display* display_ = wl_display_create();
   std::map<int, std::unique_ptr<Global>> globals_;
   std::map<wl_resource*, Object> objects_;

@@ -1,4 +1,4 @@
-// The process of a RecordingCompositor.
+// The Wayland server that RecordingCompositor runs in a child process.
 #pragma once
 
 #include <filesystem>

@@ -11,7 +11,7 @@
 
 namespace vel::test {
 
-/// The functions that libwayland calls with the events of the host.
+/// The functions that libwayland calls when the host receives an event.
 struct HostEvents {
   /// Counts an event and returns the host that received the event.
   static SurfaceHost& hostOf(void* data) {
@@ -51,7 +51,7 @@ struct HostEvents {
   static void configureXdgSurface(void* data, xdg_surface* surface, std::uint32_t serial) {
     SurfaceHost& host = hostOf(data);
     xdg_surface_ack_configure(surface, serial);
-    // With a size of zero, the client chooses the size.
+    // If the compositor sends a size of zero, the host chooses the size.
     const CGSize size = host.pendingSize_.width > 0 ? host.pendingSize_ : host.ownSize_;
     const bool isNewSize = size != host.size_;
     if (isNewSize) {
@@ -193,7 +193,8 @@ SurfaceHost::SurfaceHost(const std::string& display, const std::string& title, C
   wl_surface_commit(surface_);
   while (!isConfigured_ && wl_display_dispatch(display_) >= 0) {
   }
-  // sway makes the new window float and configures it again. The round trips receive these events.
+  // sway makes a new window float and then configures the window again. The round trips receive the
+  // configure events.
   wl_display_roundtrip(display_);
   wl_display_roundtrip(display_);
 }

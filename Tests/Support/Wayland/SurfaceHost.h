@@ -13,8 +13,8 @@
 
 namespace vel::test {
 
-/// A host with a Wayland window in one colour. It draws only when the test calls `draw`,
-/// `drawFrame` or `resize`, or when `pump` receives a new size from the compositor.
+/// Acts as a host of the library: a client with a Wayland window in one colour. It draws in the
+/// constructor, in `draw`, `drawFrame` and `resize`, and when the compositor changes the size.
 class SurfaceHost : NonCopyable {
  public:
   /// Connects to the compositor, and waits until the compositor has a picture of the window.
@@ -24,15 +24,15 @@ class SurfaceHost : NonCopyable {
 
   [[nodiscard]] wl_display* display() const { return display_; }
   [[nodiscard]] wl_compositor* compositor() const { return compositor_; }
-  /// The window, with its xdg_toplevel, as an argument of `adoptWindow`.
+  /// Describes the window and its xdg_toplevel for `adoptWindow`.
   [[nodiscard]] WaylandSurface window() const;
   /// Reads and dispatches the events of the host, without blocking.
   void pump();
-  /// Commits the surface with a picture of the current size. May be called on another thread while
-  /// the size does not change.
+  /// Commits the surface with a picture of the current size. A call on another thread is allowed if
+  /// the size does not change during the call.
   void draw();
-  /// Draws, and requests a frame callback. `frameCount` grows when the compositor has shown the
-  /// picture.
+  /// Requests a frame callback and draws. `frameCount` counts the callbacks that the host has
+  /// received.
   void drawFrame();
   /// Changes the size and draws.
   void resize(CGSize size);
@@ -53,8 +53,8 @@ class SurfaceHost : NonCopyable {
   /// The number of touches in other surfaces of the connection.
   [[nodiscard]] int touchesElsewhere() const { return touchesElsewhere_; }
   [[nodiscard]] int frameCount() const { return frameCount_; }
-  /// True if the pointer has entered a surface that the host did not create, and this surface has
-  /// user data. A toolkit would use the data as if it belonged to a surface of the toolkit.
+  /// True if the pointer has entered a surface that has user data and that the host did not
+  /// create. A toolkit would mistake this data for its own data.
   [[nodiscard]] bool hasEnteredForeignSurfaceWithData() const {
     return hasEnteredForeignSurfaceWithData_;
   }
@@ -80,10 +80,10 @@ class SurfaceHost : NonCopyable {
   std::vector<wl_buffer*> buffers_;
   CGSize bufferSize_;  // the size of the newest buffer
   wl_surface* surface_ = nullptr;
-  xdg_surface* role_ = nullptr;
+  xdg_surface* role_ = nullptr;  // the xdg_surface of `surface_`
   xdg_toplevel* toplevel_ = nullptr;
   CGSize size_;
-  CGSize ownSize_;      // the size if the compositor lets the host choose
+  CGSize ownSize_;      // used when the compositor sends a size of zero
   CGSize pendingSize_;  // the size in the latest configure event
   std::uint32_t color_;
   bool isConfigured_ = false;

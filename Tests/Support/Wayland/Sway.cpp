@@ -26,12 +26,14 @@ constexpr std::string_view kConfiguration =
     "output * bg #203020 solid_color\n"
     "seat * hide_cursor 0\n";
 constexpr std::string_view kNoXwayland = "xwayland disable\n";
-// sway sets DISPLAY for the programs that it starts. Xwayland admits only clients of the user that
-// runs it (nobody, if root starts sway), so xhost admits all local users.
+// sway sets DISPLAY for the programs that it starts. Xwayland accepts only clients of the user that
+// runs Xwayland. If the test runs as root, this user is nobody, and Xwayland would refuse the test.
+// `xhost +local:` therefore allows all local users.
 constexpr std::string_view kXwayland =
     "xwayland enable\n"
     "exec xhost +local: && echo $DISPLAY > $XDG_RUNTIME_DIR/x-display\n";
 
+// The arguments of the X server that shows the outputs of sway.
 std::vector<std::string> serverArguments(const Sway::Options& options) {
   return options.outputCount == 1 ? std::vector<std::string>()
                                   : std::vector<std::string>{"-screen", "0", "2048x768x24"};
@@ -72,7 +74,8 @@ Sway::Sway(const Options& options) : Compositor(serverArguments(options)) {
 }
 
 // Each output is a window of the X server. Without a window manager, both windows are at the same
-// place. The window of the second output is newer, so it is on top: `children` returns it last.
+// place. The window of the second output is newer, so it is above the window of the first output.
+// `children` returns the topmost window last.
 void Sway::placeSecondOutput() {
   std::vector<xcb_window_t> windows;
   const bool hasWindows = eventually([&] {

@@ -6,8 +6,8 @@
 
 namespace vel::test {
 
-/// The compositor sway. Windows have no frame. sway does not run as root. If the test runs as root,
-/// sway runs as the user nobody.
+/// The compositor sway. Windows have no frame. If the test runs as root, sway runs as the user
+/// nobody.
 class Sway : public Compositor {
  public:
   struct Options {
@@ -19,8 +19,8 @@ class Sway : public Compositor {
   Sway() : Sway(Options()) {}
   explicit Sway(const Options& options);
 
-  /// Runs a command of sway until it succeeds. A command about a window fails until sway shows the
-  /// window.
+  /// Repeats a sway command until the command succeeds. A command about a window fails until sway
+  /// shows the window. Throws if the command still fails after `kTimeout`.
   void run(const std::string& command) const;
   void focusWindow(const std::string& title) const override { run(selectorOf(title) + "focus"); }
   void closeWindow(const std::string& title) const override { run(selectorOf(title) + "kill"); }

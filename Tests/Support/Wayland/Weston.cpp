@@ -72,7 +72,8 @@ Weston::Weston(const Options& options) {
     command.emplace_back("--xwayland");
   }
   // If the pointer is in weston's window while weston starts, weston may miss the position of the
-  // pointer. So the pointer stays outside this window until `hidePointer` moves it in.
+  // pointer. So the pointer is outside this window during the start. `hidePointer` then moves the
+  // pointer to the lower right corner of the window.
   user().movePointer(1200, 900);
   start(std::move(command));
   const bool hasStarted = eventually([this] {
@@ -82,10 +83,11 @@ Weston::Weston(const Options& options) {
   if (!hasStarted) {
     throw std::runtime_error("weston does not start");
   }
-  // weston gives its clients the keyboard only while its own window has the focus of the X server.
+  // weston gives a client the keyboard focus only while weston's X window has the X input focus.
   user().focus(user().findWindow("Weston Compositor"));
   hidePointer();
-  // weston may run one command before it handles the focus event, but not two.
+  // weston may handle the first command before the focus event. It handles the second command
+  // after the focus event.
   run("check");
   run("check");
 }
