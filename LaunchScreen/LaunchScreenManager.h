@@ -62,10 +62,14 @@ class VEL_EXPORT LaunchScreenManager final
   // LaunchScreenContentDelegate
   void contentDataDidChangeState(const Strong<ContentData>& data) override;
 
-  /// True if the user can see the launch screen while `window` is the key window.
+  /// True if the countdown may run while `window` is the key window. This is true for the window
+  /// that shows the launch screen; while that window is modal, also for each player window and its
+  /// child windows; and for each window that holds a child controller of the class of the content's
+  /// view controller.
   [[nodiscard]] bool isRequiredWindow(const Strong<NSWindow>& window) const;
-  /// True while a launch screen is shown. A new request then gets a temporary content, because it
-  /// must not change the main content.
+  /// True if a new request must not change the main content, so it gets a temporary content. This is
+  /// true while a sheet or modal window shows the main content, and while an open window holds a
+  /// child controller of class LaunchScreenViewController.
   [[nodiscard]] bool tempItemRequired() const;
 
   /// Starts the countdown if it is not running and time is left.
@@ -103,7 +107,7 @@ class VEL_EXPORT LaunchScreenManager final
   /// The main content. Null after `deactivate`.
   [[nodiscard]] Strong<LaunchScreenContent> content() const { return content_; }
   void setContent(Strong<LaunchScreenContent> content) { content_ = std::move(content); }
-  /// The content of a request that arrived while a launch screen was shown. Null otherwise.
+  /// The content of a request that arrived while `tempItemRequired` was true. Null otherwise.
   [[nodiscard]] Strong<LaunchScreenContent> tempContent() const { return tempContent_; }
   void setTempContent(Strong<LaunchScreenContent> content) { tempContent_ = std::move(content); }
   /// True after a required window (see `isRequiredWindow`) has stopped being key, until a required
