@@ -67,8 +67,8 @@ class VEL_EXPORT LaunchScreenManager final
   /// child windows; and for each window that holds a child controller of the class of the content's
   /// view controller.
   [[nodiscard]] bool isRequiredWindow(const Strong<NSWindow>& window) const;
-  /// True if a new request must not change the main content, so it gets a temporary content. This is
-  /// true while a sheet or modal window shows the main content, and while an open window holds a
+  /// True if a new request must not change the main content, so it gets a temporary content. This
+  /// is true while a sheet or modal window shows the main content, and while an open window holds a
   /// child controller of class LaunchScreenViewController.
   [[nodiscard]] bool tempItemRequired() const;
 

@@ -97,8 +97,8 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   /// The handle can be used until the clock is replaced. After the first call of this
   /// function, every pass updates the descriptor. In virtual time, the handle is invalid.
   [[nodiscard]] WaitHandle waitHandle();
-  /// Lets input on `handle` end a wait. Replaces the previous handle; an invalid handle only
-  /// removes the previous handle. Has no effect in virtual time.
+  /// Watches `handle`: input on it ends a wait of the loop. Replaces the previous handle; an
+  /// invalid handle only removes the previous handle. Has no effect in virtual time.
   void watch(WaitHandle handle);
 
   /// Ends a wait of the loop, and makes the descriptor of `waitHandle` readable. Any thread may
@@ -130,6 +130,7 @@ class VEL_EXPORT NSRunLoop : NonCopyable {
   void replaceClock(std::unique_ptr<Clock> clock, std::unique_ptr<WaitSet> waitSet);
   void beginPass();
   void setDescriptorDeadline(Nanoseconds deadline);
+  /// Returns false if a wake-up has arrived.
   bool becomeIdle();
   void removeTimer(NSTimer& timer);
   bool fireTimers(NSRunLoopMode mode);

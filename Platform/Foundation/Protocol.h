@@ -75,8 +75,8 @@ consteval std::size_t indexOf(Operations<Listed...>) {
 }
 
 // Both lists contain the optional operations: `Declared` as members of the protocol, `Adopted` as
-// members of the adopter. An operation that the adopter does not override is the same member in
-// both lists.
+// members of the adopter. If the adopter does not override an operation, both lists contain the
+// same pointer, because the adopter's member is the protocol's member.
 template <auto... Declared, auto... Adopted>
 constexpr OperationSet overriddenOperations(Operations<Declared...>, Operations<Adopted...>) {
   unsigned long bits = 0;

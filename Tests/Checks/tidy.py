@@ -75,7 +75,9 @@ def commands(root, build):
             continue
         name = path.relative_to(root).as_posix()
         if name.endswith((".m", ".mm")):
-            continue  # clang-tidy reports faults in the headers of the free AppKit as errors
+            # These sources include the headers of GNUstep's AppKit. clang-tidy reports faults in these
+            # headers as errors.
+            continue
         if not name.startswith(SKIPPED) and not path.is_relative_to(build):
             sources[name] = entry.get("command") or " ".join(entry["arguments"])
     return sorted(sources.items())

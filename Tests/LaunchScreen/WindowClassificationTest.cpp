@@ -1,8 +1,8 @@
 // Tests `isRequiredWindow` and `tempItemRequired` of LaunchScreenManager. The countdown of the
-// launch screen continues when a required window becomes the key window. The launch screen is the
-// manager's main content. If `tempItemRequired` returns true, a new request gets a temporary
-// content and does not change the main content. In the names of the tests, a cover is a launch
-// screen that is shown.
+// launch screen runs only while a required window is the key window. The window that shows the
+// launch screen is required, and some other windows are required too. If `tempItemRequired` returns
+// true, a new request gets a temporary content, and the main content does not change. In the names
+// of the tests, a cover is a launch screen that is shown.
 #include <utility>
 
 #include "Tests/Support/LaunchScreenHost.h"
@@ -76,14 +76,14 @@ TEST_F(RequiredWindowTest, TheLaunchScreensOwnWindowIsRequiredInEveryMode) {
 }
 
 TEST_F(RequiredWindowTest, TheWindowOfAnEmbeddedCoverIsRequired) {
-  // The window has no content view controller, so it has no child view controllers.
+  // The window has no child view controllers, so it is required only because it shows the cover.
   load(5.0);
   const auto window = openPlayerWindow();
   present(window, kHostModeEmbedded);
   EXPECT_TRUE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, NoWindowIsRequiredWhileNothingIsPresented) {
+TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredWhileNothingIsPresented) {
   const auto window = openPlayerWindowWithContentViewController();
   EXPECT_FALSE(manager->isRequiredWindow(window));
   load(5.0);
@@ -116,7 +116,7 @@ TEST_F(RequiredWindowTest, AChildWindowOfThePlayerWindowIsNotRequiredWithoutAMod
   EXPECT_FALSE(manager->isRequiredWindow(child));
 }
 
-TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredDuringAModalSessionOfAnotherWindow) {
+TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredWhileAnyOtherWindowIsModal) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(openWindow("NSWindow"), kHostModeEmbedded);
@@ -185,7 +185,7 @@ TEST_F(RequiredWindowTest,
       openWindowWithChildren({makeNamedController("LaunchScreenViewController")})));
 }
 
-TEST_F(RequiredWindowTest, AWindowWithAChildControllerOfASubclassIsNotRequired) {
+TEST_F(RequiredWindowTest, AWindowWithAChildOfASubclassOfLaunchScreenViewControllerIsNotRequired) {
   load(5.0);
   EXPECT_FALSE(manager->isRequiredWindow(
       openWindowWithChildren({makeNamedController("LaunchScreenViewControllerSubclass")})));
@@ -199,7 +199,7 @@ TEST_F(RequiredWindowTest,
   EXPECT_FALSE(manager->isRequiredWindow(window));
 }
 
-TEST_F(RequiredWindowTest, ChildControllersAreComparedWithTheClassOfTheMainContentsController) {
+TEST_F(RequiredWindowTest, AChildControllerMatchesIfItHasTheClassOfTheControllerOfTheMainContent) {
   loadHostController(5.0);
   EXPECT_TRUE(
       manager->isRequiredWindow(openWindowWithChildren({makeNamedController("HostController")})));

@@ -103,14 +103,15 @@ void Connection::internAtoms() {
 }
 
 void Connection::requestMonitorName(xcb_atom_t name) {
-  if (!hasRequestedMonitorName_) {
+  if (!hasRequestedMonitorName_) {  // one name is enough, see isXwayland
     hasRequestedMonitorName_ = true;
     pendingMonitorName_ = xcb_get_atom_name(connection_, name);
   }
 }
 
 // Xwayland has the extension XWAYLAND since version 23.1. Earlier versions name their outputs
-// "XWAYLAND0", "XWAYLAND1" and so on. A monitor has the name of its output.
+// "XWAYLAND0", "XWAYLAND1" and so on. A monitor has the name of its output, so the name of one
+// monitor is enough.
 bool Connection::isXwayland() {
   if (const auto cookie = std::exchange(pendingXwaylandExtension_, std::nullopt)) {
     const auto extension =

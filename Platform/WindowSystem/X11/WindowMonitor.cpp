@@ -36,7 +36,8 @@ void WindowMonitor::handleProperty(const xcb_property_notify_event_t& notice) {
   if (notice.atom == connection_.atom(Atom::WmState)) {
     markChanged(notice.window);
   } else if (notice.atom == connection_.atom(Atom::NetWmState)) {
-    // The back end uses this property only for adopted windows.
+    // The back end needs this property only of adopted windows, that is, of windows that it has not
+    // created.
     const Window* const window = windows_.find(notice.window);
     if (window != nullptr && window->isAdopted()) {
       markChanged(notice.window);
