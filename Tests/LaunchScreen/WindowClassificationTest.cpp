@@ -116,7 +116,7 @@ TEST_F(RequiredWindowTest, AChildWindowOfThePlayerWindowIsNotRequiredWithoutAMod
   EXPECT_FALSE(manager->isRequiredWindow(child));
 }
 
-TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredWhileAnyOtherWindowIsModal) {
+TEST_F(RequiredWindowTest, ThePlayerWindowIsNotRequiredWhileAWindowWithoutTheCoverIsModal) {
   load(5.0);
   const auto player = openPlayerWindow();
   present(openWindow("NSWindow"), kHostModeEmbedded);
