@@ -23,16 +23,16 @@ class Weston : public Compositor {
   void moveWindow(const std::string& title, int x, int y) const override;
   [[nodiscard]] std::string xwaylandDisplay() const override;
   void click(int x, int y) override;
-  /// weston draws the pointer into its screen. This function moves the pointer to the lower right
-  /// corner, where only one pixel of it is visible.
+  /// Pictures of the screen contain the pointer. This function moves the pointer to the lower right
+  /// corner of the screen, where only one pixel of the pointer is visible.
   void hidePointer();
   void addTouchScreen() const { run("add-touch-screen"); }
   /// Touches the touch screen at a point and lifts the finger.
   void touch(int x, int y) const;
 
  private:
-  /// Runs a command of the module until it succeeds. A command about a window fails until the
-  /// window exists.
+  /// Repeats a command of the module until the command succeeds. Throws after `kTimeout`. A command
+  /// about a window fails until the window exists.
   void run(const std::string& command) const;
 };
 

@@ -21,14 +21,14 @@ class Sway:
     """sway on the X display `display`, or on an Xvfb server of its own if `display` is empty.
 
     The screen of sway is 1024 by 768 pixels and begins at the upper left corner of the X screen. New
-    windows are centred, have no frame and get the focus. sway does not run as root. If this program
-    runs as root, sway runs as the user nobody. `close` ends all processes that this object started.
+    windows are centred, have no frame and get the focus. If the caller runs as root, sway runs as
+    the user nobody. `close` ends all processes that this object started.
     """
 
     def __init__(self, display=""):
         self.processes = []
-        self.folder = tempfile.TemporaryDirectory(prefix="sway-")
-        folder = pathlib.Path(self.folder.name)
+        self.temporary_directory = tempfile.TemporaryDirectory(prefix="sway-")
+        folder = pathlib.Path(self.temporary_directory.name)
         # The value of WAYLAND_DISPLAY for clients.
         self.wayland_display = str(folder / "wayland-1")
         try:
@@ -48,7 +48,7 @@ class Sway:
             process.terminate()
             process.wait()
         self.processes = []
-        self.folder.cleanup()
+        self.temporary_directory.cleanup()
 
     def _start_xvfb(self):
         read_end, write_end = os.pipe()
@@ -56,8 +56,8 @@ class Sway:
             ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x960x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[write_end], stderr=subprocess.DEVNULL))
         os.close(write_end)
-        with os.fdopen(read_end) as numbers:
-            return ":" + numbers.readline().strip()
+        with os.fdopen(read_end) as pipe:
+            return ":" + pipe.readline().strip()
 
     def _start(self, display, folder):
         configuration, control_socket = folder / "config", folder / "ipc"

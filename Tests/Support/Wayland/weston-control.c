@@ -7,7 +7,7 @@
 //     resize W H TITLE      asks the client to change the size of a window
 //     move X Y TITLE        moves the upper left corner of a window
 //     add-touch-screen      adds a touch screen to the seat
-//     touch X Y             touches the screen and lifts the finger
+//     touch X Y             touches the added touch screen and lifts the finger
 //
 // weston places new windows at random. This module moves each window to the centre of the screen,
 // also after each change of its size.
@@ -33,13 +33,13 @@ void notify_touch_frame(struct weston_touch_device* device);
 struct Control {
   struct weston_compositor* compositor;
   struct wl_listener surfaceCreated;
-  struct wl_list windows;
+  struct wl_list surfaces;  // of TrackedSurface
   struct weston_touch_device* touchDevice;
 };
 
-// This module creates a Window for each new surface, because a surface becomes a window only later.
-// libweston then calls it a desktop surface. Other surfaces have no title.
-struct Window {
+// Some surfaces are windows. libweston calls them desktop surfaces. A surface becomes a window only
+// after its creation, so this module tracks all surfaces.
+struct TrackedSurface {
   struct wl_list link;
   struct Control* control;
   struct weston_surface* surface;
@@ -53,70 +53,70 @@ struct Window {
 // Centering
 
 static void center(void* data) {
-  struct Window* window = data;
-  const struct weston_surface* surface = window->surface;
-  window->centering = NULL;
-  if (!weston_surface_is_desktop_surface(window->surface)) {
+  struct TrackedSurface* tracked = data;
+  const struct weston_surface* surface = tracked->surface;
+  tracked->centering = NULL;
+  if (!weston_surface_is_desktop_surface(tracked->surface)) {
     return;
   }
   const struct weston_output* output;
-  output = wl_container_of(window->control->compositor->output_list.next, output, link);
+  output = wl_container_of(tracked->control->compositor->output_list.next, output, link);
   struct weston_view* view;
   wl_list_for_each(view, &surface->views, surface_link) {
     weston_view_set_position(view, (float)((output->width - surface->width) / 2),
                              (float)((output->height - surface->height) / 2));
   }
-  weston_compositor_schedule_repaint(window->control->compositor);
+  weston_compositor_schedule_repaint(tracked->control->compositor);
 }
 
-// weston places the window after it has called this function, so `center` runs later, when weston
+// weston places a new window only after this function returns, so `center` runs later, when weston
 // is idle.
 static void handleCommit(struct wl_listener* listener, void* data) {
   (void)data;
-  struct Window* window = wl_container_of(listener, window, committed);
-  if (window->centering == NULL && (window->surface->width != window->centeredWidth ||
-                                    window->surface->height != window->centeredHeight)) {
-    window->centeredWidth = window->surface->width;
-    window->centeredHeight = window->surface->height;
-    window->centering = wl_event_loop_add_idle(
-        wl_display_get_event_loop(window->control->compositor->wl_display), center, window);
+  struct TrackedSurface* tracked = wl_container_of(listener, tracked, committed);
+  if (tracked->centering == NULL && (tracked->surface->width != tracked->centeredWidth ||
+                                     tracked->surface->height != tracked->centeredHeight)) {
+    tracked->centeredWidth = tracked->surface->width;
+    tracked->centeredHeight = tracked->surface->height;
+    tracked->centering = wl_event_loop_add_idle(
+        wl_display_get_event_loop(tracked->control->compositor->wl_display), center, tracked);
   }
 }
 
 static void handleDestroy(struct wl_listener* listener, void* data) {
   (void)data;
-  struct Window* window = wl_container_of(listener, window, destroyed);
-  if (window->centering != NULL) {
-    wl_event_source_remove(window->centering);
+  struct TrackedSurface* tracked = wl_container_of(listener, tracked, destroyed);
+  if (tracked->centering != NULL) {
+    wl_event_source_remove(tracked->centering);
   }
-  wl_list_remove(&window->link);
-  wl_list_remove(&window->committed.link);
-  wl_list_remove(&window->destroyed.link);
-  free(window);
+  wl_list_remove(&tracked->link);
+  wl_list_remove(&tracked->committed.link);
+  wl_list_remove(&tracked->destroyed.link);
+  free(tracked);
 }
 
 static void handleNewSurface(struct wl_listener* listener, void* data) {
   struct Control* control = wl_container_of(listener, control, surfaceCreated);
-  struct Window* window = calloc(1, sizeof(*window));
-  window->control = control;
-  window->surface = data;
-  window->committed.notify = handleCommit;
-  wl_signal_add(&window->surface->commit_signal, &window->committed);
-  window->destroyed.notify = handleDestroy;
-  wl_signal_add(&window->surface->destroy_signal, &window->destroyed);
-  wl_list_insert(&control->windows, &window->link);
+  struct TrackedSurface* tracked = calloc(1, sizeof(*tracked));
+  tracked->control = control;
+  tracked->surface = data;
+  tracked->committed.notify = handleCommit;
+  wl_signal_add(&tracked->surface->commit_signal, &tracked->committed);
+  tracked->destroyed.notify = handleDestroy;
+  wl_signal_add(&tracked->surface->destroy_signal, &tracked->destroyed);
+  wl_list_insert(&control->surfaces, &tracked->link);
 }
 
 // Commands
 
 static struct weston_desktop_surface* findWindow(struct Control* control, const char* title) {
-  struct Window* window;
-  wl_list_for_each(window, &control->windows, link) {
-    if (weston_surface_is_desktop_surface(window->surface)) {
-      struct weston_desktop_surface* found = weston_surface_get_desktop_surface(window->surface);
-      const char* text = weston_desktop_surface_get_title(found);
+  struct TrackedSurface* tracked;
+  wl_list_for_each(tracked, &control->surfaces, link) {
+    if (weston_surface_is_desktop_surface(tracked->surface)) {
+      struct weston_desktop_surface* window = weston_surface_get_desktop_surface(tracked->surface);
+      const char* text = weston_desktop_surface_get_title(window);
       if (text != NULL && strcmp(text, title) == 0) {
-        return found;
+        return window;
       }
     }
   }
@@ -200,7 +200,7 @@ static int touchAt(struct Control* control, int x, int y) {
 static int runCommand(struct Control* control, const char* command) {
   int first = 0;
   int second = 0;
-  int length = 0;
+  int titleStart = 0;
   if (strcmp(command, "check") == 0) {
     return 1;
   }
@@ -213,11 +213,11 @@ static int runCommand(struct Control* control, const char* command) {
   if (strncmp(command, "close ", 6) == 0) {
     return closeWindow(control, command + 6);
   }
-  if (sscanf(command, "resize %d %d %n", &first, &second, &length) == 2 && length > 0) {
-    return resizeWindow(control, first, second, command + length);
+  if (sscanf(command, "resize %d %d %n", &first, &second, &titleStart) == 2 && titleStart > 0) {
+    return resizeWindow(control, first, second, command + titleStart);
   }
-  if (sscanf(command, "move %d %d %n", &first, &second, &length) == 2 && length > 0) {
-    return moveWindow(control, first, second, command + length);
+  if (sscanf(command, "move %d %d %n", &first, &second, &titleStart) == 2 && titleStart > 0) {
+    return moveWindow(control, first, second, command + titleStart);
   }
   if (sscanf(command, "touch %d %d", &first, &second) == 2) {
     return touchAt(control, first, second);
@@ -248,7 +248,7 @@ WL_EXPORT int wet_module_init(struct weston_compositor* compositor, int* argc, c
   (void)argv;
   struct Control* control = calloc(1, sizeof(*control));  // lives as long as weston
   control->compositor = compositor;
-  wl_list_init(&control->windows);
+  wl_list_init(&control->surfaces);
   control->surfaceCreated.notify = handleNewSurface;
   wl_signal_add(&compositor->create_surface_signal, &control->surfaceCreated);
   struct sockaddr_un address = {.sun_family = AF_UNIX};

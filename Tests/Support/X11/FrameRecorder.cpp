@@ -14,6 +14,7 @@ FrameRecorder::FrameRecorder(const std::string& display, PixelRect area, Classif
   xcb_connection_t* const connection = client_.connection();
   damageNotifyType_ =
       xcb_get_extension_data(connection, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
+  // The Damage extension requires this request before all others.
   const x11::XcbPointer<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
       connection, xcb_damage_query_version(connection, 1, 1), nullptr));
   xcb_damage_create(connection, xcb_generate_id(connection), client_.root(),

@@ -22,8 +22,8 @@ class FrameRecorder {
 
   /// The letters of the pictures, in order. Equal consecutive letters appear once.
   [[nodiscard]] const std::string& letters() const { return letters_; }
-  /// The rectangles that were drawn after `letters()[index - 1]` was recorded, and before
-  /// `letters()[index]` was recorded. They are relative to the area's upper left corner.
+  /// The rectangles that were drawn while `letters()` had exactly `index` letters. They are
+  /// relative to the area's upper left corner.
   [[nodiscard]] const std::vector<PixelRect>& drawingsBefore(std::size_t index) const {
     return drawings_.at(index);
   }
@@ -38,7 +38,7 @@ class FrameRecorder {
   int damageNotifyType_ = 0;
   std::string letters_;
   std::vector<std::vector<PixelRect>> drawings_;
-  std::vector<PixelRect> newDrawings_;  // since the last letter
+  std::vector<PixelRect> newDrawings_;  // since the last change of `letters_`
 };
 
 }  // namespace vel::test

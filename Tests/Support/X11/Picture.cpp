@@ -32,8 +32,8 @@ Picture readPicture(xcb_connection_t* connection, xcb_drawable_t drawable, Pixel
 
 // A compositor draws the pointer, and `XClient::click` leaves the pointer in the lower right corner
 // of the compositor's screen. This function fills the corner with the colours of the pixels to the
-// left of the corner. `picture` shows `area` of the screen. If it shows no pixels to the left of
-// the corner, this function does nothing.
+// left of the corner. `picture` shows the rectangle `area` of the compositor's screen. The function
+// does nothing if `area` contains no pixels to the left of the corner.
 void paintOverPointer(Picture& picture, PixelRect area, PixelRect compositorScreen) {
   constexpr int kPointerSide = 24;
   const int left = compositorScreen.width - kPointerSide - area.x;
@@ -129,11 +129,12 @@ Picture XClient::screenPicture(xcb_window_t window) const {
 }
 
 Picture XClient::screenPicture(PixelRect area) const {
-  // If `user_` is set, it captures the screen of the X server that shows the compositor's window.
+  // Under a compositor, `user_` is a client of the X server that shows the compositor's window.
+  // Otherwise `user_` is null.
   const PixelRect screen = user_ != nullptr ? user_->screenArea() : screenArea();
-  // A server returns no picture of an area that is partly outside its screen. A compositor may
-  // place a window partly outside the screen. A window manager may enlarge a window before it moves
-  // the window.
+  // An X server returns no picture of an area that is partly outside its screen. A compositor may
+  // place a window partly outside. A window may also be partly outside for a moment if a window
+  // manager enlarges the window first and then moves it.
   const bool isOnScreen = area.x >= 0 && area.y >= 0 && area.width > 0 && area.height > 0 &&
                           area.x + area.width <= screen.width &&
                           area.y + area.height <= screen.height;
@@ -147,14 +148,14 @@ Picture XClient::screenPicture(PixelRect area) const {
   }
   Picture picture = readPicture(connection_, root_, area);
   for (std::uint32_t& pixel : picture.pixels) {
-    pixel &= 0xFFFFFF;
+    pixel &= 0xFFFFFF;  // clears the unused byte
   }
   return picture;
 }
 
 Picture XClient::windowPicture(xcb_window_t window) const {
-  const PixelRect frame = areaOnScreen(window);
-  return readPicture(connection_, window, {0, 0, frame.width, frame.height});
+  const PixelRect area = areaOnScreen(window);
+  return readPicture(connection_, window, {0, 0, area.width, area.height});
 }
 
 }  // namespace vel::test

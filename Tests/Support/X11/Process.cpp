@@ -78,7 +78,7 @@ void Process::end() {
   const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
   waitForInput(descriptor, steadyNow() + kTimeout);  // readable when the program has ended
   close(descriptor);
-  kill();
+  kill();  // also reaps a program that has ended
 }
 
 void Process::kill() {

@@ -41,7 +41,7 @@ class Process {
   int wait();
 
  private:
-  pid_t id_ = 0;
+  pid_t id_ = 0;  // 0 if there is no child process
 };
 
 /// Runs a program on the display until it ends. Returns the standard output of the program.

@@ -34,8 +34,8 @@ bool isCompositor(Manager manager) {
 }
 
 void waitForManager(const std::string& name, XClient& client) {
-  // The manager sets WM_STATE of the probe window when it manages the window. A manager that is
-  // still starting may ignore a new window, so the loop maps the probe repeatedly.
+  // A manager sets WM_STATE of each window that it manages. A manager that is still starting may
+  // ignore a new window, so the loop maps the window `probe` repeatedly.
   const Nanoseconds limit = steadyNow() + kTimeout;
   const xcb_window_t probe = client.makeWindow({0, 0, 10, 10}, 0);
   client.selectEvents(probe, XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -44,8 +44,9 @@ void waitForManager(const std::string& name, XClient& client) {
       throw std::runtime_error(name + " does not start");
     }
     client.unmap(probe);
-    const bool hasManager = !client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty();
-    if (hasManager) {
+    const bool isManagerAnnounced =
+        !client.numbers(client.root(), "_NET_SUPPORTING_WM_CHECK").empty();
+    if (isManagerAnnounced) {
       client.map(probe);
     }
     waitForInput(xcb_get_file_descriptor(client.connection()),
@@ -146,15 +147,15 @@ void X11Test::deliverFor(double seconds) {
 }
 
 bool X11Test::showsOnly(std::uint32_t color, xcb_window_t window) const {
-  const auto isAll = [=, this] { return client.screenPicture(window).isAll(color); };
+  const auto screenHasColor = [=, this] { return client.screenPicture(window).isAll(color); };
   if (compositor == nullptr) {
-    return isAll();
+    return screenHasColor();
   }
-  constexpr Nanoseconds kCheckedTime = kNanosecondsPerSecond / 10;
-  bool hasColor = eventually(isAll);
-  for (const Nanoseconds limit = steadyNow() + kCheckedTime; hasColor && steadyNow() < limit;) {
-    waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 100);
-    hasColor = isAll();
+  constexpr Nanoseconds kCheckDuration = kNanosecondsPerSecond / 10;
+  bool hasColor = eventually(screenHasColor);
+  for (const Nanoseconds limit = steadyNow() + kCheckDuration; hasColor && steadyNow() < limit;) {
+    waitForInput(-1, steadyNow() + kNanosecondsPerSecond / 100);  // sleeps
+    hasColor = screenHasColor();
   }
   return hasColor;
 }

@@ -61,11 +61,11 @@ ManagerFeatures featuresOf(Manager manager);
 std::vector<Manager> withXwayland(std::vector<Manager> managers);
 
 /// Starts a window manager and waits until it manages windows. `client` opens a window to check
-/// this.
+/// this. Does nothing for `None`.
 Process startManager(Manager manager, const XServer& server, XClient& client);
 
-/// A fixture with an X server, the back end and `client`, which acts as other programs and as the
-/// user: it opens windows and simulates input. If the window manager is a compositor, the X server
+/// A fixture with an X server, the back end and `client`. `client` opens windows as another program
+/// does, and simulates the input of the user. If the window manager is a compositor, the X server
 /// is its Xwayland.
 class X11Test : public testing::Test {
  protected:
@@ -95,15 +95,16 @@ class X11Test : public testing::Test {
   /// stays.
   bool showsOnly(std::uint32_t color, xcb_window_t window) const;
   /// Gives the focus to the window, as a user does, and waits until the window has it. `title` is
-  /// the title of the window.
+  /// the title of the window: a compositor finds the window by its title.
   void giveFocus(xcb_window_t window, const std::string& title);
 
   /// Creates a window of the back end and waits until it is viewable.
   WindowHandle openOwnWindow(const WindowDescription& description);
+  /// Calls `adoptWindow` of the back end. Throws if the call fails.
   AdoptedWindow adopt(xcb_window_t window);
   /// A white scene. The size is in points.
   static Scene whiteScene(CGSize size);
-  /// A white scene with an indicator in the middle. The size is in points.
+  /// A white scene with a turning spinner in the middle. The size is in points.
   static Scene whiteSceneWithIndicator(CGSize size);
 
   static xcb_window_t idOf(WindowHandle window) { return static_cast<xcb_window_t>(window); }
